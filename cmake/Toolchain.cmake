@@ -1,0 +1,23 @@
+# Flags that hold for every target, and the warnings of our own code.
+
+find_program(CCACHE ccache)
+if(CCACHE)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+find_program(MOLD mold)
+if(MOLD)
+    add_link_options(-fuse-ld=mold)
+endif()
+
+# A fused multiply-add would shift recursive filters away from their formulas.
+add_compile_options(-ffp-contract=off)
+
+# Floats compare and convert as written; nobody reads errno of a math function.
+add_compile_options(-fno-math-errno)
+
+add_library(sondrava_warnings INTERFACE)
+target_compile_options(sondrava_warnings INTERFACE -Wall -Wextra -Wpedantic -Wshadow
+    -Wnon-virtual-dtor -Woverloaded-virtual -Wdouble-promotion)
+if(SONDRAVA_WERROR)
+    target_compile_options(sondrava_warnings INTERFACE -Werror)
+endif()
