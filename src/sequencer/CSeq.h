@@ -1,0 +1,175 @@
+#pragma once
+
+#include "engine/CComp.h"
+#include "sequencer/CPart.h"
+#include "sequencer/CSeqProg.h"
+#include "sequencer/CSongTrack.h"
+#include "sequencer/CTrack.h"
+#include "sequencer/SongOptions.h"
+
+class CSnap;
+
+/// Notifications of the sequencer to its views.
+constexpr unsigned updateTracks = 16;
+constexpr unsigned updateParts = 128;
+constexpr unsigned updatePosition = 16384;
+constexpr unsigned updateSongTransport = 0x20000; ///< locators, loop, play state
+
+/// With it on, and the arranger, note-ons at the MIDI input choose markers and reach no track.
+extern Shared<int> useMarkersMIDINoteTrigger;
+
+/// What the selection holds; menus are built from it.
+struct CPartSummary {
+    int parts = 0;      ///< on selected tracks
+    int selected = 0;   ///< parts
+    int audio = 0;      ///< selected audio parts
+    int multiclip = 0;  ///< of these
+    int midi = 0;       ///< selected MIDI parts
+    int drum = 0;       ///< selected drum parts
+    int ghosts = 0;     ///< selected ghosts
+    int monoEvents = 0; ///< events with a mono sample, among selected audio parts
+    int stereoEvents = 0;
+};
+
+/// The song as a component: tracks, programs (arrangements over the same tracks), parts, events.
+/// It owns the ports and channels of its tracks.
+///
+/// The model is edited on the interface thread: structure and content through `CUndo`, plain values
+/// by single stores. Whatever has no step here acts at once and holds the graph for it.
+class CSeq : public CComp {
+public:
+    CList tracks; ///< of CTrack, owned
+    Shared<unsigned char> playing{0}, recording{0};
+    Shared<unsigned char> recReady{1};
+    Shared<double> songTicks{0.0}; ///< played since start
+    Shared<int> maxVoices{6};
+    Shared<int> preview{1};      ///< notes sound when they are edited
+    Shared<int> autoQuantize{0}; ///< of recorded notes
+    CList masterParts;           ///< of CPart, owned: what ghosts share
+    SongOptions options;
+    CList selectedTracks;  ///< of CSongTrack: selected in the arrangement
+    CList copies;          ///< of CPart, owned: the clipboard
+    CSnap* snap = nullptr; ///< of the view that edits, not owned; may be null
+
+    explicit CSeq(CQV* host);
+    ~CSeq() override;
+    CSeq(const CSeq&) = delete;
+    CSeq& operator=(const CSeq&) = delete;
+
+    // Playback (SongPlayback.cpp). `start`, `stop`, `setPos` come from the host's transport; all
+    // with the graph.
+    void start() override;
+    void stop() override;
+    /// Ticks, at least 0; ignored while recording.
+    void setPos(double ticks) override;
+    void prepare(int frames) override;
+    void process(int frames) override;
+    void mix(int frames) override;
+    void fx(int frames) override;
+    void subProcess(int frames, int offset);
+    /// Adopts the tempo of a point that lies in the coming block. Part of `process`.
+    void followTempo(int frames);
+
+    // The rest of CComp.
+    void init() override;
+    void idle() override;
+    void afteridle() override;
+    void setFrames(int frames) override;
+    void setRate(double rate) override;
+    void perform(CUndoItem* item, int op) override;
+    /// 32: the song's content changed: parts and points are put in order, ghosts counted.
+    void doUpdate(int code) override;
+    double getSync(int) override { return sync; }
+    void setLoop(int on) override;
+    int getLoop() override;
+    void getLoopSection(int& from, int& to) override;
+    void setLoopSection(int from, int to) override;
+    double getPos() override;
+    void getTimeSig(int& num, int& den) override;
+    int freezed(COutputChannel* channel) override;
+    int renderDuration() override;
+    /// The track that has a channel or port.
+    CComp* getComp(CObject* io) override;
+    void getTempoMap(CMIDIQ* queue) override;
+    /// An object that automation acts on dies for good: lanes let go of it. Graph holder.
+    void del(CObject* object) override;
+
+    // Programs.
+    CSeqProg* getProg();
+    /// A new program with a song track for every track, owned by the caller.
+    CSeqProg* createProgram();
+    /// "Mix " and a running number.
+    CStr getDefaultProgramName();
+
+    // Tracks.
+    /// A new track of that kind, with ports, channels, cables and lanes, at an index of `tracks`,
+    /// -1 the end. By the step, or at once under the graph hold. Gives its song track of `prog`,
+    /// which may be a program that is not linked yet.
+    CSongTrack* addTrack(int kind, CSeqProg* prog, CUndo* undo, int index = -1);
+    /// Records that a track leaves, with everything that belongs to it.
+    void removeTrack(CTrack* track, CUndo* undo);
+    /// The kind's word, "-", and a number that no track bears yet.
+    CStr autoNameTrack(int kind);
+    CSongTrack* partToSongTrack(const CPart* part);
+    CTrack* partToTrack(const CPart* part);
+    void selectTrack(CSongTrack* songTrack, bool on);
+    void unselectTracks();
+
+    // Parts.
+    /// The only selected part of the selected tracks, when its track is open; else null.
+    CPart* getEditPart();
+    CPart* getEditPartAndTrack(CTrack*& track);
+    /// The first selected part of a class (PartType, 0 any) in the current program.
+    CPart* getFirstSelectedPart(int type, CSongTrack** songTrack);
+    void unselectParts();
+    /// Selects every part of the current program.
+    void selectAll();
+    void getPartSummary(CPartSummary& summary);
+    void clearCopies();
+    /// Orders by position, at one position the longer part first: every list with `all`, else `a`
+    /// and `b`, which may be null. Allocates nothing.
+    void orderParts(CList* a, CList* b, bool all);
+    /// Length in ticks, at least 1: a single clip at its own speed follows its sample, and 0 counts
+    /// as 960.
+    int getTicks(CPart* part);
+    void updateGhostCount();
+    /// A ghost of `part`, owned by the caller, who places it; records the master that is needed for
+    /// the first one.
+    CPart* makeGhost(CPart* part, CUndo* undo);
+
+    // Tempo. All fall back on the host's constant tempo while there is no program.
+    double framesToTicks(double ticks, double frames, int rate);
+    double ticksToFrames(int from, int ticks, int rate);
+    CTempoPart* getTempoAtPos(int tick);
+    CTempoPart* getNextTempoChange(int tick);
+    int ticksToNextTempoChange(double tick);
+
+    /// Hands the song's time signature to the grid of a view. `sender` is a CSnap.
+    void onGetSnap(CObject* sender);
+    void writeSettings();
+
+    /// Calls `visit(CSongTrack*)` for each song track of each program.
+    template <class F>
+    void eachSongTrack(F&& visit);
+
+private:
+    int programCount = 0;
+    struct NewTrack;
+    void makeTrackIO(NewTrack& made);
+    void linkTrack(NewTrack& made, CSeqProg* prog, int index);
+    void partMoved(CUndoItem* item);
+    void contentSwapped(CPart* part);
+    void laneMoved(CUndoItem* item);
+};
+
+/// Enters the sequencer's component types. Start-up only.
+void enterSequencer();
+
+template <class F>
+void CSeq::eachSongTrack(F&& visit) {
+    CListItem* p = nullptr;
+    while (auto* prog = static_cast<CSeqProg*>(progs.next2(&p))) {
+        CListItem* t = nullptr;
+        while (auto* songTrack = static_cast<CSongTrack*>(prog->tracks.next2(&t))) visit(songTrack);
+    }
+}

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "base/Atomic.h"
+#include "base/CList.h"
+#include "base/CObject.h"
+
+#include <atomic>
+
+class CMIDIQ;
+class CPart;
+class CSeqProg;
+class CTrack;
+class CUndo;
+
+/// Bits of a song track's `flags`.
+constexpr unsigned songTrackMuted = 4;
+constexpr unsigned songTrackSoloed = 8;
+
+/// Requests to playback, served at the next block.
+constexpr unsigned requestSetup = 64;    ///< play pointers are rebuilt
+constexpr unsigned requestFlush = 128;   ///< sounding notes end
+constexpr unsigned requestLanes = 0x200; ///< an edit: envelope pointers are rebuilt, and the main
+                                         ///< pointer of a part whose list is another one
+
+/// A word of requests: any thread asks, the audio thread takes.
+class PlayRequests {
+public:
+    void ask(unsigned bits) { word.fetch_or(bits, std::memory_order_release); }
+    /// Whether any of `bits` was asked for; they are withdrawn.
+    bool take(unsigned bits) {
+        if (!(word.load(std::memory_order_relaxed) & bits)) return false;
+        return word.fetch_and(~bits, std::memory_order_acquire) & bits;
+    }
+    unsigned pending() const { return word.load(std::memory_order_relaxed); }
+
+private:
+    std::atomic<unsigned> word{0};
+};
+
+/// A track within one program: its parts and their playback.
+class CSongTrack : public CObject {
+public:
+    PlayRequests requests;
+    Shared<bool> audible{false}; ///< set by `setup` from mute and solo
+    double pos = 0.0;            ///< play pointer in ticks; graph holder
+    CMIDIQ* noteOffsNext;        ///< owned; graph holder
+    CMIDIQ* noteOffs;            ///< owned; note-offs to come, in ticks from the block's start
+    CSeqProg* prog;              ///< the owner
+    CTrack* track;               ///< not owned
+    CList parts;                 ///< of CPart, owned, in the order of `CSeq::orderParts`
+    CList freezeItems;           ///< of CFreezeItem, owned
+
+    CSongTrack(CSeqProg* program, CTrack* songTrack);
+    ~CSongTrack() override;
+    CSongTrack(const CSongTrack&) = delete;
+    CSongTrack& operator=(const CSongTrack&) = delete;
+
+    bool muted() const { return flags & songTrackMuted; }
+    bool soloed() const { return flags & songTrackSoloed; }
+    void setMuted(bool on);
+    void setSoloed(bool on);
+
+    /// Whether a part of this class may stand on this kind of track.
+    bool acceptPart(const CPart* part) const;
+    /// Takes a part, makes room in it for the track's lanes, and links it: by the step, or at once
+    /// under the graph hold. A part that is not accepted is deleted, and the result is null.
+    CPart* addPart(CPart* part, CUndo* undo);
+    /// As `addPart` without a step, for many parts: neither holds the graph nor sorts. The song
+    /// track must not be playing; `CSeq::orderParts` follows.
+    CPart* linkPart(CPart* part);
+    /// Largest end of a part in ticks.
+    int duration();
+
+    // Playback (SongPlayback.cpp). Graph holder.
+    /// Rebuilds the play state for a position. `offset` in ticks places freeze voices inside the
+    /// block; `keepMain` leaves the main pointers of unchanged lists alone.
+    void setup(double position, double offset, bool keepMain);
+    void setupPlayPointer(double position, CPart* part, int keep);
+    /// Plays `frames` of the block from frame `offset` on.
+    void process(int frames, int offset);
+    /// Ends what sounds at a frame of the block. `force` includes drum voices.
+    void flush(int frame, bool force);
+    void stop();
+    /// Adds the running audio voices to their channels.
+    void render(int frames, int offset);
+};

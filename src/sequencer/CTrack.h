@@ -1,0 +1,106 @@
+#pragma once
+
+#include "engine/CComp.h"
+#include "sequencer/CGroove.h"
+#include "sequencer/CTrakPreview.h"
+
+class CSeq;
+class CSubTrack;
+
+enum TrackKind : int {
+    trackFolder = 1,
+    trackMIDI = 2,
+    trackAudio = 3,
+    trackDrum = 5,
+};
+
+/// Bits of a track's `flags`.
+constexpr unsigned trackSelected = 1;
+constexpr unsigned trackOpen = 2;
+
+constexpr int folderHeight = 21;
+constexpr int drumOpenHeight = 64;
+
+/// A row of the arrangement: what its parts play through, and how it is shown. It exists once; its
+/// parts exist per program, in a `CSongTrack` each.
+///
+/// Ports and channels of a track, and the cables from the devices to them, belong to the `CSeq`,
+/// which also is their `comp`; the lists of the track name them, unowned, from before the track is
+/// linked to its end. `midiCables` holds the sources of an audio or drum track alone, owned.
+class CTrack : public CComp {
+public:
+    CTrakPreview preview;
+    CSeq* seq;                       ///< the owner
+    const int kind;                  ///< TrackKind; other numbers make a track without anything
+    Shared<int> colour{-1};          ///< 0xRRGGBB, -1 the theme's
+    Shared<short> channel{0};        ///< MIDI channel 0 to 15; -1 leaves messages where they are
+    Shared<int> inSens{100};         ///< percent, see `setVel`
+    Shared<unsigned char> recChs{2}; ///< 1 or 2
+    Shared<int> height{40};          ///< pixels, closed
+    Shared<int> openHeight{256};     ///< pixels
+    Shared<int> scroll{576};         ///< pixels; use `getScroll`
+    Shared<int> noteHeight{8};       ///< pixels per row
+    Shared<int> laneMode{1}, laneStack{0};
+    Shared<unsigned char> monitor{0}; ///< the input monitor switch
+    Shared<CTrack*> folder{nullptr};  ///< the folder track that holds this one, not owned
+    Shared<unsigned char> armed{0};   ///< takes part in a take
+    Shared<int> lastRecPos{-1};       ///< last tick at which automation was written, -1 none
+    Shared<int> activeLane{0};        ///< index into `editLanes`
+    CList subTracks;                  ///< of CSubTrack, owned: the lanes
+    CList editLanes;                  ///< of CSubTrack: those that the note editor shows
+    CGroove groove;
+    /// By note: the message that ends the note that is played live on this track, 0 when silent.
+    /// Graph holder.
+    int playingNotes[128] = {};
+
+    CTrack(CQV* host, CSeq* owner, int trackKind);
+    ~CTrack() override;
+    CTrack(const CTrack&) = delete;
+    CTrack& operator=(const CTrack&) = delete;
+
+    /// Clears the guards only: queues and buffers are cleared by the `CSeq`, which owns them.
+    void prepare(int frames) override;
+    void idle() override;
+
+    bool selected() const { return flags & trackSelected; }
+    bool open() const { return flags & trackOpen; }
+    void setSelected(bool on);
+    void setOpen(bool on);
+
+    // MIDI. Any thread.
+    /// `msg` on the track's channel.
+    int setCh(int msg) const;
+    /// A note-on with its velocity 1 to 127 brought nearer to 127 by `inSens`.
+    int setVel(int msg) const;
+    /// Keeps account of what is played live. Graph holder.
+    void addRemovePlayingNote(int msg);
+
+    // View.
+    /// Pixels; `withLanes` adds the visible lanes of an opened track.
+    int getHeight(bool withLanes) const;
+    int getScroll() const;
+    void setScroll(int pixels);
+    /// Pixels per note row, at least 2; the note at the middle of the view stays there.
+    void setVertZoom(int pixels);
+    /// The active lane of the editor, the first when the index is out of range, null without lanes.
+    CSubTrack* activeParam();
+
+    // Lanes.
+    /// Lowest slot that no automation lane uses, 64 when there is none.
+    int getFreeParam();
+    /// One more than the highest slot in use.
+    int slotsInUse();
+    /// Takes the lane, makes room in every part of the track, and links it: at once, under the
+    /// graph hold, or by the step. An automation lane gets a free slot first; without one it is
+    /// deleted, and the result is null.
+    CSubTrack* addLane(CSubTrack* lane, CUndo* undo);
+    /// Finds the automation lane of a parameter, null when there is none.
+    CSubTrack* findLane(CObject* object, int param);
+};
+
+/// The colour of a new track, one of sixteen hues.
+int getRandomTrackColor();
+/// Default name word of a kind: "folder", "instrument", "audio", "drum", "track" for all others.
+CStr trackWord(int kind);
+/// Title of the undo step that adds a track.
+CStr addTrackTitle(int kind);

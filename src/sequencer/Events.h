@@ -1,0 +1,96 @@
+#pragma once
+
+#include <vector>
+
+class CSample;
+
+/// Bits of an event's `flags`.
+constexpr unsigned char eventSelected = 1;
+
+constexpr int defaultNoteTicks = 240;
+
+/// Header of every event record. Records are plain data from `malloc`, singly linked in order of
+/// time; a list is owned by the part whose head it hangs on. A record that plays is never changed
+/// in place, but for its `flags`, which belong to the interface thread.
+struct CBaseEvent {
+    int delta;           ///< ticks from the event before, for the head from tick 0 of the part
+    unsigned char flags; ///< bit 0: selected
+    CBaseEvent* next;    ///< null at the end
+};
+
+/// A channel message. A note is one event: note-offs are not stored.
+struct CMIDIEvent : CBaseEvent {
+    int data;   ///< packed message (engine/MidiBytes.h)
+    int length; ///< ticks; of note-ons only
+};
+
+/// A clip of audio.
+struct CAudioEvent : CBaseEvent {
+    CSample* sample; ///< in the host's pool, not owned; may be null
+    float gain, pan;
+    unsigned char mode;    ///< 0 own pitch and speed, 1 resampled to the tempo, 2 stretched to it
+    unsigned char reverse; ///< 1 plays the range backward
+    int start, end;        ///< frames in the sample, first and last, inclusive
+    int ticks;             ///< length on the timeline in modes 1 and 2
+    int semitones;
+    float fine; ///< semitones
+    int slice;
+    float fadeInMs, fadeInCurve, fadeOutMs, fadeOutCurve;
+};
+
+struct CDrumEvent : CBaseEvent {
+    int sound;  ///< index of the drum sound in the track's layer
+    int length; ///< ticks
+    float velocity, pan, tune;
+};
+
+/// A point of automation.
+struct CEnvEvent : CBaseEvent {
+    float value;         ///< 0 to 1
+    float curve;         ///< bend of the segment that ends here, -1 to 1, 0 straight
+    unsigned char shape; ///< 0 curve toward the next point, 1 hold
+};
+
+/// Each makes a record, owned by the caller until it is linked: a copy of `source` that has no
+/// follower, or the defaults when there is none.
+CMIDIEvent* createMIDIEvent(const CMIDIEvent* source = nullptr);
+CAudioEvent* createAudioEvent(const CAudioEvent* source = nullptr);
+CDrumEvent* createDrumEvent(const CDrumEvent* source = nullptr);
+/// `value` counts only without a source; it is kept within 0 to 1.
+CEnvEvent* createEnvEvent(const CEnvEvent* source, float value = 0.0f);
+
+void freeEvent(CBaseEvent* event);
+/// Frees a whole list; null is an empty one.
+void freeEvents(CBaseEvent* head);
+
+/// A parameter of a drum event that differs from its default: id (0 velocity, 1 pan, 2 tune) and
+/// the field itself.
+struct DrumParam {
+    int id;
+    float* value;
+};
+std::vector<DrumParam> drumParamList(CDrumEvent* event);
+
+/// Collects events of any order and makes a list of them, the same that `CPart::addEvent` would
+/// make of them one by one, in less than quadratic time.
+class EventCollector {
+public:
+    EventCollector() = default;
+    ~EventCollector();
+    EventCollector(const EventCollector&) = delete;
+    EventCollector& operator=(const EventCollector&) = delete;
+
+    /// Takes the event; `tick` counts from tick 0 of the part.
+    void add(int tick, CBaseEvent* event);
+    bool empty() const { return items.empty(); }
+    /// The list, in order of tick, owned by the caller, null without events; the collector is empty
+    /// afterwards.
+    CBaseEvent* takeList();
+
+private:
+    struct Item {
+        int tick;
+        CBaseEvent* event; ///< owned
+    };
+    std::vector<Item> items;
+};

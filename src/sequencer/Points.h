@@ -1,0 +1,42 @@
+#pragma once
+
+#include "sequencer/CPart.h"
+
+constexpr float minTempo = 10.0f;
+constexpr float maxTempo = 250.0f;
+constexpr int maxTimesig = 960; ///< of numerator and denominator
+
+/// A point, or a section, of the song's timeline. Copies take the header of a part and leave the
+/// fields of the class at their defaults.
+class CMarkerPart : public CPart {
+public:
+    Shared<unsigned char> colourIndex{0}, flag{0};
+
+    CMarkerPart();
+    CPart* copy(int withoutParams = 0) override;
+    int endTick() const { return pos + length; }
+};
+
+class CTimesigPart : public CPart {
+public:
+    CTimesigPart();
+    CPart* copy(int withoutParams = 0) override;
+    /// Each 1 to 960; 0 counts as 4.
+    void setTimesig(int num, int den);
+    int getNum() const { return num; }
+    int getDen() const { return den; }
+
+private:
+    Shared<int> num{4}, den{4};
+};
+
+class CTempoPart : public CPart {
+public:
+    Shared<float> tempo{120.0f}; ///< for the record makers of undo; else use the two below
+
+    CTempoPart();
+    CPart* copy(int withoutParams = 0) override;
+    /// Beats per minute, kept within 10 to 250; not a number gives 10.
+    void setTempo(float bpm);
+    float getTempo() const { return tempo; }
+};

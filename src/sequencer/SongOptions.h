@@ -1,0 +1,42 @@
+#pragma once
+
+#include "base/Atomic.h"
+
+/// Whether input reaches a track's output.
+enum class MonitorMode : int {
+    off = 0,
+    automatic = 1, ///< on the selected track
+    record = 2,    ///< on armed tracks
+    manual = 3,    ///< on tracks with `monitor`
+};
+
+/// The 32 bytes of switches that a song keeps. Bytes without a name are kept as they were read.
+class SongOptions {
+public:
+    static constexpr int size = 32;
+    enum Index : int {
+        showNoteNames = 3,
+        showPartContent = 4,
+        audioMonitor = 5,
+        midiMonitor = 6,
+        rememberNotes = 7,
+        firstFloat = 8,
+        timeSigNum = 24,
+        timeSigDen = 25,
+        arranger = 26,
+    };
+
+    Shared<unsigned char> bytes[size];
+
+    SongOptions();
+    MonitorMode audioMonitorMode() const { return mode(audioMonitor); }
+    MonitorMode midiMonitorMode() const { return mode(midiMonitor); }
+    /// The global time signature; a stored 0 reads as 4.
+    int num() const { return orFour(timeSigNum); }
+    int den() const { return orFour(timeSigDen); }
+    bool useMarkers() const { return bytes[arranger] != 0; }
+
+private:
+    MonitorMode mode(Index i) const { return MonitorMode(int(bytes[i])); }
+    int orFour(Index i) const { return bytes[i] ? int(bytes[i]) : 4; }
+};

@@ -1,0 +1,19 @@
+#pragma once
+
+class CSeq;
+
+/// New projects. Each fills the current program of a sequencer whose host has its device components
+/// already; the tracks are not undoable. Interface thread, with the graph held or nothing running.
+void createEmptyProject(CSeq* seq);
+/// One instrument track with a part, played by a synthesizer.
+void createDefaultProject(CSeq* seq);
+/// An instrument and an audio track.
+void createSimpleProject(CSeq* seq);
+/// Eight instrument tracks.
+void createMIDISequencerProject(CSeq* seq);
+/// Eight audio tracks.
+void createPortaStudioProject(CSeq* seq);
+/// A drum and an instrument track, the latter played by a synthesizer.
+void createDrumAndBassProject(CSeq* seq);
+/// A drum and an audio track.
+void createGuitaristProject(CSeq* seq);
