@@ -1,0 +1,59 @@
+#pragma once
+
+#include "base/Atomic.h"
+#include "base/CObject.h"
+
+/// The kinds of effect, stored in `CObject::type` and in files.
+enum FxKind {
+    fxDelay = 0,
+    fxReverb = 1,
+    fxChorus = 2,
+    fxPhaser = 3,
+    fxBitcrusher = 4,
+    fxFilter = 5,
+    fxCompressor = 6,
+    fxGuitarAmp = 7
+};
+
+/// Base of every built-in effect: stereo blocks in, stereo blocks out. A plain one is a
+/// no-operation. `id` is the display name, `type` one of `FxKind`.
+///
+/// Shared words are parameters: any thread stores them, `process` reads them once per block.
+/// Setters of parameters take the range told at them, clamp what lies outside and ignore a value
+/// that is not finite, so a reader of files may hand on what it finds.
+class CFX : public CObject {
+public:
+    Shared<float> dry{1.0f}, wet{1.0f}; ///< gains of the input and of the effect
+    float tempo = 120.0f;               ///< beats a minute; its owner writes it before `process`
+    float rate = 44100.0f;              ///< frames a second
+    float* bufL = nullptr;              ///< owned; input of a send effect: the owner sums into it
+    float* bufR = nullptr;              ///< owned; both of the length given to `setFrames`, or null
+    Shared<int> enabled{0};             ///< tested by the owner, not by `process`
+
+    /// `hz` frames a second, above 0. `frames` is the block size, for `bufL` and `bufR`.
+    explicit CFX(float hz = 44100.0f, int frames = 0);
+    ~CFX() override;
+    CFX(const CFX&) = delete;
+    CFX& operator=(const CFX&) = delete;
+
+    /// Holder of the graph only, as `setFrames`.
+    virtual void setRate(float hz);
+    /// Replaces `bufL` and `bufR` by `n` zeros each, none for `n` below 1.
+    virtual void setFrames(int n);
+    /// 0 frames or more; a signal gives the same however it is cut into blocks. The output may be
+    /// the input. Whether it is added to or overwritten is told by each effect. Audio thread.
+    virtual void process(float* inL, float* inR, float* outL, float* outR, long frames);
+    /// Interface thread: the first 1 may allocate, and only then shows in `enabled`.
+    virtual void setEnabled(int on);
+    /// Forgets the past. Holder of the graph only.
+    virtual void clear();
+
+    void setDry(float value) { dry = value; }
+    void setWet(float value) { wet = value; }
+    float getDry() const { return dry; }
+    float getWet() const { return wet; }
+
+protected:
+    static void store(Shared<float>& field, float value, float low, float high);
+    static void store(Shared<int>& field, int value, int low, int high);
+};

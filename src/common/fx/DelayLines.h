@@ -1,0 +1,85 @@
+#pragma once
+
+#include "base/Atomic.h"
+
+#include <vector>
+
+/// Base of the building blocks of the reverb.
+class Module {
+public:
+    virtual ~Module() = default;
+    virtual void Suspend() = 0;        ///< clears the state: what follows, follows silence
+    virtual int GetMem() { return 0; } ///< bytes of delay memory
+};
+
+/// A source of one value per sample.
+class MModulator {
+public:
+    virtual ~MModulator() = default;
+    virtual float GetCurValue() = 0;
+};
+
+/// A ring of samples with one place to write and one to read.
+class MDelayLine : public Module {
+public:
+    static constexpr int spare = 11; ///< samples of the ring beyond the longest delay
+
+    std::vector<float> ring;
+    int size = 0;            ///< samples of the ring
+    int write = 0, read = 0; ///< indices of the next sample to write and to read
+    int maxDelay = 0;
+
+    /// Sizes the ring for a delay of `d` samples, 0 or more, zeroes it and sets `read` so far
+    /// behind. Allocates.
+    void SetMaxDelay(int d);
+    void Suspend() override;
+    int GetMem() override;
+};
+
+/// A delay line that is read around a nominal delay.
+class MModDelayLine : public MDelayLine {
+public:
+    float curPos = 0.0f;             ///< place of the nominal delay in the ring
+    int modDepth = 0, nomDelay = 0;  ///< samples
+    MModulator* modulator = nullptr; ///< not owned, may be none
+
+    void SetNomDelay(int samples); ///< allocates, as `SetModDepth`
+    void SetModDepth(int samples);
+
+private:
+    void resize();
+};
+
+/// A delay line modulated by a sine and read with first-order all-pass interpolation.
+class MSVRAP1ModDelayLine : public MModDelayLine {
+public:
+    double phase = 0.0; ///< cycles
+    double incr = 0.0;  ///< cycles a sample
+    float last = 0.0f;  ///< state of the all-pass
+
+    /// The next sample at the moving place. What it reads must have been written, so the delay
+    /// must exceed `modDepth` by 2 samples.
+    float GetCurValue();
+    void Suspend() override;
+};
+
+/// One-pole filter y = a x - b y'. The coefficients may be set while it runs.
+class MLPF1a : public Module {
+public:
+    float y = 0.0f;
+    Shared<float> a{1.0f}, b{0.0f};
+
+    void SetCoeffs(float newA, float newB);
+    float Process(float x);
+    void Suspend() override { y = 0.0f; }
+};
+
+/// A sine by the recursion v = 2 cos(w) y1 - y2, held at +-1 against drift.
+class MSinOsc : public MModulator {
+public:
+    void SetFreq(double freq, double rate, double phaseDegrees);
+    float GetCurValue() override;
+
+private:
+    double k = 0.0, y1 = 0.0, y2 = 0.0, limit = 0.0;
+};
