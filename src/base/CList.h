@@ -1,0 +1,134 @@
+#pragma once
+
+#include "base/Atomic.h"
+
+#include <cstddef>
+#include <iterator>
+
+/// An item of a CList.
+struct CListItem {
+    Shared<void*> data{nullptr};
+    Shared<CListItem*> next{nullptr};
+};
+
+/// A singly linked list of pointers that it does not own: the owner takes `first`, `del(0)` and
+/// deletes the object, until the list is empty (`deleteAll`).
+///
+/// One thread at a time changes a list. Others may walk it by `next2`, `each`, `items` and the
+/// questions meanwhile, as long as it only grows at its end: an item is complete before it is
+/// linked. Every walk ends at a null link.
+///
+/// A pointer is read back as the class that it was stored as.
+class CList {
+public:
+    CList() = default;
+    virtual ~CList();
+    CList(const CList&) = delete;
+    CList& operator=(const CList&) = delete;
+
+    Shared<CListItem*> head{nullptr};
+    Shared<CListItem*> cursor{nullptr}; ///< of `first` and `next_old`; null is in front of the head
+    Shared<int> count{0};
+
+    void* items(int i) const; ///< null outside the list
+    void* getItem(int i) const { return items(i); }
+    void* getFirst() const { return items(0); }
+    int getCount() const { return count.loadAcquire(); }
+    bool empty() const { return head.loadAcquire() == nullptr; }
+
+    void* first(); ///< sets the cursor to the head; null when the list is empty
+    void*
+    next_old(); ///< moves the cursor on; 0 at the end, where the cursor stays on the last item
+    /// The normal walk, from a null `*it` on. At the end, or at a stored null pointer, it gives 0
+    /// and leaves `*it` null, so that the next call starts anew.
+    void* next2(CListItem** it) const;
+    void* next(const void* p) const; ///< what follows the first `p`; 0 if `p` is absent or last
+    void* last() const;
+    int indexed(const void* p) const; ///< -1 when absent
+    bool contains(const void* p) const { return indexed(p) >= 0; }
+
+    void add(void* p); ///< at the end, in constant time
+    void addUnique(void* p);
+    /// Behind the item at the cursor, which moves to the new item; at the end without a cursor. A
+    /// list filled by this alone grows at its end.
+    void addLast(void* p);
+    /// In front of index `i`; below 1 at the head, past the end at the tail.
+    void insert(int i, void* p);
+    void del(int i);                      ///< nothing happens outside the list
+    void remove(const void* p);           ///< the first `p`; nothing happens when it is absent
+    void replace(const void* a, void* b); ///< in the first item that holds `a`
+    void exchange(int i, int j);          ///< swaps two data; both indices have to be inside
+    void* pop();                          ///< removes and returns the last data; null when empty
+    /// Takes the item that holds `p` out of `src` and puts it at `index` here, below 0 or past the
+    /// end at the tail. Nothing is allocated or freed. 0 when `p` is not in `src`, or `src` is this
+    /// list, or both are empty.
+    int move(CList* src, const void* p, int index);
+    void clear();
+
+private:
+    CListItem* find(const void* p, CListItem** before) const;
+    CListItem* itemAt(int i, CListItem** before) const;
+    void link(CListItem* item, CListItem* before);
+    void unlink(CListItem* item, CListItem* before);
+
+    CListItem* tail = nullptr;
+};
+
+/// `next2` with the type of the contents.
+template <class T>
+T* nextOf(const CList& list, CListItem*& it) {
+    return static_cast<T*>(list.next2(&it));
+}
+
+/// The contents of a list for a range-based `for`. The walk ends at the first null; it survives
+/// additions at the tail, but not the removal of the object it stands on.
+template <class T>
+class CListRange {
+public:
+    class Iterator {
+    public:
+        using value_type = T*;
+        using difference_type = std::ptrdiff_t;
+
+        Iterator() = default;
+        explicit Iterator(CListItem* item) { set(item); }
+        T* operator*() const { return object; }
+        Iterator& operator++() {
+            set(at->next.loadAcquire());
+            return *this;
+        }
+        void operator++(int) { ++*this; }
+        bool operator==(std::default_sentinel_t) const { return !object; }
+
+    private:
+        void set(CListItem* item) {
+            at = item;
+            object = item ? static_cast<T*>(item->data.loadAcquire()) : nullptr;
+        }
+
+        CListItem* at = nullptr;
+        T* object = nullptr;
+    };
+
+    explicit CListRange(const CList& l) : list(l) {}
+    Iterator begin() const { return Iterator(list.head.loadAcquire()); }
+    std::default_sentinel_t end() const { return {}; }
+
+private:
+    const CList& list;
+};
+
+template <class T>
+CListRange<T> each(const CList& list) {
+    return CListRange<T>(list);
+}
+
+/// Empties a list whose contents the caller owns, and deletes them.
+template <class T>
+void deleteAll(CList& list) {
+    while (!list.empty()) {
+        T* object = static_cast<T*>(list.first());
+        list.del(0);
+        delete object;
+    }
+}

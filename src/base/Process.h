@@ -1,0 +1,16 @@
+#pragma once
+
+#include "base/CStr.h"
+#include "base/CStringList.h"
+
+/// Outside programs are started by an argument vector, whose first is the program, found through
+/// PATH. They see no open files of ours but the standard three.
+
+/// Runs a program to its end and returns its exit status: 127 if it cannot be started, 128 and the
+/// signal if one ended it.
+int runProcess(const CStringList& argv);
+/// Starts a program and goes on; false if it cannot be started.
+bool startProcess(const CStringList& argv);
+
+bool showFolder(const CStr& path); ///< in the user's file manager
+bool openURL(const CStr& url);     ///< in the user's browser
