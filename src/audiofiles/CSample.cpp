@@ -1,0 +1,234 @@
+#include "audiofiles/CSample.h"
+
+#include "audiofiles/WavFile.h"
+#include "base/Numbers.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+#include <new>
+#include <unistd.h>
+
+Shared<bool> diskWriteFailed{false};
+Shared<unsigned> CSample::notices{0};
+
+namespace {
+
+constexpr int maxPlayChannels = 2;
+constexpr int maxValueBytes = 4;
+constexpr int pieceFrames = 1024; // converted at a time when frames are written
+
+AudioFormat formatOf(const CSample& sample) {
+    AudioFormat format;
+    format.rate = asRound(double(sample.rate));
+    format.bits = sample.bits;
+    format.chs = sample.chs;
+    format.bigEndian = sample.bigEndian;
+    format.frames = sample.frames;
+    return format;
+}
+
+} // namespace
+
+CSample::~CSample() {
+    close();
+    if (streamed == 1 && !keep && ownsFile && !filename.empty()) ::unlink(filename.asChar());
+}
+
+void CSample::close() {
+    valid = false;
+    if (fp) std::fclose(fp);
+    fp = nullptr;
+    std::free(data);
+    data = nullptr;
+    for (std::unique_ptr<float[]>& side : floats) side.reset();
+    peaks.reset(chs);
+}
+
+void CSample::setFormat(int newRate, int newBits, int newChs) {
+    bits = newBits == 24 || newBits == 32 ? newBits : 16;
+    rate = float(std::max(1, newRate));
+    invRate = 1.0f / rate;
+    chs = std::max(1, newChs);
+    frameBytes = chs * bits / 8;
+    peaks.reset(chs);
+}
+
+bool CSample::open(CStr path) {
+    close();
+    loop = 0;
+    loopStart = 0;
+    bigEndian = false;
+    frames = 0;
+    filename = path;
+    fp = openAudioFile(filename.asChar());
+    AudioFormat format;
+    if (fp && readAudioHeader(fp, format)) {
+        setFormat(format.rate, format.bits, format.chs);
+        bigEndian = format.bigEndian;
+        dataStart = format.dataStart;
+        loop = format.loop ? 1 : 0;
+        loopStart = format.loopStart;
+        frames = format.frames;
+        valid = true;
+        if (!streamed) load();
+    }
+    if (fp && !(streamed && valid)) {
+        std::fclose(fp);
+        fp = nullptr;
+    }
+    return valid;
+}
+
+void CSample::load() {
+    const std::int64_t bytes = std::int64_t(frames) * frameBytes;
+    data = static_cast<unsigned char*>(std::malloc(std::size_t(std::max<std::int64_t>(bytes, 1))));
+    valid = data && readAt(fp, dataStart, data, bytes) == bytes;
+    if (!valid) return;
+    swapToNative(coding(), data, std::int64_t(frames) * chs);
+    if (bits != 32) bigEndian = false;
+    makeFloatData();
+}
+
+void CSample::makeFloatData() {
+    if (chs > maxPlayChannels) return;
+    const int count = frames;
+    for (int c = 0; c < chs && valid; c++) {
+        floats[c].reset(new (std::nothrow) float[std::size_t(count) + 2 * padFrames]());
+        valid = floats[c] != nullptr;
+    }
+    float mixed[pieceFrames * maxPlayChannels];
+    for (int done = 0; done < count && valid; done += pieceFrames) {
+        const int n = std::min(pieceFrames, count - done);
+        readFrames(done, n, mixed);
+        for (int c = 0; c < chs; c++) {
+            float* target = floats[c].get() + padFrames + done;
+            for (int i = 0; i < n; i++) target[i] = mixed[i * chs + c];
+        }
+    }
+}
+
+const float* CSample::floatData(int side) const {
+    return floats[side] ? floats[side].get() + padFrames : nullptr;
+}
+
+void CSample::takeData(unsigned char* bytes, int count) {
+    close();
+    data = bytes;
+    streamed = 0;
+    bigEndian = false;
+    frames = std::max(0, count);
+    valid = data != nullptr;
+    if (valid) makeFloatData();
+}
+
+void CSample::readFrames(std::int64_t first, int count, float* out) const {
+    const std::int64_t total = frames, from = std::clamp<std::int64_t>(first, 0, total);
+    const std::int64_t to = std::clamp<std::int64_t>(first + count, from, total);
+    std::fill_n(out, std::int64_t(count) * chs, 0.0f);
+    float* target = out + (from - first) * chs;
+    if (data) {
+        decodeValues(coding(), data + from * frameBytes, int(to - from) * chs, target);
+        return;
+    }
+    alignas(8) unsigned char bytes[4096];
+    const int most = int(sizeof bytes) / std::max(1, bits / 8); // values at a time
+    std::int64_t left = (to - from) * chs, at = dataStart + from * frameBytes;
+    while (fp && left > 0) {
+        const int n = int(std::min<std::int64_t>(left, most)), size = n * (bits / 8);
+        if (readAt(fp, at, bytes, size) < size) return;
+        decodeValues(coding(), bytes, n, target);
+        target += n;
+        left -= n;
+        at += size;
+    }
+}
+
+void CSample::create(CStr path) {
+    close();
+    filename = path;
+    fp = std::fopen(filename.asChar(), "w+b");
+    if (!fp) return;
+    streamed = 1;
+    bigEndian = filename.upperCase().pos(".AIF") >= 0;
+    frames = 0;
+    headerDone = false;
+    valid = true;
+}
+
+void CSample::writeHeader() {
+    if (!fp) return;
+    unsigned char header[aiffHeaderBytes];
+    const int size = makeAudioHeader(formatOf(*this), header);
+    const std::scoped_lock guard(lock);
+    const bool written = std::fseek(fp, 0, SEEK_SET) == 0 &&
+                         std::fwrite(header, std::size_t(size), 1, fp) == 1 &&
+                         std::fseek(fp, 0, SEEK_END) == 0;
+    if (!written) diskWriteFailed = true;
+    dataStart = size;
+    headerDone = true;
+}
+
+void CSample::writeFrames(int count, const float* left, const float* right) {
+    if (!fp || chs > maxPlayChannels) return;
+    unsigned char bytes[pieceFrames * maxPlayChannels * maxValueBytes];
+    const std::scoped_lock guard(lock);
+    for (int done = 0; done < count; done += pieceFrames) {
+        const int n = std::min(pieceFrames, count - done);
+        const std::int64_t size = aiffHeaderBytes + (std::int64_t(frames) + n) * frameBytes;
+        encodeFrames(coding(), chs, n, left + done, right + done, bytes);
+        if (size > INT_MAX || std::fwrite(bytes, std::size_t(n * frameBytes), 1, fp) != 1) {
+            diskWriteFailed = true;
+            return;
+        }
+        writepeak(bytes, n);
+        frames += n;
+    }
+}
+
+void CSample::finalize() {
+    if (fp && std::fflush(fp) != 0) diskWriteFailed = true;
+}
+
+void CSample::writepeak(const unsigned char* bytes, int count) {
+    if (chs > maxPlayChannels) return;
+    float values[PeakImage::framesPerEntry * maxPlayChannels];
+    for (int done = 0; done < count; done += PeakImage::framesPerEntry) {
+        const int n = std::min(PeakImage::framesPerEntry, count - done);
+        decodeValues(coding(), bytes + std::ptrdiff_t(done) * frameBytes, n * chs, values);
+        peaks.add(values, n);
+    }
+}
+
+void CSample::peakfile() {
+    if (!valid || peakBusy.exchange(true)) return;
+    if (peaks.peakFrames == 0 && chs <= maxPlayChannels) {
+        float values[pieceFrames * maxPlayChannels];
+        for (std::int64_t done = 0; done < frames; done += pieceFrames) {
+            const int n = int(std::min<std::int64_t>(pieceFrames, frames - done));
+            readFrames(done, n, values);
+            peaks.add(values, n);
+        }
+    }
+    needsPeaks = false;
+    peakBusy = false;
+}
+
+CSample* CSample::createSample(const CStr& path, int cached) {
+    CSample* sample = new CSample;
+    sample->setFormat(44100, 16, 2);
+    sample->streamed = 1;
+    sample->keep = false;
+    sample->cached = cached != 0;
+    sample->needsPeaks = false;
+    sample->create(path);
+    if (sample->validHandle()) {
+        sample->writeHeader();
+        return sample;
+    }
+    sample->ownsFile = false;
+    delete sample;
+    return nullptr;
+}

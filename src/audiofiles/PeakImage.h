@@ -1,0 +1,51 @@
+#pragma once
+
+#include <atomic>
+
+/// What a waveform is drawn from: for each 128 frames and each channel the lowest and the highest
+/// value, both spanning zero. One thread adds, any others read what is complete: entries never
+/// move.
+class PeakImage {
+public:
+    static constexpr int framesPerEntry = 128;
+    static constexpr int maxChannels = 2;
+
+    int peakFrames = 0;              ///< frames added
+    float peakMin[maxChannels] = {}; ///< the running window, from 0 on
+    float peakMax[maxChannels] = {};
+
+    PeakImage() = default;
+    ~PeakImage();
+    PeakImage(const PeakImage&) = delete;
+    PeakImage& operator=(const PeakImage&) = delete;
+
+    /// Empties it for `channels` channels. Nobody may be reading. More than two give no image.
+    void reset(int channels);
+    /// `frames` interleaved frames of the channels told to `reset`.
+    void add(const float* data, int frames);
+
+    /// Complete entries. Any thread.
+    int count() const { return entries.load(std::memory_order_acquire); }
+    /// The bytes of entry `index` below `count`: minimum and maximum of the left channel, then of
+    /// the right one if there is one. Any thread.
+    const unsigned char* entry(int index) const;
+
+    /// -1 to 1 (else cut, not a number is 0) as a byte of 0 to 254, and back.
+    static unsigned char encode(float value);
+    static float decode(unsigned char byte) { return float(int(byte) - 127) / 127.0f; }
+
+private:
+    // Chunk k holds 64 * 2^k entries, so that a short sample takes little and none ever moves.
+    static constexpr int firstChunk = 64, chunkCount = 20;
+    struct Place {
+        int chunk, index;
+    };
+
+    static Place place(int index);
+    bool store();
+
+    int chs = 0;
+    int inWindow = 0;
+    std::atomic<int> entries{0};
+    unsigned char* chunks[chunkCount] = {}; ///< owned; set before `entries` counts into them
+};

@@ -1,0 +1,186 @@
+#include "audiofiles/SampleRender.h"
+
+#include "audiofiles/CSample.h"
+#include "base/Clones.h"
+#include "base/Numbers.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace {
+
+constexpr int piece = 64; // frames whose places are worked out at a time
+/// Frames that the interpolation may read beyond the last whole step: the fraction of the position
+/// carries it up to one further, and two neighbours lie behind.
+constexpr int framesBehind = 4;
+constexpr double maxPosition = 1 << 30; // frames; beyond every sample, and safe to index by
+
+using Floats4 = float __attribute__((vector_size(16)));
+
+Floats4 load(const float* p) {
+    Floats4 v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+
+/// The cubic through y0 to y3, at `t` between y1 and y2. T is a float or several.
+template <class T>
+[[gnu::always_inline]] inline T cubic(T y0, T y1, T y2, T y3, T t) {
+    const T a = (y1 - y2) * 1.5f + (y0 - y3) * -0.5f;
+    const T b = 2.0f * y2 + y0 + (5.0f * y1 + y3) * -0.5f;
+    const T c = (y2 - y0) * 0.5f;
+    return ((a * t + b) * t + c) * t + y1;
+}
+
+/// Places of output frames: the whole source frame and the fraction behind it.
+struct Places {
+    int frame[piece];
+    float fraction[piece];
+};
+
+/// Reads `count` frames, up to `piece`, of `source` at `places`. Four at a time are loaded with
+/// their neighbours and turned, so that a vector holds one neighbour of each.
+[[gnu::always_inline]] inline void readPlaces(const float* source, const Places& places, int count,
+                                              float* out) {
+    const float* before = source - 1;
+    int i = 0;
+    for (; i + 4 <= count; i += 4) {
+        const int* at = places.frame + i;
+        const Floats4 r0 = load(before + at[0]), r1 = load(before + at[1]);
+        const Floats4 r2 = load(before + at[2]), r3 = load(before + at[3]);
+        const Floats4 low01 = __builtin_shufflevector(r0, r1, 0, 4, 1, 5);
+        const Floats4 high01 = __builtin_shufflevector(r0, r1, 2, 6, 3, 7);
+        const Floats4 low23 = __builtin_shufflevector(r2, r3, 0, 4, 1, 5);
+        const Floats4 high23 = __builtin_shufflevector(r2, r3, 2, 6, 3, 7);
+        const Floats4 y0 = __builtin_shufflevector(low01, low23, 0, 1, 4, 5);
+        const Floats4 y1 = __builtin_shufflevector(low01, low23, 2, 3, 6, 7);
+        const Floats4 y2 = __builtin_shufflevector(high01, high23, 0, 1, 4, 5);
+        const Floats4 y3 = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
+        const Floats4 y = cubic(y0, y1, y2, y3, load(places.fraction + i));
+        std::memcpy(out + i, &y, sizeof y);
+    }
+    for (; i < count; i++) {
+        const float* y = before + places.frame[i];
+        out[i] = cubic(y[0], y[1], y[2], y[3], places.fraction[i]);
+    }
+}
+
+/// `count` frames of one or two planes, all of whose neighbours can be read. `fraction` is the
+/// position within the first frame; a second plane may be missing.
+SONDRAVA_CLONES void interpolate(const float* first, const float* second, double fraction,
+                                 double speed, int count, float* left, float* right) {
+    Places places;
+    for (int done = 0; done < count; done += piece) {
+        const int n = std::min(piece, count - done);
+        for (int i = 0; i < n; i++) {
+            const double x = fraction + (done + i) * speed;
+            places.frame[i] = int(x);
+            places.fraction[i] = float(x - places.frame[i]);
+        }
+        readPlaces(first, places, n, left + done);
+        if (second) readPlaces(second, places, n, right + done);
+    }
+}
+
+/// The same at the ends of a sample of `frames` frames and beyond: outside all is zero.
+void interpolateEdge(const float* source, int frames, double pos, double speed, int count,
+                     float* out) {
+    for (int i = 0; i < count; i++) {
+        const double x = pos + i * speed;
+        const bool near = x > -(CSample::padFrames - 1) && x < frames + CSample::padFrames - 3;
+        const int n = near ? int(std::floor(x)) : 0;
+        const float* y = source + n;
+        out[i] = near ? cubic(y[-1], y[0], y[1], y[2], float(x - n)) : 0.0f;
+    }
+}
+
+/// As `interpolate`, of interleaved frames from the one before position 0 on.
+void interpolateInterleaved(const float* source, int chs, double fraction, double speed, int count,
+                            float* left, float* right) {
+    for (int i = 0; i < count; i++) {
+        const double x = fraction + i * speed;
+        const int n = int(x);
+        const float t = float(x - n);
+        const float* y = source + std::ptrdiff_t(n) * chs;
+        left[i] = cubic(y[0], y[chs], y[2 * chs], y[3 * chs], t);
+        if (chs == 2) right[i] = cubic(y[1], y[3], y[5], y[7], t);
+    }
+}
+
+/// Frames that `count` output frames read, with the one before; too many to count are 2^31.
+long long sourceFrames(int count, double speed) {
+    return 1 + framesBehind + std::min<long long>(asInt64(count * speed), 1ll << 31);
+}
+
+bool fitsScratch(const CSample& sample, long long wanted) {
+    return wanted * sample.frameBytes <= maxScratchRead;
+}
+
+void renderStreamed(const CSample& sample, double pos, double speed, int count, float* left,
+                    float* right, unsigned char* scratch) {
+    const bool playable = std::fabs(pos) < maxPosition && speed >= 0.0;
+    if (!playable || !fitsScratch(sample, sourceFrames(count, speed))) {
+        if (playable) CSample::notices.fetchOr(noticeBufferTooSmall);
+        std::fill_n(left, count, 0.0f);
+        std::fill_n(right, count, 0.0f);
+        return;
+    }
+    const int frame = int(std::floor(pos));
+    getData32(sample, scratch, frame, count, speed);
+    const float* source = reinterpret_cast<const float*>(scratch);
+    interpolateInterleaved(source, sample.chs, pos - frame, speed, count, left, right);
+}
+
+} // namespace
+
+int renderMemory(const CSample& sample, double pos, double speed, int count, float* left,
+                 float* right) {
+    const float* first = sample.floatData(0);
+    if (!first) return 0;
+    const float* second = sample.floatData(1);
+    const int frames = sample.frames;
+    const double last = pos + (count - 1) * speed;
+    if (pos >= 0.0 && last < frames && speed >= 0.0) {
+        const int start = int(pos);
+        interpolate(first + start, second ? second + start : nullptr, pos - start, speed, count,
+                    left, right);
+    } else {
+        interpolateEdge(first, frames, pos, speed, count, left);
+        if (second) interpolateEdge(second, frames, pos, speed, count, right);
+    }
+    return second ? 2 : 1;
+}
+
+bool render(const CSample& sample, const SampleSpan& span, int count, float* left, float* right,
+            unsigned char* scratch) {
+    if (!sample.valid || sample.chs < 1 || sample.chs > 2 || count < 1) return false;
+    double pos = span.pos;
+    if (span.reverse) pos = double(span.start) + span.end - span.pos - count * span.speed;
+    if (renderMemory(sample, pos, span.speed, count, left, right) == 0)
+        renderStreamed(sample, pos, span.speed, count, left, right, scratch);
+    if (sample.chs == 1) std::copy_n(left, count, right);
+    if (span.reverse) {
+        std::reverse(left, left + count);
+        std::reverse(right, right + count);
+    }
+    return true;
+}
+
+bool render_2(const CSample& sample, double pos, double speed, int count, float* left,
+              float* right) {
+    if (sample.bits != 16) return false;
+    const int sides = renderMemory(sample, pos, speed, count, left, right);
+    if (sides == 1) std::copy_n(left, count, right);
+    return sides > 0;
+}
+
+void getData32(const CSample& sample, unsigned char* out, int frame, int count, double speed) {
+    const long long wanted = sourceFrames(count, speed);
+    if (!fitsScratch(sample, wanted)) {
+        CSample::notices.fetchOr(noticeBufferTooSmall);
+        std::memset(out, 0, maxScratchRead);
+        return;
+    }
+    sample.readFrames(std::int64_t(frame) - 1, int(wanted), reinterpret_cast<float*>(out));
+}

@@ -1,0 +1,230 @@
+#include "audiofiles/WavFile.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int chunkHead = 8, fmtBytes = 16, commBytes = 18;
+constexpr int ssndHead = 8;                      // offset and block size in front of the frames
+constexpr int smplHead = 36, smplLoopBytes = 24; // the head up to the loops, one loop
+constexpr int smplCountAt = 28, loopStartAt = 8; // where they hold the count and the start
+constexpr int tagPcm = 1, tagFloat = 3;
+constexpr int exponentTop = 30; // low exponent byte of a rate whose mantissa needs no shift
+
+unsigned getLittle(const unsigned char* p, int bytes) {
+    unsigned value = 0;
+    for (int i = bytes - 1; i >= 0; i--) value = value << 8 | p[i];
+    return value;
+}
+
+unsigned getBig(const unsigned char* p, int bytes) {
+    unsigned value = 0;
+    for (int i = 0; i < bytes; i++) value = value << 8 | p[i];
+    return value;
+}
+
+void putLittle(unsigned char* p, unsigned value, int bytes) {
+    for (int i = 0; i < bytes; i++, value >>= 8) p[i] = static_cast<unsigned char>(value);
+}
+
+void putBig(unsigned char* p, unsigned value, int bytes) {
+    for (int i = bytes - 1; i >= 0; i--, value >>= 8) p[i] = static_cast<unsigned char>(value);
+}
+
+/// The rate of an AIFF file, or 0 for an exponent that no integer rate has. The shift rounds by
+/// the last bit that it drops.
+unsigned rateFromExtended(const unsigned char* p) {
+    const int shift = exponentTop - p[1];
+    if (shift < 0 || shift > exponentTop) return 0;
+    const unsigned mantissa = getBig(p + 2, 4);
+    return (mantissa >> shift) + (shift > 0 ? mantissa >> (shift - 1) & 1 : 0);
+}
+
+void rateToExtended(int rate, unsigned char* p) {
+    int zeros = 0;
+    while (zeros < exponentTop && !(unsigned(rate) >> (exponentTop - zeros) & 1)) zeros++;
+    p[0] = 0x40;
+    p[1] = static_cast<unsigned char>(exponentTop - 1 - zeros);
+    putBig(p + 2, unsigned(rate) << (zeros + 1), 4);
+    std::memset(p + 6, 0, 4);
+}
+
+/// One walk through the chunks of a file.
+class ChunkWalk {
+public:
+    ChunkWalk(std::FILE* handle, AudioFormat& target)
+        : file(handle), format(target), fileSize(audioFileSize(handle)) {}
+
+    bool run() {
+        unsigned char head[12];
+        if (readAt(file, 0, head, sizeof head) < std::int64_t(sizeof head)) return false;
+        const bool wav = !std::memcmp(head, "RIFF", 4) && !std::memcmp(head + 8, "WAVE", 4);
+        format.bigEndian = !std::memcmp(head, "FORM", 4) && !std::memcmp(head + 8, "AIFF", 4);
+        if (!wav && !format.bigEndian) return false;
+        pos = sizeof head;
+        while (going && next()) wav ? wavChunk() : aiffChunk();
+        return valid;
+    }
+
+private:
+    std::FILE* file;
+    AudioFormat& format;
+    std::int64_t fileSize, pos = 0;
+    unsigned char id[4] = {};
+    std::int64_t start = 0, size = 0; // of the chunk's content; the size is not trusted
+    bool known = false, valid = false, going = true;
+
+    bool next() {
+        unsigned char head[chunkHead];
+        if (pos >= fileSize || readAt(file, pos, head, chunkHead) < chunkHead) return false;
+        std::memcpy(id, head, sizeof id);
+        size = std::int32_t(format.bigEndian ? getBig(head + 4, 4) : getLittle(head + 4, 4));
+        if (size < 0) return false;
+        start = pos + chunkHead;
+        pos = start + size; // odd sizes are not padded
+        return true;
+    }
+
+    bool is(const char* name) const { return !std::memcmp(id, name, sizeof id); }
+    std::int64_t held() const {
+        return std::max<std::int64_t>(0, std::min(size, fileSize - start));
+    }
+    void refuse() { going = valid = false; }
+
+    void setFormat(unsigned rate, unsigned chs, unsigned bits, bool playable) {
+        playable = playable && !valid && rate > 0 && rate <= INT_MAX && chs > 0 &&
+                   chs * (bits / 8) <= maxFrameBytes;
+        if (!playable) return refuse();
+        format.rate = int(rate);
+        format.chs = int(chs);
+        format.bits = int(bits);
+        known = true;
+    }
+
+    void setFrames(std::int64_t skip, std::int64_t most) {
+        if (!known) return refuse();
+        const std::int64_t count = std::max<std::int64_t>(0, held() - skip) / format.frameBytes();
+        format.frames = int(std::min(count, most));
+        format.dataStart = start + skip;
+        valid = true;
+    }
+
+    void wavChunk() {
+        if (is("fmt ")) {
+            unsigned char b[fmtBytes];
+            if (held() < fmtBytes || readAt(file, start, b, fmtBytes) < fmtBytes) return refuse();
+            const unsigned tag = getLittle(b, 2), bits = getLittle(b + 14, 2);
+            const bool playable =
+                (tag == tagPcm && (bits == 16 || bits == 24)) || (tag == tagFloat && bits == 32);
+            setFormat(getLittle(b + 4, 4), getLittle(b + 2, 2), bits, playable);
+        } else if (is("data")) {
+            format.loop = false;
+            setFrames(0, INT_MAX);
+        } else if (is("smpl"))
+            readLoops();
+    }
+
+    void readLoops() {
+        unsigned char b[smplHead];
+        if (held() < smplHead || readAt(file, start, b, smplHead) < smplHead) return;
+        const std::int64_t told = getLittle(b + smplCountAt, 4);
+        format.loop = told == 1;
+        const std::int64_t count = std::min(told, (held() - smplHead) / smplLoopBytes);
+        const std::int64_t last = start + smplHead + (count - 1) * smplLoopBytes + loopStartAt;
+        if (count > 0 && readAt(file, last, b, 4) == 4)
+            format.loopStart = int(std::min<unsigned>(getLittle(b, 4), INT_MAX));
+    }
+
+    void aiffChunk() {
+        if (is("COMM")) {
+            unsigned char b[commBytes];
+            if (held() < commBytes || readAt(file, start, b, commBytes) < commBytes)
+                return refuse();
+            const unsigned bits = getBig(b + 6, 2);
+            toldFrames = std::max(0, int(std::int32_t(getBig(b + 2, 4))));
+            setFormat(rateFromExtended(b + 8), getBig(b, 2), bits,
+                      bits == 16 || bits == 24 || bits == 32);
+        } else if (is("SSND"))
+            setFrames(ssndHead, toldFrames);
+    }
+
+    int toldFrames = 0; // by COMM
+};
+
+void makeWavHeader(const AudioFormat& format, unsigned bytes, unsigned char* p) {
+    std::memcpy(p, "RIFF", 4);
+    putLittle(p + 4, bytes + wavHeaderBytes - chunkHead, 4);
+    std::memcpy(p + 8, "WAVEfmt ", 8);
+    putLittle(p + 16, fmtBytes, 4);
+    putLittle(p + 20, format.bits == 32 ? tagFloat : tagPcm, 2);
+    putLittle(p + 22, unsigned(format.chs), 2);
+    putLittle(p + 24, unsigned(format.rate), 4);
+    putLittle(p + 28, unsigned(format.rate) * unsigned(format.frameBytes()), 4);
+    putLittle(p + 32, unsigned(format.frameBytes()), 2);
+    putLittle(p + 34, unsigned(format.bits), 2);
+    std::memcpy(p + 36, "data", 4);
+    putLittle(p + 40, bytes, 4);
+}
+
+void makeAiffHeader(const AudioFormat& format, unsigned bytes, unsigned char* p) {
+    std::memset(p, 0, aiffHeaderBytes);
+    std::memcpy(p, "FORM", 4);
+    putBig(p + 4, bytes + aiffHeaderBytes - chunkHead, 4);
+    std::memcpy(p + 8, "AIFFCOMM", 8);
+    putBig(p + 16, commBytes, 4);
+    putBig(p + 20, unsigned(format.chs), 2);
+    putBig(p + 22, unsigned(format.frames), 4);
+    putBig(p + 26, unsigned(format.bits), 2);
+    rateToExtended(format.rate, p + 28);
+    std::memcpy(p + 38, "SSND", 4);
+    putBig(p + 42, bytes + ssndHead, 4);
+}
+
+} // namespace
+
+std::FILE* openAudioFile(const char* path) {
+    const int fd = ::open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) return nullptr;
+    struct stat info {};
+    std::FILE* file = fstat(fd, &info) == 0 && S_ISREG(info.st_mode) ? fdopen(fd, "rb") : nullptr;
+    if (!file) ::close(fd);
+    return file;
+}
+
+std::int64_t audioFileSize(std::FILE* file) {
+    struct stat info {};
+    return fstat(fileno(file), &info) == 0 ? std::int64_t(info.st_size) : 0;
+}
+
+std::int64_t readAt(std::FILE* file, std::int64_t offset, void* out, std::int64_t count) {
+    std::int64_t done = 0;
+    while (done < count) {
+        const ssize_t got = pread(fileno(file), static_cast<char*>(out) + done,
+                                  std::size_t(count - done), off_t(offset + done));
+        if (got <= 0) break;
+        done += got;
+    }
+    return done;
+}
+
+bool readAudioHeader(std::FILE* file, AudioFormat& format) {
+    format = AudioFormat();
+    const bool valid = ChunkWalk(file, format).run();
+    format.loopStart = std::clamp(format.loopStart, 0, std::max(0, format.frames - 1));
+    return valid;
+}
+
+int makeAudioHeader(const AudioFormat& format, unsigned char out[aiffHeaderBytes]) {
+    const unsigned bytes = unsigned(format.frames) * unsigned(format.frameBytes());
+    if (format.bigEndian) {
+        makeAiffHeader(format, bytes, out);
+        return aiffHeaderBytes;
+    }
+    makeWavHeader(format, bytes, out);
+    return wavHeaderBytes;
+}
