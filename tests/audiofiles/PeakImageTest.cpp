@@ -1,0 +1,102 @@
+#include "SampleFixture.h"
+
+#include <algorithm>
+#include <cmath>
+#include <thread>
+
+using PeakImageTest = SampleFiles;
+
+namespace {
+
+int code(double v) {
+    return int(std::floor(v * 127 + 0.5)) + 127;
+}
+
+void expectImage(const PeakImage& peaks, const std::vector<float>& values, int chs,
+                 const char* name) {
+    const int frames = int(values.size()) / chs;
+    ASSERT_EQ(peaks.count(), frames / 128) << name;
+    for (int e = 0; e < peaks.count(); e++)
+        for (int c = 0; c < chs; c++) {
+            float low = 0.0f, high = 0.0f;
+            for (int i = e * 128; i < e * 128 + 128; i++) {
+                low = std::min(low, values[std::size_t(i * chs + c)]);
+                high = std::max(high, values[std::size_t(i * chs + c)]);
+            }
+            ASSERT_EQ(peaks.entry(e)[c * 2], code(double(low))) << name << " entry " << e;
+            ASSERT_EQ(peaks.entry(e)[c * 2 + 1], code(double(high))) << name << " entry " << e;
+        }
+}
+
+} // namespace
+
+/// The image holds the extremes of each window, whatever the width, however it came about: from
+/// memory, from the file, or as the frames were written.
+TEST_F(PeakImageTest, HoldsTheExtremesOfEachWindow) {
+    std::vector<float> left = noise(20000, 3), right = noise(20000, 4);
+    for (int i = 0; i < 20000; i++) {
+        left[std::size_t(i)] *= float(i) / 20000;
+        right[std::size_t(i)] = std::fabs(right[std::size_t(i)]);
+    }
+    for (const char* name : {"p.wav", "p.aif"})
+        for (int bits : {16, 24, 32})
+            for (int chs : {1, 2}) {
+                if (bits == 32 && chs == 1 && name[2] == 'a') continue; // floats are kept there
+                write(path(name), 44100, bits, chs, left, right);
+                for (int streamed : {0, 1}) {
+                    CSample in;
+                    in.streamed = streamed;
+                    ASSERT_TRUE(in.open(path(name).c_str()));
+                    in.peakfile();
+                    EXPECT_FALSE(in.needsPeaks);
+                    expectImage(in.peaks, allFrames(in), chs, name);
+                }
+            }
+    CSample out;
+    out.setFormat(44100, 32, 2);
+    out.create(path("w.wav").c_str());
+    out.writeHeader();
+    for (int at = 0, n = 1; at < 20000; at += n, n = std::min(n * 2, 20000 - at))
+        out.writeFrames(n, &left[std::size_t(at)], &right[std::size_t(at)]);
+    std::vector<float> both;
+    for (std::size_t i = 0; i < left.size(); i++) both.insert(both.end(), {left[i], right[i]});
+    expectImage(out.peaks, both, 2, "while written");
+}
+
+TEST_F(PeakImageTest, CodesAreCutToTheRange) {
+    const float nan = std::nanf("");
+    for (const auto& [value, byte] : {std::pair{0.0f, 127},
+                                      {1.0f, 254},
+                                      {-1.0f, 0},
+                                      {9.0f, 254},
+                                      {-9.0f, 0},
+                                      {nan, 127},
+                                      {0.5f, 191},
+                                      {-0.5f, 64}})
+        EXPECT_EQ(PeakImage::encode(value), byte) << value;
+    for (int byte : {0, 1, 127, 200, 254})
+        EXPECT_EQ(PeakImage::encode(PeakImage::decode(static_cast<unsigned char>(byte))), byte);
+}
+
+/// What a reader has been told of never changes while the image grows over many chunks.
+TEST_F(PeakImageTest, GrowsUnderAReader) {
+    constexpr int windows = 20000;
+    PeakImage peaks;
+    peaks.reset(1);
+    std::thread writer([&] {
+        std::vector<float> window(128);
+        for (int w = 0; w < windows; w++) {
+            window.assign(128, float(w % 100) / 127);
+            peaks.add(window.data(), 128);
+        }
+    });
+    int last = 0, wrong = 0;
+    while (last < windows) {
+        const int count = peaks.count();
+        for (int e = std::max(0, last - 3); e < count; e++)
+            wrong += peaks.entry(e)[1] != e % 100 + 127;
+        last = count;
+    }
+    writer.join();
+    EXPECT_EQ(wrong, 0);
+}
