@@ -1,0 +1,243 @@
+#pragma once
+
+#include "base/Atomic.h"
+#include "base/CList.h"
+#include "base/CObject.h"
+#include "base/CStr.h"
+#include "engine/CIO.h"
+#include "engine/CMIDIQ.h"
+#include "engine/COutputChannel.h"
+#include "engine/CProgram.h"
+#include "engine/Cables.h"
+#include "engine/CompTypes.h"
+
+class CGraphic;
+class CMouseEdit;
+class CQV;
+class CStream;
+class CUndo;
+class CUndoItem;
+class CWin;
+struct CRect;
+
+/// Where a component hangs; it also selects the pass of the traversal.
+enum ListKind : int {
+    listNone = 0, ///< the host itself, or nowhere yet
+    listComps = 1,
+    listSends = 3,
+    listInsert = 4,
+};
+
+/// Notifications to the interface, ORed into `updateFlags`. Those of the host's own service:
+constexpr unsigned updateDelays = 0x100000; ///< the cycle works out the delay compensation anew
+constexpr unsigned updateMaps = 0x200000;   ///< the map window shows other targets
+constexpr unsigned updateProgram = 2048;
+constexpr unsigned updateTransport = 1024;
+
+/// Geometry and state of an editor window; the first eight are saved.
+struct CEditorStruct {
+    int left = 200, top = 200, width = 300, height = 300;
+    int visible = 0, maximized = 0;
+    int page = -1, pageItem = 0;
+    int extra[3] = {0, 0, 0};
+};
+
+/// A node of the processing graph. It owns its children, programs, channels, ports and the cables
+/// that arrive at it. Lists are changed only by whoever holds the graph (see `CUndo`), but for a
+/// component that is not linked yet.
+///
+/// A component comes to life in four steps: construction, `init`, `createBuffers`, linking.
+class CComp : public CObject {
+public:
+    CQV* host; ///< the root; for the host itself, the host
+    CComp* parent = nullptr;
+    Shared<COutputChannel*> ownerChannel{nullptr}; ///< of an insert: the channel that holds it
+    Shared<int> listKind{listNone};
+    int idleState = 2;
+    CList comps; ///< of CComp, owned children
+    Shared<int> curProg{0};
+    CList progs; ///< of CProgram, owned
+    Shared<int> enabled{1};
+    Shared<int> sleeping{0}; ///< 1 while an undo step holds the component off the graph
+    int posX = 32, posY = 32, iconW = 32, iconH = 32;
+    Shared<unsigned> updateFlags{0};
+    Shared<int> updateArg{0};
+    int hideChs = 0;
+    /// The sequencer whose MIDI arrives here, found in `prepare`; for an insert that of its owner.
+    Shared<CComp*> sourceSeq{nullptr};
+    CEditorStruct editorStruct;
+    CEditorStruct mapStruct;
+    CList outputs; ///< of COutputChannel, owned
+    CList inputs;  ///< of CInputChannel, owned
+    int curOutput = 0;
+    CList outPorts;       ///< of COutputPort (CKeyboard: a plain CMIDIQ), owned
+    CList inPorts;        ///< of CInputPort, owned
+    bool summing = false; ///< its latency is being worked out; graph holder
+    bool processed = false, mixed = false, fxDone = false; ///< of this block; graph holder
+    Shared<bool> busy{false};                              ///< inside `process`
+    CList audioCables;                                     ///< of CAudioCable, owned in-edges
+    CList midiCables;                                      ///< of CMIDICable, owned in-edges
+    Shared<float> wet{1.0f};                               ///< wet share of an insert, 0 to 1
+    CList maps;                                            ///< of CMapProg, owned; host only
+    Shared<int> curMap{0};
+    Shared<unsigned char> allNotesOff{0}; ///< the next `mergeMIDI` silences every channel
+    int sync = 0;
+    static constexpr int macroCount = 8;
+    int macroParams[macroCount] = {-1, -1, -1, -1, -1, -1, -1, -1}; ///< parameter index, -1 unused
+    bool summing = false; ///< latency before this component is being added up; graph holder
+    int pullDepth = 0; ///< how deep the pull along cables is at present; host only, graph holder
+
+    explicit CComp(CQV* root);
+    ~CComp() override;
+    CComp(const CComp&) = delete;
+    CComp& operator=(const CComp&) = delete;
+
+    virtual void edit(bool show);
+    /// Interface tick.
+    virtual void idle();
+    /// Decay of the meters and activity lights, after all `idle`.
+    virtual void afteridle();
+    virtual void start() {}
+    virtual void rec(int) {}
+    virtual void beforeRec() {}
+    virtual void afterRec() {}
+    virtual void stop() {}
+    virtual void setPos(double) {}
+    /// Start of a block: clears guards, buffers and queues. Graph holder, as all down to `fx`.
+    virtual void prepare(int frames);
+    /// Rebuilds all buffers for another block size. Interface thread, with the graph.
+    virtual void setFrames(int frames);
+    virtual void setRate(double rate);
+    virtual void clear() {}
+    /// Pulls MIDI through the cables that arrive.
+    virtual void mergeMIDI(int frames);
+    virtual void process(int) {}
+    virtual void mix(int frames);
+    virtual void fx(int frames);
+    virtual void enable(int on) { enabled = on; }
+    virtual void sleep(int on) { sleeping = on; }
+    virtual CStr getName(CObject* io);
+    /// False leaves this source out of `mergeAudio`.
+    virtual int canProcess() { return 1; }
+    virtual int numParams() { return 0; }
+    /// All parameters run from 0 to 1.
+    virtual void setParam(int, float) {}
+    virtual CStr paramName(int) { return "noname"; }
+    virtual CStr paramText(int) { return ""; }
+    virtual float param(int) { return 0.0f; }
+    virtual void doUpdate(int) {}
+    /// Carries out the component's share of a recorded edit. `op`: 1 done, 2 undone, 4 redone.
+    virtual void perform(CUndoItem*, int) {}
+    virtual void setProg(int index);
+    virtual int numProgs() { return progs.getCount(); }
+    /// Reads its own content, which ends at stream position `end`.
+    virtual void read(CStream* stream, int end);
+    virtual void write(CStream*) {}
+    virtual void saving();
+    /// Makes the channels and ports of a new component.
+    virtual void init() {}
+    virtual void createChannels() {}
+    virtual int renderDuration() { return 0; }
+    /// A duplicate, owned by the caller; null, with a message, where a class cannot be duplicated.
+    virtual CComp* copy();
+    virtual double getSync(int) { return 0.0; }
+    virtual void setLoop(int) {}
+    virtual int getLoop() { return 0; }
+    virtual void getLoopSection(int& from, int& to) { from = 0, to = 960; }
+    virtual void setLoopSection(int, int) {}
+    virtual double getPos() { return 0.0; }
+    virtual void getTimeSig(int& num, int& den) { num = 4, den = 4; }
+    virtual void draw(CGraphic*, const CRect&, CMouseEdit*, CObject*) {}
+    virtual void playSound(void*, float) {}
+    virtual void del(CObject*) {}
+    /// A frozen channel's path drops out of the delay compensation.
+    virtual int freezed(COutputChannel*) { return 0; }
+    virtual void diskRead() {}
+    virtual CStr getProgName(int) { return ""; }
+    virtual void setProgName(int, const CStr&) {}
+    /// Latency in frames.
+    virtual int getDelay() { return 0; }
+    /// The child that has a given channel or port, null when it is not a child's.
+    virtual CComp* getComp(CObject*) { return nullptr; }
+    /// A parameter of `object` was moved by the user.
+    virtual void recParam(CObject*, int, float) {}
+    /// Index -1 gives the count; else the name, and with `build` adds the program.
+    virtual int factoryProg(CUndo*, int, CStr&, bool) { return 0; }
+    /// Appends a CSendRecord (UndoHost.h) for each output. Interface thread.
+    virtual void copySendData(CList* records);
+    /// -1 means the current one; null outside the list.
+    virtual CProgram* getProgram(int index);
+    virtual int getMacroParam(int index);
+    virtual void setMacroParam(int index, int param);
+    virtual int numMacroParams() { return macroCount; }
+    virtual void getTempoMap(CMIDIQ*) {}
+
+    /// Notifies the interface. Any thread.
+    void update(unsigned bits, int arg = 0);
+    void setId(const CStr& name);
+    /// A toggle, for the graph holder: makes and links the cable, or unlinks the one there is,
+    /// which then is the caller's. Null without a source or an input. A null `to` means the first.
+    CAudioCable* addAudioCable(COutputChannel* from, CInputChannel* to);
+    CMIDICable* addMIDICable(CMIDIQ* from, CMIDIQ* to);
+    COutputChannel* getCurOutputChannel();
+    void setCurOutputChannel(int index);
+    /// Takes name, position and content of `src`, by writing and reading it.
+    void copyData(CComp* src);
+    void clearIO();
+    void copyIO(CComp* src);
+    /// Records, for a duplicate of `src`, the same cables in and out.
+    void copyCables(CComp* src, CUndo* undo);
+    /// Records the removal of every cable at or below this component that touches `c`.
+    void stripCables(CComp* c, CUndo* undo);
+    void editMap(CWin*);
+    void createBuffers(int frames);
+    void destroyBuffers();
+    /// Pulls audio through the cables that arrive and adds it to the inputs. Graph holder.
+    void mergeAudio(int frames);
+    /// Mixes `frames` from `offset` on: fader, pan, meters, sends. Graph holder.
+    void subMix(int frames, int offset);
+
+    COutputChannel* output(int index = 0); ///< null outside the list
+    CInputChannel* input(int index = 0);
+    CMIDIQ* outPort(int index = 0);
+    CMIDIQ* inPort(int index = 0);
+
+    /// `visit` gets each insert of each output.
+    template <class F>
+    void eachInsert(F&& visit) {
+        for (auto* ch : each<COutputChannel>(outputs)) {
+            for (auto* insert : each<CComp>(ch->inserts)) visit(insert);
+        }
+    }
+
+private:
+    void findSourceSeq();
+    void adoptInserts(COutputChannel* ch);
+    void passEvents(CMIDIQ* from, CMIDIQ* to);
+    void copyAudioTo(CComp* dest, CComp* src, CUndo* undo);
+    void copyMIDITo(CComp* dest, CComp* src, CUndo* undo);
+};
+
+/// The guard of every `process`: `enter` is true for the first call of a block that is not nested
+/// in itself; leaving marks the component as processed.
+class ProcessGuard {
+public:
+    explicit ProcessGuard(CComp* c) : comp(c), mine(!c->busy) {
+        if (!mine) return;
+        comp->busy = true;
+        enter = !comp->processed;
+    }
+    ~ProcessGuard() {
+        if (!mine) return;
+        comp->processed = true;
+        comp->busy = false;
+    }
+    ProcessGuard(const ProcessGuard&) = delete;
+    ProcessGuard& operator=(const ProcessGuard&) = delete;
+
+    bool enter = false;
+
+private:
+    CComp* comp;
+    bool mine;
+};

@@ -1,0 +1,317 @@
+#include "engine/COutputChannel.h"
+
+#include "base/Numbers.h"
+#include "engine/CComp.h"
+#include "engine/CQV.h"
+#include "engine/Mixing.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+Shared<int> framesInMs{44};
+
+namespace {
+
+enum Param : int { paramVol = 0, paramPan = 1, paramMute = 2, paramSolo = 19, paramCount = 19 };
+constexpr int paramsPerBand = 4;
+constexpr float meterFall = 0.05f;
+constexpr double panSteps = 64;
+
+int rampFrames() {
+    return std::max(int(framesInMs) * rampMs, 1);
+}
+
+struct Sides {
+    float left, right;
+};
+
+/// Centre is unity on both sides; a side that is turned to gains up to a half.
+Sides panLaw(float p) {
+    if (p >= 0.0f) return {1.0f - p, 1.0f + p * 0.5f};
+    return {1.0f - p * 0.5f, 1.0f + p};
+}
+
+void scale(float* buf, int frames, float factor) {
+    for (int i = 0; i < frames; ++i) buf[i] *= factor;
+}
+
+/// Blends the dry signal into the wet one, in place.
+void blend(float* wet, const float* dry, int frames, float share) {
+    const float rest = 1.0f - share;
+    for (int i = 0; i < frames; ++i) wet[i] = wet[i] * share + dry[i] * rest;
+}
+
+void copyStereo(float* toL, float* toR, const COutputChannel* from, int frames) {
+    std::memcpy(toL, from->bufL, size_t(frames) * sizeof(float));
+    std::memcpy(toR, from->bufR, size_t(frames) * sizeof(float));
+}
+
+const char* onOff(bool on) {
+    return on ? "on" : "off";
+}
+
+CStr panText(float pan) {
+    if (pan == 0.0f) return "<C>";
+    return CStr(pan < 0.0f ? "L" : "R") + asStr(asInt(std::fabs(double(pan)) * panSteps));
+}
+
+CStr volText(float vol) {
+    if (!(vol > 0.0f)) return "-inf";
+    return asStrFormat(20 * std::log10(double(vol) * double(vol)), "%0.2f dB");
+}
+
+} // namespace
+
+COutputChannel::COutputChannel(CComp* owner) {
+    category = categoryChannel;
+    type = channelOutput;
+    comp = owner;
+    for (CSend*& send : sendLevels) send = new CSend(owner, this);
+    setVol(vol, false);
+    setPan(pan, false);
+}
+
+COutputChannel::~COutputChannel() {
+    while (auto* insert = static_cast<CComp*>(inserts.first())) {
+        inserts.del(0);
+        delete insert;
+    }
+    for (CSend* send : sendLevels) delete send;
+    destroyStereo(bufL, bufR);
+}
+
+void COutputChannel::createBuffers(int frames) {
+    createStereo(bufL, bufR, frames);
+    for (auto* insert : each<CComp>(inserts)) insert->createBuffers(frames);
+}
+
+void COutputChannel::destroyBuffers() {
+    destroyStereo(bufL, bufR);
+    for (auto* insert : each<CComp>(inserts)) insert->destroyBuffers();
+}
+
+void COutputChannel::setFrames(int frames) {
+    createBuffers(frames);
+    for (auto* insert : each<CComp>(inserts)) insert->setFrames(frames);
+}
+
+void COutputChannel::setRate(double rate) {
+    for (auto* insert : each<CComp>(inserts)) insert->setRate(rate);
+}
+
+void COutputChannel::setVol(float v, bool ramp) {
+    gainTarget = fLimit(v, 0.0f, 1.0f);
+    if (!ramp || gain == gainTarget) {
+        gain = gainTarget;
+        gainStep = 0.0f;
+        gainRamp = 0;
+        return;
+    }
+    gainRamp = rampFrames();
+    gainStep = (gainTarget - gain) / float(gainRamp);
+}
+
+void COutputChannel::setPan(float p, bool ramp) {
+    panTarget = fLimit(p, -1.0f, 1.0f);
+    const Sides to = panLaw(panTarget);
+    if (!ramp) {
+        panL = to.left;
+        panR = to.right;
+        panLStep = panRStep = 0.0f;
+        panRamp = 0;
+        return;
+    }
+    panRamp = rampFrames();
+    panLStep = (to.left - panL) / float(panRamp);
+    panRStep = (to.right - panR) / float(panRamp);
+}
+
+void COutputChannel::advanceRamps(int frames) {
+    if (gainRamp > 0) {
+        gain += gainStep * float(frames);
+        gainRamp -= frames;
+        if (gainRamp <= 0) setVol(gainTarget, false);
+    }
+    if (panRamp > 0) {
+        panL += panLStep * float(frames);
+        panR += panRStep * float(frames);
+        panRamp -= frames;
+        if (panRamp <= 0) setPan(panTarget, false);
+    }
+}
+
+int COutputChannel::numParams() const {
+    return paramCount;
+}
+
+float COutputChannel::param(int index) const {
+    switch (index) {
+    case paramVol:
+        return vol;
+    case paramPan:
+        return pan * 0.5f + 0.5f;
+    case paramMute:
+        return mute ? 1.0f : 0.0f;
+    case paramSolo:
+        return solo ? 1.0f : 0.0f;
+    default:
+        return 0.0f;
+    }
+}
+
+void COutputChannel::setParam(int index, float value) {
+    switch (index) {
+    case paramVol:
+        vol = fLimit(value, 0.0f, 1.0f);
+        break;
+    case paramPan:
+        pan = fLimit(value * 2.0f - 1.0f, -1.0f, 1.0f);
+        break;
+    case paramMute:
+        mute = value >= 0.5f;
+        break;
+    case paramSolo:
+        solo = value >= 0.5f;
+        break;
+    default:
+        break;
+    }
+}
+
+CStr COutputChannel::paramName(int index) {
+    static const char* const bandParams[paramsPerBand] = {" power", " gain", " freq", " Q"};
+    switch (index) {
+    case paramVol:
+        return "Volume";
+    case paramPan:
+        return "Pan";
+    case paramMute:
+        return "Mute";
+    case paramSolo:
+        return "Solo";
+    default:
+        break;
+    }
+    const int i = index - paramMute - 1;
+    if (i < 0 || index >= paramCount) return "";
+    return CStr("EQ") + asStr(i / paramsPerBand + 1) + bandParams[i % paramsPerBand];
+}
+
+CStr COutputChannel::paramText(int index) const {
+    switch (index) {
+    case paramVol:
+        return volText(vol);
+    case paramPan:
+        return panText(pan);
+    case paramMute:
+        return onOff(mute);
+    case paramSolo:
+        return onOff(solo);
+    default:
+        return "";
+    }
+}
+
+void COutputChannel::moveFader(float value) {
+    vol = fLimit(value, 0.0f, 1.0f);
+    showFader = 1;
+    holdL = 0.0f;
+    holdR = 0.0f;
+}
+
+void COutputChannel::movePan(float value) {
+    pan = fLimit(value, -1.0f, 1.0f);
+}
+
+void COutputChannel::toggleMute() {
+    mute = !mute;
+    comp->host->setModified();
+}
+
+void COutputChannel::toggleSolo() {
+    solo = !solo;
+    comp->host->setModified();
+}
+
+void COutputChannel::processFX(CMIDIBytes* events, int frames) {
+    const float exponent = fLimit(trim, -1.0f, 1.0f);
+    if (exponent != 0.0f) {
+        const float factor = std::pow(4.0f, exponent);
+        scale(bufL, frames, factor);
+        scale(bufR, frames, factor);
+    }
+    COutputChannel* src = this;
+    for (auto* insert : each<CComp>(inserts)) runInsert(insert, src, events, frames);
+    if (src != this) copyStereo(bufL, bufR, src, frames);
+}
+
+void COutputChannel::runInsert(CComp* insert, COutputChannel*& src, CMIDIBytes* events,
+                               int frames) {
+    CInputChannel* in = insert->input();
+    COutputChannel* out = insert->output();
+    if (!in || !out) return;
+    insert->prepare(frames);
+    copyStereo(in->bufL, in->bufR, src, frames);
+    if (CMIDIQ* port = insert->inPort())
+        for (const CMIDIBytes* e = events; e; e = e->next)
+            port->push(e->time, e->data, e->kind, e->value, e->param, e->owner, e->extra);
+    insert->process(frames);
+    src = out;
+    const float share = fLimit(insert->wet, 0.0f, 1.0f);
+    if (share < 1.0f) {
+        blend(out->bufL, in->bufL, frames, share);
+        blend(out->bufR, in->bufR, frames, share);
+    }
+    out->udpatePeaks(frames);
+}
+
+void COutputChannel::udpatePeaks(int frames) {
+    peakL = highest(bufL, frames, peakL);
+    peakR = highest(bufR, frames, peakR);
+}
+
+void COutputChannel::peakFadeout() {
+    peakL = std::max(peakL - meterFall, 0.0f);
+    peakR = std::max(peakR - meterFall, 0.0f);
+}
+
+void COutputChannel::copy(COutputChannel* src) {
+    for (int i = 0; i < src->numParams(); ++i) setParam(i, src->param(i));
+    trim = float(src->trim);
+    copyInserts(src);
+    const int buses = std::min(comp->host->sends.getCount(), maxSends);
+    for (int i = 0; i < buses; ++i) copySend(src, i);
+}
+
+void COutputChannel::copySettings(COutputChannel* src) {
+    copy(src);
+    channels = int(src->channels);
+    vol = float(src->vol);
+    pan = float(src->pan);
+    mute = static_cast<unsigned char>(src->mute);
+    solo = static_cast<unsigned char>(src->solo);
+    for (int i = 0; i < maxSends; ++i) copySend(src, i);
+}
+
+void COutputChannel::copySend(const COutputChannel* src, int index) {
+    sendLevels[index]->level = float(src->sendLevels[index]->level);
+    sendLevels[index]->muted = int(src->sendLevels[index]->muted);
+}
+
+void COutputChannel::copyInserts(COutputChannel* src) {
+    for (auto* insert : each<CComp>(src->inserts)) {
+        CComp* twin = insert->copy();
+        if (!twin) continue;
+        twin->wet = float(insert->wet);
+        twin->enabled = int(insert->enabled);
+        twin->listKind = listInsert;
+        twin->ownerChannel = this;
+        if (bufL) twin->createBuffers(comp->host->frames);
+        inserts.add(twin);
+    }
+}
+
+void COutputChannel::idle() {
+    for (auto* insert : each<CComp>(inserts)) insert->idle();
+}

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "base/CList.h"
+#include "engine/CIO.h"
+#include "engine/CPDC.h"
+#include "engine/CSend.h"
+
+struct CMIDIBytes;
+class CQV;
+
+constexpr int maxSends = 32;
+
+/// Length of a strip's ramps in milliseconds.
+constexpr int rampMs = 3;
+
+/// Round(rate * 0.001) of the running rate, at least 1; set by `CQV::setRate`.
+extern Shared<int> framesInMs;
+
+/// An audio output with its whole mixer strip: trim, inserts, fader, pan, mute, solo, meters and
+/// send levels. Fields in atomics are the user's; the ramps belong to whoever runs the graph.
+class COutputChannel : public CIO {
+public:
+    explicit COutputChannel(CComp* owner);
+    ~COutputChannel() override;
+    COutputChannel(const COutputChannel&) = delete;
+    COutputChannel& operator=(const COutputChannel&) = delete;
+
+    int ioIndex = -1;
+    Shared<unsigned char> showFader{1}, showExtra{0};
+    Shared<float> trim{0.0f};    ///< gain as a power of 4, -1 to 1
+    Shared<float> trimAux{1.0f}; ///< stored, without effect
+    Shared<float> vol{1.0f};     ///< fader, 0 to 1, squared when applied
+    float gain = 1.0f, gainStep = 0.0f, gainTarget = 1.0f;
+    int gainRamp = 0;        ///< frames left
+    Shared<float> pan{0.0f}; ///< -1 left to 1 right
+    float panL = 1.0f, panR = 1.0f, panLStep = 0.0f, panRStep = 0.0f, panTarget = 0.0f;
+    int panRamp = 0;
+    Shared<unsigned char> mute{0}, solo{0};
+    Shared<int> anySolo{0}; ///< 1 when some strip has `solo`; set each block
+    Shared<int> channels{2};
+    float* bufL = nullptr; ///< owned, `frames` of the host
+    float* bufR = nullptr; ///< owned
+    Shared<float> peakL{0.0f}, peakR{0.0f};
+    Shared<float> holdL{0.0f}, holdR{0.0f};
+    int sections[4] = {-1, -1, -1, -1}; ///< which sections the mixer shows
+    CSend* sendLevels[maxSends];        ///< owned, one per possible bus
+    CList inserts;                      ///< of CComp, owned
+    unsigned delayRound = 0; ///< the working-out of latency that `delaySum` is of; graph holder
+    int delaySum = 0;        ///< latency up to here, in frames
+    CPDC pdc;                ///< of the send tap
+
+    /// Allocates the arrays, cleared, and those of the inserts; frees what was there.
+    void createBuffers(int frames);
+    void destroyBuffers();
+    /// Takes the channel and its inserts to another block size.
+    void setFrames(int frames);
+    void setRate(double rate);
+
+    /// Fader 0 to 1 (else clamped, NaN to 0), at once or over 3 ms. Does not store `vol`.
+    void setVol(float v, bool ramp);
+    /// Pan -1 to 1, at once or over 3 ms. Centre is unity; a hard side gives 1.5 there and 0 on the
+    /// other. Does not store `pan`.
+    void setPan(float p, bool ramp);
+
+    /// Moves running ramps on by `frames`, at most to the nearer end of them; a ramp that ends
+    /// lands on its target. Graph holder.
+    void advanceRamps(int frames);
+
+    // What the user does at the strip. Interface thread.
+    void moveFader(float value); ///< 0 to 1; also shows the fader and clears the peak hold
+    void movePan(float value);   ///< -1 to 1
+    void toggleMute();
+    void toggleSolo();
+
+    /// 19: index 19, solo, answers to the other calls too, but a copy by parameters leaves it out.
+    int numParams() const;
+    float param(int index) const;
+    /// `value` 0 to 1. Any thread.
+    void setParam(int index, float value);
+    static CStr paramName(int index);
+    CStr paramText(int index) const;
+
+    /// Trim and inserts in place, before fader and pan. `events` are those of the component.
+    void processFX(CMIDIBytes* events, int frames);
+    void udpatePeaks(int frames);
+    /// 0.05 off both meters. Interface thread.
+    void peakFadeout();
+    /// Parameters (but solo), trim, inserts as copies, levels of the buses there are.
+    void copy(COutputChannel* src);
+    /// As `copy`, and width, solo and all 32 send levels.
+    void copySettings(COutputChannel* src);
+    void idle();
+
+private:
+    void runInsert(CComp* insert, COutputChannel*& src, CMIDIBytes* events, int frames);
+    void copyInserts(COutputChannel* src);
+    void copySend(const COutputChannel* src, int index);
+};
+
+/// Raises a peak pair by one frame, as every meter of the graph does.
+inline void meter(float value, float& peak) {
+    if (value >= peak)
+        peak = value;
+    else if (-value > peak)
+        peak = -value;
+}

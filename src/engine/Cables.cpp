@@ -1,0 +1,145 @@
+#include "engine/Cables.h"
+
+#include "base/CList.h"
+#include "engine/CQV.h"
+#include "engine/CUndo.h"
+
+namespace {
+
+bool touches(const CIO* from, const CIO* to, const CComp* c) {
+    return (from && from->comp == c) || (to && to->comp == c);
+}
+
+void take(CObject* cable, CList* from, CList* into, CUndo* undo) {
+    if (into) into->add(cable);
+    if (undo) undo->asRemove(cable, from);
+}
+
+void listCablesInto(CList* midi, CList* audio, CComp* to, CComp* c, CUndo* undo) {
+    for (auto* cable : each<CMIDICable>(to->midiCables))
+        if (cable->fromComp == c || touches(cable->fromPort, cable->toPort, c))
+            take(cable, &to->midiCables, midi, undo);
+    for (auto* cable : each<CAudioCable>(to->audioCables))
+        if (cable->fromComp == c || touches(cable->fromChannel, cable->toChannel, c))
+            take(cable, &to->audioCables, audio, undo);
+}
+
+void listOutputInto(CComp* to, CObject* io, CList* cables) {
+    for (auto* cable : each<CMIDICable>(to->midiCables))
+        if (cable->fromPort == io) cables->add(cable);
+    for (auto* cable : each<CAudioCable>(to->audioCables))
+        if (cable->fromChannel == io) cables->add(cable);
+}
+
+/// `visit` gets a component, its children and, below the host, the sends, each before its children.
+template <class F>
+void eachBelow(CComp* tree, F&& visit) {
+    visit(tree);
+    for (auto* child : each<CComp>(tree->comps)) eachBelow(child, visit);
+    if (!tree->host || tree != tree->host) return;
+    for (auto* bus : each<CComp>(tree->host->sends)) eachBelow(bus, visit);
+}
+
+bool endsAt(const CComp* from, const CComp* to, const CIO* fromIO, const CIO* toIO,
+            const CObject* gone) {
+    return from == gone || to == gone || fromIO == gone || toIO == gone;
+}
+
+template <class Cable, class Question>
+void dropWhere(CList& list, Question&& ends) {
+    CListItem* it = nullptr;
+    for (Cable* cable = nextOf<Cable>(list, it); cable;) {
+        Cable* const next = nextOf<Cable>(list, it);
+        if (ends(cable)) {
+            list.remove(cable);
+            delete cable;
+        }
+        cable = next;
+    }
+}
+
+} // namespace
+
+CAudioCable::CAudioCable() : pdc(new CPDC) {
+    category = categoryCable;
+    type = cableAudio;
+}
+
+CAudioCable::~CAudioCable() {
+    delete pdc;
+}
+
+CMIDICable::CMIDICable() {
+    category = categoryCable;
+    type = cableMidi;
+}
+
+CAudioCable* createAudioCable(CComp* to, COutputChannel* from, CInputChannel* toCh) {
+    if (!toCh) toCh = to->input();
+    if (!from || !toCh) return nullptr;
+    auto* cable = new CAudioCable;
+    cable->fromComp = from->comp;
+    cable->fromChannel = from;
+    cable->toComp = to;
+    cable->toChannel = toCh;
+    return cable;
+}
+
+CMIDICable* createMIDICable(CComp* to, CMIDIQ* from, CMIDIQ* toPort) {
+    if (!toPort) toPort = to->inPort();
+    if (!from || !toPort) return nullptr;
+    auto* cable = new CMIDICable;
+    cable->fromComp = from->comp;
+    cable->fromPort = from;
+    cable->toComp = to;
+    cable->toPort = toPort;
+    return cable;
+}
+
+CAudioCable* getAudioCable(CComp* to, COutputChannel* from, CInputChannel* toCh) {
+    if (!toCh) toCh = to->input();
+    for (auto* cable : each<CAudioCable>(to->audioCables))
+        if (cable->fromChannel == from && cable->toChannel == toCh) return cable;
+    return nullptr;
+}
+
+CMIDICable* getMIDICable(CComp* to, CMIDIQ* from, CMIDIQ* toPort) {
+    if (!toPort) toPort = to->inPort();
+    for (auto* cable : each<CMIDICable>(to->midiCables))
+        if (cable->fromPort == from && cable->toPort == toPort) return cable;
+    return nullptr;
+}
+
+void listCables(CList* midi, CList* audio, CComp* tree, CComp* c, CUndo* undo) {
+    eachBelow(tree, [&](CComp* to) { listCablesInto(midi, audio, to, c, undo); });
+}
+
+void listOutput(CComp* tree, CObject* io, CList* cables) {
+    eachBelow(tree, [&](CComp* to) { listOutputInto(to, io, cables); });
+}
+
+void dropCables(CComp* tree, const CObject* gone) {
+    eachBelow(tree, [gone](CComp* to) {
+        dropWhere<CAudioCable>(to->audioCables, [gone](const CAudioCable* c) {
+            return endsAt(c->fromComp, c->toComp, c->fromChannel, c->toChannel, gone);
+        });
+        dropWhere<CMIDICable>(to->midiCables, [gone](const CMIDICable* c) {
+            return endsAt(c->fromComp, c->toComp, c->fromPort, c->toPort, gone);
+        });
+    });
+}
+
+int compToInt(CQV* host, CComp* c) {
+    const int index = host->comps.indexed(c);
+    return index >= 0 ? index : host->sends.indexed(c);
+}
+
+int listToInt(CQV* host, CComp* c) {
+    if (host->comps.indexed(c) >= 0) return 0;
+    return host->sends.indexed(c) >= 0 ? 2 : -1;
+}
+
+CList* intToList(CQV* host, int list) {
+    if (list == 0 || list == 1) return &host->comps;
+    return list == 2 ? &host->sends : nullptr;
+}

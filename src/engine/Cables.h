@@ -1,0 +1,63 @@
+#pragma once
+
+#include "base/CObject.h"
+#include "engine/CPDC.h"
+
+class CComp;
+class CInputChannel;
+class CList;
+class CMIDIQ;
+class COutputChannel;
+class CQV;
+class CUndo;
+
+/// An audio in-edge: stored with its destination, which owns it.
+class CAudioCable : public CObject {
+public:
+    CAudioCable();
+    ~CAudioCable() override;
+    CAudioCable(const CAudioCable&) = delete;
+    CAudioCable& operator=(const CAudioCable&) = delete;
+
+    CPDC* pdc; ///< owned
+    CComp* fromComp = nullptr;
+    CComp* toComp = nullptr;
+    CInputChannel* toChannel = nullptr;
+    COutputChannel* fromChannel = nullptr;
+};
+
+/// A MIDI in-edge: stored with its destination, which owns it.
+class CMIDICable : public CObject {
+public:
+    CMIDICable();
+
+    CComp* fromComp = nullptr;
+    CComp* toComp = nullptr;
+    CMIDIQ* toPort = nullptr;
+    CMIDIQ* fromPort = nullptr;
+};
+
+/// Makes a cable into `to`, not linked yet and owned by the caller, who links it with
+/// `CUndo::asAdd` to `&to->audioCables` (or `add` while nothing runs). A null `toCh` means the
+/// first input. Null when an end is missing.
+CAudioCable* createAudioCable(CComp* to, COutputChannel* from, CInputChannel* toCh);
+CMIDICable* createMIDICable(CComp* to, CMIDIQ* from, CMIDIQ* toPort);
+/// The cable with these ends, null when there is none.
+CAudioCable* getAudioCable(CComp* to, COutputChannel* from, CInputChannel* toCh);
+CMIDICable* getMIDICable(CComp* to, CMIDIQ* from, CMIDIQ* toPort);
+
+/// Collects every cable below `tree` (for the host also in its sends) that touches a port or
+/// channel of `c`, and records each as removed when `undo` is given. Lists may be null.
+void listCables(CList* midi, CList* audio, CComp* tree, CComp* c, CUndo* undo);
+/// Collects every cable below `tree` (for the host also in its sends) that leaves a channel or
+/// port.
+void listOutput(CComp* tree, CObject* io, CList* cables);
+
+/// Frees every cable below `tree` with an end at `gone`, a component, port or channel. Interface
+/// thread, with the graph.
+void dropCables(CComp* tree, const CObject* gone);
+
+/// How files name a component: its index in `comps`, else in `sends`, else -1; and which of them.
+int compToInt(CQV* host, CComp* c);
+int listToInt(CQV* host, CComp* c);    ///< 0 `comps`, 2 `sends`, -1 neither
+CList* intToList(CQV* host, int list); ///< 1 also means `comps`; null for other numbers

@@ -1,0 +1,267 @@
+#include "engine/Mixing.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/MidiBytes.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+/// Deepest chain of cables that a block follows; what hangs beyond is silent.
+constexpr int maxPullDepth = 256;
+
+using Lanes = float __attribute__((vector_size(16)));
+constexpr int lanes = 4;
+
+constexpr int midiChannels = 16;
+
+Lanes load(const float* from) {
+    Lanes x;
+    std::memcpy(&x, from, sizeof x);
+    return x;
+}
+
+Lanes higher(Lanes x, Lanes top) {
+    const Lanes magnitude = x < 0.0f ? -x : x;
+    return magnitude > top ? magnitude : top;
+}
+
+float highestLane(Lanes top, float peak) {
+    for (int k = 0; k < lanes; ++k) peak = std::max(peak, top[k]);
+    return peak;
+}
+
+/// One level deeper in the pull, for as long as it lives.
+class PullLevel {
+public:
+    explicit PullLevel(CComp* host) : depth(host->pullDepth) { ++depth; }
+    ~PullLevel() { --depth; }
+    PullLevel(const PullLevel&) = delete;
+    PullLevel& operator=(const PullLevel&) = delete;
+    bool allowed() const { return depth <= maxPullDepth; }
+
+private:
+    int& depth;
+};
+
+/// A source in progress is upstream of itself: it is not entered again.
+bool canPull(CComp* from) {
+    return from && !from->busy;
+}
+
+/// What a parameter event of a strip moves; both null when it is none of this component's.
+struct StripTarget {
+    COutputChannel* channel = nullptr;
+    CSend* send = nullptr;
+};
+
+StripTarget stripTarget(CComp* c, const void* owner) {
+    const int buses = std::min(c->host->sends.getCount(), maxSends);
+    for (auto* ch : each<COutputChannel>(c->outputs)) {
+        if (ch == owner) return {ch, nullptr};
+        for (int k = 0; k < buses; ++k)
+            if (ch->sendLevels[k] == owner) return {nullptr, ch->sendLevels[k]};
+    }
+    return {};
+}
+
+void apply(const StripTarget& target, const CMIDIBytes* event) {
+    if (target.channel)
+        target.channel->setParam(event->param, event->value);
+    else if (event->param == 0)
+        target.send->setParam(0, event->value);
+}
+
+/// Whether no solo elsewhere silences the channel.
+bool heardInSolo(const COutputChannel* ch) {
+    return ch->solo || !ch->anySolo;
+}
+
+/// Starts the ramps towards where the user has put fader, mute, solo and pan.
+void followControls(CComp* c, COutputChannel* ch) {
+    const bool exempt = c->type == compAudioOut || c->type == compGroupCh;
+    const bool open = !ch->mute && (exempt || heardInSolo(ch));
+    const float level = open ? fLimit(ch->vol, 0.0f, 1.0f) : 0.0f;
+    if (level != ch->gainTarget) ch->setVol(level, true);
+    const float pan = fLimit(ch->pan, -1.0f, 1.0f);
+    if (pan != ch->panTarget) ch->setPan(pan, true);
+}
+
+/// Frames until the next end of a ramp, at most `frames`.
+int segmentLength(const COutputChannel* ch, int frames) {
+    if (ch->gainRamp > 0) frames = std::min(frames, ch->gainRamp);
+    if (ch->panRamp > 0) frames = std::min(frames, ch->panRamp);
+    return frames;
+}
+
+void scaleByRamp(float* buf, int frames, float side, float sideStep, float gain, float gainStep) {
+    for (int i = 0; i < frames; ++i) {
+        const float g = gain + gainStep * float(i);
+        buf[i] = buf[i] * (side + sideStep * float(i)) * g * g;
+    }
+}
+
+struct Peaks {
+    float left, right;
+};
+
+void mixSegment(COutputChannel* ch, int frames, int offset, bool unscaled, Peaks& peaks) {
+    float* left = ch->bufL + offset;
+    float* right = ch->bufR + offset;
+    float factorL = 1.0f, factorR = 1.0f;
+    if (!unscaled && (ch->gainRamp > 0 || ch->panRamp > 0)) {
+        scaleByRamp(left, frames, ch->panL, ch->panLStep, ch->gain, ch->gainStep);
+        scaleByRamp(right, frames, ch->panR, ch->panRStep, ch->gain, ch->gainStep);
+    } else if (!unscaled) {
+        factorL = ch->panL * ch->gain * ch->gain;
+        factorR = ch->panR * ch->gain * ch->gain;
+    }
+    peaks.left = scaleAndMeter(left, frames, factorL, peaks.left);
+    peaks.right = scaleAndMeter(right, frames, factorR, peaks.right);
+}
+
+/// The hold keeps the overshoot, the live meter ends at full scale.
+void storePeak(float peak, Shared<float>& live, Shared<float>& hold) {
+    if (peak > hold) hold = peak;
+    live = std::min(peak, 1.0f);
+}
+
+void mixStrip(CComp* c, COutputChannel* ch, int frames, int offset) {
+    followControls(c, ch);
+    const bool unscaled = c->host->renderMode == 1 && c->host->renderFreeze;
+    Peaks peaks{ch->peakL, ch->peakR};
+    for (int done = 0; done < frames;) {
+        const int n = segmentLength(ch, frames - done);
+        mixSegment(ch, n, offset + done, unscaled, peaks);
+        ch->advanceRamps(n);
+        done += n;
+    }
+    storePeak(peaks.left, ch->peakL, ch->holdL);
+    storePeak(peaks.right, ch->peakR, ch->holdR);
+}
+
+void feedSends(CComp* c, COutputChannel* ch, int frames, int offset) {
+    const float* left = ch->bufL + offset;
+    const float* right = ch->bufR + offset;
+    if (ch->pdc.delay != 0) {
+        float* lateL = c->host->tmpBuffers[0];
+        float* lateR = c->host->tmpBuffers[1];
+        for (int i = 0; i < frames; ++i) ch->pdc.exchange(left[i], right[i], lateL[i], lateR[i]);
+        left = lateL;
+        right = lateR;
+    }
+    if (ch->mute || !heardInSolo(ch)) return;
+    CListItem* it = nullptr;
+    for (CSend* send : ch->sendLevels) {
+        auto* bus = static_cast<CComp*>(c->host->sends.next2(&it));
+        if (!bus) return;
+        CInputChannel* in = bus->input();
+        const float level = send->level;
+        if (!in || send->muted || level == 0.0f) continue;
+        addScaled(in->bufL + offset, left, frames, level * level);
+        addScaled(in->bufR + offset, right, frames, level * level);
+    }
+}
+
+} // namespace
+
+float highest(const float* buf, int frames, float peak) {
+    Lanes top = {peak, peak, peak, peak};
+    int i = 0;
+    for (; i + lanes <= frames; i += lanes) top = higher(load(buf + i), top);
+    for (; i < frames; ++i) meter(buf[i], peak);
+    return highestLane(top, peak);
+}
+
+float scaleAndMeter(float* buf, int frames, float factor, float peak) {
+    Lanes top = {peak, peak, peak, peak};
+    int i = 0;
+    for (; i + lanes <= frames; i += lanes) {
+        const Lanes x = load(buf + i) * factor;
+        std::memcpy(buf + i, &x, sizeof x);
+        top = higher(x, top);
+    }
+    for (; i < frames; ++i) {
+        buf[i] *= factor;
+        meter(buf[i], peak);
+    }
+    return highestLane(top, peak);
+}
+
+void addScaled(float* __restrict to, const float* __restrict from, int frames, float amount) {
+    for (int i = 0; i < frames; ++i) to[i] += from[i] * amount;
+}
+
+void CComp::mix(int frames) {
+    if (mixed) return;
+    int last = 0;
+    const CMIDIQ* port = inPort();
+    for (CMIDIBytes* e = port ? inPort()->first() : nullptr; e; e = e->next) {
+        if (e->kind != eventParam) continue;
+        const StripTarget target = stripTarget(this, e->owner);
+        if (!target.channel && !target.send) continue;
+        const int at = CMIDIQ::frameOf(e, last, frames);
+        if (at > last) subMix(at - last, last);
+        last = at;
+        apply(target, e);
+    }
+    if (frames > last) subMix(frames - last, last);
+    mixed = true;
+}
+
+void CComp::subMix(int frames, int offset) {
+    const bool anyBus = host->sends.getCount() > 0;
+    for (auto* ch : each<COutputChannel>(outputs)) {
+        mixStrip(this, ch, frames, offset);
+        if (anyBus) feedSends(this, ch, frames, offset);
+    }
+}
+
+void CComp::fx(int frames) {
+    if (fxDone) return;
+    CMIDIQ* port = inPort();
+    CMIDIBytes* events = port ? port->first() : nullptr;
+    for (auto* ch : each<COutputChannel>(outputs)) ch->processFX(events, frames);
+    fxDone = true;
+}
+
+void CComp::mergeAudio(int frames) {
+    const PullLevel level(host);
+    if (!level.allowed()) return;
+    for (auto* cable : each<CAudioCable>(audioCables)) {
+        CComp* from = cable->fromComp;
+        if (!canPull(from) || !from->canProcess()) continue;
+        from->process(frames);
+        from->fx(frames);
+        from->mix(frames);
+        if (!cable->fromChannel || !cable->toChannel) continue;
+        addScaled(cable->toChannel->bufL, cable->fromChannel->bufL, frames, 1.0f);
+        addScaled(cable->toChannel->bufR, cable->fromChannel->bufR, frames, 1.0f);
+    }
+}
+
+void CComp::mergeMIDI(int frames) {
+    const PullLevel level(host);
+    if (!level.allowed()) return;
+    for (auto* cable : each<CMIDICable>(midiCables)) {
+        if (!cable->toPort) continue;
+        if (canPull(cable->fromComp)) {
+            cable->fromComp->process(frames);
+            if (cable->fromPort) passEvents(cable->fromPort, cable->toPort);
+        }
+        if (!allNotesOff) continue;
+        allNotesOff = 0;
+        for (int ch = 0; ch < midiChannels; ++ch)
+            cable->toPort->addMidiEvent(ch, asData(midiController | ch, ccAllNotesOff, 0));
+    }
+}
+
+void CComp::passEvents(CMIDIQ* from, CMIDIQ* to) {
+    for (CMIDIBytes* e = from->first(); e; e = e->next) {
+        const bool controller = e->kind == eventMidi && statusByte(e->data) == midiController;
+        if (controller && host->midiMapped(this, to, e)) continue;
+        to->push(e->time, e->data, e->kind, e->value, e->param, e->owner, e->extra);
+    }
+}

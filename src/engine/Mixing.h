@@ -1,0 +1,11 @@
+#pragma once
+
+/// Sums and meters of the mix: plain loops over one channel's buffer, any thread. A frame that is
+/// not a number raises no meter.
+
+/// The highest of `peak` and the magnitudes of `frames` samples.
+float highest(const float* buf, int frames, float peak);
+/// Scales in place and returns what `highest` gives for the result.
+float scaleAndMeter(float* buf, int frames, float factor, float peak);
+/// Adds `from` times `amount` to `to`; the two do not overlap.
+void addScaled(float* to, const float* from, int frames, float amount);
