@@ -1,0 +1,105 @@
+#include "engine/CUndo.h"
+
+#include <atomic>
+
+namespace {
+
+template <class T>
+T loadField(T* field) {
+    return std::atomic_ref<T>(*field).load(std::memory_order_relaxed);
+}
+
+template <class T>
+void exchangeField(T* field, T& value) {
+    if (field) value = std::atomic_ref<T>(*field).exchange(value, std::memory_order_relaxed);
+}
+
+} // namespace
+
+CUndoItem::~CUndoItem() {
+    if (ownsObjects) deleteAll<CObject>(holding);
+    deleteAll<CObject>(reorder);
+    delete replaced;
+}
+
+void CUndoItem::exchangeValues() {
+    exchangeField(intField, intValue);
+    exchangeField(floatField, floatValue);
+    exchangeField(ptrField, ptrValue);
+}
+
+CUndo::CUndo(const CStr& title, CComp* about, unsigned stepFlags)
+    : name(title), comp(about), flagBits(stepFlags) {
+}
+
+CUndo::~CUndo() {
+    deleteAll<CObject>(items);
+}
+
+CUndoItem* CUndo::newItem(CObject* object) {
+    lastItem = new CUndoItem(this, lastItem);
+    lastItem->object = object;
+    items.add(lastItem);
+    return lastItem;
+}
+
+CUndoItem* CUndo::asAdd(CObject* object, CList* to, int index) {
+    CUndoItem* item = newItem(object);
+    item->holding.add(object);
+    item->removeFrom = &item->holding;
+    item->addTo = to;
+    item->index = index;
+    return item;
+}
+
+CUndoItem* CUndo::asRemove(CObject* object, CList* from) {
+    CUndoItem* item = newItem(object);
+    item->removeFrom = from;
+    item->addTo = &item->holding;
+    item->index = from->indexed(object);
+    return item;
+}
+
+CUndoItem* CUndo::asMove(CObject* object, CList* from, CList* to, int index) {
+    CUndoItem* item = newItem(object);
+    item->removeFrom = from;
+    item->addTo = to;
+    item->index = index;
+    return item;
+}
+
+CUndoItem* CUndo::add2(CObject* object, CList* to, CList* from, int index) {
+    CUndoItem* item = newItem(object);
+    item->removeFrom = from ? from : &item->holding;
+    item->addTo = to;
+    item->index = index;
+    item->linked = true;
+    return item;
+}
+
+CUndoItem* CUndo::asPtr(void** field) {
+    CUndoItem* item = newItem(nullptr);
+    item->ptrField = field;
+    item->ptrValue = loadField(field);
+    return item;
+}
+
+CUndoItem* CUndo::asInt(int* field) {
+    CUndoItem* item = newItem(nullptr);
+    item->intField = field;
+    item->intValue = loadField(field);
+    return item;
+}
+
+CUndoItem* CUndo::asFloat(float* field) {
+    CUndoItem* item = newItem(nullptr);
+    item->floatField = field;
+    item->floatValue = loadField(field);
+    return item;
+}
+
+CUndoItem* CUndo::asSwap(CUndoContent* object, CUndoContent* edited) {
+    CUndoItem* item = newItem(object);
+    item->replaced = edited;
+    return item;
+}

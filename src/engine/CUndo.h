@@ -1,0 +1,104 @@
+#pragma once
+
+#include "base/CList.h"
+#include "base/CObject.h"
+#include "base/CStr.h"
+
+class CComp;
+class CUndo;
+
+/// What a step may exchange whole: content whose edit is built as a copy and then swapped in.
+class CUndoContent : public CObject {
+public:
+    /// Exchanges the content of both, without allocation. Graph holder.
+    virtual void swapContent(CUndoContent* other) = 0;
+};
+
+/// Flags of a step, served when it has been carried out.
+enum UndoFlags : unsigned {
+    undoOrderSequencers = 2,   ///< `update(16)` on each sequencer
+    undoSongChanged = 32,      ///< `doUpdate(32)` on each sequencer
+    undoGraph = 16,            ///< `update(3)` on the host
+    undoUpdateHost = 0x200,    ///< `update(512)` on the host
+    undoGraphToo = 0x800,      ///< as `undoGraph`
+    undoUpdateWide = 0x400000, ///< `update(0x400000)`
+};
+
+/// One change of a step: an object that enters, leaves or moves between lists, content that is
+/// swapped, or a value that is exchanged; one item may carry several.
+///
+/// An object moves from `removeFrom` to `addTo` and back; one of them is `holding` when it enters
+/// or leaves the graph. Doing, undoing and redoing are this same transition, forward or back, and
+/// `index` keeps the place on the other side.
+class CUndoItem : public CObject {
+public:
+    CUndoItem(CUndo* step, CUndoItem* before) : owner(step), previous(before) {}
+    ~CUndoItem() override;
+    CUndoItem(const CUndoItem&) = delete;
+    CUndoItem& operator=(const CUndoItem&) = delete;
+
+    bool ownsObjects = true; ///< what lies in `holding` dies with the item
+    CUndo* owner;
+    CUndoItem* previous = nullptr; ///< of the step; null for the first
+    int index = -1;
+    CObject* object = nullptr;
+    CUndoContent* replaced = nullptr; ///< owned: the other content of `object`, a CUndoContent
+    void** ptrField = nullptr;
+    void* ptrValue = nullptr;
+    int* intField = nullptr;
+    int intValue = 0;
+    float* floatField = nullptr;
+    float floatValue = 0.0f;
+    int tag = 0, tag2 = 0;       ///< for `CComp::perform`
+    CList reorder;               ///< of CSendRecord, owned: send levels around a change of buses
+    CList parts;                 ///< free list for `CComp::perform`, contents not owned
+    CList* addTo = nullptr;      ///< where the object goes, in the forward direction, or null
+    CList* removeFrom = nullptr; ///< where it comes from, or null
+    CList holding;               ///< where it waits while it is in no list
+    bool linked = false;         ///< the first doing was the caller's
+    bool sendsStored = false;    ///< `reorder` holds the levels of the other side
+    bool editorShown = false;    ///< the editor of a component that left had been open
+
+    bool moves() const { return addTo && removeFrom; }
+    bool touches(const CList* list) const { return addTo == list || removeFrom == list; }
+    /// Whether the object waits here, off the graph.
+    bool held() const { return !holding.empty(); }
+    /// Exchanges the stored values with those of the fields.
+    void exchangeValues();
+};
+
+/// An edit, recorded by the interface thread and carried out at the end of a block. Record makers
+/// add items and leave the live lists alone; their order is the order of execution.
+class CUndo : public CObject {
+public:
+    CUndo(const CStr& title, CComp* about, unsigned stepFlags);
+    ~CUndo() override;
+    CUndo(const CUndo&) = delete;
+    CUndo& operator=(const CUndo&) = delete;
+
+    CStr name;             ///< text of the menu
+    CComp* comp;           ///< whose `perform` is called and who is notified
+    unsigned flagBits = 0; ///< UndoFlags and notifications
+    bool busy = false;
+    CList items;                   ///< of CUndoItem, owned
+    CUndoItem* lastItem = nullptr; ///< of `items`
+
+    /// The object, owned by the step until then, enters `to` at `index`, -1 for the end.
+    CUndoItem* asAdd(CObject* object, CList* to, int index = -1);
+    CUndoItem* asRemove(CObject* object, CList* from);
+    /// `index` counts in `to` as it is before the move, -1 is the end.
+    CUndoItem* asMove(CObject* object, CList* from, CList* to, int index = -1);
+    /// For an object that the caller has linked into `to` already, by a graph task: acts on undo
+    /// and redo. A null `from` means that it was in no list before.
+    CUndoItem* add2(CObject* object, CList* to, CList* from, int index = -1);
+    /// Stores a variable's address and present value; the caller then changes the variable. The
+    /// variable outlives the step, and is read and written by relaxed atomic access.
+    CUndoItem* asPtr(void** field);
+    CUndoItem* asInt(int* field);
+    CUndoItem* asFloat(float* field);
+    /// Content of `object` is exchanged with `edited`, which the item owns from now on.
+    CUndoItem* asSwap(CUndoContent* object, CUndoContent* edited);
+
+private:
+    CUndoItem* newItem(CObject* object);
+};

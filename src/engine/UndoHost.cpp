@@ -1,0 +1,318 @@
+#include "engine/UndoHost.h"
+
+#include "base/Delegates.h"
+#include "base/Messages.h"
+#include "engine/CQV.h"
+#include "engine/EditorHooks.h"
+#include "engine/ForgetHooks.h"
+#include "engine/SendOrder.h"
+
+#include <algorithm>
+
+namespace {
+
+/// Notifications of the host and the sequencers, by what a step changed.
+constexpr unsigned updateStep = 0x10000;
+constexpr unsigned updateGraph = 3;
+constexpr unsigned updateSeqOrder = 16;
+
+CComp* asComp(CObject* object) {
+    return object && object->category == categoryComp ? static_cast<CComp*>(object) : nullptr;
+}
+
+/// Whether a transition takes the item's object into the graph, or out of it.
+bool enters(const CUndoItem* item, bool forward) {
+    return item->moves() && (forward ? item->removeFrom : item->addTo) == &item->holding;
+}
+
+bool leaves(const CUndoItem* item, bool forward) {
+    return enters(item, !forward);
+}
+
+template <class F>
+void eachSequencer(CQV* qv, F&& visit) {
+    for (auto* c : each<CComp>(qv->comps))
+        if (c->type == compSeq) visit(c);
+}
+
+void settleEditors(CUndoItem* item, bool forward) {
+    CComp* c = asComp(item->object);
+    if (!c) return;
+    if (leaves(item, forward)) {
+        c->sleep(1);
+        item->editorShown = editorHooks()->editorVisible(c);
+        editorHooks()->hideEditors(c);
+    } else if (enters(item, forward) && item->editorShown) {
+        editorHooks()->showEditor(c, true);
+        item->editorShown = false;
+    }
+}
+
+} // namespace
+
+UndoHost::UndoHost(CQV* host) : qv(host) {
+}
+
+UndoHost::~UndoHost() {
+    deleteAll<CUndo>(undoList);
+}
+
+bool UndoHost::undoBusy() const {
+    const int takes = recUndo && openSteps.contains(recUndo) ? 1 : 0;
+    return pending.loadAcquire() || openSteps.getCount() > takes;
+}
+
+CUndo* UndoHost::undoStart(const CStr& name, CComp* comp, unsigned flags) {
+    settle();
+    auto* u = new CUndo(name, comp ? comp : qv, flags);
+    openSteps.add(u);
+    return u;
+}
+
+void UndoHost::undoEnd(CUndo* u, bool wait) {
+    openSteps.remove(u);
+    if (u->items.empty()) {
+        u->comp->update(u->flagBits);
+        delete u;
+        return;
+    }
+    settle();
+    qv->setModified();
+    freeSteps(undoIndex + 1);
+    undoList.addUnique(u);
+    undoIndex = undoList.getCount() - 1;
+    queue(u, opDone);
+    if (wait) settle();
+}
+
+void UndoHost::undoClear() {
+    settle();
+    if (recUndo) {
+        openSteps.remove(recUndo);
+        undoList.addUnique(recUndo);
+        recUndo = nullptr;
+    }
+    freeSteps(0);
+    undoIndex = -1;
+}
+
+void UndoHost::undoClicked(CObject*) {
+    settle();
+    if (qv->recording || undoIndex < 0) return;
+    auto* u = static_cast<CUndo*>(undoList.items(undoIndex--));
+    queue(u, opUndone);
+}
+
+void UndoHost::redoClicked(CObject*) {
+    settle();
+    if (qv->recording || undoIndex + 1 >= undoList.getCount()) return;
+    auto* u = static_cast<CUndo*>(undoList.items(++undoIndex));
+    queue(u, opRedone);
+}
+
+CStr UndoHost::undoText() {
+    const auto* u = static_cast<CUndo*>(undoList.items(undoIndex));
+    return u ? u->name : CStr();
+}
+
+CStr UndoHost::redoText() {
+    const auto* u = static_cast<CUndo*>(undoList.items(undoIndex + 1));
+    return u ? u->name : CStr();
+}
+
+CObject* UndoHost::objectToOwner(CObject* o, int& index) {
+    index = -1;
+    if (o->asType(categoryChannel, channelOutput)) {
+        CComp* c = static_cast<COutputChannel*>(o)->comp;
+        index = c->outputs.indexed(o);
+        return c;
+    }
+    if (o->category == 0 && o->type == typeSend) {
+        COutputChannel* ch = static_cast<CSend*>(o)->channel;
+        index = int(std::find(ch->sendLevels, ch->sendLevels + maxSends, o) - ch->sendLevels);
+        return ch;
+    }
+    CComp* insert = asComp(o);
+    if (!insert || !insert->ownerChannel) return nullptr;
+    index = insert->ownerChannel->inserts.indexed(o);
+    return insert->ownerChannel;
+}
+
+void UndoHost::settle() {
+    while (pending.loadAcquire() && qv->tasks) {
+        qv->tasks->pump();
+        if (pending.loadAcquire()) pumpIdle();
+    }
+    undoIdle();
+}
+
+void UndoHost::undoIdle() {
+    if (!running || pending.loadAcquire()) return;
+    CUndo* u = running;
+    running = nullptr;
+    for (auto* item : each<CUndoItem>(u->items)) settleEditors(item, runningOp != opUndone);
+}
+
+void UndoHost::setHeldFrames(int frames) {
+    eachHeldObject([frames](CObject* object) {
+        if (CComp* c = asComp(object)) c->setFrames(frames);
+        if (object->asType(categoryChannel, channelInput))
+            static_cast<CInputChannel*>(object)->createBuffers(frames);
+        if (object->asType(categoryChannel, channelOutput))
+            static_cast<COutputChannel*>(object)->setFrames(frames);
+    });
+}
+
+void UndoHost::setHeldRate(double rate) {
+    eachHeldObject([rate](CObject* object) {
+        if (CComp* c = asComp(object)) c->setRate(rate);
+        if (object->asType(categoryChannel, channelOutput))
+            static_cast<COutputChannel*>(object)->setRate(rate);
+    });
+}
+
+void UndoHost::eachHeld(const std::function<void(CComp*)>& visit) {
+    eachHeldObject([&visit](CObject* object) {
+        if (CComp* c = asComp(object)) visit(c);
+    });
+}
+
+void UndoHost::eachHeldObject(const std::function<void(CObject*)>& visit) {
+    for (const CList* steps : {&undoList, &openSteps})
+        for (auto* u : each<CUndo>(*steps))
+            for (auto* item : each<CUndoItem>(u->items))
+                for (auto* object : each<CObject>(item->holding)) visit(object);
+}
+
+void UndoHost::queue(CUndo* u, Op op) {
+    reserveSends(u);
+    for (auto* item : each<CUndoItem>(u->items))
+        if (CComp* c = asComp(item->object); c && enters(item, op != opUndone)) c->sleep(0);
+    running = u;
+    runningOp = op;
+    u->busy = true;
+    pending = true;
+    while (qv->tasks->full()) {
+        qv->tasks->pump();
+        pumpIdle();
+    }
+    const auto handler = op == opDone     ? &UndoHost::undoEndTasked
+                         : op == opUndone ? &UndoHost::doUndo
+                                          : &UndoHost::doRedo;
+    qv->addTask(new _COnChange<UndoHost>(this, handler), u);
+}
+
+// A task may not allocate the records itself. Channels that enter within the same step count too.
+void UndoHost::reserveSends(CUndo* u) {
+    for (auto* item : each<CUndoItem>(u->items)) {
+        if (!item->touches(&qv->sends) || !item->reorder.empty()) continue;
+        for (const CList* list : {&qv->comps, &qv->sends})
+            for (auto* c : each<CComp>(*list)) c->copySendData(&item->reorder);
+        for (auto* other : each<CUndoItem>(u->items)) {
+            if (!other->held()) continue;
+            if (CComp* c = asComp(other->object)) c->copySendData(&item->reorder);
+            if (other->object->asType(categoryChannel, channelOutput))
+                item->reorder.add(new CSendRecord(static_cast<COutputChannel*>(other->object)));
+        }
+    }
+}
+
+/// Frees all steps but the first `keep`, the latest first, and what they hold.
+void UndoHost::freeSteps(int keep) {
+    if (undoList.getCount() <= keep) return;
+    qv->parkWorkers();
+    {
+        const GraphHold hold(qv);
+        for (int i = keep; i < undoList.getCount(); ++i)
+            for (auto* item : each<CUndoItem>(static_cast<CUndo*>(undoList.items(i))->items)) {
+                if (item->held()) forgetObject(qv, item->object);
+                if (item->replaced) forgetObject(qv, item->replaced);
+            }
+    }
+    while (undoList.getCount() > keep) delete static_cast<CUndo*>(undoList.pop());
+    qv->unparkWorkers();
+}
+
+void UndoHost::undoEndTasked(CObject* step) {
+    auto* u = static_cast<CUndo*>(step);
+    for (auto* item : each<CUndoItem>(u->items)) {
+        if (!item->linked) carryOut(u, item, opDone);
+    }
+    finishStep(u);
+}
+
+void UndoHost::doUndo(CObject* step) {
+    auto* u = static_cast<CUndo*>(step);
+    for (CUndoItem* item = u->lastItem; item; item = item->previous) {
+        item->exchangeValues();
+        carryOut(u, item, opUndone);
+    }
+    finishStep(u);
+}
+
+void UndoHost::doRedo(CObject* step) {
+    auto* u = static_cast<CUndo*>(step);
+    for (auto* item : each<CUndoItem>(u->items)) {
+        item->exchangeValues();
+        carryOut(u, item, opRedone);
+    }
+    finishStep(u);
+}
+
+void UndoHost::carryOut(CUndo* u, CUndoItem* item, Op op) {
+    if (item->replaced) static_cast<CUndoContent*>(item->object)->swapContent(item->replaced);
+    if (item->moves()) relocate(item, op);
+    changing(u, item, op);
+}
+
+void UndoHost::relocate(CUndoItem* item, Op op) {
+    const bool forward = op != opUndone;
+    CList* from = forward ? item->removeFrom : item->addTo;
+    CList* to = forward ? item->addTo : item->removeFrom;
+    const int old = from->indexed(item->object);
+    if (old < 0) return;
+    if (from == to) {
+        // The user's index counts with the object in the list, a stored one without it.
+        const int target = item->index - (op == opDone && item->index > old ? 1 : 0);
+        item->holding.move(from, item->object, 0);
+        to->move(&item->holding, item->object, target);
+    } else {
+        to->move(from, item->object, item->index);
+    }
+    item->index = old;
+    if (!item->touches(&qv->sends)) return;
+    const int left = from == &qv->sends ? old : -1;
+    const int arrived = to == &qv->sends ? to->indexed(item->object) : -1;
+    reorderSends(item, left, arrived);
+}
+
+void UndoHost::changing(CUndo* u, CUndoItem* item, Op op) {
+    if (item->moves()) {
+        qv->update(updateDelays);
+        if (asComp(item->object) && item->touches(&qv->comps))
+            eachSequencer(qv, [](CComp* seq) { seq->update(updateSeqOrder); });
+    }
+    if (leaves(item, op != opUndone)) {
+        if (CComp* c = asComp(item->object)) c->sleeping = 1;
+        forgetMaps(qv, item->object);
+    }
+    u->comp->perform(item, op);
+}
+
+void UndoHost::handleUpdate(CUndo* u) {
+    u->comp->update(u->flagBits);
+    unsigned bits = updateStep;
+    if (u->flagBits & (undoGraph | undoGraphToo)) bits |= updateGraph;
+    bits |= u->flagBits & (undoUpdateWide | undoUpdateHost);
+    qv->update(bits);
+    if (u->flagBits & undoOrderSequencers)
+        eachSequencer(qv, [](CComp* seq) { seq->update(updateSeqOrder); });
+    if (u->flagBits & undoSongChanged)
+        eachSequencer(qv, [](CComp* seq) { seq->doUpdate(undoSongChanged); });
+}
+
+void UndoHost::finishStep(CUndo* u) {
+    handleUpdate(u);
+    u->busy = false;
+    pending.storeRelease(false);
+}

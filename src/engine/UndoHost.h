@@ -1,0 +1,79 @@
+#pragma once
+
+#include "base/Atomic.h"
+#include "base/CList.h"
+#include "base/CObject.h"
+#include "base/CStr.h"
+#include "engine/CUndo.h"
+
+#include <functional>
+
+class CComp;
+class CQV;
+
+/// The host's history: records edits, has them carried out at the end of a block, takes them back.
+/// List and index change on the interface thread only; a step's transition runs as a graph task,
+/// one at a time.
+class UndoHost {
+public:
+    explicit UndoHost(CQV* host);
+    ~UndoHost();
+    UndoHost(const UndoHost&) = delete;
+    UndoHost& operator=(const UndoHost&) = delete;
+
+    CList undoList;           ///< of CUndo, owned
+    int undoIndex = -1;       ///< of the step that is undone next, -1 none
+    CUndo* recUndo = nullptr; ///< step of the take that is being recorded
+    /// The edit guard: a step is open or on its way (a take's step does not count).
+    bool undoBusy() const;
+
+    /// Opens a step. Owned by the caller until `undoEnd`.
+    CUndo* undoStart(const CStr& name, CComp* comp, unsigned flags);
+    /// Closes it: an empty step is dropped, another cuts the redo tail, joins the list and is
+    /// queued. With `wait` returns once it is done, pumping the program meanwhile.
+    void undoEnd(CUndo* u, bool wait);
+    /// Forgets everything; objects that wait in steps die. An open step of a take is dropped.
+    void undoClear();
+    /// Queue one step back or forward; refused while recording.
+    void undoClicked(CObject* = nullptr);
+    void redoClicked(CObject* = nullptr);
+    CStr undoText();
+    CStr redoText();
+    /// The channel or component that holds an object of a step, with its place there, -1 when it
+    /// has left: for an output channel the component, for a send or an insert the channel. Null for
+    /// anything else.
+    CObject* objectToOwner(CObject* o, int& index);
+    /// Waits until no step is on its way, running tasks where no block does.
+    void settle();
+    /// The interface's share of a step that has been carried out. Called by the host's idle.
+    void undoIdle();
+    /// Objects that steps hold off the graph take on another block size or rate.
+    void setHeldFrames(int frames);
+    void setHeldRate(double rate);
+    /// Gives every component that a step holds off the graph.
+    void eachHeld(const std::function<void(CComp*)>& visit);
+
+private:
+    enum Op : int { opDone = 1, opUndone = 2, opRedone = 4 }; ///< as told to `CComp::perform`
+
+    void eachHeldObject(const std::function<void(CObject*)>& visit);
+    void queue(CUndo* u, Op op);
+    void reserveSends(CUndo* u);
+    void freeSteps(int keep);
+
+    // Graph holder.
+    void undoEndTasked(CObject* step);
+    void doUndo(CObject* step);
+    void doRedo(CObject* step);
+    void carryOut(CUndo* u, CUndoItem* item, Op op);
+    void relocate(CUndoItem* item, Op op);
+    void changing(CUndo* u, CUndoItem* item, Op op);
+    void handleUpdate(CUndo* u);
+    void finishStep(CUndo* u);
+
+    CQV* qv;
+    CList openSteps;          ///< of CUndo, not owned: started and not ended
+    CUndo* running = nullptr; ///< the step on its way, and its direction; interface thread
+    Op runningOp = opDone;
+    Shared<bool> pending{false}; ///< set when a step is queued, cleared (release) when it is done
+};
