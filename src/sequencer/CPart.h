@@ -6,8 +6,6 @@
 #include "sequencer/CPlayStruct.h"
 #include "sequencer/Events.h"
 
-#include <atomic>
-
 /// `CObject::category` of parts and points.
 constexpr int categoryPart = 2;
 
@@ -29,9 +27,6 @@ constexpr unsigned partMuted = 2;
 constexpr int maxSlots = 64; ///< envelopes of a part, and automation lanes of a track
 constexpr int barTicks = 3840;
 constexpr int quarterTicks = 960;
-
-/// Positions and lengths stay within plus and minus this many ticks.
-constexpr int maxTicks = 1 << 30;
 
 /// A stretch of the timeline with its events and envelopes. A ghost keeps no events: it shows and
 /// plays those of a master, and whatever asks it for content is sent there.
@@ -68,10 +63,10 @@ public:
 
     /// "MIDI", "Audio" or "Drum", empty for other classes.
     CStr getId() const;
-    bool selected() const { return flags & partSelected; }
-    bool muted() const { return flags & partMuted; }
-    void setSelected(bool on);
-    void setMuted(bool on);
+    bool selected() const { return hasFlag(partSelected); }
+    bool muted() const { return hasFlag(partMuted); }
+    void setSelected(bool on) { setFlag(partSelected, on); }
+    void setMuted(bool on) { setFlag(partMuted, on); }
 
     /// Replace a list, which is taken; the old one is freed. Slots out of range free the new one.
     void setEvents(CBaseEvent* list);
@@ -86,7 +81,7 @@ public:
     /// Replaces the envelopes by copies of those of `source`.
     void copyParams(CPart* source);
     /// Master for a ghost, else the part itself.
-    CPart* content() { return ghostOf ? ghostOf.load()->content() : this; }
+    CPart* content() { return ghostOf ? ghostOf->content() : this; }
 
     // Slots and play pointers. Both grow in chunks that never move, so that a part may play
     // meanwhile.
@@ -117,7 +112,7 @@ private:
     Shared<CEnvEvent*>* slot(int index);
 
     CPlayStruct mainPlay;
-    std::atomic<Chunk*> chunks[maxSlots / chunkSlots] = {}; ///< owned, made in order
+    Shared<Chunk*> chunks[maxSlots / chunkSlots]; ///< owned, made in order
 };
 
 class CMIDIPart : public CPart {

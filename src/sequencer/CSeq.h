@@ -51,7 +51,7 @@ public:
     CList copies;          ///< of CPart, owned: the clipboard
     CSnap* snap = nullptr; ///< of the view that edits, not owned; may be null
 
-    explicit CSeq(CQV* host);
+    explicit CSeq(CQV* root);
     ~CSeq() override;
     CSeq(const CSeq&) = delete;
     CSeq& operator=(const CSeq&) = delete;
@@ -73,13 +73,11 @@ public:
     // The rest of CComp.
     void init() override;
     void idle() override;
-    void afteridle() override;
-    void setFrames(int frames) override;
-    void setRate(double rate) override;
     void perform(CUndoItem* item, int op) override;
     /// 32: the song's content changed: parts and points are put in order, ghosts counted.
     void doUpdate(int code) override;
-    double getSync(int) override { return sync; }
+    /// 1 the position, 2 the loop switch, 3 and 4 the loop section; else `sync`.
+    double getSync(int question) override;
     void setLoop(int on) override;
     int getLoop() override;
     void getLoopSection(int& from, int& to) override;
@@ -91,7 +89,8 @@ public:
     /// The track that has a channel or port.
     CComp* getComp(CObject* io) override;
     void getTempoMap(CMIDIQ* queue) override;
-    /// An object that automation acts on dies for good: lanes let go of it. Graph holder.
+    /// An object is about to be freed: lanes, selection and programs let go of it and of what is in
+    /// it. Interface thread, with the graph held.
     void del(CObject* object) override;
 
     // Programs.
@@ -156,10 +155,13 @@ private:
     int programCount = 0;
     struct NewTrack;
     void makeTrackIO(NewTrack& made);
-    void linkTrack(NewTrack& made, CSeqProg* prog, int index);
-    void partMoved(CUndoItem* item);
+    CSongTrack* linkTrack(NewTrack& made, CSeqProg* prog, CUndo* undo, int index);
     void contentSwapped(CPart* part);
-    void laneMoved(CUndoItem* item);
+    void partMoved(CPart* part, const CList* list);
+    void songTrackMoved(CObject* object, const CList* list);
+    void lanesMoved(const CList* list);
+    void lanesChanged(const CTrack* track);
+    void purgeSelection();
 };
 
 /// Enters the sequencer's component types. Start-up only.
@@ -167,9 +169,6 @@ void enterSequencer();
 
 template <class F>
 void CSeq::eachSongTrack(F&& visit) {
-    CListItem* p = nullptr;
-    while (auto* prog = static_cast<CSeqProg*>(progs.next2(&p))) {
-        CListItem* t = nullptr;
-        while (auto* songTrack = static_cast<CSongTrack*>(prog->tracks.next2(&t))) visit(songTrack);
-    }
+    for (auto* prog : each<CSeqProg>(progs))
+        for (auto* songTrack : each<CSongTrack>(prog->tracks)) visit(songTrack);
 }

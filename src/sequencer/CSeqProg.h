@@ -22,17 +22,17 @@ class MarkerSession {
 public:
     static constexpr int capacity = 4096;
 
-    void clear() { used.store(0, std::memory_order_release); }
+    void clear() { used.storeRelease(0); }
     /// Dropped when full.
     void add(CMarkerPart* marker);
-    int count() const { return used.load(std::memory_order_acquire); }
+    int count() const { return used.loadAcquire(); }
     CMarkerPart* at(int i) const { return visits[i]; }
     /// Takes out a marker that leaves the program.
-    void purge(const CMarkerPart* marker);
+    void purge(const CObject* marker);
 
 private:
     Shared<CMarkerPart*> visits[capacity];
-    std::atomic<int> used{0};
+    Shared<int> used{0};
 };
 
 /// One arrangement of the song: parts per track, markers, signatures, tempos, and a transport of
@@ -58,10 +58,7 @@ public:
     MarkerSession session;
     Shared<CMarkerPart*> activeMarker{nullptr};  ///< plays next
     Shared<CMarkerPart*> playingMarker{nullptr}; ///< plays now
-    /// Marker that the interface thread chose while blocks run, for the next `process` to hand to
-    /// `setMarkerNow`; null when there is none.
-    Shared<CMarkerPart*> markerRequest{nullptr};
-    PlayRequests requests; ///< `requestSetup`: the position jumped
+    PlayRequests requests;                       ///< `requestSetup`: the position jumped
 
     explicit CSeqProg(CSeq* owner);
     ~CSeqProg() override;
@@ -78,10 +75,10 @@ public:
     /// A message arrived at a track; `tick` is the song position, `record` whether a take runs.
     void midiReceived(CSongTrack* songTrack, double tick, int msg, void* source, bool record);
 
-    // Marker arranger. Interface thread, but for `setMarkerNow`.
+    // Marker arranger. A call of the interface thread waits for the next block while blocks come.
     /// Chooses the section that plays next; the first one also jumps there.
     void setMarker(CMarkerPart* marker);
-    /// What `setMarker` does, for the graph holder.
+    /// The same for the graph holder.
     void setMarkerNow(CMarkerPart* marker);
     /// One entry along the list, stopping at its ends; the first one when none is active.
     void priorMarker();
@@ -89,7 +86,7 @@ public:
     /// The marker that a white key stands for, note 36 the first; null for others.
     CMarkerPart* noteToMarker(int note);
     /// Forgets a marker that is about to leave. Graph holder.
-    void purgeMarker(const CMarkerPart* marker);
+    void purgeMarker(const CObject* marker);
 
     // Looking up. The first entry with `pos` <= tick < `pos` + `length`, null when none.
     CMarkerPart* getMarkerAtPos(int tick);
@@ -118,5 +115,5 @@ public:
     int snapToBeat(int tick, int num, int den);
 
 private:
-    int clampedMarkerIndex(int step);
+    void stepMarker(int step);
 };

@@ -4,8 +4,6 @@
 #include "base/CList.h"
 #include "base/CObject.h"
 
-#include <atomic>
-
 class CMIDIQ;
 class CPart;
 class CSeqProg;
@@ -25,16 +23,13 @@ constexpr unsigned requestLanes = 0x200; ///< an edit: envelope pointers are reb
 /// A word of requests: any thread asks, the audio thread takes.
 class PlayRequests {
 public:
-    void ask(unsigned bits) { word.fetch_or(bits, std::memory_order_release); }
+    void ask(unsigned bits) { word.fetchOr(bits); }
     /// Whether any of `bits` was asked for; they are withdrawn.
-    bool take(unsigned bits) {
-        if (!(word.load(std::memory_order_relaxed) & bits)) return false;
-        return word.fetch_and(~bits, std::memory_order_acquire) & bits;
-    }
-    unsigned pending() const { return word.load(std::memory_order_relaxed); }
+    bool take(unsigned bits) { return pending(bits) && (word.fetchAnd(~bits) & bits); }
+    bool pending(unsigned bits) const { return (word & bits) != 0; }
 
 private:
-    std::atomic<unsigned> word{0};
+    Shared<unsigned> word{0};
 };
 
 /// A track within one program: its parts and their playback.
@@ -55,10 +50,10 @@ public:
     CSongTrack(const CSongTrack&) = delete;
     CSongTrack& operator=(const CSongTrack&) = delete;
 
-    bool muted() const { return flags & songTrackMuted; }
-    bool soloed() const { return flags & songTrackSoloed; }
-    void setMuted(bool on);
-    void setSoloed(bool on);
+    bool muted() const { return hasFlag(songTrackMuted); }
+    bool soloed() const { return hasFlag(songTrackSoloed); }
+    void setMuted(bool on) { setFlag(songTrackMuted, on); }
+    void setSoloed(bool on) { setFlag(songTrackSoloed, on); }
 
     /// Whether a part of this class may stand on this kind of track.
     bool acceptPart(const CPart* part) const;

@@ -53,7 +53,7 @@ public:
     /// Graph holder.
     int playingNotes[128] = {};
 
-    CTrack(CQV* host, CSeq* owner, int trackKind);
+    CTrack(CQV* root, CSeq* owner, int trackKind);
     ~CTrack() override;
     CTrack(const CTrack&) = delete;
     CTrack& operator=(const CTrack&) = delete;
@@ -62,10 +62,10 @@ public:
     void prepare(int frames) override;
     void idle() override;
 
-    bool selected() const { return flags & trackSelected; }
-    bool open() const { return flags & trackOpen; }
-    void setSelected(bool on);
-    void setOpen(bool on);
+    bool selected() const { return hasFlag(trackSelected); }
+    bool open() const { return hasFlag(trackOpen); }
+    void setSelected(bool on) { setFlag(trackSelected, on); }
+    void setOpen(bool on) { setFlag(trackOpen, on); }
 
     // MIDI. Any thread.
     /// `msg` on the track's channel.

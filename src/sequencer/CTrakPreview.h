@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Atomic.h"
+#include "base/Ring.h"
 
 class CMIDIQ;
 class CSeq;
@@ -12,7 +12,8 @@ public:
     static constexpr int maxNotes = 16;
     static constexpr double noteTicks = 960.0; ///< a note that nobody mutes ends after these
 
-    /// `note` and `velocity` 0 to 127, else nothing. Lost when 64 requests wait.
+    /// `note` 0 to 127, `velocity` 1 to 127, else nothing. Lost when 64 requests wait, and when 16
+    /// notes sound.
     void addNote(int note, int velocity);
     /// Ends all notes.
     void mute();
@@ -31,8 +32,7 @@ private:
     void start(CMIDIQ* queue, int message);
     void end(CMIDIQ* queue, Note& note, double frame);
 
-    Shared<int> ring[slots]; ///< note-on without channel, or 0 for mute
-    Shared<unsigned> written{0}, done{0};
+    Ring<int, slots> requests; ///< note-on without channel, or 0 for mute
     int ch = 0;
     Note notes[maxNotes];
 };

@@ -24,12 +24,13 @@ CStr ticksToStr(int ticks);
 /// Ticks that `frames` take from tick `pos` on, as a whole number: every stretch is cut to whole
 /// frames and ticks. `tempoBefore` (beats per minute) holds until the first point. 0 for rates
 /// below 1.
-double tempoFramesToTicks(CList& tempos, float tempoBefore, double pos, double frames, int rate);
+double tempoFramesToTicks(const CList& tempos, float tempoBefore, double pos, double frames,
+                          int rate);
 /// Frames that `ticks` take from tick `pos` on.
-double tempoTicksToFrames(CList& tempos, float tempoBefore, int pos, int ticks, int rate);
+double tempoTicksToFrames(const CList& tempos, float tempoBefore, int pos, int ticks, int rate);
 /// The last point at or before `pos`, null when there is none.
-CTempoPart* lastTempoAt(CList& tempos, int pos);
+CTempoPart* lastTempoAt(const CList& tempos, int pos);
 /// The first point after `pos`, null when there is none.
-CTempoPart* nextTempoAfter(CList& tempos, int pos);
+CTempoPart* nextTempoAfter(const CList& tempos, int pos);
 /// Ticks from the whole part of `pos` to the first point at or after it, -1 when there is none.
-int ticksToNextTempo(CList& tempos, double pos);
+int ticksToNextTempo(const CList& tempos, double pos);

@@ -1,0 +1,74 @@
+#include "sequencer/CSongTrack.h"
+
+#include "base/Numbers.h"
+#include "engine/CFreezeItem.h"
+#include "engine/CMIDIQ.h"
+#include "engine/CUndo.h"
+#include "engine/GraphHold.h"
+#include "sequencer/CSeq.h"
+
+#include <algorithm>
+
+namespace {
+constexpr int songTrackType = 5;
+}
+
+CSongTrack::CSongTrack(CSeqProg* program, CTrack* songTrack)
+    : noteOffsNext(new CMIDIQ(nullptr)), noteOffs(new CMIDIQ(nullptr)), prog(program),
+      track(songTrack) {
+    type = songTrackType;
+}
+
+CSongTrack::~CSongTrack() {
+    deleteAll<CPart>(parts);
+    deleteAll<CFreezeItem>(freezeItems);
+    delete noteOffsNext;
+    delete noteOffs;
+}
+
+bool CSongTrack::acceptPart(const CPart* part) const {
+    switch (track->kind) {
+    case trackMIDI:
+        return part->type == partMIDI;
+    case trackAudio:
+        return part->type == partAudio;
+    case trackDrum:
+        return part->type == partDrum;
+    default:
+        return false;
+    }
+}
+
+CPart* CSongTrack::addPart(CPart* part, CUndo* undo) {
+    if (!acceptPart(part)) {
+        delete part;
+        return nullptr;
+    }
+    part->reserveSlots(track->slotsInUse());
+    if (undo) {
+        undo->asAdd(part, &parts);
+        return part;
+    }
+    GraphHold hold(track->host);
+    parts.add(part);
+    prog->seq->orderParts(&parts, nullptr, false);
+    requests.ask(requestSetup);
+    return part;
+}
+
+CPart* CSongTrack::linkPart(CPart* part) {
+    if (!acceptPart(part)) {
+        delete part;
+        return nullptr;
+    }
+    part->reserveSlots(track->slotsInUse());
+    parts.add(part);
+    return part;
+}
+
+int CSongTrack::duration() {
+    int64_t end = 0;
+    for (auto* part : each<CPart>(parts))
+        end = std::max(end, int64_t(part->pos) + prog->seq->getTicks(part));
+    return saturate(end);
+}

@@ -1,0 +1,187 @@
+#include "sequencer/CTrack.h"
+
+#include "base/Numbers.h"
+#include "base/Random.h"
+#include "engine/CQV.h"
+#include "engine/GraphHold.h"
+#include "engine/MidiBytes.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/CSubTrack.h"
+
+#include <bitset>
+
+namespace {
+
+constexpr int editorWidth = 536, editorHeight = 379;
+constexpr int defaultNoteHeight = 8, minNoteHeight = 2;
+constexpr int noteRows = 128;
+constexpr int scrollMargin = 20; ///< pixels below the last row
+constexpr float lightFall = 0.15f;
+constexpr int fullVelocity = 126; ///< of 0 to 126
+
+/// Even steps of hue at one lightness and chroma.
+constexpr int trackColors[] = {0xdd87a2, 0xe18885, 0xde8e69, 0xd29754, 0xbfa14c, 0xa6ac56,
+                               0x86b46d, 0x64b989, 0x43bba7, 0x35b9c2, 0x49b3d8, 0x69aae6,
+                               0x8aa1ea, 0xa797e4, 0xbf8fd4, 0xd189bd};
+
+void fadeLights(const CList& ports) {
+    for (auto* port : each<CMIDIQ>(ports)) {
+        const float light = port->hasData;
+        if (light > 0.0f) port->hasData = fLimit(light - lightFall, 0.0f, 1.0f);
+    }
+}
+
+} // namespace
+
+CTrack::CTrack(CQV* root, CSeq* owner, int trackKind) : CComp(root), seq(owner), kind(trackKind) {
+    id = "Track";
+    type = compTrack;
+    editorStruct.width = editorWidth;
+    editorStruct.height = editorHeight;
+    const int rows = root->settings.getInt("track-noteh", defaultNoteHeight);
+    noteHeight = rows < 1 ? defaultNoteHeight : rows;
+}
+
+CTrack::~CTrack() {
+    for (CList* borrowed : {&inPorts, &outPorts, &inputs, &outputs}) borrowed->clear();
+    deleteAll<CSubTrack>(subTracks);
+}
+
+void CTrack::prepare(int) {
+    processed = mixed = fxDone = false;
+}
+
+void CTrack::idle() {
+    fadeLights(inPorts);
+    fadeLights(outPorts);
+}
+
+int CTrack::setCh(int msg) const {
+    const int ch = channel;
+    return ch < 0 ? msg : (msg & ~0x0F) | (ch & 0x0F);
+}
+
+int CTrack::setVel(int msg) const {
+    const int percent = inSens;
+    if (percent == 100 || !noteOn(msg)) return msg;
+    const double s = percent / 100.0, v = asByte2(msg);
+    const double scaled = fullVelocity * (1.0 - s + s * (v - 1.0) / fullVelocity);
+    return asData(msg, asByte1(msg), asMinMax(asInt(scaled) + 1, 1, 127));
+}
+
+void CTrack::addRemovePlayingNote(int msg) {
+    int& entry = playingNotes[asByte1(msg) & 127];
+    if (noteOn(msg))
+        entry = asData(msg, asByte1(msg), 0);
+    else if (noteOff(msg))
+        entry = 0;
+}
+
+int CTrack::getHeight(bool withLanes) const {
+    if (kind == trackFolder || !open()) return height;
+    int sum = openHeight;
+    if (withLanes && laneMode == 1 && laneStack == 0)
+        for (auto* lane : each<CSubTrack>(subTracks))
+            if (lane->visible) sum += lane->height;
+    return sum;
+}
+
+int CTrack::getScroll() const {
+    return kind == trackDrum ? 0 : int(scroll);
+}
+
+void CTrack::setScroll(int pixels) {
+    const int64_t most = int64_t(noteHeight) * noteRows - openHeight + scrollMargin;
+    scroll = asMax(0, asMin(pixels, saturate(most)));
+}
+
+void CTrack::setVertZoom(int pixels) {
+    const int half = openHeight / 2;
+    const double middle = double(scroll + half) / asMax(noteHeight, 1);
+    noteHeight = asMax(pixels, minNoteHeight);
+    setScroll(asRound(middle * noteHeight) - half);
+}
+
+CSubTrack* CTrack::activeParam() {
+    void* lane = editLanes.items(activeLane);
+    return static_cast<CSubTrack*>(lane ? lane : editLanes.getFirst());
+}
+
+int CTrack::getFreeParam() {
+    std::bitset<maxSlots> used;
+    for (auto* lane : each<CSubTrack>(subTracks))
+        if (lane->automation() && lane->slot >= 0 && lane->slot < maxSlots)
+            used.set(size_t(lane->slot));
+    int free = 0;
+    while (free < maxSlots && used[size_t(free)]) free++;
+    return free;
+}
+
+int CTrack::slotsInUse() {
+    int slots = 0;
+    for (auto* lane : each<CSubTrack>(subTracks))
+        if (lane->automation()) slots = asMax(slots, lane->slot + 1);
+    return asMin(slots, maxSlots);
+}
+
+CSubTrack* CTrack::addLane(CSubTrack* lane, CUndo* undo) {
+    if (lane->automation()) {
+        lane->slot = getFreeParam();
+        if (lane->slot == maxSlots) {
+            delete lane;
+            return nullptr;
+        }
+        seq->eachSongTrack([&](CSongTrack* songTrack) {
+            if (songTrack->track != this) return;
+            for (auto* part : each<CPart>(songTrack->parts)) part->reserveSlots(lane->slot + 1);
+        });
+    }
+    if (undo) {
+        undo->asAdd(lane, &subTracks);
+    } else {
+        GraphHold hold(host);
+        subTracks.add(lane);
+    }
+    return lane;
+}
+
+CSubTrack* CTrack::findLane(CObject* object, int param) {
+    for (auto* lane : each<CSubTrack>(subTracks))
+        if (lane->automation() && lane->object == object && lane->param == param) return lane;
+    return nullptr;
+}
+
+int getRandomTrackColor() {
+    constexpr int count = int(sizeof trackColors / sizeof trackColors[0]);
+    return trackColors[asMin(asInt(asRand() * count), count - 1)];
+}
+
+CStr trackWord(int kind) {
+    switch (kind) {
+    case trackFolder:
+        return "folder";
+    case trackMIDI:
+        return "instrument";
+    case trackAudio:
+        return "audio";
+    case trackDrum:
+        return "drum";
+    default:
+        return "track";
+    }
+}
+
+CStr addTrackTitle(int kind) {
+    switch (kind) {
+    case trackFolder:
+        return "Add Folder track";
+    case trackMIDI:
+        return "Add MIDI track";
+    case trackAudio:
+        return "Add Audio track";
+    case trackDrum:
+        return "Add Drum track";
+    default:
+        return "Add track";
+    }
+}

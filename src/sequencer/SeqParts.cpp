@@ -1,0 +1,195 @@
+#include "sequencer/CSeq.h"
+
+#include "audiofiles/CSample.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "sequencer/PartOrder.h"
+
+#include <cmath>
+
+/// The sequencer's parts: selection, order, length, ghosts.
+
+namespace {
+
+constexpr double semitonesPerOctave = 12.0;
+
+bool partBefore(CPart* a, CPart* b, void* seq) {
+    if (a->pos != b->pos) return a->pos < b->pos;
+    auto* owner = static_cast<CSeq*>(seq);
+    return owner->getTicks(a) > owner->getTicks(b);
+}
+
+CPart* emptyLike(CPart* part) {
+    if (part->type == partMIDI) return new CMIDIPart;
+    if (part->type == partDrum) return new CDrumPart;
+    return part->type == partAudio ? new CAudioPart : new CPart;
+}
+
+void countEvents(CPart* part, CPartSummary& summary) {
+    for (CBaseEvent* event = part->getEvents(); event; event = event->next) {
+        const CSample* sample = static_cast<CAudioEvent*>(event)->sample;
+        if (sample) (sample->chs == 1 ? summary.monoEvents : summary.stereoEvents)++;
+    }
+}
+
+void countPart(CPart* part, CPartSummary& summary) {
+    summary.parts++;
+    if (!part->selected()) return;
+    summary.selected++;
+    summary.ghosts += part->ghostOf != nullptr;
+    summary.midi += part->type == partMIDI;
+    summary.drum += part->type == partDrum;
+    if (part->type != partAudio) return;
+    summary.audio++;
+    summary.multiclip += static_cast<CAudioPart*>(part)->multiclip != 0;
+    countEvents(part, summary);
+}
+
+/// The event whose sample rules the length of a part, null when ticks do.
+const CAudioEvent* ownSpeedEvent(CPart* part) {
+    if (part->type != partAudio || static_cast<CAudioPart*>(part)->multiclip) return nullptr;
+    auto* event = static_cast<CAudioEvent*>(part->getEvents());
+    const bool known = event && event->mode == 0 && event->sample && event->sample->valid;
+    return known ? event : nullptr;
+}
+
+int oneAtLeast(int ticks) {
+    return ticks > 0 ? ticks : quarterTicks;
+}
+
+} // namespace
+
+CSongTrack* CSeq::partToSongTrack(const CPart* part) {
+    CSongTrack* found = nullptr;
+    eachSongTrack([&](CSongTrack* songTrack) {
+        if (!found && songTrack->parts.contains(part)) found = songTrack;
+    });
+    return found;
+}
+
+CTrack* CSeq::partToTrack(const CPart* part) {
+    CSongTrack* songTrack = partToSongTrack(part);
+    return songTrack ? songTrack->track : nullptr;
+}
+
+void CSeq::selectTrack(CSongTrack* songTrack, bool on) {
+    songTrack->track->setSelected(on);
+    if (on)
+        selectedTracks.addUnique(songTrack);
+    else
+        selectedTracks.remove(songTrack);
+}
+
+void CSeq::unselectTracks() {
+    for (auto* track : each<CTrack>(tracks)) track->setSelected(false);
+    selectedTracks.clear();
+}
+
+void CSeq::purgeSelection() {
+    CListItem* it = nullptr;
+    for (int i = 0; void* entry = selectedTracks.next2(&it); i++) {
+        bool linked = false;
+        eachSongTrack([&](CSongTrack* songTrack) { linked |= songTrack == entry; });
+        if (linked) continue;
+        selectedTracks.del(i);
+        it = nullptr;
+        i = -1;
+    }
+}
+
+CPart* CSeq::getEditPart() {
+    CTrack* track = nullptr;
+    return getEditPartAndTrack(track);
+}
+
+CPart* CSeq::getEditPartAndTrack(CTrack*& track) {
+    track = nullptr;
+    purgeSelection();
+    CPart* found = nullptr;
+    for (auto* songTrack : each<CSongTrack>(selectedTracks))
+        for (auto* part : each<CPart>(songTrack->parts)) {
+            if (!part->selected()) continue;
+            if (found || !songTrack->track->open()) return nullptr;
+            found = part;
+        }
+    if (found) track = partToTrack(found);
+    return found;
+}
+
+CPart* CSeq::getFirstSelectedPart(int partType, CSongTrack** owner) {
+    CSeqProg* prog = getProg();
+    if (!prog) return nullptr;
+    for (auto* songTrack : each<CSongTrack>(prog->tracks))
+        for (auto* part : each<CPart>(songTrack->parts)) {
+            if (!part->selected() || !part->asType(categoryPart, partType)) continue;
+            if (owner) *owner = songTrack;
+            return part;
+        }
+    return nullptr;
+}
+
+void CSeq::unselectParts() {
+    eachSongTrack([](CSongTrack* songTrack) {
+        for (auto* part : each<CPart>(songTrack->parts)) part->setSelected(false);
+    });
+}
+
+void CSeq::selectAll() {
+    CSeqProg* prog = getProg();
+    if (!prog) return;
+    for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+        selectTrack(songTrack, true);
+        for (auto* part : each<CPart>(songTrack->parts)) part->setSelected(true);
+    }
+}
+
+void CSeq::getPartSummary(CPartSummary& summary) {
+    summary = CPartSummary();
+    purgeSelection();
+    for (auto* songTrack : each<CSongTrack>(selectedTracks))
+        for (auto* part : each<CPart>(songTrack->parts)) countPart(part, summary);
+}
+
+void CSeq::clearCopies() {
+    deleteAll<CPart>(copies);
+}
+
+void CSeq::orderParts(CList* a, CList* b, bool all) {
+    if (all) {
+        eachSongTrack(
+            [this](CSongTrack* songTrack) { sortParts(songTrack->parts, partBefore, this); });
+        return;
+    }
+    for (CList* list : {a, b})
+        if (list) sortParts(*list, partBefore, this);
+}
+
+int CSeq::getTicks(CPart* part) {
+    const CAudioEvent* event = ownSpeedEvent(part);
+    if (!event) return oneAtLeast(part->length);
+    const double pitch = (event->semitones + double(event->fine)) / semitonesPerOctave;
+    const int rate = asMax(asInt(double(event->sample->rate) * std::exp2(pitch)), 1);
+    const double frames = double(event->end) - event->start + 1;
+    part->length = asRound(framesToTicks(part->pos, frames, rate));
+    return oneAtLeast(part->length);
+}
+
+void CSeq::updateGhostCount() {
+    for (auto* master : each<CPart>(masterParts)) master->ghostCount = 0;
+    eachSongTrack([](CSongTrack* songTrack) {
+        for (auto* part : each<CPart>(songTrack->parts))
+            if (part->ghostOf) ++part->ghostOf->ghostCount;
+    });
+}
+
+CPart* CSeq::makeGhost(CPart* part, CUndo* undo) {
+    if (!part->ghostOf) {
+        CPart* master = part->copy(0);
+        master->flags = 0;
+        undo->asAdd(master, &masterParts);
+        swapUndoPart(undo, part, emptyLike(part));
+        undo->asPtr(reinterpret_cast<void**>(part->ghostOf.address()));
+        part->ghostOf = master;
+    }
+    return part->copy(0);
+}

@@ -1,0 +1,100 @@
+#include "sequencer/Templates.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/Cables.h"
+#include "engine/CompTypes.h"
+#include "engine/GraphHold.h"
+#include "sequencer/CSeq.h"
+
+namespace {
+
+constexpr int tracksOfAKind = 8;
+constexpr int templateOption = 1; ///< byte of the song's options
+
+CSongTrack* track(CSeq* seq, int kind, const CStr& name) {
+    CSongTrack* songTrack = seq->addTrack(kind, seq->getProg(), nullptr);
+    songTrack->track->id = name;
+    return songTrack;
+}
+
+void select(CSeq* seq, CSongTrack* songTrack, bool open) {
+    seq->selectTrack(songTrack, true);
+    songTrack->track->setOpen(open);
+}
+
+CPart* addBar(CSongTrack* songTrack, CPart* part) {
+    part->id = songTrack->track->id;
+    return songTrack->addPart(part, nullptr);
+}
+
+/// A synthesizer that the track plays, heard at the audio output.
+void addSynthesizer(CSeq* seq, CTrack* source) {
+    CQV* host = seq->host;
+    CComp* synth = createComp(host, categoryComp, compSampler);
+    synth->init();
+    synth->createBuffers(host->frames);
+    synth->setRate(double(host->rate));
+    synth->id = host->autoNameComp(synth->id);
+    if (auto* cable = createMIDICable(synth, source->outPort(), nullptr))
+        synth->midiCables.add(cable);
+    CComp* out = host->getAudioOut();
+    auto* cable = out ? createAudioCable(out, synth->output(), nullptr) : nullptr;
+    if (cable) out->audioCables.add(cable);
+    host->comps.add(synth);
+}
+
+} // namespace
+
+void createEmptyProject(CSeq*) {
+}
+
+void createDefaultProject(CSeq* seq) {
+    GraphHold hold(seq->host);
+    seq->options.bytes[templateOption] = 1;
+    CSongTrack* songTrack = track(seq, trackMIDI, "noname");
+    select(seq, songTrack, true);
+    addBar(songTrack, new CMIDIPart);
+    addSynthesizer(seq, songTrack->track);
+}
+
+void createSimpleProject(CSeq* seq) {
+    GraphHold hold(seq->host);
+    CSongTrack* songTrack = track(seq, trackMIDI, "Instrument 1");
+    select(seq, songTrack, true);
+    addBar(songTrack, new CMIDIPart);
+    track(seq, trackAudio, "Audio 1");
+}
+
+void createMIDISequencerProject(CSeq* seq) {
+    GraphHold hold(seq->host);
+    for (int i = 1; i <= tracksOfAKind; i++) {
+        CSongTrack* songTrack = track(seq, trackMIDI, CStr("Instrument ") + asStr(i));
+        if (i > 1) continue;
+        select(seq, songTrack, true);
+        addBar(songTrack, new CMIDIPart);
+    }
+}
+
+void createPortaStudioProject(CSeq* seq) {
+    GraphHold hold(seq->host);
+    for (int i = 1; i <= tracksOfAKind; i++) {
+        CSongTrack* songTrack = track(seq, trackAudio, CStr("Audio ") + asStr(i));
+        if (i == 1) select(seq, songTrack, false);
+    }
+}
+
+void createDrumAndBassProject(CSeq* seq) {
+    GraphHold hold(seq->host);
+    addBar(track(seq, trackDrum, "Drum"), new CDrumPart)->setSelected(true);
+    CSongTrack* songTrack = track(seq, trackMIDI, "Instrument");
+    addBar(songTrack, new CMIDIPart);
+    addSynthesizer(seq, songTrack->track);
+}
+
+void createGuitaristProject(CSeq* seq) {
+    GraphHold hold(seq->host);
+    seq->options.bytes[templateOption] = 1;
+    addBar(track(seq, trackDrum, "Drum"), new CDrumPart);
+    track(seq, trackAudio, "Guitar");
+}
