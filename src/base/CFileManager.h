@@ -3,6 +3,7 @@
 #include "base/CObject.h"
 #include "base/CStr.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <vector>
 
@@ -28,7 +29,7 @@ public:
     bool deleteFolder(const CStr& path);
 
 private:
-    bool finishCopy();
+    bool closeFiles();
 
     std::FILE* source = nullptr;
     std::FILE* dest = nullptr;

@@ -30,16 +30,18 @@ public:
     /// The byte at `i`; 0 outside the text. Scans up to `i`.
     signed char operator[](int i) const;
 
-    /// Drops the text for `n` + 1 bytes, of which only the last is set, to 0. The caller fills
-    /// them. Empty when the memory is not to be had or `n` is below 1.
-    void resize(int n);
+    /// Drops the text for `n` + 1 bytes, of which only the last is set, to 0; the caller fills
+    /// them. False, and empty, when the memory is not to be had or `n` is below 1.
+    bool resize(int n);
     CStr upperCase() const; ///< byte by byte, A to Z only
     CStr lowerCase() const;
     /// `len` bytes from `start` on, below 0 to the end; clipped to what there is. A start outside
     /// the text gives an empty string.
     CStr sub(int start, int len) const;
     CStr& append(const CStr& s);
+    CStr& append(const char* s);
     CStr& operator+=(const CStr& s) { return append(s); }
+    CStr& operator+=(const char* s) { return append(s); }
     /// Takes out `n` bytes; nothing happens unless all of them are there.
     void del(int start, int n);
     void ins(const CStr& s, int pos); ///< in front of `pos`, which is clamped to the text
@@ -52,8 +54,14 @@ public:
 private:
     static char emptyText[1]; ///< shared by all strings without a buffer; never written
 
-    bool ownsBuffer() const { return text != emptyText; }
-    void assign(const char* s, size_t n);
+    friend CStr operator+(const CStr& a, const CStr& b);
+    friend CStr operator+(const CStr& a, const char* b);
+    friend CStr operator+(const char* a, const CStr& b);
+    static CStr join(const char* a, const char* b);
+    static char* allocate(size_t n);
+    bool reallocate(size_t n);
+    void insertBytes(size_t at, const char* s, size_t n);
+    void assign(const char* s);
 
     char* text;
 };
@@ -61,11 +69,18 @@ private:
 CStr operator+(const CStr& a, const CStr& b);
 CStr operator+(const CStr& a, const char* b);
 CStr operator+(const char* a, const CStr& b);
-CStr operator+(CStr&& a, const CStr& b);
-CStr operator+(CStr&& a, const char* b);
+inline CStr operator+(CStr&& a, const CStr& b) {
+    return static_cast<CStr&&>(a.append(b));
+}
+inline CStr operator+(CStr&& a, const char* b) {
+    return static_cast<CStr&&>(a.append(b));
+}
 
 bool operator==(const CStr& a, const CStr& b); ///< byte by byte
 bool operator==(const CStr& a, const char* b);
 
-/// Equal but for the case of A to Z.
-bool sameText(const CStr& a, const CStr& b);
+/// Below 0, 0 or above as the upper-cased `a` comes before, with or behind that of `b`.
+int compareText(const CStr& a, const CStr& b);
+inline bool sameText(const CStr& a, const CStr& b) {
+    return compareText(a, b) == 0;
+}

@@ -66,6 +66,9 @@ public:
     /// Adds up to `bytes` bytes of `src`, in pieces, then goes back to where it began to write.
     void copy(CStream* src, int bytes);
 
+protected:
+    int64_t target(int64_t offset, int whence); ///< where a seek ends
+
 private:
     template <class T>
     T readValue();

@@ -24,6 +24,7 @@ public:
     bool sorted = false; ///< `add` sorts, without regard to case; equal ones stay in order
 
     void add(const CStr& s);           ///< sorted or at the end
+    void append(const CStr& s);        ///< at the end, sorted or not
     void insert(int i, const CStr& s); ///< as CList::insert, sorted or not
     CStr get(int i) const;             ///< empty outside the list
     CStr getStr(int i) const { return get(i); }

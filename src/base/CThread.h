@@ -58,7 +58,6 @@ private:
     using Lock = std::unique_lock<std::mutex>;
     void run();
     bool isSelf() const;
-    void standStill(Lock& lock, bool still);
     bool mayGoOn() const { return terminated || parkWanted == 0; }
 
     std::thread handle;

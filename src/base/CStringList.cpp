@@ -1,0 +1,73 @@
+#include "base/CStringList.h"
+
+#include "base/CStream.h"
+
+CStringList::~CStringList() {
+    clear();
+}
+
+void CStringList::add(const CStr& s) {
+    if (!sorted) return append(s);
+    int at = 0;
+    for (CStringItem* item : each<CStringItem>(list)) {
+        if (compareText(item->text, s) > 0) break;
+        ++at;
+    }
+    insert(at, s);
+}
+
+void CStringList::append(const CStr& s) {
+    list.add(new CStringItem(s));
+}
+
+void CStringList::insert(int i, const CStr& s) {
+    list.insert(i, new CStringItem(s));
+}
+
+CStr CStringList::get(int i) const {
+    const auto* item = static_cast<CStringItem*>(list.items(i));
+    return item ? item->text : CStr();
+}
+
+void CStringList::setItem(int i, const CStr& s) {
+    if (auto* item = static_cast<CStringItem*>(list.items(i))) item->text = s;
+}
+
+int CStringList::indexOf(const CStr& s) const {
+    int at = 0;
+    for (CStringItem* item : each<CStringItem>(list)) {
+        if (item->text == s) return at;
+        ++at;
+    }
+    return -1;
+}
+
+void CStringList::del(int i) {
+    auto* item = static_cast<CStringItem*>(list.items(i));
+    list.del(i);
+    delete item;
+}
+
+void CStringList::exchange(int i, int j) {
+    list.exchange(i, j);
+}
+
+void CStringList::clear() {
+    deleteAll<CStringItem>(list);
+}
+
+bool CStringList::save(const CStr& path) const {
+    CFileStream file(path, 1);
+    const char* separator = "";
+    for (CStringItem* item : each<CStringItem>(list)) {
+        const CStr line = separator + item->text;
+        file.write(line.asChar(), line.length());
+        separator = "\r\n";
+    }
+    return file.flush();
+}
+
+void CStringList::open(const CStr& path) {
+    CFileStream file(path, 0);
+    streamToStrs(&file, this);
+}

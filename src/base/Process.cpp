@@ -1,0 +1,73 @@
+#include "base/Process.h"
+
+#include <cerrno>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <system_error>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+constexpr int exitNotFound = 127;
+
+/// Starts a program without our other files; false if that failed.
+bool spawn(const CStringList& argv, pid_t& pid) {
+    std::vector<CStr> texts;
+    for (const CStringItem* item : each<CStringItem>(argv.list)) texts.push_back(item->text);
+    if (texts.empty()) return false;
+    std::vector<char*> args;
+    for (CStr& text : texts) args.push_back(text.buffer());
+    args.push_back(nullptr);
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+    const int error = posix_spawnp(&pid, args[0], &actions, nullptr, args.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return error == 0;
+}
+
+int waitForExit(pid_t pid) {
+    constexpr int signalBase = 128;
+    int status = 0;
+    while (waitpid(pid, &status, 0) < 0) {
+        if (errno != EINTR) return exitNotFound;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : signalBase + WTERMSIG(status);
+}
+
+bool openByDesktop(const CStr& target) {
+    if (target.empty() || target[0] == '-') return false;
+    CStringList argv;
+    argv.append("xdg-open");
+    argv.append(target);
+    return startProcess(argv);
+}
+
+} // namespace
+
+int runProcess(const CStringList& argv) {
+    pid_t pid = 0;
+    return spawn(argv, pid) ? waitForExit(pid) : exitNotFound;
+}
+
+bool startProcess(const CStringList& argv) {
+    pid_t pid = 0;
+    if (!spawn(argv, pid)) return false;
+    try {
+        std::thread(waitForExit, pid).detach();
+    } catch (const std::system_error&) {
+        return true; // it runs, and stays a zombie until we end
+    }
+    return true;
+}
+
+bool showFolder(const CStr& path) {
+    return openByDesktop(path);
+}
+
+bool openURL(const CStr& url) {
+    return openByDesktop(url);
+}
