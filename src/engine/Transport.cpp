@@ -1,0 +1,139 @@
+#include "base/GraphMark.h"
+#include "base/Numbers.h"
+#include "engine/CClick.h"
+#include "engine/CQV.h"
+#include "engine/TransportRing.h"
+
+// What of the host starts, stops and places the song.
+
+namespace {
+
+constexpr float minTempo = 10.0f, maxTempo = 250.0f;
+constexpr int ticksPerQuarter = 960;
+/// Ticks a second at one beat a minute.
+constexpr double ticksPerBeatSecond = ticksPerQuarter / 60.0;
+
+CQV* asHost(CObject* target) {
+    return static_cast<CQV*>(target);
+}
+
+} // namespace
+
+bool CQV::mustQueue() const {
+    return tasks->blocksComing() && !holdsGraph();
+}
+
+void CQV::serveTransport() {
+    transport->drain();
+}
+
+bool CQV::transportWaiting() const {
+    return !transport->empty();
+}
+
+void CQV::onTransport(const TransportCall& call) {
+    if (mustQueue() && transport->post(call)) return;
+    const GraphHold hold(this);
+    call.act(call.target, call.value, call.arg);
+}
+
+void CQV::start() {
+    onTransport({[](CObject* q, double, void*) { asHost(q)->startNow(); }, this});
+}
+
+void CQV::stop() {
+    onTransport({[](CObject* q, double, void*) { asHost(q)->stopNow(); }, this});
+}
+
+void CQV::rec() {
+    onTransport({[](CObject* q, double, void*) { asHost(q)->recNow(); }, this});
+}
+
+void CQV::setPos(double ticks) {
+    onTransport({[](CObject* q, double at, void*) { asHost(q)->setPosNow(at); }, this, ticks});
+}
+
+void CQV::setTempo(float bpm) {
+    tempo = fLimit(bpm, minTempo, maxTempo);
+}
+
+void CQV::startSynced() {
+    if (sync == 1) start();
+}
+
+void CQV::stopSynced() {
+    if (sync == 1) stop();
+}
+
+void CQV::setPosSynced(double ticks) {
+    if (sync == 1) setPos(ticks);
+}
+
+void CQV::setTempoSynced(float bpm) {
+    if (sync == 1) setTempo(bpm);
+}
+
+double CQV::framesToTicks(double f) const {
+    return f * ticksPerBeatSecond * double(tempoNow) / double(rate);
+}
+
+double CQV::ticksToFrames(double ticks) const {
+    return double(rate) * ticks / (double(tempoNow) * ticksPerBeatSecond);
+}
+
+void CQV::createTempoMap() {
+    inQueue->clear();
+    if (masterSeq) masterSeq->getTempoMap(inQueue);
+}
+
+void CQV::startNow() {
+    if (playing) return;
+    masterSeq = firstOfType(compSeq); // no block may have run since the list changed
+    startTime = asTimeInMS();
+    startPos = masterSeq ? asRound(masterSeq->getPos()) : 0;
+    playing = 1;
+    transportChanged = true;
+    for (CComp* c : each<CComp>(comps)) c->start();
+    update(updateTransport);
+    createTempoMap();
+}
+
+void CQV::stopNow() {
+    if (playing) {
+        playing = 0;
+        transportChanged = true;
+        for (CComp* c : each<CComp>(comps)) c->stop();
+    } else {
+        for (CComp* c : each<CComp>(comps)) c->allNotesOff = 1;
+    }
+    click->countIn = 0;
+    recording = 0;
+    update(updateTransport);
+}
+
+void CQV::setPosNow(double ticks) {
+    if (recording) return;
+    const double at = fLimit(ticks, 0.0, double(maxTicks));
+    pos = at;
+    for (CComp* c : each<CComp>(comps)) c->setPos(at);
+    click->setPos(at);
+    if (at == 0.0) framesPlayed = 0;
+}
+
+void CQV::recNow() {
+    if (playing)
+        recording = recording ? 0 : 1;
+    else if (!recording)
+        startRecording();
+    update(updateTransport);
+}
+
+void CQV::startRecording() {
+    masterSeq = firstOfType(compSeq);
+    const double exact = masterSeq ? masterSeq->getPos() : double(pos);
+    setPosNow(asRound(exact) / ticksPerQuarter * ticksPerQuarter);
+    click->setPos(exact);
+    click->init();
+    recording = 1;
+    if (click->countIn == 0 && sync == 0) startNow();
+}
