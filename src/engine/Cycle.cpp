@@ -1,0 +1,260 @@
+#include "engine/Cycle.h"
+
+#include "base/Denormals.h"
+#include "base/GraphMark.h"
+#include "base/Numbers.h"
+#include "engine/CClick.h"
+#include "engine/CPreviewBase.h"
+#include "engine/CQV.h"
+#include "engine/DeviceComps.h"
+#include "engine/Mixing.h"
+#include "engine/TransportRing.h"
+
+#include "driver/libaam.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <optional>
+
+namespace {
+
+thread_local bool inCallback = false;
+
+/// The buffers of one call of the driver.
+struct DeviceBlock {
+    float** ins;
+    float** outs;
+    long numIns, numOuts;
+    int frames;
+    AamEvent* events;
+    int numEvents;
+};
+
+/// The audio thread's turn on the graph.
+class CallbackTurn {
+public:
+    CallbackTurn() : ok(qv->tryHold(GraphOwner::audio)) {
+        if (ok) mark.emplace();
+        inCallback = ok;
+    }
+    ~CallbackTurn() {
+        inCallback = false;
+        mark.reset();
+        if (ok) qv->releaseHold();
+    }
+    CallbackTurn(const CallbackTurn&) = delete;
+    CallbackTurn& operator=(const CallbackTurn&) = delete;
+
+    const bool ok;
+
+private:
+    std::optional<GraphMark> mark;
+};
+
+bool graphOff() {
+    return qv->audioSuspended || qv->renderMode == 1 || qv->busy;
+}
+
+void receive(CMIDIIn* c, const DeviceBlock& block) {
+    CMIDIQ* port = c->outPort();
+    if (!port) return;
+    const int device = c->device;
+    for (int i = 0; i < block.numEvents; ++i)
+        if (device == -1 || block.events[i].device == device)
+            port->addMidiEvent(0.0, block.events[i].data);
+}
+
+void receive(CAudioIn* c, const DeviceBlock& block) {
+    COutputChannel* ch = c->output();
+    if (!ch || c->chs < 1) return;
+    const int first = c->dev0, second = c->chs == 1 ? c->dev0 : c->dev1;
+    if (first < 0 || first >= block.numIns || second < 0 || second >= block.numIns) return;
+    std::memcpy(ch->bufL, block.ins[first], sizeof(float) * size_t(block.frames));
+    std::memcpy(ch->bufR, block.ins[second], sizeof(float) * size_t(block.frames));
+}
+
+float deviceSample(float value) {
+    if (!(std::fabs(value) <= std::numeric_limits<float>::max())) return 0.0f;
+    return std::clamp(value, -1.0f, 1.0f);
+}
+
+/// out = (out + in) * g, within -1 to 1.
+void add(float* out, const float* in, float g, int frames) {
+    for (int i = 0; i < frames; ++i) out[i] = deviceSample((out[i] + in[i]) * g);
+}
+
+void send(CAudioOut* c, const DeviceBlock& block, float g) {
+    const COutputChannel* ch = c->output();
+    if (!ch || c->chs < 1) return;
+    const int first = c->dev0, second = c->dev1;
+    if (first < 0 || first >= block.numOuts) return;
+    if (c->chs == 1) {
+        float* out = block.outs[first];
+        for (int i = 0; i < block.frames; ++i)
+            out[i] = deviceSample((out[i] + (ch->bufL[i] + ch->bufR[i]) * 0.5f) * g);
+        return;
+    }
+    if (second < 0 || second >= block.numOuts) return;
+    add(block.outs[first], ch->bufL, g, block.frames);
+    add(block.outs[second], ch->bufR, g, block.frames);
+}
+
+/// Returns the count of records, from `sent` on.
+int send(CMIDIOut* c, const DeviceBlock& block, int sent) {
+    CMIDIQ* port = c->inPort();
+    const int device = c->device;
+    for (const CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
+        if (e->kind != eventMidi) continue;
+        if (sent >= aamMaxEvents) break;
+        const int frame = std::clamp(asInt(e->time), 0, block.frames - 1);
+        block.events[sent++] = {e->data, int8_t(device), {}, frame};
+    }
+    return sent;
+}
+
+void receiveAll(const DeviceBlock& block) {
+    for (CComp* c : each<CComp>(qv->comps)) {
+        if (c->type == compMIDIIn) receive(static_cast<CMIDIIn*>(c), block);
+        if (c->type == compAudioIn) receive(static_cast<CAudioIn*>(c), block);
+    }
+}
+
+int sendAll(const DeviceBlock& block) {
+    const float g = qv->listenVolume * qv->listenVolume;
+    int sent = 0;
+    for (CComp* c : each<CComp>(qv->comps)) {
+        if (c->type == compAudioOut) send(static_cast<CAudioOut*>(c), block, g);
+        if (c->type == compMIDIOut && block.events)
+            sent = send(static_cast<CMIDIOut*>(c), block, sent);
+    }
+    return sent;
+}
+
+} // namespace
+
+bool insideCallback() {
+    return inCallback;
+}
+
+long libio(float** ins, float** outs, long numIns, long numOuts, long frames, void* events,
+           int numEvents) {
+    for (long i = 0; i < numOuts; ++i)
+        std::memset(outs[i], 0, sizeof(float) * size_t(std::max(frames, 0l)));
+    if (graphOff()) return 0;
+    const CallbackTurn turn;
+    if (!turn.ok || graphOff() || frames < 1 || frames > qv->frames) return 0;
+    const int count = events ? std::clamp(numEvents, 0, aamMaxEvents) : 0;
+    const DeviceBlock block{
+        ins, outs, numIns, numOuts, int(frames), static_cast<AamEvent*>(events), count};
+    qv->prepare(block.frames);
+    if (count > 0) qv->midiActivity = 1.0f;
+    receiveAll(block);
+    qv->process(block.frames);
+    if (qv->audioSuspended || qv->renderMode == 1) return 0;
+    return sendAll(block);
+}
+
+void CQV::process(int n) {
+    transport->drain();
+    const bool counting = recording && click->countIn >= 1;
+    if (!counting) tempoNow = tempo;
+    if (busy) return;
+    busy = true;
+    flushDenormals();
+    if (updateFlags.fetchAnd(~updateDelays) & updateDelays) calcPDC();
+    if (!processed) runBlock(n);
+    busy = false;
+}
+
+void CQV::runBlock(int n) {
+    if (transportChanged) {
+        transportChanged = false;
+        positionJumped = true;
+    }
+    if (recording && !playing && click->countIn == 0 && sync == 0) startNow();
+    handleMIDIIn();
+    subProcess(n, 0);
+    for (CComp* c : each<CComp>(comps))
+        if (c->type == compSeq && !c->processed) c->process(n);
+    tasks->exec(false);
+    if (renderPending) {
+        renderPending = false;
+        renderMode = 1;
+    }
+    runPreview(n);
+    if (renderMode == 0) click->render(n);
+    positionJumped = false;
+    processed = true;
+}
+
+void CQV::runPreview(int n) {
+    if (renderMode == 1 || !preview || !preview->getPlaying()) return;
+    CComp* out = getAudioOut();
+    COutputChannel* ch = out ? out->output() : nullptr;
+    if (ch) preview->process(ch->bufL, ch->bufR, tmpBuffers[0], tmpBuffers[1], n);
+}
+
+void CQV::subProcess(int n, int offset) {
+    for (const int kind : {int(listComps), int(listSends)}) {
+        for (CComp* c : each<CComp>(comps)) {
+            if (c->type != compAudioOut) continue;
+            for (CAudioCable* cable : each<CAudioCable>(c->audioCables))
+                if (cable->fromComp->listKind == kind) processComp(cable, n, cable->pdc, offset);
+        }
+    }
+    const bool strips = renderMode == 0 || (renderMode == 1 && !renderDry);
+    for (CComp* c : each<CComp>(comps)) {
+        if (c->type == compAudioOut || c->type == compMIDIOut) c->process(n);
+        if (c->type != compAudioOut || !strips) continue;
+        c->fx(n);
+        c->mix(n);
+    }
+    if (playing) advance(n);
+}
+
+void CQV::advance(int n) {
+    framesPlayed = framesPlayed + n;
+    double at = pos + framesToTicks(n);
+    const int from = loopStart, end = loopEnd;
+    if (sync == 1 && loop && end > from && at >= end) at = from + std::fmod(at - from, end - from);
+    pos = at;
+}
+
+namespace {
+
+/// The highest value so far stays in the hold, the live meter ends at full scale.
+void storePeak(float peak, Shared<float>& live, Shared<float>& hold) {
+    if (peak > hold) hold = peak;
+    live = std::min(peak, 1.0f);
+}
+
+void addDelayed(const COutputChannel* from, CInputChannel* to, CPDC* pdc, int frames) {
+    for (int i = 0; i < frames; ++i) {
+        float l = 0.0f, r = 0.0f;
+        pdc->exchange(from->bufL[i], from->bufR[i], l, r);
+        to->bufL[i] += l;
+        to->bufR[i] += r;
+    }
+}
+
+} // namespace
+
+void CQV::processComp(CAudioCable* cable, int n, CPDC* pdc, int) {
+    CComp* source = cable->fromComp;
+    if (source->busy) return;
+    source->process(n);
+    source->fx(n);
+    source->mix(n);
+    const COutputChannel* from = cable->fromChannel;
+    CInputChannel* to = cable->toChannel;
+    if (pdc->delay >= 1) {
+        addDelayed(from, to, pdc, n);
+    } else {
+        addScaled(to->bufL, from->bufL, n, 1.0f);
+        addScaled(to->bufR, from->bufR, n, 1.0f);
+    }
+    storePeak(highest(to->bufL, n, to->peakL), to->peakL, to->holdL);
+    storePeak(highest(to->bufR, n, to->peakR), to->peakR, to->holdR);
+}
