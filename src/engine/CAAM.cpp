@@ -1,0 +1,199 @@
+#include "engine/CAAM.h"
+
+#include "base/Delegates.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "engine/CQV.h"
+
+#include <cstdio>
+#include <dlfcn.h>
+
+CAAM* aam = nullptr;
+
+CStr CAAM::defaultPath() {
+    return extractFilePath(asAppname()) + "libaam" + ".so";
+}
+
+CAAM::CAAM(AamCallback blockCallback, const CStr& path) : callback(blockCallback) {
+    load(path);
+    if (libaam) {
+        call(aamInit, reinterpret_cast<intptr_t>(callback));
+        numMidiIns = int(call(aamMidiInCount));
+        numMidiOuts = int(call(aamMidiOutCount));
+        loaded = true;
+    }
+    getAudioDeviceNames();
+}
+
+CAAM::~CAAM() {
+    audioClose();
+    if (loaded) call(aamShutdown);
+    if (handle) dlclose(handle);
+    deleteAll<CAudioDevice>(audioDevs);
+    delete onChange;
+    if (qv && qv->aam == this) qv->aam = nullptr;
+    if (aam == this) aam = nullptr;
+}
+
+void CAAM::load(const CStr& path) {
+    handle = dlopen(path.asChar(), RTLD_LAZY);
+    if (!handle) {
+        std::printf("dlopen(): %s\n", dlerror());
+        return;
+    }
+    libaam = reinterpret_cast<AamEntry>(dlsym(handle, "libaam"));
+    if (!libaam) std::printf("dlsym(): %s\n", dlerror());
+}
+
+intptr_t CAAM::call(AamOp op, intptr_t a, intptr_t b) {
+    return libaam ? libaam(op, a, b) : 0;
+}
+
+CStr CAAM::nameFrom(AamOp op, int i) {
+    char name[aamNameBytes] = {};
+    call(op, i, reinterpret_cast<intptr_t>(name));
+    name[aamNameBytes - 1] = 0;
+    return name;
+}
+
+void CAAM::getAudioDeviceNames() {
+    deleteAll<CAudioDevice>(audioDevs);
+    const int count = int(call(aamDeviceCount));
+    for (int i = 0; i < count; ++i) audioDevs.add(new CAudioDevice(nameFrom(aamDeviceName, i)));
+}
+
+void CAAM::setFrames(int wanted) {
+    if (wanted >= aamMinFrames && wanted <= maxFrames) frames = wanted;
+}
+
+void CAAM::setRate(float wanted) {
+    if (wanted > 0.0f && wanted <= maxRate) rate = wanted;
+}
+
+void CAAM::setDriverType(int newType) {
+    audioClose();
+    driverType = newType;
+    getAudioDeviceNames();
+    device = 0;
+}
+
+bool CAAM::takeGranted() {
+    const auto grantedFrames = call(aamFrames);
+    float grantedRate = 0.0f;
+    call(aamRate, 0, reinterpret_cast<intptr_t>(&grantedRate));
+    if (grantedFrames < aamMinFrames || grantedFrames > maxFrames) return false;
+    if (!(grantedRate > 0.0f && grantedRate <= maxRate)) return false;
+    frames = int(grantedFrames);
+    rate = grantedRate;
+    return true;
+}
+
+void CAAM::audioOpen(int index) {
+    if (opened) return;
+    device = index;
+    if (!libaam) return;
+    call(aamRate, asRound(double(rate)));
+    call(aamFrames, frames);
+    if (call(aamOpen, device) == -1) return;
+    if (!takeGranted()) {
+        call(aamClose, device);
+        return;
+    }
+    if (onChange) (*onChange)(this);
+    numAudioIns = int(call(aamAudioInCount));
+    numAudioOuts = int(call(aamAudioOutCount));
+    call(aamStart);
+    opened = true;
+}
+
+void CAAM::audioClose() {
+    if (!opened) return;
+    call(aamStop, device);
+    call(aamClose, device);
+    numAudioIns = numAudioOuts = 0;
+    opened = false;
+    if (qv && qv->aam == this) qv->tasks->audioStopped();
+}
+
+bool CAAM::needReload() {
+    return call(aamNeedsReopen) == 1;
+}
+
+void CAAM::edit() {
+    call(aamSettings);
+}
+
+void CAAM::idle() {
+    if (needReload()) {
+        audioClose();
+        const int before = frames;
+        frames = -1; // whatever the device has by now
+        audioOpen(device);
+        if (!opened) frames = before;
+    }
+    if (!needReopen) return;
+    needReopen = false;
+    audioClose();
+    audioOpen(device);
+}
+
+CStr CAAM::audioName(int i) {
+    const auto* dev = static_cast<CAudioDevice*>(audioDevs.items(i));
+    return dev ? dev->name : CStr();
+}
+
+CStr CAAM::midiInName(int i) {
+    return nameFrom(aamMidiInName, i);
+}
+
+CStr CAAM::midiOutName(int i) {
+    return nameFrom(aamMidiOutName, i);
+}
+
+void CAAM::midiInEnable(int i, int on) {
+    call(aamMidiInEnable, i, on);
+}
+
+void CAAM::midiOutEnable(int i, int on) {
+    call(aamMidiOutEnable, i, on);
+}
+
+bool CAAM::midiInEnabled(int i) {
+    return call(aamMidiInEnabled, i) != 0;
+}
+
+bool CAAM::midiOutEnabled(int i) {
+    return call(aamMidiOutEnabled, i) != 0;
+}
+
+namespace {
+
+CStr dawName(int i) {
+    return "daw-" + asStr(i);
+}
+
+} // namespace
+
+CStr CAAM::audioInName(int i) {
+    return dawMode ? dawName(i) : nameFrom(aamAudioInName, i);
+}
+
+CStr CAAM::audioOutName(int i) {
+    return dawMode ? dawName(i) : nameFrom(aamAudioOutName, i);
+}
+
+void CAAM::audioInEnable(int i, int on) {
+    call(aamAudioInEnable, i, on);
+}
+
+void CAAM::audioOutEnable(int i, int on) {
+    call(aamAudioOutEnable, i, on);
+}
+
+bool CAAM::audioInEnabled(int i) {
+    return dawMode ? i < numAudioIns : call(aamAudioInEnabled, i) == 1;
+}
+
+bool CAAM::audioOutEnabled(int i) {
+    return dawMode ? i < numAudioOuts : call(aamAudioOutEnabled, i) == 1;
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "base/Atomic.h"
+#include "base/CList.h"
+#include "base/CObject.h"
+#include "base/CStr.h"
+
+class CComp;
+class CMIDIQ;
+class COutputChannel;
+struct CMIDIBytes;
+
+/// Leads one controller to one parameter. Fields in atomics are read by the graph while the map
+/// window changes them.
+class CMap : public CObject {
+public:
+    Shared<CComp*> comp{nullptr};           ///< top-level component that holds `target`
+    Shared<COutputChannel*> owner{nullptr}; ///< its output, when `target` is an insert or a send
+    Shared<CObject*> target{nullptr};       ///< a component, an output channel or a CSend
+    Shared<int> ch{1};                      ///< MIDI channel, shown only
+    Shared<int> cc{0};                      ///< controller number
+    Shared<int> param{0};                   ///< parameter of `target`
+    Shared<int> min{0}, max{127};           ///< range that a controller sweeps, in steps of 1/127
+    Shared<int> lastValue{-1};              ///< last data byte served
+    Shared<bool> changed{false};            ///< set when a value was passed on; lights its row
+    Shared<bool> learning{false};           ///< the next controller sets `cc`
+
+    /// Takes the number of controller event `e` when it is learning. Graph holder.
+    bool learn(const CMIDIBytes* e);
+    /// Inserts the parameter event of controller event `e` into `queue`, unless the value is the
+    /// one that was served last. Graph holder.
+    void serve(CMIDIQ* queue, const CMIDIBytes* e);
+    /// Loses the target, when it or what holds it is `gone`; true then.
+    bool forget(const CObject* gone);
+};
+
+/// A list of maps, one of which is in force: the host's `curMap`.
+class CMapProg : public CObject {
+public:
+    int value = 1;
+    CStr name = "program";
+    CList items; ///< of CMap, owned
+
+    CMapProg() = default;
+    ~CMapProg() override;
+    CMapProg(const CMapProg&) = delete;
+    CMapProg& operator=(const CMapProg&) = delete;
+};
+
+/// Where a parameter event for `target` has to go in order to reach it: the first input port of
+/// its component, of the component that owns the channel of an insert, or of the child that has the
+/// channel. Null when there is none.
+CMIDIQ* queueOfTarget(CObject* target);

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "base/Ring.h"
+#include "engine/CComp.h"
+
+constexpr int maxDeviceChannels = 32;
+
+/// What audio components on the edge of the graph share: the device channels that they stand for.
+class CDeviceAudio : public CComp {
+public:
+    explicit CDeviceAudio(CQV* root) : CComp(root) {}
+
+    int chs = 0;              ///< device channels in use: 0, 1 (both sides the same) or 2
+    int dev0 = -1, dev1 = -1; ///< their places among the enabled ones of the device, -1 unused
+    Shared<int> channelUsed[maxDeviceChannels];
+
+    /// Finds `chs`, `dev0` and `dev1`: the first two flags of `channelUsed`. Graph holder.
+    void setDevs();
+    void prepare(int frames) override;
+    void read(CStream* stream, int end) override;
+    void write(CStream* stream) override;
+};
+
+/// Inputs of the device; `libio` fills its output.
+class CAudioIn : public CDeviceAudio {
+public:
+    explicit CAudioIn(CQV* root);
+    void init() override;
+    void process(int frames) override;
+};
+
+/// Outputs of the device, where the traversal begins.
+class CAudioOut : public CDeviceAudio {
+public:
+    explicit CAudioOut(CQV* root);
+    void init() override;
+    void process(int frames) override;
+};
+
+/// MIDI inputs of the device; `libio` fills its port. Adds the notes of an on-screen keyboard, with
+/// velocity sensitivity and auto-quantise.
+class CMIDIIn : public CComp {
+public:
+    static constexpr int maxPending = 1024;
+    static constexpr int fullSens = 100;
+
+    explicit CMIDIIn(CQV* root);
+
+    int lastNote = -1;          ///< key held on the on-screen keyboard; interface thread
+    Shared<int> sens{fullSens}; ///< velocity sensitivity in percent; from 127 on velocities stay
+    Shared<int> autoq{-1};      ///< 16, 8, 4: notes wait for that part of a whole note; -1 off
+    Shared<int> device{-1};     ///< index of the device's MIDI input, -1 all
+    double pos = 0.0;           ///< ticks; graph holder
+
+    void init() override;
+    void process(int frames) override;
+    void setPos(double ticks) override { pos = ticks; }
+    void read(CStream* stream, int end) override;
+    void write(CStream* stream) override;
+
+    /// A message for the next block. Lost when 512 wait. Interface thread.
+    void addMidiEvent(int data);
+    /// A key of the on-screen keyboard was pressed or let go. Interface thread.
+    void playNote(int note, bool on);
+    /// Stores one of the four choices; others count as -1.
+    void setAutoq(int choice);
+
+private:
+    /// A message on its way, `frames` before it sounds.
+    struct Pending {
+        int data, frames, quantize; ///< `quantize`: frames that a note-on was shifted by
+    };
+    int withSens(int data) const;
+    int framesToGrid() const;
+    void accept(int data);
+    void sendDue(int frames);
+
+    Ring<int, 512> keyQueue;
+    Pending pending[maxPending];
+    int numPending = 0;
+};
+
+/// A MIDI output of the device; `libio` takes what arrives.
+class CMIDIOut : public CComp {
+public:
+    explicit CMIDIOut(CQV* root);
+
+    Shared<int> device{-1}; ///< index of the device's MIDI output, -1 all that are enabled
+
+    void init() override;
+    void process(int frames) override;
+    void read(CStream* stream, int end) override;
+    void write(CStream* stream) override;
+};

@@ -1,0 +1,150 @@
+#include "engine/MidiRouting.h"
+
+#include "engine/CClick.h"
+#include "engine/CMap.h"
+#include "engine/CQV.h"
+#include "engine/CUndo.h"
+#include "engine/MidiBytes.h"
+
+namespace {
+
+constexpr int unlearned = -2;
+
+bool isController(const CMIDIBytes* e) {
+    return e->kind == eventMidi && statusByte(e->data) == midiController;
+}
+
+/// Serves the bindings of the transport.
+class TransportBindings {
+public:
+    TransportBindings(CQV* host, const CMIDIBytes* e)
+        : qv(host), number(asByte1(e->data)), value(asByte2(e->data)) {}
+
+    void serve() {
+        if (bound(qv->ctrlStart) && value > 0 && !qv->playing) qv->start();
+        if (bound(qv->ctrlStop) && value > 0 && qv->playing) qv->stop();
+        if (bound(qv->ctrlRewind) && value > 0) qv->setPos(0.0);
+        if (bound(qv->ctrlRecord) && (value > 0) != (qv->recording != 0)) qv->rec();
+        if (bound(qv->ctrlTempo)) qv->setTempo(float(value * 2));
+    }
+
+private:
+    /// Whether the binding has this controller; one that learns takes it, and nothing more.
+    bool bound(Shared<int>& binding) const {
+        if (binding != unlearned) return binding == number;
+        binding = number;
+        qv->learned = 1;
+        return false;
+    }
+
+    CQV* qv;
+    int number, value;
+};
+
+} // namespace
+
+CMapProg* currentMaps(CQV* host) {
+    return static_cast<CMapProg*>(host->maps.items(host->curMap));
+}
+
+void CQV::handleMIDIIn() {
+    for (CComp* c : each<CComp>(comps)) {
+        CMIDIQ* port = c->type == compMIDIIn ? c->outPort() : nullptr;
+        for (CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
+            if (e->kind == eventMidi && statusByte(e->data) == midiProgram)
+                requestedProgram = asByte1(e->data);
+            if (!isController(e)) continue;
+            lastCC = e->data;
+            TransportBindings(this, e).serve();
+            serveMaps(e);
+        }
+    }
+}
+
+void CQV::serveMaps(CMIDIBytes* e) {
+    CMapProg* program = currentMaps(this);
+    if (!program) return;
+    for (CMap* map : each<CMap>(program->items)) {
+        if (!map->target) continue;
+        map->learn(e);
+        if (map->cc != asByte1(e->data)) continue;
+        if (CMIDIQ* queue = queueOfTarget(map->target)) map->serve(queue, e);
+        e->kind = eventConsumed;
+    }
+}
+
+bool CQV::midiMapped(CComp* c, CMIDIQ* queue, CMIDIBytes* e) {
+    CMapProg* program = currentMaps(this);
+    if (!program || !isController(e)) return false;
+    bool consumed = false;
+    for (CMap* map : each<CMap>(program->items)) {
+        if (!map->target || (map->target != c && map->comp != c)) continue;
+        if (map->learn(e)) consumed = true;
+        if (!queue || map->cc != asByte1(e->data)) continue;
+        map->serve(queue, e);
+        consumed = true;
+    }
+    return consumed;
+}
+
+namespace {
+
+CComp* feedingSeq(CObject* target) {
+    if (target->category == categoryComp) return static_cast<CComp*>(target)->sourceSeq;
+    CComp* c = nullptr;
+    if (target->asType(categoryChannel, channelOutput))
+        c = static_cast<COutputChannel*>(target)->comp;
+    else if (target->asType(0, typeSend))
+        c = static_cast<CSend*>(target)->comp;
+    return c ? c->sourceSeq.load() : nullptr;
+}
+
+bool holds(const COutputChannel* ch, const CObject* target) {
+    for (const CSend* send : ch->sendLevels)
+        if (send == target) return true;
+    return ch->inserts.contains(target);
+}
+
+/// Finds the top-level component in `list` that has the map's target as a channel, or within one.
+bool findPlace(CMap* map, const CList& list) {
+    for (CComp* c : each<CComp>(list)) {
+        for (COutputChannel* ch : each<COutputChannel>(c->outputs)) {
+            const bool within = holds(ch, map->target);
+            if (!within && ch != map->target) continue;
+            map->comp = c;
+            if (within) map->owner = ch;
+            return true;
+        }
+    }
+    return false;
+}
+
+CMap* findMap(const CMapProg* program, const CObject* target, int param) {
+    for (CMap* map : each<CMap>(program->items))
+        if (map->target == target && map->param == param) return map;
+    return nullptr;
+}
+
+} // namespace
+
+void CQV::addMap(CObject* target, int param, float value) {
+    if (!mapLearn) {
+        CComp* seq = recording ? feedingSeq(target) : nullptr;
+        if (seq) seq->recParam(target, param, value);
+        return;
+    }
+    CMapProg* program = currentMaps(this);
+    if (!program) return;
+    if (CMap* known = findMap(program, target, param)) {
+        known->learning = true;
+        return;
+    }
+    CUndo* step = undoStart("Add", this, updateMaps);
+    auto* map = new CMap;
+    map->target = target;
+    if (!findPlace(map, comps)) findPlace(map, sends);
+    map->param = param;
+    map->learning = true;
+    step->asAdd(map, &program->items);
+    undoEnd(step, true);
+}
