@@ -84,7 +84,6 @@ public:
     int sync = 0;
     static constexpr int macroCount = 8;
     int macroParams[macroCount] = {-1, -1, -1, -1, -1, -1, -1, -1}; ///< parameter index, -1 unused
-    bool summing = false; ///< latency before this component is being added up; graph holder
     int pullDepth = 0; ///< how deep the pull along cables is at present; host only, graph holder
 
     explicit CComp(CQV* root);

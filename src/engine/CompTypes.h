@@ -29,4 +29,4 @@ void enterCompType(int type, CompMaker maker);
 
 /// A new component of that type, without channels and ports (see `CComp::init`), owned by the
 /// caller; a plain `CComp` with type 0 when the type is unknown. `category` is not looked at.
-CComp* createComp(CQV* qv, unsigned char category, unsigned char type);
+CComp* createComp(CQV* root, unsigned char category, unsigned char type);

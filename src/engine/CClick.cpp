@@ -1,0 +1,106 @@
+#include "engine/CClick.h"
+
+#include "audiofiles/CSample.h"
+#include "audiofiles/SampleRender.h"
+#include "base/Numbers.h"
+#include "base/Random.h"
+#include "engine/CQV.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+/// Where a count-in begins in the sound: so near its end that nothing is heard of it.
+constexpr int silentTail = 100;
+constexpr float loudness = 3.0f;
+
+struct Burst {
+    static constexpr int frames = 4096;
+    static constexpr int rate = 44100;
+    static constexpr int peak = 32767;
+    static constexpr double phaseStep = 0.025;
+    static constexpr double share = 0.3;
+};
+
+} // namespace
+
+CClick::CClick(CQV* root) : host(root), sound(new CSample) {
+    defaultSound();
+}
+
+CClick::~CClick() {
+    delete sound;
+}
+
+void CClick::defaultSound() {
+    auto* values = static_cast<short*>(std::malloc(Burst::frames * sizeof(short)));
+    if (!values) throw std::bad_alloc();
+    double phase = 0.0;
+    for (int i = 0; i < Burst::frames; ++i) {
+        const int noise = asRandInt() % Burst::peak;
+        const int value = phase > 0.0 ? Burst::peak - noise : noise - Burst::peak;
+        const double envelope = 1.0 - double(i) / Burst::frames;
+        values[i] = short(short(value * Burst::share) * std::pow(envelope, 4));
+        phase += Burst::phaseStep;
+        if (phase > 1.0) phase = -1.0;
+    }
+    sound->close();
+    sound->setFormat(Burst::rate, 16, 1);
+    sound->takeData(reinterpret_cast<unsigned char*>(values), Burst::frames);
+}
+
+void CClick::setPos(double ticks) {
+    tickPos = std::fmod(ticks, beatTicks);
+    samplePos = host->ticksToFrames(tickPos);
+}
+
+void CClick::init() {
+    countIn = 0;
+    if (!enabled || !(mode & clickCountIn)) return;
+    const int length = asRound(host->ticksToFrames(double(beatTicks) * beats));
+    if (length < 1) return;
+    const int over = length % host->frames;
+    const int added = over ? host->frames - over : 0;
+    countIn = length + added;
+    tickPos += beatTicks - host->framesToTicks(added);
+    samplePos = sound->frames - silentTail;
+}
+
+bool CClick::audible() const {
+    if (!enabled || !sound->data || sound->streamed) return false;
+    return ((mode & clickCountIn) && countIn > 0) || ((mode & clickRecord) && host->recording) ||
+           ((mode & clickPlay) && host->playing);
+}
+
+void CClick::render(int frames) {
+    if (!host->playing && !host->recording) return;
+    CComp* out = host->getAudioOut();
+    COutputChannel* ch = out ? out->output() : nullptr;
+    for (int done = 0, n = 0; done < frames; done += n) {
+        n = frames - done;
+        const double left = beatTicks - tickPos;
+        const bool due = host->framesToTicks(n) >= left;
+        if (due) n = std::clamp(asRound(host->ticksToFrames(left)), 0, n);
+        const double fit = (double(sound->frames) - samplePos) / double(speed);
+        const int sounding = std::min(n, asInt(fit));
+        if (ch && sounding >= 1 && audible()) mix(ch, done, sounding);
+        samplePos = due ? 0.0 : samplePos + n * double(speed);
+        tickPos += host->framesToTicks(n) - (due ? beatTicks : 0);
+        countIn = std::max(countIn - n, 0);
+    }
+}
+
+void CClick::mix(COutputChannel* ch, int offset, int frames) {
+    float* left = host->tmpBuffers[0];
+    float* right = host->tmpBuffers[1];
+    if (!render_2(*sound, samplePos, double(speed), frames, left, right)) return;
+    const float level = volume;
+    const float factor = level * loudness * level;
+    for (int i = 0; i < frames; ++i) {
+        ch->bufL[offset + i] += left[i] * factor;
+        ch->bufR[offset + i] += right[i] * factor;
+    }
+}

@@ -1,0 +1,352 @@
+#include "engine/CQV.h"
+
+#include "audiofiles/CSample.h"
+#include "base/Delegates.h"
+#include "base/GraphMark.h"
+#include "base/Numbers.h"
+#include "engine/CAAM.h"
+#include "engine/CClick.h"
+#include "engine/CFileMapperBase.h"
+#include "engine/CMap.h"
+#include "engine/CPreviewBase.h"
+#include "engine/CUndo.h"
+#include "engine/DeviceComps.h"
+#include "engine/EditorHooks.h"
+#include "engine/TransportRing.h"
+#include "engine/Workers.h"
+
+#include <algorithm>
+
+CQV* qv = nullptr;
+
+namespace {
+
+constexpr float activityFall = 0.33f;
+constexpr unsigned updateDevice = 8;
+/// A take changes parts and the pool.
+constexpr unsigned takeFlags = 0x402000;
+
+/// The interface thread alone with the graph: no block, no worker.
+class Standstill {
+public:
+    explicit Standstill(CQV* host) : qv(host) {
+        qv->parkWorkers();
+        qv->audioSuspended.fetchAdd(1);
+        hold.emplace(qv);
+    }
+    ~Standstill() {
+        hold.reset();
+        qv->audioSuspended.fetchAdd(-1);
+        qv->unparkWorkers();
+    }
+    Standstill(const Standstill&) = delete;
+    Standstill& operator=(const Standstill&) = delete;
+
+private:
+    CQV* qv;
+    std::optional<GraphHold> hold;
+};
+
+} // namespace
+
+CQV::CQV() : CComp(this), UndoHost(this) {
+    type = compQV;
+    id = "sondrava";
+    tasks = new CTasks(this);
+    transport = new TransportRing;
+    click = new CClick(this);
+    inQueue = new CMIDIQ(nullptr);
+    createScratch();
+    peakThread = new CPeakThread(this);
+    peakThread->start();
+    peakThread->setPriority(CPeakThread::priority);
+}
+
+CQV::~CQV() {
+    writeSettings();
+    peakThread->finish();
+    for (CThread* thread : each<CThread>(threads)) thread->finish();
+    clear();
+    delete click;
+    delete tasks;
+    delete peakThread;
+    delete preview;
+    deleteAll<CThread>(threads);
+    destroyScratch();
+    delete inQueue;
+    delete renderCallback;
+    delete transport;
+}
+
+void CQV::createScratch() {
+    createStereo(tmpBuffers[0], tmpBuffers[1], frames);
+    createStereo(tmpBuffers[2], tmpBuffers[3], frames);
+}
+
+void CQV::destroyScratch() {
+    destroyStereo(tmpBuffers[0], tmpBuffers[1]);
+    destroyStereo(tmpBuffers[2], tmpBuffers[3]);
+}
+
+bool CQV::tryHold(GraphOwner who) {
+    GraphOwner expected = GraphOwner::free;
+    return owner.compare_exchange_strong(expected, who, std::memory_order_acquire,
+                                         std::memory_order_relaxed);
+}
+
+void CQV::releaseHold() {
+    owner.store(GraphOwner::free, std::memory_order_release);
+}
+
+void CQV::parkWorkers() {
+    peakThread->park();
+    for (CThread* thread : each<CThread>(threads)) thread->park();
+}
+
+void CQV::unparkWorkers() {
+    for (CThread* thread : each<CThread>(threads)) thread->unpark();
+    peakThread->unpark();
+}
+
+void CQV::addThread(CThread* thread) {
+    threads.add(thread);
+}
+
+void CQV::updatePeaks() {
+    peakThread->resume();
+}
+
+// The cycle's part of a component.
+
+void CQV::prepare(int n) {
+    CComp::prepare(n);
+    int solo = 0;
+    for (const CComp* c : each<CComp>(comps))
+        for (const COutputChannel* ch : each<COutputChannel>(c->outputs))
+            if (ch->solo) solo = 1;
+    masterSeq = nullptr;
+    for (CComp* c : each<CComp>(comps)) {
+        c->listKind = listComps;
+        for (COutputChannel* ch : each<COutputChannel>(c->outputs)) ch->anySolo = solo;
+        c->prepare(n);
+        if (!masterSeq && c->type == compSeq) masterSeq = c;
+    }
+    for (CComp* c : each<CComp>(sends)) {
+        c->listKind = listSends;
+        for (COutputChannel* ch : each<COutputChannel>(c->outputs)) ch->anySolo = 0;
+        c->prepare(n);
+    }
+}
+
+void CQV::setFrames(int n) {
+    if (n == frames || n < 1) return;
+    const GraphHold hold(this);
+    frames = n;
+    createScratch();
+    CComp::setFrames(n);
+    for (CComp* c : each<CComp>(comps)) c->setFrames(n);
+    for (CComp* c : each<CComp>(sends)) c->setFrames(n);
+    setHeldFrames(n);
+}
+
+void CQV::setRate(double hz) {
+    if (!(hz >= minRate) || float(hz) == rate) return;
+    const GraphHold hold(this);
+    rate = float(hz);
+    invRate = float(1.0 / hz);
+    framesInMs = std::max(asRound(hz * 0.001), 1);
+    CComp::setRate(hz);
+    for (CComp* c : each<CComp>(comps)) c->setRate(hz);
+    for (CComp* c : each<CComp>(sends)) c->setRate(hz);
+    setHeldRate(hz);
+}
+
+CStr CQV::getName(CObject* io) {
+    if (io == this) return "Master";
+    const int in = inputs.indexed(io), out = outputs.indexed(io);
+    if (in >= 0) return "Out " + asStr(in + 1);
+    if (out >= 0) return "In " + asStr(out + 1);
+    return id;
+}
+
+// The interface tick.
+
+void CQV::idle() {
+    if (idling) return;
+    idling = true;
+    CComp::idle();
+    if (preview) preview->idle();
+    idleTake();
+    idleRender();
+    idleProgramChange();
+    for (CComp* c : each<CComp>(comps)) c->idle();
+    for (CComp* c : each<CComp>(sends)) c->idle();
+    editorHooks()->mainIdle();
+    midiActivity = std::max(midiActivity - activityFall, 0.0f);
+    for (CComp* c : each<CComp>(comps)) c->afteridle();
+    for (CComp* c : each<CComp>(sends)) c->afteridle();
+    if (aam) aam->idle();
+    tasks->exec(true);
+    undoIdle();
+    idling = false;
+}
+
+void CQV::idleTake() {
+    if (recording && !recUndo)
+        recUndo = undoStart("Record", this, takeFlags);
+    else if (!recording && recUndo)
+        finishTake();
+}
+
+void CQV::finishTake() {
+    // What the take still has in its queues belongs to this step.
+    for (CComp* c : each<CComp>(comps))
+        if (c->type == compSeq) c->idle();
+    undoEnd(recUndo, false);
+    for (CComp* c : each<CComp>(comps)) c->afterRec();
+    recUndo = nullptr;
+}
+
+void CQV::idleRender() {
+    if (renderPending || !renderCallback) return;
+    const GraphHold hold(this);
+    COnChange* callback = renderCallback;
+    renderCallback = nullptr;
+    (*callback)(this);
+    delete callback;
+    renderMode = 0;
+}
+
+void CQV::idleProgramChange() {
+    const int program = requestedProgram.exchange(-1);
+    if (program >= 0 && fileMapper && fileMapper->enabled()) fileMapper->setProgram(program, true);
+}
+
+bool CQV::addTask(COnChange* delegate, CObject* arg) {
+    return tasks->add(delegate, arg);
+}
+
+void CQV::setRenderCallback(COnChange* callback) {
+    if (renderCallback) {
+        delete callback;
+        return;
+    }
+    renderCallback = callback;
+    renderPending = true;
+}
+
+void CQV::aamChanged(CObject*) {
+    setFrames(aam->frames);
+    setRate(double(aam->rate));
+    update(updateDevice);
+}
+
+// A project's beginning and end.
+
+void CQV::init() {
+    const Standstill still(this);
+    destroyBuffers();
+    projectFile = "";
+    readSettings();
+    for (Shared<int>* binding : {&ctrlStart, &ctrlStop, &ctrlRewind, &ctrlRecord, &ctrlTempo})
+        *binding = -1;
+    loop = 1;
+
+    auto* midiIn = new CMIDIIn(this);
+    addDevice(midiIn, midiIn->posX + 64, midiIn->posY);
+    addDevice(new CMIDIOut(this), 96, 256);
+    int ins = 0, outs = 0;
+    for (int i = 0; aam && i < maxDeviceChannels; ++i) {
+        if (aam->audioInEnabled(i)) ++ins;
+        if (aam->audioOutEnabled(i)) ++outs;
+    }
+    addAudioDevices<CAudioIn>(ins, 32);
+    addAudioDevices<CAudioOut>(outs, 32 + 256);
+    maps.add(new CMapProg);
+}
+
+void CQV::addDevice(CComp* c, int x, int y) {
+    c->posX = x;
+    c->posY = y;
+    c->init();
+    c->createBuffers(frames);
+    comps.add(c);
+}
+
+template <class Device>
+void CQV::addAudioDevices(int channels, int y) {
+    constexpr int left = 32 + 192, step = 16;
+    for (int k = 0; k == 0 || k < channels; k += 2) {
+        auto* c = new Device(this);
+        if (channels > 2) c->id = "[" + asStr(k + 1) + "+" + asStr(k + 2) + "] " + c->id;
+        for (int i = k; i < std::min(k + 2, channels); ++i) c->channelUsed[i] = 1;
+        addDevice(c, left + step * k, y + step * k);
+    }
+}
+
+void CQV::clear() {
+    const Standstill still(this);
+    if (playing || recording) stopNow();
+    if (recUndo) finishTake();
+    settle();
+    emptyProject();
+}
+
+void CQV::emptyProject() {
+    id = "sondrava";
+    audioFolder = "";
+    playing = 0;
+    modified = false;
+    masterSeq = nullptr;
+    setPosNow(0.0);
+    undoClear();
+    deleteAll<CMIDIQ>(outPorts);
+    deleteAll<CMIDICable>(midiCables);
+    deleteAll<CInputChannel>(inputs);
+    deleteAll<COutputChannel>(outputs);
+    deleteAll<CAudioCable>(audioCables);
+    deleteAll<CComp>(comps);
+    deleteAll<CComp>(sends);
+    deleteAll<CSample>(samples);
+    deleteAll<CMapProg>(maps);
+    curMap = 0;
+    editorHooks()->deleteMap(this);
+    mapStruct = CEditorStruct();
+    mapStruct.width = 384;
+    mapStruct.height = 236;
+}
+
+// Looking up.
+
+CComp* CQV::firstOfType(int wanted) {
+    for (CComp* c : each<CComp>(comps))
+        if (c->type == wanted) return c;
+    return nullptr;
+}
+
+CComp* CQV::getAudioOut() {
+    return firstOfType(compAudioOut);
+}
+
+CComp* CQV::getAudioIn() {
+    return firstOfType(compAudioIn);
+}
+
+CComp* CQV::getMIDIIn() {
+    return firstOfType(compMIDIIn);
+}
+
+CComp* CQV::getMIDIOut() {
+    return firstOfType(compMIDIOut);
+}
+
+CStr CQV::autoNameComp(const CStr& name) {
+    const auto taken = [this](const CStr& wanted) {
+        for (const CComp* c : each<CComp>(comps))
+            if (c->id == wanted) return true;
+        return false;
+    };
+    CStr free = name;
+    for (int i = 1; taken(free); ++i) free = name + "-" + asStr(i);
+    return free;
+}

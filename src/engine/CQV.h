@@ -1,0 +1,204 @@
+#pragma once
+
+#include "base/Atomic.h"
+#include "base/CSettings.h"
+#include "engine/CComp.h"
+#include "engine/CTasks.h"
+#include "engine/GraphHold.h"
+#include "engine/UndoHost.h"
+
+class CAAM;
+class CClick;
+class CFileMapperBase;
+class CPeakThread;
+class COnChange;
+class CPreviewBase;
+class CStringList;
+class CThread;
+class TransportRing;
+struct TransportCall;
+
+/// Slowest rate that the engine runs at.
+constexpr double minRate = 8000.0;
+
+/// The host: root of the graph, owner of everything that lives for the length of a run. One object,
+/// reached through `qv`.
+///
+/// Transport calls (start, stop, rec, setPos and their synced kin) may come from the interface
+/// thread: while blocks are coming they are queued and served at the start of the next one, else,
+/// and for a thread that holds the graph, they act at once, so that a getter sees the result.
+class CQV : public CComp, public UndoHost {
+public:
+    int pdcInDelay = 0, pdcSendDelay = 0;
+    CList samples; ///< of CSample, owned: the project's pool
+    Shared<bool> renderPending{false};
+    bool settingsEnabled = true;
+    COnChange* renderCallback = nullptr; ///< owned until called
+    Shared<float> midiActivity{0.0f};
+    Shared<int> audioSuspended{0}; ///< counts suspensions; the callback then only plays silence
+    Shared<double> pos{0.0};       ///< ticks
+    Shared<float> tempoNow{120.0f}, tempo{120.0f}; ///< beats per minute, 10 to 250
+    Shared<int> playing{0}, recording{0};
+    Shared<int> renderMode{0}; ///< 1: the graph belongs to an offline operation
+    bool renderDry = false, renderFreeze = false;
+    Shared<int64_t> framesPlayed{0}; ///< since position 0
+    Shared<bool> modified{false}, transportChanged{false};
+    float* tmpBuffers[4] = {}; ///< owned, `frames` each; graph holder
+    int frames = 1024;
+    Shared<float> rate{44100.0f}, invRate{1.0f / 44100.0f};
+    CComp* masterSeq = nullptr; ///< first sequencer, found in `prepare`; graph holder
+    CAAM* aam = nullptr;        ///< not owned
+    Shared<int> ctrlStart{-1}, ctrlStop{-1}, ctrlRewind{-1}, ctrlRecord{-1}, ctrlTempo{-1};
+    Shared<int> lastCC{0}, learned{0};
+    CTasks* tasks; ///< owned
+    CStr tempAudioFolder, audioFolder;
+    CList sends; ///< of CGroupCh, owned
+    CStr projectFile;
+    CStr presetFolder, clipFolder, sampleFolder;
+    Shared<int> loopStart{0}, loopEnd{3840}, loop{0}; ///< ticks
+    bool positionJumped = false;                      ///< during the block after a transport change
+    CClick* click;                                    ///< owned
+    CPreviewBase* preview = nullptr;                  ///< owned
+    CFileMapperBase* fileMapper = nullptr;            ///< not owned
+    bool idling = false;
+    double startTime = 0.0; ///< milliseconds
+    int startPos = 0;
+    Shared<float> listenVolume{1.0f}; ///< squared at the device outputs
+    CSettings settings;
+    CList threads;                    ///< of CThread, owned
+    CMIDIQ* inQueue;                  ///< owned; the tempo map
+    int mapLearn = 0;                 ///< 1: `addMap` makes maps
+    int recBits = 16;                 ///< of recorded files
+    int recLatency = 0;               ///< frames
+    Shared<int> requestedProgram{-1}; ///< program change on its way to the file mapper, -1 none
+    unsigned delayRounds = 0;         ///< counts the workings-out of latency; graph holder
+
+    CQV();
+    ~CQV() override;
+
+    // Of CComp.
+    void idle() override;
+    void start() override;
+    void stop() override;
+    void setPos(double ticks) override;
+    void prepare(int frames) override;
+    void setFrames(int frames) override;
+    void setRate(double rate) override;
+    /// Empties the project. Interface thread, with no task pending that names what goes.
+    void clear() override;
+    void process(int frames) override;
+    CStr getName(CObject* io) override;
+    void read(CStream*, int) override {}
+    void write(CStream*) override {}
+    /// The device components of a new project, from the enabled channels.
+    void init() override;
+    double getSync(int) override { return sync; }
+    void setLoop(int on) override { loop = on; }
+    int getLoop() override { return loop; }
+
+    // Transport.
+    using CComp::rec;
+    /// Recording on or off; stopped, begins with the count-in if there is one.
+    void rec();
+    /// Clamped; in force from the next block on. Any thread.
+    void setTempo(float bpm);
+    /// Makes a call now, or at the start of the next block if that has to wait (see above).
+    void onTransport(const TransportCall& call);
+    void startSynced();
+    void stopSynced();
+    void setPosSynced(double ticks);
+    void setTempoSynced(float bpm);
+    /// At the constant tempo of this block.
+    double framesToTicks(double f) const;
+    double ticksToFrames(double ticks) const;
+    void createTempoMap();
+
+    // Deferred and exclusive work.
+    /// Takes the delegate; false, and it is deleted, when too much waits. Interface thread.
+    bool addTask(COnChange* delegate, CObject* arg);
+    /// Asks for the graph for as long as the callback runs; ignored while one is registered.
+    void setRenderCallback(COnChange* callback);
+    void addThread(CThread* thread);
+
+    // Looking up. Null where there is none.
+    CComp* getAudioOut();
+    CComp* getAudioIn();
+    CComp* getMIDIIn();
+    CComp* getMIDIOut();
+    CComp* getMasterSeq() { return masterSeq; }
+    CComp* firstOfType(int type);
+    CStr autoNameComp(const CStr& name);
+
+    // Edits.
+    /// The user moved a parameter: while recording the sequencer takes it down, with `mapLearn` it
+    /// gets a controller map instead, that learns the next controller. Interface thread.
+    void addMap(CObject* target, int param, float value);
+    /// A send bus, cabled to the audio out; at most 32, else "Too many sends".
+    void addSendClicked(CObject* = nullptr);
+    void addGroupClicked(CObject* = nullptr);
+
+    // Settings.
+    void readSettings();
+    void writeSettings();
+    int storeInt(const CStr& key, int def);
+    /// Entries of a folder section, "name=path" each; without any, the folder that is found.
+    void getFolders(const CStr& section, CStringList* names, CStringList* paths);
+
+    void setModified() { modified = true; }
+    /// Wakes the thread that computes peak images. Interface thread.
+    void updatePeaks();
+    /// The device was opened: takes on its block size and rate.
+    void aamChanged(CObject*);
+
+    // For the cycle (Cycle.cpp). Graph holder.
+    void subProcess(int frames, int offset);
+    void processComp(CAudioCable* cable, int frames, CPDC* pdc, int offset);
+    void calcPDC();
+    void handleMIDIIn();
+    /// Offers a controller to the maps of one component; true when it is consumed.
+    bool midiMapped(CComp* c, CMIDIQ* queue, CMIDIBytes* e);
+
+    // The hold on the graph: for GraphHold and the driver's callback.
+    bool tryHold(GraphOwner who);
+    void releaseHold();
+    /// Whether a transport call of this thread has to wait for the next block.
+    bool mustQueue() const;
+    /// Makes the transport calls that wait. Graph holder.
+    void serveTransport();
+    bool transportWaiting() const;
+
+    // Workers.
+    /// Has every worker stand still while content that it may be using is freed.
+    void parkWorkers();
+    void unparkWorkers();
+
+private:
+    std::atomic<GraphOwner> owner{GraphOwner::free};
+    TransportRing* transport; ///< owned
+    CPeakThread* peakThread;  ///< owned
+
+    void startNow();
+    void stopNow();
+    void recNow();
+    void setPosNow(double ticks);
+    void startRecording();
+
+    void runBlock(int frames);
+    void serveMaps(CMIDIBytes* e);
+    void runPreview(int frames);
+    void advance(int frames);
+
+    void createScratch();
+    void destroyScratch();
+    void emptyProject();
+    void addDevice(CComp* c, int x, int y);
+    template <class Device>
+    void addAudioDevices(int channels, int y);
+
+    void idleTake();
+    void finishTake();
+    void idleRender();
+    void idleProgramChange();
+};
+
+extern CQV* qv;

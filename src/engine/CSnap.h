@@ -1,0 +1,28 @@
+#pragma once
+
+#include "base/CObject.h"
+
+class COnChange;
+
+/// A choice of grid. Interface thread.
+class CSnap : public CObject {
+public:
+    int index = 3;        ///< 0 to 6: 30, 60, 120, 240, 480, 960 ticks, and a bar of `num`/`den`
+    int num = 4, den = 4; ///< 1 to 960 (see `setBar`)
+    bool active = true;
+    bool triplet = false, dotted = false; ///< dotted goes first
+    COnChange* onChange = nullptr;        ///< owned
+
+    CSnap() = default;
+    ~CSnap() override;
+    CSnap(const CSnap&) = delete;
+    CSnap& operator=(const CSnap&) = delete;
+
+    /// Calls `onChange`, that may refresh `num` and `den`; then `getTicks`, or 1 when not active.
+    int val();
+    int getTicks() const;           ///< at least 1
+    int asIndex() const;            ///< 3 for an `index` out of range
+    void indexToSnap(int newIndex); ///< ignored out of range
+    /// Clamps both.
+    void setBar(int newNum, int newDen);
+};
