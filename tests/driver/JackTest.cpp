@@ -1,0 +1,208 @@
+#include "driver/Module.h"
+#include "driver/Servers.h"
+
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+#include <jack/jack.h>
+#include <jack/midiport.h>
+
+namespace {
+
+/// Another program on the server, with a port of each kind.
+class Peer {
+public:
+    jack_client_t* client;
+    jack_port_t *audioIn, *audioOut, *midiIn, *midiOut;
+    std::vector<float> heard; ///< reserved; what does not fit is not kept
+    struct Message {
+        uint32_t frame;
+        std::vector<unsigned char> bytes;
+    };
+    std::vector<Message> toSend, received;
+    std::atomic<bool> sending{false}, listening{false};
+
+    Peer() : client(jack_client_open("peer", JackNoStartServer, nullptr)) {
+        const auto port = [&](const char* name, const char* type, unsigned long flags) {
+            return jack_port_register(client, name, type, flags, 0);
+        };
+        audioIn = port("audio_in", JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput);
+        audioOut = port("audio_out", JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput);
+        midiIn = port("midi_in", JACK_DEFAULT_MIDI_TYPE, JackPortIsInput);
+        midiOut = port("midi_out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput);
+        heard.reserve(1 << 20);
+        const auto block = [](jack_nframes_t n, void* peer) {
+            static_cast<Peer*>(peer)->process(n);
+            return 0;
+        };
+        jack_set_process_callback(client, block, this);
+        jack_activate(client);
+    }
+    ~Peer() { jack_client_close(client); }
+    Peer(const Peer&) = delete;
+    Peer& operator=(const Peer&) = delete;
+
+    bool join(const char* from, const char* to) const {
+        return waitFor([&] { return jack_connect(client, from, to) == 0; });
+    }
+
+private:
+    void process(jack_nframes_t n) {
+        const auto* in = static_cast<const float*>(jack_port_get_buffer(audioIn, n));
+        if (listening && heard.size() + n <= heard.capacity())
+            heard.insert(heard.end(), in, in + n);
+        auto* out = static_cast<float*>(jack_port_get_buffer(audioOut, n));
+        std::fill_n(out, n, 0.25f);
+        void* events = jack_port_get_buffer(midiOut, n);
+        jack_midi_clear_buffer(events);
+        if (sending.exchange(false)) {
+            for (const Message& m : toSend)
+                jack_midi_event_write(events, m.frame, m.bytes.data(), m.bytes.size());
+        }
+        events = jack_port_get_buffer(midiIn, n);
+        jack_midi_event_t event;
+        for (uint32_t i = 0; jack_midi_event_get(&event, events, i) == 0; ++i)
+            received.push_back({event.time, {event.buffer, event.buffer + event.size}});
+    }
+};
+
+class Jack : public testing::Test {
+protected:
+    JackServer server;
+    Module module;
+    int jack() const { return module.device("JACK"); }
+};
+
+} // namespace
+
+TEST_F(Jack, IsListedFirstAndTakesTheBlockButNotTheRate) {
+    EXPECT_EQ(jack(), 0);
+    for (const int frames : {64, 256, 1000, 1024}) {
+        ASSERT_TRUE(module.open(jack(), frames, 96000));
+        EXPECT_EQ(module(aamFrames), frames);
+        EXPECT_EQ(module.rate(), 44100.0f);
+        ASSERT_TRUE(module.waitBlocks(3));
+        EXPECT_EQ(module.frames, frames);
+        EXPECT_EQ(module(aamNeedsReopen), 0) << "its own change of the block is no cause";
+        EXPECT_EQ(module.name(aamAudioOutName, 1), "playback_2");
+        module.close();
+    }
+}
+
+/// In freewheel mode the server waits for everybody, so not one sample may be missing.
+TEST_F(Jack, PlaysEverySampleAndRecordsFromItsPorts) {
+    constexpr float step = 0x1p-22f;
+    int64_t played = 0;
+    std::atomic<float> recorded{0};
+    module.program = [&](const Block& b) {
+        for (long i = 0; i < b.frames; ++i) {
+            b.outs[0][i] = 0.0f;
+            b.outs[1][i] = float(++played % (1 << 22)) * step;
+        }
+        recorded = b.ins[0][b.frames - 1];
+        return 0L;
+    };
+    ASSERT_TRUE(module.open(jack(), 64, 44100));
+    Peer peer;
+    ASSERT_TRUE(peer.join("Sondrava:out_2", "peer:audio_in"));
+    ASSERT_TRUE(peer.join("peer:audio_out", "Sondrava:in_1"));
+    jack_set_freewheel(peer.client, 1);
+    ASSERT_TRUE(module.waitBlocks(10)); // those under way when the mode changed are over
+    peer.listening = true;
+    ASSERT_TRUE(module.waitBlocks(5000));
+    peer.listening = false;
+    jack_set_freewheel(peer.client, 0);
+    module.close();
+    EXPECT_EQ(recorded, 0.25f);
+    ASSERT_GT(peer.heard.size(), 64u * 4000);
+    for (size_t i = 1; i < peer.heard.size(); ++i)
+        ASSERT_EQ(peer.heard[i] - peer.heard[i - 1], step) << "at sample " << i;
+}
+
+TEST_F(Jack, CarriesChannelMessagesWithTheirFrames) {
+    struct Case {
+        uint32_t frame;
+        std::vector<unsigned char> bytes;
+        int32_t data; ///< 0: does not pass
+    };
+    const Case cases[] = {{0, {0x90, 60, 100}, 0x643C90},
+                          {17, {0xC5, 12}, 0x0CC5},
+                          {17, {0xF8}, 0},
+                          {99, {0xF0, 1, 2, 0xF7}, 0},
+                          {200, {0xE3, 1, 127}, 0x7F01E3},
+                          {255, {0x80, 60, 0}, 0x3C80}};
+    ASSERT_EQ(module.name(aamMidiInName, 0), "JACK MIDI in");
+    ASSERT_EQ(module.name(aamMidiOutName, 0), "JACK MIDI out");
+    module(aamMidiInEnable, 0, 1);
+    module(aamMidiOutEnable, 0, 1);
+    std::vector<AamEvent> got;
+    got.reserve(1000);
+    module.program = [&](const Block& b) {
+        got.insert(got.end(), b.events, b.events + b.numEvents);
+        return long(b.numEvents); // sent back
+    };
+    ASSERT_TRUE(module.open(jack(), 256, 44100));
+    Peer peer;
+    for (const Case& c : cases) peer.toSend.push_back({c.frame, c.bytes});
+    ASSERT_TRUE(peer.join("peer:midi_out", "Sondrava:midi_in_1"));
+    ASSERT_TRUE(peer.join("Sondrava:midi_out_1", "peer:midi_in"));
+    peer.sending = true;
+    ASSERT_TRUE(waitFor([&] { return !peer.sending; }));
+    ASSERT_TRUE(module.waitBlocks(4));
+    module.close();
+    jack_deactivate(peer.client);
+
+    size_t n = 0;
+    for (const Case& c : cases) {
+        if (!c.data) continue;
+        ASSERT_LT(n, std::min(got.size(), peer.received.size()));
+        EXPECT_EQ(got[n].data, c.data);
+        EXPECT_EQ(got[n].device, 0);
+        EXPECT_EQ(got[n].frame, int(c.frame));
+        EXPECT_EQ(peer.received[n].frame, c.frame);
+        EXPECT_EQ(peer.received[n].bytes, c.bytes);
+        ++n;
+    }
+    EXPECT_EQ(got.size(), n);
+    EXPECT_EQ(peer.received.size(), n);
+}
+
+TEST_F(Jack, AsksToBeReopenedWhenTheServerChangesItsBlock) {
+    ASSERT_TRUE(module.open(jack(), 256, 44100));
+    ASSERT_TRUE(module.waitBlocks(3));
+    std::atomic<bool> other{false};
+    module(aamStop);
+    module.program = [&](const Block& b) {
+        if (b.frames != 256) other = true;
+        return 0L;
+    };
+    module(aamStart);
+    Peer peer;
+    jack_set_buffer_size(peer.client, 512);
+    ASSERT_TRUE(waitFor([&] { return module(aamNeedsReopen) == 1; }));
+    EXPECT_EQ(module(aamNeedsReopen), 0);
+    EXPECT_FALSE(other) << "no block of a size that was not granted";
+    module.close();
+    ASSERT_TRUE(module.open(jack(), -1, 44100));
+    EXPECT_EQ(module(aamFrames), 512);
+}
+
+TEST_F(Jack, OutlivesItsServer) {
+    const int device = jack();
+    ASSERT_TRUE(module.open(device, 256, 44100));
+    ASSERT_TRUE(module.waitBlocks(3));
+    server.kill();
+    ASSERT_TRUE(waitFor([&] { return module(aamNeedsReopen) == 1; }));
+    EXPECT_EQ(module(aamNeedsReopen), 0);
+    const int64_t seen = module.blocks;
+    module.close();
+    EXPECT_FALSE(module.open(device, -1, 44100));
+    EXPECT_EQ(module.blocks, seen);
+    EXPECT_EQ(jack(), -1) << "gone from the list";
+    ASSERT_TRUE(module.open(module.device("Silent clock"), 256, 44100));
+    EXPECT_TRUE(module.waitBlocks(3));
+}
+
+TEST_F(Jack, ReopensAHundredTimes) {
+    reopenHundredTimes(module, jack());
+}

@@ -1,0 +1,115 @@
+#include "driver/Servers.h"
+
+#include "driver/Module.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <jack/jack.h>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+pid_t launch(const std::vector<std::string>& command) {
+    std::vector<char*> arguments;
+    for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
+    arguments.push_back(nullptr);
+    const pid_t pid = fork();
+    if (pid != 0) return pid;
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    const int nowhere = open("/dev/null", O_RDWR);
+    for (int stream = 0; stream < 3; ++stream) dup2(nowhere, stream);
+    execvp(arguments[0], arguments.data());
+    _exit(127);
+}
+
+void waitForFile(const std::string& path) {
+    if (!waitFor([&] { return std::filesystem::exists(path); }))
+        throw std::runtime_error("no " + path);
+}
+
+std::string newServerName() {
+    static int count = 0;
+    const std::string name =
+        "sondrava-test-" + std::to_string(getpid()) + "-" + std::to_string(++count);
+    setenv("JACK_DEFAULT_SERVER", name.c_str(), 1);
+    return name;
+}
+
+} // namespace
+
+Child::Child(const std::vector<std::string>& command) : pid(launch(command)) {
+}
+
+void Child::end(int signal) {
+    if (pid <= 0) return;
+    kill(pid, signal);
+    waitpid(pid, nullptr, 0);
+    pid = -1;
+}
+
+int runCommand(const std::vector<std::string>& command) {
+    int status = 0;
+    waitpid(launch(command), &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TempFolder::TempFolder() {
+    std::string pattern = std::filesystem::temp_directory_path() / "sondrava-XXXXXX";
+    if (!mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
+    path = pattern;
+}
+
+TempFolder::~TempFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(path, ignored);
+}
+
+JackServer::JackServer()
+    : server({"jackd", "-r", "-n", newServerName(), "-d", "dummy", "-r", "44100", "-p", "256", "-C",
+              "2", "-P", "2"}) {
+    jack_set_error_function([](const char*) {});
+    const bool up = waitFor([] {
+        jack_client_t* client = jack_client_open("probe", JackNoStartServer, nullptr);
+        if (client) jack_client_close(client);
+        return client != nullptr;
+    });
+    if (!up) throw std::runtime_error("jackd does not answer");
+}
+
+PulseServer::PulseServer() {
+    const std::string busFile = runtime.file("bus");
+    for (const char* name : {"XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "HOME"})
+        setenv(name, runtime.path.c_str(), 1);
+    setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + busFile).c_str(), 1);
+    bus = std::make_unique<Child>(std::vector<std::string>{"dbus-daemon", "--session", "--nofork",
+                                                           "--address=unix:path=" + busFile});
+    waitForFile(busFile);
+    graph = std::make_unique<Child>(std::vector<std::string>{"pipewire"});
+    waitForFile(runtime.file("pipewire-0"));
+    policy = std::make_unique<Child>(std::vector<std::string>{"wireplumber"});
+    sound = std::make_unique<Child>(std::vector<std::string>{"pipewire-pulse"});
+    waitForFile(runtime.file("pulse/native"));
+    const auto add = [](const char* name, const char* kind) {
+        const auto command = {std::string("pactl"),
+                              std::string("load-module"),
+                              std::string("module-null-sink"),
+                              std::string("rate=48000"),
+                              "sink_name=" + std::string(name),
+                              "media.class=" + std::string(kind)};
+        if (!waitFor([&] { return runCommand(command) == 0; }))
+            throw std::runtime_error("no sink " + std::string(name));
+    };
+    add("first", "Audio/Sink");
+    add("second", "Audio/Sink");
+    add("tone", "Audio/Source/Virtual");
+    const auto isDefault = [] { return runCommand({"pactl", "set-default-sink", "first"}) == 0; };
+    if (!waitFor(isDefault)) throw std::runtime_error("no default sink");
+}
+
+PulseServer::~PulseServer() {
+    for (auto* child : {&sound, &policy, &graph, &bus}) child->reset();
+}
