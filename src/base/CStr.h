@@ -9,9 +9,8 @@ class CStr {
 public:
     CStr() noexcept : text(emptyText) {}
     CStr(const char* s); // NOLINT(google-explicit-constructor): literals pass as CStr
-    template <class C>
-    requires std::same_as<C, char> CStr(C c)
-        : CStr(&c, 1) {}           ///< one character; only a `char`, so that no number becomes text
+    /// One character. Of exactly this type, so that no number becomes text.
+    CStr(std::same_as<char> auto c) : CStr(&c, 1) {}
     CStr(const char* s, size_t n); ///< the first `n` bytes of `s`, which has that many
     CStr(const CStr& s);
     CStr(CStr&& s) noexcept : text(s.text) { s.text = emptyText; }

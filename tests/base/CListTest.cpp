@@ -1,0 +1,187 @@
+#include "base/CList.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <random>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Model = std::vector<int*>;
+
+Model contents(const CList& list) {
+    Model all;
+    for (int* p : each<int>(list)) all.push_back(p);
+    return all;
+}
+
+void expectEqual(const CList& list, const Model& model) {
+    ASSERT_EQ(contents(list), model);
+    ASSERT_EQ(list.getCount(), int(model.size()));
+    ASSERT_EQ(list.last(), model.empty() ? nullptr : model.back());
+    ASSERT_EQ(list.getFirst(), model.empty() ? nullptr : model.front());
+}
+
+} // namespace
+
+/// Whatever is done to a list, its chain, count and tail agree with an array to which the same is
+/// done.
+TEST(CList, AgreesWithAnArray) {
+    std::mt19937 random(1);
+    int values[8];
+    CList list, other;
+    Model model, otherModel;
+    for (int step = 0; step < 20000; ++step) {
+        int* p = &values[random() % 8];
+        const int i = int(random() % 12) - 2;
+        const int size = int(model.size());
+        const auto at = std::find(model.begin(), model.end(), p);
+        const auto atOther = std::find(otherModel.begin(), otherModel.end(), p);
+        switch (random() % 9) {
+        case 0:
+            list.add(p);
+            model.push_back(p);
+            break;
+        case 1:
+            list.insert(i, p);
+            model.insert(model.begin() + std::clamp(i, 0, size), p);
+            break;
+        case 2:
+            list.del(i);
+            if (i >= 0 && i < size) model.erase(model.begin() + i);
+            break;
+        case 3:
+            list.remove(p);
+            if (at != model.end()) model.erase(at);
+            break;
+        case 4:
+            ASSERT_EQ(list.pop(), size ? model.back() : nullptr);
+            if (size) model.pop_back();
+            break;
+        case 5:
+            other.add(p);
+            otherModel.push_back(p);
+            break;
+        case 6:
+            list.exchange(i, 0);
+            if (i >= 0 && i < size) std::swap(model[size_t(i)], model[0]);
+            break;
+        case 7:
+            list.addUnique(p);
+            if (at == model.end()) model.push_back(p);
+            break;
+        case 8:
+            ASSERT_EQ(list.move(&other, p, i), atOther != otherModel.end());
+            if (atOther == otherModel.end()) break;
+            otherModel.erase(atOther);
+            model.insert(model.begin() + (i < 0 ? size : std::min(i, size)), p);
+            break;
+        }
+        ASSERT_NO_FATAL_FAILURE(expectEqual(list, model)) << "step " << step;
+        ASSERT_NO_FATAL_FAILURE(expectEqual(other, otherModel)) << "step " << step;
+        const auto found = std::find(model.begin(), model.end(), p);
+        ASSERT_EQ(list.indexed(p), found == model.end() ? -1 : int(found - model.begin()));
+        const bool follower = found != model.end() && found + 1 != model.end();
+        ASSERT_EQ(list.next(p), follower ? *(found + 1) : nullptr);
+        ASSERT_EQ(list.items(i), i >= 0 && i < int(model.size()) ? model[size_t(i)] : nullptr);
+    }
+}
+
+TEST(CList, MovesNothingBetweenListsWithTheSameHead) {
+    int a = 0;
+    CList list, empty, alsoEmpty;
+    EXPECT_EQ(empty.move(&alsoEmpty, &a, -1), 0);
+    list.add(&a);
+    EXPECT_EQ(list.move(&list, &a, 0), 0);
+    expectEqual(list, {&a});
+}
+
+TEST(CList, CursorSurvivesRemovalAndClearing) {
+    int v[4];
+    CList list;
+    for (int& n : v) list.add(&n);
+    EXPECT_EQ(list.first(), &v[0]);
+    EXPECT_EQ(list.next_old(), &v[1]);
+    list.del(1);
+    EXPECT_EQ(list.next_old(), &v[2]) << "behind a removed item";
+    list.remove(&v[2]);
+    list.del(0);
+    EXPECT_EQ(list.next_old(), &v[3]) << "the new head behind a removed head";
+    EXPECT_EQ(list.next_old(), nullptr);
+    list.clear();
+    EXPECT_EQ(list.next_old(), nullptr);
+    list.addLast(&v[0]);
+    expectEqual(list, {&v[0]});
+}
+
+TEST(CList, AddLastKeepsTheWholeChain) {
+    int v[5];
+    CList list;
+    for (int i = 0; i < 3; ++i) list.addLast(&v[i]);
+    expectEqual(list, {&v[0], &v[1], &v[2]});
+    list.first();
+    list.addLast(&v[3]);
+    expectEqual(list, {&v[0], &v[3], &v[1], &v[2]});
+    list.del(1);
+    list.add(&v[4]);
+    expectEqual(list, {&v[0], &v[1], &v[2], &v[4]});
+}
+
+TEST(CList, WalkEndsAtAStoredNullAndStartsAnew) {
+    int v[2];
+    CList list;
+    list.add(&v[0]);
+    list.add(nullptr);
+    list.add(&v[1]);
+    CListItem* it = nullptr;
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(nextOf<int>(list, it), &v[0]);
+        EXPECT_EQ(nextOf<int>(list, it), nullptr);
+        EXPECT_EQ(it, nullptr);
+    }
+    EXPECT_EQ(contents(list), Model{&v[0]});
+    list.replace(nullptr, &v[1]);
+    EXPECT_EQ(contents(list).size(), 3u);
+}
+
+TEST(CList, DeletesWhatItsOwnerOwns) {
+    struct Counted {
+        explicit Counted(int* n) : alive(n) { ++*alive; }
+        ~Counted() { --*alive; }
+        int* alive;
+    };
+    int alive = 0;
+    CList list;
+    for (int i = 0; i < 5; ++i) list.add(new Counted(&alive));
+    deleteAll<Counted>(list);
+    EXPECT_EQ(alive, 0);
+    EXPECT_EQ(list.getCount(), 0);
+}
+
+/// A walker of another thread meets a growing prefix of complete items.
+TEST(CList, MayBeWalkedWhileItGrows) {
+    constexpr int total = 2000;
+    std::vector<int> values(total);
+    CList list;
+    std::thread writer([&] {
+        for (int i = 0; i < total; ++i) {
+            values[size_t(i)] = i;
+            list.add(&values[size_t(i)]);
+        }
+    });
+    int known = 0;
+    while (known < total) {
+        const int count = list.getCount();
+        int seen = 0;
+        for (const int* p : each<int>(list)) {
+            if (*p != seen) break;
+            ++seen;
+        }
+        EXPECT_GE(seen, std::max(count, known));
+        if (seen < known) break;
+        known = seen;
+    }
+    writer.join();
+    EXPECT_EQ(known, total);
+}

@@ -1,0 +1,100 @@
+#include "base/CStr.h"
+
+#include "TempFolder.h"
+
+#include <utility>
+
+TEST(CStr, CutsAndFinds) {
+    const CStr s = "hello world";
+    struct Case {
+        CStr got;
+        const char* wanted;
+    };
+    const Case cases[] = {
+        {s.sub(6, 5), "world"},
+        {s.sub(6, -1), "world"},
+        {s.sub(6, 100), "world"},
+        {s.sub(0, 0), ""},
+        {s.sub(-1, 3), ""},
+        {s.sub(11, 1), ""},
+        {s.sub(12, -1), ""},
+        {CStr(" \r\n a b \n").trim(), "a b"},
+        {CStr("\ta ").trim(), "\ta"},
+        {CStr(" \n\r ").trim(), ""},
+        {s.upperCase(), "HELLO WORLD"},
+        {CStr("\xe4Z").lowerCase(), "\xe4z"},
+        {CStr("a") + 'b' + "c", "abc"},
+        {"a" + CStr("b") + CStr(), "ab"},
+        {CStr(nullptr) + nullptr, ""},
+    };
+    for (const Case& c : cases) EXPECT_EQ(c.got, c.wanted);
+
+    EXPECT_EQ(s.pos("o"), 4);
+    EXPECT_EQ(s.pos(""), -1);
+    EXPECT_EQ(s.pos(nullptr), -1);
+    EXPECT_EQ(s.pos("worlds"), -1);
+    EXPECT_EQ(CStr("\xff")[0], -1);
+    for (int outside : {-1, 11, 12, 1 << 30}) EXPECT_EQ(s[outside], 0) << outside;
+    EXPECT_TRUE(CStr("Key") != CStr("key"));
+    EXPECT_TRUE(sameText("Key", "kEY"));
+    EXPECT_LT(compareText("a", "B"), 0);
+    EXPECT_GT(compareText("ab", "A"), 0);
+}
+
+TEST(CStr, EditsInPlaceWithinItsBounds) {
+    struct Case {
+        int start, n;
+        const char* wanted;
+    };
+    const Case cases[] = {{0, 2, "cd"},   {2, 2, "ab"},    {1, 2, "ad"},
+                          {0, 4, ""},     {0, 5, "abcd"},  {-1, 1, "abcd"},
+                          {4, 1, "abcd"}, {1, -1, "abcd"}, {1, 2147483647, "abcd"}};
+    for (const Case& c : cases) {
+        CStr s = "abcd";
+        s.del(c.start, c.n);
+        EXPECT_EQ(s, c.wanted) << c.start << ", " << c.n;
+    }
+    const std::pair<int, const char*> places[] = {
+        {-5, "XYab"}, {0, "XYab"}, {1, "aXYb"}, {2, "abXY"}, {99, "abXY"}};
+    for (auto [pos, wanted] : places) {
+        CStr s = "ab";
+        s.ins("XY", pos);
+        EXPECT_EQ(s, wanted) << pos;
+    }
+}
+
+TEST(CStr, MayBeItsOwnSource) {
+    CStr s = "abc";
+    CStr& same = s;
+    s = same;
+    EXPECT_EQ(s, "abc");
+    s.append(s);
+    EXPECT_EQ(s, "abcabc");
+    s.ins(s, 3);
+    EXPECT_EQ(s, "abcabcabcabc");
+    s = s.asChar() + 9;
+    EXPECT_EQ(s, "abc");
+    s.append(s.asChar() + 1);
+    EXPECT_EQ(s, "abcbc");
+}
+
+TEST(CStr, LeavesAnEmptyStringBehindWhenMoved) {
+    CStr from = "text";
+    const CStr to = std::move(from);
+    EXPECT_EQ(to, "text");
+    EXPECT_TRUE(from.empty()); // NOLINT(bugprone-use-after-move): what is tested
+    from.append("new");
+    EXPECT_EQ(from, "new");
+    EXPECT_EQ(CStr(), "");
+}
+
+TEST(CStr, ResizesForItsCaller) {
+    CStr s = "old";
+    ASSERT_TRUE(s.resize(3));
+    s.buffer()[0] = s.buffer()[1] = s.buffer()[2] = 'x';
+    EXPECT_EQ(s, "xxx");
+    for (int n : {0, -1}) {
+        EXPECT_FALSE(s.resize(n));
+        EXPECT_EQ(s, "");
+    }
+}
