@@ -1,0 +1,202 @@
+#include "data/demosong/DemoSong.h"
+
+#include "data/demosong/DemoSounds.h"
+#include "data/demosong/Score.h"
+#include "data/demosong/SongBuilder.h"
+#include "engine/CQV.h"
+#include "sequencer/CSeq.h"
+
+#include <iterator>
+#include <span>
+
+namespace {
+
+using Chords = std::span<const ScoreChord>;
+using Line = std::span<const ScoreNote>;
+
+/// Parts that make up the song, track by track; each function fills the parts of one section.
+class DemoSong {
+public:
+    explicit DemoSong(CQV* host) : song(host), sounds(song) {}
+    CSeq* build();
+
+private:
+    void drums();
+    void bass();
+    void pads();
+    void pluck();
+    void lead();
+    void automation();
+    void points();
+
+    void padChord(PartBuilder& part, int bar, const ScoreChord& chord);
+    void bassBar(PartBuilder& part, int bar, std::span<const BassStep> steps,
+                 const ScoreChord& chord);
+    void arpBar(PartBuilder& part, int bar, const ScoreChord& chord, int transpose);
+    void melody(PartBuilder& part, Line line, int transpose = 0);
+    void drumBar(PartBuilder& part, int bar, std::span<const DrumLine> lines);
+
+    SongBuilder song;
+    DemoSounds sounds;
+};
+
+const ScoreChord& chordAt(Chords chords, int bar) {
+    return chords[size_t(bar) % chords.size()];
+}
+
+void DemoSong::padChord(PartBuilder& part, int bar, const ScoreChord& chord) {
+    for (int voice : chord.voices) part.note(bar, 0, stepsPerBar, voice, 76);
+}
+
+void DemoSong::bassBar(PartBuilder& part, int bar, std::span<const BassStep> steps,
+                       const ScoreChord& chord) {
+    for (const BassStep& s : steps)
+        part.note(bar, s.step, s.length, chord.root + 12 * s.octave, s.velocity);
+}
+
+void DemoSong::arpBar(PartBuilder& part, int bar, const ScoreChord& chord, int transpose) {
+    for (int step = 0; step < stepsPerBar; step++)
+        part.note(bar, step, 1, chord.voices[arpVoice[step]] + transpose, arpVelocity[step]);
+}
+
+void DemoSong::melody(PartBuilder& part, Line line, int transpose) {
+    for (const ScoreNote& n : line)
+        part.note(n.bar, n.step, n.length, n.note + transpose, n.velocity);
+}
+
+void DemoSong::drumBar(PartBuilder& part, int bar, std::span<const DrumLine> lines) {
+    for (const DrumLine& line : lines)
+        for (int step = 0; step < stepsPerBar; step++)
+            if (const int velocity = stepVelocity(line.steps[step]); velocity > 0)
+                part.note(bar, step, 1, line.key, velocity);
+}
+
+void DemoSong::drums() {
+    constexpr int phrase = 4;
+    auto section = [this](int from, int to, std::span<const DrumLine> lines,
+                          std::span<const DrumLine> turn, bool crash) {
+        PartBuilder part(song.part(sounds.drums, from, to));
+        for (int bar = 0; bar < to - from; bar++)
+            drumBar(part, bar, bar % phrase == phrase - 1 ? turn : lines);
+        if (crash) part.note(0, 0, 4, keyCrash, 112);
+    };
+    section(barGroove, barGroove + phrase, drumHats, drumHats, false);
+    section(barGroove + phrase, barVerse, drumVerse, drumVerseTurn, true);
+    section(barVerse, barTheme, drumVerse, drumVerseTurn, true);
+    section(barTheme, barBreak, drumVerse, drumVerseTurn, true);
+    section(barChorus, barChorus2, drumChorus, drumChorusTurn, true);
+    section(barChorus2, barOutro, drumChorus, drumChorusTurn, true);
+
+    PartBuilder build(song.part(sounds.drums, barBuild, barChorus));
+    for (int bar = 0; bar < int(std::size(drumBuild)); bar++)
+        drumBar(build, bar, std::span(&drumBuild[bar], 1));
+    PartBuilder end(song.part(sounds.drums, barOutro, barOutro + phrase));
+    for (int bar = 0; bar < phrase; bar++) drumBar(end, bar, drumHats);
+    end.note(0, 0, 4, keyCrash, 108);
+}
+
+void DemoSong::bass() {
+    auto section = [this](int from, int to, std::span<const BassStep> steps, Chords chords) {
+        PartBuilder part(song.part(sounds.bass, from, to));
+        for (int bar = 0; bar < to - from; bar++) bassBar(part, bar, steps, chordAt(chords, bar));
+    };
+    section(barGroove, barVerse, bassVerse, verseChords);
+    section(barVerse, barTheme, bassVerse, verseChords);
+    section(barTheme, barBreak, bassVerse, verseChords);
+    section(barChorus, barChorus2, bassChorus, chorusChords);
+    section(barChorus2, barOutro, bassChorus, chorusChords);
+    PartBuilder end(song.part(sounds.bass, barOutro, barEnd));
+    for (int bar = 0; bar < 4; bar++) end.note(bar, 0, 14, chordAt(verseChords, bar).root, 92);
+    end.note(4, 0, 2 * stepsPerBar, verseChords[0].root, 88);
+}
+
+void DemoSong::pads() {
+    auto section = [this](int from, int to, Chords chords) {
+        PartBuilder part(song.part(sounds.pad, from, to));
+        for (int bar = 0; bar < to - from; bar++) padChord(part, bar, chordAt(chords, bar));
+    };
+    section(barIntro, barGroove, verseChords);
+    section(barVerse, barTheme, verseChords);
+    section(barTheme, barBreak, verseChords);
+    section(barBreak, barChorus, verseChords);
+    section(barChorus, barChorus2, chorusChords);
+    section(barChorus2, barOutro, chorusChords);
+    PartBuilder end(song.part(sounds.pad, barOutro, barEnd));
+    for (int bar = 0; bar < 4; bar++) padChord(end, bar, chordAt(verseChords, bar));
+    for (int voice : verseChords[0].voices) end.note(4, 0, 2 * stepsPerBar - 4, voice, 72);
+}
+
+void DemoSong::pluck() {
+    auto section = [this](int from, int to, Chords chords, int transpose) {
+        PartBuilder part(song.part(sounds.pluck, from, to));
+        for (int bar = 0; bar < to - from; bar++)
+            arpBar(part, bar, chordAt(chords, bar), transpose);
+    };
+    section(barIntro + 2, barGroove, std::span(verseChords).subspan(2), 12);
+    section(barGroove, barVerse, verseChords, 12);
+    section(barVerse, barTheme, verseChords, 12);
+    section(barBreak, barChorus, verseChords, 12);
+    section(barChorus2, barOutro, chorusChords, 12);
+    section(barOutro, barOutro + 4, verseChords, 12);
+}
+
+void DemoSong::lead() {
+    PartBuilder first(song.part(sounds.lead, barTheme, barBreak));
+    melody(first, themeA);
+    PartBuilder chorus(song.part(sounds.lead, barChorus, barChorus2));
+    melody(chorus, themeB);
+    song.ghost(sounds.lead, chorus, barChorus2);
+    PartBuilder harmony(song.part(sounds.harmony, barChorus2, barOutro));
+    melody(harmony, harmonyB);
+    PartBuilder echo(song.part(sounds.harmony, barBreak, barBuild + 4));
+    melody(echo, std::span(themeA).first(15), -12);
+}
+
+void DemoSong::automation() {
+    constexpr float ease = 0.35f;
+    sounds.padCutoff.curve(barIntro, barGroove, {{0, 0, 0.12f}, {4, 0, 0.55f, ease}});
+    sounds.padCutoff.curve(barBreak, barChorus, {{0, 0, 0.35f}, {4, 0, 0.3f}, {8, 0, 0.85f, ease}});
+    sounds.padCutoff.curve(barChorus, barChorus2, {{0, 0, 0.62f}});
+    sounds.padCutoff.curve(barOutro, barEnd, {{0, 0, 0.6f}, {6, 0, 0.15f, -ease}});
+    sounds.padVolume.curve(barIntro, barGroove, {{0, 0, 0.35f}, {3, 0, 0.8f, ease}});
+    sounds.padVolume.curve(barOutro, barEnd, {{0, 0, 0.8f}, {3, 0, 0.78f}, {6, 0, 0.0f, -ease}});
+    sounds.pluckPan.curve(
+        barGroove, barVerse,
+        {{0, 0, 0.5f}, {2, 0, 0.32f}, {4, 0, 0.68f}, {6, 0, 0.32f}, {8, 0, 0.5f}});
+    sounds.pluckCutoff.curve(barBreak, barChorus, {{0, 0, 0.3f}, {8, 0, 0.95f, ease}});
+    sounds.pluckCutoff.curve(barChorus2, barOutro, {{0, 0, 0.6f}});
+}
+
+void DemoSong::points() {
+    song.tempo(barIntro, demoBpm);
+    song.tempo(barEnd - 2, demoBpm * 0.94f);
+    song.tempo(barEnd - 1, demoBpm * 0.86f);
+    const struct {
+        int from, to;
+        const char* name;
+    } sections[] = {
+        {barIntro, barGroove, "Intro"},    {barGroove, barVerse, "Groove"},
+        {barVerse, barTheme, "Verse"},     {barTheme, barBreak, "Theme"},
+        {barBreak, barBuild, "Break"},     {barBuild, barChorus, "Build"},
+        {barChorus, barChorus2, "Chorus"}, {barChorus2, barOutro, "Chorus 2"},
+        {barOutro, barEnd, "Outro"},
+    };
+    for (const auto& s : sections) song.marker(s.from, s.to, s.name);
+}
+
+CSeq* DemoSong::build() {
+    drums();
+    bass();
+    pads();
+    pluck();
+    lead();
+    automation();
+    points();
+    return song.finish(barEnd);
+}
+
+} // namespace
+
+CSeq* buildDemoSong(CQV* host) {
+    return DemoSong(host).build();
+}

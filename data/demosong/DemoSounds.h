@@ -1,0 +1,38 @@
+#pragma once
+
+#include "data/demosong/SongBuilder.h"
+
+class CSampler;
+
+/// An automation lane of the song, ready to take points.
+struct DemoLane {
+    SongBuilder* song = nullptr;
+    CTrack* track = nullptr;
+    CSubTrack* lane = nullptr;
+
+    /// Points in bars from `fromBar`, in a part of the track that starts there.
+    void curve(int fromBar, int toBar, std::initializer_list<CurvePoint> points) {
+        song->curve(track, lane, fromBar, toBar, points);
+    }
+};
+
+/// The tracks of the demo song with their instruments, levels and lanes.
+class DemoSounds {
+public:
+    explicit DemoSounds(SongBuilder& song);
+
+    CTrack* drums;
+    CTrack* bass;
+    CTrack* pad;
+    CTrack* pluck;
+    CTrack* lead;
+    CTrack* harmony;
+    DemoLane padCutoff, padVolume, pluckCutoff, pluckPan;
+
+private:
+    CSampler* instrument(CTrack* track, int program, float volume, float pan);
+    DemoLane channelLane(CTrack* track, CSampler* source, const char* name, int param);
+    DemoLane cutoffLane(CTrack* track, CSampler* source);
+
+    SongBuilder& song;
+};

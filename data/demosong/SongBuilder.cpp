@@ -1,0 +1,132 @@
+#include "data/demosong/SongBuilder.h"
+
+#include "data/demosong/Score.h"
+#include "engine/CQV.h"
+#include "engine/MidiBytes.h"
+#include "project/SongSounds.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/CSubTrack.h"
+#include "sequencer/Points.h"
+
+namespace {
+
+/// A little less than written, so that a repeated note is heard as one.
+constexpr int noteGapTicks = 20;
+
+int ticksAt(int bar, int step = 0) {
+    return bar * demoBarTicks + step * demoStepTicks;
+}
+
+} // namespace
+
+int stepVelocity(char c) {
+    switch (c) {
+    case 'o':
+        return 62;
+    case 'x':
+        return 92;
+    case 'X':
+        return 116;
+    default:
+        return 0;
+    }
+}
+
+void PartBuilder::note(int bar, int step, int length, int key, int velocity) {
+    CMIDIEvent* event = createMIDIEvent();
+    event->data = asData(midiNoteOn, key, velocity);
+    event->length = length * demoStepTicks - noteGapTicks;
+    events.add(ticksAt(bar, step), event);
+}
+
+void PartBuilder::close() {
+    if (!events.empty()) part->setEvents(events.takeList());
+}
+
+PartBuilder::~PartBuilder() {
+    close();
+}
+
+SongBuilder::SongBuilder(CQV* master) : host(master), seq(addSequencer(master)) {
+}
+
+CTrack* SongBuilder::track(const CStr& name) {
+    CTrack* made = seq->addTrack(trackMIDI, seq->getProg(), nullptr)->track;
+    made->setId(name);
+    return made;
+}
+
+CSongTrack* SongBuilder::songTrackOf(CTrack* track) {
+    return seq->getProg()->songTrackOf(track);
+}
+
+CMIDIPart* SongBuilder::part(CTrack* track, int fromBar, int toBar) {
+    auto* made = new CMIDIPart;
+    made->id = track->id;
+    made->pos = ticksAt(fromBar);
+    made->length = ticksAt(toBar - fromBar);
+    songTrackOf(track)->addPart(made, nullptr);
+    return made;
+}
+
+void SongBuilder::ghost(CTrack* track, PartBuilder& original, int atBar) {
+    original.close();
+    CUndo* step = host->undoStart("Ghost", seq, undoSongChanged);
+    CPart* made = seq->makeGhost(original.getPart(), step);
+    made->pos = ticksAt(atBar);
+    songTrackOf(track)->addPart(made, step);
+    host->undoEnd(step, true);
+}
+
+CSubTrack* SongBuilder::lane(CTrack* track, const CStr& name, CObject* object, int param) {
+    auto* made = new CSubTrack(name, laneAutomation);
+    made->object = object;
+    made->param = param;
+    return track->addLane(made, nullptr);
+}
+
+CPart* SongBuilder::partAt(CTrack* track, int bar) {
+    for (CPart* p : each<CPart>(songTrackOf(track)->parts))
+        if (p->pos == ticksAt(bar)) return p;
+    return nullptr;
+}
+
+void SongBuilder::curve(CTrack* track, CSubTrack* lane, int fromBar, int toBar,
+                        std::initializer_list<CurvePoint> points) {
+    CPart* target = partAt(track, fromBar);
+    if (!target) target = part(track, fromBar, toBar);
+    for (const CurvePoint& p : points) {
+        CEnvEvent* event = createEnvEvent(nullptr, p.value);
+        event->curve = p.bend;
+        target->addEventParam(ticksAt(p.bar, p.step), event, lane->slot);
+    }
+}
+
+void SongBuilder::tempo(int bar, float bpm) {
+    auto* point = new CTempoPart;
+    point->pos = ticksAt(bar);
+    point->setTempo(bpm);
+    seq->getProg()->addTempo(point, nullptr);
+}
+
+void SongBuilder::marker(int fromBar, int toBar, const CStr& name) {
+    auto* made = new CMarkerPart;
+    made->id = name;
+    made->pos = ticksAt(fromBar);
+    made->length = ticksAt(toBar - fromBar);
+    seq->getProg()->addMarker(made, nullptr);
+}
+
+CSeq* SongBuilder::finish(int endBar) {
+    GraphHold hold(host);
+    seq->orderParts(nullptr, nullptr, true);
+    CSeqProg* prog = seq->getProg();
+    prog->leftLocator = 0;
+    prog->rightLocator = ticksAt(endBar);
+    prog->loop = 0;
+    host->loop = 0;
+    host->setTempo(demoBpm);
+    host->undoClear();
+    host->modified = false;
+    return seq;
+}

@@ -1,0 +1,26 @@
+#include "project/CompTable.h"
+
+#include "engine/CGroupCh.h"
+#include "engine/CompTypes.h"
+#include "engine/DeviceComps.h"
+#include "instruments/CSampler.h"
+#include "sequencer/CSeq.h"
+
+namespace {
+
+template <class T>
+CComp* make(CQV* qv) {
+    return new T(qv);
+}
+
+} // namespace
+
+void enterCompTypes() {
+    enterCompType(compSampler, make<CSampler>);
+    enterCompType(compSeq, make<CSeq>);
+    enterCompType(compGroupCh, make<CGroupCh>);
+    enterCompType(compMIDIIn, make<CMIDIIn>);
+    enterCompType(compMIDIOut, make<CMIDIOut>);
+    enterCompType(compAudioIn, make<CAudioIn>);
+    enterCompType(compAudioOut, make<CAudioOut>);
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+class CSeq;
+class CSongTrack;
+class CStr;
+class CUndo;
+
+enum class MidiImport {
+    good,
+    unreadable, ///< the file cannot be opened
+    notMidi,    ///< another kind of file; nothing was added
+    broken,     ///< a bad status byte; what came before it was added
+    truncated,  ///< it ends too early; what there was was added
+};
+
+/// Imports a standard MIDI file into the current program, at tick `position` (0 or more) of the
+/// timeline. The first track with content goes to `target`, when it is given and has no parts;
+/// others get new tracks, at most 512: what lies beyond joins the last one. Everything is recorded
+/// in `undo`; the caller ends the step.
+///
+/// Shows "Not a MIDI file " with the id that was found, or "Invalid file format (3)".
+MidiImport openMIDIFile(CSeq* seq, CSongTrack* target, const CStr& name, CUndo* undo, int position);

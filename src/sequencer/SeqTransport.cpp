@@ -1,0 +1,330 @@
+#include "base/GraphMark.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/MidiBytes.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/Points.h"
+#include "sequencer/TempoMap.h"
+
+#include <algorithm>
+#include <cassert>
+
+namespace {
+
+/// Whether a monitor mode lets the input of a track through.
+bool monitored(MonitorMode mode, const CTrack* track) {
+    switch (mode) {
+    case MonitorMode::automatic:
+        return track->selected();
+    case MonitorMode::record:
+        return track->armed != 0;
+    case MonitorMode::manual:
+        return track->monitor == 1;
+    default:
+        return false;
+    }
+}
+
+bool noteTrigger(const CSeq* seq) {
+    return seq->options.useMarkers() && useMarkersMIDINoteTrigger;
+}
+
+/// What a program's block is played with.
+struct ProgBlock {
+    CSeqProg* prog;
+    int frames, offset;
+    bool current;
+    bool stopNow;
+    bool jumped;
+};
+
+/// Note-ons at the host's MIDI input choose the section that plays next.
+void triggerMarkers(const ProgBlock& b) {
+    CComp* midiIn = b.prog->seq->host->getMIDIIn();
+    CMIDIQ* port = midiIn ? midiIn->outPort() : nullptr;
+    if (!port) return;
+    midiIn->process(b.frames);
+    for (const CMIDIBytes* e = port->first(); e; e = e->next) {
+        if (e->kind != eventMidi || !noteOn(e->data)) continue;
+        if (CMarkerPart* marker = b.prog->noteToMarker(asByte1(e->data)))
+            b.prog->setMarkerNow(marker);
+    }
+}
+
+/// Asks song tracks whose mute or solo changed for what that means.
+void askAudible(CSeqProg* prog) {
+    prog->updateSolo();
+    for (CSongTrack* t : each<CSongTrack>(prog->tracks)) {
+        const bool audible = !t->muted() && (!prog->anySolo || t->soloed());
+        if (t->audible && !audible)
+            t->requests.ask(requestFlush | requestSetup);
+        else if (!t->audible && audible)
+            t->requests.ask(requestSetup);
+    }
+}
+
+void followHostLoop(CSeqProg* prog) {
+    CSeq* seq = prog->seq;
+    const CQV* host = seq->host;
+    if (!seq->sync || !host->sync || !host->loop) return;
+    const int from = host->loopStart, to = host->loopEnd;
+    if (prog->leftLocator == from && prog->rightLocator == to) return;
+    prog->leftLocator = from;
+    prog->rightLocator = to;
+    seq->update(updateSongTransport);
+}
+
+/// Hands what arrives at an instrument track to its output, as the monitor mode says.
+void echoMidi(const ProgBlock& b, CSongTrack* t) {
+    CTrack* track = t->track;
+    CMIDIQ* in = track->inPort();
+    CMIDIQ* out = track->outPort();
+    CSeq* seq = b.prog->seq;
+    if (!in || !out || noteTrigger(seq)) return;
+    if (!monitored(seq->options.midiMonitorMode(), track)) return;
+    for (const CMIDIBytes* e = in->first(); e; e = e->next) {
+        if (e->kind == eventConsumed || e->time < b.offset || e->time >= b.offset + b.frames)
+            continue;
+        const int msg = e->kind == eventMidi ? track->setVel(track->setCh(e->data)) : e->data;
+        out->push(e->time, msg, e->kind, e->value, e->param, e->owner, e->extra);
+        out->hasData = 1.0f;
+        if (e->kind != eventMidi) continue;
+        const double tick = b.prog->pos + seq->host->framesToTicks(e->time);
+        b.prog->midiReceived(t, tick, msg, nullptr, seq->host->recording != 0);
+    }
+}
+
+/// Lets the input of an audio track through.
+void echoAudio(const ProgBlock& b, CTrack* track) {
+    CInputChannel* in = track->input();
+    COutputChannel* out = track->output();
+    if (!in || !out) return;
+    if (!monitored(b.prog->seq->options.audioMonitorMode(), track)) return;
+    std::copy_n(in->bufL + b.offset, b.frames, out->bufL + b.offset);
+    std::copy_n(in->bufR + b.offset, b.frames, out->bufR + b.offset);
+}
+
+void processTrack(const ProgBlock& b, CSongTrack* t) {
+    if (b.stopNow) t->stop();
+    if (b.jumped) t->requests.ask(requestFlush | requestSetup);
+    if (b.current && t->track->kind == trackMIDI) echoMidi(b, t);
+    if (b.current && t->track->kind == trackAudio) echoAudio(b, t->track);
+    t->pos = b.prog->pos;
+    t->process(b.frames, b.offset);
+}
+
+/// Pulls the sources of audio and drum tracks.
+void pullSources(const ProgBlock& b, CTrack* track) {
+    if (track->kind != trackAudio && track->kind != trackDrum) return;
+    CQV* host = b.prog->seq->host;
+    for (CMIDICable* cable : each<CMIDICable>(track->midiCables)) {
+        cable->fromComp->process(b.frames);
+        for (CMIDIBytes* e = cable->fromPort->first(); e; e = e->next)
+            if (!host->midiMapped(track, cable->toPort, e))
+                cable->toPort->push(e->time, e->data, e->kind, e->value, e->param, e->owner,
+                                    e->extra);
+    }
+}
+
+void setLocators(CSeqProg* prog, const CMarkerPart* section) {
+    if (prog->leftLocator == section->pos && prog->rightLocator == section->endTick()) return;
+    prog->leftLocator = section->pos;
+    prog->rightLocator = section->endTick();
+    prog->seq->update(updateSongTransport);
+}
+
+/// Goes on to the section that was chosen; true when the running one is to repeat.
+bool wrapMarkers(CSeqProg* prog) {
+    CMarkerPart* playing = prog->playingMarker;
+    CMarkerPart* active = prog->activeMarker;
+    if (!prog->seq->options.useMarkers() || !playing || !active) return true;
+    setLocators(prog, playing);
+    if (prog->pos <= playing->endTick()) return false;
+    prog->session.add(active);
+    if (playing == active) return true;
+    prog->pos = prog->pos - (playing->endTick() - active->pos);
+    prog->playingMarker = active;
+    setLocators(prog, active);
+    return false;
+}
+
+bool wrapLoop(CSeqProg* prog) {
+    const double left = prog->leftLocator, right = prog->rightLocator;
+    if (right <= left || prog->pos <= right) return false;
+    const double over = std::fmod(prog->pos - left, right - left);
+    // A whole number of passes ends on the right locator, which is not beyond it.
+    prog->pos = over > 0.0 ? left + over : right;
+    return true;
+}
+
+void advance(const ProgBlock& b) {
+    CSeqProg* prog = b.prog;
+    CQV* host = prog->seq->host;
+    const double tpf = double(host->tempoNow) * ticksPerSecondPerBpm / double(host->rate);
+    prog->prevPos = prog->pos.load();
+    prog->pos = prog->pos + b.frames * tpf;
+    prog->samplePos = prog->samplePos + b.frames;
+    if (!prog->looping) return;
+    const double reached = prog->pos;
+    if (wrapMarkers(prog)) wrapLoop(prog);
+    if (prog->pos == reached) return;
+    prog->loopCount += 1;
+    if (prog->seq->recording) prog->punchPos = double(prog->leftLocator);
+    prog->samplePos =
+        asInt64(prog->seq->ticksToFrames(0, asInt(prog->pos), asInt(double(host->rate))));
+}
+
+void jumpTo(CSeqProg* prog, double ticks) {
+    prog->pos = ticks;
+    prog->prevPos = ticks;
+}
+
+} // namespace
+
+bool CSeqProg::isLooping() {
+    const CQV* host = seq->host;
+    if (host->renderMode) return false;
+    const double left = leftLocator, right = rightLocator, at = pos;
+    const bool reached = at == right && prevPos < right;
+    if (loop && left < right && (at < right || reached)) return true;
+    return seq->options.useMarkers() && playingMarker && activeMarker;
+}
+
+void CSeqProg::updateSolo() {
+    bool any = false;
+    for (CSongTrack* t : each<CSongTrack>(tracks)) any = any || t->soloed();
+    anySolo = any;
+}
+
+void CSeqProg::process(int frames, int offset) {
+    assert(holdsGraph());
+    ProgBlock b{this, frames, offset, seq->getProg() == this, false, false};
+    b.stopNow = stopRequest.exchange(0);
+    looping = isLooping();
+    if (b.stopNow) playing = 0;
+    if (b.current && noteTrigger(seq)) triggerMarkers(b);
+    if (playing) {
+        followHostLoop(this);
+        askAudible(this);
+    }
+    b.jumped = requests.take(requestSetup);
+    for (CSongTrack* t : each<CSongTrack>(tracks)) processTrack(b, t);
+    if (b.current)
+        for (CSongTrack* t : each<CSongTrack>(tracks)) pullSources(b, t->track);
+    if (playing) advance(b);
+}
+
+void CSeqProg::play() {
+    assert(holdsGraph());
+    if (playing) return;
+    CQV* host = seq->host;
+    session.clear();
+    loop = static_cast<unsigned char>(host->loop != 0);
+    if (seq->sync && host->sync) {
+        jumpTo(this, host->pos);
+        leftLocator = host->loopStart.load();
+        rightLocator = host->loopEnd.load();
+        seq->update(updateSongTransport);
+    }
+    loopCount = 0;
+    CMarkerPart* section = playingMarker;
+    if (seq->options.useMarkers() && !host->renderMode && section) {
+        jumpTo(this, section->pos);
+        session.add(section);
+    }
+    for (CSongTrack* t : each<CSongTrack>(tracks)) {
+        t->pos = pos;
+        t->requests.ask(requestSetup);
+    }
+    playing = 1;
+}
+
+void CSeqProg::flush(int frame) {
+    for (CSongTrack* t : each<CSongTrack>(tracks)) t->flush(frame, false);
+}
+
+void CSeqProg::midiReceived(CSongTrack* songTrack, double, int msg, void*, bool) {
+    if (songTrack->track->kind == trackMIDI) songTrack->track->addRemovePlayingNote(msg);
+}
+
+void CSeq::start() {
+    assert(holdsGraph());
+    if (playing) return;
+    playing = 1;
+    if (CSeqProg* prog = getProg()) prog->play();
+    followTempo(host->frames);
+    update(updateSongTransport);
+}
+
+void CSeq::stop() {
+    assert(holdsGraph());
+    if (playing) {
+        for (CSeqProg* prog : each<CSeqProg>(progs))
+            if (prog->playing) prog->stopRequest = 1;
+        playing = 0;
+    }
+    recording = 0;
+    update(updateSongTransport);
+}
+
+void CSeq::setPos(double ticks) {
+    assert(holdsGraph());
+    CSeqProg* prog = getProg();
+    if (recording || !prog) return;
+    jumpTo(prog, fLimit(ticks, 0.0, double(maxTicks)));
+    prog->samplePos = asInt64(ticksToFrames(0, asInt(prog->pos), asInt(double(host->rate))));
+    followTempo(host->frames);
+    if (prog->playing)
+        prog->requests.ask(requestSetup);
+    else
+        update(updatePosition);
+}
+
+void CSeq::prepare(int frames) {
+    CComp::prepare(frames);
+    for (CTrack* track : each<CTrack>(tracks)) track->prepare(frames);
+    CSeqProg* prog = getProg();
+    if (!prog) return;
+    for (CSongTrack* t : each<CSongTrack>(prog->tracks))
+        if (CMIDIQ* port = t->track->outPort()) port->freezeItems = &t->freezeItems;
+}
+
+void CSeq::process(int frames) {
+    const ProcessGuard guard(this);
+    if (!guard.enter) return;
+    mergeMIDI(frames);
+    mergeAudio(frames);
+    if (playing && host->recording && !recording) {
+        recording = 1;
+        if (recReady) rec(0);
+    }
+    subProcess(frames, 0);
+    followTempo(frames);
+}
+
+void CSeq::subProcess(int frames, int offset) {
+    for (CSeqProg* prog : each<CSeqProg>(progs)) prog->process(frames, offset);
+    if (playing) songTicks += host->framesToTicks(frames);
+}
+
+void CSeq::mix(int frames) {
+    for (CTrack* track : each<CTrack>(tracks)) track->mix(frames);
+}
+
+void CSeq::fx(int frames) {
+    for (CTrack* track : each<CTrack>(tracks)) track->fx(frames);
+}
+
+void CSeq::followTempo(int frames) {
+    CSeqProg* prog = getProg();
+    if (!prog) return;
+    const int at = asInt(prog->pos);
+    const float running = host->tempo;
+    float candidate = running;
+    for (CTempoPart* point : each<CTempoPart>(prog->tempos)) {
+        const int tick = point->pos;
+        if (tick >= at && host->ticksToFrames(double(tick) - at) >= frames) break;
+        candidate = point->getTempo();
+    }
+    if (candidate != running) host->setTempo(candidate);
+}

@@ -1,0 +1,103 @@
+#include "tools/RenderOptions.h"
+
+#include "base/CStringList.h"
+#include "base/Paths.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+/// The number that `text` is, within the limits.
+bool number(const char* text, double low, double high, double& value) {
+    char* end = nullptr;
+    value = std::strtod(text, &end);
+    return end != text && *end == 0 && value >= low && value <= high;
+}
+
+constexpr double maxTicks = double(1 << 30);
+constexpr double maxTail = 3600.0;
+
+/// An option that takes a number: its name, limits, and where the number goes.
+struct NumberOption {
+    const char* name;
+    double low, high;
+    bool whole;
+    void (*store)(RenderOptions&, double);
+};
+
+const NumberOption numberOptions[] = {
+    {"--rate", 8000, 192000, true, [](RenderOptions& o, double v) { o.rate = int(v); }},
+    {"--block", 1, 16384, true, [](RenderOptions& o, double v) { o.block = int(v); }},
+    {"--bits", 16, 32, true, [](RenderOptions& o, double v) { o.bits = int(v); }},
+    {"--start", 0, maxTicks, false, [](RenderOptions& o, double v) { o.start = v; }},
+    {"--length", 0, maxTicks, false, [](RenderOptions& o, double v) { o.length = v; }},
+    {"--tail", 0, maxTail, false, [](RenderOptions& o, double v) { o.tail = v; }},
+};
+
+const NumberOption* findNumber(const char* name) {
+    for (const NumberOption& option : numberOptions)
+        if (std::strcmp(option.name, name) == 0) return &option;
+    return nullptr;
+}
+
+bool readNumber(const NumberOption& option, const char* text, RenderOptions& options) {
+    double value = 0.0;
+    if (!number(text, option.low, option.high, value)) return false;
+    if (option.whole && value != std::floor(value)) return false;
+    option.store(options, value);
+    return true;
+}
+
+bool takeName(const char* text, RenderOptions& options) {
+    if (options.input.empty() && !options.demo)
+        options.input = text;
+    else if (options.output.empty())
+        options.output = text;
+    else
+        return false;
+    return true;
+}
+
+bool checked(const RenderOptions& options, CStr& error) {
+    if (options.bits != 16 && options.bits != 24 && options.bits != 32)
+        error = "--bits takes 16, 24 or 32";
+    else if (options.output.empty())
+        error = usage();
+    else if (extractFileExt(options.output).lowerCase() != ".wav")
+        error = options.output + ": can only write .wav";
+    return error.empty();
+}
+
+} // namespace
+
+const char* usage() {
+    return "usage: sondrava-render [--rate N] [--block N] [--bits 16|24|32] [--start TICKS] "
+           "[--length TICKS] [--tail SECONDS] [--stats] INPUT.mid|--demo OUTPUT.wav";
+}
+
+bool parseOptions(int argc, char** argv, RenderOptions& options, CStr& error) {
+    for (int i = 1; i < argc; i++) {
+        const char* word = argv[i];
+        if (const NumberOption* option = findNumber(word)) {
+            const char* text = ++i < argc ? argv[i] : "";
+            if (!readNumber(*option, text, options)) {
+                error = CStr(word) + ": not a fitting number: " + text;
+                return false;
+            }
+        } else if (std::strcmp(word, "--stats") == 0) {
+            options.stats = true;
+        } else if (std::strcmp(word, "--demo") == 0) {
+            options.demo = true;
+        } else if (word[0] == '-' || !takeName(word, options)) {
+            error = word[0] == '-' ? CStr("unknown option ") + word : CStr(usage());
+            return false;
+        }
+    }
+    if (options.demo && options.output.empty()) {
+        options.output = options.input;
+        options.input = "";
+    }
+    return checked(options, error);
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "base/CStr.h"
+
+/// What `sondrava-render` was asked for.
+struct RenderOptions {
+    int rate = 44100;
+    int block = 1024;
+    int bits = 16;
+    double start = 0.0;   ///< ticks
+    double length = -1.0; ///< ticks, below 0 to the end of the song
+    double tail = 0.0;    ///< seconds after the end
+    bool stats = false;
+    bool demo = false;
+    CStr input, output;
+};
+
+/// Reads the command line; false, with what is wrong in `error`.
+bool parseOptions(int argc, char** argv, RenderOptions& options, CStr& error);
+
+/// How the program is called.
+const char* usage();
