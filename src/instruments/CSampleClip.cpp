@@ -1,0 +1,41 @@
+#include "instruments/CSampleClip.h"
+
+#include "base/Numbers.h"
+
+#include <algorithm>
+
+bool CSampleClip::open(CStr path) {
+    const bool good = CSample::open(std::move(path));
+    playAll();
+    return good;
+}
+
+void CSampleClip::playAll() {
+    start = 0;
+    end = std::max(0, frames - 1);
+}
+
+void CSampleClip::limitRange() {
+    const int last = std::max(0, frames - 1);
+    end = asMinMax(end, 0, last);
+    start = asMinMax(start, 0, end);
+    loopStart = asMinMax(loopStart, 0, last);
+}
+
+void CSampleClip::setOrgKey(int key) {
+    orgKey = (unsigned char)asMinMax(key, 0, 127);
+}
+void CSampleClip::setLoop(int v) {
+    loop = asMinMax(v, loopOff, loopForward);
+}
+
+void CSampleClip::setRange(int from, int to) {
+    start = from;
+    end = to;
+    limitRange();
+}
+
+void CSampleClip::setLoopStart(int frame) {
+    loopStart = frame;
+    limitRange();
+}

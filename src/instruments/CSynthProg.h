@@ -1,0 +1,55 @@
+#pragma once
+
+#include "engine/CProgram.h"
+#include "instruments/CLayer.h"
+#include "instruments/CSound.h"
+
+class CDelay;
+class CQV;
+class CReverb;
+class CSampler;
+
+constexpr int progSends = 2;
+
+/// A program of the sampler: layers of sounds, and two send effects that all of them share.
+class CSynthProg : public CProgram {
+public:
+    CSampler* owner;                    ///< null for the sounds of a drum track
+    Shared<float> bend[16];             ///< -1 to 1; element 0 holds for all channels
+    CList layers;                       ///< of CLayer, owned
+    Shared<CLayer*> layer{nullptr};     ///< the one that the editor shows
+    std::unique_ptr<CFX> fx[progSends]; ///< a CReverb, on, and a CDelay, off
+
+    /// The delay plays in the memory that all programs of the sampler share.
+    CSynthProg(CQV* host, CSampler* sampler);
+    ~CSynthProg() override;
+    CSynthProg(const CSynthProg&) = delete;
+    CSynthProg& operator=(const CSynthProg&) = delete;
+
+    CReverb* reverb() const;
+    CDelay* delay() const;
+
+    /// Runs the send effects from their inputs and adds them into the channel. Graph holder.
+    void process(float* left, float* right, int frames, int offset);
+    /// Silences the inputs of the send effects.
+    void clearSends(int frames);
+    /// Lets the meters of all sounds fall. Interface thread.
+    void idle();
+    void setRate(float hz);
+    void setFrames(int frames);
+
+    /// Appends a layer, owned from now on, and makes it the current one.
+    CLayer* addLayer();
+    /// Calls `visit(CSound*)` for every sound of every layer.
+    template <class F>
+    void eachSound(F&& visit);
+
+private:
+    CQV* host;
+};
+
+template <class F>
+void CSynthProg::eachSound(F&& visit) {
+    for (CLayer* l : each<CLayer>(layers))
+        for (CSound* s : each<CSound>(l->sounds)) visit(s);
+}

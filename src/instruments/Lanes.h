@@ -1,0 +1,210 @@
+#pragma once
+
+#include "base/Clones.h"
+#include "instruments/Slices.h"
+
+// Voices side by side. A voice waits for its own feedback most of the time, so several in step
+// take little longer than one. A lane is one channel of a voice; a voice whose channels are equal
+// takes one lane for both.
+
+constexpr int maxLanes = 8;
+
+#define SONDRAVA_INLINE [[gnu::always_inline]] inline
+
+template <int N>
+struct Vectors;
+template <>
+struct Vectors<4> {
+    using Floats = float __attribute__((vector_size(16)));
+    using Ints = int __attribute__((vector_size(16)));
+};
+template <>
+struct Vectors<8> {
+    using Floats = float __attribute__((vector_size(32)));
+    using Ints = int __attribute__((vector_size(32)));
+};
+
+template <class V>
+SONDRAVA_INLINE void loadLanes(V& v, const void* from) {
+    __builtin_memcpy(&v, from, sizeof v);
+}
+template <class V>
+SONDRAVA_INLINE void storeLanes(const V& v, void* to) {
+    __builtin_memcpy(to, &v, sizeof v);
+}
+
+/// Filter, gains and meters of up to eight lanes. A lane that is off has gains of 0.
+struct alignas(64) StripLanes {
+    float low[maxLanes] = {}, band[maxLanes] = {}, high[maxLanes] = {};
+    int tapLow[maxLanes] = {}, tapBand[maxLanes] = {}, tapHigh[maxLanes] = {}; ///< all bits or none
+    float cut[maxLanes] = {}, cutStep[maxLanes] = {}, damp[maxLanes] = {};
+    float gainL[maxLanes] = {}, gainLStep[maxLanes] = {}; ///< to the left output
+    float gainR[maxLanes] = {}, gainRStep[maxLanes] = {}; ///< to the right output
+    float peakL[maxLanes] = {}, peakR[maxLanes] = {};     ///< highest magnitude so far
+
+    /// Takes the filter of one channel of a voice, 0 left or 1 right.
+    void load(int lane, const CVoice& v, int side);
+    void store(int lane, CVoice& v, int side) const;
+    /// A slice: the lane of a left or right channel, or of both with `toLeft` and `toRight`.
+    void setSlice(int lane, const StripRamps& ramps, bool toLeft, bool toRight);
+    void mute(int lane);
+    /// Raises a sound's meters by what has passed since the last call.
+    void meter(CSound* s);
+};
+
+/// The strip in registers: a segment of frames of N lanes.
+template <int N>
+struct StripRegisters {
+    using Floats = typename Vectors<N>::Floats;
+    using Ints = typename Vectors<N>::Ints;
+    using Floats4 = Vectors<4>::Floats;
+
+    Floats low, band, high, peakL, peakR, at;
+    Floats cut, cutStep, damp, gainL, gainLStep, gainR, gainRStep;
+    Ints tapLow, tapBand, tapHigh;
+
+    SONDRAVA_INLINE explicit StripRegisters(const StripLanes& s) : at{} {
+        loadLanes(low, s.low);
+        loadLanes(band, s.band);
+        loadLanes(high, s.high);
+        loadLanes(peakL, s.peakL);
+        loadLanes(peakR, s.peakR);
+        loadLanes(cut, s.cut);
+        loadLanes(cutStep, s.cutStep);
+        loadLanes(damp, s.damp);
+        loadLanes(gainL, s.gainL);
+        loadLanes(gainLStep, s.gainLStep);
+        loadLanes(gainR, s.gainR);
+        loadLanes(gainRStep, s.gainRStep);
+        loadLanes(tapLow, s.tapLow);
+        loadLanes(tapBand, s.tapBand);
+        loadLanes(tapHigh, s.tapHigh);
+    }
+
+    /// Writes back what has changed; the ramps go on behind the segment.
+    SONDRAVA_INLINE void store(StripLanes& s) const {
+        storeLanes(low, s.low);
+        storeLanes(band, s.band);
+        storeLanes(high, s.high);
+        storeLanes(peakL, s.peakL);
+        storeLanes(peakR, s.peakR);
+        storeLanes(Floats(cut + at * cutStep), s.cut);
+        storeLanes(Floats(gainL + at * gainLStep), s.gainL);
+        storeLanes(Floats(gainR + at * gainRStep), s.gainR);
+    }
+
+    /// The state-variable filter; leaves the tapped output in `x`.
+    SONDRAVA_INLINE void filter(Floats& x) {
+        const Floats f = cut + at * cutStep;
+        low += f * band;
+        high = x - low - damp * band;
+        band += f * high;
+        x = Floats((Ints(low) & tapLow) | (Ints(band) & tapBand) | (Ints(high) & tapHigh));
+    }
+
+    /// Applies the gains, raises the meters and adds the sums of all lanes to one output frame.
+    SONDRAVA_INLINE void mix(const Floats& y, float* left, float* right) {
+        const Floats l = y * (gainL + at * gainLStep);
+        const Floats r = y * (gainR + at * gainRStep);
+        raise(peakL, l);
+        raise(peakR, r);
+        Floats4 l4, r4;
+        fold(l, l4);
+        fold(r, r4);
+        const Floats4 pairs = __builtin_shufflevector(l4, r4, 0, 1, 4, 5) +
+                              __builtin_shufflevector(l4, r4, 2, 3, 6, 7);
+        const Floats4 sums = pairs + __builtin_shufflevector(pairs, pairs, 1, 0, 3, 2);
+        *left += sums[0];
+        *right += sums[2];
+        at += 1.0f;
+    }
+
+private:
+    SONDRAVA_INLINE static void raise(Floats& peak, const Floats& v) {
+        const Floats magnitude = Floats(Ints(v) & 0x7FFFFFFF);
+        peak = magnitude > peak ? magnitude : peak;
+    }
+    SONDRAVA_INLINE static void fold(const Floats& v, Floats4& sum) {
+        if constexpr (N == 8)
+            sum = __builtin_shufflevector(v, v, 0, 1, 2, 3) +
+                  __builtin_shufflevector(v, v, 4, 5, 6, 7);
+        else
+            sum = v;
+    }
+};
+
+constexpr int maxBatchVoices = 64; ///< that are rendered at a time
+
+/// Lets the tails among some voices run out, and calls `render(voices, n)` for those that sound, up
+/// to `maxBatchVoices` at a time.
+template <class F>
+void eachLive(CVoice** voices, int count, int frames, F&& render) {
+    CVoice* live[maxBatchVoices];
+    int n = 0;
+    for (int i = 0; i < count; i++) {
+        CVoice* v = voices[i];
+        if (v->live())
+            live[n++] = v;
+        else if (v->state == CVoice::sounding)
+            runTail(v, frames);
+        if (n < maxBatchVoices && i + 1 < count) continue;
+        if (n > 0) render(live, n);
+        n = 0;
+    }
+}
+
+/// A voice in its lanes.
+struct LaneVoice {
+    CVoice* voice;
+    int lane;          ///< the first one, the left channel
+    bool stereo;       ///< takes two lanes, else one for both channels
+    int left = 0;      ///< frames left of its slice
+    int slice = 0;     ///< frames of its slice
+    bool alive = true; ///< still sounds
+};
+
+/// Takes the lanes of a voice that has ended out of the sum.
+template <class Batch>
+void silence(Batch& batch, const LaneVoice& v) {
+    batch.s.strip.mute(v.lane);
+    if (v.stereo) batch.s.strip.mute(v.lane + 1);
+}
+
+/// Runs the voices of a batch through `frames` frames: each begins and ends its own slices, and all
+/// run together from one such place to the next. Batch has `voices`, `count`, `s.strip`,
+/// `bool beginSlice(LaneVoice&, int most)`, which sets `slice` to 1 to `most`, and
+/// `bool endSlice(LaneVoice&)`: both false when the voice has ended; and `void run(int from, int
+/// n)`.
+template <class Batch>
+void runBatch(Batch& batch, int frames) {
+    int done = 0;
+    while (done < frames) {
+        int segment = frames - done;
+        bool any = false;
+        for (int i = 0; i < batch.count; i++) {
+            LaneVoice& v = batch.voices[i];
+            if (!v.alive) continue;
+            if (v.left == 0) {
+                v.alive = batch.beginSlice(v, frames - done);
+                if (!v.alive) {
+                    silence(batch, v);
+                    continue;
+                }
+                v.left = v.slice;
+            }
+            if (v.left < segment) segment = v.left;
+            any = true;
+        }
+        if (!any) return;
+        batch.run(done, segment);
+        for (int i = 0; i < batch.count; i++) {
+            LaneVoice& v = batch.voices[i];
+            if (!v.alive) continue;
+            v.left -= segment;
+            if (v.left > 0) continue;
+            v.alive = batch.endSlice(v);
+            if (!v.alive) silence(batch, v);
+        }
+        done += segment;
+    }
+}

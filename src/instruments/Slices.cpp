@@ -1,0 +1,204 @@
+#include "instruments/Slices.h"
+
+#include "base/Numbers.h"
+#include "base/Random.h"
+#include "common/Curves.h"
+#include "engine/CQV.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int tableMask = 0xFFFF;
+constexpr double tableSteps = 65535.0;
+constexpr float qMax = 0.97f;
+constexpr double tailSeconds = 0.01;
+constexpr double maxSemitones = 240.0;
+constexpr float denormal = 1e-10f;
+
+/// Place of a phase in a table: rounded, modulo its length; a phase stays within -1 to 2.
+int tableIndex(double phase) {
+    constexpr double lift = 65536.0; // keeps the number positive, so that truncation rounds down
+    return int(int64_t(phase * tableSteps + (lift + 0.5)) & tableMask);
+}
+
+void flush(float& v) {
+    if (std::fabs(v) < denormal) v = 0.0f;
+}
+
+} // namespace
+
+SlicePlan::SlicePlan(CSound* s, const CVoice* any, float gain, bool wholeWraps)
+    : sound(s), truncateWraps(wholeWraps) {
+    const double rate = double(any->rate);
+    sliceMax = asMinMax(asRound(rate * 0.001), 1, longest);
+    limit = float(1.0 / (rate * 6.2831855 * 0.001));
+    base[targetPitch] = s->bend() * float(int(s->bendRange));
+    base[targetVolume] = s->volume * gain;
+    base[targetPan] = s->pan;
+    base[targetCutoff] = s->cutoff;
+    base[targetQ] = s->q;
+
+    for (const auto& e : s->envelope) addRoutes(*e);
+    addRoutes(*s->pitchEnv);
+    const float tempo = any->host->tempoNow;
+    for (int i = 0; i < lfoCount; i++) {
+        const CLFO& l = *s->lfo[i];
+        const int before = routeCount;
+        addRoutes(l);
+        lfoUsed[i] = routeCount > before;
+        lfoIncr[i] = l.frequency(tempo) / rate;
+        randomWave[i] = l.wave == lfoRandom;
+    }
+    addRoutes(*s->vel);
+}
+
+void SlicePlan::addRoutes(const CMod& mod) {
+    for (const CMod::Param& p : mod.params) {
+        const int target = p.index;
+        const float amount = p.amount;
+        if (target <= targetNone || target >= targetCount || amount == 0.0f) continue;
+        routes[routeCount++] = {(unsigned char)mod.index, (unsigned char)target, amount};
+    }
+}
+
+int SlicePlan::cutToLfo(CLFOStage& stage, int n) const {
+    if (stage.delayLeft > 0) {
+        stage.toWrap = farWrap;
+        return std::min(n, stage.delayLeft);
+    }
+    const double rest = 1.0 - stage.phase;
+    if (rest > stage.incr * (n + 1)) {
+        stage.toWrap = farWrap;
+        return n;
+    }
+    const double frames = rest / stage.incr;
+    stage.toWrap = std::max(0, truncateWraps ? asInt(frames) : asRound(frames));
+    return std::min(n, stage.toWrap);
+}
+
+int SlicePlan::begin(CVoice* v, int n) const {
+    float* cur = sound->cur;
+    std::copy(std::begin(base), std::end(base), cur);
+    cur[targetVolume] *= v->gainMul;
+    cur[targetPan] += v->panAdd;
+    cur[targetCutoff] *= v->cutoffMul;
+
+    if (v->glideLeft > 0) n = std::min(n, v->glideLeft);
+    for (const CEnvStage& stage : v->stages)
+        if (stage.active) n = std::min(n, stage.remaining);
+    for (int i = 0; i < lfoCount; i++) {
+        v->lfoStages[i].incr = lfoIncr[i];
+        n = cutToLfo(v->lfoStages[i], n);
+    }
+    return n;
+}
+
+void SlicePlan::modulateLfo(CVoice* v, int i, int n) const {
+    CLFOStage& stage = v->lfoStages[i];
+    if (stage.delayLeft > 0) {
+        stage.value = 0.5f;
+        stage.delayLeft -= n;
+        return;
+    }
+    if (lfoUsed[i] && !randomWave[i])
+        stage.value = float(stage.table[tableIndex(stage.phase)] * 0.5 + 0.5);
+    stage.phase += stage.incr * n;
+}
+
+void SlicePlan::modulate(CVoice* v, int n) const {
+    float source[sources];
+    for (int i = 0; i < stageCount; i++) {
+        CEnvStage& s = v->stages[i];
+        if (s.active && s.total > 0)
+            s.value = envelopePoint(s.from, s.to, float(s.total - s.remaining + n) / float(s.total),
+                                    s.curve);
+        source[i] = s.value;
+    }
+    for (int i = 0; i < lfoCount; i++) {
+        modulateLfo(v, i, n);
+        source[firstLfoIndex + i] = v->lfoStages[i].value;
+    }
+    source[velocityIndex] = v->velocity;
+
+    float* cur = sound->cur;
+    for (int i = 0; i < routeCount; i++) {
+        const Route& r = routes[i];
+        const float s = source[r.source];
+        if (isAdditive(r.target))
+            cur[r.target] += r.amount * (2.0f * s - 1.0f);
+        else
+            cur[r.target] *= 1.0f + r.amount * (s - 1.0f);
+    }
+    cur[targetCutoff] = fLimit(cur[targetCutoff], 0.0f, 1.0f);
+    cur[targetQ] = fLimit(cur[targetQ], 0.0f, qMax);
+}
+
+void SlicePlan::advance(CVoice* v, int n) const {
+    if (v->glideLeft > 0) {
+        v->glideLeft -= n;
+        v->pitch += v->glideStep * float(n);
+    }
+    for (int i = 0; i < stageCount; i++) {
+        CEnvStage& s = v->stages[i];
+        if (!s.active) continue;
+        s.remaining -= n;
+        if (s.remaining > 0) continue;
+        s.value = s.to;
+        v->mods[i]->next(&s);
+        if (i == 0 && s.stage == phaseEnded) {
+            v->tail = asInt(double(v->rate) * tailSeconds);
+            return;
+        }
+    }
+    for (int i = 0; i < lfoCount; i++) {
+        CLFOStage& s = v->lfoStages[i];
+        if (s.toWrap == farWrap) continue;
+        s.toWrap -= n;
+        if (s.toWrap > 0) continue;
+        s.phase -= 1.0;
+        if (randomWave[i]) s.value = float(asRand());
+    }
+}
+
+Ramp rampTo(float& value, float target, const SlicePlan& plan, bool jump, int n) {
+    if (jump) value = target;
+    if (value == target) return {value, 0.0f};
+    const float step = fLimit((target - value) / float(n), -plan.limit, plan.limit);
+    const Ramp ramp{value, step};
+    value += step * float(n);
+    return ramp;
+}
+
+void StripRamps::begin(CVoice* v, const SlicePlan& plan, int n) {
+    const float* cur = v->sound->cur;
+    const float pan = fLimit(cur[targetPan], -1.0f, 1.0f);
+    const float level = cur[targetVolume] * cur[targetVolume];
+    const float left = level * (pan >= 0.0f ? 1.0f - pan : pan * -0.5f + 1.0f);
+    const float right = level * (pan >= 0.0f ? pan * 0.5f + 1.0f : pan + 1.0f);
+    gainL = rampTo(v->gainL, left, plan, v->first, n);
+    gainR = rampTo(v->gainR, right, plan, v->first, n);
+    cut = rampTo(v->cut2, cur[targetCutoff] * cur[targetCutoff], plan, v->first, n);
+    damp = 1.0f - cur[targetQ];
+}
+
+double pitchRatio(double semitones) {
+    return std::exp2(fLimit(semitones, -maxSemitones, maxSemitones) / 12.0);
+}
+
+void runTail(CVoice* v, int frames) {
+    v->tail -= frames;
+    if (v->tail <= 0) v->state = CVoice::free;
+}
+
+void guardVoice(CVoice* v) {
+    if (v->state != CVoice::sounding) return;
+    float sum = 0.0f;
+    for (float s : v->svf) sum += s;
+    if (!std::isfinite(sum)) std::fill(std::begin(v->svf), std::end(v->svf), 0.0f);
+    for (int i = 0; i < CVoice::rightSvf; i++) flush(v->svf[i]);
+    flush(v->gainL);
+    flush(v->gainR);
+    flush(v->cut2);
+}

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "instruments/CSound.h"
+
+/// What a sound is set to, read once for a call of `processVoices`: its values by target before
+/// modulation, the connections of its modulators that have an effect, and the timing of slices.
+///
+/// A voice is rendered in slices of at most a millisecond. All modulation is worked out once per
+/// slice, and gain, filter and operator levels run in straight lines through it.
+class SlicePlan {
+public:
+    /// Longest slice in frames, at the highest rate there is.
+    static constexpr int longest = 192;
+
+    int sliceMax; ///< frames
+    float limit;  ///< most that a ramped value may change in a frame
+    float base[targetCount] = {};
+
+    /// `wholeWraps`: the rest of an LFO's cycle is truncated to frames, else rounded.
+    SlicePlan(CSound* s, const CVoice* any, float gain, bool wholeWraps);
+
+    /// First step of a slice: loads `s->cur`, and cuts `n` frames so that no modulation event falls
+    /// inside. 0 is possible.
+    int begin(CVoice* v, int n) const;
+    /// Second step: brings the modulators to the end of a slice of `n` frames and applies them.
+    void modulate(CVoice* v, int n) const;
+    /// Last step: moves glide, stages and LFOs on.
+    void advance(CVoice* v, int n) const;
+
+private:
+    static constexpr int sources = velocityIndex + 1;
+    static constexpr int farWrap = 1 << 30; ///< beyond any slice
+
+    struct Route {
+        unsigned char source, target;
+        float amount;
+    };
+
+    CSound* sound;
+    bool truncateWraps;
+    int routeCount = 0;
+    Route routes[sources * modSlots];
+    double lfoIncr[lfoCount];
+    bool randomWave[lfoCount];
+    bool lfoUsed[lfoCount] = {};
+
+    void addRoutes(const CMod& mod);
+    int cutToLfo(CLFOStage& stage, int n) const;
+    void modulateLfo(CVoice* v, int i, int n) const;
+};
+
+/// Straight lines of a slice: the value at its first frame and what each frame adds.
+struct Ramp {
+    float value = 0.0f, step = 0.0f;
+};
+
+/// What every slice ramps. The voice's own values are at the end of the slice already.
+struct StripRamps {
+    Ramp gainL, gainR, cut;
+    float damp; ///< 1 - q
+
+    /// Reads `cur` of the voice's sound for a slice of `n` frames, 1 or more.
+    void begin(CVoice* v, const SlicePlan& plan, int n);
+};
+
+/// Takes `value` of a voice to `target` within the slice, not faster than the plan allows.
+Ramp rampTo(float& value, float target, const SlicePlan& plan, bool jump, int n);
+
+/// `exp(semitones / 12 * ln 2)`, for sums within +-240 semitones; what lies outside is clamped.
+double pitchRatio(double semitones);
+
+/// Takes `frames` off the silent tail of a voice; at its end the voice is free.
+void runTail(CVoice* v, int frames);
+
+/// End of a call for a voice that still sounds: what has died away becomes 0, and a filter that has
+/// left the numbers starts anew.
+void guardVoice(CVoice* v);
