@@ -81,7 +81,7 @@ public:
     CList maps;                                            ///< of CMapProg, owned; host only
     Shared<int> curMap{0};
     Shared<unsigned char> allNotesOff{0}; ///< the next `mergeMIDI` silences every channel
-    int sync = 0;
+    Shared<int> sync{0};
     static constexpr int macroCount = 8;
     int macroParams[macroCount] = {-1, -1, -1, -1, -1, -1, -1, -1}; ///< parameter index, -1 unused
     int pullDepth = 0; ///< how deep the pull along cables is at present; host only, graph holder

@@ -3,6 +3,7 @@
 #include "audiofiles/CSample.h"
 #include "base/Delegates.h"
 #include "base/GraphMark.h"
+#include "base/Messages.h"
 #include "base/Numbers.h"
 #include "engine/CAAM.h"
 #include "engine/CClick.h"
@@ -25,27 +26,6 @@ constexpr float activityFall = 0.33f;
 constexpr unsigned updateDevice = 8;
 /// A take changes parts and the pool.
 constexpr unsigned takeFlags = 0x402000;
-
-/// The interface thread alone with the graph: no block, no worker.
-class Standstill {
-public:
-    explicit Standstill(CQV* host) : qv(host) {
-        qv->parkWorkers();
-        qv->audioSuspended.fetchAdd(1);
-        hold.emplace(qv);
-    }
-    ~Standstill() {
-        hold.reset();
-        qv->audioSuspended.fetchAdd(-1);
-        qv->unparkWorkers();
-    }
-    Standstill(const Standstill&) = delete;
-    Standstill& operator=(const Standstill&) = delete;
-
-private:
-    CQV* qv;
-    std::optional<GraphHold> hold;
-};
 
 } // namespace
 
@@ -70,7 +50,7 @@ CQV::~CQV() {
     delete click;
     delete tasks;
     delete peakThread;
-    delete preview;
+    delete preview.load();
     deleteAll<CThread>(threads);
     destroyScratch();
     delete inQueue;
@@ -124,13 +104,14 @@ void CQV::prepare(int n) {
     for (const CComp* c : each<CComp>(comps))
         for (const COutputChannel* ch : each<COutputChannel>(c->outputs))
             if (ch->solo) solo = 1;
-    masterSeq = nullptr;
+    CComp* first = nullptr;
     for (CComp* c : each<CComp>(comps)) {
         c->listKind = listComps;
         for (COutputChannel* ch : each<COutputChannel>(c->outputs)) ch->anySolo = solo;
         c->prepare(n);
-        if (!masterSeq && c->type == compSeq) masterSeq = c;
+        if (!first && c->type == compSeq) first = c;
     }
+    masterSeq = first;
     for (CComp* c : each<CComp>(sends)) {
         c->listKind = listSends;
         for (COutputChannel* ch : each<COutputChannel>(c->outputs)) ch->anySolo = 0;
@@ -179,6 +160,7 @@ void CQV::idle() {
     idleTake();
     idleRender();
     idleProgramChange();
+    idleMessages();
     for (CComp* c : each<CComp>(comps)) c->idle();
     for (CComp* c : each<CComp>(sends)) c->idle();
     editorHooks()->mainIdle();
@@ -220,6 +202,12 @@ void CQV::idleRender() {
 void CQV::idleProgramChange() {
     const int program = requestedProgram.exchange(-1);
     if (program >= 0 && fileMapper && fileMapper->enabled()) fileMapper->setProgram(program, true);
+}
+
+void CQV::idleMessages() {
+    if (CSample::notices.exchange(0) & noticeBufferTooSmall)
+        showMsg(nullptr, "Error", "getData buffer too small");
+    showQueuedMessages();
 }
 
 bool CQV::addTask(COnChange* delegate, CObject* arg) {

@@ -29,7 +29,9 @@ constexpr double minRate = 8000.0;
 /// and for a thread that holds the graph, they act at once, so that a getter sees the result.
 class CQV : public CComp, public UndoHost {
 public:
-    int pdcInDelay = 0, pdcSendDelay = 0;
+    /// Largest latency, in frames, of the paths into the send buses, and from these to the audio
+    /// outs.
+    Shared<int> pdcInDelay{0}, pdcSendDelay{0};
     CList samples; ///< of CSample, owned: the project's pool
     Shared<bool> renderPending{false};
     bool settingsEnabled = true;
@@ -46,8 +48,8 @@ public:
     float* tmpBuffers[4] = {}; ///< owned, `frames` each; graph holder
     int frames = 1024;
     Shared<float> rate{44100.0f}, invRate{1.0f / 44100.0f};
-    CComp* masterSeq = nullptr; ///< first sequencer, found in `prepare`; graph holder
-    CAAM* aam = nullptr;        ///< not owned
+    Shared<CComp*> masterSeq{nullptr}; ///< first sequencer; found in `prepare`
+    CAAM* aam = nullptr;               ///< not owned
     Shared<int> ctrlStart{-1}, ctrlStop{-1}, ctrlRewind{-1}, ctrlRecord{-1}, ctrlTempo{-1};
     Shared<int> lastCC{0}, learned{0};
     CTasks* tasks; ///< owned
@@ -58,11 +60,11 @@ public:
     Shared<int> loopStart{0}, loopEnd{3840}, loop{0}; ///< ticks
     bool positionJumped = false;                      ///< during the block after a transport change
     CClick* click;                                    ///< owned
-    CPreviewBase* preview = nullptr;                  ///< owned
+    Shared<CPreviewBase*> preview{nullptr};           ///< owned
     CFileMapperBase* fileMapper = nullptr;            ///< not owned
     bool idling = false;
-    double startTime = 0.0; ///< milliseconds
-    int startPos = 0;
+    Shared<int> startTime{0};         ///< asTimeInMS of the last start
+    Shared<int> startPos{0};          ///< ticks
     Shared<float> listenVolume{1.0f}; ///< squared at the device outputs
     CSettings settings;
     CList threads;                    ///< of CThread, owned
@@ -125,7 +127,7 @@ public:
     CComp* getAudioIn();
     CComp* getMIDIIn();
     CComp* getMIDIOut();
-    CComp* getMasterSeq() { return masterSeq; }
+    CComp* getMasterSeq() { return masterSeq; } ///< as of the latest block or start
     CComp* firstOfType(int type);
     CStr autoNameComp(const CStr& name);
 
@@ -199,6 +201,7 @@ private:
     void finishTake();
     void idleRender();
     void idleProgramChange();
+    void idleMessages();
 };
 
 extern CQV* qv;

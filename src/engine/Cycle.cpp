@@ -13,6 +13,7 @@
 #include "driver/libaam.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -157,6 +158,7 @@ long libio(float** ins, float** outs, long numIns, long numOuts, long frames, vo
 }
 
 void CQV::process(int n) {
+    assert(holdsGraph());
     transport->drain();
     const bool counting = recording && click->countIn >= 1;
     if (!counting) tempoNow = tempo;

@@ -41,13 +41,13 @@ constexpr double shortestTicks = 120.0; ///< of a note that was let go before it
 } // namespace
 
 void CDeviceAudio::setDevs() {
-    chs = 0;
-    dev0 = dev1 = -1;
-    for (int i = 0; i < maxDeviceChannels && chs < 2; ++i) {
-        if (!channelUsed[i]) continue;
-        (chs == 0 ? dev0 : dev1) = i;
-        ++chs;
-    }
+    int devs[2] = {-1, -1};
+    int used = 0;
+    for (int i = 0; i < maxDeviceChannels && used < 2; ++i)
+        if (channelUsed[i]) devs[used++] = i;
+    chs = used;
+    dev0 = devs[0];
+    dev1 = devs[1];
 }
 
 void CDeviceAudio::prepare(int frames) {
@@ -59,7 +59,7 @@ void CDeviceAudio::read(CStream* stream, int end) {
     eachItem(stream, end, [&](const CStr& item, int size) {
         if (item == "chs" && size >= 1) chs = std::clamp(stream->readByte(), 0, 2);
         if (item != "devs" || size < 2) return;
-        for (int* dev : {&dev0, &dev1}) {
+        for (Shared<int>* dev : {&dev0, &dev1}) {
             *dev = readSigned(stream);
             if (*dev >= 0 && *dev < maxDeviceChannels) channelUsed[*dev] = 1;
         }

@@ -10,8 +10,9 @@ class CDeviceAudio : public CComp {
 public:
     explicit CDeviceAudio(CQV* root) : CComp(root) {}
 
-    int chs = 0;              ///< device channels in use: 0, 1 (both sides the same) or 2
-    int dev0 = -1, dev1 = -1; ///< their places among the enabled ones of the device, -1 unused
+    Shared<int> chs{0}; ///< device channels in use: 0, 1 (both sides the same) or 2
+    Shared<int> dev0{-1},
+        dev1{-1}; ///< their places among the enabled ones of the device, -1 unused
     Shared<int> channelUsed[maxDeviceChannels];
 
     /// Finds `chs`, `dev0` and `dev1`: the first two flags of `channelUsed`. Graph holder.

@@ -15,3 +15,15 @@ GraphHold::~GraphHold() {
     mark.reset();
     host->releaseHold();
 }
+
+Standstill::Standstill(CQV* root) : host(root) {
+    host->parkWorkers();
+    host->audioSuspended.fetchAdd(1);
+    hold.emplace(host);
+}
+
+Standstill::~Standstill() {
+    hold.reset();
+    host->audioSuspended.fetchAdd(-1);
+    host->unparkWorkers();
+}

@@ -22,3 +22,17 @@ private:
     CQV* host; ///< null when nested
     std::optional<GraphMark> mark;
 };
+
+/// The interface thread alone with the project: holds the graph, while every worker stands still.
+/// For what replaces or frees the content of a project.
+class Standstill {
+public:
+    explicit Standstill(CQV* root);
+    ~Standstill();
+    Standstill(const Standstill&) = delete;
+    Standstill& operator=(const Standstill&) = delete;
+
+private:
+    CQV* host;
+    std::optional<GraphHold> hold;
+};

@@ -4,6 +4,8 @@
 #include "engine/CQV.h"
 #include "engine/TransportRing.h"
 
+#include <cassert>
+
 // What of the host starts, stops and places the song.
 
 namespace {
@@ -87,8 +89,9 @@ void CQV::createTempoMap() {
 }
 
 void CQV::startNow() {
+    assert(holdsGraph());
     if (playing) return;
-    masterSeq = firstOfType(compSeq); // no block may have run since the list changed
+    masterSeq = firstOfType(compSeq); // the list may have changed since the latest block
     startTime = asTimeInMS();
     startPos = masterSeq ? asRound(masterSeq->getPos()) : 0;
     playing = 1;
@@ -99,6 +102,7 @@ void CQV::startNow() {
 }
 
 void CQV::stopNow() {
+    assert(holdsGraph());
     if (playing) {
         playing = 0;
         transportChanged = true;
@@ -112,6 +116,7 @@ void CQV::stopNow() {
 }
 
 void CQV::setPosNow(double ticks) {
+    assert(holdsGraph());
     if (recording) return;
     const double at = fLimit(ticks, 0.0, double(maxTicks));
     pos = at;
@@ -121,6 +126,7 @@ void CQV::setPosNow(double ticks) {
 }
 
 void CQV::recNow() {
+    assert(holdsGraph());
     if (playing)
         recording = recording ? 0 : 1;
     else if (!recording)
