@@ -145,20 +145,6 @@ TEST(CList, WalkEndsAtAStoredNullAndStartsAnew) {
     EXPECT_EQ(contents(list).size(), 3u);
 }
 
-TEST(CList, DeletesWhatItsOwnerOwns) {
-    struct Counted {
-        explicit Counted(int* n) : alive(n) { ++*alive; }
-        ~Counted() { --*alive; }
-        int* alive;
-    };
-    int alive = 0;
-    CList list;
-    for (int i = 0; i < 5; ++i) list.add(new Counted(&alive));
-    deleteAll<Counted>(list);
-    EXPECT_EQ(alive, 0);
-    EXPECT_EQ(list.getCount(), 0);
-}
-
 /// A walker of another thread meets a growing prefix of complete items.
 TEST(CList, MayBeWalkedWhileItGrows) {
     constexpr int total = 2000;

@@ -1,0 +1,244 @@
+#include "base/CStream.h"
+
+#include "TempFolder.h"
+#include "base/CStringList.h"
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <vector>
+
+namespace {
+
+/// Runs a test on both kinds of stream, each empty and open for reading and writing.
+void onBoth(const std::function<void(CStream&)>& test) {
+    {
+        SCOPED_TRACE("memory");
+        CMemoryStream memory;
+        test(memory);
+    }
+    SCOPED_TRACE("file");
+    const TempFolder folder;
+    CFileStream file(folder.file("stream"), 1);
+    ASSERT_TRUE(file.isOpen());
+    test(file);
+}
+
+std::vector<int> bytes(CStream& s) {
+    std::vector<int> all;
+    s.setPos(0);
+    for (int64_t n = s.left(); n > 0; --n) all.push_back(s.readByte());
+    return all;
+}
+
+} // namespace
+
+TEST(CStream, StoresEachTypeInItsByteOrder) {
+    onBoth([](CStream& s) {
+        s.writeByte(200);
+        s.writeShort(-2);
+        s.writeShortSwap(0x0102);
+        s.writeInt(0x01020304);
+        s.writeIntSwap(0x01020304);
+        s.writeFloat(1.0f);
+        s.writeFloatSwap(1.0f);
+        s.writeDouble(-2.0);
+        s.writeId("ab", -1);
+        const char wanted[] = "\310"
+                              "\376\377"
+                              "\1\2"
+                              "\4\3\2\1"
+                              "\1\2\3\4"
+                              "\0\0\200\77"
+                              "\77\200\0\0"
+                              "\0\0\0\0\0\0\0\300"
+                              "\2\0\0\0ab\377\377\377\377";
+        const int size = int(sizeof(wanted)) - 1;
+        std::vector<int> asInts;
+        for (int i = 0; i < size; ++i) asInts.push_back(static_cast<unsigned char>(wanted[i]));
+        EXPECT_EQ(bytes(s), asInts);
+        s.setPos(0);
+        EXPECT_EQ(s.readByte(), 200);
+        EXPECT_EQ(s.readShort(), -2);
+        EXPECT_EQ(s.readShortSwap(), 0x0102);
+        EXPECT_EQ(s.readInt(), 0x01020304);
+        EXPECT_EQ(s.readIntSwap(), 0x01020304);
+        EXPECT_EQ(s.readFloat(), 1.0f);
+        EXPECT_EQ(s.readFloatSwap(), 1.0f);
+        EXPECT_EQ(s.readDouble(), -2.0);
+        EXPECT_EQ(s.readStr(), "ab");
+        EXPECT_EQ(s.readShort(), -1);
+        EXPECT_EQ(s.readInt(), 0) << "half of it is missing";
+        EXPECT_EQ(s.left(), 0);
+        EXPECT_EQ(s.readByte(), 0);
+    });
+}
+
+/// A length from a damaged file neither allocates nor reads more than there is.
+TEST(CStream, ReadsStringsOfAnyStoredLength) {
+    struct Case {
+        int stored;
+        const char* wanted;
+        int positionAfter;
+    };
+    const Case cases[] = {{0, "", 4},  {3, "abc", 7},          {4, "abcd", 8},    {5, "abcd", 8},
+                          {-1, "", 4}, {INT32_MAX, "abcd", 8}, {INT32_MIN, "", 4}};
+    for (const Case& c : cases) {
+        onBoth([&](CStream& s) {
+            s.writeInt(c.stored);
+            s.write("abcd", 4);
+            s.setPos(0);
+            EXPECT_EQ(s.readStr(), c.wanted) << c.stored;
+            EXPECT_EQ(s.getPos(), c.positionAfter) << c.stored;
+        });
+    }
+}
+
+TEST(CStream, StaysInFrontOfNothing) {
+    onBoth([](CStream& s) {
+        s.write("abcdef", 6);
+        EXPECT_EQ(s.seek(-2, seekEnd), 4);
+        EXPECT_EQ(s.seek(-3, seekCurrent), 1);
+        EXPECT_EQ(s.readByte(), 'b');
+        EXPECT_EQ(s.seek(-100, seekCurrent), 0);
+        EXPECT_EQ(s.seek(INT32_MIN, seekStart), 0);
+        char c = 'x';
+        EXPECT_EQ(s.read(&c, -1), 0);
+        EXPECT_EQ(s.write(&c, -1), 0);
+        EXPECT_EQ(s.pos(), 0);
+        EXPECT_EQ(s.seek(8, seekStart), 8);
+        EXPECT_EQ(s.left(), -2);
+        s.writeByte('i');
+        EXPECT_EQ(bytes(s), (std::vector<int>{'a', 'b', 'c', 'd', 'e', 'f', 0, 0, 'i'}));
+    });
+}
+
+TEST(CStream, PatchesTheSizeOfABlock) {
+    onBoth([](CStream& s) {
+        s.writeByte(9);
+        s.writeInt(-1);
+        for (int i = 0; i < 10; ++i) s.writeByte(7);
+        s.writeBlockSize(1);
+        EXPECT_EQ(s.getPos(), 15);
+        s.setPos(1);
+        EXPECT_EQ(s.readInt(), 10);
+        EXPECT_EQ(s.getSize(), 15);
+    });
+}
+
+TEST(CStream, CopiesUpToTheEndOfItsSource) {
+    struct Case {
+        int there, asked, copied;
+    };
+    const Case cases[] = {{3000, 2500, 2500}, {1024, 1024, 1024}, {100, 5000, 100},
+                          {9, 0, 0},          {9, -5, 0},         {100, INT32_MAX, 100}};
+    for (const Case& c : cases) {
+        onBoth([&](CStream& s) {
+            CMemoryStream source;
+            for (int i = 0; i < c.there; ++i) source.writeByte(static_cast<unsigned char>(i % 251));
+            source.setPos(0);
+            s.writeByte(1);
+            s.copy(&source, c.asked);
+            EXPECT_EQ(s.getPos(), 1) << c.asked;
+            EXPECT_EQ(source.getPos(), c.copied) << c.asked;
+            EXPECT_EQ(s.getSize(), c.copied + 1) << c.asked;
+            for (int i = 0; i < c.copied; ++i) ASSERT_EQ(s.readByte(), i % 251) << i;
+        });
+    }
+}
+
+TEST(CFileStream, CountsThePayloadOnce) {
+    const TempFolder folder;
+    CFileStream file(folder.file("payload"), 1);
+    file.writeInt(0);
+    file.writeStr("0123456789");
+    file.writeBlockSize(0);
+    EXPECT_EQ(file.written, file.getPos());
+    EXPECT_TRUE(file.flush());
+    CFileStream again(folder.file("payload"), 0);
+    EXPECT_EQ(again.size, 18);
+    EXPECT_FALSE(again.eof());
+    again.setPos(18);
+    EXPECT_TRUE(again.eof());
+}
+
+TEST(CFileStream, TellsThatADiskIsFull) {
+    CFileStream full("/dev/full", 1);
+    ASSERT_TRUE(full.isOpen());
+    full.writeInt(1);
+    EXPECT_FALSE(full.flush());
+}
+
+TEST(CFileStream, IsEmptyWithoutAFile) {
+    const TempFolder folder;
+    folder.write("there", "abc");
+    const std::pair<CStr, int> cases[] = {{folder.file("missing"), 0},
+                                          {folder.path, 0},
+                                          {folder.file("no/such/folder"), 1},
+                                          {folder.file("there"), 2},
+                                          {"", 0}};
+    for (const auto& [path, mode] : cases) {
+        CFileStream file(path, mode);
+        char c = 0;
+        EXPECT_FALSE(file.isOpen()) << path.asChar();
+        EXPECT_EQ(file.size, 0);
+        EXPECT_EQ(file.read(&c, 1), 0);
+        EXPECT_EQ(file.write(&c, 1), 0);
+        EXPECT_EQ(file.seek(5, seekStart), 0);
+        EXPECT_EQ(file.readStr(), "");
+    }
+}
+
+TEST(CMemoryStream, GrowsByWholeGrains) {
+    CMemoryStream s;
+    EXPECT_EQ(s.capacity, 0);
+    s.writeByte(1);
+    EXPECT_EQ(s.capacity, 8192);
+    const std::vector<char> block(8192, 'x');
+    s.write(block.data(), 8191);
+    EXPECT_EQ(s.capacity, 8192);
+    s.writeByte(1);
+    EXPECT_EQ(s.capacity, 16384);
+    s.setSize(3);
+    EXPECT_EQ(s.getPos(), 3);
+    s.setSize(6);
+    EXPECT_EQ(bytes(s), (std::vector<int>{1, 'x', 'x', 0, 0, 0}));
+}
+
+TEST(CMemoryStream, GoesThroughAFile) {
+    const TempFolder folder;
+    CMemoryStream s;
+    for (int i = 0; i < 100000; ++i) s.writeInt(i);
+    ASSERT_TRUE(s.saveToFile(folder.file("block")));
+    CMemoryStream t;
+    t.writeByte(1);
+    ASSERT_TRUE(t.loadFromFile(folder.file("block")));
+    EXPECT_EQ(t.getPos(), 0);
+    EXPECT_EQ(bytes(t), bytes(s));
+    EXPECT_FALSE(t.loadFromFile(folder.file("missing")));
+    EXPECT_EQ(t.getSize(), 0);
+    EXPECT_FALSE(s.saveToFile(folder.file("no/such/folder")));
+}
+
+TEST(CStream, CutsTextIntoLines) {
+    const std::string longLine(5000, 'x');
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {"", {}},
+        {"a\r\nb", {"a", "b"}},
+        {"a\nb\n", {"a", "b"}},
+        {"a\r\rb", {"a", "", "b"}},
+        {"\n\r\n a ", {"", "", "a"}},
+        {longLine + "\r\n" + longLine, {longLine, longLine}},
+        {std::string(4095, 'y') + "\r\nz", {std::string(4095, 'y'), "z"}},
+    };
+    for (const auto& [text, wanted] : cases) {
+        CMemoryStream s;
+        s.write(text.data(), int(text.size()));
+        CStringList lines;
+        streamToStrs(&s, &lines);
+        std::vector<std::string> got;
+        for (const CStringItem* line : each<CStringItem>(lines.list))
+            got.emplace_back(line->text.asChar());
+        EXPECT_EQ(got, wanted);
+    }
+}

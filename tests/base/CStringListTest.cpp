@@ -1,0 +1,60 @@
+#include "base/CStringList.h"
+
+#include "TempFolder.h"
+
+namespace {
+
+std::string joined(const CStringList& list) {
+    std::string all;
+    for (const CStringItem* item : each<CStringItem>(list.list))
+        all += std::string(item->text.asChar()) + "|";
+    return all;
+}
+
+} // namespace
+
+TEST(CStringList, SortsWithoutCaseAndKeepsEqualOnesInOrder) {
+    CStringList list;
+    list.sorted = true;
+    for (const char* s : {"b", "C", "a", "B", "_", "A", ""}) list.add(s);
+    EXPECT_EQ(joined(list), "|a|A|b|B|C|_|");
+    list.insert(1, "z");
+    EXPECT_EQ(joined(list), "|z|a|A|b|B|C|_|");
+}
+
+TEST(CStringList, IgnoresWhatLiesOutside) {
+    CStringList list;
+    for (const char* s : {"a", "b", "c"}) list.add(s);
+    for (int i : {-1, 3, 100}) {
+        EXPECT_EQ(list.get(i), "");
+        list.setItem(i, "x");
+        list.del(i);
+        list.exchange(i, 0);
+    }
+    EXPECT_EQ(joined(list), "a|b|c|");
+    list.exchange(0, 2);
+    list.setItem(1, "x");
+    list.del(0);
+    EXPECT_EQ(joined(list), "x|a|");
+    EXPECT_EQ(list.indexOf("a"), 1);
+    EXPECT_EQ(list.indexOf("A"), -1);
+    list.clear();
+    EXPECT_EQ(list.first(), "");
+    EXPECT_EQ(list.getCount(), 0);
+}
+
+TEST(CStringList, SavesWithSeparatorsBetweenItsLines) {
+    const TempFolder folder;
+    CStringList list;
+    for (const char* s : {"b", "", "a"}) list.add(s);
+    EXPECT_TRUE(list.save(folder.file("lines")));
+    EXPECT_EQ(folder.read("lines"), "b\r\n\r\na");
+    EXPECT_FALSE(list.save(folder.file("no/such")));
+
+    CStringList again;
+    again.add("z");
+    again.sorted = true;
+    again.open(folder.file("missing"));
+    again.open(folder.file("lines"));
+    EXPECT_EQ(joined(again), "z|b||a|") << "lines are appended, sorted or not";
+}

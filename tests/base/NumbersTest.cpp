@@ -1,0 +1,147 @@
+#include "base/Numbers.h"
+
+#include "TempFolder.h"
+#include "base/Random.h"
+
+#include <chrono>
+#include <climits>
+#include <cmath>
+#include <thread>
+#include <vector>
+
+namespace {
+
+const double notANumber = std::nan("");
+const double inf = std::numeric_limits<double>::infinity();
+
+} // namespace
+
+TEST(Numbers, ConversionsSaturate) {
+    struct Case {
+        double v;
+        int cut, rounded;
+    };
+    const Case cases[] = {{2.5, 2, 3},
+                          {-2.5, -2, -2},
+                          {-2.51, -2, -3},
+                          {-0.5, 0, 0},
+                          {2147483646.5, 2147483646, INT_MAX},
+                          {2147483648.0, INT_MAX, INT_MAX},
+                          {-2147483648.9, INT_MIN, INT_MIN},
+                          {1e300, INT_MAX, INT_MAX},
+                          {-inf, INT_MIN, INT_MIN},
+                          {notANumber, 0, 0}};
+    for (const Case& c : cases) {
+        EXPECT_EQ(asInt(c.v), c.cut) << c.v;
+        EXPECT_EQ(asRound(c.v), c.rounded) << c.v;
+    }
+    EXPECT_EQ(asInt64(9.3e18), INT64_MAX);
+    EXPECT_EQ(asInt64(-9.3e18), INT64_MIN);
+    EXPECT_EQ(asInt64(-1e15 - 0.5), -1000000000000000);
+    EXPECT_EQ(asInt64(notANumber), 0);
+    EXPECT_EQ(saturate(INT64_MIN), INT_MIN);
+    EXPECT_EQ(saturate(int64_t(INT_MAX) + 1), INT_MAX);
+    EXPECT_EQ(limitTicks(INT64_MAX), 1073741824);
+    EXPECT_EQ(limitTicks(INT_MIN), -1073741824);
+}
+
+TEST(Numbers, LimitsPutNotANumberOnTheLowerBound) {
+    EXPECT_EQ(fLimit(float(notANumber), 1.0f, 2.0f), 1.0f);
+    EXPECT_EQ(fLimit(notANumber, 1.0, 2.0), 1.0);
+    EXPECT_EQ(asTrim(3.0f, 1.0f, 2.0f), 2.0f);
+    EXPECT_EQ(fLimit(1.5f, 1.0f, 2.0f), 1.5f);
+    EXPECT_EQ(asMinMax(1, 5, 3), 5) << "the lower bound is tested first";
+    EXPECT_EQ(asMinMax(6, 5, 3), 3);
+    int a = 3, b = -3;
+    sort(a, b);
+    order(a, b);
+    EXPECT_EQ(a, -3);
+    EXPECT_EQ(b, 3);
+}
+
+TEST(Numbers, ReadsNumbersOnlyFromWhatLooksLikeOne) {
+    const std::pair<const char*, int> cases[] = {{"12", 12},
+                                                 {"-12", -12},
+                                                 {"1-2", 1},
+                                                 {"12-", 12},
+                                                 {"-", 0},
+                                                 {"1.9", 1},
+                                                 {"1,9", 1},
+                                                 {".5", 0},
+                                                 {"1a", 7},
+                                                 {"", 7},
+                                                 {" 1", 7},
+                                                 {"+1", 7},
+                                                 {"--1", 7},
+                                                 {"1-2-", 7},
+                                                 {"1.2,3", 7},
+                                                 {"1e3", 7},
+                                                 {"99999999999", INT_MAX},
+                                                 {"-99999999999999999999", INT_MIN}};
+    for (auto [text, wanted] : cases) EXPECT_EQ(strAsIntDef(text, 7), wanted) << text;
+    EXPECT_EQ(strAsInt("x"), 0);
+    EXPECT_EQ(stripValue("a=b=c"), "a");
+    EXPECT_EQ(stripValue("abc"), "abc");
+    EXPECT_EQ(swap3(0x123456), 0x563412u);
+}
+
+TEST(Numbers, FormatsThroughSafeFormatsOnly) {
+    const std::pair<const char*, const char*> ints[] = {
+        {"%d", "65"},        {"[%05i] %%", "[00065] %"},
+        {"%x%%", "41%"},     {"%c", "A"},
+        {"%s", "%s"},        {"%d %d", "%d %d"},
+        {"%n", "%n"},        {"%f", "%f"},
+        {"%ld", "%ld"},      {"%*d", "%*d"},
+        {"100%", "100%"},    {"none", "none"},
+        {"%-4u|", "65  |"},  {"%1$d", "%1$d"},
+        {"%9999d", "%9999d"}};
+    for (auto [format, wanted] : ints) EXPECT_EQ(asStrFormat(65, format), wanted) << format;
+    const std::pair<const char*, const char*> floats[] = {
+        {"%.2f dB", "1.50 dB"}, {"%g", "1.5"}, {"%d", "%d"}, {"%s%f", "%s%f"}, {"%%", "%%"}};
+    for (auto [format, wanted] : floats) EXPECT_EQ(asStrFormat(1.5f, format), wanted) << format;
+    EXPECT_EQ(asStrFormat(-1, "%u"), "4294967295");
+    EXPECT_EQ(asStr(-5), "-5");
+    EXPECT_EQ(asStr(0.25f), "0.250000");
+    EXPECT_EQ(asStr(-1e300).length(), 1 + 301 + 7);
+    EXPECT_EQ(asStr(INT64_MIN), "-9223372036854775808");
+}
+
+TEST(Numbers, TimeIsTheWallClockInMilliseconds) {
+    using namespace std::chrono;
+    const auto clock = [] {
+        return int(duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count());
+    };
+    const int before = clock(), now = asTimeInMS(), after = clock();
+    EXPECT_GE(msBetween(before, now), 0);
+    EXPECT_GE(msBetween(now, after), 0);
+    EXPECT_EQ(msBetween(INT_MAX, INT_MIN), 1);
+}
+
+/// Mean, spread and neighbours of an even distribution; five standard deviations wide.
+TEST(Random, IsEvenAndRepeatsItself) {
+    constexpr int n = 1000000;
+    seedRand(5);
+    double sum = 0, squares = 0, products = 0, last = 0.5;
+    for (int i = 0; i < n; ++i) {
+        const double v = asRand();
+        ASSERT_GE(v, 0.0);
+        ASSERT_LT(v, 1.0);
+        sum += v;
+        squares += (v - 0.5) * (v - 0.5);
+        products += (v - 0.5) * (last - 0.5);
+        last = v;
+    }
+    EXPECT_NEAR(sum / n, 0.5, 5 * std::sqrt(1.0 / 12 / n));
+    EXPECT_NEAR(squares / n, 1.0 / 12, 5 * std::sqrt(1.0 / 180 / n));
+    EXPECT_NEAR(products / n, 0.0, 5.0 / 12 / std::sqrt(double(n)));
+
+    seedRand(5);
+    std::vector<int> first, second;
+    for (int i = 0; i < 10; ++i) first.push_back(asRandInt());
+    std::thread([] { seedRand(6), asRandInt(); }).join();
+    seedRand(5);
+    for (int i = 0; i < 10; ++i) second.push_back(asRandInt());
+    EXPECT_EQ(first, second);
+    seedRand(6);
+    EXPECT_NE(asRandInt(), first[0]);
+}

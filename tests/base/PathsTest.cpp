@@ -1,0 +1,161 @@
+#include "base/Paths.h"
+
+#include "TempFolder.h"
+#include "base/CFileManager.h"
+#include "base/CStringList.h"
+
+#include <functional>
+#include <unistd.h>
+#include <vector>
+
+TEST(Paths, AreTakenApart) {
+    struct Case {
+        const char *path, *folder, *name, *ext, *changed;
+    };
+    const Case cases[] = {
+        {"/a/b.c.wav", "/a/", "b.c.wav", ".wav", "/a/b.c.mp3"},
+        {"/b", "", "b", "", "/b.mp3"},
+        {"b.wav", "", "b.wav", ".wav", "b.mp3"},
+        {"c:\\x\\y.z", "c:\\x\\", "y.z", ".z", "c:\\x\\y.mp3"},
+        {".hidden", "", ".hidden", ".hidden", ".hidden.mp3"},
+        {"/a.b/song", "/a.b/", "song", "", "/a.b/song.mp3"},
+        {"/a/b/", "/a/b/", "", "", "/a/b/.mp3"},
+        {"", "", "", "", ".mp3"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(extractFilePath(c.path), c.folder) << c.path;
+        EXPECT_EQ(extractFileName(c.path), c.name) << c.path;
+        EXPECT_EQ(extractFileExt(c.path), c.ext) << c.path;
+        EXPECT_EQ(changeFileExt(c.path, ".mp3"), c.changed) << c.path;
+    }
+    const std::pair<const char*, const char*> parents[] = {
+        {"/a/b/", "/a/"}, {"/a/b", "/a/"}, {"/a", "/"}, {"/", "/"}, {"a", ""}, {"", ""}};
+    for (auto [folder, wanted] : parents) EXPECT_EQ(uplevel(folder), wanted) << folder;
+    EXPECT_EQ(extractRootPath("c:\\x\\y"), "c:\\");
+    EXPECT_EQ(extractRootPath("/x"), "");
+    CStr path = "/a";
+    EXPECT_EQ(addSep(path), "/a/");
+    EXPECT_EQ(addSep(path), "/a/");
+    EXPECT_EQ(path, "/a/");
+    EXPECT_EQ(addSep(CStr()), "");
+}
+
+TEST(Paths, TellWhatIsThere) {
+    const TempFolder folder;
+    const CStr file = folder.write("file", "abc");
+    EXPECT_TRUE(fileExists(file) && fileExists("/dev/null"));
+    EXPECT_FALSE(fileExists(folder.path) || fileExists(folder.file("missing")) || fileExists(""));
+    EXPECT_TRUE(folderExists(folder.path) && folderExists(folder.path + "/"));
+    EXPECT_FALSE(folderExists(file) || folderExists(""));
+    EXPECT_FALSE(isReadOnly(file) || isReadOnly(folder.file("missing")));
+    EXPECT_TRUE(isReadOnly(folder.path)) << "it exists and cannot be appended to";
+    EXPECT_FALSE(fileExists(folder.file("missing"))) << "asking made it";
+    EXPECT_EQ(getFileSize(file), 3);
+    EXPECT_EQ(getFileSize(folder.file("missing")), 0);
+    EXPECT_FALSE(isFolderEmpty(folder.path));
+    EXPECT_TRUE(createDir(folder.file("a/b/c")) && createDir(folder.file("a/b/c")));
+    EXPECT_TRUE(isFolderEmpty(folder.file("a/b/c")) && isFolderEmpty(folder.file("missing")));
+    EXPECT_FALSE(createDir(file + "/x"));
+    EXPECT_TRUE(isRemovable("/media/stick/song.qv") && isRemovable("/run/media/me/x"));
+    EXPECT_FALSE(isRemovable("/mediaplayer/x") || isRemovable("/proc/self"));
+    EXPECT_TRUE(fileExists(asAppname()));
+    EXPECT_EQ(extractFileName(asAppname()), "base_tests");
+}
+
+TEST(Paths, FoldersAreReadInOrder) {
+    const TempFolder folder;
+    for (const char* name : {"b.WAV", "A.aif", "c.mid", ".hidden.wav", "wav"})
+        folder.write(name, "");
+    createDir(folder.file("Zoo"));
+    createDir(folder.file("apes.wav"));
+    ASSERT_EQ(symlink("/missing", folder.file("broken.wav").asChar()), 0);
+    const std::pair<const char*, std::vector<CStr>> cases[] = {
+        {".wav|.aif", {"A.aif", "b.WAV"}},
+        {".MID", {"c.mid"}},
+        {".*", {"A.aif", "b.WAV", "c.mid", "wav"}},
+        {"", {"A.aif", "b.WAV", "c.mid", "wav"}},
+        {".wa|v", {}},
+    };
+    for (const auto& [filter, wanted] : cases) {
+        CStringList folders, files;
+        readDir(folder.path, filter, &folders, &files, true);
+        std::vector<CStr> got;
+        for (const CStringItem* item : each<CStringItem>(files.list)) got.push_back(item->text);
+        EXPECT_EQ(got, wanted) << filter;
+        ASSERT_EQ(folders.count(), 2);
+        EXPECT_EQ(folders.get(0), "apes.wav");
+    }
+    CStringList none;
+    readDir(folder.file("missing"), "", &none, &none, true);
+    EXPECT_EQ(none.count(), 0);
+    bool any = true;
+    EXPECT_FALSE(hasFileExt("x", ".x", any) || any);
+}
+
+/// Every way to copy overwrites, takes all bytes, and leaves a file alone that is its own source.
+TEST(Paths, CopiesAreWhole) {
+    const TempFolder folder;
+    std::string content(200001, 'x');
+    for (size_t i = 0; i < content.size(); ++i) content[i] = char(i * 7);
+    const CStr from = folder.write("from", content);
+    CFileManager files;
+    const auto byManager = [&](const CStr& a, const CStr& b) { return files.copyFile(a, b); };
+    const std::function<bool(const CStr&, const CStr&)> ways[] = {copyFile, copyFile2, byManager};
+    for (const auto& copy : ways) {
+        const CStr to = folder.write("to", std::string(300000, 'y'));
+        EXPECT_TRUE(copy(from, to));
+        EXPECT_EQ(folder.read("to"), content);
+        EXPECT_FALSE(copy(folder.file("missing"), to));
+        EXPECT_EQ(folder.read("to"), content);
+        EXPECT_FALSE(copy(from, folder.file("no/such")));
+        copy(from, from);
+        EXPECT_EQ(folder.read("from"), content);
+    }
+}
+
+TEST(CFileManager, CopiesInSteps) {
+    const TempFolder folder;
+    struct Case {
+        int size, block;
+        std::vector<int> progress;
+    };
+    const Case cases[] = {{10, 4, {4, 8, 10}}, {8, 4, {4, 8, 8}}, {0, 4, {0}}, {2, -1, {1, 2, 2}}};
+    for (const Case& c : cases) {
+        const CStr from = folder.write("from", std::string(size_t(c.size), 'x'));
+        CFileManager files;
+        ASSERT_TRUE(files.startCopy(from, folder.file("to"), c.block));
+        std::vector<int> progress;
+        int done = 0, total = 0;
+        bool more = true;
+        while (more) {
+            more = files.copyBlock(done, total);
+            progress.push_back(done);
+            EXPECT_EQ(total, c.size);
+        }
+        EXPECT_EQ(progress, c.progress) << c.size;
+        EXPECT_FALSE(files.copyBlock(done, total));
+        EXPECT_FALSE(files.failed());
+        EXPECT_EQ(folder.read("to"), std::string(size_t(c.size), 'x'));
+    }
+    CFileManager files;
+    EXPECT_FALSE(files.copyFile(folder.write("big", std::string(100000, 'x')), "/dev/full"));
+}
+
+TEST(CFileManager, DeletesWithoutFollowingLinks) {
+    const TempFolder folder;
+    folder.write("kept", "x");
+    createDir(folder.file("tree/sub"));
+    folder.write("tree/sub/leaf", "x");
+    createDir(folder.file("outside"));
+    folder.write("outside/safe", "x");
+    ASSERT_EQ(symlink(folder.file("outside").asChar(), folder.file("tree/link").asChar()), 0);
+    CFileManager files;
+    EXPECT_FALSE(files.deleteFile(folder.file("tree")));
+    EXPECT_FALSE(files.deleteFolder(folder.file("kept")));
+    EXPECT_FALSE(files.deleteFolder(""));
+    EXPECT_TRUE(files.deleteFolder(folder.file("tree")));
+    EXPECT_FALSE(folderExists(folder.file("tree")));
+    EXPECT_TRUE(fileExists(folder.file("outside/safe")));
+    EXPECT_TRUE(files.deleteFile(folder.file("kept")));
+    EXPECT_FALSE(files.deleteFile(folder.file("kept")));
+}

@@ -1,0 +1,117 @@
+#include "base/Atomic.h"
+#include "base/CObject.h"
+#include "base/Denormals.h"
+#include "base/GraphMark.h"
+#include "base/Ring.h"
+
+#include <array>
+#include <gtest/gtest.h>
+#include <limits>
+#include <thread>
+#include <vector>
+
+TEST(Shared, ReadsAndWritesLikeAField) {
+    Shared<float> volume{0.5f};
+    volume += 0.25f;
+    volume *= 2.0f;
+    EXPECT_EQ(volume, 1.5f);
+    struct Pair {
+        Shared<int> a{1};
+        Shared<bool> on{false};
+    };
+    Pair one;
+    one.a = 5;
+    one.on = true;
+    Pair two = one;
+    two.a++;
+    one = two;
+    EXPECT_EQ(one.a, 6);
+    EXPECT_TRUE(one.on);
+    int n = 3;
+    Shared<int*> pointer{&n};
+    *pointer = 4;
+    EXPECT_EQ(n, 4);
+    Shared<unsigned char> small{250};
+    EXPECT_EQ(small += 10, 4) << "wraps as its type";
+    int expected = 1;
+    EXPECT_FALSE(one.a.compareExchange(expected, 9));
+    EXPECT_EQ(expected, 6);
+    EXPECT_TRUE(one.a.compareExchange(expected, 9));
+    EXPECT_EQ(one.a.exchange(1), 9);
+}
+
+/// Each thread sets and clears a bit of its own; none may be lost to another.
+TEST(CObject, FlagsOfSeveralThreadsDoNotDisturbEachOther) {
+    CObject object;
+    std::vector<std::thread> threads;
+    std::array<int, 4> lost{};
+    for (unsigned t = 0; t < lost.size(); ++t) {
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < 20000; ++i) {
+                object.setFlag(1u << t, true);
+                lost[t] += !object.hasFlag(1u << t);
+                object.setFlag(1u << t, false);
+                lost[t] += object.hasFlag(1u << t);
+            }
+        });
+    }
+    for (std::thread& t : threads) t.join();
+    EXPECT_EQ(lost, (std::array<int, 4>{}));
+    EXPECT_EQ(object.flags, 0u);
+}
+
+TEST(Ring, HandsWholeRecordsToAnotherThread) {
+    struct Record {
+        int a, b, c;
+    };
+    constexpr int total = 20000;
+    Ring<Record, 16> ring;
+    int filled = 0;
+    while (ring.push({filled, -filled, filled * 3})) ++filled;
+    EXPECT_EQ(filled, 16) << "it takes its capacity";
+    std::thread producer([&] {
+        for (int i = filled; i < total;) {
+            if (ring.push({i, -i, i * 3}))
+                ++i;
+            else
+                std::this_thread::yield();
+        }
+    });
+    int wrong = 0;
+    for (int i = 0; i < total;) {
+        Record r{};
+        if (!ring.pop(r)) {
+            std::this_thread::yield();
+            continue;
+        }
+        wrong += r.a != i || r.b != -i || r.c != i * 3;
+        ++i;
+    }
+    producer.join();
+    EXPECT_EQ(wrong, 0);
+    EXPECT_TRUE(ring.empty());
+}
+
+TEST(GraphMark, IsOfItsThreadAndNests) {
+    EXPECT_FALSE(holdsGraph());
+    {
+        const GraphMark outer;
+        { const GraphMark inner; }
+        EXPECT_TRUE(holdsGraph());
+        bool elsewhere = true;
+        std::thread([&] { elsewhere = holdsGraph(); }).join();
+        EXPECT_FALSE(elsewhere);
+    }
+    EXPECT_FALSE(holdsGraph());
+}
+
+TEST(Denormals, BecomeZero) {
+    std::thread([] {
+        volatile float tiny = std::numeric_limits<float>::min();
+        EXPECT_NE(tiny * 0.5f, 0.0f);
+        flushDenormals();
+        EXPECT_EQ(tiny * 0.5f, 0.0f);
+        volatile float denormal = std::numeric_limits<float>::denorm_min();
+        EXPECT_EQ(denormal * 1e30f, 0.0f);
+    }).join();
+}
