@@ -122,8 +122,7 @@ void CPart::setEvents(CBaseEvent* list) {
 
 void CPart::setParam(int index, CEnvEvent* list) {
     CPart* owner = content();
-    owner->reserveSlots(index + 1);
-    Shared<CEnvEvent*>* target = owner->slot(index);
+    Shared<CEnvEvent*>* target = owner->slotWithRoom(index);
     if (!target) return freeEvents(list);
     freeEvents(*target);
     *target = list;
@@ -137,8 +136,7 @@ void CPart::addEvent(int tick, CBaseEvent* event) {
 
 void CPart::addEventParam(int tick, CEnvEvent* event, int index) {
     CPart* owner = content();
-    owner->reserveSlots(index + 1);
-    Shared<CEnvEvent*>* list = owner->slot(index);
+    Shared<CEnvEvent*>* list = owner->slotWithRoom(index);
     if (!list) return freeEvent(event);
     *list = static_cast<CEnvEvent*>(
         linkAt(list->load(), tick, event, [](int delta, int rest, bool first) {
@@ -176,6 +174,11 @@ Shared<CEnvEvent*>* CPart::slot(int index) {
     if (index < 0 || index >= maxSlots) return nullptr;
     Chunk* chunk = chunks[index / chunkSlots].loadAcquire();
     return chunk ? &chunk->params[index % chunkSlots] : nullptr;
+}
+
+Shared<CEnvEvent*>* CPart::slotWithRoom(int index) {
+    if (index >= 0 && index < maxSlots) reserveSlots(index + 1);
+    return slot(index);
 }
 
 CPlayStruct* CPart::play(int i) {

@@ -109,7 +109,8 @@ private:
         Shared<CEnvEvent*> params[chunkSlots]; ///< owned lists
         CPlayStruct play[chunkSlots];
     };
-    Shared<CEnvEvent*>* slot(int index);
+    Shared<CEnvEvent*>* slot(int index);         ///< null beyond the room
+    Shared<CEnvEvent*>* slotWithRoom(int index); ///< null out of range
 
     CPlayStruct mainPlay;
     Shared<Chunk*> chunks[maxSlots / chunkSlots]; ///< owned, made in order

@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/GraphHold.h"
 #include "engine/TransportRing.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Points.h"
@@ -20,16 +21,18 @@ T* covering(const CList& points, int tick) {
 
 /// Links `point` in front of the first entry that `follows` it.
 template <class F>
-void linkPoint(CList& points, CPart* point, CUndo* undo, F follows) {
+void linkPoint(CQV* host, CList& points, CPart* point, CUndo* undo, F follows) {
     int index = 0;
     for (auto* other : each<CPart>(points)) {
         if (follows(other->pos)) break;
         index++;
     }
-    if (undo)
+    if (undo) {
         undo->asAdd(point, &points, index);
-    else
+    } else {
+        GraphHold hold(host);
         points.insert(index, point);
+    }
 }
 
 int fromBase(int base, int grid, int tick) {
@@ -158,15 +161,15 @@ int CSeqProg::duration() {
 }
 
 void CSeqProg::addMarker(CMarkerPart* marker, CUndo* undo) {
-    linkPoint(markers, marker, undo, [](int) { return false; });
+    linkPoint(seq->host, markers, marker, undo, [](int) { return false; });
 }
 
 void CSeqProg::addTimesig(CTimesigPart* point, CUndo* undo) {
-    linkPoint(timesigs, point, undo, [point](int other) { return other >= point->pos; });
+    linkPoint(seq->host, timesigs, point, undo, [point](int other) { return other >= point->pos; });
 }
 
 void CSeqProg::addTempo(CTempoPart* point, CUndo* undo) {
-    linkPoint(tempos, point, undo, [point](int other) { return other > point->pos; });
+    linkPoint(seq->host, tempos, point, undo, [point](int other) { return other > point->pos; });
 }
 
 int CSeqProg::snapTo(int tick, int grid) {

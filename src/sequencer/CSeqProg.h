@@ -100,8 +100,7 @@ public:
     /// Largest end of a part in ticks.
     int duration();
 
-    // Points. Taken over, and linked by the step, or at once without one (nothing plays then, or
-    // the caller holds the graph).
+    // Points. Taken over, and linked by the step, or at once under the graph hold.
     void addMarker(CMarkerPart* marker, CUndo* undo);
     /// Before the first entry at or after the new position.
     void addTimesig(CTimesigPart* point, CUndo* undo);
