@@ -1,0 +1,420 @@
+#include "gui/CApp.h"
+
+#include "base/Numbers.h"
+#include "gui/CBitmap.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/FloatWins.h"
+#include "gui/Keys.h"
+#include "gui/XConnection.h"
+
+#include <X11/Xlib.h>
+#include <poll.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+constexpr std::chrono::milliseconds turn{CApp::turnMs};
+constexpr int doubleClickRoom = 7; // pixels either way
+constexpr int wheelStep = 32;
+
+} // namespace
+
+/// A handler is on the stack: nothing that it may be using is deleted.
+class CApp::HandlerScope {
+public:
+    explicit HandlerScope(CApp* a) : app(a) { app->handlers++; }
+    ~HandlerScope() {
+        if (--app->handlers == 0) app->purge();
+    }
+    HandlerScope(const HandlerScope&) = delete;
+    HandlerScope& operator=(const HandlerScope&) = delete;
+
+private:
+    CApp* app;
+};
+
+CApp::CApp() : turnStart(Clock::now()) {
+}
+
+CApp::~CApp() {
+    purge();
+    endDrag();
+    dragWin.reset();
+    delete hintWin;
+    delete onKey;
+    delete onHint;
+    delete onEndDrag;
+    backBuffer.reset();
+    xConnection().close();
+}
+
+bool CApp::open() {
+    if (!xConnection().open()) {
+        const char* name = std::getenv("DISPLAY");
+        std::fprintf(stderr, "The display \"%s\" cannot be opened.\n", name ? name : "");
+        return false;
+    }
+    gui = std::make_unique<CGui>();
+    gui->setPalette(darkPalette());
+    return true;
+}
+
+void CApp::run(CWin* main) {
+    mainWin = main;
+    if (!main->visible) main->show(true);
+    running = true;
+    while (main->visible && liveDisplay()) {
+        dispatchEvents();
+        idle();
+    }
+    running = false;
+}
+
+void CApp::dispatchEvents() {
+    XEvent event;
+    while (nextEvent(event)) handleEvent(event);
+}
+
+bool CApp::nextEvent(XEvent& event) {
+    Display* display = liveDisplay();
+    if (!display || XPending(display) < 1 || xConnection().lost) return false;
+    XNextEvent(display, &event);
+    return true;
+}
+
+void CApp::idle() {
+    stepTimers(dueTurns());
+    waitForEvent();
+}
+
+/// The whole turns since the last call, by the clock.
+int CApp::dueTurns() {
+    const auto passed = (Clock::now() - turnStart) / turn;
+    turnStart += passed * turn;
+    return saturate(passed);
+}
+
+void CApp::stepTimers(int turns) {
+    if (turns < 1) return;
+    std::vector<CCtrl*> now;
+    for (CCtrl* ctrl : each<CCtrl>(timers)) now.push_back(ctrl);
+    for (CCtrl* ctrl : now) {
+        if (!timers.contains(ctrl)) continue; // an earlier handler has removed it
+        const int64_t left = int64_t(ctrl->timerCount) - int64_t(turns) * turnMs;
+        ctrl->timerCount = saturate(left);
+        if (left >= 1) continue;
+        if (ctrl->timerRepeat)
+            ctrl->timerCount = saturate(left % ctrl->timerInterval + ctrl->timerInterval);
+        else
+            timers.remove(ctrl);
+        const HandlerScope scope(this);
+        ctrl->onTimer();
+    }
+}
+
+void CApp::waitForEvent() {
+    const auto left = turnStart + turn - Clock::now();
+    if (left <= left.zero()) return;
+    timespec wait{0, long(std::chrono::nanoseconds(left).count())};
+    Display* display = liveDisplay();
+    if (display && XEventsQueued(display, QueuedAfterFlush) > 0) return;
+    pollfd server{display ? ConnectionNumber(display) : -1, POLLIN, 0};
+    ppoll(&server, 1, &wait, nullptr);
+}
+
+void CApp::addTimer(CCtrl* ctrl, int ms, bool repeat) {
+    timers.remove(ctrl);
+    const auto waiting = (Clock::now() - turnStart) / turn; // turns that idle has still to step
+    ctrl->timerInterval = asMax(ms, turnMs);
+    ctrl->timerCount = saturate(ctrl->timerInterval + waiting * turnMs);
+    ctrl->timerRepeat = repeat;
+    timers.add(ctrl);
+}
+
+void CApp::killTimer(CCtrl* ctrl) {
+    timers.remove(ctrl);
+}
+
+void CApp::handleEvent(const XEvent& event) {
+    CWin* win = windowOf(event.xany.window);
+    if (!win) return;
+    const HandlerScope scope(this);
+    switch (event.type) {
+    case KeyPress:
+    case KeyRelease:
+        keyEvent(win, event);
+        break;
+    case ButtonPress:
+        press(win, event);
+        break;
+    case ButtonRelease:
+        if (event.xbutton.button >= Button4) break;
+        lastMouseBtn = 0;
+        win->mouseUp(event.xbutton.x, event.xbutton.y,
+                     translateButton(int(event.xbutton.button), event.xbutton.state));
+        break;
+    case MotionNotify:
+        win->mouseMove(event.xmotion.x, event.xmotion.y, translateButton(0, event.xmotion.state));
+        break;
+    case LeaveNotify:
+        if (event.xcrossing.mode == NotifyNormal) setHooverCtrl(nullptr, 0, 0);
+        break;
+    case FocusIn:
+    case FocusOut:
+        focusEvent(win, event);
+        break;
+    case Expose:
+        expose(win, event);
+        break;
+    case ConfigureNotify:
+        win->resized();
+        break;
+    case ClientMessage:
+        if (static_cast<Atom>(event.xclient.data.l[0]) == xConnection().atoms.wmDelete) win->hide();
+        break;
+    default:
+        break;
+    }
+}
+
+void CApp::keyEvent(CWin* win, const XEvent& event) {
+    if (win->hasStyle(winPages) && win->parent) win = static_cast<CWin*>(win->parent);
+    int key, mods;
+    if (!translateKey(event, key, mods) || (key == 0 && mods == 0)) return;
+    if (event.type == KeyPress)
+        win->keyDown(key, mods);
+    else
+        win->keyUp(key, mods);
+}
+
+bool CApp::secondPress(const XEvent& event) const {
+    const XButtonEvent& button = event.xbutton;
+    return lastMouseTime != -1 && std::abs(button.x_root - lastMousePos.x) <= doubleClickRoom &&
+           std::abs(button.y_root - lastMousePos.y) <= doubleClickRoom &&
+           uint32_t(button.time) - uint32_t(lastMouseTime) <= uint32_t(doubleClickTime);
+}
+
+void CApp::press(CWin* win, const XEvent& event) {
+    const XButtonEvent& button = event.xbutton;
+    if (button.button >= Button4) {
+        wheel(win, event);
+        return;
+    }
+    int held = translateButton(int(button.button), button.state);
+    if (secondPress(event)) {
+        held |= modDouble;
+        lastMouseTime = -1;
+    } else {
+        lastMouseTime = long(button.time);
+    }
+    lastMousePos = asPoint(button.x_root, button.y_root);
+    win->mouseDown(button.x, button.y, held);
+    lastMouseBtn = (held & modLeft ? 1 : 0) + (held & modRight ? 2 : 0);
+}
+
+void CApp::wheel(CWin* win, const XEvent& event) {
+    constexpr int across = 6, last = 7;
+    const XButtonEvent& button = event.xbutton;
+    const int number = int(button.button);
+    if (number > last) return;
+    const int step = number % 2 == 0 ? wheelStep : -wheelStep;
+    const int held = translateButton(0, button.state);
+    win->mouseWheel(button.x, button.y, held, number < across ? step : 0,
+                    number < across ? 0 : step);
+}
+
+void CApp::focusEvent(CWin* win, const XEvent& event) {
+    // A grab of the keyboard, such as for a key of the window manager, moves no focus.
+    const XFocusChangeEvent& focus = event.xfocus;
+    if (focus.mode == NotifyGrab || focus.mode == NotifyUngrab || focus.detail == NotifyPointer)
+        return;
+    if (event.type == FocusIn) lastWin = win;
+    win->setFocus(event.type == FocusIn);
+    activeChanged();
+    lastWin = nullptr;
+}
+
+void CApp::expose(CWin* win, const XEvent& event) {
+    const auto area = [](const XExposeEvent& e) {
+        return asRect(e.x, e.y, e.x + e.width, e.y + e.height);
+    };
+    CRect rect = area(event.xexpose);
+    XEvent more;
+    while (XCheckTypedWindowEvent(liveDisplay(), win->handle, Expose, &more))
+        rect = unite(rect, area(more.xexpose));
+    win->paint(0, rect);
+}
+
+void CApp::nextWin(CWin* from, int) {
+    const int count = windows.getCount(), at = windows.indexed(from);
+    if (count < 2 || at < 0) return;
+    static_cast<CWin*>(windows.items((at + 1) % count))->setFocus(true);
+}
+
+void CApp::activeChanged() {
+    Display* display = liveDisplay();
+    if (!display) return;
+    Window focused = None;
+    int revert;
+    XGetInputFocus(display, &focused, &revert);
+    active = windows.contains(windowOf(focused));
+    if (!active) killMenu(nullptr);
+}
+
+void CApp::killMenu(CWin* keep) {
+    while (auto* menu = static_cast<CWin*>(menus.last())) {
+        if (menu == keep) break;
+        menu->hide();
+        menus.remove(menu);
+    }
+    topMenu = static_cast<CWin*>(menus.last());
+}
+
+void CApp::setCursor(int number) {
+    appCursor = number;
+    for (CWin* win : each<CWin>(windows)) win->setCursor(number > 0 ? number : 1);
+}
+
+void CApp::cancelHint() {
+    if (!hintWin) return;
+    killTimer(hintWin);
+    if (hintWin->visible) hintWin->hide();
+}
+
+void CApp::updateHint(CCtrl* ctrl) {
+    if (onHint && menus.empty() && mainWin) (*onHint)(ctrl);
+}
+
+void CApp::setHooverCtrl(CCtrl* ctrl, int x, int y) {
+    if (ctrl != hooverCtrl) {
+        hooverCtrl = ctrl;
+        updateHint(ctrl);
+    }
+    CCtrl* over = ctrl && ctrl->hooverable ? ctrl : nullptr;
+    if (over == mouseOverCtrl) return;
+    CCtrl* former = mouseOverCtrl;
+    mouseOverCtrl = over;
+    if (former) {
+        former->mouseOver(false, x, y);
+        former->redraw();
+    }
+    if (over) {
+        over->mouseOver(true, x, y);
+        over->redraw();
+    }
+}
+
+bool CApp::startDraw(CWin* win, CGraphic** g, CRect rect, bool force) {
+    if (!liveDisplay() || (rect.empty() && !force)) return false;
+    const bool buffered = doubleBuffer || force;
+    if (buffered &&
+        (!backBuffer || backBuffer->width < rect.right || backBuffer->height < rect.bottom)) {
+        const int w = asMax(rect.right, backBuffer ? backBuffer->width : 1);
+        const int h = asMax(rect.bottom, backBuffer ? backBuffer->height : 1);
+        backBuffer.reset(); // before the new one is made: only one has to fit
+        backBuffer = std::make_unique<CBitmap>(w, h);
+    }
+    CGraphic* surface = buffered ? backBuffer->graphic.get() : win->graphic.get();
+    surface->originX = surface->originY = 0;
+    surface->restoreClip(rect);
+    surface->setClip(CRect());
+    surface->fullPaint = rect == asRect(0, 0, win->width, win->height);
+    *g = surface;
+    return true;
+}
+
+void CApp::endDraw(CWin* win, CRect rect, bool force) {
+    if ((!doubleBuffer && !force) || !backBuffer) return;
+    win->graphic->render(backBuffer.get(), rect.left, rect.top, rect.left, rect.top, rect.width(),
+                         rect.height());
+}
+
+void CApp::drawNow(CWin* win, CCtrl* ctrl) {
+    if (!ctrl->shown()) return;
+    const CRect rect =
+        asRect(ctrl->absX, ctrl->absY, ctrl->absX + ctrl->width, ctrl->absY + ctrl->height);
+    CGraphic* g = nullptr;
+    if (rect.empty() || !startDraw(win, &g, rect, true)) return;
+    g->originX = ctrl->absX;
+    g->originY = ctrl->absY;
+    ctrl->paint(g, ctrl->clientRect());
+    endDraw(win, rect, true);
+    if (Display* display = liveDisplay()) XFlush(display);
+}
+
+void CApp::redrawAll() {
+    for (CWin* win : each<CWin>(windows)) {
+        win->redraw();
+        for (CWin* child : each<CWin>(win->children)) child->redraw();
+    }
+}
+
+void CApp::deleteLater(CCtrl* ctrl) {
+    if (ctrl->category == catWin) static_cast<CWin*>(ctrl)->hide();
+    if (handlers == 0) {
+        delete ctrl;
+        return;
+    }
+    detach(ctrl);
+    if (std::find(doomed.begin(), doomed.end(), ctrl) == doomed.end()) doomed.push_back(ctrl);
+}
+
+/// Lets no event reach the control and what is inside it any more.
+void CApp::detach(CCtrl* ctrl) {
+    forget(ctrl);
+    ctrl->visible = false;
+    if (ctrl->win->mouseCtrl == ctrl) ctrl->win->mouseCtrl = nullptr;
+    if (ctrl->win->keyCtrl == ctrl) ctrl->win->keyCtrl = nullptr;
+    if (ctrl->category == catCtrl) return;
+    for (CCtrl* child : each<CCtrl>(static_cast<CGroup*>(ctrl)->controls)) detach(child);
+}
+
+void CApp::purge() {
+    while (!doomed.empty()) {
+        CCtrl* ctrl = doomed.back();
+        doomed.pop_back();
+        delete ctrl;
+    }
+}
+
+void CApp::addWindow(unsigned long handle, CWin* win) {
+    if (handle) windowTable[handle] = win;
+}
+
+void CApp::removeWindow(unsigned long handle, CWin* win) {
+    windowTable.erase(handle);
+    windows.remove(win);
+    for (CWin** slot : {&mainWin, &topMenu, &modalWin, &hintWin, &lastWin})
+        if (*slot == win) *slot = nullptr;
+}
+
+CWin* CApp::windowOf(unsigned long handle) const {
+    const auto found = windowTable.find(handle);
+    return found == windowTable.end() ? nullptr : found->second;
+}
+
+CWin* CApp::winAtPos(int x, int y) const {
+    Display* display = liveDisplay();
+    if (!display) return nullptr;
+    const Window root = xConnection().root;
+    Window deepest = root, child = None;
+    int inX, inY;
+    while (XTranslateCoordinates(display, root, deepest, x, y, &inX, &inY, &child) && child)
+        deepest = child;
+    return windowOf(deepest);
+}
+
+void CApp::forget(const CCtrl* ctrl) {
+    timers.remove(ctrl);
+    for (CCtrl** slot :
+         {&hooverCtrl, &exclusiveCtrl, &keyHookCtrl, &mouseOverCtrl, &dragCtrl, &dragOverCtrl})
+        if (*slot == ctrl) *slot = nullptr;
+}

@@ -1,0 +1,142 @@
+#pragma once
+
+#include "base/CList.h"
+#include "base/CObject.h"
+#include "base/Delegates.h"
+#include "gui/CGui.h"
+
+#include <chrono>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+class CBitmap;
+class CCtrl;
+class CDragWin;
+class CDropItem;
+class CWin;
+union _XEvent;
+
+/// The running interface: the windows, the timers, the open menus, what is being dragged, and the
+/// off-screen buffer that all windows are painted through. One in a program. Interface thread.
+///
+/// Everything happens in `run`: events are handled until there are none, timers are stepped, and
+/// the rest of a turn of 10 ms is spent waiting for events. Modal windows and menus run loops of
+/// the same shape inside.
+class CApp : public CObject {
+public:
+    static constexpr int turnMs = 10;
+    static constexpr int doubleClickTime = 400; ///< milliseconds
+
+    int appCursor = 0;  ///< above 0 it replaces every window's cursor
+    bool active = true; ///< one of the windows has the focus
+    bool running = false;
+    CList menus;   ///< windows that are open as menus, the last one on top
+    CList windows; ///< visible top-level windows in the order in which they were shown
+    CList timers;  ///< of CCtrl
+    CWin* mainWin = nullptr;
+    CWin* topMenu = nullptr;  ///< last of `menus`
+    CWin* modalWin = nullptr; ///< the innermost modal window, null without one
+    CWin* hintWin = nullptr;  ///< owned; null unless one is installed
+    bool hintsOn = true;
+    CCtrl* hooverCtrl = nullptr;
+    CCtrl* exclusiveCtrl = nullptr; ///< while set, presses on other controls do nothing
+    CCtrl* keyHookCtrl = nullptr;   ///< gets all keys first
+    CCtrl* mouseOverCtrl = nullptr; ///< the one that was told that the pointer is over it
+    COnKey* onKey = nullptr;        ///< owned; gets the keys of every window before its controls
+    COnChange* onHint = nullptr;    ///< owned; called with the control under the pointer, or null
+    bool doubleBuffer = true;
+    std::unique_ptr<CBitmap> backBuffer; ///< grows to the largest area painted
+    std::unique_ptr<CGui> gui;           ///< the theme; starts with the dark look
+    COnChange* onEndDrag = nullptr;      ///< owned
+
+    CPoint lastMousePos;       ///< on the screen, of the last press
+    long lastMouseTime = -1;   ///< of the last press that can begin a double click, -1 none
+    int lastModKey = 0;        ///< flags of the last mouse event
+    int lastMouseBtn = 0;      ///< 1 left, 2 right button of the last press, 0 after a release
+    CWin* lastWin = nullptr;   ///< that is being told of its new focus
+    CList* dragList = nullptr; ///< of CDropItem, owned with its contents; null without a drag
+    CCtrl *dragCtrl = nullptr, *dragOverCtrl = nullptr;
+
+    CApp();
+    ~CApp() override;
+
+    /// Connects to the display. Without one it writes a line to standard error and is false: the
+    /// program then ends with status 1.
+    bool open();
+    /// Shows the window and runs until it is hidden or the server is lost.
+    void run(CWin* main);
+    void dispatchEvents();
+    /// Steps the timers by the turns that have passed, then waits for an event or the turn's end.
+    void idle();
+    /// Calls `onTimer` after `ms` milliseconds, in steps of 10 and no sooner than 10. A control has
+    /// one timer at most: a new one replaces it. Calls that came too late are left out.
+    void addTimer(CCtrl* ctrl, int ms, bool repeat);
+    void killTimer(CCtrl* ctrl);
+    void nextWin(CWin* from, int mods); ///< gives the focus to the next window
+    void activeChanged();               ///< asks whether a window has the focus; else menus close
+    void killMenu(CWin* keep);          ///< closes the menus above `keep`, all for null
+
+    /// Begins to drag from `ctrl`. The caller fills `dragList`, which is empty now.
+    void startDrag(CCtrl* ctrl);
+    void endDrag(); ///< ends it, dropped or not
+    CList* getDraglist() const { return dragList; }
+    CList* getDropItems() const { return dragList; }
+    bool hasDragObj(const CObject* object) const;           ///< dragged as the object of an item
+    bool hasDragType(int dropType) const;                   ///< an item of that `CDropItem::type`
+    bool dragHasObject(int objCategory, int objType) const; ///< an object of that class
+    void dragStep(int btn);                                 ///< the pointer moved during a drag
+    void drop(int btn); ///< the button was released during a drag
+    void hideDragWin();
+
+    void setCursor(int number); ///< for all windows, 0 or below gives each its own again
+    void cancelHint();
+    void updateHint(CCtrl* ctrl);
+    void setHooverCtrl(CCtrl* ctrl, int x, int y);
+
+    /// A surface for a part of a window in window coordinates, its clip being that part; false when
+    /// there is nothing to paint. `force`: on the buffer, even for an empty rectangle.
+    bool startDraw(CWin* win, CGraphic** g, CRect rect, bool force);
+    void endDraw(CWin* win, CRect rect, bool force); ///< shows what was painted
+    /// Paints one control right now where it stood at the last paint. It has to fill its whole
+    /// rectangle: what lies behind it is not painted.
+    void drawNow(CWin* win, CCtrl* ctrl);
+    void redrawAll();
+
+    /// Deletes a control or window that may be in use by a handler that is running: a window is
+    /// hidden at once, the memory goes when no handler is on the stack.
+    void deleteLater(CCtrl* ctrl);
+
+    /// For windows and controls, which enter and leave by themselves.
+    void addWindow(unsigned long handle, CWin* win);
+    void removeWindow(unsigned long handle, CWin* win);
+    CWin* windowOf(unsigned long handle) const; ///< null for a window of others
+    /// The innermost window under a point of the screen, null if that is not one of ours.
+    CWin* winAtPos(int x, int y) const;
+    void forget(const CCtrl* ctrl); ///< it is about to be deleted
+    bool nextEvent(_XEvent& event); ///< takes one from the queue; false when none is waiting
+    void handleEvent(const _XEvent& event); ///< hands it to its window
+
+private:
+    class HandlerScope;
+
+    void keyEvent(CWin* win, const _XEvent& event);
+    void press(CWin* win, const _XEvent& event);
+    void wheel(CWin* win, const _XEvent& event);
+    bool secondPress(const _XEvent& event) const;
+    void focusEvent(CWin* win, const _XEvent& event);
+    void expose(CWin* win, const _XEvent& event);
+    CCtrl* dropTarget(CPoint pointer) const;
+    void moveDragWin();
+    void detach(CCtrl* ctrl);
+    void stepTimers(int turns);
+    int dueTurns();
+    void waitForEvent();
+    void purge();
+
+    std::unordered_map<unsigned long, CWin*> windowTable;
+    std::vector<CCtrl*> doomed; ///< owned, waiting for the handlers to end
+    int handlers = 0;           ///< on the stack
+    std::chrono::steady_clock::time_point turnStart;
+    std::unique_ptr<CDragWin> dragWin; ///< made on first use
+};

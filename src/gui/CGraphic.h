@@ -1,0 +1,97 @@
+#pragma once
+
+#include "base/CObject.h"
+#include "base/Geometry.h"
+
+struct ServerFont;
+struct _XGC;
+class CBitmap;
+
+/// Where a text stands in its box: one of each row. Without a flag it is centred.
+enum TextFlag : int {
+    textLeft = 2,
+    textRight = 8,
+    textTop = 4,
+    textBottom = 16,
+    textUnclipped = 0x4000,
+};
+
+/// The surface that every `paint` is given: a window or a pixmap with one graphics context.
+/// Coordinates count from the origin; right and bottom lie outside. Rectangles and texts are cut to
+/// the logical clip here, lines and polygons only by a clip set with `setClip`. Interface thread.
+class CGraphic : public CObject {
+public:
+    int originX = 0, originY = 0;
+    /// Logical clip, in pixels of the surface.
+    int clipLeft = 0, clipTop = 0, clipRight = 0, clipBottom = 0;
+    int hwLeft = 0, hwTop = 0, hwRight = 0, hwBottom = 0; ///< the server's clip; all 0 is none
+    int width = 0, height = 0;                            ///< of a bitmap's pixels
+    int alpha = 255;
+    int depth = 0;                   ///< bits of one of `pixels`
+    unsigned char* pixels = nullptr; ///< of a bitmap, whose they are; else null
+    int stride = 0;                  ///< bytes of a row
+    int byteOrder = 0;
+    bool fullPaint = false; ///< the whole window is being painted
+    unsigned long drawable = 0;
+    _XGC* gc = nullptr; ///< owned
+    const ServerFont* font;
+
+    /// On a window or pixmap of the screen's depth, whose clip starts out empty.
+    explicit CGraphic(unsigned long drawable);
+    ~CGraphic() override;
+
+    /// Sorted first; nothing outside the clip.
+    void fillRect(int color, CRect rect);
+    void fillRect(CRect rect); ///< in the colour of `setFillCol`
+    /// One pixel wide, inside the rectangle.
+    void frameRect(int color, CRect rect);
+    void frameRect(CRect rect); ///< in the colour of `setLineCol`
+    /// Without its end point, but for a line of no length, which is a pixel.
+    void drawLine(int x1, int y1, int x2, int y2);
+    /// Fills a convex polygon of up to 16 points in the fill colour; of more it draws nothing.
+    void drawPoly(const CPoint* points, int n);
+    /// 8-bit text at the place that `where` (`TextFlag`) tells, cut to the box; `unused` is free.
+    void drawText(int color, const CStr& text, CRect rect, int where, int unused = 0);
+    void drawText(const CStr& text, CRect rect, int where, int unused = 0); ///< in the line colour
+    int textWidth(const CStr& text) const;
+
+    void setLineCol(int color) { lineCol = color; }
+    void setFillCol(int color) { fillCol = color; }
+    void setRaster(int mode); ///< 0 copies, 1 inverts with what is there, else a code of the server
+    /// Sets the server's clip, in pixels of the surface; all 0 takes it away. Returns the former.
+    CRect setClip(CRect rect);
+    /// Narrows the logical clip, in pixels of the surface. Returns the former.
+    CRect addClip(CRect rect);
+    /// What of a rectangle, from the origin, lies in the logical clip.
+    CRect intersectClip(CRect rect) const;
+    void restoreClip(CRect former); ///< what `addClip` returned
+
+    /// Of the bitmap behind the surface, 32 bits deep; 0 and nothing elsewhere. Coordinates have to
+    /// lie inside. Only `getPixel` counts from the origin.
+    int getPixel(int x, int y) const;
+    void setPixel(int x, int y, int color);
+
+    /// Copies a part of a bitmap to (x, y).
+    void render(const CBitmap* bitmap, int x, int y, int srcX, int srcY, int w, int h);
+    void drawTiled(const CBitmap* bitmap, CRect rect);
+
+private:
+    bool ready(int color);
+
+    int lineCol = 0, fillCol = 0;
+};
+
+/// Narrows a surface to a rectangle of itself and moves the origin there, until the end of the
+/// scope.
+class ClipScope {
+public:
+    ClipScope(CGraphic* g, CRect rect); ///< from the present origin
+    ~ClipScope();
+    ClipScope(const ClipScope&) = delete;
+    ClipScope& operator=(const ClipScope&) = delete;
+
+private:
+    CGraphic* graphic;
+    int originX, originY;
+    CRect clip;
+};

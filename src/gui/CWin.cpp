@@ -1,0 +1,322 @@
+#include "gui/CWin.h"
+
+#include "base/Numbers.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/XConnection.h"
+#include "gui/controls/CButton.h"
+
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+
+#include <cstdint>
+
+namespace {
+
+constexpr long eventMask = KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask |
+                           PointerMotionMask | LeaveWindowMask | ExposureMask |
+                           StructureNotifyMask | FocusChangeMask | PropertyChangeMask;
+constexpr int captionButtonSize = 16, captionButtonMargin = 2, captionButtonStep = 18;
+constexpr int captionTextHeight = 20, captionTextLeft = 4, captionGap = 3;
+constexpr int contentMargin = 8;
+
+/// An address as the two halves of 32 bits that properties hold, low half first. The library takes
+/// items of 32 bits as longs.
+void setAddress(Display* display, Window window, Atom name, const void* address) {
+    const auto bits = reinterpret_cast<uintptr_t>(address);
+    const long halves[2] = {long(bits & 0xffffffffU), long(uint64_t(bits) >> 32)};
+    XChangeProperty(display, window, name, name, 32, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(halves), 2);
+}
+
+void handleXEvent(XEvent* event, CApp* app) {
+    app->handleEvent(*event);
+}
+
+} // namespace
+
+CWin::CWin(CApp* application, CWin* owner, const CStr& title, int l, int t, int w, int h, int bits)
+    : CGroup(this, title, l, t, w, h), style(bits), app(application) {
+    category = catWin;
+    visible = false;
+    parent = owner;
+    createHandle();
+    createCaption();
+}
+
+CWin::~CWin() {
+    CWin::hide();
+    deleteAll<CCtrl>(controls);
+    for (CWin* child : each<CWin>(children)) child->parent = nullptr;
+    if (parent && hasStyle(winChild)) static_cast<CWin*>(parent)->children.remove(this);
+    app->removeWindow(handle, this);
+    app->forget(this);
+    delete onShowMenu;
+    delete onIconPaint;
+    delete onAccelerator;
+    graphic.reset();
+    Display* display = liveDisplay();
+    if (display && handle) XDestroyWindow(display, handle);
+}
+
+void CWin::createHandle() {
+    auto* owner = static_cast<CWin*>(parent);
+    if (owner && hasStyle(winChild)) owner->children.add(this);
+    if (Display* display = liveDisplay()) {
+        const XConnection& x = xConnection();
+        XSetWindowAttributes attributes{};
+        attributes.background_pixmap = None; // the server clears nothing, so that nothing flickers
+        attributes.override_redirect = hasStyle(winPopup);
+        attributes.event_mask = eventMask;
+        attributes.colormap = x.colormap;
+        handle = XCreateWindow(display, owner && hasStyle(winChild) ? owner->handle : x.root, left,
+                               top, unsigned(asMax(width, 1)), unsigned(asMax(height, 1)), 0,
+                               CopyFromParent, InputOutput, CopyFromParent,
+                               CWBackPixmap | CWOverrideRedirect | CWEventMask | CWColormap,
+                               &attributes);
+        setHints();
+    }
+    app->addWindow(handle, this);
+    graphic = std::make_unique<CGraphic>(handle);
+}
+
+void CWin::setHints() {
+    Display* display = liveDisplay();
+    const XConnection& x = xConnection();
+    XSizeHints hints{};
+    hints.flags = PPosition;
+    hints.x = left;
+    hints.y = top;
+    XSetWMNormalHints(display, handle, &hints);
+    if (x.atoms.motifHints) {
+        constexpr long decorationsGiven = 2;
+        const long noDecorations[5] = {decorationsGiven, 0, 0, 0, 0};
+        XChangeProperty(display, handle, x.atoms.motifHints, x.atoms.motifHints, 32,
+                        PropModeReplace, reinterpret_cast<const unsigned char*>(noDecorations), 5);
+    }
+    if (parent) XSetTransientForHint(display, handle, static_cast<CWin*>(parent)->handle);
+    Atom closing = x.atoms.wmDelete;
+    XSetWMProtocols(display, handle, &closing, 1);
+    XMoveWindow(display, handle, left, top);
+    setAddress(display, handle, x.atoms.self, this);
+    setAddress(display, handle, x.atoms.eventProc, reinterpret_cast<const void*>(&handleXEvent));
+    XStoreName(display, handle, id.asChar());
+}
+
+void CWin::createCaption() {
+    const int border = hasStyle(winNoBorder) ? 0 : borderSize;
+    const int above = hasStyle(winCaption) ? captionHeight : 0;
+    clientGroup = new CClientGroup(this, "client", border, border + above, width - 2 * border,
+                                   height - 2 * border - above);
+    clientGroup->setAlign(alignWidth | alignHeight, border, border);
+    addChild(clientGroup, nullptr);
+    if (!hasStyle(winCaption)) return;
+    captionGroup = new CGroup(this, "close", border, border, width - 2 * border, captionHeight);
+    captionGroup->setAlign(alignWidth, border, 0);
+    captionGroup->onPaint = new _COnPaint<CWin>(this, &CWin::drawCaption);
+    captionGroup->onMouseDown = new _COnMouse<CWin>(this, &CWin::captionMouseDown);
+    addChild(captionGroup, this);
+    addCaptionButton(CWindowButton::close, captionButtonMargin);
+    if (hasStyle(winMaxButton))
+        addCaptionButton(CWindowButton::maximize, captionButtonMargin + captionButtonStep);
+    if (hasStyle(winMinButton))
+        addCaptionButton(CWindowButton::minimize, captionButtonMargin + 2 * captionButtonStep);
+}
+
+void CWin::addCaptionButton(int kind, int rightMargin) {
+    auto* button = new CWindowButton(this, kind, 0, (captionHeight - captionButtonSize) / 2,
+                                     captionButtonSize, captionButtonSize);
+    button->setAlign(alignRight, rightMargin, 0);
+    captionGroup->addControl(button);
+}
+
+void CWin::addControl(CCtrl* ctrl) {
+    clientGroup->addControl(ctrl);
+}
+
+void CWin::clear() {
+    clientGroup->clear();
+}
+
+void CWin::addMenu(CGroup* bar) {
+    menu = bar;
+    addChild(bar, this);
+    updateClient();
+}
+
+void CWin::addToolbar(CGroup* strip) {
+    toolbar = strip;
+    addChild(strip, this);
+    updateClient();
+}
+
+void CWin::updateClient() {
+    const int border = hasStyle(winNoBorder) ? 0 : borderSize;
+    int y = border;
+    if (captionGroup) y += captionGroup->height + captionGap;
+    for (CGroup* bar : {menu, toolbar}) {
+        if (!bar || !bar->visible) continue;
+        bar->left = border;
+        bar->top = y;
+        bar->setAlign(alignWidth, border, 0);
+        y += bar->height;
+    }
+    clientGroup->left = border;
+    clientGroup->top = y;
+    clientGroup->setAlign(alignWidth | alignHeight, border, border);
+}
+
+void CWin::setCaption(const CStr& text) {
+    id = text;
+    if (Display* display = liveDisplay()) XStoreName(display, handle, id.asChar());
+    if (captionGroup) captionGroup->redraw();
+}
+
+void CWin::redraw() {
+    Display* display = liveDisplay();
+    if (display && visible) XClearArea(display, handle, 0, 0, 0, 0, True);
+}
+
+void CWin::paint(int, CRect rect) {
+    CGraphic* g = nullptr;
+    if (!app->startDraw(this, &g, rect, false)) return;
+    paintBackground(g, rect);
+    paintControls(g, rect, 0, 0);
+    if (!onPaint && !hasStyle(winNoBorder) && !(hasStyle(winChild) && hasStyle(winMaximized))) {
+        const CPoint size = getSize();
+        drawGuiItem(g, asRect(0, 0, size.x, size.y), &clWinBkgnd, drawFrame);
+    }
+    app->endDraw(this, rect, false);
+}
+
+void CWin::paintBackground(CGraphic* g, CRect rect) {
+    if (onPaint) {
+        (*onPaint)(this, g, rect);
+        return;
+    }
+    if (!hasStyle(winMain)) {
+        drawGuiItem(g, rect, &clWinBkgnd, drawBackground);
+        return;
+    }
+    const int fill = clWinBkgnd.fillCol, border = borderSize;
+    g->fillRect(fill, asRect(0, 0, width, 2 * border + captionTextHeight));
+    g->fillRect(fill, asRect(0, 0, border, height));
+    g->fillRect(fill, asRect(width - border, 0, width, height));
+    g->fillRect(fill, asRect(0, height - border, width, height));
+}
+
+void CWin::drawCaption(CObject*, CGraphic* g, CRect rect) {
+    const bool lit = hasFocus();
+    if (lit) drawGuiItem(g, rect, &clCaption);
+    int textLeft0 = captionTextLeft;
+    if (onIconPaint) {
+        (*onIconPaint)(this, g, asRect(0, 0, captionHeight, captionHeight));
+        textLeft0 = captionHeight;
+    }
+    const CRect box = asRect(textLeft0, 0, rect.right, captionTextHeight);
+    g->drawText(lit ? clCaption.textCol : clWinBkgnd.textCol, id, box, textLeft);
+}
+
+void CWin::resized() {
+    const CPoint size = getSize();
+    width = size.x;
+    height = size.y;
+    absX = absY = 0;
+    CGroup::resized();
+}
+
+CPoint CWin::getSize() {
+    Display* display = liveDisplay();
+    Window rootFound;
+    int x, y;
+    unsigned w, h, border, depth;
+    if (!display || !XGetGeometry(display, handle, &rootFound, &x, &y, &w, &h, &border, &depth))
+        return asPoint(width, height);
+    return asPoint(int(w), int(h));
+}
+
+CPoint CWin::getPos(bool onScreen) {
+    Display* display = liveDisplay();
+    if (!display) return asPoint(left, top);
+    Window from = xConnection().root, child;
+    if (!onScreen && parent && hasStyle(winChild)) from = static_cast<CWin*>(parent)->handle;
+    int x = left, y = top;
+    XTranslateCoordinates(display, handle, from, 0, 0, &x, &y, &child);
+    return asPoint(x, y);
+}
+
+void CWin::setPos(int x, int y) {
+    left = x;
+    top = y;
+    if (Display* display = liveDisplay()) XMoveWindow(display, handle, x, y);
+}
+
+void CWin::move(int x, int y, int w, int h) {
+    left = x;
+    top = y;
+    width = w;
+    height = h;
+    Display* display = liveDisplay();
+    if (display)
+        XMoveResizeWindow(display, handle, x, y, unsigned(asMax(w, minWidth)),
+                          unsigned(asMax(h, minHeight)));
+}
+
+void CWin::setSize(int w, int h) {
+    width = w;
+    height = h;
+    Display* display = liveDisplay();
+    if (display)
+        XResizeWindow(display, handle, unsigned(asMax(w, minWidth)), unsigned(asMax(h, minHeight)));
+}
+
+void CWin::setSizeFromControls(int minW, int minH, int) {
+    int w = minW, h = minH;
+    for (const CCtrl* c : each<CCtrl>(clientGroup->controls)) {
+        w = asMax(w, c->left + c->width + contentMargin);
+        h = asMax(h, c->top + c->height + contentMargin);
+    }
+    setSize(w + 2 * borderSize, h + clientGroup->top + borderSize);
+}
+
+bool CWin::hasFocus() {
+    Display* display = liveDisplay();
+    if (!display) return false;
+    Window focused = None;
+    int revert;
+    XGetInputFocus(display, &focused, &revert);
+    return focused == handle;
+}
+
+bool CWin::isViewable() const {
+    Display* display = liveDisplay();
+    XWindowAttributes attributes{};
+    return display && XGetWindowAttributes(display, handle, &attributes) &&
+           attributes.map_state == IsViewable;
+}
+
+void CWin::setFocus(bool on) {
+    Display* display = liveDisplay();
+    if (on && display && app->lastWin != this && !hasFocus() && isViewable()) {
+        XSetInputFocus(display, handle, RevertToNone, CurrentTime);
+        XSync(display, False);
+    }
+    if (on) style &= ~winMinimized;
+    if (!on) {
+        setKeyCtrl(nullptr);
+        CCtrl* pushed = mouseCtrl;
+        mouseCtrl = nullptr;
+        if (pushed) pushed->redraw();
+    }
+    redraw();
+}
+
+void CWin::setCursor(int number) {
+    if (app->appCursor > 0) number = app->appCursor;
+    Display* display = liveDisplay();
+    if (!display || number == shownCursor || number < 1 || number > XConnection::cursorCount)
+        return;
+    shownCursor = number;
+    XDefineCursor(display, handle, xConnection().cursors[number]);
+}

@@ -1,0 +1,275 @@
+// The mouse and the keys of a window.
+#include "gui/CApp.h"
+#include "gui/CWin.h"
+#include "gui/Keys.h"
+#include "gui/XConnection.h"
+
+#include <X11/Xlib.h>
+
+namespace {
+
+constexpr int edge = 3, corner = 3 * edge, moveStrip = 23;
+
+int cursorOfZone(int zone) {
+    switch (zone) {
+    case zoneLeft:
+        return 3;
+    case zoneTop:
+        return 4;
+    case zoneRight:
+        return 5;
+    case zoneBottom:
+        return 6;
+    case zoneTopRight:
+        return 7;
+    case zoneTopLeft:
+        return 8;
+    case zoneBottomLeft:
+        return 9;
+    case zoneBottomRight:
+        return 10;
+    default:
+        return 0;
+    }
+}
+
+/// A saved rectangle (left, top, width, height) after its zone was dragged by (dx, dy).
+CRect draggedRect(CRect r, int zone, int dx, int dy) {
+    if (zone & (zoneLeft | zoneTopLeft | zoneBottomLeft)) {
+        r.left += dx;
+        r.right -= dx;
+    }
+    if (zone & (zoneRight | zoneTopRight | zoneBottomRight)) r.right += dx;
+    if (zone & (zoneTop | zoneTopLeft | zoneTopRight)) {
+        r.top += dy;
+        r.bottom -= dy;
+    }
+    if (zone & (zoneBottom | zoneBottomLeft | zoneBottomRight)) r.bottom += dy;
+    if (zone == zoneMove) {
+        r.left += dx;
+        r.top += dy;
+    }
+    return r;
+}
+
+} // namespace
+
+int CWin::getHitPos(int x, int y) const {
+    if (hasStyle(winSizable) && !hasStyle(winMaximized)) {
+        const bool nearLeft = x < corner, nearRight = x >= width - corner;
+        const bool nearTop = y < corner, nearBottom = y >= height - corner;
+        const bool atLeft = x < edge, atRight = x >= width - edge;
+        const bool atTop = y < edge, atBottom = y >= height - edge;
+        if ((atLeft && nearTop) || (nearLeft && atTop)) return zoneTopLeft;
+        if ((nearRight && atTop) || (atRight && nearTop)) return zoneTopRight;
+        if ((atLeft && nearBottom) || (nearLeft && atBottom)) return zoneBottomLeft;
+        if ((atRight && nearBottom) || (nearRight && atBottom)) return zoneBottomRight;
+        if (atLeft) return zoneLeft;
+        if (atTop) return zoneTop;
+        if (atRight) return zoneRight;
+        if (atBottom) return zoneBottom;
+    }
+    return hasStyle(winCaption) && y < moveStrip ? zoneMove : zoneNone;
+}
+
+CPoint CWin::controlPos(const CCtrl* ctrl) const {
+    CPoint at = asPoint(0, 0);
+    for (const CCtrl* c = ctrl; c && c->category != catWin; c = c->parent) {
+        const CCtrl* around = c->parent;
+        at = addPos(at, asPoint(c->left, c->top));
+        if (around) at = addPos(at, asPoint(-around->scrollX, -around->scrollY));
+    }
+    return at;
+}
+
+void CWin::setCapture(bool on) {
+    Display* display = liveDisplay();
+    if (!display) return;
+    if (on)
+        XGrabPointer(display, handle, False, ButtonReleaseMask | PointerMotionMask, GrabModeAsync,
+                     GrabModeAsync, None, None, CurrentTime);
+    else
+        XUngrabPointer(display, CurrentTime);
+}
+
+void CWin::saveRect() {
+    const CPoint at = getPos(false), size = getSize();
+    restoreRect = asRect(at.x, at.y, size.x, size.y);
+}
+
+void CWin::toggleMaximized() {
+    if (hasStyle(winMaximized))
+        restore();
+    else
+        maximize();
+}
+
+void CWin::mouseDown(int x, int y, int btn) {
+    app->cancelHint();
+    if (!hasStyle(winPopup)) setCapture(true);
+    CCtrl* hit = controlAtPos(x, y);
+    app->lastModKey = btn;
+    if (menu && keyCtrl == menu) setKeyCtrl(nullptr);
+    if (hit) {
+        if (app->exclusiveCtrl && app->exclusiveCtrl != hit) return;
+        mouseCtrl = hit;
+        const CPoint at = controlPos(hit);
+        hit->mouseDown(x - at.x, y - at.y, btn);
+        return;
+    }
+    sizeMode = getHitPos(x, y);
+    if (sizeMode == zoneMove && (btn & modDouble)) {
+        sizeMode = zoneNone;
+        toggleMaximized();
+    } else if (sizeMode > 0 && !hasStyle(winMaximized)) {
+        saveRect();
+    } else {
+        sizeMode = zoneNone;
+    }
+}
+
+void CWin::captionMouseDown(CObject*, int, int, int btn) {
+    if (!(btn & modLeft)) return;
+    if (btn & modDouble) {
+        toggleMaximized();
+    } else if (!hasStyle(winMaximized)) {
+        sizeMode = zoneMove;
+        saveRect();
+    }
+}
+
+void CWin::dragZone() {
+    const CPoint now = mousePos(), start = app->lastMousePos;
+    const CRect r = draggedRect(restoreRect, sizeMode, now.x - start.x, now.y - start.y);
+    move(r.left, r.top, r.right, r.bottom);
+}
+
+/// The pointer moved without a press. Returns the number of the cursor to show.
+int CWin::hover(int x, int y, int btn) {
+    CCtrl* hit = controlAtPos(x, y);
+    if (!hit) {
+        app->setHooverCtrl(nullptr, x, y);
+        return 1;
+    }
+    const CPoint at = controlPos(hit);
+    hit->mouseMove(x - at.x, y - at.y, btn);
+    app->setHooverCtrl(hit, x - at.x, y - at.y);
+    return hit->cursor;
+}
+
+void CWin::mouseMove(int x, int y, int btn) {
+    app->lastModKey = btn;
+    int shape = 1;
+    if (sizeMode) {
+        dragZone();
+    } else if (mouseCtrl) {
+        shape = mouseCtrl->cursor;
+        const CPoint at = controlPos(mouseCtrl);
+        mouseCtrl->mouseMove(x - at.x, y - at.y, btn);
+        if (app->dragList && app->dragCtrl) app->dragStep(btn);
+    } else {
+        shape = hover(x, y, btn);
+    }
+    const int zoneShape = cursorOfZone(btn & modLeft ? sizeMode : getHitPos(x, y));
+    setCursor(zoneShape ? zoneShape : shape);
+    if (!app->dragCtrl) app->hideDragWin();
+}
+
+void CWin::mouseUp(int x, int y, int btn) {
+    app->lastModKey = btn;
+    setCapture(false);
+    if (CCtrl* pushed = mouseCtrl) {
+        mouseCtrl = nullptr;
+        const CPoint at = controlPos(pushed);
+        pushed->mouseUp(x - at.x, y - at.y, btn);
+    }
+    sizeMode = zoneNone;
+    if (app->dragCtrl) app->drop(btn);
+}
+
+bool CWin::mouseWheel(int x, int y, int btn, int dy, int dx) {
+    if (onWheel) return (*onWheel)(this, x, y, btn, dy, dx);
+    CCtrl* hit = controlAtPos(x, y);
+    if (!hit) return false;
+    const CPoint at = controlPos(hit);
+    for (CCtrl* c = hit; c && c->category != catWin; c = c->parent)
+        if (c->mouseWheel(x - at.x, y - at.y, btn, dy, dx)) return true;
+    return false;
+}
+
+void CWin::dropAt(int x, int y, int btn) {
+    CCtrl* target = controlAtPos(x, y);
+    while (target && target->category != catWin && !target->onDrop) target = target->parent;
+    if (target && target->category != catWin) {
+        const CPoint at = controlPos(target);
+        (*target->onDrop)(target, x - at.x, y - at.y, btn);
+    } else if (onDrop) {
+        (*onDrop)(this, x, y, btn);
+    }
+}
+
+bool CWin::keyDown(int key, int mods) {
+    if (offerKey(key, mods) || ownKey(key, mods)) return true;
+    return hasStyle(winKeysToOwner) && parent && static_cast<CWin*>(parent)->keyDown(key, mods);
+}
+
+/// Everybody who may want the key before the window itself.
+bool CWin::offerKey(int key, int mods) {
+    CCtrl* hook = app->keyHookCtrl;
+    if (hook && hook->onKeyDown && (*hook->onKeyDown)(hook, key, mods)) return true;
+    if (app->onKey && (*app->onKey)(this, key, mods)) return true;
+    if (onAccelerator && (*onAccelerator)(this, key, mods)) return true;
+    if (key == keyF1 - 3 && (mods & modAlt)) {
+        hide();
+        return true;
+    }
+    if (keyCtrl && (hasStyle(winPopup) || hasFocus()) && keyCtrl->keyDown(key, mods)) return true;
+    return onKeyDown && (*onKeyDown)(this, key, mods);
+}
+
+bool CWin::ownKey(int key, int mods) {
+    constexpr int keyF11 = keyF1 - 10;
+    if (key == keyEscape && hasStyle(winEscape) && (hasStyle(winPopup) || hasFocus())) {
+        hide();
+        return true;
+    }
+    if (key == keyF11 && hasStyle(winSizable)) {
+        toggleMaximized();
+        return true;
+    }
+    if (key != keyTab) return false;
+    if (!(mods & modControl)) return nextCtrl();
+    app->nextWin(this, mods);
+    return true;
+}
+
+bool CWin::keyUp(int key, int mods) {
+    return onKeyUp && (*onKeyUp)(this, key, mods);
+}
+
+bool CWin::nextCtrl() {
+    if (!keyCtrl || !keyCtrl->parent) return false;
+    const CList& siblings = keyCtrl->parent->controls;
+    const int count = siblings.getCount(), start = siblings.indexed(keyCtrl);
+    for (int step = 1; step < count; step++) {
+        auto* next = static_cast<CCtrl*>(siblings.items((start + step) % count));
+        if (!next->tabStop) continue;
+        setKeyCtrl(next);
+        return true;
+    }
+    return false;
+}
+
+void CWin::setKeyCtrl(CCtrl* ctrl) {
+    CCtrl* former = keyCtrl;
+    if (former == ctrl) return;
+    keyCtrl = ctrl;
+    if (former) {
+        former->setFocus(false);
+        former->redraw();
+    }
+    if (ctrl && keyCtrl == ctrl) {
+        ctrl->setFocus(true);
+        ctrl->redraw();
+    }
+}

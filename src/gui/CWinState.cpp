@@ -1,0 +1,214 @@
+// How a window is shown, sized by the window manager, and run in a loop of its own.
+#include "base/Numbers.h"
+#include "gui/CApp.h"
+#include "gui/CWin.h"
+#include "gui/XConnection.h"
+
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+
+namespace {
+
+constexpr int restoredMargin = 100; // from the screen's edges, for want of a former rectangle
+constexpr int wheelFirst = 4, wheelLast = 7;
+
+bool isButton(const XEvent& event) {
+    return event.type == ButtonPress || event.type == ButtonRelease;
+}
+
+/// Whether nobody rules who has the focus: there is no window manager, and the pointer decides.
+bool focusIsFree() {
+    Window focused = None;
+    int revert;
+    XGetInputFocus(liveDisplay(), &focused, &revert);
+    return focused == None || focused == PointerRoot;
+}
+
+} // namespace
+
+void CWin::show(bool activate) {
+    Display* display = liveDisplay();
+    if (!display || visible) return;
+    resized();
+    if (hasStyle(winCentre)) centre();
+    if (!activate) {
+        XSetWindowAttributes attributes{};
+        attributes.override_redirect = True;
+        XChangeWindowAttributes(display, handle, CWOverrideRedirect, &attributes);
+    }
+    XMapRaised(display, handle);
+    XSync(display, False);
+    if (!hasStyle(winChild) && !hasStyle(winPopup)) app->windows.addUnique(this);
+    visible = true;
+    if (activate && !hasStyle(winPopup) && focusIsFree()) setFocus(true);
+}
+
+void CWin::centre() {
+    style &= ~winCentre;
+    int x = (screenWidth() - width) / 2;
+    if (parent && static_cast<CWin*>(parent)->getPos(true).x > screenWidth()) x += screenWidth();
+    setPos(x, (screenHeight() - height) / 2);
+}
+
+void CWin::raise(bool focus) {
+    if (Display* display = liveDisplay()) XRaiseWindow(display, handle);
+    if (focus) setFocus(true);
+}
+
+void CWin::hide() {
+    if (visible) {
+        visible = false;
+        if (Display* display = liveDisplay()) {
+            XUnmapWindow(display, handle);
+            XSync(display, False);
+        }
+        app->windows.remove(this);
+        mouseCtrl = keyCtrl = nullptr;
+    }
+    leaveLists();
+}
+
+void CWin::leaveLists() {
+    app->menus.remove(this);
+    app->topMenu = static_cast<CWin*>(app->menus.last());
+}
+
+void CWin::minimize() {
+    Display* display = liveDisplay();
+    if (!display || !hasStyle(winSizable)) return;
+    XIconifyWindow(display, handle, xConnection().screen);
+    style |= winMinimized;
+    setFocus(false);
+}
+
+/// Whether the window manager has made the window fill the screen by itself.
+bool CWin::filledByManager() {
+    constexpr long mostStates = 128;
+    const XConnection::Atoms& atoms = xConnection().atoms;
+    Display* display = liveDisplay();
+    if (!display || !atoms.netState) return false;
+    Atom typeFound;
+    int format;
+    unsigned long count = 0, rest;
+    unsigned char* found = nullptr;
+    XGetWindowProperty(display, handle, atoms.netState, 0, mostStates, False, XA_ATOM, &typeFound,
+                       &format, &count, &rest, &found);
+    bool filled = false;
+    const auto* states = reinterpret_cast<const Atom*>(found);
+    for (unsigned long i = 0; states && format == 32 && i < count; i++)
+        filled = filled ||
+                 (states[i] && (states[i] == atoms.netMaxVert || states[i] == atoms.netMaxHorz ||
+                                states[i] == atoms.netFullscreen));
+    if (found) XFree(found);
+    return filled;
+}
+
+void CWin::askManager(int action) {
+    const XConnection& x = xConnection();
+    Display* display = liveDisplay();
+    if (!display || !x.atoms.netState) return;
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = handle;
+    event.xclient.message_type = x.atoms.netState;
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = action;
+    event.xclient.data.l[1] = long(x.atoms.netMaxVert);
+    event.xclient.data.l[2] = long(x.atoms.netMaxHorz);
+    XSendEvent(display, x.root, False, SubstructureRedirectMask | SubstructureNotifyMask, &event);
+    XSync(display, False);
+}
+
+void CWin::maximize() {
+    if (!hasStyle(winSizable)) return;
+    style |= winMaximized;
+    if (hasStyle(winManaged) && filledByManager()) {
+        restoreRect = asRect(restoredMargin, restoredMargin, screenWidth() - restoredMargin,
+                             screenHeight() - restoredMargin);
+        restore();
+        return;
+    }
+    saveRect();
+    if (hasStyle(winManaged))
+        askManager(1);
+    else
+        move(0, 0, screenWidth(), screenHeight());
+    resized();
+}
+
+void CWin::restore() {
+    Display* display = liveDisplay();
+    style &= ~winMaximized;
+    if (!display) return;
+    if (hasStyle(winManaged)) {
+        askManager(0);
+        // Some window managers keep a window that fills the screen at that size.
+        if (getPos(true) == asPoint(0, 0) && getSize() == asPoint(screenWidth(), screenHeight())) {
+            XUnmapWindow(display, handle);
+            setPos(restoredMargin, restoredMargin);
+            setSize(screenWidth() - 2 * restoredMargin, screenHeight() - 2 * restoredMargin);
+            XMapWindow(display, handle);
+        }
+    }
+    move(restoreRect.left, restoreRect.top, restoreRect.right, restoreRect.bottom);
+    resized();
+}
+
+void CWin::showModal() {
+    setCapture(false);
+    CWin* former = app->modalWin;
+    app->modalWin = this;
+    show(true);
+    while (visible && liveDisplay()) {
+        modalTurn();
+        app->idle();
+    }
+    app->modalWin = former;
+}
+
+void CWin::modalTurn() {
+    app->activeChanged();
+    Display* display = liveDisplay();
+    if (!display) return;
+    if (!hasFocus() && (app->active || focusIsFree()) && isViewable())
+        XSetInputFocus(display, handle, RevertToParent, CurrentTime);
+    XEvent event;
+    while (visible && app->nextEvent(event))
+        if (!isButton(event) || takesPress(event.xany.window)) app->handleEvent(event);
+}
+
+/// Whether a press on that window passes while this one is modal.
+bool CWin::takesPress(unsigned long target) const {
+    const CWin* w = app->windowOf(target);
+    if (!w) return true; // an editor of others inside one of our windows
+    return w == this || w->hasStyle(winPopup) || app->menus.contains(w) ||
+           (w->hasStyle(winChild) && w->parent == this);
+}
+
+void CWin::showMenu() {
+    const bool first = app->menus.empty();
+    app->menus.addUnique(this);
+    app->topMenu = static_cast<CWin*>(app->menus.last());
+    if (onShowMenu) (*onShowMenu)(this);
+    setCapture(false);
+    show(false);
+    if (!first) return;
+    while (visible && liveDisplay()) {
+        XEvent event;
+        while (visible && app->nextEvent(event)) menuEvent(event);
+        app->idle();
+    }
+    if (autoDelete) app->deleteLater(this);
+}
+
+void CWin::menuEvent(XEvent& event) {
+    auto* last = static_cast<CWin*>(app->menus.last());
+    const bool wheel = event.type == ButtonPress && int(event.xbutton.button) >= wheelFirst &&
+                       int(event.xbutton.button) <= wheelLast;
+    if (last && (event.type == KeyPress || wheel))
+        event.xany.window = last->handle;
+    else if (event.type == ButtonPress && !app->menus.contains(app->windowOf(event.xany.window)))
+        app->killMenu(nullptr);
+    if (visible) app->handleEvent(event);
+}

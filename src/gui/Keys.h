@@ -1,0 +1,41 @@
+#pragma once
+
+union _XEvent;
+
+/// Buttons and modifiers of the mouse and key handlers, as one set of bits.
+enum ModFlag : int {
+    modLeft = 1,
+    modRight = 2,
+    modMiddle = 4,
+    modDouble = 8, ///< the press is the second one of a double click
+    modShift = 16,
+    modControl = 32,
+    modAlt = 64,
+};
+
+/// Keys without a character of their own. All others are their character, 1 to 255.
+enum Key : int {
+    keyHome = -1,
+    keyLeft = -2,
+    keyUp = -3,
+    keyRight = -4,
+    keyDown = -5,
+    keyEnd = -6,
+    keyDelete = -7,
+    keyBackspace = -8,
+    keyReturn = -9,
+    keyTab = -10,
+    keyEscape = -11,
+    keyPageUp = -12,
+    keyPageDown = -13,
+    keyInsert = -14, ///< a name in shortcut tables; no key press gives it
+    keyF1 = -15,     ///< F2 to F12 follow downwards
+    keyF12 = -26,
+    keyAsterisk = -27, ///< "*" is a shortcut key and never a character
+};
+
+/// The key code and modifiers of a key event. False for a key that means nothing here, such as a
+/// modifier alone. Control leaves the character as it is: Control-A is 'a' with `modControl`.
+bool translateKey(const _XEvent& event, int& key, int& mods);
+/// The flags of a mouse event: its own button (0 for a motion) and all that is held, from `state`.
+int translateButton(int button, unsigned state);

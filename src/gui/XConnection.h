@@ -1,0 +1,68 @@
+#pragma once
+
+#include "base/Geometry.h"
+
+struct _XDisplay;
+struct _XGC;
+union _XEvent;
+
+/// The one face in which all text is drawn: the server's default font, else "fixed", else any.
+struct ServerFont {
+    int ascent = 11, descent = 2; ///< pixels above and below the base line
+    unsigned long id = 0;         ///< to be set in each graphics context; 0 if it is there already
+    void* info = nullptr;         ///< the library's record, null when the server has no font at all
+
+    int textWidth(const char* text, int length) const; ///< pixels
+};
+
+/// The connection to the X server, made by `CApp::open`: one in a process. Nothing of the library's
+/// own names leaks from here; ids of windows, atoms and cursors are plain numbers. Interface
+/// thread.
+///
+/// An error of the server never ends the program: it is only noted in `xerror`. When the server
+/// goes away, `lost` becomes true and nobody calls it any more.
+class XConnection {
+public:
+    static constexpr int cursorCount = 10;
+
+    struct Atoms {
+        unsigned long self, eventProc, wmProtocols, wmDelete;
+        unsigned long motifHints; ///< 0 if no window manager has named it
+        unsigned long netState, netMaxVert, netMaxHorz, netFullscreen; ///< as above
+    };
+
+    _XDisplay* display = nullptr; ///< owned
+    int screen = 0;
+    unsigned long root = 0, colormap = 0;
+    unsigned long redMask = 0xff0000, greenMask = 0xff00, blueMask = 0xff; ///< of the visual
+    Atoms atoms{};
+    unsigned long cursors[cursorCount + 1] = {}; ///< by the number of `CCtrl::cursor`; 0 unused
+    ServerFont font;
+    bool lost = false; ///< the server closed the connection
+
+    bool open(); ///< true also if it is open already; false, with nothing held, without a display
+    void close();
+
+private:
+    void internAtoms();
+    void makeCursors();
+    void findFont();
+};
+
+extern int xerror;         ///< code of the latest error of the server, 0 none since it was cleared
+extern int xlibColorDepth; ///< of the root window, in bits; 24 without a display
+
+XConnection& xConnection();
+/// The display for a call of the library, null without a connection and after it was lost.
+_XDisplay* liveDisplay();
+/// Waits until the server has carried out all that was sent, and tells whether it met an error in
+/// between: `xerror` is cleared first by the caller.
+bool syncSucceeded();
+
+CPoint mousePos(); ///< of the pointer on the screen
+void setMousePos(int x, int y);
+int screenWidth();
+int screenHeight();
+CRect screenRect();
+/// The room for windows: all of the screen, over all its monitors.
+CRect getDesktopBounds();

@@ -1,0 +1,244 @@
+#include "gui/controls/CEdit.h"
+
+#include "base/Numbers.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Keys.h"
+#include "gui/Selections.h"
+#include "gui/XConnection.h"
+
+CEdit::CEdit(CWin* owner, const CStr& name, int l, int t, int w, int h)
+    : CCtrl(owner, name, l, t, w, h) {
+    type = ctrlEdit;
+    tabStop = true;
+    clipped = true;
+    hooverable = true;
+}
+
+CEdit::~CEdit() {
+    delete onInput;
+}
+
+int CEdit::pixelOf(int place) const {
+    const CStr before = text.sub(0, place + 1);
+    return xConnection().font.textWidth(before.asChar(), before.length());
+}
+
+/// How far a text that is too long is shifted to the left, so that the caret can be seen.
+int CEdit::firstPixel() const {
+    return hasKeyFocus() ? asMax(0, pixelOf(cursor) - (width - 2 * textMargin)) : 0;
+}
+
+void CEdit::paint(CGraphic* g, CRect rect) {
+    const CPalette& colours = win->app->gui->palette;
+    const bool focused = hasKeyFocus();
+    g->fillRect(clValue.fillCol, rect);
+    g->frameRect(focused || isHovered() ? colours.accent : clValue.frameCol, rect);
+    if (!focused) {
+        g->drawText(enabled ? clValue.textCol : colours.dimText, shownText(),
+                    sizeRect(rect, textMargin, 0, -textMargin, 0), textLeft);
+        return;
+    }
+    const int shift = textMargin - firstPixel();
+    const int from = asMin(anchor, anchor + selLength), to = asMax(anchor, anchor + selLength);
+    const CRect marked = asRect(shift + pixelOf(from), 3, shift + pixelOf(to), rect.bottom - 3);
+    const CRect line = asRect(shift, 0, rect.right - textMargin, rect.bottom);
+    g->drawText(clValue.textCol, text, line, textLeft);
+    if (!marked.empty()) {
+        const ClipScope scope(g, marked);
+        g->fillRect(clListboxSelected.fillCol, asRect(0, 0, marked.width(), marked.height()));
+        g->drawText(clListboxSelected.textCol, text,
+                    sizeRect(line, -marked.left, -marked.top, -marked.left, -marked.top), textLeft);
+    }
+    const int caret = shift + pixelOf(cursor);
+    g->fillRect(clValue.textCol, asRect(caret, 3, caret + 1, rect.bottom - 3));
+}
+
+int CEdit::XToPos(int x) const {
+    const int wanted = x - textMargin + firstPixel(), length = text.length();
+    int place = -1;
+    while (place < length - 1 && (pixelOf(place) + pixelOf(place + 1)) / 2 <= wanted) place++;
+    return place;
+}
+
+void CEdit::mouseDown(int x, int y, int btn) {
+    CCtrl::mouseDown(x, y, btn);
+    if (!(btn & modLeft)) return;
+    win->setKeyCtrl(this);
+    if (btn & modDouble)
+        selectWord(XToPos(x));
+    else
+        setCursor(XToPos(x), false);
+    redraw();
+}
+
+void CEdit::mouseMove(int x, int y, int btn) {
+    CCtrl::mouseMove(x, y, btn);
+    if (!(btn & modLeft) || !isPushed() || !hasKeyFocus()) return;
+    setCursor(XToPos(x), true);
+    redraw();
+}
+
+void CEdit::setCursor(int place, bool extend) {
+    cursor = asMinMax(place, -1, text.length() - 1);
+    if (!extend) anchor = cursor;
+    selLength = cursor - anchor;
+}
+
+void CEdit::selectAll() {
+    anchor = -1;
+    cursor = text.length() - 1;
+    selLength = cursor - anchor;
+}
+
+CStr CEdit::selection() const {
+    return text.sub(asMin(anchor, anchor + selLength) + 1, asMax(selLength, -selLength));
+}
+
+bool CEdit::deleteSelection() {
+    if (selLength == 0) return false;
+    const int first = asMin(anchor, anchor + selLength);
+    text.del(first + 1, asMax(selLength, -selLength));
+    setCursor(first, false);
+    return true;
+}
+
+/// The place behind the space in front of a word that ends at `place`; -1 for the first word.
+int CEdit::priorSpace(int place) const {
+    while (place >= 0 && text[place] == ' ') place--;
+    while (place >= 0 && text[place] != ' ') place--;
+    return place;
+}
+
+int CEdit::nextSpace(int place) const {
+    const int length = text.length();
+    place++;
+    while (place < length && text[place] == ' ') place++;
+    while (place < length && text[place] != ' ') place++;
+    return place - 1;
+}
+
+void CEdit::selectWord(int place) {
+    const int length = text.length();
+    int first = place, last = place;
+    while (first >= 0 && text[first] != ' ') first--;
+    while (last + 1 < length && text[last + 1] != ' ') last++;
+    setCursor(first, false);
+    setCursor(last, true);
+}
+
+void CEdit::setText(const CStr& newText) {
+    text = newText;
+    setCursor(text.length() - 1, false);
+    redraw();
+}
+
+void CEdit::setFocus(bool on) {
+    if (on) {
+        oldText = text;
+        cancelled = false;
+        if (selectOnFocus) selectAll();
+        return;
+    }
+    selLength = 0;
+    anchor = cursor;
+    if (!cancelled && (notifyAlways || text != oldText) && onChange) (*onChange)(this);
+}
+
+void CEdit::cancel() {
+    text = oldText;
+    cancelled = true;
+    win->setKeyCtrl(nullptr);
+}
+
+bool CEdit::keyDown(int key, int mods) {
+    if (CCtrl::keyDown(key, mods)) return true;
+    if (key == keyEscape) {
+        cancel();
+        return true;
+    }
+    if (key == keyReturn) {
+        if (commitOnEnter) cancelled = false;
+        win->setKeyCtrl(nullptr);
+        return true;
+    }
+    const bool taken = mods & modControl && key > 0 ? commandKey(key) : false;
+    if (!taken && !moveKey(key, mods) && !(mods & (modControl | modAlt) ? false : typeKey(key)))
+        return false;
+    redraw();
+    return true;
+}
+
+bool CEdit::commandKey(int key) {
+    switch (key) {
+    case 'a':
+        selectAll();
+        return true;
+    case 'z':
+        text = oldText;
+        selectAll();
+        return true;
+    case 'c':
+        if (selLength) copyText(selection());
+        return true;
+    case 'x':
+        if (selLength) copyText(selection());
+        deleteSelection();
+        return true;
+    case 'v':
+        insertText(pasteText());
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool CEdit::moveKey(int key, int mods) {
+    const bool byWord = mods & modControl, extend = mods & modShift;
+    switch (key) {
+    case keyLeft:
+        setCursor(byWord ? priorSpace(cursor) : cursor - 1, extend);
+        return true;
+    case keyRight:
+        setCursor(byWord ? nextSpace(cursor) : cursor + 1, extend);
+        return true;
+    case keyHome:
+        setCursor(-1, extend);
+        return true;
+    case keyEnd:
+        setCursor(text.length() - 1, extend);
+        return true;
+    case keyDelete:
+        if (!deleteSelection()) text.del(cursor + 1, 1);
+        return true;
+    case keyBackspace:
+        if (!deleteSelection()) eraseBack(byWord);
+        return true;
+    default:
+        return false;
+    }
+}
+
+void CEdit::eraseBack(bool word) {
+    if (cursor < 0) return;
+    const int from = word ? priorSpace(cursor) : cursor - 1;
+    text.del(from + 1, cursor - from);
+    setCursor(from, false);
+}
+
+void CEdit::insertText(const CStr& piece) {
+    deleteSelection();
+    text.ins(piece, cursor + 1);
+    setCursor(cursor + piece.length(), false);
+}
+
+bool CEdit::typeKey(int key) {
+    constexpr int firstPrintable = 32;
+    if (key < firstPrintable) return false;
+    deleteSelection();
+    if (upperCase && key >= 'a' && key <= 'z') key += 'A' - 'a';
+    if (onInput && !(*onInput)(this, key, 0)) key = 0;
+    if (key > 0) insertText(CStr(char(key)));
+    return true;
+}

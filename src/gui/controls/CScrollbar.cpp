@@ -1,0 +1,202 @@
+#include "gui/controls/CScrollbar.h"
+
+#include "base/Numbers.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Colours.h"
+#include "gui/Drawing.h"
+#include "gui/Keys.h"
+
+namespace {
+
+enum ScrollMode : int { scrollNone, arrowBack, pageBack, thumbMode, pageOn, arrowOn };
+
+constexpr int smallestThumb = 16, growingRoom = 64, repeatMs = 20, arrowGlyph = 4;
+constexpr float arrowSpeed = 2.0f, pageSpeed = 8.0f, speedStep = 0.5f;
+constexpr int arrowSpeedMax = 8, pageSpeedMax = 24, fastWheel = 10;
+constexpr double hoverShare = 0.3;
+
+} // namespace
+
+CScrollbar::CScrollbar(CWin* owner, const CStr& name, int l, int t, int w, int h)
+    : CCtrl(owner, name, l, t, w, h) {
+    hooverable = true;
+}
+
+void CScrollbar::setRange(int total, int visibleSize) {
+    if (growing) total = asMax(total, saturate(int64_t(visibleSize) + growingRoom));
+    maxSize = visibleSize;
+    const int before = max;
+    max = asMax(0, total - visibleSize);
+    startMax = max;
+    if (growing)
+        max = asMax(max, pos);
+    else if (pos > max)
+        pos = max;
+    const int track = length() - 2 * arrowSize;
+    thumbSize = asMax(smallestThumb, total > 0 ? asRound(double(visibleSize) / total * track) : 0);
+    placeThumb();
+    if (max != before) redraw();
+}
+
+void CScrollbar::setPos(int p) {
+    if (growing && p > startMax)
+        max = p;
+    else if (growing)
+        max = startMax;
+    pos = asMinMax(p, min, asMax(min, max));
+    placeThumb();
+}
+
+void CScrollbar::placeThumb() {
+    const double range = double(max) - min;
+    thumbPos = arrowSize + (range > 0 ? asRound((double(pos) - min) / range * room()) : 0);
+}
+
+int CScrollbar::along(int x, int y) const {
+    if (!vertical) return x;
+    return reversed ? height - 1 - y : y;
+}
+
+CRect CScrollbar::thumbRect() const {
+    if (!vertical) return asRect(thumbPos, 0, thumbPos + thumbSize, height);
+    const int top0 = reversed ? height - thumbPos - thumbSize : thumbPos;
+    return asRect(0, top0, width, top0 + thumbSize);
+}
+
+void CScrollbar::report() {
+    redraw();
+    if (onChange) (*onChange)(this);
+}
+
+void CScrollbar::paint(CGraphic* g, CRect rect) {
+    drawGuiItem(g, rect, vertical ? &clScrollbarVert : &clScrollbarHorz);
+    if (arrowSize > 0) {
+        const CGuiItem2& first = vertical ? clScrollbarButtonUp : clScrollbarButtonLeft;
+        const CRect begin =
+            asRect(0, 0, vertical ? width : arrowSize, vertical ? arrowSize : height);
+        const CRect end = vertical ? asRect(0, height - arrowSize, width, height)
+                                   : asRect(width - arrowSize, 0, width, height);
+        drawArrow(g, first.symbolCol, begin, vertical ? dirUp : dirLeft, arrowGlyph);
+        drawArrow(g, first.symbolCol, end, vertical ? dirDown : dirRight, arrowGlyph);
+    }
+    if (max <= min) return;
+    const CGuiItem2& thumb = vertical ? clScrollbarVertThumb : clScrollbarHorzThumb;
+    const CRect at = thumbRect();
+    drawGuiItem(g, at, &thumb);
+    if (isHovered() || thumbDrag)
+        g->fillRect(fadeCol(thumb.fillCol, win->app->gui->palette.accent, hoverShare),
+                    sizeRect(at, 1, 1, -1, -1));
+}
+
+void CScrollbar::mouseDown(int x, int y, int btn) {
+    CCtrl::mouseDown(x, y, btn);
+    if (max <= 0 || !(btn & modLeft)) return;
+    const int at = along(x, y);
+    if (thumbSize == 0) {
+        thumbDrag = true;
+        scrollMode = thumbMode;
+        dragStart = 0;
+        dragTo(at);
+    } else if (at < arrowSize) {
+        scroll(arrowBack);
+    } else if (at < thumbPos) {
+        scroll(pageBack);
+    } else if (at < thumbPos + thumbSize) {
+        scrollMode = thumbMode;
+        thumbDrag = true;
+        dragStart = at - thumbPos;
+        redraw();
+    } else {
+        scroll(at < length() - arrowSize ? pageOn : arrowOn);
+    }
+}
+
+void CScrollbar::mouseMove(int x, int y, int btn) {
+    CCtrl::mouseMove(x, y, btn);
+    if (thumbDrag) dragTo(along(x, y));
+}
+
+/// Puts the thumb so that the point that was taken hold of comes to lie at `place`.
+void CScrollbar::dragTo(int place) {
+    const int travel = room();
+    if (travel <= 0) return;
+    const int offset = asMinMax(place - dragStart - arrowSize, 0, travel);
+    const int wanted = asRound(min + double(offset) / travel * (double(max) - min));
+    thumbPos = arrowSize + offset;
+    if (wanted == pos) {
+        redraw();
+        return;
+    }
+    pos = wanted;
+    report();
+}
+
+void CScrollbar::mouseUp(int x, int y, int btn) {
+    win->app->killTimer(this);
+    scrollMode = scrollNone;
+    if (thumbDrag) {
+        thumbDrag = false;
+        placeThumb();
+    }
+    redraw();
+    CCtrl::mouseUp(x, y, btn);
+}
+
+void CScrollbar::scroll(int mode) {
+    const bool arrow = mode == arrowBack || mode == arrowOn;
+    scrollMode = mode;
+    speed = arrow ? arrowSpeed : pageSpeed;
+    speedMax = arrow ? arrowSpeedMax : pageSpeedMax;
+    win->app->addTimer(this, repeatMs, true);
+    onTimer();
+}
+
+void CScrollbar::onTimer() {
+    const bool back = scrollMode == arrowBack || scrollMode == pageBack;
+    const int by = int(speed);
+    speed = fLimit(speed + speedStep, 0.0f, float(speedMax));
+    const int before = pos;
+    setPos(saturate(int64_t(pos) + (back ? -by : by)));
+    if (pos != before) report();
+}
+
+CFader::CFader(CWin* owner, const CStr& name, int l, int t, int w, int h)
+    : CScrollbar(owner, name, l, t, w, h), color(asColor(64, 64, 64)) {
+    type = ctrlFader;
+    arrowSize = 0;
+    thumbSize = smallestThumb;
+    reversed = true;
+    max = 100;
+    placeThumb();
+}
+
+void CFader::paint(CGraphic* g, CRect rect) {
+    if (onPaint) {
+        CCtrl::paint(g, rect);
+        return;
+    }
+    constexpr int trackHalf = 2;
+    const CPalette& colours = win->app->gui->palette;
+    const CRect thumb = thumbRect();
+    const int middle = width / 2, thumbMiddle = (thumb.top + thumb.bottom) / 2;
+    g->fillRect(color, asRect(middle - trackHalf, 0, middle + trackHalf, rect.bottom));
+    g->fillRect(colours.accent,
+                asRect(middle - trackHalf, thumbMiddle, middle + trackHalf, rect.bottom));
+    const bool hot = isHovered() || thumbDrag;
+    g->fillRect(hot ? fadeCol(colours.raised, colours.accent, hoverShare) : colours.raised, thumb);
+    g->frameRect(colours.frame, thumb);
+    g->fillRect(colours.text, asRect(2, thumbMiddle, width - 2, thumbMiddle + 1));
+}
+
+bool CFader::mouseWheel(int x, int y, int btn, int dy, int dx) {
+    if (CCtrl::mouseWheel(x, y, btn, dy, dx)) return true;
+    if (!(btn & modControl)) return false;
+    const int turned = dy ? dy : dx;
+    const int by = (turned > 0) - (turned < 0);
+    const int before = pos;
+    setPos(saturate(int64_t(pos) + by * (btn & modShift ? fastWheel : 1)));
+    if (pos != before) report();
+    return true;
+}

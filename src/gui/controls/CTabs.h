@@ -1,0 +1,36 @@
+#pragma once
+
+#include "gui/CGroup.h"
+
+/// A line of text, or several, cut at line feeds. Presses pass through to what is behind it.
+class CLabel : public CCtrl {
+public:
+    CStr text;
+    int textFlags = 2; ///< TextFlag; of several lines only the horizontal ones count
+    int textCol = -1;  ///< -1 is the colour of text on the window
+
+    CLabel(CWin* win, const CStr& text, int left, int top, int width, int height);
+    void paint(CGraphic* g, CRect rect) override;
+    void setText(const CStr& newText);
+};
+
+/// A group on a panel's background.
+class CPanel : public CGroup {
+public:
+    using CGroup::CGroup;
+    void paint(CGraphic* g, CRect rect) override;
+};
+
+/// A strip for `CWin::addToolbar`.
+class CToolbar : public CGroup {
+public:
+    CToolbar(CWin* win, const CStr& name);
+    void paint(CGraphic* g, CRect rect) override;
+};
+
+/// An etched horizontal line.
+class CSeparator : public CCtrl {
+public:
+    using CCtrl::CCtrl;
+    void paint(CGraphic* g, CRect rect) override;
+};
