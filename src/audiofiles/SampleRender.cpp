@@ -2,6 +2,7 @@
 
 #include "audiofiles/CSample.h"
 #include "base/Clones.h"
+#include "base/Floats4.h"
 #include "base/Numbers.h"
 
 #include <algorithm>
@@ -16,17 +17,10 @@ constexpr int piece = 64; // frames whose places are worked out at a time
 constexpr int framesBehind = 4;
 constexpr double maxPosition = 1 << 30; // frames; beyond every sample, and safe to index by
 
-using Floats4 = float __attribute__((vector_size(16)));
-
-Floats4 load(const float* p) {
-    Floats4 v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
-}
-
 /// The cubic through y0 to y3, at `t` between y1 and y2. T is a float or several.
 template <class T>
-[[gnu::always_inline]] inline T cubic(T y0, T y1, T y2, T y3, T t) {
+[[gnu::always_inline]] inline T cubic(const T& y0, const T& y1, const T& y2, const T& y3,
+                                      const T& t) {
     const T a = (y1 - y2) * 1.5f + (y0 - y3) * -0.5f;
     const T b = 2.0f * y2 + y0 + (5.0f * y1 + y3) * -0.5f;
     const T c = (y2 - y0) * 0.5f;
@@ -47,18 +41,10 @@ struct Places {
     int i = 0;
     for (; i + 4 <= count; i += 4) {
         const int* at = places.frame + i;
-        const Floats4 r0 = load(before + at[0]), r1 = load(before + at[1]);
-        const Floats4 r2 = load(before + at[2]), r3 = load(before + at[3]);
-        const Floats4 low01 = __builtin_shufflevector(r0, r1, 0, 4, 1, 5);
-        const Floats4 high01 = __builtin_shufflevector(r0, r1, 2, 6, 3, 7);
-        const Floats4 low23 = __builtin_shufflevector(r2, r3, 0, 4, 1, 5);
-        const Floats4 high23 = __builtin_shufflevector(r2, r3, 2, 6, 3, 7);
-        const Floats4 y0 = __builtin_shufflevector(low01, low23, 0, 1, 4, 5);
-        const Floats4 y1 = __builtin_shufflevector(low01, low23, 2, 3, 6, 7);
-        const Floats4 y2 = __builtin_shufflevector(high01, high23, 0, 1, 4, 5);
-        const Floats4 y3 = __builtin_shufflevector(high01, high23, 2, 3, 6, 7);
-        const Floats4 y = cubic(y0, y1, y2, y3, load(places.fraction + i));
-        std::memcpy(out + i, &y, sizeof y);
+        Floats4 y0 = loadFloats(before + at[0]), y1 = loadFloats(before + at[1]);
+        Floats4 y2 = loadFloats(before + at[2]), y3 = loadFloats(before + at[3]);
+        transpose(y0, y1, y2, y3);
+        saveFloats(out + i, cubic(y0, y1, y2, y3, loadFloats(places.fraction + i)));
     }
     for (; i < count; i++) {
         const float* y = before + places.frame[i];

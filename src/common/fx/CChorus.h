@@ -48,4 +48,10 @@ public:
     float getWaveform() const { return waveform; }
     int getTickNum() const { return tickNum; }
     int getTickDen() const { return tickDen; }
+
+private:
+    struct Block;
+    Block prepare() const;
+    void runSide(const Block& block, float* line, int& write, const double* places, double offset,
+                 const float* in, float* out, int count);
 };

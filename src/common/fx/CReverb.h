@@ -49,7 +49,6 @@ public:
     float getHighCutFrq() const { return highCut; }
 
 private:
-    static constexpr int chunk = 64; ///< frames at a time, less than the shortest delay
     struct Chunk;
 
     Shared<int> clearRequest{0};
@@ -57,7 +56,6 @@ private:
     void setDecay(int ms);
     void calculateFilter(int mode, float frequency);
     void readLines(Chunk& c, int count);
-    void mixLines(Chunk& c, int count);
-    void writeLines(const Chunk& c, int count);
-    float runChunk(float* inL, float* inR, float* outL, float* outR, int count);
+    void filterLines(Chunk& c, int count);
+    void writeLines(Chunk& c, int count);
 };

@@ -34,17 +34,24 @@ public:
     void SetMaxDelay(int d);
     void Suspend() override;
     int GetMem() override;
+
+    /// Writes up to `size` samples.
+    void Append(const float* in, int count);
+    /// Copies up to `size` samples from index `from` on, which may lie one round outside the ring.
+    void CopyFrom(int from, int count, float* out) const;
 };
 
 /// A delay line that is read around a nominal delay.
 class MModDelayLine : public MDelayLine {
 public:
+    static constexpr int maxModDepth = 30;
+
     float curPos = 0.0f;             ///< place of the nominal delay in the ring
     int modDepth = 0, nomDelay = 0;  ///< samples
     MModulator* modulator = nullptr; ///< not owned, may be none
 
     void SetNomDelay(int samples); ///< allocates, as `SetModDepth`
-    void SetModDepth(int samples);
+    void SetModDepth(int samples); ///< 0 to `maxModDepth`
 
 private:
     void resize();
@@ -57,15 +64,23 @@ public:
     double incr = 0.0;  ///< cycles a sample
     float last = 0.0f;  ///< state of the all-pass
 
+    static constexpr int maxTaps = 64; ///< looked up at a time
+
     /// The next sample at the moving place. What it reads must have been written, so the delay
-    /// must exceed `modDepth` by 2 samples.
+    /// must exceed `modDepth` by 2 samples, and in `GetTaps` by `count` more.
     float GetCurValue();
+    /// What the next `count` samples interpolate between, each `stride` floats behind the one
+    /// before. The all-pass is left to the caller, who may run several lines in step:
+    ///     last = (next - last) * fraction + tap
+    void GetTaps(int count, float* taps, float* next, float* fractions, int stride);
     void Suspend() override;
 };
 
 /// One-pole filter y = a x - b y'. The coefficients may be set while it runs.
 class MLPF1a : public Module {
 public:
+    static constexpr float quiet = 1e-10f; ///< below it the state becomes 0
+
     float y = 0.0f;
     Shared<float> a{1.0f}, b{0.0f};
 

@@ -1,0 +1,133 @@
+#include "common/fx/CChorus.h"
+
+#include "base/Clones.h"
+#include "base/Numbers.h"
+#include "common/WaveTables.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+namespace {
+
+constexpr int piece = 64; // frames at a time, unless the line is read closer behind its end
+constexpr int mask = CChorus::bufferFrames - 1;
+constexpr float floorLevel = 1e-10f;
+
+float* newLine() {
+    return static_cast<float*>(std::calloc(CChorus::bufferFrames, sizeof(float)));
+}
+
+/// How one side of the line is read.
+struct Sweep {
+    const float* wave;
+    const double* places; ///< in the wave, per frame
+    double offset;        ///< onto them
+    double nearest;       ///< place in the line, at the first frame and where the wave is 0
+    double range;         ///< frames
+};
+
+/// The line at its swept place, by a straight line between two frames.
+SONDRAVA_CLONES void readLine(const float* line, const Sweep& s, int count, float* __restrict out) {
+    const float* wave = s.wave;
+    const double* places = s.places;
+    const double offset = s.offset, nearest = s.nearest, range = s.range;
+    for (int i = 0; i < count; i++) {
+        const int at = int(places[i] + offset) & (lfoTableSize - 1);
+        const double pos = nearest + i + range * double(wave[at]);
+        const int n = int(pos);
+        const float a = line[n & mask], b = line[(n + 1) & mask];
+        out[i] = a + (b - a) * float(pos - n);
+    }
+}
+
+SONDRAVA_CLONES void mixSide(const float* in, const float* y, float feedback, float dry, float wet,
+                             int count, float* __restrict fed, float* __restrict out) {
+    for (int i = 0; i < count; i++) {
+        const float v = in[i] + feedback * y[i];
+        fed[i] = std::fabs(v) < floorLevel ? 0.0f : v;
+        out[i] = in[i] * dry + wet * y[i];
+    }
+}
+
+} // namespace
+
+CChorus::CChorus(float hz, int frames) : CFX(hz, frames) {
+    id = "Chorus";
+    type = fxChorus;
+    dry = 0.5f;
+    wet = 0.5f;
+}
+
+CChorus::~CChorus() {
+    std::free(bufferL);
+    std::free(bufferR);
+}
+
+void CChorus::setEnabled(int on) {
+    if (on) {
+        if (!bufferL) bufferL.storeRelease(newLine());
+        if (!bufferR) bufferR.storeRelease(newLine());
+    }
+    CFX::setEnabled(on);
+}
+
+void CChorus::clear() {
+    if (bufferL) std::fill_n(bufferL.load(), bufferFrames, 0.0f);
+    if (bufferR) std::fill_n(bufferR.load(), bufferFrames, 0.0f);
+}
+
+struct CChorus::Block {
+    const float* wave;
+    double step, offset;   ///< of the oscillator, in steps of its table
+    double nominal, range; ///< frames
+    float feedback, dry, wet;
+    int most; ///< frames at a time that read only what was written before
+};
+
+CChorus::Block CChorus::prepare() const {
+    const double cycles =
+        tempoSync ? double(tempo) / 60.0 * std::max<int>(1, tickDen) / std::max<int>(1, tickNum)
+                  : double(frequency);
+    Block b;
+    b.wave = waveform == 1.0f ? triangleWave : sinusWave;
+    b.step = fLimit(cycles * lfoTableSize / double(rate), 0.0, double(maxLfoStep));
+    b.offset = double(fLimit(phase, 0.0f, 360.0f)) * lfoTableSize / 360.0;
+    const double ms = double(fLimit(delay, 1.0f, 300.0f));
+    b.nominal = std::min(ms * double(rate) * 0.001, double(bufferFrames - 2));
+    b.range = b.nominal * double(fLimit(depth, 0.0f, 1.0f));
+    b.feedback = feedback;
+    b.dry = dry;
+    b.wet = wet;
+    b.most = std::clamp(int(b.nominal - b.range) - 1, 1, piece);
+    return b;
+}
+
+void CChorus::process(float* inL, float* inR, float* outL, float* outR, long frames) {
+    float* lineL = bufferL.loadAcquire();
+    float* lineR = bufferR.loadAcquire();
+    if (!lineL || !lineR) return;
+    const Block block = prepare();
+    for (long done = 0; done < frames;) {
+        // Places count from the start of the line, so a piece ends where it does.
+        const int room = std::min(block.most, bufferFrames - std::max(writeL, writeR));
+        const int count = int(std::min<long>(room, frames - done));
+        double places[piece];
+        phasePos = lfoPlaces(phasePos, block.step, count, places);
+        runSide(block, lineL, writeL, places, 0.0, inL + done, outL + done, count);
+        runSide(block, lineR, writeR, places, block.offset, inR + done, outR + done, count);
+        done += count;
+        if (phasePos >= lfoFar) phasePos = std::fmod(phasePos, double(lfoTableSize));
+    }
+    phasePos = std::fmod(phasePos, double(lfoTableSize));
+}
+
+void CChorus::runSide(const Block& b, float* line, int& write, const double* places, double offset,
+                      const float* in, float* out, int count) {
+    float dryIn[piece], y[piece], fed[piece];
+    std::copy_n(in, count, dryIn);
+    readLine(line, {b.wave, places, offset, write - b.nominal - 1.0, b.range}, count, y);
+    mixSide(dryIn, y, b.feedback, b.dry, b.wet, count, fed, out);
+    std::copy_n(fed, count, line + write);
+    write = (write + count) & mask;
+}

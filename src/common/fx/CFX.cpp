@@ -1,0 +1,42 @@
+#include "common/fx/CFX.h"
+
+#include "base/Numbers.h"
+#include "common/WaveTables.h"
+
+CFX::CFX(float hz, int frames) : rate(hz) {
+    makeWaveforms();
+    CFX::setFrames(frames);
+}
+
+CFX::~CFX() {
+    CFX::setFrames(0);
+}
+
+void CFX::setRate(float hz) {
+    rate = hz;
+}
+
+void CFX::setFrames(int n) {
+    delete[] bufL;
+    delete[] bufR;
+    bufL = n > 0 ? new float[std::size_t(n)]() : nullptr;
+    bufR = n > 0 ? new float[std::size_t(n)]() : nullptr;
+}
+
+void CFX::process(float*, float*, float*, float*, long) {
+}
+
+void CFX::setEnabled(int on) {
+    enabled = on;
+}
+
+void CFX::clear() {
+}
+
+void CFX::store(Shared<float>& field, float value, float low, float high) {
+    if (std::isfinite(value)) field = fLimit(value, low, high);
+}
+
+void CFX::store(Shared<int>& field, int value, int low, int high) {
+    field = asMinMax(value, low, high);
+}

@@ -1,0 +1,107 @@
+#include "common/fx/CPhaser.h"
+
+#include "base/Clones.h"
+#include "base/Numbers.h"
+#include "common/WaveTables.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int piece = 64; // frames whose coefficients are worked out at a time
+constexpr float floorLevel = 1e-10f;
+constexpr float feedbackScale = 0.998f; // keeps full feedback from running away
+
+/// The all-pass coefficients of a swept corner: w between `low` and `high`, a = (1 - w) / (1 + w).
+SONDRAVA_CLONES void sweep(const float* wave, const double* places, double offset, float low,
+                           float high, int count, float* __restrict a) {
+    const float range = high - low;
+    for (int i = 0; i < count; i++) {
+        const float w = low + range * wave[int(places[i] + offset) & (lfoTableSize - 1)];
+        a[i] = (1.0f - w) / (w + 1.0f);
+    }
+}
+
+/// Both sides through `stages` all-pass sections each, frame by frame, so that the processor works
+/// at one side while it waits for the other.
+template <int stages>
+void runSections(const float* aL, const float* aR, float feedback, int count, CPhaser& fx,
+                 float* left, float* right) {
+    float zL[stages], zR[stages];
+    std::copy_n(fx.zL, stages, zL);
+    std::copy_n(fx.zR, stages, zR);
+    float lastL = fx.lastL, lastR = fx.lastR;
+    for (int i = 0; i < count; i++) {
+        float xL = left[i] + lastL * feedback, xR = right[i] + lastR * feedback;
+        for (int s = 0; s < stages; s++) {
+            const float yL = zL[s] - aL[i] * xL, yR = zR[s] - aR[i] * xR;
+            zL[s] = yL * aL[i] + xL;
+            zR[s] = yR * aR[i] + xR;
+            xL = yL;
+            xR = yR;
+        }
+        left[i] = xL;
+        right[i] = xR;
+        lastL = std::fabs(xL) < floorLevel ? 0.0f : xL;
+        lastR = std::fabs(xR) < floorLevel ? 0.0f : xR;
+    }
+    std::copy_n(zL, stages, fx.zL);
+    std::copy_n(zR, stages, fx.zR);
+    fx.lastL = lastL;
+    fx.lastR = lastR;
+}
+
+using Runner = void (*)(const float*, const float*, float, int, CPhaser&, float*, float*);
+
+/// One per number of stages, from 1.
+constexpr Runner runners[CPhaser::maxStages] = {
+    runSections<1>,  runSections<2>,  runSections<3>,  runSections<4>,
+    runSections<5>,  runSections<6>,  runSections<7>,  runSections<8>,
+    runSections<9>,  runSections<10>, runSections<11>, runSections<12>,
+    runSections<13>, runSections<14>, runSections<15>, runSections<16>};
+
+} // namespace
+
+CPhaser::CPhaser(float hz, int frames) : CFX(hz, frames) {
+    id = "Phaser";
+    type = fxPhaser;
+    dry = 0.5f;
+    wet = 0.5f;
+}
+
+void CPhaser::clear() {
+    lastL = lastR = 0.0f;
+    std::fill_n(zL, maxStages, 0.0f);
+    std::fill_n(zR, maxStages, 0.0f);
+}
+
+void CPhaser::process(float* inL, float* inR, float* outL, float* outR, long frames) {
+    const double cycles =
+        tempoSync ? double(tempo) / 60.0 * std::max<int>(1, tickDen) / std::max<int>(1, tickNum)
+                  : double(frequency);
+    const double step = fLimit(cycles * lfoTableSize / double(rate), 0.0, double(maxLfoStep));
+    const double offset = double(fLimit(phase, 0.0f, 360.0f)) * lfoTableSize / 360.0;
+    const int shape = waveform;
+    const float* wave = shape == 1 ? triangleWave : shape == 2 ? sawtoothWave : sinusWave;
+    const float low = 2.0f * rangeMin / rate, high = 2.0f * rangeMax / rate;
+    const float fed = feedback * feedbackScale, dryGain = dry, wetGain = wet;
+    const Runner run = runners[asMinMax(stages, 1, maxStages) - 1];
+
+    double places[piece + 1];
+    float aL[piece], aR[piece], left[piece], right[piece];
+    for (long done = 0; done < frames; done += piece) {
+        const int count = int(std::min<long>(piece, frames - done));
+        places[count] = phasePos = lfoPlaces(phasePos, step, count, places);
+        sweep(wave, places, 0.0, low, high, count, aL);
+        sweep(wave, places + 1, offset, low, high, count, aR);
+        std::copy_n(inL + done, count, left);
+        std::copy_n(inR + done, count, right);
+        run(aL, aR, fed, count, *this, left, right);
+        for (int i = 0; i < count; i++) {
+            outL[done + i] = inL[done + i] * dryGain + wetGain * left[i];
+            outR[done + i] = inR[done + i] * dryGain + wetGain * right[i];
+        }
+        if (phasePos >= lfoFar) phasePos = std::fmod(phasePos, double(lfoTableSize));
+    }
+    phasePos = std::fmod(phasePos, double(lfoTableSize));
+}

@@ -1,0 +1,274 @@
+#include "common/fx/CReverb.h"
+
+#include "base/Clones.h"
+#include "base/Floats4.h"
+#include "base/Numbers.h"
+#include "common/WaveTables.h"
+
+#include <algorithm>
+#include <numbers>
+
+namespace {
+
+constexpr int chunk = MSVRAP1ModDelayLine::maxTaps; // frames at a time, fewer than any delay
+constexpr int lines = CReverb::lineCount, modCount = CReverb::modLineCount;
+constexpr int lineLengths[lines] = {601,  691,  773,  839,  919,  997,
+                                    1061, 1093, 1129, 1151, 1171, 1187};
+constexpr int modulation = 6; // samples, to either side
+constexpr double modulationHz = 2.0;
+constexpr int phaseStep = 45;           // degrees between the modulations of two lines
+constexpr double decayRatio = 2.4;      // how much faster the top decays
+constexpr float mixGain = -0.16666667f; // -2 / 12: the reflection that keeps the energy
+constexpr float outGain = 0.167f;
+constexpr double silentPower = 1e-10; // sum of squares of a block that counts as silence
+
+constexpr int groups = lines / 4; // worked at four in step
+
+/// Interpolates the modulated taps and filters all of them. The plain lines that share a group with
+/// modulated ones have `next` and `fraction` 0, which leaves their taps alone.
+struct Network {
+    Floats4 last[groups], filtered[groups], a[groups], b[groups];
+
+    [[gnu::always_inline]] void run(float (*taps)[lines], const float (*next)[lines],
+                                    const float (*fraction)[lines], int count) {
+        const Floats4 quiet = Floats4{} + MLPF1a::quiet;
+        for (int k = 0; k < count; k++)
+            for (int g = 0; g < groups; g++) {
+                Floats4 y = loadFloats(taps[k] + g * 4);
+                if (g * 4 < modCount) {
+                    const Floats4 f = loadFloats(fraction[k] + g * 4);
+                    y = (loadFloats(next[k] + g * 4) - last[g]) * f + y;
+                    last[g] = y;
+                }
+                const Floats4 out = a[g] * y - b[g] * filtered[g];
+                filtered[g] = (out < quiet) & (out > -quiet) ? Floats4{} : out;
+                saveFloats(taps[k] + g * 4, filtered[g]);
+            }
+    }
+};
+
+SONDRAVA_CLONES void runNetwork(Network& network, float (*taps)[lines], const float (*next)[lines],
+                                const float (*fraction)[lines], int count) {
+    Network n = network;
+    n.run(taps, next, fraction, count);
+    network = n;
+}
+
+/// `taps` with the samples of a line side by side. `count` is rounded up to four.
+void turn(const float (*taps)[lines], int count, float (*y)[chunk]) {
+    for (int k = 0; k < count; k += 4)
+        for (int g = 0; g < groups; g++) {
+            Floats4 r[4];
+            for (int i = 0; i < 4; i++) r[i] = loadFloats(taps[k + i] + g * 4);
+            transpose(r[0], r[1], r[2], r[3]);
+            for (int i = 0; i < 4; i++) saveFloats(y[g * 4 + i] + k, r[i]);
+        }
+}
+
+/// The two outputs and the part that all lines get back, of the lines' samples.
+SONDRAVA_CLONES void sumLines(const float (*y)[chunk], const float* signL, const float* signR,
+                              const float* mono, int count, float* __restrict accL,
+                              float* __restrict accR, float* __restrict common) {
+    for (int k = 0; k < count; k++) {
+        float left = mono[k], right = mono[k], sum = 0.0f;
+        for (int i = 0; i < lines; i++) {
+            left += signL[i] * y[i][k];
+            right += signR[i] * y[i][k];
+            sum += y[i][k];
+        }
+        accL[k] = left;
+        accR[k] = right;
+        common[k] = sum * mixGain;
+    }
+}
+
+/// What goes into a line: the sample of the next one, the common part and the delayed input.
+SONDRAVA_CLONES void feedLine(const float* y, const float* common, const float* delayed, int count,
+                              float* __restrict out) {
+    for (int k = 0; k < count; k++) out[k] = y[k] + common[k] + delayed[k];
+}
+
+double power(const float* left, const float* right, long frames) {
+    double sum = 0.0;
+    for (long i = 0; i < frames; i++)
+        sum += double(left[i]) * double(left[i]) + double(right[i]) * double(right[i]);
+    return sum;
+}
+
+SONDRAVA_CLONES void addOut(float* __restrict out, const float* in, const float* acc, float wet,
+                            float dry, int count) {
+    for (int i = 0; i < count; i++) out[i] += wet * acc[i] * outGain + in[i] * dry;
+}
+
+} // namespace
+
+struct CReverb::Chunk {
+    float inL[chunk], inR[chunk], mono[chunk], delayed[chunk];
+    float taps[chunk][lines], next[chunk][lines], fraction[chunk][lines];
+    float y[lines][chunk];
+    float accL[chunk], accR[chunk], common[chunk];
+};
+
+CReverb::CReverb(float hz, int frames) : CFX(hz, frames) {
+    id = "Reverb";
+    type = fxReverb;
+    dry = 1.0f;
+    wet = 0.2f;
+    createSinus2();
+    for (int i = 0; i < lines; i++) {
+        const bool flipped = i % 4 == 1 || i % 4 == 2;
+        lengths[i] = lineLengths[i];
+        signL[i] = i % 2 ? -1.0f : 1.0f;
+        signR[i] = flipped ? -signL[i] : signL[i];
+    }
+    for (int i = 0; i < modCount; i++) {
+        modLines[i].SetNomDelay(lengths[i]);
+        modLines[i].SetModDepth(modulation);
+        modLines[i].phase = double(i * phaseStep) / 360.0;
+        modLines[i].incr = modulationHz / double(rate);
+    }
+    for (int i = 0; i < plainLineCount; i++) plainLines[i].SetMaxDelay(lengths[modCount + i]);
+    preDelayLine.SetMaxDelay(preDelayFrames);
+    CReverb::setRate(hz);
+}
+
+void CReverb::setRate(float hz) {
+    CFX::setRate(hz);
+    setDecay(size);
+    calculateFilter(0, lowCut);
+    calculateFilter(1, highCut);
+}
+
+void CReverb::setEnabled(int on) {
+    CFX::setEnabled(on);
+    if (!on) clearRequest = 1;
+}
+
+void CReverb::suspend() {
+    for (MSVRAP1ModDelayLine& line : modLines) line.Suspend();
+    for (MDelayLine& line : plainLines) line.Suspend();
+    for (MLPF1a& filter : filters) filter.Suspend();
+    preDelayLine.Suspend();
+}
+
+void CReverb::setSize(int ms) {
+    size = asMinMax(ms, 1000, 60000);
+    setDecay(size);
+}
+
+void CReverb::setRevTimeOld(int ms) {
+    setSize(ms / 1000 * 1000);
+}
+
+void CReverb::setDecay(int ms) {
+    const double seconds = ms * 0.001;
+    for (int i = 0; i < lines; i++) {
+        const double gain = std::pow(10.0, -3.0 * lengths[i] / (double(rate) * seconds));
+        const double db = 20.0 * std::log10(gain);
+        const double p = std::numbers::ln10 * db / 80.0 * (1.0 - decayRatio * decayRatio);
+        filters[i].SetCoeffs(float(gain * (1.0 - p)), float(-p));
+    }
+}
+
+void CReverb::setLowCutFrq(float hz) {
+    store(lowCut, hz, 20.0f, 20000.0f);
+    calculateFilter(0, lowCut);
+}
+
+void CReverb::setHighCutFrq(float hz) {
+    store(highCut, hz, 20.0f, 20000.0f);
+    calculateFilter(1, highCut);
+}
+
+void CReverb::calculateFilter(int mode, float frequency) {
+    const double x = 2.0 * std::numbers::pi * double(frequency) / double(rate);
+    const double c = std::cos(x), q = std::sin(x) / 2.0, norm = 1.0 / (1.0 + q);
+    const double edge = mode == 0 ? 1.0 + c : 1.0 - c;
+    const double b1 = mode == 0 ? -edge : edge;
+    float* out = mode == 0 ? lowCutCoeffs : highCutCoeffs;
+    out[0] = out[2] = float(edge / 2.0 * norm);
+    out[1] = float(b1 * norm);
+    out[3] = float(-2.0 * c * norm);
+    out[4] = float((1.0 - q) * norm);
+}
+
+void CReverb::process(float* inL, float* inR, float* outL, float* outR, long frames) {
+    if (clearRequest && clearRequest.exchange(0)) suspend();
+    if (state == 1) {
+        if (!(power(inL, inR, frames) > silentPower)) return;
+        state = 2;
+        silence = 0;
+    }
+    const int pd = asMinMax(asInt(double(rate) * preDelay * 0.001), 0, preDelayFrames);
+    const int most = std::min(chunk, preDelayLine.size - pd);
+    const float wetGain = wet, dryGain = dry;
+    double heard = 0.0;
+    Chunk c;
+    for (long done = 0; done < frames;) {
+        const int count = int(std::min<long>(most, frames - done));
+        std::copy_n(inL + done, count, c.inL);
+        std::copy_n(inR + done, count, c.inR);
+        for (int k = 0; k < count; k++) c.mono[k] = (c.inL[k] + c.inR[k]) * 0.5f;
+        const int first = preDelayLine.write - pd;
+        preDelayLine.Append(c.mono, count);
+        preDelayLine.CopyFrom(first, count, c.delayed);
+        readLines(c, count);
+        filterLines(c, count);
+        sumLines(c.y, signL, signR, c.mono, count, c.accL, c.accR, c.common);
+        writeLines(c, count);
+        addOut(outL + done, c.inL, c.accL, wetGain, dryGain, count);
+        addOut(outR + done, c.inR, c.accR, wetGain, dryGain, count);
+        heard += power(c.accL, c.accR, count);
+        done += count;
+    }
+    if (heard < silentPower) {
+        silence += int(frames);
+        if (double(silence) >= double(rate) * bypasstreshold) state = 1;
+    }
+}
+
+void CReverb::readLines(Chunk& c, int count) {
+    for (int i = 0; i < modCount; i++)
+        modLines[i].GetTaps(count, &c.taps[0][i], &c.next[0][i], &c.fraction[0][i], lines);
+    for (int i = 0; i < plainLineCount; i++) {
+        MDelayLine& line = plainLines[i];
+        float samples[chunk];
+        line.CopyFrom(line.read, count, samples);
+        line.read = (line.read + count) % line.size;
+        for (int k = 0; k < count; k++) c.taps[k][modCount + i] = samples[k];
+    }
+    for (int k = 0; k < count; k++)
+        for (int i = modCount; i < lines; i++) c.next[k][i] = c.fraction[k][i] = 0.0f;
+}
+
+void CReverb::filterLines(Chunk& c, int count) {
+    float last[lines] = {}, y[lines], a[lines], b[lines];
+    for (int i = 0; i < modCount; i++) last[i] = modLines[i].last;
+    for (int i = 0; i < lines; i++) {
+        y[i] = filters[i].y;
+        a[i] = filters[i].a;
+        b[i] = filters[i].b;
+    }
+    Network network;
+    for (int g = 0; g < groups; g++) {
+        network.last[g] = loadFloats(last + g * 4);
+        network.filtered[g] = loadFloats(y + g * 4);
+        network.a[g] = loadFloats(a + g * 4);
+        network.b[g] = loadFloats(b + g * 4);
+    }
+    runNetwork(network, c.taps, c.next, c.fraction, count);
+    for (int i = 0; i < modCount; i++) modLines[i].last = network.last[i / 4][i % 4];
+    for (int i = 0; i < lines; i++) filters[i].y = network.filtered[i / 4][i % 4];
+    turn(c.taps, count, c.y);
+}
+
+void CReverb::writeLines(Chunk& c, int count) {
+    float fed[chunk];
+    for (int i = 0; i < lines; i++) {
+        feedLine(c.y[(i + 1) % lines], c.common, c.delayed, count, fed);
+        if (i < modCount)
+            modLines[i].Append(fed, count);
+        else
+            plainLines[i - modCount].Append(fed, count);
+    }
+}

@@ -1,0 +1,196 @@
+#include "common/fx/CReverb.h"
+#include "FxFixture.h"
+
+#include <complex>
+#include <memory>
+
+namespace {
+
+constexpr int delays[12] = {601, 691, 773, 839, 919, 997, 1061, 1093, 1129, 1151, 1171, 1187};
+
+/// The network frame by frame: lines as plain arrays of all that went in, read by their age.
+struct Reference {
+    double rate, wet, dry;
+    int pd;
+    double a[12], b[12], y[12] = {}, last[6] = {};
+    std::vector<double> fed[12], mono;
+    double phase[6];
+    float place[6]; ///< in a ring of the delay and 17 frames
+
+    Reference(double r, double seconds, double w, double d, int preDelay)
+        : rate(r), wet(w), dry(d), pd(preDelay) {
+        for (int i = 0; i < 6; i++) {
+            phase[i] = i / 8.0;
+            place[i] = 17.0f;
+        }
+        for (int i = 0; i < 12; i++) {
+            const double gain = std::pow(10.0, -3.0 * delays[i] / (rate * seconds));
+            const double p =
+                std::log(10.0) * 20 * std::log10(gain) / 80 * (1 - 1 / std::pow(1 / 2.4, 2));
+            a[i] = gain * (1 - p);
+            b[i] = -p;
+        }
+    }
+
+    double past(const std::vector<double>& line, long age) const {
+        const long at = long(line.size()) - age;
+        return at < 0 ? 0.0 : line[std::size_t(at)];
+    }
+
+    double tap(int i) {
+        if (i >= 6) return past(fed[i], delays[i]);
+        const long step = long(phase[i] * 65536) & 65535;
+        const float pos = place[i] + 6 * float(std::sin(2 * M_PI * double(step) / 65536));
+        const long whole = long(pos >= 0 ? pos : pos - 1);
+        const double f = double(pos - float(whole));
+        const long age = delays[i] + long(place[i]) - whole;
+        phase[i] += 2.0 / rate;
+        if (++place[i] >= float(delays[i] + 17)) place[i] = 0;
+        last[i] = (past(fed[i], age - 1) - last[i]) * f + past(fed[i], age);
+        return last[i];
+    }
+
+    void operator()(double inL, double inR, double& outL, double& outR) {
+        const double m = (inL + inR) / 2;
+        mono.push_back(m);
+        const double x = past(mono, pd + 1);
+        double accL = m, accR = m, sum = 0;
+        for (int i = 0; i < 12; i++) {
+            y[i] = a[i] * tap(i) - b[i] * y[i];
+            accL += "+-+-+-+-+-+-"[i] == '+' ? y[i] : -y[i];
+            accR += "++--++--++--"[i] == '+' ? y[i] : -y[i];
+            sum += y[i];
+        }
+        for (int i = 0; i < 12; i++) fed[i].push_back(y[(i + 1) % 12] - sum / 6 + x);
+        outL += wet * accL * 0.167 + inL * dry;
+        outR += wet * accR * 0.167 + inR * dry;
+    }
+};
+
+std::vector<float> impulseResponse(float rate, int size, int frames) {
+    CReverb fx(rate, 0);
+    fx.setSize(size);
+    fx.setWet(1.0f);
+    fx.setDry(0.0f);
+    Stereo in(frames), out(frames);
+    in.left[0] = in.right[0] = 1.0f;
+    runFx(fx, in, out, 512);
+    return out.left;
+}
+
+/// Seconds in which the energy that is still to come falls from -5 to -35 dB, times two, of what
+/// passes a resonance at `hz`.
+double decaySeconds(const std::vector<float>& response, double rate, double hz) {
+    const std::complex<double> turn = std::polar(0.99, 2 * M_PI * hz / rate);
+    std::complex<double> state = 0.0;
+    std::vector<double> left(response.size() + 1);
+    for (std::size_t i = 0; i < response.size(); i++) {
+        state = state * turn + double(response[i]);
+        left[i] = std::norm(state);
+    }
+    for (std::size_t i = response.size(); i-- > 0;) left[i] += left[i + 1];
+    const auto reaches = [&](double db) {
+        std::size_t i = 0;
+        while (i + 1 < left.size() && left[i] > left[0] * std::pow(10.0, db / 10)) i++;
+        return double(i) / rate;
+    };
+    return 2 * (reaches(-35) - reaches(-5));
+}
+
+} // namespace
+
+TEST(CReverb, FollowsItsFormulasInAnyCut) {
+    constexpr int frames = 12000;
+    struct Case {
+        int size, preDelay;
+    };
+    for (float rate : fxRates)
+        for (const Case& c : {Case{1000, 0}, {2000, 20}, {8000, 250}})
+            for (int block : fxBlocks) {
+                CReverb fx(rate, 0);
+                fx.setSize(c.size);
+                fx.setPreDelay(c.preDelay);
+                fx.setWet(0.5f);
+                fx.setDry(0.3f);
+                Stereo in = fxSignal(frames), out = in, same = in;
+                runFx(fx, same, same, block);
+                for (std::size_t i = 0; i < std::size_t(frames); i++) { // what stood there
+                    same.left[i] -= out.left[i];
+                    same.right[i] -= out.right[i];
+                }
+                expectLike(in, same,
+                           Reference(double(rate), c.size * 0.001, 0.5, double(0.3f),
+                                     int(double(rate) * c.preDelay * 0.001)),
+                           1e-4, std::to_string(c.size) + " in " + std::to_string(block));
+            }
+}
+
+/// Low notes decay by 60 dB in the time told, within 5 %, high ones as the filters in the lines
+/// have it: a gain of |g (1 - p) / (1 - p e^-jw)| a round against g.
+TEST(CReverb, DecaysInItsTime) {
+    constexpr double rate = 44100, high = 9000;
+    for (int size : {1000, 3000}) {
+        const std::vector<float> response = impulseResponse(44100, size, 44100 * 3 * size / 2000);
+        const double low = decaySeconds(response, rate, 150);
+        EXPECT_NEAR(low, size * 0.001, size * 0.00005);
+        const double g = std::pow(10.0, -3.0 * 1000 / (rate * size * 0.001));
+        const double p = 1.19 * -std::log(g); // (2.4^2 - 1) / 4
+        const double gain = g * (1 - p) / std::abs(1.0 - std::polar(p, -2 * M_PI * high / rate));
+        const double ratio = std::log(gain) / std::log(g);
+        EXPECT_NEAR(low / decaySeconds(response, rate, high), ratio, ratio * 0.1) << size;
+    }
+}
+
+/// Two seconds of silence send it to rest; the next sound brings back what was left.
+TEST(CReverb, RestsInSilence) {
+    const auto fx = std::make_unique<CReverb>(44100.0f, 0);
+    fx->setSize(1000);
+    Stereo burst = fxSignal(2048), silence(2048), out(2048);
+    runFx(*fx, silence, out, 512);
+    EXPECT_EQ(fx->state, 1) << "silence does not wake it";
+    runFx(*fx, burst, out, 512);
+    EXPECT_EQ(fx->state, 2);
+    int blocks = 0;
+    for (; fx->state == 2 && blocks < 1000; blocks++) runFx(*fx, silence, out, 512);
+    EXPECT_EQ(fx->silence, 88576) << "the first whole block at or past two seconds";
+    EXPECT_LT(blocks * 2048, 44100 * 5);
+    out = Stereo(2048);
+    runFx(*fx, silence, out, 512);
+    EXPECT_EQ(out.left, silence.left) << "at rest nothing is written";
+    fx->setEnabled(0);
+    fx->setEnabled(1);
+    Stereo ping(4096), first(4096), second(4096);
+    ping.left[0] = 1.0f;
+    CReverb fresh(44100.0f, 0);
+    fresh.setSize(1000);
+    for (int i = 0; i < 6; i++) fresh.modLines[i].phase = fx->modLines[i].phase;
+    runFx(*fx, ping, first, 4096);
+    runFx(fresh, ping, second, 4096);
+    double differs = 0.0;
+    for (std::size_t i = 0; i < 4096; i++)
+        differs = std::fmax(differs, double(std::fabs(first.left[i] - second.left[i])));
+    EXPECT_LT(differs, 1e-3) << "switching off has emptied the lines";
+}
+
+TEST(CReverb, SettingsStayInTheirRanges) {
+    CReverb fx(192000, 0);
+    fx.setSize(500);
+    EXPECT_EQ(fx.getRevTime(), 1000);
+    fx.setSize(1 << 30);
+    EXPECT_EQ(fx.getRevTime(), 60000);
+    fx.setRevTimeOld(4700);
+    EXPECT_EQ(fx.getRevTime(), 4000);
+    fx.setPreDelay(300);
+    EXPECT_EQ(fx.getPreDelay(), 250);
+    Stereo in = fxSignal(60000), out(60000);
+    fx.setWet(0.0f);
+    runFx(fx, in, out, 1024); // 250 ms at this rate are the whole line
+    EXPECT_TRUE(std::isfinite(out.left.back()));
+    double response[2] = {}; // of the coefficients of both cuts, at 0 Hz and at half the rate
+    const float* cuts[] = {fx.lowCutCoeffs, fx.highCutCoeffs};
+    for (int i = 0; i < 2; i++)
+        response[i] = double(cuts[i][0] + cuts[i][1] + cuts[i][2]) /
+                      (1.0 + double(cuts[i][3]) + double(cuts[i][4]));
+    EXPECT_NEAR(response[0], 0.0, 1e-3);
+    EXPECT_NEAR(response[1], 1.0, 1e-5);
+}
