@@ -1,0 +1,444 @@
+#include "EditScenario.h"
+#include "base/Messages.h"
+#include "engine/CMap.h"
+#include "engine/EditorHooks.h"
+#include "engine/ForgetHooks.h"
+#include "support/RtTrap.h"
+
+#include <algorithm>
+#include <atomic>
+#include <gtest/gtest.h>
+#include <numeric>
+#include <thread>
+
+namespace {
+
+/// A host whose blocks go on while it waits for a step.
+class UndoHostTest : public testing::Test {
+protected:
+    StripFixture f;
+    CQV* host = f.host;
+
+    void SetUp() override {
+        fixture = &f;
+        messageHooks().pumpIdle = [] { fixture->block(64); };
+        f.block(64);
+        rtReset();
+    }
+    void TearDown() override {
+        messageHooks().pumpIdle = nullptr;
+        EXPECT_EQ(rtViolations(), 0) << "a task allocates, frees or locks";
+    }
+    CUndo* start() { return host->undoStart("Edit", host, 0); }
+    void end(CUndo* u) { host->undoEnd(u, true); }
+    void undo() {
+        host->undoClicked();
+        host->settle();
+    }
+    void redo() {
+        host->redoClicked();
+        host->settle();
+    }
+    /// A component in the graph by a step of its own.
+    SignalComp* added() {
+        auto* c = new SignalComp(host);
+        c->init();
+        c->createBuffers(host->frames);
+        CUndo* u = start();
+        u->asAdd(c, &host->comps);
+        end(u);
+        return c;
+    }
+
+private:
+    static StripFixture* fixture;
+};
+
+StripFixture* UndoHostTest::fixture = nullptr;
+
+TEST_F(UndoHostTest, EmptyStepLeavesNothingButItsNotification) {
+    CUndo* u = host->undoStart("Nothing", host, 0x40);
+    EXPECT_TRUE(host->undoBusy());
+    host->updateFlags = 0;
+    end(u);
+    EXPECT_FALSE(host->undoBusy());
+    EXPECT_EQ(host->undoList.getCount(), 0);
+    EXPECT_EQ(host->updateFlags, 0x40u);
+    EXPECT_FALSE(host->modified);
+}
+
+/// Adding and moving to every place, against a plain vector.
+TEST_F(UndoHostTest, MovesLandInFrontOfTheirIndexAndComeBack) {
+    CComp box(host);
+    const auto order = [&box] {
+        std::vector<int> ids;
+        for (auto* c : each<CComp>(box.comps)) ids.push_back(c->posX);
+        return ids;
+    };
+    for (int i = 0; i < 4; ++i) {
+        auto* c = new CComp(host);
+        c->posX = i;
+        box.comps.add(c);
+    }
+    const std::vector<int> before = {0, 1, 2, 3};
+    for (int from = 0; from < 4; ++from) {
+        for (int to = -1; to <= 5; ++to) {
+            std::vector<int> expected = before;
+            const size_t place = to < 0 || to > 4 ? 4 : size_t(to);
+            expected.insert(expected.begin() + long(place), from);
+            expected.erase(expected.begin() + from + (place <= size_t(from) ? 1 : 0));
+            CUndo* u = start();
+            u->asMove(static_cast<CObject*>(box.comps.items(from)), &box.comps, &box.comps, to);
+            end(u);
+            EXPECT_EQ(order(), expected) << from << " to " << to;
+            undo();
+            EXPECT_EQ(order(), before) << from << " to " << to;
+            redo();
+            EXPECT_EQ(order(), expected) << from << " to " << to;
+            undo();
+        }
+    }
+    host->undoClear();
+}
+
+TEST_F(UndoHostTest, ValuesAndContentAreExchanged) {
+    Content content;
+    content.values = {1, 2};
+    auto* edited = new Content;
+    edited->values = {3};
+    int number = 1;
+    float level = 0.25f;
+    void* pointer = &number;
+    CUndo* u = start();
+    u->asInt(&number);
+    u->asFloat(&level);
+    u->asPtr(&pointer);
+    u->asSwap(&content, edited);
+    number = 2;
+    level = 0.5f;
+    pointer = &level;
+    end(u);
+    for (const bool done : {true, false, true, false}) {
+        EXPECT_EQ(number, done ? 2 : 1);
+        EXPECT_EQ(level, done ? 0.5f : 0.25f);
+        EXPECT_EQ(pointer, done ? static_cast<void*>(&level) : &number);
+        EXPECT_EQ(content.values, done ? std::vector<int>{3} : (std::vector<int>{1, 2}));
+        done ? undo() : redo();
+    }
+}
+
+TEST_F(UndoHostTest, ComponentThatLeavesSleepsAndItsMapsLoseIt) {
+    SignalComp* c = added();
+    EXPECT_EQ(c->sleeping, 0);
+    auto* maps = static_cast<CMapProg*>(host->maps.items(0));
+    auto* map = new CMap;
+    map->target = c->output();
+    map->comp = c;
+    maps->items.add(map);
+    CUndo* u = start();
+    u->asRemove(c, &host->comps);
+    end(u);
+    EXPECT_EQ(c->sleeping, 1);
+    EXPECT_EQ(map->target, nullptr);
+    EXPECT_TRUE(host->updateFlags & updateMaps);
+    undo();
+    EXPECT_EQ(c->sleeping, 0);
+    EXPECT_EQ(map->target, nullptr) << "for good";
+    undo();
+    EXPECT_EQ(c->sleeping, 1);
+    EXPECT_EQ(host->comps.indexed(c), -1);
+}
+
+TEST_F(UndoHostTest, StepOnItsWayIsSettledBeforeTheNextOne) {
+    int number = 0;
+    for (int i = 1; i <= 3; ++i) {
+        CUndo* u = start();
+        u->asInt(&number);
+        number = i;
+        host->undoEnd(u, false);
+        EXPECT_TRUE(host->undoBusy());
+    }
+    host->undoClicked();
+    host->undoClicked();
+    host->redoClicked();
+    host->settle();
+    EXPECT_EQ(number, 2);
+    EXPECT_EQ(host->undoIndex, 1);
+    EXPECT_STREQ(host->undoText().asChar(), "Edit");
+    undo();
+    undo();
+    undo();
+    EXPECT_EQ(number, 0);
+    EXPECT_EQ(host->undoIndex, -1);
+    EXPECT_STREQ(host->undoText().asChar(), "");
+}
+
+TEST_F(UndoHostTest, NothingIsTakenBackWhileRecording) {
+    added();
+    added();
+    undo();
+    const int count = host->comps.getCount();
+    host->recording = 1;
+    undo();
+    redo();
+    host->recording = 0;
+    EXPECT_EQ(host->comps.getCount(), count);
+    EXPECT_EQ(host->undoIndex, 0);
+}
+
+CObject* lastForgotten = nullptr;
+
+TEST_F(UndoHostTest, NewEditFreesTheRedoTailWhenTheGraphHasLetGo) {
+    class Mortal : public SignalComp {
+    public:
+        Mortal(CQV* root, int& count) : SignalComp(root), deaths(count) {}
+        ~Mortal() override { ++deaths; }
+        int& deaths;
+    };
+    enterForgetHook([](CQV*, CObject* object) { lastForgotten = object; });
+    int deaths = 0;
+    CObject* first = nullptr;
+    for (int i = 0; i < 3; ++i) {
+        auto* c = new Mortal(host, deaths);
+        c->init();
+        c->createBuffers(host->frames);
+        if (i == 1) first = c;
+        CUndo* u = start();
+        u->asAdd(c, &host->comps);
+        end(u);
+    }
+    undo();
+    undo();
+    EXPECT_EQ(deaths, 0);
+    added();
+    EXPECT_EQ(deaths, 2);
+    EXPECT_NE(lastForgotten, nullptr);
+    EXPECT_EQ(host->undoList.getCount(), 2);
+    EXPECT_STREQ(host->redoText().asChar(), "");
+    undo();
+    undo();
+    lastForgotten = nullptr;
+    host->undoClear();
+    EXPECT_EQ(deaths, 3);
+    EXPECT_NE(lastForgotten, first);
+    EXPECT_EQ(host->undoIndex, -1);
+}
+
+/// Cables that still lead from a component go with it.
+TEST_F(UndoHostTest, FreedComponentLeavesNoCableBehind) {
+    SignalComp* c = added();
+    SignalComp* to = added();
+    f.connect(c, to);
+    f.connectMIDI(c, to);
+    CUndo* u = start();
+    u->asRemove(c, &host->comps);
+    end(u);
+    host->undoClear();
+    EXPECT_TRUE(to->audioCables.empty() && to->midiCables.empty());
+    f.block(64);
+}
+
+TEST_F(UndoHostTest, LinkedObjectIsMovedOnUndoAndRedoOnly) {
+    CList list;
+    auto* object = new CObject;
+    list.add(object);
+    CUndo* u = start();
+    u->add2(object, &list, nullptr);
+    end(u);
+    EXPECT_EQ(list.getCount(), 1);
+    undo();
+    EXPECT_EQ(list.getCount(), 0);
+    redo();
+    EXPECT_EQ(list.getCount(), 1);
+    undo(); // the step owns it now
+}
+
+TEST_F(UndoHostTest, EditorsAreHiddenAndShownByTheInterface) {
+    class Hooks : public EditorHooks {
+    public:
+        bool editorVisible(CComp*) override { return true; }
+        void hideEditors(CComp* c) override { hidden = c, thread = std::this_thread::get_id(); }
+        void showEditor(CComp* c, bool) override { shown = c; }
+        CComp *hidden = nullptr, *shown = nullptr;
+        std::thread::id thread;
+    } hooks;
+    SignalComp* c = added();
+    setEditorHooks(&hooks);
+    CUndo* u = start();
+    u->asRemove(c, &host->comps);
+    host->undoEnd(u, false);
+    f.block(64);
+    EXPECT_EQ(hooks.hidden, nullptr) << "not on the graph";
+    host->idle();
+    EXPECT_EQ(hooks.hidden, c);
+    EXPECT_EQ(hooks.shown, nullptr);
+    undo();
+    EXPECT_EQ(hooks.shown, c);
+    setEditorHooks(nullptr);
+}
+
+TEST_F(UndoHostTest, WhatAStepHoldsFollowsTheBlockSize) {
+    SignalComp* c = added();
+    f.addInsert(c->output(), new GainComp(host));
+    undo();
+    host->setFrames(4096);
+    redo();
+    f.connect(c);
+    f.block(4096);
+    EXPECT_EQ(c->output()->bufL[4095], 1.0f);
+}
+
+/// Every way of adding, removing and moving one of four buses, against a vector of levels.
+TEST_F(UndoHostTest, SendLevelsFollowTheirBuses) {
+    SignalComp* c = added();
+    COutputChannel* ch = c->output();
+    for (int k = 0; k < 4; ++k) {
+        host->addSendClicked();
+        ch->sendLevels[k]->level = float(k + 1) / 8;
+        ch->sendLevels[k]->muted = k % 2;
+        ch->sendLevels[k]->shownLevel = k;
+    }
+    const auto levels = [ch] {
+        std::vector<int> found;
+        for (int k = 0; k < 5; ++k) {
+            const CSend* send = ch->sendLevels[k];
+            found.push_back(asRound(double(send->level) * 8) * 100 + send->muted * 10 + send->shownLevel);
+        }
+        return found;
+    };
+    const auto atEachTurn = [&](const std::vector<int>& before, const std::vector<int>& after,
+                                const std::string& name) {
+        EXPECT_EQ(levels(), after) << name;
+        undo();
+        EXPECT_EQ(levels(), before) << name << " undone";
+        redo();
+        EXPECT_EQ(levels(), after) << name << " redone";
+        undo();
+    };
+    const std::vector<int> before = levels();
+    const int empty = -1;
+    EXPECT_EQ(before[4], empty);
+    const auto bus = [this](int i) { return static_cast<CComp*>(host->sends.items(i)); };
+    for (int i = 0; i < 4; ++i) {
+        std::vector<int> after = before;
+        after.erase(after.begin() + i);
+        after.push_back(empty);
+        CUndo* u = start();
+        host->stripCables(bus(i), u);
+        u->asRemove(bus(i), &host->sends);
+        end(u);
+        atEachTurn(before, after, "removed " + std::to_string(i));
+
+        after = before;
+        after.insert(after.begin() + i, empty);
+        after.pop_back();
+        u = start();
+        auto* extra = new CGroupCh(host);
+        extra->init();
+        extra->createBuffers(host->frames);
+        u->asAdd(extra, &host->sends, i);
+        end(u);
+        atEachTurn(before, after, "added at " + std::to_string(i));
+
+        for (int to = 0; to <= 4; ++to) {
+            after = before;
+            after.insert(after.begin() + to, before[size_t(i)]);
+            after.erase(after.begin() + i + (to <= i ? 1 : 0));
+            u = start();
+            u->asMove(bus(i), &host->sends, &host->sends, to);
+            end(u);
+            atEachTurn(before, after, std::to_string(i) + " moved to " + std::to_string(to));
+        }
+    }
+}
+
+TEST_F(UndoHostTest, BusesEndAtThirtyTwo) {
+    for (int k = 0; k < maxSends + 2; ++k) host->addSendClicked();
+    EXPECT_EQ(host->sends.getCount(), maxSends);
+    EXPECT_EQ(f.out->audioCables.getCount(), maxSends);
+    host->addGroupClicked();
+    EXPECT_STREQ(host->undoText().asChar(), "Add Group");
+    EXPECT_EQ(f.out->audioCables.getCount(), maxSends + 1);
+}
+
+TEST_F(UndoHostTest, HolderOfAnObjectIsFound) {
+    SignalComp* c = added();
+    COutputChannel* ch = c->output();
+    CComp* insert = f.addInsert(ch, new GainComp(host));
+    f.connect(c);
+    f.block(64);
+    int index = 0;
+    EXPECT_EQ(host->objectToOwner(ch, index), c);
+    EXPECT_EQ(index, 0);
+    EXPECT_EQ(host->objectToOwner(ch->sendLevels[17], index), ch);
+    EXPECT_EQ(index, 17);
+    EXPECT_EQ(host->objectToOwner(insert, index), ch);
+    EXPECT_EQ(index, 0);
+    EXPECT_EQ(host->objectToOwner(c, index), nullptr);
+    EXPECT_EQ(index, -1);
+}
+
+/// Two thousand edits of every kind on a running graph, with some taken back on the way; every
+/// state that is reached again has to be the one that was left.
+TEST_F(UndoHostTest, AnyHistoryLeadsBackToEachOfItsStates) {
+    constexpr int edits = 2000;
+    for (const unsigned seed : {1u}) {
+        EditScenario scenario(host, seed);
+        std::mt19937 random(seed);
+        std::vector<std::string> states = {scenario.dump()};
+        const auto now = [this] { return size_t(host->undoIndex + 1); };
+        for (int i = 0; i < edits; ++i) {
+            if (random() % 8 == 0) {
+                for (unsigned back = random() % 4; back > 0; --back) undo();
+                ASSERT_EQ(scenario.dump(), states[now()]) << "edit " << i;
+            }
+            scenario.edit();
+            f.block(64);
+            states.resize(now());
+            states.push_back(scenario.dump());
+        }
+        host->settle();
+        states.resize(now());
+        states.push_back(scenario.dump());
+        const std::string atEnd = scenario.dump();
+        while (host->undoIndex >= 0) {
+            undo();
+            ASSERT_EQ(scenario.dump(), states[now()]);
+        }
+        for (int i = host->undoList.getCount(); i > 0; --i) redo();
+        EXPECT_EQ(scenario.dump(), atEnd);
+        host->undoClear();
+    }
+}
+
+/// Edits, undo and redo while another thread runs blocks.
+TEST(UndoThreads, EditsGoOnWhileBlocksRun) {
+    StripFixture f;
+    EditScenario scenario(f.host, 3);
+    std::atomic<bool> stop{false};
+    std::thread audio([&] {
+        std::vector<float> left(64), right(64);
+        float* outs[] = {left.data(), right.data()};
+        while (!stop) {
+            libio(nullptr, outs, 0, 2, 64, nullptr, 0);
+            std::this_thread::yield();
+        }
+    });
+    std::mt19937 random(4);
+    for (int i = 0; i < 300; ++i) {
+        scenario.edit();
+        for (unsigned n = random() % 3; n > 0; --n) f.host->undoClicked();
+        if (random() % 3 == 0) f.host->redoClicked();
+        if (random() % 8 == 0) f.host->idle();
+    }
+    f.host->settle();
+    stop = true;
+    audio.join();
+    while (f.host->undoIndex >= 0) {
+        f.host->undoClicked();
+        f.host->settle();
+    }
+    EXPECT_EQ(f.host->sends.getCount(), 0);
+}
+
+} // namespace
