@@ -9,7 +9,7 @@
 namespace {
 
 constexpr int roundsBeforeTakeOver = 10;
-constexpr int idlePassMs = 40;
+constexpr unsigned idlePassMs = 40;
 
 constexpr int following(int slot) {
     return (slot + 1) % CTasks::slots;
@@ -72,7 +72,8 @@ void CTasks::runAll() {
 
 void CTasks::pump() {
     const int now = asTimeInMS();
-    if (blocksComing() && !holdsGraph() && msBetween(lastTurn, now) < idlePassMs) return;
+    const unsigned since = unsigned(now) - unsigned(lastTurn); // after however long a pause
+    if (blocksComing() && !holdsGraph() && since < idlePassMs) return;
     lastTurn = now;
     exec(true);
 }

@@ -46,7 +46,7 @@ void __libc_free(void*);
 
 namespace {
 
-std::atomic<int> violations{0};
+std::atomic<int> violations{0}, reportsLeft{0};
 thread_local bool reporting = false;
 
 constexpr int maxReports = 5, maxDepth = 24;
@@ -62,7 +62,8 @@ void report(const char* name) {
 
 void check(const char* name) {
     if (reporting || !insideCallback || !insideCallback()) return;
-    if (violations.fetch_add(1) < maxReports) report(name);
+    violations.fetch_add(1);
+    if (reportsLeft > 0 && reportsLeft.fetch_sub(1) > 0) report(name);
 }
 
 /// The first `backtrace` of a program loads a library.
@@ -93,11 +94,13 @@ auto pass(F* own, Args... args) {
 } // namespace
 
 int rtViolations() {
+    reportsLeft = 0;
     return violations;
 }
 
 void rtReset() {
     violations = 0;
+    reportsLeft = maxReports;
 }
 
 bool rtTrapActive() {
