@@ -1,0 +1,43 @@
+#include "app/AppHooks.h"
+
+#include "app/main/CMainWin.h"
+#include "base/Messages.h"
+#include "gui/CApp.h"
+#include "gui/dialogs/MessageBox.h"
+
+namespace {
+
+// Hooks of base are plain functions, so what they act on stands here while the program runs.
+CApp* hookApp = nullptr;
+CMainWin* hookWin = nullptr;
+
+void pump() {
+    hookApp->dispatchEvents();
+    hookApp->idle();
+}
+
+void showStatus(const CStr& text) {
+    hookWin->setStatus(text);
+}
+
+} // namespace
+
+AppHooks::AppHooks(CApp* app, CMainWin* window) : mainWin(window) {
+    hookApp = app;
+    hookWin = window;
+    installMessageBox(app);
+    messageHooks().pumpIdle = pump;
+    messageHooks().setStatus = showStatus;
+    setEditorHooks(this);
+}
+
+AppHooks::~AppHooks() {
+    setEditorHooks(nullptr);
+    messageHooks() = MessageHooks();
+    hookApp = nullptr;
+    hookWin = nullptr;
+}
+
+void AppHooks::mainIdle() {
+    mainWin->idle();
+}

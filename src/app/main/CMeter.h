@@ -1,0 +1,31 @@
+#pragma once
+
+#include "gui/CCtrl.h"
+
+class COutputChannel;
+
+/// A stereo level meter that lies on its side: two bars over a scale of 60 dB, and the highest peak
+/// so far as a line. A press clears the peak.
+class CMeter : public CCtrl {
+public:
+    CMeter(CWin* win, int left, int top, int width, int height);
+
+    /// Not owned; null shows silence.
+    COutputChannel* channel = nullptr;
+
+    void paint(CGraphic* g, CRect rect) override;
+    void mouseDown(int x, int y, int btn) override;
+    /// Takes the present level and paints at once if that shows. Interface thread.
+    void refresh();
+
+private:
+    struct Level {
+        int bar = 0;  ///< pixels
+        int hold = 0; ///< pixels
+        bool operator==(const Level&) const = default;
+    };
+    Level levelOf(float peak, float hold) const;
+    void paintBar(CGraphic* g, int from, int to, const Level& level) const;
+
+    Level shownL, shownR;
+};

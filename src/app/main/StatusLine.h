@@ -1,0 +1,17 @@
+#pragma once
+
+#include "gui/CCtrl.h"
+
+/// The line at the bottom: a hint or message at the left, the state of the device at the right.
+class StatusLine : public CCtrl {
+public:
+    static constexpr int lineHeight = 24;
+
+    StatusLine(CWin* win, int top, int width);
+    void paint(CGraphic* g, CRect rect) override;
+    void setText(const CStr& text);
+    void setDevice(const CStr& text);
+
+private:
+    CStr text, device;
+};

@@ -1,0 +1,140 @@
+#include "app/runapp.h"
+
+#include "app/AppHooks.h"
+#include "app/main/CMainWin.h"
+#include "base/CIniFile.h"
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "data/demosong/DemoSong.h"
+#include "engine/CAAM.h"
+#include "engine/CQV.h"
+#include "engine/Cycle.h"
+#include "gui/CApp.h"
+#include "project/CompTable.h"
+
+#include <memory>
+
+namespace {
+
+constexpr const char* settingsName = "Sondrava.ini";
+constexpr const char* settingsFolder = ".Sondrava";
+constexpr int heartbeatMs = 40;
+constexpr int maxChannels = 32;
+constexpr int maxMidiPorts = 16;
+constexpr int framesWithoutDevice = 2048;
+
+/// Beside the program, or in the home folder when that cannot be written.
+CStr findSettings() {
+    const CStr beside = extractFilePath(asAppname()) + settingsName;
+    if (!isReadOnly(beside)) return beside;
+    const CStr folder = addSep(getHomeFolder()) + settingsFolder;
+    if (!folderExists(folder)) createDir(folder);
+    return folderExists(folder) ? addSep(folder) + settingsName : beside;
+}
+
+void readWindowPlace(CIniFile& ini, CEditorStruct& place) {
+    place.maximized = ini.readInteger("editor", "maximized", 0);
+    place.left = ini.readInteger("editor", "left", 100);
+    place.top = ini.readInteger("editor", "top", 100);
+    place.width = ini.readInteger("editor", "width", 960);
+    place.height = ini.readInteger("editor", "height", 640);
+}
+
+CStr numbered(const char* key, int i) {
+    return CStr(key) + asStr(i);
+}
+
+/// Enables the audio channels of the settings, or the first two of each direction.
+void enableChannels(CIniFile& ini, CAAM* aam) {
+    bool any = false;
+    for (int i = 0; i < maxChannels; i++) {
+        const int in = ini.readInteger("Audio inputs", numbered("channel", i), 0);
+        const int out = ini.readInteger("Audio outputs", numbered("channel", i), 0);
+        if (in) aam->audioInEnable(i, 1);
+        if (out) aam->audioOutEnable(i, 1);
+        any = any || in || out;
+    }
+    for (int i = 0; i < 2 && !any; i++) {
+        aam->audioInEnable(i, 1);
+        aam->audioOutEnable(i, 1);
+    }
+}
+
+void openAudio(CIniFile& ini, CAAM* aam) {
+    aam->setDriverType(ini.readInteger("audio", "driver", aam->driverType));
+    if (aam->numAudioDevs() == 0) {
+        aam->frames = framesWithoutDevice;
+        showMsg(nullptr, "Audio driver not found", "No Audio drivers found on your system?", mbOk);
+        return;
+    }
+    aam->setFrames(ini.readInteger("audio", "buffersize", aam->frames));
+    aam->setRate(float(ini.readInteger("audio", "samplerate", 44100)));
+    enableChannels(ini, aam);
+    aam->deviceRec = ini.readInteger("audio", "deviceRec", -1);
+    aam->audioOpen(ini.readInteger("audio", "device", 0));
+}
+
+void enableMidi(CIniFile& ini, CAAM* aam) {
+    for (int i = 0; i < maxMidiPorts; i++) {
+        if (ini.readInteger("MIDI inputs", numbered("device", i), 0)) aam->midiInEnable(i, 1);
+        if (ini.readInteger("MIDI outputs", numbered("device", i), 0)) aam->midiOutEnable(i, 1);
+    }
+}
+
+/// What lives for the length of a run, and dies in the order that this needs: the bridge first, so
+/// that no callback arrives any more, then the window, the host, the application.
+struct Program {
+    std::unique_ptr<CApp> app;
+    std::unique_ptr<CQV> host;
+    std::unique_ptr<AppHooks> hooks;
+    std::unique_ptr<CMainWin> window;
+    std::unique_ptr<CAAM> bridge;
+
+    void tearDown() {
+        app->killTimer(window.get());
+        bridge.reset();
+        host->aam = aam = nullptr;
+        hooks.reset();
+        window.reset();
+        host.reset();
+        qv = nullptr;
+        app.reset();
+    }
+};
+
+} // namespace
+
+int runapp() {
+    Program p;
+    markInterfaceThread();
+    inifile = findSettings();
+    auto ini = std::make_unique<CIniFile>(inifile);
+    p.app = std::make_unique<CApp>();
+    if (!p.app->open()) return 1;
+    enterCompTypes();
+    p.host = std::make_unique<CQV>();
+    qv = p.host.get();
+    qv->posX = 100;
+    qv->posY = 300;
+    p.bridge = std::make_unique<CAAM>(libio);
+    qv->aam = aam = p.bridge.get();
+    p.bridge->onChange = new _COnChange<CQV>(qv, &CQV::aamChanged);
+    readWindowPlace(*ini, qv->editorStruct);
+    p.window = std::make_unique<CMainWin>(p.app.get(), qv);
+    p.hooks = std::make_unique<AppHooks>(p.app.get(), p.window.get());
+    p.window->show(true);
+    p.bridge->windowHandle = p.window->handle;
+    openAudio(*ini, p.bridge.get());
+    enableMidi(*ini, p.bridge.get());
+    qv->aamChanged(nullptr);
+    ini.reset();
+    p.app->addTimer(p.window.get(), heartbeatMs, true);
+    qv->init();
+    buildDemoSong(qv);
+    p.window->init();
+    if (qv->editorStruct.maximized) p.window->maximize();
+    p.app->run(p.window.get());
+    p.tearDown();
+    return 0;
+}

@@ -1,0 +1,3 @@
+#include "app/runapp.h"
+
+int main() { return runapp(); }
