@@ -110,10 +110,10 @@ TEST_F(Jack, PlaysEverySampleAndRecordsFromItsPorts) {
     ASSERT_TRUE(module.waitBlocks(10)); // those under way when the mode changed are over
     peer.listening = true;
     ASSERT_TRUE(module.waitBlocks(5000));
-    peer.listening = false;
-    jack_set_freewheel(peer.client, 0);
-    module.close();
     EXPECT_EQ(recorded, 0.25f);
+    jack_set_freewheel(peer.client, 0);
+    jack_deactivate(peer.client);
+    module.close();
     ASSERT_GT(peer.heard.size(), 64u * 4000);
     for (size_t i = 1; i < peer.heard.size(); ++i)
         ASSERT_EQ(peer.heard[i] - peer.heard[i - 1], step) << "at sample " << i;
@@ -204,5 +204,5 @@ TEST_F(Jack, OutlivesItsServer) {
 }
 
 TEST_F(Jack, ReopensAHundredTimes) {
-    reopenHundredTimes(module, jack());
+    reopen(module, jack(), 100);
 }

@@ -78,5 +78,5 @@ struct Holdings {
     static Holdings now();
 };
 
-/// Opens, plays a few blocks and closes again and again: nothing may pile up.
-void reopenHundredTimes(Module& module, int device);
+/// Opens, plays a few blocks and closes so many times: nothing may pile up.
+void reopen(Module& module, int device, int times);

@@ -97,5 +97,5 @@ TEST_F(Pulse, OutlivesItsServer) {
 
 TEST_F(Pulse, ReopensAHundredTimes) {
     ASSERT_TRUE(waitFor([&] { return module.device("Pulse: first") >= 0; }));
-    reopenHundredTimes(module, module.device("Pulse: first"));
+    reopen(module, module.device("Pulse: first"), 100);
 }

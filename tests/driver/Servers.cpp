@@ -31,12 +31,23 @@ void waitForFile(const std::string& path) {
         throw std::runtime_error("no " + path);
 }
 
-std::string newServerName() {
-    static int count = 0;
-    const std::string name =
-        "sondrava-test-" + std::to_string(getpid()) + "-" + std::to_string(++count);
+/// The library keeps eight places for servers on a machine and frees that of a dead one only when
+/// its name comes again.
+std::vector<std::string> jackCommand() {
+    const std::string name = "sondrava-test-" + std::to_string(getpid());
     setenv("JACK_DEFAULT_SERVER", name.c_str(), 1);
-    return name;
+    return {"jackd", "-r", "-n",  name, "-d", "dummy", "-r",
+            "44100", "-p", "256", "-C", "2",  "-P",    "2"};
+}
+
+void waitForJack() {
+    jack_set_error_function([](const char*) {});
+    const bool up = waitFor([] {
+        jack_client_t* client = jack_client_open("probe", JackNoStartServer, nullptr);
+        if (client) jack_client_close(client);
+        return client != nullptr;
+    });
+    if (!up) throw std::runtime_error("jackd does not answer");
 }
 
 } // namespace
@@ -68,16 +79,18 @@ TempFolder::~TempFolder() {
     std::filesystem::remove_all(path, ignored);
 }
 
-JackServer::JackServer()
-    : server({"jackd", "-r", "-n", newServerName(), "-d", "dummy", "-r", "44100", "-p", "256", "-C",
-              "2", "-P", "2"}) {
-    jack_set_error_function([](const char*) {});
-    const bool up = waitFor([] {
-        jack_client_t* client = jack_client_open("probe", JackNoStartServer, nullptr);
-        if (client) jack_client_close(client);
-        return client != nullptr;
-    });
-    if (!up) throw std::runtime_error("jackd does not answer");
+JackServer::JackServer() : server(std::make_unique<Child>(jackCommand())) {
+    waitForJack();
+}
+
+JackServer::~JackServer() {
+    if (server) return;
+    const JackServer tidy;
+}
+
+void JackServer::kill() {
+    server->end(SIGKILL);
+    server.reset();
 }
 
 PulseServer::PulseServer() {

@@ -39,12 +39,13 @@ struct TempFolder {
 class JackServer {
 public:
     JackServer();
+    ~JackServer();
     JackServer(const JackServer&) = delete;
     JackServer& operator=(const JackServer&) = delete;
-    void kill() { server.end(SIGKILL); }
+    void kill();
 
 private:
-    Child server;
+    std::unique_ptr<Child> server; ///< null once killed
 };
 
 /// PipeWire with its PulseAudio side in a runtime folder of its own, with the sinks "first", the

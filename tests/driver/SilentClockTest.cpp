@@ -214,5 +214,5 @@ TEST_F(SilentClock, HasNoCallbackRunningOnceStopped) {
 }
 
 TEST_F(SilentClock, ReopensAHundredTimes) {
-    reopenHundredTimes(module, clock());
+    reopen(module, clock(), 100);
 }
