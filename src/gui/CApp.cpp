@@ -24,6 +24,7 @@ namespace {
 constexpr std::chrono::milliseconds turn{CApp::turnMs};
 constexpr int doubleClickRoom = 7; // pixels either way
 constexpr int wheelStep = 32;
+constexpr int mostTurns = 50; // of waiting at a time
 
 } // namespace
 
@@ -73,7 +74,7 @@ void CApp::run(CWin* main) {
     running = true;
     while (main->visible && liveDisplay()) {
         dispatchEvents();
-        idle();
+        longIdle();
     }
     running = false;
 }
@@ -92,7 +93,15 @@ bool CApp::nextEvent(XEvent& event) {
 
 void CApp::idle() {
     stepTimers(dueTurns());
-    waitForEvent();
+    waitForEvent(1);
+}
+
+void CApp::longIdle() {
+    stepTimers(dueTurns());
+    int turns = mostTurns;
+    for (const CCtrl* ctrl : each<CCtrl>(timers))
+        turns = asMin(turns, (ctrl->timerCount + turnMs - 1) / turnMs);
+    waitForEvent(asMax(turns, 1));
 }
 
 /// The whole turns since the last call, by the clock.
@@ -120,8 +129,8 @@ void CApp::stepTimers(int turns) {
     }
 }
 
-void CApp::waitForEvent() {
-    const auto left = turnStart + turn - Clock::now();
+void CApp::waitForEvent(int turns) {
+    const auto left = turnStart + turns * turn - Clock::now();
     if (left <= left.zero()) return;
     timespec wait{0, long(std::chrono::nanoseconds(left).count())};
     Display* display = liveDisplay();
@@ -144,6 +153,11 @@ void CApp::killTimer(CCtrl* ctrl) {
 }
 
 void CApp::handleEvent(const XEvent& event) {
+    if (event.type == MappingNotify) {
+        XMappingEvent mapping = event.xmapping; // another keyboard layout
+        XRefreshKeyboardMapping(&mapping);
+        return;
+    }
     CWin* win = windowOf(event.xany.window);
     if (!win) return;
     const HandlerScope scope(this);

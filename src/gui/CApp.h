@@ -69,6 +69,8 @@ public:
     void dispatchEvents();
     /// Steps the timers by the turns that have passed, then waits for an event or the turn's end.
     void idle();
+    /// The same, but waits until a timer is due: for loops in which only events and timers act.
+    void longIdle();
     /// Calls `onTimer` after `ms` milliseconds, in steps of 10 and no sooner than 10. A control has
     /// one timer at most: a new one replaces it. Calls that came too late are left out.
     void addTimer(CCtrl* ctrl, int ms, bool repeat);
@@ -131,7 +133,7 @@ private:
     void detach(CCtrl* ctrl);
     void stepTimers(int turns);
     int dueTurns();
-    void waitForEvent();
+    void waitForEvent(int turns);
     void purge();
 
     std::unordered_map<unsigned long, CWin*> windowTable;

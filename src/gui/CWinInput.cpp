@@ -1,6 +1,7 @@
 // The mouse and the keys of a window.
-#include "gui/CApp.h"
 #include "gui/CWin.h"
+
+#include "gui/CApp.h"
 #include "gui/Keys.h"
 #include "gui/XConnection.h"
 

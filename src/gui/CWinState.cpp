@@ -1,7 +1,7 @@
 // How a window is shown, sized by the window manager, and run in a loop of its own.
-#include "base/Numbers.h"
-#include "gui/CApp.h"
 #include "gui/CWin.h"
+
+#include "gui/CApp.h"
 #include "gui/XConnection.h"
 
 #include <X11/Xatom.h>
@@ -22,7 +22,7 @@ bool focusIsFree() {
     Window focused = None;
     int revert;
     XGetInputFocus(liveDisplay(), &focused, &revert);
-    return focused == None || focused == PointerRoot;
+    return focused == None || focused == PointerRoot || focused == xConnection().root;
 }
 
 } // namespace
@@ -162,9 +162,10 @@ void CWin::showModal() {
     show(true);
     while (visible && liveDisplay()) {
         modalTurn();
-        app->idle();
+        app->longIdle();
     }
     app->modalWin = former;
+    if (parent && liveDisplay() && focusIsFree()) parent->setFocus(true);
 }
 
 void CWin::modalTurn() {
@@ -197,7 +198,7 @@ void CWin::showMenu() {
     while (visible && liveDisplay()) {
         XEvent event;
         while (visible && app->nextEvent(event)) menuEvent(event);
-        app->idle();
+        app->longIdle();
     }
     if (autoDelete) app->deleteLater(this);
 }

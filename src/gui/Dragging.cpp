@@ -1,5 +1,6 @@
 // Drag and drop between the windows of the program.
 #include "gui/CApp.h"
+
 #include "gui/CWin.h"
 #include "gui/FloatWins.h"
 #include "gui/Selections.h"

@@ -1,0 +1,410 @@
+#include "TestServer.h"
+
+#include "gui/CBitmap.h"
+#include "gui/Keys.h"
+#include "gui/Selections.h"
+#include "gui/XConnection.h"
+
+#include <X11/Xlib.h>
+#include <X11/keysym.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <thread>
+
+namespace {
+
+/// A window at (100, 100) with one control at (20, 30) of 100 x 80.
+class EventTest : public GuiTest {
+protected:
+    void SetUp() override {
+        GuiTest::SetUp();
+        if (!usable()) return;
+        win = bareWindow();
+        probe = new ProbeCtrl(win.get(), "probe", 20, 30, 100, 80);
+        win->addControl(probe);
+        win->redraw();
+        settle();
+    }
+    void TearDown() override {
+        win.reset();
+        GuiTest::TearDown();
+    }
+    void point(int x, int y) {
+        act({"mousemove", std::to_string(120 + x), std::to_string(130 + y)});
+    }
+    /// The presses among the entries, without their place.
+    std::vector<int> presses() const {
+        std::vector<int> found;
+        for (const std::string& entry : probe->log)
+            if (entry.rfind("down", 0) == 0)
+                found.push_back(std::stoi(entry.substr(entry.rfind(' '))));
+        return found;
+    }
+
+    std::unique_ptr<CWin> win;
+    ProbeCtrl* probe = nullptr;
+};
+
+} // namespace
+
+TEST_F(EventTest, KeysBecomeCodes) {
+    struct Case {
+        const char* name;
+        int key, mods;
+    };
+    const Case cases[] = {{"a", 'a', 0},
+                          {"shift+a", 'A', modShift},
+                          {"ctrl+a", 'a', modControl},
+                          {"alt+a", 'a', modAlt},
+                          {"space", ' ', 0},
+                          {"asterisk", keyAsterisk, modShift},
+                          {"Home", keyHome, 0},
+                          {"Left", keyLeft, 0},
+                          {"Up", keyUp, 0},
+                          {"Right", keyRight, 0},
+                          {"Down", keyDown, 0},
+                          {"End", keyEnd, 0},
+                          {"Delete", keyDelete, 0},
+                          {"BackSpace", keyBackspace, 0},
+                          {"Return", keyReturn, 0},
+                          {"Escape", keyEscape, 0},
+                          {"Prior", keyPageUp, 0},
+                          {"Next", keyPageDown, 0},
+                          {"F1", -15, 0},
+                          {"F12", -26, 0},
+                          {"ctrl+shift+z", 'Z', 48},
+                          {"ediaeresis", 0xeb, 0}};
+    KeySym symbols[2] = {XK_ediaeresis, XK_ediaeresis}; // a layout that changes while we run
+    XChangeKeyboardMapping(liveDisplay(), 200, 2, symbols, 1);
+    settle();
+    win->setKeyCtrl(probe);
+    for (const Case& c : cases) {
+        probe->log.clear();
+        act({"key", c.name});
+        const std::string expected = "key " + std::to_string(c.key) + " " + std::to_string(c.mods);
+        EXPECT_TRUE(probe->saw(expected)) << c.name << ": " << probe->last();
+    }
+    for (const char* silent : {"Shift_L", "Control_L", "Insert", "Super_L"}) {
+        probe->log.clear();
+        act({"key", silent});
+        EXPECT_TRUE(probe->log.empty()) << silent << ": " << probe->last();
+    }
+}
+
+/// Who is asked first for a key, and that an answer ends the search.
+TEST_F(EventTest, KeysAreOfferedInOrder) {
+    std::string asked;
+    struct Asker : CObject {
+        std::string* asked;
+        char name;
+        bool takes = false;
+        bool key(CObject*, int&, int) {
+            *asked += name;
+            return takes;
+        }
+        COnKey* hook() { return new _COnKey<Asker>(this, &Asker::key); }
+    };
+    Asker askers[4];
+    for (int i = 0; i < 4; i++) {
+        askers[i].asked = &asked;
+        askers[i].name = char('1' + i);
+    }
+    auto* hooked = new ProbeCtrl(win.get(), "hooked", 0, 0, 5, 5);
+    win->addControl(hooked);
+    hooked->onKeyDown = askers[0].hook();
+    app->keyHookCtrl = hooked;
+    app->onKey = askers[1].hook();
+    win->onAccelerator = askers[2].hook();
+    win->onKeyDown = askers[3].hook();
+    act({"key", "a"});
+    EXPECT_EQ(asked, "1234");
+    asked.clear();
+    askers[1].takes = true;
+    act({"key", "a"});
+    EXPECT_EQ(asked, "12");
+}
+
+TEST_F(EventTest, ButtonsArriveInTheControlsCoordinates) {
+    point(5, 7);
+    act({"mousedown", "1"});
+    EXPECT_EQ(probe->last(), "down 5 7 1");
+    EXPECT_TRUE(probe->isPushed());
+    act({"mousemove_relative", "--", "-60", "0"}); // out of the window
+    EXPECT_EQ(probe->last(), "move -55 7 1");
+    act({"mouseup", "1"});
+    EXPECT_EQ(probe->last(), "up -55 7 1");
+    EXPECT_FALSE(probe->isPushed());
+    point(50, 50);
+    act({"keydown", "shift", "keydown", "ctrl", "click", "3", "keyup", "ctrl", "keyup", "shift"});
+    EXPECT_TRUE(probe->saw("down 50 50 50")) << probe->last(); // 2 + 16 + 32
+    point(70, 50);
+    act({"click", "2"});
+    EXPECT_TRUE(probe->saw("down 70 50 4"));
+}
+
+TEST_F(EventTest, TheThirdQuickPressIsSingleAgain) {
+    point(50, 40);
+    act({"mousedown", "1", "mouseup", "1", "mousedown", "1", "mouseup", "1", "mousedown", "1",
+         "mouseup", "1"});
+    EXPECT_EQ(presses(), (std::vector<int>{1, 9, 1}));
+}
+
+TEST_F(EventTest, APressElsewhereIsNeverDouble) {
+    point(50, 40);
+    act({"click", "1", "mousemove_relative", "8", "0", "click", "1"});
+    EXPECT_EQ(presses(), (std::vector<int>{1, 1}));
+    act({"mousemove_relative", "--", "-7", "7", "click", "1"});
+    EXPECT_EQ(presses(), (std::vector<int>{1, 1, 9}));
+}
+
+TEST_F(EventTest, TheWheelIsNoPress) {
+    point(10, 10);
+    probe->log.clear();
+    act({"click", "4", "click", "5", "click", "6", "click", "7", "click", "8"});
+    EXPECT_EQ(probe->log, (std::vector<std::string>{"wheel 10 10 0 32 0", "wheel 10 10 0 -32 0",
+                                                    "wheel 10 10 0 0 32", "wheel 10 10 0 0 -32"}));
+    act({"mousedown", "1", "mouseup", "1", "mousedown", "4", "mouseup", "4", "mousedown", "1",
+         "mouseup", "1"});
+    EXPECT_EQ(presses(), (std::vector<int>{1, 9}));
+}
+
+TEST_F(EventTest, AnUnusedWheelClimbsToTheParents) {
+    struct Taker : CObject {
+        int dy = 0;
+        bool wheel(CObject*, int, int, int, int y, int) {
+            dy = y;
+            return true;
+        }
+    } taker;
+    win->clientGroup->onWheel = new _COnWheel<Taker>(&taker, &Taker::wheel);
+    point(10, 10);
+    act({"click", "5"});
+    EXPECT_TRUE(probe->saw("wheel 10 10 0 -32 0"));
+    EXPECT_EQ(taker.dy, -32);
+}
+
+TEST_F(EventTest, WhileOneControlIsExclusiveNoOtherIsPressed) {
+    auto* other = new ProbeCtrl(win.get(), "other", 130, 30, 40, 40);
+    win->addControl(other);
+    app->exclusiveCtrl = other;
+    point(10, 10);
+    act({"click", "1"});
+    EXPECT_TRUE(presses().empty());
+    point(120, 10);
+    act({"click", "1"});
+    EXPECT_TRUE(other->saw("down 10 10 1"));
+}
+
+TEST_F(EventTest, OnlyWhoAsksIsToldOfThePointer) {
+    point(10, 10);
+    EXPECT_FALSE(probe->saw("enter"));
+    EXPECT_EQ(app->hooverCtrl, probe);
+    probe->hooverable = true;
+    point(150, 90);
+    point(12, 12);
+    EXPECT_EQ(app->mouseOverCtrl, probe);
+    act({"mousemove", "600", "400"}); // out of the window
+    EXPECT_EQ(app->mouseOverCtrl, nullptr);
+    EXPECT_TRUE(probe->saw("enter"));
+    EXPECT_EQ(probe->last(), "leave");
+}
+
+/// A control, its group or its window may go while its own handler runs.
+TEST_F(EventTest, HandlersMayDeleteWhatTheyStandOn) {
+    point(10, 10);
+    probe->onUp = [this] { win->clear(); };
+    act({"click", "1"});
+    EXPECT_TRUE(win->clientGroup->controls.empty());
+    EXPECT_EQ(app->hooverCtrl, nullptr);
+    point(20, 20); // a window without controls lives on
+
+    auto* doomed = new CWin(app.get(), nullptr, "doomed", 400, 100, 100, 100, winNoBorder);
+    auto* suicidal = new ProbeCtrl(doomed, "suicidal", 0, 0, 100, 100);
+    doomed->addControl(suicidal);
+    doomed->show(true);
+    settle();
+    const unsigned long handle = doomed->handle;
+    suicidal->onUp = [this, doomed] {
+        app->deleteLater(doomed);
+        EXPECT_FALSE(doomed->visible);
+    };
+    act({"mousemove", "450", "150", "click", "1"});
+    EXPECT_EQ(app->windowOf(handle), nullptr);
+}
+
+TEST_F(EventTest, ADeletedControlLeavesEverySlot) {
+    app->addTimer(probe, 20, true);
+    app->exclusiveCtrl = app->keyHookCtrl = probe;
+    win->setKeyCtrl(probe);
+    win->setMouseCtrl(probe);
+    point(3, 3);
+    win->clear();
+    EXPECT_TRUE(app->timers.empty());
+    EXPECT_EQ(app->exclusiveCtrl, nullptr);
+    EXPECT_EQ(app->keyHookCtrl, nullptr);
+    EXPECT_EQ(win->keyCtrl, nullptr);
+    EXPECT_EQ(win->mouseCtrl, nullptr);
+}
+
+TEST_F(EventTest, RequestsOfOneTurnAreOnePaint) {
+    const int before = probe->paints;
+    for (int i = 0; i < 10; i++) probe->redraw();
+    win->redraw();
+    settle();
+    EXPECT_EQ(probe->paints, before + 1);
+    probe->visible = false;
+    probe->redraw();
+    settle();
+    EXPECT_EQ(probe->paints, before + 1);
+}
+
+TEST_F(EventTest, DrawNowShowsTheControlBeforeAnyEvent) {
+    probe->fill = 0x123456;
+    app->backBuffer = std::make_unique<CBitmap>(1, 1); // has to grow first
+    app->drawNow(win.get(), probe);
+    const Shot shot(win->handle, 200, 150);
+    EXPECT_EQ(shot.boundsOf(0x123456), asRect(20, 30, 120, 110));
+    EXPECT_EQ(shot.count(0x123456), 100 * 80);
+}
+
+/// Timers count turns of 10 ms by the clock: a period of 30 ms fires 10 times in 300, whatever the
+/// time that events took, and never twice in a turn.
+TEST_F(EventTest, TimersKeepTimeAndPhase) {
+    using Clock = std::chrono::steady_clock;
+    app->idle();
+    const auto start = Clock::now();
+    app->addTimer(probe, 30, true);
+    EXPECT_TRUE(pumpUntil([&] { return probe->log.size() >= 10; }));
+    EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(290));
+    probe->log.clear();
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    app->idle();
+    EXPECT_EQ(probe->log.size(), 1U);
+    app->killTimer(probe);
+    EXPECT_TRUE(app->timers.empty());
+}
+
+TEST_F(EventTest, TimerHandlersMayChangeTheTimers) {
+    auto* second = new ProbeCtrl(win.get(), "second", 0, 0, 1, 1);
+    win->addControl(second);
+    probe->onTick = [&] {
+        app->addTimer(probe, 5, false); // again, and sooner than a turn
+        app->killTimer(second);
+    };
+    app->addTimer(probe, 20, false);
+    app->addTimer(second, 20, true);
+    EXPECT_TRUE(pumpUntil([&] { return probe->log.size() >= 3; }));
+    EXPECT_TRUE(second->log.empty());
+    EXPECT_EQ(app->timers.getCount(), 1);
+    EXPECT_EQ(probe->timerInterval, 10);
+}
+
+TEST_F(EventTest, DragsAreDroppedWhereSomebodyTakesThem) {
+    struct Receiver : CObject {
+        std::vector<std::string> log;
+        void over(CObject*, int x, int y, int) { add("over", x, y); }
+        void drop(CObject*, int x, int y, int) { add("drop", x, y); }
+        void add(const char* what, int x, int y) {
+            log.push_back(std::string(what) + " " + std::to_string(x) + " " + std::to_string(y));
+        }
+    } receiver;
+    CWin other(app.get(), nullptr, "other", 400, 100, 200, 200, winNoBorder);
+    auto* panel = new CGroup(&other, "panel", 10, 10, 150, 150);
+    panel->onDrop = new _COnMouse<Receiver>(&receiver, &Receiver::drop);
+    panel->onDragOver = new _COnMouse<Receiver>(&receiver, &Receiver::over);
+    other.addControl(panel);
+    panel->addControl(new ProbeCtrl(&other, "inner", 20, 20, 50, 50));
+    other.show(true);
+    settle();
+    int starts = 0, ends = 0;
+    CObject dragged;
+    dragged.category = 7;
+    Target starter([&] {
+        starts++;
+        app->startDrag(probe);
+        auto* item = new CDropItem("A sample", dropSample);
+        item->object = &dragged;
+        app->dragList->add(item);
+    });
+    Target ender([&] { ends++; });
+    probe->onDrag = starter.change();
+    app->onEndDrag = ender.change();
+    app->mainWin = win.get();
+
+    point(50, 40);
+    act({"mousedown", "1"});
+    act({"mousemove_relative", "8", "0"});
+    EXPECT_EQ(starts, 0);
+    act({"mousemove_relative", "1", "0"});
+    EXPECT_EQ(starts, 1);
+    EXPECT_TRUE(app->hasDragType(dropSample) && app->hasDragObj(&dragged));
+    EXPECT_TRUE(app->dragHasObject(7, 0) && !app->hasDragType(dropFile));
+    act({"mousemove", "440", "150"});
+    EXPECT_EQ(receiver.log.back(), "over 30 40");
+    act({"mousemove", "395", "150"}); // left of the window: the last word to the former one
+    EXPECT_EQ(receiver.log.back(), "over -15 40");
+    act({"mousemove", "441", "151"});
+    act({"mouseup", "1"});
+    EXPECT_EQ(receiver.log.back(), "drop 31 41");
+    EXPECT_EQ(starts, 1);
+    EXPECT_EQ(ends, 1);
+    EXPECT_EQ(app->dragList, nullptr);
+    EXPECT_EQ(app->dragCtrl, nullptr);
+}
+
+TEST_F(EventTest, TextGoesThroughTheCutBuffer) {
+    copyText("tempo 120");
+    EXPECT_TRUE(pasteText() == "tempo 120");
+    copyText("");
+    EXPECT_TRUE(pasteText().empty());
+}
+
+TEST_F(EventTest, ErrorsOfTheServerAreOnlyNoted) {
+    xerror = 0;
+    XDestroyWindow(liveDisplay(), 0x7fffff);
+    EXPECT_FALSE(syncSucceeded());
+    EXPECT_EQ(xerror, BadWindow);
+    CWin hidden(app.get(), nullptr, "hidden", 0, 0, 50, 50, 0);
+    xerror = 0;
+    hidden.setFocus(true); // nothing to see: the focus cannot go there
+    EXPECT_TRUE(syncSucceeded());
+}
+
+TEST(CApp, WithoutADisplayOpenIsFalse) {
+    setenv("DISPLAY", ":987", 1);
+    CApp app;
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(app.open());
+    const std::string line = testing::internal::GetCapturedStderr();
+    EXPECT_NE(line.find(":987"), std::string::npos);
+    EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1);
+}
+
+/// The server dies in the middle of painting: the loop ends, and what is left can be used and
+/// deleted.
+TEST(CApp, ALostServerEndsTheLoop) {
+    TestServer server;
+    setenv("DISPLAY", server.display.c_str(), 1);
+    CApp app;
+    ASSERT_TRUE(app.open());
+    {
+        CWin win(&app, nullptr, "lost", 10, 10, 200, 100, winCaption);
+        auto* probe = new ProbeCtrl(&win, "probe", 0, 0, 50, 50);
+        win.addControl(probe);
+        probe->onTick = [&] {
+            if (probe->log.size() == 3) server.kill();
+            for (int i = 0; i < 2000; i++) app.drawNow(&win, probe);
+        };
+        app.addTimer(probe, 10, true);
+        app.run(&win);
+        EXPECT_TRUE(xConnection().lost);
+        probe->redraw();
+        win.maximize();
+        win.setPos(5, 5);
+        EXPECT_EQ(app.winAtPos(20, 20), nullptr);
+        win.hide();
+        win.show(true);
+    }
+}

@@ -1,0 +1,318 @@
+#include "TestServer.h"
+
+#include "gui/CBitmap.h"
+#include "gui/CGraphic.h"
+#include "gui/Colours.h"
+#include "gui/Drawing.h"
+#include "gui/XConnection.h"
+
+#include <X11/Xlib.h>
+
+#include <cstdlib>
+
+namespace {
+
+constexpr int red = 0xff0000, blue = 0x0000ff, black = 0;
+
+/// Tests that draw on a bitmap of 64 x 48 black pixels.
+class CGraphicTest : public GuiTest {
+protected:
+    void SetUp() override {
+        GuiTest::SetUp();
+        if (!usable()) return;
+        bitmap = std::make_unique<CBitmap>(64, 48);
+        g = bitmap->graphic.get();
+        g->fillRect(black, bitmap->getRect());
+        g->setLineCol(red);
+        g->setFillCol(red);
+    }
+    void TearDown() override {
+        bitmap.reset();
+        GuiTest::TearDown();
+    }
+    Shot shot() const { return Shot(bitmap->pixmap, 64, 48); }
+
+    std::unique_ptr<CBitmap> bitmap;
+    CGraphic* g = nullptr;
+};
+
+} // namespace
+
+/// Every primitive fills exactly the pixels that its rectangle or its ends tell: right, bottom and
+/// end points lie outside, corners are sorted, the origin is added, the clip is honoured.
+TEST_F(CGraphicTest, PrimitivesCoverTheirPixels) {
+    struct Case {
+        const char* name;
+        std::function<void(CGraphic*)> draw;
+        CRect bounds;
+        int count;
+    };
+    const CPoint triangle[17] = {asPoint(10, 10), asPoint(20, 10), asPoint(10, 20)};
+    const Case cases[] = {
+        {"point", [](CGraphic* c) { c->drawLine(0, 0, 0, 0); }, {0, 0, 1, 1}, 1},
+        {"right", [](CGraphic* c) { c->drawLine(0, 0, 10, 0); }, {0, 0, 10, 1}, 10},
+        {"left", [](CGraphic* c) { c->drawLine(10, 5, 0, 5); }, {1, 5, 11, 6}, 10},
+        {"down", [](CGraphic* c) { c->drawLine(3, 2, 3, 9); }, {3, 2, 4, 9}, 7},
+        {"diagonal", [](CGraphic* c) { c->drawLine(0, 0, 8, 8); }, {0, 0, 8, 8}, 8},
+        {"fill",
+         [](CGraphic* c) {
+             c->fillRect({4, 5, 10, 8});
+         },
+         {4, 5, 10, 8},
+         18},
+        {"swapped",
+         [](CGraphic* c) {
+             c->fillRect({10, 8, 4, 5});
+         },
+         {4, 5, 10, 8},
+         18},
+        {"outside",
+         [](CGraphic* c) {
+             c->fillRect({70, 0, 90, 10});
+         },
+         {},
+         0},
+        {"frame",
+         [](CGraphic* c) {
+             c->frameRect({4, 5, 10, 9});
+         },
+         {4, 5, 10, 9},
+         16},
+        {"polygon of 17", [&](CGraphic* c) { c->drawPoly(triangle, 17); }, {}, 0},
+        {"round",
+         [](CGraphic* c) {
+             roundRect(c, red, {2, 2, 12, 8});
+         },
+         {2, 2, 12, 8},
+         56},
+        {"round frame",
+         [](CGraphic* c) {
+             roundFrame(c, red, {2, 2, 12, 8});
+         },
+         {2, 2, 12, 8},
+         24},
+        {"origin",
+         [](CGraphic* c) {
+             const ClipScope scope(c, {10, 10, 20, 20});
+             c->fillRect({-5, 2, 4, 30});
+         },
+         {10, 12, 14, 20},
+         32},
+        {"clipped frame",
+         [](CGraphic* c) {
+             const ClipScope scope(c, {0, 0, 6, 48});
+             c->frameRect({4, 5, 10, 9});
+         },
+         {4, 5, 6, 9},
+         6},
+        {"server clip",
+         [](CGraphic* c) {
+             c->setClip({0, 0, 5, 48});
+             c->drawLine(0, 7, 20, 7);
+             c->setClip({});
+         },
+         {0, 7, 5, 8},
+         5},
+        {"arrow",
+         [](CGraphic* c) {
+             drawArrow(c, red, {0, 0, 20, 20}, dirDown, 4);
+         },
+         {6, 8, 15, 13},
+         25},
+        {"arrow left",
+         [](CGraphic* c) {
+             drawArrow(c, red, {0, 0, 20, 20}, dirLeft, 4);
+         },
+         {8, 6, 13, 15},
+         25},
+    };
+    for (const Case& c : cases) {
+        g->fillRect(black, bitmap->getRect());
+        c.draw(g);
+        const Shot now = shot();
+        EXPECT_EQ(now.boundsOf(red), c.bounds) << c.name;
+        EXPECT_EQ(now.count(red), c.count) << c.name;
+    }
+}
+
+TEST_F(CGraphicTest, RasterOneDrawsTwiceToNothing) {
+    g->fillRect(blue, {0, 0, 20, 20});
+    g->setRaster(1);
+    g->drawLine(2, 3, 12, 3);
+    EXPECT_EQ(shot().at(5, 3), red ^ blue);
+    g->drawLine(2, 3, 12, 3);
+    g->setRaster(0);
+    EXPECT_EQ(shot().count(blue), 400);
+}
+
+/// The ink of "HHHH" lies at the place that the flags tell: cells are 6 pixels wide, and an H has
+/// 9 rows of ink that end on the base line.
+TEST_F(CGraphicTest, TextStandsWhereItsFlagsTell) {
+    struct Case {
+        int where;
+        int cellLeft, baseLine;
+    };
+    const CRect box = {4, 6, 60, 40};
+    const int ascent = g->font->ascent, descent = g->font->descent, wide = 4 * 6;
+    ASSERT_EQ(g->textWidth("HHHH"), wide);
+    const int middle = 6 + ascent / 2 + 17;
+    const Case cases[] = {{textLeft, 4, middle},
+                          {textRight, 60 - wide, middle},
+                          {0, 4 + (56 - wide) / 2, middle},
+                          {textLeft | textTop, 4, 6 + ascent},
+                          {textLeft | textBottom, 4, 40 - descent},
+                          {textRight | textTop | textUnclipped, 60 - wide, 6 + ascent}};
+    for (const Case& c : cases) {
+        g->fillRect(black, bitmap->getRect());
+        g->drawText(red, "HHHH", box, c.where);
+        const CRect ink = shot().boundsOf(red);
+        EXPECT_EQ(ink.bottom, c.baseLine) << c.where;
+        EXPECT_GE(ink.left, c.cellLeft) << c.where;
+        EXPECT_LT(ink.left, c.cellLeft + 2) << c.where;
+        EXPECT_LE(ink.right, c.cellLeft + wide) << c.where;
+        EXPECT_GT(ink.right, c.cellLeft + wide - 3) << c.where;
+    }
+}
+
+TEST_F(CGraphicTest, TextIsCutToItsBoxAndTheServerClipComesBack) {
+    g->setClip({0, 0, 64, 40});
+    g->drawText(red, "HHHHHHHHHHHHHHH", {10, 10, 21, 30}, textLeft);
+    EXPECT_EQ(shot().boundsOf(red).right, 21);
+    EXPECT_EQ(g->setClip({}), asRect(0, 0, 64, 40));
+    g->fillRect(black, bitmap->getRect());
+    const ClipScope scope(g, {0, 0, 15, 48});
+    g->drawText(red, "HHHH", {10, 10, 60, 30}, textLeft);
+    EXPECT_LE(shot().boundsOf(red).right, 15);
+}
+
+/// Lines run evenly from the first colour to the last, and back for the two mirrored directions.
+TEST_F(CGraphicTest, GradientsGoFromOneColourToTheOther) {
+    struct Case {
+        int dir, x, y;
+        double share;
+    };
+    const int from = asColor(0, 100, 200), to = asColor(200, 100, 0);
+    const CRect rect = {0, 0, 21, 41};
+    const Case cases[] = {
+        {gradientAcross, 0, 5, 0},    {gradientAcross, 20, 5, 1},   {gradientAcross, 10, 5, 0.5},
+        {gradientAcross, 7, 5, 0.35}, {gradientDown, 5, 0, 0},      {gradientDown, 5, 40, 1},
+        {gradientDown, 5, 10, 0.25},  {gradientDownUp, 5, 20, 1},   {gradientDownUp, 5, 40, 0},
+        {gradientDownUp, 5, 30, 0.5}, {gradientAcrossTo, 10, 5, 1}, {gradientAcrossTo, 20, 5, 0}};
+    for (const Case& c : cases) {
+        drawGradient(g, rect, from, to, c.dir);
+        const int high = int(200 * c.share + 0.5), low = int(200 - 200 * c.share + 0.5);
+        EXPECT_EQ(shot().at(c.x, c.y), high << 16 | 100 << 8 | low) << c.dir << " at " << c.share;
+    }
+}
+
+/// Gloss: a quarter of the way to the shine at its weak end, all of it at its strong end.
+TEST_F(CGraphicTest, GlossShinesInOneHalf) {
+    const int color = asColor(40, 80, 120);
+    const int high = asColor(148, 168, 188), low = asColor(67, 102, 137); // halfway to white
+    drawGlossy(g, {0, 0, 20, 20}, color, 0.5f, 1);
+    Shot up = shot();
+    EXPECT_EQ(up.at(5, 1), high);
+    EXPECT_EQ(up.at(5, 10), low);
+    EXPECT_EQ(up.at(5, 11), color);
+    EXPECT_EQ(up.at(0, 5), color);
+    drawGlossy(g, {0, 0, 20, 20}, color, -0.5f, 0);
+    Shot down = shot();
+    EXPECT_EQ(down.at(5, 9), color);
+    EXPECT_EQ(down.at(5, 10), low);
+    EXPECT_EQ(down.at(5, 19), high);
+}
+
+TEST_F(CGraphicTest, ClipIsNarrowedAndAskedInTheOriginsCoordinates) {
+    EXPECT_EQ(g->addClip({-10, 5, 30, 100}), asRect(0, 0, 64, 48));
+    EXPECT_EQ(asRect(g->clipLeft, g->clipTop, g->clipRight, g->clipBottom), asRect(0, 5, 30, 48));
+    g->originX = 10;
+    g->originY = 10;
+    EXPECT_EQ(g->intersectClip({-20, -20, 100, 100}), asRect(-10, -5, 20, 38));
+}
+
+TEST_F(CGraphicTest, TilesAreCutAtTheEdge) {
+    CBitmap tile(10, 10);
+    tile.graphic->fillRect(blue, tile.getRect());
+    tile.graphic->fillRect(red, {0, 0, 1, 1});
+    g->drawTiled(&tile, {3, 4, 28, 19});
+    const Shot now = shot();
+    EXPECT_EQ(unite(now.boundsOf(blue), now.boundsOf(red)), asRect(3, 4, 28, 19));
+    EXPECT_EQ(now.count(red), 6);
+    EXPECT_EQ(now.at(23, 14), red);
+}
+
+/// On servers with and without shared memory, of 24 and 16 bits: pixels written are shown, and
+/// pixels drawn are read; at 16 bits there are none to write.
+TEST(CBitmapTest, PixelsReachTheScreenOnEveryServer) {
+    struct Case {
+        std::vector<std::string> options;
+        bool shared, pixels;
+    };
+    const Case cases[] = {{{}, true, true},
+                          {{"-extension", "MIT-SHM"}, false, true},
+                          {{"-screen", "0", "640x480x16"}, false, false}};
+    for (const Case& c : cases) {
+        const TestServer server(c.options);
+        setenv("DISPLAY", server.display.c_str(), 1);
+        CApp app;
+        ASSERT_TRUE(app.open());
+        CBitmap bitmap(20, 10);
+        EXPECT_EQ(bitmap.shared, c.shared);
+        bitmap.graphic->fillRect(asColor(0, 0, 255), bitmap.getRect());
+        EXPECT_EQ(bitmap.lockPixels(), c.pixels);
+        if (c.pixels) {
+            EXPECT_EQ(bitmap.graphic->getPixel(19, 9), blue);
+            bitmap.graphic->setPixel(3, 2, red);
+        }
+        bitmap.unlockPixels();
+        const Shot now(bitmap.pixmap, 20, 10);
+        EXPECT_EQ(now.count(asColor(0, 0, 255)), c.pixels ? 199 : 200);
+        if (!c.pixels) continue;
+        EXPECT_EQ(now.at(3, 2), red);
+        const auto turned = flipBitmap(&bitmap);
+        EXPECT_EQ(turned->width, 10);
+        EXPECT_EQ(Shot(turned->pixmap, 10, 20).at(2, 20 - 1 - 3), red);
+    }
+}
+
+TEST_F(GuiTest, AWindowHasNoPixelsToRead) {
+    const auto win = bareWindow();
+    EXPECT_EQ(win->graphic->getPixel(5, 5), 0);
+    win->graphic->setPixel(5, 5, red);
+}
+
+TEST_F(GuiTest, ColoursConvertAndMix) {
+    struct Case {
+        int got, expected;
+    };
+    const int teal = asColor(16, 128, 240);
+    const Case cases[] = {{teal, 0x1080f0},
+                          {asColor(-5, 300, 255), 0x00ffff},
+                          {RGBToInt(teal), 16 + 128 * 256 + 240 * 65536},
+                          {intToRGB(RGBToInt(teal)), teal},
+                          {addBrightness(teal, 20), asColor(36, 148, 255)},
+                          {addBrightness(teal, -20), asColor(0, 108, 220)},
+                          {fadeCol(teal, asColor(17, 0, 240), 0.5), asColor(17, 64, 240)},
+                          {fadeCol(teal, red, 0), teal},
+                          {textOn(0xffffff), 0x101214},
+                          {textOn(0x000000), 0xffffff}};
+    for (const Case& c : cases) EXPECT_EQ(c.got, c.expected) << std::hex << c.expected;
+    EXPECT_NEAR(contrast(0xffffff, 0x000000), 21.0, 1e-9);
+    EXPECT_NEAR(contrast(0x777777, 0xffffff), 4.48, 0.01); // a known pair just below the limit
+}
+
+/// What a look promises: every text and symbol reads on the fill of its own item.
+TEST_F(GuiTest, BothLooksAreLegible) {
+    for (const bool dark : {true, false}) {
+        const CPalette colours = dark ? darkPalette() : lightPalette();
+        app->gui->setPalette(colours);
+        for (int i = 0; i < app->gui->numItems(); i++) {
+            const CGuiItem2* item = app->gui->getItem(i);
+            const int ground = item->fill == fillNone ? colours.window : item->fillCol;
+            EXPECT_GE(contrast(item->textCol, ground), 4.5) << item->id.asChar() << dark;
+            EXPECT_GE(contrast(item->symbolCol, ground), 4.5) << item->id.asChar() << dark;
+        }
+    }
+    EXPECT_EQ(app->gui->getItem(app->gui->numItems()), nullptr);
+    EXPECT_EQ(app->gui->getItem(-1), nullptr);
+}
