@@ -6,6 +6,7 @@
 #include <cmath>
 #include <functional>
 #include <limits>
+#include <malloc.h>
 #include <vector>
 
 namespace {
@@ -88,7 +89,11 @@ TEST(CStream, ReadsStringsOfAnyStoredLength) {
             s.writeInt(c.stored);
             s.write("abcd", 4);
             s.setPos(0);
-            EXPECT_EQ(s.readStr(), c.wanted) << c.stored;
+            CStr text = s.readStr();
+            EXPECT_EQ(text, c.wanted) << c.stored;
+            if (!text.empty()) {
+                EXPECT_LT(malloc_usable_size(text.buffer()), 100u) << c.stored;
+            }
             EXPECT_EQ(s.getPos(), c.positionAfter) << c.stored;
         });
     }
