@@ -10,8 +10,8 @@
 namespace {
 
 constexpr float synthGain = 0.6f;
-constexpr double feedbackDepth = 0.2; ///< cycles at full feedback
-constexpr double lowestHz = 13.75;    ///< of the note 9 semitones up
+constexpr double feedbackDepth = 0.2 * OscLanes::cycle; ///< of full feedback
+constexpr double lowestHz = 13.75;                      ///< of the note 9 semitones up
 constexpr double lowestNote = 9.0;
 constexpr float mostOperatorLevel = 5.6f; ///< far beyond what the controls give
 constexpr float sameFilter = 1e-9f;       ///< filters that differ by less sound alike
@@ -131,14 +131,15 @@ struct OscBatch {
         const Ramp feed1 = level(v->feed1Sq, targetFeed1, v, n);
         const Ramp feed2 = level(v->feed2Sq, targetFeed2, v, n);
         const Ramp phaseMod = level(v->phaseModSq, targetPhaseMod, v, n);
+        const double depth = plan.pmMul * OscLanes::cycle;
         const int end = lv.lane + (lv.stereo ? 2 : 1);
         for (int lane = lv.lane; lane < end; lane++) {
             s.feed1[lane] = double(feed1.value) * feedbackDepth;
             s.feed1Step[lane] = double(feed1.step) * feedbackDepth;
             s.feed2[lane] = double(feed2.value) * feedbackDepth;
             s.feed2Step[lane] = double(feed2.step) * feedbackDepth;
-            s.phaseMod[lane] = double(phaseMod.value) * plan.pmMul;
-            s.phaseModStep[lane] = double(phaseMod.step) * plan.pmMul;
+            s.phaseMod[lane] = double(phaseMod.value) * depth;
+            s.phaseModStep[lane] = double(phaseMod.step) * depth;
         }
     }
 

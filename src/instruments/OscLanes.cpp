@@ -3,6 +3,7 @@
 #include "common/WaveTables.h"
 
 #include <cmath>
+#include <type_traits>
 
 namespace {
 
@@ -12,22 +13,28 @@ using Floats4 = Vectors<4>::Floats;
 using Ints4 = Vectors<4>::Ints;
 
 constexpr int lanesPerGroup = 4; ///< lanes of a vector of doubles
-constexpr double tableSteps = 65535.0;
+constexpr double tableSteps = OscLanes::cycle;
 constexpr int tableMask = waveTableSize - 1;
 constexpr double intLimit = 2147483648.0;
 /// Cycles that feedback and phase modulation can add to a phase.
 constexpr double modulationReach = 1100.0;
 
-/// The table at `x` cycles. With `checked`, places beyond 32 bits are those of index 0.
+/// The sine at a place in steps of the table, 65535 a cycle. With `checked`, places beyond 32 bits
+/// are those of index 0.
 template <bool checked>
-SONDRAVA_INLINE void sine(Doubles& x) {
-    Doubles steps = x * tableSteps;
+SONDRAVA_INLINE void sine(double& steps) {
+    if constexpr (checked) steps = std::fabs(steps) < intLimit ? steps : 0.0;
+    steps = sinus[int(steps) & tableMask];
+}
+
+template <bool checked>
+SONDRAVA_INLINE void sine(Doubles& steps) {
     if constexpr (checked) {
         const Doubles magnitude = Doubles(Longs(steps) & 0x7FFFFFFFFFFFFFFFLL);
         steps = Doubles(Longs(steps) & Longs(magnitude < intLimit));
     }
     const Ints4 at = __builtin_convertvector(steps, Ints4) & tableMask;
-    x = Doubles{sinus[at[0]], sinus[at[1]], sinus[at[2]], sinus[at[3]]};
+    steps = Doubles{sinus[at[0]], sinus[at[1]], sinus[at[2]], sinus[at[3]]};
 }
 
 /// 2 to the power of `x`, for -32 to 32, to 1e-7 of the result: the whole part goes into the
@@ -60,76 +67,96 @@ SONDRAVA_INLINE void softClip(typename Vectors<N>::Floats& x) {
     x = 1.0f - 2.0f / (x + 1.0f);
 }
 
-/// The operators in registers, N lanes in groups of four.
-template <int N, bool checked>
-struct OscRegisters {
-    using Floats = typename Vectors<N>::Floats;
-    static constexpr int groups = N / lanesPerGroup;
-
-    Doubles carPhase[groups], carIncr[groups], carLast[groups];
-    Doubles modPhase[groups], modIncr[groups], modLast[groups];
-    Doubles feed1[groups], feed1Step[groups], feed2[groups], feed2Step[groups];
-    Doubles phaseMod[groups], phaseModStep[groups];
+/// The operators of one lane (D is double) or four (Doubles) in registers. Without `ringed`, both
+/// shapers only invert.
+///
+/// What feeds back is the longest way through a frame: it is kept short by adding the phases, which
+/// are known long before, first.
+template <class D, bool ringed, bool checked>
+struct Operators {
+    D carPhase, carIncr, carLast, modPhase, modIncr, modLast;
+    D feed1, feed1Step, feed2, feed2Step, phaseMod, phaseModStep;
     double modRing, oscRing;
 
-    SONDRAVA_INLINE explicit OscRegisters(const OscLanes& s)
-        : modRing(s.modRing), oscRing(s.oscRing) {
-        for (int g = 0; g < groups; g++) {
-            const int lane = g * lanesPerGroup;
-            loadLanes(carPhase[g], s.carPhase + lane);
-            loadLanes(carIncr[g], s.carIncr + lane);
-            loadLanes(carLast[g], s.carLast + lane);
-            loadLanes(modPhase[g], s.modPhase + lane);
-            loadLanes(modIncr[g], s.modIncr + lane);
-            loadLanes(modLast[g], s.modLast + lane);
-            loadLanes(feed1[g], s.feed1 + lane);
-            loadLanes(feed1Step[g], s.feed1Step + lane);
-            loadLanes(feed2[g], s.feed2 + lane);
-            loadLanes(feed2Step[g], s.feed2Step + lane);
-            loadLanes(phaseMod[g], s.phaseMod + lane);
-            loadLanes(phaseModStep[g], s.phaseModStep + lane);
-        }
+    SONDRAVA_INLINE void load(const OscLanes& s, int lane) {
+        loadLanes(carPhase, s.carPhase + lane);
+        loadLanes(carIncr, s.carIncr + lane);
+        loadLanes(carLast, s.carLast + lane);
+        loadLanes(modPhase, s.modPhase + lane);
+        loadLanes(modIncr, s.modIncr + lane);
+        loadLanes(modLast, s.modLast + lane);
+        loadLanes(feed1, s.feed1 + lane);
+        loadLanes(feed1Step, s.feed1Step + lane);
+        loadLanes(feed2, s.feed2 + lane);
+        loadLanes(feed2Step, s.feed2Step + lane);
+        loadLanes(phaseMod, s.phaseMod + lane);
+        loadLanes(phaseModStep, s.phaseModStep + lane);
+        modRing = s.modRing;
+        oscRing = s.oscRing;
     }
 
-    SONDRAVA_INLINE void store(OscLanes& s) const {
-        for (int g = 0; g < groups; g++) {
-            const int lane = g * lanesPerGroup;
-            storeLanes(carPhase[g], s.carPhase + lane);
-            storeLanes(carLast[g], s.carLast + lane);
-            storeLanes(modPhase[g], s.modPhase + lane);
-            storeLanes(modLast[g], s.modLast + lane);
-            storeLanes(feed1[g], s.feed1 + lane);
-            storeLanes(feed2[g], s.feed2 + lane);
-            storeLanes(phaseMod[g], s.phaseMod + lane);
-        }
+    SONDRAVA_INLINE void store(OscLanes& s, int lane) const {
+        storeLanes(carPhase, s.carPhase + lane);
+        storeLanes(carLast, s.carLast + lane);
+        storeLanes(modPhase, s.modPhase + lane);
+        storeLanes(modLast, s.modLast + lane);
+        storeLanes(feed1, s.feed1 + lane);
+        storeLanes(feed2, s.feed2 + lane);
+        storeLanes(phaseMod, s.phaseMod + lane);
     }
 
-    SONDRAVA_INLINE void frame(int g, Floats4& out) {
-        Doubles m = feed2[g] * modLast[g] + modPhase[g];
+    SONDRAVA_INLINE static void shape(D& x, double ring) {
+        if constexpr (ringed)
+            x *= (ring - 1.0) + ring * x;
+        else
+            x = -x;
+    }
+
+    /// Leaves the carrier of the next frame in `carLast`.
+    SONDRAVA_INLINE void next() {
+        D m = modPhase * tableSteps + feed2 * modLast;
         sine<checked>(m);
-        modLast[g] = m;
-        modPhase[g] += modIncr[g];
-        const Doubles shaped = m * ((modRing - 1.0) + modRing * m);
-        Doubles c = phaseMod[g] * shaped + feed1[g] * carLast[g] + carPhase[g];
+        modLast = m;
+        modPhase += modIncr;
+        shape(m, modRing);
+        D c = (carPhase * tableSteps + phaseMod * m) + feed1 * carLast;
         sine<checked>(c);
-        c *= (oscRing - 1.0) + oscRing * c;
-        carLast[g] = c;
-        carPhase[g] += carIncr[g];
-        feed1[g] += feed1Step[g];
-        feed2[g] += feed2Step[g];
-        phaseMod[g] += phaseModStep[g];
-        out = __builtin_convertvector(c, Floats4);
+        carPhase += carIncr;
+        shape(c, oscRing);
+        carLast = c;
+        feed1 += feed1Step;
+        feed2 += feed2Step;
+        phaseMod += phaseModStep;
     }
+};
 
-    SONDRAVA_INLINE void frame(Floats& out) {
-        if constexpr (N == 8) {
-            Floats4 a, b;
-            frame(0, a);
-            frame(1, b);
-            out = __builtin_shufflevector(a, b, 0, 1, 2, 3, 4, 5, 6, 7);
-        } else {
-            frame(0, out);
-        }
+/// All operators of up to N lanes; the strip that follows is four or eight wide.
+template <int N, bool ringed, bool checked>
+struct Bank {
+    static constexpr int stripLanes = N < 4 ? 4 : N;
+    static constexpr int perGroup = N < 4 ? 1 : 4;
+    static constexpr int groups = N / perGroup;
+    using D = std::conditional_t < N<4, double, Doubles>;
+    using Floats = typename Vectors<stripLanes>::Floats;
+
+    Operators<D, ringed, checked> ops[groups];
+
+    SONDRAVA_INLINE explicit Bank(const OscLanes& s) {
+        for (int g = 0; g < groups; g++) ops[g].load(s, g * perGroup);
+    }
+    SONDRAVA_INLINE void store(OscLanes& s) const {
+        for (int g = 0; g < groups; g++) ops[g].store(s, g * perGroup);
+    }
+    SONDRAVA_INLINE void next(Floats& out) {
+        for (int g = 0; g < groups; g++) ops[g].next();
+        if constexpr (N == 8)
+            out = __builtin_shufflevector(__builtin_convertvector(ops[0].carLast, Floats4),
+                                          __builtin_convertvector(ops[1].carLast, Floats4), 0, 1, 2,
+                                          3, 4, 5, 6, 7);
+        else if constexpr (N == 4)
+            out = __builtin_convertvector(ops[0].carLast, Floats4);
+        else
+            out = Floats4{float(ops[0].carLast), float(ops[1].carLast), 0.0f, 0.0f};
     }
 };
 
@@ -142,36 +169,49 @@ SONDRAVA_INLINE void swapNeighbours(const typename Vectors<N>::Floats& v,
         out = __builtin_shufflevector(v, v, 1, 0, 3, 2);
 }
 
-template <int N, bool checked>
+template <int N, bool ringed, bool checked>
 SONDRAVA_INLINE void runLanes(OscLanes& s, float* left, float* right, int n) {
-    using Floats = typename Vectors<N>::Floats;
-    OscRegisters<N, checked> osc(s);
-    StripRegisters<N> strip(s.strip);
-    Floats direct, cross;
+    using Bank = Bank<N, ringed, checked>;
+    constexpr int width = Bank::stripLanes;
+    Bank bank(s);
+    StripRegisters<width> strip(s.strip);
+    typename Bank::Floats direct, cross;
     loadLanes(direct, s.direct);
     loadLanes(cross, s.cross);
     const bool dist = s.dist;
     for (int i = 0; i < n; i++) {
-        Floats c, neighbour;
-        osc.frame(c);
-        swapNeighbours<N>(c, neighbour);
-        Floats y = direct * c + cross * neighbour;
+        typename Bank::Floats c, neighbour;
+        bank.next(c);
+        swapNeighbours<width>(c, neighbour);
+        typename Bank::Floats y = direct * c + cross * neighbour;
         strip.filter(y);
-        if (dist) softClip<N>(y);
+        if (dist) softClip<width>(y);
         strip.mix(y, left + i, right + i);
     }
-    osc.store(s);
+    bank.store(s);
     strip.store(s.strip);
 }
 
+SONDRAVA_CLONES void run2(OscLanes& s, float* left, float* right, int n) {
+    runLanes<2, false, false>(s, left, right, n);
+}
 SONDRAVA_CLONES void run4(OscLanes& s, float* left, float* right, int n) {
-    runLanes<4, false>(s, left, right, n);
+    runLanes<4, false, false>(s, left, right, n);
 }
 SONDRAVA_CLONES void run8(OscLanes& s, float* left, float* right, int n) {
-    runLanes<8, false>(s, left, right, n);
+    runLanes<8, false, false>(s, left, right, n);
+}
+SONDRAVA_CLONES void run2Ringed(OscLanes& s, float* left, float* right, int n) {
+    runLanes<2, true, false>(s, left, right, n);
+}
+SONDRAVA_CLONES void run4Ringed(OscLanes& s, float* left, float* right, int n) {
+    runLanes<4, true, false>(s, left, right, n);
+}
+SONDRAVA_CLONES void run8Ringed(OscLanes& s, float* left, float* right, int n) {
+    runLanes<8, true, false>(s, left, right, n);
 }
 SONDRAVA_CLONES void run8Checked(OscLanes& s, float* left, float* right, int n) {
-    runLanes<8, true>(s, left, right, n);
+    runLanes<8, true, true>(s, left, right, n);
 }
 
 } // namespace
@@ -185,10 +225,11 @@ bool OscLanes::farOut(int lanes, int n) const {
 }
 
 void OscLanes::run(int lanes, float* left, float* right, int n) {
-    if (farOut(lanes, n))
-        run8Checked(*this, left, right, n);
-    else if (lanes <= lanesPerGroup)
-        run4(*this, left, right, n);
-    else
-        run8(*this, left, right, n);
+    using Run = void (*)(OscLanes&, float*, float*, int);
+    static constexpr Run plain[] = {run2, run4, run8},
+                         rings[] = {run2Ringed, run4Ringed, run8Ringed};
+    const int width = lanes <= 2 ? 0 : lanes <= 4 ? 1 : 2;
+    const bool ringed = modRing != 0.0 || oscRing != 0.0;
+    const Run choice = farOut(lanes, n) ? run8Checked : ringed ? rings[width] : plain[width];
+    choice(*this, left, right, n);
 }

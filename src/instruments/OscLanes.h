@@ -12,7 +12,8 @@
 struct alignas(64) OscLanes {
     double carPhase[maxLanes] = {}, carIncr[maxLanes] = {}, carLast[maxLanes] = {};
     double modPhase[maxLanes] = {}, modIncr[maxLanes] = {}, modLast[maxLanes] = {};
-    double feed1[maxLanes] = {}, feed1Step[maxLanes] = {}; ///< cycles, as the next two
+    static constexpr double cycle = 65535.0;               ///< steps of the table
+    double feed1[maxLanes] = {}, feed1Step[maxLanes] = {}; ///< in steps, as the next two
     double feed2[maxLanes] = {}, feed2Step[maxLanes] = {};
     double phaseMod[maxLanes] = {}, phaseModStep[maxLanes] = {};
     float direct[maxLanes] = {}, cross[maxLanes] = {};

@@ -10,7 +10,9 @@ namespace {
 
 const double pi = std::acos(-1.0);
 
-double roundUp(double v) { return std::floor(v + 0.5); }
+double roundUp(double v) {
+    return std::floor(v + 0.5);
+}
 
 double curved(double from, double to, double t, double c) {
     const double k = 1 + 63 * c * c;
@@ -25,9 +27,12 @@ double lfoTable(int wave, int i) {
     case 1:
         if (i < 16384) return i / 16384.0;
         return i >= 49152 ? (i - 49152) / 16384.0 - 1 : 1 - (i - 16384) * 2 / 32768.0;
-    case 2: return i < 32768 ? i / 32768.0 : (i - 32768) / 32768.0 - 1;
-    case 3: return i <= 32767 ? 1 : -1;
-    default: return std::sin(2 * pi * i / 65536);
+    case 2:
+        return i < 32768 ? i / 32768.0 : (i - 32768) / 32768.0 - 1;
+    case 3:
+        return i <= 32767 ? 1 : -1;
+    default:
+        return std::sin(2 * pi * i / 65536);
     }
 }
 
@@ -264,7 +269,8 @@ void VoiceReference::renderSlice(int n) {
 void VoiceReference::render(int frames) {
     const int sliceMax = int(roundUp(rate * 0.001));
     const size_t end = left.size() + size_t(frames);
-    if (tail > 0) ended = (tail -= frames) <= 0;
+    if (tail > 0)
+        ended = (tail -= frames) <= 0;
     else
         for (int rest = frames; rest > 0 && !ended;) {
             loadCur();
