@@ -81,7 +81,10 @@ public:
     /// Replaces the envelopes by copies of those of `source`.
     void copyParams(CPart* source);
     /// Master for a ghost, else the part itself.
-    CPart* content() { return ghostOf ? ghostOf->content() : this; }
+    CPart* content() {
+        CPart* master = ghostOf.loadAcquire();
+        return master ? master->content() : this;
+    }
 
     // Slots and play pointers. Both grow in chunks that never move, so that a part may play
     // meanwhile.

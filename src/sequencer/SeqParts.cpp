@@ -189,7 +189,7 @@ CPart* CSeq::makeGhost(CPart* part, CUndo* undo) {
         undo->asAdd(master, &masterParts);
         swapUndoPart(undo, part, emptyLike(part));
         undo->asPtr(reinterpret_cast<void**>(part->ghostOf.address()));
-        part->ghostOf = master;
+        part->ghostOf.storeRelease(master); // the part may be playing
     }
     return part->copy(0);
 }

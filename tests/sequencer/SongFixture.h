@@ -1,10 +1,9 @@
 #pragma once
 
-#include "base/GraphMark.h"
-#include "engine/CQV.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/Points.h"
+#include "support/TestHost.h"
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -12,17 +11,11 @@
 #include <utility>
 #include <vector>
 
-/// A host with its device components and one sequencer; no audio runs.
+/// A host with one sequencer; no audio runs by itself.
 struct SongFixture {
-    CQV host;
-    CSeq* seq; ///< owned by the host
-
-    SongFixture() {
-        host.init();
-        seq = new CSeq(&host);
-        seq->init();
-        host.comps.add(seq);
-    }
+    TestHost device;
+    CQV& host = *device.host;
+    CSeq* seq = device.add(new CSeq(&host)); ///< owned by the host
 
     CSeqProg* prog() { return seq->getProg(); }
     CSongTrack* track(int kind) { return seq->addTrack(kind, prog(), nullptr); }
