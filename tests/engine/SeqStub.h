@@ -8,7 +8,10 @@
 /// Stands where a sequencer stands and takes down what the host tells it.
 class SeqStub : public CComp {
 public:
-    explicit SeqStub(CQV* root) : CComp(root) { type = compSeq; }
+    explicit SeqStub(CQV* root) : CComp(root) {
+        type = compSeq;
+        log.reserve(1000); // short texts then need no memory in a block
+    }
     void init() override {
         inPorts.add(new CInputPort(this));
         outPorts.add(new COutputPort(this));
