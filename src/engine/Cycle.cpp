@@ -226,12 +226,6 @@ void CQV::advance(int n) {
 
 namespace {
 
-/// The highest value so far stays in the hold, the live meter ends at full scale.
-void storePeak(float peak, Shared<float>& live, Shared<float>& hold) {
-    if (peak > hold) hold = peak;
-    live = std::min(peak, 1.0f);
-}
-
 void addDelayed(const COutputChannel* from, CInputChannel* to, CPDC* pdc, int frames) {
     for (int i = 0; i < frames; ++i) {
         float l = 0.0f, r = 0.0f;

@@ -13,9 +13,26 @@ namespace {
 constexpr int maxPullDepth = 256;
 
 using Lanes = float __attribute__((vector_size(16)));
-constexpr int lanes = 4;
+constexpr int laneCount = 4;
 
-constexpr int midiChannels = 16;
+/// The highest and lowest samples so far, in lanes that do not wait for each other. A comparison
+/// with what is not a number is false, so such a sample leaves them as they are.
+struct Extremes {
+    explicit Extremes(float peak) : high{peak, peak, peak, peak}, low(-high) {}
+
+    void take(Lanes x) {
+        high = x > high ? x : high;
+        low = x < low ? x : low;
+    }
+    void joinTo(float& peak) const {
+        for (int k = 0; k < laneCount; ++k) {
+            meter(high[k], peak);
+            meter(low[k], peak);
+        }
+    }
+
+    Lanes high, low;
+};
 
 Lanes load(const float* from) {
     Lanes x;
@@ -23,15 +40,15 @@ Lanes load(const float* from) {
     return x;
 }
 
-Lanes higher(Lanes x, Lanes top) {
-    const Lanes magnitude = x < 0.0f ? -x : x;
-    return magnitude > top ? magnitude : top;
+/// Calls `pair` for every two lanes of frames and `single` for each frame left over.
+template <class Pair, class Single>
+void inLanes(int frames, Pair&& pair, Single&& single) {
+    int i = 0;
+    for (; i + 2 * laneCount <= frames; i += 2 * laneCount) pair(i);
+    for (; i < frames; ++i) single(i);
 }
 
-float highestLane(Lanes top, float peak) {
-    for (int k = 0; k < lanes; ++k) peak = std::max(peak, top[k]);
-    return peak;
-}
+constexpr int midiChannels = 16;
 
 /// One level deeper in the pull, for as long as it lives.
 class PullLevel {
@@ -122,12 +139,6 @@ void mixSegment(COutputChannel* ch, int frames, int offset, bool unscaled, Peaks
     peaks.right = scaleAndMeter(right, frames, factorR, peaks.right);
 }
 
-/// The hold keeps the overshoot, the live meter ends at full scale.
-void storePeak(float peak, Shared<float>& live, Shared<float>& hold) {
-    if (peak > hold) hold = peak;
-    live = std::min(peak, 1.0f);
-}
-
 void mixStrip(CComp* c, COutputChannel* ch, int frames, int offset) {
     followControls(c, ch);
     const bool unscaled = c->host->renderMode == 1 && c->host->renderFreeze;
@@ -168,26 +179,39 @@ void feedSends(CComp* c, COutputChannel* ch, int frames, int offset) {
 } // namespace
 
 float highest(const float* buf, int frames, float peak) {
-    Lanes top = {peak, peak, peak, peak};
-    int i = 0;
-    for (; i + lanes <= frames; i += lanes) top = higher(load(buf + i), top);
-    for (; i < frames; ++i) meter(buf[i], peak);
-    return highestLane(top, peak);
+    Extremes even(peak), odd(peak);
+    const auto pair = [&](int i) {
+        even.take(load(buf + i));
+        odd.take(load(buf + i + laneCount));
+    };
+    inLanes(frames, pair, [&](int i) { meter(buf[i], peak); });
+    even.joinTo(peak);
+    odd.joinTo(peak);
+    return peak;
 }
 
 float scaleAndMeter(float* buf, int frames, float factor, float peak) {
-    Lanes top = {peak, peak, peak, peak};
-    int i = 0;
-    for (; i + lanes <= frames; i += lanes) {
-        const Lanes x = load(buf + i) * factor;
+    Extremes even(peak), odd(peak);
+    const auto pair = [&](int i) {
+        const Lanes x = load(buf + i) * factor, y = load(buf + i + laneCount) * factor;
         std::memcpy(buf + i, &x, sizeof x);
-        top = higher(x, top);
-    }
-    for (; i < frames; ++i) {
+        std::memcpy(buf + i + laneCount, &y, sizeof y);
+        even.take(x);
+        odd.take(y);
+    };
+    const auto rest = [&](int i) {
         buf[i] *= factor;
         meter(buf[i], peak);
-    }
-    return highestLane(top, peak);
+    };
+    inLanes(frames, pair, rest);
+    even.joinTo(peak);
+    odd.joinTo(peak);
+    return peak;
+}
+
+void storePeak(float peak, Shared<float>& live, Shared<float>& hold) {
+    if (peak > hold) hold = peak;
+    live = std::min(peak, 1.0f);
 }
 
 void addScaled(float* __restrict to, const float* __restrict from, int frames, float amount) {

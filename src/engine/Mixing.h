@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Atomic.h"
+
 /// Sums and meters of the mix: plain loops over one channel's buffer, any thread. A frame that is
 /// not a number raises no meter.
 
@@ -7,5 +9,7 @@
 float highest(const float* buf, int frames, float peak);
 /// Scales in place and returns what `highest` gives for the result.
 float scaleAndMeter(float* buf, int frames, float factor, float peak);
+/// Ends a block's metering: the hold keeps the overshoot, the live meter ends at full scale.
+void storePeak(float peak, Shared<float>& live, Shared<float>& hold);
 /// Adds `from` times `amount` to `to`; the two do not overlap.
 void addScaled(float* to, const float* from, int frames, float amount);
