@@ -203,6 +203,10 @@ TEST_F(Jack, OutlivesItsServer) {
     EXPECT_TRUE(module.waitBlocks(3));
 }
 
+TEST_F(Jack, HasNoCallbackRunningOnceStopped) {
+    stopWhileInside(module, jack());
+}
+
 TEST_F(Jack, ReopensAHundredTimes) {
     reopen(module, jack(), 100);
 }

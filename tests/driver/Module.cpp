@@ -103,6 +103,20 @@ Holdings Holdings::now() {
     return {entries("/proc/self/task"), entries("/proc/self/fd"), size_t(lines)};
 }
 
+void stopWhileInside(Module& module, int device) {
+    module.program = [](const Block&) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(3));
+        return 0L;
+    };
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_TRUE(module.open(device, 64, 44100));
+        ASSERT_TRUE(waitFor([&] { return module.inside.load(); }));
+        module(aamStop);
+        EXPECT_FALSE(module.inside);
+        module(aamClose);
+    }
+}
+
 void reopen(Module& module, int device, int times) {
     constexpr int warmUp = 10;
     Holdings before{};

@@ -78,5 +78,8 @@ struct Holdings {
     static Holdings now();
 };
 
+/// Stops again and again while a long callback runs: it must be over by then.
+void stopWhileInside(Module& module, int device);
+
 /// Opens, plays a few blocks and closes so many times: nothing may pile up.
 void reopen(Module& module, int device, int times);

@@ -81,12 +81,13 @@ TEST_F(SilentClock, GrantsAnyBlockAndRateAndHasAPairEachWay) {
 
 /// Late blocks are the machine's doing, but a clock that runs ahead is a fault anywhere.
 TEST_F(SilentClock, NeverRunsAheadOfTime) {
-    constexpr int count = 40, frames = 441;
+    constexpr int count = 400, frames = 44;
+    const int device = clock();
     const auto begun = std::chrono::steady_clock::now();
-    ASSERT_TRUE(module.open(clock(), frames, 44100));
+    ASSERT_TRUE(module.open(device, frames, 44100));
     ASSERT_TRUE(module.waitBlocks(count));
     EXPECT_GE(std::chrono::steady_clock::now() - begun,
-              std::chrono::milliseconds(10 * (count - 1)));
+              std::chrono::nanoseconds(1000000000LL * (count - 1) * frames / 44100));
     EXPECT_GE(module.statistics().blocks, count);
 }
 
@@ -199,18 +200,8 @@ TEST_F(SilentClock, BringsInjectedEventsOnceAndInsideTheBlock) {
 }
 
 TEST_F(SilentClock, HasNoCallbackRunningOnceStopped) {
-    module.program = [](const Block&) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        return 0L;
-    };
-    for (int i = 0; i < 20; ++i) {
-        ASSERT_TRUE(module.open(clock(), 64, 44100));
-        ASSERT_TRUE(waitFor([&] { return module.inside.load(); }));
-        module(aamStop);
-        EXPECT_FALSE(module.inside);
-        EXPECT_GT(module.statistics().lateBlocks, 0) << "5 ms of work in a block of 1.5 ms";
-        module(aamClose);
-    }
+    stopWhileInside(module, clock());
+    EXPECT_GT(module.statistics().lateBlocks, 0) << "3 ms of work in a block of 1.5 ms";
 }
 
 TEST_F(SilentClock, ReopensAHundredTimes) {
