@@ -95,49 +95,23 @@ TEST(CPart, CopiesAreDeepAndOfTheSameClass) {
     CMIDIPart midi;
     CDrumPart drum;
     CAudioPart audio;
-    audio.multiclip = 1;
-    audio.chs = 2;
-    for (CPart* part : std::initializer_list<CPart*>{&midi, &drum, &audio}) {
-        part->id = "name";
-        part->pos = 100;
-        part->offset = -20;
-        part->length = 7;
-        part->colour = 5;
-        part->setMuted(true);
-        part->addEventParam(30, createEnvEvent(nullptr, 0.25f), 40);
-    }
     midi.addEvent(10, note(60));
     drum.addEvent(10, createDrumEvent());
     audio.addEvent(10, createAudioEvent());
     for (CPart* part : std::initializer_list<CPart*>{&midi, &drum, &audio}) {
+        part->offset = -20;
+        part->setMuted(true);
+        part->addEventParam(30, createEnvEvent(nullptr, 0.25f), 40);
         const std::unique_ptr<CPart> twin(part->copy(0)), bare(part->copy(1));
         EXPECT_EQ(twin->type, part->type);
-        EXPECT_EQ(twin->id, part->id);
-        EXPECT_EQ(twin->pos, 100);
         EXPECT_EQ(twin->offset, -20);
-        EXPECT_EQ(twin->length, 7);
-        EXPECT_EQ(twin->colour, 5);
         EXPECT_TRUE(twin->muted());
-        ASSERT_NE(twin->getEvents(), nullptr);
         EXPECT_NE(twin->getEvents(), part->getEvents());
         EXPECT_EQ(twin->getEvents()->delta, 10);
         EXPECT_EQ(pointsOf(twin.get(), 40), pointsOf(part, 40));
         EXPECT_NE(bare->getEvents(), nullptr);
         EXPECT_EQ(bare->getParam(40), nullptr);
     }
-    const std::unique_ptr<CPart> twin(audio.copy(0));
-    EXPECT_EQ(static_cast<CAudioPart*>(twin.get())->getChs(), 2);
-    EXPECT_EQ(static_cast<CAudioPart*>(twin.get())->multiclip, 1);
-}
-
-TEST(CPart, CopiesOfPointsLoseTheirOwnFields) {
-    CTempoPart tempo;
-    tempo.setTempo(90.0f);
-    CTimesigPart timesig;
-    timesig.setTimesig(3, 8);
-    const std::unique_ptr<CPart> tempoCopy(tempo.copy()), timesigCopy(timesig.copy());
-    EXPECT_EQ(static_cast<CTempoPart*>(tempoCopy.get())->getTempo(), 120.0f);
-    EXPECT_EQ(static_cast<CTimesigPart*>(timesigCopy.get())->getNum(), 4);
 }
 
 TEST(CPart, AGhostSharesContentAndNothingElse) {
@@ -157,21 +131,6 @@ TEST(CPart, AGhostSharesContentAndNothingElse) {
     const std::unique_ptr<CPart> twin(ghost.copy(0));
     EXPECT_EQ(twin->ghostOf, &master);
     EXPECT_EQ(twin->events, nullptr);
-}
-
-TEST(CPart, SwapExchangesContentAlone) {
-    CMIDIPart a, b;
-    a.pos = 1;
-    b.pos = 2;
-    a.addEvent(10, note(60));
-    b.addEventParam(20, createEnvEvent(nullptr, 0.5f), 12);
-    a.reserveSlots(13);
-    a.swap(&b);
-    EXPECT_EQ(a.pos, 1);
-    EXPECT_EQ(a.getEvents(), nullptr);
-    EXPECT_EQ(notesOf(&b), (Ticks{{10, 60}}));
-    EXPECT_EQ(pointsOf(&a, 12), (Ticks{{20, 50}}));
-    EXPECT_EQ(b.getParam(12), nullptr);
 }
 
 /// A pointer for each slot that is reserved and one for the main list, 64 at most.
@@ -208,17 +167,4 @@ TEST(Points, HostileValuesAreClamped) {
     timesig.setTimesig(-7, 1 << 20);
     EXPECT_EQ(timesig.getNum(), 1);
     EXPECT_EQ(timesig.getDen(), maxTimesig);
-}
-
-TEST(Events, DrumParametersAreListedWhereTheyDiffer) {
-    CDrumEvent* event = createDrumEvent();
-    EXPECT_TRUE(drumParamList(event).empty());
-    event->pan = 0.5f;
-    event->tune = 0.0f;
-    const auto list = drumParamList(event);
-    ASSERT_EQ(list.size(), 2u);
-    EXPECT_EQ(list[0].id, 1);
-    EXPECT_EQ(list[0].value, &event->pan);
-    EXPECT_EQ(list[1].id, 2);
-    freeEvent(event);
 }

@@ -21,19 +21,6 @@ using CSeqProgTest = ProgFixture;
 
 } // namespace
 
-TEST_F(CSeqProgTest, LooksUpTheFirstPointThatCoversATick) {
-    CMarkerPart* wide = at<CMarkerPart>(100, 1000);
-    CMarkerPart* inner = at<CMarkerPart>(200, 50);
-    prog()->addMarker(wide, nullptr);
-    prog()->addMarker(inner, nullptr);
-    const std::pair<int, CMarkerPart*> cases[] = {{99, nullptr}, {100, wide},     {220, wide},
-                                                  {1099, wide},  {1100, nullptr}, {-1, nullptr}};
-    for (const auto& [tick, marker] : cases)
-        EXPECT_EQ(prog()->getMarkerAtPos(tick), marker) << tick;
-    EXPECT_EQ(prog()->getTempoAtPos(0), nullptr);
-    EXPECT_EQ(prog()->getTimesigAtPos(0), nullptr);
-}
-
 TEST_F(CSeqProgTest, PointsEnterInOrderOfPosition) {
     for (int pos : {960, 0, 480, 960, 480}) {
         CTimesigPart* sig = timesig(pos, 3, 4);
@@ -111,12 +98,4 @@ TEST_F(CSeqProgTest, AMarkerThatLeavesIsForgotten) {
     EXPECT_EQ(prog()->playingMarker, nullptr);
     ASSERT_EQ(prog()->session.count(), 1);
     EXPECT_EQ(prog()->session.at(0), other);
-}
-
-TEST_F(CSeqProgTest, TheSessionEndsWhereItIsFull) {
-    CMarkerPart marker;
-    for (int i = 0; i < MarkerSession::capacity + 10; i++) prog()->session.add(&marker);
-    EXPECT_EQ(prog()->session.count(), MarkerSession::capacity);
-    prog()->session.clear();
-    EXPECT_EQ(prog()->session.count(), 0);
 }

@@ -42,26 +42,6 @@ TEST_F(CTrackTest, SensitivityScalesTheDistanceFromFullStrength) {
     for (int msg : {0x3C90, 0x403C80, 0x4007B0}) EXPECT_EQ(midi->setVel(msg), msg);
 }
 
-TEST_F(CTrackTest, KeepsAccountOfNotesPlayedLive) {
-    midi->addRemovePlayingNote(noteOnMessage);
-    EXPECT_EQ(midi->playingNotes[60], 0x3C90);
-    midi->addRemovePlayingNote(0x4007B0);
-    midi->addRemovePlayingNote(0x40FF90);
-    EXPECT_EQ(midi->playingNotes[127], 0xFF90);
-    midi->addRemovePlayingNote(0x3C80);
-    EXPECT_EQ(midi->playingNotes[60], 0);
-}
-
-TEST_F(CTrackTest, HeightFollowsStateAndLanes) {
-    EXPECT_EQ(midi->getHeight(true), 40);
-    midi->setOpen(true);
-    EXPECT_EQ(midi->getHeight(false), 256);
-    EXPECT_EQ(midi->getHeight(true), 256 + 40) << "one lane";
-    static_cast<CSubTrack*>(midi->subTracks.getFirst())->visible = 0;
-    EXPECT_EQ(midi->getHeight(true), 256);
-    EXPECT_EQ(track(trackFolder)->track->getHeight(true), 21) << "an open folder";
-}
-
 TEST_F(CTrackTest, ScrollAndZoomStayInRange) {
     const int most = 8 * 128 - 256 + 20;
     for (const auto& [given, kept] :
@@ -128,11 +108,4 @@ TEST_F(CTrackTest, PreviewNotesEndByThemselvesOrTogether) {
     preview.mute();
     EXPECT_EQ(block(1.0).size(), 16u) << "and all end";
     EXPECT_EQ(block(1000.0), (Events{}));
-}
-
-TEST(CSubTrack, KindsHaveTexts) {
-    const std::pair<int, const char*> texts[] = {
-        {-1, "CC74"},        {-2, "Channel pressure"}, {-3, ""},        {-4, "Aftertouch"},
-        {-5, "Prog.change"}, {-6, "Velocity"},         {-102, "Param"}, {7, ""}};
-    for (const auto& [kind, text] : texts) EXPECT_EQ(controllerAsText(kind, 74), text) << kind;
 }

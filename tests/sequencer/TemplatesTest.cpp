@@ -84,19 +84,3 @@ TEST(Templates, HoldWhatTheyAreNamedFor) {
         EXPECT_EQ(synths, c.synths) << which;
     }
 }
-
-TEST(SongOptions, StartAsTold) {
-    SongOptions options;
-    const int ones[] = {0, 4, 5, 6, 7};
-    for (int i = 0; i < SongOptions::size; i++) {
-        int expected = std::count(std::begin(ones), std::end(ones), i) ? 1 : 0;
-        if (i == 24 || i == 25) expected = 4;
-        if (i == 10) expected = 0x80; // 64.0 is 42800000
-        if (i == 11) expected = 0x42;
-        EXPECT_EQ(options.bytes[i], expected) << i;
-    }
-    options.bytes[25] = 0;
-    EXPECT_EQ(options.den(), 4);
-    options.bytes[24] = 7;
-    EXPECT_EQ(options.num(), 7);
-}

@@ -48,30 +48,18 @@ struct RandomMap {
 
 } // namespace
 
+/// From inside the song, the points before it rule too.
 TEST(TempoMap, FramesOfTicksFollowEveryPoint) {
     std::mt19937 random(7);
-    for (int round = 0; round < 20; round++) {
+    for (int round = 0; round < 200; round++) {
         RandomMap song(random, 60);
-        for (int rate : {8000, 44100, 192000}) {
-            const int ticks = int(random() % 200000);
-            EXPECT_NEAR(tempoTicksToFrames(song.tempos.list, 97.5f, 0, ticks, rate),
-                        secondsAt(song.map, 97.5, ticks) * rate, 1e-3)
-                << ticks << " ticks at " << rate;
-        }
-    }
-}
-
-/// From inside the song, the points before it rule too.
-TEST(TempoMap, FramesBetweenTwoPlacesAreTheDifference) {
-    std::mt19937 random(8);
-    RandomMap song(random, 50);
-    for (int i = 0; i < 200; i++) {
-        const int from = int(random() % 90000), ticks = int(random() % 90000);
-        const double expected =
-            secondsAt(song.map, 120.0, from + ticks) - secondsAt(song.map, 120.0, from);
-        EXPECT_NEAR(tempoTicksToFrames(song.tempos.list, 120.0f, from, ticks, 48000),
-                    expected * 48000, 1e-3)
-            << from << " + " << ticks;
+        const int from = round % 2 ? int(random() % 90000) : 0, ticks = int(random() % 90000);
+        const int rate = round % 3 ? 44100 : 192000;
+        const double seconds =
+            secondsAt(song.map, 97.5, from + ticks) - secondsAt(song.map, 97.5, from);
+        EXPECT_NEAR(tempoTicksToFrames(song.tempos.list, 97.5f, from, ticks, rate), seconds * rate,
+                    1e-3)
+            << from << " + " << ticks << " at " << rate;
     }
 }
 
@@ -114,19 +102,6 @@ TEST(TempoMap, EdgesOfTheConversions) {
         {"a part of a frame is lost", tempoFramesToTicks(none.list, 250.0f, 0.0, 0.9, 8000), 0.0},
     };
     for (const Case& c : cases) EXPECT_NEAR(c.got, c.expected, 1e-6) << c.name;
-}
-
-TEST(TempoMap, FindsPoints) {
-    Tempos song;
-    song.add(100, 60.0f);
-    song.add(200, 90.0f);
-    EXPECT_EQ(lastTempoAt(song.list, 99), nullptr);
-    EXPECT_EQ(lastTempoAt(song.list, 200)->pos, 200);
-    EXPECT_EQ(nextTempoAfter(song.list, 100)->pos, 200);
-    EXPECT_EQ(nextTempoAfter(song.list, 200), nullptr);
-    EXPECT_EQ(ticksToNextTempo(song.list, 100.9), 0);
-    EXPECT_EQ(ticksToNextTempo(song.list, 101.0), 99);
-    EXPECT_EQ(ticksToNextTempo(song.list, 201.0), -1);
 }
 
 TEST(TempoMap, Snaps) {
