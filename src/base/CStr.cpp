@@ -37,7 +37,7 @@ CStr::~CStr() {
 }
 
 CStr& CStr::operator=(const CStr& s) {
-    assign(s.text);
+    if (this != &s) assign(s.text);
     return *this;
 }
 

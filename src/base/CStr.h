@@ -7,7 +7,7 @@
 /// empty text everywhere. No thread shares one that is changing.
 class CStr {
 public:
-    CStr() noexcept : text(emptyText) {}
+    CStr() noexcept = default;
     CStr(const char* s); // NOLINT(google-explicit-constructor): literals pass as CStr
     /// One character. Of exactly this type, so that no number becomes text.
     CStr(std::same_as<char> auto c) : CStr(&c, 1) {}
@@ -62,7 +62,7 @@ private:
     void insertBytes(size_t at, const char* s, size_t n);
     void assign(const char* s);
 
-    char* text;
+    char* text = emptyText;
 };
 
 CStr operator+(const CStr& a, const CStr& b);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <cstdlib>
 #include <cstring>
 #include <sys/stat.h>
@@ -199,6 +200,7 @@ CMemoryStream::~CMemoryStream() {
 bool CMemoryStream::reserve(int64_t bytes) {
     constexpr int64_t grain = 8192;
     if (bytes <= capacity) return true;
+    assert(bytes > 0);
     const int64_t wanted = (bytes + grain - 1) / grain * grain;
     auto* grown = static_cast<unsigned char*>(std::realloc(data, size_t(wanted)));
     if (!grown) return false;

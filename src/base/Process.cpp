@@ -18,6 +18,7 @@ bool spawn(const CStringList& argv, pid_t& pid) {
     for (const CStringItem* item : each<CStringItem>(argv.list)) texts.push_back(item->text);
     if (texts.empty()) return false;
     std::vector<char*> args;
+    args.reserve(texts.size() + 1);
     for (CStr& text : texts) args.push_back(text.buffer());
     args.push_back(nullptr);
 

@@ -19,14 +19,14 @@ public:
         while (!terminated) {
             checkPark();
             if (wait != 0) suspend(wait);
-            if (const int* p = content.loadAcquire()) sum += *p;
+            if (const int* p = content.loadAcquire()) seen = *p;
             rounds.fetchAdd(1);
         }
         ended = true;
     }
 
     Shared<int*> content{nullptr};
-    Shared<int> sum{0}, rounds{0};
+    Shared<int> seen{0}, rounds{0};
     Shared<bool> ended{false};
 
 private:
