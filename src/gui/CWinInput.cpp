@@ -186,6 +186,8 @@ void CWin::mouseUp(int x, int y, int btn) {
     }
     sizeMode = zoneNone;
     if (app->dragCtrl) app->drop(btn);
+    // The pointer may have left while the press held it.
+    app->setHooverCtrl(inside(x, y) ? controlAtPos(x, y) : nullptr, x, y);
 }
 
 bool CWin::mouseWheel(int x, int y, int btn, int dy, int dx) {

@@ -1,0 +1,420 @@
+#include "TestServer.h"
+
+#include "base/Messages.h"
+#include "gui/CGraphic.h"
+#include "gui/Keys.h"
+#include "gui/XConnection.h"
+#include "gui/controls/CButton.h"
+#include "gui/dialogs/MessageBox.h"
+
+#include <X11/Xlib.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+
+extern char** environ;
+
+namespace {
+
+constexpr int framed = winCaption | winSizable | winMinButton | winMaxButton;
+
+class CWinTest : public GuiTest {
+protected:
+    std::unique_ptr<CWin> framedWindow(int style = framed) {
+        auto win = std::make_unique<CWin>(app.get(), nullptr, "framed", 100, 100, 300, 200, style);
+        win->show(true);
+        settle();
+        return win;
+    }
+    /// Runs outside commands of xdotool, one after the other, while a loop of ours is running.
+    void actDuring(ProbeCtrl* timer, const std::vector<std::vector<std::string>>& commands) {
+        steps = commands;
+        timer->onTick = [this] {
+            if (steps.empty()) return;
+            std::vector<std::string> command = {"xdotool"};
+            command.insert(command.end(), steps.front().begin(), steps.front().end());
+            steps.erase(steps.begin());
+            runCommand(command);
+        };
+        app->addTimer(timer, 50, true);
+    }
+
+    std::vector<std::vector<std::string>> steps;
+};
+
+bool hasProperty(Window window, const char* name) {
+    const Atom atom = XInternAtom(liveDisplay(), name, True);
+    Atom type = None;
+    int format;
+    unsigned long count, rest;
+    unsigned char* data = nullptr;
+    if (atom)
+        XGetWindowProperty(liveDisplay(), window, atom, 0, 1, False, AnyPropertyType, &type,
+                           &format, &count, &rest, &data);
+    if (data) XFree(data);
+    return type != None;
+}
+
+/// A window manager for as long as the object lives.
+class Manager {
+public:
+    explicit Manager(const std::function<bool(const std::function<bool()>&)>& pump) {
+        char name[] = "openbox", option[] = "--sm-disable";
+        char* argv[] = {name, option, nullptr};
+        if (posix_spawnp(&pid, name, nullptr, nullptr, argv, environ) != 0) pid = 0;
+        started =
+            pid && pump([] { return hasProperty(xConnection().root, "_NET_SUPPORTING_WM_CHECK"); });
+    }
+    ~Manager() {
+        if (pid) kill(pid, SIGTERM);
+        if (pid) waitpid(pid, nullptr, 0);
+    }
+    Manager(const Manager&) = delete;
+    Manager& operator=(const Manager&) = delete;
+    bool started = false;
+
+private:
+    pid_t pid = 0;
+};
+
+} // namespace
+
+/// Group of 200 x 100, child at (10, 20) of 40 x 30.
+TEST_F(CWinTest, ChildrenFollowTheirGroup) {
+    struct Case {
+        int align, x, y;
+        CRect bounds; // left, top, width, height
+    };
+    const Case cases[] = {{0, 5, 5, {10, 20, 40, 30}},
+                          {alignRight, 5, 0, {155, 20, 40, 30}},
+                          {alignWidth, 5, 0, {10, 20, 185, 30}},
+                          {alignMiddleX, 25, 0, {30, 20, 40, 30}},
+                          {alignBottom, 0, 5, {10, 65, 40, 30}},
+                          {alignHeight, 0, 5, {10, 20, 40, 75}},
+                          {alignPercentY, 0, 50, {10, 35, 40, 30}},
+                          {alignRight | alignWidth | alignMiddleX, 5, 0, {155, 20, 40, 30}},
+                          {alignBottom | alignHeight, 0, 5, {10, 65, 40, 30}},
+                          {alignWidth | alignHeight, 3, 4, {10, 20, 187, 76}}};
+    const auto win = bareWindow();
+    for (const Case& c : cases) {
+        CGroup group(win.get(), "group", 0, 0, 200, 100);
+        auto* inner = new CGroup(win.get(), "inner", 10, 20, 40, 30);
+        auto* leaf = new CCtrl(win.get(), "leaf", 0, 0, 10, 10);
+        leaf->setAlign(alignWidth, 1, 0);
+        inner->addControl(leaf);
+        inner->setAlign(c.align, c.x, c.y);
+        group.addControl(inner);
+        group.resized();
+        EXPECT_EQ(asRect(inner->left, inner->top, inner->width, inner->height), c.bounds)
+            << c.align;
+        EXPECT_EQ(leaf->width, inner->width - 1) << c.align;
+    }
+}
+
+TEST_F(CWinTest, TheFirstChildIsHitAndInsideItTheLast) {
+    const auto win = bareWindow();
+    CGroup root(win.get(), "root", 0, 0, 200, 100);
+    auto* first = new CGroup(win.get(), "first", 10, 10, 50, 50);
+    auto* second = new CCtrl(win.get(), "second", 10, 10, 90, 50);
+    auto* under = new CCtrl(win.get(), "under", 0, 0, 30, 30);
+    auto* over = new CCtrl(win.get(), "over", 10, 10, 30, 30);
+    root.addControl(first);
+    root.addControl(second);
+    first->addControl(under);
+    first->addControl(over);
+    EXPECT_EQ(root.controlAtPos(25, 25), over);
+    EXPECT_EQ(root.controlAtPos(12, 12), under);
+    EXPECT_EQ(root.controlAtPos(55, 55), first);
+    EXPECT_EQ(root.controlAtPos(70, 20), second);
+    EXPECT_EQ(root.controlAtPos(5, 5), nullptr);
+    over->enabled = false;
+    EXPECT_EQ(root.controlAtPos(25, 25), under);
+    first->visible = false;
+    EXPECT_EQ(root.controlAtPos(25, 25), second);
+    first->visible = over->enabled = true;
+    first->scrollY = 30; // what is drawn at 12 is the content's 32
+    EXPECT_EQ(root.controlAtPos(25, 12), over);
+    root.scrollX = 100;
+    EXPECT_EQ(root.controlAtPos(-75, 12), over);
+}
+
+/// Painting must put a scrolled control where hit testing finds it, and cut it to its parents.
+TEST_F(CWinTest, ScrolledContentIsPaintedWhereItIsHit) {
+    const auto win = bareWindow();
+    auto* panel = new CGroup(win.get(), "panel", 20, 20, 60, 60);
+    auto* probe = new ProbeCtrl(win.get(), "probe", 10, 70, 30, 30);
+    probe->fill = 0x00ff00;
+    panel->addControl(probe);
+    panel->scrollY = 50;
+    win->addControl(panel);
+    win->redraw();
+    settle();
+    EXPECT_EQ(Shot(win->handle, 200, 150).boundsOf(0x00ff00), asRect(30, 40, 60, 70));
+    EXPECT_EQ(win->controlPos(probe), asPoint(30, 40));
+    EXPECT_EQ(win->controlAtPos(30, 40), probe);
+    panel->scrollY = 20;
+    win->redraw();
+    settle();
+    EXPECT_EQ(Shot(win->handle, 200, 150).boundsOf(0x00ff00), asRect(30, 70, 60, 80));
+}
+
+TEST_F(CWinTest, FrameCaptionAndContentHaveTheirPlaces) {
+    const auto win = framedWindow();
+    auto* content = new ProbeCtrl(win.get(), "content", 0, 0, 300, 200);
+    content->setAlign(alignWidth | alignHeight, 0, 0);
+    content->fill = 0x00ff00;
+    win->addControl(content);
+    win->setSize(320, 240);
+    settle();
+    settle();
+    const Shot shot(win->handle, 320, 240);
+    EXPECT_EQ(shot.boundsOf(0x00ff00), asRect(3, 23, 317, 237));
+    EXPECT_EQ(shot.at(0, 0), clWinBkgnd.frameCol);
+    EXPECT_EQ(shot.at(319, 239), clWinBkgnd.frameCol);
+    EXPECT_EQ(shot.at(1, 1), clWinBkgnd.fillCol);
+    EXPECT_EQ(shot.at(200, 5), clCaption.fillCol); // it has the focus
+}
+
+TEST_F(CWinTest, EdgesAndCaptionAreZones) {
+    struct Case {
+        int x, y, zone;
+    };
+    const Case cases[] = {{0, 0, zoneTopLeft},
+                          {8, 2, zoneTopLeft},
+                          {2, 8, zoneTopLeft},
+                          {9, 2, zoneTop},
+                          {2, 9, zoneLeft},
+                          {291, 0, zoneTopRight},
+                          {299, 8, zoneTopRight},
+                          {290, 1, zoneTop},
+                          {297, 9, zoneRight},
+                          {0, 191, zoneBottomLeft},
+                          {8, 197, zoneBottomLeft},
+                          {9, 197, zoneBottom},
+                          {299, 199, zoneBottomRight},
+                          {291, 197, zoneBottomRight},
+                          {297, 190, zoneRight},
+                          {150, 22, zoneMove},
+                          {150, 23, zoneNone},
+                          {3, 3, zoneMove}};
+    const auto win = framedWindow();
+    for (const Case& c : cases) EXPECT_EQ(win->getHitPos(c.x, c.y), c.zone) << c.x << "," << c.y;
+    win->style |= winMaximized;
+    EXPECT_EQ(win->getHitPos(0, 0), zoneMove);
+    win->style = 0;
+    EXPECT_EQ(win->getHitPos(0, 0), zoneNone);
+}
+
+/// Dragging each zone by (20, 10) with the real pointer.
+TEST_F(CWinTest, ZonesAreDragged) {
+    struct Case {
+        int x, y;
+        CRect moved; // left, top, width, height
+    };
+    const Case cases[] = {{1, 100, {120, 100, 280, 200}}, {298, 100, {100, 100, 320, 200}},
+                          {150, 1, {100, 110, 300, 190}}, {150, 198, {100, 100, 300, 210}},
+                          {1, 1, {120, 110, 280, 190}},   {298, 1, {100, 110, 320, 190}},
+                          {1, 198, {120, 100, 280, 210}}, {298, 198, {100, 100, 320, 210}},
+                          {150, 12, {120, 110, 300, 200}}};
+    const auto win = framedWindow();
+    for (const Case& c : cases) {
+        win->move(100, 100, 300, 200);
+        settle();
+        act({"mousemove", std::to_string(100 + c.x), std::to_string(100 + c.y), "mousedown", "1"});
+        act({"mousemove_relative", "20", "10"});
+        act({"mouseup", "1"});
+        settle();
+        const CPoint at = win->getPos(true), size = win->getSize();
+        EXPECT_EQ(asRect(at.x, at.y, size.x, size.y), c.moved) << c.x << "," << c.y;
+        EXPECT_EQ(win->sizeMode, zoneNone);
+    }
+}
+
+TEST_F(CWinTest, TheServerNeverGetsLessThanTheMinimum) {
+    const auto win = framedWindow();
+    win->minWidth = 150;
+    win->minHeight = 120;
+    win->move(100, 100, 40, 30);
+    EXPECT_EQ(asPoint(win->width, win->height), asPoint(40, 30));
+    settle();
+    EXPECT_EQ(asPoint(win->width, win->height), asPoint(150, 120));
+}
+
+TEST_F(CWinTest, CaptionButtonsActAndDoubleClickMaximizes) {
+    const auto win = framedWindow();
+    const auto sizeIs = [&](int w, int h) {
+        return pumpUntil([&] { return win->getSize() == asPoint(w, h); });
+    };
+    act({"mousemove", "200", "112", "mousedown", "1", "mouseup", "1", "mousedown", "1", "mouseup",
+         "1"});
+    EXPECT_TRUE(win->hasStyle(winMaximized));
+    EXPECT_TRUE(sizeIs(800, 600));
+    act({"key", "F11"});
+    EXPECT_TRUE(sizeIs(300, 200));
+    EXPECT_EQ(win->getPos(true), asPoint(100, 100));
+    // Margins 2 and 20 from the caption's right edge, 16 wide.
+    act({"mousemove", "369", "112", "click", "1"});
+    EXPECT_TRUE(win->hasStyle(winMaximized));
+    win->restore();
+    settle();
+    act({"mousemove", "387", "112", "click", "1"});
+    EXPECT_FALSE(win->visible);
+}
+
+TEST_F(CWinTest, TabMovesBetweenStopsAndControlTabBetweenWindows) {
+    const auto win = bareWindow();
+    ProbeCtrl* stops[3];
+    for (int i = 0; i < 3; i++) {
+        stops[i] = new ProbeCtrl(win.get(), "stop", i * 20, 0, 10, 10);
+        stops[i]->tabStop = i != 1;
+        win->addControl(stops[i]);
+    }
+    EXPECT_FALSE(win->nextCtrl());
+    win->setKeyCtrl(stops[0]);
+    EXPECT_TRUE(win->nextCtrl());
+    EXPECT_EQ(win->keyCtrl, stops[2]);
+    EXPECT_TRUE(stops[0]->saw("blur") && stops[2]->saw("focus"));
+    EXPECT_TRUE(win->nextCtrl());
+    EXPECT_EQ(win->keyCtrl, stops[0]);
+    stops[2]->tabStop = false;
+    EXPECT_FALSE(win->nextCtrl());
+    win->setKeyCtrl(nullptr);
+    act({"key", "ctrl+Tab"}); // with one window only
+    EXPECT_TRUE(win->hasFocus());
+    CWin other(app.get(), nullptr, "other", 400, 300, 100, 100, winEscape);
+    other.show(true);
+    settle();
+    act({"key", "ctrl+Tab"});
+    EXPECT_TRUE(other.hasFocus());
+    act({"key", "Escape"});
+    EXPECT_FALSE(other.visible);
+    EXPECT_EQ(app->windows.getCount(), 1);
+}
+
+TEST_F(CWinTest, AModalWindowKeepsPressesFromOthersAndTimersRun) {
+    const auto win = bareWindow();
+    auto* outside = new ProbeCtrl(win.get(), "outside", 0, 0, 200, 150);
+    win->addControl(outside);
+    CWin dialog(app.get(), win.get(), "dialog", 400, 300, 100, 100, winNoBorder | winEscape);
+    auto* inside = new ProbeCtrl(&dialog, "inside", 0, 0, 100, 100);
+    dialog.addControl(inside);
+    actDuring(inside, {{"mousemove", "150", "150", "click", "1"},
+                       {"mousemove", "450", "350", "click", "1"},
+                       {"key", "Escape"}});
+    dialog.showModal();
+    settle();
+    EXPECT_FALSE(dialog.visible);
+    EXPECT_EQ(app->modalWin, nullptr);
+    EXPECT_TRUE(inside->saw("down 50 50 1"));
+    EXPECT_FALSE(outside->saw("down 50 50 1"));
+    EXPECT_TRUE(win->hasFocus()); // it comes back
+}
+
+/// The answer of a message is the bit of the button, by mouse, key and closing.
+TEST_F(CWinTest, MessagesAnswerWithTheirButton) {
+    struct Case {
+        int buttons;
+        std::vector<std::string> keys;
+        int answer;
+    };
+    const Case cases[] = {{0, {"Return"}, mbOk},
+                          {mbOk, {"Escape"}, mbOk},
+                          {14, {"Return"}, mbYes},
+                          {14, {"Right", "Return"}, mbNo},
+                          {14, {"Left", "space"}, mbCancel},
+                          {14, {"Tab", "Tab", "Return"}, mbCancel},
+                          {14, {"n"}, mbNo},
+                          {14, {"Escape"}, mbCancel},
+                          {mbYes | mbNo, {"alt+F4"}, mbNo}};
+    const auto win = bareWindow();
+    auto* ticker = new ProbeCtrl(win.get(), "ticker", 0, 0, 1, 1);
+    win->addControl(ticker);
+    installMessageBox(app.get());
+    for (const Case& c : cases) {
+        std::vector<std::vector<std::string>> commands;
+        for (const std::string& key : c.keys) commands.push_back({"key", key});
+        actDuring(ticker, commands);
+        EXPECT_EQ(showMsg(win.get(), "Title", "A question?", c.buttons), c.answer) << c.keys[0];
+        settle();
+    }
+    messageHooks().showMsg = nullptr;
+}
+
+/// A long text, a word without end and line feeds all lie inside the window.
+TEST_F(CWinTest, AMessageFitsItsText) {
+    const auto win = bareWindow();
+    auto* ticker = new ProbeCtrl(win.get(), "ticker", 0, 0, 1, 1);
+    win->addControl(ticker);
+    installMessageBox(app.get());
+    std::string text = "First line\n\n";
+    for (int i = 0; i < 30; i++) text += "several words ";
+    text += std::string(300, 'x');
+    CRect ink;
+    CPoint size;
+    ticker->onTick = [&] {
+        CWin* box = app->modalWin;
+        if (!box || !box->hasFocus()) return;
+        settle();
+        size = box->getSize();
+        ink = Shot(box->handle, size.x, size.y).boundsOf(clWinBkgnd.textCol);
+        box->hide();
+    };
+    app->addTimer(ticker, 20, true);
+    EXPECT_EQ(showMsg(win.get(), "Title", text.c_str(), mbOk), mbOk);
+    EXPECT_LE(size.x, 800);
+    EXPECT_GE(ink.left, 3);
+    EXPECT_LE(ink.right, size.x - 3);
+    EXPECT_GT(size.y, 10 * 16); // 420 + 300 characters at up to 80 a line, and two more
+    EXPECT_LT(ink.bottom, size.y - 16);
+    messageHooks().showMsg = nullptr;
+}
+
+TEST_F(CWinTest, MenusRunUntilAPressOutsideAndSwallowIt) {
+    const auto win = bareWindow();
+    auto* outside = new ProbeCtrl(win.get(), "outside", 0, 0, 200, 150);
+    win->addControl(outside);
+    CWin menu(app.get(), win.get(), "menu", 400, 300, 100, 100, winPopup | winNoBorder);
+    auto* item = new ProbeCtrl(&menu, "item", 0, 0, 100, 100);
+    menu.addControl(item);
+    CWin sub(app.get(), &menu, "sub", 500, 300, 100, 100, winPopup | winNoBorder);
+    auto* subItem = new ProbeCtrl(&sub, "item", 0, 0, 100, 100);
+    sub.addControl(subItem);
+    item->onUp = [&] {
+        sub.showMenu(); // inside another menu: comes back at once
+        sub.setKeyCtrl(subItem);
+        EXPECT_EQ(app->topMenu, &sub);
+    };
+    actDuring(outside, {{"mousemove", "450", "350", "click", "1"},
+                        {"key", "Down"},
+                        {"mousemove", "150", "140", "click", "1"}});
+    menu.showMenu();
+    settle();
+    EXPECT_TRUE(subItem->saw("key -5 0"));
+    EXPECT_TRUE(item->saw("down 50 50 1"));
+    EXPECT_FALSE(outside->saw("down 50 40 1"));
+    EXPECT_FALSE(menu.visible || sub.visible);
+    EXPECT_TRUE(app->menus.empty());
+    EXPECT_EQ(app->topMenu, nullptr);
+}
+
+TEST_F(CWinTest, AWindowManagerClosesMaximizesAndRestores) {
+    // The names of a manager's properties are looked up when the connection opens.
+    const Manager manager([this](const std::function<bool()>& c) { return pumpUntil(c); });
+    ASSERT_TRUE(manager.started);
+    app.reset();
+    app = std::make_unique<CApp>();
+    ASSERT_TRUE(app->open());
+    CWin win(app.get(), nullptr, "Managed", 100, 100, 300, 200, framed | winManaged);
+    win.show(true);
+    ASSERT_TRUE(pumpUntil([&] { return hasProperty(win.handle, "WM_STATE"); }));
+    EXPECT_EQ(win.getPos(true), asPoint(100, 100)); // and no frame of the manager's around it
+    win.maximize();
+    EXPECT_TRUE(pumpUntil([&] { return win.getSize() == asPoint(800, 600); }));
+    win.restore();
+    EXPECT_TRUE(pumpUntil([&] { return win.getSize() == asPoint(300, 200); }));
+    EXPECT_TRUE(pumpUntil([&] { return win.getPos(true) == asPoint(100, 100); }));
+    EXPECT_EQ(runCommand({"wmctrl", "-c", "Managed"}), 0);
+    EXPECT_TRUE(pumpUntil([&] { return !win.visible; }));
+}
