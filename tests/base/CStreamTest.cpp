@@ -2,11 +2,11 @@
 
 #include "TempFolder.h"
 #include "base/CStringList.h"
+#include "base/Numbers.h"
 
-#include <cmath>
 #include <functional>
-#include <limits>
 #include <malloc.h>
+#include <string>
 #include <vector>
 
 namespace {
@@ -25,10 +25,11 @@ void onBoth(const std::function<void(CStream&)>& test) {
     test(file);
 }
 
-std::vector<int> bytes(CStream& s) {
-    std::vector<int> all;
+/// The whole stream, two digits to the byte.
+std::string hex(CStream& s) {
+    std::string all;
     s.setPos(0);
-    for (int64_t n = s.left(); n > 0; --n) all.push_back(s.readByte());
+    for (int64_t n = s.left(); n > 0; --n) all += asStrFormat(s.readByte(), "%02x").asChar();
     return all;
 }
 
@@ -45,19 +46,11 @@ TEST(CStream, StoresEachTypeInItsByteOrder) {
         s.writeFloatSwap(1.0f);
         s.writeDouble(-2.0);
         s.writeId("ab", -1);
-        const char wanted[] = "\310"
-                              "\376\377"
-                              "\1\2"
-                              "\4\3\2\1"
-                              "\1\2\3\4"
-                              "\0\0\200\77"
-                              "\77\200\0\0"
-                              "\0\0\0\0\0\0\0\300"
-                              "\2\0\0\0ab\377\377\377\377";
-        const int size = int(sizeof(wanted)) - 1;
-        std::vector<int> asInts;
-        for (int i = 0; i < size; ++i) asInts.push_back(static_cast<unsigned char>(wanted[i]));
-        EXPECT_EQ(bytes(s), asInts);
+        EXPECT_EQ(hex(s), "c8feff0102"       // byte, shorts
+                          "0403020101020304" // ints
+                          "0000803f3f800000" // floats
+                          "00000000000000c0" // double
+                          "020000006162ffffffff");
         s.setPos(0);
         EXPECT_EQ(s.readByte(), 200);
         EXPECT_EQ(s.readShort(), -2);
@@ -114,7 +107,7 @@ TEST(CStream, StaysInFrontOfNothing) {
         EXPECT_EQ(s.seek(8, seekStart), 8);
         EXPECT_EQ(s.left(), -2);
         s.writeByte('i');
-        EXPECT_EQ(bytes(s), (std::vector<int>{'a', 'b', 'c', 'd', 'e', 'f', 0, 0, 'i'}));
+        EXPECT_EQ(hex(s), "616263646566000069");
     });
 }
 
@@ -176,12 +169,9 @@ TEST(CFileStream, TellsThatADiskIsFull) {
 
 TEST(CFileStream, IsEmptyWithoutAFile) {
     const TempFolder folder;
-    folder.write("there", "abc");
-    const std::pair<CStr, int> cases[] = {{folder.file("missing"), 0},
-                                          {folder.path, 0},
-                                          {folder.file("no/such/folder"), 1},
-                                          {folder.file("there"), 2},
-                                          {"", 0}};
+    const CStr there = folder.write("there", "abc"), missing = folder.file("missing");
+    const std::pair<CStr, int> cases[] = {
+        {missing, 0}, {folder.path, 0}, {missing + "/sub", 1}, {there, 2}, {"", 0}};
     for (const auto& [path, mode] : cases) {
         CFileStream file(path, mode);
         char c = 0;
@@ -207,7 +197,7 @@ TEST(CMemoryStream, GrowsByWholeGrains) {
     s.setSize(3);
     EXPECT_EQ(s.getPos(), 3);
     s.setSize(6);
-    EXPECT_EQ(bytes(s), (std::vector<int>{1, 'x', 'x', 0, 0, 0}));
+    EXPECT_EQ(hex(s), "017878000000");
 }
 
 TEST(CMemoryStream, GoesThroughAFile) {
@@ -219,7 +209,7 @@ TEST(CMemoryStream, GoesThroughAFile) {
     t.writeByte(1);
     ASSERT_TRUE(t.loadFromFile(folder.file("block")));
     EXPECT_EQ(t.getPos(), 0);
-    EXPECT_EQ(bytes(t), bytes(s));
+    EXPECT_EQ(hex(t), hex(s));
     EXPECT_FALSE(t.loadFromFile(folder.file("missing")));
     EXPECT_EQ(t.getSize(), 0);
     EXPECT_FALSE(s.saveToFile(folder.file("no/such/folder")));
