@@ -10,6 +10,7 @@
 #include <mutex>
 #include <new>
 #include <unistd.h>
+#include <utility>
 
 Shared<bool> diskWriteFailed{false};
 Shared<unsigned> CSample::notices{0};
@@ -62,7 +63,7 @@ bool CSample::open(CStr path) {
     loopStart = 0;
     bigEndian = false;
     frames = 0;
-    filename = path;
+    filename = std::move(path);
     fp = openAudioFile(filename.asChar());
     AudioFormat format;
     if (fp && readAudioHeader(fp, format)) {
@@ -96,7 +97,7 @@ void CSample::makeFloatData() {
     if (chs > maxPlayChannels) return;
     const int count = frames;
     for (int c = 0; c < chs && valid; c++) {
-        floats[c].reset(new (std::nothrow) float[std::size_t(count) + 2 * padFrames]());
+        floats[c].reset(new (std::nothrow) float[std::size_t(count + 2ll * padFrames)]());
         valid = floats[c] != nullptr;
     }
     float mixed[pieceFrames * maxPlayChannels];
@@ -148,7 +149,7 @@ void CSample::readFrames(std::int64_t first, int count, float* out) const {
 
 void CSample::create(CStr path) {
     close();
-    filename = path;
+    filename = std::move(path);
     fp = std::fopen(filename.asChar(), "w+b");
     if (!fp) return;
     streamed = 1;
@@ -179,7 +180,8 @@ void CSample::writeFrames(int count, const float* left, const float* right) {
         const int n = std::min(pieceFrames, count - done);
         const std::int64_t size = aiffHeaderBytes + (std::int64_t(frames) + n) * frameBytes;
         encodeFrames(coding(), chs, n, left + done, right + done, bytes);
-        if (size > INT_MAX || std::fwrite(bytes, std::size_t(n * frameBytes), 1, fp) != 1) {
+        if (size > INT_MAX ||
+            std::fwrite(bytes, std::size_t(n) * std::size_t(frameBytes), 1, fp) != 1) {
             diskWriteFailed = true;
             return;
         }

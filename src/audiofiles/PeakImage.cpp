@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <cmath>
 #include <new>
 
@@ -21,6 +22,7 @@ void PeakImage::reset(int channels) {
 }
 
 PeakImage::Place PeakImage::place(int index) {
+    assert(index >= 0);
     const unsigned row = unsigned(index) / firstChunk + 1;
     const int chunk = std::bit_width(row) - 1;
     return {chunk, index - firstChunk * ((1 << chunk) - 1)};

@@ -56,7 +56,7 @@ struct Places {
 /// position within the first frame; a second plane may be missing.
 SONDRAVA_CLONES void interpolate(const float* first, const float* second, double fraction,
                                  double speed, int count, float* left, float* right) {
-    Places places;
+    Places places; // NOLINT(cppcoreguidelines-pro-type-member-init): filled before it is read
     for (int done = 0; done < count; done += piece) {
         const int n = std::min(piece, count - done);
         for (int i = 0; i < n; i++) {
@@ -89,7 +89,7 @@ void interpolateInterleaved(const float* source, int chs, double fraction, doubl
         const int n = int(x);
         const float t = float(x - n);
         const float* y = source + std::ptrdiff_t(n) * chs;
-        left[i] = cubic(y[0], y[chs], y[2 * chs], y[3 * chs], t);
+        left[i] = chs == 1 ? cubic(y[0], y[1], y[2], y[3], t) : cubic(y[0], y[2], y[4], y[6], t);
         if (chs == 2) right[i] = cubic(y[1], y[3], y[5], y[7], t);
     }
 }

@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstring>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -34,6 +35,10 @@ void putLittle(unsigned char* p, unsigned value, int bytes) {
 
 void putBig(unsigned char* p, unsigned value, int bytes) {
     for (int i = bytes - 1; i >= 0; i--, value >>= 8) p[i] = static_cast<unsigned char>(value);
+}
+
+void putText(unsigned char* p, std::string_view text) {
+    std::copy(text.begin(), text.end(), p);
 }
 
 /// The rate of an AIFF file, or 0 for an exponent that no integer rate has. The shift rounds by
@@ -157,9 +162,9 @@ private:
 };
 
 void makeWavHeader(const AudioFormat& format, unsigned bytes, unsigned char* p) {
-    std::memcpy(p, "RIFF", 4);
+    putText(p, "RIFF");
     putLittle(p + 4, bytes + wavHeaderBytes - chunkHead, 4);
-    std::memcpy(p + 8, "WAVEfmt ", 8);
+    putText(p + 8, "WAVEfmt ");
     putLittle(p + 16, fmtBytes, 4);
     putLittle(p + 20, format.bits == 32 ? tagFloat : tagPcm, 2);
     putLittle(p + 22, unsigned(format.chs), 2);
@@ -167,21 +172,21 @@ void makeWavHeader(const AudioFormat& format, unsigned bytes, unsigned char* p) 
     putLittle(p + 28, unsigned(format.rate) * unsigned(format.frameBytes()), 4);
     putLittle(p + 32, unsigned(format.frameBytes()), 2);
     putLittle(p + 34, unsigned(format.bits), 2);
-    std::memcpy(p + 36, "data", 4);
+    putText(p + 36, "data");
     putLittle(p + 40, bytes, 4);
 }
 
 void makeAiffHeader(const AudioFormat& format, unsigned bytes, unsigned char* p) {
     std::memset(p, 0, aiffHeaderBytes);
-    std::memcpy(p, "FORM", 4);
+    putText(p, "FORM");
     putBig(p + 4, bytes + aiffHeaderBytes - chunkHead, 4);
-    std::memcpy(p + 8, "AIFFCOMM", 8);
+    putText(p + 8, "AIFFCOMM");
     putBig(p + 16, commBytes, 4);
     putBig(p + 20, unsigned(format.chs), 2);
     putBig(p + 22, unsigned(format.frames), 4);
     putBig(p + 26, unsigned(format.bits), 2);
     rateToExtended(format.rate, p + 28);
-    std::memcpy(p + 38, "SSND", 4);
+    putText(p + 38, "SSND");
     putBig(p + 42, bytes + ssndHead, 4);
 }
 

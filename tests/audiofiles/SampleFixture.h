@@ -29,6 +29,7 @@ protected:
     }
 
     static void save(const std::string& file, const Bytes& bytes, std::size_t count) {
+        std::filesystem::remove(file); // writing over a file would wait for the disk
         std::ofstream(file, std::ios::binary)
             .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(count));
     }

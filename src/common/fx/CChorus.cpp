@@ -89,7 +89,7 @@ CChorus::Block CChorus::prepare() const {
     const double cycles =
         tempoSync ? double(tempo) / 60.0 * std::max<int>(1, tickDen) / std::max<int>(1, tickNum)
                   : double(frequency);
-    Block b;
+    Block b{};
     b.wave = waveform == 1.0f ? triangleWave : sinusWave;
     b.step = fLimit(cycles * lfoTableSize / double(rate), 0.0, double(maxLfoStep));
     b.offset = double(fLimit(phase, 0.0f, 360.0f)) * lfoTableSize / 360.0;

@@ -103,7 +103,7 @@ CDelay::Block CDelay::prepare() const {
             sync ? double(rate) * 60.0 * beats / double(tempo) : double(rate) * double(ms) * 0.001;
         return asMinMax(asInt(frames), 1, bufferFrames);
     };
-    Block b;
+    Block b{};
     b.feedback = feedback;
     b.cross = cross;
     b.dry = dry;

@@ -22,33 +22,43 @@ SONDRAVA_CLONES void sweep(const float* wave, const double* places, double offse
     }
 }
 
-/// Both sides through `stages` all-pass sections each, frame by frame, so that the processor works
-/// at one side while it waits for the other.
+/// One side of the sections of `stages`. The time of a frame is that of the way from one output to
+/// the next, so the first section takes the fed back one by itself: z - a in - (a feedback) last.
+template <int stages>
+struct Sections {
+    float z[stages] = {}, last;
+
+    Sections(const float* state, float fedBack) : last(fedBack) { std::copy_n(state, stages, z); }
+
+    float run(float in, float a, float feedback) {
+        const float x = in + feedback * last;
+        float y = (z[0] - a * in) - (a * feedback) * last;
+        z[0] = y * a + x;
+        for (int s = 1; s < stages; s++) {
+            const float before = y;
+            y = z[s] - a * before;
+            z[s] = y * a + before;
+        }
+        return last = y;
+    }
+
+    void store(float* state, float& fedBack) const {
+        std::copy_n(z, stages, state);
+        fedBack = std::fabs(last) < floorLevel ? 0.0f : last;
+    }
+};
+
+/// Both sides frame by frame, so that the processor works at one while it waits for the other.
 template <int stages>
 void runSections(const float* aL, const float* aR, float feedback, int count, CPhaser& fx,
                  float* left, float* right) {
-    float zL[stages], zR[stages];
-    std::copy_n(fx.zL, stages, zL);
-    std::copy_n(fx.zR, stages, zR);
-    float lastL = fx.lastL, lastR = fx.lastR;
+    Sections<stages> sideL(fx.zL, fx.lastL), sideR(fx.zR, fx.lastR);
     for (int i = 0; i < count; i++) {
-        float xL = left[i] + lastL * feedback, xR = right[i] + lastR * feedback;
-        for (int s = 0; s < stages; s++) {
-            const float yL = zL[s] - aL[i] * xL, yR = zR[s] - aR[i] * xR;
-            zL[s] = yL * aL[i] + xL;
-            zR[s] = yR * aR[i] + xR;
-            xL = yL;
-            xR = yR;
-        }
-        left[i] = xL;
-        right[i] = xR;
-        lastL = std::fabs(xL) < floorLevel ? 0.0f : xL;
-        lastR = std::fabs(xR) < floorLevel ? 0.0f : xR;
+        left[i] = sideL.run(left[i], aL[i], feedback);
+        right[i] = sideR.run(right[i], aR[i], feedback);
     }
-    std::copy_n(zL, stages, fx.zL);
-    std::copy_n(zR, stages, fx.zR);
-    fx.lastL = lastL;
-    fx.lastR = lastR;
+    sideL.store(fx.zL, fx.lastL);
+    sideR.store(fx.zR, fx.lastR);
 }
 
 using Runner = void (*)(const float*, const float*, float, int, CPhaser&, float*, float*);

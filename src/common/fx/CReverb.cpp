@@ -34,15 +34,16 @@ struct Network {
         const Floats4 quiet = Floats4{} + MLPF1a::quiet;
         for (int k = 0; k < count; k++)
             for (int g = 0; g < groups; g++) {
-                Floats4 y = loadFloats(taps[k] + g * 4);
-                if (g * 4 < modCount) {
-                    const Floats4 f = loadFloats(fraction[k] + g * 4);
-                    y = (loadFloats(next[k] + g * 4) - last[g]) * f + y;
+                const int line = g * 4;
+                Floats4 y = loadFloats(&taps[k][line]);
+                if (line < modCount) {
+                    const Floats4 f = loadFloats(&fraction[k][line]);
+                    y = (loadFloats(&next[k][line]) - last[g]) * f + y;
                     last[g] = y;
                 }
                 const Floats4 out = a[g] * y - b[g] * filtered[g];
                 filtered[g] = (out < quiet) & (out > -quiet) ? Floats4{} : out;
-                saveFloats(taps[k] + g * 4, filtered[g]);
+                saveFloats(&taps[k][line], filtered[g]);
             }
     }
 };
@@ -57,11 +58,11 @@ SONDRAVA_CLONES void runNetwork(Network& network, float (*taps)[lines], const fl
 /// `taps` with the samples of a line side by side. `count` is rounded up to four.
 void turn(const float (*taps)[lines], int count, float (*y)[chunk]) {
     for (int k = 0; k < count; k += 4)
-        for (int g = 0; g < groups; g++) {
+        for (int line = 0; line < lines; line += 4) {
             Floats4 r[4];
-            for (int i = 0; i < 4; i++) r[i] = loadFloats(taps[k + i] + g * 4);
+            for (int i = 0; i < 4; i++) r[i] = loadFloats(&taps[k + i][line]);
             transpose(r[0], r[1], r[2], r[3]);
-            for (int i = 0; i < 4; i++) saveFloats(y[g * 4 + i] + k, r[i]);
+            for (int i = 0; i < 4; i++) saveFloats(&y[line + i][k], r[i]);
         }
 }
 
@@ -203,15 +204,15 @@ void CReverb::process(float* inL, float* inR, float* outL, float* outR, long fra
     const int most = std::min(chunk, preDelayLine.size - pd);
     const float wetGain = wet, dryGain = dry;
     double heard = 0.0;
-    Chunk c;
+    Chunk c; // NOLINT(cppcoreguidelines-pro-type-member-init): filled before it is read
     for (long done = 0; done < frames;) {
         const int count = int(std::min<long>(most, frames - done));
         std::copy_n(inL + done, count, c.inL);
         std::copy_n(inR + done, count, c.inR);
         for (int k = 0; k < count; k++) c.mono[k] = (c.inL[k] + c.inR[k]) * 0.5f;
         const int first = preDelayLine.write - pd;
-        preDelayLine.Append(c.mono, count);
-        preDelayLine.CopyFrom(first, count, c.delayed);
+        preDelayLine.append(c.mono, count);
+        preDelayLine.copyFrom(first, count, c.delayed);
         readLines(c, count);
         filterLines(c, count);
         sumLines(c.y, signL, signR, c.mono, count, c.accL, c.accR, c.common);
@@ -229,11 +230,11 @@ void CReverb::process(float* inL, float* inR, float* outL, float* outR, long fra
 
 void CReverb::readLines(Chunk& c, int count) {
     for (int i = 0; i < modCount; i++)
-        modLines[i].GetTaps(count, &c.taps[0][i], &c.next[0][i], &c.fraction[0][i], lines);
+        modLines[i].getTaps(count, &c.taps[0][i], &c.next[0][i], &c.fraction[0][i], lines);
     for (int i = 0; i < plainLineCount; i++) {
         MDelayLine& line = plainLines[i];
         float samples[chunk];
-        line.CopyFrom(line.read, count, samples);
+        line.copyFrom(line.read, count, samples);
         line.read = (line.read + count) % line.size;
         for (int k = 0; k < count; k++) c.taps[k][modCount + i] = samples[k];
     }
@@ -249,12 +250,13 @@ void CReverb::filterLines(Chunk& c, int count) {
         a[i] = filters[i].a;
         b[i] = filters[i].b;
     }
-    Network network;
+    Network network{};
     for (int g = 0; g < groups; g++) {
-        network.last[g] = loadFloats(last + g * 4);
-        network.filtered[g] = loadFloats(y + g * 4);
-        network.a[g] = loadFloats(a + g * 4);
-        network.b[g] = loadFloats(b + g * 4);
+        const std::ptrdiff_t line = std::ptrdiff_t(g) * 4;
+        network.last[g] = loadFloats(last + line);
+        network.filtered[g] = loadFloats(y + line);
+        network.a[g] = loadFloats(a + line);
+        network.b[g] = loadFloats(b + line);
     }
     runNetwork(network, c.taps, c.next, c.fraction, count);
     for (int i = 0; i < modCount; i++) modLines[i].last = network.last[i / 4][i % 4];
@@ -267,8 +269,8 @@ void CReverb::writeLines(Chunk& c, int count) {
     for (int i = 0; i < lines; i++) {
         feedLine(c.y[(i + 1) % lines], c.common, c.delayed, count, fed);
         if (i < modCount)
-            modLines[i].Append(fed, count);
+            modLines[i].append(fed, count);
         else
-            plainLines[i - modCount].Append(fed, count);
+            plainLines[i - modCount].append(fed, count);
     }
 }

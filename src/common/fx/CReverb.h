@@ -21,8 +21,8 @@ public:
     float lowCutCoeffs[5] = {}, highCutCoeffs[5] = {}; ///< b0, b1, b2, a1, a2
     Shared<int> size{2000};                            ///< ms
     Shared<int> preDelay{20};                          ///< ms
-    int lengths[lineCount];                            ///< samples, whatever the rate
-    float signL[lineCount], signR[lineCount];
+    int lengths[lineCount] = {};                       ///< samples, whatever the rate
+    float signL[lineCount] = {}, signR[lineCount] = {};
     MSVRAP1ModDelayLine modLines[modLineCount];
     MDelayLine plainLines[plainLineCount];
     MLPF1a filters[lineCount];

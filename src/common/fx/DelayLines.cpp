@@ -11,14 +11,22 @@ namespace {
 
 constexpr double farPhase = 1 << 14; // cycles, before the table index leaves 32 bits
 
-/// Places of the modulated tap: whole samples into `frame`, the rest into `fraction`.
-SONDRAVA_CLONES void sweepTap(float start, float depth, const double* phases, int count,
-                              int* __restrict frame, float* __restrict fraction) {
+SONDRAVA_CLONES void tableIndices(const double* phases, int count, int* __restrict index) {
+    for (int i = 0; i < count; i++) index[i] = int(phases[i] * waveTableSize) & (waveTableSize - 1);
+}
+
+/// Apart from its neighbours, since single loads beat the vector gather that clones would use.
+[[gnu::noinline]] void lookUp(const int* index, int count, float* __restrict out) {
+    for (int i = 0; i < count; i++) out[i] = sinus2[index[i]];
+}
+
+/// Places of the modulated tap: whole samples into `frame`, the rest replaces `swing`.
+SONDRAVA_CLONES void splitPlaces(float start, float depth, int count, int* __restrict frame,
+                                 float* __restrict swing) {
     for (int i = 0; i < count; i++) {
-        const int at = int(phases[i] * waveTableSize) & (waveTableSize - 1);
-        const float pos = start + float(i) + depth * sinus2[at];
-        frame[i] = int(pos >= 0.0f ? pos : pos - 1.0f);
-        fraction[i] = pos - float(frame[i]);
+        const float pos = start + float(i) + depth * swing[i];
+        frame[i] = int(pos) - int(pos < 0.0f);
+        swing[i] = pos - float(frame[i]);
     }
 }
 
@@ -40,14 +48,14 @@ int MDelayLine::GetMem() {
     return size * int(sizeof(float));
 }
 
-void MDelayLine::Append(const float* in, int count) {
+void MDelayLine::append(const float* in, int count) {
     const int first = std::min(count, size - write);
     std::copy_n(in, first, ring.data() + write);
     std::copy_n(in + first, count - first, ring.data());
     write = (write + count) % size;
 }
 
-void MDelayLine::CopyFrom(int from, int count, float* out) const {
+void MDelayLine::copyFrom(int from, int count, float* out) const {
     const int start = from < 0 ? from + size : from >= size ? from - size : from;
     const int first = std::min(count, size - start);
     std::copy_n(ring.data() + start, first, out);
@@ -70,7 +78,7 @@ void MModDelayLine::resize() {
     curPos = float(pos < 0 ? pos + size : pos);
 }
 
-void MSVRAP1ModDelayLine::GetTaps(int count, float* taps, float* next, float* fractions,
+void MSVRAP1ModDelayLine::getTaps(int count, float* taps, float* next, float* fractions,
                                   int stride) {
     int frame[maxTaps];
     float fraction[maxTaps], window[2 * maxTaps];
@@ -79,27 +87,29 @@ void MSVRAP1ModDelayLine::GetTaps(int count, float* taps, float* next, float* fr
         const int n = std::min({count, maxTaps, size - int(curPos)});
         phase = lfoPlaces(phase, incr, n, phases);
         if (phase >= farPhase) phase -= farPhase;
-        sweepTap(curPos, float(modDepth), phases, n, frame, fraction);
+        tableIndices(phases, n, frame);
+        lookUp(frame, n, fraction);
+        splitPlaces(curPos, float(modDepth), n, frame, fraction);
         const int first = int(curPos) - modDepth - 1, span = n + 2 * modDepth + 3;
-        CopyFrom(first, span, window);
+        copyFrom(first, span, window);
         for (int i = 0; i < n; i++) {
             const float* at = window + (frame[i] - first);
-            taps[i * stride] = at[0];
-            next[i * stride] = at[1];
-            fractions[i * stride] = fraction[i];
+            *taps = at[0];
+            *next = at[1];
+            *fractions = fraction[i];
+            taps += stride;
+            next += stride;
+            fractions += stride;
         }
         curPos += float(n);
         if (int(curPos) >= size) curPos -= float(size);
-        taps += n * stride;
-        next += n * stride;
-        fractions += n * stride;
         count -= n;
     }
 }
 
 float MSVRAP1ModDelayLine::GetCurValue() {
     float tap, next, fraction;
-    GetTaps(1, &tap, &next, &fraction, 1);
+    getTaps(1, &tap, &next, &fraction, 1);
     last = (next - last) * fraction + tap;
     return last;
 }
@@ -114,7 +124,7 @@ void MLPF1a::SetCoeffs(float newA, float newB) {
     b = newB;
 }
 
-float MLPF1a::Process(float x) {
+float MLPF1a::process(float x) {
     y = a * x - b * y;
     if (std::fabs(y) < quiet) y = 0.0f;
     return y;

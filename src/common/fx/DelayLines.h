@@ -36,9 +36,9 @@ public:
     int GetMem() override;
 
     /// Writes up to `size` samples.
-    void Append(const float* in, int count);
+    void append(const float* in, int count);
     /// Copies up to `size` samples from index `from` on, which may lie one round outside the ring.
-    void CopyFrom(int from, int count, float* out) const;
+    void copyFrom(int from, int count, float* out) const;
 };
 
 /// A delay line that is read around a nominal delay.
@@ -67,12 +67,12 @@ public:
     static constexpr int maxTaps = 64; ///< looked up at a time
 
     /// The next sample at the moving place. What it reads must have been written, so the delay
-    /// must exceed `modDepth` by 2 samples, and in `GetTaps` by `count` more.
+    /// must exceed `modDepth` by 2 samples, and in `getTaps` by `count` more.
     float GetCurValue();
     /// What the next `count` samples interpolate between, each `stride` floats behind the one
     /// before. The all-pass is left to the caller, who may run several lines in step:
     ///     last = (next - last) * fraction + tap
-    void GetTaps(int count, float* taps, float* next, float* fractions, int stride);
+    void getTaps(int count, float* taps, float* next, float* fractions, int stride);
     void Suspend() override;
 };
 
@@ -85,7 +85,7 @@ public:
     Shared<float> a{1.0f}, b{0.0f};
 
     void SetCoeffs(float newA, float newB);
-    float Process(float x);
+    float process(float x);
     void Suspend() override { y = 0.0f; }
 };
 

@@ -11,11 +11,11 @@ TEST(MDelayLine, GivesBackWhatWentIn) {
     EXPECT_EQ(line.GetMem(), 31 * 4);
     for (int i = 0; i < 100; i++) {
         float out = -1.0f;
-        line.CopyFrom(line.read, 1, &out);
+        line.copyFrom(line.read, 1, &out);
         line.read = (line.read + 1) % line.size;
         EXPECT_EQ(out, i < 20 ? 0.0f : float(i - 20)) << i;
         const float in = float(i);
-        line.Append(&in, 1);
+        line.append(&in, 1);
     }
     line.Suspend();
     EXPECT_EQ(line.ring, std::vector<float>(31, 0.0f));
@@ -36,7 +36,7 @@ TEST(MSVRAP1ModDelayLine, ReadsAtTheSweptPlace) {
             ASSERT_NEAR(double(y), place * 1e-3, 1.2e-3) << i;
         }
         const float in = float(i) * 1e-3f;
-        line.Append(&in, 1);
+        line.append(&in, 1);
     }
 }
 
@@ -46,9 +46,9 @@ TEST(MLPF1a, FiltersByItsTwoCoefficients) {
     double want = 0.0;
     for (int i = 0; i < 200; i++) {
         want = 0.25 * (i < 40) + 0.75 * want;
-        ASSERT_NEAR(double(filter.Process(i < 40 ? 1.0f : 0.0f)), want < 1e-10 ? 0.0 : want, 1e-6);
+        ASSERT_NEAR(double(filter.process(i < 40 ? 1.0f : 0.0f)), want < 1e-10 ? 0.0 : want, 1e-6);
     }
-    EXPECT_EQ(filter.Process(0.0f), 0.0f) << "no endless tail of tiny numbers";
+    EXPECT_EQ(filter.process(0.0f), 0.0f) << "no endless tail of tiny numbers";
 }
 
 TEST(MSinOsc, StaysASineForLong) {
