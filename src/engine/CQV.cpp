@@ -69,9 +69,13 @@ void CQV::destroyScratch() {
 }
 
 bool CQV::tryHold(GraphOwner who) {
+    if (who == GraphOwner::audio && interfaceInsists) return false;
     GraphOwner expected = GraphOwner::free;
-    return owner.compare_exchange_strong(expected, who, std::memory_order_acquire,
-                                         std::memory_order_relaxed);
+    if (!owner.compare_exchange_strong(expected, who, std::memory_order_acquire,
+                                       std::memory_order_relaxed))
+        return false;
+    if (who == GraphOwner::interface) interfaceInsists = false;
+    return true;
 }
 
 void CQV::releaseHold() {

@@ -162,6 +162,8 @@ public:
 
     // The hold on the graph: for GraphHold and the driver's callback.
     bool tryHold(GraphOwner who);
+    /// For the interface thread that has tried in vain: blocks stay off until it succeeds.
+    void insistOnHold() { interfaceInsists = true; }
     void releaseHold();
     /// Whether a transport call of this thread has to wait for the next block.
     bool mustQueue() const;
@@ -176,8 +178,9 @@ public:
 
 private:
     std::atomic<GraphOwner> owner{GraphOwner::free};
-    TransportRing* transport; ///< owned
-    CPeakThread* peakThread;  ///< owned
+    Shared<bool> interfaceInsists{false}; ///< the next block leaves the graph to the interface
+    TransportRing* transport;             ///< owned
+    CPeakThread* peakThread;              ///< owned
 
     void startNow();
     void stopNow();

@@ -3,9 +3,20 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 
+namespace {
+
+/// Turns of waiting, a millisecond each, before a block is given up for the interface: blocks of a
+/// busy graph may leave no gap that is found by chance.
+constexpr int patience = 30;
+
+} // namespace
+
 GraphHold::GraphHold(CQV* root) : host(holdsGraph() ? nullptr : root) {
     if (!host) return;
-    while (!host->tryHold(GraphOwner::interface)) asSleep(1);
+    for (int tries = 0; !host->tryHold(GraphOwner::interface); ++tries) {
+        if (tries == patience) host->insistOnHold();
+        asSleep(1);
+    }
     mark.emplace();
     host->serveTransport();
 }

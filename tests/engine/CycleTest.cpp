@@ -403,3 +403,16 @@ TEST(Cycle, HoldAndBlocksExcludeEachOther) {
     driver.join();
     EXPECT_EQ(overlaps, 0);
 }
+
+/// A driver that leaves no gap between its blocks cannot keep the interface out.
+TEST(Cycle, HoldIsGrantedWithoutAGap) {
+    TestHost t;
+    ASSERT_TRUE(t.host->tryHold(GraphOwner::audio));
+    t.host->insistOnHold();
+    t.host->releaseHold();
+    EXPECT_FALSE(t.host->tryHold(GraphOwner::audio)) << "the interface comes first";
+    ASSERT_TRUE(t.host->tryHold(GraphOwner::interface));
+    t.host->releaseHold();
+    EXPECT_TRUE(t.host->tryHold(GraphOwner::audio));
+    t.host->releaseHold();
+}
