@@ -54,19 +54,20 @@ TEST(Mixing, AutomationTakesEffectAtItsFrame) {
         int frame;
     };
     const int frames = 256;
-    const Case cases[] = {{0, 0},  {255, 255}, {100.4, 100}, {100.5, 101},
-                          {-5, 0}, {256, 256}, {9000, 256}};
+    const Case cases[] = {{0, 0},       {1, 1},  {255, 255}, {100.4, 100},
+                          {100.5, 101}, {-5, 0}, {256, 256}, {9000, 256}};
     for (const Case& c : cases) {
         StripFixture f;
         SignalComp* signal = f.addSignal();
         COutputChannel* ch = signal->output();
+        ch->vol = 0.75f;
         f.block(frames);
         signal->moves = {{c.time, ch, 0, 0.5f}};
         f.block(frames);
         std::vector<float> out = f.left;
         f.block(frames);
         out.insert(out.end(), f.left.begin(), f.left.end());
-        const Glide gain{1, 0.5, c.frame};
+        const Glide gain{0.75, 0.5, c.frame};
         for (int i = 0; i < 2 * frames; ++i)
             ASSERT_NEAR(out[size_t(i)], gain.at(i) * gain.at(i), 1e-5) << c.time << ", frame " << i;
     }
