@@ -139,6 +139,7 @@ private:
     bool ownKey(int key, int mods);
     void paintBackground(CGraphic* g, CRect rect);
     bool filledByManager();
+    bool fillsScreen();
     void askManager(int action);
     void centre();
     void modalTurn();

@@ -1,6 +1,7 @@
 // How a window is shown, sized by the window manager, and run in a loop of its own.
 #include "gui/CWin.h"
 
+#include "base/Numbers.h"
 #include "gui/CApp.h"
 #include "gui/XConnection.h"
 
@@ -11,6 +12,7 @@
 namespace {
 
 constexpr int restoredMargin = 100; // from the screen's edges, for want of a former rectangle
+constexpr int managerMs = 250, askAgainMs = 5; // what a window manager may take to act
 constexpr int wheelFirst = 4, wheelLast = 7;
 
 bool isButton(const XEvent& event) {
@@ -120,6 +122,10 @@ void CWin::askManager(int action) {
     XSync(display, False);
 }
 
+bool CWin::fillsScreen() {
+    return getPos(true) == asPoint(0, 0) && getSize() == asPoint(screenWidth(), screenHeight());
+}
+
 void CWin::maximize() {
     if (!hasStyle(winSizable)) return;
     style |= winMaximized;
@@ -143,8 +149,9 @@ void CWin::restore() {
     if (!display) return;
     if (hasStyle(winManaged)) {
         askManager(0);
+        for (int ms = 0; fillsScreen() && ms < managerMs; ms += askAgainMs) asSleep(askAgainMs);
         // Some window managers keep a window that fills the screen at that size.
-        if (getPos(true) == asPoint(0, 0) && getSize() == asPoint(screenWidth(), screenHeight())) {
+        if (fillsScreen()) {
             XUnmapWindow(display, handle);
             setPos(restoredMargin, restoredMargin);
             setSize(screenWidth() - 2 * restoredMargin, screenHeight() - 2 * restoredMargin);
