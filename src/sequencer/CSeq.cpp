@@ -83,7 +83,7 @@ void CSeq::perform(CUndoItem* item, int) {
     if (!object) return;
     if (item->replaced) return contentSwapped(static_cast<CPart*>(object));
     if (object->asType(categoryCable, cableMidi))
-        if (CComp* fed = static_cast<CMIDICable*>(object)->toComp) fed->allNotesOff = 1;
+        return cableMoved(static_cast<CMIDICable*>(object));
     for (const CList* list : {item->addTo, item->removeFrom}) {
         if (!list) continue;
         if (object->category == categoryPart)
@@ -92,6 +92,12 @@ void CSeq::perform(CUndoItem* item, int) {
             songTrackMoved(object, list);
         lanesMoved(list);
     }
+}
+
+/// What a cable fed must not go on sounding without it.
+void CSeq::cableMoved(CMIDICable* cable) {
+    CComp* fed = cable->toComp;
+    if (!fed->midiCables.contains(cable)) fed->allNotesOff = 1;
 }
 
 void CSeq::contentSwapped(CPart* part) {

@@ -107,8 +107,8 @@ public:
     CSongTrack* addTrack(int kind, CSeqProg* prog, CUndo* undo, int index = -1);
     /// Records that a track leaves, with everything that belongs to it.
     void removeTrack(CTrack* track, CUndo* undo);
-    /// The kind's word, "-", and a number that no track bears yet.
-    CStr autoNameTrack(int kind);
+    /// The kind's word, "-", and a number that no track bears yet, nor one that the step adds.
+    CStr autoNameTrack(int kind, const CUndo* undo = nullptr);
     CSongTrack* partToSongTrack(const CPart* part);
     CTrack* partToTrack(const CPart* part);
     void selectTrack(CSongTrack* songTrack, bool on);
@@ -156,6 +156,7 @@ private:
     struct NewTrack;
     void makeTrackIO(NewTrack& made);
     CSongTrack* linkTrack(NewTrack& made, CSeqProg* prog, CUndo* undo, int index);
+    static void cableMoved(CMIDICable* cable);
     void contentSwapped(CPart* part);
     void partMoved(CPart* part, const CList* list);
     void songTrackMoved(CObject* object, const CList* list);

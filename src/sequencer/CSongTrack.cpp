@@ -44,7 +44,7 @@ CPart* CSongTrack::addPart(CPart* part, CUndo* undo) {
         delete part;
         return nullptr;
     }
-    part->reserveSlots(track->slotsInUse());
+    part->reserveSlots(track->slotsInUse(undo));
     if (undo) {
         undo->asAdd(part, &parts);
         return part;

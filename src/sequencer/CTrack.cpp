@@ -7,6 +7,7 @@
 #include "engine/MidiBytes.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
+#include "sequencer/Pending.h"
 
 #include <bitset>
 
@@ -107,34 +108,43 @@ CSubTrack* CTrack::activeParam() {
     return static_cast<CSubTrack*>(lane ? lane : editLanes.getFirst());
 }
 
-int CTrack::getFreeParam() {
+int CTrack::getFreeParam(const CUndo* undo) {
     std::bitset<maxSlots> used;
-    for (auto* lane : each<CSubTrack>(subTracks))
+    eachWithPending<CSubTrack>(undo, &subTracks, [&used](CSubTrack* lane) {
         if (lane->automation() && lane->slot >= 0 && lane->slot < maxSlots)
             used.set(size_t(lane->slot));
+    });
     int free = 0;
     while (free < maxSlots && used[size_t(free)]) free++;
     return free;
 }
 
-int CTrack::slotsInUse() {
+int CTrack::slotsInUse(const CUndo* undo) {
     int slots = 0;
-    for (auto* lane : each<CSubTrack>(subTracks))
+    eachWithPending<CSubTrack>(undo, &subTracks, [&slots](CSubTrack* lane) {
         if (lane->automation()) slots = asMax(slots, lane->slot + 1);
+    });
     return asMin(slots, maxSlots);
+}
+
+void CTrack::reserveSlots(int slots, const CUndo* undo) {
+    for (auto* prog : each<CSeqProg>(seq->progs))
+        eachWithPending<CSongTrack>(undo, &prog->tracks, [&](CSongTrack* songTrack) {
+            if (songTrack->track != this) return;
+            eachWithPending<CPart>(undo, &songTrack->parts,
+                                   [slots](CPart* part) { part->reserveSlots(slots); });
+        });
 }
 
 CSubTrack* CTrack::addLane(CSubTrack* lane, CUndo* undo) {
     if (lane->automation()) {
-        lane->slot = getFreeParam();
-        if (lane->slot == maxSlots) {
+        const int slot = getFreeParam(undo);
+        if (slot == maxSlots) {
             delete lane;
             return nullptr;
         }
-        seq->eachSongTrack([&](CSongTrack* songTrack) {
-            if (songTrack->track != this) return;
-            for (auto* part : each<CPart>(songTrack->parts)) part->reserveSlots(lane->slot + 1);
-        });
+        lane->slot = slot;
+        reserveSlots(slot + 1, undo);
     }
     if (undo) {
         undo->asAdd(lane, &subTracks);

@@ -86,16 +86,20 @@ public:
     CSubTrack* activeParam();
 
     // Lanes.
-    /// Lowest slot that no automation lane uses, 64 when there is none.
-    int getFreeParam();
+    /// Lowest slot that no automation lane uses, 64 when there is none. Here and below, lanes that
+    /// an open step is about to add count too.
+    int getFreeParam(const CUndo* undo = nullptr);
     /// One more than the highest slot in use.
-    int slotsInUse();
+    int slotsInUse(const CUndo* undo = nullptr);
     /// Takes the lane, makes room in every part of the track, and links it: at once, under the
     /// graph hold, or by the step. An automation lane gets a free slot first; without one it is
     /// deleted, and the result is null.
     CSubTrack* addLane(CSubTrack* lane, CUndo* undo);
     /// Finds the automation lane of a parameter, null when there is none.
     CSubTrack* findLane(CObject* object, int param);
+
+private:
+    void reserveSlots(int slots, const CUndo* undo);
 };
 
 /// The colour of a new track, one of sixteen hues.

@@ -5,6 +5,7 @@
 #include "engine/Cables.h"
 #include "engine/GraphHold.h"
 #include "sequencer/CSubTrack.h"
+#include "sequencer/Pending.h"
 
 /// Tracks come and go.
 
@@ -72,7 +73,7 @@ void CSeq::makeTrackIO(NewTrack& made) {
 CSongTrack* CSeq::addTrack(int kind, CSeqProg* prog, CUndo* undo, int index) {
     NewTrack made;
     made.track = new CTrack(host, this, kind);
-    made.track->id = autoNameTrack(kind);
+    made.track->id = autoNameTrack(kind, undo);
     if (host->settings.getInt("rndTrackCol", 0)) made.track->colour = getRandomTrackColor();
     setKindDefaults(made.track);
     makeTrackIO(made);
@@ -154,14 +155,12 @@ void CSeq::removeTrack(CTrack* track, CUndo* undo) {
     for (auto* io : each<CObject>(track->outputs)) undo->asRemove(io, &outputs);
 }
 
-CStr CSeq::autoNameTrack(int kind) {
-    const auto taken = [this](const CStr& name) {
-        for (auto* track : each<CTrack>(tracks))
-            if (track->id == name) return true;
-        return false;
-    };
+CStr CSeq::autoNameTrack(int kind, const CUndo* undo) {
     for (int number = 1;; number++) {
         CStr name = trackWord(kind) + "-" + asStr(number);
-        if (!taken(name)) return name;
+        bool taken = false;
+        eachWithPending<CTrack>(undo, &tracks,
+                                [&](const CTrack* track) { taken |= track->id == name; });
+        if (!taken) return name;
     }
 }

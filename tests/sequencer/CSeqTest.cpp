@@ -58,6 +58,22 @@ TEST_F(CSeqTest, AddingATrackIsReversible) {
     }
 }
 
+/// What a step adds is counted before it is linked.
+TEST_F(CSeqTest, AStepMayBuildAWholeTrack) {
+    CPart* parts[2];
+    CSubTrack* lanes[9];
+    step([&](CUndo* u) {
+        CSongTrack* made = seq->addTrack(trackMIDI, prog(), u);
+        parts[0] = made->addPart(midiPart(0), u);
+        for (auto& lane : lanes)
+            lane = made->track->addLane(new CSubTrack("lane", laneAutomation), u);
+        parts[1] = made->addPart(midiPart(3840), u);
+        EXPECT_EQ(seq->addTrack(trackMIDI, prog(), u)->track->id, "instrument-2");
+    });
+    for (int i = 0; i < 9; i++) EXPECT_EQ(lanes[i]->slot, i);
+    for (CPart* part : parts) EXPECT_GE(part->reservedSlots(), 9);
+}
+
 TEST_F(CSeqTest, RemovingATrackTakesItsCablesAlong) {
     CTrack* folder = track(trackFolder)->track;
     CSongTrack* audio = track(trackAudio);
@@ -75,9 +91,13 @@ TEST_F(CSeqTest, RemovingATrackTakesItsCablesAlong) {
         expectReversible(before);
         undo();
     }
+    synth->allNotesOff = 0;
     step([&](CUndo* u) { seq->removeTrack(midi->track, u); });
     EXPECT_TRUE(synth->midiCables.empty());
     EXPECT_EQ(synth->allNotesOff, 1) << "what it played must not hang";
+    synth->allNotesOff = 0;
+    undo();
+    EXPECT_EQ(synth->allNotesOff, 0);
 }
 
 /// By position, at one position the longer first, where 0 counts as 960; ties keep their order.
