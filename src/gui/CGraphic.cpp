@@ -37,8 +37,11 @@ CGraphic::CGraphic(unsigned long target) : drawable(target), font(&xConnection()
 }
 
 CGraphic::~CGraphic() {
-    Display* display = liveDisplay();
-    if (display && gc) XFreeGC(display, gc);
+    if (!gc) return;
+    if (Display* display = liveDisplay())
+        XFreeGC(display, gc);
+    else
+        XFree(gc); // the server has forgotten its part
 }
 
 bool CGraphic::ready(int color) {

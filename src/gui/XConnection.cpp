@@ -75,11 +75,9 @@ bool XConnection::open() {
 }
 
 void XConnection::close() {
+    if (font.info) XFreeFontInfo(nullptr, static_cast<XFontStruct*>(font.info), 1);
     // A lost display cannot be closed without talking to it: its memory is left to the process.
-    if (display && !lost) {
-        if (font.info) XFreeFontInfo(nullptr, static_cast<XFontStruct*>(font.info), 1);
-        XCloseDisplay(display);
-    }
+    if (display && !lost) XCloseDisplay(display);
     *this = XConnection();
 }
 
