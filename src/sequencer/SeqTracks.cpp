@@ -7,6 +7,8 @@
 #include "sequencer/CSubTrack.h"
 #include "sequencer/Pending.h"
 
+#include <set>
+
 /// Tracks come and go.
 
 /// What makes up a track, before it is linked.
@@ -156,11 +158,13 @@ void CSeq::removeTrack(CTrack* track, CUndo* undo) {
 }
 
 CStr CSeq::autoNameTrack(int kind, const CUndo* undo) {
-    for (int number = 1;; number++) {
-        CStr name = trackWord(kind) + "-" + asStr(number);
-        bool taken = false;
-        eachWithPending<CTrack>(undo, &tracks,
-                                [&](const CTrack* track) { taken |= track->id == name; });
-        if (!taken) return name;
-    }
+    const CStr stem = trackWord(kind) + "-";
+    std::set<int> taken;
+    eachWithPending<CTrack>(undo, &tracks, [&](const CTrack* track) {
+        const int number = strAsInt(track->id.sub(stem.length(), -1));
+        if (track->id == stem + asStr(number)) taken.insert(number);
+    });
+    int number = 1;
+    while (taken.count(number)) number++;
+    return stem + asStr(number);
 }
