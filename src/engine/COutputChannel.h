@@ -43,7 +43,7 @@ public:
     Shared<float> peakL{0.0f}, peakR{0.0f};
     Shared<float> holdL{0.0f}, holdR{0.0f};
     int sections[4] = {-1, -1, -1, -1}; ///< which sections the mixer shows
-    CSend* sendLevels[maxSends];        ///< owned, one per possible bus
+    CSend* sendLevels[maxSends] = {};   ///< owned, one per possible bus
     CList inserts;                      ///< of CComp, owned
     unsigned delayRound = 0; ///< the working-out of latency that `delaySum` is of; graph holder
     int delaySum = 0;        ///< latency up to here, in frames

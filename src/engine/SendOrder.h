@@ -10,9 +10,9 @@ class CSendRecord : public CObject {
 public:
     explicit CSendRecord(COutputChannel* ch);
     COutputChannel* channel;
-    float level[maxSends];
-    int muted[maxSends];
-    int shownLevel[maxSends];
+    float level[maxSends] = {};
+    int muted[maxSends] = {};
+    int shownLevel[maxSends] = {};
 
     void store();
     /// Exchanges the stored levels with the channel's.

@@ -154,7 +154,7 @@ void UndoHost::undoIdle() {
 }
 
 void UndoHost::setHeldFrames(int frames) {
-    eachHeldObject([frames](CObject* object) {
+    eachHeld([frames](CObject* object) {
         if (CComp* c = asComp(object)) c->setFrames(frames);
         if (object->asType(categoryChannel, channelInput))
             static_cast<CInputChannel*>(object)->createBuffers(frames);
@@ -164,20 +164,14 @@ void UndoHost::setHeldFrames(int frames) {
 }
 
 void UndoHost::setHeldRate(double rate) {
-    eachHeldObject([rate](CObject* object) {
+    eachHeld([rate](CObject* object) {
         if (CComp* c = asComp(object)) c->setRate(rate);
         if (object->asType(categoryChannel, channelOutput))
             static_cast<COutputChannel*>(object)->setRate(rate);
     });
 }
 
-void UndoHost::eachHeld(const std::function<void(CComp*)>& visit) {
-    eachHeldObject([&visit](CObject* object) {
-        if (CComp* c = asComp(object)) visit(c);
-    });
-}
-
-void UndoHost::eachHeldObject(const std::function<void(CObject*)>& visit) {
+void UndoHost::eachHeld(const std::function<void(CObject*)>& visit) {
     for (const CList* steps : {&undoList, &openSteps})
         for (auto* u : each<CUndo>(*steps))
             for (auto* item : each<CUndoItem>(u->items))

@@ -50,13 +50,11 @@ public:
     /// Objects that steps hold off the graph take on another block size or rate.
     void setHeldFrames(int frames);
     void setHeldRate(double rate);
-    /// Gives every component that a step holds off the graph.
-    void eachHeld(const std::function<void(CComp*)>& visit);
 
 private:
     enum Op : int { opDone = 1, opUndone = 2, opRedone = 4 }; ///< as told to `CComp::perform`
 
-    void eachHeldObject(const std::function<void(CObject*)>& visit);
+    void eachHeld(const std::function<void(CObject*)>& visit);
     void queue(CUndo* u, Op op);
     void reserveSends(CUndo* u);
     void freeSteps(int keep);
