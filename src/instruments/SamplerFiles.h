@@ -1,15 +1,8 @@
 #pragma once
 
 #include "base/CList.h"
-#include "base/CStr.h"
 
-#include <cstdint>
-#include <vector>
-
-class CLayer;
-class CQV;
 class CSampleClip;
-class CSampler;
 class CSound;
 class CStream;
 class CSynthProg;
@@ -18,7 +11,6 @@ class CSynthProg;
 // each, as in all files of this system. Interface thread.
 
 constexpr int filetypeSampler = 3;
-constexpr int sampleOptionBytes = 32;
 
 /// Block "smp": a clip with its frames as they lie in memory.
 void writeClip(CStream* stream, const CSampleClip* clip);
@@ -29,47 +21,3 @@ void writeFiletype(CStream* stream);
 void writeProgram(CStream* stream, CSynthProg* prog, const CList& clips);
 /// Blocks "sound", "soundmod" and "soundfx".
 void writeSound(CStream* stream, CSound* sound, const CList& clips);
-
-/// What a stream of blocks holds, complete and linked nowhere. Owns it until it is taken.
-///
-/// A damaged block is refused and what it would have made is missing: a clip whose frames are not
-/// all there, a sound whose clip is missing or whose type is unknown. Values are brought into the
-/// range of their control. A sound without a program, as in a kit, opens one.
-class SamplerContent {
-public:
-    CList progs; ///< of CSynthProg
-    CList clips; ///< of CSampleClip
-    int progIndex = 0;
-    int mch = -1;
-    unsigned char options[sampleOptionBytes] = {};
-    CStr badBlock; ///< name of the first block that was refused, empty if all went well
-    int badSize = 0;
-
-    SamplerContent(CQV* root, CSampler* sampler) : host(root), owner(sampler) {}
-    ~SamplerContent();
-    SamplerContent(const SamplerContent&) = delete;
-    SamplerContent& operator=(const SamplerContent&) = delete;
-
-    /// Reads blocks up to stream position `end`. A block of negative size, or one that does not
-    /// fit, ends it.
-    void read(CStream* stream, int64_t end);
-
-private:
-    static constexpr int mostProgs = 1024, mostSounds = 8192; ///< against files made of heads only
-
-    CQV* host;
-    CSampler* owner;
-    CSynthProg* prog = nullptr; ///< being read
-    CLayer* layer = nullptr;
-    CSound* sound = nullptr;
-    int soundCount = 0;
-    std::vector<CSampleClip*> clipByIndex; ///< null for those refused
-
-    bool readBlock(const CStr& name, CStream& body);
-    void readHeadBlock(const CStr& name, CStream& body);
-    bool openProg();
-    void openLayer();
-    bool readClip(CStream& body);
-    bool readSound(CStream& body);
-    bool readClipRefs(CStream& body, CSound* into);
-};

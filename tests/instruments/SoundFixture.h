@@ -53,6 +53,15 @@ struct SoundBench {
         s->initVoice(v);
         return v;
     }
+    /// Renders voice `v` alone from here on.
+    std::vector<float> render(CVoice* v, int frames, std::vector<float>* right = nullptr) {
+        std::vector<float> l(static_cast<size_t>(frames)), r = l;
+        for (int at = 0; at < frames; at += host.host->frames)
+            v->sound->process(&l[size_t(at)], &r[size_t(at)], v,
+                              std::min(host.host->frames, frames - at));
+        if (right) *right = r;
+        return l;
+    }
     void event(int data) {
         CMIDIBytes e;
         e.data = data;

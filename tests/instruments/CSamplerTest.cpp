@@ -1,0 +1,354 @@
+#include "SoundFixture.h"
+
+#include "common/fx/CDelay.h"
+#include "common/fx/CReverb.h"
+#include "engine/CFreezeItem.h"
+#include "engine/CUndo.h"
+#include "support/RtTrap.h"
+
+namespace {
+
+constexpr int on = midiNoteOn, off = midiNoteOff, cc = midiController;
+
+int sounding(const CSampler& s) {
+    int n = 0;
+    for (const CVoice& v : s.voices) n += v.state == CVoice::sounding;
+    return n;
+}
+
+CVoice* voiceOf(CSampler& s, int note) {
+    for (CVoice& v : s.voices)
+        if (v.state == CVoice::sounding && v.note == note) return &v;
+    return nullptr;
+}
+
+/// A sampler in the graph of a host, cabled to its output, with one synthesizer sound.
+struct Linked {
+    TestHost host{256};
+    CSampler* sampler;
+    CSynthProg* prog;
+    COSCSound* sound;
+
+    Linked() {
+        sampler = new CSampler(host.host);
+        prog = new CSynthProg(host.host, sampler);
+        sound = new COSCSound(prog->addLayer(), host.host);
+        prog->layer->addSound(sound);
+        sampler->createChannels();
+        sampler->createBuffers(host.host->frames);
+        sampler->progs.add(prog);
+        const GraphHold hold(host.host);
+        host.host->comps.add(sampler);
+        sampler->listKind = listComps;
+        host.out->addAudioCable(sampler->output(), nullptr);
+    }
+    void key(int note, int velocity) { sampler->guiQueue.push(asData(on, note, velocity)); }
+};
+
+} // namespace
+
+TEST(CSampler, DropsTheNoteBeyondItsVoices) {
+    SoundBench b;
+    b.addOsc();
+    for (int i = 0; i < 65; i++) b.event(asData(on, 20 + i, 100));
+    EXPECT_EQ(sounding(b.sampler), 64);
+    EXPECT_EQ(voiceOf(b.sampler, 84), nullptr);
+    EXPECT_NE(voiceOf(b.sampler, 20), nullptr);
+}
+
+/// A component that hangs nowhere fills its voices from the front, a linked one from the back.
+TEST(CSampler, FillsFromTheEndOnceLinked) {
+    SoundBench b;
+    b.addOsc();
+    b.event(asData(on, 60, 100));
+    EXPECT_EQ(b.sampler.voices[0].note, 60);
+    b.sampler.listKind = listComps;
+    b.event(asData(on, 61, 100));
+    b.event(asData(on, 62, 100));
+    EXPECT_EQ(b.sampler.voices[63].note, 61);
+    EXPECT_EQ(b.sampler.voices[62].note, 62);
+}
+
+/// A voice in its tail ends the search: only what lies in front of it can be taken.
+TEST(CSampler, SearchEndsAtATail) {
+    SoundBench b;
+    COSCSound* s = b.addOsc();
+    b.sampler.listKind = listComps;
+    for (int i = 0; i < 64; i++) b.event(asData(on, 30 + i, 100));
+    b.sampler.voices[10].tail = 100;
+    b.sampler.voices[40].state = CVoice::free;
+    EXPECT_EQ(b.sampler.addVoice(s, asData(on, 100, 100), 0), nullptr);
+    b.sampler.voices[5].state = CVoice::free;
+    EXPECT_EQ(b.sampler.addVoice(s, asData(on, 100, 100), 0), &b.sampler.voices[5]);
+}
+
+TEST(CSampler, ZonesChooseTheSounds) {
+    SoundBench b;
+    COSCSound* low = b.addOsc();
+    COSCSound* loud = b.addOsc();
+    COSCSound* muted = b.addOsc();
+    low->hiKey = 59;
+    loud->lowVel = 100;
+    muted->mute = 1;
+    struct Case {
+        int note, velocity, voices;
+    };
+    for (const Case& c :
+         {Case{59, 50, 1}, Case{60, 50, 0}, Case{60, 100, 1}, Case{59, 127, 2}, Case{59, 99, 1}}) {
+        b.sampler.allNotesOff();
+        b.event(asData(on, c.note, c.velocity));
+        EXPECT_EQ(sounding(b.sampler), c.voices) << c.note << " at " << c.velocity;
+    }
+}
+
+TEST(CSampler, MonoSoundKeepsItsVoice) {
+    SoundBench b;
+    COSCSound* s = b.addOsc();
+    s->mode = soundMono;
+    s->envelope[0]->attack = 0.1f;
+    b.event(asData(on, 60, 100));
+    CVoice* v = voiceOf(b.sampler, 60);
+    b.render(v, 1000);
+    b.event(asData(on, 67, 30));
+    EXPECT_EQ(sounding(b.sampler), 1);
+    EXPECT_EQ(v->note, 67);
+    EXPECT_EQ(v->pitch, 67.0f);
+    EXPECT_FLOAT_EQ(v->velocity, 100 / 127.0f);
+    EXPECT_LT(v->stages[0].remaining, v->stages[0].total) << "the envelope goes on";
+    b.event(asData(off, 60, 0));
+    EXPECT_EQ(v->stages[0].stage, phaseAttack) << "the old note has no voice";
+    b.event(asData(off, 67, 0));
+    EXPECT_EQ(v->stages[0].stage, phaseRelease);
+    b.event(asData(on, 72, 100));
+    EXPECT_EQ(sounding(b.sampler), 1);
+    EXPECT_EQ(v->stages[0].stage, phaseAttack) << "released, so it starts anew";
+}
+
+/// A poly sound glides too, from the last note played on it.
+TEST(CSampler, GlidesFromTheLastNote) {
+    SoundBench b;
+    COSCSound* s = b.addOsc();
+    s->glide = 100;
+    CVoice* first = b.play(s, 60);
+    EXPECT_EQ(first->pitch, 60.0f);
+    CVoice* second = b.play(s, 72);
+    EXPECT_EQ(second->pitch, 60.0f);
+    EXPECT_EQ(second->glideLeft, 4410);
+    b.render(second, 2205);
+    EXPECT_NEAR(double(second->pitch), 66, 0.01);
+    b.render(second, 3000);
+    EXPECT_NEAR(double(second->pitch), 72, 1e-3);
+}
+
+TEST(CSampler, GroupTakesItsVoiceOver) {
+    SoundBench b;
+    COSCSound* closed = b.addOsc();
+    COSCSound* open = b.addOsc();
+    closed->group = open->group = 2;
+    closed->hiKey = 60;
+    open->lowKey = 61;
+    b.sampler.listKind = listComps;
+    b.event(asData(on, 70, 100));
+    CVoice* v = voiceOf(b.sampler, 70);
+    b.event(asData(on, 50, 100));
+    EXPECT_EQ(sounding(b.sampler), 1);
+    EXPECT_EQ(v->note, 50);
+    EXPECT_EQ(v->sound, closed);
+}
+
+TEST(CSampler, ControllersAndBend) {
+    SoundBench b;
+    COSCSound* s = b.addOsc();
+    CWavSound* wav = b.addWav(std::vector<float>(100, 0.0f));
+    s->ccMap[74] = targetCutoff;
+    s->ccMap[10] = targetPan;
+    s->ccMap[12] = wav->ccMap[12] = targetDetune;
+    s->ccMap[13] = targetPitch;
+    b.event(asData(cc | 5, 74, 64));
+    EXPECT_FLOAT_EQ(s->cutoff, 64 / 127.0f);
+    EXPECT_EQ(float(wav->cutoff), 1.0f) << "has a map of its own";
+    b.event(asData(cc, 10, 0));
+    EXPECT_EQ(float(s->pan), -1.0f);
+    b.event(asData(cc, 12, 127));
+    EXPECT_EQ(float(s->detune), 1.0f);
+    b.event(asData(cc, 13, 127));
+    EXPECT_EQ(float(s->coarse), 0.0f);
+    b.event(asData(midiPitchBend | 5, 0, 96));
+    EXPECT_FLOAT_EQ(b.prog->bend[0], 0.5f) << "on any channel";
+    EXPECT_EQ(float(b.prog->bend[5]), 0.0f);
+    b.event(asData(on, 60, 100));
+    b.event(asData(cc, ccAllNotesOff, 0));
+    EXPECT_EQ(sounding(b.sampler), 0);
+}
+
+TEST(CSampler, ParametersAreControllers) {
+    SoundBench b;
+    COSCSound* s = b.addOsc();
+    s->ccMap[7] = targetVolume;
+    EXPECT_EQ(b.sampler.numParams(), 128);
+    EXPECT_EQ(b.sampler.paramName(7), "CC-7");
+    b.sampler.setParam(7, 0.25f);
+    EXPECT_EQ(float(s->volume), 0.25f);
+    EXPECT_EQ(b.sampler.paramText(7), "0.25");
+    for (int i : {-1, 128}) {
+        b.sampler.setParam(i, 1.0f);
+        EXPECT_EQ(b.sampler.param(i), 0.0f);
+        EXPECT_EQ(b.sampler.paramText(i), "");
+    }
+}
+
+/// Events act at their frame, those out of the block at its ends, foreign ones not at all.
+TEST(CSampler, EventsAreSampleExact) {
+    struct Case {
+        double time;
+        size_t first;
+    };
+    for (const Case& c :
+         {Case{0, 0}, Case{99.4, 99}, Case{99.5, 100}, Case{255, 255}, Case{-3, 0}}) {
+        Linked l;
+        l.sound->filter = filterHigh; // passes the first frame undelayed
+        l.sampler->prepare(256);
+        l.sampler->inPort()->push(c.time, asData(on, 69, 127), eventMidi, 0, 0, nullptr, nullptr);
+        l.sampler->process(256);
+        const float* out = l.sampler->output()->bufL;
+        size_t i = 0;
+        while (i < 256 && out[i] == 0.0f) i++;
+        // The sine starts at 0, so the first frame of the note is the one before.
+        EXPECT_EQ(i, std::min<size_t>(c.first + 1, 256)) << c.time;
+        EXPECT_EQ(sounding(*l.sampler), 1);
+    }
+}
+
+TEST(CSampler, HearsItsChannelAndItsParameters) {
+    Linked l;
+    l.sound->ccMap[3] = targetQ;
+    l.sampler->mch = 4;
+    l.sampler->prepare(256);
+    CMIDIQ* port = l.sampler->inPort();
+    port->push(0, asData(on | 3, 60, 99), eventMidi, 0, 0, nullptr, nullptr);
+    port->push(0, asData(on | 4, 62, 99), eventMidi, 0, 0, nullptr, nullptr);
+    port->push(0, asData(on | 4, 64, 99), eventConsumed, 0, 0, nullptr, nullptr);
+    port->push(1, 0, eventParam, 0.75f, 3, static_cast<CComp*>(l.sampler), nullptr);
+    port->push(2, 0, eventParam, 0.5f, 3, l.sampler->output(), nullptr);
+    l.sampler->process(256);
+    EXPECT_EQ(sounding(*l.sampler), 1);
+    EXPECT_NE(voiceOf(*l.sampler, 62), nullptr);
+    EXPECT_EQ(float(l.sound->q), 0.75f) << "the second was for the strip";
+}
+
+/// Keys of the on-screen piano reach the voices, releases before presses.
+TEST(CSampler, PlaysTheScreenPiano) {
+    Linked l;
+    int released[128] = {}, pressed[128] = {};
+    pressed[60] = pressed[64] = 1;
+    l.sampler->pianoKeys(released, pressed);
+    l.host.run();
+    EXPECT_EQ(sounding(*l.sampler), 2);
+    EXPECT_FLOAT_EQ(voiceOf(*l.sampler, 60)->velocity, 80 / 127.0f);
+    released[60] = 1;
+    pressed[64] = 0;
+    l.sampler->pianoKeys(released, pressed);
+    l.host.run();
+    EXPECT_EQ(sounding(*l.sampler), 3);
+    EXPECT_EQ(voiceOf(*l.sampler, 64)->stages[0].stage, phaseSustain);
+    l.host.run(20);
+    EXPECT_EQ(sounding(*l.sampler), 2) << "released, through its tail";
+}
+
+TEST(CSampler, SendsFeedOnlyWhatIsOn) {
+    struct Case {
+        float send;
+        int reverb;
+        bool heard;
+    };
+    for (const Case& c : {Case{0, 1, false}, Case{0.5f, 1, true}, Case{0.5f, 0, false}}) {
+        Linked l;
+        l.sound->sends[0] = c.send;
+        l.prog->reverb()->setEnabled(c.reverb);
+        l.sampler->prepare(256);
+        l.sampler->inPort()->addMidiEvent(0, asData(on, 60, 100));
+        l.sampler->process(256);
+        const float* in = l.prog->reverb()->bufL;
+        const float* direct = l.sampler->output()->bufL;
+        const double energy = rms({in, in + 256}, 0, 256);
+        EXPECT_EQ(energy > 0, c.heard);
+        if (c.heard) {
+            EXPECT_NEAR(double(in[200]), 0.5 * double(direct[200]), 0.05);
+        }
+    }
+}
+
+TEST(CSampler, RestsWhileFrozen) {
+    Linked l;
+    CSample file;
+    CFreezeItem item;
+    item.comp = l.sampler;
+    item.sample = &file;
+    CList items;
+    COutputPort port(l.host.host);
+    items.add(&item);
+    l.sampler->addMIDICable(&port, nullptr);
+    port.freezeItems = &items;
+    l.key(60, 100);
+    l.host.run();
+    EXPECT_TRUE(l.sampler->frozen);
+    EXPECT_EQ(sounding(*l.sampler), 0);
+    EXPECT_TRUE(l.sampler->freezed(l.sampler->output()));
+    item.sample = nullptr;
+    l.key(60, 100);
+    l.host.run();
+    EXPECT_FALSE(l.sampler->frozen);
+    EXPECT_EQ(sounding(*l.sampler), 1);
+}
+
+/// A sound that leaves by an undoable step ends its voices on the way.
+TEST(CSampler, DeletedSoundsAreMuted) {
+    Linked l;
+    auto* other = new COSCSound(l.prog->layer, l.host.host);
+    l.prog->layer->addSound(other);
+    l.key(60, 100);
+    l.host.run();
+    EXPECT_EQ(sounding(*l.sampler), 2);
+    CUndo* step = l.host.host->undoStart("Delete", l.sampler, 0);
+    step->asRemove(other, &l.prog->layer->sounds)->tag = 6;
+    l.host.host->undoEnd(step, false);
+    l.host.run();
+    EXPECT_EQ(sounding(*l.sampler), 1);
+    EXPECT_EQ(voiceOf(*l.sampler, 60)->sound, l.sound);
+}
+
+/// A factory program added by a step becomes current, and its undo goes back to one that exists.
+TEST(CSampler, AddedProgramIsUndone) {
+    Linked l;
+    CStr name;
+    CUndo* step = l.host.host->undoStart("Add", l.sampler, 0);
+    l.sampler->factoryProg(step, 3, name, true);
+    EXPECT_EQ(name, "Pads");
+    l.host.host->undoEnd(step, false);
+    l.host.run();
+    EXPECT_EQ(int(l.sampler->curProg), 1);
+    l.key(60, 100);
+    l.host.run();
+    EXPECT_GT(sounding(*l.sampler), 0);
+    l.host.host->undoClicked();
+    l.host.runUntil([&] { return l.sampler->progs.getCount() == 1; });
+    EXPECT_EQ(int(l.sampler->curProg), 0);
+    EXPECT_EQ(sounding(*l.sampler), 0);
+}
+
+/// Blocks full of notes of both kinds, effects and all, allocate nothing and lock nothing.
+TEST(CSampler, AudioThreadAllocatesNothing) {
+    TestHost host(512);
+    auto* sampler = host.add(new CSampler(host.host));
+    host.connect(sampler);
+    rtReset();
+    for (int p = 0; p < 32; p++) {
+        sampler->curProg = p;
+        for (int k = 0; k < 4; k++) sampler->guiQueue.push(asData(on, 48 + 5 * k, 90));
+        host.run(3);
+        for (int k = 0; k < 4; k++) sampler->guiQueue.push(asData(on, 48 + 5 * k, 0));
+        host.run(2);
+    }
+    EXPECT_EQ(rtViolations(), 0);
+    EXPECT_GT(rms(host.left, 0, host.left.size()), 0.01);
+}
