@@ -7,7 +7,9 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/MidiImport.h"
 
+#include <cmath>
 #include <memory>
+#include <vector>
 
 namespace {
 
@@ -45,8 +47,8 @@ bool hasNotes(CPart* part) {
     return false;
 }
 
-/// Gives a track an instrument if it has notes.
-bool giveSound(CSeq* seq, CSongTrack* songTrack) {
+/// Gives a track an instrument if it has notes; null for a track without.
+CSampler* giveSound(CSeq* seq, CSongTrack* songTrack) {
     bool notes = false;
     int program = -1;
     for (CPart* part : each<CPart>(songTrack->parts)) {
@@ -54,12 +56,19 @@ bool giveSound(CSeq* seq, CSongTrack* songTrack) {
         notes = notes || hasNotes(part);
         if (program < 0) program = firstProgram(part);
     }
-    if (!notes) return false;
-    if (songTrack->track->channel == drumChannel)
-        addSynthDrums(seq, songTrack->track);
-    else
-        addSynthesizer(seq, songTrack->track, std::max(0, program));
-    return true;
+    if (!notes) return nullptr;
+    if (songTrack->track->channel == drumChannel) return addSynthDrums(seq, songTrack->track);
+    return addSynthesizer(seq, songTrack->track, std::max(0, program));
+}
+
+/// Leaves room for many instruments that sound together: their power adds up, so each gets the root
+/// of its share. The fader counts squared.
+void setLevels(const std::vector<CSampler*>& instruments) {
+    const float fader = std::pow(float(instruments.size()), -0.25f);
+    for (CSampler* s : instruments) {
+        s->output()->vol = fader;
+        s->output()->setVol(fader, false);
+    }
 }
 
 MidiSongResult resultOf(MidiImport import) {
@@ -113,8 +122,10 @@ MidiSongResult openMidiSong(CSeq* seq, const CStr& path) {
     const MidiSongResult result = resultOf(openMIDIFile(seq, nullptr, path, step, 0));
     host->undoEnd(step, true);
     if (result == MidiSongResult::unreadable || result == MidiSongResult::notMidi) return result;
-    bool sound = false;
+    std::vector<CSampler*> instruments;
     for (CSongTrack* songTrack : each<CSongTrack>(seq->getProg()->tracks))
-        sound = giveSound(seq, songTrack) || sound;
-    return result == MidiSongResult::good && !sound ? MidiSongResult::silent : result;
+        if (CSampler* made = giveSound(seq, songTrack)) instruments.push_back(made);
+    setLevels(instruments);
+    const bool silent = instruments.empty() && result == MidiSongResult::good;
+    return silent ? MidiSongResult::silent : result;
 }
