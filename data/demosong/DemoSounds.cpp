@@ -35,8 +35,8 @@ DemoSounds::DemoSounds(SongBuilder& builder) : song(builder) {
     CSampler* kit = addSynthDrums(song.seq, drums);
     kit->output()->vol = 0.9f;
     kit->output()->setVol(kit->output()->vol, false);
-    instrument(bass, programBass, 0.72f, 0.0f);
-    CSampler* pads = instrument(pad, programPads, 0.8f, 0.0f);
+    instrument(bass, programBass, 0.95f, 0.0f);
+    CSampler* pads = instrument(pad, programPads, 0.74f, 0.0f);
     CSampler* plucks = instrument(pluck, programPluck, 0.6f, 0.0f);
     instrument(lead, programLead, 0.7f, 0.06f);
     instrument(harmony, programHarmony, 0.58f, -0.12f);
