@@ -34,7 +34,7 @@ int CSnap::getTicks() const {
         ticks = ticks * 3 / 2;
     else if (triplet)
         ticks = ticks * 2 / 3;
-    return asMax(ticks, 1);
+    return ticks;
 }
 
 int CSnap::asIndex() const {

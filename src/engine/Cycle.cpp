@@ -239,7 +239,6 @@ void addDelayed(const COutputChannel* from, CInputChannel* to, CPDC* pdc, int fr
 
 void CQV::processComp(CAudioCable* cable, int n, CPDC* pdc, int) {
     CComp* source = cable->fromComp;
-    if (source->busy) return;
     source->process(n);
     source->fx(n);
     source->mix(n);

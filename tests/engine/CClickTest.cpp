@@ -131,6 +131,17 @@ TEST(CClick, CountInLeadsIntoTheSong) {
     }
 }
 
+/// The clicks of a count-in keep their distance to where the user stood within the beat.
+TEST(CClick, CountInFromWithinABeat) {
+    Fixture t(441);
+    t.host->click->mode = clickCountIn;
+    t.host->setPos(1280.0); // a third of a beat in
+    t.host->rec();
+    t.run(44100 / 441);
+    const std::vector<int> expected = {0, 14700, 36750};
+    EXPECT_EQ(t.places(), expected);
+}
+
 TEST(CClick, NotInARender) {
     Fixture t;
     const GraphHold hold(t.host);

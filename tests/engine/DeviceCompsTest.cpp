@@ -217,7 +217,8 @@ TEST(DeviceComps, DamagedBlocks) {
         int value;
     };
     const Item items[] = {{"sens", 4, 1 << 30}, {"autoq", 4, 0},     {"device", 1, 0x80},
-                          {"sens", -5, 0},      {"zzz", 1 << 30, 0}, {"autoq", 2, 16}};
+                          {"sens", -5, 0},      {"zzz", 1 << 30, 0}, {"autoq", 1 << 30, 16},
+                          {"autoq", 2, 16}};
     for (const Item& item : items) {
         TestHost t;
         CMemoryStream s;

@@ -170,6 +170,17 @@ TEST(Transport, LoopWraps) {
     }
 }
 
+/// A block that ends on the loop's end has left the loop.
+TEST(Transport, LoopEndItselfWraps) {
+    TestHost t(1000, 48000.0); // 40 ticks a block
+    t.host->sync = 1;
+    t.host->loopEnd = 960;
+    t.host->setPos(920.0);
+    t.host->start();
+    t.run();
+    EXPECT_EQ(t.host->pos, 0.0);
+}
+
 // Recording
 
 TEST(Transport, PunchInAndOutWhilePlaying) {
