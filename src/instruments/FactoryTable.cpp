@@ -467,15 +467,16 @@ const Patch violina[] = {
      .velVolume = 0.5f,
      .reverb = 0.2f}};
 
-const Patch synth[] = {{.osc = {.feed = 0.9f, .phaseMod = 0.2f, .detune = 0.24f, .width = 0.6f},
-                        .cutoff = 0.82f,
-                        .q = 0.3f,
-                        .amp = {.attack = 2, .decay = 800, .sustain = 0.7f, .release = 180},
-                        .filterEnv = {.decay = 520, .sustain = 0.5f, .release = 250},
-                        .velVolume = 0.4f,
-                        .velCutoff = 0.2f,
-                        .reverb = 0.12f,
-                        .chorus = {.wet = 0.35f, .delay = 18, .depth = 0.14f, .hz = 0.6f}}};
+const Patch synth[] = {
+    {.osc = {.feed = 0.85f, .phaseMod = 0.3f, .modCoarse = 19, .detune = 0.24f, .width = 0.6f},
+     .cutoff = 0.82f,
+     .q = 0.55f,
+     .amp = {.attack = 2, .decay = 800, .sustain = 0.7f, .release = 180},
+     .filterEnv = {.decay = 650, .sustain = 0.32f, .release = 250},
+     .velVolume = 0.4f,
+     .velCutoff = 0.2f,
+     .reverb = 0.12f,
+     .chorus = {.wet = 0.35f, .delay = 18, .depth = 0.14f, .hz = 0.6f}}};
 
 const Patch trance[] = {
     {.volume = 0.75f,
@@ -610,7 +611,7 @@ const Program programs[factoryCount] = {
     {"Strings", stringsEnsemble, 0.65f, 3000},
     {"Analog", analog, 0.69f, 1400},
     {"Sub", sub, 0.60f},
-    {"Random", randomSteps, 0.57f, 1600, {0.4f, 3, 4, 1, 2}},
+    {"Random", randomSteps, 0.53f, 1600, {0.4f, 3, 4, 1, 2}},
     {"Sinus", pureSine, 0.58f, 1800},
 };
 
