@@ -214,7 +214,12 @@ TEST_F(EventTest, OnlyWhoAsksIsToldOfThePointer) {
 /// A control, its group or its window may go while its own handler runs.
 TEST_F(EventTest, HandlersMayDeleteWhatTheyStandOn) {
     point(10, 10);
-    probe->onUp = [this] { win->clear(); };
+    app->addTimer(probe, 10, true);
+    probe->onUp = [this] {
+        win->clear();
+        EXPECT_TRUE(app->timers.empty()); // from now on nothing reaches it
+        EXPECT_EQ(app->hooverCtrl, nullptr);
+    };
     act({"click", "1"});
     EXPECT_TRUE(win->clientGroup->controls.empty());
     EXPECT_EQ(app->hooverCtrl, win->clientGroup);
@@ -279,9 +284,12 @@ TEST_F(EventTest, TimersKeepTimeAndPhase) {
     EXPECT_TRUE(pumpUntil([&] { return probe->log.size() >= 10; }));
     EXPECT_GE(Clock::now() - start, std::chrono::milliseconds(290));
     probe->log.clear();
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    app->addTimer(probe, 100, true);
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));
     app->idle();
     EXPECT_EQ(probe->log.size(), 1U);
+    for (int turn = 0; turn < 3; turn++) app->idle();
+    EXPECT_LE(probe->log.size(), 2U); // what was missed is not made up for
     app->killTimer(probe);
     EXPECT_TRUE(app->timers.empty());
 }
