@@ -8,6 +8,10 @@ namespace {
 
 constexpr float hold = 5000.0f; ///< release of a modulating envelope that keeps its value
 
+/// The brightest sawtooth that the feedback gives before it begins to alternate from sample to
+/// sample: one radian.
+constexpr float fullSaw = 0.89f;
+
 /// A modulator far above the carrier, many cycles deep: noise.
 constexpr Osc noise = {.phaseMod = 1.0f, .times = 32, .modCoarse = 31.7f, .modFeed = 1.0f};
 
@@ -98,7 +102,7 @@ const Patch uprightBass[] = {
 
 const Patch eurosynth[] = {
     {.volume = 0.8f,
-     .osc = {.feed = 0.95f, .phaseMod = 0.38f, .detune = 0.45f, .width = 0.9f},
+     .osc = {.feed = fullSaw, .phaseMod = 0.38f, .detune = 0.45f, .width = 0.9f},
      .cutoff = 0.97f,
      .q = 0.2f,
      .amp = {.decay = 650, .sustain = 0.65f, .release = 160},
@@ -108,7 +112,7 @@ const Patch eurosynth[] = {
      .reverb = 0.22f,
      .delay = 0.22f},
     {.volume = 0.6f,
-     .osc = {.feed = 0.9f, .phaseMod = 0.3f, .detune = 0.3f, .width = 1.0f, .phase = 0.5f},
+     .osc = {.feed = fullSaw, .phaseMod = 0.3f, .detune = 0.3f, .width = 1.0f, .phase = 0.5f},
      .coarse = 12,
      .cutoff = 0.95f,
      .amp = {.decay = 420, .sustain = 0.5f, .release = 160},
@@ -116,7 +120,7 @@ const Patch eurosynth[] = {
      .reverb = 0.25f,
      .delay = 0.25f},
     {.volume = 0.55f,
-     .osc = {.feed = 0.9f},
+     .osc = {.feed = fullSaw},
      .coarse = -12,
      .cutoff = 0.6f,
      .amp = {.decay = 650, .sustain = 0.6f, .release = 120}}};
@@ -140,7 +144,7 @@ const Patch digitalPluck[] = {
      .delay = 0.2f}};
 
 const Patch phaserBass[] = {
-    {.osc = {.feed = 1.0f, .detune = 0.12f, .width = 0.3f},
+    {.osc = {.feed = fullSaw, .detune = 0.12f, .width = 0.3f},
      .coarse = -12,
      .cutoff = 0.72f,
      .q = 0.3f,
@@ -151,7 +155,7 @@ const Patch phaserBass[] = {
      .phaser = {.wet = 0.9f, .hz = 0.35f, .feedback = 0.75f, .low = 180, .high = 3200}}};
 
 const Patch resonantLead[] = {
-    {.osc = {.feed = 1.0f, .detune = 0.1f, .width = 0.4f},
+    {.osc = {.feed = fullSaw, .detune = 0.1f, .width = 0.4f},
      .cutoff = 0.8f,
      .q = 0.86f,
      .mono = true,
@@ -233,7 +237,7 @@ const Patch klang[] = {
      .velVolume = 0.6f,
      .reverb = 0.35f}};
 
-const Patch amplified[] = {{.osc = {.feed = 1.0f,
+const Patch amplified[] = {{.osc = {.feed = fullSaw,
                                     .phaseMod = 0.35f,
                                     .modCoarse = 12,
                                     .modFeed = 0.5f,
@@ -249,7 +253,7 @@ const Patch amplified[] = {{.osc = {.feed = 1.0f,
                             .reverb = 0.12f,
                             .delay = 0.12f},
                            {.volume = 0.5f,
-                            .osc = {.feed = 1.0f},
+                            .osc = {.feed = fullSaw},
                             .coarse = -12,
                             .cutoff = 0.5f,
                             .q = 0.7f,
@@ -282,7 +286,7 @@ const Patch scary[] = {
      .reverb = 0.6f}};
 
 const Patch leadOn[] = {
-    {.osc = {.feed = 0.93f, .phaseMod = 0.3f, .modCoarse = 12, .detune = 0.22f, .width = 0.7f},
+    {.osc = {.feed = fullSaw, .phaseMod = 0.3f, .modCoarse = 12, .detune = 0.22f, .width = 0.7f},
      .cutoff = 0.96f,
      .q = 0.25f,
      .mono = true,
@@ -294,7 +298,7 @@ const Patch leadOn[] = {
      .reverb = 0.14f,
      .delay = 0.32f},
     {.volume = 0.6f,
-     .osc = {.feed = 0.9f, .detune = 0.12f, .width = 0.5f},
+     .osc = {.feed = fullSaw, .detune = 0.12f, .width = 0.5f},
      .coarse = 12,
      .cutoff = 0.9f,
      .mono = true,
@@ -305,7 +309,7 @@ const Patch leadOn[] = {
      .delay = 0.2f}};
 
 const Patch arpeggio[] = {
-    {.osc = {.feed = 0.95f, .detune = 0.16f, .width = 0.8f},
+    {.osc = {.feed = fullSaw, .detune = 0.16f, .width = 0.8f},
      .cutoff = 0.85f,
      .q = 0.5f,
      .amp = {.decay = 520, .sustain = 0.15f, .release = 150, .decayCurve = 0.15f},
@@ -333,23 +337,24 @@ const Patch flute[] = {
      .velVolume = 0.5f,
      .reverb = 0.3f}};
 
-const Patch detune[] = {{.volume = 0.9f,
-                         .osc = {.feed = 0.93f, .phaseMod = 0.24f, .detune = 0.78f, .width = 1.0f},
-                         .cutoff = 0.9f,
-                         .amp = {.attack = 5, .decay = 1200, .sustain = 0.8f, .release = 240},
-                         .filterEnv = {.decay = 1500, .sustain = 0.8f, .release = hold},
-                         .velVolume = 0.3f,
-                         .velCutoff = 0.1f,
-                         .reverb = 0.18f},
-                        {.volume = 0.6f,
-                         .osc = {.feed = 0.9f, .detune = 0.5f, .width = 0.2f},
-                         .cutoff = 0.8f,
-                         .amp = {.attack = 5, .decay = 1200, .sustain = 0.8f, .release = 240},
-                         .velVolume = 0.3f}};
+const Patch detune[] = {
+    {.volume = 0.9f,
+     .osc = {.feed = fullSaw, .phaseMod = 0.24f, .detune = 0.78f, .width = 1.0f},
+     .cutoff = 0.9f,
+     .amp = {.attack = 5, .decay = 1200, .sustain = 0.8f, .release = 240},
+     .filterEnv = {.decay = 1500, .sustain = 0.8f, .release = hold},
+     .velVolume = 0.3f,
+     .velCutoff = 0.1f,
+     .reverb = 0.18f},
+    {.volume = 0.6f,
+     .osc = {.feed = fullSaw, .detune = 0.5f, .width = 0.2f},
+     .cutoff = 0.8f,
+     .amp = {.attack = 5, .decay = 1200, .sustain = 0.8f, .release = 240},
+     .velVolume = 0.3f}};
 
 const Patch massive[] = {
     {.volume = 0.8f,
-     .osc = {.feed = 0.93f, .phaseMod = 0.45f, .modFeed = 0.5f, .detune = 0.5f, .width = 1.0f},
+     .osc = {.feed = fullSaw, .phaseMod = 0.45f, .modFeed = 0.5f, .detune = 0.5f, .width = 1.0f},
      .cutoff = 0.9f,
      .q = 0.3f,
      .dist = true,
@@ -360,7 +365,7 @@ const Patch massive[] = {
      .reverb = 0.2f,
      .chorus = {.wet = 0.45f, .delay = 14, .depth = 0.25f, .hz = 0.8f}},
     {.volume = 0.85f,
-     .osc = {.feed = 0.9f, .phaseMod = 0.4f, .modFeed = 0.5f},
+     .osc = {.feed = fullSaw, .phaseMod = 0.4f, .modFeed = 0.5f},
      .coarse = -12,
      .cutoff = 0.6f,
      .q = 0.4f,
@@ -368,7 +373,7 @@ const Patch massive[] = {
      .amp = {.attack = 3, .decay = 1500, .sustain = 0.85f, .release = 240},
      .velVolume = 0.3f},
     {.volume = 0.5f,
-     .osc = {.feed = 0.93f, .detune = 0.3f, .width = 1.0f, .phase = 0.5f},
+     .osc = {.feed = fullSaw, .detune = 0.3f, .width = 1.0f, .phase = 0.5f},
      .coarse = 12,
      .cutoff = 0.95f,
      .amp = {.attack = 10, .decay = 900, .sustain = 0.7f, .release = 260},
@@ -438,7 +443,7 @@ const Patch noiser[] = {
      .reverb = 0.2f}};
 
 const Patch violina[] = {
-    {.osc = {.feed = 0.92f, .phaseMod = 0.28f, .detune = 0.07f, .width = 0.5f},
+    {.osc = {.feed = fullSaw, .phaseMod = 0.28f, .detune = 0.07f, .width = 0.5f},
      .cutoff = 0.78f,
      .q = 0.3f,
      .amp = {.attack = 110, .decay = 600, .sustain = 0.88f, .release = 170, .attackCurve = 0.1f},
@@ -450,7 +455,7 @@ const Patch violina[] = {
      .reverb = 0.32f},
     // The box of the instrument.
     {.volume = 0.45f,
-     .osc = {.feed = 0.9f},
+     .osc = {.feed = fullSaw},
      .filter = filterBand,
      .cutoff = 0.34f,
      .q = 0.75f,
@@ -472,7 +477,7 @@ const Patch synth[] = {
      .cutoff = 0.82f,
      .q = 0.55f,
      .amp = {.attack = 2, .decay = 800, .sustain = 0.7f, .release = 180},
-     .filterEnv = {.decay = 650, .sustain = 0.32f, .release = 250},
+     .filterEnv = {.decay = 650, .sustain = 0.5f, .release = 250},
      .velVolume = 0.4f,
      .velCutoff = 0.2f,
      .reverb = 0.12f,
@@ -480,14 +485,14 @@ const Patch synth[] = {
 
 const Patch trance[] = {
     {.volume = 0.75f,
-     .osc = {.feed = 0.94f, .phaseMod = 0.4f, .detune = 0.3f, .width = 1.0f},
+     .osc = {.feed = fullSaw, .phaseMod = 0.4f, .detune = 0.3f, .width = 1.0f},
      .cutoff = 0.94f,
      .amp = {.attack = 4, .decay = 900, .sustain = 0.85f, .release = 320},
      .velVolume = 0.25f,
      .reverb = 0.35f,
      .delay = 0.3f},
     {.volume = 0.75f,
-     .osc = {.feed = 0.94f, .phaseMod = 0.36f, .detune = 0.52f, .width = 1.0f, .phase = 0.4f},
+     .osc = {.feed = fullSaw, .phaseMod = 0.36f, .detune = 0.52f, .width = 1.0f, .phase = 0.4f},
      .cutoff = 0.94f,
      .amp = {.attack = 4, .decay = 900, .sustain = 0.85f, .release = 320},
      .velVolume = 0.25f,
@@ -503,19 +508,19 @@ const Patch trance[] = {
      .delay = 0.3f}};
 
 const Patch pulseWave[] = {
-    // Two sawtooths, one inverted and shifted: a pulse, whose width drifts with the detuning.
-    {.osc = {.feed = 1.0f, .detune = 0.11f, .phase = 0.7f, .inverted = true},
-     .cutoff = 0.88f,
-     .q = 0.15f,
-     .amp = {.attack = 3, .decay = 900, .sustain = 0.8f, .release = 160},
-     .filterEnv = {.decay = 900, .sustain = 0.7f, .release = hold},
+    // Two sawtooths, one inverted and a quarter of a cycle late: a narrow pulse.
+    {.osc = {.feed = fullSaw, .phase = 0.5f, .inverted = true},
+     .cutoff = 0.9f,
+     .q = 0.1f,
+     .amp = {.attack = 3, .decay = 900, .sustain = 0.85f, .release = 160},
      .velVolume = 0.4f,
      .velCutoff = 0.15f,
-     .reverb = 0.12f}};
+     .reverb = 0.12f,
+     .chorus = {.wet = 0.25f, .delay = 9, .depth = 0.3f, .hz = 0.5f}}};
 
 const Patch stringsEnsemble[] = {
     {.volume = 0.85f,
-     .osc = {.feed = 0.95f, .detune = 0.4f, .width = 0.9f, .phase = 0.3f},
+     .osc = {.feed = fullSaw, .detune = 0.4f, .width = 0.9f, .phase = 0.3f},
      .cutoff = 0.74f,
      .amp = {.attack = 280, .decay = 900, .sustain = 0.88f, .release = 480},
      .filterEnv = {.attack = 400, .sustain = 1.0f, .release = hold, .initial = 0.7f},
@@ -525,7 +530,7 @@ const Patch stringsEnsemble[] = {
      .reverb = 0.45f,
      .chorus = {.wet = 0.5f, .delay = 22, .depth = 0.2f, .hz = 0.7f}},
     {.volume = 0.55f,
-     .osc = {.feed = 0.95f, .detune = 0.48f, .width = 1.0f, .phase = 0.6f},
+     .osc = {.feed = fullSaw, .detune = 0.48f, .width = 1.0f, .phase = 0.6f},
      .coarse = 12,
      .cutoff = 0.72f,
      .amp = {.attack = 340, .decay = 900, .sustain = 0.85f, .release = 520},
@@ -535,7 +540,7 @@ const Patch stringsEnsemble[] = {
 
 const Patch analog[] = {
     {.volume = 0.85f,
-     .osc = {.feed = 1.0f, .detune = 0.2f, .width = 0.3f, .phase = 0.2f},
+     .osc = {.feed = fullSaw, .detune = 0.2f, .width = 0.3f, .phase = 0.2f},
      .cutoff = 0.84f,
      .q = 0.55f,
      .amp = {.attack = 14, .decay = 900, .sustain = 0.75f, .release = 280},
@@ -549,7 +554,7 @@ const Patch analog[] = {
      .velCutoff = 0.25f,
      .reverb = 0.12f},
     {.volume = 0.75f,
-     .osc = {.feed = 1.0f, .detune = 0.06f, .phase = 1.0f, .inverted = true},
+     .osc = {.feed = fullSaw, .phase = 1.0f, .inverted = true},
      .coarse = -12,
      .cutoff = 0.7f,
      .amp = {.attack = 14, .decay = 900, .sustain = 0.75f, .release = 280},
@@ -563,7 +568,7 @@ const Patch sub[] = {{.osc = {.feed = 0.12f},
                       .velVolume = 0.3f}};
 
 const Patch randomSteps[] = {
-    {.osc = {.feed = 0.95f, .phaseMod = 0.3f, .modCoarse = 7, .detune = 0.2f, .width = 0.8f},
+    {.osc = {.feed = fullSaw, .phaseMod = 0.3f, .modCoarse = 7, .detune = 0.2f, .width = 0.8f},
      .cutoff = 0.9f,
      .q = 0.78f,
      .amp = {.attack = 3, .decay = 900, .sustain = 0.75f, .release = 280},
@@ -587,16 +592,16 @@ const Program programs[factoryCount] = {
     {"Pads", pads, 0.69f, 3500},
     {"Up-right bass", uprightBass, 0.78f, 1000},
     {"Eurosynth", eurosynth, 0.78f, 1800, {0.4f, 3, 4, 3, 4}},
-    {"Digital pluck", digitalPluck, 0.78f, 1800, {0.45f, 3, 4, 1, 2}},
-    {"Phaser bass", phaserBass, 0.60f},
-    {"Resonant lead", resonantLead, 0.73f, 1600, {0.4f, 1, 2, 3, 4}},
+    {"Digital pluck", digitalPluck, 0.79f, 1800, {0.45f, 3, 4, 1, 2}},
+    {"Phaser bass", phaserBass, 0.64f},
+    {"Resonant lead", resonantLead, 0.72f, 1600, {0.4f, 1, 2, 3, 4}},
     {"Tremolo pad", tremoloPad, 0.94f, 2800},
     {"Trumpet", trumpet, 0.79f, 1600},
     {"Digital", digital, 0.96f, 1500},
     {"Klang", klang, 0.76f, 3000},
     {"Amplified", amplified, 0.69f, 1300, {0.35f, 3, 4, 1, 1}},
     {"Scary", scary, 0.58f, 4500},
-    {"Lead on!", leadOn, 0.92f, 1500, {0.42f, 1, 2, 3, 4}},
+    {"Lead on!", leadOn, 0.95f, 1500, {0.42f, 1, 2, 3, 4}},
     {"Arpeggio", arpeggio, 0.78f, 1600, {0.5f, 3, 4, 1, 2}},
     {"Flute", flute, 0.63f, 2200},
     {"Detune", detune, 0.71f, 1800},
@@ -605,13 +610,13 @@ const Program programs[factoryCount] = {
     {"Old piano", oldPiano, 0.84f, 1300},
     {"Noiser", noiser, 0.68f, 2200},
     {"Violina", violina, 0.61f, 2200},
-    {"Synth", synth, 0.78f, 1500},
+    {"Synth", synth, 0.72f, 1500},
     {"Trance", trance, 0.71f, 2600, {0.42f, 3, 4, 1, 2}},
-    {"Pulse", pulseWave, 0.71f, 1400},
+    {"Pulse", pulseWave, 0.85f, 1400},
     {"Strings", stringsEnsemble, 0.65f, 3000},
-    {"Analog", analog, 0.69f, 1400},
+    {"Analog", analog, 0.67f, 1400},
     {"Sub", sub, 0.60f},
-    {"Random", randomSteps, 0.53f, 1600, {0.4f, 3, 4, 1, 2}},
+    {"Random", randomSteps, 0.56f, 1600, {0.4f, 3, 4, 1, 2}},
     {"Sinus", pureSine, 0.58f, 1800},
 };
 
