@@ -64,7 +64,8 @@ void CWin::createHandle() {
     auto* owner = static_cast<CWin*>(parent);
     if (owner && hasStyle(winChild)) owner->children.add(this);
     if (Display* display = liveDisplay()) {
-        const XConnection& x = xConnection();
+        XConnection& x = xConnection();
+        x.findManagerAtoms();
         XSetWindowAttributes attributes{};
         attributes.background_pixmap = None; // the server clears nothing, so that nothing flickers
         attributes.override_redirect = hasStyle(winPopup);

@@ -87,9 +87,11 @@ void CWin::minimize() {
 /// Whether the window manager has made the window fill the screen by itself.
 bool CWin::filledByManager() {
     constexpr long mostStates = 128;
-    const XConnection::Atoms& atoms = xConnection().atoms;
     Display* display = liveDisplay();
-    if (!display || !atoms.netState) return false;
+    if (!display) return false;
+    xConnection().findManagerAtoms();
+    const XConnection::Atoms& atoms = xConnection().atoms;
+    if (!atoms.netState) return false;
     Atom typeFound;
     int format;
     unsigned long count = 0, rest;

@@ -82,13 +82,24 @@ void XConnection::close() {
 }
 
 void XConnection::internAtoms() {
-    const char* own[] = {"_this", "_XEventProc", "WM_PROTOCOLS", "WM_DELETE_WINDOW"};
-    const char* managers[] = {"_MOTIF_WM_HINTS", "_NET_WM_STATE", "_NET_WM_STATE_MAXIMIZED_VERT",
-                              "_NET_WM_STATE_MAXIMIZED_HORZ", "_NET_WM_STATE_FULLSCREEN"};
-    Atom made[4] = {}, found[5] = {};
-    XInternAtoms(display, const_cast<char**>(own), 4, False, made);
-    XInternAtoms(display, const_cast<char**>(managers), 5, True, found);
-    atoms = {made[0], made[1], made[2], made[3], found[0], found[1], found[2], found[3], found[4]};
+    const char* names[] = {"_this", "_XEventProc", "WM_PROTOCOLS", "WM_DELETE_WINDOW"};
+    Atom made[4] = {};
+    XInternAtoms(display, const_cast<char**>(names), 4, False, made);
+    atoms = {made[0], made[1], made[2], made[3], 0, 0, 0, 0, 0};
+    findManagerAtoms();
+}
+
+void XConnection::findManagerAtoms() {
+    if (atoms.motifHints && atoms.netState && atoms.netFullscreen) return;
+    const char* names[] = {"_MOTIF_WM_HINTS", "_NET_WM_STATE", "_NET_WM_STATE_MAXIMIZED_VERT",
+                           "_NET_WM_STATE_MAXIMIZED_HORZ", "_NET_WM_STATE_FULLSCREEN"};
+    Atom found[5] = {};
+    XInternAtoms(display, const_cast<char**>(names), 5, True, found);
+    atoms.motifHints = found[0];
+    atoms.netState = found[1];
+    atoms.netMaxVert = found[2];
+    atoms.netMaxHorz = found[3];
+    atoms.netFullscreen = found[4];
 }
 
 void XConnection::makeCursors() {

@@ -42,6 +42,8 @@ public:
 
     bool open(); ///< true also if it is open already; false, with nothing held, without a display
     void close();
+    /// Looks again for the atoms that are 0: a window manager may have come later.
+    void findManagerAtoms();
 
 private:
     void internAtoms();

@@ -410,12 +410,8 @@ TEST_F(CWinTest, MenusRunUntilAPressOutsideAndSwallowIt) {
 }
 
 TEST_F(CWinTest, AWindowManagerClosesMaximizesAndRestores) {
-    // The names of a manager's properties are looked up when the connection opens.
     const Manager manager;
     ASSERT_TRUE(manager.adopts(app.get()));
-    app.reset();
-    app = std::make_unique<CApp>();
-    ASSERT_TRUE(app->open());
     CWin win(app.get(), nullptr, "Managed", 100, 100, 300, 200, framed | winManaged);
     win.show(true);
     ASSERT_TRUE(pumpUntil([&] { return hasProperty(win.handle, "WM_STATE"); }));
