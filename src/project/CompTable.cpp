@@ -17,10 +17,10 @@ CComp* make(CQV* qv) {
 
 void enterCompTypes() {
     enterCompType(compSampler, make<CSampler>);
-    enterCompType(compSeq, make<CSeq>);
     enterCompType(compGroupCh, make<CGroupCh>);
     enterCompType(compMIDIIn, make<CMIDIIn>);
     enterCompType(compMIDIOut, make<CMIDIOut>);
     enterCompType(compAudioIn, make<CAudioIn>);
     enterCompType(compAudioOut, make<CAudioOut>);
+    enterSequencer();
 }
