@@ -93,7 +93,8 @@ void CMainWin::showHint(CObject* sender) {
 }
 
 bool CMainWin::handleKeyDown(CObject*, int& key, int mods) {
-    if (mods != 0 || !bar) return false;
+    const bool typing = keyCtrl && keyCtrl->type == ctrlEdit;
+    if (mods != 0 || !bar || typing || app->modalWin) return false;
     if (key == ' ')
         bar->play();
     else if (key == keyHome)
