@@ -46,7 +46,7 @@ CQV::~CQV() {
     writeSettings();
     peakThread->finish();
     for (CThread* thread : each<CThread>(threads)) thread->finish();
-    clear();
+    CQV::clear();
     delete click;
     delete tasks;
     delete peakThread;

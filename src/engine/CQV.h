@@ -77,6 +77,8 @@ public:
 
     CQV();
     ~CQV() override;
+    CQV(const CQV&) = delete;
+    CQV& operator=(const CQV&) = delete;
 
     // Of CComp.
     void idle() override;
@@ -86,7 +88,8 @@ public:
     void prepare(int frames) override;
     void setFrames(int frames) override;
     void setRate(double rate) override;
-    /// Empties the project. Interface thread, with no task pending that names what goes.
+    /// Empties the project, history included; what is still queued is carried out before. Interface
+    /// thread.
     void clear() override;
     void process(int frames) override;
     CStr getName(CObject* io) override;

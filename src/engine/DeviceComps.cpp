@@ -152,7 +152,7 @@ int CMIDIIn::withSens(int data) const {
 int CMIDIIn::framesToGrid() const {
     const int choice = autoq;
     if (choice < 1 || !host->playing || !host->masterSeq) return 0;
-    const double grid = ticksPerQuarter / choice * 4;
+    const int grid = ticksPerQuarter / choice * 4;
     double delta = std::floor(pos / grid) * grid - pos;
     if (pos > delta) delta += grid;
     return asInt(host->ticksToFrames(delta));

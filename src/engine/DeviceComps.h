@@ -69,7 +69,8 @@ public:
 private:
     /// A message on its way, `frames` before it sounds.
     struct Pending {
-        int data, frames, quantize; ///< `quantize`: frames that a note-on was shifted by
+        int data = 0, frames = 0,
+            quantize = 0; ///< `quantize`: frames that a note-on was shifted by
     };
     int withSens(int data) const;
     int framesToGrid() const;

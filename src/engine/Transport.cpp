@@ -137,7 +137,8 @@ void CQV::recNow() {
 void CQV::startRecording() {
     masterSeq = firstOfType(compSeq);
     const double exact = masterSeq ? masterSeq->getPos() : double(pos);
-    setPosNow(asRound(exact) / ticksPerQuarter * ticksPerQuarter);
+    const int quarter = asRound(exact) / ticksPerQuarter;
+    setPosNow(quarter * ticksPerQuarter);
     click->setPos(exact);
     click->init();
     recording = 1;
