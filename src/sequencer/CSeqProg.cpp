@@ -5,6 +5,7 @@
 #include "engine/GraphHold.h"
 #include "engine/TransportRing.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/Pending.h"
 #include "sequencer/Points.h"
 #include "sequencer/TempoMap.h"
 
@@ -19,14 +20,11 @@ T* covering(const CList& points, int tick) {
     return nullptr;
 }
 
-/// Links `point` in front of the first entry that `follows` it.
+/// Links `point` in front of the entries that `follows` it; the list is in order.
 template <class F>
 void linkPoint(CQV* host, CList& points, CPart* point, CUndo* undo, F follows) {
     int index = 0;
-    for (auto* other : each<CPart>(points)) {
-        if (follows(other->pos)) break;
-        index++;
-    }
+    eachWithPending<CPart>(undo, &points, [&](CPart* other) { index += !follows(other->pos); });
     if (undo) {
         undo->asAdd(point, &points, index);
     } else {

@@ -37,6 +37,21 @@ TEST_F(CSeqProgTest, PointsEnterInOrderOfPosition) {
     EXPECT_EQ(prog()->timesigs.getCount(), 5);
 }
 
+TEST_F(CSeqProgTest, OneStepAddsPointsAsManyWould) {
+    const int ticks[] = {960, 0, 960, 480, 960};
+    step([&](CUndo* u) {
+        float bpm = 100.0f;
+        for (int tick : ticks) {
+            auto* tempo = at<CTempoPart>(tick);
+            tempo->setTempo(bpm++);
+            prog()->addTempo(tempo, u);
+        }
+    });
+    std::vector<float> order;
+    for (auto* tempo : each<CTempoPart>(prog()->tempos)) order.push_back(tempo->getTempo());
+    EXPECT_EQ(order, (std::vector<float>{101, 103, 100, 102, 104}));
+}
+
 TEST_F(CSeqProgTest, GridsBeginAnewAtASignature) {
     prog()->addTimesig(timesig(1000, 3, 8), nullptr);
     prog()->addTimesig(timesig(5000, 2, 960), nullptr);
