@@ -1,8 +1,10 @@
 #include "engine/CAAM.h"
 #include "engine/FakeModule.h"
-#include "support/TestHost.h"
+#include "engine/StripFixture.h"
+#include "support/RtTrap.h"
 
 #include "base/Delegates.h"
+#include "base/Numbers.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -228,4 +230,36 @@ TEST_F(CAAMTest, ChannelsAndPorts) {
     EXPECT_TRUE(b.audioInName(3) == "daw-3" && b.audioOutName(4) == "daw-4");
     EXPECT_TRUE(b.audioInEnabled(7) && b.audioOutEnabled(5));
     EXPECT_FALSE(b.audioInEnabled(8) || b.audioOutEnabled(6));
+}
+
+/// The real module and its device without hardware: sound runs through a hundred openings, and
+/// stops with each closing.
+TEST(CAAM, RealModuleOpensAHundredTimes) {
+    StripFixture t(64);
+    SignalComp* signal = t.addSignal();
+    CAAM bridge(libio, SONDRAVA_BIN "/libaam.so");
+    ASSERT_TRUE(bridge.loaded);
+    bridge.onChange = new _COnChange<CQV>(t.host, &CQV::aamChanged);
+    t.host->aam = &bridge;
+    const int silentClock = bridge.numAudioDevs() - 1;
+    ASSERT_TRUE(bridge.audioName(silentClock) == "Silent clock");
+    for (int i = 0; i < 2; ++i) bridge.audioOutEnable(i, 1);
+    constexpr int sizes[] = {64, 128, 1024};
+    rtReset();
+    for (int i = 0; i < 100; ++i) {
+        bridge.setFrames(sizes[i % 3]);
+        bridge.getAudioDeviceNames();
+        bridge.audioOpen(silentClock);
+        ASSERT_TRUE(bridge.opened) << i;
+        ASSERT_EQ(t.host->frames, sizes[i % 3]);
+        if (i == 0) t.host->start();
+        for (int ms = 0; ms < 5000 && !t.host->tasks->blocksComing(); ++ms) asSleep(1);
+        ASSERT_TRUE(t.host->tasks->blocksComing()) << i;
+        t.host->idle();
+        bridge.audioClose();
+        ASSERT_FALSE(t.host->tasks->blocksComing());
+    }
+    EXPECT_EQ(rtViolations(), 0);
+    EXPECT_GT(signal->at, 0);
+    EXPECT_GT(t.host->framesPlayed, 0);
 }
