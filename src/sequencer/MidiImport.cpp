@@ -79,8 +79,11 @@ private:
     void needPart();
     void addNote(int data);
     void setNoteOff(int status, int note);
-    void closePart();
+    void linkPart();
+    void linkPoints();
     void assignChannels();
+    /// All that follows has to share the last track and part.
+    bool full() const { return int(usedTracks.size()) >= maxImportTracks; }
 
     struct Pending {
         CMIDIEvent* event;
@@ -105,11 +108,13 @@ private:
     int running = 0;
 
     CSongTrack* songTrack;     ///< that the present chunk goes to
-    CMIDIPart* part = nullptr; ///< linked when its chunk ends
+    CMIDIPart* part = nullptr; ///< linked when its chunk ends, the last of 512 at the very end
     EventCollector events;
     std::map<int, std::deque<Pending>> pending; ///< by status and note
     std::vector<CSongTrack*> usedTracks;
     std::vector<PartChannel> channels;
+    std::vector<CTempoPart*> tempos; ///< read, and not yet linked
+    std::vector<CTimesigPart*> timesigs;
     CTempoPart* lastTempo;
     CTimesigPart* lastTimesig;
 };
@@ -161,10 +166,6 @@ bool Importer::readHeader() {
 
 void Importer::needTrack() {
     if (songTrack) return;
-    if (int(usedTracks.size()) >= maxImportTracks) {
-        songTrack = usedTracks.back();
-        return;
-    }
     songTrack = seq->addTrack(trackMIDI, prog, undo);
     usedTracks.push_back(songTrack);
 }
@@ -196,11 +197,11 @@ void Importer::setNoteOff(int status, int note) {
 }
 
 void Importer::readChannelEvent(int status, int first) {
-    needPart();
     const int kind = statusByte(status);
     const bool single = kind == midiProgram || kind == midiPressure;
     const int data = asData(status, first & 0x7F, single ? 0 : byte() & 0x7F);
     if (ranOut) return;
+    needPart();
     int& channel = channels.back().channel;
     channel = channel == -1 || channel == chByte(status) ? chByte(status) : -2;
     if (noteOn(data)) return addNote(data);
@@ -234,7 +235,7 @@ void Importer::readTempo() {
         delete point;
         return;
     }
-    prog->addTempo(point, undo);
+    tempos.push_back(point);
     lastTempo = point;
 }
 
@@ -250,7 +251,7 @@ void Importer::readTimesig() {
         delete point;
         return;
     }
-    prog->addTimesig(point, undo);
+    timesigs.push_back(point);
     lastTimesig = point;
 }
 
@@ -296,14 +297,21 @@ Importer::Step Importer::readEvent() {
     return Step::next;
 }
 
-/// Links the part of the chunk that ends; the next one then goes to a new track.
-void Importer::closePart() {
-    pending.clear();
+/// Links the open part; the next one then goes to a new track.
+void Importer::linkPart() {
     if (!part) return;
     part->setEvents(events.takeList());
     songTrack->addPart(part, undo);
     part = nullptr;
     songTrack = nullptr;
+}
+
+/// Points join their list at its end: the step puts them in order, and of two at one tick the later
+/// one in the file has to stay behind. They come last, since a track looks through all that the
+/// step holds already.
+void Importer::linkPoints() {
+    for (CTempoPart* point : tempos) undo->asAdd(point, &prog->tempos);
+    for (CTimesigPart* point : timesigs) undo->asAdd(point, &prog->timesigs);
 }
 
 bool Importer::readTrack(int64_t end) {
@@ -322,7 +330,8 @@ bool Importer::readTrack(int64_t end) {
                 int(std::max<int64_t>(part->length, std::min<int64_t>(rounded, maxTicks)));
         }
     }
-    closePart();
+    pending.clear();
+    if (!full()) linkPart();
     if (step == Step::bad) showMsg(nullptr, importTitle, "Invalid file format (3)");
     if (step == Step::endOfTrack) tracksRead++;
     return step != Step::bad;
@@ -355,6 +364,8 @@ MidiImport Importer::run() {
         if (id == chunkId("MTrk")) good = readTrack(end);
         stream.seek(end, seekStart);
     }
+    linkPart();
+    linkPoints();
     assignChannels();
     if (!good) return MidiImport::broken;
     return cut || tracksRead < tracksTold ? MidiImport::truncated : MidiImport::good;
