@@ -81,10 +81,14 @@ void CRender::setTarget(COutputChannel* channel, CSample* file) {
     targets.push_back({channel, file});
 }
 
-CSample* CRender::fileOf(const COutputChannel* channel) const {
-    for (const Target& t : targets)
-        if (t.channel == channel) return t.file;
-    return nullptr;
+int64_t CRender::hostLatency() const {
+    return int64_t(qv->pdcInDelay) + qv->pdcSendDelay;
+}
+
+/// The outs of the host are compensated to the longest path; other channels lag by their own.
+int64_t CRender::latencyOf(COutputChannel* channel) const {
+    if (channel->comp->type == compAudioOut) return hostLatency();
+    return sumDelay(channel->comp, channel);
 }
 
 void CRender::runBlock(int n) {
@@ -93,7 +97,7 @@ void CRender::runBlock(int n) {
 }
 
 /// Adds (`mix`) or copies a channel's block to the buffers, narrowed to what its file takes.
-void CRender::capture(Target& target, int n, bool mix) {
+void CRender::capture(const Target& target, int n, bool mix) {
     const COutputChannel* ch = target.channel;
     const bool mono = target.file->chs == 1;
     for (int i = 0; i < n; i++) {
@@ -105,37 +109,64 @@ void CRender::capture(Target& target, int n, bool mix) {
     }
 }
 
+/// Writes what is due of a block: not the latency at the start, nor what lies behind the range.
 void CRender::write(Target& target, int n) {
-    const int skipped = int(std::min<int64_t>(target.skip, n));
-    target.skip -= skipped;
-    if (skipped < n)
-        target.file->writeFrames(n - skipped, left.data() + skipped, right.data() + skipped);
+    const int from = int(std::min<int64_t>(target.skip, n));
+    target.skip -= from;
+    const int count = int(std::min<int64_t>(n - from, framesWritten - target.written));
+    if (count < 1) return;
+    target.file->writeFrames(count, left.data() + from, right.data() + from);
+    target.written += count;
+}
+
+void CRender::captureAll(CList* outputs, int n, bool mix) {
+    std::fill_n(left.begin(), n, 0.0f);
+    std::fill_n(right.begin(), n, 0.0f);
+    for (Target& t : targets) {
+        if (outputs->indexed(t.channel) < 0) continue;
+        capture(t, n, mix);
+        if (!mix) write(t, n);
+    }
+    if (mix) write(targets.front(), n);
+}
+
+/// Lets the latency of the mix pass, before the range counts.
+void CRender::runPreRoll() {
+    for (int64_t skip = hostLatency(); skip > 0;) {
+        const int n = int(std::min<int64_t>(skip, qv->frames));
+        runBlock(n);
+        skip -= n;
+    }
+}
+
+/// Brings the end of the range, which the latency of a channel has kept back.
+void CRender::runTail(CList* outputs) {
+    const auto owes = [&](const Target& t) {
+        return outputs->indexed(t.channel) >= 0 && t.written < framesWritten;
+    };
+    while (std::any_of(targets.begin(), targets.end(), owes)) {
+        runBlock(qv->frames);
+        captureAll(outputs, qv->frames, false);
+    }
 }
 
 void CRender::run(double lengthTicks, CList* outputs, bool mix, RenderProgress* follower) {
-    int64_t skip = qv->pdcInDelay + qv->pdcSendDelay;
+    for (Target& t : targets) {
+        t.skip = mix ? 0 : latencyOf(t.channel);
+        t.written = 0;
+    }
+    if (mix) runPreRoll();
     double rest = lengthTicks;
     while (asInt(rest) > 0 && !cancelled) {
-        int n = asMinMax(asInt(qv->ticksToFrames(rest)), 1, qv->frames);
-        if (skip > 0) n = int(std::min<int64_t>(n, skip));
+        const int n = asMinMax(asInt(qv->ticksToFrames(rest)), 1, qv->frames);
         runBlock(n);
-        if (skip > 0) {
-            skip -= n;
-            continue;
-        }
-        std::fill_n(left.begin(), n, 0.0f);
-        std::fill_n(right.begin(), n, 0.0f);
-        for (Target& t : targets) {
-            if (outputs->indexed(t.channel) < 0) continue;
-            capture(t, n, mix);
-            if (!mix) write(t, n);
-        }
-        if (mix) write(targets.front(), n);
         framesWritten += n;
+        captureAll(outputs, n, mix);
         rest -= qv->framesToTicks(n);
         progress = float((lengthTicks - rest) / lengthTicks);
         if (follower && !follower->onRender(progress)) cancelled = true;
     }
+    if (!mix && !cancelled) runTail(outputs);
 }
 
 void CRender::process(double startTick, double lengthTicks, CList* outputs, bool mix,

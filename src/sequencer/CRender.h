@@ -42,9 +42,10 @@ public:
     /// The file that a channel is written to, in its own format, opened and owned by the caller.
     void setTarget(COutputChannel* channel, CSample* file);
     /// Renders `lengthTicks` from `startTick` on. `outputs` lists the captured COutputChannels;
-    /// their peak holds are cleared first. `progress` may be null. Interface thread; takes the
-    /// graph for the whole time, stops the transport before, and puts rate, tempo and position
-    /// back.
+    /// their peak holds are cleared first. With `mix` they are summed into the first file, else
+    /// each goes to its own. The latency of what is captured is left out. `follower` may be null.
+    /// Interface thread; takes the graph for the whole time, stops the transport before, and puts
+    /// rate, tempo and position back.
     void process(double startTick, double lengthTicks, CList* outputs, bool mix,
                  RenderProgress* follower);
 
@@ -52,12 +53,17 @@ private:
     struct Target {
         COutputChannel* channel;
         CSample* file;
-        int64_t skip = 0; ///< latency still to be dropped, in frames
+        int64_t skip = 0;    ///< latency still to be left out, in frames
+        int64_t written = 0; ///< frames, by this `process`
     };
-    CSample* fileOf(const COutputChannel* channel) const;
+    int64_t hostLatency() const;
+    int64_t latencyOf(COutputChannel* channel) const;
     void run(double lengthTicks, CList* outputs, bool mix, RenderProgress* follower);
+    void runPreRoll();
+    void runTail(CList* outputs);
     void runBlock(int n);
-    void capture(Target& target, int n, bool mix);
+    void captureAll(CList* outputs, int n, bool mix);
+    void capture(const Target& target, int n, bool mix);
     void write(Target& target, int n);
 
     std::vector<Target> targets;
