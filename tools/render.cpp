@@ -13,9 +13,12 @@
 #include "sequencer/Points.h"
 #include "tools/RenderOptions.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <ctime>
 #include <memory>
+#include <string>
 #include <sys/resource.h>
 
 namespace {
@@ -28,10 +31,20 @@ int keepMessage(CWin*, const CStr&, const CStr& text, int flags) {
     return answerOfEscape(flags);
 }
 
+/// One line, whatever bytes a file put into the text.
 int fail(const CStr& text) {
-    std::fprintf(stderr, "sondrava-render: %s\n", text.asChar());
+    std::string line = text.asChar();
+    std::replace_if(
+        line.begin(), line.end(), [](unsigned char c) { return std::iscntrl(c); }, '?');
+    std::fprintf(stderr, "sondrava-render: %s\n", line.c_str());
     return 1;
 }
+
+/// Ends a render whose file takes no more.
+class DiskWatch : public RenderProgress {
+public:
+    bool onRender(float) override { return !diskWriteFailed; }
+};
 
 CStr problem(MidiSongResult result) {
     switch (result) {
@@ -105,7 +118,8 @@ CStr renderFile(CQV* host, CSeq* seq, const RenderOptions& options, Figures& fig
     CList outputs;
     outputs.add(out);
     diskWriteFailed = false;
-    render.process(options.start, length, &outputs, true, nullptr);
+    DiskWatch watch;
+    render.process(options.start, length, &outputs, true, &watch);
     if (diskWriteFailed) return CStr("Could not write file ") + options.output;
     file.keep = true;
     figures.frames = render.framesWritten;
