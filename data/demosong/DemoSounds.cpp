@@ -33,8 +33,7 @@ DemoSounds::DemoSounds(SongBuilder& builder) : song(builder) {
     harmony = song.track("Harmony");
 
     CSampler* kit = addSynthDrums(song.seq, drums);
-    kit->output()->vol = 0.9f;
-    kit->output()->setVol(kit->output()->vol, false);
+    setStrip(kit, 0.9f, 0.0f);
     instrument(bass, programBass, 0.95f, 0.0f);
     CSampler* pads = instrument(pad, programPads, 0.74f, 0.0f);
     CSampler* plucks = instrument(pluck, programPluck, 0.6f, 0.0f);
@@ -49,11 +48,7 @@ DemoSounds::DemoSounds(SongBuilder& builder) : song(builder) {
 
 CSampler* DemoSounds::instrument(CTrack* track, int program, float volume, float pan) {
     CSampler* made = addSynthesizer(song.seq, track, program);
-    COutputChannel* strip = made->output();
-    strip->vol = volume;
-    strip->pan = pan;
-    strip->setVol(volume, false);
-    strip->setPan(pan, false);
+    setStrip(made, volume, pan);
     return made;
 }
 

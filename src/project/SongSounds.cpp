@@ -65,10 +65,7 @@ CSampler* giveSound(CSeq* seq, CSongTrack* songTrack) {
 /// of its share. The fader counts squared.
 void setLevels(const std::vector<CSampler*>& instruments) {
     const float fader = std::pow(float(instruments.size()), -0.25f);
-    for (CSampler* s : instruments) {
-        s->output()->vol = fader;
-        s->output()->setVol(fader, false);
-    }
+    for (CSampler* s : instruments) setStrip(s, fader, 0.0f);
 }
 
 MidiSongResult resultOf(MidiImport import) {
@@ -106,6 +103,15 @@ CSampler* addSynthesizer(CSeq* seq, CTrack* track, int program) {
     made->factoryProg(nullptr, program % count, name, true);
     made->setId(name);
     return link(std::move(made), seq, track);
+}
+
+void setStrip(CSampler* instrument, float fader, float pan) {
+    COutputChannel* strip = instrument->output();
+    GraphHold hold(instrument->host);
+    strip->vol = fader;
+    strip->pan = pan;
+    strip->setVol(fader, false);
+    strip->setPan(pan, false);
 }
 
 CSampler* addSynthDrums(CSeq* seq, CTrack* track) {

@@ -19,6 +19,9 @@ CSampler* addSynthesizer(CSeq* seq, CTrack* track, int program);
 /// The same with the drum program alone.
 CSampler* addSynthDrums(CSeq* seq, CTrack* track);
 
+/// Sets fader (0 to 1) and pan (-1 to 1) of an instrument at once, without a ramp.
+void setStrip(CSampler* instrument, float fader, float pan);
+
 enum class MidiSongResult {
     good,
     unreadable,
