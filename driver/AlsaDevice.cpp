@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int blocksAhead = 2; // of silence, written before the start
+constexpr int minBlocksBuffered = 2;
 
 std::vector<std::string> numbered(const char* what, int count) {
     std::vector<std::string> names;
@@ -20,17 +20,15 @@ std::vector<std::string> numbered(const char* what, int count) {
 bool AlsaDevice::open(const DeviceInfo& info, const DeviceWish& wish) {
     if (!playback.open(info.playback, true, wish.frames, wish.rate)) return false;
     rate = playback.rate;
-    const bool roomy = playback.bufferFrames >= blocksAhead * wish.frames;
-    frames = roomy ? wish.frames : std::min(playback.periodFrames, playback.bufferFrames / 2);
+    const bool roomy = playback.bufferFrames >= minBlocksBuffered * wish.frames;
+    frames = roomy ? wish.frames
+                   : std::min(playback.periodFrames, playback.bufferFrames / minBlocksBuffered);
     if (frames < aamMinFrames || frames > aamMaxFrames) return false;
     if (capture.open(info.capture, false, frames, rate) &&
         (capture.rate != rate || capture.bufferFrames < frames))
         capture.close();
-    playback.prepareBlocks(frames);
-    if (capture.isOpen()) {
-        capture.prepareBlocks(frames);
-        linked = AlsaPcm::link(playback, capture);
-    }
+    if (!playback.prepareBlocks(frames)) return false;
+    if (capture.isOpen() && !capture.prepareBlocks(frames)) capture.close();
     inNames = numbered("In ", int(capture.planes.size()));
     outNames = numbered("Out ", int(playback.planes.size()));
     return true;
@@ -61,16 +59,18 @@ void AlsaDevice::work() {
     if (result != AlsaPcm::Result::stopped) needsReopen = true;
 }
 
-/// Brings both directions to a running state with some silence ahead.
+/// Brings both directions to a running state with as much silence ahead as may be, since a block is
+/// only written when one has been recorded.
 bool AlsaDevice::restart() {
     playback.drop();
-    if (capture.isOpen() && !linked) capture.drop();
-    if (!playback.prepare() || (capture.isOpen() && !linked && !capture.prepare())) return false;
+    if (capture.isOpen()) capture.drop();
+    if (!playback.prepare() || (capture.isOpen() && !capture.prepare())) return false;
     for (float* plane : playback.planes) std::fill_n(plane, frames, 0.0f);
-    for (int i = 0; i < blocksAhead; ++i) {
+    const int ahead = std::min(playback.bufferFrames / frames, AlsaPcm::blocksBuffered);
+    for (int i = 0; i < ahead; ++i) {
         if (playback.move(stopping) != AlsaPcm::Result::done) return stopping.load();
     }
-    return playback.startNow() && (!capture.isOpen() || linked || capture.startNow());
+    return (!capture.isOpen() || capture.startNow()) && playback.startNow();
 }
 
 AlsaPcm::Result AlsaDevice::runBlock() {

@@ -7,10 +7,12 @@
 
 /// An open PCM device with a thread of its own. Playback sets the pace; recording, where the
 /// device has it, runs in step.
-class AlsaDevice : public Device {
+class AlsaDevice final : public Device {
 public:
     explicit AlsaDevice(BlockCycle& blockCycle) : cycle(blockCycle) {}
     ~AlsaDevice() override { stop(); }
+    AlsaDevice(const AlsaDevice&) = delete;
+    AlsaDevice& operator=(const AlsaDevice&) = delete;
 
     bool open(const DeviceInfo& info, const DeviceWish& wish);
     void start() override;
@@ -23,7 +25,6 @@ private:
 
     BlockCycle& cycle;
     AlsaPcm playback, capture;
-    bool linked = false;
     std::atomic<bool> stopping{false};
     std::thread thread;
 };

@@ -6,19 +6,11 @@
 #include <algorithm>
 #include <alsa/asoundlib.h>
 #include <chrono>
+#include <cstdlib>
 #include <poll.h>
 #include <string>
 #include <sys/eventfd.h>
 #include <unistd.h>
-
-namespace {
-
-/// Gives the kernel time to take what fills its queue.
-void yieldToKernel() {
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-}
-
-} // namespace
 
 std::unique_ptr<AlsaMidi> AlsaMidi::open(MidiPorts& ports) {
     snd_seq_t* seq = nullptr;
@@ -43,7 +35,10 @@ AlsaMidi::~AlsaMidi() {
 }
 
 bool AlsaMidi::prepare() {
+    constexpr size_t mostEvents = 2000; // that the kernel allows to wait
     snd_seq_set_client_name(seq, "Sondrava");
+    snd_seq_set_client_pool_input(seq, mostEvents);
+    snd_seq_set_client_pool_output(seq, mostEvents);
     inPort =
         snd_seq_create_simple_port(seq, "in", SND_SEQ_PORT_CAP_WRITE | SND_SEQ_PORT_CAP_SUBS_WRITE,
                                    SND_SEQ_PORT_TYPE_MIDI_GENERIC | SND_SEQ_PORT_TYPE_APPLICATION);
@@ -153,10 +148,30 @@ void AlsaMidi::accept(const snd_seq_event_t& event) {
     }
 }
 
+/// Gives the kernel time to take what fills its queue, which may come back to us.
+void AlsaMidi::waitForKernel() {
+    readAll();
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
 void AlsaMidi::writeAll() {
-    Timed next;
+    followQueue();
+    Timed next{};
     while (waiting.take(next)) write(next.event, next.ns);
-    while (snd_seq_drain_output(seq) == -EAGAIN && !ending.load()) yieldToKernel();
+    while (snd_seq_drain_output(seq) == -EAGAIN && !ending.load()) waitForKernel();
+}
+
+/// Events are given to the kernel with times of its queue, since its order of events is that of
+/// their times. The two clocks are matched anew only when they have come apart, for the same
+/// reason.
+void AlsaMidi::followQueue() {
+    constexpr int64_t toleranceNs = 5 * nsPerMs;
+    snd_seq_queue_status_t* status;
+    snd_seq_queue_status_alloca(&status);
+    if (snd_seq_get_queue_status(seq, queue, status) < 0) return;
+    const snd_seq_real_time_t* time = snd_seq_queue_status_get_real_time(status);
+    const int64_t ahead = nowNs() - (time->tv_sec * nsPerSecond + time->tv_nsec);
+    if (std::abs(ahead - queueBeganNs) > toleranceNs) queueBeganNs = ahead;
 }
 
 void AlsaMidi::write(const AamEvent& message, int64_t dueNs) {
@@ -166,13 +181,13 @@ void AlsaMidi::write(const AamEvent& message, int64_t dueNs) {
     snd_seq_ev_clear(&event);
     snd_midi_event_reset_encode(coder);
     if (count == 0 || snd_midi_event_encode(coder, bytes, count, &event) != count) return;
-    const int64_t waitNs = std::max<int64_t>(dueNs - nowNs(), 0);
-    const snd_seq_real_time_t wait{unsigned(waitNs / nsPerSecond), unsigned(waitNs % nsPerSecond)};
+    const int64_t atNs = std::max<int64_t>(dueNs - queueBeganNs, 0);
+    const snd_seq_real_time_t at{unsigned(atNs / nsPerSecond), unsigned(atNs % nsPerSecond)};
     snd_seq_ev_set_source(&event, (unsigned char)outPort);
-    snd_seq_ev_schedule_real(&event, queue, 1, &wait);
+    snd_seq_ev_schedule_real(&event, queue, 0, &at);
     for (const Remote& r : sinks) {
         if (!ports.goesTo(message, r.index)) continue;
         snd_seq_ev_set_dest(&event, (unsigned char)r.client, (unsigned char)r.port);
-        while (snd_seq_event_output(seq, &event) == -EAGAIN && !ending.load()) yieldToKernel();
+        while (snd_seq_event_output(seq, &event) == -EAGAIN && !ending.load()) waitForKernel();
     }
 }

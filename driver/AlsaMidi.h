@@ -54,13 +54,16 @@ private:
     void readAll();
     void accept(const snd_seq_event_t& event);
     void writeAll();
+    void followQueue();
+    void waitForKernel();
     void write(const AamEvent& event, int64_t dueNs);
 
     snd_seq_t* seq; ///< owned
     MidiPorts& ports;
     snd_midi_event_t* coder = nullptr; ///< owned, used by the thread
     int inPort = -1, outPort = -1, queue = -1;
-    int wake = -1; ///< event counter that ends the thread's sleep
+    int64_t queueBeganNs = 0; ///< when the queue's clock stood at 0
+    int wake = -1;            ///< event counter that ends the thread's sleep
     std::vector<Remote> sources, sinks;
     Ring<Timed> received, waiting;
     std::atomic<bool> ending{false};

@@ -1,5 +1,6 @@
 #include "driver/AlsaPcm.h"
 
+#include "driver/Clock.h"
 #include "driver/libaam.h"
 
 #include <algorithm>
@@ -9,7 +10,6 @@
 
 namespace {
 
-constexpr snd_pcm_uframes_t blocksBuffered = 3;
 constexpr double int32Scale = 2147483647.0;
 constexpr float int16Scale = 32767.0f;
 
@@ -31,6 +31,10 @@ void separate(const char* from, int frames, const std::vector<float*>& planes, f
     }
 }
 
+AlsaPcm::Result failure(long error) {
+    return error == -EPIPE || error == -ESTRPIPE ? AlsaPcm::Result::gap : AlsaPcm::Result::lost;
+}
+
 } // namespace
 
 AlsaPcm::~AlsaPcm() {
@@ -40,6 +44,7 @@ AlsaPcm::~AlsaPcm() {
 void AlsaPcm::close() {
     if (pcm) snd_pcm_close(pcm);
     pcm = nullptr;
+    planes.clear();
 }
 
 bool AlsaPcm::open(const std::string& name, bool playback, int wantedFrames, int wantedRate) {
@@ -75,15 +80,7 @@ bool AlsaPcm::configure(int wantedFrames, int wantedRate) {
     channels = int(count);
     periodFrames = int(period);
     bufferFrames = int(buffer);
-
-    // The stream starts when told to, and wakes us as soon as there is any room.
-    snd_pcm_sw_params_t* soft;
-    snd_pcm_sw_params_alloca(&soft);
-    snd_pcm_uframes_t boundary = 0;
-    return snd_pcm_sw_params_current(pcm, soft) == 0 &&
-           snd_pcm_sw_params_get_boundary(soft, &boundary) == 0 &&
-           snd_pcm_sw_params_set_start_threshold(pcm, soft, boundary) == 0 &&
-           snd_pcm_sw_params(pcm, soft) == 0 && channels <= aamMaxChannels;
+    return channels <= aamMaxChannels;
 }
 
 bool AlsaPcm::chooseForm(void* params) {
@@ -103,12 +100,22 @@ bool AlsaPcm::chooseForm(void* params) {
     return false;
 }
 
-void AlsaPcm::prepareBlocks(int frames) {
+bool AlsaPcm::prepareBlocks(int frames) {
     blockFrames = frames;
     storage.assign(size_t(channels), std::vector<float>(size_t(frames)));
     planes.clear();
     for (auto& plane : storage) planes.push_back(plane.data());
     interleaved.assign(size_t(frames) * size_t(channels) * sampleBytes(), 0);
+
+    // The stream starts when it is told to, and wakes us for whole blocks.
+    snd_pcm_sw_params_t* params;
+    snd_pcm_sw_params_alloca(&params);
+    snd_pcm_uframes_t boundary = 0;
+    return snd_pcm_sw_params_current(pcm, params) == 0 &&
+           snd_pcm_sw_params_get_boundary(params, &boundary) == 0 &&
+           snd_pcm_sw_params_set_start_threshold(pcm, params, boundary) == 0 &&
+           snd_pcm_sw_params_set_avail_min(pcm, params, snd_pcm_uframes_t(frames)) == 0 &&
+           snd_pcm_sw_params(pcm, params) == 0;
 }
 
 size_t AlsaPcm::sampleBytes() const {
@@ -127,31 +134,36 @@ void AlsaPcm::drop() {
     snd_pcm_drop(pcm);
 }
 
-bool AlsaPcm::link(AlsaPcm& a, AlsaPcm& b) {
-    return snd_pcm_link(a.pcm, b.pcm) == 0;
-}
-
 AlsaPcm::Result AlsaPcm::move(const std::atomic<bool>& stopping) {
-    constexpr int waitMs = 20, patienceWaits = 100;
+    const Result ready = waitForBlock(stopping);
+    if (ready != Result::done) return ready;
     if (plays) pack();
-    const size_t frameBytes = sampleBytes() * size_t(channels);
-    int waits = 0;
-    for (int done = 0; done < blockFrames;) {
-        if (stopping.load(std::memory_order_relaxed)) return Result::stopped;
-        char* at = interleaved.data() + size_t(done) * frameBytes;
-        const auto left = snd_pcm_uframes_t(blockFrames - done);
-        const long moved = plays ? snd_pcm_writei(pcm, at, left) : snd_pcm_readi(pcm, at, left);
-        if (moved > 0) {
-            done += int(moved);
-            waits = 0;
-        } else if (moved == 0 || moved == -EAGAIN) {
-            if (snd_pcm_wait(pcm, waitMs) <= 0 && ++waits > patienceWaits) return Result::lost;
-        } else {
-            return moved == -EPIPE || moved == -ESTRPIPE ? Result::gap : Result::lost;
-        }
-    }
+    const auto left = snd_pcm_uframes_t(blockFrames);
+    const long moved = plays ? snd_pcm_writei(pcm, interleaved.data(), left)
+                             : snd_pcm_readi(pcm, interleaved.data(), left);
+    if (moved < 0) return failure(moved);
+    if (moved < blockFrames) return Result::gap;
     if (!plays) unpack();
     return Result::done;
+}
+
+/// The device wakes us, or the clock does when the block should be there: some tell late, some in
+/// coarse steps, some too early.
+AlsaPcm::Result AlsaPcm::waitForBlock(const std::atomic<bool>& stopping) {
+    constexpr int maxWaitMs = 20;
+    constexpr int64_t patienceNs = 2 * nsPerSecond, pauseNs = nsPerMs / 5;
+    const int64_t until = nowNs() + patienceNs;
+    bool woken = false;
+    while (!stopping.load(std::memory_order_relaxed)) {
+        const snd_pcm_sframes_t available = snd_pcm_avail(pcm);
+        if (available < 0) return failure(available);
+        if (available >= blockFrames) return Result::done;
+        if (nowNs() > until) return Result::lost;
+        if (woken) sleepUntilNs(nowNs() + pauseNs);
+        const int64_t missingNs = framesToNs(blockFrames - available, rate);
+        woken = snd_pcm_wait(pcm, int(std::min(missingNs / nsPerMs + 1, int64_t(maxWaitMs)))) > 0;
+    }
+    return Result::stopped;
 }
 
 void AlsaPcm::pack() {

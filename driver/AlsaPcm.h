@@ -16,7 +16,9 @@ public:
     AlsaPcm(const AlsaPcm&) = delete;
     AlsaPcm& operator=(const AlsaPcm&) = delete;
 
-    /// Opens with a buffer of some blocks of about `wantedFrames`; false if the device is missing,
+    static constexpr int blocksBuffered = 3; ///< asked for; a device may have more or fewer
+
+    /// Opens with a buffer for blocks of about `wantedFrames`; false if the device is missing,
     /// in use, or takes none of float, 32-bit and 16-bit samples.
     bool open(const std::string& name, bool playback, int wantedFrames, int wantedRate);
     bool isOpen() const { return pcm != nullptr; }
@@ -25,8 +27,8 @@ public:
     int rate = 0, channels = 0;
     int periodFrames = 0, bufferFrames = 0; ///< as granted
 
-    /// Allocates for blocks of that size.
-    void prepareBlocks(int frames);
+    /// Allocates for blocks of that size, not above the buffer's; false if the device refuses.
+    bool prepareBlocks(int frames);
     std::vector<float*> planes; ///< a block of each channel
 
     enum class Result { done, gap, stopped, lost };
@@ -34,16 +36,16 @@ public:
     bool prepare();
     bool startNow();
     void drop();
-    /// Moves the block in `planes`, waiting for the device; returns soon when `stopping` is set.
+    /// Moves the block in `planes`, waiting until the device can take or give all of it; returns
+    /// soon when `stopping` is set. A device that does nothing for two seconds is lost.
     Result move(const std::atomic<bool>& stopping);
-    /// Whether one start sets both going.
-    static bool link(AlsaPcm& a, AlsaPcm& b);
 
 private:
     enum class Form { float32, int32, int16 };
     bool configure(int wantedFrames, int wantedRate);
     bool chooseForm(void* params);
     size_t sampleBytes() const;
+    Result waitForBlock(const std::atomic<bool>& stopping);
     void pack();
     void unpack();
 

@@ -56,7 +56,7 @@ void BlockCycle::statistics(AamStatistics& to) const {
 }
 
 bool BlockCycle::take(AamEvent& event, int64_t& frame) {
-    Taken oldest;
+    Taken oldest{};
     if (!taken.take(oldest)) return false;
     event = oldest.event;
     frame = oldest.frame;
@@ -120,13 +120,13 @@ void BlockCycle::choose(const DeviceBlock& block) {
 void BlockCycle::gather(int64_t begunNs, int frames) {
     const int64_t sinceNs = lastBegunNs ? lastBegunNs : begunNs;
     if (AlsaMidi* midi = sequencer.load()) {
-        AlsaMidi::Timed in;
+        AlsaMidi::Timed in{};
         while (numEvents < aamMaxEvents && midi->receive(in)) {
             const int64_t frame = std::max<int64_t>(in.ns - sinceNs, 0) * rate / nsPerSecond;
             addEvent(in.event.data, in.event.device, int(std::min<int64_t>(frame, frames - 1)));
         }
     }
-    AamEvent event;
+    AamEvent event{};
     while (numEvents < aamMaxEvents && injected.take(event)) {
         event.frame = std::clamp(event.frame, 0, frames - 1);
         events[size_t(numEvents++)] = event;

@@ -33,6 +33,7 @@ public:
     std::atomic<int64_t> xruns{0};                 ///< devices count theirs here
 
     explicit BlockCycle(MidiPorts& midiPorts);
+    ~BlockCycle() = default;
     BlockCycle(const BlockCycle&) = delete;
     BlockCycle& operator=(const BlockCycle&) = delete;
 
@@ -56,7 +57,7 @@ public:
     /// Computes a block. Answers the count of events to send, which `events` holds in the order of
     /// their frames, all inside the block. With the gate shut the block is silent.
     int run(const DeviceBlock& block);
-    std::array<AamEvent, aamMaxEvents> events;
+    std::array<AamEvent, aamMaxEvents> events{};
 
 private:
     struct Taken {
@@ -72,7 +73,7 @@ private:
 
     int rate = 44100;
     int numEvents = 0;
-    std::array<float*, aamMaxChannels> ins, outs; ///< of the enabled channels
+    std::array<float*, aamMaxChannels> ins{}, outs{}; ///< of the enabled channels
     int numIns = 0, numOuts = 0;
     int64_t framesRun = 0;
     int64_t lastBegunNs = 0; ///< when the block before began

@@ -27,7 +27,7 @@ public:
 
 private:
     struct Entry {
-        Backend* backend;
+        Backend* backend = nullptr;
         DeviceInfo info;
     };
 

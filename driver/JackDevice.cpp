@@ -135,7 +135,7 @@ void JackDevice::joinPhysical() {
 }
 
 int JackDevice::process(jack_nframes_t count) {
-    std::array<float*, aamMaxChannels> in, out;
+    std::array<float*, aamMaxChannels> in{}, out{};
     const auto buffer = [count](jack_port_t* port) {
         return static_cast<float*>(jack_port_get_buffer(port, count));
     };

@@ -13,6 +13,8 @@ class JackDevice : public Device {
 public:
     explicit JackDevice(BlockCycle& blockCycle) : cycle(blockCycle) {}
     ~JackDevice() override;
+    JackDevice(const JackDevice&) = delete;
+    JackDevice& operator=(const JackDevice&) = delete;
 
     /// Makes the client, its ports and connections; false if the server refuses.
     bool open(const DeviceWish& wish);

@@ -45,6 +45,8 @@ private:
     struct Deadline {
         explicit Deadline(PulseConnection& c);
         ~Deadline();
+        Deadline(const Deadline&) = delete;
+        Deadline& operator=(const Deadline&) = delete;
         PulseConnection& connection;
         pa_time_event* event;
         bool passed = false;

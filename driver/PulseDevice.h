@@ -13,6 +13,8 @@ class PulseDevice : public Device {
 public:
     explicit PulseDevice(BlockCycle& blockCycle) : cycle(blockCycle) {}
     ~PulseDevice() override;
+    PulseDevice(const PulseDevice&) = delete;
+    PulseDevice& operator=(const PulseDevice&) = delete;
 
     /// Connects both streams, still paused; false if the sink is gone or the server refuses.
     bool open(const DeviceInfo& info, const DeviceWish& wish);

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int numChannels = 2; // each way
 
-class SilentClockDevice : public Device {
+class SilentClockDevice final : public Device {
 public:
     SilentClockDevice(const DeviceWish& wish, BlockCycle& blockCycle)
         : cycle(blockCycle), silence(size_t(wish.frames)) {
@@ -23,6 +23,8 @@ public:
         for (auto& channel : played) channel.resize(size_t(frames));
     }
     ~SilentClockDevice() override { stop(); }
+    SilentClockDevice(const SilentClockDevice&) = delete;
+    SilentClockDevice& operator=(const SilentClockDevice&) = delete;
 
     void start() override {
         stopping.store(false);

@@ -61,7 +61,7 @@ protected:
         EXPECT_TRUE(file) << name << " ends early";
         return samples;
     }
-    static constexpr size_t silence = 2 * 2 * 256; // samples of the blocks ahead
+    static constexpr size_t silence = 2 * 3 * 256; // samples of the blocks ahead
     static float ramp(int64_t n) { return float(n % 300 - 150) / 128.0f; }
 };
 
