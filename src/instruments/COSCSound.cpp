@@ -18,9 +18,10 @@ constexpr float sameFilter = 1e-9f;       ///< filters that differ by less sound
 
 /// Settings of a sound for one call.
 struct OscPlan : SlicePlan {
-    float feed1, feed2, phaseMod, detune;
     double tuning, coarse2;
     int pmMul;
+    float width;
+    float inv; ///< +1 or -1: sign of the right pair
 
     OscPlan(COSCSound* s, const CVoice* any) : SlicePlan(s, any, synthGain, false) {
         base[targetFeed1] = s->feed1;
@@ -30,6 +31,8 @@ struct OscPlan : SlicePlan {
         tuning = double(float(s->coarse)) + double(float(s->fine)) - lowestNote;
         coarse2 = double(float(s->coarse2));
         pmMul = asMinMax(s->pmMul, 1, COSCSound::maxPmMul);
+        width = fLimit(s->width, 0.0f, 1.0f);
+        inv = s->oscInv < 0.0f ? -1.0f : 1.0f;
     }
 };
 
@@ -37,12 +40,13 @@ bool sameOperators(const COscState& a, const COscState& b) {
     return a.phase == b.phase && a.last == b.last;
 }
 
-/// Whether left and right of a voice are, and stay, the same signal.
+/// Whether left and right of a voice are, and stay, the same signal but for the sign.
 bool channelsEqual(const CVoice& v, const OscPlan& plan) {
     if (plan.base[targetDetune] != 0.0f) return false;
     if (!sameOperators(v.carL, v.carR) || !sameOperators(v.modL, v.modR)) return false;
     for (int i = 0; i < CVoice::rightSvf; i++)
-        if (!(std::fabs(v.svf[i] - v.svf[CVoice::rightSvf + i]) < sameFilter)) return false;
+        if (!(std::fabs(v.svf[i] - plan.inv * v.svf[CVoice::rightSvf + i]) < sameFilter))
+            return false;
     return v.outR - v.outL == CVoice::rightSvf;
 }
 
@@ -61,12 +65,11 @@ struct OscBatch {
     int count = 0;
     int lanes = 0; ///< in use
     OscLanes s;
-    float width, inv;
 
     OscBatch(const OscPlan& p, const COSCSound& sound, float* l, float* r)
-        : plan(p), left(l), right(r), width(sound.width), inv(sound.oscInv < 0.0f ? -1.0f : 1.0f) {
-        s.modRing = double(float(sound.modRing));
-        s.oscRing = double(float(sound.oscRing));
+        : plan(p), left(l), right(r) {
+        s.modRing = double(fLimit(sound.modRing, 0.0f, 1.0f));
+        s.oscRing = double(fLimit(sound.oscRing, 0.0f, 1.0f));
         s.dist = sound.dist != 0;
     }
 
@@ -75,15 +78,15 @@ struct OscBatch {
         loadOperators(lanes, v->carL, v->modL);
         s.strip.load(lanes, *v, 0);
         if (stereo) {
-            s.direct[lanes] = (1.0f + width) * 0.5f;
-            s.cross[lanes] = inv * (1.0f - width) * 0.5f;
+            s.direct[lanes] = (1.0f + plan.width) * 0.5f;
+            s.cross[lanes] = plan.inv * (1.0f - plan.width) * 0.5f;
             lanes++;
             loadOperators(lanes, v->carR, v->modR);
             s.strip.load(lanes, *v, 1);
-            s.direct[lanes] = inv * (1.0f + width) * 0.5f;
-            s.cross[lanes] = (1.0f - width) * 0.5f;
+            s.direct[lanes] = plan.inv * (1.0f + plan.width) * 0.5f;
+            s.cross[lanes] = (1.0f - plan.width) * 0.5f;
         } else {
-            s.direct[lanes] = inv < 0.0f ? width : 1.0f;
+            s.direct[lanes] = plan.inv < 0.0f ? plan.width : 1.0f;
             s.cross[lanes] = 0.0f;
         }
         lanes++;
@@ -114,9 +117,9 @@ struct OscBatch {
         s.strip.setSlice(lv.lane, ramps, true, !lv.stereo);
         if (lv.stereo) {
             s.strip.setSlice(lv.lane + 1, ramps, false, true);
-        } else if (inv < 0.0f) {
-            s.strip.gainR[lv.lane] *= -1.0f;
-            s.strip.gainRStep[lv.lane] *= -1.0f;
+        } else {
+            s.strip.gainR[lv.lane] *= plan.inv;
+            s.strip.gainRStep[lv.lane] *= plan.inv;
         }
         return true;
     }
@@ -181,9 +184,10 @@ struct OscBatch {
             CVoice& v = *voices[i].voice;
             storeOperators(voices[i].lane, v.carL, v.modL);
             s.strip.store(voices[i].lane, v, 0);
-            const int rightLane = voices[i].lane + (voices[i].stereo ? 1 : 0);
+            const bool stereo = voices[i].stereo;
+            const int rightLane = voices[i].lane + (stereo ? 1 : 0);
             storeOperators(rightLane, v.carR, v.modR);
-            s.strip.store(rightLane, v, 1);
+            s.strip.store(rightLane, v, 1, stereo ? 1.0f : plan.inv);
             guardVoice(&v);
         }
         s.strip.meter(sound);

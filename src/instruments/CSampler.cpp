@@ -51,6 +51,7 @@ void CSampler::Freed::operator()(void* p) const {
 CSampler::CSampler(CQV* root) : CComp(root) {
     id = "Synthesizer";
     type = compSampler;
+    currentRate = float(host->rate);
     for (auto& d : delays) d.reset(zeroedMemory());
 }
 

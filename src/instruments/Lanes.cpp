@@ -13,11 +13,11 @@ void StripLanes::load(int lane, const CVoice& v, int side) {
     tapHigh[lane] = tap == CVoice::high ? -1 : 0;
 }
 
-void StripLanes::store(int lane, CVoice& v, int side) const {
+void StripLanes::store(int lane, CVoice& v, int side, float sign) const {
     float* svf = v.svf + side * CVoice::rightSvf;
-    svf[CVoice::low] = low[lane];
-    svf[CVoice::band] = band[lane];
-    svf[CVoice::high] = high[lane];
+    svf[CVoice::low] = sign * low[lane];
+    svf[CVoice::band] = sign * band[lane];
+    svf[CVoice::high] = sign * high[lane];
 }
 
 void StripLanes::setSlice(int lane, const StripRamps& r, bool toLeft, bool toRight) {

@@ -44,7 +44,7 @@ struct alignas(64) StripLanes {
 
     /// Takes the filter of one channel of a voice, 0 left or 1 right.
     void load(int lane, const CVoice& v, int side);
-    void store(int lane, CVoice& v, int side) const;
+    void store(int lane, CVoice& v, int side, float sign = 1.0f) const;
     /// A slice: the lane of a left or right channel, or of both with `toLeft` and `toRight`.
     void setSlice(int lane, const StripRamps& ramps, bool toLeft, bool toRight);
     void mute(int lane);

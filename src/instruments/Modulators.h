@@ -30,7 +30,8 @@ constexpr bool isAdditive(int target) {
 /// The name of a target, empty outside the list.
 CStr paramAsStr(int target);
 
-/// Frames per second that the envelopes count with; set by `CSampler::setRate`.
+/// Frames per second that the envelopes count with: that of the engine, set by each CSampler when
+/// it is made and by `CSampler::setRate`.
 extern Shared<float> currentRate;
 
 constexpr int modSlots = 4;      ///< destinations of each modulator

@@ -15,6 +15,7 @@ constexpr double tableSteps = 65535.0;
 constexpr float qMax = 0.97f;
 constexpr double tailSeconds = 0.01;
 constexpr double maxSemitones = 240.0;
+constexpr float mostGain = 16.0f; ///< far beyond what the controls give
 constexpr float denormal = 1e-10f;
 
 /// Place of a phase in a table: rounded, modulo its length; a phase stays within -1 to 2.
@@ -174,7 +175,7 @@ Ramp rampTo(float& value, float target, const SlicePlan& plan, bool jump, int n)
 void StripRamps::begin(CVoice* v, const SlicePlan& plan, int n) {
     const float* cur = v->sound->cur;
     const float pan = fLimit(cur[targetPan], -1.0f, 1.0f);
-    const float level = cur[targetVolume] * cur[targetVolume];
+    const float level = fLimit(cur[targetVolume] * cur[targetVolume], 0.0f, mostGain);
     const float left = level * (pan >= 0.0f ? 1.0f - pan : pan * -0.5f + 1.0f);
     const float right = level * (pan >= 0.0f ? pan * 0.5f + 1.0f : pan + 1.0f);
     gainL = rampTo(v->gainL, left, plan, v->first, n);

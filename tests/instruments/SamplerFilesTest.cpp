@@ -7,6 +7,8 @@
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
 
+#include "instruments/PatchText.h"
+
 #include <random>
 
 namespace {
@@ -249,4 +251,18 @@ TEST(SamplerFiles, OpenedBankIsOneStep) {
     host.host->settle();
     EXPECT_EQ(int(sampler->curProg), 1);
     EXPECT_EQ(sampler->getProg()->id, "My program");
+}
+
+/// The text names the fields as a program would set them, one a line.
+TEST(PatchText, ListsTheFields) {
+    SoundBench b;
+    COSCSound* s = b.addOsc();
+    s->volume = 0.5f;
+    s->pmMul = 3;
+    s->vel->setSlot(2, targetCutoff, -0.25f);
+    const CStr text = patchText(*s);
+    for (const char* line :
+         {"so->volume = 0.5f;\n", "so->pmMul = 3;\n", "so->lfo[0]->rate = 6f;\n",
+          "so->envelope[1]->params[0].index = 4;\n", "so->vel->params[2].amount = -0.25f;\n"})
+        EXPECT_GE(text.pos(line), 0) << line;
 }

@@ -13,7 +13,6 @@
 /// sounds and voices can be rendered by hand.
 struct SoundBench {
     explicit SoundBench(double rate = 44100.0, int frames = 1024) : host(frames, rate) {
-        sampler.setRate(rate);
         sampler.progs.add(prog = new CSynthProg(host.host, &sampler));
         layer = prog->addLayer();
     }

@@ -289,6 +289,7 @@ TEST(CSound, SurvivesWildSettings) {
     const float nan = std::nanf("");
     s->coarse = 1e30f;
     s->cutoff = 7.0f;
+    s->volume = s->width = s->modRing = nan;
     s->q = nan;
     s->feed1 = nan;
     s->phaseMod = 1e20f;
@@ -303,7 +304,8 @@ TEST(CSound, SurvivesWildSettings) {
     const auto out = b.render(b.play(s, 60), 20000);
     for (float v : out) ASSERT_TRUE(std::isfinite(v));
     s->coarse = 0.0f;
-    s->cutoff = 1.0f;
+    s->cutoff = s->volume = 1.0f;
+    s->width = s->modRing = 0.0f;
     s->q = s->feed1 = s->phaseMod = s->pan = 0.0f;
     s->envelope[1]->setSlot(0, targetCutoff, 1.0f);
     s->lfo[0]->setSlot(0, targetPitch, 0.0f);
