@@ -1,0 +1,189 @@
+#include "programs/Program.h"
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <numbers>
+#include <unistd.h>
+
+namespace {
+
+const std::string renderer = SONDRAVA_BIN "/sondrava-render";
+const std::string trainSong = "/usr/share/games/openttd/baseset/openmsx/be_sharp_bw_redfarn.mid";
+const std::string robotSong = "/usr/share/planetblupi/music/music001.mid";
+
+std::vector<std::string> withProgram(std::vector<std::string> words) {
+    words.insert(words.begin(), renderer);
+    return words;
+}
+
+/// A number of the line that --stats prints.
+double figure(const std::string& line, const std::string& name) {
+    const size_t at = line.find("\"" + name + "\": ");
+    return at == std::string::npos ? std::nan("") : std::stod(line.substr(at + name.size() + 4));
+}
+
+/// Renders, which has to go well, and returns what was printed.
+std::string render(const std::vector<std::string>& words) {
+    Program program(withProgram(words));
+    EXPECT_EQ(program.wait(), 0) << program.err();
+    EXPECT_EQ(program.err(), "");
+    return program.out();
+}
+
+/// One track: program 31, and a key held for four seconds at 120 beats a minute.
+std::string heldKey(int key) {
+    const std::string track = {0,   char(0xC0), 31,   0,          char(0x90), char(key),
+                               100, char(0xBC), 0,    char(0x80), char(key),  0,
+                               0,   char(0xFF), 0x2F, 0};
+    return std::string("MThd\0\0\0\6\0\1\0\1\3\xC0MTrk\0\0\0", 21) + char(track.size()) + track;
+}
+
+/// The frequency near `hz` of what lies between two times, by the turn of its phase, fitted by a
+/// straight line.
+double frequencyOf(const Wav& wav, double hz, double fromSeconds, double toSeconds) {
+    const double turn = 2 * std::numbers::pi * hz / wav.rate;
+    const int window = int(8 * wav.rate / hz);
+    std::vector<double> phases;
+    for (int at = int(fromSeconds * wav.rate); at + window < int(toSeconds * wav.rate);
+         at += window) {
+        std::complex<double> sum;
+        for (int i = 0; i < window; i++) {
+            const double hann = 1 - std::cos(2 * std::numbers::pi * (i + 0.5) / window);
+            sum += hann * wav.left[size_t(at + i)] * std::polar(1.0, -turn * (at + i));
+        }
+        double phase = std::arg(sum);
+        if (!phases.empty())
+            phase +=
+                2 * std::numbers::pi * std::round((phases.back() - phase) / (2 * std::numbers::pi));
+        phases.push_back(phase);
+    }
+    const double middle = double(phases.size() - 1) / 2;
+    double product = 0, square = 0;
+    for (size_t i = 0; i < phases.size(); i++) {
+        product += (double(i) - middle) * phases[i];
+        square += (double(i) - middle) * (double(i) - middle);
+    }
+    return hz + product / square / window * wav.rate / (2 * std::numbers::pi);
+}
+
+} // namespace
+
+/// What cannot be done is told in one line that names the culprit, and leaves no file.
+TEST(RenderProgram, RefusesInOneLine) {
+    const TempFolder folder;
+    const std::string good = folder.file("good.mid"), output = folder.file("out.wav");
+    writeFile(good, heldKey(69));
+    const std::string song = contentOf(trainSong);
+    ASSERT_FALSE(song.empty()) << trainSong;
+    writeFile(folder.file("cut.mid"), song.substr(0, song.size() / 2));
+    writeFile(folder.file("empty.mid"), "");
+    writeFile(folder.file("text.mid"), "two\nlines of text\n");
+    writeFile(folder.file("silent.mid"),
+              heldKey(69).substr(0, 26) + std::string("\0\xFF\x2F\0", 4));
+    std::filesystem::create_symlink("/dev/full", folder.file("full.wav"));
+    struct Case {
+        const char* name;
+        std::vector<std::string> words;
+        std::string culprit;
+    };
+    const Case cases[] = {
+        {"nothing told", {}, "usage"},
+        {"missing input", {folder.file("none.mid"), output}, "none.mid"},
+        {"a folder", {folder.path, output}, folder.path},
+        {"empty", {folder.file("empty.mid"), output}, "empty.mid"},
+        {"cut short", {folder.file("cut.mid"), output}, "cut.mid"},
+        {"text", {folder.file("text.mid"), output}, "text.mid"},
+        {"nothing in it", {folder.file("silent.mid"), output}, "silent.mid"},
+        {"no such folder", {good, folder.file("none/out.wav")}, "none/out.wav"},
+        {"disk full", {good, folder.file("full.wav")}, "full.wav"},
+        {"no output", {good}, "usage"},
+        {"other format", {good, folder.file("out.ogg")}, ".ogg"},
+        {"bits", {"--bits", "12", good, output}, "--bits"},
+        {"no number", {"--rate", "fast", good, output}, "--rate"},
+        {"not a whole number", {"--block", "1.5", good, output}, "--block"},
+        {"below the range", {"--start", "-1", good, output}, "--start"},
+        {"number missing", {good, output, "--tail"}, "--tail"},
+        {"unknown option", {"--loud", good, output}, "--loud"},
+        {"one name too many", {good, output, output}, "usage"},
+        {"nothing to render", {"--start", "100000", good, output}, "out.wav"},
+    };
+    for (const Case& c : cases) {
+        Program program(withProgram(c.words));
+        EXPECT_EQ(program.wait(), 1) << c.name;
+        const std::string line = program.err();
+        EXPECT_EQ(std::count(line.begin(), line.end(), '\n'), 1) << c.name << ": " << line;
+        EXPECT_NE(line.find(c.culprit), std::string::npos) << c.name << ": " << line;
+        EXPECT_EQ(program.out(), "") << c.name;
+        for (const char* left : {"out.wav", "out.ogg"})
+            EXPECT_FALSE(std::filesystem::exists(folder.file(left))) << c.name;
+    }
+    EXPECT_FALSE(std::filesystem::exists(folder.file("full.wav")));
+}
+
+/// Songs come out with the frames that are told, audibly, and the same each time.
+TEST(RenderProgram, RendersSongsAlikeEachTime) {
+    const TempFolder folder;
+    for (const std::string& song : {trainSong, robotSong}) {
+        const std::vector<std::string> words = {"--stats", "--length", "38400", song};
+        std::vector<std::string> first = words, second = words;
+        first.push_back(folder.file("1.wav"));
+        second.push_back(folder.file("2.wav"));
+        const std::string stats = render(first);
+        render(second);
+        const Wav wav(folder.file("1.wav"));
+        EXPECT_EQ(double(wav.frames), figure(stats, "frames")) << song;
+        EXPECT_NEAR(figure(stats, "audio_seconds"), double(wav.frames) / 44100, 1e-6) << song;
+        EXPECT_GT(wav.peak, 0.05) << song;
+        EXPECT_TRUE(contentOf(folder.file("1.wav")) == contentOf(folder.file("2.wav"))) << song;
+    }
+}
+
+/// Width, rate and range are those of the options, whatever the block.
+TEST(RenderProgram, FollowsItsOptions) {
+    const TempFolder folder;
+    const std::string song = folder.file("a.mid"), out = folder.file("a.WAV");
+    writeFile(song, heldKey(60));
+    struct Case {
+        std::vector<std::string> options;
+        int bits, rate;
+        double seconds;
+    };
+    // The part is as long as its last event, rounded up to quarters: eight of half a second.
+    const Case cases[] = {
+        {{}, 16, 44100, 4.0},
+        {{"--bits", "24", "--rate", "48000", "--block", "100"}, 24, 48000, 4.0},
+        {{"--bits", "32", "--rate", "22050", "--block", "4096"}, 32, 22050, 4.0},
+        {{"--start", "1920"}, 16, 44100, 3.0},
+        {{"--length", "960"}, 16, 44100, 0.5},
+        {{"--start", "960", "--length", "480", "--tail", "1.5"}, 16, 44100, 1.75},
+    };
+    for (const Case& c : cases) {
+        std::vector<std::string> words = c.options;
+        words.insert(words.end(), {song, out});
+        render(words);
+        const Wav wav(out);
+        EXPECT_EQ(wav.bits, c.bits);
+        EXPECT_EQ(wav.format, c.bits == 32 ? 3 : 1);
+        EXPECT_EQ(wav.rate, c.rate);
+        EXPECT_EQ(wav.channels, 2);
+        EXPECT_NEAR(double(wav.frames), c.seconds * c.rate, 4096.0);
+        // A key that was pressed before the range stays silent.
+        EXPECT_EQ(wav.peak > 0.01, c.options.empty() || c.options[0] != "--start");
+    }
+}
+
+TEST(RenderProgram, KeysHaveTheirFrequency) {
+    const TempFolder folder;
+    for (int key : {57, 69, 81}) {
+        writeFile(folder.file("a.mid"), heldKey(key));
+        for (const char* rate : {"44100", "96000"}) {
+            render({"--bits", "32", "--rate", rate, folder.file("a.mid"), folder.file("a.wav")});
+            const double wanted = 440 * std::exp2((key - 69) / 12.0);
+            const double hz = frequencyOf(Wav(folder.file("a.wav")), wanted, 1.0, 3.0);
+            EXPECT_NEAR(1200 * std::log2(hz / wanted), 0.0, 0.1) << key << " at " << rate;
+        }
+    }
+}
