@@ -141,15 +141,53 @@ void sampleStereo(benchmark::State& state) {
     sampleVoices(state, 2);
 }
 
+struct BareLine {
+    float value, step;
+    float at(int i) const { return value + float(i) * step; }
+};
+
 struct BareFilter {
-    float low = 0.0f, band = 0.0f;
-    float next(float x) {
-        low += 0.6f * band;
-        const float high = x - low - 0.6f * band;
-        band += 0.6f * high;
-        return low;
+    float low = 0.0f, band = 0.0f, high = 0.0f;
+    void next(float x, float f, float damp) {
+        low += f * band;
+        high = x - low - damp * band;
+        band += f * high;
     }
 };
+
+/// The settings of a bare voice, out of the compiler's sight.
+struct BareVoice {
+    BareLine feed1{0.25f, 1e-7f}, feed2{0.1f, 1e-7f}, phaseMod{0.16f, 1e-7f}, cut{0.6f, 1e-7f};
+    BareLine gain[2] = {{0.3f, 1e-7f}, {0.3f, 1e-7f}};
+    float damp = 0.6f, width = 0.5f, inv = 1.0f, peak[2] = {};
+    double oscRing = 0.0, modRing = 0.0, pmMul = 1.0, speed = 1.37;
+    double carPhase[2] = {}, carIncr[2] = {0.005, 0.0051}, carLast[2] = {};
+    double modPhase[2] = {}, modIncr[2] = {0.01, 0.0101}, modLast[2] = {};
+    BareFilter filter[2];
+
+    void meter(int side, float y) {
+        if (y > peak[side])
+            peak[side] = y;
+        else if (-y > peak[side])
+            peak[side] = -y;
+    }
+};
+
+double bareSine(double x) {
+    return sinus[int(x * 65535.0) & 0xFFFF];
+}
+
+double bareOperators(BareVoice& v, int side, int i) {
+    const double m = bareSine(double(v.feed2.at(i)) * 0.2 * v.modLast[side] + v.modPhase[side]);
+    v.modLast[side] = m;
+    v.modPhase[side] += v.modIncr[side];
+    const double c =
+        bareSine(v.pmMul * double(v.phaseMod.at(i)) * ((v.modRing - 1) * m + v.modRing * m * m) +
+                 double(v.feed1.at(i)) * 0.2 * v.carLast[side] + v.carPhase[side]);
+    v.carLast[side] = (v.oscRing - 1) * c + v.oscRing * c * c;
+    v.carPhase[side] += v.carIncr[side];
+    return v.carLast[side];
+}
 
 void countBare(benchmark::State& state) {
     state.counters["voices"] = benchmark::Counter(double(state.iterations()) * blockFrames / rate,
@@ -159,52 +197,56 @@ void countBare(benchmark::State& state) {
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
-/// One stereo synthesizer voice: two pairs of operators, two filters, gains, sums.
+/// One stereo synthesizer voice: two pairs of operators, two filters, gains, meters, sums.
 void bareSynth(benchmark::State& state) {
     createSinus();
-    struct Pair {
-        double car = 0, mod = 0, lastCar = 0, lastMod = 0;
-        BareFilter filter;
-    } pairs[2];
-    float out[2][blockFrames] = {};
-    const auto sine = [](double x) { return sinus[int(x * 65535.0) & 0xFFFF]; };
+    float left[blockFrames] = {}, right[blockFrames] = {};
+    BareVoice start;
     for (auto _ : state) {
+        benchmark::DoNotOptimize(start);
+        BareVoice v = start;
         for (int i = 0; i < blockFrames; i++) {
-            for (int side = 0; side < 2; side++) {
-                Pair& p = pairs[side];
-                const double m = p.lastMod = sine(0.02 * p.lastMod + p.mod);
-                p.mod += 0.01;
-                const double c = sine(0.16 * m * (m * 0.0 - 1.0) + 0.05 * p.lastCar + p.car);
-                p.lastCar = c * (c * 0.0 - 1.0);
-                p.car += 0.005;
-                out[side][i] += p.filter.next(float(p.lastCar)) * (0.3f + 1e-6f * float(i));
-            }
+            const double l = bareOperators(v, 0, i), r = double(v.inv) * bareOperators(v, 1, i);
+            const double w = double(v.width);
+            v.filter[0].next(float((w * l + l + (1 - w) * r) * 0.5), v.cut.at(i), v.damp);
+            const float y = v.filter[0].low * v.gain[0].at(i);
+            v.meter(0, y);
+            left[i] += y;
+            v.filter[1].next(float(((1 - w) * l + r + w * r) * 0.5), v.cut.at(i), v.damp);
+            const float z = v.filter[1].low * v.gain[1].at(i);
+            v.meter(1, z);
+            right[i] += z;
         }
-        for (Pair& p : pairs) p.car = p.mod = 0.0;
-        benchmark::DoNotOptimize(out[0][0]);
+        benchmark::DoNotOptimize(v);
     }
     countBare(state);
 }
 
-/// One mono sample voice: four-point interpolation of floats, a filter, two gains and sums.
+/// One mono sample voice: four-point interpolation of floats, a filter, two gains, meters, sums.
 void bareSample(benchmark::State& state) {
     std::vector<float> data(8 * blockFrames, 0.1f);
-    BareFilter filter;
     float left[blockFrames] = {}, right[blockFrames] = {};
+    BareVoice start;
     for (auto _ : state) {
+        benchmark::DoNotOptimize(start);
+        BareVoice v = start;
         for (int i = 0; i < blockFrames; i++) {
-            const double x = 1.0 + i * 1.37;
+            const double x = 1.0 + i * v.speed;
             const int n = int(x);
             const float t = float(x - n);
             const float* y = &data[size_t(n - 1)];
             const float a = (y[1] - y[2]) * 1.5f + (y[0] - y[3]) * -0.5f;
             const float b = 2.0f * y[2] + y[0] + (5.0f * y[1] + y[3]) * -0.5f;
             const float c = (y[2] - y[0]) * 0.5f;
-            const float v = filter.next(((a * t + b) * t + c) * t + y[1]);
-            left[i] += v * (0.3f + 1e-6f * float(i));
-            right[i] += v * (0.2f + 1e-6f * float(i));
+            v.filter[0].next(((a * t + b) * t + c) * t + y[1], v.cut.at(i), v.damp);
+            const float l = v.filter[0].low * v.gain[0].at(i);
+            const float r = v.filter[0].low * v.gain[1].at(i);
+            v.meter(0, l);
+            v.meter(1, r);
+            left[i] += l;
+            right[i] += r;
         }
-        benchmark::DoNotOptimize(left[0]);
+        benchmark::DoNotOptimize(v);
     }
     countBare(state);
 }
