@@ -2,6 +2,7 @@
 
 #include "driver/AudioThread.h"
 #include "driver/BlockCycle.h"
+#include "driver/Clock.h"
 
 #include <algorithm>
 
@@ -44,7 +45,10 @@ void AlsaDevice::stop() {
     if (thread.joinable()) thread.join();
 }
 
+/// Runs blocks and starts anew after each gap, with a pause so that a device in trouble leaves the
+/// machine its time.
 void AlsaDevice::work() {
+    constexpr int64_t pauseNs = nsPerMs;
     askRealtime();
     AlsaPcm::Result result = AlsaPcm::Result::gap;
     for (bool first = true;; first = false) {
@@ -53,6 +57,7 @@ void AlsaDevice::work() {
         do result = runBlock();
         while (result == AlsaPcm::Result::done);
         if (result != AlsaPcm::Result::gap) break;
+        sleepUntilNs(nowNs() + pauseNs);
     }
     playback.drop();
     if (capture.isOpen()) capture.drop();

@@ -19,7 +19,7 @@ pid_t launch(const std::vector<std::string>& command) {
     arguments.push_back(nullptr);
     const pid_t pid = fork();
     if (pid != 0) return pid;
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
     const int nowhere = open("/dev/null", O_RDWR);
     for (int stream = 0; stream < 3; ++stream) dup2(nowhere, stream);
     execvp(arguments[0], arguments.data());
@@ -85,7 +85,13 @@ JackServer::JackServer() : server(std::make_unique<Child>(jackCommand())) {
 
 JackServer::~JackServer() {
     if (server) return;
-    const JackServer tidy;
+    { const JackServer tidy; }
+    const std::string left = std::string("_") + getenv("JACK_DEFAULT_SERVER") + "_";
+    for (const auto& entry : std::filesystem::directory_iterator("/dev/shm")) {
+        const std::string name = entry.path().filename();
+        if (name.starts_with("jack_sem.") && name.find(left) != std::string::npos)
+            std::filesystem::remove(entry.path());
+    }
 }
 
 void JackServer::kill() {
