@@ -3,6 +3,20 @@
 #include "base/Numbers.h"
 #include "common/WaveTables.h"
 
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+/// Untouched memory until written, since most effects rest.
+float* zeros(int n) {
+    void* memory = std::calloc(std::size_t(n), sizeof(float));
+    if (!memory) throw std::bad_alloc();
+    return static_cast<float*>(memory);
+}
+
+} // namespace
+
 CFX::CFX(float hz, int frames) : rate(hz) {
     makeWaveforms();
     CFX::setFrames(frames);
@@ -17,10 +31,10 @@ void CFX::setRate(float hz) {
 }
 
 void CFX::setFrames(int n) {
-    delete[] bufL;
-    delete[] bufR;
-    bufL = n > 0 ? new float[std::size_t(n)]() : nullptr;
-    bufR = n > 0 ? new float[std::size_t(n)]() : nullptr;
+    std::free(bufL);
+    std::free(bufR);
+    bufL = n > 0 ? zeros(n) : nullptr;
+    bufR = n > 0 ? zeros(n) : nullptr;
 }
 
 void CFX::process(float*, float*, float*, float*, long) {

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <numbers>
 
 namespace {
@@ -35,13 +36,14 @@ SONDRAVA_CLONES void splitPlaces(float start, float depth, int count, int* __res
 void MDelayLine::SetMaxDelay(int d) {
     maxDelay = std::max(0, d);
     size = maxDelay + spare;
-    ring.assign(std::size_t(size), 0.0f);
+    ring.reset(static_cast<float*>(std::calloc(std::size_t(size), sizeof(float))));
+    if (!ring) throw std::bad_alloc();
     write = 0;
     read = size - maxDelay;
 }
 
 void MDelayLine::Suspend() {
-    std::fill(ring.begin(), ring.end(), 0.0f);
+    std::fill_n(ring.get(), size, 0.0f);
 }
 
 int MDelayLine::GetMem() {
@@ -50,16 +52,16 @@ int MDelayLine::GetMem() {
 
 void MDelayLine::append(const float* in, int count) {
     const int first = std::min(count, size - write);
-    std::copy_n(in, first, ring.data() + write);
-    std::copy_n(in + first, count - first, ring.data());
+    std::copy_n(in, first, ring.get() + write);
+    std::copy_n(in + first, count - first, ring.get());
     write = (write + count) % size;
 }
 
 void MDelayLine::copyFrom(int from, int count, float* out) const {
     const int start = from < 0 ? from + size : from >= size ? from - size : from;
     const int first = std::min(count, size - start);
-    std::copy_n(ring.data() + start, first, out);
-    std::copy_n(ring.data(), count - first, out + first);
+    std::copy_n(ring.get() + start, first, out);
+    std::copy_n(ring.get(), count - first, out + first);
 }
 
 void MModDelayLine::SetNomDelay(int samples) {

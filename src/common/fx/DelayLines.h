@@ -2,7 +2,8 @@
 
 #include "base/Atomic.h"
 
-#include <vector>
+#include <cstdlib>
+#include <memory>
 
 /// Base of the building blocks of the reverb.
 class Module {
@@ -24,7 +25,12 @@ class MDelayLine : public Module {
 public:
     static constexpr int spare = 11; ///< samples of the ring beyond the longest delay
 
-    std::vector<float> ring;
+    struct Free {
+        void operator()(float* p) const { std::free(p); }
+    };
+
+    /// Zero pages until written: most of the lines there are belong to programs that rest.
+    std::unique_ptr<float[], Free> ring;
     int size = 0;            ///< samples of the ring
     int write = 0, read = 0; ///< indices of the next sample to write and to read
     int maxDelay = 0;
