@@ -1,4 +1,5 @@
 #include "engine/CGroupCh.h"
+#include "engine/CQV.h"
 #include "engine/Cycle.h"
 #include "engine/DeviceComps.h"
 #include "engine/MidiBytes.h"

@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "common/WaveTables.h"
+#include "instruments/CSampler.h"
 #include "instruments/OscLanes.h"
 
 #include <algorithm>
@@ -196,6 +197,32 @@ struct OscBatch {
     }
 };
 
+/// Whether the amp envelope alone decides if a voice is heard, and nothing else of a voice that is
+/// not heard matters to others.
+bool canRest(const COSCSound& s) {
+    const CMod::Param& amp = s.envelope[0]->params[0];
+    if (amp.index != targetVolume || amp.amount != 1.0f) return false;
+    return std::none_of(std::begin(s.lfo), std::end(s.lfo),
+                        [](const auto& l) { return l->restart == restartMono; });
+}
+
+/// A note that has died away before its key or its release came to an end.
+bool atRest(const CVoice& v) {
+    const CEnvStage& amp = v.stages[0];
+    return v.live() && !v.first && v.gainL == 0.0f && v.gainR == 0.0f &&
+           amp.stage >= phaseSustain && amp.value == 0.0f && amp.to == 0.0f;
+}
+
+/// Spends the rest of its release, without a sound.
+void passRest(CVoice* v, int frames) {
+    CEnvStage& amp = v->stages[0];
+    if (!amp.active) return;
+    amp.remaining -= frames;
+    if (amp.remaining > 0) return;
+    v->mods[0]->next(&amp);
+    startTail(v);
+}
+
 } // namespace
 
 COSCSound::COSCSound(CLayer* owner, CQV* host) : CSound(owner, host) {
@@ -216,8 +243,17 @@ void COSCSound::process(float* left, float* right, CVoice* voice, int frames) {
 }
 
 void COSCSound::processVoices(CVoice** voices, int count, float* left, float* right, int frames) {
-    eachLive(voices, count, frames,
-             [&](CVoice** live, int n) { renderLive(live, n, left, right, frames); });
+    CVoice* heard[CSampler::voiceCount];
+    int n = 0;
+    const bool mayRest = canRest(*this);
+    for (int i = 0; i < count; i++) {
+        if (mayRest && atRest(*voices[i]))
+            passRest(voices[i], frames);
+        else
+            heard[n++] = voices[i];
+    }
+    eachLive(heard, n, frames,
+             [&](CVoice** live, int k) { renderLive(live, k, left, right, frames); });
 }
 
 void COSCSound::renderLive(CVoice** voices, int count, float* left, float* right, int frames) {

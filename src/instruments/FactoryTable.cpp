@@ -64,7 +64,7 @@ const Patch pads[] = {
      .osc = {.feed = 0.7f, .detune = 0.42f, .width = 0.8f, .phase = 0.4f},
      .cutoff = 0.62f,
      .q = 0.15f,
-     .amp = {.attack = 650, .decay = 1500, .sustain = 0.8f, .release = 1300},
+     .amp = {.attack = 650, .decay = 1500, .sustain = 0.8f, .release = 850},
      .filterEnv =
          {.attack = 1400, .decay = 2500, .sustain = 0.75f, .release = hold, .initial = 0.45f},
      .lfos = {{}, {}, {}, {.target = targetCutoff, .amount = 0.18f, .hz = 0.21f, .wave = lfoSin}},
@@ -75,7 +75,7 @@ const Patch pads[] = {
      .osc = {.phaseMod = 0.4f, .modCoarse = 12, .detune = 0.3f, .width = 1.0f},
      .coarse = 12,
      .cutoff = 0.6f,
-     .amp = {.attack = 1000, .sustain = 1.0f, .release = 1500},
+     .amp = {.attack = 1000, .sustain = 1.0f, .release = 950},
      .velVolume = 0.3f,
      .reverb = 0.6f}};
 
@@ -223,7 +223,7 @@ const Patch digital[] = {
 
 const Patch klang[] = {
     {.osc = {.phaseMod = 0.6f, .modCoarse = 21.35f, .detune = 0.06f, .width = 0.8f},
-     .amp = {.decay = 3200, .sustain = 0.0f, .release = 2200, .decayCurve = 0.4f},
+     .amp = {.decay = 3200, .sustain = 0.0f, .release = 1300, .decayCurve = 0.4f},
      .mod = {targetPhaseMod,
              0.85f,
              {.decay = 1700, .sustain = 0.1f, .release = hold, .decayCurve = 0.3f}},
@@ -271,7 +271,7 @@ const Patch scary[] = {
              .width = 1.0f},
      .cutoff = 0.7f,
      .q = 0.4f,
-     .amp = {.attack = 420, .decay = 2000, .sustain = 0.8f, .release = 1600},
+     .amp = {.attack = 420, .decay = 2000, .sustain = 0.8f, .release = 950},
      .filterEnv = {.attack = 2600, .sustain = 1.0f, .release = hold, .initial = 0.35f},
      .lfos = {{.target = targetPitch, .amount = 0.3f, .hz = 0.7f, .wave = lfoSin},
               {.target = targetVolume, .amount = 0.35f, .hz = 7.3f},
@@ -282,7 +282,7 @@ const Patch scary[] = {
          {.wet = 0.6f, .hz = 0.11f, .feedback = 0.8f, .low = 250, .high = 6000, .phase = 120}},
     {.volume = 0.55f,
      .osc = {.feed = 0.2f},
-     .amp = {.attack = 500, .sustain = 1.0f, .release = 1600},
+     .amp = {.attack = 500, .sustain = 1.0f, .release = 950},
      .reverb = 0.6f}};
 
 const Patch leadOn[] = {

@@ -149,7 +149,7 @@ void SlicePlan::advance(CVoice* v, int n) const {
         s.value = s.to;
         v->mods[i]->next(&s);
         if (i == 0 && s.stage == phaseEnded) {
-            v->tail = asInt(double(v->rate) * tailSeconds);
+            startTail(v);
             return;
         }
     }
@@ -186,6 +186,10 @@ void StripRamps::begin(CVoice* v, const SlicePlan& plan, int n) {
 
 double pitchRatio(double semitones) {
     return std::exp2(fLimit(semitones, -maxSemitones, maxSemitones) / 12.0);
+}
+
+void startTail(CVoice* v) {
+    v->tail = asInt(double(v->rate) * tailSeconds);
 }
 
 void runTail(CVoice* v, int frames) {

@@ -69,6 +69,8 @@ Ramp rampTo(float& value, float target, const SlicePlan& plan, bool jump, int n)
 /// `exp(semitones / 12 * ln 2)`, for sums within +-240 semitones; what lies outside is clamped.
 double pitchRatio(double semitones);
 
+/// The amp envelope of a voice has ended: its silent tail begins.
+void startTail(CVoice* v);
 /// Takes `frames` off the silent tail of a voice; at its end the voice is free.
 void runTail(CVoice* v, int frames);
 

@@ -1,8 +1,10 @@
 #include "project/SongSounds.h"
 
+#include "common/fx/CFX.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
 #include "instruments/CSampler.h"
+#include "instruments/CSynthProg.h"
 #include "instruments/SynthDrums.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/MidiImport.h"
@@ -66,6 +68,12 @@ CSampler* giveSound(CSeq* seq, CSongTrack* songTrack) {
 void setLevels(const std::vector<CSampler*>& instruments) {
     const float fader = std::pow(float(instruments.size()), -0.25f);
     for (CSampler* s : instruments) setStrip(s, fader, 0.0f);
+}
+
+/// Turns the send effects off: a hall per instrument would cost more than the notes.
+void playDry(const std::vector<CSampler*>& instruments) {
+    for (CSampler* s : instruments)
+        for (const auto& effect : s->getProg()->fx) effect->setEnabled(0);
 }
 
 MidiSongResult resultOf(MidiImport import) {
@@ -132,6 +140,7 @@ MidiSongResult openMidiSong(CSeq* seq, const CStr& path) {
     for (CSongTrack* songTrack : each<CSongTrack>(seq->getProg()->tracks))
         if (CSampler* made = giveSound(seq, songTrack)) instruments.push_back(made);
     setLevels(instruments);
+    playDry(instruments);
     const bool silent = instruments.empty() && result == MidiSongResult::good;
     return silent ? MidiSongResult::silent : result;
 }

@@ -32,6 +32,7 @@ enum class MidiSongResult {
 };
 
 /// Imports a MIDI file into the sequencer and gives each track with notes an instrument: the
-/// factory program of its first program change, else the first; the drum program on channel 10.
+/// factory program of its first program change, else the first; the drum program on channel 10;
+/// without send effects.
 /// What was readable of a broken file stays.
 MidiSongResult openMidiSong(CSeq* seq, const CStr& path);

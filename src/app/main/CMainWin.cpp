@@ -10,6 +10,7 @@
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/Keys.h"
+#include "sequencer/CSeq.h"
 
 #include <cctype>
 #include <cstdio>
@@ -122,6 +123,7 @@ void CMainWin::hide() {
 
 void CMainWin::writeSettings() {
     if (!qv->settingsEnabled) return;
+    if (CSeq* seq = songOf(qv)) seq->writeSettings();
     const bool large = hasStyle(winMaximized);
     const CPoint place = large ? asPoint(restoreRect.left, restoreRect.top) : getPos(true);
     const CPoint extent = large ? asPoint(restoreRect.right, restoreRect.bottom) : getSize();
