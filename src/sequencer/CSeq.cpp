@@ -111,14 +111,15 @@ void CSeq::contentSwapped(CPart* part) {
 }
 
 void CSeq::partMoved(CPart* part, const CList* list) {
-    const bool left = !list->contains(part);
+    // The list is searched where it matters only: a song may have very many points of tempo.
+    const auto left = [&] { return !list->contains(part); };
     eachSongTrack([&](CSongTrack* songTrack) {
         if (list != &songTrack->parts) return;
-        songTrack->requests.ask(left ? requestSetup | requestFlush : requestSetup);
+        songTrack->requests.ask(left() ? requestSetup | requestFlush : requestSetup);
         part->dropPlay();
     });
     for (auto* prog : each<CSeqProg>(progs))
-        if (list == &prog->markers && left) prog->purgeMarker(part);
+        if (list == &prog->markers && left()) prog->purgeMarker(part);
 }
 
 void CSeq::songTrackMoved(CObject* object, const CList* list) {
