@@ -23,8 +23,8 @@ struct WavBatch {
     float* left;
     float* right;
     LaneVoice voices[maxLanes];
-    Ending endings[maxLanes];
-    bool jumped[maxLanes]; ///< to the loop's start, with no frame since
+    Ending endings[maxLanes] = {};
+    bool jumped[maxLanes] = {}; ///< to the loop's start, with no frame since
     int count = 0;
     int lanes = 0;
     int frame = 0; ///< where the batch stands in the call

@@ -155,12 +155,12 @@ void eachLive(CVoice** voices, int count, int frames, F&& render) {
 
 /// A voice in its lanes.
 struct LaneVoice {
-    CVoice* voice;
-    int lane;          ///< the first one, the left channel
-    bool stereo;       ///< takes two lanes, else one for both channels
-    int left = 0;      ///< frames left of its slice
-    int slice = 0;     ///< frames of its slice
-    bool alive = true; ///< still sounds
+    CVoice* voice = nullptr;
+    int lane = 0;        ///< the first one, the left channel
+    bool stereo = false; ///< takes two lanes, else one for both channels
+    int left = 0;        ///< frames left of its slice
+    int slice = 0;       ///< frames of its slice
+    bool alive = true;   ///< still sounds
 };
 
 /// Takes the lanes of a voice that has ended out of the sum.
@@ -170,6 +170,39 @@ void silence(Batch& batch, const LaneVoice& v) {
     if (v.stereo) batch.s.strip.mute(v.lane + 1);
 }
 
+/// Begins the slices that are due; the frames that all voices can then run together, 0 when none
+/// sounds any more.
+template <class Batch>
+int beginSlices(Batch& batch, int most) {
+    int segment = 0;
+    for (int i = 0; i < batch.count; i++) {
+        LaneVoice& v = batch.voices[i];
+        if (!v.alive) continue;
+        if (v.left == 0) {
+            v.alive = batch.beginSlice(v, most);
+            v.left = v.slice;
+        }
+        if (!v.alive)
+            silence(batch, v);
+        else if (segment == 0 || v.left < segment)
+            segment = v.left;
+    }
+    return segment;
+}
+
+/// Takes `n` frames off all slices and ends those that are through.
+template <class Batch>
+void endSlices(Batch& batch, int n) {
+    for (int i = 0; i < batch.count; i++) {
+        LaneVoice& v = batch.voices[i];
+        if (!v.alive) continue;
+        v.left -= n;
+        if (v.left > 0) continue;
+        v.alive = batch.endSlice(v);
+        if (!v.alive) silence(batch, v);
+    }
+}
+
 /// Runs the voices of a batch through `frames` frames: each begins and ends its own slices, and all
 /// run together from one such place to the next. Batch has `voices`, `count`, `s.strip`,
 /// `bool beginSlice(LaneVoice&, int most)`, which sets `slice` to 1 to `most`, and
@@ -177,34 +210,11 @@ void silence(Batch& batch, const LaneVoice& v) {
 /// n)`.
 template <class Batch>
 void runBatch(Batch& batch, int frames) {
-    int done = 0;
-    while (done < frames) {
-        int segment = frames - done;
-        bool any = false;
-        for (int i = 0; i < batch.count; i++) {
-            LaneVoice& v = batch.voices[i];
-            if (!v.alive) continue;
-            if (v.left == 0) {
-                v.alive = batch.beginSlice(v, frames - done);
-                if (!v.alive) {
-                    silence(batch, v);
-                    continue;
-                }
-                v.left = v.slice;
-            }
-            if (v.left < segment) segment = v.left;
-            any = true;
-        }
-        if (!any) return;
+    for (int done = 0; done < frames;) {
+        const int segment = beginSlices(batch, frames - done);
+        if (segment == 0) return;
         batch.run(done, segment);
-        for (int i = 0; i < batch.count; i++) {
-            LaneVoice& v = batch.voices[i];
-            if (!v.alive) continue;
-            v.left -= segment;
-            if (v.left > 0) continue;
-            v.alive = batch.endSlice(v);
-            if (!v.alive) silence(batch, v);
-        }
+        endSlices(batch, segment);
         done += segment;
     }
 }

@@ -2,6 +2,7 @@
 
 #include "common/WaveTables.h"
 
+#include <algorithm>
 #include <cmath>
 #include <type_traits>
 
@@ -133,7 +134,7 @@ struct Operators {
 /// All operators of up to N lanes; the strip that follows is four or eight wide.
 template <int N, bool ringed, bool checked>
 struct Bank {
-    static constexpr int stripLanes = N < 4 ? 4 : N;
+    static constexpr int stripLanes = std::max(N, 4);
     static constexpr int perGroup = N < 4 ? 1 : 4;
     static constexpr int groups = N / perGroup;
     using D = std::conditional_t < N<4, double, Doubles>;
