@@ -8,6 +8,7 @@
 #include <jack/jack.h>
 #include <memory>
 #include <unistd.h>
+#include <utility>
 
 // Behind GoogleTest, since its macros take common names.
 #include <X11/Xlib.h>
@@ -60,7 +61,7 @@ public:
         if (!display || !waitFor([&] { return (window = search()) != 0; })) return false;
         XSetInputFocus(display, window, RevertToPointerRoot, CurrentTime);
         XSync(display, False);
-        return waitFor([&] { return colours(wholeBar) > 4; });
+        return waitFor([&] { return colours(wholeBar) > 4; }) && waitSteady();
     }
     static void key(const char* name) { EXPECT_EQ(runCommand({"xdotool", "key", name}), 0); }
     void closeWindow() const {
@@ -103,6 +104,17 @@ private:
         }
         if (children) XFree(children);
         return found;
+    }
+    /// The first pictures of the window come in pieces.
+    bool waitSteady() const {
+        auto last = look(wholeBar);
+        int same = 0;
+        return waitFor([&] {
+            auto now = look(wholeBar);
+            same = now == last ? same + 1 : 0;
+            last = std::move(now);
+            return same > 50;
+        });
     }
     size_t colours(const Area& area) const {
         std::vector<unsigned long> pixels = look(area);
