@@ -10,7 +10,8 @@
 
 namespace {
 
-constexpr int numChannels = 2; // each way
+constexpr int numChannels = 2;    // each way
+constexpr int64_t blocksHeld = 3; // one that plays, two that are filled in time
 
 class SilentClockDevice final : public Device {
 public:
@@ -46,8 +47,9 @@ private:
     std::thread thread;
 };
 
-/// Late blocks are made up for, as a device with buffers would; after a longer gap, such as that
-/// of a suspended machine, the clock starts anew.
+/// Behaves like a sound card that holds `blocksHeld` blocks: one that is computed a little late is
+/// made up for, and only counts as late when such a card would have run empty. After a longer gap,
+/// such as that of a suspended machine, the clock starts anew.
 void SilentClockDevice::tick() {
     constexpr int64_t patienceNs = 200 * nsPerMs;
     askRealtime();
@@ -58,7 +60,8 @@ void SilentClockDevice::tick() {
     while (!stopping.load(std::memory_order_relaxed)) {
         sleepUntil(begunNs + framesToNs(framesDone, rate));
         framesDone += frames;
-        const int64_t dueNs = begunNs + framesToNs(framesDone, rate);
+        const int64_t held = framesDone + (blocksHeld - 2) * frames;
+        const int64_t dueNs = begunNs + framesToNs(held, rate);
         cycle.run({ins.data(), outs.data(), numChannels, numChannels, frames, dueNs});
         if (nowNs() - dueNs < patienceNs) continue;
         cycle.xruns.fetch_add(1, std::memory_order_relaxed);

@@ -3,7 +3,7 @@
 #include "driver/Backend.h"
 
 /// The device that needs no hardware: calls back in real time at any block size and rate, gives
-/// silence in and throws the output away.
+/// silence in and throws the output away. It keeps time like a card with a buffer of three blocks.
 class SilentClock : public Backend {
 public:
     std::vector<DeviceInfo> devices() override;

@@ -101,8 +101,10 @@ enum AamOp : intptr_t {
 
 /// What has happened since the device was opened.
 struct AamStatistics {
-    int64_t blocks;      ///< callbacks made
-    int64_t lateBlocks;  ///< callbacks that ended after the time at which they were due
+    int64_t blocks; ///< callbacks made
+    /// Callbacks that took longer than their block lasts; on the Silent clock those that ended when
+    /// a card with a buffer of three blocks would have run empty.
+    int64_t lateBlocks;
     int64_t xruns;       ///< gaps that the sound system reported or that the clock skipped
     int64_t lostFrames;  ///< frames missing in the captured file since its writer fell behind
     int64_t worstMicros; ///< longest callback

@@ -105,7 +105,7 @@ Holdings Holdings::now() {
 
 void stopWhileInside(Module& module, int device) {
     module.program = [](const Block&) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(3));
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
         return 0L;
     };
     for (int i = 0; i < 20; ++i) {
