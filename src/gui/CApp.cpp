@@ -352,7 +352,7 @@ void CApp::endDraw(CWin* win, CRect rect, bool force) {
 }
 
 void CApp::drawNow(CWin* win, CCtrl* ctrl) {
-    if (!ctrl->shown()) return;
+    if (!ctrl->shown() || !ctrl->painted) return;
     const CRect rect =
         asRect(ctrl->absX, ctrl->absY, ctrl->absX + ctrl->width, ctrl->absY + ctrl->height);
     CGraphic* g = nullptr;

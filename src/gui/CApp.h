@@ -100,8 +100,9 @@ public:
     /// there is nothing to paint. `force`: on the buffer, even for an empty rectangle.
     bool startDraw(CWin* win, CGraphic** g, CRect rect, bool force);
     void endDraw(CWin* win, CRect rect, bool force); ///< shows what was painted
-    /// Paints one control right now where it stood at the last paint. It has to fill its whole
-    /// rectangle: what lies behind it is not painted.
+    /// Paints one control right now where it stood at the last paint; nothing happens when there
+    /// was none or it has moved since. It has to fill its whole rectangle: what lies behind it is
+    /// not painted.
     void drawNow(CWin* win, CCtrl* ctrl);
     void redrawAll();
 

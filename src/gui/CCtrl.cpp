@@ -93,6 +93,7 @@ void CCtrl::notify(const CStr& what, CObject* sender) {
 }
 
 void CCtrl::setBounds(int l, int t, int w, int h) {
+    if (l != left || t != top) moved();
     left = l;
     top = t;
     width = w;

@@ -40,6 +40,7 @@ public:
     CWin* win;                             ///< never null
     CGroup* parent = nullptr;     ///< null for a window's client area; of a window: its owner
     int absX = 0, absY = 0;       ///< place in the window at the last paint
+    bool painted = false;         ///< and it has not moved since
     int left, top, width, height; ///< from the parent's corner
     int cursor = 1;               ///< number of the cursor shown over the control
     bool hooverable = false;      ///< asks for `mouseOver`
@@ -77,6 +78,8 @@ public:
     virtual void _changed(CObject* sender, void* arg); ///< upward, to the window
     virtual void notify(const CStr& what, CObject* sender);
 
+    /// It no longer stands where it was painted.
+    virtual void moved() { painted = false; }
     void setBounds(int l, int t, int w, int h);
     void setAlign(int how, int x, int y);
     bool inside(int x, int y) const { return x >= 0 && y >= 0 && x < width && y < height; }

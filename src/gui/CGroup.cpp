@@ -58,10 +58,17 @@ void CGroup::paint(CGraphic* g, CRect rect) {
 
 void CGroup::resized() {
     for (CCtrl* c : each<CCtrl>(controls)) {
+        const CPoint before = asPoint(c->left, c->top);
         alignAcross(c, width);
         alignDown(c, height);
+        if (c->left != before.x || c->top != before.y) c->moved();
         if (isGroup(c)) static_cast<CGroup*>(c)->resized();
     }
+}
+
+void CGroup::moved() {
+    CCtrl::moved();
+    for (CCtrl* c : each<CCtrl>(controls)) c->moved();
 }
 
 void CGroup::addControl(CCtrl* ctrl) {
@@ -107,6 +114,7 @@ void CGroup::paintControls(CGraphic* g, CRect rect, int x, int y) {
 void CGroup::paintCtrl(CGraphic* g, CCtrl* ctrl, int x, int y) {
     ctrl->absX = x;
     ctrl->absY = y;
+    ctrl->painted = true;
     const CRect bounds = asRect(x, y, x + ctrl->width, y + ctrl->height);
     const CRect clip = asRect(g->clipLeft, g->clipTop, g->clipRight, g->clipBottom);
     if (!ctrl->visible || intersect(bounds, clip).empty()) return;

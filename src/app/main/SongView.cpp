@@ -51,13 +51,8 @@ CTimeline::CTimeline(CWin* owner, CQV* host, int l, int t, int w, int h, int row
 
 CTimeline::~CTimeline() = default;
 
-int CTimeline::songTicks() const {
-    CSeq* seq = songOf(qv);
-    return seq ? std::max(barTicks, seq->renderDuration()) : barTicks;
-}
-
 int CTimeline::xOf(double tick) const {
-    return asInt(tick * (width - 1) / songTicks());
+    return asInt(tick * (width - 1) / songTicks);
 }
 
 void CTimeline::drawSections(CGraphic* g, CSeq* seq) {
@@ -101,6 +96,7 @@ void CTimeline::drawSong(CGraphic* g) {
     g->fillRect(win->app->gui->palette.window, clientRect());
     CSeq* seq = songOf(qv);
     if (!seq || !seq->getProg()) return;
+    songTicks = std::max(barTicks, seq->renderDuration());
     drawSections(g, seq);
     int y = rulerHeight, index = 0;
     for (CSongTrack* t : each<CSongTrack>(seq->getProg()->tracks)) {
@@ -133,7 +129,7 @@ void CTimeline::refresh() {
 }
 
 void CTimeline::jumpTo(int x) {
-    qv->setPos(double(asMinMax(x, 0, width - 1)) * songTicks() / std::max(1, width - 1));
+    qv->setPos(double(asMinMax(x, 0, width - 1)) * songTicks / std::max(1, width - 1));
 }
 
 void CTimeline::mouseDown(int x, int, int btn) {

@@ -35,11 +35,11 @@ private:
     void drawSections(CGraphic* g, CSeq* seq);
     void drawRow(CGraphic* g, CSongTrack* songTrack, int top, int colour);
     void jumpTo(int x);
-    int songTicks() const;
 
     CQV* qv;
     int rowHeight;
     int shownX = -1;
+    int songTicks = 1;                ///< length of the song in the picture
     std::unique_ptr<CBitmap> picture; ///< the song without the play position
 };
 
