@@ -71,7 +71,7 @@ void emptyGraph(benchmark::State& state) {
     for (auto _ : state) bench.block();
     const double seconds = double(state.iterations()) * bench.frames / rate;
     state.counters["share of a core"] = benchmark::Counter(
-        1.0 / seconds, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+        seconds, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
     state.counters["ns per component"] =
         benchmark::Counter(double(state.iterations()) * components * 1e-9,
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
