@@ -112,7 +112,6 @@ CStr renderFile(CQV* host, CSeq* seq, const RenderOptions& options, Figures& fig
     file.keep = false;
 
     CRender render(host, seq);
-    render.setFilename(options.output);
     render.rate = options.rate;
     render.setTarget(out, &file);
     CList outputs;

@@ -2,7 +2,6 @@
 
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
-#include "base/Paths.h"
 #include "base/Random.h"
 #include "engine/CQV.h"
 #include "engine/DelayCompensation.h"
@@ -70,11 +69,6 @@ float clipped(float v) {
 } // namespace
 
 CRender::CRender(CQV* host, CComp* component) : qv(host), comp(component) {
-}
-
-void CRender::setFilename(const CStr& path) {
-    folder = extractFilePath(path);
-    filename = path;
 }
 
 void CRender::setTarget(COutputChannel* channel, CSample* file) {

@@ -2,7 +2,6 @@
 
 #include "base/CList.h"
 #include "base/CObject.h"
-#include "base/CStr.h"
 
 #include <cstdint>
 #include <vector>
@@ -26,19 +25,13 @@ class CRender : public CObject {
 public:
     CQV* qv;
     CComp* comp; ///< what is rendered, normally the sequencer
-    CStr folder, filename;
     bool cancelled = false;
     int rate = 44100; ///< frames per second
-    int chs = 2;
-    int bits = 16; ///< 16, 24, or 32 for float
     float progress = 0.0f;
-    bool mixToOne = true;      ///< all outputs are summed into the first one's file
     int64_t framesWritten = 0; ///< of each file, by the last `process`
 
     CRender(CQV* host, CComp* component);
 
-    /// Path without extension; folder and name are taken from it.
-    void setFilename(const CStr& path);
     /// The file that a channel is written to, in its own format, opened and owned by the caller.
     void setTarget(COutputChannel* channel, CSample* file);
     /// Renders `lengthTicks` from `startTick` on. `outputs` lists the captured COutputChannels;

@@ -76,6 +76,4 @@ public:
     /// Ends what sounds at a frame of the block. `force` includes drum voices.
     void flush(int frame, bool force);
     void stop();
-    /// Adds the running audio voices to their channels.
-    void render(int frames, int offset);
 };

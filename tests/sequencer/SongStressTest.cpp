@@ -2,6 +2,7 @@
 #include "support/RtTrap.h"
 
 #include <atomic>
+#include <chrono>
 #include <random>
 #include <thread>
 
@@ -35,6 +36,7 @@ public:
               while (!ended) {
                   device.run();
                   device.forget();
+                  blocks++;
               }
           }) {}
     ~AudioThread() {
@@ -42,9 +44,19 @@ public:
         thread.join();
     }
 
+    /// Returns when another block has run, so that edits and blocks really meet.
+    bool waitForBlock() const {
+        const long before = blocks;
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+        while (blocks == before && std::chrono::steady_clock::now() < deadline)
+            std::this_thread::yield();
+        return blocks != before;
+    }
+
 private:
+    std::atomic<long> blocks{0};
     std::atomic<bool> ended{false};
-    std::thread thread;
+    std::thread thread; // last: it uses the others
 };
 
 class StressedSong : public SongFixture {
@@ -195,6 +207,7 @@ TEST(Song, IsEditedWhileItPlays) {
     for (int i = 0; i < actions; i++) {
         song.act();
         song.host.idle();
+        ASSERT_TRUE(audio.waitForBlock());
     }
     song.host.settle();
     while (song.host.undoIndex + 1 < song.host.undoList.getCount()) song.redo();
