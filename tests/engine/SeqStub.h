@@ -2,7 +2,9 @@
 
 #include "engine/CQV.h"
 
+#include <atomic>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// Stands where a sequencer stands and takes down what the host tells it.
@@ -10,21 +12,21 @@ class SeqStub : public CComp {
 public:
     explicit SeqStub(CQV* root) : CComp(root) {
         type = compSeq;
-        log.reserve(1000); // short texts then need no memory in a block
+        log.reserve(longest); // short texts then need no memory in a block
     }
     void init() override {
         inPorts.add(new CInputPort(this));
         outPorts.add(new COutputPort(this));
         outputs.add(new COutputChannel(this));
     }
-    void start() override { log.push_back("start"); }
-    void stop() override { log.push_back("stop"); }
+    void start() override { note("start"); }
+    void stop() override { note("stop"); }
     void setPos(double ticks) override {
         at = ticks;
-        log.push_back("pos " + std::to_string(long(ticks)));
+        note("pos " + std::to_string(long(ticks)));
     }
     double getPos() override { return at; }
-    void afterRec() override { log.push_back("afterRec"); }
+    void afterRec() override { note("afterRec"); }
     void idle() override {
         ++idles;
         CComp::idle();
@@ -52,4 +54,16 @@ public:
     int recordedParam = 0;
     float recordedValue = 0.0f;
     CComp* child = nullptr; ///< the track that has the channel
+
+private:
+    static constexpr size_t longest = 100000;
+
+    /// The interface tells of takes while a block tells of the transport.
+    void note(std::string text) {
+        while (writing.test_and_set(std::memory_order_acquire)) {
+        }
+        if (log.size() < longest) log.push_back(std::move(text));
+        writing.clear(std::memory_order_release);
+    }
+    std::atomic_flag writing;
 };

@@ -72,6 +72,15 @@ void CMainWin::idle() {
     if (qv->updateFlags.fetchAnd(~songBits) & songBits) song->songChanged();
     bar->refresh();
     song->refresh();
+    showDevice();
+}
+
+void CMainWin::showDevice() {
+    const CAAM* bridge = qv->aam;
+    DeviceState now;
+    if (bridge && bridge->opened) now = {bridge->device, bridge->frames, bridge->rate};
+    if (now == shownDevice) return;
+    shownDevice = now;
     status->setDevice(deviceText());
 }
 

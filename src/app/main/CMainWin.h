@@ -29,9 +29,18 @@ public:
 private:
     void showHint(CObject* sender);
     void writeSettings();
+    void showDevice();
     CStr deviceText() const;
 
+    /// What the status line tells of the device; -1 none.
+    struct DeviceState {
+        int device = -1, frames = 0;
+        float rate = 0.0f;
+        bool operator==(const DeviceState&) const = default;
+    };
+
     CQV* qv;
+    DeviceState shownDevice{-2, 0, 0.0f}; ///< nothing told yet
     Toolbar* bar = nullptr;
     SongView* song = nullptr;
     StatusLine* status = nullptr;

@@ -89,10 +89,20 @@ SONDRAVA_CLONES void feedLine(const float* y, const float* common, const float* 
     for (int k = 0; k < count; k++) out[k] = y[k] + common[k] + delayed[k];
 }
 
+double square(float v) {
+    return double(v) * double(v);
+}
+
+/// Sums in lanes that do not wait for each other.
 double power(const float* left, const float* right, long frames) {
+    constexpr long lanes = 8;
+    double sums[lanes] = {};
+    long i = 0;
+    for (; i + lanes <= frames; i += lanes)
+        for (long k = 0; k < lanes; k++) sums[k] += square(left[i + k]) + square(right[i + k]);
     double sum = 0.0;
-    for (long i = 0; i < frames; i++)
-        sum += double(left[i]) * double(left[i]) + double(right[i]) * double(right[i]);
+    for (; i < frames; i++) sum += square(left[i]) + square(right[i]);
+    for (double lane : sums) sum += lane;
     return sum;
 }
 
