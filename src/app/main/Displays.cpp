@@ -51,7 +51,6 @@ CFigures::CFigures(CWin* owner, const CStr& name, const CStr& heading, int l, in
 
 void CFigures::paint(CGraphic* g, CRect) {
     const CPalette& colours = win->app->gui->palette;
-    g->fillRect(colours.panel, clientRect());
     g->fillRect(colours.window, clientRect());
     g->frameRect(colours.frame, clientRect());
     g->drawText(colours.dimText, title, asRect(margin, 3, width - margin, titleHeight), textLeft);

@@ -21,10 +21,6 @@ constexpr int buttonHigh = 32;
 constexpr int meterWidth = 220;
 constexpr int meterHeight = 13;
 
-CComp* masterOf(CQV* qv) {
-    return qv->getAudioOut();
-}
-
 } // namespace
 
 Toolbar::Toolbar(CWin* owner, CQV* host, int w)
@@ -90,7 +86,7 @@ void Toolbar::paint(CGraphic* g, CRect rect) {
 }
 
 void Toolbar::refresh() {
-    CComp* out = masterOf(qv);
+    CComp* out = qv->getAudioOut();
     master->channel = out ? out->output() : nullptr;
     master->refresh();
     for (CFigures* display : displays) display->refresh();
