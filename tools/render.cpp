@@ -11,6 +11,7 @@
 #include "sequencer/CRender.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Points.h"
+#include "sequencer/TempoMap.h"
 #include "tools/RenderOptions.h"
 
 #include <algorithm>
@@ -93,7 +94,6 @@ double renderLength(CSeq* seq, const RenderOptions& options) {
     const int end = asInt(options.start + length);
     const CTempoPart* point = seq->getTempoAtPos(end);
     const float tempo = point ? point->getTempo() : float(seq->host->tempo);
-    constexpr double ticksPerSecondPerBpm = 16.0;
     return length + options.tail * double(tempo) * ticksPerSecondPerBpm;
 }
 
