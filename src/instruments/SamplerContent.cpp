@@ -7,7 +7,7 @@
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
 #include "engine/CQV.h"
-#include "instruments/BlockView.h"
+#include "base/BlockView.h"
 #include "instruments/COSCSound.h"
 #include "instruments/CSampleClip.h"
 #include "instruments/CSynthProg.h"
