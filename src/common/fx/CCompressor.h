@@ -33,7 +33,7 @@ public:
     int getLimiter() const { return limiter; }
 
 private:
-    comp::SimpleCompRms comp;
+    comp::SimpleCompRms unit;
 
     void takeSettings();
 };
