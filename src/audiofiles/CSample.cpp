@@ -1,5 +1,6 @@
 #include "audiofiles/CSample.h"
 
+#include "audiofiles/CSampleReader.h"
 #include "audiofiles/WavFile.h"
 #include "base/Numbers.h"
 
@@ -33,6 +34,8 @@ AudioFormat formatOf(const CSample& sample) {
 
 } // namespace
 
+CSample::CSample() = default;
+
 CSample::~CSample() {
     close();
     if (streamed == 1 && !keep && ownsFile && !filename.empty()) ::unlink(filename.asChar());
@@ -40,6 +43,7 @@ CSample::~CSample() {
 
 void CSample::close() {
     valid = false;
+    reader.reset();
     if (fp) std::fclose(fp);
     fp = nullptr;
     std::free(data);
@@ -74,13 +78,17 @@ bool CSample::open(CStr path) {
         loopStart = format.loopStart;
         frames = format.frames;
         valid = true;
-        if (!streamed) load();
+        streamed ? createBuffers() : load();
     }
     if (fp && !(streamed && valid)) {
         std::fclose(fp);
         fp = nullptr;
     }
     return valid;
+}
+
+void CSample::createBuffers() {
+    if (chs <= maxPlayChannels) reader = std::make_unique<CSampleReader>(*this);
 }
 
 void CSample::load() {

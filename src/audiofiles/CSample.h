@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <memory>
 
+class CSampleReader;
+
 /// Set when frames could not be written: the disk is full, or the file would pass 2 GB. Whoever
 /// starts a recording clears it.
 extern Shared<bool> diskWriteFailed;
@@ -60,11 +62,12 @@ public:
     Shared<int> loop{0};      ///< 1: the file tells exactly one loop
     Shared<int> loopStart{0}; ///< frames
     bool headerDone = false;
+    std::unique_ptr<CSampleReader> reader; ///< the graph's; null unless frames stay on disk
     PeakImage peaks;
     Shared<bool> needsPeaks{true};
     Shared<bool> peakBusy{false}; ///< taken by `exchange`
 
-    CSample() = default;
+    CSample();
     ~CSample() override;
     CSample(const CSample&) = delete;
     CSample& operator=(const CSample&) = delete;
@@ -111,6 +114,7 @@ public:
 private:
     void load();
     void makeFloatData();
+    void createBuffers();
 
     std::unique_ptr<float[]> floats[2];
 };

@@ -15,7 +15,7 @@ constexpr int piece = 64; // frames whose places are worked out at a time
 /// Frames that the interpolation may read beyond the last whole step: the fraction of the position
 /// carries it up to one further, and two neighbours lie behind.
 constexpr int framesBehind = 4;
-constexpr double maxPosition = 1 << 30; // frames; beyond every sample, and safe to index by
+constexpr double maxPosition = 2147483000.0; // frames; as long as a sample can be
 
 /// The cubic through y0 to y3, at `t` between y1 and y2. T is a float or several.
 template <class T>
@@ -103,19 +103,29 @@ bool fitsScratch(const CSample& sample, long long wanted) {
     return wanted * sample.frameBytes <= maxScratchRead;
 }
 
-void renderStreamed(const CSample& sample, double pos, double speed, int count, float* left,
-                    float* right, unsigned char* scratch) {
-    const bool playable = std::fabs(pos) < maxPosition && speed >= 0.0;
-    if (!playable || !fitsScratch(sample, sourceFrames(count, speed))) {
-        if (playable) CSample::notices.fetchOr(noticeBufferTooSmall);
+/// Where the pass begins in the source; a mirrored one from its other end.
+double firstPosition(const SampleSpan& span, int count) {
+    if (!span.reverse) return span.pos;
+    return double(span.start) + span.end - span.pos - count * span.speed;
+}
+
+bool canStream(double pos, double speed) {
+    return std::fabs(pos) < maxPosition && speed >= 0.0;
+}
+
+void renderStreamed(const CSample& sample, const SampleSpan& span, int count, float* left,
+                    float* right, unsigned char* scratch, ReadMode mode) {
+    const double pos = firstPosition(span, count);
+    if (!canStream(pos, span.speed) || !fitsScratch(sample, sourceFrames(count, span.speed))) {
+        if (canStream(pos, span.speed)) CSample::notices.fetchOr(noticeBufferTooSmall);
         std::fill_n(left, count, 0.0f);
         std::fill_n(right, count, 0.0f);
         return;
     }
     const int frame = int(std::floor(pos));
-    getData32(sample, scratch, frame, count, speed);
+    getData32(sample, scratch, frame, count, span.speed, mode, span.reverse != 0);
     const float* source = reinterpret_cast<const float*>(scratch);
-    interpolateInterleaved(source, sample.chs, pos - frame, speed, count, left, right);
+    interpolateInterleaved(source, sample.chs, pos - frame, span.speed, count, left, right);
 }
 
 } // namespace
@@ -139,18 +149,24 @@ int renderMemory(const CSample& sample, double pos, double speed, int count, flo
 }
 
 bool render(const CSample& sample, const SampleSpan& span, int count, float* left, float* right,
-            unsigned char* scratch) {
+            unsigned char* scratch, ReadMode mode) {
     if (!sample.valid || sample.chs < 1 || sample.chs > 2 || count < 1) return false;
-    double pos = span.pos;
-    if (span.reverse) pos = double(span.start) + span.end - span.pos - count * span.speed;
-    if (renderMemory(sample, pos, span.speed, count, left, right) == 0)
-        renderStreamed(sample, pos, span.speed, count, left, right, scratch);
+    if (renderMemory(sample, firstPosition(span, count), span.speed, count, left, right) == 0)
+        renderStreamed(sample, span, count, left, right, scratch, mode);
     if (sample.chs == 1) std::copy_n(left, count, right);
     if (span.reverse) {
         std::reverse(left, left + count);
         std::reverse(right, right + count);
     }
     return true;
+}
+
+void primeReader(const CSample& sample, const SampleSpan& span, int count) {
+    const double pos = firstPosition(span, count);
+    if (!sample.valid || !sample.reader || !canStream(pos, span.speed)) return;
+    const long long wanted = sourceFrames(count, span.speed);
+    if (!fitsScratch(sample, wanted)) return;
+    sample.reader->prime(std::int64_t(std::floor(pos)) - 1, int(wanted), span.reverse != 0);
 }
 
 bool render_2(const CSample& sample, double pos, double speed, int count, float* left,
@@ -161,12 +177,18 @@ bool render_2(const CSample& sample, double pos, double speed, int count, float*
     return sides > 0;
 }
 
-void getData32(const CSample& sample, unsigned char* out, int frame, int count, double speed) {
+void getData32(const CSample& sample, unsigned char* out, int frame, int count, double speed,
+               ReadMode mode, bool backward) {
     const long long wanted = sourceFrames(count, speed);
     if (!fitsScratch(sample, wanted)) {
         CSample::notices.fetchOr(noticeBufferTooSmall);
         std::memset(out, 0, maxScratchRead);
         return;
     }
-    sample.readFrames(std::int64_t(frame) - 1, int(wanted), reinterpret_cast<float*>(out));
+    float* values = reinterpret_cast<float*>(out);
+    const std::int64_t first = std::int64_t(frame) - 1;
+    if (mode != ReadMode::direct && sample.reader)
+        sample.reader->getData(first, int(wanted), values, backward, mode == ReadMode::live);
+    else
+        sample.readFrames(first, int(wanted), values);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "audiofiles/CSampleReader.h"
+
 class CSample;
 
 /// Most bytes of a file that one call may need, and the room that a caller gives for them: 16 bit
@@ -24,10 +26,15 @@ int renderMemory(const CSample& sample, double pos, double speed, int count, flo
 
 /// Plays `count` frames of any valid sample of one or two channels into both sides, a mono one
 /// alike. Returns false, and writes nothing, for other samples. Only for a sample on disk it needs
-/// `scratch` (`sampleScratchBytes`, aligned for floats), and it reads the file on this thread.
-/// A read that the scratch can't hold gives silence and sets `noticeBufferTooSmall`.
+/// `scratch` (`sampleScratchBytes`, aligned for floats, one for each rendering thread); `mode` says
+/// how it comes by the frames. A read that the scratch can't hold gives silence and sets
+/// `noticeBufferTooSmall`.
 bool render(const CSample& sample, const SampleSpan& span, int count, float* left, float* right,
-            unsigned char* scratch);
+            unsigned char* scratch, ReadMode mode = ReadMode::direct);
+
+/// Brings in what `render` of these frames will ask of `CSample::reader`, and has the disk thread
+/// read on from there: when a voice starts. Graph holder.
+void primeReader(const CSample& sample, const SampleSpan& span, int count);
 
 /// `render` forward of 16 bit data in memory, as the click has it. Others return false.
 bool render_2(const CSample& sample, double pos, double speed, int count, float* left,
@@ -35,4 +42,6 @@ bool render_2(const CSample& sample, double pos, double speed, int count, float*
 
 /// The source of `count` output frames from source frame `frame` on, interleaved: first the frame
 /// before it, last all that the interpolation reads behind the end; zeros for what lies outside.
-void getData32(const CSample& sample, unsigned char* out, int frame, int count, double speed);
+/// `backward`: the next call will ask for frames before these.
+void getData32(const CSample& sample, unsigned char* out, int frame, int count, double speed,
+               ReadMode mode = ReadMode::direct, bool backward = false);
