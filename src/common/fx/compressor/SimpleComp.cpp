@@ -48,22 +48,19 @@ SONDRAVA_CLONES void findPower(const float* inL, const float* inR, int count,
     }
 }
 
-/// What lies over the threshold, in dB; both are octaves of power.
+/// What lies over the threshold, in dB; both are octaves of power. Finite, whatever the power is.
 SONDRAVA_CLONES void findExcess(const double* power, float threshold, int count,
                                 double* __restrict over) {
     for (int i = 0; i < count; i++) {
-        const float octaves = log2Of(float(power[i])) - threshold;
-        over[i] = double(octaves > 0.0f ? octaves : 0.0f) * (1 / octavesPerDb) + dcOffset;
+        const float octaves = log2Of(float(power[i]));
+        const float above = (octaves > threshold ? octaves : threshold) - threshold;
+        over[i] = double(above) * (1 / octavesPerDb) + dcOffset;
     }
 }
 
 SONDRAVA_CLONES void findGain(const double* excess, float octaves, float output, int count,
                               float* __restrict gain) {
-    constexpr float lowest = -120.0f;
-    for (int i = 0; i < count; i++) {
-        const float y = float(excess[i]) * octaves;
-        gain[i] = exp2Of(y > lowest ? y : lowest) * output;
-    }
+    for (int i = 0; i < count; i++) gain[i] = exp2Of(float(excess[i]) * octaves) * output;
 }
 
 SONDRAVA_CLONES void scale(const float* in, const float* gain, int count, float* __restrict out) {
@@ -175,7 +172,7 @@ void SimpleCompRms::process(const float* inL, const float* inR, float* outL, flo
         scale(inR + done, gain, count, scaled);
         std::copy_n(scaled, count, outR + done);
     }
-    if (!std::isfinite(envSq + envdB)) initRuntime();
+    if (!std::isfinite(envSq)) initRuntime();
 }
 
 } // namespace comp
