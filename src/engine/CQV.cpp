@@ -37,6 +37,9 @@ CQV::CQV() : CComp(this), UndoHost(this) {
     click = new CClick(this);
     inQueue = new CMIDIQ(nullptr);
     createScratch();
+    diskThread = new CDiskThread(this);
+    diskThread->start();
+    diskThread->setPriority(CDiskThread::priority);
     peakThread = new CPeakThread(this);
     peakThread->start();
     peakThread->setPriority(CPeakThread::priority);
@@ -44,11 +47,13 @@ CQV::CQV() : CComp(this), UndoHost(this) {
 
 CQV::~CQV() {
     writeSettings();
+    diskThread->finish();
     peakThread->finish();
     for (CThread* thread : each<CThread>(threads)) thread->finish();
     CQV::clear();
     delete click;
     delete tasks;
+    delete diskThread;
     delete peakThread;
     delete preview.load();
     deleteAll<CThread>(threads);
@@ -83,6 +88,7 @@ void CQV::releaseHold() {
 }
 
 void CQV::parkWorkers() {
+    diskThread->park();
     peakThread->park();
     for (CThread* thread : each<CThread>(threads)) thread->park();
 }
@@ -90,6 +96,7 @@ void CQV::parkWorkers() {
 void CQV::unparkWorkers() {
     for (CThread* thread : each<CThread>(threads)) thread->unpark();
     peakThread->unpark();
+    diskThread->unpark();
 }
 
 void CQV::addThread(CThread* thread) {

@@ -9,6 +9,7 @@
 
 class CAAM;
 class CClick;
+class CDiskThread;
 class CFileMapperBase;
 class CPeakThread;
 class COnChange;
@@ -74,6 +75,7 @@ public:
     int recLatency = 0;               ///< frames
     Shared<int> requestedProgram{-1}; ///< program change on its way to the file mapper, -1 none
     unsigned delayRounds = 0;         ///< counts the workings-out of latency; graph holder
+    unsigned blocks = 0;              ///< counts those that ran; graph holder
 
     CQV();
     ~CQV() override;
@@ -183,6 +185,7 @@ private:
     std::atomic<GraphOwner> owner{GraphOwner::free};
     Shared<bool> interfaceInsists{false}; ///< the next block leaves the graph to the interface
     TransportRing* transport;             ///< owned
+    CDiskThread* diskThread;              ///< owned
     CPeakThread* peakThread;              ///< owned
 
     void startNow();

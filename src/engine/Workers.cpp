@@ -1,6 +1,7 @@
 #include "engine/Workers.h"
 
 #include "audiofiles/CSample.h"
+#include "audiofiles/CSampleReader.h"
 #include "engine/CQV.h"
 
 namespace {
@@ -8,6 +9,17 @@ namespace {
 constexpr unsigned updatePeakImage = 4;
 
 } // namespace
+
+void CDiskThread::execute() {
+    while (!terminated) {
+        checkPark();
+        for (CSample* sample : each<CSample>(qv->samples))
+            if (sample->reader) sample->reader->serve();
+        for (CComp* c : each<CComp>(qv->comps))
+            if (c->type == compSeq) c->diskRead();
+        suspend(pauseMs);
+    }
+}
 
 void CPeakThread::execute() {
     while (!terminated) {

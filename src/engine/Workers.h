@@ -4,6 +4,24 @@
 
 class CQV;
 
+/// Reads ahead for all samples that are played from disk: those of the pool, and what sequencers
+/// ask for in `CComp::diskRead`.
+class CDiskThread : public CThread {
+public:
+    static constexpr int priority = 10;
+    static constexpr int pauseMs = 10;
+
+    explicit CDiskThread(CQV* host) : qv(host) {}
+    ~CDiskThread() override { finish(); }
+    CDiskThread(const CDiskThread&) = delete;
+    CDiskThread& operator=(const CDiskThread&) = delete;
+
+    void execute() override;
+
+private:
+    CQV* qv;
+};
+
 /// Computes the peak images of samples that ask for one, when it is woken.
 class CPeakThread : public CThread {
 public:
