@@ -1,7 +1,6 @@
 #include "engine/CPDC.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <new>
 
 namespace {
@@ -23,16 +22,14 @@ CPDC::~CPDC() {
     std::free(right);
 }
 
-void CPDC::clear() {
-    if (!written) return;
-    std::memset(left, 0, capacity * sizeof(float));
-    std::memset(right, 0, capacity * sizeof(float));
-    written = false;
-}
-
 void CPDC::setDelay(int total) {
     const int wanted = total - base;
     if (wanted == delay) return;
     delay = wanted;
     clear();
+}
+
+void CPDC::enter(unsigned block) {
+    if (block - lastBlock > 1) clear();
+    lastBlock = block;
 }

@@ -16,24 +16,29 @@ public:
     int pos = 0;   ///< read position
     int delay = 0; ///< frames to add
 
-    /// Silences the line; one that was never written stays untouched.
-    void clear();
+    /// Silences the line. Takes no longer than a few frames, however long the line is.
+    void clear() { filled = 0; }
     /// Adds what is missing from `base` to `total` frames. A change clears the line.
     void setDelay(int total);
-    /// Delays one frame: writes the input behind, gives the frame that is due. With `delay` above
-    /// 0.
+    /// To be told, by its number, of each block that the line takes part in: one that was left out
+    /// of the block before (cut off, or without a bus to feed) holds old sound, and is cleared.
+    void enter(unsigned block);
+    /// Delays one frame: writes the input behind, gives the frame that is due.
     void exchange(float inL, float inR, float& outL, float& outR) {
-        const unsigned write = unsigned(pos) + unsigned(delay);
-        left[write & mask] = inL;
-        right[write & mask] = inR;
-        outL = left[unsigned(pos) & mask];
-        outR = right[unsigned(pos) & mask];
+        const unsigned distance = unsigned(delay) & mask;
+        const unsigned write = (unsigned(pos) + distance) & mask;
+        left[write] = inL;
+        right[write] = inR;
+        const bool due = filled >= distance;
+        outL = due ? left[pos] : 0.0f;
+        outR = due ? right[pos] : 0.0f;
+        filled += !due;
         pos = (pos + 1) & mask;
-        written = true;
     }
 
 private:
-    float* left;  ///< owned, zero pages until written
-    float* right; ///< owned
-    bool written = false;
+    float* left;         ///< owned, zero pages until written
+    float* right;        ///< owned
+    unsigned filled = 0; ///< frames written since the line was silent, up to the delay
+    unsigned lastBlock = 0;
 };

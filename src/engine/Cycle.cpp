@@ -171,6 +171,7 @@ void CQV::process(int n) {
 }
 
 void CQV::runBlock(int n) {
+    ++blocks;
     if (transportChanged) {
         transportChanged = false;
         positionJumped = true;
@@ -245,6 +246,7 @@ void CQV::processComp(CAudioCable* cable, int n, CPDC* pdc, int) {
     const COutputChannel* from = cable->fromChannel;
     CInputChannel* to = cable->toChannel;
     if (pdc->delay >= 1) {
+        pdc->enter(blocks);
         addDelayed(from, to, pdc, n);
     } else {
         addScaled(to->bufL, from->bufL, n, 1.0f);

@@ -68,6 +68,8 @@ int sumDelay(CComp* c, COutputChannel* ch) {
     return DelaySums(c->host).of(c, ch);
 }
 
+// The tap of a channel that is heard through a group, or not at all at present, is evened out like
+// those of the cables: all sends are fed at the same latency.
 void CQV::calcPDC() {
     DelaySums sums(this);
     int sendMax = 0, inMax = 0;
@@ -78,13 +80,15 @@ void CQV::calcPDC() {
     eachCable(this, listSends, [&](CAudioCable* cable) { cable->pdc->setDelay(sendMax); });
     pdcSendDelay = sendMax;
     eachCable(this, listComps, [&](CAudioCable* cable) {
-        const int sum = sums.of(cable->fromComp, cable->fromChannel);
-        cable->fromChannel->pdc.base = cable->pdc->base = sum;
-        inMax = std::max(inMax, sum);
+        cable->pdc->base = sums.of(cable->fromComp, cable->fromChannel);
+        inMax = std::max(inMax, cable->pdc->base);
     });
-    eachCable(this, listComps, [&](CAudioCable* cable) {
-        cable->fromChannel->pdc.setDelay(inMax);
-        cable->pdc->setDelay(sendMax + inMax);
-    });
+    eachCable(this, listComps, [&](CAudioCable* cable) { cable->pdc->setDelay(sendMax + inMax); });
     pdcInDelay = inMax;
+    for (CComp* c : each<CComp>(comps)) {
+        for (COutputChannel* ch : each<COutputChannel>(c->outputs)) {
+            ch->pdc.base = sums.of(c, ch);
+            ch->pdc.setDelay(std::max(inMax, ch->pdc.base));
+        }
+    }
 }

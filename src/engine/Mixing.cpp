@@ -157,6 +157,7 @@ void feedSends(CComp* c, COutputChannel* ch, int frames, int offset) {
     const float* left = ch->bufL + offset;
     const float* right = ch->bufR + offset;
     if (ch->pdc.delay != 0) {
+        ch->pdc.enter(c->host->blocks);
         float* lateL = c->host->tmpBuffers[0];
         float* lateR = c->host->tmpBuffers[1];
         for (int i = 0; i < frames; ++i) ch->pdc.exchange(left[i], right[i], lateL[i], lateR[i]);

@@ -281,11 +281,10 @@ void UndoHost::relocate(CUndoItem* item, Op op) {
 }
 
 void UndoHost::changing(CUndo* u, CUndoItem* item, Op op) {
-    if (item->moves()) {
-        qv->update(updateDelays);
-        if (asComp(item->object) && item->touches(&qv->comps))
-            eachSequencer(qv, [](CComp* seq) { seq->update(updateSeqOrder); });
-    }
+    // An integer may be what switches an insert on.
+    if (item->moves() || item->intField) qv->update(updateDelays);
+    if (asComp(item->object) && item->touches(&qv->comps))
+        eachSequencer(qv, [](CComp* seq) { seq->update(updateSeqOrder); });
     if (leaves(item, op != opUndone)) {
         if (CComp* c = asComp(item->object)) c->sleeping = 1;
         forgetMaps(qv, item->object);

@@ -195,20 +195,4 @@ TEST(CMixer, BlockComesBackAndADamagedOneEndsThere) {
     EXPECT_STREQ(CMixProg().id.asChar(), "program");
 }
 
-TEST(CPDC, DelaysByTheDifferenceAndForgetsOnChange) {
-    CPDC line;
-    line.base = 30;
-    line.setDelay(130);
-    float l = 0, r = 0;
-    for (int i = 0; i < 70000; ++i) {
-        line.exchange(float(i), float(-i), l, r);
-        ASSERT_EQ(l, i < 100 ? 0.0f : float(i - 100));
-        ASSERT_EQ(r, -l);
-    }
-    line.setDelay(131);
-    EXPECT_EQ(line.delay, 101);
-    line.exchange(1, 1, l, r);
-    EXPECT_EQ(l, 0.0f);
-}
-
 } // namespace

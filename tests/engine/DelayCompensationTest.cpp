@@ -5,150 +5,270 @@
 
 #include <deque>
 #include <limits>
+#include <random>
 
 namespace {
 
-/// An insert that delays by what it reports.
+/// An insert that delays by what it reports; off, it passes the sound on at once.
 class LateInsert : public GainComp {
 public:
-    LateInsert(CQV* root, int frames) : GainComp(root), line(size_t(frames)) {}
+    /// With every change of `turnOf` it forgets what it holds.
+    LateInsert(CQV* root, int frames, const int& turnOf)
+        : GainComp(root), line(size_t(frames)), turn(turnOf) {}
     int getDelay() override { return int(line.size()); }
     void process(int frames) override {
+        if (turn != heldSince) line.assign(line.size(), 0.0f);
+        heldSince = turn;
         for (int i = 0; i < frames; ++i) {
             line.push_back(input()->bufL[i]);
-            output()->bufL[i] = line.front();
+            output()->bufL[i] = enabled == 1 ? line.front() : input()->bufL[i];
             line.pop_front();
         }
     }
 
 private:
     std::deque<float> line;
+    const int& turn;
+    int heldSince = 0;
 };
 
-/// A source that sounds `latency` frames late and says so.
-SignalComp* addLate(StripFixture& t, int latency) {
-    SignalComp* s = t.addSignal();
-    s->latency = latency;
-    s->left = [latency](long at) { return at == latency ? 0.25f : 0.0f; };
-    return s;
-}
-
-CComp* addChained(StripFixture& t, CComp* to, int latency) {
+SignalComp* addLate(StripFixture& t, CComp* to, int latency) {
     auto* c = t.add(new SignalComp(t.host));
     c->latency = latency;
     t.connect(c, to);
     return c;
 }
 
+/// Three sources, two of them in groups of their own, and two buses that all of these send to. The
+/// sources all sound the same.
+class Chain : public StripFixture {
+public:
+    static constexpr int blockFrames = 64, longest = 48; ///< blocks, of all latencies together
+    enum class Sound { none, noise, click } sound = Sound::none;
+    int turn = 0; ///< the inserts start each one empty; the lines of the graph are on their own
+
+    Chain() : StripFixture(blockFrames) {
+        const auto play = [this](long at) {
+            if (sound == Sound::click) return at % blockFrames ? 0.0f : clickLevel;
+            return sound == Sound::noise ? 0.01f : 0.0f;
+        };
+        for (SignalComp*& s : sources) s = add(new SignalComp(host)), s->left = play;
+        for (CGroupCh*& g : groups) g = add(new CGroupCh(host));
+        for (CGroupCh*& b : buses) b = addBus();
+        ends = {{sources[0], out}, {sources[1], groups[0]}, {sources[2], groups[1]},
+                {groups[0], out},  {groups[1], out},        {buses[0], out},
+                {buses[1], out}};
+        for (const auto& [from, to] : ends)
+            if (!cable(from, to)) connect(from, to);
+        for (int k = 0; k < 5; ++k) {
+            ends[size_t(k)].from->output()->sendLevels[0]->level = 0.5f;
+            ends[size_t(k)].from->output()->sendLevels[1]->level = k % 2 ? 1.0f : 0.25f;
+        }
+    }
+
+    /// A step of undo about the chain, or one taken back or done again.
+    void edit() {
+        const int kind = pick(8);
+        const bool busGone = host->sends.getCount() < 2; // only undo brings it back
+        if (kind < (busGone ? 6 : 2)) return host->undoClicked();
+        if (kind < 4) return host->redoClicked();
+        const auto& [from, to] = ends[size_t(pick(7))];
+        if (isBus(from) && host->sends.indexed(from) < 0) return;
+        COutputChannel* ch = from->output();
+        auto* insert = static_cast<LateInsert*>(ch->inserts.getFirst());
+        CUndo* u = host->undoStart("Edit", host, 0);
+        if (kind == 4 && insert) {
+            u->asInt(insert->enabled.address());
+            insert->enabled = !insert->enabled;
+        } else if (kind == 5 && isBus(from)) {
+            host->stripCables(from, u);
+            u->asRemove(from, &host->sends);
+        } else if (kind == 6) {
+            if (CAudioCable* c = cable(from, to))
+                u->asRemove(c, &to->audioCables);
+            else
+                u->asAdd(createAudioCable(to, from->output(), nullptr), &to->audioCables);
+        } else if (insert) {
+            u->asRemove(insert, &ch->inserts);
+        } else {
+            constexpr int latencies[] = {1000, 77, 500};
+            insert = new LateInsert(host, latencies[pick(3)], turn);
+            insert->init();
+            insert->createBuffers(blockFrames);
+            u->asAdd(insert, &ch->inserts);
+        }
+        host->undoEnd(u, false);
+    }
+    /// The one frame at which a click has to come out.
+    int due() {
+        int direct = 0, behind = 0;
+        for (const auto& [from, to] : ends) {
+            if (to != out || !cable(from, to)) continue;
+            int& most = isBus(from) ? behind : direct;
+            most = std::max(most, latency(from));
+        }
+        return direct + behind;
+    }
+    /// How loud it has to be: every way through strips that are heard, with the squared levels.
+    float level() {
+        float sum = 0;
+        for (const auto& [from, to] : ends) {
+            if (isBus(from) || !carries(from) || !cable(from, to) || (to != out && !cable(to, out)))
+                continue;
+            if (to == out) sum += 1;
+            for (CGroupCh* bus : buses) {
+                const int k = host->sends.indexed(bus);
+                if (k < 0 || !cable(bus, out)) continue;
+                const float amount = from->output()->sendLevels[k]->level;
+                sum += amount * amount;
+            }
+        }
+        return sum * clickLevel;
+    }
+
+private:
+    struct Ends {
+        CComp *from, *to;
+    };
+    static constexpr float clickLevel = 1.0f / 64;
+
+    int pick(int n) { return int(random() % unsigned(n)); }
+    static CAudioCable* cable(CComp* from, CComp* to) {
+        return getAudioCable(to, from->output(), nullptr);
+    }
+    bool isBus(CComp* c) const { return c == buses[0] || c == buses[1]; }
+    CComp* sourceOf(CComp* group) {
+        for (int i = 0; i < 2; ++i)
+            if (group == groups[i] && cable(sources[i + 1], group)) return sources[i + 1];
+        return nullptr;
+    }
+    bool carries(CComp* c) {
+        return c == sources[0] || c == sources[1] || c == sources[2] || sourceOf(c);
+    }
+    int latency(CComp* c) {
+        int sum = 0;
+        for (auto* insert : each<CComp>(c->output()->inserts))
+            if (insert->enabled) sum += insert->getDelay();
+        return sum + (sourceOf(c) ? latency(sourceOf(c)) : 0);
+    }
+
+    SignalComp* sources[3] = {};
+    CGroupCh *groups[2] = {}, *buses[2] = {};
+    std::vector<Ends> ends;
+    std::mt19937 random{1};
+};
+
 } // namespace
 
-/// However late its paths are, an impulse comes out once, at the latency of the longest.
-TEST(DelayCompensation, PathsMeetAtTheDevice) {
-    struct Case {
-        int dry1, dry2, bus;
-        bool busBefore; ///< a bus with a send from the first source
-    };
-    const Case cases[] = {
-        {0, 0, 0, false},    {100, 0, 0, false}, {0, 777, 0, false},
-        {30, 70, 200, true}, {0, 0, 513, true},  {1000, 0, 0, true},
-    };
-    for (const Case& c : cases) {
-        StripFixture t(128);
-        SignalComp* first = addLate(t, c.dry1);
-        addLate(t, c.dry2);
-        float expected = 0.5f;
-        if (c.busBefore) {
-            CGroupCh* bus = t.addBus();
-            auto* late = new LateInsert(t.host, c.bus);
-            t.addInsert(bus->output(), late);
-            first->output()->sendLevels[0]->level = 1.0f;
-            expected = 0.75f;
-        }
-        t.host->update(updateDelays);
-        t.run(20);
-        const int due = std::max(c.dry1, c.dry2) + (c.busBefore ? c.bus : 0);
+/// Whatever is put into a chain, taken out, switched off and taken back while it sounds: all ways
+/// of an impulse meet on one frame, and no line gives back old sound.
+TEST(DelayCompensation, ImpulsesMeetThroughAnyChain) {
+    Chain t;
+    const auto expectOnly = [&t](int frame, float level, const std::string& when) {
         for (int i = 0; i < int(t.left.size()); ++i)
-            ASSERT_FLOAT_EQ(t.left[size_t(i)], i == due ? expected : 0.0f) << i << " of " << due;
-        EXPECT_EQ(t.host->pdcInDelay, std::max(c.dry1, c.dry2));
-        EXPECT_EQ(t.host->pdcSendDelay, c.busBefore ? c.bus : 0);
+            ASSERT_EQ(t.left[size_t(i)], i == frame ? level : 0.0f) << i << " of " << frame << when;
+    };
+    while (t.turn < 500) {
+        const std::string when = ", turn " + std::to_string(t.turn);
+        t.sound = Chain::Sound::noise;
+        t.run(20);
+        t.edit();
+        t.run();
+        t.sound = Chain::Sound::none;
+        t.run(Chain::longest);
+        t.forget();
+        ++t.turn;
+        t.edit();
+        t.run(Chain::longest);
+        ASSERT_NO_FATAL_FAILURE(expectOnly(-1, 0, when));
+        t.forget();
+        t.sound = Chain::Sound::click;
+        t.run();
+        t.sound = Chain::Sound::none;
+        t.run(Chain::longest);
+        ASSERT_NO_FATAL_FAILURE(expectOnly(t.due(), t.level(), when));
     }
 }
 
-/// The sum of a path: the component, the running inserts of its channel, the longest before.
+/// The sum of a path: the component, the running inserts of its channel, the longest before. One
+/// that is switched off or frozen has none.
 TEST(DelayCompensation, SumOfAPath) {
-    StripFixture t;
-    SignalComp* s = addLate(t, 10);
-    addChained(t, s, 5);
-    CComp* longest = addChained(t, s, 50);
-    addChained(t, longest, 7);
-    CComp* insert = t.addInsert(s->output(), new LateInsert(t.host, 100));
-    CComp* off = t.addInsert(s->output(), new LateInsert(t.host, 1000));
-    off->enabled = 0;
-    const GraphHold hold(t.host);
-    EXPECT_EQ(sumDelay(s, s->output()), 10 + 100 + 50 + 7);
-    longest->enabled = 0;
-    EXPECT_EQ(sumDelay(s, s->output()), 10 + 100 + 5);
-    insert->enabled = 2;
-    EXPECT_EQ(sumDelay(s, s->output()), 10 + 5) << "only 1 is on";
-    s->enabled = 0;
-    EXPECT_EQ(sumDelay(s, s->output()), 0);
-}
-
-TEST(DelayCompensation, FrozenPathsHaveNone) {
     class Frozen : public SignalComp {
     public:
         using SignalComp::SignalComp;
-        int freezed(COutputChannel* ch) override { return ch == output(); }
+        int freezed(COutputChannel* ch) override { return ch == output() && frozen; }
+        bool frozen = false;
     };
     StripFixture t;
     auto* s = t.add(new Frozen(t.host));
-    s->latency = 300;
+    s->latency = 10;
+    const int never = 0;
+    addLate(t, s, 5);
+    CComp* longest = addLate(t, s, 50);
+    addLate(t, longest, 7);
+    CComp* insert = t.addInsert(s->output(), new LateInsert(t.host, 100, never));
+    t.addInsert(s->output(), new LateInsert(t.host, 1000, never))->enabled = 0;
     const GraphHold hold(t.host);
-    EXPECT_EQ(sumDelay(s, s->output()), 0);
+    const auto sum = [s] { return sumDelay(s, s->output()); };
+    EXPECT_EQ(sum(), 10 + 100 + 50 + 7);
+    longest->enabled = 0;
+    EXPECT_EQ(sum(), 10 + 100 + 5);
+    insert->enabled = 2;
+    EXPECT_EQ(sum(), 10 + 5) << "only 1 is on";
+    s->frozen = true;
+    EXPECT_EQ(sum(), 0);
+    s->frozen = false;
+    s->enabled = 0;
+    EXPECT_EQ(sum(), 0);
 }
 
 /// What a plug-in reports is limited; loops and diamonds neither hang nor count twice.
 TEST(DelayCompensation, HostileGraphs) {
     StripFixture t(64);
-    SignalComp* s = addLate(t, std::numeric_limits<int>::min());
-    {
+    SignalComp* s = addLate(t, t.out, std::numeric_limits<int>::min());
+    const auto sum = [&] {
         const GraphHold hold(t.host);
-        EXPECT_EQ(sumDelay(s, s->output()), 0);
-        s->latency = std::numeric_limits<int>::max();
-        EXPECT_EQ(sumDelay(s, s->output()), 1 << 20);
-    }
+        return sumDelay(s, s->output());
+    };
+    EXPECT_EQ(sum(), 0);
+    s->latency = std::numeric_limits<int>::max();
+    EXPECT_EQ(sum(), 1 << 20);
     s->latency = 1;
     CComp* left = s;
     // Forty diamonds in a row: two to the power of forty paths.
     for (int i = 0; i < 40; ++i) {
-        CComp* a = addChained(t, left, 1);
-        CComp* b = addChained(t, left, 2);
         auto* top = t.add(new SignalComp(t.host));
-        t.connect(top, a);
-        t.connect(top, b);
+        for (const int latency : {1, 2}) t.connect(top, addLate(t, left, latency));
         left = top;
     }
     t.connect(s, left); // and a loop around them all
-    const GraphHold hold(t.host);
-    EXPECT_EQ(sumDelay(s, s->output()), 1 + 40 * 2);
+    EXPECT_EQ(sum(), 1 + 40 * 2);
 }
 
-/// Lines as far as they reach; a change clears them.
-TEST(DelayCompensation, ChangedDelayDropsWhatIsInTheLine) {
-    StripFixture t(64);
-    SignalComp* early = addLate(t, 0);
-    early->left = [](long) { return 0.25f; };
-    SignalComp* late = addLate(t, 64);
-    late->left = [](long) { return 0.0f; };
-    t.host->update(updateDelays);
-    t.run(3);
-    EXPECT_EQ(t.left[63], 0.0f);
-    EXPECT_FLOAT_EQ(t.left[64], 0.25f);
-    late->latency = 65;
-    t.run(1);
-    EXPECT_FLOAT_EQ(t.left.back(), 0.25f) << "nobody has asked for it yet";
-    t.forget();
-    t.host->update(updateDelays);
-    t.run(2);
-    for (int i = 0; i < 128; ++i) ASSERT_FLOAT_EQ(t.left[size_t(i)], i < 65 ? 0.0f : 0.25f) << i;
+/// The line itself, over several turns of its capacity: a change, and a gap between its blocks,
+/// drop what is in it; a delay beyond the capacity wraps.
+TEST(CPDC, GivesBackWhatWentInAndNothingOlder) {
+    CPDC line;
+    line.base = 30;
+    unsigned block = 0;
+    float l = 0, r = 0;
+    const auto expectDelay = [&](int delay, int frames) {
+        for (int i = 0; i < frames; ++i) {
+            line.exchange(float(i + 1), float(-i - 1), l, r);
+            ASSERT_EQ(l, i < delay ? 0.0f : float(i + 1 - delay)) << i << " of " << delay;
+            ASSERT_EQ(r, -l);
+        }
+    };
+    for (const int delay : {100, 101, 32767, 32768 + 7, 1 << 20}) {
+        line.setDelay(30 + delay);
+        EXPECT_EQ(line.delay, delay);
+        line.enter(++block);
+        expectDelay(delay & CPDC::mask, 70000);
+        line.setDelay(30 + delay);
+        line.enter(++block);
+        line.exchange(9, 9, l, r);
+        EXPECT_NE(l, 0.0f) << "it goes on";
+        line.enter(block += 2);
+        expectDelay(delay & CPDC::mask, 70000);
+    }
 }
