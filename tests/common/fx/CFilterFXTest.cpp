@@ -1,0 +1,100 @@
+#include "common/fx/CFilterFX.h"
+#include "FxFixture.h"
+
+namespace {
+
+struct Glide {
+    double value, target, step = 0.0;
+    int left = 0;
+
+    void ask(float request) {
+        if (double(request) == target) return;
+        target = double(request);
+        left = 300;
+        step = (target - value) / 300;
+    }
+    void move() {
+        value += step;
+        if (left > 0 && --left == 0) {
+            step = 0.0;
+            value = target;
+        }
+    }
+};
+
+/// The filter frame by frame, as it is told.
+struct Reference {
+    int mode;
+    double resonance;
+    Glide cutoff{1.0, 1.0}, drive{0.0, 0.0};
+    double low[2] = {}, band[2] = {};
+
+    double run(int side, double in) {
+        const double f = cutoff.value * cutoff.value, d = 1 - resonance * 0.99;
+        low[side] += f * band[side];
+        const double high = in - low[side] - d * band[side];
+        band[side] += f * high;
+        const double taps[] = {low[side], band[side], high};
+        return drive.value > 0 ? std::tanh(taps[mode] * 30 * drive.value) : taps[mode];
+    }
+    void operator()(double inL, double inR, double& outL, double& outR) {
+        outL = run(0, inL);
+        outR = run(1, inR);
+        cutoff.move();
+        drive.move();
+    }
+};
+
+struct Step {
+    int frames;
+    float cutoff, drive;
+};
+
+/// Ramps that end within a block, at its end, that turn round, and that change with each frame.
+const Step steps[] = {{500, 1.0f, 0.0f}, {2000, 0.3f, 0.0f}, {100, 0.9f, 0.2f}, {300, 0.5f, 0.2f},
+                      {1, 0.4f, 0.1f},   {1, 0.35f, 0.1f},   {1, 0.3f, 0.0f},   {2000, 0.05f, 0.0f},
+                      {600, 0.0f, 0.0f}, {3000, 0.6f, 0.0f}};
+
+} // namespace
+
+TEST(CFilterFX, FollowsItsFormulasInAnyCut) {
+    for (float rate : fxRates)
+        for (int mode : {0, 1, 2})
+            for (float resonance : {0.0f, 0.7f, 1.0f})
+                for (int block : fxBlocks) {
+                    CFilterFX fx(rate, 0);
+                    fx.setFilterMode(mode);
+                    fx.setResonance(resonance);
+                    Reference ref{mode, double(resonance)};
+                    unsigned seed = 1;
+                    for (const Step& s : steps) {
+                        fx.setCutoff(s.cutoff);
+                        fx.setDrive(s.drive);
+                        ref.cutoff.ask(s.cutoff);
+                        ref.drive.ask(s.drive);
+                        Stereo in = fxSignal(s.frames, seed++), out = in;
+                        runFx(fx, out, out, block);
+                        // At the highest resonance the sum passes full scale by far.
+                        expectLike(in, out, std::ref(ref), 1e-5,
+                                   std::to_string(mode) + " at " + std::to_string(s.cutoff) +
+                                       " in " + std::to_string(block));
+                    }
+                }
+}
+
+/// What is no number lasts until the end of its block, and turning it on forgets the past.
+TEST(CFilterFX, ForgetsWhatIsNoNumberAndWhenTurnedOn) {
+    const Stereo silence(100);
+    for (const float bad : {std::nanf(""), INFINITY, 0.5f}) {
+        CFilterFX fx(44100, 0);
+        fx.setCutoff(0.3f);
+        Stereo in(100), out(100);
+        in.left[50] = bad;
+        runFx(fx, in, out, 100);
+        if (std::isfinite(bad)) fx.setEnabled(1);
+        in.left[50] = 0.0f;
+        runFx(fx, in, out, 100);
+        EXPECT_EQ(out.left, silence.left) << bad;
+        EXPECT_EQ(out.right, silence.right) << bad;
+    }
+}
