@@ -28,6 +28,9 @@ enum ListKind : int {
     listInsert = 4,
 };
 
+/// Parameters that an effect has beside those that `numParams` counts.
+enum EffectParam : int { paramPower = -1, paramWet = -2 };
+
 /// Notifications to the interface, ORed into `updateFlags`. Those of the host's own service:
 constexpr unsigned updateDelays = 0x100000; ///< the cycle works out the delay compensation anew
 constexpr unsigned updateMaps = 0x200000;   ///< the map window shows other targets

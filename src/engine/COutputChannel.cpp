@@ -38,8 +38,29 @@ void scale(float* buf, int frames, float factor) {
 
 /// Blends the dry signal into the wet one, in place.
 void blend(float* wet, const float* dry, int frames, float share) {
+    if (share >= 1.0f) return;
     const float rest = 1.0f - share;
     for (int i = 0; i < frames; ++i) wet[i] = wet[i] * share + dry[i] * rest;
+}
+
+/// Blends what went into an insert into what came out, from frame to frame by the wet share that
+/// holds there: `share` at first, then that of each event.
+void blendInsert(CComp* insert, float share, int frames) {
+    const CInputChannel* in = insert->input();
+    const COutputChannel* out = insert->output();
+    int done = 0;
+    const auto blendTo = [&](int end) {
+        blend(out->bufL + done, in->bufL + done, end - done, share);
+        blend(out->bufR + done, in->bufR + done, end - done, share);
+        done = end;
+    };
+    CMIDIQ* port = insert->inPort();
+    for (const CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
+        if (e->kind != eventParam || e->owner != insert || e->param != paramWet) continue;
+        blendTo(CMIDIQ::frameOf(e, done, frames));
+        share = fLimit(e->value, 0.0f, 1.0f);
+    }
+    blendTo(frames);
 }
 
 void copyStereo(float* toL, float* toR, const COutputChannel* from, int frames) {
@@ -256,13 +277,10 @@ void COutputChannel::runInsert(CComp* insert, COutputChannel*& src, CMIDIBytes* 
     if (CMIDIQ* port = insert->inPort())
         for (const CMIDIBytes* e = events; e; e = e->next)
             port->push(e->time, e->data, e->kind, e->value, e->param, e->owner, e->extra);
-    insert->process(frames);
-    src = out;
     const float share = fLimit(insert->wet, 0.0f, 1.0f);
-    if (share < 1.0f) {
-        blend(out->bufL, in->bufL, frames, share);
-        blend(out->bufR, in->bufR, frames, share);
-    }
+    insert->process(frames);
+    blendInsert(insert, share, frames);
+    src = out;
     out->udpatePeaks(frames);
 }
 

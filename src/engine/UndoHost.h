@@ -50,11 +50,12 @@ public:
     /// Objects that steps hold off the graph take on another block size or rate.
     void setHeldFrames(int frames);
     void setHeldRate(double rate);
+    /// Calls `visit` for every object that a step holds off the graph.
+    void eachHeld(const std::function<void(CObject*)>& visit);
 
 private:
     enum Op : int { opDone = 1, opUndone = 2, opRedone = 4 }; ///< as told to `CComp::perform`
 
-    void eachHeld(const std::function<void(CObject*)>& visit);
     void queue(CUndo* u, Op op);
     void reserveSends(CUndo* u);
     void freeSteps(int keep);
