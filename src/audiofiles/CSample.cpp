@@ -1,6 +1,7 @@
 #include "audiofiles/CSample.h"
 
 #include "audiofiles/CSampleReader.h"
+#include "audiofiles/CTakeRing.h"
 #include "audiofiles/WavFile.h"
 #include "base/Numbers.h"
 
@@ -21,6 +22,7 @@ namespace {
 constexpr int maxPlayChannels = 2;
 constexpr int maxValueBytes = 4;
 constexpr int pieceFrames = 1024; // converted at a time when frames are written
+constexpr int flushesPerSecond = 4;
 
 AudioFormat formatOf(const CSample& sample) {
     AudioFormat format;
@@ -59,6 +61,7 @@ void CSample::setFormat(int newRate, int newBits, int newChs) {
     chs = std::max(1, newChs);
     frameBytes = chs * bits / 8;
     peaks.reset(chs);
+    if (reader) createBuffers();
 }
 
 bool CSample::open(CStr path) {
@@ -88,6 +91,7 @@ bool CSample::open(CStr path) {
 }
 
 void CSample::createBuffers() {
+    reader.reset();
     if (chs <= maxPlayChannels) reader = std::make_unique<CSampleReader>(*this);
 }
 
@@ -162,40 +166,84 @@ void CSample::create(CStr path) {
     if (!fp) return;
     streamed = 1;
     bigEndian = filename.upperCase().pos(".AIF") >= 0;
+    dataStart = bigEndian ? aiffHeaderBytes : wavHeaderBytes;
     frames = 0;
     headerDone = false;
+    createBuffers();
     valid = true;
 }
 
 void CSample::writeHeader() {
     if (!fp) return;
+    const std::scoped_lock guard(lock);
+    writeHeaderLocked();
+}
+
+void CSample::writeHeaderLocked() {
     unsigned char header[aiffHeaderBytes];
     const int size = makeAudioHeader(formatOf(*this), header);
-    const std::scoped_lock guard(lock);
-    const bool written = std::fseek(fp, 0, SEEK_SET) == 0 &&
-                         std::fwrite(header, std::size_t(size), 1, fp) == 1 &&
-                         std::fseek(fp, 0, SEEK_END) == 0;
-    if (!written) diskWriteFailed = true;
-    dataStart = size;
+    if (writeAt(fp, 0, header, size) < size) diskWriteFailed = true;
     headerDone = true;
 }
 
-void CSample::writeFrames(int count, const float* left, const float* right) {
+/// Appends frames under the lock; returns how many the file has room for.
+int CSample::append(int count, const unsigned char* bytes) {
+    const std::int64_t at = dataStart + std::int64_t(frames) * frameBytes;
+    const int wanted = int(std::min<std::int64_t>(count, (INT_MAX - at) / frameBytes));
+    const int kept = int(writeAt(fp, at, bytes, std::int64_t(wanted) * frameBytes) / frameBytes);
+    if (kept < count) diskWriteFailed = true;
+    writepeak(bytes, kept);
+    frames += kept;
+    return kept;
+}
+
+int CSample::writeBytes(int count, const unsigned char* bytes) {
+    if (!fp) return 0;
+    const std::scoped_lock guard(lock);
+    return append(count, bytes);
+}
+
+void CSample::writeFrames(int count, const float* left, const float* right, bool buffered) {
+    if (buffered && ring) {
+        if (!ring->add(coding(), chs, count, left, right)) diskWriteFailed = true;
+        return;
+    }
     if (!fp || chs > maxPlayChannels) return;
     unsigned char bytes[pieceFrames * maxPlayChannels * maxValueBytes];
     const std::scoped_lock guard(lock);
     for (int done = 0; done < count; done += pieceFrames) {
         const int n = std::min(pieceFrames, count - done);
-        const std::int64_t size = aiffHeaderBytes + (std::int64_t(frames) + n) * frameBytes;
         encodeFrames(coding(), chs, n, left + done, right + done, bytes);
-        if (size > INT_MAX ||
-            std::fwrite(bytes, std::size_t(n) * std::size_t(frameBytes), 1, fp) != 1) {
-            diskWriteFailed = true;
-            return;
-        }
-        writepeak(bytes, n);
-        frames += n;
+        if (append(n, bytes) < n) return;
     }
+}
+
+void CSample::prepareTake() {
+    if (chs <= maxPlayChannels)
+        ring = std::make_unique<CTakeRing>(asRound(double(rate)), frameBytes);
+}
+
+/// Writes all that waits; false if the file takes no more.
+bool CSample::drainRing() {
+    for (CTakeRing::Piece piece = ring->front(); piece.frames > 0; piece = ring->front()) {
+        const int kept = append(piece.frames, piece.bytes);
+        ring->drop(kept);
+        if (kept < piece.frames) return false;
+    }
+    return true;
+}
+
+bool CSample::flushBuffers(bool force) {
+    if (!fp || !ring) return false;
+    const std::scoped_lock guard(lock);
+    const int before = frames;
+    const int least = force ? 1 : asRound(double(rate)) / flushesPerSecond;
+    if (ring->waiting() >= least)
+        while (drainRing() && force && ring->settle()) continue;
+    if (force) ring.reset();
+    if (frames == before) return false;
+    writeHeaderLocked();
+    return true;
 }
 
 void CSample::finalize() {

@@ -11,6 +11,7 @@
 #include <memory>
 
 class CSampleReader;
+class CTakeRing;
 
 /// Set when frames could not be written: the disk is full, or the file would pass 2 GB. Whoever
 /// starts a recording clears it.
@@ -88,10 +89,21 @@ public:
 
     /// Writes the header from `frames` as it stands. Also corrects it at the end.
     void writeHeader();
-    /// Appends frames of one or two channels, with their peaks. Sets `diskWriteFailed` and
-    /// stays as it was if they can't be kept. Not on the audio thread.
-    void writeFrames(int count, const float* left, const float* right);
-    /// Brings all that was written to the file. Frames can be read back after it.
+    /// Appends frames of one or two channels, with their peaks. Sets `diskWriteFailed` and keeps
+    /// what went before if they can't be kept: the disk is full, or the file would pass 2 GB.
+    /// `buffered` is for the audio thread: the frames wait until `flushBuffers`, `prepareTake` has
+    /// been called, and the file may be created later. Without it, not on the audio thread.
+    void writeFrames(int count, const float* left, const float* right, bool buffered = false);
+    /// Appends frames as they lie in the file, under the same conditions. Returns how many it kept.
+    int writeBytes(int count, const unsigned char* bytes);
+    /// Makes room for `CTakeRing::seconds` of buffered frames in the present format. Interface
+    /// thread, while nobody writes.
+    void prepareTake();
+    /// Writes buffered frames once a quarter of a second of them waits, and the header with it, so
+    /// that the file is whole at any time; true if it wrote. `force`: the take is over, all is
+    /// written, and the room is given back. Worker, or at the end the interface thread.
+    bool flushBuffers(bool force);
+    /// Hands what the handle may still hold to the system.
     void finalize();
 
     /// Reads `count` frames of the file or memory image from `first` on as floats, interleaved.
@@ -115,6 +127,10 @@ private:
     void load();
     void makeFloatData();
     void createBuffers();
+    int append(int count, const unsigned char* bytes);
+    void writeHeaderLocked();
+    bool drainRing();
 
     std::unique_ptr<float[]> floats[2];
+    std::unique_ptr<CTakeRing> ring; ///< between `prepareTake` and the end of the take
 };

@@ -5,6 +5,13 @@
 
 #include <algorithm>
 
+namespace {
+
+/// At least what two calls for neighbouring stretches of sound have in common.
+constexpr int overlapFrames = 16;
+
+} // namespace
+
 CSampleReader::CSampleReader(const CSample& of)
     : sample(of), capacity(bufferBytes - bufferBytes % of.frameBytes),
       memory(new unsigned char[2 * bufferBytes]) {
@@ -32,8 +39,9 @@ void CSampleReader::getData(std::int64_t first, int count, float* out, bool back
     float* const outEnd = out + std::int64_t(count) * sample.chs;
     const std::int64_t lead = whole.end > whole.at ? whole.at / sample.frameBytes - first : count;
     float* target = std::fill_n(out, lead * sample.chs, 0.0f);
+    CBuffer* buffer = nullptr;
     for (Span left = whole; left.at < left.end;) {
-        CBuffer* buffer = holder(left.at);
+        buffer = holder(left.at);
         if (!buffer && !(live && isComing(left.at))) buffer = fetch(left);
         if (!buffer) break;
         const int bytes = int(std::min(left.end, buffer->pos + buffer->size) - left.at);
@@ -41,8 +49,8 @@ void CSampleReader::getData(std::int64_t first, int count, float* out, bool back
         decodeValues(sample.coding(), from, bytes / valueBytes, target);
         target += bytes / valueBytes;
         left.at += bytes;
-        askAround(*buffer, backward);
     }
+    if (buffer) askAround(*buffer, whole);
     std::fill(target, outEnd, 0.0f);
 }
 
@@ -51,7 +59,7 @@ void CSampleReader::prime(std::int64_t first, int count, bool backward) {
     if (span.at >= span.end) return;
     CBuffer* buffer = holder(span.at);
     if (!buffer) buffer = fetch(span);
-    if (buffer) askAround(*buffer, backward);
+    if (buffer) askAround(*buffer, span);
 }
 
 CBuffer* CSampleReader::holder(std::int64_t at) {
@@ -96,12 +104,15 @@ void CSampleReader::fill(CBuffer& buffer, std::int64_t offset) {
     buffer.state.storeRelease(bufferHeld);
 }
 
-/// Asks for what lies behind `played`, or with `backward` in front of it, in the other buffer.
-void CSampleReader::askAround(const CBuffer& played, bool backward) {
+/// Asks for what lies behind `played`, or in front of it if the way is backward, in the other
+/// buffer; but not while the next call may begin there, since neighbouring calls overlap.
+void CSampleReader::askAround(const CBuffer& played, const Span& span) {
     CBuffer& other = buffers[&played == &buffers[0]];
+    const std::int64_t overlap = std::int64_t(overlapFrames) * sample.frameBytes;
     const std::int64_t end = played.pos + played.size;
-    if (!backward && end < totalBytes()) ask(other, end, end);
-    if (backward && played.pos > 0)
+    if (!span.backward && span.end - overlap >= played.pos && end < totalBytes())
+        ask(other, end, end);
+    if (span.backward && span.at + overlap <= end && played.pos > 0)
         ask(other, std::max<std::int64_t>(0, played.pos - capacity), played.pos - 1);
 }
 

@@ -77,7 +77,7 @@ private:
     bool isComing(std::int64_t at);
     CBuffer* fetch(const Span& span);
     void fill(CBuffer& buffer, std::int64_t offset);
-    void askAround(const CBuffer& played, bool backward);
+    void askAround(const CBuffer& played, const Span& span);
     static bool claim(CBuffer& buffer);
     void ask(CBuffer& buffer, std::int64_t offset, std::int64_t needed);
 

@@ -1,6 +1,7 @@
 #include "audiofiles/WavFile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <cstring>
 #include <fcntl.h>
@@ -211,8 +212,21 @@ std::int64_t readAt(std::FILE* file, std::int64_t offset, void* out, std::int64_
     while (done < count) {
         const ssize_t got = pread(fileno(file), static_cast<char*>(out) + done,
                                   std::size_t(count - done), off_t(offset + done));
+        if (got < 0 && errno == EINTR) continue;
         if (got <= 0) break;
         done += got;
+    }
+    return done;
+}
+
+std::int64_t writeAt(std::FILE* file, std::int64_t offset, const void* in, std::int64_t count) {
+    std::int64_t done = 0;
+    while (done < count) {
+        const ssize_t put = pwrite(fileno(file), static_cast<const char*>(in) + done,
+                                   std::size_t(count - done), off_t(offset + done));
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) break;
+        done += put;
     }
     return done;
 }

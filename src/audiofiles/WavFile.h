@@ -30,6 +30,9 @@ std::int64_t audioFileSize(std::FILE* file);
 /// Reads `count` bytes at `offset` whatever the handle's own position is; returns how many came.
 std::int64_t readAt(std::FILE* file, std::int64_t offset, void* out, std::int64_t count);
 
+/// Writes `count` bytes at `offset`; returns how many went.
+std::int64_t writeAt(std::FILE* file, std::int64_t offset, const void* in, std::int64_t count);
+
 /// Walks the chunks of an open file. False for what is neither WAV nor AIFF, and for one that
 /// holds no frames in a format that can be played: WAV of 16 or 24 bit integers or 32 bit floats,
 /// AIFF of 16, 24 or 32 bit integers, both with frames of up to `maxFrameBytes`.
