@@ -22,48 +22,52 @@ constexpr float mixGain = -0.16666667f; // -2 / 12: the reflection that keeps th
 constexpr float outGain = 0.167f;
 constexpr double silentPower = 1e-10; // sum of squares of a block that counts as silence
 
-constexpr int groups = lines / 4; // worked at four in step
+constexpr int four = 4; // lines that are filtered in step, and frames that are turned at a time
+constexpr int groups = lines / four;
+constexpr int sweptGroups = (modCount + four - 1) / four;
+
+/// Turns four frames of four lines, of which one stands `chunk` floats behind the other.
+[[gnu::always_inline]] inline void loadTurned(const float* rows, Floats4 (&r)[four]) {
+    for (int i = 0; i < four; i++) r[i] = loadFloats(rows + std::ptrdiff_t(i) * chunk);
+    transpose(r[0], r[1], r[2], r[3]);
+}
 
 /// Interpolates the modulated taps and filters all of them. The plain lines that share a group with
 /// modulated ones have `next` and `fraction` 0, which leaves their taps alone.
 struct Network {
-    Floats4 last[groups], filtered[groups], a[groups], b[groups];
+    Floats4 last[sweptGroups], filtered[groups], a[groups], b[groups];
 
-    [[gnu::always_inline]] void run(float (*taps)[lines], const float (*next)[lines],
-                                    const float (*fraction)[lines], int count) {
+    /// `count` is up to four; beyond it the lines may hold anything.
+    [[gnu::always_inline]] void run(float (*y)[chunk], const float (*next)[chunk],
+                                    const float (*fraction)[chunk], int k, int count) {
         const Floats4 quiet = Floats4{} + MLPF1a::quiet;
-        for (int k = 0; k < count; k++)
+        Floats4 x[groups][four], n[sweptGroups][four], f[sweptGroups][four];
+        for (int g = 0; g < groups; g++) loadTurned(&y[g * four][k], x[g]);
+        for (int g = 0; g < sweptGroups; g++) {
+            loadTurned(&next[g * four][k], n[g]);
+            loadTurned(&fraction[g * four][k], f[g]);
+        }
+        for (int j = 0; j < count; j++)
             for (int g = 0; g < groups; g++) {
-                const int line = g * 4;
-                Floats4 y = loadFloats(&taps[k][line]);
-                if (line < modCount) {
-                    const Floats4 f = loadFloats(&fraction[k][line]);
-                    y = (loadFloats(&next[k][line]) - last[g]) * f + y;
-                    last[g] = y;
-                }
-                const Floats4 out = a[g] * y - b[g] * filtered[g];
-                filtered[g] = (out < quiet) & (out > -quiet) ? Floats4{} : out;
-                saveFloats(&taps[k][line], filtered[g]);
+                if (g < sweptGroups) x[g][j] = last[g] = (n[g][j] - last[g]) * f[g][j] + x[g][j];
+                const Floats4 out = a[g] * x[g][j] - b[g] * filtered[g];
+                x[g][j] = filtered[g] = (out < quiet) & (out > -quiet) ? Floats4{} : out;
             }
+        for (int g = 0; g < groups; g++) {
+            transpose(x[g][0], x[g][1], x[g][2], x[g][3]);
+            for (int i = 0; i < four; i++) saveFloats(&y[g * four + i][k], x[g][i]);
+        }
     }
 };
 
-SONDRAVA_CLONES void runNetwork(Network& network, float (*taps)[lines], const float (*next)[lines],
-                                const float (*fraction)[lines], int count) {
+/// The taps in `y` become what the filters make of them.
+SONDRAVA_CLONES void runNetwork(Network& network, float (*y)[chunk], const float (*next)[chunk],
+                                const float (*fraction)[chunk], int count) {
     Network n = network;
-    n.run(taps, next, fraction, count);
+    int k = 0;
+    for (; k + four <= count; k += four) n.run(y, next, fraction, k, four);
+    if (k < count) n.run(y, next, fraction, k, count - k);
     network = n;
-}
-
-/// `taps` with the samples of a line side by side. `count` is rounded up to four.
-void turn(const float (*taps)[lines], int count, float (*y)[chunk]) {
-    for (int k = 0; k < count; k += 4)
-        for (int line = 0; line < lines; line += 4) {
-            Floats4 r[4];
-            for (int i = 0; i < 4; i++) r[i] = loadFloats(&taps[k + i][line]);
-            transpose(r[0], r[1], r[2], r[3]);
-            for (int i = 0; i < 4; i++) saveFloats(&y[line + i][k], r[i]);
-        }
 }
 
 /// The two outputs and the part that all lines get back, of the lines' samples.
@@ -115,8 +119,8 @@ SONDRAVA_CLONES void addOut(float* __restrict out, const float* in, const float*
 
 struct CReverb::Chunk {
     float inL[chunk], inR[chunk], mono[chunk], delayed[chunk];
-    float taps[chunk][lines], next[chunk][lines], fraction[chunk][lines];
-    float y[lines][chunk];
+    float y[lines][chunk]; ///< of a line side by side: first its taps, then what it gives
+    float next[sweptGroups * four][chunk], fraction[sweptGroups * four][chunk];
     float accL[chunk], accR[chunk], common[chunk];
 };
 
@@ -215,6 +219,10 @@ void CReverb::process(float* inL, float* inR, float* outL, float* outR, long fra
     const float wetGain = wet, dryGain = dry;
     double heard = 0.0;
     Chunk c; // NOLINT(cppcoreguidelines-pro-type-member-init): filled before it is read
+    for (int i = modCount; i < sweptGroups * four; i++) {
+        std::fill_n(c.next[i], chunk, 0.0f);
+        std::fill_n(c.fraction[i], chunk, 0.0f);
+    }
     for (long done = 0; done < frames;) {
         const int count = int(std::min<long>(most, frames - done));
         std::copy_n(inL + done, count, c.inL);
@@ -239,17 +247,26 @@ void CReverb::process(float* inL, float* inR, float* outL, float* outR, long fra
 }
 
 void CReverb::readLines(Chunk& c, int count) {
-    for (int i = 0; i < modCount; i++)
-        modLines[i].getTaps(count, &c.taps[0][i], &c.next[0][i], &c.fraction[0][i], lines);
+    double phases[modCount][chunk], phase[modCount], step[modCount];
+    for (int i = 0; i < modCount; i++) {
+        phase[i] = modLines[i].phase;
+        step[i] = modLines[i].incr;
+    }
+    // In step, since each addition to a phase waits for the one before.
+    for (int k = 0; k < count; k++)
+        for (int i = 0; i < modCount; i++) {
+            phases[i][k] = phase[i];
+            phase[i] += step[i];
+        }
+    for (int i = 0; i < modCount; i++) {
+        modLines[i].getTaps(phases[i], count, c.y[i], c.next[i], c.fraction[i]);
+        modLines[i].movePhase(phase[i]);
+    }
     for (int i = 0; i < plainLineCount; i++) {
         MDelayLine& line = plainLines[i];
-        float samples[chunk];
-        line.copyFrom(line.read, count, samples);
+        line.copyFrom(line.read, count, c.y[modCount + i]);
         line.read = (line.read + count) % line.size;
-        for (int k = 0; k < count; k++) c.taps[k][modCount + i] = samples[k];
     }
-    for (int k = 0; k < count; k++)
-        for (int i = modCount; i < lines; i++) c.next[k][i] = c.fraction[k][i] = 0.0f;
 }
 
 void CReverb::filterLines(Chunk& c, int count) {
@@ -262,16 +279,15 @@ void CReverb::filterLines(Chunk& c, int count) {
     }
     Network network{};
     for (int g = 0; g < groups; g++) {
-        const std::ptrdiff_t line = std::ptrdiff_t(g) * 4;
-        network.last[g] = loadFloats(last + line);
+        const std::ptrdiff_t line = std::ptrdiff_t(g) * four;
+        if (g < sweptGroups) network.last[g] = loadFloats(last + line);
         network.filtered[g] = loadFloats(y + line);
         network.a[g] = loadFloats(a + line);
         network.b[g] = loadFloats(b + line);
     }
-    runNetwork(network, c.taps, c.next, c.fraction, count);
-    for (int i = 0; i < modCount; i++) modLines[i].last = network.last[i / 4][i % 4];
-    for (int i = 0; i < lines; i++) filters[i].y = network.filtered[i / 4][i % 4];
-    turn(c.taps, count, c.y);
+    runNetwork(network, c.y, c.next, c.fraction, count);
+    for (int i = 0; i < modCount; i++) modLines[i].last = network.last[i / four][i % four];
+    for (int i = 0; i < lines; i++) filters[i].y = network.filtered[i / four][i % four];
 }
 
 void CReverb::writeLines(Chunk& c, int count) {

@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr double farPhase = 1 << 14; // cycles, before the table index leaves 32 bits
-
 SONDRAVA_CLONES void tableIndices(const double* phases, int count, int* __restrict index) {
     for (int i = 0; i < count; i++) index[i] = int(phases[i] * waveTableSize) & (waveTableSize - 1);
 }
@@ -80,40 +78,42 @@ void MModDelayLine::resize() {
     curPos = float(pos < 0 ? pos + size : pos);
 }
 
-void MSVRAP1ModDelayLine::getTaps(int count, float* taps, float* next, float* fractions,
-                                  int stride) {
+void MSVRAP1ModDelayLine::getTaps(const double* phases, int count, float* taps, float* next,
+                                  float* fractions) {
     int frame[maxTaps];
-    float fraction[maxTaps], window[2 * maxTaps];
-    double phases[maxTaps];
+    float window[2 * maxTaps];
     while (count > 0) {
         const int n = std::min({count, maxTaps, size - int(curPos)});
-        phase = lfoPlaces(phase, incr, n, phases);
-        if (phase >= farPhase) phase -= farPhase;
         tableIndices(phases, n, frame);
-        lookUp(frame, n, fraction);
-        splitPlaces(curPos, float(modDepth), n, frame, fraction);
+        lookUp(frame, n, fractions);
+        splitPlaces(curPos, float(modDepth), n, frame, fractions);
         const int first = int(curPos) - modDepth - 1, span = n + 2 * modDepth + 3;
         copyFrom(first, span, window);
         for (int i = 0; i < n; i++) {
             const float* at = window + (frame[i] - first);
-            *taps = at[0];
-            *next = at[1];
-            *fractions = fraction[i];
-            taps += stride;
-            next += stride;
-            fractions += stride;
+            taps[i] = at[0];
+            next[i] = at[1];
         }
         curPos += float(n);
         if (int(curPos) >= size) curPos -= float(size);
+        phases += n;
+        taps += n;
+        next += n;
+        fractions += n;
         count -= n;
     }
 }
 
 float MSVRAP1ModDelayLine::GetCurValue() {
     float tap, next, fraction;
-    getTaps(1, &tap, &next, &fraction, 1);
+    getTaps(&phase, 1, &tap, &next, &fraction);
+    movePhase(phase + incr);
     last = (next - last) * fraction + tap;
     return last;
+}
+
+void MSVRAP1ModDelayLine::movePhase(double cycles) {
+    phase = cycles >= farPhase ? cycles - farPhase : cycles;
 }
 
 void MSVRAP1ModDelayLine::Suspend() {

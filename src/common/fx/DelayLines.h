@@ -70,15 +70,18 @@ public:
     double incr = 0.0;  ///< cycles a sample
     float last = 0.0f;  ///< state of the all-pass
 
-    static constexpr int maxTaps = 64; ///< looked up at a time
+    static constexpr int maxTaps = 64;          ///< looked up at a time
+    static constexpr double farPhase = 1 << 14; ///< cycles; here `phase` starts anew
+
+    void movePhase(double cycles); ///< to 0 or more
 
     /// The next sample at the moving place. What it reads must have been written, so the delay
     /// must exceed `modDepth` by 2 samples, and in `getTaps` by `count` more.
     float GetCurValue();
-    /// What the next `count` samples interpolate between, each `stride` floats behind the one
-    /// before. The all-pass is left to the caller, who may run several lines in step:
+    /// What the next `count` samples interpolate between, at these phases. To move `phase` and to
+    /// run the all-pass is left to the caller, who may have several lines in step:
     ///     last = (next - last) * fraction + tap
-    void getTaps(int count, float* taps, float* next, float* fractions, int stride);
+    void getTaps(const double* phases, int count, float* taps, float* next, float* fractions);
     void Suspend() override;
 };
 
