@@ -1,5 +1,6 @@
 #include "instruments/SamplerContent.h"
 
+#include "base/BlockView.h"
 #include "base/CStream.h"
 #include "base/Numbers.h"
 #include "common/fx/CChorus.h"
@@ -7,7 +8,6 @@
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
 #include "engine/CQV.h"
-#include "base/BlockView.h"
 #include "instruments/COSCSound.h"
 #include "instruments/CSampleClip.h"
 #include "instruments/CSynthProg.h"
@@ -206,7 +206,7 @@ void SamplerContent::read(CStream* stream, int64_t end) {
     BlockView view(stream, std::min(end, stream->getSize()));
     CStr name;
     int size = 0;
-    while (readBlockHead(view, name, size)) {
+    while (!ended && readBlockHead(view, name, size)) {
         const int64_t next = view.getPos() + size;
         BlockView body(stream, next);
         if (!readBlock(name, body) && badBlock.empty()) {
@@ -292,24 +292,31 @@ bool SamplerContent::readSound(CStream& body) {
     constexpr int shortest = 132; ///< bytes of a sound without name and generator
     sound = nullptr;
     if (body.left() < shortest || soundCount >= mostSounds) return false;
-    if (!prog && !openProg()) return false;
-    openLayer();
-    const int kind = body.readByte();
-    std::unique_ptr<CSound> made;
-    if (kind == typeWavSound) made = std::make_unique<CWavSound>(layer, host);
-    if (kind == typeOscSound) made = std::make_unique<COSCSound>(layer, host);
+    std::unique_ptr<CSound> made = newSound(body.readByte());
     if (!made) return false;
     const CStr name = body.readStr();
     readStrip(body, *made);
-    if (kind == typeOscSound)
+    if (made->type == typeOscSound)
         readOperators(body, static_cast<COSCSound&>(*made));
     else if (!readClipRefs(body, made.get()))
         return false;
     made->id = name;
     sound = made.release();
-    layer->addSound(sound);
+    keepSound(sound);
     soundCount++;
     return true;
+}
+
+std::unique_ptr<CSound> SamplerContent::newSound(int kind) {
+    if (!prog && !openProg()) return nullptr;
+    openLayer();
+    if (kind == typeWavSound) return std::make_unique<CWavSound>(layer, host);
+    if (kind == typeOscSound) return std::make_unique<COSCSound>(layer, host);
+    return nullptr;
+}
+
+void SamplerContent::keepSound(CSound* made) {
+    layer->addSound(made);
 }
 
 bool SamplerContent::readClipRefs(CStream& body, CSound* into) {

@@ -4,6 +4,7 @@
 #include "base/CStr.h"
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 class CLayer;
@@ -15,6 +16,9 @@ class CStream;
 class CSynthProg;
 
 constexpr int sampleOptionBytes = 32;
+
+/// The most that one file may hold, against files made of heads only.
+constexpr int mostProgs = 1024, mostSounds = 32768;
 
 /// What a stream of blocks holds, complete and linked nowhere. Owns it until it is taken.
 ///
@@ -32,7 +36,7 @@ public:
     int badSize = 0;
 
     SamplerContent(CQV* root, CSampler* sampler) : host(root), owner(sampler) {}
-    ~SamplerContent();
+    virtual ~SamplerContent();
     SamplerContent(const SamplerContent&) = delete;
     SamplerContent& operator=(const SamplerContent&) = delete;
 
@@ -40,10 +44,18 @@ public:
     /// fit, ends it.
     void read(CStream* stream, int64_t end);
 
-private:
-    static constexpr int mostProgs = 1024, mostSounds = 8192; ///< against files made of heads only
-
+protected:
     CQV* host;
+    bool ended = false; ///< nothing more is to be read
+
+    /// False when the block is damaged. Unknown ones are skipped.
+    virtual bool readBlock(const CStr& name, CStream& body);
+    /// A sound of a kind told by a file, or null when it can't be.
+    virtual std::unique_ptr<CSound> newSound(int kind);
+    /// Takes a sound that was read, owned from now on.
+    virtual void keepSound(CSound* made);
+
+private:
     CSampler* owner;
     CSynthProg* prog = nullptr; ///< being read
     CLayer* layer = nullptr;
@@ -51,7 +63,6 @@ private:
     int soundCount = 0;
     std::vector<CSampleClip*> clipByIndex; ///< null for those refused
 
-    bool readBlock(const CStr& name, CStream& body);
     void readHeadBlock(const CStr& name, CStream& body);
     bool openProg();
     void openLayer();
