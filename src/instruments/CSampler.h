@@ -85,6 +85,10 @@ public:
     /// first of them current.
     void openFromStream(CStream* stream);
     void openBank(const CStr& path);
+    /// Adds the presets of a SoundFont as programs, by `undo` if there is one. False after a
+    /// message: the file cannot be read, or has more sounds than a sampler takes, which are left
+    /// out.
+    bool openSF2(const CStr& path, CUndo* undo);
 
     /// Keys of the on-screen piano, 128 counts each: those let go, then those pressed. Interface
     /// thread; keys that find the queue full are lost.
