@@ -1,0 +1,152 @@
+#include "instruments/DrumKit.h"
+
+#include "base/CStream.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/CUndo.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CLayer.h"
+#include "instruments/CREX2.h"
+#include "instruments/CSampleClip.h"
+#include "instruments/DrumSynthesis.h"
+#include "instruments/SamplerFiles.h"
+
+#include <cmath>
+#include <cstdlib>
+
+namespace {
+
+constexpr int resourceRate = 44100;
+constexpr int hatGroup = 1;
+
+struct Resource {
+    const char* name;
+    std::vector<float> (*synthesize)();
+};
+
+const Resource resources[] = {
+    {"kick.wav", synthesizeKick},           {"snare.wav", synthesizeSnare},
+    {"clap.wav", synthesizeClap},           {"hat-open.wav", synthesizeHatOpen},
+    {"hat-close.wav", synthesizeHatClosed},
+};
+
+/// A new item enters a list, at once or by the step.
+template <class Enter>
+void enter(CObject* object, CList& to, CUndo* undo, Enter&& atOnce) {
+    if (undo)
+        undo->asAdd(object, &to);
+    else
+        atOnce();
+}
+
+} // namespace
+
+void loadResource(CSample* sample, int resource) {
+    if (resource < 0 || resource >= int(std::size(resources))) return;
+    const std::vector<float> values = resources[resource].synthesize();
+    auto* data = static_cast<short*>(std::malloc(values.size() * sizeof(short)));
+    if (!data) return;
+    for (size_t i = 0; i < values.size(); i++)
+        data[i] = short(std::lround(fLimit(values[i], -1.0f, 1.0f) * 32767.0f));
+    sample->filename = resources[resource].name;
+    sample->setFormat(resourceRate, 16, 1);
+    sample->takeData(reinterpret_cast<unsigned char*>(data), int(values.size()));
+}
+
+void getKick(CSample* sample) {
+    loadResource(sample, drumKick);
+}
+void getSnare(CSample* sample) {
+    loadResource(sample, drumSnare);
+}
+void getClap(CSample* sample) {
+    loadResource(sample, drumClap);
+}
+void getHatOpen(CSample* sample) {
+    loadResource(sample, drumHatOpen);
+}
+void getHatClosed(CSample* sample) {
+    loadResource(sample, drumHatClosed);
+}
+
+DrumKit::DrumKit(CQV* root, CLayer* target, CComp* strips)
+    : SamplerContent(root, nullptr), layer(target), comp(strips) {
+}
+
+DrumKit::~DrumKit() {
+    deleteAll<CDrumSound>(sounds);
+}
+
+CSound* DrumKit::addClip(CSampleClip* clip) {
+    clip->playAll();
+    clip->peakfile();
+    clips.add(clip);
+    auto* made = new CDrumSound(layer, host, comp);
+    made->addSample(clip);
+    sounds.add(made);
+    return made;
+}
+
+void DrumKit::addStandard() {
+    for (const int resource : {drumKick, drumSnare, drumClap, drumHatClosed, drumHatOpen}) {
+        auto* clip = new CSampleClip;
+        loadResource(clip, resource);
+        CSound* made = addClip(clip);
+        if (resource == drumHatClosed || resource == drumHatOpen) made->group = hatGroup;
+    }
+}
+
+void DrumKit::addSlices(CREX2& loop) {
+    for (int i = 0; i < loop.getNumSlices(); i++) {
+        CSampleClip* clip = loop.getSlice(i) ? loop.render(i) : nullptr;
+        if (!clip) continue;
+        clip->filename = CStr("slice ") + asStr(i);
+        addClip(clip);
+    }
+}
+
+int DrumKit::height() const {
+    int pixels = 0;
+    for (const CDrumSound* s : each<CDrumSound>(sounds)) pixels += s->getHeight();
+    return pixels;
+}
+
+void DrumKit::take(CList& drumClips, CUndo* undo) {
+    while (auto* clip = static_cast<CSampleClip*>(clips.getFirst())) {
+        clips.del(0);
+        enter(clip, drumClips, undo, [&] { drumClips.add(clip); });
+    }
+    while (auto* drum = static_cast<CDrumSound*>(sounds.getFirst())) {
+        sounds.del(0);
+        enter(drum, layer->sounds, undo, [&] { layer->addSound(drum); });
+    }
+}
+
+bool DrumKit::readBlock(const CStr& block, CStream& body) {
+    if (block == "filetype") ended = true;
+    if (block == "progid") name = body.readStr();
+    const bool wanted = block == "smp" || block == "sound" || block == "soundmod";
+    return !wanted || SamplerContent::readBlock(block, body);
+}
+
+std::unique_ptr<CSound> DrumKit::newSound(int kind) {
+    if (kind != typeWavSound) return nullptr;
+    return std::make_unique<CDrumSound>(layer, host, comp);
+}
+
+void DrumKit::keepSound(CSound* made) {
+    made->reserved = 1;
+    sounds.add(made);
+}
+
+void writeDrumKit(CStream* stream, const CStr& name, const CLayer& layer) {
+    CList used;
+    for (const CDrumSound* s : each<CDrumSound>(layer.sounds))
+        if (s->clipCount > 0) used.addUnique(s->clips[0]);
+    for (auto* clip : each<CSampleClip>(used)) writeClip(stream, clip);
+    stream->writeId("prog", 0);
+    stream->writeId("progid", name.length() + int(sizeof(int)));
+    stream->writeStr(name);
+    stream->writeId("layer", 0);
+    for (CSound* s : each<CSound>(layer.sounds)) writeSound(stream, s, used);
+}
