@@ -1,31 +1,10 @@
 #include "engine/CMixer.h"
 
-#include "base/CStream.h"
+#include "base/BlockView.h"
 
 namespace {
 
 constexpr int intBytes = 4;
-
-/// A string that lies whole in front of stream position `end`; empty when it does not.
-CStr readStrWithin(CStream* stream, int end) {
-    const int64_t left = int64_t(end) - stream->getPos() - intBytes;
-    if (left < 0) return "";
-    const int length = stream->readInt();
-    if (length < 0 || length > left) return "";
-    stream->seek(-intBytes, seekCurrent);
-    return stream->readStr();
-}
-
-/// Reads the head of the next item; false at the end of the block, and for an item that is empty or
-/// does not fit in.
-bool nextItem(CStream* stream, int end, CStr& name, int& itemEnd) {
-    name = readStrWithin(stream, end);
-    if (name.empty() || int64_t(end) - stream->getPos() < intBytes) return false;
-    const int size = stream->readInt();
-    if (size < 1 || size > int64_t(end) - stream->getPos()) return false;
-    itemEnd = stream->getPos() + size;
-    return true;
-}
 
 } // namespace
 
@@ -60,27 +39,33 @@ CMixProg* CMixer::getProg(int index) {
 
 void CMixer::read(CStream* stream, int end) {
     clear();
+    BlockView block(stream, std::min<int64_t>(end, stream->getSize()));
     CStr name;
-    int itemEnd = 0;
-    while (nextItem(stream, end, name, itemEnd)) {
-        readItem(stream, name, itemEnd);
-        stream->seek(itemEnd, seekStart);
+    int size = 0;
+    while (readBlockHead(block, name, size) && size > 0) {
+        const int64_t next = stream->getPos() + size;
+        BlockView item(stream, next);
+        readItem(item, name);
+        stream->seek(next, seekStart);
     }
     stream->seek(end, seekStart);
+    curProg = std::clamp(int(curProg), 0, std::max(progs.getCount() - 1, 0));
     update(updateProgram);
 }
 
-void CMixer::readItem(CStream* stream, const CStr& name, int itemEnd) {
+void CMixer::readItem(BlockView& item, const CStr& name) {
+    if (!item.has(intBytes)) return;
     if (name == "prog") {
         auto* prog = new CMixProg;
-        prog->id = readStrWithin(stream, itemEnd);
+        prog->id = item.readStr();
         progs.add(prog);
-        return;
+    } else if (name == "sh") {
+        if (auto* prog = static_cast<CMixProg*>(progs.last())) prog->sh = item.readInt();
+    } else if (name == "mxv") {
+        mxv = item.readInt();
+    } else if (name == "progi") {
+        curProg = item.readInt();
     }
-    if (itemEnd - stream->getPos() < intBytes) return;
-    if (name == "mxv") mxv = stream->readInt();
-    if (name == "progi") curProg = stream->readInt();
-    if (name == "sh" && progs.getCount() > 0) getProg(progs.getCount() - 1)->sh = stream->readInt();
 }
 
 void CMixer::write(CStream* stream) {

@@ -2,6 +2,8 @@
 
 #include "engine/CComp.h"
 
+class BlockView;
+
 /// A choice of the sections that the mixer shows.
 class CMixProg : public CProgram {
 public:
@@ -21,11 +23,12 @@ public:
 
     void init() override;
     void clear() override;
+    /// Up to the first item that is empty or does not fit.
     void read(CStream* stream, int end) override;
     void write(CStream* stream) override;
     /// -1 means the current one; null outside the list.
     CMixProg* getProg(int index);
 
 private:
-    void readItem(CStream* stream, const CStr& name, int itemEnd);
+    void readItem(BlockView& item, const CStr& name);
 };

@@ -1,6 +1,4 @@
 #include "StripFixture.h"
-#include "base/CStream.h"
-#include "engine/CMixer.h"
 
 #include <gtest/gtest.h>
 
@@ -167,32 +165,6 @@ TEST_F(CableGraph, FilesNameAComponentByListAndPlace) {
     EXPECT_EQ(intToList(f.host, 1), &f.host->comps);
     EXPECT_EQ(intToList(f.host, 2), &f.host->sends);
     EXPECT_EQ(intToList(f.host, 3), nullptr);
-}
-
-TEST(CMixer, BlockComesBackAndADamagedOneEndsThere) {
-    StripFixture f;
-    CMixer mixer(f.host), other(f.host);
-    mixer.init();
-    mixer.getProg(0)->sh = 5;
-    mixer.progs.add(new CMixProg);
-    mixer.getProg(1)->id = "Drums";
-    mixer.curProg = 1;
-    mixer.mxv = 3;
-    CMemoryStream stream;
-    mixer.write(&stream);
-    const int size = stream.size;
-    for (int cut = 0; cut <= size; ++cut) {
-        stream.seek(0, seekStart);
-        other.init();
-        other.read(&stream, cut);
-        EXPECT_EQ(stream.getPos(), cut);
-        EXPECT_LE(other.progs.getCount(), 2);
-    }
-    ASSERT_EQ(other.progs.getCount(), 2);
-    EXPECT_EQ(other.getProg(0)->sh, 5);
-    EXPECT_STREQ(other.getProg(-1)->id.asChar(), "Drums");
-    EXPECT_EQ(other.mxv, 3);
-    EXPECT_STREQ(CMixProg().id.asChar(), "program");
 }
 
 } // namespace

@@ -40,7 +40,7 @@ void EditScenario::edit() {
 CComp* EditScenario::anyComp(bool device) {
     std::vector<CComp*> found;
     for (auto* c : each<CComp>(host->comps))
-        if (isSignal(c) || (device && c->type == compAudioOut)) found.push_back(c);
+        if (isSignal(c) || (device && c == out)) found.push_back(c);
     return found.empty() ? nullptr : found[size_t(below(int(found.size())))];
 }
 
@@ -54,7 +54,6 @@ void EditScenario::record(CUndo* u, CComp* c, CList* list) {
     c->init();
     c->createBuffers(host->frames);
     u->asAdd(c, list, below(list->getCount() + 2) - 1);
-    CComp* out = host->getAudioOut();
     if (below(4)) u->asAdd(createAudioCable(out, c->output(), nullptr), &out->audioCables);
 }
 
@@ -100,7 +99,7 @@ void EditScenario::addSend(CUndo* u) {
 
 void EditScenario::removeSend(CUndo* u) {
     auto* bus = static_cast<CComp*>(host->sends.items(below(host->sends.getCount())));
-    if (!bus) return;
+    if (!bus || bus == foreignBus) return;
     host->stripCables(bus, u);
     u->asRemove(bus, &host->sends);
 }
@@ -143,9 +142,12 @@ void EditScenario::changeValues(CUndo* u) {
     ch->comp->enabled = below(2);
     u->asFloat(ch->vol.address());
     ch->vol = float(below(100)) / 100;
-    CSend* send = ch->sendLevels[below(mostSends)];
-    u->asFloat(send->level.address());
-    send->level = float(below(100)) / 100;
+    const int bus = below(mostSends);
+    if (!foreignBus || host->sends.items(bus) != foreignBus) {
+        CSend* send = ch->sendLevels[bus];
+        u->asFloat(send->level.address());
+        send->level = float(below(100)) / 100;
+    }
     u->asPtr(&pointer);
     pointer = ch;
 }

@@ -15,11 +15,13 @@ public:
     }
 };
 
-/// Makes random edits of every kind, each as one step of undo, and tells the graph as text.
+/// Makes random edits of every kind, each as one step of undo, and tells the graph as text. They
+/// are about the components that it adds itself, and the audio out that comes first.
 class EditScenario {
 public:
-    EditScenario(CQV* root, unsigned seed) : host(root), random(seed) {}
+    EditScenario(CQV* root, unsigned seed) : host(root), out(root->getAudioOut()), random(seed) {}
 
+    CGroupCh* foreignBus = nullptr; ///< is moved, but neither fed nor removed
     Content content;
     void* pointer = nullptr; ///< a field that steps exchange
 
@@ -51,6 +53,7 @@ private:
     void record(CUndo* u, CComp* c, CList* list);
 
     CQV* host;
+    CComp* out;
     std::mt19937 random;
     int serial = 0;
 };
