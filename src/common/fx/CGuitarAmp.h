@@ -68,6 +68,10 @@ private:
     void set(int amp, int index, float v) { Overloud_setparameter(amps[amp], index, v); }
     float get(int amp, int index) const { return Overloud_getparameter(amps[amp], index); }
 
-    int playing = ampClean; ///< the channel that the last frame came from
-    int fadeLeft = 0;       ///< frames until `playing` has given way to `channel`
+    void changeChannel(int to);
+    int fadeFrames() const;
+    void fade(const float** in, float** out, int frames);
+
+    int playing = -1, leaving = -1; ///< the channel heard, and the one that it takes over from
+    int fadeLeft = 0;               ///< frames until it has
 };
