@@ -1,8 +1,10 @@
 #include "engine/COutputChannel.h"
 
 #include "base/Numbers.h"
+#include "common/fx/CEQ.h"
 #include "engine/CComp.h"
 #include "engine/CQV.h"
+#include "engine/Cycle.h"
 #include "engine/Mixing.h"
 
 #include <algorithm>
@@ -13,10 +15,14 @@ Shared<int> framesInMs{44};
 
 namespace {
 
-enum Param : int { paramVol = 0, paramPan = 1, paramMute = 2, paramSolo = 19, paramCount = 19 };
-constexpr int paramsPerBand = 4;
 constexpr float meterFall = 0.05f;
-constexpr double panSteps = 64;
+
+/// The bands of a new strip.
+constexpr struct {
+    int form;
+    float hz;
+} newBands[eqBandCount] = {
+    {eqHighShelf, 10000.0f}, {eqPeaking, 2000.0f}, {eqPeaking, 800.0f}, {eqLowShelf, 100.0f}};
 
 int rampFrames() {
     return std::max(int(framesInMs) * rampMs, 1);
@@ -68,20 +74,6 @@ void copyStereo(float* toL, float* toR, const COutputChannel* from, int frames) 
     std::memcpy(toR, from->bufR, size_t(frames) * sizeof(float));
 }
 
-const char* onOff(bool on) {
-    return on ? "on" : "off";
-}
-
-CStr panText(float pan) {
-    if (pan == 0.0f) return "<C>";
-    return CStr(pan < 0.0f ? "L" : "R") + asStr(asInt(std::fabs(double(pan)) * panSteps));
-}
-
-CStr volText(float vol) {
-    if (!(vol > 0.0f)) return "-inf";
-    return asStrFormat(20 * std::log10(double(vol) * double(vol)), "%0.2f dB");
-}
-
 } // namespace
 
 COutputChannel::COutputChannel(CComp* owner) {
@@ -89,6 +81,12 @@ COutputChannel::COutputChannel(CComp* owner) {
     type = channelOutput;
     comp = owner;
     for (CSend*& send : sendLevels) send = new CSend(owner, this);
+    for (int k = 0; k < eqBandCount; ++k) {
+        eq[k] = new CEQ(newBands[k].form);
+        eq[k]->active = 0;
+        eq[k]->setFrequency(newBands[k].hz);
+        if (owner) eq[k]->setRate(owner->host->rate);
+    }
     setVol(vol, false);
     setPan(pan, false);
 }
@@ -99,6 +97,7 @@ COutputChannel::~COutputChannel() {
         delete insert;
     }
     for (CSend* send : sendLevels) delete send;
+    for (CEQ* band : eq) delete band;
     destroyStereo(bufL, bufR);
 }
 
@@ -118,6 +117,7 @@ void COutputChannel::setFrames(int frames) {
 }
 
 void COutputChannel::setRate(double rate) {
+    for (CEQ* band : eq) band->setRate(float(rate));
     for (auto* insert : each<CComp>(inserts)) insert->setRate(rate);
 }
 
@@ -162,78 +162,6 @@ void COutputChannel::advanceRamps(int frames) {
     }
 }
 
-int COutputChannel::numParams() const {
-    return paramCount;
-}
-
-float COutputChannel::param(int index) const {
-    switch (index) {
-    case paramVol:
-        return vol;
-    case paramPan:
-        return pan * 0.5f + 0.5f;
-    case paramMute:
-        return mute ? 1.0f : 0.0f;
-    case paramSolo:
-        return solo ? 1.0f : 0.0f;
-    default:
-        return 0.0f;
-    }
-}
-
-void COutputChannel::setParam(int index, float value) {
-    switch (index) {
-    case paramVol:
-        vol = fLimit(value, 0.0f, 1.0f);
-        break;
-    case paramPan:
-        pan = fLimit(value * 2.0f - 1.0f, -1.0f, 1.0f);
-        break;
-    case paramMute:
-        mute = value >= 0.5f;
-        break;
-    case paramSolo:
-        solo = value >= 0.5f;
-        break;
-    default:
-        break;
-    }
-}
-
-CStr COutputChannel::paramName(int index) {
-    static const char* const bandParams[paramsPerBand] = {" power", " gain", " freq", " Q"};
-    switch (index) {
-    case paramVol:
-        return "Volume";
-    case paramPan:
-        return "Pan";
-    case paramMute:
-        return "Mute";
-    case paramSolo:
-        return "Solo";
-    default:
-        break;
-    }
-    const int i = index - paramMute - 1;
-    if (i < 0 || index >= paramCount) return "";
-    return CStr("EQ") + asStr(i / paramsPerBand + 1) + bandParams[i % paramsPerBand];
-}
-
-CStr COutputChannel::paramText(int index) const {
-    switch (index) {
-    case paramVol:
-        return volText(vol);
-    case paramPan:
-        return panText(pan);
-    case paramMute:
-        return onOff(mute);
-    case paramSolo:
-        return onOff(solo);
-    default:
-        return "";
-    }
-}
-
 void COutputChannel::moveFader(float value) {
     vol = fLimit(value, 0.0f, 1.0f);
     showFader = 1;
@@ -255,6 +183,39 @@ void COutputChannel::toggleSolo() {
     comp->host->setModified();
 }
 
+void COutputChannel::setEqPower(int band, bool on) {
+    eq[band]->active = on;
+    setEQChanged();
+}
+
+void COutputChannel::setEqFrequency(int band, float hz) {
+    eq[band]->setFrequency(hz);
+    setEQChanged();
+}
+
+void COutputChannel::setEqGain(int band, float db) {
+    eq[band]->setGain(db);
+    setEQChanged();
+}
+
+void COutputChannel::setEqQ(int band, float q) {
+    eq[band]->setQ(q);
+    setEQChanged();
+}
+
+void COutputChannel::setEqType(int band, int form) {
+    eq[band]->setFilterType(form);
+    setEQChanged();
+}
+
+void COutputChannel::setEQChanged() {
+    // The clock is a call of the system, so a block leaves it to the next idle pass.
+    if (insideCallback())
+        eqChanged = 1;
+    else
+        eqChangeTime = asTimeInMS();
+}
+
 void COutputChannel::processFX(CMIDIBytes* events, int frames) {
     const float exponent = fLimit(trim, -1.0f, 1.0f);
     if (exponent != 0.0f) {
@@ -262,9 +223,18 @@ void COutputChannel::processFX(CMIDIBytes* events, int frames) {
         scale(bufL, frames, factor);
         scale(bufR, frames, factor);
     }
+    equalise(frames);
     COutputChannel* src = this;
     for (auto* insert : each<CComp>(inserts)) runInsert(insert, src, events, frames);
     if (src != this) copyStereo(bufL, bufR, src, frames);
+}
+
+void COutputChannel::equalise(int frames) {
+    EqBand* bands[eqBandCount];
+    int count = 0;
+    for (CEQ* band : eq)
+        if (band->active == 1) bands[count++] = band->ready();
+    if (count > 0) runBands(bands, count, bufL, bufR, frames);
 }
 
 void COutputChannel::runInsert(CComp* insert, COutputChannel*& src, CMIDIBytes* events,
@@ -296,6 +266,7 @@ void COutputChannel::peakFadeout() {
 
 void COutputChannel::copy(COutputChannel* src) {
     for (int i = 0; i < src->numParams(); ++i) setParam(i, src->param(i));
+    for (int k = 0; k < eqBandCount; ++k) setEqType(k, src->eq[k]->filterType);
     trim = float(src->trim);
     copyInserts(src);
     const int buses = std::min(comp->host->sends.getCount(), maxSends);
@@ -331,5 +302,6 @@ void COutputChannel::copyInserts(COutputChannel* src) {
 }
 
 void COutputChannel::idle() {
+    if (eqChanged && eqChanged.exchange(0)) eqChangeTime = asTimeInMS();
     for (auto* insert : each<CComp>(inserts)) insert->idle();
 }

@@ -6,9 +6,11 @@
 #include "engine/CSend.h"
 
 struct CMIDIBytes;
+class CEQ;
 class CQV;
 
 constexpr int maxSends = 32;
+constexpr int eqBandCount = 4;
 
 /// Length of a strip's ramps in milliseconds.
 constexpr int rampMs = 3;
@@ -16,8 +18,9 @@ constexpr int rampMs = 3;
 /// Round(rate * 0.001) of the running rate, at least 1; set by `CQV::setRate`.
 extern Shared<int> framesInMs;
 
-/// An audio output with its whole mixer strip: trim, inserts, fader, pan, mute, solo, meters and
-/// send levels. Fields in atomics are the user's; the ramps belong to whoever runs the graph.
+/// An audio output with its whole mixer strip: trim, equaliser, inserts, fader, pan, mute,
+/// solo, meters and send levels. Fields in atomics are the user's; the ramps belong to whoever runs
+/// the graph.
 class COutputChannel : public CIO {
 public:
     explicit COutputChannel(CComp* owner);
@@ -45,6 +48,10 @@ public:
     int sections[4] = {-1, -1, -1, -1}; ///< which sections the mixer shows
     CSend* sendLevels[maxSends] = {};   ///< owned, one per possible bus
     CList inserts;                      ///< of CComp, owned
+    CEQ* eq[eqBandCount] = {};          ///< owned; bands that are `active` run, in this order
+    int eqState = 0;
+    Shared<int> eqChangeTime{0}; ///< asTimeInMS of the latest change of the equaliser
+    int eqPage = 6;
     unsigned delayRound = 0; ///< the working-out of latency that `delaySum` is of; graph holder
     int delaySum = 0;        ///< latency up to here, in frames
     CPDC pdc;                ///< of the send tap
@@ -72,6 +79,15 @@ public:
     void toggleMute();
     void toggleSolo();
 
+    // A band of the equaliser, 0 to 3. Any thread; values are clamped as by `CEQ`.
+    void setEqPower(int band, bool on);
+    void setEqFrequency(int band, float hz);
+    void setEqGain(int band, float db);
+    void setEqQ(int band, float q);
+    void setEqType(int band, int form);
+    /// To be called after any change of a band, for `eqChangeTime`. Any thread.
+    void setEQChanged();
+
     /// 19: index 19, solo, answers to the other calls too, but a copy by parameters leaves it out.
     int numParams() const;
     float param(int index) const;
@@ -80,18 +96,23 @@ public:
     static CStr paramName(int index);
     CStr paramText(int index) const;
 
-    /// Trim and inserts in place, before fader and pan. `events` are those of the component.
+    /// Trim, equaliser and inserts in place, before fader and pan. `events` are those of the
+    /// component.
     void processFX(CMIDIBytes* events, int frames);
     void udpatePeaks(int frames);
     /// 0.05 off both meters. Interface thread.
     void peakFadeout();
-    /// Parameters (but solo), trim, inserts as copies, levels of the buses there are.
+    /// Parameters (but solo), forms of the bands, trim, inserts as copies, levels of the buses
+    /// there are.
     void copy(COutputChannel* src);
     /// As `copy`, and width, solo and all 32 send levels.
     void copySettings(COutputChannel* src);
     void idle();
 
 private:
+    Shared<int> eqChanged{0}; ///< in a block: the time is still to be taken
+
+    void equalise(int frames);
     void runInsert(CComp* insert, COutputChannel*& src, CMIDIBytes* events, int frames);
     void copyInserts(COutputChannel* src);
     void copySend(const COutputChannel* src, int index);

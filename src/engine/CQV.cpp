@@ -5,6 +5,7 @@
 #include "base/GraphMark.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
+#include "common/fx/CDFT.h"
 #include "engine/CAAM.h"
 #include "engine/CClick.h"
 #include "engine/CFileMapperBase.h"
@@ -13,6 +14,7 @@
 #include "engine/CUndo.h"
 #include "engine/DeviceComps.h"
 #include "engine/EditorHooks.h"
+#include "engine/SpectrumTap.h"
 #include "engine/TransportRing.h"
 #include "engine/Workers.h"
 
@@ -34,6 +36,9 @@ CQV::CQV() : CComp(this), UndoHost(this) {
     id = "sondrava";
     tasks = new CTasks(this);
     transport = new TransportRing;
+    spectrum = new SpectrumTap;
+    spectrum->setFrames(frames);
+    dft = new CDFT;
     click = new CClick(this);
     inQueue = new CMIDIQ(nullptr);
     createScratch();
@@ -61,6 +66,8 @@ CQV::~CQV() {
     delete inQueue;
     delete renderCallback;
     delete transport;
+    delete spectrum;
+    delete dft;
 }
 
 void CQV::createScratch() {
@@ -135,6 +142,7 @@ void CQV::setFrames(int n) {
     const GraphHold hold(this);
     frames = n;
     createScratch();
+    spectrum->setFrames(n);
     CComp::setFrames(n);
     for (CComp* c : each<CComp>(comps)) c->setFrames(n);
     for (CComp* c : each<CComp>(sends)) c->setFrames(n);
@@ -178,6 +186,7 @@ void CQV::idle() {
     midiActivity = std::max(midiActivity - activityFall, 0.0f);
     for (CComp* c : each<CComp>(comps)) c->afteridle();
     for (CComp* c : each<CComp>(sends)) c->afteridle();
+    if (spectrumOn) spectrum->transform(*dft);
     if (aam) aam->idle();
     tasks->exec(true);
     undoIdle();

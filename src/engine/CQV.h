@@ -9,6 +9,7 @@
 
 class CAAM;
 class CClick;
+class CDFT;
 class CDiskThread;
 class CFileMapperBase;
 class CPeakThread;
@@ -16,6 +17,7 @@ class COnChange;
 class CPreviewBase;
 class CStringList;
 class CThread;
+class SpectrumTap;
 class TransportRing;
 struct TransportCall;
 
@@ -49,8 +51,10 @@ public:
     float* tmpBuffers[4] = {}; ///< owned, `frames` each; graph holder
     int frames = 1024;
     Shared<float> rate{44100.0f}, invRate{1.0f / 44100.0f};
-    Shared<CComp*> masterSeq{nullptr}; ///< first sequencer; found in `prepare`
-    CAAM* aam = nullptr;               ///< not owned
+    Shared<CComp*> masterSeq{nullptr};   ///< first sequencer; found in `prepare`
+    CAAM* aam = nullptr;                 ///< not owned
+    Shared<unsigned char> spectrumOn{1}; ///< 1: what reaches the audio out goes into `dft`
+    CDFT* dft;                           ///< owned; interface thread
     Shared<int> ctrlStart{-1}, ctrlStop{-1}, ctrlRewind{-1}, ctrlRecord{-1}, ctrlTempo{-1};
     Shared<int> lastCC{0}, learned{0};
     CTasks* tasks; ///< owned
@@ -185,6 +189,7 @@ private:
     std::atomic<GraphOwner> owner{GraphOwner::free};
     Shared<bool> interfaceInsists{false}; ///< the next block leaves the graph to the interface
     TransportRing* transport;             ///< owned
+    SpectrumTap* spectrum;                ///< owned
     CDiskThread* diskThread;              ///< owned
     CPeakThread* peakThread;              ///< owned
 

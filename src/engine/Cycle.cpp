@@ -8,6 +8,7 @@
 #include "engine/CQV.h"
 #include "engine/DeviceComps.h"
 #include "engine/Mixing.h"
+#include "engine/SpectrumTap.h"
 #include "engine/TransportRing.h"
 
 #include "driver/libaam.h"
@@ -179,6 +180,7 @@ void CQV::runBlock(int n) {
     if (recording && !playing && click->countIn == 0 && sync == 0) startNow();
     handleMIDIIn();
     subProcess(n, 0);
+    if (spectrumOn) spectrum->leave(getAudioOut(), n);
     for (CComp* c : each<CComp>(comps))
         if (c->type == compSeq && !c->processed) c->process(n);
     tasks->exec(false);
