@@ -2,6 +2,7 @@
 
 #include "audiofiles/CSampleReader.h"
 
+class CElastiqueRender;
 class CSample;
 
 /// Most bytes of a file that one call may need, and the room that a caller gives for them: 16 bit
@@ -14,6 +15,14 @@ struct SampleSpan {
     double pos = 0.0;   ///< source frame of the first output frame
     double speed = 1.0; ///< source frames per output frame, above 0
     int reverse = 0;    ///< 1: mirrored, so that `pos` counts back from `start` + `end`
+    int start = 0, end = 0;
+};
+
+/// Which way frames are played through a stretcher.
+struct StretchSpan {
+    float stretch = 1.0f; ///< output frames per source frame
+    float pitch = 1.0f;   ///< factor of all frequencies
+    int reverse = 0;      ///< as in `SampleSpan`
     int start = 0, end = 0;
 };
 
@@ -31,6 +40,13 @@ int renderMemory(const CSample& sample, double pos, double speed, int count, flo
 /// `noticeBufferTooSmall`.
 bool render(const CSample& sample, const SampleSpan& span, int count, float* left, float* right,
             unsigned char* scratch, ReadMode mode = ReadMode::direct);
+
+/// `count` frames through `stretcher`, which the voice has since its start; without one, silence.
+/// `sourcePos` is the source frame that the stretcher takes next, and moves on; it runs ahead of
+/// what is heard. Else as `render`, but it needs the scratch for all samples.
+bool renderStretched(const CSample& sample, const StretchSpan& span, int& sourcePos,
+                     CElastiqueRender* stretcher, int count, float* left, float* right,
+                     unsigned char* scratch, ReadMode mode = ReadMode::direct);
 
 /// Brings in what `render` of these frames will ask of `CSample::reader`, and has the disk thread
 /// read on from there: when a voice starts. Graph holder.
