@@ -3,6 +3,7 @@
 #include "engine/CGroupCh.h"
 #include "engine/CompTypes.h"
 #include "engine/DeviceComps.h"
+#include "instruments/CArp.h"
 #include "instruments/CSampler.h"
 #include "sequencer/CSeq.h"
 
@@ -17,6 +18,7 @@ CComp* make(CQV* qv) {
 
 void enterCompTypes() {
     enterCompType(compSampler, make<CSampler>);
+    enterCompType(compArp, make<CArp>);
     enterCompType(compGroupCh, make<CGroupCh>);
     enterCompType(compMIDIIn, make<CMIDIIn>);
     enterCompType(compMIDIOut, make<CMIDIOut>);

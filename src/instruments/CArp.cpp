@@ -1,0 +1,173 @@
+#include "instruments/CArp.h"
+
+#include "base/CStream.h"
+#include "base/Numbers.h"
+#include "base/Random.h"
+#include "engine/CQV.h"
+#include "engine/CUndo.h"
+#include "instruments/ArpFiles.h"
+
+#include <algorithm>
+
+// What an arpeggiator is, apart from what it does in a block (ArpPlayback.cpp).
+
+namespace {
+
+/// Swaps the contents of two lists without allocation.
+void exchange(CList& a, CList& b) {
+    const int count = a.getCount();
+    while (void* p = b.getFirst()) a.move(&b, p, -1);
+    for (int i = 0; i < count; i++) b.move(&a, a.getFirst(), -1);
+}
+
+} // namespace
+
+CArp::CArp(CQV* root)
+    : CComp(root), noteOffs(std::make_unique<CMIDIQ>(this)),
+      noteOffsTmp(std::make_unique<CMIDIQ>(this)) {
+    id = "Arpeggiator";
+    type = compArp;
+}
+
+CArp::~CArp() = default;
+
+void CArp::init() {
+    inPorts.add(new CInputPort(this));
+    outPorts.add(new COutputPort(this));
+    progs.add(new CArpProg);
+}
+
+void CArp::enable(int on) {
+    CComp::enable(on);
+    if (!on) ask(requestClear);
+}
+
+void CArp::sleep(int on) {
+    CComp::sleep(on);
+    if (!on) return;
+    deleteAllVoices();
+    noteOffs->clear();
+    through.reset();
+}
+
+void CArp::perform(CUndoItem* item, int) {
+    if (!item->touches(&progs)) return;
+    deleteAllVoices();
+    if (item->held()) static_cast<CArpProg*>(item->object)->removeAllKeys();
+    curProg = asMinMax(curProg, 0, std::max(0, progs.getCount() - 1));
+    update(updateProgram);
+}
+
+CComp* CArp::copy() {
+    auto* twin = new CArp(host);
+    twin->copyData(this);
+    for (int i = 0; i < progs.getCount(); i++)
+        static_cast<CArpProg*>(twin->progs.items(i))
+            ->copySettings(*static_cast<CArpProg*>(progs.items(i)));
+    twin->copyIO(this);
+    return twin;
+}
+
+CStr CArp::getProgName(int index) {
+    const CProgram* prog = getProgram(index);
+    return prog ? prog->id : CStr();
+}
+
+void CArp::setProgName(int index, const CStr& name) {
+    if (CProgram* prog = getProgram(index)) prog->id = name;
+}
+
+CArpProg* CArp::getProg() {
+    return static_cast<CArpProg*>(getProgram(-1));
+}
+
+// Settings.
+
+void CArp::setMode(int v) {
+    CArpProg* prog = getProg();
+    if (!prog) return;
+    prog->setMode(v);
+    if (prog->mode == arpRandom) {
+        seed = unsigned(asTimeInMS());
+        ask(requestSeed);
+    }
+    ask(requestClear);
+}
+
+void CArp::setOctaveRng(int v) {
+    if (CArpProg* prog = getProg()) prog->setOctaves(v);
+}
+
+void CArp::setTransposeMode(int v) {
+    if (CArpProg* prog = getProg()) prog->setTransposeMode(v);
+}
+
+void CArp::setGate(float v) {
+    if (CArpProg* prog = getProg()) prog->setGate(v);
+}
+
+void CArp::setProb(float v) {
+    if (CArpProg* prog = getProg()) prog->setProb(v);
+}
+
+void CArp::setLatch(int v) {
+    latch = asMinMax(v, 0, 1);
+    if (!latch) ask(requestRelease);
+}
+
+void CArp::ask(unsigned bits) {
+    requests.fetchOr(bits);
+    if (host->mustQueue()) return;
+    const GraphHold hold(host);
+    serveRequests();
+}
+
+void CArp::serveRequests() {
+    const unsigned asked = requests.fetchAnd(requestSeed);
+    if (asked & requestClear) deleteAllVoices();
+    if (asked & requestRelease) releaseLatched();
+}
+
+/// Chance belongs to the thread that plays, so this waits for a block; and for the end of a render,
+/// which has to come out the same each time.
+void CArp::reseed() {
+    if (host->renderMode || !(requests & requestSeed)) return;
+    requests.fetchAnd(~unsigned(requestSeed));
+    seedRand(seed);
+}
+
+// Files.
+
+void CArp::read(CStream* stream, int end) {
+    ArpContent content(*this);
+    content.read(stream, end);
+    if (content.progs.empty() && progs.empty()) content.progs.add(new CArpProg);
+    {
+        const GraphHold hold(host);
+        deleteAllVoices();
+        if (!content.progs.empty()) exchange(progs, content.progs);
+        curProg = asMinMax(content.progIndex, 0, progs.getCount() - 1);
+        latch = content.latch;
+        ccGate = content.ccGate;
+        ccSwing = content.ccSwing;
+        enabled = content.enabled;
+    }
+    update(updateProgram);
+}
+
+bool CArp::openFromStream(CStream* stream) {
+    ArpContent content(*this);
+    content.read(stream, stream->getSize());
+    const auto* loaded = static_cast<const CArpProg*>(content.progs.getFirst());
+    CArpProg* prog = getProg();
+    if (!loaded || !prog) return false;
+    prog->copySettings(*loaded);
+    ask(requestClear);
+    update(updateProgram);
+    return true;
+}
+
+bool CArp::openProg(const CStr& path) {
+    CFileStream stream(path, 0);
+    return openFromStream(&stream);
+}
