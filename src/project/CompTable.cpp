@@ -1,5 +1,6 @@
 #include "project/CompTable.h"
 
+#include "effects/CEffect.h"
 #include "engine/CGroupCh.h"
 #include "engine/CompTypes.h"
 #include "engine/DeviceComps.h"
@@ -19,6 +20,7 @@ CComp* make(CQV* qv) {
 void enterCompTypes() {
     enterCompType(compSampler, make<CSampler>);
     enterCompType(compArp, make<CArp>);
+    enterCompType(compEffect, make<CEffect>);
     enterCompType(compGroupCh, make<CGroupCh>);
     enterCompType(compMIDIIn, make<CMIDIIn>);
     enterCompType(compMIDIOut, make<CMIDIOut>);

@@ -1,0 +1,249 @@
+#include "effects/CEffect.h"
+
+#include "base/CStream.h"
+#include "base/Numbers.h"
+#include "effects/RackFiles.h"
+#include "engine/CQV.h"
+#include "engine/CUndo.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr unsigned updateEditor = 128;
+
+/// Moves all that `from` holds to the end of `to`, without allocation.
+void moveAll(CList& from, CList& to) {
+    while (void* p = from.getFirst()) to.move(&from, p, -1);
+}
+
+/// Where the current program stands after one has left place `left` and come to place `arrived`,
+/// -1 for neither. One that comes from outside becomes current.
+int followCurrent(int current, int left, int arrived) {
+    if (left == current || left < 0) return arrived < 0 ? current : arrived;
+    if (left < current) current--;
+    return arrived >= 0 && arrived <= current ? current + 1 : current;
+}
+
+} // namespace
+
+CEffectProg::CEffectProg() {
+    id = "effect";
+    category = categoryEffectProg;
+}
+
+CEffectProg::~CEffectProg() {
+    deleteAll<CFX>(effects);
+}
+
+CEffect::CEffect(CQV* root) : CComp(root) {
+    id = "Multi Effect";
+    type = compEffect;
+}
+
+void CEffect::init() {
+    createIO();
+    addDelay();
+    update(updateEditor);
+}
+
+void CEffect::createIO() {
+    inPorts.add(new CInputPort(this));
+    inputs.add(new CInputChannel(this));
+    outputs.add(new COutputChannel(this));
+}
+
+CComp* CEffect::copy() {
+    auto* twin = new CEffect(host);
+    twin->copyData(this);
+    twin->copyIO(this);
+    return twin;
+}
+
+/// Also of those that steps of the history hold off the graph, of whatever rack they are.
+template <class F>
+void CEffect::eachEffect(F&& visit) {
+    const auto eachOf = [&visit](CObject* prog) {
+        for (auto* fx : each<CFX>(static_cast<CEffectProg*>(prog)->effects)) visit(fx);
+    };
+    for (auto* prog : each<CEffectProg>(progs)) eachOf(prog);
+    host->eachHeld([&](CObject* object) {
+        if (object->category == categoryEffectProg) eachOf(object);
+        if (object->category == categoryEffect) visit(static_cast<CFX*>(object));
+    });
+}
+
+void CEffect::setFrames(int frames) {
+    eachEffect([frames](CFX* fx) { fx->setFrames(frames); });
+    CComp::setFrames(frames);
+}
+
+void CEffect::setRate(double rate) {
+    eachEffect([rate](CFX* fx) { fx->setRate(float(rate)); });
+    CComp::setRate(rate);
+}
+
+// Sound.
+
+CEffectProg* CEffect::getProg() {
+    return static_cast<CEffectProg*>(progs.items(curProg));
+}
+
+void CEffect::process(int frames) {
+    const ProcessGuard guard(this);
+    if (!guard.enter) return;
+    mergeAudio(frames);
+    mergeMIDI(frames);
+    int done = 0;
+    CMIDIQ* port = inPort();
+    for (const CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
+        if (!isMapped(e)) continue;
+        const int at = CMIDIQ::frameOf(e, done, frames);
+        if (at > done) subProcess(at - done, done);
+        done = at;
+        doMapping(e);
+    }
+    if (frames > done) subProcess(frames - done, done);
+}
+
+void CEffect::subProcess(int frames, int offset) {
+    const CInputChannel* in = input();
+    const COutputChannel* out = output();
+    if (!in || !out || (enabled && !getProg())) return;
+    const bool ran = enabled && runChain(frames, offset);
+    std::copy_n(ran ? host->tmpBuffers[0] : in->bufL + offset, frames, out->bufL + offset);
+    std::copy_n(ran ? host->tmpBuffers[1] : in->bufR + offset, frames, out->bufR + offset);
+}
+
+/// Leaves the sound in the first two scratch buffers; false when no effect is on.
+bool CEffect::runChain(int frames, int offset) {
+    float* left = host->tmpBuffers[0];
+    float* right = host->tmpBuffers[1];
+    std::fill_n(left, frames, 0.0f);
+    std::fill_n(right, frames, 0.0f);
+    bool ran = false;
+    for (auto* fx : each<CFX>(getProg()->effects)) {
+        if (!fx->enabled || !isEffectKind(fx->type)) continue;
+        fx->tempo = host->tempoNow;
+        if (ran)
+            fx->process(left, right, left, right, frames);
+        else
+            fx->process(input()->bufL + offset, input()->bufR + offset, left, right, frames);
+        ran = true;
+    }
+    return ran;
+}
+
+// Parameters.
+
+bool CEffect::isMapped(const CMIDIBytes* event) const {
+    return event->kind == eventParam && event->owner == static_cast<const void*>(this);
+}
+
+void CEffect::doMapping(const CMIDIBytes* event) {
+    if (event->param == paramPower) enable(asRound(double(event->value)) > 0);
+    if (event->param == paramWet) setParam(paramWet, event->value);
+}
+
+void CEffect::setParam(int index, float value) {
+    if (index == paramPower) enable(value > 0.0f);
+    if (index == paramWet) wet = fLimit(value, 0.0f, 1.0f);
+}
+
+CStr CEffect::paramName(int index) {
+    if (index == paramPower) return "Power";
+    return index == paramWet ? CStr("Wet level") : CComp::paramName(index);
+}
+
+CStr CEffect::paramText(int index) {
+    if (index == paramPower) return enabled ? "On" : "Off";
+    return index == paramWet ? asStr(asRound(double(wet) * 100.0)) + "%" : CStr();
+}
+
+float CEffect::param(int index) {
+    if (index == paramPower) return enabled ? 1.0f : 0.0f;
+    return index == paramWet ? float(wet) : 0.0f;
+}
+
+// Programs.
+
+CEffectProg* CEffect::addProg(int kind, CUndo* step) {
+    auto* prog = new CEffectProg;
+    CFX* fx = makeNewEffect(kind, host->rate, host->frames);
+    prog->id = fx->id;
+    prog->effects.add(fx);
+    if (step)
+        step->asAdd(prog, &progs);
+    else
+        progs.add(prog);
+    return prog;
+}
+
+CFX* CEffect::addEffect(CEffectProg* prog, int kind, CUndo* step, int index) {
+    CFX* fx = makeNewEffect(kind, host->rate, host->frames);
+    step->asAdd(fx, &prog->effects, index);
+    return fx;
+}
+
+void CEffect::perform(CUndoItem* item, int) {
+    const CObject* prog = item->object;
+    if (!prog || prog->category != categoryEffectProg || !item->touches(&progs)) return;
+    const int arrived = progs.indexed(prog);
+    const bool within = item->addTo == item->removeFrom;
+    const int left = arrived < 0 || within ? item->index : -1;
+    const int current = followCurrent(curProg, left, arrived);
+    curProg = asMinMax(current, 0, std::max(0, progs.getCount() - 1));
+    update(updateProgram);
+}
+
+CStr CEffect::getProgName(int index) {
+    auto* prog = static_cast<CEffectProg*>(progs.items(index));
+    return prog ? prog->id : CStr();
+}
+
+void CEffect::setProgName(int index, const CStr& name) {
+    if (auto* prog = static_cast<CEffectProg*>(progs.items(index))) prog->id = name;
+}
+
+// Files.
+
+void CEffect::write(CStream* stream) {
+    writeProgIndex(stream, curProg);
+    for (auto* prog : each<CEffectProg>(progs)) saveProg(stream, prog);
+}
+
+void CEffect::saveProg(CStream* stream, CEffectProg* prog) {
+    writeEffectProg(stream, *prog);
+}
+
+void CEffect::read(CStream* stream, int end) {
+    RackContent content(host->rate, host->frames);
+    content.read(stream, end);
+    CList old;
+    {
+        const GraphHold hold(host);
+        moveAll(progs, old);
+        moveAll(content.progs, progs);
+        curProg = asMinMax(content.progIndex, 0, std::max(0, progs.getCount() - 1));
+    }
+    deleteAll<CEffectProg>(old);
+    update(updateProgram);
+}
+
+void CEffect::openProg(const CStr& path) {
+    CFileStream stream(path, 0);
+    RackContent content(host->rate, host->frames);
+    content.read(&stream, stream.getSize());
+    const int count = content.progs.getCount();
+    if (count == 0) return;
+    CUndo* step = host->undoStart("Open", this, updateProgram);
+    step->asInt(curProg.address()); // undone last
+    for (auto* prog : each<CEffectProg>(progs)) step->asRemove(prog, &progs);
+    while (auto* prog = static_cast<CEffectProg*>(content.progs.getFirst())) {
+        content.progs.del(0);
+        step->asAdd(prog, &progs);
+    }
+    step->asInt(curProg.address()); // redone last
+    host->undoEnd(step, true);
+    setProg(asMinMax(content.progIndex, 0, count - 1));
+}

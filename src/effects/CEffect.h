@@ -1,0 +1,78 @@
+#pragma once
+
+#include "effects/EffectKinds.h"
+#include "engine/CComp.h"
+
+/// A program of the rack: a chain of effects, in the order in which they sound.
+class CEffectProg : public CProgram {
+public:
+    CList effects; ///< of CFX, owned
+
+    CEffectProg();
+    ~CEffectProg() override;
+    CEffectProg(const CEffectProg&) = delete;
+    CEffectProg& operator=(const CEffectProg&) = delete;
+};
+
+/// The rack, "Multi Effect": stereo in, stereo out, through the chain of its current program. Off,
+/// it passes the input on. `wet` is applied by the strip that it is an insert of; a rack that
+/// stands on its own ignores it.
+///
+/// Once the rack is linked, its programs and their effects come by `addProg` and `addEffect`, leave
+/// by `CUndo::asRemove` and change places by `asMove`, all in a step about this rack: the lists are
+/// `progs` and `effects` of a program. Settings of an effect may change at any time.
+class CEffect : public CComp {
+public:
+    explicit CEffect(CQV* root);
+
+    void setFrames(int frames) override;
+    void setRate(double rate) override;
+    void process(int frames) override;
+    /// `paramPower` and `paramWet` alone; `numParams` does not count them.
+    void setParam(int index, float value) override;
+    CStr paramName(int index) override;
+    CStr paramText(int index) override;
+    float param(int index) override;
+    /// Keeps the current program current, or takes that which has just arrived.
+    void perform(CUndoItem* item, int op) override;
+    /// Replaces the programs at once, for a rack that no step of the history names: a new one, or
+    /// one of a project that is being loaded. Interface thread.
+    void read(CStream* stream, int end) override;
+    void write(CStream* stream) override;
+    void init() override; ///< comes up with one delay
+    CComp* copy() override;
+    CStr getProgName(int index) override;
+    void setProgName(int index, const CStr& name) override;
+
+    void createIO();
+    CEffectProg* getProg(); ///< the current one, or null
+    /// Runs the chain over `frames` frames from `offset` on. Graph holder.
+    void subProcess(int frames, int offset);
+    /// Whether a parameter event is for this rack.
+    bool isMapped(const CMIDIBytes* event) const;
+    void doMapping(const CMIDIBytes* event);
+
+    /// A program named after the one effect in it, by a step that makes it current, or, without
+    /// one, at once at the end of the list. Interface thread.
+    CEffectProg* addProg(int kind, CUndo* step = nullptr);
+    CEffectProg* addDelay(CUndo* step = nullptr) { return addProg(fxDelay, step); }
+    CEffectProg* addReverb(CUndo* step = nullptr) { return addProg(fxReverb, step); }
+    CEffectProg* addChorus(CUndo* step = nullptr) { return addProg(fxChorus, step); }
+    CEffectProg* addPhaser(CUndo* step = nullptr) { return addProg(fxPhaser, step); }
+    CEffectProg* addBitCrusher(CUndo* step = nullptr) { return addProg(fxBitcrusher, step); }
+    CEffectProg* addFilter(CUndo* step = nullptr) { return addProg(fxFilter, step); }
+    CEffectProg* addCompressor(CUndo* step = nullptr) { return addProg(fxCompressor, step); }
+    CEffectProg* addGuitarAmp(CUndo* step = nullptr) { return addProg(fxGuitarAmp, step); }
+    /// An effect at place `index` of a program's chain, -1 for the end, by a step.
+    CFX* addEffect(CEffectProg* prog, int kind, CUndo* step, int index = -1);
+
+    void saveProg(CStream* stream, CEffectProg* prog);
+    /// Replaces the programs by those of a file, as one undoable step. A file without any changes
+    /// nothing. Interface thread.
+    void openProg(const CStr& path);
+
+private:
+    template <class F>
+    void eachEffect(F&& visit);
+    bool runChain(int frames, int offset);
+};

@@ -1,0 +1,49 @@
+#include "effects/EffectKinds.h"
+
+#include "common/fx/CBitcrusher.h"
+#include "common/fx/CChorus.h"
+#include "common/fx/CCompressor.h"
+#include "common/fx/CDelay.h"
+#include "common/fx/CFilterFX.h"
+#include "common/fx/CGuitarAmp.h"
+#include "common/fx/CPhaser.h"
+#include "common/fx/CReverb.h"
+
+namespace {
+
+template <class Fx>
+CFX* make(float hz, int frames) {
+    return new Fx(hz, frames);
+}
+
+struct Kind {
+    CFX* (*make)(float hz, int frames);
+    float dry; ///< of a new one in a chain; `wet` is that of its class where these add nothing
+    bool fullWet;
+};
+
+constexpr Kind kinds[effectKindCount] = {
+    {make<CDelay>, 0.0f, true},       {make<CReverb>, 0.0f, true},
+    {make<CChorus>, 0.5f, false},     {make<CPhaser>, 0.5f, false},
+    {make<CBitcrusher>, 1.0f, false}, {make<CFilterFX>, 1.0f, false},
+    {make<CCompressor>, 1.0f, false}, {make<CGuitarAmp>, 1.0f, false},
+};
+
+} // namespace
+
+CFX* makeEffect(int kind, float hz, int frames) {
+    CFX* fx = isEffectKind(kind) ? kinds[kind].make(hz, frames) : new CFX(hz, frames);
+    fx->category = categoryEffect;
+    fx->type = kind;
+    return fx;
+}
+
+CFX* makeNewEffect(int kind, float hz, int frames) {
+    CFX* fx = makeEffect(kind, hz, frames);
+    if (isEffectKind(kind)) {
+        fx->setDry(kinds[kind].dry);
+        if (kinds[kind].fullWet) fx->setWet(1.0f);
+    }
+    fx->setEnabled(1);
+    return fx;
+}
