@@ -159,6 +159,16 @@ void CSample::readFrames(std::int64_t first, int count, float* out) const {
     }
 }
 
+int CSample::readBytes(std::int64_t first, int count, unsigned char* out) const {
+    const std::int64_t total = frames, from = std::clamp<std::int64_t>(first, 0, total);
+    const std::int64_t size = std::min<std::int64_t>(count, total - from) * frameBytes;
+    if (data) {
+        std::memcpy(out, data + from * frameBytes, std::size_t(size));
+        return int(size / frameBytes);
+    }
+    return fp ? int(readAt(fp, dataStart + from * frameBytes, out, size) / frameBytes) : 0;
+}
+
 void CSample::create(CStr path) {
     close();
     filename = std::move(path);

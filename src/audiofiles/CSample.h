@@ -109,6 +109,8 @@ public:
     /// Reads `count` frames of the file or memory image from `first` on as floats, interleaved.
     /// What lies outside reads as zeros.
     void readFrames(std::int64_t first, int count, float* out) const;
+    /// Reads frames as they lie in the file or in memory; returns how many there are.
+    int readBytes(std::int64_t first, int count, unsigned char* out) const;
     /// The values of channel `side` (0 or 1) as floats, followed and preceded by `padFrames` zeros.
     /// Null unless the frames are in memory and of one or two channels.
     const float* floatData(int side) const;
