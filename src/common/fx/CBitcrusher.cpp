@@ -9,18 +9,19 @@ namespace {
 
 constexpr int piece = 256;             // frames at a time
 constexpr float allWhole = 8388608.0f; // from here on a float has no fraction
+constexpr int lift = 1 << 24;          // has the cast round down, below 0 too
 
-/// out = floor(in / step + 0.5) * step, for a step that is a power of two. The sum in the bracket
-/// may round up to a whole number that it does not reach, so the fraction is compared instead.
-SONDRAVA_CLONES void quantise(const float* __restrict in, float step, float perStep, int count,
-                              float* __restrict out) {
+/// out = floor(in / step + 0.5) * step, for a step that is a power of two. The sum is one of
+/// doubles, as floats may round it up to a whole number that it does not reach. `whole` is
+/// `allWhole`; as a constant it would have the compiler branch.
+SONDRAVA_CLONES void quantise(const float* __restrict in, float step, float perStep, float whole,
+                              int count, float* __restrict out) {
     for (int i = 0; i < count; i++) {
         const float x = in[i] * perStep;
-        const float bounded = std::max(-allWhole, std::min(allWhole, x));
-        const float cut = float(int(bounded));
-        const float below = cut > bounded ? cut - 1.0f : cut;
-        const float nearest = bounded - below >= 0.5f ? below + 1.0f : below;
-        out[i] = (std::fabs(x) < allWhole ? nearest : x) * step;
+        const float above = x > -whole ? x : -whole;
+        const float bounded = above < whole ? above : whole;
+        const int nearest = int(double(bounded) + (lift + 0.5)) - lift;
+        out[i] = (std::fabs(x) < whole ? float(nearest) : x) * step;
     }
 }
 
@@ -44,8 +45,8 @@ void CBitcrusher::process(float* inL, float* inR, float* outL, float* outR, long
         const int count = int(std::min<long>(piece, frames - done));
         float left[piece], right[piece];
         holdSamples(inL + done, inR + done, period, count, left, right);
-        quantise(left, step, perStep, count, outL + done);
-        quantise(right, step, perStep, count, outR + done);
+        quantise(left, step, perStep, allWhole, count, outL + done);
+        quantise(right, step, perStep, allWhole, count, outR + done);
         done += count;
     }
 }
