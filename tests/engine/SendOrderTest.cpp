@@ -164,6 +164,13 @@ TEST(SendOrder, BusesEndAtThirtyTwo) {
     EXPECT_EQ(lastMessage, "Error: Too many sends");
     EXPECT_EQ(f.host->sends.getCount(), maxSends);
     EXPECT_EQ(f.out->audioCables.getCount(), maxSends);
+    COutputChannel* ch = f.out->output();
+    ch->sendLevels[maxSends - 1]->level = 0.5f;
+    CUndo* u = f.host->undoStart("Remove", f.host, undoGraph);
+    u->asRemove(static_cast<CComp*>(f.host->sends.items(3)), &f.host->sends);
+    f.host->undoEnd(u, true);
+    EXPECT_EQ(ch->sendLevels[maxSends - 2]->level, 0.5f);
+    EXPECT_EQ(ch->sendLevels[maxSends - 1]->level, 0.0f) << "none comes after it";
     f.host->addGroupClicked();
     EXPECT_STREQ(f.host->undoText().asChar(), "Add Group");
     EXPECT_EQ(f.out->audioCables.getCount(), maxSends + 1);
