@@ -1,3 +1,4 @@
+#include "FxSettings.h"
 #include "PlainFx.h"
 #include "base/Denormals.h"
 
@@ -71,29 +72,11 @@ void measure(benchmark::State& state, Unit& unit) {
         double(state.iterations()) * blockFrames / double(rate), benchmark::Counter::kIsRate);
 }
 
-/// The settings in which an effect has all of its work to do.
-void set(CDelay& fx) {
-    fx.setSync(0);
-    fx.setTimeLeft(300);
-    fx.setTimeRight(400);
-    fx.setCross(0.3f);
-}
-void set(CChorus& fx) {
-    fx.setFeedback(0.5f);
-}
-void set(CPhaser& fx) {
-    fx.setPhase(90);
-}
-void set(CReverb&) {
-}
-void set(CCompressor&) {
-}
-
 template <class Fx, class Plain>
 void compare(const char* name, double tolerance) {
     const auto make = [] {
         auto fx = std::make_shared<Fx>(rate, 0);
-        set(*fx);
+        loadUp(*fx);
         fx->setEnabled(1);
         return fx;
     };
@@ -118,6 +101,8 @@ int main(int argc, char** argv) {
     compare<CPhaser, PlainPhaser>("phaser", 1e-5);
     compare<CReverb, PlainReverb>("reverb", 1e-4);
     compare<CCompressor, PlainCompressor>("compressor", 1e-4);
+    compare<CBitcrusher, PlainBitcrusher>("bit crusher", 1e-5);
+    compare<CFilterFX, PlainFilter>("filter", 1e-5);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
 }

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "common/WaveTables.h"
+#include "common/fx/CBitcrusher.h"
 #include "common/fx/CChorus.h"
 #include "common/fx/CCompressor.h"
 #include "common/fx/CDelay.h"
+#include "common/fx/CFilterFX.h"
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
 
@@ -220,6 +222,55 @@ struct PlainCompressor {
             const double gain = comp::dB2lin((ratio - 1) * (over - 1e-25)) * output;
             outL[i] = float(left * gain);
             outR[i] = float(right * gain);
+        }
+    }
+};
+
+struct PlainBitcrusher {
+    int degrade, hold = 0;
+    float step, holdL = 0, holdR = 0;
+
+    explicit PlainBitcrusher(const CBitcrusher& fx)
+        : degrade(fx.degrade), step(std::ldexp(1.0f, -fx.bits)) {}
+
+    void process(const float* inL, const float* inR, float* outL, float* outR, long frames) {
+        for (long i = 0; i < frames; i++) {
+            if (hold >= degrade - 1) {
+                holdL = inL[i];
+                holdR = inR[i];
+                hold = 0;
+            } else {
+                hold++;
+            }
+            outL[i] = std::floor(holdL / step + 0.5f) * step;
+            outR[i] = std::floor(holdR / step + 0.5f) * step;
+        }
+    }
+};
+
+/// Without drive, and with a cutoff that stands.
+struct PlainFilter {
+    struct Side {
+        float low = 0, band = 0, high = 0;
+        float run(float in, float f, float d, int mode) {
+            low += f * band;
+            high = in - low - d * band;
+            band += f * high;
+            return mode == CFilterFX::low ? low : mode == CFilterFX::band ? band : high;
+        }
+    };
+    Side left, right;
+    float f, d;
+    int mode;
+
+    explicit PlainFilter(const CFilterFX& fx)
+        : f(fx.cutoffRequest * fx.cutoffRequest), d(1 - fx.resonance * 0.99f), mode(fx.filterMode) {
+    }
+
+    void process(const float* inL, const float* inR, float* outL, float* outR, long frames) {
+        for (long i = 0; i < frames; i++) {
+            outL[i] = left.run(inL[i], f, d, mode);
+            outR[i] = right.run(inR[i], f, d, mode);
         }
     }
 };
