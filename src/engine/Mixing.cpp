@@ -267,6 +267,15 @@ void CComp::mergeAudio(int frames) {
     }
 }
 
+namespace {
+
+void silenceChannels(CMIDIQ* port) {
+    for (int ch = 0; ch < midiChannels; ++ch)
+        port->addMidiEvent(ch, asData(midiController | ch, ccAllNotesOff, 0));
+}
+
+} // namespace
+
 void CComp::mergeMIDI(int frames) {
     const PullLevel level(host);
     if (!level.allowed()) return;
@@ -276,11 +285,13 @@ void CComp::mergeMIDI(int frames) {
             cable->fromComp->process(frames);
             if (cable->fromPort) passEvents(cable->fromPort, cable->toPort);
         }
-        if (!allNotesOff) continue;
+        if (allNotesOff) silenceChannels(cable->toPort);
         allNotesOff = 0;
-        for (int ch = 0; ch < midiChannels; ++ch)
-            cable->toPort->addMidiEvent(ch, asData(midiController | ch, ccAllNotesOff, 0));
     }
+    // What lost its last cable would else go on for good.
+    if (!allNotesOff || !inPort()) return;
+    silenceChannels(inPort());
+    allNotesOff = 0;
 }
 
 void CComp::passEvents(CMIDIQ* from, CMIDIQ* to) {

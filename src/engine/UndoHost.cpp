@@ -29,6 +29,12 @@ bool leaves(const CUndoItem* item, bool forward) {
     return enters(item, !forward);
 }
 
+/// What a MIDI cable fed must not go on sounding without it.
+void silenceFed(CObject* leaving) {
+    if (leaving->asType(categoryCable, cableMidi))
+        static_cast<CMIDICable*>(leaving)->toComp->allNotesOff = 1;
+}
+
 template <class F>
 void eachSequencer(CQV* qv, F&& visit) {
     for (auto* c : each<CComp>(qv->comps))
@@ -287,6 +293,7 @@ void UndoHost::changing(CUndo* u, CUndoItem* item, Op op) {
         eachSequencer(qv, [](CComp* seq) { seq->update(updateSeqOrder); });
     if (leaves(item, op != opUndone)) {
         if (CComp* c = asComp(item->object)) c->sleeping = 1;
+        silenceFed(item->object);
         forgetMaps(qv, item->object);
     }
     u->comp->perform(item, op);

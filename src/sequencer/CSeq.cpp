@@ -82,8 +82,6 @@ void CSeq::perform(CUndoItem* item, int) {
     CObject* object = item->object;
     if (!object) return;
     if (item->replaced) return contentSwapped(static_cast<CPart*>(object));
-    if (object->asType(categoryCable, cableMidi))
-        return cableMoved(static_cast<CMIDICable*>(object));
     for (const CList* list : {item->addTo, item->removeFrom}) {
         if (!list) continue;
         if (object->category == categoryPart)
@@ -92,12 +90,6 @@ void CSeq::perform(CUndoItem* item, int) {
             songTrackMoved(object, list);
         lanesMoved(list);
     }
-}
-
-/// What a cable fed must not go on sounding without it.
-void CSeq::cableMoved(CMIDICable* cable) {
-    CComp* fed = cable->toComp;
-    if (!fed->midiCables.contains(cable)) fed->allNotesOff = 1;
 }
 
 void CSeq::contentSwapped(CPart* part) {

@@ -156,7 +156,6 @@ private:
     struct NewTrack;
     void makeTrackIO(NewTrack& made);
     CSongTrack* linkTrack(NewTrack& made, CSeqProg* prog, CUndo* undo, int index);
-    static void cableMoved(CMIDICable* cable);
     void contentSwapped(CPart* part);
     void partMoved(CPart* part, const CList* list);
     void songTrackMoved(CObject* object, const CList* list);

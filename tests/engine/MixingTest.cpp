@@ -249,6 +249,24 @@ TEST(Mixing, AllNotesOffGoesThroughTheFirstCableOnce) {
     EXPECT_EQ(to->inPort(0)->count, 0);
 }
 
+/// What sounds when a step takes the source away must not hang, though no cable is left to tell.
+TEST(Mixing, WhatLosesItsMidiSourceFallsSilent) {
+    StripFixture f;
+    SignalComp* from = f.add(new SignalComp(f.host));
+    SignalComp* to = f.addSignal();
+    f.connectMIDI(from, to);
+    f.block();
+    CUndo* step = f.host->undoStart("Cut", f.host, undoGraph);
+    f.host->stripCables(from, step);
+    step->asRemove(from, &f.host->comps);
+    f.host->undoEnd(step, true);
+    ASSERT_TRUE(to->midiCables.empty());
+    f.block();
+    EXPECT_EQ(to->inPort()->count, 16);
+    f.block();
+    EXPECT_EQ(to->inPort()->count, 0);
+}
+
 /// The lanes of the fast loop and its rest have to agree with the plain comparison.
 TEST(Mixing, LoopsAgreeWithThePlainFormAtEveryLength) {
     for (int frames = 0; frames < 40; ++frames) {
