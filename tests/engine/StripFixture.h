@@ -8,7 +8,8 @@
 #include <vector>
 
 /// Plays a signal on its one output: `left` and `right` give the sample at a running frame. Events
-/// for its strip arrive at its input port from a list of the coming block.
+/// of the coming block arrive at its input port, for its strip and inserts, and leave at its output
+/// port.
 class SignalComp : public CComp {
 public:
     struct Move {
@@ -37,7 +38,8 @@ public:
         mergeMIDI(frames);
         mergeAudio(frames);
         for (const Move& m : moves)
-            inPort()->insert(m.time, 0, eventParam, m.value, m.param, m.owner, nullptr);
+            for (CMIDIQ* port : {inPort(), outPort()})
+                port->insert(m.time, 0, eventParam, m.value, m.param, m.owner, nullptr);
         moves.clear();
         for (int i = 0; i < frames; ++i, ++at) {
             output()->bufL[i] = input()->bufL[i] + left(at);

@@ -1,30 +1,7 @@
 #include "common/fx/CBitcrusher.h"
 #include "FxFixture.h"
 
-namespace {
-
-struct Reference {
-    int bits, degrade;
-    int hold = 0;
-    double left = 0.0, right = 0.0;
-
-    void operator()(double inL, double inR, double& outL, double& outR) {
-        if (hold >= degrade - 1) {
-            left = inL;
-            right = inR;
-            hold = 0;
-        } else {
-            hold++;
-        }
-        const double step = std::pow(0.5, bits);
-        outL = std::floor(left / step + 0.5) * step;
-        outR = std::floor(right / step + 0.5) * step;
-    }
-};
-
-} // namespace
-
-/// No formula has a rate in it; steps of 2 to the power of -23 test the edge between two values.
+/// No formula has a rate in it. Three frames stand at the edge between two values.
 TEST(CBitcrusher, FollowsItsFormulasInAnyCut) {
     for (int bits : {1, 4, 9, 23, 32})
         for (int degrade : {1, 2, 4, 64})
@@ -38,7 +15,16 @@ TEST(CBitcrusher, FollowsItsFormulasInAnyCut) {
                 in.left[102] = 0.25f;
                 Stereo out = in;
                 runFx(fx, out, out, block);
-                expectLike(in, out, Reference{bits, degrade}, 1e-7,
-                           std::to_string(bits) + " bits held " + std::to_string(degrade));
+                int hold = 0;
+                double left = 0.0, right = 0.0;
+                const double step = std::pow(0.5, bits);
+                const auto reference = [&](double inL, double inR, double& outL, double& outR) {
+                    const bool take = hold >= degrade - 1;
+                    if (take) left = inL, right = inR;
+                    hold = take ? 0 : hold + 1;
+                    outL = std::floor(left / step + 0.5) * step;
+                    outR = std::floor(right / step + 0.5) * step;
+                };
+                expectLike(in, out, reference, 1e-7, std::to_string(bits) + " bits");
             }
 }
