@@ -1,12 +1,13 @@
 #include "common/fx/EqBands.h"
 
-#include "base/Clones.h"
-
 #include <algorithm>
 #include <cmath>
 
 namespace {
 
+/// Left and right.
+using Pair = double __attribute__((vector_size(16)));
+/// The bands.
 using Lanes = double __attribute__((vector_size(32)));
 using Mask = long long __attribute__((vector_size(32)));
 
@@ -25,6 +26,14 @@ int laneOf(int band) {
 struct Filters {
     Lanes b0, b1, b2, a1, a2;
 };
+
+/// Forgets what is too quiet to be heard, and all of a band that has met what is no number.
+void settle(EqBand& b) {
+    for (double* y : {&b.y1L, &b.y2L, &b.y1R, &b.y2R})
+        if (std::fabs(*y) < quiet) *y = 0.0;
+    const double sum = b.x1L + b.x2L + b.y1L + b.y2L + b.x1R + b.x2R + b.y1R + b.y2R;
+    if (!std::isfinite(sum)) b.silence();
+}
 
 /// All bands of one side, each at another frame: at step n the band of lag k works on frame n - k.
 struct Side {
@@ -67,8 +76,8 @@ struct Side {
     void save(int lane, double& toX1, double& toX2, double& toY1, double& toY2) const {
         toX1 = x1[lane];
         toX2 = x2[lane];
-        toY1 = std::fabs(y1[lane]) < quiet ? 0.0 : y1[lane];
-        toY2 = std::fabs(y2[lane]) < quiet ? 0.0 : y2[lane];
+        toY1 = y1[lane];
+        toY2 = y2[lane];
     }
 };
 
@@ -89,8 +98,7 @@ struct Pipeline {
     void save(int lane, EqBand& b) const {
         left.save(lane, b.x1L, b.x2L, b.y1L, b.y2L);
         right.save(lane, b.x1R, b.x2R, b.y1R, b.y2R);
-        const double sum = b.x1L + b.x2L + b.y1L + b.y2L + b.x1R + b.x2R + b.y1R + b.y2R;
-        if (!std::isfinite(sum)) b.silence();
+        settle(b);
     }
 
     [[gnu::always_inline]] void edge(long step, float* l, float* r, long frames) {
@@ -119,23 +127,88 @@ struct Pipeline {
     }
 };
 
-SONDRAVA_CLONES void runPipeline(Pipeline& pipeline, float* __restrict left,
-                                 float* __restrict right, long frames) {
+/// Whether the machine has registers for all bands.
+bool fitsLanes() {
+#if defined(__x86_64__)
+    return __builtin_cpu_supports("avx2");
+#else
+    return false;
+#endif
+}
+
+#if defined(__x86_64__)
+[[gnu::target("avx2")]]
+#endif
+void runPipeline(Pipeline& pipeline, float* left, float* right, long frames) {
     Pipeline p = pipeline;
     p.run(left, right, frames);
     pipeline = p;
 }
 
-} // namespace
-
-void EqBand::silence() {
-    static_cast<EqBand&>(*this) = EqBand{static_cast<const EqCoeffs&>(*this)};
-}
-
-void runBands(EqBand* const* bands, int count, float* left, float* right, long frames) {
-    if (frames < 1) return;
+void runInLanes(EqBand* const* bands, int count, float* left, float* right, long frames) {
     Pipeline p;
     for (int k = 0; k < count; k++) p.load(laneOf(k), *bands[k]);
     runPipeline(p, left, right, frames);
     for (int k = 0; k < count; k++) p.save(laneOf(k), *bands[k]);
+}
+
+/// One band, its two sides in step.
+struct PairBand {
+    Pair b0 = Pair{} + 1.0, b1{}, b2{}, a1{}, a2{};
+    Pair x1{}, x2{}, y1{}, y2{};
+
+    void load(const EqBand& b) {
+        b0 = Pair{} + b.b0;
+        b1 = Pair{} + b.b1;
+        b2 = Pair{} + b.b2;
+        a1 = Pair{} + b.a1;
+        a2 = Pair{} + b.a2;
+        x1 = Pair{b.x1L, b.x1R};
+        x2 = Pair{b.x2L, b.x2R};
+        y1 = Pair{b.y1L, b.y1R};
+        y2 = Pair{b.y2L, b.y2R};
+    }
+    void save(EqBand& b) const {
+        b.x1L = x1[0];
+        b.x1R = x1[1];
+        b.x2L = x2[0];
+        b.x2R = x2[1];
+        b.y1L = y1[0];
+        b.y1R = y1[1];
+        b.y2L = y2[0];
+        b.y2R = y2[1];
+        settle(b);
+    }
+};
+
+} // namespace
+
+void EqBand::silence() {
+    *this = EqBand{static_cast<const EqCoeffs&>(*this)};
+}
+
+void runBands(EqBand* const* bands, int count, float* left, float* right, long frames) {
+    if (frames > 0 && fitsLanes())
+        runInLanes(bands, count, left, right, frames);
+    else
+        runBandsInPairs(bands, count, left, right, frames);
+}
+
+void runBandsInPairs(EqBand* const* bands, int count, float* left, float* right, long frames) {
+    PairBand row[maxEqBands];
+    for (int k = 0; k < count; k++) row[k].load(*bands[k]);
+    for (long i = 0; i < frames; i++) {
+        Pair x = {double(left[i]), double(right[i])};
+        for (PairBand& b : row) {
+            const Pair y = b.b0 * x + b.b1 * b.x1 + b.b2 * b.x2 - b.a1 * b.y1 - b.a2 * b.y2;
+            b.x2 = b.x1;
+            b.x1 = x;
+            b.y2 = b.y1;
+            b.y1 = y;
+            x = y;
+        }
+        left[i] = float(x[0]);
+        right[i] = float(x[1]);
+    }
+    for (int k = 0; k < count; k++) row[k].save(*bands[k]);
 }

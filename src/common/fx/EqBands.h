@@ -23,3 +23,6 @@ constexpr int maxEqBands = 4;
 /// cut into blocks it gives the same, but that outputs below 1e-10 are forgotten behind a block, as
 /// is what is no number. Audio thread.
 void runBands(EqBand* const* bands, int count, float* left, float* right, long frames);
+
+/// The form of it for machines without registers of four doubles, the same bits; for tests.
+void runBandsInPairs(EqBand* const* bands, int count, float* left, float* right, long frames);

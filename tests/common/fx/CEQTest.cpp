@@ -89,6 +89,21 @@ Stereo impulseResponse(EqBand* const* bands, int count) {
     return out;
 }
 
+using RunBands = decltype(runBands);
+
+void runRow(RunBands* run, EqBand* const* row, int count, Stereo& sound, int block) {
+    for (int at = 0; at < sound.frames(); at += block) {
+        const std::size_t o = std::size_t(at);
+        run(row, count, &sound.left[o], &sound.right[o], std::min(block, sound.frames() - at));
+    }
+}
+
+std::vector<EqBand> copyOf(EqBand* const* row, int count) {
+    std::vector<EqBand> bands;
+    for (int k = 0; k < count; k++) bands.push_back(*row[k]);
+    return bands;
+}
+
 double gainAt(const std::vector<float>& impulse, double p) {
     const std::complex<double> turn = std::polar(1.0, -p);
     std::complex<double> sum = 0, phase = 1;
@@ -142,9 +157,13 @@ TEST(CEQ, BandsInARowFollowTheFormulaInAnyCut) {
                 Stereo in = fxSignal(5000), out = in;
                 for (std::vector<float>* v : {&in.left, &in.right, &out.left, &out.right})
                     for (float& x : *v) x *= 0.01f;
-                for (int at = 0; at < in.frames(); at += block)
-                    runBands(row, count, &out.left[std::size_t(at)], &out.right[std::size_t(at)],
-                             std::min(block, in.frames() - at));
+                const std::vector<EqBand> start = copyOf(row, count);
+                Stereo pairs = out;
+                runRow(runBandsInPairs, row, count, pairs, block);
+                for (int k = 0; k < count; k++) *row[k] = start[std::size_t(k)];
+                runRow(runBands, row, count, out, block);
+                EXPECT_EQ(out.left, pairs.left) << "on another machine";
+                EXPECT_EQ(out.right, pairs.right);
                 const auto both = [&](double inL, double inR, double& outL, double& outR) {
                     for (int k = 0; k < count; k++) {
                         inL = left[std::size_t(k)].run(inL);
