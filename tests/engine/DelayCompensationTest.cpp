@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <deque>
 #include <limits>
 #include <random>
 
@@ -20,14 +19,16 @@ public:
         if (turn != heldSince) line.assign(line.size(), 0.0f);
         heldSince = turn;
         for (int i = 0; i < frames; ++i) {
-            line.push_back(input()->bufL[i]);
-            output()->bufL[i] = enabled == 1 ? line.front() : input()->bufL[i];
-            line.pop_front();
+            const float in = input()->bufL[i];
+            output()->bufL[i] = enabled == 1 ? line[at] : in;
+            line[at] = in;
+            at = (at + 1) % line.size();
         }
     }
 
 private:
-    std::deque<float> line;
+    std::vector<float> line;
+    size_t at = 0;
     const int& turn;
     int heldSince = 0;
 };

@@ -160,7 +160,8 @@ void EditScenario::swapContent(CUndo* u) {
 
 std::string EditScenario::dump() const {
     std::ostringstream text;
-    for (CList* list : {&host->comps, &host->sends}) {
+    const CList* const lists[] = {&host->comps, &host->sends};
+    for (const CList* list : lists) {
         for (auto* c : each<CComp>(*list)) {
             text << c->id.asChar() << " at " << c->posX << " on " << c->enabled << " asleep "
                  << c->sleeping << "\n";
