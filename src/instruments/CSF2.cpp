@@ -191,13 +191,19 @@ void CSF2::cleanUp() {
 }
 
 bool CSF2::open(const CStr& path) {
-    cleanUp();
     CFileStream file(path, 0);
-    stream = &file;
-    if (readFile() && linkTables())
+    return read(&file);
+}
+
+bool CSF2::read(CStream* from) {
+    cleanUp();
+    stream = from;
+    if (readFile()) {
+        linkTables();
         loadPresets();
-    else
+    } else {
         cleanUp();
+    }
     stream = nullptr;
     return getPresetCount() > 0;
 }
@@ -305,7 +311,7 @@ std::vector<CSF2::Span> CSF2::spansOf(const std::vector<R>& table, size_t lower,
 }
 
 /// The last entry of each table only closes the one before; samples keep theirs out of the way.
-bool CSF2::linkTables() {
+void CSF2::linkTables() {
     const auto firstBag = [](const auto& r) { return r.bag; };
     const auto firstGen = [](const Bag& b) { return b.gen; };
     presetSpans = spansOf(presets, presetBags.size(), firstBag);
@@ -323,7 +329,6 @@ bool CSF2::linkTables() {
     }
     zones.resize(insts.size());
     zonesLoaded.assign(insts.size(), false);
-    return true;
 }
 
 // Presets.

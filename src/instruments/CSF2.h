@@ -92,6 +92,8 @@ public:
     /// Reads a file with the frames of all samples that its presets use. False when there is no
     /// preset in it that can be used.
     bool open(const CStr& path);
+    /// The same from a stream that begins with the file.
+    bool read(CStream* from);
     /// Releases all tables.
     void cleanUp();
 
@@ -124,7 +126,7 @@ private:
     /// What the generators of a zone have said so far.
     struct Zone;
 
-    CStream* stream = nullptr; ///< while a file is open
+    CStream* stream = nullptr; ///< while a file is read
     int64_t claimed = 0;       ///< frames that samples have asked for
     std::vector<CSF2Preset> presets;
     std::vector<Bag> presetBags, instBags;
@@ -139,7 +141,7 @@ private:
     void readSampleChunk(const Chunk& list);
     bool readTables(const Chunk& list);
     void readSample(CSF2Sample& sample);
-    bool linkTables();
+    void linkTables();
     void loadPresets();
     void loadInstruments(CSF2Preset& preset, Span bags);
     void addInstrument(CSF2Preset& preset, int index, const CSF2Instrument& ranges);
