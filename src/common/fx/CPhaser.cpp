@@ -8,8 +8,9 @@
 
 namespace {
 
-constexpr int piece = 64; // frames whose coefficients are worked out at a time
-constexpr float floorLevel = 1e-10f;
+constexpr int piece = 64;               // frames whose coefficients are worked out at a time
+constexpr float floorLevel = 1e-10f;    // below it nothing is fed back
+constexpr float restLevel = 1e-20f;     // of the sections, which else stay among the denormals
 constexpr float feedbackScale = 0.998f; // keeps full feedback from running away
 
 /// The all-pass coefficients of a swept corner: w between `low` and `high`, a = (1 - w) / (1 + w).
@@ -43,7 +44,7 @@ struct Sections {
     }
 
     void store(float* state, float& fedBack) const {
-        std::copy_n(z, stages, state);
+        for (int s = 0; s < stages; s++) state[s] = std::fabs(z[s]) < restLevel ? 0.0f : z[s];
         fedBack = std::fabs(last) < floorLevel ? 0.0f : last;
     }
 };
