@@ -30,9 +30,21 @@ constexpr int laterBlocks = 25840; ///< ten minutes
 /// Renders the next block, with something to hear if `loud`.
 using Unit = std::function<void(bool loud)>;
 
+/// Corners so low that what is left behind one dies away slowly.
+void lower(CFX&) {
+}
+void lower(CPhaser& fx) {
+    fx.setRangeMin(60);
+    fx.setRangeMax(100);
+}
+void lower(CFilterFX& fx) {
+    fx.setCutoff(0.05f);
+}
+
 template <class Fx>
 Unit effect(std::shared_ptr<Fx> fx) {
     loadUp(*fx);
+    lower(*fx);
     fx->setEnabled(1);
     std::vector<float> noise(blockFrames), silence(blockFrames);
     for (float& v : noise) v = float(std::rand()) / float(RAND_MAX) - 0.5f;
@@ -50,6 +62,8 @@ Unit makeEffect() {
 
 Unit makeBand() {
     auto band = std::make_shared<CEQ>(eqPeaking);
+    band->setFrequency(30.0f);
+    band->setQ(CEQ::maxQ);
     band->setGain(12.0f);
     return effect(band);
 }
@@ -78,7 +92,7 @@ struct Keys {
         sampler.progs.add(prog);
     }
     void add(CSound* s) {
-        s->cutoff = 0.5f;
+        s->cutoff = 0.1f;
         s->q = 0.6f;
         layer->addSound(s);
     }
