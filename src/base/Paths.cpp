@@ -1,6 +1,7 @@
 #include "base/Paths.h"
 
 #include "base/CStringList.h"
+#include "base/Numbers.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -211,6 +212,15 @@ bool hasFileExt(const CStr& name, const CStr& filter, bool& any) {
         at += at[n] ? n + 1 : n;
     }
     return false;
+}
+
+CStr getUniqueFilename(const CStr& stem, const CStr& ext, const CStr& folder) {
+    const CStr start = addSep(folder) + stem;
+    CStr name = start + ext;
+    std::error_code ignored;
+    for (int i = 1; fs::exists(fs::symlink_status(asPath(name), ignored)); ++i)
+        name = start + asStr(i) + ext;
+    return name;
 }
 
 CStr getHomeFolder() {

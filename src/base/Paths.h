@@ -48,6 +48,10 @@ void readDir(const CStr& path, const CStr& filter, CStringList* folders, CString
 /// case. An empty one and ".*" take all; `any` tells that.
 bool hasFileExt(const CStr& name, const CStr& filter, bool& any);
 
+/// The first name in a folder that is free: `stem` and `ext`, from the second on with a number from
+/// 1 between them.
+CStr getUniqueFilename(const CStr& stem, const CStr& ext, const CStr& folder);
+
 CStr getHomeFolder();                      ///< the environment's HOME
 CStr getTempFolder();                      ///< empty if there is none
 CStr getDesktopFolder();                   ///< empty if there is none
