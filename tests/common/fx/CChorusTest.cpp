@@ -16,7 +16,7 @@ struct Side {
         const double wave = lfoWave(triangle, place + offset);
         const long write = frame++ & 0xffff;
         place += step;
-        if (frame % block == 0) place = std::fmod(place, 131072.0);
+        if (endsBlock(block, frame)) place = std::fmod(place, 131072.0);
         const double pos = double(write) - nominal - 1 + range * wave;
         const long n = long(pos);
         const double a = line[std::size_t(n & 0xffff)], b = line[std::size_t((n + 1) & 0xffff)];

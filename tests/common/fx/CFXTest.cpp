@@ -1,5 +1,6 @@
 #include "FxFixture.h"
 #include "common/fx/CChorus.h"
+#include "common/fx/CCompressor.h"
 #include "common/fx/CDelay.h"
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
@@ -9,6 +10,7 @@ TEST(CFX, WildSettingsStayInBounds) {
     CDelay delay(192000, 0);
     CChorus chorus(8000, 0);
     CPhaser phaser(8000, 0);
+    CCompressor compressor(8000, 0);
     CReverb reverb(192000, 0); // 250 ms at this rate are the whole pre-delay
     reverb.setPreDelay(300);
     Stereo in = fxSignal(60000), out(60000);
@@ -17,11 +19,14 @@ TEST(CFX, WildSettingsStayInBounds) {
             delay.timeLeft = delay.timeRight = delay.spread = wild;
             chorus.delay = chorus.depth = chorus.frequency = chorus.waveform = wild;
             phaser.frequency = wild;
+            compressor.threshold = compressor.ratio = compressor.gain = wild;
+            compressor.attack = compressor.release = wild;
             chorus.phase = phaser.phase = wild;
             delay.mulLeft = delay.divRight = chorus.tickNum = phaser.tickDen = sync - 1;
             phaser.stages = phaser.waveform = 100 * sync - 1;
             delay.sync = chorus.tempoSync = phaser.tempoSync = sync;
-            for (CFX* fx : std::initializer_list<CFX*>{&delay, &chorus, &phaser, &reverb}) {
+            for (CFX* fx :
+                 std::initializer_list<CFX*>{&delay, &chorus, &phaser, &compressor, &reverb}) {
                 fx->setEnabled(1);
                 fx->tempo = wild;
                 runFx(*fx, in, out, 1000);

@@ -15,7 +15,7 @@ struct Side {
         double x = in + last * feedback;
         const double w = low + (high - low) * lfoWave(waveform, place + offset);
         place += step;
-        if (++frame % block == 0) place = std::fmod(place, 131072.0);
+        if (endsBlock(block, ++frame)) place = std::fmod(place, 131072.0);
         const double a = (1 - w) / (1 + w);
         for (int s = 0; s < stages; s++) {
             const double y = -a * x + z[s];

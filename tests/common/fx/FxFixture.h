@@ -8,8 +8,16 @@
 #include <vector>
 
 /// Rates and cuts of blocks that every effect has to stand.
+constexpr int oddCuts = 0; ///< stands for blocks of 1024 frames that are cut as events would
 constexpr float fxRates[] = {44100.0f, 48000.0f, 96000.0f};
-constexpr int fxBlocks[] = {1, 7, 64, 1024, 333};
+constexpr int fxBlocks[] = {1, 7, 64, 1024, oddCuts};
+
+/// Whether one of the blocks, or a cut, ends after this many frames.
+inline bool endsBlock(int block, long frames) {
+    const long at = frames % 1024;
+    if (block == oddCuts) return at == 0 || at == 1 || at == 501 || at == 514 || at == 516;
+    return frames % block == 0;
+}
 
 struct Stereo {
     std::vector<float> left, right;
@@ -33,10 +41,10 @@ inline Stereo fxSignal(int frames, unsigned seed = 1) {
 /// Runs an effect over `in`, cut into blocks of `block`, onto what stands in `out`; in place if
 /// both are the same.
 inline void runFx(CFX& fx, Stereo& in, Stereo& out, int block) {
-    for (int at = 0; at < in.frames(); at += block) {
+    for (int at = 0, count = 0; at < in.frames(); at += count) {
+        for (count = 1; at + count < in.frames() && !endsBlock(block, at + count);) count++;
         const std::size_t o = std::size_t(at);
-        fx.process(&in.left[o], &in.right[o], &out.left[o], &out.right[o],
-                   std::min(block, in.frames() - at));
+        fx.process(&in.left[o], &in.right[o], &out.left[o], &out.right[o], count);
     }
 }
 
