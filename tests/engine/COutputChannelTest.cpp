@@ -1,5 +1,9 @@
 #include "StripFixture.h"
 
+#include "base/Numbers.h"
+#include "common/fx/CEQ.h"
+#include "support/RtTrap.h"
+
 #include <cmath>
 #include <gtest/gtest.h>
 
@@ -43,58 +47,134 @@ TEST(COutputChannel, PanKeepsTheCentreAtUnityAndGivesHalfMoreToOneSide) {
     }
 }
 
-TEST(COutputChannel, ParametersReadAsTexts) {
+TEST(COutputChannel, ParametersKeepTheirValuesAndReadAsTexts) {
     struct Case {
         int param;
         float value;
-        const char* text;
+        const char *name, *text;
     };
-    const Case cases[] = {{0, 1, "0.00 dB"}, {0, 0.5f, "-12.04 dB"}, {0, 0, "-inf"},
-                          {1, 0.5f, "<C>"},  {1, 0, "L64"},          {1, 1, "R64"},
-                          {1, 0.75f, "R32"}, {2, 0.5f, "on"},        {2, 0.49f, "off"},
-                          {19, 1, "on"},     {19, 0, "off"}};
+    const Case cases[] = {{0, 1, "Volume", "0.00 dB"},
+                          {0, 0.5f, "Volume", "-12.04 dB"},
+                          {0, 0, "Volume", "-inf"},
+                          {1, 0.5f, "Pan", "<C>"},
+                          {1, 0, "Pan", "L64"},
+                          {1, 0.75f, "Pan", "R32"},
+                          {2, 0.5f, "Mute", "on"},
+                          {2, 0.49f, "Mute", "off"},
+                          {3, 0.5f, "EQ1 power", "on"},
+                          {3, 0.49f, "EQ1 power", "off"},
+                          {4, 0, "EQ1 gain", "-24.0 dB"},
+                          {4, 0.5f, "EQ1 gain", "0.0 dB"},
+                          {5, 0, "EQ1 freq", "20 Hz"},
+                          {5, 0.25f, "EQ1 freq", "5015 Hz"},
+                          {6, 0, "EQ1 Q", "0.1 dB"},
+                          {6, 0.5f, "EQ1 Q", "6.0 dB"},
+                          {7, 1, "EQ2 power", "on"},
+                          {8, 1, "EQ2 gain", "24.0 dB"},
+                          {9, 1, "EQ2 freq", "20000 Hz"},
+                          {10, 1, "EQ2 Q", "12.0 dB"},
+                          {11, 0, "EQ3 power", "off"},
+                          {12, 0.75f, "EQ3 gain", "12.0 dB"},
+                          {13, 0.5f, "EQ3 freq", "10010 Hz"},
+                          {14, 0.25f, "EQ3 Q", "3.1 dB"},
+                          {15, 1, "EQ4 power", "on"},
+                          {16, 0.25f, "EQ4 gain", "-12.0 dB"},
+                          {17, 0.75f, "EQ4 freq", "15005 Hz"},
+                          {18, 0.75f, "EQ4 Q", "9.0 dB"},
+                          {19, 1, "Solo", "on"},
+                          {19, 0, "Solo", "off"},
+                          {20, 0.5f, "", ""},
+                          {-1, 0.5f, "", ""}};
     COutputChannel ch(nullptr);
     for (const Case& c : cases) {
         ch.setParam(c.param, c.value);
+        EXPECT_STREQ(COutputChannel::paramName(c.param).asChar(), c.name) << c.param;
         EXPECT_STREQ(ch.paramText(c.param).asChar(), c.text) << c.param << " at " << c.value;
-        if (c.param < 2) {
-            EXPECT_FLOAT_EQ(ch.param(c.param), c.value);
-        }
+        const bool isSwitch = c.text[0] == 'o', isNone = !c.text[0];
+        const float kept = isNone ? 0.0f : isSwitch ? float(c.value >= 0.5f) : c.value;
+        EXPECT_NEAR(ch.param(c.param), kept, 1e-6) << c.param;
     }
-    const char* names[] = {"Volume",   "Pan",      "Mute",  "EQ1 power",
-                           "EQ1 gain", "EQ1 freq", "EQ1 Q", "EQ2 power"};
-    for (int i = 0; i < 8; ++i) EXPECT_STREQ(COutputChannel::paramName(i).asChar(), names[i]);
-    EXPECT_STREQ(COutputChannel::paramName(18).asChar(), "EQ4 Q");
-    EXPECT_STREQ(COutputChannel::paramName(19).asChar(), "Solo");
-    EXPECT_EQ(ch.numParams(), 19);
-    EXPECT_STREQ(ch.sendLevels[0]->paramText(0).asChar(), "0%");
+    EXPECT_EQ(ch.numParams(), 19) << "a copy by parameters leaves solo out";
     ch.sendLevels[0]->setParam(0, 0.306f);
     EXPECT_STREQ(ch.sendLevels[0]->paramText(0).asChar(), "31%");
 }
 
-/// Trim is 4 to the power of its value; then the inserts in order, each blended by its wet share.
-TEST(COutputChannel, FXIsTrimThenInsertsEachByItsWetShare) {
+/// A constant signal through all of a strip: trim doubles it, a shelf of 6.02 dB doubles it again,
+/// an insert adds to it, another is half dry; behind that come pan and fader, meters and the send.
+TEST(COutputChannel, StripRunsInItsOrder) {
+    StripFixture f;
+    SignalComp* signal = f.addSignal();
+    CGroupCh* bus = f.addBus();
+    COutputChannel* ch = signal->output();
+    ch->trim = 0.5f;
+    ch->setEqGain(3, 6.0206f);
+    ch->setEqQ(3, 0.7f);
+    ch->setEqPower(3, true);
+    ch->setEqGain(1, 24.0f); // off
+    auto* adds = new GainComp(f.host);
+    adds->offset = 1.0f;
+    f.addInsert(ch, adds);
+    f.addInsert(ch, new CComp(f.host)); // without channels: passed by
+    auto* triples = new GainComp(f.host);
+    triples->gain = 3.0f;
+    f.addInsert(ch, triples)->wet = 0.25f;
+    ch->vol = 0.5f;
+    ch->pan = 0.5f;
+    ch->sendLevels[0]->level = 0.5f;
+    for (int i = 0; i < 40; ++i) f.block();
+    ch->holdR = adds->output()->peakL = 0.0f;
+    f.block();
+    const double inserted = 5 * (0.25 * 3 + 0.75);
+    EXPECT_NEAR(adds->output()->peakL, 5, 1e-4);
+    EXPECT_EQ(adds->ownerChannel, ch);
+    EXPECT_EQ(adds->listKind, listInsert);
+    EXPECT_NEAR(ch->bufL[9], inserted * 0.25 * 0.5, 1e-4);
+    EXPECT_NEAR(ch->bufR[255], inserted * 0.25 * 1.25, 1e-4);
+    EXPECT_EQ(ch->peakR, 1.0f);
+    EXPECT_NEAR(ch->holdR, inserted * 0.25 * 1.25, 1e-4);
+    EXPECT_NEAR(bus->input()->bufL[9], inserted * 0.25 * 0.5 * 0.25, 1e-4);
+    triples->wet = 0.0f;
+    ch->setEqPower(3, false);
+    f.block();
+    EXPECT_NEAR(ch->bufL[9], (2 + 1) * 0.25 * 0.5, 1e-4) << "a dry insert leaves the sound";
+}
+
+TEST(COutputChannel, BandsFollowTheRateAndTheirSetters) {
+    StripFixture f(64, 48000);
+    COutputChannel* ch = f.addSignal()->output();
+    const int forms[] = {2, 1, 1, 0};
+    const float centres[] = {10000, 2000, 800, 100};
+    for (int k = 0; k < eqBandCount; ++k) {
+        EXPECT_EQ(ch->eq[k]->active, 0);
+        EXPECT_EQ(ch->eq[k]->filterType, forms[k]);
+        EXPECT_EQ(ch->eq[k]->frequency, centres[k]);
+        EXPECT_EQ(ch->eq[k]->rate, 48000.0f);
+    }
+    ch->setEqType(2, eqHighPass);
+    ch->setEqFrequency(2, 1e6f);
+    f.host->setRate(96000);
+    const double w = 2 * 3.14159265358979 * 20000 / 96000, al = std::sin(w) / 0.2;
+    EXPECT_NEAR(ch->eq[2]->ready()->b0, (1 + std::cos(w)) / 2 / (1 + al), 1e-8);
+    f.host->setRate(44100);
+}
+
+/// Automation reaches a band without a call of the system; the clock is read by the idle pass.
+TEST(COutputChannel, AutomationOfABandIsNotedByTheNextIdlePass) {
     StripFixture f;
     SignalComp* signal = f.addSignal();
     COutputChannel* ch = signal->output();
-    ch->trim = 0.5f; // doubles
-    auto* first = new GainComp(f.host);
-    first->gain = 3.0f;
-    auto* second = new GainComp(f.host);
-    second->offset = 1.0f;
-    f.addInsert(ch, first)->wet = 0.25f;
-    f.addInsert(ch, new CComp(f.host)); // without channels: passed by
-    f.addInsert(ch, second);
-    f.block(64);
-    const float behindFirst = 2 * 3 * 0.25f + 2 * 0.75f;
-    for (const float x : {ch->bufL[0], ch->bufR[63]}) EXPECT_NEAR(x, behindFirst + 1, 1e-5);
-    EXPECT_NEAR(first->output()->peakL, behindFirst, 1e-5);
-    EXPECT_EQ(first->ownerChannel, ch);
-    EXPECT_EQ(first->listKind, listInsert);
-
-    second->wet = 0.0f;
-    f.block(64);
-    EXPECT_NEAR(ch->bufL[0], behindFirst, 1e-5) << "a dry insert leaves the sound";
+    signal->moves = {{0, ch, 3, 1.0f}, {5, ch, 5, 0.25f}};
+    rtReset();
+    f.block();
+    EXPECT_EQ(rtViolations(), 0);
+    EXPECT_EQ(ch->eq[0]->active, 1);
+    EXPECT_NEAR(ch->eq[0]->frequency, 5015, 0.01);
+    EXPECT_EQ(ch->eqChangeTime, 0);
+    f.host->idle();
+    const int noted = ch->eqChangeTime;
+    EXPECT_LT(msBetween(noted, asTimeInMS()), 60000);
+    f.host->idle();
+    EXPECT_EQ(ch->eqChangeTime, noted) << "once";
 }
 
 TEST(COutputChannel, InsertGetsTheEventsOfItsComponentInOrder) {
@@ -116,6 +196,9 @@ TEST(COutputChannel, CopyTakesStripInsertsAndSendsButSoloOnlyWithAllSettings) {
     from.setParam(1, 0.9f);
     from.setParam(2, 1);
     from.solo = 1;
+    from.setParam(7, 1);
+    from.setParam(12, 0.25f);
+    from.setEqType(1, eqNotch);
     from.trim = -0.5f;
     from.channels = 1;
     from.sendLevels[0]->level = 0.5f;
@@ -132,6 +215,10 @@ TEST(COutputChannel, CopyTakesStripInsertsAndSendsButSoloOnlyWithAllSettings) {
         EXPECT_FLOAT_EQ(to->pan, 0.8f);
         EXPECT_EQ(to->mute, 1);
         EXPECT_EQ(to->trim, -0.5f);
+        EXPECT_EQ(to->eq[1]->active, 1);
+        EXPECT_EQ(to->eq[1]->filterType, eqNotch);
+        EXPECT_NEAR(to->eq[2]->gain, -12, 1e-5);
+        EXPECT_EQ(to->eq[3]->active, 0);
         EXPECT_EQ(to->sendLevels[0]->level, 0.5f);
         ASSERT_EQ(to->inserts.getCount(), 1);
         auto* twin = static_cast<GainComp*>(to->inserts.items(0));

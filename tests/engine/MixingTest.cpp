@@ -1,5 +1,6 @@
 #include "engine/Mixing.h"
 #include "StripFixture.h"
+#include "common/fx/CDFT.h"
 
 #include <algorithm>
 #include <cmath>
@@ -176,6 +177,29 @@ TEST(Mixing, HoldKeepsTheOvershootAndTheMeterEndsAtFullScale) {
         EXPECT_EQ(ch->peakR, 0.0f) << "what is no number raises no meter";
         EXPECT_EQ(f.right[0], 0.0f);
     }
+}
+
+/// Idle works out the newest block, and only while the spectrum is on.
+TEST(Mixing, SpectrumIsThatOfTheNewestBlockAtTheOut) {
+    StripFixture f;
+    SignalComp* signal = f.addSignal();
+    int harmonic = 5;
+    signal->left = signal->right = [&](long at) {
+        return float(0.5 * std::cos(2 * 3.14159265 * harmonic * double(at) / 256));
+    };
+    for (const int next : {5, 3}) {
+        harmonic = next;
+        f.block();
+    }
+    f.host->idle();
+    const std::vector<double>& bands = f.host->dft->bands;
+    EXPECT_NEAR(bands[2], 0.5, 1e-3);
+    EXPECT_NEAR(bands[4], 0.0, 1e-3) << "an older block is left out";
+    f.host->spectrumOn = 0;
+    harmonic = 7;
+    f.block();
+    f.host->idle();
+    EXPECT_NEAR(bands[6], 0.0, 1e-3);
 }
 
 TEST(Mixing, FreezingPassesTheSoundAndMovesTheMeters) {
