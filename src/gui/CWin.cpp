@@ -117,6 +117,7 @@ void CWin::createCaption() {
     captionGroup->setAlign(alignWidth, border, 0);
     captionGroup->onPaint = new _COnPaint<CWin>(this, &CWin::drawCaption);
     captionGroup->onMouseDown = new _COnMouse<CWin>(this, &CWin::captionMouseDown);
+    captionGroup->onMouseUp = new _COnMouse<CWin>(this, &CWin::captionMouseUp);
     addChild(captionGroup, this);
     addCaptionButton(CWindowButton::close, captionButtonMargin);
     if (hasStyle(winMaxButton))

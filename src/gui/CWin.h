@@ -132,6 +132,8 @@ private:
     void createCaption();
     void addCaptionButton(int kind, int rightMargin);
     void captionMouseDown(CObject* sender, int x, int y, int btn);
+    void captionMouseUp(CObject* sender, int x, int y, int btn);
+    void captionMenu(CObject* sender);
     void dragZone();
     int hover(int x, int y, int btn);
     void saveRect();

@@ -4,12 +4,14 @@
 #include "gui/CApp.h"
 #include "gui/Keys.h"
 #include "gui/XConnection.h"
+#include "gui/controls/CPopup.h"
 
 #include <X11/Xlib.h>
 
 namespace {
 
 constexpr int edge = 3, corner = 3 * edge, moveStrip = 23;
+enum CaptionTag : int { tagSize = 1, tagClose = 2 };
 
 int cursorOfZone(int zone) {
     switch (zone) {
@@ -137,6 +139,27 @@ void CWin::captionMouseDown(CObject*, int, int, int btn) {
         sizeMode = zoneMove;
         saveRect();
     }
+}
+
+void CWin::captionMouseUp(CObject*, int, int, int btn) {
+    if (!(btn & modRight)) return;
+    auto* popup = new CPopup(app, this);
+    popup->autoDelete = true;
+    const auto add = [&](const char* text, int entryTag) {
+        popup->add(text, new _COnChange<CWin>(this, &CWin::captionMenu))->tag = entryTag;
+    };
+    if (hasStyle(winSizable)) add(hasStyle(winMaximized) ? "Restore" : "Maximize", tagSize);
+    popup->addSeparator();
+    add("Close", tagClose);
+    const CPoint at = mousePos();
+    popup->popup(at.x, at.y);
+}
+
+void CWin::captionMenu(CObject* sender) {
+    if (static_cast<CCtrl*>(sender)->tag == tagSize)
+        toggleMaximized();
+    else
+        hide();
 }
 
 void CWin::dragZone() {

@@ -1,9 +1,12 @@
 #include "gui/controls/CTabs.h"
 
+#include "base/Numbers.h"
+#include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CGui.h"
 #include "gui/CWin.h"
 #include "gui/Drawing.h"
+#include "gui/Keys.h"
 #include "gui/XConnection.h"
 
 CLabel::CLabel(CWin* owner, const CStr& label, int l, int t, int w, int h)
@@ -50,4 +53,69 @@ void CToolbar::paint(CGraphic* g, CRect rect) {
 
 void CSeparator::paint(CGraphic* g, CRect rect) {
     drawSeparator(g, 0, rect.height() / 2, rect.right);
+}
+
+CTabs::CTabs(CWin* owner, const CStr& name, int l, int t, int w, int h)
+    : CCtrl(owner, name, l, t, w, h) {
+    hooverable = true;
+    tabStop = true;
+}
+
+CTabs::~CTabs() {
+    delete onRightClick;
+}
+
+int CTabs::tabAt(int x) const {
+    const int tab = x < 0 ? -1 : x / asMax(tabWidth, 1);
+    return tab < items.getCount() ? tab : -1;
+}
+
+void CTabs::setIndex(int tab) {
+    tab = asMinMax(tab, 0, asMax(items.getCount() - 1, 0));
+    if (tab == index) return;
+    index = tab;
+    redraw();
+    if (onChange) (*onChange)(this);
+}
+
+void CTabs::mouseMove(int x, int y, int btn) {
+    CCtrl::mouseMove(x, y, btn);
+    const int over = inside(x, y) ? tabAt(x) : -1;
+    if (over == hoverIndex) return;
+    hoverIndex = over;
+    redraw();
+}
+
+void CTabs::mouseOver(bool enter, int x, int y) {
+    CCtrl::mouseOver(enter, x, y);
+    if (!enter) hoverIndex = -1;
+}
+
+void CTabs::mouseUp(int x, int y, int btn) {
+    CCtrl::mouseUp(x, y, btn);
+    if (inside(x, y) && tabAt(x) >= 0) setIndex(tabAt(x));
+    if ((btn & modRight) && onRightClick) (*onRightClick)(this);
+}
+
+bool CTabs::keyDown(int key, int mods) {
+    if (CCtrl::keyDown(key, mods)) return true;
+    if (mods || (key != keyLeft && key != keyRight)) return false;
+    setIndex(index + (key == keyLeft ? -1 : 1));
+    return true;
+}
+
+void CTabs::paint(CGraphic* g, CRect rect) {
+    g->fillRect(clTabs.frameCol, asRect(0, rect.bottom - 1, rect.right, rect.bottom));
+    for (int i = 0; i < items.getCount(); i++) {
+        const bool chosen = i == index;
+        const CGuiItem2& look = chosen || i == hoverIndex ? clTabsSelected : clTabs;
+        const CRect tab = asRect(i * tabWidth, chosen ? 0 : 2, (i + 1) * tabWidth, rect.bottom);
+        drawGuiItem(g, tab, &look);
+        if (chosen)
+            g->fillRect(look.fillCol,
+                        asRect(tab.left + 1, tab.bottom - 1, tab.right - 1, tab.bottom));
+        if (chosen && hasKeyFocus())
+            g->fillRect(win->app->gui->palette.accent, asRect(tab.left, 0, tab.right, 2));
+        g->drawText(look.textCol, items.get(i), tab, 0);
+    }
 }

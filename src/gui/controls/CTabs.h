@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/CStringList.h"
 #include "gui/CGroup.h"
 
 /// A line of text, or several, cut at line feeds. Presses pass through to what is behind it.
@@ -33,4 +34,26 @@ class CSeparator : public CCtrl {
 public:
     using CCtrl::CCtrl;
     void paint(CGraphic* g, CRect rect) override;
+};
+
+/// A row of tabs, one for each string. `onChange` tells that another one was chosen.
+class CTabs : public CCtrl {
+public:
+    CStringList items;
+    int index = 0;
+    int hoverIndex = -1;               ///< tab under the pointer, -1 none
+    int tabWidth = 64;                 ///< pixels, 1 or above
+    COnChange* onRightClick = nullptr; ///< owned
+
+    CTabs(CWin* win, const CStr& name, int left, int top, int width, int height);
+    ~CTabs() override;
+    void paint(CGraphic* g, CRect rect) override;
+    void mouseMove(int x, int y, int btn) override;
+    void mouseUp(int x, int y, int btn) override;
+    void mouseOver(bool enter, int x, int y) override;
+    bool keyDown(int key, int mods) override; ///< Left and Right
+    void setIndex(int tab);                   ///< clamped to the tabs; reports a change
+
+private:
+    int tabAt(int x) const; ///< -1 beyond the last
 };

@@ -1,0 +1,222 @@
+#include "gui/controls/CListbox.h"
+
+#include "base/Numbers.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Drawing.h"
+#include "gui/Keys.h"
+#include "gui/controls/CScrollbar.h"
+
+namespace {
+constexpr int barSize = 16, boxColumn = 15, boxSize = 11, textMargin = 4, wheelRows = 3;
+constexpr int contentSize = 300, contentMargin = 4, wheelPixels = 32;
+} // namespace
+
+CListbox::CListbox(CWin* owner, const CStr& name, int l, int t, int w, int h)
+    : CGroup(owner, name, l, t, w, h), face(new CCtrl(owner, "rows", 0, 0, w, h)),
+      bar(new CScrollbar(owner, "scroll", 0, 0, barSize, h)) {
+    tabStop = true;
+    face->onPaint = new _COnPaint<CListbox>(this, &CListbox::paintRows);
+    face->onMouseDown = new _COnMouse<CListbox>(this, &CListbox::rowsMouseDown);
+    face->onWheel = new _COnWheel<CListbox>(this, &CListbox::itemsWheel);
+    bar->onChange = new _COnChange<CListbox>(this, &CListbox::scrolled);
+    addControl(face);
+    addControl(bar);
+    CListbox::resized();
+}
+
+CListbox::~CListbox() {
+    delete onDoubleClick;
+    delete onChecked;
+    deleteAll<CListRow>(items);
+}
+
+CListRow* CListbox::add(const CStr& text) {
+    auto* line = new CListRow(text);
+    items.add(line);
+    resized();
+    redraw();
+    return line;
+}
+
+void CListbox::clearRows() {
+    deleteAll<CListRow>(items);
+    index = -1;
+    bar->setPos(0);
+    resized();
+    redraw();
+}
+
+int CListbox::visibleRows() const {
+    return asMax((height - 2) / asMax(itemHeight, 1), 1);
+}
+
+void CListbox::resized() {
+    const bool scrolls = items.getCount() > visibleRows();
+    const int side = scrolls ? barSize : 0;
+    bar->visible = scrolls;
+    bar->setBounds(width - 1 - side, 1, side, height - 2);
+    face->setBounds(1, 1, width - 2 - side, height - 2);
+    bar->setRange(items.getCount(), visibleRows());
+}
+
+void CListbox::setIndex(int line) {
+    index = asMinMax(line, -1, items.getCount() - 1);
+    if (index >= 0 && index < bar->pos) bar->setPos(index);
+    if (index >= bar->pos + visibleRows()) bar->setPos(index - visibleRows() + 1);
+    redraw();
+}
+
+void CListbox::choose(int line) {
+    if (line < 0 || line >= items.getCount()) return;
+    setIndex(line);
+    if (onChange) (*onChange)(this);
+}
+
+void CListbox::toggle(int line) {
+    CListRow* at = row(line);
+    if (!at) return;
+    at->checked = !at->checked;
+    redraw();
+    if (onChecked) (*onChecked)(this);
+}
+
+void CListbox::scrolled(CObject*) {
+    redraw();
+}
+
+void CListbox::rowsMouseDown(CObject*, int x, int y, int btn) {
+    win->setKeyCtrl(this);
+    const int line = bar->pos + y / asMax(itemHeight, 1);
+    if (line >= items.getCount()) return;
+    if (checkable && x <= boxColumn) {
+        setIndex(line);
+        toggle(line);
+    } else if ((btn & modDouble) && (btn & modLeft) && line == index) {
+        if (onDoubleClick) (*onDoubleClick)(this);
+    } else {
+        choose(line);
+    }
+}
+
+bool CListbox::itemsWheel(CObject*, int, int, int, int dy, int) {
+    if (!bar->visible) return false;
+    bar->setPos(bar->pos - (dy > 0 ? wheelRows : -wheelRows));
+    redraw();
+    return true;
+}
+
+void CListbox::setFocus(bool on) {
+    CGroup::setFocus(on);
+    redraw();
+}
+
+bool CListbox::keyDown(int key, int mods) {
+    if (CCtrl::keyDown(key, mods)) return true;
+    if (mods) return false;
+    const int last = items.getCount() - 1;
+    switch (key) {
+    case ::keyUp:
+        choose(asMax(index - 1, 0));
+        return true;
+    case ::keyDown:
+        choose(asMin(index + 1, last));
+        return true;
+    case keyHome:
+        choose(0);
+        return true;
+    case keyEnd:
+        choose(last);
+        return true;
+    case keyPageUp:
+        choose(asMax(index - visibleRows(), 0));
+        return true;
+    case keyPageDown:
+        choose(asMin(index + visibleRows(), last));
+        return true;
+    case ' ':
+        if (checkable) toggle(index);
+        return checkable;
+    case keyReturn:
+        if (!onDoubleClick || index < 0) return false;
+        (*onDoubleClick)(this);
+        return true;
+    default:
+        return false;
+    }
+}
+
+void CListbox::paint(CGraphic* g, CRect rect) {
+    drawGuiItem(g, rect, &clListbox);
+    CGroup::paint(g, rect);
+    if (hasKeyFocus()) g->frameRect(win->app->gui->palette.accent, rect);
+}
+
+void CListbox::paintRows(CObject*, CGraphic* g, CRect rect) {
+    for (int i = bar->pos; i < items.getCount(); i++) {
+        const int y = (i - bar->pos) * itemHeight;
+        if (y >= rect.bottom) break;
+        const CGuiItem2& look = i == index ? clListboxSelected : clListbox;
+        const CRect at = asRect(0, y, rect.right, y + itemHeight);
+        if (i == index) drawGuiItem(g, at, &look, drawBackground);
+        if (checkable) {
+            const int boxTop = y + (itemHeight - boxSize) / 2;
+            g->frameRect(look.textCol, asRect(2, boxTop, 2 + boxSize, boxTop + boxSize));
+            if (row(i)->checked) drawCheck(g, look.textCol, sizeRect(at, -3, 0, 0, 0));
+        }
+        const int indent = checkable ? boxColumn + textMargin : textMargin;
+        g->drawText(look.textCol, row(i)->id, sizeRect(at, indent, 0, 0, 0), 2);
+    }
+}
+
+CScrollPanel::CScrollPanel(CWin* owner, const CStr& name, int l, int t, int w, int h)
+    : CGroup(owner, name, l, t, w, h),
+      inner(new CGroup(owner, "inner", 0, 0, contentSize, contentSize)),
+      horzBar(new CScrollbar(owner, "horz", 0, 0, w, barSize)),
+      vertBar(new CScrollbar(owner, "vert", 0, 0, barSize, h)) {
+    inner->clipped = true;
+    horzBar->vertical = false;
+    addControl(inner);
+    for (CScrollbar* bar : {horzBar, vertBar}) {
+        bar->onChange = new _COnChange<CScrollPanel>(this, &CScrollPanel::scrolled);
+        addControl(bar);
+    }
+}
+
+void CScrollPanel::resized() {
+    int right = 0, bottom = 0;
+    for (const auto* ctrl : each<CCtrl>(inner->controls)) {
+        right = asMax(right, ctrl->left + ctrl->width + contentMargin);
+        bottom = asMax(bottom, ctrl->top + ctrl->height + contentMargin);
+    }
+    // Each bar takes room that may call for the other one.
+    const bool down = bottom > height - (right > width ? barSize : 0);
+    const bool across = right > width - (down ? barSize : 0);
+    const int w = width - (down ? barSize : 0), h = height - (across ? barSize : 0);
+    horzBar->visible = across;
+    vertBar->visible = down;
+    inner->setBounds(0, 0, w, h);
+    horzBar->setBounds(0, h, w, barSize);
+    vertBar->setBounds(w, 0, barSize, h);
+    CGroup::resized();
+    horzBar->setRange(right, w);
+    vertBar->setRange(bottom, h);
+    scrolled(nullptr);
+}
+
+void CScrollPanel::scrolled(CObject*) {
+    inner->scrollX = horzBar->pos;
+    inner->scrollY = vertBar->pos;
+    inner->moved();
+    redraw();
+}
+
+bool CScrollPanel::mouseWheel(int x, int y, int btn, int dy, int dx) {
+    if (CGroup::mouseWheel(x, y, btn, dy, dx)) return true;
+    CScrollbar* bar = dy ? vertBar : horzBar;
+    if (!bar->visible) return false;
+    bar->setPos(bar->pos - ((dy ? dy : dx) > 0 ? wheelPixels : -wheelPixels));
+    scrolled(bar);
+    return true;
+}

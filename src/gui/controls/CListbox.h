@@ -1,0 +1,66 @@
+#pragma once
+
+#include "gui/CGroup.h"
+
+class CScrollbar;
+
+/// One line of a list box.
+class CListRow : public CObject {
+public:
+    bool checked = false;
+    void* data = nullptr; ///< free for the owner
+
+    explicit CListRow(const CStr& text) { id = text; }
+};
+
+/// A list of lines, one of which may be chosen; it scrolls. `onChange` tells that another line was
+/// chosen.
+class CListbox : public CGroup {
+public:
+    CList items;            ///< of CListRow, owned
+    int index = -1;         ///< of the chosen line, -1 none
+    bool checkable = false; ///< with a check box in front of each line
+    int itemHeight = 16;    ///< pixels
+    COnChange *onDoubleClick = nullptr, *onChecked = nullptr; ///< owned
+
+    CListbox(CWin* win, const CStr& name, int left, int top, int width, int height);
+    ~CListbox() override;
+
+    CListRow* add(const CStr& text);
+    CListRow* row(int i) const { return static_cast<CListRow*>(items.items(i)); }
+    void clearRows();
+    /// Chooses a line, -1 none, and brings it into view; does not report.
+    void setIndex(int line);
+    void resized() override;
+    void paint(CGraphic* g, CRect rect) override;
+    bool keyDown(int key, int mods) override;
+    void setFocus(bool on) override;
+
+private:
+    CCtrl* face;     ///< one of `controls`
+    CScrollbar* bar; ///< likewise; in lines
+
+    int visibleRows() const;
+    void choose(int line);
+    void toggle(int line);
+    void paintRows(CObject* sender, CGraphic* g, CRect rect);
+    void rowsMouseDown(CObject* sender, int x, int y, int btn);
+    bool itemsWheel(CObject* sender, int x, int y, int btn, int dy, int dx);
+    void scrolled(CObject* sender);
+};
+
+/// A group whose content is larger than itself, between two scroll bars that show when they are
+/// needed. Content goes into `inner`.
+class CScrollPanel : public CGroup {
+public:
+    CGroup* inner; ///< one of `controls`, clipped
+
+    CScrollPanel(CWin* win, const CStr& name, int left, int top, int width, int height);
+    void resized() override;
+    bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
+
+private:
+    CScrollbar *horzBar, *vertBar; ///< among `controls`
+
+    void scrolled(CObject* sender);
+};
