@@ -48,8 +48,5 @@ void Cabinet::process(Sides* x, int frames) {
         }
         x[i] = v;
     }
-    for (Section& s : rows) {
-        cutTiny(s.s1);
-        cutTiny(s.s2);
-    }
+    for (Section& s : rows) cutTiny(s.s1, s.s2);
 }

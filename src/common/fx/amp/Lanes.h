@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 
 /// Both sides of one frame: left, right.
@@ -30,9 +31,10 @@ using Floats8 = float __attribute__((vector_size(32)));
 /// Below this a state that rings out is cut to 0, far from where numbers become slow.
 constexpr double stateFloor = 1e-20;
 
-template <class Vector>
-inline void cutTiny(Vector& state) {
-    constexpr int lanes = int(sizeof(Vector) / sizeof(state[0]));
+/// The states of one filter, side by side: none goes before the others have died away too.
+template <class... Vector>
+inline void cutTiny(Vector&... states) {
+    constexpr int lanes = std::min({int(sizeof(Vector) / sizeof(states[0]))...});
     for (int i = 0; i < lanes; i++)
-        if (std::fabs(double(state[i])) < stateFloor) state[i] = 0;
+        if ((std::fabs(double(states[i])) + ...) < stateFloor) ((states[i] = 0), ...);
 }

@@ -7,8 +7,8 @@
 /// Both ways run through the same linear-phase low-pass, a sinc under a Kaiser window (J. F.
 /// Kaiser, "Nonrecursive digital filter design using the I0-sinh window function", 1974), in
 /// polyphase form: up, each output sample is a sum over `span` inputs; down, only the samples that
-/// stay are worked out. Up to 0.39 of the base rate passes, images and aliases from 0.61 on are 80
-/// dB down. There and back takes `span` frames less one sample of the higher rate.
+/// stay are worked out. Up to 0.39 of the base rate passes, images and aliases from 0.61 on are
+/// 80 dB down. There and back takes `span` - 1 frames.
 class Oversampler {
 public:
     static constexpr int span = 24;      ///< frames under the window

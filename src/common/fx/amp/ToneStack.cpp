@@ -74,7 +74,5 @@ void ToneStack::process(Sides* x, int frames, const ToneStackCoeffs& start,
         s3 = c.b[3] * in - c.a[3] * out;
         x[i] = out;
     }
-    cutTiny(s1);
-    cutTiny(s2);
-    cutTiny(s3);
+    cutTiny(s1, s2, s3);
 }
