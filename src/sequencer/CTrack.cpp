@@ -5,6 +5,7 @@
 #include "engine/CQV.h"
 #include "engine/GraphHold.h"
 #include "engine/MidiBytes.h"
+#include "instruments/CArp.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/Pending.h"
@@ -34,13 +35,16 @@ void fadeLights(const CList& ports) {
 
 } // namespace
 
-CTrack::CTrack(CQV* root, CSeq* owner, int trackKind) : CComp(root), seq(owner), kind(trackKind) {
+CTrack::CTrack(CQV* root, CSeq* owner, int trackKind)
+    : CComp(root), seq(owner), kind(trackKind), arp(std::make_unique<CArp>(root)) {
     id = "Track";
     type = compTrack;
     editorStruct.width = editorWidth;
     editorStruct.height = editorHeight;
     const int rows = root->settings.getInt("track-noteh", defaultNoteHeight);
     noteHeight = rows < 1 ? defaultNoteHeight : rows;
+    arp->init();
+    arp->enabled = 0;
 }
 
 CTrack::~CTrack() {
@@ -48,13 +52,28 @@ CTrack::~CTrack() {
     deleteAll<CSubTrack>(subTracks);
 }
 
-void CTrack::prepare(int) {
+void CTrack::prepare(int frames) {
     processed = mixed = fxDone = false;
+    arp->prepare(frames);
 }
 
 void CTrack::idle() {
     fadeLights(inPorts);
     fadeLights(outPorts);
+    arp->idle();
+}
+
+void CTrack::sleep(int on) {
+    CComp::sleep(on);
+    arp->sleep(on);
+}
+
+void CTrack::arpeggiate(int frames) {
+    CMIDIQ* port = kind == trackMIDI ? outPort() : nullptr;
+    if (!port) return;
+    arp->inPort()->copyEvents(port);
+    arp->process(frames);
+    port->copyEvents(arp->outPort());
 }
 
 int CTrack::setCh(int msg) const {

@@ -4,6 +4,9 @@
 #include "sequencer/CGroove.h"
 #include "sequencer/CTrakPreview.h"
 
+#include <memory>
+
+class CArp;
 class CSeq;
 class CSubTrack;
 
@@ -52,15 +55,23 @@ public:
     /// By note: the message that ends the note that is played live on this track, 0 when silent.
     /// Graph holder.
     int playingNotes[128] = {};
+    /// Of an instrument track: what its notes go through before they leave. Off at first, and at
+    /// rest on tracks of other kinds. Never null.
+    const std::unique_ptr<CArp> arp;
 
     CTrack(CQV* root, CSeq* owner, int trackKind);
     ~CTrack() override;
     CTrack(const CTrack&) = delete;
     CTrack& operator=(const CTrack&) = delete;
 
-    /// Clears the guards only: queues and buffers are cleared by the `CSeq`, which owns them.
+    /// Clears the guards, and prepares the arpeggiator: the track's queues and buffers are cleared
+    /// by the `CSeq`, which owns them.
     void prepare(int frames) override;
     void idle() override;
+    void sleep(int on) override;
+    /// Leads what the block has played on an instrument track through its arpeggiator. Graph
+    /// holder.
+    void arpeggiate(int frames);
 
     bool selected() const { return hasFlag(trackSelected); }
     bool open() const { return hasFlag(trackOpen); }

@@ -2,6 +2,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
+#include "instruments/CArp.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Points.h"
 #include "sequencer/TempoMap.h"
@@ -174,6 +175,11 @@ void advance(const ProgBlock& b) {
         asInt64(prog->seq->ticksToFrames(0, asInt(prog->pos), asInt(double(host->rate))));
 }
 
+/// The user's second stop ends patterns that the latch keeps, too.
+void silenceArps(const CList& tracks) {
+    for (CTrack* track : each<CTrack>(tracks)) track->arp->allNotesOff = 1;
+}
+
 void jumpTo(CSeqProg* prog, double ticks) {
     prog->pos = ticks;
     prog->prevPos = ticks;
@@ -292,6 +298,7 @@ void CSeq::prepare(int frames) {
 void CSeq::process(int frames) {
     const ProcessGuard guard(this);
     if (!guard.enter) return;
+    if (allNotesOff && !host->playing) silenceArps(tracks);
     mergeMIDI(frames);
     mergeAudio(frames);
     if (playing && host->recording && !recording) {
@@ -300,6 +307,7 @@ void CSeq::process(int frames) {
     }
     subProcess(frames, 0);
     followTempo(frames);
+    for (CTrack* track : each<CTrack>(tracks)) track->arpeggiate(frames);
 }
 
 void CSeq::subProcess(int frames, int offset) {
