@@ -57,6 +57,7 @@ void encodeValue(SampleCoding coding, bool asInteger32, float value, unsigned ch
 } // namespace
 
 void decodeValues(SampleCoding coding, const unsigned char* in, int count, float* out) {
+    if (count < 1) return;
     const bool big = coding.bigEndian;
     if (coding.bits == 16)
         for (int i = 0; i < count; i++) out[i] = float(get16(in + i * 2ll, big)) * unit16;
