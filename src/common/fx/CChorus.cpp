@@ -18,26 +18,36 @@ float* newLine() {
     return static_cast<float*>(std::calloc(CChorus::bufferFrames, sizeof(float)));
 }
 
-/// How one side of the line is read.
-struct Sweep {
-    const float* wave;
-    const double* places; ///< in the wave, per frame
-    double offset;        ///< onto them
-    double nearest;       ///< place in the line, at the first frame and where the wave is 0
-    double range;         ///< frames
-};
+// Tables and lines are looked up one by one, apart from the loops that run in lanes: a gather, or
+// taking the indices out of a register, costs more.
 
-/// The line at its swept place, by a straight line between two frames.
-SONDRAVA_CLONES void readLine(const float* line, const Sweep& s, int count, float* __restrict out) {
-    const float* wave = s.wave;
-    const double* places = s.places;
-    const double offset = s.offset, nearest = s.nearest, range = s.range;
+SONDRAVA_CLONES void waveIndices(const double* places, double offset, int count,
+                                 int* __restrict index) {
+    for (int i = 0; i < count; i++) index[i] = int(places[i] + offset) & (lfoTableSize - 1);
+}
+
+[[gnu::noinline]] void lookUpWave(const float* wave, const int* index, int count,
+                                  float* __restrict out) {
+    for (int i = 0; i < count; i++) out[i] = wave[index[i]];
+}
+
+/// Where the line is read, `nearest` at the first frame if the wave is 0 there: `frame` and the
+/// fraction behind it.
+SONDRAVA_CLONES void linePlaces(const float* wave, double nearest, double range, int count,
+                                int* __restrict frame, float* __restrict fraction) {
     for (int i = 0; i < count; i++) {
-        const int at = int(places[i] + offset) & (lfoTableSize - 1);
-        const double pos = nearest + i + range * double(wave[at]);
-        const int n = int(pos);
-        const float a = line[n & mask], b = line[(n + 1) & mask];
-        out[i] = a + (b - a) * float(pos - n);
+        const double pos = nearest + i + range * double(wave[i]);
+        frame[i] = int(pos);
+        fraction[i] = float(pos - int(pos));
+    }
+}
+
+/// The line there, by a straight line between two frames.
+[[gnu::noinline]] void lookUpLine(const float* line, const int* frame, const float* fraction,
+                                  int count, float* __restrict out) {
+    for (int i = 0; i < count; i++) {
+        const float a = line[frame[i] & mask], b = line[(frame[i] + 1) & mask];
+        out[i] = a + (b - a) * fraction[i];
     }
 }
 
@@ -124,9 +134,13 @@ void CChorus::process(float* inL, float* inR, float* outL, float* outR, long fra
 
 void CChorus::runSide(const Block& b, float* line, int& write, const double* places, double offset,
                       const float* in, float* out, int count) {
-    float dryIn[piece], y[piece], fed[piece];
+    int index[piece];
+    float dryIn[piece], swing[piece], fraction[piece], y[piece], fed[piece];
     std::copy_n(in, count, dryIn);
-    readLine(line, {b.wave, places, offset, write - b.nominal - 1.0, b.range}, count, y);
+    waveIndices(places, offset, count, index);
+    lookUpWave(b.wave, index, count, swing);
+    linePlaces(swing, write - b.nominal - 1.0, b.range, count, index, fraction);
+    lookUpLine(line, index, fraction, count, y);
     mixSide(dryIn, y, b.feedback, b.dry, b.wet, count, fed, out);
     std::copy_n(fed, count, line + write);
     write = (write + count) & mask;
