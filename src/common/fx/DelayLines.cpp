@@ -88,9 +88,11 @@ void MSVRAP1ModDelayLine::getTaps(const double* phases, int count, float* taps, 
         lookUp(frame, n, fractions);
         splitPlaces(curPos, float(modDepth), n, frame, fractions);
         const int first = int(curPos) - modDepth - 1, span = n + 2 * modDepth + 3;
-        copyFrom(first, span, window);
+        const bool whole = first >= 0 && first + span <= size;
+        if (!whole) copyFrom(first, span, window);
+        const float* from = whole ? ring.get() + first : window;
         for (int i = 0; i < n; i++) {
-            const float* at = window + (frame[i] - first);
+            const float* at = from + (frame[i] - first);
             taps[i] = at[0];
             next[i] = at[1];
         }
