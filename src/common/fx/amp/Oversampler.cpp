@@ -27,42 +27,64 @@ void lowPass(int factor, double* taps) {
     }
 }
 
-template <int groups>
-[[gnu::always_inline]] inline void interpolate(const Floats8* base, const Floats8* taps, int frames,
+/// So many frames at a time share each tap that they read; every sum runs in the same order.
+constexpr int together = 4;
+
+template <int groups, int count>
+[[gnu::always_inline]] inline void interpolate(const Floats8* base, const Floats8* taps,
                                                Floats8* __restrict out) {
-    for (int i = 0; i < frames; i++) {
-        Floats8 sums[groups] = {};
-        for (int k = 0; k < span; k++)
-            for (int g = 0; g < groups; g++)
-                sums[g] += taps[k * Oversampler::maxGroups + g] * base[i + k];
-        for (int g = 0; g < groups; g++) out[i * groups + g] = sums[g];
+    Floats8 sums[count * groups] = {};
+    for (int k = 0; k < span; k++)
+        for (int g = 0; g < groups; g++)
+            for (int i = 0; i < count; i++)
+                sums[i * groups + g] += taps[k * Oversampler::maxGroups + g] * base[i + k];
+    for (int i = 0; i < count * groups; i++) out[i] = sums[i];
+}
+
+template <int groups, int count>
+[[gnu::always_inline]] inline void decimate(const Floats8* over, const Floats8* taps,
+                                            Sides* __restrict out) {
+    Floats8 sums[count] = {};
+    for (int k = 0; k < span * groups; k++)
+        for (int i = 0; i < count; i++) sums[i] += taps[k] * over[i * groups + k];
+    for (int i = 0; i < count; i++) {
+        const Floats8 s = sums[i];
+        out[i] =
+            Sides{double((s[0] + s[2]) + (s[1] + s[3])), double((s[4] + s[6]) + (s[5] + s[7]))};
     }
+}
+
+template <int groups>
+[[gnu::always_inline]] inline void interpolateAll(const Floats8* base, const Floats8* taps,
+                                                  int frames, Floats8* out) {
+    int i = 0;
+    for (; i + together <= frames; i += together)
+        interpolate<groups, together>(base + i, taps, out + i * groups);
+    for (; i < frames; i++) interpolate<groups, 1>(base + i, taps, out + i * groups);
+}
+
+template <int groups>
+[[gnu::always_inline]] inline void decimateAll(const Floats8* over, const Floats8* taps, int frames,
+                                               Sides* out) {
+    int i = 0;
+    for (; i + together <= frames; i += together)
+        decimate<groups, together>(over + i * groups, taps, out + i);
+    for (; i < frames; i++) decimate<groups, 1>(over + i * groups, taps, out + i);
 }
 
 SONDRAVA_CLONES void interpolate4(const Floats8* base, const Floats8* taps, int frames,
                                   Floats8* out) {
-    interpolate<1>(base, taps, frames, out);
+    interpolateAll<1>(base, taps, frames, out);
 }
-
 SONDRAVA_CLONES void interpolate8(const Floats8* base, const Floats8* taps, int frames,
                                   Floats8* out) {
-    interpolate<2>(base, taps, frames, out);
+    interpolateAll<2>(base, taps, frames, out);
 }
-
-SONDRAVA_CLONES void decimate(const Floats8* over, const Floats8* taps, int groups, int frames,
-                              Sides* __restrict out) {
-    const int length = span * groups;
-    for (int i = 0; i < frames; i++) {
-        Floats8 even = {}, odd = {};
-        for (int k = 0; k < length; k += 2) {
-            even += taps[k] * over[k];
-            odd += taps[k + 1] * over[k + 1];
-        }
-        over += groups;
-        const Floats8 sum = even + odd;
-        out[i] = Sides{double((sum[0] + sum[2]) + (sum[1] + sum[3])),
-                       double((sum[4] + sum[6]) + (sum[5] + sum[7]))};
-    }
+SONDRAVA_CLONES void decimate4(const Floats8* over, const Floats8* taps, int frames, Sides* out) {
+    decimateAll<1>(over, taps, frames, out);
+}
+SONDRAVA_CLONES void decimate8(const Floats8* over, const Floats8* taps, int frames, Sides* out) {
+    decimateAll<2>(over, taps, frames, out);
 }
 
 } // namespace
@@ -99,6 +121,6 @@ void Oversampler::up(const Sides* in, int frames, Floats8* out) {
 void Oversampler::down(const Floats8* in, int frames, Sides* out) {
     const int kept = (span - 1) * groups;
     std::copy_n(in, frames * groups, over + kept);
-    decimate(over, downTaps, groups, frames, out);
+    (groups == 1 ? decimate4 : decimate8)(over, downTaps, frames, out);
     std::copy_n(over + frames * groups, kept, over);
 }
