@@ -99,20 +99,6 @@ TEST(CClick, ModesDecideWhenItIsHeard) {
     }
 }
 
-TEST(CClick, StartInTheMiddleOfASoundContinuesIt) {
-    TestHost t;
-    CClick* click = t.host->click;
-    const GraphHold hold(t.host);
-    struct Case {
-        double ticks, tickPos;
-    };
-    for (const Case& c : {Case{960, 0}, {0, 0}, {1000, 40}, {1e9, std::fmod(1e9, 960)}}) {
-        click->setPos(c.ticks);
-        EXPECT_DOUBLE_EQ(click->tickPos, c.tickPos);
-        EXPECT_DOUBLE_EQ(click->samplePos, c.tickPos * 44100 / 1920);
-    }
-}
-
 /// Count-in of 2 beats, 44100 frames: as many clicks, the last block ends with it, and the song's
 /// first beat follows.
 TEST(CClick, CountInLeadsIntoTheSong) {
@@ -142,16 +128,6 @@ TEST(CClick, CountInFromWithinABeat) {
     EXPECT_EQ(t.places(), expected);
 }
 
-TEST(CClick, NotInARender) {
-    Fixture t;
-    const GraphHold hold(t.host);
-    t.host->start();
-    t.host->renderMode = 1;
-    t.host->prepare(1000);
-    t.host->process(1000);
-    EXPECT_EQ(t.out->output()->bufL[0], 0.0f);
-}
-
 TEST(CSnap, Ticks) {
     struct Case {
         int index, num, den;
@@ -159,8 +135,7 @@ TEST(CSnap, Ticks) {
         int ticks;
     };
     const Case cases[] = {
-        {0, 4, 4, false, false, 30},   {1, 4, 4, false, false, 60},   {2, 4, 4, false, false, 120},
-        {3, 4, 4, false, false, 240},  {4, 4, 4, false, false, 480},  {5, 4, 4, false, false, 960},
+        {0, 4, 4, false, false, 30},   {3, 4, 4, false, false, 240},  {5, 4, 4, false, false, 960},
         {6, 4, 4, false, false, 3840}, {6, 3, 4, false, false, 2880}, {6, 6, 8, false, false, 2880},
         {6, 1, 7, false, false, 548},  {3, 4, 4, true, false, 360},   {3, 4, 4, false, true, 160},
         {3, 4, 4, true, true, 360},    {-1, 4, 4, false, false, 240}, {7, 4, 4, false, false, 240},
@@ -173,8 +148,7 @@ TEST(CSnap, Ticks) {
         s.den = c.den;
         s.dotted = c.dotted;
         s.triplet = c.triplet;
-        EXPECT_EQ(s.getTicks(), c.ticks) << c.index << " " << c.num << "/" << c.den;
-        EXPECT_EQ(s.val(), c.ticks);
+        EXPECT_EQ(s.val(), c.ticks) << c.index << " " << c.num << "/" << c.den;
         s.active = false;
         EXPECT_EQ(s.val(), 1);
     }

@@ -1,5 +1,4 @@
 #include "engine/CMIDIQ.h"
-#include "engine/MidiBytes.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -84,18 +83,6 @@ TEST(CMIDIQ, FrameOfStaysInItsRange) {
         e.time = c.time;
         EXPECT_EQ(CMIDIQ::frameOf(&e, c.low, c.high), c.frame) << c.time;
     }
-}
-
-TEST(MidiBytes, PackedFieldsComeBackAndNotesAreTold) {
-    const int data = asData(midiNoteOn | 9, 60, 100);
-    EXPECT_EQ(data, 0x643C99);
-    EXPECT_EQ(statusByte(data), midiNoteOn);
-    EXPECT_EQ(chByte(data), 9);
-    EXPECT_EQ(asByte1(data), 60);
-    EXPECT_EQ(asByte2(data), 100);
-    EXPECT_TRUE(noteOn(data) && !noteOff(data));
-    EXPECT_TRUE(noteOff(asData(midiNoteOn, 60, 0)) && !noteOn(asData(midiNoteOn, 60, 0)));
-    EXPECT_TRUE(noteOff(asData(midiNoteOff, 60, 64)));
 }
 
 } // namespace
