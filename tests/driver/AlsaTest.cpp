@@ -102,13 +102,7 @@ TEST_F(Alsa, ConvertsToTheFormOfTheDevice) {
 }
 
 TEST_F(Alsa, AsksToBeReopenedWhenTheDeviceDies) {
-    const int device = module->device("ALSA: tojack");
-    ASSERT_TRUE(module->open(device, 256, 44100));
-    ASSERT_TRUE(module->waitBlocks(3));
-    server.kill();
-    ASSERT_TRUE(waitFor([&] { return (*module)(aamNeedsReopen) == 1; }));
-    module->close();
-    EXPECT_FALSE(module->open(device, -1, 44100));
+    failWhilePlaying(*module, module->device("ALSA: tojack"), [&] { server.kill(); });
 }
 
 TEST_F(Alsa, ReopensAgainAndAgain) {

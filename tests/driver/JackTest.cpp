@@ -188,16 +188,7 @@ TEST_F(Jack, AsksToBeReopenedWhenTheServerChangesItsBlock) {
 }
 
 TEST_F(Jack, OutlivesItsServer) {
-    const int device = jack();
-    ASSERT_TRUE(module.open(device, 256, 44100));
-    ASSERT_TRUE(module.waitBlocks(3));
-    server.kill();
-    ASSERT_TRUE(waitFor([&] { return module(aamNeedsReopen) == 1; }));
-    EXPECT_EQ(module(aamNeedsReopen), 0);
-    const int64_t seen = module.blocks;
-    module.close();
-    EXPECT_FALSE(module.open(device, -1, 44100));
-    EXPECT_EQ(module.blocks, seen);
+    failWhilePlaying(module, jack(), [&] { server.kill(); });
     EXPECT_EQ(jack(), -1) << "gone from the list";
     ASSERT_TRUE(module.open(module.device("Silent clock"), 256, 44100));
     EXPECT_TRUE(module.waitBlocks(3));

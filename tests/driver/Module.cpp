@@ -117,6 +117,19 @@ void stopWhileInside(Module& module, int device) {
     }
 }
 
+void failWhilePlaying(Module& module, int device, const std::function<void()>& fail) {
+    ASSERT_TRUE(module.open(device, 256, 44100));
+    ASSERT_TRUE(module.waitBlocks(3));
+    EXPECT_EQ(module(aamNeedsReopen), 0);
+    fail();
+    ASSERT_TRUE(waitFor([&] { return module(aamNeedsReopen) == 1; }));
+    EXPECT_EQ(module(aamNeedsReopen), 0);
+    module.close();
+    const int64_t seen = module.blocks;
+    EXPECT_FALSE(module.open(device, -1, 44100));
+    EXPECT_EQ(module.blocks, seen);
+}
+
 void reopen(Module& module, int device, int times) {
     constexpr int warmUp = 10;
     Holdings before{};

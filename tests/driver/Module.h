@@ -81,5 +81,8 @@ struct Holdings {
 /// Stops again and again while a long callback runs: it must be over by then.
 void stopWhileInside(Module& module, int device);
 
+/// Has the device fail while it plays: the program is asked once to reopen it, which then fails.
+void failWhilePlaying(Module& module, int device, const std::function<void()>& fail);
+
 /// Opens, plays a few blocks and closes so many times: nothing may pile up.
 void reopen(Module& module, int device, int times);

@@ -13,16 +13,20 @@ class Pulse : public testing::Test {
 protected:
     PulseServer server;
     Module module;
+    int first = sink("first"), second = sink("second");
+
+    int sink(const std::string& name) {
+        EXPECT_TRUE(waitFor([&] { return module.device("Pulse: " + name) >= 0; }));
+        return module.device("Pulse: " + name);
+    }
 };
 
 } // namespace
 
 TEST_F(Pulse, ListsASinkEachWithTheDefaultFirstAndGrantsTheBlock) {
-    ASSERT_TRUE(waitFor([&] { return module.device("Pulse: first") >= 0; }));
-    ASSERT_TRUE(waitFor([&] { return module.device("Pulse: second") >= 0; }));
-    EXPECT_LT(module.device("Pulse: first"), module.device("Pulse: second"));
+    EXPECT_LT(sink("first"), sink("second"));
     for (const int frames : {64, 333, 1024}) {
-        ASSERT_TRUE(module.open(module.device("Pulse: first"), frames, 44100));
+        ASSERT_TRUE(module.open(sink("first"), frames, 44100));
         EXPECT_EQ(module(aamFrames), frames);
         EXPECT_EQ(module.rate(), 44100.0f);
         EXPECT_EQ(module(aamAudioInCount), 2) << "the default source";
@@ -46,8 +50,7 @@ TEST_F(Pulse, PlaysTheSamplesInOrder) {
         return 0L;
     };
     TempFolder folder;
-    ASSERT_TRUE(waitFor([&] { return module.device("Pulse: second") >= 0; }));
-    ASSERT_TRUE(module.open(module.device("Pulse: second"), 256, 48000));
+    ASSERT_TRUE(module.open(second, 256, 48000));
     const std::string file = folder.file("heard");
     Child recorder({"parecord", "-d", "second.monitor", "--raw", "--format=float32le",
                     "--rate=48000", "--channels=2", file});
@@ -72,30 +75,16 @@ TEST_F(Pulse, PlaysTheSamplesInOrder) {
 }
 
 TEST_F(Pulse, AsksToBeReopenedWhenTheSinkVanishes) {
-    ASSERT_TRUE(waitFor([&] { return module.device("Pulse: second") >= 0; }));
-    const int device = module.device("Pulse: second");
-    ASSERT_TRUE(module.open(device, 256, 44100));
-    ASSERT_TRUE(module.waitBlocks(3));
-    EXPECT_EQ(module(aamNeedsReopen), 0);
-    ASSERT_EQ(runCommand({"pw-cli", "destroy", "second"}), 0);
-    ASSERT_TRUE(waitFor([&] { return module(aamNeedsReopen) == 1; }));
-    module.close();
-    EXPECT_FALSE(module.open(device, -1, 44100));
+    failWhilePlaying(module, second, [] {
+        ASSERT_EQ(runCommand({"pw-cli", "destroy", "second"}), 0);
+    });
 }
 
 TEST_F(Pulse, OutlivesItsServer) {
-    ASSERT_TRUE(waitFor([&] { return module.device("Pulse: first") >= 0; }));
-    const int device = module.device("Pulse: first");
-    ASSERT_TRUE(module.open(device, 256, 44100));
-    ASSERT_TRUE(module.waitBlocks(3));
-    server.kill();
-    ASSERT_TRUE(waitFor([&] { return module(aamNeedsReopen) == 1; }));
-    module.close();
-    EXPECT_FALSE(module.open(device, -1, 44100));
+    failWhilePlaying(module, first, [&] { server.kill(); });
     EXPECT_EQ(module.device("Pulse"), -1);
 }
 
 TEST_F(Pulse, ReopensAHundredTimes) {
-    ASSERT_TRUE(waitFor([&] { return module.device("Pulse: first") >= 0; }));
-    reopen(module, module.device("Pulse: first"), 100);
+    reopen(module, first, 100);
 }
