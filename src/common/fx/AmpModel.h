@@ -20,8 +20,8 @@ void* Overloud_create(int type);
 /// Null is let through, here and in the calls below.
 void Overloud_destroy(void* amp);
 /// `frames` samples of 1 or 2 `channels`; the output may be the input and is overwritten. Any cut
-/// of a signal into blocks gives the same. Input that is not finite counts as silence; the output
-/// is finite always.
+/// of a signal into blocks gives the same, 23 frames late. Input that is not finite counts as
+/// silence; the output is finite always.
 void Overloud_process(void* amp, const float** in, float** out, int channels, int frames);
 /// Frames a second, kept within 8,000 to 768,000; forgets the past. May allocate.
 void Overloud_setfrequency(void* amp, float hz);
