@@ -109,20 +109,22 @@ void CEffect::process(int frames) {
 void CEffect::subProcess(int frames, int offset) {
     const CInputChannel* in = input();
     const COutputChannel* out = output();
-    if (!in || !out || (enabled && !getProg())) return;
-    const bool ran = enabled && runChain(frames, offset);
+    const bool on = enabled;
+    const CEffectProg* prog = getProg();
+    if (!in || !out || (on && !prog)) return;
+    const bool ran = on && runChain(*prog, frames, offset);
     std::copy_n(ran ? host->tmpBuffers[0] : in->bufL + offset, frames, out->bufL + offset);
     std::copy_n(ran ? host->tmpBuffers[1] : in->bufR + offset, frames, out->bufR + offset);
 }
 
 /// Leaves the sound in the first two scratch buffers; false when no effect is on.
-bool CEffect::runChain(int frames, int offset) {
+bool CEffect::runChain(const CEffectProg& prog, int frames, int offset) {
     float* left = host->tmpBuffers[0];
     float* right = host->tmpBuffers[1];
     std::fill_n(left, frames, 0.0f);
     std::fill_n(right, frames, 0.0f);
     bool ran = false;
-    for (auto* fx : each<CFX>(getProg()->effects)) {
+    for (auto* fx : each<CFX>(prog.effects)) {
         if (!fx->enabled || !isEffectKind(fx->type)) continue;
         fx->tempo = host->tempoNow;
         if (ran)

@@ -74,5 +74,5 @@ public:
 private:
     template <class F>
     void eachEffect(F&& visit);
-    bool runChain(int frames, int offset);
+    bool runChain(const CEffectProg& prog, int frames, int offset);
 };

@@ -100,17 +100,18 @@ TEST(RackFiles, LayoutAndRoundTrip) {
 }
 
 /// Of an unknown kind four fields survive. What no program takes, and foreign blocks, are skipped;
-/// settings out of range are clamped, those that are no number keep their default.
+/// settings out of range are clamped, those that are missing or no number keep their default.
 TEST(RackFiles, UnknownAndWildBlocks) {
     Bytes in, out;
     in.fx(fxDelay, 1, 1, 1, "", {});
     in.block("progi", 4).put(-7).block("new", 3).zeros(3).prog("A");
     in.fx(-42, 5, 0.25f, 7.0f, "ff", {1, 2}).block("reverbSize", 4).put(1234);
     in.fx(fxReverb, 1, NAN, 0.5f, "if", {9999, INFINITY}).block("ampDrive2", 4).put(0.5f);
+    in.block("fx", 20).put(int(fxBitcrusher)).put(1).put(1.0f).put(1.0f).put(7);
     in.fx(fxBitcrusher, 1, 1, 1, "ii", {0, 1000});
     out.block("progi", 4).put(0).prog("A").fx(-42, 1, 0.25f, 1.0f, "", {});
     out.fx(fxReverb, 1, 1, 0.5f, "if", {250, 2000}).block("reverbSize", 4).put(2000);
-    out.fx(fxBitcrusher, 1, 1, 1, "ii", {1, 64});
+    out.fx(fxBitcrusher, 1, 1, 1, "ii", {7, 4}).fx(fxBitcrusher, 1, 1, 1, "ii", {1, 64});
     TestHost f;
     CEffect rack(f.host);
     read(rack, in);
@@ -140,9 +141,12 @@ TEST(RackFiles, DamagedFilesDoNoHarm) {
             ASSERT_TRUE(std::isfinite(rack.output()->bufL[i])) << round << ", frame " << i;
     }
     Bytes heads;
+    heads.prog("");
+    for (int i = 0; i < 99; i++) heads.block("fx", 4).put(int(fxBitcrusher));
     for (int i = 0; i < 3000; i++) heads.prog("").block("fx", 4).put(int(fxBitcrusher));
     read(rack, heads);
     EXPECT_EQ(rack.progs.getCount(), RackContent::mostProgs);
+    EXPECT_EQ(rack.getProg()->effects.getCount(), RackContent::mostInChain);
 }
 
 /// Opening a file is one step, which gives back the programs and the current one.

@@ -82,9 +82,9 @@ TEST(CFilterFX, FollowsItsFormulasInAnyCut) {
 TEST(CFilterFX, ForgetsWhatIsNoNumberAndWhenTurnedOn) {
     for (const float past : {std::nanf(""), INFINITY, 0.5f}) {
         CFilterFX fx(44100, 0);
-        fx.setCutoff(0.3f);
+        fx.setResonance(0.9f);
         Stereo in(100), out(100), silence(100);
-        in.left[50] = in.right[50] = past;
+        in.left[99] = in.right[99] = past;
         runFx(fx, in, out, 100);
         if (past == 0.5f) fx.setEnabled(1);
         runFx(fx, silence, out, 100);
