@@ -285,18 +285,17 @@ TEST(MidiRouting, RecordingTakesParametersDown) {
     auto* seq = t.add(new SeqStub(t.host));
     t.connectMIDI(seq, t.target);
     t.run();
-    t.host->addMap(t.target, 4, 0.5f);
+    COutputChannel* ch = t.target->output();
+    t.host->addMap(ch, 4, 0.5f);
     EXPECT_EQ(seq->recorded, nullptr);
     t.host->recording = 1;
-    CObject* targets[] = {t.target, t.target->output(), t.target->output()->sendLevels[1]};
+    CObject* const targets[] = {t.target, ch, ch->sendLevels[1]};
     for (CObject* target : targets) {
         t.host->addMap(target, 4, 0.25f);
-        EXPECT_EQ(seq->recorded, target);
-        EXPECT_EQ(seq->recordedParam, 4);
+        EXPECT_TRUE(seq->recorded == target && seq->recordedParam == 4);
         EXPECT_EQ(seq->recordedValue, 0.25f);
     }
-    t.host->addMap(t.target->input(), 5, 0.25f);
-    EXPECT_EQ(seq->recordedParam, 4) << "an input has no parameters";
-    t.host->addMap(t.midiOut, 5, 0.25f);
-    EXPECT_EQ(seq->recordedParam, 4) << "no sequencer feeds it";
+    t.host->addMap(t.target->input(), 5, 0.25f); // without parameters
+    t.host->addMap(t.midiOut, 5, 0.25f);         // not fed by a sequencer
+    EXPECT_EQ(seq->recordedParam, 4);
 }
