@@ -1,5 +1,6 @@
 #include "FxSettings.h"
 #include "common/fx/CEQ.h"
+#include "common/fx/CGuitarAmp.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
 #include "instruments/COSCSound.h"
@@ -58,6 +59,13 @@ Unit effect(std::shared_ptr<Fx> fx) {
 template <class Fx>
 Unit makeEffect() {
     return effect(std::make_shared<Fx>(rate, 0));
+}
+
+template <int channel>
+Unit makeAmp() {
+    auto amp = std::make_shared<CGuitarAmp>(rate, 0);
+    amp->setChannel(channel);
+    return effect(amp);
 }
 
 Unit makeBand() {
@@ -179,6 +187,9 @@ int main(int argc, char** argv) {
     compare("bit crusher", makeEffect<CBitcrusher>);
     compare("filter", makeEffect<CFilterFX>);
     compare("compressor", makeEffect<CCompressor>);
+    compare("clean amplifier", makeAmp<0>);
+    compare("crunch amplifier", makeAmp<1>);
+    compare("dirty amplifier", makeAmp<2>);
     compare("equaliser band", makeBand);
     compare("notes let go", makeReleased);
     compare("notes died away", makeDecayed);
