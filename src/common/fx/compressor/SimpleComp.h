@@ -24,8 +24,6 @@ public:
     void setTc(double ms);           ///< time constant, above 0
     void setSampleRate(double rate); ///< Hz, above 0
     double getTc() const { return ms; }
-    double getSampleRate() const { return sampleRate; }
-    double getCoef() const { return coef; }
     void run(double in, double& state) const { state = coef * (state - in) + in; }
 
 private:
