@@ -270,17 +270,17 @@ void CSample::writepeak(const unsigned char* bytes, int count) {
     }
 }
 
-void CSample::peakfile() {
+void CSample::peakfile(const CThread* worker) {
     if (!valid || peakBusy.exchange(true)) return;
-    if (peaks.peakFrames == 0 && chs <= maxPlayChannels) {
-        float values[pieceFrames * maxPlayChannels];
-        for (std::int64_t done = 0; done < frames; done += pieceFrames) {
-            const int n = int(std::min<std::int64_t>(pieceFrames, frames - done));
-            readFrames(done, n, values);
-            peaks.add(values, n);
-        }
+    float values[pieceFrames * maxPlayChannels];
+    bool going = chs <= maxPlayChannels;
+    while (going && peaks.peakFrames < frames) {
+        const int n = std::min(pieceFrames, frames - peaks.peakFrames);
+        readFrames(peaks.peakFrames, n, values);
+        peaks.add(values, n);
+        going = !(worker && worker->shallPause());
     }
-    needsPeaks = false;
+    needsPeaks = !going && chs <= maxPlayChannels;
     peakBusy = false;
 }
 

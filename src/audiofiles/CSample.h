@@ -116,8 +116,9 @@ public:
     const float* floatData(int side) const;
     SampleCoding coding() const { return {bits, bigEndian}; }
 
-    /// Computes the image of the whole content, if it has none and nobody is at it.
-    void peakfile();
+    /// Computes what the image still lacks of the content, unless somebody is at it. Stops, to go
+    /// on in a later call, when `worker`, the thread that calls, shall pause.
+    void peakfile(const CThread* worker = nullptr);
     /// Adds frames, as they lie in the file, to the image.
     void writepeak(const unsigned char* bytes, int count);
 

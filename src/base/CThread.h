@@ -53,6 +53,8 @@ public:
     void suspend(int ms = -1);
     /// The thread itself: stands still while it is asked to.
     void checkPark();
+    /// Whether it is asked to end or to stand still: long work stops then and goes on later.
+    bool shallPause() const { return terminated || parkWanted > 0; }
 
 private:
     using Lock = std::unique_lock<std::mutex>;

@@ -13,8 +13,10 @@ constexpr unsigned updatePeakImage = 4;
 void CDiskThread::execute() {
     while (!terminated) {
         checkPark();
-        for (CSample* sample : each<CSample>(qv->samples))
+        for (CSample* sample : each<CSample>(qv->samples)) {
+            if (shallPause()) break;
             if (sample->reader) sample->reader->serve();
+        }
         for (CComp* c : each<CComp>(qv->comps))
             if (c->type == compSeq) c->diskRead();
         suspend(pauseMs);
@@ -31,8 +33,7 @@ void CPeakThread::execute() {
 bool CPeakThread::buildNext() {
     for (CSample* sample : each<CSample>(qv->samples)) {
         if (!sample->needsPeaks || !sample->valid || sample->peakBusy) continue;
-        sample->peakfile();
-        sample->needsPeaks = false;
+        sample->peakfile(this);
         qv->update(updatePeakImage);
         return true;
     }

@@ -63,6 +63,23 @@ TEST_F(PeakImageTest, HoldsTheExtremesOfEachWindow) {
     expectImage(out.peaks, both, 2, "while written");
 }
 
+/// A worker that shall pause stops soon; what was begun is finished later.
+TEST_F(PeakImageTest, ScansStopAndGoOn) {
+    struct Worker : CThread {
+        void execute() override {}
+    } worker;
+    write(path("s.wav"), 44100, 16, 1, noise(9000, 1), noise(9000, 2));
+    CSample sample;
+    ASSERT_TRUE(sample.open(path("s.wav").c_str()));
+    worker.terminated = true;
+    for (int last = 0; sample.needsPeaks; last = sample.peaks.count()) {
+        sample.peakfile(&worker);
+        ASSERT_LE(sample.peaks.count(), last + 8);
+        ASSERT_GT(sample.peaks.count() + !sample.needsPeaks, last);
+    }
+    expectImage(sample.peaks, allFrames(sample), 1, "in pieces");
+}
+
 /// What a reader has been told of never changes while the image grows over many chunks.
 TEST_F(PeakImageTest, GrowsUnderAReader) {
     constexpr int windows = 20000;
