@@ -150,7 +150,11 @@ void CElastiqueIf::process(float* left, float* right, int frames) {
     Engine& e = *engine;
     const double room = (e.held - sincReach(e.pitch) - 1 - e.pos) / e.pitch;
     const int n = std::clamp(int(std::floor(room)) + 1, 0, frames);
-    readSinc(e.sides[0].data(), e.sides[1].data(), e.pos, e.pitch, n, left, right);
+    if (e.pitch == 1.0 && e.pos == std::floor(e.pos)) {
+        std::copy_n(e.sides[0].data() + int(e.pos), n, left);
+        std::copy_n(e.sides[1].data() + int(e.pos), n, right);
+    } else
+        readSinc(e.sides[0].data(), e.sides[1].data(), e.pos, e.pitch, n, left, right);
     std::fill(left + n, left + frames, 0.0f);
     std::fill(right + n, right + frames, 0.0f);
     e.pos += frames * e.pitch;

@@ -1,5 +1,8 @@
 #include "audiofiles/SampleBytes.h"
 
+#include "base/Clones.h"
+#include "base/Floats4.h"
+
 #include <bit>
 #include <cstdint>
 #include <cstring>
@@ -54,15 +57,51 @@ void encodeValue(SampleCoding coding, bool asInteger32, float value, unsigned ch
     put(out, word, coding.bits / 8, coding.bigEndian);
 }
 
+SONDRAVA_CLONES void decode16(const unsigned char* in, int count, bool big, float* out) {
+    if (big)
+        for (int i = 0; i < count; i++) out[i] = float(get16(in + i * 2ll, true)) * unit16;
+    else
+        for (int i = 0; i < count; i++) out[i] = float(get16(in + i * 2ll, false)) * unit16;
+}
+
+using Bytes16 = unsigned char __attribute__((vector_size(16)));
+using Ints4 = int __attribute__((vector_size(16)));
+
+/// Four values of 24 bits into the upper bytes of as many words. `in` holds at least 16 bytes.
+template <bool big>
+[[gnu::always_inline]] inline void decodeFour24(const unsigned char* in, float* out) {
+    constexpr int z = 16; // an index of the second vector: zero
+    Bytes16 bytes;
+    std::memcpy(&bytes, in, sizeof bytes);
+    const Bytes16 zero = {};
+    if constexpr (big)
+        bytes =
+            __builtin_shufflevector(bytes, zero, z, 2, 1, 0, z, 5, 4, 3, z, 8, 7, 6, z, 11, 10, 9);
+    else
+        bytes =
+            __builtin_shufflevector(bytes, zero, z, 0, 1, 2, z, 3, 4, 5, z, 6, 7, 8, z, 9, 10, 11);
+    saveFloats(out, __builtin_convertvector(std::bit_cast<Ints4>(bytes), Floats4) * unit32);
+}
+
+SONDRAVA_CLONES void decode24(const unsigned char* in, int count, bool big, float* out) {
+    constexpr int ahead = 6; // values whose bytes can be loaded at once
+    int i = 0;
+    if (std::endian::native == std::endian::little && big)
+        for (; i + ahead <= count; i += 4) decodeFour24<true>(in + i * 3ll, out + i);
+    else if (std::endian::native == std::endian::little)
+        for (; i + ahead <= count; i += 4) decodeFour24<false>(in + i * 3ll, out + i);
+    for (; i < count; i++) out[i] = float(get24(in + i * 3ll, big)) * unit32;
+}
+
 } // namespace
 
 void decodeValues(SampleCoding coding, const unsigned char* in, int count, float* out) {
     if (count < 1) return;
     const bool big = coding.bigEndian;
     if (coding.bits == 16)
-        for (int i = 0; i < count; i++) out[i] = float(get16(in + i * 2ll, big)) * unit16;
+        decode16(in, count, big, out);
     else if (coding.bits == 24)
-        for (int i = 0; i < count; i++) out[i] = float(get24(in + i * 3ll, big)) * unit32;
+        decode24(in, count, big, out);
     else if (coding.bits == 32 && big)
         for (int i = 0; i < count; i++) out[i] = float(double(get32Big(in + i * 4ll)) / full32);
     else if (coding.bits == 32)

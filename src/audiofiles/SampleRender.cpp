@@ -52,18 +52,32 @@ struct Places {
     }
 }
 
+/// Whether every place is a whole frame, one after the other: the cubic is that frame there.
+bool areFrames(double fraction, double speed) {
+    return fraction == 0.0 && speed == 1.0;
+}
+
+void makePlaces(double fraction, double speed, int from, int count, Places& places) {
+    for (int i = 0; i < count; i++) {
+        const double x = fraction + (from + i) * speed;
+        places.frame[i] = int(x);
+        places.fraction[i] = float(x - places.frame[i]);
+    }
+}
+
 /// `count` frames of one or two planes, all of whose neighbours can be read. `fraction` is the
 /// position within the first frame; a second plane may be missing.
 SONDRAVA_CLONES void interpolate(const float* first, const float* second, double fraction,
                                  double speed, int count, float* left, float* right) {
+    if (areFrames(fraction, speed)) {
+        std::copy_n(first, count, left);
+        if (second) std::copy_n(second, count, right);
+        return;
+    }
     Places places; // NOLINT(cppcoreguidelines-pro-type-member-init): filled before it is read
     for (int done = 0; done < count; done += piece) {
         const int n = std::min(piece, count - done);
-        for (int i = 0; i < n; i++) {
-            const double x = fraction + (done + i) * speed;
-            places.frame[i] = int(x);
-            places.fraction[i] = float(x - places.frame[i]);
-        }
+        makePlaces(fraction, speed, done, n, places);
         readPlaces(first, places, n, left + done);
         if (second) readPlaces(second, places, n, right + done);
     }
@@ -81,16 +95,40 @@ void interpolateEdge(const float* source, int frames, double pos, double speed, 
     }
 }
 
-/// As `interpolate`, of interleaved frames from the one before position 0 on.
-void interpolateInterleaved(const float* source, int chs, double fraction, double speed, int count,
-                            float* left, float* right) {
-    for (int i = 0; i < count; i++) {
-        const double x = fraction + i * speed;
-        const int n = int(x);
-        const float t = float(x - n);
-        const float* y = source + std::ptrdiff_t(n) * chs;
-        left[i] = chs == 1 ? cubic(y[0], y[1], y[2], y[3], t) : cubic(y[0], y[2], y[4], y[6], t);
-        if (chs == 2) right[i] = cubic(y[1], y[3], y[5], y[7], t);
+/// Two frames of stereo at two places, from the four interleaved frames around each.
+[[gnu::always_inline]] inline Floats4 readPair(const float* a, const float* b, float ta, float tb) {
+    const Floats4 a01 = loadFloats(a), a23 = loadFloats(a + 4);
+    const Floats4 b01 = loadFloats(b), b23 = loadFloats(b + 4);
+    const Floats4 y0 = __builtin_shufflevector(a01, b01, 0, 1, 4, 5);
+    const Floats4 y1 = __builtin_shufflevector(a01, b01, 2, 3, 6, 7);
+    const Floats4 y2 = __builtin_shufflevector(a23, b23, 0, 1, 4, 5);
+    const Floats4 y3 = __builtin_shufflevector(a23, b23, 2, 3, 6, 7);
+    return cubic(y0, y1, y2, y3, Floats4{ta, ta, tb, tb});
+}
+
+/// As `interpolate`, of interleaved stereo from the frame before position 0 on.
+SONDRAVA_CLONES void interpolateStereo(const float* source, double fraction, double speed,
+                                       int count, float* left, float* right) {
+    if (areFrames(fraction, speed)) {
+        for (int i = 0; i < count; i++) {
+            left[i] = source[2 + i * 2];
+            right[i] = source[3 + i * 2];
+        }
+        return;
+    }
+    Places places; // NOLINT(cppcoreguidelines-pro-type-member-init): filled before it is read
+    for (int done = 0; done < count; done += piece) {
+        const int n = std::min(piece, count - done);
+        makePlaces(fraction, speed, done, n, places);
+        for (int i = 0; i < n; i += 2) {
+            const int j = std::min(i + 1, n - 1); // an odd one out is read twice
+            const Floats4 out = readPair(source + places.frame[i] * 2, source + places.frame[j] * 2,
+                                         places.fraction[i], places.fraction[j]);
+            left[done + i] = out[0];
+            right[done + i] = out[1];
+            left[done + j] = out[2];
+            right[done + j] = out[3];
+        }
     }
 }
 
@@ -125,7 +163,10 @@ void renderStreamed(const CSample& sample, const SampleSpan& span, int count, fl
     const int frame = int(std::floor(pos));
     getData32(sample, scratch, frame, count, span.speed, mode, span.reverse != 0);
     const float* source = reinterpret_cast<const float*>(scratch);
-    interpolateInterleaved(source, sample.chs, pos - frame, span.speed, count, left, right);
+    if (sample.chs == 1)
+        interpolate(source + 1, nullptr, pos - frame, span.speed, count, left, right);
+    else
+        interpolateStereo(source, pos - frame, span.speed, count, left, right);
 }
 
 } // namespace

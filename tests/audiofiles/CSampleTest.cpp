@@ -86,8 +86,8 @@ const std::string ssnd = bigChunk("SSND", std::string(8, '\0') + "\x40\x01\x80\x
 
 } // namespace
 
-/// What is written comes back as the packing of its width, streamed or loaded, and an independent
-/// program reads the same values.
+/// What is written comes back as the packing of its width, streamed or loaded, and independent
+/// programs read the same values; what one of them makes of it is read here.
 TEST_F(CSampleTest, WrittenFilesReadBackHereAndElsewhere) {
     const std::vector<float> left = noise(5000, 1), right = noise(5000, 2);
     for (const Format& f : formats) {
@@ -120,6 +120,13 @@ TEST_F(CSampleTest, WrittenFilesReadBackHereAndElsewhere) {
             std::memcpy(&theirs, &raw[i * 4], 4);
             ASSERT_NEAR(theirs, got[i], 6e-8f) << f.name << " value " << i;
         }
+        const std::string other = path(isAiff(f) ? "theirs.aif" : "theirs.wav");
+        const std::string coding = f.bits < 32 ? "-pcm24 " : isAiff(f) ? "-pcm32 " : "-float32 ";
+        const std::string convert = "sndfile-convert " + coding + path(f.name) + " " + other;
+        ASSERT_EQ(std::system(convert.c_str()), 0) << f.name;
+        CSample theirs;
+        ASSERT_TRUE(theirs.open(other.c_str())) << f.name;
+        EXPECT_EQ(allFrames(theirs), got) << f.name;
     }
 }
 
