@@ -1,5 +1,6 @@
 #include "instruments/CSF2.h"
 
+#include "audiofiles/WavFile.h"
 #include "base/BlockView.h"
 #include "base/Numbers.h"
 
@@ -168,12 +169,16 @@ CStr ReadZNum(CStream* stream, int n) {
 }
 
 void AddSfSample(CSF2* font, CSF2SampleClip* zone, CSF2Sample* sample, int rootKey) {
-    font->readData(sample);
+    font->claim(sample);
     zone->sample = sample;
     zone->key = rootKey;
 }
 
+CSF2::CSF2() = default;
+CSF2::~CSF2() = default;
+
 void CSF2::cleanUp() {
+    file.reset();
     presets.clear();
     presetBags.clear();
     instBags.clear();
@@ -191,8 +196,10 @@ void CSF2::cleanUp() {
 }
 
 bool CSF2::open(const CStr& path) {
-    CFileStream file(path, 0);
-    return read(&file);
+    auto opened = std::make_unique<CFileStream>(path, 0);
+    const bool good = read(opened.get());
+    file = std::move(opened);
+    return good;
 }
 
 bool CSF2::read(CStream* from) {
@@ -421,25 +428,19 @@ void CSF2::endZone(const Zone& z, int sampleIndex, std::vector<CSF2SampleClip>& 
     into.push_back(clip);
 }
 
-void CSF2::readData(CSF2Sample* sample) {
-    const int frames = sample->getFrames();
-    if (sample->data || frames == 0) return;
-    const int64_t bytes = int64_t(frames) * int64_t(sizeof(short));
-    claimed += frames;
-    if (claimed > int64_t(mostClaims) * sampleFrames || !sample->setSize(bytes)) {
-        sample->end = sample->start;
+void CSF2::claim(CSF2Sample* sample) {
+    if (sample->used) return;
+    sample->used = true;
+    claimed += sample->getFrames();
+    if (claimed > int64_t(mostClaims) * sampleFrames) sample->end = sample->start;
+}
+
+void CSF2::readData(CSF2Sample* sample) const {
+    const int64_t bytes = int64_t(sample->getFrames()) * int64_t(sizeof(short));
+    const int64_t from = sampleDataPos + int64_t(sample->start) * int64_t(sizeof(short));
+    if (file && file->isOpen() && sample->setSize(bytes) &&
+        readAt(file->file, from, sample->data.get(), bytes) == bytes)
         return;
-    }
-    stream->setPos(sampleDataPos + int64_t(sample->start) * int64_t(sizeof(short)));
-    for (int64_t done = 0; done < bytes;) {
-        constexpr int64_t piece = 1 << 30;
-        const int n = stream->read(reinterpret_cast<char*>(sample->data.get()) + done,
-                                   int(std::min(piece, bytes - done)));
-        if (n < 1) {
-            sample->data.reset();
-            sample->end = sample->start;
-            return;
-        }
-        done += n;
-    }
+    sample->data.reset();
+    sample->end = sample->start;
 }

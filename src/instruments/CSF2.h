@@ -8,6 +8,7 @@
 #include <vector>
 
 class CSampleClip;
+class CFileStream;
 class CStream;
 
 /// A sample of a SoundFont, as its header tells it: 16 bits, one channel.
@@ -24,7 +25,8 @@ public:
     unsigned char originalPitch = 60; ///< MIDI note, above 127 none
     signed char correction = 0;       ///< cents; without effect
     unsigned short sampleLink = 0, sampleType = 0;
-    std::unique_ptr<short, Freed> data; ///< `getFrames` frames once a zone has asked for them
+    bool used = false;                  ///< some zone plays it
+    std::unique_ptr<short, Freed> data; ///< `getFrames` frames after `CSF2::readData`
     CSampleClip* clip = nullptr;        ///< what an import made of it, not owned
     int index = 0;
 
@@ -89,10 +91,15 @@ public:
     int64_t sampleDataPos = 0;       ///< of the first frame in the file
     int sampleFrames = 0;            ///< that the file holds
 
-    /// Reads a file with the frames of all samples that its presets use. False when there is no
-    /// preset in it that can be used.
+    CSF2();
+    ~CSF2();
+    CSF2(const CSF2&) = delete;
+    CSF2& operator=(const CSF2&) = delete;
+
+    /// Reads the tables of a file, which stays open for its frames. False when there is no preset
+    /// in it that can be used.
     bool open(const CStr& path);
-    /// The same from a stream that begins with the file.
+    /// Reads the tables alone, from a stream that begins with the file.
     bool read(CStream* from);
     /// Releases all tables.
     void cleanUp();
@@ -101,8 +108,11 @@ public:
     int getPresetCount() const { return int(presets.size()); }
     CSF2Preset* getPreset(int i) { return &presets[size_t(i)]; } ///< `i` below the count
 
-    /// Reads the frames of a sample that has none yet.
-    void readData(CSF2Sample* sample);
+    /// Notes that a zone plays a sample. One too many of those that overlap has no frames then.
+    void claim(CSF2Sample* sample);
+    /// Reads the frames of a sample that is used. Without memory or file it has none then. Any
+    /// thread, for different samples at once.
+    void readData(CSF2Sample* sample) const;
 
 private:
     struct Chunk;
@@ -116,7 +126,7 @@ private:
     };
     struct Inst {
         CStr name;
-        int bag;
+        int bag = 0;
     };
     /// Entries of a lower table that one entry owns; broken ones are empty.
     struct Span {
@@ -126,8 +136,9 @@ private:
     /// What the generators of a zone have said so far.
     struct Zone;
 
-    CStream* stream = nullptr; ///< while a file is read
-    int64_t claimed = 0;       ///< frames that samples have asked for
+    std::unique_ptr<CFileStream> file;
+    CStream* stream = nullptr; ///< during `read`
+    int64_t claimed = 0;       ///< frames of all samples in use
     std::vector<CSF2Preset> presets;
     std::vector<Bag> presetBags, instBags;
     std::vector<Gen> presetGens, instGens;
@@ -158,6 +169,6 @@ private:
 CStr ReadZ(CStream* stream);
 /// Exactly `n` bytes, of which those up to the first zero are the text.
 CStr ReadZNum(CStream* stream, int n);
-/// Gives a zone its sample, whose frames are read if they are not there yet, and `rootKey`, the
-/// note at which it plays as it is.
+/// Gives a zone its sample, which is in use from then on, and `rootKey`, the note at which it plays
+/// as it is.
 void AddSfSample(CSF2* font, CSF2SampleClip* zone, CSF2Sample* sample, int rootKey);

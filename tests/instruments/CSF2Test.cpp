@@ -324,7 +324,7 @@ TEST(CSF2, RefusesWhatIsCutOffAndSurvivesWhatIsWrong) {
             bad[n] = char(value);
             readFont(font, bad);
             int64_t frames = 0;
-            for (const CSF2Sample& s : font.samples) frames += s.data ? s.getFrames() : 0;
+            for (const CSF2Sample& s : font.samples) frames += s.used ? s.getFrames() : 0;
             ASSERT_LE(frames, int64_t(whole.size())) << n;
             for (int p = 0; p < font.getPresetCount(); p++)
                 for (const CSF2Instrument& use : font.getPreset(p)->instruments)
@@ -348,7 +348,7 @@ TEST(CSF2, MemoryFollowsTheFile) {
     CSF2 font;
     ASSERT_TRUE(readFont(font, claims.bytes()));
     int64_t frames = 0;
-    for (const CSF2Sample& s : font.samples) frames += s.data ? s.getFrames() : 0;
+    for (const CSF2Sample& s : font.samples) frames += s.used ? s.getFrames() : 0;
     EXPECT_EQ(frames, 2 * 40000);
 
     // Every second instrument runs over the same zones once more.
