@@ -1,6 +1,8 @@
 #include "engine/CQV.h"
 
+#include "audiofiles/CElastiqueRender.h"
 #include "audiofiles/CSample.h"
+#include "audiofiles/SampleRender.h"
 #include "base/Delegates.h"
 #include "base/GraphMark.h"
 #include "base/Messages.h"
@@ -31,7 +33,9 @@ constexpr unsigned takeFlags = 0x402000;
 
 } // namespace
 
-CQV::CQV() : CComp(this), UndoHost(this) {
+CQV::CQV()
+    : CComp(this), UndoHost(this),
+      sampleScratch(std::make_unique_for_overwrite<unsigned char[]>(sampleScratchBytes)) {
     type = compQV;
     id = "sondrava";
     tasks = new CTasks(this);
@@ -63,6 +67,7 @@ CQV::~CQV() {
     delete preview.load();
     deleteAll<CThread>(threads);
     destroyScratch();
+    deleteAll<CElastiqueRender>(stretchers);
     delete inQueue;
     delete renderCallback;
     delete transport;
@@ -147,6 +152,13 @@ void CQV::setFrames(int n) {
     for (CComp* c : each<CComp>(comps)) c->setFrames(n);
     for (CComp* c : each<CComp>(sends)) c->setFrames(n);
     setHeldFrames(n);
+    deleteAll<CElastiqueRender>(stretchers);
+}
+
+bool CQV::makeStretcher() {
+    if (stretchers.getCount() >= stretcherCount) return false;
+    stretchers.add(new CElastiqueRender(frames, rate));
+    return true;
 }
 
 void CQV::setRate(double hz) {
@@ -159,6 +171,7 @@ void CQV::setRate(double hz) {
     for (CComp* c : each<CComp>(comps)) c->setRate(hz);
     for (CComp* c : each<CComp>(sends)) c->setRate(hz);
     setHeldRate(hz);
+    deleteAll<CElastiqueRender>(stretchers);
 }
 
 CStr CQV::getName(CObject* io) {
@@ -176,6 +189,7 @@ void CQV::idle() {
     idling = true;
     CComp::idle();
     if (preview) preview->idle();
+    makeStretcher();
     idleTake();
     idleRender();
     idleProgramChange();

@@ -7,6 +7,8 @@
 #include "engine/GraphHold.h"
 #include "engine/UndoHost.h"
 
+#include <memory>
+
 class CAAM;
 class CClick;
 class CDFT;
@@ -49,6 +51,10 @@ public:
     Shared<int64_t> framesPlayed{0}; ///< since position 0
     Shared<bool> modified{false}, transportChanged{false};
     float* tmpBuffers[4] = {}; ///< owned, `frames` each; graph holder
+    /// Room for source frames while they are rendered, of `sampleScratchBytes`; graph holder.
+    const std::unique_ptr<unsigned char[]> sampleScratch;
+    static constexpr int stretcherCount = 8;
+    CList stretchers; ///< of CElastiqueRender, owned: all that can sound at one time
     int frames = 1024;
     Shared<float> rate{44100.0f}, invRate{1.0f / 44100.0f};
     Shared<CComp*> masterSeq{nullptr};   ///< first sequencer; found in `prepare`
@@ -154,6 +160,10 @@ public:
     int storeInt(const CStr& key, int def);
     /// Entries of a folder section, "name=path" each; without any, the folder that is found.
     void getFolders(const CStr& section, CStringList* names, CStringList* paths);
+
+    /// Makes one more stretcher; false when there are all. `idle` does it one by one, since they
+    /// take their time; a render needs all of them. Interface thread.
+    bool makeStretcher();
 
     void setModified() { modified = true; }
     /// Wakes the thread that computes peak images. Interface thread.

@@ -5,6 +5,7 @@
 #include "base/Random.h"
 #include "engine/CQV.h"
 #include "engine/DelayCompensation.h"
+#include "sequencer/CSeq.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,13 +26,17 @@ public:
         settle();
         host->renderMode = 1;
         host->setRate(rate);
+        while (host->makeStretcher()) {
+        }
         host->setPos(startTick);
+        dropVoices();
         host->framesPlayed = 0;
         seedRand(renderSeed);
     }
     ~RenderState() {
         host->stop();
         settle();
+        dropVoices();
         host->renderMode = oldMode;
         host->setRate(oldRate);
         host->setPos(oldPos);
@@ -45,6 +50,11 @@ private:
     double songPos() const {
         CComp* seq = host->firstOfType(compSeq);
         return seq ? seq->getPos() : double(host->pos);
+    }
+    /// Clips run out for longer than it takes to settle.
+    void dropVoices() const {
+        for (CComp* c : each<CComp>(host->comps))
+            if (c->type == compSeq) static_cast<CSeq*>(c)->dropVoices();
     }
     /// One block, in which a stop is served and what still sounds is silenced.
     void settle() {

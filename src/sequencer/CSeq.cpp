@@ -7,6 +7,8 @@
 #include "engine/CQV.h"
 #include "engine/CSnap.h"
 #include "engine/ForgetHooks.h"
+#include "instruments/CSampleClip.h"
+#include "sequencer/AudioVoices.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/PartOrder.h"
 #include "sequencer/Points.h"
@@ -55,6 +57,7 @@ CSeq::~CSeq() {
     deleteAll<CObject>(progs);
     deleteAll<CPart>(masterParts);
     deleteAll<CTrack>(tracks);
+    deleteAll<CSampleClip>(drumClips);
 }
 
 void CSeq::init() {
@@ -97,6 +100,7 @@ void CSeq::contentSwapped(CPart* part) {
         for (auto* user : each<CPart>(songTrack->parts)) {
             if (user != part && user->content() != part) continue;
             user->dropPlay();
+            if (songTrack->voices) songTrack->voices->forgetEvents(user);
             songTrack->requests.ask(requestLanes);
         }
     });
@@ -109,6 +113,7 @@ void CSeq::partMoved(CPart* part, const CList* list) {
         if (list != &songTrack->parts) return;
         songTrack->requests.ask(left() ? requestSetup | requestFlush : requestSetup);
         part->dropPlay();
+        if (songTrack->voices) songTrack->voices->forgetEvents(part);
     });
     for (auto* prog : each<CSeqProg>(progs))
         if (list == &prog->markers && left()) prog->purgeMarker(part);
@@ -135,6 +140,9 @@ void CSeq::lanesChanged(const CTrack* track) {
 
 void CSeq::del(CObject* object) {
     selectedTracks.remove(object);
+    eachSongTrack([object](CSongTrack* songTrack) {
+        if (songTrack->voices) songTrack->voices->drop(object);
+    });
     for (auto* prog : each<CSeqProg>(progs)) prog->purgeMarker(object);
     for (auto* track : each<CTrack>(tracks)) {
         track->editLanes.remove(object);

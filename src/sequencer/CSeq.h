@@ -7,7 +7,11 @@
 #include "sequencer/CTrack.h"
 #include "sequencer/SongOptions.h"
 
+#include <functional>
+
+class CDrumSound;
 class CSnap;
+class DrumKit;
 
 /// Notifications of the sequencer to its views.
 constexpr unsigned updateTracks = 16;
@@ -46,6 +50,7 @@ public:
     Shared<int> preview{1};      ///< notes sound when they are edited
     Shared<int> autoQuantize{0}; ///< of recorded notes
     CList masterParts;           ///< of CPart, owned: what ghosts share
+    CList drumClips;             ///< of CSampleClip, owned: what the drums of all tracks play
     SongOptions options;
     CList selectedTracks;  ///< of CSongTrack: selected in the arrangement
     CList copies;          ///< of CPart, owned: the clipboard
@@ -71,6 +76,11 @@ public:
     void followTempo(int frames);
 
     // The rest of CComp.
+    void setFrames(int frames) override;
+    void setRate(double rate) override;
+    void diskRead() override;
+    /// A drum sound at once, velocity 0 to 1. Graph holder.
+    void playSound(void* sound, float velocity) override;
     void init() override;
     void idle() override;
     void perform(CUndoItem* item, int op) override;
@@ -136,6 +146,17 @@ public:
     /// the first one.
     CPart* makeGhost(CPart* part, CUndo* undo);
 
+    // Drums.
+    /// Kick, snare, clap and two hats that choke each other, at the end of the track's kit.
+    void addStandardKit(CTrack* track);
+    /// Adds the sounds of a kit file, by the step if there is one. False without any in it.
+    bool openDrumBank(CTrack* track, const CStr& path, CUndo* undo);
+    CTrack* drumToTrack(const CDrumSound* sound);
+    /// Records that a drum sound leaves with its events; those of later sounds follow them.
+    void deleteDrum(CDrumSound* sound, CUndo* undo);
+    /// Ends everything that sounds on audio and drum tracks at once. Graph holder.
+    void dropVoices();
+
     // Tempo. All fall back on the host's constant tempo while there is no program.
     double framesToTicks(double ticks, double frames, int rate);
     double ticksToFrames(int from, int ticks, int rate);
@@ -153,6 +174,8 @@ public:
 
 private:
     int programCount = 0;
+    void takeKit(DrumKit& kit, CTrack* track, CUndo* undo);
+    void eachDrum(const std::function<void(CDrumSound*)>& visit);
     struct NewTrack;
     void makeTrackIO(NewTrack& made);
     CSongTrack* linkTrack(NewTrack& made, CSeqProg* prog, CUndo* undo, int index);

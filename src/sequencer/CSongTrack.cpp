@@ -5,6 +5,7 @@
 #include "engine/CMIDIQ.h"
 #include "engine/CUndo.h"
 #include "engine/GraphHold.h"
+#include "sequencer/AudioVoices.h"
 #include "sequencer/CSeq.h"
 
 #include <algorithm>
@@ -17,6 +18,8 @@ CSongTrack::CSongTrack(CSeqProg* program, CTrack* songTrack)
     : noteOffsNext(new CMIDIQ(nullptr)), noteOffs(new CMIDIQ(nullptr)), prog(program),
       track(songTrack) {
     type = songTrackType;
+    const bool drums = track->kind == trackDrum;
+    if (drums || track->kind == trackAudio) voices = std::make_unique<AudioVoices>(this, drums);
 }
 
 CSongTrack::~CSongTrack() {

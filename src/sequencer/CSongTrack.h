@@ -4,6 +4,10 @@
 #include "base/CList.h"
 #include "base/CObject.h"
 
+#include <memory>
+
+class AudioVoices;
+class CDrumSound;
 class CMIDIQ;
 class CPart;
 class CSeqProg;
@@ -44,6 +48,8 @@ public:
     CTrack* track;               ///< not owned
     CList parts;                 ///< of CPart, owned, in the order of `CSeq::orderParts`
     CList freezeItems;           ///< of CFreezeItem, owned
+    /// What plays sound here: null but on audio and drum tracks, and where a freeze file plays.
+    std::unique_ptr<AudioVoices> voices;
 
     CSongTrack(CSeqProg* program, CTrack* songTrack);
     ~CSongTrack() override;
@@ -67,12 +73,16 @@ public:
     int duration();
 
     // Playback (SongPlayback.cpp). Graph holder.
-    /// Rebuilds the play state for a position. `offset` in ticks places freeze voices inside the
-    /// block; `keepMain` leaves the main pointers of unchanged lists alone.
+    /// Rebuilds the play state for a position. `offset`, 0 or below, is where the block began in
+    /// ticks from there: clips that are on already sound from that far into the block on.
+    /// `keepMain` leaves the main pointers of unchanged lists alone.
     void setup(double position, double offset, bool keepMain);
-    void setupPlayPointer(double position, CPart* part, int keep);
+    void setupPlayPointer(double position, CPart* part, int keep, int delay = 0);
     /// Plays `frames` of the block from frame `offset` on.
     void process(int frames, int offset);
+    /// Starts a drum of the track, `delay` frames into the block. Velocity 0 to 1, pan -1 to 1,
+    /// `tune` a factor of the speed; `part` may be null.
+    void hitDrum(CDrumSound* sound, CPart* part, float velocity, float pan, float tune, int delay);
     /// Ends what sounds at a frame of the block. `force` includes drum voices.
     void flush(int frame, bool force);
     void stop();

@@ -6,6 +6,8 @@
 #include "engine/GraphHold.h"
 #include "engine/MidiBytes.h"
 #include "instruments/CArp.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CSynthProg.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/Pending.h"
@@ -36,7 +38,8 @@ void fadeLights(const CList& ports) {
 } // namespace
 
 CTrack::CTrack(CQV* root, CSeq* owner, int trackKind)
-    : CComp(root), seq(owner), kind(trackKind), arp(std::make_unique<CArp>(root)) {
+    : CComp(root), seq(owner), kind(trackKind), arp(std::make_unique<CArp>(root)),
+      synthProg(trackKind == trackDrum ? std::make_unique<CSynthProg>(root, nullptr) : nullptr) {
     id = "Track";
     type = compTrack;
     editorStruct.width = editorWidth;
@@ -45,11 +48,21 @@ CTrack::CTrack(CQV* root, CSeq* owner, int trackKind)
     noteHeight = rows < 1 ? defaultNoteHeight : rows;
     arp->init();
     arp->enabled = 0;
+    if (synthProg) synthProg->addLayer();
 }
 
 CTrack::~CTrack() {
     for (CList* borrowed : {&inPorts, &outPorts, &inputs, &outputs}) borrowed->clear();
     deleteAll<CSubTrack>(subTracks);
+}
+
+CLayer* CTrack::drumLayer() const {
+    return synthProg ? static_cast<CLayer*>(synthProg->layers.items(0)) : nullptr;
+}
+
+CDrumSound* CTrack::drumSound(int index) const {
+    const CLayer* layer = drumLayer();
+    return layer ? static_cast<CDrumSound*>(layer->sounds.items(index)) : nullptr;
 }
 
 void CTrack::prepare(int frames) {

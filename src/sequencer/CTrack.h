@@ -7,8 +7,11 @@
 #include <memory>
 
 class CArp;
+class CDrumSound;
+class CLayer;
 class CSeq;
 class CSubTrack;
+class CSynthProg;
 
 enum TrackKind : int {
     trackFolder = 1,
@@ -58,6 +61,7 @@ public:
     /// Of an instrument track: what its notes go through before they leave. Off at first, and at
     /// rest on tracks of other kinds. Never null.
     const std::unique_ptr<CArp> arp;
+    const std::unique_ptr<CSynthProg> synthProg; ///< of a drum track: its kit; else null
 
     CTrack(CQV* root, CSeq* owner, int trackKind);
     ~CTrack() override;
@@ -72,6 +76,9 @@ public:
     /// Leads what the block has played on an instrument track through its arpeggiator. Graph
     /// holder.
     void arpeggiate(int frames);
+
+    CLayer* drumLayer() const;              ///< the sounds of the kit; null but on a drum track
+    CDrumSound* drumSound(int index) const; ///< null outside the kit
 
     bool selected() const { return hasFlag(trackSelected); }
     bool open() const { return hasFlag(trackOpen); }

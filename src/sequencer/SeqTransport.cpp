@@ -3,6 +3,7 @@
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
 #include "instruments/CArp.h"
+#include "instruments/CDrumSound.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Points.h"
 #include "sequencer/TempoMap.h"
@@ -11,6 +12,8 @@
 #include <cassert>
 
 namespace {
+
+constexpr int firstDrumKey = 36; ///< plays the first sound of a kit
 
 /// Whether a monitor mode lets the input of a track through.
 bool monitored(MonitorMode mode, const CTrack* track) {
@@ -95,6 +98,23 @@ void echoMidi(const ProgBlock& b, CSongTrack* t) {
     }
 }
 
+/// Drums that are played live.
+void echoDrums(const ProgBlock& b, CSongTrack* t) {
+    CTrack* track = t->track;
+    CMIDIQ* in = track->inPort();
+    CSeq* seq = b.prog->seq;
+    if (!in || noteTrigger(seq) || !monitored(seq->options.midiMonitorMode(), track)) return;
+    for (const CMIDIBytes* e = in->first(); e; e = e->next) {
+        if (e->kind != eventMidi || e->time < b.offset || e->time >= b.offset + b.frames) continue;
+        CDrumSound* sound = track->drumSound(asByte1(e->data) - firstDrumKey);
+        if (!noteOn(e->data) || !sound) continue;
+        const int msg = track->setVel(e->data);
+        t->hitDrum(sound, nullptr, float(asByte2(msg)) / 127.0f, 0.0f, 1.0f, asRound(e->time));
+        const double tick = b.prog->pos + seq->host->framesToTicks(e->time);
+        b.prog->midiReceived(t, tick, msg, nullptr, seq->host->recording != 0);
+    }
+}
+
 /// Lets the input of an audio track through.
 void echoAudio(const ProgBlock& b, CTrack* track) {
     CInputChannel* in = track->input();
@@ -110,6 +130,7 @@ void processTrack(const ProgBlock& b, CSongTrack* t) {
     if (b.jumped) t->requests.ask(requestFlush | requestSetup);
     if (b.current && t->track->kind == trackMIDI) echoMidi(b, t);
     if (b.current && t->track->kind == trackAudio) echoAudio(b, t->track);
+    if (b.current && t->track->kind == trackDrum) echoDrums(b, t);
     t->pos = b.prog->pos;
     t->process(b.frames, b.offset);
 }

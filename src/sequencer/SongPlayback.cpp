@@ -3,8 +3,13 @@
 #include "base/GraphMark.h"
 #include "base/Numbers.h"
 #include "common/Curves.h"
+#include "engine/CFreezeItem.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CLayer.h"
+#include "instruments/CSampleClip.h"
+#include "sequencer/AudioVoices.h"
 #include "sequencer/CGroove.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
@@ -70,6 +75,47 @@ void playMidiEvent(const Block& b, CPart* part, const CMIDIEvent* event, int tic
     if (note) playNoteOff(b, part, event, tick, msg);
 }
 
+/// An audio event that begins `into` ticks before tick `songPos`, or there.
+void playClip(CSongTrack* songTrack, CPart* part, CAudioEvent* e, double songPos, double into,
+              int delay) {
+    VoiceStart start;
+    start.part = part;
+    start.event = e;
+    start.sample = e->sample;
+    start.start = e->start;
+    start.end = e->end;
+    start.mode = e->mode;
+    start.reverse = e->reverse;
+    start.pitch = e->semitones + double(e->fine);
+    start.ticks = e->ticks;
+    start.into = into;
+    start.songPos = songPos;
+    start.delay = delay;
+    start.out = songTrack->track->output();
+    songTrack->voices->add(start);
+}
+
+void playDrum(CSongTrack* songTrack, CPart* part, const CDrumEvent* e, int delay) {
+    CDrumSound* sound = songTrack->track->drumSound(e->sound);
+    if (!sound || songTrack->track->drumLayer()->soundMuted(sound)) return;
+    songTrack->hitDrum(sound, part, e->velocity, e->pan, e->tune, delay);
+}
+
+/// The freeze files in place of the events, from a position on.
+void playFrozen(CSongTrack* songTrack, double position, int delay) {
+    for (const auto* item : each<CFreezeItem>(songTrack->freezeItems)) {
+        if (!item->sample) continue;
+        VoiceStart start;
+        start.sample = item->sample;
+        start.start = item->start;
+        start.end = item->end;
+        start.into = start.songPos = position;
+        start.delay = delay;
+        start.out = item->channel;
+        songTrack->voices->add(start);
+    }
+}
+
 /// Plays what is due in the next `slice` frames of a main list.
 void playEvents(const Block& b, CPart* part, CPlayStruct& p, int slice) {
     if (!p.current) return;
@@ -83,8 +129,13 @@ void playEvents(const Block& b, CPart* part, CPlayStruct& p, int slice) {
             p.current = nullptr;
             return;
         }
+        const int delay = b.done + std::max(0, asRound((moved - b.songTrack->pos) * b.fpt));
         if (p.kind == PlayKind::midi)
             playMidiEvent(b, part, static_cast<CMIDIEvent*>(p.current), tick, moved);
+        else if (p.kind == PlayKind::audio)
+            playClip(b.songTrack, part, static_cast<CAudioEvent*>(p.current), moved, 0.0, delay);
+        else if (p.kind == PlayKind::drum)
+            playDrum(b.songTrack, part, static_cast<CDrumEvent*>(p.current), delay);
         p.pos = tick;
         p.current = p.current->next;
     }
@@ -254,13 +305,17 @@ PlayKind mainKind(int trackKind) {
     return trackKind == trackDrum ? PlayKind::drum : PlayKind::midi;
 }
 
-/// Puts a pointer on the first event at or after `position` that lies in the part.
-void seekPointer(CPlayStruct& p, CPart* part, double position) {
+/// Puts a pointer on the first event at or after `position` that lies in the part. Clips that have
+/// begun before sound from their middle on, `delay` frames into the block.
+void seekPointer(CSongTrack* songTrack, CPlayStruct& p, CPart* part, double position, int delay) {
     p.pos = part->pos + part->offset;
     CBaseEvent* prior = nullptr;
     CBaseEvent* e = p.head;
     while (e && (double(p.pos) + e->delta < position || p.pos + e->delta < part->pos)) {
         p.pos += e->delta;
+        if (p.kind == PlayKind::audio && p.pos >= part->pos)
+            playClip(songTrack, part, static_cast<CAudioEvent*>(e), position, position - p.pos,
+                     delay);
         prior = e;
         e = e->next;
     }
@@ -350,14 +405,21 @@ void insertEvent(CSubTrack* lane, CMIDIQ* queue, double frame, float value, CPla
     lane->lastValue = value;
 }
 
-void CSongTrack::setup(double position, double, bool keepMain) {
+void CSongTrack::setup(double position, double offset, bool keepMain) {
     assert(holdsGraph());
+    const CQV* host = track->host;
+    const int delay = std::max(0, asRound(host->ticksToFrames(-offset)));
+    int keep = keepMain ? 1 : 0;
     audible = !muted() && !(prog->anySolo && !soloed());
-    for (CPart* part : each<CPart>(parts)) setupPlayPointer(position, part, keepMain ? 1 : 0);
+    if (!host->renderMode && audible && voices && !freezeItems.empty()) {
+        if (!keepMain) playFrozen(this, position, delay);
+        keep = 1;
+    }
+    for (CPart* part : each<CPart>(parts)) setupPlayPointer(position, part, keep, delay);
     for (CSubTrack* lane : each<CSubTrack>(track->subTracks)) chaseLane(this, lane, position);
 }
 
-void CSongTrack::setupPlayPointer(double position, CPart* part, int keep) {
+void CSongTrack::setupPlayPointer(double position, CPart* part, int keep, int delay) {
     if (keep && !mainListKept(part)) keep = 0;
     part->numPlay = keep;
     if (!keep) {
@@ -370,7 +432,7 @@ void CSongTrack::setupPlayPointer(double position, CPart* part, int keep) {
                        double(part->pos) + track->seq->getTicks(part) > position;
     if (!plays) return;
     const int pointers = part->numPlay;
-    for (int i = keep; i < pointers; i++) seekPointer(*part->play(i), part, position);
+    for (int i = keep; i < pointers; i++) seekPointer(this, *part->play(i), part, position, delay);
 }
 
 void CSongTrack::process(int frames, int offset) {
@@ -387,16 +449,38 @@ void CSongTrack::process(int frames, int offset) {
         track->preview.process(control, frames * block.tpf, block.fpt);
         if (!track->selected() && control) endLiveNotes(track, control);
     }
-    if (!prog->playing) return;
-    if (requests.take(requestFlush)) flush(0, false);
-    if (requests.take(requestSetup)) setup(pos, 0.0, false);
-    if (requests.take(requestLanes)) setup(pos, 0.0, true);
-    sendChase(block);
-    playBlock(block);
-    playNoteOffs(block);
+    if (prog->playing) {
+        if (requests.take(requestFlush)) flush(0, false);
+        if (requests.take(requestSetup)) setup(pos, 0.0, false);
+        if (requests.take(requestLanes)) setup(pos, 0.0, true);
+        sendChase(block);
+        playBlock(block);
+        playNoteOffs(block);
+    }
+    if (!freezeItems.empty()) track->fxDone = true;
+    if (voices) voices->render(frames, offset);
 }
 
-void CSongTrack::flush(int frame, bool) {
+void CSongTrack::hitDrum(CDrumSound* sound, CPart* part, float velocity, float pan, float tune,
+                         int delay) {
+    auto* clip = static_cast<CSampleClip*>(sound->clips[0]);
+    if (!voices || !clip) return;
+    VoiceStart start;
+    start.part = part;
+    start.sample = clip;
+    start.end = clip->end;
+    start.delay = delay;
+    start.group = sound->group;
+    start.sound = sound;
+    start.velocity = velocity;
+    start.pan = pan;
+    start.tune = tune;
+    start.out = track->output();
+    voices->add(start);
+}
+
+void CSongTrack::flush(int frame, bool force) {
+    if (voices) voices->flush(frame, force);
     CMIDIQ* port = track->outPort();
     for (const CMIDIBytes* e = noteOffs->first(); e && port; e = e->next)
         port->insert(frame, e->data, eventMidi, 0.0f, 0, nullptr, nullptr);

@@ -1,6 +1,7 @@
 #include "sequencer/Templates.h"
 
 #include "base/Numbers.h"
+#include "effects/CEffect.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
@@ -42,6 +43,26 @@ void addSynthesizer(CSeq* seq, CTrack* source) {
     auto* cable = out ? createAudioCable(out, synth->output(), nullptr) : nullptr;
     if (cable) out->audioCables.add(cable);
     host->comps.add(synth);
+}
+
+CSongTrack* drumTrack(CSeq* seq) {
+    CSongTrack* songTrack = track(seq, trackDrum, "Drum");
+    seq->addStandardKit(songTrack->track);
+    addBar(songTrack, new CDrumPart);
+    return songTrack;
+}
+
+/// A rack with one effect at the end of a channel's inserts.
+void addInsert(COutputChannel* channel, int kind) {
+    CQV* host = channel->comp->host;
+    auto* rack = new CEffect(host);
+    rack->createIO();
+    rack->addProg(kind);
+    rack->id = rack->getProg()->id;
+    rack->createBuffers(host->frames);
+    rack->listKind = listInsert;
+    rack->ownerChannel = channel;
+    channel->inserts.add(rack);
 }
 
 } // namespace
@@ -86,7 +107,7 @@ void createPortaStudioProject(CSeq* seq) {
 
 void createDrumAndBassProject(CSeq* seq) {
     GraphHold hold(seq->host);
-    addBar(track(seq, trackDrum, "Drum"), new CDrumPart)->setSelected(true);
+    static_cast<CPart*>(drumTrack(seq)->parts.getFirst())->setSelected(true);
     CSongTrack* songTrack = track(seq, trackMIDI, "Instrument");
     addBar(songTrack, new CMIDIPart);
     addSynthesizer(seq, songTrack->track);
@@ -95,6 +116,8 @@ void createDrumAndBassProject(CSeq* seq) {
 void createGuitaristProject(CSeq* seq) {
     GraphHold hold(seq->host);
     seq->options.bytes[templateOption] = 1;
-    addBar(track(seq, trackDrum, "Drum"), new CDrumPart);
-    track(seq, trackAudio, "Guitar");
+    drumTrack(seq);
+    COutputChannel* channel = track(seq, trackAudio, "Guitar")->track->output();
+    addInsert(channel, fxGuitarAmp);
+    addInsert(channel, fxReverb);
 }

@@ -1,0 +1,119 @@
+#pragma once
+
+#include <memory>
+
+class CDrumSound;
+class CElastiqueRender;
+class CObject;
+class COutputChannel;
+class CPart;
+class CQV;
+class CSample;
+class CSongTrack;
+struct CAudioEvent;
+struct CVoice;
+
+/// How an audio event plays.
+enum PlayMode : int {
+    playRepitch = 0,  ///< at its own speed; the pitch shifts both
+    playResample = 1, ///< as long as its ticks; the pitch follows the tempo
+    playStretch = 2   ///< as long as its ticks, at its own pitch
+};
+
+/// What a voice starts with.
+struct VoiceStart {
+    CPart* part = nullptr;        ///< null for a freeze file
+    CAudioEvent* event = nullptr; ///< null for freeze files and drums
+    CSample* sample = nullptr;
+    int start = 0, end = 0; ///< frames of the sample, first and last
+    int mode = playRepitch;
+    int reverse = 0;
+    double pitch = 0.0;      ///< semitones
+    int ticks = 0;           ///< on the timeline, in the modes that follow the tempo
+    double into = 0.0;       ///< ticks that lie behind already
+    double songPos = 0.0;    ///< tick of the song at which the voice begins
+    int delay = 0;           ///< frames from the start of the block
+    unsigned char group = 0; ///< choke group of a drum, 0 none
+    CDrumSound* sound = nullptr;
+    float velocity = 1.0f, pan = 0.0f, tune = 1.0f; ///< of a drum
+    COutputChannel* out = nullptr;                  ///< that it is added to
+};
+
+/// A clip, drum or freeze file that plays.
+struct AudioVoice {
+    bool active = false;
+    int mode = playRepitch;
+    int delay = 0;           ///< frames before it starts, from the coming block on
+    int tail = 0;            ///< frames left of the run-out; 0 while it plays
+    double pos = 0.0;        ///< source frame, counted forward in a reversed one too
+    double speed = 1.0;      ///< source frames per output frame
+    double tempoSpeed = 0.0; ///< of that, for each beat per minute
+    double stretch = 1.0;    ///< output frames per source frame
+    double pitch = 0.0;      ///< semitones
+    double rate = 1.0;       ///< of the sample over that of the engine
+    int start = 0, end = 0;  ///< source frames, first and last
+    int reverse = 0;
+    int stretchPos = 0;  ///< source frame that the stretcher takes next
+    int stretchLeft = 0; ///< output frames left through the stretcher
+    int fadeInLen = 0, fadeInPos = 0, fadeOutLen = 0; ///< frames
+    int fadeOutPos = -1;                              ///< -1 until it begins
+    float lastLeft = 0.0f, lastRight = 0.0f;          ///< the frame that runs out
+    unsigned char group = 0;
+    CSample* sample = nullptr;
+    CPart* part = nullptr;
+    CAudioEvent* event = nullptr; ///< null once it was edited: what was read last stays
+    CDrumSound* sound = nullptr;
+    CElastiqueRender* stretcher = nullptr; ///< of the host, while it is in use
+    COutputChannel* out = nullptr;
+};
+
+/// The voices of one song track: clips of audio tracks, drums, and the freeze files of any track.
+/// Graph holder, but for making and deleting.
+class AudioVoices {
+public:
+    static constexpr int count = 64;
+    static constexpr int tailFrames = 4096;
+    static constexpr int fadeStep = 32; ///< frames at one gain
+
+    /// `drums`: with room for drum voices.
+    AudioVoices(CSongTrack* owner, bool drums);
+    ~AudioVoices();
+    AudioVoices(const AudioVoices&) = delete;
+    AudioVoices& operator=(const AudioVoices&) = delete;
+
+    /// Starts a voice; null when it cannot sound, or no slot is free.
+    AudioVoice* add(const VoiceStart& start);
+    /// Adds `frames` of every voice to its channel, from frame `offset` on.
+    void render(int frames, int offset);
+    /// Has the voices run out from a frame of the coming block on; those of drums only with
+    /// `force`.
+    void flush(int frame, bool force);
+    /// Ends what plays `object`: a sample, part, drum sound or channel that is about to go.
+    void drop(const CObject* object);
+    void dropAll();
+    /// The events of that part are not to be read any more.
+    void forgetEvents(const CPart* part);
+    bool sounding() const;
+
+    AudioVoice voices[count];
+
+private:
+    CSongTrack* songTrack;
+    std::unique_ptr<CVoice[]> drums; ///< beside each slot, or null
+
+    CQV* host() const;
+    AudioVoice* findSlot(unsigned char group);
+    bool place(AudioVoice& v, const VoiceStart& start) const;
+    void begin(AudioVoice& v, const VoiceStart& start);
+    void release(AudioVoice& v);
+    void refresh(AudioVoice& v) const;
+    void renderVoice(AudioVoice& v, int frames, int offset);
+    int playSlice(AudioVoice& v, int left, int at);
+    float fadeGain(AudioVoice& v, int& slice) const;
+    void cutAtEnd(AudioVoice& v, int& slice) const;
+    void fillScratch(AudioVoice& v, int slice);
+    void addScratch(AudioVoice& v, int slice, int at, float gain);
+    int playTail(AudioVoice& v, int left, int at);
+    void renderDrum(AudioVoice& v, int frames, int offset);
+    void finishDrums(int frames);
+};
