@@ -133,7 +133,7 @@ int CElastiqueIf::framesNeeded(int frames) {
     if (!e.begun) e.begin();
     e.forget();
     e.drain();
-    const int last = int(e.pos + (frames - 1) * e.pitch) + sincReach(e.pitch);
+    const int last = int(std::ceil(e.pos + (frames - 1) * e.pitch)) + sincReach(e.pitch);
     const int missing = last + 1 - e.held + e.toDrop;
     if (missing <= 0) return 0;
     return int(e.library.getSamplesRequired()) + int(std::ceil(missing / e.ratio())) + sourceMargin;
