@@ -27,9 +27,17 @@ bool silencesAll(const CMIDIBytes* e) {
     return e->kind == eventMidi && isController(e->data) && asByte1(e->data) == ccAllNotesOff;
 }
 
+/// Data bytes of a message; what comes from outside may have their upper bit set.
+int keyOf(int msg) {
+    return asByte1(msg) & 127;
+}
+int valueOf(int msg) {
+    return asByte2(msg) & 127;
+}
+
 /// Index of a note in `CArp::through`.
 size_t noteIndex(int msg) {
-    return size_t(chByte(msg) * 128 + (asByte1(msg) & 127));
+    return size_t(chByte(msg) * 128 + keyOf(msg));
 }
 
 /// Goes on to the next octave.
@@ -129,20 +137,20 @@ void CArp::doMapping(const CMIDIBytes* e) {
     CArpProg* prog = getProg();
     if (!prog) return;
     if (isController(e->data)) return controlled(e->data);
-    CArpVoice* voice = noteOn(e->data) ? keyPressed(e->data) : keyReleased(asByte1(e->data));
+    CArpVoice* voice = noteOn(e->data) ? keyPressed(e->data) : keyReleased(keyOf(e->data));
     if (voice) voice->prog = prog;
     prog->buildPattern(voice);
 }
 
 void CArp::controlled(int msg) {
-    const float value = float(asByte2(msg)) / 127.0f;
+    const float value = float(valueOf(msg)) / 127.0f;
     if (asByte1(msg) == ccGate) getProg()->setGate(value);
     if (asByte1(msg) == ccSwing) getProg()->setSwing(value);
 }
 
 CArpVoice* CArp::keyPressed(int msg) {
     CArpProg* prog = getProg();
-    const int note = asByte1(msg);
+    const int note = keyOf(msg);
     const bool newChord = latch && prog->latchHeld < 1;
     const double grid = getSync();
     if (newChord && prog->keyCount > 0) deleteAllVoices();
@@ -152,7 +160,7 @@ CArpVoice* CArp::keyPressed(int msg) {
     }
     CArpVoice* voice = addVoice(note, chByte(msg));
     if (newChord && voice) voice->nextTick = swing[0] * grid;
-    prog->addKey(note, asByte2(msg));
+    prog->addKey(note, valueOf(msg));
     if (latch) prog->latchHeld++;
     return voice;
 }

@@ -128,12 +128,9 @@ void CArp::serveRequests() {
     if (asked & requestRelease) releaseLatched();
 }
 
-/// Chance belongs to the thread that plays, so this waits for a block; and for the end of a render,
-/// which has to come out the same each time.
+/// Chance belongs to the thread that plays, so this waits for a block.
 void CArp::reseed() {
-    if (host->renderMode || !(requests & requestSeed)) return;
-    requests.fetchAnd(~unsigned(requestSeed));
-    seedRand(seed);
+    if (requests.fetchAnd(~unsigned(requestSeed)) & requestSeed) seedRand(seed);
 }
 
 // Files.
