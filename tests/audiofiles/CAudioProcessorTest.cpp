@@ -1,7 +1,6 @@
 #include "audiofiles/CAudioProcessor.h"
 #include "SampleFixture.h"
 
-#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -13,10 +12,8 @@ using Values = std::vector<float>;
 
 /// What a value that an edit has touched is read back as.
 float stored(float value, int bits) {
-    const double v = std::fmin(1.0, std::fmax(-1.0, double(value)));
-    if (bits == 32) return float(v);
-    const double full = std::ldexp(1.0, bits - 1);
-    return float(std::trunc(v * (full - 1)) / full);
+    const double v = std::fmin(1.0, std::fmax(-1.0, double(value))), full = std::ldexp(1, bits - 1);
+    return bits == 32 ? float(v) : float(std::trunc(v * (full - 1)) / full);
 }
 
 /// The edit on an array: frames of `chs` values.
@@ -28,21 +25,19 @@ Values edited(const Values& in, int chs, int bits, int mode, int from, int to) {
     for (int f = 0; f < int(in.size()) / chs; f++) {
         const bool inside = f >= from && f < to;
         const float part = float(double(f - from) / (to - from));
-        const int source = inside && mode == processReverse ? from + to - 1 - f : f;
-        const float* v = &in[std::size_t(source * chs)];
-        if (mode == processCut && inside) continue;
-        if (mode == processMono && chs == 2) {
+        const float* v =
+            &in[std::size_t((inside && mode == processReverse ? from + to - 1 - f : f) * chs)];
+        if (mode == processMono && chs == 2)
             out.push_back(stored((v[0] + v[1]) * 0.5f, bits));
-            continue;
-        }
-        for (int c = 0; c < chs; c++) {
-            float now = v[c];
-            if (mode == processNormalize && inside) now = stored(now * (1.0f / peak), bits);
-            if (inside ? mode == processDelete : mode == processTrim) now = 0.0f;
-            if (mode == processFadeIn && inside) now = stored(now * part, bits);
-            if (mode == processFadeOut && inside) now = stored(now * (1.0f - part), bits);
-            out.push_back(now);
-        }
+        else if (mode != processCut || !inside)
+            for (int c = 0; c < chs; c++) {
+                float now = v[c];
+                if (inside ? mode == processDelete : mode == processTrim) now = 0.0f;
+                if (inside && mode == processNormalize) now = stored(now * (1.0f / peak), bits);
+                if (inside && mode == processFadeIn) now = stored(now * part, bits);
+                if (inside && mode == processFadeOut) now = stored(now * (1.0f - part), bits);
+                out.push_back(now);
+            }
     }
     return out;
 }
@@ -51,53 +46,44 @@ Values edited(const Values& in, int chs, int bits, int mode, int from, int to) {
 
 /// Every mode in every width, mono and stereo, streamed or loaded, whatever the range.
 TEST_F(CAudioProcessorTest, EditsEqualArrayArithmetic) {
-    struct Format {
+    struct Case {
         const char* name;
         int bits, chs, streamed;
-    };
-    struct Range {
-        int from, to;
     };
     int number = 0;
     CAudioProcessor processor([&](const CStr& like, bool& inTemp) {
         inTemp = true;
-        const std::string ending = like.upperCase().pos(".AIF") >= 0 ? ".aif" : ".wav";
-        return CStr(path(std::to_string(number++) + ending).c_str());
+        return CStr((path(std::to_string(number++)) + (like.asChar() + like.length() - 4)).c_str());
     });
     Values left = noise(5000, 1), right = noise(5000, 2);
     for (Values* side : {&left, &right})
         for (float& v : *side) v *= 0.7f;
-    for (const Format& f : {Format{"a.wav", 16, 2, 1},
-                            {"b.wav", 24, 1, 0},
-                            {"c.wav", 32, 2, 1},
-                            {"d.aif", 16, 1, 1},
-                            {"e.aif", 24, 2, 0}}) {
-        write(path(f.name), 48000, f.bits, f.chs, left, right);
+    for (const Case& c : {Case{"a.wav", 16, 2, 1},
+                          {"b.wav", 24, 1, 0},
+                          {"c.wav", 32, 2, 1},
+                          {"d.aif", 16, 1, 1},
+                          {"e.aif", 24, 2, 0}}) {
+        write(path(c.name), 48000, c.bits, c.chs, left, right);
         CSample source;
-        source.streamed = f.streamed;
-        ASSERT_TRUE(source.open(path(f.name).c_str()));
+        source.streamed = c.streamed;
+        ASSERT_TRUE(source.open(path(c.name).c_str()));
         const Values in = allFrames(source);
-        for (const Range& r : {Range{0, 5000}, {1000, 4100}, {777, 777}, {4999, 5000}, {3, 1300}})
+        const std::pair<int, int> ranges[] = {{-9, 5000}, {1000, 4100}, {777, 777}, {4999, 9000}};
+        for (const auto& [from, to] : ranges)
             for (int mode = 0; mode <= processFlatten; mode++) {
-                const std::unique_ptr<CSample> made(processor.process(mode, &source, r.to, r.from));
+                const std::unique_ptr<CSample> made(processor.process(mode, &source, to, from));
                 const bool menuOnly =
                     mode == processBeatslice || mode == processAutoslice || mode == processFlatten;
                 ASSERT_EQ(made == nullptr, menuOnly) << mode;
                 if (menuOnly) continue;
-                EXPECT_FALSE(made->keep);
-                EXPECT_TRUE(made->cached);
+                EXPECT_TRUE(!made->keep && made->cached);
                 CSample back;
                 ASSERT_TRUE(back.open(made->filename));
-                EXPECT_EQ(back.rate, 48000.0f);
-                EXPECT_EQ(back.chs, mode == processMono ? 1 : f.chs);
-                ASSERT_EQ(allFrames(back), edited(in, f.chs, f.bits, mode, r.from, r.to))
-                    << f.name << " mode " << mode << " " << r.from << " to " << r.to;
+                EXPECT_EQ(back.chs, mode == processMono ? 1 : c.chs);
+                ASSERT_EQ(allFrames(back),
+                          edited(in, c.chs, c.bits, mode, std::max(from, 0), std::min(to, 5000)))
+                    << c.name << " mode " << mode << " " << from << " to " << to;
             }
-        for (const Range& r : {Range{-500, 100}, {4000, 9000}}) {
-            const std::unique_ptr<CSample> made(
-                processor.process(processCut, &source, r.from, r.to));
-            EXPECT_EQ(made->getFrames(), r.from < 0 ? 4900 : 4000) << "clamped";
-        }
     }
 }
 
@@ -112,13 +98,10 @@ TEST_F(CAudioProcessorTest, NothingIsLeftBehind) {
     EXPECT_EQ(processor.process(processNormalize, &source, 0, 3000), nullptr);
     name = path("n.wav").c_str();
     const std::unique_ptr<CSample> made(processor.process(processNormalize, &source, 0, 3000));
-    ASSERT_NE(made, nullptr);
     EXPECT_EQ(bytesOf(path("n.wav")), bytesOf(path("s.wav")));
     name = path("full.wav").c_str();
     std::filesystem::create_symlink("/dev/full", path("full.wav"));
     EXPECT_EQ(processor.process(processDelete, &source, 0, 3000), nullptr);
     EXPECT_FALSE(std::filesystem::is_symlink(path("full.wav")));
     EXPECT_TRUE(diskWriteFailed.exchange(false));
-    EXPECT_TRUE(CAudioProcessor::getText(processMono) == "Convert to mono");
-    EXPECT_TRUE(CAudioProcessor::getText(processFlatten + 1).empty());
 }
