@@ -341,6 +341,20 @@ TEST(CSF2, RefusesWhatIsCutOffAndSurvivesWhatIsWrong) {
     EXPECT_EQ(b.imported(), 1);
 }
 
+TEST(CSF2, ImportIsPartOfAStep) {
+    Importer b;
+    std::ofstream(b.path, std::ios::binary) << sineFont({{{sampleId, 0}}}).bytes();
+    CUndo* step = b.host.host->undoStart("Drop", &b.sampler, 0);
+    EXPECT_TRUE(b.sampler.openSF2(b.path.c_str(), step));
+    EXPECT_EQ(b.imported() + b.sampler.clips.getCount(), 0);
+    b.host.host->undoEnd(step, false);
+    b.host.host->settle();
+    EXPECT_EQ(b.imported() + b.sampler.clips.getCount(), 2);
+    b.host.host->undoClicked();
+    b.host.host->settle();
+    EXPECT_EQ(b.imported() + b.sampler.clips.getCount(), 0);
+}
+
 TEST(CSF2, MemoryFollowsTheFile) {
     Font claims = sineFont({});
     for (int i = 0; i < 100; i++) claims.instruments[0].zones.push_back({{sampleId, i}});
