@@ -54,9 +54,9 @@ public:
         const auto work = [&] {
             for (size_t i; (i = next.fetch_add(1)) < firstZones.size();) fillClip(*firstZones[i]);
         };
-        const unsigned cores = std::clamp(std::thread::hardware_concurrency(), 1u, mostThreads);
+        const size_t cores = std::min(std::thread::hardware_concurrency(), mostThreads);
         std::vector<std::jthread> others;
-        for (unsigned i = 1; i < cores; i++) others.emplace_back(work);
+        for (size_t i = 1; i < std::min(cores, firstZones.size()); i++) others.emplace_back(work);
         work();
     }
 
