@@ -1,43 +1,10 @@
-#include "TestServer.h"
+#include "ControlFixture.h"
 
 #include "gui/Keys.h"
 #include "gui/Selections.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CScrollbar.h"
 #include "gui/controls/CValue.h"
-
-namespace {
-
-class ControlTest : public GuiTest {
-protected:
-    void SetUp() override {
-        GuiTest::SetUp();
-        if (!usable()) return;
-        win = bareWindow();
-    }
-    void TearDown() override {
-        win.reset();
-        GuiTest::TearDown();
-    }
-    template <class T>
-    T* add(T* ctrl) {
-        win->addControl(ctrl);
-        ctrl->onChange = counter.change();
-        return ctrl;
-    }
-    void at(int x, int y, const std::vector<std::string>& then) {
-        std::vector<std::string> words = {"mousemove", std::to_string(100 + x),
-                                          std::to_string(100 + y)};
-        words.insert(words.end(), then.begin(), then.end());
-        act(words);
-    }
-
-    std::unique_ptr<CWin> win;
-    int changes = 0;
-    Target counter{[this] { changes++; }};
-};
-
-} // namespace
 
 TEST_F(ControlTest, AButtonClicksOnALeftReleaseInsideIt) {
     auto* button = add(new CButton(win.get(), "b", "Push", 10, 10, 50, 20));

@@ -1,4 +1,4 @@
-#include "TestServer.h"
+#include "ControlFixture.h"
 
 #include "gui/controls/CIncDec.h"
 #include "gui/controls/CListbox.h"
@@ -6,42 +6,8 @@
 #include "gui/controls/CSplit.h"
 #include "gui/controls/CTabs.h"
 
-namespace {
-
-class ListsTest : public GuiTest {
-protected:
-    void SetUp() override {
-        GuiTest::SetUp();
-        if (usable()) win = bareWindow();
-    }
-    void TearDown() override {
-        win.reset();
-        GuiTest::TearDown();
-    }
-    template <class T>
-    T* add(T* ctrl) {
-        win->addControl(ctrl);
-        ctrl->onChange = counter.change();
-        win->resized();
-        settle();
-        return ctrl;
-    }
-    void at(int x, int y, const std::vector<std::string>& then) {
-        std::vector<std::string> words = {"mousemove", std::to_string(100 + x),
-                                          std::to_string(100 + y)};
-        words.insert(words.end(), then.begin(), then.end());
-        act(words);
-    }
-
-    std::unique_ptr<CWin> win;
-    int changes = 0;
-    Target counter{[this] { changes++; }};
-};
-
-} // namespace
-
 /// A list of 100 high shows 6 rows of 16, from 11 on.
-TEST_F(ListsTest, AListIsChosenFromByMouseAndKeys) {
+TEST_F(ControlTest, AListIsChosenFromByMouseAndKeys) {
     auto* list = add(new CListbox(win.get(), "list", 10, 10, 120, 100));
     for (int i = 0; i < 20; i++) list->add(CStr("Row ") + CStr(char('a' + i)));
     int opened = 0, checked = 0;
@@ -79,7 +45,7 @@ TEST_F(ListsTest, AListIsChosenFromByMouseAndKeys) {
     EXPECT_EQ(list->index, -1);
 }
 
-TEST_F(ListsTest, TabsChoose) {
+TEST_F(ControlTest, TabsChoose) {
     auto* tabs = add(new CTabs(win.get(), "tabs", 10, 10, 180, 20));
     int rights = 0;
     Target right([&] { rights++; });
@@ -100,7 +66,7 @@ TEST_F(ListsTest, TabsChoose) {
     EXPECT_EQ(tabs->index, 1);
 }
 
-TEST_F(ListsTest, AValueOfNamesSteps) {
+TEST_F(ControlTest, AValueOfNamesSteps) {
     auto* value = add(new CTextValue(win.get(), "v", 10, 10, 100, 20));
     for (const char* name : {"a", "b", "c"}) value->items.append(name);
     at(105, 20, {"click", "1", "click", "1", "click", "1"});
@@ -115,7 +81,7 @@ TEST_F(ListsTest, AValueOfNamesSteps) {
 }
 
 /// A panel of 60 wide that is dragged: below 40 it closes; `maxSize` is the least it opens to.
-TEST_F(ListsTest, ASplitMovesItsNeighbour) {
+TEST_F(ControlTest, ASplitMovesItsNeighbour) {
     auto* panel = add(new CPanel(win.get(), "panel", 0, 0, 60, 150));
     auto* split = add(new CSplit(win.get(), "split", 60, 0, 4, 150));
     split->target = panel;
@@ -133,7 +99,7 @@ TEST_F(ListsTest, ASplitMovesItsNeighbour) {
 }
 
 /// Content of 304 in a panel of 100: both bars take 16, the rest shows through a moving window.
-TEST_F(ListsTest, APanelScrollsItsContent) {
+TEST_F(ControlTest, APanelScrollsItsContent) {
     auto* panel = add(new CScrollPanel(win.get(), "panel", 10, 10, 100, 100));
     auto* far = new ProbeCtrl(win.get(), "far", 250, 250, 50, 50);
     panel->inner->addControl(far);
