@@ -132,11 +132,11 @@ private:
     }
 
     void writeNarrowed(int count) {
-        const int chs = target.chs;
+        const std::size_t chs = std::size_t(target.chs);
         float left[pieceFrames], right[pieceFrames];
-        for (int i = 0; i < count; i++) {
-            left[i] = values[std::size_t(i * chs)];
-            right[i] = values[std::size_t(i * chs + chs - 1)];
+        for (std::size_t i = 0; i < std::size_t(count); i++) {
+            left[i] = values[i * chs];
+            right[i] = values[i * chs + chs - 1];
         }
         target.writeFrames(count, left, right);
     }

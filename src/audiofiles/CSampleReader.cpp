@@ -4,6 +4,7 @@
 #include "audiofiles/WavFile.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace {
 
@@ -14,8 +15,8 @@ constexpr int overlapFrames = 16;
 
 CSampleReader::CSampleReader(const CSample& of)
     : sample(of), capacity(bufferBytes - bufferBytes % of.frameBytes),
-      memory(new unsigned char[2 * bufferBytes]) {
-    for (int i = 0; i < 2; i++) buffers[i].data = memory.get() + i * bufferBytes;
+      memory(new unsigned char[2ull * bufferBytes]) {
+    for (int i = 0; i < 2; i++) buffers[i].data = memory.get() + std::ptrdiff_t(i) * bufferBytes;
 }
 
 std::int64_t CSampleReader::readFile(std::int64_t offset, unsigned char* out, std::int64_t bytes) {
