@@ -1,0 +1,61 @@
+#include "engine/CompBlocks.h"
+
+#include "base/CStream.h"
+#include "engine/CComp.h"
+
+namespace {
+
+constexpr unsigned busyBit = 16; ///< once a state of processing; nobody sets it any more
+
+} // namespace
+
+void writeCompChunk(CStream* stream, CComp* c, int listKind, const CStr& id) {
+    c->saving();
+    stream->writeStr(id);
+    const int64_t sizeAt = stream->getPos();
+    stream->writeInt(0);
+    for (const int v : {c->category, c->type, listKind})
+        stream->writeByte(static_cast<unsigned char>(v));
+    stream->writeInt(c->posX);
+    stream->writeInt(c->posY);
+    stream->writeStr(c->id);
+    stream->writeInt(c->enabled);
+    stream->writeInt(int(c->flags.load() & ~busyBit));
+    stream->writeInt(0);
+    stream->writeInt(0);
+    c->write(stream);
+    stream->writeBlockSize(sizeAt);
+}
+
+CompHead readCompHead(CStream* stream, bool full) {
+    CompHead head;
+    head.category = stream->readByte();
+    head.type = stream->readByte();
+    head.listKind = stream->readByte();
+    head.posX = stream->readInt();
+    head.posY = stream->readInt();
+    head.id = stream->readStr();
+    if (!full) return head;
+    head.enabled = stream->readInt() ? 1 : 0;
+    head.flags = unsigned(stream->readInt()) & ~busyBit;
+    stream->readInt();
+    stream->readInt();
+    return head;
+}
+
+void applyHead(CComp* c, const CompHead& head) {
+    c->posX = head.posX;
+    c->posY = head.posY;
+    c->id = head.id;
+    c->enabled = head.enabled;
+    c->flags = head.flags;
+}
+
+CComp* readCompChunk(CQV* root, CStream* stream, int end) {
+    const CompHead head = readCompHead(stream, true);
+    CComp* c = createComp(root, static_cast<unsigned char>(head.category),
+                          static_cast<unsigned char>(head.type));
+    applyHead(c, head);
+    c->read(stream, end);
+    return c;
+}
