@@ -15,7 +15,7 @@ public:
 
     /// Sets `instance` for blocks of up to `blockFrames` frames and returns 0; else it is null. Two
     /// channels; the last argument is unused.
-    // NOLINTNEXTLINE(readability-identifier-naming): the name that such libraries give it
+    // NOLINTNEXTLINE(readability-identifier-naming): makes one, where operations act on one
     static int CreateInstance(CElastiqueIf*& instance, int blockFrames, int channels, float rate,
                               float unused);
     ~CElastiqueIf();
