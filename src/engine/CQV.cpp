@@ -34,7 +34,7 @@ constexpr unsigned takeFlags = 0x402000;
 } // namespace
 
 CQV::CQV()
-    : CComp(this), UndoHost(this),
+    : CComp(this), UndoHost(this), SamplePool(this),
       sampleScratch(std::make_unique_for_overwrite<unsigned char[]>(sampleScratchBytes)) {
     type = compQV;
     id = "sondrava";
@@ -270,6 +270,7 @@ void CQV::init() {
     destroyBuffers();
     projectFile = "";
     readSettings();
+    sampleManager.emptyTrash();
     for (Shared<int>* binding : {&ctrlStart, &ctrlStop, &ctrlRewind, &ctrlRecord, &ctrlTempo})
         *binding = -1;
     loop = 1;
@@ -329,7 +330,7 @@ void CQV::emptyProject() {
     deleteAll<CAudioCable>(audioCables);
     deleteAll<CComp>(comps);
     deleteAll<CComp>(sends);
-    deleteAll<CSample>(samples);
+    deleteSamples();
     deleteAll<CMapProg>(maps);
     curMap = 0;
     editorHooks()->deleteMap(this);

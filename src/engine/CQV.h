@@ -5,6 +5,7 @@
 #include "engine/CComp.h"
 #include "engine/CTasks.h"
 #include "engine/GraphHold.h"
+#include "engine/SamplePool.h"
 #include "engine/UndoHost.h"
 
 #include <memory>
@@ -32,12 +33,11 @@ constexpr double minRate = 8000.0;
 /// Transport calls (start, stop, rec, setPos and their synced kin) may come from the interface
 /// thread: while blocks are coming they are queued and served at the start of the next one, else,
 /// and for a thread that holds the graph, they act at once, so that a getter sees the result.
-class CQV : public CComp, public UndoHost {
+class CQV : public CComp, public UndoHost, public SamplePool {
 public:
     /// Largest latency, in frames, of the paths into the send buses, and from these to the audio
     /// outs.
     Shared<int> pdcInDelay{0}, pdcSendDelay{0};
-    CList samples; ///< of CSample, owned: the project's pool
     Shared<bool> renderPending{false};
     bool settingsEnabled = true;
     COnChange* renderCallback = nullptr; ///< owned until called
@@ -64,9 +64,7 @@ public:
     Shared<int> ctrlStart{-1}, ctrlStop{-1}, ctrlRewind{-1}, ctrlRecord{-1}, ctrlTempo{-1};
     Shared<int> lastCC{0}, learned{0};
     CTasks* tasks; ///< owned
-    CStr tempAudioFolder, audioFolder;
     CList sends; ///< of CGroupCh, owned
-    CStr projectFile;
     CStr presetFolder, clipFolder, sampleFolder;
     Shared<int> loopStart{0}, loopEnd{3840}, loop{0}; ///< ticks
     bool positionJumped = false;                      ///< during the block after a transport change

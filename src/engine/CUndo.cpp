@@ -103,3 +103,22 @@ CUndoItem* CUndo::asSwap(CUndoContent* object, CUndoContent* edited) {
     item->replaced = edited;
     return item;
 }
+
+void CUndo::drop(const CObject* object) {
+    CList old;
+    while (auto* item = static_cast<CUndoItem*>(items.first())) {
+        items.del(0);
+        old.add(item);
+    }
+    lastItem = nullptr;
+    while (auto* item = static_cast<CUndoItem*>(old.first())) {
+        old.del(0);
+        if (item->object == object) {
+            delete item;
+            continue;
+        }
+        item->previous = lastItem;
+        lastItem = item;
+        items.add(item);
+    }
+}

@@ -98,6 +98,8 @@ public:
     CUndoItem* asFloat(float* field);
     /// Content of `object` is exchanged with `edited`, which the item owns from now on.
     CUndoItem* asSwap(CUndoContent* object, CUndoContent* edited);
+    /// Deletes the items about an object.
+    void drop(const CObject* object);
 
 private:
     CUndoItem* newItem(CObject* object);

@@ -184,6 +184,11 @@ void UndoHost::eachHeld(const std::function<void(CObject*)>& visit) {
                 for (auto* object : each<CObject>(item->holding)) visit(object);
 }
 
+void UndoHost::forgetInSteps(const CObject* object) {
+    for (const CList* steps : {&undoList, &openSteps})
+        for (auto* u : each<CUndo>(*steps)) u->drop(object);
+}
+
 void UndoHost::queue(CUndo* u, Op op) {
     reserveSends(u);
     for (auto* item : each<CUndoItem>(u->items))

@@ -52,6 +52,8 @@ public:
     void setHeldRate(double rate);
     /// Calls `visit` for every object that a step holds off the graph.
     void eachHeld(const std::function<void(CObject*)>& visit);
+    /// Drops what steps tell about an object that is about to be freed from the graph itself.
+    void forgetInSteps(const CObject* object);
 
 private:
     enum Op : int { opDone = 1, opUndone = 2, opRedone = 4 }; ///< as told to `CComp::perform`

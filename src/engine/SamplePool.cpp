@@ -1,0 +1,193 @@
+#include "engine/SamplePool.h"
+
+#include "audiofiles/CSample.h"
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "engine/CQV.h"
+#include "engine/ForgetHooks.h"
+
+#include <memory>
+#include <unistd.h>
+
+namespace {
+
+constexpr unsigned updatePool = 0x400000;
+
+CStr stemOf(const CStr& path) {
+    return changeFileExt(extractFileName(path), "");
+}
+
+/// A thread that works out of turn may still be drawing its image.
+void freeSample(CSample* sample) {
+    while (sample->peakBusy) asSleep(1);
+    delete sample;
+}
+
+} // namespace
+
+/// Samples of the pool, and those that steps hold outside of it.
+void SamplePool::eachSample(const std::function<void(CSample*)>& visit) {
+    for (auto* sample : each<CSample>(samples)) visit(sample);
+    host->eachHeld([&visit](CObject* object) {
+        if (auto* sample = dynamic_cast<CSample*>(object)) visit(sample);
+    });
+}
+
+bool SamplePool::isUsed(const CStr& path) {
+    bool used = false;
+    eachSample([&](const CSample* sample) {
+        used = used || (!sample->filename.empty() && canonicalPath(sample->filename) == path);
+    });
+    return used;
+}
+
+/// Whoever asks for a file by its name may rely on it, though a take brought it about.
+void SamplePool::keepFile(const CStr& name) {
+    const CStr path = canonicalPath(name);
+    if (path.empty()) return;
+    eachSample([&path](CSample* sample) {
+        if (!sample->keep && canonicalPath(sample->filename) == path) sample->keep = true;
+    });
+}
+
+CSample* SamplePool::addSample(const CStr& name, int streamed) {
+    sampleManager.restore(name);
+    if (streamed)
+        for (auto* sample : each<CSample>(samples))
+            if (sameText(sample->filename, name)) return sample;
+    auto sample = std::make_unique<CSample>();
+    sample->streamed = streamed ? 1 : 0;
+    if (!sample->open(name)) return nullptr;
+    keepFile(name);
+    CSample* added = sample.release();
+    {
+        const GraphHold hold(host);
+        samples.add(added);
+    }
+    host->updatePeaks();
+    return added;
+}
+
+CStr SamplePool::importFile(const CStr& path, ImportResult& result, const ImportWatch& watch) {
+    result = ImportResult::good;
+    if (playsAsIs(path)) return path;
+    result = ImportResult::noRoom;
+    const CStr folder = newSampleFolder(nullptr);
+    const unsigned project = projects;
+    if (folder.empty()) return "";
+    CAudioImport import(path, folder);
+    import.start();
+    while (!import.finished() && !import.terminated) {
+        pumpIdle();
+        if (watch && !watch(import.progress.done)) import.progress.cancelled = true;
+    }
+    import.waitFor();
+    result = import.result();
+    if (result == ImportResult::good && project != projects) {
+        ::unlink(import.target().asChar());
+        result = ImportResult::cancelled;
+    }
+    return result == ImportResult::good ? import.target() : CStr();
+}
+
+CSample* SamplePool::importSample(const CStr& path, int streamed, ImportResult& result,
+                                  const ImportWatch& watch) {
+    const CStr file = importFile(path, result, watch);
+    if (file.empty()) return nullptr;
+    CSample* sample = addSample(file, streamed);
+    if (!sample) {
+        result = ImportResult::unreadable;
+    } else if (!(file == path)) {
+        sample->keep = false;
+        sample->cached = extractFilePath(file) == addSep(getTempAudioFolder());
+    }
+    return sample;
+}
+
+bool SamplePool::sampleArchived(const CSample* sample) {
+    return sample->streamed && fileExists(sample->filename) && fileExists(projectFile) &&
+           inAudioFolder(sample->filename);
+}
+
+bool SamplePool::copyToArchive(CSample* sample, const CStr& folder) {
+    if (!folderExists(folder)) return false;
+    const CStr old = sample->filename;
+    const CStr name = getUniqueFilename(stemOf(old), extractFileExt(old), folder);
+    if (!copyFile(old, name)) {
+        ::unlink(name.asChar());
+        showMsg(nullptr, "Error", "Copy to Audio Folder");
+        return false;
+    }
+    sample->filename = name;
+    sample->cached = false;
+    if (!sample->keep && sample->ownsFile) sampleManager.moveToTrash(old);
+    return true;
+}
+
+void SamplePool::archiveAllSamles() {
+    const CStr folder = getAudioFolder(true, false, false);
+    if (!folderExists(folder)) return;
+    bool changed = false;
+    for (auto* sample : each<CSample>(samples)) {
+        // What is not streamed is stored in the project's file; a take is still growing.
+        if (!sample->streamed || sample->takePending || sampleArchived(sample)) continue;
+        if (copyToArchive(sample, folder)) changed = true;
+    }
+    if (changed) host->update(updatePool);
+}
+
+bool SamplePool::deleteSampleFromDisk(CSample* sample) {
+    if (!samples.contains(sample) || !sampleArchived(sample)) return false;
+    const CStr path = deletablePath(sample->filename);
+    if (path.empty()) return false;
+    int users = 0;
+    eachSample([&](const CSample* other) {
+        if (canonicalPath(other->filename) == path) ++users;
+    });
+    if (users > 1) return false;
+    sampleManager.restore(path);
+    sample->keep = true; // the file goes by the checked way alone
+    removeSample(sample);
+    deleteSampleFile(path);
+    return true;
+}
+
+void SamplePool::removeSample(CSample* sample) {
+    host->settle();
+    host->parkWorkers();
+    {
+        const GraphHold hold(host);
+        samples.remove(sample);
+        forgetObject(host, sample);
+    }
+    host->forgetInSteps(sample);
+    freeSample(sample);
+    host->unparkWorkers();
+    host->update(updatePool);
+}
+
+void SamplePool::keepSamples() {
+    for (auto* sample : each<CSample>(samples)) sample->keep = true;
+}
+
+void SamplePool::deleteSamples() {
+    ++projects;
+    sampleManager.emptyTrash();
+    sampleManager.clear(); // what the project itself still uses stays
+    while (auto* sample = static_cast<CSample*>(samples.first())) {
+        samples.del(0);
+        freeSample(sample);
+    }
+}
+
+int nomNotArchived(CQV* host) {
+    if (host->projectFile.empty()) return 0;
+    const CStr folder = addSep(host->expectedAudioFolder());
+    int count = 0;
+    for (const auto* sample : each<CSample>(host->samples))
+        if (sample->streamed && fileExists(sample->filename) &&
+            !sameText(extractFilePath(sample->filename), folder))
+            ++count;
+    return count;
+}

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "audiofiles/AudioImport.h"
+#include "base/CList.h"
+#include "engine/AudioFolders.h"
+#include "engine/CSampleManager.h"
+
+#include <functional>
+
+class CQV;
+class CSample;
+
+/// The audio of a project: one list of samples that events and drums point to, and what becomes of
+/// their files. A file is only ever deleted right in the project's audio folder or in the temp
+/// folder, and as long as no sample of the project stands on it.
+///
+/// Interface thread. The workers and the graph walk the list meanwhile: it grows with the graph
+/// held, and a sample is deleted once every worker stands still and the graph has let go of it.
+class SamplePool : public AudioFolders {
+public:
+    explicit SamplePool(CQV* root) : host(root) {}
+    ~SamplePool() = default;
+    SamplePool(const SamplePool&) = delete;
+    SamplePool& operator=(const SamplePool&) = delete;
+
+    CList samples; ///< of CSample, owned
+    CSampleManager sampleManager{this};
+
+    /// The entry of a file: with `streamed` the one that there is, paths compared without regard
+    /// to case, else a new one. Null when the file can't be opened.
+    CSample* addSample(const CStr& name, int streamed);
+
+    /// Told the part that is done, 0 to 1; false cancels.
+    using ImportWatch = std::function<bool(float done)>;
+    /// `addSample` for any audio file. One that samples can't play is converted first, on a worker
+    /// while the program goes on, to a new file in the project's audio folder, or in the temp
+    /// folder as long as the project is unsaved; like a take it lives on once the project is saved.
+    /// Null with `result` saying why, also if another project was opened meanwhile.
+    CSample* importSample(const CStr& path, int streamed, ImportResult& result,
+                          const ImportWatch& watch = {});
+    /// The same for who opens files without the pool: the path to open, empty on failure.
+    CStr importFile(const CStr& path, ImportResult& result, const ImportWatch& watch = {});
+
+    /// Streamed, and its file lies in the audio folder of a saved project.
+    bool sampleArchived(const CSample* sample);
+    /// Copies the file into `folder` under a free name, which the sample then bears. On failure
+    /// "Copy to Audio Folder" is shown, nothing stays behind, and it keeps the old one.
+    bool copyToArchive(CSample* sample, const CStr& folder);
+    /// Has all of the pool in the audio folder, which is made if there is none.
+    void archiveAllSamles();
+    /// Takes an archived sample out of the project and deletes its file. Events lose it, and the
+    /// history what it knew of it. False, and nothing has changed, unless the file may be deleted
+    /// and is nobody else's.
+    bool deleteSampleFromDisk(CSample* sample);
+    /// To be called when the project has been saved: the files of the pool belong to it now.
+    void keepSamples();
+
+    /// Whether a sample of the pool, or one that waits in the history, stands on a file, given as
+    /// `canonicalPath` gives it.
+    bool isUsed(const CStr& path);
+
+protected:
+    /// Frees all samples. Graph held, workers parked, nothing refers to them any more.
+    void deleteSamples();
+
+private:
+    CQV* host;
+    unsigned projects = 0; ///< counts those that were closed
+
+    void eachSample(const std::function<void(CSample*)>& visit);
+    void keepFile(const CStr& name);
+    void removeSample(CSample* sample);
+};
+
+/// Streamed samples of the pool whose file exists outside the audio folder that the project has, or
+/// would get; 0 while it is unsaved.
+int nomNotArchived(CQV* host);
