@@ -110,8 +110,7 @@ public:
 
     /// Notes that a zone plays a sample. One too many of those that overlap has no frames then.
     void claim(CSF2Sample* sample);
-    /// Reads the frames of a sample that is used. Without memory or file it has none then. Any
-    /// thread, for different samples at once.
+    /// Reads the frames of a sample that is used. Without memory or file it has none then.
     void readData(CSF2Sample* sample) const;
 
 private:

@@ -8,16 +8,12 @@
 #include "instruments/SamplerContent.h"
 
 #include <algorithm>
-#include <atomic>
-#include <thread>
-#include <vector>
 
 // Presets of a SoundFont as programs of the sampler: each zone of an instrument becomes one sound.
 
 namespace {
 
 constexpr int clipRate = 44100; ///< for all samples, whatever their own
-constexpr unsigned mostThreads = 4;
 
 /// Turns one file into programs and clips; owns what was not taken.
 class Import {
@@ -48,22 +44,9 @@ public:
         return true;
     }
 
-    /// Brings in the frames of all clips, on as many threads as there are cores for them.
-    void fillClips() const {
-        std::atomic<size_t> next{0};
-        const auto work = [&] {
-            for (size_t i; (i = next.fetch_add(1)) < firstZones.size();) fillClip(*firstZones[i]);
-        };
-        const size_t cores = std::min(std::thread::hardware_concurrency(), mostThreads);
-        std::vector<std::jthread> others;
-        for (size_t i = 1; i < std::min(cores, firstZones.size()); i++) others.emplace_back(work);
-        work();
-    }
-
 private:
     CSampler* sampler;
     int64_t soundCount = 0;
-    std::vector<const CSF2SampleClip*> firstZones; ///< of each clip
 
     CWavSound* makeSound(CLayer* layer, const CSF2Instrument& use, const CSF2SampleClip& zone) {
         auto* sound = new CWavSound(layer, sampler->host);
@@ -78,28 +61,23 @@ private:
         return sound;
     }
 
-    /// The clip of a sample gets the settings of its first zone and serves all others.
+    /// The clip of a sample is made for its first zone and serves all others.
     CSampleClip* clipOf(const CSF2SampleClip& zone) {
         CSF2Sample* sample = zone.sample;
         if (sample->clip) return sample->clip;
-        sample->clip = new CSampleClip;
-        sample->clip->filename = sample->getId();
-        sample->clip->setFormat(clipRate, 16, 1);
-        clips.add(sample->clip);
-        firstZones.push_back(&zone);
-        return sample->clip;
-    }
-
-    void fillClip(const CSF2SampleClip& zone) const {
-        CSF2Sample& sample = *zone.sample;
-        font.readData(&sample);
-        auto* bytes = reinterpret_cast<unsigned char*>(sample.data.release());
-        sample.clip->takeData(bytes, sample.getFrames());
-        sample.clip->setOrgKey(zone.key);
-        sample.clip->setRange(zone.start, zone.end);
-        sample.clip->setLoop(zone.loop);
-        sample.clip->setLoopStart(zone.loopStart);
-        sample.clip->peakfile();
+        auto* clip = sample->clip = new CSampleClip;
+        clips.add(clip);
+        clip->filename = sample->getId();
+        clip->setFormat(clipRate, 16, 1);
+        font.readData(sample);
+        auto* bytes = reinterpret_cast<unsigned char*>(sample->data.release());
+        clip->takeData(bytes, sample->getFrames());
+        clip->setOrgKey(zone.key);
+        clip->setRange(zone.start, zone.end);
+        clip->setLoop(zone.loop);
+        clip->setLoopStart(zone.loopStart);
+        clip->peakfile();
+        return clip;
     }
 };
 
@@ -126,7 +104,6 @@ bool CSampler::openSF2(const CStr& path, CUndo* undo) {
     bool whole = true;
     for (int i = 0; i < font.getPresetCount() && whole; i++)
         whole = import.addPreset(*font.getPreset(i));
-    import.fillClips();
     moveAll(import.clips, clips, undo);
     moveAll(import.progs, progs, undo);
     return whole || complain("Too many sounds in file: ");
