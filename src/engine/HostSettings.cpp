@@ -51,6 +51,9 @@ void CQV::readSettings() {
     if (!settingsEnabled) return;
     CIniFile ini(inifile);
     tempAudioFolder = ini.readString("options", "tempaudiofolder", "");
+    const int width = ini.readInteger("audio", "recbits", recBits);
+    if (width == 16 || width == 24 || width == 32) recBits = width;
+    recLatency = asMax(0, storeInt("rec-latency", 0));
     click->enabled = ini.readInteger("metronome", "enabled", 1);
     click->mode = ini.readInteger("metronome", "mode", click->mode) & allClickModes;
     click->beats = asMinMax(ini.readInteger("metronome", "beats", 4), 0, maxBeats);

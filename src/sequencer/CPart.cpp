@@ -128,6 +128,10 @@ void CPart::setParam(int index, CEnvEvent* list) {
     *target = list;
 }
 
+void CPart::relinkParam(int index, CEnvEvent* list) {
+    if (Shared<CEnvEvent*>* target = content()->slot(index)) *target = list;
+}
+
 void CPart::addEvent(int tick, CBaseEvent* event) {
     CPart* owner = content();
     owner->events =

@@ -71,6 +71,8 @@ public:
     /// Replace a list, which is taken; the old one is freed. Slots out of range free the new one.
     void setEvents(CBaseEvent* list);
     void setParam(int slot, CEnvEvent* list);
+    /// Sets the points of a slot that has room; those before are not freed. Graph holder.
+    void relinkParam(int slot, CEnvEvent* list);
     /// Takes the event and puts it at `tick`, behind those at the same tick.
     void addEvent(int tick, CBaseEvent* event);
     /// The same for a point, which goes before those at the same tick; but behind the first of all.

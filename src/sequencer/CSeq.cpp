@@ -45,7 +45,7 @@ void forget(CQV* host, CObject* object) {
 
 Shared<int> useMarkersMIDINoteTrigger{0};
 
-CSeq::CSeq(CQV* root) : CComp(root) {
+CSeq::CSeq(CQV* root) : CComp(root), edits(root) {
     id = "Sequencer";
     type = compSeq;
     preview = iniReadInt(settingsSection, "preview", 1);
@@ -53,6 +53,8 @@ CSeq::CSeq(CQV* root) : CComp(root) {
 }
 
 CSeq::~CSeq() {
+    recThread.finish();
+    edits.settle();
     clearCopies();
     deleteAll<CObject>(progs);
     deleteAll<CPart>(masterParts);
@@ -67,6 +69,7 @@ void CSeq::init() {
 void CSeq::idle() {
     CComp::idle();
     purgeSelection();
+    idleTake();
     for (auto* track : each<CTrack>(tracks)) track->idle();
 }
 
@@ -139,6 +142,7 @@ void CSeq::lanesChanged(const CTrack* track) {
 }
 
 void CSeq::del(CObject* object) {
+    edits.settle();
     selectedTracks.remove(object);
     eachSongTrack([object](CSongTrack* songTrack) {
         if (songTrack->voices) songTrack->voices->drop(object);
@@ -146,6 +150,7 @@ void CSeq::del(CObject* object) {
     for (auto* prog : each<CSeqProg>(progs)) prog->purgeMarker(object);
     for (auto* track : each<CTrack>(tracks)) {
         track->editLanes.remove(object);
+        track->take.purge(object);
         bool known = false;
         for (auto* lane : each<CSubTrack>(track->subTracks)) {
             if (!lane->object || !liesIn(lane->object, object)) continue;

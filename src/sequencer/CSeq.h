@@ -2,10 +2,13 @@
 
 #include "engine/CComp.h"
 #include "sequencer/CPart.h"
+#include "sequencer/CRecThread.h"
 #include "sequencer/CSeqProg.h"
 #include "sequencer/CSongTrack.h"
+#include "sequencer/CStepRec.h"
 #include "sequencer/CTrack.h"
 #include "sequencer/SongOptions.h"
+#include "sequencer/TakeEdits.h"
 
 #include <functional>
 
@@ -44,7 +47,7 @@ class CSeq : public CComp {
 public:
     CList tracks; ///< of CTrack, owned
     Shared<unsigned char> playing{0}, recording{0};
-    Shared<unsigned char> recReady{1};
+    Shared<unsigned char> recReady{1}; ///< 0 from the beginning of a take until all of it is placed
     Shared<double> songTicks{0.0}; ///< played since start
     Shared<int> maxVoices{6};
     Shared<int> preview{1};      ///< notes sound when they are edited
@@ -55,6 +58,10 @@ public:
     CList selectedTracks;  ///< of CSongTrack: selected in the arrangement
     CList copies;          ///< of CPart, owned: the clipboard
     CSnap* snap = nullptr; ///< of the view that edits, not owned; may be null
+    TakeEdits edits;       ///< on their way into the song
+    CRecThread recThread;
+    CStepRec stepRec;
+    Shared<double> takeStart{0.0}; ///< ticks, where the take began
 
     explicit CSeq(CQV* root);
     ~CSeq() override;
@@ -74,6 +81,20 @@ public:
     void subProcess(int frames, int offset);
     /// Adopts the tempo of a point that lies in the coming block. Part of `process`.
     void followTempo(int frames);
+
+    // Takes (Recording.cpp). A take begins with the block that finds the host recording; its notes,
+    // sound and automation go into one step.
+    /// Arms the selected tracks, and those with a selected lane. Graph holder.
+    void rec(int) override;
+    /// Closes what the idle pass has not closed yet.
+    void afterRec() override;
+    /// A control was moved: while the track that it sounds through is armed, a point is recorded.
+    void recParam(CObject* object, int param, float value) override;
+    /// Switches step recording of the part that is edited on or off.
+    void stepRecClicked(CObject* = nullptr);
+    /// Whether the input of an armed track belongs to the take. Graph holder.
+    bool takeRuns() const;
+    int gridTicks() const; ///< of `snap`
 
     // The rest of CComp.
     void setFrames(int frames) override;
@@ -172,18 +193,31 @@ public:
     template <class F>
     void eachSongTrack(F&& visit);
 
+    // For edits that reach the song past a step. Graph holder.
+    /// The content of a part is another one.
+    void contentSwapped(CPart* part);
+    void lanesChanged(const CTrack* track);
+
 private:
     int programCount = 0;
+    Shared<bool> takeBegun{false}; ///< by the graph, for the idle pass
+    bool warned = false;           ///< of frames that were lost, during this take
+
+    void arm(CSongTrack* songTrack);
+    void idleTake();
+    void beginTake();
+    void beginFiles();
+    void closeTake();
+    void disarm(CTrack* track);
+    void warnOfLoss();
     void takeKit(DrumKit& kit, CTrack* track, CUndo* undo);
     void eachDrum(const std::function<void(CDrumSound*)>& visit);
     struct NewTrack;
     void makeTrackIO(NewTrack& made);
     CSongTrack* linkTrack(NewTrack& made, CSeqProg* prog, CUndo* undo, int index);
-    void contentSwapped(CPart* part);
     void partMoved(CPart* part, const CList* list);
     void songTrackMoved(CObject* object, const CList* list);
     void lanesMoved(const CList* list);
-    void lanesChanged(const CTrack* track);
     void purgeSelection();
 };
 

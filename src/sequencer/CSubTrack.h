@@ -17,6 +17,8 @@ enum LaneKind : int {
     laneAutomation = -102, ///< the points of `CPart::getParam(slot)`
 };
 
+constexpr unsigned laneSelected = 1; ///< bit of a lane's `flags`
+
 /// How an automation lane acts.
 enum LaneTarget : int {
     targetParam = 1,      ///< parameter `param` of `object`
@@ -42,6 +44,10 @@ public:
     bool chasePending = false, chaseBlocked = false;
     CEnvEvent* chasePrior = nullptr;
     CEnvEvent* chaseNext = nullptr;
+    bool recorded = false; ///< by a take in the running pass, until whose end it is not played
+
+    /// Whether its points are sent. Graph holder.
+    bool played() const { return !bypass && !recorded; }
 
     CSubTrack(const CStr& name, LaneKind laneKind);
     bool automation() const { return kind == laneAutomation; }

@@ -1,5 +1,6 @@
 #include "sequencer/CTrack.h"
 
+#include "audiofiles/CSample.h"
 #include "base/Numbers.h"
 #include "base/Random.h"
 #include "engine/CQV.h"
@@ -11,6 +12,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/Pending.h"
+#include "sequencer/RecQueue.h"
 
 #include <bitset>
 
@@ -39,7 +41,10 @@ void fadeLights(const CList& ports) {
 
 CTrack::CTrack(CQV* root, CSeq* owner, int trackKind)
     : CComp(root), seq(owner), kind(trackKind), arp(std::make_unique<CArp>(root)),
-      synthProg(trackKind == trackDrum ? std::make_unique<CSynthProg>(root, nullptr) : nullptr) {
+      synthProg(trackKind == trackDrum ? std::make_unique<CSynthProg>(root, nullptr) : nullptr),
+      recQueue(trackKind == trackMIDI || trackKind == trackDrum ? std::make_unique<RecQueue>()
+                                                                : nullptr),
+      take(this) {
     id = "Track";
     type = compTrack;
     editorStruct.width = editorWidth;
@@ -54,6 +59,7 @@ CTrack::CTrack(CQV* root, CSeq* owner, int trackKind)
 CTrack::~CTrack() {
     for (CList* borrowed : {&inPorts, &outPorts, &inputs, &outputs}) borrowed->clear();
     deleteAll<CSubTrack>(subTracks);
+    delete recSample.load();
 }
 
 CLayer* CTrack::drumLayer() const {
@@ -169,15 +175,7 @@ void CTrack::reserveSlots(int slots, const CUndo* undo) {
 }
 
 CSubTrack* CTrack::addLane(CSubTrack* lane, CUndo* undo) {
-    if (lane->automation()) {
-        const int slot = getFreeParam(undo);
-        if (slot == maxSlots) {
-            delete lane;
-            return nullptr;
-        }
-        lane->slot = slot;
-        reserveSlots(slot + 1, undo);
-    }
+    if (lane->automation() && !placeLane(lane, undo)) return nullptr;
     if (undo) {
         undo->asAdd(lane, &subTracks);
     } else {
@@ -185,6 +183,17 @@ CSubTrack* CTrack::addLane(CSubTrack* lane, CUndo* undo) {
         subTracks.add(lane);
     }
     return lane;
+}
+
+bool CTrack::placeLane(CSubTrack* lane, const CUndo* undo) {
+    const int slot = getFreeParam(undo);
+    if (slot == maxSlots) {
+        delete lane;
+        return false;
+    }
+    lane->slot = slot;
+    reserveSlots(slot + 1, undo);
+    return true;
 }
 
 CSubTrack* CTrack::findLane(CObject* object, int param) {

@@ -3,15 +3,20 @@
 #include "engine/CComp.h"
 #include "sequencer/CGroove.h"
 #include "sequencer/CTrakPreview.h"
+#include "sequencer/TrackTake.h"
 
 #include <memory>
 
 class CArp;
 class CDrumSound;
 class CLayer;
+class CPart;
+class CSample;
 class CSeq;
+class CSongTrack;
 class CSubTrack;
 class CSynthProg;
+class RecQueue;
 
 enum TrackKind : int {
     trackFolder = 1,
@@ -26,6 +31,7 @@ constexpr unsigned trackOpen = 2;
 
 constexpr int folderHeight = 21;
 constexpr int drumOpenHeight = 64;
+constexpr int firstDrumKey = 36; ///< plays the first sound of a kit
 
 /// A row of the arrangement: what its parts play through, and how it is shown. It exists once; its
 /// parts exist per program, in a `CSongTrack` each.
@@ -49,8 +55,6 @@ public:
     Shared<int> laneMode{1}, laneStack{0};
     Shared<unsigned char> monitor{0}; ///< the input monitor switch
     Shared<CTrack*> folder{nullptr};  ///< the folder track that holds this one, not owned
-    Shared<unsigned char> armed{0};   ///< takes part in a take
-    Shared<int> lastRecPos{-1};       ///< last tick at which automation was written, -1 none
     Shared<int> activeLane{0};        ///< index into `editLanes`
     CList subTracks;                  ///< of CSubTrack, owned: the lanes
     CList editLanes;                  ///< of CSubTrack: those that the note editor shows
@@ -62,6 +66,18 @@ public:
     /// rest on tracks of other kinds. Never null.
     const std::unique_ptr<CArp> arp;
     const std::unique_ptr<CSynthProg> synthProg; ///< of a drum track: its kit; else null
+
+    // Recording (Recording.cpp). Set by the graph when a take begins, and given back at its end.
+    Shared<unsigned char> armed{0};      ///< takes part in a take
+    Shared<unsigned char> takesAudio{0}; ///< and writes its input into `recSample`
+    Shared<CPart*> recPart{nullptr};     ///< recorded into; null until there is one
+    Shared<CSongTrack*> recSongTrack{nullptr};
+    Shared<unsigned char> recAttached{0}; ///< `recPart` is in the song and in the take's step
+    Shared<int> lastRecPos{-1};           ///< last tick at which automation was written, -1 none
+    /// Of a selected audio track: owned, in the format of takes and ready for the next one.
+    Shared<CSample*> recSample{nullptr};
+    const std::unique_ptr<RecQueue> recQueue; ///< of an instrument or drum track; else null
+    TrackTake take;
 
     CTrack(CQV* root, CSeq* owner, int trackKind);
     ~CTrack() override;
@@ -113,8 +129,20 @@ public:
     /// graph hold, or by the step. An automation lane gets a free slot first; without one it is
     /// deleted, and the result is null.
     CSubTrack* addLane(CSubTrack* lane, CUndo* undo);
+    /// The first half of `addLane` for an automation lane: a slot, and room in every part. False,
+    /// and the lane is deleted, without a free slot.
+    bool placeLane(CSubTrack* lane, const CUndo* undo);
     /// Finds the automation lane of a parameter, null when there is none.
     CSubTrack* findLane(CObject* object, int param);
+
+    /// Records a point of a lane into the part of the running take, on a grid of 240 ticks counted
+    /// from the part's tick 0; the first one of a pass replaces what the lane has there. Nothing
+    /// without a part.
+    void recordAutomation(int tick, int slot, float value);
+    /// What is recorded from now on is a new pass. Graph holder.
+    void nextPass();
+    /// Keeps `recSample` ready for a take while the track is selected. Interface thread.
+    void readyForTake();
 
 private:
     void reserveSlots(int slots, const CUndo* undo);

@@ -1,11 +1,14 @@
+#include "audiofiles/CSample.h"
 #include "base/GraphMark.h"
 #include "base/Numbers.h"
+#include "engine/CClick.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Points.h"
+#include "sequencer/RecQueue.h"
 #include "sequencer/TempoMap.h"
 
 #include <algorithm>
@@ -13,7 +16,8 @@
 
 namespace {
 
-constexpr int firstDrumKey = 36; ///< plays the first sound of a kit
+/// So long before the end of a loop a note counts as the first of the next pass.
+constexpr double upbeatTicks = 240.0;
 
 /// Whether a monitor mode lets the input of a track through.
 bool monitored(MonitorMode mode, const CTrack* track) {
@@ -78,23 +82,37 @@ void followHostLoop(CSeqProg* prog) {
     seq->update(updateSongTransport);
 }
 
-/// Hands what arrives at an instrument track to its output, as the monitor mode says.
+/// Whether a track records what is played, heard or not.
+bool takesNotes(const CSeq* seq, const CSongTrack* t) {
+    if (seq->stepRec.takesFrom(t)) return true;
+    return seq->host->recording && (t->track->armed || t->track->selected());
+}
+
+void receive(const ProgBlock& b, CSongTrack* t, double frame, int msg) {
+    const CQV* host = b.prog->seq->host;
+    const double tick = b.prog->pos + host->framesToTicks(frame);
+    b.prog->midiReceived(t, tick, msg, nullptr, host->recording != 0);
+}
+
+/// Hands what arrives at an instrument track to its output, as the monitor mode says, and to the
+/// take.
 void echoMidi(const ProgBlock& b, CSongTrack* t) {
     CTrack* track = t->track;
     CMIDIQ* in = track->inPort();
     CMIDIQ* out = track->outPort();
     CSeq* seq = b.prog->seq;
     if (!in || !out || noteTrigger(seq)) return;
-    if (!monitored(seq->options.midiMonitorMode(), track)) return;
+    const bool heard = monitored(seq->options.midiMonitorMode(), track);
+    if (!heard && !takesNotes(seq, t)) return;
     for (const CMIDIBytes* e = in->first(); e; e = e->next) {
         if (e->kind == eventConsumed || e->time < b.offset || e->time >= b.offset + b.frames)
             continue;
         const int msg = e->kind == eventMidi ? track->setVel(track->setCh(e->data)) : e->data;
-        out->push(e->time, msg, e->kind, e->value, e->param, e->owner, e->extra);
-        out->hasData = 1.0f;
-        if (e->kind != eventMidi) continue;
-        const double tick = b.prog->pos + seq->host->framesToTicks(e->time);
-        b.prog->midiReceived(t, tick, msg, nullptr, seq->host->recording != 0);
+        if (heard) {
+            out->push(e->time, msg, e->kind, e->value, e->param, e->owner, e->extra);
+            out->hasData = 1.0f;
+        }
+        if (e->kind == eventMidi) receive(b, t, e->time, msg);
     }
 }
 
@@ -103,15 +121,18 @@ void echoDrums(const ProgBlock& b, CSongTrack* t) {
     CTrack* track = t->track;
     CMIDIQ* in = track->inPort();
     CSeq* seq = b.prog->seq;
-    if (!in || noteTrigger(seq) || !monitored(seq->options.midiMonitorMode(), track)) return;
+    if (!in || noteTrigger(seq)) return;
+    const bool heard = monitored(seq->options.midiMonitorMode(), track);
+    if (!heard && !takesNotes(seq, t)) return;
     for (const CMIDIBytes* e = in->first(); e; e = e->next) {
         if (e->kind != eventMidi || e->time < b.offset || e->time >= b.offset + b.frames) continue;
+        if (noteOff(e->data) && seq->stepRec.takesFrom(t)) receive(b, t, e->time, e->data);
         CDrumSound* sound = track->drumSound(asByte1(e->data) - firstDrumKey);
         if (!noteOn(e->data) || !sound) continue;
         const int msg = track->setVel(e->data);
-        t->hitDrum(sound, nullptr, float(asByte2(msg)) / 127.0f, 0.0f, 1.0f, asRound(e->time));
-        const double tick = b.prog->pos + seq->host->framesToTicks(e->time);
-        b.prog->midiReceived(t, tick, msg, nullptr, seq->host->recording != 0);
+        if (heard)
+            t->hitDrum(sound, nullptr, float(asByte2(msg)) / 127.0f, 0.0f, 1.0f, asRound(e->time));
+        receive(b, t, e->time, msg);
     }
 }
 
@@ -125,11 +146,21 @@ void echoAudio(const ProgBlock& b, CTrack* track) {
     std::copy_n(in->bufR + b.offset, b.frames, out->bufR + b.offset);
 }
 
+/// Hands the input of an armed audio track to the take.
+void recordAudio(const ProgBlock& b, CTrack* track) {
+    const CInputChannel* in = track->input();
+    if (!in || !b.prog->seq->takeRuns() || !track->armed || !track->takesAudio) return;
+    track->recSample->writeFrames(b.frames, in->bufL + b.offset, in->bufR + b.offset, true);
+}
+
 void processTrack(const ProgBlock& b, CSongTrack* t) {
     if (b.stopNow) t->stop();
     if (b.jumped) t->requests.ask(requestFlush | requestSetup);
     if (b.current && t->track->kind == trackMIDI) echoMidi(b, t);
-    if (b.current && t->track->kind == trackAudio) echoAudio(b, t->track);
+    if (b.current && t->track->kind == trackAudio) {
+        echoAudio(b, t->track);
+        recordAudio(b, t->track);
+    }
     if (b.current && t->track->kind == trackDrum) echoDrums(b, t);
     t->pos = b.prog->pos;
     t->process(b.frames, b.offset);
@@ -270,8 +301,19 @@ void CSeqProg::flush(int frame) {
     for (CSongTrack* t : each<CSongTrack>(tracks)) t->flush(frame, false);
 }
 
-void CSeqProg::midiReceived(CSongTrack* songTrack, double, int msg, void*, bool) {
-    if (songTrack->track->kind == trackMIDI) songTrack->track->addRemovePlayingNote(msg);
+void CSeqProg::midiReceived(CSongTrack* songTrack, double tick, int msg, void*, bool record) {
+    const CQV* host = seq->host;
+    CTrack* track = songTrack->track;
+    if (track->kind == trackMIDI) msg = track->setCh(msg);
+    RecEvent e{tick, tick, msg};
+    if (looping && noteOn(msg) && tick >= double(rightLocator) - upbeatTicks) {
+        const CPart* part = track->recPart;
+        e.tick = part ? part->pos : leftLocator;
+    }
+    const bool inSteps = seq->stepRec.takesFrom(songTrack) && (noteOn(msg) || noteOff(msg));
+    const bool soon = host->framesToTicks(host->click->countIn) <= quarterTicks;
+    if (inSteps || (record && host->recording && soon)) track->recQueue->push(e);
+    if (track->kind == trackMIDI) track->addRemovePlayingNote(msg);
 }
 
 void CSeq::start() {
@@ -322,9 +364,10 @@ void CSeq::process(int frames) {
     if (allNotesOff && !host->playing) silenceArps(tracks);
     mergeMIDI(frames);
     mergeAudio(frames);
-    if (playing && host->recording && !recording) {
+    if (recording && !host->recording) recording = 0;
+    if (playing && host->recording && !recording && recReady.loadAcquire()) {
         recording = 1;
-        if (recReady) rec(0);
+        rec(0);
     }
     subProcess(frames, 0);
     followTempo(frames);

@@ -78,6 +78,7 @@ void playMidiEvent(const Block& b, CPart* part, const CMIDIEvent* event, int tic
 /// An audio event that begins `into` ticks before tick `songPos`, or there.
 void playClip(CSongTrack* songTrack, CPart* part, CAudioEvent* e, double songPos, double into,
               int delay) {
+    if (e->sample == songTrack->track->recSample) return; // it is being recorded
     VoiceStart start;
     start.part = part;
     start.event = e;
@@ -142,7 +143,7 @@ void playEvents(const Block& b, CPart* part, CPlayStruct& p, int slice) {
 }
 
 void sendLane(const Block& b, CPlayStruct& p, double frame, float value) {
-    if (p.lane->bypass) return;
+    if (!p.lane->played()) return;
     insertEvent(p.lane, b.control, frame + b.offset, value, &p, b.track()->channel);
 }
 
@@ -212,7 +213,7 @@ void sendChase(const Block& b) {
     for (CSubTrack* lane : each<CSubTrack>(b.track()->subTracks)) {
         if (!lane->chasePending) continue;
         lane->chasePending = false;
-        if (!lane->bypass)
+        if (lane->played())
             insertEvent(lane, b.control, b.offset, lane->chaseValue, nullptr, b.track()->channel);
     }
 }
@@ -237,7 +238,7 @@ void playBlock(Block& b) {
         songTrack->flush(b.offset + std::max(0, b.done - 1), false);
         songTrack->pos -= b.loopEnd - b.loopStart;
         songTrack->setup(b.loopStart, -b.tpf * b.done, false);
-        if (b.track()->armed) b.track()->lastRecPos = -1;
+        if (b.track()->armed) b.track()->nextPass();
     }
 }
 

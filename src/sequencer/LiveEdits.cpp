@@ -1,0 +1,126 @@
+#include "sequencer/LiveEdits.h"
+
+#include "base/GraphMark.h"
+#include "base/Numbers.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/CSubTrack.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+namespace {
+
+/// Calls `visit` for each part that shows the content of `part`.
+template <class F>
+void eachUser(CSeq* seq, CPart* part, F visit) {
+    const CPart* content = part->content();
+    if (content == part) return visit(part);
+    seq->eachSongTrack([&](CSongTrack* songTrack) {
+        for (CPart* user : each<CPart>(songTrack->parts))
+            if (user->content() == content) visit(user);
+    });
+}
+
+/// After `added` was linked into the list that now begins with `head`.
+void fixPointer(CPlayStruct* p, CBaseEvent* head, const CBaseEvent* added) {
+    p->head = head;
+    if (p->current && p->current == added->next) p->pos += added->delta;
+}
+
+/// Calls `visit` for each play pointer into the points of a slot.
+template <class F>
+void eachPointer(CSeq* seq, CPart* part, int slot, F visit) {
+    eachUser(seq, part, [&](CPart* user) {
+        for (int i = 0; i < user->numPlay; i++)
+            if (CPlayStruct* p = user->play(i); p->lane && p->lane->slot == slot) visit(user, p);
+    });
+}
+
+void linkPoint(CSeq* seq, const LivePoint& w, int tick, CEnvEvent*& owned) {
+    CEnvEvent* point = std::exchange(owned, nullptr);
+    w.part->addEventParam(tick, point, w.lane->slot);
+    eachPointer(seq, w.part, w.lane->slot, [&](CPart*, CPlayStruct* p) {
+        fixPointer(p, w.part->getParam(w.lane->slot), point);
+    });
+}
+
+/// Moves the points within the range from the list to `cut`.
+void cutList(LivePoint& w) {
+    CBaseEvent* head = nullptr;
+    CBaseEvent** kept = &head;
+    CBaseEvent** cut = &w.cut;
+    int tick = 0, lastKept = 0;
+    for (CBaseEvent* e = w.part->getParam(w.lane->slot); e;) {
+        CBaseEvent* next = std::exchange(e->next, nullptr);
+        tick += e->delta;
+        if (tick >= w.cutFrom && tick < w.cutTo) {
+            *cut = e;
+            cut = &e->next;
+        } else {
+            e->delta = tick - std::exchange(lastKept, tick);
+            *kept = e;
+            kept = &e->next;
+        }
+        e = next;
+    }
+    w.part->relinkParam(w.lane->slot, static_cast<CEnvEvent*>(head));
+}
+
+/// Puts a pointer on the first event at or after a song tick. It says nothing until it gets there:
+/// the ramp that it was in has lost its end.
+void seekFrom(CPlayStruct* p, const CPart* part, int songTick) {
+    int tick = part->pos + part->offset;
+    CBaseEvent* e = p->head;
+    for (; e && tick + e->delta < songTick; e = e->next) tick += e->delta;
+    p->current = e;
+    p->pos = tick;
+    p->state = RampState::beforeFirst;
+}
+
+void cutPoints(CSeq* seq, LivePoint& w) {
+    // Meanwhile the pointers stand on the tick of their event itself.
+    eachPointer(seq, w.part, w.lane->slot, [](CPart*, CPlayStruct* p) {
+        if (p->current) p->pos += p->current->delta;
+    });
+    cutList(w);
+    eachPointer(seq, w.part, w.lane->slot, [&w](CPart* user, CPlayStruct* p) {
+        p->head = w.part->getParam(w.lane->slot);
+        if (p->current) seekFrom(p, user, p->pos);
+    });
+}
+
+} // namespace
+
+LivePoint::~LivePoint() {
+    for (CBaseEvent* list :
+         {static_cast<CBaseEvent*>(point), static_cast<CBaseEvent*>(anchor), cut})
+        freeEvents(list);
+}
+
+void addLiveEvent(CSeq* seq, CPart* part, int tick, CBaseEvent* event) {
+    assert(holdsGraph());
+    part->addEvent(tick, event);
+    CBaseEvent* head = part->getEvents();
+    eachUser(seq, part, [&](CPart* user) {
+        if (user->numPlay > 0) fixPointer(user->play(0), head, event);
+    });
+    const int end = saturate(int64_t(tick) + part->offset);
+    if (end > part->length)
+        part->length = saturate(int64_t(end) - end % quarterTicks + quarterTicks);
+}
+
+void addLivePoint(CSeq* seq, LivePoint& w) {
+    assert(holdsGraph());
+    if (w.pass == seq->getProg()->loopCount) w.lane->recorded = true;
+    const bool had = w.part->getParam(w.lane->slot) != nullptr;
+    if (had && w.replace) cutPoints(seq, w);
+    const int start = -w.part->offset;
+    if (!w.part->getParam(w.lane->slot)) {
+        if (w.tick > start) linkPoint(seq, w, start, w.anchor);
+    } else if (had && w.replace && w.tick > w.cutFrom) {
+        const int from = std::max(start, asRound(w.cutFrom));
+        linkPoint(seq, w, from, w.anchor);
+    }
+    linkPoint(seq, w, w.tick, w.point);
+}

@@ -1,0 +1,184 @@
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/CSubTrack.h"
+#include "sequencer/LiveEdits.h"
+#include "sequencer/Pending.h"
+#include "sequencer/TempoMap.h"
+#include "sequencer/TrackTake.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+
+// Parameters that the user moves during a take, and the points that become of them.
+
+namespace {
+
+constexpr int pointGrid = 240; ///< ticks between points
+
+/// Where the sound of a parameter goes through.
+struct ParamPlace {
+    CComp* comp = nullptr;
+    COutputChannel* channel = nullptr;
+};
+
+ParamPlace placeOf(CObject* object) {
+    ParamPlace place;
+    if (object->asType(categoryChannel, channelOutput)) {
+        place.channel = static_cast<COutputChannel*>(object);
+    } else if (object->asType(0, typeSend)) {
+        place.channel = static_cast<CSend*>(object)->channel;
+    } else if (object->category == categoryComp) {
+        place.comp = static_cast<CComp*>(object);
+        place.channel = place.comp->ownerChannel;
+    }
+    if (place.channel) place.comp = place.channel->comp;
+    return place;
+}
+
+bool fedByChannel(const CComp* c, const COutputChannel* channel) {
+    for (const auto* cable : each<CAudioCable>(c->audioCables))
+        if (cable->fromChannel == channel) return true;
+    return false;
+}
+
+bool fedByPort(const CComp* c, const CMIDIQ* port) {
+    for (const auto* cable : each<CMIDICable>(c->midiCables))
+        if (cable->fromPort == port) return true;
+    return false;
+}
+
+CTrack* trackOf(const CSeq* seq, const ParamPlace& place) {
+    if (!place.comp) return nullptr;
+    for (auto* track : each<CTrack>(seq->tracks)) {
+        const COutputChannel* out = track->output();
+        if (out && (out == place.channel || fedByChannel(place.comp, out))) return track;
+    }
+    for (auto* track : each<CTrack>(seq->tracks)) {
+        const CMIDIQ* port = track->outPort();
+        if (port && track->armed && fedByPort(place.comp, port)) return track;
+    }
+    return nullptr;
+}
+
+CStr paramName(CObject* object, int param) {
+    if (object->asType(categoryChannel, channelOutput)) return COutputChannel::paramName(param);
+    if (object->category == categoryComp) return static_cast<CComp*>(object)->paramName(param);
+    return controllerAsText(laneAutomation, param);
+}
+
+bool records(const CSubTrack* lane, const CObject* object, int param) {
+    return lane->automation() && lane->object == object && lane->param == param;
+}
+
+} // namespace
+
+void CSeq::recParam(CObject* object, int param, float value) {
+    CTrack* track = trackOf(this, placeOf(object));
+    if (track && track->armed) track->take.addParam(object, param, value);
+}
+
+void CTrack::recordAutomation(int tick, int slot, float value) {
+    if (!recPart || !host->recUndo) return;
+    const CSeqProg* song = recSongTrack->prog;
+    if (lastRecPos == -1) take.beginPass(song->loopCount, song->punchPos);
+    for (auto* lane : each<CSubTrack>(subTracks))
+        if (lane->automation() && lane->slot == slot)
+            return take.recordAutomation(tick, lane, value, host->recUndo);
+}
+
+void CTrack::nextPass() {
+    lastRecPos = -1;
+    for (auto* lane : each<CSubTrack>(subTracks)) lane->recorded = false;
+}
+
+void TrackTake::addParam(CObject* object, int param, float value) {
+    const CSongTrack* on = track->recSongTrack;
+    if (!on) return;
+    const CSeqProg* song = on->prog;
+    Param p{object, param, value, 0.0, 0, 0.0};
+    do { // a block may wrap the loop meanwhile
+        p.pass = song->loopCount;
+        p.tick = song->pos;
+        p.punch = song->punchPos;
+    } while (p.pass != song->loopCount);
+    params.push_back(p);
+}
+
+void TrackTake::purge(const CObject* object) {
+    std::erase_if(params, [object](const Param& p) { return p.object == object; });
+}
+
+void TrackTake::addParams(CUndo* step) {
+    if (!track->recPart) {
+        // The part of an audio take comes with its file.
+        if (!track->takesAudio) params.clear();
+        return;
+    }
+    for (const Param& p : params) {
+        if (p.pass != pass) beginPass(p.pass, p.punch);
+        if (CSubTrack* lane = laneOf(p, step))
+            recordAutomation(tickOf(p.tick), lane, p.value, step);
+    }
+    params.clear();
+}
+
+void TrackTake::beginPass(int number, double from) {
+    pass = number;
+    punch = from;
+    lanes.clear();
+    track->lastRecPos = -1;
+}
+
+/// The lane of a parameter; a new one comes at once, and the step takes it away.
+CSubTrack* TrackTake::laneOf(const Param& p, CUndo* step) {
+    CSubTrack* known = nullptr;
+    eachWithPending<CSubTrack>(step, &track->subTracks, [&](CSubTrack* lane) {
+        if (!known && records(lane, p.object, p.param)) known = lane;
+    });
+    if (known) return known;
+    auto* lane = new CSubTrack(paramName(p.object, p.param), laneAutomation);
+    lane->object = p.object;
+    lane->param = p.param;
+    if (!track->placeLane(lane, step)) return nullptr;
+    step->add2(lane, &track->subTracks, nullptr);
+    auto staging = std::make_shared<CList>();
+    staging->add(lane);
+    seq()->edits.add([on = track, lane, staging] {
+        on->subTracks.move(staging.get(), lane, -1);
+        on->seq->lanesChanged(on);
+    });
+    seq()->update(updateTracks);
+    return lane;
+}
+
+void TrackTake::recordAutomation(int tick, CSubTrack* lane, float value, CUndo* step) {
+    const int t = snapped(pointGrid, tick, true);
+    const auto known = std::ranges::find(lanes, lane, &LanePass::lane);
+    const bool first = known == lanes.end();
+    if (!first && known->lastTick == t) return;
+    if (first)
+        lanes.push_back({lane, t});
+    else
+        known->lastTick = t;
+    track->lastRecPos = t;
+    keepContent(step);
+
+    CPart* part = track->recPart;
+    const double origin = double(part->pos) + part->offset;
+    const double end =
+        prog()->looping ? prog()->rightLocator - origin : std::numeric_limits<double>::max();
+    auto write = std::make_shared<LivePoint>();
+    write->part = part;
+    write->lane = lane;
+    write->tick = t;
+    write->pass = pass;
+    write->point = createEnvEvent(nullptr, value);
+    write->anchor = createEnvEvent(nullptr, value);
+    write->replace = first;
+    write->cutFrom = punch - origin;
+    write->cutTo = end;
+    seq()->edits.add([song = seq(), write] { addLivePoint(song, *write); });
+    seq()->update(updateParts);
+}

@@ -1,0 +1,186 @@
+#include "audiofiles/CSample.h"
+#include "base/GraphMark.h"
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/CSnap.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/CSubTrack.h"
+#include "sequencer/RecQueue.h"
+
+#include <cassert>
+
+// How takes begin and end. While `recReady` is 0 the interface may touch what the graph has armed;
+// while it is 1, only by `edits`.
+
+namespace {
+
+constexpr unsigned updateNoFolder = 256;
+constexpr unsigned takeFlags = 0x402000; ///< a take changes parts and the pool
+
+bool hasSelectedLane(const CTrack* track) {
+    for (const auto* lane : each<CSubTrack>(track->subTracks))
+        if (lane->hasFlag(laneSelected)) return true;
+    return false;
+}
+
+CPart* partAt(CSongTrack* songTrack, int tick) {
+    for (auto* part : each<CPart>(songTrack->parts))
+        if (part->pos <= tick && tick < int64_t(part->pos) + part->length) return part;
+    return nullptr;
+}
+
+bool fitsTake(const CSample* sample, const CTrack* track) {
+    const CQV* host = track->host;
+    return sample->bits == host->recBits && sample->chs == track->recChs &&
+           sample->rate == float(asRound(double(host->rate)));
+}
+
+/// A sample that waits for a take; its file comes later.
+CSample* newRecSample(const CTrack* track) {
+    auto* sample = new CSample;
+    sample->streamed = 1;
+    sample->setFormat(asRound(double(track->host->rate)), track->host->recBits, track->recChs);
+    sample->prepareTake();
+    return sample;
+}
+
+} // namespace
+
+bool CSeq::takeRuns() const {
+    return recording && host->recording;
+}
+
+int CSeq::gridTicks() const {
+    return snap ? snap->getTicks() : CSnap().getTicks();
+}
+
+void CSeq::rec(int) {
+    assert(holdsGraph());
+    stepRec.leave();
+    CSeqProg* prog = getProg();
+    if (!prog) return;
+    recReady = 0;
+    takeStart = prog->pos.load();
+    prog->punchPos = prog->pos.load();
+    for (auto* songTrack : each<CSongTrack>(prog->tracks)) arm(songTrack);
+    takeBegun.storeRelease(true);
+}
+
+void CSeq::arm(CSongTrack* songTrack) {
+    CTrack* track = songTrack->track;
+    if (track->kind == trackFolder || (!track->selected() && !hasSelectedLane(track))) return;
+    track->takesAudio = track->kind == trackAudio && track->selected();
+    if (track->takesAudio && !track->recSample) return;
+    track->recSongTrack = songTrack;
+    track->lastRecPos = -1;
+    track->recPart = track->takesAudio ? nullptr : partAt(songTrack, asRound(takeStart));
+    track->armed = 1;
+}
+
+void CSeq::idleTake() {
+    if (takeBegun.exchange(false)) beginTake();
+    stepRec.idle(this);
+    if (!recReady && !takeRuns()) closeTake();
+    for (auto* track : each<CTrack>(tracks)) {
+        track->take.idle(host->recUndo);
+        track->readyForTake();
+    }
+    edits.send();
+    if (!recReady) warnOfLoss();
+}
+
+void CSeq::beginTake() {
+    warned = false;
+    diskWriteFailed = false;
+    stepRec.setPart(nullptr, nullptr);
+    unselectParts();
+    for (auto* track : each<CTrack>(tracks))
+        if (track->armed) track->take.begin();
+    beginFiles();
+    update(updateParts);
+}
+
+void CSeq::beginFiles() {
+    std::vector<CTrack*> audio;
+    for (auto* track : each<CTrack>(tracks))
+        if (track->armed && track->takesAudio) audio.push_back(track);
+    if (audio.empty()) return;
+    bool temporary = false;
+    const CStr folder = host->newSampleFolder(&temporary);
+    if (recThread.setFolder(folder, temporary)) return recThread.record(audio);
+    for (CTrack* track : audio) track->armed = 0;
+    update(updateNoFolder);
+    showMsg(nullptr, "Record", "Project must be saved before you can record audio");
+}
+
+/// Ends the take: the graph lets go of the tracks first, then everything that is left is placed.
+void CSeq::closeTake() {
+    CUndo* step = host->recUndo ? host->recUndo : host->undoStart("Record", host, takeFlags);
+    edits.add([this] {
+        recording = 0;
+        for (auto* track : each<CTrack>(tracks)) {
+            track->armed = 0;
+            track->nextPass();
+        }
+    });
+    edits.settle();
+    recThread.stopTake();
+    for (auto* track : each<CTrack>(tracks)) {
+        if (!track->take.running()) continue;
+        track->take.finish(step, recThread.fileOf(track));
+        disarm(track);
+    }
+    recThread.forget();
+    edits.settle();
+    warnOfLoss();
+    update(updateParts);
+    recReady.storeRelease(1);
+    if (step != host->recUndo) host->undoEnd(step, false);
+}
+
+void CSeq::disarm(CTrack* track) {
+    if (track->takesAudio || (track->kind == trackAudio && !track->recSample)) {
+        if (CSample* left = track->recSample) left->keep = false;
+        delete track->recSample.load();
+        track->recSample = newRecSample(track);
+    }
+    track->takesAudio = track->recAttached = 0;
+    track->recPart = nullptr;
+    track->recSongTrack = nullptr;
+}
+
+void CSeq::afterRec() {
+    if (!recReady) closeTake();
+}
+
+void CSeq::warnOfLoss() {
+    if (warned || !diskWriteFailed) return;
+    warned = true;
+    showMsg(nullptr, "Record",
+            "The disk is full or too slow: a part of the recording could not be written");
+}
+
+void CSeq::stepRecClicked(CObject*) {
+    CTrack* track = nullptr;
+    CPart* part = stepRec.getPart() ? nullptr : getEditPartAndTrack(track);
+    const bool usable = part && (part->type == partMIDI || part->type == partDrum);
+    stepRec.setPart(usable ? part : nullptr, usable ? partToSongTrack(part) : nullptr);
+    if (usable) track->recQueue->clear();
+    update(updateParts);
+}
+
+void CTrack::readyForTake() {
+    if (kind != trackAudio || !seq->recReady || seq->edits.pending()) return;
+    const CSample* ready = recSample;
+    const bool wanted = selected();
+    if (wanted ? ready && fitsTake(ready, this) : !ready) return;
+    // Holds the sample that is not the track's.
+    auto other = std::make_shared<std::unique_ptr<CSample>>(wanted ? newRecSample(this) : nullptr);
+    seq->edits.add([this, other] {
+        if (armed) return;
+        CSample* old = recSample;
+        recSample = other->release();
+        other->reset(old);
+    });
+}

@@ -1,0 +1,253 @@
+#include "sequencer/TrackTake.h"
+
+#include "audiofiles/CSample.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "engine/CQV.h"
+#include "engine/MidiBytes.h"
+#include "sequencer/CRecThread.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/LiveEdits.h"
+#include "sequencer/RecQueue.h"
+#include "sequencer/TempoMap.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace {
+
+constexpr int newPartTicks = 1920;
+constexpr int highestNote = 127;
+constexpr int viewMargin = 20; ///< pixels between a row and the edge of the view
+constexpr int viewFoot = 21;   ///< pixels more at the bottom
+
+} // namespace
+
+CSeq* TrackTake::seq() const {
+    return track->seq;
+}
+
+CSeqProg* TrackTake::prog() const {
+    return track->recSongTrack->prog;
+}
+
+void TrackTake::begin() {
+    forget();
+    active = true;
+    pass = prog()->loopCount;
+    punch = seq()->takeStart;
+    if (CPart* part = track->recPart) part->setSelected(true);
+}
+
+void TrackTake::forget() {
+    for (const Pending& note : pendingNotes) freeEvent(note.event);
+    pendingNotes.clear();
+    params.clear();
+    lanes.clear();
+    active = swapped = false;
+}
+
+void TrackTake::idle(CUndo* step) {
+    if (!active) {
+        // What is played in the count-in waits for the take.
+        if (!track->host->recording && track->recQueue) track->recQueue->clear();
+        return;
+    }
+    if (!step) return;
+    if (track->kind == trackAudio) {
+        if (track->takesAudio) attachAudio(step, seq()->recThread.fileOf(track));
+    } else {
+        attachNotes(step);
+        addEvents(step);
+    }
+    addParams(step);
+}
+
+void TrackTake::finish(CUndo* step, RecFile* file) {
+    if (track->takesAudio && file) closeAudio(step, file);
+    idle(step);
+    forget();
+}
+
+/// Places a new part on the track at once; the step takes it away.
+void TrackTake::link(CPart* part, CUndo* step) {
+    CSongTrack* on = track->recSongTrack;
+    part->setSelected(true);
+    part->reserveSlots(track->slotsInUse(step));
+    track->recPart = part;
+    track->recAttached = 1;
+    swapped = true;
+    step->add2(part, &on->parts, nullptr);
+    auto staging = std::make_shared<CList>();
+    staging->add(part);
+    seq()->edits.add([on, part, staging] {
+        on->parts.move(staging.get(), part, -1);
+        on->prog->seq->orderParts(&on->parts, nullptr, false);
+    });
+    seq()->update(updateParts);
+}
+
+/// Before the first change of a part that was there: a copy takes over, and the step keeps what
+/// was.
+void TrackTake::keepContent(CUndo* step) {
+    if (swapped) return;
+    swapped = true;
+    CPart* content = track->recPart->content();
+    CPart* edited = content->copy();
+    swapUndoPart(step, content, edited);
+    step->lastItem->linked = true;
+    seq()->edits.add([content, edited, song = seq()] {
+        content->swap(edited);
+        song->contentSwapped(content);
+    });
+}
+
+int TrackTake::tickOf(double songTick) const {
+    const CPart* part = track->recPart;
+    return limitTicks(asRound64(songTick - part->pos - part->offset));
+}
+
+// Notes and drums.
+
+void TrackTake::attachNotes(CUndo* step) {
+    if (track->recAttached) return;
+    if (CPart* part = track->recPart) {
+        track->recAttached = 1;
+        for (Shared<int>* field : {&part->pos, &part->offset, &part->length})
+            step->asInt(field->address());
+        return keepContent(step);
+    }
+    CPart* part = track->kind == trackDrum ? static_cast<CPart*>(new CDrumPart) : new CMIDIPart;
+    part->id = track->id;
+    part->pos = asInt(seq()->takeStart) / quarterTicks * quarterTicks;
+    part->length = newPartTicks;
+    if (prog()->looping) {
+        part->pos = prog()->leftLocator.load();
+        part->length = prog()->rightLocator - prog()->leftLocator;
+    }
+    link(part, step);
+}
+
+void TrackTake::addEvents(CUndo*) {
+    RecEvent e;
+    while (track->recQueue->take(e)) {
+        if (track->kind == trackDrum)
+            addDrum(e);
+        else if (noteOff(e.msg))
+            endNote(e);
+        else
+            addMessage(e);
+    }
+}
+
+void TrackTake::addDrum(const RecEvent& e) {
+    if (!noteOn(e.msg)) return;
+    CDrumEvent* event = createDrumEvent();
+    event->sound = asByte1(e.msg) - firstDrumKey;
+    event->velocity = float(asByte2(e.msg)) / float(highestNote);
+    const int tick = tickOf(e.tick);
+    addToPart(seq()->autoQuantize ? snapped(seq()->gridTicks(), tick, true) : tick, event);
+}
+
+void TrackTake::addMessage(const RecEvent& e) {
+    CMIDIEvent* event = createMIDIEvent();
+    event->data = e.msg;
+    if (noteOn(e.msg))
+        pendingNotes.push_back({event, tickOf(e.tick), e.heard, e.tick != e.heard});
+    else
+        addToPart(tickOf(e.tick), event);
+}
+
+void TrackTake::endNote(const RecEvent& e) {
+    const auto found = std::ranges::find_if(pendingNotes, [&e](const Pending& note) {
+        return asByte1(note.event->data) == asByte1(e.msg) &&
+               chByte(note.event->data) == chByte(e.msg);
+    });
+    if (found == pendingNotes.end()) return;
+    const Pending note = *found;
+    pendingNotes.erase(found);
+    const CPart* part = track->recPart;
+    const int off = tickOf(e.tick);
+    if (note.moved && e.heard >= note.heard) // both before the wrap
+        note.event->length = std::max(1, asRound(e.heard - note.heard));
+    else if (note.tick <= off)
+        note.event->length = std::max(1, off - note.tick);
+    else
+        note.event->length =
+            std::max(1, prog()->rightLocator - (note.tick + part->pos + part->offset));
+    const bool quantize = seq()->autoQuantize != 0;
+    addToPart(quantize ? snapped(seq()->gridTicks(), note.tick, true) : note.tick, note.event);
+    if (track->open()) showRow(asByte1(note.event->data));
+}
+
+void TrackTake::addToPart(int tick, CBaseEvent* event) {
+    CPart* part = track->recPart;
+    seq()->edits.add([song = seq(), part, tick, event] { addLiveEvent(song, part, tick, event); });
+    seq()->update(updateParts);
+}
+
+void TrackTake::showRow(int note) {
+    const int height = track->noteHeight, top = (highestNote - note) * height;
+    const int lowest = track->scroll + track->openHeight - viewMargin - height - viewFoot;
+    if (top < track->scroll + viewMargin)
+        track->setScroll(top - viewMargin);
+    else if (top > lowest)
+        track->setScroll(track->scroll + top - lowest);
+}
+
+// Audio.
+
+void TrackTake::attachAudio(CUndo* step, RecFile* file) {
+    if (!file || file->state.loadAcquire() != RecFile::made) return;
+    CSample* sample = file->sample;
+    const int frames = sample->frames;
+    if (frames < 1) return;
+    if (track->recAttached) return growAudio(frames);
+    sample->takePending = true;
+    CAudioEvent* event = createAudioEvent();
+    event->sample = sample;
+    event->end = frames - 1;
+    auto* part = new CAudioPart;
+    part->id = extractFileName(sample->filename);
+    part->chs = sample->chs;
+    part->pos = asInt(seq()->takeStart);
+    part->addEvent(0, event);
+    link(part, step);
+    step->asAdd(sample, &track->host->samples);
+}
+
+void TrackTake::growAudio(int frames) {
+    CPart* part = track->recPart;
+    seq()->edits.add([part, frames] {
+        if (CBaseEvent* event = part->getEvents())
+            static_cast<CAudioEvent*>(event)->end = frames - 1;
+    });
+    seq()->update(updateParts);
+}
+
+void TrackTake::closeAudio(CUndo* step, RecFile* file) {
+    seq()->recThread.make(*file);
+    if (file->state != RecFile::made) return;
+    CSample* sample = file->sample;
+    sample->flushBuffers(true);
+    sample->writeHeader();
+    sample->finalize();
+    sample->keep = false;
+    sample->needsPeaks = false;
+    attachAudio(step, file);
+    if (!track->recAttached) return; // not a frame came through
+    track->takesAudio = 0;
+    track->recSample = nullptr; // the step's from now on
+    sample->takePending = false;
+    const CQV* host = track->host;
+    const int64_t latency =
+        int64_t(host->pdcInDelay) + host->pdcSendDelay + std::max(0, host->recLatency);
+    const int last = sample->frames - 1;
+    const int first = int(std::clamp<int64_t>(latency, 0, last));
+    seq()->edits.add([part = track->recPart.load(), first, last] {
+        auto* event = static_cast<CAudioEvent*>(part->getEvents());
+        if (!event) return;
+        event->start = first;
+        event->end = last;
+    });
+}

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "SongFixture.h"
+#include "engine/CClick.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+
+/// A song that records; at 120 beats a minute and 48000 Hz a block lasts ten ticks to the frame.
+struct TakeFixture : SongFixture {
+    static constexpr int rate = 48000, block = 250, blockTicks = 10;
+
+    std::string folder;
+
+    TakeFixture() {
+        std::string name = "/tmp/takesXXXXXX";
+        folder = mkdtemp(name.data());
+        host.setFrames(block);
+        host.setRate(rate);
+        host.tempAudioFolder = folder.c_str();
+        host.loop = prog()->loop = 0;
+        host.click->enabled = 0;
+    }
+    ~TakeFixture() { std::filesystem::remove_all(folder); }
+
+    /// A selected track that is ready to record.
+    CSongTrack* ready(int kind) {
+        CSongTrack* made = track(kind);
+        seq->selectTrack(made, true);
+        idle();
+        return made;
+    }
+    /// An idle pass that finds no block running, and what the edits of it leave.
+    void idle() {
+        host.tasks->audioStopped();
+        host.idle();
+        host.settle();
+        seq->edits.settle();
+    }
+    /// Runs blocks with an idle pass after each; `script` tells what is played in which.
+    void play(int blocks, const std::multimap<int, int>& script = {}) {
+        for (int i = 0; i < blocks; i++) {
+            for (auto [it, end] = script.equal_range(i); it != end; ++it) device.send(it->second);
+            device.run();
+            idle();
+        }
+    }
+    void begin(double tick) {
+        host.setPos(tick);
+        host.rec();
+    }
+    void end() {
+        host.stop();
+        play(1);
+        idle();
+    }
+    CPart* partOf(CSongTrack* on, int index = 0) {
+        return static_cast<CPart*>(on->parts.items(index));
+    }
+    void loop(int left, int right) {
+        prog()->leftLocator = left;
+        prog()->rightLocator = right;
+        host.loop = prog()->loop = 1;
+    }
+};
