@@ -37,7 +37,7 @@ Take play(TestHost& host, int program, const std::vector<int>& keys, double held
     sampler.listKind = listComps;
     sampler.progs.add(buildFactoryProg(host.host, &sampler, program));
     Take take;
-    const int release = int(held * rate / block), blocks = int(total * rate / block);
+    const int release = int(held * rate / block), blocks = int(total * rate / block) + 1;
     for (int i = 0; i < blocks; i++) {
         sampler.prepare(block);
         for (int key : keys) {
