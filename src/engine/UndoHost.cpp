@@ -180,8 +180,10 @@ void UndoHost::setHeldRate(double rate) {
 void UndoHost::eachHeld(const std::function<void(CObject*)>& visit) {
     for (const CList* steps : {&undoList, &openSteps})
         for (auto* u : each<CUndo>(*steps))
-            for (auto* item : each<CUndoItem>(u->items))
+            for (auto* item : each<CUndoItem>(u->items)) {
                 for (auto* object : each<CObject>(item->holding)) visit(object);
+                if (item->replaced) visit(item->replaced);
+            }
 }
 
 void UndoHost::forgetInSteps(const CObject* object) {
