@@ -12,6 +12,7 @@
 #include "sequencer/CSubTrack.h"
 #include "sequencer/PartOrder.h"
 #include "sequencer/Points.h"
+#include "sequencer/SampleUse.h"
 #include "sequencer/TempoMap.h"
 
 namespace {
@@ -298,4 +299,5 @@ void CSeq::writeSettings() {
 void enterSequencer() {
     enterCompType(compSeq, [](CQV* host) -> CComp* { return new CSeq(host); });
     enterForgetHook(forget);
+    enterForgetHook(forgetSample);
 }
