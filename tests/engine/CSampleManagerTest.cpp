@@ -1,0 +1,300 @@
+#include "audiofiles/CSampleReader.h"
+#include "audiofiles/SampleFixture.h"
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "engine/ForgetHooks.h"
+#include "support/TestHost.h"
+
+#include <csignal>
+#include <sys/resource.h>
+#include <thread>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Plays a sample from disk, over and over.
+class Player : public CComp {
+public:
+    using CComp::CComp;
+    CSample* sample = nullptr; ///< graph holder
+    int pos = 0;
+    std::vector<float> out = std::vector<float>(8192);
+
+    void prepare(int frames) override {
+        CComp::prepare(frames);
+        if (!sample) return;
+        pos = (pos + frames) % sample->getFrames();
+        sample->reader->getData(pos, frames, out.data(), false, true);
+    }
+    static void forget(CQV* host, CObject* object) {
+        for (auto* c : each<CComp>(host->comps))
+            if (auto* p = dynamic_cast<Player*>(c); p && p->sample == object) p->sample = nullptr;
+    }
+};
+
+/// A saved project p/song.v2.qv with its audio folder, a temp folder, and folders that only look
+/// like these.
+class CSampleManagerTest : public SampleFiles {
+protected:
+    CSampleManagerTest() {
+        for (const char* name :
+             {"p/song.v2_audio/sub", "p/song.v2_audio2", "p/SONG.V2_audio", "temp", "elsewhere"})
+            fs::create_directories(path(name));
+        std::ofstream(path("p/song.v2.qv")) << "QVF";
+        write(path("wav"), 44100, 16, 2, values, values);
+        host->tempAudioFolder = full("temp");
+        openProject();
+    }
+    void openProject() {
+        host->clear();
+        host->projectFile = full("p/song.v2.qv");
+        host->audioFolder = "song.v2_audio";
+    }
+    CStr full(const std::string& name) const { return path(name).c_str(); }
+    CStr make(const std::string& name) {
+        fs::copy_file(path("wav"), path(name), fs::copy_options::overwrite_existing);
+        return full(name);
+    }
+    CSample* add(const std::string& name, int streamed = 1) {
+        return host->addSample(make(name), streamed);
+    }
+    bool exists(const std::string& name) const { return fs::exists(path(name)); }
+    bool trash(const std::string& name) { return host->sampleManager.moveToTrash(full(name)); }
+    /// Recorded in a step, and not saved yet.
+    CSample* take(const std::string& name) {
+        CSample* sample = CSample::createSample(full(name), 0);
+        sample->writeFrames(int(values.size()), values.data(), values.data());
+        CUndo* step = host->undoStart("Record", nullptr, 0);
+        step->asAdd(sample, &host->samples);
+        host->undoEnd(step, true);
+        return sample;
+    }
+
+    TestHost t;
+    CQV* host = t.host;
+    const std::vector<float> values = std::vector<float>(100000, 0.25f);
+};
+
+} // namespace
+
+TEST_F(CSampleManagerTest, FoldersAndNamesFollowTheProject) {
+    struct Case {
+        const char *project, *set;
+        bool create;
+        const char *result, *nameAfter;
+    };
+    const Case cases[] = {{"", "set", true, "", "set"},
+                          {"/n/my.song.qv", "", false, "", ""},
+                          {"/n/my.song.qv", "", true, "/n/my.song_audio", "my.song_audio"},
+                          {"/n/my.song.qv", "other", false, "/n/other", "other"},
+                          {"/n/my.song.qv", "../temp", false, "", "../temp"},
+                          {"/n/my.song.qv", "..", true, "/n/my.song_audio", "my.song_audio"}};
+    const auto in = [this](const char* name) { return *name ? folder.c_str() + CStr(name) : ""; };
+    for (const Case& c : cases) {
+        host->projectFile = in(c.project);
+        host->audioFolder = c.set;
+        EXPECT_TRUE(host->getAudioFolder(c.create, false, false) == in(c.result)) << c.set;
+        EXPECT_TRUE(host->audioFolder == c.nameAfter) << c.set;
+        EXPECT_TRUE(host->getAudioFolder(true, false, true).empty());
+    }
+    EXPECT_TRUE(exists("n/my.song_audio"));
+    openProject();
+    bool inTemp = true;
+    const auto next = [&] { return host->requireSampleFilename("/x/take.one.wav", &inTemp); };
+    EXPECT_TRUE(next() == full("p/song.v2_audio/take.one.wav") && !inTemp);
+    make("p/song.v2_audio/take.one.wav");
+    make("p/song.v2_audio/take.one1.wav");
+    EXPECT_TRUE(next() == full("p/song.v2_audio/take.one2.wav"));
+    host->projectFile = full("p/unsaved.qv");
+    EXPECT_TRUE(next() == full("temp/take.one.wav") && inTemp);
+    host->tempAudioFolder = full("gone");
+    EXPECT_TRUE(host->getTempAudioFolder() == getTempFolder());
+}
+
+/// A streamed file has one entry, whatever the case; the archive brings in what lies elsewhere, and
+/// with the disk full half way nothing changes.
+TEST_F(CSampleManagerTest, PoolAndArchive) {
+    static int shown;
+    shown = 0;
+    messageHooks().showMsg = [](CWin*, const CStr& title, const CStr& text, int) {
+        return shown += title == "Error" && text == "Copy to Audio Folder";
+    };
+    const CSample* inside = add("p/song.v2_audio/in.wav");
+    EXPECT_EQ(host->addSample(inside->filename.upperCase(), 1), inside);
+    const CSample* loaded = add("p/song.v2_audio/in.wav", 0);
+    EXPECT_TRUE(loaded != inside && loaded->data && !host->sampleArchived(loaded));
+    EXPECT_EQ(host->addSample(full("p/song.v2.qv"), 1), nullptr);
+    EXPECT_TRUE(host->sampleArchived(inside));
+    EXPECT_TRUE(host->sampleArchived(add("p/SONG.V2_audio/twin.wav")));
+    const char* names[] = {"p/song.v2_audio/sub/in.wav", "p/song.v2_audio2/alike.wav",
+                           "elsewhere/o.wav"};
+    for (const char* name : names) EXPECT_FALSE(host->sampleArchived(add(name))) << name;
+    const CSample* last = add(names[2]);
+
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{2048, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    host->archiveAllSamles();
+    setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    messageHooks().showMsg = nullptr;
+    EXPECT_EQ(shown, 3);
+    EXPECT_EQ(nomNotArchived(host), 3);
+    EXPECT_FALSE(exists("p/song.v2_audio/o.wav"));
+    EXPECT_TRUE(last->filename == full(names[2]));
+
+    host->archiveAllSamles();
+    EXPECT_EQ(bytesOf(path("p/song.v2_audio/in1.wav")), bytesOf(path("wav")));
+    EXPECT_TRUE(last->filename == full("p/song.v2_audio/o.wav"));
+    for (const char* name : names) EXPECT_TRUE(exists(name)) << name;
+    host->projectFile = full("p/renamed.qv");
+    EXPECT_EQ(nomNotArchived(host), 0) << "the folder keeps its name";
+    EXPECT_FALSE(host->sampleArchived(inside)) << "there is no such project yet";
+    host->audioFolder = "";
+    EXPECT_EQ(nomNotArchived(host), 5);
+}
+
+/// Whatever a path pretends: only a plain file right in one of both folders is ever deleted.
+TEST_F(CSampleManagerTest, NothingElseIsEverDeleted) {
+    const char* own = "song.v2_audio";
+    make("elsewhere/t.wav");
+    fs::create_symlink(path("elsewhere/t.wav"), path("p/song.v2_audio/link.wav"));
+    for (const char* link : {"p/linked_audio", "p/song.v2_audio/inner"})
+        fs::create_directory_symlink(path("elsewhere"), path(link));
+    fs::create_directory_symlink(path("p"), path("q"));
+    struct Case {
+        const char *audioFolder, *name, *survives;
+    };
+    const Case cases[] = {{own, "elsewhere/o.wav", "elsewhere/o.wav"},
+                          {own, "p/song.v2_audio/../o.wav", "p/o.wav"},
+                          {own, "p/song.v2_audio/../song.v2_audio/o.wav", "p/song.v2_audio/o.wav"},
+                          {own, "p/song.v2_audio/link.wav", "elsewhere/t.wav"},
+                          {own, "p/song.v2_audio/inner/t.wav", "elsewhere/t.wav"},
+                          {own, "p/song.v2_audio/sub/o.wav", "p/song.v2_audio/sub/o.wav"},
+                          {own, "p/song.v2_audio2/o.wav", "p/song.v2_audio2/o.wav"},
+                          {own, "p/song.v2_audioo.wav", "p/song.v2_audioo.wav"},
+                          {own, "p/SONG.V2_audio/o.wav", "p/SONG.V2_audio/o.wav"},
+                          {own, "temp/../elsewhere/o.wav", "elsewhere/o.wav"},
+                          {own, "q/song.v2_audio/o.wav", "p/song.v2_audio/o.wav"},
+                          {"linked_audio", "p/linked_audio/t.wav", "elsewhere/t.wav"},
+                          {"../elsewhere", "p/../elsewhere/o.wav", "elsewhere/o.wav"},
+                          {"..", "p/../o.wav", "o.wav"},
+                          {".", "p/./o.wav", "p/o.wav"}};
+    for (const Case& c : cases) {
+        openProject();
+        host->audioFolder = c.audioFolder;
+        if (!exists(c.name)) make(c.name);
+        EXPECT_FALSE(trash(c.name)) << c.name;
+        EXPECT_FALSE(host->deleteSampleFromDisk(host->addSample(full(c.name), 1))) << c.name;
+        host->clear();
+        EXPECT_TRUE(exists(c.survives)) << c.name;
+    }
+}
+
+/// The trash is emptied late: what was replaced by a link, or is wanted again, stays.
+TEST_F(CSampleManagerTest, TrashLooksAgain) {
+    const char* names[] = {"temp/a.wav", "p/song.v2_audio/a.wav", "temp/again.wav",
+                           "p/song.v2_audio/link.wav", "p/song.v2_audio/moved.wav"};
+    for (const char* name : names) EXPECT_TRUE(make(name).length() && trash(name)) << name;
+    EXPECT_FALSE(trash("temp/missing.wav"));
+    fs::remove(path(names[3]));
+    make("elsewhere/link.wav");
+    make("elsewhere/moved.wav");
+    fs::create_symlink(path("elsewhere/link.wav"), path(names[3]));
+    host->addSample(full(names[2]), 1);
+    EXPECT_TRUE(exists(names[0]) && exists(names[1])) << "not yet";
+    host->projectFile = full("n/next.qv");
+    fs::rename(path("p/song.v2_audio"), path("p/old"));
+    fs::create_directory_symlink(path("elsewhere"), path("p/song.v2_audio"));
+    host->sampleManager.emptyTrash();
+    EXPECT_TRUE(exists("elsewhere/moved.wav") && exists("elsewhere/link.wav"));
+    EXPECT_TRUE(exists("temp/again.wav") && !exists("temp/a.wav"));
+    EXPECT_EQ(host->sampleManager.count(), 0);
+}
+
+/// No file goes that the project or its history stands on; takes die with a project that was not
+/// saved.
+TEST_F(CSampleManagerTest, FilesLiveAsLongAsTheyAreNeeded) {
+    CSample* plain = add("p/song.v2_audio/a.wav");
+    fs::create_directory_symlink(path("p"), path("q"));
+    EXPECT_NE(host->addSample(full("q/song.v2_audio/a.wav"), 1), plain);
+    EXPECT_FALSE(host->deleteSampleFromDisk(plain)) << "there is another way to it";
+    const CSample* undone = take("temp/undone.wav");
+    host->undoClicked();
+    host->settle();
+    EXPECT_TRUE(trash("p/song.v2_audio/a.wav") && trash("temp/undone.wav"));
+    host->sampleManager.emptyTrash();
+    EXPECT_TRUE(exists("p/song.v2_audio/a.wav") && exists("temp/undone.wav"));
+    EXPECT_NE(host->addSample(full("temp/undone.wav"), 1), undone);
+    take("temp/lost.wav");
+    openProject();
+    EXPECT_TRUE(exists("p/song.v2_audio/a.wav"));
+    EXPECT_TRUE(exists("temp/undone.wav")) << "it was asked for by name";
+    EXPECT_FALSE(exists("temp/lost.wav"));
+
+    CSample* copied = take("temp/copied.wav");
+    EXPECT_TRUE(host->copyToArchive(copied, host->getAudioFolder(false, false, false)));
+    CSample* gone = take("p/song.v2_audio/gone.wav");
+    host->keepSamples();
+    EXPECT_TRUE(host->deleteSampleFromDisk(gone) && !exists("p/song.v2_audio/gone.wav"));
+    for (int i = 0; i < 2; ++i) host->undoClicked();
+    for (int i = 0; i < 2; ++i) host->redoClicked();
+    host->settle();
+    EXPECT_TRUE(host->samples.getCount() == 1 && host->samples.contains(copied));
+    host->clear();
+    EXPECT_TRUE(exists("p/song.v2_audio/copied.wav") && !exists("temp/copied.wav"));
+}
+
+TEST_F(CSampleManagerTest, ForeignFormatsComeInAsWav) {
+    sox("-n -r 44100 -b 16 -c 2 " + path("tone.flac") + " synth 0.5 sine 440");
+    ImportResult result{};
+    const auto import = [&](const char* name, bool goOn = true) {
+        return host->importSample(full(name), 1, result, [goOn](float) { return goOn; });
+    };
+    const CSample* sample = import("tone.flac");
+    ASSERT_TRUE(sample && sample->filename == full("p/song.v2_audio/tone.wav"));
+    EXPECT_TRUE(sample->getFrames() == 22050 && !sample->keep && !sample->cached);
+    host->projectFile = "";
+    sample = import("tone.flac");
+    EXPECT_TRUE(sample && sample->cached && sample->filename == full("temp/tone.wav"));
+    EXPECT_TRUE(import("wav")->filename == full("wav"));
+    EXPECT_TRUE(!import("p/song.v2.qv") && result == ImportResult::unreadable);
+    sox("-n -r 44100 -b 16 -c 2 " + path("long.flac") + " synth 100 noise");
+    EXPECT_TRUE(!import("long.flac", false) && result == ImportResult::cancelled);
+    host->clear();
+    EXPECT_TRUE(fs::is_empty(path("temp")));
+}
+
+/// Samples go while they play, are read ahead and drawn.
+TEST_F(CSampleManagerTest, SamplesGoWhileEverybodyIsAtThem) {
+    enterForgetHook(Player::forget);
+    auto* player = t.add(new Player(host));
+    Shared<bool> over{false};
+    std::thread audio([&] {
+        for (; !over; t.forget()) t.run();
+    });
+    const auto play = [&](CSample* sample) {
+        const GraphHold hold(host);
+        player->sample = sample;
+    };
+    for (int i = 0; i < 25; ++i) {
+        CSample* sample = add("p/song.v2_audio/s.wav");
+        play(sample);
+        asSleep(i % 3);
+        EXPECT_TRUE(host->deleteSampleFromDisk(sample));
+        CSample* undone = take("temp/undone.wav");
+        play(undone);
+        undone->needsPeaks = true;
+        host->updatePeaks();
+        host->undoClicked();
+    }
+    add("p/song.v2_audio/last.wav");
+    host->clear();
+    over = true;
+    audio.join();
+    EXPECT_TRUE(!exists("p/song.v2_audio/s.wav") && !exists("temp/undone.wav"));
+}
