@@ -1,11 +1,16 @@
 #include "engine/CompBlocks.h"
 
 #include "base/CStream.h"
-#include "engine/CComp.h"
+#include "engine/CKeptComp.h"
 
 namespace {
 
 constexpr unsigned busyBit = 16; ///< once a state of processing; nobody sets it any more
+
+int typeInFiles(const CComp* c) {
+    const auto* kept = dynamic_cast<const CKeptComp*>(c);
+    return kept ? kept->storedType : c->type;
+}
 
 } // namespace
 
@@ -14,7 +19,7 @@ void writeCompChunk(CStream* stream, CComp* c, int listKind, const CStr& id) {
     stream->writeStr(id);
     const int64_t sizeAt = stream->getPos();
     stream->writeInt(0);
-    for (const int v : {c->category, c->type, listKind})
+    for (const int v : {c->category, typeInFiles(c), listKind})
         stream->writeByte(static_cast<unsigned char>(v));
     stream->writeInt(c->posX);
     stream->writeInt(c->posY);
@@ -51,10 +56,16 @@ void applyHead(CComp* c, const CompHead& head) {
     c->flags = head.flags;
 }
 
+CComp* newStoredComp(CQV* root, int type) {
+    CComp* c = createComp(root, categoryComp, static_cast<unsigned char>(type));
+    if (c->type != compPlain || type == compPlain) return c;
+    delete c;
+    return new CKeptComp(root, type);
+}
+
 CComp* readCompChunk(CQV* root, CStream* stream, int end) {
     const CompHead head = readCompHead(stream, true);
-    CComp* c = createComp(root, static_cast<unsigned char>(head.category),
-                          static_cast<unsigned char>(head.type));
+    CComp* c = newStoredComp(root, head.type);
     applyHead(c, head);
     c->read(stream, end);
     return c;

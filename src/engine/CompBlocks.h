@@ -24,6 +24,9 @@ void writeCompChunk(CStream* stream, CComp* c, int listKind, const CStr& id);
 CompHead readCompHead(CStream* stream, bool full);
 /// Gives a component what a head tells; its type stays.
 void applyHead(CComp* c, const CompHead& head);
+/// What stands for a type of a file: made by `createComp`, or a CKeptComp for a type that there is
+/// no class for. Owned by the caller.
+CComp* newStoredComp(CQV* root, int type);
 /// Reads the payload of such an item up to position `end` as a new component, without channels and
 /// ports, owned by the caller.
 CComp* readCompChunk(CQV* root, CStream* stream, int end);
