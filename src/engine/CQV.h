@@ -50,6 +50,7 @@ public:
     bool renderDry = false, renderFreeze = false;
     Shared<int64_t> framesPlayed{0}; ///< since position 0
     Shared<bool> modified{false}, transportChanged{false};
+    Shared<unsigned> changes{0}; ///< counts the calls of `setModified`
     float* tmpBuffers[4] = {}; ///< owned, `frames` each; graph holder
     /// Room for source frames while they are rendered, of `sampleScratchBytes`; graph holder.
     const std::unique_ptr<unsigned char[]> sampleScratch;
@@ -163,7 +164,10 @@ public:
     /// take their time; a render needs all of them. Interface thread.
     bool makeStretcher();
 
-    void setModified() { modified = true; }
+    void setModified() {
+        modified = true;
+        changes.fetchAdd(1);
+    }
     /// Wakes the thread that computes peak images. Interface thread.
     void updatePeaks();
     /// The device was opened: takes on its block size and rate.
