@@ -83,7 +83,6 @@ void UndoHost::undoEnd(CUndo* u, bool wait) {
         return;
     }
     settle();
-    qv->setModified();
     freeSteps(undoIndex + 1);
     undoList.addUnique(u);
     undoIndex = undoList.getCount() - 1;
@@ -192,6 +191,7 @@ void UndoHost::forgetInSteps(const CObject* object) {
 }
 
 void UndoHost::queue(CUndo* u, Op op) {
+    qv->setModified();
     reserveSends(u);
     for (auto* item : each<CUndoItem>(u->items))
         if (CComp* c = asComp(item->object); c && enters(item, op != opUndone)) c->sleep(0);
