@@ -1,6 +1,6 @@
 #include "instruments/SamplerFiles.h"
 
-#include "base/CStream.h"
+#include "base/OpenBlock.h"
 #include "common/fx/CChorus.h"
 #include "common/fx/CDelay.h"
 #include "common/fx/CPhaser.h"
@@ -12,33 +12,8 @@
 
 namespace {
 
-/// A block whose size is known when it goes out of scope.
-class OpenBlock {
-public:
-    OpenBlock(CStream* s, const char* name) : stream(s) {
-        stream->writeId(name, 0);
-        sizeAt = stream->getPos() - int64_t(sizeof(int));
-    }
-    ~OpenBlock() { stream->writeBlockSize(sizeAt); }
-    OpenBlock(const OpenBlock&) = delete;
-    OpenBlock& operator=(const OpenBlock&) = delete;
-
-private:
-    CStream* stream;
-    int64_t sizeAt;
-};
-
-void writeZeros(CStream* s, int ints) {
-    for (int i = 0; i < ints; i++) s->writeInt(0);
-}
-
 void writeZeroBytes(CStream* s, int bytes) {
     for (int i = 0; i < bytes; i++) s->writeByte(0);
-}
-
-void writeIntBlock(CStream* s, const char* name, int value) {
-    s->writeId(name, sizeof(int));
-    s->writeInt(value);
 }
 
 void writeSlots(CStream* s, const CMod& mod) {
@@ -95,40 +70,6 @@ void writeOperators(CStream* s, const COSCSound& o) {
     s->writeInt(int(float(o.oscInv)));
     s->writeFloat(o.oscRing);
     s->writeFloat(o.modRing);
-}
-
-void writeSoundBody(CStream* s, const CSound& sound, const CList& clips) {
-    OpenBlock block(s, "sound");
-    s->writeByte((unsigned char)sound.type);
-    s->writeStr(sound.id);
-    s->writeByte(sound.mode);
-    s->writeByte(sound.group);
-    writeZeroBytes(s, 2);
-    s->writeFloat(sound.volume);
-    s->writeFloat(sound.pan);
-    s->writeInt(sound.filter);
-    s->writeFloat(sound.cutoff);
-    s->writeFloat(sound.q);
-    s->writeInt(sound.dist);
-    s->writeFloat(0.0f);
-    s->writeInt(0);
-    s->writeFloat(sound.coarse);
-    s->writeFloat(sound.fine);
-    s->writeInt(sound.glide);
-    s->writeInt(sound.bendRange);
-    writeZeros(s, 14);
-    s->writeFloat(sound.sends[0]);
-    s->writeFloat(sound.sends[1]);
-    s->writeInt(0);
-    for (unsigned char b : {(unsigned char)sound.mute, sound.reserved, (unsigned char)sound.solo})
-        s->writeByte(b);
-    s->writeByte(0);
-    for (int bound : {int(sound.lowKey), int(sound.hiKey), int(sound.lowVel), int(sound.hiVel)})
-        s->writeByte((unsigned char)bound);
-    if (sound.type == typeWavSound)
-        writeClipRefs(s, static_cast<const CWavSound&>(sound), clips);
-    else
-        writeOperators(s, static_cast<const COSCSound&>(sound));
 }
 
 void writeMods(CStream* s, const CSound& sound) {
@@ -198,8 +139,42 @@ void writeClip(CStream* s, const CSampleClip* clip) {
     if (frames > 0) s->write(clip->data, frames * clip->frameBytes);
 }
 
+void writeSoundBlock(CStream* s, const CSound& sound, const CList& clips) {
+    OpenBlock block(s, "sound");
+    s->writeByte((unsigned char)sound.type);
+    s->writeStr(sound.id);
+    s->writeByte(sound.mode);
+    s->writeByte(sound.group);
+    writeZeroBytes(s, 2);
+    s->writeFloat(sound.volume);
+    s->writeFloat(sound.pan);
+    s->writeInt(sound.filter);
+    s->writeFloat(sound.cutoff);
+    s->writeFloat(sound.q);
+    s->writeInt(sound.dist);
+    s->writeFloat(0.0f);
+    s->writeInt(0);
+    s->writeFloat(sound.coarse);
+    s->writeFloat(sound.fine);
+    s->writeInt(sound.glide);
+    s->writeInt(sound.bendRange);
+    writeZeros(s, 14);
+    s->writeFloat(sound.sends[0]);
+    s->writeFloat(sound.sends[1]);
+    s->writeInt(0);
+    for (unsigned char b : {(unsigned char)sound.mute, sound.reserved, (unsigned char)sound.solo})
+        s->writeByte(b);
+    s->writeByte(0);
+    for (int bound : {int(sound.lowKey), int(sound.hiKey), int(sound.lowVel), int(sound.hiVel)})
+        s->writeByte((unsigned char)bound);
+    if (sound.type == typeWavSound)
+        writeClipRefs(s, static_cast<const CWavSound&>(sound), clips);
+    else
+        writeOperators(s, static_cast<const COSCSound&>(sound));
+}
+
 void writeSound(CStream* stream, CSound* sound, const CList& clips) {
-    writeSoundBody(stream, *sound, clips);
+    writeSoundBlock(stream, *sound, clips);
     writeMods(stream, *sound);
     writeInserts(stream, *sound);
 }

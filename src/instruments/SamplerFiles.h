@@ -19,5 +19,7 @@ void writeFiletype(CStream* stream);
 /// Blocks "prog" to "layeri" of one program. A sample sound names its clips by their place in
 /// `clips`.
 void writeProgram(CStream* stream, CSynthProg* prog, const CList& clips);
+/// Block "sound" alone: a song keeps no more of a drum.
+void writeSoundBlock(CStream* stream, const CSound& sound, const CList& clips);
 /// Blocks "sound", "soundmod" and "soundfx".
 void writeSound(CStream* stream, CSound* sound, const CList& clips);

@@ -9,10 +9,12 @@
 #include "engine/ForgetHooks.h"
 #include "instruments/CSampleClip.h"
 #include "sequencer/AudioVoices.h"
+#include "sequencer/CEditorComp.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/PartOrder.h"
 #include "sequencer/Points.h"
 #include "sequencer/SampleUse.h"
+#include "sequencer/SongLinks.h"
 #include "sequencer/TempoMap.h"
 
 namespace {
@@ -46,7 +48,9 @@ void forget(CQV* host, CObject* object) {
 
 Shared<int> useMarkersMIDINoteTrigger{0};
 
-CSeq::CSeq(CQV* root) : CComp(root), edits(root) {
+CSeq::CSeq(CQV* root)
+    : CComp(root), snap(std::make_unique<CSnap>()), editorComp(std::make_unique<CEditorComp>(root)),
+      edits(root) {
     id = "Sequencer";
     type = compSeq;
     preview = iniReadInt(settingsSection, "preview", 1);
@@ -145,6 +149,7 @@ void CSeq::lanesChanged(const CTrack* track) {
 void CSeq::del(CObject* object) {
     edits.settle();
     selectedTracks.remove(object);
+    if (editorComp->part() == object) editorComp->setPart(nullptr);
     eachSongTrack([object](CSongTrack* songTrack) {
         if (songTrack->voices) songTrack->voices->drop(object);
     });

@@ -11,10 +11,13 @@
 #include "sequencer/TakeEdits.h"
 
 #include <functional>
+#include <memory>
 
 class CDrumSound;
+class CEditorComp;
 class CSnap;
 class DrumKit;
+struct SongLinks;
 
 /// Notifications of the sequencer to its views.
 constexpr unsigned updateTracks = 16;
@@ -48,17 +51,18 @@ public:
     CList tracks; ///< of CTrack, owned
     Shared<unsigned char> playing{0}, recording{0};
     Shared<unsigned char> recReady{1}; ///< 0 from the beginning of a take until all of it is placed
-    Shared<double> songTicks{0.0}; ///< played since start
+    Shared<double> songTicks{0.0};     ///< played since start
     Shared<int> maxVoices{6};
     Shared<int> preview{1};      ///< notes sound when they are edited
     Shared<int> autoQuantize{0}; ///< of recorded notes
     CList masterParts;           ///< of CPart, owned: what ghosts share
     CList drumClips;             ///< of CSampleClip, owned: what the drums of all tracks play
     SongOptions options;
-    CList selectedTracks;  ///< of CSongTrack: selected in the arrangement
-    CList copies;          ///< of CPart, owned: the clipboard
-    CSnap* snap = nullptr; ///< of the view that edits, not owned; may be null
-    TakeEdits edits;       ///< on their way into the song
+    CList selectedTracks;                          ///< of CSongTrack: selected in the arrangement
+    CList copies;                                  ///< of CPart, owned: the clipboard
+    const std::unique_ptr<CSnap> snap;             ///< the grid of the view that edits
+    const std::unique_ptr<CEditorComp> editorComp; ///< the editor's window
+    TakeEdits edits;                               ///< on their way into the song
     CRecThread recThread;
     CStepRec stepRec;
     Shared<double> takeStart{0.0}; ///< ticks, where the take began
@@ -136,7 +140,7 @@ public:
     /// -1 the end. By the step, or at once under the graph hold. Gives its song track of `prog`,
     /// which may be a program that is not linked yet.
     CSongTrack* addTrack(int kind, CSeqProg* prog, CUndo* undo, int index = -1);
-    /// Records that a track leaves, with everything that belongs to it.
+    /// Records that a track leaves, with everything that belongs to it. A take on it ends before.
     void removeTrack(CTrack* track, CUndo* undo);
     /// The kind's word, "-", and a number that no track bears yet, nor one that the step adds.
     CStr autoNameTrack(int kind, const CUndo* undo = nullptr);
@@ -189,6 +193,24 @@ public:
     void onGetSnap(CObject* sender);
     void writeSettings();
 
+    // Files (SongBlocks.cpp, SongBinding.cpp). Interface thread.
+    /// The blocks of a whole song, into a sequencer without tracks and programs that no block of
+    /// audio reaches yet. Its audio tracks have ports then; all other ports and channels are still
+    /// to be made and handed out, and what the song refers to may come later. `afterRead` follows.
+    void read(CStream* stream, int end) override;
+    void write(CStream* stream) override;
+    /// Brings ports and channels into the order of the tracks, in which files number them.
+    void saving() override;
+    /// Binds lanes, sources of tracks and freeze files to what they name, drops clips and masters
+    /// that nothing uses, and takes the transport to the song's position.
+    void afterRead();
+    CComp* copy() override;
+    /// A further program without song tracks, at the end.
+    CSeqProg* addProgram(const CStr& name);
+    /// Ports for an audio track that a file tells: they stand in no file.
+    void addAudioPorts(CTrack* track);
+    std::unique_ptr<SongLinks> links; ///< between `read` and `afterRead`; else null
+
     /// Calls `visit(CSongTrack*)` for each song track of each program.
     template <class F>
     void eachSongTrack(F&& visit);
@@ -213,12 +235,16 @@ private:
     void takeKit(DrumKit& kit, CTrack* track, CUndo* undo);
     void eachDrum(const std::function<void(CDrumSound*)>& visit);
     struct NewTrack;
+    void makePorts(CTrack* track);
+    void makeChannels(CTrack* track);
     void makeTrackIO(NewTrack& made);
     CSongTrack* linkTrack(NewTrack& made, CSeqProg* prog, CUndo* undo, int index);
     void partMoved(CPart* part, const CList* list);
     void songTrackMoved(CObject* object, const CList* list);
     void lanesMoved(const CList* list);
     void purgeSelection();
+    void bindLinks();
+    void linkEnds(CTrack* track);
 };
 
 /// Enters the sequencer's component types. Start-up only.

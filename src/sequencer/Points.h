@@ -25,6 +25,7 @@ public:
     void setTimesig(int num, int den);
     int getNum() const { return num; }
     int getDen() const { return den; }
+    int spare = 0; ///< kept with the song, without effect
 
 private:
     Shared<int> num{4}, den{4};

@@ -54,16 +54,25 @@ void setKindDefaults(CTrack* track) {
 
 } // namespace
 
-void CSeq::makeTrackIO(NewTrack& made) {
-    CTrack* track = made.track;
+void CSeq::makePorts(CTrack* track) {
     const int kind = track->kind;
     const bool plays = kind == trackMIDI || kind == trackAudio || kind == trackDrum;
     if (plays) track->inPorts.add(new CInputPort(this));
     if (kind == trackMIDI || kind == trackAudio) track->outPorts.add(new COutputPort(this));
+}
+
+void CSeq::makeChannels(CTrack* track) {
+    const int kind = track->kind;
     if (kind == trackAudio) track->inputs.add(new CInputChannel(this));
     if (kind == trackAudio || kind == trackDrum) track->outputs.add(new COutputChannel(this));
     track->createBuffers(host->frames);
+}
 
+void CSeq::makeTrackIO(NewTrack& made) {
+    CTrack* track = made.track;
+    const int kind = track->kind;
+    makePorts(track);
+    makeChannels(track);
     CComp* midi = kind == trackMIDI || kind == trackDrum ? host->getMIDIIn() : nullptr;
     if (midi) made.midiIn = createMIDICable(this, midi->outPort(), track->inPort());
     CComp* in = kind == trackAudio ? host->getAudioIn() : nullptr;

@@ -1,0 +1,109 @@
+#include "base/OpenBlock.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/FieldReading.h"
+#include "sequencer/SongReading.h"
+#include "sequencer/SongWriting.h"
+
+#include <memory>
+
+// Parts, without what is in them.
+
+namespace {
+
+constexpr int intBytes = 4;
+constexpr int partBytes = 27; ///< of a part without a name
+
+std::unique_ptr<CPart> newPart(int type) {
+    if (type == partMIDI) return std::make_unique<CMIDIPart>();
+    if (type == partAudio) return std::make_unique<CAudioPart>();
+    if (type == partDrum) return std::make_unique<CDrumPart>();
+    return std::make_unique<CPart>();
+}
+
+void addMaster(SongReading& r, CPart* part) {
+    r.part = part;
+    r.masters.push_back(part);
+    r.seq->masterParts.add(part);
+}
+
+/// A part that may not stand on the track is dropped.
+void addPart(SongReading& r, std::unique_ptr<CPart> part, int ghostOf) {
+    if (!r.songTrack || !r.songTrack->acceptPart(part.get())) return;
+    r.part = part.release();
+    r.songTrack->parts.add(r.part);
+    if (ghostOf >= 0) r.ghosts.emplace_back(r.part, ghostOf);
+}
+
+bool readPart(SongReading& r, int) {
+    r.part = nullptr;
+    if (!r.in.has(partBytes)) return false;
+    r.in.readByte();
+    std::unique_ptr<CPart> part = newPart(r.in.readByte());
+    const bool onTrack = r.in.readByte() == 1;
+    const int ghostOf = r.in.readInt();
+    part->pos = readTicks(r.in);
+    part->offset = readTicks(r.in);
+    part->length = readTicks(r.in);
+    part->flags = unsigned(r.in.readInt());
+    if (!r.in.readText(part->id)) return false;
+    if (onTrack)
+        addPart(r, std::move(part), ghostOf);
+    else
+        addMaster(r, part.release());
+    return true;
+}
+
+bool readColour(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    const int colour = r.in.readInt();
+    if (r.part) r.part->colour = colour;
+    return true;
+}
+
+CAudioPart* audioPart(SongReading& r) {
+    return r.part && r.part->type == partAudio ? static_cast<CAudioPart*>(r.part) : nullptr;
+}
+
+bool readChannels(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    const int chs = readLimited(r.in, 1, 2);
+    if (CAudioPart* part = audioPart(r)) part->chs = chs;
+    return true;
+}
+
+bool readMulticlip(SongReading& r, int) {
+    if (!r.in.has(1)) return false;
+    const int multiclip = readSwitch(r.in);
+    if (CAudioPart* part = audioPart(r)) part->multiclip = multiclip;
+    return true;
+}
+
+constexpr SongBlock blocks[] = {{"part", readPart},
+                                {"partCol", readColour},
+                                {"achs", readChannels},
+                                {"multiclip", readMulticlip}};
+
+} // namespace
+
+std::span<const SongBlock> partBlocks() {
+    return blocks;
+}
+
+void writePart(SongWriting& w, CPart* part, bool onTrack) {
+    CStream* s = w.out;
+    const CAudioPart* audio = part->type == partAudio ? static_cast<CAudioPart*>(part) : nullptr;
+    s->writeId("part", partBytes + part->id.length());
+    for (int v : {part->category, part->type, int(onTrack)}) s->writeByte((unsigned char)v);
+    s->writeInt(w.masterIndex(part->ghostOf));
+    for (int v : {int(part->pos), int(part->offset), int(part->length), int(part->flags.load())})
+        s->writeInt(v);
+    s->writeStr(part->id);
+    if (!part->ghostOf) {
+        writeIntBlock(s, "partCol", part->colour);
+        if (audio) writeIntBlock(s, "achs", audio->chs);
+        writeEvents(w, part);
+    }
+    if (!audio || audio->multiclip != 1) return;
+    s->writeId("multiclip", 1);
+    s->writeByte(1);
+}

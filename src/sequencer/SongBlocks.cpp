@@ -1,0 +1,221 @@
+#include "base/Numbers.h"
+#include "base/OpenBlock.h"
+#include "engine/CQV.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CLayer.h"
+#include "instruments/CSampleClip.h"
+#include "instruments/SamplerFiles.h"
+#include "sequencer/CEditorComp.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/CSubTrack.h"
+#include "sequencer/PartOrder.h"
+#include "sequencer/SongReading.h"
+#include "sequencer/SongWriting.h"
+
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+
+namespace {
+
+using BlockTable = std::unordered_map<std::string_view, const SongBlock*>;
+
+const BlockTable& blockTable() {
+    static const BlockTable table = [] {
+        BlockTable made;
+        for (const auto blocks : {optionBlocks(), trackBlocks(), laneBlocks(), kitBlocks(),
+                                  partBlocks(), eventBlocks(), progBlocks()})
+            for (const SongBlock& block : blocks) made.emplace(block.name, &block);
+        return made;
+    }();
+    return table;
+}
+
+template <class T>
+std::vector<T*> asVector(const CList& list) {
+    std::vector<T*> all;
+    for (T* object : each<T>(list)) all.push_back(object);
+    return all;
+}
+
+template <class T>
+T* at(const std::vector<T*>& all, int index) {
+    return index >= 0 && size_t(index) < all.size() ? all[size_t(index)] : nullptr;
+}
+
+/// Whether `track` is one of the folders around itself.
+bool insideItself(const CTrack* track) {
+    for (const CTrack* around = track->folder; around; around = around->folder)
+        if (around == track) return true;
+    return false;
+}
+
+} // namespace
+
+void CSeq::read(CStream* stream, int end) {
+    SongReading(this, stream, end).read();
+    update(updateTracks);
+}
+
+void CSeq::write(CStream* stream) {
+    SongWriting(this, stream).write();
+}
+
+SongReading::SongReading(CSeq* song, CStream* stream, int64_t end)
+    : seq(song), in(stream, end), kit(song), pool(asVector<CSample>(song->host->samples)),
+      links(std::make_unique<SongLinks>()) {
+}
+
+SongReading::~SongReading() = default;
+
+void SongReading::read() {
+    CStr name;
+    while (!in.eof() && in.readText(name) && in.has(int(sizeof(int)))) {
+        const int size = in.readInt();
+        if (size < 0 || !readBlock(name, size)) break;
+    }
+    finish();
+    in.setPos(0, seekEnd);
+    in.leave();
+}
+
+bool SongReading::readBlock(const CStr& name, int size) {
+    const auto known = blockTable().find(name.asChar());
+    if (known != blockTable().end()) return known->second->read(*this, size);
+    if (!in.has(size)) return false;
+    skip(size);
+    return true;
+}
+
+void SongReading::skip(int bytes) {
+    in.setPos(bytes, seekCurrent);
+}
+
+CSample* SongReading::sampleAt(int index) const {
+    return at(pool, index);
+}
+
+CSongTrack* SongReading::addSongTrack() {
+    CTrack* next = prog ? at(tracks, prog->tracks.getCount()) : nullptr;
+    if (!next) return nullptr;
+    auto* made = new CSongTrack(prog, next);
+    prog->tracks.add(made);
+    return made;
+}
+
+bool SongReading::hasRoom(size_t moreTracks, size_t morePrograms) const {
+    const size_t wanted = tracks.size() + moreTracks;
+    const size_t programs = size_t(seq->progs.getCount()) + morePrograms;
+    return wanted <= mostTracks && programs <= mostPrograms && wanted * programs <= mostSongTracks;
+}
+
+void SongReading::finish() {
+    for (auto* program : each<CSeqProg>(seq->progs)) {
+        prog = program;
+        while (addSongTrack()) {
+        }
+        sortByPos(prog->timesigs);
+        sortByPos(prog->tempos);
+    }
+    seq->curProg = asMinMax(curProg, 0, asMax(seq->progs.getCount() - 1, 0));
+    kit.giveClips();
+    bindFolders();
+    bindGhosts();
+    makeRoom();
+    seq->orderParts(nullptr, nullptr, true);
+    showEditPart();
+    seq->links = std::move(links);
+}
+
+void SongReading::bindFolders() {
+    for (const auto& [child, index] : folders) {
+        CTrack* folder = at(tracks, index);
+        if (!folder || folder->kind != trackFolder) continue;
+        child->folder = folder;
+        if (insideItself(child)) child->folder = nullptr;
+    }
+}
+
+void SongReading::bindGhosts() {
+    for (const auto& [ghost, index] : ghosts) {
+        CPart* master = at(masters, index);
+        if (master && master->type == ghost->type) ghost->ghostOf = master;
+    }
+}
+
+void SongReading::makeRoom() {
+    std::vector<int> slots;
+    for (CTrack* t : tracks) slots.push_back(t->slotsInUse());
+    for (auto* program : each<CSeqProg>(seq->progs)) {
+        size_t i = 0;
+        for (auto* t : each<CSongTrack>(program->tracks)) {
+            for (auto* p : each<CPart>(t->parts)) p->reserveSlots(slots[i]);
+            i++;
+        }
+    }
+}
+
+void SongReading::showEditPart() {
+    CSeqProg* current = seq->getProg();
+    if (!current || editTrack < 0) return;
+    const auto* t = static_cast<CSongTrack*>(current->tracks.items(editTrack));
+    if (t) seq->editorComp->setPart(static_cast<CPart*>(t->parts.items(editPart)));
+}
+
+SongWriting::SongWriting(CSeq* song, CStream* stream) : seq(song), host(song->host), out(stream) {
+    int index = 0;
+    for (auto* sample : each<CSample>(host->samples)) sampleOrder[sample] = index++;
+    index = 0;
+    for (auto* track : each<CTrack>(seq->tracks)) {
+        if (track->outPort()) portOrder[track->outPort()] = index;
+        index++;
+    }
+    orderMasters();
+    orderClips();
+}
+
+void SongWriting::orderMasters() {
+    std::unordered_set<const CPart*> used;
+    seq->eachSongTrack([&used](CSongTrack* t) {
+        for (auto* part : each<CPart>(t->parts))
+            if (part->ghostOf) used.insert(part->ghostOf);
+    });
+    for (auto* master : each<CPart>(seq->masterParts)) {
+        if (!used.count(master)) continue;
+        masterOrder[master] = int(masters.size());
+        masters.push_back(master);
+    }
+}
+
+void SongWriting::orderClips() {
+    std::unordered_set<const CSampleClip*> used;
+    for (auto* track : each<CTrack>(seq->tracks)) {
+        const CLayer* layer = track->drumLayer();
+        if (!layer) continue;
+        for (auto* sound : each<CDrumSound>(layer->sounds))
+            used.insert(sound->clips, sound->clips + sound->clipCount);
+    }
+    for (auto* clip : each<CSampleClip>(seq->drumClips))
+        if (used.count(clip)) clips.add(clip);
+}
+
+CStream& SongWriting::scratch() {
+    buffer.setPos(0);
+    return buffer;
+}
+
+void SongWriting::writeScratch(const char* name) {
+    const int bytes = buffer.pos();
+    out->writeId(name, bytes);
+    out->write(buffer.data, bytes);
+}
+
+void SongWriting::write() {
+    writeOptions(*this);
+    for (auto* clip : each<CSampleClip>(clips)) writeClip(out, clip);
+    for (auto* track : each<CTrack>(seq->tracks)) writeTrack(*this, track);
+    for (CPart* master : masters) writePart(*this, master, false);
+    writeIntBlock(out, "progi", seq->curProg);
+    for (auto* prog : each<CSeqProg>(seq->progs)) writeProg(*this, prog);
+    writeEditor(*this);
+}
