@@ -106,7 +106,7 @@ void CSample::load() {
 }
 
 void CSample::makeFloatData() {
-    if (chs > maxPlayChannels) return;
+    if (chs > maxPlayChannels || shortData()) return;
     const int count = frames;
     for (int c = 0; c < chs && valid; c++) {
         floats[c].reset(new (std::nothrow) float[std::size_t(count + 2ll * padFrames)]());
@@ -125,6 +125,11 @@ void CSample::makeFloatData() {
 
 const float* CSample::floatData(int side) const {
     return floats[side] ? floats[side].get() + padFrames : nullptr;
+}
+
+const std::int16_t* CSample::shortData() const {
+    const bool plain = data && chs == 1 && bits == 16 && !bigEndian;
+    return plain ? reinterpret_cast<const std::int16_t*>(data) : nullptr;
 }
 
 void CSample::takeData(unsigned char* bytes, int count) {

@@ -112,8 +112,10 @@ public:
     /// Reads frames as they lie in the file or in memory; returns how many there are.
     int readBytes(std::int64_t first, int count, unsigned char* out) const;
     /// The values of channel `side` (0 or 1) as floats, followed and preceded by `padFrames` zeros.
-    /// Null unless the frames are in memory and of one or two channels.
+    /// Null unless the frames are in memory, of one or two channels, and not of `shortData`.
     const float* floatData(int side) const;
+    /// The frames of a 16 bit mono sample in memory, which is played as it lies there; else null.
+    const std::int16_t* shortData() const;
     SampleCoding coding() const { return {bits, bigEndian}; }
 
     /// Computes what the image still lacks of the content, unless somebody is at it. Stops, to go

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 
 namespace {
@@ -33,22 +34,43 @@ struct Places {
     float fraction[piece];
 };
 
+/// Four neighbours as floats, and one, with the factor that makes 1 of full scale.
+[[gnu::always_inline]] inline Floats4 loadFour(const float* p) {
+    return loadFloats(p);
+}
+[[gnu::always_inline]] inline Floats4 loadFour(const std::int16_t* p) {
+    using Shorts4 = std::int16_t __attribute__((vector_size(8)));
+    Shorts4 v;
+    std::memcpy(&v, p, sizeof v);
+    return __builtin_convertvector(v, Floats4);
+}
+constexpr float unitOf(const float*) {
+    return 1.0f;
+}
+constexpr float unitOf(const std::int16_t*) {
+    return 1.0f / 32768.0f;
+}
+
 /// Reads `count` frames, up to `piece`, of `source` at `places`. Four at a time are loaded with
-/// their neighbours and turned, so that a vector holds one neighbour of each.
-[[gnu::always_inline]] inline void readPlaces(const float* source, const Places& places, int count,
+/// their neighbours and turned, so that a vector holds one neighbour of each. The unit is a power
+/// of two, so it may wait for the end.
+template <class Value>
+[[gnu::always_inline]] inline void readPlaces(const Value* source, const Places& places, int count,
                                               float* out) {
-    const float* before = source - 1;
+    const Value* before = source - 1;
+    constexpr float unit = unitOf(static_cast<const Value*>(nullptr));
     int i = 0;
     for (; i + 4 <= count; i += 4) {
         const int* at = places.frame + i;
-        Floats4 y0 = loadFloats(before + at[0]), y1 = loadFloats(before + at[1]);
-        Floats4 y2 = loadFloats(before + at[2]), y3 = loadFloats(before + at[3]);
+        Floats4 y0 = loadFour(before + at[0]), y1 = loadFour(before + at[1]);
+        Floats4 y2 = loadFour(before + at[2]), y3 = loadFour(before + at[3]);
         transpose(y0, y1, y2, y3);
-        saveFloats(out + i, cubic(y0, y1, y2, y3, loadFloats(places.fraction + i)));
+        saveFloats(out + i, cubic(y0, y1, y2, y3, loadFloats(places.fraction + i)) * unit);
     }
     for (; i < count; i++) {
-        const float* y = before + places.frame[i];
-        out[i] = cubic(y[0], y[1], y[2], y[3], places.fraction[i]);
+        const Value* y = before + places.frame[i];
+        out[i] =
+            cubic(float(y[0]), float(y[1]), float(y[2]), float(y[3]), places.fraction[i]) * unit;
     }
 }
 
@@ -65,13 +87,23 @@ void makePlaces(double fraction, double speed, int from, int count, Places& plac
     }
 }
 
+/// As it is, frame by frame.
+void copyValues(const float* from, int count, float* out) {
+    std::copy_n(from, count, out);
+}
+void copyValues(const std::int16_t* from, int count, float* out) {
+    for (int i = 0; i < count; i++) out[i] = float(from[i]) * unitOf(from);
+}
+
 /// `count` frames of one or two planes, all of whose neighbours can be read. `fraction` is the
 /// position within the first frame; a second plane may be missing.
-SONDRAVA_CLONES void interpolate(const float* first, const float* second, double fraction,
-                                 double speed, int count, float* left, float* right) {
+template <class Value>
+[[gnu::always_inline]] inline void readPlanes(const Value* first, const Value* second,
+                                              double fraction, double speed, int count, float* left,
+                                              float* right) {
     if (areFrames(fraction, speed)) {
-        std::copy_n(first, count, left);
-        if (second) std::copy_n(second, count, right);
+        copyValues(first, count, left);
+        if (second) copyValues(second, count, right);
         return;
     }
     Places places; // NOLINT(cppcoreguidelines-pro-type-member-init): filled before it is read
@@ -81,6 +113,16 @@ SONDRAVA_CLONES void interpolate(const float* first, const float* second, double
         readPlaces(first, places, n, left + done);
         if (second) readPlaces(second, places, n, right + done);
     }
+}
+
+SONDRAVA_CLONES void interpolate(const float* first, const float* second, double fraction,
+                                 double speed, int count, float* left, float* right) {
+    readPlanes(first, second, fraction, speed, count, left, right);
+}
+
+SONDRAVA_CLONES void interpolateShorts(const std::int16_t* source, double fraction, double speed,
+                                       int count, float* out) {
+    readPlanes<std::int16_t>(source, nullptr, fraction, speed, count, out, nullptr);
 }
 
 /// The same at the ends of a sample of `frames` frames and beyond: outside all is zero.
@@ -93,6 +135,29 @@ void interpolateEdge(const float* source, int frames, double pos, double speed, 
         const float* y = source + n;
         out[i] = near ? cubic(y[-1], y[0], y[1], y[2], float(x - n)) : 0.0f;
     }
+}
+
+/// The same of 16 bit frames, which have no zeros around them.
+void interpolateShortsEdge(const std::int16_t* source, int frames, double pos, double speed,
+                           int count, float* out) {
+    const auto value = [&](int i) {
+        return i >= 0 && i < frames ? float(source[i]) * unitOf(source) : 0.0f;
+    };
+    for (int i = 0; i < count; i++) {
+        const double x = pos + i * speed;
+        const bool near = x > -2.0 && x < frames + 1.0;
+        const int n = near ? int(std::floor(x)) : 0;
+        out[i] =
+            near ? cubic(value(n - 1), value(n), value(n + 1), value(n + 2), float(x - n)) : 0.0f;
+    }
+}
+
+void renderShorts(const std::int16_t* source, int frames, double pos, double speed, int count,
+                  float* out) {
+    if (pos >= 1.0 && speed >= 0.0 && pos + (count - 1) * speed < frames - 2)
+        interpolateShorts(source + int(pos), pos - int(pos), speed, count, out);
+    else
+        interpolateShortsEdge(source, frames, pos, speed, count, out);
 }
 
 /// Two frames of stereo at two places, from the four interleaved frames around each.
@@ -173,6 +238,10 @@ void renderStreamed(const CSample& sample, const SampleSpan& span, int count, fl
 
 int renderMemory(const CSample& sample, double pos, double speed, int count, float* left,
                  float* right) {
+    if (const std::int16_t* shorts = sample.shortData()) {
+        renderShorts(shorts, sample.frames, pos, speed, count, left);
+        return 1;
+    }
     const float* first = sample.floatData(0);
     if (!first) return 0;
     const float* second = sample.floatData(1);
