@@ -1,0 +1,77 @@
+#include "project/CableBlocks.h"
+
+#include "engine/CQV.h"
+#include "project/ItemView.h"
+
+namespace {
+
+constexpr int cableBytes = 12, highestIndex = 255;
+constexpr size_t maxCables = 4096;
+
+void writeEnd(CStream* stream, const FilePlace& end) {
+    stream->writeByte(static_cast<unsigned char>(end.list));
+    stream->writeInt(end.comp);
+    stream->writeByte(static_cast<unsigned char>(end.io));
+}
+
+void writeCable(CStream* stream, const char* id, const CIO* from, const CIO* to,
+                const GraphIndex& index) {
+    const FilePlace *source = index.placeOf(from), *dest = index.placeOf(to);
+    if (!source || !dest || source->io > highestIndex || dest->io > highestIndex) return;
+    stream->writeId(id, cableBytes);
+    writeEnd(stream, *source);
+    writeEnd(stream, *dest);
+}
+
+/// One end of a cable; `io` is a number without meaning when there is no component.
+struct CableEnd {
+    CompIO* comp;
+    size_t io;
+};
+
+CableEnd readEnd(ItemView& item, GraphIndex& index) {
+    const int list = static_cast<signed char>(item.readByte());
+    const int comp = item.readInt();
+    return {index.at(list, comp), size_t(item.readByte())};
+}
+
+template <class T>
+T* pick(const std::vector<T*>& ios, size_t index) {
+    return index < ios.size() ? ios[index] : nullptr;
+}
+
+} // namespace
+
+void writeCables(CStream* stream, CComp* c, const GraphIndex& index) {
+    for (auto* cable : each<CAudioCable>(c->audioCables))
+        writeCable(stream, "ac", cable->fromChannel, cable->toChannel, index);
+    for (auto* cable : each<CMIDICable>(c->midiCables))
+        writeCable(stream, "mc", cable->fromPort, cable->toPort, index);
+    for (auto* child : each<CComp>(c->comps)) writeCables(stream, child, index);
+    if (c != c->host) return;
+    for (auto* bus : each<CComp>(c->host->sends)) writeCables(stream, bus, index);
+}
+
+bool CableReader::isNew(const CIO* from, const CIO* to) {
+    return from && to && seen.size() < maxCables && seen.insert({from, to}).second;
+}
+
+void CableReader::readAudio(ItemView& item) {
+    const CableEnd from = readEnd(item, index), to = readEnd(item, index);
+    if (item.tooShort || !from.comp || !to.comp) return;
+    COutputChannel* source = pick(from.comp->outputs, from.io);
+    CInputChannel* dest = pick(to.comp->inputs, to.io);
+    if (!isNew(source, dest)) return;
+    CComp* c = to.comp->comp;
+    c->audioCables.add(createAudioCable(c, source, dest));
+}
+
+void CableReader::readMIDI(ItemView& item) {
+    const CableEnd from = readEnd(item, index), to = readEnd(item, index);
+    if (item.tooShort || !from.comp || !to.comp) return;
+    CMIDIQ* source = pick(from.comp->outPorts, from.io);
+    CMIDIQ* dest = pick(to.comp->inPorts, to.io);
+    if (!isNew(source, dest)) return;
+    CComp* c = to.comp->comp;
+    c->midiCables.add(createMIDICable(c, source, dest));
+}

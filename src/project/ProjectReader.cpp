@@ -1,0 +1,345 @@
+#include "project/ProjectReader.h"
+
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "engine/CMap.h"
+#include "engine/CMixer.h"
+#include "engine/CQV.h"
+#include "project/CableBlocks.h"
+#include "project/CompReader.h"
+#include "project/ItemView.h"
+#include "project/MapBlocks.h"
+#include "project/Percent.h"
+#include "project/ProjectUi.h"
+#include "project/SampleBlocks.h"
+#include "project/SeqChannels.h"
+#include "sequencer/CSeq.h"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <iterator>
+#include <limits>
+
+namespace {
+
+constexpr unsigned updateLoaded = 0x308000; ///< delays, maps and pages are others
+constexpr float usualTempo = 120.0f;
+constexpr int magicBytes = 3;
+constexpr int longestShownId = 64;
+constexpr int learnController = -2, highestController = 127;
+
+/// Abandons a load.
+struct BadProject : std::exception {};
+
+/// A load, from behind the magic string to the last item.
+class Reading {
+public:
+    Reading(const Project& p, CStream* s)
+        : project(p), host(p.host), stream(s), comps(host, index) {}
+
+    void readItems();
+    void finish();
+    void tellWhereItEnded() const;
+
+private:
+    struct Kind {
+        const char* id;
+        void (Reading::*read)(ItemView& item);
+    };
+    static const Kind kinds[];
+
+    const Project& project;
+    CQV* host;
+    CStream* stream;
+    GraphIndex index;
+    CompReader comps;
+    CableReader cables{index};
+    CStr id; ///< of the item at hand
+    int size = 0;
+    bool boxShown = false, sawSamples2 = false;
+    int shownPercent = -1;
+
+    bool readHead();
+    void readItem();
+    void dispatch(ItemView& item);
+    void complain();
+    CStr name() const;
+    void showProgress();
+    void fillDevices();
+    void warnOfMissing() const;
+
+    void tempo(ItemView& item);
+    void loop(ItemView& item) { host->loop = item.readInt() ? 1 : 0; }
+    void audioFolder(ItemView& item);
+    void samples2(ItemView& item);
+    void samples(ItemView& item);
+    void page(ItemView& item);
+    void currentPage(ItemView& item) { project.ui->windows.currentPage = item.readInt(); }
+    void modularPage(ItemView& item) { project.ui->windows.modularPage = item.readInt(); }
+    void sidebar(ItemView& item);
+    void mixer(ItemView& item) { project.mixer->read(&item, saturate(item.getSize())); }
+    void mixerEditor(ItemView& item) { readEditorStruct(item, project.mixer->editorStruct); }
+    void audioCable(ItemView& item) { cables.readAudio(item); }
+    void midiCable(ItemView& item) { cables.readMIDI(item); }
+    void controller(Shared<int>& to, ItemView& item);
+    void ctrlStart(ItemView& item) { controller(host->ctrlStart, item); }
+    void ctrlStop(ItemView& item) { controller(host->ctrlStop, item); }
+    void ctrlRewind(ItemView& item) { controller(host->ctrlRewind, item); }
+    void ctrlRecord(ItemView& item) { controller(host->ctrlRecord, item); }
+    void ctrlTempo(ItemView& item) { controller(host->ctrlTempo, item); }
+    void mapProg(ItemView& item) { host->maps.add(readMapProg(item)); }
+    void map(ItemView& item);
+    void currentMap(ItemView& item) { host->curMap = item.readInt(); }
+    void mapEditor(ItemView& item) { readEditorStruct(item, host->mapStruct); }
+};
+
+const Reading::Kind Reading::kinds[] = {
+    {"bpm", &Reading::tempo},
+    {"loop", &Reading::loop},
+    {"audiodir", &Reading::audioFolder},
+    {"samples2", &Reading::samples2},
+    {"samples", &Reading::samples},
+    {"page", &Reading::page},
+    {"pagei", &Reading::currentPage},
+    {"pageModular", &Reading::modularPage},
+    {"mixer", &Reading::mixer},
+    {"mixed", &Reading::mixerEditor},
+    {"ac", &Reading::audioCable},
+    {"mc", &Reading::midiCable},
+    {"ccplay", &Reading::ctrlStart},
+    {"ccstop", &Reading::ctrlStop},
+    {"ccrew", &Reading::ctrlRewind},
+    {"ccrec", &Reading::ctrlRecord},
+    {"ccbpm", &Reading::ctrlTempo},
+    {"cm", &Reading::mapProg},
+    {"cmap", &Reading::map},
+    {"cmi", &Reading::currentMap},
+    {"cmed", &Reading::mapEditor},
+    {"modsb", &Reading::sidebar},
+};
+
+// The walk through the file.
+
+void Reading::readItems() {
+    while (stream->left() > 0 && readHead()) readItem();
+}
+
+/// False at the end, also where a file ends in the middle of a head.
+bool Reading::readHead() {
+    constexpr int64_t wordBytes = sizeof(int);
+    if (stream->left() < 2 * wordBytes) return false;
+    const int64_t start = stream->getPos();
+    const int length = stream->readInt();
+    if (length > stream->left() - wordBytes) return false;
+    stream->setPos(start);
+    id = stream->readStr();
+    size = stream->readInt();
+    return true;
+}
+
+void Reading::readItem() {
+    showProgress();
+    if (size < 0) {
+        showMsg(nullptr, "Error",
+                CStr("Block size error: '") + name() + "' (" + asStr(size) + ").");
+        throw BadProject();
+    }
+    const int64_t end = stream->getPos() + size;
+    if (end > std::min<int64_t>(stream->getSize(), std::numeric_limits<int>::max())) {
+        complain();
+        throw BadProject();
+    }
+    ItemView item(stream, size);
+    dispatch(item);
+    if (!item.exact()) complain();
+    stream->setPos(end);
+}
+
+void Reading::dispatch(ItemView& item) {
+    const Kind* kind = std::find_if(std::begin(kinds), std::end(kinds),
+                                    [this](const Kind& k) { return id == k.id; });
+    if (kind != std::end(kinds))
+        (this->*kind->read)(item);
+    else if (!comps.readItem(id, item))
+        item.skipRest();
+}
+
+/// The first of a load in a box, as a bad file may have thousands.
+void Reading::complain() {
+    const CStr text = CStr("Error reading block: '") + name() + "' (" + asStr(size) +
+                      "). Trying to read rest of file...";
+    if (boxShown)
+        showStr(text);
+    else
+        showMsg(nullptr, "Error", text);
+    boxShown = true;
+}
+
+CStr Reading::name() const {
+    return id.sub(0, longestShownId);
+}
+
+void Reading::showProgress() {
+    const int64_t total = std::max<int64_t>(stream->getSize(), 1);
+    const int percent = int(stream->getPos() * 100 / total);
+    if (percent == shownPercent) return;
+    shownPercent = percent;
+    setStatus(CStr("Loading...") + percentText(stream->getPos(), total));
+}
+
+void Reading::tellWhereItEnded() const {
+    const bool inComp = (id == "comp" || id == "comp2") && comps.current();
+    const CStr where = inComp ? CStr("comp '") + comps.current()->id.sub(0, longestShownId)
+                              : CStr("block '") + name();
+    showStr(CStr("openProject error: loading ") + where + "' (" + asStr(size) + ")");
+}
+
+// Items of the host.
+
+void Reading::tempo(ItemView& item) {
+    const float stored = item.readFloat();
+    host->setTempo(std::isfinite(stored) ? stored : usualTempo);
+    host->tempoNow = float(host->tempo);
+}
+
+/// A name alone: the audio of a project lies beside it, and nowhere else.
+void Reading::audioFolder(ItemView& item) {
+    const CStr folder = extractFileName(item.readStr());
+    host->audioFolder = folder == "." || folder == ".." ? CStr() : folder;
+}
+
+void Reading::samples2(ItemView& item) {
+    if (sawSamples2) return item.skipRest();
+    sawSamples2 = true;
+    readSamples2(item, host);
+}
+
+void Reading::samples(ItemView& item) {
+    if (sawSamples2) return item.skipRest();
+    readSamples(item, host);
+}
+
+void Reading::page(ItemView& item) {
+    std::vector<unsigned char> bytes(size_t(item.left()));
+    item.read(bytes.data(), int(bytes.size()));
+    project.ui->windows.pages.push_back(std::move(bytes));
+}
+
+void Reading::sidebar(ItemView& item) {
+    for (int& v : project.ui->windows.sidebar) v = item.readInt();
+}
+
+void Reading::controller(Shared<int>& to, ItemView& item) {
+    to = std::clamp(item.readInt(), learnController, highestController);
+}
+
+void Reading::map(ItemView& item) {
+    auto* prog = static_cast<CMapProg*>(host->maps.last());
+    if (prog)
+        readMap(item, prog, index);
+    else
+        item.skipRest();
+}
+
+// What follows the last item.
+
+void Reading::finish() {
+    for (const CompIO& io : index.comps)
+        if (io.comp->type == compSeq) bindSeqChannels(static_cast<CSeq*>(io.comp), io);
+    fillDevices();
+    host->createBuffers(host->frames);
+    for (auto* list : {&host->comps, &host->sends}) {
+        for (auto* c : each<CComp>(*list)) {
+            c->createBuffers(host->frames);
+            c->curOutput = std::clamp(c->curOutput, 0, std::max(c->outputs.getCount() - 1, 0));
+        }
+    }
+    for (const CompIO& io : index.comps)
+        if (io.comp->type == compSeq) static_cast<CSeq*>(io.comp)->afterRead();
+    if (host->maps.empty()) host->maps.add(new CMapProg);
+    host->curMap = std::clamp(int(host->curMap), 0, host->maps.getCount() - 1);
+    if (project.mixer->progs.empty()) project.mixer->init();
+    warnOfMissing();
+}
+
+void Reading::fillDevices() {
+    for (auto* c : each<CComp>(host->comps)) {
+        if (c->type != compAudioOut) continue;
+        if (c->outputs.empty()) c->outputs.add(new COutputChannel(c));
+        if (c->inPorts.empty()) c->inPorts.add(new CInputPort(c));
+    }
+}
+
+void Reading::warnOfMissing() const {
+    CStr names;
+    for (const CStr& missing : comps.notLoaded) names += names.empty() ? missing : ", " + missing;
+    if (!names.empty()) showMsg(nullptr, "VST", CStr("Failed to open ") + names);
+}
+
+// Around the walk.
+
+/// The string in front of all items.
+bool readMagic(CStream* stream) {
+    if (stream->left() < int64_t(sizeof(int)) + magicBytes || stream->readInt() != magicBytes)
+        return false;
+    char text[magicBytes + 1] = {};
+    stream->read(text, magicBytes);
+    return CStr(text) == "QVF";
+}
+
+void clearProject(const Project& project) {
+    project.ui->clearWindows();
+    project.ui->windows = WindowRecords();
+    project.host->clear();
+    project.mixer->clear();
+    CQV* host = project.host;
+    for (Shared<int>* binding : {&host->ctrlStart, &host->ctrlStop, &host->ctrlRewind,
+                                 &host->ctrlRecord, &host->ctrlTempo})
+        *binding = -1;
+    host->loop = 1;
+}
+
+void abandon(const Project& project) {
+    clearProject(project);
+    project.host->init();
+    project.host->projectFile = "";
+    project.mixer->init();
+}
+
+} // namespace
+
+LoadResult readProject(const Project& project, CStream* stream) {
+    if (!readMagic(stream)) return LoadResult::notProject;
+    CQV* host = project.host;
+    const Standstill still(host);
+    clearProject(project);
+    Reading reading(project, stream);
+    try {
+        reading.readItems();
+    } catch (const std::exception&) {
+        reading.tellWhereItEnded();
+        abandon(project);
+        return LoadResult::abandoned;
+    }
+    reading.finish();
+    host->update(updateLoaded);
+    return LoadResult::good;
+}
+
+void showProjectWindows(const Project& project) {
+    CQV* host = project.host;
+    const auto open = [](CComp* c) {
+        if (c->editorStruct.visible) c->edit(true);
+    };
+    project.ui->showPages();
+    for (auto* list : {&host->comps, &host->sends}) {
+        for (auto* c : each<CComp>(*list)) {
+            open(c);
+            c->eachInsert(open);
+        }
+    }
+    if (host->mapStruct.visible) host->editMap(nullptr);
+    if (host->settings.getInt("savePosAndSize", 0)) project.ui->placeMainWindow();
+}

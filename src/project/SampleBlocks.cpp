@@ -1,0 +1,178 @@
+#include "project/SampleBlocks.h"
+
+#include "audiofiles/CSample.h"
+#include "base/Numbers.h"
+#include "base/OpenBlock.h"
+#include "base/Paths.h"
+#include "engine/CQV.h"
+#include "project/ItemView.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+enum Storage : int { storageMemory = 0, storageFile = 1 };
+constexpr unsigned char placeAudioFolder = 0, placeFullPath = 0xFF;
+constexpr float usualRate = 44100.0f, highestRate = 384000.0f;
+
+/// By its name alone, since the file may be missing.
+bool belongsToAudioFolder(const CSample* sample, CQV* host) {
+    if (host->audioFolder.empty() || host->projectFile.empty()) return false;
+    return sameText(extractFilePath(sample->filename), addSep(host->expectedAudioFolder()));
+}
+
+void writeFormat(CStream* stream, const CSample* sample) {
+    stream->writeStr(sample->filename);
+    stream->writeFloat(sample->rate);
+    for (const int v :
+         {sample->bits, sample->chs, int(sample->streamed ? storageFile : storageMemory)})
+        stream->writeByte(static_cast<unsigned char>(v));
+}
+
+/// Frames in memory as they are stored: little-endian, 32 bits as floats.
+void writeFrames(CStream* stream, const CSample* sample) {
+    constexpr int piece = 4096;
+    std::vector<unsigned char> bytes(size_t(piece) * size_t(sample->frameBytes));
+    std::vector<float> floats(size_t(piece) * size_t(sample->chs));
+    for (int at = 0; sample->data && at < sample->frames; at += piece) {
+        const int n = std::min(piece, sample->frames - at), size = n * sample->frameBytes;
+        if (sample->bigEndian && sample->bits == 32) {
+            sample->readFrames(at, n, floats.data());
+            stream->write(floats.data(), size);
+            continue;
+        }
+        sample->readBytes(at, n, bytes.data());
+        swapToNative(sample->coding(), bytes.data(), int64_t(n) * sample->chs);
+        stream->write(bytes.data(), size);
+    }
+}
+
+void writeRecord2(CStream* stream, const CSample* sample, CQV* host) {
+    writeFormat(stream, sample);
+    stream->writeByte(sample->fixedPitch ? 1 : 0);
+    if (sample->streamed) {
+        stream->writeByte(belongsToAudioFolder(sample, host) ? placeAudioFolder : placeFullPath);
+        return;
+    }
+    stream->writeInt(sample->data ? int(sample->frames) : 0);
+    writeFrames(stream, sample);
+}
+
+void writeRecord(CStream* stream, const CSample* sample) {
+    writeFormat(stream, sample);
+    if (sample->streamed)
+        stream->writeByte(placeFullPath);
+    else
+        writeFrames(stream, sample);
+}
+
+/// What both forms begin with.
+struct Record {
+    std::unique_ptr<CSample> sample;
+    int storage = 0;
+};
+
+Record readFormat(ItemView& item) {
+    Record record;
+    record.sample = std::make_unique<CSample>();
+    CSample& sample = *record.sample;
+    sample.filename = item.readStr();
+    const float stored = item.readFloat();
+    const float rate = std::isfinite(stored) ? fLimit(stored, 1.0f, highestRate) : usualRate;
+    const int bits = item.readByte(), chs = item.readByte();
+    sample.setFormat(int(rate), bits, chs);
+    sample.rate = rate;
+    sample.invRate = 1.0f / rate;
+    record.storage = item.readByte();
+    sample.streamed = record.storage == storageMemory ? 0 : 1;
+    return record;
+}
+
+bool isPlainFile(const CStr& path) {
+    std::error_code failed;
+    return std::filesystem::is_regular_file(path.asChar(), failed);
+}
+
+void openFile(CSample& sample, bool inAudioFolder, CQV* host) {
+    if (inAudioFolder && !host->audioFolder.empty() && !host->projectFile.empty())
+        sample.filename = addSep(host->expectedAudioFolder()) + extractFileName(sample.filename);
+    const CStr path = sample.filename;
+    if (isPlainFile(path)) sample.open(path);
+}
+
+/// False when the item has fewer frames than it says.
+bool readFrames(ItemView& item, CSample& sample) {
+    const int frames = item.readInt();
+    const int64_t bytes = int64_t(frames) * sample.frameBytes;
+    if (item.tooShort || frames < 0 || !item.has(bytes)) return false;
+    if (frames == 0) return true;
+    auto* data = static_cast<unsigned char*>(std::malloc(size_t(bytes)));
+    if (!data) return false;
+    item.read(data, int(bytes));
+    sample.takeData(data, frames);
+    return true;
+}
+
+void addToPool(std::unique_ptr<CSample> sample, CQV* host) {
+    host->samples.add(sample.release());
+}
+
+bool readRecord2(ItemView& item, CQV* host) {
+    Record record = readFormat(item);
+    record.sample->fixedPitch = item.readByte() != 0;
+    if (record.storage == storageFile) {
+        const bool inside = item.readByte() == placeAudioFolder;
+        if (!item.tooShort) openFile(*record.sample, inside, host);
+    } else if (record.storage == storageMemory && !readFrames(item, *record.sample)) {
+        item.skipRest();
+        return false;
+    }
+    if (item.tooShort) return false;
+    addToPool(std::move(record.sample), host);
+    return true;
+}
+
+bool readRecord(ItemView& item, CQV* host) {
+    Record record = readFormat(item);
+    record.sample->fixedPitch = true;
+    if (record.storage == storageMemory) {
+        if (!item.tooShort) item.skipRest();
+        return false;
+    }
+    if (record.storage == storageFile) item.readByte();
+    if (item.tooShort) return false;
+    if (record.storage == storageFile) openFile(*record.sample, false, host);
+    addToPool(std::move(record.sample), host);
+    return true;
+}
+
+} // namespace
+
+void writeSamples2(CStream* stream, CQV* host) {
+    const OpenBlock block(stream, "samples2");
+    stream->writeInt(host->samples.getCount());
+    for (const auto* sample : each<CSample>(host->samples)) writeRecord2(stream, sample, host);
+}
+
+void writeSamples(CStream* stream, CQV* host) {
+    const OpenBlock block(stream, "samples");
+    stream->writeInt(host->samples.getCount());
+    for (const auto* sample : each<CSample>(host->samples)) writeRecord(stream, sample);
+}
+
+void readSamples2(ItemView& item, CQV* host) {
+    const int count = item.readInt();
+    for (int i = 0; i < count; ++i)
+        if (!readRecord2(item, host)) return;
+}
+
+void readSamples(ItemView& item, CQV* host) {
+    const int count = item.readInt();
+    for (int i = 0; i < count; ++i)
+        if (!readRecord(item, host)) return;
+}
