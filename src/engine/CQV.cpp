@@ -223,6 +223,17 @@ void CQV::finishTake() {
     recUndo = nullptr;
 }
 
+void CQV::endTake() {
+    {
+        const GraphHold hold(this);
+        recording = 0;
+        click->countIn = 0;
+        update(updateTransport);
+    }
+    if (recUndo) return finishTake();
+    for (CComp* c : each<CComp>(comps)) c->afterRec();
+}
+
 void CQV::idleRender() {
     if (renderPending || !renderCallback) return;
     const GraphHold hold(this);

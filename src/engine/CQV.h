@@ -120,6 +120,8 @@ public:
     void setTempo(float bpm);
     /// Makes a call now, or at the start of the next block if that has to wait (see above).
     void onTransport(const TransportCall& call);
+    /// Ends a take at once and closes its step. Interface thread.
+    void endTake();
     void startSynced();
     void stopSynced();
     void setPosSynced(double ticks);

@@ -103,14 +103,14 @@ void UndoHost::undoClear() {
 
 void UndoHost::undoClicked(CObject*) {
     settle();
-    if (qv->recording || undoIndex < 0) return;
+    if (qv->recording || recUndo || undoIndex < 0) return;
     auto* u = static_cast<CUndo*>(undoList.items(undoIndex--));
     queue(u, opUndone);
 }
 
 void UndoHost::redoClicked(CObject*) {
     settle();
-    if (qv->recording || undoIndex + 1 >= undoList.getCount()) return;
+    if (qv->recording || recUndo || undoIndex + 1 >= undoList.getCount()) return;
     auto* u = static_cast<CUndo*>(undoList.items(++undoIndex));
     queue(u, opRedone);
 }

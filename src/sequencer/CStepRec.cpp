@@ -40,6 +40,7 @@ void CStepRec::idle(CSeq* seq) {
     if (!part) return;
     CSongTrack* on = songTrack;
     if (!on || seq->partToSongTrack(part) != on) return setPart(nullptr, nullptr);
+    if (seq->host->undoBusy()) return;
     RecEvent e;
     while (on->track->recQueue->take(e)) {
         if (noteOn(e.msg)) {

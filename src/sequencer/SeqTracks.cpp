@@ -136,6 +136,7 @@ void eachComp(CComp* tree, F visit) {
 } // namespace
 
 void CSeq::removeTrack(CTrack* track, CUndo* undo) {
+    if (track->armed) host->endTake();
     const auto strip = [&](CComp* to) {
         removeCables<CMIDICable>(to->midiCables, undo, [&](CMIDICable* cable) {
             return track->outPorts.contains(cable->fromPort) ||

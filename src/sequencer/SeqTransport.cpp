@@ -308,7 +308,7 @@ void CSeqProg::midiReceived(CSongTrack* songTrack, double tick, int msg, void*, 
     RecEvent e{tick, tick, msg};
     if (looping && noteOn(msg) && tick >= double(rightLocator) - upbeatTicks) {
         const CPart* part = track->recPart;
-        e.tick = part ? part->pos : leftLocator;
+        e.tick = part ? asMax(part->pos, leftLocator) : leftLocator;
     }
     const bool inSteps = seq->stepRec.takesFrom(songTrack) && (noteOn(msg) || noteOff(msg));
     const bool soon = host->framesToTicks(host->click->countIn) <= quarterTicks;
