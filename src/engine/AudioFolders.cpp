@@ -45,10 +45,8 @@ CStr AudioFolders::expectedAudioFolder() const {
 CStr AudioFolders::getAudioFolder(bool create, bool, bool none) {
     if (none || projectFile.empty()) return "";
     const CStr folder = expectedAudioFolder();
-    if (isPlainName(audioFolder)) return folder;
-    if (!create || !createDir(folder)) return "";
-    audioFolder = folderName();
-    return folder;
+    if (create && createDir(folder)) audioFolder = folderName();
+    return isPlainName(audioFolder) ? folder : CStr();
 }
 
 CStr AudioFolders::getTempAudioFolder() const {
@@ -65,7 +63,7 @@ CStr AudioFolders::newSampleFolder(bool* inTemp) {
     if (inTemp) *inTemp = temp;
     if (temp) return getTempAudioFolder();
     const CStr folder = getAudioFolder(true, false, false);
-    return createDir(folder) ? folder : CStr();
+    return folderExists(folder) ? folder : CStr();
 }
 
 CStr AudioFolders::requireSampleFilename(const CStr& like, bool* inTemp) {
