@@ -10,15 +10,12 @@
 /// A song that records; at 120 beats a minute and 48000 Hz a block lasts ten ticks to the frame.
 struct TakeFixture : SongFixture {
     static constexpr int rate = 48000, block = 250, blockTicks = 10;
-
-    std::string folder;
+    std::string folder = "/tmp/takesXXXXXX";
 
     TakeFixture() {
-        std::string name = "/tmp/takesXXXXXX";
-        folder = mkdtemp(name.data());
+        host.tempAudioFolder = mkdtemp(folder.data());
         host.setFrames(block);
         host.setRate(rate);
-        host.tempAudioFolder = folder.c_str();
         host.loop = prog()->loop = 0;
         host.click->enabled = 0;
     }
@@ -53,7 +50,6 @@ struct TakeFixture : SongFixture {
     void end() {
         host.stop();
         play(1);
-        idle();
     }
     CPart* partOf(CSongTrack* on, int index = 0) {
         return static_cast<CPart*>(on->parts.items(index));
@@ -62,5 +58,16 @@ struct TakeFixture : SongFixture {
         prog()->leftLocator = left;
         prog()->rightLocator = right;
         host.loop = prog()->loop = 1;
+    }
+    /// All that happened since is one step, which leads back and forth exactly.
+    void expectOneStep(const std::string& before) {
+        const std::string after = dump(seq);
+        const int steps = host.undoIndex;
+        EXPECT_EQ(host.undoText(), CStr("Record"));
+        undo();
+        EXPECT_EQ(dump(seq), before);
+        redo();
+        EXPECT_EQ(dump(seq), after);
+        EXPECT_EQ(host.undoIndex, steps);
     }
 };
