@@ -76,6 +76,7 @@ private:
     void readChannelEvent(int status, int first);
 
     void needTrack();
+    void setChannel(int channel);
     void needPart();
     void addNote(int data);
     void setNoteOff(int status, int note);
@@ -106,6 +107,7 @@ private:
     int tick = 0;
     int64_t carried = 0; ///< delta of skipped system events
     int running = 0;
+    int prefix = -1; ///< channel told before there was a track, -1 none
 
     CSongTrack* songTrack;     ///< that the present chunk goes to
     CMIDIPart* part = nullptr; ///< linked when its chunk ends, the last of 512 at the very end
@@ -168,6 +170,16 @@ void Importer::needTrack() {
     if (songTrack) return;
     songTrack = seq->addTrack(trackMIDI, prog, undo);
     usedTracks.push_back(songTrack);
+    if (prefix >= 0) songTrack->track->channel = short(prefix);
+    prefix = -1;
+}
+
+/// Ours and many others name the channel in front of what makes the track.
+void Importer::setChannel(int channel) {
+    if (songTrack)
+        songTrack->track->channel = short(channel);
+    else
+        prefix = channel;
 }
 
 void Importer::needPart() {
@@ -265,7 +277,7 @@ Importer::Step Importer::readMeta() {
     if (type == metaTimesig && length >= 2) readTimesig();
     if (type == metaChannel && length >= 1) {
         const int channel = byte();
-        if (channel < 16 && songTrack && !ranOut) songTrack->track->channel = short(channel);
+        if (channel < 16 && !ranOut) setChannel(channel);
     }
     skip(int(end - stream.getPos()));
     return Step::next;
@@ -320,6 +332,7 @@ bool Importer::readTrack(int64_t end) {
     tick = 0;
     carried = 0;
     running = 0;
+    prefix = -1;
     Step step = Step::next;
     while (step == Step::next && !ranOut && stream.getPos() < end) {
         step = readEvent();

@@ -1,0 +1,185 @@
+#include "sequencer/MidiExport.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/MidiBytes.h"
+#include "sequencer/CSMF.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/NewFile.h"
+#include "sequencer/Points.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+constexpr int maxKey = 127;
+constexpr float drumVelocities = 126.0f;
+
+struct Range {
+    int from, to; ///< ticks, without `to`
+};
+
+struct Message {
+    int tick, data;
+};
+
+Range rangeOf(CSeq* seq) {
+    int left = 0, right = 0;
+    seq->getLoopSection(left, right);
+    if (seq->getLoop() && left < right) return {left, right};
+    return {0, seq->renderDuration()};
+}
+
+/// Calls `write(delta, point)` for the points of the range, and for that which its start lies
+/// behind.
+template <class Point, class F>
+void eachPoint(const CList& points, const Range& range, F&& write) {
+    int last = 0;
+    const Point* before = nullptr;
+    const auto put = [&](const Point* point) {
+        const int tick = std::max(0, int(point->pos) - range.from);
+        write(tick - last, point);
+        last = tick;
+    };
+    for (const auto* point : each<Point>(points)) {
+        if (point->pos <= range.from) {
+            before = point;
+            continue;
+        }
+        if (before) put(before);
+        before = nullptr;
+        if (point->pos < range.to) put(point);
+    }
+    if (before) put(before);
+}
+
+void writeTempos(CSMF& file, CSeq* seq, const Range& range) {
+    const CList& points = seq->getProg()->tempos;
+    if (points.empty()) return file.writeTempoTrack(asInt(double(seq->host->tempo)));
+    file.writeStartOfTrack();
+    eachPoint<CTempoPart>(points, range, [&](int delta, const CTempoPart* point) {
+        file.writeTempo(delta, asInt(double(point->getTempo())));
+    });
+    file.writeEndOfTrack();
+}
+
+void writeTimesigs(CSMF& file, CSeq* seq, const Range& range) {
+    const CList& points = seq->getProg()->timesigs;
+    if (points.empty()) {
+        int num = 4, den = 4;
+        seq->getTimeSig(num, den);
+        return file.writeTimesigTrack(num, den);
+    }
+    file.writeStartOfTrack();
+    eachPoint<CTimesigPart>(points, range, [&](int delta, const CTimesigPart* point) {
+        file.writeTimesig(delta, point->getNum(), point->getDen());
+    });
+    file.writeEndOfTrack();
+}
+
+/// What a track plays within a range, relative to its start.
+class TrackMessages {
+public:
+    TrackMessages(CTrack* from, const Range& within) : track(from), range(within) {}
+
+    void add(CPart* part);
+    void write(CSMF& file);
+
+private:
+    void addNote(int tick, int message, int length, int end);
+    void addDrum(int tick, const CDrumEvent* event, int end);
+    void addMessage(int tick, const CMIDIEvent* event, int end);
+
+    CTrack* track;
+    Range range;
+    std::vector<Message> starts, noteOffs;
+};
+
+/// A note at the end, where part or range is over, is not heard.
+void TrackMessages::addNote(int tick, int message, int length, int end) {
+    if (tick == end) return;
+    const int off = int(std::min<int64_t>(int64_t(tick) + std::max(1, length), end));
+    starts.push_back({tick - range.from, message});
+    noteOffs.push_back({off - range.from, asData(message, asByte1(message), 0)});
+}
+
+void TrackMessages::addDrum(int tick, const CDrumEvent* event, int end) {
+    const int key = event->sound + firstDrumKey;
+    if (key > maxKey) return;
+    const int velocity = asInt(double(event->velocity * drumVelocities + 1.0f));
+    addNote(tick, track->setCh(asData(midiNoteOn, key, asMinMax(velocity, 1, 127))), event->length,
+            end);
+}
+
+void TrackMessages::addMessage(int tick, const CMIDIEvent* event, int end) {
+    if (noteOn(event->data))
+        addNote(tick, track->setCh(event->data), event->length, end);
+    else
+        starts.push_back({tick - range.from, event->data});
+}
+
+void TrackMessages::add(CPart* part) {
+    const int partEnd = saturate(int64_t(part->pos) + track->seq->getTicks(part));
+    int64_t clock = int64_t(part->pos) + part->offset;
+    for (CBaseEvent* e = part->getEvents(); e; e = e->next) {
+        clock += e->delta;
+        const int tick = saturate(clock);
+        const int end = std::min(partEnd, range.to);
+        if (tick < std::max(int(part->pos), range.from) || tick > end) continue;
+        if (part->type == partDrum)
+            addDrum(tick, static_cast<CDrumEvent*>(e), end);
+        else
+            addMessage(tick, static_cast<CMIDIEvent*>(e), end);
+    }
+}
+
+/// The file puts the newest of one tick first: so messages keep their order by going in backward,
+/// and note-offs, which come last, stand before the notes that begin at their tick.
+void TrackMessages::write(CSMF& file) {
+    const auto earlier = [](const Message& a, const Message& b) { return a.tick < b.tick; };
+    std::stable_sort(starts.begin(), starts.end(), earlier);
+    std::stable_sort(noteOffs.begin(), noteOffs.end(), earlier);
+    for (auto m = starts.rbegin(); m != starts.rend(); ++m) file.addEvent(m->tick, m->data);
+    for (const Message& m : noteOffs) file.addEvent(m.tick, m.data);
+    file.writeTrack();
+}
+
+void writeSongTrack(CSMF& file, CSongTrack* songTrack, const Range& range) {
+    CTrack* track = songTrack->track;
+    TrackMessages messages(track, range);
+    file.writeStartOfTrack();
+    if (track->channel >= 0) file.writeMIDICh(track->channel);
+    file.writeTrackName(track->id);
+    for (CPart* part : each<CPart>(songTrack->parts)) messages.add(part);
+    messages.write(file);
+    file.writeEndOfTrack();
+}
+
+bool isExported(CSongTrack* songTrack, bool anySolo) {
+    const int kind = songTrack->track->kind;
+    if (kind != trackMIDI && kind != trackDrum) return false;
+    return !songTrack->muted() && (!anySolo || songTrack->soloed());
+}
+
+void writeSong(CSMF& file, CSeq* seq) {
+    CSeqProg* prog = seq->getProg();
+    const Range range = rangeOf(seq);
+    bool anySolo = false;
+    for (const auto* t : each<CSongTrack>(prog->tracks)) anySolo = anySolo || t->soloed();
+    writeTempos(file, seq, range);
+    writeTimesigs(file, seq, range);
+    for (auto* t : each<CSongTrack>(prog->tracks))
+        if (isExported(t, anySolo)) writeSongTrack(file, t, range);
+}
+
+} // namespace
+
+MidiExport exportMIDIFile(CSeq* seq, const CStr& path) {
+    if (!seq->getProg()) return MidiExport::notCreated;
+    NewFile target(path);
+    CSMF file(target.path());
+    if (!file.isOpen()) return MidiExport::notCreated;
+    writeSong(file, seq);
+    return file.close() && target.commit() ? MidiExport::good : MidiExport::noRoom;
+}
