@@ -180,7 +180,8 @@ void CSample::create(CStr path) {
     fp = std::fopen(filename.asChar(), "w+b");
     if (!fp) return;
     streamed = 1;
-    bigEndian = filename.upperCase().pos(".AIF") >= 0;
+    const bool aiff = filename.upperCase().pos(".AIF") >= 0;
+    if (bigEndian != aiff) bigEndian = aiff; // a take that comes to its file now packs frames already
     dataStart = bigEndian ? aiffHeaderBytes : wavHeaderBytes;
     frames = 0;
     headerDone = false;
