@@ -6,6 +6,7 @@
 #include "instruments/CLayer.h"
 #include "instruments/CSynthProg.h"
 #include "sequencer/AudioVoices.h"
+#include "sequencer/ClipTimes.h"
 #include "support/RtTrap.h"
 
 #include <cmath>
@@ -411,4 +412,62 @@ TEST(AudioPlayback, ADeletedDrumTakesItsEventsAlong) {
     f.host.undoClear(); // frees the sound, which may still play
     f.device.run(4);
     EXPECT_EQ(f.drums->track->drumLayer()->sounds.getCount(), 4);
+}
+
+/// At 120 beats a minute a second is 1920 ticks; the ranges hold 44100 frames.
+TEST(AudioPlayback, TellsWhichFrameStandsWhere) {
+    AudioFixture f;
+    CAudioEvent* own = f.clip(f.sine(50000, 440));
+    own->start = 1000;
+    own->end = 45099;
+    CPart* part = f.place(f.songTrack, 0, own);
+    EXPECT_EQ(sampleAsTicks(&f.host, own), 1920);
+    EXPECT_EQ(sampleAsTicks2(f.seq, own, 0), 1920);
+    EXPECT_EQ(posAsFrames3(own, 960, 1920, 120), 1000 + 22050);
+    EXPECT_EQ(posAsFrames3(own, 960, 1920, 60), 1000 + 44100);
+    int from = 0, to = 0;
+    ASSERT_TRUE(getAudioSelection(f.seq, part, 960, 480, from, to));
+    EXPECT_EQ(std::make_pair(from, to), std::make_pair(1000 + 11025, 1000 + 22050));
+    own->reverse = 1;
+    ASSERT_TRUE(getAudioSelection(f.seq, part, 480, 960, from, to));
+    EXPECT_EQ(std::make_pair(from, to), std::make_pair(46099 - 23050, 46099 - 12025));
+    own->semitones = 12;
+    EXPECT_EQ(sampleAsTicks(&f.host, own), 960);
+    own->mode = playStretch;
+    own->ticks = 3840;
+    EXPECT_EQ(sampleAsTicks2(f.seq, own, 0), 3840);
+    EXPECT_EQ(posAsFrames3(own, 960, 3840, 120), 1000 + 11025);
+}
+
+/// Of a part with several clips only those that are selected change, of others all; one step.
+TEST(AudioPlayback, SettingsReachTheChosenClips) {
+    AudioFixture f;
+    CSample* s = f.sine(1000, 440);
+    CPart* several = f.place(f.songTrack, 0, f.clip(s));
+    CAudioEvent* chosen = f.clip(s);
+    chosen->flags = eventSelected;
+    several->addEvent(100, chosen);
+    CPart* single = f.place(f.songTrack, 9600, f.clip(s));
+    static_cast<CAudioPart*>(single)->multiclip = 0;
+    const auto change = [&] {
+        f.step([&](CUndo* undo) {
+            EXPECT_EQ(setClips(f.seq, ClipSetting::semitones, 500, undo), single->selected());
+        });
+    };
+    const auto tuning = [](CPart* part) {
+        std::vector<int> list;
+        for (CBaseEvent* e = part->getEvents(); e; e = e->next)
+            list.push_back(static_cast<CAudioEvent*>(e)->semitones);
+        return list;
+    };
+    f.seq->selectTrack(f.songTrack, true);
+    change();
+    EXPECT_EQ(tuning(several), (std::vector<int>{0, 0}));
+    several->setSelected(true);
+    single->setSelected(true);
+    change();
+    EXPECT_EQ(tuning(several), (std::vector<int>{0, 120}));
+    EXPECT_EQ(tuning(single), (std::vector<int>{120}));
+    f.undo();
+    EXPECT_EQ(tuning(several), (std::vector<int>{0, 0}));
 }

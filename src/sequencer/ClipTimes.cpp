@@ -1,0 +1,106 @@
+#include "sequencer/ClipTimes.h"
+
+#include "audiofiles/CSample.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "sequencer/AudioVoices.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/TempoMap.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace {
+
+constexpr double semitonesPerOctave = 12.0;
+constexpr float maxSemitones = 120.0f, maxFadeMs = 1e6f;
+
+/// Frames of the sample that pass in a second, as the clip is tuned; at least 1.
+double sourceRate(const CAudioEvent* e) {
+    const double pitch = (e->semitones + double(e->fine)) / semitonesPerOctave;
+    return std::max(1, asInt(double(e->sample->rate) * std::exp2(pitch)));
+}
+
+double range(const CAudioEvent* e) {
+    return double(e->end) - e->start + 1;
+}
+
+int frameAt(const CAudioEvent* e, double framesIn) {
+    return saturate(asInt64(double(e->start) + framesIn));
+}
+
+void set(CAudioEvent* e, ClipSetting setting, float value) {
+    switch (setting) {
+    case ClipSetting::semitones:
+        e->semitones = asRound(double(fLimit(value, -maxSemitones, maxSemitones)));
+        break;
+    case ClipSetting::fine:
+        e->fine = fLimit(value, -1.0f, 1.0f);
+        break;
+    case ClipSetting::fadeIn:
+        e->fadeInMs = fLimit(value, 0.0f, maxFadeMs);
+        break;
+    case ClipSetting::fadeOut:
+        e->fadeOutMs = fLimit(value, 0.0f, maxFadeMs);
+        break;
+    }
+}
+
+} // namespace
+
+int sampleAsTicks(CQV* host, const CAudioEvent* e) {
+    if (!e->sample) return 0;
+    if (e->mode != playRepitch) return e->ticks;
+    const double seconds = range(e) / sourceRate(e);
+    return asRound(seconds * double(host->tempo) * ticksPerSecondPerBpm);
+}
+
+int sampleAsTicks2(CSeq* seq, const CAudioEvent* e, int tick) {
+    if (!e->sample) return 0;
+    if (e->mode != playRepitch) return e->ticks;
+    return asRound(seq->framesToTicks(tick, range(e), asInt(sourceRate(e))));
+}
+
+int posAsFrames2(const CAudioEvent* e, int ticks, int total) {
+    return frameAt(e, total > 0 ? range(e) * ticks / total : 0.0);
+}
+
+int posAsFrames3(const CAudioEvent* e, int ticks, int total, float tempo) {
+    if (e->mode != playRepitch) return posAsFrames2(e, ticks, total);
+    if (!e->sample || !(tempo > 0.0f)) return e->start;
+    return frameAt(e, ticks * sourceRate(e) / (double(tempo) * ticksPerSecondPerBpm));
+}
+
+bool getAudioSelection(CSeq* seq, CPart* part, int fromTick, int toTick, int& from, int& to) {
+    const auto* e = static_cast<const CAudioEvent*>(part->getEvents());
+    if (!e || !e->sample || part->type != partAudio) return false;
+    const auto frames = [&](int tick) {
+        return frameAt(e, seq->ticksToFrames(part->pos, tick, asInt(double(e->sample->rate))));
+    };
+    from = asMinMax(frames(std::min(fromTick, toTick)), e->start, e->end);
+    to = asMinMax(frames(std::max(fromTick, toTick)), e->start, e->end);
+    if (!e->reverse) return true;
+    const int mirrored = saturate(int64_t(e->start) + e->end - to);
+    to = saturate(int64_t(e->start) + e->end - from);
+    from = mirrored;
+    return true;
+}
+
+bool setClips(CSeq* seq, ClipSetting setting, float value, CUndo* undo) {
+    std::vector<CPart*> done; // ghosts share their master
+    for (auto* songTrack : each<CSongTrack>(seq->selectedTracks))
+        for (auto* part : each<CPart>(songTrack->parts)) {
+            CPart* content = part->content();
+            if (part->type != partAudio || !part->selected()) continue;
+            if (std::find(done.begin(), done.end(), content) != done.end()) continue;
+            done.push_back(content);
+            CPart* edited = content->copy(0);
+            const bool several = static_cast<CAudioPart*>(content)->multiclip != 0;
+            for (CBaseEvent* e = edited->getEvents(); e; e = e->next)
+                if (!several || (e->flags & eventSelected))
+                    set(static_cast<CAudioEvent*>(e), setting, value);
+            swapUndoPart(undo, content, edited);
+        }
+    return !done.empty();
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+class CPart;
+class CQV;
+class CSeq;
+class CUndo;
+struct CAudioEvent;
+
+/// How long clips last, and which of their frames stand where. Interface thread.
+
+/// Ticks that the range of a clip lasts when it begins at `tick`: at the host's tempo, or by the
+/// song's tempo points. In the modes that follow the tempo these are its `ticks`. 0 without a
+/// sample.
+int sampleAsTicks(CQV* host, const CAudioEvent* event);
+int sampleAsTicks2(CSeq* seq, const CAudioEvent* event, int tick);
+
+/// The frame of the sample that is heard `ticks` into a clip that lasts `total` ticks, counted from
+/// the front of its range also in a reversed one: by shares of the range.
+int posAsFrames2(const CAudioEvent* event, int ticks, int total);
+/// The same by the clip's mode: in the modes that follow the tempo by shares, else at `tempo` beats
+/// a minute.
+int posAsFrames3(const CAudioEvent* event, int ticks, int total, float tempo);
+
+/// The frames of the first clip of an audio part that lie between two ticks of the part, in the
+/// order of the sample, cut to its range. False without a clip.
+bool getAudioSelection(CSeq* seq, CPart* part, int fromTick, int toTick, int& from, int& to);
+
+enum class ClipSetting { semitones, fine, fadeIn, fadeOut };
+
+/// Records that a setting of the clips that are chosen changes to `value`: all clips of selected
+/// audio parts on selected tracks, of a part with several the selected ones. Semitones within 120
+/// to either side, fine within 1, fades in milliseconds from 0 on. False when there are none.
+bool setClips(CSeq* seq, ClipSetting setting, float value, CUndo* undo);
