@@ -181,7 +181,8 @@ void CSample::create(CStr path) {
     if (!fp) return;
     streamed = 1;
     const bool aiff = filename.upperCase().pos(".AIF") >= 0;
-    if (bigEndian != aiff) bigEndian = aiff; // a take that comes to its file now packs frames already
+    if (bigEndian != aiff)
+        bigEndian = aiff; // a take that comes to its file now packs frames already
     dataStart = bigEndian ? aiffHeaderBytes : wavHeaderBytes;
     frames = 0;
     headerDone = false;

@@ -87,19 +87,13 @@ void TrackTake::link(CPart* part, CUndo* step) {
     seq()->update(updateParts);
 }
 
-/// Before the first change of a part that was there: a copy takes over, and the step keeps what
-/// was.
+/// Before the first change of a part that was there: the step keeps a copy, to swap it in.
 void TrackTake::keepContent(CUndo* step) {
     if (swapped) return;
     swapped = true;
     CPart* content = track->recPart->content();
-    CPart* edited = content->copy();
-    swapUndoPart(step, content, edited);
+    swapUndoPart(step, content, content->copy());
     step->lastItem->linked = true;
-    seq()->edits.add([content, edited, song = seq()] {
-        content->swap(edited);
-        song->contentSwapped(content);
-    });
 }
 
 int TrackTake::tickOf(double songTick) const {

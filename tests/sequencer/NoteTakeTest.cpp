@@ -98,7 +98,7 @@ TEST(NoteTake, OverdubsThePartAtItsStart) {
         into->offset = -20;
         into->setSelected(true);
         const std::string before = dump(f.seq);
-        const std::multimap<int, int> keys = script("5+60 12-60 96+60 99-60");
+        const std::multimap<int, int> keys = script("5+60 12-60 20+61 22-61 96+60 99-60");
         std::vector<int> heard;
         f.begin(1920);
         for (int i = 0; i < 102; i++) {
@@ -108,8 +108,9 @@ TEST(NoteTake, OverdubsThePartAtItsStart) {
                 if (noteOn(e->data)) heard.push_back(i * 10 + asByte1(e->data) / 60);
         }
         f.end();
-        EXPECT_EQ(heard, (std::vector<int>{51, 70, 100, 680, 961})) << "1: by hand";
-        EXPECT_EQ(text(into), "1920-960 70:60+70 95:50+240 125:50+240 700:50+240 980:60+30 ");
+        EXPECT_EQ(heard, (std::vector<int>{51, 70, 100, 201, 680, 961})) << "1: by hand";
+        EXPECT_EQ(text(into),
+                  "1920-960 70:60+70 95:50+240 125:50+240 220:61+20 700:50+240 980:60+30 ");
         f.expectOneStep(before);
     }
 }
