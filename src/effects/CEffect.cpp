@@ -89,6 +89,24 @@ CEffectProg* CEffect::getProg() {
     return static_cast<CEffectProg*>(progs.items(curProg));
 }
 
+int CEffect::getDelay() {
+    const CEffectProg* prog = getProg();
+    if (!prog) return 0;
+    int frames = 0;
+    for (const auto* fx : each<CFX>(prog->effects))
+        if (fx->enabled) frames += fx->latency();
+    return frames;
+}
+
+/// Programs and effects are switched in many ways, so the sum is looked at here.
+void CEffect::idle() {
+    CComp::idle();
+    const int now = getDelay();
+    if (now == toldDelay) return;
+    toldDelay = now;
+    host->update(updateDelays);
+}
+
 void CEffect::process(int frames) {
     const ProcessGuard guard(this);
     if (!guard.enter) return;

@@ -28,6 +28,9 @@ public:
     void setFrames(int frames) override;
     void setRate(double rate) override;
     void process(int frames) override;
+    /// That of the effects that are on in the current program.
+    int getDelay() override;
+    void idle() override;
     /// `paramPower` and `paramWet` alone; `numParams` does not count them.
     void setParam(int index, float value) override;
     CStr paramName(int index) override;
@@ -72,6 +75,8 @@ public:
     void openProg(const CStr& path);
 
 private:
+    int toldDelay = 0; ///< that the delay compensation was last asked for
+
     template <class F>
     void eachEffect(F&& visit);
     bool runChain(const CEffectProg& prog, int frames, int offset);

@@ -200,3 +200,27 @@ TEST(CEffect, IsEditedWhileItPlays) {
     f.block(64);
     messageHooks().pumpIdle = nullptr;
 }
+
+/// A rack with an amplifier is late, so that what sounds beside it waits; switched off it is not.
+TEST(CEffect, ItsLatencyIsCompensated) {
+    StripFixture t(64);
+    SignalComp* dry = t.addSignal();
+    dry->left = [](long at) { return at == 128 ? 0.5f : 0.0f; };
+    SignalComp* other = t.addSignal();
+    other->left = other->right = [](long) { return 0.0f; };
+    auto* rack = new CEffect(t.host);
+    t.addInsert(other->output(), rack);
+    rack->addGuitarAmp();
+    rack->curProg = 1;
+    CFX* amp = static_cast<CFX*>(rack->getProg()->effects.getFirst());
+    for (bool on : {true, false}) {
+        amp->setEnabled(on);
+        t.host->idle();
+        t.run(2);
+        EXPECT_EQ(t.host->pdcInDelay, on ? 23 : 0);
+        t.forget();
+        dry->at = 128;
+        t.run(1);
+        EXPECT_NEAR(t.left[on ? 23 : 0], 0.5f, 1e-4f) << on;
+    }
+}

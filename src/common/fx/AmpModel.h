@@ -14,14 +14,17 @@ enum AmpCleanParameter { cleanBass, cleanMid, cleanTreble, cleanVolume };
 enum AmpCrunchParameter { crunchDrive, crunchBass, crunchTreble, crunchTopCut, crunchVolume };
 enum AmpDirtyParameter { dirtyDrive, dirtyBass, dirtyMid, dirtyTreble, dirtyPresence, dirtyVolume };
 
+/// Frames by which every amplifier is late, at any rate.
+constexpr int ampLatency = 23;
+
 /// A new amplifier of an `AmpType` at 44,100 Hz with default parameters, which the caller owns and
 /// gives to `Overloud_destroy`. Null for another type.
 void* Overloud_create(int type);
 /// Null is let through, here and in the calls below.
 void Overloud_destroy(void* amp);
 /// `frames` samples of 1 or 2 `channels`; the output may be the input and is overwritten. Any cut
-/// of a signal into blocks gives the same, 23 frames late. Input that is not finite counts as
-/// silence; the output is finite always.
+/// of a signal into blocks gives the same, `ampLatency` frames late. Input that is not finite
+/// counts as silence; the output is finite always.
 void Overloud_process(void* amp, const float** in, float** out, int channels, int frames);
 /// Frames a second, kept within 8,000 to 768,000; forgets the past. May allocate.
 void Overloud_setfrequency(void* amp, float hz);

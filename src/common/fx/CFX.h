@@ -47,6 +47,8 @@ public:
     virtual void setEnabled(int on);
     /// Forgets the past. Holder of the graph only.
     virtual void clear();
+    /// Frames by which the output is late.
+    virtual int latency() const { return 0; }
 
     void setDry(float value) { dry = value; }
     void setWet(float value) { wet = value; }

@@ -22,6 +22,7 @@ public:
     /// input with the output afterwards.
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
+    int latency() const override { return ampLatency; }
 
     void setChannel(int value) { store(channel, value, 0, ampTypes - 1); }
     void setThreshold(float value) { store(threshold, value, 0.0f, 1.0f); }
