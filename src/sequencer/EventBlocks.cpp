@@ -13,7 +13,7 @@ namespace {
 
 constexpr int intBytes = 4;
 constexpr int midiBytes = 9, noteBytes = intBytes; ///< of an event, and more of a note
-constexpr int audioBytes = 80, shortAudioBytes = 69, oldAudioBytes = 55;
+constexpr int audioBytes = 80, shortAudioBytes = 69, oldAudioBytes = 51;
 constexpr int drumBytes = 11, drumParamBytes = 5;
 constexpr int pointBytes = 14;
 constexpr int dataBits = 0x7F7FFF; ///< of a message
