@@ -1,6 +1,8 @@
 #include "base/Process.h"
 
 #include <cerrno>
+#include <chrono>
+#include <csignal>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <system_error>
@@ -30,13 +32,17 @@ bool spawn(const CStringList& argv, pid_t& pid) {
     return error == 0;
 }
 
-int waitForExit(pid_t pid) {
+int exitStatus(int status) {
     constexpr int signalBase = 128;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : signalBase + WTERMSIG(status);
+}
+
+int waitForExit(pid_t pid) {
     int status = 0;
     while (waitpid(pid, &status, 0) < 0) {
         if (errno != EINTR) return exitNotFound;
     }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : signalBase + WTERMSIG(status);
+    return exitStatus(status);
 }
 
 bool openByDesktop(const CStr& target) {
@@ -52,6 +58,22 @@ bool openByDesktop(const CStr& target) {
 int runProcess(const CStringList& argv) {
     pid_t pid = 0;
     return spawn(argv, pid) ? waitForExit(pid) : exitNotFound;
+}
+
+int runProcess(const CStringList& argv, const std::function<bool()>& goOn) {
+    constexpr auto pause = std::chrono::milliseconds(10);
+    pid_t pid = 0;
+    if (!spawn(argv, pid)) return exitNotFound;
+    int status = 0;
+    for (pid_t ended = 0; ended != pid; ended = waitpid(pid, &status, WNOHANG)) {
+        if (ended < 0 && errno != EINTR) return exitNotFound;
+        if (!goOn()) {
+            kill(pid, SIGTERM);
+            return waitForExit(pid);
+        }
+        std::this_thread::sleep_for(pause);
+    }
+    return exitStatus(status);
 }
 
 bool startProcess(const CStringList& argv) {

@@ -3,12 +3,16 @@
 #include "base/CStr.h"
 #include "base/CStringList.h"
 
+#include <functional>
+
 /// Outside programs are started by an argument vector, whose first is the program, found through
 /// PATH. They see no open files of ours but the standard three.
 
 /// Runs a program to its end and returns its exit status: 127 if it cannot be started, 128 and the
 /// signal if one ended it.
 int runProcess(const CStringList& argv);
+/// The same; asks `goOn` a hundred times a second, and ends the program once that says false.
+int runProcess(const CStringList& argv, const std::function<bool()>& goOn);
 /// Starts a program and goes on; false if it cannot be started.
 bool startProcess(const CStringList& argv);
 
