@@ -81,6 +81,7 @@ CPhaser::CPhaser(float hz, int frames) : CFX(hz, frames) {
 }
 
 void CPhaser::clear() {
+    phasePos = 0.0;
     lastL = lastR = 0.0f;
     std::fill_n(zL, maxStages, 0.0f);
     std::fill_n(zR, maxStages, 0.0f);

@@ -139,12 +139,16 @@ CReverb::CReverb(float hz, int frames) : CFX(hz, frames) {
     for (int i = 0; i < modCount; i++) {
         modLines[i].SetNomDelay(lengths[i]);
         modLines[i].SetModDepth(modulation);
-        modLines[i].phase = double(i * phaseStep) / 360.0;
         modLines[i].incr = modulationHz / double(rate);
     }
     for (int i = 0; i < plainLineCount; i++) plainLines[i].SetMaxDelay(lengths[modCount + i]);
     preDelayLine.SetMaxDelay(preDelayFrames);
+    startModulation();
     CReverb::setRate(hz);
+}
+
+void CReverb::startModulation() {
+    for (int i = 0; i < modCount; i++) modLines[i].phase = double(i * phaseStep) / 360.0;
 }
 
 void CReverb::setRate(float hz) {
@@ -164,6 +168,7 @@ void CReverb::suspend() {
     for (MDelayLine& line : plainLines) line.Suspend();
     for (MLPF1a& filter : filters) filter.Suspend();
     preDelayLine.Suspend();
+    startModulation();
 }
 
 void CReverb::setSize(int ms) {

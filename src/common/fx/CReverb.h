@@ -50,6 +50,7 @@ public:
 
 private:
     struct Chunk;
+    void startModulation();
 
     Shared<int> clearRequest{0};
 
