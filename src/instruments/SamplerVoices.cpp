@@ -21,7 +21,9 @@ int CSampler::freezed(COutputChannel*) {
     return feedsFrozen();
 }
 
+/// A render plays what was frozen itself.
 bool CSampler::feedsFrozen() {
+    if (host->renderMode) return false;
     for (auto* cable : each<CMIDICable>(midiCables)) {
         const CList* items = cable->fromPort ? cable->fromPort->freezeItems : nullptr;
         if (!items) continue;
@@ -48,8 +50,12 @@ void CSampler::process(int frames) {
     if (!guard.enter) return;
     mergeMIDI(frames);
     takeGuiKeys();
-    frozen = !host->renderMode && feedsFrozen();
-    if (frozen) return;
+    frozen = feedsFrozen();
+    if (frozen) {
+        allNotesOff();
+        fxDone = true; // the file holds them
+        return;
+    }
 
     int offset = 0;
     CMIDIQ* port = inPort();

@@ -1,11 +1,13 @@
 #include "sequencer/CRender.h"
 
 #include "audiofiles/CSample.h"
+#include "base/CIniFile.h"
 #include "base/Numbers.h"
 #include "base/Random.h"
 #include "engine/CQV.h"
 #include "engine/DelayCompensation.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/SilentGraph.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,17 +31,19 @@ public:
         while (host->makeStretcher()) {
         }
         host->setPos(startTick);
-        dropVoices();
         host->framesPlayed = 0;
+        workOutLatency();
+        silenceGraph(host);
         seedRand(renderSeed);
     }
     ~RenderState() {
         host->stop();
         settle();
-        dropVoices();
         host->renderMode = oldMode;
         host->setRate(oldRate);
         host->setPos(oldPos);
+        workOutLatency();
+        silenceGraph(host);
         host->tempo = oldTempo;
         host->tempoNow = oldTempoNow;
     }
@@ -51,10 +55,10 @@ private:
         CComp* seq = host->firstOfType(compSeq);
         return seq ? seq->getPos() : double(host->pos);
     }
-    /// Clips run out for longer than it takes to settle.
-    void dropVoices() const {
-        for (CComp* c : each<CComp>(host->comps))
-            if (c->type == compSeq) static_cast<CSeq*>(c)->dropVoices();
+    /// A track that is frozen plays its events in a render, so it has another latency there.
+    void workOutLatency() {
+        host->update(updateDelays);
+        settle();
     }
     /// One block, in which a stop is served and what still sounds is silenced.
     void settle() {
@@ -79,6 +83,44 @@ float clipped(float v) {
 } // namespace
 
 CRender::CRender(CQV* host, CComp* component) : qv(host), comp(component) {
+}
+
+namespace {
+
+const char* const settingsSection = "render";
+
+/// A choice as it lies in the settings file.
+struct Setting {
+    const char* key;
+    int CRender::*field;
+    int low, high, step; ///< what is allowed: `low`, and on in steps
+};
+
+const Setting settings[] = {
+    {"source", &CRender::rangeMode, rangeSong, rangeSelected, 1},
+    {"bits", &CRender::bits, 16, 32, 8},
+    {"channels", &CRender::chs, 1, 2, 1},
+    {"rate", &CRender::rate, 8000, 192000, 1},
+    {"ext", &CRender::format, renderWav, renderMp3, 1},
+    {"bitrate", &CRender::bitrate, 32, 320, 1},
+    {"multitrack", &CRender::multiTrack, 0, 1, 1},
+};
+
+} // namespace
+
+void CRender::readSettings() {
+    if (!qv->settingsEnabled) return;
+    for (const Setting& s : settings) {
+        const int value = iniReadInt(settingsSection, s.key, this->*s.field);
+        if (value >= s.low && value <= s.high && (value - s.low) % s.step == 0)
+            this->*s.field = value;
+    }
+}
+
+void CRender::writeSettings() const {
+    if (!qv->settingsEnabled) return;
+    CIniFile file(inifile);
+    for (const Setting& s : settings) file.writeInteger(settingsSection, s.key, this->*s.field);
 }
 
 void CRender::setTarget(COutputChannel* channel, CSample* file) {
@@ -123,11 +165,11 @@ void CRender::write(Target& target, int n) {
     target.written += count;
 }
 
-void CRender::captureAll(CList* outputs, int n, bool mix) {
+void CRender::captureAll(CList* captured, int n, bool mix) {
     std::fill_n(left.begin(), n, 0.0f);
     std::fill_n(right.begin(), n, 0.0f);
     for (Target& t : targets) {
-        if (outputs->indexed(t.channel) < 0) continue;
+        if (captured->indexed(t.channel) < 0) continue;
         capture(t, n, mix);
         if (!mix) write(t, n);
     }
@@ -144,17 +186,17 @@ void CRender::runPreRoll() {
 }
 
 /// Brings the end of the range, which the latency of a channel has kept back.
-void CRender::runTail(CList* outputs) {
+void CRender::runTail(CList* captured) {
     const auto owes = [&](const Target& t) {
-        return outputs->indexed(t.channel) >= 0 && t.written < framesWritten;
+        return captured->indexed(t.channel) >= 0 && t.written < framesWritten;
     };
     while (std::any_of(targets.begin(), targets.end(), owes)) {
         runBlock(qv->frames);
-        captureAll(outputs, qv->frames, false);
+        captureAll(captured, qv->frames, false);
     }
 }
 
-void CRender::run(double lengthTicks, CList* outputs, bool mix, RenderProgress* follower) {
+void CRender::run(double lengthTicks, CList* captured, bool mix, RenderProgress* follower) {
     for (Target& t : targets) {
         t.skip = mix ? 0 : latencyOf(t.channel);
         t.written = 0;
@@ -165,28 +207,28 @@ void CRender::run(double lengthTicks, CList* outputs, bool mix, RenderProgress* 
         const int n = asMinMax(asInt(qv->ticksToFrames(rest)), 1, qv->frames);
         runBlock(n);
         framesWritten += n;
-        captureAll(outputs, n, mix);
+        captureAll(captured, n, mix);
         rest -= qv->framesToTicks(n);
         progress = float((lengthTicks - rest) / lengthTicks);
         if (follower && !follower->onRender(progress)) cancelled = true;
     }
-    if (!mix && !cancelled) runTail(outputs);
+    if (!mix && !cancelled) runTail(captured);
 }
 
-void CRender::process(double startTick, double lengthTicks, CList* outputs, bool mix,
+void CRender::process(double startTick, double lengthTicks, CList* captured, bool mix,
                       RenderProgress* follower) {
-    if (outputs->getCount() == 0 || targets.empty()) return;
+    if (captured->getCount() == 0 || targets.empty()) return;
     GraphHold hold(qv);
     cancelled = false;
     progress = 0.0f;
     framesWritten = 0;
     left.assign(size_t(qv->frames), 0.0f);
     right.assign(size_t(qv->frames), 0.0f);
-    for (COutputChannel* ch : each<COutputChannel>(*outputs)) ch->holdL = ch->holdR = 0.0f;
     {
         RenderState state(qv, rate, startTick);
+        for (COutputChannel* ch : each<COutputChannel>(*captured)) ch->holdL = ch->holdR = 0.0f;
         qv->start();
-        run(lengthTicks, outputs, mix, follower);
+        run(lengthTicks, captured, mix, follower);
     }
     progress = 1.0f;
     for (Target& t : targets) {

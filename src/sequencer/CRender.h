@@ -2,6 +2,7 @@
 
 #include "base/CList.h"
 #include "base/CObject.h"
+#include "base/CStr.h"
 
 #include <cstdint>
 #include <vector>
@@ -19,27 +20,51 @@ public:
     virtual bool onRender(float done) = 0;
 };
 
+/// What is rendered of the song.
+enum RenderRange : int { rangeSong = 0, rangeLocators = 1, rangeSelected = 2 };
+
+/// What it is written as; MP3 by the outside tool `lame`.
+enum RenderFormat : int { renderWav = 0, renderAiff = 1, renderMp3 = 2 };
+
 /// Renders the song offline: pulls blocks through the whole engine as fast as they come and writes
-/// the captured channels to files. Loops and browser previews stay out.
+/// the captured channels to files. Loops and browser previews stay out. It also keeps what the user
+/// has chosen; RenderExport.h drives it by that.
 class CRender : public CObject {
 public:
     CQV* qv;
-    CComp* comp; ///< what is rendered, normally the sequencer
-    bool cancelled = false;
-    int rate = 44100; ///< frames per second
+    CComp* comp;            ///< what is rendered, normally the sequencer
+    CStr folder, filename;  ///< of the export: several files go to `folder`
+    CList outputs;          ///< of COutputChannel, not owned: the channels to capture
+    bool cancelled = false; ///< by the last `process`
+    int rangeMode = rangeSong;
+    int start = 0; ///< ticks
+    int format = renderWav;
+    int rate = 44100;  ///< frames per second, 8000 to 192000
+    int chs = 2;       ///< 1 or 2
+    int bits = 16;     ///< 16, 24 or 32
+    int bitrate = 128; ///< of MP3, kilobits per second, 32 to 320
     float progress = 0.0f;
+    int multiTrack = 0;        ///< 1: a file for each selected track and each send bus
+    bool mixToOne = true;      ///< all `outputs` are summed into one file
     int64_t framesWritten = 0; ///< of each file, by the last `process`
 
     CRender(CQV* host, CComp* component);
 
+    /// The choices in section "render" of the settings file. What is out of range there becomes the
+    /// default.
+    void readSettings();
+    void writeSettings() const;
+    void setFilename(const CStr& name) { filename = name; }
+
     /// The file that a channel is written to, in its own format, opened and owned by the caller.
     void setTarget(COutputChannel* channel, CSample* file);
-    /// Renders `lengthTicks` from `startTick` on. `outputs` lists the captured COutputChannels;
+    void clearTargets() { targets.clear(); }
+    /// Renders `lengthTicks` from `startTick` on. `captured` lists COutputChannels;
     /// their peak holds are cleared first. With `mix` they are summed into the first file, else
     /// each goes to its own. The latency of what is captured is left out. `follower` may be null.
     /// Interface thread; takes the graph for the whole time, stops the transport before, and puts
-    /// rate, tempo and position back.
-    void process(double startTick, double lengthTicks, CList* outputs, bool mix,
+    /// rate, tempo and position back. Before and after it the graph is silent.
+    void process(double startTick, double lengthTicks, CList* captured, bool mix,
                  RenderProgress* follower);
 
 private:
@@ -51,11 +76,11 @@ private:
     };
     int64_t hostLatency() const;
     int64_t latencyOf(COutputChannel* channel) const;
-    void run(double lengthTicks, CList* outputs, bool mix, RenderProgress* follower);
+    void run(double lengthTicks, CList* captured, bool mix, RenderProgress* follower);
     void runPreRoll();
-    void runTail(CList* outputs);
+    void runTail(CList* captured);
     void runBlock(int n);
-    void captureAll(CList* outputs, int n, bool mix);
+    void captureAll(CList* captured, int n, bool mix);
     void capture(const Target& target, int n, bool mix);
     void write(Target& target, int n);
 

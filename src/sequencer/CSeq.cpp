@@ -89,7 +89,8 @@ void CSeq::doUpdate(int code) {
     update(updateParts);
 }
 
-void CSeq::perform(CUndoItem* item, int) {
+void CSeq::perform(CUndoItem* item, int op) {
+    constexpr int opDone = 1;
     CObject* object = item->object;
     if (!object) return;
     if (item->replaced) return contentSwapped(static_cast<CPart*>(object));
@@ -100,7 +101,21 @@ void CSeq::perform(CUndoItem* item, int) {
         else
             songTrackMoved(object, list);
         lanesMoved(list);
+        freezeMoved(item, list, op != opDone);
     }
+}
+
+/// A freeze file comes or goes. One that was taken out dies with the history, one that comes back
+/// may be what the saved project plays.
+void CSeq::freezeMoved(CUndoItem* step, const CList* list, bool back) {
+    eachSongTrack([&](CSongTrack* songTrack) {
+        if (list != &songTrack->freezeItems) return;
+        CSample* sample = static_cast<CFreezeItem*>(step->object)->sample;
+        if (step->held()) sample->keep = false;
+        if (!step->held() && back) sample->keep = true;
+        if (songTrack->voices) songTrack->voices->drop(sample);
+        songTrack->requests.ask(requestSetup | requestFlush);
+    });
 }
 
 void CSeq::contentSwapped(CPart* part) {
@@ -219,7 +234,7 @@ void CSeq::getTimeSig(int& num, int& den) {
 
 int CSeq::freezed(COutputChannel* channel) {
     CSeqProg* prog = getProg();
-    if (!prog) return 0;
+    if (!prog || host->renderMode) return 0; // a render plays what was frozen itself
     for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
         if (songTrack->track->output() != channel) continue;
         for (auto* item : each<CFreezeItem>(songTrack->freezeItems))

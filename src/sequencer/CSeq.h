@@ -242,6 +242,7 @@ private:
     void partMoved(CPart* part, const CList* list);
     void songTrackMoved(CObject* object, const CList* list);
     void lanesMoved(const CList* list);
+    void freezeMoved(CUndoItem* step, const CList* list, bool back);
     void purgeSelection();
     void bindLinks();
     void linkEnds(CTrack* track);

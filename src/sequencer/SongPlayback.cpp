@@ -458,7 +458,7 @@ void CSongTrack::process(int frames, int offset) {
         playBlock(block);
         playNoteOffs(block);
     }
-    if (!freezeItems.empty()) track->fxDone = true;
+    if (!freezeItems.empty() && !host->renderMode) track->fxDone = true;
     if (voices) voices->render(frames, offset);
 }
 

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "sequencer/CRender.h"
+
+class CSeq;
+
+/// Who shows an export. All on the interface thread.
+class RenderUi : public RenderProgress {
+public:
+    virtual void onStatus(const CStr&) {} ///< "Processing...", "Encoding..."
+};
+
+/// Hands progress on, and ends a render whose file takes no more.
+class DiskWatch : public RenderProgress {
+public:
+    explicit DiskWatch(RenderProgress* follower) : next(follower) {} ///< null for nobody
+    bool onRender(float done) override;
+
+private:
+    RenderProgress* next;
+};
+
+enum class RenderResult {
+    good,
+    cancelled,
+    nothing,    ///< no time or no track to render
+    notCreated, ///< a file cannot be made
+    noRoom,     ///< a file takes no more
+    notEncoded, ///< there is no MP3, though all else went well
+};
+
+/// From tick to tick.
+struct RenderSpan {
+    int from = 0, to = 0;
+};
+
+/// What `render.rangeMode` means in the song's current program.
+RenderSpan renderSpan(const CRender& render, CSeq* seq);
+
+/// Renders by the choices of `render`: to `render.filename`, whose extension becomes that of the
+/// format, or with `multiTrack` to `render.folder`, a file for each selected track with parts and
+/// each send bus, at the running rate. `render.outputs` becomes what was captured; while it is
+/// empty the host's audio outs are mixed. `ui` may be null.
+///
+/// A file stands under its name only when it is complete, and replaces what was there only then.
+/// But a WAV or AIFF that was cancelled, or has no time to render, stays as far as it got, with a
+/// right header, where nothing stood before.
+///
+/// What goes wrong is shown: "Nothing to export", "Could not create file " and "Could not write
+/// file " with the name, "Nothing to render", and for a missing encoder "Could not encode file -
+/// make sure mp3 encoder is installed properly". Interface thread; takes the graph.
+RenderResult exportSong(CRender& render, CSeq* seq, RenderUi* ui);

@@ -1,0 +1,111 @@
+#include "sequencer/RenderScope.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/RenderExport.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+constexpr int maxNameBytes = 100;
+
+/// What a name may give to a file's name.
+CStr fileNameOf(const CStr& name) {
+    CStr safe = name.sub(0, maxNameBytes);
+    for (int i = 0; i < safe.length(); i++) {
+        const auto c = static_cast<unsigned char>(safe[i]);
+        if (c < ' ' || c == '/' || c == '\\') safe.buffer()[i] = '_';
+    }
+    return safe;
+}
+
+class Numbering {
+public:
+    std::vector<TrackOutput> outputs;
+
+    void add(COutputChannel* channel, const char* kind, const CStr& name) {
+        char number[16];
+        std::snprintf(number, sizeof number, "%02d_", int(outputs.size()) + 1);
+        outputs.push_back({channel, CStr(number) + kind + fileNameOf(name)});
+    }
+};
+
+/// From the start of the first selected part to the end of the last one.
+RenderSpan selectedSpan(CSeq* seq) {
+    CList parts;
+    seq->getProg()->getSelectedParts(&parts);
+    RenderSpan span{maxTicks, 0};
+    for (auto* part : each<CPart>(parts)) {
+        span.from = std::min(span.from, int(part->pos));
+        span.to = std::max(span.to, saturate(int64_t(part->pos) + seq->getTicks(part)));
+    }
+    return span;
+}
+
+} // namespace
+
+std::vector<std::pair<CComp*, COutputChannel*>> channelsOf(CTrack* track) {
+    std::vector<std::pair<CComp*, COutputChannel*>> found;
+    if (track->kind == trackAudio || track->kind == trackDrum) {
+        if (track->output()) found.emplace_back(track, track->output());
+        return found;
+    }
+    const CMIDIQ* port = track->outPort();
+    for (CComp* c : each<CComp>(track->host->comps)) {
+        bool fed = false;
+        for (const auto* cable : each<CMIDICable>(c->midiCables))
+            fed = fed || (port && cable->fromPort == port);
+        if (!fed) continue;
+        for (auto* ch : each<COutputChannel>(c->outputs)) found.emplace_back(c, ch);
+    }
+    return found;
+}
+
+std::vector<TrackOutput> trackOutputs(CSeq* seq) {
+    Numbering numbering;
+    for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks)) {
+        CTrack* track = songTrack->track;
+        if (!track->selected() || songTrack->parts.empty()) continue;
+        for (const auto& [comp, channel] : channelsOf(track))
+            numbering.add(channel, "track_", track->id);
+    }
+    for (auto* bus : each<CComp>(seq->host->sends))
+        for (auto* channel : each<COutputChannel>(bus->outputs))
+            numbering.add(channel, "fx_", bus->id);
+    return std::move(numbering.outputs);
+}
+
+RenderSpan renderSpan(const CRender& render, CSeq* seq) {
+    RenderSpan span{0, render.comp->renderDuration()};
+    if (!seq->getProg()) return {};
+    if (render.rangeMode == rangeLocators) seq->getLoopSection(span.from, span.to);
+    if (render.rangeMode == rangeSelected) span = selectedSpan(seq);
+    return span;
+}
+
+SelectedOnly::SelectedOnly(CSeq* sequencer, bool active) {
+    if (!active || !sequencer->getProg()) return;
+    for (auto* t : each<CSongTrack>(sequencer->getProg()->tracks)) {
+        trackFlags.emplace_back(t, t->flags.load());
+        t->setMuted(false);
+        t->setSoloed(false);
+        for (auto* part : each<CPart>(t->parts)) {
+            partMutes.emplace_back(part, part->muted());
+            part->setMuted(!part->selected());
+        }
+    }
+}
+
+SelectedOnly::~SelectedOnly() {
+    for (const auto& [t, flags] : trackFlags) {
+        t->setMuted(flags & songTrackMuted);
+        t->setSoloed(flags & songTrackSoloed);
+    }
+    for (const auto& [part, muted] : partMutes) {
+        part->setMuted(muted);
+        part->setSelected(false);
+    }
+}
