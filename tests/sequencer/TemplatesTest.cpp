@@ -2,6 +2,8 @@
 
 #include "SongFixture.h"
 #include "engine/CompTypes.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CLayer.h"
 
 namespace {
 
@@ -28,6 +30,12 @@ std::string lines(SongFixture& song) {
         for (auto* part : each<CPart>(t->parts))
             text += std::string(part->selected() ? " selected " : " ") + part->getId().asChar() +
                     " part " + std::to_string(part->length);
+        if (const CLayer* kit = track->drumLayer())
+            for (auto* drum : each<CDrumSound>(kit->sounds))
+                text += std::string(" ") + drum->getId().asChar() + std::to_string(drum->group);
+        for (auto* channel : each<COutputChannel>(track->outputs))
+            for (auto* insert : each<CComp>(channel->inserts))
+                text += std::string(" insert ") + insert->id.asChar();
         text += '\n';
     }
     return text;
@@ -45,6 +53,7 @@ std::string times(int n, const std::string& first, const std::string& name,
 TEST(Templates, HoldWhatTheyAreNamedFor) {
     enterCompType(compSampler, [](CQV* root) -> CComp* { return new TestSynth(root); });
     const std::string lane = std::string(" lane ") + COutputChannel::paramName(0).asChar();
+    const std::string kit = " kick0 snare0 clap0 hat-close1 hat-open1";
     struct Case {
         void (*create)(CSeq*);
         std::string tracks;
@@ -62,8 +71,11 @@ TEST(Templates, HoldWhatTheyAreNamedFor) {
          8, 0, 0, 0, 0},
         {createPortaStudioProject, times(8, " selected" + lane, "Audio ", lane), 0, 8, 8, 0, 0},
         {createDrumAndBassProject,
-         "Drum selected Drum part 3840\nInstrument lane Velocity MIDI part 3840\n", 2, 0, 2, 1, 0},
-        {createGuitaristProject, "Drum Drum part 3840\nGuitar" + lane + "\n", 1, 1, 2, 0, 1},
+         "Drum selected Drum part 3840" + kit + "\nInstrument lane Velocity MIDI part 3840\n", 2, 0,
+         2, 1, 0},
+        {createGuitaristProject,
+         "Drum Drum part 3840" + kit + "\nGuitar" + lane + " insert Guitar Amp insert Reverb\n", 1,
+         1, 2, 0, 1},
     };
     for (const Case& c : cases) {
         SongFixture song;
