@@ -16,6 +16,8 @@ namespace {
 
 /// Renders of one project are equal byte for byte, so chance begins anew with each.
 constexpr unsigned renderSeed = 1;
+/// Frames by which a sum of ticks may fall short of what it stands for.
+constexpr double countNoise = 1e-6;
 
 /// Makes the host a renderer for a while: transport stopped, rate and start position set; and puts
 /// everything back.
@@ -204,7 +206,7 @@ void CRender::run(double lengthTicks, CList* captured, bool mix, RenderProgress*
     if (mix) runPreRoll();
     double rest = lengthTicks;
     while (asInt(rest) > 0 && !cancelled) {
-        const int n = asMinMax(asInt(qv->ticksToFrames(rest)), 1, qv->frames);
+        const int n = asMinMax(asInt(qv->ticksToFrames(rest) + countNoise), 1, qv->frames);
         runBlock(n);
         framesWritten += n;
         captureAll(captured, n, mix);
