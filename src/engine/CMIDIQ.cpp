@@ -3,10 +3,27 @@
 #include "base/Numbers.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <new>
 
-CMIDIQ::CMIDIQ(CComp* owner) {
+namespace {
+
+// Not `new CMIDIBytes[n]`: that would touch every page, and most ports carry a few events.
+CMIDIBytes* zeroEvents() {
+    void* events = std::calloc(CMIDIQ::capacity, sizeof(CMIDIBytes));
+    if (!events) throw std::bad_alloc();
+    return static_cast<CMIDIBytes*>(events);
+}
+
+} // namespace
+
+CMIDIQ::CMIDIQ(CComp* owner) : events(zeroEvents()) {
     category = categoryPort;
     comp = owner;
+}
+
+CMIDIQ::~CMIDIQ() {
+    std::free(events);
 }
 
 CInputPort::CInputPort(CComp* owner) : CMIDIQ(owner) {

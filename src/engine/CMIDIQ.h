@@ -31,9 +31,12 @@ public:
     static constexpr int maxEvents = capacity - 1; ///< the last slot stays free
 
     explicit CMIDIQ(CComp* owner);
+    ~CMIDIQ() override;
+    CMIDIQ(const CMIDIQ&) = delete;
+    CMIDIQ& operator=(const CMIDIQ&) = delete;
 
     int count = 0;
-    CMIDIBytes events[capacity];
+    CMIDIBytes* const events; ///< owned; `capacity` of them, in zero pages until they are used
     CList* freezeItems = nullptr; ///< of CFreezeItem: of the track behind an output port; not owned
     /// Activity light of the port: 1 when something passed, 0.15 less at each idle pass.
     Shared<float> hasData{0.0f};
