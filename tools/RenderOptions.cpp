@@ -63,9 +63,10 @@ bool takeName(const char* text, RenderOptions& options) {
 bool checked(const RenderOptions& options, CStr& error) {
     if (options.bits != 16 && options.bits != 24 && options.bits != 32)
         error = "--bits takes 16, 24 or 32";
-    else if (options.output.empty())
+    else if (options.output.empty() &&
+             (options.save.empty() || options.input.empty() != options.demo))
         error = usage();
-    else if (extractFileExt(options.output).lowerCase() != ".wav")
+    else if (!options.output.empty() && extractFileExt(options.output).lowerCase() != ".wav")
         error = options.output + ": can only write .wav";
     return error.empty();
 }
@@ -74,7 +75,8 @@ bool checked(const RenderOptions& options, CStr& error) {
 
 const char* usage() {
     return "usage: sondrava-render [--rate N] [--block N] [--bits 16|24|32] [--start TICKS] "
-           "[--length TICKS] [--tail SECONDS] [--stats] INPUT.mid|--demo OUTPUT.wav";
+           "[--length TICKS] [--tail SECONDS] [--stats] [--save FILE.qv] "
+           "INPUT.qv|INPUT.mid|--demo [OUTPUT.wav]";
 }
 
 bool parseOptions(int argc, char** argv, RenderOptions& options, CStr& error) {
@@ -86,6 +88,10 @@ bool parseOptions(int argc, char** argv, RenderOptions& options, CStr& error) {
                 error = CStr(word) + ": not a fitting number: " + text;
                 return false;
             }
+        } else if (std::strcmp(word, "--save") == 0) {
+            options.save = ++i < argc ? argv[i] : "";
+            if (options.save.empty()) error = "--save: name missing";
+            if (options.save.empty()) return false;
         } else if (std::strcmp(word, "--stats") == 0) {
             options.stats = true;
         } else if (std::strcmp(word, "--demo") == 0) {

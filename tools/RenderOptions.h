@@ -12,7 +12,8 @@ struct RenderOptions {
     double tail = 0.0;    ///< seconds after the end
     bool stats = false;
     bool demo = false;
-    CStr input, output;
+    CStr input, output; ///< `output` may be empty where there is something to save
+    CStr save;          ///< a project file to write, empty for none
 };
 
 /// Reads the command line; false, with what is wrong in `error`.

@@ -5,8 +5,11 @@
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "data/demosong/DemoSong.h"
+#include "engine/CMixer.h"
 #include "engine/CQV.h"
 #include "project/CompTable.h"
+#include "project/ProjectFile.h"
+#include "project/ProjectUi.h"
 #include "project/SongSounds.h"
 #include "sequencer/CRender.h"
 #include "sequencer/CSeq.h"
@@ -18,9 +21,11 @@
 #include <cctype>
 #include <cstdio>
 #include <ctime>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <sys/resource.h>
+#include <system_error>
 
 namespace {
 
@@ -60,6 +65,11 @@ CStr problem(MidiSongResult result) {
     default:
         return lastMessage;
     }
+}
+
+bool isRegularFile(const CStr& path) {
+    std::error_code failed;
+    return std::filesystem::is_regular_file(path.asChar(), failed);
 }
 
 /// What a render is measured by.
@@ -128,16 +138,44 @@ CStr renderFile(CQV* host, CSeq* seq, const RenderOptions& options, Figures& fig
     return "";
 }
 
-CStr renderSong(CQV* host, const RenderOptions& options, Figures& figures) {
-    CSeq* seq = nullptr;
+CStr openMidi(CQV* host, const CStr& path) {
+    return problem(openMidiSong(addSequencer(host), path));
+}
+
+/// A project that was read in spite of damage goes on after a line about that.
+CStr openProjectFile(const Project& project, const CStr& path) {
+    if (!isRegularFile(path)) return "cannot be opened";
+    const LoadResult result = openProject(project, path, false);
+    if (result == LoadResult::notProject) return "is no project";
+    if (result == LoadResult::abandoned) return lastMessage;
+    if (!lastMessage.empty()) fail(path + ": " + lastMessage);
+    return "";
+}
+
+CStr openSong(const Project& project, const RenderOptions& options) {
     if (options.demo) {
-        seq = buildDemoSong(host);
-    } else {
-        seq = addSequencer(host);
-        const CStr wrong = problem(openMidiSong(seq, options.input));
-        if (!wrong.empty()) return options.input + ": " + wrong;
+        buildDemoSong(project.host);
+        return "";
     }
+    const bool midi = extractFileExt(options.input).lowerCase() != ".qv";
+    const CStr wrong =
+        midi ? openMidi(project.host, options.input) : openProjectFile(project, options.input);
+    return wrong.empty() ? wrong : options.input + ": " + wrong;
+}
+
+CStr renderSong(CQV* host, const RenderOptions& options, Figures& figures) {
+    auto* seq = static_cast<CSeq*>(host->firstOfType(compSeq));
+    CComp* out = host->getAudioOut();
+    if (!seq || !out || !out->output()) return options.input + ": has no song that sounds";
     return renderFile(host, seq, options, figures);
+}
+
+CStr work(const Project& project, const RenderOptions& options, Figures& figures) {
+    CStr error = openSong(project, options);
+    if (!error.empty()) return error;
+    if (!options.save.empty() && !saveProject(project, options.save))
+        return options.save + ": " + lastMessage;
+    return options.output.empty() ? CStr() : renderSong(project.host, options, figures);
 }
 
 } // namespace
@@ -157,7 +195,12 @@ int main(int argc, char** argv) {
     host->setRate(options.rate);
     host->init();
     Figures figures;
-    error = renderSong(host.get(), options, figures);
+    {
+        CMixer mixer(host.get());
+        mixer.init();
+        ProjectUi noWindows;
+        error = work({host.get(), &mixer, &noWindows}, options, figures);
+    }
     figures.cpuSeconds = cpuSeconds();
     host.reset();
     if (!error.empty()) return fail(error);
