@@ -31,6 +31,7 @@ const NumberOption numberOptions[] = {
     {"--rate", 8000, 192000, true, [](RenderOptions& o, double v) { o.rate = int(v); }},
     {"--block", 1, 16384, true, [](RenderOptions& o, double v) { o.block = int(v); }},
     {"--bits", 16, 32, true, [](RenderOptions& o, double v) { o.bits = int(v); }},
+    {"--bitrate", 32, 320, true, [](RenderOptions& o, double v) { o.bitrate = int(v); }},
     {"--start", 0, maxTicks, false, [](RenderOptions& o, double v) { o.start = v; }},
     {"--length", 0, maxTicks, false, [](RenderOptions& o, double v) { o.length = v; }},
     {"--tail", 0, maxTail, false, [](RenderOptions& o, double v) { o.tail = v; }},
@@ -60,14 +61,20 @@ bool takeName(const char* text, RenderOptions& options) {
     return true;
 }
 
+bool canWrite(const RenderOptions& options) {
+    if (options.tracks) return true;
+    const CStr ext = extractFileExt(options.output).lowerCase();
+    return ext == ".wav" || ext == ".aif" || ext == ".mp3" || ext == ".mid";
+}
+
 bool checked(const RenderOptions& options, CStr& error) {
     if (options.bits != 16 && options.bits != 24 && options.bits != 32)
         error = "--bits takes 16, 24 or 32";
     else if (options.output.empty() &&
              (options.save.empty() || options.input.empty() != options.demo))
         error = usage();
-    else if (!options.output.empty() && extractFileExt(options.output).lowerCase() != ".wav")
-        error = options.output + ": can only write .wav";
+    else if (!options.output.empty() && !canWrite(options))
+        error = options.output + ": can only write .wav, .aif, .mp3 and .mid";
     return error.empty();
 }
 
@@ -75,8 +82,9 @@ bool checked(const RenderOptions& options, CStr& error) {
 
 const char* usage() {
     return "usage: sondrava-render [--rate N] [--block N] [--bits 16|24|32] [--start TICKS] "
-           "[--length TICKS] [--tail SECONDS] [--stats] [--save FILE.qv] "
-           "INPUT.qv|INPUT.mid|--demo [OUTPUT.wav]";
+           "[--length TICKS] [--tail SECONDS] [--mono] [--bitrate N] [--tracks] [--stats] [--save "
+           "FILE.qv] "
+           "INPUT.qv|INPUT.mid|--demo [OUTPUT.wav|.aif|.mp3|.mid]";
 }
 
 bool parseOptions(int argc, char** argv, RenderOptions& options, CStr& error) {
@@ -92,6 +100,10 @@ bool parseOptions(int argc, char** argv, RenderOptions& options, CStr& error) {
             options.save = ++i < argc ? argv[i] : "";
             if (options.save.empty()) error = "--save: name missing";
             if (options.save.empty()) return false;
+        } else if (std::strcmp(word, "--mono") == 0) {
+            options.chs = 1;
+        } else if (std::strcmp(word, "--tracks") == 0) {
+            options.tracks = true;
         } else if (std::strcmp(word, "--stats") == 0) {
             options.stats = true;
         } else if (std::strcmp(word, "--demo") == 0) {

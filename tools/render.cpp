@@ -1,8 +1,6 @@
-#include "audiofiles/CSample.h"
 #include "base/CIniFile.h"
 #include "base/Denormals.h"
 #include "base/Messages.h"
-#include "base/Numbers.h"
 #include "base/Paths.h"
 #include "data/demosong/DemoSong.h"
 #include "engine/CMixer.h"
@@ -11,11 +9,9 @@
 #include "project/ProjectFile.h"
 #include "project/ProjectUi.h"
 #include "project/SongSounds.h"
-#include "sequencer/CRender.h"
 #include "sequencer/CSeq.h"
-#include "sequencer/Points.h"
-#include "sequencer/TempoMap.h"
 #include "tools/RenderOptions.h"
+#include "tools/SongExport.h"
 
 #include <algorithm>
 #include <cctype>
@@ -46,12 +42,6 @@ int fail(const CStr& text) {
     return 1;
 }
 
-/// Ends a render whose file takes no more.
-class DiskWatch : public RenderProgress {
-public:
-    bool onRender(float) override { return !diskWriteFailed; }
-};
-
 CStr problem(MidiSongResult result) {
     switch (result) {
     case MidiSongResult::good:
@@ -72,13 +62,6 @@ bool isRegularFile(const CStr& path) {
     return std::filesystem::is_regular_file(path.asChar(), failed);
 }
 
-/// What a render is measured by.
-struct Figures {
-    int64_t frames = 0;
-    double audioSeconds = 0.0, cpuSeconds = 0.0;
-    float peakLeft = 0.0f, peakRight = 0.0f;
-};
-
 double cpuSeconds() {
     timespec t{};
     clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
@@ -94,48 +77,6 @@ void printStats(const Figures& f) {
                 static_cast<long long>(f.frames), f.audioSeconds, f.cpuSeconds,
                 f.cpuSeconds > 0.0 ? f.audioSeconds / f.cpuSeconds : 0.0, double(f.peakLeft),
                 double(f.peakRight), usage.ru_maxrss);
-}
-
-/// Ticks to render: the range that was asked for, and the tail at the tempo of its end.
-double renderLength(CSeq* seq, const RenderOptions& options) {
-    double length = options.length;
-    if (length < 0.0) length = seq->renderDuration() - options.start;
-    if (length < 0.0) length = 0.0;
-    const int end = asInt(options.start + length);
-    const CTempoPart* point = seq->getTempoAtPos(end);
-    const float tempo = point ? point->getTempo() : float(seq->host->tempo);
-    return length + options.tail * double(tempo) * ticksPerSecondPerBpm;
-}
-
-/// Renders to the output file, which is removed again when not all of it could be written.
-CStr renderFile(CQV* host, CSeq* seq, const RenderOptions& options, Figures& figures) {
-    const double length = renderLength(seq, options);
-    if (asInt(length) < 1) return options.output + ": Nothing to render";
-    COutputChannel* out = host->getAudioOut()->output();
-    CSample file;
-    file.streamed = 1;
-    file.setFormat(options.rate, options.bits, 2);
-    file.create(options.output);
-    if (!file.validHandle()) return CStr("Could not create file ") + options.output;
-    file.writeHeader();
-    file.needsPeaks = false;
-    file.keep = false;
-
-    CRender render(host, seq);
-    render.rate = options.rate;
-    render.setTarget(out, &file);
-    CList outputs;
-    outputs.add(out);
-    diskWriteFailed = false;
-    DiskWatch watch;
-    render.process(options.start, length, &outputs, true, &watch);
-    if (diskWriteFailed) return CStr("Could not write file ") + options.output;
-    file.keep = true;
-    figures.frames = render.framesWritten;
-    figures.audioSeconds = double(render.framesWritten) / options.rate;
-    figures.peakLeft = out->holdL;
-    figures.peakRight = out->holdR;
-    return "";
 }
 
 CStr openMidi(CQV* host, const CStr& path) {
@@ -167,7 +108,7 @@ CStr renderSong(CQV* host, const RenderOptions& options, Figures& figures) {
     auto* seq = static_cast<CSeq*>(host->firstOfType(compSeq));
     CComp* out = host->getAudioOut();
     if (!seq || !out || !out->output()) return options.input + ": has no song that sounds";
-    return renderFile(host, seq, options, figures);
+    return exportByOptions(seq, options, figures, lastMessage);
 }
 
 CStr work(const Project& project, const RenderOptions& options, Figures& figures) {

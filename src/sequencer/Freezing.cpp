@@ -148,7 +148,7 @@ RenderResult Freeze::renderItems(RenderUi* ui) {
     DiskWatch watch(ui);
     diskWriteFailed = false;
     if (ui) ui->onStatus("Processing...");
-    render.process(span.from, double(span.to) - span.from, &render.outputs, false, &watch);
+    render.process(span.from, span.to - span.from, &render.outputs, false, &watch);
     if (diskWriteFailed) return notWritten(*items.front()->sample);
     return render.cancelled ? RenderResult::cancelled : RenderResult::good;
 }
@@ -194,13 +194,13 @@ void addBounced(CSeq* seq, std::unique_ptr<CSample> file, const RenderSpan& span
     CSongTrack* songTrack = seq->addTrack(trackAudio, seq->getProg(), step);
     auto* part = new CAudioPart;
     part->id = changeFileExt(extractFileName(file->filename), "");
-    part->pos = span.from;
-    part->length = span.to - span.from;
+    part->pos = asInt(span.from);
+    part->length = asInt(span.to - span.from);
     part->chs = file->chs;
     CAudioEvent* event = createAudioEvent();
     event->sample = file.get();
     event->end = file->frames - 1;
-    event->ticks = span.to - span.from;
+    event->ticks = part->length;
     part->addEvent(0, event);
     songTrack->addPart(part, step);
     step->asAdd(file.release(), &seq->host->samples);
@@ -244,7 +244,7 @@ RenderResult bounceToNewTrack(CSeq* seq, int rangeMode, RenderUi* ui) {
         const RenderFlags flags(host, false);
         const SelectedOnly only(seq, rangeMode == rangeSelected);
         if (ui) ui->onStatus("Processing...");
-        render.process(span.from, double(span.to) - span.from, &render.outputs, true, &watch);
+        render.process(span.from, span.to - span.from, &render.outputs, true, &watch);
     }
     if (diskWriteFailed) return notWritten(*file);
     if (render.cancelled) return RenderResult::cancelled;

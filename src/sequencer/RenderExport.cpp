@@ -38,7 +38,8 @@ struct ExportFile {
 /// One export from beginning to end.
 class Export {
 public:
-    Export(CRender& r, CSeq* s, RenderUi* shown) : render(r), seq(s), ui(shown) {}
+    Export(CRender& r, CSeq* s, RenderUi* shown, const RenderSpan& range)
+        : render(r), seq(s), ui(shown), span(range) {}
     RenderResult run();
 
 private:
@@ -56,6 +57,7 @@ private:
     CRender& render;
     CSeq* seq;
     RenderUi* ui;
+    const RenderSpan span;
     std::vector<std::unique_ptr<ExportFile>> files;
     std::vector<COutputChannel*> channels; ///< by file; for a mix all of the one
 };
@@ -76,7 +78,9 @@ void Export::chooseMix() {
         for (CComp* c : each<CComp>(render.qv->comps))
             if (c->type == compAudioOut && c->output()) outputs.add(c->output());
     if (outputs.empty()) return;
-    addFile(nullptr, changeFileExt(render.filename, extensions[render.format]));
+    const char* ext = extensions[render.format];
+    const bool hasExt = extractFileExt(render.filename).lowerCase() == ext;
+    addFile(nullptr, hasExt ? render.filename : changeFileExt(render.filename, ext));
     channels.clear();
     for (auto* ch : each<COutputChannel>(outputs)) channels.push_back(ch);
 }
@@ -122,7 +126,6 @@ RenderResult Export::createAll() {
 }
 
 RenderResult Export::renderAll() {
-    const RenderSpan span = renderSpan(render, seq);
     if (span.from >= span.to) {
         keepPart();
         return fail(RenderResult::nothing, "Nothing to render");
@@ -131,8 +134,7 @@ RenderResult Export::renderAll() {
     DiskWatch watch(ui);
     {
         const SelectedOnly only(seq, render.rangeMode == rangeSelected);
-        render.process(span.from, double(span.to) - span.from, &render.outputs, render.mixToOne,
-                       &watch);
+        render.process(span.from, span.to - span.from, &render.outputs, render.mixToOne, &watch);
     }
     for (const auto& file : files) file->sample.close();
     if (diskWriteFailed)
@@ -191,6 +193,6 @@ bool DiskWatch::onRender(float done) {
     return !diskWriteFailed && (!next || next->onRender(done));
 }
 
-RenderResult exportSong(CRender& render, CSeq* seq, RenderUi* ui) {
-    return Export(render, seq, ui).run();
+RenderResult exportSong(CRender& render, CSeq* seq, RenderUi* ui, const RenderSpan* span) {
+    return Export(render, seq, ui, span ? *span : renderSpan(render, seq)).run();
 }

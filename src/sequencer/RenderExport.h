@@ -31,7 +31,7 @@ enum class RenderResult {
 
 /// From tick to tick.
 struct RenderSpan {
-    int from = 0, to = 0;
+    double from = 0.0, to = 0.0;
 };
 
 /// What `render.rangeMode` means in the song's current program.
@@ -40,7 +40,8 @@ RenderSpan renderSpan(const CRender& render, CSeq* seq);
 /// Renders by the choices of `render`: to `render.filename`, whose extension becomes that of the
 /// format, or with `multiTrack` to `render.folder`, a file for each selected track with parts and
 /// each send bus, at the running rate. `render.outputs` becomes what was captured; while it is
-/// empty the host's audio outs are mixed. `ui` may be null.
+/// empty the host's audio outs are mixed. `span` counts instead of `rangeMode`. `ui` and `span` may
+/// be null.
 ///
 /// A file stands under its name only when it is complete, and replaces what was there only then.
 /// But a WAV or AIFF that was cancelled, or has no time to render, stays as far as it got, with a
@@ -49,4 +50,4 @@ RenderSpan renderSpan(const CRender& render, CSeq* seq);
 /// What goes wrong is shown: "Nothing to export", "Could not create file " and "Could not write
 /// file " with the name, "Nothing to render", and for a missing encoder "Could not encode file -
 /// make sure mp3 encoder is installed properly". Interface thread; takes the graph.
-RenderResult exportSong(CRender& render, CSeq* seq, RenderUi* ui);
+RenderResult exportSong(CRender& render, CSeq* seq, RenderUi* ui, const RenderSpan* span = nullptr);

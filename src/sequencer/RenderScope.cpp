@@ -37,12 +37,12 @@ public:
 RenderSpan selectedSpan(CSeq* seq) {
     CList parts;
     seq->getProg()->getSelectedParts(&parts);
-    RenderSpan span{maxTicks, 0};
+    int from = maxTicks, to = 0;
     for (auto* part : each<CPart>(parts)) {
-        span.from = std::min(span.from, int(part->pos));
-        span.to = std::max(span.to, saturate(int64_t(part->pos) + seq->getTicks(part)));
+        from = std::min(from, int(part->pos));
+        to = std::max(to, saturate(int64_t(part->pos) + seq->getTicks(part)));
     }
-    return span;
+    return {double(from), double(to)};
 }
 
 } // namespace
@@ -79,11 +79,11 @@ std::vector<TrackOutput> trackOutputs(CSeq* seq) {
 }
 
 RenderSpan renderSpan(const CRender& render, CSeq* seq) {
-    RenderSpan span{0, render.comp->renderDuration()};
     if (!seq->getProg()) return {};
-    if (render.rangeMode == rangeLocators) seq->getLoopSection(span.from, span.to);
-    if (render.rangeMode == rangeSelected) span = selectedSpan(seq);
-    return span;
+    if (render.rangeMode == rangeSelected) return selectedSpan(seq);
+    int from = 0, to = render.comp->renderDuration();
+    if (render.rangeMode == rangeLocators) seq->getLoopSection(from, to);
+    return {double(from), double(to)};
 }
 
 SelectedOnly::SelectedOnly(CSeq* sequencer, bool active) {

@@ -1,0 +1,77 @@
+#include "tools/SongExport.h"
+
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "engine/CQV.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/MidiExport.h"
+#include "sequencer/Points.h"
+#include "sequencer/RenderExport.h"
+#include "sequencer/TempoMap.h"
+#include "tools/RenderOptions.h"
+
+#include <algorithm>
+
+namespace {
+
+/// The range that was asked for, and the tail at the tempo of its end.
+RenderSpan spanOf(CSeq* seq, const RenderOptions& options) {
+    double end = options.length < 0.0 ? seq->renderDuration() : options.start + options.length;
+    if (end < options.start) end = options.start;
+    const CTempoPart* point = seq->getTempoAtPos(asInt(end));
+    const float tempo = point ? point->getTempo() : float(seq->host->tempo);
+    return {options.start, end + options.tail * double(tempo) * ticksPerSecondPerBpm};
+}
+
+CStr exportMidi(CSeq* seq, const CStr& path) {
+    seq->setLoop(0);
+    switch (exportMIDIFile(seq, path)) {
+    case MidiExport::good:
+        return "";
+    case MidiExport::notCreated:
+        return CStr("Could not create file ") + path;
+    case MidiExport::noRoom:
+        return CStr("Could not write file ") + path;
+    }
+    return "";
+}
+
+void choose(CRender& render, CSeq* seq, const RenderOptions& options) {
+    const CStr ext = extractFileExt(options.output).lowerCase();
+    render.format = ext == ".mp3" ? renderMp3 : ext == ".aif" ? renderAiff : renderWav;
+    render.filename = options.output;
+    render.rate = options.rate;
+    render.bits = options.bits;
+    render.chs = options.chs;
+    render.bitrate = options.bitrate;
+    if (!options.tracks) return;
+    render.multiTrack = 1;
+    render.format = renderWav;
+    render.folder = options.output;
+    for (auto* t : each<CSongTrack>(seq->getProg()->tracks)) seq->selectTrack(t, true);
+}
+
+} // namespace
+
+CStr exportByOptions(CSeq* seq, const RenderOptions& options, Figures& figures,
+                     const CStr& lastMessage) {
+    if (extractFileExt(options.output).lowerCase() == ".mid" && !options.tracks)
+        return exportMidi(seq, options.output);
+    const RenderSpan span = spanOf(seq, options);
+    const CStr nothing = options.output + ": Nothing to render";
+    if (asInt(span.to - span.from) < 1) return nothing;
+    if (options.tracks && !createDir(options.output))
+        return CStr("Could not create folder ") + options.output;
+    CRender render(seq->host, seq);
+    choose(render, seq, options);
+    const RenderResult result = exportSong(render, seq, nullptr, &span);
+    if (result == RenderResult::nothing) return nothing;
+    if (result != RenderResult::good) return lastMessage;
+    figures.frames = render.framesWritten;
+    figures.audioSeconds = double(render.framesWritten) / render.rate;
+    for (auto* ch : each<COutputChannel>(render.outputs)) {
+        figures.peakLeft = std::max(figures.peakLeft, float(ch->holdL));
+        figures.peakRight = std::max(figures.peakRight, float(ch->holdR));
+    }
+    return "";
+}
