@@ -34,7 +34,7 @@ struct Drum {
 
 const Drum drums[] = {
     {"Kick", 35, 36, 0, 29, 30, 70, 0.98f, 0, 0, 380, filterLow, 0.75f, 0, 0, 0, 1, 0.25f, 0.02f},
-    {"Kick click", 35, 36, 0, 84, 24, 8, 0.5f, 0, 0, 14, filterLow, 0.8f, 0, 0.3f, 7, 2, 0.4f, 0},
+    {"Kick click", 35, 36, 0, 71, 24, 8, 0.5f, 0, 0, 14, filterLow, 0.8f, 0, 0.3f, 7, 2, 0.4f, 0},
     {"Snare body", 38, 38, 0, 53, 12, 40, 0.62f, 0, 0, 150, filterLow, 0.8f, 0, 0.2f, 7.2f, 1, 0,
      0.12f},
     {"Snare noise", 38, 38, 0, 62, 0, 0, 0.62f, 0.05f, 0, 210, filterHigh, 0.5f, 0.1f, noiseMod,
@@ -43,7 +43,7 @@ const Drum drums[] = {
      0.1f},
     {"Snare noise 2", 40, 40, 0, 66, 0, 0, 0.62f, -0.05f, 0, 160, filterHigh, 0.6f, 0.2f, noiseMod,
      noiseRatio, noiseDepth, 0, 0.18f},
-    {"Rim", 37, 37, 0, 81, 10, 10, 0.55f, 0.15f, 0, 45, filterBand, 0.75f, 0.5f, 0.5f, 8.4f, 3, 0,
+    {"Rim", 37, 37, 0, 80, 10, 10, 0.55f, 0.15f, 0, 45, filterBand, 0.75f, 0.5f, 0.5f, 8.4f, 3, 0,
      0.1f},
     {"Clap", 39, 39, 0, 64, 0, 0, 0.85f, -0.1f, 1, 190, filterBand, 0.42f, 0.55f, noiseMod,
      noiseRatio, noiseDepth, 0, 0.3f},
@@ -103,7 +103,7 @@ const Drum drums[] = {
      0.12f},
     {"Bells", 82, 87, 0, 92, 0, 0, 0.34f, -0.2f, 0, 500, filterHigh, 0.5f, 0, 0.4f, 6.7f, 1, 0,
      0.12f},
-    {"Effects", 27, 34, 0, 76, 6, 20, 0.45f, 0, 0, 90, filterBand, 0.7f, 0.3f, 0.4f, 8.3f, 2, 0,
+    {"Effects", 27, 34, 0, 72, 6, 20, 0.45f, 0, 0, 90, filterBand, 0.7f, 0.3f, 0.4f, 8.3f, 2, 0,
      0.1f},
 };
 
