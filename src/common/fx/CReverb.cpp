@@ -168,6 +168,10 @@ void CReverb::suspend() {
     for (MDelayLine& line : plainLines) line.Suspend();
     for (MLPF1a& filter : filters) filter.Suspend();
     preDelayLine.Suspend();
+}
+
+void CReverb::clear() {
+    suspend();
     startModulation();
 }
 

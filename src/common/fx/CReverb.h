@@ -34,8 +34,8 @@ public:
     /// 0 also forgets the tail, before the next sample is made.
     void setEnabled(int on) override;
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
-    void clear() override { suspend(); }
-    /// Forgets the tail at once. Holder of the graph only.
+    void clear() override;
+    /// Forgets the tail at once; its modulation goes on. Holder of the graph only.
     void suspend();
 
     void setSize(int ms);       ///< 1000 to 60000
