@@ -80,6 +80,7 @@ TEST(RenderProgram, RefusesInOneLine) {
     ASSERT_FALSE(song.empty()) << trainSong;
     writeFile(folder.file("cut.mid"), song.substr(0, song.size() / 2));
     writeFile(folder.file("empty.mid"), "");
+    writeFile(folder.file("text.qv"), "two\nlines of text\n");
     writeFile(folder.file("text.mid"), "two\nlines of text\n");
     writeFile(folder.file("silent.mid"),
               heldKey(69).substr(0, 26) + std::string("\0\xFF\x2F\0", 4));
@@ -96,6 +97,7 @@ TEST(RenderProgram, RefusesInOneLine) {
         {"empty", {folder.file("empty.mid"), output}, "empty.mid"},
         {"cut short", {folder.file("cut.mid"), output}, "cut.mid"},
         {"text", {folder.file("text.mid"), output}, "text.mid"},
+        {"no project", {folder.file("text.qv"), output}, "text.qv"},
         {"nothing in it", {folder.file("silent.mid"), output}, "silent.mid"},
         {"no such folder", {good, folder.file("none/out.wav")}, "none/out.wav"},
         {"disk full", {good, folder.file("full.wav")}, "full.wav"},
@@ -141,6 +143,18 @@ TEST(RenderProgram, WritesEveryKindOfFile) {
     const Wav wav(folder.file("tracks/" + found[0]));
     EXPECT_EQ(wav.channels, 1);
     EXPECT_GT(wav.peak, 0.01);
+}
+
+/// A project that was saved, opened and saved again is the same file, and sounds the same.
+TEST(RenderProgram, ProjectsComeBackAsTheyWere) {
+    const TempFolder folder;
+    const std::string saved = folder.file("song.qv"), again = folder.file("again.qv");
+    render({"--length", "30720", "--demo", folder.file("1.wav"), "--save", saved});
+    render({"--length", "30720", saved, folder.file("2.wav")});
+    render({saved, "--save", again});
+    EXPECT_GT(Wav(folder.file("1.wav")).peak, 0.05);
+    EXPECT_TRUE(contentOf(folder.file("1.wav")) == contentOf(folder.file("2.wav")));
+    EXPECT_TRUE(contentOf(saved) == contentOf(again));
 }
 
 /// Songs come out with the frames that are told, audibly, and the same each time.
