@@ -1,5 +1,6 @@
 #include "base/CStream.h"
 #include "base/Messages.h"
+#include "driver/libaam.h"
 #include "engine/CMixer.h"
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
