@@ -34,21 +34,52 @@ struct Places {
     float fraction[piece];
 };
 
-/// Four neighbours as floats, and one, with the factor that makes 1 of full scale.
-[[gnu::always_inline]] inline Floats4 loadFour(const float* p) {
-    return loadFloats(p);
+/// Four neighbours of each of four places, turned so that a vector holds one neighbour of each.
+struct Neighbours {
+    Floats4 y0, y1, y2, y3;
+};
+
+[[gnu::always_inline]] inline Neighbours loadNeighbours(const float* before, const int* at) {
+    Neighbours n{loadFloats(before + at[0]), loadFloats(before + at[1]), loadFloats(before + at[2]),
+                 loadFloats(before + at[3])};
+    transpose(n.y0, n.y1, n.y2, n.y3);
+    return n;
 }
-[[gnu::always_inline]] inline Floats4 loadFour(const std::int16_t* p) {
-    using Shorts4 = std::int16_t __attribute__((vector_size(8)));
-    Shorts4 v;
-    std::memcpy(&v, p, sizeof v);
-    return __builtin_convertvector(v, Floats4);
+
+/// Of 16 bit frames they come out 65536 times as large, since that is how they widen at least cost.
+[[gnu::always_inline]] inline Neighbours loadNeighbours(const std::int16_t* before, const int* at) {
+    using Shorts8 = std::int16_t __attribute__((vector_size(16)));
+    using Ints4 = std::int32_t __attribute__((vector_size(16)));
+    using Longs2 = long long __attribute__((vector_size(16)));
+    const auto pair = [&](int a, int b) {
+        Longs2 v;
+        std::memcpy(&v, before + a, 8);
+        std::memcpy(reinterpret_cast<char*>(&v) + 8, before + b, 8);
+        return __builtin_shufflevector(Shorts8(v), Shorts8(v), 0, 4, 1, 5, 2, 6, 3, 7);
+    };
+    const Ints4 first = Ints4(pair(at[0], at[1])), second = Ints4(pair(at[2], at[3]));
+    const Shorts8 low = Shorts8(__builtin_shufflevector(first, second, 0, 4, 1, 5));
+    const Shorts8 high = Shorts8(__builtin_shufflevector(first, second, 2, 6, 3, 7));
+    const Shorts8 zero{};
+    const auto widen = [](const Shorts8& v) { return __builtin_convertvector(Ints4(v), Floats4); };
+    return {widen(__builtin_shufflevector(zero, low, 0, 8, 1, 9, 2, 10, 3, 11)),
+            widen(__builtin_shufflevector(zero, low, 4, 12, 5, 13, 6, 14, 7, 15)),
+            widen(__builtin_shufflevector(zero, high, 0, 8, 1, 9, 2, 10, 3, 11)),
+            widen(__builtin_shufflevector(zero, high, 4, 12, 5, 13, 6, 14, 7, 15))};
 }
+
+/// The factors that make 1 of full scale, of single frames and of `Neighbours`.
 constexpr float unitOf(const float*) {
     return 1.0f;
 }
 constexpr float unitOf(const std::int16_t*) {
     return 1.0f / 32768.0f;
+}
+constexpr float wideUnitOf(const float*) {
+    return 1.0f;
+}
+constexpr float wideUnitOf(const std::int16_t*) {
+    return 1.0f / 32768.0f / 65536.0f;
 }
 
 /// Reads `count` frames, up to `piece`, of `source` at `places`. Four at a time are loaded with
@@ -59,13 +90,12 @@ template <class Value>
                                               float* out) {
     const Value* before = source - 1;
     constexpr float unit = unitOf(static_cast<const Value*>(nullptr));
+    constexpr float wide = wideUnitOf(static_cast<const Value*>(nullptr));
     int i = 0;
     for (; i + 4 <= count; i += 4) {
         const int* at = places.frame + i;
-        Floats4 y0 = loadFour(before + at[0]), y1 = loadFour(before + at[1]);
-        Floats4 y2 = loadFour(before + at[2]), y3 = loadFour(before + at[3]);
-        transpose(y0, y1, y2, y3);
-        saveFloats(out + i, cubic(y0, y1, y2, y3, loadFloats(places.fraction + i)) * unit);
+        const Neighbours n = loadNeighbours(before, at);
+        saveFloats(out + i, cubic(n.y0, n.y1, n.y2, n.y3, loadFloats(places.fraction + i)) * wide);
     }
     for (; i < count; i++) {
         const Value* y = before + places.frame[i];
