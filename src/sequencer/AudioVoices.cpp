@@ -10,6 +10,7 @@
 #include "instruments/CLayer.h"
 #include "instruments/CVoice.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/ClipTimes.h"
 #include "sequencer/TempoMap.h"
 
 #include <algorithm>
@@ -128,8 +129,7 @@ bool AudioVoices::place(AudioVoice& v, const VoiceStart& s) const {
     if (s.into > 0.0 && v.mode != playRepitch) {
         v.pos += s.into / s.ticks * (length + 1.0);
     } else if (s.into > 0.0) {
-        const int sourceRate = std::max(asInt(double(s.sample->rate) * ratio(v.pitch)), 1);
-        const int from = asInt(s.songPos - s.into);
+        const int from = asInt(s.songPos - s.into), sourceRate = tunedRate(s.sample, v.pitch);
         v.pos += songTrack->track->seq->ticksToFrames(from, asInt(s.into), sourceRate);
     }
     return v.pos <= v.end;
@@ -177,15 +177,11 @@ void AudioVoices::refresh(AudioVoice& v) const {
 }
 
 void AudioVoices::render(int frames, int offset) {
-    bool drumming = false;
     for (AudioVoice& v : voices)
         if (v.active && !v.sound) renderVoice(v, frames, offset);
     if (!drums) return;
-    for (auto* sound : each<CDrumSound>(songTrack->track->drumLayer()->sounds)) {
+    for (auto* sound : each<CDrumSound>(songTrack->track->drumLayer()->sounds))
         sound->clearStrip(frames);
-        drumming = true;
-    }
-    if (!drumming) return;
     for (AudioVoice& v : voices)
         if (v.active && v.sound) renderDrum(v, frames, offset);
     finishDrums(frames);

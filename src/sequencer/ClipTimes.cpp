@@ -16,10 +16,8 @@ namespace {
 constexpr double semitonesPerOctave = 12.0;
 constexpr float maxSemitones = 120.0f, maxFadeMs = 1e6f;
 
-/// Frames of the sample that pass in a second, as the clip is tuned; at least 1.
-double sourceRate(const CAudioEvent* e) {
-    const double pitch = (e->semitones + double(e->fine)) / semitonesPerOctave;
-    return std::max(1, asInt(double(e->sample->rate) * std::exp2(pitch)));
+int sourceRate(const CAudioEvent* e) {
+    return tunedRate(e->sample, e->semitones + double(e->fine));
 }
 
 double range(const CAudioEvent* e) {
@@ -49,6 +47,10 @@ void set(CAudioEvent* e, ClipSetting setting, float value) {
 
 } // namespace
 
+int tunedRate(const CSample* sample, double semitones) {
+    return asMax(asInt(double(sample->rate) * std::exp2(semitones / semitonesPerOctave)), 1);
+}
+
 int sampleAsTicks(CQV* host, const CAudioEvent* e) {
     if (!e->sample) return 0;
     if (e->mode != playRepitch) return e->ticks;
@@ -59,7 +61,7 @@ int sampleAsTicks(CQV* host, const CAudioEvent* e) {
 int sampleAsTicks2(CSeq* seq, const CAudioEvent* e, int tick) {
     if (!e->sample) return 0;
     if (e->mode != playRepitch) return e->ticks;
-    return asRound(seq->framesToTicks(tick, range(e), asInt(sourceRate(e))));
+    return asRound(seq->framesToTicks(tick, range(e), sourceRate(e)));
 }
 
 int posAsFrames2(const CAudioEvent* e, int ticks, int total) {
@@ -69,7 +71,7 @@ int posAsFrames2(const CAudioEvent* e, int ticks, int total) {
 int posAsFrames3(const CAudioEvent* e, int ticks, int total, float tempo) {
     if (e->mode != playRepitch) return posAsFrames2(e, ticks, total);
     if (!e->sample || !(tempo > 0.0f)) return e->start;
-    return frameAt(e, ticks * sourceRate(e) / (double(tempo) * ticksPerSecondPerBpm));
+    return frameAt(e, double(ticks) * sourceRate(e) / (double(tempo) * ticksPerSecondPerBpm));
 }
 
 bool getAudioSelection(CSeq* seq, CPart* part, int fromTick, int toTick, int& from, int& to) {

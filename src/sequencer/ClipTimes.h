@@ -2,11 +2,16 @@
 
 class CPart;
 class CQV;
+class CSample;
 class CSeq;
 class CUndo;
 struct CAudioEvent;
 
-/// How long clips last, and which of their frames stand where. Interface thread.
+/// How long clips last, and which of their frames stand where. Interface thread, but for
+/// `tunedRate`.
+
+/// Frames of a sample that pass in a second when it is tuned by so many semitones; at least 1.
+int tunedRate(const CSample* sample, double semitones);
 
 /// Ticks that the range of a clip lasts when it begins at `tick`: at the host's tempo, or by the
 /// song's tempo points. In the modes that follow the tempo these are its `ticks`. 0 without a

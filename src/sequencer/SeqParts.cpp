@@ -3,15 +3,12 @@
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "sequencer/ClipTimes.h"
 #include "sequencer/PartOrder.h"
-
-#include <cmath>
 
 /// The sequencer's parts: selection, order, length, ghosts.
 
 namespace {
-
-constexpr double semitonesPerOctave = 12.0;
 
 bool partBefore(CPart* a, CPart* b, void* seq) {
     if (a->pos != b->pos) return a->pos < b->pos;
@@ -167,10 +164,7 @@ void CSeq::orderParts(CList* a, CList* b, bool all) {
 int CSeq::getTicks(CPart* part) {
     const CAudioEvent* event = ownSpeedEvent(part);
     if (!event) return oneAtLeast(part->length);
-    const double pitch = (event->semitones + double(event->fine)) / semitonesPerOctave;
-    const int rate = asMax(asInt(double(event->sample->rate) * std::exp2(pitch)), 1);
-    const double frames = double(event->end) - event->start + 1;
-    part->length = asRound(framesToTicks(part->pos, frames, rate));
+    part->length = sampleAsTicks2(this, event, part->pos);
     return oneAtLeast(part->length);
 }
 
