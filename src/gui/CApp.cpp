@@ -6,6 +6,7 @@
 #include "gui/CWin.h"
 #include "gui/FloatWins.h"
 #include "gui/Keys.h"
+#include "gui/Scale.h"
 #include "gui/XConnection.h"
 
 #include <X11/Xlib.h>
@@ -152,7 +153,8 @@ void CApp::killTimer(CCtrl* ctrl) {
     timers.remove(ctrl);
 }
 
-void CApp::handleEvent(const XEvent& event) {
+void CApp::handleEvent(const XEvent& raw) {
+    const XEvent event = toLogical(raw);
     if (event.type == MappingNotify) {
         XMappingEvent mapping = event.xmapping; // another keyboard layout
         XRefreshKeyboardMapping(&mapping);
@@ -263,7 +265,7 @@ void CApp::expose(CWin* win, const XEvent& event) {
     CRect rect = area(event.xexpose);
     XEvent more;
     while (XCheckTypedWindowEvent(liveDisplay(), win->handle, Expose, &more))
-        rect = unite(rect, area(more.xexpose));
+        rect = unite(rect, area(toLogical(more).xexpose));
     win->paint(0, rect);
 }
 
@@ -420,8 +422,9 @@ CWin* CApp::winAtPos(int x, int y) const {
     if (!display) return nullptr;
     const Window root = xConnection().root;
     Window deepest = root, child = None;
+    const CPoint at = toDevice(asPoint(x, y));
     int inX, inY;
-    while (XTranslateCoordinates(display, root, deepest, x, y, &inX, &inY, &child) && child)
+    while (XTranslateCoordinates(display, root, deepest, at.x, at.y, &inX, &inY, &child) && child)
         deepest = child;
     return windowOf(deepest);
 }

@@ -4,6 +4,7 @@
 #include "gui/CGroup.h"
 #include "gui/CWin.h"
 #include "gui/Keys.h"
+#include "gui/Scale.h"
 #include "gui/XConnection.h"
 
 #include <X11/Xlib.h>
@@ -46,7 +47,9 @@ void CCtrl::redraw() {
     Display* display = liveDisplay();
     // A width or height of 0 would mean the rest of the window to the server.
     if (!display || !visible || width < 1 || height < 1) return;
-    XClearArea(display, win->handle, absX, absY, unsigned(width), unsigned(height), True);
+    const CRect area = toDevice(asRect(absX, absY, absX + width, absY + height));
+    XClearArea(display, win->handle, area.left, area.top, unsigned(area.width()),
+               unsigned(area.height()), True);
 }
 
 void CCtrl::paint(CGraphic* g, CRect rect) {

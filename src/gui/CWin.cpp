@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
+#include "gui/Scale.h"
 #include "gui/XConnection.h"
 #include "gui/controls/CButton.h"
 
@@ -71,11 +72,11 @@ void CWin::createHandle() {
         attributes.override_redirect = hasStyle(winPopup);
         attributes.event_mask = eventMask;
         attributes.colormap = x.colormap;
-        handle = XCreateWindow(display, owner && hasStyle(winChild) ? owner->handle : x.root, left,
-                               top, unsigned(asMax(width, 1)), unsigned(asMax(height, 1)), 0,
-                               CopyFromParent, InputOutput, CopyFromParent,
-                               CWBackPixmap | CWOverrideRedirect | CWEventMask | CWColormap,
-                               &attributes);
+        handle = XCreateWindow(
+            display, owner && hasStyle(winChild) ? owner->handle : x.root, toDevice(left),
+            toDevice(top), unsigned(toDevice(asMax(width, 1))),
+            unsigned(toDevice(asMax(height, 1))), 0, CopyFromParent, InputOutput, CopyFromParent,
+            CWBackPixmap | CWOverrideRedirect | CWEventMask | CWColormap, &attributes);
         setHints();
     }
     app->addWindow(handle, this);
@@ -87,8 +88,8 @@ void CWin::setHints() {
     const XConnection& x = xConnection();
     XSizeHints hints{};
     hints.flags = PPosition;
-    hints.x = left;
-    hints.y = top;
+    hints.x = toDevice(left);
+    hints.y = toDevice(top);
     XSetWMNormalHints(display, handle, &hints);
     if (x.atoms.motifHints) {
         constexpr long decorationsGiven = 2;
@@ -99,7 +100,7 @@ void CWin::setHints() {
     if (parent) XSetTransientForHint(display, handle, static_cast<CWin*>(parent)->handle);
     Atom closing = x.atoms.wmDelete;
     XSetWMProtocols(display, handle, &closing, 1);
-    XMoveWindow(display, handle, left, top);
+    XMoveWindow(display, handle, toDevice(left), toDevice(top));
     setAddress(display, handle, x.atoms.self, this);
     setAddress(display, handle, x.atoms.eventProc, reinterpret_cast<const void*>(&handleXEvent));
     XStoreName(display, handle, id.asChar());
@@ -235,7 +236,7 @@ CPoint CWin::getSize() {
     unsigned w, h, border, depth;
     if (!display || !XGetGeometry(display, handle, &rootFound, &x, &y, &w, &h, &border, &depth))
         return asPoint(width, height);
-    return asPoint(int(w), int(h));
+    return asPoint(toLogicalSize(int(w)), toLogicalSize(int(h)));
 }
 
 CPoint CWin::getPos(bool onScreen) {
@@ -243,15 +244,15 @@ CPoint CWin::getPos(bool onScreen) {
     if (!display) return asPoint(left, top);
     Window from = xConnection().root, child;
     if (!onScreen && parent && hasStyle(winChild)) from = static_cast<CWin*>(parent)->handle;
-    int x = left, y = top;
+    int x = toDevice(left), y = toDevice(top);
     XTranslateCoordinates(display, handle, from, 0, 0, &x, &y, &child);
-    return asPoint(x, y);
+    return toLogical(asPoint(x, y));
 }
 
 void CWin::setPos(int x, int y) {
     left = x;
     top = y;
-    if (Display* display = liveDisplay()) XMoveWindow(display, handle, x, y);
+    if (Display* display = liveDisplay()) XMoveWindow(display, handle, toDevice(x), toDevice(y));
 }
 
 void CWin::move(int x, int y, int w, int h) {
@@ -261,8 +262,9 @@ void CWin::move(int x, int y, int w, int h) {
     height = h;
     Display* display = liveDisplay();
     if (display)
-        XMoveResizeWindow(display, handle, x, y, unsigned(asMax(w, minWidth)),
-                          unsigned(asMax(h, minHeight)));
+        XMoveResizeWindow(display, handle, toDevice(x), toDevice(y),
+                          unsigned(toDevice(asMax(w, minWidth))),
+                          unsigned(toDevice(asMax(h, minHeight))));
 }
 
 void CWin::setSize(int w, int h) {
@@ -270,7 +272,8 @@ void CWin::setSize(int w, int h) {
     height = h;
     Display* display = liveDisplay();
     if (display)
-        XResizeWindow(display, handle, unsigned(asMax(w, minWidth)), unsigned(asMax(h, minHeight)));
+        XResizeWindow(display, handle, unsigned(toDevice(asMax(w, minWidth))),
+                      unsigned(toDevice(asMax(h, minHeight))));
 }
 
 void CWin::setSizeFromControls(int minW, int minH, int) {

@@ -1,10 +1,13 @@
 #include "gui/XConnection.h"
 
+#include "gui/Scale.h"
+
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <X11/cursorfont.h>
 
+#include <cstdlib>
 #include <initializer_list>
 
 int xerror = 0;
@@ -68,6 +71,8 @@ bool XConnection::open() {
         greenMask = visual->green_mask;
         blueMask = visual->blue_mask;
     }
+    const char* resolution = XGetDefault(display, "Xft", "dpi");
+    scalePercent = chooseScale(wantedScale, resolution ? std::strtod(resolution, nullptr) : 0);
     internAtoms();
     makeCursors();
     findFont();
@@ -132,22 +137,23 @@ CPoint mousePos() {
     int x = 0, y = 0, winX, winY;
     unsigned mask;
     XQueryPointer(display, xConnection().root, &rootFound, &child, &x, &y, &winX, &winY, &mask);
-    return asPoint(x, y);
+    return toLogical(asPoint(x, y));
 }
 
 void setMousePos(int x, int y) {
     Display* display = liveDisplay();
-    if (display) XWarpPointer(display, None, xConnection().root, 0, 0, 0, 0, x, y);
+    if (display)
+        XWarpPointer(display, None, xConnection().root, 0, 0, 0, 0, toDevice(x), toDevice(y));
 }
 
 int screenWidth() {
     Display* display = liveDisplay();
-    return display ? DisplayWidth(display, xConnection().screen) : 0;
+    return display ? toLogicalSize(DisplayWidth(display, xConnection().screen)) : 0;
 }
 
 int screenHeight() {
     Display* display = liveDisplay();
-    return display ? DisplayHeight(display, xConnection().screen) : 0;
+    return display ? toLogicalSize(DisplayHeight(display, xConnection().screen)) : 0;
 }
 
 CRect screenRect() {
