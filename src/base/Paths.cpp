@@ -181,24 +181,29 @@ void addNames(std::vector<CStr>& names, bool ordered, CStringList* list) {
 
 } // namespace
 
-void readDir(const CStr& path, const CStr& filter, CStringList* folders, CStringList* files,
+bool readDir(const CStr& path, const CStr& filter, CStringList* folders, CStringList* files,
              bool ordered) {
     DIR* dir = opendir(path.asChar());
-    if (!dir) return;
+    if (!dir) return false;
     const CStr start = addSep(path);
     std::vector<CStr> folderNames, fileNames;
     bool any = false;
     while (const dirent* entry = readdir(dir)) {
         const CStr name = entry->d_name;
         if (name[0] == '.') continue;
-        if (folders && folderExists(start + name))
-            folderNames.push_back(name);
-        else if (files && hasFileExt(name, filter, any) && fileExists(start + name))
+        // The kind mostly stands in the entry; only of links and on some disks it has to be asked.
+        const bool folderKnown = entry->d_type == DT_DIR, fileKnown = entry->d_type == DT_REG;
+        if (folderKnown || (!fileKnown && folderExists(start + name))) {
+            if (folders) folderNames.push_back(name);
+        } else if (files && hasFileExt(name, filter, any) &&
+                   (fileKnown || fileExists(start + name))) {
             fileNames.push_back(name);
+        }
     }
     closedir(dir);
     if (folders) addNames(folderNames, ordered, folders);
     if (files) addNames(fileNames, ordered, files);
+    return true;
 }
 
 bool hasFileExt(const CStr& name, const CStr& filter, bool& any) {

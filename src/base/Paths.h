@@ -41,8 +41,9 @@ bool copyFile(const CStr& from, const CStr& to);
 bool copyFile2(const CStr& from, const CStr& to); ///< the same
 
 /// Adds the names in a folder, those of folders and of files that pass `filter`, without those that
-/// begin with a dot. With `ordered` by name without regard to case. Either list may be null.
-void readDir(const CStr& path, const CStr& filter, CStringList* folders, CStringList* files,
+/// begin with a dot. With `ordered` by name without regard to case. Either list may be null. False
+/// when the folder cannot be read.
+bool readDir(const CStr& path, const CStr& filter, CStringList* folders, CStringList* files,
              bool ordered);
 /// Whether a file name has one of the extensions of a filter such as ".wav|.aif", whatever the
 /// case. An empty one and ".*" take all; `any` tells that.

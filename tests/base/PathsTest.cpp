@@ -86,7 +86,7 @@ TEST(Paths, FoldersAreReadInOrder) {
         EXPECT_EQ(folders.get(0), "apes.wav");
     }
     CStringList none;
-    readDir(folder.file("missing"), "", &none, &none, true);
+    EXPECT_FALSE(readDir(folder.file("missing"), "", &none, &none, true));
     EXPECT_EQ(none.count(), 0);
     bool any = true;
     EXPECT_FALSE(hasFileExt("x", ".x", any) || any);
