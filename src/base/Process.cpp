@@ -1,9 +1,11 @@
 #include "base/Process.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <thread>
@@ -85,6 +87,15 @@ bool startProcess(const CStringList& argv) {
         return true; // it runs, and stays a zombie until we end
     }
     return true;
+}
+
+void raiseFileLimit() {
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+    const rlim_t wanted = std::min<rlim_t>(limit.rlim_max, mostOpenFiles);
+    if (limit.rlim_cur >= wanted) return;
+    limit.rlim_cur = wanted;
+    setrlimit(RLIMIT_NOFILE, &limit);
 }
 
 bool showFolder(const CStr& path) {

@@ -16,5 +16,11 @@ int runProcess(const CStringList& argv, const std::function<bool()>& goOn);
 /// Starts a program and goes on; false if it cannot be started.
 bool startProcess(const CStringList& argv);
 
+/// Lets this process have as many files open as the system grants it, up to `mostOpenFiles`: a
+/// project plays each of its samples from a file of its own, and what is inherited is often 1024.
+/// At the start of a program.
+void raiseFileLimit();
+constexpr int mostOpenFiles = 65536;
+
 bool showFolder(const CStr& path); ///< in the user's file manager
 bool openURL(const CStr& url);     ///< in the user's browser
