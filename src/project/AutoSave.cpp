@@ -5,11 +5,11 @@
 #include "base/CThread.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
+#include "base/SafeFile.h"
 #include "engine/CQV.h"
 #include "project/ProjectFile.h"
 #include "project/ProjectUi.h"
 #include "project/ProjectWriter.h"
-#include "project/SafeFile.h"
 
 #include <algorithm>
 #include <unistd.h>

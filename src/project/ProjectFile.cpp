@@ -5,11 +5,11 @@
 #include "base/CStream.h"
 #include "base/Messages.h"
 #include "base/Paths.h"
+#include "base/SafeFile.h"
 #include "engine/CQV.h"
 #include "project/CachedSamples.h"
 #include "project/ProjectUi.h"
 #include "project/ProjectWriter.h"
-#include "project/SafeFile.h"
 
 #include <exception>
 #include <vector>

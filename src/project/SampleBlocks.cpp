@@ -7,6 +7,7 @@
 #include "engine/CQV.h"
 #include "project/ItemView.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -26,48 +27,48 @@ bool belongsToAudioFolder(const CSample* sample, CQV* host) {
     return sameText(extractFilePath(sample->filename), addSep(host->expectedAudioFolder()));
 }
 
-void writeFormat(CStream* stream, const CSample* sample) {
+void writeFormat(CStream* stream, const CSample* sample, Storage storage) {
     stream->writeStr(sample->filename);
     stream->writeFloat(sample->rate);
-    for (const int v :
-         {sample->bits, sample->chs, int(sample->streamed ? storageFile : storageMemory)})
+    for (const int v : {sample->bits, sample->chs, int(storage)})
         stream->writeByte(static_cast<unsigned char>(v));
 }
 
-/// Frames in memory as they are stored: little-endian, 32 bits as floats.
+/// As they are stored: little-endian, 32 bits as floats. Zeros for what a file lacks.
 void writeFrames(CStream* stream, const CSample* sample) {
     constexpr int piece = 4096;
     std::vector<unsigned char> bytes(size_t(piece) * size_t(sample->frameBytes));
     std::vector<float> floats(size_t(piece) * size_t(sample->chs));
-    for (int at = 0; sample->data && at < sample->frames; at += piece) {
+    for (int at = 0; at < sample->frames; at += piece) {
         const int n = std::min(piece, sample->frames - at), size = n * sample->frameBytes;
         if (sample->bigEndian && sample->bits == 32) {
             sample->readFrames(at, n, floats.data());
             stream->write(floats.data(), size);
             continue;
         }
-        sample->readBytes(at, n, bytes.data());
+        const int got = sample->readBytes(at, n, bytes.data()) * sample->frameBytes;
+        std::fill(bytes.begin() + std::max(0, got), bytes.begin() + size, 0);
         swapToNative(sample->coding(), bytes.data(), int64_t(n) * sample->chs);
         stream->write(bytes.data(), size);
     }
 }
 
+Storage storageOf(const CSample* sample) {
+    return sample->streamed ? storageFile : storageMemory;
+}
+
 void writeRecord2(CStream* stream, const CSample* sample, CQV* host) {
-    writeFormat(stream, sample);
+    if (!sample->streamed) return writeWithFrames(stream, sample);
+    writeFormat(stream, sample, storageFile);
     stream->writeByte(sample->fixedPitch ? 1 : 0);
-    if (sample->streamed) {
-        stream->writeByte(belongsToAudioFolder(sample, host) ? placeAudioFolder : placeFullPath);
-        return;
-    }
-    stream->writeInt(sample->data ? int(sample->frames) : 0);
-    writeFrames(stream, sample);
+    stream->writeByte(belongsToAudioFolder(sample, host) ? placeAudioFolder : placeFullPath);
 }
 
 void writeRecord(CStream* stream, const CSample* sample) {
-    writeFormat(stream, sample);
+    writeFormat(stream, sample, storageOf(sample));
     if (sample->streamed)
         stream->writeByte(placeFullPath);
-    else
+    else if (sample->data)
         writeFrames(stream, sample);
 }
 
@@ -152,6 +153,21 @@ bool readRecord(ItemView& item, CQV* host) {
 }
 
 } // namespace
+
+void writeWithFrames(CStream* stream, const CSample* sample) {
+    writeFormat(stream, sample, storageMemory);
+    stream->writeByte(sample->fixedPitch ? 1 : 0);
+    const bool there = sample->data || sample->fp;
+    stream->writeInt(there ? int(sample->frames) : 0);
+    if (there) writeFrames(stream, sample);
+}
+
+std::unique_ptr<CSample> readWithFrames(ItemView& item) {
+    Record record = readFormat(item);
+    record.sample->fixedPitch = item.readByte() != 0;
+    const bool whole = record.storage == storageMemory && readFrames(item, *record.sample);
+    return whole ? std::move(record.sample) : nullptr;
+}
 
 void writeSamples2(CStream* stream, CQV* host) {
     const OpenBlock block(stream, "samples2");

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <memory>
+
 class CQV;
+class CSample;
 class CStream;
 class ItemView;
 
@@ -16,3 +19,9 @@ void writeSamples(CStream* stream, CQV* host);
 void readSamples2(ItemView& item, CQV* host);
 /// Ends at the first sample with frames of its own, whose number the form does not tell.
 void readSamples(ItemView& item, CQV* host);
+
+/// The record of a sample that holds its frames, be they in memory or in a file by now; none of a
+/// file that is missing.
+void writeWithFrames(CStream* stream, const CSample* sample);
+/// Null when it is not all there, or of another kind.
+std::unique_ptr<CSample> readWithFrames(ItemView& item);

@@ -1,11 +1,11 @@
 #include "sequencer/MidiExport.h"
 
 #include "base/Numbers.h"
+#include "base/SafeFile.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
 #include "sequencer/CSMF.h"
 #include "sequencer/CSeq.h"
-#include "sequencer/NewFile.h"
 #include "sequencer/Points.h"
 
 #include <algorithm>
@@ -177,7 +177,7 @@ void writeSong(CSMF& file, CSeq* seq) {
 
 MidiExport exportMIDIFile(CSeq* seq, const CStr& path) {
     if (!seq->getProg()) return MidiExport::notCreated;
-    NewFile target(path);
+    SafeFile target(path);
     CSMF file(target.path());
     if (!file.isOpen()) return MidiExport::notCreated;
     writeSong(file, seq);

@@ -4,10 +4,10 @@
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
+#include "base/SafeFile.h"
 #include "engine/CQV.h"
 #include "sequencer/CLameMp3.h"
 #include "sequencer/CSeq.h"
-#include "sequencer/NewFile.h"
 #include "sequencer/RenderScope.h"
 
 #include <algorithm>
@@ -23,14 +23,14 @@ const char* const extensions[] = {".wav", ".aif", ".mp3"};
 struct ExportFile {
     ExportFile(const CStr& place, int format)
         : name(place), target(place), isMp3(format == renderMp3) {
-        if (isMp3) wav = std::make_unique<NewFile>(changeFileExt(place, ".wav"));
+        if (isMp3) wav = std::make_unique<SafeFile>(changeFileExt(place, ".wav"));
     }
     /// Where the frames go.
     const CStr& audioPath() const { return wav ? wav->path() : target.path(); }
 
     CStr name;
-    NewFile target;
-    std::unique_ptr<NewFile> wav; ///< of an MP3: it never gets a name of its own
+    SafeFile target;
+    std::unique_ptr<SafeFile> wav; ///< of an MP3: it never gets a name of its own
     CSample sample;
     bool isMp3;
 };
@@ -159,7 +159,7 @@ bool Export::encode(ExportFile& file) {
         return !render.cancelled;
     };
     const int status = lame.encode(file.audioPath(), file.target.path());
-    return status == 0 && fileExists(file.target.path());
+    return status == 0 && getFileSize(file.target.path()) > 0;
 }
 
 RenderResult Export::keepAll() {
