@@ -3,6 +3,8 @@
 #include "base/CObject.h"
 #include "base/Delegates.h"
 
+#include <type_traits>
+
 class CGraphic;
 class CGroup;
 class CWin;
@@ -97,7 +99,7 @@ private:
 
 /// Puts a new delegate in place of the one in `slot`, which is deleted.
 template <class D>
-void wire(D*& slot, D* delegate) {
+void wire(D*& slot, std::type_identity_t<D>* delegate) {
     delete slot;
     slot = delegate;
 }
