@@ -6,7 +6,6 @@
 #include "gui/CWin.h"
 #include "gui/Keys.h"
 #include "gui/Selections.h"
-#include "gui/XConnection.h"
 
 CEdit::CEdit(CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CCtrl(owner, name, l, t, w, h) {
@@ -21,8 +20,7 @@ CEdit::~CEdit() {
 }
 
 int CEdit::pixelOf(int place) const {
-    const CStr before = text.sub(0, place + 1);
-    return xConnection().font.textWidth(before.asChar(), before.length());
+    return win->graphic->textWidth(text.sub(0, place + 1));
 }
 
 /// How far a text that is too long is shifted to the left, so that the caret can be seen.
