@@ -5,9 +5,12 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/FloatWins.h"
+#include "gui/ForeignWindows.h"
 #include "gui/Keys.h"
 #include "gui/Scale.h"
+#include "gui/SelectionOwner.h"
 #include "gui/XConnection.h"
+#include "gui/Xdnd.h"
 
 #include <X11/Xlib.h>
 #include <poll.h>
@@ -27,21 +30,24 @@ constexpr int doubleClickRoom = 7; // pixels either way
 constexpr int wheelStep = 32;
 constexpr int mostTurns = 50; // of waiting at a time
 
-} // namespace
+/// Looks for a motion that makes an earlier one needless: of the same window, with the same buttons
+/// and modifiers, and without anything the user did in between.
+struct LaterMotion {
+    const XMotionEvent* earlier;
+    bool barred;
 
-/// A handler is on the stack: nothing that it may be using is deleted.
-class CApp::HandlerScope {
-public:
-    explicit HandlerScope(CApp* a) : app(a) { app->handlers++; }
-    ~HandlerScope() {
-        if (--app->handlers == 0) app->purge();
+    static Bool matches(Display*, XEvent* event, XPointer search) {
+        auto* self = reinterpret_cast<LaterMotion*>(search);
+        if (self->barred) return False;
+        const bool same = event->type == MotionNotify &&
+                          event->xmotion.window == self->earlier->window &&
+                          event->xmotion.state == self->earlier->state;
+        self->barred = !same && event->type >= KeyPress && event->type <= FocusOut;
+        return same;
     }
-    HandlerScope(const HandlerScope&) = delete;
-    HandlerScope& operator=(const HandlerScope&) = delete;
-
-private:
-    CApp* app;
 };
+
+} // namespace
 
 CApp::CApp() : turnStart(Clock::now()) {
 }
@@ -55,6 +61,7 @@ CApp::~CApp() {
     delete onHint;
     delete onEndDrag;
     backBuffer.reset();
+    selectionOwner().close();
     xConnection().close();
 }
 
@@ -66,6 +73,7 @@ bool CApp::open() {
     }
     gui = std::make_unique<CGui>();
     gui->setPalette(darkPalette());
+    outsideDrags = std::make_unique<XdndTarget>(this);
     return true;
 }
 
@@ -73,7 +81,8 @@ void CApp::run(CWin* main) {
     mainWin = main;
     if (!main->visible) main->show(true);
     running = true;
-    while (main->visible && liveDisplay()) {
+    // A main window that is deleted is the main window no longer.
+    while (mainWin == main && main->visible && liveDisplay()) {
         dispatchEvents();
         longIdle();
     }
@@ -81,8 +90,9 @@ void CApp::run(CWin* main) {
 }
 
 void CApp::dispatchEvents() {
+    const auto end = Clock::now() + std::chrono::milliseconds(dispatchMs);
     XEvent event;
-    while (nextEvent(event)) handleEvent(event);
+    while (Clock::now() < end && nextEvent(event)) handleEvent(event);
 }
 
 bool CApp::nextEvent(XEvent& event) {
@@ -154,21 +164,26 @@ void CApp::killTimer(CCtrl* ctrl) {
 }
 
 void CApp::handleEvent(const XEvent& raw) {
-    const XEvent event = toLogical(raw);
-    if (event.type == MappingNotify) {
-        XMappingEvent mapping = event.xmapping; // another keyboard layout
+    if (raw.type == MappingNotify) {
+        XMappingEvent mapping = raw.xmapping; // another keyboard layout
         XRefreshKeyboardMapping(&mapping);
         return;
     }
-    CWin* win = windowOf(event.xany.window);
-    if (!win) return;
+    CWin* win = windowOf(raw.xany.window);
     const HandlerScope scope(this);
+    if (!win) {
+        strangersEvent(raw);
+        return;
+    }
+    const XEvent event = toLogical(raw);
     switch (event.type) {
     case KeyPress:
     case KeyRelease:
+        xConnection().userTime = event.xkey.time;
         keyEvent(win, event);
         break;
     case ButtonPress:
+        xConnection().userTime = event.xbutton.time;
         press(win, event);
         break;
     case ButtonRelease:
@@ -178,7 +193,7 @@ void CApp::handleEvent(const XEvent& raw) {
                      translateButton(int(event.xbutton.button), event.xbutton.state));
         break;
     case MotionNotify:
-        win->mouseMove(event.xmotion.x, event.xmotion.y, translateButton(0, event.xmotion.state));
+        motion(win, event);
         break;
     case LeaveNotify:
         if (event.xcrossing.mode == NotifyNormal) setHooverCtrl(nullptr, 0, 0);
@@ -194,11 +209,29 @@ void CApp::handleEvent(const XEvent& raw) {
         win->resized();
         break;
     case ClientMessage:
+        if (outsideDrags->handle(win, event)) break;
         if (static_cast<Atom>(event.xclient.data.l[0]) == xConnection().atoms.wmDelete) win->hide();
         break;
     default:
         break;
     }
+}
+
+void CApp::strangersEvent(const XEvent& event) {
+    if (selectionOwner().handle(event) || outsideDrags->handle(nullptr, event)) return;
+    callPlugin(this, event);
+}
+
+void CApp::motion(CWin* win, const XEvent& event) {
+    XEvent latest = event;
+    LaterMotion search{&event.xmotion, false};
+    XEvent later;
+    while (liveDisplay() && XCheckIfEvent(liveDisplay(), &later, LaterMotion::matches,
+                                          reinterpret_cast<XPointer>(&search))) {
+        latest = toLogical(later);
+        search.barred = false;
+    }
+    win->mouseMove(latest.xmotion.x, latest.xmotion.y, translateButton(0, latest.xmotion.state));
 }
 
 void CApp::keyEvent(CWin* win, const XEvent& event) {
@@ -297,6 +330,7 @@ void CApp::killMenu(CWin* keep) {
 void CApp::setCursor(int number) {
     appCursor = number;
     for (CWin* win : each<CWin>(windows)) win->setCursor(number > 0 ? number : 1);
+    if (Display* display = liveDisplay()) XFlush(display); // what follows may take its time
 }
 
 void CApp::cancelHint() {
@@ -387,6 +421,7 @@ void CApp::deleteLater(CCtrl* ctrl) {
 void CApp::detach(CCtrl* ctrl) {
     forget(ctrl);
     ctrl->visible = false;
+    if (ctrl->category == catWin) removeWindow(static_cast<CWin*>(ctrl)->handle, ctrl->win);
     if (ctrl->win->mouseCtrl == ctrl) ctrl->win->mouseCtrl = nullptr;
     if (ctrl->win->keyCtrl == ctrl) ctrl->win->keyCtrl = nullptr;
     if (ctrl->category == catCtrl) return;

@@ -15,6 +15,7 @@ class CCtrl;
 class CDragWin;
 class CDropItem;
 class CWin;
+class XdndTarget;
 union _XEvent;
 
 /// The running interface: the windows, the timers, the open menus, what is being dragged, and the
@@ -27,6 +28,7 @@ class CApp : public CObject {
 public:
     static constexpr int turnMs = 10;
     static constexpr int doubleClickTime = 400; ///< milliseconds
+    static constexpr int dispatchMs = 40;
 
     int appCursor = 0;  ///< above 0 it replaces every window's cursor
     bool active = true; ///< one of the windows has the focus
@@ -66,6 +68,8 @@ public:
     bool open();
     /// Shows the window and runs until it is hidden or the server is lost.
     void run(CWin* main);
+    /// Handles the events that wait. While more and more come, it returns after `dispatchMs`, so
+    /// that the timers go on.
     void dispatchEvents();
     /// Steps the timers by the turns that have passed, then waits for an event or the turn's end.
     void idle();
@@ -79,7 +83,8 @@ public:
     void activeChanged();               ///< asks whether a window has the focus; else menus close
     void killMenu(CWin* keep);          ///< closes the menus above `keep`, all for null
 
-    /// Begins to drag from `ctrl`. The caller fills `dragList`, which is empty now.
+    /// Begins to drag from `ctrl`, null for another program. The caller fills `dragList`, which is
+    /// empty now.
     void startDrag(CCtrl* ctrl);
     void endDrag(); ///< ends it, dropped or not
     CList* getDraglist() const { return dragList; }
@@ -89,6 +94,10 @@ public:
     bool dragHasObject(int objCategory, int objType) const; ///< an object of that class
     void dragStep(int btn);                                 ///< the pointer moved during a drag
     void drop(int btn); ///< the button was released during a drag
+    /// The same for a drag of any program: at a point of the screen, over the window `under`, null
+    /// for none of ours. `dragOver` tells whether a control or the window takes drops there.
+    bool dragOver(CWin* under, CPoint pointer, int btn);
+    void dropOn(CWin* under, CPoint pointer, int btn);
     void hideDragWin();
 
     void setCursor(int number); ///< for all windows, 0 or below gives each its own again
@@ -120,16 +129,34 @@ public:
     bool nextEvent(_XEvent& event); ///< takes one from the queue; false when none is waiting
     void handleEvent(const _XEvent& event); ///< hands it to its window
 
-private:
-    class HandlerScope;
+    /// Tells whether an address is code of a loaded plug-in; null while none can be. Only such code
+    /// is called for the events of its window inside one of ours, as named by the window's property
+    /// `_XEventProc`.
+    bool (*isPluginCode)(const void* address) = nullptr;
 
+    /// A handler, or a loop of a window, is on the stack: nothing that it may be using is deleted.
+    class HandlerScope {
+    public:
+        explicit HandlerScope(CApp* application) : app(application) { app->handlers++; }
+        ~HandlerScope() {
+            if (--app->handlers == 0) app->purge();
+        }
+        HandlerScope(const HandlerScope&) = delete;
+        HandlerScope& operator=(const HandlerScope&) = delete;
+
+    private:
+        CApp* app;
+    };
+
+private:
+    void strangersEvent(const _XEvent& event);
     void keyEvent(CWin* win, const _XEvent& event);
     void press(CWin* win, const _XEvent& event);
     void wheel(CWin* win, const _XEvent& event);
     bool secondPress(const _XEvent& event) const;
     void focusEvent(CWin* win, const _XEvent& event);
     void expose(CWin* win, const _XEvent& event);
-    CCtrl* dropTarget(CPoint pointer) const;
+    void motion(CWin* win, const _XEvent& event);
     void moveDragWin();
     void detach(CCtrl* ctrl);
     void stepTimers(int turns);
@@ -142,4 +169,5 @@ private:
     int handlers = 0;           ///< on the stack
     std::chrono::steady_clock::time_point turnStart;
     std::unique_ptr<CDragWin> dragWin; ///< made on first use
+    std::unique_ptr<XdndTarget> outsideDrags;
 };

@@ -4,7 +4,9 @@
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/Scale.h"
+#include "gui/Utf8.h"
 #include "gui/XConnection.h"
+#include "gui/Xdnd.h"
 #include "gui/controls/CButton.h"
 
 #include <X11/Xatom.h>
@@ -47,9 +49,10 @@ CWin::CWin(CApp* application, CWin* owner, const CStr& title, int l, int t, int 
 }
 
 CWin::~CWin() {
+    forgetHover();
     CWin::hide();
     deleteAll<CCtrl>(controls);
-    for (CWin* child : each<CWin>(children)) child->parent = nullptr;
+    releaseChildren();
     if (parent && hasStyle(winChild)) static_cast<CWin*>(parent)->children.remove(this);
     app->removeWindow(handle, this);
     app->forget(this);
@@ -59,6 +62,21 @@ CWin::~CWin() {
     graphic.reset();
     Display* display = liveDisplay();
     if (display && handle) XDestroyWindow(display, handle);
+}
+
+/// Windows inside this one would vanish with it on the server, and their owners not know.
+void CWin::releaseChildren() {
+    Display* display = liveDisplay();
+    for (CWin* child : each<CWin>(children)) {
+        child->hide();
+        child->parent = nullptr;
+        if (display) XReparentWindow(display, child->handle, xConnection().root, 0, 0);
+    }
+}
+
+void CWin::forgetHover() {
+    for (CCtrl** slot : {&app->hooverCtrl, &app->mouseOverCtrl})
+        if (*slot && (*slot)->win == this) *slot = nullptr;
 }
 
 void CWin::createHandle() {
@@ -72,11 +90,12 @@ void CWin::createHandle() {
         attributes.override_redirect = hasStyle(winPopup);
         attributes.event_mask = eventMask;
         attributes.colormap = x.colormap;
+        attributes.cursor = x.cursors[shownCursor];
         handle = XCreateWindow(
             display, owner && hasStyle(winChild) ? owner->handle : x.root, toDevice(left),
             toDevice(top), unsigned(toDevice(asMax(width, 1))),
             unsigned(toDevice(asMax(height, 1))), 0, CopyFromParent, InputOutput, CopyFromParent,
-            CWBackPixmap | CWOverrideRedirect | CWEventMask | CWColormap, &attributes);
+            CWBackPixmap | CWOverrideRedirect | CWEventMask | CWColormap | CWCursor, &attributes);
         setHints();
     }
     app->addWindow(handle, this);
@@ -98,12 +117,24 @@ void CWin::setHints() {
                         PropModeReplace, reinterpret_cast<const unsigned char*>(noDecorations), 5);
     }
     if (parent) XSetTransientForHint(display, handle, static_cast<CWin*>(parent)->handle);
+    if (!hasStyle(winChild | winPopup | winFloating)) XdndTarget::announce(handle);
     Atom closing = x.atoms.wmDelete;
     XSetWMProtocols(display, handle, &closing, 1);
     XMoveWindow(display, handle, toDevice(left), toDevice(top));
     setAddress(display, handle, x.atoms.self, this);
     setAddress(display, handle, x.atoms.eventProc, reinterpret_cast<const void*>(&handleXEvent));
-    XStoreName(display, handle, id.asChar());
+    nameHandle();
+}
+
+/// For the window manager, which reads old names as Latin-1 and new ones as UTF-8.
+void CWin::nameHandle() {
+    Display* display = liveDisplay();
+    if (!display) return;
+    const XConnection::Atoms& atoms = xConnection().atoms;
+    const std::string name = asUtf8(id.asChar());
+    XStoreName(display, handle, asLatin1(name).c_str());
+    XChangeProperty(display, handle, atoms.netName, atoms.utf8String, 8, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(name.data()), int(name.size()));
 }
 
 void CWin::createCaption() {
@@ -172,7 +203,7 @@ void CWin::updateClient() {
 
 void CWin::setCaption(const CStr& text) {
     id = text;
-    if (Display* display = liveDisplay()) XStoreName(display, handle, id.asChar());
+    nameHandle();
     if (captionGroup) captionGroup->redraw();
 }
 
@@ -283,6 +314,15 @@ void CWin::setSizeFromControls(int minW, int minH, int) {
         h = asMax(h, c->top + c->height + contentMargin);
     }
     setSize(w + 2 * borderSize, h + clientGroup->top + borderSize);
+}
+
+CWin* CWin::innermostAt(CPoint screen) {
+    for (CWin* child : each<CWin>(children)) {
+        const CPoint at = child->getPos(true);
+        if (child->visible && child->inside(screen.x - at.x, screen.y - at.y))
+            return child->innermostAt(screen);
+    }
+    return this;
 }
 
 bool CWin::hasFocus() {

@@ -109,6 +109,7 @@ public:
     void maximize();
     void restore();
     void toggleMaximized();
+    void toggleToolbar(); ///< shows or hides it
     void move(int x, int y, int w, int h);
     void setSize(int w, int h);
     /// At least the given size, and so large that the content fits with 8 pixels to spare.
@@ -122,12 +123,19 @@ public:
     void bringToFront() { raise(false); }
     void dropAt(int x, int y, int btn); ///< gives `CApp::dragList` to who takes it there
     bool isViewable() const;
+    /// The window at a point of the screen: this one, or the innermost of ours inside it.
+    CWin* innermostAt(CPoint screen);
+    /// Whether a press on that X window passes while this one is modal.
+    bool takesPress(unsigned long target) const;
 
 protected:
     virtual void drawCaption(CObject* sender, CGraphic* g, CRect rect);
 
 private:
     void createHandle();
+    void nameHandle();
+    void releaseChildren();
+    void forgetHover();
     void setHints();
     void createCaption();
     void addCaptionButton(int kind, int rightMargin);
@@ -145,7 +153,6 @@ private:
     void askManager(int action);
     void centre();
     void modalTurn();
-    bool takesPress(unsigned long target) const;
     void menuEvent(_XEvent& event);
     void leaveLists();
 

@@ -11,7 +11,7 @@
 namespace {
 
 constexpr int edge = 3, corner = 3 * edge, moveStrip = 23;
-enum CaptionTag : int { tagSize = 1, tagClose = 2 };
+enum CaptionTag : int { tagSize = 1, tagClose = 2, tagToolbar = 3 };
 
 int cursorOfZone(int zone) {
     switch (zone) {
@@ -146,7 +146,9 @@ void CWin::captionMouseUp(CObject*, int, int, int btn) {
     auto* popup = new CPopup(app, this);
     popup->autoDelete = true;
     const auto add = [&](const char* text, int entryTag) {
-        popup->add(text, new _COnChange<CWin>(this, &CWin::captionMenu))->tag = entryTag;
+        CCtrl* entry = popup->add(text, new _COnChange<CWin>(this, &CWin::captionMenu));
+        entry->tag = entryTag;
+        entry->data = this;
     };
     if (hasStyle(winSizable)) add(hasStyle(winMaximized) ? "Restore" : "Maximize", tagSize);
     popup->addSeparator();
@@ -156,10 +158,27 @@ void CWin::captionMouseUp(CObject*, int, int, int btn) {
 }
 
 void CWin::captionMenu(CObject* sender) {
-    if (static_cast<CCtrl*>(sender)->tag == tagSize)
+    switch (static_cast<CCtrl*>(sender)->tag) {
+    case tagSize:
         toggleMaximized();
-    else
+        break;
+    case tagClose:
         hide();
+        break;
+    case tagToolbar:
+        toggleToolbar();
+        break;
+    default:
+        break;
+    }
+}
+
+void CWin::toggleToolbar() {
+    if (!toolbar) return;
+    toolbar->visible = !toolbar->visible;
+    updateClient();
+    resized();
+    redraw();
 }
 
 void CWin::dragZone() {
@@ -177,6 +196,7 @@ int CWin::hover(int x, int y, int btn) {
     }
     const CPoint at = controlPos(hit);
     hit->mouseMove(x - at.x, y - at.y, btn);
+    if (!visible || hit != controlAtPos(x, y)) return 1; // the handler has changed things
     app->setHooverCtrl(hit, x - at.x, y - at.y);
     return hit->cursor;
 }
@@ -236,7 +256,9 @@ void CWin::dropAt(int x, int y, int btn) {
 
 bool CWin::keyDown(int key, int mods) {
     if (offerKey(key, mods) || ownKey(key, mods)) return true;
-    return hasStyle(winKeysToOwner) && parent && static_cast<CWin*>(parent)->keyDown(key, mods);
+    auto* owner = static_cast<CWin*>(parent);
+    return hasStyle(winKeysToOwner) && owner && !owner->hasStyle(winPages) &&
+           owner->keyDown(key, mods);
 }
 
 /// Everybody who may want the key before the window itself.
@@ -279,7 +301,7 @@ bool CWin::nextCtrl() {
     const int count = siblings.getCount(), start = siblings.indexed(keyCtrl);
     for (int step = 1; step < count; step++) {
         auto* next = static_cast<CCtrl*>(siblings.items((start + step) % count));
-        if (!next->tabStop) continue;
+        if (!next->tabStop || !next->visible || !next->enabled) continue;
         setKeyCtrl(next);
         return true;
     }

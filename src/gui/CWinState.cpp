@@ -34,11 +34,9 @@ void CWin::show(bool activate) {
     if (!display || visible) return;
     resized();
     if (hasStyle(winCentre)) centre();
-    if (!activate) {
-        XSetWindowAttributes attributes{};
-        attributes.override_redirect = True;
-        XChangeWindowAttributes(display, handle, CWOverrideRedirect, &attributes);
-    }
+    XSetWindowAttributes attributes{};
+    attributes.override_redirect = !activate || hasStyle(winPopup);
+    XChangeWindowAttributes(display, handle, CWOverrideRedirect, &attributes);
     XMapRaised(display, handle);
     XSync(display, False);
     if (!hasStyle(winChild) && !hasStyle(winPopup)) app->windows.addUnique(this);
@@ -67,6 +65,8 @@ void CWin::hide() {
         }
         app->windows.remove(this);
         mouseCtrl = keyCtrl = nullptr;
+        if (app->hooverCtrl && app->hooverCtrl->win == this) app->setHooverCtrl(nullptr, 0, 0);
+        if (app->dragCtrl && app->dragCtrl->win == this) app->endDrag(); // no release will come
     }
     leaveLists();
 }
@@ -165,6 +165,7 @@ void CWin::restore() {
 }
 
 void CWin::showModal() {
+    const CApp::HandlerScope scope(app);
     setCapture(false);
     CWin* former = app->modalWin;
     app->modalWin = this;
@@ -188,15 +189,16 @@ void CWin::modalTurn() {
         if (!isButton(event) || takesPress(event.xany.window)) app->handleEvent(event);
 }
 
-/// Whether a press on that window passes while this one is modal.
 bool CWin::takesPress(unsigned long target) const {
     const CWin* w = app->windowOf(target);
     if (!w) return true; // an editor of others inside one of our windows
-    return w == this || w->hasStyle(winPopup) || app->menus.contains(w) ||
-           (w->hasStyle(winChild) && w->parent == this);
+    if (w->hasStyle(winPopup) || app->menus.contains(w)) return true;
+    while (w != this && w->hasStyle(winChild) && w->parent) w = static_cast<CWin*>(w->parent);
+    return w == this;
 }
 
 void CWin::showMenu() {
+    const CApp::HandlerScope scope(app);
     const bool first = app->menus.empty();
     app->menus.addUnique(this);
     app->topMenu = static_cast<CWin*>(app->menus.last());

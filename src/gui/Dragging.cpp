@@ -20,6 +20,15 @@ void tellDragOver(CCtrl* ctrl, CPoint pointer, int btn) {
     (*ctrl->onDragOver)(ctrl, at.x, at.y, btn);
 }
 
+/// The control of a window that would take a drop at a point of the screen; null when none would.
+CCtrl* dropTarget(CWin* win, CPoint pointer) {
+    if (!win) return nullptr;
+    const CPoint at = minus(pointer, win->getPos(true));
+    CCtrl* ctrl = win->controlAtPos(at.x, at.y);
+    while (ctrl && ctrl->category != catWin && !ctrl->onDrop) ctrl = ctrl->parent;
+    return ctrl && ctrl->category != catWin ? ctrl : nullptr;
+}
+
 } // namespace
 
 void CApp::startDrag(CCtrl* ctrl) {
@@ -62,19 +71,14 @@ bool CApp::dragHasObject(int objCategory, int objType) const {
     return false;
 }
 
-/// The control that would take a drop at a point of the screen; null when none would.
-CCtrl* CApp::dropTarget(CPoint pointer) const {
-    CWin* win = winAtPos(pointer.x, pointer.y);
-    if (!win) return nullptr;
-    const CPoint at = minus(pointer, win->getPos(true));
-    CCtrl* ctrl = win->controlAtPos(at.x, at.y);
-    while (ctrl && ctrl->category != catWin && !ctrl->onDrop) ctrl = ctrl->parent;
-    return ctrl && ctrl->category != catWin ? ctrl : nullptr;
-}
-
 void CApp::dragStep(int btn) {
     const CPoint pointer = mousePos();
-    CCtrl* target = dropTarget(pointer);
+    dragOver(winAtPos(pointer.x, pointer.y), pointer, btn);
+    if (dragList && !dragList->empty()) moveDragWin();
+}
+
+bool CApp::dragOver(CWin* under, CPoint pointer, int btn) {
+    CCtrl* target = dropTarget(under, pointer);
     CCtrl* former = dragOverCtrl;
     dragOverCtrl = nullptr;
     if (former && former != target) tellDragOver(former, pointer, btn);
@@ -82,7 +86,7 @@ void CApp::dragStep(int btn) {
         dragOverCtrl = target;
         tellDragOver(target, pointer, btn);
     }
-    if (dragList && !dragList->empty()) moveDragWin();
+    return target || (under && under->onDrop);
 }
 
 void CApp::moveDragWin() {
@@ -95,15 +99,17 @@ void CApp::moveDragWin() {
 }
 
 void CApp::drop(int btn) {
+    const CPoint pointer = mousePos();
+    dropOn(winAtPos(pointer.x, pointer.y), pointer, btn);
+}
+
+void CApp::dropOn(CWin* under, CPoint pointer, int btn) {
     dragCtrl = dragOverCtrl = nullptr;
     hideDragWin();
-    if (dragList) {
-        const CPoint pointer = mousePos();
-        if (CWin* under = winAtPos(pointer.x, pointer.y)) {
-            under->setFocus(true);
-            const CPoint at = minus(pointer, under->getPos(true));
-            under->dropAt(at.x, at.y, btn);
-        }
+    if (dragList && under) {
+        under->setFocus(true);
+        const CPoint at = minus(pointer, under->getPos(true));
+        under->dropAt(at.x, at.y, btn);
     }
     endDrag();
 }

@@ -1,20 +1,55 @@
 #include "gui/Selections.h"
 
+#include "gui/SelectionFetch.h"
+#include "gui/SelectionOwner.h"
+#include "gui/Utf8.h"
 #include "gui/XConnection.h"
 
+#include <X11/Xatom.h>
 #include <X11/Xlib.h>
 
+namespace {
+
+constexpr int mostCutBytes = 65536; // every server takes a request of that size
+
+CStr asText(const std::string& bytes) {
+    return CStr(bytes.data(), bytes.size());
+}
+
+/// The text of a selection that has an owner.
+SelectionData fetchText(Atom selection) {
+    const XConnection& x = xConnection();
+    SelectionData data = fetchSelection(selection, x.atoms.utf8String, x.userTime);
+    if (data.state == Fetched::refused) data = fetchSelection(selection, XA_STRING, x.userTime);
+    if (data.type == XA_STRING) data.bytes = asUtf8(data.bytes);
+    return data;
+}
+
+CStr cutBuffer() {
+    int bytes = 0;
+    char* found = XFetchBytes(liveDisplay(), &bytes);
+    if (!found) return CStr();
+    CStr text(found, size_t(bytes));
+    XFree(found);
+    return text;
+}
+
+} // namespace
+
 void copyText(const CStr& text) {
-    if (Display* display = liveDisplay()) XStoreBytes(display, text.asChar(), text.length());
+    Display* display = liveDisplay();
+    if (!display) return;
+    const int length = text.length();
+    XStoreBytes(display, text.asChar(), length > mostCutBytes ? 0 : length);
+    selectionOwner().offer(asUtf8(text.asChar()));
 }
 
 CStr pasteText() {
     Display* display = liveDisplay();
     if (!display) return CStr();
-    int bytes = 0;
-    char* found = XFetchBytes(display, &bytes);
-    if (!found) return CStr();
-    CStr text(found, size_t(bytes));
-    XFree(found);
-    return text;
+    for (const Atom selection : {xConnection().atoms.clipboard, Atom(XA_PRIMARY)}) {
+        if (selectionOwner().owns(selection)) return asText(selectionOwner().getText());
+        if (XGetSelectionOwner(display, selection)) return asText(fetchText(selection).bytes);
+    }
+    return cutBuffer();
 }

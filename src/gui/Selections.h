@@ -26,6 +26,9 @@ public:
     }
 };
 
-/// The clipboard of plain text that old programs share: cut buffer 0.
+/// Gives text to other programs: as the selections CLIPBOARD and PRIMARY, and in cut buffer 0,
+/// which old programs share; that one is emptied by more than 64 KB.
 void copyText(const CStr& text);
-CStr pasteText(); ///< empty when there is none
+/// The text of CLIPBOARD, without an owner that of PRIMARY, else of cut buffer 0. Empty when there
+/// is none, or when the program that has it does not answer for a second.
+CStr pasteText();

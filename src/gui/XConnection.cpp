@@ -9,11 +9,62 @@
 
 #include <cstdlib>
 #include <initializer_list>
+#include <span>
+#include <vector>
 
 int xerror = 0;
 int xlibColorDepth = 24;
 
 namespace {
+
+using Atoms = XConnection::Atoms;
+
+struct AtomName {
+    unsigned long Atoms::*slot;
+    const char* name;
+};
+
+constexpr AtomName ownAtoms[] = {{&Atoms::self, "_this"},
+                                 {&Atoms::eventProc, "_XEventProc"},
+                                 {&Atoms::wmProtocols, "WM_PROTOCOLS"},
+                                 {&Atoms::wmDelete, "WM_DELETE_WINDOW"},
+                                 {&Atoms::clipboard, "CLIPBOARD"},
+                                 {&Atoms::targets, "TARGETS"},
+                                 {&Atoms::timestamp, "TIMESTAMP"},
+                                 {&Atoms::multiple, "MULTIPLE"},
+                                 {&Atoms::atomPair, "ATOM_PAIR"},
+                                 {&Atoms::incr, "INCR"},
+                                 {&Atoms::utf8String, "UTF8_STRING"},
+                                 {&Atoms::utf8Plain, "text/plain;charset=utf-8"},
+                                 {&Atoms::text, "TEXT"},
+                                 {&Atoms::uriList, "text/uri-list"},
+                                 {&Atoms::netName, "_NET_WM_NAME"},
+                                 {&Atoms::fetched, "SONDRAVA_SELECTION"},
+                                 {&Atoms::dndAware, "XdndAware"},
+                                 {&Atoms::dndEnter, "XdndEnter"},
+                                 {&Atoms::dndPosition, "XdndPosition"},
+                                 {&Atoms::dndStatus, "XdndStatus"},
+                                 {&Atoms::dndLeave, "XdndLeave"},
+                                 {&Atoms::dndDrop, "XdndDrop"},
+                                 {&Atoms::dndFinished, "XdndFinished"},
+                                 {&Atoms::dndSelection, "XdndSelection"},
+                                 {&Atoms::dndTypeList, "XdndTypeList"},
+                                 {&Atoms::dndActionCopy, "XdndActionCopy"}};
+
+constexpr AtomName managerAtoms[] = {{&Atoms::motifHints, "_MOTIF_WM_HINTS"},
+                                     {&Atoms::netState, "_NET_WM_STATE"},
+                                     {&Atoms::netMaxVert, "_NET_WM_STATE_MAXIMIZED_VERT"},
+                                     {&Atoms::netMaxHorz, "_NET_WM_STATE_MAXIMIZED_HORZ"},
+                                     {&Atoms::netFullscreen, "_NET_WM_STATE_FULLSCREEN"}};
+
+/// In one trip to the server.
+void intern(Display* display, Atoms& atoms, std::span<const AtomName> names, bool onlyIfExists) {
+    std::vector<char*> texts;
+    for (const AtomName& n : names) texts.push_back(const_cast<char*>(n.name));
+    std::vector<Atom> found(names.size());
+    XInternAtoms(display, texts.data(), int(texts.size()), onlyIfExists, found.data());
+    for (size_t i = 0; i < names.size(); i++) atoms.*names[i].slot = found[i];
+}
 
 int noteError(Display*, XErrorEvent* event) {
     xerror = event->error_code;
@@ -87,24 +138,13 @@ void XConnection::close() {
 }
 
 void XConnection::internAtoms() {
-    const char* names[] = {"_this", "_XEventProc", "WM_PROTOCOLS", "WM_DELETE_WINDOW"};
-    Atom made[4] = {};
-    XInternAtoms(display, const_cast<char**>(names), 4, False, made);
-    atoms = {made[0], made[1], made[2], made[3], 0, 0, 0, 0, 0};
+    intern(display, atoms, ownAtoms, false);
     findManagerAtoms();
 }
 
 void XConnection::findManagerAtoms() {
     if (atoms.motifHints && atoms.netState && atoms.netFullscreen) return;
-    const char* names[] = {"_MOTIF_WM_HINTS", "_NET_WM_STATE", "_NET_WM_STATE_MAXIMIZED_VERT",
-                           "_NET_WM_STATE_MAXIMIZED_HORZ", "_NET_WM_STATE_FULLSCREEN"};
-    Atom found[5] = {};
-    XInternAtoms(display, const_cast<char**>(names), 5, True, found);
-    atoms.motifHints = found[0];
-    atoms.netState = found[1];
-    atoms.netMaxVert = found[2];
-    atoms.netMaxHorz = found[3];
-    atoms.netFullscreen = found[4];
+    intern(display, atoms, managerAtoms, true);
 }
 
 void XConnection::makeCursors() {

@@ -27,6 +27,11 @@ public:
 
     struct Atoms {
         unsigned long self, eventProc, wmProtocols, wmDelete;
+        unsigned long clipboard, targets, timestamp, multiple, atomPair, incr;
+        unsigned long utf8String, utf8Plain, text, uriList, netName;
+        unsigned long fetched; ///< the property in which we want selections of others
+        unsigned long dndAware, dndEnter, dndPosition, dndStatus, dndLeave, dndDrop, dndFinished;
+        unsigned long dndSelection, dndTypeList, dndActionCopy;
         unsigned long motifHints; ///< 0 if no window manager has named it
         unsigned long netState, netMaxVert, netMaxHorz, netFullscreen; ///< as above
     };
@@ -38,7 +43,8 @@ public:
     Atoms atoms{};
     unsigned long cursors[cursorCount + 1] = {}; ///< by the number of `CCtrl::cursor`; 0 unused
     ServerFont font;
-    bool lost = false; ///< the server closed the connection
+    unsigned long userTime = 0; ///< the server's, of the latest key or button; 0 before the first
+    bool lost = false;          ///< the server closed the connection
 
     bool open(); ///< true also if it is open already; false, with nothing held, without a display
     void close();

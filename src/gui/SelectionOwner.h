@@ -1,0 +1,53 @@
+#pragma once
+
+#include <chrono>
+#include <list>
+#include <memory>
+#include <string>
+
+union _XEvent;
+
+/// Offers our text to other programs, as the owner of the selections CLIPBOARD and PRIMARY. Who
+/// asks gets it in UTF-8 or Latin-1; a large one goes piece by piece, at the pace of the asking
+/// program, and is given up when that does not go on. Interface thread.
+class SelectionOwner {
+public:
+    /// Becomes the owner of both. Nothing happens without a display.
+    void offer(const std::string& utf8);
+    /// Whether our text is in a selection (an atom) now.
+    bool owns(unsigned long selection) const;
+    const std::string& getText() const { return *text; }
+    /// Whether an event is for `handle`.
+    bool concerns(const _XEvent& event) const;
+    bool handle(const _XEvent& event); ///< false when it does not concern us
+    void close();                      ///< before the connection goes
+
+private:
+    using Text = std::shared_ptr<const std::string>;
+    using Clock = std::chrono::steady_clock;
+    /// A text on its way in pieces.
+    struct Transfer {
+        unsigned long requestor, property, type;
+        Text bytes;
+        size_t done;
+        long formerMask; ///< events of the requestor's window that we had asked for
+        Clock::time_point touched;
+    };
+
+    void answer(const _XEvent& event);
+    bool answerMany(unsigned long requestor, unsigned long property);
+    bool convert(unsigned long requestor, unsigned long target, unsigned long property);
+    void put(unsigned long requestor, unsigned long property, unsigned long type, Text bytes);
+    void begin(Transfer transfer);
+    std::list<Transfer>::iterator transferOf(const _XEvent& event);
+    void sendPiece(std::list<Transfer>::iterator transfer);
+    std::list<Transfer>::iterator end(std::list<Transfer>::iterator transfer);
+    void dropIdle();
+
+    unsigned long window = 0; ///< owned; never shown
+    unsigned long time = 0;   ///< the server's, when the selections became ours
+    Text text = std::make_shared<std::string>();
+    std::list<Transfer> transfers;
+};
+
+SelectionOwner& selectionOwner(); ///< of the one connection
