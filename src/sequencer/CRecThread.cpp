@@ -4,6 +4,8 @@
 #include "base/Paths.h"
 #include "sequencer/CTrack.h"
 
+#include <algorithm>
+
 bool CRecThread::setFolder(const CStr& path, bool inTemp) {
     const bool usable = folderExists(path);
     folder = usable ? path : CStr();
@@ -37,6 +39,11 @@ RecFile* CRecThread::fileOf(const CTrack* track) {
     return nullptr;
 }
 
+bool CRecThread::lacksFile() const {
+    return std::ranges::any_of(
+        files, [](const auto& file) { return file->state.loadAcquire() == RecFile::failed; });
+}
+
 void CRecThread::make(RecFile& file) {
     if (file.state != RecFile::waiting) return;
     CSample* sample = file.sample;
@@ -51,7 +58,6 @@ void CRecThread::make(RecFile& file) {
     } else {
         sample->ownsFile = false;
         file.track->armed = 0;
-        diskWriteFailed = true;
         file.state.storeRelease(RecFile::failed);
     }
 }

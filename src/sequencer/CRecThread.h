@@ -50,6 +50,8 @@ public:
     /// Of the running take, or of the one that was stopped until `forget`; null for other tracks.
     /// Interface thread.
     RecFile* fileOf(const CTrack* track);
+    /// Whether a file of the running take could not be made: that track records no sound.
+    bool lacksFile() const;
     /// Makes the file, unless that was done or has failed. The thread, or after `stopTake` the
     /// interface.
     void make(RecFile& file);

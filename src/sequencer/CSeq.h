@@ -215,15 +215,14 @@ public:
     template <class F>
     void eachSongTrack(F&& visit);
 
-    // For edits that reach the song past a step. Graph holder.
-    /// The content of a part is another one.
-    void contentSwapped(CPart* part);
+    /// For edits that reach a track's lanes past a step. Graph holder.
     void lanesChanged(const CTrack* track);
 
 private:
     int programCount = 0;
     Shared<bool> takeBegun{false}; ///< by the graph, for the idle pass
-    bool warned = false;           ///< of frames that were lost, during this take
+    bool warned = false;           ///< of sound that is lost, during this take
+    CStr warning;                  ///< for the end of the idle pass; empty if there is none
 
     void arm(CSongTrack* songTrack);
     void idleTake();
@@ -231,7 +230,9 @@ private:
     void beginFiles();
     void closeTake();
     void disarm(CTrack* track);
-    void warnOfLoss();
+    void warnOnce(const CStr& text);
+    void noticeLoss();
+    void tellWarning();
     void takeKit(DrumKit& kit, CTrack* track, CUndo* undo);
     void eachDrum(const std::function<void(CDrumSound*)>& visit);
     struct NewTrack;
@@ -239,6 +240,7 @@ private:
     void makeChannels(CTrack* track);
     void makeTrackIO(NewTrack& made);
     CSongTrack* linkTrack(NewTrack& made, CSeqProg* prog, CUndo* undo, int index);
+    void contentSwapped(CPart* part);
     void partMoved(CPart* part, const CList* list);
     void songTrackMoved(CObject* object, const CList* list);
     void lanesMoved(const CList* list);

@@ -87,7 +87,8 @@ void CSeq::idleTake() {
         track->readyForTake();
     }
     edits.send();
-    if (!recReady) warnOfLoss();
+    if (!recReady) noticeLoss();
+    tellWarning();
 }
 
 void CSeq::beginTake() {
@@ -111,7 +112,7 @@ void CSeq::beginFiles() {
     if (recThread.setFolder(folder, temporary)) return recThread.record(audio);
     for (CTrack* track : audio) track->armed = 0;
     update(updateNoFolder);
-    showMsg(nullptr, "Record", "Project must be saved before you can record audio");
+    warnOnce("Project must be saved before you can record audio");
 }
 
 /// Ends the take: the graph lets go of the tracks first, then everything that is left is placed.
@@ -131,9 +132,9 @@ void CSeq::closeTake() {
         track->take.finish(step, recThread.fileOf(track));
         disarm(track);
     }
+    noticeLoss();
     recThread.forget();
     edits.settle();
-    warnOfLoss();
     update(updateParts);
     recReady.storeRelease(1);
     if (step != host->recUndo) host->undoEnd(step, false);
@@ -154,11 +155,27 @@ void CSeq::afterRec() {
     if (!recReady) closeTake();
 }
 
-void CSeq::warnOfLoss() {
-    if (warned || !diskWriteFailed) return;
+/// What the user is told of a take, once: the first thing that went wrong.
+void CSeq::warnOnce(const CStr& text) {
+    if (warned) return;
     warned = true;
-    showMsg(nullptr, "Record",
-            "The disk is full or too slow: a part of the recording could not be written");
+    warning = text;
+}
+
+void CSeq::noticeLoss() {
+    if (recThread.lacksFile())
+        warnOnce("No file for the recording can be made in the folder \"" + recThread.folder +
+                 "\"");
+    else if (diskWriteFailed)
+        warnOnce("The disk is full or too slow: a part of the recording could not be written");
+}
+
+/// At the end of a pass, since others may follow while the message stands.
+void CSeq::tellWarning() {
+    if (warning.empty()) return;
+    const CStr text = warning;
+    warning = "";
+    showMsg(nullptr, "Record", text);
 }
 
 void CSeq::stepRecClicked(CObject*) {

@@ -1,5 +1,6 @@
 #include "TakeFixture.h"
 
+#include "audiofiles/CSampleReader.h"
 #include "audiofiles/SampleFixture.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
@@ -10,7 +11,10 @@
 #include <atomic>
 #include <csignal>
 #include <cstring>
+#include <functional>
+#include <optional>
 #include <sys/mman.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
@@ -23,8 +27,11 @@ constexpr int latency = 137; ///< frames
 class RecordingTest : public SampleFiles {
 protected:
     RecordingTest() {
-        messages = 0;
-        messageHooks().showMsg = [](CWin*, const CStr&, const CStr&, int) { return ++messages; };
+        messages.clear();
+        messageHooks().showMsg = [](CWin*, const CStr& title, const CStr& text, int) {
+            messages.push_back((title + ": " + text).asChar());
+            return int(mbOk);
+        };
     }
     ~RecordingTest() override {
         messageHooks().showMsg = nullptr;
@@ -36,12 +43,11 @@ protected:
         f.device.feedL = left = noise(blocks * f.block, 1);
         f.device.feedR = right = noise(blocks * f.block, 2);
     }
-    /// Compares the last take with the feed from a block on, byte for byte.
-    void expectFeed(TakeFixture& f, CSongTrack* t, int from, int blocks) {
+    /// Compares the last take with so many frames of the feed from a block on, byte for byte.
+    void expectFeed(TakeFixture& f, CSongTrack* t, int from, int frames) {
         ASSERT_EQ(t->parts.getCount(), 1);
         const auto* event = static_cast<CAudioEvent*>(f.partOf(t)->getEvents());
         const CSample* take = event->sample;
-        const int frames = blocks * f.block;
         EXPECT_EQ(take->getFrames(), frames);
         EXPECT_EQ(event->start, latency);
         EXPECT_EQ(event->end, frames - 1);
@@ -54,7 +60,7 @@ protected:
         EXPECT_EQ(bytesOf(take->filename.asChar()), bytesOf(path("once.wav")));
     }
 
-    static inline int messages = 0;
+    static inline std::vector<std::string> messages;
     std::vector<float> left, right;
 };
 
@@ -117,11 +123,11 @@ TEST_F(RecordingTest, TakesEqualTheFeed) {
             f.end();
             EXPECT_TRUE(played);
             EXPECT_EQ(*std::ranges::max_element(f.device.left), 0.0f) << "its own take";
-            expectFeed(f, t, way.countIn + way.before, way.during);
+            expectFeed(f, t, way.countIn + way.before, way.during * f.block);
             EXPECT_EQ(f.partOf(t)->pos, way.before * f.blockTicks);
             f.expectOneStep(empty);
         }
-    EXPECT_EQ(messages, 0);
+    EXPECT_TRUE(messages.empty());
 }
 
 /// Blocks of another thread, idle passes and the thread that writes, all at once: nothing is lost,
@@ -143,7 +149,7 @@ TEST_F(RecordingTest, AudioThreadOnlyMovesNumbers) {
     f.idle();
     EXPECT_EQ(rtViolations(), 0);
     EXPECT_EQ(notes->parts.getCount(), 1);
-    expectFeed(f, t, 0, 600);
+    expectFeed(f, t, 0, 600 * f.block);
     EXPECT_EQ(pointsOf(f.partOf(t), 0).size(), 2u) << "the value before the move, and the move";
 }
 
@@ -186,33 +192,159 @@ TEST_F(RecordingTest, KilledTakeIsAWholeFile) {
     for (size_t i = 0; i < frames; i++) ASSERT_NEAR(all[i * 2], fed[i], 1.0f / 16384) << i;
 }
 
+/// While a take is written, tracks play from disk without a gap; the disk thread's turn comes after
+/// each block.
+TEST_F(RecordingTest, TracksPlayFromDiskBesideATake) {
+    constexpr int blocks = 600, files = 3; // of 14 buffers each
+    TakeFixture f;
+    std::vector<float> sums[2] = {std::vector<float>(blocks * f.block), sums[0]};
+    for (int i = 0; i < files; i++) {
+        std::vector<float> sides[2];
+        for (int side : {0, 1}) {
+            sides[side] = noise(blocks * f.block, unsigned(2 * i + side + 3));
+            for (float& v : sides[side]) v /= files + 1; // the device clips the sum
+        }
+        const std::string file = path(std::to_string(i) + ".wav");
+        write(file, f.rate, 32, 2, sides[0], sides[1]);
+        for (int side : {0, 1})
+            std::ranges::transform(sums[side], sides[side], sums[side].begin(), std::plus());
+        CAudioEvent* event = createAudioEvent();
+        event->sample = f.host.addSample(file.c_str(), 1);
+        event->end = event->sample->frames - 1;
+        auto* part = new CAudioPart;
+        part->addEvent(0, event);
+        f.track(trackAudio)->addPart(part, nullptr);
+    }
+    f.seq->unselectTracks();
+    f.seq->options.bytes[SongOptions::audioMonitor] = 0;
+    CSongTrack* t = f.ready(trackAudio);
+    feed(f, blocks);
+    f.host.parkWorkers();
+    f.device.forget();
+    f.begin(0);
+    for (int i = 0; i < blocks; i++) {
+        f.play(1);
+        for (const CSample* sample : each<CSample>(f.host.samples)) sample->reader->serve();
+    }
+    const std::vector<float> heard[2] = {f.device.left, f.device.right};
+    f.host.unparkWorkers();
+    f.end();
+    expectFeed(f, t, 0, blocks * f.block);
+    for (int side : {0, 1})
+        for (int i = 0; i < blocks * f.block - 1; i++)
+            ASSERT_NEAR(heard[side][size_t(i)], sums[side][size_t(i)], 1e-5f) << i;
+}
+
+namespace {
+
+/// A disk of so many bytes in place of a folder. Where nothing may be mounted, no file gets longer.
+class SmallDisk {
+public:
+    SmallDisk(const std::string& at, int bytes)
+        : folder(at), real(mount("small", at.c_str(), "tmpfs", 0,
+                                 ("size=" + std::to_string(bytes)).c_str()) == 0) {
+        getrlimit(RLIMIT_FSIZE, &before);
+        handler = std::signal(SIGXFSZ, SIG_IGN);
+        if (!real) limitFiles(rlim_t(bytes));
+    }
+    ~SmallDisk() {
+        limitFiles(before.rlim_cur);
+        std::signal(SIGXFSZ, handler);
+        if (real) umount2(folder.c_str(), MNT_DETACH);
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+
+    /// Leaves no byte.
+    void fill() const {
+        if (!real) return limitFiles(0);
+        std::ofstream filler(folder + "/filler");
+        while (filler.put('x').flush()) continue;
+    }
+    void makeRoom() const {
+        std::filesystem::remove(folder + "/filler");
+        if (real) mount("small", folder.c_str(), "tmpfs", MS_REMOUNT, "size=64m");
+        limitFiles(before.rlim_cur);
+    }
+
+private:
+    const std::string folder;
+    const bool real;
+    rlimit before{};
+    void (*handler)(int) = nullptr;
+
+    void limitFiles(rlim_t bytes) const {
+        const rlimit limit{bytes, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+};
+
+const char* const fullText =
+    "Record: The disk is full or too slow: a part of the recording could not be written";
+
+} // namespace
+
 /// A disk that is full warns once, keeps what fitted, and the program goes on: the next take works,
 /// in a file of its own. The files go with the history.
 TEST_F(RecordingTest, FullDiskWarnsOnce) {
+    constexpr int bytes = 100 * 4096, frames = (bytes - 44) / 4;
     TakeFixture f;
     CSongTrack* t = f.ready(trackAudio);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const auto old = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit small = before;
-    small.rlim_cur = 44 + 100 * f.block * 4;
-    setrlimit(RLIMIT_FSIZE, &small);
-    feed(f, 1000);
+    const SmallDisk disk(f.folder, bytes);
+    feed(f, 1500);
     f.begin(0);
-    f.play(900); // more than waits in memory
+    f.play(1300); // more than the disk and what waits in memory
     f.end();
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, old);
-    EXPECT_EQ(messages, 1);
+    EXPECT_EQ(messages, std::vector<std::string>{fullText});
     diskWriteFailed = false;
-    expectFeed(f, t, 0, 100);
+    expectFeed(f, t, 0, frames);
     f.step([&](CUndo* u) { u->asRemove(f.partOf(t), &t->parts); });
+    disk.makeRoom();
     feed(f, 100);
     f.begin(0);
     f.play(50);
     f.end();
-    expectFeed(f, t, 0, 50);
+    expectFeed(f, t, 0, 50 * f.block);
     EXPECT_TRUE(std::filesystem::exists(f.folder + "/rec1.wav"));
+    EXPECT_EQ(messages.size(), 1u);
     f.host.clear();
     EXPECT_TRUE(std::filesystem::is_empty(f.folder));
+}
+
+/// Where no sound can be kept, that is told once, in so many words; notes are recorded all the
+/// same, and nothing is left but them.
+TEST_F(RecordingTest, TellsWhyThereIsNoSound) {
+    struct Case {
+        const char *name, *text;
+    };
+    for (const Case& c :
+         {Case{"no folder", "Record: Project must be saved before you can record audio"},
+          Case{"no file", "Record: No file for the recording can be made in the folder "
+                          "\"/proc/self\""},
+          Case{"full", fullText}}) {
+        SCOPED_TRACE(c.name);
+        TakeFixture f;
+        std::optional<SmallDisk> disk;
+        if (c.name == std::string("no folder")) {
+            f.host.projectFile = path("song.qv").c_str();
+            for (const char* name : {"song.qv", "song_audio"}) std::ofstream(path(name)) << "x";
+        } else if (c.name == std::string("no file")) {
+            f.host.tempAudioFolder = "/proc/self"; // where nobody can make one
+        } else {
+            disk.emplace(f.folder, 4096);
+            disk->fill();
+        }
+        CSongTrack* notes = f.ready(trackMIDI);
+        CSongTrack* sound = f.ready(trackAudio);
+        messages.clear();
+        feed(f, 400);
+        f.begin(0);
+        f.play(300, {{10, asData(midiNoteOn, 60, 100)}, {20, asData(midiNoteOn, 60, 0)}});
+        f.end();
+        EXPECT_EQ(messages, std::vector<std::string>{c.text});
+        EXPECT_EQ(notes->parts.getCount(), 1);
+        EXPECT_EQ(sound->parts.getCount(), 0);
+        EXPECT_EQ(f.host.samples.getCount(), 0);
+        EXPECT_FALSE(std::filesystem::exists(f.folder + "/rec.wav"));
+    }
 }
