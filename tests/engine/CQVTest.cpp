@@ -255,6 +255,24 @@ TEST(CQV, SettingsComeAndGoWithinTheirRange) {
     EXPECT_EQ(t.host->click->mode, 7);
 }
 
+TEST(CQV, SettingsOfTakesStayInRange) {
+    const IniGuard ini;
+    struct Case {
+        const char *bits, *latency;
+        int recBits, recLatency;
+    };
+    for (const Case& c : {Case{"24", "137", 24, 137}, Case{"32", "0", 32, 0},
+                          Case{"16", "-5", 16, 0}, Case{"8", "x", 16, 0}, Case{"", "", 16, 0}}) {
+        CIniFile(inifile).writeString("audio", "recbits", c.bits);
+        CIniFile(inifile).writeString("options", "rec-latency", c.latency);
+        TestHost t;
+        t.host->settingsEnabled = true;
+        t.host->readSettings();
+        EXPECT_EQ(t.host->recBits, c.recBits) << c.bits;
+        EXPECT_EQ(t.host->recLatency, c.recLatency) << c.latency;
+    }
+}
+
 TEST(CQV, Folders) {
     const IniGuard ini;
     CIniFile file(inifile);

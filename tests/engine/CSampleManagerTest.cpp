@@ -3,6 +3,7 @@
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
+#include "base/Process.h"
 #include "engine/ForgetHooks.h"
 #include "support/TestHost.h"
 
@@ -267,6 +268,41 @@ TEST_F(CSampleManagerTest, ForeignFormatsComeInAsWav) {
     EXPECT_TRUE(!import("long.flac", false) && result == ImportResult::cancelled);
     host->clear();
     EXPECT_TRUE(fs::is_empty(path("temp")));
+}
+
+/// A pool of more files than the system lets us open: those beyond are refused, the others play,
+/// and once there are handles again the rest comes in.
+TEST_F(CSampleManagerTest, PoolsOutgrowTheHandles) {
+    constexpr int files = 100;
+    rlimit before{};
+    getrlimit(RLIMIT_NOFILE, &before);
+    make("temp/0.wav");
+    for (int i = 1; i < files; ++i)
+        fs::create_hard_link(path("temp/0.wav"), path("temp/" + std::to_string(i) + ".wav"));
+    const auto addAll = [&] {
+        int opened = 0;
+        for (int i = 0; i < files; ++i)
+            opened += host->addSample(full("temp/" + std::to_string(i) + ".wav"), 1) != nullptr;
+        return opened;
+    };
+    const rlimit few{40, before.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &few);
+    const int opened = addAll();
+    EXPECT_EQ(host->samples.getCount(), opened);
+    for (const auto* sample : each<CSample>(host->samples)) {
+        float frame[2] = {};
+        sample->reader->getData(90000, 1, frame, false, false);
+        EXPECT_NEAR(frame[1], 0.25f, 1e-4f);
+    }
+    raiseFileLimit();
+    rlimit raised{};
+    getrlimit(RLIMIT_NOFILE, &raised);
+    EXPECT_GT(opened, 0);
+    EXPECT_LT(opened, 40);
+    EXPECT_EQ(raised.rlim_cur, std::min<rlim_t>(before.rlim_max, mostOpenFiles));
+    EXPECT_EQ(addAll(), files);
+    EXPECT_EQ(host->samples.getCount(), files);
+    setrlimit(RLIMIT_NOFILE, &before);
 }
 
 /// Samples go while they play, are read ahead and drawn.
