@@ -2,6 +2,7 @@
 #include "base/Denormals.h"
 #include "base/Messages.h"
 #include "base/Paths.h"
+#include "base/Process.h"
 #include "data/demosong/DemoSong.h"
 #include "engine/CMixer.h"
 #include "engine/CQV.h"
@@ -126,6 +127,7 @@ int main(int argc, char** argv) {
     CStr error;
     if (!parseOptions(argc, argv, options, error)) return fail(error);
     messageHooks().showMsg = keepMessage;
+    raiseFileLimit();
     flushDenormals();
     enterCompTypes();
 

@@ -6,6 +6,7 @@
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
+#include "base/Process.h"
 #include "data/demosong/DemoSong.h"
 #include "engine/CAAM.h"
 #include "engine/CQV.h"
@@ -108,6 +109,7 @@ struct Program {
 int runapp() {
     Program p;
     markInterfaceThread();
+    raiseFileLimit();
     inifile = findSettings();
     auto ini = std::make_unique<CIniFile>(inifile);
     p.app = std::make_unique<CApp>();
