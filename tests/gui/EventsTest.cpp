@@ -362,13 +362,6 @@ TEST_F(EventTest, DragsAreDroppedWhereSomebodyTakesThem) {
     EXPECT_EQ(app->dragCtrl, nullptr);
 }
 
-TEST_F(EventTest, TextGoesThroughTheCutBuffer) {
-    copyText("tempo 120");
-    EXPECT_TRUE(pasteText() == "tempo 120");
-    copyText("");
-    EXPECT_TRUE(pasteText().empty());
-}
-
 TEST_F(EventTest, ErrorsOfTheServerAreOnlyNoted) {
     xerror = 0;
     XDestroyWindow(liveDisplay(), 0x7fffff);
