@@ -2,6 +2,8 @@
 
 #include "base/Numbers.h"
 #include "gui/CGraphic.h"
+#include "gui/Scale.h"
+#include "gui/ServerRects.h"
 #include "gui/XConnection.h"
 
 #include <X11/Xlib.h>
@@ -13,8 +15,6 @@
 #include <cstring>
 
 namespace {
-
-constexpr int largestSide = 32767; // the protocol's coordinates have 16 bits
 
 void detachMemory(void* address) {
     if (address) shmdt(address);
@@ -39,7 +39,7 @@ bool attachMemory(Display* display, XShmSegmentInfo& info, const XImage& image) 
 } // namespace
 
 CBitmap::CBitmap(int w, int h)
-    : width(asMinMax(w, 1, largestSide)), height(asMinMax(h, 1, largestSide)) {
+    : width(asMinMax(w, 1, toLogical(farthest))), height(asMinMax(h, 1, toLogical(farthest))) {
     if (!liveDisplay()) {
         graphic = std::make_unique<CGraphic>(0);
         return;
@@ -73,12 +73,13 @@ bool CBitmap::createShared() {
     XShmSegmentInfo info{};
     XImage* image = XShmCreateImage(display, DefaultVisual(display, xConnection().screen),
                                     unsigned(xlibColorDepth), ZPixmap, nullptr, &info,
-                                    unsigned(width), unsigned(height));
+                                    unsigned(deviceWidth()), unsigned(deviceHeight()));
     if (!image) return false;
     if (attachMemory(display, info, *image)) {
         xerror = 0;
-        pixmap = XShmCreatePixmap(display, xConnection().root, info.shmaddr, &info, unsigned(width),
-                                  unsigned(height), unsigned(xlibColorDepth));
+        pixmap = XShmCreatePixmap(display, xConnection().root, info.shmaddr, &info,
+                                  unsigned(deviceWidth()), unsigned(deviceHeight()),
+                                  unsigned(xlibColorDepth));
         shared = syncSucceeded();
         if (!shared) {
             XShmDetach(display, &info);
@@ -102,8 +103,8 @@ bool CBitmap::createShared() {
 
 void CBitmap::createPlain() {
     Display* display = liveDisplay();
-    pixmap = XCreatePixmap(display, xConnection().root, unsigned(width), unsigned(height),
-                           unsigned(xlibColorDepth));
+    pixmap = XCreatePixmap(display, xConnection().root, unsigned(deviceWidth()),
+                           unsigned(deviceHeight()), unsigned(xlibColorDepth));
     graphic = std::make_unique<CGraphic>(pixmap);
 }
 
@@ -114,13 +115,13 @@ bool CBitmap::lockPixels() {
         XSync(display, False);
         return depth == 32;
     }
-    XImage* image =
-        XGetImage(display, pixmap, 0, 0, unsigned(width), unsigned(height), AllPlanes, ZPixmap);
+    XImage* image = XGetImage(display, pixmap, 0, 0, unsigned(deviceWidth()),
+                              unsigned(deviceHeight()), AllPlanes, ZPixmap);
     if (!image) return false;
     const bool usable = image->bits_per_pixel == 32;
     if (usable) {
         const auto* bytes = reinterpret_cast<const uint8_t*>(image->data);
-        copied.assign(bytes, bytes + size_t(image->bytes_per_line) * size_t(height));
+        copied.assign(bytes, bytes + size_t(image->bytes_per_line) * size_t(deviceHeight()));
         graphic->pixels = copied.data();
         graphic->stride = image->bytes_per_line;
         graphic->byteOrder = image->byte_order;
@@ -135,26 +136,34 @@ void CBitmap::unlockPixels() {
     if (shared || copied.empty()) return;
     graphic->pixels = nullptr;
     if (display) {
-        XImage* image = XCreateImage(display, DefaultVisual(display, xConnection().screen),
-                                     unsigned(xlibColorDepth), ZPixmap, 0,
-                                     reinterpret_cast<char*>(copied.data()), unsigned(width),
-                                     unsigned(height), 32, graphic->stride);
+        XImage* image = XCreateImage(
+            display, DefaultVisual(display, xConnection().screen), unsigned(xlibColorDepth),
+            ZPixmap, 0, reinterpret_cast<char*>(copied.data()), unsigned(deviceWidth()),
+            unsigned(deviceHeight()), 32, graphic->stride);
         XSetClipMask(display, graphic->gc, None);
-        XPutImage(display, pixmap, graphic->gc, image, 0, 0, 0, 0, unsigned(width),
-                  unsigned(height));
+        XPutImage(display, pixmap, graphic->gc, image, 0, 0, 0, 0, unsigned(deviceWidth()),
+                  unsigned(deviceHeight()));
         image->data = nullptr; // ours, and not the library's to free
         XDestroyImage(image);
     }
     copied.clear();
 }
 
+int CBitmap::deviceWidth() const {
+    return toDevice(width);
+}
+
+int CBitmap::deviceHeight() const {
+    return toDevice(height);
+}
+
 std::unique_ptr<CBitmap> flipBitmap(CBitmap* source) {
     auto turned = std::make_unique<CBitmap>(source->height, source->width);
+    const int last = turned->deviceHeight() - 1;
     if (source->lockPixels() && turned->lockPixels())
-        for (int y = 0; y < source->height; y++)
-            for (int x = 0; x < source->width; x++)
-                turned->graphic->setPixel(y, turned->height - 1 - x,
-                                          source->graphic->getPixel(x, y));
+        for (int y = 0; y < source->deviceHeight(); y++)
+            for (int x = 0; x < source->deviceWidth(); x++)
+                turned->graphic->setDevicePixel(y, last - x, source->graphic->getDevicePixel(x, y));
     turned->unlockPixels();
     source->unlockPixels();
     return turned;

@@ -15,7 +15,7 @@ class CBitmap : public CObject {
 public:
     std::unique_ptr<CGraphic> graphic; ///< to draw on it
     int depth = 0;                     ///< bits of a pixel in memory
-    int width = 0, height = 0;         ///< pixels, at least 1 each
+    int width = 0, height = 0;         ///< logical pixels, at least 1 each
     bool shared = false;
     unsigned long pixmap = 0;
 
@@ -23,6 +23,8 @@ public:
     ~CBitmap() override;
 
     CRect getRect() const { return asRect(0, 0, width, height); }
+    int deviceWidth() const; ///< of the pixmap
+    int deviceHeight() const;
     /// Makes `CGraphic::getPixel` and `setPixel` valid until `unlockPixels`, showing all that was
     /// drawn before. False when this screen has no pixels of 32 bits.
     bool lockPixels();

@@ -2,10 +2,15 @@
 
 #include "base/Numbers.h"
 #include "gui/CBitmap.h"
+#include "gui/Fonts.h"
+#include "gui/Scale.h"
+#include "gui/ServerRects.h"
 #include "gui/XConnection.h"
 
 #include <X11/Xlib.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 
@@ -17,26 +22,58 @@ CRect sorted(CRect r) {
     return r;
 }
 
-/// The end of a line that leaves out its last point.
-int pulledIn(int from, int to) {
-    if (to > from) return to - 1;
-    return to < from ? to + 1 : to;
+/// The last point of a line that leaves out its end.
+CPoint lastPoint(CPoint from, CPoint to) {
+    const auto pulledIn = [](int start, int end) {
+        if (end > start) return end - 1;
+        return end < start ? end + 1 : end;
+    };
+    return asPoint(pulledIn(from.x, to.x), pulledIn(from.y, to.y));
+}
+
+/// Cuts or widens one side of a line to the thickness that all lines have, inside [lo, hi).
+void makeThick(int& from, int& to, int lo, int hi) {
+    from = asMax(lo, asMin(from, hi - lineThickness()));
+    to = asMin(hi, from + lineThickness());
+}
+
+/// Cuts the line from `a` to `b` where it leaves the coordinates that the protocol can tell. False
+/// when nothing is left.
+bool cutToProtocol(CPoint& a, CPoint& b) {
+    constexpr double most = farthest / 2;
+    const double x = a.x, y = a.y, dx = double(b.x) - x, dy = double(b.y) - y;
+    double first = 0, last = 1;
+    const auto cut = [&](double start, double step) { // to -most <= start + t step <= most
+        if (step == 0) return std::abs(start) <= most;
+        const double one = (-most - start) / step, other = (most - start) / step;
+        first = std::max(first, std::min(one, other));
+        last = std::min(last, std::max(one, other));
+        return first <= last;
+    };
+    if (!cut(x, dx) || !cut(y, dy)) return false;
+    a = asPoint(asRound(x + first * dx), asRound(y + first * dy));
+    b = asPoint(asRound(x + last * dx), asRound(y + last * dy));
+    return true;
 }
 
 } // namespace
 
-CGraphic::CGraphic(unsigned long target) : drawable(target), font(&xConnection().font) {
+CGraphic::CGraphic(unsigned long target) : drawable(target), font(xConnection().font.get()) {
     Display* display = liveDisplay();
     if (!display) return;
     XGCValues values{};
     values.function = GXcopy;
     values.foreground = ~0UL;
     values.graphics_exposures = False; // else each copy would answer with an event
-    gc = XCreateGC(display, drawable, GCFunction | GCForeground | GCGraphicsExposures, &values);
-    if (font->id) XSetFont(display, gc, font->id);
+    values.line_width = lineThickness() > 1 ? lineThickness() : 0;
+    values.cap_style = CapProjecting;
+    gc = XCreateGC(display, drawable,
+                   GCFunction | GCForeground | GCGraphicsExposures | GCLineWidth | GCCapStyle,
+                   &values);
 }
 
 CGraphic::~CGraphic() {
+    pen.reset();
     if (!gc) return;
     if (Display* display = liveDisplay())
         XFreeGC(display, gc);
@@ -51,25 +88,54 @@ bool CGraphic::ready(int color) {
     return true;
 }
 
+CRect CGraphic::clip() const {
+    return asRect(clipLeft, clipTop, clipRight, clipBottom);
+}
+
+/// Of device pixels, in the colour that is set.
+void CGraphic::fillDevice(const CRect& area) {
+    const XRectangle box = serverRect(area);
+    XFillRectangle(liveDisplay(), drawable, gc, box.x, box.y, box.width, box.height);
+}
+
 void CGraphic::fillRect(int color, CRect rect) {
     const CRect r = sizeRect(sorted(rect), originX, originY, originX, originY);
-    const CRect in = intersect(r, asRect(clipLeft, clipTop, clipRight, clipBottom));
-    if (in.empty() || !ready(color)) return;
-    XFillRectangle(liveDisplay(), drawable, gc, in.left, in.top, unsigned(in.width()),
-                   unsigned(in.height()));
+    const CRect in = intersect(r, clip());
+    if (!in.empty() && ready(color)) fillDevice(toDevice(in));
 }
 
 void CGraphic::fillRect(CRect rect) {
     fillRect(fillCol, rect);
 }
 
+void CGraphic::fillLine(int color, CRect rect) {
+    const CRect r = sizeRect(sorted(rect), originX, originY, originX, originY);
+    const CRect in = intersect(r, clip());
+    if (in.empty() || !ready(color)) return;
+    CRect line = toDevice(in);
+    const CRect limits = toDevice(clip());
+    if (r.height() == 1)
+        makeThick(line.top, line.bottom, limits.top, limits.bottom);
+    else if (r.width() == 1)
+        makeThick(line.left, line.right, limits.left, limits.right);
+    fillDevice(line);
+}
+
 void CGraphic::frameRect(int color, CRect rect) {
-    const CRect r = sorted(rect);
-    if (r.empty()) return;
-    fillRect(color, asRect(r.left, r.top, r.right, r.top + 1));
-    fillRect(color, asRect(r.right - 1, r.top, r.right, r.bottom));
-    fillRect(color, asRect(r.left, r.bottom - 1, r.right, r.bottom));
-    fillRect(color, asRect(r.left, r.top, r.left + 1, r.bottom));
+    const CRect r = sizeRect(sorted(rect), originX, originY, originX, originY);
+    if (r.empty() || intersect(r, clip()).empty() || !ready(color)) return;
+    const CRect outer = toDevice(r), limits = toDevice(clip());
+    const int thick = lineThickness();
+    const CRect inner = sizeRect(outer, thick, thick, -thick, -thick);
+    const int middle = asMax(inner.bottom, inner.top); // of a frame that is nothing but edges
+    const CRect edges[] = {asRect(outer.left, outer.top, outer.right, inner.top),
+                           asRect(outer.left, middle, outer.right, outer.bottom),
+                           asRect(outer.left, inner.top, inner.left, middle),
+                           asRect(asMax(inner.right, inner.left), inner.top, outer.right, middle)};
+    for (const CRect& edge : edges) {
+        const CRect in = intersect(intersect(edge, outer), limits);
+        if (!in.empty()) fillDevice(in);
+    }
 }
 
 void CGraphic::frameRect(CRect rect) {
@@ -78,8 +144,24 @@ void CGraphic::frameRect(CRect rect) {
 
 void CGraphic::drawLine(int x1, int y1, int x2, int y2) {
     if (!ready(lineCol)) return;
-    XDrawLine(liveDisplay(), drawable, gc, x1 + originX, y1 + originY, pulledIn(x1, x2) + originX,
-              pulledIn(y1, y2) + originY);
+    const CPoint from = asPoint(x1 + originX, y1 + originY);
+    const CPoint to = lastPoint(from, asPoint(x2 + originX, y2 + originY));
+    if (from.x != to.x && from.y != to.y) {
+        drawSlanted(from, to);
+        return;
+    }
+    CRect line = toDevice(asRect(asMin(from.x, to.x), asMin(from.y, to.y), asMax(from.x, to.x) + 1,
+                                 asMax(from.y, to.y) + 1));
+    if (from.y == to.y) line.bottom = line.top + lineThickness();
+    if (from.x == to.x) line.right = line.left + lineThickness();
+    fillDevice(line);
+}
+
+void CGraphic::drawSlanted(CPoint from, CPoint to) {
+    const int middle = lineThickness() / 2;
+    CPoint a = addPos(toDevice(from), asPoint(middle, middle));
+    CPoint b = addPos(toDevice(to), asPoint(middle, middle));
+    if (cutToProtocol(a, b)) XDrawLine(liveDisplay(), drawable, gc, a.x, a.y, b.x, b.y);
 }
 
 void CGraphic::drawPoly(const CPoint* points, int n) {
@@ -87,41 +169,41 @@ void CGraphic::drawPoly(const CPoint* points, int n) {
     if (n < 1 || n > most || !ready(fillCol)) return;
     XPoint corners[most];
     for (int i = 0; i < n; i++) {
-        corners[i].x = short(points[i].x + originX);
-        corners[i].y = short(points[i].y + originY);
+        corners[i].x = short(asMinMax(toDevice(points[i].x + originX), -farthest, farthest));
+        corners[i].y = short(asMinMax(toDevice(points[i].y + originY), -farthest, farthest));
     }
     XFillPolygon(liveDisplay(), drawable, gc, corners, n, Convex, CoordModeOrigin);
 }
 
-void CGraphic::drawText(int color, const CStr& text, CRect rect, int where, int) {
-    const int length = text.length();
-    if (length == 0 || !ready(color)) return;
-    const CRect box = sizeRect(rect, originX, originY, originX, originY);
-    const int ascent = font->ascent, descent = font->descent;
-    const int wide = textWidth(text);
-    int y = box.top + ascent / 2 + (box.bottom - box.top) / 2;
+/// Where the base line of a text of some width begins that stands in a box, all in device pixels.
+CPoint CGraphic::textStart(int wide, const CRect& box, int where) const {
+    CPoint start = asPoint(box.left, font->centredBase(box.top, box.bottom));
     if (where & textTop)
-        y = box.top + ascent;
+        start.y = box.top + font->deviceAscent;
     else if (where & textBottom)
-        y = box.bottom - descent;
-    int x = box.left + (box.width() - wide) / 2;
-    if (where & textLeft)
-        x = box.left;
-    else if (where & textRight)
-        x = box.right - wide;
+        start.y = box.bottom - font->deviceDescent;
+    if (where & textLeft) return start;
+    const int room = box.width() - wide;
+    start.x += where & textRight ? room : room / 2;
+    return start;
+}
 
-    Display* display = liveDisplay();
-    if (where & textUnclipped) {
-        XDrawString(display, drawable, gc, x, y, text.asChar(), length);
-        return;
-    }
-    const CRect in = intersect(box, asRect(clipLeft, clipTop, clipRight, clipBottom));
-    if (in.empty()) return;
-    const bool fits =
-        x >= in.left && x + wide <= in.right && y - ascent >= in.top && y + descent <= in.bottom;
-    const CRect former = fits ? CRect() : setClip(in);
-    XDrawString(display, drawable, gc, x, y, text.asChar(), length);
-    if (!fits) setClip(former);
+void CGraphic::drawText(int color, const CStr& text, CRect rect, int where, int) {
+    const std::string_view chars = text.asChar();
+    if (chars.empty() || !ready(color)) return;
+    const CRect logical = sizeRect(rect, originX, originY, originX, originY);
+    const CRect in = toDevice(intersect(logical, clip()));
+    const bool cut = !(where & textUnclipped);
+    if (cut && in.empty()) return;
+    if (!pen) pen = font->makePen(drawable);
+    if (!pen) return;
+    const int wide = font->deviceWidth(chars);
+    const CPoint at = textStart(wide, toDevice(logical), where);
+    const CRect taken =
+        asRect(at.x, at.y - font->deviceAscent, at.x + wide, at.y + font->deviceDescent);
+    const bool fits = !cut || intersect(taken, in) == taken;
+    pen->draw(color, at.x, at.y, chars,
+              fits ? toDevice(asRect(hwLeft, hwTop, hwRight, hwBottom)) : in);
 }
 
 void CGraphic::drawText(const CStr& text, CRect rect, int where, int unused) {
@@ -129,7 +211,7 @@ void CGraphic::drawText(const CStr& text, CRect rect, int where, int unused) {
 }
 
 int CGraphic::textWidth(const CStr& text) const {
-    return font->textWidth(text.asChar(), text.length());
+    return font->textWidth(text);
 }
 
 void CGraphic::setRaster(int mode) {
@@ -150,21 +232,12 @@ CRect CGraphic::setClip(CRect rect) {
     hwBottom = rect.bottom;
     Display* display = liveDisplay();
     if (!display || !gc) return former;
-    if (rect == CRect()) {
-        XSetClipMask(display, gc, None);
-        return former;
-    }
-    XRectangle box{};
-    box.x = short(rect.left);
-    box.y = short(rect.top);
-    box.width = static_cast<unsigned short>(asMax(0, rect.width()));
-    box.height = static_cast<unsigned short>(asMax(0, rect.height()));
-    XSetClipRectangles(display, gc, 0, 0, &box, 1, Unsorted);
+    setServerClip(display, gc, toDevice(rect));
     return former;
 }
 
 CRect CGraphic::addClip(CRect rect) {
-    const CRect former = asRect(clipLeft, clipTop, clipRight, clipBottom);
+    const CRect former = clip();
     clipLeft = asMax(0, asMax(clipLeft, rect.left));
     clipTop = asMax(0, asMax(clipTop, rect.top));
     clipRight = asMin(clipRight, rect.right);
@@ -173,8 +246,7 @@ CRect CGraphic::addClip(CRect rect) {
 }
 
 CRect CGraphic::intersectClip(CRect rect) const {
-    const CRect clip = asRect(clipLeft, clipTop, clipRight, clipBottom);
-    return intersect(rect, sizeRect(clip, -originX, -originY, -originX, -originY));
+    return intersect(rect, sizeRect(clip(), -originX, -originY, -originX, -originY));
 }
 
 void CGraphic::restoreClip(CRect former) {
@@ -185,15 +257,24 @@ void CGraphic::restoreClip(CRect former) {
 }
 
 int CGraphic::getPixel(int x, int y) const {
+    return getDevicePixel(toDevice(x + originX), toDevice(y + originY));
+}
+
+void CGraphic::setPixel(int x, int y, int color) {
+    const int right = toDevice(x + 1), bottom = toDevice(y + 1);
+    for (int row = toDevice(y); row < bottom; row++)
+        for (int column = toDevice(x); column < right; column++) setDevicePixel(column, row, color);
+}
+
+int CGraphic::getDevicePixel(int x, int y) const {
     if (depth != 32 || !pixels) return 0;
     uint32_t pixel;
-    const ptrdiff_t row = ptrdiff_t(y + originY) * stride;
-    std::memcpy(&pixel, pixels + row + ptrdiff_t(x + originX) * 4, 4);
+    std::memcpy(&pixel, pixels + ptrdiff_t(y) * stride + ptrdiff_t(x) * 4, 4);
     const XConnection& server = xConnection();
     return int(pixel & (server.redMask | server.greenMask | server.blueMask));
 }
 
-void CGraphic::setPixel(int x, int y, int color) {
+void CGraphic::setDevicePixel(int x, int y, int color) {
     if (depth != 32 || !pixels) return;
     const auto pixel = static_cast<uint32_t>(color);
     std::memcpy(pixels + ptrdiff_t(y) * stride + ptrdiff_t(x) * 4, &pixel, 4);
@@ -202,16 +283,25 @@ void CGraphic::setPixel(int x, int y, int color) {
 void CGraphic::render(const CBitmap* bitmap, int x, int y, int srcX, int srcY, int w, int h) {
     Display* display = liveDisplay();
     if (!display || !gc || w <= 0 || h <= 0) return;
-    XCopyArea(display, bitmap->pixmap, drawable, gc, srcX, srcY, unsigned(w), unsigned(h),
-              x + originX, y + originY);
+    const CRect from = toDevice(asRect(srcX, srcY, srcX + w, srcY + h));
+    const CRect to = toDevice(asRect(x + originX, y + originY, x + originX + w, y + originY + h));
+    const int wide = asMin(from.width(), to.width()), high = asMin(from.height(), to.height());
+    // In another place the same length may have a device pixel more: the last one is repeated.
+    for (int dy = to.height() - high; dy >= 0; dy--)
+        for (int dx = to.width() - wide; dx >= 0; dx--)
+            XCopyArea(display, bitmap->pixmap, drawable, gc, from.left, from.top, unsigned(wide),
+                      unsigned(high), to.left + dx, to.top + dy);
 }
 
 void CGraphic::drawTiled(const CBitmap* bitmap, CRect rect) {
-    if (bitmap->width < 1 || bitmap->height < 1) return;
-    for (int y = rect.top; y < rect.bottom; y += bitmap->height)
-        for (int x = rect.left; x < rect.right; x += bitmap->width)
-            render(bitmap, x, y, 0, 0, asMin(bitmap->width, rect.right - x),
-                   asMin(bitmap->height, rect.bottom - y));
+    Display* display = liveDisplay();
+    const CRect area = toDevice(sizeRect(rect, originX, originY, originX, originY));
+    if (!display || !gc || !bitmap->pixmap || area.empty()) return;
+    XSetTile(display, gc, bitmap->pixmap);
+    XSetTSOrigin(display, gc, area.left, area.top);
+    XSetFillStyle(display, gc, FillTiled);
+    fillDevice(area);
+    XSetFillStyle(display, gc, FillSolid);
 }
 
 ClipScope::ClipScope(CGraphic* g, CRect rect)

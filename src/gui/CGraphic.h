@@ -3,9 +3,12 @@
 #include "base/CObject.h"
 #include "base/Geometry.h"
 
-struct ServerFont;
+#include <memory>
+
 struct _XGC;
 class CBitmap;
+class TextFace;
+class TextPen;
 
 /// Where a text stands in its box: one of each row. Without a flag it is centred.
 enum TextFlag : int {
@@ -17,24 +20,25 @@ enum TextFlag : int {
 };
 
 /// The surface that every `paint` is given: a window or a pixmap with one graphics context.
-/// Coordinates count from the origin; right and bottom lie outside. Rectangles and texts are cut to
-/// the logical clip here, lines and polygons only by a clip set with `setClip`. Interface thread.
+/// Coordinates are logical pixels (gui/Scale.h) and count from the origin; right and bottom lie
+/// outside. Rectangles and texts are cut to the logical clip here, lines and polygons only by a
+/// clip set with `setClip`. Interface thread.
 class CGraphic : public CObject {
 public:
     int originX = 0, originY = 0;
     /// Logical clip, in pixels of the surface.
     int clipLeft = 0, clipTop = 0, clipRight = 0, clipBottom = 0;
     int hwLeft = 0, hwTop = 0, hwRight = 0, hwBottom = 0; ///< the server's clip; all 0 is none
-    int width = 0, height = 0;                            ///< of a bitmap's pixels
+    int width = 0, height = 0;                            ///< of a bitmap
     int alpha = 255;
     int depth = 0;                   ///< bits of one of `pixels`
-    unsigned char* pixels = nullptr; ///< of a bitmap, whose they are; else null
-    int stride = 0;                  ///< bytes of a row
+    unsigned char* pixels = nullptr; ///< device pixels of a bitmap, whose they are; else null
+    int stride = 0;                  ///< bytes of a row of device pixels
     int byteOrder = 0;
     bool fullPaint = false; ///< the whole window is being painted
     unsigned long drawable = 0;
-    _XGC* gc = nullptr; ///< owned
-    const ServerFont* font;
+    _XGC* gc = nullptr;   ///< owned
+    const TextFace* font; ///< of all texts
 
     /// On a window or pixmap of the screen's depth, whose clip starts out empty.
     explicit CGraphic(unsigned long drawable);
@@ -46,11 +50,15 @@ public:
     /// One pixel wide, inside the rectangle.
     void frameRect(int color, CRect rect);
     void frameRect(CRect rect); ///< in the colour of `setLineCol`
+    /// A line given as a rectangle one pixel wide or high. Unlike that rectangle it is equally
+    /// thick in every place; it stays inside the clip.
+    void fillLine(int color, CRect rect);
     /// Without its end point, but for a line of no length, which is a pixel.
     void drawLine(int x1, int y1, int x2, int y2);
     /// Fills a convex polygon of up to 16 points in the fill colour; of more it draws nothing.
     void drawPoly(const CPoint* points, int n);
-    /// 8-bit text at the place that `where` (`TextFlag`) tells, cut to the box; `unused` is free.
+    /// Text in UTF-8 at the place that `where` (`TextFlag`) tells, cut to the box; `unused` is
+    /// free. The server's font shows each byte as a character of Latin-1.
     void drawText(int color, const CStr& text, CRect rect, int where, int unused = 0);
     void drawText(const CStr& text, CRect rect, int where, int unused = 0); ///< in the line colour
     int textWidth(const CStr& text) const;
@@ -67,9 +75,13 @@ public:
     void restoreClip(CRect former); ///< what `addClip` returned
 
     /// Of the bitmap behind the surface, 32 bits deep; 0 and nothing elsewhere. Coordinates have to
-    /// lie inside. Only `getPixel` counts from the origin.
+    /// lie inside. Only `getPixel` counts from the origin. Of a logical pixel that is made of
+    /// several ones, all are set and the first one is read.
     int getPixel(int x, int y) const;
     void setPixel(int x, int y, int color);
+    /// The same for device pixels, from the corner of the bitmap.
+    int getDevicePixel(int x, int y) const;
+    void setDevicePixel(int x, int y, int color);
 
     /// Copies a part of a bitmap to (x, y).
     void render(const CBitmap* bitmap, int x, int y, int srcX, int srcY, int w, int h);
@@ -77,7 +89,12 @@ public:
 
 private:
     bool ready(int color);
+    CRect clip() const;
+    void fillDevice(const CRect& area);
+    void drawSlanted(CPoint from, CPoint to);
+    CPoint textStart(int wide, const CRect& box, int where) const;
 
+    std::unique_ptr<TextPen> pen; ///< made with the first text
     int lineCol = 0, fillCol = 0;
 };
 

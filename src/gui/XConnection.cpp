@@ -8,7 +8,6 @@
 #include <X11/cursorfont.h>
 
 #include <cstdlib>
-#include <initializer_list>
 #include <span>
 #include <vector>
 
@@ -82,12 +81,6 @@ void stayAlive(Display*, void*) {
 
 } // namespace
 
-int ServerFont::textWidth(const char* text, int length) const {
-    constexpr int guessedWidth = 6;
-    auto* face = static_cast<XFontStruct*>(info);
-    return face ? XTextWidth(face, text, length) : length * guessedWidth;
-}
-
 XConnection& xConnection() {
     static XConnection connection;
     return connection;
@@ -126,12 +119,12 @@ bool XConnection::open() {
     scalePercent = chooseScale(wantedScale, resolution ? std::strtod(resolution, nullptr) : 0);
     internAtoms();
     makeCursors();
-    findFont();
+    font = openFace();
     return !lost;
 }
 
 void XConnection::close() {
-    if (font.info) XFreeFontInfo(nullptr, static_cast<XFontStruct*>(font.info), 1);
+    font.reset();
     // A lost display cannot be closed without talking to it: its memory is left to the process.
     if (display && !lost) XCloseDisplay(display);
     *this = XConnection();
@@ -154,20 +147,6 @@ void XConnection::makeCursors() {
                                               XC_top_right_corner,   XC_top_left_corner,
                                               XC_bottom_left_corner, XC_bottom_right_corner};
     for (int i = 0; i < cursorCount; i++) cursors[i + 1] = XCreateFontCursor(display, shapes[i]);
-}
-
-void XConnection::findFont() {
-    font = ServerFont();
-    XFontStruct* face = XQueryFont(display, XGContextFromGC(DefaultGC(display, screen)));
-    for (const char* name : {"fixed", "*"}) {
-        if (face) break;
-        face = XLoadQueryFont(display, name);
-        if (face) font.id = face->fid;
-    }
-    if (!face) return;
-    font.info = face;
-    font.ascent = face->ascent;
-    font.descent = face->descent;
 }
 
 CPoint mousePos() {

@@ -1,19 +1,9 @@
 #pragma once
 
-#include "base/Geometry.h"
+#include "gui/Fonts.h"
 
 struct _XDisplay;
-struct _XGC;
 union _XEvent;
-
-/// The one face in which all text is drawn: the server's default font, else "fixed", else any.
-struct ServerFont {
-    int ascent = 11, descent = 2; ///< pixels above and below the base line
-    unsigned long id = 0;         ///< to be set in each graphics context; 0 if it is there already
-    void* info = nullptr;         ///< the library's record, null when the server has no font at all
-
-    int textWidth(const char* text, int length) const; ///< pixels
-};
 
 /// The connection to the X server, made by `CApp::open`: one in a process. Nothing of the library's
 /// own names leaks from here; ids of windows, atoms and cursors are plain numbers. Interface
@@ -42,7 +32,7 @@ public:
     unsigned long redMask = 0xff0000, greenMask = 0xff00, blueMask = 0xff; ///< of the visual
     Atoms atoms{};
     unsigned long cursors[cursorCount + 1] = {}; ///< by the number of `CCtrl::cursor`; 0 unused
-    ServerFont font;
+    std::unique_ptr<TextFace> font = std::make_unique<TextFace>(); ///< of all texts; never null
     unsigned long userTime = 0; ///< the server's, of the latest key or button; 0 before the first
     bool lost = false;          ///< the server closed the connection
 
@@ -54,7 +44,6 @@ public:
 private:
     void internAtoms();
     void makeCursors();
-    void findFont();
 };
 
 extern int xerror;         ///< code of the latest error of the server, 0 none since it was cleared

@@ -4,6 +4,7 @@
 #include "gui/CGraphic.h"
 #include "gui/Colours.h"
 #include "gui/Drawing.h"
+#include "gui/Fonts.h"
 #include "gui/XConnection.h"
 
 #include <X11/Xlib.h>

@@ -3,6 +3,8 @@
 #include "base/CStringList.h"
 #include "base/Process.h"
 #include "gui/CGraphic.h"
+#include "gui/Fonts.h"
+#include "gui/Scale.h"
 #include "gui/XConnection.h"
 
 #include <X11/Xlib.h>
@@ -69,6 +71,9 @@ void GuiTest::TearDownTestSuite() {
 void GuiTest::SetUp() {
     ASSERT_FALSE(server->display.empty()) << "Xvfb did not start";
     setenv("DISPLAY", server->display.c_str(), 1);
+    textSettings = {};
+    textSettings.smooth = false; // each character of the server's font is 6 pixels wide
+    wantedScale = lowestScale;
     app = std::make_unique<CApp>();
     ASSERT_TRUE(app->open());
     setMousePos(700, 500);

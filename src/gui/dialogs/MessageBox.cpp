@@ -31,7 +31,7 @@ struct WrappedText {
 };
 
 int widthOf(const CStr& text) {
-    return xConnection().font.textWidth(text.asChar(), text.length());
+    return xConnection().font->textWidth(text);
 }
 
 /// How many characters of a text make its first line: up to a line feed, or as many words as fit,
@@ -90,7 +90,7 @@ int contentWidth(const CStr& title, const WrappedText& text, int buttons) {
 }
 
 int textHeight(const WrappedText& text) {
-    const ServerFont& font = xConnection().font;
+    const TextFace& font = *xConnection().font;
     return asMax(text.lines, 1) * (font.ascent + font.descent + lineGap);
 }
 

@@ -1,0 +1,8 @@
+#pragma once
+
+#include "gui/Fonts.h"
+
+/// An outlined, anti-aliased face for texts in UTF-8, by the library Xft, which is looked for at
+/// run time. `family` and `size` are as in `TextSettings`. Null when the library, its fonts or what
+/// they need of the server are not there.
+std::unique_ptr<TextFace> openSmoothFace(const CStr& family, int size);
