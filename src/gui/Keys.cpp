@@ -8,11 +8,12 @@ namespace {
 /// Key symbols without a character, by their distance from Home.
 int keyOfSymbol(KeySym symbol) {
     constexpr KeySym home = 0xFF50, f1 = home + 110;
+    constexpr KeySym backTab = 0xFE20; // what Shift makes of the Tab key
     constexpr int cursorKeys[] = {keyHome, keyLeft,   keyUp,       keyRight,
                                   keyDown, keyPageUp, keyPageDown, keyEnd};
     if (symbol >= home && symbol < home + 8) return cursorKeys[symbol - home];
     if (symbol >= f1 && symbol < f1 + 12) return keyF1 - int(symbol - f1);
-    return 0;
+    return symbol == backTab ? keyTab : 0;
 }
 
 int keyOfCharacter(unsigned char c) {
