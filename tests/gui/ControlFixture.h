@@ -33,3 +33,53 @@ protected:
     int changes = 0;
     Target counter{[this] { changes++; }};
 };
+
+using Words = std::vector<std::string>;
+
+/// A window whose timer carries out commands while the loop of a menu or dialog runs.
+class LoopTest : public GuiTest {
+protected:
+    void SetUp() override {
+        GuiTest::SetUp();
+        if (!usable()) return;
+        win = bareWindow();
+        clock = new ProbeCtrl(win.get(), "clock", 0, 0, 1, 1);
+        win->addControl(clock);
+        clock->onTick = [this] {
+            if (steps.empty()) return;
+            const std::function<void()> step = steps.front();
+            steps.erase(steps.begin());
+            step();
+        };
+    }
+    void TearDown() override {
+        win.reset();
+        GuiTest::TearDown();
+    }
+    void later(const Words& words) {
+        steps.push_back([words] {
+            Words command = {"xdotool"};
+            command.insert(command.end(), words.begin(), words.end());
+            runCommand(command);
+        });
+        app->addTimer(clock, 30, true);
+    }
+    void later(const std::function<void()>& step) {
+        steps.push_back(step);
+        app->addTimer(clock, 30, true);
+    }
+    /// Asks again at each tick until the condition holds, 100 times at most.
+    void whenever(const std::function<bool()>& condition, const std::function<void()>& step,
+                  int patience = 100) {
+        later([=, this] {
+            if (condition() || patience == 0)
+                step();
+            else
+                whenever(condition, step, patience - 1);
+        });
+    }
+
+    std::unique_ptr<CWin> win;
+    ProbeCtrl* clock = nullptr;
+    std::vector<std::function<void()>> steps;
+};

@@ -1,4 +1,4 @@
-#include "TestServer.h"
+#include "ControlFixture.h"
 
 #include "gui/controls/CDropdown.h"
 #include "gui/controls/CMenu.h"
@@ -7,51 +7,9 @@
 
 namespace {
 
-using Words = std::vector<std::string>;
-
-/// A window whose timer carries out commands while a menu's loop runs.
-class MenuTest : public GuiTest {
+/// Menus, and what is chosen in them.
+class MenuTest : public LoopTest {
 protected:
-    void SetUp() override {
-        GuiTest::SetUp();
-        if (!usable()) return;
-        win = bareWindow();
-        clock = new ProbeCtrl(win.get(), "clock", 0, 0, 1, 1);
-        win->addControl(clock);
-        clock->onTick = [this] {
-            if (steps.empty()) return;
-            const std::function<void()> step = steps.front();
-            steps.erase(steps.begin());
-            step();
-        };
-    }
-    void TearDown() override {
-        win.reset();
-        GuiTest::TearDown();
-    }
-    void later(const Words& words) {
-        steps.push_back([words] {
-            Words command = {"xdotool"};
-            command.insert(command.end(), words.begin(), words.end());
-            runCommand(command);
-        });
-        app->addTimer(clock, 30, true);
-    }
-    void later(const std::function<void()>& step) {
-        steps.push_back(step);
-        app->addTimer(clock, 30, true);
-    }
-    /// Asks again at each tick until the condition holds, 100 times at most.
-    void whenever(const std::function<bool()>& condition, const std::function<void()>& step,
-                  int patience = 100) {
-        later([=, this] {
-            if (condition() || patience == 0)
-                step();
-            else
-                whenever(condition, step, patience - 1);
-        });
-    }
-
     /// A popup with what a menu can hold; `chosen` tells what is executed.
     CPopup* makePopup(bool autoDelete = true) {
         auto* popup = new CPopup(app.get(), win.get());
@@ -76,9 +34,6 @@ protected:
         chosen += ";";
     }
 
-    std::unique_ptr<CWin> win;
-    ProbeCtrl* clock = nullptr;
-    std::vector<std::function<void()>> steps;
     std::string chosen;
 };
 

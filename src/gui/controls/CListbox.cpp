@@ -4,13 +4,16 @@
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
+#include "gui/Colours.h"
 #include "gui/Drawing.h"
 #include "gui/Keys.h"
 #include "gui/controls/CScrollbar.h"
 
 namespace {
 constexpr int barSize = 16, boxColumn = 15, boxSize = 11, textMargin = 4, wheelRows = 3;
+constexpr int typingMs = 1000; // a pause that begins a new name
 constexpr int contentSize = 300, contentMargin = 4, wheelPixels = 32;
+constexpr double restShare = 0.6; // how much a choice fades while the focus is elsewhere
 } // namespace
 
 CListbox::CListbox(CWin* owner, const CStr& name, int l, int t, int w, int h)
@@ -114,7 +117,16 @@ void CListbox::setFocus(bool on) {
 
 bool CListbox::keyDown(int key, int mods) {
     if (CCtrl::keyDown(key, mods)) return true;
+    if (typeKey(key, mods)) return true;
     if (mods) return false;
+    if (key == keyReturn && onDoubleClick && index >= 0) {
+        (*onDoubleClick)(this);
+        return true;
+    }
+    return moveKey(key);
+}
+
+bool CListbox::moveKey(int key) {
     const int last = items.getCount() - 1;
     switch (key) {
     case ::keyUp:
@@ -135,16 +147,38 @@ bool CListbox::keyDown(int key, int mods) {
     case keyPageDown:
         choose(asMin(index + visibleRows(), last));
         return true;
-    case ' ':
-        if (checkable) toggle(index);
-        return checkable;
-    case keyReturn:
-        if (!onDoubleClick || index < 0) return false;
-        (*onDoubleClick)(this);
-        return true;
     default:
         return false;
     }
+}
+
+/// Space toggles a check box, unless it belongs to a name that is being typed.
+bool CListbox::typeKey(int key, int mods) {
+    if (key < ' ' || (mods & (modControl | modAlt))) return false;
+    const int now = asTimeInMS();
+    if (msBetween(typedAt, now) > typingMs) typed = CStr();
+    if (key == ' ' && typed.empty()) {
+        if (checkable) toggle(index);
+        return checkable;
+    }
+    typedAt = now;
+    typed += CStr(char(key));
+    choose(rowOfText(typed));
+    return true;
+}
+
+/// The next line that begins with a text, in a ring. A second letter may stay on the line that the
+/// first one has found.
+int CListbox::rowOfText(const CStr& start) const {
+    const int length = start.length(), from = index + (length == 1 ? 1 : 0);
+    int line = 0, before = -1;
+    for (const CListRow* at : each<CListRow>(items)) {
+        const bool fits = sameText(at->id.sub(0, length), start);
+        if (fits && line >= from) return line;
+        if (fits && before < 0) before = line;
+        line++;
+    }
+    return before;
 }
 
 void CListbox::paint(CGraphic* g, CRect rect) {
@@ -154,20 +188,29 @@ void CListbox::paint(CGraphic* g, CRect rect) {
 }
 
 void CListbox::paintRows(CObject*, CGraphic* g, CRect rect) {
-    for (int i = bar->pos; i < items.getCount(); i++) {
-        const int y = (i - bar->pos) * itemHeight;
+    int line = 0;
+    for (CListRow* at : each<CListRow>(items)) {
+        const int i = line++, y = (i - bar->pos) * itemHeight;
+        if (i < bar->pos) continue;
         if (y >= rect.bottom) break;
-        const CGuiItem2& look = i == index ? clListboxSelected : clListbox;
-        const CRect at = asRect(0, y, rect.right, y + itemHeight);
-        if (i == index) drawGuiItem(g, at, &look, drawBackground);
-        if (checkable) {
-            const int boxTop = y + (itemHeight - boxSize) / 2;
-            g->frameRect(look.textCol, asRect(2, boxTop, 2 + boxSize, boxTop + boxSize));
-            if (row(i)->checked) drawCheck(g, look.textCol, sizeRect(at, -3, 0, 0, 0));
-        }
-        const int indent = checkable ? boxColumn + textMargin : textMargin;
-        g->drawText(look.textCol, row(i)->id, sizeRect(at, indent, 0, 0, 0), 2);
+        const CRect place = asRect(0, y, rect.right, y + itemHeight);
+        const bool strong = i == index && hasKeyFocus();
+        if (strong)
+            drawGuiItem(g, place, &clListboxSelected, drawBackground);
+        else if (i == index)
+            g->fillRect(fadeCol(clListboxSelected.fillCol, clListbox.fillCol, restShare), place);
+        paintRow(g, place, at, strong ? clListboxSelected : clListbox);
     }
+}
+
+void CListbox::paintRow(CGraphic* g, CRect rect, CListRow* line, const CGuiItem2& look) {
+    if (checkable) {
+        const int boxTop = rect.top + (itemHeight - boxSize) / 2;
+        g->frameRect(look.textCol, asRect(2, boxTop, 2 + boxSize, boxTop + boxSize));
+        if (line->checked) drawCheck(g, look.textCol, sizeRect(rect, -3, 0, 0, 0));
+    }
+    const int indent = checkable ? boxColumn + textMargin : textMargin;
+    g->drawText(look.textCol, line->id, sizeRect(rect, indent, 0, 0, 0), textLeft);
 }
 
 CScrollPanel::CScrollPanel(CWin* owner, const CStr& name, int l, int t, int w, int h)

@@ -3,6 +3,7 @@
 #include "gui/CGroup.h"
 
 class CScrollbar;
+struct CGuiItem2;
 
 /// One line of a list box.
 class CListRow : public CObject {
@@ -13,8 +14,8 @@ public:
     explicit CListRow(const CStr& text) { id = text; }
 };
 
-/// A list of lines, one of which may be chosen; it scrolls. `onChange` tells that another line was
-/// chosen.
+/// A list of lines, one of which may be chosen; it scrolls. `onChange` tells that a line was
+/// chosen, `onDoubleClick` that one was clicked twice or that Return was pressed on it.
 class CListbox : public CGroup {
 public:
     CList items;            ///< of CListRow, owned
@@ -33,15 +34,26 @@ public:
     void setIndex(int line);
     void resized() override;
     void paint(CGraphic* g, CRect rect) override;
+    /// What is typed chooses the next line that begins with it.
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
+
+protected:
+    /// Paints one line on its background; `look` is that of a chosen line or of others.
+    virtual void paintRow(CGraphic* g, CRect rect, CListRow* line, const CGuiItem2& look);
+    int rowsWidth() const { return face->width; } ///< pixels of a line
+    void choose(int line);
 
 private:
     CCtrl* face;     ///< one of `controls`
     CScrollbar* bar; ///< likewise; in lines
+    CStr typed;      ///< the letters so far
+    int typedAt = 0; ///< when the last one came, as `asTimeInMS`
 
     int visibleRows() const;
-    void choose(int line);
+    bool typeKey(int key, int mods);
+    int rowOfText(const CStr& start) const;
+    bool moveKey(int key);
     void toggle(int line);
     void paintRows(CObject* sender, CGraphic* g, CRect rect);
     void rowsMouseDown(CObject* sender, int x, int y, int btn);

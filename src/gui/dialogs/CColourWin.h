@@ -4,10 +4,11 @@
 
 class CColourField;
 class CEdit;
+class CSwatches;
 class CValue;
 
 /// Asks for a colour: by a square of saturation and brightness with a strip of hues, by red, green
-/// and blue, by its code, or from a palette of even lightness.
+/// and blue, by its code, or from the palette.
 class CColourWin : public CDialogWin {
 public:
     int colour; ///< pixel value; changed only with a result
@@ -18,24 +19,19 @@ public:
     void accept() override;
 
 private:
-    void makeField(int x, int y);
     void makeValues(int x, int y);
-    void makeSwatches(int x, int y);
-    /// Shows a colour in all fields but the one that it came from.
+    void makeCode(int x, int y);
     void choose(int pixel, const CObject* from);
     void fieldChanged(CObject* sender);
     void valueChanged(CObject* sender);
     void codeChanged(CObject* sender);
-    void swatchClicked(CObject* sender);
+    void swatchChanged(CObject* sender);
     void paintSample(CObject* sender, CGraphic* g, CRect rect);
-    void paintSwatch(CObject* sender, CGraphic* g, CRect rect);
 
     int present; ///< that is shown
-    CColourField* field = nullptr;
+    CColourField* field;
+    CSwatches* swatches;
+    CCtrl* sample;            ///< the former colour and the present one
     CValue* channels[3] = {}; ///< red, green, blue
     CEdit* code = nullptr;
-    CCtrl* sample = nullptr;
 };
-
-/// Sixteen hues of even lightness, for tracks and parts; the index wraps.
-int paletteColour(int index);

@@ -38,7 +38,7 @@ protected:
     /// The height of the content above the row of buttons.
     int contentBottom() const;
 
-    CButton* firstButton = nullptr; ///< one of `row`
+    CButton* firstButton = nullptr; ///< one of `buttons`
     CCtrl* startCtrl = nullptr;     ///< has the focus first; null is the first field
 
 private:
@@ -46,5 +46,5 @@ private:
     void acceptClicked(CObject* sender);
     void cancelClicked(CObject* sender);
 
-    CGroup* row; ///< of the buttons, in the client area
+    CGroup* buttons; ///< in the client area
 };

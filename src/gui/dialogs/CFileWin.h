@@ -3,12 +3,10 @@
 #include "base/CStringList.h"
 #include "gui/dialogs/CDialogWin.h"
 
-class CCompletingEdit;
-class CEdit;
-class CFileItem;
 class CFileList;
 class CLabel;
 class CListbox;
+class CPathEdit;
 
 /// Asks for a file to open, or for the name of a file to save:
 ///
@@ -26,7 +24,7 @@ public:
     CStr folder; ///< the folder shown, with a separator at its end; a place to begin next time
 
     /// `owner` is never null. `ext` are the extensions, as ".A|.B" in any case; empty and ".*" take
-    /// all files. A `startFolder` that is empty or gone becomes the nearest one above it, or the
+    /// all files. A `startFolder` that is empty or gone becomes the nearest one around it, or the
     /// home folder. `name` is what stands in the name field at first.
     CFileWin(CWin* owner, const CStr& title, const CStr& ext, const CStr& startFolder,
              const CStr& name, bool save);
@@ -36,7 +34,7 @@ public:
     void addPlace(const CStr& name, const CStr& placePath);
 
     void accept() override;
-    void resized() override;
+    bool keyDown(int key, int mods) override; ///< Alt-Up goes to the folder around
 
 protected:
     enum Form : int { openForm, saveForm, folderForm };
@@ -45,29 +43,31 @@ protected:
              const CStr& name, Form form);
 
 private:
-    void makeFields(const CStr& ext, const CStr& name);
-    void makePlaces();
-    void makeButtons();
-    /// Shows a folder, or tells that it cannot be read and shows the former one again.
+    void makeTop();
+    void makeLists(const CStr& ext);
+    void makeName(const CStr& name);
     bool enter(const CStr& wanted);
     void enterNearest(const CStr& wanted);
-    void showStatus(const CStr& text, bool isError = false);
+    void showStatus(const CStr& text, bool isError);
     void showCount();
-    CStr resolve(const CStr& typed) const;
-    bool acceptFile(const CStr& file);
-    CStr withExtension(const CStr& file) const;
-    void goUp();
+    bool fail(const CStr& text);
+    bool chooseFile(const CStr& file);
+    bool canSave(const CStr& file);
+    bool hasExtension(const CStr& file) const;
+    CStr extension(int index) const;
+    bool openRow();
+    void acceptFolder();
     void upClicked(CObject* sender);
     void newFolderClicked(CObject* sender);
     void placeChanged(CObject* sender);
     void rowChanged(CObject* sender);
     void rowOpened(CObject* sender);
     bool pathKey(CObject* sender, int& key, int mods);
-    bool nameKey(CObject* sender, int& key, int mods);
+    void paintUp(CObject* sender, CGraphic* g, CRect rect);
 
     Form form;
     CStringList placePaths;
-    CCompletingEdit *pathEdit = nullptr, *nameEdit = nullptr;
+    CPathEdit *pathEdit = nullptr, *nameEdit = nullptr;
     CListbox* places = nullptr;
     CFileList* files = nullptr;
     CLabel* status = nullptr;

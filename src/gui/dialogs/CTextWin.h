@@ -17,7 +17,6 @@ public:
 
 private:
     bool editKey(CObject* sender, int& key, int mods);
-    void textChanged(CObject* sender);
 
     CEdit* edit;
 };

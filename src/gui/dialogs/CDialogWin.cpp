@@ -1,0 +1,126 @@
+#include "gui/dialogs/CDialogWin.h"
+
+#include "base/Numbers.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/Keys.h"
+#include "gui/controls/CButton.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+constexpr int textPadding = 12; // at each side of a button's text
+constexpr int keyF4 = keyF1 - 3;
+
+using Fields = std::vector<CCtrl*>;
+
+/// The fields that take the focus, in the order in which they were added.
+void collect(const CGroup* group, Fields& fields) {
+    for (CCtrl* c : each<CCtrl>(group->controls)) {
+        if (!c->visible || !c->enabled) continue;
+        if (c->tabStop) fields.push_back(c);
+        if (c->category == catGroup || c->category == catGroupLike)
+            collect(static_cast<CGroup*>(c), fields);
+    }
+}
+
+} // namespace
+
+CDialogWin::CDialogWin(CWin* owner, const CStr& title, int contentWidth, int contentHeight,
+                       int winStyle)
+    : CWin(owner->app, owner, title, 0, 0, contentWidth + 2 * borderSize,
+           contentHeight + 2 * borderSize + captionHeight, winStyle),
+      buttons(new CGroup(this, "buttons", 0, contentHeight - margin - buttonHeight, contentWidth,
+                         buttonHeight)) {
+    minWidth = width;
+    minHeight = height;
+    buttons->setAlign(alignWidth | alignBottom, 0, margin);
+    addControl(buttons);
+}
+
+int CDialogWin::contentBottom() const {
+    return clientGroup->height - margin - buttonHeight - gap;
+}
+
+CButton* CDialogWin::addButton(const CStr& text, COnChange* clicked) {
+    const int wide = asMax(buttonWidth, graphic->textWidth(text) + 2 * textPadding);
+    for (CCtrl* c : each<CCtrl>(buttons->controls)) c->alignX += wide + gap;
+    auto* button = new CButton(this, text, text, 0, 0, wide, buttonHeight);
+    button->tabStop = true;
+    button->setAlign(alignRight, margin, 0);
+    wire(button->onChange,
+         clicked ? clicked : new _COnChange<CDialogWin>(this, &CDialogWin::acceptClicked));
+    buttons->addControl(button);
+    buttons->resized();
+    if (!firstButton) {
+        firstButton = button;
+        button->lit = true;
+    }
+    return button;
+}
+
+void CDialogWin::addOkCancel(const CStr& okText) {
+    addButton(okText);
+    addButton("Cancel", new _COnChange<CDialogWin>(this, &CDialogWin::cancelClicked));
+}
+
+void CDialogWin::acceptClicked(CObject*) {
+    accept();
+}
+
+void CDialogWin::cancelClicked(CObject*) {
+    hide();
+}
+
+void CDialogWin::accept() {
+    result = true;
+    hide();
+}
+
+void CDialogWin::showModal() {
+    app->killMenu(nullptr);
+    result = false;
+    CWin::showModal();
+}
+
+void CDialogWin::setFocus(bool on) {
+    if (!on && keyCtrl) startCtrl = keyCtrl;
+    CWin::setFocus(on);
+    if (!on || keyCtrl) return;
+    if (startCtrl)
+        setKeyCtrl(startCtrl);
+    else
+        moveFocus(1);
+}
+
+bool CDialogWin::moveFocus(int by) {
+    // The buttons come first in the tree, but last on the way.
+    Fields fields;
+    collect(clientGroup, fields);
+    std::stable_partition(fields.begin(), fields.end(),
+                          [this](const CCtrl* c) { return c->parent != buttons; });
+    if (fields.empty()) return false;
+    const int count = int(fields.size());
+    const auto found = std::find(fields.begin(), fields.end(), keyCtrl);
+    const int at = found == fields.end() ? (by > 0 ? -1 : count) : int(found - fields.begin());
+    setKeyCtrl(fields[size_t((at + by + count) % count)]);
+    return true;
+}
+
+bool CDialogWin::keyDown(int key, int mods) {
+    if (key == keyEscape || (key == keyF4 && (mods & modAlt))) {
+        hide();
+        return true;
+    }
+    CCtrl* const field = keyCtrl;
+    if (field && field->keyDown(key, mods)) {
+        // A field that Return has ended keeps the focus, so that Tab goes on from it.
+        if (visible && !keyCtrl) setKeyCtrl(field);
+        return true;
+    }
+    if (key == keyTab) return moveFocus(mods & modShift ? -1 : 1);
+    if (key == keyReturn && !mods && firstButton && firstButton->enabled) firstButton->click();
+    return true;
+}
