@@ -1,6 +1,7 @@
 #include "app/runapp.h"
 
 #include "app/AppHooks.h"
+#include "app/TextAndScale.h"
 #include "app/main/CMainWin.h"
 #include "base/CIniFile.h"
 #include "base/Messages.h"
@@ -112,6 +113,7 @@ int runapp() {
     raiseFileLimit();
     inifile = findSettings();
     auto ini = std::make_unique<CIniFile>(inifile);
+    readTextAndScale(*ini);
     p.app = std::make_unique<CApp>();
     if (!p.app->open()) return 1;
     enterCompTypes();
