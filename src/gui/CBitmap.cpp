@@ -40,11 +40,11 @@ bool attachMemory(Display* display, XShmSegmentInfo& info, const XImage& image) 
 
 CBitmap::CBitmap(int w, int h)
     : width(asMinMax(w, 1, toLogical(farthest))), height(asMinMax(h, 1, toLogical(farthest))) {
-    if (!liveDisplay()) {
+    if (!liveDisplay())
         graphic = std::make_unique<CGraphic>(0);
-        return;
-    }
-    if (!createShared()) createPlain();
+    else if (!createShared())
+        createPlain();
+    graphic->canvas = this;
     graphic->width = width;
     graphic->height = height;
     graphic->clipRight = width;
@@ -110,7 +110,7 @@ void CBitmap::createPlain() {
 
 bool CBitmap::lockPixels() {
     Display* display = liveDisplay();
-    if (!display) return false;
+    if (!display) return lockMemory();
     if (shared) {
         XSync(display, False);
         return depth == 32;
@@ -131,21 +131,31 @@ bool CBitmap::lockPixels() {
     return usable;
 }
 
+/// Without a display all that there is of the bitmap are its pixels.
+bool CBitmap::lockMemory() {
+    if (graphic->pixels) return true;
+    const size_t row = size_t(deviceWidth()) * sizeof(uint32_t);
+    copied.resize(row * size_t(deviceHeight()));
+    graphic->pixels = copied.data();
+    graphic->stride = int(row);
+    graphic->depth = depth = 32;
+    return true;
+}
+
 void CBitmap::unlockPixels() {
     Display* display = liveDisplay();
-    if (shared || copied.empty()) return;
+    if (shared || copied.empty() || !display) return;
     graphic->pixels = nullptr;
-    if (display) {
-        XImage* image = XCreateImage(
-            display, DefaultVisual(display, xConnection().screen), unsigned(xlibColorDepth),
-            ZPixmap, 0, reinterpret_cast<char*>(copied.data()), unsigned(deviceWidth()),
-            unsigned(deviceHeight()), 32, graphic->stride);
-        XSetClipMask(display, graphic->gc, None);
-        XPutImage(display, pixmap, graphic->gc, image, 0, 0, 0, 0, unsigned(deviceWidth()),
-                  unsigned(deviceHeight()));
-        image->data = nullptr; // ours, and not the library's to free
-        XDestroyImage(image);
-    }
+    XImage* image =
+        XCreateImage(display, DefaultVisual(display, xConnection().screen),
+                     unsigned(xlibColorDepth), ZPixmap, 0, reinterpret_cast<char*>(copied.data()),
+                     unsigned(deviceWidth()), unsigned(deviceHeight()), 32, graphic->stride);
+    const CRect clip = graphic->setClip(CRect());
+    XPutImage(display, pixmap, graphic->gc, image, 0, 0, 0, 0, unsigned(deviceWidth()),
+              unsigned(deviceHeight()));
+    graphic->setClip(clip);
+    image->data = nullptr; // ours, and not the library's to free
+    XDestroyImage(image);
     copied.clear();
 }
 

@@ -26,11 +26,13 @@ public:
     int deviceWidth() const; ///< of the pixmap
     int deviceHeight() const;
     /// Makes `CGraphic::getPixel` and `setPixel` valid until `unlockPixels`, showing all that was
-    /// drawn before. False when this screen has no pixels of 32 bits.
+    /// drawn before. False when this screen has no pixels of 32 bits. Without a display they are
+    /// all that the bitmap is, and drawing does nothing.
     bool lockPixels();
     void unlockPixels(); ///< the pixmap shows what was written
 
 private:
+    bool lockMemory();
     bool createShared();
     void createPlain();
 

@@ -32,6 +32,7 @@ public:
     int width = 0, height = 0;                            ///< of a bitmap
     int alpha = 255;
     int depth = 0;                   ///< bits of one of `pixels`
+    CBitmap* canvas = nullptr;       ///< the bitmap that is drawn on; null for a window
     unsigned char* pixels = nullptr; ///< device pixels of a bitmap, whose they are; else null
     int stride = 0;                  ///< bytes of a row of device pixels
     int byteOrder = 0;
