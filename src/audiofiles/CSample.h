@@ -44,25 +44,25 @@ public:
     /// What the audio thread had to report since it was last taken (`exchange`), for the idle pass.
     static Shared<unsigned> notices;
 
-    CLock lock;             ///< guards writes to `fp`
-    bool bigEndian = false; ///< of the bytes as they lie in the file or in `data`
-    bool fixedPitch = false;
+    CLock lock;              ///< guards writes to `fp`
+    bool bigEndian = false;  ///< of the bytes as they lie in the file or in `data`
+    bool fixedPitch = false; ///< not transposed while it is stretched
     std::FILE* fp = nullptr; ///< owned; open while `streamed` and valid, or while written
     int streamed = 0;        ///< 1 frames stay on disk, 0 `open` loads them
     CStr filename;
     unsigned char* data = nullptr; ///< owned; all frames while they are in memory, else null
     std::int64_t dataStart = 0;    ///< byte offset of the first frame in the file
     Shared<bool> valid{false};     ///< holds a format that can be played, or is being written
-    bool ownsFile = true;
-    bool keep = true; ///< without it, an owned streamed file dies with its sample
-    bool takePending = false;
-    bool cached = false;
-    int useCount = 0;
+    bool ownsFile = true;          ///< the file may die with it, see `keep`
+    bool keep = true;              ///< without it, an owned streamed file dies with its sample
+    bool takePending = false;      ///< a take is still being written into it
+    bool cached = false; ///< its file lies in the temp folder and moves when the project is saved
+    int useCount = 0;    ///< sounds that play it, counted when a song was loaded
     float invRate = 1.0f / 44100.0f;
     int frameBytes = 4;
-    Shared<int> loop{0};      ///< 1: the file tells exactly one loop
-    Shared<int> loopStart{0}; ///< frames
-    bool headerDone = false;
+    Shared<int> loop{0};                   ///< 1: the file tells exactly one loop
+    Shared<int> loopStart{0};              ///< frames
+    bool headerDone = false;               ///< the file has got a header
     std::unique_ptr<CSampleReader> reader; ///< the graph's; null unless frames stay on disk
     PeakImage peaks;
     Shared<bool> needsPeaks{true};
