@@ -22,7 +22,7 @@
 
 namespace {
 
-constexpr int latency = 137; ///< frames
+constexpr int pdcIn = 30, pdcSend = 7, setting = 100; ///< latencies, in frames
 
 class RecordingTest : public SampleFiles {
 protected:
@@ -39,7 +39,9 @@ protected:
     }
     /// Has noise come in from the next block on, and keeps it.
     void feed(TakeFixture& f, int blocks) {
-        f.host.recLatency = latency;
+        f.host.pdcInDelay = pdcIn;
+        f.host.pdcSendDelay = pdcSend;
+        f.host.recLatency = setting;
         f.device.feedL = left = noise(blocks * f.block, 1);
         f.device.feedR = right = noise(blocks * f.block, 2);
     }
@@ -49,7 +51,7 @@ protected:
         const auto* event = static_cast<CAudioEvent*>(f.partOf(t)->getEvents());
         const CSample* take = event->sample;
         EXPECT_EQ(take->getFrames(), frames);
-        EXPECT_EQ(event->start, latency);
+        EXPECT_EQ(event->start, pdcIn + pdcSend + setting);
         EXPECT_EQ(event->end, frames - 1);
         EXPECT_TRUE(f.host.samples.contains(take));
         const auto slice = [&](const std::vector<float>& v) {
