@@ -273,7 +273,7 @@ TEST_F(CSampleManagerTest, ForeignFormatsComeInAsWav) {
 /// A pool of more files than the system lets us open: those beyond are refused, the others play,
 /// and once there are handles again the rest comes in.
 TEST_F(CSampleManagerTest, PoolsOutgrowTheHandles) {
-    constexpr int files = 100;
+    constexpr int files = 1000, handles = 300;
     rlimit before{};
     getrlimit(RLIMIT_NOFILE, &before);
     make("temp/0.wav");
@@ -285,7 +285,7 @@ TEST_F(CSampleManagerTest, PoolsOutgrowTheHandles) {
             opened += host->addSample(full("temp/" + std::to_string(i) + ".wav"), 1) != nullptr;
         return opened;
     };
-    const rlimit few{40, before.rlim_max};
+    const rlimit few{handles, before.rlim_max};
     setrlimit(RLIMIT_NOFILE, &few);
     const int opened = addAll();
     EXPECT_EQ(host->samples.getCount(), opened);
@@ -298,7 +298,7 @@ TEST_F(CSampleManagerTest, PoolsOutgrowTheHandles) {
     rlimit raised{};
     getrlimit(RLIMIT_NOFILE, &raised);
     EXPECT_GT(opened, 0);
-    EXPECT_LT(opened, 40);
+    EXPECT_LT(opened, handles);
     EXPECT_EQ(raised.rlim_cur, std::min<rlim_t>(before.rlim_max, mostOpenFiles));
     EXPECT_EQ(addAll(), files);
     EXPECT_EQ(host->samples.getCount(), files);
