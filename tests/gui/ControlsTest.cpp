@@ -91,6 +91,27 @@ TEST_F(ControlTest, AnEditFieldEdits) {
     }
 }
 
+TEST_F(ControlTest, AnEditFieldPassesWholeLetters) {
+    struct Case {
+        std::vector<std::string> keys;
+        const char* text;
+    };
+    const Case cases[] = {{{"key", "Home", "Right", "Delete"}, "au"},
+                          {{"key", "End", "Left", "BackSpace"}, "au"},
+                          {{"key", "Home", "Right", "shift+Right", "x"}, "axu"},
+                          {{"key", "Home", "Right", "Right", "x"}, "a\xc3\xa9xu"}};
+    auto* edit = add(new CEdit(win.get(), "e", 10, 10, 120, 20));
+    win->setKeyCtrl(edit);
+    for (const Case& c : cases) {
+        edit->setText("a\xc3\xa9u");
+        act(c.keys);
+        EXPECT_STREQ(edit->text.asChar(), c.text) << c.keys.back();
+    }
+    edit->setText("a");
+    edit->keyDown(0xe9, 0); // keys are Latin-1
+    EXPECT_STREQ(edit->text.asChar(), "a\xc3\xa9");
+}
+
 /// Cells are 6 pixels wide and begin 4 pixels in: the caret goes to the nearest gap.
 TEST_F(ControlTest, AnEditFieldTakesTheMouse) {
     auto* edit = add(new CEdit(win.get(), "e", 10, 10, 120, 20));
@@ -101,7 +122,6 @@ TEST_F(ControlTest, AnEditFieldTakesTheMouse) {
     EXPECT_TRUE(edit->selection() == "two");
     at(10 + 4 + 10 * 6, 15, {"mousedown", "1", "mouseup", "1", "mousedown", "1", "mouseup", "1"});
     EXPECT_TRUE(edit->selection() == "three");
-    edit->onInput = nullptr;
     edit->upperCase = true;
     act({"key", "q"});
     EXPECT_TRUE(edit->text == "one two Q");
@@ -159,6 +179,7 @@ TEST_F(ControlTest, AValueCanWaitForTheEndOfADrag) {
 TEST_F(ControlTest, ADecimalValueIsTypedWithItsPoint) {
     auto* value = add(new CDecimalValue(win.get(), "v", 10, 10, 80, 20));
     value->max = 30000;
+    value->decimals = 2;
     value->showValue(12050);
     EXPECT_TRUE(value->getText() == "120.50");
     struct Case {
@@ -231,4 +252,7 @@ TEST_F(ControlTest, AFaderCountsFromItsFoot) {
     EXPECT_EQ(fader->pos, 30);
     act({"keydown", "ctrl", "click", "4", "keyup", "ctrl"});
     EXPECT_EQ(fader->pos, 31);
+    win->setKeyCtrl(fader);
+    act({"key", "Down", "Prior", "Prior", "Next"});
+    EXPECT_EQ(fader->pos, 40);
 }

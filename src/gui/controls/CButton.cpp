@@ -50,6 +50,7 @@ void drawMinimize(CGraphic* g, CRect r, int color) {
 CButton::CButton(CWin* owner, const CStr& name, const CStr& caption, int l, int t, int w, int h)
     : CCtrl(owner, name, l, t, w, h), text(caption) {
     hooverable = true;
+    tabStop = true;
 }
 
 int CButton::fillColour() const {
@@ -67,9 +68,18 @@ int CButton::faceColour() const {
 }
 
 void CButton::paintFace(CGraphic* g, CRect rect) const {
-    const bool marked = hasKeyFocus() && enabled;
-    g->fillRect(fillColour(), rect);
-    g->frameRect(marked ? win->app->gui->palette.accent : clButton.frameCol, rect);
+    const int fill = fillColour();
+    g->fillRect(fill, rect);
+    g->frameRect(clButton.frameCol, rect);
+    paintFocus(g, rect, fill);
+}
+
+void CButton::paintFocus(CGraphic* g, CRect rect, int fill) const {
+    if (!hasKeyFocus() || !enabled) return;
+    if (lit)
+        g->frameRect(textOn(fill), sizeRect(rect, 2, 2, -2, -2));
+    else
+        g->frameRect(win->app->gui->palette.accent, rect);
 }
 
 void CButton::paint(CGraphic* g, CRect rect) {
@@ -150,6 +160,7 @@ void CCheckbox::setChecked(bool on) {
 
 CWindowButton::CWindowButton(CWin* owner, int buttonKind, int l, int t, int w, int h)
     : CButton(owner, "window", "", l, t, w, h), kind(buttonKind), targetWin(owner) {
+    tabStop = false;
 }
 
 void CWindowButton::paint(CGraphic* g, CRect rect) {

@@ -29,6 +29,8 @@ public:
 
 protected:
     void paintFace(CGraphic* g, CRect rect) const;
+    /// Marks the button that has the focus: its frame, or on the fill of a lit one a line inside.
+    void paintFocus(CGraphic* g, CRect rect, int fill) const;
 };
 
 /// A box with a tick, its text beside it.

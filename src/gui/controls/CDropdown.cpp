@@ -92,7 +92,7 @@ bool CDropdown::mouseWheel(int x, int y, int btn, int dy, int dx) {
 }
 
 bool CDropdown::keyDown(int key, int mods) {
-    if (editable) return CEdit::keyDown(key, mods);
+    if (editable && (key != ::keyDown || mods)) return CEdit::keyDown(key, mods);
     if (CCtrl::keyDown(key, mods)) return true;
     if (mods) return false;
     if (key == keyReturn || key == ' ' || key == ::keyDown)

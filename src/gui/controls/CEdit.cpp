@@ -6,6 +6,7 @@
 #include "gui/CWin.h"
 #include "gui/Keys.h"
 #include "gui/Selections.h"
+#include "gui/Utf8.h"
 
 CEdit::CEdit(CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CCtrl(owner, name, l, t, w, h) {
@@ -56,8 +57,25 @@ void CEdit::paint(CGraphic* g, CRect rect) {
 int CEdit::XToPos(int x) const {
     const int wanted = x - textMargin + firstPixel(), length = text.length();
     int place = -1;
-    while (place < length - 1 && (pixelOf(place) + pixelOf(place + 1)) / 2 <= wanted) place++;
+    while (place < length - 1 && (pixelOf(place) + pixelOf(nextPlace(place))) / 2 <= wanted)
+        place = nextPlace(place);
     return place;
+}
+
+/// The place behind the next character; the end stays.
+int CEdit::nextPlace(int place) const {
+    const std::string_view all = text.asChar();
+    size_t at = size_t(place + 1);
+    if (at >= all.size()) return place;
+    nextCharacter(all, at);
+    return int(at) - 1;
+}
+
+/// The place in front of the character before; the start stays.
+int CEdit::priorPlace(int place) const {
+    int before = -1;
+    for (int at = nextPlace(before); at < place; at = nextPlace(at)) before = at;
+    return before;
 }
 
 void CEdit::mouseDown(int x, int y, int btn) {
@@ -196,10 +214,10 @@ bool CEdit::moveKey(int key, int mods) {
     const bool byWord = mods & modControl, extend = mods & modShift;
     switch (key) {
     case keyLeft:
-        setCursor(byWord ? priorSpace(cursor) : cursor - 1, extend);
+        setCursor(byWord ? priorSpace(cursor) : priorPlace(cursor), extend);
         return true;
     case keyRight:
-        setCursor(byWord ? nextSpace(cursor) : cursor + 1, extend);
+        setCursor(byWord ? nextSpace(cursor) : nextPlace(cursor), extend);
         return true;
     case keyHome:
         setCursor(-1, extend);
@@ -208,7 +226,7 @@ bool CEdit::moveKey(int key, int mods) {
         setCursor(text.length() - 1, extend);
         return true;
     case keyDelete:
-        if (!deleteSelection()) text.del(cursor + 1, 1);
+        if (!deleteSelection()) text.del(cursor + 1, nextPlace(cursor) - cursor);
         return true;
     case keyBackspace:
         if (!deleteSelection()) eraseBack(byWord);
@@ -220,7 +238,7 @@ bool CEdit::moveKey(int key, int mods) {
 
 void CEdit::eraseBack(bool word) {
     if (cursor < 0) return;
-    const int from = word ? priorSpace(cursor) : cursor - 1;
+    const int from = word ? priorSpace(cursor) : priorPlace(cursor);
     text.del(from + 1, cursor - from);
     setCursor(from, false);
 }
@@ -236,7 +254,8 @@ bool CEdit::typeKey(int key) {
     if (key < firstPrintable) return false;
     deleteSelection();
     if (upperCase && key >= 'a' && key <= 'z') key += 'A' - 'a';
-    if (onInput && !(*onInput)(this, key, 0)) key = 0;
-    if (key > 0) insertText(CStr(char(key)));
+    if (onInput) (*onInput)(this, key, 0);
+    // Keys are Latin-1, the text is UTF-8.
+    if (key > 0) insertText(asUtf8(std::string(1, char(key))).c_str());
     return true;
 }

@@ -3,10 +3,11 @@
 #include "gui/CCtrl.h"
 
 /// A text field of one line. What is typed counts when the focus leaves it: then `onChange` is
-/// called, unless Escape gave back the former text. "*" cannot be typed.
+/// called, unless Escape gave back the former text. "*" cannot be typed. Letters beyond ASCII take
+/// several bytes, which the caret passes at once.
 class CEdit : public CCtrl {
 public:
-    int cursor = -1;   ///< index of the character before the caret; -1 at the start
+    int cursor = -1;   ///< index of the last byte before the caret; -1 at the start
     int anchor = -1;   ///< where the selection began, as `cursor`
     int selLength = 0; ///< characters selected from the anchor on, negative to the left
     CStr oldText;      ///< when the focus came
@@ -16,7 +17,7 @@ public:
     bool commitOnEnter = false;
     bool upperCase = false;
     bool cancelled = false;    ///< by Escape
-    COnKey* onInput = nullptr; ///< owned; may change a typed character, to 0 or below to refuse it
+    COnKey* onInput = nullptr; ///< owned; may change the character, to 0 or below to refuse it
 
     CEdit(CWin* win, const CStr& name, int left, int top, int width, int height);
     ~CEdit() override;
@@ -47,6 +48,8 @@ private:
     void insertText(const CStr& piece);
     bool typeKey(int key);
     void cancel();
+    int priorPlace(int place) const;
+    int nextPlace(int place) const;
     int priorSpace(int place) const;
     int nextSpace(int place) const;
     void selectWord(int place);

@@ -165,6 +165,7 @@ void CScrollbar::onTimer() {
 CFader::CFader(CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CScrollbar(owner, name, l, t, w, h), color(asColor(64, 64, 64)) {
     type = ctrlFader;
+    tabStop = true;
     arrowSize = 0;
     thumbSize = smallestThumb;
     reversed = true;
@@ -186,7 +187,7 @@ void CFader::paint(CGraphic* g, CRect rect) {
                 asRect(middle - trackHalf, thumbMiddle, middle + trackHalf, rect.bottom));
     const bool hot = isHovered() || thumbDrag;
     g->fillRect(hot ? fadeCol(colours.raised, colours.accent, hoverShare) : colours.raised, thumb);
-    g->frameRect(colours.frame, thumb);
+    g->frameRect(hasKeyFocus() ? colours.accent : colours.frame, thumb);
     g->fillRect(colours.text, asRect(2, thumbMiddle, width - 2, thumbMiddle + 1));
 }
 
@@ -195,8 +196,21 @@ bool CFader::mouseWheel(int x, int y, int btn, int dy, int dx) {
     if (!(btn & modControl)) return false;
     const int turned = dy ? dy : dx;
     const int by = (turned > 0) - (turned < 0);
+    step(by * (btn & modShift ? fastWheel : 1));
+    return true;
+}
+
+void CFader::step(int by) {
     const int before = pos;
-    setPos(saturate(int64_t(pos) + by * (btn & modShift ? fastWheel : 1)));
+    setPos(saturate(int64_t(pos) + by));
     if (pos != before) report();
+}
+
+bool CFader::keyDown(int key, int mods) {
+    if (CCtrl::keyDown(key, mods)) return true;
+    const int ones = (key == ::keyUp) - (key == ::keyDown);
+    const int tens = (key == keyPageUp) - (key == keyPageDown);
+    if (mods || (!ones && !tens)) return false;
+    step(ones + fastWheel * tens);
     return true;
 }

@@ -44,7 +44,7 @@ private:
 };
 
 /// An upright fader: its smallest value is at the bottom. The wheel turns it while Control is held,
-/// ten times as fast with Shift.
+/// ten times as fast with Shift. So do Up and Down, and with ten times the step Page Up and Down.
 class CFader : public CScrollbar {
 public:
     int color; ///< of the track
@@ -52,4 +52,8 @@ public:
     CFader(CWin* win, const CStr& name, int left, int top, int width, int height);
     void paint(CGraphic* g, CRect rect) override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
+    bool keyDown(int key, int mods) override;
+
+private:
+    void step(int by);
 };

@@ -154,11 +154,12 @@ void CValue::showValue(int v) {
 }
 
 double CDecimalValue::getValue() const {
-    return (value + displayOffset) / powerOfTen(decimals);
+    return value / powerOfTen(decimals);
 }
 
 CStr CDecimalValue::getText() const {
-    return asStrFormat(getValue(), CStr("%.") + asStr(decimals) + "f");
+    return asStrFormat((double(value) + displayOffset) / powerOfTen(decimals),
+                       CStr("%.") + asStr(decimals) + "f");
 }
 
 int CDecimalValue::parse(const CStr& typed) const {

@@ -48,11 +48,11 @@ private:
 /// A value in units of 10 to the power of -`decimals`.
 class CDecimalValue : public CValue {
 public:
-    int decimals = 2;
+    int decimals = 1;
 
     using CValue::CValue;
     CStr getText() const override;
-    double getValue() const; ///< with its decimals
+    double getValue() const; ///< with its decimals, without `displayOffset`
 
 protected:
     int parse(const CStr& typed) const override;
