@@ -1,60 +1,53 @@
 #include "project/AutoSave.h"
 
-#include "base/CIniFile.h"
 #include "base/CStream.h"
 #include "base/CThread.h"
+#include "base/Messages.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
-#include "base/SafeFile.h"
 #include "engine/CQV.h"
 #include "project/ProjectFile.h"
 #include "project/ProjectUi.h"
 #include "project/ProjectWriter.h"
 
 #include <algorithm>
-#include <unistd.h>
-
-namespace {
-
-constexpr const char* recoveryExt = ".recovery.qv";
-
-} // namespace
 
 /// Brings a finished copy to the disk.
 class AutoSave::Writer : public CThread {
 public:
-    explicit Writer(const CStr& to) : path(to) {}
+    Writer(RecoveryFile& to, const CMemoryStream& from, int begun)
+        : file(to), content(from), startedAt(begun) {}
     ~Writer() override { waitFor(); }
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
 
-    CMemoryStream content; ///< until `start` the interface thread's
-    Shared<bool> done{false};
-    Shared<int> tookMs{0}; ///< from the beginning of the copy to its end
+    Shared<bool> done{false}, failed{false};
+    Shared<bool> unwanted{false}; ///< the file goes when this is done
+    Shared<int> tookMs{0};        ///< from the beginning of the copy to its end
 
     void execute() override {
-        SafeFile file(path);
-        if (CFileStream* to = file.stream()) {
-            to->write(content.data, saturate(content.size));
-            if (to->written == content.size) file.commit(false);
-        }
+        failed = !file.write(content);
         tookMs = asTimeInMS() - startedAt;
         done = true;
     }
 
 private:
-    const CStr path;
-    const int startedAt = asTimeInMS();
+    RecoveryFile& file;
+    const CMemoryStream& content;
+    const int startedAt;
 };
 
 AutoSave::AutoSave(const Project& p) : project(p) {
 }
 
-AutoSave::~AutoSave() = default;
+AutoSave::~AutoSave() {
+    settle();
+}
 
-CStr AutoSave::recoveryFile(const CStr& projectFile) {
-    if (projectFile.empty()) return extractFilePath(inifile) + "unsaved" + recoveryExt;
-    return changeFileExt(projectFile, recoveryExt);
+void AutoSave::settle() {
+    const bool unwanted = writer && writer->unwanted;
+    writer.reset();
+    if (unwanted) removeFile();
 }
 
 bool AutoSave::writing() const {
@@ -63,9 +56,9 @@ bool AutoSave::writing() const {
 
 bool AutoSave::isDue(int now) const {
     const CQV* host = project.host;
-    if (writer || !host->modified || host->changes == copied) return false;
+    if (writer || !host->modified || copied == host->changes) return false;
     const int pause = std::max(shortestPauseMs, saturate(int64_t(lastMs) * pauseFactor));
-    return copy.empty() || now - lastEnd >= pause;
+    return !lastEnd || now - *lastEnd >= pause;
 }
 
 void AutoSave::idle(int now) {
@@ -74,33 +67,57 @@ void AutoSave::idle(int now) {
 }
 
 void AutoSave::begin() {
-    CQV* host = project.host;
-    const CStr path = recoveryFile(host->projectFile);
-    if (!copy.empty() && !(copy == path)) ::unlink(copy.asChar());
-    copy = path;
+    const CQV* host = project.host;
+    if (!(copiedProject == host->projectFile)) removeFile();
+    if (!file) file = std::make_unique<RecoveryFile>(host->projectFile);
+    copiedProject = host->projectFile;
     copied = host->changes;
-    writer = std::make_unique<Writer>(path);
-    CMemoryStream& to = writer->content;
-    to.setSize(saturate(lastBytes)); // room at once, as much as the last time
+    const int startedAt = asTimeInMS();
+    content.clear(); // its memory is used again
     project.ui->gatherWindows();
-    writeProject(project, &to);
-    lastBytes = to.getPos();
-    to.setSize(saturate(lastBytes));
+    writeProject(project, &content);
+    writer = std::make_unique<Writer>(*file, content, startedAt);
     writer->start();
 }
 
 void AutoSave::finishWriter(int now) {
     lastMs = writer->tookMs;
     lastEnd = now;
+    const bool failed = writer->failed, unwanted = writer->unwanted;
     writer.reset();
+    if (unwanted) return removeFile();
+    if (!failed) return;
+    copied.reset();
+    setStatus("The copy against a crash could not be written");
 }
 
 void AutoSave::discard() {
-    writer.reset();
-    for (const CStr& file : {copy, recoveryFile(project.host->projectFile)})
-        if (!file.empty()) ::unlink(file.asChar());
-    copy = "";
     copied = project.host->changes;
+    if (writing()) {
+        writer->unwanted = true;
+        return;
+    }
+    writer.reset();
+    removeFile();
+}
+
+void AutoSave::removeFile() {
+    if (file) file->remove();
+    file.reset();
+    lastEnd.reset();
+}
+
+LoadResult AutoSave::recover(const LeftCopy& left) {
+    settle();
+    auto taken = std::make_unique<RecoveryFile>(left.projectFile);
+    if (!taken->takeOver(left.path)) return LoadResult::notProject;
+    const LoadResult result = openRecovery(project, left.path, left.projectFile);
+    if (result != LoadResult::good) return result;
+    removeFile();
+    file = std::move(taken);
+    copiedProject = left.projectFile;
+    copied = project.host->changes;
+    return result;
 }
 
 LoadResult openRecovery(const Project& project, const CStr& copy, const CStr& projectFile) {

@@ -4,6 +4,10 @@
 #include "base/Paths.h"
 #include "project/ProjectFixture.h"
 
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
+
 namespace {
 
 /// Lets the writer come to its end; false after ten seconds.
@@ -41,14 +45,85 @@ TEST(AutoSave, CopiesWhatIsUnsaved) {
     pass(1000000);
     EXPECT_NE(folder.read("song.recovery.qv").find("two"), std::string::npos);
 
-    EXPECT_EQ(openRecovery(f.project, copy, path), LoadResult::good);
+    f.host->id = "lost";
+    f.host->setModified();
+    autoSave.idle(2000000); // the save comes before the copy is done
+    ASSERT_TRUE(saveProject(f.project, path));
+    autoSave.discard();
+    EXPECT_TRUE(finish(autoSave));
+    autoSave.idle(2000000);
+    EXPECT_FALSE(fileExists(copy));
+    EXPECT_FALSE(fileExists(copy + "~"));
+}
+
+/// What a crash has left is listed, opened as unsaved changes of its project, and goes when these
+/// are saved.
+TEST(AutoSave, RecoversAndGoesOn) {
+    ProjectFixture f;
+    TempFolder folder;
+    const CStr path = folder.file("song.qv"), copy = folder.file("song.recovery.qv");
+    CStringList recent;
+    recent.append(path);
+    ASSERT_TRUE(saveProject(f.project, path));
+    f.host->id = "two";
+    f.host->setModified();
+    AutoSave(f.project).idle(0); // ends without a word, as in a crash
+    const std::vector<LeftCopy> left = leftCopies(recent);
+    ASSERT_EQ(left.size(), 1u);
+    EXPECT_EQ(left[0].path, copy);
+    EXPECT_EQ(left[0].projectFile, path);
+    EXPECT_FALSE(left[0].outdated);
+    f.host->id = "lost";
+
+    AutoSave autoSave(f.project), other(f.project);
+    EXPECT_EQ(autoSave.recover(left[0]), LoadResult::good);
+    EXPECT_EQ(other.recover(left[0]), LoadResult::notProject) << "it is taken";
     EXPECT_EQ(f.host->id, "two");
     EXPECT_EQ(f.host->projectFile, path);
     EXPECT_TRUE(f.host->modified);
     ASSERT_TRUE(saveProject(f.project, path));
     autoSave.discard();
     EXPECT_FALSE(fileExists(copy));
-    EXPECT_FALSE(fileExists(copy + "~"));
+}
+
+/// No session writes to the copy of another, or to one that a crash has left, and none offers what
+/// is in use.
+TEST(RecoveryFile, BelongsToOneSession) {
+    TempFolder folder;
+    const CStr path = folder.write("song.qv", "project");
+    const CStr first = folder.file("song.recovery.qv"), second = folder.file("song.recovery1.qv");
+    CStringList recent;
+    recent.append(path);
+    CMemoryStream content;
+    content.writeStr("copy");
+    const pid_t pid = fork(); // another session, until it is killed
+    if (pid == 0) {
+        RecoveryFile theirs(path);
+        for (;;) theirs.write(content);
+    }
+    while (getFileSize(first) == 0) asSleep(1);
+    {
+        RecoveryFile mine(path);
+        for (int i = 0; i < 200; ++i) {
+            ASSERT_TRUE(mine.write(content));
+            ASSERT_EQ(leftCopies(recent).size(), 0u) << i;
+        }
+        EXPECT_EQ(mine.path(), second);
+        kill(pid, SIGKILL);
+        waitpid(pid, nullptr, 0);
+        ASSERT_EQ(leftCopies(recent).size(), 1u);
+        EXPECT_EQ(leftCopies(recent)[0].path, first);
+        mine.remove();
+        EXPECT_TRUE(mine.write(content)) << "removed, it begins anew";
+        EXPECT_EQ(mine.path(), second) << "what was left is not lost";
+        EXPECT_FALSE(RecoveryFile(path).takeOver(second));
+    }
+    const std::vector<LeftCopy> left = leftCopies(recent);
+    ASSERT_EQ(left.size(), 2u);
+    for (const LeftCopy& one : left) EXPECT_TRUE(setAside(one));
+    EXPECT_FALSE(setAside(left[0]));
+    EXPECT_EQ(leftCopies(recent).size(), 0u);
+    EXPECT_TRUE(fileExists(first + "~") && fileExists(second + "~"));
 }
 
 TEST(AutoSave, AnUnsavedProjectIsCopiedBesideTheSettings) {
