@@ -201,7 +201,9 @@ bool CMemoryStream::reserve(int64_t bytes) {
     constexpr int64_t grain = 8192;
     if (bytes <= capacity) return true;
     assert(bytes > 0);
-    const int64_t wanted = (bytes + grain - 1) / grain * grain;
+    // An eighth more each time: what grows in small pieces is moved a few times only.
+    const int64_t least = std::max(bytes, capacity + capacity / 8);
+    const int64_t wanted = (least + grain - 1) / grain * grain;
     auto* grown = static_cast<unsigned char*>(std::realloc(data, size_t(wanted)));
     if (!grown) return false;
     data = grown;

@@ -1,4 +1,5 @@
 #include "audiofiles/CSample.h"
+#include "base/BufferedWriter.h"
 #include "engine/MidiBytes.h"
 #include "sequencer/CPart.h"
 #include "sequencer/FieldReading.h"
@@ -237,28 +238,30 @@ int countEvents(const CBaseEvent* list) {
 /// Writes a list as a block; `writeEvent(stream, event)` writes what follows the event's delta.
 template <class E, class F>
 void writeList(SongWriting& w, const char* name, CBaseEvent* list, F writeEvent, int slot = -1) {
-    CStream& s = w.scratch();
-    if (slot >= 0) s.writeInt(slot);
-    s.writeInt(countEvents(list));
-    for (; list; list = list->next) {
-        s.writeInt(list->delta);
-        writeEvent(s, static_cast<E*>(list));
+    {
+        BufferedWriter s(&w.scratch());
+        if (slot >= 0) s.writeInt(slot);
+        s.writeInt(countEvents(list));
+        for (; list; list = list->next) {
+            s.writeInt(list->delta);
+            writeEvent(s, static_cast<E*>(list));
+        }
     }
     w.writeScratch(name);
 }
 
-void writeMidi(CStream& s, const CMIDIEvent* event) {
+void writeMidi(BufferedWriter& s, const CMIDIEvent* event) {
     s.writeByte(event->flags);
     s.writeInt(event->data);
     if (noteOn(event->data)) s.writeInt(event->length);
 }
 
-void writeRange(CStream& s, const CAudioEvent* event) {
+void writeRange(BufferedWriter& s, const CAudioEvent* event) {
     for (int v : {event->start, event->end, event->ticks, event->semitones}) s.writeInt(v);
     s.writeFloat(event->fine);
 }
 
-void writeAudio(CStream& s, const CAudioEvent* event, int sample) {
+void writeAudio(BufferedWriter& s, const CAudioEvent* event, int sample) {
     s.writeInt(event->flags);
     s.writeInt(sample);
     s.writeInt(event->slice);
@@ -272,7 +275,7 @@ void writeAudio(CStream& s, const CAudioEvent* event, int sample) {
     for (int i = 0; i < 4; i++) s.writeInt(0);
 }
 
-void writeOldAudio(CStream& s, const CAudioEvent* event, int sample) {
+void writeOldAudio(BufferedWriter& s, const CAudioEvent* event, int sample) {
     s.writeByte(event->flags);
     s.writeInt(sample);
     s.writeFloat(event->gain);
@@ -282,7 +285,7 @@ void writeOldAudio(CStream& s, const CAudioEvent* event, int sample) {
     for (int v : {0, 0, event->slice}) s.writeInt(v);
 }
 
-void writeDrum(CStream& s, CDrumEvent* event) {
+void writeDrum(BufferedWriter& s, CDrumEvent* event) {
     s.writeByte((unsigned char)event->sound);
     s.writeByte(event->flags);
     s.writeInt(event->length);
@@ -294,7 +297,7 @@ void writeDrum(CStream& s, CDrumEvent* event) {
     }
 }
 
-void writePoint(CStream& s, const CEnvEvent* point) {
+void writePoint(BufferedWriter& s, const CEnvEvent* point) {
     s.writeByte(point->flags);
     s.writeFloat(point->value);
     s.writeFloat(point->curve);
@@ -312,12 +315,14 @@ void writeEvents(SongWriting& w, CPart* part) {
     if (part->type == partMIDI) writeList<CMIDIEvent>(w, "mevents", list, writeMidi);
     if (part->type == partDrum) writeList<CDrumEvent>(w, "devents", list, writeDrum);
     if (part->type == partAudio) {
-        writeList<CAudioEvent>(w, "aevents2", list, [&w](CStream& s, const CAudioEvent* event) {
-            writeAudio(s, event, w.sampleIndex(event->sample));
-        });
-        writeList<CAudioEvent>(w, "aevents", list, [&w](CStream& s, const CAudioEvent* event) {
-            writeOldAudio(s, event, w.sampleIndex(event->sample));
-        });
+        writeList<CAudioEvent>(w, "aevents2", list,
+                               [&w](BufferedWriter& s, const CAudioEvent* event) {
+                                   writeAudio(s, event, w.sampleIndex(event->sample));
+                               });
+        writeList<CAudioEvent>(w, "aevents", list,
+                               [&w](BufferedWriter& s, const CAudioEvent* event) {
+                                   writeOldAudio(s, event, w.sampleIndex(event->sample));
+                               });
     }
     for (int slot = 0; slot < part->reservedSlots(); slot++)
         if (CEnvEvent* points = part->getParam(slot))
