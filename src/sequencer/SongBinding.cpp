@@ -30,6 +30,18 @@ void orderLike(const CList& tracks, CList& list, CList CComp::*of) {
     while (void* io = ordered.getFirst()) list.move(&ordered, io, -1);
 }
 
+/// Whether `orderLike` would leave all as it is.
+bool isLike(const CList& tracks, const CList& list, CList CComp::*of) {
+    CListItem* it = nullptr;
+    for (auto* t : each<CTrack>(tracks))
+        for (const auto* io : each<CObject>(t->*of))
+            if (nextOf<CObject>(list, it) != io) return false;
+    return true;
+}
+
+constexpr CList CComp::*ends[] = {&CComp::inPorts, &CComp::outPorts, &CComp::inputs,
+                                  &CComp::outputs};
+
 void countClips(CSeq* seq) {
     for (auto* clip : each<CSampleClip>(seq->drumClips)) clip->useCount = 0;
     for (auto* t : each<CTrack>(seq->tracks)) {
@@ -134,11 +146,12 @@ CSeqProg* CSeq::addProgram(const CStr& name) {
 
 void CSeq::saving() {
     CComp::saving();
-    const GraphHold hold(host);
-    orderLike(tracks, inPorts, &CComp::inPorts);
-    orderLike(tracks, outPorts, &CComp::outPorts);
-    orderLike(tracks, inputs, &CComp::inputs);
-    orderLike(tracks, outputs, &CComp::outputs);
+    // Projects are copied while they play: a block is given up only for what was really moved.
+    for (const auto of : ends) {
+        if (isLike(tracks, this->*of, of)) continue;
+        const GraphHold hold(host);
+        orderLike(tracks, this->*of, of);
+    }
 }
 
 void CSeq::bindLinks() {
@@ -167,8 +180,8 @@ void CSeq::afterRead() {
 }
 
 void CSeq::linkEnds(CTrack* track) {
-    for (CList CComp::*ends : {&CComp::inPorts, &CComp::outPorts, &CComp::inputs, &CComp::outputs})
-        for (auto* io : each<CObject>(track->*ends)) (this->*ends).addUnique(io);
+    for (const auto of : ends)
+        for (auto* io : each<CObject>(track->*of)) (this->*of).addUnique(io);
 }
 
 void CSeq::addAudioPorts(CTrack* track) {
