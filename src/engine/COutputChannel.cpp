@@ -167,10 +167,12 @@ void COutputChannel::moveFader(float value) {
     showFader = 1;
     holdL = 0.0f;
     holdR = 0.0f;
+    comp->host->setModified();
 }
 
 void COutputChannel::movePan(float value) {
     pan = fLimit(value, -1.0f, 1.0f);
+    comp->host->setModified();
 }
 
 void COutputChannel::toggleMute() {

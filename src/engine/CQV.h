@@ -148,7 +148,8 @@ public:
     CStr autoNameComp(const CStr& name);
 
     // Edits.
-    /// The user moved a parameter: while recording the sequencer takes it down, with `mapLearn` it
+    /// The user moved a parameter of a component, strip or send, which every view tells here: the
+    /// project has unsaved changes, while recording the sequencer takes it down, with `mapLearn` it
     /// gets a controller map instead, that learns the next controller. Interface thread.
     void addMap(CObject* target, int param, float value);
     /// A send bus, cabled to the audio out; at most 32, else "Too many sends".
@@ -166,6 +167,8 @@ public:
     /// take their time; a render needs all of them. Interface thread.
     bool makeStretcher();
 
+    /// The project has unsaved changes. Steps of the history say so, and what the user does past
+    /// them; automation that plays does not. Any thread.
     void setModified() {
         modified = true;
         changes.fetchAdd(1);

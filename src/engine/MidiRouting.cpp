@@ -69,6 +69,7 @@ void CQV::serveMaps(CMIDIBytes* e) {
         map->learn(e);
         if (map->cc != asByte1(e->data)) continue;
         if (CMIDIQ* queue = queueOfTarget(map->target)) map->serve(queue, e);
+        setModified(); // a controller in the user's hands, unlike those that a song plays
         e->kind = eventConsumed;
     }
 }
@@ -128,6 +129,7 @@ CMap* findMap(const CMapProg* program, const CObject* target, int param) {
 } // namespace
 
 void CQV::addMap(CObject* target, int param, float value) {
+    setModified();
     if (!mapLearn) {
         CComp* seq = recording ? feedingSeq(target) : nullptr;
         if (seq) seq->recParam(target, param, value);

@@ -4,6 +4,7 @@
 #include "engine/SeqStub.h"
 #include "engine/StripFixture.h"
 
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace {
@@ -234,6 +235,38 @@ TEST(MidiRouting, ProgramChangesReachTheListOfProjects) {
     EXPECT_EQ(mapper.got, -1) << "not on the audio thread";
     t.host->idle();
     EXPECT_EQ(mapper.got, 12);
+}
+
+/// What hands have moved is unsaved, by whatever way. What a song plays is not, nor what a setting
+/// is asked for.
+TEST(MidiRouting, WhatTheUserMovesIsUnsaved) {
+    Fixture t;
+    COutputChannel* strip = t.target->output();
+    t.addMap(strip, 7, 0);
+    const struct {
+        const char* what;
+        bool unsaved;
+        std::function<void()> act;
+    } cases[] = {
+        {"a fader", true, [&] { strip->moveFader(0.5f); }},
+        {"a pan", true, [&] { strip->movePan(0.5f); }},
+        {"a parameter", true, [&] { t.host->addMap(t.target, 3, 0.5f); }},
+        {"a controller that is mapped", true, [&] { t.turn(7, 20); }},
+        {"another controller", false, [&] { t.turn(8, 20); }},
+        {"automation", false,
+         [&] {
+             t.target->inPort()->insert(0.0, 0, eventParam, 0.25f, 0, strip, nullptr);
+             t.run();
+         }},
+        {"a setter that automation uses", false, [&] { strip->setParam(0, 0.75f); }},
+    };
+    for (const auto& c : cases) {
+        t.host->modified = false;
+        const unsigned before = t.host->changes;
+        c.act();
+        EXPECT_EQ(t.host->modified, c.unsaved) << c.what;
+        EXPECT_EQ(t.host->changes != before, c.unsaved) << c.what;
+    }
 }
 
 // addMap
