@@ -1,6 +1,7 @@
 #include "engine/CUndo.h"
 
 #include <atomic>
+#include <utility>
 
 namespace {
 
@@ -26,6 +27,10 @@ void CUndoItem::exchangeValues() {
     exchangeField(intField, intValue);
     exchangeField(floatField, floatValue);
     exchangeField(ptrField, ptrValue);
+}
+
+void CUndoItem::exchangeName() {
+    if (nameField) std::swap(*nameField, nameValue);
 }
 
 CUndo::CUndo(const CStr& title, CComp* about, unsigned stepFlags)
@@ -95,6 +100,13 @@ CUndoItem* CUndo::asFloat(float* field) {
     CUndoItem* item = newItem(nullptr);
     item->floatField = field;
     item->floatValue = loadField(field);
+    return item;
+}
+
+CUndoItem* CUndo::asName(CStr* field) {
+    CUndoItem* item = newItem(nullptr);
+    item->nameField = field;
+    item->nameValue = *field;
     return item;
 }
 

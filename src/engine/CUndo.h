@@ -49,6 +49,8 @@ public:
     int intValue = 0;
     float* floatField = nullptr;
     float floatValue = 0.0f;
+    CStr* nameField = nullptr;
+    CStr nameValue;
     int tag = 0, tag2 = 0;       ///< for `CComp::perform`
     CList reorder;               ///< of CSendRecord, owned: send levels around a change of buses
     CList parts;                 ///< free list for `CComp::perform`, contents not owned
@@ -65,6 +67,8 @@ public:
     bool held() const { return !holding.empty(); }
     /// Exchanges the stored values with those of the fields.
     void exchangeValues();
+    /// The same for the name. Interface thread, which is the only one that reads names.
+    void exchangeName();
 };
 
 /// An edit, recorded by the interface thread and carried out at the end of a block. Record makers
@@ -96,6 +100,8 @@ public:
     CUndoItem* asPtr(void** field);
     CUndoItem* asInt(int* field);
     CUndoItem* asFloat(float* field);
+    /// The same for a name, which changes a little later, with the interface's share of the step.
+    CUndoItem* asName(CStr* field);
     /// Content of `object` is exchanged with `edited`, which the item owns from now on.
     CUndoItem* asSwap(CUndoContent* object, CUndoContent* edited);
     /// Deletes the items about an object.

@@ -155,7 +155,12 @@ void UndoHost::undoIdle() {
     if (!running || pending.loadAcquire()) return;
     CUndo* u = running;
     running = nullptr;
-    for (auto* item : each<CUndoItem>(u->items)) settleEditors(item, runningOp != opUndone);
+    for (auto* item : each<CUndoItem>(u->items)) {
+        settleEditors(item, runningOp != opUndone);
+        if (runningOp == opRedone) item->exchangeName();
+    }
+    if (runningOp != opUndone) return;
+    for (CUndoItem* item = u->lastItem; item; item = item->previous) item->exchangeName();
 }
 
 void UndoHost::setHeldFrames(int frames) {

@@ -63,6 +63,7 @@ bool CSeq::openDrumBank(CTrack* track, const CStr& path, CUndo* undo) {
     DrumKit kit(host, track->drumLayer(), this);
     kit.read(&stream, stream.getSize());
     if (kit.sounds.empty()) return false;
+    if (undo) undo->asName(&track->synthProg->id);
     if (!kit.name.empty()) track->synthProg->id = kit.name;
     takeKit(kit, track, undo);
     return true;
