@@ -155,12 +155,17 @@ void CArp::read(CStream* stream, int end) {
 bool CArp::openFromStream(CStream* stream) {
     ArpContent content(*this);
     content.read(stream, stream->getSize());
-    const auto* loaded = static_cast<const CArpProg*>(content.progs.getFirst());
-    CArpProg* prog = getProg();
-    if (!loaded || !prog) return false;
-    prog->copySettings(*loaded);
-    ask(requestClear);
-    update(updateProgram);
+    if (content.progs.empty()) return false;
+    CUndo* step = host->undoStart("Open", this, updateProgram);
+    step->asInt(curProg.address()); // undone last
+    for (auto* prog : each<CArpProg>(progs)) step->asRemove(prog, &progs);
+    while (auto* prog = static_cast<CArpProg*>(content.progs.getFirst())) {
+        content.progs.del(0);
+        step->asAdd(prog, &progs);
+    }
+    step->asInt(curProg.address()); // redone last
+    host->undoEnd(step, true);
+    setProg(0);
     return true;
 }
 

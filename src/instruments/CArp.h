@@ -54,8 +54,9 @@ public:
     void setProb(float v);
     /// Switched off it lets go of the keys that only the latch keeps.
     void setLatch(int v);
-    /// Turns the current program into the first one of a .qva file, and lets go of all keys. False,
-    /// and all stays as it is, without one. Interface thread.
+    /// Replaces the programs by those of a .qva file, as one undoable step that lets go of all
+    /// keys; the first one is current then. False, and all stays as it is, without any. Interface
+    /// thread.
     bool openProg(const CStr& path);
     bool openFromStream(CStream* stream);
 
