@@ -2,6 +2,7 @@
 
 #include "base/CStream.h"
 #include "base/Numbers.h"
+#include "engine/COutputChannel.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 #include "instruments/CDrumSound.h"
@@ -102,6 +103,15 @@ void DrumKit::addSlices(CREX2& loop) {
         if (!clip) continue;
         clip->filename = CStr("slice ") + asStr(i);
         addClip(clip);
+    }
+}
+
+void DrumKit::retarget(CLayer* target, CComp* strips) {
+    layer = target;
+    comp = strips;
+    for (CDrumSound* s : each<CDrumSound>(sounds)) {
+        s->layer = layer;
+        s->output->comp = comp;
     }
 }
 

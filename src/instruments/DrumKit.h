@@ -27,6 +27,9 @@ public:
     /// Adds a sound for each slice of a loop.
     void addSlices(CREX2& loop);
 
+    /// The sounds will live in another layer than that which the kit was made for, and their strips
+    /// belong to another component.
+    void retarget(CLayer* target, CComp* strips);
     /// Pixels by which a track opened for these sounds grows.
     int height() const;
     /// Moves the sounds into their layer and the clips to `drumClips`, which owns them from then

@@ -206,7 +206,9 @@ void SamplerContent::read(CStream* stream, int64_t end) {
     BlockView view(stream, std::min(end, stream->getSize()));
     CStr name;
     int size = 0;
-    while (!ended && readBlockHead(view, name, size)) {
+    while (!ended && view.left() > 0) {
+        cutOff = !readBlockHead(view, name, size);
+        if (cutOff) return;
         const int64_t next = view.getPos() + size;
         BlockView body(stream, next);
         if (!readBlock(name, body) && badBlock.empty()) {

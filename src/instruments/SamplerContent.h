@@ -34,6 +34,7 @@ public:
     unsigned char options[sampleOptionBytes] = {};
     CStr badBlock; ///< name of the first block that was refused, empty if all went well
     int badSize = 0;
+    bool cutOff = false; ///< the blocks ended before the bytes did
 
     SamplerContent(CQV* root, CSampler* sampler) : host(root), owner(sampler) {}
     virtual ~SamplerContent();

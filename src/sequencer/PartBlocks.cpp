@@ -34,6 +34,12 @@ void addPart(SongReading& r, std::unique_ptr<CPart> part, int ghostOf) {
     if (ghostOf >= 0) r.ghosts.emplace_back(r.part, ghostOf);
 }
 
+void keepFirst(SongReading& r, std::unique_ptr<CPart> part) {
+    if (r.first) return;
+    r.first = std::move(part);
+    r.part = r.first.get();
+}
+
 bool readPart(SongReading& r, int) {
     r.part = nullptr;
     if (!r.in.has(partBytes)) return false;
@@ -46,7 +52,9 @@ bool readPart(SongReading& r, int) {
     part->length = readTicks(r.in);
     part->flags = unsigned(r.in.readInt());
     if (!r.in.readText(part->id)) return false;
-    if (onTrack)
+    if (r.alone)
+        keepFirst(r, std::move(part));
+    else if (onTrack)
         addPart(r, std::move(part), ghostOf);
     else
         addMaster(r, part.release());

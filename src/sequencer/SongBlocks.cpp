@@ -66,6 +66,10 @@ SongReading::SongReading(CSeq* song, CStream* stream, int64_t end)
       links(std::make_unique<SongLinks>()) {
 }
 
+SongReading::SongReading(CSeq* song, CStream* stream, int64_t end, const CList& samples)
+    : seq(song), in(stream, end), kit(song), pool(asVector<CSample>(samples)), alone(true) {
+}
+
 SongReading::~SongReading() = default;
 
 void SongReading::read() {
@@ -83,6 +87,26 @@ bool SongReading::readBlock(const CStr& name, int size) {
     const auto known = blockTable().find(name.asChar());
     if (known != blockTable().end()) return known->second->read(*this, size);
     if (!in.has(size)) return false;
+    skip(size);
+    return true;
+}
+
+std::unique_ptr<CPart> SongReading::readPart() {
+    CStr name;
+    while (!in.eof()) {
+        if (!in.readText(name) || !in.has(int(sizeof(int)))) return nullptr;
+        const int size = in.readInt();
+        const int64_t next = in.getPos() + size;
+        if (size < 0 || !in.has(size) || !readPartBlock(name, size) || in.getPos() != next)
+            return nullptr;
+    }
+    return std::move(first);
+}
+
+bool SongReading::readPartBlock(const CStr& name, int size) {
+    for (const auto blocks : {partBlocks(), eventBlocks()})
+        for (const SongBlock& block : blocks)
+            if (name == block.name) return block.read(*this, size);
     skip(size);
     return true;
 }
@@ -197,6 +221,12 @@ void SongWriting::orderClips() {
     }
     for (auto* clip : each<CSampleClip>(seq->drumClips))
         if (used.count(clip)) clips.add(clip);
+}
+
+SongWriting::SongWriting(CSeq* song, CStream* stream, const CList& samples)
+    : seq(song), host(song->host), out(stream) {
+    int index = 0;
+    for (auto* sample : each<CSample>(samples)) sampleOrder[sample] = index++;
 }
 
 CStream& SongWriting::scratch() {

@@ -27,12 +27,17 @@ class CTrack;
 class SongReading {
 public:
     SongReading(CSeq* song, CStream* stream, int64_t end);
+    /// Of a part by itself, whose events name their samples by the place in `samples`.
+    SongReading(CSeq* song, CStream* stream, int64_t end, const CList& samples);
     ~SongReading();
     SongReading(const SongReading&) = delete;
     SongReading& operator=(const SongReading&) = delete;
 
     /// Reads all blocks into the song, which must be empty.
     void read();
+    /// Reads the blocks of the first part there is, and gives it, in no song and no ghost. Null
+    /// without one, and when a block is not all there or not as long as it says.
+    std::unique_ptr<CPart> readPart();
 
     CSeq* const seq;
     BufferedView in;
@@ -48,7 +53,9 @@ public:
     std::vector<std::pair<CTrack*, int>> folders;
     std::vector<std::pair<CPart*, int>> ghosts;
     std::unique_ptr<SongLinks> links;
-    bool newerAudio = false; ///< "aevents2" was met: "aevents" tells the same once more
+    bool alone = false;           ///< one part is read, and no song
+    std::unique_ptr<CPart> first; ///< that part
+    bool newerAudio = false;      ///< "aevents2" was met: "aevents" tells the same once more
     int curProg = 0;
     int editTrack = -1, editPart = -1; ///< of the part that the editor shows
 
@@ -61,6 +68,7 @@ public:
 
 private:
     bool readBlock(const CStr& name, int size);
+    bool readPartBlock(const CStr& name, int size);
     void finish();
     void bindFolders();
     void bindGhosts();

@@ -22,6 +22,8 @@ struct CEditorStruct;
 class SongWriting {
 public:
     SongWriting(CSeq* song, CStream* stream);
+    /// Of a part by itself, whose events name their samples by the place in `samples`.
+    SongWriting(CSeq* song, CStream* stream, const CList& samples);
 
     void write();
 
