@@ -12,12 +12,14 @@ CApp* hookApp = nullptr;
 CMainWin* hookWin = nullptr;
 
 void pump() {
+    hookWin->pumping++;
     hookApp->dispatchEvents();
     hookApp->idle();
+    hookWin->pumping--;
 }
 
 void showStatus(const CStr& text) {
-    hookWin->setStatus(text);
+    hookWin->setStatus(text, true);
 }
 
 } // namespace

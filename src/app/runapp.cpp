@@ -3,12 +3,12 @@
 #include "app/AppHooks.h"
 #include "app/TextAndScale.h"
 #include "app/main/CMainWin.h"
+#include "app/main/ProjectFlows.h"
 #include "base/CIniFile.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "base/Process.h"
-#include "data/demosong/DemoSong.h"
 #include "engine/CAAM.h"
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
@@ -135,8 +135,8 @@ int runapp() {
     ini.reset();
     p.app->addTimer(p.window.get(), heartbeatMs, true);
     qv->init();
-    buildDemoSong(qv);
     p.window->init();
+    p.window->flows->start();
     if (qv->editorStruct.maximized) p.window->maximize();
     p.app->run(p.window.get());
     p.tearDown();

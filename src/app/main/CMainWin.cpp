@@ -1,54 +1,58 @@
 #include "app/main/CMainWin.h"
 
-#include "app/main/Displays.h"
+#include "app/Shortcuts.h"
+#include "app/main/MainActions.h"
+#include "app/main/MainMenu.h"
+#include "app/main/ProjectFlows.h"
+#include "app/main/SongActions.h"
 #include "app/main/SongView.h"
 #include "app/main/StatusLine.h"
 #include "app/main/Toolbar.h"
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
-#include "engine/CAAM.h"
+#include "base/Paths.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/Keys.h"
-#include "sequencer/CSeq.h"
-
-#include <cctype>
-#include <cstdio>
+#include "gui/Selections.h"
+#include "gui/XConnection.h"
 
 namespace {
 
 constexpr const char* windowTitle = "Sondrava2.0 - alpha";
 constexpr int mainStyle =
     winManaged | winCaption | winSizable | winMinButton | winMaxButton | winMain;
-constexpr int smallestWidth = 720, smallestHeight = 320;
-
-/// Keys of the transport, beside those of `handleKeyDown`.
-struct TransportKey {
-    int key;
-    void (Toolbar::*command)();
-};
-constexpr TransportKey transportKeys[] = {
-    {keyReturn, &Toolbar::play}, {'0', &Toolbar::stop},        {'3', &Toolbar::rewind},
-    {'L', &Toolbar::toggleLoop}, {'C', &Toolbar::toggleClick},
-};
-
-int upper(int key) {
-    return key >= 0 && key <= 255 ? std::toupper(key) : key;
-}
+constexpr int smallestWidth = 900, smallestHeight = 320;
+constexpr int leastSide = 64, mostSide = 16384; ///< of a place from a file
+constexpr int keyF10 = keyF1 - 9;
 
 } // namespace
 
 CMainWin::CMainWin(CApp* application, CQV* host)
-    : CWin(application, nullptr, windowTitle, host->editorStruct.left, host->editorStruct.top,
-           host->editorStruct.width, host->editorStruct.height, mainStyle),
-      qv(host) {
+    : CCompEditor(application, nullptr, windowTitle, host->editorStruct.left,
+                  host->editorStruct.top, host->editorStruct.width, host->editorStruct.height,
+                  mainStyle, host, &actionTable),
+      flows(std::make_unique<ProjectFlows>(this, host)), qv(host),
+      showHints(host->storeInt("showHint", 1) != 0),
+      mainActions(std::make_unique<MainActions>(this, host)),
+      songActions(std::make_unique<SongActions>(host)) {
     minWidth = smallestWidth;
     minHeight = smallestHeight;
+    editorType = groupArrange; // the song is the only page
+    setupActions(actionTable);
+    actionTable.readShortcuts();
     wire(app->onKey, static_cast<COnKey*>(new _COnKey<CMainWin>(this, &CMainWin::handleKeyDown)));
-    wire(app->onHint, static_cast<COnChange*>(new _COnChange<CMainWin>(this, &CMainWin::showHint)));
+    wire(app->onHint, static_cast<COnChange*>(new _COnChange<CMainWin>(this, &CMainWin::appHint)));
+    wire(onDrop, static_cast<COnMouse*>(new _COnMouse<CMainWin>(this, &CMainWin::mainDrop)));
+}
+
+CMainWin::~CMainWin() {
+    wire(app->onKey, static_cast<COnKey*>(nullptr));
+    wire(app->onHint, static_cast<COnChange*>(nullptr));
 }
 
 void CMainWin::init() {
+    mainMenu = std::make_unique<MainMenu>(this, qv);
     const int w = clientGroup->width, h = clientGroup->height;
     bar = new Toolbar(this, qv, w);
     addControl(bar);
@@ -63,83 +67,162 @@ void CMainWin::init() {
 }
 
 void CMainWin::onTimer() {
-    qv->idle();
-}
-
-void CMainWin::idle() {
-    if (!song) return;
-    constexpr unsigned songBits = 0x10003;
-    if (qv->updateFlags.fetchAnd(~songBits) & songBits) song->songChanged();
-    bar->refresh();
-    song->refresh();
-    showDevice();
-}
-
-void CMainWin::showDevice() {
-    const CAAM* bridge = qv->aam;
-    DeviceState now;
-    if (bridge && bridge->opened) now = {bridge->device, bridge->frames, bridge->rate};
-    if (now == shownDevice) return;
-    shownDevice = now;
-    status->setDevice(deviceText());
-}
-
-CStr CMainWin::deviceText() const {
-    if (!qv->aam || !qv->aam->opened) return "No audio device";
-    char text[160];
-    std::snprintf(text, sizeof(text), "%s  %g Hz  %d frames",
-                  qv->aam->audioName(qv->aam->device).asChar(), double(qv->aam->rate),
-                  qv->aam->frames);
-    return text;
-}
-
-void CMainWin::setStatus(const CStr& text) {
-    if (status) status->setText(text);
-}
-
-void CMainWin::showHint(CObject* sender) {
-    const auto* ctrl = static_cast<CCtrl*>(sender);
-    setStatus(ctrl ? ctrl->hint : CStr());
-}
-
-bool CMainWin::handleKeyDown(CObject*, int& key, int mods) {
-    const bool typing = keyCtrl && keyCtrl->type == ctrlEdit;
-    if (mods != 0 || !bar || typing || app->modalWin) return false;
-    if (key == ' ')
-        bar->play();
-    else if (key == keyHome)
-        bar->rewind();
-    else
-        return false;
-    return true;
-}
-
-bool CMainWin::keyDown(int key, int mods) {
-    if (CWin::keyDown(key, mods)) return true;
-    if (mods != 0 || !bar) return false;
-    for (const TransportKey& entry : transportKeys) {
-        if (entry.key != upper(key)) continue;
-        (bar->*entry.command)();
-        return true;
-    }
-    return false;
+    if (!flows->loading()) qv->idle();
+    if (!pumping) flows->tick();
 }
 
 void CMainWin::hide() {
-    if (visible) writeSettings();
+    if (visible) {
+        if (flows->loading() || !flows->mayLeave()) return;
+        flows->close();
+        writeSettings();
+    }
     CWin::hide();
+}
+
+// Keys and actions.
+
+bool CMainWin::keyDown(int key, int mods) {
+    if (CCompEditor::keyDown(key, mods)) return true;
+    if (key != keyF10 || mods != 0 || !mainMenu) return false;
+    mainMenu->focus();
+    return true;
+}
+
+bool CMainWin::handleKeyDown(CObject* sender, int& key, int mods) {
+    auto* from = static_cast<CWin*>(static_cast<CCtrl*>(sender));
+    if (app->keyHookCtrl) {
+        if (key == keyEscape) qv->mapLearn = 0;
+        return key == keyEscape;
+    }
+    const bool typing = from->keyCtrl && from->keyCtrl->type == ctrlEdit;
+    if (mods != 0 || typing || app->modalWin || !app->menus.empty() || flows->loading())
+        return false;
+    if (key == ' ') return mainActions->run(getAction(qv->playing ? "stop" : "play"));
+    if (key == keyHome) return mainActions->run(getAction("rewind"));
+    if (key != keyEscape || from != this || !keyCtrl) return false;
+    setKeyCtrl(nullptr);
+    return true;
+}
+
+bool CMainWin::onAction(CAction* action) {
+    if (flows->loading()) return false;
+    return mainActions->run(action) || songActions->run(action);
+}
+
+bool CMainWin::knows(const CAction* action) const {
+    return mainActions->knows(action) || songActions->knows(action);
+}
+
+void CMainWin::actionClicked(CObject* sender) {
+    onAction(static_cast<CAction*>(static_cast<CCtrl*>(sender)->userPtr));
+}
+
+void CMainWin::mainDrop(CObject*, int, int, int) {
+    for (auto* item : each<CDropItem>(*app->dragList))
+        if (item->type == dropFile && sameText(extractFileExt(item->path), ".qv"))
+            return flows->newProject(kindFile, item->path);
+}
+
+// What is shown.
+
+void CMainWin::setStatus(const CStr& text, bool atOnce) {
+    if (!status) return;
+    status->setText(text);
+    if (atOnce) app->drawNow(this, status);
+}
+
+void CMainWin::appHint(CObject* sender) {
+    if (!showHints) return;
+    const auto* ctrl = static_cast<CCtrl*>(sender);
+    CStr text = ctrl ? ctrl->hint : CStr();
+    if (ctrl && !text.empty() && ctrl->userPtr) {
+        const auto* action = static_cast<const CAction*>(ctrl->userPtr);
+        const CStr shortcut = shortcutToStr(action->key, action->mods);
+        if (!shortcut.empty()) text += "  (" + shortcut + ")";
+    }
+    setStatus(text);
+}
+
+void CMainWin::setHints(bool on) {
+    showHints = on;
+    qv->settings.setInt("showHint", on);
+    if (!on) setStatus("");
+}
+
+CStr CMainWin::dialogFolder() const {
+    if (!projectFolder.empty()) return projectFolder;
+    const CStr path = qv->projectFile.empty() ? RecentFiles::lastProject() : qv->projectFile;
+    return path.empty() ? getHomeFolder() : extractFilePath(path);
+}
+
+void CMainWin::projectChanged() {
+    constexpr unsigned pageBits = 0x408001;
+    if (!qv->projectFile.empty()) qv->updatePeaks();
+    qv->update(pageBits);
+    setCaptionText();
+    resized();
+    redraw();
+}
+
+void CMainWin::forgetSong() {
+    if (song) song->forgetSong();
+    if (bar) bar->forgetSong();
+}
+
+void CMainWin::mdiChanged() {
+    if (mainMenu) mainMenu->rebuild();
+}
+
+void CMainWin::showRecent(int x, int y) {
+    mainMenu->showRecent(x, y);
+}
+
+void CMainWin::setCaptionText() {
+    CStr text = windowTitle;
+    const CStr path = qv->projectFile;
+    if (!path.empty()) text += " - " + changeFileExt(extractFileName(path), "");
+    if (qv->modified) text += " *";
+    if (id != text) setCaption(text);
+}
+
+void CMainWin::updateEditors(unsigned bits) {
+    for (auto* editor : each<CCompEditor>(editors)) editor->comp->update(bits);
+}
+
+// The place of the window.
+
+void CMainWin::readPlace(CEditorStruct& place) {
+    const bool large = hasStyle(winMaximized);
+    const CPoint at = large ? asPoint(restoreRect.left, restoreRect.top) : getPos(true);
+    const CPoint extent = large ? asPoint(restoreRect.right, restoreRect.bottom) : getSize();
+    place.maximized = large;
+    place.left = at.x;
+    place.top = at.y;
+    place.width = extent.x;
+    place.height = extent.y;
+}
+
+void CMainWin::moveTo(const CEditorStruct& place) {
+    const CRect screen = getDesktopBounds();
+    const int roomX = screen.right - screen.left, roomY = screen.bottom - screen.top;
+    const int w = asMinMax(place.width, leastSide, asMin(mostSide, roomX));
+    const int h = asMinMax(place.height, leastSide, asMin(mostSide, roomY));
+    if (hasStyle(winMaximized)) restore();
+    move(asMinMax(place.left, screen.left, screen.right - w),
+         asMinMax(place.top, screen.top, screen.bottom - h), w, h);
+    if (place.maximized) maximize();
 }
 
 void CMainWin::writeSettings() {
     if (!qv->settingsEnabled) return;
-    if (CSeq* seq = songOf(qv)) seq->writeSettings();
-    const bool large = hasStyle(winMaximized);
-    const CPoint place = large ? asPoint(restoreRect.left, restoreRect.top) : getPos(true);
-    const CPoint extent = large ? asPoint(restoreRect.right, restoreRect.bottom) : getSize();
+    CEditorStruct place;
+    readPlace(place);
     CIniFile ini(inifile);
-    ini.writeInteger("editor", "maximized", large);
-    ini.writeInteger("editor", "left", place.x);
-    ini.writeInteger("editor", "top", place.y);
-    ini.writeInteger("editor", "width", extent.x);
-    ini.writeInteger("editor", "height", extent.y);
+    ini.writeInteger("editor", "maximized", place.maximized);
+    ini.writeInteger("editor", "left", place.left);
+    ini.writeInteger("editor", "top", place.top);
+    ini.writeInteger("editor", "width", place.width);
+    ini.writeInteger("editor", "height", place.height);
+    if (bar) bar->writeSettings(ini);
 }

@@ -1,34 +1,89 @@
 #pragma once
 
-#include "gui/CWin.h"
+#include "app/CAction.h"
+#include "app/CCompEditor.h"
+
+#include <memory>
 
 class CQV;
+class MainActions;
+class MainMenu;
+class ProjectFlows;
+class SongActions;
 class SongView;
 class StatusLine;
 class Toolbar;
+struct CEditorStruct;
 
-/// The one top-level window of the program, and the interface's link to the host: its timer is the
-/// heartbeat of the engine's interface side.
-class CMainWin : public CWin {
+/// The table of actions, as a base that exists before the window which looks keys up in it.
+struct ProgramActions {
+    ActionTable actionTable;
+};
+
+/// The one top-level window of the program, the editor of the host, and the interface's link to it:
+/// its timer is the heartbeat of the engine's interface side. Interface thread.
+class CMainWin : private ProgramActions, public CCompEditor {
 public:
-    CMainWin(CApp* app, CQV* host);
+    CStr projectFolder; ///< last used in a file dialog; empty none yet
+    CList editors;      ///< of CCompEditor, those open besides this one; not owned
+    int pumping = 0;    ///< loops that wait for an edit: no project is loaded inside
+    const std::unique_ptr<ProjectFlows> flows;
 
-    /// Makes the content, once the song is there.
+    CMainWin(CApp* app, CQV* host);
+    ~CMainWin() override;
+    CMainWin(const CMainWin&) = delete;
+    CMainWin& operator=(const CMainWin&) = delete;
+
+    /// Makes the content, once the engine stands.
     void init();
-    /// Calls `CQV::idle`, which calls `idle` here.
+
     void onTimer() override;
-    /// Turns changes of the engine into repaints.
-    void idle();
-    /// Keeps the window's place in the settings; the program ends when the window is hidden.
+    /// Turns changes of the engine into repaints. Called by the host's idle.
+    void idle() override;
+    /// The close flow: asks about unsaved changes, and may stay. The program ends when the window
+    /// is hidden.
     void hide() override;
-    /// Space, Home and Escape, in every window of the program.
-    bool handleKeyDown(CObject* sender, int& key, int mods);
     bool keyDown(int key, int mods) override;
-    void setStatus(const CStr& text);
+    bool onAction(CAction* action) override;
+    /// For `CApp::onKey`: Space, Home and Escape in every window of the program.
+    bool handleKeyDown(CObject* sender, int& key, int mods);
+
+    /// Whether an action does something at present; menus leave out the others.
+    bool knows(const CAction* action) const;
+    /// For buttons and menu entries that carry a CAction in `userPtr`.
+    void actionClicked(CObject* sender);
+    CAction* getAction(const char* name) const { return actions->getAction(name); }
+
+    void setStatus(const CStr& text, bool atOnce = false);
+    CStr dialogFolder() const; ///< where a file dialog for projects begins
+    /// Another project is open, or it has another name.
+    void projectChanged();
+    void forgetSong(); ///< the song is about to be deleted
+    /// The active page is another one: rebuilds the menu bar.
+    void mdiChanged();
+    void showRecent(int x, int y); ///< the recent projects as a menu at a point of the screen
+    void setHints(bool on);
+    bool hintsShown() const { return showHints; }
+
+    /// The place of the window, for files and settings; when maximized the one to go back to.
+    void readPlace(CEditorStruct& place);
+    void moveTo(const CEditorStruct& place);
+
+    /// Calls `update(bits)` on the component of each open editor, whose idle serves it.
+    void updateEditors(unsigned bits);
 
 private:
-    void showHint(CObject* sender);
+    friend class MainMenu;
+
+    void appHint(CObject* sender);
+    void mainDrop(CObject* sender, int x, int y, int btn);
     void writeSettings();
+    void serveUpdates();
+    void serveSong();
+    void graphChanged();
+    void peaksChanged();
+    void flatsChanged();
+    void setCaptionText();
     void showDevice();
     CStr deviceText() const;
 
@@ -41,6 +96,10 @@ private:
 
     CQV* qv;
     DeviceState shownDevice{-2, 0, 0.0f}; ///< nothing told yet
+    bool showHints = true;
+    const std::unique_ptr<MainActions> mainActions;
+    const std::unique_ptr<SongActions> songActions;
+    std::unique_ptr<MainMenu> mainMenu;
     Toolbar* bar = nullptr;
     SongView* song = nullptr;
     StatusLine* status = nullptr;

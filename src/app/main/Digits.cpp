@@ -63,6 +63,13 @@ void drawPoint(CGraphic* g, int x, int y, char c) {
     g->fillRect(asRect(x, y + 12, x + dotWidth, y + 12 + dotWidth));
 }
 
+void drawSlash(CGraphic* g, int x, int y) {
+    for (int row = 0; row < digitHeight; row++) {
+        const int at = x + (digitHeight - 1 - row) * (digitWidth - stroke) / (digitHeight - 1);
+        g->fillRect(asRect(at, y + row, at + stroke, y + row + 1));
+    }
+}
+
 int widthOf(char c) {
     return isPoint(c) ? dotWidth : digitWidth;
 }
@@ -76,6 +83,8 @@ void drawDigits(CGraphic* g, CRect rect, const CStr& text, int color) {
     for (const char* c = text.asChar(); *c; c++) {
         if (isPoint(*c))
             drawPoint(g, x, y, *c);
+        else if (*c == '/')
+            drawSlash(g, x, y);
         else
             drawFigure(g, x, y, strokesOf(*c));
         x += widthOf(*c) + gap;

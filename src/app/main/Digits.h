@@ -5,8 +5,8 @@
 
 class CGraphic;
 
-/// Large figures out of seven strokes each, for what is read at arm's length. Digits, "-", "." and
-/// ":" are known, anything else is a gap.
+/// Large figures out of seven strokes each, for what is read at arm's length. Digits, "-", "/", "."
+/// and ":" are known, anything else is a gap.
 
 constexpr int digitHeight = 20;
 

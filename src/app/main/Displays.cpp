@@ -7,6 +7,7 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Keys.h"
+#include "gui/controls/CPopup.h"
 #include "sequencer/CSeq.h"
 
 #include <algorithm>
@@ -19,6 +20,12 @@ constexpr int fieldHeight = 48;
 constexpr int titleHeight = 16;
 constexpr int margin = 8;
 constexpr float fineStep = 0.1f;
+
+struct Signature {
+    unsigned char num, den;
+};
+constexpr Signature signatures[] = {{2, 4}, {3, 4}, {4, 4}, {5, 4}, {6, 4},
+                                    {5, 8}, {6, 8}, {7, 8}, {9, 8}, {12, 8}};
 
 template <class... Args>
 CStr formatted(const char* format, Args... args) {
@@ -67,10 +74,27 @@ void CFigures::refresh() {
 
 CPositionDisplay::CPositionDisplay(CWin* owner, int l, CQV* host)
     : CFigures(owner, "position", "POSITION", l, displayWidth, host) {
-    hint = "Bar, beat and ticks";
+    hint = "Position as bar, beat and ticks, or as time: press to change";
+}
+
+void CPositionDisplay::setForm(int newForm) {
+    form = newForm == clock ? clock : bars;
+    title = form == clock ? "TIME" : "POSITION";
+    redraw();
+}
+
+void CPositionDisplay::mouseDown(int x, int y, int btn) {
+    CFigures::mouseDown(x, y, btn);
+    if (!(btn & modLeft)) return;
+    setForm(form == clock ? bars : clock);
+    refresh();
 }
 
 CStr CPositionDisplay::figures() const {
+    return form == clock ? clockText() : barText();
+}
+
+CStr CPositionDisplay::barText() const {
     int num = 4, den = 4;
     if (CSeq* seq = songOf(qv)) seq->getTimeSig(num, den);
     const int beat = std::max(1, 960 * 4 / std::max(1, den));
@@ -80,18 +104,51 @@ CStr CPositionDisplay::figures() const {
                      tick % beat);
 }
 
-CTimeDisplay::CTimeDisplay(CWin* owner, int l, CQV* host)
-    : CFigures(owner, "time", "TIME", l, displayWidth, host) {
-    hint = "Minutes, seconds and milliseconds";
-}
-
-CStr CTimeDisplay::figures() const {
+CStr CPositionDisplay::clockText() const {
     constexpr int msPerSecond = 1000, secondsPerMinute = 60;
     const double ms = songTimeMs(qv);
     const int whole = asInt(ms);
     const int seconds = whole / msPerSecond;
     return formatted("%02d:%02d.%03d", seconds / secondsPerMinute, seconds % secondsPerMinute,
                      whole % msPerSecond);
+}
+
+CSignatureDisplay::CSignatureDisplay(CWin* owner, int l, CQV* host)
+    : CFigures(owner, "signature", "SIGNATURE", l, displayWidth, host) {
+    hint = "Time signature of the song: press to change";
+}
+
+CStr CSignatureDisplay::figures() const {
+    int num = 4, den = 4;
+    if (CSeq* seq = songOf(qv)) seq->getTimeSig(num, den);
+    return formatted("%d/%d", num, den);
+}
+
+void CSignatureDisplay::mouseDown(int x, int y, int btn) {
+    CFigures::mouseDown(x, y, btn);
+    if (!(btn & modLeft) || !songOf(qv)) return;
+    auto* popup = new CPopup(win->app, win);
+    popup->autoDelete = true;
+    for (const Signature& s : signatures) {
+        CMenuItem* item =
+            popup->add(formatted("%d/%d", s.num, s.den),
+                       new _COnChange<CSignatureDisplay>(this, &CSignatureDisplay::chosen));
+        item->tag = int(&s - signatures);
+        item->checked = item->text == figures();
+    }
+    const CPoint corner = win->getPos(true), at = win->controlPos(this);
+    popup->popup(corner.x + at.x, corner.y + at.y + height);
+}
+
+void CSignatureDisplay::chosen(CObject* sender) {
+    CSeq* seq = songOf(qv);
+    if (!seq) return;
+    const Signature& s = signatures[static_cast<CMenuItem*>(sender)->tag];
+    seq->options.bytes[SongOptions::timeSigNum] = s.num;
+    seq->options.bytes[SongOptions::timeSigDen] = s.den;
+    qv->setModified();
+    seq->update(updateTracks);
+    refresh();
 }
 
 CTempoDisplay::CTempoDisplay(CWin* owner, int l, CQV* host)
@@ -103,7 +160,8 @@ CStr CTempoDisplay::figures() const {
     return formatted("%.1f", double(qv->tempo));
 }
 
-void CTempoDisplay::mouseDown(int, int y, int) {
+void CTempoDisplay::mouseDown(int x, int y, int btn) {
+    CFigures::mouseDown(x, y, btn);
     dragFrom = y;
     dragTempo = qv->tempo;
 }

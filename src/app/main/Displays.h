@@ -23,30 +23,47 @@ public:
 protected:
     virtual CStr figures() const = 0;
     CQV* qv;
+    CStr title;
 
 private:
-    CStr title;
     CStr shownText;
 };
 
-/// Bar, beat and ticks of the song.
+/// The song's position as bar, beat and ticks, or as minutes, seconds and milliseconds; a press
+/// changes the form.
 class CPositionDisplay : public CFigures {
 public:
-    CPositionDisplay(CWin* win, int left, CQV* host);
+    enum Form : int { bars = 0, clock = 1 };
     static constexpr int displayWidth = 148;
 
+    CPositionDisplay(CWin* win, int left, CQV* host);
+    void mouseDown(int x, int y, int btn) override;
+    Form getForm() const { return form; }
+    void setForm(int newForm); ///< `bars` for anything unknown
+
 protected:
     CStr figures() const override;
+
+private:
+    CStr barText() const;
+    CStr clockText() const;
+
+    Form form = bars;
 };
 
-/// Minutes, seconds and milliseconds from the start of the song.
-class CTimeDisplay : public CFigures {
+/// The song's time signature; a press offers others.
+class CSignatureDisplay : public CFigures {
 public:
-    CTimeDisplay(CWin* win, int left, CQV* host);
-    static constexpr int displayWidth = 128;
+    static constexpr int displayWidth = 84;
+
+    CSignatureDisplay(CWin* win, int left, CQV* host);
+    void mouseDown(int x, int y, int btn) override;
 
 protected:
     CStr figures() const override;
+
+private:
+    void chosen(CObject* sender);
 };
 
 /// Beats per minute. The wheel and a vertical drag change it, finely with Shift.

@@ -37,6 +37,22 @@ void metronome(CGraphic* g, int x, int y) {
     for (int i = 0; i < 9; i++) g->fillRect(asRect(x + i - 1, y + 3 - i, x + i + 1, y + 4 - i));
 }
 
+void disc(CGraphic* g, int x, int y) {
+    for (int row = -half; row <= half; row++) {
+        int reach = half;
+        while (reach * reach + row * row > half * half + half) reach--;
+        g->fillRect(asRect(x - reach, y + row, x + reach + 1, y + row + 1));
+    }
+}
+
+/// A folder.
+void folder(CGraphic* g, int x, int y) {
+    constexpr int wide = 8;
+    g->fillRect(asRect(x - wide, y - half, x - 1, y - half + 2));
+    g->fillRect(asRect(x - wide, y - half + 2, x + wide, y - half + 4));
+    g->fillRect(asRect(x - wide, y - half + 5, x + wide, y + half));
+}
+
 } // namespace
 
 void drawGlyph(CGraphic* g, Glyph glyph, CRect rect, int color) {
@@ -52,6 +68,12 @@ void drawGlyph(CGraphic* g, Glyph glyph, CRect rect, int color) {
         break;
     case Glyph::play:
         triangle(g, x - half + 1, y, 1);
+        break;
+    case Glyph::record:
+        disc(g, x, y);
+        break;
+    case Glyph::recent:
+        folder(g, x, y);
         break;
     case Glyph::loop:
         loopArrow(g, x, y);

@@ -163,12 +163,22 @@ CTrackRow::CTrackRow(CWin* owner, CQV* host, CSongTrack* songTrack, int t, int h
 
 void CTrackRow::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
-    g->fillRect(colours.panel, clientRect());
+    g->fillRect(shownSelected ? colours.raised : colours.panel, clientRect());
     g->fillRect(colour, asRect(0, 0, stripe, height - 1));
     g->fillRect(colours.frame, asRect(0, height - 1, width, height));
     const CRect name = asRect(margin + stripe, gap, muteButton->left - gap, gap + 20);
     g->drawText(colours.text, track->track->id, name, textLeft);
     CGroup::paint(g, rect);
+}
+
+void CTrackRow::mouseDown(int x, int y, int btn) {
+    CGroup::mouseDown(x, y, btn);
+    if (!(btn & modLeft)) return;
+    CSeq* seq = track->track->seq;
+    const bool add = (btn & modControl) != 0;
+    const bool on = !add || !track->track->selected();
+    if (!add) seq->unselectTracks();
+    seq->selectTrack(track, on);
 }
 
 void CTrackRow::muteClicked(CObject*) {
@@ -180,6 +190,10 @@ void CTrackRow::soloClicked(CObject*) {
 }
 
 void CTrackRow::refresh() {
+    if (track->track->selected() != shownSelected) {
+        shownSelected = !shownSelected;
+        redraw();
+    }
     muteButton->setLit(track->muted());
     soloButton->setLit(track->soloed());
     meter->channel = soundOf(qv, track->track);
@@ -192,9 +206,15 @@ SongView::SongView(CWin* owner, CQV* host, int t, int w, int h)
     songChanged();
 }
 
-void SongView::songChanged() {
+void SongView::forgetSong() {
     rows.clear();
+    timeline = nullptr;
     clear();
+    redraw();
+}
+
+void SongView::songChanged() {
+    forgetSong();
     timeline = new CTimeline(win, qv, CTrackRow::rowWidth + 1, 0, width - CTrackRow::rowWidth - 1,
                              height, rowHeight);
     timeline->setAlign(alignWidth | alignHeight, 0, 0);
@@ -221,10 +241,10 @@ void SongView::paint(CGraphic* g, CRect rect) {
 
 void SongView::resized() {
     CGroup::resized();
-    timeline->songChanged();
+    if (timeline) timeline->songChanged();
 }
 
 void SongView::refresh() {
     for (CTrackRow* row : rows) row->refresh();
-    timeline->refresh();
+    if (timeline) timeline->refresh();
 }

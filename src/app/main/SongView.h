@@ -51,6 +51,8 @@ public:
     CTrackRow(CWin* win, CQV* host, CSongTrack* songTrack, int top, int height, int colour);
 
     void paint(CGraphic* g, CRect rect) override;
+    /// Selects the track, with Control beside others.
+    void mouseDown(int x, int y, int btn) override;
     void refresh();
 
 private:
@@ -62,6 +64,7 @@ private:
     int colour;
     CButton *muteButton, *soloButton;
     CMeter* meter;
+    bool shownSelected = false;
 };
 
 /// The rows of all tracks beside the timeline.
@@ -76,6 +79,8 @@ public:
     void refresh();
     /// Builds the rows anew from the song.
     void songChanged();
+    /// The song is about to be deleted: shows nothing until `songChanged`.
+    void forgetSong();
 
 private:
     CQV* qv;

@@ -1,88 +1,146 @@
 #include "app/main/Toolbar.h"
 
+#include "app/CAction.h"
+#include "app/main/CActivityLight.h"
+#include "app/main/CMainWin.h"
 #include "app/main/CMeter.h"
+#include "app/main/CMonitorVolume.h"
 #include "app/main/Displays.h"
 #include "app/main/Glyphs.h"
+#include "base/CIniFile.h"
 #include "engine/CClick.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
-#include "gui/CWin.h"
 #include "gui/controls/CButton.h"
-#include "sequencer/CSeq.h"
 
 namespace {
 
 constexpr int gap = 4;
 constexpr int margin = 8;
-constexpr int buttonWidth = 40;
+constexpr int buttonWidth = 36;
 constexpr int buttonTop = 12;
 constexpr int buttonHigh = 32;
-constexpr int meterWidth = 220;
-constexpr int meterHeight = 13;
+constexpr int masterWidth = 200;
+constexpr int meterTop = 23, meterHeight = 11;
+constexpr int volumeTop = 38, volumeHeight = 12;
 
 } // namespace
 
-Toolbar::Toolbar(CWin* owner, CQV* host, int w)
-    : CGroup(owner, "transport", 0, 0, w, barHeight), qv(host) {
+Toolbar::Toolbar(CMainWin* owner, CQV* host, int w)
+    : CGroup(owner, "transport", 0, 0, w, barHeight), window(owner), qv(host) {
     setAlign(alignWidth, 0, 0);
     int x = margin;
-    rewindButton = addButton(x, "rewind", "To the start of the song (Home)", &Toolbar::rewind);
-    stopButton = addButton(x, "stop", "Stop; once more silences everything (0)", &Toolbar::stop);
-    playButton = addButton(x, "play", "Play and stop (Space)", &Toolbar::play);
+    addRecent(x);
     x += gap;
-    loopButton = addButton(x, "loop", "Repeat the song (L)", &Toolbar::toggleLoop);
-    clickButton = addButton(x, "click", "Metronome (C)", &Toolbar::toggleClick);
-    x += margin;
-    displays[0] = new CPositionDisplay(owner, x, host);
-    displays[1] = new CTimeDisplay(owner, displays[0]->left + displays[0]->width + gap, host);
-    displays[2] = new CTempoDisplay(owner, displays[1]->left + displays[1]->width + gap, host);
+    addButton(x, "rewind", Glyph::rewind, "To the start of the song", nullptr);
+    addButton(x, "stop", Glyph::stop, "Stop; once more silences everything", nullptr);
+    addButton(x, "play", Glyph::play, "Play and stop", &Toolbar::playing);
+    addButton(x, "record", Glyph::record, "Record on the selected tracks", &Toolbar::recording);
+    addButton(x, "loop", Glyph::loop, "Repeat between the locators", &Toolbar::looping);
+    x += gap;
+    addButton(x, "metronome", Glyph::click, "Metronome on/off", &Toolbar::clicking);
+    commands[3].button->litCol = window->app->gui->palette.record;
+    addDisplays(x + gap);
+    addMaster();
+    readSettings();
+}
+
+void Toolbar::addRecent(int& x) {
+    recentButton = new CButton(window, "recent", "", x, buttonTop, buttonWidth, buttonHigh);
+    addCommand(recentButton, Glyph::recent, "Recent projects", nullptr);
+    recentButton->onChange = new _COnChange<Toolbar>(this, &Toolbar::recentClicked);
+    x += buttonWidth + gap;
+}
+
+void Toolbar::addButton(int& x, const char* name, Glyph glyph, const char* text,
+                        bool (Toolbar::*isOn)() const) {
+    auto* button = new CButton(window, name, "", x, buttonTop, buttonWidth, buttonHigh);
+    addCommand(button, glyph, text, isOn);
+    button->userPtr = window->getAction(name);
+    button->onChange = new _COnChange<CMainWin>(window, &CMainWin::actionClicked);
+    x += buttonWidth + gap;
+}
+
+void Toolbar::addCommand(CButton* button, Glyph glyph, const char* text,
+                         bool (Toolbar::*isOn)() const) {
+    button->hint = text;
+    button->onPaint = new _COnPaint<Toolbar>(this, &Toolbar::paintGlyph);
+    button->tabStop = true;
+    commands.push_back({button, glyph, isOn});
+    addControl(button);
+}
+
+void Toolbar::addDisplays(int x) {
+    position = new CPositionDisplay(window, x, qv);
+    x += position->width + gap;
+    auto* tempo = new CTempoDisplay(window, x, qv);
+    x += tempo->width + gap;
+    auto* signature = new CSignatureDisplay(window, x, qv);
+    displays = {position, tempo, signature};
     for (CFigures* display : displays) addControl(display);
-    master = new CMeter(owner, w - meterWidth - margin, 24, meterWidth, meterHeight);
+    activity = new CActivityLight(window, x + signature->width + gap, qv);
+    addControl(activity);
+}
+
+void Toolbar::addMaster() {
+    const int x = width - masterWidth - margin;
+    master = new CMeter(window, x, meterTop, masterWidth, meterHeight);
     master->setAlign(alignRight, margin, 0);
     master->hint = "Level of the output; a press clears the peaks";
     addControl(master);
+    volume = new CMonitorVolume(window, x, volumeTop, masterWidth, volumeHeight, qv);
+    volume->setAlign(alignRight, margin, 0);
+    addControl(volume);
 }
 
-CButton* Toolbar::addButton(int& x, const char* name, const char* text,
-                            void (Toolbar::*command)()) {
-    auto* button = new CButton(win, name, "", x, buttonTop, buttonWidth, buttonHigh);
-    button->hint = text;
-    button->onPaint = new _COnPaint<Toolbar>(this, &Toolbar::paintGlyph);
-    button->onChange = new _COnChange<Toolbar>(this, &Toolbar::buttonClicked);
-    button->tabStop = true;
-    commands.push_back({button, command});
-    addControl(button);
-    x += buttonWidth + gap;
-    return button;
+void Toolbar::readSettings() {
+    position->setForm(iniReadInt("options", "time", CPositionDisplay::bars));
+    volume->setPercent(iniReadInt("options", "monitor-volume", CMonitorVolume::full));
 }
 
-void Toolbar::buttonClicked(CObject* sender) {
-    for (const Command& c : commands)
-        if (c.button == sender) (this->*c.run)();
+void Toolbar::writeSettings(CIniFile& ini) const {
+    ini.writeInteger("options", "time", position->getForm());
+    ini.writeInteger("options", "monitor-volume", volume->getPercent());
+}
+
+void Toolbar::recentClicked(CObject*) {
+    const CPoint corner = win->getPos(true), at = win->controlPos(recentButton);
+    window->showRecent(corner.x + at.x, corner.y + at.y + recentButton->height);
 }
 
 void Toolbar::paintGlyph(CObject* sender, CGraphic* g, CRect rect) {
-    const auto* button = static_cast<CButton*>(sender);
-    const struct {
-        const CButton* button;
-        Glyph glyph;
-    } glyphs[] = {{rewindButton, Glyph::rewind},
-                  {stopButton, Glyph::stop},
-                  {playButton, Glyph::play},
-                  {loopButton, Glyph::loop},
-                  {clickButton, Glyph::click}};
-    for (const auto& entry : glyphs)
-        if (entry.button == button) drawGlyph(g, entry.glyph, rect, button->faceColour());
+    for (const Command& c : commands)
+        if (c.button == sender) drawGlyph(g, c.glyph, rect, c.button->faceColour());
 }
 
 void Toolbar::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
     g->fillRect(colours.panel, clientRect());
     g->fillRect(colours.frame, asRect(0, height - 1, width, height));
-    g->drawText(colours.dimText, "MASTER", asRect(master->left, 8, master->left + 80, 22),
+    g->drawText(colours.dimText, "MASTER", asRect(master->left, 6, master->left + 80, 21),
                 textLeft);
     CGroup::paint(g, rect);
+}
+
+bool Toolbar::playing() const {
+    return qv->playing != 0;
+}
+
+bool Toolbar::recording() const {
+    return qv->recording != 0;
+}
+
+bool Toolbar::looping() const {
+    return qv->loop != 0;
+}
+
+bool Toolbar::clicking() const {
+    return qv->click->enabled && (qv->click->mode & clickPlay);
+}
+
+void Toolbar::forgetSong() {
+    master->channel = nullptr;
 }
 
 void Toolbar::refresh() {
@@ -90,36 +148,8 @@ void Toolbar::refresh() {
     master->channel = out ? out->output() : nullptr;
     master->refresh();
     for (CFigures* display : displays) display->refresh();
-    playButton->setLit(qv->playing != 0);
-    loopButton->setLit(qv->loop != 0);
-    const CClick* click = qv->click;
-    clickButton->setLit(click->enabled && (click->mode & clickPlay));
-}
-
-void Toolbar::rewind() {
-    qv->setPos(0.0);
-}
-
-void Toolbar::stop() {
-    qv->stop();
-}
-
-void Toolbar::play() {
-    if (qv->playing)
-        qv->stop();
-    else
-        qv->start();
-}
-
-void Toolbar::toggleLoop() {
-    const int on = !qv->loop;
-    qv->loop = on;
-    if (CSeq* seq = songOf(qv)) seq->setLoop(on);
-}
-
-void Toolbar::toggleClick() {
-    CClick* click = qv->click;
-    const bool on = !(click->enabled && (click->mode & clickPlay));
-    if (on) click->enabled = 1;
-    click->mode = on ? click->mode | clickPlay : click->mode & ~clickPlay;
+    activity->refresh();
+    volume->refresh();
+    for (const Command& c : commands)
+        if (c.isOn) c.button->setLit((this->*c.isOn)());
 }

@@ -4,41 +4,61 @@
 
 #include <vector>
 
+class CActivityLight;
 class CButton;
 class CFigures;
+class CIniFile;
+class CMainWin;
 class CMeter;
+class CMonitorVolume;
+class CPositionDisplay;
 class CQV;
+enum class Glyph;
 
-/// The transport: buttons, position, time, tempo, and the level of the master output.
+/// The transport: buttons for actions, position, tempo, signature, MIDI activity, and the level and
+/// monitor volume of the output.
 class Toolbar : public CGroup {
 public:
     static constexpr int barHeight = 56;
 
-    Toolbar(CWin* win, CQV* host, int width);
+    Toolbar(CMainWin* window, CQV* host, int width);
 
     void paint(CGraphic* g, CRect rect) override;
     /// Brings the displays up to date. Interface tick.
     void refresh();
-
-    // Commands, also reached by keys.
-    void rewind();
-    void stop();
-    void play(); ///< or stop, while playing
-    void toggleLoop();
-    void toggleClick();
+    /// The song is about to be deleted.
+    void forgetSong();
+    /// Form of the position and monitor volume.
+    void writeSettings(CIniFile& ini) const;
 
 private:
     struct Command {
         CButton* button;
-        void (Toolbar::*run)();
+        Glyph glyph;
+        bool (Toolbar::*isOn)() const; ///< null: never lit
     };
-    CButton* addButton(int& left, const char* name, const char* hint, void (Toolbar::*command)());
-    void buttonClicked(CObject* sender);
+    void addButton(int& left, const char* name, Glyph glyph, const char* hint,
+                   bool (Toolbar::*isOn)() const);
+    void addCommand(CButton* button, Glyph glyph, const char* hint, bool (Toolbar::*isOn)() const);
+    void addRecent(int& left);
+    void addDisplays(int left);
+    void addMaster();
+    void readSettings();
     void paintGlyph(CObject* sender, CGraphic* g, CRect rect);
+    void recentClicked(CObject* sender);
 
+    bool playing() const;
+    bool recording() const;
+    bool looping() const;
+    bool clicking() const;
+
+    CMainWin* window;
     CQV* qv;
-    CButton *rewindButton, *stopButton, *playButton, *loopButton, *clickButton;
-    CFigures* displays[3];
-    CMeter* master;
     std::vector<Command> commands;
+    std::vector<CFigures*> displays;
+    CButton* recentButton = nullptr;
+    CPositionDisplay* position = nullptr;
+    CActivityLight* activity = nullptr;
+    CMeter* master = nullptr;
+    CMonitorVolume* volume = nullptr;
 };

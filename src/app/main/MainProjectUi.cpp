@@ -1,0 +1,36 @@
+#include "app/main/MainProjectUi.h"
+
+#include "app/main/CMainWin.h"
+#include "app/main/ProjectFlows.h"
+#include "engine/CQV.h"
+#include "gui/CApp.h"
+
+namespace {
+
+constexpr int arrowCursor = 0, busyCursor = 2;
+
+} // namespace
+
+void MainProjectUi::gatherWindows() {
+    window->readPlace(window->comp->editorStruct);
+}
+
+void MainProjectUi::clearWindows() {
+    window->forgetSong();
+}
+
+void MainProjectUi::placeMainWindow() {
+    window->moveTo(window->comp->editorStruct);
+}
+
+void MainProjectUi::waitCursor(bool on) {
+    window->app->setCursor(on ? busyCursor : arrowCursor);
+}
+
+void MainProjectUi::projectChanged(const CStr&) {
+    window->projectChanged();
+}
+
+void MainProjectUi::addRecent(const CStr& path) {
+    window->flows->recent.addRecent(path);
+}

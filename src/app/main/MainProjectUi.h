@@ -1,0 +1,21 @@
+#pragma once
+
+#include "project/ProjectUi.h"
+
+class CMainWin;
+
+/// What projects get of the main window. Pages of editors pass through as their file has them.
+class MainProjectUi : public ProjectUi {
+public:
+    explicit MainProjectUi(CMainWin* mainWin) : window(mainWin) {}
+
+    void gatherWindows() override;
+    void clearWindows() override;
+    void placeMainWindow() override;
+    void waitCursor(bool on) override;
+    void projectChanged(const CStr& path) override;
+    void addRecent(const CStr& path) override;
+
+private:
+    CMainWin* window;
+};

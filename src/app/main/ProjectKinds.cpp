@@ -1,0 +1,38 @@
+#include "app/main/ProjectKinds.h"
+
+#include "data/demosong/DemoSong.h"
+#include "engine/CQV.h"
+#include "project/SongSounds.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/Templates.h"
+
+namespace {
+
+struct Kind {
+    const char* name;
+    void (*create)(CSeq* seq); ///< null: no song
+};
+constexpr Kind kinds[offeredKinds] = {
+    {"Empty Project", createEmptyProject},
+    {"Default", createDefaultProject},
+    {"Drum & bass", createDrumAndBassProject},
+    {"MIDI sequencer", createMIDISequencerProject},
+    {"Multi-track recorder", createPortaStudioProject},
+    {"Guitar Project", createGuitaristProject},
+    {"Modular setup", nullptr},
+};
+
+} // namespace
+
+const char* projectKindName(int kind) {
+    return kinds[kind].name;
+}
+
+void createProject(CQV* host, int kind) {
+    const Standstill still(host);
+    if (kind == kindDemo)
+        buildDemoSong(host);
+    else if (kind >= 0 && kind < offeredKinds && kinds[kind].create)
+        kinds[kind].create(addSequencer(host));
+    host->modified = false;
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+class CQV;
+
+/// What a project begins as.
+enum ProjectKind : int {
+    kindFile = -1, ///< a file that is opened
+    kindEmpty = 0,
+    kindDefault = 1,
+    kindDrumAndBass = 2,
+    kindSequencer = 3,
+    kindPortaStudio = 4,
+    kindGuitarist = 5,
+    kindModular = 6, ///< no song, only components
+    kindDemo = 7,    ///< the demo song
+};
+constexpr int offeredKinds = 7; ///< that the user can choose, from `kindEmpty` on
+
+/// Of an offered kind, as the user reads it.
+const char* projectKindName(int kind);
+/// Fills a host that has no more than its devices. Interface thread; takes the graph.
+void createProject(CQV* host, int kind);

@@ -1,0 +1,53 @@
+#pragma once
+
+class CAction;
+class CMarkerPart;
+class CQV;
+class CSeq;
+class CSeqProg;
+
+/// What the actions on the song do that need no view of it. Without a song they do nothing.
+/// Interface thread.
+class SongActions {
+public:
+    explicit SongActions(CQV* host) : qv(host) {}
+
+    bool knows(const CAction* action) const;
+    bool run(const CAction* action); ///< false for one that it does not know
+    /// A new track of a kind (TrackKind) at the end of the song, as a step of the history.
+    void addTrack(int kind);
+
+private:
+    struct Command {
+        const char* name;
+        void (SongActions::*run)();
+    };
+    static const Command commands[];
+    static const Command* find(const CAction* action);
+
+    CSeq* seq() const; ///< null without a song
+    CSeqProg* prog() const;
+
+    void leftLocator();
+    void rightLocator();
+    void nextBeat();
+    void priorBeat();
+    void priorProg();
+    void nextProg();
+    void playSelection();
+    void loopSelection();
+    void mute();
+    void solo();
+    void addInstrument();
+    void addMarker();
+    void deleteMarker();
+    void priorMarker();
+    void nextMarker();
+
+    bool locateSelection();
+    void stepProg(int by);
+    void stepMarker(int by);
+    int beatTicks(int tick) const;
+
+    CQV* qv;
+};

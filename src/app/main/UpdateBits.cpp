@@ -1,0 +1,84 @@
+// What the main window makes of the engine's notifications, every 40 ms.
+#include "app/main/CMainWin.h"
+
+#include "app/main/Displays.h"
+#include "app/main/ProjectFlows.h"
+#include "app/main/SongView.h"
+#include "app/main/StatusLine.h"
+#include "app/main/Toolbar.h"
+#include "engine/CAAM.h"
+#include "engine/CQV.h"
+#include "sequencer/CSeq.h"
+
+#include <cstdio>
+
+void CMainWin::idle() {
+    if (!song || flows->loading()) return;
+    serveUpdates();
+    serveSong();
+    setCaptionText();
+    bar->refresh();
+    song->refresh();
+    showDevice();
+}
+
+void CMainWin::serveUpdates() {
+    // In this order. Bits that are served by no view yet are only cleared.
+    static constexpr struct {
+        unsigned bit;
+        void (CMainWin::*serve)();
+    } services[] = {
+        {1, &CMainWin::graphChanged},
+        {0x400000, nullptr},
+        {0x10000, nullptr},
+        {128, nullptr},
+        {0x200, nullptr},
+        {4, &CMainWin::peaksChanged},
+        {0x2000, &CMainWin::flatsChanged},
+        {8, nullptr},
+        {0x8000, &CMainWin::mdiChanged},
+        {0x100, nullptr},
+        {0x400, &CMainWin::redraw},
+    };
+    for (const auto& s : services)
+        if ((qv->updateFlags.fetchAnd(~s.bit) & s.bit) && s.serve) (this->*s.serve)();
+}
+
+void CMainWin::graphChanged() {
+    constexpr unsigned editorBits = 0x41000;
+    song->songChanged();
+    resized();
+    updateEditors(editorBits);
+}
+
+void CMainWin::peaksChanged() {
+    updateEditors(updateParts);
+}
+
+void CMainWin::flatsChanged() {
+    updateEditors(updateTracks | updateParts);
+}
+
+void CMainWin::serveSong() {
+    constexpr unsigned bits = updateTracks | updateParts;
+    CSeq* seq = songOf(qv);
+    if (seq && (seq->updateFlags.fetchAnd(~bits) & bits)) song->songChanged();
+}
+
+void CMainWin::showDevice() {
+    const CAAM* bridge = qv->aam;
+    DeviceState now;
+    if (bridge && bridge->opened) now = {bridge->device, bridge->frames, bridge->rate};
+    if (now == shownDevice) return;
+    shownDevice = now;
+    status->setDevice(deviceText());
+}
+
+CStr CMainWin::deviceText() const {
+    if (!qv->aam || !qv->aam->opened) return "No audio device";
+    char text[160];
+    std::snprintf(text, sizeof(text), "%s  %g Hz  %d frames",
+                  qv->aam->audioName(qv->aam->device).asChar(), double(qv->aam->rate),
+                  qv->aam->frames);
+    return text;
+}
