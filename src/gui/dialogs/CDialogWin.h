@@ -21,7 +21,11 @@ public:
     /// `owner` is never null. The size is that of the content, without border and caption; a
     /// sizable one gets no smaller.
     CDialogWin(CWin* owner, const CStr& title, int contentWidth, int contentHeight,
-               int style = dialogStyle);
+               int style = dialogStyle)
+        : CDialogWin(owner->app, owner, title, contentWidth, contentHeight, style) {}
+    /// The same with an owner that may be null.
+    CDialogWin(CApp* app, CWin* owner, const CStr& title, int contentWidth, int contentHeight,
+               int style);
 
     void showModal() override;
     bool keyDown(int key, int mods) override;
@@ -41,10 +45,11 @@ protected:
     CButton* firstButton = nullptr; ///< one of `buttons`
     CCtrl* startCtrl = nullptr;     ///< has the focus first; null is the first field
 
-private:
-    bool moveFocus(int by);
-    void acceptClicked(CObject* sender);
-    void cancelClicked(CObject* sender);
+    bool moveFocus(int by); ///< to the next field, or with -1 to the one before
 
     CGroup* buttons; ///< in the client area
+
+private:
+    void acceptClicked(CObject* sender);
+    void cancelClicked(CObject* sender);
 };
