@@ -1,0 +1,91 @@
+#include "project/ClipFiles.h"
+
+#include "audiofiles/CSample.h"
+#include "base/OpenBlock.h"
+#include "engine/CQV.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CSampleClip.h"
+#include "instruments/CSampler.h"
+#include "instruments/SamplerFiles.h"
+#include "project/ClipContent.h"
+#include "project/PresetFiles.h"
+#include "project/SampleBlocks.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/SongWriting.h"
+
+#include <unordered_set>
+
+namespace {
+
+/// The part as it stands in a file: at the song's start, in no list, with events of its own.
+std::unique_ptr<CPart> standAlone(CPart* part) {
+    std::unique_ptr<CPart> twin(part->content()->copy(1));
+    twin->id = part->id;
+    twin->length = part->length.load();
+    twin->offset = part->offset.load();
+    twin->pos = 0;
+    twin->colour = -1;
+    twin->flags = 0u;
+    return twin;
+}
+
+void collectSamples(CPart* part, CList& samples) {
+    std::unordered_set<const CSample*> known;
+    for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
+        CSample* sample = static_cast<const CAudioEvent*>(e)->sample;
+        if (sample && known.insert(sample).second) samples.add(sample);
+    }
+}
+
+void writeSamples(CStream* stream, const CList& samples) {
+    const OpenBlock block(stream, "samples");
+    stream->writeInt(samples.getCount());
+    for (const auto* sample : each<CSample>(samples)) writeWithFrames(stream, sample);
+}
+
+void writeDrums(CStream* stream, const CLayer& layer) {
+    CList clips;
+    for (const auto* sound : each<CDrumSound>(layer.sounds))
+        for (int i = 0; i < sound->clipCount; ++i) clips.addUnique(sound->clips[i]);
+    for (const auto* clip : each<CSampleClip>(clips)) writeClip(stream, clip);
+    for (auto* sound : each<CSound>(layer.sounds)) writeSound(stream, sound, clips);
+}
+
+void writeSampler(CStream* stream, CSampler* sampler) {
+    CSynthProg* prog = sampler->getProg();
+    if (!prog) return;
+    stream->writeId("device", 1);
+    stream->writeByte(deviceSampler);
+    const OpenBlock data(stream, "data");
+    sampler->writeToStream(stream, prog);
+}
+
+/// The synthesizers that a port feeds, each once.
+void writeSamplers(CStream* stream, CQV* host, CMIDIQ* port) {
+    CList cables, samplers;
+    if (port) listOutput(host, port, &cables);
+    for (const auto* cable : each<CMIDICable>(cables))
+        if (cable->toComp->type == compSampler) samplers.addUnique(cable->toComp);
+    for (auto* sampler : each<CSampler>(samplers)) writeSampler(stream, sampler);
+}
+
+} // namespace
+
+void writeClipFile(CStream* stream, CSeq* seq, CPart* part) {
+    const std::unique_ptr<CPart> twin = standAlone(part);
+    CTrack* track = seq->partToTrack(part);
+    CList samples;
+    if (twin->type == partDrum && track && track->drumLayer())
+        writeDrums(stream, *track->drumLayer());
+    if (twin->type == partAudio) {
+        collectSamples(twin.get(), samples);
+        writeSamples(stream, samples);
+    }
+    SongWriting writing(seq, stream, samples);
+    writePart(writing, twin.get(), true);
+    if (twin->type == partMIDI && track) writeSamplers(stream, seq->host, track->outPort());
+}
+
+bool saveClip(CSeq* seq, CPart* part, const CStr& path) {
+    return savePreset(path, [&](CStream* stream) { writeClipFile(stream, seq, part); });
+}

@@ -1,0 +1,125 @@
+#include "project/PresetFiles.h"
+
+#include "base/BlockView.h"
+#include "base/Messages.h"
+#include "base/Paths.h"
+#include "base/SafeFile.h"
+#include "effects/CEffect.h"
+#include "engine/CQV.h"
+#include "instruments/ArpFiles.h"
+#include "instruments/CArp.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CREX2.h"
+#include "instruments/CSampler.h"
+#include "instruments/DrumKit.h"
+#include "instruments/SamplerFiles.h"
+#include "project/KitDrop.h"
+#include "sequencer/CSeq.h"
+
+namespace {
+
+/// Calls `visit(name, body)` for each block of a file until it gives false.
+template <class F>
+void eachBlock(const CStr& path, F&& visit) {
+    CFileStream stream(path, 0);
+    BlockView view(&stream, stream.getSize());
+    CStr name;
+    int size = 0;
+    while (readBlockHead(view, name, size)) {
+        const int64_t next = view.getPos() + size;
+        BlockView body(&stream, next);
+        if (!visit(name, body)) return;
+        stream.setPos(next);
+    }
+}
+
+int countSounds(const CStr& path) {
+    int count = 0;
+    eachBlock(path, [&count](const CStr& name, BlockView&) {
+        if (name == "sound") ++count;
+        return true;
+    });
+    return count;
+}
+
+void addSlices(CSeq* seq, CTrack* track, const CStr& path, CUndo* undo) {
+    CREX2 loop(path, int(seq->host->rate));
+    DrumKit kit(seq->host, track->drumLayer(), seq);
+    kit.addSlices(loop);
+    if (!kit.sounds.empty()) takeKit(kit, seq, track, undo);
+}
+
+/// Adds the sounds of a file behind those there are.
+void addSounds(CSeq* seq, CTrack* track, const CStr& path, CUndo* undo) {
+    const CStr ext = extractFileExt(path).upperCase();
+    if (ext == ".REX" || ext == ".RX2") addSlices(seq, track, path, undo);
+    if ((ext == ".QVS" || ext == ".QVD") && countSounds(path) > 0)
+        seq->openDrumBank(track, path, undo);
+}
+
+/// Records that the sounds leave that were there before the step.
+void removeOld(CLayer* layer, CTrack* track, CUndo* undo) {
+    int height = 0;
+    for (auto* sound : each<CDrumSound>(layer->sounds)) {
+        height += sound->getHeight();
+        undo->asRemove(sound, &layer->sounds);
+    }
+    track->openHeight = track->openHeight - height;
+    undo->asPtr(reinterpret_cast<void**>(layer->sound.address()));
+    layer->sound = nullptr;
+}
+
+} // namespace
+
+bool savePreset(const CStr& path, const std::function<void(CStream*)>& write) {
+    SafeFile file(path);
+    if (CFileStream* stream = file.stream()) {
+        write(stream);
+        if (file.commit()) return true;
+    }
+    showMsg(nullptr, "Save", CStr("There was an error saving ") + path);
+    return false;
+}
+
+bool saveProgram(CSampler* sampler, const CStr& path) {
+    CSynthProg* prog = sampler->getProg();
+    return prog && savePreset(path, [&](CStream* s) { sampler->writeToStream(s, prog); });
+}
+
+bool saveProgram(CEffect* rack, const CStr& path) {
+    CEffectProg* prog = rack->getProg();
+    return prog && savePreset(path, [&](CStream* s) { rack->saveProg(s, prog); });
+}
+
+bool saveProgram(CArp* arp, const CStr& path) {
+    const CArpProg* prog = arp->getProg();
+    return prog && savePreset(path, [&](CStream* s) { writeProgram(s, *prog); });
+}
+
+bool saveKit(CTrack* track, const CStr& path) {
+    const CLayer* layer = track->drumLayer();
+    const auto write = [&](CStream* s) { writeDrumKit(s, track->synthProg->id, *layer); };
+    return layer && savePreset(path, write);
+}
+
+bool saveTrackAsPreset(const CStr& path) {
+    return savePreset(path, [](CStream*) {});
+}
+
+int getFiletype(const CStr& path) {
+    int type = -1;
+    eachBlock(path, [&type](const CStr& name, BlockView& body) {
+        if (!(name == "filetype")) return true;
+        if (body.has(int64_t(sizeof(int)))) type = body.readInt();
+        return false;
+    });
+    return type;
+}
+
+void loadPreset(CSeq* seq, CLayer* layer, CTrack* track, const CStr& path) {
+    if (!layer || layer != track->drumLayer() || getFiletype(path) == filetypeSampler) return;
+    CUndo* step = seq->host->undoStart("Replace", seq, updateTracks | updateParts);
+    addSounds(seq, track, path, step);
+    if (!step->items.empty()) removeOld(layer, track, step);
+    seq->host->undoEnd(step, true);
+}

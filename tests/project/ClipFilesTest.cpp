@@ -1,0 +1,186 @@
+#include "ClipFixture.h"
+#include "project/ClipPreview.h"
+
+#include <cstring>
+#include <set>
+
+namespace {
+
+constexpr int kinds[] = {partMIDI, partAudio, partDrum};
+
+/// Where the blocks of a file end, by its heads alone.
+std::set<size_t> blockEnds(const std::string& bytes) {
+    const auto number = [&](size_t at) {
+        int v = 0;
+        std::memcpy(&v, &bytes[at], 4);
+        return size_t(v);
+    };
+    std::set<size_t> ends;
+    for (size_t at = 0; at < bytes.size();) {
+        at += 4 + number(at);
+        at += 4 + number(at);
+        ends.insert(at);
+    }
+    return ends;
+}
+
+/// A clip of one kind, made in a song of its own, whose files are gone afterwards.
+struct Made {
+    std::string bytes;
+    std::vector<float> sound;
+};
+
+Made makeClip(int kind, int blocks = 0) {
+    ClipFixture f;
+    CPart* part = f.add(kind);
+    return {f.clipOf(part), f.play(blocks)};
+}
+
+} // namespace
+
+/// In another song, without the files, a clip is the same, sounds the same, as does its preview,
+/// and is taken back whole.
+TEST(ClipFiles, NeedNothingElse) {
+    constexpr int blocks = 24;
+    for (const int kind : kinds) {
+        SCOPED_TRACE(kind);
+        const Made made = makeClip(kind, blocks);
+        ASSERT_GT(*std::max_element(made.sound.begin(), made.sound.end()), 0.05f);
+        ClipFixture f;
+        f.host->undoClear();
+        const std::string before = f.save();
+        CPart* part = f.drop(made.bytes);
+        ASSERT_TRUE(part);
+        EXPECT_TRUE(f.clipOf(part) == made.bytes);
+        EXPECT_TRUE(f.play(blocks) == made.sound);
+        const std::string after = f.save();
+
+        const auto preview = createFromQVC(f.host, f.files.file("dropped.qvc"));
+        ASSERT_TRUE(preview);
+        const int frames = int(part->length) * 44100 / 960 / 2; // at 120 beats a minute
+        ASSERT_EQ(preview->frames, frames);
+        for (int side = 0; side < 2; ++side)
+            EXPECT_TRUE(std::equal(preview->floatData(side), preview->floatData(side) + frames,
+                                   made.sound.begin() + side * blocks * 1024));
+        EXPECT_TRUE(f.save() == after);
+
+        f.undo();
+        EXPECT_TRUE(f.save() == before);
+        f.redo();
+
+        EXPECT_TRUE(f.save() == after);
+        EXPECT_TRUE(shown.empty());
+    }
+}
+
+/// The samples of a clip by the tables of the format, and an event that says which one it plays.
+TEST(ClipFiles, SamplesAreAsDocumented) {
+    using namespace qvf;
+    const std::string frames = bytes({1, 2, 3, 4, 5, 6, 7, 8});
+    const std::string sample = text("gone.wav") + real(22050.0f) + bytes({16, 2, 0, 1}) + number(2);
+    const std::string part = bytes({2, 1 + 1, 1}) + numbers({-1, 0, 0, 960, 0}) + text("x");
+    const std::string event = numbers({0, 0, 0, 0}) + real(1.0f) + real(0.0f) +
+                              bytes({0, 0, 0, 0}) + numbers({0, 1, 0, 0}) +
+                              numbers({0, 0, 0, 0, 0, 0, 0, 0, 0});
+    ClipFixture f;
+    const CPart* dropped =
+        f.drop(item("zzz", "anything") + item("part", part) + item("aevents2", number(1) + event) +
+               item("samples", number(1) + sample + frames));
+    ASSERT_TRUE(dropped);
+    const auto* it = static_cast<const CAudioEvent*>(dropped->events.load());
+    ASSERT_EQ(it->sample, f.host->samples.getFirst());
+    EXPECT_EQ(it->sample->filename, "gone.wav");
+    EXPECT_TRUE(it->sample->fixedPitch);
+    EXPECT_EQ(it->sample->rate, 22050.0f);
+    EXPECT_EQ(std::string(it->sample->data, it->sample->data + 8), frames);
+}
+
+/// What is cut off or says what cannot be is left out whole, and silently. A clip that ends with a
+/// block may be one still.
+TEST(ClipFiles, DamagedOnesDoNothingByHalf) {
+    for (const int kind : kinds) {
+        SCOPED_TRACE(kind);
+        std::string clip;
+        {
+            ClipFixture source;
+            CPart* part =
+                kind == partMIDI ? source.addNotes(source.track(trackMIDI)) : source.add(kind);
+            clip = source.clipOf(part);
+            CSampler small(source.host);
+            CSynthProg* prog = small.createProg();
+            CMemoryStream program;
+            small.progs.add(prog);
+            small.writeToStream(&program, prog);
+            const std::string data(program.data, program.data + program.getPos());
+            if (kind == partMIDI)
+                clip += qvf::item("device", qvf::bytes({3})) + qvf::item("data", data);
+        }
+        ClipFixture f;
+        const std::string before = f.save();
+        const std::set<size_t> ends = blockEnds(clip);
+        ASSERT_TRUE(ends.count(clip.size()));
+        eachDamage(clip, [&](const std::string& damaged) {
+            const bool dropped = f.drop(damaged) != nullptr;
+            if (dropped && damaged.size() < clip.size()) {
+                ASSERT_TRUE(ends.count(damaged.size())) << damaged.size();
+            }
+            ASSERT_EQ(f.host->undoIndex, dropped ? 0 : -1);
+            if (!dropped) return;
+            f.runAlone();
+            f.undo();
+            f.host->undoClear();
+        });
+        EXPECT_TRUE(f.save() == before);
+        EXPECT_TRUE(shown.empty());
+    }
+}
+
+/// Where a clip goes, and what it brings along there.
+TEST(ClipFiles, JoinWhatIsThere) {
+    const Made notes = makeClip(partMIDI), hits = makeClip(partDrum);
+    ClipFixture f;
+    CSongTrack* drums = f.track(trackDrum);
+    ASSERT_TRUE(f.drop(hits.bytes, drums));
+    CPart* again = f.drop(hits.bytes, drums, 960);
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->pos, 960);
+    EXPECT_EQ(drums->track->drumLayer()->sounds.getCount(), 2) << "one kit plays both";
+    f.track(trackDrum)->track->drumLayer();
+    CSongTrack* other = f.track(trackDrum);
+    f.seq->addStandardKit(other->track);
+    CPart* behind = f.drop(hits.bytes, other);
+    EXPECT_EQ(static_cast<CDrumEvent*>(behind->getEvents())->sound, 5) << "behind the kit";
+
+    const int comps = f.host->comps.getCount(), tracks = f.seq->tracks.getCount();
+    ASSERT_TRUE(f.drop(notes.bytes, drums));
+    EXPECT_EQ(f.seq->tracks.getCount(), tracks + 1) << "no notes on a drum track";
+    EXPECT_EQ(f.host->comps.getCount(), comps + 2);
+    auto* made = static_cast<CSongTrack*>(f.seq->getProg()->tracks.items(tracks));
+    ASSERT_TRUE(f.drop(notes.bytes, made, 960));
+    EXPECT_EQ(f.host->comps.getCount(), comps + 2) << "the track has its instruments";
+}
+
+/// Neither preview nor drop loads a plug-in; the drop tells it.
+TEST(ClipFiles, PlugInsAreNotLoaded) {
+    ClipFixture f;
+    const std::string clip = f.clipOf(f.addNotes(f.track(trackMIDI))) +
+                             qvf::item("device", qvf::bytes({2}) + qvf::text("/evil.so")) +
+                             qvf::item("data", "x");
+    f.files.write("plug.qvc", clip);
+    EXPECT_FALSE(createFromQVC(f.host, f.files.file("plug.qvc")));
+    EXPECT_TRUE(shown.empty());
+    const int comps = f.host->comps.getCount();
+    EXPECT_TRUE(f.drop(clip));
+    EXPECT_EQ(f.host->comps.getCount(), comps);
+    EXPECT_EQ(shown, std::vector<std::string>{"VST: Failed to open /evil.so"});
+}
+
+TEST(ClipFiles, AreReplacedOnlyWhole) {
+    ClipFixture f;
+    CPart* part = f.add(partDrum);
+    const CStr path = f.files.write("old.qvc", "old");
+    EXPECT_TRUE(saveClip(f.seq, part, path));
+    EXPECT_EQ(f.files.read("old.qvc"), f.clipOf(part));
+    EXPECT_FALSE(saveClip(f.seq, part, f.files.path + "/none/new.qvc"));
+    EXPECT_EQ(shown.size(), 1u);
+}

@@ -1,0 +1,165 @@
+#pragma once
+
+#include "ProjectFixture.h"
+#include "engine/CUndo.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CLayer.h"
+#include "instruments/CSampleClip.h"
+#include "instruments/CSampler.h"
+#include "project/ClipDrop.h"
+#include "project/ClipFiles.h"
+#include "project/SongSounds.h"
+
+#include <functional>
+
+/// A project with a song, and what clips and presets are made from.
+struct ClipFixture : ProjectFixture {
+    CSeq* seq = addSequencer(host);
+    TempFolder files;
+
+    ClipFixture() {
+        host->loop = seq->getProg()->loop = 0;
+        runAlone();
+    }
+
+    CSongTrack* track(int kind) { return seq->addTrack(kind, seq->getProg(), nullptr); }
+
+    /// A file of `frames` with values that tell where they stand, in the pool.
+    CSample* addFile(const char* name, int bits, int chs, int frames) {
+        const CStr path = files.file(name);
+        {
+            CSample out;
+            out.setFormat(44100, bits, chs);
+            out.create(path);
+            out.writeHeader();
+            std::vector<float> left, right;
+            for (int i = 0; i < frames; ++i) {
+                left.push_back(float(i + 1) / 256.0f);
+                right.push_back(-left.back());
+            }
+            out.writeFrames(frames, left.data(), right.data());
+            out.writeHeader();
+            out.finalize();
+        }
+        return host->addSample(path, 1);
+    }
+
+    /// A bar in which two files play, one of them backward and from half of its frames on.
+    CPart* addAudio(CSongTrack* to) {
+        auto* part = new CAudioPart;
+        part->id = "Loop";
+        part->length = 960;
+        part->multiclip = 1;
+        part->chs = 2;
+        CSample* files2[] = {addFile("little.wav", 16, 2, 100), addFile("BIG.AIF", 24, 1, 60)};
+        for (int i = 0; i < 4; ++i) {
+            CAudioEvent* event = createAudioEvent();
+            event->sample = files2[i % 2];
+            event->end = event->sample->frames - 1;
+            event->start = i % 2 ? event->end / 2 : 0;
+            event->reverse = (unsigned char)(i % 2);
+            part->addEvent(240 * i, event);
+        }
+        return to->addPart(part, nullptr);
+    }
+    CPart* addNotes(CSongTrack* to) {
+        auto* part = new CMIDIPart;
+        part->id = "Notes";
+        part->offset = -120;
+        part->length = 960;
+        for (int i = 0; i < 4; ++i) {
+            CMIDIEvent* note = createMIDIEvent();
+            note->data = 0x640090 | ((60 + i) << 8);
+            note->length = 120;
+            part->addEvent(240 * i, note);
+        }
+        return to->addPart(part, nullptr);
+    }
+    CPart* addHits(CSongTrack* to) {
+        CLayer* layer = to->track->drumLayer();
+        for (int i = 0; i < 2; ++i) {
+            auto* clip = new CSampleClip;
+            clip->filename = i ? "high.wav" : "low.wav";
+            clip->setFormat(44100, 16, 1);
+            auto* data = static_cast<short*>(std::malloc(400));
+            for (int k = 0; k < 200; ++k) data[k] = short((i ? 90 : 50) * (200 - k));
+            clip->takeData(reinterpret_cast<unsigned char*>(data), 200);
+            clip->playAll();
+            seq->drumClips.add(clip);
+            auto* sound = new CDrumSound(layer, host, seq);
+            sound->addSample(clip);
+            sound->pan = i ? 0.5f : -0.5f;
+            layer->addSound(sound);
+        }
+        auto* part = new CDrumPart;
+        part->id = "Hits";
+        part->length = 480;
+        for (int i = 0; i < 3; ++i) {
+            CDrumEvent* hit = createDrumEvent();
+            hit->sound = i % 2;
+            hit->tune = 1.5f;
+            part->addEvent(120 * i, hit);
+        }
+        return to->addPart(part, nullptr);
+    }
+    /// A part of a kind, on a track of its own; notes have two synthesizers.
+    CPart* add(int partType) {
+        if (partType == partAudio) return addAudio(track(trackAudio));
+        if (partType == partDrum) return addHits(track(trackDrum));
+        CSongTrack* notes = track(trackMIDI);
+        for (int program : {3, 7}) addSynthesizer(seq, notes->track, program)->setProg(program);
+        return addNotes(notes);
+    }
+
+    std::string clipOf(CPart* part) {
+        CMemoryStream stream;
+        writeClipFile(&stream, seq, part);
+        return {reinterpret_cast<char*>(stream.data), size_t(stream.getPos())};
+    }
+    /// A file, new each time: writing over one would wait for the disk.
+    CStr put(const char* name, const std::string& bytes) {
+        std::filesystem::remove(files.file(name).asChar());
+        return files.write(name, bytes);
+    }
+    CPart* drop(const std::string& bytes, CSongTrack* onto = nullptr, int tick = 0) {
+        return dropClip(seq, onto, tick, put("dropped.qvc", bytes));
+    }
+    void undo() {
+        host->undoClicked();
+        host->settle();
+    }
+    void redo() {
+        host->redoClicked();
+        host->settle();
+    }
+    /// A block off the device, which leaves the song to the interface.
+    void runAlone() {
+        const GraphHold hold(host);
+        host->prepare(host->frames);
+        host->process(host->frames);
+    }
+    /// What the song sounds like from its start on, both sides.
+    std::vector<float> play(int blocks) {
+        host->setPos(0.0);
+        device.forget();
+        host->start();
+        device.run(blocks);
+        host->stop();
+        host->setPos(0.0);
+        runAlone();
+        std::vector<float> all = device.left;
+        all.insert(all.end(), device.right.begin(), device.right.end());
+        return all;
+    }
+};
+
+/// Calls `visit` with each text that `bytes` become when they are cut, or when the four bytes at a
+/// place say a number that no file can hold.
+inline void eachDamage(const std::string& bytes, const std::function<void(std::string)>& visit) {
+    for (size_t i = 0; i < bytes.size(); ++i) visit(bytes.substr(0, i));
+    const int numbers[] = {-1, 0x7FFFFFFF, int(0x80000000), 100000};
+    for (size_t i = 0; i + 4 <= bytes.size(); ++i) {
+        std::string wild = bytes;
+        visit(wild.replace(i, 4, qvf::number(numbers[i % 4])));
+    }
+}
