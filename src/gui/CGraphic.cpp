@@ -121,21 +121,46 @@ void CGraphic::fillLine(int color, CRect rect) {
     fillDevice(line);
 }
 
-void CGraphic::frameRect(int color, CRect rect) {
-    const CRect r = sizeRect(sorted(rect), originX, originY, originX, originY);
-    if (r.empty() || intersect(r, clip()).empty() || !ready(color)) return;
-    const CRect outer = toDevice(r), limits = toDevice(clip());
-    const int thick = lineThickness();
-    const CRect inner = sizeRect(outer, thick, thick, -thick, -thick);
-    const int middle = asMax(inner.bottom, inner.top); // of a frame that is nothing but edges
-    const CRect edges[] = {asRect(outer.left, outer.top, outer.right, inner.top),
-                           asRect(outer.left, middle, outer.right, outer.bottom),
-                           asRect(outer.left, inner.top, inner.left, middle),
-                           asRect(asMax(inner.right, inner.left), inner.top, outer.right, middle)};
-    for (const CRect& edge : edges) {
-        const CRect in = intersect(intersect(edge, outer), limits);
+/// Fills what of each part, in device pixels, lies in the clip.
+void CGraphic::fillDeviceParts(int color, const CRect* parts, int count) {
+    const CRect limits = toDevice(clip());
+    if (limits.empty() || !ready(color)) return;
+    for (int i = 0; i < count; i++) {
+        const CRect in = intersect(parts[i], limits);
         if (!in.empty()) fillDevice(in);
     }
+}
+
+/// The corners are left out in a square of that many device pixels.
+void CGraphic::drawFrame(int color, CRect rect, int corner) {
+    const CRect r = sizeRect(sorted(rect), originX, originY, originX, originY);
+    if (r.empty() || intersect(r, clip()).empty()) return;
+    const CRect outer = toDevice(r);
+    const int thick = asMin(lineThickness(), asMin(outer.width(), outer.height()));
+    const CRect inner = sizeRect(outer, thick, thick, -thick, -thick);
+    const int middle = asMax(inner.bottom, inner.top); // of a frame that is nothing but edges
+    const CRect edges[] = {asRect(outer.left + corner, outer.top, outer.right - corner, inner.top),
+                           asRect(outer.left + corner, middle, outer.right - corner, outer.bottom),
+                           asRect(outer.left, inner.top, inner.left, middle),
+                           asRect(asMax(inner.right, inner.left), inner.top, outer.right, middle)};
+    fillDeviceParts(color, edges, 4);
+}
+
+void CGraphic::frameRect(int color, CRect rect) {
+    drawFrame(color, rect, 0);
+}
+
+void CGraphic::frameRound(int color, CRect rect) {
+    drawFrame(color, rect, lineThickness());
+}
+
+void CGraphic::fillRound(int color, CRect rect) {
+    const CRect r = toDevice(sizeRect(sorted(rect), originX, originY, originX, originY));
+    const int cut = lineThickness();
+    const CRect parts[] = {asRect(r.left + cut, r.top, r.right - cut, r.top + cut),
+                           asRect(r.left, r.top + cut, r.right, r.bottom - cut),
+                           asRect(r.left + cut, r.bottom - cut, r.right - cut, r.bottom)};
+    fillDeviceParts(color, parts, 3);
 }
 
 void CGraphic::frameRect(CRect rect) {
@@ -315,4 +340,31 @@ ClipScope::~ClipScope() {
     graphic->originX = originX;
     graphic->originY = originY;
     graphic->restoreClip(clip);
+}
+
+DeviceScope::DeviceScope(CGraphic* g)
+    : graphic(g), percent(scalePercent), origin(asPoint(g->originX, g->originY)),
+      clip(asRect(g->clipLeft, g->clipTop, g->clipRight, g->clipBottom)) {
+    g->restoreClip(toDevice(clip));
+    g->originX = toDevice(origin.x);
+    g->originY = toDevice(origin.y);
+    scalePercent = lowestScale;
+}
+
+DeviceScope::~DeviceScope() {
+    scalePercent = percent;
+    graphic->originX = origin.x;
+    graphic->originY = origin.y;
+    graphic->restoreClip(clip);
+}
+
+CRect DeviceScope::deviceRect(CRect rect) const {
+    const auto edge = [&](int start, int length) { return toDevice(start + length, percent); };
+    const int left = edge(origin.x, 0), top = edge(origin.y, 0);
+    return asRect(edge(origin.x, rect.left) - left, edge(origin.y, rect.top) - top,
+                  edge(origin.x, rect.right) - left, edge(origin.y, rect.bottom) - top);
+}
+
+int DeviceScope::deviceLength(int length) const {
+    return toDevice(length, percent);
 }

@@ -51,6 +51,9 @@ public:
     /// One pixel wide, inside the rectangle.
     void frameRect(int color, CRect rect);
     void frameRect(CRect rect); ///< in the colour of `setLineCol`
+    /// The same two with the four corner pixels left out.
+    void fillRound(int color, CRect rect);
+    void frameRound(int color, CRect rect);
     /// A line given as a rectangle one pixel wide or high. Unlike that rectangle it is equally
     /// thick in every place; it stays inside the clip.
     void fillLine(int color, CRect rect);
@@ -92,6 +95,8 @@ private:
     bool ready(int color);
     CRect clip() const;
     void fillDevice(const CRect& area);
+    void fillDeviceParts(int color, const CRect* parts, int count);
+    void drawFrame(int color, CRect rect, int corner);
     void drawSlanted(CPoint from, CPoint to);
     CPoint textStart(int wide, const CRect& box, int where) const;
 
@@ -111,5 +116,24 @@ public:
 private:
     CGraphic* graphic;
     int originX, originY;
+    CRect clip;
+};
+
+/// Until the end of the scope a surface counts in device pixels: for shapes that are to be as fine
+/// as the screen. Its origin and clip are where they were.
+class DeviceScope {
+public:
+    explicit DeviceScope(CGraphic* g);
+    ~DeviceScope();
+    DeviceScope(const DeviceScope&) = delete;
+    DeviceScope& operator=(const DeviceScope&) = delete;
+
+    CRect deviceRect(CRect rect) const; ///< of a logical rectangle, both from the origin
+    int deviceLength(int length) const; ///< of a logical length
+
+private:
+    CGraphic* graphic;
+    int percent; ///< of the scale outside
+    CPoint origin;
     CRect clip;
 };

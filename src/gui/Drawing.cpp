@@ -8,32 +8,28 @@
 
 namespace {
 
-void horzLine(CGraphic* g, int color, int left, int y, int right) {
+/// As wide or high as told even where lines are thicker.
+void horzStrip(CGraphic* g, int color, int left, int y, int right) {
     g->fillRect(color, asRect(left, y, right, y + 1));
 }
 
-void vertLine(CGraphic* g, int color, int x, int top, int bottom) {
+void vertStrip(CGraphic* g, int color, int x, int top, int bottom) {
     g->fillRect(color, asRect(x, top, x + 1, bottom));
 }
 
 } // namespace
 
 void roundRect(CGraphic* g, int color, CRect r) {
-    if (r.empty()) return;
-    horzLine(g, color, r.left + 1, r.top, r.right - 1);
-    horzLine(g, color, r.left + 1, r.bottom - 1, r.right - 1);
-    g->fillRect(color, asRect(r.left, r.top + 1, r.right, r.bottom - 1));
+    if (!r.empty()) g->fillRound(color, r);
 }
 
 void roundFrame(CGraphic* g, int color, CRect r) {
-    if (r.empty()) return;
-    horzLine(g, color, r.left + 1, r.top, r.right - 1);
-    horzLine(g, color, r.left + 1, r.bottom - 1, r.right - 1);
-    vertLine(g, color, r.left, r.top + 1, r.bottom - 1);
-    vertLine(g, color, r.right - 1, r.top + 1, r.bottom - 1);
+    if (!r.empty()) g->frameRound(color, r);
 }
 
-void drawGradient(CGraphic* g, CRect r, int from, int to, int dir) {
+void drawGradient(CGraphic* g, CRect rect, int from, int to, int dir) {
+    const DeviceScope scope(g);
+    const CRect r = scope.deviceRect(rect);
     const bool across = dir == gradientAcross || dir == gradientAcrossTo;
     const bool back = dir == gradientDownUp || dir == gradientAcrossTo;
     const int lines = across ? r.width() : r.height();
@@ -41,9 +37,9 @@ void drawGradient(CGraphic* g, CRect r, int from, int to, int dir) {
         const double at = lines > 1 ? double(i) / (lines - 1) : 0;
         const int color = fadeCol(from, to, back ? 1 - std::abs(2 * at - 1) : at);
         if (across)
-            vertLine(g, color, r.left + i, r.top, r.bottom);
+            vertStrip(g, color, r.left + i, r.top, r.bottom);
         else
-            horzLine(g, color, r.left, r.top + i, r.right);
+            horzStrip(g, color, r.left, r.top + i, r.right);
     }
 }
 
@@ -72,22 +68,25 @@ void drawCheck(CGraphic* g, int color, CRect r) {
     }
 }
 
-void drawArrow(CGraphic* g, int color, CRect r, int dir, int size) {
-    const int x = r.left + r.width() / 2, y = r.top + r.height() / 2, start = size / 2;
-    for (int i = 0; i <= size; i++) {
-        const int tipFirst = i, tipLast = size - i;
+void drawArrow(CGraphic* g, int color, CRect rect, int dir, int size) {
+    const DeviceScope scope(g);
+    const CRect r = scope.deviceRect(rect);
+    const int last = scope.deviceLength(size + 1) - 1; // of the lines
+    const int x = r.left + r.width() / 2, y = r.top + r.height() / 2, start = last / 2;
+    for (int i = 0; i <= last; i++) {
+        const int tipFirst = i, tipLast = last - i;
         switch (dir) {
         case dirLeft:
-            vertLine(g, color, x - start + i, y - tipFirst, y + tipFirst + 1);
+            vertStrip(g, color, x - start + i, y - tipFirst, y + tipFirst + 1);
             break;
         case dirRight:
-            vertLine(g, color, x - start + i, y - tipLast, y + tipLast + 1);
+            vertStrip(g, color, x - start + i, y - tipLast, y + tipLast + 1);
             break;
         case dirUp:
-            horzLine(g, color, x - tipFirst, y - start + i, x + tipFirst + 1);
+            horzStrip(g, color, x - tipFirst, y - start + i, x + tipFirst + 1);
             break;
         default:
-            horzLine(g, color, x - tipLast, y - start + i, x + tipLast + 1);
+            horzStrip(g, color, x - tipLast, y - start + i, x + tipLast + 1);
             break;
         }
     }
@@ -105,6 +104,6 @@ void drawCloseButton(CGraphic* g, CRect r, int color) {
 
 void drawSeparator(CGraphic* g, int x1, int y, int x2) {
     constexpr int depth = 16;
-    horzLine(g, addBrightness(clWinBkgnd.fillCol, -depth), x1, y, x2);
-    horzLine(g, addBrightness(clWinBkgnd.fillCol, depth), x1, y + 1, x2);
+    g->fillLine(addBrightness(clWinBkgnd.fillCol, -depth), asRect(x1, y, x2, y + 1));
+    g->fillLine(addBrightness(clWinBkgnd.fillCol, depth), asRect(x1, y + 1, x2, y + 2));
 }

@@ -15,7 +15,7 @@ constexpr int lowestScale = 100, highestScale = 300, scaleStep = 25; // percent
 
 /// The scale that is wanted, set before `CApp::open`; 0 takes that of the display's resolution.
 extern int wantedScale;
-extern int scalePercent; ///< in force; set by the connection
+extern int scalePercent; ///< in force; set by the connection, and for a while by `DeviceScope`
 
 /// The step nearest to a wanted scale, or, for 0, to a resolution in dots per inch over 96. A
 /// resolution of 0 is unknown.
@@ -27,8 +27,11 @@ constexpr int64_t floorDivide(int64_t a, int64_t b) {
 }
 
 /// The device edge of a logical edge, which is also the first pixel behind it.
+inline int toDevice(int edge, int percent) {
+    return saturate(floorDivide(int64_t(edge) * percent + 50, 100));
+}
 inline int toDevice(int edge) {
-    return saturate(floorDivide(int64_t(edge) * scalePercent + 50, 100));
+    return toDevice(edge, scalePercent);
 }
 /// The logical pixel that a device pixel belongs to. Takes back `toDevice`.
 inline int toLogical(int pixel) {

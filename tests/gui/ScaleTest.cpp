@@ -2,6 +2,7 @@
 
 #include "gui/CBitmap.h"
 #include "gui/CGraphic.h"
+#include "gui/Drawing.h"
 #include "gui/Scale.h"
 #include "gui/XConnection.h"
 
@@ -108,6 +109,44 @@ TEST_F(ScaleTest, LinesAreEquallyThickEverywhere) {
             const CRect frame = toDevice(asRect(at, at, at + 20, at + 10));
             EXPECT_EQ(now.boundsOf(red), frame) << at << " at " << percent;
             EXPECT_EQ(now.count(red), 2 * thick * (frame.width() + frame.height() - 2 * thick));
+        }
+        bitmap.graphic.reset();
+    }
+}
+
+/// Shapes are as fine as the screen: an arrow narrows by a device pixel a side from line to line, a
+/// gradient has a colour for each line, and round corners lack one dot.
+TEST_F(ScaleTest, ShapesUseEveryDevicePixel) {
+    for (const int percent : scales) {
+        useScale(percent);
+        CBitmap bitmap(40, 40);
+        CGraphic* g = bitmap.graphic.get();
+        g->fillRect(black, bitmap.getRect());
+        drawArrow(g, red, asRect(3, 3, 36, 36), dirDown, 4);
+        const int lines = rounded(5, percent);
+        Shot now = shotOf(bitmap);
+        EXPECT_EQ(now.boundsOf(red).height(), lines) << percent;
+        EXPECT_EQ(now.count(red), lines * lines) << percent; // 1 + 3 + 5 + ...
+        const ClipScope scope(g, asRect(5, 7, 31, 33));
+        drawGradient(g, asRect(0, 0, 26, 26), 0, 0xff, gradientDown);
+        now = shotOf(bitmap);
+        const CRect area = toDevice(asRect(5, 7, 31, 33));
+        for (int y = area.top; y < area.bottom; y++)
+            EXPECT_NEAR(now.at(area.left, y), 255.0 * (y - area.top) / (area.height() - 1), 0.51)
+                << y << " at " << percent;
+        for (const bool frame : {false, true}) {
+            g->fillRect(black, asRect(0, 0, 26, 26));
+            if (frame)
+                roundFrame(g, red, asRect(1, 2, 24, 25));
+            else
+                roundRect(g, red, asRect(1, 2, 24, 25));
+            now = shotOf(bitmap);
+            const CRect outer = toDevice(asRect(6, 9, 29, 32));
+            const int dot = rounded(1, percent);
+            EXPECT_EQ(now.boundsOf(red), outer) << percent;
+            EXPECT_EQ(now.at(outer.left + dot - 1, outer.top + dot - 1), black) << percent;
+            EXPECT_EQ(now.at(outer.left + dot, outer.bottom - 1), red) << percent;
+            EXPECT_EQ(now.at(outer.right - 1, outer.top + dot), red) << percent;
         }
         bitmap.graphic.reset();
     }
