@@ -22,8 +22,6 @@
 
 namespace {
 
-constexpr int pdcIn = 30, pdcSend = 7, setting = 100; ///< latencies, in frames
-
 class RecordingTest : public SampleFiles {
 protected:
     RecordingTest() {
@@ -39,9 +37,7 @@ protected:
     }
     /// Has noise come in from the next block on, and keeps it.
     void feed(TakeFixture& f, int blocks) {
-        f.host.pdcInDelay = pdcIn;
-        f.host.pdcSendDelay = pdcSend;
-        f.host.recLatency = setting;
+        f.host.recLatency = latency = 137;
         f.device.feedL = left = noise(blocks * f.block, 1);
         f.device.feedR = right = noise(blocks * f.block, 2);
     }
@@ -51,7 +47,7 @@ protected:
         const auto* event = static_cast<CAudioEvent*>(f.partOf(t)->getEvents());
         const CSample* take = event->sample;
         EXPECT_EQ(take->getFrames(), frames);
-        EXPECT_EQ(event->start, pdcIn + pdcSend + setting);
+        EXPECT_EQ(event->start, latency);
         EXPECT_EQ(event->end, frames - 1);
         EXPECT_TRUE(f.host.samples.contains(take));
         const auto slice = [&](const std::vector<float>& v) {
@@ -64,6 +60,7 @@ protected:
 
     static inline std::vector<std::string> messages;
     std::vector<float> left, right;
+    int latency = 0; ///< frames that a take is to be moved by
 };
 
 /// Runs blocks on a thread of their own, as fast as they go, with idle passes meanwhile.
@@ -120,6 +117,9 @@ TEST_F(RecordingTest, TakesEqualTheFeed) {
                 f.play(1);
                 played = played || other->track->outPort()->count > 0;
             }
+            f.host.pdcInDelay = 30; // as if the graph had delays
+            f.host.pdcSendDelay = 7;
+            latency += 37;
             if (way.before) f.host.rec();
             f.play(way.before);
             f.end();
