@@ -142,7 +142,7 @@ void CCheckbox::paint(CGraphic* g, CRect rect) {
     const int fill = checked && enabled ? colours.accent : fillColour();
     g->fillRect(fill, box);
     g->frameRect(hasKeyFocus() ? colours.accent : clButton.frameCol, box);
-    if (checked) drawCheck(g, textOn(fill), sizeRect(box, -3, 0, 0, 0));
+    if (checked) drawCheck(g, enabled ? textOn(fill) : faceColour(), sizeRect(box, -3, 0, 0, 0));
     g->drawText(faceColour(), text, asRect(boxSize + boxGap, 0, rect.right, rect.bottom), textLeft);
 }
 

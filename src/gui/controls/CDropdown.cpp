@@ -13,7 +13,7 @@
 namespace {
 constexpr int barSize = 16, arrowGlyph = 4, frame = 1;
 constexpr int listStyle = winNoBorder | winMain | winPopup | winEscape;
-constexpr double hoverShare = 0.15;
+constexpr double hoverShare = 0.15, disabledShare = 0.6;
 } // namespace
 
 CDropdown::CDropdown(CWin* owner, const CStr& name, int l, int t, int w, int h)
@@ -42,11 +42,12 @@ void CDropdown::setIndex(int row, bool report) {
 
 void CDropdown::paint(CGraphic* g, CRect rect) {
     const int arrow = rect.height();
+    const CPalette& colours = win->app->gui->palette;
+    const int faint = fadeCol(colours.dimText, clDropdown.fillCol, disabledShare);
     if (editable && hasKeyFocus()) {
         CEdit::paint(g, rect);
     } else {
         drawGuiItem(g, rect, &clDropdown);
-        const CPalette& colours = win->app->gui->palette;
         if (isHovered())
             g->fillRect(fadeCol(clDropdown.fillCol, colours.accent, hoverShare),
                         sizeRect(rect, 1, 1, -1, -1));
@@ -54,10 +55,10 @@ void CDropdown::paint(CGraphic* g, CRect rect) {
         if (onPaint)
             CCtrl::paint(g, rect);
         else
-            g->drawText(clDropdown.textCol, shownText(), sizeRect(rect, textMargin, 0, -arrow, 0),
-                        2);
+            g->drawText(enabled ? clDropdown.textCol : faint, shownText(),
+                        sizeRect(rect, textMargin, 0, -arrow, 0), 2);
     }
-    drawArrow(g, clDropdown.symbolCol,
+    drawArrow(g, enabled ? clDropdown.symbolCol : faint,
               asRect(rect.right - arrow, rect.top, rect.right, rect.bottom), dirDown, arrowGlyph);
 }
 

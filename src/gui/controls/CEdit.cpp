@@ -4,9 +4,14 @@
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
+#include "gui/Colours.h"
 #include "gui/Keys.h"
 #include "gui/Selections.h"
 #include "gui/Utf8.h"
+
+namespace {
+constexpr double disabledShare = 0.6;
+} // namespace
 
 CEdit::CEdit(CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CCtrl(owner, name, l, t, w, h) {
@@ -32,10 +37,11 @@ int CEdit::firstPixel() const {
 void CEdit::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
     const bool focused = hasKeyFocus();
+    const int faint = fadeCol(colours.dimText, clValue.fillCol, disabledShare);
     g->fillRect(clValue.fillCol, rect);
     g->frameRect(focused || isHovered() ? colours.accent : clValue.frameCol, rect);
     if (!focused) {
-        g->drawText(enabled ? clValue.textCol : colours.dimText, shownText(),
+        g->drawText(enabled ? clValue.textCol : faint, shownText(),
                     sizeRect(rect, textMargin, 0, -textMargin, 0), textLeft);
         return;
     }

@@ -84,8 +84,8 @@ bool CTextValue::keyDown(int key, int mods) {
 
 void CTextValue::paint(CGraphic* g, CRect rect) {
     drawGuiItem(g, rect, &clValue);
-    g->drawText(clValue.textCol, items.get(index), sizeRect(rect, textMargin, 0, -halves->width, 0),
-                2);
+    g->drawText(enabled ? clValue.textCol : win->app->gui->palette.dimText, items.get(index),
+                sizeRect(rect, textMargin, 0, -halves->width, 0), 2);
     CGroup::paint(g, rect);
     if (hasKeyFocus()) g->frameRect(win->app->gui->palette.accent, rect);
 }

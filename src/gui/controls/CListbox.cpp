@@ -20,6 +20,7 @@ CListbox::CListbox(CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CGroup(owner, name, l, t, w, h), face(new CCtrl(owner, "rows", 0, 0, w, h)),
       bar(new CScrollbar(owner, "scroll", 0, 0, barSize, h)) {
     tabStop = true;
+    face->clipped = true; // ticks are lines
     face->onPaint = new _COnPaint<CListbox>(this, &CListbox::paintRows);
     face->onMouseDown = new _COnMouse<CListbox>(this, &CListbox::rowsMouseDown);
     face->onWheel = new _COnWheel<CListbox>(this, &CListbox::itemsWheel);

@@ -28,10 +28,10 @@ void collect(const CGroup* group, Fields& fields) {
 
 } // namespace
 
-CDialogWin::CDialogWin(CWin* owner, const CStr& title, int contentWidth, int contentHeight,
-                       int winStyle)
-    : CWin(owner->app, owner, title, 0, 0, contentWidth + 2 * borderSize,
-           contentHeight + 2 * borderSize + captionHeight, winStyle),
+CDialogWin::CDialogWin(CApp* dialogApp, CWin* owner, const CStr& title, int contentWidth,
+                       int contentHeight, int bits)
+    : CWin(dialogApp, owner, title, 0, 0, contentWidth + 2 * borderSize,
+           contentHeight + 2 * borderSize + captionHeight, bits),
       buttons(new CGroup(this, "buttons", 0, contentHeight - margin - buttonHeight, contentWidth,
                          buttonHeight)) {
     minWidth = width;

@@ -21,11 +21,11 @@ public:
     /// `owner` is never null. The size is that of the content, without border and caption; a
     /// sizable one gets no smaller.
     CDialogWin(CWin* owner, const CStr& title, int contentWidth, int contentHeight,
-               int style = dialogStyle)
-        : CDialogWin(owner->app, owner, title, contentWidth, contentHeight, style) {}
+               int bits = dialogStyle)
+        : CDialogWin(owner->app, owner, title, contentWidth, contentHeight, bits) {}
     /// The same with an owner that may be null.
-    CDialogWin(CApp* app, CWin* owner, const CStr& title, int contentWidth, int contentHeight,
-               int style);
+    CDialogWin(CApp* dialogApp, CWin* owner, const CStr& title, int contentWidth, int contentHeight,
+               int bits);
 
     void showModal() override;
     bool keyDown(int key, int mods) override;

@@ -74,18 +74,21 @@ bool CFileList::setFolder(const CStr& path, bool keep) {
     clearRows();
     folder = addSep(path);
     folderCount = folders.count();
-    for (const CStringItem* name : each<CStringItem>(folders.list))
-        items.add(new CFileItem(name->text, true));
-    for (const CStringItem* name : each<CStringItem>(files.list))
-        items.add(new CFileItem(name->text, false));
+    for (const CStringItem* name : each<CStringItem>(folders.list)) addItem(name->text, true);
+    for (const CStringItem* name : each<CStringItem>(files.list)) addItem(name->text, false);
     resized();
     if (!choose(former)) setIndex(-1);
     return true;
 }
 
+void CFileList::addItem(const CStr& name, bool isFolder) {
+    CListRow* line = new CFileItem(name, isFolder);
+    items.add(line);
+}
+
 bool CFileList::choose(const CStr& name) {
     int line = 0;
-    for (const CFileItem* at : each<CFileItem>(items)) {
+    for (const CListRow* at : each<CListRow>(items)) {
         if (at->id == name) {
             setIndex(line);
             return true;

@@ -42,6 +42,8 @@ protected:
     void paintRow(CGraphic* g, CRect rect, CListRow* line, const CGuiItem2& look) override;
 
 private:
+    void addItem(const CStr& name, bool isFolder);
+
     int sizeWidth = 0, dateWidth = 0; ///< of the columns in pixels, 0 not shown
 };
 

@@ -3,17 +3,17 @@
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "gui/CApp.h"
-#include "gui/CWin.h"
 #include "gui/Keys.h"
 #include "gui/XConnection.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CTabs.h"
+#include "gui/dialogs/CDialogWin.h"
 
 namespace {
 
 CApp* boxApp = nullptr; // that the hook, a plain function, shows its windows in
 
-constexpr int margin = 16, gap = 8, buttonWidth = 88, narrowest = 240, widestText = 480;
+constexpr int margin = CDialogWin::margin, narrowest = 240, widestText = 480;
 constexpr int lineGap = 3; // between lines of a label
 constexpr int mostLines = 32;
 constexpr int boxStyle = winCaption | winCentre | winEscape;
@@ -64,27 +64,23 @@ WrappedText wrap(const CStr& text) {
     return wrapped;
 }
 
-class CMessageWin : public CWin {
+class CMessageWin : public CDialogWin {
 public:
     int answer;
 
-    CMessageWin(CWin* owner, const CStr& title, const WrappedText& text, int buttons);
+    CMessageWin(CWin* owner, const CStr& title, const WrappedText& text, int answers);
     bool keyDown(int key, int mods) override;
-    void setFocus(bool on) override;
 
 private:
-    void addButtons(int buttons, int right, int y);
     void buttonClicked(CObject* sender);
-    bool moveFocus(int by);
-    CButton* buttonAt(int index) const;
-
-    CGroup* row;
+    CButton* buttonOf(int letter) const;
 };
 
 int contentWidth(const CStr& title, const WrappedText& text, int buttons) {
     int count = 0;
     for (const ButtonText& b : buttonTexts) count += (buttons & b.bit) != 0;
-    const int needed = asMax(text.width, count * (buttonWidth + gap) - gap);
+    constexpr int gap = CDialogWin::gap;
+    const int needed = asMax(text.width, count * (CDialogWin::buttonWidth + gap) - gap);
     const int titled = widthOf(title) + captionHeight + margin;
     return asMax(asMax(needed + 2 * margin, titled), narrowest);
 }
@@ -95,70 +91,37 @@ int textHeight(const WrappedText& text) {
 }
 
 int contentHeight(const WrappedText& text) {
-    return margin + textHeight(text) + margin + buttonHeight + margin;
+    return margin + textHeight(text) + margin + buttonHeight + CDialogWin::margin;
 }
 
-CMessageWin::CMessageWin(CWin* owner, const CStr& title, const WrappedText& text, int buttons)
-    : CWin(boxApp, owner, title, 0, 0, contentWidth(title, text, buttons) + 2 * borderSize,
-           contentHeight(text) + 2 * borderSize + captionHeight, boxStyle),
-      answer(answerOfEscape(buttons)) {
-    const int wide = clientGroup->width, y = margin + textHeight(text) + margin;
-    auto* label = new CLabel(this, text.text, margin, margin, wide - 2 * margin, textHeight(text));
-    addControl(label);
-    row = new CGroup(this, "buttons", 0, y, wide, buttonHeight);
-    addControl(row);
-    addButtons(buttons, wide - margin, 0);
+CMessageWin::CMessageWin(CWin* owner, const CStr& title, const WrappedText& text, int answers)
+    : CDialogWin(boxApp, owner, title, contentWidth(title, text, answers), contentHeight(text),
+                 boxStyle),
+      answer(answerOfEscape(answers)) {
+    const int wide = clientGroup->width - 2 * margin;
+    addControl(new CLabel(this, text.text, margin, margin, wide, textHeight(text)));
+    for (const ButtonText& b : buttonTexts)
+        if (answers & b.bit)
+            addButton(b.text, new _COnChange<CMessageWin>(this, &CMessageWin::buttonClicked))->tag =
+                b.bit;
 }
 
-/// From the right edge on, the last one there.
-void CMessageWin::addButtons(int buttons, int right, int y) {
-    int count = 0;
-    for (const ButtonText& b : buttonTexts) count += (buttons & b.bit) != 0;
-    int x = right - count * (buttonWidth + gap) + gap;
-    for (const ButtonText& b : buttonTexts) {
-        if (!(buttons & b.bit)) continue;
-        auto* button = new CButton(this, b.text, b.text, x, y, buttonWidth, buttonHeight);
-        button->tag = b.bit;
-        button->tabStop = true;
-        button->onChange = new _COnChange<CMessageWin>(this, &CMessageWin::buttonClicked);
-        row->addControl(button);
-        x += buttonWidth + gap;
+/// The button whose text begins with a letter; null without one.
+CButton* CMessageWin::buttonOf(int letter) const {
+    for (CCtrl* c : each<CCtrl>(buttons->controls)) {
+        auto* button = static_cast<CButton*>(c);
+        if (letter > 0 && sameText(CStr(char(letter)), button->text.sub(0, 1))) return button;
     }
-}
-
-CButton* CMessageWin::buttonAt(int index) const {
-    return static_cast<CButton*>(static_cast<CCtrl*>(row->controls.items(index)));
-}
-
-bool CMessageWin::moveFocus(int by) {
-    const int count = row->controls.getCount();
-    const int at = asMax(row->controls.indexed(keyCtrl), 0);
-    setKeyCtrl(buttonAt((at + by + count) % count));
-    return true;
+    return nullptr;
 }
 
 bool CMessageWin::keyDown(int key, int mods) {
-    // The keys of a question are its own: the program's shortcuts must not act behind it.
-    if (key == keyEscape || (key == keyF1 - 3 && (mods & modAlt))) {
-        hide();
-        return true;
-    }
     if (key == keyLeft) return moveFocus(-1);
-    if (key == keyRight || key == keyTab) return moveFocus(mods & modShift ? -1 : 1);
-    if (!keyCtrl) setKeyCtrl(buttonAt(0));
-    if (keyCtrl->keyDown(key, mods)) return true;
-    for (int i = 0; i < row->controls.getCount() && key > 0 && !(mods & modControl); i++) {
-        CButton* button = buttonAt(i);
-        if (CStr(char(key)).upperCase() != button->text.sub(0, 1)) continue;
-        button->click();
-        break;
-    }
+    if (key == keyRight) return moveFocus(1);
+    CButton* button = mods & modControl ? nullptr : buttonOf(key);
+    if (!button) return CDialogWin::keyDown(key, mods);
+    button->click();
     return true;
-}
-
-void CMessageWin::setFocus(bool on) {
-    CWin::setFocus(on);
-    if (on && !keyCtrl) setKeyCtrl(buttonAt(0));
 }
 
 void CMessageWin::buttonClicked(CObject* sender) {
@@ -173,7 +136,6 @@ int showBox(CWin* owner, const CStr& title, const CStr& text, int buttons) {
     if (!liveDisplay()) return answerOfEscape(buttons);
     if (!owner) owner = boxApp->mainWin;
     CMessageWin box(owner, title, wrap(text), buttons);
-    boxApp->killMenu(nullptr);
     box.showModal();
     return box.answer;
 }
