@@ -96,9 +96,15 @@ bool RecoveryFile::claim(const CStr& projectFile) {
     return false;
 }
 
-/// The new file is locked before it gets its name, and the old one let go afterwards.
 bool RecoveryFile::write(const CMemoryStream& content) {
     if (name.empty() && !claim(project) && !claim("")) return false;
+    if (replace(content)) return true;
+    if (getFileSize(name) == 0) remove(); // a name that stands for nothing
+    return false;
+}
+
+/// The new file is locked before it gets its name, and the old one let go afterwards.
+bool RecoveryFile::replace(const CMemoryStream& content) {
     SafeFile file(name);
     CFileStream* to = file.stream();
     if (!to) return false;

@@ -35,6 +35,7 @@ private:
     int lock = -1; ///< descriptor of the file that stands under `name`
 
     bool claim(const CStr& projectFile);
+    bool replace(const CMemoryStream& content);
     void release();
 };
 

@@ -1,11 +1,15 @@
 #include "project/ProjectFixture.h"
 
+#include "base/CIniFile.h"
 #include "base/Paths.h"
+#include "project/RecoveryFile.h"
 
 #include <csignal>
 #include <filesystem>
 #include <functional>
 #include <random>
+#include <sched.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -73,41 +77,60 @@ TEST(Saving, ReplacesTheFileAndKeepsTheOneBefore) {
     EXPECT_EQ(shown, std::vector<std::string>{});
 }
 
-/// A full disk and a folder that takes nothing: one message, the old file, nothing else.
+namespace {
+
+/// A small file system of our own in place of a folder, for this process alone; where that is not
+/// allowed, files that grow no further.
+void fillDisk(const CStr& folder) {
+    constexpr rlim_t bytes = 300000;
+    const CStr size = CStr("size=") + asStr(int(bytes));
+    if (unshare(CLONE_NEWNS) == 0 &&
+        mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+        mount("none", folder.asChar(), "tmpfs", 0, size.asChar()) == 0)
+        return;
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit most{bytes, bytes};
+    setrlimit(RLIMIT_FSIZE, &most);
+}
+
+void forbidWriting(const CStr& folder) {
+    chmod(folder.asChar(), 0555);
+    if (geteuid() == 0 && setuid(65534) != 0) _exit(9);
+}
+
+} // namespace
+
+/// A full disk and a folder that takes nothing: one message, the old file, nothing else, and no
+/// copy against a crash either.
 TEST(Saving, FailureLeavesTheOldFileAlone) {
     const std::string message = "Error: There was an error writing the project. Free up some disk "
                                 "space then try again";
     const struct {
         const char* what;
-        std::function<void(const CStr&)> harm;
-    } cases[] = {
-        {"full disk",
-         [](const CStr&) {
-             signal(SIGXFSZ, SIG_IGN);
-             const rlimit most{100000, 100000};
-             setrlimit(RLIMIT_FSIZE, &most);
-         }},
-        {"read-only folder",
-         [](const CStr& path) {
-             chmod(path.asChar(), 0555);
-             if (geteuid() == 0 && setuid(65534) != 0) _exit(9);
-         }},
-    };
+        void (*harm)(const CStr& folder);
+        bool oldFirst; ///< the file is there before the harm is done
+    } cases[] = {{"full disk", fillDisk, false}, {"read-only folder", forbidWriting, true}};
     for (const auto& c : cases) {
-        TempFolder folder;
-        folder.write("song.qv", "old");
+        TempFolder folder, settings;
+        const CStr path = folder.file("song.qv");
         const int status = inChild([&] {
             ProjectFixture f;
             addSamples(f, 3);
+            inifile = settings.file("none/Sondrava.ini");
             chmod(folder.path.asChar(), 0755);
+            if (c.oldFirst) folder.write("song.qv", "old");
             c.harm(folder.path);
-            const bool saved = saveProject(f.project, folder.file("song.qv"));
-            return !saved && shown == std::vector<std::string>{message} ? 0 : 1;
+            if (!c.oldFirst) folder.write("song.qv", "old");
+            if (saveProject(f.project, path)) return 1;
+            if (shown != std::vector<std::string>{message}) return 2;
+            CMemoryStream content;
+            content.setSize(400000);
+            if (RecoveryFile(path).write(content)) return 3;
+            if (folder.read("song.qv") != "old") return 4;
+            return namesIn(folder.path) == std::vector<std::string>{"song.qv"} ? 0 : 5;
         });
         EXPECT_EQ(status, 0) << c.what;
         chmod(folder.path.asChar(), 0755);
-        EXPECT_EQ(folder.read("song.qv"), "old") << c.what;
-        EXPECT_EQ(namesIn(folder.path), (std::vector<std::string>{"song.qv"})) << c.what;
     }
 }
 
