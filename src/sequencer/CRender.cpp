@@ -3,6 +3,7 @@
 #include "audiofiles/CSample.h"
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
+#include "base/Paths.h"
 #include "base/Random.h"
 #include "engine/CQV.h"
 #include "engine/DelayCompensation.h"
@@ -109,6 +110,14 @@ const Setting settings[] = {
 };
 
 } // namespace
+
+void CRender::chooseUsual() {
+    readSettings();
+    filename = changeFileExt(qv->projectFile, "");
+    outputs.clear();
+    for (CComp* c : each<CComp>(qv->comps))
+        if (c->type == compAudioOut && c->output()) outputs.add(c->output());
+}
 
 void CRender::readSettings() {
     if (!qv->settingsEnabled) return;

@@ -11,6 +11,7 @@ class COutputChannel;
 class CQV;
 class CComp;
 class CSample;
+class CSoundCloudAddOn;
 
 /// Follows a render, called for every block by the thread that renders.
 class RenderProgress {
@@ -26,9 +27,15 @@ enum RenderRange : int { rangeSong = 0, rangeLocators = 1, rangeSelected = 2 };
 /// What it is written as; MP3 by the outside tool `lame`.
 enum RenderFormat : int { renderWav = 0, renderAiff = 1, renderMp3 = 2 };
 
+// What a dialog offers for `rate`, `bits` and `bitrate`; others within their ranges are taken too.
+constexpr int renderRates[] = {22050, 44100, 48000, 96000, 192000};
+constexpr int renderBits[] = {16, 24, 32};
+constexpr int renderBitrates[] = {64, 96, 128, 160, 192, 224, 256, 320};
+
 /// Renders the song offline: pulls blocks through the whole engine as fast as they come and writes
 /// the captured channels to files. Loops and browser previews stay out. It also keeps what the user
-/// has chosen; RenderExport.h drives it by that.
+/// has chosen; RenderExport.h drives it by that. A dialog binds to the fields, which begin as
+/// `chooseUsual` leaves them, calls `exportSong`, and keeps the choices by `writeSettings`.
 class CRender : public CObject {
 public:
     CQV* qv;
@@ -44,12 +51,19 @@ public:
     int bits = 16;     ///< 16, 24 or 32
     int bitrate = 128; ///< of MP3, kilobits per second, 32 to 320
     float progress = 0.0f;
-    int multiTrack = 0;        ///< 1: a file for each selected track and each send bus
-    bool mixToOne = true;      ///< all `outputs` are summed into one file
-    int64_t framesWritten = 0; ///< of each file, by the last `process`
+    int multiTrack = 0;   ///< 1: a file for each selected track and each send bus
+    bool mixToOne = true; ///< all `outputs` are summed into one file
+    bool freeze = false;  ///< a dialog has nothing to ask, but shows how far a freeze is
+    bool upload = false;  ///< the file goes to `addOn` afterwards; never with `multiTrack`
+    CStr songName;        ///< of the upload
+    CSoundCloudAddOn* addOn = nullptr; ///< null while none is loaded; not owned
+    int64_t framesWritten = 0;         ///< of each file, by the last `process`
 
     CRender(CQV* host, CComp* component);
 
+    /// What an export of the project begins with: the choices of the settings, the project's name
+    /// without extension as `filename`, and the audio outs as `outputs`.
+    void chooseUsual();
     /// The choices in section "render" of the settings file. What is out of range there becomes the
     /// default.
     void readSettings();

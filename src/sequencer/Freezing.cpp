@@ -1,6 +1,7 @@
 #include "sequencer/Freezing.h"
 
 #include "audiofiles/CSample.h"
+#include "base/CIniFile.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
@@ -19,6 +20,7 @@ namespace {
 const char* const renderTitle = "Render";
 const char* const freezeTitle = "Freeze";
 const char* const bounceTitle = "Bounce to new track";
+const char *const renderSection = "render", *const bounceKey = "bounce-selection";
 constexpr int freezeBits = 16, freezeChs = 2;
 
 RenderResult fail(RenderResult result, const char* title, const CStr& text) {
@@ -218,6 +220,16 @@ RenderResult freezeTracks(CSeq* seq, RenderUi* ui) {
         return fail(RenderResult::nothing, freezeTitle,
                     "Project must be saved before you can freeze track");
     return seq->getProg() ? Freeze(seq, folder).run(ui) : RenderResult::nothing;
+}
+
+int readBounceRange(const CQV* host) {
+    const int none = rangeSelected;
+    const int range = host->settingsEnabled ? iniReadInt(renderSection, bounceKey, none) : none;
+    return range >= rangeSong && range <= rangeSelected ? range : none;
+}
+
+void writeBounceRange(const CQV* host, int rangeMode) {
+    if (host->settingsEnabled) CIniFile(inifile).writeInteger(renderSection, bounceKey, rangeMode);
 }
 
 RenderResult bounceToNewTrack(CSeq* seq, int rangeMode, RenderUi* ui) {

@@ -2,6 +2,8 @@
 
 #include "sequencer/RenderExport.h"
 
+class CQV;
+
 /// Freezing renders tracks to files that play in their place; bouncing renders to a new track. Both
 /// are one step of the history each, and leave nothing behind when they are cancelled or fail. All
 /// on the interface thread, with the graph taken for the time of the render; `ui` may be null.
@@ -14,6 +16,11 @@
 /// Says "Can't freeze while song is playing", "Project must be saved before you can freeze track",
 /// or what could not be written.
 RenderResult freezeTracks(CSeq* seq, RenderUi* ui);
+
+// The range that was chosen for the latest bounce, "bounce-selection" in section "render" of the
+// settings; selected parts at first.
+int readBounceRange(const CQV* host);
+void writeBounceRange(const CQV* host, int rangeMode);
 
 /// Renders a range of the song to a file of the project and puts that on a new audio track, where
 /// the range begins. `rangeMode` is RenderRange.

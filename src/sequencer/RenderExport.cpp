@@ -8,16 +8,29 @@
 #include "engine/CQV.h"
 #include "sequencer/CLameMp3.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/CSoundCloudAddOn.h"
 #include "sequencer/RenderScope.h"
 
 #include <algorithm>
 #include <memory>
+#include <unistd.h>
 #include <vector>
 
 namespace {
 
 const char* const renderTitle = "Render";
 const char* const extensions[] = {".wav", ".aif", ".mp3"};
+
+const char* const uploadName = "soundcloud_export.wav";
+
+/// With the extension of a format in place of that of another; a name may hold dots of its own.
+CStr withExtension(const CStr& name, const char* ext) {
+    const CStr present = extractFileExt(name).lowerCase();
+    if (present == ext) return name;
+    const bool other =
+        present == ".aiff" || std::ranges::any_of(extensions, [&](auto e) { return present == e; });
+    return other ? changeFileExt(name, ext) : name + ext;
+}
 
 /// One file of an export: the audio, and for MP3 what is made of it.
 struct ExportFile {
@@ -52,6 +65,8 @@ private:
     RenderResult keepAll();
     RenderResult keepPart();
     bool encode(ExportFile& file);
+    RenderResult share();
+    bool connect();
     RenderResult fail(RenderResult result, const CStr& text, const char* title = renderTitle);
 
     CRender& render;
@@ -78,9 +93,11 @@ void Export::chooseMix() {
         for (CComp* c : each<CComp>(render.qv->comps))
             if (c->type == compAudioOut && c->output()) outputs.add(c->output());
     if (outputs.empty()) return;
-    const char* ext = extensions[render.format];
-    const bool hasExt = extractFileExt(render.filename).lowerCase() == ext;
-    addFile(nullptr, hasExt ? render.filename : changeFileExt(render.filename, ext));
+    if (render.upload) {
+        render.filename = addSep(getTempFolder()) + uploadName;
+        ::unlink(render.filename.asChar());
+    }
+    addFile(nullptr, withExtension(render.filename, extensions[render.format]));
     channels.clear();
     for (auto* ch : each<COutputChannel>(outputs)) channels.push_back(ch);
 }
@@ -97,6 +114,7 @@ void Export::chooseTracks() {
 /// Settles what is rendered to which file; false if nothing is.
 bool Export::choose() {
     render.format = asMinMax(render.format, renderWav, renderMp3);
+    if (render.upload) render.multiTrack = 0;
     if (render.multiTrack) {
         render.mixToOne = false;
         render.rate = asInt(double(render.qv->rate));
@@ -174,7 +192,31 @@ RenderResult Export::keepAll() {
         if (encoded && !file->target.commit())
             return fail(RenderResult::notCreated, CStr("Could not create file ") + file->name);
     }
-    return result;
+    return render.upload && result == RenderResult::good ? share() : result;
+}
+
+/// Until the service knows the user, or that gives up.
+bool Export::connect() {
+    for (;;) {
+        const auto state = render.addOn->connect();
+        if (state != CSoundCloudAddOn::Connection::needsCode)
+            return state == CSoundCloudAddOn::Connection::connected;
+        const CStr code = ui ? ui->getVerifier() : CStr();
+        if (code.empty()) return false;
+        render.addOn->setCode(code);
+    }
+}
+
+RenderResult Export::share() {
+    if (!render.addOn) return fail(RenderResult::notShared, "Addon not loaded");
+    if (ui) ui->onStatus("Authorizing...");
+    if (!connect()) return RenderResult::notShared;
+    const CStr name = CStr(render.songName).trim().empty() ? CStr("untitled") : render.songName;
+    if (ui) ui->onStatus("Uploading '" + name + "'...");
+    for (const auto& file : files)
+        if (!render.addOn->sendFile(file->name, name))
+            return fail(RenderResult::notShared, "Could not upload file");
+    return RenderResult::good;
 }
 
 RenderResult Export::run() {

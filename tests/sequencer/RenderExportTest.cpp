@@ -4,8 +4,10 @@
 #include "audiofiles/CSample.h"
 #include "base/CIniFile.h"
 #include "base/Messages.h"
+#include "base/Paths.h"
 #include "base/TempFolder.h"
 #include "engine/CGroupCh.h"
+#include "sequencer/CSoundCloudAddOn.h"
 
 #include <cmath>
 #include <csignal>
@@ -128,7 +130,7 @@ TEST(RenderExport, WritesEveryFormat) {
         int format, rate, bits, chs;
     };
     for (const Case& c : {Case{"a.wav", renderWav, 22050, 16, 2},
-                          {"b", renderWav, 44100, 24, 1},
+                          {"b.1", renderWav, 44100, 24, 1},
                           {"c.wav", renderWav, 192000, 32, 2},
                           {"d.wav", renderAiff, 48000, 16, 1},
                           {"e.aif", renderAiff, 96000, 24, 2}}) {
@@ -138,7 +140,8 @@ TEST(RenderExport, WritesEveryFormat) {
         f.render.bits = c.bits;
         f.render.chs = c.chs;
         ASSERT_EQ(f.exportTo(c.name), RenderResult::good) << c.name;
-        const std::string name = std::string(c.name).substr(0, 1) + (c.format ? ".aif" : ".wav");
+        const std::string stem = std::string(c.name) == "b.1" ? "b.1" : std::string(c.name, 1);
+        const std::string name = stem + (c.format ? ".aif" : ".wav");
         std::ostringstream wanted;
         wanted << c.rate << "\n" << c.chs << "\n" << c.bits << "\n" << c.rate / 2 << "\n";
         std::string told;
@@ -270,6 +273,61 @@ TEST(RenderExport, EndsWithoutHalfFiles) {
     EXPECT_EQ(f.messages[2].find("Render: Could not create file "), 0u);
 }
 
+/// A song to be shared is rendered to one file, and sent once the service knows the user.
+TEST(RenderExport, SharesByTheAddOn) {
+    struct AddOn : CSoundCloudAddOn {
+        CStr code, sent;
+        bool takes = true;
+        Connection connect() override {
+            return code.empty()      ? Connection::needsCode
+                   : code == "right" ? Connection::connected
+                                     : Connection::refused;
+        }
+        void setCode(const CStr& c) override { code = c; }
+        bool sendFile(const CStr& file, const CStr& name) override {
+            sent = extractFileName(file) + " as " + name;
+            return takes && getFileSize(file) > 44;
+        }
+        CStr param(const CStr&) override { return "http://localhost/song"; }
+    };
+    struct Ui : RenderUi {
+        CStr code, status;
+        bool onRender(float) override { return true; }
+        void onStatus(const CStr& text) override { status = text; }
+        CStr getVerifier() override { return code; }
+    };
+    struct Case {
+        const char *code, *name;
+        bool loaded, takes;
+        RenderResult result;
+        const char *sent, *message;
+    };
+    const char* const sent = "soundcloud_export.wav as untitled";
+    for (const Case& c :
+         {Case{"right", " ", true, true, RenderResult::good, sent, ""},
+          {"right", "Hymn", true, true, RenderResult::good, "soundcloud_export.wav as Hymn", ""},
+          {"right", "", true, false, RenderResult::notShared, sent,
+           "Render: Could not upload file"},
+          {"wrong", "", true, true, RenderResult::notShared, "", ""},
+          {"", "", true, true, RenderResult::notShared, "", ""},
+          {"", "", false, true, RenderResult::notShared, "", "Render: Addon not loaded"}}) {
+        ExportFixture f;
+        AddOn addOn;
+        addOn.takes = c.takes;
+        Ui ui;
+        ui.code = c.code;
+        f.render.upload = true;
+        f.render.multiTrack = 1;
+        f.render.addOn = c.loaded ? &addOn : nullptr;
+        f.render.songName = c.name;
+        EXPECT_EQ(exportSong(f.render, f.seq, &ui), c.result) << c.code;
+        EXPECT_EQ(addOn.sent, c.sent) << c.code;
+        EXPECT_EQ(f.messages.empty() ? "" : f.messages[0], c.message) << c.code;
+        EXPECT_TRUE(c.result != RenderResult::good || ui.status.pos("Uploading '") == 0);
+        std::filesystem::remove(f.render.filename.asChar());
+    }
+}
+
 /// Choices come back from the settings file; what is out of range there is not taken.
 TEST(RenderExport, KeepsChoices) {
     ExportFixture f;
@@ -280,8 +338,11 @@ TEST(RenderExport, KeepsChoices) {
     f.render.rate = 96000;
     f.render.format = renderMp3;
     f.render.writeSettings();
+    f.host.projectFile = "/songs/no.1.qv";
     CRender same(&f.host, f.seq);
-    same.readSettings();
+    same.chooseUsual();
+    EXPECT_EQ(same.filename, "/songs/no.1");
+    EXPECT_TRUE(same.outputs.contains(f.host.getAudioOut()->output()));
     EXPECT_EQ(std::tuple(same.bits, same.rate, same.format), std::tuple(24, 96000, 2));
     for (const auto& [key, value] : {std::pair{"bits", 20},
                                      {"rate", 7999},
