@@ -103,19 +103,20 @@ TEST_F(DialogTest, AFileIsOpenedByKeys) {
 }
 
 TEST_F(DialogTest, AFileIsSavedByKeys) {
-    const FileCase cases[] = {
-        {{"type:new", "Return"}, "new.qv"},
-        {{"type:new.QVS", "Return"}, "new.QVS"},
-        {{"type:new.song", "Return"}, "new.song.qv"},
-        {{"type:so", "Return"}, "so.qv"}, // not completed to a file that is there
-        {{"type:so", "Tab", "Return", "y"}, "song.qv"},
-        {{"type:song", "Return", "y"}, "song.qv"},
-        {{"type:song", "Return", "n", "Escape"}, nullptr},
-        {{"type:song", "Return", "Escape", "Escape"}, nullptr},
-        {{"type:beta/x", "Return"}, "beta/x.qv"},
-        {{"type:beta", "Return", "type:x", "Tab", "Return"}, "beta/x.qv"},
-        {{"type:gone/x", "Return", "Escape"}, nullptr},
-        {{"Return"}, "song2.qv"}};
+    const FileCase cases[] = {{{"type:new", "Return"}, "new.qv"},
+                              {{"type:new.QVS", "Return"}, "new.QVS"},
+                              {{"type:new.song", "Return"}, "new.song.qv"},
+                              {{"type:so", "Return"}, "so.qv"}, // not completed to what is there
+                              {{"type:al", "Return"}, "al.qv"},
+                              {{"type:al", "Tab", "type:x", "Return"}, "alpha/x.qv"},
+                              {{"type:so", "Tab", "Return", "y"}, "song.qv"},
+                              {{"type:song", "Return", "y"}, "song.qv"},
+                              {{"type:song", "Return", "n", "Escape"}, nullptr},
+                              {{"type:song", "Return", "Escape", "Escape"}, nullptr},
+                              {{"type:beta/x", "Return"}, "beta/x.qv"},
+                              {{"type:beta", "Return", "type:x", "Tab", "Return"}, "beta/x.qv"},
+                              {{"type:gone/x", "Return", "Escape"}, nullptr},
+                              {{"Return"}, "song2.qv"}};
     for (const FileCase& c : cases) {
         CFileWin dialog(win.get(), "Save", ".QV|.QVS", root.c_str(), "song2", true);
         run(dialog, c.keys);

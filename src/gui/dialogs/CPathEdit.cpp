@@ -72,6 +72,6 @@ bool CPathEdit::keyDown(int key, int mods) {
     }
     if (!CEdit::keyDown(key, mods)) return false;
     const bool typed = key > 0 && !(mods & (modControl | modAlt));
-    if (typed && hasKeyFocus()) complete(completing == completeAll);
+    if (typed && completing != completeOnTab && hasKeyFocus()) complete(completing == completeAll);
     return true;
 }

@@ -9,7 +9,7 @@ class CPathEdit : public CEdit {
 public:
     enum Completing : int {
         completeFolders, ///< only their names
-        completeOnTab,   ///< folders while typing, files by Tab: for new names
+        completeOnTab,   ///< all, but nothing while typing: for new names
         completeAll,
     };
 
