@@ -252,8 +252,12 @@ void CEffect::read(CStream* stream, int end) {
 
 void CEffect::openProg(const CStr& path) {
     CFileStream stream(path, 0);
+    openFromStream(&stream);
+}
+
+void CEffect::openFromStream(CStream* stream) {
     RackContent content(host->rate, host->frames);
-    content.read(&stream, stream.getSize());
+    content.read(stream, stream->getSize());
     const int count = content.progs.getCount();
     if (count == 0) return;
     CUndo* step = host->undoStart("Open", this, updateProgram);

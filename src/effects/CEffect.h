@@ -73,6 +73,7 @@ public:
     /// Replaces the programs by those of a file, as one undoable step. A file without any changes
     /// nothing. Interface thread.
     void openProg(const CStr& path);
+    void openFromStream(CStream* stream);
 
 private:
     int toldDelay = 0; ///< that the delay compensation was last asked for

@@ -1,0 +1,95 @@
+#include "audiofiles/CSample.h"
+#include "base/CStream.h"
+#include "base/Messages.h"
+#include "driver/libaam.h"
+#include "engine/CQV.h"
+#include "engine/CUndo.h"
+#include "project/ClipContent.h"
+#include "project/ClipDrop.h"
+#include "project/ClipFiles.h"
+#include "project/ClipPreview.h"
+#include "project/CompTable.h"
+#include "project/SongSounds.h"
+#include "sequencer/CSeq.h"
+
+#include <cstdlib>
+#include <cstring>
+
+// Clips: any bytes are put into a song, played for some blocks, written again, and taken back. What
+// was taken in can be read again, and is the same then.
+
+namespace {
+
+constexpr int blockFrames = 64;
+constexpr double previewSeconds = 0.05;
+
+struct Session {
+    Session() {
+        messageHooks().showMsg = [](CWin*, const CStr&, const CStr&, int flags) {
+            return answerOfEscape(flags);
+        };
+        enterCompTypes();
+        qv = host;
+        host->settingsEnabled = false;
+        host->setFrames(blockFrames);
+        host->init();
+        seq = addSequencer(host);
+    }
+
+    CQV* host = new CQV;
+    CSeq* seq;
+
+    /// The part that comes of a stream, in a step that is done; null for what is no clip.
+    CPart* put(CStream* in) {
+        ClipContent clip(seq);
+        in->setPos(0);
+        if (!clip.read(in)) return nullptr;
+        CUndo* step = host->undoStart("Drop", seq, undoSongChanged);
+        CPart* part = dropClip(clip, seq, nullptr, 0, step);
+        host->undoEnd(step, true);
+        return part;
+    }
+    void play(int blocks) {
+        const GraphHold hold(host);
+        host->setPos(0.0);
+        host->start();
+        for (int i = 0; i < blocks; ++i) {
+            host->prepare(blockFrames);
+            host->process(blockFrames);
+        }
+        host->stop();
+    }
+    void takeBack() {
+        while (host->undoIndex >= 0) {
+            host->undoClicked();
+            host->settle();
+        }
+        host->undoClear();
+        if (!seq->tracks.empty() || !host->samples.empty()) abort();
+    }
+};
+
+bool same(const CMemoryStream& a, const CMemoryStream& b) {
+    return a.size == b.size && std::memcmp(a.data, b.data, size_t(a.size)) == 0;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+    static Session session;
+    CMemoryStream in, once, twice;
+    in.write(data, int(size));
+    if (CPart* part = session.put(&in)) {
+        session.play(3);
+        writeClipFile(&once, session.seq, part);
+        session.takeBack();
+        CPart* again = session.put(&once);
+        if (!again) abort();
+        writeClipFile(&twice, session.seq, again);
+        if (!same(once, twice)) abort();
+        in.setPos(0);
+        renderClip(session.host, &in, previewSeconds);
+    }
+    session.takeBack();
+    return 0;
+}
