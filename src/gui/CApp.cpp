@@ -352,13 +352,14 @@ void CApp::setHooverCtrl(CCtrl* ctrl, int x, int y) {
     if (over == mouseOverCtrl) return;
     CCtrl* former = mouseOverCtrl;
     mouseOverCtrl = over;
+    // The handlers come last: they may delete their control.
     if (former) {
-        former->mouseOver(false, x, y);
         former->redraw();
+        former->mouseOver(false, x, y);
     }
-    if (over) {
-        over->mouseOver(true, x, y);
+    if (over && mouseOverCtrl == over) {
         over->redraw();
+        over->mouseOver(true, x, y);
     }
 }
 

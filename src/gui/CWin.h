@@ -104,7 +104,8 @@ public:
     void killCapture() { setCapture(false); }
     int getHitPos(int x, int y) const;          ///< HitZone
     CPoint controlPos(const CCtrl* ctrl) const; ///< of its corner, in this window
-    bool nextCtrl(); ///< moves the key focus on; false when there is nowhere to go
+    /// Moves the key focus on, or back with `by` -1; false when there is nowhere to go.
+    bool nextCtrl(int by = 1);
     void minimize();
     void maximize();
     void restore();

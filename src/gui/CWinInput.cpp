@@ -197,8 +197,9 @@ int CWin::hover(int x, int y, int btn) {
     const CPoint at = controlPos(hit);
     hit->mouseMove(x - at.x, y - at.y, btn);
     if (!visible || hit != controlAtPos(x, y)) return 1; // the handler has changed things
+    const int shape = hit->cursor;
     app->setHooverCtrl(hit, x - at.x, y - at.y);
-    return hit->cursor;
+    return shape;
 }
 
 void CWin::mouseMove(int x, int y, int btn) {
@@ -238,8 +239,10 @@ bool CWin::mouseWheel(int x, int y, int btn, int dy, int dx) {
     CCtrl* hit = controlAtPos(x, y);
     if (!hit) return false;
     const CPoint at = controlPos(hit);
-    for (CCtrl* c = hit; c && c->category != catWin; c = c->parent)
+    for (CCtrl *c = hit, *around; c && c->category != catWin; c = around) {
+        around = c->parent;
         if (c->mouseWheel(x - at.x, y - at.y, btn, dy, dx)) return true;
+    }
     return false;
 }
 
@@ -286,7 +289,7 @@ bool CWin::ownKey(int key, int mods) {
         return true;
     }
     if (key != keyTab) return false;
-    if (!(mods & modControl)) return nextCtrl();
+    if (!(mods & modControl)) return nextCtrl(mods & modShift ? -1 : 1);
     app->nextWin(this, mods);
     return true;
 }
@@ -295,12 +298,12 @@ bool CWin::keyUp(int key, int mods) {
     return onKeyUp && (*onKeyUp)(this, key, mods);
 }
 
-bool CWin::nextCtrl() {
+bool CWin::nextCtrl(int by) {
     if (!keyCtrl || !keyCtrl->parent) return false;
     const CList& siblings = keyCtrl->parent->controls;
     const int count = siblings.getCount(), start = siblings.indexed(keyCtrl);
     for (int step = 1; step < count; step++) {
-        auto* next = static_cast<CCtrl*>(siblings.items((start + step) % count));
+        auto* next = static_cast<CCtrl*>(siblings.items((start + (count + by) * step) % count));
         if (!next->tabStop || !next->visible || !next->enabled) continue;
         setKeyCtrl(next);
         return true;
@@ -313,11 +316,11 @@ void CWin::setKeyCtrl(CCtrl* ctrl) {
     if (former == ctrl) return;
     keyCtrl = ctrl;
     if (former) {
-        former->setFocus(false);
         former->redraw();
+        former->setFocus(false);
     }
     if (ctrl && keyCtrl == ctrl) {
-        ctrl->setFocus(true);
         ctrl->redraw();
+        ctrl->setFocus(true);
     }
 }

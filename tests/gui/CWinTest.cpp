@@ -7,14 +7,7 @@
 #include "gui/controls/CButton.h"
 #include "gui/dialogs/MessageBox.h"
 
-#include <X11/Xlib.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-
 #include <algorithm>
-
-extern char** environ;
 
 namespace {
 
@@ -42,51 +35,6 @@ protected:
     }
 
     std::vector<std::vector<std::string>> steps;
-};
-
-bool hasProperty(Window window, const char* name) {
-    const Atom atom = XInternAtom(liveDisplay(), name, True);
-    Atom type = None;
-    int format;
-    unsigned long count, rest;
-    unsigned char* data = nullptr;
-    if (atom)
-        XGetWindowProperty(liveDisplay(), window, atom, 0, 1, False, AnyPropertyType, &type,
-                           &format, &count, &rest, &data);
-    if (data) XFree(data);
-    return type != None;
-}
-
-/// A window manager for as long as the object lives.
-class Manager {
-public:
-    Manager() {
-        char name[] = "openbox", option[] = "--sm-disable";
-        char* argv[] = {name, option, nullptr};
-        if (posix_spawnp(&pid, name, nullptr, nullptr, argv, environ) != 0) pid = 0;
-    }
-    ~Manager() {
-        if (pid) kill(pid, SIGTERM);
-        if (pid) waitpid(pid, nullptr, 0);
-    }
-    Manager(const Manager&) = delete;
-    Manager& operator=(const Manager&) = delete;
-    /// Whether it runs and adopts windows: it overlooks those that are mapped during its start.
-    bool adopts(CApp* app) const {
-        for (int attempt = 0; pid && attempt < 40; attempt++) {
-            CWin probe(app, nullptr, "probe", 0, 0, 50, 50, 0);
-            probe.show(true);
-            for (int turn = 0; turn < 20; turn++) {
-                if (hasProperty(probe.handle, "WM_STATE")) return true;
-                app->dispatchEvents();
-                app->idle();
-            }
-        }
-        return false;
-    }
-
-private:
-    pid_t pid = 0;
 };
 
 } // namespace
@@ -215,31 +163,6 @@ TEST_F(CWinTest, EdgesAndCaptionAreZones) {
     EXPECT_EQ(win->getHitPos(0, 0), zoneMove);
     win->style = 0;
     EXPECT_EQ(win->getHitPos(0, 0), zoneNone);
-}
-
-/// Dragging each zone by (20, 10) with the real pointer.
-TEST_F(CWinTest, ZonesAreDragged) {
-    struct Case {
-        int x, y;
-        CRect moved; // left, top, width, height
-    };
-    const Case cases[] = {{1, 100, {120, 100, 280, 200}}, {298, 100, {100, 100, 320, 200}},
-                          {150, 1, {100, 110, 300, 190}}, {150, 198, {100, 100, 300, 210}},
-                          {1, 1, {120, 110, 280, 190}},   {298, 1, {100, 110, 320, 190}},
-                          {1, 198, {120, 100, 280, 210}}, {298, 198, {100, 100, 320, 210}},
-                          {150, 12, {120, 110, 300, 200}}};
-    const auto win = framedWindow();
-    for (const Case& c : cases) {
-        win->move(100, 100, 300, 200);
-        settle();
-        act({"mousemove", std::to_string(100 + c.x), std::to_string(100 + c.y), "mousedown", "1"});
-        act({"mousemove_relative", "20", "10"});
-        act({"mouseup", "1"});
-        settle();
-        const CPoint at = win->getPos(true), size = win->getSize();
-        EXPECT_EQ(asRect(at.x, at.y, size.x, size.y), c.moved) << c.x << "," << c.y;
-        EXPECT_EQ(win->sizeMode, zoneNone);
-    }
 }
 
 TEST_F(CWinTest, TheServerNeverGetsLessThanTheMinimum) {
@@ -407,20 +330,4 @@ TEST_F(CWinTest, MenusRunUntilAPressOutsideAndSwallowIt) {
     EXPECT_FALSE(menu.visible || sub.visible);
     EXPECT_TRUE(app->menus.empty());
     EXPECT_EQ(app->topMenu, nullptr);
-}
-
-TEST_F(CWinTest, AWindowManagerClosesMaximizesAndRestores) {
-    const Manager manager;
-    ASSERT_TRUE(manager.adopts(app.get()));
-    CWin win(app.get(), nullptr, "Managed", 100, 100, 300, 200, framed | winManaged);
-    win.show(true);
-    ASSERT_TRUE(pumpUntil([&] { return hasProperty(win.handle, "WM_STATE"); }));
-    EXPECT_EQ(win.getPos(true), asPoint(100, 100)); // and no frame of the manager's around it
-    win.maximize();
-    EXPECT_TRUE(pumpUntil([&] { return win.getSize() == asPoint(800, 600); }));
-    win.restore();
-    EXPECT_TRUE(pumpUntil([&] { return win.getSize() == asPoint(300, 200); }));
-    EXPECT_TRUE(pumpUntil([&] { return win.getPos(true) == asPoint(100, 100); }));
-    EXPECT_EQ(runCommand({"wmctrl", "-c", "Managed"}), 0);
-    EXPECT_TRUE(pumpUntil([&] { return !win.visible; }));
 }

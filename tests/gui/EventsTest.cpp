@@ -144,6 +144,65 @@ TEST_F(EventTest, ButtonsArriveInTheControlsCoordinates) {
     EXPECT_TRUE(probe->saw("down 70 50 4"));
 }
 
+/// Of several motions in one turn the last counts, but none is moved past a press.
+TEST_F(EventTest, MotionsAreMerged) {
+    point(5, 5);
+    probe->log.clear();
+    act({"mousemove", "130", "140", "mousemove", "131", "141", "mousedown", "1", "mousemove", "140",
+         "150", "mousemove", "150", "160", "mouseup", "1", "mousemove", "151", "161"});
+    EXPECT_EQ(probe->log, (std::vector<std::string>{"move 11 11 0", "down 11 11 1", "move 30 30 1",
+                                                    "up 30 30 1", "move 31 31 0"}));
+}
+
+namespace {
+int foreignEvents = 0;
+void foreignProc(XEvent* event) {
+    foreignEvents += event->type == ClientMessage;
+}
+} // namespace
+
+/// Only code of a plug-in is called, and only for windows inside ours.
+TEST_F(EventTest, ForeignWindowsNameTheirFunction) {
+    const auto code = reinterpret_cast<uintptr_t>(&foreignProc);
+    const struct {
+        const char* name;
+        bool inside, known;
+        std::vector<long> items;
+        int calls;
+    } cases[] = {{"in two halves", true, true, {long(code & 0xffffffff), long(code >> 32)}, 1},
+                 {"cut to one", true, true, {long(code & 0xffffffff)}, 0},
+                 {"no plug-in's", true, false, {long(code & 0xffffffff), long(code >> 32)}, 0},
+                 {"on the root", false, true, {long(code & 0xffffffff), long(code >> 32)}, 0},
+                 {"nothing", true, true, {}, 0}};
+    Display* display = liveDisplay();
+    const Atom name = xConnection().atoms.eventProc;
+    xerror = 0;
+    for (const auto& c : cases) {
+        foreignEvents = 0;
+        app->isPluginCode = nullptr;
+        if (c.known)
+            app->isPluginCode = [](const void* address) {
+                return address == reinterpret_cast<const void*>(&foreignProc);
+            };
+        const Window outer = c.inside ? win->handle : xConnection().root;
+        const Window middle = XCreateSimpleWindow(display, outer, 0, 0, 9, 9, 0, 0, 0);
+        const Window inner = XCreateSimpleWindow(display, middle, 0, 0, 9, 9, 0, 0, 0);
+        if (!c.items.empty())
+            XChangeProperty(display, inner, name, name, 32, PropModeReplace,
+                            reinterpret_cast<const unsigned char*>(c.items.data()),
+                            int(c.items.size()));
+        XEvent event{};
+        event.xclient = {ClientMessage, 0, True, display, inner, name, 32, {}};
+        XSendEvent(display, inner, False, NoEventMask, &event);
+        settle();
+        EXPECT_EQ(foreignEvents, c.calls) << c.name;
+        XSendEvent(display, inner, False, NoEventMask, &event);
+        XDestroyWindow(display, middle); // it has gone when the event is read
+        settle();
+    }
+    EXPECT_EQ(xerror, 0);
+}
+
 TEST_F(EventTest, TheThirdQuickPressIsSingleAgain) {
     point(50, 40);
     act({"mousedown", "1", "mouseup", "1", "mousedown", "1", "mouseup", "1", "mousedown", "1",
@@ -211,32 +270,120 @@ TEST_F(EventTest, OnlyWhoAsksIsToldOfThePointer) {
     EXPECT_EQ(probe->last(), "leave");
 }
 
-/// A control, its group or its window may go while its own handler runs.
-TEST_F(EventTest, HandlersMayDeleteWhatTheyStandOn) {
-    point(10, 10);
-    app->addTimer(probe, 10, true);
-    probe->onUp = [this] {
-        win->clear();
-        EXPECT_TRUE(app->timers.empty()); // from now on nothing reaches it
-        EXPECT_EQ(app->hooverCtrl, nullptr);
-    };
-    act({"click", "1"});
-    EXPECT_TRUE(win->clientGroup->controls.empty());
-    EXPECT_EQ(app->hooverCtrl, win->clientGroup);
-    point(20, 20); // a window without controls lives on
+namespace {
 
-    auto* doomed = new CWin(app.get(), nullptr, "doomed", 400, 100, 100, 100, winNoBorder);
-    auto* suicidal = new ProbeCtrl(doomed, "suicidal", 0, 0, 100, 100);
-    doomed->addControl(suicidal);
-    doomed->show(true);
-    settle();
-    const unsigned long handle = doomed->handle;
-    suicidal->onUp = [this, doomed] {
-        app->deleteLater(doomed);
-        EXPECT_FALSE(doomed->visible);
-    };
-    act({"mousemove", "450", "150", "click", "1"});
-    EXPECT_EQ(app->windowOf(handle), nullptr);
+/// Strikes in the one of its handlers that is named.
+class Victim : public ProbeCtrl {
+public:
+    Victim(CWin* owner, const std::string& handler, std::function<void()> act, int& count)
+        : ProbeCtrl(owner, "victim", 0, 0, 60, 60), armed(handler), strike(std::move(act)),
+          alive(count) {
+        hooverable = true;
+        alive++;
+        if (armed == "drag") onDrag = new _COnChange<Victim>(this, &Victim::drag);
+        onDragOver = new _COnMouse<Victim>(this, &Victim::over);
+        onDrop = new _COnMouse<Victim>(this, &Victim::drop);
+    }
+    ~Victim() override { alive--; }
+    Victim(const Victim&) = delete;
+    Victim& operator=(const Victim&) = delete;
+
+    void mouseDown(int, int, int) override { in("down"); }
+    void mouseMove(int x, int y, int btn) override {
+        if (in(btn ? "pushed" : "move")) return;
+        CCtrl::mouseMove(x, y, btn);
+    }
+    void mouseUp(int, int, int) override { in("up"); }
+    bool keyDown(int, int) override { return in("key"); }
+    void onTimer() override { in("timer"); }
+    bool mouseWheel(int, int, int, int, int) override { return !in("wheel"); }
+    void mouseOver(bool enter, int, int) override { in(enter ? "enter" : "leave"); }
+    void setFocus(bool on) override { in(on ? "focus" : "blur"); }
+
+private:
+    void drag(CObject*) { in("drag"); }
+    void over(CObject*, int, int, int) { in("over"); }
+    void drop(CObject*, int, int, int) { in("drop"); }
+    bool in(const char* handler) {
+        if (armed != handler) return false;
+        const auto act = std::move(strike);
+        armed.clear();
+        act();
+        return true;
+    }
+    std::string armed;
+    std::function<void()> strike;
+    int& alive;
+};
+
+} // namespace
+
+/// A control, its group or its window may go while any of its handlers runs.
+TEST_F(EventTest, HandlersMayDeleteWhatTheyStandOn) {
+    using Commands = std::vector<std::string>;
+    const Commands step = {"mousemove", "455", "155"}, click = {"click", "1"}, none,
+                   press = {"mousedown", "1", "mousemove_relative", "15", "0", "mouseup", "1"};
+    const struct {
+        std::string handler;
+        Commands commands;
+    } cases[] = {{"down", click},           {"move", step},
+                 {"pushed", press},         {"up", click},
+                 {"wheel", {"click", "4"}}, {"key", {"key", "a"}},
+                 {"enter", step},           {"leave", {"mousemove", "600", "400"}},
+                 {"drag", press},           {"over", press},
+                 {"drop", press},           {"timer", none},
+                 {"focus", none},           {"blur", none}};
+    for (const auto& c : cases) {
+        for (const std::string how : {"clear", "group", "window", "delete"}) {
+            int alive = 0;
+            auto* other = new CWin(app.get(), nullptr, "other", 400, 100, 150, 100, winNoBorder);
+            auto* group = new CGroup(other, "group", 10, 10, 100, 80);
+            Victim* victim = nullptr;
+            const auto strike = [&] {
+                if (how == "clear") group->clear();
+                if (how == "group") other->clear();
+                if (how == "window") app->deleteLater(other);
+                if (how != "delete") return;
+                group->controls.remove(victim);
+                delete victim;
+            };
+            victim = new Victim(other, c.handler, strike, alive);
+            auto* clock = new ProbeCtrl(win.get(), "clock", 0, 0, 1, 1);
+            win->addControl(clock);
+            clock->onTick = [&] { other->setKeyCtrl(c.handler == "blur" ? nullptr : victim); };
+            other->addControl(group);
+            group->addControl(victim);
+            other->show(true);
+            other->setFocus(true);
+            settle();
+            const unsigned long handle = other->handle;
+            if (c.handler != "focus") other->setKeyCtrl(victim);
+            if (c.handler == "over" || c.handler == "drop") app->startDrag(victim);
+            if (c.handler == "timer") app->addTimer(victim, 10, false);
+            if (c.handler == "focus" || c.handler == "blur") app->addTimer(clock, 10, false);
+            if (c.handler != "enter") act({"mousemove", "450", "150"});
+            if (!c.commands.empty()) act(c.commands);
+            EXPECT_TRUE(pumpUntil([&] { return alive == 0; })) << c.handler << " " << how;
+            EXPECT_EQ(app->windowOf(handle) == nullptr, how == "window") << c.handler;
+            if (app->windowOf(handle)) delete other;
+            win->clientGroup->controls.remove(clock);
+            delete clock;
+        }
+    }
+    point(10, 10);
+    EXPECT_TRUE(probe->saw("move 10 10 0")); // the others live on
+}
+
+/// The window of a loop that nobody's handler has opened.
+TEST_F(EventTest, AModalWindowMayDeleteItself) {
+    int alive = 0;
+    auto* dialog = new CWin(app.get(), win.get(), "dialog", 400, 100, 150, 100, winNoBorder);
+    dialog->addControl(new Victim(
+        dialog, "timer", [&] { app->deleteLater(dialog); }, alive));
+    app->addTimer(static_cast<CCtrl*>(dialog->clientGroup->controls.items(0)), 20, false);
+    dialog->showModal();
+    EXPECT_EQ(alive, 0);
+    EXPECT_EQ(app->modalWin, nullptr);
 }
 
 TEST_F(EventTest, ADeletedControlLeavesEverySlot) {

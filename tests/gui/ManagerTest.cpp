@@ -1,0 +1,216 @@
+#include "TestServer.h"
+
+#include "gui/XConnection.h"
+
+#include <X11/Xlib.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <optional>
+
+extern char** environ;
+
+namespace {
+
+constexpr int framed = winCaption | winSizable | winMinButton | winMaxButton;
+
+/// The first item of a property; -1 without one.
+long property(Window window, const char* name) {
+    const Atom atom = XInternAtom(liveDisplay(), name, True);
+    Atom type = None;
+    int format;
+    unsigned long count = 0, rest;
+    unsigned char* data = nullptr;
+    if (atom)
+        XGetWindowProperty(liveDisplay(), window, atom, 0, 1, False, AnyPropertyType, &type,
+                           &format, &count, &rest, &data);
+    const long item = count > 0 && format == 32 ? *reinterpret_cast<long*>(data) : -1;
+    if (data) XFree(data);
+    return item;
+}
+
+/// A window manager for as long as the object lives.
+class Manager {
+public:
+    Manager() {
+        char name[] = "openbox", option[] = "--sm-disable";
+        char* argv[] = {name, option, nullptr};
+        if (posix_spawnp(&pid, name, nullptr, nullptr, argv, environ) != 0) pid = 0;
+    }
+    ~Manager() {
+        if (pid) kill(pid, SIGTERM);
+        if (pid) waitpid(pid, nullptr, 0);
+    }
+    Manager(const Manager&) = delete;
+    Manager& operator=(const Manager&) = delete;
+    /// Whether it runs and adopts windows: it overlooks those that are mapped during its start.
+    bool adopts(CApp* app) const {
+        for (int attempt = 0; pid && attempt < 40; attempt++) {
+            CWin probe(app, nullptr, "probe", 0, 0, 50, 50, 0);
+            probe.show(true);
+            for (int turn = 0; turn < 20; turn++) {
+                if (property(probe.handle, "WM_STATE") >= 0) return true;
+                app->dispatchEvents();
+                app->idle();
+            }
+        }
+        return false;
+    }
+
+private:
+    pid_t pid = 0;
+};
+
+/// Each test goes on without a window manager, then with one.
+class ManagerTest : public GuiTest, public testing::WithParamInterface<bool> {
+protected:
+    void SetUp() override {
+        GuiTest::SetUp();
+        if (!usable() || !GetParam()) return;
+        manager.emplace();
+        ASSERT_TRUE(manager->adopts(app.get()));
+    }
+    void TearDown() override {
+        manager.reset();
+        GuiTest::TearDown();
+    }
+    std::unique_ptr<CWin> show(const char* title, CWin* owner, CRect place, int style) {
+        auto win = std::make_unique<CWin>(app.get(), owner, title, place.left, place.top,
+                                          place.right, place.bottom, style);
+        win->show(true);
+        EXPECT_TRUE(pumpUntil([&] {
+            return win->isViewable() && (!GetParam() || property(win->handle, "WM_STATE") >= 0);
+        }));
+        return win;
+    }
+    /// Left, top, width and height as the server has them.
+    static CRect place(CWin* win) {
+        const CPoint at = win->getPos(true), size = win->getSize();
+        return asRect(at.x, at.y, size.x, size.y);
+    }
+    bool comesTo(CWin* win, CRect wanted) {
+        return pumpUntil([&] { return place(win) == wanted; });
+    }
+    bool getsFocus(CWin* win) {
+        return pumpUntil([&] { return win->hasFocus(); });
+    }
+    /// From the bottom to the top of the screen.
+    static int level(const CWin* win) {
+        Window root, parent, outer = win->handle, *list = nullptr;
+        unsigned count = 0;
+        int found = -1;
+        for (;;) {
+            XQueryTree(liveDisplay(), outer, &root, &parent, &list, &count);
+            if (list) XFree(list);
+            if (parent == root) break;
+            outer = parent;
+        }
+        XQueryTree(liveDisplay(), root, &root, &parent, &list, &count);
+        for (unsigned i = 0; i < count; i++)
+            if (list[i] == outer) found = int(i);
+        if (list) XFree(list);
+        return found;
+    }
+
+    std::optional<Manager> manager;
+};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(WithoutAndWith, ManagerTest, testing::Values(false, true));
+
+TEST_P(ManagerTest, ZonesAreDragged) {
+    struct Case {
+        int x, y;
+        CRect moved; // by (20, 10): left, top, width, height
+    };
+    const Case cases[] = {{1, 100, {120, 100, 280, 200}}, {298, 100, {100, 100, 320, 200}},
+                          {150, 1, {100, 110, 300, 190}}, {150, 198, {100, 100, 300, 210}},
+                          {1, 1, {120, 110, 280, 190}},   {298, 1, {100, 110, 320, 190}},
+                          {1, 198, {120, 100, 280, 210}}, {298, 198, {100, 100, 320, 210}},
+                          {150, 12, {120, 110, 300, 200}}};
+    const CRect start = asRect(100, 100, 300, 200);
+    const auto win = show("Managed", nullptr, start, framed | winManaged);
+    for (const Case& c : cases) {
+        win->move(start.left, start.top, start.right, start.bottom);
+        ASSERT_TRUE(comesTo(win.get(), start)); // and no frame of the manager's around it
+        act({"mousemove", std::to_string(100 + c.x), std::to_string(100 + c.y), "mousedown", "1"});
+        act({"mousemove_relative", "20", "10"});
+        act({"mouseup", "1"});
+        EXPECT_TRUE(comesTo(win.get(), c.moved)) << c.x << "," << c.y;
+        EXPECT_EQ(win->sizeMode, zoneNone);
+    }
+}
+
+TEST_P(ManagerTest, WindowsAreMaximizedAndRestored) {
+    const CRect start = asRect(100, 100, 300, 200), screen = asRect(0, 0, 800, 600);
+    for (const int style : {framed, framed | winManaged}) {
+        if (!GetParam() && style & winManaged) continue; // nobody is there to be asked
+        const auto win = show("Managed", nullptr, start, style);
+        const std::vector<std::string> doubled = {"mousemove", "200",   "112", "click",
+                                                  "1",         "click", "1"};
+        for (const std::vector<std::string>& command : {doubled, {"key", "F11"}}) {
+            ASSERT_TRUE(getsFocus(win.get()) || !GetParam());
+            act(command);
+            EXPECT_TRUE(comesTo(win.get(), screen)) << command[0] << " " << style;
+            EXPECT_TRUE(win->hasStyle(winMaximized));
+            win->restore();
+            EXPECT_TRUE(comesTo(win.get(), start)) << command[0] << " " << style;
+        }
+    }
+    if (!GetParam()) return;
+    const auto win = show("Managed", nullptr, start, framed | winManaged);
+    // What the user does through the manager is undone by our own button.
+    EXPECT_EQ(runCommand({"wmctrl", "-r", "Managed", "-b", "add,maximized_vert,maximized_horz"}),
+              0);
+    EXPECT_TRUE(comesTo(win.get(), screen));
+    win->maximize();
+    EXPECT_TRUE(pumpUntil([&] { return place(win.get()) != screen; }));
+    EXPECT_FALSE(win->hasStyle(winMaximized));
+    win->minimize();
+    EXPECT_TRUE(pumpUntil([&] { return !win->isViewable(); }));
+    EXPECT_EQ(runCommand({"wmctrl", "-a", "Managed"}), 0);
+    EXPECT_TRUE(getsFocus(win.get()));
+    EXPECT_FALSE(win->hasStyle(winMinimized));
+    EXPECT_EQ(runCommand({"wmctrl", "-c", "Managed"}), 0);
+    EXPECT_TRUE(pumpUntil([&] { return !win->visible; }));
+}
+
+TEST_P(ManagerTest, AnOwnedWindowStaysAboveAndADialogKeepsTheKeys) {
+    const auto owner = show("Owner", nullptr, asRect(50, 50, 400, 300), framed);
+    auto* behind = new ProbeCtrl(owner.get(), "behind", 0, 0, 300, 200);
+    owner->addControl(behind);
+    const auto owned = show("Owned", owner.get(), asRect(300, 200, 200, 150), framed);
+    EXPECT_EQ(property(owned->handle, "WM_TRANSIENT_FOR"), long(owner->handle));
+    EXPECT_GT(level(owned.get()), level(owner.get()));
+    owner->setFocus(true);
+    EXPECT_TRUE(getsFocus(owner.get()));
+    owned->setFocus(true);
+    EXPECT_TRUE(getsFocus(owned.get()));
+    if (GetParam()) {
+        owner->raise(true);
+        EXPECT_TRUE(getsFocus(owner.get()));
+        EXPECT_TRUE(pumpUntil([&] { return level(owned.get()) > level(owner.get()); }));
+    }
+    CWin dialog(app.get(), owned.get(), "Dialog", 500, 400, 150, 100, winCaption | winEscape);
+    auto* field = new ProbeCtrl(&dialog, "field", 0, 0, 100, 50);
+    dialog.addControl(field);
+    int ticks = 0;
+    bool clicked = false;
+    field->onTick = [&] {
+        if (field->saw("key 97 0") || ++ticks > 100) {
+            dialog.hide();
+        } else if (dialog.hasFocus() && !clicked) {
+            clicked = true;
+            runCommand({"xdotool", "mousemove", "100", "150", "click", "1"}); // on the owner
+        } else if (dialog.hasFocus()) {
+            dialog.setKeyCtrl(field);
+            runCommand({"xdotool", "key", "a"});
+        }
+    };
+    app->addTimer(field, 30, true);
+    dialog.showModal();
+    EXPECT_TRUE(field->saw("key 97 0"));
+    for (const std::string& entry : behind->log) EXPECT_EQ(entry.rfind("down", 0), entry.npos);
+}
