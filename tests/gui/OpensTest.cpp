@@ -87,6 +87,12 @@ public:
         });
         showMsg(win.get(), "Title", "A question?", mbYes | mbNo);
     }
+    void repeat(void (OpensTest::*open)(), int times) {
+        for (int i = 0; i < times; i++) {
+            (this->*open)();
+            clock->log.clear();
+        }
+    }
 
 private:
     void soon(const std::function<void()>& act) {
@@ -119,7 +125,7 @@ private:
 
 TEST_F(OpensTest, LeaveNothingBehind) {
     constexpr int warmUp = 20;
-    constexpr size_t noise = 16384; // bytes of the heap, however often
+    constexpr size_t noise = 8192; // bytes of the heap, however often
     const struct {
         const char* name;
         void (OpensTest::*open)();
@@ -129,9 +135,9 @@ TEST_F(OpensTest, LeaveNothingBehind) {
                  {"nested", &OpensTest::nested}};
     xerror = 0;
     for (const auto& kind : kinds) {
-        for (int i = 0; i < warmUp; i++) (this->*kind.open)();
+        repeat(kind.open, warmUp);
         const Holdings before;
-        for (int i = 0; i < openCount(); i++) (this->*kind.open)();
+        repeat(kind.open, openCount());
         settle();
         const Holdings after;
         EXPECT_EQ(after.resources, before.resources) << kind.name;
