@@ -318,12 +318,13 @@ TEST_F(RecordingTest, FullDiskWarnsOnce) {
 TEST_F(RecordingTest, TellsWhyThereIsNoSound) {
     struct Case {
         const char *name, *text;
+        int armed; ///< whether the track goes on
     };
     for (const Case& c :
-         {Case{"no folder", "Record: Project must be saved before you can record audio"},
-          Case{"no file", "Record: No file for the recording can be made in the folder "
-                          "\"/proc/self\""},
-          Case{"full", fullText}}) {
+         {Case{"no folder", "Record: Project must be saved before you can record audio", 0},
+          Case{"no file",
+               "Record: No file for the recording can be made in the folder \"/proc/self\"", 0},
+          Case{"full", fullText, 1}}) {
         SCOPED_TRACE(c.name);
         TakeFixture f;
         std::optional<SmallDisk> disk;
@@ -342,6 +343,9 @@ TEST_F(RecordingTest, TellsWhyThereIsNoSound) {
         feed(f, 400);
         f.begin(0);
         f.play(300, {{10, asData(midiNoteOn, 60, 100)}, {20, asData(midiNoteOn, 60, 0)}});
+        for (int ms = 0; ms < 5000 && sound->track->armed != c.armed; ms++) asSleep(1);
+        EXPECT_EQ(int(sound->track->armed), c.armed);
+        EXPECT_EQ(int(notes->track->armed), 1);
         f.end();
         EXPECT_EQ(messages, std::vector<std::string>{c.text});
         EXPECT_EQ(notes->parts.getCount(), 1);
