@@ -169,7 +169,9 @@ void MainMenu::exitClicked(CObject*) {
 // The others.
 
 void MainMenu::addUndo(CPopup* popup, const char* name, const CStr& what) {
-    CMenuItem* item = addAction(popup, name, window->getAction(name)->label + " " + what);
+    CStr text = window->getAction(name)->label;
+    if (!what.empty()) text += " " + what;
+    CMenuItem* item = addAction(popup, name, text);
     item->enabled = !what.empty();
 }
 
