@@ -208,13 +208,12 @@ XftFont* openFont(Display* display, const char* family, int size) {
                           XFT_PIXEL_SIZE, XftTypeDouble, deviceSize, nullptr);
 }
 
-/// Whether a usual text takes no more room than in the face of the server that all controls were
-/// measured for, give or take a twelfth.
+/// Whether a usual text takes no more room than in the face of the server, for which the controls
+/// were measured.
 bool isRoomy(const TextFace& face) {
     constexpr std::string_view usual = "Insert bars, Quantize selected parts, Program 12";
-    constexpr int serverWidth = 6, share = 12;
-    const int room = int(usual.size()) * serverWidth * (share + 1) / share;
-    return toLogicalSize(face.deviceWidth(usual)) <= room;
+    constexpr int serverWidth = 6;
+    return toLogicalSize(face.deviceWidth(usual)) <= int(usual.size()) * serverWidth;
 }
 
 } // namespace

@@ -75,7 +75,7 @@ TEST_F(SmoothTextTest, StandsWhereItsFlagsTell) {
         const TextFace& font = *xConnection().font;
         EXPECT_EQ(inkOfText(text, box, textTop).bottom, area.top + font.deviceAscent) << percent;
         EXPECT_EQ(inkOfText(text, box, textBottom).bottom, area.bottom - font.deviceDescent);
-        EXPECT_NEAR(font.deviceAscent + font.deviceDescent, 15 * percent / 100, percent / 50)
+        EXPECT_NEAR(font.deviceAscent + font.deviceDescent, 14 * percent / 100, percent / 50)
             << percent;
     }
 }
@@ -84,7 +84,8 @@ TEST_F(SmoothTextTest, IsCutToItsBoxAndToTheServersClip) {
     const CRect box = asRect(20, 10, 41, 22);
     const CRect ink = inkOfText("MMMMMMMMMMMM", box, 0);
     EXPECT_EQ(intersect(ink, box), ink);
-    EXPECT_EQ(asPoint(ink.left, ink.right), asPoint(20, 41));
+    EXPECT_LE(ink.left, 22); // a letter or the gap between two lies at the edge
+    EXPECT_GE(ink.right, 39);
     EXPECT_GT(inkOfText("MMMMMMMMMMMM", box, textLeft | textUnclipped).right, 80);
     CBitmap bitmap(120, 60);
     bitmap.graphic->fillRect(black, bitmap.getRect());

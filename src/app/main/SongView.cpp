@@ -60,10 +60,10 @@ void CTimeline::drawSections(CGraphic* g, CSeq* seq) {
     g->fillRect(colours.panel, asRect(0, 0, width, rulerHeight));
     for (CMarkerPart* m : each<CMarkerPart>(seq->getProg()->markers)) {
         const int from = xOf(m->pos), to = xOf(m->endTick());
-        g->fillRect(colours.frame, asRect(from, 0, from + 1, height));
+        g->fillLine(colours.frame, asRect(from, 0, from + 1, height));
         g->drawText(colours.dimText, m->id, asRect(from + 6, 0, to, rulerHeight), textLeft);
     }
-    g->fillRect(colours.frame, asRect(0, rulerHeight - 1, width, rulerHeight));
+    g->fillLine(colours.frame, asRect(0, rulerHeight - 1, width, rulerHeight));
 }
 
 void CTimeline::drawRow(CGraphic* g, CSongTrack* songTrack, int y, int colour) {
@@ -89,7 +89,7 @@ void CTimeline::drawRow(CGraphic* g, CSongTrack* songTrack, int y, int colour) {
             g->fillRect(colour, asRect(from, at, std::min(to, box.right - 1), at + 2));
         }
     }
-    g->fillRect(colours.frame, asRect(0, y + rowHeight - 1, width, y + rowHeight));
+    g->fillLine(colours.frame, asRect(0, y + rowHeight - 1, width, y + rowHeight));
 }
 
 void CTimeline::drawSong(CGraphic* g) {
@@ -119,7 +119,7 @@ void CTimeline::paint(CGraphic* g, CRect) {
     CSeq* seq = songOf(qv);
     shownX = seq ? xOf(seq->getPos()) : 0;
     const int accent = win->app->gui->palette.accent;
-    g->fillRect(accent, asRect(shownX, 0, shownX + 1, height));
+    g->fillLine(accent, asRect(shownX, 0, shownX + 1, height));
     g->fillRect(accent, asRect(shownX - 3, 0, shownX + 4, 3));
 }
 
@@ -165,7 +165,7 @@ void CTrackRow::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
     g->fillRect(shownSelected ? colours.raised : colours.panel, clientRect());
     g->fillRect(colour, asRect(0, 0, stripe, height - 1));
-    g->fillRect(colours.frame, asRect(0, height - 1, width, height));
+    g->fillLine(colours.frame, asRect(0, height - 1, width, height));
     const CRect name = asRect(margin + stripe, gap, muteButton->left - gap, gap + 20);
     g->drawText(colours.text, track->track->id, name, textLeft);
     CGroup::paint(g, rect);
@@ -233,9 +233,9 @@ void SongView::songChanged() {
 void SongView::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
     g->fillRect(colours.panel, clientRect());
-    g->fillRect(colours.frame,
+    g->fillLine(colours.frame,
                 asRect(0, CTimeline::rulerHeight - 1, width, CTimeline::rulerHeight));
-    g->fillRect(colours.frame, asRect(CTrackRow::rowWidth, 0, CTrackRow::rowWidth + 1, height));
+    g->fillLine(colours.frame, asRect(CTrackRow::rowWidth, 0, CTrackRow::rowWidth + 1, height));
     CGroup::paint(g, rect);
 }
 

@@ -117,7 +117,7 @@ void Toolbar::paintGlyph(CObject* sender, CGraphic* g, CRect rect) {
 void Toolbar::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
     g->fillRect(colours.panel, clientRect());
-    g->fillRect(colours.frame, asRect(0, height - 1, width, height));
+    g->fillLine(colours.frame, asRect(0, height - 1, width, height));
     g->drawText(colours.dimText, "MASTER", asRect(master->left, 6, master->left + 80, 21),
                 textLeft);
     CGroup::paint(g, rect);

@@ -57,7 +57,7 @@ void CEdit::paint(CGraphic* g, CRect rect) {
                     sizeRect(line, -marked.left, -marked.top, -marked.left, -marked.top), textLeft);
     }
     const int caret = shift + pixelOf(cursor);
-    g->fillRect(clValue.textCol, asRect(caret, 3, caret + 1, rect.bottom - 3));
+    g->fillLine(clValue.textCol, asRect(caret, 3, caret + 1, rect.bottom - 3));
 }
 
 int CEdit::XToPos(int x) const {

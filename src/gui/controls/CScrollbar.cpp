@@ -188,7 +188,7 @@ void CFader::paint(CGraphic* g, CRect rect) {
     const bool hot = isHovered() || thumbDrag;
     g->fillRect(hot ? fadeCol(colours.raised, colours.accent, hoverShare) : colours.raised, thumb);
     g->frameRect(hasKeyFocus() ? colours.accent : colours.frame, thumb);
-    g->fillRect(colours.text, asRect(2, thumbMiddle, width - 2, thumbMiddle + 1));
+    g->fillLine(colours.text, asRect(2, thumbMiddle, width - 2, thumbMiddle + 1));
 }
 
 bool CFader::mouseWheel(int x, int y, int btn, int dy, int dx) {

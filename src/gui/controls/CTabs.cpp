@@ -105,7 +105,7 @@ bool CTabs::keyDown(int key, int mods) {
 }
 
 void CTabs::paint(CGraphic* g, CRect rect) {
-    g->fillRect(clTabs.frameCol, asRect(0, rect.bottom - 1, rect.right, rect.bottom));
+    g->fillLine(clTabs.frameCol, asRect(0, rect.bottom - 1, rect.right, rect.bottom));
     for (int i = 0; i < items.getCount(); i++) {
         const bool chosen = i == index;
         const CGuiItem2& look = chosen || i == hoverIndex ? clTabsSelected : clTabs;

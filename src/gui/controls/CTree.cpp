@@ -20,8 +20,8 @@ void drawBox(CGraphic* g, int color, CRect rect, bool expanded) {
     const int x = rect.left + (rect.width() - boxSize) / 2;
     const int y = rect.top + (rect.height() - boxSize) / 2, middle = boxSize / 2;
     g->frameRect(color, asRect(x, y, x + boxSize, y + boxSize));
-    g->fillRect(color, asRect(x + 2, y + middle, x + boxSize - 2, y + middle + 1));
-    if (!expanded) g->fillRect(color, asRect(x + middle, y + 2, x + middle + 1, y + boxSize - 2));
+    g->fillLine(color, asRect(x + 2, y + middle, x + boxSize - 2, y + middle + 1));
+    if (!expanded) g->fillLine(color, asRect(x + middle, y + 2, x + middle + 1, y + boxSize - 2));
 }
 
 } // namespace

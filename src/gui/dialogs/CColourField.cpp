@@ -99,7 +99,7 @@ void CColourField::paintStrip(CGraphic* g) const {
     const int y = area.top + asRound(colour.hue * (area.height() - 1));
     g->frameRect(asColor(0, 0, 0),
                  asRect(area.left, asMax(y - 2, area.top), area.right, asMin(y + 3, area.bottom)));
-    g->fillRect(asColor(255, 255, 255), asRect(area.left + 1, y, area.right - 1, y + 1));
+    g->fillLine(asColor(255, 255, 255), asRect(area.left + 1, y, area.right - 1, y + 1));
 }
 
 void CColourField::take(int x, int y) {
