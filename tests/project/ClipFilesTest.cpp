@@ -145,7 +145,6 @@ TEST(ClipFiles, JoinWhatIsThere) {
     ASSERT_TRUE(again);
     EXPECT_EQ(again->pos, 960);
     EXPECT_EQ(drums->track->drumLayer()->sounds.getCount(), 2) << "one kit plays both";
-    f.track(trackDrum)->track->drumLayer();
     CSongTrack* other = f.track(trackDrum);
     f.seq->addStandardKit(other->track);
     CPart* behind = f.drop(hits.bytes, other);

@@ -10,6 +10,7 @@
 #include "project/ClipFiles.h"
 #include "project/SongSounds.h"
 
+#include <filesystem>
 #include <functional>
 
 /// A project with a song, and what clips and presets are made from.
@@ -26,22 +27,17 @@ struct ClipFixture : ProjectFixture {
 
     /// A file of `frames` with values that tell where they stand, in the pool.
     CSample* addFile(const char* name, int bits, int chs, int frames) {
-        const CStr path = files.file(name);
-        {
-            CSample out;
-            out.setFormat(44100, bits, chs);
-            out.create(path);
-            out.writeHeader();
-            std::vector<float> left, right;
-            for (int i = 0; i < frames; ++i) {
-                left.push_back(float(i + 1) / 256.0f);
-                right.push_back(-left.back());
-            }
-            out.writeFrames(frames, left.data(), right.data());
-            out.writeHeader();
-            out.finalize();
+        CSample out;
+        out.setFormat(44100, bits, chs);
+        out.create(files.file(name));
+        out.writeHeader();
+        for (int i = 1; i <= frames; ++i) {
+            const float left = float(i) / 256.0f, right = -left;
+            out.writeFrames(1, &left, &right);
         }
-        return host->addSample(path, 1);
+        out.writeHeader();
+        out.finalize();
+        return host->addSample(out.filename, 1);
     }
 
     /// A bar in which two files play, one of them backward and from half of its frames on.

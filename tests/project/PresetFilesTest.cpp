@@ -1,10 +1,7 @@
 #include "project/PresetFiles.h"
 #include "ClipFixture.h"
-#include "common/fx/CFX.h"
 #include "effects/CEffect.h"
 #include "instruments/CArp.h"
-
-#include <filesystem>
 
 namespace {
 
@@ -18,7 +15,6 @@ struct PresetFixture : ClipFixture {
     void edit() {
         CSynthProg* prog = sampler->createProg();
         prog->id = "Edited";
-        prog->reverb();
         sampler->progs.add(prog);
         sampler->setProg(sampler->progs.getCount() - 1);
         rack->addReverb();
