@@ -52,6 +52,7 @@ public:
         : seq(s), prog(s->getProg()), undo(step), position(at), stream(name, 0),
           songTrack(target && target->parts.getCount() == 0 ? target : nullptr) {
         if (songTrack) usedTracks.push_back(songTrack);
+        if (songTrack) channelTold.push_back(songTrack->track);
         lastTempo = static_cast<CTempoPart*>(prog->tempos.last());
         lastTimesig = static_cast<CTimesigPart*>(prog->timesigs.last());
     }
@@ -115,7 +116,8 @@ private:
     std::map<int, std::deque<Pending>> pending; ///< by status and note
     std::vector<CSongTrack*> usedTracks;
     std::vector<PartChannel> channels;
-    std::vector<CTempoPart*> tempos; ///< read, and not yet linked
+    std::vector<CTrack*> channelTold; ///< by the user or the file, whatever their events are on
+    std::vector<CTempoPart*> tempos;  ///< read, and not yet linked
     std::vector<CTimesigPart*> timesigs;
     CTempoPart* lastTempo;
     CTimesigPart* lastTimesig;
@@ -170,16 +172,18 @@ void Importer::needTrack() {
     if (songTrack) return;
     songTrack = seq->addTrack(trackMIDI, prog, undo);
     usedTracks.push_back(songTrack);
-    if (prefix >= 0) songTrack->track->channel = short(prefix);
+    if (prefix >= 0) setChannel(prefix);
     prefix = -1;
 }
 
 /// Ours and many others name the channel in front of what makes the track.
 void Importer::setChannel(int channel) {
-    if (songTrack)
-        songTrack->track->channel = short(channel);
-    else
+    if (!songTrack) {
         prefix = channel;
+        return;
+    }
+    songTrack->track->channel = short(channel);
+    channelTold.push_back(songTrack->track);
 }
 
 void Importer::needPart() {
@@ -350,6 +354,7 @@ bool Importer::readTrack(int64_t end) {
     return step != Step::bad;
 }
 
+/// A track whose events are on several channels leaves them there, unless it was told its own.
 void Importer::assignChannels() {
     if (usedTracks.size() < 2) return;
     std::map<CTrack*, int> common;
@@ -357,8 +362,13 @@ void Importer::assignChannels() {
         const auto [entry, added] = common.try_emplace(c.track, c.channel);
         if (!added && entry->second != c.channel) entry->second = -2;
     }
-    for (const auto& [track, channel] : common)
-        if (channel >= 0) track->channel = short(channel);
+    for (const auto& [track, channel] : common) {
+        const bool told = std::ranges::find(channelTold, track) != channelTold.end();
+        if (channel >= 0)
+            track->channel = short(channel);
+        else if (channel == -2 && !told)
+            track->channel = -1;
+    }
 }
 
 MidiImport Importer::run() {

@@ -145,6 +145,21 @@ TEST(RenderProgram, WritesEveryKindOfFile) {
     EXPECT_GT(wav.peak, 0.01);
 }
 
+/// The demo song as a MIDI file comes back from one, drums and all; another program reads it.
+TEST(RenderProgram, MidiFilesKeepTheDemoSong) {
+    const TempFolder folder;
+    const std::string first = folder.file("1.mid"), second = folder.file("2.mid");
+    render({"--demo", first});
+    render({first, second});
+    EXPECT_GT(std::filesystem::file_size(first), 10000u);
+    EXPECT_TRUE(contentOf(second) == contentOf(first));
+    Program reader({"midicsv", first});
+    EXPECT_EQ(reader.wait(), 0);
+    EXPECT_EQ(reader.err(), "");
+    for (const char* name : {"Drums", "Bass", "Pad", "Pluck", "Lead", "Harmony"})
+        EXPECT_NE(reader.out().find("Title_t, \"" + std::string(name)), std::string::npos) << name;
+}
+
 /// A project that was saved, opened and saved again is the same file, and sounds the same.
 TEST(RenderProgram, ProjectsComeBackAsTheyWere) {
     const TempFolder folder;

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <deque>
 #include <map>
+#include <set>
 #include <sstream>
 #include <tuple>
 
@@ -80,11 +81,14 @@ struct MidiFixture : SongFixture {
     }
     /// The lines that the independent reader makes of a file, which it has to take without a word.
     std::vector<std::string> lines(const char* name) const {
-        const std::string csv = folder.file("out.csv").asChar(), err = csv + ".err";
-        const std::string command =
-            "midicsv " + std::string(folder.file(name).asChar()) + " >" + csv + " 2>" + err;
-        EXPECT_EQ(std::system(command.c_str()), 0) << "is midicsv there?";
+        std::vector<std::string> all = linesOf(folder.file(name).asChar());
         EXPECT_EQ(folder.read("out.csv.err"), "") << name;
+        return all;
+    }
+    std::vector<std::string> linesOf(const std::string& path) const {
+        const std::string csv = folder.file("out.csv").asChar(), err = csv + ".err";
+        const std::string command = "midicsv " + path + " >" + csv + " 2>" + err;
+        EXPECT_EQ(std::system(command.c_str()), 0) << "is midicsv there?";
         std::istringstream text(folder.read("out.csv"));
         std::vector<std::string> all;
         for (std::string line; std::getline(text, line);) all.push_back(line);
@@ -136,6 +140,17 @@ std::vector<Played> playedIn(const std::vector<std::string>& lines) {
     return firstEndsFirst(std::move(list));
 }
 
+/// The notes that begin in such lines, as channel, key and velocity, whenever that is.
+std::multiset<std::string> notesIn(const std::vector<std::string>& lines) {
+    std::multiset<std::string> notes;
+    for (const std::string& line : lines) {
+        const std::vector<std::string> f = fields(line);
+        if (f.size() > 5 && f[2] == "Note_on_c" && f[5] != "0")
+            notes.insert(f[3] + " " + f[4] + " " + f[5]);
+    }
+    return notes;
+}
+
 } // namespace
 
 /// Real songs come back from our file as they were, and another program reads the same in it.
@@ -152,6 +167,8 @@ TEST(CSMF, KeepsRealSongs) {
         ASSERT_GT(wanted.size(), 100u);
         ASSERT_EQ(exportMIDIFile(first.seq, first.folder.file("out.mid")), MidiExport::good);
         EXPECT_EQ(playedIn(first.lines("out.mid")), wanted);
+        EXPECT_EQ(notesIn(first.lines("out.mid")), notesIn(first.linesOf(entry.path())))
+            << "on the channels of the file";
         const std::string points = first.namesAndPoints();
 
         MidiFixture second;
