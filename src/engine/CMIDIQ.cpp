@@ -1,29 +1,23 @@
 #include "engine/CMIDIQ.h"
 
 #include "base/Numbers.h"
+#include "base/ZeroPages.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <new>
 
 namespace {
 
-// Not `new CMIDIBytes[n]`: that would touch every page, and most ports carry a few events.
-CMIDIBytes* zeroEvents() {
-    void* events = std::calloc(CMIDIQ::capacity, sizeof(CMIDIBytes));
-    if (!events) throw std::bad_alloc();
-    return static_cast<CMIDIBytes*>(events);
-}
+constexpr size_t queueBytes = CMIDIQ::capacity * sizeof(CMIDIBytes);
 
 } // namespace
 
-CMIDIQ::CMIDIQ(CComp* owner) : events(zeroEvents()) {
+CMIDIQ::CMIDIQ(CComp* owner) : events(static_cast<CMIDIBytes*>(takeZeroPages(queueBytes))) {
     category = categoryPort;
     comp = owner;
 }
 
 CMIDIQ::~CMIDIQ() {
-    std::free(events);
+    GiveZeroPages{queueBytes}(events);
 }
 
 CInputPort::CInputPort(CComp* owner) : CMIDIQ(owner) {

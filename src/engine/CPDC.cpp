@@ -1,25 +1,22 @@
 #include "engine/CPDC.h"
 
-#include <cstdlib>
-#include <new>
+#include "base/ZeroPages.h"
 
 namespace {
 
-// Not `new float[n]()`: that would touch every page, and most lines are never used.
-float* zeroPages() {
-    void* line = std::calloc(CPDC::capacity, sizeof(float));
-    if (!line) throw std::bad_alloc();
-    return static_cast<float*>(line);
+constexpr size_t lineBytes = CPDC::capacity * sizeof(float);
+
+float* newLine() {
+    return static_cast<float*>(takeZeroPages(lineBytes));
 }
 
 } // namespace
 
-CPDC::CPDC() : left(zeroPages()), right(zeroPages()) {
+CPDC::CPDC() : left(newLine()), right(newLine()) {
 }
 
 CPDC::~CPDC() {
-    std::free(left);
-    std::free(right);
+    for (float* line : {left, right}) GiveZeroPages{lineBytes}(line);
 }
 
 void CPDC::setDelay(int total) {

@@ -1,6 +1,7 @@
 #include "instruments/CSampler.h"
 
 #include "base/CStream.h"
+#include "base/LoadBudget.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "common/fx/CDelay.h"
@@ -13,19 +14,11 @@
 #include "instruments/SamplerFiles.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <new>
 
 namespace {
 
 constexpr int kindArrives = 19; ///< tag of an undo item: a program that comes and becomes current
 constexpr int undone = 2;       ///< `op` of `perform`
-
-float* zeroedMemory() {
-    void* memory = std::calloc(CDelay::bufferFrames, sizeof(float));
-    if (!memory) throw std::bad_alloc();
-    return static_cast<float*>(memory);
-}
 
 /// Swaps the contents of two lists without allocation.
 void exchange(CList& a, CList& b) {
@@ -44,15 +37,11 @@ void recordAll(CUndo* step, CList& from, CList& to) {
 
 } // namespace
 
-void CSampler::Freed::operator()(void* p) const {
-    std::free(p);
-}
-
 CSampler::CSampler(CQV* root) : CComp(root) {
     id = "Synthesizer";
     type = compSampler;
     currentRate = float(host->rate);
-    for (auto& d : delays) d.reset(zeroedMemory());
+    for (auto& d : delays) d = makeZeroPages<float>(CDelay::bufferFrames);
 }
 
 CSampler::~CSampler() {
@@ -230,8 +219,13 @@ void CSampler::writeToStream(CStream* stream, CSynthProg* prog) {
 
 void CSampler::complain(const SamplerContent& content) {
     if (content.badBlock.empty()) return;
-    showMsg(nullptr, CStr("Error reading ") + id,
-            CStr("Error reading block: ") + content.badBlock + " (" + asStr(content.badSize) + ")");
+    const CStr title = CStr("Error reading ") + id;
+    const CStr text =
+        CStr("Error reading block: ") + content.badBlock + " (" + asStr(content.badSize) + ")";
+    if (LoadBudget::firstDamage())
+        showMsg(nullptr, title, text);
+    else
+        showStr(title + ": " + text);
 }
 
 void CSampler::read(CStream* stream, int end) {

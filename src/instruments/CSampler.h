@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Ring.h"
+#include "base/ZeroPages.h"
 #include "engine/CComp.h"
 #include "instruments/CSynthProg.h"
 #include "instruments/CVoice.h"
@@ -98,10 +99,7 @@ public:
     float* delayMemory(int side) const { return delays[side].get(); }
 
 private:
-    struct Freed {
-        void operator()(void* p) const;
-    };
-    std::unique_ptr<float, Freed> delays[2];
+    ZeroPages<float> delays[2];
 
     void complain(const SamplerContent& content);
     bool feedsFrozen();

@@ -2,11 +2,11 @@
 
 #include "base/Clones.h"
 #include "base/Numbers.h"
+#include "base/ZeroPages.h"
 #include "common/WaveTables.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 
 namespace {
 
@@ -14,8 +14,10 @@ constexpr int piece = 64; // frames at a time, unless the line is read closer be
 constexpr int mask = CChorus::bufferFrames - 1;
 constexpr float floorLevel = 1e-10f;
 
+constexpr size_t lineBytes = CChorus::bufferFrames * sizeof(float);
+
 float* newLine() {
-    return static_cast<float*>(std::calloc(CChorus::bufferFrames, sizeof(float)));
+    return static_cast<float*>(takeZeroPages(lineBytes));
 }
 
 // Tables and lines are looked up one by one, apart from the loops that run in lanes: a gather, or
@@ -70,8 +72,7 @@ CChorus::CChorus(float hz, int frames) : CFX(hz, frames) {
 }
 
 CChorus::~CChorus() {
-    std::free(bufferL);
-    std::free(bufferR);
+    for (float* line : {bufferL.load(), bufferR.load()}) GiveZeroPages{lineBytes}(line);
 }
 
 void CChorus::setEnabled(int on) {

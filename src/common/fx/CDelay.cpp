@@ -2,17 +2,23 @@
 
 #include "base/Clones.h"
 #include "base/Numbers.h"
+#include "base/ZeroPages.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace {
 
 constexpr int piece = 256; // frames at a time; the taps are read before the lines are written
 constexpr float floorLevel = 1e-10f;
 
+constexpr size_t lineBytes = CDelay::bufferFrames * sizeof(float);
+
 float* newLine() {
-    return static_cast<float*>(std::calloc(CDelay::bufferFrames, sizeof(float)));
+    return static_cast<float*>(takeZeroPages(lineBytes));
+}
+
+void freeLine(float* line) {
+    GiveZeroPages{lineBytes}(line);
 }
 
 /// line = feedback * (kept * own + inGain * in + cross * other).
@@ -49,14 +55,14 @@ CDelay::CDelay(float hz, int frames) : CFX(hz, frames) {
 
 CDelay::~CDelay() {
     if (shared) return;
-    std::free(bufferL);
-    std::free(bufferR);
+    freeLine(bufferL);
+    freeLine(bufferR);
 }
 
 void CDelay::setSharedBuffers(float* left, float* right) {
     if (!shared) {
-        std::free(bufferL);
-        std::free(bufferR);
+        freeLine(bufferL);
+        freeLine(bufferR);
     }
     shared = 1;
     bufferL.storeRelease(left);

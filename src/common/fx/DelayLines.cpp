@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <new>
 #include <numbers>
 
 namespace {
@@ -34,8 +33,7 @@ SONDRAVA_CLONES void splitPlaces(float start, float depth, int count, int* __res
 void MDelayLine::SetMaxDelay(int d) {
     maxDelay = std::max(0, d);
     size = maxDelay + spare;
-    ring.reset(static_cast<float*>(std::calloc(std::size_t(size), sizeof(float))));
-    if (!ring) throw std::bad_alloc();
+    ring = makeZeroPages<float>(std::size_t(size));
     write = 0;
     read = size - maxDelay;
 }

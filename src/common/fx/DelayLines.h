@@ -1,9 +1,7 @@
 #pragma once
 
 #include "base/Atomic.h"
-
-#include <cstdlib>
-#include <memory>
+#include "base/ZeroPages.h"
 
 /// Base of the building blocks of the reverb.
 class Module {
@@ -25,12 +23,8 @@ class MDelayLine : public Module {
 public:
     static constexpr int spare = 11; ///< samples of the ring beyond the longest delay
 
-    struct Free {
-        void operator()(float* p) const { std::free(p); }
-    };
-
     /// Zero pages until written: most of the lines there are belong to programs that rest.
-    std::unique_ptr<float[], Free> ring;
+    ZeroPages<float> ring;
     int size = 0;            ///< samples of the ring
     int write = 0, read = 0; ///< indices of the next sample to write and to read
     int maxDelay = 0;
