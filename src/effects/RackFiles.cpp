@@ -1,6 +1,7 @@
 #include "effects/RackFiles.h"
 
 #include "base/BlockView.h"
+#include "base/LoadBudget.h"
 #include "base/Numbers.h"
 #include "common/fx/CBitcrusher.h"
 #include "common/fx/CChorus.h"
@@ -14,7 +15,9 @@
 
 namespace {
 
-constexpr int effectBytes = 80;                ///< of a block "fx"
+constexpr int effectBytes = 80; ///< of a block "fx"
+/// About what a program takes, and the largest effect.
+constexpr int progRoom = 512, effectRoom = 64 << 10;
 constexpr int progSpare = 8, drive2Spare = 16; ///< words of 0 behind a program's name and a drive
 
 /// Puts the settings of an effect into a stream, in the order in which they are told to it.
@@ -242,7 +245,7 @@ void RackContent::readBlock(const CStr& name, CStream& body) {
 void RackContent::readProg(CStream& body) {
     prog = nullptr;
     last = nullptr;
-    if (progs.getCount() >= mostProgs) return;
+    if (progs.getCount() >= mostProgs || !LoadBudget::take("programs", progRoom)) return;
     prog = new CEffectProg;
     prog->id = body.readStr();
     progs.add(prog);
@@ -252,6 +255,7 @@ void RackContent::readEffect(CStream& body) {
     last = nullptr;
     if (!prog || body.left() < int64_t(sizeof(int))) return;
     if (effectCount >= mostEffects || prog->effects.getCount() >= mostInChain) return;
+    if (!LoadBudget::take("effects", effectRoom)) return;
     effectCount++;
     last = makeEffect(body.readInt(), rate, blockFrames);
     if (body.left() >= int64_t(sizeof(int))) last->setEnabled(body.readInt() != 0);

@@ -2,6 +2,7 @@
 
 #include "base/BlockView.h"
 #include "base/CStream.h"
+#include "base/LoadBudget.h"
 #include "base/Numbers.h"
 #include "common/fx/CChorus.h"
 #include "common/fx/CDelay.h"
@@ -21,6 +22,8 @@ namespace {
 
 constexpr int slowestClip = 100, fastestClip = 768000; ///< Hz
 constexpr float mostSemitones = 48.0f;
+constexpr int progRoom = 32 << 10, layerRoom = 1 << 10, soundRoom = 16 << 10; ///< about
+constexpr int clipRoom = 1 << 10; ///< without its frames
 
 // A value that is not there leaves the field as it is, one that is no number too.
 
@@ -211,7 +214,7 @@ void SamplerContent::read(CStream* stream, int64_t end) {
         if (cutOff) return;
         const int64_t next = view.getPos() + size;
         BlockView body(stream, next);
-        if (!readBlock(name, body) && badBlock.empty()) {
+        if (!readBlock(name, body) && !full && badBlock.empty()) {
             badBlock = name;
             badSize = size;
         }
@@ -252,23 +255,30 @@ void SamplerContent::readHeadBlock(const CStr& name, CStream& body) {
     }
 }
 
+bool SamplerContent::hasRoom(const char* kind, int bytes) {
+    const bool room = LoadBudget::take(kind, bytes);
+    full = full || !room;
+    return room;
+}
+
 bool SamplerContent::openProg() {
     prog = nullptr;
     layer = nullptr;
     sound = nullptr;
-    if (progs.getCount() >= mostProgs) return false;
+    if (progs.getCount() >= mostProgs || !hasRoom("programs", progRoom)) return false;
     prog = new CSynthProg(host, owner);
     progs.add(prog);
     return true;
 }
 
 void SamplerContent::openLayer() {
-    if (!layer) layer = prog->addLayer();
+    if (!layer && hasRoom("layers", layerRoom)) layer = prog->addLayer();
 }
 
 bool SamplerContent::readClip(CStream& body) {
     clipByIndex.push_back(nullptr);
     skip(body, 2 * int(sizeof(int)));
+    if (!hasRoom("samples", clipRoom)) return false;
     auto clip = std::make_unique<CSampleClip>();
     clip->filename = body.readStr();
     const int frames = body.readInt(), bits = body.readInt(), chs = body.readInt();
@@ -312,6 +322,7 @@ bool SamplerContent::readSound(CStream& body) {
 std::unique_ptr<CSound> SamplerContent::newSound(int kind) {
     if (!prog && !openProg()) return nullptr;
     openLayer();
+    if (!layer || !hasRoom("sounds", soundRoom)) return nullptr;
     if (kind == typeWavSound) return std::make_unique<CWavSound>(layer, host);
     if (kind == typeOscSound) return std::make_unique<COSCSound>(layer, host);
     return nullptr;

@@ -62,9 +62,11 @@ private:
     CLayer* layer = nullptr;
     CSound* sound = nullptr;
     int soundCount = 0;
+    bool full = false;                     ///< something had no room, which is no damage
     std::vector<CSampleClip*> clipByIndex; ///< null for those refused
 
     void readHeadBlock(const CStr& name, CStream& body);
+    bool hasRoom(const char* kind, int bytes);
     bool openProg();
     void openLayer();
     bool readClip(CStream& body);

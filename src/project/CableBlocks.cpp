@@ -1,5 +1,6 @@
 #include "project/CableBlocks.h"
 
+#include "base/LoadBudget.h"
 #include "engine/CQV.h"
 #include "project/ItemView.h"
 
@@ -53,7 +54,10 @@ void writeCables(CStream* stream, CComp* c, const GraphIndex& index) {
 }
 
 bool CableReader::isNew(const CIO* from, const CIO* to) {
-    return from && to && seen.size() < maxCables && seen.insert({from, to}).second;
+    if (!from || !to || seen.count({from, to})) return false;
+    if (seen.size() < maxCables) return seen.insert({from, to}).second;
+    LoadBudget::leaveOut("cables");
+    return false;
 }
 
 void CableReader::readAudio(ItemView& item) {

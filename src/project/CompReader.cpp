@@ -1,5 +1,6 @@
 #include "project/CompReader.h"
 
+#include "base/LoadBudget.h"
 #include "base/Numbers.h"
 #include "engine/CKeptComp.h"
 #include "engine/CQV.h"
@@ -14,11 +15,32 @@ namespace {
 
 constexpr int oldCompsKind = 2; ///< once for some of the host's components
 
+/// About what a channel or port takes, and a component with what it begins with.
+constexpr int channelBytes = 16 << 10, portBytes = 1 << 10;
+constexpr int compBytes = 16 << 10, largeCompBytes = 80 << 10;
+
+bool isLarge(int type) {
+    return type == compSampler || type == compAudioOut || type == compSeq;
+}
+
+bool hasRoomForComp(const char* kind, size_t there, size_t most, int type) {
+    return LoadBudget::take(kind, isLarge(type) ? largeCompBytes : compBytes, there, most);
+}
+
 /// Whether one more may join what a component and the whole file have; counts it then.
-bool hasRoom(const CList& ofComp, int& ofKind) {
-    if (ofComp.getCount() >= CompReader::maxOfComp || ofKind >= CompReader::maxOfKind) return false;
+bool hasRoomForIO(const char* kind, const CList& ofComp, int& ofKind, int bytes) {
+    const size_t most = ofComp.getCount() < CompReader::maxOfComp ? CompReader::maxOfKind : 0;
+    if (!LoadBudget::take(kind, bytes, size_t(ofKind), most)) return false;
     ++ofKind;
     return true;
+}
+
+bool hasPortRoom(const CList& ofComp, int& ofKind) {
+    return hasRoomForIO("ports", ofComp, ofKind, portBytes);
+}
+
+bool hasChannelRoom(const CList& ofComp, int& ofKind) {
+    return hasRoomForIO("channels", ofComp, ofKind, channelBytes);
 }
 
 int readWidth(ItemView& item) {
@@ -36,8 +58,8 @@ T* link(T* made, CList& list) {
 const CompReader::Kind CompReader::kinds[] = {
     {"comp", ofNone, &CompReader::oldComp},
     {"comp2", ofNone, &CompReader::comp2},
-    {"insert", ofOutput, &CompReader::oldInsert},
-    {"insert2", ofOutput, &CompReader::insert2},
+    {"insert", ofStrip, &CompReader::oldInsert},
+    {"insert2", ofStrip, &CompReader::insert2},
     {"min", ofComp, &CompReader::compInPort},
     {"mout", ofComp, &CompReader::compOutPort},
     {"ain", ofComp, &CompReader::compInput},
@@ -50,11 +72,11 @@ const CompReader::Kind CompReader::kinds[] = {
     {"hideChs", ofComp, &CompReader::folded},
     {"comped", ofComp, &CompReader::compEditor},
     {"compedi", ofInsert, &CompReader::insertEditor},
-    {"strip", ofOutput, &CompReader::oldStrip},
-    {"strip2", ofOutput, &CompReader::strip},
-    {"eq", ofOutput, &CompReader::eq},
-    {"eq2", ofOutput, &CompReader::eq2},
-    {"sends", ofOutput, &CompReader::sends},
+    {"strip", ofStrip, &CompReader::oldStrip},
+    {"strip2", ofStrip, &CompReader::strip},
+    {"eq", ofStrip, &CompReader::eq},
+    {"eq2", ofStrip, &CompReader::eq2},
+    {"sends", ofSource, &CompReader::sends},
     {"wet", ofInsert, &CompReader::wet},
 };
 
@@ -64,7 +86,8 @@ CompReader::CompReader(CQV* root, GraphIndex& graph) : host(root), index(graph) 
 
 bool CompReader::has(Owner owner) const {
     if (owner == ofComp) return io;
-    if (owner == ofOutput) return output;
+    if (owner == ofStrip) return output && io != &index.host;
+    if (owner == ofSource) return output && io->comp->listKind == listComps;
     return owner == ofNone || insert;
 }
 
@@ -86,7 +109,8 @@ CompIO* CompReader::place(int type, int listKind) {
     if (bus && type == compSeq) return nullptr;
     if (!bus && listKind != listComps && listKind != oldCompsKind) return nullptr;
     auto& list = bus ? index.sends : index.comps;
-    if (list.size() >= (bus ? size_t(maxSends) : maxComps)) return nullptr;
+    const char* kind = bus ? "sends" : "components";
+    if (!hasRoomForComp(kind, list.size(), bus ? maxSends : maxComps, type)) return nullptr;
     CComp* c = link(newStoredComp(host, type), bus ? host->sends : host->comps);
     c->listKind = bus ? listSends : listComps;
     return &list.emplace_back(CompIO{c, {}, {}, {}, {}});
@@ -117,7 +141,8 @@ void CompReader::readInsert(ItemView& item, bool full) {
     insert = nullptr;
     const CompHead head = readCompHead(&item, full);
     if (item.tooShort) return;
-    if (head.type == compSeq || inserts >= maxOfKind) return item.skipRest();
+    if (head.type == compSeq || !hasRoomForComp("inserts", size_t(inserts), maxOfKind, head.type))
+        return item.skipRest();
     ++inserts;
     insert = link(newStoredComp(host, head.type), output->inserts);
     insert->listKind = listInsert;
@@ -129,19 +154,20 @@ void CompReader::readInsert(ItemView& item, bool full) {
 
 void CompReader::compInPort(ItemView&) {
     CComp* c = io->comp;
-    if (hasRoom(c->inPorts, inPorts)) io->inPorts.push_back(link(new CInputPort(c), c->inPorts));
+    if (hasPortRoom(c->inPorts, inPorts))
+        io->inPorts.push_back(link(new CInputPort(c), c->inPorts));
 }
 
 void CompReader::compOutPort(ItemView&) {
     CComp* c = io->comp;
-    if (hasRoom(c->outPorts, outPorts))
+    if (hasPortRoom(c->outPorts, outPorts))
         io->outPorts.push_back(link(new COutputPort(c), c->outPorts));
 }
 
 void CompReader::compInput(ItemView& item) {
     CComp* c = io->comp;
     const int width = readWidth(item);
-    if (!hasRoom(c->inputs, inputs)) return;
+    if (!hasChannelRoom(c->inputs, inputs)) return;
     io->inputs.push_back(link(new CInputChannel(c), c->inputs));
     io->inputs.back()->channels = width;
 }
@@ -151,29 +177,29 @@ void CompReader::compOutput(ItemView& item) {
     const int width = readWidth(item);
     insert = nullptr;
     output = nullptr;
-    if (!hasRoom(c->outputs, outputs)) return;
+    if (!hasChannelRoom(c->outputs, outputs)) return;
     output = link(new COutputChannel(c), c->outputs);
     output->channels = width;
     io->outputs.push_back(output);
 }
 
 void CompReader::insertInPort(ItemView&) {
-    if (hasRoom(insert->inPorts, inPorts)) link(new CInputPort(insert), insert->inPorts);
+    if (hasPortRoom(insert->inPorts, inPorts)) link(new CInputPort(insert), insert->inPorts);
 }
 
 void CompReader::insertOutPort(ItemView&) {
-    if (hasRoom(insert->outPorts, outPorts)) link(new COutputPort(insert), insert->outPorts);
+    if (hasPortRoom(insert->outPorts, outPorts)) link(new COutputPort(insert), insert->outPorts);
 }
 
 void CompReader::insertInput(ItemView& item) {
     const int width = readWidth(item);
-    if (!hasRoom(insert->inputs, inputs)) return;
+    if (!hasChannelRoom(insert->inputs, inputs)) return;
     link(new CInputChannel(insert), insert->inputs)->channels = width;
 }
 
 void CompReader::insertOutput(ItemView& item) {
     const int width = readWidth(item);
-    if (!hasRoom(insert->outputs, outputs)) return;
+    if (!hasChannelRoom(insert->outputs, outputs)) return;
     link(new COutputChannel(insert), insert->outputs)->channels = width;
 }
 

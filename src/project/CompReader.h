@@ -26,7 +26,8 @@ public:
     std::vector<CStr> notLoaded; ///< names of plug-ins that this program has not got
 
 private:
-    enum Owner { ofNone, ofComp, ofOutput, ofInsert };
+    /// Strips stand at outputs, but for those of the host; sends at strips, but for those of buses.
+    enum Owner { ofNone, ofComp, ofStrip, ofSource, ofInsert };
     struct Kind {
         const char* id;
         Owner owner;

@@ -1,5 +1,6 @@
 #include "project/ProjectReader.h"
 
+#include "base/LoadBudget.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
@@ -27,6 +28,8 @@ namespace {
 constexpr unsigned updateLoaded = 0x308000; ///< delays, maps and pages are others
 constexpr float usualTempo = 120.0f;
 constexpr int magicBytes = 3;
+constexpr int64_t mostBytes = 192 << 20; ///< of objects, besides those of the file itself
+constexpr int smallBytes = 128;          ///< about what a page or a map takes
 constexpr int longestShownId = 64;
 constexpr int learnController = -2, highestController = 127;
 
@@ -37,7 +40,7 @@ struct BadProject : std::exception {};
 class Reading {
 public:
     Reading(const Project& p, CStream* s)
-        : project(p), host(p.host), stream(s), comps(host, index) {}
+        : project(p), host(p.host), stream(s), comps(host, index), budget(mostBytes + s->left()) {}
 
     void readItems();
     void finish();
@@ -58,7 +61,8 @@ private:
     CableReader cables{index};
     CStr id; ///< of the item at hand
     int size = 0;
-    bool boxShown = false, sawSamples2 = false;
+    LoadBudget budget;
+    bool sawSamples2 = false;
     int shownPercent = -1;
 
     bool readHead();
@@ -69,6 +73,7 @@ private:
     void showProgress();
     void fillDevices();
     void warnOfMissing() const;
+    void warnOfLeftOut() const;
 
     void tempo(ItemView& item);
     void loop(ItemView& item) { host->loop = item.readInt() ? 1 : 0; }
@@ -89,7 +94,7 @@ private:
     void ctrlRewind(ItemView& item) { controller(host->ctrlRewind, item); }
     void ctrlRecord(ItemView& item) { controller(host->ctrlRecord, item); }
     void ctrlTempo(ItemView& item) { controller(host->ctrlTempo, item); }
-    void mapProg(ItemView& item) { host->maps.add(readMapProg(item)); }
+    void mapProg(ItemView& item);
     void map(ItemView& item);
     void currentMap(ItemView& item) { host->curMap = item.readInt(); }
     void mapEditor(ItemView& item) { readEditorStruct(item, host->mapStruct); }
@@ -170,11 +175,10 @@ void Reading::dispatch(ItemView& item) {
 void Reading::complain() {
     const CStr text = CStr("Error reading block: '") + name() + "' (" + asStr(size) +
                       "). Trying to read rest of file...";
-    if (boxShown)
-        showStr(text);
-    else
+    if (LoadBudget::firstDamage())
         showMsg(nullptr, "Error", text);
-    boxShown = true;
+    else
+        showStr(text);
 }
 
 CStr Reading::name() const {
@@ -222,6 +226,7 @@ void Reading::samples(ItemView& item) {
 }
 
 void Reading::page(ItemView& item) {
+    if (!LoadBudget::take("pages", smallBytes)) return item.skipRest();
     std::vector<unsigned char> bytes(size_t(item.left()));
     item.read(bytes.data(), int(bytes.size()));
     project.ui->windows.pages.push_back(std::move(bytes));
@@ -235,9 +240,14 @@ void Reading::controller(Shared<int>& to, ItemView& item) {
     to = std::clamp(item.readInt(), learnController, highestController);
 }
 
+void Reading::mapProg(ItemView& item) {
+    if (!LoadBudget::take("controller maps", smallBytes)) return item.skipRest();
+    host->maps.add(readMapProg(item));
+}
+
 void Reading::map(ItemView& item) {
     auto* prog = static_cast<CMapProg*>(host->maps.last());
-    if (prog)
+    if (prog && LoadBudget::take("controller maps", smallBytes))
         readMap(item, prog, index);
     else
         item.skipRest();
@@ -262,6 +272,7 @@ void Reading::finish() {
     host->curMap = std::clamp(int(host->curMap), 0, host->maps.getCount() - 1);
     if (project.mixer->progs.empty()) project.mixer->init();
     warnOfMissing();
+    warnOfLeftOut();
 }
 
 void Reading::fillDevices() {
@@ -276,6 +287,12 @@ void Reading::warnOfMissing() const {
     CStr names;
     for (const CStr& missing : comps.notLoaded) names += names.empty() ? missing : ", " + missing;
     if (!names.empty()) showMsg(nullptr, "VST", CStr("Failed to open ") + names);
+}
+
+void Reading::warnOfLeftOut() const {
+    if (budget.leftOut().empty()) return;
+    showMsg(nullptr, "Error",
+            CStr("The project holds more than can be loaded. Left out: ") + budget.leftOut());
 }
 
 // Around the walk.

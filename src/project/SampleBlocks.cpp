@@ -1,6 +1,7 @@
 #include "project/SampleBlocks.h"
 
 #include "audiofiles/CSample.h"
+#include "base/LoadBudget.h"
 #include "base/Numbers.h"
 #include "base/OpenBlock.h"
 #include "base/Paths.h"

@@ -205,7 +205,7 @@ bool readPoints(SongReading& r, int size) {
     const int64_t at = r.in.getPos();
     if (!r.in.has(intBytes)) return false;
     const int slot = r.in.readInt();
-    if (!r.part || slot < 0 || slot >= maxSlots) {
+    if (!r.part || slot < 0 || slot >= maxSlots || !r.reserveSlots(r.part, slot + 1)) {
         r.in.setPos(at + size);
         return true;
     }

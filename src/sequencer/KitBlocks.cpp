@@ -1,6 +1,7 @@
 #include "sequencer/KitBlocks.h"
 
 #include "base/BlockView.h"
+#include "base/LoadBudget.h"
 #include "base/OpenBlock.h"
 #include "engine/CQV.h"
 #include "engine/CompBlocks.h"
@@ -20,6 +21,8 @@ namespace {
 
 constexpr int intBytes = 4;
 constexpr int eqBytes = 72;
+/// About what these take.
+constexpr int drumBytes = 40 << 10, insertBytes = 16 << 10, samplerBytes = 80 << 10;
 constexpr float oldScale = 1.0f; ///< semitones by which older files were tuned too low
 
 /// Whether a component may sit in a rack: no host, sequencer or device, nor what belongs to them.
@@ -196,8 +199,9 @@ void KitReader::giveClips() {
 
 std::unique_ptr<CSound> KitReader::newSound(int kind) {
     CLayer* drums = track ? track->drumLayer() : nullptr;
-    if (kind != typeWavSound || !drums || sounds == mostSounds) return nullptr;
-    if (drums->sounds.getCount() >= mostDrums) return nullptr;
+    if (kind != typeWavSound || !drums) return nullptr;
+    const size_t most = drums->sounds.getCount() < mostDrums ? mostSounds : 0;
+    if (!LoadBudget::take("drums", drumBytes, size_t(sounds), most)) return nullptr;
     return std::make_unique<CDrumSound>(drums, host, seq);
 }
 
@@ -213,11 +217,13 @@ void KitReader::keepSound(CSound* made) {
 
 void KitReader::readInsert(CStream* stream, int64_t end) {
     insert = nullptr;
-    if (!sound || inserts == mostInserts) return;
+    if (!sound) return;
     BufferedView body(stream, end);
     const CompHead head = readCompHead(&body, true);
     if (body.eof() && head.id.empty()) return;
     if (!canBeInsert(head.type)) return;
+    const int bytes = head.type == compSampler ? samplerBytes : insertBytes;
+    if (!LoadBudget::take("inserts", bytes, size_t(inserts), mostInserts)) return;
     insert = newStoredComp(host, head.type);
     applyHead(insert, head);
     insert->listKind = listInsert;
@@ -228,20 +234,26 @@ void KitReader::readInsert(CStream* stream, int64_t end) {
     inserts++;
 }
 
+/// Whether the latest insert may have one more channel; counts it then.
+bool KitReader::takeChannel() {
+    constexpr int about = 16 << 10;
+    if (!LoadBudget::take("channels", about, size_t(channelsMade), mostChannels)) return false;
+    channelsMade++;
+    return true;
+}
+
 void KitReader::addInput(int channels) {
-    if (!insert || channelsMade == mostChannels) return;
+    if (!insert || !takeChannel()) return;
     auto* made = new CInputChannel(insert);
     made->channels = asMinMax(channels, 1, 2);
     made->createBuffers(host->frames);
     insert->inputs.add(made);
-    channelsMade++;
 }
 
 void KitReader::addOutput(int channels) {
-    if (!insert || channelsMade == mostChannels) return;
+    if (!insert || !takeChannel()) return;
     auto* made = new COutputChannel(insert);
     made->channels = asMinMax(channels, 1, 2);
     made->createBuffers(host->frames);
     insert->outputs.add(made);
-    channelsMade++;
 }

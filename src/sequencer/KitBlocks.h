@@ -13,7 +13,7 @@ class KitReader : public SamplerContent {
 public:
     static constexpr int mostDrums = 256; ///< of a track: events name them by a byte
     /// Of one song, against files made of heads only.
-    static constexpr int mostSounds = 1024, mostInserts = 1024, mostChannels = 4096;
+    static constexpr int mostSounds = 4096, mostInserts = 4096, mostChannels = 4096;
 
     CTrack* track = nullptr;     ///< that the sounds which come go to
     CDrumSound* sound = nullptr; ///< the latest, null after one that was dropped
@@ -40,4 +40,6 @@ protected:
 private:
     CSeq* seq;
     int sounds = 0, inserts = 0, channelsMade = 0;
+
+    bool takeChannel();
 };

@@ -1,3 +1,4 @@
+#include "base/LoadBudget.h"
 #include "base/OpenBlock.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
@@ -13,6 +14,7 @@ constexpr int laneBytes = 14;       ///< of a lane behind its name
 constexpr int automationBytes = 37; ///< further ones of automation
 constexpr int extraBytes = 8;
 constexpr int noSlot = -1;
+constexpr int laneRoom = 384; ///< about what a lane takes
 
 void readAutomation(SongReading& r) {
     const int target = r.in.readByte();
@@ -33,7 +35,7 @@ bool readLane(SongReading& r, int) {
     const int kind = r.in.readInt(), param = r.in.readInt();
     const bool automation = kind == laneAutomation;
     if (automation && !r.in.has(automationBytes)) return false;
-    if (r.track) {
+    if (r.track && LoadBudget::take("lanes", laneRoom)) {
         r.lane = new CSubTrack(name, LaneKind(kind));
         r.lane->flags = unsigned(flags);
         r.lane->visible = (unsigned char)visible;

@@ -1,3 +1,4 @@
+#include "base/LoadBudget.h"
 #include "base/OpenBlock.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/FieldReading.h"
@@ -11,6 +12,7 @@
 namespace {
 
 constexpr int intBytes = 4;
+constexpr int partRoom = 512; ///< about what a part takes
 constexpr int partBytes = 27; ///< of a part without a name
 
 std::unique_ptr<CPart> newPart(int type) {
@@ -52,6 +54,7 @@ bool readPart(SongReading& r, int) {
     part->length = readTicks(r.in);
     part->flags = unsigned(r.in.readInt());
     if (!r.in.readText(part->id)) return false;
+    if (!LoadBudget::take("parts", partRoom)) return true;
     if (r.alone)
         keepFirst(r, std::move(part));
     else if (onTrack)

@@ -1,4 +1,5 @@
 #include "audiofiles/CSample.h"
+#include "base/LoadBudget.h"
 #include "base/OpenBlock.h"
 #include "base/Paths.h"
 #include "engine/CFreezeItem.h"
@@ -16,6 +17,7 @@
 namespace {
 
 constexpr int intBytes = 4;
+constexpr int progRoom = 1024, pointRoom = 384;     ///< about what these take
 constexpr int progBytes = 17;                       ///< of a program without a name
 constexpr int markerBytes = 32, timesigBytes = 32;  ///< of one behind its name
 constexpr int tempoBytes = 24, toldTempoBytes = 32; ///< what there is, and what is told
@@ -33,7 +35,7 @@ bool readProg(SongReading& r, int) {
     const int loop = readSwitch(r.in);
     const int left = readTicks(r.in), right = readTicks(r.in);
     if (!r.in.readText(name)) return false;
-    if (!r.hasRoom(0, 1)) return true;
+    if (!r.hasRoom("programs", 0, 1) || !LoadBudget::take("programs", progRoom)) return true;
     r.prog = r.seq->addProgram(name);
     r.prog->pos = double(pos);
     r.prog->prevPos = double(pos);
@@ -68,7 +70,7 @@ void readPlace(SongReading& r, CPart* point) {
 
 /// Takes a point into a list of the latest program.
 void addPoint(SongReading& r, CList CSeqProg::*list, std::unique_ptr<CPart> point) {
-    if (r.prog) (r.prog->*list).add(point.release());
+    if (r.prog && LoadBudget::take("markers", pointRoom)) (r.prog->*list).add(point.release());
 }
 
 bool readMarker(SongReading& r, int) {

@@ -1,3 +1,4 @@
+#include "base/LoadBudget.h"
 #include "base/Numbers.h"
 #include "base/OpenBlock.h"
 #include "engine/CQV.h"
@@ -120,17 +121,30 @@ CSample* SongReading::sampleAt(int index) const {
 }
 
 CSongTrack* SongReading::addSongTrack() {
+    constexpr int room = 6 << 10; // about what one takes
     CTrack* next = prog ? at(tracks, prog->tracks.getCount()) : nullptr;
     if (!next) return nullptr;
+    LoadBudget::spend(room); // there is one for each track, so that all lists stay parallel
     auto* made = new CSongTrack(prog, next);
     prog->tracks.add(made);
     return made;
 }
 
-bool SongReading::hasRoom(size_t moreTracks, size_t morePrograms) const {
+bool SongReading::hasRoom(const char* kind, size_t moreTracks, size_t morePrograms) const {
     const size_t wanted = tracks.size() + moreTracks;
     const size_t programs = size_t(seq->progs.getCount()) + morePrograms;
-    return wanted <= mostTracks && programs <= mostPrograms && wanted * programs <= mostSongTracks;
+    if (wanted <= mostTracks && programs <= mostPrograms && wanted * programs <= mostSongTracks)
+        return true;
+    LoadBudget::leaveOut(kind);
+    return false;
+}
+
+bool SongReading::reserveSlots(CPart* into, int slots) const {
+    constexpr int slotRoom = 136; // about, with its play pointer
+    const int more = slots - into->reservedSlots();
+    if (more > 0 && !LoadBudget::take("automation", int64_t(more) * slotRoom)) return false;
+    into->reserveSlots(slots);
+    return true;
 }
 
 void SongReading::finish() {
@@ -173,7 +187,7 @@ void SongReading::makeRoom() {
     for (auto* program : each<CSeqProg>(seq->progs)) {
         size_t i = 0;
         for (auto* t : each<CSongTrack>(program->tracks)) {
-            for (auto* p : each<CPart>(t->parts)) p->reserveSlots(slots[i]);
+            for (auto* p : each<CPart>(t->parts)) reserveSlots(p, slots[i]);
             i++;
         }
     }

@@ -63,8 +63,10 @@ public:
     /// Adds the song track of the next track to the latest program, null when there is none left.
     CSongTrack* addSongTrack();
     CSample* sampleAt(int index) const;
-    /// Whether so many more tracks or programs are within what a song may hold.
-    bool hasRoom(size_t moreTracks, size_t morePrograms) const;
+    /// Whether so many more tracks or programs, called `kind`, are within what a song may hold.
+    bool hasRoom(const char* kind, size_t moreTracks, size_t morePrograms) const;
+    /// Gives a part slots for automation; false when there is no room for them.
+    bool reserveSlots(CPart* into, int slots) const;
 
 private:
     bool readBlock(const CStr& name, int size);

@@ -1,3 +1,4 @@
+#include "base/LoadBudget.h"
 #include "base/OpenBlock.h"
 #include "engine/CQV.h"
 #include "instruments/CArp.h"
@@ -18,6 +19,8 @@ constexpr int grooveBytes = 28;
 constexpr unsigned busyBit = 16; ///< once a state of processing
 constexpr int fullPercent = 100;
 constexpr int defaultRow = 8;
+constexpr int trackRoom = 64 << 10; ///< about what a track takes, with its arpeggiator
+constexpr int sourceRoom = 128;
 constexpr int swingLimit = 1; ///< of a step, in steps
 
 void readView(CStream& s, CTrack* track) {
@@ -33,7 +36,8 @@ bool readTrack(SongReading& r, int) {
     CStr name;
     if (!r.in.readText(name) || !r.in.has(trackBytes - 3 * intBytes)) return false;
     r.lane = nullptr;
-    r.track = r.kit.openTrack(r.hasRoom(1, 0) ? new CTrack(r.seq->host, r.seq, kind) : nullptr);
+    const bool room = r.hasRoom("tracks", 1, 0) && LoadBudget::take("tracks", trackRoom);
+    r.track = r.kit.openTrack(room ? new CTrack(r.seq->host, r.seq, kind) : nullptr);
     if (!r.track) {
         r.skip(trackBytes - 3 * intBytes);
         return true;
@@ -116,7 +120,8 @@ bool readArp(SongReading& r, int size) {
 bool readSource(SongReading& r, int) {
     if (!r.in.has(intBytes)) return false;
     const int index = r.in.readInt();
-    if (r.track && index >= 0) r.links->sources.push_back({r.track, index});
+    if (r.track && index >= 0 && LoadBudget::take("cables", sourceRoom))
+        r.links->sources.push_back({r.track, index});
     return true;
 }
 
