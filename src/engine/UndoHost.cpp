@@ -283,6 +283,8 @@ void UndoHost::relocate(CUndoItem* item, Op op) {
     CList* to = forward ? item->addTo : item->removeFrom;
     const int old = from->indexed(item->object);
     if (old < 0) return;
+    // Channels have no level for one bus more: it stays where it is.
+    if (to == &qv->sends && from != to && to->getCount() >= maxSends) return;
     if (from == to) {
         // The user's index counts with the object in the list, a stored one without it.
         const int target = item->index - (op == opDone && item->index > old ? 1 : 0);
