@@ -66,6 +66,20 @@ struct ProjectFixture {
     }
 };
 
+/// Makes a stereo WAV file with a falling tone.
+inline void writeWav(const CStr& path, int frames) {
+    CSample file;
+    file.setFormat(44100, 16, 2);
+    file.create(path);
+    file.writeHeader();
+    std::vector<float> tone(size_t(frames), 0.0f);
+    for (int i = 0; i < frames; ++i)
+        tone[size_t(i)] = 0.5f * std::sin(float(i) * 0.05f) * float(frames - i) / float(frames);
+    file.writeFrames(frames, tone.data(), tone.data());
+    file.writeHeader();
+    file.close();
+}
+
 /// The format of project files by its tables alone, as text that is put together.
 namespace qvf {
 

@@ -1,6 +1,7 @@
 #include "project/ProjectFixture.h"
 
 #include "common/fx/CEQ.h"
+#include "engine/CGroupCh.h"
 #include "engine/CompBlocks.h"
 #include "instruments/CSampler.h"
 
@@ -234,31 +235,67 @@ TEST(ProjectReader, WhatIsNoProjectLeavesTheOneThatIsOpen) {
     EXPECT_EQ(shown, std::vector<std::string>{});
 }
 
-/// Every beginning of a good file either loads or leaves an empty project that works.
-TEST(ProjectReader, EveryCutIsSurvived) {
-    ProjectFixture f;
-    const std::string whole =
-        file(audioOut + group + item("sends", number(1) + real(1)) + comp("insert2", 7, 4, "R") +
-             item("aini", number(2)) + item("aouti", number(2)) + comp("comp2", 3, 1, "S", "junk") +
-             item("aout", number(2)) + comp("comp2", 4, 1, "Seq", text("track") + number(9)) +
-             item("ain", number(2)) + item("aout", number(2)) + cable("ac", 0, 3, 0, 0, 0, 0));
-    for (size_t n = 7; n < whole.size(); n += 3) {
-        if (f.load(whole.substr(0, n)) == LoadResult::abandoned) f.expectEmptyProject();
+/// What a file has beyond a limit is left out, which is told once.
+TEST(ProjectReader, LimitsHoldAndAreTold) {
+    const auto times = [](int count, const std::string& one) {
+        std::string all;
+        for (int i = 0; i < count; ++i) all += one;
+        return all;
+    };
+    const std::string out = item("aout", number(2)), bus = comp("comp2", 9, 3, "B");
+    const std::string track = item("track", numbers({2, 0}) + text("") + numbers({1, 1, 0, -1}) +
+                                                bytes({0, 0, 0, 2}) + numbers({8, 0, 0}));
+    const std::string part = item("part", bytes({2, 1, 1}) + numbers({-1, 0, 0, 9, 0}) + text(""));
+    const std::string point =
+        item("amevents", numbers({63, 1, 0}) + bytes({0}) + real(0) + real(0) + bytes({0}));
+    const std::string parts = track +
+                              item("prog", real(0) + bytes({0}) + numbers({0, 0}) + text("")) +
+                              item("ptrack", bytes({0})) + times(22000, part + point);
+    std::string cables;
+    for (int i = 0; i < 40 * 62; ++i)
+        for (const int to : {0, 1}) cables += cable("ac", 0, i / 62 + 1, i % 62, 0, to, 0);
+    const struct {
+        const char* what;
+        std::string items, leftOut;
+    } cases[] = {
+        {"of a component", group + times(400, out + item("min")), "channels, ports"},
+        {"in all", times(17, group + times(255, out)), "channels"},
+        {"buses", times(33, bus + out + item("ain", number(2))) + cable("ac", 2, 32, 0, 0, 0, 0),
+         "sends"},
+        {"components", times(1025, comp("comp2", 0, 1, "C")), "components"},
+        {"cables", times(40, group + times(61, out)) + cables, "cables"},
+        {"programs of instruments", times(64, comp("comp2", 3, 1, "S", times(200, item("prog")))),
+         "programs, components"},
+        {"tracks of songs", times(5, comp("comp2", 4, 1, "T", times(1024, track))),
+         "tracks, components"},
+        {"automation", comp("comp2", 4, 1, "P", parts), "automation"},
+    };
+    for (const auto& c : cases) {
+        ProjectFixture f;
+        ASSERT_EQ(f.load(file(audioOut + c.items)), LoadResult::good) << c.what;
+        EXPECT_EQ(shown, std::vector<std::string>{"Error: The project holds more than can be "
+                                                  "loaded. Left out: " +
+                                                  c.leftOut})
+            << c.what;
+        EXPECT_LE(f.host->sends.getCount(), 32);
+        EXPECT_LE(f.host->comps.getCount(), 1024);
+        EXPECT_LE(f.comp(1) ? f.comp(1)->outputs.getCount() : 0, 255) << c.what;
         f.device.run();
     }
 }
 
-/// A few kilobytes must not become thousands of channels.
-TEST(ProjectReader, LimitsHoldAgainstHeadsWithoutContent) {
+/// No step brings a bus more than channels have levels for.
+TEST(ProjectReader, StepsKeepTheNumberOfBuses) {
     ProjectFixture f;
-    std::string items = group;
-    for (int i = 0; i < 400; ++i) items += item("aout", number(2)) + item("min");
-    for (int i = 0; i < 40; ++i) items += comp("comp2", 9, 3, "B");
-    for (int i = 0; i < 1100; ++i) items += comp("comp2", 0, 1, "C");
-    ASSERT_EQ(f.load(file(items)), LoadResult::good);
-    EXPECT_EQ(f.comp(0)->outputs.getCount(), 255);
-    EXPECT_EQ(f.comp(0)->inPorts.getCount(), 255);
-    EXPECT_EQ(f.host->sends.getCount(), 32);
-    EXPECT_EQ(f.host->comps.getCount(), 1024);
-    f.device.run();
+    for (int i = 0; i < maxSends; ++i) f.host->addSendClicked();
+    CUndo* step = f.host->undoStart("Add", nullptr, 0);
+    step->asAdd(new CGroupCh(f.host), &f.host->sends);
+    f.host->undoEnd(step, true);
+    EXPECT_EQ(f.host->sends.getCount(), maxSends);
+    for (int i = 0; i < 2; ++i) f.host->undoClicked();
+    f.host->settle();
+    EXPECT_EQ(f.host->sends.getCount(), maxSends - 1);
+    for (int i = 0; i < 2; ++i) f.host->redoClicked();
+    f.host->settle();
+    EXPECT_EQ(f.host->sends.getCount(), maxSends);
 }

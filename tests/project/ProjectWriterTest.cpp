@@ -1,11 +1,22 @@
 #include "project/ProjectFixture.h"
+#include "project/QvText.h"
 
+#include "base/Paths.h"
 #include "base/Random.h"
 #include "effects/CEffect.h"
+#include "engine/CFreezeItem.h"
 #include "engine/CGroupCh.h"
 #include "engine/MidiComps.h"
 #include "instruments/CArp.h"
+#include "instruments/CDrumSound.h"
 #include "instruments/CSampler.h"
+#include "sequencer/CEditorComp.h"
+#include "sequencer/CSubTrack.h"
+#include "sequencer/Points.h"
+
+#include <filesystem>
+#include <set>
+#include <sstream>
 
 namespace {
 
@@ -37,8 +48,149 @@ CMap* mapOf(CObject* target, COutputChannel* owner, CComp* comp, int cc) {
     return map;
 }
 
-/// A project with every kind of component, cables of both kinds, strips, inserts, sends and maps.
-void build(ProjectFixture& f) {
+CEffect* newRack(CQV* host, float wet) {
+    auto* rack = new CEffect(host);
+    rack->init();
+    rack->addChorus();
+    rack->wet = wet;
+    rack->createBuffers(host->frames);
+    rack->listKind = listInsert;
+    return rack;
+}
+
+void addInsert(COutputChannel* ch, CEffect* rack) {
+    rack->ownerChannel = ch;
+    rack->outPorts.add(new COutputPort(rack));
+    ch->inserts.add(rack);
+}
+
+template <class T>
+T* at(const CList& list, int index) {
+    return static_cast<T*>(list.items(index));
+}
+
+/// A lane for each thing that automation can move, with points for the first.
+void addLanes(CQV* host, CTrack* track, CComp* comp, CPart* part) {
+    COutputChannel* ch = comp->output();
+    auto* bus = at<CComp>(host->sends, 1);
+    for (CObject* target : std::initializer_list<CObject*>{
+             track->output(), comp, bus, ch, bus->output(), ch->sendLevels[1],
+             at<CComp>(ch->inserts, 0), track->output()->sendLevels[0], host, nullptr}) {
+        auto* lane = new CSubTrack("Lane", laneAutomation);
+        lane->object = target;
+        track->addLane(lane, nullptr);
+    }
+    const int slot = at<CSubTrack>(track->subTracks, 0)->slot;
+    for (const float v : {0.2f, 0.9f})
+        part->addEventParam(int(v * 1000), createEnvEvent(nullptr, v), slot);
+}
+
+CPart* notes() {
+    auto* part = new CMIDIPart;
+    for (const int key : {0, 5, 9}) {
+        CMIDIEvent* event = createMIDIEvent();
+        event->data = noteC + (key << 8);
+        part->addEvent(key * 40, event);
+    }
+    return part;
+}
+
+CPart* clips(CQV* host) {
+    auto* part = new CAudioPart;
+    part->multiclip = 1;
+    for (int i = 0; i < host->samples.getCount(); i++) {
+        CAudioEvent* event = createAudioEvent();
+        event->sample = at<CSample>(host->samples, i);
+        event->mode = (unsigned char)(i % 2);
+        event->end = std::max(0, event->sample->frames - 1);
+        event->fadeInMs = float(i);
+        part->addEvent(i * 200, event);
+    }
+    return part;
+}
+
+void freeze(CSeq* seq, CSongTrack* t) {
+    auto sample = std::make_unique<CSample>();
+    sample->streamed = 1;
+    ASSERT_TRUE(sample->open(addSep(seq->host->expectedAudioFolder()) + "frozen.wav"));
+    auto* item = new CFreezeItem;
+    item->setSample(sample.release());
+    item->comp = seq;
+    item->channel = t->track->output();
+    item->songTrack = t;
+    t->freezeItems.add(item);
+}
+
+void addPoints(CSeqProg* prog) {
+    for (const int tick : {0, 3840}) {
+        auto* tempo = new CTempoPart;
+        auto* signature = new CTimesigPart;
+        auto* marker = new CMarkerPart;
+        tempo->setTempo(tick ? 180.0f : 93.0f);
+        signature->setTimesig(tick ? 7 : 3, 8);
+        for (CPart* point : {static_cast<CPart*>(tempo), static_cast<CPart*>(signature),
+                             static_cast<CPart*>(marker)}) {
+            point->pos = tick;
+            point->length = 3840;
+        }
+        prog->addTempo(tempo, nullptr);
+        prog->addTimesig(signature, nullptr);
+        prog->addMarker(marker, nullptr);
+    }
+}
+
+/// Fills the song: a folder, notes with a ghost, audio with lanes, a kit with an insert, a frozen
+/// track, two programs, points.
+void fill(CSeq* seq, CComp* automated) {
+    CQV* host = seq->host;
+    CSeqProg* prog = seq->getProg();
+    const auto track = [prog](int index) { return at<CSongTrack>(prog->tracks, index); };
+    track(0)->track->folder = track(2)->track;
+    CPart* first = track(0)->addPart(notes(), nullptr);
+    CUndo* step = host->undoStart("Ghost", seq, undoSongChanged);
+    CPart* ghost = seq->makeGhost(first, step);
+    ghost->pos = 3840;
+    track(0)->addPart(ghost, step);
+    host->undoEnd(step, true);
+    CPart* audio = track(1)->addPart(clips(host), nullptr);
+    addLanes(host, track(1)->track, automated, audio);
+    seq->addStandardKit(track(3)->track);
+    CEffect* rack = newRack(host, 0.5f);
+    addInsert(track(3)->track->drumSound(1)->output.get(), rack);
+    auto* hits = new CDrumPart;
+    for (const int sound : {0, 1}) {
+        CDrumEvent* event = createDrumEvent();
+        event->sound = sound;
+        event->velocity = 0.5f;
+        hits->addEvent(sound * 300, event);
+    }
+    track(3)->addPart(hits, nullptr);
+    if (auto* cable = createMIDICable(track(3)->track, track(0)->track->outPort(), nullptr))
+        track(3)->track->midiCables.add(cable);
+    freeze(seq, track(4));
+    addPoints(prog);
+    seq->progs.add(seq->createProgram());
+    seq->editorComp->setPart(audio);
+}
+
+/// A folder for a project, with a file of its own and a frozen one, and a file elsewhere.
+struct ProjectFolder {
+    TempFolder inside, outside;
+
+    ProjectFolder() {
+        std::filesystem::create_directory(inside.file("song_audio").asChar());
+        for (const char* name : {"song_audio/own.wav", "song_audio/frozen.wav"})
+            writeWav(inside.file(name), 3000);
+        writeWav(outside.file("loop.wav"), 9000);
+    }
+    void enter(CQV* host) const {
+        host->projectFile = inside.file("song.qv");
+        host->audioFolder = "song_audio";
+    }
+};
+
+/// A project with all that there can be.
+void build(ProjectFixture& f, const ProjectFolder& folder) {
     CQV* host = f.host;
     TestHost& d = f.device;
     auto* arp = d.add(new CArp(host));
@@ -55,6 +207,11 @@ void build(ProjectFixture& f) {
     host->settle();
 
     d.connectMIDI(d.midiIn, arp);
+    d.connectMIDI(seq, sampler);
+    for (const auto* out : each<COutputChannel>(seq->outputs)) {
+        GraphHold hold(host);
+        d.out->addAudioCable(const_cast<COutputChannel*>(out), nullptr);
+    }
     d.connectMIDI(arp, sampler);
     d.connect(sampler, group);
     d.connect(group, rack);
@@ -71,16 +228,7 @@ void build(ProjectFixture& f) {
     ch->setEqGain(1, 6.0f);
     ch->sendLevels[0]->level = 0.6f;
     ch->sendLevels[1]->level = 0.4f;
-    for (const float wet : {0.5f, 1.0f}) {
-        auto* insert = new CEffect(host);
-        insert->init();
-        insert->addChorus();
-        insert->wet = wet;
-        insert->createBuffers(host->frames);
-        insert->listKind = listInsert;
-        insert->ownerChannel = ch;
-        ch->inserts.add(insert);
-    }
+    for (const float wet : {0.5f, 1.0f}) addInsert(ch, newRack(host, wet));
     seq->output(2)->mute = 1;
     seq->output(1)->setEqFrequency(2, 500.0f);
 
@@ -93,22 +241,31 @@ void build(ProjectFixture& f) {
     maps->items.add(mapOf(nullptr, nullptr, nullptr, 5));
     host->samples.add(toneInMemory());
     host->samples.add(missingFile());
+    folder.enter(host);
+    for (const CStr& file :
+         {folder.inside.file("song_audio/own.wav"), folder.outside.file("loop.wav")})
+        EXPECT_TRUE(host->addSample(file, 1));
+    fill(seq, sampler);
     host->setTempo(93.0f);
     host->ctrlStart = 17;
     host->loop = 0;
     group->hideChs = 1;
     group->editorStruct.left = 33;
-    f.ui.windows.pages.push_back({1, 2, 3});
+    const std::string page = qvf::text("Mixer") + qvf::numbers({0, 0});
+    f.ui.windows.pages.emplace_back(page.begin(), page.end());
     f.device.run(1);
 }
 
-/// What the project plays from a fresh start, with a chord from outside.
+/// What the project plays from its start, with a chord from outside.
 std::vector<float> play(ProjectFixture& f) {
     seedRand(1);
+    f.host->setPos(0);
+    f.host->start();
     f.device.forget();
     f.device.run(2);
     for (const int key : {0, 4, 7}) f.device.send(noteC + (key << 8));
     f.device.run(60);
+    f.host->stop();
     return f.device.left;
 }
 
@@ -118,17 +275,24 @@ std::vector<float> play(ProjectFixture& f) {
 TEST(ProjectWriter, AProjectComesBackAsItWas) {
     std::string first, second;
     std::vector<float> before, after;
+    const ProjectFolder folder;
     {
         ProjectFixture f;
-        build(f);
+        build(f, folder);
         first = f.save();
         before = play(f);
     }
+    std::istringstream lines(toText(first));
+    std::set<std::string> items;
+    for (std::string line, item; std::getline(lines, line); items.insert(item))
+        std::istringstream(line) >> item;
+    for (const std::string& item : itemNames()) EXPECT_TRUE(items.count(item)) << item;
     ProjectFixture f;
+    folder.enter(f.host);
     ASSERT_EQ(f.load(first), LoadResult::good);
     EXPECT_EQ(shown, std::vector<std::string>{});
     second = f.save();
-    EXPECT_TRUE(first == second) << first.size() << " and " << second.size() << " bytes";
+    EXPECT_TRUE(first == second) << toText(second);
     const auto* maps = static_cast<CMapProg*>(f.host->maps.first());
     EXPECT_EQ(maps->items.getCount(), 4) << "all that have a target";
 
@@ -144,10 +308,11 @@ TEST(ProjectWriter, AProjectComesBackAsItWas) {
 /// The tracks of a song take their channels by position, whatever the file has of them.
 TEST(ProjectWriter, TracksGetTheirChannelsByPosition) {
     using namespace qvf;
+    const ProjectFolder folder;
     std::string bytes;
     {
         ProjectFixture f;
-        build(f);
+        build(f, folder);
         bytes = f.save();
     }
     const auto change = [&bytes](const std::string& from, const std::string& to) {
@@ -171,6 +336,7 @@ TEST(ProjectWriter, TracksGetTheirChannelsByPosition) {
     };
     for (const auto& c : cases) {
         ProjectFixture f;
+        folder.enter(f.host);
         ASSERT_EQ(f.load(c.bytes), LoadResult::good) << c.what;
         auto* seq = static_cast<CSeq*>(f.host->firstOfType(compSeq));
         ASSERT_TRUE(seq && seq->tracks.getCount() == 6) << c.what;

@@ -172,14 +172,7 @@ TEST(Saving, AudioGoesAlongIntoAnotherFolder) {
     ProjectFixture f;
     TempFolder from, to;
     const CStr outside = from.file("loop.wav");
-    auto* loop = new CSample;
-    loop->create(outside);
-    loop->writeHeader();
-    const float silence[64] = {};
-    loop->writeFrames(64, silence, silence);
-    loop->writeHeader();
-    loop->close();
-    delete loop;
+    writeWav(outside, 64);
     ASSERT_TRUE(f.host->addSample(outside, 1));
     ASSERT_TRUE(saveProjectAs(f.project, to.file("song.qv")));
     EXPECT_EQ(f.host->audioFolder, "song_audio");
