@@ -507,6 +507,12 @@ TEST_F(EventTest, DragsAreDroppedWhereSomebodyTakesThem) {
     EXPECT_EQ(ends, 1);
     EXPECT_EQ(app->dragList, nullptr);
     EXPECT_EQ(app->dragCtrl, nullptr);
+    point(50, 40);
+    act({"mousedown", "1", "mousemove_relative", "20", "0"});
+    win->hide(); // its release will never come
+    EXPECT_EQ(ends, 2);
+    EXPECT_EQ(app->dragCtrl, nullptr);
+    act({"mouseup", "1"});
 }
 
 TEST_F(EventTest, ErrorsOfTheServerAreOnlyNoted) {

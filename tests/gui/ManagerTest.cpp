@@ -172,7 +172,7 @@ TEST_P(ManagerTest, WindowsAreMaximizedAndRestored) {
     EXPECT_TRUE(pumpUntil([&] { return !win->isViewable(); }));
     EXPECT_EQ(runCommand({"wmctrl", "-a", "Managed"}), 0);
     EXPECT_TRUE(getsFocus(win.get()));
-    EXPECT_FALSE(win->hasStyle(winMinimized));
+    EXPECT_TRUE(pumpUntil([&] { return !win->hasStyle(winMinimized); }));
     EXPECT_EQ(runCommand({"wmctrl", "-c", "Managed"}), 0);
     EXPECT_TRUE(pumpUntil([&] { return !win->visible; }));
 }
