@@ -18,7 +18,7 @@
 
 // Painting, until the server has carried it out: texts by themselves, and a window of 960 x 640
 // full of texts and controls. Smooth text is beside the server's font, and the scale beside 100
-// percent. Needs a display: xvfb-run -a -s "-screen 0 3000x2000x24" paint_bench
+// percent. Needs a display: xvfb-run -a -s "-noreset -screen 0 3000x2000x24" paint_bench
 
 namespace {
 
