@@ -235,6 +235,7 @@ void CApp::motion(CWin* win, const XEvent& event) {
 }
 
 void CApp::keyEvent(CWin* win, const XEvent& event) {
+    if (CWin* owner = getMDIOwner(win)) win = owner;
     if (win->hasStyle(winPages) && win->parent) win = static_cast<CWin*>(win->parent);
     int key, mods;
     if (!translateKey(event, key, mods) || (key == 0 && mods == 0)) return;
@@ -253,6 +254,10 @@ bool CApp::secondPress(const XEvent& event) const {
 
 void CApp::press(CWin* win, const XEvent& event) {
     const XButtonEvent& button = event.xbutton;
+    if (CWin* owner = getMDIOwner(win)) {
+        win->raise(false);
+        owner->setKeyCtrl(nullptr);
+    }
     if (button.button >= Button4) {
         wheel(win, event);
         return;
@@ -303,6 +308,7 @@ void CApp::expose(CWin* win, const XEvent& event) {
 }
 
 void CApp::nextWin(CWin* from, int) {
+    if (CWin* owner = getMDIOwner(from)) from = owner;
     const int count = windows.getCount(), at = windows.indexed(from);
     if (count < 2 || at < 0) return;
     static_cast<CWin*>(windows.items((at + 1) % count))->setFocus(true);
@@ -402,10 +408,11 @@ void CApp::drawNow(CWin* win, CCtrl* ctrl) {
 }
 
 void CApp::redrawAll() {
-    for (CWin* win : each<CWin>(windows)) {
+    const auto redraw = [](const auto& self, CWin* win) -> void {
         win->redraw();
-        for (CWin* child : each<CWin>(win->children)) child->redraw();
-    }
+        for (CWin* child : each<CWin>(win->children)) self(self, child);
+    };
+    for (CWin* win : each<CWin>(windows)) redraw(redraw, win);
 }
 
 void CApp::deleteLater(CCtrl* ctrl) {

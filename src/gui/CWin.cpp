@@ -8,6 +8,7 @@
 #include "gui/XConnection.h"
 #include "gui/Xdnd.h"
 #include "gui/controls/CButton.h"
+#include "gui/controls/CMDI.h"
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
@@ -53,6 +54,7 @@ CWin::~CWin() {
     CWin::hide();
     deleteAll<CCtrl>(controls);
     releaseChildren();
+    if (CMDI* area = pageArea()) area->pageGone(this);
     if (parent && hasStyle(winChild)) static_cast<CWin*>(parent)->children.remove(this);
     app->removeWindow(handle, this);
     app->forget(this);
@@ -186,9 +188,12 @@ void CWin::addToolbar(CGroup* strip) {
 }
 
 void CWin::updateClient() {
-    const int border = hasStyle(winNoBorder) ? 0 : borderSize;
+    const bool bare = isPage() && hasStyle(winMaximized);
+    const int border = bare || hasStyle(winNoBorder) ? 0 : borderSize;
     int y = border;
-    if (captionGroup) y += captionGroup->height + captionGap;
+    if (captionGroup) captionGroup->visible = !bare;
+    if (menu) menu->visible = !bare;
+    if (captionGroup && !bare) y += captionGroup->height + captionGap;
     for (CGroup* bar : {menu, toolbar}) {
         if (!bar || !bar->visible) continue;
         bar->left = border;
@@ -241,7 +246,7 @@ void CWin::paintBackground(CGraphic* g, CRect rect) {
 }
 
 void CWin::drawCaption(CObject*, CGraphic* g, CRect rect) {
-    const bool lit = hasFocus();
+    const bool lit = takesKeys();
     if (lit) drawGuiItem(g, rect, &clCaption);
     int textLeft0 = captionTextLeft;
     if (onIconPaint) {
@@ -342,6 +347,11 @@ bool CWin::isViewable() const {
 }
 
 void CWin::setFocus(bool on) {
+    if (isPage()) {
+        if (CWin* owner = getMDIOwner(this)) owner->setKeyCtrl(nullptr);
+        if (on) raise(false);
+        return;
+    }
     Display* display = liveDisplay();
     if (on && display && app->lastWin != this && !hasFocus() && isViewable()) {
         XSetInputFocus(display, handle, RevertToNone, CurrentTime);
@@ -354,6 +364,7 @@ void CWin::setFocus(bool on) {
         mouseCtrl = nullptr;
         if (pushed) pushed->redraw();
     }
+    if (mdi) mdi->ownerFocus(on);
     redraw();
 }
 

@@ -5,6 +5,8 @@
 #include <memory>
 
 class CApp;
+class CMDI;
+class CPopup;
 union _XEvent;
 
 /// Bits of `CWin::style`.
@@ -63,7 +65,8 @@ public:
     int style;                           ///< WinStyle
     std::unique_ptr<CGraphic> graphic;
     CApp* app;
-    CList children;                  ///< windows inside this one by style `winChild`; not owned
+    CMDI* mdi = nullptr; ///< pages inside this window, which get its keys first; null without any
+    CList children;      ///< windows inside this one by style `winChild`; not owned
     COnKey* onAccelerator = nullptr; ///< owned
 
     /// `owner` is null or outlives the window; it is the `parent`. The title is the name. Position
@@ -124,6 +127,18 @@ public:
     void bringToFront() { raise(false); }
     void dropAt(int x, int y, int btn); ///< gives `CApp::dragList` to who takes it there
     bool isViewable() const;
+
+    bool isPage() const;    ///< lies in the area of pages of another window
+    CMDI* pageArea() const; ///< that area; null for no page
+    /// Whether the keys of the user come here: of a page, when it is in front and its owner has the
+    /// focus.
+    bool takesKeys();
+    CCtrl* keyTarget() const;  ///< what has the key focus here, or on the page in front; or null
+    void moveInto(CMDI* area); ///< becomes a page, at its present place and size
+    void moveOut(CWin* owner, CRect place); ///< no page any more; left, top, width, height
+    void setMapped(bool on);                ///< of a page whose area shows others instead
+    void fillOwner();                       ///< of a maximized page: as large as its area
+    void fillCaptionMenu(CPopup* popup);    ///< what the right button offers on the caption
     /// The window at a point of the screen: this one, or the innermost of ours inside it.
     CWin* innermostAt(CPoint screen);
     /// Whether a press on that X window passes while this one is modal.
@@ -159,3 +174,5 @@ private:
 
     int shownCursor = 1;
 };
+
+CWin* getMDIOwner(const CWin* win); ///< the window around the area of a page; null for no page

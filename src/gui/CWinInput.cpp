@@ -4,6 +4,7 @@
 #include "gui/CApp.h"
 #include "gui/Keys.h"
 #include "gui/XConnection.h"
+#include "gui/controls/CMDI.h"
 #include "gui/controls/CPopup.h"
 
 #include <X11/Xlib.h>
@@ -145,16 +146,23 @@ void CWin::captionMouseUp(CObject*, int, int, int btn) {
     if (!(btn & modRight)) return;
     auto* popup = new CPopup(app, this);
     popup->autoDelete = true;
+    fillCaptionMenu(popup);
+    const CPoint at = mousePos();
+    popup->popup(at.x, at.y);
+}
+
+void CWin::fillCaptionMenu(CPopup* popup) {
     const auto add = [&](const char* text, int entryTag) {
         CCtrl* entry = popup->add(text, new _COnChange<CWin>(this, &CWin::captionMenu));
         entry->tag = entryTag;
         entry->data = this;
     };
     if (hasStyle(winSizable)) add(hasStyle(winMaximized) ? "Restore" : "Maximize", tagSize);
+    auto* owner = static_cast<CWin*>(parent);
+    CMDI* area = isPage() || !owner ? pageArea() : owner->mdi;
+    if (hasStyle(winDockable) && area) area->addDockMenu(popup, this);
     popup->addSeparator();
     add("Close", tagClose);
-    const CPoint at = mousePos();
-    popup->popup(at.x, at.y);
 }
 
 void CWin::captionMenu(CObject* sender) {
@@ -228,6 +236,7 @@ void CWin::mouseUp(int x, int y, int btn) {
         const CPoint at = controlPos(pushed);
         pushed->mouseUp(x - at.x, y - at.y, btn);
     }
+    if (sizeMode && isPage()) pageArea()->changed();
     sizeMode = zoneNone;
     if (app->dragCtrl) app->drop(btn);
     // The pointer may have left while the press held it.
@@ -274,13 +283,14 @@ bool CWin::offerKey(int key, int mods) {
         hide();
         return true;
     }
-    if (keyCtrl && (hasStyle(winPopup) || hasFocus()) && keyCtrl->keyDown(key, mods)) return true;
+    if (keyCtrl && takesKeys() && keyCtrl->keyDown(key, mods)) return true;
+    if (mdi && hasFocus() && mdi->keyDown(key, mods)) return true;
     return onKeyDown && (*onKeyDown)(this, key, mods);
 }
 
 bool CWin::ownKey(int key, int mods) {
     constexpr int keyF11 = keyF1 - 10;
-    if (key == keyEscape && hasStyle(winEscape) && (hasStyle(winPopup) || hasFocus())) {
+    if (key == keyEscape && hasStyle(winEscape) && takesKeys()) {
         hide();
         return true;
     }
@@ -295,6 +305,7 @@ bool CWin::ownKey(int key, int mods) {
 }
 
 bool CWin::keyUp(int key, int mods) {
+    if (mdi && mdi->keyUp(key, mods)) return true;
     return onKeyUp && (*onKeyUp)(this, key, mods);
 }
 
@@ -315,6 +326,7 @@ void CWin::setKeyCtrl(CCtrl* ctrl) {
     CCtrl* former = keyCtrl;
     if (former == ctrl) return;
     keyCtrl = ctrl;
+    if (ctrl && mdi && mdi->current) mdi->current->setKeyCtrl(nullptr);
     if (former) {
         former->redraw();
         former->setFocus(false);

@@ -4,6 +4,7 @@
 #include "base/Numbers.h"
 #include "gui/CApp.h"
 #include "gui/XConnection.h"
+#include "gui/controls/CMDI.h"
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
@@ -41,6 +42,7 @@ void CWin::show(bool activate) {
     XSync(display, False);
     if (!hasStyle(winChild) && !hasStyle(winPopup)) app->windows.addUnique(this);
     visible = true;
+    if (CMDI* area = pageArea()) area->pageShown(this);
     if (activate && !hasStyle(winPopup) && focusIsFree()) setFocus(true);
 }
 
@@ -53,12 +55,15 @@ void CWin::centre() {
 
 void CWin::raise(bool focus) {
     if (Display* display = liveDisplay()) XRaiseWindow(display, handle);
+    if (CMDI* area = pageArea()) area->pageRaised(this);
     if (focus) setFocus(true);
 }
 
 void CWin::hide() {
     if (visible) {
         visible = false;
+        // Before it goes, or a window manager would choose who gets the keys next.
+        if (app->modalWin == this && parent && hasFocus()) parent->setFocus(true);
         if (Display* display = liveDisplay()) {
             XUnmapWindow(display, handle);
             XSync(display, False);
@@ -67,6 +72,7 @@ void CWin::hide() {
         mouseCtrl = keyCtrl = nullptr;
         if (app->hooverCtrl && app->hooverCtrl->win == this) app->setHooverCtrl(nullptr, 0, 0);
         if (app->dragCtrl && app->dragCtrl->win == this) app->endDrag(); // no release will come
+        if (CMDI* area = pageArea()) area->pageHidden(this);
     }
     leaveLists();
 }
@@ -78,7 +84,7 @@ void CWin::leaveLists() {
 
 void CWin::minimize() {
     Display* display = liveDisplay();
-    if (!display || !hasStyle(winSizable)) return;
+    if (!display || !hasStyle(winSizable) || isPage()) return;
     XIconifyWindow(display, handle, xConnection().screen);
     style |= winMinimized;
     setFocus(false);
@@ -131,25 +137,31 @@ bool CWin::fillsScreen() {
 void CWin::maximize() {
     if (!hasStyle(winSizable)) return;
     style |= winMaximized;
-    if (hasStyle(winManaged) && filledByManager()) {
+    if (hasStyle(winManaged) && !isPage() && filledByManager()) {
         restoreRect = asRect(restoredMargin, restoredMargin, screenWidth() - restoredMargin,
                              screenHeight() - restoredMargin);
         restore();
         return;
     }
     saveRect();
-    if (hasStyle(winManaged))
+    CMDI* area = pageArea();
+    if (area)
+        fillOwner();
+    else if (hasStyle(winManaged))
         askManager(1);
     else
         move(0, 0, screenWidth(), screenHeight());
     resized();
+    if (area) area->changed();
 }
 
 void CWin::restore() {
     Display* display = liveDisplay();
     style &= ~winMaximized;
     if (!display) return;
-    if (hasStyle(winManaged)) {
+    CMDI* area = pageArea();
+    if (area) updateClient();
+    if (hasStyle(winManaged) && !area) {
         askManager(0);
         for (int ms = 0; fillsScreen() && ms < managerMs; ms += askAgainMs) asSleep(askAgainMs);
         // Some window managers keep a window that fills the screen at that size.
@@ -161,6 +173,7 @@ void CWin::restore() {
         }
     }
     move(restoreRect.left, restoreRect.top, restoreRect.right, restoreRect.bottom);
+    if (area) area->changed();
     resized();
 }
 
