@@ -80,7 +80,6 @@ TEST_F(ScaleTest, NeighboursNeitherOverlapNorLeaveGaps) {
         }
         const Shot now = shotOf(bitmap);
         EXPECT_EQ(now.count(red), rounded(40, percent) * rounded(30, percent)) << percent;
-        bitmap.graphic.reset();
     }
 }
 
@@ -110,7 +109,6 @@ TEST_F(ScaleTest, LinesAreEquallyThickEverywhere) {
             EXPECT_EQ(now.boundsOf(red), frame) << at << " at " << percent;
             EXPECT_EQ(now.count(red), 2 * thick * (frame.width() + frame.height() - 2 * thick));
         }
-        bitmap.graphic.reset();
     }
 }
 
@@ -148,7 +146,6 @@ TEST_F(ScaleTest, ShapesUseEveryDevicePixel) {
             EXPECT_EQ(now.at(outer.left + dot, outer.bottom - 1), red) << percent;
             EXPECT_EQ(now.at(outer.right - 1, outer.top + dot), red) << percent;
         }
-        bitmap.graphic.reset();
     }
 }
 
@@ -210,7 +207,5 @@ TEST_F(ScaleTest, CopiesFillTheirPlace) {
         }
         target.graphic->drawTiled(&tile, asRect(1, 1, 60, 40));
         EXPECT_EQ(shotOf(target).boundsOf(red), toDevice(asRect(1, 1, 60, 40))) << percent;
-        tile.graphic.reset();
-        target.graphic.reset();
     }
 }
