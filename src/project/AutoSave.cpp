@@ -63,7 +63,23 @@ bool AutoSave::isDue(int now) const {
 
 void AutoSave::idle(int now) {
     if (writer && writer->done) finishWriter(now);
-    if (isDue(now)) begin();
+    if (isDue(now))
+        begin();
+    else
+        makeRoom();
+}
+
+/// Gets the memory of the first copy bit by bit, as the system takes longer for all of it at once
+/// than the copy does.
+void AutoSave::makeRoom() {
+    constexpr int64_t bitBytes = 1 << 20;
+    const CStr& path = project.host->projectFile;
+    if (!(path == roomProject)) {
+        roomProject = path;
+        room = path.empty() ? 0 : getFileSize(path);
+    }
+    if (writer || content.capacity >= room) return;
+    content.setSize(saturate(std::min(content.capacity + bitBytes, room)));
 }
 
 void AutoSave::begin() {

@@ -45,6 +45,8 @@ private:
     std::unique_ptr<RecoveryFile> file; ///< null while there is no copy
     CStr copiedProject;                 ///< that `file` was made for
     CMemoryStream content;              ///< the latest copy; the writer's as long as there is one
+    CStr roomProject;                   ///< that `room` was told for
+    int64_t room = 0;                   ///< bytes that a copy will need, as its file has them
     std::unique_ptr<Writer> writer;     ///< null while nothing is being written
     std::optional<unsigned> copied;     ///< `CQV::changes` that the latest copy has
     std::optional<int> lastEnd;         ///< when that was finished
@@ -52,6 +54,7 @@ private:
 
     bool isDue(int now) const;
     void begin();
+    void makeRoom();
     void finishWriter(int now);
     void settle(); ///< waits for the writer
     void removeFile();
