@@ -1,222 +1,65 @@
 #include "gui/CGui.h"
 
-#include "gui/CGraphic.h"
+#include "base/Paths.h"
+#include "base/SafeFile.h"
 #include "gui/Colours.h"
-#include "gui/Drawing.h"
+#include "gui/Images.h"
+#include "gui/ItemLook.h"
+#include "gui/ThemeFile.h"
 
-CGuiItem2 clWinBkgnd, clWinClose, clWinCloseMouseOver, clWinMin, clWinMinMouseOver, clWinMax,
-    clWinMaxMouseOver, clCaption, clMenuBar, clMenuBarSelected, clMenu, clMenuSelected, clRibbon,
-    clRibbonBar, clToolbar, clToolbarControls, clToolbarControlsPushed, clPanel, clButton,
-    clSpeedButton, clSpeedButtonPushed, clSpeedButtonMouseOver, clDropdown, clDropdownMenu,
-    clDropdownMenuSelected, clListbox, clListboxSelected, clTabs, clTabsSelected, clTree,
-    clTreeSelected, clValue, clScrollbarHorz, clScrollbarVert, clScrollbarHorzThumb,
-    clScrollbarVertThumb, clScrollbarButtonLeft, clScrollbarButtonUp, clScrollbarButtonRight,
-    clScrollbarButtonDown;
-
-int borderSize = 3, captionHeight = 20, menuHeight = 20, toolbarHeight = 22, buttonHeight = 24;
+#include <algorithm>
 
 namespace {
 
-constexpr int thickness = 16; // of scroll bars and their arrows
-constexpr int treeRow = 18;
+constexpr int64_t largestFile = 256LL << 20;
 
-using Colour = int CPalette::*;
-
-/// How an item takes its colours from the palette; null leaves the fill or frame out. Where
-/// `onFill` is set the text and the symbol are white or black, whichever reads on the fill.
-struct ItemLook {
-    const char* key;
-    CGuiItem2* item;
-    int caps, width, height;
-    Colour fill, frame, text, symbol;
-    bool onFill = false;
+/// Where controls that paint by the palette find its colours in a theme.
+struct PaletteSource {
+    PaletteColour colour;
+    const CGuiItem2* item;
+    int CGuiLook::*field;
 };
 
-constexpr Colour none = nullptr;
+const PaletteSource paletteSources[] = {
+    {&CPalette::window, &clWinBkgnd, &CGuiLook::fillCol},
+    {&CPalette::panel, &clPanel, &CGuiLook::fillCol},
+    {&CPalette::raised, &clButton, &CGuiLook::fillCol},
+    {&CPalette::frame, &clWinBkgnd, &CGuiLook::frameCol},
+    {&CPalette::text, &clWinBkgnd, &CGuiLook::textCol},
+    {&CPalette::dimText, &clWinBkgnd, &CGuiLook::symbolCol},
+    {&CPalette::accent, &clListboxSelected, &CGuiLook::fillCol},
+    {&CPalette::record, &clWinCloseMouseOver, &CGuiLook::fillCol},
+};
 
-const ItemLook* toolkitItems(int& count) {
-    using P = CPalette;
-    constexpr Colour window = &P::window, panel = &P::panel, raised = &P::raised, edge = &P::frame,
-                     text = &P::text, dim = &P::dimText, accent = &P::accent, record = &P::record;
-    static const ItemLook table[] = {
-        {"winbkgnd", &clWinBkgnd, 47, 0, 0, window, edge, text, dim},
-        {"winclose", &clWinClose, 86, 0, 0, none, none, dim, dim},
-        {"winclosemouseover", &clWinCloseMouseOver, 86, 0, 0, record, none, text, text, true},
-        {"winmin", &clWinMin, 86, 0, 0, none, none, dim, dim},
-        {"winminmouseover", &clWinMinMouseOver, 86, 0, 0, edge, none, text, text},
-        {"winmax", &clWinMax, 86, 0, 0, none, none, dim, dim},
-        {"winmaxmouseover", &clWinMaxMouseOver, 86, 0, 0, edge, none, text, text},
-        {"caption", &clCaption, 55, 0, captionHeight, raised, none, text, dim},
-        {"menubar", &clMenuBar, 183, 0, menuHeight, window, none, text, dim},
-        {"menubarsel", &clMenuBarSelected, 39, 0, 0, raised, none, text, text},
-        {"menu", &clMenu, 103, 0, 0, panel, edge, text, dim},
-        {"menusel", &clMenuSelected, 103, 0, 0, accent, none, text, text, true},
-        {"ribbon", &clRibbon, 119, 0, 0, window, none, text, dim},
-        {"ribbonbar", &clRibbonBar, 247, 0, 0, window, none, text, dim},
-        {"toolbar", &clToolbar, 7, 0, toolbarHeight, panel, none, text, text},
-        {"toolbarcontrols", &clToolbarControls, 119, 0, 0, raised, edge, text, text},
-        {"toolbarcontrolspushed", &clToolbarControlsPushed, 64, 0, 0, accent, edge, text, text,
-         true},
-        {"panel", &clPanel, 15, 0, 0, panel, edge, text, dim},
-        {"button", &clButton, 39, 0, 0, raised, edge, text, text},
-        {"speedbutton", &clSpeedButton, 119, 0, 0, none, none, text, dim},
-        {"speedbuttonpushed", &clSpeedButtonPushed, 119, 0, 0, accent, none, text, text, true},
-        {"speedbuttonmouseover", &clSpeedButtonMouseOver, 23, 0, 0, raised, edge, text, text},
-        {"dropdown", &clDropdown, 119, 0, 0, raised, edge, text, dim},
-        {"dropdownmenu", &clDropdownMenu, 39, 0, 0, panel, edge, text, dim},
-        {"dropdownmenuselected", &clDropdownMenuSelected, 39, 0, 0, accent, none, text, text, true},
-        {"listbox", &clListbox, 39, 0, 0, panel, edge, text, dim},
-        {"listboxsel", &clListboxSelected, 39, 0, 0, accent, none, text, text, true},
-        {"tabs", &clTabs, 55, 0, 0, window, edge, dim, dim},
-        {"tabssel", &clTabsSelected, 39, 0, 0, raised, edge, text, text},
-        {"tree", &clTree, 102, 0, 0, panel, edge, text, dim},
-        {"treesel", &clTreeSelected, 103, 0, treeRow, accent, none, text, text, true},
-        {"value", &clValue, 39, 0, 0, panel, edge, text, dim},
-        {"scrollbarhorz", &clScrollbarHorz, 4, 0, thickness, window, none, text, dim},
-        {"scrollbarvert", &clScrollbarVert, 4, thickness, 0, window, none, text, dim},
-        {"scrollbarhorzthumb", &clScrollbarHorzThumb, 7, 0, thickness, raised, edge, text, dim},
-        {"scrollbarvertthumb", &clScrollbarVertThumb, 7, thickness, 0, raised, edge, text, dim},
-        {"scrollbarleft", &clScrollbarButtonLeft, 71, thickness, thickness, window, none, dim, dim},
-        {"scrollbarup", &clScrollbarButtonUp, 71, thickness, thickness, window, none, dim, dim},
-        {"scrollbarright", &clScrollbarButtonRight, 71, thickness, thickness, window, none, dim,
-         dim},
-        {"scrollbardown", &clScrollbarButtonDown, 71, thickness, thickness, window, none, dim, dim},
-    };
-    count = int(sizeof table / sizeof table[0]);
-    return table;
+/// Whether that colour can be seen on the item.
+bool shows(const CGuiLook& look, int CGuiLook::*field) {
+    if (field == &CGuiLook::frameCol) return look.frame == 1;
+    return field != &CGuiLook::fillCol || look.fill == fillSolid || look.fill == fillShaded;
 }
 
-void applyLook(const ItemLook& look, const CPalette& colours) {
-    CGuiItem2& item = *look.item;
-    setGuiFill(item, look.fill ? colours.*look.fill : guiNoFill);
-    setGuiFrame(item, look.frame ? 1 : 0, look.frame ? colours.*look.frame : 0);
-    const int on = look.onFill ? textOn(item.fillCol) : 0;
-    setGuiText(item, look.onFill ? on : colours.*look.text);
-    setGuiSymbol(item, look.onFill ? on : colours.*look.symbol);
-}
-
-void drawRoundedGradient(CGraphic* g, CRect r, const CGuiItem2& item) {
-    const bool across = item.fillAlign == gradientAcross || item.fillAlign == gradientAcrossTo;
-    const bool back = item.fillAlign == gradientDownUp || item.fillAlign == gradientAcrossTo;
-    const int last = back ? item.fillCol : item.fillCol2;
-    if (across) {
-        g->fillRect(item.fillCol, asRect(r.left, r.top + 1, r.left + 1, r.bottom - 1));
-        g->fillRect(last, asRect(r.right - 1, r.top + 1, r.right, r.bottom - 1));
-        r = sizeRect(r, 1, 0, -1, 0);
-    } else {
-        g->fillRect(item.fillCol, asRect(r.left + 1, r.top, r.right - 1, r.top + 1));
-        g->fillRect(last, asRect(r.left + 1, r.bottom - 1, r.right - 1, r.bottom));
-        r = sizeRect(r, 0, 1, 0, -1);
-    }
-    drawGradient(g, r, item.fillCol, item.fillCol2, item.fillAlign);
-}
-
-void drawOutline(CGraphic* g, CRect rect, int shape, int color) {
-    if (shape == 1)
-        roundFrame(g, color, rect);
-    else
-        g->frameRect(color, rect);
-}
-
-void drawFill(CGraphic* g, CRect rect, const CGuiItem2& item) {
-    if (item.fill == fillSolid) {
-        if (item.shape == 1)
-            roundRect(g, item.fillCol, rect);
-        else
-            g->fillRect(item.fillCol, rect);
-    } else if (item.fill == fillShaded && item.fillTex == textureGradient) {
-        if (item.shape == 1)
-            drawRoundedGradient(g, rect, item);
-        else
-            drawGradient(g, rect, item.fillCol, item.fillCol2, item.fillAlign);
-    } else if (item.fill == fillShaded) {
-        drawGlossy(g, sizeRect(rect, 1, 0, -1, 0), item.fillCol, item.fillEffect, 0);
-        drawOutline(g, rect, item.shape, item.fillCol);
-    }
-}
+constexpr int CGuiLook::*lookColours[] = {&CGuiLook::frameCol,  &CGuiLook::fillCol,
+                                          &CGuiLook::fillCol2,  &CGuiLook::textCol,
+                                          &CGuiLook::symbolCol, &CGuiLook::sepCol};
 
 } // namespace
-
-CPalette darkPalette() {
-    return {hexColor(0x23262b),
-            hexColor(0x2b2f36),
-            hexColor(0x31363f),
-            hexColor(0x15171a),
-            hexColor(0xe6e8eb),
-            hexColor(0xa3aab4),
-            hexColor(0x58a9ff),
-            hexColor(0xe5484d),
-            hexColor(0xf0b429),
-            hexColor(0x8b6fd6),
-            {hexColor(0x3fbf7f), hexColor(0xe5c07b), hexColor(0xe5484d)}};
-}
-
-CPalette lightPalette() {
-    return {hexColor(0xeceef1),
-            hexColor(0xf7f8fa),
-            hexColor(0xffffff),
-            hexColor(0xc3c8d0),
-            hexColor(0x1c1f23),
-            hexColor(0x5c6470),
-            hexColor(0x0b66c3),
-            hexColor(0xb4232a),
-            hexColor(0x8a5a00),
-            hexColor(0x6a4bc0),
-            {hexColor(0x1d7a4c), hexColor(0x8a5a00), hexColor(0xb4232a)}};
-}
-
-void setGuiFill(CGuiItem2& item, int color) {
-    item.fill = color == guiNoFill ? fillNone : fillSolid;
-    if (item.fill == fillSolid) item.fillCol = color;
-}
-
-void setGuiFrame(CGuiItem2& item, int style, int color) {
-    item.frame = style;
-    item.frameCol = color;
-}
-
-void setGuiShape(CGuiItem2& item, int shape) {
-    item.shape = shape;
-}
-
-void setGuiText(CGuiItem2& item, int color) {
-    item.textCol = color;
-}
-
-void setGuiSymbol(CGuiItem2& item, int color) {
-    item.symbolCol = color;
-}
-
-void setGuiSep(CGuiItem2& item, int style, int color, int size) {
-    item.sep = style;
-    item.sepCol = color;
-    item.sepSize = size;
-}
-
-void setGuiGradient(CGuiItem2& item, int from, int to, int direction) {
-    item.fill = fillShaded;
-    item.fillTex = textureGradient;
-    item.fillCol = from;
-    item.fillCol2 = to;
-    item.fillAlign = direction;
-}
-
-void setGuiGlossy(CGuiItem2& item, int color, float effect) {
-    item.fill = fillShaded;
-    item.fillTex = textureGlossy;
-    item.fillCol = color;
-    item.fillEffect = effect;
-}
 
 CGui::CGui() : palette(darkPalette()) {
 }
 
+CGui::~CGui() {
+    for (int i = 0; i < count; i++) *items[i] = CGuiItem2();
+    deleteAll<CImageChunk>(images);
+}
+
 void CGui::init() {
-    clearItems();
+    for (int i = 0; i < count; i++) *items[i] = CGuiItem2();
+    count = 0;
+    tables.clear();
+    colors.clear();
+    deleteAll<CImageChunk>(images);
     int rows = 0;
     const ItemLook* table = toolkitItems(rows);
-    for (int i = 0; i < rows; i++)
-        addItem(table[i].key, table[i].item, table[i].caps, table[i].width, table[i].height);
+    addItems(table, rows);
 }
 
 void CGui::addItem(const char* key, CGuiItem2* item, int caps, int width, int height) {
@@ -229,21 +72,139 @@ void CGui::addItem(const char* key, CGuiItem2* item, int caps, int width, int he
     items[count++] = item;
 }
 
+void CGui::addItems(const ItemLook* rows, int rowCount) {
+    for (const ItemLook* row = rows; row < rows + rowCount; row++) {
+        addItem(row->key, row->item, row->caps, row->width, row->height);
+        row->item->linkTo = row->link;
+    }
+    tables.push_back({rows, rowCount});
+}
+
 CGuiItem2* CGui::getItem(int index) const {
     return index >= 0 && index < count ? items[index] : nullptr;
 }
 
-void CGui::setPalette(const CPalette& colours) {
-    palette = colours;
+CGuiItem2* CGui::findItem(const CStr& key) const {
+    for (int i = 0; i < count; i++)
+        if (items[i]->id == key) return items[i];
+    return nullptr;
+}
+
+void CGui::addImage(CImageChunk* image) {
+    images.add(image);
+}
+
+void CGui::addColor(int color) {
+    if (std::find(colors.begin(), colors.end(), color) == colors.end()) colors.push_back(color);
+}
+
+// Whole looks.
+
+void CGui::setColours(const CPalette& skin) {
     init();
-    int rows = 0;
-    const ItemLook* table = toolkitItems(rows);
-    for (int i = 0; i < rows; i++) applyLook(table[i], colours);
+    for (const Table& table : tables)
+        for (int i = 0; i < table.count; i++) applyLook(table.rows[i], skin);
+}
+
+void CGui::setPalette(const CPalette& skin) {
+    setColours(skin);
+    updateAll();
+    palette = skin;
+    fileName = CStr();
     changed();
 }
 
-void drawGuiItem(CGraphic* g, CRect rect, const CGuiItem2* item, int flags) {
-    if (!(flags & drawFrame)) drawFill(g, rect, *item);
-    if (item->frame == 1 && !(flags & drawBackground))
-        drawOutline(g, rect, item->shape, item->frameCol);
+bool CGui::open(const CStr& file) {
+    CMemoryStream in;
+    if (getFileSize(file) > largestFile || !in.loadFromFile(file)) return false;
+    setColours(darkPalette());
+    readTheme(*this, in);
+    updateAll();
+    fileName = file;
+    changed();
+    return true;
+}
+
+bool CGui::save(const CStr& file) {
+    SafeFile safe(file);
+    if (!safe.stream()) return false;
+    writeTheme(*this, *safe.stream());
+    if (!safe.commit()) return false;
+    fileName = file;
+    return true;
+}
+
+// Items.
+
+/// All of an update but the bitmap.
+void CGui::settleItem(CGuiItem2* item) {
+    if (item->linkTo) {
+        static_cast<CGuiLook&>(*item) = *item->linkTo;
+        item->linkTo = nullptr;
+    }
+    const bool fills = item->caps & capFill;
+    if (fills && (item->fill == fillSolid || item->fill == fillShaded)) addColor(item->fillCol);
+    if (fills && item->fill == fillShaded && item->fillTex == textureGradient)
+        addColor(item->fillCol2);
+    if ((item->caps & capFrame) && item->frame) addColor(item->frameCol);
+    if (item->caps & capText) addColor(item->textCol);
+    if (item->caps & capSymbol) addColor(item->symbolCol);
+    if ((item->caps & capSep) && item->sep) addColor(item->sepCol);
+}
+
+/// The bytes that the theme's bitmaps leave for one more: a small file cannot ask for a picture of
+/// the largest size on every item.
+int64_t CGui::roomFor(const CGuiItem2* item) const {
+    int64_t room = RgbaPicture::largestBytes;
+    for (int i = 0; i < count; i++)
+        if (items[i] != item) room -= guiBitmapBytes(*items[i]);
+    return room;
+}
+
+void CGui::updateGuiItem(CGuiItem2* item) {
+    settleItem(item);
+    renderGuiItem(*item, roomFor(item));
+}
+
+void CGui::updateAll() {
+    for (int i = 0; i < count; i++) settleItem(items[i]);
+    for (int i = 0; i < count; i++) {
+        items[i]->bitmap.reset();
+        if (items[i]->fill != fillImage) renderGuiItem(*items[i], roomFor(items[i]));
+    }
+    renderImages();
+    readPalette();
+}
+
+/// Image by image, so that one at a time is decoded, and only once.
+void CGui::renderImages() {
+    bool done[maxItems] = {};
+    for (int i = 0; i < count; i++) {
+        CImageChunk* image = items[i]->fill == fillImage ? items[i]->image : nullptr;
+        if (!image || done[i]) continue;
+        for (int j = i; j < count; j++) {
+            if (items[j]->fill != fillImage || items[j]->image != image) continue;
+            renderGuiItem(*items[j], roomFor(items[j]));
+            done[j] = true;
+        }
+        image->image.reset();
+    }
+}
+
+void CGui::readPalette() {
+    const int window = clWinBkgnd.fillCol;
+    palette = contrast(window, hexColor(0xffffff)) > contrast(window, hexColor(0)) ? darkPalette()
+                                                                                   : lightPalette();
+    for (const PaletteSource& from : paletteSources) {
+        if (shows(*from.item, from.field)) palette.*from.colour = from.item->*from.field;
+    }
+}
+
+void CGui::colorReplace(int from, int to) {
+    std::erase(colors, to);
+    std::replace(colors.begin(), colors.end(), from, to);
+    for (int i = 0; i < count; i++)
+        for (const auto field : lookColours)
+            if (items[i]->*field == from) items[i]->*field = to;
+    updateAll();
 }

@@ -1,72 +1,34 @@
 #pragma once
 
+#include "base/CList.h"
 #include "base/CObject.h"
-#include "base/Geometry.h"
+#include "gui/GuiItem.h"
+#include "gui/Palette.h"
 
-class CGraphic;
+#include <vector>
 
-/// The colours that a look is made of, as pixel values.
-struct CPalette {
-    int window, panel, raised, frame, text, dimText, accent, record, solo, mute;
-    int meter[3]; ///< safe, high, over
-};
-CPalette darkPalette();
-CPalette lightPalette();
+class CImageChunk;
+struct ItemLook;
 
-/// What of its look an item uses; bits of `CGuiItem2::caps`.
-enum GuiCaps : int {
-    capShape = 1,
-    capFrame = 2,
-    capFill = 4,
-    capText = 32,
-    capSymbol = 64,
-    capSep = 128,
-    capImageOnly = 256,
-};
-
-enum GuiFill : int { fillNone = 0, fillSolid = 1, fillShaded = 2 };
-enum GuiTexture : int { textureGlossy = 0, textureGradient = 1 };
-
-/// The look of one kind of thing, in the table of `CGui`. Colours are pixel values.
-struct CGuiItem2 {
-    CStr id;      ///< key in files
-    int caps = 0; ///< GuiCaps
-    int mode = 0;
-    int width = 0, height = 0; ///< pixels; 0 is free
-    int shape = 0;             ///< 0 square, 1 rounded
-    int frame = 0;             ///< 1 a one-pixel frame
-    int frameCol = 0;
-    int fill = fillSolid; ///< GuiFill
-    int fillTex = textureGlossy;
-    int fillCol = 0, fillCol2 = 0;
-    int fillAlign = 2;       ///< direction of a gradient, as `drawGradient`
-    float fillEffect = 0.5f; ///< strength of the gloss
-    int textCol = 0;
-    int symbolCol = 0; ///< of glyphs drawn on the item
-    int sep = 0, sepCol = 0, sepSize = 0;
-};
-
-constexpr int guiNoFill = -2;
-
-void setGuiFill(CGuiItem2& item, int color); ///< `guiNoFill` lets the parent show through
-void setGuiFrame(CGuiItem2& item, int style, int color);
-void setGuiShape(CGuiItem2& item, int shape);
-void setGuiText(CGuiItem2& item, int color);
-void setGuiSymbol(CGuiItem2& item, int color);
-void setGuiSep(CGuiItem2& item, int style, int color, int size);
-void setGuiGradient(CGuiItem2& item, int from, int to, int direction);
-void setGuiGlossy(CGuiItem2& item, int color, float effect);
-
-/// The theme: the table of all items, and the colours of the present look. Interface thread; items
-/// change only between paints.
+/// The theme: the table of all items, and the colours of the present look. The items are globals
+/// that every paint reads, so there is one theme at a time. Interface thread; items change only
+/// between paints.
 class CGui : public CObject {
 public:
     static constexpr int maxItems = 127;
 
-    CPalette palette; ///< of the look last set
+    CPalette palette;        ///< of the present look
+    CStr fileName;           ///< of the theme file last opened or saved; empty for a palette
+    std::vector<int> colors; ///< the different colours in use
+    CList images;            ///< of CImageChunk, owned
 
     CGui();
-    /// Fills the table with the toolkit's items in their default state. An heir adds its own.
+    ~CGui() override;
+    CGui(const CGui&) = delete;
+    CGui& operator=(const CGui&) = delete;
+
+    /// Empties the table, `colors` and `images`, then enters the toolkit's items in their default
+    /// state. An heir adds its own.
     virtual void init();
     /// Called when the look has changed.
     virtual void changed() {}
@@ -74,22 +36,48 @@ public:
     /// Resets the item and enters it; ignored when the table is full.
     void addItem(const char* key, CGuiItem2* item, int caps, int width = 0, int height = 0);
     int numItems() const { return count; }
-    CGuiItem2* getItem(int index) const; ///< null outside the table
-    /// Runs `init` and gives the toolkit's items their colours.
-    void setPalette(const CPalette& colours);
+    CGuiItem2* getItem(int index) const;        ///< null outside the table
+    CGuiItem2* findItem(const CStr& key) const; ///< null without one
+    void addImage(CImageChunk* image);          ///< adopts it
+    int numColors() const { return int(colors.size()); }
+    void addColor(int color); ///< unless it is there
+
+    /// Runs `init` and gives all items the colours of a palette.
+    void setPalette(const CPalette& skin);
+    /// Replaces the look by that of a theme file; what the file does not tell is as in the dark
+    /// look. A damaged file counts up to the damage. False, and nothing happens, without the file.
+    bool open(const CStr& file);
+    /// False when the file cannot be written; one that was there then stays.
+    bool save(const CStr& file);
+
+    /// Carries out what was changed in the fields of an item: takes over a link, renders the
+    /// bitmap, notes the colours.
+    void updateGuiItem(CGuiItem2* item);
+    void updateAll(); ///< the same for all items, and `palette` follows them
+    /// In all items and in `colors`; then updates all.
+    void colorReplace(int from, int to);
 
 protected:
-    void clearItems() { count = 0; }
+    /// Enters a table of items, which has to stay; `setPalette` will find them.
+    void addItems(const ItemLook* rows, int rowCount);
+    /// Takes the palette from the items, for controls that paint by it.
+    virtual void readPalette();
 
 private:
+    struct Table {
+        const ItemLook* rows;
+        int count;
+    };
+
+    void setColours(const CPalette& skin);
+    void settleItem(CGuiItem2* item);
+    int64_t roomFor(const CGuiItem2* item) const;
+    void renderImages();
+
     CGuiItem2* items[maxItems] = {}; ///< globals, not owned
     int count = 0;
+    std::vector<Table> tables;
 };
-
-enum DrawItemFlag : int { drawWhole = 0, drawBackground = 2, drawFrame = 4 };
-
-/// Paints the fill (unless `flags` has `drawFrame`) and the frame (unless `drawBackground`).
-void drawGuiItem(CGraphic* g, CRect rect, const CGuiItem2* item, int flags = drawWhole);
 
 /// The items of the toolkit.
 extern CGuiItem2 clWinBkgnd, clWinClose, clWinCloseMouseOver, clWinMin, clWinMinMouseOver, clWinMax,
