@@ -34,7 +34,7 @@ CMainWin::CMainWin(CApp* application, CQV* host)
                   mainStyle, host, &actionTable),
       flows(std::make_unique<ProjectFlows>(this, host)), qv(host),
       showHints(host->storeInt("showHint", 1) != 0),
-      mainActions(std::make_unique<MainActions>(this, host)),
+      theme(application, host), mainActions(std::make_unique<MainActions>(this, host)),
       songActions(std::make_unique<SongActions>(host)) {
     minWidth = smallestWidth;
     minHeight = smallestHeight;
@@ -119,9 +119,11 @@ void CMainWin::actionClicked(CObject* sender) {
 }
 
 void CMainWin::mainDrop(CObject*, int, int, int) {
-    for (auto* item : each<CDropItem>(*app->dragList))
-        if (item->type == dropFile && sameText(extractFileExt(item->path), ".qv"))
-            return flows->newProject(kindFile, item->path);
+    for (auto* item : each<CDropItem>(*app->dragList)) {
+        const CStr ext = item->type == dropFile ? extractFileExt(item->path) : CStr();
+        if (sameText(ext, ".qv")) return flows->newProject(kindFile, item->path);
+        if (sameText(ext, ".qvl")) openTheme(app, qv, item->path);
+    }
 }
 
 // What is shown.

@@ -2,6 +2,7 @@
 
 #include "app/CAction.h"
 #include "app/CCompEditor.h"
+#include "app/main/Skins.h"
 
 #include <memory>
 
@@ -97,6 +98,7 @@ private:
     CQV* qv;
     DeviceState shownDevice{-2, 0, 0.0f}; ///< nothing told yet
     bool showHints = true;
+    const ThemeLink theme;
     const std::unique_ptr<MainActions> mainActions;
     const std::unique_ptr<SongActions> songActions;
     std::unique_ptr<MainMenu> mainMenu;

@@ -40,7 +40,6 @@ Toolbar::Toolbar(CMainWin* owner, CQV* host, int w)
     addButton(x, "loop", Glyph::loop, "Repeat between the locators", &Toolbar::looping);
     x += gap;
     addButton(x, "metronome", Glyph::click, "Metronome on/off", &Toolbar::clicking);
-    commands[3].button->litCol = window->app->gui->palette.record;
     addDisplays(x + gap);
     addMaster();
     readSettings();
@@ -150,6 +149,7 @@ void Toolbar::refresh() {
     for (CFigures* display : displays) display->refresh();
     activity->refresh();
     volume->refresh();
+    commands[3].button->litCol = win->app->gui->palette.record;
     for (const Command& c : commands)
         if (c.isOn) c.button->setLit((this->*c.isOn)());
 }

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "gui/CGroup.h"
+
+#include <vector>
+
+class CGui;
+struct CGuiItem2;
+struct CGuiLook;
+
+/// The editor of one item of the theme: a control for each thing that the item's `caps` tell and
+/// that its present fill uses. Every change shows at once in all windows. `onChange` tells that
+/// there are other controls now, and another height. Interface thread.
+class CGuiItemPanel : public CGroup {
+public:
+    CGuiItemPanel(CWin* win, int left, int top, int width);
+
+    void setItem(CGuiItem2* edited); ///< null shows nothing
+    /// Makes the controls anew. Not inside a handler of one of them: `mustUpdate` is for that.
+    void setup();
+    void onTimer() override;
+
+private:
+    using Names = std::vector<const char*>;
+    enum class Choice { shape, frame, fill, texture, direction, sep };
+
+    void setupFill();
+    void setupShade();
+    void addLabel(const char* text);
+    void addChoice(const char* label, Choice choice, const Names& names, int index);
+    void addColour(const char* label, int CGuiLook::*field);
+    void addStrength();
+    void addImage();
+    void mustUpdate();
+    void apply();
+    void setFill(int fill);
+    void choiceChanged(CObject* sender);
+    void colourChanged(CObject* sender);
+    void colourReplaced(CObject* sender);
+    void replaceClicked(CObject* sender);
+    void strengthChanged(CObject* sender);
+    void imageClicked(CObject* sender);
+
+    CGui* gui;
+    CGuiItem2* item = nullptr;
+    int y = 0;                                 ///< where the next row comes
+    std::vector<int CGuiLook::*> colourFields; ///< by the `tag` of a colour button
+    std::vector<int> fills;                    ///< by the row of the choice of fills
+};

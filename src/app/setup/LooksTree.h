@@ -1,0 +1,13 @@
+#pragma once
+
+struct CGuiItem2;
+
+/// A line of the tree on the page of looks.
+struct LooksNode {
+    int level; ///< 0 an area
+    const char* label;
+    CGuiItem2* item; ///< null for an area that is none itself
+};
+
+/// All items of the program's theme, each once, from the top line on.
+const LooksNode* looksTree(int& count);
