@@ -47,6 +47,12 @@ struct LaterMotion {
     }
 };
 
+/// Whether a modal window keeps a press or release from the window that it goes to.
+bool barred(const XEvent& event, const CWin* modal) {
+    const bool isButton = event.type == ButtonPress || event.type == ButtonRelease;
+    return isButton && modal && !modal->takesPress(event.xany.window);
+}
+
 } // namespace
 
 CApp::CApp() : turnStart(Clock::now()) {
@@ -92,7 +98,8 @@ void CApp::run(CWin* main) {
 void CApp::dispatchEvents() {
     const auto end = Clock::now() + std::chrono::milliseconds(dispatchMs);
     XEvent event;
-    while (Clock::now() < end && nextEvent(event)) handleEvent(event);
+    while (Clock::now() < end && nextEvent(event))
+        if (!barred(event, modalWin)) handleEvent(event);
 }
 
 bool CApp::nextEvent(XEvent& event) {
