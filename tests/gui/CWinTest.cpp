@@ -226,25 +226,6 @@ TEST_F(CWinTest, TabMovesBetweenStopsAndControlTabBetweenWindows) {
     EXPECT_EQ(app->windows.getCount(), 1);
 }
 
-TEST_F(CWinTest, AModalWindowKeepsPressesFromOthersAndTimersRun) {
-    const auto win = bareWindow();
-    auto* outside = new ProbeCtrl(win.get(), "outside", 0, 0, 200, 150);
-    win->addControl(outside);
-    CWin dialog(app.get(), win.get(), "dialog", 400, 300, 100, 100, winNoBorder | winEscape);
-    auto* inside = new ProbeCtrl(&dialog, "inside", 0, 0, 100, 100);
-    dialog.addControl(inside);
-    actDuring(inside, {{"mousemove", "150", "150", "click", "1"},
-                       {"mousemove", "450", "350", "click", "1"},
-                       {"key", "Escape"}});
-    dialog.showModal();
-    settle();
-    EXPECT_FALSE(dialog.visible);
-    EXPECT_EQ(app->modalWin, nullptr);
-    EXPECT_TRUE(inside->saw("down 50 50 1"));
-    EXPECT_FALSE(outside->saw("down 50 50 1"));
-    EXPECT_TRUE(win->hasFocus()); // it comes back
-}
-
 /// The answer of a message is the bit of the button, by mouse, key and closing.
 TEST_F(CWinTest, MessagesAnswerWithTheirButton) {
     struct Case {
