@@ -1,5 +1,6 @@
 #include "app/main/SongView.h"
 
+#include "app/ProgramItems.h"
 #include "app/main/CMeter.h"
 #include "app/main/Displays.h"
 #include "base/Numbers.h"
@@ -57,7 +58,7 @@ int CTimeline::xOf(double tick) const {
 
 void CTimeline::drawSections(CGraphic* g, CSeq* seq) {
     const CPalette& colours = win->app->gui->palette;
-    g->fillRect(colours.panel, asRect(0, 0, width, rulerHeight));
+    drawGuiItem(g, asRect(0, 0, width, rulerHeight), &clMarkers);
     for (CMarkerPart* m : each<CMarkerPart>(seq->getProg()->markers)) {
         const int from = xOf(m->pos), to = xOf(m->endTick());
         g->fillLine(colours.frame, asRect(from, 0, from + 1, height));
@@ -93,7 +94,7 @@ void CTimeline::drawRow(CGraphic* g, CSongTrack* songTrack, int y, int colour) {
 }
 
 void CTimeline::drawSong(CGraphic* g) {
-    g->fillRect(win->app->gui->palette.window, clientRect());
+    drawGuiItem(g, clientRect(), &clGrid);
     CSeq* seq = songOf(qv);
     if (!seq || !seq->getProg()) return;
     songTicks = std::max(barTicks, seq->renderDuration());
@@ -163,11 +164,12 @@ CTrackRow::CTrackRow(CWin* owner, CQV* host, CSongTrack* songTrack, int t, int h
 
 void CTrackRow::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
-    g->fillRect(shownSelected ? colours.raised : colours.panel, clientRect());
+    const CGuiItem2& look = shownSelected ? clTrackSelected : clTrack;
+    drawGuiItem(g, clientRect(), &look, drawBackground);
     g->fillRect(colour, asRect(0, 0, stripe, height - 1));
     g->fillLine(colours.frame, asRect(0, height - 1, width, height));
     const CRect name = asRect(margin + stripe, gap, muteButton->left - gap, gap + 20);
-    g->drawText(colours.text, track->track->id, name, textLeft);
+    g->drawText(look.textCol, track->track->id, name, textLeft);
     CGroup::paint(g, rect);
 }
 

@@ -121,5 +121,7 @@ void CMenu::setFocus(bool on) {
 
 void CMenu::paint(CGraphic* g, CRect rect) {
     drawGuiItem(g, rect, &clMenuBar);
+    if (clMenuBar.sep)
+        g->fillLine(clMenuBar.sepCol, asRect(0, rect.bottom - 1, rect.right, rect.bottom));
     CGroup::paint(g, rect);
 }
