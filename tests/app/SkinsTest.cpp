@@ -1,0 +1,145 @@
+#include "MainFixture.h"
+
+#include "app/CAppGui.h"
+#include "app/main/Skins.h"
+#include "app/setup/CGuiItemPanel.h"
+#include "app/setup/LooksPanel.h"
+#include "app/setup/LooksTree.h"
+#include "base/Paths.h"
+#include "gui/Colours.h"
+#include "gui/controls/CColorButton.h"
+#include "gui/controls/CDropdown.h"
+
+#include <cstdio>
+#include <set>
+
+namespace {
+
+/// A theme file that gives the window this colour.
+void writeTheme(const CStr& path, int red) {
+    CFileStream out(path, 1);
+    out.writeId("itemid2", 12);
+    out.writeStr("winbkgnd");
+    out.writeId("itemfillcol", 4);
+    out.writeInt(red);
+}
+
+CCtrl* find(CGroup* in, const char* id) {
+    for (auto* ctrl : each<CCtrl>(in->controls))
+        if (ctrl->id == id && ctrl->enabled) return ctrl; // labels have the same name
+    return nullptr;
+}
+
+class SkinsTest : public MainWinTest {
+protected:
+    CAppGui& gui() { return static_cast<CAppGui&>(*app->gui); }
+};
+
+} // namespace
+
+TEST_F(SkinsTest, TheSettingsChooseTheLook) {
+    start();
+    const CStr theme = at("my.qvl").c_str();
+    const CStr beside = extractFilePath(asAppname()) + "default.qvl";
+    writeTheme(theme, 77);
+    const int dark = darkPalette().window, light = lightPalette().window;
+    struct Case {
+        const char* look;
+        CStr theme;
+        bool hasDefault;
+        int window;
+    };
+    const Case cases[] = {{"", "", false, dark},
+                          {"-2", "", false, dark},
+                          {"-2", theme, true, asColor(88, 0, 0)},
+                          {"-1", theme, true, asColor(77, 0, 0)},
+                          {"-1", at("gone.qvl").c_str(), true, dark},
+                          {"0", theme, true, light},
+                          {"1", "", true, dark},
+                          {"7", "", true, dark}};
+    for (const Case& c : cases) {
+        set("options", "look", c.look);
+        set("options", "theme", c.theme);
+        if (c.hasDefault) writeTheme(beside, 88);
+        startSkin(app.get(), host.get());
+        std::remove(beside.asChar());
+        EXPECT_EQ(clWinBkgnd.fillCol, c.window) << c.look << " " << c.theme.asChar();
+        EXPECT_EQ(app->gui->palette.window, c.window);
+    }
+}
+
+/// What both skins promise: every text and symbol that an item uses reads on its fill, or, where it
+/// has none, on windows and panels.
+TEST_F(SkinsTest, BothSkinsAreLegible) {
+    start();
+    for (const int look : {lookLight, lookDark}) {
+        chooseSkin(app.get(), host.get(), look);
+        EXPECT_EQ(setting("options", "look"), std::to_string(look));
+        for (int i = 0; i < gui().numItems(); i++) {
+            const CGuiItem2& it = *gui().getItem(i);
+            std::vector<int> grounds = {it.fillCol};
+            if (it.fill == fillNone) grounds = {gui().palette.window, gui().palette.panel};
+            for (const int ground : grounds) {
+                if (it.caps & capText) {
+                    EXPECT_GE(contrast(it.textCol, ground), 4.5) << it.id.asChar() << look;
+                }
+                if (it.caps & capSymbol) {
+                    EXPECT_GE(contrast(it.symbolCol, ground), 4.5) << it.id.asChar() << look;
+                }
+            }
+        }
+    }
+}
+
+TEST_F(SkinsTest, TheTreeOfLooksHasEveryItemOnce) {
+    start();
+    int count = 0, level = -1;
+    std::set<const CGuiItem2*> seen;
+    const LooksNode* nodes = looksTree(count);
+    for (int i = 0; i < count; i++) {
+        EXPECT_LE(nodes[i].level, level + 1) << nodes[i].label;
+        level = nodes[i].level;
+        if (nodes[i].item) {
+            EXPECT_TRUE(seen.insert(nodes[i].item).second) << nodes[i].label;
+        }
+    }
+    for (int i = 0; i < gui().numItems(); i++)
+        EXPECT_TRUE(seen.count(gui().getItem(i))) << gui().getItem(i)->id.asChar();
+    EXPECT_EQ(int(seen.size()), gui().numItems());
+}
+
+/// The editor shows what the item uses, changes it at once in all windows, and rebuilds itself when
+/// other controls apply.
+TEST_F(SkinsTest, TheEditorShowsAndChangesWhatAnItemUses) {
+    start();
+    CGuiItemPanel panel(win.get(), 0, 0, 336);
+    constexpr std::pair<int, const char*> parts[] = {{capShape, "Shape"},   {capFrame, "Frame"},
+                                                     {capFill, "Fill"},     {capText, "Text"},
+                                                     {capSymbol, "Symbol"}, {capSep, "Separator"}};
+    for (int i = 0; i < gui().numItems(); i++) {
+        panel.setItem(gui().getItem(i));
+        for (const auto& [cap, id] : parts)
+            EXPECT_EQ(find(&panel, id) != nullptr, (gui().getItem(i)->caps & cap) != 0)
+                << gui().getItem(i)->id.asChar() << " " << id;
+    }
+    panel.setItem(&clWinBkgnd);
+    const int former = clWinBkgnd.fillCol, other = asColor(1, 100, 50);
+    auto* fill = static_cast<CDropdown*>(find(&panel, "Fill"));
+    EXPECT_EQ(find(&panel, "Texture"), nullptr);
+    fill->setIndex(fillShaded, true);
+    ASSERT_TRUE(pumpUntil([&] { return find(&panel, "Texture") != nullptr; }));
+    static_cast<CDropdown*>(find(&panel, "Texture"))->setIndex(textureGradient, true);
+    ASSERT_TRUE(pumpUntil([&] { return find(&panel, "Direction") != nullptr; }));
+    EXPECT_EQ(clWinBkgnd.fill, fillShaded);
+
+    const int paints = static_cast<ProbeCtrl*>(find(win->clientGroup, "clock"))->paints;
+    auto* from = static_cast<CColorButton*>(find(&panel, "From"));
+    from->replacement = other;
+    (*from->onReplace)(from);
+    EXPECT_EQ(clWinBkgnd.fillCol, other);
+    EXPECT_EQ(clGrid.fillCol, other);
+    EXPECT_EQ(gui().palette.window, other);
+    for (const int colour : gui().colors) EXPECT_NE(colour, former);
+    EXPECT_TRUE(pumpUntil(
+        [&] { return static_cast<ProbeCtrl*>(find(win->clientGroup, "clock"))->paints > paints; }));
+}
