@@ -1,6 +1,7 @@
 #include "app/AppHooks.h"
 
 #include "app/main/CMainWin.h"
+#include "app/main/Pages.h"
 #include "base/Messages.h"
 #include "gui/CApp.h"
 #include "gui/dialogs/MessageBox.h"
@@ -42,4 +43,26 @@ AppHooks::~AppHooks() {
 
 void AppHooks::mainIdle() {
     mainWin->idle();
+}
+
+void AppHooks::showEditor(CComp* comp, bool show) {
+    if (!show) return hideEditors(comp);
+    CCompEditor* editor = editorOf(comp);
+    if (editor) mainWin->pages->bringToFront(editor);
+}
+
+void AppHooks::hideEditors(CComp* comp) {
+    while (CCompEditor* editor = editorOf(comp)) editor->hide();
+}
+
+bool AppHooks::editorVisible(CComp* comp) {
+    return editorOf(comp) != nullptr;
+}
+
+void AppHooks::idle(CComp* comp) {
+    if (CCompEditor* editor = editorOf(comp)) editor->idle();
+}
+
+CCompEditor* AppHooks::editorOf(const CComp* comp) const {
+    return mainWin->pages ? mainWin->pages->editorOf(comp) : nullptr;
 }

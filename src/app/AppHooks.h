@@ -3,6 +3,7 @@
 #include "engine/EditorHooks.h"
 
 class CApp;
+class CCompEditor;
 class CMainWin;
 
 /// Fills in what the lower floors ask of the windows: message boxes, the status line, the loop that
@@ -15,7 +16,15 @@ public:
     AppHooks& operator=(const AppHooks&) = delete;
 
     void mainIdle() override;
+    /// Brings an editor that is open to the front, or hides it.
+    void showEditor(CComp* comp, bool show) override;
+    void hideEditors(CComp* comp) override;
+    bool editorVisible(CComp* comp) override;
+    void deleteEditors(CComp* comp) override { hideEditors(comp); }
+    void idle(CComp* comp) override;
 
 private:
+    CCompEditor* editorOf(const CComp* comp) const;
+
     CMainWin* mainWin;
 };

@@ -1,11 +1,23 @@
 #include "app/CCompEditor.h"
 
 #include "app/CAction.h"
+#include "engine/CComp.h"
 #include "gui/CApp.h"
 
 CCompEditor::CCompEditor(CApp* application, CWin* owner, const CStr& title, int l, int t, int w,
                          int h, int windowStyle, CComp* edited, const ActionTable* table)
-    : CWin(application, owner, title, l, t, w, h, windowStyle), comp(edited), actions(table) {
+    : CWin(application, owner, title, l, t, w, h, windowStyle), comp(edited), actions(table),
+      dock(&edited->editorStruct) {
+}
+
+CCompEditor::~CCompEditor() {
+    CCompEditor::hide();
+    delete onHide;
+}
+
+void CCompEditor::hide() {
+    if (visible && onHide) (*onHide)(this);
+    CWin::hide();
 }
 
 bool CCompEditor::keyDown(int key, int mods) {

@@ -5,6 +5,7 @@
 class ActionTable;
 class CAction;
 class CComp;
+struct CEditorStruct;
 class CMenu;
 
 /// Base of every window that edits a component. A key that none of its controls takes is looked up
@@ -14,11 +15,18 @@ public:
     CComp* comp;        ///< what is edited; not owned
     int editorType = 0; ///< group of actions that is active here beside those of all windows
     const ActionTable* actions; ///< of the program
+    /// Holds its place and its page: the component's own record, unless the maker sets another. Not
+    /// owned.
+    CEditorStruct* dock;
+    COnChange* onHide = nullptr; ///< owned; it is about to be hidden
 
     /// As `CWin`; `table` outlives the window.
     CCompEditor(CApp* app, CWin* owner, const CStr& title, int left, int top, int width, int height,
                 int style, CComp* edited, const ActionTable* table);
 
+    ~CCompEditor() override;
+
+    void hide() override;
     bool keyDown(int key, int mods) override;
     /// Runs the action that a key stands for here; false when there is none or it does not act.
     bool doAction(int key, int mods);

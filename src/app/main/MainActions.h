@@ -34,6 +34,8 @@ private:
     void rewind();
     void rewindToPlay();
     void metronome();
+    void priorPage();
+    void nextPage();
 
     CMainWin* window;
     CQV* qv;

@@ -54,6 +54,7 @@ private:
     void exportClicked(CObject* sender);
     void exitClicked(CObject* sender);
     void hintsClicked(CObject* sender);
+    void closeAllClicked(CObject* sender);
     void trackClicked(CObject* sender);
     void aboutClicked(CObject* sender);
 

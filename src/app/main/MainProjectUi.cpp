@@ -1,6 +1,7 @@
 #include "app/main/MainProjectUi.h"
 
 #include "app/main/CMainWin.h"
+#include "app/main/Pages.h"
 #include "app/main/ProjectFlows.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
@@ -13,10 +14,16 @@ constexpr int arrowCursor = 0, busyCursor = 2;
 
 void MainProjectUi::gatherWindows() {
     window->readPlace(window->comp->editorStruct);
+    if (window->pages) window->pages->write(windows);
 }
 
 void MainProjectUi::clearWindows() {
     window->forgetSong();
+    if (window->pages) window->pages->clear();
+}
+
+void MainProjectUi::showPages() {
+    if (window->pages) window->pages->read(windows);
 }
 
 void MainProjectUi::placeMainWindow() {

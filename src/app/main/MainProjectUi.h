@@ -4,13 +4,15 @@
 
 class CMainWin;
 
-/// What projects get of the main window. Pages of editors pass through as their file has them.
+/// What projects get of the main window. Its pages are made from the records of a
+/// file, and stored in them.
 class MainProjectUi : public ProjectUi {
 public:
     explicit MainProjectUi(CMainWin* mainWin) : window(mainWin) {}
 
     void gatherWindows() override;
     void clearWindows() override;
+    void showPages() override;
     void placeMainWindow() override;
     void waitCursor(bool on) override;
     void projectChanged(const CStr& path) override;

@@ -36,7 +36,7 @@ void CMainWin::serveUpdates() {
         {4, &CMainWin::peaksChanged},
         {0x2000, &CMainWin::flatsChanged},
         {8, nullptr},
-        {0x8000, &CMainWin::mdiChanged},
+        {0x8000, &CMainWin::updateDocker},
         {0x100, nullptr},
         {0x400, &CMainWin::redraw},
     };

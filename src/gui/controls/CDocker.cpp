@@ -27,7 +27,7 @@ CDocker::~CDocker() {
 // Which window is where.
 
 CDock* CDocker::getDock(int index) const {
-    return static_cast<CDock*>(docks.items(index == -1 ? activeIndex : index));
+    return index == -1 ? active : static_cast<CDock*>(docks.items(index));
 }
 
 CDock* CDocker::dockOf(const CWin* page) const {
@@ -74,7 +74,7 @@ void CDocker::keepInside(CWin* page) {
 }
 
 void CDocker::detach(CWin* page, CRect place) {
-    if (!dockOf(page)) return;
+    if (page->parent != this) return;
     removePlace(page);
     page->moveOut(static_cast<CWin*>(parent), place);
     updateDocks();
