@@ -28,71 +28,93 @@ const MainActions::Command MainActions::commands[] = {
     {"nextpage", &MainActions::nextPage},
 };
 
-const MainActions::Command *MainActions::find(const CAction *action) {
-  for (const Command &c : commands)
-    if (action->name == c.name)
-      return &c;
-  return nullptr;
+const MainActions::Command* MainActions::find(const CAction* action) {
+    for (const Command& c : commands)
+        if (action->name == c.name) return &c;
+    return nullptr;
 }
 
-bool MainActions::knows(const CAction *action) const {
-  const Command *command = find(action);
-  const bool turns = command && (command->run == &MainActions::priorPage ||
-                                 command->run == &MainActions::nextPage);
-  return command && (!turns || window->pages->canTurn());
+bool MainActions::knows(const CAction* action) const {
+    const Command* command = find(action);
+    const bool turns = command && (command->run == &MainActions::priorPage ||
+                                   command->run == &MainActions::nextPage);
+    return command && (!turns || window->pages->canTurn());
 }
 
-bool MainActions::run(const CAction *action) {
-  const Command *command = find(action);
-  if (command)
-    (this->*command->run)();
-  return command != nullptr;
+bool MainActions::run(const CAction* action) {
+    const Command* command = find(action);
+    if (command) (this->*command->run)();
+    return command != nullptr;
 }
 
-void MainActions::newProject() { window->flows->newClicked(); }
+void MainActions::newProject() {
+    window->flows->newClicked();
+}
 
-void MainActions::open() { window->flows->openClicked(); }
+void MainActions::open() {
+    window->flows->openClicked();
+}
 
-void MainActions::save() { window->flows->saveClicked(); }
+void MainActions::save() {
+    window->flows->saveClicked();
+}
 
-void MainActions::saveAs() { window->flows->saveAsClicked(); }
+void MainActions::saveAs() {
+    window->flows->saveAsClicked();
+}
 
-void MainActions::openLast() { window->flows->openLast(); }
+void MainActions::openLast() {
+    window->flows->openLast();
+}
 
-void MainActions::undo() { qv->undoClicked(); }
+void MainActions::undo() {
+    qv->undoClicked();
+}
 
-void MainActions::redo() { qv->redoClicked(); }
+void MainActions::redo() {
+    qv->redoClicked();
+}
 
 void MainActions::play() {
-  if (qv->playing)
-    qv->stop();
-  else
-    qv->start();
+    if (qv->playing)
+        qv->stop();
+    else
+        qv->start();
 }
 
-void MainActions::record() { qv->rec(); }
+void MainActions::record() {
+    qv->rec();
+}
 
-void MainActions::stop() { qv->stop(); }
+void MainActions::stop() {
+    qv->stop();
+}
 
 void MainActions::loop() {
-  const int on = !qv->loop;
-  qv->loop = on;
-  if (CSeq *seq = songOf(qv))
-    seq->setLoop(on);
+    const int on = !qv->loop;
+    qv->loop = on;
+    if (CSeq* seq = songOf(qv)) seq->setLoop(on);
 }
 
-void MainActions::rewind() { qv->setPos(0.0); }
+void MainActions::rewind() {
+    qv->setPos(0.0);
+}
 
-void MainActions::rewindToPlay() { qv->setPos(double(qv->startPos)); }
+void MainActions::rewindToPlay() {
+    qv->setPos(double(qv->startPos));
+}
 
 void MainActions::metronome() {
-  CClick *click = qv->click;
-  const bool on = !(click->enabled && (click->mode & clickPlay));
-  if (on)
-    click->enabled = 1;
-  click->mode = on ? click->mode | clickPlay : click->mode & ~clickPlay;
+    CClick* click = qv->click;
+    const bool on = !(click->enabled && (click->mode & clickPlay));
+    if (on) click->enabled = 1;
+    click->mode = on ? click->mode | clickPlay : click->mode & ~clickPlay;
 }
 
-void MainActions::priorPage() { window->priorDockClicked(nullptr); }
+void MainActions::priorPage() {
+    window->priorDockClicked(nullptr);
+}
 
-void MainActions::nextPage() { window->nextDockClicked(nullptr); }
+void MainActions::nextPage() {
+    window->nextDockClicked(nullptr);
+}

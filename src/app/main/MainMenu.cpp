@@ -19,13 +19,13 @@
 
 namespace {
 
-constexpr const char *aboutText =
+constexpr const char* aboutText =
     "Sondrava 2.0 - alpha\n\nA digital audio workstation for Linux.\n\n"
     "Free software under the GNU General Public License, version 3 or later.";
 
 struct TrackChoice {
-  int kind;
-  const char *text;
+    int kind;
+    const char* text;
 };
 constexpr TrackChoice trackChoices[] = {{trackMIDI, "Instrument track"},
                                         {trackAudio, "Audio track"},
@@ -34,223 +34,222 @@ constexpr TrackChoice trackChoices[] = {{trackMIDI, "Instrument track"},
 
 } // namespace
 
-MainMenu::MainMenu(CMainWin *mainWin, CQV *host)
+MainMenu::MainMenu(CMainWin* mainWin, CQV* host)
     : window(mainWin), qv(host), bar(new CMenu(mainWin, "menu")) {
-  rebuild();
-  window->addMenu(bar);
+    rebuild();
+    window->addMenu(bar);
 }
 
 void MainMenu::rebuild() {
-  bar->clear();
-  const auto entry = [&](const char *text, int entryTag) {
-    bar->add(text, new _COnChange<MainMenu>(this, &MainMenu::menuClicked),
-             entryTag);
-  };
-  entry("File", menuFile);
-  entry("Edit", menuEdit);
-  entry("View", menuView);
-  CCompEditor *page = window->pages ? window->pages->current() : nullptr;
-  if (page) {
-    page->mergeMenu(bar);
-  } else if (songOf(qv)) {
-    entry("Song", menuSong);
-    entry("Track", menuTrack);
-  }
-  entry("Help", menuHelp);
-  bar->redraw();
+    bar->clear();
+    const auto entry = [&](const char* text, int entryTag) {
+        bar->add(text, new _COnChange<MainMenu>(this, &MainMenu::menuClicked), entryTag);
+    };
+    entry("File", menuFile);
+    entry("Edit", menuEdit);
+    entry("View", menuView);
+    CCompEditor* page = window->pages ? window->pages->current() : nullptr;
+    if (page) {
+        page->mergeMenu(bar);
+    } else if (songOf(qv)) {
+        entry("Song", menuSong);
+        entry("Track", menuTrack);
+    }
+    entry("Help", menuHelp);
+    bar->redraw();
 }
 
-void MainMenu::focus() { window->setKeyCtrl(bar); }
+void MainMenu::focus() {
+    window->setKeyCtrl(bar);
+}
 
-void MainMenu::menuClicked(CObject *sender) {
-  static constexpr struct {
-    int tag;
-    void (MainMenu::*fill)(CPopup *popup);
-  } menus[] = {
-      {menuFile, &MainMenu::fillFile}, {menuEdit, &MainMenu::fillEdit},
-      {menuView, &MainMenu::fillView}, {menuTrack, &MainMenu::fillTrack},
-      {menuSong, &MainMenu::fillSong}, {menuHelp, &MainMenu::fillHelp}};
-  auto *popup = static_cast<CPopup *>(static_cast<CCtrl *>(sender));
-  for (const auto &menu : menus)
-    if (menu.tag == popup->tag)
-      (this->*menu.fill)(popup);
+void MainMenu::menuClicked(CObject* sender) {
+    static constexpr struct {
+        int tag;
+        void (MainMenu::*fill)(CPopup* popup);
+    } menus[] = {{menuFile, &MainMenu::fillFile}, {menuEdit, &MainMenu::fillEdit},
+                 {menuView, &MainMenu::fillView}, {menuTrack, &MainMenu::fillTrack},
+                 {menuSong, &MainMenu::fillSong}, {menuHelp, &MainMenu::fillHelp}};
+    auto* popup = static_cast<CPopup*>(static_cast<CCtrl*>(sender));
+    for (const auto& menu : menus)
+        if (menu.tag == popup->tag) (this->*menu.fill)(popup);
 }
 
 // Entries.
 
-CMenuItem *MainMenu::add(CPopup *popup, const CStr &text,
-                         void (MainMenu::*chosen)(CObject *), int entryTag) {
-  CMenuItem *item = popup->add(text, new _COnChange<MainMenu>(this, chosen));
-  item->tag = entryTag;
-  return item;
+CMenuItem* MainMenu::add(CPopup* popup, const CStr& text, void (MainMenu::*chosen)(CObject*),
+                         int entryTag) {
+    CMenuItem* item = popup->add(text, new _COnChange<MainMenu>(this, chosen));
+    item->tag = entryTag;
+    return item;
 }
 
 /// An action with its shortcut; nothing when it has no effect at present.
-CMenuItem *MainMenu::addAction(CPopup *popup, const char *name,
-                               const CStr &text) {
-  CAction *action = window->getAction(name);
-  if (!action || !window->knows(action))
-    return nullptr;
-  CStr line = text.empty() ? action->label : text;
-  const CStr shortcut = shortcutToStr(action->key, action->mods);
-  if (!shortcut.empty())
-    line += "\t" + shortcut;
-  auto *clicked = new _COnChange<CMainWin>(window, &CMainWin::actionClicked);
-  CMenuItem *item = popup->add(line, clicked);
-  item->userPtr = action;
-  return item;
+CMenuItem* MainMenu::addAction(CPopup* popup, const char* name, const CStr& text) {
+    CAction* action = window->getAction(name);
+    if (!action || !window->knows(action)) return nullptr;
+    CStr line = text.empty() ? action->label : text;
+    const CStr shortcut = shortcutToStr(action->key, action->mods);
+    if (!shortcut.empty()) line += "\t" + shortcut;
+    auto* clicked = new _COnChange<CMainWin>(window, &CMainWin::actionClicked);
+    CMenuItem* item = popup->add(line, clicked);
+    item->userPtr = action;
+    return item;
 }
 
 // File.
 
-void MainMenu::fillFile(CPopup *popup) {
-  fillNew(popup->addSub("New..."));
-  addAction(popup, "open");
-  addAction(popup, "openlast");
-  popup->addSeparator();
-  addAction(popup, "save");
-  addAction(popup, "saveas");
-  add(popup, "Set as Default Project", &MainMenu::defaultClicked);
-  popup->addSeparator();
-  addAction(popup, "render", "Export Project (wav, aif, mp3)...");
-  if (songOf(qv)) {
-    add(popup, "Import MIDI file...", &MainMenu::importClicked);
-    add(popup, "Export to MIDI file...", &MainMenu::exportClicked);
-  }
-  addAction(popup, "setup", "Setup...");
-  popup->addSeparator();
-  fillRecent(popup);
-  popup->addSeparator();
-  add(popup, "Exit", &MainMenu::exitClicked);
+void MainMenu::fillFile(CPopup* popup) {
+    fillNew(popup->addSub("New..."));
+    addAction(popup, "open");
+    addAction(popup, "openlast");
+    popup->addSeparator();
+    addAction(popup, "save");
+    addAction(popup, "saveas");
+    add(popup, "Set as Default Project", &MainMenu::defaultClicked);
+    popup->addSeparator();
+    addAction(popup, "render", "Export Project (wav, aif, mp3)...");
+    if (songOf(qv)) {
+        add(popup, "Import MIDI file...", &MainMenu::importClicked);
+        add(popup, "Export to MIDI file...", &MainMenu::exportClicked);
+    }
+    addAction(popup, "setup", "Setup...");
+    popup->addSeparator();
+    fillRecent(popup);
+    popup->addSeparator();
+    add(popup, "Exit", &MainMenu::exitClicked);
 }
 
-void MainMenu::fillNew(CPopup *popup) {
-  addAction(popup, "new", "Welcome...");
-  popup->addSeparator();
-  for (int kind = 0; kind < offeredKinds; kind++)
-    add(popup, projectKindName(kind), &MainMenu::kindClicked, kind);
-  add(popup, "Demo song", &MainMenu::kindClicked, kindDemo);
+void MainMenu::fillNew(CPopup* popup) {
+    addAction(popup, "new", "Welcome...");
+    popup->addSeparator();
+    for (int kind = 0; kind < offeredKinds; kind++)
+        add(popup, projectKindName(kind), &MainMenu::kindClicked, kind);
+    add(popup, "Demo song", &MainMenu::kindClicked, kindDemo);
 }
 
-void MainMenu::fillRecent(CPopup *popup) {
-  const CStringList &paths = window->flows->recent.paths;
-  for (int i = 0; i < paths.count(); i++) {
-    const CStr path = paths.get(i);
-    add(popup, changeFileExt(extractFileName(path), ""),
-        &MainMenu::recentClicked, i)
-        ->checked = sameText(path, qv->projectFile);
-  }
+void MainMenu::fillRecent(CPopup* popup) {
+    const CStringList& paths = window->flows->recent.paths;
+    for (int i = 0; i < paths.count(); i++) {
+        const CStr path = paths.get(i);
+        add(popup, changeFileExt(extractFileName(path), ""), &MainMenu::recentClicked, i)->checked =
+            sameText(path, qv->projectFile);
+    }
 }
 
 void MainMenu::showRecent(int x, int y) {
-  auto *popup = new CPopup(window->app, window);
-  popup->autoDelete = true;
-  fillRecent(popup);
-  if (popup->items.empty())
-    popup->add("No recent projects", nullptr)->enabled = false;
-  popup->popup(x, y);
+    auto* popup = new CPopup(window->app, window);
+    popup->autoDelete = true;
+    fillRecent(popup);
+    if (popup->items.empty()) popup->add("No recent projects", nullptr)->enabled = false;
+    popup->popup(x, y);
 }
 
-void MainMenu::kindClicked(CObject *sender) {
-  window->flows->newProject(static_cast<CMenuItem *>(sender)->tag, "");
+void MainMenu::kindClicked(CObject* sender) {
+    window->flows->newProject(static_cast<CMenuItem*>(sender)->tag, "");
 }
 
-void MainMenu::recentClicked(CObject *sender) {
-  const int index = static_cast<CMenuItem *>(sender)->tag;
-  window->flows->newProject(kindFile, window->flows->recent.paths.get(index));
+void MainMenu::recentClicked(CObject* sender) {
+    const int index = static_cast<CMenuItem*>(sender)->tag;
+    window->flows->newProject(kindFile, window->flows->recent.paths.get(index));
 }
 
-void MainMenu::defaultClicked(CObject *) { window->flows->setDefaultClicked(); }
-
-void MainMenu::importClicked(CObject *) {
-  importMIDIClicked(window, songOf(qv));
+void MainMenu::defaultClicked(CObject*) {
+    window->flows->setDefaultClicked();
 }
 
-void MainMenu::exportClicked(CObject *) {
-  exportMIDIClicked(window, songOf(qv));
+void MainMenu::importClicked(CObject*) {
+    importMIDIClicked(window, songOf(qv));
 }
 
-void MainMenu::exitClicked(CObject *) { window->hide(); }
+void MainMenu::exportClicked(CObject*) {
+    exportMIDIClicked(window, songOf(qv));
+}
+
+void MainMenu::exitClicked(CObject*) {
+    window->hide();
+}
 
 // The others.
 
-void MainMenu::addUndo(CPopup *popup, const char *name, const CStr &what) {
-  CStr text = window->getAction(name)->label;
-  if (!what.empty())
-    text += " " + what;
-  CMenuItem *item = addAction(popup, name, text);
-  item->enabled = !what.empty();
+void MainMenu::addUndo(CPopup* popup, const char* name, const CStr& what) {
+    CStr text = window->getAction(name)->label;
+    if (!what.empty()) text += " " + what;
+    CMenuItem* item = addAction(popup, name, text);
+    item->enabled = !what.empty();
 }
 
-void MainMenu::fillEdit(CPopup *popup) {
-  addUndo(popup, "undo", qv->undoText());
-  addUndo(popup, "redo", qv->redoText());
+void MainMenu::fillEdit(CPopup* popup) {
+    addUndo(popup, "undo", qv->undoText());
+    addUndo(popup, "redo", qv->redoText());
 }
 
-void MainMenu::fillView(CPopup *popup) {
-  for (const char *page : {"browser", "mixer", "priorpage", "nextpage"})
-    addAction(popup, page);
-  if (CCompEditor *page = window->pages->current()) {
-    page->fillCaptionMenu(popup->addSub("Page"));
-    add(popup, "Close all", &MainMenu::closeAllClicked);
-  }
-  popup->addSeparator();
-  add(popup, "Hints", &MainMenu::hintsClicked)->checked = window->hintsShown();
+void MainMenu::fillView(CPopup* popup) {
+    for (const char* page : {"browser", "mixer", "priorpage", "nextpage"}) addAction(popup, page);
+    if (CCompEditor* page = window->pages->current()) {
+        page->fillCaptionMenu(popup->addSub("Page"));
+        add(popup, "Close all", &MainMenu::closeAllClicked);
+    }
+    popup->addSeparator();
+    add(popup, "Hints", &MainMenu::hintsClicked)->checked = window->hintsShown();
 }
 
-void MainMenu::hintsClicked(CObject *) {
-  window->setHints(!window->hintsShown());
+void MainMenu::hintsClicked(CObject*) {
+    window->setHints(!window->hintsShown());
 }
 
-void MainMenu::closeAllClicked(CObject *) { window->pages->closeDocked(); }
-
-void MainMenu::fillSong(CPopup *popup) {
-  static constexpr const char *const entries[] = {"play",
-                                                  "record",
-                                                  "stop",
-                                                  "loop",
-                                                  "metronome",
-                                                  "",
-                                                  "rewind",
-                                                  "rewindToPlay",
-                                                  "priorbeat",
-                                                  "nextbeat",
-                                                  "leftlocator",
-                                                  "rightlocator",
-                                                  "",
-                                                  "playselection",
-                                                  "loopselection",
-                                                  "",
-                                                  "addmarker",
-                                                  "deletemarker",
-                                                  "priormarker",
-                                                  "nextmarker",
-                                                  "",
-                                                  "priorprog",
-                                                  "nextprog"};
-  for (const char *name : entries) {
-    if (*name)
-      addAction(popup, name);
-    else
-      popup->addSeparator();
-  }
+void MainMenu::closeAllClicked(CObject*) {
+    window->pages->closeDocked();
 }
 
-void MainMenu::fillTrack(CPopup *popup) {
-  CPopup *kinds = popup->addSub("Add track");
-  for (const TrackChoice &choice : trackChoices)
-    add(kinds, choice.text, &MainMenu::trackClicked, choice.kind);
-  popup->addSeparator();
-  for (const char *name : {"mute", "solo", "freeze", "bounce"})
-    addAction(popup, name);
+void MainMenu::fillSong(CPopup* popup) {
+    static constexpr const char* const entries[] = {"play",
+                                                    "record",
+                                                    "stop",
+                                                    "loop",
+                                                    "metronome",
+                                                    "",
+                                                    "rewind",
+                                                    "rewindToPlay",
+                                                    "priorbeat",
+                                                    "nextbeat",
+                                                    "leftlocator",
+                                                    "rightlocator",
+                                                    "",
+                                                    "playselection",
+                                                    "loopselection",
+                                                    "",
+                                                    "addmarker",
+                                                    "deletemarker",
+                                                    "priormarker",
+                                                    "nextmarker",
+                                                    "",
+                                                    "priorprog",
+                                                    "nextprog"};
+    for (const char* name : entries) {
+        if (*name)
+            addAction(popup, name);
+        else
+            popup->addSeparator();
+    }
 }
 
-void MainMenu::trackClicked(CObject *sender) {
-  window->songActions->addTrack(static_cast<CMenuItem *>(sender)->tag);
+void MainMenu::fillTrack(CPopup* popup) {
+    CPopup* kinds = popup->addSub("Add track");
+    for (const TrackChoice& choice : trackChoices)
+        add(kinds, choice.text, &MainMenu::trackClicked, choice.kind);
+    popup->addSeparator();
+    for (const char* name : {"mute", "solo", "freeze", "bounce"}) addAction(popup, name);
 }
 
-void MainMenu::fillHelp(CPopup *popup) {
-  add(popup, "About...", &MainMenu::aboutClicked);
+void MainMenu::trackClicked(CObject* sender) {
+    window->songActions->addTrack(static_cast<CMenuItem*>(sender)->tag);
 }
 
-void MainMenu::aboutClicked(CObject *) { showMsg(window, "About", aboutText); }
+void MainMenu::fillHelp(CPopup* popup) {
+    add(popup, "About...", &MainMenu::aboutClicked);
+}
+
+void MainMenu::aboutClicked(CObject*) {
+    showMsg(window, "About", aboutText);
+}
