@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -144,7 +145,8 @@ class SelectionsTest : public GuiTest {
 protected:
     /// Runs a line of the shell while our loop goes on. What it printed.
     std::string shell(const std::string& line) {
-        const std::string file = "/tmp/sondrava_selection_" + std::to_string(getpid());
+        const std::string file = std::filesystem::temp_directory_path() /
+                                 ("sondrava_selection_" + std::to_string(getpid()));
         CStringList words;
         for (const std::string& w : {std::string("sh"), std::string("-c"), line + " >" + file})
             words.add(w.c_str());
