@@ -162,8 +162,9 @@ TEST_F(ThemeTest, OldFormCountsOnlyWithoutTheNewOne) {
     EXPECT_EQ(clButton.fillCol, darkPalette().raised); // not in the file
 
     open(item("button") + field("itemfillcol", portable(1, 2, 3)) + item("panel", "itemid") +
-         oldForm + record("itemdata", old.bytes()));
+         oldForm + record("itemdata", old.bytes()) + field("itemtextcol", 255));
     EXPECT_EQ(clButton.fillCol, asColor(1, 2, 3));
+    EXPECT_EQ(clButton.textCol, red); // the item of the new form is still the one
     EXPECT_EQ(clMenuBar.fillCol, darkPalette().window);
 }
 
@@ -282,6 +283,10 @@ TEST_F(ThemeTest, AColourIsReplacedEverywhere) {
     CGui& gui = *app->gui;
     const int from = gui.palette.accent, to = asColor(10, 200, 30);
     setGuiGradient(clPanel, from, from, gradientDown);
+    setGuiSymbol(clPanel, from);
+    setGuiFrame(clPanel, 1, from);
+    setGuiSep(clMenuBar, 1, from, 6);
+    setGuiText(clMenuBar, from);
     gui.updateGuiItem(&clPanel);
     const int before = gui.numColors();
     gui.colorReplace(from, to);
@@ -330,6 +335,7 @@ TEST_F(ThemeTest, FillsPaintWhatTheyTell) {
     setGuiGlossy(it, 0x404080, 0.6f);
     ASSERT_NE(it.bitmap, nullptr);
     const Shot tiled = painted(it, drawWhole);
+    EXPECT_EQ(tiled.count(0x00ff00), 800 - 30 * 13 + 4); // without the round corners
     it.bitmap.reset();
     const Shot drawn = painted(it, drawWhole);
     for (int i = 0; i < 800; i++)
