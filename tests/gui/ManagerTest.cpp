@@ -149,31 +149,6 @@ TEST_P(ManagerTest, WindowsAreDockedAndComeBack) {
     }
 }
 
-/// A docked window is none of the manager's any more, and off its page it is one again.
-TEST_P(ManagerTest, WindowsAreDockedAndComeBack) {
-    constexpr long managed = 1;
-    const auto main = show("main", nullptr, {100, 100, 400, 300}, framed);
-    CDocker docker(app.get(), main.get(), "docker", 0, 40, 400, 260);
-    const auto tool = show("tool", main.get(), {600, 400, 160, 120}, framed | winDockable);
-    for (int round = 0; round < 3; round++) {
-        docker.dockWin(tool.get(), -1);
-        show("after", nullptr, {0, 0, 50, 50}, framed); // the manager has served what came before
-        EXPECT_TRUE(comesTo(tool.get(), {340, 280, 160, 120})) << round;
-        EXPECT_TRUE(tool->isViewable());
-        Window root, around = None, *list = nullptr;
-        unsigned count = 0;
-        XQueryTree(liveDisplay(), tool->handle, &root, &around, &list, &count);
-        if (list) XFree(list);
-        EXPECT_EQ(around, docker.handle);
-        docker.detach(tool.get(), {600, 400, 160, 120});
-        EXPECT_TRUE(comesTo(tool.get(), {600, 400, 160, 120})) << round;
-        EXPECT_TRUE(pumpUntil(
-            [&] { return !GetParam() || property(tool->handle, "WM_STATE") == managed; }));
-        EXPECT_TRUE(tool->isViewable());
-        EXPECT_EQ(docker.tabCount(), 0);
-    }
-}
-
 INSTANTIATE_TEST_SUITE_P(WithoutAndWith, ManagerTest, testing::Values(false, true));
 
 TEST_P(ManagerTest, ZonesAreDragged) {
