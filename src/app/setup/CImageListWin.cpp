@@ -1,10 +1,12 @@
 #include "app/setup/CImageListWin.h"
 
 #include "base/Messages.h"
+#include "base/Numbers.h"
 #include "base/Paths.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/Images.h"
+#include "gui/controls/CButton.h"
 #include "gui/controls/CListbox.h"
 #include "gui/dialogs/CFileWin.h"
 
@@ -17,8 +19,7 @@ constexpr int contentWidth = 480, contentHeight = 300, listWidth = 180, rowHeigh
 CImageListWin::CImageListWin(CWin* owner, CGui* theme, CImageChunk* chosen)
     : CDialogWin(owner, "Images", contentWidth, contentHeight, dialogStyle & ~winSizable),
       image(chosen), gui(theme), folder(getHomeFolder()) {
-    addButton("OK");
-    addButton("Add...", new _COnChange<CImageListWin>(this, &CImageListWin::addClicked));
+    addOkCancel("OK");
     const int high = contentBottom() - margin, right = margin + listWidth + gap;
     list = new CListbox(this, "images", margin, margin, listWidth, high);
     list->itemHeight = rowHeight;
@@ -29,6 +30,11 @@ CImageListWin::CImageListWin(CWin* owner, CGui* theme, CImageChunk* chosen)
     preview = new CCtrl(this, "preview", right, margin, contentWidth - margin - right, high);
     wire(preview->onPaint, new _COnPaint<CImageListWin>(this, &CImageListWin::paintPreview));
     addControl(preview);
+    auto* more = new CButton(this, "add", "Add...", margin, contentHeight - margin - buttonHeight,
+                             buttonWidth, buttonHeight);
+    more->hint = "Add an image from a PNG file";
+    more->onChange = new _COnChange<CImageListWin>(this, &CImageListWin::addClicked);
+    addControl(more);
     startCtrl = list;
     fill();
     mark(chosen);
@@ -89,7 +95,9 @@ void CImageListWin::paintPreview(CObject*, CGraphic* g, CRect rect) {
     const CBitmap* picture = shown ? shown->getCache() : nullptr;
     if (picture) {
         const ClipScope inside(g, sizeRect(rect, 1, 1, -1, -1));
-        g->render(picture, 0, 0, 0, 0, picture->width, picture->height);
+        const int x = asMax((rect.width() - picture->width) / 2, 0);
+        const int y = asMax((rect.height() - picture->height) / 2, 0);
+        g->render(picture, x, y, 0, 0, picture->width, picture->height);
     } else {
         g->drawText(colours.dimText, "No image", rect, 0);
     }
