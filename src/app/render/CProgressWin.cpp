@@ -1,0 +1,60 @@
+#include "app/render/CProgressWin.h"
+
+#include "app/main/CMainWin.h"
+#include "app/render/CProgressBar.h"
+#include "app/render/WorkScope.h"
+#include "gui/CApp.h"
+#include "gui/controls/CButton.h"
+#include "gui/controls/CTabs.h"
+
+namespace {
+
+constexpr int contentWidth = 360, contentHeight = 108;
+constexpr int textHeight = 20, barHeight = 16;
+constexpr int barTop = CDialogWin::margin + textHeight + 4;
+
+} // namespace
+
+CProgressWin::CProgressWin(CMainWin* owner, const CStr& title)
+    : CDialogWin(owner, title, contentWidth, contentHeight, winCaption | winCentre | winEscape),
+      main(owner),
+      status(new CLabel(this, "", margin, margin, contentWidth - 2 * margin, textHeight)),
+      bar(new CProgressBar(this, "progress", margin, barTop, contentWidth - 2 * margin,
+                           barHeight)) {
+    addControl(status);
+    addControl(bar);
+    addButton("Cancel", new _COnChange<CProgressWin>(this, &CProgressWin::cancelClicked));
+}
+
+CProgressWin::~CProgressWin() {
+    if (work) CDialogWin::hide();
+}
+
+void CProgressWin::cancelClicked(CObject*) {
+    hide();
+}
+
+void CProgressWin::hide() {
+    if (!work || cancelled) return;
+    cancelled = true;
+    status->setText("Cancelling...");
+    firstButton->setEnabled(false);
+}
+
+void CProgressWin::open() {
+    app->killMenu(nullptr);
+    show(true);
+    work = std::make_unique<WorkScope>(main, this);
+    work->turn();
+}
+
+void CProgressWin::onStatus(const CStr& text) {
+    if (!cancelled) status->setText(text);
+    if (!work) open();
+}
+
+bool CProgressWin::onRender(float done) {
+    bar->setDone(done);
+    if (work) work->turn();
+    return !cancelled;
+}
