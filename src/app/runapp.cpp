@@ -1,12 +1,12 @@
 #include "app/runapp.h"
 
 #include "app/AppHooks.h"
+#include "app/DeviceSettings.h"
 #include "app/TextAndScale.h"
 #include "app/main/CMainWin.h"
 #include "app/main/ProjectFlows.h"
 #include "base/CIniFile.h"
 #include "base/Messages.h"
-#include "base/Numbers.h"
 #include "base/Paths.h"
 #include "base/Process.h"
 #include "engine/CAAM.h"
@@ -22,9 +22,6 @@ namespace {
 constexpr const char* settingsName = "Sondrava.ini";
 constexpr const char* settingsFolder = ".Sondrava";
 constexpr int heartbeatMs = 40;
-constexpr int maxChannels = 32;
-constexpr int maxMidiPorts = 16;
-constexpr int framesWithoutDevice = 2048;
 
 /// Beside the program, or in the home folder when that cannot be written.
 CStr findSettings() {
@@ -41,47 +38,6 @@ void readWindowPlace(CIniFile& ini, CEditorStruct& place) {
     place.top = ini.readInteger("editor", "top", 100);
     place.width = ini.readInteger("editor", "width", 960);
     place.height = ini.readInteger("editor", "height", 640);
-}
-
-CStr numbered(const char* key, int i) {
-    return CStr(key) + asStr(i);
-}
-
-/// Enables the audio channels of the settings, or the first two of each direction.
-void enableChannels(CIniFile& ini, CAAM* aam) {
-    bool any = false;
-    for (int i = 0; i < maxChannels; i++) {
-        const int in = ini.readInteger("Audio inputs", numbered("channel", i), 0);
-        const int out = ini.readInteger("Audio outputs", numbered("channel", i), 0);
-        if (in) aam->audioInEnable(i, 1);
-        if (out) aam->audioOutEnable(i, 1);
-        any = any || in || out;
-    }
-    for (int i = 0; i < 2 && !any; i++) {
-        aam->audioInEnable(i, 1);
-        aam->audioOutEnable(i, 1);
-    }
-}
-
-void openAudio(CIniFile& ini, CAAM* aam) {
-    aam->setDriverType(ini.readInteger("audio", "driver", aam->driverType));
-    if (aam->numAudioDevs() == 0) {
-        aam->frames = framesWithoutDevice;
-        showMsg(nullptr, "Audio driver not found", "No Audio drivers found on your system?", mbOk);
-        return;
-    }
-    aam->setFrames(ini.readInteger("audio", "buffersize", aam->frames));
-    aam->setRate(float(ini.readInteger("audio", "samplerate", 44100)));
-    enableChannels(ini, aam);
-    aam->deviceRec = ini.readInteger("audio", "deviceRec", -1);
-    aam->audioOpen(ini.readInteger("audio", "device", 0));
-}
-
-void enableMidi(CIniFile& ini, CAAM* aam) {
-    for (int i = 0; i < maxMidiPorts; i++) {
-        if (ini.readInteger("MIDI inputs", numbered("device", i), 0)) aam->midiInEnable(i, 1);
-        if (ini.readInteger("MIDI outputs", numbered("device", i), 0)) aam->midiOutEnable(i, 1);
-    }
 }
 
 /// What lives for the length of a run, and dies in the order that this needs: the bridge first, so

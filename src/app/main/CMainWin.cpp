@@ -9,6 +9,8 @@
 #include "app/main/SongView.h"
 #include "app/main/StatusLine.h"
 #include "app/main/Toolbar.h"
+#include "app/setup/CSetupWin.h"
+#include "app/setup/GlobalPage.h"
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
@@ -40,6 +42,7 @@ CMainWin::CMainWin(CApp* application, CQV* host)
     minWidth = smallestWidth;
     minHeight = smallestHeight;
     editorType = groupArrange; // of the first page
+    GlobalPage::readOptions(host);
     setupActions(actionTable);
     actionTable.readShortcuts();
     wire(app->onKey, static_cast<COnKey*>(new _COnKey<CMainWin>(this, &CMainWin::handleKeyDown)));
@@ -201,6 +204,11 @@ void CMainWin::forgetSong() {
 
 void CMainWin::mdiChanged() {
     if (mainMenu) mainMenu->rebuild();
+}
+
+void CMainWin::openSetup() {
+    if (!setup) setup = std::make_unique<CSetupWin>(this, qv);
+    setup->open();
 }
 
 void CMainWin::showRecent(int x, int y) {

@@ -7,6 +7,7 @@
 #include <memory>
 
 class CQV;
+class CSetupWin;
 class CUndo;
 class MainActions;
 class MainMenu;
@@ -72,6 +73,7 @@ public:
     void updateDocker();
     /// The active page is another one: rebuilds the menu bar.
     void mdiChanged();
+    void openSetup();
     void showRecent(int x, int y); ///< the recent projects as a menu at a point of the screen
     void setHints(bool on);
     bool hintsShown() const { return showHints; }
@@ -93,6 +95,7 @@ private:
     void serveSong();
     void graphChanged();
     void peaksChanged();
+    void devicesChanged();
     void flatsChanged();
     void setCaptionText();
     void showDevice();
@@ -115,4 +118,5 @@ private:
     Toolbar* bar = nullptr;
     SongView* song = nullptr;
     StatusLine* status = nullptr;
+    std::unique_ptr<CSetupWin> setup; ///< null until it is opened first
 };

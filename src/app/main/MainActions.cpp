@@ -24,6 +24,7 @@ const MainActions::Command MainActions::commands[] = {
     {"rewind", &MainActions::rewind},
     {"rewindToPlay", &MainActions::rewindToPlay},
     {"metronome", &MainActions::metronome},
+    {"setup", &MainActions::setup},
     {"priorpage", &MainActions::priorPage},
     {"nextpage", &MainActions::nextPage},
 };
@@ -102,6 +103,10 @@ void MainActions::rewind() {
 
 void MainActions::rewindToPlay() {
     qv->setPos(double(qv->startPos));
+}
+
+void MainActions::setup() {
+    window->openSetup();
 }
 
 void MainActions::metronome() {

@@ -34,6 +34,7 @@ private:
     void rewind();
     void rewindToPlay();
     void metronome();
+    void setup();
     void priorPage();
     void nextPage();
 

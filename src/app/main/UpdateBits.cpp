@@ -6,6 +6,7 @@
 #include "app/main/SongView.h"
 #include "app/main/StatusLine.h"
 #include "app/main/Toolbar.h"
+#include "app/setup/CSetupWin.h"
 #include "engine/CAAM.h"
 #include "engine/CQV.h"
 #include "sequencer/CSeq.h"
@@ -35,7 +36,7 @@ void CMainWin::serveUpdates() {
         {0x200, nullptr},
         {4, &CMainWin::peaksChanged},
         {0x2000, &CMainWin::flatsChanged},
-        {8, nullptr},
+        {8, &CMainWin::devicesChanged},
         {0x8000, &CMainWin::updateDocker},
         {0x100, nullptr},
         {0x400, &CMainWin::redraw},
@@ -53,6 +54,10 @@ void CMainWin::graphChanged() {
 
 void CMainWin::peaksChanged() {
     updateEditors(updateParts);
+}
+
+void CMainWin::devicesChanged() {
+    if (setup && setup->visible) setup->tabChanged();
 }
 
 void CMainWin::flatsChanged() {

@@ -1,0 +1,232 @@
+#include "app/setup/AudioPage.h"
+
+#include "app/setup/CSetupWin.h"
+#include "app/setup/PortList.h"
+#include "base/CIniFile.h"
+#include "base/Numbers.h"
+#include "engine/CAAM.h"
+#include "engine/CQV.h"
+#include "gui/controls/CButton.h"
+#include "gui/controls/CDropdown.h"
+#include "gui/controls/CTabs.h"
+#include "gui/controls/CValue.h"
+#include "gui/dialogs/CFileWin.h"
+
+#include <cstdio>
+#include <iterator>
+
+namespace {
+
+constexpr const char *section = "audio", *noAudio = "<No audio>";
+constexpr int listWidth = 280, numberWidth = 104;
+constexpr int maxLatency = 96000; // frames
+constexpr unsigned updateDevice = 8;
+constexpr int blockSizes[] = {64, 128, 256, 512, 1024, 2048, 4096};
+constexpr int sampleRates[] = {22050, 44100, 48000, 96000, 192000};
+constexpr int bitWidths[] = {16, 24, 32};
+
+void write(const char* group, const char* key, int value) {
+    CIniFile(inifile).writeInteger(group, key, value);
+}
+
+} // namespace
+
+AudioPage::AudioPage(CSetupWin* window, CRect place) : SetupPage(window, place), bridge(qv->aam) {
+    addHeading("Device");
+    addDevice();
+    if (bridge) addStream();
+    addRecording();
+    addTempFolder();
+    if (bridge && bridge->opened) addChannels();
+}
+
+// The device. A list without a choice is left out.
+
+CDropdown* AudioPage::addDeviceList(const char* label, const char* name) {
+    return addField(label, new CDropdown(win, name, 0, 0, listWidth, fieldHeight));
+}
+
+void AudioPage::addDevice() {
+    const int drivers = bridge ? bridge->mumDriverTypes() : 0;
+    if (drivers > 1) {
+        driver = addDeviceList("Driver", "driver");
+        for (int i = 0; i < drivers; i++) driver->add(bridge->getDriverName(i));
+        driver->setIndex(bridge->driverType);
+        wire(driver->onChange, new _COnChange<AudioPage>(this, &AudioPage::driverChanged));
+    }
+    device = addDeviceList("Device", "device");
+    const int devices = bridge ? bridge->numAudioDevs() : 0;
+    for (int i = 0; i < devices; i++) device->add(bridge->audioName(i));
+    device->add(noAudio);
+    const bool chosen = bridge && bridge->device >= 0 && bridge->device < devices;
+    device->setIndex(chosen ? bridge->device : devices);
+    wire(device->onChange, new _COnChange<AudioPage>(this, &AudioPage::deviceChanged));
+    addNote(deviceState());
+    const int recDevices = bridge ? bridge->numAudioRecDevs() : 0;
+    if (recDevices == 0) return;
+    deviceRec = addDeviceList("Recording device", "deviceRec");
+    for (int i = 0; i < recDevices; i++) deviceRec->add(bridge->audioRecName(i));
+    deviceRec->add(noAudio);
+    deviceRec->setIndex(bridge->deviceRec >= 0 ? bridge->deviceRec : recDevices);
+    wire(deviceRec->onChange, new _COnChange<AudioPage>(this, &AudioPage::deviceRecChanged));
+}
+
+CStr AudioPage::deviceState() const {
+    if (!bridge || bridge->device < 0) return "";
+    if (!bridge->opened) return "Could not be opened";
+    constexpr double msPerSecond = 1000;
+    char text[64];
+    std::snprintf(text, sizeof(text), "Open, %.1f ms a block",
+                  bridge->frames * msPerSecond / double(bridge->rate));
+    return text;
+}
+
+void AudioPage::saveAudioOptions() {
+    write(section, "driver", bridge->driverType);
+    write(section, "device", bridge->device);
+    write(section, "deviceRec", bridge->deviceRec);
+    write(section, "buffersize", bridge->frames);
+    write(section, "samplerate", asRound(double(bridge->rate)));
+    savePorts(bridge, audioInputs);
+    savePorts(bridge, audioOutputs);
+}
+
+/// Another device is open, or none: what the page shows has changed.
+void AudioPage::reopened() {
+    saveAudioOptions();
+    qv->update(updateDevice);
+}
+
+void AudioPage::driverChanged(CObject*) {
+    bridge->setDriverType(driver->index);
+    bridge->audioOpen(bridge->device);
+    reopened();
+}
+
+void AudioPage::deviceChanged(CObject* sender) {
+    if (!bridge) return;
+    if (device->index >= bridge->numAudioDevs()) return disableAudioClicked(sender);
+    bridge->audioClose();
+    bridge->audioOpen(device->index);
+    reopened();
+}
+
+void AudioPage::disableAudioClicked(CObject*) {
+    bridge->audioClose();
+    bridge->audioOpen(-1);
+    reopened();
+}
+
+void AudioPage::deviceRecChanged(CObject*) {
+    bridge->deviceRec = deviceRec->index < bridge->numAudioRecDevs() ? deviceRec->index : -1;
+    saveAudioOptions();
+}
+
+// Block and rate wait for the button.
+
+CDropdown* AudioPage::addNumber(const char* label, const char* name, int value, const int* choices,
+                                int count) {
+    auto* field = addField(label, new CDropdown(win, name, 0, 0, numberWidth, fieldHeight));
+    for (int i = 0; i < count; i++) field->add(asStr(choices[i]));
+    field->editable = true;
+    field->setText(asStr(value));
+    wire(field->onChange, new _COnChange<AudioPage>(this, &AudioPage::onHasChanged));
+    wire(field->onInput, new _COnKey<AudioPage>(this, &AudioPage::numberTyped));
+    return field;
+}
+
+void AudioPage::addStream() {
+    frames = addNumber("Buffer size", "buffersize", bridge->frames, blockSizes,
+                       int(std::size(blockSizes)));
+    addNote("Frames, 1 to 16384");
+    rate = addNumber("Sample rate", "samplerate", asRound(double(bridge->rate)), sampleRates,
+                     int(std::size(sampleRates)));
+    apply = addBeside(
+        newButton("Apply changes", new _COnChange<AudioPage>(this, &AudioPage::applyClicked)));
+}
+
+bool AudioPage::numberTyped(CObject* sender, int& key, int) {
+    if (key < '0' || key > '9')
+        key = 0;
+    else
+        onHasChanged(sender);
+    return false;
+}
+
+void AudioPage::onHasChanged(CObject*) {
+    apply->setLit(true);
+}
+
+void AudioPage::applyClicked(CObject*) {
+    bridge->setFrames(strAsIntDef(frames->text, bridge->frames));
+    bridge->setRate(float(strAsIntDef(rate->text, asRound(double(bridge->rate)))));
+    bridge->needReopen = true;
+    apply->setLit(false);
+    reopened();
+}
+
+// Takes.
+
+void AudioPage::addRecording() {
+    addHeading("Recording");
+    bits = addField("Record", new CDropdown(win, "recbits", 0, 0, numberWidth, fieldHeight));
+    for (const int width0 : bitWidths) {
+        bits->add(asStr(width0) + "-bits");
+        if (width0 == qv->recBits) bits->setIndex(bits->count() - 1);
+    }
+    wire(bits->onChange, new _COnChange<AudioPage>(this, &AudioPage::bitsChanged));
+    latency = new CValue(win, "rec-latency", 0, 0, numberWidth, fieldHeight);
+    latency->max = maxLatency;
+    latency->showValue(qv->recLatency);
+    latency->liveUpdate = false;
+    wire(latency->onChange, new _COnChange<AudioPage>(this, &AudioPage::latencyChanged));
+    addField("Latency", latency);
+    addNote("Frames by which takes are moved to an earlier place");
+}
+
+void AudioPage::bitsChanged(CObject*) {
+    qv->recBits = bitWidths[bits->index];
+    write(section, "recbits", qv->recBits);
+}
+
+void AudioPage::latencyChanged(CObject*) {
+    qv->recLatency = latency->value;
+    qv->settings.setInt("rec-latency", latency->value);
+    write("options", "rec-latency", latency->value);
+}
+
+void AudioPage::addTempFolder() {
+    addField("Temp Audio folder",
+             newButton("Choose...",
+                       new _COnChange<AudioPage>(this, &AudioPage::tempAudioFolderClicked)));
+    tempFolder = addNote(qv->getTempAudioFolder());
+}
+
+void AudioPage::tempAudioFolderClicked(CObject*) {
+    CFolderWin dialog(setup, "Temp Audio folder", qv->getTempAudioFolder());
+    dialog.showModal();
+    if (!dialog.result) return;
+    qv->tempAudioFolder = dialog.path;
+    CIniFile(inifile).writeString("options", "tempaudiofolder", dialog.path);
+    tempFolder->setText(dialog.path);
+}
+
+// Channels.
+
+void AudioPage::addChannels() {
+    ins = new PortList(win, "audio-inputs", bridge, audioInputs);
+    outs = new PortList(win, "audio-outputs", bridge, audioOutputs);
+    wire(ins->onChecked, new _COnChange<AudioPage>(this, &AudioPage::audioInChecked));
+    wire(outs->onChecked, new _COnChange<AudioPage>(this, &AudioPage::audioOutChecked));
+    addPair("Audio inputs", ins, "Audio outputs", outs);
+}
+
+void AudioPage::audioInChecked(CObject*) {
+    ins->apply();
+    savePorts(bridge, audioOutputs); // the settings know all channels or none
+}
+
+void AudioPage::audioOutChecked(CObject*) {
+    outs->apply();
+    savePorts(bridge, audioInputs);
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "app/setup/SetupPage.h"
+
+class CAAM;
+class CDropdown;
+class CValue;
+class PortList;
+
+/// The audio device, its block and rate, its channels, and what takes are recorded as.
+class AudioPage : public SetupPage {
+public:
+    AudioPage(CSetupWin* window, CRect place);
+
+private:
+    void addDevice();
+    CDropdown* addDeviceList(const char* label, const char* name);
+    void addStream();
+    CDropdown* addNumber(const char* label, const char* name, int value, const int* choices,
+                         int count);
+    void addRecording();
+    void addTempFolder();
+    void addChannels();
+    CStr deviceState() const;
+    void saveAudioOptions();
+    void driverChanged(CObject* sender);
+    void deviceChanged(CObject* sender);
+    void deviceRecChanged(CObject* sender);
+    void disableAudioClicked(CObject* sender);
+    void onHasChanged(CObject* sender);
+    bool numberTyped(CObject* sender, int& key, int mods);
+    void applyClicked(CObject* sender);
+    void bitsChanged(CObject* sender);
+    void latencyChanged(CObject* sender);
+    void tempAudioFolderClicked(CObject* sender);
+    void audioInChecked(CObject* sender);
+    void audioOutChecked(CObject* sender);
+    void reopened();
+
+    CAAM* bridge;                                                         ///< null without one
+    CDropdown *driver = nullptr, *device = nullptr, *deviceRec = nullptr; ///< null: no choice
+    CDropdown *frames = nullptr, *rate = nullptr, *bits = nullptr;
+    CButton* apply = nullptr;
+    CValue* latency = nullptr;
+    CLabel* tempFolder = nullptr;
+    PortList *ins = nullptr, *outs = nullptr; ///< null while no device is open
+};

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "app/setup/SetupPage.h"
+
+class CListbox;
+
+/// The folders that the browser shows, a list for each kind.
+class FolderPage : public SetupPage {
+public:
+    FolderPage(CSetupWin* window, CRect place);
+
+private:
+    void addFolderSection(int mode, const CStr& title);
+    void fill(CListbox* list);
+    void addFolder(CObject* sender);
+    void delFolder(CObject* sender);
+};

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "app/setup/SetupPage.h"
+
+class CDropdown;
+class CEdit;
+class CQV;
+
+/// Options of the program as a whole, all in the section "options".
+class GlobalPage : public SetupPage {
+public:
+    GlobalPage(CSetupWin* window, CRect place);
+
+    /// Takes the options that the engine asks the host for from the settings, once at the start.
+    static void readOptions(CQV* host);
+
+private:
+    void addStart();
+    void addOptions();
+    void addText();
+    void startChanged(CObject* sender);
+    void optionChecked(CObject* sender);
+    void smoothChecked(CObject* sender);
+    void fontChanged(CObject* sender);
+    void sizeChanged(CObject* sender);
+    void scaleChanged(CObject* sender);
+
+    CDropdown *start = nullptr, *size = nullptr, *scale = nullptr;
+    CEdit* font = nullptr;
+};

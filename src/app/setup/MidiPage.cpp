@@ -1,0 +1,21 @@
+#include "app/setup/MidiPage.h"
+
+#include "app/setup/PortList.h"
+#include "engine/CQV.h"
+
+MidiPage::MidiPage(CSetupWin* window, CRect place) : SetupPage(window, place) {
+    if (!qv->aam) return;
+    ins = new PortList(win, "midi-inputs", qv->aam, midiInputs);
+    outs = new PortList(win, "midi-outputs", qv->aam, midiOutputs);
+    wire(ins->onChecked, new _COnChange<MidiPage>(this, &MidiPage::midiInChecked));
+    wire(outs->onChecked, new _COnChange<MidiPage>(this, &MidiPage::midiOutChecked));
+    addPair("MIDI inputs", ins, "MIDI outputs", outs);
+}
+
+void MidiPage::midiInChecked(CObject*) {
+    ins->apply();
+}
+
+void MidiPage::midiOutChecked(CObject*) {
+    outs->apply();
+}
