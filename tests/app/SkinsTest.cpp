@@ -7,6 +7,7 @@
 #include "app/setup/LooksTree.h"
 #include "base/Paths.h"
 #include "gui/Colours.h"
+#include "gui/Selections.h"
 #include "gui/controls/CColorButton.h"
 #include "gui/controls/CDropdown.h"
 
@@ -66,6 +67,29 @@ TEST_F(SkinsTest, TheSettingsChooseTheLook) {
         EXPECT_EQ(clWinBkgnd.fillCol, c.window) << c.look << " " << c.theme.asChar();
         EXPECT_EQ(app->gui->palette.window, c.window);
     }
+}
+
+/// Themes that are dropped or saved are the ones that the next start opens.
+TEST_F(SkinsTest, ADroppedThemeIsOpenedAndKept) {
+    start();
+    const CStr theme = at("my.qvl").c_str(), copy = at("copy.qvl").c_str();
+    writeTheme(theme, 55);
+    app->startDrag(win.get());
+    auto* item = new CDropItem("my.qvl", dropFile);
+    item->path = theme;
+    app->dragList->add(item);
+    win->dropAt(win->width / 2, win->height / 2, modLeft);
+    app->endDrag();
+    EXPECT_EQ(clWinBkgnd.fillCol, asColor(55, 0, 0));
+    EXPECT_EQ(setting("options", "look"), "-1");
+    EXPECT_EQ(setting("options", "theme"), theme.asChar());
+    EXPECT_FALSE(openTheme(app.get(), host.get(), at("gone.qvl").c_str()));
+    EXPECT_TRUE(saveTheme(app.get(), host.get(), copy));
+    EXPECT_EQ(setting("options", "theme"), copy.asChar());
+    chooseSkin(app.get(), host.get(), lookDefault);
+    EXPECT_EQ(setting("options", "look"), "-2");
+    EXPECT_EQ(setting("options", "theme"), "");
+    EXPECT_EQ(clWinBkgnd.fillCol, darkPalette().window);
 }
 
 /// What both skins promise: every text and symbol that an item uses reads on its fill, or, where it
