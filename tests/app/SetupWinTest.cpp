@@ -316,6 +316,7 @@ TEST_F(SetupWinTest, FoldersAreAddedAndTakenOut) {
         ASSERT_EQ(list->items.getCount(), 2) << l.title;
         EXPECT_EQ(setting(l.section, "0"), "/a=b");
         EXPECT_EQ(setting(l.section, "1"), path);
+        EXPECT_EQ(setting(l.section, "2"), "");
         EXPECT_EQ(host->updateArg, l.mode);
         click(list, 8, 8);
         click(find<CCtrl>(std::string(l.title) + " Del"));
@@ -337,7 +338,7 @@ TEST_F(SetupWinTest, AudioFolderNeedsASavedProject) {
     click(find<CCtrl>("Create"));
     EXPECT_EQ(titles, std::vector<std::string>{"Audio folder"});
     host->projectFile = at("my.song.qv").c_str();
-    setup->tabChanged();
+    win->projectChanged();
     click(find<CCtrl>("Create"));
     EXPECT_TRUE(folderExists(at("my.song_audio").c_str()));
     EXPECT_TRUE(host->modified);

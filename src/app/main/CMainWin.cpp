@@ -193,6 +193,7 @@ void CMainWin::projectChanged() {
     if (!qv->projectFile.empty()) qv->updatePeaks();
     qv->update(pageBits);
     setCaptionText();
+    if (setup) setup->projectChanged();
     resized();
     redraw();
 }

@@ -122,6 +122,10 @@ void CSetupWin::tabChanged() {
     redraw();
 }
 
+void CSetupWin::projectChanged() {
+    if (visible && tabNames[tab].make == make<ProjectPage>) tabChanged();
+}
+
 void CSetupWin::makePage() {
     if (page) {
         clientGroup->controls.remove(page);

@@ -24,6 +24,7 @@ public:
     void setTab(int index); ///< chooses a tab; others than the known ones do nothing
     /// Makes the page anew from what is in force. The field of that name keeps the focus.
     void tabChanged();
+    void projectChanged(); ///< the project has another name
 
     static int tabCount();
     static const char* tabName(int index);
