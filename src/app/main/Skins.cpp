@@ -71,7 +71,9 @@ void chooseSkin(CApp* app, CQV* host, int look) {
 }
 
 bool openTheme(CApp* app, CQV* host, const CStr& path) {
+    constexpr unsigned setupBit = 8; // its page shows the items of the former look
     if (!app->gui->open(path)) return false;
+    host->update(setupBit);
     writeChoice(host, lookTheme, path);
     return true;
 }

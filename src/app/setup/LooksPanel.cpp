@@ -21,6 +21,12 @@ constexpr int buttonWidth = 72, gap = 8, columnGap = 16;
 constexpr int rowHeight = 24, treeTop = rowHeight + gap, treeWidth = 200, noteHeight = 24;
 constexpr int editorWidth = 336;
 
+CTreeNode* firstItem(const CTreeNode& root) {
+    for (auto* area : each<CTreeNode>(root.children))
+        if (area->data) return area;
+    return nullptr;
+}
+
 } // namespace
 
 LooksPanel::LooksPanel(CWin* owner, CQV* host, int l, int t, int w, int h)
@@ -74,6 +80,8 @@ void LooksPanel::addEditor() {
                             width - x, noteHeight);
     note->setAlign(alignWidth | alignBottom, 0, 0);
     addControl(note);
+    tree->select(firstItem(tree->root));
+    treeChanged(nullptr);
 }
 
 void LooksPanel::treeChanged(CObject*) {
