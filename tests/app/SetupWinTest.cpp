@@ -1,12 +1,14 @@
 #include "MainFixture.h"
 
 #include "app/DeviceSettings.h"
+#include "app/main/Pages.h"
 #include "app/setup/CSetupWin.h"
 #include "app/setup/IniFolders.h"
 #include "base/Paths.h"
 #include "engine/CAAM.h"
 #include "engine/Cycle.h"
 #include "gui/controls/CButton.h"
+#include "gui/controls/CDocker.h"
 #include "gui/controls/CDropdown.h"
 #include "gui/controls/CListbox.h"
 #include "gui/controls/CTabs.h"
@@ -194,6 +196,7 @@ TEST_F(SetupWinTest, DeviceOfTheClockIsSetUpAndKept) {
 TEST_F(SetupWinTest, DeviceOfTheServerIsSetUpAndKept) {
     const Jack jack;
     testDevice("JACK", 44100);
+    bridge.reset(); // while the server is there to say good-bye to
 }
 
 TEST_F(SetupWinTest, ChoicesAreWrittenAtOnce) {
@@ -202,19 +205,21 @@ TEST_F(SetupWinTest, ChoicesAreWrittenAtOnce) {
         const char *page, *id;
         int row; ///< of a list; -1 is a click on a box
         const char *section, *key, *value;
-    } cases[] = {{"Global", "startup", 0, "options", "startwith", "-1"},
-                 {"Global", "startup", 2, "options", "startwith", "1"},
-                 {"Global", "startup", 3, "options", "startwith", "2"},
-                 {"Global", "savePosAndSize", -1, "options", "savePosAndSize", "1"},
-                 {"Global", "savePrompt", -1, "options", "savePrompt", "0"},
-                 {"Global", "rndTrackCol", -1, "options", "rndTrackCol", "1"},
-                 {"Global", "dft", -1, "options", "dft", "0"},
-                 {"Global", "showHint", -1, "options", "showHint", "0"},
-                 {"Global", "smooth-text", -1, "options", "smooth-text", "0"},
-                 {"Global", "font-size", 4, "options", "font-size", "11"},
-                 {"Global", "scale", 3, "options", "scale", "150"},
-                 {"Global", "scale", 0, "options", "scale", "0"},
-                 {"Audio", "recbits", 1, "audio", "recbits", "24"}};
+    } cases[] = {
+        {"Global", "startup", 0, "options", "startwith", "-1"},
+        {"Global", "startup", 2, "options", "startwith", "1"},
+        {"Global", "startup", 3, "options", "startwith", "2"},
+        {"Global", "savePosAndSize", -1, "options", "savePosAndSize", "1"},
+        {"Global", "savePrompt", -1, "options", "savePrompt", "0"},
+        {"Global", "rndTrackCol", -1, "options", "rndTrackCol", "1"},
+        {"Global", "dft", -1, "options", "dft", "0"},
+        {"Global", "modular-tab-always-show", -1, "options", "modular-tab-always-show", "1"},
+        {"Global", "showHint", -1, "options", "showHint", "0"},
+        {"Global", "smooth-text", -1, "options", "smooth-text", "0"},
+        {"Global", "font-size", 4, "options", "font-size", "11"},
+        {"Global", "scale", 3, "options", "scale", "150"},
+        {"Global", "scale", 0, "options", "scale", "0"},
+        {"Audio", "recbits", 1, "audio", "recbits", "24"}};
     for (const auto& c : cases) {
         openPage(c.page);
         if (c.row < 0)
@@ -225,6 +230,7 @@ TEST_F(SetupWinTest, ChoicesAreWrittenAtOnce) {
     }
     EXPECT_EQ(host->settings.getInt("rndTrackCol", 0), 1);
     EXPECT_EQ(host->recBits, 24);
+    EXPECT_EQ(win->pages->docker->tabCount(), 1);
     EXPECT_FALSE(win->hintsShown());
     typeInto("rec-latency", "321");
     click(find<CCtrl>("recbits"), 300, 300); // elsewhere

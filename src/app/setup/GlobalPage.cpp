@@ -1,11 +1,13 @@
 #include "app/setup/GlobalPage.h"
 
 #include "app/main/CMainWin.h"
+#include "app/main/Pages.h"
 #include "app/setup/CSetupWin.h"
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "gui/controls/CButton.h"
+#include "gui/controls/CDocker.h"
 #include "gui/controls/CDropdown.h"
 #include "gui/controls/CTabs.h"
 
@@ -30,6 +32,7 @@ constexpr Option options[] = {
     {"Random track color", "rndTrackCol", 0, true},
     {"Show frequency bands in main toolbar", "dft", 1, false},
     {"Show hint in toolbar", "showHint", 1, false},
+    {"Always show modular tab", "modular-tab-always-show", 0, false},
 };
 
 void write(const char* key, int value) {
@@ -83,7 +86,12 @@ void GlobalPage::optionChecked(CObject* sender) {
     const Option& o = options[box->tag];
     write(o.key, box->checked);
     if (qv->settings.getItem(o.key)) qv->settings.setInt(o.key, box->checked);
-    if (CStr(o.key) == "showHint") setup->mainWin->setHints(box->checked);
+    CMainWin* window = setup->mainWin;
+    if (CStr(o.key) == "showHint") window->setHints(box->checked);
+    if (CStr(o.key) == "modular-tab-always-show") {
+        window->pages->docker->tabAlwaysShow = box->checked;
+        window->updateDocker();
+    }
 }
 
 // Text and scale.
