@@ -159,6 +159,10 @@ void SetupWinTest::testDevice(const std::string& name, int grantedRate) {
         })) << c.typed;
         EXPECT_EQ(setting("audio", "buffersize"), wanted);
     }
+    typeInto("samplerate", "7999");
+    click(find<CButton>("Apply changes"));
+    EXPECT_TRUE(pumpUntil([&] { return find<CDropdown>("samplerate")->text == "44100"; }));
+    ASSERT_TRUE(pumpUntil([&] { return !bridge->needReopen && host->updateFlags == 0u; }));
     choose("samplerate", 2);
     EXPECT_EQ(host->rate, 44100);
     EXPECT_TRUE(find<CButton>("Apply changes")->lit);

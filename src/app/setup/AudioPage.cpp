@@ -159,7 +159,8 @@ void AudioPage::onHasChanged(CObject*) {
 
 void AudioPage::applyClicked(CObject*) {
     bridge->setFrames(strAsIntDef(frames->text, bridge->frames));
-    bridge->setRate(float(strAsIntDef(rate->text, asRound(double(bridge->rate)))));
+    const int hz = strAsIntDef(rate->text, asRound(double(bridge->rate)));
+    if (hz >= minRate) bridge->setRate(float(hz));
     bridge->needReopen = true;
     apply->setLit(false);
     reopened();
