@@ -309,6 +309,10 @@ void CApp::expose(CWin* win, const XEvent& event) {
     };
     CRect rect = area(event.xexpose);
     XEvent more;
+    // Parts exposed later are painted too, so a size that is told before them has to be known.
+    bool sized = false;
+    while (XCheckTypedWindowEvent(liveDisplay(), win->handle, ConfigureNotify, &more)) sized = true;
+    if (sized) win->resized();
     while (XCheckTypedWindowEvent(liveDisplay(), win->handle, Expose, &more))
         rect = unite(rect, area(toLogical(more).xexpose));
     win->paint(0, rect);
