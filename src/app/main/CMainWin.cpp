@@ -9,6 +9,7 @@
 #include "app/main/SongView.h"
 #include "app/main/StatusLine.h"
 #include "app/main/Toolbar.h"
+#include "app/render/RenderActions.h"
 #include "app/setup/CSetupWin.h"
 #include "app/setup/GlobalPage.h"
 #include "base/CIniFile.h"
@@ -38,7 +39,8 @@ CMainWin::CMainWin(CApp* application, CQV* host)
       flows(std::make_unique<ProjectFlows>(this, host)), qv(host),
       showHints(host->storeInt("showHint", 1) != 0), theme(application, host),
       mainActions(std::make_unique<MainActions>(this, host)),
-      songActions(std::make_unique<SongActions>(host)) {
+      songActions(std::make_unique<SongActions>(host)),
+      renderActions(std::make_unique<RenderActions>(this, host)) {
     minWidth = smallestWidth;
     minHeight = smallestHeight;
     editorType = groupArrange; // of the first page
@@ -78,7 +80,7 @@ void CMainWin::onTimer() {
 
 void CMainWin::hide() {
     if (visible) {
-        if (flows->loading() || !flows->mayLeave()) return;
+        if (pumping || flows->loading() || !flows->mayLeave()) return;
         flows->close();
         if (pages) pages->closeDocked();
         writeSettings();
@@ -137,11 +139,11 @@ bool CMainWin::handleKeyDown(CObject* sender, int& key, int mods) {
 
 bool CMainWin::onAction(CAction* action) {
     if (flows->loading()) return false;
-    return mainActions->run(action) || songActions->run(action);
+    return mainActions->run(action) || songActions->run(action) || renderActions->run(action);
 }
 
 bool CMainWin::knows(const CAction* action) const {
-    return mainActions->knows(action) || songActions->knows(action);
+    return mainActions->knows(action) || songActions->knows(action) || renderActions->knows(action);
 }
 
 void CMainWin::actionClicked(CObject* sender) {

@@ -13,6 +13,7 @@ class MainActions;
 class MainMenu;
 class Pages;
 class ProjectFlows;
+class RenderActions;
 class SongActions;
 class SongView;
 class StatusLine;
@@ -114,6 +115,7 @@ private:
     const ThemeLink theme;
     const std::unique_ptr<MainActions> mainActions;
     const std::unique_ptr<SongActions> songActions;
+    const std::unique_ptr<RenderActions> renderActions;
     std::unique_ptr<MainMenu> mainMenu;
     Toolbar* bar = nullptr;
     SongView* song = nullptr;

@@ -53,6 +53,17 @@ void folder(CGraphic* g, int x, int y) {
     g->fillRect(asRect(x - wide, y - half + 5, x + wide, y + half));
 }
 
+/// An arrow that comes down into a tray.
+void tray(CGraphic* g, int x, int y) {
+    constexpr int wide = 7, shaft = 2, head = 5;
+    g->fillRect(asRect(x - shaft / 2, y - half - 1, x + shaft / 2 + 1, y - 2));
+    for (int row = 0; row < head; row++)
+        g->fillRect(asRect(x - head + 1 + row, y - 2 + row, x + head - row, y - 1 + row));
+    g->fillRect(asRect(x - wide, y + half - 1, x + wide + 1, y + half + 1));
+    g->fillRect(asRect(x - wide, y + 1, x - wide + 2, y + half));
+    g->fillRect(asRect(x + wide - 1, y + 1, x + wide + 1, y + half));
+}
+
 } // namespace
 
 void drawGlyph(CGraphic* g, Glyph glyph, CRect rect, int color) {
@@ -77,6 +88,9 @@ void drawGlyph(CGraphic* g, Glyph glyph, CRect rect, int color) {
         break;
     case Glyph::loop:
         loopArrow(g, x, y);
+        break;
+    case Glyph::render:
+        tray(g, x, y);
         break;
     case Glyph::click:
         metronome(g, x, y);

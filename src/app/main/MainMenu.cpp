@@ -8,12 +8,15 @@
 #include "app/main/Pages.h"
 #include "app/main/ProjectFlows.h"
 #include "app/main/SongActions.h"
+#include "app/render/CRenderWin.h"
+#include "app/render/RenderActions.h"
 #include "base/Messages.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/CTrack.h"
+#include "sequencer/Freezing.h"
 
 #include <iterator>
 
@@ -191,7 +194,13 @@ void MainMenu::fillView(CPopup* popup) {
         add(popup, "Close all", &MainMenu::closeAllClicked);
     }
     popup->addSeparator();
+    add(popup, "Spectrum", &MainMenu::spectrumClicked)->checked =
+        qv->settings.getInt("dft", 1) != 0;
     add(popup, "Hints", &MainMenu::hintsClicked)->checked = window->hintsShown();
+}
+
+void MainMenu::spectrumClicked(CObject*) {
+    qv->settings.setInt("dft", !qv->settings.getInt("dft", 1));
 }
 
 void MainMenu::hintsClicked(CObject*) {
@@ -239,7 +248,23 @@ void MainMenu::fillTrack(CPopup* popup) {
     for (const TrackChoice& choice : trackChoices)
         add(kinds, choice.text, &MainMenu::trackClicked, choice.kind);
     popup->addSeparator();
-    for (const char* name : {"mute", "solo", "freeze", "bounce"}) addAction(popup, name);
+    for (const char* name : {"mute", "solo"}) addAction(popup, name);
+    popup->addSeparator();
+    if (CMenuItem* freeze = addAction(popup, "freeze"))
+        freeze->checked = window->renderActions->frozen();
+    addAction(popup, "bounce");
+    fillBounce(popup->addSub("Bounce range"));
+}
+
+void MainMenu::fillBounce(CPopup* popup) {
+    const int present = readBounceRange(qv);
+    for (int range = rangeSong; range <= rangeSelected; range++)
+        add(popup, renderRangeName(range), &MainMenu::bounceClicked, range)->checked =
+            range == present;
+}
+
+void MainMenu::bounceClicked(CObject* sender) {
+    writeBounceRange(qv, static_cast<CMenuItem*>(sender)->tag);
 }
 
 void MainMenu::trackClicked(CObject* sender) {

@@ -39,6 +39,7 @@ private:
     void fillEdit(CPopup* popup);
     void fillView(CPopup* popup);
     void fillTrack(CPopup* popup);
+    void fillBounce(CPopup* popup);
     void fillSong(CPopup* popup);
     void fillHelp(CPopup* popup);
 
@@ -56,6 +57,8 @@ private:
     void hintsClicked(CObject* sender);
     void closeAllClicked(CObject* sender);
     void trackClicked(CObject* sender);
+    void bounceClicked(CObject* sender);
+    void spectrumClicked(CObject* sender);
     void aboutClicked(CObject* sender);
 
     CMainWin* window;

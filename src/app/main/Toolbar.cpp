@@ -8,6 +8,7 @@
 #include "app/main/CMonitorVolume.h"
 #include "app/main/Displays.h"
 #include "app/main/Glyphs.h"
+#include "app/mixer/CSpectrum.h"
 #include "base/CIniFile.h"
 #include "engine/CClick.h"
 #include "engine/CQV.h"
@@ -22,7 +23,8 @@ constexpr int margin = 8;
 constexpr int buttonWidth = 36;
 constexpr int buttonTop = 12;
 constexpr int buttonHigh = 32;
-constexpr int masterWidth = 200;
+constexpr int masterWidth = 160;
+constexpr int spectrumTop = 4, spectrumHeight = 48;
 constexpr int meterTop = 23, meterHeight = 11;
 constexpr int volumeTop = 38, volumeHeight = 12;
 
@@ -33,6 +35,7 @@ Toolbar::Toolbar(CMainWin* owner, CQV* host, int w)
     setAlign(alignWidth, 0, 0);
     int x = margin;
     addRecent(x);
+    addButton(x, "render", Glyph::render, "Export Project (wav, aif, mp3)", nullptr);
     x += gap;
     addButton(x, "rewind", Glyph::rewind, "To the start of the song", nullptr);
     addButton(x, "stop", Glyph::stop, "Stop; once more silences everything", nullptr);
@@ -87,6 +90,10 @@ void Toolbar::addMaster() {
     const int x = width - masterWidth - margin;
     master = new CMeter(window, x, meterTop, masterWidth, meterHeight);
     master->setAlign(alignRight, margin, 0);
+    spectrum = new CSpectrum(window, x, spectrumTop, spectrumHeight, qv);
+    spectrum->setAlign(alignRight, margin + masterWidth + 3 * gap, 0);
+    addControl(spectrum);
+    qv->storeInt("dft", 1);
     master->hint = "Level of the output; a press clears the peaks";
     addControl(master);
     volume = new CMonitorVolume(window, x, volumeTop, masterWidth, volumeHeight, qv);
@@ -139,6 +146,17 @@ bool Toolbar::clicking() const {
     return qv->click->enabled && (qv->click->mode & clickPlay);
 }
 
+void Toolbar::resized() {
+    CGroup::resized();
+    if (spectrum) spectrum->visible = spectrumFits();
+}
+
+/// Asked for, and not in the way of the displays.
+bool Toolbar::spectrumFits() const {
+    return qv->settings.getInt("dft", 1) &&
+           spectrum->left >= activity->left + activity->width + gap;
+}
+
 void Toolbar::forgetSong() {
     master->channel = nullptr;
 }
@@ -150,7 +168,13 @@ void Toolbar::refresh() {
     for (CFigures* display : displays) display->refresh();
     activity->refresh();
     volume->refresh();
-    commands[3].button->litCol = win->app->gui->palette.record;
-    for (const Command& c : commands)
+    if (spectrum->visible != spectrumFits()) {
+        spectrum->visible = spectrumFits();
+        redraw();
+    }
+    spectrum->refresh();
+    for (const Command& c : commands) {
+        if (c.glyph == Glyph::record) c.button->litCol = win->app->gui->palette.record;
         if (c.isOn) c.button->setLit((this->*c.isOn)());
+    }
 }

@@ -13,10 +13,11 @@ class CMeter;
 class CMonitorVolume;
 class CPositionDisplay;
 class CQV;
+class CSpectrum;
 enum class Glyph;
 
 /// The transport: buttons for actions, position, tempo, signature, MIDI activity, and the level and
-/// monitor volume of the output.
+/// monitor volume of the output, with its spectrum where there is room.
 class Toolbar : public CGroup {
 public:
     static constexpr int barHeight = 56;
@@ -24,6 +25,7 @@ public:
     Toolbar(CMainWin* window, CQV* host, int width);
 
     void paint(CGraphic* g, CRect rect) override;
+    void resized() override;
     /// Brings the displays up to date. Interface tick.
     void refresh();
     /// The song is about to be deleted.
@@ -44,6 +46,7 @@ private:
     void addDisplays(int left);
     void addMaster();
     void readSettings();
+    bool spectrumFits() const;
     void paintGlyph(CObject* sender, CGraphic* g, CRect rect);
     void recentClicked(CObject* sender);
 
@@ -60,5 +63,6 @@ private:
     CPositionDisplay* position = nullptr;
     CActivityLight* activity = nullptr;
     CMeter* master = nullptr;
+    CSpectrum* spectrum = nullptr;
     CMonitorVolume* volume = nullptr;
 };

@@ -5,6 +5,8 @@
 #include "gui/CWin.h"
 #include "gui/Keys.h"
 
+#include <cmath>
+
 CEqView::CEqView(CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CCtrl(owner, name, l, t, w, h), curve(this) {
     clipped = true;
@@ -70,11 +72,11 @@ bool CEqView::keyDown(int key, int mods) {
     }
     if (current < 0) return false;
     EqHandle& handle = *curve.handles[current];
-    const int column = curve.FreqToScreen(handle.GetFreq());
+    const double column = std::pow(10.0, curve.scale);
     switch (key) {
     case keyLeft:
     case keyRight:
-        handle.SetFreq(curve.ScreenToFreq(column + (key == keyLeft ? -1 : 1)));
+        handle.SetFreq(key == keyLeft ? handle.GetFreq() / column : handle.GetFreq() * column);
         break;
     case ::keyUp:
     case ::keyDown:

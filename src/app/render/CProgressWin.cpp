@@ -44,6 +44,7 @@ void CProgressWin::hide() {
 void CProgressWin::open() {
     app->killMenu(nullptr);
     show(true);
+    setFocus(true);
     work = std::make_unique<WorkScope>(main, this);
     work->turn();
 }

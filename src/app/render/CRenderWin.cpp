@@ -61,8 +61,8 @@ CStr lengthText(double seconds) {
     constexpr int secondsPerMinute = 60;
     const int whole = asRound(seconds);
     char text[32];
-    if (whole < 1)
-        std::snprintf(text, sizeof(text), "%.2f s", seconds);
+    if (seconds < secondsPerMinute)
+        std::snprintf(text, sizeof(text), "%.1f s", seconds);
     else
         std::snprintf(text, sizeof(text), "%d:%02d min", whole / secondsPerMinute,
                       whole % secondsPerMinute);
@@ -292,6 +292,7 @@ void CRenderWin::setWorking(bool on) {
     work = on ? std::make_unique<WorkScope>(main, this) : nullptr;
     firstButton->setText(on ? "Processing" : "Save");
     firstButton->setEnabled(!on);
+    firstButton->lit = !on;
     if (shareButton) shareButton->setEnabled(!on);
     closeButton->setText(on ? "Cancel" : "Close");
     closeButton->setEnabled(true);
