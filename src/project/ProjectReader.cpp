@@ -72,6 +72,7 @@ private:
     CStr name() const;
     void showProgress();
     void fillDevices();
+    void closeSilenced();
     void warnOfMissing() const;
     void warnOfLeftOut() const;
 
@@ -266,6 +267,7 @@ void Reading::finish() {
             c->curOutput = std::clamp(c->curOutput, 0, std::max(c->outputs.getCount() - 1, 0));
         }
     }
+    closeSilenced();
     for (const CompIO& io : index.comps)
         if (io.comp->type == compSeq) static_cast<CSeq*>(io.comp)->afterRead();
     if (host->maps.empty()) host->maps.add(new CMapProg);
@@ -281,6 +283,20 @@ void Reading::fillDevices() {
         if (c->outputs.empty()) c->outputs.add(new COutputChannel(c));
         if (c->inPorts.empty()) c->inPorts.add(new CInputPort(c));
     }
+}
+
+/// Closes the strips that mute, or a solo elsewhere, silences: they would sound for the length of a
+/// ramp if the project were played at once.
+void Reading::closeSilenced() {
+    bool solo = false;
+    for (auto* c : each<CComp>(host->comps))
+        for (const auto* ch : each<COutputChannel>(c->outputs)) solo = solo || ch->solo;
+    for (auto* list : {&host->comps, &host->sends})
+        for (auto* c : each<CComp>(*list)) {
+            const bool exempt = c->type == compAudioOut || c->type == compGroupCh || !solo;
+            for (auto* ch : each<COutputChannel>(c->outputs))
+                if (ch->mute || !(exempt || ch->solo)) ch->setVol(0.0f, false);
+        }
 }
 
 void Reading::warnOfMissing() const {

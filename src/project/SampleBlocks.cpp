@@ -153,6 +153,16 @@ bool readRecord(ItemView& item, CQV* host) {
     return true;
 }
 
+/// Reads as many records as the item says, up to the first that fails.
+void readRecords(ItemView& item, CQV* host, bool (*readOne)(ItemView& item, CQV* host)) {
+    constexpr int about = 1024; // bytes of a sample, without its frames
+    const int count = item.readInt();
+    for (int i = 0; i < count; ++i) {
+        if (!LoadBudget::take("samples", about)) return item.skipRest();
+        if (!readOne(item, host)) return;
+    }
+}
+
 } // namespace
 
 void writeWithFrames(CStream* stream, const CSample* sample) {
@@ -183,13 +193,9 @@ void writeSamples(CStream* stream, CQV* host) {
 }
 
 void readSamples2(ItemView& item, CQV* host) {
-    const int count = item.readInt();
-    for (int i = 0; i < count; ++i)
-        if (!readRecord2(item, host)) return;
+    readRecords(item, host, readRecord2);
 }
 
 void readSamples(ItemView& item, CQV* host) {
-    const int count = item.readInt();
-    for (int i = 0; i < count; ++i)
-        if (!readRecord(item, host)) return;
+    readRecords(item, host, readRecord);
 }

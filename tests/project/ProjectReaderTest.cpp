@@ -268,6 +268,10 @@ TEST(ProjectReader, LimitsHoldAndAreTold) {
          "programs, components"},
         {"tracks of songs", times(5, comp("comp2", 4, 1, "T", times(1024, track))),
          "tracks, components"},
+        {"samples",
+         item("samples2",
+              number(200000) + times(200000, text("") + real(1) + bytes({16, 1, 2, 0}))),
+         "samples"},
         {"automation", comp("comp2", 4, 1, "P", parts), "automation"},
     };
     for (const auto& c : cases) {

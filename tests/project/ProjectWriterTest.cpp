@@ -208,10 +208,6 @@ void build(ProjectFixture& f, const ProjectFolder& folder) {
 
     d.connectMIDI(d.midiIn, arp);
     d.connectMIDI(seq, sampler);
-    for (const auto* out : each<COutputChannel>(seq->outputs)) {
-        GraphHold hold(host);
-        d.out->addAudioCable(const_cast<COutputChannel*>(out), nullptr);
-    }
     d.connectMIDI(arp, sampler);
     d.connect(sampler, group);
     d.connect(group, rack);
@@ -229,7 +225,8 @@ void build(ProjectFixture& f, const ProjectFolder& folder) {
     ch->sendLevels[0]->level = 0.6f;
     ch->sendLevels[1]->level = 0.4f;
     for (const float wet : {0.5f, 1.0f}) addInsert(ch, newRack(host, wet));
-    seq->output(2)->mute = 1;
+    seq->output(0)->sendLevels[1]->level = 0.8f; // heard from the first frame, were it not muted
+    at<CComp>(host->sends, 1)->output()->mute = 1;
     seq->output(1)->setEqFrequency(2, 500.0f);
 
     auto* maps = static_cast<CMapProg*>(host->maps.first());
