@@ -84,8 +84,8 @@ protected:
         event->length = 900;
         part->addEvent(0, event);
     }
-    /// So long that nobody would wait for its end.
-    void lengthen() { static_cast<CPart*>(songTrack->parts.last())->length = 1 << 26; }
+    /// Over an hour, which takes some seconds to render.
+    void lengthen() { static_cast<CPart*>(songTrack->parts.last())->length = 1 << 23; }
     /// What another program reads in a file's header.
     std::string header(const std::string& name) const {
         std::string told;
@@ -203,14 +203,9 @@ TEST_F(RenderWinTest, TellsWhatCannotBeExported) {
     inDialog(dialogTitle, [&] { choose("range", 2); });
     keysInDialog(dialogTitle, {"Return"});
     keysInDialog("Render", {"Return"});
-    inDialog(dialogTitle, [&] { choose("range", 0); });
-    saveTo("Save as", "/proc/none/song.wav"); // stays in the file dialog
-    keysInDialog("Save as", {"Escape"});
     keysInDialog(dialogTitle, {"Escape"});
     key("F5");
-    EXPECT_EQ(titles, (std::vector<std::string>{dialogTitle, "Render", dialogTitle, "Save as",
-                                                dialogTitle}));
-    EXPECT_TRUE(filesIn(at("")).count("song.wav") == 0);
+    EXPECT_EQ(titles, (std::vector<std::string>{dialogTitle, "Render", dialogTitle}));
 }
 
 /// Whatever runs stays open until it is cancelled, and then has left nothing behind; a wave stays
@@ -218,7 +213,8 @@ TEST_F(RenderWinTest, TellsWhatCannotBeExported) {
 TEST_F(RenderWinTest, EscapeCancels) {
     startSong();
     lengthen();
-    const std::set<std::string> before = filesIn(at(""));
+    std::set<std::string> before = filesIn(at(""));
+    before.insert({"part.wav", "settings.ini"});
     for (const char* action : {"freeze", "bounce"}) {
         std::filesystem::create_directory(at("song_audio"));
         const Impatience impatience;
@@ -226,7 +222,7 @@ TEST_F(RenderWinTest, EscapeCancels) {
         EXPECT_EQ(filesIn(at("song_audio")), std::set<std::string>{}) << action;
         EXPECT_EQ(frozen(), 0);
         EXPECT_EQ(tracks(), 1);
-        EXPECT_EQ(app->modalWin, nullptr);
+        EXPECT_TRUE(titles.empty()) << action << " failed: " << titles.front();
     }
     for (const auto& [format, name] : {std::pair(0, "part.wav"), std::pair(2, "part.mp3")}) {
         std::unique_ptr<Impatience> impatience;
@@ -243,12 +239,7 @@ TEST_F(RenderWinTest, EscapeCancels) {
         settle();
     }
     EXPECT_EQ(header("part.wav").rfind("wav 44100 16 2 ", 0), 0u) << header("part.wav");
-    std::set<std::string> after = filesIn(at(""));
-    after.erase("part.wav");
-    after.erase("settings.ini");
-    std::set<std::string> expected = before;
-    expected.erase("settings.ini");
-    EXPECT_EQ(after, expected);
+    EXPECT_EQ(filesIn(at("")), before);
 }
 
 TEST_F(RenderWinTest, FreezesAndBouncesAsStepsOfTheHistory) {
