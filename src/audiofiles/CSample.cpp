@@ -283,8 +283,12 @@ void CSample::peakfile(const CThread* worker) {
     bool going = chs <= maxPlayChannels;
     while (going && peaks.peakFrames < frames) {
         const int n = std::min(pieceFrames, frames - peaks.peakFrames);
-        readFrames(peaks.peakFrames, n, values);
-        peaks.add(values, n);
+        if (const std::int16_t* shorts = shortData()) {
+            peaks.add(shorts + peaks.peakFrames, n);
+        } else {
+            readFrames(peaks.peakFrames, n, values);
+            peaks.add(values, n);
+        }
         going = !(worker && worker->shallPause());
     }
     needsPeaks = !going && chs <= maxPlayChannels;

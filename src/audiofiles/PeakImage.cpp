@@ -56,11 +56,12 @@ bool PeakImage::store() {
     return true;
 }
 
-void PeakImage::add(const float* data, int frames) {
-    constexpr int lanes = 8; // a multiple of every channel count, so that lanes stay apart
+/// `lanes` is a multiple of every channel count, so that the channels stay apart.
+template <class T, int lanes>
+void PeakImage::addValues(const T* data, int frames, float scale) {
     while (chs > 0 && frames > 0) {
         const int n = std::min(frames, framesPerEntry - inWindow), values = n * chs;
-        float low[lanes] = {}, high[lanes] = {};
+        T low[lanes] = {}, high[lanes] = {};
         int i = 0;
         for (; i + lanes <= values; i += lanes)
             for (int k = 0; k < lanes; k++) {
@@ -72,8 +73,8 @@ void PeakImage::add(const float* data, int frames) {
             high[i % chs] = std::max(high[i % chs], data[i]);
         }
         for (int k = 0; k < lanes; k++) {
-            peakMin[k % chs] = std::min(peakMin[k % chs], low[k]);
-            peakMax[k % chs] = std::max(peakMax[k % chs], high[k]);
+            peakMin[k % chs] = std::min(peakMin[k % chs], float(low[k]) * scale);
+            peakMax[k % chs] = std::max(peakMax[k % chs], float(high[k]) * scale);
         }
         data += values;
         frames -= n;
@@ -81,4 +82,12 @@ void PeakImage::add(const float* data, int frames) {
         inWindow = (inWindow + n) % framesPerEntry;
         if (inWindow == 0 && !store()) return;
     }
+}
+
+void PeakImage::add(const float* data, int frames) {
+    addValues<float, 8>(data, frames, 1.0f);
+}
+
+void PeakImage::add(const int16_t* data, int frames) {
+    addValues<int16_t, 16>(data, frames, 1.0f / 32768.0f);
 }

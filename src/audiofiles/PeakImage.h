@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 
 /// What a waveform is drawn from: for each 128 frames and each channel the lowest and the highest
 /// value, both spanning zero. One thread adds, any others read what is complete: entries never
@@ -23,6 +24,7 @@ public:
     void reset(int channels);
     /// `frames` interleaved frames of the channels told to `reset`.
     void add(const float* data, int frames);
+    void add(const int16_t* data, int frames); ///< 32768 is full scale
 
     /// Complete entries. Any thread.
     int count() const { return entries.load(std::memory_order_acquire); }
@@ -42,6 +44,8 @@ private:
     };
 
     static Place place(int index);
+    template <class T, int lanes>
+    void addValues(const T* data, int frames, float scale);
     bool store();
 
     int chs = 0;
