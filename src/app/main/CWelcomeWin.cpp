@@ -53,6 +53,12 @@ void CWelcomeWin::fill(int chosenKind) {
     kinds->setIndex(chosenKind >= 0 && chosenKind < offeredKinds ? chosenKind : kindDefault);
 }
 
+bool CWelcomeWin::keyDown(int key, int mods) {
+    const bool inList = keyCtrl && (keyCtrl == kinds || keyCtrl == files);
+    if (key == ' ' && !mods && inList && onKeyDown) return (*onKeyDown)(this, key, mods);
+    return CDialogWin::keyDown(key, mods);
+}
+
 // One choice out of both lists.
 
 void CWelcomeWin::kindChanged(CObject*) {

@@ -5,7 +5,8 @@
 class CListbox;
 class CStringList;
 
-/// "Welcome": asks for a kind of new project or one that was open lately.
+/// "Welcome": asks for a kind of new project or one that was open lately. Space goes to `onKeyDown`,
+/// unless a button has the focus: it plays the song behind the window.
 class CWelcomeWin : public CDialogWin {
 public:
     int kind;  ///< ProjectKind of the result
@@ -15,6 +16,7 @@ public:
     CWelcomeWin(CWin* owner, const CStringList& recent, int chosenKind);
 
     void accept() override;
+    bool keyDown(int key, int mods) override;
 
 private:
     CListbox* addList(const char* name, const char* title, int left, int wide);

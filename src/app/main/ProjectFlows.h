@@ -63,6 +63,7 @@ private:
     LoadResult open(const CStr& path);
     void create(int kind);
     bool openDefault();
+    bool welcomeKey(CObject* sender, int& key, int mods);
     bool wants(const LeftCopy& left);
     LoadResult recover(const LeftCopy& left);
     bool recoverAny();

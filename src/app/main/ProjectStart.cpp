@@ -59,11 +59,17 @@ void ProjectFlows::beginLast() {
 void ProjectFlows::newClicked() {
     if (asking || window->app->modalWin) return;
     CWelcomeWin welcome(window, recent.paths, iniReadInt("last", "template", kindDefault));
+    wire(welcome.onKeyDown,
+         static_cast<COnKey*>(new _COnKey<ProjectFlows>(this, &ProjectFlows::welcomeKey)));
     welcome.showModal();
     if (!welcome.result) return;
     if (welcome.kind >= 0 && welcome.kind < offeredKinds)
         CIniFile(inifile).writeInteger("last", "template", welcome.kind);
     newProject(welcome.kind, welcome.path);
+}
+
+bool ProjectFlows::welcomeKey(CObject*, int&, int) {
+    return window->onAction(window->getAction(qv->playing ? "stop" : "play"));
 }
 
 // The copies that a crash has left.
