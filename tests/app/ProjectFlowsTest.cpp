@@ -303,4 +303,8 @@ TEST_F(ProjectFlowsTest, WelcomeChoosesKindOrProject) {
         EXPECT_EQ(tracks(), c.tracks) << c.keys.size() << c.keys.front();
         EXPECT_EQ(setting("last", "template"), c.kept);
     }
+    keysInDialog("Welcome", {"space", "Escape"});
+    key("ctrl+n");
+    EXPECT_TRUE(pumpUntil([&] { return host->playing && !app->modalWin; }))
+        << "the song can be heard before a project is chosen";
 }
