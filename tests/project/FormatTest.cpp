@@ -43,9 +43,12 @@ eq2 0 0 100 0 0.5 1 2 3 0 0 1 1000 3 1 0 0 0 -1 0 1 2000 0 1 0 0 0 0 0 2 8000 0 
 )";
 
 std::string component(int type, int kind, const std::string& name) {
-    const bool blocks = type >= 10 && type <= 13;
+    const bool blocks = type >= 10 && type <= 13, unknown = type == 77;
     return "comp2 1 " + std::to_string(type) + " " + std::to_string(kind) + " 7 8 \"" + name +
-           "\" 1 2" + (blocks || type == 4 || type == 7 ? "\n" : " -\n");
+           "\" 1 2" +
+           (blocks || type == 4 ? "\n"
+            : unknown           ? " 6f646400\n"
+                                : " -\n");
 }
 
 const char* const window = "comped 5 6 400 300 0 0 -1 0\nhideChs 0\n";
@@ -141,6 +144,7 @@ mc 0 2 0 0 0 0
 ac 0 2 0 0 1 0
 ac 0 3 0 0 1 0
 ac 2 0 0 0 1 0
+mc 0 4 0 0 1 0
 ccplay 20
 ccstop 21
 ccrew 22

@@ -351,16 +351,3 @@ TEST(ProjectWriter, TracksGetTheirChannelsByPosition) {
         f.device.run(3);
     }
 }
-
-/// What this program cannot make stays in the file, cables and content included.
-TEST(ProjectWriter, UnknownComponentsAreKept) {
-    using namespace qvf;
-    ProjectFixture f;
-    const std::string alien = comp("comp2", 77, 1, "Alien", std::string("any\0thing", 9), 0, 4);
-    ASSERT_EQ(f.load(file(alien + item("aout", number(2)) + comp("comp2", 13, 1, "Out") +
-                          item("ain", number(2)) + cable("ac", 0, 0, 0, 0, 1, 0))),
-              LoadResult::good);
-    const std::string again = f.save();
-    EXPECT_NE(again.find(alien), std::string::npos);
-    EXPECT_NE(again.find(cable("ac", 0, 0, 0, 0, 1, 0)), std::string::npos);
-}
