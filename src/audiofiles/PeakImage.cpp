@@ -56,9 +56,10 @@ bool PeakImage::store() {
     return true;
 }
 
-/// `lanes` is a multiple of every channel count, so that the channels stay apart.
+/// Lanes alternate between the channels, of which there are one or two.
 template <class T, int lanes>
 void PeakImage::addValues(const T* data, int frames, float scale) {
+    const int other = chs - 1; // turns a lane into its channel
     while (chs > 0 && frames > 0) {
         const int n = std::min(frames, framesPerEntry - inWindow), values = n * chs;
         T low[lanes] = {}, high[lanes] = {};
@@ -69,12 +70,17 @@ void PeakImage::addValues(const T* data, int frames, float scale) {
                 high[k] = data[i + k] > high[k] ? data[i + k] : high[k];
             }
         for (; i < values; i++) {
-            low[i % chs] = std::min(low[i % chs], data[i]);
-            high[i % chs] = std::max(high[i % chs], data[i]);
+            low[i & other] = std::min(low[i & other], data[i]);
+            high[i & other] = std::max(high[i & other], data[i]);
         }
-        for (int k = 0; k < lanes; k++) {
-            peakMin[k % chs] = std::min(peakMin[k % chs], float(low[k]) * scale);
-            peakMax[k % chs] = std::max(peakMax[k % chs], float(high[k]) * scale);
+        for (int half = lanes / 2; half >= 2; half /= 2)
+            for (int k = 0; k < half; k++) {
+                low[k] = std::min(low[k], low[k + half]);
+                high[k] = std::max(high[k], high[k + half]);
+            }
+        for (int k = 0; k < 2; k++) {
+            peakMin[k & other] = std::min(peakMin[k & other], float(low[k]) * scale);
+            peakMax[k & other] = std::max(peakMax[k & other], float(high[k]) * scale);
         }
         data += values;
         frames -= n;
