@@ -1,5 +1,6 @@
 #include "base/ZeroPages.h"
 
+#include <bit>
 #include <cstdlib>
 #include <map>
 #include <mutex>
@@ -53,7 +54,7 @@ public:
             waiting.pop_back();
             return block;
         }
-        waiting.reserve(++taken[bytes]); // so that `give` cannot fail
+        waiting.reserve(std::bit_ceil(++taken[bytes])); // so that `give` cannot fail
         if (left < bytes) {
             rest = static_cast<unsigned char*>(map(arenaBytes));
             left = arenaBytes;
