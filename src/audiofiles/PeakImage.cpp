@@ -1,10 +1,43 @@
 #include "audiofiles/PeakImage.h"
 
+#include "base/Clones.h"
+
 #include <algorithm>
 #include <bit>
 #include <cassert>
-#include <cmath>
 #include <new>
+
+namespace {
+
+/// Lowers `low` and raises `high` to the values at even and at odd places.
+template <int lanes, class T>
+[[gnu::always_inline]] inline void spread(const T* data, int values, T* low, T* high) {
+    T least[lanes] = {}, most[lanes] = {};
+    int i = 0;
+    for (; i + lanes <= values; i += lanes)
+        for (int k = 0; k < lanes; k++) {
+            least[k] = data[i + k] < least[k] ? data[i + k] : least[k];
+            most[k] = data[i + k] > most[k] ? data[i + k] : most[k];
+        }
+    for (; i < values; i++) {
+        least[i & 1] = std::min(least[i & 1], data[i]);
+        most[i & 1] = std::max(most[i & 1], data[i]);
+    }
+    for (int k = 0; k < lanes; k++) {
+        low[k & 1] = std::min(low[k & 1], least[k]);
+        high[k & 1] = std::max(high[k & 1], most[k]);
+    }
+}
+
+SONDRAVA_CLONES void findExtremes(const float* data, int values, float* low, float* high) {
+    spread<16>(data, values, low, high);
+}
+
+SONDRAVA_CLONES void findExtremes(const int16_t* data, int values, int16_t* low, int16_t* high) {
+    spread<32>(data, values, low, high);
+}
+
+} // namespace
 
 PeakImage::~PeakImage() {
     reset(0);
@@ -35,7 +68,7 @@ const unsigned char* PeakImage::entry(int index) const {
 
 unsigned char PeakImage::encode(float value) {
     const float v = value > -1.0f ? std::min(value, 1.0f) : (value <= -1.0f ? -1.0f : 0.0f);
-    return static_cast<unsigned char>(int(std::floor(v * 127.0f + 0.5f)) + 127);
+    return static_cast<unsigned char>(int(double(v * 127.0f + 0.5f) + 127.0)); // no longer below 0
 }
 
 bool PeakImage::store() {
@@ -56,33 +89,18 @@ bool PeakImage::store() {
     return true;
 }
 
-/// Lanes alternate between the channels, of which there are one or two.
-template <class T, int lanes>
+template <class T>
 void PeakImage::addValues(const T* data, int frames, float scale) {
-    const int other = chs - 1; // turns a lane into its channel
     while (chs > 0 && frames > 0) {
-        const int n = std::min(frames, framesPerEntry - inWindow), values = n * chs;
-        T low[lanes] = {}, high[lanes] = {};
-        int i = 0;
-        for (; i + lanes <= values; i += lanes)
-            for (int k = 0; k < lanes; k++) {
-                low[k] = data[i + k] < low[k] ? data[i + k] : low[k];
-                high[k] = data[i + k] > high[k] ? data[i + k] : high[k];
-            }
-        for (; i < values; i++) {
-            low[i & other] = std::min(low[i & other], data[i]);
-            high[i & other] = std::max(high[i & other], data[i]);
-        }
-        for (int half = lanes / 2; half >= 2; half /= 2)
-            for (int k = 0; k < half; k++) {
-                low[k] = std::min(low[k], low[k + half]);
-                high[k] = std::max(high[k], high[k + half]);
-            }
+        const int n = std::min(frames, framesPerEntry - inWindow);
+        T low[2] = {}, high[2] = {};
+        findExtremes(data, n * chs, low, high);
         for (int k = 0; k < 2; k++) {
-            peakMin[k & other] = std::min(peakMin[k & other], float(low[k]) * scale);
-            peakMax[k & other] = std::max(peakMax[k & other], float(high[k]) * scale);
+            float &least = peakMin[k & (chs - 1)], &most = peakMax[k & (chs - 1)];
+            least = std::min(least, float(low[k]) * scale);
+            most = std::max(most, float(high[k]) * scale);
         }
-        data += values;
+        data += n * chs;
         frames -= n;
         peakFrames += n;
         inWindow = (inWindow + n) % framesPerEntry;
@@ -91,9 +109,9 @@ void PeakImage::addValues(const T* data, int frames, float scale) {
 }
 
 void PeakImage::add(const float* data, int frames) {
-    addValues<float, 8>(data, frames, 1.0f);
+    addValues(data, frames, 1.0f);
 }
 
 void PeakImage::add(const int16_t* data, int frames) {
-    addValues<int16_t, 16>(data, frames, 1.0f / 32768.0f);
+    addValues(data, frames, 1.0f / 32768.0f);
 }

@@ -44,7 +44,7 @@ private:
     };
 
     static Place place(int index);
-    template <class T, int lanes>
+    template <class T>
     void addValues(const T* data, int frames, float scale);
     bool store();
 
