@@ -78,12 +78,6 @@ void renumber(CPart* part, const std::vector<int>& places) {
 
 } // namespace
 
-void takeKit(DrumKit& kit, CSeq* seq, CTrack* track, CUndo* undo) {
-    undo->asInt(track->openHeight.address());
-    track->openHeight = track->openHeight + kit.height();
-    kit.take(seq->drumClips, undo);
-}
-
 bool takeDrums(ClipContent& clip, CSeq* seq, CTrack* track, CUndo* undo) {
     CLayer* layer = track->drumLayer();
     DrumKit& kit = clip.drums();
@@ -92,6 +86,6 @@ bool takeDrums(ClipContent& clip, CSeq* seq, CTrack* track, CUndo* undo) {
     dropSounds(kit, places.known);
     kit.retarget(layer, seq);
     renumber(clip.part.get(), places.ofSound);
-    if (!kit.sounds.empty()) takeKit(kit, seq, track, undo);
+    if (!kit.sounds.empty()) seq->takeKit(kit, track, undo);
     return true;
 }

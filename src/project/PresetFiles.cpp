@@ -46,7 +46,7 @@ void addSlices(CSeq* seq, CTrack* track, const CStr& path, CUndo* undo) {
     CREX2 loop(path, int(seq->host->rate));
     DrumKit kit(seq->host, track->drumLayer(), seq);
     kit.addSlices(loop);
-    if (!kit.sounds.empty()) takeKit(kit, seq, track, undo);
+    if (!kit.sounds.empty()) seq->takeKit(kit, track, undo);
 }
 
 /// Adds the sounds of a file behind those there are.

@@ -176,6 +176,9 @@ public:
     void addStandardKit(CTrack* track);
     /// Adds the sounds of a kit file, by the step if there is one. False without any in it.
     bool openDrumBank(CTrack* track, const CStr& path, CUndo* undo);
+    /// The sounds of a kit, made for the track's layer, come to the end of it, and the track's opened
+    /// height grows with them; by the step if there is one.
+    void takeKit(DrumKit& kit, CTrack* track, CUndo* undo);
     CTrack* drumToTrack(const CDrumSound* sound);
     /// Records that a drum sound leaves with its events; those of later sounds follow them.
     void deleteDrum(CDrumSound* sound, CUndo* undo);
@@ -233,7 +236,6 @@ private:
     void warnOnce(const CStr& text);
     void noticeLoss();
     void tellWarning();
-    void takeKit(DrumKit& kit, CTrack* track, CUndo* undo);
     void eachDrum(const std::function<void(CDrumSound*)>& visit);
     struct NewTrack;
     void makePorts(CTrack* track);

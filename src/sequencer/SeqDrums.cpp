@@ -45,7 +45,6 @@ void CSeq::addStandardKit(CTrack* track) {
     takeKit(kit, track, nullptr);
 }
 
-/// Moves a kit into a track, whose opened height grows with it.
 void CSeq::takeKit(DrumKit& kit, CTrack* track, CUndo* undo) {
     if (undo) undo->asInt(track->openHeight.address());
     track->openHeight = track->openHeight + kit.height();
