@@ -130,11 +130,15 @@ bool CMainWin::handleKeyDown(CObject* sender, int& key, int mods) {
     const bool typing = target && target->type == ctrlEdit;
     if (mods != 0 || typing || app->modalWin || !app->menus.empty() || flows->loading())
         return false;
-    if (key == ' ') return mainActions->run(getAction(qv->playing ? "stop" : "play"));
+    if (key == ' ') return playOrStop();
     if (key == keyHome) return mainActions->run(getAction("rewind"));
     if (key != keyEscape || from != this || !keyCtrl) return false;
     setKeyCtrl(nullptr);
     return true;
+}
+
+bool CMainWin::playOrStop() {
+    return mainActions->run(getAction(qv->playing ? "stop" : "play"));
 }
 
 bool CMainWin::onAction(CAction* action) {

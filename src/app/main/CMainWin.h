@@ -52,6 +52,7 @@ public:
     void resized() override;
     bool keyDown(int key, int mods) override;
     bool onAction(CAction* action) override;
+    bool playOrStop(); ///< what Space does
     /// For `CApp::onKey`: Space, Home and Escape in every window of the program.
     bool handleKeyDown(CObject* sender, int& key, int mods);
 

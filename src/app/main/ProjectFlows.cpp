@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr const char* productName = "Sondrava";
 constexpr const char* projectExt = ".qv";
 constexpr int askYesNoCancel = mbYes | mbNo | mbCancel;
 

@@ -22,6 +22,8 @@ class CQV;
 /// whose only effect is that the next `tick` loads.
 class ProjectFlows {
 public:
+    static constexpr const char* productName = "Sondrava"; ///< title of the questions
+
     RecentFiles recent;
     CMixer mixer; ///< what the project keeps of the mixer view
 

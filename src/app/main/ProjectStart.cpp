@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr const char* productName = "Sondrava";
-
 /// Values of the option "startwith".
 enum StartWith : int { startAsks = -1, startDefault = 0, startEmpty = 1, startLast = 2 };
 
@@ -69,7 +67,7 @@ void ProjectFlows::newClicked() {
 }
 
 bool ProjectFlows::welcomeKey(CObject*, int&, int) {
-    return window->onAction(window->getAction(qv->playing ? "stop" : "play"));
+    return window->playOrStop();
 }
 
 // The copies that a crash has left.
