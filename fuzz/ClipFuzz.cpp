@@ -1,14 +1,10 @@
+#include "FuzzHost.h"
 #include "audiofiles/CSample.h"
 #include "base/CStream.h"
-#include "base/Messages.h"
-#include "driver/libaam.h"
-#include "engine/CQV.h"
-#include "engine/CUndo.h"
 #include "project/ClipContent.h"
 #include "project/ClipDrop.h"
 #include "project/ClipFiles.h"
 #include "project/ClipPreview.h"
-#include "project/CompTable.h"
 #include "project/SongSounds.h"
 #include "sequencer/CSeq.h"
 
@@ -20,24 +16,11 @@
 
 namespace {
 
-constexpr int blockFrames = 64;
 constexpr double previewSeconds = 0.05;
 
 struct Session {
-    Session() {
-        messageHooks().showMsg = [](CWin*, const CStr&, const CStr&, int flags) {
-            return answerOfEscape(flags);
-        };
-        enterCompTypes();
-        qv = host;
-        host->settingsEnabled = false;
-        host->setFrames(blockFrames);
-        host->init();
-        seq = addSequencer(host);
-    }
-
-    CQV* host = new CQV;
-    CSeq* seq;
+    CQV* host = fuzzHost();
+    CSeq* seq = addSequencer(host);
 
     /// The part that comes of a stream, in a step that is done; null for what is no clip.
     CPart* put(CStream* in) {
@@ -53,18 +36,11 @@ struct Session {
         const GraphHold hold(host);
         host->setPos(0.0);
         host->start();
-        for (int i = 0; i < blocks; ++i) {
-            host->prepare(blockFrames);
-            host->process(blockFrames);
-        }
+        playBlocks(host, blocks);
         host->stop();
     }
     void takeBack() {
-        while (host->undoIndex >= 0) {
-            host->undoClicked();
-            host->settle();
-        }
-        host->undoClear();
+        takeAllBack(host);
         if (!seq->tracks.empty() || !host->samples.empty()) abort();
     }
 };

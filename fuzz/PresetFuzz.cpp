@@ -1,15 +1,11 @@
+#include "FuzzHost.h"
 #include "base/CStream.h"
-#include "base/Messages.h"
 #include "effects/CEffect.h"
-#include "engine/CQV.h"
-#include "engine/CUndo.h"
 #include "engine/MidiBytes.h"
 #include "instruments/ArpFiles.h"
 #include "instruments/CArp.h"
 #include "instruments/CSampler.h"
 #include "instruments/DrumKit.h"
-#include "project/CompTable.h"
-#include "project/KitDrop.h"
 #include "project/SongSounds.h"
 #include "sequencer/CSeq.h"
 
@@ -20,18 +16,8 @@
 
 namespace {
 
-constexpr int blockFrames = 64;
-
 struct Session {
     Session() {
-        messageHooks().showMsg = [](CWin*, const CStr&, const CStr&, int flags) {
-            return answerOfEscape(flags);
-        };
-        enterCompTypes();
-        qv = host;
-        host->settingsEnabled = false;
-        host->setFrames(blockFrames);
-        host->init();
         seq = addSequencer(host);
         drums = seq->addTrack(trackDrum, seq->getProg(), nullptr)->track;
         sampler = add(new CSampler(host));
@@ -43,7 +29,7 @@ struct Session {
         host->getAudioOut()->addAudioCable(rack->output(), nullptr);
     }
 
-    CQV* host = new CQV;
+    CQV* host = fuzzHost();
     CSeq* seq;
     CTrack* drums;
     CSampler* sampler;
@@ -53,9 +39,9 @@ struct Session {
     void play() {
         const GraphHold hold(host);
         for (int i = 0; i < 3; ++i) {
-            host->prepare(blockFrames);
+            host->prepare(host->frames);
             arp->inPort()->addMidiEvent(0.0, asData(midiNoteOn, 60, 100));
-            host->process(blockFrames);
+            host->process(host->frames);
         }
     }
     void openKit(CStream* in) {
@@ -63,16 +49,9 @@ struct Session {
         {
             DrumKit kit(host, drums->drumLayer(), seq);
             kit.read(in, in->getSize());
-            takeKit(kit, seq, drums, step);
+            seq->takeKit(kit, drums, step);
         }
         host->undoEnd(step, true);
-    }
-    void takeBack() {
-        while (host->undoIndex >= 0) {
-            host->undoClicked();
-            host->settle();
-        }
-        host->undoClear();
     }
 
 private:
@@ -105,7 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     if (CEffectProg* prog = session.rack->getProg()) session.rack->saveProg(&out, prog);
     if (CArpProg* prog = session.arp->getProg()) writeProgram(&out, *prog);
     writeDrumKit(&out, "Kit", *session.drums->drumLayer());
-    session.takeBack();
+    takeAllBack(session.host);
     if (!session.drums->drumLayer()->sounds.empty()) abort();
     return 0;
 }

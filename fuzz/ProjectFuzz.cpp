@@ -1,10 +1,8 @@
+#include "FuzzHost.h"
 #include "base/CStream.h"
-#include "base/Messages.h"
 #include "driver/libaam.h"
 #include "engine/CMixer.h"
-#include "engine/CQV.h"
 #include "engine/Cycle.h"
-#include "project/CompTable.h"
 #include "project/ProjectFile.h"
 #include "project/ProjectUi.h"
 #include "sequencer/CSeq.h"
@@ -16,19 +14,9 @@
 namespace {
 
 struct Session {
-    Session() {
-        messageHooks().showMsg = [](CWin*, const CStr&, const CStr&, int flags) {
-            return answerOfEscape(flags);
-        };
-        enterCompTypes();
-        qv = host;
-        host->settingsEnabled = false;
-        host->setFrames(64);
-        host->init();
-        mixer.init();
-    }
+    Session() { mixer.init(); }
 
-    CQV* host = new CQV;
+    CQV* host = fuzzHost();
     CMixer mixer{host};
     ProjectUi ui;
     Project project{host, &mixer, &ui};
