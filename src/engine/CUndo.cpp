@@ -116,6 +116,13 @@ CUndoItem* CUndo::asSwap(CUndoContent* object, CUndoContent* edited) {
     return item;
 }
 
+CUndoItem* CUndo::asAct(CObject* object, int tag, int tag2) {
+    CUndoItem* item = newItem(object);
+    item->tag = tag;
+    item->tag2 = tag2;
+    return item;
+}
+
 void CUndo::drop(const CObject* object) {
     CList old;
     while (auto* item = static_cast<CUndoItem*>(items.first())) {

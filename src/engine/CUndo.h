@@ -104,6 +104,9 @@ public:
     CUndoItem* asName(CStr* field);
     /// Content of `object` is exchanged with `edited`, which the item owns from now on.
     CUndoItem* asSwap(CUndoContent* object, CUndoContent* edited);
+    /// A change of the component's own to an object that stays where it is: `perform` carries it
+    /// out, and takes it back. The object outlives the step.
+    CUndoItem* asAct(CObject* object, int tag, int tag2 = 0);
     /// Deletes the items about an object.
     void drop(const CObject* object);
 

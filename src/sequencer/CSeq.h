@@ -12,12 +12,22 @@
 
 #include <functional>
 #include <memory>
+#include <vector>
 
 class CDrumSound;
 class CEditorComp;
+class CSample;
 class CSnap;
 class DrumKit;
 struct SongLinks;
+
+/// What becomes of the two sides of a cut.
+enum SplitMode : int {
+    splitApart = 1,     ///< the right side moves on by the gap
+    splitKeepRight = 2, ///< it alone stays, moved back by the gap
+    splitKeepLeft = 3,  ///< the left side alone stays
+    splitCutOut = 4,    ///< the gap is cut out of the part, and the right side closes up
+};
 
 /// Notifications of the sequencer to its views.
 constexpr unsigned updateTracks = 16;
@@ -58,9 +68,10 @@ public:
     CList masterParts;           ///< of CPart, owned: what ghosts share
     CList drumClips;             ///< of CSampleClip, owned: what the drums of all tracks play
     SongOptions options;
-    CList selectedTracks;                          ///< of CSongTrack: selected in the arrangement
-    CList copies;                                  ///< of CPart, owned: the clipboard
-    const std::unique_ptr<CSnap> snap;             ///< the grid of the view that edits
+    CList selectedTracks;              ///< of CSongTrack: selected in the arrangement
+    CList copies;                      ///< of CPart, owned: the clipboard
+    std::vector<int> copyTracks;       ///< of each of `copies`: index of the track it came from
+    const std::unique_ptr<CSnap> snap; ///< the grid of the view that edits
     const std::unique_ptr<CEditorComp> editorComp; ///< the editor's window
     TakeEdits edits;                               ///< on their way into the song
     CRecThread recThread;
@@ -171,13 +182,36 @@ public:
     /// the first one.
     CPart* makeGhost(CPart* part, CUndo* undo);
 
+    // Edits of parts (PartSplit.cpp, PartClipboard.cpp, SamplePaste.cpp, PartActions.cpp).
+    /// Records that two parts come in place of one: that before the cut, `at` ticks behind its
+    /// start, and that behind it. Notes stay whole on the side where they begin, clips are cut,
+    /// points on the cut come to both sides. Neither is selected nor a ghost. `gap` in ticks, at
+    /// least 0, is of use to all modes (SplitMode) but `splitKeepLeft`. False, and nothing is
+    /// recorded, where the part does not span the cut, or its only clip has no frame on one side.
+    bool splitPart(CSongTrack* songTrack, CPart* part, int at, int gap, int mode, CUndo* undo);
+    /// One step: cuts the events of the part that is edited at the position; without such a part,
+    /// the selected parts that span the position, or when none is selected all that do.
+    void splitAtCursorClicked(CObject* = nullptr);
+    /// One step: fades the first two selected audio parts over the time in which both play.
+    void crossfadeClicked(CObject* = nullptr);
+    /// Appends a copy to `copies`: of the selected notes, drums or clips when there are any, and
+    /// then from the first of them on, else of the whole part.
+    void copyToClipboard(CPart* part);
+    /// Records that the events of a copied part come into another of its class, the first at
+    /// `tick`, and selects them and that part. Between parts of a single clip each, frames are
+    /// inserted into a new file. False, and nothing is recorded, for parts that don't go together.
+    bool pasteData(CUndo* undo, CPart* source, CPart* target, int tick);
+    /// A new, empty sample in the format of another, with a file where new audio goes, that is not
+    /// yet to be kept. The caller owns it; null if it can't be made.
+    CSample* cloneSampleType(CSample* like);
+
     // Drums.
     /// Kick, snare, clap and two hats that choke each other, at the end of the track's kit.
     void addStandardKit(CTrack* track);
     /// Adds the sounds of a kit file, by the step if there is one. False without any in it.
     bool openDrumBank(CTrack* track, const CStr& path, CUndo* undo);
-    /// The sounds of a kit, made for the track's layer, come to the end of it, and the track's opened
-    /// height grows with them; by the step if there is one.
+    /// The sounds of a kit, made for the track's layer, come to the end of it, and the track's
+    /// opened height grows with them; by the step if there is one.
     void takeKit(DrumKit& kit, CTrack* track, CUndo* undo);
     CTrack* drumToTrack(const CDrumSound* sound);
     /// Records that a drum sound leaves with its events; those of later sounds follow them.
