@@ -144,11 +144,14 @@ void CWin::captionMouseDown(CObject*, int, int, int btn) {
 
 void CWin::captionMouseUp(CObject*, int, int, int btn) {
     if (!(btn & modRight)) return;
+    dropCaptionMenu(mousePos(), false);
+}
+
+void CWin::dropCaptionMenu(CPoint at, bool fromKeys) {
     auto* popup = new CPopup(app, this);
     popup->autoDelete = true;
     fillCaptionMenu(popup);
-    const CPoint at = mousePos();
-    popup->popup(at.x, at.y);
+    popup->popup(at.x, at.y, fromKeys);
 }
 
 void CWin::fillCaptionMenu(CPopup* popup) {
@@ -296,6 +299,11 @@ bool CWin::ownKey(int key, int mods) {
     }
     if (key == keyF11 && hasStyle(winSizable)) {
         toggleMaximized();
+        return true;
+    }
+    if (key == ' ' && mods == modAlt && captionGroup) {
+        dropCaptionMenu(addPos(getPos(true), asPoint(borderSize, borderSize + captionHeight)),
+                        true);
         return true;
     }
     if (key != keyTab) return false;

@@ -25,7 +25,7 @@ CPopup::CPopup(CApp* application, CWin* owner)
     face->onMouseDown = new _COnMouse<CPopup>(this, &CPopup::itemsMouseDown);
     face->onMouseMove = new _COnMouse<CPopup>(this, &CPopup::itemsMouseMove);
     face->onMouseUp = new _COnMouse<CPopup>(this, &CPopup::itemsMouseUp);
-    face->onWheel = new _COnWheel<CPopup>(this, &CPopup::itemsWheel);
+    onWheel = new _COnWheel<CPopup>(this, &CPopup::itemsWheel); // wherever the pointer is
 }
 
 CPopup::~CPopup() {
@@ -124,7 +124,8 @@ void CPopup::measure() {
 void CPopup::place() {
     int x = wanted.x;
     if (x + width > screenWidth())
-        x = opener ? opener->getPos(true).x - width + subMenuOverlap : screenWidth() - width;
+        x = opener && opener->visible ? opener->getPos(true).x - width + subMenuOverlap
+                                      : screenWidth() - width;
     const int y = asMin(wanted.y, screenHeight() - height);
     setPos(asMax(x, 0), asMax(y, 0));
 }
@@ -143,7 +144,7 @@ void CPopup::show(bool activate) {
     measure();
     resized();
     place();
-    if (byKeys) selectNext(-1, 1);
+    if (byKeys) selectLine(0);
     if (visible)
         redraw();
     else
@@ -176,7 +177,7 @@ void CPopup::scrollBy(int pixels) {
 
 /// Shows in the menus that led here which entries did.
 void CPopup::markInOpener() {
-    if (!opener) return;
+    if (!opener || !opener->visible) return;
     app->killTimer(opener);
     int index = 0;
     for (const auto* item : each<CMenuItem>(opener->items)) {
@@ -220,11 +221,20 @@ void CPopup::executeItem(CMenuItem* item, bool close) {
     }
     if (item->kind == menuRows) item->tag = subIndex;
     if (close)
-        app->killMenu(nullptr);
+        leave();
     else
         item->checked = !item->checked;
     redraw();
     if (item->onChange) (*item->onChange)(item);
+}
+
+/// Closes all menus, and takes the keys from the bar that they have come from.
+void CPopup::leave() {
+    app->killMenu(nullptr);
+    const CPopup* root = this;
+    while (root->opener) root = root->opener;
+    auto* owner = static_cast<CWin*>(root->parent);
+    if (owner && owner->menu && owner->keyCtrl == owner->menu) owner->setKeyCtrl(nullptr);
 }
 
 void CPopup::onTimer() {
@@ -245,7 +255,8 @@ void CPopup::onTimer() {
 bool CPopup::keyDown(int key, int mods) {
     CPopup* root = this;
     while (root->opener) root = root->opener;
-    if (!mods && menuKey(key)) return true;
+    const bool shifted = mods == modShift && key > ' ';
+    if ((!mods || shifted) && menuKey(key)) return true;
     if (root->onKeyDown && (*root->onKeyDown)(root, key, mods)) return true;
     return CWin::keyDown(key, mods);
 }
@@ -260,10 +271,10 @@ bool CPopup::menuKey(int key) {
         step(1);
         return true;
     case keyHome:
-        selectNext(-1, 1);
+        selectLine(0);
         return true;
     case keyEnd:
-        selectNext(items.getCount(), -1);
+        selectLine(-1);
         return true;
     case keyLeft:
         if (opener) hide();
@@ -285,29 +296,55 @@ bool CPopup::menuKey(int key) {
         hide();
         return true;
     default:
-        return false;
+        if (key > ' ') jumpTo(key);
+        return key > ' ';
     }
 }
 
-/// Selects the next entry from index `from` on in direction `by` that can be, in a ring.
-void CPopup::selectNext(int from, int by) {
-    const int count = items.getCount();
-    for (int k = 1; k <= count; k++) {
-        const int index = ((from + k * by) % count + count) % count;
-        const CMenuItem* item = getItem(index);
-        if (!item->selectable() || (item->kind == menuRows && item->rowCount == 0)) continue;
-        selectItem(index, item->kind == menuRows && by < 0 ? item->rowCount - 1 : 0, true, true);
-        return;
+std::vector<CPopup::Line> CPopup::lines() const {
+    std::vector<Line> all;
+    int index = 0;
+    for (const auto* item : each<CMenuItem>(items)) {
+        const int rows = item->kind == menuRows ? item->rowCount : 1;
+        for (int row = 0; item->selectable() && row < rows; row++) all.push_back({index, row});
+        index++;
     }
+    return all;
+}
+
+/// Counts on around both ends.
+void CPopup::selectLine(int line) {
+    const std::vector<Line> all = lines();
+    if (all.empty()) return;
+    const int count = int(all.size());
+    const Line& at = all[size_t((line % count + count) % count)];
+    selectItem(at.index, at.sub, true, false);
 }
 
 void CPopup::step(int by) {
-    const CMenuItem* item = selected < 0 ? nullptr : getItem(selected);
-    const int row = subIndex + by;
-    if (item && item->kind == menuRows && row >= 0 && row < item->rowCount)
-        selectItem(selected, row, true, true);
-    else
-        selectNext(item ? selected : by > 0 ? -1 : items.getCount(), by);
+    int line = 0, current = by > 0 ? -1 : 0;
+    for (const Line& at : lines()) {
+        if (at.index == selected && at.sub == subIndex) current = line;
+        line++;
+    }
+    selectLine(current + by);
+}
+
+/// To the next line that begins with a letter, in a ring.
+void CPopup::jumpTo(int letter) {
+    const auto begins = [&](const Line& at) {
+        CMenuItem* item = getItem(at.index);
+        const CStr text = item->kind == menuRows ? item->rowText(at.sub) : item->label();
+        return sameText(text.sub(0, 1), CStr(char(letter)));
+    };
+    const auto behind = [&](const Line& at) {
+        return at.index > selected || (at.index == selected && at.sub > subIndex);
+    };
+    const Line* found = nullptr;
+    const std::vector<Line> all = lines();
+    for (const Line& at : all)
+        if (begins(at) && (!found || (behind(at) && !behind(*found)))) found = &at;
+    if (found) selectItem(found->index, found->sub, true, false);
 }
 
 void CPopup::itemsMouseDown(CObject*, int, int, int) {

@@ -3,6 +3,8 @@
 #include "gui/CWin.h"
 #include "gui/controls/CMenuItem.h"
 
+#include <vector>
+
 /// A popup menu. It is filled with `add`, and `popup` runs it until it is closed. Higher than the
 /// screen, it scrolls between two buttons.
 ///
@@ -34,7 +36,7 @@ public:
     /// when it has been closed. `fromKeys`: the first entry is selected.
     void popup(int x, int y, bool fromKeys = false);
     void show(bool activate) override;
-    bool keyDown(int key, int mods) override;
+    bool keyDown(int key, int mods) override; ///< a letter selects the next line it begins
     void onTimer() override;
 
     /// Selects an entry, and row `sub` of a block; -1 nothing. One that cannot be chosen leaves the
@@ -55,16 +57,24 @@ private:
     bool byKeys = false;                 ///< it is being opened by a key
     int contentHeight = 0, scrolled = 0;
 
+    /// What the keys stop at: an entry, or a row of a block.
+    struct Line {
+        int index, sub;
+    };
+
     CCtrl* addArea(const char* name);
     CCtrl* addScrollButton(const char* name, int dir);
     void measure();
     int contentWidth() const;
     void place();
     void scrollBy(int pixels);
+    void leave();
     bool itemAt(int y, int& index, int& sub) const;
     bool menuKey(int key);
+    std::vector<Line> lines() const;
+    void selectLine(int line);
     void step(int by);
-    void selectNext(int from, int by);
+    void jumpTo(int letter);
     void openSubMenu(CMenuItem* item, bool fromKeys);
     void markInOpener();
     void paintItems(CObject* sender, CGraphic* g, CRect rect);
