@@ -56,11 +56,13 @@ CSizer::CSizer(CWin* owner, const CStr& name, int l, int t, int w, int h)
     cursor = cursorCorner;
 }
 
-/// The window that stands on the screen; a page lies inside one.
+/// The window that stands on the screen, but a page that does not fill its area sizes itself.
 CWin* CSizer::topWindow() const {
     CWin* outer = win;
-    while (outer->hasStyle(winChild) && outer->hasStyle(winMaximized) && outer->parent)
+    while (outer->hasStyle(winChild) && outer->parent) {
+        if (outer->isPage() && !outer->hasStyle(winMaximized)) break;
         outer = static_cast<CWin*>(outer->parent);
+    }
     return outer;
 }
 
@@ -75,6 +77,7 @@ void CSizer::paint(CGraphic* g, CRect rect) {
 void CSizer::mouseDown(int x, int y, int btn) {
     CCtrl::mouseDown(x, y, btn);
     CWin* outer = topWindow();
+    if (outer->hasStyle(winMaximized)) return; // its rectangle is the one to go back to
     const CPoint at = outer->getPos(false), size = outer->getSize();
     outer->restoreRect = asRect(at.x, at.y, size.x, size.y);
 }

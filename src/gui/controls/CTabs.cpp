@@ -5,6 +5,7 @@
 #include "gui/CGraphic.h"
 #include "gui/CGui.h"
 #include "gui/CWin.h"
+#include "gui/Colours.h"
 #include "gui/Drawing.h"
 #include "gui/Keys.h"
 #include "gui/XConnection.h"
@@ -16,7 +17,8 @@ CLabel::CLabel(CWin* owner, const CStr& label, int l, int t, int w, int h)
 
 void CLabel::paint(CGraphic* g, CRect rect) {
     CCtrl::paint(g, rect);
-    const int color = textCol == -1 ? clWinBkgnd.textCol : textCol;
+    int color = textCol == -1 ? clWinBkgnd.textCol : textCol;
+    if (field && !field->enabled) color = fadeCol(clWinBkgnd.symbolCol, clWinBkgnd.fillCol, 0.4);
     if (text.pos("\n") < 0) {
         g->drawText(color, text, rect, textFlags);
         return;
@@ -66,7 +68,7 @@ CTabs::~CTabs() {
 }
 
 int CTabs::tabAt(int x) const {
-    const int tab = x < 0 ? -1 : x / asMax(tabWidth, 1);
+    const int tab = x < 0 ? -1 : tabWidth < 1 ? 0 : x / tabWidth;
     return tab < items.getCount() ? tab : -1;
 }
 

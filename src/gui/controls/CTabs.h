@@ -9,6 +9,7 @@ public:
     CStr text;
     int textFlags = 2; ///< TextFlag; of several lines only the horizontal ones count
     int textCol = -1;  ///< -1 is the colour of text on the window
+    const CCtrl* field = nullptr; ///< that it names; while that is disabled, the label is dim
 
     CLabel(CWin* win, const CStr& text, int left, int top, int width, int height);
     void paint(CGraphic* g, CRect rect) override;
@@ -42,7 +43,7 @@ public:
     CStringList items;
     int index = 0;
     int hoverIndex = -1;               ///< tab under the pointer, -1 none
-    int tabWidth = 64;                 ///< pixels, 1 or above
+    int tabWidth = 64;                 ///< pixels; below 1 only the first is hit
     COnChange* onRightClick = nullptr; ///< owned
 
     CTabs(CWin* win, const CStr& name, int left, int top, int width, int height);
