@@ -234,7 +234,8 @@ void CWin::paintBackground(CGraphic* g, CRect rect) {
         (*onPaint)(this, g, rect);
         return;
     }
-    if (!hasStyle(winMain)) {
+    const bool covered = hasStyle(winMain) && !clientGroup->controls.empty();
+    if (!covered) {
         drawGuiItem(g, rect, &clWinBkgnd, drawBackground);
         return;
     }

@@ -7,6 +7,7 @@
 class CApp;
 class CMDI;
 class CPopup;
+class CRibbonItem;
 union _XEvent;
 
 /// Bits of `CWin::style`.
@@ -24,7 +25,7 @@ enum WinStyle : int {
     winMaximized = 0x80000,    ///< state
     winNoBorder = 0x100000,    ///< no frame, and the content goes up to the edges
     winKeysToOwner = 0x200000, ///< keys that nobody takes go to the owner
-    winMain = 0x400000,        ///< only its border is painted, since content covers the rest
+    winMain = 0x400000,        ///< only its border is painted while content covers the rest
     winPages = 0x800000,       ///< holds pages of documents; its owner handles the keys
     winDockable = 0x1000000,
     winFloating = 0x2000000, ///< drag and hint windows
@@ -100,6 +101,8 @@ public:
     virtual CPoint getPos(bool onScreen);       ///< on the screen, or inside the owner
     virtual void setPos(int x, int y);
     virtual bool hasFocus();
+    /// A command of a ribbon that has no handler of its own was chosen; its entry, and the buttons.
+    virtual void menuAction(CRibbonItem*, CObject*, int) {}
 
     void setKeyCtrl(CCtrl* ctrl); ///< null takes the key focus away
     void setMouseCtrl(CCtrl* ctrl) { mouseCtrl = ctrl; }
@@ -138,7 +141,8 @@ public:
     void moveOut(CWin* owner, CRect place); ///< no page any more; left, top, width, height
     void setMapped(bool on);                ///< of a page whose area shows others instead
     void fillOwner();                       ///< of a maximized page: as large as its area
-    void fillCaptionMenu(CPopup* popup);    ///< what the right button offers on the caption
+    /// What the right button offers on the caption, and Alt with Space.
+    void fillCaptionMenu(CPopup* popup);
     /// The window at a point of the screen: this one, or the innermost of ours inside it.
     CWin* innermostAt(CPoint screen);
     /// Whether a press on that X window passes while this one is modal.
@@ -158,6 +162,7 @@ private:
     void captionMouseDown(CObject* sender, int x, int y, int btn);
     void captionMouseUp(CObject* sender, int x, int y, int btn);
     void captionMenu(CObject* sender);
+    void dropCaptionMenu(CPoint at, bool fromKeys);
     void dragZone();
     int hover(int x, int y, int btn);
     void saveRect();
