@@ -7,6 +7,7 @@ class CAction;
 class CComp;
 struct CEditorStruct;
 class CMenu;
+class CRibbonItem;
 
 /// Base of every window that edits a component. A key that none of its controls takes is looked up
 /// among the actions. Interface thread.
@@ -35,6 +36,8 @@ public:
     virtual void idle() {}
     /// Adds the window's own entries to the menu bar.
     virtual void mergeMenu(CMenu*) {}
+    /// Adds the window's own commands to the menu of its tab on the ribbon.
+    virtual void mergeRibbon(CRibbonItem*) {}
     /// True when the window knows the action, and has carried it out.
     virtual bool onAction(CAction*) { return false; }
 };

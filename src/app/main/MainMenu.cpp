@@ -4,6 +4,7 @@
 #include "app/Shortcuts.h"
 #include "app/main/CMainWin.h"
 #include "app/main/Displays.h"
+#include "app/main/MainRibbon.h"
 #include "app/main/MidiFiles.h"
 #include "app/main/Pages.h"
 #include "app/main/ProjectFlows.h"
@@ -41,7 +42,10 @@ MainMenu::MainMenu(CMainWin* mainWin, CQV* host)
     : window(mainWin), qv(host), bar(new CMenu(mainWin, "menu")) {
     rebuild();
     window->addMenu(bar);
+    ribbon = std::make_unique<MainRibbon>(window, qv, bar);
 }
+
+MainMenu::~MainMenu() = default;
 
 void MainMenu::rebuild() {
     bar->clear();
@@ -60,10 +64,15 @@ void MainMenu::rebuild() {
     }
     entry("Help", menuHelp);
     bar->redraw();
+    if (ribbon) ribbon->rebuild();
 }
 
 void MainMenu::focus() {
     window->setKeyCtrl(bar);
+}
+
+void MainMenu::refresh() {
+    ribbon->refresh();
 }
 
 void MainMenu::menuClicked(CObject* sender) {
@@ -197,6 +206,7 @@ void MainMenu::fillView(CPopup* popup) {
     add(popup, "Spectrum", &MainMenu::spectrumClicked)->checked =
         qv->settings.getInt("dft", 1) != 0;
     add(popup, "Hints", &MainMenu::hintsClicked)->checked = window->hintsShown();
+    add(popup, "Ribbon", &MainMenu::ribbonClicked)->checked = ribbon->shown();
 }
 
 void MainMenu::spectrumClicked(CObject*) {
@@ -205,6 +215,10 @@ void MainMenu::spectrumClicked(CObject*) {
 
 void MainMenu::hintsClicked(CObject*) {
     window->setHints(!window->hintsShown());
+}
+
+void MainMenu::ribbonClicked(CObject*) {
+    ribbon->toggle();
 }
 
 void MainMenu::closeAllClicked(CObject*) {

@@ -2,10 +2,13 @@
 
 #include "gui/controls/CMenu.h"
 
+#include <memory>
+
 class CMainWin;
 class CMenuItem;
 class CQV;
 class CStringList;
+class MainRibbon;
 
 /// Tags of the entries of the menu bar.
 enum MenuTag : int {
@@ -24,11 +27,15 @@ enum MenuTag : int {
 class MainMenu : public CObject {
 public:
     MainMenu(CMainWin* mainWin, CQV* host);
+    ~MainMenu() override;
+    MainMenu(const MainMenu&) = delete;
+    MainMenu& operator=(const MainMenu&) = delete;
 
     /// Entries of the fixed menus, with those of the active page between.
     void rebuild();
     /// Gives the keys to the bar.
     void focus();
+    void refresh(); ///< interface tick
     void showRecent(int x, int y); ///< the recent projects as a menu of their own, on the screen
 
 private:
@@ -60,8 +67,10 @@ private:
     void bounceClicked(CObject* sender);
     void spectrumClicked(CObject* sender);
     void aboutClicked(CObject* sender);
+    void ribbonClicked(CObject* sender);
 
     CMainWin* window;
     CQV* qv;
     CMenu* bar; ///< owned by the window
+    std::unique_ptr<MainRibbon> ribbon;
 };

@@ -2,6 +2,7 @@
 #include "app/main/CMainWin.h"
 
 #include "app/main/Displays.h"
+#include "app/main/MainMenu.h"
 #include "app/main/ProjectFlows.h"
 #include "app/main/SongView.h"
 #include "app/main/StatusLine.h"
@@ -20,6 +21,7 @@ void CMainWin::idle() {
     setCaptionText();
     bar->refresh();
     song->refresh();
+    mainMenu->refresh();
     showDevice();
 }
 

@@ -47,7 +47,8 @@ void CRibbons::clearTabs() {
 void CRibbons::placeTabs() {
     int x = margin;
     for (auto* item : each<CRibbonItem>(tabs->controls)) {
-        item->visible = item->target == win || item->target == activeWin;
+        const bool empty = !item->onChange && item->menu->items.empty();
+        item->visible = !empty && (item->target == win || item->target == activeWin);
         item->setBounds(x, 0, item->neededWidth(), tabHeight);
         if (item->visible) x += item->width;
     }

@@ -23,8 +23,8 @@ public:
     /// fill, whose `tag` is the tab's; null for a tab whose `menu` the caller fills himself.
     CRibbonItem* add(CWin* target, const CStr& text, int tag, COnChange* builder);
     void clearTabs();
-    /// Shows the tabs of this window beside those of the ribbon's own; the button at the right end
-    /// maximizes and restores it.
+    /// Shows the tabs of this window, unless they are empty, beside those of the ribbon's own; the
+    /// button at the right end maximizes and restores it.
     void setActiveWin(CWin* active);
     CRibbonItem* getTab(int index) const; ///< -1 the one in front; null outside
     void setTabIndex(int index);          ///< brings a tab to the front; none outside
