@@ -14,6 +14,7 @@
 #include "engine/CMap.h"
 #include "engine/CPreviewBase.h"
 #include "engine/CUndo.h"
+#include "engine/DeviceChannels.h"
 #include "engine/DeviceComps.h"
 #include "engine/EditorHooks.h"
 #include "engine/SpectrumTap.h"
@@ -289,13 +290,7 @@ void CQV::init() {
     auto* midiIn = new CMIDIIn(this);
     addDevice(midiIn, midiIn->posX + 64, midiIn->posY);
     addDevice(new CMIDIOut(this), 96, 256);
-    int ins = 0, outs = 0;
-    for (int i = 0; aam && i < maxDeviceChannels; ++i) {
-        if (aam->audioInEnabled(i)) ++ins;
-        if (aam->audioOutEnabled(i)) ++outs;
-    }
-    addAudioDevices<CAudioIn>(ins, 32);
-    addAudioDevices<CAudioOut>(outs, 32 + 256);
+    followChannels(this);
     maps.add(new CMapProg);
 }
 
@@ -305,17 +300,6 @@ void CQV::addDevice(CComp* c, int x, int y) {
     c->init();
     c->createBuffers(frames);
     comps.add(c);
-}
-
-template <class Device>
-void CQV::addAudioDevices(int channels, int y) {
-    constexpr int left = 32 + 192, step = 16;
-    for (int k = 0; k == 0 || k < channels; k += 2) {
-        auto* c = new Device(this);
-        if (channels > 2) c->id = "[" + asStr(k + 1) + "+" + asStr(k + 2) + "] " + c->id;
-        for (int i = k; i < std::min(k + 2, channels); ++i) c->channelUsed[i] = 1;
-        addDevice(c, left + step * k, y + step * k);
-    }
 }
 
 void CQV::clear() {

@@ -225,8 +225,6 @@ private:
     void destroyScratch();
     void emptyProject();
     void addDevice(CComp* c, int x, int y);
-    template <class Device>
-    void addAudioDevices(int channels, int y);
 
     void idleTake();
     void finishTake();
