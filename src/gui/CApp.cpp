@@ -217,11 +217,19 @@ void CApp::handleEvent(const XEvent& raw) {
         break;
     case ClientMessage:
         if (outsideDrags->handle(win, event)) break;
-        if (static_cast<Atom>(event.xclient.data.l[0]) == xConnection().atoms.wmDelete) win->hide();
+        if (static_cast<Atom>(event.xclient.data.l[0]) == xConnection().atoms.wmDelete)
+            closeAsked(win);
         break;
     default:
         break;
     }
+}
+
+/// The window manager wants a window closed. A modal one keeps that from the others as it does with
+/// presses, and shows itself instead.
+void CApp::closeAsked(CWin* win) {
+    if (!modalWin || modalWin->takesPress(win->handle)) return win->hide();
+    modalWin->raise(true);
 }
 
 void CApp::strangersEvent(const XEvent& event) {

@@ -149,6 +149,7 @@ public:
     };
 
 private:
+    void closeAsked(CWin* win);
     void strangersEvent(const _XEvent& event);
     void keyEvent(CWin* win, const _XEvent& event);
     void press(CWin* win, const _XEvent& event);
