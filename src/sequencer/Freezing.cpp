@@ -213,7 +213,7 @@ void addBounced(CSeq* seq, std::unique_ptr<CSample> file, const RenderSpan& span
 
 RenderResult freezeTracks(CSeq* seq, RenderUi* ui) {
     CQV* host = seq->host;
-    if (host->playing)
+    if (host->playing || host->recording)
         return fail(RenderResult::nothing, renderTitle, "Can't freeze while song is playing");
     const CStr folder = host->getAudioFolder(true, false, false);
     if (folder.empty() || !folderExists(folder))
@@ -234,7 +234,7 @@ void writeBounceRange(const CQV* host, int rangeMode) {
 
 RenderResult bounceToNewTrack(CSeq* seq, int rangeMode, RenderUi* ui) {
     CQV* host = seq->host;
-    if (host->playing)
+    if (host->playing || host->recording)
         return fail(RenderResult::nothing, bounceTitle, "Cant render while song is playing");
     CRender render(host, seq);
     render.rangeMode = rangeMode;
