@@ -40,61 +40,60 @@ void readWindowPlace(CIniFile& ini, CEditorStruct& place) {
     place.height = ini.readInteger("editor", "height", 640);
 }
 
-/// What lives for the length of a run, and dies in the order that this needs: the bridge first, so
-/// that no callback arrives any more, then the window, the host, the application.
-struct Program {
-    std::unique_ptr<CApp> app;
-    std::unique_ptr<CQV> host;
-    std::unique_ptr<AppHooks> hooks;
-    std::unique_ptr<CMainWin> window;
-    std::unique_ptr<CAAM> bridge;
-
-    void tearDown() {
-        app->killTimer(window.get());
-        bridge.reset();
-        host->aam = aam = nullptr;
-        hooks.reset();
-        window.reset();
-        host.reset();
-        qv = nullptr;
-        app.reset();
-    }
-};
-
 } // namespace
 
-int runapp() {
-    Program p;
+ProgramRun::ProgramRun() = default;
+
+ProgramRun::~ProgramRun() {
+    if (!host) return;
+    app->killTimer(window.get());
+    bridge.reset();
+    host->aam = aam = nullptr;
+    hooks.reset();
+    window.reset();
+    host.reset();
+    qv = nullptr;
+}
+
+bool ProgramRun::open() {
     markInterfaceThread();
     raiseFileLimit();
     inifile = findSettings();
-    auto ini = std::make_unique<CIniFile>(inifile);
-    readTextAndScale(*ini);
-    p.app = std::make_unique<CApp>();
-    if (!p.app->open()) return 1;
+    CIniFile ini(inifile);
+    readTextAndScale(ini);
+    app = std::make_unique<CApp>();
+    if (!app->open()) return false;
     enterCompTypes();
-    p.host = std::make_unique<CQV>();
-    qv = p.host.get();
+    host = std::make_unique<CQV>();
+    qv = host.get();
     qv->posX = 100;
     qv->posY = 300;
-    p.bridge = std::make_unique<CAAM>(libio);
-    qv->aam = aam = p.bridge.get();
-    p.bridge->onChange = new _COnChange<CQV>(qv, &CQV::aamChanged);
-    readWindowPlace(*ini, qv->editorStruct);
-    p.window = std::make_unique<CMainWin>(p.app.get(), qv);
-    p.hooks = std::make_unique<AppHooks>(p.app.get(), p.window.get());
-    p.window->show(true);
-    p.bridge->windowHandle = p.window->handle;
-    openAudio(*ini, p.bridge.get());
-    enableMidi(*ini, p.bridge.get());
+    bridge = std::make_unique<CAAM>(libio);
+    qv->aam = aam = bridge.get();
+    bridge->onChange = new _COnChange<CQV>(qv, &CQV::aamChanged);
+    readWindowPlace(ini, qv->editorStruct);
+    window = std::make_unique<CMainWin>(app.get(), qv);
+    hooks = std::make_unique<AppHooks>(app.get(), window.get());
+    window->show(true);
+    bridge->windowHandle = window->handle;
+    openAudio(ini, bridge.get());
+    enableMidi(ini, bridge.get());
     qv->aamChanged(nullptr);
-    ini.reset();
-    p.app->addTimer(p.window.get(), heartbeatMs, true);
+    return true;
+}
+
+void ProgramRun::run() {
+    app->addTimer(window.get(), heartbeatMs, true);
     qv->init();
-    p.window->init();
-    p.window->flows->start();
-    if (qv->editorStruct.maximized) p.window->maximize();
-    p.app->run(p.window.get());
-    p.tearDown();
+    window->init();
+    window->flows->start();
+    if (qv->editorStruct.maximized) window->maximize();
+    app->run(window.get());
+}
+
+int runapp() {
+    ProgramRun program;
+    if (!program.open()) return 1;
+    program.run();
     return 0;
 }

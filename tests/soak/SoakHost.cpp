@@ -1,10 +1,10 @@
 #include "SoakHost.h"
 
+#include "AskModule.h"
+
 #include "audiofiles/CSample.h"
 #include "engine/DeviceComps.h"
 #include "sequencer/CSeq.h"
-
-#include <dlfcn.h>
 
 #include <cstdlib>
 #include <vector>
@@ -12,15 +12,6 @@
 namespace {
 
 constexpr int sides = 2;
-
-intptr_t askModule(AamOp op, intptr_t argument) {
-    void* module = dlopen(CAAM::defaultPath().asChar(), RTLD_NOW);
-    if (!module) return -1;
-    const auto entry = reinterpret_cast<AamEntry>(dlsym(module, "libaam"));
-    const intptr_t answer = entry(op, argument, 0);
-    dlclose(module); // the bridge holds it
-    return answer;
-}
 
 } // namespace
 
@@ -70,12 +61,6 @@ bool SoakHost::open(const std::string& feed) {
     bridge.audioOpen(bridge.numAudioDevs() - 1);
     if (!bridge.opened) return false;
     return feed.empty() || askModule(aamTestFeed, reinterpret_cast<intptr_t>(feed.c_str())) >= 0;
-}
-
-AamStatistics SoakHost::statistics() const {
-    AamStatistics result{};
-    askModule(aamTestStatistics, reinterpret_cast<intptr_t>(&result));
-    return result;
 }
 
 void GapWatch::writeFile(const std::string& file) {

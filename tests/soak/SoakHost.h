@@ -26,7 +26,6 @@ public:
     /// Has blocks come, and a WAV file as their input unless that is empty. False if they don't.
     bool open(const std::string& feed);
     void close() { bridge.audioClose(); }
-    AamStatistics statistics() const;
 
 private:
     CAAM bridge;

@@ -4,6 +4,7 @@
 //
 //     stream_soak SECONDS
 
+#include "AskModule.h"
 #include "SoakHost.h"
 #include "base/Messages.h"
 #include "base/Random.h"
@@ -52,7 +53,7 @@ bool soak(const std::string& folder, int seconds) {
     soak.host.start();
     if (!soak.open("")) return std::fprintf(stderr, "no Silent clock\n"), false;
     run(soak.host, seconds);
-    const AamStatistics s = soak.statistics();
+    const AamStatistics s = askStatistics();
     soak.close();
     std::printf("%lld blocks, %lld late, worst %lld us; frames missed: %lld behind jumps, "
                 "%lld elsewhere\n",
