@@ -11,6 +11,8 @@
 #include "sequencer/AudioVoices.h"
 #include "sequencer/CEditorComp.h"
 #include "sequencer/CSubTrack.h"
+#include "sequencer/PartClipboard.h"
+#include "sequencer/PartEdits.h"
 #include "sequencer/PartOrder.h"
 #include "sequencer/Points.h"
 #include "sequencer/SampleUse.h"
@@ -90,10 +92,11 @@ void CSeq::doUpdate(int code) {
 }
 
 void CSeq::perform(CUndoItem* item, int op) {
-    constexpr int opDone = 1;
+    constexpr int opDone = 1, opUndone = 2;
     CObject* object = item->object;
     if (!object) return;
     if (item->replaced) return contentSwapped(static_cast<CPart*>(object));
+    if (!item->moves()) return performAct(item, op != opUndone);
     for (const CList* list : {item->addTo, item->removeFrom}) {
         if (!list) continue;
         if (object->category == categoryPart)
@@ -165,6 +168,7 @@ void CSeq::del(CObject* object) {
     edits.settle();
     selectedTracks.remove(object);
     if (editorComp->part() == object) editorComp->setPart(nullptr);
+    releaseCopies(this, object);
     eachSongTrack([object](CSongTrack* songTrack) {
         if (songTrack->voices) songTrack->voices->drop(object);
     });

@@ -187,7 +187,8 @@ public:
     /// start, and that behind it. Notes stay whole on the side where they begin, clips are cut,
     /// points on the cut come to both sides. Neither is selected nor a ghost. `gap` in ticks, at
     /// least 0, is of use to all modes (SplitMode) but `splitKeepLeft`. False, and nothing is
-    /// recorded, where the part does not span the cut, or its only clip has no frame on one side.
+    /// recorded, where the part does not span the cut, or its only clip has hardly a frame on one
+    /// side.
     bool splitPart(CSongTrack* songTrack, CPart* part, int at, int gap, int mode, CUndo* undo);
     /// One step: cuts the events of the part that is edited at the position; without such a part,
     /// the selected parts that span the position, or when none is selected all that do.

@@ -4,6 +4,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "sequencer/ClipTimes.h"
+#include "sequencer/PartEdits.h"
 #include "sequencer/PartOrder.h"
 
 /// The sequencer's parts: selection, order, length, ghosts.
@@ -14,12 +15,6 @@ bool partBefore(CPart* a, CPart* b, void* seq) {
     if (a->pos != b->pos) return a->pos < b->pos;
     auto* owner = static_cast<CSeq*>(seq);
     return owner->getTicks(a) > owner->getTicks(b);
-}
-
-CPart* emptyLike(CPart* part) {
-    if (part->type == partMIDI) return new CMIDIPart;
-    if (part->type == partDrum) return new CDrumPart;
-    return part->type == partAudio ? new CAudioPart : new CPart;
 }
 
 void countEvents(CPart* part, CPartSummary& summary) {
@@ -149,6 +144,7 @@ void CSeq::getPartSummary(CPartSummary& summary) {
 
 void CSeq::clearCopies() {
     deleteAll<CPart>(copies);
+    copyTracks.clear();
 }
 
 void CSeq::orderParts(CList* a, CList* b, bool all) {
@@ -181,7 +177,7 @@ CPart* CSeq::makeGhost(CPart* part, CUndo* undo) {
         CPart* master = part->copy(0);
         master->flags = 0;
         undo->asAdd(master, &masterParts);
-        swapUndoPart(undo, part, emptyLike(part));
+        swapUndoPart(undo, part, newPartLike(part).release());
         undo->asPtr(reinterpret_cast<void**>(part->ghostOf.address()));
         part->ghostOf.storeRelease(master); // the part may be playing
     }

@@ -1,0 +1,107 @@
+#include "sequencer/PartActions.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/PartEdits.h"
+
+#include <algorithm>
+
+namespace {
+
+/// One step, in which `edit(songTrack, part, undo)` is called for each selected part.
+template <class F>
+void eachSelected(CSeq* seq, const char* title, F&& edit) {
+    if (!seq->getProg()) return;
+    CUndo* undo = seq->host->undoStart(title, seq, updateParts | undoSongChanged);
+    for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks))
+        for (CPart* part : selectedParts(songTrack)) edit(songTrack, part, undo);
+    seq->host->undoEnd(undo, false);
+}
+
+CAudioEvent* firstClip(CPart* part) {
+    return static_cast<CAudioEvent*>(part->getEvents());
+}
+
+/// The first two selected audio parts with a clip.
+std::vector<CPart*> twoAudioParts(CSeq* seq) {
+    std::vector<CPart*> found;
+    for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks))
+        for (CPart* part : selectedParts(songTrack))
+            if (found.size() < 2 && part->type == partAudio && firstClip(part))
+                found.push_back(part);
+    return found;
+}
+
+} // namespace
+
+void removeSelected(CSeq* seq, const char* title) {
+    eachSelected(seq, title, [](CSongTrack* songTrack, CPart* part, CUndo* undo) {
+        undo->asRemove(part, &songTrack->parts);
+    });
+}
+
+void deleteParts(CSeq* seq) {
+    removeSelected(seq, "Delete");
+}
+
+void duplicateParts(CSeq* seq) {
+    if (!seq->getProg()) return;
+    CList parts;
+    seq->getProg()->getSelectedParts(&parts);
+    int64_t from = maxTicks, to = -maxTicks;
+    for (auto* part : each<CPart>(parts)) {
+        from = std::min(from, int64_t(part->pos));
+        to = std::max(to, int64_t(part->pos) + seq->getTicks(part));
+    }
+    eachSelected(seq, "Duplicate", [&](CSongTrack* songTrack, CPart* part, CUndo* undo) {
+        CPart* copied = part->copy(0);
+        copied->pos = limitTicks(part->pos + to - from);
+        songTrack->addPart(copied, undo);
+        part->setSelected(false);
+    });
+}
+
+void toggleMutes(CSeq* seq) {
+    if (!seq->getProg()) return;
+    CList parts;
+    seq->getProg()->getSelectedParts(&parts);
+    bool all = true;
+    for (const auto* part : each<CPart>(parts)) all = all && part->muted();
+    const CSongTrack* told = nullptr;
+    eachSelected(seq, "Mute part", [&](CSongTrack* songTrack, CPart* part, CUndo* undo) {
+        if (part->muted() == all) recordMuteToggle(undo, part);
+        if (songTrack != told) recordReplay(undo, songTrack);
+        told = songTrack;
+    });
+}
+
+void unghostParts(CSeq* seq) {
+    eachSelected(seq, "Un-ghost", [](CSongTrack*, CPart* part, CUndo* undo) {
+        if (!part->ghostOf) return;
+        swapUndoPart(undo, part, part->content()->copy(0));
+        undo->asPtr(reinterpret_cast<void**>(part->ghostOf.address()));
+        part->ghostOf.storeRelease(nullptr);
+    });
+}
+
+void CSeq::crossfadeClicked(CObject*) {
+    if (!getProg()) return;
+    CUndo* undo = host->undoStart("Crossfade", this, updateParts);
+    std::vector<CPart*> parts = twoAudioParts(this);
+    if (parts.size() == 2 && parts[1]->pos < parts[0]->pos) std::swap(parts[0], parts[1]);
+    const int64_t overlap =
+        parts.size() == 2 ? int64_t(parts[0]->pos) + getTicks(parts[0]) - parts[1]->pos : 0;
+    if (overlap > 0) {
+        const float ms =
+            float(asInt(host->ticksToFrames(double(overlap)) / double(host->rate) * 1000.0));
+        CPart *left = parts[0]->content(), *right = parts[1]->content();
+        CPart* leftEdited = left->copy(0);
+        CPart* rightEdited = right == left ? leftEdited : right->copy(0);
+        firstClip(leftEdited)->fadeOutMs = ms;
+        firstClip(rightEdited)->fadeInMs = ms;
+        swapUndoPart(undo, left, leftEdited);
+        if (right != left) swapUndoPart(undo, right, rightEdited);
+    }
+    host->undoEnd(undo, false);
+}

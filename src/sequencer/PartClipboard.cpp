@@ -1,0 +1,195 @@
+#include "sequencer/PartClipboard.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/ClipTimes.h"
+#include "sequencer/PartActions.h"
+#include "sequencer/PartEdits.h"
+#include "sequencer/SamplePaste.h"
+#include "sequencer/TempoMap.h"
+
+#include <algorithm>
+
+namespace {
+
+CAudioPart* asAudio(CPart* part) {
+    return part->type == partAudio ? static_cast<CAudioPart*>(part) : nullptr;
+}
+
+/// Where a copied event of a new part ends, in its ticks.
+int endOf(CSeq* seq, CPart* part, CBaseEvent* event, int tick) {
+    if (part->type == partAudio) {
+        const int ticks = sampleAsTicks(seq->host, static_cast<CAudioEvent*>(event));
+        return snapped(quarterTicks, saturate(int64_t(ticks) + tick), true);
+    }
+    const int* length = eventLength(part->type, event);
+    return length ? saturate(int64_t(tick) + *length) : 0;
+}
+
+/// A part of the selected events of another, from the first of them on.
+std::unique_ptr<CPart> copySelected(CSeq* seq, CPart* part) {
+    std::unique_ptr<CPart> made = newPartLike(part);
+    made->offset = 0;
+    made->length = quarterTicks;
+    int first = 0, count = 0;
+    EventCollector copies;
+    eachEvent(part->getEvents(), [&](const CBaseEvent* e, int tick) {
+        if (!(e->flags & eventSelected)) return;
+        if (!count++) first = tick;
+        CBaseEvent* copied = copyEvent(part->type, e);
+        made->length = std::max(int(made->length), endOf(seq, part, copied, tick - first));
+        copies.add(tick - first, copied);
+    });
+    made->setEvents(copies.takeList());
+    if (CAudioPart* audio = asAudio(made.get())) audio->multiclip = count > 1;
+    return made;
+}
+
+bool copiesEvents(CPart* part) {
+    const CAudioPart* audio = asAudio(part->content());
+    return (!audio || audio->multiclip) && hasSelectedEvents(part);
+}
+
+/// A copy for the song: a ghost only while its master is in it.
+std::unique_ptr<CPart> fromClipboard(CSeq* seq, CPart* copied) {
+    const bool whole = !copied->ghostOf || seq->masterParts.contains(copied->ghostOf);
+    return whole ? std::unique_ptr<CPart>(copied->copy(0)) : ownCopy(copied);
+}
+
+/// What the events of `target` become when those that `source` shows come in, selected, from a tick
+/// of the target's own time on.
+CPart* withEvents(CSeq* seq, CPart* source, CPart* target, int at) {
+    CPart* edited = target->content()->copy(0);
+    EventCollector all;
+    eachEvent(edited->events,
+              [](CBaseEvent* e, int) { e->flags &= (unsigned char)~eventSelected; });
+    takeEvents(edited, all);
+    const int length = seq->getTicks(source);
+    eachEvent(source->getEvents(), [&](const CBaseEvent* e, int eventTick) {
+        const int64_t tick = int64_t(source->offset) + eventTick;
+        if (tick < 0 || tick >= length) return;
+        CBaseEvent* copied = copyEvent(source->type, e);
+        copied->flags |= eventSelected;
+        all.add(saturate(at + tick), copied);
+    });
+    edited->setEvents(all.takeList());
+    return edited;
+}
+
+/// Puts the copies on tracks of the current program.
+class Paste {
+public:
+    Paste(CSeq* song, CUndo* step) : seq(song), prog(song->getProg()), undo(step) {}
+
+    void run(int tick) {
+        seq->unselectParts();
+        const int shift = trackShift();
+        int first = maxTicks;
+        for (auto* part : each<CPart>(seq->copies)) first = std::min(first, int(part->pos));
+        PartChange change;
+        int index = 0;
+        for (auto* copied : each<CPart>(seq->copies)) {
+            CSongTrack* songTrack = trackFor(copied, seq->copyTracks[size_t(index++)] + shift);
+            if (!songTrack) continue;
+            std::unique_ptr<CPart> part = fromClipboard(seq, copied);
+            part->pos = limitTicks(int64_t(tick) + copied->pos - first);
+            part->setSelected(true);
+            change.add(songTrack, std::move(part));
+        }
+        change.record(undo);
+    }
+
+private:
+    CSeq* seq;
+    CSeqProg* prog;
+    CUndo* undo;
+
+    int trackShift() const {
+        const std::vector<int>& from = seq->copyTracks;
+        int index = 0, firstSelected = -1;
+        for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+            if (songTrack->track->selected()) {
+                if (std::find(from.begin(), from.end(), index) != from.end()) return 0;
+                if (firstSelected < 0) firstSelected = index;
+            }
+            index++;
+        }
+        return firstSelected < 0 ? 0 : firstSelected - *std::min_element(from.begin(), from.end());
+    }
+
+    CSongTrack* trackFor(const CPart* part, int index) const {
+        for (index = asMax(0, index); index < prog->tracks.getCount(); index++) {
+            auto* songTrack = static_cast<CSongTrack*>(prog->tracks.items(index));
+            if (songTrack && songTrack->acceptPart(part)) return songTrack;
+        }
+        return nullptr;
+    }
+};
+
+bool pasteIntoEdited(CSeq* seq, CUndo* undo, int tick) {
+    CPart* target = seq->getEditPart();
+    if (!target || seq->copies.getCount() != 1) return false;
+    const int64_t into = int64_t(tick) - target->pos;
+    if (into < 0 || into >= seq->getTicks(target)) return false;
+    return seq->pasteData(undo, static_cast<CPart*>(seq->copies.getFirst()), target, tick);
+}
+
+} // namespace
+
+void CSeq::copyToClipboard(CPart* part) {
+    std::unique_ptr<CPart> copied =
+        copiesEvents(part) ? copySelected(this, part) : std::unique_ptr<CPart>(part->copy(0));
+    copied->colour = -1;
+    const CTrack* track = partToTrack(part);
+    copyTracks.push_back(asMax(0, tracks.indexed(track)));
+    copies.add(copied.release());
+}
+
+bool CSeq::pasteData(CUndo* undo, CPart* source, CPart* target, int tick) {
+    if (source->type != target->type) return false;
+    const auto single = [](CPart* part) {
+        const CAudioPart* audio = asAudio(part->content());
+        return audio && !audio->multiclip;
+    };
+    const int at = saturate(int64_t(tick) - target->pos - target->offset);
+    if (single(target)) {
+        if (!single(source) || !pasteFrames(this, undo, source, target, at)) return false;
+    } else {
+        swapUndoPart(undo, target->content(), withEvents(this, source, target, at));
+    }
+    unselectParts();
+    target->setSelected(true);
+    return true;
+}
+
+void copyParts(CSeq* seq) {
+    CSeqProg* prog = seq->getProg();
+    if (!prog || !prog->getFirstSelectedPart()) return;
+    seq->clearCopies();
+    for (auto* songTrack : each<CSongTrack>(prog->tracks))
+        for (CPart* part : selectedParts(songTrack)) seq->copyToClipboard(part);
+}
+
+void cutParts(CSeq* seq) {
+    copyParts(seq);
+    removeSelected(seq, "Cut");
+}
+
+void pasteParts(CSeq* seq) {
+    if (!seq->getProg() || seq->copies.empty()) return;
+    CUndo* undo = seq->host->undoStart("Paste", seq, updateParts | undoSongChanged);
+    const int tick = asInt(seq->getPos());
+    if (!pasteIntoEdited(seq, undo, tick)) Paste(seq, undo).run(tick);
+    seq->host->undoEnd(undo, false);
+}
+
+void releaseCopies(CSeq* seq, const CObject* master) {
+    for (auto* copied : each<CPart>(seq->copies)) {
+        if (copied->ghostOf.load() != master) continue;
+        const std::unique_ptr<CPart> own(ownCopy(copied));
+        copied->ghostOf = nullptr;
+        copied->reserveSlots(own->reservedSlots());
+        copied->swap(own.get());
+    }
+}

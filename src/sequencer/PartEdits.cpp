@@ -1,0 +1,165 @@
+#include "sequencer/PartEdits.h"
+
+#include "base/Numbers.h"
+#include "engine/MidiBytes.h"
+#include "sequencer/CSeq.h"
+
+namespace {
+
+/// Tags of the steps' acts.
+enum PartAct : int { actMove = 1, actGrow, actMute, actReplay };
+
+std::unique_ptr<CPart> emptyPart(int partType) {
+    switch (partType) {
+    case partMIDI:
+        return std::make_unique<CMIDIPart>();
+    case partAudio:
+        return std::make_unique<CAudioPart>();
+    case partDrum:
+        return std::make_unique<CDrumPart>();
+    default:
+        return std::make_unique<CPart>();
+    }
+}
+
+void takeList(CBaseEvent* head, EventCollector& into) {
+    int tick = 0;
+    while (head) {
+        CBaseEvent* next = head->next;
+        into.add(tick += head->delta, head);
+        head = next;
+    }
+}
+
+} // namespace
+
+std::unique_ptr<CPart> newPartLike(CPart* part) {
+    CPart* content = part->content();
+    std::unique_ptr<CPart> made = emptyPart(part->type);
+    made->id = content->id;
+    made->setMuted(part->muted());
+    made->colour = part->colour;
+    made->pos = part->pos;
+    made->offset = part->offset;
+    made->length = part->length;
+    if (part->type == partAudio) {
+        auto* audio = static_cast<CAudioPart*>(made.get());
+        audio->chs = static_cast<CAudioPart*>(part)->getChs();
+        audio->multiclip = static_cast<CAudioPart*>(content)->multiclip;
+    }
+    return made;
+}
+
+std::unique_ptr<CPart> ownCopy(CPart* part) {
+    std::unique_ptr<CPart> made = newPartLike(part);
+    const std::unique_ptr<CPart> copied(part->content()->copy(0));
+    made->reserveSlots(copied->reservedSlots());
+    made->swap(copied.get());
+    return made;
+}
+
+std::vector<CPart*> selectedParts(const CSongTrack* songTrack) {
+    std::vector<CPart*> parts;
+    for (auto* part : each<CPart>(songTrack->parts))
+        if (part->selected()) parts.push_back(part);
+    return parts;
+}
+
+CBaseEvent* copyEvent(int partType, const CBaseEvent* event) {
+    if (partType == partAudio) return createAudioEvent(static_cast<const CAudioEvent*>(event));
+    if (partType == partDrum) return createDrumEvent(static_cast<const CDrumEvent*>(event));
+    return createMIDIEvent(static_cast<const CMIDIEvent*>(event));
+}
+
+int* eventLength(int partType, CBaseEvent* event) {
+    if (partType == partDrum) return &static_cast<CDrumEvent*>(event)->length;
+    auto* midi = static_cast<CMIDIEvent*>(event);
+    return partType == partMIDI && noteOn(midi->data) ? &midi->length : nullptr;
+}
+
+bool hasSelectedEvents(CPart* part) {
+    for (const CBaseEvent* e = part->getEvents(); e; e = e->next)
+        if (e->flags & eventSelected) return true;
+    return false;
+}
+
+void takeEvents(CPart* part, EventCollector& into) {
+    CBaseEvent* head = part->events;
+    part->events = nullptr;
+    takeList(head, into);
+}
+
+void takePoints(CPart* part, int slot, EventCollector& into) {
+    CBaseEvent* head = part->getParam(slot);
+    part->relinkParam(slot, nullptr);
+    takeList(head, into);
+}
+
+void PartChange::add(CSongTrack* songTrack, std::unique_ptr<CPart> part) {
+    coming.push_back({songTrack, std::move(part)});
+}
+
+void PartChange::record(CUndo* undo) {
+    for (const Leaving& l : leaving) undo->asRemove(l.part, &l.songTrack->parts);
+    for (Coming& c : coming) {
+        c.part->reserveSlots(c.songTrack->track->slotsInUse());
+        undo->asAdd(c.part.release(), &c.songTrack->parts);
+    }
+    leaving.clear();
+    coming.clear();
+}
+
+void recordMove(CUndo* undo, CPart* part, int ticks) {
+    const int target = limitTicks(int64_t(part->pos) + ticks);
+    undo->asAct(part, actMove, target - part->pos);
+}
+
+void recordGrow(CUndo* undo, CPart* part, int ticks) {
+    const int target = asMax(limitTicks(int64_t(part->length) + ticks), 0);
+    undo->asAct(part, actGrow, target - part->length);
+}
+
+void recordMuteToggle(CUndo* undo, CPart* part) {
+    undo->asAct(part, actMute);
+}
+
+void recordReplay(CUndo* undo, CSongTrack* songTrack) {
+    undo->asAct(songTrack, actReplay);
+}
+
+void recordMulticlip(CSeq* seq, CPart* part, CUndo* undo) {
+    const auto mark = [&](CPart* user) {
+        auto* audio = static_cast<CAudioPart*>(user);
+        if (audio->multiclip) return;
+        seq->getTicks(audio); // the length stays that of the clip
+        undo->asInt(audio->multiclip.address());
+        audio->multiclip = 1;
+    };
+    CPart* content = part->content();
+    seq->eachSongTrack([&](CSongTrack* songTrack) {
+        for (auto* user : each<CPart>(songTrack->parts))
+            if (user->content() == content) mark(user);
+    });
+    mark(content);
+}
+
+void performAct(const CUndoItem* item, bool forward) {
+    const int ticks = forward ? item->tag2 : -item->tag2;
+    const auto part = [item] { return static_cast<CPart*>(item->object); };
+    switch (item->tag) {
+    case actMove:
+        part()->pos += ticks;
+        break;
+    case actGrow:
+        part()->length += ticks;
+        break;
+    case actMute:
+        part()->setMuted(!part()->muted());
+        break;
+    case actReplay:
+        static_cast<CSongTrack*>(item->object)->requests.ask(requestSetup | requestFlush);
+        break;
+    default:
+        break;
+    }
+}

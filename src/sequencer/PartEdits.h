@@ -1,0 +1,75 @@
+#pragma once
+
+#include "sequencer/CPart.h"
+
+#include <memory>
+#include <vector>
+
+class CSeq;
+class CSongTrack;
+class CUndo;
+class EventCollector;
+
+/// What edits of parts are made of. Interface thread, but for `performAct`.
+
+/// A part of the class of another, with its place, length, colour, mute and channels, and the name
+/// that its content has; neither selected nor a ghost, and empty.
+std::unique_ptr<CPart> newPartLike(CPart* part);
+/// The same with the content.
+std::unique_ptr<CPart> ownCopy(CPart* part);
+/// Selected parts of a song track, in its order.
+std::vector<CPart*> selectedParts(const CSongTrack* songTrack);
+
+/// A copy of an event of a part of that class (PartType), without a follower.
+CBaseEvent* copyEvent(int partType, const CBaseEvent* event);
+/// The length in ticks of a note or drum hit; null for events that have none, clips among them.
+int* eventLength(int partType, CBaseEvent* event);
+bool hasSelectedEvents(CPart* part);
+/// Calls `visit(event, tick)` for each event of a list.
+template <class F>
+void eachEvent(CBaseEvent* head, F&& visit) {
+    int tick = 0;
+    for (CBaseEvent* e = head; e; e = e->next) visit(e, tick += e->delta);
+}
+/// Moves the events of a part that is not linked, or the points of one of its slots, into a
+/// collector.
+void takeEvents(CPart* part, EventCollector& into);
+void takePoints(CPart* part, int slot, EventCollector& into);
+
+/// Parts that leave and parts that come in one step. They leave first, so that on the way back
+/// their places in the lists are those that they had.
+class PartChange {
+public:
+    void remove(CSongTrack* songTrack, CPart* part) { leaving.push_back({songTrack, part}); }
+    /// Takes a part of a class that the track accepts.
+    void add(CSongTrack* songTrack, std::unique_ptr<CPart> part);
+    bool empty() const { return leaving.empty() && coming.empty(); }
+    /// Hands all over to the step.
+    void record(CUndo* undo);
+
+private:
+    struct Leaving {
+        CSongTrack* songTrack;
+        CPart* part;
+    };
+    struct Coming {
+        CSongTrack* songTrack;
+        std::unique_ptr<CPart> part;
+    };
+    std::vector<Leaving> leaving;
+    std::vector<Coming> coming;
+};
+
+/// Records that a part or point moves by so many ticks, or grows by them. It is done with the step,
+/// for playback by way of `recordReplay`.
+void recordMove(CUndo* undo, CPart* part, int ticks);
+void recordGrow(CUndo* undo, CPart* part, int ticks);
+/// Records that a part is muted, or is heard again.
+void recordMuteToggle(CUndo* undo, CPart* part);
+/// Records that a song track is played from its parts anew.
+void recordReplay(CUndo* undo, CSongTrack* songTrack);
+/// Records that every part that shows the content of `part` holds several clips from now on.
+void recordMulticlip(CSeq* seq, CPart* part, CUndo* undo);
+
+/// Carries out what the calls above have recorded, `forward` or back. Graph holder.
+void performAct(const CUndoItem* item, bool forward);

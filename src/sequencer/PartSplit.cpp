@@ -1,0 +1,240 @@
+#include "sequencer/PartSplit.h"
+
+#include "audiofiles/CSample.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "sequencer/AudioVoices.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/ClipTimes.h"
+#include "sequencer/PartEdits.h"
+
+namespace {
+
+constexpr unsigned splitFlags = 4224 | undoSongChanged;
+
+// Clips.
+
+/// The frame that is heard `into` ticks behind the start of a clip at tick `songTick` of the song,
+/// counted forward from the front of its range also in a reversed one.
+int frameInClip(CSeq* seq, const CAudioEvent* clip, int songTick, int into) {
+    if (clip->mode != playRepitch) return posAsFrames2(clip, into, clip->ticks);
+    const int rate = tunedRate(clip->sample, clip->semitones + double(clip->fine));
+    return saturate(asInt64(clip->start + seq->ticksToFrames(songTick, into, rate)));
+}
+
+void keepFront(CAudioEvent* clip, int frame, int ticks) {
+    if (clip->reverse)
+        clip->start = clip->end - frame + clip->start;
+    else
+        clip->end = frame - 1;
+    clip->ticks = ticks;
+    clip->fadeOutMs = 0.0f;
+}
+
+void keepBack(CAudioEvent* clip, int frame, int ticks) {
+    if (clip->reverse)
+        clip->end = clip->end - frame + clip->start;
+    else
+        clip->start = frame;
+    clip->ticks = ticks;
+    clip->fadeInMs = 0.0f;
+}
+
+bool inside(const CAudioEvent* clip, int frame) {
+    return clip->start < frame && frame < clip->end;
+}
+
+/// The only clip of a part whose length follows from it; null for other parts.
+const CAudioEvent* onlyClip(CPart* part) {
+    if (part->type != partAudio || static_cast<CAudioPart*>(part->content())->multiclip)
+        return nullptr;
+    const auto* clip = static_cast<const CAudioEvent*>(part->getEvents());
+    return clip && !clip->next && clip->sample ? clip : nullptr;
+}
+
+/// Whether the part's only clip has frames on both sides of a cut.
+bool cuttable(CSeq* seq, CPart* part, int at) {
+    const CAudioEvent* clip = onlyClip(part);
+    if (!clip) return true;
+    const int begin = part->offset + clip->delta;
+    const int frame = frameInClip(seq, clip, part->pos + begin, at - begin);
+    return frame >= 1 && frame < clip->sample->frames - 1 && inside(clip, frame);
+}
+
+// Parts.
+
+/// What one side of a cut takes from a part. All ticks count from the start of that part.
+struct Side {
+    CSeq* seq;
+    CPart* source;
+    bool left;
+    int cut;    ///< the left side ends there, the right one begins
+    int length; ///< of the source
+
+    int partTick(int eventTick) const { return saturate(int64_t(source->offset) + eventTick); }
+    int newTick(int tick) const { return left ? tick - source->offset : tick - cut; }
+    bool takes(int tick) const { return left ? tick < cut : tick >= cut; }
+    std::unique_ptr<CPart> make() const;
+
+private:
+    void copyEvents(CPart* to) const;
+    void copyPoints(CPart* to, int slot) const;
+    CAudioEvent* clipPiece(const CBaseEvent* event, int tick) const;
+};
+
+/// The piece of a clip that lies on this side; null without any.
+CAudioEvent* Side::clipPiece(const CBaseEvent* event, int tick) const {
+    const auto* clip = static_cast<const CAudioEvent*>(event);
+    const int songTick = saturate(int64_t(source->pos) + tick),
+              into = saturate(int64_t(cut) - tick);
+    const int ticks = sampleAsTicks2(seq, clip, songTick);
+    const bool crossing = into > 0 && ticks > into && clip->sample;
+    const int frame = crossing ? frameInClip(seq, clip, songTick, into) : 0;
+    if (!crossing || !inside(clip, frame)) return takes(tick) ? createAudioEvent(clip) : nullptr;
+    CAudioEvent* piece = createAudioEvent(clip);
+    if (left)
+        keepFront(piece, frame, into);
+    else
+        keepBack(piece, frame, ticks - into);
+    return piece;
+}
+
+void Side::copyEvents(CPart* to) const {
+    EventCollector copies;
+    eachEvent(source->getEvents(), [&](const CBaseEvent* e, int eventTick) {
+        const int tick = partTick(eventTick);
+        if (source->type == partAudio) {
+            if (CAudioEvent* piece = clipPiece(e, tick))
+                copies.add(newTick(takes(tick) ? tick : cut), piece);
+        } else if (takes(tick)) {
+            copies.add(newTick(tick), copyEvent(source->type, e));
+        }
+    });
+    to->setEvents(copies.takeList());
+}
+
+void Side::copyPoints(CPart* to, int slot) const {
+    EventCollector copies;
+    eachEvent(source->getParam(slot), [&](const CBaseEvent* e, int eventTick) {
+        const int tick = partTick(eventTick);
+        if (takes(tick) || tick == cut)
+            copies.add(newTick(tick), createEnvEvent(static_cast<const CEnvEvent*>(e)));
+    });
+    if (!copies.empty()) to->setParam(slot, static_cast<CEnvEvent*>(copies.takeList()));
+}
+
+std::unique_ptr<CPart> Side::make() const {
+    std::unique_ptr<CPart> part = newPartLike(source);
+    if (!left) part->offset = 0;
+    part->length = left ? cut : length - cut;
+    copyEvents(part.get());
+    const int slots = source->content()->reservedSlots();
+    for (int slot = 0; slot < slots; slot++) copyPoints(part.get(), slot);
+    return part;
+}
+
+// Events.
+
+/// Cuts an event in two: the right half, owned by the caller, or null when it is not cut.
+CBaseEvent* cutEvent(CSeq* seq, CPart* part, CBaseEvent* event, int tick, int at) {
+    if (at < 1) return nullptr;
+    if (part->type == partAudio) {
+        auto* clip = static_cast<CAudioEvent*>(event);
+        if (!clip->sample) return nullptr;
+        const int songTick = saturate(int64_t(part->pos) + part->offset + tick);
+        const int frame = frameInClip(seq, clip, songTick, at);
+        const int ticks = sampleAsTicks2(seq, clip, songTick);
+        if (ticks <= at || !inside(clip, frame)) return nullptr;
+        CAudioEvent* right = createAudioEvent(clip);
+        keepFront(clip, frame, at);
+        keepBack(right, frame, ticks - at);
+        return right;
+    }
+    int* length = eventLength(part->type, event);
+    if (!length || *length <= at) return nullptr;
+    CBaseEvent* right = copyEvent(part->type, event);
+    *eventLength(part->type, right) = *length - at;
+    *length = at;
+    for (CBaseEvent* half : {event, right}) half->flags &= (unsigned char)~eventSelected;
+    return right;
+}
+
+/// The selected parts that span a tick; when nothing is selected all that do.
+void splitPartsAt(CSeq* seq, int tick, PartChange& change) {
+    CSeqProg* prog = seq->getProg();
+    const bool all = !prog->getFirstSelectedPart();
+    for (auto* songTrack : each<CSongTrack>(prog->tracks))
+        for (auto* part : each<CPart>(songTrack->parts))
+            if (all || part->selected())
+                cutPart(seq, songTrack, part, saturate(int64_t(tick) - part->pos), 0, splitApart,
+                        change);
+}
+
+} // namespace
+
+bool splitEvent(CSeq* seq, CPart* part, CPart* copy, CBaseEvent* event, int tick, int at) {
+    CBaseEvent* right = cutEvent(seq, part, event, tick, at);
+    if (right) copy->addEvent(tick + at, right);
+    return right != nullptr;
+}
+
+bool splitEventsInPart(CSeq* seq, CPart* part, int tick, CUndo* undo) {
+    const bool selectedOnly = hasSelectedEvents(part);
+    std::unique_ptr<CPart> edited(part->content()->copy(0));
+    EventCollector halves;
+    eachEvent(edited->events, [&](CBaseEvent* e, int eventTick) {
+        if (part->offset + eventTick < 0 || (selectedOnly && !(e->flags & eventSelected))) return;
+        CBaseEvent* right = cutEvent(seq, part, e, eventTick, saturate(int64_t(tick) - eventTick));
+        if (right) halves.add(tick, right);
+    });
+    if (halves.empty()) return false;
+    EventCollector all;
+    takeEvents(edited.get(), all);
+    CBaseEvent* right = halves.takeList();
+    for (int at = 0; CBaseEvent* e = right;) {
+        right = e->next;
+        all.add(at += e->delta, e);
+    }
+    edited->setEvents(all.takeList());
+    if (part->type == partAudio) recordMulticlip(seq, part, undo);
+    swapUndoPart(undo, part->content(), edited.release());
+    return true;
+}
+
+bool cutPart(CSeq* seq, CSongTrack* songTrack, CPart* part, int at, int gap, int mode,
+             PartChange& change) {
+    const int length = seq->getTicks(part);
+    const int64_t from = mode == splitCutOut ? int64_t(at) + gap : at;
+    if (at < 1 || gap < 0 || from >= length) return false;
+    if (!cuttable(seq, part, at) || !cuttable(seq, part, int(from))) return false;
+    if (mode != splitKeepRight) change.add(songTrack, Side{seq, part, true, at, length}.make());
+    if (mode != splitKeepLeft) {
+        std::unique_ptr<CPart> right = Side{seq, part, false, int(from), length}.make();
+        const int moved = mode == splitApart ? gap : mode == splitKeepRight ? -gap : 0;
+        right->pos = limitTicks(int64_t(part->pos) + at + moved);
+        change.add(songTrack, std::move(right));
+    }
+    change.remove(songTrack, part);
+    return true;
+}
+
+bool CSeq::splitPart(CSongTrack* songTrack, CPart* part, int at, int gap, int mode, CUndo* undo) {
+    PartChange change;
+    const bool cut = cutPart(this, songTrack, part, at, gap, mode, change);
+    change.record(undo);
+    return cut;
+}
+
+void CSeq::splitAtCursorClicked(CObject*) {
+    if (!getProg()) return;
+    CUndo* undo = host->undoStart("Split", this, splitFlags);
+    const int tick = asInt(getPos());
+    if (CPart* part = getEditPart()) {
+        splitEventsInPart(this, part, saturate(int64_t(tick) - part->pos - part->offset), undo);
+    } else {
+        PartChange change;
+        splitPartsAt(this, tick, change);
+        change.record(undo);
+    }
+    host->undoEnd(undo, false);
+}

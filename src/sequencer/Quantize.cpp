@@ -1,0 +1,38 @@
+#include "sequencer/Quantize.h"
+
+#include "engine/CQV.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/PartEdits.h"
+#include "sequencer/TempoMap.h"
+
+#include <unordered_set>
+
+bool quantize(CUndo* undo, CPart* part, int grid, bool selectedOnly) {
+    CPart* content = part->content();
+    const bool all = !selectedOnly || !hasSelectedEvents(content);
+    bool moved = false;
+    EventCollector placed;
+    eachEvent(content->getEvents(), [&](const CBaseEvent* e, int tick) {
+        const bool moves = all || (e->flags & eventSelected);
+        const int target = moves ? snapped(grid, tick, true) : tick;
+        moved |= target != tick;
+        placed.add(target, copyEvent(content->type, e));
+    });
+    if (!moved) return false;
+    CPart* edited = content->copy(0);
+    edited->setEvents(placed.takeList());
+    swapUndoPart(undo, content, edited);
+    return true;
+}
+
+void quantizeParts(CSeq* seq) {
+    if (!seq->getProg()) return;
+    CUndo* undo = seq->host->undoStart("Quantize", seq, updateParts);
+    const CPart* edited = seq->getEditPart();
+    std::unordered_set<const CPart*> done;
+    for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks))
+        for (CPart* part : selectedParts(songTrack))
+            if (done.insert(part->content()).second)
+                quantize(undo, part, seq->gridTicks(), part == edited);
+    seq->host->undoEnd(undo, false);
+}

@@ -1,0 +1,12 @@
+#pragma once
+
+class CPart;
+class CSeq;
+class CUndo;
+
+/// Records that the range of the clip of `source` is heard within the only clip of `target` from a
+/// tick of the target's own time on, which delays what follows: the target plays a new file, and
+/// lasts the longer for it. Interface thread. False, and nothing is recorded, for clips that play
+/// backward or at different sample rates, have more than two channels or no sample, and where the
+/// file can't be written.
+bool pasteFrames(CSeq* seq, CUndo* undo, CPart* source, CPart* target, int tick);

@@ -1,0 +1,429 @@
+#include "SongFileFixture.h"
+#include "base/TempFolder.h"
+#include "engine/CSnap.h"
+#include "sequencer/BarEdits.h"
+#include "sequencer/PartActions.h"
+#include "sequencer/PartClipboard.h"
+#include "sequencer/PartMerge.h"
+#include "sequencer/PartSplit.h"
+#include "sequencer/Quantize.h"
+#include "support/RtTrap.h"
+
+#include <atomic>
+#include <random>
+#include <sstream>
+#include <thread>
+
+namespace {
+
+/// Two seconds, which last 3840 ticks of 25 frames at 120 beats a minute.
+constexpr int clipFrames = 96000, framesPerTick = 25;
+
+CAudioEvent* clip(CSample* sample, int start = 0, int end = clipFrames - 1) {
+    CAudioEvent* event = createAudioEvent();
+    event->sample = sample;
+    event->start = start;
+    event->end = end;
+    return event;
+}
+
+/// An instrument track with a part, a second one that is a ghost, a third that shows the same, a
+/// section and tempos; empty tracks of audio and drums.
+struct Edits : SongFileFixture {
+    CSongTrack* midi = track(trackMIDI);
+    CSongTrack* audio = track(trackAudio);
+    CSongTrack* drums = track(trackDrum);
+    CSample* sample = new CSample;
+
+    Edits() {
+        enterSequencer();
+        sample->setFormat(48000, 16, 1);
+        sample->takeData(static_cast<unsigned char*>(std::calloc(clipFrames, 2)), clipFrames);
+        sample->filename = "clip.wav";
+        host.samples.add(sample);
+        CPart* a = midiPart(0);
+        a->id = "A";
+        a->addEvent(0, note(60));
+        a->addEvent(1910, longNote(62, 960));
+        for (int tick : {0, 1920}) a->addEventParam(tick, createEnvEvent(nullptr, 0.5f), 0);
+        midi->addPart(a, nullptr);
+        CPart* b = midiPart(3840, 1920);
+        b->addEvent(100, note(64));
+        midi->addPart(b, nullptr);
+        step([&](CUndo* u) {
+            CPart* ghost = seq->makeGhost(b, u);
+            ghost->pos = 7680;
+            midi->addPart(ghost, u);
+        });
+        auto* section = new CMarkerPart;
+        section->length = 3840;
+        prog()->addMarker(section, nullptr);
+        for (auto [tick, bpm] : {std::pair{960, 100.0f}, {2880, 140.0f}, {4800, 90.0f}}) {
+            auto* tempo = new CTempoPart;
+            tempo->pos = tick;
+            tempo->setTempo(bpm);
+            prog()->addTempo(tempo, nullptr);
+        }
+        host.undoClear();
+    }
+
+    static CMIDIEvent* longNote(int number, int length) {
+        CMIDIEvent* event = note(number);
+        event->length = length;
+        return event;
+    }
+    CPart* part(CSongTrack* on, int i) { return static_cast<CPart*>(on->parts.items(i)); }
+    CPart* addAudio(int pos, std::vector<std::pair<int, CAudioEvent*>> clips) {
+        auto* made = new CAudioPart;
+        made->pos = pos;
+        made->multiclip = clips.size() > 1;
+        for (auto [tick, event] : clips) made->addEvent(tick, event);
+        return audio->addPart(made, nullptr);
+    }
+    /// Selects parts of a track by their letters, "a" the first.
+    void select(CSongTrack* on, const std::string& which) {
+        seq->unselectParts();
+        for (char c : which) part(on, c - 'a')->setSelected(true);
+    }
+    void at(int tick) { host.setPos(double(tick)); }
+    void locators(int from, int to) { seq->setLoopSection(from, to); }
+    void openTrack(CSongTrack* on) {
+        on->track->setOpen(true);
+        seq->selectTrack(on, true);
+    }
+    /// Position, locators and tracks, which no step records, as they were at first.
+    void leaveView() {
+        at(0);
+        locators(0, 3840);
+        seq->unselectTracks();
+        for (auto* t : each<CTrack>(seq->tracks)) t->setOpen(false);
+    }
+    std::string show(CSongTrack* on) {
+        std::ostringstream out;
+        for (auto* p : each<CPart>(on->parts)) {
+            out << "| " << p->pos << ':' << seq->getTicks(p) << (p->ghostOf ? " ghost" : "")
+                << (p->muted() ? " mute" : "");
+            int tick = p->offset;
+            for (CBaseEvent* e = p->getEvents(); e; e = e->next)
+                showEvent(out, p, e, tick += e->delta);
+            for (const auto& [point, value] : pointsOf(p, 0)) out << " ~" << p->offset + point;
+            out << ' ';
+        }
+        return out.str();
+    }
+    std::string showPoints() {
+        std::ostringstream out;
+        for (auto* t : each<CTempoPart>(prog()->tempos))
+            out << t->pos << '@' << t->getTempo() << ' ';
+        for (auto* m : each<CMarkerPart>(prog()->markers)) out << 'M' << m->pos << ':' << m->length;
+        return out.str();
+    }
+    std::string bytes() {
+        seq->unselectParts();
+        return write();
+    }
+
+private:
+    static void showEvent(std::ostream& out, CPart* p, CBaseEvent* e, int tick) {
+        out << ' ' << tick << '=';
+        if (p->type == partMIDI)
+            out << (static_cast<CMIDIEvent*>(e)->data >> 8 & 127) << '/'
+                << static_cast<CMIDIEvent*>(e)->length;
+        else if (p->type == partDrum)
+            out << static_cast<CDrumEvent*>(e)->sound << '/' << static_cast<CDrumEvent*>(e)->length;
+        else
+            out << static_cast<CAudioEvent*>(e)->start << '-' << static_cast<CAudioEvent*>(e)->end;
+    }
+};
+
+const std::string noteA = "| 0:3840 0=60/240 1910=62/960 ~0 ~1920 ";
+const std::string halfA = "| 0:1920 0=60/240 1910=62/960 ~0 ~1920 ";
+std::string ghost(int pos) {
+    return "| " + std::to_string(pos) + ":1920 ghost 100=64/240 ";
+}
+
+struct Case {
+    const char* name;
+    std::function<void(Edits&)> prepare;
+    std::function<void(CSeq*)> run;
+    const char* title;
+    std::string parts;       ///< of the instrument track afterwards
+    const char* points = ""; ///< tempos and section; empty: as before
+};
+
+void splitAtCursor(CSeq* seq) {
+    seq->splitAtCursorClicked();
+}
+
+const Case cases[] = {
+    {"split all that span", [](Edits& e) { e.at(1920); }, splitAtCursor, "Split",
+     halfA + "| 1920:1920 ~0 " + ghost(3840) + ghost(7680)},
+    {"split the selected ghost",
+     [](Edits& e) {
+         e.at(8640);
+         e.select(e.midi, "ac");
+     },
+     splitAtCursor, "Split", noteA + ghost(3840) + "| 7680:960 100=64/240 | 8640:960 "},
+    {"split the notes of the part that is edited",
+     [](Edits& e) {
+         e.at(1920);
+         e.openTrack(e.midi);
+         e.select(e.midi, "a");
+     },
+     splitAtCursor, "Split",
+     "| 0:3840 0=60/240 1910=62/10 1920=62/950 ~0 ~1920 " + ghost(3840) + ghost(7680)},
+    {"insert", [](Edits& e) { e.locators(1920, 2880); }, insertBars, "Insert bars",
+     halfA + "| 2880:1920 ~0 " + ghost(4800) + ghost(8640), "960@100 3840@140 5760@90 M0:4800"},
+    {"remove the end of one and the start of another", [](Edits& e) { e.locators(1920, 4800); },
+     removeBars, "Remove bars", halfA + "| 1920:960 " + ghost(4800), "960@100 1920@90 M0:1920"},
+    {"remove from the middle", [](Edits& e) { e.locators(960, 1920); }, removeBars, "Remove bars",
+     "| 0:960 0=60/240 ~0 | 960:1920 ~0 " + ghost(2880) + ghost(6720),
+     "960@100 1920@140 3840@90 M0:2880"},
+    {"remove a part, and keep the tempo behind it", [](Edits& e) { e.locators(3840, 5760); },
+     removeBars, "Remove bars", noteA + ghost(5760), "960@100 2880@140 3840@90 M0:3840"},
+    {"remove a tempo before another", [](Edits& e) { e.locators(0, 2880); }, removeBars,
+     "Remove bars", "| 0:960 " + ghost(960) + ghost(4800), "0@140 1920@90 M0:960"},
+    {"glue", [](Edits& e) { e.select(e.midi, "ab"); }, glueParts, "Glue",
+     "| 0:5760 0=60/240 1910=62/960 3940=64/240 ~0 ~1920 " + ghost(7680)},
+    {"quantize a master once", [](Edits& e) { e.select(e.midi, "abc"); }, quantizeParts, "Quantize",
+     "| 0:3840 0=60/240 1920=62/960 ~0 ~1920 | 3840:1920 ghost 0=64/240 | 7680:1920 ghost "
+     "0=64/240 "},
+    {"delete", [](Edits& e) { e.select(e.midi, "ac"); }, deleteParts, "Delete", ghost(3840)},
+    {"duplicate", [](Edits& e) { e.select(e.midi, "b"); }, duplicateParts, "Duplicate",
+     noteA + ghost(3840) + ghost(5760) + ghost(7680)},
+    {"cut", [](Edits& e) { e.select(e.midi, "bc"); }, cutParts, "Cut", noteA},
+    {"paste on the track it came from",
+     [](Edits& e) {
+         e.select(e.midi, "ab");
+         copyParts(e.seq);
+         e.at(9600);
+     },
+     pasteParts, "Paste",
+     noteA + ghost(3840) + ghost(7680) + "| 9600:3840 0=60/240 1910=62/960 ~0 ~1920 " +
+         ghost(13440)},
+    {"paste into the part that is edited",
+     [](Edits& e) {
+         e.part(e.midi, 0)->getEvents()->next->flags = eventSelected;
+         e.select(e.midi, "a");
+         copyParts(e.seq);
+         e.part(e.midi, 0)->getEvents()->next->flags = 0;
+         e.openTrack(e.midi);
+         e.at(480);
+     },
+     pasteParts, "Paste",
+     "| 0:3840 0=60/240 480=62/960 1910=62/960 ~0 ~1920 " + ghost(3840) + ghost(7680)},
+    {"un-ghost", [](Edits& e) { e.select(e.midi, "ac"); }, unghostParts, "Un-ghost",
+     noteA + ghost(3840) + "| 7680:1920 100=64/240 "},
+    {"mute", [](Edits& e) { e.select(e.midi, "ab"); }, toggleMutes, "Mute part",
+     "| 0:3840 mute 0=60/240 1910=62/960 ~0 ~1920 | 3840:1920 ghost mute 100=64/240 " +
+         ghost(7680)},
+};
+
+} // namespace
+
+/// Every edit does what it tells, and the way back and forth leads to equal files.
+TEST(Edits, AreStepsOfTheHistory) {
+    for (const Case& c : cases) {
+        Edits e;
+        const std::string points = e.showPoints(), start = e.bytes();
+        c.prepare(e);
+        c.run(e.seq);
+        e.host.settle();
+        EXPECT_STREQ(e.host.undoText().asChar(), c.title) << c.name;
+        EXPECT_EQ(e.host.undoList.getCount(), 1) << c.name;
+        EXPECT_EQ(e.show(e.midi), c.parts) << c.name;
+        EXPECT_EQ(e.showPoints(), *c.points ? c.points : points) << c.name;
+        e.leaveView();
+        const std::string edited = e.bytes();
+        EXPECT_NE(edited, start) << c.name;
+        e.undo();
+        EXPECT_EQ(e.bytes(), start) << c.name;
+        e.redo();
+        EXPECT_EQ(e.bytes(), edited) << c.name;
+    }
+}
+
+/// Where a clip is cut follows from the frames that have passed by then.
+TEST(Edits, CutClipsByTheirFrames) {
+    struct Clip {
+        const char* name;
+        int mode, reverse, semitones, ticks, at;
+        int frame; ///< in the range, -1: refused
+        int length;
+    };
+    const int last = clipFrames - 1;
+    const Clip clips[] = {
+        {"plain", 0, 0, 0, 960, 960, 960 * framesPerTick, 3840},
+        {"an octave up", 0, 0, 12, 960, 960, 960 * framesPerTick * 2, 1920},
+        {"backward", 0, 1, 0, 960, 960, 960 * framesPerTick, 3840},
+        {"resampled", 1, 0, 0, 1920, 480, clipFrames / 4, 1920},
+        {"stretched backward", 2, 1, 0, 1920, 480, clipFrames / 4, 1920},
+        {"at its end", 0, 0, 0, 960, 3840, -1, 3840},
+    };
+    for (const Clip& c : clips) {
+        Edits e;
+        deleteAll<CPart>(e.prog()->tempos);
+        CAudioEvent* event = clip(e.sample);
+        event->mode = (unsigned char)c.mode;
+        event->reverse = (unsigned char)c.reverse;
+        event->semitones = c.semitones;
+        event->ticks = c.ticks;
+        event->fadeInMs = event->fadeOutMs = 7.0f;
+        CPart* part = e.addAudio(480, {{0, event}});
+        part->length = c.length;
+        ASSERT_EQ(e.seq->getTicks(part), c.length) << c.name;
+        bool cut = false;
+        e.step([&](CUndo* u) { cut = e.seq->splitPart(e.audio, part, c.at, 0, splitApart, u); });
+        ASSERT_EQ(cut, c.frame >= 0) << c.name;
+        EXPECT_EQ(e.audio->parts.getCount(), cut ? 2 : 1) << c.name;
+        if (!cut) continue;
+        const auto* left = static_cast<CAudioEvent*>(e.part(e.audio, 0)->getEvents());
+        const auto* right = static_cast<CAudioEvent*>(e.part(e.audio, 1)->getEvents());
+        const int mirrored = last - c.frame;
+        EXPECT_EQ(left->start, c.reverse ? mirrored : 0) << c.name;
+        EXPECT_EQ(left->end, c.reverse ? last : c.frame - 1) << c.name;
+        EXPECT_EQ(right->start, c.reverse ? 0 : c.frame) << c.name;
+        EXPECT_EQ(right->end, c.reverse ? mirrored : last) << c.name;
+        EXPECT_EQ(left->ticks, c.at) << c.name;
+        EXPECT_EQ(right->ticks, c.length - c.at) << c.name;
+        EXPECT_EQ(left->fadeInMs + right->fadeOutMs, 14.0f) << c.name;
+        EXPECT_EQ(left->fadeOutMs + right->fadeInMs, 0.0f) << c.name;
+        EXPECT_EQ(e.part(e.audio, 1)->pos, 480 + c.at) << c.name;
+    }
+}
+
+/// A part of several clips, drums, and a time that is cut out of a clip.
+TEST(Edits, CutEveryKindOfPart) {
+    Edits e;
+    deleteAll<CPart>(e.prog()->tempos);
+    e.addAudio(0, {{0, clip(e.sample, 0, 960 * framesPerTick - 1)}, {960, clip(e.sample)}});
+    auto* hits = new CDrumPart;
+    for (int tick : {0, 1920}) {
+        CDrumEvent* hit = createDrumEvent();
+        hit->sound = tick / 960;
+        hits->addEvent(tick, hit);
+    }
+    e.drums->addPart(hits, nullptr);
+    e.at(1920);
+    e.seq->splitAtCursorClicked();
+    e.host.settle();
+    EXPECT_EQ(e.show(e.drums), "| 0:1920 0=0/240 | 1920:1920 0=2/240 ");
+    EXPECT_EQ(e.show(e.audio), "| 0:1920 0=0-23999 960=0-23999 | 1920:1920 0=24000-95999 ");
+    e.select(e.audio, "ab");
+    glueParts(e.seq);
+    e.host.settle();
+    EXPECT_EQ(e.show(e.audio), "| 0:3840 0=0-23999 960=0-23999 1920=24000-95999 ");
+    e.undo();
+    e.undo();
+    e.addAudio(4800, {{0, clip(e.sample)}});
+    e.locators(5760, 6720);
+    removeBars(e.seq);
+    e.host.settle();
+    EXPECT_EQ(e.show(e.audio), "| 0:3840 0=0-23999 960=0-95999 | 4800:960 0=0-23999 "
+                               "| 5760:1920 0=48000-95999 ");
+    e.addAudio(10080, {{0, clip(e.sample)}});
+    e.addAudio(9600, {{0, clip(e.sample)}});
+    e.select(e.audio, "de");
+    e.seq->crossfadeClicked(); // over 3360 ticks, 1750 ms at 120 beats a minute
+    e.host.settle();
+    EXPECT_EQ(static_cast<CAudioEvent*>(e.part(e.audio, 3)->getEvents())->fadeOutMs, 1750.0f);
+    EXPECT_EQ(static_cast<CAudioEvent*>(e.part(e.audio, 4)->getEvents())->fadeInMs, 1750.0f);
+}
+
+/// Frames are inserted into a new file; the sample before stays what it was.
+TEST(Edits, PasteFramesIntoAClip) {
+    const TempFolder folder;
+    Edits e;
+    deleteAll<CPart>(e.prog()->tempos);
+    e.host.tempAudioFolder = folder.file("");
+    auto* values = reinterpret_cast<short*>(e.sample->data);
+    for (int i = 0; i < clipFrames; i++) values[i] = short(i % 30000);
+    CPart* part = e.addAudio(0, {{0, clip(e.sample)}});
+    e.addAudio(9600, {{0, clip(e.sample, 100, 149)}});
+    const std::string start = e.bytes();
+    e.select(e.audio, "b");
+    copyParts(e.seq);
+    e.select(e.audio, "a");
+    e.openTrack(e.audio);
+    e.at(960);
+    pasteParts(e.seq);
+    e.host.settle();
+    const auto* event = static_cast<CAudioEvent*>(part->getEvents());
+    ASSERT_NE(event->sample, e.sample);
+    EXPECT_EQ(event->end, clipFrames - 1 + 50);
+    ASSERT_EQ(int(event->sample->frames), clipFrames + 50);
+    std::vector<float> before(clipFrames), made(clipFrames + 50);
+    e.sample->readFrames(0, clipFrames, before.data());
+    event->sample->readFrames(0, clipFrames + 50, made.data());
+    for (int i = 0; i < clipFrames + 50; i++) {
+        const int from = i < 24000 ? i : i < 24050 ? i - 24000 + 100 : i - 50;
+        ASSERT_EQ(made[size_t(i)], before[size_t(from)]) << i;
+    }
+    e.undo();
+    e.leaveView();
+    EXPECT_EQ(e.bytes(), start);
+}
+
+/// A copied ghost outlives its master.
+TEST(Edits, KeepTheClipboardWhenTheHistoryForgets) {
+    Edits e;
+    e.step([&](CUndo* u) {
+        CPart* copy = e.seq->makeGhost(e.part(e.midi, 0), u);
+        copy->pos = 11520;
+        e.midi->addPart(copy, u);
+    });
+    e.select(e.midi, "d");
+    copyParts(e.seq);
+    e.undo();
+    e.select(e.midi, "b");
+    deleteParts(e.seq); // the master dies with the redo tail
+    e.host.settle();
+    e.at(15360);
+    pasteParts(e.seq);
+    e.host.settle();
+    EXPECT_EQ(e.show(e.midi), noteA + ghost(7680) + "| 15360:3840 0=60/240 1910=62/960 ~0 ~1920 ");
+}
+
+/// Whatever is edited while blocks run, nothing forbidden happens there, and the way back leads to
+/// the song that was.
+TEST(Edits, HappenWhileTheSongPlays) {
+    Edits e;
+    e.host.setFrames(128);
+    for (int pos : {0, 1920}) e.addAudio(pos, {{0, clip(e.sample)}, {960, clip(e.sample)}});
+    const std::string start = e.bytes();
+    std::mt19937 random{3};
+    const auto pick = [&](int n) { return int(random() % unsigned(n)); };
+    std::atomic<bool> ended{false};
+    std::atomic<int> blocks{0};
+    rtReset();
+    std::thread audio([&] {
+        for (; !ended; blocks++) {
+            e.device.run();
+            e.device.forget();
+        }
+    });
+    e.host.start();
+    for (int i = 0; i < 400; i++) {
+        const Case& c = cases[pick(int(std::size(cases)))];
+        e.locators(pick(8) * 480, 480 + pick(16) * 480);
+        e.at(pick(12) * 480);
+        for (auto* t : {e.midi, e.audio})
+            for (auto* p : each<CPart>(t->parts)) p->setSelected(pick(3) == 0);
+        if (e.midi->parts.getCount() + e.audio->parts.getCount() > 60) deleteParts(e.seq);
+        if (pick(4) == 0)
+            e.host.undoClicked();
+        else
+            c.run(e.seq);
+        e.host.idle();
+        for (const int before = blocks; blocks == before;) std::this_thread::yield();
+    }
+    e.host.settle();
+    while (e.host.undoIndex >= 0) e.undo();
+    e.host.stop();
+    e.leaveView();
+    for (const int before = blocks; blocks < before + 2;) std::this_thread::yield();
+    ended = true;
+    audio.join();
+    EXPECT_EQ(e.bytes(), start);
+    EXPECT_EQ(rtViolations(), 0);
+}
