@@ -2,8 +2,53 @@
 #include "common/fx/CChorus.h"
 #include "common/fx/CCompressor.h"
 #include "common/fx/CDelay.h"
+#include "common/fx/CEQ.h"
+#include "common/fx/CFilterFX.h"
+#include "common/fx/CGuitarAmp.h"
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
+
+namespace {
+
+/// What comes out of the right side of a sweep, whose phase the left one has not.
+template <class Fx>
+Stereo sweep(float hz, int tempoSync, int waveform = 0, float degrees = 0) {
+    Fx fx(44100, 0);
+    fx.tempo = 90;
+    fx.setTickNum(3);
+    fx.setTickDen(4);
+    fx.setTempoSync(tempoSync);
+    fx.setFrequency(hz);
+    fx.setWaveform(waveform);
+    fx.setPhase(degrees);
+    fx.setEnabled(1);
+    Stereo in = fxSignal(5000), out(5000);
+    runFx(fx, in, out, 1000);
+    out.left = out.right;
+    return out;
+}
+
+} // namespace
+
+/// 90 beats a minute and 4 / 3 of a cycle a beat are 2 Hz. Standing still, a sine begins where a
+/// triangle is after a quarter and a sawtooth after a half.
+TEST(CFX, SweepsKeepTimeAndHaveTheirWaves) {
+    expectNear(sweep<CChorus>(9, 1), sweep<CChorus>(2, 0), 0, "chorus in tempo");
+    expectNear(sweep<CPhaser>(9, 1), sweep<CPhaser>(2, 0), 0, "phaser in tempo");
+    expectNear(sweep<CChorus>(0, 0, 1, 90), sweep<CChorus>(0, 0), 1e-5, "triangle");
+    expectNear(sweep<CPhaser>(0, 0, 1, 90), sweep<CPhaser>(0, 0), 1e-5, "triangle");
+    expectNear(sweep<CPhaser>(0, 0, 2, 180), sweep<CPhaser>(0, 0), 1e-5, "sawtooth");
+}
+
+/// Without lines of their own they make no sound, not even the dry one.
+TEST(CFX, NothingSoundsWithoutLines) {
+    CDelay delay(44100, 0);
+    CChorus chorus(44100, 0);
+    Stereo in = fxSignal(100), out(100);
+    runFx(delay, in, out, 100);
+    runFx(chorus, in, out, 100);
+    EXPECT_EQ(out.left, Stereo(100).left);
+}
 
 /// No setting, however wild, leads out of a line or a table: the sanitizers watch.
 TEST(CFX, WildSettingsStayInBounds) {
@@ -11,6 +56,7 @@ TEST(CFX, WildSettingsStayInBounds) {
     CChorus chorus(8000, 0);
     CPhaser phaser(8000, 0);
     CCompressor compressor(8000, 0);
+    CGuitarAmp amp(8000, 0);
     CReverb reverb(192000, 0); // 250 ms at this rate are the whole pre-delay
     reverb.setPreDelay(300);
     Stereo in = fxSignal(60000), out(60000);
@@ -23,10 +69,10 @@ TEST(CFX, WildSettingsStayInBounds) {
             compressor.attack = compressor.release = wild;
             chorus.phase = phaser.phase = wild;
             delay.mulLeft = delay.divRight = chorus.tickNum = phaser.tickDen = sync - 1;
-            phaser.stages = phaser.waveform = 100 * sync - 1;
+            phaser.stages = phaser.waveform = amp.channel = 100 * sync - 1;
             delay.sync = chorus.tempoSync = phaser.tempoSync = sync;
-            for (CFX* fx :
-                 std::initializer_list<CFX*>{&delay, &chorus, &phaser, &compressor, &reverb}) {
+            for (CFX* fx : std::initializer_list<CFX*>{&delay, &chorus, &phaser, &compressor, &amp,
+                                                       &reverb}) {
                 fx->setEnabled(1);
                 fx->tempo = wild;
                 runFx(*fx, in, out, 1000);
@@ -38,6 +84,25 @@ TEST(CFX, WildSettingsStayInBounds) {
     EXPECT_TRUE(std::isfinite(chorus.phasePos) && std::isfinite(phaser.phasePos));
 }
 
+/// One bad frame is over with its block.
+TEST(CFX, RecoversFromWhatIsNoNumber) {
+    for (float bad : {std::nanf(""), INFINITY, -INFINITY}) {
+        CCompressor compressor(44100, 0), freshCompressor(44100, 0);
+        CFilterFX filter(44100, 0), freshFilter(44100, 0);
+        CEQ eq(eqPeaking), freshEq(eqPeaking);
+        const std::pair<CFX&, CFX&> units[] = {
+            {compressor, freshCompressor}, {filter, freshFilter}, {eq, freshEq}};
+        for (auto& [hit, fresh] : units) {
+            Stereo shock(64), in = fxSignal(2000), out(2000), wanted(2000);
+            shock.left[10] = shock.right[10] = bad;
+            runFx(hit, shock, shock, 64);
+            runFx(hit, in, out, 64);
+            runFx(fresh, in, wanted, 64);
+            EXPECT_EQ(out.left, wanted.left) << hit.id.asChar() << ": " << bad;
+        }
+    }
+}
+
 TEST(CFX, SettersClampAndIgnoreWhatIsNoNumber) {
     CDelay delay(44100, 0);
     delay.setFeedback(0.25f);
@@ -45,11 +110,14 @@ TEST(CFX, SettersClampAndIgnoreWhatIsNoNumber) {
     EXPECT_EQ(delay.getFeedback(), 0.25f);
     delay.setFeedback(7.0f);
     EXPECT_EQ(delay.getFeedback(), 1.0f);
+    CGuitarAmp amp(44100, 0);
+    for (auto [given, kept] : {std::pair(0.25f, 0.25f), {2, 1}, {-1, 0}, {std::nanf(""), 0}}) {
+        amp.setMid3(given);
+        EXPECT_EQ(amp.getMid3(), kept);
+    }
     CReverb reverb(44100, 0);
     reverb.setSize(500);
     EXPECT_EQ(reverb.getRevTime(), 1000);
     reverb.setRevTimeOld(4700);
     EXPECT_EQ(reverb.getRevTime(), 4000);
-    reverb.setPreDelay(300);
-    EXPECT_EQ(reverb.getPreDelay(), 250);
 }
