@@ -15,23 +15,12 @@ TEST(Shared, ReadsAndWritesLikeAField) {
     volume += 0.25f;
     volume *= 2.0f;
     EXPECT_EQ(volume, 1.5f);
-    struct Pair {
-        Shared<int> a{1};
-        Shared<bool> on{false};
-    };
-    Pair one;
-    one.a = 5;
-    one.on = true;
-    Pair two = one;
-    two.a++;
-    one = two;
-    EXPECT_TRUE(one.a == 6 && one.on);
-    Shared<unsigned char> small{250};
+    Shared<unsigned char> small{250}, copy = small;
     EXPECT_EQ(small += 10, 4) << "wraps as its type";
-    int expected = 1;
-    EXPECT_FALSE(one.a.compareExchange(expected, 9));
-    EXPECT_TRUE(one.a.compareExchange(expected, 9)) << "now it is known";
-    EXPECT_EQ(one.a.exchange(1), 9);
+    EXPECT_EQ(copy++, 250);
+    unsigned char expected = 250;
+    EXPECT_FALSE(copy.compareExchange(expected, 9));
+    EXPECT_TRUE(copy.compareExchange(expected, 9)) << "now it is known";
 }
 
 /// Each thread sets and clears a bit of its own; none may be lost to another.
@@ -60,26 +49,17 @@ TEST(Ring, HandsWholeRecordsToAnotherThread) {
     };
     constexpr int total = 20000;
     Ring<Record, 16> ring;
-    int filled = 0;
+    int filled = 0, wrong = 0;
     while (ring.push({filled, -filled, filled * 3})) ++filled;
     EXPECT_EQ(filled, 16) << "it takes its capacity";
     std::thread producer([&] {
-        for (int i = filled; i < total;) {
-            if (ring.push({i, -i, i * 3}))
-                ++i;
-            else
-                std::this_thread::yield();
-        }
+        for (int i = filled; i < total; ++i)
+            while (!ring.push({i, -i, i * 3})) std::this_thread::yield();
     });
-    int wrong = 0;
-    for (int i = 0; i < total;) {
+    for (int i = 0; i < total; ++i) {
         Record r{};
-        if (!ring.pop(r)) {
-            std::this_thread::yield();
-            continue;
-        }
+        while (!ring.pop(r)) std::this_thread::yield();
         wrong += r.a != i || r.b != -i || r.c != i * 3;
-        ++i;
     }
     producer.join();
     EXPECT_EQ(wrong, 0);
@@ -105,7 +85,5 @@ TEST(Denormals, BecomeZero) {
         EXPECT_NE(tiny * 0.5f, 0.0f);
         flushDenormals();
         EXPECT_EQ(tiny * 0.5f, 0.0f);
-        volatile float denormal = std::numeric_limits<float>::denorm_min();
-        EXPECT_EQ(denormal * 1e30f, 0.0f);
     }).join();
 }
