@@ -76,14 +76,15 @@ CUndo* UndoHost::undoStart(const CStr& name, CComp* comp, unsigned flags) {
 }
 
 void UndoHost::undoEnd(CUndo* u, bool wait) {
-    openSteps.remove(u);
     if (u->items.empty()) {
+        openSteps.remove(u);
         u->comp->update(u->flagBits);
         delete u;
         return;
     }
     settle();
-    freeSteps(undoIndex + 1);
+    freeSteps(undoIndex + 1); // what this step holds is told as well of what dies
+    openSteps.remove(u);
     undoList.addUnique(u);
     undoIndex = undoList.getCount() - 1;
     queue(u, opDone);
