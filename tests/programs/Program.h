@@ -44,16 +44,3 @@ struct Wav {
 private:
     void read(const std::string& path);
 };
-
-/// The longest run of exact zeros behind the first sound.
-template <class Samples>
-size_t longestSilence(const Samples& samples) {
-    size_t longest = 0, run = 0;
-    bool sounding = false;
-    for (auto v : samples) {
-        sounding = sounding || v != 0;
-        run = sounding && v == 0 ? run + 1 : 0;
-        if (run > longest) longest = run;
-    }
-    return longest;
-}
