@@ -1,98 +1,156 @@
 #include "app/main/Digits.h"
 
-#include "gui/CGraphic.h"
-
-#include <cstring>
+#include <algorithm>
+#include <string_view>
 
 namespace {
 
-constexpr int digitWidth = 11;
-constexpr int dotWidth = 3;
-constexpr int gap = 3;
-constexpr int stroke = 2;
+constexpr int digitWidth = 10, pointWidth = 3, digitHeight = 20, gap = 4;
+constexpr double stroke = 1; ///< half its thickness
+constexpr std::string_view known = "0123456789-/.:";
 
-/// Strokes of a figure: top, middle, bottom, then upper left and right, lower left and right.
-enum Stroke : unsigned { top = 1, middle = 2, bottom = 4, ul = 8, ur = 16, ll = 32, lr = 64 };
-
-constexpr unsigned figures[10] = {
-    top | bottom | ul | ur | ll | lr,
-    ur | lr,
-    top | middle | bottom | ur | ll,
-    top | middle | bottom | ur | lr,
-    middle | ul | ur | lr,
-    top | middle | bottom | ul | lr,
-    top | middle | bottom | ul | ll | lr,
-    top | ur | lr,
-    top | middle | bottom | ul | ur | ll | lr,
-    top | middle | bottom | ul | ur | lr,
-};
-
-bool isPoint(char c) {
-    return c == '.' || c == ':';
+SignPart path(std::vector<SignPoint> points) {
+    return {stroke, std::move(points)};
 }
 
-unsigned strokesOf(char c) {
-    if (c >= '0' && c <= '9') return figures[c - '0'];
-    return c == '-' ? unsigned(middle) : 0u;
+SignPart dot(double top) {
+    return {0,
+            {{0, top}, {pointWidth, top}, {pointWidth, top + pointWidth}, {0, top + pointWidth}}};
 }
 
-void drawFigure(CGraphic* g, int x, int y, unsigned strokes) {
-    constexpr int centre = (digitHeight - stroke) / 2;
-    const int right = x + digitWidth - stroke;
-    const struct {
-        unsigned bit;
-        CRect rect;
-    } parts[] = {
-        {top, asRect(x + 1, y, x + digitWidth - 1, y + stroke)},
-        {middle, asRect(x + 1, y + centre, x + digitWidth - 1, y + centre + stroke)},
-        {bottom, asRect(x + 1, y + digitHeight - stroke, x + digitWidth - 1, y + digitHeight)},
-        {ul, asRect(x, y + 1, x + stroke, y + centre + 1)},
-        {ur, asRect(right, y + 1, right + stroke, y + centre + 1)},
-        {ll, asRect(x, y + centre + 1, x + stroke, y + digitHeight - 1)},
-        {lr, asRect(right, y + centre + 1, right + stroke, y + digitHeight - 1)},
+SignPart upsideDown(SignPart part) {
+    for (SignPoint& p : part.points) p = {digitWidth - p.x, digitHeight - p.y};
+    return part;
+}
+
+/// In the order of `known`.
+const std::vector<Sign>& figures() {
+    static const SignPart six = path({{8.9, 3.6},
+                                      {8.1, 1.9},
+                                      {6, 1},
+                                      {4, 1},
+                                      {1.9, 1.9},
+                                      {1, 4},
+                                      {1, 16},
+                                      {1.9, 18.1},
+                                      {4, 19},
+                                      {6, 19},
+                                      {8.1, 18.1},
+                                      {9, 16},
+                                      {9, 11.5},
+                                      {8.1, 9.4},
+                                      {6, 8.5},
+                                      {4, 8.5},
+                                      {1.9, 9.4},
+                                      {1, 11.5}});
+    static const std::vector<Sign> all = {
+        {path({{4, 1},
+               {6, 1},
+               {8.1, 1.9},
+               {9, 4},
+               {9, 16},
+               {8.1, 18.1},
+               {6, 19},
+               {4, 19},
+               {1.9, 18.1},
+               {1, 16},
+               {1, 4},
+               {1.9, 1.9},
+               {4, 1}})},
+        {path({{2.2, 4.5}, {6, 1}, {6, 19}})},
+        {path({{1, 4.4},
+               {1.9, 1.9},
+               {4, 1},
+               {6, 1},
+               {8.1, 1.9},
+               {9, 4},
+               {9, 6},
+               {8.2, 8.4},
+               {1, 19},
+               {9, 19}})},
+        {path({{1, 3.8},
+               {1.9, 1.9},
+               {4, 1},
+               {6, 1},
+               {8.1, 1.9},
+               {9, 4},
+               {9, 6.6},
+               {8.1, 8.8},
+               {6, 9.7},
+               {4, 9.7}}),
+         path({{6, 9.7},
+               {8.1, 10.6},
+               {9, 13},
+               {9, 16},
+               {8.1, 18.1},
+               {6, 19},
+               {4, 19},
+               {1.9, 18.1},
+               {1, 16.2}})},
+        {path({{7, 19}, {7, 1}, {1, 14}, {9, 14}})},
+        {path({{8.5, 1},
+               {2, 1},
+               {1.4, 9},
+               {3.8, 8},
+               {6, 8},
+               {8.1, 8.9},
+               {9, 11},
+               {9, 16},
+               {8.1, 18.1},
+               {6, 19},
+               {4, 19},
+               {1.9, 18.1},
+               {1, 16.2}})},
+        {six},
+        {path({{1, 1}, {9, 1}, {4, 19}})},
+        {path({{4, 1},
+               {6, 1},
+               {8, 1.9},
+               {8.7, 4},
+               {8.7, 6.6},
+               {8, 8.7},
+               {6, 9.6},
+               {4, 9.6},
+               {2, 8.7},
+               {1.3, 6.6},
+               {1.3, 4},
+               {2, 1.9},
+               {4, 1}}),
+         path({{6, 9.6},
+               {8.2, 10.5},
+               {9, 12.8},
+               {9, 16},
+               {8.1, 18.1},
+               {6, 19},
+               {4, 19},
+               {1.9, 18.1},
+               {1, 16},
+               {1, 12.8},
+               {1.8, 10.5},
+               {4, 9.6}})},
+        {upsideDown(six)},
+        {path({{2, 10}, {8, 10}})},
+        {path({{1.5, 19}, {8.5, 1}})},
+        {dot(17)},
+        {dot(5), dot(12)},
     };
-    for (const auto& part : parts)
-        if (strokes & part.bit) g->fillRect(part.rect);
-}
-
-void drawPoint(CGraphic* g, int x, int y, char c) {
-    const int foot = y + digitHeight - dotWidth;
-    if (c == '.') g->fillRect(asRect(x, foot, x + dotWidth, foot + dotWidth));
-    if (c != ':') return;
-    g->fillRect(asRect(x, y + 5, x + dotWidth, y + 5 + dotWidth));
-    g->fillRect(asRect(x, y + 12, x + dotWidth, y + 12 + dotWidth));
-}
-
-void drawSlash(CGraphic* g, int x, int y) {
-    for (int row = 0; row < digitHeight; row++) {
-        const int at = x + (digitHeight - 1 - row) * (digitWidth - stroke) / (digitHeight - 1);
-        g->fillRect(asRect(at, y + row, at + stroke, y + row + 1));
-    }
+    return all;
 }
 
 int widthOf(char c) {
-    return isPoint(c) ? dotWidth : digitWidth;
+    return c == '.' || c == ':' ? pointWidth : digitWidth;
 }
 
 } // namespace
 
-void drawDigits(CGraphic* g, CRect rect, const CStr& text, int color) {
-    int x = rect.left;
-    const int y = (rect.top + rect.bottom - digitHeight) / 2;
-    g->setFillCol(color);
-    for (const char* c = text.asChar(); *c; c++) {
-        if (isPoint(*c))
-            drawPoint(g, x, y, *c);
-        else if (*c == '/')
-            drawSlash(g, x, y);
-        else
-            drawFigure(g, x, y, strokesOf(*c));
-        x += widthOf(*c) + gap;
-    }
+Digits::Digits() : set(figures(), digitWidth, digitHeight) {
 }
 
-int digitsWidth(const CStr& text) {
-    int width = 0;
-    for (const char* c = text.asChar(); *c; c++) width += widthOf(*c) + gap;
-    return width > 0 ? width - gap : 0;
+void Digits::draw(CGraphic* g, CRect rect, const CStr& text, int color, int ground) {
+    CPoint at = asPoint(rect.left, (rect.top + rect.bottom - digitHeight) / 2);
+    for (const char* c = text.asChar(); *c; c++) {
+        const size_t index = known.find(*c);
+        if (index != known.npos) set.draw(g, int(index), at, color, ground);
+        at.x += widthOf(*c) + gap;
+    }
 }

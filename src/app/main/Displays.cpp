@@ -1,6 +1,5 @@
 #include "app/main/Displays.h"
 
-#include "app/main/Digits.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
@@ -62,7 +61,7 @@ void CFigures::paint(CGraphic* g, CRect) {
     g->frameRect(colours.frame, clientRect());
     g->drawText(colours.dimText, title, asRect(margin, 3, width - margin, titleHeight), textLeft);
     const CRect field = asRect(margin, titleHeight + 1, width - margin, height - 3);
-    drawDigits(g, field, shownText, colours.text);
+    digits.draw(g, field, shownText, colours.text, colours.window);
 }
 
 void CFigures::refresh() {

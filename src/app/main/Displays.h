@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/main/Digits.h"
 #include "gui/CCtrl.h"
 
 class CQV;
@@ -26,6 +27,7 @@ protected:
     CStr title;
 
 private:
+    Digits digits;
     CStr shownText;
 };
 

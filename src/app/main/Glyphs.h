@@ -1,10 +1,16 @@
 #pragma once
 
-#include "base/Geometry.h"
+#include "app/main/Signs.h"
 
-class CGraphic;
-
-/// Symbols of the transport, drawn in the middle of a rectangle. Odd sizes stay sharp.
+/// Symbols of the transport.
 enum class Glyph { rewind, stop, play, record, loop, click, recent, render };
 
-void drawGlyph(CGraphic* g, Glyph glyph, CRect rect, int color);
+/// Draws the symbols in the middle of a rectangle. Interface thread.
+class Glyphs {
+public:
+    Glyphs();
+    void draw(CGraphic* g, Glyph glyph, CRect rect, int color, int ground);
+
+private:
+    SignSet set;
+};

@@ -7,9 +7,9 @@
 #include "app/main/CMeter.h"
 #include "app/main/CMonitorVolume.h"
 #include "app/main/Displays.h"
-#include "app/main/Glyphs.h"
 #include "app/mixer/CSpectrum.h"
 #include "base/CIniFile.h"
+#include "base/Numbers.h"
 #include "engine/CClick.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
@@ -23,7 +23,7 @@ constexpr int margin = 8;
 constexpr int buttonWidth = 36;
 constexpr int buttonTop = 12;
 constexpr int buttonHigh = 32;
-constexpr int masterWidth = 160;
+constexpr int masterWidth = 160, leastMaster = 64;
 constexpr int spectrumTop = 4, spectrumHeight = 48;
 constexpr int meterTop = 23, meterHeight = 11;
 constexpr int volumeTop = 38, volumeHeight = 12;
@@ -118,7 +118,8 @@ void Toolbar::recentClicked(CObject*) {
 
 void Toolbar::paintGlyph(CObject* sender, CGraphic* g, CRect rect) {
     for (const Command& c : commands)
-        if (c.button == sender) drawGlyph(g, c.glyph, rect, c.button->faceColour());
+        if (c.button == sender)
+            glyphs.draw(g, c.glyph, rect, c.button->faceColour(), c.button->fillColour());
 }
 
 void Toolbar::paint(CGraphic* g, CRect rect) {
@@ -147,8 +148,20 @@ bool Toolbar::clicking() const {
 }
 
 void Toolbar::resized() {
+    if (spectrum) {
+        const int room = width - margin - (activity->left + activity->width + margin);
+        master->width = volume->width = asMinMax(room, leastMaster, masterWidth);
+    }
     CGroup::resized();
-    if (spectrum) spectrum->visible = spectrumFits();
+    if (!spectrum) return;
+    spectrum->visible = spectrumFits();
+    for (CFigures* display : displays) display->visible = fits(display);
+    activity->visible = fits(activity);
+}
+
+/// On a small screen not everything has room beside the meter.
+bool Toolbar::fits(const CCtrl* ctrl) const {
+    return ctrl->left + ctrl->width + margin <= master->left;
 }
 
 /// Asked for, and not in the way of the displays.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/main/Glyphs.h"
 #include "gui/CGroup.h"
 
 #include <vector>
@@ -14,7 +15,6 @@ class CMonitorVolume;
 class CPositionDisplay;
 class CQV;
 class CSpectrum;
-enum class Glyph;
 
 /// The transport: buttons for actions, position, tempo, signature, MIDI activity, and the level and
 /// monitor volume of the output, with its spectrum where there is room.
@@ -46,6 +46,7 @@ private:
     void addDisplays(int left);
     void addMaster();
     void readSettings();
+    bool fits(const CCtrl* ctrl) const;
     bool spectrumFits() const;
     void paintGlyph(CObject* sender, CGraphic* g, CRect rect);
     void recentClicked(CObject* sender);
@@ -57,6 +58,7 @@ private:
 
     CMainWin* window;
     CQV* qv;
+    Glyphs glyphs;
     std::vector<Command> commands;
     std::vector<CFigures*> displays;
     CButton* recentButton = nullptr;
