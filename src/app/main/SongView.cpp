@@ -11,6 +11,7 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Colours.h"
+#include "gui/Drawing.h"
 #include "gui/Keys.h"
 #include "gui/controls/CButton.h"
 #include "sequencer/CSeq.h"
@@ -23,7 +24,8 @@ namespace {
 
 constexpr int gap = 4;
 constexpr int margin = 8;
-constexpr int stripe = 4; ///< of a track's colour at the left of its row
+constexpr int stripe = 4;       ///< of a track's colour at the left of its row
+constexpr int pointerReach = 4; ///< of the head of the play position to each side
 constexpr int lowestNote = 24, highestNote = 100;
 
 const unsigned trackColours[16] = {0x5aa9e6, 0x6fc18d, 0xe0a458, 0xd97b8f, 0xa58be0, 0x5fc0c0,
@@ -61,7 +63,7 @@ void CTimeline::drawSections(CGraphic* g, CSeq* seq) {
     drawGuiItem(g, asRect(0, 0, width, rulerHeight), &clMarkers);
     for (CMarkerPart* m : each<CMarkerPart>(seq->getProg()->markers)) {
         const int from = xOf(m->pos), to = xOf(m->endTick());
-        g->fillLine(colours.frame, asRect(from, 0, from + 1, height));
+        if (from > 0) g->fillLine(colours.frame, asRect(from, 0, from + 1, height));
         g->drawText(colours.dimText, m->id, asRect(from + 6, 0, to, rulerHeight), textLeft);
     }
     g->fillLine(colours.frame, asRect(0, rulerHeight - 1, width, rulerHeight));
@@ -76,7 +78,7 @@ void CTimeline::drawRow(CGraphic* g, CSongTrack* songTrack, int y, int colour) {
         const CRect box =
             asRect(xOf(part->pos.load()), y + gap, xOf(part->pos + ticks), y + gap + inner);
         g->fillRect(fill, box);
-        g->frameRect(fadeCol(fill, colour, 0.5), box);
+        g->frameRect(part->selected() ? colours.text : fadeCol(fill, colour, 0.5), box);
         int tick = part->pos + part->offset;
         for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
             tick += e->delta;
@@ -117,16 +119,51 @@ void CTimeline::paint(CGraphic* g, CRect) {
         drawSong(picture->graphic.get());
     }
     g->render(picture.get(), 0, 0, 0, 0, width, height);
+    shownX = playX();
+    drawPointer(g);
+}
+
+int CTimeline::playX() const {
     CSeq* seq = songOf(qv);
-    shownX = seq ? xOf(seq->getPos()) : 0;
+    return seq ? xOf(seq->getPos()) : 0;
+}
+
+void CTimeline::drawPointer(CGraphic* g) const {
     const int accent = win->app->gui->palette.accent;
     g->fillLine(accent, asRect(shownX, 0, shownX + 1, height));
-    g->fillRect(accent, asRect(shownX - 3, 0, shownX + 4, 3));
+    drawArrow(g, accent, asRect(shownX - pointerReach, -1, shownX + pointerReach + 1, 5), dirDown,
+              pointerReach);
 }
 
 void CTimeline::refresh() {
-    CSeq* seq = songOf(qv);
-    if (seq && xOf(seq->getPos()) != shownX && shown()) win->app->drawNow(win, this);
+    const int before = shownX, now = playX();
+    if (now == before || !shown() || !painted || !picture) return;
+    shownX = now;
+    const int near = 4 * pointerReach;
+    if (std::abs(now - before) <= near)
+        return paintAround(std::min(before, now), std::max(before, now));
+    paintAround(before, before);
+    paintAround(now, now);
+}
+
+/// Paints at once where the pointer has been or is, as the whole is large and this happens often.
+void CTimeline::paintAround(int from, int to) {
+    constexpr int reach = pointerReach + 1, spare = 1; // edges may lie on half pixels
+    const int start = std::max(from - reach, 0), end = to + reach + 1;
+    if (end + spare >= width) return win->app->drawNow(win, this);
+    const CRect place = sizeRect(asRect(start, 0, end, height), absX, absY, absX, absY);
+    CGraphic* g = nullptr;
+    if (!win->app->startDraw(win, &g, place, true)) return;
+    g->originX = absX;
+    g->originY = absY;
+    {
+        const DeviceScope device(g); // so that the picture lies as the whole does
+        const int first = device.deviceLength(std::max(start - spare, 0));
+        const int wide = device.deviceLength(end + spare) - first;
+        g->render(picture.get(), first, 0, first, 0, wide, picture->deviceHeight());
+    }
+    drawPointer(g);
+    win->app->endDraw(win, place, true);
 }
 
 void CTimeline::jumpTo(int x) {
@@ -234,10 +271,11 @@ void SongView::songChanged() {
 
 void SongView::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
-    g->fillRect(colours.panel, clientRect());
+    const int heads = CTrackRow::rowWidth; // beside them the timeline covers all
+    g->fillRect(colours.panel, asRect(0, 0, heads, height));
     g->fillLine(colours.frame,
-                asRect(0, CTimeline::rulerHeight - 1, width, CTimeline::rulerHeight));
-    g->fillLine(colours.frame, asRect(CTrackRow::rowWidth, 0, CTrackRow::rowWidth + 1, height));
+                asRect(0, CTimeline::rulerHeight - 1, heads, CTimeline::rulerHeight));
+    g->fillLine(colours.frame, asRect(heads, 0, heads + 1, height));
     CGroup::paint(g, rect);
 }
 

@@ -34,6 +34,9 @@ private:
     void drawSong(CGraphic* g);
     void drawSections(CGraphic* g, CSeq* seq);
     void drawRow(CGraphic* g, CSongTrack* songTrack, int top, int colour);
+    int playX() const;
+    void drawPointer(CGraphic* g) const;
+    void paintAround(int from, int to);
     void jumpTo(int x);
 
     CQV* qv;
