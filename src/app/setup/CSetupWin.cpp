@@ -16,13 +16,14 @@
 #include "gui/Colours.h"
 #include "gui/Keys.h"
 #include "gui/controls/CEdit.h"
+#include "gui/controls/CListbox.h"
 
 #include <iterator>
 
 namespace {
 
 constexpr int contentWidth = 752, contentHeight = 544;
-constexpr int tabHeight = 48, tabsWidth = 112;
+constexpr int tallestTab = 48, tabsWidth = 112;
 constexpr int markWidth = 3, tabTextLeft = 16; // in a tab
 constexpr double hoverShare = 0.5;
 constexpr int defaultTab = 2;
@@ -132,17 +133,34 @@ void CSetupWin::makePage() {
         app->deleteLater(page);
     }
     const int w = clientGroup->width, h = clientGroup->height;
-    page = tabNames[tab].make(this, asRect(tabsWidth, 0, w, h));
+    scroll = nullptr;
+    if (w < contentWidth || h < contentHeight)
+        page = scroll = newScroll(asRect(tabsWidth, 0, w, h));
+    else
+        page = tabNames[tab].make(this, asRect(tabsWidth, 0, w, h));
     page->setAlign(alignWidth | alignHeight, w - page->left - page->width,
                    h - page->top - page->height);
     addControl(page);
     page->resized();
 }
 
+/// The page in its usual size on a panel that shows a part of it, for want of room.
+CScrollPanel* CSetupWin::newScroll(CRect place) {
+    auto* panel =
+        new CScrollPanel(this, "scroll", place.left, place.top, place.width(), place.height());
+    panel->inner->addControl(
+        tabNames[tab].make(this, asRect(0, 0, contentWidth - tabsWidth, contentHeight)));
+    return panel;
+}
+
 // The column of tabs.
 
+int CSetupWin::tabHeight() const {
+    return asMinMax(tabs->height / tabCount(), 1, tallestTab);
+}
+
 CRect CSetupWin::tabRect(int index) const {
-    return asRect(0, index * tabHeight, tabsWidth - 1, (index + 1) * tabHeight);
+    return asRect(0, index * tabHeight(), tabsWidth - 1, (index + 1) * tabHeight());
 }
 
 void CSetupWin::tabsPaint(CObject*, CGraphic* g, CRect rect) {
@@ -164,7 +182,7 @@ void CSetupWin::tabsPaint(CObject*, CGraphic* g, CRect rect) {
 }
 
 void CSetupWin::tabsMouseMove(CObject*, int, int y, int) {
-    const int over = y / tabHeight;
+    const int over = y / tabHeight();
     if (over == hoverTab) return;
     hoverTab = over;
     tabs->redraw();
@@ -173,7 +191,7 @@ void CSetupWin::tabsMouseMove(CObject*, int, int y, int) {
 void CSetupWin::tabsMouseUp(CObject*, int x, int y, int btn) {
     if (!(btn & modLeft) || !tabs->inside(x, y)) return;
     setKeyCtrl(tabs);
-    setTab(y / tabHeight);
+    setTab(y / tabHeight());
 }
 
 bool CSetupWin::tabsKeyDown(CObject*, int& key, int mods) {
@@ -205,7 +223,11 @@ bool CSetupWin::keyDown(int key, int mods) {
         app->nextWin(this, mods);
         return true;
     }
-    if (key == keyTab) return moveFocus(mods & modShift ? -1 : 1);
+    if (key == keyTab) {
+        moveFocus(mods & modShift ? -1 : 1);
+        if (scroll) scroll->reveal(keyCtrl);
+        return true;
+    }
     if (key == keyEscape && cancelTyping()) return true;
     if (key == keyEscape || (key == keyF4 && (mods & modAlt))) {
         hide();

@@ -4,6 +4,7 @@
 
 class CMainWin;
 class CQV;
+class CScrollPanel;
 
 /// "Setup", the one window for all settings: a column of tabs, and beside it the page of the chosen
 /// one, which is made anew with each change of the tab. Every change is in force and in the
@@ -34,15 +35,18 @@ public:
     void hide() override; ///< what was typed last counts
 
 private:
+    int tabHeight() const;
     CRect tabRect(int index) const; ///< in the column
     void makePage();
+    CScrollPanel* newScroll(CRect place);
     void tabsPaint(CObject* sender, CGraphic* g, CRect rect);
     void tabsMouseMove(CObject* sender, int x, int y, int btn);
     void tabsMouseUp(CObject* sender, int x, int y, int btn);
     bool tabsKeyDown(CObject* sender, int& key, int mods);
     bool cancelTyping();
 
-    CCtrl* tabs;            ///< in the client area, as is the page
-    CGroup* page = nullptr; ///< null until the window is opened
-    int hoverTab = -1;      ///< under the pointer, -1 none
+    CCtrl* tabs;                    ///< in the client area, as is the page
+    CGroup* page = nullptr;         ///< null until the window is opened
+    CScrollPanel* scroll = nullptr; ///< the page, where it has to be scrolled
+    int hoverTab = -1;              ///< under the pointer, -1 none
 };

@@ -207,8 +207,11 @@ void CListbox::paintRows(CObject*, CGraphic* g, CRect rect) {
 void CListbox::paintRow(CGraphic* g, CRect rect, CListRow* line, const CGuiItem2& look) {
     if (checkable) {
         const int boxTop = rect.top + (itemHeight - boxSize) / 2;
-        g->frameRect(look.textCol, asRect(2, boxTop, 2 + boxSize, boxTop + boxSize));
-        if (line->checked) drawCheck(g, look.textCol, sizeRect(rect, -3, 0, 0, 0));
+        const CRect box = asRect(2, boxTop, 2 + boxSize, boxTop + boxSize);
+        const int mark = &look == &clListbox ? clListboxSelected.fillCol : look.textCol;
+        if (line->checked) g->fillRect(mark, box);
+        g->frameRect(line->checked ? mark : look.textCol, box);
+        if (line->checked) drawCheck(g, textOn(mark), sizeRect(rect, -3, 0, 0, 0));
     }
     const int indent = checkable ? boxColumn + textMargin : textMargin;
     g->drawText(look.textCol, line->id, sizeRect(rect, indent, 0, 0, 0), textLeft);
@@ -254,6 +257,19 @@ void CScrollPanel::scrolled(CObject*) {
     inner->scrollY = vertBar->pos;
     inner->moved();
     redraw();
+}
+
+void CScrollPanel::reveal(const CCtrl* ctrl) {
+    int x = 0, y = 0;
+    const CCtrl* at = ctrl;
+    for (; at && at != inner; at = at->parent) {
+        x += at->left;
+        y += at->top;
+    }
+    if (!at) return;
+    horzBar->setPos(asMin(x, asMax(horzBar->pos, x + ctrl->width - inner->width)));
+    vertBar->setPos(asMin(y, asMax(vertBar->pos, y + ctrl->height - inner->height)));
+    scrolled(nullptr);
 }
 
 bool CScrollPanel::mouseWheel(int x, int y, int btn, int dy, int dx) {

@@ -4,6 +4,7 @@
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/Keys.h"
+#include "gui/XConnection.h"
 #include "gui/controls/CButton.h"
 
 #include <algorithm>
@@ -30,10 +31,10 @@ void collect(const CGroup* group, Fields& fields) {
 
 CDialogWin::CDialogWin(CApp* dialogApp, CWin* owner, const CStr& title, int contentWidth,
                        int contentHeight, int bits)
-    : CWin(dialogApp, owner, title, 0, 0, contentWidth + 2 * borderSize,
-           contentHeight + 2 * borderSize + captionHeight, bits),
-      buttons(new CGroup(this, "buttons", 0, contentHeight - margin - buttonHeight, contentWidth,
-                         buttonHeight)) {
+    : CWin(dialogApp, owner, title, 0, 0, asMin(contentWidth + 2 * borderSize, screenWidth()),
+           asMin(contentHeight + 2 * borderSize + captionHeight, screenHeight()), bits),
+      buttons(new CGroup(this, "buttons", 0, clientGroup->height - margin - buttonHeight,
+                         clientGroup->width, buttonHeight)) {
     minWidth = width;
     minHeight = height;
     buttons->setAlign(alignWidth | alignBottom, 0, margin);

@@ -18,8 +18,8 @@ public:
 
     bool result = false; ///< it was closed by `accept`
 
-    /// `owner` is never null. The size is that of the content, without border and caption; a
-    /// sizable one gets no smaller.
+    /// `owner` is never null. The size is that of the content, without border and caption, as far
+    /// as the screen has room; a sizable one gets no smaller.
     CDialogWin(CWin* owner, const CStr& title, int contentWidth, int contentHeight,
                int bits = dialogStyle)
         : CDialogWin(owner->app, owner, title, contentWidth, contentHeight, bits) {}
