@@ -7,12 +7,14 @@
 #include "app/main/ProjectFlows.h"
 #include "base/CIniFile.h"
 #include "base/Messages.h"
+#include "base/Numbers.h"
 #include "base/Paths.h"
 #include "base/Process.h"
 #include "engine/CAAM.h"
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
 #include "gui/CApp.h"
+#include "gui/XConnection.h"
 #include "project/CompTable.h"
 
 #include <memory>
@@ -38,6 +40,14 @@ void readWindowPlace(CIniFile& ini, CEditorStruct& place) {
     place.top = ini.readInteger("editor", "top", 100);
     place.width = ini.readInteger("editor", "width", 960);
     place.height = ini.readInteger("editor", "height", 640);
+}
+
+/// A scale, or another display, may leave less room than there was.
+void keepOnScreen(CEditorStruct& place) {
+    place.width = asMin(place.width, screenWidth());
+    place.height = asMin(place.height, screenHeight());
+    place.left = asMinMax(place.left, 0, screenWidth() - place.width);
+    place.top = asMinMax(place.top, 0, screenHeight() - place.height);
 }
 
 } // namespace
@@ -72,6 +82,7 @@ bool ProgramRun::open() {
     qv->aam = aam = bridge.get();
     bridge->onChange = new _COnChange<CQV>(qv, &CQV::aamChanged);
     readWindowPlace(ini, qv->editorStruct);
+    keepOnScreen(qv->editorStruct);
     window = std::make_unique<CMainWin>(app.get(), qv);
     hooks = std::make_unique<AppHooks>(app.get(), window.get());
     window->show(true);
