@@ -67,16 +67,19 @@ void ShortcutPage::addKeyFields(int x) {
     title->id = "title";
     addControl(title);
     y += fieldHeight + gap;
-    addControl(new CLabel(win, "Key", x, y, wide, lineHeight));
+    auto* keyLabel = new CLabel(win, "Key", x, y, wide, lineHeight);
+    addControl(keyLabel);
     y += lineHeight;
     keyEdit = new CEdit(win, "key", x, y, keyWidth, fieldHeight);
+    keyLabel->field = keyEdit;
     keyEdit->upperCase = true;
     keyEdit->selectOnFocus = true;
     wire(keyEdit->onChange, new _COnChange<ShortcutPage>(this, &ShortcutPage::actionKeyChanged));
     wire(keyEdit->onKeyDown, new _COnKey<ShortcutPage>(this, &ShortcutPage::keyPressed));
     addControl(keyEdit);
     y += fieldHeight + gap;
-    addControl(new CLabel(win, "Modifiers", x, y, wide, lineHeight));
+    auto* boxLabel = new CLabel(win, "Modifiers", x, y, wide, lineHeight);
+    addControl(boxLabel);
     y += lineHeight;
     const struct {
         const char* text;
@@ -89,6 +92,7 @@ void ShortcutPage::addKeyFields(int x) {
         y += fieldHeight + gap / 2;
     }
     y += gap / 2;
+    boxLabel->field = shift;
     note = new CLabel(win, "", x, y, wide, height - margin - y);
     note->textCol = win->app->gui->palette.dimText;
     note->id = "note";
@@ -128,6 +132,7 @@ void ShortcutPage::showAction() {
         b.box->setEnabled(chosen != nullptr);
     }
     note->setText(otherUse());
+    redraw();
 }
 
 void ShortcutPage::actionChanged(CObject*) {
