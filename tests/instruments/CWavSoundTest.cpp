@@ -1,18 +1,13 @@
 #include "SoundFixture.h"
 
+#include <filesystem>
+
 namespace {
 
 std::vector<float> ramp(int frames) {
     std::vector<float> v;
     for (int i = 0; i < frames; i++) v.push_back(float(i) / float(frames));
     return v;
-}
-
-/// With cutoff 1 and no resonance the high tap is what the low one still lacks of the input; the
-/// input itself cannot be tapped, so positions are read from the voice.
-double positionAfter(SoundBench& b, CVoice* v, int frames) {
-    b.render(v, frames);
-    return v->pos;
 }
 
 } // namespace
@@ -35,7 +30,8 @@ TEST(CWavSound, PlaysAtTheSpeedOfTheNote) {
         s->coarse = c.coarse;
         b.prog->bend[0] = c.bend;
         CVoice* v = b.play(s, c.note);
-        EXPECT_NEAR(positionAfter(b, v, 4000), 4000 * c.speed, 1e-2) << "note " << c.note;
+        b.render(v, 4000);
+        EXPECT_NEAR(v->pos, 4000 * c.speed, 1e-2) << "note " << c.note;
     }
 }
 
@@ -50,7 +46,8 @@ TEST(CWavSound, EndsWithItsClip) {
     }
 }
 
-/// The loop is from its start to the end of the range; the jump drops the fraction.
+/// The loop is from its start to the end of the range; the jump drops the fraction. One shorter
+/// than a step must neither hang nor sound for ever.
 TEST(CWavSound, Loops) {
     SoundBench b;
     CWavSound* s = b.addWav(ramp(1000));
@@ -59,22 +56,17 @@ TEST(CWavSound, Loops) {
     clip->setLoop(loopForward);
     clip->setLoopStart(400);
     CVoice* v = b.play(s, 60);
-    EXPECT_NEAR(positionAfter(b, v, 1150), 400 + 250, 1e-9);
-    EXPECT_NEAR(positionAfter(b, v, 1000), 650, 1e-9);
+    b.render(v, 1150);
+    EXPECT_NEAR(v->pos, 400 + 250, 1e-9);
+    b.render(v, 1000);
+    EXPECT_NEAR(v->pos, 650, 1e-9);
     clip->setLoopStart(900); // not below the end: no loop
     b.render(v, 300);
     EXPECT_EQ(v->state, CVoice::free);
-}
-
-/// A loop shorter than a step must neither hang nor sound for ever.
-TEST(CWavSound, TinyLoopsEnd) {
+    clip->setLoopStart(898);
+    s->coarse = 48.0f;
     for (int note : {60, 84, 127}) {
-        SoundBench b;
-        CWavSound* s = b.addWav(ramp(1000));
-        s->clips[0]->setLoop(loopForward);
-        s->clips[0]->setLoopStart(998);
-        s->coarse = 48.0f;
-        CVoice* v = b.play(s, note);
+        v = b.play(s, note);
         b.render(v, 3000);
         EXPECT_EQ(v->state, CVoice::free) << note;
     }
@@ -102,4 +94,22 @@ TEST(CWavSound, UnopenedClipIsSilent) {
     CVoice* v = b.play(&s, 60);
     for (float x : b.render(v, 2000)) ASSERT_EQ(x, 0.0f);
     b.sampler.allNotesOff();
+}
+
+/// Opening a file plays all of it, and lets go of what an earlier one was set to.
+TEST(CSampleClip, OpensWithItsWholeRange) {
+    const std::string path = "/tmp/clip" + std::to_string(getpid()) + ".wav";
+    const float silence[500] = {};
+    for (int frames : {500, 0}) {
+        CSample out;
+        out.create(path.c_str());
+        out.writeFrames(frames, silence, silence);
+        out.writeHeader();
+        out.finalize();
+        CSampleClip clip;
+        clip.start = clip.end = 777;
+        EXPECT_TRUE(clip.open(path.c_str()));
+        EXPECT_TRUE(clip.start == 0 && clip.end == std::max(0, frames - 1));
+    }
+    std::filesystem::remove(path);
 }

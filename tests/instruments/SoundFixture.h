@@ -1,8 +1,10 @@
 #pragma once
 
-#include "VoiceReference.h"
 #include "engine/MidiBytes.h"
+#include "instruments/COSCSound.h"
+#include "instruments/CSampleClip.h"
 #include "instruments/CSampler.h"
+#include "instruments/CWavSound.h"
 #include "support/TestHost.h"
 
 #include <cmath>
