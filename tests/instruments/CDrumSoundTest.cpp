@@ -6,8 +6,6 @@
 #include "instruments/CDrumSound.h"
 #include "instruments/DrumKit.h"
 
-#include <cstring>
-
 namespace {
 
 /// A drum layer with the standard kit, and no sampler around it.
@@ -43,25 +41,22 @@ double brightness(const std::vector<float>& v) {
 /// have died away by then, and hold no offset.
 TEST(DrumKit, BuiltInSoundsAreSoundDrums) {
     struct Case {
-        const char* name;
         void (*get)(CSample*);
-        int frames;
         double darkest, brightest; ///< hertz
         size_t dying;              ///< frame that is 20 dB below the loudest 5 ms
     };
-    const Case cases[] = {{"kick.wav", getKick, 28192, 50, 500, 17600},
-                          {"snare.wav", getSnare, 21395, 2500, 6500, 8800},
-                          {"clap.wav", getClap, 38354, 1500, 5000, 8800},
-                          {"hat-open.wav", getHatOpen, 184722, 7000, 11000, 66000},
-                          {"hat-close.wav", getHatClosed, 13835, 7000, 11000, 4400}};
+    const Case cases[] = {{getKick, 50, 500, 17600},
+                          {getSnare, 2500, 6500, 8800},
+                          {getClap, 1500, 5000, 8800},
+                          {getHatOpen, 7000, 11000, 66000},
+                          {getHatClosed, 7000, 11000, 4400}};
     constexpr size_t step = 220; // 5 ms
     for (const Case& c : cases) {
         CSample s;
         c.get(&s);
-        EXPECT_EQ(s.filename, c.name);
-        ASSERT_EQ(s.frames, c.frames) << c.name;
-        std::vector<float> v(static_cast<size_t>(c.frames));
-        s.readFrames(0, c.frames, v.data());
+        const char* name = s.filename.asChar();
+        std::vector<float> v(size_t(s.frames));
+        s.readFrames(0, s.frames, v.data());
         double sum = 0, loudest = 0;
         float peak = 0;
         for (float x : v) {
@@ -71,37 +66,27 @@ TEST(DrumKit, BuiltInSoundsAreSoundDrums) {
         for (size_t i = 0; i + step < v.size(); i += step)
             loudest = std::max(loudest, rms(v, i, i + step));
         const size_t dying = c.dying;
-        EXPECT_NEAR(sum / c.frames, 0, 1e-4) << c.name;
-        EXPECT_TRUE(peak > 0.5f && peak < 0.95f) << c.name << ' ' << peak;
-        EXPECT_NEAR(double(v.front()), 0, 1e-3) << c.name;
-        EXPECT_EQ(v.back(), 0.0f) << c.name;
-        EXPECT_LT(rms(v, dying, dying + 4 * step), loudest * 0.1) << c.name;
-        EXPECT_LT(rms(v, v.size() - 4 * step, v.size()), loudest * 1e-3) << c.name;
-        EXPECT_GT(brightness(v), c.darkest) << c.name;
-        EXPECT_LT(brightness(v), c.brightest) << c.name;
+        EXPECT_NEAR(sum / s.frames, 0, 1e-4) << name;
+        EXPECT_TRUE(peak > 0.5f && peak < 0.95f) << name << ' ' << peak;
+        EXPECT_NEAR(double(v.front()), 0, 1e-3) << name;
+        EXPECT_EQ(v.back(), 0.0f) << name;
+        EXPECT_LT(rms(v, dying, dying + 4 * step), loudest * 0.1) << name;
+        EXPECT_LT(rms(v, v.size() - 4 * step, v.size()), loudest * 1e-3) << name;
+        EXPECT_GT(brightness(v), c.darkest) << name;
+        EXPECT_LT(brightness(v), c.brightest) << name;
     }
 }
 
-TEST(DrumKit, StandardKitFillsALayer) {
-    const char* names[] = {"kick", "snare", "clap", "hat-close", "hat-open"};
+/// The hats choke each other. What was saved comes back; what a sampler saved is no kit, and damage
+/// stays outside.
+TEST(DrumKit, StandardKitTravelsThroughAStream) {
     DrumBench b;
     ASSERT_EQ(b.target->sounds.getCount(), 5);
-    for (int i = 0; i < 5; i++) {
-        CDrumSound* s = b.sound(i);
-        EXPECT_EQ(s->getId(), names[i]);
-        EXPECT_EQ(s->reserved, 1);
-        EXPECT_EQ(s->group, i >= 3 ? 1 : 0);
-        EXPECT_EQ(s->clips[0]->end, s->clips[0]->frames - 1);
-        EXPECT_GT(s->clips[0]->peaks.count(), 0);
-    }
+    for (int i = 0; i < 5; i++) EXPECT_EQ(b.sound(i)->group, i >= 3 ? 1 : 0);
     b.sound(1)->toggleLane();
     EXPECT_EQ(getDrumTop(*b.target, b.sound(3)), 20 + 64 + 20);
     EXPECT_EQ(b.sound(1)->toggleLane(), -44);
-}
 
-/// What was saved comes back; what a sampler saved is no kit, and damage stays outside.
-TEST(DrumKit, TravelsThroughAStream) {
-    DrumBench b;
     b.sound(2)->volume = 0.25f;
     b.sound(4)->envelope[0]->decay = 0.375f;
     b.sound(1)->clips[0] = b.sound(0)->clips[0];

@@ -47,34 +47,20 @@ struct Linked {
 
 } // namespace
 
-TEST(CSampler, DropsTheNoteBeyondItsVoices) {
+/// A component that hangs nowhere fills its voices from the front, a linked one from the back. What
+/// finds no voice is dropped, and a voice in its tail ends the search.
+TEST(CSampler, VoicesAreTakenInTheirOrder) {
     SoundBench b;
-    b.addOsc();
-    for (int i = 0; i < 65; i++) b.event(asData(on, 20 + i, 100));
-    EXPECT_EQ(sounding(b.sampler), 64);
-    EXPECT_EQ(voiceOf(b.sampler, 84), nullptr);
-    EXPECT_NE(voiceOf(b.sampler, 20), nullptr);
-}
-
-/// A component that hangs nowhere fills its voices from the front, a linked one from the back.
-TEST(CSampler, FillsFromTheEndOnceLinked) {
-    SoundBench b;
-    b.addOsc();
+    COSCSound* s = b.addOsc();
     b.event(asData(on, 60, 100));
     EXPECT_EQ(b.sampler.voices[0].note, 60);
     b.sampler.listKind = listComps;
-    b.event(asData(on, 61, 100));
-    b.event(asData(on, 62, 100));
-    EXPECT_EQ(b.sampler.voices[63].note, 61);
-    EXPECT_EQ(b.sampler.voices[62].note, 62);
-}
-
-/// A voice in its tail ends the search: only what lies in front of it can be taken.
-TEST(CSampler, SearchEndsAtATail) {
-    SoundBench b;
-    COSCSound* s = b.addOsc();
-    b.sampler.listKind = listComps;
     for (int i = 0; i < 64; i++) b.event(asData(on, 30 + i, 100));
+    EXPECT_EQ(b.sampler.voices[63].note, 30);
+    EXPECT_EQ(b.sampler.voices[62].note, 31);
+    EXPECT_EQ(sounding(b.sampler), 64);
+    EXPECT_EQ(voiceOf(b.sampler, 93), nullptr);
+
     b.sampler.voices[10].tail = 100;
     b.sampler.voices[40].state = CVoice::free;
     EXPECT_EQ(b.sampler.addVoice(s, asData(on, 100, 100), 0), nullptr);
@@ -84,17 +70,14 @@ TEST(CSampler, SearchEndsAtATail) {
 
 TEST(CSampler, ZonesChooseTheSounds) {
     SoundBench b;
-    COSCSound* low = b.addOsc();
-    COSCSound* loud = b.addOsc();
-    COSCSound* muted = b.addOsc();
+    COSCSound *low = b.addOsc(), *loud = b.addOsc(), *muted = b.addOsc();
     low->hiKey = 59;
     loud->lowVel = 100;
     muted->mute = 1;
     struct Case {
         int note, velocity, voices;
     };
-    for (const Case& c :
-         {Case{59, 50, 1}, Case{60, 50, 0}, Case{60, 100, 1}, Case{59, 127, 2}, Case{59, 99, 1}}) {
+    for (const Case& c : {Case{60, 50, 0}, {60, 100, 1}, {59, 127, 2}, {59, 99, 1}}) {
         b.sampler.allNotesOff();
         b.event(asData(on, c.note, c.velocity));
         EXPECT_EQ(sounding(b.sampler), c.voices) << c.note << " at " << c.velocity;
@@ -142,21 +125,19 @@ TEST(CSampler, GlidesFromTheLastNote) {
 
 TEST(CSampler, GroupTakesItsVoiceOver) {
     SoundBench b;
-    COSCSound* closed = b.addOsc();
-    COSCSound* open = b.addOsc();
+    COSCSound *closed = b.addOsc(), *open = b.addOsc();
     closed->group = open->group = 2;
     closed->hiKey = 60;
     open->lowKey = 61;
     b.sampler.listKind = listComps;
     b.event(asData(on, 70, 100));
-    CVoice* v = voiceOf(b.sampler, 70);
+    const CVoice* v = voiceOf(b.sampler, 70);
     b.event(asData(on, 50, 100));
     EXPECT_EQ(sounding(b.sampler), 1);
-    EXPECT_EQ(v->note, 50);
-    EXPECT_EQ(v->sound, closed);
+    EXPECT_TRUE(v->note == 50 && v->sound == closed);
 }
 
-TEST(CSampler, ControllersAndBend) {
+TEST(CSampler, ControllersBendAndParameters) {
     SoundBench b;
     COSCSound* s = b.addOsc();
     CWavSound* wav = b.addWav(std::vector<float>(100, 0.0f));
@@ -179,20 +160,11 @@ TEST(CSampler, ControllersAndBend) {
     b.event(asData(on, 60, 100));
     b.event(asData(cc, ccAllNotesOff, 0));
     EXPECT_EQ(sounding(b.sampler), 0);
-}
-
-TEST(CSampler, ParametersAreControllers) {
-    SoundBench b;
-    COSCSound* s = b.addOsc();
-    s->ccMap[7] = targetVolume;
-    EXPECT_EQ(b.sampler.numParams(), 128);
-    EXPECT_EQ(b.sampler.paramName(7), "CC-7");
-    b.sampler.setParam(7, 0.25f);
-    EXPECT_EQ(float(s->volume), 0.25f);
-    EXPECT_EQ(b.sampler.paramText(7), "0.25");
+    b.sampler.setParam(74, 0.25f);
+    EXPECT_EQ(float(s->cutoff), 0.25f);
+    EXPECT_EQ(b.sampler.paramText(74), "0.25");
     for (int i : {-1, 128}) {
         b.sampler.setParam(i, 1.0f);
-        EXPECT_EQ(b.sampler.param(i), 0.0f);
         EXPECT_EQ(b.sampler.paramText(i), "");
     }
 }
@@ -203,8 +175,7 @@ TEST(CSampler, EventsAreSampleExact) {
         double time;
         size_t first;
     };
-    for (const Case& c :
-         {Case{0, 0}, Case{99.4, 99}, Case{99.5, 100}, Case{255, 255}, Case{-3, 0}}) {
+    for (const Case& c : {Case{99.4, 99}, {99.5, 100}, {255, 255}, {-3, 0}}) {
         Linked l;
         l.sound->filter = filterHigh; // passes the first frame undelayed
         l.sampler->prepare(256);
@@ -214,8 +185,7 @@ TEST(CSampler, EventsAreSampleExact) {
         size_t i = 0;
         while (i < 256 && out[i] == 0.0f) i++;
         // The sine starts at 0, so the first frame of the note is the one before.
-        EXPECT_EQ(i, std::min<size_t>(c.first + 1, 256)) << c.time;
-        EXPECT_EQ(sounding(*l.sampler), 1);
+        EXPECT_EQ(i, c.first + 1) << c.time;
     }
 }
 
@@ -259,9 +229,9 @@ TEST(CSampler, SendsFeedOnlyWhatIsOn) {
     struct Case {
         float send;
         int reverb;
-        bool heard;
+        double part; ///< of the direct sound that the reverb gets
     };
-    for (const Case& c : {Case{0, 1, false}, Case{0.5f, 1, true}, Case{0.5f, 0, false}}) {
+    for (const Case& c : {Case{0, 1, 0}, {0.5f, 1, 0.5}, {0.5f, 0, 0}}) {
         Linked l;
         l.sound->sends[0] = c.send;
         l.prog->reverb()->setEnabled(c.reverb);
@@ -270,11 +240,8 @@ TEST(CSampler, SendsFeedOnlyWhatIsOn) {
         l.sampler->process(256);
         const float* in = l.prog->reverb()->bufL;
         const float* direct = l.sampler->output()->bufL;
-        const double energy = rms({in, in + 256}, 0, 256);
-        EXPECT_EQ(energy > 0, c.heard);
-        if (c.heard) {
-            EXPECT_NEAR(double(in[200]), 0.5 * double(direct[200]), 0.05);
-        }
+        EXPECT_GT(std::fabs(direct[200]), 0.1f);
+        EXPECT_NEAR(double(in[200]), c.part * double(direct[200]), 0.05);
     }
 }
 
@@ -301,8 +268,9 @@ TEST(CSampler, RestsWhileFrozen) {
     EXPECT_EQ(sounding(*l.sampler), 1);
 }
 
-/// A sound that leaves by an undoable step ends its voices on the way.
-TEST(CSampler, DeletedSoundsAreMuted) {
+/// What leaves by an undoable step ends its voices on the way. A factory program that comes by one
+/// becomes current, and its undo goes back to one that exists.
+TEST(CSampler, StepsMuteWhatLeaves) {
     Linked l;
     auto* other = new COSCSound(l.prog->layer, l.host.host);
     l.prog->layer->addSound(other);
@@ -315,18 +283,15 @@ TEST(CSampler, DeletedSoundsAreMuted) {
     l.host.run();
     EXPECT_EQ(sounding(*l.sampler), 1);
     EXPECT_EQ(voiceOf(*l.sampler, 60)->sound, l.sound);
-}
 
-/// A factory program added by a step becomes current, and its undo goes back to one that exists.
-TEST(CSampler, AddedProgramIsUndone) {
-    Linked l;
     CStr name;
-    CUndo* step = l.host.host->undoStart("Add", l.sampler, 0);
+    step = l.host.host->undoStart("Add", l.sampler, 0);
     l.sampler->factoryProg(step, 3, name, true);
     EXPECT_EQ(name, "Pads");
     l.host.host->undoEnd(step, false);
     l.host.run();
     EXPECT_EQ(int(l.sampler->curProg), 1);
+    l.sampler->allNotesOff();
     l.key(60, 100);
     l.host.run();
     EXPECT_GT(sounding(*l.sampler), 0);
