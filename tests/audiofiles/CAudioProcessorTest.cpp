@@ -2,7 +2,6 @@
 #include "SampleFixture.h"
 
 #include <cmath>
-#include <memory>
 
 using CAudioProcessorTest = SampleFiles;
 
@@ -64,23 +63,19 @@ TEST_F(CAudioProcessorTest, EditsEqualArrayArithmetic) {
                           {"d.aif", 16, 1, 1},
                           {"e.aif", 24, 2, 0}}) {
         write(path(c.name), 48000, c.bits, c.chs, left, right);
-        CSample source;
-        source.streamed = c.streamed;
-        ASSERT_TRUE(source.open(path(c.name).c_str()));
-        const Values in = allFrames(source);
+        const auto source = opened(path(c.name), c.streamed);
+        const Values in = allFrames(*source);
         const std::pair<int, int> ranges[] = {{-9, 5000}, {1000, 4100}, {777, 777}, {4999, 9000}};
         for (const auto& [from, to] : ranges)
             for (int mode = 0; mode <= processFlatten; mode++) {
-                const std::unique_ptr<CSample> made(processor.process(mode, &source, to, from));
+                const std::unique_ptr<CSample> done(
+                    processor.process(mode, source.get(), to, from));
                 const bool menuOnly =
                     mode == processBeatslice || mode == processAutoslice || mode == processFlatten;
-                ASSERT_EQ(made == nullptr, menuOnly) << mode;
+                ASSERT_EQ(done == nullptr, menuOnly) << mode;
                 if (menuOnly) continue;
-                EXPECT_TRUE(!made->keep && made->cached);
-                CSample back;
-                ASSERT_TRUE(back.open(made->filename));
-                EXPECT_EQ(back.chs, mode == processMono ? 1 : c.chs);
-                ASSERT_EQ(allFrames(back),
+                EXPECT_TRUE(!done->keep && done->cached);
+                ASSERT_EQ(allFrames(*opened(done->filename.asChar())),
                           edited(in, c.chs, c.bits, mode, std::max(from, 0), std::min(to, 5000)))
                     << c.name << " mode " << mode << " " << from << " to " << to;
             }
@@ -91,17 +86,16 @@ TEST_F(CAudioProcessorTest, EditsEqualArrayArithmetic) {
 TEST_F(CAudioProcessorTest, NothingIsLeftBehind) {
     const Values silence(3000, 0.0f);
     write(path("s.wav"), 44100, 16, 1, silence, silence);
-    CSample source;
-    ASSERT_TRUE(source.open(path("s.wav").c_str()));
+    const auto source = opened(path("s.wav"));
     CStr name;
     CAudioProcessor processor([&](const CStr&, bool&) { return name; });
-    EXPECT_EQ(processor.process(processNormalize, &source, 0, 3000), nullptr);
+    EXPECT_EQ(processor.process(processNormalize, source.get(), 0, 3000), nullptr);
     name = path("n.wav").c_str();
-    const std::unique_ptr<CSample> made(processor.process(processNormalize, &source, 0, 3000));
+    const std::unique_ptr<CSample> done(processor.process(processNormalize, source.get(), 0, 3000));
     EXPECT_EQ(bytesOf(path("n.wav")), bytesOf(path("s.wav")));
     name = path("full.wav").c_str();
     std::filesystem::create_symlink("/dev/full", path("full.wav"));
-    EXPECT_EQ(processor.process(processDelete, &source, 0, 3000), nullptr);
+    EXPECT_EQ(processor.process(processDelete, source.get(), 0, 3000), nullptr);
     EXPECT_FALSE(std::filesystem::is_symlink(path("full.wav")));
     EXPECT_TRUE(diskWriteFailed.exchange(false));
 }

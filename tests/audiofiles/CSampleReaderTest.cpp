@@ -22,11 +22,8 @@ public:
 
 protected:
     std::int64_t readFile(std::int64_t offset, unsigned char* out, std::int64_t bytes) override {
-        while (slow && std::this_thread::get_id() != player) {
-            waiting = true;
+        for (; slow && std::this_thread::get_id() != player; waiting = true)
             std::this_thread::yield();
-        }
-        waiting = false;
         return CSampleReader::readFile(offset, out, bytes);
     }
 
@@ -39,14 +36,13 @@ class CSampleReaderTest : public SampleFiles {
 protected:
     CSampleReaderTest() {
         write(path("s.wav"), 44100, 24, 2, noise(frames, 1), noise(frames, 2));
-        sample.streamed = 1;
-        sample.open(path("s.wav").c_str());
-        values = allFrames(sample);
+        sample = opened(path("s.wav"), 1);
+        values = allFrames(*sample);
     }
 
     /// Reads and compares; returns how many frames at the end are silence instead.
     int silentFrom(CSampleReader& reader, std::int64_t first, int count, bool backward, bool live) {
-        std::vector<float> out(std::size_t(count) * 2, 9.0f), want(out.size());
+        Values out(std::size_t(count) * 2, 9.0f), want(out.size());
         for (std::int64_t i = 0; i < count * 2; i++) {
             const std::int64_t at = first * 2 + i;
             if (at >= 0 && at < frames * 2) want[std::size_t(i)] = values[std::size_t(at)];
@@ -57,8 +53,8 @@ protected:
         return int(out.end() - bad) / 2;
     }
 
-    CSample sample;
-    std::vector<float> values;
+    std::unique_ptr<CSample> sample;
+    Values values;
 };
 
 } // namespace
@@ -67,21 +63,21 @@ bool insideCallback() {
     return onAudioThread;
 }
 
-/// Jumps, both ways, runs across the ends, blocks longer than a buffer, a disk thread that is
-/// there or not: the frames are those of the file.
+/// Jumps, both ways, runs across the ends, blocks longer than a buffer, a disk thread that is there
+/// or not: the frames are those of the file.
 TEST_F(CSampleReaderTest, FramesAreThoseOfTheFile) {
     std::mt19937 random(3);
     for (bool served : {false, true}) {
         std::atomic<bool> done{false};
         std::thread disk([&] {
-            while (!done && served) sample.reader->serve() ? void() : std::this_thread::yield();
+            while (!done && served) sample->reader->serve() ? void() : std::this_thread::yield();
         });
         for (int run = 0; run < 300; run++) {
             const int count = int(random() % (run % 10 == 0 ? 30000 : 900)) + 1;
             const bool backward = random() % 2;
             std::int64_t at = std::int64_t(random() % (frames + 2000)) - 1000;
             for (int block = 0; block < 20; block++, at += backward ? -count : count)
-                ASSERT_EQ(silentFrom(*sample.reader, at, count, backward, false), 0)
+                ASSERT_EQ(silentFrom(*sample->reader, at, count, backward, false), 0)
                     << "at " << at << " count " << count << " backward " << backward;
         }
         done = true;
@@ -94,7 +90,7 @@ TEST_F(CSampleReaderTest, FramesAreThoseOfTheFile) {
 TEST_F(CSampleReaderTest, LateFramesAreSilenceWithoutShift) {
     constexpr int buffer = 65536 / 6, block = 1000;
     for (bool live : {true, false}) {
-        SlowReader reader(sample);
+        SlowReader reader(*sample);
         EXPECT_EQ(silentFrom(reader, 0, block, false, live), 0);
         reader.slow = true;
         std::thread disk([&] { reader.serve(); });
@@ -113,13 +109,13 @@ TEST_F(CSampleReaderTest, PlayingOnDoesNotTouchTheSystem) {
     float left[256], right[256];
     for (int reverse : {0, 1}) {
         SampleSpan span{0.0, 1.3, reverse, 0, frames};
-        primeReader(sample, span, 256);
+        primeReader(*sample, span, 256);
         rtReset();
         for (; span.pos < frames; span.pos += 256 * span.speed) {
             onAudioThread = true;
-            render(sample, span, 256, left, right, scratch, ReadMode::live);
+            render(*sample, span, 256, left, right, scratch, ReadMode::live);
             onAudioThread = false;
-            sample.reader->serve();
+            sample->reader->serve();
         }
         EXPECT_EQ(rtViolations(), 0) << "reverse " << reverse;
     }
@@ -128,6 +124,6 @@ TEST_F(CSampleReaderTest, PlayingOnDoesNotTouchTheSystem) {
 /// A file that was cut after it had been opened: silence, and no end of tries.
 TEST_F(CSampleReaderTest, MissingFramesAreSilence) {
     std::filesystem::resize_file(path("s.wav"), 44 + 15000 * 6 + 2);
-    EXPECT_EQ(silentFrom(*sample.reader, 14000, 5000, false, true), 4000);
-    EXPECT_EQ(silentFrom(*sample.reader, 100000, 500, false, true), 500);
+    EXPECT_EQ(silentFrom(*sample->reader, 14000, 5000, false, true), 4000);
+    EXPECT_EQ(silentFrom(*sample->reader, 100000, 500, false, true), 500);
 }

@@ -8,14 +8,13 @@ using PeakImageTest = SampleFiles;
 
 namespace {
 
-int code(double v) {
-    return int(std::floor(v * 127 + 0.5)) + 127;
+int code(float v) {
+    return int(std::floor(double(v) * 127 + 0.5)) + 127;
 }
 
 void expectImage(const PeakImage& peaks, const std::vector<float>& values, int chs,
                  const char* name) {
-    const int frames = int(values.size()) / chs;
-    ASSERT_EQ(peaks.count(), frames / 128) << name;
+    ASSERT_EQ(peaks.count(), int(values.size()) / chs / 128) << name;
     for (int e = 0; e < peaks.count(); e++)
         for (int c = 0; c < chs; c++) {
             float low = 0.0f, high = 0.0f;
@@ -23,8 +22,8 @@ void expectImage(const PeakImage& peaks, const std::vector<float>& values, int c
                 low = std::min(low, values[std::size_t(i * chs + c)]);
                 high = std::max(high, values[std::size_t(i * chs + c)]);
             }
-            ASSERT_EQ(peaks.entry(e)[c * 2], code(double(low))) << name << " entry " << e;
-            ASSERT_EQ(peaks.entry(e)[c * 2 + 1], code(double(high))) << name << " entry " << e;
+            ASSERT_EQ(peaks.entry(e)[c * 2], code(low)) << name << " entry " << e;
+            ASSERT_EQ(peaks.entry(e)[c * 2 + 1], code(high)) << name << " entry " << e;
         }
 }
 
@@ -33,10 +32,11 @@ void expectImage(const PeakImage& peaks, const std::vector<float>& values, int c
 /// The image holds the extremes of each window, whatever the width, however it came about: from
 /// memory, from the file, or as the frames were written.
 TEST_F(PeakImageTest, HoldsTheExtremesOfEachWindow) {
-    std::vector<float> left = noise(20000, 3), right = noise(20000, 4);
-    for (int i = 0; i < 20000; i++) {
-        left[std::size_t(i)] *= float(i) / 20000;
-        right[std::size_t(i)] = std::fabs(right[std::size_t(i)]);
+    Values left = noise(20000, 3), right = noise(20000, 4), both;
+    for (std::size_t i = 0; i < left.size(); i++) {
+        left[i] *= float(i) / 20000;
+        right[i] = std::fabs(right[i]);
+        both.insert(both.end(), {left[i], right[i]});
     }
     for (const char* name : {"p.wav", "p.aif"})
         for (int bits : {16, 24, 32})
@@ -44,22 +44,17 @@ TEST_F(PeakImageTest, HoldsTheExtremesOfEachWindow) {
                 if (bits == 32 && chs == 1 && name[2] == 'a') continue; // floats are kept there
                 write(path(name), 44100, bits, chs, left, right);
                 for (int streamed : {0, 1}) {
-                    CSample in;
-                    in.streamed = streamed;
-                    ASSERT_TRUE(in.open(path(name).c_str()));
-                    in.peakfile();
-                    EXPECT_FALSE(in.needsPeaks);
-                    expectImage(in.peaks, allFrames(in), chs, name);
+                    const auto in = opened(path(name), streamed);
+                    in->peakfile();
+                    EXPECT_FALSE(in->needsPeaks);
+                    expectImage(in->peaks, allFrames(*in), chs, name);
                 }
             }
     CSample out;
     out.setFormat(44100, 32, 2);
     out.create(path("w.wav").c_str());
-    out.writeHeader();
     for (int at = 0, n = 1; at < 20000; at += n, n = std::min(n * 2, 20000 - at))
         out.writeFrames(n, &left[std::size_t(at)], &right[std::size_t(at)]);
-    std::vector<float> both;
-    for (std::size_t i = 0; i < left.size(); i++) both.insert(both.end(), {left[i], right[i]});
     expectImage(out.peaks, both, 2, "while written");
 }
 
@@ -69,15 +64,14 @@ TEST_F(PeakImageTest, ScansStopAndGoOn) {
         void execute() override {}
     } worker;
     write(path("s.wav"), 44100, 16, 1, noise(9000, 1), noise(9000, 2));
-    CSample sample;
-    ASSERT_TRUE(sample.open(path("s.wav").c_str()));
+    const auto sample = opened(path("s.wav"));
     worker.terminated = true;
-    for (int last = 0; sample.needsPeaks; last = sample.peaks.count()) {
-        sample.peakfile(&worker);
-        ASSERT_LE(sample.peaks.count(), last + 8);
-        ASSERT_GT(sample.peaks.count() + !sample.needsPeaks, last);
+    for (int last = 0; sample->needsPeaks; last = sample->peaks.count()) {
+        sample->peakfile(&worker);
+        ASSERT_LE(sample->peaks.count(), last + 8);
+        ASSERT_GT(sample->peaks.count() + !sample->needsPeaks, last);
     }
-    expectImage(sample.peaks, allFrames(sample), 1, "in pieces");
+    expectImage(sample->peaks, allFrames(*sample), 1, "in pieces");
 }
 
 /// What a reader has been told of never changes while the image grows over many chunks.
@@ -86,11 +80,7 @@ TEST_F(PeakImageTest, GrowsUnderAReader) {
     PeakImage peaks;
     peaks.reset(1);
     std::thread writer([&] {
-        std::vector<float> window(128);
-        for (int w = 0; w < windows; w++) {
-            window.assign(128, float(w % 100) / 127);
-            peaks.add(window.data(), 128);
-        }
+        for (int w = 0; w < windows; w++) peaks.add(Values(128, float(w % 100) / 127).data(), 128);
     });
     int last = 0, wrong = 0;
     while (last < windows) {

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@
 class SampleFiles : public testing::Test {
 protected:
     using Bytes = std::vector<unsigned char>;
+    using Values = std::vector<float>;
 
     SampleFiles() {
         std::string name = "/tmp/samplesXXXXXX";
@@ -34,14 +36,14 @@ protected:
             .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(count));
     }
 
-    /// Runs sox, which knows nothing of this code.
-    static void sox(const std::string& arguments) {
-        ASSERT_EQ(std::system(("sox -D -V1 " + arguments).c_str()), 0) << arguments;
+    /// Runs a program that knows nothing of this code.
+    static void run(const std::string& command) {
+        ASSERT_EQ(std::system(command.c_str()), 0) << command;
     }
 
     /// A finished file of our own, of `left` and `right` in pieces of odd length.
-    static void write(const std::string& file, int rate, int bits, int chs,
-                      const std::vector<float>& left, const std::vector<float>& right) {
+    static void write(const std::string& file, int rate, int bits, int chs, const Values& left,
+                      const Values& right) {
         CSample out;
         out.setFormat(rate, bits, chs);
         out.create(file.c_str());
@@ -55,6 +57,20 @@ protected:
         out.finalize();
         EXPECT_EQ(out.getFrames(), count);
         EXPECT_FALSE(diskWriteFailed);
+    }
+
+    static std::unique_ptr<CSample> opened(const std::string& file, int streamed = 0) {
+        auto sample = std::make_unique<CSample>();
+        sample->streamed = streamed;
+        EXPECT_TRUE(sample->open(file.c_str())) << file;
+        return sample;
+    }
+
+    template <class F>
+    static Values made(int count, F&& valueAt) {
+        Values values;
+        for (int i = 0; i < count; i++) values.push_back(float(valueAt(i)));
+        return values;
     }
 
     std::string folder;

@@ -2,7 +2,6 @@
 #include "SampleFixture.h"
 
 #include <cmath>
-#include <cstring>
 
 using SampleRenderTest = SampleFiles;
 
@@ -32,57 +31,39 @@ const Case cases[] = {
     {-2.5, 0.7, 40},  {998.7, 0.25, 20}, {5000, 1, 10},   {-5000, 1, 10},
     {100, 7.3, 128},  {1, 250, 9},       {0, 4096, 5},    {0.3, 1.0 / 4096, 1024}};
 
+alignas(float) unsigned char scratch[sampleScratchBytes];
+
 } // namespace
 
-/// Each output frame is the cubic at its place: in memory and from disk, forward and backward,
-/// inside and across the ends, where all is zero.
+/// Each output frame is the cubic at its place: in memory and from disk, of both kinds of values,
+/// forward and backward, inside and across the ends, where all is zero.
 TEST_F(SampleRenderTest, FramesLieOnTheCubicOfTheirNeighbours) {
     constexpr int frames = 1000;
-    alignas(float) static unsigned char scratch[sampleScratchBytes];
-    for (int chs : {1, 2}) {
-        write(path("s.wav"), 44100, 32, chs, noise(frames, 5), noise(frames, 6));
-        for (int streamed : {0, 1}) {
-            CSample sample;
-            sample.streamed = streamed;
-            ASSERT_TRUE(sample.open(path("s.wav").c_str()));
-            const std::vector<float> values = allFrames(sample);
-            for (const Case& c : cases)
-                for (int reverse : {0, 1}) {
-                    std::vector<float> left(std::size_t(c.count) + 1, 9.0f), right = left;
-                    ASSERT_TRUE(render(sample, {c.pos, c.speed, reverse, 20, 970}, c.count,
-                                       left.data(), right.data(), scratch));
-                    const double from = reverse ? 20 + 970 - c.pos - c.count * c.speed : c.pos;
-                    for (int i = 0; i < c.count; i++) {
-                        const std::size_t o = std::size_t(reverse ? c.count - 1 - i : i);
-                        const double x = from + i * c.speed;
-                        ASSERT_NEAR(double(left[o]), hermite(values, chs, 0, x), 2e-6)
-                            << c.pos << " speed " << c.speed << " frame " << i << " way " << reverse
-                            << " streamed " << streamed;
-                        ASSERT_NEAR(double(right[o]), hermite(values, chs, chs - 1, x), 2e-6);
-                    }
-                    EXPECT_EQ(left.back(), 9.0f) << "one frame too many";
-                    EXPECT_EQ(right.back(), 9.0f);
-                }
+    const auto expectCubic = [&](const CSample& sample, const Case& c, int reverse) {
+        const Values values = allFrames(sample);
+        Values left(std::size_t(c.count) + 1, 9.0f), right = left;
+        ASSERT_TRUE(render(sample, {c.pos, c.speed, reverse, 20, 970}, c.count, left.data(),
+                           right.data(), scratch));
+        const double from = reverse ? 20 + 970 - c.pos - c.count * c.speed : c.pos;
+        for (int i = 0; i < c.count; i++) {
+            const std::size_t o = std::size_t(reverse ? c.count - 1 - i : i);
+            const double x = from + i * c.speed;
+            ASSERT_NEAR(double(left[o]), hermite(values, sample.chs, 0, x), 2e-6)
+                << c.pos << " speed " << c.speed << " frame " << i << " way " << reverse
+                << " streamed " << sample.streamed << " bits " << sample.bits;
+            ASSERT_NEAR(double(right[o]), hermite(values, sample.chs, sample.chs - 1, x), 2e-6);
         }
-    }
-}
-
-/// A voice is rendered in slices; they must join as if there were none.
-TEST_F(SampleRenderTest, SlicesJoin) {
-    write(path("j.wav"), 44100, 16, 1, noise(3000, 8), noise(3000, 9));
-    CSample sample;
-    ASSERT_TRUE(sample.open(path("j.wav").c_str()));
-    const double speed = 1.2345;
-    std::vector<float> whole(2000), cut(2000), unused(2000, 9.0f);
-    EXPECT_EQ(renderMemory(sample, 0.5, speed, 2000, whole.data(), unused.data()), 1);
-    for (int at = 0, n = 1; at < 2000; at += n, n = std::min(n % 47 + 5, 2000 - at))
-        renderMemory(sample, 0.5 + at * speed, speed, n, &cut[std::size_t(at)], nullptr);
-    for (int i = 0; i < 2000; i++)
-        ASSERT_NEAR(whole[std::size_t(i)], cut[std::size_t(i)], 1e-6f) << i;
-    EXPECT_EQ(unused, std::vector<float>(2000, 9.0f)) << "a mono clip writes one side";
-    EXPECT_TRUE(render_2(sample, 0.5, speed, 2000, cut.data(), unused.data()));
-    EXPECT_EQ(cut, whole);
-    EXPECT_EQ(unused, whole);
+        EXPECT_EQ(left.back() + right.back(), 18.0f) << "one frame too many";
+    };
+    for (int bits : {16, 32})
+        for (int chs : {1, 2}) {
+            write(path("s.wav"), 44100, bits, chs, noise(frames, 5), noise(frames, 6));
+            for (int streamed : {0, 1}) {
+                const auto sample = opened(path("s.wav"), streamed);
+                for (const Case& c : cases)
+                    for (int reverse : {0, 1}) expectCubic(*sample, c, reverse);
+            }
+        }
 }
 
 TEST_F(SampleRenderTest, WhatCannotPlayIsRefused) {
@@ -90,32 +71,35 @@ TEST_F(SampleRenderTest, WhatCannotPlayIsRefused) {
     CSample closed;
     EXPECT_FALSE(render(closed, {}, 8, left, right, nullptr));
     EXPECT_EQ(renderMemory(closed, 0, 1, 8, left, right), 0);
-    CSample many;
+    CSample many, wide;
     many.setFormat(44100, 16, 3);
     many.takeData(static_cast<unsigned char*>(std::calloc(300, 6)), 300);
-    EXPECT_TRUE(many.valid);
     EXPECT_FALSE(render(many, {}, 8, left, right, nullptr));
-    EXPECT_FALSE(render_2(many, 0, 1, 8, left, right));
+    wide.setFormat(44100, 24, 2);
+    wide.takeData(static_cast<unsigned char*>(std::calloc(300, 6)), 300);
+    EXPECT_FALSE(render_2(wide, 0, 1, 8, left, right)) << "takes 16 bits";
     EXPECT_EQ(left[0], 7.0f) << "nothing may be written";
+
     CSample one;
     one.setFormat(44100, 16, 1);
-    one.takeData(static_cast<unsigned char*>(std::calloc(300, 2)), 300);
+    one.takeData(static_cast<unsigned char*>(std::malloc(600)), 300);
+    std::fill_n(one.data, 600, static_cast<unsigned char>(0x40));
     EXPECT_TRUE(render(one, {std::nan(""), 1.0, 0, 0, 0}, 8, left, right, nullptr));
     EXPECT_EQ(left[0], 0.0f) << "no place is silence";
+    EXPECT_TRUE(render_2(one, 5, 1, 8, left, right));
+    EXPECT_EQ(left[0], 0x4040 / 32768.0f);
+    EXPECT_EQ(right[0], left[0]) << "one channel goes to both sides";
 }
 
 /// A read from disk that the scratch can't hold is silence, with a notice that is taken once.
 TEST_F(SampleRenderTest, ReadsBeyondTheScratchAreSilence) {
     write(path("b.wav"), 44100, 16, 2, noise(1000, 1), noise(1000, 2));
-    CSample sample;
-    sample.streamed = 1;
-    ASSERT_TRUE(sample.open(path("b.wav").c_str()));
-    alignas(float) static unsigned char scratch[sampleScratchBytes];
+    const auto sample = opened(path("b.wav"), 1);
     constexpr int fits = maxScratchRead / 4 - 5; // frames of 4 bytes, and the neighbours
     CSample::notices.exchange(0);
     for (int frames : {fits, fits + 1}) {
-        std::vector<float> left(std::size_t(frames), 9.0f), right = left;
-        EXPECT_TRUE(render(sample, {}, frames, left.data(), right.data(), scratch));
+        Values left(std::size_t(frames), 9.0f), right = left;
+        EXPECT_TRUE(render(*sample, {}, frames, left.data(), right.data(), scratch));
         EXPECT_EQ(left[0] == 0.0f, frames > fits);
         EXPECT_EQ(CSample::notices.exchange(0), unsigned(frames > fits ? noticeBufferTooSmall : 0));
     }
