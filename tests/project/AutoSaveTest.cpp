@@ -26,27 +26,24 @@ TEST(AutoSave, CopiesWhatIsUnsaved) {
     const CStr path = folder.file("song.qv"), copy = folder.file("song.recovery.qv");
     ASSERT_TRUE(saveProject(f.project, path));
     AutoSave autoSave(f.project);
-    const auto pass = [&](int now) {
-        autoSave.idle(now);
-        ASSERT_TRUE(finish(autoSave));
-        autoSave.idle(now);
+    const auto change = [&f](const char* id) {
+        f.host->id = id;
+        f.host->setModified();
     };
-    pass(1000);
-    EXPECT_FALSE(fileExists(copy)) << "nothing has changed";
-    f.host->id = "one";
-    f.host->setModified();
-    pass(2000);
-    EXPECT_NE(folder.read("song.recovery.qv").find("one"), std::string::npos);
+    const auto copied = [&](const char* id, int now) {
+        autoSave.idle(now);
+        EXPECT_TRUE(finish(autoSave));
+        autoSave.idle(now);
+        return folder.read("song.recovery.qv").find(id) != std::string::npos;
+    };
+    EXPECT_FALSE(copied("one", 1000) || fileExists(copy)) << "nothing has changed";
+    change("one");
+    EXPECT_TRUE(copied("one", 2000));
     EXPECT_TRUE(f.host->modified) << "a copy is no save";
-    f.host->id = "two";
-    f.host->setModified();
-    pass(3900);
-    EXPECT_EQ(folder.read("song.recovery.qv").find("two"), std::string::npos) << "too early";
-    pass(1000000);
-    EXPECT_NE(folder.read("song.recovery.qv").find("two"), std::string::npos);
-
-    f.host->id = "lost";
-    f.host->setModified();
+    change("two");
+    EXPECT_FALSE(copied("two", 3900)) << "too early";
+    EXPECT_TRUE(copied("two", 1000000));
+    change("lost");
     autoSave.idle(2000000); // the save comes before the copy is done
     ASSERT_TRUE(saveProject(f.project, path));
     autoSave.discard();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "ProjectFixture.h"
-#include "engine/CUndo.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "instruments/CSampleClip.h"
@@ -25,77 +24,65 @@ struct ClipFixture : ProjectFixture {
 
     CSongTrack* track(int kind) { return seq->addTrack(kind, seq->getProg(), nullptr); }
 
-    /// A file of `frames` with values that tell where they stand, in the pool.
+    /// A file in the pool.
     CSample* addFile(const char* name, int bits, int chs, int frames) {
-        CSample out;
-        out.setFormat(44100, bits, chs);
-        out.create(files.file(name));
-        out.writeHeader();
-        for (int i = 1; i <= frames; ++i) {
-            const float left = float(i) / 256.0f, right = -left;
-            out.writeFrames(1, &left, &right);
-        }
-        out.writeHeader();
-        out.finalize();
-        return host->addSample(out.filename, 1);
+        writeWav(files.file(name), frames, bits, chs);
+        return host->addSample(files.file(name), 1);
     }
 
     /// A bar in which two files play, one of them backward and from half of its frames on.
     CPart* addAudio(CSongTrack* to) {
         auto* part = new CAudioPart;
-        part->id = "Loop";
-        part->length = 960;
         part->multiclip = 1;
         part->chs = 2;
-        CSample* files2[] = {addFile("little.wav", 16, 2, 100), addFile("BIG.AIF", 24, 1, 60)};
+        CSample* both[] = {addFile("little.wav", 16, 2, 100), addFile("BIG.AIF", 24, 1, 60)};
         for (int i = 0; i < 4; ++i) {
             CAudioEvent* event = createAudioEvent();
-            event->sample = files2[i % 2];
+            event->sample = both[i % 2];
             event->end = event->sample->frames - 1;
             event->start = i % 2 ? event->end / 2 : 0;
             event->reverse = (unsigned char)(i % 2);
             part->addEvent(240 * i, event);
         }
-        return to->addPart(part, nullptr);
+        return add(part, 960, to);
     }
     CPart* addNotes(CSongTrack* to) {
         auto* part = new CMIDIPart;
-        part->id = "Notes";
         part->offset = -120;
-        part->length = 960;
         for (int i = 0; i < 4; ++i) {
             CMIDIEvent* note = createMIDIEvent();
             note->data = 0x640090 | ((60 + i) << 8);
             note->length = 120;
             part->addEvent(240 * i, note);
         }
-        return to->addPart(part, nullptr);
+        return add(part, 960, to);
+    }
+    void addDrum(CLayer* layer, const char* name, float pan) {
+        auto* clip = new CSampleClip;
+        writeWav(files.file(name), 200, 16, 1);
+        clip->open(files.file(name));
+        clip->filename = name;
+        seq->drumClips.add(clip);
+        auto* sound = new CDrumSound(layer, host, seq);
+        sound->addSample(clip);
+        sound->pan = pan;
+        layer->addSound(sound);
     }
     CPart* addHits(CSongTrack* to) {
-        CLayer* layer = to->track->drumLayer();
-        for (int i = 0; i < 2; ++i) {
-            auto* clip = new CSampleClip;
-            clip->filename = i ? "high.wav" : "low.wav";
-            clip->setFormat(44100, 16, 1);
-            auto* data = static_cast<short*>(std::malloc(400));
-            for (int k = 0; k < 200; ++k) data[k] = short((i ? 90 : 50) * (200 - k));
-            clip->takeData(reinterpret_cast<unsigned char*>(data), 200);
-            clip->playAll();
-            seq->drumClips.add(clip);
-            auto* sound = new CDrumSound(layer, host, seq);
-            sound->addSample(clip);
-            sound->pan = i ? 0.5f : -0.5f;
-            layer->addSound(sound);
-        }
+        addDrum(to->track->drumLayer(), "low.wav", -0.5f);
+        addDrum(to->track->drumLayer(), "high.wav", 0.5f);
         auto* part = new CDrumPart;
-        part->id = "Hits";
-        part->length = 480;
         for (int i = 0; i < 3; ++i) {
             CDrumEvent* hit = createDrumEvent();
             hit->sound = i % 2;
             hit->tune = 1.5f;
             part->addEvent(120 * i, hit);
         }
+        return add(part, 480, to);
+    }
+    static CPart* add(CPart* part, int length, CSongTrack* to) {
+        part->id = "Part";
+        part->length = length;
         return to->addPart(part, nullptr);
     }
     /// A part of a kind, on a track of its own; notes have two synthesizers.

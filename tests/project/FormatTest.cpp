@@ -1,184 +1,121 @@
 #include "project/ProjectFixture.h"
-#include "project/QvText.h"
 
+#include "common/fx/CEQ.h"
+
+#include <fstream>
 #include <sstream>
 
 namespace {
 
+/// The bytes of one word of foreign.txt, which tells how they are written.
+std::string bytesOf(const std::string& word) {
+    const std::string rest = word.substr(1);
+    std::string raw;
+    for (size_t i = 1; word[0] == 'x' && i < word.size(); i += 2)
+        raw += char(std::stoi(word.substr(i, 2), nullptr, 16));
+    switch (word[0]) {
+    case 'x':
+        return raw;
+    case '_':
+        return std::string(std::stoul(rest), '\0');
+    case '\'':
+        return {char(std::stoi(rest))};
+    case '"':
+        return qvf::text(rest.substr(0, rest.size() - 1));
+    default:
+        if (word.back() == 'f') return qvf::real(std::stof(word));
+        return qvf::number(std::stoi(word)).substr(0, word.back() == 'h' ? 2 : 4);
+    }
+}
+
+std::string itemsOf(const std::vector<std::string>& lines, size_t& at, size_t indent = 0) {
+    std::string items;
+    while (at < lines.size() && lines[at].find_first_not_of(' ') == indent) {
+        std::istringstream words(lines[at++]);
+        std::string name, word, content;
+        words >> name;
+        while (words >> word) content += bytesOf(word);
+        content += itemsOf(lines, at, indent + 2);
+        const size_t told = name.find('=');
+        items += told == std::string::npos
+                     ? qvf::item(name, content)
+                     : qvf::head(name.substr(0, told), std::stoi(name.substr(told + 1))) + content;
+    }
+    return items;
+}
+
 constexpr int level = 0x2000, levelFrames = 8; ///< of the sample: a quarter of full scale
 
-/// The content of an arpeggiator, whose blocks do not tell their lengths.
-std::string arp() {
-    using namespace qvf;
-    std::string s;
-    for (const auto& [name, v] :
-         {std::pair{"enabled", 0}, {"latch", 0}, {"ccgate", 7}, {"ccswing", -1}, {"progi", 0}})
-        s += item(name, number(v));
-    s += head("prog", 7 + 36) + text("program") + numbers({2, 3});
-    for (const float v : {0.5f, 0.75f, 120.0f, 0.25f, 0.125f, 0.5f}) s += real(v);
-    s += numbers({1, 0, 0, 0, 0, 0, 0, 0});
-    std::string hex;
-    for (const unsigned char c : s) hex += {"0123456789abcdef"[c >> 4], "0123456789abcdef"[c & 15]};
-    return hex;
-}
-
-/// What ends each track.
-std::string trackEnd() {
-    return "  arp " + arp() + "\n  arped 20 60 400 300 0 0 -1 0\n";
-}
-
-std::string trackHead(int kind, const std::string& name, int folder, int channel) {
-    return "  track " + std::to_string(kind) + " 2 \"" + name + "\" 41 200 300 " +
-           std::to_string(folder) + " 1 " + std::to_string(channel) + R"( 1 1 9
-  trackCol 1193046
-  trackInSens 80
-  tracked 10 60 400 300 0 0 -1 0
-  trackGroove 0 -1 0.5 120 3 0 0.25 -0.5
-)";
-}
-
-const char* const strip = R"(strip2 1 0 0 1 0 0 1 0 -1 -1 -1 -1
-eq 0 0 100 0 0.5 0 1 1000 3 1 0 1 2000 0 1 0 2 8000 0 0.5
-eq2 0 0 100 0 0.5 1 2 3 0 0 1 1000 3 1 0 0 0 -1 0 1 2000 0 1 0 0 0 0 0 2 8000 0 0.5 0 0 0 0
-)";
-
-std::string component(int type, int kind, const std::string& name) {
-    const bool blocks = type >= 10 && type <= 13, unknown = type == 77;
-    return "comp2 1 " + std::to_string(type) + " " + std::to_string(kind) + " 7 8 \"" + name +
-           "\" 1 2" +
-           (blocks || type == 4 ? "\n"
-            : unknown           ? " 6f646400\n"
-                                : " -\n");
-}
-
-const char* const window = "comped 5 6 400 300 0 0 -1 0\nhideChs 0\n";
-
-/// A tone of one level on an audio track at beat 1, a note at half of it, and all that a project
-/// can hold besides.
+/// The file that foreign.txt describes.
 std::string project() {
-    std::ostringstream s;
-    s << R"(bpm 240
-loop 0
-audiodir "tune_audio"
-samples2 2 "level" 44100 16 1 0 1 8 00200020002000200020002000200020 "/no/such.wav" 48000 24 2 1 0 -1
-samples 2 "level" 44100 16 1 0 00200020002000200020002000200020 "/no/such.wav" 48000 24 2 1 -1
-page "Mixer"
-pagei 1
-pageModular 1
-)" << component(1, 0, "Host")
-      << "comped 1 2 300 400 0 1 -1 0\nhideChs 0\n"
-      << component(11, 1, "MIDI out") << "  device ff\n"
-      << window << "min\n"
-      << component(13, 1, "Out") << "  chs 02\n  devs 0001\n"
-      << window << "min\nain 2\naout 2\n"
-      << strip << "sends 1 0\n"
-      << component(4, 1, "Song");
-    s << "  options";
-    for (int i = 0; i < 32; i++) s << ' ' << i;
-    s << "\n  sync 1\n  mxv 9\n  snap 0 1 0 5\n"
-      << "  smp \"hit.wav\" 4 16 1 44100 1 3 0001000200030004\n"
-      << trackHead(1, "Folder", -1, 0) << trackEnd() << trackHead(2, "Notes", 0, -1)
-      << "  sub \"Velocity\" 1 0 50 -1 7\n  subex 1\n"
-      << trackEnd() << trackHead(3, "Sound", 0, 0);
-    // A component, a bus, an insert, a channel of the song, a send, the host, and a controller.
-    for (const char* link : {"1 3 0 0 0 0", "3 0 0 0 0 0", "4 0 0 0 1 3", "6 1 1 2 0 0",
-                             "7 0 0 0 1 3", "0 -1 0 0 0 0"})
-        s << "  sub \"Lane\" 1 0 50 -102 0 1 3 " << link << "\n  subex 0\n";
-    s << "  sub \"Control\" 0 0 50 -102 7 0 4 0 0 0 0 0 0\n  subex 0\n"
-      << trackEnd() << trackHead(5, "Drums", -1, 9) << R"(  drumprogid "Kit"
-  sound 1 "hit" 0 3 0.5 -0.25 1 0.75 0.5 0 2 0.5 20 12 0.25 0.125 0 1 0 1 100 2 120 1 0 61 127 1 2
-  soStyle 1
-  soParam 4
-  soInsert2 1 77 4 5 6 "Old" 1 0 beef
-  soInsertAin 1
-  soInsertAout 2
-  soInsert2wet 0.5
-  soSends 1 0.25
-  soEq2 0 0 100 0 0.5 1 2 3 0 1 1 1000 3 1 0 0 0 -1 0 1 2000 0 1 0 0 0 0 0 2 8000 0 0.5 0 0 0 0
-)" << trackEnd()
-      << R"(  trackmc 1
-  part 2 1 0 -1 0 -5 1920 1 "master"
-  partCol 11259375
-  mevents 2 480 1 6569104 240 600 0 4196272
-  amevents 3 2 0 0 0.25 0 1 96 1 1 -0.5 0
-  progi 0
-  prog 0 1 960 4800 "First"
-  ptrack 0
-  ptrack 2
-  part 2 1 1 0 0 0 1920 1 "ghost"
-  ptrack 0
-  part 2 2 1 -1 0 0 1920 1 "tone"
-  partCol -1
-  achs 2
-  aevents2 2 960 0 0 0 0.5 0 0 0 0 7 960 0 0 0 0 0 0 30 1 1 2 0.5 -0.5 2 1 5 900 480 -3 0.25 100 0.5 200 -0.5
-  aevents 2 960 0 0 0.5 0 0 0 0 7 960 0 0 0 30 1 1 0.5 -0.5 2 1 5 900 480 -3 0.25 2
-  multiclip 1
-  ptrack 0
-  part 2 3 1 -1 0 0 96000 1 "hits"
-  partCol 5
-  devents 2 90000 0 1 240 0 6 0 0 96 2 0 0.5 2 2
-  marker "A" 3 1 960 480 4 4 120
-  amarker -1
-  timesig "t" 0 3840 7 8 -1 5
-  tempo 0 3840 240
-  editored 30 60 400 300 0 0 -1 0
-  edopt)";
-    for (int i = 0; i < 32; i++) s << ' ' << 31 - i;
-    s << "\n  ed-noteh 11\n  editorpp 2 0\n"
-      << window << "min\nmin\nmout\nain 2\naout 2\n"
-      << strip << "sends 1 0.5\naout 2\n"
-      << strip << "sends 1 0\naoutCurCh 1\n"
-      << component(9, 1, "Group") << window << "min\nain 2\naout 1\n"
-      << strip << "sends 1 0.25\ninsert2 1 77 4 5 6 \"Insert\" 1 2 c0ffee\n"
-      << "compedi 5 6 400 300 0 0 -1 0\nmini\nmouti\naini 2\naouti 1\nwet 0.5\n"
-      << component(77, 1, "Unknown") << window << "mout\n"
-      << component(9, 3, "Bus") << window << "min\nain 2\naout 2\n"
-      << strip;
-    s << R"(mixer
-  mxv 05000000
-  progi 00000000
-  prog 0100000041
-  sh 00000000
-mixed 1 1 1 1 1 1 1 1
-mc 0 2 0 0 0 0
-ac 0 2 0 0 1 0
-ac 0 3 0 0 1 0
-ac 2 0 0 0 1 0
-mc 0 4 0 0 1 0
-ccplay 20
-ccstop 21
-ccrew 22
-ccrec 23
-ccbpm 24
-cm "Live" 3
-cmap 1 3 0 0 0 1 0 74 10 90
-cmap 3 0 0 0 0 2 -2 75 0 127
-cmap 4 0 3 0 0 2 -2 76 0 127
-cmap 6 0 2 1 0 2 0 77 0 127
-cmap 7 3 0 0 0 2 0 78 0 127
-cmi 0
-cmed 5 6 7 8 0 0 -1 0
-modsb 1 180
-)";
-    return s.str();
-}
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::istringstream in(text);
-    std::vector<std::string> all;
-    for (std::string line; std::getline(in, line);) all.push_back(line);
-    return all;
+    std::ifstream text(SONDRAVA_TEST_DATA "/foreign.txt");
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);)
+        if (line[0] != '#') lines.push_back(line);
+    size_t at = 0;
+    const std::string items = itemsOf(lines, at);
+    EXPECT_TRUE(at > 100 && at == lines.size()) << "line " << at << " is too far in";
+    return qvf::file(items);
 }
 
 } // namespace
 
-/// A file by the tables alone loads without a word, plays as calculated, and comes back as it was.
-TEST(Format, AForeignFilePlaysAndComesBack) {
+/// Where in the graph the values of a file by the tables alone arrive; and it comes back as it was.
+TEST(Format, AForeignFileArrivesAndComesBack) {
     ProjectFixture f;
-    ASSERT_EQ(f.load(toFile(project())), LoadResult::good);
+    ASSERT_EQ(f.load(project()), LoadResult::good);
     EXPECT_EQ(shown, std::vector<std::string>{});
-    EXPECT_EQ(linesOf(toText(f.save())), linesOf(project()));
+    const std::string saved = f.save(), file = project();
+    const auto same =
+        std::mismatch(saved.begin(), saved.end(), file.begin(), file.end()).first - saved.begin();
+    EXPECT_TRUE(saved == file) << same << " bytes, up to "
+                               << testing::PrintToString(
+                                      saved.substr(size_t(std::max(0L, same - 40)), 40));
 
+    CQV* host = f.host;
+    EXPECT_EQ(host->loop, 0);
+    EXPECT_EQ(host->audioFolder, "tune_audio");
+    EXPECT_EQ(host->id, "Host");
+    EXPECT_TRUE(host->editorStruct.maximized == 1 && host->editorStruct.pageItem == 9);
+    ASSERT_EQ(host->samples.getCount(), 2);
+    const auto *missing = static_cast<CSample*>(host->samples.items(0)),
+               *tone = static_cast<CSample*>(host->samples.items(1));
+    EXPECT_TRUE(tone->frames == levelFrames && tone->fixedPitch && tone->data[1] == 0x20);
+    EXPECT_TRUE(!missing->valid && missing->streamed && missing->bits == 24);
+
+    CComp* group = f.comp(3);
+    EXPECT_TRUE(group->posX == 7 && group->hideChs == 1 && group->listKind == listComps);
+    COutputChannel* ch = group->output();
+    EXPECT_TRUE(ch->channels == 1 && ch->gain == 0.0f) << "muted";
+    EXPECT_TRUE(ch->vol == 0.25f && ch->pan == -0.5f && ch->panL == 1.25f);
+    EXPECT_TRUE(ch->trim == 0.75f && ch->trimAux == 2.0f && ch->solo == 0 && ch->mute == 1);
+    EXPECT_TRUE(ch->showFader == 0 && ch->showExtra == 1 && ch->sections[3] == 5);
+    EXPECT_TRUE(ch->eq[3]->getFrequency() == 4000.0f && ch->eq[3]->active == 1);
+    EXPECT_TRUE(ch->eq[3]->filterType == 2 && ch->eq[3]->state[1] == -1);
+    EXPECT_EQ(ch->sendLevels[0]->level, 0.25f);
+    auto* insert = static_cast<CComp*>(ch->inserts.items(1));
+    EXPECT_TRUE(insert->enabled == 0 && insert->wet == 0.25f && insert->editorStruct.left == 9);
+    EXPECT_TRUE(insert->ownerChannel == ch && insert->output()->comp == insert);
+
+    EXPECT_EQ(f.mixer.mxv, 5);
+    EXPECT_TRUE(host->ctrlStart == 20 && host->ctrlRecord == 23 && host->ctrlTempo == 24);
+    auto* maps = static_cast<CMapProg*>(host->maps.first());
+    EXPECT_TRUE(maps->name == "Live" && maps->value == 3);
+    const auto* bus = static_cast<CComp*>(host->sends.first());
+    const CObject* targets[] = {group, bus, insert, f.comp(2)->output(1), ch->sendLevels[0]};
+    for (int i = 0; i < 5; ++i)
+        EXPECT_EQ(static_cast<CMap*>(maps->items.items(i))->target.load(), targets[i]) << i;
+    const auto* map = static_cast<CMap*>(maps->items.items(2));
+    EXPECT_TRUE(map->owner.load() == ch && map->comp.load() == group);
+    EXPECT_TRUE(map->ch == 2 && map->param == -2 && map->cc == 76 && map->max == 127);
+    EXPECT_EQ(host->mapStruct.height, 8);
+    EXPECT_TRUE(f.ui.windows.pages.size() == 1 && f.ui.windows.sidebar[1] == 180);
+}
+
+/// It plays as calculated.
+TEST(Format, AForeignFilePlays) {
+    ProjectFixture f;
+    ASSERT_EQ(f.load(project()), LoadResult::good);
     f.device.out = static_cast<CAudioOut*>(f.host->getAudioOut());
     f.device.forget();
     f.host->start();
@@ -202,18 +139,12 @@ TEST(Format, AForeignFilePlaysAndComesBack) {
 /// is told, and leaves an empty project that works.
 TEST(Format, EveryCutIsTold) {
     ProjectFixture f;
-    const std::string file = toFile(project());
+    const std::string file = project();
     constexpr size_t magic = 7, step = 5;
     size_t end = magic, content = magic;
     for (size_t cut = magic; cut <= file.size(); cut += step) {
-        while (end < cut) {
-            const auto number = [&file](size_t at) {
-                return size_t((unsigned char)file[at]) | size_t((unsigned char)file[at + 1]) << 8 |
-                       size_t((unsigned char)file[at + 2]) << 16;
-            };
-            content = end + number(end) + 8;
-            end = content + number(content - 4);
-        }
+        for (; end < cut; end = content + qvf::numberAt(file, content - 4))
+            content = end + qvf::numberAt(file, end) + 8;
         shown.clear();
         const bool torn = cut >= content && cut < end;
         ASSERT_EQ(f.load(file.substr(0, cut)), torn ? LoadResult::abandoned : LoadResult::good)

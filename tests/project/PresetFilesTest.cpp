@@ -1,5 +1,6 @@
 #include "project/PresetFiles.h"
 #include "ClipFixture.h"
+#include "base/Paths.h"
 #include "effects/CEffect.h"
 #include "instruments/CArp.h"
 
@@ -13,56 +14,51 @@ struct PresetFixture : ClipFixture {
     CSongTrack* drums = track(trackDrum);
 
     void edit() {
-        CSynthProg* prog = sampler->createProg();
-        prog->id = "Edited";
-        sampler->progs.add(prog);
+        sampler->progs.add(sampler->createProg());
         sampler->setProg(sampler->progs.getCount() - 1);
         rack->addReverb();
         rack->addGuitarAmp();
         rack->setProg(1);
         auto* pattern = new CArpProg;
-        pattern->id = "Edited";
         pattern->setStepTicks(77.0f);
         arp->progs.add(pattern);
         arp->setProg(1);
         addHits(drums);
-        drums->track->synthProg->id = "Edited";
+        CProgram* edited[] = {sampler->getProg(), pattern, drums->track->synthProg.get()};
+        for (CProgram* prog : edited) prog->id = "Edited";
+    }
+    /// What the extension of the path stands for.
+    bool saveAs(const CStr& path) {
+        const CStr ext = extractFileExt(path);
+        if (ext == ".qvs") return saveProgram(sampler, path);
+        if (ext == ".qve") return saveProgram(rack, path);
+        return ext == ".qva" ? saveProgram(arp, path) : saveKit(drums->track, path);
+    }
+    void open(const CStr& path) {
+        const CStr ext = extractFileExt(path);
+        if (ext == ".qvs") sampler->openBank(path);
+        if (ext == ".qve") rack->openProg(path);
+        if (ext == ".qva") arp->openProg(path);
+        if (ext == ".qvd") loadPreset(seq, drums->track->drumLayer(), drums->track, path);
     }
 };
 
-struct PresetKind {
-    const char* file;
-    bool (*save)(PresetFixture& f, const CStr& path);
-    void (*open)(PresetFixture& f, const CStr& path);
-};
+const char* const names[] = {"a.qvs", "a.qve", "a.qva", "a.qvd"};
 
-const PresetKind kinds[] = {
-    {"a.qvs", [](PresetFixture& f, const CStr& path) { return saveProgram(f.sampler, path); },
-     [](PresetFixture& f, const CStr& path) { f.sampler->openBank(path); }},
-    {"a.qve", [](PresetFixture& f, const CStr& path) { return saveProgram(f.rack, path); },
-     [](PresetFixture& f, const CStr& path) { f.rack->openProg(path); }},
-    {"a.qva", [](PresetFixture& f, const CStr& path) { return saveProgram(f.arp, path); },
-     [](PresetFixture& f, const CStr& path) { f.arp->openProg(path); }},
-    {"a.qvd", [](PresetFixture& f, const CStr& path) { return saveKit(f.drums->track, path); },
-     [](PresetFixture& f, const CStr& path) {
-         loadPreset(f.seq, f.drums->track->drumLayer(), f.drums->track, path);
-     }},
-};
-
-std::string saved(const PresetKind& kind) {
+std::string saved(const char* name) {
     PresetFixture f;
     f.edit();
-    EXPECT_TRUE(kind.save(f, f.files.file(kind.file)));
-    return f.files.read(kind.file);
+    EXPECT_TRUE(f.saveAs(f.files.file(name)));
+    return f.files.read(name);
 }
 
 } // namespace
 
 /// What was opened elsewhere is saved as the same bytes, and undo gives back what was there.
 TEST(PresetFiles, RoundTripsAndUndo) {
-    for (const PresetKind& kind : kinds) {
-        SCOPED_TRACE(kind.file);
-        const std::string bytes = saved(kind);
+    for (const char* name : names) {
+        SCOPED_TRACE(name);
+        const std::string bytes = saved(name);
         ASSERT_FALSE(bytes.empty());
         PresetFixture f;
         f.seq->addStandardKit(f.drums->track);
@@ -70,11 +66,11 @@ TEST(PresetFiles, RoundTripsAndUndo) {
         f.arp->progs.add(new CArpProg);
         f.arp->setProg(1);
         const std::string before = f.save();
-        kind.open(f, f.files.write(kind.file, bytes));
+        f.open(f.files.write(name, bytes));
         const std::string after = f.save();
         EXPECT_TRUE(after != before);
-        EXPECT_TRUE(kind.save(f, f.files.file("again")));
-        EXPECT_TRUE(f.files.read("again") == bytes);
+        EXPECT_TRUE(f.saveAs(f.files.file(name)));
+        EXPECT_TRUE(f.files.read(name) == bytes);
         for (int i = 0; i < 2; ++i) {
             f.undo();
             EXPECT_TRUE(f.save() == before);
@@ -87,15 +83,15 @@ TEST(PresetFiles, RoundTripsAndUndo) {
 
 /// Damaged ones give what stands in front of the damage, or nothing; never more than one step.
 TEST(PresetFiles, DamagedOnesAreTakenBackWhole) {
-    for (const PresetKind& kind : kinds) {
-        SCOPED_TRACE(kind.file);
-        const std::string bytes = saved(kind);
+    for (const char* name : names) {
+        SCOPED_TRACE(name);
+        const std::string bytes = saved(name);
         PresetFixture f;
         f.addHits(f.drums);
         f.host->undoClear();
         const std::string before = f.save();
         eachDamage(bytes, [&](const std::string& damaged) {
-            kind.open(f, f.put(kind.file, damaged));
+            f.open(f.put(name, damaged));
             ASSERT_LE(f.host->undoIndex, 0);
             if (f.host->undoIndex < 0) return;
             f.runAlone();
@@ -110,17 +106,16 @@ TEST(PresetFiles, DamagedOnesAreTakenBackWhole) {
 
 TEST(PresetFiles, TypeIsTheFirstBlockOfThatName) {
     using namespace qvf;
-    const struct {
-        std::string bytes;
-        int type;
-    } cases[] = {{"", -1},
-                 {item("zzz", "12345") + item("filetype", number(3)), 3},
-                 {item("filetype", number(7)) + item("filetype", number(3)), 7},
-                 {item("prog") + item("filetype", "ab"), -1},
-                 {head("zzz", -5) + item("filetype", number(3)), -1},
-                 {head("zzz", 1000) + item("filetype", number(3)), -1}};
+    const std::string other = item("zzz", "12345"), type = item("filetype", number(3));
+    const std::pair<std::string, int> cases[] = {{"", -1},
+                                                 {other + type, 3},
+                                                 {item("filetype", number(7)) + type, 7},
+                                                 {item("prog") + item("filetype", "ab"), -1},
+                                                 {head("zzz", -5) + type, -1},
+                                                 {head("zzz", 1000) + type, -1}};
     TempFolder files;
-    for (const auto& c : cases) EXPECT_EQ(getFiletype(files.write("x", c.bytes)), c.type);
+    for (const auto& [content, wanted] : cases)
+        EXPECT_EQ(getFiletype(files.write("x", content)), wanted);
     EXPECT_EQ(getFiletype(files.file("missing")), -1);
 }
 
@@ -129,28 +124,31 @@ TEST(PresetFiles, KitsGiveWayToKitsAlone) {
     PresetFixture f;
     f.edit();
     CTrack* track = f.drums->track;
-    const auto load = [&](const CStr& path) { loadPreset(f.seq, track->drumLayer(), track, path); };
     f.host->undoClear();
     const std::string before = f.save();
-    ASSERT_TRUE(saveProgram(f.sampler, f.files.file("program.qvs")));
-    load(f.files.file("program.qvs"));
-    load(f.files.write("none.qvd", qvf::item("progid", qvf::text("No kit"))));
-    load(f.files.write("bad.qvd", qvf::item("sound", "too short")));
-    load(f.files.write("loop.rex", "no slices"));
-    load(f.files.file("missing.qvd"));
+    ASSERT_TRUE(f.saveAs(f.files.file("program.qvs")));
+    for (const CStr& path : {f.files.file("program.qvs"),
+                             f.files.write("none.qvd", qvf::item("progid", qvf::text("No kit"))),
+                             f.files.write("bad.qvd", qvf::item("sound", "too short")),
+                             f.files.write("loop.rex", "no slices"), f.files.file("missing.qvd")})
+        loadPreset(f.seq, track->drumLayer(), track, path);
     EXPECT_TRUE(f.save() == before);
     EXPECT_EQ(f.host->undoIndex, -1);
     const int height = track->openHeight;
-    f.files.write("kit.qvd", saved(kinds[3]));
-    load(f.files.file("kit.qvd"));
+    f.open(f.files.write("kit.qvd", saved("a.qvd")));
     EXPECT_EQ(f.host->undoText(), "Replace");
     EXPECT_EQ(track->drumLayer()->sounds.getCount(), 2);
     EXPECT_EQ(track->openHeight, height);
 }
 
+/// What cannot be written is told.
 TEST(PresetFiles, TrackPresetsAreEmpty) {
+    ProjectFixture f;
     TempFolder files;
     const CStr path = files.file("x.qvp");
     EXPECT_TRUE(saveTrackAsPreset(path));
     EXPECT_EQ(std::filesystem::file_size(path.asChar()), 0u);
+    EXPECT_FALSE(saveTrackAsPreset(files.file("none/x.qvp")));
+    ASSERT_EQ(shown.size(), 1u);
+    EXPECT_EQ(shown[0].rfind("Save: There was an error saving ", 0), 0u);
 }

@@ -15,6 +15,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -66,15 +67,14 @@ struct ProjectFixture {
     }
 };
 
-/// Makes a stereo WAV file with a falling tone.
-inline void writeWav(const CStr& path, int frames) {
+/// Makes a WAV or AIFF file with a falling tone.
+inline void writeWav(const CStr& path, int frames, int bits = 16, int chs = 2) {
     CSample file;
-    file.setFormat(44100, 16, 2);
+    file.setFormat(44100, bits, chs);
     file.create(path);
-    file.writeHeader();
-    std::vector<float> tone(size_t(frames), 0.0f);
+    std::vector<float> tone;
     for (int i = 0; i < frames; ++i)
-        tone[size_t(i)] = 0.5f * std::sin(float(i) * 0.05f) * float(frames - i) / float(frames);
+        tone.push_back(0.5f * std::cos(float(i) * 0.05f) * float(frames - i) / float(frames));
     file.writeFrames(frames, tone.data(), tone.data());
     file.writeHeader();
     file.close();
@@ -96,6 +96,12 @@ inline std::string numbers(std::initializer_list<int> list) {
 }
 inline std::string bytes(std::initializer_list<int> list) {
     return {list.begin(), list.end()};
+}
+/// The number at a place of a file.
+inline size_t numberAt(const std::string& file, size_t at) {
+    int v = 0;
+    std::memcpy(&v, &file[at], sizeof v);
+    return size_t(v);
 }
 inline std::string text(const std::string& s) {
     return number(int(s.size())) + s;
