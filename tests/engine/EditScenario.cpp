@@ -1,158 +1,98 @@
 #include "EditScenario.h"
+#include "base/Numbers.h"
 
 #include <sstream>
 
 namespace {
 
 constexpr int mostComps = 24, mostSends = 8;
-
-bool isSignal(const CComp* c) {
-    return c->id.pos("c") == 0;
-}
-
-CComp* insertOf(COutputChannel* ch, int i) {
-    return static_cast<CComp*>(ch->inserts.items(i));
-}
+constexpr const char* ownName = "own";
 
 } // namespace
 
 void EditScenario::edit() {
-    static const Edit edits[] = {
-        &EditScenario::addComponent,  &EditScenario::addComponent, &EditScenario::removeComponent,
-        &EditScenario::moveComponent, &EditScenario::toggleAudio,  &EditScenario::toggleAudio,
-        &EditScenario::toggleMIDI,    &EditScenario::addSend,      &EditScenario::removeSend,
-        &EditScenario::moveSend,      &EditScenario::addInsert,    &EditScenario::moveInsert,
-        &EditScenario::removeInsert,  &EditScenario::changeValues, &EditScenario::swapContent};
     CUndo* u = host->undoStart("Edit", host, undoGraph);
-    const Edit kind = edits[below(int(std::size(edits)))];
-    (this->*kind)(u);
-    // One structural change a step, as all are recorded against the present lists. Values change
-    // when they are recorded, so a level is not to be one that moves with its bus.
-    const bool buses = kind == &EditScenario::addSend || kind == &EditScenario::removeSend ||
-                       kind == &EditScenario::moveSend;
-    for (int more = below(3); more > 0 && !buses; --more) {
-        changeValues(u);
-        swapContent(u);
-    }
+    CList* const lists[] = {&host->comps, &host->sends, &anyStrip()->inserts};
+    const int kind = below(6);
+    if (kind < 3) editList(u, lists[kind]);
+    if (kind == 3 || kind == 4) toggleCable(u, kind == 3);
+    // One structural change a step, as all are recorded against the present
+    // lists. Values change when they are recorded, so a level is not to be one
+    // that moves with its bus.
+    for (int more = below(3); more > 0 && kind != 1; --more) changeValues(u);
     host->undoEnd(u, false);
 }
 
-CComp* EditScenario::anyComp(bool device) {
+CComp* EditScenario::anyOf(const CList* list) {
     std::vector<CComp*> found;
-    for (auto* c : each<CComp>(host->comps))
-        if (isSignal(c) || (device && c == out)) found.push_back(c);
+    for (auto* c : each<CComp>(*list))
+        if (c == foreignBus || c->id.pos(ownName) == 0) found.push_back(c);
     return found.empty() ? nullptr : found[size_t(below(int(found.size())))];
 }
 
-COutputChannel* EditScenario::anyChannel() {
-    CComp* c = anyComp(true);
-    return c ? c->output() : nullptr;
+COutputChannel* EditScenario::anyStrip() {
+    CComp* c = anyOf(&host->comps);
+    return (c ? c : out)->output();
 }
 
-void EditScenario::record(CUndo* u, CComp* c, CList* list) {
-    c->id = CStr(list == &host->sends ? "s" : "c") + asStr(serial++);
+CComp* EditScenario::newFor(const CList* list) {
+    CComp* c = nullptr;
+    if (list == &host->comps)
+        c = new SignalComp(host);
+    else if (list == &host->sends)
+        c = new CGroupCh(host);
+    else
+        c = new GainComp(host);
+    c->id = CStr(ownName) + asStr(serial++);
     c->init();
     c->createBuffers(host->frames);
-    u->asAdd(c, list, below(list->getCount() + 2) - 1);
-    if (below(4)) u->asAdd(createAudioCable(out, c->output(), nullptr), &out->audioCables);
+    return c;
 }
 
-void EditScenario::addComponent(CUndo* u) {
-    if (host->comps.getCount() < mostComps) record(u, new SignalComp(host), &host->comps);
+void EditScenario::editList(CUndo* u, CList* list) {
+    const bool inserts = list != &host->comps && list != &host->sends;
+    const int count = list->getCount(), most = list == &host->comps ? mostComps : mostSends;
+    CComp* c = anyOf(list);
+    const int kind = below(4);
+    if (kind < 2 && count < most) {
+        c = newFor(list);
+        u->asAdd(c, list, below(count + 2) - 1);
+        if (!inserts && below(4))
+            u->asAdd(createAudioCable(out, c->output(), nullptr), &out->audioCables);
+    } else if (c && kind == 2) {
+        u->asMove(c, list, inserts ? &anyStrip()->inserts : list, below(count + 2) - 1);
+    } else if (c && c != foreignBus) {
+        host->stripCables(c, u);
+        u->asRemove(c, list);
+    }
 }
 
-void EditScenario::removeComponent(CUndo* u) {
-    CComp* c = anyComp(false);
-    if (!c) return;
-    host->stripCables(c, u);
-    u->asRemove(c, &host->comps);
-}
-
-void EditScenario::moveComponent(CUndo* u) {
-    const int last = host->comps.getCount();
-    if (CComp* c = anyComp(true)) u->asMove(c, &host->comps, &host->comps, below(last + 2) - 1);
-}
-
-void EditScenario::toggleAudio(CUndo* u) {
-    CComp* from = anyComp(false);
-    CComp* to = anyComp(true);
-    if (!from || !to) return;
-    if (CAudioCable* cable = getAudioCable(to, from->output(), nullptr))
-        u->asRemove(cable, &to->audioCables);
+void EditScenario::toggleCable(CUndo* u, bool audio) {
+    CComp *from = anyOf(&host->comps), *to = audio && below(2) ? out : anyOf(&host->comps);
+    if (!from) return;
+    CList* list = audio ? &to->audioCables : &to->midiCables;
+    CObject* known = audio ? static_cast<CObject*>(getAudioCable(to, from->output(), nullptr))
+                           : getMIDICable(to, from->outPort(), nullptr);
+    if (known) return void(u->asRemove(known, list));
+    if (audio)
+        u->asAdd(createAudioCable(to, from->output(), nullptr), list);
     else
-        u->asAdd(createAudioCable(to, from->output(), nullptr), &to->audioCables);
-}
-
-void EditScenario::toggleMIDI(CUndo* u) {
-    CComp* from = anyComp(false);
-    CComp* to = anyComp(false);
-    if (!from || !to) return;
-    if (CMIDICable* cable = getMIDICable(to, from->outPort(), nullptr))
-        u->asRemove(cable, &to->midiCables);
-    else
-        u->asAdd(createMIDICable(to, from->outPort(), nullptr), &to->midiCables);
-}
-
-void EditScenario::addSend(CUndo* u) {
-    if (host->sends.getCount() < mostSends) record(u, new CGroupCh(host), &host->sends);
-}
-
-void EditScenario::removeSend(CUndo* u) {
-    auto* bus = static_cast<CComp*>(host->sends.items(below(host->sends.getCount())));
-    if (!bus || bus == foreignBus) return;
-    host->stripCables(bus, u);
-    u->asRemove(bus, &host->sends);
-}
-
-void EditScenario::moveSend(CUndo* u) {
-    const int count = host->sends.getCount();
-    if (count > 0)
-        u->asMove(static_cast<CObject*>(host->sends.items(below(count))), &host->sends,
-                  &host->sends, below(count + 2) - 1);
-}
-
-void EditScenario::addInsert(CUndo* u) {
-    COutputChannel* ch = anyChannel();
-    if (!ch) return;
-    auto* insert = new GainComp(host);
-    insert->id = CStr("i") + asStr(serial++);
-    insert->init();
-    insert->createBuffers(host->frames);
-    u->asAdd(insert, &ch->inserts, below(ch->inserts.getCount() + 1));
-}
-
-void EditScenario::moveInsert(CUndo* u) {
-    COutputChannel *from = anyChannel(), *to = anyChannel();
-    CComp* insert = from ? insertOf(from, below(from->inserts.getCount())) : nullptr;
-    if (insert) u->asMove(insert, &from->inserts, &to->inserts, below(3) - 1);
-}
-
-void EditScenario::removeInsert(CUndo* u) {
-    COutputChannel* ch = anyChannel();
-    CComp* insert = ch ? insertOf(ch, below(ch->inserts.getCount())) : nullptr;
-    if (insert) u->asRemove(insert, &ch->inserts);
+        u->asAdd(createMIDICable(to, from->outPort(), nullptr), list);
 }
 
 void EditScenario::changeValues(CUndo* u) {
-    COutputChannel* ch = anyChannel();
-    if (!ch) return;
-    u->asInt(&ch->comp->posX);
-    ch->comp->posX = below(1000);
+    COutputChannel* ch = anyStrip();
     u->asInt(ch->comp->enabled.address());
     ch->comp->enabled = below(2);
     u->asFloat(ch->vol.address());
     ch->vol = float(below(100)) / 100;
     const int bus = below(mostSends);
-    if (!foreignBus || host->sends.items(bus) != foreignBus) {
-        CSend* send = ch->sendLevels[bus];
-        u->asFloat(send->level.address());
-        send->level = float(below(100)) / 100;
+    if (host->sends.items(bus) != foreignBus) {
+        u->asFloat(ch->sendLevels[bus]->level.address());
+        ch->sendLevels[bus]->level = float(below(100)) / 100;
     }
     u->asPtr(&pointer);
     pointer = ch;
-}
-
-void EditScenario::swapContent(CUndo* u) {
     auto* edited = new Content;
     for (int i = below(5); i >= 0; --i) edited->values.push_back(below(1000));
     u->asSwap(&content, edited);
@@ -160,24 +100,20 @@ void EditScenario::swapContent(CUndo* u) {
 
 std::string EditScenario::dump() const {
     std::ostringstream text;
-    const CList* const lists[] = {&host->comps, &host->sends};
-    for (const CList* list : lists) {
+    for (const CList* list : {&host->comps, &host->sends})
         for (auto* c : each<CComp>(*list)) {
-            text << c->id.asChar() << " at " << c->posX << " on " << c->enabled << " asleep "
-                 << c->sleeping << "\n";
+            text << c->id.asChar() << c->enabled << c->sleeping << "\n";
             for (auto* cable : each<CAudioCable>(c->audioCables))
                 text << "  audio " << cable->fromComp->id.asChar() << "\n";
             for (auto* cable : each<CMIDICable>(c->midiCables))
                 text << "  midi " << cable->fromComp->id.asChar() << "\n";
             for (auto* ch : each<COutputChannel>(c->outputs)) {
                 text << "  strip " << ch->vol;
-                for (const CSend* send : ch->sendLevels)
-                    text << " " << send->level << (send->muted ? "m" : "") << send->shownLevel;
+                for (const CSend* send : ch->sendLevels) text << " " << send->level;
                 for (auto* insert : each<CComp>(ch->inserts)) text << " " << insert->id.asChar();
                 text << "\n";
             }
         }
-    }
     text << pointer;
     for (const int v : content.values) text << " " << v;
     return text.str();

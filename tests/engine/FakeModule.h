@@ -7,20 +7,13 @@
 /// A driver module without a driver, that does as it is told and takes down what it is asked. The
 /// test reaches it through the symbol `fakeState` of the loaded module.
 struct FakeState {
-    struct Call {
-        intptr_t op, a;
-        bool operator==(const Call&) const = default;
-    };
-    std::vector<Call> calls;
+    static constexpr int audioIns = 8;
+    std::vector<int> ops; ///< asked so far
     AamCallback callback = nullptr;
-    bool running = false;
     intptr_t devices = 2;
     intptr_t openResult = 0;
     intptr_t grantFrames = 0; ///< 0: what was asked for
     float grantRate = 0.0f;   ///< 0: what was asked for
     intptr_t askedFrames = 0, askedRate = 0;
     int needsReopen = 0;
-    intptr_t midiIns = 3, midiOuts = 1;
-    bool flags[4][aamMaxChannels] = {}; ///< MIDI in, MIDI out, audio in, audio out
-    bool unterminated = false;          ///< names fill their buffer
 };

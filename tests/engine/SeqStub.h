@@ -4,12 +4,20 @@
 
 #include <atomic>
 #include <string>
-#include <utility>
 #include <vector>
 
 /// Stands where a sequencer stands and takes down what the host tells it.
 class SeqStub : public CComp {
 public:
+    double at = 0.0;
+    int idles = 0;
+    bool jumped = false;
+    std::vector<std::string> log;
+    CObject* recorded = nullptr;
+    int recordedParam = 0;
+    float recordedValue = 0.0f;
+    CComp* child = nullptr; ///< the track that has the channel
+
     explicit SeqStub(CQV* root) : CComp(root) {
         type = compSeq;
         log.reserve(longest); // short texts then need no memory in a block
@@ -27,14 +35,10 @@ public:
     }
     double getPos() override { return at; }
     void afterRec() override { note("afterRec"); }
-    void idle() override {
-        ++idles;
-        CComp::idle();
-    }
+    void idle() override { ++idles; }
     void process(int frames) override {
         const ProcessGuard guard(this);
         if (!guard.enter) return;
-        ++blocks;
         jumped = host->positionJumped;
         if (host->playing) at = at + host->framesToTicks(frames);
     }
@@ -46,23 +50,14 @@ public:
     CComp* getComp(CObject* object) override { return object == output() ? child : nullptr; }
     void getTempoMap(CMIDIQ* map) override { map->addMidiEvent(at, 0); }
 
-    double at = 0.0;
-    int blocks = 0, idles = 0;
-    bool jumped = false;
-    std::vector<std::string> log;
-    CObject* recorded = nullptr;
-    int recordedParam = 0;
-    float recordedValue = 0.0f;
-    CComp* child = nullptr; ///< the track that has the channel
-
 private:
     static constexpr size_t longest = 100000;
 
     /// The interface tells of takes while a block tells of the transport.
-    void note(std::string text) {
+    void note(const std::string& text) {
         while (writing.test_and_set(std::memory_order_acquire)) {
         }
-        if (log.size() < longest) log.push_back(std::move(text));
+        if (log.size() < longest) log.push_back(text);
         writing.clear(std::memory_order_release);
     }
     std::atomic_flag writing;

@@ -1,15 +1,18 @@
 #pragma once
 
+#include "base/Delegates.h"
 #include "engine/CGroupCh.h"
 #include "engine/CUndo.h"
 #include "support/TestHost.h"
 
+#include <atomic>
 #include <functional>
+#include <thread>
 #include <vector>
 
 /// Plays a signal on its one output: `left` and `right` give the sample at a running frame. Events
 /// of the coming block arrive at its input port, for its strip and inserts, and leave at its output
-/// port.
+/// port with the messages of every block.
 class SignalComp : public CComp {
 public:
     struct Move {
@@ -18,11 +21,11 @@ public:
         int param;
         float value;
     };
-    std::function<float(long)> left = [](long) { return 1.0f; };
-    std::function<float(long)> right = [](long) { return 1.0f; };
-    std::vector<Move> moves; ///< served in the next block, then empty
-    long at = 0;             ///< running frame
-    int latency = 0;         ///< frames that it reports
+    std::function<float(long)> left = [](long) { return 1.0f; }, right = left;
+    std::vector<Move> moves;                      ///< served in the next block, then empty
+    std::vector<std::pair<double, int>> messages; ///< time and data
+    long at = 0;                                  ///< running frame
+    int latency = 0;                              ///< frames that it reports
 
     explicit SignalComp(CQV* root) : CComp(root) { id = "Signal"; }
     void init() override {
@@ -41,6 +44,7 @@ public:
             for (CMIDIQ* port : {inPort(), outPort()})
                 port->insert(m.time, 0, eventParam, m.value, m.param, m.owner, nullptr);
         moves.clear();
+        for (const auto& [time, data] : messages) outPort()->addMidiEvent(time, data);
         for (int i = 0; i < frames; ++i, ++at) {
             output()->bufL[i] = input()->bufL[i] + left(at);
             output()->bufR[i] = input()->bufR[i] + right(at);
@@ -51,29 +55,57 @@ public:
 /// An insert: `y = x * gain + offset`.
 class GainComp : public CComp {
 public:
-    float gain = 1.0f, offset = 0.0f;
+    float gain, offset;
 
-    explicit GainComp(CQV* root) : CComp(root) { id = "Gain"; }
+    explicit GainComp(CQV* root, float factor = 1.0f, float constant = 0.0f)
+        : CComp(root), gain(factor), offset(constant) {
+        id = "Gain";
+    }
     void init() override {
         inPorts.add(new CInputPort(this));
         inputs.add(new CInputChannel(this));
         outputs.add(new COutputChannel(this));
     }
     CComp* copy() override {
-        auto* twin = new GainComp(host);
-        twin->gain = gain;
-        twin->offset = offset;
+        auto* twin = new GainComp(host, gain, offset);
         twin->copyIO(this);
         return twin;
     }
     void process(int frames) override {
-        const ProcessGuard guard(this);
-        if (!guard.enter) return;
         for (int i = 0; i < frames; ++i) {
             output()->bufL[i] = input()->bufL[i] * gain + offset;
             output()->bufR[i] = input()->bufR[i] * gain + offset;
         }
     }
+};
+
+/// A function as a delegate.
+class Call : public COnChange {
+public:
+    explicit Call(std::function<void()> function) : call(std::move(function)) {}
+    void operator()(CObject*) override { call(); }
+
+private:
+    std::function<void()> call;
+};
+
+/// Runs blocks on a thread of its own, as long as it lives.
+class BlockThread {
+public:
+    explicit BlockThread(const std::function<void()>& block)
+        : thread([this, block] {
+              for (; !stop; std::this_thread::yield()) block();
+          }) {}
+    ~BlockThread() {
+        stop = true;
+        thread.join();
+    }
+    BlockThread(const BlockThread&) = delete;
+    BlockThread& operator=(const BlockThread&) = delete;
+
+private:
+    std::atomic<bool> stop{false};
+    std::thread thread;
 };
 
 /// A test host with what strips are fed from and lead to.
@@ -86,6 +118,13 @@ public:
         forget();
         run(1, frames);
     }
+    /// With channels, ports and buffers, but not in the graph yet.
+    template <class T>
+    T* made(T* c) {
+        c->init();
+        c->createBuffers(host->frames);
+        return c;
+    }
     /// A signal that is cabled to the audio out.
     SignalComp* addSignal() {
         auto* c = add(new SignalComp(host));
@@ -93,19 +132,32 @@ public:
         return c;
     }
     CGroupCh* addBus() {
-        auto* bus = new CGroupCh(host);
-        bus->init();
-        bus->createBuffers(host->frames);
+        auto* bus = made(new CGroupCh(host));
         const GraphHold hold(host);
         host->sends.add(bus);
         connect(bus);
         return bus;
     }
-    CComp* addInsert(COutputChannel* ch, CComp* insert) {
-        insert->init();
-        insert->createBuffers(host->frames);
+    template <class T>
+    T* addInsert(COutputChannel* ch, T* insert) {
+        made(insert);
         const GraphHold hold(host);
         ch->inserts.add(insert);
         return insert;
+    }
+    /// What `record` tells the step is carried out on return.
+    template <class F>
+    void step(F&& record, unsigned flags = 0) {
+        CUndo* u = host->undoStart("Edit", host, flags);
+        record(u);
+        host->undoEnd(u, true);
+    }
+    void undo() {
+        host->undoClicked();
+        host->settle();
+    }
+    void redo() {
+        host->redoClicked();
+        host->settle();
     }
 };

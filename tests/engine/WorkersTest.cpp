@@ -45,12 +45,28 @@ TEST(CDiskThread, ReadsAheadOfThePlayingSide) {
         const int due = std::min(i / perBuffer + 1, 3);
         for (int ms = 0; ms < 5000 && reader->others < due; ++ms) asSleep(1);
     }
-    EXPECT_EQ(reader->own, 1);
-    EXPECT_EQ(reader->others, 3);
+    EXPECT_TRUE(reader->own == 1 && reader->others == 3);
     t.host->parkWorkers();
     reader->getData(0, piece, out.data(), false, true);
     asSleep(30);
-    EXPECT_EQ(reader->own, 2);
-    EXPECT_EQ(reader->others, 3) << "it stands still";
+    EXPECT_TRUE(reader->own == 2 && reader->others == 3) << "it stands still";
     t.host->unparkWorkers();
+}
+
+TEST(CPeakThread, ImagesComeWhenItIsWoken) {
+    TestHost t;
+    auto* sample = new CSample;
+    sample->takeData(static_cast<unsigned char*>(std::calloc(1000, 4)), 1000);
+    sample->valid = true;
+    auto* broken = new CSample;
+    t.host->samples.add(broken);
+    t.host->samples.add(sample);
+    t.host->parkWorkers();
+    t.host->updatePeaks();
+    asSleep(5);
+    EXPECT_TRUE(sample->needsPeaks) << "it stands still";
+    t.host->unparkWorkers();
+    for (int i = 0; i < 5000 && sample->needsPeaks; ++i) asSleep(1);
+    EXPECT_FALSE(sample->needsPeaks);
+    EXPECT_TRUE(broken->needsPeaks);
 }
