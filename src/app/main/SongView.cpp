@@ -97,6 +97,7 @@ void CTimeline::drawRow(CGraphic* g, CSongTrack* songTrack, int y, int colour) {
 
 void CTimeline::drawSong(CGraphic* g) {
     drawGuiItem(g, clientRect(), &clGrid);
+    g->fillLine(win->app->gui->palette.frame, asRect(0, rulerHeight - 1, width, rulerHeight));
     CSeq* seq = songOf(qv);
     if (!seq || !seq->getProg()) return;
     songTicks = std::max(barTicks, seq->renderDuration());
@@ -129,6 +130,7 @@ int CTimeline::playX() const {
 }
 
 void CTimeline::drawPointer(CGraphic* g) const {
+    if (!songOf(qv)) return;
     const int accent = win->app->gui->palette.accent;
     g->fillLine(accent, asRect(shownX, 0, shownX + 1, height));
     drawArrow(g, accent, asRect(shownX - pointerReach, -1, shownX + pointerReach + 1, 5), dirDown,
