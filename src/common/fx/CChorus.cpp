@@ -3,7 +3,7 @@
 #include "base/Clones.h"
 #include "base/Numbers.h"
 #include "base/ZeroPages.h"
-#include "common/WaveTables.h"
+#include "common/fx/Sweep.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -91,20 +91,16 @@ void CChorus::clear() {
 
 struct CChorus::Block {
     const float* wave;
-    double step, offset;   ///< of the oscillator, in steps of its table
+    Sweep sweep;
     double nominal, range; ///< frames
     float feedback, dry, wet;
     int most; ///< frames at a time that read only what was written before
 };
 
 CChorus::Block CChorus::prepare() const {
-    const double cycles =
-        tempoSync ? double(tempo) / 60.0 * std::max<int>(1, tickDen) / std::max<int>(1, tickNum)
-                  : double(frequency);
     Block b{};
+    b.sweep = sweepOf(*this);
     b.wave = waveform == 1.0f ? triangleWave : sinusWave;
-    b.step = fLimit(cycles * lfoTableSize / double(rate), 0.0, double(maxLfoStep));
-    b.offset = double(fLimit(phase, 0.0f, 360.0f)) * lfoTableSize / 360.0;
     const double ms = double(fLimit(delay, 1.0f, 300.0f));
     b.nominal = std::min(ms * double(rate) * 0.001, double(bufferFrames - 2));
     b.range = b.nominal * double(fLimit(depth, 0.0f, 1.0f));
@@ -125,9 +121,9 @@ void CChorus::process(float* inL, float* inR, float* outL, float* outR, long fra
         const int room = std::min(block.most, bufferFrames - std::max(writeL, writeR));
         const int count = int(std::min<long>(room, frames - done));
         double places[piece];
-        phasePos = lfoPlaces(phasePos, block.step, count, places);
+        phasePos = lfoPlaces(phasePos, block.sweep.step, count, places);
         runSide(block, lineL, writeL, places, 0.0, inL + done, outL + done, count);
-        runSide(block, lineR, writeR, places, block.offset, inR + done, outR + done, count);
+        runSide(block, lineR, writeR, places, block.sweep.offset, inR + done, outR + done, count);
         done += count;
         if (phasePos >= lfoFar) phasePos = std::fmod(phasePos, double(lfoTableSize));
     }

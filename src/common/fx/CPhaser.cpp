@@ -2,7 +2,7 @@
 
 #include "base/Clones.h"
 #include "base/Numbers.h"
-#include "common/WaveTables.h"
+#include "common/fx/Sweep.h"
 
 #include <algorithm>
 
@@ -14,8 +14,8 @@ constexpr float restLevel = 1e-20f;     // of the sections, which else stay amon
 constexpr float feedbackScale = 0.998f; // keeps full feedback from running away
 
 /// The all-pass coefficients of a swept corner: w between `low` and `high`, a = (1 - w) / (1 + w).
-SONDRAVA_CLONES void sweep(const float* wave, const double* places, double offset, float low,
-                           float high, int count, float* __restrict a) {
+SONDRAVA_CLONES void findCoefficients(const float* wave, const double* places, double offset,
+                                      float low, float high, int count, float* __restrict a) {
     const float range = high - low;
     for (int i = 0; i < count; i++) {
         const float w = low + range * wave[int(places[i] + offset) & (lfoTableSize - 1)];
@@ -88,11 +88,7 @@ void CPhaser::clear() {
 }
 
 void CPhaser::process(float* inL, float* inR, float* outL, float* outR, long frames) {
-    const double cycles =
-        tempoSync ? double(tempo) / 60.0 * std::max<int>(1, tickDen) / std::max<int>(1, tickNum)
-                  : double(frequency);
-    const double step = fLimit(cycles * lfoTableSize / double(rate), 0.0, double(maxLfoStep));
-    const double offset = double(fLimit(phase, 0.0f, 360.0f)) * lfoTableSize / 360.0;
+    const Sweep sweep = sweepOf(*this);
     const int shape = waveform;
     const float* wave = shape == 1 ? triangleWave : shape == 2 ? sawtoothWave : sinusWave;
     const float low = 2.0f * rangeMin / rate, high = 2.0f * rangeMax / rate;
@@ -103,9 +99,9 @@ void CPhaser::process(float* inL, float* inR, float* outL, float* outR, long fra
     float aL[piece], aR[piece], left[piece], right[piece];
     for (long done = 0; done < frames; done += piece) {
         const int count = int(std::min<long>(piece, frames - done));
-        places[count] = phasePos = lfoPlaces(phasePos, step, count, places);
-        sweep(wave, places, 0.0, low, high, count, aL);
-        sweep(wave, places + 1, offset, low, high, count, aR);
+        places[count] = phasePos = lfoPlaces(phasePos, sweep.step, count, places);
+        findCoefficients(wave, places, 0.0, low, high, count, aL);
+        findCoefficients(wave, places + 1, sweep.offset, low, high, count, aR);
         std::copy_n(inL + done, count, left);
         std::copy_n(inR + done, count, right);
         run(aL, aR, fed, count, *this, left, right);
