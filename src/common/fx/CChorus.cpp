@@ -85,6 +85,7 @@ void CChorus::setEnabled(int on) {
 
 void CChorus::clear() {
     phasePos = 0.0;
+    writeL = writeR = 0;
     if (bufferL) std::fill_n(bufferL.load(), bufferFrames, 0.0f);
     if (bufferR) std::fill_n(bufferR.load(), bufferFrames, 0.0f);
 }

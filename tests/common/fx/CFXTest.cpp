@@ -1,4 +1,5 @@
 #include "FxFixture.h"
+#include "common/fx/CBitcrusher.h"
 #include "common/fx/CChorus.h"
 #include "common/fx/CCompressor.h"
 #include "common/fx/CDelay.h"
@@ -7,6 +8,8 @@
 #include "common/fx/CGuitarAmp.h"
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
+
+#include <memory>
 
 namespace {
 
@@ -26,6 +29,17 @@ Stereo sweep(float hz, int tempoSync, int waveform = 0, float degrees = 0) {
     runFx(fx, in, out, 1000);
     out.left = out.right;
     return out;
+}
+
+template <class Fx>
+std::unique_ptr<CFX> make() {
+    auto fx = std::make_unique<Fx>(44100, 0);
+    fx->setEnabled(1);
+    return fx;
+}
+template <>
+std::unique_ptr<CFX> make<CEQ>() {
+    return std::make_unique<CEQ>(eqPeaking);
 }
 
 } // namespace
@@ -87,19 +101,29 @@ TEST(CFX, WildSettingsStayInBounds) {
 /// One bad frame is over with its block.
 TEST(CFX, RecoversFromWhatIsNoNumber) {
     for (float bad : {std::nanf(""), INFINITY, -INFINITY}) {
-        CCompressor compressor(44100, 0), freshCompressor(44100, 0);
-        CFilterFX filter(44100, 0), freshFilter(44100, 0);
-        CEQ eq(eqPeaking), freshEq(eqPeaking);
-        const std::pair<CFX&, CFX&> units[] = {
-            {compressor, freshCompressor}, {filter, freshFilter}, {eq, freshEq}};
-        for (auto& [hit, fresh] : units) {
-            Stereo shock(64), in = fxSignal(2000), out(2000), wanted(2000);
-            shock.left[10] = shock.right[10] = bad;
-            runFx(hit, shock, shock, 64);
-            runFx(hit, in, out, 64);
-            runFx(fresh, in, wanted, 64);
-            EXPECT_EQ(out.left, wanted.left) << hit.id.asChar() << ": " << bad;
+        Stereo shock(64), in = fxSignal(2000), out(2000), wanted(2000);
+        shock.left[10] = shock.right[10] = bad;
+        for (const auto create : {make<CCompressor>, make<CFilterFX>, make<CEQ>}) {
+            const auto hit = create(), fresh = create();
+            runFx(*hit, shock, shock, 64);
+            runFx(*hit, in, out, 64);
+            runFx(*fresh, in, wanted, 64);
+            EXPECT_EQ(out.left, wanted.left) << hit->id.asChar() << ": " << bad;
         }
+    }
+}
+
+TEST(CFX, ClearForgetsThePast) {
+    for (const auto create :
+         {make<CDelay>, make<CReverb>, make<CChorus>, make<CPhaser>, make<CBitcrusher>,
+          make<CFilterFX>, make<CCompressor>, make<CGuitarAmp>, make<CEQ>}) {
+        const auto used = create(), fresh = create();
+        Stereo past = fxSignal(777, 5), in = fxSignal(3000), out(3000), wanted(3000);
+        runFx(*used, past, past, 64);
+        used->clear();
+        runFx(*used, in, out, 64);
+        runFx(*fresh, in, wanted, 64);
+        expectNear(out, wanted, 1e-3, used->id.asChar());
     }
 }
 
