@@ -1,6 +1,7 @@
 #include "MainFixture.h"
 
 #include "engine/CClick.h"
+#include "gui/controls/CEdit.h"
 #include "gui/controls/CMenu.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/Points.h"
@@ -45,6 +46,9 @@ TEST_F(MainWinTest, KeysDoWhatTheirActionsTell) {
     const auto posIs = [&](double tick) {
         return [this, tick] { return seq()->getPos() == tick; };
     };
+    const CList& parts = prog->songTrackOf(first)->parts;
+    const auto part = [&](int i) { return static_cast<CPart*>(parts.items(i)); };
+    const auto partsAre = [&](int count) { return parts.getCount() == count; };
     struct Case {
         const char* key;
         std::function<bool()> effect;
@@ -85,7 +89,25 @@ TEST_F(MainWinTest, KeysDoWhatTheirActionsTell) {
         {"ctrl+y", [&] { return prog->markers.getCount() == 1; }},
         {"ctrl+i", [&] { return tracks() == 9; }},
         {"ctrl+z", [&] { return tracks() == 8; }},
+        {"ctrl+h", [&] { return prog->timesigs.getCount() == 1; }},
+        {"ctrl+z", [&] { return prog->timesigs.empty(); }},
+        {"ctrl+a", [&] { return partsAre(1) && part(0)->selected(); }},
+        {"ctrl+m", [&] { return part(0)->muted(); }},
+        {"ctrl+m", [&] { return !part(0)->muted(); }},
+        {"ctrl+d", [&] { return partsAre(2) && part(1)->pos == 3840; }},
+        {"ctrl+a", [&] { return part(0)->selected(); }},
+        {"ctrl+g", [&] { return partsAre(1) && part(0)->length == 7680; }},
+        {"shift+i", [&] { return part(0)->pos == 3840; }},
+        {"shift+r", [&] { return part(0)->pos == 0; }},
+        {"ctrl+x", [&] { return partsAre(0); }},
+        {"2", posIs(3840)},
+        {"ctrl+v", [&] { return partsAre(1) && part(0)->pos == 3840; }},
+        {"6", posIs(4800)},
+        {"ctrl+a", [&] { return part(0)->selected(); }},
+        {"Delete", [&] { return partsAre(0); }},
+        {"ctrl+z", [&] { return partsAre(1); }},
         {"r", [&] { return host->recording == 1; }},
+        {"ctrl+x", [&] { return partsAre(1); }}, // not while a take runs
         {"0", [&] { return host->recording == 0 && host->playing == 0; }},
     };
     host->click->enabled = 0; // no count-in
@@ -95,6 +117,22 @@ TEST_F(MainWinTest, KeysDoWhatTheirActionsTell) {
         EXPECT_TRUE(pumpUntil(c.effect)) << "step " << index << ": " << c.key;
         index++;
     }
+}
+
+/// What a text field leaves alone must not reach the song.
+TEST_F(MainWinTest, PartsAreSafeFromWhoWrites) {
+    start();
+    ASSERT_TRUE(load(kindSequencer));
+    const CList& parts = static_cast<CSongTrack*>(seq()->getProg()->tracks.first())->parts;
+    auto* field = new CEdit(win.get(), "field", 0, 0, 80, 20);
+    win->addControl(field);
+    seq()->selectAll();
+    win->setKeyCtrl(field);
+    for (const char* k : {"x", "Delete", "ctrl+d", "ctrl+q", "ctrl+x", "F1"}) key(k);
+    EXPECT_TRUE(host->undoText().empty());
+    win->setKeyCtrl(nullptr);
+    key("ctrl+d");
+    EXPECT_TRUE(pumpUntil([&] { return parts.getCount() == 2; }));
 }
 
 TEST_F(MainWinTest, NewShortcutsAreInForceAtOnce) {
@@ -119,7 +157,12 @@ TEST_F(MainWinTest, MenusOfferWhatCanBeDone) {
     EXPECT_TRUE(has(menu(win.get(), "Edit"), "Undo\tCTRL + Z (off)")) << menu(win.get(), "Edit");
     key("ctrl+i");
     ASSERT_TRUE(pumpUntil([&] { return tracks() == 1; }));
-    EXPECT_EQ(menu(win.get(), "Edit"), "Undo Add MIDI track\tCTRL + Z\nRedo\tCTRL + Y (off)\n");
+    EXPECT_EQ(menu(win.get(), "Edit"), "Undo Add MIDI track\tCTRL + Z\nRedo\tCTRL + Y (off)\n"
+                                       "Cut\tCTRL + X (off)\nCopy\tCTRL + C (off)\n"
+                                       "Paste\tCTRL + V (off)\nDuplicate\tCTRL + D (off)\n"
+                                       "Delete\tDEL (off)\nSelect All\tCTRL + A (off)\n");
+    EXPECT_TRUE(has(menu(win.get(), "Part"), "Glue\tCTRL + G (off)"));
+    EXPECT_TRUE(has(menu(win.get(), "Song"), "Insert bars\tSHIFT + I"));
     host->modified = false;
     ASSERT_TRUE(load(kindModular));
     EXPECT_EQ(menu(win.get(), "Track"), "no such menu");

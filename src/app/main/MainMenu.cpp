@@ -61,6 +61,7 @@ void MainMenu::rebuild() {
     } else if (songOf(qv)) {
         entry("Song", menuSong);
         entry("Track", menuTrack);
+        entry("Part", menuPart);
     }
     entry("Help", menuHelp);
     bar->redraw();
@@ -81,7 +82,8 @@ void MainMenu::menuClicked(CObject* sender) {
         void (MainMenu::*fill)(CPopup* popup);
     } menus[] = {{menuFile, &MainMenu::fillFile}, {menuEdit, &MainMenu::fillEdit},
                  {menuView, &MainMenu::fillView}, {menuTrack, &MainMenu::fillTrack},
-                 {menuSong, &MainMenu::fillSong}, {menuHelp, &MainMenu::fillHelp}};
+                 {menuSong, &MainMenu::fillSong}, {menuPart, &MainMenu::fillPart},
+                 {menuHelp, &MainMenu::fillHelp}};
     auto* popup = static_cast<CPopup*>(static_cast<CCtrl*>(sender));
     for (const auto& menu : menus)
         if (menu.tag == popup->tag) (this->*menu.fill)(popup);
@@ -106,7 +108,16 @@ CMenuItem* MainMenu::addAction(CPopup* popup, const char* name, const CStr& text
     auto* clicked = new _COnChange<CMainWin>(window, &CMainWin::actionClicked);
     CMenuItem* item = popup->add(line, clicked);
     item->userPtr = action;
+    item->enabled = window->songActions->ready(action);
     return item;
+}
+
+void MainMenu::addGroups(CPopup* popup,
+                         std::initializer_list<std::initializer_list<const char*>> groups) {
+    for (const auto& group : groups) {
+        popup->addSeparator();
+        for (const char* name : group) addAction(popup, name);
+    }
 }
 
 // File.
@@ -194,6 +205,8 @@ void MainMenu::addUndo(CPopup* popup, const char* name, const CStr& what) {
 void MainMenu::fillEdit(CPopup* popup) {
     addUndo(popup, "undo", qv->undoText());
     addUndo(popup, "redo", qv->redoText());
+    if (songOf(qv))
+        addGroups(popup, {{"cut", "copy", "paste", "duplicate", "delete"}, {"selectAll"}});
 }
 
 void MainMenu::fillView(CPopup* popup) {
@@ -226,35 +239,17 @@ void MainMenu::closeAllClicked(CObject*) {
 }
 
 void MainMenu::fillSong(CPopup* popup) {
-    static constexpr const char* const entries[] = {"play",
-                                                    "record",
-                                                    "stop",
-                                                    "loop",
-                                                    "metronome",
-                                                    "",
-                                                    "rewind",
-                                                    "rewindToPlay",
-                                                    "priorbeat",
-                                                    "nextbeat",
-                                                    "leftlocator",
-                                                    "rightlocator",
-                                                    "",
-                                                    "playselection",
-                                                    "loopselection",
-                                                    "",
-                                                    "addmarker",
-                                                    "deletemarker",
-                                                    "priormarker",
-                                                    "nextmarker",
-                                                    "",
-                                                    "priorprog",
-                                                    "nextprog"};
-    for (const char* name : entries) {
-        if (*name)
-            addAction(popup, name);
-        else
-            popup->addSeparator();
-    }
+    addGroups(popup,
+              {{"play", "record", "stop", "loop", "metronome"},
+               {"rewind", "rewindToPlay", "priorbeat", "nextbeat", "leftlocator", "rightlocator"},
+               {"playselection", "loopselection"},
+               {"addmarker", "deletemarker", "priormarker", "nextmarker", "timesig-add"},
+               {"insertbars", "removebars"},
+               {"priorprog", "nextprog"}});
+}
+
+void MainMenu::fillPart(CPopup* popup) {
+    addGroups(popup, {{"quantize", "splitatcursor", "glue", "crossfade"}, {"mutepart", "unghost"}});
 }
 
 void MainMenu::fillTrack(CPopup* popup) {

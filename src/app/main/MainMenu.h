@@ -4,6 +4,8 @@
 
 #include <memory>
 
+#include <initializer_list>
+
 class CMainWin;
 class CMenuItem;
 class CQV;
@@ -35,7 +37,7 @@ public:
     void rebuild();
     /// Gives the keys to the bar.
     void focus();
-    void refresh(); ///< interface tick
+    void refresh();                ///< interface tick
     void showRecent(int x, int y); ///< the recent projects as a menu of their own, on the screen
 
 private:
@@ -47,10 +49,13 @@ private:
     void fillView(CPopup* popup);
     void fillTrack(CPopup* popup);
     void fillBounce(CPopup* popup);
+    void fillPart(CPopup* popup);
     void fillSong(CPopup* popup);
     void fillHelp(CPopup* popup);
 
     CMenuItem* addAction(CPopup* popup, const char* name, const CStr& text = CStr());
+    /// Groups of actions with lines between.
+    void addGroups(CPopup* popup, std::initializer_list<std::initializer_list<const char*>> groups);
     CMenuItem* add(CPopup* popup, const CStr& text, void (MainMenu::*chosen)(CObject*),
                    int entryTag = 0);
     void addUndo(CPopup* popup, const char* name, const CStr& what);

@@ -4,10 +4,74 @@
 #include "app/main/Displays.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "sequencer/BarEdits.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/PartActions.h"
+#include "sequencer/PartClipboard.h"
+#include "sequencer/PartMerge.h"
 #include "sequencer/Points.h"
+#include "sequencer/Quantize.h"
 
 #include <algorithm>
+
+namespace {
+
+bool anyPart(CSeq* seq) {
+    for (const auto* songTrack : each<CSongTrack>(seq->getProg()->tracks))
+        if (!songTrack->parts.empty()) return true;
+    return false;
+}
+
+bool anySelected(CSeq* seq) {
+    return seq->getProg()->getFirstSelectedPart() != nullptr;
+}
+
+/// Whether `fits` holds for more selected parts of a track than `count`, or of all tracks together.
+template <class F>
+bool more(CSeq* seq, int count, bool together, F fits) {
+    int found = 0;
+    for (const auto* songTrack : each<CSongTrack>(seq->getProg()->tracks)) {
+        if (!together) found = 0;
+        for (const auto* part : each<CPart>(songTrack->parts))
+            if (part->selected() && fits(part) && ++found > count) return true;
+    }
+    return false;
+}
+
+bool anyGhost(CSeq* seq) {
+    return more(seq, 0, true, [](const CPart* part) { return part->ghostOf.load() != nullptr; });
+}
+
+bool severalOnTrack(CSeq* seq) {
+    return more(seq, 1, false, [](const CPart*) { return true; });
+}
+
+bool twoAudio(CSeq* seq) {
+    return more(seq, 1, true, [](const CPart* part) { return part->type == partAudio; });
+}
+
+bool anyCopy(CSeq* seq) {
+    return !seq->copies.empty();
+}
+
+bool anySpan(CSeq* seq) {
+    return seq->getProg()->leftLocator < seq->getProg()->rightLocator;
+}
+
+void split(CSeq* seq) {
+    seq->splitAtCursorClicked();
+}
+
+void crossfade(CSeq* seq) {
+    seq->crossfadeClicked();
+}
+
+void selectEverything(CSeq* seq) {
+    seq->selectAll();
+    seq->update(updateParts);
+}
+
+} // namespace
 
 const SongActions::Command SongActions::commands[] = {
     {"leftlocator", &SongActions::leftLocator},
@@ -25,6 +89,18 @@ const SongActions::Command SongActions::commands[] = {
     {"deletemarker", &SongActions::deleteMarker},
     {"priormarker", &SongActions::priorMarker},
     {"nextmarker", &SongActions::nextMarker},
+    {"timesig-add", &SongActions::addTimesig},
+    {"opencomp", &SongActions::openComp},
+};
+
+const SongActions::PartCommand SongActions::partCommands[] = {
+    {"quantize", quantizeParts, anySelected}, {"splitatcursor", split, anyPart},
+    {"glue", glueParts, severalOnTrack},      {"insertbars", insertBars, anySpan},
+    {"removebars", removeBars, anySpan},      {"unghost", unghostParts, anyGhost},
+    {"mutepart", toggleMutes, anySelected},   {"crossfade", crossfade, twoAudio},
+    {"delete", deleteParts, anySelected},     {"duplicate", duplicateParts, anySelected},
+    {"cut", cutParts, anySelected},           {"copy", copyParts, anySelected},
+    {"paste", pasteParts, anyCopy},           {"selectAll", selectEverything, anyPart},
 };
 
 const SongActions::Command* SongActions::find(const CAction* action) {
@@ -33,14 +109,34 @@ const SongActions::Command* SongActions::find(const CAction* action) {
     return nullptr;
 }
 
+const SongActions::PartCommand* SongActions::findPart(const CAction* action) {
+    for (const PartCommand& c : partCommands)
+        if (action->name == c.name) return &c;
+    return nullptr;
+}
+
 bool SongActions::knows(const CAction* action) const {
-    return prog() && find(action);
+    return prog() && (find(action) || findPart(action));
+}
+
+bool SongActions::ready(const CAction* action) const {
+    const PartCommand* command = prog() ? findPart(action) : nullptr;
+    return !command || (!recording() && command->ready(seq()));
 }
 
 bool SongActions::run(const CAction* action) {
-    const Command* command = prog() ? find(action) : nullptr;
+    if (!prog()) return false;
+    if (const PartCommand* edit = findPart(action)) {
+        if (ready(action)) edit->run(seq());
+        return true;
+    }
+    const Command* command = find(action);
     if (command) (this->*command->run)();
     return command != nullptr;
+}
+
+bool SongActions::recording() const {
+    return qv->recording || qv->recUndo;
 }
 
 CSeq* SongActions::seq() const {
@@ -147,7 +243,41 @@ void SongActions::addInstrument() {
     addTrack(trackMIDI);
 }
 
-// Markers.
+/// Shows what the first selected track plays through.
+void SongActions::openComp() {
+    const auto* songTrack = static_cast<CSongTrack*>(seq()->selectedTracks.getFirst());
+    if (!songTrack) return;
+    CTrack* track = songTrack->track;
+    for (auto* comp : each<CComp>(qv->comps)) {
+        const auto feeds = [&] {
+            for (const auto* cable : each<CMIDICable>(comp->midiCables))
+                if (cable->fromPort == track->outPort()) return true;
+            for (const auto* cable : each<CAudioCable>(comp->audioCables))
+                if (cable->fromChannel == track->output()) return true;
+            return false;
+        };
+        if (feeds()) return comp->edit(true);
+    }
+}
+
+// Markers and signatures.
+
+/// At the position, the signature that is in force there.
+void SongActions::addTimesig() {
+    auto* point = new CTimesigPart;
+    point->pos = asInt(seq()->getPos());
+    int num = 4, den = 4;
+    seq()->getTimeSig(num, den);
+    for (const auto* other : each<CTimesigPart>(prog()->timesigs)) {
+        if (other->pos > point->pos) break;
+        num = other->getNum();
+        den = other->getDen();
+    }
+    point->setTimesig(num, den);
+    CUndo* step = qv->undoStart("Add time signature", seq(), updateParts);
+    prog()->addTimesig(point, step);
+    qv->undoEnd(step, false);
+}
 
 void SongActions::addMarker() {
     auto* marker = new CMarkerPart;

@@ -6,14 +6,17 @@ class CQV;
 class CSeq;
 class CSeqProg;
 
-/// What the actions on the song do that need no view of it. Without a song they do nothing.
-/// Interface thread.
+/// What the actions on the song and its parts do that need no view of them. Without a song they do
+/// nothing. Interface thread.
 class SongActions {
 public:
     explicit SongActions(CQV* host) : qv(host) {}
 
     bool knows(const CAction* action) const;
     bool run(const CAction* action); ///< false for one that it does not know
+    /// Whether an action that it knows has something to act on at present; menus grey out the
+    /// others.
+    bool ready(const CAction* action) const;
     /// A new track of a kind (TrackKind) at the end of the song, as a step of the history.
     void addTrack(int kind);
 
@@ -24,6 +27,14 @@ private:
     };
     static const Command commands[];
     static const Command* find(const CAction* action);
+    /// An edit of the song's parts: refused, as undo is, while a take is recorded.
+    struct PartCommand {
+        const char* name;
+        void (*run)(CSeq* seq);
+        bool (*ready)(CSeq* seq);
+    };
+    static const PartCommand partCommands[];
+    static const PartCommand* findPart(const CAction* action);
 
     CSeq* seq() const; ///< null without a song
     CSeqProg* prog() const;
@@ -39,11 +50,14 @@ private:
     void mute();
     void solo();
     void addInstrument();
+    void openComp();
     void addMarker();
     void deleteMarker();
     void priorMarker();
     void nextMarker();
+    void addTimesig();
 
+    bool recording() const;
     bool locateSelection();
     void stepProg(int by);
     void stepMarker(int by);
