@@ -3,6 +3,7 @@
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
+#include "base/Process.h"
 #include "engine/ForgetHooks.h"
 #include "engine/StripFixture.h"
 
@@ -30,6 +31,23 @@ public:
         for (auto* c : each<CComp>(host->comps))
             if (auto* p = dynamic_cast<Player*>(c); p && p->sample == object) p->sample = nullptr;
     }
+};
+
+/// A limit of the system that is lower for a while.
+class Limit {
+public:
+    Limit(__rlimit_resource kind, rlim_t value) : resource(kind) {
+        getrlimit(kind, &before);
+        const rlimit lower{value, before.rlim_max};
+        setrlimit(kind, &lower);
+    }
+    ~Limit() { setrlimit(resource, &before); }
+    Limit(const Limit&) = delete;
+    Limit& operator=(const Limit&) = delete;
+
+private:
+    __rlimit_resource resource;
+    rlimit before{};
 };
 
 /// A saved project p/song.v2.qv with its audio folder, a temp folder, and folders that only look
@@ -125,16 +143,12 @@ TEST_F(CSampleManagerTest, PoolAndArchive) {
                            "elsewhere/o.wav"};
     for (const char* name : names) EXPECT_FALSE(host->sampleArchived(add(name))) << name;
     const CSample* last = add(names[2]);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     {
-        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-        rlimit before{};
-        getrlimit(RLIMIT_FSIZE, &before);
-        const rlimit full{2048, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &full);
+        const Limit almostNone(RLIMIT_FSIZE, 2048);
         host->archiveAllSamles();
-        setrlimit(RLIMIT_FSIZE, &before);
-        std::signal(SIGXFSZ, handler);
     }
+    std::signal(SIGXFSZ, handler);
     messageHooks().showMsg = nullptr;
     EXPECT_TRUE(shown == 3 && nomNotArchived(host) == 3);
     EXPECT_FALSE(exists("p/song.v2_audio/o.wav"));
@@ -251,6 +265,31 @@ TEST_F(CSampleManagerTest, ForeignFormatsComeInAsWav) {
     EXPECT_TRUE(!import("long.flac", false) && result == ImportResult::cancelled);
     host->clear();
     EXPECT_TRUE(fs::is_empty(path("temp")));
+}
+
+/// A pool of more files than the system lets us open: those beyond are refused, the others play,
+/// and once there are handles again the rest comes in.
+TEST_F(CSampleManagerTest, PoolsOutgrowTheHandles) {
+    constexpr int files = 1000, handles = 300;
+    const auto name = [](int i) { return "temp/" + std::to_string(i) + ".wav"; };
+    make(name(0));
+    for (int i = 1; i < files; ++i) fs::create_hard_link(path(name(0)), path(name(i)));
+    const auto addAll = [&] {
+        int opened = 0;
+        for (int i = 0; i < files; ++i) opened += host->addSample(full(name(i)), 1) != nullptr;
+        EXPECT_EQ(host->samples.getCount(), opened);
+        return opened;
+    };
+    const Limit few(RLIMIT_NOFILE, handles);
+    const int opened = addAll();
+    EXPECT_TRUE(opened > 0 && opened < handles);
+    for (const auto* sample : each<CSample>(host->samples)) {
+        float frame[2] = {};
+        sample->reader->getData(90000, 1, frame, false, false);
+        EXPECT_NEAR(frame[1], 0.25f, 1e-4f);
+    }
+    raiseFileLimit();
+    EXPECT_EQ(addAll(), files);
 }
 
 /// Samples go while they play, are read ahead and drawn.

@@ -146,7 +146,7 @@ TEST(Transport, CountIn) {
     t.run(3);
     t.host->stop();
     t.run(300);
-    EXPECT_FALSE(t.host->playing || t.host->recording);
+    EXPECT_FALSE(t.host->playing || t.host->recording || t.host->click->countIn);
     t.host->click->beats = 2;
     t.host->rec();
     t.run();
