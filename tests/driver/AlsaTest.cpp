@@ -76,8 +76,7 @@ TEST_F(Alsa, ListsWhatOpensAndRunsItInRealTime) {
         const auto begun = std::chrono::steady_clock::now();
         ASSERT_TRUE(module->open(device, frames, 44100));
         EXPECT_EQ((*module)(aamFrames), frames);
-        EXPECT_EQ((*module)(aamAudioInCount), 2);
-        EXPECT_EQ((*module)(aamAudioOutCount), 2);
+        EXPECT_TRUE((*module)(aamAudioInCount) == 2 && (*module)(aamAudioOutCount) == 2);
         ASSERT_TRUE(module->waitBlocks(20));
         EXPECT_EQ(module->frames, frames);
         constexpr int ahead = 4; // blocks that a buffer may take at once
@@ -93,11 +92,12 @@ TEST_F(Alsa, ConvertsToTheFormOfTheDevice) {
     const auto ints = write<int32_t>("int32", blocks);
     for (size_t i = 0; i < 256 * blocks; ++i) {
         const float left = ramp(int64_t(i));
-        ASSERT_EQ(floats[silence + 2 * i], left) << i;
-        ASSERT_EQ(floats[silence + 2 * i + 1], -left) << i;
         const double limited = std::clamp(double(left), -1.0, 1.0);
-        ASSERT_NEAR(ints[silence + 2 * i], limited * 2147483647.0, 1.0) << i;
-        ASSERT_NEAR(ints[silence + 2 * i + 1], -limited * 2147483647.0, 1.0) << i;
+        for (const int side : {0, 1}) {
+            const size_t at = silence + 2 * i + size_t(side);
+            ASSERT_EQ(floats[at], side ? -left : left) << i;
+            ASSERT_NEAR(ints[at], (side ? -limited : limited) * 2147483647.0, 1.0) << i;
+        }
     }
 }
 

@@ -1,7 +1,6 @@
 #include "driver/Module.h"
 #include "driver/Servers.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -24,6 +23,7 @@ TEST(DriverModule, AnswersNeutrallyOutsideItsLists) {
             EXPECT_EQ(module(AamOp(op + 1), index), 0) << op;
         }
     }
+    for (int i = 0; i < aamMaxChannels; ++i) EXPECT_EQ(module(aamAudioInEnabled, i), 0);
     EXPECT_EQ(module(AamOp(19)), 0);
     EXPECT_EQ(module(AamOp(-5)), 0);
     module(aamStart);
@@ -34,13 +34,10 @@ TEST(DriverModule, AnswersNeutrallyOutsideItsLists) {
 
 TEST(DriverModule, KeepsFramesAndRateThatItWasNotAskedToChange) {
     Module module;
-    struct Case {
-        intptr_t asked, kept;
-    };
-    for (const Case c :
-         {Case{512, 512}, {-1, 512}, {16385, 512}, {0, 512}, {16384, 16384}, {1, 1}}) {
-        module(aamFrames, c.asked);
-        EXPECT_EQ(module(aamFrames), c.kept) << c.asked;
+    const std::pair<int, int> cases[] = {{512, 512}, {-1, 512}, {16385, 512}, {16384, 16384}};
+    for (const auto& [asked, kept] : cases) {
+        module(aamFrames, asked);
+        EXPECT_EQ(module(aamFrames), kept) << asked;
     }
     module(aamRate, 48000);
     EXPECT_EQ(module.rate(), 48000.0f);
@@ -63,5 +60,6 @@ TEST(DriverModule, FlushesDenormalsOnItsThread) {
     };
     ASSERT_TRUE(module.open(module.device("Silent clock"), 64, 44100));
     ASSERT_TRUE(module.waitBlocks(2));
+    module.close();
     EXPECT_EQ(product, 0.0f);
 }
