@@ -23,289 +23,253 @@
 
 namespace {
 
-constexpr const char *windowTitle = "Sondrava2.0 - alpha";
-constexpr int mainStyle = winManaged | winCaption | winSizable | winMinButton |
-                          winMaxButton | winMain;
+constexpr const char* windowTitle = "Sondrava2.0 - alpha";
+constexpr int mainStyle =
+    winManaged | winCaption | winSizable | winMinButton | winMaxButton | winMain;
 constexpr int smallestWidth = 900, smallestHeight = 320;
 constexpr int leastSide = 64, mostSide = 16384; ///< of a place from a file
 constexpr int keyF10 = keyF1 - 9;
 
 } // namespace
 
-CMainWin::CMainWin(CApp *application, CQV *host)
+CMainWin::CMainWin(CApp* application, CQV* host)
     : CCompEditor(application, nullptr, windowTitle, host->editorStruct.left,
-                  host->editorStruct.top, host->editorStruct.width,
-                  host->editorStruct.height, mainStyle, host, &actionTable),
+                  host->editorStruct.top, host->editorStruct.width, host->editorStruct.height,
+                  mainStyle, host, &actionTable),
       flows(std::make_unique<ProjectFlows>(this, host)), qv(host),
       showHints(host->storeInt("showHint", 1) != 0), theme(application, host),
       mainActions(std::make_unique<MainActions>(this, host)),
       songActions(std::make_unique<SongActions>(host)),
       renderActions(std::make_unique<RenderActions>(this, host)) {
-  minWidth = asMin(smallestWidth, screenWidth());
-  minHeight = smallestHeight;
-  editorType = groupArrange; // of the first page
-  GlobalPage::readOptions(host);
-  setupActions(actionTable);
-  actionTable.readShortcuts();
-  wire(app->onKey, static_cast<COnKey *>(
-                       new _COnKey<CMainWin>(this, &CMainWin::handleKeyDown)));
-  wire(app->onHint, static_cast<COnChange *>(
-                        new _COnChange<CMainWin>(this, &CMainWin::appHint)));
-  wire(onDrop, static_cast<COnMouse *>(
-                   new _COnMouse<CMainWin>(this, &CMainWin::mainDrop)));
+    minWidth = asMin(smallestWidth, screenWidth());
+    minHeight = smallestHeight;
+    editorType = groupArrange; // of the first page
+    GlobalPage::readOptions(host);
+    setupActions(actionTable);
+    actionTable.readShortcuts();
+    wire(app->onKey, static_cast<COnKey*>(new _COnKey<CMainWin>(this, &CMainWin::handleKeyDown)));
+    wire(app->onHint, static_cast<COnChange*>(new _COnChange<CMainWin>(this, &CMainWin::appHint)));
+    wire(onDrop, static_cast<COnMouse*>(new _COnMouse<CMainWin>(this, &CMainWin::mainDrop)));
 }
 
 CMainWin::~CMainWin() {
-  wire(app->onKey, static_cast<COnKey *>(nullptr));
-  wire(app->onHint, static_cast<COnChange *>(nullptr));
+    wire(app->onKey, static_cast<COnKey*>(nullptr));
+    wire(app->onHint, static_cast<COnChange*>(nullptr));
 }
 
 void CMainWin::init() {
-  mainMenu = std::make_unique<MainMenu>(this, qv);
-  const int w = clientGroup->width, h = clientGroup->height;
-  bar = new Toolbar(this, qv, w);
-  addControl(bar);
-  status = new StatusLine(this, h - StatusLine::lineHeight, w);
-  addControl(status);
-  const int below = Toolbar::barHeight;
-  song = new SongView(this, qv, below, w, h - below - StatusLine::lineHeight);
-  song->setAlign(alignWidth | alignHeight, 0, StatusLine::lineHeight);
-  addControl(song);
-  pages = std::make_unique<Pages>(this, qv, song, below,
-                                  int(StatusLine::lineHeight));
-  idle();
-  redraw();
+    mainMenu = std::make_unique<MainMenu>(this, qv);
+    const int w = clientGroup->width, h = clientGroup->height;
+    bar = new Toolbar(this, qv, w);
+    addControl(bar);
+    status = new StatusLine(this, h - StatusLine::lineHeight, w);
+    addControl(status);
+    const int below = Toolbar::barHeight;
+    song = new SongView(this, qv, below, w, h - below - StatusLine::lineHeight);
+    song->setAlign(alignWidth | alignHeight, 0, StatusLine::lineHeight);
+    addControl(song);
+    pages = std::make_unique<Pages>(this, qv, song, below, int(StatusLine::lineHeight));
+    idle();
+    redraw();
 }
 
 void CMainWin::onTimer() {
-  if (!flows->loading())
-    qv->idle();
-  if (!pumping)
-    flows->tick();
+    if (!flows->loading()) qv->idle();
+    if (!pumping) flows->tick();
 }
 
 void CMainWin::hide() {
-  if (visible) {
-    if (pumping || flows->loading() || !flows->mayLeave())
-      return;
-    flows->close();
-    if (pages)
-      pages->closeDocked();
-    writeSettings();
-  }
-  CWin::hide();
+    if (visible) {
+        if (pumping || flows->loading() || !flows->mayLeave()) return;
+        flows->close();
+        if (pages) pages->closeDocked();
+        writeSettings();
+    }
+    CWin::hide();
 }
 
 void CMainWin::resized() {
-  CCompEditor::resized();
-  if (pages)
-    pages->layout();
+    CCompEditor::resized();
+    if (pages) pages->layout();
 }
 
 // Pages.
 
-void CMainWin::dockWin(CCompEditor *editor, int where, bool maximize,
-                       CUndo *undo) {
-  pages->dockWin(editor, where, maximize, undo);
+void CMainWin::dockWin(CCompEditor* editor, int where, bool maximize, CUndo* undo) {
+    pages->dockWin(editor, where, maximize, undo);
 }
 
-void CMainWin::nextDockClicked(CObject *) { pages->nextDock(1); }
+void CMainWin::nextDockClicked(CObject*) {
+    pages->nextDock(1);
+}
 
-void CMainWin::priorDockClicked(CObject *) { pages->nextDock(-1); }
+void CMainWin::priorDockClicked(CObject*) {
+    pages->nextDock(-1);
+}
 
-void CMainWin::updateDocker() { pages->update(); }
+void CMainWin::updateDocker() {
+    pages->update();
+}
 
 // Keys and actions.
 
 bool CMainWin::keyDown(int key, int mods) {
-  if (CCompEditor::keyDown(key, mods))
+    if (CCompEditor::keyDown(key, mods)) return true;
+    if (key != keyF10 || mods != 0 || !mainMenu) return false;
+    mainMenu->focus();
     return true;
-  if (key != keyF10 || mods != 0 || !mainMenu)
-    return false;
-  mainMenu->focus();
-  return true;
 }
 
-bool CMainWin::handleKeyDown(CObject *sender, int &key, int mods) {
-  auto *from = static_cast<CWin *>(static_cast<CCtrl *>(sender));
-  if (app->keyHookCtrl) {
-    if (key == keyEscape)
-      qv->mapLearn = 0;
-    return key == keyEscape;
-  }
-  const CCtrl *target = from->keyTarget();
-  const bool typing = target && target->type == ctrlEdit;
-  if (mods != 0 || typing || app->modalWin || !app->menus.empty() ||
-      flows->loading())
-    return false;
-  if (key == ' ')
-    return playOrStop();
-  if (key == keyHome)
-    return mainActions->run(getAction("rewind"));
-  if (key != keyEscape || from != this || !keyCtrl)
-    return false;
-  setKeyCtrl(nullptr);
-  return true;
+bool CMainWin::handleKeyDown(CObject* sender, int& key, int mods) {
+    auto* from = static_cast<CWin*>(static_cast<CCtrl*>(sender));
+    if (app->keyHookCtrl) {
+        if (key == keyEscape) qv->mapLearn = 0;
+        return key == keyEscape;
+    }
+    const CCtrl* target = from->keyTarget();
+    const bool typing = target && target->type == ctrlEdit;
+    if (mods != 0 || typing || app->modalWin || !app->menus.empty() || flows->loading())
+        return false;
+    if (key == ' ') return playOrStop();
+    if (key == keyHome) return mainActions->run(getAction("rewind"));
+    if (key != keyEscape || from != this || !keyCtrl) return false;
+    setKeyCtrl(nullptr);
+    return true;
 }
 
 bool CMainWin::playOrStop() {
-  return mainActions->run(getAction(qv->playing ? "stop" : "play"));
+    return mainActions->run(getAction(qv->playing ? "stop" : "play"));
 }
 
-bool CMainWin::onAction(CAction *action) {
-  if (flows->loading())
-    return false;
-  return mainActions->run(action) || songActions->run(action) ||
-         renderActions->run(action);
+bool CMainWin::onAction(CAction* action) {
+    if (flows->loading()) return false;
+    return mainActions->run(action) || songActions->run(action) || renderActions->run(action);
 }
 
-bool CMainWin::knows(const CAction *action) const {
-  return mainActions->knows(action) || songActions->knows(action) ||
-         renderActions->knows(action);
+bool CMainWin::knows(const CAction* action) const {
+    return mainActions->knows(action) || songActions->knows(action) || renderActions->knows(action);
 }
 
-void CMainWin::actionClicked(CObject *sender) {
-  onAction(static_cast<CAction *>(static_cast<CCtrl *>(sender)->userPtr));
+void CMainWin::actionClicked(CObject* sender) {
+    onAction(static_cast<CAction*>(static_cast<CCtrl*>(sender)->userPtr));
 }
 
-void CMainWin::mainDrop(CObject *, int, int, int) {
-  for (auto *item : each<CDropItem>(*app->dragList)) {
-    const CStr ext =
-        item->type == dropFile ? extractFileExt(item->path) : CStr();
-    if (sameText(ext, ".qv"))
-      return flows->newProject(kindFile, item->path);
-    if (sameText(ext, ".qvl"))
-      openTheme(app, qv, item->path);
-  }
+void CMainWin::mainDrop(CObject*, int, int, int) {
+    for (auto* item : each<CDropItem>(*app->dragList)) {
+        const CStr ext = item->type == dropFile ? extractFileExt(item->path) : CStr();
+        if (sameText(ext, ".qv")) return flows->newProject(kindFile, item->path);
+        if (sameText(ext, ".qvl")) openTheme(app, qv, item->path);
+    }
 }
 
 // What is shown.
 
-void CMainWin::setStatus(const CStr &text, bool atOnce) {
-  if (!status)
-    return;
-  status->setText(text);
-  if (atOnce)
-    app->drawNow(this, status);
+void CMainWin::setStatus(const CStr& text, bool atOnce) {
+    if (!status) return;
+    status->setText(text);
+    if (atOnce) app->drawNow(this, status);
 }
 
-void CMainWin::appHint(CObject *sender) {
-  if (!showHints)
-    return;
-  const auto *ctrl = static_cast<CCtrl *>(sender);
-  CStr text = ctrl ? ctrl->hint : CStr();
-  if (ctrl && !text.empty() && ctrl->userPtr) {
-    const auto *action = static_cast<const CAction *>(ctrl->userPtr);
-    const CStr shortcut = shortcutToStr(action->key, action->mods);
-    if (!shortcut.empty())
-      text += "  (" + shortcut + ")";
-  }
-  setStatus(text);
+void CMainWin::appHint(CObject* sender) {
+    if (!showHints) return;
+    const auto* ctrl = static_cast<CCtrl*>(sender);
+    CStr text = ctrl ? ctrl->hint : CStr();
+    if (ctrl && !text.empty() && ctrl->userPtr) {
+        const auto* action = static_cast<const CAction*>(ctrl->userPtr);
+        const CStr shortcut = shortcutToStr(action->key, action->mods);
+        if (!shortcut.empty()) text += "  (" + shortcut + ")";
+    }
+    setStatus(text);
 }
 
 void CMainWin::setHints(bool on) {
-  showHints = on;
-  qv->settings.setInt("showHint", on);
-  if (!on)
-    setStatus("");
+    showHints = on;
+    qv->settings.setInt("showHint", on);
+    if (!on) setStatus("");
 }
 
 CStr CMainWin::dialogFolder() const {
-  if (!projectFolder.empty())
-    return projectFolder;
-  const CStr path =
-      qv->projectFile.empty() ? RecentFiles::lastProject() : qv->projectFile;
-  return path.empty() ? getHomeFolder() : extractFilePath(path);
+    if (!projectFolder.empty()) return projectFolder;
+    const CStr path = qv->projectFile.empty() ? RecentFiles::lastProject() : qv->projectFile;
+    return path.empty() ? getHomeFolder() : extractFilePath(path);
 }
 
 void CMainWin::projectChanged() {
-  constexpr unsigned pageBits = 0x408001;
-  if (!qv->projectFile.empty())
-    qv->updatePeaks();
-  qv->update(pageBits);
-  setCaptionText();
-  if (setup)
-    setup->projectChanged();
-  resized();
-  redraw();
+    constexpr unsigned pageBits = 0x408001;
+    if (!qv->projectFile.empty()) qv->updatePeaks();
+    qv->update(pageBits);
+    setCaptionText();
+    if (setup) setup->projectChanged();
+    resized();
+    redraw();
 }
 
 void CMainWin::forgetSong() {
-  if (song)
-    song->forgetSong();
-  if (bar)
-    bar->forgetSong();
+    if (song) song->forgetSong();
+    if (bar) bar->forgetSong();
 }
 
 void CMainWin::mdiChanged() {
-  if (mainMenu)
-    mainMenu->rebuild();
+    if (mainMenu) mainMenu->rebuild();
 }
 
 void CMainWin::openSetup() {
-  if (!setup)
-    setup = std::make_unique<CSetupWin>(this, qv);
-  setup->open();
+    if (!setup) setup = std::make_unique<CSetupWin>(this, qv);
+    setup->open();
 }
 
-void CMainWin::showRecent(int x, int y) { mainMenu->showRecent(x, y); }
+void CMainWin::showRecent(int x, int y) {
+    mainMenu->showRecent(x, y);
+}
 
 void CMainWin::setCaptionText() {
-  CStr text = windowTitle;
-  const CStr path = qv->projectFile;
-  if (!path.empty())
-    text += " - " + changeFileExt(extractFileName(path), "");
-  if (qv->modified)
-    text += " *";
-  if (id != text)
+    const bool modified = qv->modified;
+    if (modified == captionModified && captionFile == qv->projectFile) return;
+    captionModified = modified;
+    captionFile = qv->projectFile;
+    CStr text = windowTitle;
+    if (!captionFile.empty()) text += " - " + changeFileExt(extractFileName(captionFile), "");
+    if (modified) text += " *";
     setCaption(text);
 }
 
 void CMainWin::updateEditors(unsigned bits) {
-  for (auto *editor : each<CCompEditor>(editors))
-    editor->comp->update(bits);
+    for (auto* editor : each<CCompEditor>(editors)) editor->comp->update(bits);
 }
 
 // The place of the window.
 
-void CMainWin::readPlace(CEditorStruct &place) {
-  const bool large = hasStyle(winMaximized);
-  const CPoint at =
-      large ? asPoint(restoreRect.left, restoreRect.top) : getPos(true);
-  const CPoint extent =
-      large ? asPoint(restoreRect.right, restoreRect.bottom) : getSize();
-  place.maximized = large;
-  place.left = at.x;
-  place.top = at.y;
-  place.width = extent.x;
-  place.height = extent.y;
+void CMainWin::readPlace(CEditorStruct& place) {
+    const bool large = hasStyle(winMaximized);
+    const CPoint at = large ? asPoint(restoreRect.left, restoreRect.top) : getPos(true);
+    const CPoint extent = large ? asPoint(restoreRect.right, restoreRect.bottom) : getSize();
+    place.maximized = large;
+    place.left = at.x;
+    place.top = at.y;
+    place.width = extent.x;
+    place.height = extent.y;
 }
 
-void CMainWin::moveTo(const CEditorStruct &place) {
-  const CRect screen = getDesktopBounds();
-  const int roomX = screen.right - screen.left,
-            roomY = screen.bottom - screen.top;
-  const int w = asMinMax(place.width, leastSide, asMin(mostSide, roomX));
-  const int h = asMinMax(place.height, leastSide, asMin(mostSide, roomY));
-  if (hasStyle(winMaximized))
-    restore();
-  move(asMinMax(place.left, screen.left, screen.right - w),
-       asMinMax(place.top, screen.top, screen.bottom - h), w, h);
-  if (place.maximized)
-    maximize();
+void CMainWin::moveTo(const CEditorStruct& place) {
+    const CRect screen = getDesktopBounds();
+    const int roomX = screen.right - screen.left, roomY = screen.bottom - screen.top;
+    const int w = asMinMax(place.width, leastSide, asMin(mostSide, roomX));
+    const int h = asMinMax(place.height, leastSide, asMin(mostSide, roomY));
+    if (hasStyle(winMaximized)) restore();
+    move(asMinMax(place.left, screen.left, screen.right - w),
+         asMinMax(place.top, screen.top, screen.bottom - h), w, h);
+    if (place.maximized) maximize();
 }
 
 void CMainWin::writeSettings() {
-  if (!qv->settingsEnabled)
-    return;
-  CEditorStruct place;
-  readPlace(place);
-  CIniFile ini(inifile);
-  ini.writeInteger("editor", "maximized", place.maximized);
-  ini.writeInteger("editor", "left", place.left);
-  ini.writeInteger("editor", "top", place.top);
-  ini.writeInteger("editor", "width", place.width);
-  ini.writeInteger("editor", "height", place.height);
-  if (bar)
-    bar->writeSettings(ini);
+    if (!qv->settingsEnabled) return;
+    CEditorStruct place;
+    readPlace(place);
+    CIniFile ini(inifile);
+    ini.writeInteger("editor", "maximized", place.maximized);
+    ini.writeInteger("editor", "left", place.left);
+    ini.writeInteger("editor", "top", place.top);
+    ini.writeInteger("editor", "width", place.width);
+    ini.writeInteger("editor", "height", place.height);
+    if (bar) bar->writeSettings(ini);
 }

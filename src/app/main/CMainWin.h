@@ -99,7 +99,7 @@ private:
     void peaksChanged();
     void devicesChanged();
     void flatsChanged();
-    void setCaptionText();
+    void setCaptionText(); ///< nothing while it tells the project already
     void showDevice();
     CStr deviceText() const;
 
@@ -111,8 +111,10 @@ private:
     };
 
     CQV* qv;
-    DeviceState shownDevice{-2, 0, 0.0f}; ///< nothing told yet
-    bool showHints = true;
+    static constexpr DeviceState nothingTold{-2, 0, 0.0f};
+    DeviceState shownDevice = nothingTold;
+    CStr captionFile; ///< the project that the caption tells
+    bool captionModified = false, showHints = true;
     const ThemeLink theme;
     const std::unique_ptr<MainActions> mainActions;
     const std::unique_ptr<SongActions> songActions;
