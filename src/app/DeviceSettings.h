@@ -1,15 +1,35 @@
 #pragma once
 
+#include "base/CStr.h"
+
 class CAAM;
 class CIniFile;
 
-// The devices as the settings tell, at the start of the program.
+// The devices as the settings tell, and back. A device and a MIDI port are kept by index and by
+// name: where both tell something else, since the list has changed, the name holds.
 
-constexpr int keptChannels = 32;  ///< of the device that the settings have places for, each way
-constexpr int keptMidiPorts = 16; ///< likewise
+/// What the device bridge lets one choose port by port, and where the choice is kept.
+struct PortKind {
+    const char *section, *key; ///< each port has the key with its number behind
+    const char* nameKey;       ///< likewise, for its name; null: the number tells enough
+    int kept;                  ///< ports that the settings have places for
+    int (*count)(const CAAM* bridge);
+    CStr (CAAM::*name)(int);
+    bool (CAAM::*enabled)(int);
+    void (CAAM::*enable)(int, int);
+};
+extern const PortKind audioInputs, audioOutputs, midiInputs, midiOutputs;
 
 /// Opens the device of section "audio" with its block, rate and channels; with none enabled the
-/// first two of each direction are. Without any device it tells the user, and goes on.
+/// first two of each direction are. A device that is not there is replaced by none. Without any
+/// device it tells the user, and goes on.
 void openAudio(CIniFile& ini, CAAM* bridge);
 /// Enables the ports of the sections "MIDI inputs" and "MIDI outputs".
 void enableMidi(CIniFile& ini, CAAM* bridge);
+
+/// Keeps the device that is chosen, -1 for none.
+void saveDevice(CAAM* bridge);
+/// Keeps which ports of the kind are enabled. Those that are not there now stay enabled.
+void savePorts(CAAM* bridge, const PortKind& kind);
+/// The name of the device that the settings want when the list has none of that name; else empty.
+CStr missingDevice(CIniFile& ini, CAAM* bridge);

@@ -7,6 +7,7 @@
 #include "base/Paths.h"
 #include "engine/CAAM.h"
 #include "engine/Cycle.h"
+#include "engine/DeviceComps.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CDocker.h"
 #include "gui/controls/CDropdown.h"
@@ -15,8 +16,12 @@
 #include "gui/controls/CTree.h"
 #include "gui/controls/CValue.h"
 
+#include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <set>
 #include <sys/prctl.h>
@@ -40,7 +45,7 @@ public:
         const int nowhere = ::open("/dev/null", O_RDWR);
         for (int stream = 0; stream < 3; ++stream) dup2(nowhere, stream);
         execlp("jackd", "jackd", "-r", "-n", name.c_str(), "-d", "dummy", "-r", "44100", "-p",
-               "256", "-C", "2", "-P", "2", nullptr);
+               "256", "-C", "4", "-P", "4", nullptr);
         _exit(127);
     }
     ~Jack() {
@@ -126,6 +131,30 @@ protected:
         settle();
     }
     void testDevice(const std::string& name, int grantedRate);
+    /// The loudest sample of each channel that the device gets in the next half second.
+    std::vector<float> heard() {
+        void* module = dlopen(SONDRAVA_BIN "/libaam.so", RTLD_LAZY | RTLD_NOLOAD);
+        const auto driver = reinterpret_cast<AamEntry>(dlsym(module, "libaam"));
+        const std::string path = at("heard.wav");
+        driver(aamTestCapture, intptr_t(path.c_str()), 0);
+        const unsigned before = host->blocks;
+        pumpUntil([&] { return host->blocks > before + 22050u / unsigned(host->frames); });
+        driver(aamTestCapture, 0, 0);
+        dlclose(module);
+        const std::string wav = folder.read("heard.wav");
+        std::vector<float> loudest(size_t(wav.at(22)), 0.0f); // the channels, from its header
+        const size_t frameBytes = loudest.size() * sizeof(float), frames = wav.size() / frameBytes;
+        const char* data = wav.data() + wav.size() - std::min<size_t>(frames, 16384) * frameBytes;
+        for (size_t i = 0; data + sizeof(float) <= wav.data() + wav.size(); i++) {
+            float v = 0.0f;
+            std::memcpy(&v, data, sizeof(v));
+            data += sizeof(v);
+            float& most = loudest[i % loudest.size()];
+            most = std::max(most, std::fabs(v));
+        }
+        return loudest;
+    }
+    void clickRow(const char* list, int row) { click(find<CListbox>(list), 6, 6 + 20 * row); }
 
     std::unique_ptr<CAAM> bridge;
     CSetupWin* setup = nullptr;
@@ -169,8 +198,10 @@ void SetupWinTest::testDevice(const std::string& name, int grantedRate) {
     click(find<CButton>("Apply changes"));
     EXPECT_TRUE(pumpUntil([&] { return host->rate == grantedRate; }));
     EXPECT_EQ(host->rate, grantedRate);
-    click(find<CListbox>("audio-inputs"), 6, 26); // the box of the second
+    clickRow("audio-inputs", 1);
     EXPECT_FALSE(bridge->audioInEnabled(1));
+    const auto* in = static_cast<CDeviceAudio*>(host->getAudioIn());
+    EXPECT_TRUE(pumpUntil([&] { return in->chs == 1; })) << "at once";
     restart();
 
     ASSERT_TRUE(startWithDevices(name));
@@ -201,6 +232,92 @@ TEST_F(SetupWinTest, DeviceOfTheServerIsSetUpAndKept) {
     const Jack jack;
     testDevice("JACK", 44100);
     bridge.reset(); // while the server is there to say good-bye to
+}
+
+/// While the song plays, channels join the graph, leave it without costing it a cable, and come
+/// back.
+TEST_F(SetupWinTest, ChannelsJoinTheGraphAtOnce) {
+    const Jack jack;
+    ASSERT_TRUE(startWithDevices("JACK"));
+    openPage("Audio");
+    choose("device", deviceRow("JACK"));
+    ASSERT_TRUE(load(kindDemo));
+    host->start();
+    EXPECT_EQ(heard().size(), 2u);
+    const auto clickThirdAndFourth = [&] {
+        for (const int row : {2, 3}) clickRow("audio-outputs", row);
+    };
+    clickThirdAndFourth();
+    std::vector<CComp*> outs;
+    for (CComp* c : each<CComp>(host->comps))
+        if (c->type == compAudioOut) outs.push_back(c);
+    ASSERT_EQ(outs.size(), 2u);
+    EXPECT_EQ(outs[0]->id, "[1+2] Audio Out");
+    EXPECT_EQ(outs[1]->id, "[3+4] Audio Out");
+    for (const CAudioCable* cable : each<CAudioCable>(outs[0]->audioCables)) {
+        const GraphHold hold(host.get());
+        outs[1]->addAudioCable(cable->fromChannel, nullptr);
+    }
+    const size_t channels[] = {4, 2, 4};
+    for (const size_t count : channels) {
+        const std::vector<float> loudest = heard();
+        EXPECT_EQ(loudest.size(), count);
+        for (const float peak : loudest) EXPECT_GT(peak, 0.001f) << count << " channels";
+        clickThirdAndFourth();
+    }
+    clickRow("audio-outputs", 3);
+    EXPECT_EQ(heard().size(), 3u);
+    EXPECT_EQ(static_cast<CDeviceAudio*>(outs[1])->chs, 1);
+    host->stop();
+    restart();
+}
+
+/// The name tells which device was chosen, wherever it stands in the list now; one that is not
+/// there is replaced by none, and stays the chosen one.
+TEST_F(SetupWinTest, DevicesAreFoundByTheirNames) {
+    set("audio", "device", "77");
+    set("audio", "devicename", "Silent clock");
+    ASSERT_TRUE(startWithDevices("Silent clock"));
+    EXPECT_EQ(bridge->device, deviceRow("Silent clock"));
+    restart();
+    set("audio", "device", "0");
+    set("audio", "devicename", "Gone");
+    ASSERT_TRUE(startWithDevices("Silent clock"));
+    EXPECT_FALSE(bridge->opened);
+    openPage("Audio");
+    EXPECT_NE(find<CLabel>("note"), nullptr);
+    click(find<CButton>("Apply changes"));
+    EXPECT_EQ(setting("audio", "devicename"), "Gone");
+    choose("device", deviceRow("Silent clock"));
+    EXPECT_TRUE(bridge->opened);
+    EXPECT_EQ(setting("audio", "devicename"), "Silent clock");
+    choose("device", bridge->numAudioDevs());
+    EXPECT_EQ(setting("audio", "device") + setting("audio", "devicename"), "-1");
+}
+
+TEST_F(SetupWinTest, PortsAreFoundByTheirNames) {
+    const Jack jack;
+    ASSERT_TRUE(startWithDevices("JACK")); // so that the server stands at the next start
+    restart();
+    const struct {
+        const char *key, *value;
+    } before[] = {
+        {"device0", "1"}, {"name0", "Keyboard"}, {"device3", "1"}, {"name3", "JACK MIDI in"}};
+    for (const auto& b : before) set("MIDI inputs", b.key, b.value);
+    ASSERT_TRUE(startWithDevices("JACK"));
+    ASSERT_EQ(bridge->midiInName(0), "JACK MIDI in");
+    EXPECT_TRUE(bridge->midiInEnabled(0));
+    openPage("MIDI");
+    clickRow("midi-inputs", 0);
+    EXPECT_FALSE(bridge->midiInEnabled(0));
+    const int ports = bridge->numMidiIns;
+    const std::string behind = std::to_string(ports);
+    EXPECT_EQ(setting("MIDI inputs", "device0"), "0");
+    EXPECT_EQ(setting("MIDI inputs", "name0"), "JACK MIDI in");
+    EXPECT_EQ(setting("MIDI inputs", ("name" + behind).c_str()), "Keyboard") << "is not lost";
+    EXPECT_EQ(setting("MIDI inputs", ("device" + behind).c_str()), "1");
+    EXPECT_EQ(setting("MIDI inputs", "device3"), "0");
+    restart();
 }
 
 TEST_F(SetupWinTest, ChoicesAreWrittenAtOnce) {
@@ -259,9 +376,9 @@ TEST_F(SetupWinTest, ShortcutsAreInForceAtOnceAndKept) {
     const struct {
         const char *action, *label, *typed, *box, *kept, *press;
     } cases[] = {{"play", "Play", "k", "", "0,75", "k"},
-                 {"play", "Play", "space", "Alt", "64,32", "alt+space"},
-                 {"play", "Play", "", "", "64,0", ""},
-                 {"play", "Play", "end", "Ctrl", "96,-6", "ctrl+alt+End"}};
+                 {"play", "Play", "space", "Shift", "16,32", "shift+space"},
+                 {"play", "Play", "", "", "16,0", ""},
+                 {"play", "Play", "end", "Ctrl", "48,-6", "ctrl+shift+End"}};
     for (const auto& c : cases) {
         for (CTreeNode* group : each<CTreeNode>(tree->root.children))
             for (CTreeNode* node : each<CTreeNode>(group->children))
@@ -286,7 +403,7 @@ TEST_F(SetupWinTest, ShortcutsAreInForceAtOnceAndKept) {
     closeProgram();
     start();
     EXPECT_EQ(win->getAction("play")->key, keyEnd);
-    EXPECT_EQ(win->getAction("play")->mods, 96);
+    EXPECT_EQ(win->getAction("play")->mods, 48);
 }
 
 TEST_F(SetupWinTest, FunctionKeysArePressedIntoTheField) {
@@ -328,8 +445,10 @@ TEST_F(SetupWinTest, FoldersAreAddedAndTakenOut) {
         EXPECT_EQ(setting(l.section, "1"), path);
         EXPECT_EQ(setting(l.section, "2"), "");
         EXPECT_EQ(host->updateArg, l.mode);
+        auto* del = find<CCtrl>(std::string(l.title) + " Del");
+        EXPECT_FALSE(del->enabled) << "nothing is chosen";
         click(list, 8, 8);
-        click(find<CCtrl>(std::string(l.title) + " Del"));
+        click(del);
         EXPECT_EQ(list->items.getCount(), 1);
         EXPECT_EQ(setting(l.section, "0"), path);
         EXPECT_EQ(setting(l.section, "1"), "");

@@ -1,6 +1,7 @@
 // What the main window makes of the engine's notifications, every 40 ms.
 #include "app/main/CMainWin.h"
 
+#include "app/DeviceSettings.h"
 #include "app/main/Displays.h"
 #include "app/main/MainMenu.h"
 #include "app/main/ProjectFlows.h"
@@ -8,6 +9,7 @@
 #include "app/main/StatusLine.h"
 #include "app/main/Toolbar.h"
 #include "app/setup/CSetupWin.h"
+#include "base/CIniFile.h"
 #include "engine/CAAM.h"
 #include "engine/CQV.h"
 #include "sequencer/CSeq.h"
@@ -59,6 +61,7 @@ void CMainWin::peaksChanged() {
 }
 
 void CMainWin::devicesChanged() {
+    shownDevice = nothingTold;
     if (setup && setup->visible) setup->tabChanged();
 }
 
@@ -82,7 +85,11 @@ void CMainWin::showDevice() {
 }
 
 CStr CMainWin::deviceText() const {
-    if (!qv->aam || !qv->aam->opened) return "No audio device";
+    if (!qv->aam || !qv->aam->opened) {
+        CIniFile ini(inifile);
+        const CStr missing = qv->aam ? missingDevice(ini, qv->aam) : CStr();
+        return missing.empty() ? CStr("No audio device") : missing + " is not there";
+    }
     char text[160];
     std::snprintf(text, sizeof(text), "%s  %g Hz  %d frames",
                   qv->aam->audioName(qv->aam->device).asChar(), double(qv->aam->rate),

@@ -1,11 +1,13 @@
 #include "app/setup/AudioPage.h"
 
+#include "app/DeviceSettings.h"
 #include "app/setup/CSetupWin.h"
 #include "app/setup/PortList.h"
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
 #include "engine/CAAM.h"
 #include "engine/CQV.h"
+#include "engine/DeviceChannels.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CDropdown.h"
 #include "gui/controls/CTabs.h"
@@ -54,6 +56,7 @@ void AudioPage::addDevice() {
         driver->setIndex(bridge->driverType);
         wire(driver->onChange, new _COnChange<AudioPage>(this, &AudioPage::driverChanged));
     }
+    relist();
     device = addDeviceList("Device", "device");
     const int devices = bridge ? bridge->numAudioDevs() : 0;
     for (int i = 0; i < devices; i++) device->add(bridge->audioName(i));
@@ -71,8 +74,23 @@ void AudioPage::addDevice() {
     wire(deviceRec->onChange, new _COnChange<AudioPage>(this, &AudioPage::deviceRecChanged));
 }
 
+/// Devices may have come and gone since the list was made. While one is open the list holds.
+void AudioPage::relist() {
+    if (!bridge || bridge->opened) return;
+    const CStr chosen = bridge->audioName(bridge->device);
+    bridge->getAudioDeviceNames();
+    int at = bridge->numAudioDevs() - 1;
+    while (at >= 0 && (chosen.empty() || bridge->audioName(at) != chosen)) at--;
+    bridge->device = at;
+}
+
 CStr AudioPage::deviceState() const {
-    if (!bridge || bridge->device < 0) return "";
+    if (!bridge) return "";
+    if (bridge->device < 0) {
+        CIniFile ini(inifile);
+        const CStr missing = missingDevice(ini, bridge);
+        return missing.empty() ? CStr() : missing + " is not there";
+    }
     if (!bridge->opened) return "Could not be opened";
     constexpr double msPerSecond = 1000;
     char text[64];
@@ -81,14 +99,14 @@ CStr AudioPage::deviceState() const {
     return text;
 }
 
+/// A device that is not there stays the chosen one until the user chooses another.
 void AudioPage::saveAudioOptions() {
     write(section, "driver", bridge->driverType);
-    write(section, "device", bridge->device);
+    if (bridge->device >= 0) saveDevice(bridge);
     write(section, "deviceRec", bridge->deviceRec);
     write(section, "buffersize", bridge->frames);
     write(section, "samplerate", asRound(double(bridge->rate)));
-    savePorts(bridge, audioInputs);
-    savePorts(bridge, audioOutputs);
+    saveChannels();
 }
 
 /// Another device is open, or none: what the page shows has changed.
@@ -114,6 +132,7 @@ void AudioPage::deviceChanged(CObject* sender) {
 void AudioPage::disableAudioClicked(CObject*) {
     bridge->audioClose();
     bridge->audioOpen(-1);
+    saveDevice(bridge);
     reopened();
 }
 
@@ -141,7 +160,7 @@ void AudioPage::addStream() {
     addNote("Frames, 1 to 16384");
     rate = addNumber("Sample rate", "samplerate", asRound(double(bridge->rate)), sampleRates,
                      int(std::size(sampleRates)));
-    apply = addBeside(
+    applyButton = addBeside(
         newButton("Apply changes", new _COnChange<AudioPage>(this, &AudioPage::applyClicked)));
 }
 
@@ -154,7 +173,7 @@ bool AudioPage::numberTyped(CObject* sender, int& key, int) {
 }
 
 void AudioPage::onHasChanged(CObject*) {
-    apply->setLit(true);
+    applyButton->setLit(true);
 }
 
 void AudioPage::applyClicked(CObject*) {
@@ -162,7 +181,7 @@ void AudioPage::applyClicked(CObject*) {
     const int hz = strAsIntDef(rate->text, asRound(double(bridge->rate)));
     if (hz >= minRate) bridge->setRate(float(hz));
     bridge->needReopen = true;
-    apply->setLit(false);
+    applyButton->setLit(false);
     reopened();
 }
 
@@ -222,12 +241,25 @@ void AudioPage::addChannels() {
     addPair("Audio inputs", ins, "Audio outputs", outs);
 }
 
+/// The graph follows the device with no block between.
+void AudioPage::apply(PortList* list) {
+    const GraphHold hold(qv);
+    list->apply();
+    followChannels(qv);
+}
+
+/// The settings know all channels or none.
+void AudioPage::saveChannels() {
+    savePorts(bridge, audioInputs);
+    savePorts(bridge, audioOutputs);
+}
+
 void AudioPage::audioInChecked(CObject*) {
-    ins->apply();
-    savePorts(bridge, audioOutputs); // the settings know all channels or none
+    apply(ins);
+    saveChannels();
 }
 
 void AudioPage::audioOutChecked(CObject*) {
-    outs->apply();
-    savePorts(bridge, audioInputs);
+    apply(outs);
+    saveChannels();
 }

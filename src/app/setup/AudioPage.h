@@ -21,8 +21,11 @@ private:
     void addRecording();
     void addTempFolder();
     void addChannels();
+    void relist();
     CStr deviceState() const;
     void saveAudioOptions();
+    void apply(PortList* list);
+    void saveChannels();
     void driverChanged(CObject* sender);
     void deviceChanged(CObject* sender);
     void deviceRecChanged(CObject* sender);
@@ -40,7 +43,7 @@ private:
     CAAM* bridge;                                                         ///< null without one
     CDropdown *driver = nullptr, *device = nullptr, *deviceRec = nullptr; ///< null: no choice
     CDropdown *frames = nullptr, *rate = nullptr, *bits = nullptr;
-    CButton* apply = nullptr;
+    CButton* applyButton = nullptr;
     CValue* latency = nullptr;
     CLabel* tempFolder = nullptr;
     PortList *ins = nullptr, *outs = nullptr; ///< null while no device is open

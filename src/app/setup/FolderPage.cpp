@@ -32,6 +32,8 @@ void FolderPage::addFolderSection(int mode, const CStr& title) {
                               listHeight);
     list->tag = mode;
     list->setAlign(alignWidth, width - buttonLeft + gap, 0);
+    list->data = del;
+    wire(list->onChange, new _COnChange<FolderPage>(this, &FolderPage::folderChosen));
     fill(list);
     addControl(list);
     int y = nextTop;
@@ -51,6 +53,12 @@ void FolderPage::fill(CListbox* list) {
     CStringList paths;
     readIniFolders(qv, modeToSection(list->tag), &paths);
     for (int i = 0; i < paths.count(); i++) list->add(paths.get(i));
+    folderChosen(list);
+}
+
+void FolderPage::folderChosen(CObject* sender) {
+    const auto* list = static_cast<CListbox*>(sender);
+    static_cast<CButton*>(list->data)->setEnabled(list->row(list->index) != nullptr);
 }
 
 void FolderPage::addFolder(CObject* sender) {
@@ -72,5 +80,6 @@ void FolderPage::delFolder(CObject* sender) {
     delIniFolder(qv, modeToSection(list->tag), chosen->id);
     fill(list);
     list->setIndex(at);
+    folderChosen(list);
     qv->update(updateFolders, list->tag);
 }

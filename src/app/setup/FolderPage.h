@@ -12,6 +12,7 @@ public:
 private:
     void addFolderSection(int mode, const CStr& title);
     void fill(CListbox* list);
+    void folderChosen(CObject* sender);
     void addFolder(CObject* sender);
     void delFolder(CObject* sender);
 };

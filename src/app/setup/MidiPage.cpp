@@ -1,5 +1,6 @@
 #include "app/setup/MidiPage.h"
 
+#include "app/DeviceSettings.h"
 #include "app/setup/PortList.h"
 #include "engine/CQV.h"
 
@@ -14,8 +15,10 @@ MidiPage::MidiPage(CSetupWin* window, CRect place) : SetupPage(window, place) {
 
 void MidiPage::midiInChecked(CObject*) {
     ins->apply();
+    savePorts(qv->aam, midiInputs);
 }
 
 void MidiPage::midiOutChecked(CObject*) {
     outs->apply();
+    savePorts(qv->aam, midiOutputs);
 }
