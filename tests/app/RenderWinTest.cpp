@@ -7,8 +7,11 @@
 #include "gui/controls/CListbox.h"
 #include "sequencer/CSoundCloudAddOn.h"
 
+#include <X11/Xlib.h>
+
 #include <atomic>
 #include <cstdlib>
+#include <functional>
 #include <set>
 #include <thread>
 
@@ -25,24 +28,40 @@ CCtrl* findCtrl(CGroup* group, const CStr& id) {
     return nullptr;
 }
 
-/// Presses Escape again and again, as long as it stands, from beside the program.
+/// Does the same again and again, as long as it stands, from beside the program.
 class Impatience {
 public:
-    Impatience()
-        : presser([this] {
-              while (!ended) runCommand({"xdotool", "key", "Escape"});
+    explicit Impatience(const std::function<void()>& act = pressEscape)
+        : doer([this, act] {
+              while (!ended) act();
           }) {}
     ~Impatience() {
         ended = true;
-        presser.join();
+        doer.join();
     }
     Impatience(const Impatience&) = delete;
     Impatience& operator=(const Impatience&) = delete;
 
 private:
+    static void pressEscape() { runCommand({"xdotool", "key", "Escape"}); }
     std::atomic<bool> ended{false};
-    std::thread presser;
+    std::thread doer;
 };
+
+/// Asks a window to close, as a window manager does; 0 asks the one with the focus.
+void askToClose(Window window) {
+    Display* display = XOpenDisplay(nullptr);
+    int revert = 0;
+    if (!window) XGetInputFocus(display, &window, &revert);
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window;
+    event.xclient.message_type = XInternAtom(display, "WM_PROTOCOLS", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = long(XInternAtom(display, "WM_DELETE_WINDOW", False));
+    XSendEvent(display, window, False, NoEventMask, &event);
+    XCloseDisplay(display);
+}
 
 struct Service : CSoundCloudAddOn {
     std::string sent;
@@ -240,6 +259,40 @@ TEST_F(RenderWinTest, EscapeCancels) {
     }
     EXPECT_EQ(header("part.wav").rfind("wav 44100 16 2 ", 0), 0u) << header("part.wav");
     EXPECT_EQ(filesIn(at("")), before);
+}
+
+/// A window manager that wants the window of the work closed cancels it; of the main one, nothing.
+TEST_F(RenderWinTest, ClosingCancelsAndTheProgramStays) {
+    startSong();
+    lengthen();
+    std::filesystem::create_directory(at("song_audio"));
+    const Impatience impatience([main = win->handle] {
+        askToClose(main);
+        askToClose(0);
+    });
+    EXPECT_TRUE(run("freeze"));
+    EXPECT_EQ(filesIn(at("song_audio")), std::set<std::string>{});
+    EXPECT_EQ(frozen(), 0);
+    EXPECT_TRUE(win->visible);
+}
+
+/// The export would end the take.
+TEST_F(RenderWinTest, TakesRunOn) {
+    startSong();
+    host->recording = 1;
+    keysInDialog("Export", {"Return"});
+    key("F5");
+    EXPECT_EQ(titles, std::vector<std::string>{"Export"});
+    host->recording = 0;
+    settle();
+    inDialog(dialogTitle, [&] { host->recording = 1; }); // by a controller
+    saveTo("Save as", at("take.wav"));
+    keysInDialog("Export", {"Return"});
+    keysInDialog(dialogTitle, {"Escape"});
+    key("F5");
+    EXPECT_TRUE(host->recording);
+    EXPECT_EQ(filesIn(at("")).count("take.wav"), 0u);
+    host->recording = 0;
 }
 
 TEST_F(RenderWinTest, FreezesAndBouncesAsStepsOfTheHistory) {

@@ -12,6 +12,7 @@ class CLabel;
 class CListbox;
 class CMainWin;
 class CProgressBar;
+class CQV;
 class CSeq;
 class WorkScope;
 
@@ -25,6 +26,8 @@ public:
     CRenderWin(CMainWin* owner, CRender& choices, CSeq* song);
     ~CRenderWin() override;
 
+    /// True, with a message, while a take is running, which an export would end.
+    static bool refused(CWin* owner, CQV* host);
     void accept() override;
     void hide() override;
     void onStatus(const CStr& text) override;
