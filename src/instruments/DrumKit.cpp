@@ -158,5 +158,5 @@ void writeDrumKit(CStream* stream, const CStr& name, const CLayer& layer) {
     stream->writeId("progid", name.length() + int(sizeof(int)));
     stream->writeStr(name);
     stream->writeId("layer", 0);
-    for (CSound* s : each<CSound>(layer.sounds)) writeSound(stream, s, used);
+    for (const CSound* s : each<CSound>(layer.sounds)) writeDrum(stream, *s, used);
 }

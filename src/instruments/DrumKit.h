@@ -48,7 +48,8 @@ private:
     CSound* addClip(CSampleClip* clip);
 };
 
-/// Writes a layer of drum sounds, with their first clips, as a kit file.
+/// Writes a layer of drum sounds, with their first clips, as a kit file. It has no place for the
+/// strip of a sound and the effects on it, which belong to the song.
 void writeDrumKit(CStream* stream, const CStr& name, const CLayer& layer);
 
 /// Resources of `loadResource`.

@@ -173,9 +173,13 @@ void writeSoundBlock(CStream* s, const CSound& sound, const CList& clips) {
         writeOperators(s, static_cast<const COSCSound&>(sound));
 }
 
+void writeDrum(CStream* stream, const CSound& sound, const CList& clips) {
+    writeSoundBlock(stream, sound, clips);
+    writeMods(stream, sound);
+}
+
 void writeSound(CStream* stream, CSound* sound, const CList& clips) {
-    writeSoundBlock(stream, *sound, clips);
-    writeMods(stream, *sound);
+    writeDrum(stream, *sound, clips);
     writeInserts(stream, *sound);
 }
 

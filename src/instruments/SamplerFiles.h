@@ -21,5 +21,7 @@ void writeFiletype(CStream* stream);
 void writeProgram(CStream* stream, CSynthProg* prog, const CList& clips);
 /// Block "sound" alone: a song keeps no more of a drum.
 void writeSoundBlock(CStream* stream, const CSound& sound, const CList& clips);
+/// Blocks "sound" and "soundmod", which is what a kit keeps of a drum.
+void writeDrum(CStream* stream, const CSound& sound, const CList& clips);
 /// Blocks "sound", "soundmod" and "soundfx".
 void writeSound(CStream* stream, CSound* sound, const CList& clips);
