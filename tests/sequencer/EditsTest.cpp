@@ -149,6 +149,7 @@ struct Case {
     const char* title;
     std::string parts;       ///< of the instrument track afterwards
     const char* points = ""; ///< tempos and section; empty: as before
+    int items = 0;           ///< of the step; 0: any number
 };
 
 void splitAtCursor(CSeq* seq) {
@@ -187,7 +188,8 @@ const Case cases[] = {
      "| 0:5760 0=60/240 1910=62/960 3940=64/240 ~0 ~1920 " + ghost(7680)},
     {"quantize a master once", [](Edits& e) { e.select(e.midi, "abc"); }, quantizeParts, "Quantize",
      "| 0:3840 0=60/240 1920=62/960 ~0 ~1920 | 3840:1920 ghost 0=64/240 | 7680:1920 ghost "
-     "0=64/240 "},
+     "0=64/240 ",
+     "", 2},
     {"delete", [](Edits& e) { e.select(e.midi, "ac"); }, deleteParts, "Delete", ghost(3840)},
     {"duplicate", [](Edits& e) { e.select(e.midi, "b"); }, duplicateParts, "Duplicate",
      noteA + ghost(3840) + ghost(5760) + ghost(7680)},
@@ -233,6 +235,8 @@ TEST(Edits, AreStepsOfTheHistory) {
         EXPECT_EQ(e.host.undoList.getCount(), 1) << c.name;
         EXPECT_EQ(e.show(e.midi), c.parts) << c.name;
         EXPECT_EQ(e.showPoints(), *c.points ? c.points : points) << c.name;
+        const auto* step = static_cast<CUndo*>(e.host.undoList.getFirst());
+        EXPECT_TRUE(!c.items || step->items.getCount() == c.items) << c.name;
         e.leaveView();
         const std::string edited = e.bytes();
         EXPECT_NE(edited, start) << c.name;
@@ -271,6 +275,8 @@ TEST(Edits, CutClipsByTheirFrames) {
         event->fadeInMs = event->fadeOutMs = 7.0f;
         CPart* part = e.addAudio(480, {{0, event}});
         part->length = c.length;
+        part->id = "take";
+        part->colour = 0x123456;
         ASSERT_EQ(e.seq->getTicks(part), c.length) << c.name;
         bool cut = false;
         e.step([&](CUndo* u) { cut = e.seq->splitPart(e.audio, part, c.at, 0, splitApart, u); });
@@ -289,6 +295,8 @@ TEST(Edits, CutClipsByTheirFrames) {
         EXPECT_EQ(left->fadeInMs + right->fadeOutMs, 14.0f) << c.name;
         EXPECT_EQ(left->fadeOutMs + right->fadeInMs, 0.0f) << c.name;
         EXPECT_EQ(e.part(e.audio, 1)->pos, 480 + c.at) << c.name;
+        EXPECT_EQ(e.part(e.audio, 1)->colour, 0x123456) << c.name;
+        EXPECT_STREQ(e.part(e.audio, 1)->id.asChar(), "take") << c.name;
     }
 }
 
@@ -382,6 +390,26 @@ TEST(Edits, KeepTheClipboardWhenTheHistoryForgets) {
     pasteParts(e.seq);
     e.host.settle();
     EXPECT_EQ(e.show(e.midi), noteA + ghost(7680) + "| 15360:3840 0=60/240 1910=62/960 ~0 ~1920 ");
+}
+
+/// A sample that was undone dies when a part that plays it is pasted.
+TEST(Edits, PasteNoSampleThatTheHistoryForgets) {
+    Edits e;
+    e.step([&](CUndo* u) {
+        auto* taken = new CSample;
+        taken->setFormat(48000, 16, 1);
+        taken->takeData(static_cast<unsigned char*>(std::calloc(100, 2)), 100);
+        u->asAdd(taken, &e.host.samples);
+        auto* part = new CAudioPart;
+        part->addEvent(0, clip(taken, 0, 99));
+        e.audio->addPart(part, u);
+    });
+    e.select(e.audio, "a");
+    copyParts(e.seq);
+    e.undo();
+    pasteParts(e.seq);
+    e.host.settle();
+    EXPECT_EQ(static_cast<CAudioEvent*>(e.part(e.audio, 0)->getEvents())->sample, nullptr);
 }
 
 /// Whatever is edited while blocks run, nothing forbidden happens there, and the way back leads to
