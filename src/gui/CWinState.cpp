@@ -185,7 +185,7 @@ void CWin::showModal() {
     show(true);
     while (visible && liveDisplay()) {
         modalTurn();
-        app->longIdle();
+        if (visible) app->longIdle();
     }
     app->modalWin = former;
     if (parent && liveDisplay() && focusIsFree()) parent->setFocus(true);
@@ -222,7 +222,7 @@ void CWin::showMenu() {
     while (visible && liveDisplay()) {
         XEvent event;
         while (visible && app->nextEvent(event)) menuEvent(event);
-        app->longIdle();
+        if (visible) app->longIdle();
     }
     if (autoDelete) app->deleteLater(this);
 }
