@@ -1,4 +1,4 @@
-#include "TestServer.h"
+#include "ControlFixture.h"
 
 #include "base/Messages.h"
 #include "gui/CGraphic.h"
@@ -13,28 +13,19 @@ namespace {
 
 constexpr int framed = winCaption | winSizable | winMinButton | winMaxButton;
 
-class CWinTest : public GuiTest {
+class CWinTest : public LoopTest {
 protected:
     std::unique_ptr<CWin> framedWindow(int style = framed) {
-        auto win = std::make_unique<CWin>(app.get(), nullptr, "framed", 100, 100, 300, 200, style);
-        win->show(true);
+        auto made = std::make_unique<CWin>(app.get(), nullptr, "framed", 100, 100, 300, 200, style);
+        made->show(true);
         settle();
-        return win;
+        return made;
     }
-    /// Runs outside commands of xdotool, one after the other, while a loop of ours is running.
-    void actDuring(ProbeCtrl* timer, const std::vector<std::vector<std::string>>& commands) {
-        steps = commands;
-        timer->onTick = [this] {
-            if (steps.empty()) return;
-            std::vector<std::string> command = {"xdotool"};
-            command.insert(command.end(), steps.front().begin(), steps.front().end());
-            steps.erase(steps.begin());
-            runCommand(command);
-        };
-        app->addTimer(timer, 50, true);
+    /// Puts a window with a caption in place of the bare one.
+    void frame() {
+        win.reset();
+        win = framedWindow();
     }
-
-    std::vector<std::vector<std::string>> steps;
 };
 
 } // namespace
@@ -55,7 +46,6 @@ TEST_F(CWinTest, ChildrenFollowTheirGroup) {
                           {alignRight | alignWidth | alignMiddleX, 5, 0, {155, 20, 40, 30}},
                           {alignBottom | alignHeight, 0, 5, {10, 65, 40, 30}},
                           {alignWidth | alignHeight, 3, 4, {10, 20, 187, 76}}};
-    const auto win = bareWindow();
     for (const Case& c : cases) {
         CGroup group(win.get(), "group", 0, 0, 200, 100);
         auto* inner = new CGroup(win.get(), "inner", 10, 20, 40, 30);
@@ -72,7 +62,6 @@ TEST_F(CWinTest, ChildrenFollowTheirGroup) {
 }
 
 TEST_F(CWinTest, TheFirstChildIsHitAndInsideItTheLast) {
-    const auto win = bareWindow();
     CGroup root(win.get(), "root", 0, 0, 200, 100);
     auto* first = new CGroup(win.get(), "first", 10, 10, 50, 50);
     auto* second = new CCtrl(win.get(), "second", 10, 10, 90, 50);
@@ -100,7 +89,6 @@ TEST_F(CWinTest, TheFirstChildIsHitAndInsideItTheLast) {
 
 /// Painting must put a scrolled control where hit testing finds it, and cut it to its parents.
 TEST_F(CWinTest, ScrolledContentIsPaintedWhereItIsHit) {
-    const auto win = bareWindow();
     auto* panel = new CGroup(win.get(), "panel", 20, 20, 60, 60);
     auto* probe = new ProbeCtrl(win.get(), "probe", 10, 70, 30, 30);
     probe->fill = 0x00ff00;
@@ -119,7 +107,7 @@ TEST_F(CWinTest, ScrolledContentIsPaintedWhereItIsHit) {
 }
 
 TEST_F(CWinTest, FrameCaptionAndContentHaveTheirPlaces) {
-    const auto win = framedWindow();
+    frame();
     auto* content = new ProbeCtrl(win.get(), "content", 0, 0, 300, 200);
     content->setAlign(alignWidth | alignHeight, 0, 0);
     content->fill = 0x00ff00;
@@ -139,25 +127,13 @@ TEST_F(CWinTest, EdgesAndCaptionAreZones) {
     struct Case {
         int x, y, zone;
     };
-    const Case cases[] = {{0, 0, zoneTopLeft},
-                          {8, 2, zoneTopLeft},
-                          {2, 8, zoneTopLeft},
-                          {9, 2, zoneTop},
-                          {2, 9, zoneLeft},
-                          {291, 0, zoneTopRight},
-                          {299, 8, zoneTopRight},
-                          {290, 1, zoneTop},
-                          {297, 9, zoneRight},
-                          {0, 191, zoneBottomLeft},
-                          {8, 197, zoneBottomLeft},
-                          {9, 197, zoneBottom},
-                          {299, 199, zoneBottomRight},
-                          {291, 197, zoneBottomRight},
-                          {297, 190, zoneRight},
-                          {150, 22, zoneMove},
-                          {150, 23, zoneNone},
-                          {3, 3, zoneMove}};
-    const auto win = framedWindow();
+    const Case cases[] = {
+        {8, 2, zoneTopLeft},  {2, 8, zoneTopLeft},         {9, 2, zoneTop},
+        {2, 9, zoneLeft},     {291, 0, zoneTopRight},      {299, 8, zoneTopRight},
+        {290, 1, zoneTop},    {297, 9, zoneRight},         {8, 197, zoneBottomLeft},
+        {9, 197, zoneBottom}, {291, 197, zoneBottomRight}, {297, 190, zoneRight},
+        {150, 22, zoneMove},  {150, 23, zoneNone},         {3, 3, zoneMove}};
+    frame();
     for (const Case& c : cases) EXPECT_EQ(win->getHitPos(c.x, c.y), c.zone) << c.x << "," << c.y;
     win->style |= winMaximized;
     EXPECT_EQ(win->getHitPos(0, 0), zoneMove);
@@ -166,7 +142,7 @@ TEST_F(CWinTest, EdgesAndCaptionAreZones) {
 }
 
 TEST_F(CWinTest, TheServerNeverGetsLessThanTheMinimum) {
-    const auto win = framedWindow();
+    frame();
     win->minWidth = 150;
     win->minHeight = 120;
     win->move(100, 100, 40, 30);
@@ -175,29 +151,7 @@ TEST_F(CWinTest, TheServerNeverGetsLessThanTheMinimum) {
     EXPECT_EQ(asPoint(win->width, win->height), asPoint(150, 120));
 }
 
-TEST_F(CWinTest, CaptionButtonsActAndDoubleClickMaximizes) {
-    const auto win = framedWindow();
-    const auto sizeIs = [&](int w, int h) {
-        return pumpUntil([&] { return win->getSize() == asPoint(w, h); });
-    };
-    act({"mousemove", "200", "112", "mousedown", "1", "mouseup", "1", "mousedown", "1", "mouseup",
-         "1"});
-    EXPECT_TRUE(win->hasStyle(winMaximized));
-    EXPECT_TRUE(sizeIs(800, 600));
-    act({"key", "F11"});
-    EXPECT_TRUE(sizeIs(300, 200));
-    EXPECT_EQ(win->getPos(true), asPoint(100, 100));
-    // Margins 2 and 20 from the caption's right edge, 16 wide.
-    act({"mousemove", "369", "112", "click", "1"});
-    EXPECT_TRUE(win->hasStyle(winMaximized));
-    win->restore();
-    settle();
-    act({"mousemove", "387", "112", "click", "1"});
-    EXPECT_FALSE(win->visible);
-}
-
 TEST_F(CWinTest, TabMovesBetweenStopsAndControlTabBetweenWindows) {
-    const auto win = bareWindow();
     ProbeCtrl* stops[3];
     for (int i = 0; i < 3; i++) {
         stops[i] = new ProbeCtrl(win.get(), "stop", i * 20, 0, 10, 10);
@@ -214,14 +168,14 @@ TEST_F(CWinTest, TabMovesBetweenStopsAndControlTabBetweenWindows) {
     stops[2]->tabStop = false;
     EXPECT_FALSE(win->nextCtrl());
     win->setKeyCtrl(nullptr);
-    act({"key", "ctrl+Tab"}); // with one window only
+    xdo("key ctrl+Tab"); // with one window only
     EXPECT_TRUE(win->hasFocus());
     CWin other(app.get(), nullptr, "other", 400, 300, 100, 100, winEscape);
     other.show(true);
     settle();
-    act({"key", "ctrl+Tab"});
+    xdo("key ctrl+Tab");
     EXPECT_TRUE(other.hasFocus());
-    act({"key", "Escape"});
+    xdo("key Escape");
     EXPECT_FALSE(other.visible);
     EXPECT_EQ(app->windows.getCount(), 1);
 }
@@ -230,27 +184,22 @@ TEST_F(CWinTest, TabMovesBetweenStopsAndControlTabBetweenWindows) {
 TEST_F(CWinTest, MessagesAnswerWithTheirButton) {
     struct Case {
         int buttons;
-        std::vector<std::string> keys;
+        const char* keys;
         int answer;
     };
-    const Case cases[] = {{0, {"Return"}, mbOk},
-                          {mbOk, {"Escape"}, mbOk},
-                          {14, {"Return"}, mbYes},
-                          {14, {"Right", "Return"}, mbNo},
-                          {14, {"Left", "space"}, mbCancel},
-                          {14, {"Tab", "Tab", "Return"}, mbCancel},
-                          {14, {"n"}, mbNo},
-                          {14, {"Escape"}, mbCancel},
-                          {mbYes | mbNo, {"alt+F4"}, mbNo}};
-    const auto win = bareWindow();
-    auto* ticker = new ProbeCtrl(win.get(), "ticker", 0, 0, 1, 1);
-    win->addControl(ticker);
+    const Case cases[] = {{0, "Return", mbOk},
+                          {mbOk, "Escape", mbOk},
+                          {14, "Return", mbYes},
+                          {14, "Right Return", mbNo},
+                          {14, "Left space", mbCancel},
+                          {14, "Tab Tab Return", mbCancel},
+                          {14, "n", mbNo},
+                          {14, "Escape", mbCancel},
+                          {mbYes | mbNo, "alt+F4", mbNo}};
     installMessageBox(app.get());
     for (const Case& c : cases) {
-        std::vector<std::vector<std::string>> commands;
-        for (const std::string& key : c.keys) commands.push_back({"key", key});
-        actDuring(ticker, commands);
-        EXPECT_EQ(showMsg(win.get(), "Title", "A question?", c.buttons), c.answer) << c.keys[0];
+        for (const std::string& key : split(c.keys)) later("key " + key);
+        EXPECT_EQ(showMsg(win.get(), "Title", "A question?", c.buttons), c.answer) << c.keys;
         settle();
     }
     messageHooks().showMsg = nullptr;
@@ -258,24 +207,19 @@ TEST_F(CWinTest, MessagesAnswerWithTheirButton) {
 
 /// A long text, a word without end and line feeds all lie inside the window.
 TEST_F(CWinTest, AMessageFitsItsText) {
-    const auto win = bareWindow();
-    auto* ticker = new ProbeCtrl(win.get(), "ticker", 0, 0, 1, 1);
-    win->addControl(ticker);
     installMessageBox(app.get());
     std::string text = "First line\n\n";
     for (int i = 0; i < 30; i++) text += "several words ";
     text += std::string(300, 'x');
     CRect ink;
     CPoint size;
-    ticker->onTick = [&] {
-        CWin* box = app->modalWin;
-        if (!box || !box->hasFocus()) return;
-        settle();
-        size = box->getSize();
-        ink = Shot(box->handle, size.x, size.y).boundsOf(clWinBkgnd.textCol);
-        box->hide();
-    };
-    app->addTimer(ticker, 20, true);
+    whenever([&] { return app->modalWin && app->modalWin->hasFocus(); },
+             [&] {
+                 settle();
+                 size = app->modalWin->getSize();
+                 ink = Shot(app->modalWin->handle, size.x, size.y).boundsOf(clWinBkgnd.textCol);
+                 app->modalWin->hide();
+             });
     EXPECT_EQ(showMsg(win.get(), "Title", text.c_str(), mbOk), mbOk);
     EXPECT_LE(size.x, 800);
     EXPECT_GE(ink.left, 3);
@@ -286,7 +230,6 @@ TEST_F(CWinTest, AMessageFitsItsText) {
 }
 
 TEST_F(CWinTest, MenusRunUntilAPressOutsideAndSwallowIt) {
-    const auto win = bareWindow();
     auto* outside = new ProbeCtrl(win.get(), "outside", 0, 0, 200, 150);
     win->addControl(outside);
     CWin menu(app.get(), win.get(), "menu", 400, 300, 100, 100, winPopup | winNoBorder);
@@ -300,9 +243,8 @@ TEST_F(CWinTest, MenusRunUntilAPressOutsideAndSwallowIt) {
         sub.setKeyCtrl(subItem);
         EXPECT_EQ(app->topMenu, &sub);
     };
-    actDuring(outside, {{"mousemove", "450", "350", "click", "1"},
-                        {"key", "Down"},
-                        {"mousemove", "150", "140", "click", "1"}});
+    for (const char* line : {"mousemove 450 350 click 1", "key Down", "mousemove 150 140 click 1"})
+        later(line);
     menu.showMenu();
     settle();
     EXPECT_TRUE(subItem->saw("key -5 0"));
@@ -310,5 +252,18 @@ TEST_F(CWinTest, MenusRunUntilAPressOutsideAndSwallowIt) {
     EXPECT_FALSE(outside->saw("down 50 40 1"));
     EXPECT_FALSE(menu.visible || sub.visible);
     EXPECT_TRUE(app->menus.empty());
-    EXPECT_EQ(app->topMenu, nullptr);
+}
+
+/// Where it has no content yet, nothing of what lay over a main window stays.
+TEST_F(CWinTest, AMainWindowIsFilledWithoutContent) {
+    const auto main = framedWindow(winCaption | winMain);
+    auto over = bareWindow(400, 300);
+    auto* probe = new ProbeCtrl(over.get(), "probe", 0, 0, 400, 300);
+    probe->fill = 0x00ff00;
+    over->addControl(probe);
+    over->redraw();
+    settle();
+    over.reset();
+    settle();
+    EXPECT_EQ(Shot(main->handle, 300, 200).count(0x00ff00), 0);
 }

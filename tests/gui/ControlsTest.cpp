@@ -6,23 +6,25 @@
 #include "gui/controls/CScrollbar.h"
 #include "gui/controls/CValue.h"
 
+#include <sstream>
+
 TEST_F(ControlTest, AButtonClicksOnALeftReleaseInsideIt) {
     auto* button = add(new CButton(win.get(), "b", "Push", 10, 10, 50, 20));
-    at(20, 20, {"click", "1"});
+    at(20, 20, "click 1");
     EXPECT_EQ(changes, 1);
-    at(20, 20, {"click", "3"});
+    at(20, 20, "click 3");
     EXPECT_EQ(changes, 1);
-    at(20, 20, {"mousedown", "1"});
+    at(20, 20, "mousedown 1");
     const int pushed = button->fillColour();
-    act({"mousemove", "190", "190", "mouseup", "1"});
+    xdo("mousemove 190 190 mouseup 1");
     EXPECT_EQ(changes, 1);
     const int normal = button->fillColour();
-    act({"mousemove", "120", "120"});
+    xdo("mousemove 120 120");
     const int hovered = button->fillColour();
     button->setEnabled(false);
     const int disabled = button->fillColour();
     EXPECT_TRUE(pushed != normal && hovered != normal && disabled != normal && pushed != hovered);
-    at(20, 20, {"click", "1"});
+    at(20, 20, "click 1");
     EXPECT_EQ(changes, 1);
     button->setEnabled(true);
     button->setLit(true);
@@ -42,70 +44,52 @@ TEST_F(ControlTest, AButtonWithoutHandlerIsKnownByItsName) {
     named.addControl(group);
     named.show(true);
     settle();
-    act({"mousemove", "410", "110", "click", "1"});
+    xdo("mousemove 410 110 click 1");
     EXPECT_EQ(named.heard, "apply");
 }
 
 TEST_F(ControlTest, ACheckBoxToggles) {
     auto* box = add(new CCheckbox(win.get(), "c", "Check", 10, 10, 80, 20));
-    at(20, 20, {"click", "1"});
+    at(20, 20, "click 1");
     EXPECT_TRUE(box->checked);
     win->setKeyCtrl(box);
-    act({"key", "space"});
+    xdo("key space");
     EXPECT_FALSE(box->checked);
     EXPECT_EQ(changes, 2);
 }
 
-/// Each case starts with "one two three" and the caret at its end, and ends with Return.
+/// Each case starts with the caret at the end, and ends with Return. Letters may have two bytes.
 TEST_F(ControlTest, AnEditFieldEdits) {
     struct Case {
-        std::vector<std::string> keys;
-        const char* text;
+        const char *before, *keys, *text;
     };
-    const Case cases[] = {
-        {{"x"}, "one two threex"},
-        {{"Home", "x"}, "xone two three"},
-        {{"Left", "Left", "BackSpace", "Delete"}, "one two the"},
-        {{"ctrl+BackSpace"}, "one two "},
-        {{"ctrl+Left", "ctrl+Left", "x"}, "one xtwo three"},
-        {{"Home", "ctrl+Right", "x"}, "onex two three"},
-        {{"shift+Left", "shift+Left", "x"}, "one two thrx"},
-        {{"ctrl+a", "x"}, "x"},
-        {{"shift+Home", "Delete", "a", "asterisk"}, "a"},
-        {{"Home", "shift+ctrl+Right", "ctrl+c", "End", "ctrl+v"}, "one two threeone"},
-        {{"ctrl+a", "ctrl+x", "b", "ctrl+v"}, "bone two three"},
-        {{"ctrl+a", "Delete", "ctrl+z"}, "one two three"},
-        {{"ctrl+a", "Delete", "Escape"}, "one two three"}};
+    const char *three = "one two three", *letters = "a\xc3\xa9u";
+    const Case cases[] = {{three, "x", "one two threex"},
+                          {three, "Home x", "xone two three"},
+                          {three, "Left Left BackSpace Delete", "one two the"},
+                          {three, "ctrl+BackSpace", "one two "},
+                          {three, "ctrl+Left ctrl+Left x", "one xtwo three"},
+                          {three, "Home ctrl+Right x", "onex two three"},
+                          {three, "shift+Left shift+Left x", "one two thrx"},
+                          {three, "ctrl+a x", "x"},
+                          {three, "shift+Home Delete a asterisk", "a"},
+                          {three, "Home shift+ctrl+Right ctrl+c End ctrl+v", "one two threeone"},
+                          {three, "ctrl+a ctrl+x b ctrl+v", "bone two three"},
+                          {three, "ctrl+a Delete ctrl+z", three},
+                          {three, "ctrl+a Delete Escape", three},
+                          {letters, "Home Right Delete", "au"},
+                          {letters, "Left BackSpace", "au"},
+                          {letters, "Home Right shift+Right x", "axu"},
+                          {letters, "Home Right Right x", "a\xc3\xa9xu"}};
     auto* edit = add(new CEdit(win.get(), "e", 10, 10, 120, 20));
     for (const Case& c : cases) {
         changes = 0;
-        edit->setText("one two three");
+        edit->setText(c.before);
         win->setKeyCtrl(edit);
-        std::vector<std::string> words = {"key"};
-        words.insert(words.end(), c.keys.begin(), c.keys.end());
-        words.emplace_back("Return");
-        act(words);
-        EXPECT_STREQ(edit->text.asChar(), c.text) << c.keys.back();
-        EXPECT_EQ(changes, edit->text == "one two three" ? 0 : 1) << c.keys.back();
+        xdo(std::string("key ") + c.keys + " Return");
+        EXPECT_STREQ(edit->text.asChar(), c.text) << c.keys;
+        EXPECT_EQ(changes, edit->text == c.before ? 0 : 1) << c.keys;
         EXPECT_EQ(win->keyCtrl, nullptr);
-    }
-}
-
-TEST_F(ControlTest, AnEditFieldPassesWholeLetters) {
-    struct Case {
-        std::vector<std::string> keys;
-        const char* text;
-    };
-    const Case cases[] = {{{"key", "Home", "Right", "Delete"}, "au"},
-                          {{"key", "End", "Left", "BackSpace"}, "au"},
-                          {{"key", "Home", "Right", "shift+Right", "x"}, "axu"},
-                          {{"key", "Home", "Right", "Right", "x"}, "a\xc3\xa9xu"}};
-    auto* edit = add(new CEdit(win.get(), "e", 10, 10, 120, 20));
-    win->setKeyCtrl(edit);
-    for (const Case& c : cases) {
-        edit->setText("a\xc3\xa9u");
-        act(c.keys);
-        EXPECT_STREQ(edit->text.asChar(), c.text) << c.keys.back();
     }
     edit->setText("a");
     edit->keyDown(0xe9, 0); // keys are Latin-1
@@ -116,64 +100,57 @@ TEST_F(ControlTest, AnEditFieldPassesWholeLetters) {
 TEST_F(ControlTest, AnEditFieldTakesTheMouse) {
     auto* edit = add(new CEdit(win.get(), "e", 10, 10, 120, 20));
     edit->setText("one two three");
-    at(10 + 4 + 4 * 6 + 1, 20, {"mousedown", "1"});
+    at(10 + 4 + 4 * 6 + 1, 20, "mousedown 1");
     EXPECT_EQ(edit->cursor, 3);
-    act({"mousemove_relative", "18", "0", "mouseup", "1"});
+    xdo("mousemove_relative 18 0 mouseup 1");
     EXPECT_TRUE(edit->selection() == "two");
-    at(10 + 4 + 10 * 6, 15, {"mousedown", "1", "mouseup", "1", "mousedown", "1", "mouseup", "1"});
+    at(10 + 4 + 10 * 6, 15, "mousedown 1 mouseup 1 mousedown 1 mouseup 1");
     EXPECT_TRUE(edit->selection() == "three");
     edit->upperCase = true;
-    act({"key", "q"});
+    xdo("key q");
     EXPECT_TRUE(edit->text == "one two Q");
 }
 
+/// A value of 0 to 200 on 60 pixels, with the pointer in its left half at first. A drag of 24
+/// pixels right and 12 up is 36 x 0.5 / 3 = 6 steps.
 TEST_F(ControlTest, AValueIsDraggedTurnedNudgedAndTyped) {
-    auto* value = add(new CValue(win.get(), "v", 10, 10, 60, 20));
-    value->max = 200;
-    value->showValue(120);
-    EXPECT_EQ(changes, 0);
-    // 24 pixels right and 12 up are 36 x 0.5 / 3 = 6 steps.
-    at(20, 20, {"mousedown", "1"});
-    act({"mousemove_relative", "--", "24", "-12"});
-    act({"mouseup", "1"});
-    EXPECT_EQ(value->value, 126);
-    at(60, 20, {"click", "3"});
-    EXPECT_EQ(value->value, 127);
-    at(15, 20, {"click", "3"});
-    EXPECT_EQ(value->value, 126);
-    act({"click", "4"});
-    EXPECT_EQ(value->value, 126);
-    act({"keydown", "ctrl", "click", "4", "keydown", "shift", "click", "5", "keyup", "shift",
-         "keyup", "ctrl"});
-    EXPECT_EQ(value->value, 126 + 1 - 10);
-    at(30, 25, {"mousedown", "1", "mouseup", "1", "mousedown", "1", "mouseup", "1"});
-    EXPECT_EQ(win->keyCtrl, value);
-    act({"key", "9", "9", "9", "Return"});
-    EXPECT_EQ(value->value, 200);
-    win->setKeyCtrl(value);
-    act({"key", "x", "Return"});
-    EXPECT_EQ(value->value, 200);
-    value->step = 0;
-    at(20, 20, {"mousedown", "1"});
-    act({"mousemove_relative", "--", "-60", "0"});
-    act({"mouseup", "1"});
-    EXPECT_EQ(value->value, 200);
-}
-
-TEST_F(ControlTest, AValueCanWaitForTheEndOfADrag) {
-    auto* value = add(new CValue(win.get(), "v", 10, 10, 60, 20));
-    value->liveUpdate = false;
-    value->displayOffset = 1;
-    at(20, 20, {"mousedown", "1"});
-    act({"mousemove_relative", "30", "0"});
-    EXPECT_EQ(value->value, 5);
-    EXPECT_EQ(changes, 0);
-    act({"mouseup", "1"});
-    EXPECT_EQ(changes, 1);
-    EXPECT_TRUE(value->getText() == "6");
-    win->setKeyCtrl(value);
-    act({"key", "8", "Return"});
-    EXPECT_EQ(value->value, 7);
+    struct Case {
+        const char* steps;
+        int value, changes;
+        bool live = true;
+        int step = 1;
+    };
+    const char *drag = "mousedown 1;mousemove_relative -- 24 -12", *release = "mouseup 1";
+    const std::string whole = std::string(drag) + ";" + release;
+    const Case cases[] = {{whole.c_str(), 126, 1},
+                          {drag, 126, 0, false},
+                          {whole.c_str(), 126, 1, false},
+                          {whole.c_str(), 120, 0, true, 0},
+                          {"click 3", 119, 1},
+                          {"mousemove_relative 40 0 click 3", 121, 1},
+                          {"click 4", 120, 0},
+                          {"keydown ctrl click 4 keyup ctrl", 121, 1},
+                          {"keydown ctrl keydown shift click 5 keyup shift keyup ctrl", 110, 1},
+                          {"click --repeat 2 --delay 20 1;key 9 9 9 Return", 200, 1},
+                          {"click --repeat 2 --delay 20 1;key 8 Return", 7, 1},
+                          {"click --repeat 2 --delay 20 1;key x Return", 120, 0}};
+    for (const Case& c : cases) {
+        auto* value = add(new CValue(win.get(), "v", 10, 10, 60, 20));
+        value->max = 200;
+        value->displayOffset = 1;
+        value->liveUpdate = c.live;
+        value->step = c.step;
+        value->showValue(120);
+        changes = 0;
+        app->lastMouseTime = -1;
+        at(20, 20);
+        std::istringstream lines(c.steps);
+        for (std::string line; std::getline(lines, line, ';');) xdo(line);
+        EXPECT_EQ(value->value, c.value) << c.steps;
+        EXPECT_EQ(changes, c.changes) << c.steps;
+        xdo(release);
+        win->clear();
+    }
 }
 
 TEST_F(ControlTest, ADecimalValueIsTypedWithItsPoint) {
@@ -183,20 +160,14 @@ TEST_F(ControlTest, ADecimalValueIsTypedWithItsPoint) {
     value->showValue(12050);
     EXPECT_TRUE(value->getText() == "120.50");
     struct Case {
-        std::vector<std::string> keys;
+        const char* keys;
         int value;
     };
-    const Case cases[] = {{{"9", "8", "period", "7", "6"}, 9876},
-                          {{"9", "8", "comma", "5"}, 9850},
-                          {{"9", "9", "9"}, 30000},
-                          {{"1", "x"}, 30000}};
-    for (const Case& c : cases) {
+    for (const Case& c :
+         {Case{"9 8 period 7 6", 9876}, {"9 8 comma 5", 9850}, {"9 9 9", 30000}, {"1 x", 30000}}) {
         win->setKeyCtrl(value);
-        std::vector<std::string> words = {"key"};
-        words.insert(words.end(), c.keys.begin(), c.keys.end());
-        words.emplace_back("Return");
-        act(words);
-        EXPECT_EQ(value->value, c.value);
+        xdo(std::string("key ") + c.keys + " Return");
+        EXPECT_EQ(value->value, c.value) << c.keys;
     }
 }
 
@@ -226,33 +197,33 @@ TEST_F(ControlTest, AScrollBarKeepsProportions) {
 TEST_F(ControlTest, AScrollBarIsPressedAndDragged) {
     auto* bar = add(new CScrollbar(win.get(), "s", 10, 0, 16, 140));
     bar->setRange(1000, 250); // thumb 27 of a track of 108: a travel of 81
-    at(18, 20, {"mousedown", "1"});
-    act({"mousemove_relative", "0", "27"});
-    act({"mouseup", "1"});
+    at(18, 20, "mousedown 1");
+    xdo("mousemove_relative 0 27");
+    xdo("mouseup 1");
     EXPECT_EQ(bar->pos, 250);
     EXPECT_EQ(changes, 1);
-    at(18, 135, {"mousedown", "1"});
+    at(18, 135, "mousedown 1");
     EXPECT_EQ(bar->pos, 252);
     EXPECT_TRUE(pumpUntil([&] { return bar->pos > 300; })); // faster and faster
-    act({"mouseup", "1"});
+    xdo("mouseup 1");
     EXPECT_TRUE(app->timers.empty());
     const int before = bar->pos;
-    at(18, 18, {"click", "1"});
+    at(18, 18, "click 1");
     EXPECT_LE(bar->pos, before - 8);
 }
 
 TEST_F(ControlTest, AFaderCountsFromItsFoot) {
     auto* fader = add(new CFader(win.get(), "f", 10, 10, 20, 116));
     EXPECT_EQ(fader->pos, 0);
-    at(20, 118, {"mousedown", "1"}); // travel 100
-    act({"mousemove_relative", "--", "0", "-30"});
-    act({"mouseup", "1"});
+    at(20, 118, "mousedown 1"); // travel 100
+    xdo("mousemove_relative -- 0 -30");
+    xdo("mouseup 1");
     EXPECT_EQ(fader->pos, 30);
-    act({"click", "4"});
+    xdo("click 4");
     EXPECT_EQ(fader->pos, 30);
-    act({"keydown", "ctrl", "click", "4", "keyup", "ctrl"});
+    xdo("keydown ctrl click 4 keyup ctrl");
     EXPECT_EQ(fader->pos, 31);
     win->setKeyCtrl(fader);
-    act({"key", "Down", "Prior", "Prior", "Next"});
+    xdo("key Down Prior Prior Next");
     EXPECT_EQ(fader->pos, 40);
 }

@@ -17,12 +17,7 @@ protected:
         win = bareWindow(400, 300);
         clock = new ProbeCtrl(win.get(), "clock", 0, 0, 1, 1);
         win->addControl(clock);
-        clock->onTick = [this] {
-            if (steps.empty()) return app->killTimer(clock);
-            const std::function<void()> step = steps.front();
-            steps.erase(steps.begin());
-            step();
-        };
+        clock->onTick = [this] { nextStep(); };
         docker = std::make_unique<CDocker>(app.get(), win.get(), "docker", 0, 40, 400, 260);
         docker->onChange = counter.change();
         a = window("a", 120);
@@ -58,20 +53,15 @@ protected:
         return text;
     }
     /// A point of a window on the screen, then more words of xdotool.
-    void on(CWin* w, int x, int y, const Words& then) {
+    void on(CWin* w, int x, int y, const std::string& then) {
         const CPoint at = w->getPos(true);
-        Words words = {"mousemove", std::to_string(at.x + x), std::to_string(at.y + y)};
-        words.insert(words.end(), then.begin(), then.end());
-        act(words);
+        xdo("mousemove " + std::to_string(at.x + x) + " " + std::to_string(at.y + y) + " " + then);
     }
     /// Opens the menu of a caption, and presses keys in it.
-    void menu(CWin* w, const Words& keys) {
-        for (const std::string& key : keys)
-            whenever([this] { return !app->menus.empty(); },
-                     [key] {
-                         runCommand({"xdotool", "key", key});
-                     });
-        on(w, 60, 12, {"click", "3"});
+    void menu(CWin* w, const char* keys) {
+        for (const std::string& key : split(keys))
+            whenever([this] { return !app->menus.empty(); }, [key] { xdotool("key " + key); });
+        on(w, 60, 12, "click 3");
         settle();
     }
 
@@ -92,64 +82,32 @@ TEST_F(DockerTest, WindowsBecomePagesAndComeBack) {
     };
     const Step table[] = {
         {"at first", [] {}, "0/0 a- b-"},
-        {"dock",
-         [&] {
-             menu(a.get(), {"Down", "Down", "Right", "Return"});
-         },
-         "1/2 a1! b-", asPoint(240, 120)},
+        {"dock", [&] { menu(a.get(), "Down Down Right Return"); }, "1/2 a1! b-", asPoint(240, 120)},
         {"drag",
          [&] {
-             on(a.get(), 60, 12, {"mousedown", "1"});
-             act({"mousemove_relative", "--", "-90", "-50"});
-             act({"mouseup", "1"});
+             on(a.get(), 60, 12, "mousedown 1");
+             xdo("mousemove_relative -- -90 -50");
+             xdo("mouseup 1");
          },
          "1/2 a1! b-", asPoint(150, 70)},
-        {"join",
-         [&] {
-             menu(b.get(), {"Down", "Down", "Right", "Down", "Return"});
-         },
-         "1/2 a1 b1!"},
-        {"press",
-         [&] {
-             on(a.get(), 20, 60, {"click", "1"});
-         },
-         "1/2 a1! b1"},
-        {"Tab",
-         [&] {
-             act({"key", "Tab"});
-         },
-         "1/2 a1 b1!"},
-        {"undock",
-         [&] {
-             menu(b.get(), {"Down", "Down", "Right", "Return"});
-         },
-         "1/2 a1! b-"},
-        {"enlarge",
-         [&] {
-             on(a.get(), 60, 12, {"click", "--repeat", "2", "1"});
-         },
-         "1/2 a1m! b-"},
+        {"join", [&] { menu(b.get(), "Down Down Right Down Return"); }, "1/2 a1 b1!"},
+        {"press", [&] { on(a.get(), 20, 60, "click 1"); }, "1/2 a1! b1"},
+        {"Tab", [&] { xdo("key Tab"); }, "1/2 a1 b1!"},
+        {"undock", [&] { menu(b.get(), "Down Down Right Return"); }, "1/2 a1! b-"},
+        {"enlarge", [&] { on(a.get(), 60, 12, "click --repeat 2 1"); }, "1/2 a1m! b-"},
         {"first", [&] { docker->setActive(0); }, "0/2 a1m b-"},
         {"next", [&] { docker->nextDock(1); }, "1/2 a1m! b-"},
         {"restore",
          [&] {
              win->setFocus(true);
              settle();
-             act({"key", "F11"});
+             xdo("key F11");
          },
          "1/2 a1! b-", asPoint(150, 70)},
-        {"close",
-         [&] {
-             on(a.get(), 148, 12, {"click", "1"});
-         },
-         "0/0 a1x b-"},
+        {"close", [&] { on(a.get(), 148, 12, "click 1"); }, "0/0 a1x b-"},
         {"no page", [&] { docker->setActive(1); }, "0/0 a1x b-"},
         {"open", [&] { a->show(true); }, "1/2 a1! b-"},
-        {"second",
-         [&] {
-             menu(b.get(), {"Down", "Down", "Right", "Return"});
-         },
-         "2/3 a1 b2!"},
+        {"second", [&] { menu(b.get(), "Down Down Right Return"); }, "2/3 a1 b2!"},
         {"delete", [&] { b.reset(); }, "0/2 a1"},
     };
     for (const Step& step : table) {
@@ -180,13 +138,13 @@ TEST_F(DockerTest, KeysReachThePageInFront) {
     docker->dockWin(a.get(), -1);
     win->setFocus(true);
     settle();
-    on(a.get(), 40, 45, {"click", "1", "type", "x"});
+    on(a.get(), 40, 45, "click 1 type x");
     EXPECT_EQ(win->keyTarget(), inside);
     EXPECT_STREQ(inside->text.asChar(), "x");
-    on(win.get(), 40, 20, {"click", "1", "type", "y"});
+    on(win.get(), 40, 20, "click 1 type y");
     EXPECT_EQ(a->keyCtrl, nullptr);
     EXPECT_STREQ(outside->text.asChar(), "y");
-    on(a.get(), 40, 45, {"click", "1"});
+    on(a.get(), 40, 45, "click 1");
     docker->setActive(0);
     EXPECT_EQ(win->keyTarget(), nullptr) << "a page behind keeps no keys";
 }

@@ -1,4 +1,4 @@
-#include "TestServer.h"
+#include "ControlFixture.h"
 
 #include "gui/CBitmap.h"
 #include "gui/Keys.h"
@@ -15,25 +15,16 @@
 
 namespace {
 
-/// A window at (100, 100) with one control at (20, 30) of 100 x 80.
-class EventTest : public GuiTest {
+/// The window of controls with one at (20, 30) of 100 x 80.
+class EventTest : public ControlTest {
 protected:
     void SetUp() override {
-        GuiTest::SetUp();
-        if (!usable()) return;
-        win = bareWindow();
-        probe = new ProbeCtrl(win.get(), "probe", 20, 30, 100, 80);
-        win->addControl(probe);
+        ControlTest::SetUp();
+        if (usable()) probe = add(new ProbeCtrl(win.get(), "probe", 20, 30, 100, 80));
         win->redraw();
         settle();
     }
-    void TearDown() override {
-        win.reset();
-        GuiTest::TearDown();
-    }
-    void point(int x, int y) {
-        act({"mousemove", std::to_string(120 + x), std::to_string(130 + y)});
-    }
+    void point(int x, int y) { at(20 + x, 30 + y); }
     /// The presses among the entries, without their place.
     std::vector<int> presses() const {
         std::vector<int> found;
@@ -43,104 +34,66 @@ protected:
         return found;
     }
 
-    std::unique_ptr<CWin> win;
     ProbeCtrl* probe = nullptr;
 };
 
 } // namespace
 
+/// Each key with its code and the modifiers: 16 Shift, 32 Control, 64 Alt.
 TEST_F(EventTest, KeysBecomeCodes) {
-    struct Case {
-        const char* name;
-        int key, mods;
-    };
-    const Case cases[] = {{"a", 'a', 0},
-                          {"shift+a", 'A', modShift},
-                          {"ctrl+a", 'a', modControl},
-                          {"alt+a", 'a', modAlt},
-                          {"space", ' ', 0},
-                          {"asterisk", keyAsterisk, modShift},
-                          {"Home", keyHome, 0},
-                          {"Left", keyLeft, 0},
-                          {"Up", keyUp, 0},
-                          {"Right", keyRight, 0},
-                          {"Down", keyDown, 0},
-                          {"End", keyEnd, 0},
-                          {"Delete", keyDelete, 0},
-                          {"BackSpace", keyBackspace, 0},
-                          {"Return", keyReturn, 0},
-                          {"Escape", keyEscape, 0},
-                          {"Prior", keyPageUp, 0},
-                          {"Next", keyPageDown, 0},
-                          {"F1", -15, 0},
-                          {"F12", -26, 0},
-                          {"ctrl+shift+z", 'Z', 48},
-                          {"ediaeresis", 0xeb, 0}};
+    const char* keys = "a=97,0 shift+a=65,16 ctrl+a=97,32 alt+a=97,64 space=32,0 asterisk=-27,16 "
+                       "Home=-1,0 Left=-2,0 Up=-3,0 Right=-4,0 Down=-5,0 End=-6,0 Delete=-7,0 "
+                       "BackSpace=-8,0 Return=-9,0 Escape=-11,0 Prior=-12,0 Next=-13,0 F1=-15,0 "
+                       "F12=-26,0 ctrl+shift+z=90,48 ediaeresis=235,0";
     KeySym symbols[2] = {XK_ediaeresis, XK_ediaeresis}; // a layout that changes while we run
     XChangeKeyboardMapping(liveDisplay(), 200, 2, symbols, 1);
     settle();
     win->setKeyCtrl(probe);
-    for (const Case& c : cases) {
+    for (const std::string& key : split(keys)) {
+        const size_t is = key.find('='), comma = key.find(',');
         probe->log.clear();
-        act({"key", c.name});
-        const std::string expected = "key " + std::to_string(c.key) + " " + std::to_string(c.mods);
-        EXPECT_TRUE(probe->saw(expected)) << c.name << ": " << probe->last();
+        xdo("key " + key.substr(0, is));
+        const std::string code = key.substr(is + 1, comma - is - 1), mods = key.substr(comma + 1);
+        EXPECT_TRUE(probe->saw("key " + code + " " + mods)) << key << ": " << probe->last();
     }
-    for (const char* silent : {"Shift_L", "Control_L", "Insert", "Super_L"}) {
-        probe->log.clear();
-        act({"key", silent});
-        EXPECT_TRUE(probe->log.empty()) << silent << ": " << probe->last();
-    }
+    probe->log.clear();
+    xdo("key Shift_L Control_L Insert Super_L");
+    EXPECT_TRUE(probe->log.empty()) << probe->last();
 }
 
 /// Who is asked first for a key, and that an answer ends the search.
 TEST_F(EventTest, KeysAreOfferedInOrder) {
     std::string asked;
-    struct Asker : CObject {
-        std::string* asked;
-        char name;
-        bool takes = false;
-        bool key(CObject*, int&, int) {
-            *asked += name;
-            return takes;
-        }
-        COnKey* hook() { return new _COnKey<Asker>(this, &Asker::key); }
-    };
-    Asker askers[4];
-    for (int i = 0; i < 4; i++) {
-        askers[i].asked = &asked;
-        askers[i].name = char('1' + i);
-    }
-    auto* hooked = new ProbeCtrl(win.get(), "hooked", 0, 0, 5, 5);
-    win->addControl(hooked);
-    hooked->onKeyDown = askers[0].hook();
-    app->keyHookCtrl = hooked;
-    app->onKey = askers[1].hook();
-    win->onAccelerator = askers[2].hook();
-    win->onKeyDown = askers[3].hook();
-    act({"key", "a"});
-    EXPECT_EQ(asked, "1234");
+    Target hook([&] { asked += 'h'; }), global([&] { asked += 'g'; }), near([&] { asked += 'n'; }),
+        last([&] { asked += 'l'; });
+    app->keyHookCtrl = probe;
+    probe->onKeyDown = hook.key();
+    app->onKey = global.key();
+    win->onAccelerator = near.key();
+    win->onKeyDown = last.key();
+    xdo("key a");
+    EXPECT_EQ(asked, "hgnl");
     asked.clear();
-    askers[1].takes = true;
-    act({"key", "a"});
-    EXPECT_EQ(asked, "12");
+    global.takes = true;
+    xdo("key a");
+    EXPECT_EQ(asked, "hg");
 }
 
 TEST_F(EventTest, ButtonsArriveInTheControlsCoordinates) {
     point(5, 7);
-    act({"mousedown", "1"});
+    xdo("mousedown 1");
     EXPECT_EQ(probe->last(), "down 5 7 1");
     EXPECT_TRUE(probe->isPushed());
-    act({"mousemove_relative", "--", "-60", "0"}); // out of the window
+    xdo("mousemove_relative -- -60 0"); // out of the window
     EXPECT_EQ(probe->last(), "move -55 7 1");
-    act({"mouseup", "1"});
+    xdo("mouseup 1");
     EXPECT_EQ(probe->last(), "up -55 7 1");
     EXPECT_FALSE(probe->isPushed());
     point(50, 50);
-    act({"keydown", "shift", "keydown", "ctrl", "click", "3", "keyup", "ctrl", "keyup", "shift"});
+    xdo("keydown shift keydown ctrl click 3 keyup ctrl keyup shift");
     EXPECT_TRUE(probe->saw("down 50 50 50")) << probe->last(); // 2 + 16 + 32
     point(70, 50);
-    act({"click", "2"});
+    xdo("click 2");
     EXPECT_TRUE(probe->saw("down 70 50 4"));
 }
 
@@ -148,8 +101,9 @@ TEST_F(EventTest, ButtonsArriveInTheControlsCoordinates) {
 TEST_F(EventTest, MotionsAreMerged) {
     point(5, 5);
     probe->log.clear();
-    act({"mousemove", "130", "140", "mousemove", "131", "141", "mousedown", "1", "mousemove", "140",
-         "150", "mousemove", "150", "160", "mouseup", "1", "mousemove", "151", "161"});
+    xdo("mousemove 129 140 mousemove 130 140 mousemove 131 141 mousedown 1 mousemove 140 150 "
+        "mousemove 150 160 "
+        "mouseup 1 mousemove 151 161");
     EXPECT_EQ(probe->log, (std::vector<std::string>{"move 11 11 0", "down 11 11 1", "move 30 30 1",
                                                     "up 30 30 1", "move 31 31 0"}));
 }
@@ -206,40 +160,35 @@ TEST_F(EventTest, ForeignWindowsNameTheirFunction) {
 /// Two presses within 7 pixels and 400 ms are a double click; a wheel turn between is none.
 TEST_F(EventTest, PressesBecomeDouble) {
     const struct {
-        std::vector<std::string> commands;
+        const char* commands;
         std::vector<int> presses;
-    } cases[] = {{{"click", "1", "click", "1", "click", "1"}, {1, 9, 1}},
-                 {{"click", "1", "mousemove_relative", "8", "0", "click", "1"}, {1, 1}},
-                 {{"click", "1", "mousemove_relative", "--", "-7", "7", "click", "1"}, {1, 9}},
-                 {{"click", "1", "click", "4", "click", "1"}, {1, 9}}};
+    } cases[] = {{"click 1 click 1 click 1", {1, 9, 1}},
+                 {"click 1 mousemove_relative 8 0 click 1", {1, 1}},
+                 {"click 1 mousemove_relative -- -7 7 click 1", {1, 9}},
+                 {"click 1 click 4 click 1", {1, 9}}};
     int x = 10; // each case elsewhere
     for (const auto& c : cases) {
         point(x += 20, 40);
         probe->log.clear();
-        act(c.commands);
-        EXPECT_EQ(presses(), c.presses) << c.commands[2];
+        xdo(c.commands);
+        EXPECT_EQ(presses(), c.presses) << c.commands;
     }
 }
 
 TEST_F(EventTest, TheWheelHasTwoAxes) {
     point(10, 10);
     probe->log.clear();
-    act({"click", "4", "click", "5", "click", "6", "click", "7", "click", "8"});
+    xdo("click 4 click 5 click 6 click 7 click 8");
     EXPECT_EQ(probe->log, (std::vector<std::string>{"wheel 10 10 0 32 0", "wheel 10 10 0 -32 0",
                                                     "wheel 10 10 0 0 32", "wheel 10 10 0 0 -32"}));
 }
 
 TEST_F(EventTest, AnUnusedWheelClimbsToTheParents) {
-    struct Taker : CObject {
-        int dy = 0;
-        bool wheel(CObject*, int, int, int, int y, int) {
-            dy = y;
-            return true;
-        }
-    } taker;
-    win->clientGroup->onWheel = new _COnWheel<Taker>(&taker, &Taker::wheel);
+    Target taker([] {});
+    taker.takes = true;
+    win->clientGroup->onWheel = taker.wheel();
     point(10, 10);
-    act({"click", "5"});
+    xdo("click 5");
     EXPECT_TRUE(probe->saw("wheel 10 10 0 -32 0"));
     EXPECT_EQ(taker.dy, -32);
 }
@@ -249,10 +198,10 @@ TEST_F(EventTest, WhileOneControlIsExclusiveNoOtherIsPressed) {
     win->addControl(other);
     app->exclusiveCtrl = other;
     point(10, 10);
-    act({"click", "1"});
+    xdo("click 1");
     EXPECT_TRUE(presses().empty());
     point(120, 10);
-    act({"click", "1"});
+    xdo("click 1");
     EXPECT_TRUE(other->saw("down 10 10 1"));
 }
 
@@ -264,7 +213,7 @@ TEST_F(EventTest, OnlyWhoAsksIsToldOfThePointer) {
     point(150, 90);
     point(12, 12);
     EXPECT_EQ(app->mouseOverCtrl, probe);
-    act({"mousemove", "600", "400"}); // out of the window
+    xdo("mousemove 600 400"); // out of the window
     EXPECT_EQ(app->mouseOverCtrl, nullptr);
     EXPECT_TRUE(probe->saw("enter"));
     EXPECT_EQ(probe->last(), "leave");
@@ -320,19 +269,16 @@ private:
 
 /// A control, its group or its window may go while any of its handlers runs.
 TEST_F(EventTest, HandlersMayDeleteWhatTheyStandOn) {
-    using Commands = std::vector<std::string>;
-    const Commands step = {"mousemove", "455", "155"}, click = {"click", "1"}, none,
-                   press = {"mousedown", "1", "mousemove_relative", "15", "0", "mouseup", "1"};
+    const char *step = "mousemove 455 155", *click = "click 1",
+               *press = "mousedown 1 mousemove_relative 15 0 mouseup 1";
     const struct {
         std::string handler;
-        Commands commands;
-    } cases[] = {{"down", click},           {"move", step},
-                 {"pushed", press},         {"up", click},
-                 {"wheel", {"click", "4"}}, {"key", {"key", "a"}},
-                 {"enter", step},           {"leave", {"mousemove", "600", "400"}},
-                 {"drag", press},           {"over", press},
-                 {"drop", press},           {"timer", none},
-                 {"focus", none},           {"blur", none}};
+        const char* commands;
+    } cases[] = {
+        {"down", click},      {"move", step},   {"pushed", press}, {"up", click},
+        {"wheel", "click 4"}, {"key", "key a"}, {"enter", step},   {"leave", "mousemove 600 400"},
+        {"drag", press},      {"over", press},  {"drop", press},   {"timer", nullptr},
+        {"focus", nullptr},   {"blur", nullptr}};
     for (const auto& c : cases) {
         for (const std::string how : {"clear", "group", "window", "delete"}) {
             int alive = 0;
@@ -361,8 +307,8 @@ TEST_F(EventTest, HandlersMayDeleteWhatTheyStandOn) {
             if (c.handler == "over" || c.handler == "drop") app->startDrag(victim);
             if (c.handler == "timer") app->addTimer(victim, 10, false);
             if (c.handler == "focus" || c.handler == "blur") app->addTimer(clock, 10, false);
-            if (c.handler != "enter") act({"mousemove", "450", "150"});
-            if (!c.commands.empty()) act(c.commands);
+            if (c.handler != "enter") xdo("mousemove 450 150");
+            if (c.commands) xdo(c.commands);
             EXPECT_TRUE(pumpUntil([&] { return alive == 0; })) << c.handler << " " << how;
             EXPECT_EQ(app->windowOf(handle) == nullptr, how == "window") << c.handler;
             if (app->windowOf(handle)) delete other;
@@ -374,7 +320,6 @@ TEST_F(EventTest, HandlersMayDeleteWhatTheyStandOn) {
     EXPECT_TRUE(probe->saw("move 10 10 0")); // the others live on
 }
 
-/// The window of a loop that nobody's handler has opened.
 TEST_F(EventTest, AModalWindowMayDeleteItself) {
     int alive = 0;
     auto* dialog = new CWin(app.get(), win.get(), "dialog", 400, 100, 150, 100, winNoBorder);
@@ -455,18 +400,15 @@ TEST_F(EventTest, TimerHandlersMayChangeTheTimers) {
 }
 
 TEST_F(EventTest, DragsAreDroppedWhereSomebodyTakesThem) {
-    struct Receiver : CObject {
-        std::vector<std::string> log;
-        void over(CObject*, int x, int y, int) { add("over", x, y); }
-        void drop(CObject*, int x, int y, int) { add("drop", x, y); }
-        void add(const char* what, int x, int y) {
-            log.push_back(std::string(what) + " " + std::to_string(x) + " " + std::to_string(y));
-        }
-    } receiver;
+    std::string last;
+    const auto note = [&](const char* what, const Target& from) {
+        last = what + std::to_string(from.at.x) + " " + std::to_string(from.at.y);
+    };
+    Target over([&] { note("over ", over); }), drop([&] { note("drop ", drop); });
     CWin other(app.get(), nullptr, "other", 400, 100, 200, 200, winNoBorder);
     auto* panel = new CGroup(&other, "panel", 10, 10, 150, 150);
-    panel->onDrop = new _COnMouse<Receiver>(&receiver, &Receiver::drop);
-    panel->onDragOver = new _COnMouse<Receiver>(&receiver, &Receiver::over);
+    panel->onDrop = drop.mouse();
+    panel->onDragOver = over.mouse();
     other.addControl(panel);
     panel->addControl(new ProbeCtrl(&other, "inner", 20, 20, 50, 50));
     other.show(true);
@@ -487,30 +429,79 @@ TEST_F(EventTest, DragsAreDroppedWhereSomebodyTakesThem) {
     app->mainWin = win.get();
 
     point(50, 40);
-    act({"mousedown", "1"});
-    act({"mousemove_relative", "8", "0"});
+    xdo("mousedown 1");
+    xdo("mousemove_relative 8 0");
     EXPECT_EQ(starts, 0);
-    act({"mousemove_relative", "1", "0"});
+    xdo("mousemove_relative 1 0");
     EXPECT_EQ(starts, 1);
     EXPECT_TRUE(app->hasDragType(dropSample) && app->hasDragObj(&dragged));
     EXPECT_TRUE(app->dragHasObject(7, 0) && !app->hasDragType(dropFile));
-    act({"mousemove", "440", "150"});
-    EXPECT_EQ(receiver.log.back(), "over 30 40");
-    act({"mousemove", "395", "150"}); // left of the window: the last word to the former one
-    EXPECT_EQ(receiver.log.back(), "over -15 40");
-    act({"mousemove", "441", "151"});
-    act({"mouseup", "1"});
-    EXPECT_EQ(receiver.log.back(), "drop 31 41");
+    xdo("mousemove 440 150");
+    EXPECT_EQ(last, "over 30 40");
+    xdo("mousemove 395 150"); // left of the window: the last word to the former one
+    EXPECT_EQ(last, "over -15 40");
+    xdo("mousemove 441 151");
+    xdo("mouseup 1");
+    EXPECT_EQ(last, "drop 31 41");
     EXPECT_EQ(starts, 1);
     EXPECT_EQ(ends, 1);
     EXPECT_EQ(app->dragList, nullptr);
     EXPECT_EQ(app->dragCtrl, nullptr);
     point(50, 40);
-    act({"mousedown", "1", "mousemove_relative", "20", "0"});
+    xdo("mousedown 1 mousemove_relative 20 0");
     win->hide(); // its release will never come
     EXPECT_EQ(ends, 2);
     EXPECT_EQ(app->dragCtrl, nullptr);
-    act({"mouseup", "1"});
+    xdo("mouseup 1");
+}
+
+namespace {
+/// Looks at the screen in the middle of its paint.
+struct Looker : ProbeCtrl {
+    using ProbeCtrl::ProbeCtrl;
+    std::function<void()> look;
+    void paint(CGraphic* g, CRect rect) override {
+        look();
+        ProbeCtrl::paint(g, rect);
+    }
+};
+} // namespace
+
+/// While a corner or a control is dragged the screen shows every control whole: between any two
+/// events, and in the middle of a repaint.
+TEST_F(EventTest, AShotInMidDragShowsWholeControls) {
+    win = std::make_unique<CWin>(app.get(), nullptr, "framed", 100, 100, 200, 150, winSizable);
+    probe = new ProbeCtrl(win.get(), "probe", 20, 30, 100, 80);
+    auto* late = new Looker(win.get(), "late", 0, 0, 10, 10);
+    int shots = 0;
+    late->look = [&] {
+        shots++;
+        EXPECT_EQ(Shot(win->handle, 200, 150).count(0x00ff00), 100 * 80) << shots;
+    };
+    Target mover([&] {
+        if (win->mouseCtrl) probe->setBounds(probe->left + 2, probe->top + 1, 100, 80);
+        win->redraw();
+    });
+    probe->fill = 0x00ff00;
+    probe->onMouseMove = mover.mouse();
+    win->addControl(probe);
+    win->show(true);
+    settle();
+    win->addControl(late);
+    for (const char* start : {"mousemove 299 249 mousedown 1", "mousemove 170 170 mousedown 1"}) {
+        xdo(start);
+        const int before = shots;
+        for (int step = 0; step < 5; step++) {
+            xdotool("mousemove_relative 3 2");
+            XEvent event;
+            for (XSync(liveDisplay(), False); app->nextEvent(event); late->look())
+                app->handleEvent(event);
+        }
+        xdo("mouseup 1");
+        EXPECT_GT(shots, before + 10);
+    }
+    EXPECT_EQ(win->getSize(), asPoint(215, 160));
+    EXPECT_EQ(probe->left, 30);
 }
 
 TEST_F(EventTest, ErrorsOfTheServerAreOnlyNoted) {

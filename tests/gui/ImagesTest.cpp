@@ -1,3 +1,4 @@
+#include "TestPng.h"
 #include "TestServer.h"
 
 #include "base/CStream.h"
@@ -7,8 +8,6 @@
 #include "gui/Images.h"
 #include "gui/Scale.h"
 
-#include <png.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <unistd.h>
@@ -17,20 +16,7 @@ namespace {
 
 constexpr int red = 0xff0000, blue = 0x0000ff;
 
-using Pixels = std::vector<uint32_t>; // R, G, B, opacity from the low byte up
-
-std::vector<uint8_t> pngOf(int width, int height, const Pixels& pixels) {
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = unsigned(width);
-    image.height = unsigned(height);
-    image.format = PNG_FORMAT_RGBA;
-    png_alloc_size_t bytes = 0;
-    png_image_write_get_memory_size(image, bytes, 0, pixels.data(), 0, nullptr);
-    std::vector<uint8_t> file(bytes);
-    png_image_write_to_memory(&image, file.data(), &bytes, 0, pixels.data(), 0, nullptr);
-    return file;
-}
+using Pixels = std::vector<uint32_t>;
 
 /// Colours and opacities of every kind.
 Pixels mixture(int count) {
@@ -58,10 +44,6 @@ std::unique_ptr<CBitmap> groundBitmap(int width, int height) {
     return bitmap;
 }
 
-Shot shotOf(const CBitmap& bitmap) {
-    return Shot(bitmap.pixmap, bitmap.deviceWidth(), bitmap.deviceHeight());
-}
-
 std::unique_ptr<CPNG> decoded(const std::vector<uint8_t>& file) {
     CMemoryStream stream;
     stream.write(file.data(), int(file.size()));
@@ -70,7 +52,7 @@ std::unique_ptr<CPNG> decoded(const std::vector<uint8_t>& file) {
 }
 
 void setImage(CImage2& image, int width, int height, const Pixels& pixels) {
-    const std::vector<uint8_t> file = pngOf(width, height, pixels);
+    const std::vector<uint8_t> file = makePng(width, height, pixels);
     image.mode = imagePng;
     image.width = width;
     image.height = height;
@@ -96,13 +78,13 @@ TEST(CPNGTest, IsCompositedPixelByPixel) {
         wantedScale = lowestScale;
         CApp app;
         ASSERT_TRUE(app.open());
-        const auto png = decoded(pngOf(wide, high, pixels));
+        const auto png = decoded(makePng(wide, high, pixels));
         ASSERT_EQ(png->valid, 1);
         const auto bitmap = groundBitmap(11, 5); // wider and lower than the picture
-        const Shot before = shotOf(*bitmap);
+        const Shot before = Shot(*bitmap);
         png->width = 10;
         png->draw(bitmap->graphic.get());
-        const Shot now = shotOf(*bitmap);
+        const Shot now = Shot(*bitmap);
         for (int y = 0; y < 5; y++)
             for (int x = 0; x < 11; x++) {
                 const int source = y * wide + std::min(x, wide - 1);
@@ -116,7 +98,7 @@ TEST(CPNGTest, IsCompositedPixelByPixel) {
 
 /// Files that end early, have any bit turned, or claim to be huge do no harm and take no memory.
 TEST(CPNGTest, HostileFilesAreRefused) {
-    std::vector<uint8_t> file = pngOf(20, 20, mixture(400));
+    std::vector<uint8_t> file = makePng(20, 20, mixture(400));
     for (size_t length = 0; length < file.size() - 12; length++) // 12: the closing chunk
         EXPECT_EQ(decoded({file.begin(), file.begin() + ptrdiff_t(length)})->valid, 0) << length;
     for (size_t at = 0; at < file.size(); at++) {
@@ -126,20 +108,20 @@ TEST(CPNGTest, HostileFilesAreRefused) {
         file[at] ^= uint8_t(1 << at % 8);
     }
     for (const auto& [w, h] : {std::pair{9000, 1}, {1, 9000}, {4097, 4096}})
-        EXPECT_EQ(decoded(pngOf(w, h, Pixels(size_t(w) * size_t(h))))->valid, 0) << w;
-    EXPECT_EQ(decoded(pngOf(8192, 2, Pixels(8192 * 2)))->valid, 1);
+        EXPECT_EQ(decoded(makePng(w, h, Pixels(size_t(w) * size_t(h))))->valid, 0) << w;
+    EXPECT_EQ(decoded(makePng(8192, 2, Pixels(8192 * 2)))->valid, 1);
 }
 
 TEST_F(GuiTest, RunsKeepAPictureButForItsLastPixel) {
     const int wide = 6, high = 5;
     Pixels pixels = mixture(wide * high);
     for (size_t i = 8; i < 15; i++) pixels[i] = 0xff00ffff;
-    const auto png = decoded(pngOf(wide, high, pixels));
+    const auto png = decoded(makePng(wide, high, pixels));
     CRLE rle;
     png->rle(&rle);
     const auto bitmap = groundBitmap(8, 8);
     rle.draw(bitmap.get());
-    const Shot now = shotOf(*bitmap);
+    const Shot now = Shot(*bitmap);
     for (int i = 0; i < wide * high - 1; i++) {
         uint32_t stored = pixels[size_t(i)];
         if (stored >> 24 < 255) stored = (stored & 0xffffff) | (stored >> 24) / 32 * 32 << 24;
@@ -149,7 +131,7 @@ TEST_F(GuiTest, RunsKeepAPictureButForItsLastPixel) {
     rle.version = 15;
     const auto clean = groundBitmap(8, 8);
     rle.draw(clean.get());
-    EXPECT_EQ(shotOf(*clean).count(ground), 64);
+    EXPECT_EQ(Shot(*clean).count(ground), 64);
 }
 
 /// The form's oddities: nothing for one pixel, opacity in steps of 32, count 0 for 65536 pixels.
@@ -180,7 +162,7 @@ TEST_F(GuiTest, RunsThatPointNowhereDoNoHarm) {
     rle.palette = {0xff0000ffU};
     const auto bitmap = groundBitmap(4, 4);
     rle.draw(bitmap.get());
-    EXPECT_EQ(shotOf(*bitmap).count(red), 12); // without the first row, which has no colour
+    EXPECT_EQ(Shot(*bitmap).count(red), 12); // without the first row, which has no colour
     for (const int size : {-6, 1 << 20}) {
         rle.width = size;
         rle.draw(bitmap.get());
@@ -191,10 +173,7 @@ TEST_F(GuiTest, RunsThatPointNowhereDoNoHarm) {
 /// rectangle and the clip, at every scale.
 TEST_F(GuiTest, PicturesAreTiledOverTheirBackground) {
     for (const int percent : {100, 150, 200}) {
-        app.reset();
-        wantedScale = percent;
-        app = std::make_unique<CApp>();
-        ASSERT_TRUE(app->open());
+        reopen(percent);
         CImage2 back, front;
         setImage(back, 2, 2, Pixels(4, 0xff000000U | 200U)); // (200, 0, 0)
         setImage(front, 8, 8, Pixels(64, 0x80000000U));      // half black
@@ -209,27 +188,26 @@ TEST_F(GuiTest, PicturesAreTiledOverTheirBackground) {
         }
         const int mixed = asColor((255 - 128) * 200 / 255, 0, 0);
         const CRect shown = toDevice(asRect(4, 3, 31, 20));
-        Shot now = shotOf(*bitmap);
+        Shot now = Shot(*bitmap);
         EXPECT_EQ(now.boundsOf(mixed), shown) << percent;
         EXPECT_EQ(now.count(mixed), shown.width() * shown.height()) << percent;
         EXPECT_EQ(g->setClip(CRect()), CRect());
         front.tiled = false;
         g->fillRect(blue, bitmap->getRect());
         front.draw(g, asRect(5, 5, 9, 100));
-        now = shotOf(*bitmap);
+        now = Shot(*bitmap);
         EXPECT_EQ(now.boundsOf(mixed), toDevice(asRect(5, 5, 9, 13))) << percent;
         front.cacheImage();
         EXPECT_EQ(front.getCache()->width, 8);
         front.reset();
         EXPECT_EQ(front.bitmap, nullptr);
-        app.reset();
     }
 }
 
 TEST_F(GuiTest, PicturesOfBadFilesAreNotDrawn) {
     char name[] = "/tmp/sondrava-picture-XXXXXX.png";
     close(mkstemps(name, 4));
-    const std::vector<uint8_t> file = pngOf(5, 4, mixture(20));
+    const std::vector<uint8_t> file = makePng(5, 4, mixture(20));
     const auto bitmap = groundBitmap(10, 10);
     for (const size_t length : {file.size(), file.size() / 2, size_t(0)}) {
         CFileStream(name, 1).write(file.data(), int(length));
@@ -242,7 +220,7 @@ TEST_F(GuiTest, PicturesOfBadFilesAreNotDrawn) {
         image.draw(bitmap->graphic.get(), bitmap->getRect());
         image.cacheImage();
         EXPECT_EQ(image.getCache(), nullptr);
-        EXPECT_EQ(shotOf(*bitmap).count(ground), 100);
+        EXPECT_EQ(Shot(*bitmap).count(ground), 100);
     }
     unlink(name);
     CImageChunk missing;

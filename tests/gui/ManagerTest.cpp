@@ -167,8 +167,8 @@ TEST_P(ManagerTest, ZonesAreDragged) {
         win->move(start.left, start.top, start.right, start.bottom);
         ASSERT_TRUE(comesTo(win.get(), start)); // and no frame of the manager's around it
         act({"mousemove", std::to_string(100 + c.x), std::to_string(100 + c.y), "mousedown", "1"});
-        act({"mousemove_relative", "20", "10"});
-        act({"mouseup", "1"});
+        xdo("mousemove_relative 20 10");
+        xdo("mouseup 1");
         EXPECT_TRUE(comesTo(win.get(), c.moved)) << c.x << "," << c.y;
         EXPECT_EQ(win->sizeMode, zoneNone);
     }
@@ -179,16 +179,19 @@ TEST_P(ManagerTest, WindowsAreMaximizedAndRestored) {
     for (const int style : {framed, framed | winManaged}) {
         if (!GetParam() && style & winManaged) continue; // nobody is there to be asked
         const auto win = show("Managed", nullptr, start, style);
-        const std::vector<std::string> doubled = {"mousemove", "200",   "112", "click",
-                                                  "1",         "click", "1"};
-        for (const std::vector<std::string>& command : {doubled, {"key", "F11"}}) {
+        // A double click on the caption, the key, and the button, 20 from the caption's right edge.
+        for (const char* command :
+             {"mousemove 200 112 click --repeat 2 1", "key F11", "mousemove 369 112 click 1"}) {
             ASSERT_TRUE(getsFocus(win.get()) || !GetParam());
-            act(command);
-            EXPECT_TRUE(comesTo(win.get(), screen)) << command[0] << " " << style;
+            app->lastMouseTime = -1;
+            xdo(command);
+            EXPECT_TRUE(comesTo(win.get(), screen)) << command << " " << style;
             EXPECT_TRUE(win->hasStyle(winMaximized));
-            win->restore();
-            EXPECT_TRUE(comesTo(win.get(), start)) << command[0] << " " << style;
+            xdo("key F11");
+            EXPECT_TRUE(comesTo(win.get(), start)) << command << " " << style;
         }
+        xdo("mousemove 387 112 click 1");
+        EXPECT_FALSE(win->visible);
     }
     if (!GetParam()) return;
     const auto win = show("Managed", nullptr, start, framed | winManaged);
@@ -199,7 +202,9 @@ TEST_P(ManagerTest, WindowsAreMaximizedAndRestored) {
     win->maximize();
     EXPECT_TRUE(pumpUntil([&] { return place(win.get()) != screen; }));
     EXPECT_FALSE(win->hasStyle(winMaximized));
-    win->minimize();
+    const CRect now = place(win.get());
+    xdo("mousemove " + std::to_string(now.left + now.right - 49) + " " +
+        std::to_string(now.top + 12) + " click 1"); // the button of the smallest reach
     EXPECT_TRUE(pumpUntil([&] { return !win->isViewable(); }));
     EXPECT_EQ(runCommand({"wmctrl", "-a", "Managed"}), 0);
     EXPECT_TRUE(getsFocus(win.get()));
@@ -228,17 +233,20 @@ TEST_P(ManagerTest, AnOwnedWindowStaysAboveAndADialogKeepsTheKeys) {
     auto* field = new ProbeCtrl(&dialog, "field", 0, 0, 100, 50);
     dialog.addControl(field);
     int ticks = 0;
-    bool clicked = false;
+    bool clicked = false, asked = false;
     field->onTick = [&] {
-        if (field->saw("key 97 0") || ++ticks > 100) {
-            dialog.hide();
+        if (++ticks > 100) return dialog.hide();
+        if (field->saw("key 97 0")) {
+            if (!GetParam()) return dialog.hide();
+            EXPECT_EQ(runCommand({"wmctrl", "-c", asked ? "Dialog" : "Owner"}), 0);
+            asked = true;
         } else if (dialog.hasFocus() && !clicked) {
             clicked = true;
-            runCommand({"xdotool", "mousemove", "100", "150", "click", "1"}); // on the owner
-            runCommand({"xdotool", "mousemove", "540", "440", "click", "1"});
+            xdotool("mousemove 100 150 click 1"); // on the owner
+            xdotool("mousemove 540 440 click 1");
         } else if (dialog.hasFocus()) {
             dialog.setKeyCtrl(field);
-            runCommand({"xdotool", "key", "a"});
+            xdotool("key a");
         }
     };
     app->addTimer(field, 30, true);
@@ -246,6 +254,8 @@ TEST_P(ManagerTest, AnOwnedWindowStaysAboveAndADialogKeepsTheKeys) {
     EXPECT_TRUE(field->saw("key 97 0"));
     EXPECT_TRUE(pressed(field));
     EXPECT_FALSE(pressed(behind));
+    EXPECT_LE(ticks, 100);
+    EXPECT_TRUE(owner->visible); // behind a dialog nothing is closed
     EXPECT_EQ(app->modalWin, nullptr);
     EXPECT_TRUE(getsFocus(owned.get())); // it comes back
 }

@@ -15,24 +15,10 @@ namespace {
 constexpr int red = 0xff0000, blue = 0x0000ff, black = 0;
 constexpr int scales[] = {100, 125, 150, 200, 275, 300};
 
-/// Tests that connect anew for each scale.
-class ScaleTest : public GuiTest {
-protected:
-    void useScale(int percent) {
-        app.reset();
-        wantedScale = percent;
-        app = std::make_unique<CApp>();
-        ASSERT_TRUE(app->open());
-        ASSERT_EQ(scalePercent, percent);
-    }
-};
+using ScaleTest = GuiTest;
 
 int rounded(int length, int percent) {
     return int(std::floor(length * percent / 100.0 + 0.5));
-}
-
-Shot shotOf(const CBitmap& bitmap) {
-    return Shot(bitmap.pixmap, bitmap.deviceWidth(), bitmap.deviceHeight());
 }
 
 } // namespace
@@ -65,28 +51,10 @@ TEST(Scale, LogicalLengthsSurviveTheWayThereAndBack) {
     scalePercent = lowestScale;
 }
 
-/// Rectangles side by side cover every device pixel once: red on blue leaves no black, and each has
-/// the width that lies between its rounded edges.
-TEST_F(ScaleTest, NeighboursNeitherOverlapNorLeaveGaps) {
-    for (const int percent : scales) {
-        useScale(percent);
-        CBitmap bitmap(40, 30);
-        CGraphic* g = bitmap.graphic.get();
-        g->fillRect(black, bitmap.getRect());
-        g->setRaster(1); // a pixel that is painted twice is black again
-        for (int x = 0, wide = 1; x < 40; x += wide, wide = wide % 5 + 1) {
-            const ClipScope scope(g, asRect(x, 0, std::min(40, x + wide), 30));
-            for (int y = 0; y < 30; y += 3) g->fillRect(red, asRect(0, y, wide, y + 3));
-        }
-        const Shot now = shotOf(bitmap);
-        EXPECT_EQ(now.count(red), rounded(40, percent) * rounded(30, percent)) << percent;
-    }
-}
-
 /// Lines are as thick as the rounded scale in every place, and frames stay inside.
 TEST_F(ScaleTest, LinesAreEquallyThickEverywhere) {
     for (const int percent : scales) {
-        useScale(percent);
+        reopen(percent);
         const int thick = rounded(1, percent);
         CBitmap bitmap(60, 40);
         CGraphic* g = bitmap.graphic.get();
@@ -94,17 +62,17 @@ TEST_F(ScaleTest, LinesAreEquallyThickEverywhere) {
         for (int at = 3; at < 20; at++) {
             g->fillRect(black, bitmap.getRect());
             g->drawLine(at, 5, at + 10, 5);
-            Shot now = shotOf(bitmap);
+            Shot now = Shot(bitmap);
             const int left = rounded(at, percent), top = rounded(5, percent);
             const CRect line = {left, top, rounded(at + 10, percent), top + thick};
             EXPECT_EQ(now.boundsOf(red), line) << at << " at " << percent;
             g->fillRect(black, bitmap.getRect());
             g->fillLine(red, asRect(2, at, 50, at + 1));
-            now = shotOf(bitmap);
+            now = Shot(bitmap);
             EXPECT_EQ(now.boundsOf(red).height(), thick) << at << " at " << percent;
             g->fillRect(black, bitmap.getRect());
             g->frameRect(red, asRect(at, at, at + 20, at + 10));
-            now = shotOf(bitmap);
+            now = Shot(bitmap);
             const CRect frame = toDevice(asRect(at, at, at + 20, at + 10));
             EXPECT_EQ(now.boundsOf(red), frame) << at << " at " << percent;
             EXPECT_EQ(now.count(red), 2 * thick * (frame.width() + frame.height() - 2 * thick));
@@ -116,18 +84,18 @@ TEST_F(ScaleTest, LinesAreEquallyThickEverywhere) {
 /// gradient has a colour for each line, and round corners lack one dot.
 TEST_F(ScaleTest, ShapesUseEveryDevicePixel) {
     for (const int percent : scales) {
-        useScale(percent);
+        reopen(percent);
         CBitmap bitmap(40, 40);
         CGraphic* g = bitmap.graphic.get();
         g->fillRect(black, bitmap.getRect());
         drawArrow(g, red, asRect(3, 3, 36, 36), dirDown, 4);
         const int lines = rounded(5, percent);
-        Shot now = shotOf(bitmap);
+        Shot now = Shot(bitmap);
         EXPECT_EQ(now.boundsOf(red).height(), lines) << percent;
         EXPECT_EQ(now.count(red), lines * lines) << percent; // 1 + 3 + 5 + ...
         const ClipScope scope(g, asRect(5, 7, 31, 33));
         drawGradient(g, asRect(0, 0, 26, 26), 0, 0xff, gradientDown);
-        now = shotOf(bitmap);
+        now = Shot(bitmap);
         const CRect area = toDevice(asRect(5, 7, 31, 33));
         for (int y = area.top; y < area.bottom; y++)
             EXPECT_NEAR(now.at(area.left, y), 255.0 * (y - area.top) / (area.height() - 1), 0.51)
@@ -138,7 +106,7 @@ TEST_F(ScaleTest, ShapesUseEveryDevicePixel) {
                 roundFrame(g, red, asRect(1, 2, 24, 25));
             else
                 roundRect(g, red, asRect(1, 2, 24, 25));
-            now = shotOf(bitmap);
+            now = Shot(bitmap);
             const CRect outer = toDevice(asRect(6, 9, 29, 32));
             const int dot = rounded(1, percent);
             EXPECT_EQ(now.boundsOf(red), outer) << percent;
@@ -152,7 +120,7 @@ TEST_F(ScaleTest, ShapesUseEveryDevicePixel) {
 /// A window, its events, what it paints and where it stands grow as one.
 TEST_F(ScaleTest, WindowsAndEventsStayLogical) {
     for (const int percent : {150, 200}) {
-        useScale(percent);
+        reopen(percent);
         auto win = bareWindow(201, 103);
         auto* probe = new ProbeCtrl(win.get(), "probe", 21, 11, 50, 30);
         probe->fill = red;
@@ -188,24 +156,5 @@ TEST_F(ScaleTest, WindowsAndEventsStayLogical) {
         EXPECT_EQ(win->getSize(), asPoint(155, 77));
         EXPECT_EQ(win->getPos(true), asPoint(33, 44));
         win.reset();
-    }
-}
-
-/// Bitmaps copied to any place fill what a rectangle of their size there would fill.
-TEST_F(ScaleTest, CopiesFillTheirPlace) {
-    for (const int percent : scales) {
-        useScale(percent);
-        CBitmap tile(7, 5), target(64, 48);
-        tile.graphic->fillRect(red, tile.getRect());
-        for (int at = 0; at < 20; at++) {
-            target.graphic->fillRect(black, target.getRect());
-            target.graphic->render(&tile, at, at + 3, 0, 0, 7, 5);
-            const CRect place = toDevice(asRect(at, at + 3, at + 7, at + 8));
-            const Shot now = shotOf(target);
-            EXPECT_EQ(now.boundsOf(red), place) << at << " at " << percent;
-            EXPECT_EQ(now.count(red), place.width() * place.height()) << at << " at " << percent;
-        }
-        target.graphic->drawTiled(&tile, asRect(1, 1, 60, 40));
-        EXPECT_EQ(shotOf(target).boundsOf(red), toDevice(asRect(1, 1, 60, 40))) << percent;
     }
 }

@@ -178,17 +178,14 @@ protected:
 
 TEST_F(SelectionsTest, TextComesFromOtherPrograms) {
     const std::string large = "printf 'x%0199999d\\303\\274' 7"; // 200,000 characters and one more
-    std::string largeText = "x" + std::string(199998, '0') + "7\xc3\xbc";
-    struct Case {
+    const std::string largeText = "x" + std::string(199998, '0') + "7\xc3\xbc";
+    const struct {
         std::string command, text;
-    };
-    const Case cases[] = {
-        {"printf 'tempo \\303\\274' | xclip -i -selection clipboard", "tempo \xc3\xbc"},
-        {"printf 'by xsel' | xsel -l /dev/null -i --clipboard", "by xsel"},
+    } cases[] = {
         {large + " | xclip -i -selection clipboard", largeText},
-        {large + " | xsel -l /dev/null -i --clipboard", largeText},
+        {"printf 'by xsel \\303\\274' | xsel -l /dev/null -i --clipboard", "by xsel \xc3\xbc"},
         {"xsel -c --clipboard; printf chosen | xclip -i -selection primary", "chosen"}};
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         shell(c.command + " 2>/dev/null");
         EXPECT_TRUE(pumpUntil([&] { return pasteText() == c.text.c_str(); })) << c.command;
     }
@@ -337,10 +334,10 @@ Outcome dragFiles(const Drag& drag, Window target) {
 /// not.
 TEST_F(SelectionsTest, FilesAreDroppedByOtherPrograms) {
     const char* two = "file:///songs/a%20b.wav\r\nfile:///c.mid\r\n";
-    const char* files = "text/uri-list";
+    const char *files = "text/uri-list", *both = "/songs/a b.wav|/c.mid|";
     const Drag drags[] = {
-        {"dropped", 5, false, files, two, 150, 150, Ending::drop, 1, 1, "/songs/a b.wav|/c.mid|"},
-        {"many forms", 3, true, files, two, 150, 150, Ending::drop, 1, 1, "/songs/a b.wav|/c.mid|"},
+        {"dropped", 5, false, files, two, 150, 150, Ending::drop, 1, 1, both},
+        {"many forms", 3, true, files, two, 150, 150, Ending::drop, 1, 1, both},
         {"nobody there", 5, false, files, two, 250, 150, Ending::drop, 0, 0, ""},
         {"left", 5, false, files, two, 150, 150, Ending::leave, 1, -1, ""},
         {"died", 5, false, files, two, 150, 150, Ending::death, 1, -1, ""},
@@ -348,42 +345,35 @@ TEST_F(SelectionsTest, FilesAreDroppedByOtherPrograms) {
         {"no files of ours", 5, false, files, "http://x/y\r\n", 150, 150, Ending::drop, 0, 0, ""},
         {"too old", 2, false, files, two, 150, 150, Ending::drop, -1, -1, ""},
         {"no files", 5, true, "text/rtf", two, 150, 150, Ending::drop, -1, -1, ""},
-        {"and again", 5, false, files, two, 150, 150, Ending::drop, 1, 1,
-         "/songs/a b.wav|/c.mid|"}};
+        {"and again", 5, false, files, two, 150, 150, Ending::drop, 1, 1, both}};
     const auto win = bareWindow();
     auto* taker = new ProbeCtrl(win.get(), "taker", 20, 20, 100, 80);
     win->addControl(taker);
     win->addControl(new ProbeCtrl(win.get(), "other", 130, 20, 60, 80));
-    struct Receiver : CObject {
-        CApp* app;
-        std::string dropped;
-        int over = 0;
-        void drop(CObject*, int x, int y, int btn) {
-            EXPECT_EQ(asPoint(x, y), asPoint(30, 30));
-            EXPECT_EQ(btn, 1);
-            for (const CDropItem* item : each<CDropItem>(*app->getDropItems()))
-                dropped += std::string(item->path.asChar()) + "|";
-            EXPECT_TRUE(app->hasDragType(dropFile));
-        }
-        void step(CObject*, int, int, int) { over++; }
-    } receiver;
-    receiver.app = app.get();
-    taker->onDrop = new _COnMouse<Receiver>(&receiver, &Receiver::drop);
-    taker->onDragOver = new _COnMouse<Receiver>(&receiver, &Receiver::step);
+    std::string dropped;
+    int over = 0;
+    Target stepper([&] { over++; }), dropper([&] {
+        EXPECT_EQ(dropper.at, asPoint(30, 30));
+        EXPECT_TRUE(app->hasDragType(dropFile));
+        for (const CDropItem* item : each<CDropItem>(*app->getDropItems()))
+            dropped += std::string(item->path.asChar()) + "|";
+    });
+    taker->onDrop = dropper.mouse();
+    taker->onDragOver = stepper.mouse();
     int ends = 0, expectedEnds = 0;
     Target ender([&] { ends++; });
     app->onEndDrag = ender.change();
     xerror = 0;
     for (const Drag& drag : drags) {
-        receiver.dropped.clear();
-        receiver.over = 0;
+        dropped.clear();
+        over = 0;
         Outcome outcome;
         beside([&] { outcome = dragFiles(drag, win->handle); });
         EXPECT_TRUE(pumpUntil([&] { return !app->dragList; })) << drag.name;
         EXPECT_EQ(outcome.status, drag.status) << drag.name;
         EXPECT_EQ(outcome.finished, drag.finished) << drag.name;
-        EXPECT_EQ(receiver.dropped, drag.dropped) << drag.name;
-        EXPECT_EQ(receiver.over > 0, drag.status == 1) << drag.name;
+        EXPECT_EQ(dropped, drag.dropped) << drag.name;
+        EXPECT_EQ(over > 0, drag.status == 1) << drag.name;
         expectedEnds += drag.list == two && drag.status >= 0;
         EXPECT_EQ(ends, expectedEnds) << drag.name;
     }
@@ -401,6 +391,6 @@ TEST_F(SelectionsTest, FilesAreDroppedByOtherPrograms) {
                   {long(win->handle), 5L << 24, long(peer.atom(files)), 0, 0});
     settle();
     EXPECT_EQ(app->dragList, nullptr);
-    act({"mousemove", "130", "130"});
+    xdo("mousemove 130 130");
     EXPECT_TRUE(taker->saw("move 10 10 0")); // its events still come
 }

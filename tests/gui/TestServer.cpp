@@ -2,6 +2,7 @@
 
 #include "base/CStringList.h"
 #include "base/Process.h"
+#include "gui/CBitmap.h"
 #include "gui/CGraphic.h"
 #include "gui/Fonts.h"
 #include "gui/Scale.h"
@@ -18,6 +19,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <iterator>
+#include <sstream>
 
 extern char** environ;
 
@@ -73,11 +76,17 @@ void GuiTest::SetUp() {
     setenv("DISPLAY", server->display.c_str(), 1);
     textSettings = {};
     textSettings.smooth = false; // each character of the server's font is 6 pixels wide
-    wantedScale = lowestScale;
-    app = std::make_unique<CApp>();
-    ASSERT_TRUE(app->open());
+    reopen(lowestScale);
     setMousePos(700, 500);
     settle();
+}
+
+void GuiTest::reopen(int percent) {
+    app.reset();
+    wantedScale = percent;
+    app = std::make_unique<CApp>();
+    ASSERT_TRUE(app->open());
+    ASSERT_EQ(scalePercent, percent);
 }
 
 void GuiTest::TearDown() {
@@ -96,6 +105,15 @@ int runCommand(const std::vector<std::string>& words) {
     CStringList argv;
     for (const std::string& w : words) argv.add(w.c_str());
     return runProcess(argv);
+}
+
+std::vector<std::string> split(const std::string& line) {
+    std::istringstream in(line);
+    return {std::istream_iterator<std::string>(in), {}};
+}
+
+int xdotool(const std::string& line) {
+    return runCommand(split("xdotool " + line));
 }
 
 void GuiTest::act(const std::vector<std::string>& words) {
@@ -130,6 +148,10 @@ Shot::Shot(unsigned long drawable, int w, int h) : width(w), height(h) {
     for (int y = 0; y < h; y++)
         for (int x = 0; x < w; x++) pixels.push_back(int(XGetPixel(image, x, y) & 0xffffff));
     XDestroyImage(image);
+}
+
+Shot::Shot(const CBitmap& bitmap)
+    : Shot(bitmap.pixmap, bitmap.deviceWidth(), bitmap.deviceHeight()) {
 }
 
 int Shot::at(int x, int y) const {

@@ -16,11 +16,8 @@ constexpr int white = 0xffffff, black = 0;
 class SmoothTextTest : public GuiTest {
 protected:
     void open(const TextSettings& settings, int percent = 100) {
-        app.reset();
         textSettings = settings;
-        wantedScale = percent;
-        app = std::make_unique<CApp>();
-        ASSERT_TRUE(app->open());
+        reopen(percent);
     }
     void SetUp() override {
         GuiTest::SetUp();
@@ -30,11 +27,10 @@ protected:
 
 /// The device rectangle of all that differs from the black ground.
 CRect inkOf(const CBitmap& bitmap) {
-    const int w = bitmap.deviceWidth(), h = bitmap.deviceHeight();
-    const Shot shot(bitmap.pixmap, w, h);
+    const Shot shot(bitmap);
     CRect ink;
-    for (int y = 0; y < h; y++)
-        for (int x = 0; x < w; x++)
+    for (int y = 0; y < bitmap.deviceHeight(); y++)
+        for (int x = 0; x < bitmap.deviceWidth(); x++)
             if (shot.at(x, y) != black) ink = unite(ink, asRect(x, y, x + 1, y + 1));
     return ink;
 }
@@ -48,7 +44,7 @@ CRect inkOfText(const CStr& text, CRect box, int where) {
 
 /// Pixels between black and white: the edges of outlines.
 int greys(const CBitmap& bitmap) {
-    const Shot shot(bitmap.pixmap, bitmap.deviceWidth(), bitmap.deviceHeight());
+    const Shot shot(bitmap);
     return bitmap.deviceWidth() * bitmap.deviceHeight() - shot.count(black) - shot.count(white);
 }
 
@@ -161,5 +157,6 @@ TEST_F(SmoothTextTest, TheServersFontGrowsToo) {
         EXPECT_NEAR(xConnection().font->textWidth("HHHHHHHHHH"), 60, 10) << percent;
         const CRect ink = inkOfText("H", asRect(0, 0, 60, 30), 0);
         EXPECT_NEAR(ink.height(), 9 * percent / 100, percent / 100) << percent;
+        EXPECT_NEAR(ink.top + ink.bottom, toDevice(30), 2 * percent / 100) << percent;
     }
 }

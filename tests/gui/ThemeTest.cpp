@@ -1,3 +1,4 @@
+#include "TestPng.h"
 #include "TestServer.h"
 #include "base/TempFolder.h"
 
@@ -6,8 +7,6 @@
 #include "gui/Colours.h"
 #include "gui/Drawing.h"
 #include "gui/Images.h"
-
-#include <png.h>
 
 #include <bit>
 #include <cmath>
@@ -39,17 +38,9 @@ int portable(int r, int g, int b) {
 
 /// A picture of one colour.
 Bytes pngOf(int width, int height, uint32_t rgba) {
-    const std::vector<uint32_t> pixels(size_t(width) * size_t(height), rgba);
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    image.width = unsigned(width);
-    image.height = unsigned(height);
-    image.format = PNG_FORMAT_RGBA;
-    png_alloc_size_t bytes = PNG_IMAGE_PNG_SIZE_MAX(image);
-    Bytes file(bytes, '\0');
-    png_image_write_to_memory(&image, file.data(), &bytes, 0, pixels.data(), 0, nullptr);
-    file.resize(bytes);
-    return file;
+    const std::vector<uint8_t> file =
+        makePng(width, height, std::vector<uint32_t>(size_t(width) * size_t(height), rgba));
+    return {file.begin(), file.end()};
 }
 Bytes image(const Bytes& name, int width, int height, const Bytes& png) {
     return record("img", text(name) + word(imagePng) + word(width) + word(height) + text(png));
@@ -108,12 +99,7 @@ TEST_F(ThemeTest, SavedLooksComeBack) {
         it.mode = i % 3;
     }
     std::vector<CGuiLook> saved;
-    std::vector<int> modes, pictures;
-    for (int i = 0; i < gui.numItems(); i++) {
-        saved.push_back(*gui.getItem(i));
-        modes.push_back(gui.getItem(i)->mode);
-        pictures.push_back(i % 5 == 4 ? i / 5 % 2 : -1);
-    }
+    for (int i = 0; i < gui.numItems(); i++) saved.push_back(*gui.getItem(i));
     const CStr path = folder.file("saved.qvl");
     ASSERT_TRUE(gui.save(path));
     EXPECT_FALSE(gui.save("/nowhere/theme.qvl"));
@@ -130,14 +116,14 @@ TEST_F(ThemeTest, SavedLooksComeBack) {
         const CGuiItem2& it = *gui.getItem(i);
         const CGuiLook& was = saved[size_t(i)];
         const char* name = it.id.asChar();
-        EXPECT_EQ(it.mode, modes[size_t(i)]) << name;
+        EXPECT_EQ(it.mode, i % 3) << name;
         for (const auto& [cap, member] : members)
             if (it.caps & cap) {
                 EXPECT_EQ(it.*member, was.*member) << name << " " << cap;
             }
         if (!(it.caps & capFill)) continue;
         EXPECT_EQ(it.fillEffect, was.fillEffect) << name;
-        EXPECT_EQ(gui.images.indexed(it.image), pictures[size_t(i)]) << name;
+        EXPECT_EQ(gui.images.indexed(it.image), i % 5 == 4 ? i / 5 % 2 : -1) << name;
         EXPECT_EQ(it.bitmap != nullptr, it.fill == fillImage || (i % 5 == 3 && it.height)) << name;
     }
 }
@@ -238,27 +224,15 @@ TEST_F(ThemeTest, BitmapsStayWithinTheirLimit) {
     EXPECT_LE(bytes, int64_t(64) << 20);
 }
 
-namespace {
-
-class FullGui : public CGui {
-public:
-    CGuiItem2 more[maxItems];
-    ~FullGui() override { CGui::init(); } // before the items go
-    void init() override {
-        CGui::init();
-        for (CGuiItem2& it : more) addItem("more", &it, capFill);
-    }
-};
-
-} // namespace
-
 TEST_F(ThemeTest, The128thItemIsNotAdded) {
-    FullGui gui;
-    gui.init();
+    CGuiItem2 more[CGui::maxItems];
+    CGui& gui = *app->gui;
+    for (CGuiItem2& it : more) gui.addItem("more", &it, capFill);
     EXPECT_EQ(gui.numItems(), 127);
     EXPECT_NE(gui.getItem(126), nullptr);
     EXPECT_EQ(gui.getItem(127), nullptr);
-    EXPECT_TRUE(gui.more[CGui::maxItems - 1].id.empty());
+    EXPECT_TRUE(more[CGui::maxItems - 1].id.empty());
+    gui.init(); // before the items go
 }
 
 /// A link takes over the whole look, but neither the name nor the size, until the item gets a look

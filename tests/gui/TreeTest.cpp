@@ -50,23 +50,22 @@ protected:
 
 TEST_F(TreeTest, IsWalkedByKeys) {
     struct Case {
-        std::vector<std::string> keys;
+        const char* keys;
         bool multi;
         const char* shown;
     };
-    const Case cases[] = {
-        {{"Down"}, false, "[a]* B c lazy "},
-        {{"End", "Down"}, false, "a B c [lazy]* "},
-        {{"Home", "Right"}, false, "[a]* a1 a2 B c lazy "},
-        {{"Home", "Right", "Right", "Down", "Right", "Down"}, false, "a a1 a2 [deep]* B c lazy "},
-        {{"Home", "Right", "Down", "Left"}, false, "[a]* a1 a2 B c lazy "},
-        {{"Home", "Right", "Down", "Left", "Left"}, false, "[a]* B c lazy "},
-        {{"End", "Right"}, false, "a B c [lazy]* read "},
-        {{"Home", "Next"}, false, "a B c [lazy]* "},
-        {{"Home", "shift+Down"}, false, "a [B]* c lazy "},
-        {{"Home", "shift+Down", "shift+Down"}, true, "a* B* [c]* lazy "},
-        {{"End", "shift+Up", "shift+Up", "shift+Down"}, true, "a B [c]* lazy* "},
-        {{"Home", "shift+End", "Up"}, true, "a B [c]* lazy "}};
+    const Case cases[] = {{"Down", false, "[a]* B c lazy "},
+                          {"End Down", false, "a B c [lazy]* "},
+                          {"Home Right", false, "[a]* a1 a2 B c lazy "},
+                          {"Home Right Right Down Right Down", false, "a a1 a2 [deep]* B c lazy "},
+                          {"Home Right Down Left", false, "[a]* a1 a2 B c lazy "},
+                          {"Home Right Down Left Left", false, "[a]* B c lazy "},
+                          {"End Right", false, "a B c [lazy]* read "},
+                          {"Home Next", false, "a B c [lazy]* "},
+                          {"Home shift+Down", false, "a [B]* c lazy "},
+                          {"Home shift+Down shift+Down", true, "a* B* [c]* lazy "},
+                          {"End shift+Up shift+Up shift+Down", true, "a B [c]* lazy* "},
+                          {"Home shift+End Up", true, "a B [c]* lazy "}};
     win->setKeyCtrl(tree);
     for (const Case& c : cases) {
         for (CTreeNode* node : each<CTreeNode>(tree->root.children)) {
@@ -76,10 +75,10 @@ TEST_F(TreeTest, IsWalkedByKeys) {
         }
         tree->select(nullptr);
         tree->multiSelect = c.multi;
-        for (const std::string& key : c.keys) act({"key", key});
-        EXPECT_EQ(shown(), c.shown) << c.keys.back();
+        xdo(std::string("key ") + c.keys);
+        EXPECT_EQ(shown(), c.shown) << c.keys;
     }
-    act({"key", "Return"});
+    xdo("key Return");
     EXPECT_EQ(log.substr(log.size() - 2), "!c");
 }
 
@@ -98,11 +97,11 @@ TEST_F(TreeTest, OpensAndSelectsByMouse) {
         {10, 3, "1", "a [B]* c lazy read "},
         {60, 9, "1", "a [B]* c lazy read "}};
     for (const Case& c : cases) {
-        at(c.x, 5 + c.line * CTree::rowHeight, {"click", c.button});
+        at(c.x, 5 + c.line * CTree::rowHeight, std::string("click ") + c.button);
         EXPECT_EQ(shown(), c.shown) << c.line;
     }
     fills = false;
-    at(60, 5 + 2 * CTree::rowHeight, {"click", "--repeat", "2", "--delay", "20", "1"});
+    at(60, 5 + 2 * CTree::rowHeight, "click --repeat 2 --delay 20 1");
     EXPECT_EQ(log.substr(log.size() - 2), "!c");
 }
 
@@ -118,16 +117,16 @@ TEST_F(TreeTest, SelectsSeveralByMouse) {
                           {nullptr, 1, "a [B]* c lazy "}};
     tree->multiSelect = true;
     for (const Case& c : cases) {
-        std::vector<std::string> words = {"click", "1"};
-        if (c.held) words = {"keydown", c.held, "click", "1", "keyup", c.held};
-        at(60, 5 + c.line * CTree::rowHeight, words);
+        const std::string held = c.held ? c.held : "";
+        const std::string click = c.held ? "keydown " + held + " click 1 keyup " + held : "click 1";
+        at(60, 5 + c.line * CTree::rowHeight, click);
         EXPECT_EQ(shown(), c.shown) << c.line;
     }
     int drags = 0;
     Target drag([&] { drags++; });
     tree->onDrag = drag.change();
-    at(60, 5, {"mousedown", "1"});
-    at(60, 25, {"mouseup", "1"});
+    at(60, 5, "mousedown 1");
+    at(60, 25, "mouseup 1");
     EXPECT_EQ(drags, 1);
 }
 
@@ -136,18 +135,18 @@ TEST_F(TreeTest, SelectsSeveralByMouse) {
 TEST_F(TreeTest, ScrollsAndForgetsDeletedNodes) {
     for (int i = 0; i < 36; i++) tree->root.add("more");
     tree->update();
-    at(60, 60, {"click", "5"});
+    at(60, 60, "click 5");
     EXPECT_EQ(tree->nodeAt(1)->text, "B"); // 32 is in the second line
-    at(60, 60, {"click", "4"});
+    at(60, 60, "click 4");
     win->setKeyCtrl(tree);
-    act({"key", "End"});
+    xdo("key End");
     EXPECT_EQ(tree->nodeRect(tree->current).bottom, 1 + 180);
-    act({"key", "Home"});
+    xdo("key Home");
     EXPECT_EQ(tree->nodeRect(tree->current).top, 1);
     tree->root.clear();
     win->redraw();
     settle();
     EXPECT_EQ(tree->current, nullptr);
     EXPECT_EQ(tree->nodeAt(5), nullptr);
-    at(60, 60, {"click", "1", "key", "Down"});
+    at(60, 60, "click 1 key Down");
 }
