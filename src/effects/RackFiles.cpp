@@ -17,7 +17,7 @@ namespace {
 
 constexpr int effectBytes = 80; ///< of a block "fx"
 /// About what a program takes, and the largest effect.
-constexpr int progRoom = 512, effectRoom = 64 << 10;
+constexpr int progRoom = 512, effectRoom = 12 << 10, ampRoom = 48 << 10;
 constexpr int progSpare = 8, drive2Spare = 16; ///< words of 0 behind a program's name and a drive
 
 /// Puts the settings of an effect into a stream, in the order in which they are told to it.
@@ -255,9 +255,10 @@ void RackContent::readEffect(CStream& body) {
     last = nullptr;
     if (!prog || body.left() < int64_t(sizeof(int))) return;
     if (effectCount >= mostEffects || prog->effects.getCount() >= mostInChain) return;
-    if (!LoadBudget::take("effects", effectRoom)) return;
+    const int kind = body.readInt();
+    if (!LoadBudget::take("effects", kind == fxGuitarAmp ? ampRoom : effectRoom)) return;
     effectCount++;
-    last = makeEffect(body.readInt(), rate, blockFrames);
+    last = makeEffect(kind, rate, blockFrames);
     if (body.left() >= int64_t(sizeof(int))) last->setEnabled(body.readInt() != 0);
     readGain(body, last->dry);
     readGain(body, last->wet);

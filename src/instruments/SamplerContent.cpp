@@ -22,8 +22,8 @@ namespace {
 
 constexpr int slowestClip = 100, fastestClip = 768000; ///< Hz
 constexpr float mostSemitones = 48.0f;
-constexpr int progRoom = 32 << 10, layerRoom = 1 << 10, soundRoom = 16 << 10; ///< about
-constexpr int clipRoom = 1 << 10; ///< without its frames
+constexpr int progRoom = 20 << 10, layerRoom = 1 << 10, soundRoom = 4 << 10; ///< about
+constexpr int clipRoom = 1 << 10;                                            ///< without its frames
 
 // A value that is not there leaves the field as it is, one that is no number too.
 

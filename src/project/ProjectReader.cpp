@@ -28,8 +28,10 @@ namespace {
 constexpr unsigned updateLoaded = 0x308000; ///< delays, maps and pages are others
 constexpr float usualTempo = 120.0f;
 constexpr int magicBytes = 3;
-constexpr int64_t mostBytes = 192 << 20; ///< of objects, besides those of the file itself
-constexpr int smallBytes = 128;          ///< about what a page or a map takes
+/// What objects may take: so much whatever the file is, and so much for each of its bytes. A
+/// program of an instrument with its sounds needs 14.
+constexpr int64_t anyBytes = 192 << 20, bytesPerByte = 16;
+constexpr int smallBytes = 128; ///< about what a page or a map takes
 constexpr int longestShownId = 64;
 constexpr int learnController = -2, highestController = 127;
 
@@ -40,7 +42,8 @@ struct BadProject : std::exception {};
 class Reading {
 public:
     Reading(const Project& p, CStream* s)
-        : project(p), host(p.host), stream(s), comps(host, index), budget(mostBytes + s->left()) {}
+        : project(p), host(p.host), stream(s), comps(host, index),
+          budget(anyBytes + bytesPerByte * s->left()) {}
 
     void readItems();
     void finish();

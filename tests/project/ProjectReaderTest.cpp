@@ -143,7 +143,7 @@ TEST(ProjectReader, LimitsHoldAndAreTold) {
         item("amevents", numbers({63, 1, 0}) + bytes({0}) + real(0) + real(0) + bytes({0}));
     const std::string parts = track +
                               item("prog", real(0) + bytes({0}) + numbers({0, 0}) + text("")) +
-                              item("ptrack", bytes({0})) + times(22000, part + point);
+                              item("ptrack", bytes({0})) + times(32000, part + point);
     std::string cables;
     for (int i = 0; i < 40 * 62; ++i)
         for (const int to : {0, 1}) cables += cable("ac", 0, i / 62 + 1, i % 62, 0, to, 0);
@@ -157,9 +157,9 @@ TEST(ProjectReader, LimitsHoldAndAreTold) {
         {"cables", times(40, group + times(61, out)) + cables},
         {"programs, components", times(64, comp("comp2", 3, 1, "S", times(200, item("prog"))))},
         {"tracks, components", times(5, comp("comp2", 4, 1, "T", times(1024, track)))},
-        {"samples", item("samples2", number(200000) +
-                                         times(200000, text("") + real(1) + bytes({16, 1, 2, 0})))},
-        {"automation", comp("comp2", 4, 1, "P", parts)},
+        {"samples", item("samples2", number(320000) +
+                                         times(320000, text("") + real(1) + bytes({16, 1, 2, 0})))},
+        {"automation, parts", comp("comp2", 4, 1, "P", parts)},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.leftOut);
