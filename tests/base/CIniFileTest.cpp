@@ -53,9 +53,9 @@ TEST(CIniFile, StartsFromNothingAndKeepsLongValues) {
 }
 
 TEST(CIniFile, TakesLinesApart) {
-    const std::pair<const char*, const char*> heads[] = {
-        {" [ab] ", "ab"}, {"[]", ""}, {"[a", ""}, {"a]", ""}, {"[ x ]", " x "}};
-    for (auto [line, wanted] : heads) EXPECT_EQ(strToSection(CStr(line)), wanted) << line;
+    for (auto [line, wanted] :
+         {std::pair(" [ab] ", "ab"), {"[]", ""}, {"[a", ""}, {"[ x ]", " x "}})
+        EXPECT_EQ(strToSection(CStr(line)), wanted) << line;
     EXPECT_EQ(strToIdent(" a = b = c ") + "/" + strToValue(" a = b = c "), "a/b = c");
     EXPECT_EQ(strToIdent("none") + strToValue("none"), "");
 }

@@ -1,7 +1,5 @@
-#include "base/Atomic.h"
 #include "base/CObject.h"
 #include "base/Denormals.h"
-#include "base/GraphMark.h"
 #include "base/Ring.h"
 
 #include <array>
@@ -9,19 +7,6 @@
 #include <limits>
 #include <thread>
 #include <vector>
-
-TEST(Shared, ReadsAndWritesLikeAField) {
-    Shared<float> volume{0.5f};
-    volume += 0.25f;
-    volume *= 2.0f;
-    EXPECT_EQ(volume, 1.5f);
-    Shared<unsigned char> small{250}, copy = small;
-    EXPECT_EQ(small += 10, 4) << "wraps as its type";
-    EXPECT_EQ(copy++, 250);
-    unsigned char expected = 250;
-    EXPECT_FALSE(copy.compareExchange(expected, 9));
-    EXPECT_TRUE(copy.compareExchange(expected, 9)) << "now it is known";
-}
 
 /// Each thread sets and clears a bit of its own; none may be lost to another.
 TEST(CObject, FlagsOfSeveralThreadsDoNotDisturbEachOther) {
@@ -64,19 +49,6 @@ TEST(Ring, HandsWholeRecordsToAnotherThread) {
     producer.join();
     EXPECT_EQ(wrong, 0);
     EXPECT_TRUE(ring.empty());
-}
-
-TEST(GraphMark, IsOfItsThreadAndNests) {
-    EXPECT_FALSE(holdsGraph());
-    {
-        const GraphMark outer;
-        { const GraphMark inner; }
-        EXPECT_TRUE(holdsGraph());
-        bool elsewhere = true;
-        std::thread([&] { elsewhere = holdsGraph(); }).join();
-        EXPECT_FALSE(elsewhere);
-    }
-    EXPECT_FALSE(holdsGraph());
 }
 
 TEST(Denormals, BecomeZero) {
