@@ -108,7 +108,10 @@ TEST_F(DockerTest, WindowsBecomePagesAndComeBack) {
         {"no page", [&] { docker->setActive(1); }, "0/0 a1x b-"},
         {"open", [&] { a->show(true); }, "1/2 a1! b-"},
         {"second", [&] { menu(b.get(), "Down Down Right Return"); }, "2/3 a1 b2!"},
-        {"delete", [&] { b.reset(); }, "0/2 a1"},
+        {"hide", [&] { a->hide(); }, "2/2 a1x b2!"},
+        {"pass by", [&] { docker->setActive(0), docker->nextDock(1); }, "2/2 a1x b2!"},
+        {"show", [&] { a->show(true); }, "1/3 a1! b2"},
+        {"delete", [&] { b.reset(); }, "1/2 a1!"},
     };
     for (const Step& step : table) {
         const int before = changes;
