@@ -2,6 +2,7 @@
 
 #include "base/BlockView.h"
 #include "base/Numbers.h"
+#include "base/OpenBlock.h"
 #include "instruments/CArp.h"
 
 #include <algorithm>
@@ -15,11 +16,6 @@ constexpr int intBytes = int(sizeof(int));
 constexpr int declaredFields = 36;
 constexpr int readFields = 9 * intBytes; ///< mode to triplets
 constexpr int zeroWords = 7;
-
-void writeInt(CStream* s, const char* name, int value) {
-    s->writeId(name, intBytes);
-    s->writeInt(value);
-}
 
 /// Hands a number to a setter, which clamps it; what is no number leaves the default.
 void readFloat(CStream& s, CArpProg& prog, void (CArpProg::*set)(float)) {
@@ -60,15 +56,15 @@ void writeProgram(CStream* s, const CArpProg& prog) {
                     float(prog.rndGate), float(prog.rndVelocity)})
         s->writeFloat(v);
     s->writeInt(prog.triplets);
-    for (int i = 0; i < zeroWords; i++) s->writeInt(0);
+    writeZeros(s, zeroWords);
 }
 
 void CArp::write(CStream* stream) {
-    writeInt(stream, "enabled", enabled);
-    writeInt(stream, "latch", latch);
-    writeInt(stream, "ccgate", ccGate);
-    writeInt(stream, "ccswing", ccSwing);
-    writeInt(stream, "progi", curProg);
+    writeIntBlock(stream, "enabled", enabled);
+    writeIntBlock(stream, "latch", latch);
+    writeIntBlock(stream, "ccgate", ccGate);
+    writeIntBlock(stream, "ccswing", ccSwing);
+    writeIntBlock(stream, "progi", curProg);
     for (auto* prog : each<CArpProg>(progs)) writeProgram(stream, *prog);
 }
 

@@ -4,6 +4,7 @@
 #include "base/LoadBudget.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
+#include "base/OpenBlock.h"
 #include "common/fx/CDelay.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
@@ -196,10 +197,8 @@ void CSampler::saveProg(CStream* stream, CSynthProg* prog, const CList& clipList
 void CSampler::write(CStream* stream) {
     writeFiletype(stream);
     for (auto* clip : each<CSampleClip>(clips)) writeClip(stream, clip);
-    stream->writeId("mch", sizeof(int));
-    stream->writeInt(mch);
-    stream->writeId("progi", sizeof(int));
-    stream->writeInt(curProg);
+    writeIntBlock(stream, "mch", mch);
+    writeIntBlock(stream, "progi", curProg);
     for (auto* prog : each<CSynthProg>(progs)) saveProg(stream, prog, clips);
     stream->writeId("options", optionBytes);
     stream->write(options, optionBytes);
