@@ -127,6 +127,14 @@ private:
     }
 };
 
+void addCopy(CSeq* seq, CPart* part, int trackIndex) {
+    std::unique_ptr<CPart> copied =
+        copiesEvents(part) ? copySelected(seq, part) : std::unique_ptr<CPart>(part->copy(0));
+    copied->colour = -1;
+    seq->copyTracks.push_back(trackIndex);
+    seq->copies.add(copied.release());
+}
+
 bool pasteIntoEdited(CSeq* seq, CUndo* undo, int tick) {
     CPart* target = seq->getEditPart();
     if (!target || seq->copies.getCount() != 1) return false;
@@ -138,12 +146,7 @@ bool pasteIntoEdited(CSeq* seq, CUndo* undo, int tick) {
 } // namespace
 
 void CSeq::copyToClipboard(CPart* part) {
-    std::unique_ptr<CPart> copied =
-        copiesEvents(part) ? copySelected(this, part) : std::unique_ptr<CPart>(part->copy(0));
-    copied->colour = -1;
-    const CTrack* track = partToTrack(part);
-    copyTracks.push_back(asMax(0, tracks.indexed(track)));
-    copies.add(copied.release());
+    addCopy(this, part, asMax(0, tracks.indexed(partToTrack(part))));
 }
 
 bool CSeq::pasteData(CUndo* undo, CPart* source, CPart* target, int tick) {
@@ -167,8 +170,11 @@ void copyParts(CSeq* seq) {
     CSeqProg* prog = seq->getProg();
     if (!prog || !prog->getFirstSelectedPart()) return;
     seq->clearCopies();
-    for (auto* songTrack : each<CSongTrack>(prog->tracks))
-        for (CPart* part : selectedParts(songTrack)) seq->copyToClipboard(part);
+    int index = 0;
+    for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+        for (CPart* part : selectedParts(songTrack)) addCopy(seq, part, index);
+        index++;
+    }
 }
 
 void cutParts(CSeq* seq) {

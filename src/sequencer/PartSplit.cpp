@@ -56,8 +56,8 @@ const CAudioEvent* onlyClip(CPart* part) {
 bool cuttable(CSeq* seq, CPart* part, int at) {
     const CAudioEvent* clip = onlyClip(part);
     if (!clip) return true;
-    const int begin = part->offset + clip->delta;
-    const int frame = frameInClip(seq, clip, part->pos + begin, at - begin);
+    const int64_t begin = int64_t(part->offset) + clip->delta;
+    const int frame = frameInClip(seq, clip, saturate(part->pos + begin), saturate(at - begin));
     return frame >= 1 && frame < clip->sample->frames - 1 && inside(clip, frame);
 }
 
@@ -82,13 +82,14 @@ private:
     CAudioEvent* clipPiece(const CBaseEvent* event, int tick) const;
 };
 
-/// The piece of a clip that lies on this side; null without any.
+/// The piece of a clip that lies on this side; null without any. What begins before the part does
+/// not sound in it, and is not cut.
 CAudioEvent* Side::clipPiece(const CBaseEvent* event, int tick) const {
     const auto* clip = static_cast<const CAudioEvent*>(event);
     const int songTick = saturate(int64_t(source->pos) + tick),
               into = saturate(int64_t(cut) - tick);
     const int ticks = sampleAsTicks2(seq, clip, songTick);
-    const bool crossing = into > 0 && ticks > into && clip->sample;
+    const bool crossing = tick >= 0 && into > 0 && ticks > into && clip->sample;
     const int frame = crossing ? frameInClip(seq, clip, songTick, into) : 0;
     if (!crossing || !inside(clip, frame)) return takes(tick) ? createAudioEvent(clip) : nullptr;
     CAudioEvent* piece = createAudioEvent(clip);
