@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <unistd.h>
 
 namespace {
 
@@ -74,7 +75,12 @@ bool pasteFrames(CSeq* seq, CUndo* undo, CPart* source, CPart* target, int tick)
     const int frame = asMinMax(posAsFrames2(clip, tick - clip->delta, seq->getTicks(target)),
                                clip->start, clip->end + 1);
     std::unique_ptr<CSample> file(seq->cloneSampleType(clip->sample));
-    if (!file || !write(file.get(), clip, frame, added)) return false;
+    if (!file) return true;
+    if (!write(file.get(), clip, frame, added)) {
+        file->close();
+        unlink(file->filename.asChar());
+        return true;
+    }
 
     CPart* edited = content->copy(0);
     auto* grown = static_cast<CAudioEvent*>(edited->events.load());
