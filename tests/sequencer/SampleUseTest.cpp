@@ -1,21 +1,14 @@
 #include "SongFixture.h"
-
-#include "audiofiles/CSample.h"
-#include "base/Paths.h"
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
+#include "base/TempFolder.h"
 
 /// Parts of the song, of the clipboard, of a track that was removed, of a step that was undone, and
 /// the other side of an edit lose a sample that is deleted, and nothing else; the song plays on.
 TEST(SampleUse, DeletedSampleLeavesEveryPart) {
-    std::string folder = "/tmp/sampleuseXXXXXX";
-    ASSERT_TRUE(mkdtemp(folder.data()));
+    const TempFolder folder;
     enterSequencer();
     SongFixture song;
-    song.host.projectFile = (folder + "/song.qv").c_str();
-    std::ofstream(folder + "/song.qv") << "QVF";
+    song.readsDisk = true;
+    song.host.projectFile = folder.write("song.qv", "QVF");
     const std::vector<float> values(30000, 0.5f);
     CSample* samples[2];
     for (CSample*& sample : samples) {
@@ -52,5 +45,4 @@ TEST(SampleUse, DeletedSampleLeavesEveryPart) {
         EXPECT_EQ(static_cast<const CAudioEvent*>(first->next)->sample, nullptr);
     }
     song.device.run(3);
-    std::filesystem::remove_all(folder);
 }

@@ -1,24 +1,61 @@
 #pragma once
 
+#include "audiofiles/CSample.h"
+#include "base/Messages.h"
+#include "engine/MidiBytes.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/Points.h"
+#include "support/RtTrap.h"
 #include "support/TestHost.h"
 
+#include <cmath>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
-/// A host with one sequencer; no audio runs by itself.
+/// A host with one sequencer; no audio runs by itself. Whatever a test does, its blocks may neither
+/// take memory nor wait.
 struct SongFixture {
     TestHost device;
     CQV& host = *device.host;
+    bool readsDisk = false; ///< what starts from disk may wait for its first frames
     CSeq* seq = device.add(new CSeq(&host)); ///< owned by the host
+
+    SongFixture() { rtReset(); }
+    ~SongFixture() { EXPECT_TRUE(readsDisk || rtViolations() == 0); }
 
     CSeqProg* prog() { return seq->getProg(); }
     CSongTrack* track(int kind) { return seq->addTrack(kind, prog(), nullptr); }
+    void tempoAt(int tick, float bpm) {
+        auto* point = new CTempoPart;
+        point->pos = tick;
+        point->setTempo(bpm);
+        prog()->addTempo(point, nullptr);
+    }
+    /// A sample in the pool, mono, 16 bits, of `value(frame)`.
+    template <class F>
+    CSample* addSample(int frames, F value, int rate = 44100) {
+        auto* s = new CSample;
+        s->setFormat(rate, 16, 1);
+        auto* bytes = static_cast<short*>(std::malloc(size_t(frames) * 2));
+        for (int i = 0; i < frames; i++) bytes[i] = short(std::lround(value(i) * 32767));
+        s->takeData(reinterpret_cast<unsigned char*>(bytes), frames);
+        const GraphHold hold(&host);
+        host.samples.add(s);
+        return s;
+    }
+    /// Cables from the track to the instrument, and on to the audio out.
+    template <class T>
+    T* connect(CSongTrack* from, T* instrument) {
+        device.connect(instrument);
+        const GraphHold hold(&host);
+        instrument->addMIDICable(from->track->outPort(), nullptr);
+        return instrument;
+    }
     /// Runs `edit(undo)` as one step.
     template <class F>
     void step(F edit) {
@@ -36,6 +73,39 @@ struct SongFixture {
     }
 };
 
+/// Stands where an instrument would: `play` is called once per block, with what came in its port.
+class TestInstrument : public CComp {
+public:
+    explicit TestInstrument(CQV* root) : CComp(root) {}
+    void init() override {
+        inPorts.add(new CInputPort(this));
+        outputs.add(new COutputChannel(this));
+    }
+    void process(int frames) override {
+        const ProcessGuard guard(this);
+        if (!guard.enter) return;
+        mergeMIDI(frames);
+        play(frames);
+    }
+    virtual void play(int) {}
+};
+
+/// Keeps what the user is told, as "title: text", instead of showing it.
+struct Told {
+    static inline std::vector<std::string> messages;
+
+    Told() {
+        messages.clear();
+        messageHooks().showMsg = [](CWin*, const CStr& title, const CStr& text, int flags) {
+            messages.push_back((title + ": " + text).asChar());
+            return answerOfEscape(flags);
+        };
+    }
+    ~Told() { messageHooks() = MessageHooks(); }
+    Told(const Told&) = delete;
+    Told& operator=(const Told&) = delete;
+};
+
 inline CPart* midiPart(int pos, int length = barTicks) {
     auto* part = new CMIDIPart;
     part->pos = pos;
@@ -43,9 +113,10 @@ inline CPart* midiPart(int pos, int length = barTicks) {
     return part;
 }
 
-inline CMIDIEvent* note(int number) {
+inline CMIDIEvent* note(int number, int length = 240) {
     CMIDIEvent* event = createMIDIEvent();
-    event->data = 0x640090 | number << 8;
+    event->data = asData(midiNoteOn, number, 100);
+    event->length = length;
     return event;
 }
 
