@@ -1,52 +1,52 @@
 #pragma once
 
 #include "SongFixture.h"
-#include "audiofiles/CSample.h"
 #include "base/CStream.h"
 #include "effects/CEffect.h"
-
-#include <cstdlib>
-#include <cstring>
 
 /// The blocks of a song, put together by hand from the tables of the format.
 class Blocks {
 public:
     std::string bytes;
 
-    Blocks& i(int v) { return raw(&v, 4); }
-    Blocks& ints(std::initializer_list<int> all) {
-        for (int v : all) i(v);
+    template <class... T>
+    Blocks& i(T... v) {
+        return (add(int(v)), ..., *this);
+    }
+    template <class... T>
+    Blocks& f(T... v) {
+        return (add(float(v)), ..., *this);
+    }
+    template <class... T>
+    Blocks& b(T... v) {
+        return (add(char(v)), ..., *this);
+    }
+    Blocks& zeros(int ints) { return add(std::string(size_t(ints) * 4, '\0')); }
+    Blocks& s(const std::string& text) { return i(text.size()).add(text); }
+    Blocks& add(const std::string& raw) {
+        bytes += raw;
         return *this;
     }
-    Blocks& f(float v) { return raw(&v, 4); }
-    Blocks& floats(std::initializer_list<float> all) {
-        for (float v : all) f(v);
-        return *this;
-    }
-    Blocks& b(std::initializer_list<int> all) {
-        for (int v : all) bytes += char(v);
-        return *this;
-    }
-    Blocks& zeros(int ints) {
-        bytes.append(size_t(ints) * 4, '\0');
-        return *this;
-    }
-    Blocks& s(const std::string& text) {
-        i(int(text.size()));
-        bytes += text;
-        return *this;
-    }
+    Blocks& add(const Blocks& other) { return add(other.bytes); }
     /// A block, whose told size is that of its content unless it is given.
     Blocks& block(const char* name, const Blocks& content = {}, int told = -1) {
-        s(name).i(told == -1 ? int(content.bytes.size()) : told);
-        bytes += content.bytes;
-        return *this;
+        return s(name).i(told == -1 ? int(content.bytes.size()) : told).add(content);
     }
-    Blocks& raw(const void* data, size_t size) {
-        bytes.append(static_cast<const char*>(data), size);
-        return *this;
+
+private:
+    template <class T>
+    void add(T value) requires std::is_arithmetic_v<T> {
+        bytes.append(reinterpret_cast<const char*>(&value), sizeof value);
     }
 };
+
+inline Blocks block(const char* name, const Blocks& content = {}, int told = -1) {
+    return Blocks().block(name, content, told);
+}
+
+inline Blocks operator+(Blocks first, const Blocks& second) {
+    return first.add(second);
+}
 
 /// A host with a pool of one sample (1000 frames), a send bus and a rack beside the sequencer.
 struct SongFileFixture : SongFixture {
@@ -54,10 +54,8 @@ struct SongFileFixture : SongFixture {
 
     SongFileFixture() {
         enterCompType(compEffect, [](CQV* root) -> CComp* { return new CEffect(root); });
-        auto* sample = new CSample;
-        sample->setFormat(48000, 16, 2);
-        sample->takeData(static_cast<unsigned char*>(std::calloc(1000, 4)), 1000);
-        host.samples.add(sample);
+        addSample(
+            1000, [](int) { return 0.0; }, 48000);
         host.addSendClicked();
         host.settle();
     }
