@@ -36,3 +36,20 @@ inline bool readBlockHead(BlockView& view, CStr& name, int& size) {
     size = view.readInt();
     return size >= 0 && view.has(size);
 }
+
+/// Hands each block from where `stream` stands to `end`, or to the end of the stream if that comes
+/// first, to `take(name, body)`, which need not read all of it. A head that does not fit ends the
+/// walk. The stream stands at `end` then, wherever its own end is.
+template <class Take>
+void eachBlock(CStream* stream, int64_t end, Take&& take) {
+    BlockView view(stream, std::min(end, stream->getSize()));
+    CStr name;
+    int size = 0;
+    while (readBlockHead(view, name, size)) {
+        const int64_t next = view.getPos() + size;
+        BlockView body(stream, next);
+        take(name, body);
+        stream->seek(next, seekStart);
+    }
+    stream->seek(end, seekStart);
+}

@@ -2,6 +2,7 @@
 
 #include "base/CStream.h"
 #include "base/Numbers.h"
+#include "base/OpenBlock.h"
 #include "effects/RackFiles.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
@@ -228,7 +229,7 @@ void CEffect::setProgName(int index, const CStr& name) {
 // Files.
 
 void CEffect::write(CStream* stream) {
-    writeProgIndex(stream, curProg);
+    writeIntBlock(stream, "progi", curProg);
     for (auto* prog : each<CEffectProg>(progs)) saveProg(stream, prog);
 }
 

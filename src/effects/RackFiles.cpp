@@ -3,6 +3,7 @@
 #include "base/BlockView.h"
 #include "base/LoadBudget.h"
 #include "base/Numbers.h"
+#include "base/OpenBlock.h"
 #include "common/fx/CBitcrusher.h"
 #include "common/fx/CChorus.h"
 #include "common/fx/CCompressor.h"
@@ -169,10 +170,6 @@ void settingsByKind(Pass&& p, CFX& fx) {
     }
 }
 
-void writeZeros(CStream* s, int words) {
-    for (int i = 0; i < words; i++) s->writeInt(0);
-}
-
 void writeEffect(CStream* s, CFX& fx) {
     s->writeId("fx", effectBytes);
     const int64_t end = s->getPos() + effectBytes;
@@ -183,8 +180,7 @@ void writeEffect(CStream* s, CFX& fx) {
     settingsByKind(SettingWriter{*s}, fx);
     while (s->getPos() < end) s->writeByte(0);
     if (fx.type == fxReverb) {
-        s->writeId("reverbSize", sizeof(int));
-        s->writeInt(static_cast<CReverb&>(fx).getRevTime());
+        writeIntBlock(s, "reverbSize", static_cast<CReverb&>(fx).getRevTime());
     }
     if (fx.type == fxGuitarAmp) {
         s->writeId("ampDrive2", sizeof(float));
@@ -201,11 +197,6 @@ void readGain(CStream& s, Shared<float>& gain) {
 
 } // namespace
 
-void writeProgIndex(CStream* s, int index) {
-    s->writeId("progi", sizeof(int));
-    s->writeInt(index);
-}
-
 void writeEffectProg(CStream* s, const CEffectProg& prog) {
     s->writeId("prog", prog.id.length() + int(sizeof(int)) * (1 + progSpare));
     s->writeStr(prog.id);
@@ -219,16 +210,7 @@ RackContent::~RackContent() {
 
 void RackContent::read(CStream* stream, int64_t end) {
     end = std::min(end, stream->getSize());
-    BlockView view(stream, end);
-    CStr name;
-    int size = 0;
-    while (readBlockHead(view, name, size)) {
-        const int64_t next = view.getPos() + size;
-        BlockView body(stream, next);
-        readBlock(name, body);
-        stream->seek(next, seekStart);
-    }
-    stream->seek(end, seekStart);
+    eachBlock(stream, end, [this](const CStr& name, CStream& body) { readBlock(name, body); });
 }
 
 void RackContent::readBlock(const CStr& name, CStream& body) {

@@ -12,8 +12,6 @@ class CStream;
 // The blocks in which a rack and its programs are stored: a name, a size and a body each, as in all
 // files of this system. Interface thread.
 
-/// Block "progi": which program is current.
-void writeProgIndex(CStream* stream, int index);
 /// Block "prog", and behind it those of the effects of its chain.
 void writeEffectProg(CStream* stream, const CEffectProg& prog);
 

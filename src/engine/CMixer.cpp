@@ -1,6 +1,7 @@
 #include "engine/CMixer.h"
 
 #include "base/BlockView.h"
+#include "base/OpenBlock.h"
 
 namespace {
 
@@ -39,16 +40,7 @@ CMixProg* CMixer::getProg(int index) {
 
 void CMixer::read(CStream* stream, int end) {
     clear();
-    BlockView block(stream, std::min<int64_t>(end, stream->getSize()));
-    CStr name;
-    int size = 0;
-    while (readBlockHead(block, name, size) && size > 0) {
-        const int64_t next = stream->getPos() + size;
-        BlockView item(stream, next);
-        readItem(item, name);
-        stream->seek(next, seekStart);
-    }
-    stream->seek(end, seekStart);
+    eachBlock(stream, end, [this](const CStr& name, BlockView& item) { readItem(item, name); });
     curProg = std::clamp(int(curProg), 0, std::max(progs.getCount() - 1, 0));
     update(updateProgram);
 }
@@ -69,14 +61,11 @@ void CMixer::readItem(BlockView& item, const CStr& name) {
 }
 
 void CMixer::write(CStream* stream) {
-    stream->writeId("mxv", intBytes);
-    stream->writeInt(mxv);
-    stream->writeId("progi", intBytes);
-    stream->writeInt(curProg);
+    writeIntBlock(stream, "mxv", mxv);
+    writeIntBlock(stream, "progi", curProg);
     for (auto* prog : each<CMixProg>(progs)) {
         stream->writeId("prog", prog->id.length() + intBytes);
         stream->writeStr(prog->id);
-        stream->writeId("sh", intBytes);
-        stream->writeInt(prog->sh);
+        writeIntBlock(stream, "sh", prog->sh);
     }
 }

@@ -1,7 +1,8 @@
 #include "engine/DeviceComps.h"
 
-#include "base/CStream.h"
+#include "base/BlockView.h"
 #include "base/Numbers.h"
+#include "base/OpenBlock.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
 
@@ -10,21 +11,6 @@
 #include <cstring>
 
 namespace {
-
-/// Walks the items of a block that ends at `end`: `read(name, size)` reads one. An item that does
-/// not fit ends the walk.
-template <class F>
-void eachItem(CStream* stream, int end, F&& read) {
-    while (stream->getPos() < end) {
-        const CStr name = stream->readStr();
-        const int size = stream->readInt();
-        const int64_t start = stream->getPos();
-        if (size < 0 || size > end - start) break;
-        read(name, size);
-        stream->seek(start + size, 0);
-    }
-    stream->seek(end, 0);
-}
 
 int readSigned(CStream* stream) {
     return int(static_cast<signed char>(stream->readByte()));
@@ -56,11 +42,11 @@ void CDeviceAudio::prepare(int frames) {
 }
 
 void CDeviceAudio::read(CStream* stream, int end) {
-    eachItem(stream, end, [&](const CStr& item, int size) {
-        if (item == "chs" && size >= 1) chs = std::clamp(stream->readByte(), 0, 2);
-        if (item != "devs" || size < 2) return;
+    eachBlock(stream, end, [&](const CStr& item, BlockView& body) {
+        if (item == "chs" && body.has(1)) chs = std::clamp(body.readByte(), 0, 2);
+        if (item != "devs" || !body.has(2)) return;
         for (Shared<int>* dev : {&dev0, &dev1}) {
-            *dev = readSigned(stream);
+            *dev = readSigned(&body);
             if (*dev >= 0 && *dev < maxDeviceChannels) channelUsed[*dev] = 1;
         }
     });
@@ -197,20 +183,18 @@ void CMIDIIn::process(int frames) {
 }
 
 void CMIDIIn::read(CStream* stream, int end) {
-    eachItem(stream, end, [&](const CStr& item, int size) {
-        if (item == "device" && size >= 1) device = std::max(readSigned(stream), -1);
-        if (item == "autoq" && size >= 4) setAutoq(stream->readInt());
-        if (item == "sens" && size >= 4) sens = std::clamp(stream->readInt(), 0, 127);
+    eachBlock(stream, end, [&](const CStr& item, BlockView& body) {
+        if (item == "device" && body.has(1)) device = std::max(readSigned(&body), -1);
+        if (item == "autoq" && body.has(4)) setAutoq(body.readInt());
+        if (item == "sens" && body.has(4)) sens = std::clamp(body.readInt(), 0, 127);
     });
 }
 
 void CMIDIIn::write(CStream* stream) {
     stream->writeId("device", 1);
     writeSigned(stream, device);
-    stream->writeId("autoq", 4);
-    stream->writeInt(autoq);
-    stream->writeId("sens", 4);
-    stream->writeInt(sens);
+    writeIntBlock(stream, "autoq", autoq);
+    writeIntBlock(stream, "sens", sens);
 }
 
 CMIDIOut::CMIDIOut(CQV* root) : CComp(root) {
@@ -228,8 +212,8 @@ void CMIDIOut::process(int frames) {
 }
 
 void CMIDIOut::read(CStream* stream, int end) {
-    eachItem(stream, end, [&](const CStr& item, int size) {
-        if (item == "device" && size >= 1) device = std::max(readSigned(stream), -1);
+    eachBlock(stream, end, [&](const CStr& item, BlockView& body) {
+        if (item == "device" && body.has(1)) device = std::max(readSigned(&body), -1);
     });
 }
 

@@ -18,27 +18,11 @@
 
 namespace {
 
-/// Calls `visit(name, body)` for each block of a file until it gives false.
-template <class F>
-void eachBlock(const CStr& path, F&& visit) {
-    CFileStream stream(path, 0);
-    BlockView view(&stream, stream.getSize());
-    CStr name;
-    int size = 0;
-    while (readBlockHead(view, name, size)) {
-        const int64_t next = view.getPos() + size;
-        BlockView body(&stream, next);
-        if (!visit(name, body)) return;
-        stream.setPos(next);
-    }
-}
-
 int countSounds(const CStr& path) {
     int count = 0;
-    eachBlock(path, [&count](const CStr& name, BlockView&) {
-        if (name == "sound") ++count;
-        return true;
-    });
+    CFileStream stream(path, 0);
+    eachBlock(&stream, stream.getSize(),
+              [&count](const CStr& name, BlockView&) { count += name == "sound"; });
     return count;
 }
 
@@ -108,10 +92,9 @@ bool saveTrackAsPreset(const CStr& path) {
 
 int getFiletype(const CStr& path) {
     int type = -1;
-    eachBlock(path, [&type](const CStr& name, BlockView& body) {
-        if (!(name == "filetype")) return true;
-        if (body.has(int64_t(sizeof(int)))) type = body.readInt();
-        return false;
+    CFileStream stream(path, 0);
+    eachBlock(&stream, stream.getSize(), [&type](const CStr& name, BlockView& body) {
+        if (type < 0 && name == "filetype" && body.has(int64_t(sizeof(int)))) type = body.readInt();
     });
     return type;
 }
