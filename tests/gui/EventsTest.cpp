@@ -472,9 +472,9 @@ struct Looker : ProbeCtrl {
 TEST_F(EventTest, AShotInMidDragShowsWholeControls) {
     win = std::make_unique<CWin>(app.get(), nullptr, "framed", 100, 100, 200, 150, winSizable);
     probe = new ProbeCtrl(win.get(), "probe", 20, 30, 100, 80);
-    auto* late = new Looker(win.get(), "late", 0, 0, 10, 10);
+    auto* eye = new Looker(win.get(), "eye", 0, 0, 10, 10);
     int shots = 0;
-    late->look = [&] {
+    const auto look = [&] {
         shots++;
         EXPECT_EQ(Shot(win->handle, 200, 150).count(0x00ff00), 100 * 80) << shots;
     };
@@ -484,17 +484,20 @@ TEST_F(EventTest, AShotInMidDragShowsWholeControls) {
     });
     probe->fill = 0x00ff00;
     probe->onMouseMove = mover.mouse();
-    win->addControl(probe);
     win->show(true);
+    win->addControl(eye); // painted first, when the background is done
+    win->addControl(probe);
+    win->redraw();
+    eye->look = [] {};
     settle();
-    win->addControl(late);
+    eye->look = look;
     for (const char* start : {"mousemove 299 249 mousedown 1", "mousemove 170 170 mousedown 1"}) {
         xdo(start);
         const int before = shots;
         for (int step = 0; step < 5; step++) {
             xdotool("mousemove_relative 3 2");
             XEvent event;
-            for (XSync(liveDisplay(), False); app->nextEvent(event); late->look())
+            for (XSync(liveDisplay(), False); app->nextEvent(event); eye->look())
                 app->handleEvent(event);
         }
         xdo("mouseup 1");

@@ -265,6 +265,7 @@ TEST_F(MenuTest, ARibbonShowsTheCommandsOfMenus) {
         act(split(to(c.item)));
         pumpUntil([&] { return steps.empty() && app->menus.empty(); });
         EXPECT_EQ(chosen, c.chosen) << c.item;
+        EXPECT_NE(ribbon->getTab(-1), page) << c.item;
     }
     const std::string save = to("Save");
     chosen.clear();
