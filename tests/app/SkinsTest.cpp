@@ -25,6 +25,29 @@ void writeTheme(const CStr& path, int red) {
     out.writeInt(red);
 }
 
+/// A theme with a picture of the transport, of fields of these colours, and one of what is pushed.
+void writeTransport(const CStr& path, const std::vector<std::string>& pictures) {
+    CFileStream out(path, 1);
+    for (const std::string& file : pictures) {
+        CMemoryStream png;
+        png.loadFromFile(file.c_str());
+        constexpr int wide = 100, high = 25, headBytes = 20;
+        out.writeId("img", int(png.size) + headBytes);
+        out.writeStr("");
+        for (const int word : {1, wide, high, int(png.size)}) out.writeInt(word);
+        out.write(png.data, int(png.size));
+    }
+    int index = 0;
+    for (const char* item : {"transporter", "transporterpushed", "logo"}) {
+        out.writeId("itemid2", int(std::string(item).size()) + 4);
+        out.writeStr(item);
+        out.writeId("itemfill", 4);
+        out.writeInt(fillImage);
+        out.writeId("itemfillImg", 4);
+        out.writeInt(index++ % int(pictures.size()));
+    }
+}
+
 CCtrl* find(CGroup* in, const char* id) {
     for (auto* ctrl : each<CCtrl>(in->controls))
         if (ctrl->id == id && ctrl->enabled) return ctrl; // labels have the same name
@@ -90,6 +113,46 @@ TEST_F(SkinsTest, ADroppedThemeIsOpenedAndKept) {
     EXPECT_EQ(setting("options", "look"), "-2");
     EXPECT_EQ(setting("options", "theme"), "");
     EXPECT_EQ(clWinBkgnd.fillCol, darkPalette().window);
+}
+
+/// A theme's pictures show on the transport and above "Welcome".
+TEST_F(SkinsTest, PicturesOfTheTransportAndTheLogo) {
+    start();
+    const char* colours[] = {"#100000", "#200000", "#300000", "#400000", "#500000"};
+    for (const char* state : {"00", "ff"}) {
+        std::vector<std::string> make = {"convert", "-size", "20x25"};
+        for (const char* c : colours)
+            make.push_back(std::string("xc:") + std::string(c).substr(0, 5) + state);
+        make.insert(make.end(), {"+append", at(std::string(state) + ".png")});
+        ASSERT_EQ(runCommand(make), 0);
+    }
+    writeTransport(at("t.qvl").c_str(), {at("00.png"), at("ff.png")});
+    host->loop = 1;
+    win->move(0, 0, 700, 500); // whole on the screen
+    ASSERT_TRUE(openTheme(app.get(), host.get(), at("t.qvl").c_str()));
+    auto* bar = static_cast<CGroup*>(find(win->clientGroup, "transport"));
+    const auto middle = [&](const char* id) {
+        const CCtrl* button = find(bar, id);
+        const CPoint pos = win->controlPos(button);
+        return Shot(win->handle, win->width, win->height)
+            .at(pos.x + button->width / 2, pos.y + button->height / 2);
+    };
+    ASSERT_TRUE(pumpUntil([&] { return middle("loop") == asColor(0x50, 0, 0xff); }));
+    EXPECT_EQ(middle("rewind"), asColor(0x10, 0, 0));
+    EXPECT_EQ(middle("stop"), asColor(0x20, 0, 0));
+    EXPECT_EQ(middle("play"), asColor(0x30, 0, 0));
+    EXPECT_EQ(middle("record"), asColor(0x40, 0, 0));
+    int logoColour = 0;
+    inDialog("Welcome", [&] {
+        CWin* welcome = app->modalWin;
+        const CCtrl* logo = find(welcome->clientGroup, "logo");
+        const CPoint pos = welcome->controlPos(logo);
+        logoColour =
+            Shot(welcome->handle, welcome->width, welcome->height).at(pos.x + 1, pos.y + 1);
+        runCommand({"xdotool", "key", "Escape"});
+    });
+    win->flows->newClicked();
+    EXPECT_EQ(logoColour, asColor(0x10, 0, 0));
 }
 
 /// What both skins promise: every text and symbol that an item uses reads on its fill, or, where it

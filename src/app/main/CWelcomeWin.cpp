@@ -1,6 +1,7 @@
 #include "app/main/CWelcomeWin.h"
 
 #include "app/main/ProjectKinds.h"
+#include "app/main/ThemePictures.h"
 #include "base/CStringList.h"
 #include "base/Paths.h"
 #include "gui/controls/CButton.h"
@@ -15,11 +16,19 @@ constexpr int titleHeight = 20, rowHeight = 24;
 constexpr int kindsWidth = 196;
 constexpr const char* demoName = "Demo song";
 
+/// What a theme's logo takes above the lists.
+int logoRoom() {
+    const int height = CLogo::pictureHeight();
+    return height ? height + CDialogWin::gap : 0;
+}
+
 } // namespace
 
 CWelcomeWin::CWelcomeWin(CWin* owner, const CStringList& recent, int chosenKind)
-    : CDialogWin(owner, "Welcome", contentWidth, contentHeight, winCaption | winCentre | winEscape),
+    : CDialogWin(owner, "Welcome", contentWidth, contentHeight + logoRoom(),
+                 winCaption | winCentre | winEscape),
       kind(kindEmpty), recentPaths(recent) {
+    addControl(new CLogo(this, margin, margin));
     addButton("Create Project");
     addButton("Open...", new _COnChange<CWelcomeWin>(this, &CWelcomeWin::browseClicked));
     const int right = margin + kindsWidth + gap;
@@ -34,8 +43,8 @@ CWelcomeWin::CWelcomeWin(CWin* owner, const CStringList& recent, int chosenKind)
 }
 
 CListbox* CWelcomeWin::addList(const char* name, const char* title, int x, int wide) {
-    addControl(new CLabel(this, title, x, margin, wide, titleHeight));
-    const int top0 = margin + titleHeight;
+    const int titleTop = margin + logoRoom(), top0 = titleTop + titleHeight;
+    addControl(new CLabel(this, title, x, titleTop, wide, titleHeight));
     auto* list = new CListbox(this, name, x, top0, wide, contentBottom() - top0);
     list->itemHeight = rowHeight;
     list->tabStop = true;

@@ -7,6 +7,7 @@
 #include "app/main/CMeter.h"
 #include "app/main/CMonitorVolume.h"
 #include "app/main/Displays.h"
+#include "app/main/ThemePictures.h"
 #include "app/mixer/CSpectrum.h"
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
@@ -27,6 +28,24 @@ constexpr int masterWidth = 160, leastMaster = 64;
 constexpr int spectrumTop = 4, spectrumHeight = 48;
 constexpr int meterTop = 23, meterHeight = 11;
 constexpr int volumeTop = 38, volumeHeight = 12;
+
+/// The place of a symbol in a theme's picture of the transport; -1 for what is not in it.
+int fieldOf(Glyph glyph) {
+    switch (glyph) {
+    case Glyph::rewind:
+        return fieldRewind;
+    case Glyph::stop:
+        return fieldStop;
+    case Glyph::play:
+        return fieldPlay;
+    case Glyph::record:
+        return fieldRecord;
+    case Glyph::loop:
+        return fieldLoop;
+    default:
+        return -1;
+    }
+}
 
 } // namespace
 
@@ -117,9 +136,13 @@ void Toolbar::recentClicked(CObject*) {
 }
 
 void Toolbar::paintGlyph(CObject* sender, CGraphic* g, CRect rect) {
-    for (const Command& c : commands)
-        if (c.button == sender)
+    for (const Command& c : commands) {
+        if (c.button != sender) continue;
+        const int field = fieldOf(c.glyph);
+        const bool on = c.button->lit || c.button->isPushed();
+        if (field < 0 || !drawTransport(g, TransportField(field), rect, on))
             glyphs.draw(g, c.glyph, rect, c.button->faceColour(), c.button->fillColour());
+    }
 }
 
 void Toolbar::paint(CGraphic* g, CRect rect) {
