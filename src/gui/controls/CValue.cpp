@@ -82,7 +82,7 @@ void CValue::mouseMove(int x, int y, int btn) {
     if (!(btn & modLeft) || !isPushed()) return;
     const CPoint at = mousePos();
     const int delta = (dragStartY - at.y) + (at.x - dragStartX);
-    const int64_t steps = asInt(delta * dragShare / asMax(sensitivity, 1));
+    const int64_t steps = sensitivity > 0 ? asInt(delta * dragShare / sensitivity) : 0;
     const int wanted = asMinMax(saturate(dragStartValue + multiplier * (step * steps)), min, max);
     if (wanted == value) return;
     value = wanted;
