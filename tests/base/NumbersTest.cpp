@@ -92,4 +92,7 @@ TEST(Random, IsEvenAndRepeatsItself) {
     };
     EXPECT_EQ(first(5), first(5));
     EXPECT_NE(first(6), first(5));
+    int ofThread[2] = {};
+    for (int& v : ofThread) std::thread([&v] { v = asRandInt(); }).join();
+    EXPECT_NE(ofThread[0], ofThread[1]) << "every thread has a seed of its own";
 }

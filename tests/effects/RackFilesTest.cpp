@@ -100,6 +100,8 @@ TEST(RackFiles, UnknownAndWildBlocks) {
         .prog("A");
     in.fx(-42, 5, 0.25f, 7.0f, {1, 2}).block("reverbSize", 1234);
     in.fx(fxReverb, 1, NAN, 0.5f, {9999, INFINITY}).block("ampDrive2", 0.5f);
+    in.writeId("fx", 0); // what follows is of no effect
+    in.block("reverbSize", 5000);
     in.writeId("fx", 20);
     in.put(fxBitcrusher).put(1).put(1.0f).put(1.0f).put(7).fx(fxBitcrusher, 1, 1, 1, {0, 1000});
     out.block("progi", 0).prog("A").fx(-42, 1, 0.25f, 1.0f, {});
