@@ -11,7 +11,8 @@ TEST(CChorus, FollowsItsFormulasInAnyCut) {
     } cases[] = {{"default", 3, 20, 0.1f, 90, 0},
                  {"deep, fed back", 1, 30, 0.9f, 180, -0.8f},
                  {"read where it is written", 5, 2, 1, 45, 0.5f},
-                 {"longest", 2, 300, 0.5f, 0, 0.9f}};
+                 {"longest", 2, 300, 0.5f, 0, 0.9f},
+                 {"shortest", 10, 1, 0, 0, 0.9f}};
     for (float rate : fxRates)
         for (const auto& c : cases)
             for (int block : fxBlocks) {

@@ -45,13 +45,13 @@ std::unique_ptr<CFX> make<CEQ>() {
 } // namespace
 
 /// 90 beats a minute and 4 / 3 of a cycle a beat are 2 Hz. Standing still, a sine begins where a
-/// triangle is after a quarter and a sawtooth after a half.
+/// triangle is after a quarter, and a sawtooth is after a quarter where that is after an eighth.
 TEST(CFX, SweepsKeepTimeAndHaveTheirWaves) {
     expectNear(sweep<CChorus>(9, 1), sweep<CChorus>(2, 0), 0, "chorus in tempo");
     expectNear(sweep<CPhaser>(9, 1), sweep<CPhaser>(2, 0), 0, "phaser in tempo");
     expectNear(sweep<CChorus>(0, 0, 1, 90), sweep<CChorus>(0, 0), 1e-5, "triangle");
     expectNear(sweep<CPhaser>(0, 0, 1, 90), sweep<CPhaser>(0, 0), 1e-5, "triangle");
-    expectNear(sweep<CPhaser>(0, 0, 2, 180), sweep<CPhaser>(0, 0), 1e-5, "sawtooth");
+    expectNear(sweep<CPhaser>(0, 0, 2, 90), sweep<CPhaser>(0, 0, 1, 45), 1e-5, "sawtooth");
 }
 
 /// Without lines of their own they make no sound, not even the dry one.
