@@ -179,13 +179,23 @@ TEST_F(MainWinTest, MenusAreReachedByKeys) {
     key("Down");
     ASSERT_TRUE(pumpUntil([&] { return tracks() == 1; }));
     EXPECT_EQ(static_cast<CTrack*>(seq()->tracks.first())->kind, trackDrum);
+
+    // A letter goes to the entry that begins with it.
+    EXPECT_EQ(win->toolbar, nullptr);
+    for (const char* k : {"F10", "Right", "Right"}) key(k);
+    inMenu({"r", "Return"});
+    key("Down");
+    ASSERT_TRUE(pumpUntil([this] { return win->toolbar && win->toolbar->visible; }));
+    EXPECT_EQ(host->settings.getInt("ribbon", 0), 1);
 }
 
 /// Changes reach the settings when the window is closed, and the next start takes them on.
 TEST_F(MainWinTest, KeepsItsSettings) {
     set("options", "time", "1");
     set("options", "monitor-volume", "50");
+    set("options", "ribbon", "1");
     start();
+    EXPECT_TRUE(win->toolbar && win->toolbar->visible);
     EXPECT_EQ(host->listenVolume, 0.5f);
     host->listenVolume = 0.25f;
     win->setHints(false);

@@ -248,7 +248,7 @@ TEST_F(CSampleManagerTest, FilesLiveAsLongAsTheyAreNeeded) {
 }
 
 TEST_F(CSampleManagerTest, ForeignFormatsComeInAsWav) {
-    sox("-n -r 44100 -b 16 -c 2 " + path("tone.flac") + " synth 0.5 sine 440");
+    run("sox -D -V1 -n -r 44100 -b 16 -c 2 " + path("tone.flac") + " synth 0.5 sine 440");
     ImportResult result{};
     const auto import = [&](const char* name, bool goOn = true) {
         return host->importSample(full(name), 1, result, [goOn](float) { return goOn; });
@@ -261,7 +261,7 @@ TEST_F(CSampleManagerTest, ForeignFormatsComeInAsWav) {
     EXPECT_TRUE(sample && sample->cached && sample->filename == full("temp/tone.wav"));
     EXPECT_TRUE(import("wav")->filename == full("wav"));
     EXPECT_TRUE(!import("p/song.v2.qv") && result == ImportResult::unreadable);
-    sox("-n -r 44100 -b 16 -c 2 " + path("long.flac") + " synth 100 noise");
+    run("sox -D -V1 -n -r 44100 -b 16 -c 2 " + path("long.flac") + " synth 100 noise");
     EXPECT_TRUE(!import("long.flac", false) && result == ImportResult::cancelled);
     host->clear();
     EXPECT_TRUE(fs::is_empty(path("temp")));
