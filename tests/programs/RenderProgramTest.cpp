@@ -71,7 +71,8 @@ TEST(RenderProgram, RefusesInOneLine) {
     writeFile(folder.file("text.qv"), "two\nlines of text\n");
     writeFile(folder.file("silent.mid"),
               heldKey(69).substr(0, 26) + std::string("\0\xFF\x2F\0", 4));
-    std::filesystem::create_symlink("/dev/full", folder.file("full.wav"));
+    for (const char* full : {"full.wav", "full.mid"})
+        std::filesystem::create_symlink("/dev/full", folder.file(full));
     struct Case {
         const char* name;
         std::vector<std::string> words;
@@ -87,6 +88,7 @@ TEST(RenderProgram, RefusesInOneLine) {
         {"nothing in it", {folder.file("silent.mid"), output}, "silent.mid"},
         {"no such folder", {good, folder.file("none/out.wav")}, "none/out.wav"},
         {"disk full", {good, folder.file("full.wav")}, "full.wav"},
+        {"disk full of notes", {good, folder.file("full.mid")}, "full.mid"},
         {"other format", {good, folder.file("out.ogg")}, ".ogg"},
         {"bits", {"--bits", "12", good, output}, "--bits"},
         {"not a whole number", {"--block", "1.5", good, output}, "--block"},
