@@ -70,6 +70,7 @@ bool CSample::open(CStr path) {
     loopStart = 0;
     bigEndian = false;
     frames = 0;
+    needsPeaks = true;
     filename = std::move(path);
     fp = openAudioFile(filename.asChar());
     AudioFormat format;

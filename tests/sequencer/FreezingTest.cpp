@@ -2,6 +2,7 @@
 
 #include "FullDisk.h"
 #include "SongFixture.h"
+#include "base/Deadline.h"
 #include "base/Random.h"
 #include "base/TempFolder.h"
 #include "effects/CEffect.h"
@@ -217,6 +218,11 @@ TEST(Freezing, BouncesToANewTrack) {
     ASSERT_EQ(f.seq->tracks.getCount(), 3);
     EXPECT_EQ(f.files(), 1);
     auto* bounce = static_cast<CSongTrack*>(f.prog()->tracks.last());
+    const auto* clip =
+        static_cast<const CAudioEvent*>(static_cast<CPart*>(bounce->parts.first())->getEvents());
+    EXPECT_TRUE(comes([clip] {
+        return clip->sample->peaks.count() == clip->sample->frames / PeakImage::framesPerEntry;
+    })) << "its waveform";
     bounce->setSoloed(true);
     const std::vector<float> bounced = f.heard();
     bounce->setSoloed(false);

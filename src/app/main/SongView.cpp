@@ -3,9 +3,9 @@
 #include "app/ProgramItems.h"
 #include "app/main/CMeter.h"
 #include "app/main/Displays.h"
+#include "app/main/PartPicture.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/MidiBytes.h"
 #include "gui/CApp.h"
 #include "gui/CBitmap.h"
 #include "gui/CGraphic.h"
@@ -26,7 +26,6 @@ constexpr int gap = 4;
 constexpr int margin = 8;
 constexpr int stripe = 4;       ///< of a track's colour at the left of its row
 constexpr int pointerReach = 4; ///< of the head of the play position to each side
-constexpr int lowestNote = 24, highestNote = 100;
 
 const unsigned trackColours[16] = {0x5aa9e6, 0x6fc18d, 0xe0a458, 0xd97b8f, 0xa58be0, 0x5fc0c0,
                                    0xc9b458, 0xe08a6b, 0x7f9cf0, 0x8cc26a, 0xd987c4, 0x62b7d8,
@@ -79,18 +78,8 @@ void CTimeline::drawRow(CGraphic* g, CSongTrack* songTrack, int y, int colour) {
             asRect(xOf(part->pos.load()), y + gap, xOf(part->pos + ticks), y + gap + inner);
         g->fillRect(fill, box);
         g->frameRect(part->selected() ? colours.text : fadeCol(fill, colour, 0.5), box);
-        int tick = part->pos + part->offset;
-        for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
-            tick += e->delta;
-            const auto* note = static_cast<const CMIDIEvent*>(e);
-            if (part->type != partMIDI || !noteOn(note->data)) continue;
-            const int key = asMinMax(asByte1(note->data), lowestNote, highestNote);
-            const int at =
-                box.bottom - 4 - (key - lowestNote) * (inner - 8) / (highestNote - lowestNote);
-            const int from = xOf(tick);
-            const int to = std::max(from + 1, xOf(tick + note->length));
-            g->fillRect(colour, asRect(from, at, std::min(to, box.right - 1), at + 2));
-        }
+        drawPartContent(g, songTrack->track->seq, part, box, colour,
+                        [this](double tick) { return xOf(tick); });
     }
     g->fillLine(colours.frame, asRect(0, y + rowHeight - 1, width, y + rowHeight));
 }

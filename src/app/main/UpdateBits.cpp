@@ -57,6 +57,7 @@ void CMainWin::graphChanged() {
 }
 
 void CMainWin::peaksChanged() {
+    song->songChanged();
     updateEditors(updateParts);
 }
 
