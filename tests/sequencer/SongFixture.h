@@ -2,6 +2,7 @@
 
 #include "audiofiles/CSample.h"
 #include "base/Messages.h"
+#include "engine/Cables.h"
 #include "engine/MidiBytes.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
@@ -48,10 +49,10 @@ struct SongFixture {
         host.samples.add(s);
         return s;
     }
-    /// Cables from the track to the instrument, and on to the audio out.
+    /// Cables from the track to the instrument, and on to the audio out, where it may be already.
     template <class T>
     T* connect(CSongTrack* from, T* instrument) {
-        device.connect(instrument);
+        if (!getAudioCable(device.out, instrument->output(), nullptr)) device.connect(instrument);
         const GraphHold hold(&host);
         instrument->addMIDICable(from->track->outPort(), nullptr);
         return instrument;
