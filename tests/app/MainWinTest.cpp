@@ -1,6 +1,7 @@
 #include "MainFixture.h"
 
 #include "engine/CClick.h"
+#include "engine/CSnap.h"
 #include "gui/controls/CEdit.h"
 #include "gui/controls/CMenu.h"
 #include "gui/controls/CPopup.h"
@@ -91,6 +92,10 @@ TEST_F(MainWinTest, KeysDoWhatTheirActionsTell) {
         {"ctrl+z", [&] { return tracks() == 8; }},
         {"ctrl+h", [&] { return prog->timesigs.getCount() == 1; }},
         {"ctrl+z", [&] { return prog->timesigs.empty(); }},
+        {"x", [&] { return !seq()->snap->active; }},
+        {"x", [&] { return seq()->snap->active; }},
+        {"shift+x", [&] { return seq()->snap->getTicks() == 480; }},
+        {"ctrl+shift+x", [&] { return seq()->snap->getTicks() == 240; }},
         {"ctrl+a", [&] { return partsAre(1) && part(0)->selected(); }},
         {"ctrl+m", [&] { return part(0)->muted(); }},
         {"ctrl+m", [&] { return !part(0)->muted(); }},

@@ -249,7 +249,9 @@ void MainMenu::fillSong(CPopup* popup) {
 }
 
 void MainMenu::fillPart(CPopup* popup) {
-    addGroups(popup, {{"quantize", "splitatcursor", "glue", "crossfade"}, {"mutepart", "unghost"}});
+    addGroups(popup, {{"quantize", "splitatcursor", "glue", "crossfade"},
+                      {"mutepart", "unghost"},
+                      {"snap", "snapPrior", "snapNext"}});
 }
 
 void MainMenu::fillTrack(CPopup* popup) {

@@ -2,6 +2,7 @@
 
 #include "app/CAction.h"
 #include "app/main/Displays.h"
+#include "app/main/GridActions.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "sequencer/BarEdits.h"
@@ -91,6 +92,9 @@ const SongActions::Command SongActions::commands[] = {
     {"nextmarker", &SongActions::nextMarker},
     {"timesig-add", &SongActions::addTimesig},
     {"opencomp", &SongActions::openComp},
+    {"snap", &SongActions::snap},
+    {"snapPrior", &SongActions::snapPrior},
+    {"snapNext", &SongActions::snapNext},
 };
 
 const SongActions::PartCommand SongActions::partCommands[] = {
@@ -258,6 +262,20 @@ void SongActions::openComp() {
         };
         if (feeds()) return comp->edit(true);
     }
+}
+
+// The grid.
+
+void SongActions::snap() {
+    toggleSnap(seq());
+}
+
+void SongActions::snapPrior() {
+    stepSnap(seq(), -1);
+}
+
+void SongActions::snapNext() {
+    stepSnap(seq(), 1);
 }
 
 // Markers and signatures.

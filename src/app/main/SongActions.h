@@ -56,6 +56,9 @@ private:
     void priorMarker();
     void nextMarker();
     void addTimesig();
+    void snap();
+    void snapPrior();
+    void snapNext();
 
     bool recording() const;
     bool locateSelection();
