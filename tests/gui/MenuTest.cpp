@@ -195,6 +195,12 @@ TEST_F(MenuTest, ABarMovesBetweenItsMenus) {
     win->setKeyCtrl(bar);
     xdo("key Escape");
     EXPECT_EQ(bar->current(), nullptr);
+    win->setKeyCtrl(bar);
+    bar->clear(); // for another page
+    EXPECT_EQ(bar->current(), nullptr);
+    const CCtrl* other = bar->add("Other", fill.change(), 3);
+    xdo("key Right");
+    EXPECT_EQ(bar->current(), other);
 }
 
 /// By the right button, and by Alt with Space.

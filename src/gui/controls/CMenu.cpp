@@ -60,6 +60,11 @@ CCtrl* CMenu::add(const CStr& text, COnChange* builder, int entryTag) {
     return entry;
 }
 
+void CMenu::clear() {
+    mark(nullptr);
+    CGroup::clear();
+}
+
 bool CMenu::isOpen() const {
     return popup->visible;
 }

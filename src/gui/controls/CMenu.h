@@ -20,6 +20,7 @@ public:
     /// place of another one. `fromKeys`: its first line is selected.
     void dropMenu(CCtrl* item, bool fromKeys);
     CPopup* getPopup() const { return popup.get(); }
+    void clear() override; ///< also while a menu is open, or the keys are on the bar
 
     void paint(CGraphic* g, CRect rect) override;
     bool keyDown(int key, int mods) override;
