@@ -64,6 +64,7 @@ protected:
         win.reset();
         host.reset();
         qv = nullptr;
+        lastModal = nullptr; // the next one may stand at the same address
     }
     /// Loads what was asked for, and lets the window follow.
     bool load(int kind, const CStr& path = "") {
