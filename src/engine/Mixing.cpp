@@ -98,9 +98,7 @@ bool heardInSolo(const COutputChannel* ch) {
 
 /// Starts the ramps towards where the user has put fader, mute, solo and pan.
 void followControls(CComp* c, COutputChannel* ch) {
-    const bool exempt = c->type == compAudioOut || c->type == compGroupCh;
-    const bool open = !ch->mute && (exempt || heardInSolo(ch));
-    const float level = open ? fLimit(ch->vol, 0.0f, 1.0f) : 0.0f;
+    const float level = stripOpen(c, ch, ch->anySolo != 0) ? fLimit(ch->vol, 0.0f, 1.0f) : 0.0f;
     if (level != ch->gainTarget) ch->setVol(level, true);
     const float pan = fLimit(ch->pan, -1.0f, 1.0f);
     if (pan != ch->panTarget) ch->setPan(pan, true);
@@ -178,6 +176,11 @@ void feedSends(CComp* c, COutputChannel* ch, int frames, int offset) {
 }
 
 } // namespace
+
+bool stripOpen(const CComp* c, const COutputChannel* ch, bool anySolo) {
+    const bool exempt = c->type == compAudioOut || c->type == compGroupCh;
+    return !ch->mute && (exempt || ch->solo || !anySolo);
+}
 
 float highest(const float* buf, int frames, float peak) {
     Extremes even(peak), odd(peak);

@@ -2,6 +2,9 @@
 
 #include "base/Atomic.h"
 
+class CComp;
+class COutputChannel;
+
 /// Sums and meters of the mix: plain loops over one channel's buffer, any thread. A frame that is
 /// not a number raises no meter.
 
@@ -13,3 +16,7 @@ float scaleAndMeter(float* buf, int frames, float factor, float peak);
 void storePeak(float peak, Shared<float>& live, Shared<float>& hold);
 /// Adds `from` times `amount` to `to`; the two do not overlap.
 void addScaled(float* to, const float* from, int frames, float amount);
+
+/// Whether a strip of the component is heard: neither muted nor, while `anySolo` some strip has
+/// solo, without it. The audio outs and groups know no solo. Any thread.
+bool stripOpen(const CComp* c, const COutputChannel* ch, bool anySolo);

@@ -7,6 +7,7 @@
 #include "engine/CMap.h"
 #include "engine/CMixer.h"
 #include "engine/CQV.h"
+#include "engine/Mixing.h"
 #include "project/CableBlocks.h"
 #include "project/CompReader.h"
 #include "project/ItemView.h"
@@ -295,11 +296,9 @@ void Reading::closeSilenced() {
     for (auto* c : each<CComp>(host->comps))
         for (const auto* ch : each<COutputChannel>(c->outputs)) solo = solo || ch->solo;
     for (auto* list : {&host->comps, &host->sends})
-        for (auto* c : each<CComp>(*list)) {
-            const bool exempt = c->type == compAudioOut || c->type == compGroupCh || !solo;
+        for (auto* c : each<CComp>(*list))
             for (auto* ch : each<COutputChannel>(c->outputs))
-                if (ch->mute || !(exempt || ch->solo)) ch->setVol(0.0f, false);
-        }
+                if (!stripOpen(c, ch, solo)) ch->setVol(0.0f, false);
 }
 
 void Reading::warnOfMissing() const {

@@ -137,6 +137,12 @@ void CSeqProg::getSelectedParts(CList* list) {
             if (part->selected()) list->add(part);
 }
 
+bool CSeqProg::hasParts() const {
+    for (const auto* songTrack : each<CSongTrack>(tracks))
+        if (!songTrack->parts.empty()) return true;
+    return false;
+}
+
 CPart* CSeqProg::getFirstSelectedPart() {
     for (auto* songTrack : each<CSongTrack>(tracks))
         for (auto* part : each<CPart>(songTrack->parts))

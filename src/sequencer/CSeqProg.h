@@ -93,6 +93,7 @@ public:
     CTimesigPart* getTimesigAtPos(int tick);
     CTempoPart* getTempoAtPos(int tick);
     CSongTrack* songTrackOf(const CTrack* track);
+    bool hasParts() const;
     /// Appends every selected part.
     void getSelectedParts(CList* list);
     CPart* getFirstSelectedPart();

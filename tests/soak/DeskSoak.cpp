@@ -46,10 +46,7 @@ double residentMegabytes() {
 }
 
 bool hasParts(CSeq* seq) {
-    if (!seq || !seq->getProg()) return false;
-    for (auto* track : each<CSongTrack>(seq->getProg()->tracks))
-        if (!track->parts.empty()) return true;
-    return false;
+    return seq && seq->getProg() && seq->getProg()->hasParts();
 }
 
 /// Counts late blocks, whatever device the hands open, and keeps a song playing.

@@ -15,12 +15,6 @@ namespace {
 constexpr const char* exportExt = ".mid";
 constexpr const char* importExt = ".mid|.midi|.kar";
 
-bool hasParts(CSeq* seq) {
-    for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks))
-        if (!songTrack->parts.empty()) return true;
-    return false;
-}
-
 /// What neither form of the import tells by itself.
 void tell(CMainWin* window, bool unreadable, bool truncated, const CStr& path) {
     if (unreadable) showMsg(window, "Error", CStr("Could not open file ") + path);
@@ -28,7 +22,7 @@ void tell(CMainWin* window, bool unreadable, bool truncated, const CStr& path) {
 }
 
 void import(CMainWin* window, CSeq* seq, const CStr& path) {
-    if (!hasParts(seq)) {
+    if (!seq->getProg()->hasParts()) {
         const MidiSongResult result = openMidiSong(seq, path);
         tell(window, result == MidiSongResult::unreadable, result == MidiSongResult::truncated,
              path);

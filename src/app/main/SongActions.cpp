@@ -18,9 +18,7 @@
 namespace {
 
 bool anyPart(CSeq* seq) {
-    for (const auto* songTrack : each<CSongTrack>(seq->getProg()->tracks))
-        if (!songTrack->parts.empty()) return true;
-    return false;
+    return seq->getProg()->hasParts();
 }
 
 bool anySelected(CSeq* seq) {
