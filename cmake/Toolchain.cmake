@@ -4,9 +4,9 @@ find_program(CCACHE ccache)
 if(CCACHE)
     set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
 endif()
-find_program(MOLD mold)
-if(MOLD)
-    add_link_options(-fuse-ld=mold)
+find_program(LLD ld.lld)
+if(LLD)
+    add_link_options(-fuse-ld=lld)
 endif()
 
 # A fused multiply-add would shift recursive filters away from their formulas.
