@@ -15,6 +15,7 @@ class Alsa : public testing::Test {
 protected:
     JackServer server;
     TempFolder folder;
+    const Variable config{"ALSA_CONFIG_PATH", folder.file("rc")};
     std::unique_ptr<Module> module;
 
     Alsa() {
@@ -31,12 +32,7 @@ protected:
            << "pcm.int32 { type asym playback.pcm { type linear slave { pcm " << file("int32")
            << " format S32_LE } }" << shown << "pcm.nowhere { type hw card 31" << shown;
         rc.close();
-        setenv("ALSA_CONFIG_PATH", folder.file("rc").c_str(), 1);
         module = std::make_unique<Module>();
-    }
-    ~Alsa() override {
-        module.reset();
-        unsetenv("ALSA_CONFIG_PATH");
     }
 
     /// What a device wrote in stereo while it was given a ramp that leaves the range at both ends.

@@ -32,6 +32,12 @@ TEST(DriverModule, AnswersNeutrallyOutsideItsLists) {
     EXPECT_EQ(module(aamNeedsReopen), 0);
 }
 
+/// The servers of whoever runs the tests stay out of them, and a machine without any has a device.
+TEST(DriverModule, ListsTheClockAloneWhereNoServerRuns) {
+    Module module;
+    EXPECT_EQ(module.devices(), std::vector<std::string>{"Silent clock"});
+}
+
 TEST(DriverModule, KeepsFramesAndRateThatItWasNotAskedToChange) {
     Module module;
     const std::pair<int, int> cases[] = {{512, 512}, {-1, 512}, {16385, 512}, {16384, 16384}};

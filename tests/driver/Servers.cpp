@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
 #include <jack/jack.h>
 #include <stdexcept>
 #include <sys/prctl.h>
@@ -79,6 +80,19 @@ TempFolder::~TempFolder() {
     std::filesystem::remove_all(path, ignored);
 }
 
+Variable::Variable(const char* variable, const std::string& value)
+    : name(variable),
+      before(getenv(variable) ? std::optional<std::string>(getenv(variable)) : std::nullopt) {
+    setenv(name, value.c_str(), 1);
+}
+
+Variable::~Variable() {
+    if (before)
+        setenv(name, before->c_str(), 1);
+    else
+        unsetenv(name);
+}
+
 JackServer::JackServer() : server(std::make_unique<Child>(jackCommand())) {
     waitForJack();
 }
@@ -102,8 +116,10 @@ void JackServer::kill() {
 PulseServer::PulseServer() {
     const std::string busFile = runtime.file("bus");
     for (const char* name : {"XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "HOME"})
-        setenv(name, runtime.path.c_str(), 1);
-    setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + busFile).c_str(), 1);
+        variables.emplace_back(name, runtime.path);
+    variables.emplace_back("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + busFile);
+    variables.emplace_back("PULSE_SERVER", "unix:" + runtime.file("pulse/native"));
+    leaveCardsAlone();
     bus = std::make_unique<Child>(std::vector<std::string>{"dbus-daemon", "--session", "--nofork",
                                                            "--address=unix:path=" + busFile});
     waitForFile(busFile);
@@ -127,6 +143,14 @@ PulseServer::PulseServer() {
     add("tone", "Audio/Source/Virtual");
     const auto isDefault = [] { return runCommand({"pactl", "set-default-sink", "first"}) == 0; };
     if (!waitFor(isDefault)) throw std::runtime_error("no default sink");
+}
+
+/// The sound cards of the machine stay with whoever uses them.
+void PulseServer::leaveCardsAlone() const {
+    const auto folder = runtime.path / "wireplumber/main.lua.d";
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder / "51-no-cards.lua")
+        << "alsa_monitor.enabled = false\nv4l2_monitor.enabled = false\n";
 }
 
 PulseServer::~PulseServer() {

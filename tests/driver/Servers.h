@@ -2,7 +2,9 @@
 
 #include <csignal>
 #include <filesystem>
+#include <list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -34,6 +36,19 @@ struct TempFolder {
     std::string file(const std::string& name) const { return path / name; }
 };
 
+/// A variable of the environment that has another value for as long as this object lives.
+class Variable {
+public:
+    Variable(const char* name, const std::string& value);
+    ~Variable();
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+
+private:
+    const char* name;
+    const std::optional<std::string> before;
+};
+
 /// A JACK server without hardware, with two channels each way at 44100 Hz. It is the default
 /// server of this process from then on.
 class JackServer {
@@ -59,6 +74,8 @@ public:
     void kill() { sound->end(SIGKILL); }
 
 private:
+    void leaveCardsAlone() const;
     TempFolder runtime;
+    std::list<Variable> variables; ///< that show the way to it
     std::unique_ptr<Child> bus, graph, policy, sound;
 };
