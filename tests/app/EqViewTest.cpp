@@ -1,12 +1,12 @@
 #include "app/mixer/CEqView.h"
 
-#include "../gui/TestServer.h"
 #include "app/mixer/CSpectrum.h"
 #include "base/Numbers.h"
 #include "common/fx/CDFT.h"
 #include "common/fx/CEQ.h"
 #include "engine/CQV.h"
 #include "gui/Colours.h"
+#include "gui/TestServer.h"
 
 #include <cmath>
 

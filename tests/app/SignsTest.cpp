@@ -1,9 +1,9 @@
 #include "app/main/Signs.h"
 
-#include "../gui/TestServer.h"
 #include "gui/CBitmap.h"
 #include "gui/CGraphic.h"
 #include "gui/Scale.h"
+#include "gui/TestServer.h"
 
 #include <cmath>
 #include <numbers>

@@ -1,4 +1,4 @@
-#include "base/Numbers.h"
+#include "base/Deadline.h"
 #include "engine/StripFixture.h"
 #include "support/RtTrap.h"
 
@@ -72,11 +72,8 @@ TEST(CTasks, InterfaceTakesOverAfterElevenPassesWithoutABlock) {
     EXPECT_EQ(t.order, (std::vector{5, 6, 7})) << "at once when the device is closed";
     t.run();
     t.add(8);
-    for (int ms = 0; ms < 10000 && t.order.size() < 4; ++ms) {
-        t.tasks.pump();
-        asSleep(1);
-    }
-    EXPECT_EQ(t.order.back(), 8) << "turns of a waiting loop count too";
+    EXPECT_TRUE(comes([&] { return t.tasks.pump(), t.order.size() == 4; }))
+        << "turns of a waiting loop count too";
 }
 
 TEST(CTasks, EachRunsOnceWhoeverRunsThem) {
@@ -88,7 +85,7 @@ TEST(CTasks, EachRunsOnceWhoeverRunsThem) {
             if (sent % 100 == 0) t.tasks.audioStopped();
             t.tasks.exec(true);
         }
-        while (t.tasks.count() > 0) asSleep(1);
+        EXPECT_TRUE(comes([&] { return t.tasks.count() == 0; }));
     }
     ASSERT_EQ(t.order.size(), 1500u);
     for (int i = 0; i < 1500; ++i) ASSERT_EQ(t.order[size_t(i)], i);

@@ -1,6 +1,7 @@
 #include "audiofiles/CSample.h"
 #include "audiofiles/CSampleReader.h"
-#include "base/Numbers.h"
+#include "base/Deadline.h"
+#include "base/TempFolder.h"
 #include "support/TestHost.h"
 
 #include <gtest/gtest.h>
@@ -31,8 +32,9 @@ private:
 /// helps itself.
 TEST(CDiskThread, ReadsAheadOfThePlayingSide) {
     constexpr int piece = 4096, perBuffer = 4; // of 4 bytes a frame
+    const TempFolder folder;
     TestHost t;
-    CSample* sample = CSample::createSample("/tmp/disk_thread_test.wav", 0);
+    CSample* sample = CSample::createSample(folder.file("disk.wav"), 0);
     ASSERT_NE(sample, nullptr);
     const std::vector<float> silence(4 * perBuffer * piece);
     sample->writeFrames(int(silence.size()), silence.data(), silence.data());
@@ -43,14 +45,14 @@ TEST(CDiskThread, ReadsAheadOfThePlayingSide) {
     for (int i = 0; i < 4 * perBuffer; ++i) {
         reader->getData(i * piece, piece, out.data(), false, true);
         const int due = std::min(i / perBuffer + 1, 3);
-        for (int ms = 0; ms < 5000 && reader->others < due; ++ms) asSleep(1);
+        EXPECT_TRUE(comes([&] { return reader->others >= due; }));
     }
     EXPECT_TRUE(reader->own == 1 && reader->others == 3);
     t.host->parkWorkers();
     reader->getData(0, piece, out.data(), false, true);
-    asSleep(30);
     EXPECT_TRUE(reader->own == 2 && reader->others == 3) << "it stands still";
     t.host->unparkWorkers();
+    EXPECT_TRUE(comes([&] { return reader->others == 4; }));
 }
 
 TEST(CPeakThread, ImagesComeWhenItIsWoken) {
@@ -63,10 +65,9 @@ TEST(CPeakThread, ImagesComeWhenItIsWoken) {
     t.host->samples.add(sample);
     t.host->parkWorkers();
     t.host->updatePeaks();
-    asSleep(5);
+    std::thread([] {}).join(); // a later one has run
     EXPECT_TRUE(sample->needsPeaks) << "it stands still";
     t.host->unparkWorkers();
-    for (int i = 0; i < 5000 && sample->needsPeaks; ++i) asSleep(1);
-    EXPECT_FALSE(sample->needsPeaks);
+    EXPECT_TRUE(comes([&] { return !sample->needsPeaks; }));
     EXPECT_TRUE(broken->needsPeaks);
 }

@@ -1,6 +1,7 @@
 #include "project/AutoSave.h"
 
 #include "base/CIniFile.h"
+#include "base/Deadline.h"
 #include "base/Paths.h"
 #include "project/ProjectFixture.h"
 
@@ -12,8 +13,7 @@ namespace {
 
 /// Lets the writer come to its end; false after ten seconds.
 bool finish(AutoSave& autoSave) {
-    for (int i = 0; i < 10000 && autoSave.writing(); ++i) asSleep(1);
-    return !autoSave.writing();
+    return comes([&] { return !autoSave.writing(); });
 }
 
 } // namespace
@@ -98,7 +98,7 @@ TEST(RecoveryFile, BelongsToOneSession) {
         RecoveryFile theirs(path);
         for (;;) theirs.write(content);
     }
-    while (getFileSize(first) == 0) asSleep(1);
+    ASSERT_TRUE(comes([&] { return getFileSize(first) > 0; }));
     {
         RecoveryFile mine(path);
         for (int i = 0; i < 200; ++i) {

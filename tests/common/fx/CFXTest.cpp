@@ -39,7 +39,25 @@ std::unique_ptr<CFX> make() {
 }
 template <>
 std::unique_ptr<CFX> make<CEQ>() {
-    return std::make_unique<CEQ>(eqPeaking);
+    auto eq = std::make_unique<CEQ>(eqPeaking);
+    eq->setGain(12.0f);
+    return eq;
+}
+template <>
+std::unique_ptr<CFX> make<CDelay>() {
+    auto delay = std::make_unique<CDelay>(44100, 0);
+    delay->setEnabled(1);
+    delay->setSync(0);
+    delay->setTimeLeft(5.0f);
+    delay->setTimeRight(5.0f);
+    return delay;
+}
+
+double farthest(const Stereo& a, const Stereo& b) {
+    double most = 0.0;
+    for (size_t i = 0; i < a.left.size(); i++)
+        most = std::max(most, std::abs(double(a.left[i]) - double(b.left[i])));
+    return most;
 }
 
 } // namespace
@@ -117,17 +135,22 @@ TEST(CFX, ClearForgetsThePast) {
     for (const auto create :
          {make<CDelay>, make<CReverb>, make<CChorus>, make<CPhaser>, make<CBitcrusher>,
           make<CFilterFX>, make<CCompressor>, make<CGuitarAmp>, make<CEQ>}) {
-        const auto used = create(), fresh = create();
-        Stereo past = fxSignal(777, 5), in = fxSignal(3000), out(3000), wanted(3000);
-        runFx(*used, past, past, 64);
+        const auto used = create(), uncleared = create(), fresh = create();
+        Stereo past = fxSignal(777, 5), in = fxSignal(3000), out(3000), wanted(3000), old(3000);
+        for (CFX* fx : {used.get(), uncleared.get()}) {
+            Stereo heard = past;
+            runFx(*fx, heard, heard, 64);
+        }
         used->clear();
         runFx(*used, in, out, 64);
         runFx(*fresh, in, wanted, 64);
+        runFx(*uncleared, in, old, 64);
         expectNear(out, wanted, 1e-3, used->id.asChar());
+        EXPECT_GT(farthest(old, wanted), 2e-3) << used->id.asChar() << " has no past";
     }
 }
 
-TEST(CFX, SettersClampAndIgnoreWhatIsNoNumber) {
+TEST(CFX, SettersClampAndIgnoreNaN) {
     CDelay delay(44100, 0);
     delay.setFeedback(0.25f);
     for (float bad : {std::nanf(""), INFINITY, -INFINITY}) delay.setFeedback(bad);
@@ -135,7 +158,7 @@ TEST(CFX, SettersClampAndIgnoreWhatIsNoNumber) {
     delay.setFeedback(7.0f);
     EXPECT_EQ(delay.getFeedback(), 1.0f);
     CGuitarAmp amp(44100, 0);
-    for (auto [given, kept] : {std::pair(0.25f, 0.25f), {2, 1}, {-1, 0}, {std::nanf(""), 0}}) {
+    for (auto [given, kept] : {std::pair(0.25f, 0.25f), {2, 1}, {std::nanf(""), 1}, {-1, 0}}) {
         amp.setMid3(given);
         EXPECT_EQ(amp.getMid3(), kept);
     }
