@@ -325,6 +325,8 @@ void CQV::emptyProject() {
     deleteAll<CAudioCable>(audioCables);
     deleteAll<CComp>(comps);
     deleteAll<CComp>(sends);
+    setTempo(usualTempo);
+    tempoNow = usualTempo;
     deleteSamples();
     deleteAll<CMapProg>(maps);
     curMap = 0;

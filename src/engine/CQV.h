@@ -26,6 +26,8 @@ struct TransportCall;
 
 /// Slowest rate that the engine runs at.
 constexpr double minRate = 8000.0;
+/// Beats per minute of a new project.
+constexpr float usualTempo = 120.0f;
 
 /// The host: root of the graph, owner of everything that lives for the length of a run. One object,
 /// reached through `qv`.
@@ -44,14 +46,15 @@ public:
     Shared<float> midiActivity{0.0f};
     Shared<int> audioSuspended{0}; ///< counts suspensions; the callback then only plays silence
     Shared<double> pos{0.0};       ///< ticks
-    Shared<float> tempoNow{120.0f}, tempo{120.0f}; ///< beats per minute, 10 to 250
+    Shared<float> tempoNow{usualTempo}, tempo{usualTempo}; ///< beats per minute, 10 to 250
+    Shared<float> songTempo{usualTempo}; ///< the same, in force before the song's first tempo point
     Shared<int> playing{0}, recording{0};
     Shared<int> renderMode{0}; ///< 1: the graph belongs to an offline operation
     bool renderDry = false, renderFreeze = false;
     Shared<int64_t> framesPlayed{0}; ///< since position 0
     Shared<bool> modified{false}, transportChanged{false};
     Shared<unsigned> changes{0}; ///< counts the calls of `setModified`
-    float* tmpBuffers[4] = {}; ///< owned, `frames` each; graph holder
+    float* tmpBuffers[4] = {};   ///< owned, `frames` each; graph holder
     /// Room for source frames while they are rendered, of `sampleScratchBytes`; graph holder.
     const std::unique_ptr<unsigned char[]> sampleScratch;
     static constexpr int stretcherCount = 8;
@@ -65,7 +68,7 @@ public:
     Shared<int> ctrlStart{-1}, ctrlStop{-1}, ctrlRewind{-1}, ctrlRecord{-1}, ctrlTempo{-1};
     Shared<int> lastCC{0}, learned{0};
     CTasks* tasks; ///< owned
-    CList sends; ///< of CGroupCh, owned
+    CList sends;   ///< of CGroupCh, owned
     CStr presetFolder, clipFolder, sampleFolder;
     Shared<int> loopStart{0}, loopEnd{3840}, loop{0}; ///< ticks
     bool positionJumped = false;                      ///< during the block after a transport change
@@ -116,7 +119,8 @@ public:
     using CComp::rec;
     /// Recording on or off; stopped, begins with the count-in if there is one.
     void rec();
-    /// Clamped; in force from the next block on. Any thread.
+    /// The song's own tempo, clamped; in force from the next block on, until a tempo point says
+    /// otherwise. Any thread.
     void setTempo(float bpm);
     /// Makes a call now, or at the start of the next block if that has to wait (see above).
     void onTransport(const TransportCall& call);

@@ -56,7 +56,8 @@ void CQV::setPos(double ticks) {
 }
 
 void CQV::setTempo(float bpm) {
-    tempo = fLimit(bpm, minTempo, maxTempo);
+    songTempo = fLimit(bpm, minTempo, maxTempo);
+    tempo = songTempo.load();
 }
 
 void CQV::startSynced() {

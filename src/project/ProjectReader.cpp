@@ -27,7 +27,6 @@
 namespace {
 
 constexpr unsigned updateLoaded = 0x308000; ///< delays, maps and pages are others
-constexpr float usualTempo = 120.0f;
 constexpr int magicBytes = 3;
 /// What objects may take: so much whatever the file is, and so much for each of its bytes. A
 /// program of an instrument with its sounds needs 14.

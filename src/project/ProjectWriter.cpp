@@ -28,7 +28,7 @@ void writeEditor(CStream* stream, const char* id, const CEditorStruct& e) {
 }
 
 void writeSettings(CStream* stream, CQV* host) {
-    writeFloatItem(stream, "bpm", host->tempoNow);
+    writeFloatItem(stream, "bpm", host->songTempo);
     writeIntBlock(stream, "loop", host->loop);
     stream->writeId("audiodir", host->audioFolder.length() + intBytes);
     stream->writeStr(host->audioFolder);

@@ -88,6 +88,7 @@ void CSeq::doUpdate(int code) {
         sortByPos(prog->tempos);
     }
     updateGhostCount();
+    followTempo(host->frames);
     update(updateParts);
 }
 
@@ -285,16 +286,21 @@ CStr CSeq::getDefaultProgramName() {
     return CStr("Mix ") + asStr(++programCount);
 }
 
+/// What holds before the first tempo point; without one the tempo of this block.
+float CSeq::tempoBefore(const CSeqProg* prog) const {
+    return prog->tempos.empty() ? host->tempoNow : host->songTempo;
+}
+
 double CSeq::framesToTicks(double ticks, double frames, int rate) {
     CSeqProg* prog = getProg();
     if (!prog) return host->framesToTicks(frames);
-    return tempoFramesToTicks(prog->tempos, host->tempoNow, ticks, frames, rate);
+    return tempoFramesToTicks(prog->tempos, tempoBefore(prog), ticks, frames, rate);
 }
 
 double CSeq::ticksToFrames(int from, int ticks, int rate) {
     CSeqProg* prog = getProg();
     if (!prog) return host->ticksToFrames(ticks);
-    return tempoTicksToFrames(prog->tempos, host->tempoNow, from, ticks, rate);
+    return tempoTicksToFrames(prog->tempos, tempoBefore(prog), from, ticks, rate);
 }
 
 CTempoPart* CSeq::getTempoAtPos(int tick) {

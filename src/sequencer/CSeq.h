@@ -94,7 +94,8 @@ public:
     void mix(int frames) override;
     void fx(int frames) override;
     void subProcess(int frames, int offset);
-    /// Adopts the tempo of a point that lies in the coming block. Part of `process`.
+    /// Adopts the tempo of a point that lies in the coming block; before the first one the song's
+    /// own. Part of `process`.
     void followTempo(int frames);
 
     // Takes (Recording.cpp). A take begins with the block that finds the host recording; its notes,
@@ -221,6 +222,15 @@ public:
     void dropVoices();
 
     // Tempo. All fall back on the host's constant tempo while there is no program.
+    /// Where the tempo in force at the position is stored: in the last point at or before it, else
+    /// in `CQV::songTempo`. Interface thread.
+    Shared<float>& tempoHere();
+    /// Changes that value, which is kept within 10 to 250, as one step of the history; nothing when
+    /// it is the same already. Interface thread.
+    void setTempoHere(float bpm);
+    /// Changes a value of `tempoHere` without a step and lets it be heard: for as long as a drag
+    /// lasts. Its end sets the first value again, and calls `setTempoHere`. Interface thread.
+    void tryTempo(Shared<float>& value, float bpm);
     double framesToTicks(double ticks, double frames, int rate);
     double ticksToFrames(int from, int ticks, int rate);
     CTempoPart* getTempoAtPos(int tick);
@@ -283,6 +293,7 @@ private:
     void lanesMoved(const CList* list);
     void freezeMoved(CUndoItem* step, const CList* list, bool back);
     void purgeSelection();
+    float tempoBefore(const CSeqProg* prog) const;
     void bindLinks();
     void linkEnds(CTrack* track);
 };

@@ -4,6 +4,7 @@
 #include "engine/CClick.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
+#include "engine/TransportRing.h"
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
 #include "sequencer/CSeq.h"
@@ -232,6 +233,19 @@ void silenceArps(const CList& tracks) {
     for (CTrack* track : each<CTrack>(tracks)) track->arp->allNotesOff = 1;
 }
 
+/// The point whose tempo holds in a block of `frames` from the position on, null before the first.
+CTempoPart* tempoInForce(const CSeqProg* prog, int frames) {
+    const CQV* host = prog->seq->host;
+    const int at = asInt(prog->pos);
+    CTempoPart* found = nullptr;
+    for (auto* point : each<CTempoPart>(prog->tempos)) {
+        const int tick = point->pos;
+        if (tick >= at && host->ticksToFrames(double(tick) - at) >= frames) break;
+        found = point;
+    }
+    return found;
+}
+
 void jumpTo(CSeqProg* prog, double ticks) {
     prog->pos = ticks;
     prog->prevPos = ticks;
@@ -390,13 +404,33 @@ void CSeq::fx(int frames) {
 void CSeq::followTempo(int frames) {
     CSeqProg* prog = getProg();
     if (!prog) return;
-    const int at = asInt(prog->pos);
-    const float running = host->tempo;
-    float candidate = running;
-    for (CTempoPart* point : each<CTempoPart>(prog->tempos)) {
-        const int tick = point->pos;
-        if (tick >= at && host->ticksToFrames(double(tick) - at) >= frames) break;
-        candidate = point->getTempo();
-    }
-    if (candidate != running) host->setTempo(candidate);
+    const CTempoPart* point = tempoInForce(prog, frames);
+    host->tempo = point ? point->getTempo() : float(host->songTempo);
+}
+
+Shared<float>& CSeq::tempoHere() {
+    CSeqProg* prog = getProg();
+    CTempoPart* point = prog ? tempoInForce(prog, host->frames) : nullptr;
+    return point ? point->tempo : host->songTempo;
+}
+
+void CSeq::setTempoHere(float bpm) {
+    Shared<float>& value = tempoHere();
+    const float wanted = fLimit(bpm, minTempo, maxTempo);
+    if (value == wanted) return;
+    CUndo* step = host->undoStart("Tempo", this, undoSongChanged);
+    step->asFloat(value.address());
+    value = wanted;
+    host->undoEnd(step, true);
+}
+
+void CSeq::tryTempo(Shared<float>& value, float bpm) {
+    value = fLimit(bpm, minTempo, maxTempo);
+    TransportCall call;
+    call.target = this;
+    call.act = [](CObject* target, double, void*) {
+        auto* seq = static_cast<CSeq*>(target);
+        seq->followTempo(seq->host->frames);
+    };
+    host->onTransport(call);
 }

@@ -79,7 +79,11 @@ TEST(CQV, ClearLeavesAnEmptyProject) {
     host->rec();
     host->idle();
     host->audioFolder = "song_audio";
+    host->setTempo(77.0f);
+    t.run();
     host->clear();
+    for (const float tempo : {host->songTempo.load(), host->tempo.load(), host->tempoNow.load()})
+        EXPECT_EQ(tempo, 120.0f);
     for (const CList* list :
          {&host->comps, &host->sends, &host->samples, &host->maps, &host->undoList})
         EXPECT_TRUE(list->empty());

@@ -80,7 +80,8 @@ TEST(CRender, RestoresTheHostAndRepeats) {
     RenderFixture f;
     f.tempoAt(0, 90.0f);
     f.tempoAt(500, 200.0f);
-    f.host.tempo = f.host.tempoNow = 77.0f;
+    f.host.setTempo(77.0f);
+    f.host.tempoNow = 77.0f;
     f.host.setPos(123.0);
     f.device.run();
     f.host.start();

@@ -123,6 +123,56 @@ TEST(SongPlayback, TempoStepsAtTheBlockOfItsPoint) {
     EXPECT_EQ(f.ear->ons(), expected);
 }
 
+/// Until the first point the song's own tempo holds, in every pass of a loop alike.
+TEST(SongPlayback, TheSongsTempoHoldsBeforeTheFirstPoint) {
+    PlayFixture f;
+    f.host.setFrames(64);
+    f.tempoAt(1920, 60.0f);
+    f.part(f.songTrack, 0, 3840, {0, 960, 1920, 2880});
+    f.play(6 * 44100 * 3 / 64, 0.0, true);
+    // Two quarters at 120 beats a minute, two at 60; a point holds from its block on.
+    const long beats[] = {0, 22050, 44100, 88200}, pass = 132300;
+    const Frames on = f.ear->ons();
+    ASSERT_GE(on.size(), 16u);
+    for (size_t i = 0; i < 16; i++)
+        EXPECT_NEAR(double(on[i]), double(long(i / 4) * pass + beats[i % 4]),
+                    64.0 * double(1 + i / 2))
+            << i;
+    EXPECT_NEAR(f.seq->ticksToFrames(0, 1920, 44100), 44100.0, 1e-6) << "wherever the song is";
+}
+
+/// What the display changes is what is in force at the position, as one step, live as well.
+TEST(SongPlayback, TheTempoInForceIsChangedAsOneStep) {
+    PlayFixture f;
+    f.host.setTempo(90.0f);
+    f.tempoAt(1920, 60.0f);
+    const auto tempos = [&] {
+        auto* point = static_cast<CTempoPart*>(f.prog()->tempos.first());
+        return std::vector<float>{f.host.songTempo, point->getTempo(), f.host.tempo};
+    };
+    for (const auto& [tick, before, after] :
+         {std::tuple{0.0, std::vector{90.0f, 60.0f, 90.0f}, std::vector{250.0f, 60.0f, 250.0f}},
+          {4000.0, {90.0f, 60.0f, 60.0f}, {90.0f, 250.0f, 250.0f}}}) {
+        f.host.setPos(tick);
+        ASSERT_EQ(tempos(), before) << tick;
+        f.seq->tryTempo(f.seq->tempoHere(), 100.0f);
+        EXPECT_EQ(f.host.tempo, 100.0f) << "heard while it is dragged";
+        f.seq->tryTempo(f.seq->tempoHere(), before[2]);
+        const int steps = f.host.undoIndex;
+        f.host.modified = false;
+        f.seq->setTempoHere(1000.0f);
+        EXPECT_TRUE(f.host.modified);
+        f.seq->setTempoHere(1000.0f);
+        EXPECT_EQ(tempos(), after) << tick;
+        EXPECT_EQ(f.host.undoIndex, steps + 1) << "nothing changed the second time";
+        f.undo();
+        EXPECT_EQ(tempos(), before) << tick;
+        f.redo();
+        EXPECT_EQ(tempos(), after) << tick;
+        f.undo();
+    }
+}
+
 /// A loop repeats to the frame, however it lies against the blocks; nothing sounds on its end.
 TEST(SongPlayback, LoopsWrapInsideBlocks) {
     struct Case {
