@@ -60,7 +60,7 @@ struct PlainChorus {
     float side(std::vector<float>& line, double at, float in) const {
         const double wave = double(sinusWave[int(at) & (lfoTableSize - 1)]);
         const double pos = write - nominal - 1 + range * wave;
-        const int n = int(pos);
+        const int n = int(std::floor(pos));
         const float a = line[size_t(n & mask)], b = line[size_t((n + 1) & mask)];
         const float y = a + (b - a) * float(pos - n), v = in + feedback * y;
         line[size_t(write)] = std::fabs(v) < 1e-10f ? 0.0f : v;

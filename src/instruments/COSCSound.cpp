@@ -231,11 +231,11 @@ COSCSound::COSCSound(CLayer* owner, CQV* host) : CSound(owner, host) {
 }
 
 void COSCSound::startVoice(CVoice* voice) {
-    const double right = double(float(phase)) * 0.5;
+    const double right = double(fLimit(phase, 0.0f, 1.0f)) * 0.5;
     voice->carL.start(0.0);
     voice->carR.start(right);
     voice->modL.start(0.0);
-    voice->modR.start(right + double(float(phase2)) * 0.5);
+    voice->modR.start(right + double(fLimit(phase2, 0.0f, 1.0f)) * 0.5);
 }
 
 void COSCSound::process(float* left, float* right, CVoice* voice, int frames) {

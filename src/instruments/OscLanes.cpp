@@ -9,31 +9,25 @@
 namespace {
 
 using Doubles = double __attribute__((vector_size(32)));
-using Longs = long long __attribute__((vector_size(32)));
 using Floats4 = Vectors<4>::Floats;
 using Ints4 = Vectors<4>::Ints;
 
 constexpr int lanesPerGroup = 4; ///< lanes of a vector of doubles
 constexpr double tableSteps = OscLanes::cycle;
 constexpr int tableMask = waveTableSize - 1;
-constexpr double intLimit = 2147483648.0;
-/// Cycles that feedback and phase modulation can add to a phase.
-constexpr double modulationReach = 1100.0;
+/// Once around the table, in cycles: places that lie turns apart are the same.
+constexpr double turn = waveTableSize / tableSteps;
+/// Cycles from which on a phase is set back by whole turns, and those that are left to it then. It
+/// stays above what feedback and phase modulation can take away, 1100, and their sum below what is
+/// still a place in 32 bits, 32768.
+constexpr double setBackFrom = 8192.0, setBackTo = 2048.0, runsTo = 31000.0;
 
-/// The sine at a place in steps of the table, 65535 a cycle. With `checked`, places beyond 32 bits
-/// are those of index 0.
-template <bool checked>
+/// The sine at a place in steps of the table, 65535 a cycle, within 32 bits.
 SONDRAVA_INLINE void sine(double& steps) {
-    if constexpr (checked) steps = std::fabs(steps) < intLimit ? steps : 0.0;
     steps = sinus[int(steps) & tableMask];
 }
 
-template <bool checked>
 SONDRAVA_INLINE void sine(Doubles& steps) {
-    if constexpr (checked) {
-        const Doubles magnitude = Doubles(Longs(steps) & 0x7FFFFFFFFFFFFFFFLL);
-        steps = Doubles(Longs(steps) & Longs(magnitude < intLimit));
-    }
     const Ints4 at = __builtin_convertvector(steps, Ints4) & tableMask;
     steps = Doubles{sinus[at[0]], sinus[at[1]], sinus[at[2]], sinus[at[3]]};
 }
@@ -73,7 +67,7 @@ SONDRAVA_INLINE void softClip(typename Vectors<N>::Floats& x) {
 ///
 /// What feeds back is the longest way through a frame: it is kept short by adding the phases, which
 /// are known long before, first.
-template <class D, bool ringed, bool checked>
+template <class D, bool ringed>
 struct Operators {
     D carPhase, carIncr, carLast, modPhase, modIncr, modLast;
     D feed1, feed1Step, feed2, feed2Step, phaseMod, phaseModStep;
@@ -116,12 +110,12 @@ struct Operators {
     /// Leaves the carrier of the next frame in `carLast`.
     SONDRAVA_INLINE void next() {
         D m = modPhase * tableSteps + feed2 * modLast;
-        sine<checked>(m);
+        sine(m);
         modLast = m;
         modPhase += modIncr;
         shape(m, modRing);
         D c = (carPhase * tableSteps + phaseMod * m) + feed1 * carLast;
-        sine<checked>(c);
+        sine(c);
         carPhase += carIncr;
         shape(c, oscRing);
         carLast = c;
@@ -132,7 +126,7 @@ struct Operators {
 };
 
 /// All operators of up to N lanes; the strip that follows is four or eight wide.
-template <int N, bool ringed, bool checked>
+template <int N, bool ringed>
 struct Bank {
     static constexpr int stripLanes = std::max(N, 4);
     static constexpr int perGroup = N < 4 ? 1 : 4;
@@ -140,7 +134,7 @@ struct Bank {
     using D = std::conditional_t < N<4, double, Doubles>;
     using Floats = typename Vectors<stripLanes>::Floats;
 
-    Operators<D, ringed, checked> ops[groups];
+    Operators<D, ringed> ops[groups];
 
     SONDRAVA_INLINE explicit Bank(const OscLanes& s) {
         for (int g = 0; g < groups; g++) ops[g].load(s, g * perGroup);
@@ -170,9 +164,9 @@ SONDRAVA_INLINE void swapNeighbours(const typename Vectors<N>::Floats& v,
         out = __builtin_shufflevector(v, v, 1, 0, 3, 2);
 }
 
-template <int N, bool ringed, bool checked>
+template <int N, bool ringed>
 SONDRAVA_INLINE void runLanes(OscLanes& s, float* left, float* right, int n) {
-    using Bank = Bank<N, ringed, checked>;
+    using Bank = Bank<N, ringed>;
     constexpr int width = Bank::stripLanes;
     Bank bank(s);
     StripRegisters<width> strip(s.strip);
@@ -194,35 +188,35 @@ SONDRAVA_INLINE void runLanes(OscLanes& s, float* left, float* right, int n) {
 }
 
 SONDRAVA_CLONES void run2(OscLanes& s, float* left, float* right, int n) {
-    runLanes<2, false, false>(s, left, right, n);
+    runLanes<2, false>(s, left, right, n);
 }
 SONDRAVA_CLONES void run4(OscLanes& s, float* left, float* right, int n) {
-    runLanes<4, false, false>(s, left, right, n);
+    runLanes<4, false>(s, left, right, n);
 }
 SONDRAVA_CLONES void run8(OscLanes& s, float* left, float* right, int n) {
-    runLanes<8, false, false>(s, left, right, n);
+    runLanes<8, false>(s, left, right, n);
 }
 SONDRAVA_CLONES void run2Ringed(OscLanes& s, float* left, float* right, int n) {
-    runLanes<2, true, false>(s, left, right, n);
+    runLanes<2, true>(s, left, right, n);
 }
 SONDRAVA_CLONES void run4Ringed(OscLanes& s, float* left, float* right, int n) {
-    runLanes<4, true, false>(s, left, right, n);
+    runLanes<4, true>(s, left, right, n);
 }
 SONDRAVA_CLONES void run8Ringed(OscLanes& s, float* left, float* right, int n) {
-    runLanes<8, true, false>(s, left, right, n);
+    runLanes<8, true>(s, left, right, n);
 }
-SONDRAVA_CLONES void run8Checked(OscLanes& s, float* left, float* right, int n) {
-    runLanes<8, true, true>(s, left, right, n);
+void setBack(double* phases, int lanes) {
+    for (int i = 0; i < lanes; i++)
+        if (phases[i] >= setBackFrom)
+            phases[i] -= std::floor((phases[i] - setBackTo) / turn) * turn;
 }
 
 } // namespace
 
-bool OscLanes::farOut(int lanes, int n) const {
-    constexpr double far = intLimit / tableSteps - modulationReach;
-    for (int i = 0; i < lanes; i++)
-        if (!(carPhase[i] + carIncr[i] * n < far && modPhase[i] + modIncr[i] * n < far))
-            return true;
-    return false;
+int OscLanes::framesInReach(int lanes, int most) const {
+    double fastest = 0.0;
+    for (int i = 0; i < lanes; i++) fastest = std::max({fastest, carIncr[i], modIncr[i]});
+    return fastest * most < runsTo - setBackFrom ? most : int((runsTo - setBackFrom) / fastest);
 }
 
 void OscLanes::run(int lanes, float* left, float* right, int n) {
@@ -231,6 +225,11 @@ void OscLanes::run(int lanes, float* left, float* right, int n) {
                          rings[] = {run2Ringed, run4Ringed, run8Ringed};
     const int width = lanes <= 2 ? 0 : lanes <= 4 ? 1 : 2;
     const bool ringed = modRing != 0.0 || oscRing != 0.0;
-    const Run choice = farOut(lanes, n) ? run8Checked : ringed ? rings[width] : plain[width];
-    choice(*this, left, right, n);
+    const Run choice = ringed ? rings[width] : plain[width];
+    for (int done = 0, count = 0; done < n; done += count) {
+        setBack(carPhase, lanes);
+        setBack(modPhase, lanes);
+        count = framesInReach(lanes, n - done);
+        choice(*this, left + done, right + done, count);
+    }
 }

@@ -8,7 +8,9 @@
 ///     m = sine(feed2 * last m + modulator phase)
 ///     c = sine(phaseMod * ((modRing - 1) m + modRing m^2) + feed1 * last s + carrier phase)
 ///     s = (oscRing - 1) c + oscRing c^2
-/// and the filter gets direct * s + cross * s of the neighbour lane (0 and 1, 2 and 3, ...).
+/// Phases are set back by whole turns of the table, so that a note sounds the same however long it
+/// is held. Increments are below 10,000 cycles a frame. The filter gets direct * s + cross * s of
+/// the neighbour lane (0 and 1, 2 and 3, ...).
 struct alignas(64) OscLanes {
     double carPhase[maxLanes] = {}, carIncr[maxLanes] = {}, carLast[maxLanes] = {};
     double modPhase[maxLanes] = {}, modIncr[maxLanes] = {}, modLast[maxLanes] = {};
@@ -26,5 +28,5 @@ struct alignas(64) OscLanes {
     void run(int lanes, float* left, float* right, int n);
 
 private:
-    bool farOut(int lanes, int n) const;
+    int framesInReach(int lanes, int most) const;
 };

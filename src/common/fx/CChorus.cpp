@@ -34,7 +34,7 @@ SONDRAVA_CLONES void waveIndices(const double* places, double offset, int count,
 }
 
 /// Where the line is read, `nearest` at the first frame if the wave is 0 there: `frame` and the
-/// fraction behind it.
+/// fraction behind it. None is below 0, where cutting the fraction off would round up.
 SONDRAVA_CLONES void linePlaces(const float* wave, double nearest, double range, int count,
                                 int* __restrict frame, float* __restrict fraction) {
     for (int i = 0; i < count; i++) {
@@ -138,7 +138,7 @@ void CChorus::runSide(const Block& b, float* line, int& write, const double* pla
     std::copy_n(in, count, dryIn);
     waveIndices(places, offset, count, index);
     lookUpWave(b.wave, index, count, swing);
-    linePlaces(swing, write - b.nominal - 1.0, b.range, count, index, fraction);
+    linePlaces(swing, bufferFrames + write - b.nominal - 1.0, b.range, count, index, fraction);
     lookUpLine(line, index, fraction, count, y);
     mixSide(dryIn, y, b.feedback, b.dry, b.wet, count, fed, out);
     std::copy_n(fed, count, line + write);

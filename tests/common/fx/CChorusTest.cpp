@@ -2,8 +2,7 @@
 #include "FxFixture.h"
 #include "PlainFx.h"
 
-/// Against the plain form; long enough for the line to go round, where places below 0 are cut
-/// towards 0.
+/// Against the plain form; long enough for the line to go round.
 TEST(CChorus, FollowsItsFormulasInAnyCut) {
     const struct {
         const char* name;
@@ -27,4 +26,29 @@ TEST(CChorus, FollowsItsFormulasInAnyCut) {
                 fx.setEnabled(1);
                 expectLikePlain(fx, plain, 70000, block, 1e-5, c.name);
             }
+}
+
+/// Standing still, it is a delay by a straight line between two frames, wherever in its line it
+/// writes: it neither jumps nor gets brighter where the line begins anew.
+TEST(CChorus, SoundsTheSameAllAlongItsLine) {
+    constexpr int frames = 2 * CChorus::bufferFrames + 5000;
+    for (float ms : {1.005f, 20.01f, 299.99f}) {
+        CChorus fx(44100, 0);
+        fx.setDelay(ms);
+        fx.setDepth(0.0f);
+        fx.setDry(0.0f);
+        fx.setWet(1.0f);
+        fx.setEnabled(1);
+        const auto input = [](double frame) { return std::sin(1.7 * frame); }; // 12 kHz
+        Stereo in(frames), out(frames);
+        for (size_t i = 0; i < frames; i++) in.left[i] = in.right[i] = float(input(double(i)));
+        runFx(fx, in, out, 1000);
+        const double late = double(ms) * 44.1 + 1;
+        for (size_t i = size_t(late) + 2; i < frames; i++) {
+            const double at = std::floor(double(i) - late), part = double(i) - late - at;
+            const double wanted = input(at) + (input(at + 1) - input(at)) * part;
+            ASSERT_NEAR(double(out.left[i]), wanted, 1e-3) << ms << " ms, frame " << i;
+            ASSERT_EQ(out.left[i], out.right[i]);
+        }
+    }
 }
