@@ -44,7 +44,6 @@ bool saveToStream(const Project& project, CStream* stream) {
     } catch (const std::exception&) {
         showMsg(nullptr, "Save", CStr("There was an error saving ") + host->projectFile);
     }
-    host->modified = false;
     return done;
 }
 
@@ -80,6 +79,7 @@ bool saveProject(const Project& project, const CStr& path) {
     host->projectFile = path;
     if (file.stream() && saveToStream(project, file.stream()) && file.commit(true)) {
         host->keepSamples();
+        host->modified = false;
         project.ui->projectChanged(path);
         return true;
     }

@@ -6,7 +6,7 @@
 
 // Projects as files: open, save, save elsewhere. Interface thread; messages tell what went wrong.
 
-/// Writes the project into a stream. It counts as unmodified afterwards, whatever came of it.
+/// Writes the project into a stream; false after a message.
 bool saveToStream(const Project& project, CStream* stream);
 /// Reads it from one; what is open already stays if that is none (see `readProject`).
 LoadResult loadFromStream(const Project& project, CStream* stream);
@@ -15,8 +15,8 @@ LoadResult loadFromStream(const Project& project, CStream* stream);
 LoadResult openProject(const Project& project, const CStr& path, bool remember);
 
 /// Saves under a name, which becomes the project's. The file that was there is replaced only once
-/// the new one is on the disk, and stays as "name.qv~". False after a message; the old file is
-/// untouched then.
+/// the new one is on the disk, and stays as "name.qv~"; the project counts as unmodified then.
+/// False after a message: the old file is untouched, and so are the changes.
 bool saveProject(const Project& project, const CStr& path);
 /// The same in another folder: the audio folder there gets copies of all samples that the project
 /// needs to have with it.

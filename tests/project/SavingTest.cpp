@@ -1,13 +1,12 @@
 #include "project/ProjectFixture.h"
 
 #include "base/CIniFile.h"
+#include "base/FullDisk.h"
 #include "base/Paths.h"
 #include "project/RecoveryFile.h"
 
-#include <csignal>
 #include <filesystem>
 #include <random>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -51,7 +50,7 @@ TEST(Saving, ReplacesTheFileAndKeepsTheOneBefore) {
 }
 
 /// A full disk and a folder that is not there: one message, the old file, nothing else, and no copy
-/// against a crash either.
+/// against a crash either. The changes are unsaved as before.
 TEST(Saving, FailureLeavesTheOldFileAlone) {
     ProjectFixture f;
     TempFolder folder;
@@ -60,11 +59,8 @@ TEST(Saving, FailureLeavesTheOldFileAlone) {
     inifile = folder.file("none/Sondrava.ini");
     CMemoryStream content;
     content.setSize(400000);
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    const rlimit full{300000, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &full);
+    const FullDisk full(300000);
+    f.host->setModified();
     for (const char* name : {"song.qv", "none/song.qv"}) {
         shown.clear();
         EXPECT_FALSE(saveProject(f.project, folder.file(name)));
@@ -73,9 +69,8 @@ TEST(Saving, FailureLeavesTheOldFileAlone) {
         EXPECT_FALSE(RecoveryFile(folder.file(name)).write(content));
         EXPECT_EQ(folder.read("song.qv"), "old");
         EXPECT_EQ(filesIn(folder.path), 1);
+        EXPECT_TRUE(f.host->modified);
     }
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, handler);
     inifile = "";
 }
 

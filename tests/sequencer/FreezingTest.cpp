@@ -1,8 +1,8 @@
 #include "sequencer/Freezing.h"
 
-#include "FullDisk.h"
 #include "SongFixture.h"
 #include "base/Deadline.h"
+#include "base/FullDisk.h"
 #include "base/Random.h"
 #include "base/TempFolder.h"
 #include "effects/CEffect.h"

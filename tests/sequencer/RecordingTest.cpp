@@ -1,7 +1,7 @@
-#include "FullDisk.h"
 #include "TakeFixture.h"
 #include "audiofiles/CSampleReader.h"
 #include "audiofiles/SampleFixture.h"
+#include "base/FullDisk.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
 

@@ -1,9 +1,9 @@
 #include "sequencer/RenderExport.h"
 
-#include "FullDisk.h"
 #include "SongFixture.h"
 #include "audiofiles/CSample.h"
 #include "base/CIniFile.h"
+#include "base/FullDisk.h"
 #include "base/Paths.h"
 #include "base/TempFolder.h"
 #include "sequencer/CSoundCloudAddOn.h"
