@@ -143,12 +143,14 @@ void enableMidi(CIniFile& ini, CAAM* bridge) {
 }
 
 void saveDevice(CAAM* bridge) {
+    const CIniBatch batch(inifile);
     CIniFile ini(inifile);
     ini.writeInteger(audio, deviceKey, bridge->device);
     ini.writeString(audio, deviceNameKey, bridge->audioName(bridge->device));
 }
 
 void savePorts(CAAM* bridge, const PortKind& kind) {
+    const CIniBatch batch(inifile);
     CIniFile ini(inifile);
     std::vector<KeptPort> ports;
     ports.resize(size_t(kind.kept));

@@ -22,17 +22,7 @@
 namespace {
 
 constexpr const char* settingsName = "Sondrava.ini";
-constexpr const char* settingsFolder = ".Sondrava";
 constexpr int heartbeatMs = 40;
-
-/// Beside the program, or in the home folder when that cannot be written.
-CStr findSettings() {
-    const CStr beside = extractFilePath(asAppname()) + settingsName;
-    if (!isReadOnly(beside)) return beside;
-    const CStr folder = addSep(getHomeFolder()) + settingsFolder;
-    if (!folderExists(folder)) createDir(folder);
-    return folderExists(folder) ? addSep(folder) + settingsName : beside;
-}
 
 void readWindowPlace(CIniFile& ini, CEditorStruct& place) {
     place.maximized = ini.readInteger("editor", "maximized", 0);
@@ -68,7 +58,7 @@ ProgramRun::~ProgramRun() {
 bool ProgramRun::open() {
     markInterfaceThread();
     raiseFileLimit();
-    inifile = findSettings();
+    inifile = ownFile(extractFilePath(asAppname()), settingsName);
     CIniFile ini(inifile);
     readTextAndScale(ini);
     app = std::make_unique<CApp>();

@@ -10,8 +10,9 @@ class CStringList;
 extern CStr inifile;
 
 /// A text file of sections, [name], with entries, key=value. Names are found whatever their case.
-/// Each call reads the file anew, and each change writes it at once; a file that is missing or
-/// cannot be read is an empty one, and a failed write is silent.
+/// Each call reads the file anew, and each change puts a new one in its place at once, unless a
+/// `CIniBatch` gathers them. A file that is missing or cannot be read is an empty one. A write that
+/// fails is silent, and leaves the old file.
 class CIniFile : public CObject {
 public:
     explicit CIniFile(const CStr& file) : path(file) {}
@@ -29,6 +30,20 @@ public:
     void readSection(const CStr& section, CStringList* lines);
     void eraseValue(const CStr& section, const CStr& key);
     void eraseSection(const CStr& section);
+};
+
+/// Gathers changes: as long as one stands, all calls for its file work in memory, and what has
+/// changed is written at its end in one step. One inside another for the same file joins it, one
+/// for another file does nothing. Interface thread.
+class CIniBatch {
+public:
+    explicit CIniBatch(const CStr& file);
+    ~CIniBatch();
+    CIniBatch(const CIniBatch&) = delete;
+    CIniBatch& operator=(const CIniBatch&) = delete;
+
+private:
+    const bool outermost;
 };
 
 CStr iniReadString(const CStr& section, const CStr& key, const CStr& def); ///< from `inifile`

@@ -1,6 +1,7 @@
 #include "base/CStringList.h"
 
 #include "base/CStream.h"
+#include "base/SafeFile.h"
 
 CStringList::~CStringList() {
     clear();
@@ -57,14 +58,16 @@ void CStringList::clear() {
 }
 
 bool CStringList::save(const CStr& path) const {
-    CFileStream file(path, 1);
+    SafeFile file(path);
+    CFileStream* to = file.stream();
+    if (!to) return false;
     const char* separator = "";
     for (CStringItem* item : each<CStringItem>(list)) {
         const CStr line = separator + item->text;
-        file.write(line.asChar(), line.length());
+        to->write(line.asChar(), line.length());
         separator = "\r\n";
     }
-    return file.flush();
+    return file.commit();
 }
 
 void CStringList::open(const CStr& path) {

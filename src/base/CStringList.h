@@ -37,7 +37,8 @@ public:
     void exchange(int i, int j);
     void clear();
 
-    /// Writes the lines with CR LF between them and none at the end. False when that failed.
+    /// Replaces a file by the lines, in one step, with CR LF between them and none at the end.
+    /// False when that failed; the old file stays.
     bool save(const CStr& path) const;
     /// Adds the lines of a text file at the end, trimmed. Without the file nothing changes.
     void open(const CStr& path);

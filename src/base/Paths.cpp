@@ -9,6 +9,7 @@
 #include <cstring>
 #include <dirent.h>
 #include <filesystem>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 #include <unistd.h>
@@ -126,6 +127,22 @@ bool isReadOnly(const CStr& path) {
     return false;
 }
 
+bool isWritable(const CStr& folder) {
+    return folderExists(folder) && access(folder.asChar(), W_OK | X_OK) == 0;
+}
+
+CStr absolutePath(const CStr& path) {
+    if (path.empty()) return path;
+    std::error_code failed;
+    const fs::path full = fs::absolute(asPath(path), failed).lexically_normal();
+    return failed ? path : CStr(full.c_str());
+}
+
+bool sameFolder(const CStr& a, const CStr& b) {
+    std::error_code failed;
+    return addSep(a) == addSep(b) || fs::equivalent(asPath(a), asPath(b), failed);
+}
+
 bool isRemovable(const CStr& path) {
     std::error_code failed;
     const fs::path full = fs::weakly_canonical(asPath(path), failed);
@@ -229,7 +246,21 @@ CStr getUniqueFilename(const CStr& stem, const CStr& ext, const CStr& folder) {
 }
 
 CStr getHomeFolder() {
-    return std::getenv("HOME");
+    const CStr home = std::getenv("HOME");
+    const passwd* account = home.empty() ? getpwuid(getuid()) : nullptr;
+    return account ? CStr(account->pw_dir) : home;
+}
+
+CStr getUserFolder() {
+    const CStr home = getHomeFolder(), folder = addSep(home) + ".Sondrava";
+    return !home.empty() && createDir(folder) ? folder : CStr();
+}
+
+CStr ownFile(const CStr& programFolder, const CStr& name) {
+    const CStr beside = addSep(programFolder) + name;
+    if (isWritable(programFolder) && !isReadOnly(beside)) return beside;
+    const CStr folder = getUserFolder();
+    return folder.empty() ? beside : addSep(folder) + name;
 }
 
 CStr getTempFolder() {

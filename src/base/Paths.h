@@ -31,6 +31,11 @@ bool folderExists(const CStr& path);
 bool fileExists(const CStr& path); ///< a file or a device
 /// It exists and cannot be opened for appending.
 bool isReadOnly(const CStr& path);
+bool isWritable(const CStr& folder); ///< new files can be made there
+/// The path from the root on, without ".", ".." and the folder that the program was started in.
+CStr absolutePath(const CStr& path);
+/// Whether two paths lead to one folder. What is not there is compared by its name.
+bool sameFolder(const CStr& a, const CStr& b);
 /// Below /media or /run/media, or on a device that says so; false when that cannot be told.
 bool isRemovable(const CStr& path);
 bool isFolderEmpty(const CStr& path);  ///< a missing one is
@@ -53,7 +58,11 @@ bool hasFileExt(const CStr& name, const CStr& filter, bool& any);
 /// 1 between them.
 CStr getUniqueFilename(const CStr& stem, const CStr& ext, const CStr& folder);
 
-CStr getHomeFolder();                      ///< the environment's HOME
+CStr getHomeFolder(); ///< the environment's HOME, else that of the account
+CStr getUserFolder(); ///< ".Sondrava" at home, made when missing; empty if it cannot be
+/// Where a file that the program keeps for itself belongs: beside the program, or in the user's
+/// folder where that one, or the file, takes no writing.
+CStr ownFile(const CStr& programFolder, const CStr& name);
 CStr getTempFolder();                      ///< empty if there is none
 CStr getDesktopFolder();                   ///< empty if there is none
 void getSystemFolders(CStringList* paths); ///< home and root

@@ -50,8 +50,9 @@ CStr AudioFolders::getAudioFolder(bool create, bool, bool none) {
 }
 
 CStr AudioFolders::getTempAudioFolder() const {
-    const bool set = !tempAudioFolder.empty() && folderExists(tempAudioFolder);
-    return set ? tempAudioFolder : getTempFolder();
+    if (!tempAudioFolder.empty() && folderExists(tempAudioFolder)) return tempAudioFolder;
+    const CStr home = getUserFolder(), own = addSep(home) + "audio";
+    return !home.empty() && createDir(own) ? own : getTempFolder();
 }
 
 bool AudioFolders::needCache() const {

@@ -16,7 +16,8 @@ public:
     CStr getAudioFolder(bool create, bool, bool none);
     /// The same, or the one that the project would get.
     CStr expectedAudioFolder() const;
-    /// The setting's folder, else the system's; empty if there is none.
+    /// The setting's folder, else one in the user's, which outlives a restart of the machine, else
+    /// the system's; empty if there is none.
     CStr getTempAudioFolder() const;
     bool needCache() const; ///< the project's file lies on a removable medium
 

@@ -72,6 +72,7 @@ void CQV::readSettings() {
 
 void CQV::writeSettings() {
     if (!settingsEnabled) return;
+    const CIniBatch batch(inifile);
     CIniFile ini(inifile);
     ini.writeString("options", "tempaudiofolder", tempAudioFolder);
     ini.writeInteger("metronome", "enabled", click->enabled);

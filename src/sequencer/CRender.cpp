@@ -130,6 +130,7 @@ void CRender::readSettings() {
 
 void CRender::writeSettings() const {
     if (!qv->settingsEnabled) return;
+    const CIniBatch batch(inifile);
     CIniFile file(inifile);
     for (const Setting& s : settings) file.writeInteger(settingsSection, s.key, this->*s.field);
 }

@@ -21,6 +21,7 @@ protected:
     void SetUp() override {
         GuiTest::SetUp();
         inifile = at("settings.ini").c_str();
+        set("options", "tempaudiofolder", at("").c_str());
         enterCompTypes();
     }
     void TearDown() override {

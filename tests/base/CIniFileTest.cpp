@@ -1,5 +1,6 @@
 #include "base/CIniFile.h"
 
+#include "FullDisk.h"
 #include "TempFolder.h"
 #include "base/CSettings.h"
 #include "base/CStringList.h"
@@ -50,6 +51,40 @@ TEST(CIniFile, StartsFromNothingAndKeepsLongValues) {
     ini.writeString("s", "k", value.c_str());
     EXPECT_EQ(folder.read("new"), "\r\n[s]\r\nk=" + value);
     EXPECT_EQ(ini.readString("s", "k", ""), value.c_str());
+}
+
+/// What cannot be written leaves what was there, and many changes are one write, or none.
+TEST(CIniFile, IsReplacedWholeAndOnce) {
+    const TempFolder folder;
+    const std::string old = "[a]\r\nx=1";
+    CIniFile ini(folder.write("ini", old));
+    const auto written = [&] { return std::filesystem::last_write_time(ini.path.asChar()); };
+    std::filesystem::last_write_time(ini.path.asChar(), {});
+    {
+        const FullDisk full(4);
+        ini.writeString("a", "x", "a longer value");
+    }
+    EXPECT_EQ(folder.read("ini"), old);
+    ini.writeString("a", "x", "1");
+    {
+        const CIniBatch batch(ini.path), inner(ini.path);
+        EXPECT_EQ(ini.readInteger("a", "x", 0), 1);
+    }
+    EXPECT_EQ(written(), decltype(written()){}) << "nothing has changed";
+    {
+        const CIniBatch batch(ini.path);
+        {
+            const CIniBatch inner(ini.path);
+            ini.writeString("a", "x", "2");
+            ini.eraseSection("none");
+        }
+        ini.writeString("b", "y", "3");
+        CIniFile(folder.file("other")).writeString("a", "x", "4");
+        EXPECT_EQ(ini.readString("a", "x", "") + ini.readString("b", "y", ""), "23");
+        EXPECT_EQ(folder.read("ini"), old);
+        EXPECT_EQ(folder.read("other"), "\r\n[a]\r\nx=4");
+    }
+    EXPECT_EQ(folder.read("ini"), "[a]\r\nx=2\r\n\r\n[b]\r\ny=3");
 }
 
 TEST(CIniFile, TakesLinesApart) {

@@ -4,8 +4,12 @@
 #include "base/CFileManager.h"
 #include "base/CStringList.h"
 
+#include <filesystem>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
+
+namespace fs = std::filesystem;
 
 TEST(Paths, AreTakenApart) {
     struct Case {
@@ -50,6 +54,49 @@ TEST(Paths, TellWhatIsThere) {
     EXPECT_FALSE(isFolderEmpty(folder.path));
     EXPECT_TRUE(isRemovable("/media/stick/song.qv") && isRemovable("/run/media/me/x"));
     EXPECT_FALSE(isRemovable("/mediaplayer/x") || isRemovable("/proc/self"));
+}
+
+/// Beside the program as long as that can be written, by a user who is not root, else at home.
+TEST(Paths, OwnFilesStandWhereTheyCanBeWritten) {
+    const TempFolder folder;
+    const auto choose = [&](const char* programs, fs::perms perms) {
+        const CStr place = folder.file(programs);
+        fs::permissions(place.asChar(), perms);
+        const pid_t pid = fork();
+        if (pid == 0) {
+            setenv("HOME", folder.file("home").asChar(), 1);
+            if (geteuid() == 0 && setuid(65534) != 0) _exit(2);
+            _exit(ownFile(place, "own.ini") == addSep(place) + "own.ini");
+        }
+        int status = 0;
+        waitpid(pid, &status, 0);
+        return WEXITSTATUS(status);
+    };
+    fs::permissions(folder.path.asChar(), fs::perms::all);
+    createDir(folder.file("bin"));
+    createDir(folder.file("home"));
+    fs::permissions(folder.file("home").asChar(), fs::perms::all);
+    EXPECT_EQ(choose("bin", fs::perms::all), 1);
+    EXPECT_FALSE(folderExists(folder.file("home/.Sondrava"))) << "it was not needed";
+    EXPECT_EQ(choose("bin", fs::perms(0555)), 0);
+    EXPECT_TRUE(folderExists(folder.file("home/.Sondrava")));
+    fs::permissions(folder.file("bin").asChar(), fs::perms::all);
+    fs::permissions(folder.write("bin/own.ini", "").asChar(), fs::perms(0444));
+    EXPECT_EQ(choose("bin", fs::perms::all), 0);
+}
+
+TEST(Paths, TellAFolderByWhatItIs) {
+    const TempFolder folder;
+    for (const char* name : {"songs", "Songs"}) createDir(folder.file(name));
+    fs::create_symlink("songs", folder.file("link").asChar());
+    EXPECT_TRUE(sameFolder(folder.file("songs"), folder.file("songs/")));
+    EXPECT_TRUE(sameFolder(folder.file("songs"), folder.file("link/")));
+    EXPECT_FALSE(sameFolder(folder.file("songs"), folder.file("Songs")));
+    EXPECT_TRUE(sameFolder(folder.file("none/"), folder.file("none")));
+    const CStr here = fs::current_path().c_str();
+    EXPECT_EQ(absolutePath("a/../b.qv"), addSep(here) + "b.qv");
+    EXPECT_EQ(absolutePath("/x/./y"), "/x/y");
+    EXPECT_EQ(absolutePath(""), "");
 }
 
 TEST(Paths, FoldersAreReadInOrder) {

@@ -121,7 +121,13 @@ TEST_F(CSampleManagerTest, FoldersAndNamesFollowTheProject) {
     host->projectFile = "";
     EXPECT_TRUE(next() == full("temp/take.one.wav") && inTemp);
     host->tempAudioFolder = full("gone");
+    const CStr home = getHomeFolder();
+    setenv("HOME", full("home").asChar(), 1);
+    EXPECT_TRUE(host->getTempAudioFolder() == full("home/.Sondrava/audio")) << "made there";
+    make("file");
+    setenv("HOME", full("file").asChar(), 1);
     EXPECT_TRUE(host->getTempAudioFolder() == getTempFolder());
+    setenv("HOME", home.asChar(), 1);
 }
 
 /// A streamed file has one entry, whatever the case; the archive brings in what lies elsewhere, and

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Paths.h"
 #include "driver/libaam.h"
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
@@ -18,6 +19,7 @@ public:
     explicit TestHost(int blockFrames = 1024, double rate = 44100.0) : host(new CQV) {
         qv = host;
         host->settingsEnabled = false;
+        host->tempAudioFolder = getTempFolder(); // and not one in the tester's home
         host->setFrames(blockFrames);
         host->setRate(rate);
         host->init();

@@ -265,6 +265,7 @@ void CMainWin::writeSettings() {
     if (!qv->settingsEnabled) return;
     CEditorStruct place;
     readPlace(place);
+    const CIniBatch batch(inifile);
     CIniFile ini(inifile);
     ini.writeInteger("editor", "maximized", place.maximized);
     ini.writeInteger("editor", "left", place.left);

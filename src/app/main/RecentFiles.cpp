@@ -11,6 +11,7 @@ constexpr const char* section = "recent";
 } // namespace
 
 void RecentFiles::addRecent(const CStr& path) {
+    const CIniBatch batch(inifile);
     CIniFile ini(inifile);
     paths.clear();
     const bool adds = !path.empty() && fileExists(path);

@@ -29,6 +29,7 @@ bool hasPath(const CStringList& paths, const CStr& path) {
 }
 
 void rewrite(const CStr& section, const CStringList& paths) {
+    const CIniBatch batch(inifile);
     CIniFile ini(inifile);
     ini.eraseSection(section);
     for (int i = 0; i < paths.count(); i++) ini.writeString(section, asStr(i), paths.get(i));
