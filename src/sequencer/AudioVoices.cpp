@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 
@@ -36,6 +37,8 @@ void setFades(AudioVoice& v) {
     v.fadeInLen = v.fadeOutLen = 0;
     v.fadeOutPos = -1;
     if (!v.event) return;
+    v.fadeInMs = v.event->fadeInMs;
+    v.fadeOutMs = v.event->fadeOutMs;
     if (v.event->fadeInMs > 0.0f) v.fadeInLen = asRound(double(v.event->fadeInMs) * fadeRate);
     if (v.event->fadeOutMs > 0.0f) v.fadeOutLen = asRound(double(v.event->fadeOutMs) * fadeRate);
     v.fadeInPos = asInt(v.pos - v.start);
@@ -44,6 +47,19 @@ void setFades(AudioVoice& v) {
 
 SampleSpan spanOf(const AudioVoice& v) {
     return {v.pos, v.speed, v.reverse, v.start, v.end};
+}
+
+/// Whether the voice plays what the start asks for, but perhaps at another pitch or to another end.
+bool plays(const AudioVoice& v, const VoiceStart& s) {
+    if (v.part != s.part || v.sample != s.sample || v.out != s.out) return false;
+    if (!s.event) return true; // a freeze file
+    const int last = s.sample->frames - 1;
+    const bool sameEnd = v.end == asMinMax(s.end, 0, last);
+    const bool endMayMove =
+        v.mode == playRepitch && !v.reverse && v.fadeOutLen == 0 && s.end > v.pos;
+    return v.tick == s.tick && v.mode == s.mode && v.reverse == s.reverse && v.ticks == s.ticks &&
+           v.start == asMinMax(s.start, 0, std::max(last, 0)) && (sameEnd || endMayMove) &&
+           v.fadeInMs == s.event->fadeInMs && v.fadeOutMs == s.event->fadeOutMs;
 }
 
 /// Source frame that is reached `frames` further on.
@@ -111,7 +127,9 @@ bool AudioVoices::place(AudioVoice& v, const VoiceStart& s) const {
     const CQV* root = host();
     const int last = s.sample->frames - 1;
     v.start = asMinMax(s.start, 0, std::max(last, 0));
-    v.end = asMinMax(s.end, 0, last);
+    v.end = v.stop = asMinMax(s.end, 0, last);
+    v.tick = s.tick;
+    v.ticks = s.ticks;
     v.mode = asMinMax(s.mode, int(playRepitch), int(playStretch));
     v.reverse = s.reverse;
     v.pitch = s.pitch;
@@ -129,10 +147,20 @@ bool AudioVoices::place(AudioVoice& v, const VoiceStart& s) const {
     if (s.into > 0.0 && v.mode != playRepitch) {
         v.pos += s.into / s.ticks * (length + 1.0);
     } else if (s.into > 0.0) {
-        const int from = asInt(s.songPos - s.into), sourceRate = tunedRate(s.sample, v.pitch);
-        v.pos += songTrack->track->seq->ticksToFrames(from, asInt(s.into), sourceRate);
+        v.pos += sourceFramesInto(s, v.pitch);
+        if (v.speed == 1.0) v.pos = std::floor(v.pos + 0.5); // as a voice from its start stands
     }
     return v.pos <= v.end;
+}
+
+/// Frames of the sample that have passed when a clip is joined at its own speed.
+double AudioVoices::sourceFramesInto(const VoiceStart& s, double pitch) const {
+    const CQV* root = host();
+    const int from = asInt(s.songPos - s.into), whole = asInt(s.into);
+    const int sourceRate = tunedRate(s.sample, pitch);
+    const double ticksPerFrame = double(root->tempoNow) * ticksPerSecondPerBpm / sourceRate;
+    return songTrack->track->seq->ticksToFrames(from, whole, sourceRate) +
+           (s.into - whole) / ticksPerFrame;
 }
 
 void AudioVoices::begin(AudioVoice& v, const VoiceStart& s) {
@@ -173,18 +201,14 @@ void AudioVoices::refresh(AudioVoice& v) const {
     if (v.mode != playStretch) return;
     if (v.sample->fixedPitch) v.speed = 1.0;
     v.stretch = 1.0 / speedLimit(tempo * v.tempoSpeed);
-    v.stretchLeft = std::max(0, asInt((v.end - v.pos) * v.stretch));
+    v.stretchLeft = std::max(0, asInt((v.stop - v.pos) * v.stretch));
 }
 
 void AudioVoices::render(int frames, int offset) {
     for (AudioVoice& v : voices)
         if (v.active && !v.sound) renderVoice(v, frames, offset);
-    if (!drums) return;
-    for (auto* sound : each<CDrumSound>(songTrack->track->drumLayer()->sounds))
-        sound->clearStrip(frames);
     for (AudioVoice& v : voices)
         if (v.active && v.sound) renderDrum(v, frames, offset);
-    finishDrums(frames);
 }
 
 void AudioVoices::renderVoice(AudioVoice& v, int frames, int offset) {
@@ -200,15 +224,18 @@ void AudioVoices::renderVoice(AudioVoice& v, int frames, int offset) {
 int AudioVoices::playSlice(AudioVoice& v, int left, int at) {
     int slice = left;
     refresh(v);
+    if (v.leaving > 0) slice = std::min(slice, v.leaving);
     const float gain = fadeGain(v, slice);
     cutAtEnd(v, slice);
     if (slice < 1) return 0;
     fillScratch(v, slice);
+    crossScratch(v, slice);
     v.pos = sourceAt(v, slice);
     addScratch(v, slice, at, gain * gain);
     v.fadeInPos += slice;
     if (v.fadeInPos >= v.fadeInLen) v.fadeInLen = 0;
     if (v.fadeOutPos >= 0) v.fadeOutPos += slice;
+    if (v.leaving > 0 && (v.leaving -= slice) == 0) release(v);
     return slice;
 }
 
@@ -239,8 +266,8 @@ void AudioVoices::cutAtEnd(AudioVoice& v, int& slice) const {
         if (v.stretchLeft >= slice) return;
         slice = v.stretchLeft;
     } else {
-        if (asInt(v.pos + slice * v.speed) <= v.end) return;
-        slice = std::max(0, asInt((v.end - v.pos) / v.speed));
+        if (asInt(v.pos + slice * v.speed) <= v.stop) return;
+        slice = std::max(0, asInt((v.stop - v.pos) / v.speed));
     }
     v.tail = tailFrames;
 }
@@ -262,6 +289,26 @@ void AudioVoices::fillScratch(AudioVoice& v, int slice) {
     if (played) return;
     std::fill_n(left, slice, 0.0f);
     std::fill_n(right, slice, 0.0f);
+}
+
+/// The straight line of a voice that takes the place of another, or makes room for it.
+void AudioVoices::crossScratch(AudioVoice& v, int slice) {
+    if (v.joining == 0 && v.leaving == 0) return;
+    float* left = host()->tmpBuffers[0];
+    float* right = host()->tmpBuffers[1];
+    const float step = 1.0f / float(crossFrames());
+    for (int i = 0; i < slice; i++) {
+        const int joins = std::max(0, v.joining - i), leaves = std::max(0, v.leaving - i);
+        const float gain = (1.0f - float(joins) * step) *
+                           (v.leaving > 0 ? std::min(1.0f, float(leaves) * step) : 1.0f);
+        left[i] *= gain;
+        right[i] *= gain;
+    }
+    v.joining = std::max(0, v.joining - slice);
+}
+
+int AudioVoices::crossFrames() const {
+    return std::max(1, asRound(double(host()->rate) * crossMs / 1000));
 }
 
 void AudioVoices::addScratch(AudioVoice& v, int slice, int at, float gain) {
@@ -315,15 +362,47 @@ void AudioVoices::renderDrum(AudioVoice& v, int frames, int offset) {
     if (stopped || drum.state == CVoice::free) release(v);
 }
 
-/// The strips of the drums, into the sends and the track.
-void AudioVoices::finishDrums(int frames) {
-    COutputChannel* out = songTrack->track->output();
-    if (!out) return;
-    for (auto* sound : each<CDrumSound>(songTrack->track->drumLayer()->sounds)) {
+void clearDrumStrips(CTrack* track, int frames) {
+    if (track->kind != trackDrum) return;
+    for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds)) sound->clearStrip(frames);
+}
+
+void finishDrumStrips(CTrack* track, int frames) {
+    COutputChannel* out = track->output();
+    if (track->kind != trackDrum || !out) return;
+    for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds)) {
         sound->output->processFX(nullptr, frames);
-        feedSends(sound, out, frames, host());
+        feedSends(sound, out, frames, track->host);
         sound->addStrip(out, frames);
     }
+}
+
+void AudioVoices::beginRebuild(bool keepMain) {
+    for (AudioVoice& v : voices) {
+        v.orphan = v.active && !v.sound && !v.flushed && v.tail == 0 && v.leaving == 0;
+        if (keepMain && (!v.part || v.part->mainPlays())) v.orphan = false;
+    }
+}
+
+void AudioVoices::join(VoiceStart s) {
+    bool another = false;
+    for (AudioVoice& v : voices) {
+        if (!v.orphan || v.part != s.part) continue;
+        if (plays(v, s)) {
+            v.orphan = false;
+            v.event = s.event;
+            v.end = v.stop = asMinMax(s.end, 0, s.sample->frames - 1);
+            return;
+        }
+        another = true;
+    }
+    AudioVoice* joined = add(s);
+    if (joined && another) joined->joining = crossFrames();
+}
+
+void AudioVoices::endRebuild() {
+    for (AudioVoice& v : voices)
+        if (std::exchange(v.orphan, false)) v.leaving = crossFrames();
 }
 
 void AudioVoices::flush(int frame, bool force) {
@@ -335,15 +414,17 @@ void AudioVoices::flush(int frame, bool force) {
             continue;
         }
         const double reached = sourceAt(v, std::max(0, frame - v.delay));
-        v.end = std::min(v.end, asRound(reached));
+        v.stop = std::min(v.stop, asRound(reached));
+        v.flushed = true;
     }
 }
 
 void AudioVoices::drop(const CObject* object) {
-    for (AudioVoice& v : voices)
-        if (v.active &&
-            (v.sample == object || v.part == object || v.sound == object || v.out == object))
-            release(v);
+    for (AudioVoice& v : voices) {
+        if (!v.active) continue;
+        const bool reaches = v.out == object || v.out->comp == object;
+        if (v.sample == object || v.part == object || v.sound == object || reaches) release(v);
+    }
 }
 
 void AudioVoices::dropAll() {

@@ -10,6 +10,7 @@ class CPart;
 class CQV;
 class CSample;
 class CSongTrack;
+class CTrack;
 struct CAudioEvent;
 struct CVoice;
 
@@ -30,6 +31,7 @@ struct VoiceStart {
     int reverse = 0;
     double pitch = 0.0;      ///< semitones
     int ticks = 0;           ///< on the timeline, in the modes that follow the tempo
+    int tick = 0;            ///< of the song, where the event stands
     double into = 0.0;       ///< ticks that lie behind already
     double songPos = 0.0;    ///< tick of the song at which the voice begins
     int delay = 0;           ///< frames from the start of the block
@@ -52,12 +54,19 @@ struct AudioVoice {
     double pitch = 0.0;      ///< semitones
     double rate = 1.0;       ///< of the sample over that of the engine
     int start = 0, end = 0;  ///< source frames, first and last
+    int stop = 0;            ///< source frame where it runs out: `end`, or before it when flushed
+    bool flushed = false;
     int reverse = 0;
-    int stretchPos = 0;  ///< source frame that the stretcher takes next
-    int stretchLeft = 0; ///< output frames left through the stretcher
+    int tick = 0, ticks = 0; ///< as it was started
+    int stretchPos = 0;      ///< source frame that the stretcher takes next
+    int stretchLeft = 0;     ///< output frames left through the stretcher
     int fadeInLen = 0, fadeInPos = 0, fadeOutLen = 0; ///< frames
     int fadeOutPos = -1;                              ///< -1 until it begins
-    float lastLeft = 0.0f, lastRight = 0.0f;          ///< the frame that runs out
+    float fadeInMs = 0.0f, fadeOutMs = 0.0f;          ///< of the event at the start
+    int joining = 0;     ///< frames until it has taken the place of another voice
+    int leaving = 0;     ///< frames until another one has taken its place; 0 while it stays
+    bool orphan = false; ///< during a rebuild: no event has claimed it yet
+    float lastLeft = 0.0f, lastRight = 0.0f; ///< the frame that runs out
     unsigned char group = 0;
     CSample* sample = nullptr;
     CPart* part = nullptr;
@@ -73,7 +82,8 @@ class AudioVoices {
 public:
     static constexpr int count = 64;
     static constexpr int tailFrames = 4096;
-    static constexpr int fadeStep = 32; ///< frames at one gain
+    static constexpr int fadeStep = 32;    ///< frames at one gain
+    static constexpr double crossMs = 5.0; ///< in which a voice takes the place of another one
 
     /// `drums`: with room for drum voices.
     AudioVoices(CSongTrack* owner, bool drums);
@@ -83,7 +93,16 @@ public:
 
     /// Starts a voice; null when it cannot sound, or no slot is free.
     AudioVoice* add(const VoiceStart& start);
-    /// Adds `frames` of every voice to its channel, from frame `offset` on.
+    // A rebuild of play pointers: between the two calls `join` is asked for every clip that is on
+    // at the position. What it does not ask for goes within 5 ms. Drums are left alone, and with
+    // `keepMain` the voices of parts whose main pointer stays, and freeze files.
+    void beginRebuild(bool keepMain);
+    void endRebuild();
+    /// Has a clip sound from its middle on. A voice that plays just this goes on, with the pitch
+    /// and end that the event has now; one that plays an earlier form of it is crossed over.
+    void join(VoiceStart start);
+
+    /// Adds `frames` of every voice to its channel, from frame `offset` on; drums to their strips.
     void render(int frames, int offset);
     /// Has the voices run out from a frame of the coming block on; those of drums only with
     /// `force`.
@@ -104,6 +123,7 @@ private:
     CQV* host() const;
     AudioVoice* findSlot(unsigned char group);
     bool place(AudioVoice& v, const VoiceStart& start) const;
+    double sourceFramesInto(const VoiceStart& start, double pitch) const;
     void begin(AudioVoice& v, const VoiceStart& start);
     void release(AudioVoice& v);
     void refresh(AudioVoice& v) const;
@@ -112,8 +132,14 @@ private:
     float fadeGain(AudioVoice& v, int& slice) const;
     void cutAtEnd(AudioVoice& v, int& slice) const;
     void fillScratch(AudioVoice& v, int slice);
+    void crossScratch(AudioVoice& v, int slice);
+    int crossFrames() const;
     void addScratch(AudioVoice& v, int slice, int at, float gain);
     int playTail(AudioVoice& v, int left, int at);
     void renderDrum(AudioVoice& v, int frames, int offset);
-    void finishDrums(int frames);
 };
+
+// The strips of the drums of a track, around all that its voices add to them in a block: silence
+// before, and after it their inserts, into the sends and the track. Graph holder.
+void clearDrumStrips(CTrack* track, int frames);
+void finishDrumStrips(CTrack* track, int frames);

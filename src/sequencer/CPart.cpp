@@ -202,6 +202,10 @@ CPlayStruct* CPart::addPlay() {
     return pointer;
 }
 
+bool CPart::mainPlays() {
+    return numPlay > 0 && mainPlay.head == getEvents();
+}
+
 void CPart::dropPlay() {
     mainPlay = CPlayStruct();
     dropLanePlay();

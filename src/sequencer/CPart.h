@@ -22,7 +22,7 @@ enum PartType : int {
 
 /// Bits of a part's `flags`.
 constexpr unsigned partSelected = 1;
-constexpr unsigned partMuted = 2;
+constexpr unsigned partMuted = 4;
 
 constexpr int maxSlots = 64; ///< envelopes of a part, and automation lanes of a track
 constexpr int barTicks = 3840;
@@ -99,6 +99,8 @@ public:
     CPlayStruct* play(int i);
     /// The next play pointer, at its defaults, null when there is no room. Graph holder.
     CPlayStruct* addPlay();
+    /// Whether the main pointer stands in the part's present list. Graph holder.
+    bool mainPlays();
     /// Makes every play pointer point nowhere. Graph holder.
     void dropPlay();
     /// The same for those of lanes. Graph holder.

@@ -88,7 +88,7 @@ void CSeq::doUpdate(int code) {
         sortByPos(prog->tempos);
     }
     updateGhostCount();
-    followTempo(host->frames);
+    askTempo();
     update(updateParts);
 }
 
@@ -172,6 +172,11 @@ void CSeq::del(CObject* object) {
     releaseCopies(this, object);
     eachSongTrack([object](CSongTrack* songTrack) {
         if (songTrack->voices) songTrack->voices->drop(object);
+        for (auto* item : each<CFreezeItem>(songTrack->freezeItems)) {
+            if (!item->channel || !liesIn(item->channel, object)) continue;
+            item->comp = nullptr;
+            item->channel = nullptr;
+        }
     });
     for (auto* prog : each<CSeqProg>(progs)) prog->purgeMarker(object);
     for (auto* track : each<CTrack>(tracks)) {

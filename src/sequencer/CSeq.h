@@ -77,6 +77,7 @@ public:
     CRecThread recThread;
     CStepRec stepRec;
     Shared<double> takeStart{0.0}; ///< ticks, where the take began
+    Shared<double> takeEnd{0.0};   ///< ticks, where the latest take ended
 
     explicit CSeq(CQV* root);
     ~CSeq() override;
@@ -294,6 +295,8 @@ private:
     void freezeMoved(CUndoItem* step, const CList* list, bool back);
     void purgeSelection();
     float tempoBefore(const CSeqProg* prog) const;
+    void askTempo();
+    void stopTake();
     void bindLinks();
     void linkEnds(CTrack* track);
 };

@@ -41,6 +41,7 @@ class CSongTrack : public CObject {
 public:
     PlayRequests requests;
     Shared<bool> audible{false}; ///< set by `setup` from mute and solo
+    bool frozen = false;         ///< set by `setup`: files play in place of the events
     double pos = 0.0;            ///< play pointer in ticks; graph holder
     CMIDIQ* noteOffsNext;        ///< owned; graph holder
     CMIDIQ* noteOffs;            ///< owned; note-offs to come, in ticks from the block's start
@@ -77,13 +78,14 @@ public:
     /// ticks from there: clips that are on already sound from that far into the block on.
     /// `keepMain` leaves the main pointers of unchanged lists alone.
     void setup(double position, double offset, bool keepMain);
-    void setupPlayPointer(double position, CPart* part, int keep, int delay = 0);
+    void setupPlayPointer(double position, CPart* part, bool keepMain, int delay = 0);
     /// Plays `frames` of the block from frame `offset` on.
     void process(int frames, int offset);
     /// Starts a drum of the track, `delay` frames into the block. Velocity 0 to 1, pan -1 to 1,
     /// `tune` a factor of the speed; `part` may be null.
     void hitDrum(CDrumSound* sound, CPart* part, float velocity, float pan, float tune, int delay);
-    /// Ends what sounds at a frame of the block. `force` includes drum voices.
+    /// Ends what sounds at a frame of the block, and notes that are due before it at their own.
+    /// `force` includes drum voices.
     void flush(int frame, bool force);
     void stop();
 };

@@ -37,6 +37,12 @@ void eachPointer(CSeq* seq, CPart* part, int slot, F visit) {
     });
 }
 
+/// What stands at a tick of the list comes to lie within the part.
+void growTo(CPart* part, int tick) {
+    const int at = saturate(int64_t(tick) + part->offset);
+    if (at >= part->length) part->length = saturate(int64_t(at) - at % quarterTicks + quarterTicks);
+}
+
 void linkPoint(CSeq* seq, const LivePoint& w, int tick, CEnvEvent*& owned) {
     CEnvEvent* point = std::exchange(owned, nullptr);
     w.part->addEventParam(tick, point, w.lane->slot);
@@ -105,9 +111,7 @@ void addLiveEvent(CSeq* seq, CPart* part, int tick, CBaseEvent* event) {
     eachUser(seq, part, [&](CPart* user) {
         if (user->numPlay > 0) fixPointer(user->play(0), head, event);
     });
-    const int end = saturate(int64_t(tick) + part->offset);
-    if (end > part->length)
-        part->length = saturate(int64_t(end) - end % quarterTicks + quarterTicks);
+    growTo(part, tick);
 }
 
 void addLivePoint(CSeq* seq, LivePoint& w) {
@@ -123,4 +127,5 @@ void addLivePoint(CSeq* seq, LivePoint& w) {
         linkPoint(seq, w, from, w.anchor);
     }
     linkPoint(seq, w, w.tick, w.point);
+    growTo(w.part, w.tick);
 }

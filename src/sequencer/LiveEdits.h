@@ -35,5 +35,5 @@ struct LivePoint {
 
 /// Links the point. The first of a pass replaces: points in the way are cut, and the value begins
 /// where the pass does. In a lane without points it begins with the part. The lane is not played
-/// for the rest of the pass.
+/// for the rest of the pass. The part grows as above.
 void addLivePoint(CSeq* seq, LivePoint& write);

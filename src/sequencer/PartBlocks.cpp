@@ -12,14 +12,19 @@
 namespace {
 
 constexpr int intBytes = 4;
-constexpr int partRoom = 512; ///< about what a part takes
-constexpr int partBytes = 27; ///< of a part without a name
+constexpr int partRoom = 512;       ///< about what a part takes
+constexpr int partBytes = 27;       ///< of a part without a name
+constexpr unsigned formerMuted = 2; ///< the mute bit of older files
 
 std::unique_ptr<CPart> newPart(int type) {
     if (type == partMIDI) return std::make_unique<CMIDIPart>();
     if (type == partAudio) return std::make_unique<CAudioPart>();
     if (type == partDrum) return std::make_unique<CDrumPart>();
     return std::make_unique<CPart>();
+}
+
+unsigned flagsOf(unsigned stored) {
+    return stored & formerMuted ? (stored & ~formerMuted) | partMuted : stored;
 }
 
 void addMaster(SongReading& r, CPart* part) {
@@ -52,7 +57,7 @@ bool readPart(SongReading& r, int) {
     part->pos = readTicks(r.in);
     part->offset = readTicks(r.in);
     part->length = readTicks(r.in);
-    part->flags = unsigned(r.in.readInt());
+    part->flags = flagsOf(unsigned(r.in.readInt()));
     if (!r.in.readText(part->id)) return false;
     if (!LoadBudget::take("parts", partRoom)) return true;
     if (r.alone)

@@ -119,7 +119,7 @@ void CSeq::beginFiles() {
 void CSeq::closeTake() {
     CUndo* step = host->recUndo ? host->recUndo : host->undoStart("Record", host, takeFlags);
     edits.add([this] {
-        recording = 0;
+        stopTake();
         for (auto* track : each<CTrack>(tracks)) {
             track->armed = 0;
             track->nextPass();

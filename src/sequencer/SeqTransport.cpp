@@ -7,6 +7,7 @@
 #include "engine/TransportRing.h"
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
+#include "sequencer/AudioVoices.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Points.h"
 #include "sequencer/RecQueue.h"
@@ -206,8 +207,10 @@ bool wrapLoop(CSeqProg* prog) {
     const double left = prog->leftLocator, right = prog->rightLocator;
     if (right <= left || prog->pos <= right) return false;
     const double over = std::fmod(prog->pos - left, right - left);
+    const double before = prog->pos;
     // A whole number of passes ends on the right locator, which is not beyond it.
     prog->pos = over > 0.0 ? left + over : right;
+    prog->loopCount += asRound((before - prog->pos) / (right - left));
     return true;
 }
 
@@ -220,9 +223,10 @@ void advance(const ProgBlock& b) {
     prog->samplePos = prog->samplePos + b.frames;
     if (!prog->looping) return;
     const double reached = prog->pos;
-    if (wrapMarkers(prog)) wrapLoop(prog);
-    if (prog->pos == reached) return;
-    prog->loopCount += 1;
+    if (!wrapMarkers(prog) || !wrapLoop(prog)) {
+        if (prog->pos == reached) return;
+        prog->loopCount += 1;
+    }
     if (prog->seq->recording) prog->punchPos = double(prog->leftLocator);
     prog->samplePos =
         asInt64(prog->seq->ticksToFrames(0, asInt(prog->pos), asInt(double(host->rate))));
@@ -346,8 +350,14 @@ void CSeq::stop() {
             if (prog->playing) prog->stopRequest = 1;
         playing = 0;
     }
-    recording = 0;
+    stopTake();
     update(updateSongTransport);
+}
+
+/// What is played from here on does not belong to the take any more.
+void CSeq::stopTake() {
+    if (recording) takeEnd = getPos();
+    recording = 0;
 }
 
 void CSeq::setPos(double ticks) {
@@ -378,7 +388,7 @@ void CSeq::process(int frames) {
     if (allNotesOff && !host->playing) silenceArps(tracks);
     mergeMIDI(frames);
     mergeAudio(frames);
-    if (recording && !host->recording) recording = 0;
+    if (!host->recording) stopTake();
     if (playing && host->recording && !recording && recReady.loadAcquire()) {
         recording = 1;
         rec(0);
@@ -389,7 +399,9 @@ void CSeq::process(int frames) {
 }
 
 void CSeq::subProcess(int frames, int offset) {
+    for (CTrack* track : each<CTrack>(tracks)) clearDrumStrips(track, frames);
     for (CSeqProg* prog : each<CSeqProg>(progs)) prog->process(frames, offset);
+    for (CTrack* track : each<CTrack>(tracks)) finishDrumStrips(track, frames);
     if (playing) songTicks += host->framesToTicks(frames);
 }
 
@@ -426,6 +438,11 @@ void CSeq::setTempoHere(float bpm) {
 
 void CSeq::tryTempo(Shared<float>& value, float bpm) {
     value = fLimit(bpm, minTempo, maxTempo);
+    askTempo();
+}
+
+/// Adopts what the tempo points say now. Any thread that may make transport calls.
+void CSeq::askTempo() {
     TransportCall call;
     call.target = this;
     call.act = [](CObject* target, double, void*) {

@@ -37,6 +37,7 @@ struct Block {
     int done = 0; ///< frames of the block that lie behind
     double loopStart = 0.0, loopEnd = 0.0;
     bool looping = false;
+    bool wraps = false; ///< at `loopEnd` the song goes on at `loopStart`
 
     CTrack* track() const { return songTrack->track; }
     /// Whether a tick lies behind the end of the running pass.
@@ -49,11 +50,14 @@ void takeLoop(Block& b, bool wrapped) {
     b.looping = prog->looping;
     b.loopStart = prog->leftLocator;
     b.loopEnd = prog->rightLocator;
+    b.wraps = b.looping && b.loopEnd > b.loopStart;
     CMarkerPart* active = prog->activeMarker;
     CMarkerPart* playing = prog->playingMarker;
     if (!prog->seq->options.useMarkers() || !active || !playing) return;
+    const CMarkerPart* section = wrapped ? active : playing;
     b.loopStart = active->pos;
-    b.loopEnd = (wrapped ? active : playing)->endTick();
+    b.loopEnd = section->endTick();
+    b.wraps = b.looping && section->length > 0 && b.loopEnd != b.loopStart;
 }
 
 void playNoteOff(const Block& b, CPart* part, const CMIDIEvent* event, int tick, int msg) {
@@ -75,10 +79,9 @@ void playMidiEvent(const Block& b, CPart* part, const CMIDIEvent* event, int tic
     if (note) playNoteOff(b, part, event, tick, msg);
 }
 
-/// An audio event that begins `into` ticks before tick `songPos`, or there.
-void playClip(CSongTrack* songTrack, CPart* part, CAudioEvent* e, double songPos, double into,
-              int delay) {
-    if (e->sample == songTrack->track->recSample) return; // it is being recorded
+/// An audio event that stands at `tick`, for a voice at tick `songPos`.
+VoiceStart clipStart(CSongTrack* songTrack, CPart* part, CAudioEvent* e, int tick, double songPos,
+                     int delay) {
     VoiceStart start;
     start.part = part;
     start.event = e;
@@ -89,11 +92,26 @@ void playClip(CSongTrack* songTrack, CPart* part, CAudioEvent* e, double songPos
     start.reverse = e->reverse;
     start.pitch = e->semitones + double(e->fine);
     start.ticks = e->ticks;
-    start.into = into;
+    start.tick = tick;
     start.songPos = songPos;
     start.delay = delay;
     start.out = songTrack->track->output();
-    songTrack->voices->add(start);
+    return start;
+}
+
+void playClip(CSongTrack* songTrack, CPart* part, CAudioEvent* e, int tick, double songPos,
+              int delay) {
+    if (e->sample == songTrack->track->recSample) return; // it is being recorded
+    songTrack->voices->add(clipStart(songTrack, part, e, tick, songPos, delay));
+}
+
+/// The same for a clip that has begun before `songPos`.
+void joinClip(CSongTrack* songTrack, CPart* part, CAudioEvent* e, int tick, double songPos,
+              int delay) {
+    if (!e->sample || e->sample == songTrack->track->recSample) return;
+    VoiceStart start = clipStart(songTrack, part, e, tick, songPos, delay);
+    start.into = songPos - tick;
+    songTrack->voices->join(start);
 }
 
 void playDrum(CSongTrack* songTrack, CPart* part, const CDrumEvent* e, int delay) {
@@ -105,7 +123,7 @@ void playDrum(CSongTrack* songTrack, CPart* part, const CDrumEvent* e, int delay
 /// The freeze files in place of the events, from a position on.
 void playFrozen(CSongTrack* songTrack, double position, int delay) {
     for (const auto* item : each<CFreezeItem>(songTrack->freezeItems)) {
-        if (!item->sample) continue;
+        if (!item->sample || !item->channel) continue;
         VoiceStart start;
         start.sample = item->sample;
         start.start = item->start;
@@ -113,7 +131,7 @@ void playFrozen(CSongTrack* songTrack, double position, int delay) {
         start.into = start.songPos = position;
         start.delay = delay;
         start.out = item->channel;
-        songTrack->voices->add(start);
+        songTrack->voices->join(start);
     }
 }
 
@@ -134,7 +152,7 @@ void playEvents(const Block& b, CPart* part, CPlayStruct& p, int slice) {
         if (p.kind == PlayKind::midi)
             playMidiEvent(b, part, static_cast<CMIDIEvent*>(p.current), tick, moved);
         else if (p.kind == PlayKind::audio)
-            playClip(b.songTrack, part, static_cast<CAudioEvent*>(p.current), moved, 0.0, delay);
+            playClip(b.songTrack, part, static_cast<CAudioEvent*>(p.current), tick, moved, delay);
         else if (p.kind == PlayKind::drum)
             playDrum(b.songTrack, part, static_cast<CDrumEvent*>(p.current), delay);
         p.pos = tick;
@@ -226,7 +244,7 @@ void playBlock(Block& b) {
         takeLoop(b, wrapped);
         int slice = left;
         bool wrapNow = false;
-        if (b.looping && b.loopEnd > b.loopStart && songTrack->pos + slice * b.tpf > b.loopEnd) {
+        if (b.wraps && songTrack->pos + slice * b.tpf > b.loopEnd) {
             slice = asMinMax(asInt((b.loopEnd - songTrack->pos) * b.fpt), wrapped ? 1 : 0, left);
             wrapNow = wrapped = true;
         }
@@ -315,8 +333,7 @@ void seekPointer(CSongTrack* songTrack, CPlayStruct& p, CPart* part, double posi
     while (e && (double(p.pos) + e->delta < position || p.pos + e->delta < part->pos)) {
         p.pos += e->delta;
         if (p.kind == PlayKind::audio && p.pos >= part->pos)
-            playClip(songTrack, part, static_cast<CAudioEvent*>(e), position, position - p.pos,
-                     delay);
+            joinClip(songTrack, part, static_cast<CAudioEvent*>(e), p.pos, position, delay);
         prior = e;
         e = e->next;
     }
@@ -342,11 +359,6 @@ void addLanePointer(CPart* part, CSubTrack* lane) {
     p->param = lane->param;
     p->object = lane->object;
     p->head = part->getParam(lane->slot);
-}
-
-/// Whether slot 0 may go on: an edit that left the list alone does not disturb it.
-bool mainListKept(CPart* part) {
-    return part->numPlay > 0 && part->play(0)->head == part->getEvents();
 }
 
 } // namespace
@@ -410,30 +422,31 @@ void CSongTrack::setup(double position, double offset, bool keepMain) {
     assert(holdsGraph());
     const CQV* host = track->host;
     const int delay = std::max(0, asRound(host->ticksToFrames(-offset)));
-    int keep = keepMain ? 1 : 0;
     audible = !muted() && !(prog->anySolo && !soloed());
-    if (!host->renderMode && audible && voices && !freezeItems.empty()) {
-        if (!keepMain) playFrozen(this, position, delay);
-        keep = 1;
-    }
-    for (CPart* part : each<CPart>(parts)) setupPlayPointer(position, part, keep, delay);
+    frozen = !host->renderMode && audible && voices && !freezeItems.empty();
+    if (voices) voices->beginRebuild(keepMain);
+    if (frozen && !keepMain) playFrozen(this, position, delay);
+    for (CPart* part : each<CPart>(parts)) setupPlayPointer(position, part, keepMain, delay);
+    if (voices) voices->endRebuild();
     for (CSubTrack* lane : each<CSubTrack>(track->subTracks)) chaseLane(this, lane, position);
 }
 
-void CSongTrack::setupPlayPointer(double position, CPart* part, int keep, int delay) {
-    if (keep && !mainListKept(part)) keep = 0;
-    part->numPlay = keep;
-    if (!keep) {
+void CSongTrack::setupPlayPointer(double position, CPart* part, bool keepMain, int delay) {
+    const bool kept = keepMain && part->mainPlays();
+    part->numPlay = kept ? 1 : 0;
+    if (!kept) {
         CPlayStruct* p = part->addPlay();
         p->kind = mainKind(track->kind);
         p->head = part->getEvents();
     }
+    if (frozen) part->play(0)->current = nullptr; // the file plays in its place
     for (CSubTrack* lane : each<CSubTrack>(track->subTracks)) addLanePointer(part, lane);
     const bool plays = audible && !part->muted() && part->type != partPlain &&
                        double(part->pos) + track->seq->getTicks(part) > position;
     if (!plays) return;
     const int pointers = part->numPlay;
-    for (int i = keep; i < pointers; i++) seekPointer(this, *part->play(i), part, position, delay);
+    for (int i = kept || frozen ? 1 : 0; i < pointers; i++)
+        seekPointer(this, *part->play(i), part, position, delay);
 }
 
 void CSongTrack::process(int frames, int offset) {
@@ -483,8 +496,10 @@ void CSongTrack::hitDrum(CDrumSound* sound, CPart* part, float velocity, float p
 void CSongTrack::flush(int frame, bool force) {
     if (voices) voices->flush(frame, force);
     CMIDIQ* port = track->outPort();
-    for (const CMIDIBytes* e = noteOffs->first(); e && port; e = e->next)
-        port->insert(frame, e->data, eventMidi, 0.0f, 0, nullptr, nullptr);
+    for (const CMIDIBytes* e = noteOffs->first(); e && port; e = e->next) {
+        const int due = std::max(0, asRound(track->host->ticksToFrames(e->time)));
+        port->insert(std::min(frame, due), e->data, eventMidi, 0.0f, 0, nullptr, nullptr);
+    }
     noteOffs->clear();
 }
 

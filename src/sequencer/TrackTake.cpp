@@ -66,6 +66,7 @@ void TrackTake::idle(CUndo* step) {
 void TrackTake::finish(CUndo* step, RecFile* file) {
     if (track->takesAudio && file) closeAudio(step, file);
     idle(step);
+    endHeldNotes();
     forget();
 }
 
@@ -91,7 +92,10 @@ void TrackTake::link(CPart* part, CUndo* step) {
 void TrackTake::keepContent(CUndo* step) {
     if (swapped) return;
     swapped = true;
-    CPart* content = track->recPart->content();
+    CPart* part = track->recPart;
+    for (Shared<int>* field : {&part->pos, &part->offset, &part->length})
+        step->asInt(field->address());
+    CPart* content = part->content();
     swapUndoPart(step, content, content->copy());
     step->lastItem->linked = true;
 }
@@ -105,17 +109,15 @@ int TrackTake::tickOf(double songTick) const {
 
 void TrackTake::attachNotes(CUndo* step) {
     if (track->recAttached) return;
-    if (CPart* part = track->recPart) {
+    if (track->recPart) {
         track->recAttached = 1;
-        for (Shared<int>* field : {&part->pos, &part->offset, &part->length})
-            step->asInt(field->address());
         return keepContent(step);
     }
     CPart* part = track->kind == trackDrum ? static_cast<CPart*>(new CDrumPart) : new CMIDIPart;
     part->id = track->id;
     part->pos = asInt(seq()->takeStart) / quarterTicks * quarterTicks;
     part->length = newPartTicks;
-    if (prog()->looping) {
+    if (prog()->looping && seq()->takeStart >= prog()->leftLocator) {
         part->pos = prog()->leftLocator.load();
         part->length = prog()->rightLocator - prog()->leftLocator;
     }
@@ -172,6 +174,12 @@ void TrackTake::endNote(const RecEvent& e) {
     const bool quantize = seq()->autoQuantize != 0;
     addToPart(quantize ? snapped(seq()->gridTicks(), note.tick, true) : note.tick, note.event);
     if (track->open()) showRow(asByte1(note.event->data));
+}
+
+/// What is still held ends where the take did.
+void TrackTake::endHeldNotes() {
+    const double end = seq()->takeEnd;
+    while (!pendingNotes.empty()) endNote({end, end, pendingNotes.front().event->data});
 }
 
 void TrackTake::addToPart(int tick, CBaseEvent* event) {

@@ -85,6 +85,7 @@ private:
     void addMessage(const RecEvent& e);
     void addDrum(const RecEvent& e);
     void endNote(const RecEvent& e);
+    void endHeldNotes();
     void addToPart(int tick, CBaseEvent* event);
     void showRow(int note);
 

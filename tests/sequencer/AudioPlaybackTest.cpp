@@ -1,6 +1,7 @@
 #include "SongFixture.h"
 
 #include "audiofiles/CElastiqueRender.h"
+#include "effects/CEffect.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "sequencer/AudioVoices.h"
@@ -152,7 +153,8 @@ TEST(AudioPlayback, ARunningVoiceFollowsTheTempo) {
     }
 }
 
-/// A voice whose event is edited, and freed with the history, plays on as it began.
+/// A voice whose event is edited plays on with what it holds now; when it is gone as well, freed
+/// with the history, as it was last.
 TEST(AudioPlayback, ARunningVoiceOutlivesItsEvent) {
     AudioFixture f;
     CAudioEvent* e = f.clip(f.sine(200000));
@@ -163,9 +165,83 @@ TEST(AudioPlayback, ARunningVoiceOutlivesItsEvent) {
     static_cast<CAudioEvent*>(edited->getEvents())->semitones = 9;
     f.step([&](CUndo* undo) { swapUndoPart(undo, part, edited); });
     EXPECT_EQ(f.voice().event, nullptr);
+    f.device.run(1);
+    EXPECT_NEAR(f.voice().speed, std::exp2(9 / 12.0), 1e-9);
     f.host.undoClear();
-    f.device.run(2);
-    EXPECT_NEAR(f.voice().speed, std::exp2(3 / 12.0), 1e-9);
+    f.device.run(1);
+    f.host.stop();
+    f.step([&](CUndo* undo) { swapUndoPart(undo, part, part->copy(0)); });
+    f.host.undoClear();
+    f.device.run(1);
+    EXPECT_NEAR(f.voice().speed, std::exp2(9 / 12.0), 1e-9);
+}
+
+/// Whatever happens to the parts of a track that plays, a clip sounds once: it goes on, takes over
+/// what changed, or is crossed over to its new form.
+TEST(AudioPlayback, EditsDoNotDoubleWhatSounds) {
+    struct Case {
+        const char* name;
+        void (*edit)(CAudioEvent* e);
+        double level; ///< behind the edit
+    };
+    const auto ramp = [](int i) { return i < 150000 ? 0.25 : 0.5; };
+    const Case cases[] = {
+        {"a part comes", nullptr, 0.25},
+        {"content that is the same", [](CAudioEvent*) {}, 0.25},
+        {"another end", [](CAudioEvent* e) { e->end = 200000; }, 0.25},
+        {"another pitch", [](CAudioEvent* e) { e->fine = 0.1f; }, 0.25},
+        {"a fade far away", [](CAudioEvent* e) { e->fadeOutMs = 100; }, 0.25},
+        {"another range", [](CAudioEvent* e) { e->start = 150000; }, 0.5},
+        {"none at all", [](CAudioEvent* e) { e->start = e->end = 0; }, 0.0},
+    };
+    constexpr int cross = 221; // 5 ms
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        AudioFixture f;
+        CPart* part = f.place(0, f.clip(f.addSample(400000, ramp)));
+        const std::vector<float>& x = f.play(8192);
+        f.step([&](CUndo* undo) {
+            CPart* edited = part->copy(0);
+            if (c.edit) {
+                c.edit(static_cast<CAudioEvent*>(edited->getEvents()));
+                return swapUndoPart(undo, part, edited);
+            }
+            edited->pos = 38400;
+            f.songTrack->addPart(edited, undo);
+        });
+        const size_t at = x.size();
+        f.device.run(3);
+        ASSERT_NEAR(x[at - 1], 0.25, 1e-4);
+        for (size_t i = at; i < at + cross; i++) {
+            ASSERT_GE(x[i], std::min(0.25, c.level) - 1e-3) << i - at;
+            ASSERT_LE(x[i], std::max(0.25, c.level) + 1e-3) << i - at;
+            ASSERT_LE(std::fabs(x[i] - x[i - 1]), 0.25 / 200) << "no step, " << i - at;
+        }
+        for (size_t i = at + cross; i < x.size(); i++) ASSERT_NEAR(x[i], c.level, 1e-3) << i - at;
+        EXPECT_EQ(f.voices(), c.level > 0.0);
+        f.undo();
+        f.device.run(8); // what a part leaves behind runs out
+        for (size_t i = x.size() - 1024; i < x.size(); i++) ASSERT_NEAR(x[i], 0.25, 1e-3);
+        EXPECT_EQ(f.voices(), 1);
+    }
+}
+
+/// A clip that a loop's wrap cuts plays until there as if it went on: backward from its own end,
+/// and without the fade that waits there.
+TEST(AudioPlayback, AWrapDoesNotMoveTheEndOfAClip) {
+    const auto value = [](int i) { return i / 100000.0; };
+    for (bool reverse : {true, false}) {
+        AudioFixture f;
+        CAudioEvent* e = f.clip(f.addSample(100000, value));
+        e->reverse = reverse;
+        e->fadeOutMs = reverse ? 0.0f : 1000.0f;
+        f.place(0, e);
+        f.prog()->rightLocator = 960; // 22050 frames
+        f.host.loop = 1;
+        const std::vector<float>& x = f.play(23000);
+        for (int i = 2; i < 22049; i++)
+            ASSERT_NEAR(x[size_t(i)], value(reverse ? 99999 - i : i), 1e-3) << i << reverse;
+    }
 }
 
 /// Both fades go by the square of a straight line, in steps of 32 frames.
@@ -312,6 +388,26 @@ TEST(AudioPlayback, DrumsFeedTheBuses) {
     const float whole = peak(0.5f, 1.0f);
     EXPECT_GT(whole, 0.1f);
     EXPECT_NEAR(peak(0.25f, 0.5f), whole / 8, 1e-4);
+}
+
+/// The strips of a track's drums run once a block, however many programs the song has.
+TEST(AudioPlayback, DrumStripsRunOncePerBlock) {
+    std::vector<float> heard[2];
+    for (bool second : {false, true}) {
+        DrumFixture f;
+        if (second) {
+            const GraphHold hold(&f.host);
+            f.seq->progs.add(f.seq->createProgram());
+        }
+        auto* rack = new CEffect(&f.host);
+        rack->init();
+        rack->createBuffers(f.host.frames);
+        rack->addProg(fxDelay);
+        f.drums->track->drumSound(0)->output->inserts.add(rack);
+        f.beat(0, 0);
+        heard[second] = f.play(60000);
+    }
+    EXPECT_EQ(heard[0], heard[1]);
 }
 
 /// A drum that is deleted takes its events along; those of later sounds follow them.

@@ -79,6 +79,19 @@ TEST(AutomationTake, MovesBecomePoints) {
     }
 }
 
+/// What is moved behind the end of the part lies in it as well.
+TEST(AutomationTake, ThePartGrowsWithIt) {
+    MoveFixture f;
+    CPart* part = f.addPart(0, {});
+    part->length = 960;
+    const std::string before = dump(f.seq);
+    f.take(0, 180, {{10, 50}, {80, 60}, {150, 70}});
+    EXPECT_EQ(pointsOf(part, 0), (Ticks{{0, 50}, {720, 60}, {1440, 70}}));
+    EXPECT_EQ(part->length, 1920);
+    EXPECT_EQ(f.seq->renderDuration(), 1920);
+    f.expectOneStep(before);
+}
+
 /// A parameter without a lane gets one; two of them do not thin each other out; what belongs to
 /// another track, or to none that is armed, is left alone.
 TEST(AutomationTake, LanesComeAsTheyAreNeeded) {

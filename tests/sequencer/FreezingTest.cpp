@@ -8,6 +8,7 @@
 #include "effects/CEffect.h"
 #include "engine/CFreezeItem.h"
 #include "instruments/CSampler.h"
+#include "sequencer/AudioVoices.h"
 #include "sequencer/SilentGraph.h"
 
 #include <algorithm>
@@ -125,6 +126,10 @@ TEST(Freezing, SoundsTheSame) {
     // 1/32767 and read in such of 1/32768, another one at full level.
     EXPECT_LE(difference(live, frozen), 2 * (1 + largest(live)) / 32768);
     EXPECT_GT(difference(live, frozen), 0.0) << "the files are what plays";
+    CPart* clip = static_cast<CPart*>(f.audio->parts.first());
+    f.step([&](CUndo* u) { swapUndoPart(u, clip, clip->copy(0)); });
+    EXPECT_EQ(f.heard(), frozen) << "an edit does not wake the events";
+    f.undo();
     f.undo();
     EXPECT_EQ(f.frozen(), 0);
     EXPECT_EQ(f.heard(), live);
@@ -147,6 +152,20 @@ TEST(Freezing, PlaysFromAnyPosition) {
     ASSERT_EQ(freezeTracks(f.seq, nullptr), RenderResult::good);
     const std::vector<float> whole = f.heard(), late = f.heard(quarterTicks);
     EXPECT_TRUE(std::equal(late.begin(), late.begin() + 20000, whole.begin() + 22050));
+}
+
+/// A frozen track outlives its instrument, which nothing plays into any more.
+TEST(Freezing, OutlivesItsInstrument) {
+    FreezeFixture f;
+    ASSERT_EQ(freezeTracks(f.seq, nullptr), RenderResult::good);
+    f.host.start();
+    f.device.run(4);
+    f.step([&](CUndo* u) { u->asRemove(f.synth, &f.host.comps); });
+    f.host.undoClear();
+    const auto* item = static_cast<CFreezeItem*>(f.keys->freezeItems.first());
+    EXPECT_TRUE(item->comp == nullptr && item->channel == nullptr);
+    EXPECT_FALSE(f.keys->voices->sounding());
+    f.heard();
 }
 
 /// Silent channels get no file; mutes and solos do not matter, and stay.

@@ -47,9 +47,9 @@ TEST(NoteTake, PlayedNotesBecomeEvents) {
     };
     const int midi = trackMIDI, drum = trackDrum;
     const Case cases[] = {
-        // controllers, open notes
+        // controllers, and a note that the stop ends
         {1000, midi, 0, 0, 0, "24+60 34c7 48-60 193+62 205-62 210+64",
-         "960-2880 240:60+240 340:c7 1930:62+120"},
+         "960-2880 240:60+240 340:c7 1930:62+120 2100:64+500"},
         // same key twice: first on is first off
         {0, midi, 0, 0, 0, "4+60 6+60 10-60 20-60 25-60", "0-1920 40:60+60 60:60+140"},
         // quantized, but not in length
@@ -83,6 +83,21 @@ TEST(NoteTake, PlayedNotesBecomeEvents) {
     }
 }
 
+/// A take that begins before the loop has all of it in one part, and a note that is held at the end
+/// of it ends there.
+TEST(NoteTake, BeginsBeforeTheLoop) {
+    TakeFixture f;
+    CSongTrack* t = f.ready(trackMIDI);
+    f.loop(960, 1920);
+    const std::string before = dump(f.seq);
+    f.begin(0);
+    f.play(220, script("10+60 20-60 110+61 120-61 200+62"));
+    f.end();
+    ASSERT_EQ(t->parts.getCount(), 1);
+    EXPECT_EQ(text(f.partOf(t)), "0-1920 100:60+100 1040:62+200 1100:61+100");
+    f.expectOneStep(before);
+}
+
 /// Into a part that is there, also by way of a ghost. What the part held goes on playing where it
 /// stands, what is recorded is not played back at once.
 TEST(NoteTake, OverdubsThePartAtItsStart) {
@@ -110,7 +125,7 @@ TEST(NoteTake, OverdubsThePartAtItsStart) {
         f.end();
         EXPECT_EQ(heard, (std::vector<int>{51, 70, 100, 201, 680, 961})) << "1: by hand";
         EXPECT_EQ(text(into),
-                  "1920-960 70:60+70 95:50+240 125:50+240 220:61+20 700:50+240 980:60+30");
+                  "1920-1920 70:60+70 95:50+240 125:50+240 220:61+20 700:50+240 980:60+30");
         f.expectOneStep(before);
     }
 }

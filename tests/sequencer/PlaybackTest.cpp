@@ -199,6 +199,16 @@ TEST(SongPlayback, LoopsWrapInsideBlocks) {
     EXPECT_NEAR(f.prog()->pos, 960 + 100 * 1024 / f.framesPerTick(), 0.01);
 }
 
+/// A note that ends in the block of a wrap ends at its own frame.
+TEST(SongPlayback, NotesEndBeforeTheWrapThatFollows) {
+    PlayFixture f;
+    f.prog()->rightLocator = 960;           // 22050 frames; a block begins with 21504
+    f.part(f.songTrack, 0, 3840, {938}, 5); // from 21544 to 21636
+    f.play(22, 0.0, true);
+    EXPECT_EQ(f.ear->ons(), (Frames{f.frame(938)}));
+    EXPECT_EQ(f.ear->offs(), (Frames{f.frame(938 + 4)}));
+}
+
 /// Mute silences a track; solo silences all others; both act while it plays.
 TEST(SongPlayback, MuteAndSolo) {
     PlayFixture f;
@@ -355,4 +365,31 @@ TEST(SongPlayback, MarkersChain) {
     EXPECT_EQ(f.prog()->playingMarker, sections[1]);
     EXPECT_GE(f.prog()->session.count(), 2);
     EXPECT_TRUE(f.ear->ons(62).empty());
+}
+
+/// A jump of the arranger, to a later section or an earlier one, plays that section from its
+/// beginning, and nothing of what lies between.
+TEST(SongPlayback, MarkersJumpOverTheSong) {
+    for (const auto& [from, to] : {std::pair{0, 3840}, {3840, 0}}) {
+        PlayFixture f;
+        f.seq->options.bytes[SongOptions::arranger] = 1;
+        CMarkerPart* sections[2];
+        for (int i = 0; i < 2; i++) {
+            sections[i] = new CMarkerPart;
+            sections[i]->pos = i ? to : from;
+            f.prog()->addMarker(sections[i], nullptr);
+        }
+        f.part(f.songTrack, 0, 9600, {from, to, to + 480}, 100);
+        f.part(f.songTrack, 960, 2880, {2500 - 960, 3000 - 960}, 100, 61);
+        f.prog()->setMarker(sections[0]);
+        f.play(10);
+        f.prog()->setMarker(sections[1]);
+        f.device.run(50);
+        const Frames on = f.ear->ons();
+        ASSERT_GE(on.size(), 4u) << to;
+        const double expected[] = {0, 960, 1440, 1920};
+        for (size_t i = 0; i < 4; i++)
+            EXPECT_NEAR(double(on[i]), expected[i] * f.framesPerTick(), 2.0) << to << ", " << i;
+        EXPECT_TRUE(f.ear->ons(61).empty()) << to;
+    }
 }

@@ -26,8 +26,8 @@ Blocks sound(const char* name, int scale, int clipIndex, float coarse) {
     return all;
 }
 
-Blocks part(int type, bool onTrack, int ghost, int pos, const char* name) {
-    return Blocks().b(2, type, onTrack).i(ghost, pos, -5, 1920, 3).s(name);
+Blocks part(int type, bool onTrack, int ghost, int pos, const char* name, int flags = 1) {
+    return Blocks().b(2, type, onTrack).i(ghost, pos, -5, 1920, flags).s(name);
 }
 
 Blocks audio2() {
@@ -198,6 +198,21 @@ TEST(SongBlocks, PartsAndPointsThatDoNotFit) {
     EXPECT_EQ(at<CTimesigPart>(song.prog()->timesigs, 0)->getDen(), 4);
     EXPECT_EQ(song.prog()->activeMarker, nullptr);
     EXPECT_EQ(at<CTempoPart>(song.prog()->tempos, 0)->getTempo(), 250.0f);
+}
+
+/// A part is muted by the bit that mutes tracks; older files had the one before it.
+TEST(SongBlocks, PartsAreMuted) {
+    for (const auto& [stored, kept] : {std::pair{1, 1}, {5, 5}, {3, 5}, {7, 5}}) {
+        SongFileFixture song;
+        const auto file = [](int flags) {
+            return trackOf(2) + program + songTrack +
+                   block("part", part(1, true, -1, 0, "p", flags));
+        };
+        song.read(file(stored).bytes);
+        EXPECT_EQ(at<CPart>(at<CSongTrack>(song.prog()->tracks, 0)->parts, 0)->muted(), kept > 1);
+        const std::string written = file(kept).bytes, whole = song.write();
+        EXPECT_NE(whole.find(written.substr(written.find("part"))), std::string::npos) << stored;
+    }
 }
 
 /// Folders in a circle, one that is no folder, and one that is.
