@@ -55,9 +55,6 @@ CMIDIQ* queueOfTarget(CObject* target) {
     }
     if (target->asType(categoryChannel, channelOutput))
         return queueOfChannel(static_cast<COutputChannel*>(target));
-    if (target->asType(0, typeSend)) {
-        CComp* c = static_cast<CSend*>(target)->comp;
-        return c ? c->inPort() : nullptr;
-    }
+    if (target->asType(0, typeSend)) return queueOfChannel(static_cast<CSend*>(target)->channel);
     return nullptr;
 }

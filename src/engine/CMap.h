@@ -48,6 +48,6 @@ public:
 };
 
 /// Where a parameter event for `target` has to go in order to reach it: the first input port of
-/// its component, of the component that owns the channel of an insert, or of the child that has the
-/// channel. Null when there is none.
+/// its component, for an insert or a send that of its channel's component or of the child that has
+/// the channel. Null when there is none.
 CMIDIQ* queueOfTarget(CObject* target);

@@ -106,6 +106,7 @@ TEST(MidiRouting, TargetsWithinATrackAndWithoutPorts) {
     CMIDIOut none(t.host); // without ports
     EXPECT_EQ(queueOfTarget(seq->output()), t.target->inPort());
     EXPECT_EQ(queueOfTarget(insert), t.target->inPort());
+    EXPECT_EQ(queueOfTarget(seq->output()->sendLevels[2]), t.target->inPort());
     for (CObject* target : std::initializer_list<CObject*>{t.target->input(), &none, nullptr})
         EXPECT_EQ(queueOfTarget(target), nullptr);
 }
