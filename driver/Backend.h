@@ -37,6 +37,8 @@ public:
 
     virtual void start() = 0;
     virtual void stop() = 0;
+    /// Every now and then, from the interface thread.
+    virtual void idle() {}
 };
 
 /// One kind of sound system. Interface thread.

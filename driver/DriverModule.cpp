@@ -92,6 +92,7 @@ intptr_t DriverModule::device(intptr_t op, intptr_t a, intptr_t b) {
     case aamRate:
         return rateAsked(a, pointer<float>(b));
     case aamNeedsReopen:
+        if (opened) opened->idle();
         return opened && opened->needsReopen.exchange(false);
     default:
         return 0;

@@ -20,6 +20,6 @@ std::vector<DeviceInfo> JackBackend::devices() {
 
 std::unique_ptr<Device> JackBackend::open(const DeviceInfo&, const DeviceWish& wish,
                                           BlockCycle& cycle) {
-    auto device = std::make_unique<JackDevice>(cycle);
+    auto device = std::make_unique<JackDevice>(cycle, wiring);
     return device->open(wish) ? std::move(device) : nullptr;
 }

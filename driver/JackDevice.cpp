@@ -19,6 +19,7 @@ constexpr size_t minChannels = 2;
 
 JackDevice::~JackDevice() {
     if (!client) return;
+    if (lookedNs) followWiring();
     if (!dead.load()) jack_deactivate(client);
     jack_client_close(client);
 }
@@ -29,8 +30,27 @@ bool JackDevice::open(const DeviceWish& wish) {
     serverFrames = int(jack_get_buffer_size(client));
     if (!connectCallbacks() || !addPorts() || jack_activate(client) != 0) return false;
     settleFrames(wish);
+    wiring.begin();
     joinPhysical();
+    madeAt = cycles;
+    followWiring();
     return !dead.load();
+}
+
+void JackDevice::idle() {
+    constexpr int64_t pauseNs = 200 * nsPerMs;
+    if (nowNs() - lookedNs >= pauseNs) followWiring();
+}
+
+void JackDevice::followWiring() {
+    if (dead.load()) return;
+    Ports all = ins;
+    all.insert(all.end(), outs.begin(), outs.end());
+    for (jack_port_t* port : {midiIn, midiOut})
+        if (port) all.push_back(port);
+    constexpr unsigned cyclesToSettle = 2;
+    if (wiring.look(client, all, cycles - madeAt > cyclesToSettle)) madeAt = cycles;
+    lookedNs = nowNs();
 }
 
 bool JackDevice::connectCallbacks() {
@@ -113,28 +133,32 @@ std::vector<std::string> JackDevice::physical(const char* type, unsigned long di
 }
 
 /// Already joined, or a port that vanished meanwhile: either way there is nothing to do.
-void JackDevice::join(const std::string& from, const std::string& to) {
-    jack_connect(client, from.c_str(), to.c_str());
+void JackDevice::join(jack_port_t* own, const std::string& other) {
+    if (!wiring.joinsHardware(jack_port_short_name(own), other)) return;
+    const char *name = jack_port_name(own), *partner = other.c_str();
+    if (jack_port_flags(own) & JackPortIsOutput)
+        jack_connect(client, name, partner);
+    else
+        jack_connect(client, partner, name);
 }
 
 void JackDevice::joinPhysical() {
     const auto sources = physical(JACK_DEFAULT_AUDIO_TYPE, JackPortIsOutput);
     const auto sinks = physical(JACK_DEFAULT_AUDIO_TYPE, JackPortIsInput);
-    for (size_t i = 0; i < std::min(ins.size(), sources.size()); ++i)
-        join(sources[i], jack_port_name(ins[i]));
-    for (size_t i = 0; i < std::min(outs.size(), sinks.size()); ++i)
-        join(jack_port_name(outs[i]), sinks[i]);
+    for (size_t i = 0; i < std::min(ins.size(), sources.size()); ++i) join(ins[i], sources[i]);
+    for (size_t i = 0; i < std::min(outs.size(), sinks.size()); ++i) join(outs[i], sinks[i]);
     if (midiIn) {
         for (const auto& name : physical(JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput))
-            join(name, jack_port_name(midiIn));
+            join(midiIn, name);
     }
     if (midiOut) {
         for (const auto& name : physical(JACK_DEFAULT_MIDI_TYPE, JackPortIsInput))
-            join(jack_port_name(midiOut), name);
+            join(midiOut, name);
     }
 }
 
 int JackDevice::process(jack_nframes_t count) {
+    cycles.fetch_add(1, std::memory_order_relaxed);
     std::array<float*, aamMaxChannels> in{}, out{};
     const auto buffer = [count](jack_port_t* port) {
         return static_cast<float*>(jack_port_get_buffer(port, count));

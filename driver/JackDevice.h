@@ -1,6 +1,7 @@
 #pragma once
 
 #include "driver/Backend.h"
+#include "driver/JackWiring.h"
 
 #include <array>
 #include <cstdint>
@@ -11,7 +12,8 @@ struct MidiPorts;
 /// Our client on a JACK server.
 class JackDevice : public Device {
 public:
-    explicit JackDevice(BlockCycle& blockCycle) : cycle(blockCycle) {}
+    /// `known` outlives the device.
+    JackDevice(BlockCycle& blockCycle, JackWiring& known) : cycle(blockCycle), wiring(known) {}
     ~JackDevice() override;
     JackDevice(const JackDevice&) = delete;
     JackDevice& operator=(const JackDevice&) = delete;
@@ -20,9 +22,10 @@ public:
     bool open(const DeviceWish& wish);
     void start() override {} // the server calls all the time; the cycle's gate decides
     void stop() override {}
+    void idle() override;
 
 private:
-    using Ports = std::vector<jack_port_t*>;
+    using Ports = JackWiring::Ports;
     bool connectCallbacks();
     bool addPorts();
     bool addAudioPorts(bool inputs, Ports& ports, std::vector<std::string>& names);
@@ -30,7 +33,8 @@ private:
     void settleFrames(const DeviceWish& wish);
     void joinPhysical();
     std::vector<std::string> physical(const char* type, unsigned long direction) const;
-    void join(const std::string& from, const std::string& to);
+    void join(jack_port_t* own, const std::string& other);
+    void followWiring();
 
     int process(jack_nframes_t count);
     void readMidi(jack_nframes_t count);
@@ -39,9 +43,13 @@ private:
     void rateChanged(int hz);
 
     BlockCycle& cycle;
+    JackWiring& wiring;
+    int64_t lookedNs = 0; ///< when the wiring was last looked at, 0 before the first time
     jack_client_t* client = nullptr; ///< owned
     Ports ins, outs;
     jack_port_t *midiIn = nullptr, *midiOut = nullptr;
+    std::atomic<unsigned> cycles{0}; ///< of the server
+    unsigned madeAt = 0;             ///< the cycle of the latest connection that was made here
     std::atomic<int> serverFrames{0};
     std::atomic<bool> settled{false}; ///< `frames` and `rate` are what the program was told
     std::atomic<bool> dead{false};    ///< the server is gone

@@ -178,6 +178,56 @@ TEST_F(Jack, OutlivesItsServer) {
     EXPECT_TRUE(module.waitBlocks(3));
 }
 
+/// What the user has joined and parted is so again when the device is opened anew, and when the
+/// server, and the other program some time later, come back.
+TEST_F(Jack, ConnectionsComeBack) {
+    module(aamMidiOutEnable, 0, 1);
+    ASSERT_TRUE(module.open(jack(), 256, 44100));
+    auto peer = std::make_unique<Peer>();
+    ASSERT_TRUE(peer->join("Sondrava:out_2", "peer:audio_in"));
+    ASSERT_TRUE(peer->join("peer:audio_out", "Sondrava:in_1"));
+    ASSERT_TRUE(peer->join("Sondrava:midi_out_1", "peer:midi_in"));
+    ASSERT_EQ(jack_disconnect(peer->client, "Sondrava:out_1", "system:playback_1"), 0);
+    const auto joined = [&](jack_port_t* port, const char* to) {
+        return jack_port_connected_to(port, to) != 0;
+    };
+    const auto asBefore = [&] {
+        module(aamNeedsReopen); // as the program asks all the time
+        return joined(peer->audioIn, "Sondrava:out_2") && joined(peer->audioOut, "Sondrava:in_1") &&
+               joined(peer->midiIn, "Sondrava:midi_out_1");
+    };
+    const auto speakers = [&] { // joined to, as bits
+        int bits = 0;
+        for (const int i : {1, 2}) {
+            const std::string name = "system:playback_" + std::to_string(i);
+            jack_port_t* port = jack_port_by_name(peer->client, name.c_str());
+            const char** from = jack_port_get_all_connections(peer->client, port);
+            if (from) bits |= i;
+            jack_free(from);
+        }
+        return bits;
+    };
+    ASSERT_TRUE(waitFor(asBefore));
+    ASSERT_TRUE(module.waitBlocks(5)); // until the server shows them to everybody
+    module.close();
+    ASSERT_TRUE(module.open(jack(), 128, 44100));
+    EXPECT_TRUE(waitFor(asBefore));
+    EXPECT_EQ(speakers(), 2);
+
+    server.kill();
+    ASSERT_TRUE(waitFor([&] { return module(aamNeedsReopen) == 1; }));
+    peer.reset();
+    module.close();
+    for (int i = 0; i < 3; ++i) EXPECT_FALSE(module.open(0, -1, 44100));
+    const JackServer again;
+    ASSERT_TRUE(waitFor([&] { return module.open(0, -1, 44100); }));
+    module(aamNeedsReopen);
+    peer = std::make_unique<Peer>();
+    EXPECT_TRUE(waitFor(asBefore));
+    EXPECT_EQ(speakers(), 2);
+    module.close();
+}
+
 TEST_F(Jack, HasNoCallbackRunningOnceStopped) {
     stopWhileInside(module, jack());
 }
