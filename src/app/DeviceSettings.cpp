@@ -131,6 +131,7 @@ void openAudio(CIniFile& ini, CAAM* bridge) {
         return;
     }
     bridge->setFrames(ini.readInteger(audio, "buffersize", bridge->frames));
+    bridge->framesChosen = !ini.readString(audio, "buffersize", "").empty();
     bridge->setRate(float(ini.readInteger(audio, "samplerate", 44100)));
     enableChannels(ini, bridge);
     bridge->deviceRec = ini.readInteger(audio, "deviceRec", -1);

@@ -20,9 +20,10 @@ struct PortKind {
 };
 extern const PortKind audioInputs, audioOutputs, midiInputs, midiOutputs;
 
-/// Opens the device of section "audio" with its block, rate and channels; with none enabled the
-/// first two of each direction are. A device that is not there is replaced by none. Without any
-/// device it tells the user, and goes on.
+/// Opens the device of section "audio" with its block, rate and channels; without a block that the
+/// user has chosen it takes that of the device, with no channel enabled the first two of each
+/// direction. A device that is not there is replaced by none. Without any device it tells the user,
+/// and goes on.
 void openAudio(CIniFile& ini, CAAM* bridge);
 /// Enables the ports of the sections "MIDI inputs" and "MIDI outputs".
 void enableMidi(CIniFile& ini, CAAM* bridge);

@@ -4,11 +4,19 @@
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
+#include "engine/DeviceMidi.h"
 
 #include <cstdio>
 #include <dlfcn.h>
 
 CAAM* aam = nullptr;
+
+namespace {
+
+/// A block size to ask for: whatever the device has.
+constexpr int deviceFrames = -1;
+
+} // namespace
 
 CStr CAAM::defaultPath() {
     return extractFilePath(asAppname()) + "libaam" + ".so";
@@ -63,7 +71,9 @@ void CAAM::getAudioDeviceNames() {
 }
 
 void CAAM::setFrames(int wanted) {
-    if (wanted >= aamMinFrames && wanted <= maxFrames) frames = wanted;
+    if (wanted < aamMinFrames || wanted > maxFrames) return;
+    frames = wanted;
+    framesChosen = true;
 }
 
 void CAAM::setRate(float wanted) {
@@ -90,10 +100,15 @@ bool CAAM::takeGranted() {
 
 void CAAM::audioOpen(int index) {
     if (opened) return;
+    if (audioName(index) != lostName) lostName = "";
+    openWith(index, framesChosen ? frames : deviceFrames);
+}
+
+void CAAM::openWith(int index, int wantedFrames) {
     device = index;
     if (!libaam) return;
     call(aamRate, asRound(double(rate)));
-    call(aamFrames, frames);
+    call(aamFrames, wantedFrames);
     if (call(aamOpen, device) == -1) return;
     if (!takeGranted()) {
         call(aamClose, device);
@@ -104,10 +119,40 @@ void CAAM::audioOpen(int index) {
     numAudioOuts = int(call(aamAudioOutCount));
     call(aamStart);
     opened = true;
+    lostName = "";
+}
+
+namespace {
+
+/// Waits for `done`, but not longer than so many blocks and a little more: none may come any more.
+template <class Done>
+void waitBlocks(const CQV* host, int blocks, Done&& done) {
+    constexpr int slackMs = 50;
+    const double ms = blocks * 1000.0 * host->frames / double(host->rate) + slackMs;
+    for (int waited = 0; !done() && waited < ms; ++waited) asSleep(1);
+}
+
+} // namespace
+
+/// A driver sends what it is given up to a block later, so that two more have to follow.
+void CAAM::endNotes() {
+    CQV* const host = qv && qv->aam == this ? qv : nullptr;
+    if (!host) return;
+    DeviceMidi& midi = *host->deviceMidi;
+    host->audioSuspended.fetchAdd(1);
+    { const GraphHold settled(host); }
+    if (midi.sounding()) {
+        midi.askSilence();
+        waitBlocks(host, 3, [&] { return !midi.sounding(); });
+        const unsigned seen = midi.calls;
+        waitBlocks(host, 3, [&] { return midi.calls - seen >= 2; });
+    }
+    host->audioSuspended.fetchAdd(-1);
 }
 
 void CAAM::audioClose() {
     if (!opened) return;
+    endNotes();
     call(aamStop, device);
     call(aamClose, device);
     numAudioIns = numAudioOuts = 0;
@@ -125,16 +170,34 @@ void CAAM::edit() {
 
 void CAAM::idle() {
     if (needReload()) {
+        lostName = audioName(device);
         audioClose();
-        const int before = frames;
-        frames = -1; // whatever the device has by now
-        audioOpen(device);
-        if (!opened) frames = before;
+        reopenLost();
     }
+    const unsigned since = unsigned(asTimeInMS()) - unsigned(triedAt);
+    if (!opened && !lostName.empty() && since >= unsigned(retryMs)) reopenLost();
     if (!needReopen) return;
     needReopen = false;
     audioClose();
     audioOpen(device);
+}
+
+void CAAM::reopenLost() {
+    triedAt = asTimeInMS();
+    const int index = findLost();
+    if (index >= 0) openWith(index, deviceFrames);
+}
+
+/// The list may have been made anew without the device, or have it at another place.
+int CAAM::findLost() {
+    const auto place = [this] {
+        if (audioName(device) == lostName) return device;
+        int at = numAudioDevs() - 1;
+        while (at >= 0 && audioName(at) != lostName) --at;
+        return at;
+    };
+    if (place() < 0) getAudioDeviceNames();
+    return place();
 }
 
 CStr CAAM::audioName(int i) {

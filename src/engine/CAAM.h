@@ -36,27 +36,32 @@ public:
     int driverType = 0;
     bool loaded = false;
     bool opened = false;
-    bool dawMode = false;    ///< no device is real, and channels have numbered names
-    bool needReopen = false; ///< the next `idle` closes and opens the device
-    int frames = 1024;       ///< block size: requested, then granted
+    bool dawMode = false;     ///< no device is real, and channels have numbered names
+    bool needReopen = false;  ///< the next `idle` closes and opens the device
+    int frames = 1024;        ///< block size: requested, then granted
+    bool framesChosen = true; ///< false: what the device has is taken, `frames` only if it has none
     float rate = 44100.0f;
     unsigned long windowHandle = 0; ///< of the main window
     int device = -1, deviceRec = -1;
     int numAudioIns = 0, numAudioOuts = 0; ///< of the open device
     int numMidiIns = 0, numMidiOuts = 0;
+    int retryMs = 1000; ///< from one attempt to open a device that was lost to the next
 
     static CStr defaultPath(); ///< beside the program
 
     /// Does nothing while one is open. `opened` tells the result; a device that grants a block or
     /// rate out of range is closed again, and what was requested stays.
     void audioOpen(int index);
+    /// The notes that sound on instruments outside are ended first.
     void audioClose();
+    /// Opens the device anew where that is asked for. One that was lost, and no other opened since,
+    /// is tried again until it comes back.
     void idle();
     /// Whether the driver wants to be closed and opened again.
     bool needReload();
     void edit(); ///< the module's own settings
 
-    /// 1 to 16384, others are ignored. For the next open.
+    /// 1 to 16384, others are ignored. Chosen by the user, for the next open.
     void setFrames(int wanted);
     /// Above 0 up to 192000 Hz, others are ignored.
     void setRate(float wanted);
@@ -91,7 +96,13 @@ private:
     intptr_t call(AamOp op, intptr_t a = 0, intptr_t b = 0);
     CStr nameFrom(AamOp op, int i);
     bool takeGranted();
+    void openWith(int index, int wantedFrames);
+    void endNotes();
+    void reopenLost();
+    int findLost();
 
+    CStr lostName;   ///< of the device that is waited for, empty for none
+    int triedAt = 0; ///< asTimeInMS of the latest attempt to open it
     AamCallback callback;
     AamEntry libaam = nullptr;
     void* handle = nullptr; ///< the loaded module

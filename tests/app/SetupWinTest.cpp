@@ -169,6 +169,7 @@ void SetupWinTest::testDevice(const std::string& name, int grantedRate) {
     EXPECT_EQ(setting("audio", "device"), "-1");
     choose("device", deviceRow(name));
     ASSERT_TRUE(bridge->opened);
+    EXPECT_EQ(setting("audio", "buffersize"), "") << "nobody has chosen one";
     const struct {
         const char* typed;
         int frames;

@@ -1,5 +1,7 @@
 #include "engine/CAAM.h"
+#include "engine/DeviceMidi.h"
 #include "engine/FakeModule.h"
+#include "engine/MidiBytes.h"
 #include "engine/StripFixture.h"
 #include "support/RtTrap.h"
 
@@ -129,6 +131,80 @@ TEST_F(CAAMTest, IdleReopens) {
     ops();
     b->idle();
     EXPECT_EQ(ops(), Ops{aamNeedsReopen}) << "once";
+}
+
+/// Only a block that the user has chosen is asked for.
+TEST_F(CAAMTest, TheBlockIsTheDevicesUnlessChosen) {
+    b->framesChosen = false;
+    module->grantFrames = 256;
+    b->audioOpen(0);
+    EXPECT_EQ(module->askedFrames, -1);
+    EXPECT_EQ(t.host->frames, 256);
+    b->setFrames(512);
+    b->needReopen = true;
+    b->idle();
+    EXPECT_EQ(module->askedFrames, 512);
+}
+
+/// A device that is gone is tried again and again, whatever becomes of the list meanwhile, until it
+/// is back or another one was chosen.
+TEST_F(CAAMTest, ALostDeviceIsWaitedFor) {
+    b->retryMs = 5;
+    module->grantFrames = 256;
+    const auto lose = [&] {
+        module->needsReopen = 1;
+        module->openResult = -1;
+        b->idle();
+        EXPECT_FALSE(b->opened);
+    };
+    const auto opensAgain = [&](int passes) {
+        for (; passes > 0 && !b->opened; --passes) {
+            asSleep(1);
+            b->idle();
+        }
+        return b->opened;
+    };
+    b->audioOpen(1);
+    lose();
+    ops();
+    EXPECT_FALSE(opensAgain(100));
+    EXPECT_GT(std::ranges::count(ops(), int(aamOpen)), 1);
+    module->devices = 1; // the list is made without it, then with it at another place
+    b->getAudioDeviceNames();
+    b->device = -1;
+    module->openResult = 0;
+    EXPECT_FALSE(opensAgain(50));
+    module->firstDevice = 1;
+    EXPECT_TRUE(opensAgain(5000));
+    EXPECT_TRUE(b->device == 0 && b->audioName(0) == "device 1");
+
+    module->devices = 2;
+    lose();
+    b->audioOpen(1);
+    module->openResult = 0;
+    EXPECT_FALSE(opensAgain(50)) << "another one was chosen";
+}
+
+/// The real module: what sounds outside has its end before the device is closed.
+TEST_F(CAAMTest, NotesOutsideEndBeforeTheDeviceCloses) {
+    SignalComp* signal = t.addSignal();
+    t.connectMIDI(signal, t.midiOut);
+    signal->messages = {{3.0, asData(midiNoteOn | 2, 60, 100)}};
+    load(SONDRAVA_BIN "/libaam.so");
+    void* real = dlopen(SONDRAVA_BIN "/libaam.so", RTLD_NOW);
+    const auto entry = reinterpret_cast<AamEntry>(dlsym(real, "libaam"));
+    entry(aamTestTake, 0, 0);
+    b->audioOpen(b->numAudioDevs() - 1);
+    for (int ms = 0; ms < 5000 && !t.host->deviceMidi->sounding(); ++ms) asSleep(1);
+    b->audioClose();
+    int last = 0;
+    int64_t at = 0;
+    for (AamEvent e; entry(aamTestTake, intptr_t(&e), intptr_t(&at)) == 1;) last = e.data;
+    EXPECT_EQ(last, asData(midiNoteOff | 2, 60, 0));
+    AamStatistics s;
+    entry(aamTestStatistics, intptr_t(&s), 0);
+    EXPECT_GE(s.blocks * t.host->frames, at + 2 * t.host->frames) << "and the time to be sent";
+    dlclose(real);
 }
 
 /// The real module and its device without hardware: sound runs through a hundred openings, and

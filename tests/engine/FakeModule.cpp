@@ -37,7 +37,8 @@ intptr_t libaam(intptr_t op, intptr_t a, intptr_t b) {
     case aamDeviceCount:
         return fake.devices;
     case aamDeviceName:
-        std::snprintf(reinterpret_cast<char*>(b), aamNameBytes, "device %d", int(a));
+        std::snprintf(reinterpret_cast<char*>(b), aamNameBytes, "device %d",
+                      int(a) + fake.firstDevice);
         return 0;
     case aamAudioInName: // as long as its buffer, without an end
         std::memset(reinterpret_cast<void*>(b), 'x', aamNameBytes);

@@ -11,6 +11,7 @@ struct FakeState {
     std::vector<int> ops; ///< asked so far
     AamCallback callback = nullptr;
     intptr_t devices = 2;
+    int firstDevice = 0; ///< number in the name of the first
     intptr_t openResult = 0;
     intptr_t grantFrames = 0; ///< 0: what was asked for
     float grantRate = 0.0f;   ///< 0: what was asked for

@@ -104,7 +104,7 @@ void AudioPage::saveAudioOptions() {
     write(section, "driver", bridge->driverType);
     if (bridge->device >= 0) saveDevice(bridge);
     write(section, "deviceRec", bridge->deviceRec);
-    write(section, "buffersize", bridge->frames);
+    if (bridge->framesChosen) write(section, "buffersize", bridge->frames);
     write(section, "samplerate", asRound(double(bridge->rate)));
     saveChannels();
 }
@@ -177,7 +177,8 @@ void AudioPage::onHasChanged(CObject*) {
 }
 
 void AudioPage::applyClicked(CObject*) {
-    bridge->setFrames(strAsIntDef(frames->text, bridge->frames));
+    const int blockFrames = strAsIntDef(frames->text, bridge->frames);
+    if (blockFrames != bridge->frames) bridge->setFrames(blockFrames);
     const int hz = strAsIntDef(rate->text, asRound(double(bridge->rate)));
     if (hz >= minRate) bridge->setRate(float(hz));
     bridge->needReopen = true;
