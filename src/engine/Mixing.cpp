@@ -5,12 +5,10 @@
 #include "engine/MidiBytes.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 namespace {
-
-/// Deepest chain of cables that a block follows; what hangs beyond is silent.
-constexpr int maxPullDepth = 256;
 
 using Lanes = float __attribute__((vector_size(16)));
 constexpr int laneCount = 4;
@@ -98,7 +96,7 @@ bool heardInSolo(const COutputChannel* ch) {
 
 /// Starts the ramps towards where the user has put fader, mute, solo and pan.
 void followControls(CComp* c, COutputChannel* ch) {
-    const float level = stripOpen(c, ch, ch->anySolo != 0) ? fLimit(ch->vol, 0.0f, 1.0f) : 0.0f;
+    const float level = stripOpen(c, ch) ? fLimit(ch->vol, 0.0f, 1.0f) : 0.0f;
     if (level != ch->gainTarget) ch->setVol(level, true);
     const float pan = fLimit(ch->pan, -1.0f, 1.0f);
     if (pan != ch->panTarget) ch->setPan(pan, true);
@@ -177,9 +175,9 @@ void feedSends(CComp* c, COutputChannel* ch, int frames, int offset) {
 
 } // namespace
 
-bool stripOpen(const CComp* c, const COutputChannel* ch, bool anySolo) {
+bool stripOpen(const CComp* c, const COutputChannel* ch) {
     const bool exempt = c->type == compAudioOut || c->type == compGroupCh;
-    return !ch->mute && (exempt || ch->solo || !anySolo);
+    return !ch->mute && (exempt || heardInSolo(ch));
 }
 
 float highest(const float* buf, int frames, float peak) {
@@ -223,6 +221,7 @@ void addScaled(float* __restrict to, const float* __restrict from, int frames, f
 }
 
 void CComp::mix(int frames) {
+    assert(heldByThread());
     if (mixed) return;
     int last = 0;
     const CMIDIQ* port = inPort();
@@ -240,6 +239,7 @@ void CComp::mix(int frames) {
 }
 
 void CComp::subMix(int frames, int offset) {
+    assert(heldByThread());
     const bool anyBus = host->sends.getCount() > 0;
     for (auto* ch : each<COutputChannel>(outputs)) {
         mixStrip(this, ch, frames, offset);
@@ -248,6 +248,7 @@ void CComp::subMix(int frames, int offset) {
 }
 
 void CComp::fx(int frames) {
+    assert(heldByThread());
     if (fxDone) return;
     CMIDIQ* port = inPort();
     CMIDIBytes* events = port ? port->first() : nullptr;
@@ -256,6 +257,7 @@ void CComp::fx(int frames) {
 }
 
 void CComp::mergeAudio(int frames) {
+    assert(heldByThread());
     const PullLevel level(host);
     if (!level.allowed()) return;
     for (auto* cable : each<CAudioCable>(audioCables)) {
@@ -280,6 +282,7 @@ void silenceChannels(CMIDIQ* port) {
 } // namespace
 
 void CComp::mergeMIDI(int frames) {
+    assert(heldByThread());
     const PullLevel level(host);
     if (!level.allowed()) return;
     for (auto* cable : each<CMIDICable>(midiCables)) {

@@ -17,6 +17,6 @@ void storePeak(float peak, Shared<float>& live, Shared<float>& hold);
 /// Adds `from` times `amount` to `to`; the two do not overlap.
 void addScaled(float* to, const float* from, int frames, float amount);
 
-/// Whether a strip of the component is heard: neither muted nor, while `anySolo` some strip has
-/// solo, without it. The audio outs and groups know no solo. Any thread.
-bool stripOpen(const CComp* c, const COutputChannel* ch, bool anySolo);
+/// Whether a strip of the component is heard: neither muted nor silenced by a solo elsewhere, as
+/// `spreadSolo` found. The audio outs and groups are never silenced by a solo. Any thread.
+bool stripOpen(const CComp* c, const COutputChannel* ch);

@@ -8,6 +8,7 @@
 #include "engine/CMixer.h"
 #include "engine/CQV.h"
 #include "engine/Mixing.h"
+#include "engine/Solo.h"
 #include "project/CableBlocks.h"
 #include "project/CompReader.h"
 #include "project/ItemView.h"
@@ -291,13 +292,11 @@ void Reading::fillDevices() {
 /// Closes the strips that mute, or a solo elsewhere, silences: they would sound for the length of a
 /// ramp if the project were played at once.
 void Reading::closeSilenced() {
-    bool solo = false;
-    for (auto* c : each<CComp>(host->comps))
-        for (const auto* ch : each<COutputChannel>(c->outputs)) solo = solo || ch->solo;
+    spreadSolo(host);
     for (auto* list : {&host->comps, &host->sends})
         for (auto* c : each<CComp>(*list))
             for (auto* ch : each<COutputChannel>(c->outputs))
-                if (!stripOpen(c, ch, solo)) ch->setVol(0.0f, false);
+                if (!stripOpen(c, ch)) ch->setVol(0.0f, false);
 }
 
 void Reading::warnOfMissing() const {

@@ -105,6 +105,43 @@ TEST(Mixing, MuteAndSoloAsTheGainFormula) {
     }
 }
 
+/// What a soloed strip is fed by stays, all the way up: through groups and components, and into a
+/// bus by its sends. A track's channel is fed by what arrives at that track alone.
+TEST(Mixing, SoloKeepsWhatFeedsIt) {
+    StripFixture f;
+    CGroupCh* outer = f.add(new CGroupCh(f.host));
+    CGroupCh* inner = f.add(new CGroupCh(f.host));
+    CGroupCh* bus = f.addBus();
+    SignalComp *member = f.add(new SignalComp(f.host)), *before = f.add(new SignalComp(f.host)),
+               *other = f.addSignal(), *sending = f.addSignal(), *mutedSend = f.addSignal();
+    f.connect(outer);
+    f.connect(inner, outer);
+    f.connect(member, inner);
+    f.connect(before, member);
+    f.connect(before, before); // a ring
+    sending->output()->sendLevels[0]->level = 1.0f;
+    mutedSend->output()->sendLevels[0]->level = 1.0f;
+    mutedSend->output()->sendLevels[0]->muted = 1;
+    const struct {
+        CComp* soloed;
+        std::vector<CComp*> heard;
+    } cases[] = {{nullptr, {member, before, other, sending, mutedSend}},
+                 {outer, {member, before}},
+                 {inner, {member, before}},
+                 {member, {member, before}},
+                 {before, {before}},
+                 {bus, {sending}},
+                 {f.out, {member, before, other, sending, mutedSend}}};
+    for (size_t k = 0; k < std::size(cases); ++k) {
+        for (CComp* c : std::initializer_list<CComp*>{outer, inner, bus, member, before, f.out})
+            c->output()->solo = c == cases[k].soloed;
+        f.run(3);
+        for (CComp* c : std::initializer_list<CComp*>{member, before, other, sending, mutedSend})
+            EXPECT_EQ(c->output()->bufL[0] != 0.0f, std::ranges::count(cases[k].heard, c) > 0)
+                << "case " << k << ", signal " << f.host->comps.indexed(c);
+    }
+}
+
 /// The tap is behind the fader and waits for the latest of the sources, both levels count squared,
 /// a muted send gets nothing, and a bus beyond the 32nd is out of reach.
 TEST(Mixing, SendsTapBehindTheFader) {
