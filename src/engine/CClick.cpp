@@ -7,6 +7,7 @@
 #include "engine/CQV.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cmath>
 #include <cstdlib>
 #include <new>
@@ -58,6 +59,7 @@ void CClick::setPos(double ticks) {
 }
 
 void CClick::init() {
+    assert(host->heldByThread());
     countIn = 0;
     if (!enabled || !(mode & clickCountIn)) return;
     const int length = asRound(host->ticksToFrames(double(beatTicks) * beats));
@@ -76,11 +78,34 @@ bool CClick::audible() const {
 }
 
 void CClick::render(int frames) {
+    assert(host->heldByThread());
     if (!host->playing && !host->recording) return;
+    const std::optional<Jump> jump = findJump(frames);
+    play(0, jump ? jump->frame : frames);
+    if (!jump) return;
+    setPos(jump->ticks);
+    play(jump->frame, frames);
+}
+
+std::optional<CClick::Jump> CClick::findJump(int frames) const {
+    if (!host->playing) return {};
+    CComp* const seq = host->masterSeq;
+    const double reached = seq ? seq->getPos() : double(host->pos);
+    const double expected = tickPos + host->framesToTicks(frames);
+    const double frame = host->framesToTicks(1);
+    if (std::fabs(std::remainder(reached - expected, beatTicks)) < frame) return {};
+    int left = host->loopStart, right = host->loopEnd;
+    if (seq) seq->getLoopSection(left, right);
+    const double since = reached - left;
+    if (!(since >= 0.0 && since <= host->framesToTicks(frames) + frame)) return {};
+    return Jump{std::clamp(frames - asRound(host->ticksToFrames(since)), 0, frames), double(left)};
+}
+
+void CClick::play(int from, int to) {
     CComp* out = host->getAudioOut();
     COutputChannel* ch = out ? out->output() : nullptr;
-    for (int done = 0, n = 0; done < frames; done += n) {
-        n = frames - done;
+    for (int done = from, n = 0; done < to; done += n) {
+        n = to - done;
         const double left = beatTicks - tickPos;
         const bool due = host->framesToTicks(n) >= left;
         if (due) n = std::clamp(asRound(host->ticksToFrames(left)), 0, n);

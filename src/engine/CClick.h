@@ -3,6 +3,8 @@
 #include "base/Atomic.h"
 #include "base/CObject.h"
 
+#include <optional>
+
 class COutputChannel;
 class CQV;
 class CSample;
@@ -42,6 +44,15 @@ public:
     void defaultSound();
 
 private:
+    /// Where within a block a loop began its next pass.
+    struct Jump {
+        int frame;
+        double ticks; ///< song position there
+    };
+    /// Of the block that has just been run. None where the clicks lie as before.
+    std::optional<Jump> findJump(int frames) const;
+    /// The clicks between two frames of the block.
+    void play(int from, int to);
     bool audible() const;
     void mix(COutputChannel* ch, int offset, int frames);
 };

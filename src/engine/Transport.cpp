@@ -22,10 +22,11 @@ CQV* asHost(CObject* target) {
 } // namespace
 
 bool CQV::mustQueue() const {
-    return tasks->blocksComing() && !holdsGraph();
+    return tasks->blocksComing() && !holdsGraph(this);
 }
 
 void CQV::serveTransport() {
+    assert(heldByThread());
     transport->drain();
 }
 
@@ -90,7 +91,7 @@ void CQV::createTempoMap() {
 }
 
 void CQV::startNow() {
-    assert(holdsGraph());
+    assert(heldByThread());
     if (playing) return;
     masterSeq = firstOfType(compSeq); // the list may have changed since the latest block
     startTime = asTimeInMS();
@@ -103,7 +104,7 @@ void CQV::startNow() {
 }
 
 void CQV::stopNow() {
-    assert(holdsGraph());
+    assert(heldByThread());
     if (playing) {
         playing = 0;
         transportChanged = true;
@@ -117,7 +118,7 @@ void CQV::stopNow() {
 }
 
 void CQV::setPosNow(double ticks) {
-    assert(holdsGraph());
+    assert(heldByThread());
     if (recording) return;
     const double at = fLimit(ticks, 0.0, double(maxTicks));
     pos = at;
@@ -127,7 +128,7 @@ void CQV::setPosNow(double ticks) {
 }
 
 void CQV::recNow() {
-    assert(holdsGraph());
+    assert(heldByThread());
     if (playing)
         recording = recording ? 0 : 1;
     else if (!recording)
@@ -140,7 +141,6 @@ void CQV::startRecording() {
     const double exact = masterSeq ? masterSeq->getPos() : double(pos);
     const int quarter = asRound(exact) / ticksPerQuarter;
     setPosNow(quarter * ticksPerQuarter);
-    click->setPos(exact);
     click->init();
     recording = 1;
     if (click->countIn == 0 && sync == 0) startNow();

@@ -35,6 +35,18 @@ struct Fixture : TestHost {
     }
 };
 
+/// Runs in a loop of its own, as a sequencer does.
+class LoopingSeq : public SeqStub {
+public:
+    using SeqStub::SeqStub;
+    int from = 0, to = 0; ///< ticks
+    void process(int frames) override {
+        SeqStub::process(frames);
+        if (at > to) at = from + std::fmod(at - from, to - from);
+    }
+    void getLoopSection(int& left, int& right) override { left = from, right = to; }
+};
+
 } // namespace
 
 TEST(CClick, SoundsOnEveryBeatWhateverTheBlocks) {
@@ -53,24 +65,52 @@ TEST(CClick, SoundsOnEveryBeatWhateverTheBlocks) {
     EXPECT_TRUE(t.places().empty()) << "nothing is recorded";
 }
 
-/// A count-in of two beats ends with a block, where the song's first beat follows; what is missing
-/// to a whole number of blocks is silence before it. Its clicks keep their distance to where the
-/// user stood within the beat.
+/// A count-in of two beats ends with a block, where the song goes on from the beat before the place
+/// where the user stood; what is missing to a whole number of blocks is silence before it.
 TEST(CClick, CountInLeadsIntoTheSong) {
-    for (const int frames : {1000, 441, 1024}) {
-        Fixture t(frames, clickCountIn | clickRecord);
-        t.host->rec();
-        const int blocks = (44100 + frames - 1) / frames;
-        t.run(blocks + 30);
-        const std::vector<int> expected = t.beatsFrom(blocks * frames - 44100), got = t.places();
-        ASSERT_EQ(got.size(), expected.size()) << frames;
-        for (size_t i = 0; i < got.size(); ++i) EXPECT_NEAR(got[i], expected[i], 1) << frames;
+    for (const int frames : {1000, 441, 1024})
+        for (const double from : {0.0, 960.0, 1280.0, 1440.0, 1919.6}) {
+            Fixture t(frames, clickCountIn | clickRecord);
+            t.host->setPos(from);
+            t.host->rec();
+            const int blocks = (44100 + frames - 1) / frames;
+            t.run(blocks + 30);
+            const std::vector<int> want = t.beatsFrom(blocks * frames - 44100), got = t.places();
+            ASSERT_EQ(got.size(), want.size()) << frames << " " << from;
+            for (size_t i = 0; i < got.size(); ++i)
+                EXPECT_NEAR(got[i], want[i], 1) << frames << " " << from;
+        }
+}
+
+/// A loop that is no whole number of beats begins anew on whatever it begins with.
+TEST(CClick, StaysOnTheBeatsOfALoop) {
+    struct Loop {
+        int from, to, blockFrames;
+    };
+    for (const Loop& loop : {Loop{0, 3000, 64},
+                             {500, 2900, 1000},
+                             {700, 1400, 441},
+                             {0, 3000, 16384},
+                             {960, 2880, 1000}}) {
+        Fixture t(loop.blockFrames, clickPlay);
+        auto* seq = t.add(new LoopingSeq(t.host));
+        seq->from = loop.from;
+        seq->to = loop.to;
+        t.host->start();
+        t.run(500000 / loop.blockFrames);
+        std::vector<double> want; // frames
+        const double framesPerTick = 22050 / 960.0;
+        double passAt = 0.0; // frames at which tick 0 of the pass lies
+        for (int pass = 0, tick = 0; passAt < double(t.left.size()); ++pass) {
+            for (; tick < loop.to; tick += 960) want.push_back(passAt + tick * framesPerTick);
+            passAt += (loop.to - loop.from) * framesPerTick;
+            tick = (loop.from + 959) / 960 * 960;
+        }
+        const std::vector<int> got = t.places();
+        ASSERT_GT(got.size(), 15u);
+        for (size_t i = 0; i < got.size(); ++i)
+            ASSERT_NEAR(got[i], want[i], 2) << loop.to << " " << i;
     }
-    Fixture t(441, clickCountIn);
-    t.host->setPos(1280.0); // a third of a beat in
-    t.host->rec();
-    t.run(100);
-    EXPECT_EQ(t.places(), (std::vector{0, 14700, 36750}));
 }
 
 TEST(CSnap, Ticks) {
