@@ -1,15 +1,15 @@
 #include "engine/DelayCompensation.h"
 
 #include "engine/CQV.h"
+#include "engine/DeviceComps.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace {
 
 constexpr int maxReported = 1 << 20;
 constexpr int maxSum = 1 << 30;
-/// Deepest chain of cables that counts.
-constexpr int maxPullDepth = 256;
 
 int reported(CComp* c) {
     return std::clamp(c->getDelay(), 0, maxReported);
@@ -24,7 +24,7 @@ public:
         if (!c || !ch || c->summing || depth >= maxPullDepth) return 0;
         if (ch->delayRound == round) return ch->delaySum;
         if (c->enabled != 1 || c->freezed(ch)) return 0;
-        const int sum = std::min(ownDelay(c, ch) + longestBefore(c), maxSum);
+        const int sum = std::min(ownDelay(c, ch) + longestBefore(c, ch), maxSum);
         ch->delayRound = round;
         ch->delaySum = sum;
         return sum;
@@ -37,12 +37,15 @@ private:
             if (insert->enabled == 1) sum = std::min(sum + reported(insert), maxSum);
         return sum;
     }
-    int longestBefore(CComp* c) {
+    /// A track waits for what arrives at it, and not for what the other tracks get.
+    int longestBefore(CComp* c, COutputChannel* ch) {
+        const CComp* const track = c->type == compSeq ? c->getComp(ch) : nullptr;
         ++depth;
         c->summing = true;
         int longest = 0;
         for (const CAudioCable* cable : each<CAudioCable>(c->audioCables))
-            longest = std::max(longest, of(cable->fromComp, cable->fromChannel));
+            if (!track || track->inputs.contains(cable->toChannel))
+                longest = std::max(longest, of(cable->fromComp, cable->fromChannel));
         c->summing = false;
         --depth;
         return std::min(longest, maxSum - maxReported);
@@ -65,12 +68,35 @@ void eachCable(CQV* host, int kind, F&& work) {
 } // namespace
 
 int sumDelay(CComp* c, COutputChannel* ch) {
+    assert(c->heldByThread());
     return DelaySums(c->host).of(c, ch);
+}
+
+namespace {
+
+/// Whether cables lead from `wanted` to `c`. No component is looked at twice in a round.
+bool isBehind(CComp* c, const CComp* wanted, unsigned round, int depth = 0) {
+    if (c->searchRound == round || depth == maxPullDepth) return false;
+    c->searchRound = round;
+    for (const CAudioCable* cable : each<CAudioCable>(c->audioCables))
+        if (cable->fromComp == wanted || isBehind(cable->fromComp, wanted, round, depth + 1))
+            return true;
+    return false;
+}
+
+} // namespace
+
+void CQV::findRings() {
+    for (CComp* c : each<CComp>(comps))
+        if (c->type == compAudioOut)
+            static_cast<CAudioOut*>(c)->inRing = isBehind(c, c, ++delayRounds);
 }
 
 // The tap of a channel that is heard through a group, or not at all at present, is evened out like
 // those of the cables: all sends are fed at the same latency.
 void CQV::calcPDC() {
+    assert(heldByThread());
+    findRings();
     DelaySums sums(this);
     int sendMax = 0, inMax = 0;
     eachCable(this, listSends, [&](CAudioCable* cable) {

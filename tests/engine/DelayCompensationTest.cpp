@@ -1,4 +1,5 @@
 #include "engine/DelayCompensation.h"
+#include "engine/SeqStub.h"
 #include "engine/StripFixture.h"
 
 #include <gtest/gtest.h>
@@ -126,6 +127,49 @@ TEST(DelayCompensation, SumOfAPath) {
     s->frozen = false;
     s->enabled = 0;
     EXPECT_EQ(sum(), 0);
+}
+
+/// What is late into one track leaves the others in time.
+TEST(DelayCompensation, ATrackIsAsLateAsWhatArrivesAtIt) {
+    struct Tracks : SeqStub {
+        using SeqStub::SeqStub;
+        SignalComp *first = nullptr, *second = nullptr;
+        CComp* getComp(CObject* io) override {
+            return first->outputs.contains(io) ? first : second;
+        }
+    };
+    StripFixture t;
+    auto* seq = t.add(new Tracks(t.host));
+    SignalComp** const tracks[] = {&seq->first, &seq->second};
+    for (SignalComp** track : tracks) {
+        *track = t.made(new SignalComp(t.host));
+        (*track)->output()->comp = (*track)->input()->comp = seq;
+    }
+    const GraphHold hold(t.host);
+    for (const int latency : {100, 30}) {
+        auto* late = t.made(new SignalComp(t.host));
+        late->latency = latency;
+        t.host->comps.add(late);
+        seq->audioCables.add(
+            createAudioCable(seq, late->output(), (*tracks[latency == 30])->input()));
+    }
+    EXPECT_EQ(sumDelay(seq, seq->first->output()), 100);
+    EXPECT_EQ(sumDelay(seq, seq->second->output()), 30);
+    for (SignalComp** track : tracks) delete *track;
+}
+
+/// By whatever way a component is switched; once is enough.
+TEST(DelayCompensation, FollowsTheSwitchOfAComponent) {
+    StripFixture t;
+    CComp* insert = t.addInsert(t.addSignal()->output(), new LateInsert(t.host, 100));
+    t.host->update(updateDelays);
+    for (const int on : {1, 0, 1}) {
+        insert->enable(on);
+        t.run();
+        EXPECT_EQ(t.host->pdcInDelay, on ? 100 : 0);
+        insert->enable(on);
+        EXPECT_EQ(t.host->updateFlags & updateDelays, 0u) << "nothing has changed";
+    }
 }
 
 /// What a plug-in reports is limited; loops and diamonds neither hang nor count twice.
