@@ -114,6 +114,7 @@ struct Keys {
         }
     }
     void render() {
+        const GraphMark mark(sampler.host);
         sampler.prepare(blockFrames);
         sampler.render(blockFrames, 0);
     }

@@ -116,6 +116,7 @@ void playBank(benchmark::State& state) {
                 sampler.doMapping(&on);
             }
         }
+        const GraphMark mark(sampler.host);
         sampler.prepare(blockFrames);
         sampler.render(blockFrames, 0);
         for (const CVoice& v : sampler.voices) voiceBlocks += v.live();

@@ -223,7 +223,7 @@ struct Strip {
     Player player;
 
     void process(Block& b) {
-        const GraphMark mark;
+        const GraphMark mark(benchHost());
         player.sound = &b;
         player.prepare(blockFrames);
         player.process(blockFrames);
@@ -260,11 +260,11 @@ struct Desk {
         return c;
     }
     void cable(CComp* from) const {
-        const GraphMark mark;
+        const GraphMark mark(host);
         out->addAudioCable(from->output(), nullptr);
     }
     void process(Block& b) const {
-        const GraphMark mark;
+        const GraphMark mark(host);
         for (Player* p : players) p->sound = &b;
         host->prepare(blockFrames);
         host->process(blockFrames);

@@ -78,6 +78,7 @@ struct FullSampler {
                 sampler.allNotesOff();
                 startVoices(s, voices);
             }
+            const GraphMark mark(sampler.host);
             sampler.prepare(blockFrames);
             sampler.render(blockFrames, 0);
             benchmark::DoNotOptimize(sampler.output()->bufL[0]);

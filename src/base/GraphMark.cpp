@@ -2,18 +2,20 @@
 
 namespace {
 
-thread_local int depth = 0;
+thread_local const GraphMark* innermost = nullptr;
 
 } // namespace
 
-bool holdsGraph() {
-    return depth > 0;
+bool holdsGraph(const CObject* host) {
+    for (const GraphMark* mark = innermost; mark; mark = mark->outer)
+        if (mark->graph == host) return true;
+    return false;
 }
 
-GraphMark::GraphMark() {
-    ++depth;
+GraphMark::GraphMark(const CObject* host) : graph(host), outer(innermost) {
+    innermost = this;
 }
 
 GraphMark::~GraphMark() {
-    --depth;
+    innermost = outer;
 }

@@ -9,6 +9,7 @@
 #include "engine/SendOrder.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 namespace {
@@ -85,6 +86,7 @@ void CComp::afteridle() {
 }
 
 void CComp::prepare(int frames) {
+    assert(heldByThread());
     processed = mixed = fxDone = false;
     for (auto* in : each<CInputChannel>(inputs)) clearStereo(in->bufL, in->bufR, frames);
     for (auto* ch : each<COutputChannel>(outputs)) clearStereo(ch->bufL, ch->bufR, frames);
@@ -125,6 +127,16 @@ void CComp::setFrames(int frames) {
 
 void CComp::setRate(double rate) {
     for (auto* ch : each<COutputChannel>(outputs)) ch->setRate(rate);
+}
+
+void CComp::enable(int on) {
+    if (enabled == on) return;
+    enabled = on;
+    host->update(updateDelays);
+}
+
+bool CComp::heldByThread() const {
+    return holdsGraph(host);
 }
 
 CStr CComp::getName(CObject* io) {
@@ -181,6 +193,7 @@ void CComp::setId(const CStr& name) {
 }
 
 CAudioCable* CComp::addAudioCable(COutputChannel* from, CInputChannel* to) {
+    assert(mayRewire());
     if (!to) to = input();
     if (!from || !to) return nullptr;
     CAudioCable* cable = getAudioCable(this, from, to);
@@ -194,6 +207,7 @@ CAudioCable* CComp::addAudioCable(COutputChannel* from, CInputChannel* to) {
 }
 
 CMIDICable* CComp::addMIDICable(CMIDIQ* from, CMIDIQ* to) {
+    assert(mayRewire());
     if (!to) to = inPort();
     if (!from || !to) return nullptr;
     CMIDICable* cable = getMIDICable(this, from, to);

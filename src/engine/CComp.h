@@ -4,12 +4,15 @@
 #include "base/CList.h"
 #include "base/CObject.h"
 #include "base/CStr.h"
+#include "base/GraphMark.h"
 #include "engine/CIO.h"
 #include "engine/CMIDIQ.h"
 #include "engine/COutputChannel.h"
 #include "engine/CProgram.h"
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
+
+#include <cassert>
 
 class CGraphic;
 class CMouseEdit;
@@ -73,9 +76,10 @@ public:
     CList outputs; ///< of COutputChannel, owned
     CList inputs;  ///< of CInputChannel, owned
     int curOutput = 0;
-    CList outPorts;       ///< of COutputPort (CKeyboard: a plain CMIDIQ), owned
-    CList inPorts;        ///< of CInputPort, owned
-    bool summing = false; ///< its latency is being worked out; graph holder
+    CList outPorts;           ///< of COutputPort (CKeyboard: a plain CMIDIQ), owned
+    CList inPorts;            ///< of CInputPort, owned
+    bool summing = false;     ///< its latency is being worked out; graph holder
+    unsigned searchRound = 0; ///< the latest search along cables that met it; graph holder
     bool processed = false, mixed = false, fxDone = false; ///< of this block; graph holder
     Shared<bool> busy{false};                              ///< inside `process`
     CList audioCables;                                     ///< of CAudioCable, owned in-edges
@@ -116,7 +120,7 @@ public:
     virtual void process(int) {}
     virtual void mix(int frames);
     virtual void fx(int frames);
-    virtual void enable(int on) { enabled = on; }
+    virtual void enable(int on); ///< also has the delay compensation renewed. Any thread
     virtual void sleep(int on) { sleeping = on; }
     virtual CStr getName(CObject* io);
     /// False leaves this source out of `mergeAudio`.
@@ -199,6 +203,12 @@ public:
     /// Mixes `frames` from `offset` on: fader, pan, meters, sends. Graph holder.
     void subMix(int frames, int offset);
 
+    /// Whether the calling thread holds the graph that this belongs to.
+    bool heldByThread() const;
+    /// Whether it may change the cables and channels here: it holds the graph, or no block has met
+    /// the component yet.
+    bool mayRewire() const { return listKind == listNone || heldByThread(); }
+
     COutputChannel* output(int index = 0); ///< null outside the list
     CInputChannel* input(int index = 0);
     CMIDIQ* outPort(int index = 0);
@@ -225,6 +235,7 @@ private:
 class ProcessGuard {
 public:
     explicit ProcessGuard(CComp* c) : comp(c), mine(!c->busy) {
+        assert(c->heldByThread());
         if (!mine) return;
         comp->busy = true;
         enter = !comp->processed;

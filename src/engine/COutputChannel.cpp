@@ -11,8 +11,6 @@
 #include <cmath>
 #include <cstring>
 
-Shared<int> framesInMs{44};
-
 namespace {
 
 constexpr float meterFall = 0.05f;
@@ -23,10 +21,6 @@ constexpr struct {
     float hz;
 } newBands[eqBandCount] = {
     {eqHighShelf, 10000.0f}, {eqPeaking, 2000.0f}, {eqPeaking, 800.0f}, {eqLowShelf, 100.0f}};
-
-int rampFrames() {
-    return std::max(int(framesInMs) * rampMs, 1);
-}
 
 struct Sides {
     float left, right;
@@ -119,6 +113,10 @@ void COutputChannel::setFrames(int frames) {
 void COutputChannel::setRate(double rate) {
     for (CEQ* band : eq) band->setRate(float(rate));
     for (auto* insert : each<CComp>(inserts)) insert->setRate(rate);
+}
+
+int COutputChannel::rampFrames() const {
+    return comp ? std::max(comp->host->framesInMs * rampMs, 1) : 1;
 }
 
 void COutputChannel::setVol(float v, bool ramp) {

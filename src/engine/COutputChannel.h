@@ -15,9 +15,6 @@ constexpr int eqBandCount = 4;
 /// Length of a strip's ramps in milliseconds.
 constexpr int rampMs = 3;
 
-/// Round(rate * 0.001) of the running rate, at least 1; set by `CQV::setRate`.
-extern Shared<int> framesInMs;
-
 /// An audio output with its whole mixer strip: trim, equaliser, inserts, fader, pan, mute,
 /// solo, meters and send levels. Fields in atomics are the user's; the ramps belong to whoever runs
 /// the graph.
@@ -39,7 +36,7 @@ public:
     float panL = 1.0f, panR = 1.0f, panLStep = 0.0f, panRStep = 0.0f, panTarget = 0.0f;
     int panRamp = 0;
     Shared<unsigned char> mute{0}, solo{0};
-    Shared<int> anySolo{0}; ///< 1 when some strip has `solo`; set each block
+    Shared<int> anySolo{0}; ///< 1: a solo elsewhere silences this strip; see `spreadSolo`
     Shared<int> channels{2};
     float* bufL = nullptr; ///< owned, `frames` of the host
     float* bufR = nullptr; ///< owned
@@ -110,6 +107,7 @@ public:
     void idle();
 
 private:
+    int rampFrames() const;   ///< 1 or more
     Shared<int> eqChanged{0}; ///< in a block: the time is still to be taken
 
     void equalise(int frames);

@@ -6,6 +6,8 @@
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
 
+#include <cassert>
+
 namespace {
 
 constexpr int roundsBeforeTakeOver = 10;
@@ -52,13 +54,14 @@ void CTasks::exec(bool fromIdle) {
 }
 
 bool CTasks::idleMayRun() {
-    if (holdsGraph()) return true;
+    if (holdsGraph(qv)) return true;
     idleRounds = idleRounds + 1;
     if (idleRounds > roundsBeforeTakeOver) idleOwns = true;
     return idleOwns;
 }
 
 void CTasks::runAll() {
+    assert(holdsGraph(qv));
     if (busy) return;
     busy = true;
     const int end = written.loadAcquire();
@@ -73,7 +76,7 @@ void CTasks::runAll() {
 void CTasks::pump() {
     const int now = asTimeInMS();
     const unsigned since = unsigned(now) - unsigned(lastTurn); // after however long a pause
-    if (blocksComing() && !holdsGraph() && since < idlePassMs) return;
+    if (blocksComing() && !holdsGraph(qv) && since < idlePassMs) return;
     lastTurn = now;
     exec(true);
 }

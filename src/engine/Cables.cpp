@@ -4,6 +4,8 @@
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 
+#include <cassert>
+
 namespace {
 
 bool touches(const CIO* from, const CIO* to, const CComp* c) {
@@ -119,6 +121,7 @@ void listOutput(CComp* tree, CObject* io, CList* cables) {
 }
 
 void dropCables(CComp* tree, const CObject* gone) {
+    assert(tree->heldByThread());
     eachBelow(tree, [gone](CComp* to) {
         dropWhere<CAudioCable>(to->audioCables, [gone](const CAudioCable* c) {
             return endsAt(c->fromComp, c->toComp, c->fromChannel, c->toChannel, gone);

@@ -11,6 +11,9 @@ class COutputChannel;
 class CQV;
 class CUndo;
 
+/// Deepest chain of cables that a block or a search follows; what hangs beyond is silent.
+constexpr int maxPullDepth = 256;
+
 /// An audio in-edge: stored with its destination, which owns it.
 class CAudioCable : public CObject {
 public:

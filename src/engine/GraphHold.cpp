@@ -11,13 +11,13 @@ constexpr int patience = 30;
 
 } // namespace
 
-GraphHold::GraphHold(CQV* root) : host(holdsGraph() ? nullptr : root) {
+GraphHold::GraphHold(CQV* root) : host(holdsGraph(root) ? nullptr : root) {
     if (!host) return;
     for (int tries = 0; !host->tryHold(GraphOwner::interface); ++tries) {
         if (tries == patience) host->insistOnHold();
         asSleep(1);
     }
-    mark.emplace();
+    mark.emplace(host);
     host->serveTransport();
 }
 

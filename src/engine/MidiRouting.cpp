@@ -6,6 +6,8 @@
 #include "engine/CUndo.h"
 #include "engine/MidiBytes.h"
 
+#include <cassert>
+
 namespace {
 
 constexpr int unlearned = -2;
@@ -48,6 +50,7 @@ CMapProg* currentMaps(CQV* host) {
 }
 
 void CQV::handleMIDIIn() {
+    assert(heldByThread());
     for (CComp* c : each<CComp>(comps)) {
         CMIDIQ* port = c->type == compMIDIIn ? c->outPort() : nullptr;
         for (CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
@@ -75,6 +78,7 @@ void CQV::serveMaps(CMIDIBytes* e) {
 }
 
 bool CQV::midiMapped(CComp* c, CMIDIQ* queue, CMIDIBytes* e) {
+    assert(heldByThread());
     CMapProg* program = currentMaps(this);
     if (!program || !isController(e)) return false;
     bool consumed = false;

@@ -1,6 +1,5 @@
 #include "sequencer/LiveEdits.h"
 
-#include "base/GraphMark.h"
 #include "base/Numbers.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
@@ -105,7 +104,7 @@ LivePoint::~LivePoint() {
 }
 
 void addLiveEvent(CSeq* seq, CPart* part, int tick, CBaseEvent* event) {
-    assert(holdsGraph());
+    assert(seq->heldByThread());
     part->addEvent(tick, event);
     CBaseEvent* head = part->getEvents();
     eachUser(seq, part, [&](CPart* user) {
@@ -115,7 +114,7 @@ void addLiveEvent(CSeq* seq, CPart* part, int tick, CBaseEvent* event) {
 }
 
 void addLivePoint(CSeq* seq, LivePoint& w) {
-    assert(holdsGraph());
+    assert(seq->heldByThread());
     if (w.pass == seq->getProg()->loopCount) w.lane->recorded = true;
     const bool had = w.part->getParam(w.lane->slot) != nullptr;
     if (had && w.replace) cutPoints(seq, w);

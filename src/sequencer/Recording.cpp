@@ -1,5 +1,4 @@
 #include "audiofiles/CSample.h"
-#include "base/GraphMark.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
@@ -56,7 +55,7 @@ int CSeq::gridTicks() const {
 }
 
 void CSeq::rec(int) {
-    assert(holdsGraph());
+    assert(heldByThread());
     stepRec.leave();
     CSeqProg* prog = getProg();
     if (!prog) return;

@@ -1,5 +1,4 @@
 #include "audiofiles/CSample.h"
-#include "base/GraphMark.h"
 #include "base/Numbers.h"
 #include "engine/CClick.h"
 #include "engine/CQV.h"
@@ -273,7 +272,7 @@ void CSeqProg::updateSolo() {
 }
 
 void CSeqProg::process(int frames, int offset) {
-    assert(holdsGraph());
+    assert(seq->heldByThread());
     ProgBlock b{this, frames, offset, seq->getProg() == this, false, false};
     b.stopNow = stopRequest.exchange(0);
     looping = isLooping();
@@ -291,7 +290,7 @@ void CSeqProg::process(int frames, int offset) {
 }
 
 void CSeqProg::play() {
-    assert(holdsGraph());
+    assert(seq->heldByThread());
     if (playing) return;
     CQV* host = seq->host;
     session.clear();
@@ -335,7 +334,7 @@ void CSeqProg::midiReceived(CSongTrack* songTrack, double tick, int msg, void*, 
 }
 
 void CSeq::start() {
-    assert(holdsGraph());
+    assert(heldByThread());
     if (playing) return;
     playing = 1;
     if (CSeqProg* prog = getProg()) prog->play();
@@ -344,7 +343,7 @@ void CSeq::start() {
 }
 
 void CSeq::stop() {
-    assert(holdsGraph());
+    assert(heldByThread());
     if (playing) {
         for (CSeqProg* prog : each<CSeqProg>(progs))
             if (prog->playing) prog->stopRequest = 1;
@@ -361,7 +360,7 @@ void CSeq::stopTake() {
 }
 
 void CSeq::setPos(double ticks) {
-    assert(holdsGraph());
+    assert(heldByThread());
     CSeqProg* prog = getProg();
     if (recording || !prog) return;
     jumpTo(prog, fLimit(ticks, 0.0, double(maxTicks)));

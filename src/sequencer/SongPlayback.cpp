@@ -1,6 +1,5 @@
 #include "sequencer/SongPlayback.h"
 
-#include "base/GraphMark.h"
 #include "base/Numbers.h"
 #include "common/Curves.h"
 #include "engine/CFreezeItem.h"
@@ -419,7 +418,7 @@ void insertEvent(CSubTrack* lane, CMIDIQ* queue, double frame, float value, CPla
 }
 
 void CSongTrack::setup(double position, double offset, bool keepMain) {
-    assert(holdsGraph());
+    assert(track->heldByThread());
     const CQV* host = track->host;
     const int delay = std::max(0, asRound(host->ticksToFrames(-offset)));
     audible = !muted() && !(prog->anySolo && !soloed());
@@ -450,7 +449,7 @@ void CSongTrack::setupPlayPointer(double position, CPart* part, bool keepMain, i
 }
 
 void CSongTrack::process(int frames, int offset) {
-    assert(holdsGraph());
+    assert(track->heldByThread());
     CSeq* seq = track->seq;
     CQV* host = seq->host;
     const double tpf = double(host->tempoNow) * ticksPerSecondPerBpm / double(host->rate);

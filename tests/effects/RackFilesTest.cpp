@@ -120,6 +120,7 @@ TEST(RackFiles, DamagedFilesDoNoHarm) {
     const std::string good = everything();
     std::mt19937 random(5);
     CEffect rack(f.host);
+    const GraphMark mark(f.host);
     rack.init();
     rack.createBuffers(256);
     for (size_t round = 0; round < good.size() + 1000; round++) {

@@ -26,6 +26,7 @@ TEST(CComp, PrepareClearsTheBlockAndLeavesTheSourceOfInsertsAlone) {
         EXPECT_EQ(fed->sourceSeq, seq);
     CList freeze;
     c->outPort()->freezeItems = &freeze;
+    const GraphHold hold(f.host);
     c->prepare(64);
     EXPECT_EQ(c->output()->bufL[63], 0.0f);
     EXPECT_EQ(c->outPort()->freezeItems, nullptr);

@@ -117,7 +117,7 @@ TEST(CQV, Rate) {
                                             {8000, 8},   {11500, 12}, {44100, 44}};
     for (const auto& [hz, inMs] : cases) {
         t.host->setRate(hz);
-        EXPECT_EQ(framesInMs, inMs) << hz;
+        EXPECT_EQ(t.host->framesInMs, inMs) << hz;
         EXPECT_FLOAT_EQ(t.host->rate * t.host->invRate, 1.0f);
     }
 }

@@ -37,6 +37,7 @@ struct Bench {
         prog = arp.getProg();
     }
     void block(int frames, const Events& events) {
+        const GraphMark mark(host.host);
         arp.prepare(frames);
         for (const auto& [frame, data] : events)
             if (frame >= past && frame < past + frames)

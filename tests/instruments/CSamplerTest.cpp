@@ -177,6 +177,7 @@ TEST(CSampler, EventsAreSampleExact) {
     };
     for (const Case& c : {Case{99.4, 99}, {99.5, 100}, {255, 255}, {-3, 0}}) {
         Linked l;
+        const GraphMark mark(l.host.host);
         l.sound->filter = filterHigh; // passes the first frame undelayed
         l.sampler->prepare(256);
         l.sampler->inPort()->push(c.time, asData(on, 69, 127), eventMidi, 0, 0, nullptr, nullptr);
@@ -191,6 +192,7 @@ TEST(CSampler, EventsAreSampleExact) {
 
 TEST(CSampler, HearsItsChannelAndItsParameters) {
     Linked l;
+    const GraphMark mark(l.host.host);
     l.sound->ccMap[3] = targetQ;
     l.sampler->mch = 4;
     l.sampler->prepare(256);
@@ -233,6 +235,7 @@ TEST(CSampler, SendsFeedOnlyWhatIsOn) {
     };
     for (const Case& c : {Case{0, 1, 0}, {0.5f, 1, 0.5}, {0.5f, 0, 0}}) {
         Linked l;
+        const GraphMark mark(l.host.host);
         l.sound->sends[0] = c.send;
         l.prog->reverb()->setEnabled(c.reverb);
         l.sampler->prepare(256);
@@ -254,7 +257,10 @@ TEST(CSampler, RestsWhileFrozen) {
     CList items;
     COutputPort port(l.host.host);
     items.add(&item);
-    l.sampler->addMIDICable(&port, nullptr);
+    {
+        const GraphHold hold(l.host.host);
+        l.sampler->addMIDICable(&port, nullptr);
+    }
     port.freezeItems = &items;
     l.key(60, 100);
     l.host.run();

@@ -31,6 +31,7 @@ struct Take {
 Take play(TestHost& host, int program, const std::vector<int>& keys, double held, double total,
           int velocity = 100) {
     seedRand(1);
+    const GraphMark mark(host.host);
     CSampler sampler(host.host);
     sampler.createChannels();
     sampler.createBuffers(block);

@@ -107,6 +107,7 @@ void build(SongFileFixture& song) {
     drums->addPart(hits, nullptr);
     song.tempoAt(960, 90.0f);
     song.seq->progs.add(song.seq->createProgram());
+    const GraphHold hold(&song.host);
     dropCables(&song.host, song.seq); // those are no blocks of the song
 }
 
