@@ -16,12 +16,15 @@
 #include "engine/CUndo.h"
 #include "engine/DeviceChannels.h"
 #include "engine/DeviceComps.h"
+#include "engine/DeviceMidi.h"
 #include "engine/EditorHooks.h"
+#include "engine/Solo.h"
 #include "engine/SpectrumTap.h"
 #include "engine/TransportRing.h"
 #include "engine/Workers.h"
 
 #include <algorithm>
+#include <cassert>
 
 CQV* qv = nullptr;
 
@@ -36,7 +39,8 @@ constexpr unsigned takeFlags = 0x402000;
 
 CQV::CQV()
     : CComp(this), UndoHost(this), SamplePool(this),
-      sampleScratch(std::make_unique_for_overwrite<unsigned char[]>(sampleScratchBytes)) {
+      sampleScratch(std::make_unique_for_overwrite<unsigned char[]>(sampleScratchBytes)),
+      deviceMidi(std::make_unique<DeviceMidi>()) {
     type = compQV;
     id = "sondrava";
     tasks = new CTasks(this);
@@ -123,22 +127,18 @@ void CQV::updatePeaks() {
 // The cycle's part of a component.
 
 void CQV::prepare(int n) {
+    assert(heldByThread());
     CComp::prepare(n);
-    int solo = 0;
-    for (const CComp* c : each<CComp>(comps))
-        for (const COutputChannel* ch : each<COutputChannel>(c->outputs))
-            if (ch->solo) solo = 1;
+    spreadSolo(this);
     CComp* first = nullptr;
     for (CComp* c : each<CComp>(comps)) {
         c->listKind = listComps;
-        for (COutputChannel* ch : each<COutputChannel>(c->outputs)) ch->anySolo = solo;
         c->prepare(n);
         if (!first && c->type == compSeq) first = c;
     }
     masterSeq = first;
     for (CComp* c : each<CComp>(sends)) {
         c->listKind = listSends;
-        for (COutputChannel* ch : each<COutputChannel>(c->outputs)) ch->anySolo = 0;
         c->prepare(n);
     }
 }
@@ -308,6 +308,7 @@ void CQV::clear() {
     if (recUndo) finishTake();
     settle();
     emptyProject();
+    deviceMidi->askSilence(); // the ends of the notes would have come from what is gone
 }
 
 void CQV::emptyProject() {

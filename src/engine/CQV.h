@@ -20,6 +20,7 @@ class COnChange;
 class CPreviewBase;
 class CStringList;
 class CThread;
+class DeviceMidi;
 class SpectrumTap;
 class TransportRing;
 struct TransportCall;
@@ -61,6 +62,7 @@ public:
     CList stretchers; ///< of CElastiqueRender, owned: all that can sound at one time
     int frames = 1024;
     Shared<float> rate{44100.0f}, invRate{1.0f / 44100.0f};
+    Shared<int> framesInMs{44};          ///< round(rate * 0.001), at least 1
     Shared<CComp*> masterSeq{nullptr};   ///< first sequencer; found in `prepare`
     CAAM* aam = nullptr;                 ///< not owned
     Shared<unsigned char> spectrumOn{1}; ///< 1: what reaches the audio out goes into `dft`
@@ -88,6 +90,7 @@ public:
     Shared<int> requestedProgram{-1}; ///< program change on its way to the file mapper, -1 none
     unsigned delayRounds = 0;         ///< counts the workings-out of latency; graph holder
     unsigned blocks = 0;              ///< counts those that ran; graph holder
+    const std::unique_ptr<DeviceMidi> deviceMidi; ///< for the driver's callback
 
     CQV();
     ~CQV() override;
@@ -221,6 +224,10 @@ private:
     void startRecording();
 
     void runBlock(int frames);
+    void setRingsBusy(bool on);
+    /// Takes in what other outs lead here, after these, and runs the out and its strip.
+    void finishOut(CComp* out, int frames);
+    void findRings();
     void serveMaps(CMIDIBytes* e);
     void runPreview(int frames);
     void advance(int frames);

@@ -7,6 +7,7 @@
 #include "engine/CPreviewBase.h"
 #include "engine/CQV.h"
 #include "engine/DeviceComps.h"
+#include "engine/DeviceMidi.h"
 #include "engine/Mixing.h"
 #include "engine/SpectrumTap.h"
 #include "engine/TransportRing.h"
@@ -19,6 +20,7 @@
 #include <cstring>
 #include <limits>
 #include <optional>
+#include <span>
 
 namespace {
 
@@ -30,15 +32,15 @@ struct DeviceBlock {
     float** outs;
     long numIns, numOuts;
     int frames;
-    AamEvent* events;
-    int numEvents;
+    std::span<const AamEvent> in; ///< MIDI; void as soon as `room` is written to
+    std::span<AamEvent> room;     ///< for MIDI that goes out
 };
 
 /// The audio thread's turn on the graph.
 class CallbackTurn {
 public:
     CallbackTurn() : ok(qv->tryHold(GraphOwner::audio)) {
-        if (ok) mark.emplace();
+        if (ok) mark.emplace(qv);
         inCallback = ok;
     }
     ~CallbackTurn() {
@@ -55,17 +57,17 @@ private:
     std::optional<GraphMark> mark;
 };
 
-bool graphOff() {
-    return qv->audioSuspended || qv->renderMode == 1 || qv->busy;
+/// The graph belongs to an operation that leaves nothing of what sounds now.
+bool offline() {
+    return qv->audioSuspended || qv->renderMode == 1;
 }
 
 void receive(CMIDIIn* c, const DeviceBlock& block) {
     CMIDIQ* port = c->outPort();
     if (!port) return;
     const int device = c->device;
-    for (int i = 0; i < block.numEvents; ++i)
-        if (device == -1 || block.events[i].device == device)
-            port->addMidiEvent(0.0, block.events[i].data);
+    for (const AamEvent& e : block.in)
+        if (device == -1 || e.device == device) port->addMidiEvent(0.0, e.data);
 }
 
 void receive(CAudioIn* c, const DeviceBlock& block) {
@@ -104,14 +106,14 @@ void send(CAudioOut* c, const DeviceBlock& block, float g) {
 }
 
 /// Returns the count of records, from `sent` on.
-int send(CMIDIOut* c, const DeviceBlock& block, int sent) {
+size_t send(CMIDIOut* c, const DeviceBlock& block, size_t sent) {
     CMIDIQ* port = c->inPort();
     const int device = c->device;
     for (const CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
         if (e->kind != eventMidi) continue;
-        if (sent >= aamMaxEvents) break;
+        if (sent == block.room.size()) break;
         const int frame = std::clamp(asInt(e->time), 0, block.frames - 1);
-        block.events[sent++] = {e->data, int8_t(device), {}, frame};
+        block.room[sent++] = {e->data, int8_t(device), {}, frame};
     }
     return sent;
 }
@@ -123,15 +125,21 @@ void receiveAll(const DeviceBlock& block) {
     }
 }
 
-int sendAll(const DeviceBlock& block) {
+long sendAll(const DeviceBlock& block) {
     const float g = qv->listenVolume * qv->listenVolume;
-    int sent = 0;
+    const size_t ended = size_t(qv->deviceMidi->endNotes(block.room));
+    size_t sent = ended;
     for (CComp* c : each<CComp>(qv->comps)) {
         if (c->type == compAudioOut) send(static_cast<CAudioOut*>(c), block, g);
-        if (c->type == compMIDIOut && block.events)
-            sent = send(static_cast<CMIDIOut*>(c), block, sent);
+        if (c->type == compMIDIOut) sent = send(static_cast<CMIDIOut*>(c), block, sent);
     }
-    return sent;
+    qv->deviceMidi->follow(block.room.subspan(ended, sent - ended));
+    return long(sent);
+}
+
+long endOutside(std::span<AamEvent> room) {
+    qv->deviceMidi->forgetKept();
+    return qv->deviceMidi->endNotes(room);
 }
 
 } // namespace
@@ -144,22 +152,26 @@ long libio(float** ins, float** outs, long numIns, long numOuts, long frames, vo
            int numEvents) {
     for (long i = 0; i < numOuts; ++i)
         std::memset(outs[i], 0, sizeof(float) * size_t(std::max(frames, 0l)));
-    if (graphOff()) return 0;
+    const std::span room(static_cast<AamEvent*>(events), events ? size_t(aamMaxEvents) : 0);
+    const std::span in = room.first(size_t(std::clamp(numEvents, 0, int(room.size()))));
+    qv->deviceMidi->calls.fetchAdd(1);
+    if (offline()) return endOutside(room);
     const CallbackTurn turn;
-    if (!turn.ok || graphOff() || frames < 1 || frames > qv->frames) return 0;
-    const int count = events ? std::clamp(numEvents, 0, aamMaxEvents) : 0;
-    const DeviceBlock block{
-        ins, outs, numIns, numOuts, int(frames), static_cast<AamEvent*>(events), count};
+    if (!turn.ok || offline() || qv->busy || frames < 1 || frames > qv->frames) {
+        qv->deviceMidi->keep(in);
+        return qv->deviceMidi->endNotes(room);
+    }
+    const DeviceBlock block{ins, outs, numIns, numOuts, int(frames), qv->deviceMidi->take(in),
+                            room};
     qv->prepare(block.frames);
-    if (count > 0) qv->midiActivity = 1.0f;
+    if (!block.in.empty()) qv->midiActivity = 1.0f;
     receiveAll(block);
     qv->process(block.frames);
-    if (qv->audioSuspended || qv->renderMode == 1) return 0;
-    return sendAll(block);
+    return offline() ? 0 : sendAll(block);
 }
 
 void CQV::process(int n) {
-    assert(holdsGraph());
+    assert(heldByThread());
     transport->drain();
     const bool counting = recording && click->countIn >= 1;
     if (!counting) tempoNow = tempo;
@@ -202,21 +214,48 @@ void CQV::runPreview(int n) {
 }
 
 void CQV::subProcess(int n, int offset) {
+    assert(heldByThread());
+    setRingsBusy(true);
     for (const int kind : {int(listComps), int(listSends)}) {
         for (CComp* c : each<CComp>(comps)) {
             if (c->type != compAudioOut) continue;
-            for (CAudioCable* cable : each<CAudioCable>(c->audioCables))
-                if (cable->fromComp->listKind == kind) processComp(cable, n, cable->pdc, offset);
+            for (CAudioCable* cable : each<CAudioCable>(c->audioCables)) {
+                const CComp* from = cable->fromComp;
+                if (from->listKind == kind && from->type != compAudioOut)
+                    processComp(cable, n, cable->pdc, offset);
+            }
         }
     }
-    const bool strips = renderMode == 0 || (renderMode == 1 && !renderDry);
+    setRingsBusy(false);
     for (CComp* c : each<CComp>(comps)) {
-        if (c->type == compAudioOut || c->type == compMIDIOut) c->process(n);
-        if (c->type != compAudioOut || !strips) continue;
-        c->fx(n);
-        c->mix(n);
+        if (c->type == compMIDIOut) c->process(n);
+        if (c->type == compAudioOut) finishOut(c, n);
     }
     if (playing) advance(n);
+}
+
+// An out that feeds itself must not be pulled before all that arrives at it is there.
+void CQV::setRingsBusy(bool on) {
+    for (CComp* c : each<CComp>(comps))
+        if (c->type == compAudioOut && static_cast<CAudioOut*>(c)->inRing) c->busy = on;
+}
+
+void CQV::finishOut(CComp* out, int n) {
+    if (out->busy) return;
+    if (!out->processed) {
+        out->busy = true;
+        for (CAudioCable* cable : each<CAudioCable>(out->audioCables)) {
+            CComp* from = cable->fromComp;
+            if (from->type != compAudioOut) continue;
+            finishOut(from, n);
+            if (from->processed) processComp(cable, n, cable->pdc, 0);
+        }
+        out->busy = false;
+    }
+    out->process(n);
+    if (renderMode != 0 && (renderMode != 1 || renderDry)) return;
+    out->fx(n);
+    out->mix(n);
 }
 
 void CQV::advance(int n) {
@@ -241,6 +280,7 @@ void addDelayed(const COutputChannel* from, CInputChannel* to, CPDC* pdc, int fr
 } // namespace
 
 void CQV::processComp(CAudioCable* cable, int n, CPDC* pdc, int) {
+    assert(heldByThread());
     CComp* source = cable->fromComp;
     source->process(n);
     source->fx(n);

@@ -34,6 +34,7 @@ public:
 class CAudioOut : public CDeviceAudio {
 public:
     explicit CAudioOut(CQV* root);
+    bool inRing = false; ///< cables lead from it back to it; as of the latest `calcPDC`
     void init() override;
     void process(int frames) override;
 };

@@ -7,6 +7,7 @@
 #include "base/Random.h"
 #include "engine/CQV.h"
 #include "engine/DelayCompensation.h"
+#include "engine/DeviceMidi.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/SilentGraph.h"
 
@@ -29,6 +30,7 @@ public:
           oldTempoNow(host->tempoNow), oldMode(host->renderMode) {
         if (host->playing) host->stop();
         settle();
+        host->deviceMidi->askSilence();
         host->renderMode = 1;
         host->setRate(rate);
         while (host->makeStretcher()) {

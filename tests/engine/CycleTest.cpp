@@ -1,7 +1,9 @@
 #include "engine/CClick.h"
 #include "engine/CPreviewBase.h"
+#include "engine/DeviceMidi.h"
 #include "engine/MidiBytes.h"
 #include "engine/StripFixture.h"
+#include "support/RtTrap.h"
 
 #include <gtest/gtest.h>
 
@@ -122,6 +124,84 @@ TEST(Cycle, MidiComesInAndGoesOut) {
     }
 }
 
+/// What comes in while the interface has the graph for a moment comes with the next block, in its
+/// order; what comes in during an offline operation is void, and so is what was kept before it.
+TEST(Cycle, MidiOfAHeldBlockIsKept) {
+    const int on = asData(midiNoteOn, 60, 100), off = asData(midiNoteOff, 60, 0);
+    for (const bool offline : {false, true}) {
+        StripFixture t;
+        t.connectMIDI(t.midiIn, t.midiOut);
+        t.block();
+        {
+            const GraphHold hold(t.host);
+            rtReset();
+            t.send(on);
+            t.block();
+            t.send(off);
+            t.block();
+            EXPECT_TRUE(t.sent.empty());
+        }
+        t.host->renderMode = offline;
+        if (offline) t.block();
+        t.host->renderMode = 0;
+        t.send(on);
+        t.block();
+        EXPECT_EQ(rtViolations(), 0);
+        std::vector<int> got;
+        for (const AamEvent& e : t.sent) got.push_back(e.data);
+        EXPECT_EQ(got, offline ? std::vector{on} : (std::vector{on, off, on}));
+        t.block();
+        EXPECT_TRUE(t.sent.empty());
+    }
+}
+
+/// Notes and pedals outside end with the next block, whoever has the graph, each at its device and
+/// once. So they do when a project makes room for another.
+TEST(Cycle, NotesOutsideEnd) {
+    for (const bool cleared : {false, true}) {
+        StripFixture t;
+        auto* other = t.add(new CMIDIOut(t.host));
+        other->device = 5;
+        SignalComp* s = t.add(new SignalComp(t.host));
+        t.connectMIDI(s, t.midiOut);
+        t.connectMIDI(s, other);
+        for (const int data :
+             {asData(midiNoteOn, 60, 9), asData(midiNoteOn | 15, 127, 9), asData(midiNoteOn, 61, 9),
+              asData(midiNoteOn, 61, 0), asData(midiNoteOn | 1, 5, 9),
+              asData(midiNoteOff | 1, 5, 9), asData(midiController | 3, 64, 127),
+              asData(midiController | 4, 64, 127), asData(midiController | 4, 64, 0),
+              asData(midiNoteOn | 7, 1, 9), asData(midiController | 7, 123, 0),
+              asData(midiNoteOn, 60, 9)})
+            s->messages.emplace_back(0, data);
+        t.block();
+        s->messages.clear();
+        EXPECT_TRUE(t.host->deviceMidi->sounding());
+        const int begun = int(t.sent.size());
+        EXPECT_EQ(begun, 24);
+        {
+            const GraphHold hold(t.host);
+            if (cleared)
+                t.host->clear();
+            else
+                t.host->deviceMidi->askSilence();
+            rtReset();
+            t.block();
+            EXPECT_EQ(rtViolations(), 0);
+        }
+        std::vector<std::pair<int, int>> got;
+        for (const AamEvent& e : t.sent) got.emplace_back(e.device, e.data);
+        std::vector<std::pair<int, int>> want;
+        for (const int device : {-1, 5})
+            for (const int data : {asData(midiNoteOff, 60, 0), asData(midiController | 3, 64, 0),
+                                   asData(midiNoteOff | 15, 127, 0)})
+                want.emplace_back(device, data);
+        EXPECT_EQ(got, want);
+        EXPECT_FALSE(t.host->deviceMidi->sounding());
+        t.block();
+        EXPECT_TRUE(t.sent.empty());
+    }
+}
+
 TEST(Cycle, RecordsBeyondTheArrayAreNeitherReadNorWritten) {
     TestHost t;
     std::vector<AamEvent> events(size_t(aamMaxEvents) + 1, AamEvent{midiNoteOn, 0, {}, 0});
@@ -146,6 +226,37 @@ TEST(Cycle, BusesComeBehindTheirSources) {
     t.s->output()->sendLevels[0]->level = 0.5f;
     t.block();
     EXPECT_FLOAT_EQ(t.left[0], 0.5f + 0.5f * 0.25f);
+}
+
+/// An audio out that is led back into what feeds it is cut off there, and takes all the others in;
+/// one that is led into another out arrives there whole, wherever the two stand.
+TEST(Cycle, OutsMayLeadBackAndOn) {
+    for (const bool exchanged : {false, true}) {
+        StripFixture t;
+        SignalComp* first = t.addSignal();
+        CGroupCh* group = t.add(new CGroupCh(t.host));
+        SignalComp* inGroup = t.add(new SignalComp(t.host));
+        auto* second = t.add(new CAudioOut(t.host));
+        t.connect(inGroup, group);
+        t.connect(t.out, group); // the ring
+        t.connect(group);
+        SignalComp* last = t.addSignal();
+        t.connect(t.out, second);
+        CGroupCh* bus = t.addBus();
+        last->output()->sendLevels[0]->level = 1.0f;
+        int n = 0;
+        for (SignalComp* s : {first, inGroup, last})
+            s->left = [level = 0.0625f * float(1 << n++)](long) { return level; };
+        if (exchanged) {
+            const GraphHold hold(t.host);
+            t.host->comps.exchange(t.host->comps.indexed(t.out), t.host->comps.indexed(second));
+        }
+        t.out->output()->vol = 0.5f;
+        t.run(3);
+        EXPECT_EQ(bus->output()->bufL[9], 0.25f);
+        EXPECT_EQ(t.out->output()->bufL[9], 0.25f * (0.0625f + 0.125f + 2 * 0.25f)) << exchanged;
+        EXPECT_EQ(second->output()->bufL[9], t.out->output()->bufL[9]) << exchanged;
+    }
 }
 
 /// Nor does a dry render take the strip of the out.

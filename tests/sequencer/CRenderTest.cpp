@@ -103,6 +103,32 @@ TEST(CRender, RestoresTheHostAndRepeats) {
     EXPECT_EQ(f.folder.read("a.wav"), f.folder.read("b.wav"));
 }
 
+/// A note that sounds on an instrument outside ends as soon as the render has the song.
+TEST(CRender, EndsTheNotesOutside) {
+    RenderFixture f;
+    CSongTrack* t = f.track(trackMIDI);
+    CPart* part = midiPart(0, 9600);
+    part->addEvent(0, note(60, 9000));
+    t->addPart(part, nullptr);
+    {
+        const GraphHold hold(&f.host);
+        f.device.midiOut->addMIDICable(t->track->outPort(), nullptr);
+    }
+    f.host.start();
+    f.device.run(4);
+    const auto notes = [&f](bool on) {
+        return std::ranges::count_if(f.device.sent, [on](const AamEvent& e) {
+            return asByte1(e.data) == 60 && (on ? noteOn(e.data) : noteOff(e.data));
+        });
+    };
+    EXPECT_EQ(notes(true), 1);
+    f.render({0, 960});
+    f.device.forget();
+    f.device.run();
+    EXPECT_EQ(notes(false), 1);
+    EXPECT_EQ(notes(true), 0);
+}
+
 TEST(CRender, LimitsWhatIsOutOfRange) {
     const float notANumber = std::numeric_limits<float>::quiet_NaN();
     for (const auto& [level, expected] :

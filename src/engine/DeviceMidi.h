@@ -1,0 +1,49 @@
+#pragma once
+
+#include "base/Atomic.h"
+
+#include "driver/libaam.h"
+
+#include <bitset>
+#include <span>
+#include <vector>
+
+/// What of MIDI outlives a block on its way between the driver and the graph: messages of blocks
+/// that did not run, and the notes that sound on instruments outside. The driver's callback, but
+/// for `askSilence` and `sounding`.
+class DeviceMidi {
+public:
+    Shared<unsigned> calls{0}; ///< of the driver, whether with the graph or not
+
+    DeviceMidi() : kept(aamMaxEvents) {}
+
+    /// Keeps the messages of a block that cannot run for the next one that does. Those that there
+    /// is no room for are lost.
+    void keep(std::span<const AamEvent> in);
+    /// What was kept, with the messages of this block behind; valid until the next call.
+    std::span<const AamEvent> take(std::span<const AamEvent> in);
+    void forgetKept() { numKept = 0; }
+
+    /// Takes down which notes begin and end with the messages that go out.
+    void follow(std::span<const AamEvent> out);
+    /// The next block ends every note and pedal outside, whether it has the graph or not. Any
+    /// thread.
+    void askSilence() { asked = true; }
+    /// Whether notes or pedals are held outside. Any thread; settled while no block runs.
+    bool sounding() const { return held > 0; }
+    /// If silence was asked for, writes the messages that make it and answers their count. `room`
+    /// is the driver's array.
+    int endNotes(std::span<AamEvent> room);
+
+private:
+    static constexpr int devices = 129, channels = 16, keys = 128; ///< device -1 is place 0
+
+    void set(std::size_t at, bool on);
+
+    std::vector<AamEvent> kept; ///< room for `aamMaxEvents`
+    int numKept = 0;
+    /// Of each channel of each device the keys, then the pedal.
+    std::bitset<std::size_t(devices) * channels*(keys + 1)> down;
+    Shared<int> held{0}; ///< bits of `down`
+    Shared<bool> asked{false};
+};
