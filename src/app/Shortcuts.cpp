@@ -1,9 +1,8 @@
 #include "app/Shortcuts.h"
 
 #include "base/Numbers.h"
-#include "gui/Keys.h"
+#include "gui/Utf8.h"
 
-#include <cctype>
 #include <initializer_list>
 
 namespace {
@@ -22,15 +21,12 @@ constexpr int functionKeys = 12;
 
 } // namespace
 
-int upperKey(int key) {
-    return key >= 0 && key <= 255 ? std::toupper(key) : key;
-}
-
 CStr keyToStr(int key) {
     for (const NamedKey& k : namedKeys)
         if (k.key == key) return k.name;
     if (key <= keyF1 && key >= keyF12) return CStr("F") + asStr(keyF1 - key + 1);
-    return key > 0 && key <= 255 ? CStr(char(upperKey(key))) : CStr();
+    if (key <= 0 || key > 255) return {};
+    return asUtf8(std::string(1, char(upperKey(key)))).c_str();
 }
 
 int strToKey(const CStr& text) {
@@ -38,7 +34,10 @@ int strToKey(const CStr& text) {
         if (sameText(text, k.name)) return k.key;
     for (int i = 0; i < functionKeys; i++)
         if (sameText(text, keyToStr(keyF1 - i))) return keyF1 - i;
-    return text.length() == 1 ? static_cast<unsigned char>(text[0]) : 0;
+    // Keys are Latin-1, the text is UTF-8.
+    const std::string key = asLatin1(text.asChar());
+    if (key.size() != 1 || (key == "?" && text != "?")) return 0;
+    return static_cast<unsigned char>(key[0]);
 }
 
 CStr shortcutToStr(int key, int mods) {

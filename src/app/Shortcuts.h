@@ -1,11 +1,10 @@
 #pragma once
 
 #include "base/CStr.h"
+#include "gui/Keys.h"
 
 // Keys as texts, for menus, hints and the setup.
 
-/// A key code with a small letter made a capital; all others as they are.
-int upperKey(int key);
 /// "F5", "DEL", "SPACE", or the capital of a character; empty for 0 and keys without a name.
 CStr keyToStr(int key);
 /// The key of such a text, whatever the case; 0 for anything else.

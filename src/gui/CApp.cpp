@@ -25,10 +25,10 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
-constexpr std::chrono::milliseconds turn{CApp::turnMs};
+constexpr std::chrono::milliseconds oneMs{1};
 constexpr int doubleClickRoom = 7; // pixels either way
 constexpr int wheelStep = 32;
-constexpr int mostTurns = 50; // of waiting at a time
+constexpr int mostWaitMs = 500; // at a time
 
 /// Looks for a motion that makes an earlier one needless: of the same window, with the same buttons
 /// and modifiers, and without anything the user did in between.
@@ -55,7 +55,7 @@ bool barred(const XEvent& event, const CWin* modal) {
 
 } // namespace
 
-CApp::CApp() : turnStart(Clock::now()) {
+CApp::CApp() : stepped(Clock::now()) {
 }
 
 CApp::~CApp() {
@@ -66,6 +66,7 @@ CApp::~CApp() {
     delete onKey;
     delete onHint;
     delete onEndDrag;
+    delete onStrayDrop;
     backBuffer.reset();
     selectionOwner().close();
     xConnection().close();
@@ -95,10 +96,14 @@ void CApp::run(CWin* main) {
     running = false;
 }
 
-void CApp::dispatchEvents() {
-    const auto end = Clock::now() + std::chrono::milliseconds(dispatchMs);
+Clock::time_point CApp::dispatchEnd() const {
+    return Clock::now() + std::chrono::milliseconds(dispatchMs);
+}
+
+void CApp::dispatchEvents(const CWin* modal) {
+    const auto end = dispatchEnd();
     XEvent event;
-    while (Clock::now() < end && nextEvent(event))
+    while (Clock::now() < end && (!modal || modal->visible) && nextEvent(event))
         if (!barred(event, modalWin)) handleEvent(event);
 }
 
@@ -110,32 +115,29 @@ bool CApp::nextEvent(XEvent& event) {
 }
 
 void CApp::idle() {
-    stepTimers(dueTurns());
-    waitForEvent(1);
+    stepTimers(dueMs());
+    waitForEvent(turnMs);
 }
 
 void CApp::longIdle() {
-    stepTimers(dueTurns());
-    int turns = mostTurns;
-    for (const CCtrl* ctrl : each<CCtrl>(timers))
-        turns = asMin(turns, (ctrl->timerCount + turnMs - 1) / turnMs);
-    waitForEvent(asMax(turns, 1));
+    stepTimers(dueMs());
+    waitForEvent(mostWaitMs);
 }
 
-/// The whole turns since the last call, by the clock.
-int CApp::dueTurns() {
-    const auto passed = (Clock::now() - turnStart) / turn;
-    turnStart += passed * turn;
+/// The whole milliseconds since the last call, by the clock.
+int CApp::dueMs() {
+    const auto passed = (Clock::now() - stepped) / oneMs;
+    stepped += passed * oneMs;
     return saturate(passed);
 }
 
-void CApp::stepTimers(int turns) {
-    if (turns < 1) return;
+void CApp::stepTimers(int ms) {
+    if (ms < 1) return;
     std::vector<CCtrl*> now;
     for (CCtrl* ctrl : each<CCtrl>(timers)) now.push_back(ctrl);
     for (CCtrl* ctrl : now) {
         if (!timers.contains(ctrl)) continue; // an earlier handler has removed it
-        const int64_t left = int64_t(ctrl->timerCount) - int64_t(turns) * turnMs;
+        const int64_t left = int64_t(ctrl->timerCount) - ms;
         ctrl->timerCount = saturate(left);
         if (left >= 1) continue;
         if (ctrl->timerRepeat)
@@ -147,8 +149,10 @@ void CApp::stepTimers(int turns) {
     }
 }
 
-void CApp::waitForEvent(int turns) {
-    const auto left = turnStart + turns * turn - Clock::now();
+/// Up to so many milliseconds after the timers were stepped, and no longer than a timer needs.
+void CApp::waitForEvent(int ms) {
+    for (const CCtrl* ctrl : each<CCtrl>(timers)) ms = asMin(ms, ctrl->timerCount);
+    const auto left = stepped + asMax(ms, 1) * oneMs - Clock::now();
     if (left <= left.zero()) return;
     timespec wait{0, long(std::chrono::nanoseconds(left).count())};
     Display* display = liveDisplay();
@@ -159,9 +163,9 @@ void CApp::waitForEvent(int turns) {
 
 void CApp::addTimer(CCtrl* ctrl, int ms, bool repeat) {
     timers.remove(ctrl);
-    const auto waiting = (Clock::now() - turnStart) / turn; // turns that idle has still to step
+    const auto waiting = (Clock::now() - stepped) / oneMs; // that idle has still to step
     ctrl->timerInterval = asMax(ms, turnMs);
-    ctrl->timerCount = saturate(ctrl->timerInterval + waiting * turnMs);
+    ctrl->timerCount = saturate(ctrl->timerInterval + waiting);
     ctrl->timerRepeat = repeat;
     timers.add(ctrl);
 }
@@ -194,8 +198,8 @@ void CApp::handleEvent(const XEvent& raw) {
         press(win, event);
         break;
     case ButtonRelease:
-        if (event.xbutton.button >= Button4) break;
-        lastMouseBtn = 0;
+        if (event.xbutton.button >= Button4 || otherButton(event)) break;
+        lastMouseBtn = pressedButton = 0;
         win->mouseUp(event.xbutton.x, event.xbutton.y,
                      translateButton(int(event.xbutton.button), event.xbutton.state));
         break;
@@ -260,6 +264,14 @@ void CApp::keyEvent(CWin* win, const XEvent& event) {
         win->keyUp(key, mods);
 }
 
+/// While a button is held, presses and releases of the others neither begin nor end anything.
+bool CApp::otherButton(const XEvent& event) const {
+    const unsigned masks[] = {0, Button1Mask, Button2Mask, Button3Mask};
+    const int button = int(event.xbutton.button);
+    return pressedButton && button != pressedButton && button < Button4 &&
+           (event.xbutton.state & masks[pressedButton]);
+}
+
 bool CApp::secondPress(const XEvent& event) const {
     const XButtonEvent& button = event.xbutton;
     return lastMouseTime != -1 && std::abs(button.x_root - lastMousePos.x) <= doubleClickRoom &&
@@ -269,6 +281,7 @@ bool CApp::secondPress(const XEvent& event) const {
 
 void CApp::press(CWin* win, const XEvent& event) {
     const XButtonEvent& button = event.xbutton;
+    if (otherButton(event)) return;
     if (CWin* owner = getMDIOwner(win)) {
         win->raise(false);
         owner->setKeyCtrl(nullptr);
@@ -277,7 +290,8 @@ void CApp::press(CWin* win, const XEvent& event) {
         wheel(win, event);
         return;
     }
-    int held = translateButton(int(button.button), button.state);
+    pressedButton = int(button.button);
+    int held = translateButton(pressedButton, button.state);
     if (secondPress(event)) {
         held |= modDouble;
         lastMouseTime = -1;
@@ -415,8 +429,7 @@ void CApp::endDraw(CWin* win, CRect rect, bool force) {
 
 void CApp::drawNow(CWin* win, CCtrl* ctrl) {
     if (!ctrl->shown() || !ctrl->painted) return;
-    const CRect rect =
-        asRect(ctrl->absX, ctrl->absY, ctrl->absX + ctrl->width, ctrl->absY + ctrl->height);
+    const CRect rect = ctrl->visibleRect();
     CGraphic* g = nullptr;
     if (rect.empty() || !startDraw(win, &g, rect, true)) return;
     g->originX = ctrl->absX;

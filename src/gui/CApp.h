@@ -22,11 +22,11 @@ union _XEvent;
 /// off-screen buffer that all windows are painted through. One in a program. Interface thread.
 ///
 /// Everything happens in `run`: events are handled until there are none, timers are stepped, and
-/// the rest of a turn of 10 ms is spent waiting for events. Modal windows and menus run loops of
+/// until the next one is due it waits for events. Modal windows and menus run loops of
 /// the same shape inside.
 class CApp : public CObject {
 public:
-    static constexpr int turnMs = 10;
+    static constexpr int turnMs = 10;           ///< the shortest interval of a timer
     static constexpr int doubleClickTime = 400; ///< milliseconds
     static constexpr int dispatchMs = 40;
 
@@ -50,12 +50,15 @@ public:
     bool doubleBuffer = true;
     std::unique_ptr<CBitmap> backBuffer; ///< grows to the largest area painted
     std::unique_ptr<CGui> gui;           ///< the theme; starts with the dark look
-    COnChange* onEndDrag = nullptr;      ///< owned
+    COnChange* onEndDrag = nullptr;      ///< owned; a drag ends, dropped or not
+    /// Owned; takes drops on windows in which nobody else does. Null refuses them.
+    COnChange* onStrayDrop = nullptr;
 
     CPoint lastMousePos;       ///< on the screen, of the last press
     long lastMouseTime = -1;   ///< of the last press that can begin a double click, -1 none
     int lastModKey = 0;        ///< flags of the last mouse event
     int lastMouseBtn = 0;      ///< 1 left, 2 right button of the last press, 0 after a release
+    int pressedButton = 0;     ///< number of the button that began the press; 0 without one
     CWin* lastWin = nullptr;   ///< that is being told of its new focus
     CList* dragList = nullptr; ///< of CDropItem, owned with its contents; null without a drag
     CCtrl *dragCtrl = nullptr, *dragOverCtrl = nullptr;
@@ -69,13 +72,15 @@ public:
     /// Shows the window and runs until it is hidden or the server is lost.
     void run(CWin* main);
     /// Handles the events that wait. While more and more come, it returns after `dispatchMs`, so
-    /// that the timers go on.
-    void dispatchEvents();
-    /// Steps the timers by the turns that have passed, then waits for an event or the turn's end.
+    /// that the timers go on; with a modal window, also when that one is hidden.
+    void dispatchEvents(const CWin* modal = nullptr);
+    std::chrono::steady_clock::time_point dispatchEnd() const; ///< by when to return, from now on
+    /// Steps the timers by the milliseconds that have passed, then waits for an event, the next
+    /// timer or the end of a turn.
     void idle();
     /// The same, but waits until a timer is due: for loops in which only events and timers act.
     void longIdle();
-    /// Calls `onTimer` after `ms` milliseconds, in steps of 10 and no sooner than 10. A control has
+    /// Calls `onTimer` after `ms` milliseconds, no sooner than 10. A control has
     /// one timer at most: a new one replaces it. Calls that came too late are left out.
     void addTimer(CCtrl* ctrl, int ms, bool repeat);
     void killTimer(CCtrl* ctrl);
@@ -95,7 +100,8 @@ public:
     void dragStep(int btn);                                 ///< the pointer moved during a drag
     void drop(int btn); ///< the button was released during a drag
     /// The same for a drag of any program: at a point of the screen, over the window `under`, null
-    /// for none of ours. `dragOver` tells whether a control or the window takes drops there.
+    /// for none of ours. `dragOver` tells whether a control, the window or `onStrayDrop` takes
+    /// drops there.
     bool dragOver(CWin* under, CPoint pointer, int btn);
     void dropOn(CWin* under, CPoint pointer, int btn);
     void hideDragWin();
@@ -109,9 +115,9 @@ public:
     /// there is nothing to paint. `force`: on the buffer, even for an empty rectangle.
     bool startDraw(CWin* win, CGraphic** g, CRect rect, bool force);
     void endDraw(CWin* win, CRect rect, bool force); ///< shows what was painted
-    /// Paints one control right now where it stood at the last paint; nothing happens when there
-    /// was none or it has moved since. It has to fill its whole rectangle: what lies behind it is
-    /// not painted.
+    /// Paints what can be seen of one control right now where it stood at the last paint; nothing
+    /// happens when there was none or it has moved since. It has to fill its whole rectangle: what
+    /// lies behind it is not painted.
     void drawNow(CWin* win, CCtrl* ctrl);
     void redrawAll();
 
@@ -154,21 +160,22 @@ private:
     void keyEvent(CWin* win, const _XEvent& event);
     void press(CWin* win, const _XEvent& event);
     void wheel(CWin* win, const _XEvent& event);
+    bool otherButton(const _XEvent& event) const;
     bool secondPress(const _XEvent& event) const;
     void focusEvent(CWin* win, const _XEvent& event);
     void expose(CWin* win, const _XEvent& event);
     void motion(CWin* win, const _XEvent& event);
     void moveDragWin();
     void detach(CCtrl* ctrl);
-    void stepTimers(int turns);
-    int dueTurns();
-    void waitForEvent(int turns);
+    void stepTimers(int ms);
+    int dueMs();
+    void waitForEvent(int ms);
     void purge();
 
     std::unordered_map<unsigned long, CWin*> windowTable;
-    std::vector<CCtrl*> doomed; ///< owned, waiting for the handlers to end
-    int handlers = 0;           ///< on the stack
-    std::chrono::steady_clock::time_point turnStart;
-    std::unique_ptr<CDragWin> dragWin; ///< made on first use
+    std::vector<CCtrl*> doomed;                    ///< owned, waiting for the handlers to end
+    int handlers = 0;                              ///< on the stack
+    std::chrono::steady_clock::time_point stepped; ///< until when the timers are
+    std::unique_ptr<CDragWin> dragWin;             ///< made on first use
     std::unique_ptr<XdndTarget> outsideDrags;
 };

@@ -116,6 +116,16 @@ bool CCtrl::shown() const {
     return win->visible;
 }
 
+CRect CCtrl::visibleRect() const {
+    const auto place = [](const CCtrl* c) {
+        return asRect(c->absX, c->absY, c->absX + c->width, c->absY + c->height);
+    };
+    CRect rect = intersect(place(this), win->clientRect());
+    for (const CCtrl* c = parent; c && c->category != catWin; c = c->parent)
+        rect = intersect(rect, place(c));
+    return rect;
+}
+
 bool CCtrl::isPushed() const {
     return win->mouseCtrl == this;
 }

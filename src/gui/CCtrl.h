@@ -73,6 +73,7 @@ public:
     virtual bool keyDown(int key, int mods); ///< true when the key was taken
     virtual bool keyUp(int key, int mods);
     virtual void onTimer() {}
+    virtual bool contextMenu() { return false; } ///< opens it by a key; false without one
     virtual void setFocus(bool on) { static_cast<void>(on); }       ///< key focus came or went
     virtual bool mouseWheel(int x, int y, int btn, int dy, int dx); ///< true when it was taken
     virtual void mouseOver(bool enter, int x, int y);
@@ -85,6 +86,8 @@ public:
     void setBounds(int l, int t, int w, int h);
     void setAlign(int how, int x, int y);
     bool inside(int x, int y) const { return x >= 0 && y >= 0 && x < width && y < height; }
+    /// What of it lies within all groups around, in the window as last painted; empty for nothing.
+    CRect visibleRect() const;
     CRect clientRect() const { return asRect(0, 0, width, height); }
 
     /// Whether the control can be seen, it and all groups around it.

@@ -31,14 +31,6 @@ void alignDown(CCtrl* c, int room) {
         c->top = (room - c->height) * c->alignY / percent;
 }
 
-/// Limits of the server's clip while a clipped control paints: its own rectangle, and on the right
-/// and at the bottom those in force.
-CRect serverClip(const CGraphic* g, CRect r) {
-    if (g->hwRight > 0) r.right = asMin(r.right, g->hwRight);
-    if (g->hwBottom > 0) r.bottom = asMin(r.bottom, g->hwBottom);
-    return r;
-}
-
 } // namespace
 
 CGroup::CGroup(CWin* owner, const CStr& name, int l, int t, int w, int h)
@@ -123,7 +115,7 @@ void CGroup::paintCtrl(CGraphic* g, CCtrl* ctrl, int x, int y) {
         ctrl->paint(g, ctrl->clientRect());
         return;
     }
-    const CRect former = g->setClip(serverClip(g, bounds));
+    const CRect former = g->setClip(asRect(g->clipLeft, g->clipTop, g->clipRight, g->clipBottom));
     ctrl->paint(g, ctrl->clientRect());
     g->setClip(former);
 }

@@ -128,7 +128,8 @@ public:
     void updateClient();            ///< stacks caption, menu, toolbar and client area
     void setCaption(const CStr& text);
     void bringToFront() { raise(false); }
-    void dropAt(int x, int y, int btn); ///< gives `CApp::dragList` to who takes it there
+    /// Gives `CApp::dragList` to who takes it there; false when nobody does.
+    bool dropAt(int x, int y, int btn);
     bool isViewable() const;
 
     bool isPage() const;    ///< lies in the area of pages of another window
@@ -150,6 +151,7 @@ public:
 
 protected:
     virtual void drawCaption(CObject* sender, CGraphic* g, CRect rect);
+    bool ownKey(int key, int mods); ///< the keys of windows themselves; true when it is one
 
 private:
     void createHandle();
@@ -167,7 +169,8 @@ private:
     int hover(int x, int y, int btn);
     void saveRect();
     bool offerKey(int key, int mods);
-    bool ownKey(int key, int mods);
+    void dropCaptionMenuByKey();
+    bool openContextMenu();
     void paintBackground(CGraphic* g, CRect rect);
     bool filledByManager();
     bool fillsScreen();

@@ -90,7 +90,8 @@ void CWin::setCapture(bool on) {
     Display* display = liveDisplay();
     if (!display) return;
     if (on)
-        XGrabPointer(display, handle, False, ButtonReleaseMask | PointerMotionMask, GrabModeAsync,
+        XGrabPointer(display, handle, False,
+                     ButtonPressMask | ButtonReleaseMask | PointerMotionMask, GrabModeAsync,
                      GrabModeAsync, None, None, CurrentTime);
     else
         XUngrabPointer(display, CurrentTime);
@@ -258,15 +259,16 @@ bool CWin::mouseWheel(int x, int y, int btn, int dy, int dx) {
     return false;
 }
 
-void CWin::dropAt(int x, int y, int btn) {
+bool CWin::dropAt(int x, int y, int btn) {
     CCtrl* target = controlAtPos(x, y);
     while (target && target->category != catWin && !target->onDrop) target = target->parent;
     if (target && target->category != catWin) {
         const CPoint at = controlPos(target);
         (*target->onDrop)(target, x - at.x, y - at.y, btn);
-    } else if (onDrop) {
-        (*onDrop)(this, x, y, btn);
+        return true;
     }
+    if (onDrop) (*onDrop)(this, x, y, btn);
+    return onDrop;
 }
 
 bool CWin::keyDown(int key, int mods) {
@@ -292,7 +294,7 @@ bool CWin::offerKey(int key, int mods) {
 }
 
 bool CWin::ownKey(int key, int mods) {
-    constexpr int keyF11 = keyF1 - 10;
+    constexpr int keyF10 = keyF1 - 9, keyF11 = keyF1 - 10;
     if (key == keyEscape && hasStyle(winEscape) && takesKeys()) {
         hide();
         return true;
@@ -302,14 +304,26 @@ bool CWin::ownKey(int key, int mods) {
         return true;
     }
     if (key == ' ' && mods == modAlt && captionGroup) {
-        dropCaptionMenu(addPos(getPos(true), asPoint(borderSize, borderSize + captionHeight)),
-                        true);
+        dropCaptionMenuByKey();
         return true;
     }
+    if (key == keyMenu || (key == keyF10 && mods == modShift)) return openContextMenu();
     if (key != keyTab) return false;
     if (!(mods & modControl)) return nextCtrl(mods & modShift ? -1 : 1);
     app->nextWin(this, mods);
     return true;
+}
+
+void CWin::dropCaptionMenuByKey() {
+    dropCaptionMenu(addPos(getPos(true), asPoint(borderSize, borderSize + captionHeight)), true);
+}
+
+/// That of the control with the focus or of one around it, else that of the caption.
+bool CWin::openContextMenu() {
+    for (CCtrl* c = keyCtrl; c && c->category != catWin; c = c->parent)
+        if (c->contextMenu()) return true;
+    if (captionGroup) dropCaptionMenuByKey();
+    return captionGroup;
 }
 
 bool CWin::keyUp(int key, int mods) {

@@ -16,10 +16,6 @@ constexpr int restoredMargin = 100; // from the screen's edges, for want of a fo
 constexpr int managerMs = 250, askAgainMs = 5; // what a window manager may take to act
 constexpr int wheelFirst = 4, wheelLast = 7;
 
-bool isButton(const XEvent& event) {
-    return event.type == ButtonPress || event.type == ButtonRelease;
-}
-
 /// Whether nobody rules who has the focus: there is no window manager, and the pointer decides.
 bool focusIsFree() {
     Window focused = None;
@@ -197,9 +193,7 @@ void CWin::modalTurn() {
     if (!display) return;
     if (!hasFocus() && (app->active || focusIsFree()) && isViewable())
         XSetInputFocus(display, handle, RevertToParent, CurrentTime);
-    XEvent event;
-    while (visible && app->nextEvent(event))
-        if (!isButton(event) || takesPress(event.xany.window)) app->handleEvent(event);
+    app->dispatchEvents(this);
 }
 
 bool CWin::takesPress(unsigned long target) const {
@@ -220,8 +214,10 @@ void CWin::showMenu() {
     show(false);
     if (!first) return;
     while (visible && liveDisplay()) {
+        const auto end = app->dispatchEnd();
         XEvent event;
-        while (visible && app->nextEvent(event)) menuEvent(event);
+        while (visible && std::chrono::steady_clock::now() < end && app->nextEvent(event))
+            menuEvent(event);
         if (visible) app->longIdle();
     }
     if (autoDelete) app->deleteLater(this);

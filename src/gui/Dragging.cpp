@@ -86,7 +86,7 @@ bool CApp::dragOver(CWin* under, CPoint pointer, int btn) {
         dragOverCtrl = target;
         tellDragOver(target, pointer, btn);
     }
-    return target || (under && under->onDrop);
+    return target || (under && (under->onDrop || onStrayDrop));
 }
 
 void CApp::moveDragWin() {
@@ -109,7 +109,7 @@ void CApp::dropOn(CWin* under, CPoint pointer, int btn) {
     if (dragList && under) {
         under->setFocus(true);
         const CPoint at = minus(pointer, under->getPos(true));
-        under->dropAt(at.x, at.y, btn);
+        if (!under->dropAt(at.x, at.y, btn) && onStrayDrop) (*onStrayDrop)(this);
     }
     endDrag();
 }

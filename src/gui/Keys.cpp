@@ -1,19 +1,57 @@
 #include "gui/Keys.h"
 
+#include <X11/XF86keysym.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <X11/keysym.h>
+
+#include <algorithm>
+#include <cctype>
+#include <iterator>
 
 namespace {
 
-/// Key symbols without a character, by their distance from Home.
+struct SymbolKey {
+    KeySym symbol;
+    int key;
+};
+// The keypad without Num Lock has symbols of its own, and Shift makes another key of Tab.
+constexpr SymbolKey symbolKeys[] = {
+    {XK_Home, keyHome},
+    {XK_Left, keyLeft},
+    {XK_Up, keyUp},
+    {XK_Right, keyRight},
+    {XK_Down, keyDown},
+    {XK_Prior, keyPageUp},
+    {XK_Next, keyPageDown},
+    {XK_End, keyEnd},
+    {XK_KP_Home, keyHome},
+    {XK_KP_Left, keyLeft},
+    {XK_KP_Up, keyUp},
+    {XK_KP_Right, keyRight},
+    {XK_KP_Down, keyDown},
+    {XK_KP_Prior, keyPageUp},
+    {XK_KP_Next, keyPageDown},
+    {XK_KP_End, keyEnd},
+    {XK_KP_Delete, keyDelete},
+    {XK_ISO_Left_Tab, keyTab},
+    {XK_Menu, keyMenu},
+    {XF86XK_AudioPlay, keyMediaPlay},
+    {XF86XK_AudioPause, keyMediaPlay},
+    {XF86XK_AudioStop, keyMediaStop},
+    {XF86XK_AudioPrev, keyMediaPrior},
+    {XF86XK_AudioRewind, keyMediaPrior},
+    {XF86XK_AudioNext, keyMediaNext},
+    {XF86XK_AudioForward, keyMediaNext},
+    {XF86XK_AudioRecord, keyMediaRecord},
+};
+
+/// Of symbols without a character; 0 for those that mean nothing here.
 int keyOfSymbol(KeySym symbol) {
-    constexpr KeySym home = 0xFF50, f1 = home + 110;
-    constexpr KeySym backTab = 0xFE20; // what Shift makes of the Tab key
-    constexpr int cursorKeys[] = {keyHome, keyLeft,   keyUp,       keyRight,
-                                  keyDown, keyPageUp, keyPageDown, keyEnd};
-    if (symbol >= home && symbol < home + 8) return cursorKeys[symbol - home];
-    if (symbol >= f1 && symbol < f1 + 12) return keyF1 - int(symbol - f1);
-    return symbol == backTab ? keyTab : 0;
+    if (symbol >= XK_F1 && symbol <= XK_F12) return keyF1 - int(symbol - XK_F1);
+    const auto* found = std::find_if(std::begin(symbolKeys), std::end(symbolKeys),
+                                     [&](const SymbolKey& k) { return k.symbol == symbol; });
+    return found == std::end(symbolKeys) ? 0 : found->key;
 }
 
 int keyOfCharacter(unsigned char c) {
@@ -41,6 +79,10 @@ int modifiers(unsigned state) {
 }
 
 } // namespace
+
+int upperKey(int key) {
+    return key >= 0 && key <= 255 ? std::toupper(key) : key;
+}
 
 bool translateKey(const XEvent& event, int& key, int& mods) {
     key = mods = 0;

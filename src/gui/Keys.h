@@ -32,7 +32,16 @@ enum Key : int {
     keyF1 = -15,     ///< F2 to F12 follow downwards
     keyF12 = -26,
     keyAsterisk = -27, ///< "*" is a shortcut key and never a character
+    keyMenu = -28,     ///< opens the context menu
+    keyMediaPlay = -29,
+    keyMediaStop = -30,
+    keyMediaPrior = -31, ///< rewinds too
+    keyMediaNext = -32,  ///< winds forward too
+    keyMediaRecord = -33,
 };
+
+/// A key code with a small letter made a capital; all others as they are.
+int upperKey(int key);
 
 /// The key code and modifiers of a key event. False for a key that means nothing here, such as a
 /// modifier alone. Control leaves the character as it is: Control-A is 'a' with `modControl`.

@@ -32,16 +32,33 @@ void SelectionOwner::close() {
     *this = SelectionOwner();
 }
 
-void SelectionOwner::offer(const std::string& utf8) {
+SelectionOwner::Offer& SelectionOwner::offerOf(unsigned long selection) {
+    for (Offer& o : offers)
+        if (o.selection == selection) return o;
+    return offers.emplace_back(Offer{selection, std::make_shared<std::string>(), 0});
+}
+
+const std::string& SelectionOwner::getText(unsigned long selection) const {
+    static const std::string nothing;
+    for (const Offer& o : offers)
+        if (o.selection == selection) return *o.text;
+    return nothing;
+}
+
+void SelectionOwner::offer(const std::string& utf8,
+                           std::initializer_list<unsigned long> selections) {
     Display* display = liveDisplay();
     if (!display) return;
     const XConnection& x = xConnection();
-    text = std::make_shared<std::string>(utf8);
-    time = x.userTime;
+    const Text text = std::make_shared<std::string>(utf8);
+    const unsigned long time = x.userTime;
     if (!window)
         window = XCreateWindow(display, x.root, -1, -1, 1, 1, 0, 0, InputOnly, CopyFromParent, 0,
                                nullptr);
-    for (const Atom selection : {x.atoms.clipboard, Atom(XA_PRIMARY)}) {
+    for (const Atom selection : selections) {
+        Offer& mine = offerOf(selection);
+        mine.text = text;
+        mine.time = time;
         XSetSelectionOwner(display, selection, window, time);
         // A request older than what somebody else did is passed over.
         if (!owns(selection)) XSetSelectionOwner(display, selection, window, CurrentTime);
@@ -80,10 +97,11 @@ void SelectionOwner::answer(const XEvent& event) {
     const XSelectionRequestEvent& asked = event.xselectionrequest;
     const Atom property = asked.property ? asked.property : asked.target; // as in old programs
     bool given = owns(asked.selection);
+    const Offer mine = offerOf(asked.selection);
     if (given && asked.target == xConnection().atoms.multiple)
-        given = answerMany(asked.requestor, property);
+        given = answerMany(mine, asked.requestor, property);
     else if (given)
-        given = convert(asked.requestor, asked.target, property);
+        given = convert(mine, asked.requestor, asked.target, property);
     XEvent reply{};
     reply.xselection.type = SelectionNotify;
     reply.xselection.requestor = asked.requestor;
@@ -97,7 +115,8 @@ void SelectionOwner::answer(const XEvent& event) {
 
 /// Several forms at once: the property names pairs of target and property, and a refused one
 /// becomes None.
-bool SelectionOwner::answerMany(unsigned long requestor, unsigned long property) {
+bool SelectionOwner::answerMany(const Offer& offer, unsigned long requestor,
+                                unsigned long property) {
     constexpr long mostItems = 64;
     Display* display = liveDisplay();
     Atom type;
@@ -110,7 +129,8 @@ bool SelectionOwner::answerMany(unsigned long requestor, unsigned long property)
     if (usable) {
         auto* items = reinterpret_cast<Atom*>(found);
         for (unsigned long i = 0; i + 1 < count; i += 2)
-            if (!items[i + 1] || !convert(requestor, items[i], items[i + 1])) items[i + 1] = None;
+            if (!items[i + 1] || !convert(offer, requestor, items[i], items[i + 1]))
+                items[i + 1] = None;
         XChangeProperty(display, requestor, property, xConnection().atoms.atomPair, 32,
                         PropModeReplace, found, int(count));
     }
@@ -118,7 +138,7 @@ bool SelectionOwner::answerMany(unsigned long requestor, unsigned long property)
     return usable;
 }
 
-bool SelectionOwner::convert(unsigned long requestor, unsigned long target,
+bool SelectionOwner::convert(const Offer& offer, unsigned long requestor, unsigned long target,
                              unsigned long property) {
     const XConnection::Atoms& atoms = xConnection().atoms;
     const auto putItems = [&](Atom type, const unsigned long* items, int count) {
@@ -129,11 +149,11 @@ bool SelectionOwner::convert(unsigned long requestor, unsigned long target,
     const Atom forms[] = {atoms.utf8String, atoms.utf8Plain, atoms.text,     XA_STRING,
                           atoms.targets,    atoms.multiple,  atoms.timestamp};
     if (target == atoms.targets) return putItems(XA_ATOM, forms, int(std::size(forms)));
-    if (target == atoms.timestamp) return putItems(XA_INTEGER, &time, 1);
+    if (target == atoms.timestamp) return putItems(XA_INTEGER, &offer.time, 1);
     if (target == XA_STRING) {
-        put(requestor, property, target, std::make_shared<std::string>(asLatin1(*text)));
+        put(requestor, property, target, std::make_shared<std::string>(asLatin1(*offer.text)));
     } else if (target == atoms.utf8String || target == atoms.utf8Plain || target == atoms.text) {
-        put(requestor, property, target == atoms.text ? atoms.utf8String : target, text);
+        put(requestor, property, target == atoms.text ? atoms.utf8String : target, offer.text);
     } else {
         return false;
     }

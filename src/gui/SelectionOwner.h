@@ -1,22 +1,25 @@
 #pragma once
 
 #include <chrono>
+#include <initializer_list>
 #include <list>
 #include <memory>
 #include <string>
 
 union _XEvent;
 
-/// Offers our text to other programs, as the owner of the selections CLIPBOARD and PRIMARY. Who
-/// asks gets it in UTF-8 or Latin-1; a large one goes piece by piece, at the pace of the asking
+/// Offers our texts to other programs, as the owner of the selections CLIPBOARD and PRIMARY. Who
+/// asks gets one in UTF-8 or Latin-1; a large one goes piece by piece, at the pace of the asking
 /// program, and is given up when that does not go on. Interface thread.
 class SelectionOwner {
 public:
-    /// Becomes the owner of both. Nothing happens without a display.
-    void offer(const std::string& utf8);
+    /// Becomes the owner of these selections (atoms), one or two, with a text. Nothing happens
+    /// without a display.
+    void offer(const std::string& utf8, std::initializer_list<unsigned long> selections);
     /// Whether our text is in a selection (an atom) now.
     bool owns(unsigned long selection) const;
-    const std::string& getText() const { return *text; }
+    /// What we offer, or have offered last, as a selection; empty before.
+    const std::string& getText(unsigned long selection) const;
     /// Whether an event is for `handle`.
     bool concerns(const _XEvent& event) const;
     bool handle(const _XEvent& event); ///< false when it does not concern us
@@ -25,6 +28,11 @@ public:
 private:
     using Text = std::shared_ptr<const std::string>;
     using Clock = std::chrono::steady_clock;
+    struct Offer {
+        unsigned long selection = 0;
+        Text text;
+        unsigned long time = 0; ///< the server's, when the selection became ours
+    };
     /// A text on its way in pieces.
     struct Transfer {
         unsigned long requestor, property, type;
@@ -34,9 +42,11 @@ private:
         Clock::time_point touched;
     };
 
+    Offer& offerOf(unsigned long selection); ///< a new one before the first
     void answer(const _XEvent& event);
-    bool answerMany(unsigned long requestor, unsigned long property);
-    bool convert(unsigned long requestor, unsigned long target, unsigned long property);
+    bool answerMany(const Offer& offer, unsigned long requestor, unsigned long property);
+    bool convert(const Offer& offer, unsigned long requestor, unsigned long target,
+                 unsigned long property);
     void put(unsigned long requestor, unsigned long property, unsigned long type, Text bytes);
     void begin(Transfer transfer);
     std::list<Transfer>::iterator transferOf(const _XEvent& event);
@@ -45,8 +55,7 @@ private:
     void dropIdle();
 
     unsigned long window = 0; ///< owned; never shown
-    unsigned long time = 0;   ///< the server's, when the selections became ours
-    Text text = std::make_shared<std::string>();
+    std::list<Offer> offers;  ///< one of each selection that was ours at any time
     std::list<Transfer> transfers;
 };
 

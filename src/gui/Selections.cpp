@@ -25,6 +25,15 @@ SelectionData fetchText(Atom selection) {
     return data;
 }
 
+bool owned(Atom selection) {
+    return selectionOwner().owns(selection) || XGetSelectionOwner(liveDisplay(), selection);
+}
+
+CStr textOf(Atom selection) {
+    if (selectionOwner().owns(selection)) return asText(selectionOwner().getText(selection));
+    return asText(fetchText(selection).bytes);
+}
+
 CStr cutBuffer() {
     int bytes = 0;
     char* found = XFetchBytes(liveDisplay(), &bytes);
@@ -41,15 +50,21 @@ void copyText(const CStr& text) {
     if (!display) return;
     const int length = text.length();
     XStoreBytes(display, text.asChar(), length > mostCutBytes ? 0 : length);
-    selectionOwner().offer(asUtf8(text.asChar()));
+    selectionOwner().offer(asUtf8(text.asChar()), {xConnection().atoms.clipboard, XA_PRIMARY});
+}
+
+void offerSelected(const CStr& text) {
+    selectionOwner().offer(asUtf8(text.asChar()), {XA_PRIMARY});
+}
+
+CStr selectedText() {
+    return liveDisplay() && owned(XA_PRIMARY) ? textOf(XA_PRIMARY) : CStr();
 }
 
 CStr pasteText() {
     Display* display = liveDisplay();
     if (!display) return CStr();
-    for (const Atom selection : {xConnection().atoms.clipboard, Atom(XA_PRIMARY)}) {
-        if (selectionOwner().owns(selection)) return asText(selectionOwner().getText());
-        if (XGetSelectionOwner(display, selection)) return asText(fetchText(selection).bytes);
-    }
+    for (const Atom selection : {xConnection().atoms.clipboard, Atom(XA_PRIMARY)})
+        if (owned(selection)) return textOf(selection);
     return cutBuffer();
 }

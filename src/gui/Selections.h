@@ -29,6 +29,10 @@ public:
 /// Gives text to other programs: as the selections CLIPBOARD and PRIMARY, and in cut buffer 0,
 /// which old programs share; that one is emptied by more than 64 KB.
 void copyText(const CStr& text);
+/// Gives them text that the user has selected, as PRIMARY alone.
+void offerSelected(const CStr& text);
+/// The text of PRIMARY, which the middle button pastes; empty as with `pasteText`.
+CStr selectedText();
 /// The text of CLIPBOARD, without an owner that of PRIMARY, else of cut buffer 0. Empty when there
 /// is none, or when the program that has it does not answer for a second.
 CStr pasteText();

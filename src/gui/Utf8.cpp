@@ -19,6 +19,13 @@ bool isProper(uint32_t character, int count) {
     return character >= least[count] && character <= last && !surrogate;
 }
 
+/// Of a letter of Latin-1, where the small ones stand 32 behind; others stay.
+uint32_t capital(uint32_t character) {
+    const bool ascii = character >= 'a' && character <= 'z';
+    const bool accented = character >= 0xe0 && character <= 0xfe && character != 0xf7;
+    return ascii || accented ? character - ('a' - 'A') : character;
+}
+
 void append(std::string& text, uint32_t character) {
     int rest = character < 0x80 ? 0 : character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
     constexpr uint32_t leads[] = {0, 0xc0, 0xe0, 0xf0};
@@ -47,6 +54,16 @@ uint32_t nextCharacter(std::string_view text, size_t& at) {
     }
     at++;
     return lead;
+}
+
+bool beginsWith(std::string_view text, std::string_view start) {
+    size_t at = 0, startAt = 0;
+    while (startAt < start.size()) {
+        if (at >= text.size()) return false;
+        if (capital(nextCharacter(text, at)) != capital(nextCharacter(start, startAt)))
+            return false;
+    }
+    return true;
 }
 
 std::string asUtf8(std::string_view text) {

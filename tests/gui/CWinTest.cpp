@@ -106,6 +106,37 @@ TEST_F(CWinTest, ScrolledContentIsPaintedWhereItIsHit) {
     EXPECT_EQ(Shot(win->handle, 200, 150).boundsOf(0x00ff00), asRect(30, 70, 60, 80));
 }
 
+/// What stands half in a panel, or not at all, paints nothing beside it: neither by itself nor when
+/// its lines leave it while the whole window is painted.
+TEST_F(CWinTest, NothingIsPaintedBesideThePanel) {
+    struct Scribble : CCtrl {
+        using CCtrl::CCtrl;
+        void paint(CGraphic* g, CRect rect) override {
+            g->fillRect(0x00ff00, rect);
+            g->setLineCol(0x00ff00);
+            g->drawLine(rect.left, -20, rect.left, rect.bottom + 20);
+        }
+    };
+    auto* panel = new CGroup(win.get(), "panel", 20, 20, 60, 60);
+    panel->clipped = true;
+    auto* probe = new Scribble(win.get(), "probe", 10, 40, 30, 30);
+    probe->clipped = true;
+    panel->addControl(probe);
+    win->addControl(panel);
+    for (const int scroll : {0, 45, -200}) {
+        panel->scrollY = scroll;
+        probe->moved();
+        win->redraw();
+        settle();
+        const CRect whole = Shot(win->handle, 200, 150).boundsOf(0x00ff00);
+        const CRect seen =
+            intersect(asRect(30, 60 - scroll, 60, 90 - scroll), asRect(20, 20, 80, 80));
+        EXPECT_EQ(whole, seen.empty() ? CRect() : seen);
+        app->drawNow(win.get(), probe);
+        EXPECT_EQ(Shot(win->handle, 200, 150).boundsOf(0x00ff00), whole);
+    }
+}
+
 TEST_F(CWinTest, FrameCaptionAndContentHaveTheirPlaces) {
     frame();
     auto* content = new ProbeCtrl(win.get(), "content", 0, 0, 300, 200);

@@ -77,6 +77,7 @@ TEST_F(ControlTest, AnEditFieldEdits) {
                           {three, "ctrl+a ctrl+x b ctrl+v", "bone two three"},
                           {three, "ctrl+a Delete ctrl+z", three},
                           {three, "ctrl+a Delete Escape", three},
+                          {three, "Caps_Lock ctrl+a Caps_Lock x", "x"},
                           {letters, "Home Right Delete", "au"},
                           {letters, "Left BackSpace", "au"},
                           {letters, "Home Right shift+Right x", "axu"},
@@ -109,6 +110,28 @@ TEST_F(ControlTest, AnEditFieldTakesTheMouse) {
     edit->upperCase = true;
     xdo("key q");
     EXPECT_TRUE(edit->text == "one two Q");
+}
+
+/// What is selected is offered at once, and goes where the middle button is pressed.
+TEST_F(ControlTest, SelectedTextIsOfferedAndPasted) {
+    auto* from = add(new CEdit(win.get(), "from", 10, 10, 120, 20));
+    auto* to = add(new CValue(win.get(), "to", 10, 40, 120, 20));
+    from->setText("one 23 three");
+    copyText("copied");
+    at(10 + 4 + 5 * 6, 15, "mousedown 1 mouseup 1 mousedown 1 mouseup 1");
+    EXPECT_TRUE(selectedText() == "23");
+    EXPECT_TRUE(pasteText() == "copied");
+    xdo("key End shift+Left shift+Left");
+    EXPECT_TRUE(selectedText() == "ee");
+    xdo("key Home ctrl+shift+Right");
+    EXPECT_TRUE(selectedText() == "one");
+    offerSelected("23");
+    at(10 + 4, 15, "click 2");
+    EXPECT_TRUE(from->text == "23one 23 three");
+    win->setKeyCtrl(to);
+    xdo("key ctrl+a Delete");
+    at(20, 50, "click 2 key Return");
+    EXPECT_EQ(to->value, 23);
 }
 
 /// A value of 0 to 200 on 60 pixels, with the pointer in its left half at first. A drag of 24
@@ -151,6 +174,13 @@ TEST_F(ControlTest, AValueIsDraggedTurnedNudgedAndTyped) {
         xdo(release);
         win->clear();
     }
+}
+
+TEST_F(ControlTest, AValueThatIsTypedFollowsTheWheel) {
+    auto* value = add(new CValue(win.get(), "v", 10, 10, 60, 20));
+    win->setKeyCtrl(value);
+    at(20, 20, "keydown ctrl click 4 click 4 keyup ctrl key Return");
+    EXPECT_EQ(value->value, 2);
 }
 
 TEST_F(ControlTest, ADecimalValueIsTypedWithItsPoint) {

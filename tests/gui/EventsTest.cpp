@@ -44,7 +44,9 @@ TEST_F(EventTest, KeysBecomeCodes) {
     const char* keys = "a=97,0 shift+a=65,16 ctrl+a=97,32 alt+a=97,64 space=32,0 asterisk=-27,16 "
                        "Home=-1,0 Left=-2,0 Up=-3,0 Right=-4,0 Down=-5,0 End=-6,0 Delete=-7,0 "
                        "BackSpace=-8,0 Return=-9,0 Escape=-11,0 Prior=-12,0 Next=-13,0 F1=-15,0 "
-                       "F12=-26,0 ctrl+shift+z=90,48 ediaeresis=235,0";
+                       "F12=-26,0 ctrl+shift+z=90,48 ediaeresis=235,0 KP_Home=-1,0 KP_Left=-2,0 "
+                       "KP_Up=-3,0 KP_Next=-13,0 KP_End=-6,0 KP_Delete=-7,0 Menu=-28,0 "
+                       "XF86AudioPlay=-29,0 XF86AudioStop=-30,0 XF86AudioNext=-32,0";
     KeySym symbols[2] = {XK_ediaeresis, XK_ediaeresis}; // a layout that changes while we run
     XChangeKeyboardMapping(liveDisplay(), 200, 2, symbols, 1);
     settle();
@@ -95,6 +97,19 @@ TEST_F(EventTest, ButtonsArriveInTheControlsCoordinates) {
     point(70, 50);
     xdo("click 2");
     EXPECT_TRUE(probe->saw("down 70 50 4"));
+}
+
+/// A press is the button's that began it, and the wheel turns meanwhile.
+TEST_F(EventTest, OtherButtonsLeaveAPressAlone) {
+    point(5, 7);
+    probe->log.clear();
+    xdo("mousedown 1 click 4 mousedown 3 mouseup 3 mousemove_relative 10 0");
+    xdo("mouseup 1");
+    EXPECT_EQ(probe->log, (std::vector<std::string>{"down 5 7 1", "wheel 5 7 1 32 0", "move 15 7 1",
+                                                    "up 15 7 1"}));
+    point(6, 7);
+    xdo("click 3");
+    EXPECT_EQ(probe->last(), "up 6 7 2");
 }
 
 /// Of several motions in one turn the last counts, but none is moved past a press.
@@ -364,8 +379,8 @@ TEST_F(EventTest, DrawNowShowsTheControlBeforeAnyEvent) {
     EXPECT_EQ(shot.count(0x123456), 100 * 80);
 }
 
-/// Timers count turns of 10 ms by the clock: a period of 30 ms fires 10 times in 300, whatever the
-/// time that events took, and never twice in a turn.
+/// Timers go by the clock: a period of 30 ms fires 10 times in 300, whatever the
+/// time that events took, and never twice for what was missed.
 TEST_F(EventTest, TimersKeepTimeAndPhase) {
     using Clock = std::chrono::steady_clock;
     app->idle();

@@ -47,6 +47,12 @@ TEST_F(ControlTest, AListIsChosenFromByMouseAndKeys) {
     at(10 + 1 + 16, 11 + 2 * 16 + 5, "click 1"); // beside the box
     EXPECT_EQ(list->index, 5);
     EXPECT_EQ(checked, 2);
+    at(10 + 110, 60, "click 5"); // over the bar
+    at(60, 11 + 5, "click 1");
+    EXPECT_EQ(list->index, 6);
+    list->row(12)->id = "\xc3\x96l";
+    list->keyDown(0xf6, 0); // keys are Latin-1, rows are UTF-8
+    EXPECT_EQ(list->index, 12);
     list->clearRows();
     at(60, 60, "click 1");
     EXPECT_EQ(list->index, -1);

@@ -6,6 +6,7 @@
 #include "gui/controls/CPopup.h"
 #include "gui/controls/CRibbons.h"
 #include "gui/controls/CScrollbar.h"
+#include "gui/dialogs/CDialogWin.h"
 
 namespace {
 
@@ -203,20 +204,27 @@ TEST_F(MenuTest, ABarMovesBetweenItsMenus) {
     EXPECT_EQ(bar->current(), other);
 }
 
-/// By the right button, and by Alt with Space.
+/// By the right button, and by keys, in a dialog too.
 TEST_F(MenuTest, TheCaptionHasAMenu) {
     struct Case {
         const char *opener, *keys;
     };
     for (const Case& c : {Case{"mousemove 340 210 click 3", "Down Down Return"},
-                          {"key alt+space", "Down Return"}}) {
+                          {"key alt+space", "Down Return"},
+                          {"key Menu", "Down Return"},
+                          {"key shift+F10", "Down Return"}}) {
         CWin framed(app.get(), nullptr, "framed", 300, 200, 200, 100, winCaption | winSizable);
-        framed.show(true);
-        framed.setFocus(true);
-        settle();
-        for (const std::string& key : split(c.keys)) later("key " + key);
-        xdo(c.opener);
-        EXPECT_TRUE(pumpUntil([&] { return !framed.visible; })) << c.opener;
+        CDialogWin dialog(win.get(), "dialog", 160, 100);
+        dialog.style &= ~winCentre;
+        dialog.setPos(300, 200);
+        for (CWin* at : {&framed, static_cast<CWin*>(&dialog)}) {
+            at->show(true);
+            at->setFocus(true);
+            settle();
+            for (const std::string& key : split(c.keys)) later("key " + key);
+            xdo(c.opener);
+            EXPECT_TRUE(pumpUntil([&] { return !at->visible; })) << c.opener;
+        }
     }
 }
 
@@ -299,7 +307,7 @@ TEST_F(MenuTest, ADropdownChooses) {
                           {3, 100, 3, 130, {"key End", "key Return"}, 2},
                           {3, 100, 3, 130, {"key End", "key Escape"}, 0},
                           {40, 100, 20, 130, {"key Next", "key Down", "key Return"}, 21},
-                          {3, 560, 3, 570 - 50, {"mousemove 150 530", "click 1"}, 0},
+                          {3, 560, 3, 570 - 48, {"mousemove 150 530", "click 1"}, 0},
                           {3, 100, 3, 130, {"mousemove 250 220", "click 1"}, 0}};
     for (const Case& c : cases) {
         win->setPos(100, c.windowTop);
@@ -314,7 +322,7 @@ TEST_F(MenuTest, ADropdownChooses) {
         later([&] {
             CWin* list = drop->getDropWin();
             EXPECT_EQ(list->getPos(true), asPoint(110, c.listTop));
-            EXPECT_EQ(list->height, c.shownRows * 16 + 2);
+            EXPECT_EQ(list->height, c.shownRows * 16);
         });
         for (const std::string& step : c.steps) later(step);
         app->lastMouseTime = -1; // no double click with that of the case before

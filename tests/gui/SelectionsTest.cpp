@@ -377,6 +377,17 @@ TEST_F(SelectionsTest, FilesAreDroppedByOtherPrograms) {
         expectedEnds += drag.list == two && drag.status >= 0;
         EXPECT_EQ(ends, expectedEnds) << drag.name;
     }
+    int strays = 0;
+    Target stray([&] { strays += app->dragList->getCount(); });
+    app->onStrayDrop = stray.change();
+    const Drag beyond = {"taken by the program", 5, false, files, two, 250, 150,
+                         Ending::drop,           1, 1,     both};
+    Outcome taken;
+    beside([&] { taken = dragFiles(beyond, win->handle); });
+    EXPECT_TRUE(pumpUntil([&] { return !app->dragList; }));
+    EXPECT_EQ(taken.status + taken.finished, 2);
+    EXPECT_EQ(strays, 2);
+    wire(app->onStrayDrop, nullptr);
     CWin dialog(app.get(), win.get(), "dialog", 400, 300, 100, 100, winNoBorder);
     app->modalWin = &dialog;
     Drag refused = drags[0];

@@ -78,6 +78,11 @@ TEST_F(TreeTest, IsWalkedByKeys) {
         xdo(std::string("key ") + c.keys);
         EXPECT_EQ(shown(), c.shown) << c.keys;
     }
+    int menus = 0;
+    Target menu([&] { menus++; });
+    tree->onRightClick = menu.change();
+    xdo("key Menu shift+F10");
+    EXPECT_EQ(menus, 2);
     xdo("key Return");
     EXPECT_EQ(log.substr(log.size() - 2), "!c");
 }

@@ -30,6 +30,21 @@ constexpr int smallestWidth = 900, smallestHeight = 320;
 constexpr int leastSide = 64, mostSide = 16384; ///< of a place from a file
 constexpr int keyF10 = keyF1 - 9;
 
+/// What a key does in every window, whatever the shortcuts; null for nothing.
+const char* fixedAction(int key) {
+    constexpr struct {
+        int key;
+        const char* action;
+    } fixed[] = {{keyHome, "rewind"},
+                 {keyMediaStop, "stop"},
+                 {keyMediaPrior, "rewind"},
+                 {keyMediaNext, "nextmarker"},
+                 {keyMediaRecord, "record"}};
+    for (const auto& f : fixed)
+        if (f.key == key) return f.action;
+    return nullptr;
+}
+
 } // namespace
 
 CMainWin::CMainWin(CApp* application, CQV* host)
@@ -49,12 +64,14 @@ CMainWin::CMainWin(CApp* application, CQV* host)
     actionTable.readShortcuts();
     wire(app->onKey, static_cast<COnKey*>(new _COnKey<CMainWin>(this, &CMainWin::handleKeyDown)));
     wire(app->onHint, static_cast<COnChange*>(new _COnChange<CMainWin>(this, &CMainWin::appHint)));
-    wire(onDrop, static_cast<COnMouse*>(new _COnMouse<CMainWin>(this, &CMainWin::mainDrop)));
+    wire(app->onStrayDrop,
+         static_cast<COnChange*>(new _COnChange<CMainWin>(this, &CMainWin::mainDrop)));
 }
 
 CMainWin::~CMainWin() {
     wire(app->onKey, static_cast<COnKey*>(nullptr));
     wire(app->onHint, static_cast<COnChange*>(nullptr));
+    wire(app->onStrayDrop, static_cast<COnChange*>(nullptr));
 }
 
 void CMainWin::init() {
@@ -127,11 +144,12 @@ bool CMainWin::handleKeyDown(CObject* sender, int& key, int mods) {
         return key == keyEscape;
     }
     const CCtrl* target = from->keyTarget();
-    const bool typing = target && target->type == ctrlEdit;
+    const bool media = key <= keyMediaPlay && key >= keyMediaRecord;
+    const bool typing = target && target->type == ctrlEdit && !media;
     if (mods != 0 || typing || app->modalWin || !app->menus.empty() || flows->loading())
         return false;
-    if (key == ' ') return playOrStop();
-    if (key == keyHome) return mainActions->run(getAction("rewind"));
+    if (key == ' ' || key == keyMediaPlay) return playOrStop();
+    if (const char* name = fixedAction(key)) return onAction(getAction(name));
     if (key != keyEscape || from != this || !keyCtrl) return false;
     setKeyCtrl(nullptr);
     return true;
@@ -154,7 +172,8 @@ void CMainWin::actionClicked(CObject* sender) {
     onAction(static_cast<CAction*>(static_cast<CCtrl*>(sender)->userPtr));
 }
 
-void CMainWin::mainDrop(CObject*, int, int, int) {
+void CMainWin::mainDrop(CObject*) {
+    if (app->modalWin) return;
     for (auto* item : each<CDropItem>(*app->dragList)) {
         const CStr ext = item->type == dropFile ? extractFileExt(item->path) : CStr();
         if (sameText(ext, ".qv")) return flows->newProject(kindFile, item->path);

@@ -91,7 +91,7 @@ private:
     friend class MainMenu;
 
     void appHint(CObject* sender);
-    void mainDrop(CObject* sender, int x, int y, int btn);
+    void mainDrop(CObject* sender);
     void writeSettings();
     void serveUpdates();
     void serveSong();

@@ -27,6 +27,11 @@ ButtonItems windowItems(int kind) {
     }
 }
 
+const char* nameOf(int kind) {
+    constexpr const char* names[] = {"", "winclose", "winmax", "winmin"};
+    return names[kind];
+}
+
 void drawMaximize(CGraphic* g, CRect r, int color, bool restores) {
     const int x = r.width() / 2, y = r.height() / 2;
     const CRect box = asRect(x - 4, y - 4, x + 4, y + 4);
@@ -159,7 +164,7 @@ void CCheckbox::setChecked(bool on) {
 }
 
 CWindowButton::CWindowButton(CWin* owner, int buttonKind, int l, int t, int w, int h)
-    : CButton(owner, "window", "", l, t, w, h), kind(buttonKind), targetWin(owner) {
+    : CButton(owner, nameOf(buttonKind), "", l, t, w, h), kind(buttonKind), targetWin(owner) {
     tabStop = false;
 }
 

@@ -68,6 +68,7 @@ bool CDropdown::opensAt(int x) const {
 }
 
 void CDropdown::mouseDown(int x, int y, int btn) {
+    if (btn == modMiddle && editable) return CEdit::mouseDown(x, y, btn);
     if (btn != modLeft) return;
     if (onIconClick && x < height) {
         (*onIconClick)(this);
@@ -122,7 +123,7 @@ void CDropdown::makeList() {
     rows->onPaint = new _COnPaint<CDropdown>(this, &CDropdown::paintRows);
     rows->onMouseMove = new _COnMouse<CDropdown>(this, &CDropdown::itemsMouseMove);
     rows->onMouseUp = new _COnMouse<CDropdown>(this, &CDropdown::itemsMouseUp);
-    rows->onWheel = new _COnWheel<CDropdown>(this, &CDropdown::itemsWheel);
+    list->onWheel = new _COnWheel<CDropdown>(this, &CDropdown::itemsWheel);
     list->onKeyDown = new _COnKey<CDropdown>(this, &CDropdown::itemsKeyDown);
     list->addControl(rows);
     bar = new CScrollbar(list.get(), "scroll", 0, 0, barSize, itemHeight);
@@ -133,7 +134,7 @@ void CDropdown::makeList() {
 /// Sizes the list for its rows and puts it below the control, or above where there is more room.
 void CDropdown::place() {
     visibleRows = asMinMax(numItems(), 1, maxVisible);
-    const int w = dropWidth >= 0 ? dropWidth : width, h = visibleRows * itemHeight + 2 * frame;
+    const int w = dropWidth >= 0 ? dropWidth : width, h = visibleRows * itemHeight;
     const CPoint corner = win->getPos(true), at = win->controlPos(this);
     const int x = asMinMax(corner.x + at.x, 0, asMax(screenWidth() - w, 0));
     int y = corner.y + at.y + height;
@@ -177,7 +178,7 @@ void CDropdown::scrolled(CObject*) {
 void CDropdown::itemsMouseMove(CObject*, int x, int y, int) {
     if (!rows->inside(x, y)) return;
     armed = true;
-    const int row = bar->pos + (y - frame) / itemHeight;
+    const int row = bar->pos + y / itemHeight;
     if (row != tracked && row < numItems()) track(row);
 }
 
@@ -223,12 +224,14 @@ bool CDropdown::itemsKeyDown(CObject*, int& key, int) {
 }
 
 void CDropdown::paintRows(CObject*, CGraphic* g, CRect rect) {
-    drawGuiItem(g, asRect(0, 0, list->width, list->height), &clDropdownMenu);
+    const CRect whole = asRect(0, 0, list->width, list->height);
+    drawGuiItem(g, whole, &clDropdownMenu, drawBackground);
     for (int i = 0; i < visibleRows && bar->pos + i < numItems(); i++) {
-        const int row = bar->pos + i, y = frame + i * itemHeight;
+        const int row = bar->pos + i, y = i * itemHeight;
         const CRect at = asRect(frame, y, rect.right - frame, y + itemHeight);
         const CGuiItem2& look = row == tracked ? clDropdownMenuSelected : clDropdownMenu;
         if (row == tracked) drawGuiItem(g, at, &look, drawBackground);
         g->drawText(look.textCol, getItemText(row), sizeRect(at, textMargin - frame, 0, 0, 0), 2);
     }
+    drawGuiItem(g, whole, &clDropdownMenu, drawFrame);
 }

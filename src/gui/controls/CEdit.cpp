@@ -86,6 +86,7 @@ int CEdit::priorPlace(int place) const {
 
 void CEdit::mouseDown(int x, int y, int btn) {
     CCtrl::mouseDown(x, y, btn);
+    if ((btn & modMiddle) && !(btn & modLeft)) return pasteSelected(x);
     if (!(btn & modLeft)) return;
     win->setKeyCtrl(this);
     if (btn & modDouble)
@@ -99,6 +100,20 @@ void CEdit::mouseMove(int x, int y, int btn) {
     CCtrl::mouseMove(x, y, btn);
     if (!(btn & modLeft) || !isPushed() || !hasKeyFocus()) return;
     setCursor(XToPos(x), true);
+    redraw();
+}
+
+void CEdit::mouseUp(int x, int y, int btn) {
+    CCtrl::mouseUp(x, y, btn);
+    if ((btn & modLeft) && hasKeyFocus() && selLength) offerSelected(selection());
+}
+
+/// The focus may select all, so it comes last but for the text.
+void CEdit::pasteSelected(int x) {
+    const CStr piece = selectedText();
+    win->setKeyCtrl(this);
+    setCursor(XToPos(x), false);
+    insertText(piece);
     redraw();
 }
 
@@ -185,30 +200,36 @@ bool CEdit::keyDown(int key, int mods) {
         win->setKeyCtrl(nullptr);
         return true;
     }
-    const bool taken = mods & modControl && key > 0 ? commandKey(key) : false;
-    if (!taken && !moveKey(key, mods) && !(mods & (modControl | modAlt) ? false : typeKey(key)))
-        return false;
+    const int selected = selLength;
+    if (!editKey(key, mods)) return false;
+    if (selLength && selLength != selected) offerSelected(selection());
     redraw();
     return true;
 }
 
+bool CEdit::editKey(int key, int mods) {
+    if (mods == modControl && commandKey(upperKey(key))) return true;
+    return moveKey(key, mods) || (!(mods & (modControl | modAlt)) && typeKey(key));
+}
+
+/// By the capital: Caps Lock may be on.
 bool CEdit::commandKey(int key) {
     switch (key) {
-    case 'a':
+    case 'A':
         selectAll();
         return true;
-    case 'z':
+    case 'Z':
         text = oldText;
         selectAll();
         return true;
-    case 'c':
+    case 'C':
         if (selLength) copyText(selection());
         return true;
-    case 'x':
+    case 'X':
         if (selLength) copyText(selection());
         deleteSelection();
         return true;
-    case 'v':
+    case 'V':
         insertText(pasteText());
         return true;
     default:

@@ -4,7 +4,8 @@
 
 /// A text field of one line. What is typed counts when the focus leaves it: then `onChange` is
 /// called, unless Escape gave back the former text. "*" cannot be typed. Letters beyond ASCII take
-/// several bytes, which the caret passes at once.
+/// several bytes, which the caret passes at once. What the mouse or keys select is offered to other
+/// programs, and the middle button puts in what they offer.
 class CEdit : public CCtrl {
 public:
     int cursor = -1;   ///< index of the last byte before the caret; -1 at the start
@@ -25,6 +26,7 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
     void mouseMove(int x, int y, int btn) override;
+    void mouseUp(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
     void setText(const CStr& newText);
@@ -42,6 +44,8 @@ protected:
     bool deleteSelection();
 
 private:
+    void pasteSelected(int x);
+    bool editKey(int key, int mods);
     bool commandKey(int key);
     bool moveKey(int key, int mods);
     void eraseBack(bool word);

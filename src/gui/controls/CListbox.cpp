@@ -7,6 +7,7 @@
 #include "gui/Colours.h"
 #include "gui/Drawing.h"
 #include "gui/Keys.h"
+#include "gui/Utf8.h"
 #include "gui/controls/CScrollbar.h"
 
 namespace {
@@ -23,7 +24,6 @@ CListbox::CListbox(CWin* owner, const CStr& name, int l, int t, int w, int h)
     face->clipped = true; // ticks are lines
     face->onPaint = new _COnPaint<CListbox>(this, &CListbox::paintRows);
     face->onMouseDown = new _COnMouse<CListbox>(this, &CListbox::rowsMouseDown);
-    face->onWheel = new _COnWheel<CListbox>(this, &CListbox::itemsWheel);
     bar->onChange = new _COnChange<CListbox>(this, &CListbox::scrolled);
     addControl(face);
     addControl(bar);
@@ -104,8 +104,9 @@ void CListbox::rowsMouseDown(CObject*, int x, int y, int btn) {
     }
 }
 
-bool CListbox::itemsWheel(CObject*, int, int, int, int dy, int) {
-    if (!bar->visible) return false;
+bool CListbox::mouseWheel(int x, int y, int btn, int dy, int dx) {
+    if (CGroup::mouseWheel(x, y, btn, dy, dx)) return true;
+    if (!dy || !bar->visible) return false;
     bar->setPos(bar->pos - (dy > 0 ? wheelRows : -wheelRows));
     redraw();
     return true;
@@ -163,7 +164,7 @@ bool CListbox::typeKey(int key, int mods) {
         return checkable;
     }
     typedAt = now;
-    typed += CStr(char(key));
+    typed += asUtf8(std::string(1, char(key))).c_str(); // keys are Latin-1
     choose(rowOfText(typed));
     return true;
 }
@@ -171,10 +172,11 @@ bool CListbox::typeKey(int key, int mods) {
 /// The next line that begins with a text, in a ring. A second letter may stay on the line that the
 /// first one has found.
 int CListbox::rowOfText(const CStr& start) const {
-    const int length = start.length(), from = index + (length == 1 ? 1 : 0);
+    const bool first = asLatin1(start.asChar()).size() == 1;
+    const int from = index + (first ? 1 : 0);
     int line = 0, before = -1;
     for (const CListRow* at : each<CListRow>(items)) {
-        const bool fits = sameText(at->id.sub(0, length), start);
+        const bool fits = beginsWith(at->id.asChar(), start.asChar());
         if (fits && line >= from) return line;
         if (fits && before < 0) before = line;
         line++;

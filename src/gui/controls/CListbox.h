@@ -35,6 +35,7 @@ public:
     void resized() override;
     void paint(CGraphic* g, CRect rect) override;
     /// What is typed chooses the next line that begins with it.
+    bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
 
@@ -57,7 +58,6 @@ private:
     void toggle(int line);
     void paintRows(CObject* sender, CGraphic* g, CRect rect);
     void rowsMouseDown(CObject* sender, int x, int y, int btn);
-    bool itemsWheel(CObject* sender, int x, int y, int btn, int dy, int dx);
     void scrolled(CObject* sender);
 };
 

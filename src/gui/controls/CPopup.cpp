@@ -5,6 +5,7 @@
 #include "gui/CGraphic.h"
 #include "gui/Drawing.h"
 #include "gui/Keys.h"
+#include "gui/Utf8.h"
 #include "gui/XConnection.h"
 
 namespace {
@@ -332,10 +333,11 @@ void CPopup::step(int by) {
 
 /// To the next line that begins with a letter, in a ring.
 void CPopup::jumpTo(int letter) {
+    const std::string start = asUtf8(std::string(1, char(letter))); // keys are Latin-1
     const auto begins = [&](const Line& at) {
         CMenuItem* item = getItem(at.index);
         const CStr text = item->kind == menuRows ? item->rowText(at.sub) : item->label();
-        return sameText(text.sub(0, 1), CStr(char(letter)));
+        return beginsWith(text.asChar(), start);
     };
     const auto behind = [&](const Line& at) {
         return at.index > selected || (at.index == selected && at.sub > subIndex);

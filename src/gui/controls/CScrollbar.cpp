@@ -27,7 +27,8 @@ CScrollbar::CScrollbar(CWin* owner, const CStr& name, int l, int t, int w, int h
 void CScrollbar::setRange(int total, int visibleSize) {
     if (growing) total = asMax(total, saturate(int64_t(visibleSize) + growingRoom));
     maxSize = visibleSize;
-    const int before = max;
+    const CRect before = thumbRect();
+    const int maxBefore = max;
     max = asMax(0, total - visibleSize);
     startMax = max;
     if (growing)
@@ -37,7 +38,7 @@ void CScrollbar::setRange(int total, int visibleSize) {
     const int track = length() - 2 * arrowSize;
     thumbSize = asMax(smallestThumb, total > 0 ? asRound(double(visibleSize) / total * track) : 0);
     placeThumb();
-    if (max != before) redraw();
+    if (max != maxBefore || !(thumbRect() == before)) redraw();
 }
 
 void CScrollbar::setPos(int p) {

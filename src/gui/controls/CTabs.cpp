@@ -99,6 +99,11 @@ void CTabs::mouseUp(int x, int y, int btn) {
     if ((btn & modRight) && onRightClick) (*onRightClick)(this);
 }
 
+bool CTabs::contextMenu() {
+    if (onRightClick) (*onRightClick)(this);
+    return onRightClick;
+}
+
 bool CTabs::keyDown(int key, int mods) {
     if (CCtrl::keyDown(key, mods)) return true;
     if (mods || (key != keyLeft && key != keyRight)) return false;

@@ -7,8 +7,8 @@
 class CLabel : public CCtrl {
 public:
     CStr text;
-    int textFlags = 2; ///< TextFlag; of several lines only the horizontal ones count
-    int textCol = -1;  ///< -1 is the colour of text on the window
+    int textFlags = 2;            ///< TextFlag; of several lines only the horizontal ones count
+    int textCol = -1;             ///< -1 is the colour of text on the window
     const CCtrl* field = nullptr; ///< that it names; while that is disabled, the label is dim
 
     CLabel(CWin* win, const CStr& text, int left, int top, int width, int height);
@@ -53,7 +53,8 @@ public:
     void mouseUp(int x, int y, int btn) override;
     void mouseOver(bool enter, int x, int y) override;
     bool keyDown(int key, int mods) override; ///< Left and Right
-    void setIndex(int tab);                   ///< clamped to the tabs; reports a change
+    bool contextMenu() override;
+    void setIndex(int tab); ///< clamped to the tabs; reports a change
 
 private:
     int tabAt(int x) const; ///< -1 beyond the last

@@ -212,6 +212,12 @@ void CTree::mouseUp(int x, int y, int btn) {
     if ((btn & modRight) && nodeAt(y) && onRightClick) (*onRightClick)(this);
 }
 
+bool CTree::contextMenu() {
+    if (!current || !onRightClick) return false;
+    (*onRightClick)(this);
+    return true;
+}
+
 bool CTree::mouseWheel(int x, int y, int btn, int dy, int dx) {
     if (CGroup::mouseWheel(x, y, btn, dy, dx)) return true;
     if (!bar->visible || !dy) return false;

@@ -43,6 +43,7 @@ public:
     void mouseUp(int x, int y, int btn) override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool keyDown(int key, int mods) override;
+    bool contextMenu() override;
 
 protected:
     virtual void nodeChanged(); ///< brings the current node into view and reports

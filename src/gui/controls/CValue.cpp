@@ -66,6 +66,7 @@ void CValue::mouseDown(int x, int y, int btn) {
         if (!fresh) CEdit::mouseDown(x, y, btn);
         return;
     }
+    if ((btn & modMiddle) && hasKeyFocus()) return CEdit::mouseDown(x, y, btn);
     if (btn & modLeft) {
         beginDrag();
         redraw();
@@ -95,9 +96,9 @@ void CValue::mouseMove(int x, int y, int btn) {
 void CValue::mouseUp(int x, int y, int btn) {
     const bool wasTyping = typing;
     typing = false;
-    CCtrl::mouseUp(x, y, btn);
     redraw();
-    if (wasTyping) return;
+    if (wasTyping) return CEdit::mouseUp(x, y, btn);
+    CCtrl::mouseUp(x, y, btn);
     if ((btn & modLeft) && !liveUpdate && value != dragStartValue) changing();
     if ((btn & modRight) && inside(x, y)) nudge(x < width / 2 ? -1 : 1);
 }
@@ -106,6 +107,10 @@ void CValue::nudge(int by) {
     const int wanted = asMinMax(saturate(int64_t(value) + by), min, max);
     if (wanted == value) return;
     value = wanted;
+    if (hasKeyFocus()) {
+        text = getText();
+        selectAll();
+    }
     changing();
     redraw();
 }

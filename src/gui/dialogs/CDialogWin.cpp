@@ -122,6 +122,9 @@ bool CDialogWin::keyDown(int key, int mods) {
         return true;
     }
     if (key == keyTab) return moveFocus(mods & modShift ? -1 : 1);
-    if (key == keyReturn && !mods && firstButton && firstButton->enabled) firstButton->click();
+    if (key == keyReturn && !mods && firstButton && firstButton->enabled)
+        firstButton->click();
+    else
+        ownKey(key, mods);
     return true;
 }
