@@ -1,5 +1,6 @@
 #include "app/AppHooks.h"
 
+#include "app/DialogPlaces.h"
 #include "app/main/CMainWin.h"
 #include "app/main/Pages.h"
 #include "base/Messages.h"
@@ -25,7 +26,8 @@ void showStatus(const CStr& text) {
 
 } // namespace
 
-AppHooks::AppHooks(CApp* app, CMainWin* window) : mainWin(window) {
+AppHooks::AppHooks(CApp* app, CMainWin* window)
+    : mainWin(window), places(std::make_unique<DialogPlaces>(app, window->qv)) {
     hookApp = app;
     hookWin = window;
     installMessageBox(app);

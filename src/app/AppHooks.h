@@ -2,11 +2,14 @@
 
 #include "engine/EditorHooks.h"
 
+#include <memory>
+
 class CApp;
 class CCompEditor;
 class CMainWin;
+class DialogPlaces;
 
-/// Fills in what the lower floors ask of the windows: message boxes, the status line, the loop that
+/// Fills in what the lower floors ask of the windows: message boxes, the status line, the places of file dialogs, the loop that
 /// goes on while an edit waits, the tick of the main window. One at a time; interface thread.
 class AppHooks : public EditorHooks {
 public:
@@ -27,4 +30,5 @@ private:
     CCompEditor* editorOf(const CComp* comp) const;
 
     CMainWin* mainWin;
+    std::unique_ptr<DialogPlaces> places;
 };

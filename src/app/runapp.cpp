@@ -1,6 +1,7 @@
 #include "app/runapp.h"
 
 #include "app/AppHooks.h"
+#include "app/AppIcon.h"
 #include "app/DeviceSettings.h"
 #include "app/TextAndScale.h"
 #include "app/main/CMainWin.h"
@@ -14,7 +15,7 @@
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
 #include "gui/CApp.h"
-#include "gui/XConnection.h"
+#include "gui/Monitors.h"
 #include "project/CompTable.h"
 
 #include <memory>
@@ -24,20 +25,32 @@ namespace {
 constexpr const char* settingsName = "Sondrava.ini";
 constexpr int heartbeatMs = 40;
 
+/// In the middle of the monitor with the pointer.
+CRect firstPlace() {
+    constexpr int percent = 80;
+    const CRect room = monitorOf(nullptr);
+    const int w = room.width() * percent / 100, h = room.height() * percent / 100;
+    const CPoint at = centredIn(room, w, h, room);
+    return asRect(at.x, at.y, at.x + w, at.y + h);
+}
+
 void readWindowPlace(CIniFile& ini, CEditorStruct& place) {
     place.maximized = ini.readInteger("editor", "maximized", 0);
-    place.left = ini.readInteger("editor", "left", 100);
-    place.top = ini.readInteger("editor", "top", 100);
-    place.width = ini.readInteger("editor", "width", 960);
-    place.height = ini.readInteger("editor", "height", 640);
+    const CRect first = firstPlace();
+    place.left = ini.readInteger("editor", "left", first.left);
+    place.top = ini.readInteger("editor", "top", first.top);
+    place.width = ini.readInteger("editor", "width", first.width());
+    place.height = ini.readInteger("editor", "height", first.height());
 }
 
 /// A scale, or another display, may leave less room than there was.
 void keepOnScreen(CEditorStruct& place) {
-    place.width = asMin(place.width, screenWidth());
-    place.height = asMin(place.height, screenHeight());
-    place.left = asMinMax(place.left, 0, screenWidth() - place.width);
-    place.top = asMinMax(place.top, 0, screenHeight() - place.height);
+    const CRect room =
+        monitorAt(asPoint(place.left + place.width / 2, place.top + place.height / 2));
+    place.width = asMin(place.width, room.width());
+    place.height = asMin(place.height, room.height());
+    place.left = asMinMax(place.left, room.left, room.right - place.width);
+    place.top = asMinMax(place.top, room.top, room.bottom - place.height);
 }
 
 } // namespace
@@ -63,6 +76,7 @@ bool ProgramRun::open() {
     readTextAndScale(ini);
     app = std::make_unique<CApp>();
     if (!app->open()) return false;
+    app->icon = appIcon();
     enterCompTypes();
     host = std::make_unique<CQV>();
     qv = host.get();

@@ -67,6 +67,7 @@ CApp::~CApp() {
     delete onHint;
     delete onEndDrag;
     delete onStrayDrop;
+    delete onFileDialog;
     backBuffer.reset();
     selectionOwner().close();
     xConnection().close();

@@ -47,6 +47,10 @@ public:
     CCtrl* mouseOverCtrl = nullptr; ///< the one that was told that the pointer is over it
     COnKey* onKey = nullptr;        ///< owned; gets the keys of every window before its controls
     COnChange* onHint = nullptr;    ///< owned; called with the control under the pointer, or null
+    COnChange* onFileDialog = nullptr; ///< owned; a `CFileWin` was made and may get more places
+    /// Of all windows that are made from now on: for each size its width, height, and pixels as
+    /// alpha, red, green and blue from the high byte on.
+    std::vector<unsigned long> icon;
     bool doubleBuffer = true;
     std::unique_ptr<CBitmap> backBuffer; ///< grows to the largest area painted
     std::unique_ptr<CGui> gui;           ///< the theme; starts with the dark look

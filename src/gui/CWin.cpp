@@ -107,11 +107,14 @@ void CWin::createHandle() {
 void CWin::setHints() {
     Display* display = liveDisplay();
     const XConnection& x = xConnection();
-    XSizeHints hints{};
-    hints.flags = PPosition;
-    hints.x = toDevice(left);
-    hints.y = toDevice(top);
-    XSetWMNormalHints(display, handle, &hints);
+    setSizeHints();
+    std::string name = "sondrava", kind = "Sondrava"; // by which desktops tell programs
+    XClassHint classHint{name.data(), kind.data()};
+    XSetClassHint(display, handle, &classHint);
+    if (!app->icon.empty() && !hasStyle(winChild | winPopup | winFloating))
+        XChangeProperty(display, handle, x.atoms.netIcon, XA_CARDINAL, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(app->icon.data()),
+                        int(app->icon.size()));
     if (x.atoms.motifHints) {
         constexpr long decorationsGiven = 2;
         const long noDecorations[5] = {decorationsGiven, 0, 0, 0, 0};
@@ -126,6 +129,19 @@ void CWin::setHints() {
     setAddress(display, handle, x.atoms.self, this);
     setAddress(display, handle, x.atoms.eventProc, reinterpret_cast<const void*>(&handleXEvent));
     nameHandle();
+}
+
+/// The smallest size is known when the window is shown.
+void CWin::setSizeHints() {
+    Display* display = liveDisplay();
+    if (!display) return;
+    XSizeHints hints{};
+    hints.flags = PPosition | PMinSize;
+    hints.x = toDevice(left);
+    hints.y = toDevice(top);
+    hints.min_width = toDevice(minWidth);
+    hints.min_height = toDevice(minHeight);
+    XSetWMNormalHints(display, handle, &hints);
 }
 
 /// For the window manager, which reads old names as Latin-1 and new ones as UTF-8.

@@ -15,7 +15,7 @@ enum WinStyle : int {
     winChild = 0x1,            ///< lies inside the X window of its owner
     winManaged = 0x2,          ///< is maximized and restored by the window manager
     winCaption = 0x4,          ///< caption strip with a close button
-    winCentre = 0x8,           ///< centred on the screen when first shown
+    winCentre = 0x8,           ///< centred over its owner, or its monitor, when first shown
     winPopup = 0x10,           ///< unknown to the window manager; the press takes no grab
     winEscape = 0x20,          ///< Escape closes it
     winSizable = 0x40,         ///< its edges can be dragged; also needed to maximize and minimize
@@ -159,6 +159,7 @@ private:
     void releaseChildren();
     void forgetHover();
     void setHints();
+    void setSizeHints();
     void createCaption();
     void addCaptionButton(int kind, int rightMargin);
     void captionMouseDown(CObject* sender, int x, int y, int btn);
@@ -174,6 +175,7 @@ private:
     void paintBackground(CGraphic* g, CRect rect);
     bool filledByManager();
     bool fillsScreen();
+    void moveTo(CRect room);
     void askManager(int action);
     void centre();
     void modalTurn();

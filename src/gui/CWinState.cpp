@@ -3,6 +3,7 @@
 
 #include "base/Numbers.h"
 #include "gui/CApp.h"
+#include "gui/Monitors.h"
 #include "gui/XConnection.h"
 #include "gui/controls/CMDI.h"
 
@@ -31,6 +32,7 @@ void CWin::show(bool activate) {
     if (!display || visible) return;
     resized();
     if (hasStyle(winCentre)) centre();
+    setSizeHints();
     XSetWindowAttributes attributes{};
     attributes.override_redirect = !activate || hasStyle(winPopup);
     XChangeWindowAttributes(display, handle, CWOverrideRedirect, &attributes);
@@ -44,9 +46,15 @@ void CWin::show(bool activate) {
 
 void CWin::centre() {
     style &= ~winCentre;
-    int x = (screenWidth() - width) / 2;
-    if (parent && static_cast<CWin*>(parent)->getPos(true).x > screenWidth()) x += screenWidth();
-    setPos(x, (screenHeight() - height) / 2);
+    auto* owner = static_cast<CWin*>(parent);
+    const CRect room = monitorOf(owner);
+    CRect around = room;
+    if (owner && owner->visible) {
+        const CPoint at = owner->getPos(true);
+        around = asRect(at.x, at.y, at.x + owner->width, at.y + owner->height);
+    }
+    const CPoint corner = centredIn(around, width, height, room);
+    setPos(corner.x, corner.y);
 }
 
 void CWin::raise(bool focus) {
@@ -146,9 +154,13 @@ void CWin::maximize() {
     else if (hasStyle(winManaged))
         askManager(1);
     else
-        move(0, 0, screenWidth(), screenHeight());
+        moveTo(monitorOf(this));
     resized();
     if (area) area->changed();
+}
+
+void CWin::moveTo(CRect room) {
+    move(room.left, room.top, room.width(), room.height());
 }
 
 void CWin::restore() {

@@ -18,7 +18,7 @@ public:
     struct Atoms {
         unsigned long self, eventProc, wmProtocols, wmDelete;
         unsigned long clipboard, targets, timestamp, multiple, atomPair, incr;
-        unsigned long utf8String, utf8Plain, text, uriList, netName;
+        unsigned long utf8String, utf8Plain, text, uriList, netName, netIcon;
         unsigned long fetched; ///< the property in which we want selections of others
         unsigned long dndAware, dndEnter, dndPosition, dndStatus, dndLeave, dndDrop, dndFinished;
         unsigned long dndSelection, dndTypeList, dndActionCopy;

@@ -7,7 +7,7 @@
 #include "gui/Colours.h"
 #include "gui/Drawing.h"
 #include "gui/Keys.h"
-#include "gui/XConnection.h"
+#include "gui/Monitors.h"
 #include "gui/controls/CScrollbar.h"
 
 namespace {
@@ -136,9 +136,11 @@ void CDropdown::place() {
     visibleRows = asMinMax(numItems(), 1, maxVisible);
     const int w = dropWidth >= 0 ? dropWidth : width, h = visibleRows * itemHeight;
     const CPoint corner = win->getPos(true), at = win->controlPos(this);
-    const int x = asMinMax(corner.x + at.x, 0, asMax(screenWidth() - w, 0));
-    int y = corner.y + at.y + height;
-    if (y + h > screenHeight()) y = asMax(corner.y + at.y - h, 0);
+    const CPoint here = addPos(corner, at);
+    const CRect room = monitorAt(here);
+    const int x = asMax(asMin(here.x, room.right - w), room.left);
+    int y = here.y + height;
+    if (y + h > room.bottom) y = asMax(here.y - h, room.top);
     list->move(x, y, w, h);
     const bool scrolls = numItems() > visibleRows;
     const int side = scrolls ? barSize : 0;

@@ -5,6 +5,7 @@
 #include "gui/CGraphic.h"
 #include "gui/Drawing.h"
 #include "gui/Keys.h"
+#include "gui/Monitors.h"
 #include "gui/Utf8.h"
 #include "gui/XConnection.h"
 
@@ -109,7 +110,7 @@ void CPopup::measure() {
         contentHeight += item->height;
     }
     const int w = asMax(smallestWidth, contentWidth() + 2 * borderSize);
-    const int h = asMin(contentHeight + 2 * borderSize, screenHeight());
+    const int h = asMin(contentHeight + 2 * borderSize, monitorAt(wanted).height());
     const int room = h - 2 * borderSize, inner = w - 2 * borderSize;
     const bool scrolls = contentHeight > room;
     const int margin = scrolls ? scrollButtonHeight : 0;
@@ -123,12 +124,13 @@ void CPopup::measure() {
 }
 
 void CPopup::place() {
+    const CRect room = monitorAt(wanted);
     int x = wanted.x;
-    if (x + width > screenWidth())
+    if (x + width > room.right)
         x = opener && opener->visible ? opener->getPos(true).x - width + subMenuOverlap
-                                      : screenWidth() - width;
-    const int y = asMin(wanted.y, screenHeight() - height);
-    setPos(asMax(x, 0), asMax(y, 0));
+                                      : room.right - width;
+    const int y = asMin(wanted.y, room.bottom - height);
+    setPos(asMax(x, room.left), asMax(y, room.top));
 }
 
 void CPopup::popup(int x, int y, bool fromKeys) {

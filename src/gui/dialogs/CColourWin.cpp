@@ -136,6 +136,20 @@ void CColourWin::swatchChanged(CObject* sender) {
     choose(paletteColour(swatches->index), sender);
 }
 
+/// Return in a field accepts what stands in it; a code that is none stays to be mended.
+bool CColourWin::keyDown(int key, int mods) {
+    const bool inField = keyCtrl && keyCtrl->type == ctrlEdit;
+    if (key != keyReturn || mods || !inField) return CDialogWin::keyDown(key, mods);
+    int ignored;
+    if (keyCtrl != code || readCode(code->text.trim(), ignored)) {
+        accept();
+    } else {
+        code->selectAll();
+        code->redraw();
+    }
+    return true;
+}
+
 void CColourWin::accept() {
     setKeyCtrl(firstButton); // what is being typed counts
     colour = present;

@@ -16,6 +16,7 @@ public:
     /// `owner` is never null.
     CColourWin(CWin* owner, const CStr& title, int colour);
 
+    bool keyDown(int key, int mods) override;
     void accept() override;
 
 private:

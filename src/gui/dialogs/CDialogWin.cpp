@@ -4,7 +4,7 @@
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/Keys.h"
-#include "gui/XConnection.h"
+#include "gui/Monitors.h"
 #include "gui/controls/CButton.h"
 
 #include <algorithm>
@@ -31,8 +31,9 @@ void collect(const CGroup* group, Fields& fields) {
 
 CDialogWin::CDialogWin(CApp* dialogApp, CWin* owner, const CStr& title, int contentWidth,
                        int contentHeight, int bits)
-    : CWin(dialogApp, owner, title, 0, 0, asMin(contentWidth + 2 * borderSize, screenWidth()),
-           asMin(contentHeight + 2 * borderSize + captionHeight, screenHeight()), bits),
+    : CWin(dialogApp, owner, title, 0, 0,
+           asMin(contentWidth + 2 * borderSize, monitorOf(owner).width()),
+           asMin(contentHeight + 2 * borderSize + captionHeight, monitorOf(owner).height()), bits),
       buttons(new CGroup(this, "buttons", 0, clientGroup->height - margin - buttonHeight,
                          clientGroup->width, buttonHeight)) {
     minWidth = width;

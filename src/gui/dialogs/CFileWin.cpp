@@ -44,10 +44,11 @@ CFileWin::CFileWin(CWin* owner, const CStr& title, const CStr& ext, const CStr& 
     makeLists(ext);
     makeName(name);
     addOkCancel(okTexts[form]);
-    startCtrl = form == saveForm ? static_cast<CCtrl*>(nameEdit) : files;
+    startCtrl = nameEdit;
     CStringList names, paths;
     getDefaultFolders(&names, &paths);
     for (int i = 0; i < paths.count(); i++) addPlace(names.get(i), paths.get(i));
+    if (app->onFileDialog) (*app->onFileDialog)(this);
     enterNearest(startFolder.empty() ? getHomeFolder() : startFolder);
     if (form == openForm) files->choose(name);
 }
@@ -218,6 +219,10 @@ bool CFileWin::keyDown(int key, int mods) {
     if (key == ::keyUp && (mods & modAlt)) {
         upClicked(this);
         return true;
+    }
+    if ((key == ::keyUp || key == ::keyDown) && !mods && keyCtrl == nameEdit) {
+        setKeyCtrl(files);
+        return files->keyDown(key, mods);
     }
     // Return in the name presses the button, as in the rest of the dialog.
     if (key == keyReturn && !mods && keyCtrl == nameEdit) {

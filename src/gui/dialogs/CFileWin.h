@@ -34,7 +34,8 @@ public:
     void addPlace(const CStr& name, const CStr& placePath);
 
     void accept() override;
-    bool keyDown(int key, int mods) override; ///< Alt-Up goes to the folder around
+    /// Alt-Up goes to the folder around, Up and Down from the name to the list.
+    bool keyDown(int key, int mods) override;
 
 protected:
     enum Form : int { openForm, saveForm, folderForm };
