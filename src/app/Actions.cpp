@@ -15,7 +15,6 @@ struct Row {
     int key = 0, mods = 0;
 };
 
-// "snapNext" and "crossfade" share a key by default, as do "find" and "freeze".
 constexpr Row rows[] = {
     {"mixer", "Mixer", groupGlobal, functionKey(9)},
     {"browser", "Browser", groupGlobal, functionKey(3)},
@@ -76,7 +75,7 @@ constexpr Row rows[] = {
     {"priorbeat", "Prior beat", groupGlobal, '4'},
     {"octup", "Scroll octave up", groupArrange, keyPageUp},
     {"octdown", "Scroll octave down", groupArrange, keyPageDown},
-    {"freeze", "Freeze", groupArrange, 'f', control},
+    {"freeze", "Freeze", groupArrange, 'f', controlShift},
     {"glue", "Glue", groupArrange, 'g', control},
     {"unghost", "Un-ghost", groupArrange, 'u', control},
     {"objectbar", "Object-bar", groupArrange, 'o'},
@@ -89,7 +88,7 @@ constexpr Row rows[] = {
     {"timesig-add", "Add time signature", groupArrange, 'h', control},
     {"tempo-track", "Tempo track", groupArrange},
     {"bounce", "Bounce to new track", groupArrange, 'b', control},
-    {"crossfade", "Crossfade", groupArrange, 'x', shift},
+    {"crossfade", "Crossfade", groupArrange, 'c', shift},
     {"steprec", "Step record", groupArrange, functionKey(4)},
     {"trackzoomin", "Zoom in track edit", groupArrange, '+', control},
     {"trackzoomout", "Zoom out track edit", groupArrange, '-', control},

@@ -4,6 +4,7 @@
 #include "app/main/CMainWin.h"
 #include "app/main/Pages.h"
 #include "base/Messages.h"
+#include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/dialogs/MessageBox.h"
 
@@ -27,7 +28,8 @@ void showStatus(const CStr& text) {
 } // namespace
 
 AppHooks::AppHooks(CApp* app, CMainWin* window)
-    : mainWin(window), places(std::make_unique<DialogPlaces>(app, window->qv)) {
+    : mainWin(window),
+      places(std::make_unique<DialogPlaces>(app, static_cast<CQV*>(window->comp))) {
     hookApp = app;
     hookWin = window;
     installMessageBox(app);

@@ -175,7 +175,7 @@ private:
     void paintBackground(CGraphic* g, CRect rect);
     bool filledByManager();
     bool fillsScreen();
-    void moveTo(CRect room);
+    void fillRoom(CRect room);
     void askManager(int action);
     void centre();
     void modalTurn();

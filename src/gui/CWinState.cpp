@@ -154,12 +154,12 @@ void CWin::maximize() {
     else if (hasStyle(winManaged))
         askManager(1);
     else
-        moveTo(monitorOf(this));
+        fillRoom(monitorOf(this));
     resized();
     if (area) area->changed();
 }
 
-void CWin::moveTo(CRect room) {
+void CWin::fillRoom(CRect room) {
     move(room.left, room.top, room.width(), room.height());
 }
 

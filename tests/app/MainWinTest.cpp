@@ -149,6 +149,13 @@ TEST_F(MainWinTest, NewShortcutsAreInForceAtOnce) {
     key("ctrl+k");
     EXPECT_TRUE(pumpUntil([&] { return host->playing == 1; }));
     EXPECT_TRUE(has(menu(win.get(), "Song"), "Play\tCTRL + K"));
+    // A key of another action, and one that every window takes itself, are not printed.
+    ActionTable::setShortcut(win->getAction("loop"), 'k', modControl);
+    EXPECT_TRUE(has(menu(win.get(), "Song"), "Loop")) << menu(win.get(), "Song");
+    ActionTable::setShortcut(win->getAction("loop"), ' ', 0);
+    EXPECT_TRUE(has(menu(win.get(), "Song"), "Loop"));
+    key("XF86AudioPlay");
+    EXPECT_TRUE(pumpUntil([&] { return host->playing == 0; }));
 }
 
 TEST_F(MainWinTest, MenusOfferWhatCanBeDone) {

@@ -164,6 +164,12 @@ protected:
 void SetupWinTest::testDevice(const std::string& name, int grantedRate) {
     ASSERT_TRUE(startWithDevices(name));
     openPage("Audio");
+    EXPECT_EQ(find<CCtrl>("driver"), nullptr);
+    click(find<CCheckbox>("advanced"));
+    EXPECT_TRUE(pumpUntil([&] { return find<CCtrl>("driver") && find<CCtrl>("deviceRec"); }));
+    EXPECT_EQ(setting("options", "advanced-audio"), "1");
+    click(find<CCheckbox>("advanced"));
+    EXPECT_TRUE(pumpUntil([&] { return !find<CCtrl>("driver"); }));
     choose("device", bridge->numAudioDevs());
     EXPECT_FALSE(bridge->opened);
     EXPECT_EQ(setting("audio", "device"), "-1");
@@ -378,6 +384,7 @@ TEST_F(SetupWinTest, ShortcutsAreInForceAtOnceAndKept) {
         const char *action, *label, *typed, *box, *kept, *press;
     } cases[] = {{"play", "Play", "k", "", "0,75", "k"},
                  {"play", "Play", "space", "Shift", "16,32", "shift+space"},
+                 {"play", "Play", "misspelt", "", "16,32", ""},
                  {"play", "Play", "", "", "16,0", ""},
                  {"play", "Play", "end", "Ctrl", "48,-6", "ctrl+shift+End"}};
     for (const auto& c : cases) {

@@ -1,6 +1,7 @@
 #include "MainFixture.h"
 
 #include "app/CAppGui.h"
+#include "app/ProgramItems.h"
 #include "app/main/Skins.h"
 #include "app/setup/CGuiItemPanel.h"
 #include "app/setup/LooksPanel.h"
@@ -10,7 +11,9 @@
 #include "gui/Selections.h"
 #include "gui/controls/CColorButton.h"
 #include "gui/controls/CDropdown.h"
+#include "sequencer/CSongTrack.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <set>
 
@@ -97,13 +100,18 @@ TEST_F(SkinsTest, ADroppedThemeIsOpenedAndKept) {
     start();
     const CStr theme = at("my.qvl").c_str(), copy = at("copy.qvl").c_str();
     writeTheme(theme, 55);
-    app->startDrag(win.get());
-    auto* item = new CDropItem("my.qvl", dropFile);
-    item->path = theme;
-    app->dragList->add(item);
-    win->dropAt(win->width / 2, win->height / 2, modLeft);
-    app->endDrag();
-    EXPECT_EQ(clWinBkgnd.fillCol, asColor(55, 0, 0));
+    CWin other(app.get(), win.get(), "other", 0, 0, 100, 100, 0); // it takes nothing itself
+    other.show(true);
+    for (CWin* under : {static_cast<CWin*>(win.get()), &other}) {
+        setDarkSkin(app.get(), host.get());
+        app->startDrag(win.get());
+        auto* item = new CDropItem("my.qvl", dropFile);
+        item->path = theme;
+        app->dragList->add(item);
+        app->dropOn(under, under->getPos(true), modLeft);
+        EXPECT_EQ(clWinBkgnd.fillCol, asColor(55, 0, 0)) << under->id.asChar();
+    }
+    other.hide();
     EXPECT_EQ(setting("options", "look"), "-1");
     EXPECT_EQ(setting("options", "theme"), theme.asChar());
     EXPECT_FALSE(openTheme(app.get(), host.get(), at("gone.qvl").c_str()));
@@ -176,6 +184,60 @@ TEST_F(SkinsTest, BothSkinsAreLegible) {
             }
         }
     }
+}
+
+/// The theme that lies beside the program: as legible as the dark one, and not the same.
+TEST_F(SkinsTest, TheDefaultThemeIsALookOfItsOwn) {
+    start();
+    const CStr path = at("default.qvl").c_str();
+    {
+        CAppGui made; // of the same items, so it may not stay
+        setDefaultLook(made);
+        ASSERT_TRUE(made.save(path));
+    }
+    ASSERT_TRUE(app->gui->open(path));
+    EXPECT_EQ(clButton.shape, 1);
+    EXPECT_EQ(clButton.fillCol, darkPalette().raised);
+}
+
+/// What the page shows of the program's own items is on the screen: a colour given to one of them
+/// is found in the window.
+TEST_F(SkinsTest, ShownItemsAreUsed) {
+    start();
+    ASSERT_TRUE(load(kindDemo));
+    auto* track = static_cast<CSongTrack*>(seq()->getProg()->tracks.first());
+    track->setMuted(true);
+    static_cast<CSongTrack*>(seq()->getProg()->tracks.items(1))->setSoloed(true);
+    seq()->selectTrack(track, true);
+    host->loop = 1;
+    win->setSize(1500, 500);
+    const std::set<const CGuiItem2*> pictures = {&clLogo}; // shown by another test
+    int count = 0;
+    const LooksNode* nodes = looksTree(count);
+    const auto colourOf = [](int i) { return asColor(3 + i, 200, 77); };
+    const auto isOwn = [](const CGuiItem2* it) {
+        int rows = 0;
+        const ItemLook* own = programItems(rows);
+        return std::any_of(own, own + rows, [&](const ItemLook& row) { return row.item == it; });
+    };
+    std::vector<int> asked;
+    for (int i = 0; i < count; i++) {
+        CGuiItem2* it = nodes[i].item;
+        if (!it || nodes[i].awaited || !isOwn(it) || pictures.count(it)) continue;
+        setGuiFill(*it, colourOf(i));
+        asked.push_back(i);
+    }
+    gui().changed();
+    std::string missing;
+    const bool all = pumpUntil([&] {
+        win->paint(0, win->clientRect());
+        const Shot shot(*app->backBuffer);
+        missing.clear();
+        for (const int i : asked)
+            if (!shot.count(colourOf(i))) missing += nodes[i].item->id.asChar() + std::string(" ");
+        return missing.empty();
+    });
+    EXPECT_TRUE(all) << missing;
 }
 
 TEST_F(SkinsTest, TheTreeOfLooksHasEveryItemOnce) {

@@ -100,26 +100,26 @@ struct FileCase {
 
 } // namespace
 
-/// The list has the focus; Tab leads to the name, Shift-Tab over the places and "New folder" to the
-/// path.
+/// The name has the focus; Shift-Tab leads to the list, then over the places and "New folder" to
+/// the path.
 TEST_F(DialogTest, AFileIsOpened) {
     const FileCase cases[] = {
-        {"End Return", "song.qv"}, // sound.wav is none of them
-        {"type:al Return Down Return", "alpha/inner.qv"},
+        {"shift+Tab End Return", "song.qv"}, // sound.wav is none of them
+        {"shift+Tab type:al Return Down Return", "alpha/inner.qv"},
+        {"shift+Tab type:so Return", "song.qv"},
         {"type:so Return", "song.qv"},
-        {"Tab type:so Return", "song.qv"},
-        {"Tab type:ot Tab Return", "Other.qv"},
-        {"Tab type:Other Delete Return", "Other.qv"},
-        {"Tab type:alpha/../beta/../al Return type:in Return", "alpha/inner.qv"},
-        {"Tab type:~/alpha/inner.qv Return", "alpha/inner.qv"},
-        {"Tab type:.hidden.qv Return", ".hidden.qv"},
-        {"Tab type:missing Return Escape", nullptr},
-        {"Home Return BackSpace Down Down Return", "Other.qv"},
-        {"Home Return alt+Up End Return", "song.qv"},
-        {"shift+Tab shift+Tab shift+Tab type:~/al Return End Return", "alpha/inner.qv"},
-        {"shift+Tab shift+Tab shift+Tab type:/gone/far Return Escape", nullptr},
+        {"type:ot Tab Return", "Other.qv"},
+        {"type:Other Delete Return", "Other.qv"},
+        {"type:alpha/../beta/../al Return type:in Return", "alpha/inner.qv"},
+        {"type:~/alpha/inner.qv Return", "alpha/inner.qv"},
+        {"type:.hidden.qv Return", ".hidden.qv"},
+        {"type:missing Return Escape", nullptr},
+        {"shift+Tab Home Return BackSpace Down Down Return", "Other.qv"},
+        {"shift+Tab Home Return alt+Up End Return", "song.qv"},
+        {"shift+Tab shift+Tab shift+Tab shift+Tab type:~/al Return End Return", "alpha/inner.qv"},
+        {"shift+Tab shift+Tab shift+Tab shift+Tab type:/gone/far Return Escape", nullptr},
         {"Down Escape", nullptr},
-        {"Tab type:song.qv Tab Tab Return", nullptr},
+        {"type:song.qv Tab Tab Return", nullptr},
         {"click:files:song.qv click:Open", "song.qv"},
         {"click:files:song.qv click:Cancel", nullptr},
         {"double:files:alpha double:files:inner.qv", "alpha/inner.qv"},
@@ -161,12 +161,12 @@ TEST_F(DialogTest, AFileIsSaved) {
 
 TEST_F(DialogTest, AFolderIsChosen) {
     const FileCase cases[] = {
-        {"Tab Return", ""},
+        {"Return", ""},
         {"Down Tab Return", "alpha/"},
-        {"Tab type:~/be Return", "beta/"},
-        {"End Return Tab Return", "beta/"},
-        {"Tab type:song.qv Return Escape", nullptr},
-        {"shift+Tab shift+Tab Return type:made Return Tab Tab Tab Return", "made/"},
+        {"type:~/be Return", "beta/"},
+        {"shift+Tab End Return Tab Return", "beta/"},
+        {"type:song.qv Return Escape", nullptr},
+        {"shift+Tab shift+Tab shift+Tab Return type:made Return Tab Tab Tab Return", "made/"},
         {"click:files:alpha click:Select", "alpha/"},
         {"double:files:alpha click:up double:files:beta click:Select", "beta/"},
         {"click:newfolder type:made2 Return click:Select", "made2/"}};
@@ -211,9 +211,10 @@ TEST_F(DialogTest, AColourIsAskedFor) {
         unsigned rgb;
     };
     const Case cases[] = {{"Return", 0x804000},
-                          {"Tab Tab type:255 Return Tab Tab Tab Tab Return", 0x80ff00},
-                          {"Tab Tab Tab Tab type:#12aBff Return Tab Tab Return", 0x12abff},
+                          {"Tab Tab type:255 Return", 0x80ff00},
+                          {"Tab Tab Tab Tab type:#12aBff Return", 0x12abff},
                           {"Tab Tab Tab Tab type:zzz Tab Tab Return", 0x804000},
+                          {"Tab Tab Tab Tab type:zz Return type:010203 Return", 0x010203},
                           {"type:x Escape", 0x804000}};
     for (const Case& c : cases) {
         CColourWin dialog(win.get(), "Colour", hexColor(0x804000));

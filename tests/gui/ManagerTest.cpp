@@ -1,9 +1,13 @@
 #include "TestServer.h"
 
+#include "gui/Monitors.h"
 #include "gui/XConnection.h"
 #include "gui/controls/CDocker.h"
+#include "gui/dialogs/CDialogWin.h"
 
 #include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/Xrandr.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -258,4 +262,58 @@ TEST_P(ManagerTest, AnOwnedWindowStaysAboveAndADialogKeepsTheKeys) {
     EXPECT_TRUE(owner->visible); // behind a dialog nothing is closed
     EXPECT_EQ(app->modalWin, nullptr);
     EXPECT_TRUE(getsFocus(owned.get())); // it comes back
+}
+
+TEST_P(ManagerTest, WindowsTellTheDesktopWhatTheyAre) {
+    app->icon = {1, 1, 0xff112233};
+    CWin win(app.get(), nullptr, "Told", 100, 100, 400, 300, framed);
+    win.minWidth = 320;
+    win.minHeight = 240;
+    win.show(true);
+    XClassHint names{};
+    ASSERT_TRUE(XGetClassHint(liveDisplay(), win.handle, &names));
+    EXPECT_STREQ(names.res_name, "sondrava");
+    EXPECT_STREQ(names.res_class, "Sondrava");
+    XFree(names.res_name);
+    XFree(names.res_class);
+    XSizeHints hints{};
+    long given = 0;
+    ASSERT_TRUE(XGetWMNormalHints(liveDisplay(), win.handle, &hints, &given));
+    EXPECT_TRUE(hints.flags & PMinSize);
+    EXPECT_EQ(asPoint(hints.min_width, hints.min_height), asPoint(320, 240));
+    EXPECT_EQ(property(win.handle, "_NET_WM_ICON"), 1);
+}
+
+/// The screen of 800 x 600 as two monitors side by side: what opens lies on its owner's, over it,
+/// and whole.
+TEST_P(ManagerTest, DialogsAndMenusKeepToTheirMonitor) {
+    const CRect halves[] = {asRect(0, 0, 400, 600), asRect(400, 0, 800, 600)};
+    const Window root = xConnection().root;
+    for (const CRect& half : halves) {
+        XRRMonitorInfo* made = XRRAllocateMonitor(liveDisplay(), 0);
+        made->name = XInternAtom(liveDisplay(), half.left ? "right" : "left", False);
+        made->x = half.left;
+        made->width = half.width();
+        made->height = half.height();
+        XRRSetMonitor(liveDisplay(), root, made);
+        XRRFreeMonitors(made);
+    }
+    EXPECT_EQ(monitorAt(asPoint(399, 10)), halves[0]);
+    EXPECT_EQ(monitorAt(asPoint(400, 10)), halves[1]);
+    EXPECT_EQ(monitorAt(asPoint(2000, 10)), halves[1]);
+    const struct {
+        CRect owner;
+        CPoint corner;
+    } cases[] = {{asRect(450, 200, 300, 200), asPoint(450 + 150 - 103, 200 + 100 - 63)},
+                 {asRect(50, 200, 300, 200), asPoint(50 + 150 - 103, 200 + 100 - 63)},
+                 {asRect(700, 500, 90, 90), asPoint(800 - 206, 600 - 126)}};
+    for (const auto& c : cases) {
+        const auto owner = show("Owner", nullptr, c.owner, winNoBorder);
+        CDialogWin dialog(owner.get(), "Dialog", 200, 100);
+        dialog.show(true);
+        EXPECT_EQ(asPoint(dialog.left, dialog.top), c.corner);
+        dialog.hide();
+    }
+    for (const char* name : {"left", "right"})
+        XRRDeleteMonitor(liveDisplay(), root, XInternAtom(liveDisplay(), name, False));
 }

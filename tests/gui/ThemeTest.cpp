@@ -7,6 +7,11 @@
 #include "gui/Colours.h"
 #include "gui/Drawing.h"
 #include "gui/Images.h"
+#include "gui/controls/CButton.h"
+#include "gui/controls/CDropdown.h"
+#include "gui/controls/CPopup.h"
+#include "gui/controls/CScrollbar.h"
+#include "gui/controls/CValue.h"
 
 #include <bit>
 #include <cmath>
@@ -314,4 +319,99 @@ TEST_F(ThemeTest, FillsPaintWhatTheyTell) {
     const Shot drawn = painted(it, drawWhole);
     for (int i = 0; i < 800; i++)
         EXPECT_EQ(tiled.at(i % 40, i / 40), drawn.at(i % 40, i / 40)) << i;
+}
+
+/// Each change that the page of looks offers for an item shows on the controls of that item.
+TEST_F(ThemeTest, ControlsShowEveryPartOfTheirItem) {
+    const auto win = bareWindow();
+    CWin* w = win.get();
+    CPopup popup(app.get(), w);
+    auto* across = new CScrollbar(w, "across", 0, 0, 100, 16);
+    across->vertical = false;
+    auto* down = new CScrollbar(w, "down", 0, 0, 16, 100);
+    auto* drop = new CDropdown(w, "drop", 0, 0, 100, 20);
+    auto* lamp = new CButton(w, "lamp", "Lamp", 0, 0, 60, 20);
+    auto* lit = new CButton(w, "lit", "Lit", 0, 0, 60, 20);
+    lamp->skin = &clToolbarControls;
+    lit->litSkin = &clToolbarControls;
+    lit->lit = true;
+    drop->add("Row");
+    drop->setIndex(0);
+    struct Case {
+        CGuiItem2* item;
+        CCtrl* ctrl;
+    };
+    const Case cases[] = {{&clButton, new CButton(w, "b", "Text", 0, 0, 60, 20)},
+                          {&clButton, new CCheckbox(w, "c", "Text", 0, 0, 60, 20)},
+                          {&clToolbarControls, lamp},
+                          {&clToolbarControls, lit},
+                          {&clValue, new CEdit(w, "e", 0, 0, 60, 20)},
+                          {&clValue, new CValue(w, "v", 0, 0, 60, 20)},
+                          {&clDropdown, drop},
+                          {&clScrollbarVert, down},
+                          {&clScrollbarVertThumb, down},
+                          {&clScrollbarButtonUp, down},
+                          {&clScrollbarButtonDown, down},
+                          {&clScrollbarHorz, across},
+                          {&clScrollbarHorzThumb, across},
+                          {&clScrollbarButtonLeft, across},
+                          {&clScrollbarButtonRight, across}};
+    for (CScrollbar* bar : {across, down}) bar->setRange(400, 100);
+    CImageChunk picture;
+    const Bytes png = pngOf(4, 3, 0xff0000ff);
+    picture.mode = imagePng;
+    picture.width = 4;
+    picture.height = 3;
+    picture.data.write(png.data(), int(png.size()));
+    const struct {
+        int cap;
+        const char* name;
+        std::function<void(CGuiItem2&)> change;
+    } parts[] = {{capFrame, "frame", [](CGuiItem2& it) { setGuiFrame(it, 1, 0xff8800); }},
+                 {capShape, "shape",
+                  [](CGuiItem2& it) {
+                      setGuiFill(it, 0x0088ff);
+                      setGuiShape(it, 1);
+                  }},
+                 {capFill, "no fill", [](CGuiItem2& it) { setGuiFill(it, guiNoFill); }},
+                 {capFill, "shading", [](CGuiItem2& it) { setGuiGradient(it, 0, 0xffffff, 4); }},
+                 {capFill, "image", [&](CGuiItem2& it) { setGuiImage(it, &picture); }},
+                 {capText, "text", [](CGuiItem2& it) { setGuiText(it, 0x00ff88); }},
+                 {capSymbol, "symbol", [](CGuiItem2& it) { setGuiSymbol(it, 0x88ff00); }}};
+    CBitmap bitmap(160, 120);
+    CGraphic* g = bitmap.graphic.get();
+    const auto painted = [&](CCtrl* ctrl) {
+        g->fillRect(0x00ff00, bitmap.getRect());
+        if (ctrl == &popup)
+            (*popup.onPaint)(&popup, g, popup.clientRect());
+        else
+            ctrl->paint(g, ctrl->clientRect());
+        std::vector<int> pixels;
+        const Shot shot(bitmap.pixmap, 160, 120);
+        for (int i = 0; i < 160 * 120; i++) pixels.push_back(shot.at(i % 160, i / 160));
+        return pixels;
+    };
+    const auto check = [&](CGuiItem2* it, CCtrl* ctrl) {
+        for (const auto& part : parts) {
+            const bool onEntries = ctrl == &popup && part.cap & (capText | capSymbol);
+            const bool noGlyph = part.cap == capSymbol && (ctrl == lamp || ctrl == lit);
+            if (!(it->caps & part.cap) || onEntries || noGlyph) continue;
+            app->gui->setPalette(darkPalette());
+            if (part.cap & (capShape | capFill)) setGuiFill(*it, 0x0088ff);
+            const std::vector<int> before = painted(ctrl);
+            part.change(*it);
+            EXPECT_TRUE(painted(ctrl) != before)
+                << it->id.asChar() << " of " << ctrl->id.asChar() << ": " << part.name;
+        }
+        app->gui->setPalette(darkPalette());
+    };
+    for (const Case& c : cases) {
+        auto* value = dynamic_cast<CEdit*>(c.ctrl);
+        if (value && !dynamic_cast<CValue*>(value) && c.ctrl != drop) value->setText("Text");
+        if (!c.ctrl->parent) w->addControl(c.ctrl);
+    }
+    for (const Case& c : cases) check(c.item, c.ctrl);
+    popup.add("Entry", nullptr);
+    popup.setSize(100, 50);
+    check(&clMenu, &popup);
 }

@@ -168,6 +168,14 @@ bool CMainWin::knows(const CAction* action) const {
     return mainActions->knows(action) || songActions->knows(action) || renderActions->knows(action);
 }
 
+CStr CMainWin::shortcutOf(const CAction* action) const {
+    const char* fixed = action->key == ' ' ? "play" : fixedAction(action->key);
+    const bool mine = action->mods == 0 && fixed
+                          ? action->name == fixed
+                          : actions->find(action->key, action->mods, editorType) == action;
+    return mine ? shortcutToStr(action->key, action->mods) : CStr();
+}
+
 void CMainWin::actionClicked(CObject* sender) {
     onAction(static_cast<CAction*>(static_cast<CCtrl*>(sender)->userPtr));
 }
@@ -195,7 +203,7 @@ void CMainWin::appHint(CObject* sender) {
     CStr text = ctrl ? ctrl->hint : CStr();
     if (ctrl && !text.empty() && ctrl->userPtr) {
         const auto* action = static_cast<const CAction*>(ctrl->userPtr);
-        const CStr shortcut = shortcutToStr(action->key, action->mods);
+        const CStr shortcut = shortcutOf(action);
         if (!shortcut.empty()) text += "  (" + shortcut + ")";
     }
     setStatus(text);

@@ -57,6 +57,8 @@ public:
     bool handleKeyDown(CObject* sender, int& key, int mods);
 
     /// Whether an action does something at present; menus leave out the others.
+    /// The shortcut as a text where pressing it here runs the action; else empty.
+    CStr shortcutOf(const CAction* action) const;
     bool knows(const CAction* action) const;
     /// For buttons and menu entries that carry a CAction in `userPtr`.
     void actionClicked(CObject* sender);

@@ -1,5 +1,6 @@
 #include "app/main/CMeter.h"
 
+#include "app/ProgramItems.h"
 #include "base/Numbers.h"
 #include "engine/COutputChannel.h"
 #include "gui/CApp.h"
@@ -28,7 +29,8 @@ float dbOnScale(float db) {
 
 } // namespace
 
-CMeter::CMeter(CWin* owner, int l, int t, int w, int h) : CCtrl(owner, "meter", l, t, w, h) {
+CMeter::CMeter(CWin* owner, int l, int t, int w, int h)
+    : CCtrl(owner, "meter", l, t, w, h), item(&clMeter) {
 }
 
 CMeter::Level CMeter::levelOf(float peak, float hold) const {
@@ -40,19 +42,19 @@ void CMeter::paintBar(CGraphic* g, int from, int to, const Level& level) const {
     const int high = asRound(double(dbOnScale(highDb)) * width);
     const int over = asRound(double(dbOnScale(overDb)) * width);
     const int edges[] = {0, high, over, width};
-    g->fillRect(colours.frame, asRect(0, from, width, to));
     for (int i = 0; i < 3; i++)
         if (level.bar > edges[i])
             g->fillRect(colours.meter[i],
                         asRect(edges[i], from, std::min(level.bar, edges[i + 1]), to));
     if (level.hold > 1) {
-        const int colour = level.hold > over ? colours.meter[2] : colours.dimText;
+        const int mark = item->caps & capSymbol ? item->symbolCol : item->textCol;
+        const int colour = level.hold > over ? colours.meter[2] : mark;
         g->fillRect(colour, asRect(level.hold - 2, from, level.hold, to));
     }
 }
 
 void CMeter::paint(CGraphic* g, CRect) {
-    g->fillRect(win->app->gui->palette.panel, clientRect());
+    drawGuiItem(g, clientRect(), item);
     const int middle = height / 2;
     paintBar(g, 0, middle, shownL);
     paintBar(g, middle + 1, height, shownR);

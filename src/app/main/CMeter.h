@@ -3,6 +3,7 @@
 #include "gui/CCtrl.h"
 
 class COutputChannel;
+struct CGuiItem2;
 
 /// A stereo level meter that lies on its side: two bars over a scale of 60 dB, and the highest peak
 /// so far as a line. A press clears the peak.
@@ -12,6 +13,7 @@ public:
 
     /// Not owned; null shows silence.
     COutputChannel* channel = nullptr;
+    const CGuiItem2* item; ///< its ground and mark; never null, "meter" at first
 
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;

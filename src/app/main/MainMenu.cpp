@@ -1,7 +1,6 @@
 #include "app/main/MainMenu.h"
 
 #include "app/CAction.h"
-#include "app/Shortcuts.h"
 #include "app/main/CMainWin.h"
 #include "app/main/Displays.h"
 #include "app/main/MainRibbon.h"
@@ -103,7 +102,7 @@ CMenuItem* MainMenu::addAction(CPopup* popup, const char* name, const CStr& text
     CAction* action = window->getAction(name);
     if (!action || !window->knows(action)) return nullptr;
     CStr line = text.empty() ? action->label : text;
-    const CStr shortcut = shortcutToStr(action->key, action->mods);
+    const CStr shortcut = window->shortcutOf(action);
     if (!shortcut.empty()) line += "\t" + shortcut;
     auto* clicked = new _COnChange<CMainWin>(window, &CMainWin::actionClicked);
     CMenuItem* item = popup->add(line, clicked);

@@ -57,6 +57,15 @@ void setDarkSkin(CApp* app, CQV*) {
     app->gui->setPalette(darkPalette());
 }
 
+void setDefaultLook(CGui& gui) {
+    gui.setPalette(darkPalette());
+    for (CGuiItem2* item :
+         {&clButton, &clValue, &clDropdown, &clSpeedButton, &clSpeedButtonPushed,
+          &clSpeedButtonMouseOver, &clToolbarControls, &clToolbarControlsPushed, &clTransporter,
+          &clTransporterPushed, &clScrollbarHorzThumb, &clScrollbarVertThumb})
+        setGuiShape(*item, 1);
+}
+
 void startSkin(CApp* app, CQV* host) {
     const int look = iniReadInt(section, "look", lookDefault);
     if (look != lookTheme)

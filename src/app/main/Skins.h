@@ -3,6 +3,7 @@
 #include "base/CStr.h"
 
 class CApp;
+class CGui;
 class CObject;
 class CQV;
 
@@ -34,6 +35,9 @@ private:
 /// The skins that are built in. The theme tells all windows by `changed`.
 void setLightSkin(CApp* app, CQV* host);
 void setDarkSkin(CApp* app, CQV* host);
+
+/// The look of "default.qvl": the dark one, softer.
+void setDefaultLook(CGui& gui);
 
 /// Gives the program the look of the settings; without the file that they name, the dark one.
 void startSkin(CApp* app, CQV* host);

@@ -172,18 +172,20 @@ void CTimeline::mouseMove(int x, int, int btn) {
 CTrackRow::CTrackRow(CWin* owner, CQV* host, CSongTrack* songTrack, int t, int h, int c)
     : CGroup(owner, "track", 0, t, rowWidth, h), qv(host), track(songTrack), colour(c) {
     constexpr int buttonSize = 20, meterHeight = 9;
-    const CPalette& colours = owner->app->gui->palette;
     int x = rowWidth - 2 * (buttonSize + gap) - gap;
     muteButton = new CButton(owner, "mute", "M", x, gap, buttonSize, buttonSize);
     soloButton = new CButton(owner, "solo", "S", x + buttonSize + gap, gap, buttonSize, buttonSize);
-    muteButton->litCol = colours.mute;
-    soloButton->litCol = colours.solo;
+    muteButton->skin = &clTrackMute;
+    muteButton->litSkin = &clTrackMutePushed;
+    soloButton->skin = &clTrackSolo;
+    soloButton->litSkin = &clTrackSoloPushed;
     muteButton->hint = "Mute the track";
     soloButton->hint = "Play only this track and others with solo";
     muteButton->onChange = new _COnChange<CTrackRow>(this, &CTrackRow::muteClicked);
     soloButton->onChange = new _COnChange<CTrackRow>(this, &CTrackRow::soloClicked);
     meter = new CMeter(owner, margin + stripe, h - meterHeight - margin,
                        rowWidth - 2 * margin - stripe, meterHeight);
+    meter->item = &clTrackLed;
     meter->hint = "Level of the track's instrument";
     for (CCtrl* ctrl : {static_cast<CCtrl*>(muteButton), static_cast<CCtrl*>(soloButton),
                         static_cast<CCtrl*>(meter)})

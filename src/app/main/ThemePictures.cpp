@@ -22,6 +22,7 @@ bool drawTransport(CGraphic* g, TransportField field, CRect rect, bool on) {
     const int w = asMin(fieldWidth, rect.width()), h = asMin(picture->height, rect.height());
     g->render(picture, rect.left + (rect.width() - w) / 2, rect.top + (rect.height() - h) / 2,
               field * fieldWidth + (fieldWidth - w) / 2, (picture->height - h) / 2, w, h);
+    drawGuiItem(g, rect, pushed ? &clTransporterPushed : &clTransporter, drawFrame);
     return true;
 }
 

@@ -90,7 +90,18 @@ void Toolbar::addCommand(CButton* button, Glyph glyph, const char* text,
     button->onPaint = new _COnPaint<Toolbar>(this, &Toolbar::paintGlyph);
     button->tabStop = true;
     commands.push_back({button, glyph, isOn});
+    wearSkin(commands.back());
     addControl(button);
+}
+
+/// The pictures of a transport are drawn on the face, not tiled over it.
+void Toolbar::wearSkin(const Command& command) {
+    const bool own = fieldOf(command.glyph) >= 0 && clTransporter.fill != fillImage;
+    command.button->skin = own ? &clTransporter : &clToolbarControls;
+    command.button->litSkin = own ? &clTransporterPushed : &clToolbarControlsPushed;
+    if (command.glyph != Glyph::record) return;
+    command.button->litSkin = nullptr;
+    command.button->litCol = win->app->gui->palette.record;
 }
 
 void Toolbar::addDisplays(int x) {
@@ -210,7 +221,7 @@ void Toolbar::refresh() {
     }
     spectrum->refresh();
     for (const Command& c : commands) {
-        if (c.glyph == Glyph::record) c.button->litCol = win->app->gui->palette.record;
+        wearSkin(c);
         if (c.isOn) c.button->setLit((this->*c.isOn)());
     }
 }

@@ -42,6 +42,7 @@ private:
     void addButton(int& left, const char* name, Glyph glyph, const char* hint,
                    bool (Toolbar::*isOn)() const);
     void addCommand(CButton* button, Glyph glyph, const char* hint, bool (Toolbar::*isOn)() const);
+    void wearSkin(const Command& command);
     void addRecent(int& left);
     void addDisplays(int left);
     void addMaster();

@@ -1,5 +1,6 @@
 #include "app/mixer/CSpectrum.h"
 
+#include "app/ProgramItems.h"
 #include "base/Numbers.h"
 #include "common/fx/CDFT.h"
 #include "engine/CQV.h"
@@ -57,10 +58,10 @@ CSpectrum::CSpectrum(CWin* owner, int l, int t, int h, CQV* host)
 
 void CSpectrum::paint(CGraphic* g, CRect) {
     const CPalette& colours = win->app->gui->palette;
-    g->fillRect(colours.window, clientRect());
+    drawGuiItem(g, clientRect(), &clFFT);
     g->frameRect(colours.frame, clientRect());
     const CRect room = sizeRect(clientRect(), frame + 1, frame, -frame, -frame);
-    stripes.setColors(colours.window, colours.meter[0], colours.meter[1], room.height());
+    stripes.setColors(clFFT.fillCol, colours.meter[0], colours.meter[1], room.height());
     stripes.drawBands(g, room, *qv->dft);
 }
 

@@ -20,7 +20,7 @@
 namespace {
 
 constexpr const char *section = "audio", *noAudio = "<No audio>";
-constexpr int listWidth = 280, numberWidth = 104;
+constexpr int listWidth = 280, numberWidth = 104, factsWidth = 480;
 constexpr int maxLatency = 96000; // frames
 constexpr unsigned updateDevice = 8;
 constexpr int blockSizes[] = {64, 128, 256, 512, 1024, 2048, 4096};
@@ -50,7 +50,8 @@ CDropdown* AudioPage::addDeviceList(const char* label, const char* name) {
 
 void AudioPage::addDevice() {
     const int drivers = bridge ? bridge->mumDriverTypes() : 0;
-    if (drivers > 1) {
+    const bool all = advanced();
+    if (drivers > (all ? 0 : 1)) {
         driver = addDeviceList("Driver", "driver");
         for (int i = 0; i < drivers; i++) driver->add(bridge->getDriverName(i));
         driver->setIndex(bridge->driverType);
@@ -66,12 +67,41 @@ void AudioPage::addDevice() {
     wire(device->onChange, new _COnChange<AudioPage>(this, &AudioPage::deviceChanged));
     addNote(deviceState());
     const int recDevices = bridge ? bridge->numAudioRecDevs() : 0;
-    if (recDevices == 0) return;
+    if (bridge && (recDevices > 0 || all)) addRecDevices(recDevices);
+    if (all) addField("", new CLabel(win, streamFacts(), 0, 0, factsWidth, fieldHeight));
+    auto* box = new CCheckbox(win, "advanced", "Advanced", 0, 0, listWidth, fieldHeight);
+    box->hint = "Shows every list, and what the device was opened with";
+    box->checked = all;
+    wire(box->onChange, new _COnChange<AudioPage>(this, &AudioPage::advancedClicked));
+    addField("", box);
+}
+
+void AudioPage::addRecDevices(int recDevices) {
     deviceRec = addDeviceList("Recording device", "deviceRec");
     for (int i = 0; i < recDevices; i++) deviceRec->add(bridge->audioRecName(i));
     deviceRec->add(noAudio);
     deviceRec->setIndex(bridge->deviceRec >= 0 ? bridge->deviceRec : recDevices);
     wire(deviceRec->onChange, new _COnChange<AudioPage>(this, &AudioPage::deviceRecChanged));
+}
+
+bool AudioPage::advanced() {
+    return iniReadInt("options", "advanced-audio", 0) != 0;
+}
+
+void AudioPage::advancedClicked(CObject* sender) {
+    write("options", "advanced-audio", static_cast<CCheckbox*>(sender)->checked);
+    qv->update(updateDevice); // the page is made anew when no handler of its own is running
+}
+
+CStr AudioPage::streamFacts() const {
+    if (!bridge || !bridge->opened) return "No device is open";
+    constexpr double msPerSecond = 1000;
+    char text[128];
+    std::snprintf(text, sizeof text,
+                  "%d inputs, %d outputs; %d frames at %.0f Hz; in and out %.1f ms",
+                  bridge->numAudioIns, bridge->numAudioOuts, bridge->frames, double(bridge->rate),
+                  2 * bridge->frames * msPerSecond / double(bridge->rate));
+    return text;
 }
 
 /// Devices may have come and gone since the list was made. While one is open the list holds.

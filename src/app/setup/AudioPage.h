@@ -13,6 +13,10 @@ public:
     AudioPage(CSetupWin* window, CRect place);
 
 private:
+    void addRecDevices(int recDevices);
+    static bool advanced(); ///< the page shows what hardly anybody needs
+    void advancedClicked(CObject* sender);
+    CStr streamFacts() const;
     void addDevice();
     CDropdown* addDeviceList(const char* label, const char* name);
     void addStream();

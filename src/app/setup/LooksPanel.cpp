@@ -59,6 +59,7 @@ void LooksPanel::addTree() {
     const LooksNode* nodes = looksTree(count);
     CTreeNode* last[3] = {&tree->root}; // the open branch, by level
     for (int i = 0; i < count; i++) {
+        if (nodes[i].awaited) continue;
         CTreeNode* above = nodes[i].level ? last[nodes[i].level - 1] : &tree->root;
         last[nodes[i].level] = above->add(nodes[i].label);
         last[nodes[i].level]->data = nodes[i].item;

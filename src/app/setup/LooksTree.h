@@ -6,7 +6,8 @@ struct CGuiItem2;
 struct LooksNode {
     int level; ///< 0 an area
     const char* label;
-    CGuiItem2* item; ///< null for an area that is none itself
+    CGuiItem2* item;      ///< null for an area that is none itself
+    bool awaited = false; ///< nothing shows it yet, so the page leaves it out
 };
 
 /// All items of the program's theme, each once, from the top line on.

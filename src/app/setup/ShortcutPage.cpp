@@ -142,8 +142,12 @@ void ShortcutPage::actionChanged(CObject*) {
 void ShortcutPage::actionKeyChanged(CObject*) {
     CAction* chosen = action();
     if (!chosen) return;
-    ActionTable::setShortcut(chosen, strToKey(keyEdit->text.trim()), chosen->mods);
+    const CStr typed = keyEdit->text.trim();
+    const int key = strToKey(typed);
+    const bool known = key != 0 || typed.empty();
+    if (known) ActionTable::setShortcut(chosen, key, chosen->mods);
     showAction();
+    if (!known) note->setText(typed + " is no key.\nThe shortcut stays as it was.");
 }
 
 void ShortcutPage::modKeyChanged(CObject*) {

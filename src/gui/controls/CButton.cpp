@@ -5,6 +5,7 @@
 #include "gui/CWin.h"
 #include "gui/Colours.h"
 #include "gui/Drawing.h"
+#include "gui/ItemStates.h"
 #include "gui/Keys.h"
 
 namespace {
@@ -53,14 +54,19 @@ void drawMinimize(CGraphic* g, CRect r, int color) {
 } // namespace
 
 CButton::CButton(CWin* owner, const CStr& name, const CStr& caption, int l, int t, int w, int h)
-    : CCtrl(owner, name, l, t, w, h), text(caption) {
+    : CCtrl(owner, name, l, t, w, h), text(caption), skin(&clButton) {
     hooverable = true;
     tabStop = true;
 }
 
+const CGuiItem2& CButton::present() const {
+    return lit && litSkin ? *litSkin : *skin;
+}
+
 int CButton::fillColour() const {
     const CPalette& colours = win->app->gui->palette;
-    int fill = lit ? (litCol == -1 ? colours.accent : litCol) : clButton.fillCol;
+    const bool tinted = lit && !litSkin;
+    const int fill = tinted ? (litCol == -1 ? colours.accent : litCol) : present().fillCol;
     if (!enabled) return fadeCol(fill, colours.window, disabledShare);
     if (isPushed()) return fadeCol(fill, colours.frame, pushedShare);
     return isHovered() ? fadeCol(fill, lit ? colours.text : colours.accent, hoverShare) : fill;
@@ -69,13 +75,18 @@ int CButton::fillColour() const {
 int CButton::faceColour() const {
     const CPalette& colours = win->app->gui->palette;
     if (!enabled) return fadeCol(colours.dimText, colours.window, disabledShare);
-    return lit ? textOn(fillColour()) : clButton.textCol;
+    if (lit && !litSkin) return textOn(fillColour());
+    const CGuiItem2& item = present();
+    const bool asSymbol = (item.caps & capSymbol) && (onPaint || !(item.caps & capText));
+    return asSymbol ? item.symbolCol : item.textCol;
 }
 
 void CButton::paintFace(CGraphic* g, CRect rect) const {
     const int fill = fillColour();
-    g->fillRect(fill, rect);
-    g->frameRect(clButton.frameCol, rect);
+    drawGuiItemIn(g, rect, present(), fill);
+    // An image shows by its edge what others show by their colour.
+    if (present().fill == fillImage && enabled && (lit || isHovered() || isPushed()))
+        drawGuiItemEdge(g, rect, present(), win->app->gui->palette.accent);
     paintFocus(g, rect, fill);
 }
 
@@ -84,7 +95,7 @@ void CButton::paintFocus(CGraphic* g, CRect rect, int fill) const {
     if (lit)
         g->frameRect(textOn(fill), sizeRect(rect, 2, 2, -2, -2));
     else
-        g->frameRect(win->app->gui->palette.accent, rect);
+        drawGuiItemEdge(g, rect, present(), win->app->gui->palette.accent);
 }
 
 void CButton::paint(CGraphic* g, CRect rect) {
@@ -145,8 +156,8 @@ void CCheckbox::paint(CGraphic* g, CRect rect) {
     const CRect box = asRect(0, boxTop, boxSize, boxTop + boxSize);
     const CPalette& colours = win->app->gui->palette;
     const int fill = checked && enabled ? colours.accent : fillColour();
-    g->fillRect(fill, box);
-    g->frameRect(hasKeyFocus() ? colours.accent : clButton.frameCol, box);
+    drawGuiItemIn(g, box, *skin, fill);
+    if (hasKeyFocus()) drawGuiItemEdge(g, box, *skin, colours.accent);
     if (checked) drawCheck(g, enabled ? textOn(fill) : faceColour(), sizeRect(box, -3, 0, 0, 0));
     g->drawText(faceColour(), text, asRect(boxSize + boxGap, 0, rect.right, rect.bottom), textLeft);
 }

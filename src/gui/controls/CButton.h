@@ -2,13 +2,17 @@
 
 #include "gui/CCtrl.h"
 
+struct CGuiItem2;
+
 /// A push button. With `onPaint` it shows what that draws on its face, in `faceColour`, instead of
 /// the text.
 class CButton : public CCtrl {
 public:
     CStr text;
-    bool lit = false; ///< shows that what it stands for is on
-    int litCol = -1;  ///< fill while lit; -1 the accent colour
+    bool lit = false;                   ///< shows that what it stands for is on
+    int litCol = -1;                    ///< fill while lit; -1 the accent colour
+    const CGuiItem2* skin;              ///< never null; "button" at first
+    const CGuiItem2* litSkin = nullptr; ///< its look while lit, in place of `litCol`
 
     CButton(CWin* win, const CStr& name, const CStr& text, int left, int top, int width,
             int height);
@@ -29,6 +33,7 @@ public:
 
 protected:
     void paintFace(CGraphic* g, CRect rect) const;
+    const CGuiItem2& present() const; ///< the look of its state
     /// Marks the button that has the focus: its frame, or on the fill of a lit one a line inside.
     void paintFocus(CGraphic* g, CRect rect, int fill) const;
 };

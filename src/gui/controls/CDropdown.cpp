@@ -6,6 +6,7 @@
 #include "gui/CWin.h"
 #include "gui/Colours.h"
 #include "gui/Drawing.h"
+#include "gui/ItemStates.h"
 #include "gui/Keys.h"
 #include "gui/Monitors.h"
 #include "gui/controls/CScrollbar.h"
@@ -47,11 +48,9 @@ void CDropdown::paint(CGraphic* g, CRect rect) {
     if (editable && hasKeyFocus()) {
         CEdit::paint(g, rect);
     } else {
-        drawGuiItem(g, rect, &clDropdown);
-        if (isHovered())
-            g->fillRect(fadeCol(clDropdown.fillCol, colours.accent, hoverShare),
-                        sizeRect(rect, 1, 1, -1, -1));
-        if (hasKeyFocus()) g->frameRect(colours.accent, rect);
+        const double share = isHovered() ? hoverShare : 0;
+        drawGuiItemIn(g, rect, clDropdown, fadeCol(clDropdown.fillCol, colours.accent, share));
+        if (hasKeyFocus()) drawGuiItemEdge(g, rect, clDropdown, colours.accent);
         if (onPaint)
             CCtrl::paint(g, rect);
         else

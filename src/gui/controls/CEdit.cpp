@@ -5,6 +5,7 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Colours.h"
+#include "gui/ItemStates.h"
 #include "gui/Keys.h"
 #include "gui/Selections.h"
 #include "gui/Utf8.h"
@@ -38,8 +39,8 @@ void CEdit::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
     const bool focused = hasKeyFocus();
     const int faint = fadeCol(colours.dimText, clValue.fillCol, disabledShare);
-    g->fillRect(clValue.fillCol, rect);
-    g->frameRect(focused || isHovered() ? colours.accent : clValue.frameCol, rect);
+    drawGuiItem(g, rect, &clValue);
+    if (focused || isHovered()) drawGuiItemEdge(g, rect, clValue, colours.accent);
     if (!focused) {
         g->drawText(enabled ? clValue.textCol : faint, shownText(),
                     sizeRect(rect, textMargin, 0, -textMargin, 0), textLeft);

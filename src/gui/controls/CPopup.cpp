@@ -28,6 +28,7 @@ CPopup::CPopup(CApp* application, CWin* owner)
     face->onMouseMove = new _COnMouse<CPopup>(this, &CPopup::itemsMouseMove);
     face->onMouseUp = new _COnMouse<CPopup>(this, &CPopup::itemsMouseUp);
     onWheel = new _COnWheel<CPopup>(this, &CPopup::itemsWheel); // wherever the pointer is
+    onPaint = new _COnPaint<CPopup>(this, &CPopup::paintGround);
 }
 
 CPopup::~CPopup() {
@@ -392,8 +393,11 @@ void CPopup::endScroll(CObject*, int, int, int) {
     app->killTimer(this);
 }
 
-void CPopup::paintItems(CObject*, CGraphic* g, CRect rect) {
-    g->fillRect(clMenu.fillCol, rect);
+void CPopup::paintGround(CObject*, CGraphic* g, CRect) {
+    drawGuiItem(g, clientRect(), &clMenu);
+}
+
+void CPopup::paintItems(CObject*, CGraphic* g, CRect) {
     int index = 0;
     for (auto* item : each<CMenuItem>(items)) paintItem(g, item, index++);
 }
@@ -427,6 +431,5 @@ void CPopup::paintItem(CGraphic* g, CMenuItem* item, int index) {
 }
 
 void CPopup::paintScrollButton(CObject* sender, CGraphic* g, CRect rect) {
-    g->fillRect(clMenu.fillCol, rect);
     drawArrow(g, clMenu.textCol, rect, static_cast<CCtrl*>(sender)->tag, arrowSize + 1);
 }

@@ -77,6 +77,7 @@ private:
     void jumpTo(int letter);
     void openSubMenu(CMenuItem* item, bool fromKeys);
     void markInOpener();
+    void paintGround(CObject* sender, CGraphic* g, CRect rect);
     void paintItems(CObject* sender, CGraphic* g, CRect rect);
     void paintItem(CGraphic* g, CMenuItem* item, int index);
     void paintScrollButton(CObject* sender, CGraphic* g, CRect rect);

@@ -6,6 +6,7 @@
 #include "gui/CWin.h"
 #include "gui/Colours.h"
 #include "gui/Drawing.h"
+#include "gui/ItemStates.h"
 #include "gui/Keys.h"
 
 namespace {
@@ -75,20 +76,21 @@ void CScrollbar::paint(CGraphic* g, CRect rect) {
     drawGuiItem(g, rect, vertical ? &clScrollbarVert : &clScrollbarHorz);
     if (arrowSize > 0) {
         const CGuiItem2& first = vertical ? clScrollbarButtonUp : clScrollbarButtonLeft;
+        const CGuiItem2& last = vertical ? clScrollbarButtonDown : clScrollbarButtonRight;
         const CRect begin =
             asRect(0, 0, vertical ? width : arrowSize, vertical ? arrowSize : height);
         const CRect end = vertical ? asRect(0, height - arrowSize, width, height)
                                    : asRect(width - arrowSize, 0, width, height);
+        drawGuiItem(g, begin, &first);
+        drawGuiItem(g, end, &last);
         drawArrow(g, first.symbolCol, begin, vertical ? dirUp : dirLeft, arrowGlyph);
-        drawArrow(g, first.symbolCol, end, vertical ? dirDown : dirRight, arrowGlyph);
+        drawArrow(g, last.symbolCol, end, vertical ? dirDown : dirRight, arrowGlyph);
     }
     if (max <= min) return;
     const CGuiItem2& thumb = vertical ? clScrollbarVertThumb : clScrollbarHorzThumb;
     const CRect at = thumbRect();
-    drawGuiItem(g, at, &thumb);
-    if (isHovered() || thumbDrag)
-        g->fillRect(fadeCol(thumb.fillCol, win->app->gui->palette.accent, hoverShare),
-                    sizeRect(at, 1, 1, -1, -1));
+    const double share = isHovered() || thumbDrag ? hoverShare : 0;
+    drawGuiItemIn(g, at, thumb, fadeCol(thumb.fillCol, win->app->gui->palette.accent, share));
 }
 
 void CScrollbar::mouseDown(int x, int y, int btn) {
