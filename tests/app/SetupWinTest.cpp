@@ -442,7 +442,7 @@ TEST_F(SetupWinTest, FoldersAreAddedAndTakenOut) {
         openPage("Browser");
         EXPECT_EQ(modeToSection(l.mode), l.section);
         for (int twice = 0; twice < 2; twice++) {
-            keysInDialog("Add folder", {"Tab", "ctrl+a"});
+            keysInDialog("Add folder", {"ctrl+a"});
             typeInDialog("Add folder", path);
             keysInDialog("Add folder", {"Return"});
             click(find<CCtrl>(std::string(l.title) + " Add"));
