@@ -9,8 +9,9 @@ class CCompEditor;
 class CMainWin;
 class DialogPlaces;
 
-/// Fills in what the lower floors ask of the windows: message boxes, the status line, the places of file dialogs, the loop that
-/// goes on while an edit waits, the tick of the main window. One at a time; interface thread.
+/// Fills in what the lower floors ask of the windows: message boxes, the status line, the places of
+/// file dialogs, the loop that goes on while an edit waits, the tick of the main window. One at a
+/// time; interface thread.
 class AppHooks : public EditorHooks {
 public:
     AppHooks(CApp* app, CMainWin* window);
