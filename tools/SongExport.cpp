@@ -24,7 +24,6 @@ RenderSpan spanOf(CSeq* seq, const RenderOptions& options) {
 }
 
 CStr exportMidi(CSeq* seq, const CStr& path) {
-    seq->setLoop(0);
     switch (exportMIDIFile(seq, path)) {
     case MidiExport::good:
         return "";

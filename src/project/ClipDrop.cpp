@@ -11,6 +11,7 @@
 #include "project/ClipContent.h"
 #include "project/KitDrop.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/TrackInstrument.h"
 
 #include <unordered_set>
 
@@ -50,28 +51,12 @@ CSampler* makeSampler(CQV* host, const ClipDevice& device) {
     return sampler;
 }
 
-/// Between a track and the audio out.
-void link(CSampler* sampler, CTrack* track, CUndo* undo) {
-    CQV* host = sampler->host;
-    CComp* out = host->getAudioOut();
-    CMIDICable* midi = createMIDICable(sampler, track->outPort(), nullptr);
-    CAudioCable* audio = out ? createAudioCable(out, sampler->output(), nullptr) : nullptr;
-    undo->asAdd(sampler, &host->comps);
-    if (midi) undo->asAdd(midi, &sampler->midiCables);
-    if (audio) undo->asAdd(audio, &out->audioCables);
-}
-
-bool feedsAnything(CTrack* track) {
-    CList cables;
-    listOutput(track->host, track->outPort(), &cables);
-    return !cables.empty();
-}
-
 void takeDevices(const ClipContent& clip, CTrack* track, CUndo* undo) {
     if (!track->outPort() || feedsAnything(track)) return;
     CStr missing;
     for (const ClipDevice& device : clip.devices) {
-        if (device.kind == deviceSampler) link(makeSampler(track->host, device), track, undo);
+        if (device.kind == deviceSampler)
+            linkInstrument(makeSampler(track->host, device), track, undo);
         if (device.kind == devicePlugin)
             missing += missing.empty() ? device.path : ", " + device.path;
     }

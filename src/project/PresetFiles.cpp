@@ -18,14 +18,6 @@
 
 namespace {
 
-int countSounds(const CStr& path) {
-    int count = 0;
-    CFileStream stream(path, 0);
-    eachBlock(&stream, stream.getSize(),
-              [&count](const CStr& name, BlockView&) { count += name == "sound"; });
-    return count;
-}
-
 void addSlices(CSeq* seq, CTrack* track, const CStr& path, CUndo* undo) {
     CREX2 loop(path, int(seq->host->rate));
     DrumKit kit(seq->host, track->drumLayer(), seq);
@@ -37,7 +29,7 @@ void addSlices(CSeq* seq, CTrack* track, const CStr& path, CUndo* undo) {
 void addSounds(CSeq* seq, CTrack* track, const CStr& path, CUndo* undo) {
     const CStr ext = extractFileExt(path).upperCase();
     if (ext == ".REX" || ext == ".RX2") addSlices(seq, track, path, undo);
-    if ((ext == ".QVS" || ext == ".QVD") && countSounds(path) > 0)
+    if ((ext == ".QVS" || ext == ".QVD") && countKitSounds(path) > 0)
         seq->openDrumBank(track, path, undo);
 }
 
@@ -97,6 +89,14 @@ int getFiletype(const CStr& path) {
         if (type < 0 && name == "filetype" && body.has(int64_t(sizeof(int)))) type = body.readInt();
     });
     return type;
+}
+
+int countKitSounds(const CStr& path) {
+    int count = 0;
+    CFileStream stream(path, 0);
+    eachBlock(&stream, stream.getSize(),
+              [&count](const CStr& name, BlockView&) { count += name == "sound"; });
+    return count;
 }
 
 void loadPreset(CSeq* seq, CLayer* layer, CTrack* track, const CStr& path) {

@@ -33,6 +33,9 @@ bool saveTrackAsPreset(const CStr& path);
 /// The number in the block "filetype", 3 for a program of the sampler; -1 without that block.
 int getFiletype(const CStr& path);
 
+/// How many sounds a kit has; 0 for what is none.
+int countKitSounds(const CStr& path);
+
 /// Replaces the sounds in a layer of a drum track by those of a kit or a sliced loop, in one step.
 /// A file without sounds for it, such as a program of the sampler, changes nothing. `track` is of
 /// `seq`.

@@ -8,6 +8,9 @@
 #include "instruments/SynthDrums.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/MidiImport.h"
+#include "sequencer/Pending.h"
+#include "sequencer/Templates.h"
+#include "sequencer/TrackInstrument.h"
 
 #include <cmath>
 #include <memory>
@@ -17,20 +20,11 @@ namespace {
 
 constexpr int drumChannel = 9;
 
-/// Cables a finished synthesizer between a track and the audio out, and links it.
-CSampler* link(std::unique_ptr<CSampler> made, CSeq* seq, CTrack* track) {
-    CQV* host = seq->host;
-    made->createBuffers(host->frames);
-    made->setRate(double(host->rate));
-    CMIDICable* midi = createMIDICable(made.get(), track->outPort(), nullptr);
-    CComp* out = host->getAudioOut();
-    CAudioCable* audio = out ? createAudioCable(out, made->output(), nullptr) : nullptr;
-
-    GraphHold hold(host);
-    if (midi) made->midiCables.add(midi);
-    if (audio) out->audioCables.add(audio);
-    host->comps.add(made.get());
-    host->update(updateDelays);
+/// Makes a finished synthesizer ready and gives it to a track.
+CSampler* link(std::unique_ptr<CSampler> made, CSeq* seq, CTrack* track, CUndo* undo) {
+    made->createBuffers(seq->host->frames);
+    made->setRate(double(seq->host->rate));
+    linkInstrument(made.get(), track, undo);
     return made.release();
 }
 
@@ -49,18 +43,41 @@ bool hasNotes(CPart* part) {
     return false;
 }
 
-/// Gives a track an instrument if it has notes; null for a track without.
-CSampler* giveSound(CSeq* seq, CSongTrack* songTrack) {
+/// The song tracks there are and those that a step adds.
+std::vector<CSongTrack*> songTracks(CSeq* seq, CUndo* undo) {
+    std::vector<CSongTrack*> all;
+    eachWithPending<CSongTrack>(undo, &seq->getProg()->tracks,
+                                [&](CSongTrack* songTrack) { all.push_back(songTrack); });
+    return all;
+}
+
+bool bringsNotes(CSeq* seq, CUndo* undo) {
+    bool notes = false;
+    for (CSongTrack* songTrack : songTracks(seq, undo))
+        eachPending<CPart>(undo, &songTrack->parts,
+                           [&](CPart* part) { notes = notes || hasNotes(part); });
+    return notes;
+}
+
+/// Gives a track an instrument if a step brings notes to it that would reach nothing; else null.
+CSampler* giveSound(CSeq* seq, CSongTrack* songTrack, CUndo* undo) {
+    CTrack* track = songTrack->track;
     bool notes = false;
     int program = -1;
-    for (CPart* part : each<CPart>(songTrack->parts)) {
-        if (part->type != partMIDI) continue;
+    eachPending<CPart>(undo, &songTrack->parts, [&](CPart* part) {
         notes = notes || hasNotes(part);
         if (program < 0) program = firstProgram(part);
-    }
-    if (!notes) return nullptr;
-    if (songTrack->track->channel == drumChannel) return addSynthDrums(seq, songTrack->track);
-    return addSynthesizer(seq, songTrack->track, std::max(0, program));
+    });
+    if (!notes || feedsAnything(track)) return nullptr;
+    if (track->channel == drumChannel) return addSynthDrums(seq, track, undo);
+    return addSynthesizer(seq, track, std::max(0, program), undo);
+}
+
+std::vector<CSampler*> giveSounds(CSeq* seq, CUndo* undo) {
+    std::vector<CSampler*> instruments;
+    for (CSongTrack* songTrack : songTracks(seq, undo))
+        if (CSampler* made = giveSound(seq, songTrack, undo)) instruments.push_back(made);
+    return instruments;
 }
 
 /// Leaves room for many instruments that sound together: their power adds up, so each gets the root
@@ -103,14 +120,14 @@ CSeq* addSequencer(CQV* host) {
     return seq.release();
 }
 
-CSampler* addSynthesizer(CSeq* seq, CTrack* track, int program) {
+CSampler* addSynthesizer(CSeq* seq, CTrack* track, int program, CUndo* undo) {
     auto made = std::make_unique<CSampler>(seq->host);
     made->createChannels();
     CStr name;
     const int count = made->factoryProg(nullptr, -1, name, false);
     made->factoryProg(nullptr, program % count, name, true);
     made->setId(name);
-    return link(std::move(made), seq, track);
+    return link(std::move(made), seq, track, undo);
 }
 
 void setStrip(CSampler* instrument, float fader, float pan) {
@@ -122,25 +139,26 @@ void setStrip(CSampler* instrument, float fader, float pan) {
     strip->setPan(pan, false);
 }
 
-CSampler* addSynthDrums(CSeq* seq, CTrack* track) {
+CSampler* addSynthDrums(CSeq* seq, CTrack* track, CUndo* undo) {
     auto made = std::make_unique<CSampler>(seq->host);
     made->createChannels();
     made->progs.add(synthDrumKit(made.get()));
     made->setId("Drums");
-    return link(std::move(made), seq, track);
+    return link(std::move(made), seq, track, undo);
 }
 
-MidiSongResult openMidiSong(CSeq* seq, const CStr& path) {
+MidiSongResult openMidiSong(CSeq* seq, const CStr& path, CSongTrack* onto, int tick) {
     CQV* host = seq->host;
-    CUndo* step = host->undoStart("Import", seq, undoSongChanged);
-    const MidiSongResult result = resultOf(openMIDIFile(seq, nullptr, path, step, 0));
-    host->undoEnd(step, true);
-    if (result == MidiSongResult::unreadable || result == MidiSongResult::notMidi) return result;
-    std::vector<CSampler*> instruments;
-    for (CSongTrack* songTrack : each<CSongTrack>(seq->getProg()->tracks))
-        if (CSampler* made = giveSound(seq, songTrack)) instruments.push_back(made);
+    CSeqProg* prog = seq->getProg();
+    const bool begins = !prog->hasParts();
+    CUndo* step = host->undoStart("Import", seq, undoSongChanged | undoGraph);
+    const MidiSongResult result =
+        resultOf(openMIDIFile(seq, onto, path, step, tick, MidiTracks::byChannel));
+    const std::vector<CSampler*> instruments = giveSounds(seq, step);
+    const bool notes = bringsNotes(seq, step);
     setLevels(instruments);
     playDry(instruments);
-    const bool silent = instruments.empty() && result == MidiSongResult::good;
-    return silent ? MidiSongResult::silent : result;
+    host->undoEnd(step, true);
+    if (begins && prog->hasParts()) frameSong(seq);
+    return result == MidiSongResult::good && !notes ? MidiSongResult::silent : result;
 }

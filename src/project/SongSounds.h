@@ -3,21 +3,23 @@
 class CQV;
 class CSampler;
 class CSeq;
+class CSongTrack;
 class CStr;
 class CTrack;
+class CUndo;
 
-/// How instruments come to the tracks of a song. Interface thread; each takes the graph for the
-/// moment in which it links what it made.
+/// How instruments come to the tracks of a song. Interface thread; each records in the step what it
+/// made, or without one takes the graph for the moment in which it links that.
 
 /// A new sequencer, linked to the host, with its first program.
 CSeq* addSequencer(CQV* host);
 
 /// A synthesizer with the factory programs, `program` (taken modulo their count) current, fed by
 /// the track's output and cabled to the first audio out. Owned by the host.
-CSampler* addSynthesizer(CSeq* seq, CTrack* track, int program);
+CSampler* addSynthesizer(CSeq* seq, CTrack* track, int program, CUndo* undo = nullptr);
 
 /// The same with the drum program alone.
-CSampler* addSynthDrums(CSeq* seq, CTrack* track);
+CSampler* addSynthDrums(CSeq* seq, CTrack* track, CUndo* undo = nullptr);
 
 /// Sets fader (0 to 1) and pan (-1 to 1) of an instrument at once, without a ramp.
 void setStrip(CSampler* instrument, float fader, float pan);
@@ -31,8 +33,10 @@ enum class MidiSongResult {
     silent,    ///< no track has notes
 };
 
-/// Imports a MIDI file into the sequencer and gives each track with notes an instrument: the
-/// factory program of its first program change, else the first; the drum program on channel 10;
-/// without send effects.
+/// Imports a MIDI file into a song that has a program, from tick `tick` on, as one step of the
+/// history; what comes first goes to `onto`, if that is given and has no parts. A track of several
+/// channels becomes one for each, and each whose notes would reach nothing comes with an
+/// instrument: the factory program of its first program change, else the first; the drum program on
+/// channel 10; without send effects. A song that had no parts is framed as a new one is.
 /// What was readable of a broken file stays.
-MidiSongResult openMidiSong(CSeq* seq, const CStr& path);
+MidiSongResult openMidiSong(CSeq* seq, const CStr& path, CSongTrack* onto = nullptr, int tick = 0);

@@ -24,10 +24,10 @@ struct Message {
     int tick, data;
 };
 
-Range rangeOf(CSeq* seq) {
+Range rangeOf(CSeq* seq, MidiRange wanted) {
     int left = 0, right = 0;
     seq->getLoopSection(left, right);
-    if (seq->getLoop() && left < right) return {left, right};
+    if (wanted == MidiRange::loop && left < right) return {left, right};
     return {0, seq->renderDuration()};
 }
 
@@ -162,9 +162,8 @@ bool isExported(CSongTrack* songTrack, bool anySolo) {
     return !songTrack->muted() && (!anySolo || songTrack->soloed());
 }
 
-void writeSong(CSMF& file, CSeq* seq) {
+void writeSong(CSMF& file, CSeq* seq, const Range& range) {
     CSeqProg* prog = seq->getProg();
-    const Range range = rangeOf(seq);
     bool anySolo = false;
     for (const auto* t : each<CSongTrack>(prog->tracks)) anySolo = anySolo || t->soloed();
     writeTempos(file, seq, range);
@@ -175,11 +174,11 @@ void writeSong(CSMF& file, CSeq* seq) {
 
 } // namespace
 
-MidiExport exportMIDIFile(CSeq* seq, const CStr& path) {
+MidiExport exportMIDIFile(CSeq* seq, const CStr& path, MidiRange range) {
     if (!seq->getProg()) return MidiExport::notCreated;
     SafeFile target(path);
     CSMF file(target.path());
     if (!file.isOpen()) return MidiExport::notCreated;
-    writeSong(file, seq);
+    writeSong(file, seq, rangeOf(seq, range));
     return file.close() && target.commit() ? MidiExport::good : MidiExport::noRoom;
 }

@@ -21,6 +21,7 @@ constexpr int maxImportTracks = 512;
 constexpr int maxMetaText = 4096;
 constexpr int maxDenPower = 7;
 constexpr int varLenBytes = 4;
+constexpr int midiChannels = 16, drumChannel = 9;
 constexpr const char* importTitle = "Import";
 
 enum Meta : int {
@@ -48,8 +49,9 @@ CStr idText(int32_t id) {
 /// The import of one file.
 class Importer {
 public:
-    Importer(CSeq* s, CSongTrack* target, const CStr& name, CUndo* step, int at)
-        : seq(s), prog(s->getProg()), undo(step), position(at), stream(name, 0),
+    Importer(CSeq* s, CSongTrack* target, const CStr& name, CUndo* step, int at, MidiTracks how)
+        : seq(s), prog(s->getProg()), undo(step), position(at),
+          splits(how == MidiTracks::byChannel), stream(name, 0),
           songTrack(target && target->parts.getCount() == 0 ? target : nullptr) {
         if (songTrack) usedTracks.push_back(songTrack);
         if (songTrack) channelTold.push_back(songTrack->track);
@@ -82,6 +84,8 @@ private:
     void addNote(int data);
     void setNoteOff(int status, int note);
     void linkPart();
+    bool mustSplit() const;
+    void linkByChannel();
     void linkPoints();
     void assignChannels();
     /// All that follows has to share the last track and part.
@@ -100,6 +104,7 @@ private:
     CSeqProg* prog;
     CUndo* undo;
     int position;
+    const bool splits; ///< a track of several channels
     CFileStream stream;
     int64_t chunkEnd = 0;
     bool ranOut = false;
@@ -109,6 +114,7 @@ private:
     int64_t carried = 0; ///< delta of skipped system events
     int running = 0;
     int prefix = -1; ///< channel told before there was a track, -1 none
+    CStr trackName;  ///< told for `songTrack`, empty without
 
     CSongTrack* songTrack;     ///< that the present chunk goes to
     CMIDIPart* part = nullptr; ///< linked when its chunk ends, the last of 512 at the very end
@@ -236,7 +242,8 @@ void Importer::readName(int length) {
     }
     if (ranOut) return;
     needTrack();
-    songTrack->track->id = text.c_str();
+    trackName = text.c_str();
+    songTrack->track->id = trackName;
     if (part) part->id = text.c_str();
 }
 
@@ -316,10 +323,46 @@ Importer::Step Importer::readEvent() {
 /// Links the open part; the next one then goes to a new track.
 void Importer::linkPart() {
     if (!part) return;
+    if (mustSplit()) return linkByChannel();
     part->setEvents(events.takeList());
     songTrack->addPart(part, undo);
     part = nullptr;
     songTrack = nullptr;
+    trackName = "";
+}
+
+bool Importer::mustSplit() const {
+    const bool told = std::ranges::find(channelTold, songTrack->track) != channelTold.end();
+    return splits && channels.back().channel == -2 && !told &&
+           int(usedTracks.size()) + midiChannels <= maxImportTracks;
+}
+
+/// The first channel keeps the track, each other one gets a track with a part as long.
+void Importer::linkByChannel() {
+    std::map<int, EventCollector> byChannel;
+    int at = 0;
+    for (CBaseEvent *e = events.takeList(), *next = nullptr; e; e = next) {
+        next = e->next;
+        at += e->delta;
+        byChannel[chByte(static_cast<CMIDIEvent*>(e)->data)].add(at, e);
+    }
+    const CStr name = trackName;
+    const int length = part->length;
+    for (auto& [channel, own] : byChannel) {
+        needPart();
+        if (channel == drumChannel)
+            songTrack->track->id = "Drums";
+        else if (!name.empty())
+            songTrack->track->id = name + " " + asStr(channel + 1);
+        part->id = songTrack->track->id;
+        part->length = length;
+        channels.back().channel = channel;
+        part->setEvents(own.takeList());
+        songTrack->addPart(part, undo);
+        part = nullptr;
+        songTrack = nullptr;
+    }
+    trackName = "";
 }
 
 /// Points join their list at its end: the step puts them in order, and of two at one tick the later
@@ -356,7 +399,7 @@ bool Importer::readTrack(int64_t end) {
 
 /// A track whose events are on several channels leaves them there, unless it was told its own.
 void Importer::assignChannels() {
-    if (usedTracks.size() < 2) return;
+    if (usedTracks.size() < 2 && !splits) return;
     std::map<CTrack*, int> common;
     for (const PartChannel& c : channels) {
         const auto [entry, added] = common.try_emplace(c.track, c.channel);
@@ -396,8 +439,8 @@ MidiImport Importer::run() {
 
 } // namespace
 
-MidiImport openMIDIFile(CSeq* seq, CSongTrack* target, const CStr& name, CUndo* undo,
-                        int position) {
+MidiImport openMIDIFile(CSeq* seq, CSongTrack* target, const CStr& name, CUndo* undo, int position,
+                        MidiTracks tracks) {
     if (!seq->getProg()) return MidiImport::unreadable;
-    return Importer(seq, target, name, undo, std::max(0, position)).run();
+    return Importer(seq, target, name, undo, std::max(0, position), tracks).run();
 }

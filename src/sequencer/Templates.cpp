@@ -4,9 +4,9 @@
 #include "effects/CEffect.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
-#include "engine/CompTypes.h"
 #include "engine/GraphHold.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/TrackInstrument.h"
 
 namespace {
 
@@ -27,22 +27,6 @@ void select(CSeq* seq, CSongTrack* songTrack, bool open) {
 CPart* addBar(CSongTrack* songTrack, CPart* part) {
     part->id = songTrack->track->id;
     return songTrack->addPart(part, nullptr);
-}
-
-/// A synthesizer that the track plays, heard at the audio output.
-void addSynthesizer(CSeq* seq, CTrack* source) {
-    CQV* host = seq->host;
-    CComp* synth = createComp(host, categoryComp, compSampler);
-    synth->init();
-    synth->createBuffers(host->frames);
-    synth->setRate(double(host->rate));
-    synth->id = host->autoNameComp(synth->id);
-    if (auto* cable = createMIDICable(synth, source->outPort(), nullptr))
-        synth->midiCables.add(cable);
-    CComp* out = host->getAudioOut();
-    auto* cable = out ? createAudioCable(out, synth->output(), nullptr) : nullptr;
-    if (cable) out->audioCables.add(cable);
-    host->comps.add(synth);
 }
 
 CSongTrack* drumTrack(CSeq* seq) {
@@ -73,10 +57,10 @@ void createEmptyProject(CSeq*) {
 void createDefaultProject(CSeq* seq) {
     GraphHold hold(seq->host);
     seq->options.bytes[templateOption] = 1;
-    CSongTrack* songTrack = track(seq, trackMIDI, "noname");
+    CSongTrack* songTrack = track(seq, trackMIDI, "Instrument 1");
     select(seq, songTrack, true);
     addBar(songTrack, new CMIDIPart);
-    addSynthesizer(seq, songTrack->track);
+    addTrackInstrument(seq, songTrack->track, nullptr);
 }
 
 void createSimpleProject(CSeq* seq) {
@@ -89,8 +73,13 @@ void createSimpleProject(CSeq* seq) {
 
 void createMIDISequencerProject(CSeq* seq) {
     GraphHold hold(seq->host);
+    CComp* out = seq->host->getMIDIOut();
     for (int i = 1; i <= tracksOfAKind; i++) {
         CSongTrack* songTrack = track(seq, trackMIDI, CStr("Instrument ") + asStr(i));
+        songTrack->track->channel = short(i - 1);
+        if (out)
+            if (auto* cable = createMIDICable(out, songTrack->track->outPort(), nullptr))
+                out->midiCables.add(cable);
         if (i > 1) continue;
         select(seq, songTrack, true);
         addBar(songTrack, new CMIDIPart);
@@ -110,7 +99,7 @@ void createDrumAndBassProject(CSeq* seq) {
     static_cast<CPart*>(drumTrack(seq)->parts.getFirst())->setSelected(true);
     CSongTrack* songTrack = track(seq, trackMIDI, "Instrument");
     addBar(songTrack, new CMIDIPart);
-    addSynthesizer(seq, songTrack->track);
+    addTrackInstrument(seq, songTrack->track, nullptr);
 }
 
 void createGuitaristProject(CSeq* seq) {
@@ -120,4 +109,11 @@ void createGuitaristProject(CSeq* seq) {
     COutputChannel* channel = track(seq, trackAudio, "Guitar")->track->output();
     addInsert(channel, fxGuitarAmp);
     addInsert(channel, fxReverb);
+}
+
+void frameSong(CSeq* seq) {
+    GraphHold hold(seq->host);
+    seq->host->setLoop(0);
+    seq->setLoop(0);
+    seq->setLoopSection(0, asMax(barTicks, seq->renderDuration()));
 }

@@ -9,7 +9,7 @@ void createEmptyProject(CSeq* seq);
 void createDefaultProject(CSeq* seq);
 /// An instrument and an audio track.
 void createSimpleProject(CSeq* seq);
-/// Eight instrument tracks.
+/// Eight instrument tracks for instruments outside: on the channels 1 to 8 of the MIDI output.
 void createMIDISequencerProject(CSeq* seq);
 /// Eight audio tracks.
 void createPortaStudioProject(CSeq* seq);
@@ -17,3 +17,7 @@ void createPortaStudioProject(CSeq* seq);
 void createDrumAndBassProject(CSeq* seq);
 /// A drum and an audio track.
 void createGuitaristProject(CSeq* seq);
+
+/// What a song is given to the user with: the loop is off, and the locators lie around all of it,
+/// or around the first bar of an empty one.
+void frameSong(CSeq* seq);

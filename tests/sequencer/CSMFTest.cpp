@@ -15,15 +15,14 @@ using Lines = std::vector<std::string>;
 struct MidiFixture : SongFixture {
     TempFolder folder;
 
-    MidiFixture() { seq->setLoop(0); }
     MidiImport import(const CStr& path) {
         MidiImport result = MidiImport::good;
         step([&](CUndo* undo) { result = openMIDIFile(seq, nullptr, path, undo, 0); });
         return result;
     }
     /// What an independent reader makes of the song's file, which it has to take without a word.
-    Lines exported() {
-        EXPECT_EQ(exportMIDIFile(seq, folder.file("out.mid")), MidiExport::good);
+    Lines exported(MidiRange range = MidiRange::song) {
+        EXPECT_EQ(exportMIDIFile(seq, folder.file("out.mid"), range), MidiExport::good);
         const std::string at = folder.path.asChar();
         const std::string command = "midicsv " + at + "/out.mid >" + at + "/csv 2>" + at + "/err";
         EXPECT_EQ(std::system(command.c_str()), 0);
@@ -101,8 +100,8 @@ TEST(CSMF, WritesWhatTheSongPlays) {
         point->setTimesig(7, den);
         f.prog()->addTimesig(point, nullptr);
     }
-    const auto exported = [&f] {
-        Lines all = f.exported();
+    const auto exported = [&f](MidiRange range = MidiRange::song) {
+        Lines all = f.exported(range);
         std::erase_if(all, [](const std::string& line) {
             return line.find("_track") != line.npos || line.find("End_of_file") != line.npos;
         });
@@ -138,13 +137,13 @@ TEST(CSMF, WritesWhatTheSongPlays) {
     keys->setSoloed(false);
     EXPECT_EQ(exported(), whole);
 
-    f.seq->setLoop(1);
+    EXPECT_EQ(f.seq->getLoop(), 1); // and all was written
     f.seq->setLoopSection(1000, 1500);
     const Lines between = {"0, 0, Header, 1, 3, 960",           "1, 0, Tempo, 666666",
                            "2, 0, Time_signature, 7, 3, 24, 8", "3, 0, Channel_prefix, 4",
                            "3, 0, Title_t, \"Keys\"",           "3, 440, Note_on_c, 4, 60, 100",
                            "3, 441, Note_on_c, 4, 60, 0"};
-    EXPECT_EQ(exported(), between);
+    EXPECT_EQ(exported(MidiRange::loop), between);
 }
 
 /// Without points the host's tempo and the song's signature stand in the file. A file that cannot

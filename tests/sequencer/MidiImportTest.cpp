@@ -60,12 +60,14 @@ std::string file(int format, int division, const Tracks& tracks) {
 }
 
 struct ImportFixture : SongFixture, Told {
+    MidiTracks how = MidiTracks::asTold;
+
     MidiImport import(const std::string& content, CSongTrack* target = nullptr, int position = 0) {
         std::filesystem::remove(folder.file("a.mid").asChar()); // truncating waits for the disk
         folder.write("a.mid", content);
         MidiImport result = MidiImport::good;
         step([&](CUndo* undo) {
-            result = openMIDIFile(seq, target, folder.file("a.mid"), undo, position);
+            result = openMIDIFile(seq, target, folder.file("a.mid"), undo, position, how);
         });
         return result;
     }
@@ -115,10 +117,11 @@ struct Case {
     std::string message = "";
 };
 
-void expectImports(std::initializer_list<Case> cases) {
+void expectImports(std::initializer_list<Case> cases, MidiTracks how = MidiTracks::asTold) {
     for (const Case& c : cases) {
         SCOPED_TRACE(&c - cases.begin());
         ImportFixture f;
+        f.how = how;
         EXPECT_EQ(f.import(c.content), c.result);
         EXPECT_EQ(f.song(), c.song);
         EXPECT_EQ(f.messages.empty() ? "" : f.messages.front(), c.message);
@@ -216,6 +219,24 @@ TEST(MidiImport, ChunksBecomeTracks) {
                      "2140.225.0.64; Drums 9 0+3840: 0.153.36.100~960 966.217.12.0; "
                      "tempo 0=120 time 0=3/4 "},
     });
+}
+
+/// By channel, events of several become a track for each, in one chunk as in many; a single track
+/// takes its channel too, and one that the file gives its own keeps all.
+TEST(MidiImport, ChannelsBecomeTracks) {
+    const std::string mixed = noteOf(9, 36) + noteOf(0) + at(0, {0xB3, 7, 90}) + noteOf(0, 62);
+    const std::string first = " 0 0+3840: 480.144.60.100~480 960.144.62.100~480; ";
+    const std::string fourth = " 3 0+3840: 960.179.7.90; ";
+    const std::string drums = "Drums 9 0+3840: 0.153.36.100~480; ";
+    expectImports(
+        {{file(0, 960, {mixed}), "instrument-1" + first + "instrument-2" + fourth + drums},
+         {file(0, 960, {named("A") + mixed}), "A 1" + first + "A 4" + fourth + drums},
+         {file(1, 960, {named("A") + mixed, noteOf(5)}),
+          "A 1" + first + "A 4" + fourth + drums + "instrument-1 5 0+3840: 0.149.60.100~480; "},
+         {one(named("A") + noteOf(9, 36)), "A 9 0+3840: 0.153.36.100~480; "},
+         {one(at(0, {0xFF, 0x20, 1, 2}) + named("A") + noteOf(9, 36) + noteOf(0)),
+          "A 2 0+3840: 0.153.36.100~480 480.144.60.100~480; "}},
+        MidiTracks::byChannel);
 }
 
 /// Content goes to an empty target first and begins at the position; a target in use is left alone.

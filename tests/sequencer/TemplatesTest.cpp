@@ -40,13 +40,13 @@ TEST(Templates, HoldWhatTheyAreNamedFor) {
     struct Case {
         void (*create)(CSeq*);
         std::string tracks;
-        int midiIns, audioIns, audioOuts, synths, option;
+        int midiIns, audioIns, audioOuts, synths, option, outside = 0;
     };
     const Case cases[] = {
         {createEmptyProject, "", 0, 0, 0, 0, 0},
-        {createDefaultProject, "noname! pl; ", 1, 0, 1, 1, 1},
+        {createDefaultProject, "Instrument 1! pl; ", 1, 0, 1, 1, 1},
         {createSimpleProject, "Instrument 1! pl; Audio 1 l; ", 1, 1, 1, 0, 0},
-        {createMIDISequencerProject, eight("Instrument ", "! pl; ", " l; "), 8, 0, 0, 0, 0},
+        {createMIDISequencerProject, eight("Instrument ", "! pl; ", " l; "), 8, 0, 0, 0, 0, 8},
         {createPortaStudioProject, eight("Audio ", "! l; ", " l; "), 0, 8, 8, 0, 0},
         {createDrumAndBassProject, "Drum Pddddd; Instrument pl; ", 2, 0, 2, 1, 0},
         {createGuitaristProject, "Drum pddddd; Guitar lii; ", 1, 1, 2, 0, 1}};
@@ -60,5 +60,24 @@ TEST(Templates, HoldWhatTheyAreNamedFor) {
         EXPECT_EQ(song.seq->options.bytes[1], c.option) << c.tracks;
         const CComp* synth = song.host.firstOfType(compSampler);
         EXPECT_EQ(synth ? synth->midiCables.getCount() : 0, c.synths) << c.tracks;
+        const CComp* midiOut = song.host.getMIDIOut();
+        for (const auto* cable : each<CMIDICable>(midiOut->midiCables))
+            EXPECT_TRUE(song.seq->outPorts.contains(cable->fromPort));
+        EXPECT_EQ(midiOut->midiCables.getCount(), c.outside) << c.tracks;
+        for (int i = 0; i < c.outside; i++)
+            EXPECT_EQ(static_cast<CTrack*>(song.seq->tracks.items(i))->channel, i);
+
+        song.seq->setLoop(1);
+        song.host.setLoop(1);
+        auto* far = new CMIDIPart;
+        far->pos = 9 * barTicks;
+        if (c.midiIns > 0) static_cast<CSongTrack*>(song.prog()->tracks.last())->parts.add(far);
+        frameSong(song.seq);
+        EXPECT_EQ(song.seq->getLoop() + song.host.getLoop(), 0);
+        int from = -1, to = -1;
+        song.seq->getLoopSection(from, to);
+        EXPECT_EQ(from, 0);
+        EXPECT_EQ(to, (c.midiIns > 0 ? 10 : 1) * barTicks) << c.tracks;
+        if (c.midiIns == 0) delete far;
     }
 }

@@ -30,9 +30,13 @@ const char* projectKindName(int kind) {
 
 void createProject(CQV* host, int kind) {
     const Standstill still(host);
+    host->setLoop(0);
     if (kind == kindDemo)
         buildDemoSong(host);
-    else if (kind >= 0 && kind < offeredKinds && kinds[kind].create)
-        kinds[kind].create(addSequencer(host));
+    else if (kind >= 0 && kind < offeredKinds && kinds[kind].create) {
+        CSeq* seq = addSequencer(host);
+        kinds[kind].create(seq);
+        frameSong(seq);
+    }
     host->modified = false;
 }

@@ -1,0 +1,19 @@
+#pragma once
+
+class CComp;
+class CSeq;
+class CTrack;
+class CUndo;
+
+// How a track comes to its instrument. Interface thread; without a step it is done at once, and the
+// graph is held for that.
+
+/// Puts an instrument that is complete and linked nowhere into the graph: the track plays it, and
+/// it is heard at the first audio out. The host owns it.
+void linkInstrument(CComp* instrument, CTrack* track, CUndo* undo);
+/// A synthesizer with all its factory programs, linked like that.
+CComp* addTrackInstrument(CSeq* seq, CTrack* track, CUndo* undo);
+/// The built-in kit, at the end of that of a drum track, as part of a step.
+void addDrums(CSeq* seq, CTrack* track, CUndo* undo);
+/// Whether the notes of a track go anywhere.
+bool feedsAnything(CTrack* track);
