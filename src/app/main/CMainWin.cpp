@@ -1,11 +1,13 @@
 #include "app/main/CMainWin.h"
 
 #include "app/Shortcuts.h"
+#include "app/main/Displays.h"
 #include "app/main/MainActions.h"
 #include "app/main/MainMenu.h"
 #include "app/main/Pages.h"
 #include "app/main/ProjectFlows.h"
 #include "app/main/SongActions.h"
+#include "app/main/SongImports.h"
 #include "app/main/SongView.h"
 #include "app/main/StatusLine.h"
 #include "app/main/Toolbar.h"
@@ -16,10 +18,12 @@
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
+#include "engine/CSnap.h"
 #include "gui/CApp.h"
 #include "gui/Keys.h"
 #include "gui/Selections.h"
 #include "gui/XConnection.h"
+#include "sequencer/CSeq.h"
 
 namespace {
 
@@ -51,7 +55,8 @@ CMainWin::CMainWin(CApp* application, CQV* host)
     : CCompEditor(application, nullptr, windowTitle, host->editorStruct.left,
                   host->editorStruct.top, host->editorStruct.width, host->editorStruct.height,
                   mainStyle, host, &actionTable),
-      flows(std::make_unique<ProjectFlows>(this, host)), qv(host),
+      flows(std::make_unique<ProjectFlows>(this, host)),
+      imports(std::make_unique<SongImports>(this, host)), qv(host),
       showHints(host->storeInt("showHint", 1) != 0), theme(application, host),
       mainActions(std::make_unique<MainActions>(this, host)),
       songActions(std::make_unique<SongActions>(host)),
@@ -84,6 +89,7 @@ void CMainWin::init() {
     const int below = Toolbar::barHeight;
     song = new SongView(this, qv, below, w, h - below - StatusLine::lineHeight);
     song->setAlign(alignWidth | alignHeight, 0, StatusLine::lineHeight);
+    wire(song->onDrop, static_cast<COnMouse*>(new _COnMouse<CMainWin>(this, &CMainWin::songDrop)));
     addControl(song);
     pages = std::make_unique<Pages>(this, qv, song, below, int(StatusLine::lineHeight));
     idle();
@@ -93,6 +99,7 @@ void CMainWin::init() {
 void CMainWin::onTimer() {
     if (!flows->loading()) qv->idle();
     if (!pumping) flows->tick();
+    if (!flows->loading()) imports->serve();
 }
 
 void CMainWin::hide() {
@@ -131,7 +138,7 @@ void CMainWin::updateDocker() {
 // Keys and actions.
 
 bool CMainWin::keyDown(int key, int mods) {
-    if (CCompEditor::keyDown(key, mods)) return true;
+    if (CCompEditor::keyDown(key, mods) || arrowKey(key, mods)) return true;
     if (key != keyF10 || mods != 0 || !mainMenu) return false;
     mainMenu->focus();
     return true;
@@ -180,13 +187,40 @@ void CMainWin::actionClicked(CObject* sender) {
     onAction(static_cast<CAction*>(static_cast<CCtrl*>(sender)->userPtr));
 }
 
-void CMainWin::mainDrop(CObject*) {
-    if (app->modalWin) return;
+/// Up and Down choose a track of the song.
+bool CMainWin::arrowKey(int key, int mods) {
+    if (mods != 0 || (key != ::keyUp && key != ::keyDown)) return false;
+    return song && song->shown() && !flows->loading() && song->stepTrack(key == ::keyUp ? -1 : 1);
+}
+
+/// Projects and themes among what is dropped are opened, wherever it is, and nothing is taken
+/// beside a dialog; false for all else.
+bool CMainWin::takesDrop() {
+    if (app->modalWin) return true;
     for (auto* item : each<CDropItem>(*app->dragList)) {
         const CStr ext = item->type == dropFile ? extractFileExt(item->path) : CStr();
-        if (sameText(ext, ".qv")) return flows->newProject(kindFile, item->path);
-        if (sameText(ext, ".qvl")) openTheme(app, qv, item->path);
+        if (sameText(ext, ".qv")) {
+            flows->newProject(kindFile, item->path);
+            return true;
+        }
+        if (!sameText(ext, ".qvl")) continue;
+        openTheme(app, qv, item->path);
+        return true;
     }
+    return false;
+}
+
+void CMainWin::mainDrop(CObject*) {
+    if (!takesDrop()) imports->dropped(*app->dragList, nullptr, asInt(qv->pos));
+}
+
+/// On the timeline files come where they are dropped, by the grid; on a head at the position.
+void CMainWin::songDrop(CObject*, int x, int y, int) {
+    CSeq* seq = songOf(qv);
+    if (takesDrop() || !seq) return;
+    const int grid = seq->snap->val();
+    const int tick = song->onTimeline(x) ? song->tickAt(x) / grid * grid : asInt(seq->getPos());
+    imports->dropped(*app->dragList, song->trackAt(y), tick);
 }
 
 // What is shown.

@@ -15,6 +15,7 @@ class Pages;
 class ProjectFlows;
 class RenderActions;
 class SongActions;
+class SongImports;
 class SongView;
 class StatusLine;
 class Toolbar;
@@ -33,6 +34,7 @@ public:
     CList editors;      ///< of CCompEditor, those open besides this one, by `Pages`; not owned
     int pumping = 0;    ///< loops that wait for an edit: no project is loaded inside
     const std::unique_ptr<ProjectFlows> flows;
+    const std::unique_ptr<SongImports> imports;
     std::unique_ptr<Pages> pages; ///< null until `init`
 
     CMainWin(CApp* app, CQV* host);
@@ -94,6 +96,9 @@ private:
 
     void appHint(CObject* sender);
     void mainDrop(CObject* sender);
+    void songDrop(CObject* sender, int x, int y, int btn);
+    bool takesDrop();
+    bool arrowKey(int key, int mods);
     void writeSettings();
     void serveUpdates();
     void serveSong();

@@ -7,6 +7,7 @@
 #include "gui/CWin.h"
 #include "gui/Keys.h"
 #include "gui/controls/CPopup.h"
+#include "sequencer/Bars.h"
 #include "sequencer/CSeq.h"
 
 #include <algorithm>
@@ -94,13 +95,9 @@ CStr CPositionDisplay::figures() const {
 }
 
 CStr CPositionDisplay::barText() const {
-    int num = 4, den = 4;
-    if (CSeq* seq = songOf(qv)) seq->getTimeSig(num, den);
-    const int beat = std::max(1, 960 * 4 / std::max(1, den));
-    const int tick = asInt(songPos(qv));
-    const int beats = tick / beat;
-    return formatted("%03d.%d.%03d", beats / std::max(1, num) + 1, beats % std::max(1, num) + 1,
-                     tick % beat);
+    CSeq* seq = songOf(qv);
+    const BarPlace at = seq ? barPlace(seq, asInt(songPos(qv))) : BarPlace();
+    return formatted("%03d.%d.%03d", at.bar, at.beat, at.ticks);
 }
 
 CStr CPositionDisplay::clockText() const {

@@ -48,6 +48,15 @@ bool MainActions::run(const CAction* action) {
     return command != nullptr;
 }
 
+bool MainActions::isOn(const CAction* action) const {
+    const Command* command = find(action);
+    if (!command) return false;
+    if (command->run == &MainActions::loop) return qv->loop != 0;
+    if (command->run == &MainActions::record) return qv->recording != 0;
+    if (command->run != &MainActions::metronome) return false;
+    return qv->click->enabled && (qv->click->mode & clickPlay);
+}
+
 void MainActions::newProject() {
     window->flows->newClicked();
 }

@@ -11,6 +11,8 @@ public:
 
     bool knows(const CAction* action) const;
     bool run(const CAction* action); ///< false for one that it does not know
+    /// Whether an action switches something that is on at present; menus tick it.
+    bool isOn(const CAction* action) const;
 
 private:
     struct Command {

@@ -3,11 +3,13 @@
 #include "app/CAction.h"
 #include "app/main/CMainWin.h"
 #include "app/main/Displays.h"
+#include "app/main/MainActions.h"
 #include "app/main/MainRibbon.h"
 #include "app/main/MidiFiles.h"
 #include "app/main/Pages.h"
 #include "app/main/ProjectFlows.h"
 #include "app/main/SongActions.h"
+#include "app/main/SongImports.h"
 #include "app/render/CRenderWin.h"
 #include "app/render/RenderActions.h"
 #include "base/Messages.h"
@@ -25,6 +27,8 @@ namespace {
 constexpr const char* aboutText =
     "Sondrava 2.0 - alpha\n\nA digital audio workstation for Linux.\n\n"
     "Free software under the GNU General Public License, version 3 or later.";
+
+enum ImportTag : int { audioFiles, midiFiles, soundFiles };
 
 struct TrackChoice {
     int kind;
@@ -108,6 +112,7 @@ CMenuItem* MainMenu::addAction(CPopup* popup, const char* name, const CStr& text
     CMenuItem* item = popup->add(line, clicked);
     item->userPtr = action;
     item->enabled = window->songActions->ready(action);
+    item->checked = window->mainActions->isOn(action) || window->songActions->isOn(action);
     return item;
 }
 
@@ -132,8 +137,12 @@ void MainMenu::fillFile(CPopup* popup) {
     popup->addSeparator();
     addAction(popup, "render", "Export Project (wav, aif, mp3)...");
     if (songOf(qv)) {
-        add(popup, "Import MIDI file...", &MainMenu::importClicked);
         add(popup, "Export to MIDI file...", &MainMenu::exportClicked);
+        popup->addSeparator();
+        add(popup, "Import audio...", &MainMenu::importClicked, audioFiles);
+        add(popup, "Import MIDI file...", &MainMenu::importClicked, midiFiles);
+        add(popup, "Import sound or clip...", &MainMenu::importClicked, soundFiles);
+        popup->addSeparator();
     }
     addAction(popup, "setup", "Setup...");
     popup->addSeparator();
@@ -180,8 +189,16 @@ void MainMenu::defaultClicked(CObject*) {
     window->flows->setDefaultClicked();
 }
 
-void MainMenu::importClicked(CObject*) {
-    importMIDIClicked(window, songOf(qv));
+void MainMenu::importClicked(CObject* sender) {
+    SongImports* imports = window->imports.get();
+    switch (static_cast<CMenuItem*>(sender)->tag) {
+    case audioFiles:
+        return imports->audioClicked();
+    case midiFiles:
+        return imports->midiClicked();
+    case soundFiles:
+        return imports->soundClicked();
+    }
 }
 
 void MainMenu::exportClicked(CObject*) {

@@ -5,6 +5,7 @@
 #include "app/main/GridActions.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/CSnap.h"
 #include "sequencer/BarEdits.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/PartActions.h"
@@ -12,6 +13,7 @@
 #include "sequencer/PartMerge.h"
 #include "sequencer/Points.h"
 #include "sequencer/Quantize.h"
+#include "sequencer/TrackInstrument.h"
 
 #include <algorithm>
 
@@ -126,6 +128,11 @@ bool SongActions::ready(const CAction* action) const {
     return !command || (!recording() && command->ready(seq()));
 }
 
+bool SongActions::isOn(const CAction* action) const {
+    const Command* command = prog() ? find(action) : nullptr;
+    return command && command->run == &SongActions::snap && seq()->snap->active;
+}
+
 bool SongActions::run(const CAction* action) {
     if (!prog()) return false;
     if (const PartCommand* edit = findPart(action)) {
@@ -237,8 +244,13 @@ void SongActions::solo() {
 void SongActions::addTrack(int kind) {
     if (!prog()) return;
     CUndo* step = qv->undoStart(addTrackTitle(kind), seq(), undoSongChanged | undoGraph);
-    seq()->addTrack(kind, prog(), step);
-    qv->undoEnd(step, false);
+    CSongTrack* made = seq()->addTrack(kind, prog(), step);
+    if (made && kind == trackMIDI) addTrackInstrument(seq(), made->track, step);
+    if (made && kind == trackDrum) addDrums(seq(), made->track, step);
+    qv->undoEnd(step, true);
+    if (!made) return;
+    seq()->unselectTracks();
+    seq()->selectTrack(made, true);
 }
 
 void SongActions::addInstrument() {

@@ -17,7 +17,10 @@ public:
     /// Whether an action that it knows has something to act on at present; menus grey out the
     /// others.
     bool ready(const CAction* action) const;
-    /// A new track of a kind (TrackKind) at the end of the song, as a step of the history.
+    /// Whether it switches something that is on at present; menus tick it.
+    bool isOn(const CAction* action) const;
+    /// A new track of a kind (TrackKind) at the end of the song, with what makes it heard, as a
+    /// step of the history. It alone is selected then.
     void addTrack(int kind);
 
 private:

@@ -2,61 +2,27 @@
 
 #include "gui/CGroup.h"
 
-#include <memory>
 #include <vector>
 
-class CBitmap;
 class CButton;
 class CMeter;
 class CQV;
-class CSeq;
+class CScrollbar;
 class CSongTrack;
-
-/// The song at a glance: its sections and parts on one line of time, with the play position. A
-/// press jumps there.
-class CTimeline : public CCtrl {
-public:
-    static constexpr int rulerHeight = 28;
-
-    CTimeline(CWin* win, CQV* host, int left, int top, int width, int height, int rowHeight);
-    ~CTimeline() override;
-
-    void paint(CGraphic* g, CRect rect) override;
-    void mouseDown(int x, int y, int btn) override;
-    void mouseMove(int x, int y, int btn) override;
-    /// Moves the play position if that shows.
-    void refresh();
-    /// The song has changed: it is drawn anew at the next paint.
-    void songChanged();
-
-private:
-    int xOf(double tick) const;
-    void drawSong(CGraphic* g);
-    void drawSections(CGraphic* g, CSeq* seq);
-    void drawRow(CGraphic* g, CSongTrack* songTrack, int top, int colour);
-    int playX() const;
-    void drawPointer(CGraphic* g) const;
-    void paintAround(int from, int to);
-    void jumpTo(int x);
-
-    CQV* qv;
-    int rowHeight;
-    int shownX = -1;
-    int songTicks = 1;                ///< length of the song in the picture
-    std::unique_ptr<CBitmap> picture; ///< the song without the play position
-};
+class CTimeline;
 
 /// Head of one track: name, mute, solo, and the level of the instrument that it plays.
 class CTrackRow : public CGroup {
 public:
     static constexpr int rowWidth = 236;
 
-    CTrackRow(CWin* win, CQV* host, CSongTrack* songTrack, int top, int height, int colour);
+    CTrackRow(CWin* win, CQV* host, CSongTrack* songTrack, int height, int colour);
 
     void paint(CGraphic* g, CRect rect) override;
     /// Selects the track, with Control beside others.
     void mouseDown(int x, int y, int btn) override;
     void refresh();
+    CSongTrack* songTrack() const { return track; }
 
 private:
     void muteClicked(CObject*);
@@ -67,10 +33,11 @@ private:
     int colour;
     CButton *muteButton, *soloButton;
     CMeter* meter;
-    bool shownSelected = false;
+    bool shownSelected = false, shownFrozen = false;
 };
 
-/// The rows of all tracks beside the timeline.
+/// The rows of all tracks beside the timeline. Where there are more than have room, the wheel, a
+/// scroll bar and the choice of a track scroll them row by row.
 class SongView : public CGroup {
 public:
     static constexpr int rowHeight = 44;
@@ -79,17 +46,28 @@ public:
 
     void paint(CGraphic* g, CRect rect) override;
     void resized() override;
+    bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     void refresh();
     /// Builds the rows anew from the song.
     void songChanged();
     /// The song is about to be deleted: shows nothing until `songChanged`.
     void forgetSong();
+    /// Selects the track `by` rows below the selected one and shows it; false without another.
+    bool stepTrack(int by);
+    /// The track at a height of the view, null where there is none.
+    CSongTrack* trackAt(int y) const;
+    int tickAt(int x) const; ///< the tick of the timeline at a point of the view
+    bool onTimeline(int x) const;
 
 private:
+    int roomForRows() const; ///< how many have room whole, one at least
+    void layout();
+    void scrollTo(int row);
+    void barMoved(CObject*);
+
     CQV* qv;
     CTimeline* timeline = nullptr;
+    CScrollbar* bar = nullptr;
     std::vector<CTrackRow*> rows; ///< among `controls`
+    int firstRow = 0;
 };
-
-/// One of sixteen colours of even lightness for a track or part.
-int trackColour(int index);

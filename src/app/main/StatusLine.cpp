@@ -20,7 +20,8 @@ void StatusLine::paint(CGraphic* g, CRect) {
     g->fillRect(colours.frame, asRect(0, 0, width, 1));
     const int split = width - margin - g->textWidth(device);
     g->drawText(colours.dimText, text, asRect(margin, 1, split - margin, height), textLeft);
-    g->drawText(colours.dimText, device, asRect(split, 1, width - margin, height), textRight);
+    g->drawText(warning ? colours.solo : colours.dimText, device,
+                asRect(split, 1, width - margin, height), textRight);
 }
 
 void StatusLine::setText(const CStr& newText) {
@@ -29,8 +30,9 @@ void StatusLine::setText(const CStr& newText) {
     redraw();
 }
 
-void StatusLine::setDevice(const CStr& newText) {
-    if (newText == device) return;
+void StatusLine::setDevice(const CStr& newText, bool warns) {
+    if (newText == device && warns == warning) return;
+    warning = warns;
     device = newText;
     redraw();
 }

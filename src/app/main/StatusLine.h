@@ -10,8 +10,10 @@ public:
     StatusLine(CWin* win, int top, int width);
     void paint(CGraphic* g, CRect rect) override;
     void setText(const CStr& text);
-    void setDevice(const CStr& text);
+    /// `warns`: nothing can be heard.
+    void setDevice(const CStr& text, bool warns);
 
 private:
     CStr text, device;
+    bool warning = false;
 };

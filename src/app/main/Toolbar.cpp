@@ -58,7 +58,7 @@ Toolbar::Toolbar(CMainWin* owner, CQV* host, int w)
     x += gap;
     addButton(x, "rewind", Glyph::rewind, "To the start of the song", nullptr);
     addButton(x, "stop", Glyph::stop, "Stop; once more silences everything", nullptr);
-    addButton(x, "play", Glyph::play, "Play and stop", &Toolbar::playing);
+    addButton(x, "play", Glyph::play, "Play and stop, also with Space", &Toolbar::playing);
     addButton(x, "record", Glyph::record, "Record on the selected tracks", &Toolbar::recording);
     addButton(x, "loop", Glyph::loop, "Repeat between the locators", &Toolbar::looping);
     x += gap;

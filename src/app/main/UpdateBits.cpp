@@ -16,6 +16,12 @@
 
 #include <cstdio>
 
+namespace {
+
+constexpr const char* silentDevice = "Silent clock"; ///< of the driver, for machines without sound
+
+}
+
 void CMainWin::idle() {
     if (!song || flows->loading()) return;
     serveUpdates();
@@ -67,6 +73,7 @@ void CMainWin::devicesChanged() {
 }
 
 void CMainWin::flatsChanged() {
+    song->songChanged();
     updateEditors(updateTracks | updateParts);
 }
 
@@ -77,12 +84,13 @@ void CMainWin::serveSong() {
 }
 
 void CMainWin::showDevice() {
-    const CAAM* bridge = qv->aam;
+    CAAM* bridge = qv->aam;
     DeviceState now;
     if (bridge && bridge->opened) now = {bridge->device, bridge->frames, bridge->rate};
     if (now == shownDevice) return;
     shownDevice = now;
-    status->setDevice(deviceText());
+    status->setDevice(deviceText(), !bridge || !bridge->opened ||
+                                        bridge->audioName(bridge->device) == silentDevice);
 }
 
 CStr CMainWin::deviceText() const {
@@ -91,9 +99,10 @@ CStr CMainWin::deviceText() const {
         const CStr missing = qv->aam ? missingDevice(ini, qv->aam) : CStr();
         return missing.empty() ? CStr("No audio device") : missing + " is not there";
     }
+    const CStr name = qv->aam->audioName(qv->aam->device);
     char text[160];
-    std::snprintf(text, sizeof(text), "%s  %g Hz  %d frames",
-                  qv->aam->audioName(qv->aam->device).asChar(), double(qv->aam->rate),
+    std::snprintf(text, sizeof(text), "%s%s  %g Hz  %d frames", name.asChar(),
+                  name == silentDevice ? ": nothing can be heard" : "", double(qv->aam->rate),
                   qv->aam->frames);
     return text;
 }

@@ -28,6 +28,10 @@ namespace {
 constexpr const char *exportTitle = "Export Project (wav, aif, mp3)", *renderTitle = "Render";
 constexpr const char* const rangeNames[] = {"All tracks and parts", "Left - Right locator",
                                             "Selected parts only"};
+constexpr const char* const emptyRangeTexts[] = {"Nothing to export: the song has no parts",
+                                                 "Nothing to export: the locators are not in order",
+                                                 "Nothing to export: no part is selected"};
+constexpr const char* noTracksText = "Nothing to export: no track is selected";
 constexpr const char* const formatNames[] = {"WAV", "AIFF", "MP3"};
 constexpr const char* const extensions[] = {".wav", ".aif", ".mp3"};
 
@@ -197,7 +201,8 @@ CStr CRenderWin::summary() const {
     constexpr double bitsPerByte = 8.0, bitsPerKbit = 1000.0;
     const RenderSpan span = renderSpan(render, seq);
     const size_t files = render.multiTrack ? trackOutputs(seq).size() : 1;
-    if (span.from >= span.to || files == 0) return "Nothing to export";
+    if (span.from >= span.to) return emptyRangeTexts[render.rangeMode];
+    if (files == 0) return noTracksText;
     const int rate = render.multiTrack ? asRound(double(render.qv->rate)) : render.rate;
     const double seconds =
         seq->ticksToFrames(asInt(span.from), asInt(span.to - span.from), rate) / rate;
@@ -215,9 +220,9 @@ bool CRenderWin::nothingToDo() {
     const RenderSpan span = renderSpan(render, seq);
     const bool noFile = render.multiTrack && trackOutputs(seq).empty();
     if (noFile)
-        showMsg(this, "Export", "Nothing to export");
+        showMsg(this, "Export", noTracksText);
     else if (span.from >= span.to)
-        showMsg(this, renderTitle, "Nothing to render");
+        showMsg(this, renderTitle, emptyRangeTexts[render.rangeMode]);
     return noFile || span.from >= span.to;
 }
 

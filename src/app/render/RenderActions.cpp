@@ -5,9 +5,17 @@
 #include "app/main/Displays.h"
 #include "app/render/CProgressWin.h"
 #include "app/render/CRenderWin.h"
+#include "base/Messages.h"
+#include "engine/COutputChannel.h"
 #include "engine/CQV.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Freezing.h"
+
+namespace {
+
+constexpr const char* bounceTitle = "Bounce to new track";
+
+}
 
 const RenderActions::Command RenderActions::commands[] = {
     {"render", &RenderActions::exportSong},
@@ -44,16 +52,38 @@ bool RenderActions::frozen() const {
     return false;
 }
 
+/// What an offline render has played is not what the user has heard.
+void RenderActions::clearMeters() {
+    for (const CList* list : {&qv->comps, &qv->sends})
+        for (auto* comp : each<CComp>(*list))
+            for (auto* channel : each<COutputChannel>(comp->outputs))
+                for (Shared<float>* peak :
+                     {&channel->peakL, &channel->peakR, &channel->holdL, &channel->holdR})
+                    *peak = 0.0f;
+}
+
 void RenderActions::exportSong() {
     exportProject(window, seq());
+    clearMeters();
 }
 
 void RenderActions::freeze() {
     CProgressWin progress(window, "Freeze");
     freezeTracks(seq(), &progress);
+    clearMeters();
 }
 
 void RenderActions::bounce() {
-    CProgressWin progress(window, "Bounce to new track");
-    bounceToNewTrack(seq(), readBounceRange(qv), &progress);
+    CList selected;
+    seq()->getProg()->getSelectedParts(&selected);
+    const int range = readBounceRange(qv);
+    if (range == rangeSelected && selected.empty()) {
+        showMsg(window, bounceTitle,
+                "No part is selected. Ctrl+A selects all of them; Track, \"Bounce range\" offers "
+                "other ranges.");
+        return;
+    }
+    CProgressWin progress(window, bounceTitle);
+    bounceToNewTrack(seq(), range, &progress);
+    clearMeters();
 }

@@ -25,6 +25,7 @@ private:
     static const Command* find(const CAction* action);
 
     CSeq* seq() const; ///< null without a song
+    void clearMeters();
     void exportSong();
     void freeze();
     void bounce();

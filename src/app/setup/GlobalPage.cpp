@@ -29,9 +29,9 @@ struct Option {
 constexpr Option options[] = {
     {"Save pos/size of main window", "savePosAndSize", 0, true},
     {"Prompt for Save changes", "savePrompt", 1, false},
-    {"Random track color", "rndTrackCol", 0, true},
+    {"Random track colour", "rndTrackCol", 0, true},
     {"Show frequency bands in main toolbar", "dft", 1, false},
-    {"Show hint in toolbar", "showHint", 1, false},
+    {"Show hints in the line at the bottom", "showHint", 1, false},
     {"Always show modular tab", "modular-tab-always-show", 0, false},
 };
 
