@@ -73,6 +73,14 @@ CSampler* giveSound(CSeq* seq, CSongTrack* songTrack, CUndo* undo) {
     return addSynthesizer(seq, track, std::max(0, program), undo);
 }
 
+/// Whether anything stands in the parts of a program.
+bool hasContent(CSeqProg* prog) {
+    for (const auto* songTrack : each<CSongTrack>(prog->tracks))
+        for (auto* part : each<CPart>(songTrack->parts))
+            if (part->getEvents()) return true;
+    return false;
+}
+
 std::vector<CSampler*> giveSounds(CSeq* seq, CUndo* undo) {
     std::vector<CSampler*> instruments;
     for (CSongTrack* songTrack : songTracks(seq, undo))
@@ -150,7 +158,7 @@ CSampler* addSynthDrums(CSeq* seq, CTrack* track, CUndo* undo) {
 MidiSongResult openMidiSong(CSeq* seq, const CStr& path, CSongTrack* onto, int tick) {
     CQV* host = seq->host;
     CSeqProg* prog = seq->getProg();
-    const bool begins = !prog->hasParts();
+    const bool begins = !hasContent(prog);
     CUndo* step = host->undoStart("Import", seq, undoSongChanged | undoGraph);
     const MidiSongResult result =
         resultOf(openMIDIFile(seq, onto, path, step, tick, MidiTracks::byChannel));
@@ -159,6 +167,6 @@ MidiSongResult openMidiSong(CSeq* seq, const CStr& path, CSongTrack* onto, int t
     setLevels(instruments);
     playDry(instruments);
     host->undoEnd(step, true);
-    if (begins && prog->hasParts()) frameSong(seq);
+    if (begins && hasContent(prog)) frameSong(seq);
     return result == MidiSongResult::good && !notes ? MidiSongResult::silent : result;
 }

@@ -37,6 +37,6 @@ enum class MidiSongResult {
 /// history; what comes first goes to `onto`, if that is given and has no parts. A track of several
 /// channels becomes one for each, and each whose notes would reach nothing comes with an
 /// instrument: the factory program of its first program change, else the first; the drum program on
-/// channel 10; without send effects. A song that had no parts is framed as a new one is.
+/// channel 10; without send effects. A song that held nothing is framed as a new one is.
 /// What was readable of a broken file stays.
 MidiSongResult openMidiSong(CSeq* seq, const CStr& path, CSongTrack* onto = nullptr, int tick = 0);

@@ -70,9 +70,9 @@ TEST_F(MainWinTest, KeysDoWhatTheirActionsTell) {
         {"1", posIs(0)},
         {"2", posIs(3840)},
         {"Home", posIs(0)},
-        {"l", [&] { return host->loop == 0 && prog->loop == 0; }},
-        {"L", [&] { return host->loop == 0; }}, // Shift is another key
         {"l", [&] { return host->loop == 1 && prog->loop == 1; }},
+        {"L", [&] { return host->loop == 1; }}, // Shift is another key
+        {"l", [&] { return host->loop == 0 && prog->loop == 0; }},
         {"c", [&] { return (host->click->mode & clickPlay) != 0; }},
         {"c", [&] { return (host->click->mode & clickPlay) == 0; }},
         {"m", [&] { return prog->songTrackOf(first)->muted(); }},

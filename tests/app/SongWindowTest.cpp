@@ -35,6 +35,7 @@ protected:
     CTimeline* timeline() { return find<CTimeline>("timeline"); }
     /// What the timeline shows.
     Shot picture() {
+        if (win->left != 0) win->move(0, 0, 800, 500); // all on the screen
         settle();
         const CPoint at = win->controlPos(timeline());
         Shot all(win->handle, win->width, win->height);
@@ -46,11 +47,11 @@ protected:
         act({"mousemove", std::to_string(screen.x + in.x + x),
              std::to_string(screen.y + in.y + y)});
     }
-    /// Differing points of two pictures of the timeline's rows.
+    /// Differing points of two pictures of the timeline.
     int differences(const Shot& a, const Shot& b) {
         int count = 0;
         const int bottom = corner.y + timeline()->height, right = corner.x + timeline()->width;
-        for (int y = corner.y + CTimeline::rulerHeight; y < bottom; y++)
+        for (int y = corner.y; y < bottom; y++)
             for (int x = corner.x; x < right; x++) count += a.at(x, y) != b.at(x, y);
         return count;
     }
@@ -76,6 +77,11 @@ protected:
             runCommand({"sox", "-n", "-r", "44100", "-c", "1", path, "synth", "1", "sine", "440"}),
             0);
         return path;
+    }
+    static void addNote(CPart* part) {
+        CMIDIEvent* note = createMIDIEvent();
+        note->data = 0x644090;
+        part->addEvent(0, note);
     }
     int samplers() {
         int count = 0;
@@ -218,7 +224,7 @@ TEST_F(SongWindowTest, AudioComesByMenuAndDrop) {
     EXPECT_EQ(seq()->getTicks(partOf(0)), 1920); // a second at 120
     int index = 1;
     for (const char* name : {"a.flac", "b.ogg", "c.aiff"}) {
-        drop(tone(name), timeline(), 0, CTimeline::rulerHeight + SongView::rowHeight * 9);
+        drop(tone(name), timeline(), 0, CTimeline::rulerHeight + SongView::rowHeight * 5);
         ASSERT_TRUE(pumpUntil([&] { return partOf(index) != nullptr; })) << name;
         EXPECT_EQ(partOf(index)->pos, 0) << name;
         EXPECT_EQ(seq()->getTicks(partOf(index)), 1920) << name;
@@ -242,11 +248,8 @@ TEST_F(SongWindowTest, MidiExportAsksAboutTheLoop) {
     host->projectFile = at("song.qv").c_str();
     auto* far = new CMIDIPart;
     far->pos = 4 * barTicks;
-    for (CPart* part : {static_cast<CPart*>(row(0)->parts.first()), static_cast<CPart*>(far)}) {
-        CMIDIEvent* note = createMIDIEvent();
-        note->data = 0x644090;
-        part->addEvent(0, note);
-    }
+    addNote(static_cast<CPart*>(row(0)->parts.first()));
+    addNote(far);
     row(0)->addPart(far, nullptr);
     const auto exported = [&](const std::string& name) {
         inMenu({"e", "e", "Return"}); // the second entry with this letter
@@ -269,13 +272,12 @@ TEST_F(SongWindowTest, MidiExportAsksAboutTheLoop) {
 /// Peaks that an offline render has left are nothing that anybody has heard.
 TEST_F(SongWindowTest, RendersLeaveNoPeaks) {
     start();
-    ASSERT_TRUE(load(kindDemo));
+    ASSERT_TRUE(load(kindDefault));
     host->projectFile = at("song.qv").c_str();
+    addNote(static_cast<CPart*>(row(0)->parts.first()));
     key("ctrl+a");
-    seq()->selectTrack(row(0), true);
     key("ctrl+b");
-    const int before = tracks();
-    ASSERT_TRUE(pumpUntil([&] { return tracks() > before || !host->undoText().empty(); }));
+    ASSERT_TRUE(pumpUntil([&] { return tracks() == 2; }));
     for (auto* comp : each<CComp>(host->comps))
         for (auto* channel : each<COutputChannel>(comp->outputs))
             EXPECT_EQ(channel->holdL + channel->holdR, 0.0f) << comp->id.asChar();

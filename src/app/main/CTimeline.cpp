@@ -25,7 +25,7 @@ namespace {
 constexpr int gap = 4;
 constexpr int pointerReach = 4; ///< of the head of the play position to each side
 constexpr int numberRoom = 44;  ///< from one bar number to the next, at least
-constexpr double partShare = 0.32, edgeShare = 0.5, silentShare = 0.16; ///< of the colour
+constexpr double partShare = 0.32, edgeShare = 0.5, silentShare = 0.16, lineShare = 0.3;
 
 } // namespace
 
@@ -99,7 +99,7 @@ void CTimeline::drawLoop(CGraphic* g) {
 void CTimeline::drawSections(CGraphic* g, CSeq* seq) {
     const CPalette& colours = win->app->gui->palette;
     const CList& markers = seq->getProg()->markers;
-    const int line = fadeCol(colours.window, clMarker.textCol, edgeShare);
+    const int line = fadeCol(colours.window, clMarker.textCol, lineShare);
     for (const auto* m : each<CMarkerPart>(markers)) {
         const int from = xOf(m->pos), textFrom = from + 6;
         int room = width - textFrom;

@@ -1,0 +1,144 @@
+#include "project/BringIn.h"
+#include "ClipFixture.h"
+#include "effects/CEffect.h"
+#include "engine/Cables.h"
+#include "engine/CompTypes.h"
+#include "instruments/CArp.h"
+#include "instruments/FactoryPrograms.h"
+#include "project/PresetFiles.h"
+#include "sequencer/TrackInstrument.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr const char* font = "/usr/share/sounds/sf2/TimGM6mb.sf2";
+
+struct BringFixture : ClipFixture {
+    /// Each track with its kind, parts, drums, inserts, and the programs of the samplers it plays.
+    std::string song() {
+        std::string text;
+        const auto put = [&text](const char* what, int count) {
+            if (count > 0) text += std::string(" ") + what + std::to_string(count);
+        };
+        for (auto* t : each<CSongTrack>(seq->getProg()->tracks)) {
+            CTrack* track = t->track;
+            text += std::to_string(track->kind);
+            for (auto* part : each<CPart>(t->parts)) put("at", part->pos + 1);
+            put("drums", track->drumLayer() ? track->drumLayer()->sounds.getCount() : 0);
+            put("inserts", track->output() ? track->output()->inserts.getCount() : 0);
+            for (auto* comp : each<CComp>(host->comps))
+                if (track->outPort() && getMIDICable(comp, track->outPort(), nullptr))
+                    put("programs", comp->progs.getCount());
+            text += ";";
+        }
+        return text;
+    }
+    bool bring(const CStr& path, CSongTrack* onto, int tick = 0) {
+        return bringIn(seq, path, {onto, tick});
+    }
+};
+
+/// A file of each kind, made in a song of its own.
+std::string content(const std::string& name) {
+    ClipFixture f;
+    const CStr path = f.files.file(name.c_str());
+    if (name == "a.qvc") return f.clipOf(f.add(partAudio));
+    if (name == "a.wav") {
+        writeWav(path, 44100);
+    } else if (name == "a.qvs") {
+        auto* sampler = f.device.add(new CSampler(f.host));
+        EXPECT_TRUE(saveProgram(sampler, path));
+    } else if (name == "a.qvd") {
+        CSongTrack* drums = f.track(trackDrum);
+        f.addHits(drums);
+        EXPECT_TRUE(saveKit(drums->track, path));
+    } else if (name == "a.qve") {
+        auto* rack = f.device.add(new CEffect(f.host));
+        EXPECT_TRUE(saveProgram(rack, path));
+    } else {
+        EXPECT_TRUE(saveProgram(f.device.add(new CArp(f.host)), path));
+    }
+    return f.files.read(name.c_str());
+}
+
+} // namespace
+
+/// Each file finds the track that it suits, or makes one, and one step takes it back.
+TEST(BringIn, EachKindFindsItsPlace) {
+    const std::string presets = std::to_string(factoryCount),
+                      more = std::to_string(factoryCount + 1);
+    struct Case {
+        const char* file;
+        int onto; ///< kind of a track, 0 none
+        std::string song;
+    };
+    const Case cases[] = {{"a.wav", 0, "3 at961;"},
+                          {"a.wav", trackAudio, "3 at961;"},
+                          {"a.wav", trackMIDI, "2 programs" + presets + ";3 at961;"},
+                          {"a.qvc", trackAudio, "3 at961;"},
+                          {"a.qvs", 0, "2 programs1;"},
+                          {"a.qvs", trackMIDI, "2 programs" + more + ";"},
+                          {"a.qvs", trackDrum, "5;2 programs1;"},
+                          {"a.qvd", 0, "5 drums2;"},
+                          {"a.qvd", trackDrum, "5 drums2;"},
+                          {"a.qve", trackAudio, "3 inserts1;"}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.file) + " on " + std::to_string(c.onto));
+        BringFixture f;
+        CSongTrack* onto = c.onto ? f.track(c.onto) : nullptr;
+        if (c.onto == trackMIDI) addTrackInstrument(f.seq, onto->track, nullptr);
+        const std::string before = f.song();
+        ASSERT_TRUE(f.bring(f.put(c.file, content(c.file)), onto, 960));
+        EXPECT_EQ(f.song(), c.song);
+        f.undo();
+        EXPECT_EQ(f.song(), before);
+        f.redo();
+        EXPECT_EQ(f.song(), c.song);
+    }
+}
+
+TEST(BringIn, SoundFontsBecomePrograms) {
+    BringFixture f;
+    ASSERT_TRUE(f.bring(font, nullptr));
+    auto* made = static_cast<CSampler*>(f.host->firstOfType(compSampler));
+    ASSERT_NE(made, nullptr);
+    const int presets = made->progs.getCount();
+    EXPECT_GT(presets, 100);
+    CSongTrack* player = static_cast<CSongTrack*>(f.seq->getProg()->tracks.first());
+    EXPECT_EQ(player->track->id, "TimGM6mb");
+    f.addNotes(player);
+    const std::vector<float> sound = f.play(40);
+    EXPECT_TRUE(std::ranges::any_of(sound, [](float v) { return std::abs(v) > 0.01f; }));
+    ASSERT_TRUE(f.bring(font, player));
+    EXPECT_EQ(made->progs.getCount(), 2 * presets);
+    EXPECT_EQ(made->curProg, presets);
+    f.undo();
+    EXPECT_EQ(made->progs.getCount(), presets);
+    EXPECT_EQ(made->curProg, 0);
+}
+
+TEST(BringIn, ArpeggiosPlayAtOnce) {
+    BringFixture f;
+    CSongTrack* player = f.track(trackMIDI);
+    EXPECT_FALSE(player->track->arp->enabled);
+    EXPECT_TRUE(f.bring(f.put("a.qva", content("a.qva")), player));
+    EXPECT_TRUE(player->track->arp->enabled);
+}
+
+/// What is no such file, or for no such track, is told and leaves nothing.
+TEST(BringIn, RefusesWithoutATrace) {
+    for (const char* name :
+         {"a.wav", "a.mp3", "a.mid", "a.qvc", "a.sf2", "a.qvs", "a.qvd", "a.qve", "a.qva", "a.txt"})
+        for (const int kind : {0, int(trackMIDI), int(trackDrum), int(trackAudio)}) {
+            SCOPED_TRACE(std::string(name) + " on " + std::to_string(kind));
+            BringFixture f;
+            CSongTrack* onto = kind ? f.track(kind) : nullptr;
+            const std::string before = f.song();
+            shown.clear();
+            EXPECT_FALSE(f.bring(f.put(name, "no such file"), onto));
+            EXPECT_EQ(shown.empty(), songFileOf(name) == SongFile::none);
+            EXPECT_EQ(f.song(), before);
+            EXPECT_TRUE(f.host->undoText().empty());
+        }
+}
