@@ -171,11 +171,11 @@ bool Bringing::program() {
 
 /// On a drum track in place of its sounds.
 bool Bringing::kit() {
+    if (countKitSounds(path) == 0) return unread();
     if (CTrack* drums = track(trackDrum)) {
         loadPreset(seq, drums->drumLayer(), drums, path);
         return true;
     }
-    if (countKitSounds(path) == 0) return unread();
     CUndo* step = begin();
     const CSongTrack* made = seq->addTrack(trackDrum, seq->getProg(), step);
     if (made) made->track->id = stemOf(path);
