@@ -16,7 +16,8 @@ enum class MidiRange {
 
 /// Writes the current program as a standard MIDI file: a track of tempos, one of time signatures,
 /// and one for each instrument and drum track that is not muted, nor silenced by the solo of
-/// others. A range is written from tick 0 on. Drums become keys from 36 on. Tempos are cut to whole beats per minute.
+/// others. A range is written from tick 0 on. Drums become keys from 36 on. Tempos are cut to whole
+/// beats per minute.
 ///
 /// A file that is there already is replaced once the new one is complete. Interface thread.
 MidiExport exportMIDIFile(CSeq* seq, const CStr& path, MidiRange range = MidiRange::song);
