@@ -87,6 +87,28 @@ double centsAround(const Take& t, double hz) {
     return weighted / sum;
 }
 
+/// How strong the partials of a note of `hz` and what lies between them are in its first and its
+/// last tenths of a second: dB of all of it, -60 at least.
+std::vector<double> colourOf(const Take& t, double hz) {
+    constexpr int partials = 24;
+    std::vector<double> powers;
+    double sum = 0;
+    for (double from : {0.02, 0.65})
+        for (int i = 2; i <= 2 * partials + 1; i++) {
+            powers.push_back(powerAt(t, hz * i / 2, from, 0.2));
+            sum += powers.back();
+        }
+    for (double& p : powers) p = std::max(-60.0, 10 * std::log10(p / sum + 1e-12));
+    return powers;
+}
+
+/// The usual difference of two colours, dB.
+double apart(const std::vector<double>& a, const std::vector<double>& b) {
+    double sum = 0;
+    for (size_t i = 0; i < a.size(); i++) sum += (a[i] - b[i]) * (a[i] - b[i]);
+    return std::sqrt(sum / double(a.size()));
+}
+
 } // namespace
 
 /// A chord peaks at -12 to -6 dB, is as loud as its neighbours, and dies within 5 s of the keys.
@@ -126,22 +148,16 @@ TEST(FactoryPrograms, AreInTune) {
     }
 }
 
-/// Each program must differ clearly from every other.
+/// Each program must differ from every other in its colour: in the power of its partials, early and
+/// late, and not in its loudness alone.
 TEST(FactoryPrograms, AreDistinct) {
     TestHost host(block);
-    std::vector<Take> takes;
+    std::vector<std::vector<double>> colours;
     for (int p = 0; p < factoryCount; p++) {
-        takes.push_back(play(host, p, {45}, 0.9, 1.0));
-        const std::vector<float>& mine = takes.back().left;
-        for (int other = 0; other < p; other++) {
-            double apart = 0, both = 0;
-            for (size_t i = 0; i < mine.size(); i++) {
-                const float theirs = takes[size_t(other)].left[i];
-                apart += std::fabs(double(mine[i] - theirs));
-                both += std::fabs(double(mine[i])) + std::fabs(double(theirs));
-            }
-            EXPECT_GT(apart, 0.15 * both) << factoryName(p) << " is like " << factoryName(other);
-        }
+        colours.push_back(colourOf(play(host, p, {45}, 0.9, 1.0), 110.0));
+        for (int other = 0; other < p; other++)
+            EXPECT_GT(apart(colours.back(), colours[size_t(other)]), 2.0)
+                << factoryName(p) << " is like " << factoryName(other);
     }
 }
 
