@@ -2,6 +2,7 @@
 
 #include "audiofiles/CSampleReader.h"
 #include "audiofiles/CTakeRing.h"
+#include "audiofiles/FileRoom.h"
 #include "audiofiles/WavFile.h"
 #include "base/Numbers.h"
 
@@ -207,7 +208,7 @@ void CSample::writeHeaderLocked() {
 /// Appends frames under the lock; returns how many the file has room for.
 int CSample::append(int count, const unsigned char* bytes) {
     const std::int64_t at = dataStart + std::int64_t(frames) * frameBytes;
-    const int wanted = int(std::min<std::int64_t>(count, (INT_MAX - at) / frameBytes));
+    const int wanted = int(std::min<std::int64_t>(count, roomOf(*this)));
     const int kept = int(writeAt(fp, at, bytes, std::int64_t(wanted) * frameBytes) / frameBytes);
     if (kept < count) diskWriteFailed = true;
     writepeak(bytes, kept);

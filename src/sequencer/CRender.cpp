@@ -1,6 +1,7 @@
 #include "sequencer/CRender.h"
 
 #include "audiofiles/CSample.h"
+#include "audiofiles/FileRoom.h"
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
@@ -20,6 +21,9 @@ namespace {
 constexpr unsigned renderSeed = 1;
 /// Frames by which a sum of ticks may fall short of what it stands for.
 constexpr double countNoise = 1e-6;
+constexpr float quietLevel = 1.6e-5f; ///< -96 dB
+/// Quiet for so long nothing more comes: the longest echo takes less.
+constexpr double quietSeconds = 6.0, mostTailSeconds = 30.0;
 
 /// Makes the host a renderer for a while: transport stopped, rate and start position set; and puts
 /// everything back.
@@ -109,11 +113,13 @@ const Setting settings[] = {
     {"ext", &CRender::format, renderWav, renderMp3, 1},
     {"bitrate", &CRender::bitrate, 32, 320, 1},
     {"multitrack", &CRender::multiTrack, 0, 1, 1},
+    {"tail", &CRender::tailMs, tailAuto, 3600000, 1},
 };
 
 } // namespace
 
 void CRender::chooseUsual() {
+    tailMs = tailAuto;
     readSettings();
     filename = changeFileExt(qv->projectFile, "");
     outputs.clear();
@@ -169,64 +175,94 @@ void CRender::capture(const Target& target, int n, bool mix) {
     }
 }
 
-/// Writes what is due of a block: not the latency at the start, nor what lies behind the range.
+/// Writes what is due of a block: not the latency at the start, nor what lies behind the end.
 void CRender::write(Target& target, int n) {
     const int from = int(std::min<int64_t>(target.skip, n));
     target.skip -= from;
     const int count = int(std::min<int64_t>(n - from, framesWritten - target.written));
     if (count < 1) return;
-    target.file->writeFrames(count, left.data() + from, right.data() + from);
+    const float *l = left.data() + from, *r = right.data() + from;
+    target.file->writeFrames(count, l, r);
+    for (int i = count; i-- > 0;)
+        if (std::fabs(l[i]) > quietLevel || std::fabs(r[i]) > quietLevel) {
+            target.audible = target.written + i + 1;
+            break;
+        }
     target.written += count;
 }
 
-void CRender::captureAll(CList* captured, int n, bool mix) {
+void CRender::captureAll(int n, const Job& job) {
     std::fill_n(left.begin(), n, 0.0f);
     std::fill_n(right.begin(), n, 0.0f);
     for (Target& t : targets) {
-        if (captured->indexed(t.channel) < 0) continue;
-        capture(t, n, mix);
-        if (!mix) write(t, n);
+        if (job.captured->indexed(t.channel) < 0) continue;
+        capture(t, n, job.mix);
+        if (!job.mix) write(t, n);
     }
-    if (mix) write(targets.front(), n);
+    if (job.mix) write(targets.front(), n);
 }
 
-/// Lets the latency of the mix pass, before the range counts.
-void CRender::runPreRoll() {
-    for (int64_t skip = hostLatency(); skip > 0;) {
-        const int n = int(std::min<int64_t>(skip, qv->frames));
-        runBlock(n);
-        skip -= n;
-    }
+/// The targets whose files are written to: of a mix the first.
+std::span<CRender::Target> CRender::writers(const Job& job) {
+    return std::span(targets).first(job.mix ? 1 : targets.size());
 }
 
-/// Brings the end of the range, which the latency of a channel has kept back.
-void CRender::runTail(CList* captured) {
-    const auto owes = [&](const Target& t) {
-        return captured->indexed(t.channel) >= 0 && t.written < framesWritten;
-    };
-    while (std::any_of(targets.begin(), targets.end(), owes)) {
-        runBlock(qv->frames);
-        captureAll(captured, qv->frames, false);
-    }
-}
-
-void CRender::run(double lengthTicks, CList* captured, bool mix, RenderProgress* follower) {
-    for (Target& t : targets) {
-        t.skip = mix ? 0 : latencyOf(t.channel);
-        t.written = 0;
-    }
-    if (mix) runPreRoll();
+/// Plays the range. What it brings lags behind by the latency.
+void CRender::runRange(double lengthTicks, const Job& job) {
     double rest = lengthTicks;
     while (asInt(rest) > 0 && !cancelled) {
         const int n = asMinMax(asInt(qv->ticksToFrames(rest) + countNoise), 1, qv->frames);
         runBlock(n);
         framesWritten += n;
-        captureAll(captured, n, mix);
+        captureAll(n, job);
         rest -= qv->framesToTicks(n);
         progress = float((lengthTicks - rest) / lengthTicks);
-        if (follower && !follower->onRender(progress)) cancelled = true;
+        if (job.follower && !job.follower->onRender(progress)) cancelled = true;
     }
-    if (!mix && !cancelled) runTail(captured);
+}
+
+bool CRender::hasDiedAway(int64_t rangeEnd, const Job& job) {
+    const auto quiet = int64_t(quietSeconds * rate);
+    return std::ranges::all_of(writers(job), [&](const Target& t) {
+        return t.written - std::max(t.audible, rangeEnd) >= quiet;
+    });
+}
+
+/// Ends all files where the last of them has died away.
+void CRender::cutQuiet(int64_t rangeEnd, const Job& job) {
+    framesWritten = rangeEnd;
+    for (const Target& t : writers(job)) framesWritten = std::max(framesWritten, t.audible);
+    for (Target& t : writers(job)) cutTo(*t.file, int(framesWritten));
+}
+
+/// Brings the end of the range, which the latency has kept back, and the tail.
+void CRender::runRest(bool stop, const Job& job) {
+    const int64_t rangeEnd = framesWritten;
+    if (stop) qv->stop();
+    framesWritten +=
+        tailMs == tailAuto ? int64_t(mostTailSeconds * rate) : int64_t(tailMs) * rate / 1000;
+    for (const Target& t : writers(job))
+        framesWritten = std::clamp(framesWritten, rangeEnd, t.written + roomOf(*t.file));
+    const auto owes = [&](const Target& t) {
+        return job.captured->indexed(t.channel) >= 0 && t.written < framesWritten;
+    };
+    while (!cancelled && std::ranges::any_of(writers(job), owes)) {
+        runBlock(qv->frames);
+        captureAll(qv->frames, job);
+        if (tailMs == tailAuto && hasDiedAway(rangeEnd, job)) break;
+        if (job.follower && !job.follower->onRender(progress)) cancelled = true;
+    }
+    if (tailMs == tailAuto) cutQuiet(rangeEnd, job);
+}
+
+void CRender::run(double startTick, double lengthTicks, const Job& job) {
+    for (Target& t : targets) {
+        t.skip = job.mix ? hostLatency() : latencyOf(t.channel);
+        t.written = t.audible = 0;
+    }
+    runRange(lengthTicks, job);
+    const bool songGoesOn = startTick + lengthTicks < comp->renderDuration();
+    if (!cancelled) runRest(tailMs != 0 && songGoesOn, job);
 }
 
 void CRender::process(double startTick, double lengthTicks, CList* captured, bool mix,
@@ -242,7 +278,7 @@ void CRender::process(double startTick, double lengthTicks, CList* captured, boo
         RenderState state(qv, rate, startTick);
         for (COutputChannel* ch : each<COutputChannel>(*captured)) ch->holdL = ch->holdR = 0.0f;
         qv->start();
-        run(lengthTicks, captured, mix, follower);
+        run(startTick, lengthTicks, {captured, mix, follower});
     }
     progress = 1.0f;
     for (Target& t : targets) {

@@ -5,6 +5,7 @@
 #include "base/CStr.h"
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 class COutputChannel;
@@ -32,6 +33,10 @@ constexpr int renderRates[] = {22050, 44100, 48000, 96000, 192000};
 constexpr int renderBits[] = {16, 24, 32};
 constexpr int renderBitrates[] = {64, 96, 128, 160, 192, 224, 256, 320};
 
+/// For `tailMs`: until what rings on is below -96 dB and stays there, but 30 seconds at most.
+constexpr int tailAuto = -1;
+constexpr int renderTails[] = {tailAuto, 0, 1000, 2000, 5000, 10000};
+
 /// Renders the song offline: pulls blocks through the whole engine as fast as they come and writes
 /// the captured channels to files. Loops and browser previews stay out. It also keeps what the user
 /// has chosen; RenderExport.h drives it by that. A dialog binds to the fields, which begin as
@@ -50,10 +55,12 @@ public:
     int chs = 2;       ///< 1 or 2
     int bits = 16;     ///< 16, 24 or 32
     int bitrate = 128; ///< of MP3, kilobits per second, 32 to 320
+    int tailMs = 0;    ///< that the files go on after the range, or `tailAuto`
     float progress = 0.0f;
     int multiTrack = 0;   ///< 1: a file for each selected track and each send bus
     bool mixToOne = true; ///< all `outputs` are summed into one file
     bool freeze = false;  ///< a dialog has nothing to ask, but shows how far a freeze is
+    bool keepPart = true; ///< what was cancelled stays as far as it got, unless it replaces a file
     bool upload = false;  ///< the file goes to `addOn` afterwards; never with `multiTrack`
     CStr songName;        ///< of the upload
     CSoundCloudAddOn* addOn = nullptr; ///< null while none is loaded; not owned
@@ -61,8 +68,8 @@ public:
 
     CRender(CQV* host, CComp* component);
 
-    /// What an export of the project begins with: the choices of the settings, the project's name
-    /// without extension as `filename`, and the audio outs as `outputs`.
+    /// What an export of the project begins with: `tailAuto`, the choices of the settings, the
+    /// project's name without extension as `filename`, and the audio outs as `outputs`.
     void chooseUsual();
     /// The choices in section "render" of the settings file. What is out of range there becomes the
     /// default.
@@ -75,7 +82,8 @@ public:
     void clearTargets() { targets.clear(); }
     /// Renders `lengthTicks` from `startTick` on. `captured` lists COutputChannels;
     /// their peak holds are cleared first. With `mix` they are summed into the first file, else
-    /// each goes to its own. The latency of what is captured is left out. `follower` may be null.
+    /// each goes to its own. The latency of what is captured is left out. In the tail a song that
+    /// goes on behind the range stands, and what was played rings on. `follower` may be null.
     /// Interface thread; takes the graph for the whole time, stops the transport before, and puts
     /// rate, tempo and position back. Before and after it the graph is silent.
     void process(double startTick, double lengthTicks, CList* captured, bool mix,
@@ -87,14 +95,24 @@ private:
         CSample* file;
         int64_t skip = 0;    ///< latency still to be left out, in frames
         int64_t written = 0; ///< frames, by this `process`
+        int64_t audible = 0; ///< frames up to the last one that can be heard
+    };
+    /// Who follows, what is captured, and how.
+    struct Job {
+        CList* captured;
+        bool mix;
+        RenderProgress* follower;
     };
     int64_t hostLatency() const;
     int64_t latencyOf(COutputChannel* channel) const;
-    void run(double lengthTicks, CList* captured, bool mix, RenderProgress* follower);
-    void runPreRoll();
-    void runTail(CList* captured);
+    std::span<Target> writers(const Job& job);
+    void run(double startTick, double lengthTicks, const Job& job);
+    void runRange(double lengthTicks, const Job& job);
+    void runRest(bool stop, const Job& job);
+    bool hasDiedAway(int64_t rangeEnd, const Job& job);
+    void cutQuiet(int64_t rangeEnd, const Job& job);
     void runBlock(int n);
-    void captureAll(CList* captured, int n, bool mix);
+    void captureAll(int n, const Job& job);
     void capture(const Target& target, int n, bool mix);
     void write(Target& target, int n);
 

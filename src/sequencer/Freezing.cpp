@@ -145,6 +145,8 @@ RenderResult Freeze::renderItems(RenderUi* ui) {
         render.setTarget(item->channel, item->sample);
     }
     const RenderSpan span = renderSpan(render, seq);
+    const CStr tooLong = whyTooLong(render, seq, span, *items.front()->sample);
+    if (!tooLong.empty()) return fail(RenderResult::tooLong, renderTitle, tooLong);
     const RenderFlags flags(host, true);
     const Audible audible(prog);
     DiskWatch watch(ui);
@@ -247,6 +249,8 @@ RenderResult bounceToNewTrack(CSeq* seq, int rangeMode, RenderUi* ui) {
     auto file = path.empty() ? nullptr : newFile(path, render.rate, host->recBits);
     if (!file)
         return fail(RenderResult::notCreated, renderTitle, CStr("Could not create file ") + path);
+    const CStr tooLong = whyTooLong(render, seq, span, *file);
+    if (!tooLong.empty()) return fail(RenderResult::tooLong, renderTitle, tooLong);
     COutputChannel* out = host->getAudioOut()->output();
     render.outputs.add(out);
     render.setTarget(out, file.get());

@@ -148,6 +148,8 @@ RenderResult Export::renderAll() {
         keepPart();
         return fail(RenderResult::nothing, "Nothing to render");
     }
+    const CStr tooLong = whyTooLong(render, seq, span, files.front()->sample);
+    if (!tooLong.empty()) return fail(RenderResult::tooLong, tooLong);
     if (ui) ui->onStatus("Processing...");
     DiskWatch watch(ui);
     {
@@ -164,7 +166,7 @@ RenderResult Export::renderAll() {
 RenderResult Export::keepPart() {
     for (const auto& file : files) {
         file->sample.close();
-        if (!file->isMp3 && !fileExists(file->name)) file->target.commit();
+        if (render.keepPart && !file->isMp3 && !fileExists(file->name)) file->target.commit();
     }
     return RenderResult::cancelled;
 }

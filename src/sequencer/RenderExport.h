@@ -26,6 +26,7 @@ enum class RenderResult {
     good,
     cancelled,
     nothing,    ///< no time or no track to render
+    tooLong,    ///< no file holds so much
     notCreated, ///< a file cannot be made
     noRoom,     ///< a file takes no more
     notEncoded, ///< there is no MP3, though all else went well
@@ -51,8 +52,9 @@ RenderSpan renderSpan(const CRender& render, CSeq* seq);
 /// But a WAV or AIFF that was cancelled, or has no time to render, stays as far as it got, with a
 /// right header, where nothing stood before.
 ///
-/// What goes wrong is shown: "Nothing to export", "Could not create file " and "Could not write
-/// file " with the name, "Nothing to render", and for a missing encoder "Could not encode file -
-/// make sure mp3 encoder is installed properly"; of uploads "Addon not loaded" and "Could not
-/// upload file". Interface thread; takes the graph for as long as it renders.
+/// What goes wrong is shown: "Nothing to export", "Too long: " and what a file holds, "Could not
+/// create file " and "Could not write file " with the name, "Nothing to render", and for a missing
+/// encoder "Could not encode file - make sure mp3 encoder is installed properly"; of uploads "Addon
+/// not loaded" and "Could not upload file". Interface thread; takes the graph for as long as it
+/// renders.
 RenderResult exportSong(CRender& render, CSeq* seq, RenderUi* ui, const RenderSpan* span = nullptr);

@@ -1,5 +1,7 @@
 #include "sequencer/RenderScope.h"
 
+#include "audiofiles/CSample.h"
+#include "audiofiles/FileRoom.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "sequencer/CSeq.h"
@@ -84,6 +86,17 @@ RenderSpan renderSpan(const CRender& render, CSeq* seq) {
     int from = 0, to = render.comp->renderDuration();
     if (render.rangeMode == rangeLocators) seq->getLoopSection(from, to);
     return {double(from), double(to)};
+}
+
+CStr whyTooLong(const CRender& render, CSeq* seq, const RenderSpan& span, const CSample& file) {
+    const double tail = asMax(render.tailMs, 0) / 1000.0 * double(file.rate);
+    const int ticks = asInt(span.to - span.from);
+    const double frames = seq->ticksToFrames(asInt(span.from), ticks, asRound(double(file.rate)));
+    if (frames + tail <= double(roomOf(file))) return "";
+    const int minutes = asInt(double(roomOf(file)) / double(file.rate) / 60.0);
+    return "Too long: a file of " + asStr(asRound(double(file.rate))) + " Hz and " +
+           asStr(file.bits) + " bits, " + (file.chs == 1 ? "mono" : "stereo") + ", holds " +
+           asStr(minutes) + " minutes";
 }
 
 SelectedOnly::SelectedOnly(CSeq* sequencer, bool active) {

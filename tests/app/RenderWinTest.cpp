@@ -77,12 +77,13 @@ struct Service : CSoundCloudAddOn {
 } // namespace
 
 /// A saved song of three seconds: a synthesizer that plays a bar, and for a second one more note in
-/// a part that is selected. The locators enclose half a second.
+/// a part that is selected. The locators enclose half a second. No export has a tail.
 class RenderWinTest : public MainWinTest {
 protected:
     void startSong() {
         start();
         ASSERT_TRUE(load(kindDefault));
+        CIniFile(inifile).writeInteger("render", "tail", 0);
         host->projectFile = at("song.qv").c_str();
         win->projectFolder = at("").c_str();
         CSeqProg* prog = seq()->getProg();
@@ -161,6 +162,7 @@ TEST_F(RenderWinTest, WritesTheFileThatIsChosen) {
         {{{"format", 1}, {"rate", 2}, {"range", 2}}, "c.aif", "aiff 48000 24 2 48000"},
         {{{"format", 0}, {"channels", 1}, {"rate", 0}}, "d.wav", "wav 22050 24 1 22050"},
         {{{"range", 0}, {"bits", 2}, {"rate", 3}}, "e.wav", "wav 96000 32 1 288000"},
+        {{{"tail", 2}}, "f.wav", "wav 96000 32 1 384000"},
     };
     startSong();
     for (const Case& c : cases) { // each begins with the choices of the one before
@@ -175,8 +177,8 @@ TEST_F(RenderWinTest, WritesTheFileThatIsChosen) {
     }
     const struct {
         const char *key, *value;
-    } kept[] = {
-        {"source", "0"}, {"bits", "32"}, {"channels", "1"}, {"rate", "96000"}, {"ext", "0"}};
+    } kept[] = {{"source", "0"},   {"bits", "32"}, {"channels", "1"},
+                {"rate", "96000"}, {"ext", "0"},   {"tail", "1000"}};
     for (const auto& k : kept) EXPECT_EQ(setting("render", k.key), k.value) << k.key;
 }
 

@@ -21,11 +21,38 @@ public:
     static float at(int64_t frame, bool right) {
         return (right ? 0.25f : 0.5f) * std::sin(float(frame) * 0.1f);
     }
+    bool strikes = true; ///< or keeps silent
     void start() override { next = 0; }
     void play(int frames) override {
-        for (int i = 0; i < frames && host->playing; i++, next++) {
+        for (int i = 0; i < frames && strikes && host->playing; i++, next++) {
             output()->bufL[i] = at(next, false);
             output()->bufR[i] = at(next, true);
+        }
+    }
+
+private:
+    int64_t next = 0;
+};
+
+/// Rings on from the first frame of the song on, whether it plays or not: at each of the `strokes`
+/// from 0.5 down, to 1.6e-5 in as many seconds as are told for it.
+class Bell : public TestInstrument {
+public:
+    using TestInstrument::TestInstrument;
+    struct Stroke {
+        double at, seconds;
+    };
+    std::vector<Stroke> strokes;
+    double rate = 44100;
+    void start() override { next = 0; }
+    void play(int frames) override {
+        for (int i = 0; i < frames; i++, next++) {
+            const double now = double(next) / rate;
+            for (const Stroke& s : strokes)
+                if (now >= s.at) {
+                    const double fall = std::exp(std::log(1.6e-5 / 0.5) * (now - s.at) / s.seconds);
+                    output()->bufL[i] = output()->bufR[i] = float(0.5 * fall);
+                }
         }
     }
 
@@ -161,6 +188,60 @@ TEST(RenderExport, RendersTheRange) {
     EXPECT_TRUE(f.values("none.wav").empty());
 }
 
+/// What rings on is heard until it is below -96 dB, however long it rests before the next echo, but
+/// 30 seconds at most, or for as long as is told. A song that goes on behind the range does not.
+TEST(RenderExport, GoesOnForItsTail) {
+    struct Case {
+        const char* name;
+        int rangeMode, tailMs;
+        std::vector<Bell::Stroke> strokes;
+        double seconds;
+    };
+    const Case cases[] = {{"dies away", rangeSong, tailAuto, {{0, 3}}, 3},
+                          {"is over before", rangeSong, tailAuto, {{0, 0.2}}, 0.5},
+                          {"comes again", rangeSong, tailAuto, {{0, 0.3}, {5.8, 1}}, 6.8},
+                          {"never ends", rangeSong, tailAuto, {{0, 1000}}, 30.5},
+                          {"as long as told", rangeSong, 1500, {{0, 0.3}}, 2},
+                          {"none", rangeSong, 0, {{0, 3}}, 0.5},
+                          {"song goes on", rangeLocators, tailAuto, {}, 0.25}};
+    for (const Case& c : cases)
+        for (const int multiTrack : {0, 1}) {
+            ExportFixture f;
+            Bell* bell = f.connect(f.keys, f.device.add(new Bell(&f.host)));
+            bell->strokes = c.strokes;
+            f.tone->strikes = c.rangeMode == rangeLocators;
+            f.seq->setLoopSection(0, 480);
+            f.keys->track->setSelected(true);
+            f.render.rangeMode = c.rangeMode;
+            f.render.tailMs = c.tailMs;
+            f.render.multiTrack = multiTrack;
+            f.render.folder = f.folder.path;
+            ASSERT_EQ(f.exportTo("a.wav"), RenderResult::good) << c.name;
+            EXPECT_NEAR(double(f.render.framesWritten), c.seconds * 44100, 2.0) << c.name;
+            for (const auto& file : std::filesystem::directory_iterator(f.folder.path.asChar())) {
+                CSample made;
+                ASSERT_TRUE(made.open(file.path().c_str()));
+                EXPECT_EQ(made.frames, f.render.framesWritten) << c.name << file.path();
+            }
+        }
+}
+
+/// A range that no file holds is refused before a frame of it is rendered, and nothing is left.
+TEST(RenderExport, RefusesWhatNoFileHolds) {
+    ExportFixture f;
+    f.part->length = 1 << 30; // 155 hours
+    EXPECT_EQ(f.exportTo("a.wav"), RenderResult::tooLong);
+    f.render.rate = 192000;
+    f.render.bits = 32;
+    EXPECT_EQ(f.exportTo("a.wav"), RenderResult::tooLong);
+    EXPECT_EQ(f.files(), 0);
+    EXPECT_EQ(f.messages, (std::vector<std::string>{
+                              "Render: Too long: a file of 44100 Hz and 16 bits, stereo, holds 202 "
+                              "minutes",
+                              "Render: Too long: a file of 192000 Hz and 32 bits, stereo, holds 23 "
+                              "minutes"}));
+}
+
 /// Each selected track with parts and each bus gets a file of its own, at the running rate.
 TEST(RenderExport, WritesAFileForEachTrack) {
     ExportFixture f;
@@ -274,8 +355,16 @@ TEST(RenderExport, KeepsChoices) {
     other.chooseUsual();
     EXPECT_EQ(other.filename, "/songs/no.1");
     EXPECT_EQ(std::tuple(other.bits, other.rate, other.format), std::tuple(24, 96000, 2));
-    for (const auto& [key, value] :
-         {std::pair{"bits", 20}, {"rate", 7999}, {"ext", 3}, {"bitrate", 321}, {"source", -1}})
+    EXPECT_EQ(other.tailMs, 0);
+    CIniFile(inifile).writeString("render", "tail", "");
+    other.chooseUsual();
+    EXPECT_EQ(other.tailMs, tailAuto);
+    for (const auto& [key, value] : {std::pair{"bits", 20},
+                                     {"tail", -2},
+                                     {"rate", 7999},
+                                     {"ext", 3},
+                                     {"bitrate", 321},
+                                     {"source", -1}})
         CIniFile(inifile).writeInteger("render", key, value);
     other.readSettings();
     EXPECT_EQ(std::tuple(other.bits, other.rate, other.format), std::tuple(24, 96000, 2));

@@ -61,6 +61,13 @@ CStr bitrateName(int kbits) {
     return asStr(kbits) + " kbit/s";
 }
 
+CStr tailName(int ms) {
+    constexpr int msPerSecond = 1000;
+    if (ms < 0) return "Until silent";
+    if (ms == 0) return "None";
+    return (ms % msPerSecond == 0 ? asStr(ms / msPerSecond) + " s" : asStr(ms) + " ms");
+}
+
 CStr lengthText(double seconds) {
     constexpr int secondsPerMinute = 60;
     const int whole = asRound(seconds);
@@ -81,6 +88,11 @@ CStr sizeText(double bytes) {
     else
         std::snprintf(text, sizeof(text), "%.1f MB", bytes / megabyte);
     return text;
+}
+
+template <class Table>
+std::vector<int> all(const Table& table) {
+    return {std::begin(table), std::end(table)};
 }
 
 } // namespace
@@ -125,31 +137,34 @@ void CRenderWin::addSelection() {
     multiTrack->hint = "A file for each selected track and each send bus";
     wire(multiTrack->onChange, new _COnChange<CRenderWin>(this, &CRenderWin::multiTrackClicked));
     addControl(multiTrack);
+    CDropdown* tails = addChoice(asPoint(margin, below + fieldHeight + gap), "Tail", "tail",
+                                 &CRender::tailMs, all(renderTails), tailName);
+    tails->hint = "How long the file goes on behind the end for what still rings";
 }
 
 void CRenderWin::addChoices() {
     addControl(new CLabel(this, "File", column2, margin, columnWidth, headingHeight));
-    const auto all = [](const auto& table) {
-        return std::vector<int>(std::begin(table), std::end(table));
-    };
-    addChoice("Format", "format", &CRender::format, {renderWav, renderAiff, renderMp3}, formatName);
-    rates = addChoice("Sample rate", "rate", &CRender::rate, all(renderRates), rateName);
-    bits = addChoice("Resolution", "bits", &CRender::bits, all(renderBits), bitsName);
-    addChoice("Channels", "channels", &CRender::chs, {2, 1}, channelsName);
-    bitrates = addChoice("Bitrate", "bitrate", &CRender::bitrate, all(renderBitrates), bitrateName);
+    const auto row = [](int i) { return asPoint(column2, columnTop + i * (fieldHeight + gap)); };
+    addChoice(row(0), "Format", "format", &CRender::format, {renderWav, renderAiff, renderMp3},
+              formatName);
+    rates = addChoice(row(1), "Sample rate", "rate", &CRender::rate, all(renderRates), rateName);
+    bits = addChoice(row(2), "Resolution", "bits", &CRender::bits, all(renderBits), bitsName);
+    addChoice(row(3), "Channels", "channels", &CRender::chs, {2, 1}, channelsName);
+    bitrates = addChoice(row(4), "Bitrate", "bitrate", &CRender::bitrate, all(renderBitrates),
+                         bitrateName);
 }
 
 /// What the settings hold is offered too, whatever it is.
-CDropdown* CRenderWin::addChoice(const char* label, const char* name, int CRender::*field,
-                                 std::vector<int> values, CStr (*textOf)(int)) {
-    const int y = columnTop + int(choices.size()) * (fieldHeight + gap);
+CDropdown* CRenderWin::addChoice(CPoint place, const char* label, const char* name,
+                                 int CRender::*field, std::vector<int> values,
+                                 CStr (*textOf)(int)) {
     const int present = render.*field;
     if (std::ranges::find(values, present) == values.end())
         values.insert(std::ranges::upper_bound(values, present), present);
-    auto* title = new CLabel(this, label, column2, y, labelWidth, fieldHeight);
+    auto* title = new CLabel(this, label, place.x, place.y, labelWidth, fieldHeight);
     addControl(title);
-    auto* list =
-        new CDropdown(this, name, column2 + labelWidth, y, columnWidth - labelWidth, fieldHeight);
+    auto* list = new CDropdown(this, name, place.x + labelWidth, place.y, columnWidth - labelWidth,
+                               fieldHeight);
     for (const int value : values) list->add(textOf(value));
     list->setIndex(int(std::ranges::find(values, present) - values.begin()));
     list->tabStop = true;
@@ -205,7 +220,8 @@ CStr CRenderWin::summary() const {
     if (files == 0) return noTracksText;
     const int rate = render.multiTrack ? asRound(double(render.qv->rate)) : render.rate;
     const double seconds =
-        seq->ticksToFrames(asInt(span.from), asInt(span.to - span.from), rate) / rate;
+        seq->ticksToFrames(asInt(span.from), asInt(span.to - span.from), rate) / rate +
+        asMax(render.tailMs, 0) / 1000.0;
     const double bitsPerSecond = render.format == renderMp3
                                      ? render.bitrate * bitsPerKbit
                                      : double(rate) * render.chs * render.bits;

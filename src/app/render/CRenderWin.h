@@ -44,7 +44,7 @@ private:
     void addSelection();
     void addChoices();
     void addProgress();
-    CDropdown* addChoice(const char* label, const char* name, int CRender::*field,
+    CDropdown* addChoice(CPoint place, const char* label, const char* name, int CRender::*field,
                          std::vector<int> values, CStr (*textOf)(int));
     void chosen(CObject* sender);
     void rangeChanged(CObject* sender);
