@@ -1,11 +1,17 @@
 #include "tools/RenderOptions.h"
 
 #include "base/CStringList.h"
+#include "base/Numbers.h"
 #include "base/Paths.h"
+#include "sequencer/CRender.h"
 
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <system_error>
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -18,6 +24,11 @@ bool number(const char* text, double low, double high, double& value) {
 
 constexpr double maxTicks = double(1 << 30);
 constexpr double maxTail = 3600.0;
+const char* const untilSilent = "auto";
+
+void storeTail(RenderOptions& options, double seconds) {
+    options.tailMs = asRound(seconds * 1000.0);
+}
 
 /// An option that takes a number: its name, limits, and where the number goes.
 struct NumberOption {
@@ -34,7 +45,7 @@ const NumberOption numberOptions[] = {
     {"--bitrate", 32, 320, true, [](RenderOptions& o, double v) { o.bitrate = int(v); }},
     {"--start", 0, maxTicks, false, [](RenderOptions& o, double v) { o.start = v; }},
     {"--length", 0, maxTicks, false, [](RenderOptions& o, double v) { o.length = v; }},
-    {"--tail", 0, maxTail, false, [](RenderOptions& o, double v) { o.tail = v; }},
+    {"--tail", 0, maxTail, false, storeTail},
 };
 
 const NumberOption* findNumber(const char* name) {
@@ -44,6 +55,10 @@ const NumberOption* findNumber(const char* name) {
 }
 
 bool readNumber(const NumberOption& option, const char* text, RenderOptions& options) {
+    if (option.store == storeTail && std::strcmp(text, untilSilent) == 0) {
+        options.tailMs = tailAuto;
+        return true;
+    }
     double value = 0.0;
     if (!number(text, option.low, option.high, value)) return false;
     if (option.whole && value != std::floor(value)) return false;
@@ -59,6 +74,14 @@ bool takeName(const char* text, RenderOptions& options) {
     else
         return false;
     return true;
+}
+
+/// A project keeps the places of its files, which have to hold in any other folder too.
+void makeFull(CStr& path) {
+    if (path.empty() || path[0] == folderSeparator) return;
+    std::error_code failed;
+    const fs::path full = fs::absolute(fs::path(path.asChar()), failed);
+    path = (fs::weakly_canonical(full.parent_path(), failed) / full.filename()).c_str();
 }
 
 bool canWrite(const RenderOptions& options) {
@@ -82,7 +105,8 @@ bool checked(const RenderOptions& options, CStr& error) {
 
 const char* usage() {
     return "usage: sondrava-render [--rate N] [--block N] [--bits 16|24|32] [--start TICKS] "
-           "[--length TICKS] [--tail SECONDS] [--mono] [--bitrate N] [--tracks] [--stats] [--save "
+           "[--length TICKS] [--tail SECONDS|auto] [--mono] [--bitrate N] [--tracks] [--stats] "
+           "[--save "
            "FILE.qv] "
            "INPUT.qv|INPUT.mid|--demo [OUTPUT.wav|.aif|.mp3|.mid]";
 }
@@ -117,5 +141,6 @@ bool parseOptions(int argc, char** argv, RenderOptions& options, CStr& error) {
         options.output = options.input;
         options.input = "";
     }
+    for (CStr* path : {&options.input, &options.output, &options.save}) makeFull(*path);
     return checked(options, error);
 }

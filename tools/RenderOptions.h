@@ -11,12 +11,13 @@ struct RenderOptions {
     int bitrate = 128;    ///< of MP3, kilobits per second
     double start = 0.0;   ///< ticks
     double length = -1.0; ///< ticks, below 0 to the end of the song
-    double tail = 0.0;    ///< seconds after the end
+    int tailMs = 0;       ///< after the end, or `tailAuto`
     bool stats = false;
     bool demo = false;
     bool tracks = false; ///< a file for each track; `output` is a folder
-    CStr input, output;  ///< `output` may be empty where there is something to save
-    CStr save;           ///< a project file to write, empty for none
+    // Full paths.
+    CStr input, output; ///< `output` may be empty where there is something to save
+    CStr save;          ///< a project file to write, empty for none
 };
 
 /// Reads the command line; false, with what is wrong in `error`.

@@ -14,13 +14,10 @@
 
 namespace {
 
-/// The range that was asked for, and the tail at the tempo of its end.
 RenderSpan spanOf(CSeq* seq, const RenderOptions& options) {
-    double end = options.length < 0.0 ? seq->renderDuration() : options.start + options.length;
-    if (end < options.start) end = options.start;
-    const CTempoPart* point = seq->getTempoAtPos(asInt(end));
-    const float tempo = point ? point->getTempo() : float(seq->host->tempo);
-    return {options.start, end + options.tail * double(tempo) * ticksPerSecondPerBpm};
+    const double end =
+        options.length < 0.0 ? seq->renderDuration() : options.start + options.length;
+    return {options.start, std::max(options.start, end)};
 }
 
 CStr exportMidi(CSeq* seq, const CStr& path) {
@@ -43,6 +40,8 @@ void choose(CRender& render, CSeq* seq, const RenderOptions& options) {
     render.bits = options.bits;
     render.chs = options.chs;
     render.bitrate = options.bitrate;
+    render.tailMs = options.tailMs;
+    render.keepPart = false;
     if (!options.tracks) return;
     render.multiTrack = 1;
     render.format = renderWav;
@@ -52,7 +51,7 @@ void choose(CRender& render, CSeq* seq, const RenderOptions& options) {
 
 } // namespace
 
-CStr exportByOptions(CSeq* seq, const RenderOptions& options, Figures& figures,
+CStr exportByOptions(CSeq* seq, const RenderOptions& options, RenderUi* ui, Figures& figures,
                      const CStr& lastMessage) {
     if (extractFileExt(options.output).lowerCase() == ".mid" && !options.tracks)
         return exportMidi(seq, options.output);
@@ -63,8 +62,10 @@ CStr exportByOptions(CSeq* seq, const RenderOptions& options, Figures& figures,
         return CStr("Could not create folder ") + options.output;
     CRender render(seq->host, seq);
     choose(render, seq, options);
-    const RenderResult result = exportSong(render, seq, nullptr, &span);
+    const RenderResult result = exportSong(render, seq, ui, &span);
     if (result == RenderResult::nothing) return nothing;
+    if (result == RenderResult::cancelled) return options.output + ": interrupted";
+    if (result == RenderResult::tooLong) return options.output + ": " + lastMessage;
     if (result != RenderResult::good) return lastMessage;
     figures.frames = render.framesWritten;
     figures.audioSeconds = double(render.framesWritten) / render.rate;

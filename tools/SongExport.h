@@ -6,6 +6,7 @@
 
 class CQV;
 class CSeq;
+class RenderUi;
 struct RenderOptions;
 
 /// What a render is measured by.
@@ -17,5 +18,6 @@ struct Figures {
 
 /// Writes the song as the options say: as audio, as a MIDI file, or a file for each track. Gives
 /// what went wrong, else an empty text; `lastMessage` is where the last message box leaves its own.
-CStr exportByOptions(CSeq* seq, const RenderOptions& options, Figures& figures,
+/// `ui` may end it, and nothing is left then.
+CStr exportByOptions(CSeq* seq, const RenderOptions& options, RenderUi* ui, Figures& figures,
                      const CStr& lastMessage);

@@ -11,18 +11,22 @@
 #include "project/ProjectUi.h"
 #include "project/SongSounds.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/RenderExport.h"
 #include "tools/RenderOptions.h"
 #include "tools/SongExport.h"
 
 #include <algorithm>
 #include <cctype>
+#include <csignal>
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace {
 
@@ -56,6 +60,28 @@ CStr problem(MidiSongResult result) {
     default:
         return lastMessage;
     }
+}
+
+volatile std::sig_atomic_t caughtSignal = 0;
+
+/// Ends a render by a signal in order, so that no file is left half. The next signal is the
+/// system's to serve.
+struct SignalWatch : RenderUi {
+    SignalWatch() {
+        struct sigaction act {};
+        act.sa_handler = [](int number) { caughtSignal = number; };
+        act.sa_flags = int(SA_RESETHAND);
+        for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaction(number, &act, nullptr);
+    }
+    bool onRender(float) override { return caughtSignal == 0; }
+};
+
+/// A file that its owner has protected against writing, even if we may.
+bool isProtected(const CStr& path) {
+    struct stat info {};
+    constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
+    if (stat(path.asChar(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
+    return (info.st_mode & anyWrite) == 0 || access(path.asChar(), W_OK) != 0;
 }
 
 bool isRegularFile(const CStr& path) {
@@ -109,10 +135,13 @@ CStr renderSong(CQV* host, const RenderOptions& options, Figures& figures) {
     auto* seq = static_cast<CSeq*>(host->firstOfType(compSeq));
     CComp* out = host->getAudioOut();
     if (!seq || !out || !out->output()) return options.input + ": has no song that sounds";
-    return exportByOptions(seq, options, figures, lastMessage);
+    SignalWatch watch;
+    return exportByOptions(seq, options, &watch, figures, lastMessage);
 }
 
 CStr work(const Project& project, const RenderOptions& options, Figures& figures) {
+    for (const CStr& path : {options.output, options.save})
+        if (isProtected(path)) return path + ": is write-protected";
     CStr error = openSong(project, options);
     if (!error.empty()) return error;
     if (!options.save.empty() && !saveProject(project, options.save))
@@ -146,7 +175,9 @@ int main(int argc, char** argv) {
     }
     figures.cpuSeconds = cpuSeconds();
     host.reset();
-    if (!error.empty()) return fail(error);
+    if (!error.empty()) fail(error);
+    if (caughtSignal != 0) std::raise(caughtSignal);
+    if (!error.empty()) return 1;
     if (options.stats) printStats(figures);
     return 0;
 }

@@ -3,6 +3,7 @@
 #include "driver/Module.h"
 #include "driver/Servers.h"
 
+#include <csignal>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -21,6 +22,7 @@ public:
     /// Waits up to a minute for its end: the exit status, 128 and the signal that ended it, or -1
     /// when it runs on.
     int wait();
+    void signal(int number) const { kill(pid, number); }
     bool running() { return pid > 0 && !ended(); }
     std::string out() const { return contentOf(outFile); }
     std::string err() const { return contentOf(errFile); }

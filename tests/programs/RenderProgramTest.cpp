@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <numbers>
@@ -73,6 +74,8 @@ TEST(RenderProgram, RefusesInOneLine) {
               heldKey(69).substr(0, 26) + std::string("\0\xFF\x2F\0", 4));
     for (const char* full : {"full.wav", "full.mid"})
         std::filesystem::create_symlink("/dev/full", folder.file(full));
+    writeFile(folder.file("mine.wav"), "mine");
+    std::filesystem::permissions(folder.file("mine.wav"), std::filesystem::perms::owner_read);
     struct Case {
         const char* name;
         std::vector<std::string> words;
@@ -96,6 +99,9 @@ TEST(RenderProgram, RefusesInOneLine) {
         {"number missing", {good, output, "--tail"}, "--tail"},
         {"unknown option", {"--loud", good, output}, "--loud"},
         {"one name too many", {good, output, output}, "usage"},
+        {"too long", {"--length", "1000000000", good, output}, "out.wav: Too long"},
+        {"write-protected", {good, folder.file("mine.wav")}, "mine.wav: is write-protected"},
+        {"the project is", {good, "--save", folder.file("mine.wav")}, "is write-protected"},
         {"nothing to render", {"--start", "100000", good, output}, "out.wav"},
     };
     for (const Case& c : cases) {
@@ -109,6 +115,7 @@ TEST(RenderProgram, RefusesInOneLine) {
             EXPECT_FALSE(std::filesystem::exists(folder.file(left))) << c.name;
     }
     EXPECT_TRUE(std::filesystem::is_symlink(folder.file("full.wav"))) << "the user's own";
+    EXPECT_EQ(contentOf(folder.file("mine.wav")), "mine");
 }
 
 /// The name of the output settles what is written; the MIDI file of a song is the song again.
@@ -203,6 +210,30 @@ TEST(RenderProgram, FollowsItsOptions) {
         EXPECT_NEAR(double(wav.frames), c.seconds * c.rate, 4096.0);
         // A key that was pressed before the range stays silent.
         EXPECT_EQ(wav.peak > 0.01, c.options.empty() || c.options[0] != "--start");
+    }
+}
+
+/// The last sound is heard to its end.
+TEST(RenderProgram, TailLastsUntilItIsSilent) {
+    const TempFolder folder;
+    writeFile(folder.file("a.mid"), heldKey(60));
+    render({"--bits", "32", "--tail", "auto", folder.file("a.mid"), folder.file("a.wav")});
+    const Wav wav(folder.file("a.wav"));
+    EXPECT_GT(wav.frames, 4 * 44100 + 441);
+    EXPECT_LT(wav.frames, 34 * 44100);
+    for (auto at = wav.left.end() - 441; at != wav.left.end(); ++at) EXPECT_LT(std::abs(*at), 1e-3);
+}
+
+/// A render that is ended leaves no file, and tells the shell by which signal.
+TEST(RenderProgram, SignalsLeaveNothing) {
+    for (const int number : {SIGINT, SIGTERM}) {
+        const TempFolder folder;
+        Program program(withProgram({"--rate", "192000", "--demo", folder.file("a.wav")}));
+        const auto begun = [&] { return !std::filesystem::is_empty(folder.path); };
+        ASSERT_TRUE(waitFor(begun)) << program.err();
+        program.signal(number);
+        EXPECT_EQ(program.wait(), 128 + number);
+        EXPECT_FALSE(begun()) << *std::filesystem::directory_iterator(folder.path);
     }
 }
 
