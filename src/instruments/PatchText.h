@@ -8,5 +8,6 @@ class CSound;
 /// the making would have them.
 CStr patchText(const CSound& sound);
 
-/// Writes that into "patch.txt" in the home folder; false when it cannot be written.
+/// Writes that into "patch.txt" in the home folder, for a button of the panel that edits the sound;
+/// false when it cannot be written.
 bool savePatchText(const CSound& sound);
