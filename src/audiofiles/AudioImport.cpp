@@ -6,13 +6,10 @@
 
 #include <algorithm>
 #include <bit>
-#include <cerrno>
 #include <climits>
 #include <cstring>
-#include <fcntl.h>
 #include <memory>
 #include <sndfile.h>
-#include <unistd.h>
 #include <vector>
 
 static_assert(std::endian::native == std::endian::little, "frames are copied to WAV as they lie");
@@ -142,19 +139,6 @@ private:
     }
 };
 
-/// Makes an empty file of a name that is nobody else's; empty if that fails.
-CStr reserveName(const CStr& path, const CStr& folder) {
-    const CStr stem = changeFileExt(extractFileName(path), "");
-    for (;;) {
-        CStr name = getUniqueFilename(stem, ".wav", folder);
-        const int fd = ::open(name.asChar(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
-        if (fd < 0 && errno == EEXIST) continue;
-        if (fd < 0) return "";
-        ::close(fd);
-        return name;
-    }
-}
-
 /// The widest format for the source that stays below 2 GB, 0 bits if none does.
 int chooseBits(const SF_INFO& info, int chs) {
     const int natural = info.channels > 2 ? 32 : bitsOf(info.format);
@@ -167,9 +151,8 @@ ImportResult convert(SNDFILE* sound, const SF_INFO& info, const CStr& path, cons
                      CStr& out, ImportProgress& progress) {
     const int chs = std::min(info.channels, 2), bits = chooseBits(info, chs);
     if (bits == 0) return ImportResult::tooLong;
-    const CStr name = reserveName(path, folder);
-    if (name.empty()) return ImportResult::noRoom;
-    const std::unique_ptr<CSample> target(CSample::createSample(name, 0));
+    const CStr stem = changeFileExt(extractFileName(path), "");
+    const std::unique_ptr<CSample> target(CSample::createSample(addSep(folder) + stem + ".wav", 0));
     if (!target) return ImportResult::noRoom;
     target->setFormat(info.samplerate, bits, chs);
     target->writeHeader();
@@ -179,7 +162,7 @@ ImportResult convert(SNDFILE* sound, const SF_INFO& info, const CStr& path, cons
     target->writeHeader();
     target->finalize();
     target->keep = true;
-    out = name;
+    out = target->filename;
     return result;
 }
 

@@ -5,6 +5,7 @@
 #include "audiofiles/FileRoom.h"
 #include "audiofiles/WavFile.h"
 #include "base/Numbers.h"
+#include "base/Paths.h"
 
 #include <algorithm>
 #include <climits>
@@ -179,7 +180,7 @@ int CSample::readBytes(std::int64_t first, int count, unsigned char* out) const 
 void CSample::create(CStr path) {
     close();
     filename = std::move(path);
-    fp = std::fopen(filename.asChar(), "w+b");
+    fp = std::fopen(filename.asChar(), "w+be");
     if (!fp) return;
     streamed = 1;
     const bool aiff = filename.upperCase().pos(".AIF") >= 0;
@@ -304,7 +305,8 @@ CSample* CSample::createSample(const CStr& path, int cached) {
     sample->keep = false;
     sample->cached = cached != 0;
     sample->needsPeaks = false;
-    sample->create(path);
+    const CStr name = makeUniqueFile(changeFileExt(path, ""), extractFileExt(path), "");
+    if (!name.empty()) sample->create(name);
     if (sample->validHandle()) {
         sample->writeHeader();
         return sample;

@@ -76,8 +76,9 @@ public:
     /// Reads the header, and without `streamed` all frames. Returns `valid`: false for what cannot
     /// be read, is damaged before its frames, or is in another format. `path` becomes `filename`.
     virtual bool open(CStr path);
-    /// Makes an empty file for writing frames in the present format, big-endian (AIFF) if ".AIF"
-    /// stands in its name in any case. `validHandle` tells whether that went well.
+    /// Makes a file, or empties the one that is there, for writing frames in the present format,
+    /// big-endian (AIFF) if ".AIF" stands in its name in any case. `validHandle` tells whether that
+    /// went well.
     void create(CStr path);
     bool validHandle() const { return fp != nullptr; }
     void close();
@@ -125,7 +126,8 @@ public:
     void writepeak(const unsigned char* bytes, int count);
 
     /// A new file of 44100 Hz, 16 bits, stereo, with its header, that is not yet to be kept; or
-    /// null if it can't be made. The caller owns it and may set another format before it writes.
+    /// null if it can't be made. It gets another name when there is a file called `path` already.
+    /// The caller owns it and may set another format before it writes.
     static CSample* createSample(const CStr& path, int cached);
 
 private:

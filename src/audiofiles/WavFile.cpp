@@ -130,9 +130,23 @@ private:
             setFormat(getLittle(b + 4, 4), getLittle(b + 2, 2), bits, playable);
         } else if (is("data")) {
             format.loop = false;
+            if (size == 0 && !chunksFollow()) size = pos = fileSize; // whoever wrote it was stopped
             setFrames(0, INT_MAX);
         } else if (is("smpl"))
             readLoops();
+    }
+
+    /// Whether the rest of the file is a row of chunks.
+    bool chunksFollow() const {
+        std::int64_t at = start;
+        unsigned char head[chunkHead];
+        while (at + chunkHead <= fileSize && readAt(file, at, head, chunkHead) == chunkHead) {
+            for (int i = 0; i < 4; i++)
+                if (head[i] < ' ' || head[i] > '~') return false;
+            at += chunkHead + std::int64_t(getLittle(head + 4, 4));
+            if (at % 2 && readAt(file, at, head, 1) == 1 && head[0] == 0) at++; // may be padded
+        }
+        return at == fileSize;
     }
 
     void readLoops() {

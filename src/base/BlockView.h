@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/CStream.h"
+#include "base/LoadBudget.h"
 
 #include <algorithm>
 
@@ -39,7 +40,7 @@ inline bool readBlockHead(BlockView& view, CStr& name, int& size) {
 
 /// Hands each block from where `stream` stands to `end`, or to the end of the stream if that comes
 /// first, to `take(name, body)`, which need not read all of it. A head that does not fit ends the
-/// walk. The stream stands at `end` then, wherever its own end is.
+/// walk, and is noted as damage. The stream stands at `end` then, wherever its own end is.
 template <class Take>
 void eachBlock(CStream* stream, int64_t end, Take&& take) {
     BlockView view(stream, std::min(end, stream->getSize()));
@@ -51,5 +52,6 @@ void eachBlock(CStream* stream, int64_t end, Take&& take) {
         take(name, body);
         stream->seek(next, seekStart);
     }
+    if (view.left() > 0) LoadBudget::noteDamage();
     stream->seek(end, seekStart);
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 BufferedView::BufferedView(CStream* parent, int64_t last)
     : from(parent), begin(parent->getPos()), end(std::min(last, parent->getSize())),
@@ -13,6 +14,7 @@ BufferedView::BufferedView(CStream* parent, int64_t last)
 int BufferedView::read(void* to, int bytes) {
     auto* target = static_cast<unsigned char*>(to);
     int done = 0;
+    bytes = int(std::clamp<int64_t>(end - windowAt - used, 0, bytes));
     while (done < bytes && (used < filled || fill())) {
         const int n = std::min(bytes - done, filled - used);
         std::memcpy(target + done, window + used, size_t(n));
@@ -30,6 +32,10 @@ bool BufferedView::fill() {
     return filled > 0;
 }
 
+int64_t BufferedView::setEnd(int64_t position) {
+    return std::exchange(end, position);
+}
+
 int BufferedView::seek(int64_t offset, int whence) {
     const int64_t origin = whence == seekStart ? 0 : whence == seekEnd ? end : getPos();
     const int64_t wanted = std::clamp(origin + offset, begin, std::max(begin, end));
@@ -45,12 +51,12 @@ int BufferedView::pos() {
     return saturate(getPos());
 }
 
-bool BufferedView::readText(CStr& text) {
+bool BufferedView::readText(CStr& text, int longest) {
     constexpr int lengthBytes = int(sizeof(int));
     if (!has(lengthBytes)) return false;
     const int64_t at = getPos();
     const int length = readInt();
-    if (length < 0 || !has(length)) {
+    if (length < 0 || length > longest || !has(length)) {
         setPos(at);
         return false;
     }

@@ -2,6 +2,8 @@
 
 #include "base/CStream.h"
 
+#include <climits>
+
 /// The bytes of another stream up to a position, read ahead in pieces: for very many small reads.
 /// Positions are those of the other stream, which nobody else moves meanwhile.
 class BufferedView : public CStream {
@@ -17,8 +19,12 @@ public:
     int64_t getSize() override { return end; }
     bool eof() override { return getPos() >= end; }
     bool has(int64_t bytes) { return left() >= bytes; }
-    /// Reads a string; false, at the string's length, when it is negative or there are fewer bytes.
-    bool readText(CStr& text);
+    /// Has the view end at a position of it, for as long as a part of it is read, and returns where
+    /// it ended. Another call brings that back.
+    int64_t setEnd(int64_t position);
+    /// Reads a string; false, at the string's length, when it is negative or above `longest`, or
+    /// there are fewer bytes.
+    bool readText(CStr& text, int longest = INT_MAX);
     /// Moves the other stream to where the view stands.
     void leave() { from->setPos(getPos()); }
 

@@ -38,7 +38,18 @@ void LoadBudget::leaveOut(const char* kind) {
 
 bool LoadBudget::firstDamage() {
     if (!open) return true;
-    const bool first = !open->damaged;
-    open->damaged = true;
+    const bool first = !open->told;
+    open->told = true;
     return first;
+}
+
+void LoadBudget::noteDamage() {
+    if (open) open->noted = true;
+}
+
+bool LoadBudget::takeDamage() {
+    if (!open) return false;
+    const bool noted = open->noted;
+    open->noted = false;
+    return noted;
 }

@@ -25,16 +25,21 @@ public:
     /// Notes that an object of `kind` was left out for another reason.
     static void leaveOut(const char* kind);
 
-    /// Whether damage that is met now is the first of this file, and worth a box: it may have
+    /// Notes that what is being read is not as it says. Whoever reads the whole file tells it.
+    static void noteDamage();
+    /// Whether damage was noted since this was last asked.
+    static bool takeDamage();
+    /// Whether damage that is told now is the first of this file, and worth a box: it may have
     /// thousands. Yes while no budget is open.
     static bool firstDamage();
+    bool damaged() const { return told; } ///< some was told
 
     /// The kinds of which objects were left out, each once: "drums, inserts".
     const CStr& leftOut() const { return missing; }
 
 private:
     int64_t left;
-    bool damaged = false;
+    bool noted = false, told = false; ///< damage
     CStr missing;
     static LoadBudget* open;
 };

@@ -4,10 +4,12 @@
 #include "base/Numbers.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <dirent.h>
+#include <fcntl.h>
 #include <filesystem>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -127,6 +129,13 @@ bool isReadOnly(const CStr& path) {
     return false;
 }
 
+bool isProtected(const CStr& file) {
+    constexpr mode_t anyWrites = S_IWUSR | S_IWGRP | S_IWOTH;
+    struct stat info {};
+    if (stat(file.asChar(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
+    return !(info.st_mode & anyWrites) || access(file.asChar(), W_OK) != 0;
+}
+
 bool isWritable(const CStr& folder) {
     return folderExists(folder) && access(folder.asChar(), W_OK | X_OK) == 0;
 }
@@ -138,7 +147,7 @@ CStr absolutePath(const CStr& path) {
     return failed ? path : CStr(full.c_str());
 }
 
-bool sameFolder(const CStr& a, const CStr& b) {
+bool samePlace(const CStr& a, const CStr& b) {
     std::error_code failed;
     return addSep(a) == addSep(b) || fs::equivalent(asPath(a), asPath(b), failed);
 }
@@ -243,6 +252,29 @@ CStr getUniqueFilename(const CStr& stem, const CStr& ext, const CStr& folder) {
     for (int i = 1; fs::exists(fs::symlink_status(asPath(name), ignored)); ++i)
         name = start + asStr(i) + ext;
     return name;
+}
+
+CStr makeUniqueFile(const CStr& stem, const CStr& ext, const CStr& folder) {
+    constexpr int mostAttempts = 100; // somebody else may take the name at the same time
+    for (int i = 0; i < mostAttempts; ++i) {
+        CStr name = getUniqueFilename(stem, ext, folder);
+        const int fd = open(name.asChar(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (fd < 0 && errno == EEXIST) continue;
+        if (fd >= 0) close(fd);
+        return fd < 0 ? CStr() : name;
+    }
+    return "";
+}
+
+bool flushToDisk(const std::vector<CStr>& paths) {
+    bool good = true;
+    for (const CStr& path : paths) {
+        const int fd = open(path.asChar(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+        if (fd < 0) continue;
+        good = (fsync(fd) == 0 || errno == EINVAL || errno == EROFS) && good;
+        close(fd);
+    }
+    return good;
 }
 
 CStr getHomeFolder() {

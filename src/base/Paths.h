@@ -3,6 +3,7 @@
 #include "base/CStr.h"
 
 #include <cstdint>
+#include <vector>
 
 class CStringList;
 
@@ -34,8 +35,10 @@ bool isReadOnly(const CStr& path);
 bool isWritable(const CStr& folder); ///< new files can be made there
 /// The path from the root on, without ".", ".." and the folder that the program was started in.
 CStr absolutePath(const CStr& path);
-/// Whether two paths lead to one folder. What is not there is compared by its name.
-bool sameFolder(const CStr& a, const CStr& b);
+/// Whether two paths lead to one folder or file. What is not there is compared by its name.
+bool samePlace(const CStr& a, const CStr& b);
+/// Somebody took care that it is not written to, though that might be possible.
+bool isProtected(const CStr& file);
 /// Below /media or /run/media, or on a device that says so; false when that cannot be told.
 bool isRemovable(const CStr& path);
 bool isFolderEmpty(const CStr& path);  ///< a missing one is
@@ -57,6 +60,12 @@ bool hasFileExt(const CStr& name, const CStr& filter, bool& any);
 /// The first name in a folder that is free: `stem` and `ext`, from the second on with a number from
 /// 1 between them.
 CStr getUniqueFilename(const CStr& stem, const CStr& ext, const CStr& folder);
+
+/// The same, and makes the file, empty, so that nobody else takes the name. Empty if that fails.
+CStr makeUniqueFile(const CStr& stem, const CStr& ext, const CStr& folder);
+/// Brings to the disk what was written to files or folders by whomever; false if one of them could
+/// not be brought there. What is not there counts as done.
+bool flushToDisk(const std::vector<CStr>& paths);
 
 CStr getHomeFolder(); ///< the environment's HOME, else that of the account
 CStr getUserFolder(); ///< ".Sondrava" at home, made when missing; empty if it cannot be

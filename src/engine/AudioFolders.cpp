@@ -76,7 +76,7 @@ CStr AudioFolders::requireSampleFilename(const CStr& like, bool* inTemp) {
 
 bool AudioFolders::inAudioFolder(const CStr& file) {
     const CStr folder = getAudioFolder(false, false, false);
-    return folderExists(folder) && sameText(extractFilePath(file), addSep(folder));
+    return folderExists(folder) && samePlace(extractFilePath(file), folder);
 }
 
 CStr AudioFolders::deletablePath(const CStr& file) {

@@ -26,8 +26,8 @@ public:
     /// A free name for a new file, with stem and extension of `like`; empty without a folder.
     CStr requireSampleFilename(const CStr& like, bool* inTemp);
 
-    /// Whether a file lies right in the project's audio folder, as a user reads it: case does not
-    /// count. False while the folder does not exist.
+    /// Whether a file lies right in the project's audio folder, by whatever way its path leads
+    /// there. False while the folder does not exist.
     bool inAudioFolder(const CStr& file);
     /// The path of a file, free of links, that may be deleted: a plain one right in the audio or
     /// temp folder, whose path is written exactly as that of the folder. Else empty.

@@ -315,7 +315,7 @@ void CQV::emptyProject() {
     id = "sondrava";
     audioFolder = "";
     playing = 0;
-    modified = false;
+    modified = damaged = false;
     masterSeq = nullptr;
     setPosNow(0.0);
     undoClear();

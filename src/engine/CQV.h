@@ -54,6 +54,7 @@ public:
     bool renderDry = false, renderFreeze = false;
     Shared<int64_t> framesPlayed{0}; ///< since position 0
     Shared<bool> modified{false}, transportChanged{false};
+    bool damaged = false;        ///< the project's file has more than could be read of it
     Shared<unsigned> changes{0}; ///< counts the calls of `setModified`
     float* tmpBuffers[4] = {};   ///< owned, `frames` each; graph holder
     /// Room for source frames while they are rendered, of `sampleScratchBytes`; graph holder.

@@ -1,6 +1,7 @@
 #include "engine/SamplePool.h"
 
 #include "audiofiles/CSample.h"
+#include "base/CStream.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
@@ -13,9 +14,23 @@
 namespace {
 
 constexpr unsigned updatePool = 0x400000;
+constexpr const char* archiveText = "Copy to Audio Folder";
 
 CStr stemOf(const CStr& path) {
     return changeFileExt(extractFileName(path), "");
+}
+
+bool copyInBlocks(const CStr& from, const CStr& to, const SamplePool::CopyWatch& watch) {
+    constexpr int blockBytes = 1 << 18;
+    CFileStream in(from, 0), out(to, 1);
+    if (!in.isOpen() || !out.isOpen()) return false;
+    std::vector<char> block(blockBytes);
+    while (in.left() > 0) {
+        const int n = in.read(block.data(), blockBytes);
+        if (n < 1 || out.write(block.data(), n) < n) return false;
+        if (watch) watch(in.getPos(), in.getSize());
+    }
+    return out.flush();
 }
 
 /// A thread that works out of turn may still be drawing its image.
@@ -110,31 +125,55 @@ bool SamplePool::sampleArchived(const CSample* sample) {
            inAudioFolder(sample->filename);
 }
 
-bool SamplePool::copyToArchive(CSample* sample, const CStr& folder) {
+bool SamplePool::bringInto(CSample* sample, const CStr& folder, const CopyWatch& watch) {
     if (!folderExists(folder)) return false;
     const CStr old = sample->filename;
-    const CStr name = getUniqueFilename(stemOf(old), extractFileExt(old), folder);
-    if (!copyFile(old, name)) {
+    const CStr name = makeUniqueFile(stemOf(old), extractFileExt(old), folder);
+    if (name.empty()) return false;
+    if (!copyInBlocks(old, name, watch)) {
         ::unlink(name.asChar());
-        showMsg(nullptr, "Error", "Copy to Audio Folder");
         return false;
     }
+    // Whoever plays the sample goes on with the old file, which stays open.
     sample->filename = name;
     sample->cached = false;
     if (!sample->keep && sample->ownsFile) sampleManager.moveToTrash(old);
     return true;
 }
 
+bool SamplePool::copyToArchive(CSample* sample, const CStr& folder) {
+    if (!folderExists(folder)) return false;
+    const bool copied = bringInto(sample, folder);
+    if (!copied) tellNotCopied(archiveText, {sample});
+    return copied;
+}
+
 void SamplePool::archiveAllSamles() {
     const CStr folder = getAudioFolder(true, false, false);
     if (!folderExists(folder)) return;
     bool changed = false;
+    std::vector<const CSample*> left;
     for (auto* sample : each<CSample>(samples)) {
         // What is not streamed is stored in the project's file; a take is still growing.
         if (!sample->streamed || sample->takePending || sampleArchived(sample)) continue;
-        if (copyToArchive(sample, folder)) changed = true;
+        if (bringInto(sample, folder))
+            changed = true;
+        else
+            left.push_back(sample);
     }
     if (changed) host->update(updatePool);
+    tellNotCopied(archiveText, left);
+}
+
+void tellNotCopied(CStr text, const std::vector<const CSample*>& samples) {
+    constexpr size_t mostNames = 8;
+    if (samples.empty()) return;
+    text += "\nNot copied, and still used where they are:";
+    for (size_t i = 0; i < samples.size() && i < mostNames; ++i)
+        text += "\n" + samples[i]->filename;
+    if (samples.size() > mostNames)
+        text += "\nand " + asStr(int(samples.size() - mostNames)) + " more";
+    showMsg(nullptr, "Error", text);
 }
 
 bool SamplePool::deleteSampleFromDisk(CSample* sample) {
@@ -187,7 +226,7 @@ int nomNotArchived(CQV* host) {
     int count = 0;
     for (const auto* sample : each<CSample>(host->samples))
         if (sample->streamed && fileExists(sample->filename) &&
-            !sameText(extractFilePath(sample->filename), folder))
+            !samePlace(extractFilePath(sample->filename), folder))
             ++count;
     return count;
 }

@@ -5,7 +5,9 @@
 #include "engine/AudioFolders.h"
 #include "engine/CSampleManager.h"
 
+#include <cstdint>
 #include <functional>
+#include <vector>
 
 class CQV;
 class CSample;
@@ -43,8 +45,12 @@ public:
 
     /// Streamed, and its file lies in the audio folder of a saved project.
     bool sampleArchived(const CSample* sample);
-    /// Copies the file into `folder` under a free name, which the sample then bears. On failure
-    /// "Copy to Audio Folder" is shown, nothing stays behind, and it keeps the old one.
+    /// Told the bytes that are done, and their number.
+    using CopyWatch = std::function<void(int64_t done, int64_t bytes)>;
+    /// Copies the file into `folder` under a free name, which the sample then bears. False, nothing
+    /// stays behind, and it keeps the old one, if that fails.
+    bool bringInto(CSample* sample, const CStr& folder, const CopyWatch& watch = {});
+    /// The same with a message.
     bool copyToArchive(CSample* sample, const CStr& folder);
     /// Has all of the pool in the audio folder, which is made if there is none.
     void archiveAllSamles();
@@ -71,6 +77,9 @@ private:
     void keepFile(const CStr& name);
     void removeSample(CSample* sample);
 };
+
+/// Shows `text` and which samples could not be copied, in one message; nothing without any.
+void tellNotCopied(CStr text, const std::vector<const CSample*>& samples);
 
 /// Streamed samples of the pool whose file exists outside the audio folder that the project has, or
 /// would get; 0 while it is unsaved.

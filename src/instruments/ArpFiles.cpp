@@ -99,6 +99,7 @@ void ArpContent::read(CStream* stream, int64_t end) {
         }
         stream->setPos(next);
     }
+    if (view.left() > 0) LoadBudget::noteDamage();
     stream->setPos(end);
 }
 

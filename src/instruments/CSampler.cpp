@@ -217,6 +217,7 @@ void CSampler::writeToStream(CStream* stream, CSynthProg* prog) {
 }
 
 void CSampler::complain(const SamplerContent& content) {
+    if (content.cutOff) LoadBudget::noteDamage();
     if (content.badBlock.empty()) return;
     const CStr title = CStr("Error reading ") + id;
     const CStr text =

@@ -48,6 +48,7 @@ public:
 protected:
     CQV* host;
     bool ended = false; ///< nothing more is to be read
+    bool full = false;  ///< something had no room, which is no damage
 
     /// False when the block is damaged. Unknown ones are skipped.
     virtual bool readBlock(const CStr& name, CStream& body);
@@ -62,7 +63,6 @@ private:
     CLayer* layer = nullptr;
     CSound* sound = nullptr;
     int soundCount = 0;
-    bool full = false;                     ///< something had no room, which is no damage
     std::vector<CSampleClip*> clipByIndex; ///< null for those refused
 
     void readHeadBlock(const CStr& name, CStream& body);

@@ -6,17 +6,19 @@
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
+#include "project/ProjectAudio.h"
 #include "project/ProjectFile.h"
 #include "project/ProjectUi.h"
 #include "project/ProjectWriter.h"
 
 #include <algorithm>
+#include <vector>
 
 /// Brings a finished copy to the disk.
 class AutoSave::Writer : public CThread {
 public:
-    Writer(RecoveryFile& to, const CMemoryStream& from, int begun)
-        : file(to), content(from), startedAt(begun) {}
+    Writer(RecoveryFile& to, const CMemoryStream& from, std::vector<CStr> needed, int begun)
+        : file(to), content(from), audio(std::move(needed)), startedAt(begun) {}
     ~Writer() override { waitFor(); }
     Writer(const Writer&) = delete;
     Writer& operator=(const Writer&) = delete;
@@ -26,6 +28,7 @@ public:
     Shared<int> tookMs{0};        ///< from the beginning of the copy to its end
 
     void execute() override {
+        flushToDisk(audio);
         failed = !file.write(content);
         tookMs = asTimeInMS() - startedAt;
         done = true;
@@ -34,6 +37,7 @@ public:
 private:
     RecoveryFile& file;
     const CMemoryStream& content;
+    const std::vector<CStr> audio; ///< files that the copy refers to
     const int startedAt;
 };
 
@@ -83,8 +87,8 @@ void AutoSave::makeRoom() {
 }
 
 void AutoSave::begin() {
-    const CQV* host = project.host;
-    if (!(copiedProject == host->projectFile)) removeFile();
+    CQV* host = project.host;
+    if (!(copiedProject == host->projectFile)) supersede();
     if (!file) file = std::make_unique<RecoveryFile>(host->projectFile);
     copiedProject = host->projectFile;
     copied = host->changes;
@@ -92,7 +96,8 @@ void AutoSave::begin() {
     content.clear(); // its memory is used again
     project.ui->gatherWindows();
     writeProject(project, &content);
-    writer = std::make_unique<Writer>(*file, content, startedAt);
+    RecoveryFile::writeMark(&content, host->projectFile, host->damaged);
+    writer = std::make_unique<Writer>(*file, content, freshAudio(host), startedAt);
     writer->start();
 }
 
@@ -102,9 +107,21 @@ void AutoSave::finishWriter(int now) {
     const bool failed = writer->failed, unwanted = writer->unwanted;
     writer.reset();
     if (unwanted) return removeFile();
-    if (!failed) return;
-    copied.reset();
-    setStatus("The copy against a crash could not be written");
+    if (failed) {
+        copied.reset();
+        setStatus("The copy against a crash could not be written");
+    } else if (former) {
+        former->remove();
+        former.reset();
+    }
+}
+
+void AutoSave::supersede() {
+    if (file && !file->path().empty()) {
+        if (former) former->remove(); // what it has is older
+        former = std::move(file);
+    }
+    file.reset();
 }
 
 void AutoSave::discard() {
@@ -118,8 +135,10 @@ void AutoSave::discard() {
 }
 
 void AutoSave::removeFile() {
-    if (file) file->remove();
-    file.reset();
+    for (auto* copy : {&file, &former}) {
+        if (*copy) (*copy)->remove();
+        copy->reset();
+    }
     lastEnd.reset();
 }
 
@@ -145,6 +164,7 @@ LoadResult openRecovery(const Project& project, const CStr& copy, const CStr& pr
     const LoadResult result = loadFromStream(project, &file);
     if (result == LoadResult::notProject) host->projectFile = before;
     if (result == LoadResult::good) {
+        adoptTempAudio(host);
         host->updatePeaks();
         host->setModified();
     }

@@ -43,20 +43,23 @@ private:
 
     Project project;
     std::unique_ptr<RecoveryFile> file; ///< null while there is no copy
-    CStr copiedProject;                 ///< that `file` was made for
-    CMemoryStream content;              ///< the latest copy; the writer's as long as there is one
-    CStr roomProject;                   ///< that `room` was told for
-    int64_t room = 0;                   ///< bytes that a copy will need, as its file has them
-    std::unique_ptr<Writer> writer;     ///< null while nothing is being written
-    std::optional<unsigned> copied;     ///< `CQV::changes` that the latest copy has
-    std::optional<int> lastEnd;         ///< when that was finished
-    int lastMs = 0;                     ///< how long it took
+    /// The copy under a name that the project had before; until there is one under the present.
+    std::unique_ptr<RecoveryFile> former;
+    CStr copiedProject;             ///< that `file` was made for
+    CMemoryStream content;          ///< the latest copy; the writer's as long as there is one
+    CStr roomProject;               ///< that `room` was told for
+    int64_t room = 0;               ///< bytes that a copy will need, as its file has them
+    std::unique_ptr<Writer> writer; ///< null while nothing is being written
+    std::optional<unsigned> copied; ///< `CQV::changes` that the latest copy has
+    std::optional<int> lastEnd;     ///< when that was finished
+    int lastMs = 0;                 ///< how long it took
 
     bool isDue(int now) const;
     void begin();
     void makeRoom();
     void finishWriter(int now);
     void settle(); ///< waits for the writer
+    void supersede();
     void removeFile();
 };
 

@@ -70,6 +70,7 @@ CPart* dropClip(ClipContent& clip, CSeq* seq, CSongTrack* onto, int tick, CUndo*
     if (!prog || !clip.part) return nullptr;
     if (!onto || !onto->acceptPart(clip.part.get()))
         onto = seq->addTrack(trackKindOf(clip.part.get()), prog, undo);
+    if (!onto) return nullptr;
     if (clip.part->type == partDrum && !takeDrums(clip, seq, onto->track, undo)) return nullptr;
     if (clip.part->type == partAudio) takeSamples(clip, seq->host, undo);
     if (clip.part->type == partMIDI) takeDevices(clip, onto->track, undo);

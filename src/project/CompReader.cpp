@@ -1,5 +1,6 @@
 #include "project/CompReader.h"
 
+#include "base/BlockSearch.h"
 #include "base/LoadBudget.h"
 #include "base/Numbers.h"
 #include "engine/CKeptComp.h"
@@ -100,6 +101,10 @@ bool CompReader::readItem(const CStr& id, ItemView& item) {
     else
         item.skipRest();
     return true;
+}
+
+void CompReader::addNames(BlockNames& names) {
+    for (const Kind& kind : kinds) names.add(kind.id);
 }
 
 /// Where a component of a file goes, null for nowhere; but for the host it is a new one.

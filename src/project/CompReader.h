@@ -2,6 +2,7 @@
 
 #include "project/GraphIndex.h"
 
+class BlockNames;
 class ItemView;
 struct CompHead;
 
@@ -21,6 +22,8 @@ public:
 
     /// Reads one item; false when it is none of a component.
     bool readItem(const CStr& id, ItemView& item);
+
+    static void addNames(BlockNames& names); ///< those of its items
 
     CComp* current() const { return io ? io->comp : nullptr; }
     std::vector<CStr> notLoaded; ///< names of plug-ins that this program has not got

@@ -15,9 +15,15 @@ LoadResult loadFromStream(const Project& project, CStream* stream);
 LoadResult openProject(const Project& project, const CStr& path, bool remember);
 
 /// Saves under a name, which becomes the project's. The file that was there is replaced only once
-/// the new one is on the disk, and stays as "name.qv~"; the project counts as unmodified then.
-/// False after a message: the old file is untouched, and so are the changes.
+/// the new one is on the disk, with the audio that it refers to, and stays as "name.qv~"; the
+/// project counts as unmodified then. False after a message: the old file is untouched, and so are
+/// the changes.
+///
+/// A file that is write-protected is replaced only after a question, and so is the project's own
+/// when it was read with damage; that one stays as "name.damaged.qv".
 bool saveProject(const Project& project, const CStr& path);
 /// The same in another folder: the audio folder there gets copies of all samples that the project
 /// needs to have with it.
 bool saveProjectAs(const Project& project, const CStr& path);
+/// Writes the project into another file, and nothing else: it keeps its name and its changes.
+bool saveCopy(const Project& project, const CStr& path);

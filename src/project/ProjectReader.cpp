@@ -1,5 +1,6 @@
 #include "project/ProjectReader.h"
 
+#include "base/BlockSearch.h"
 #include "base/LoadBudget.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
@@ -62,15 +63,17 @@ private:
     CStream* stream;
     GraphIndex index;
     CompReader comps;
+    const BlockNames known = allNames();
     CableReader cables{index};
     CStr id; ///< of the item at hand
     int size = 0;
     LoadBudget budget;
     bool sawSamples2 = false;
+    bool sourceDamaged = false; ///< the project that this is a copy of was read with damage
     int shownPercent = -1;
 
-    bool readHead();
-    void readItem();
+    static BlockNames allNames();
+    void readItem(const BlockStart& start);
     void dispatch(ItemView& item);
     void complain();
     CStr name() const;
@@ -103,6 +106,7 @@ private:
     void map(ItemView& item);
     void currentMap(ItemView& item) { host->curMap = item.readInt(); }
     void mapEditor(ItemView& item) { readEditorStruct(item, host->mapStruct); }
+    void recoveryCopy(ItemView& item);
 };
 
 const Reading::Kind Reading::kinds[] = {
@@ -128,42 +132,52 @@ const Reading::Kind Reading::kinds[] = {
     {"cmi", &Reading::currentMap},
     {"cmed", &Reading::mapEditor},
     {"modsb", &Reading::sidebar},
+    {"recovery", &Reading::recoveryCopy},
 };
 
 // The walk through the file.
 
+BlockNames Reading::allNames() {
+    BlockNames made;
+    for (const Kind& kind : kinds) made.add(kind.id);
+    CompReader::addNames(made);
+    return made;
+}
+
 void Reading::readItems() {
-    while (stream->left() > 0 && readHead()) readItem();
+    while (stream->left() > 0) {
+        const int64_t at = stream->getPos();
+        BlockStart start;
+        if (known.readStart(*stream, start) || !start.name.empty()) {
+            readItem(start);
+        } else {
+            complain();
+            stream->setPos(known.find(*stream, at + 1));
+        }
+    }
 }
 
-/// False at the end, also where a file ends in the middle of a head.
-bool Reading::readHead() {
-    constexpr int64_t wordBytes = sizeof(int);
-    if (stream->left() < 2 * wordBytes) return false;
-    const int64_t start = stream->getPos();
-    const int length = stream->readInt();
-    if (length > stream->left() - wordBytes) return false;
-    stream->setPos(start);
-    id = stream->readStr();
-    size = stream->readInt();
-    return true;
-}
-
-void Reading::readItem() {
+void Reading::readItem(const BlockStart& start) {
+    id = start.name;
+    size = start.size;
     showProgress();
     if (size < 0) {
         showMsg(nullptr, "Error",
                 CStr("Block size error: '") + name() + "' (" + asStr(size) + ").");
         throw BadProject();
     }
-    const int64_t end = stream->getPos() + size;
+    int64_t end = start.body + size;
     if (end > std::min<int64_t>(stream->getSize(), std::numeric_limits<int>::max())) {
         complain();
         throw BadProject();
     }
-    ItemView item(stream, size);
+    const bool fits = known.isAt(*stream, end);
+    if (!fits) end = known.find(*stream, start.body);
+    stream->setPos(start.body);
+    ItemView item(stream, end - start.body);
     dispatch(item);
-    if (!item.exact()) complain();
+    const bool noted = LoadBudget::takeDamage();
+    if (noted || !fits || start.damaged || !item.exact()) complain();
     stream->setPos(end);
 }
 
@@ -258,6 +272,12 @@ void Reading::map(ItemView& item) {
         item.skipRest();
 }
 
+/// The name of its project is asked for where copies are looked for.
+void Reading::recoveryCopy(ItemView& item) {
+    item.readStr();
+    sourceDamaged = item.readInt() != 0;
+}
+
 // What follows the last item.
 
 void Reading::finish() {
@@ -279,6 +299,7 @@ void Reading::finish() {
     if (project.mixer->progs.empty()) project.mixer->init();
     warnOfMissing();
     warnOfLeftOut();
+    host->damaged = sourceDamaged || budget.damaged() || !budget.leftOut().empty();
 }
 
 void Reading::fillDevices() {

@@ -17,7 +17,8 @@
 
 namespace {
 
-constexpr const char *ext = ".recovery", *projectExt = ".qv";
+constexpr const char *ext = ".recovery", *projectExt = ".qv", *asideExt = ".qv~";
+constexpr const char* markName = "recovery";
 constexpr int mostCopies = 16; ///< of one project
 constexpr mode_t onlyMine = 0600;
 
@@ -48,15 +49,30 @@ int openLocked(const CStr& path, int flags, struct stat& info) {
     return -1;
 }
 
-void addLeft(std::vector<LeftCopy>& list, const CStr& projectFile) {
+/// Whose copy a file is by its mark; empty without one.
+CStr markedProject(const CStr& path) {
+    CFileStream file(path, 0);
+    file.readStr();
+    while (file.left() > 0) {
+        const CStr name = file.readStr();
+        const int size = file.readInt();
+        if (size < 0 || name.empty()) return "";
+        if (name == markName) return file.readStr();
+        file.setPos(size, seekCurrent);
+    }
+    return "";
+}
+
+void addLeft(std::vector<LeftCopy>& list, const CStr& place) {
     for (int i = 0; i < mostCopies; ++i) {
         struct stat info {
         }, saved{};
-        const CStr path = nameOf(projectFile, i);
+        const CStr path = nameOf(place, i);
         const int fd = openLocked(path, O_RDONLY, info);
         if (fd < 0) continue;
         ::close(fd);
         if (info.st_size == 0) continue; // a name that was taken, and no more
+        const CStr projectFile = place.empty() ? markedProject(path) : place;
         const bool outdated =
             ::stat(projectFile.asChar(), &saved) == 0 && saved.st_mtime > info.st_mtime;
         list.push_back({path, projectFile, info.st_mtime, outdated});
@@ -69,26 +85,39 @@ CStr recoveryName(const CStr& projectFile) {
     return nameOf(projectFile, 0);
 }
 
-RecoveryFile::~RecoveryFile() {
-    release();
+void RecoveryFile::writeMark(CStream* stream, const CStr& projectFile, bool damaged) {
+    stream->writeId(markName, projectFile.length() + 2 * int(sizeof(int)));
+    stream->writeStr(projectFile);
+    stream->writeInt(damaged);
 }
 
-void RecoveryFile::release() {
-    if (lock >= 0) ::close(lock);
-    lock = -1;
-    name = "";
+RecoveryFile::~RecoveryFile() {
+    release(held);
+}
+
+void RecoveryFile::release(Place& place) {
+    if (place.lock >= 0) ::close(place.lock);
+    place = Place();
+}
+
+void RecoveryFile::remove(Place& place) {
+    if (!place.name.empty()) ::unlink(place.name.asChar());
+    release(place);
+}
+
+void RecoveryFile::remove() {
+    remove(held);
 }
 
 /// A file with content that nobody holds was left by a crash: it waits for the user.
-bool RecoveryFile::claim(const CStr& projectFile) {
+bool RecoveryFile::claim(Place& place, const CStr& projectFile) {
     for (int i = 0; i < mostCopies; ++i) {
         struct stat info {};
         const CStr path = nameOf(projectFile, i);
         const int fd = openLocked(path, O_RDWR | O_CREAT, info);
         if (fd < 0) continue;
         if (info.st_size == 0) {
-            name = path;
-            lock = fd;
+            place = {path, fd};
             return true;
         }
         ::close(fd);
@@ -97,15 +126,26 @@ bool RecoveryFile::claim(const CStr& projectFile) {
 }
 
 bool RecoveryFile::write(const CMemoryStream& content) {
-    if (name.empty() && !claim(project) && !claim("")) return false;
-    if (replace(content)) return true;
-    if (getFileSize(name) == 0) remove(); // a name that stands for nothing
-    return false;
+    if (held.name.empty() && moveTo(project, content)) return true;
+    return (!held.name.empty() && replace(held, content)) || moveTo("", content);
+}
+
+/// Takes another name; the one before is given up once there is a copy under the new one.
+bool RecoveryFile::moveTo(const CStr& projectFile, const CMemoryStream& content) {
+    Place place;
+    if (!claim(place, projectFile)) return false;
+    if (!replace(place, content)) {
+        remove(place);
+        return false;
+    }
+    remove(held);
+    held = place;
+    return true;
 }
 
 /// The new file is locked before it gets its name, and the old one let go afterwards.
-bool RecoveryFile::replace(const CMemoryStream& content) {
-    SafeFile file(name);
+bool RecoveryFile::replace(Place& place, const CMemoryStream& content) {
+    SafeFile file(place.name);
     CFileStream* to = file.stream();
     if (!to) return false;
     const int next = ::fcntl(fileno(to->file), F_DUPFD_CLOEXEC, 0);
@@ -115,8 +155,8 @@ bool RecoveryFile::replace(const CMemoryStream& content) {
         ::close(next);
         return false;
     }
-    ::close(lock);
-    lock = next;
+    ::close(place.lock);
+    place.lock = next;
     return true;
 }
 
@@ -124,15 +164,9 @@ bool RecoveryFile::takeOver(const CStr& path) {
     struct stat info {};
     const int fd = openLocked(path, O_RDWR, info);
     if (fd < 0) return false;
-    release();
-    lock = fd;
-    name = path;
+    release(held);
+    held = {path, fd};
     return true;
-}
-
-void RecoveryFile::remove() {
-    if (!name.empty()) ::unlink(name.asChar());
-    release();
 }
 
 std::vector<LeftCopy> leftCopies(const CStringList& projects) {
@@ -150,7 +184,14 @@ std::vector<LeftCopy> leftCopies(const CStringList& projects) {
 }
 
 bool setAside(const LeftCopy& left) {
+    constexpr int mostAttempts = 100; // somebody else may take the name at the same time
     RecoveryFile file(left.projectFile);
-    return file.takeOver(left.path) &&
-           std::rename(left.path.asChar(), (left.path + "~").asChar()) == 0;
+    if (!file.takeOver(left.path)) return false;
+    for (int i = 0; i < mostAttempts; ++i) {
+        const CStr name = getUniqueFilename(changeFileExt(left.path, ""), asideExt, "");
+        if (::link(left.path.asChar(), name.asChar()) == 0)
+            return ::unlink(left.path.asChar()) == 0;
+        if (errno != EEXIST) return std::rename(left.path.asChar(), name.asChar()) == 0;
+    }
+    return false;
 }

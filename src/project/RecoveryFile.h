@@ -6,6 +6,7 @@
 #include <vector>
 
 class CMemoryStream;
+class CStream;
 class CStringList;
 
 /// The copy of a project on the disk that this session keeps against a crash. As long as the object
@@ -19,24 +20,35 @@ public:
     RecoveryFile(const RecoveryFile&) = delete;
     RecoveryFile& operator=(const RecoveryFile&) = delete;
 
+    /// The item behind a project's own that makes it a copy: whose it is, and whether that was read
+    /// with damage. Programs that do not know it skip it.
+    static void writeMark(CStream* stream, const CStr& projectFile, bool damaged);
+
     /// Replaces the content in a single step. The first call takes a name: "name.recovery.qv"
     /// beside the project, "name.recovery1.qv" and so on when another session or a crash has left
-    /// a copy there, or "unsaved.recovery.qv" in the folder of the settings when the project has no
-    /// file, or lies where nothing can be written. False if it could not be written; what was
-    /// there before stays then.
+    /// a copy there. A project without a file, or one that lies where nothing can be written any
+    /// more, has "unsaved.recovery.qv" in the folder of the settings. False if it could not be
+    /// written there either; what was there before stays then.
     bool write(const CMemoryStream& content);
     /// Takes over what a crash has left; false when it is gone or in the hands of another session.
     bool takeOver(const CStr& path);
     void remove();
-    const CStr& path() const { return name; } ///< empty while there is none
+    const CStr& path() const { return held.name; } ///< empty while there is none
 
 private:
-    CStr project, name;
-    int lock = -1; ///< descriptor of the file that stands under `name`
+    /// A name that no other session uses.
+    struct Place {
+        CStr name;
+        int lock = -1; ///< descriptor of the file that stands under it
+    };
+    const CStr project;
+    Place held;
 
-    bool claim(const CStr& projectFile);
-    bool replace(const CMemoryStream& content);
-    void release();
+    static bool claim(Place& place, const CStr& projectFile);
+    static bool replace(Place& place, const CMemoryStream& content);
+    static void release(Place& place);
+    static void remove(Place& place);
+    bool moveTo(const CStr& projectFile, const CMemoryStream& content);
 };
 
 /// A copy that a crash has left.
@@ -52,6 +64,7 @@ CStr recoveryName(const CStr& projectFile);
 /// What crashes have left of projects that were never saved, of the one that was used last, and of
 /// those in `projects`; the latest first. Copies of sessions that still run are not among them.
 std::vector<LeftCopy> leftCopies(const CStringList& projects);
-/// Puts a copy that is not wanted out of the way, under its name and "~": it is not listed again,
-/// and nothing is lost. False when it is gone or in the hands of another session.
+/// Puts a copy that is not wanted out of the way, under its name and "~", or one with a number when
+/// there is such a file: it is not listed again, and nothing is lost. False when it is gone or in
+/// the hands of another session.
 bool setAside(const LeftCopy& left);

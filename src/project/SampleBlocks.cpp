@@ -1,10 +1,10 @@
 #include "project/SampleBlocks.h"
 
 #include "audiofiles/CSample.h"
+#include "base/FolderTest.h"
 #include "base/LoadBudget.h"
 #include "base/Numbers.h"
 #include "base/OpenBlock.h"
-#include "base/Paths.h"
 #include "engine/CQV.h"
 #include "project/ItemView.h"
 
@@ -22,10 +22,9 @@ enum Storage : int { storageMemory = 0, storageFile = 1 };
 constexpr unsigned char placeAudioFolder = 0, placeFullPath = 0xFF;
 constexpr float usualRate = 44100.0f, highestRate = 384000.0f;
 
-/// By its name alone, since the file may be missing.
-bool belongsToAudioFolder(const CSample* sample, CQV* host) {
-    if (host->audioFolder.empty() || host->projectFile.empty()) return false;
-    return sameText(extractFilePath(sample->filename), addSep(host->expectedAudioFolder()));
+/// The folder whose files are told by their names alone, as they may be missing; empty without one.
+CStr ownFolder(const CQV* host) {
+    return host->audioFolder.empty() ? CStr() : host->expectedAudioFolder();
 }
 
 void writeFormat(CStream* stream, const CSample* sample, Storage storage) {
@@ -58,11 +57,11 @@ Storage storageOf(const CSample* sample) {
     return sample->streamed ? storageFile : storageMemory;
 }
 
-void writeRecord2(CStream* stream, const CSample* sample, CQV* host) {
+void writeRecord2(CStream* stream, const CSample* sample, FolderTest& own) {
     if (!sample->streamed) return writeWithFrames(stream, sample);
     writeFormat(stream, sample, storageFile);
     stream->writeByte(sample->fixedPitch ? 1 : 0);
-    stream->writeByte(belongsToAudioFolder(sample, host) ? placeAudioFolder : placeFullPath);
+    stream->writeByte(own.holds(sample->filename) ? placeAudioFolder : placeFullPath);
 }
 
 void writeRecord(CStream* stream, const CSample* sample) {
@@ -131,6 +130,7 @@ bool readRecord2(ItemView& item, CQV* host) {
         const bool inside = item.readByte() == placeAudioFolder;
         if (!item.tooShort) openFile(*record.sample, inside, host);
     } else if (record.storage == storageMemory && !readFrames(item, *record.sample)) {
+        LoadBudget::noteDamage();
         item.skipRest();
         return false;
     }
@@ -183,7 +183,8 @@ std::unique_ptr<CSample> readWithFrames(ItemView& item) {
 void writeSamples2(CStream* stream, CQV* host) {
     const OpenBlock block(stream, "samples2");
     stream->writeInt(host->samples.getCount());
-    for (const auto* sample : each<CSample>(host->samples)) writeRecord2(stream, sample, host);
+    FolderTest own(ownFolder(host));
+    for (const auto* sample : each<CSample>(host->samples)) writeRecord2(stream, sample, own);
 }
 
 void writeSamples(CStream* stream, CQV* host) {

@@ -47,7 +47,7 @@ bool CRecThread::lacksFile() const {
 void CRecThread::make(RecFile& file) {
     if (file.state != RecFile::waiting) return;
     CSample* sample = file.sample;
-    const CStr name = getUniqueFilename("rec", ".wav", folder);
+    const CStr name = folder.empty() ? CStr() : makeUniqueFile("rec", ".wav", folder);
     if (!name.empty()) {
         sample->cached = cached;
         sample->create(name);

@@ -151,8 +151,11 @@ public:
     // Tracks.
     /// A new track of that kind, with ports, channels, cables and lanes, at an index of `tracks`,
     /// -1 the end. By the step, or at once under the graph hold. Gives its song track of `prog`,
-    /// which may be a program that is not linked yet.
+    /// which may be a program that is not linked yet. Without room for it null, after a message.
     CSongTrack* addTrack(int kind, CSeqProg* prog, CUndo* undo, int index = -1);
+    /// Whether a file can hold the cables of one more track of a kind, besides those that an open
+    /// step is about to add: it numbers the ports and channels of a song by a byte.
+    bool hasTrackRoom(int kind, const CUndo* undo = nullptr) const;
     /// Records that a track leaves, with everything that belongs to it. A take on it ends before.
     void removeTrack(CTrack* track, CUndo* undo);
     /// The kind's word, "-", and a number that no track bears yet, nor one that the step adds.

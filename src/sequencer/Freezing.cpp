@@ -244,6 +244,8 @@ RenderResult bounceToNewTrack(CSeq* seq, int rangeMode, RenderUi* ui) {
     const RenderSpan span = renderSpan(render, seq);
     if (!host->getAudioOut() || span.from >= span.to)
         return fail(RenderResult::nothing, renderTitle, "Nothing to render");
+    if (!seq->hasTrackRoom(trackAudio))
+        return fail(RenderResult::nothing, "Error", "Too many tracks");
     bool inTemp = false;
     const CStr path = host->requireSampleFilename("render.wav", &inTemp);
     auto file = path.empty() ? nullptr : newFile(path, render.rate, host->recBits);

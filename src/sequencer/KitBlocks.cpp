@@ -189,7 +189,7 @@ CTrack* KitReader::openTrack(CTrack* next) {
 void KitReader::read(const char* block, CStream& body) {
     const bool one = CStr(block) == "sound";
     if (one) openTrack(track);
-    readBlock(block, body);
+    if (!readBlock(block, body) && !full) LoadBudget::noteDamage();
 }
 
 void KitReader::giveClips() {
@@ -201,7 +201,9 @@ std::unique_ptr<CSound> KitReader::newSound(int kind) {
     CLayer* drums = track ? track->drumLayer() : nullptr;
     if (kind != typeWavSound || !drums) return nullptr;
     const size_t most = drums->sounds.getCount() < mostDrums ? mostSounds : 0;
-    if (!LoadBudget::take("drums", drumBytes, size_t(sounds), most)) return nullptr;
+    const bool room = LoadBudget::take("drums", drumBytes, size_t(sounds), most);
+    full = full || !room;
+    if (!room) return nullptr;
     return std::make_unique<CDrumSound>(drums, host, seq);
 }
 

@@ -17,7 +17,6 @@
 
 namespace {
 
-constexpr int maxImportTracks = 512;
 constexpr int maxMetaText = 4096;
 constexpr int maxDenPower = 7;
 constexpr int varLenBytes = 4;
@@ -89,7 +88,7 @@ private:
     void linkPoints();
     void assignChannels();
     /// All that follows has to share the last track and part.
-    bool full() const { return int(usedTracks.size()) >= maxImportTracks; }
+    bool full() { return filled = filled || !seq->hasTrackRoom(trackMIDI, undo); }
 
     struct Pending {
         CMIDIEvent* event;
@@ -113,11 +112,14 @@ private:
     int tick = 0;
     int64_t carried = 0; ///< delta of skipped system events
     int running = 0;
-    int prefix = -1; ///< channel told before there was a track, -1 none
+    bool filled = false;  ///< the song takes no more tracks
+    bool crowded = false; ///< chunks had to share one
+    int prefix = -1;      ///< channel told before there was a track, -1 none
     CStr trackName;  ///< told for `songTrack`, empty without
 
-    CSongTrack* songTrack;     ///< that the present chunk goes to
-    CMIDIPart* part = nullptr; ///< linked when its chunk ends, the last of 512 at the very end
+    CSongTrack* songTrack; ///< that the present chunk goes to
+    CMIDIPart* part =
+        nullptr; ///< linked when its chunk ends, the last that has room at the very end
     EventCollector events;
     std::map<int, std::deque<Pending>> pending; ///< by status and note
     std::vector<CSongTrack*> usedTracks;
@@ -252,7 +254,7 @@ void Importer::readTempo() {
     if (ranOut || value == 0) return;
     constexpr double microsecondsPerMinute = 60e6;
     auto* point = new CTempoPart;
-    point->pos = position + tick;
+    point->pos = limitTicks(int64_t(position) + tick);
     point->setTempo(float(asRound(microsecondsPerMinute / value)));
     if (lastTempo && lastTempo->pos == point->pos && lastTempo->getTempo() == point->getTempo()) {
         delete point;
@@ -267,7 +269,7 @@ void Importer::readTimesig() {
     const int power = byte();
     if (ranOut) return;
     auto* point = new CTimesigPart;
-    point->pos = position + tick;
+    point->pos = limitTicks(int64_t(position) + tick);
     point->setTimesig(num, power > maxDenPower ? 4 : 1 << power);
     if (lastTimesig && lastTimesig->pos == point->pos && lastTimesig->getNum() == point->getNum() &&
         lastTimesig->getDen() == point->getDen()) {
@@ -334,7 +336,7 @@ void Importer::linkPart() {
 bool Importer::mustSplit() const {
     const bool told = std::ranges::find(channelTold, songTrack->track) != channelTold.end();
     return splits && channels.back().channel == -2 && !told &&
-           int(usedTracks.size()) + midiChannels <= maxImportTracks;
+           seq->hasTrackRoom(trackMIDI, undo, midiChannels);
 }
 
 /// The first channel keeps the track, each other one gets a track with a part as long.
@@ -380,6 +382,7 @@ bool Importer::readTrack(int64_t end) {
     carried = 0;
     running = 0;
     prefix = -1;
+    crowded = crowded || part;
     Step step = Step::next;
     while (step == Step::next && !ranOut && stream.getPos() < end) {
         step = readEvent();
@@ -416,6 +419,10 @@ void Importer::assignChannels() {
 
 MidiImport Importer::run() {
     if (!stream.isOpen()) return MidiImport::unreadable;
+    if (!songTrack && full()) {
+        showMsg(nullptr, "Error", "Too many tracks");
+        return MidiImport::good;
+    }
     if (!readHeader()) return MidiImport::notMidi;
     bool good = true;
     bool cut = ranOut;
@@ -433,6 +440,7 @@ MidiImport Importer::run() {
     linkPart();
     linkPoints();
     assignChannels();
+    if (crowded) showMsg(nullptr, "Error", "Too many tracks");
     if (!good) return MidiImport::broken;
     return cut || tracksRead < tracksTold ? MidiImport::truncated : MidiImport::good;
 }
@@ -442,5 +450,5 @@ MidiImport Importer::run() {
 MidiImport openMIDIFile(CSeq* seq, CSongTrack* target, const CStr& name, CUndo* undo, int position,
                         MidiTracks tracks) {
     if (!seq->getProg()) return MidiImport::unreadable;
-    return Importer(seq, target, name, undo, std::max(0, position), tracks).run();
+    return Importer(seq, target, name, undo, asMinMax(position, 0, maxTicks), tracks).run();
 }

@@ -58,15 +58,16 @@ bool readPart(SongReading& r, int) {
     part->offset = readTicks(r.in);
     part->length = readTicks(r.in);
     part->flags = flagsOf(unsigned(r.in.readInt()));
-    if (!r.in.readText(part->id)) return false;
-    if (!LoadBudget::take("parts", partRoom)) return true;
+    const bool whole = r.in.readText(part->id);
+    if (r.alone && !whole) return false;
+    if (!LoadBudget::take("parts", partRoom)) return whole;
     if (r.alone)
         keepFirst(r, std::move(part));
     else if (onTrack)
         addPart(r, std::move(part), ghostOf);
     else
         addMaster(r, part.release());
-    return true;
+    return whole;
 }
 
 bool readColour(SongReading& r, int) {

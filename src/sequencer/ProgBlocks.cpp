@@ -34,15 +34,15 @@ bool readProg(SongReading& r, int) {
     const float pos = readFloat(r.in, 0.0f, float(maxTicks), 0.0f);
     const int loop = readSwitch(r.in);
     const int left = readTicks(r.in), right = readTicks(r.in);
-    if (!r.in.readText(name)) return false;
-    if (!r.hasRoom("programs", 0, 1) || !LoadBudget::take("programs", progRoom)) return true;
+    const bool whole = r.in.readText(name);
+    if (!r.hasRoom("programs", 0, 1) || !LoadBudget::take("programs", progRoom)) return whole;
     r.prog = r.seq->addProgram(name);
     r.prog->pos = double(pos);
     r.prog->prevPos = double(pos);
     r.prog->loop = (unsigned char)loop;
     r.prog->leftLocator = left;
     r.prog->rightLocator = right;
-    return true;
+    return whole;
 }
 
 bool readSongTrack(SongReading& r, int) {
@@ -124,10 +124,13 @@ bool readTempo(SongReading& r, int) {
     return true;
 }
 
-constexpr SongBlock blocks[] = {
-    {"prog", readProg},     {"ptrack", readSongTrack},     {"freeze", readFreeze},
-    {"marker", readMarker}, {"amarker", readActiveMarker}, {"timesig", readTimesig},
-    {"tempo", readTempo}};
+constexpr SongBlock blocks[] = {{"prog", readProg},
+                                {"ptrack", readSongTrack},
+                                {"freeze", readFreeze},
+                                {"marker", readMarker},
+                                {"amarker", readActiveMarker},
+                                {"timesig", readTimesig},
+                                {"tempo", readTempo, tempoBytes}};
 
 void writeFreeze(SongWriting& w, const CSongTrack* songTrack, const CFreezeItem* item) {
     if (!item->sample) return;

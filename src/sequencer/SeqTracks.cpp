@@ -1,5 +1,6 @@
 #include "sequencer/CSeq.h"
 
+#include "base/Messages.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
@@ -39,6 +40,15 @@ void addLanes(CTrack* track) {
     auto* lane = new CSubTrack(COutputChannel::paramName(0), laneAutomation);
     lane->object = track->output();
     track->subTracks.add(lane);
+}
+
+/// Files have the MIDI ports of these tracks alone, and the outputs of those below.
+bool takesNotes(int kind) {
+    return kind == trackMIDI || kind == trackDrum;
+}
+
+bool makesSound(int kind) {
+    return kind == trackAudio || kind == trackDrum;
 }
 
 void setKindDefaults(CTrack* track) {
@@ -81,7 +91,22 @@ void CSeq::makeTrackIO(NewTrack& made) {
     if (out) made.audioOut = createAudioCable(out, track->output(), nullptr);
 }
 
+bool CSeq::hasTrackRoom(int kind, const CUndo* undo) const {
+    constexpr int most = 255; ///< of each kind of port and channel
+    int noted = takesNotes(kind) ? 1 : 0, sounding = makesSound(kind) ? 1 : 0;
+    const bool notes = noted, sounds = sounding;
+    eachWithPending<CTrack>(undo, &tracks, [&](const CTrack* track) {
+        noted += takesNotes(track->kind) ? 1 : 0;
+        sounding += makesSound(track->kind) ? 1 : 0;
+    });
+    return (!notes || noted <= most) && (!sounds || sounding <= most);
+}
+
 CSongTrack* CSeq::addTrack(int kind, CSeqProg* prog, CUndo* undo, int index) {
+    if (!hasTrackRoom(kind, undo)) {
+        showMsg(nullptr, "Error", "Too many tracks");
+        return nullptr;
+    }
     NewTrack made;
     made.track = new CTrack(host, this, kind);
     made.track->id = autoNameTrack(kind, undo);

@@ -1,3 +1,4 @@
+#include "base/BlockSearch.h"
 #include "base/LoadBudget.h"
 #include "base/Numbers.h"
 #include "base/OpenBlock.h"
@@ -30,6 +31,20 @@ const BlockTable& blockTable() {
         return made;
     }();
     return table;
+}
+
+const SongBlock* blockOf(const CStr& name) {
+    const auto known = blockTable().find(name.asChar());
+    return known == blockTable().end() ? nullptr : known->second;
+}
+
+const BlockNames& blockNames() {
+    static const BlockNames names = [] {
+        BlockNames made;
+        for (const auto& [name, block] : blockTable()) made.add(block->name);
+        return made;
+    }();
+    return names;
 }
 
 template <class T>
@@ -74,22 +89,37 @@ SongReading::SongReading(CSeq* song, CStream* stream, int64_t end, const CList& 
 SongReading::~SongReading() = default;
 
 void SongReading::read() {
-    CStr name;
-    while (!in.eof() && in.readText(name) && in.has(int(sizeof(int)))) {
-        const int size = in.readInt();
-        if (size < 0 || !readBlock(name, size)) break;
-    }
+    while (!in.eof())
+        if (!readNext()) LoadBudget::noteDamage();
     finish();
-    in.setPos(0, seekEnd);
     in.leave();
 }
 
-bool SongReading::readBlock(const CStr& name, int size) {
-    const auto known = blockTable().find(name.asChar());
-    if (known != blockTable().end()) return known->second->read(*this, size);
-    if (!in.has(size)) return false;
-    skip(size);
-    return true;
+/// Reads a block, and goes to the next. False when something is wrong with it. The size is believed
+/// if another block begins there; else the next one is looked for.
+bool SongReading::readNext() {
+    const BlockNames& names = blockNames();
+    const int64_t at = in.getPos();
+    BlockStart start;
+    if (!names.readStart(in, start)) {
+        in.setPos(names.find(in, at + 1));
+        return false;
+    }
+    const SongBlock* block = blockOf(start.name);
+    const int size = block && block->bytes > 0 ? block->bytes : start.size;
+    const bool fits = size >= 0 && names.isAt(in, start.body + size);
+    const int64_t next = fits ? start.body + size : names.find(in, start.body);
+    const bool good = !block || readBlock(*block, start.body, next);
+    in.setPos(next);
+    return good && !start.damaged;
+}
+
+bool SongReading::readBlock(const SongBlock& block, int64_t body, int64_t next) {
+    const int64_t end = in.setEnd(next);
+    in.setPos(body);
+    const bool good = block.read(*this, saturate(next - body)) && in.getPos() == next;
+    in.setEnd(end);
+    return good;
 }
 
 std::unique_ptr<CPart> SongReading::readPart() {

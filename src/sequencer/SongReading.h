@@ -17,13 +17,15 @@ class CSeqProg;
 class CSongTrack;
 class CSubTrack;
 class CTrack;
+struct SongBlock;
 
 /// A song while it is read: where in it the next block belongs, and the indices that can be looked
 /// up only at the end. Order alone carries the tree: a part belongs to the latest song track, that
 /// to the latest program, a lane to the latest track.
 ///
-/// A block whose owner is missing is read and dropped. One that does not fit into what is left ends
-/// the reading. Values are brought into the range of their control.
+/// A block whose owner is missing is read and dropped. One that is not as it says is noted as
+/// damage, and the reading goes on at the next block that can be found. Values are brought into the
+/// range of their control.
 class SongReading {
 public:
     SongReading(CSeq* song, CStream* stream, int64_t end);
@@ -69,7 +71,8 @@ public:
     bool reserveSlots(CPart* into, int slots) const;
 
 private:
-    bool readBlock(const CStr& name, int size);
+    bool readNext();
+    bool readBlock(const SongBlock& block, int64_t body, int64_t next);
     bool readPartBlock(const CStr& name, int size);
     void finish();
     void bindFolders();
@@ -78,10 +81,11 @@ private:
     void showEditPart();
 };
 
-/// How a block is read: false when what is left is too short for it.
+/// How a block is read: false when what is left, which is the block alone, is too short for it.
 struct SongBlock {
     const char* name;
     bool (*read)(SongReading& r, int size);
+    int bytes = 0; ///< what it really has, where files tell a wrong size; else 0
 };
 
 /// The most that one song may hold, against files made of heads only.

@@ -15,6 +15,7 @@ namespace {
 
 constexpr int intBytes = 4;
 constexpr int trackBytes = 44; ///< of a track without a name
+constexpr int bytesBehindName = trackBytes - 3 * intBytes;
 constexpr int grooveBytes = 28;
 constexpr unsigned busyBit = 16; ///< once a state of processing
 constexpr int fullPercent = 100;
@@ -29,18 +30,27 @@ void readView(CStream& s, CTrack* track) {
     track->scroll = readLimited(s, 0, mostPixels);
 }
 
+/// Reads the name of a track; false when its length is damaged, which leaves it to what is known
+/// of the fields behind it. All else goes by the places of tracks, so none may be left out.
+bool readTrackName(SongReading& r, CStr& name) {
+    if (r.in.readText(name) && r.in.left() == bytesBehindName) return true;
+    r.in.setPos(-bytesBehindName, seekEnd);
+    name = "";
+    return false;
+}
+
 bool readTrack(SongReading& r, int) {
     if (!r.in.has(trackBytes)) return false;
     const int kind = r.in.readInt();
     const unsigned flags = unsigned(r.in.readInt());
     CStr name;
-    if (!r.in.readText(name) || !r.in.has(trackBytes - 3 * intBytes)) return false;
+    const bool whole = readTrackName(r, name);
     r.lane = nullptr;
     const bool room = r.hasRoom("tracks", 1, 0) && LoadBudget::take("tracks", trackRoom);
     r.track = r.kit.openTrack(room ? new CTrack(r.seq->host, r.seq, kind) : nullptr);
     if (!r.track) {
-        r.skip(trackBytes - 3 * intBytes);
-        return true;
+        r.skip(bytesBehindName);
+        return whole;
     }
     r.track->id = name;
     r.track->flags = flags & ~busyBit;
@@ -57,7 +67,7 @@ bool readTrack(SongReading& r, int) {
     if (kind == trackAudio) r.seq->addAudioPorts(r.track);
     r.tracks.push_back(r.track);
     r.seq->tracks.add(r.track);
-    return true;
+    return whole;
 }
 
 bool readColour(SongReading& r, int) {

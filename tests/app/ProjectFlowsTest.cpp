@@ -1,5 +1,6 @@
 #include "MainFixture.h"
 
+#include "base/Messages.h"
 #include "base/Paths.h"
 #include "engine/CClick.h"
 #include "project/AutoSave.h"
@@ -248,11 +249,14 @@ TEST_F(ProjectFlowsTest, OffersWhatACrashLeft) {
     stop();
 
     std::filesystem::rename(copy + "~", copy);
+    static std::string status;
     keysInDialog("Sondrava", {"y"});
     start("2");
-    ASSERT_TRUE(pumpUntil([&] { return tracks() == 2; }));
+    messageHooks().setStatus = [](const CStr& text) { status = text.asChar(); };
+    ASSERT_TRUE(pumpUntil([&] { return tracks() == 2 && !app->modalWin; }));
     EXPECT_TRUE(host->modified);
     EXPECT_EQ(host->projectFile, path.c_str());
+    EXPECT_EQ(status.find("Loading"), std::string::npos) << "that is over: " << status;
     key("ctrl+s");
     EXPECT_TRUE(pumpUntil([&] { return !host->modified; }));
     EXPECT_FALSE(fileExists(copy.c_str()));

@@ -1,5 +1,6 @@
 #include "audiofiles/CAudioProcessor.h"
 #include "SampleFixture.h"
+#include "base/FullDisk.h"
 
 #include <cmath>
 
@@ -94,8 +95,10 @@ TEST_F(CAudioProcessorTest, NothingIsLeftBehind) {
     const std::unique_ptr<CSample> done(processor.process(processNormalize, source.get(), 0, 3000));
     EXPECT_EQ(bytesOf(path("n.wav")), bytesOf(path("s.wav")));
     name = path("full.wav").c_str();
-    std::filesystem::create_symlink("/dev/full", path("full.wav"));
-    EXPECT_EQ(processor.process(processDelete, source.get(), 0, 3000), nullptr);
-    EXPECT_FALSE(std::filesystem::is_symlink(path("full.wav")));
+    {
+        const FullDisk full(1000);
+        EXPECT_EQ(processor.process(processReverse, source.get(), 0, 3000), nullptr);
+    }
+    EXPECT_FALSE(std::filesystem::exists(path("full.wav")));
     EXPECT_TRUE(diskWriteFailed.exchange(false));
 }

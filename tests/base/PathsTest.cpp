@@ -89,10 +89,10 @@ TEST(Paths, TellAFolderByWhatItIs) {
     const TempFolder folder;
     for (const char* name : {"songs", "Songs"}) createDir(folder.file(name));
     fs::create_symlink("songs", folder.file("link").asChar());
-    EXPECT_TRUE(sameFolder(folder.file("songs"), folder.file("songs/")));
-    EXPECT_TRUE(sameFolder(folder.file("songs"), folder.file("link/")));
-    EXPECT_FALSE(sameFolder(folder.file("songs"), folder.file("Songs")));
-    EXPECT_TRUE(sameFolder(folder.file("none/"), folder.file("none")));
+    EXPECT_TRUE(samePlace(folder.file("songs"), folder.file("songs/")));
+    EXPECT_TRUE(samePlace(folder.file("songs"), folder.file("link/")));
+    EXPECT_FALSE(samePlace(folder.file("songs"), folder.file("Songs")));
+    EXPECT_TRUE(samePlace(folder.file("none/"), folder.file("none")));
     const CStr here = fs::current_path().c_str();
     EXPECT_EQ(absolutePath("a/../b.qv"), addSep(here) + "b.qv");
     EXPECT_EQ(absolutePath("/x/./y"), "/x/y");

@@ -136,7 +136,7 @@ TEST_F(CSampleManagerTest, PoolAndArchive) {
     static int shown;
     shown = 0;
     messageHooks().showMsg = [](CWin*, const CStr& title, const CStr& text, int) {
-        return shown += title == "Error" && text == "Copy to Audio Folder";
+        return shown += title == "Error" && text.pos("Copy to Audio Folder") == 0;
     };
     const CSample* inside = add("p/song.v2_audio/in.wav");
     EXPECT_EQ(host->addSample(inside->filename.upperCase(), 1), inside);
@@ -144,11 +144,10 @@ TEST_F(CSampleManagerTest, PoolAndArchive) {
     EXPECT_TRUE(loaded != inside && loaded->data && !host->sampleArchived(loaded));
     EXPECT_EQ(host->addSample(full("p/song.v2.qv"), 1), nullptr);
     EXPECT_TRUE(host->sampleArchived(inside));
-    EXPECT_TRUE(host->sampleArchived(add("p/SONG.V2_audio/twin.wav")));
     const char* names[] = {"p/song.v2_audio/sub/in.wav", "p/song.v2_audio2/alike.wav",
-                           "elsewhere/o.wav"};
+                           "p/SONG.V2_audio/twin.wav", "elsewhere/o.wav"};
     for (const char* name : names) EXPECT_FALSE(host->sampleArchived(add(name))) << name;
-    const CSample* last = add(names[2]);
+    const CSample* last = add(names[3]);
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     {
         const Limit almostNone(RLIMIT_FSIZE, 2048);
@@ -156,9 +155,9 @@ TEST_F(CSampleManagerTest, PoolAndArchive) {
     }
     std::signal(SIGXFSZ, handler);
     messageHooks().showMsg = nullptr;
-    EXPECT_TRUE(shown == 3 && nomNotArchived(host) == 3);
+    EXPECT_TRUE(shown == 1 && nomNotArchived(host) == 4) << "one message for all of them";
     EXPECT_FALSE(exists("p/song.v2_audio/o.wav"));
-    EXPECT_TRUE(last->filename == full(names[2]));
+    EXPECT_TRUE(last->filename == full(names[3]));
 
     host->archiveAllSamles();
     EXPECT_EQ(bytesOf(path("p/song.v2_audio/in1.wav")), bytesOf(path("wav")));

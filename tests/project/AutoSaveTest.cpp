@@ -121,6 +121,10 @@ TEST(RecoveryFile, BelongsToOneSession) {
     EXPECT_FALSE(setAside(left[0]));
     EXPECT_EQ(leftCopies(recent).size(), 0u);
     EXPECT_TRUE(fileExists(first + "~") && fileExists(second + "~"));
+    folder.write("song.recovery.qv", "a later one");
+    EXPECT_TRUE(setAside(leftCopies(recent)[0]));
+    EXPECT_NE(folder.read("song.recovery.qv~"), "a later one");
+    EXPECT_EQ(folder.read("song.recovery2.qv~"), "a later one");
 }
 
 TEST(AutoSave, AnUnsavedProjectIsCopiedBesideTheSettings) {
@@ -136,5 +140,63 @@ TEST(AutoSave, AnUnsavedProjectIsCopiedBesideTheSettings) {
     EXPECT_TRUE(fileExists(copy));
     autoSave.discard();
     EXPECT_FALSE(fileExists(copy));
+    inifile = "";
+}
+
+/// Saved elsewhere without success, the project still has its copy, until there is one under its
+/// new name, or beside the settings if there is no room; that one knows whose it is.
+TEST(AutoSave, ACopyGoesNoSoonerThanTheNextIsThere) {
+    ProjectFixture f;
+    TempFolder folder, settings;
+    const CStr path = folder.file("song.qv"), copy = folder.file("song.recovery.qv");
+    ASSERT_TRUE(saveProject(f.project, path));
+    AutoSave autoSave(f.project);
+    int now = 0;
+    const auto change = [&] {
+        f.host->setModified();
+        autoSave.idle(now += 100000000);
+        EXPECT_TRUE(finish(autoSave));
+        autoSave.idle(now);
+    };
+    inifile = settings.file("none/Sondrava.ini");
+    change();
+    EXPECT_TRUE(fileExists(copy));
+    EXPECT_FALSE(saveProject(f.project, folder.file("none/new.qv")));
+    change();
+    EXPECT_TRUE(fileExists(copy)) << "there is room nowhere";
+    inifile = settings.file("Sondrava.ini");
+    change();
+    EXPECT_FALSE(fileExists(copy));
+    {
+        AutoSave crashed(f.project); // what holds it ends without a word
+        crashed.idle(now);
+    }
+    CStringList none;
+    const std::vector<LeftCopy> left = leftCopies(none);
+    ASSERT_EQ(left.size(), 1u) << "the other one is in use";
+    EXPECT_EQ(left[0].projectFile, folder.file("none/new.qv"));
+    f.host->projectFile = path;
+    change();
+    EXPECT_TRUE(fileExists(copy));
+    autoSave.discard();
+    EXPECT_FALSE(fileExists(copy));
+    EXPECT_EQ(leftCopies(none).size(), 1u);
+    inifile = "";
+}
+
+/// With the disk full a copy that stands beside the project is made anew beside the settings.
+TEST(RecoveryFile, MovesWhereThereIsRoom) {
+    TempFolder folder, settings;
+    inifile = settings.file("Sondrava.ini");
+    CMemoryStream content;
+    content.writeStr("copy");
+    RecoveryFile file(folder.file("song.qv"));
+    ASSERT_TRUE(file.write(content));
+    const CStr away = folder.path + "-away";
+    ASSERT_EQ(std::rename(folder.path.asChar(), away.asChar()), 0);
+    EXPECT_TRUE(file.write(content));
+    EXPECT_EQ(file.path(), settings.file("unsaved.recovery.qv"));
+    ASSERT_EQ(std::rename(away.asChar(), folder.path.asChar()), 0);
+    file.remove();
     inifile = "";
 }

@@ -22,15 +22,17 @@
 
 /// The message boxes that were shown, each as "title: text".
 inline std::vector<std::string> shown;
+inline bool saysYes; ///< to what they ask
 
 /// A host with a project, without windows.
 struct ProjectFixture {
     ProjectFixture() {
         messageHooks().showMsg = [](CWin*, const CStr& title, const CStr& text, int flags) {
             shown.push_back(std::string(title.asChar()) + ": " + text.asChar());
-            return answerOfEscape(flags);
+            return saysYes && (flags & mbYes) ? int(mbYes) : answerOfEscape(flags);
         };
         shown.clear();
+        saysYes = false;
         mixer.init();
     }
     ~ProjectFixture() { messageHooks().showMsg = nullptr; }

@@ -83,7 +83,7 @@ TEST(ProjectReader, DamageIsToldAndReadAround) {
         {"frames cut",
          item("samples2",
               number(1) + text("a") + real(1) + bytes({16, 1, 0, 0}) + number(2000000000) + "xy"),
-         ""},
+         errorReading("samples2", 23)},
         {"old frames",
          item("samples", number(2) + text("a") + real(1) + bytes({16, 1, 0}) + "data"), ""},
         {"negative", head("loop", -3), "Error: Block size error: 'loop' (-3).",
@@ -92,7 +92,11 @@ TEST(ProjectReader, DamageIsToldAndReadAround) {
          LoadResult::abandoned},
         {"long name", head(longName + "mm", -1),
          "Error: Block size error: '" + longName + "' (-1).", LoadResult::abandoned},
-        {"torn head", number(100) + "abcdefgh", ""},
+        {"torn head", number(100) + "abcdefgh", errorReading("aout", 4)},
+        {"one bit of a name", item("lodsb", numbers({0, 98})), errorReading("modsb", 8)},
+        {"a name out of bounds", number(1 << 20) + "loop" + number(4) + number(1),
+         errorReading("aout", 4)},
+        {"a size that leads nowhere", head("loop", 11) + number(0), errorReading("loop", 11)},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
@@ -103,8 +107,8 @@ TEST(ProjectReader, DamageIsToldAndReadAround) {
         if (c.result == LoadResult::abandoned) {
             f.expectEmptyProject();
         } else {
-            const bool torn = std::string(c.what) == "torn head";
-            EXPECT_EQ(f.ui.windows.sidebar[1], torn ? 0 : 99);
+            EXPECT_EQ(f.ui.windows.sidebar[1], 99);
+            EXPECT_EQ(f.host->damaged, c.box.rfind("Error", 0) == 0);
             EXPECT_EQ(f.comp(0)->id, "Out");
             EXPECT_EQ(f.host->sends.getCount(), 0);
             f.device.run(2);

@@ -3,16 +3,24 @@
 #include "base/CIniFile.h"
 #include "base/FullDisk.h"
 #include "base/Paths.h"
-#include "project/RecoveryFile.h"
+#include "engine/CFreezeItem.h"
+#include "project/AutoSave.h"
+#include "project/ProjectWriter.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <mutex>
 #include <random>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace fs = std::filesystem;
 
 namespace {
+
+std::mutex flushing;
+std::vector<std::string> flushed; ///< the files that were brought to the disk, in order
 
 int filesIn(const CStr& folder) {
     return int(std::distance(fs::directory_iterator(folder.asChar()), fs::directory_iterator()));
@@ -28,6 +36,14 @@ void addSamples(ProjectFixture& f, int count) {
 }
 
 } // namespace
+
+/// Takes note of each call.
+extern "C" int fsync(int fd) {
+    std::error_code failed;
+    const std::scoped_lock guard(flushing);
+    flushed.push_back(fs::read_symlink("/proc/self/fd/" + std::to_string(fd), failed));
+    return int(syscall(SYS_fsync, fd));
+}
 
 /// A later version takes the place of an earlier one, which stays beside it.
 TEST(Saving, ReplacesTheFileAndKeepsTheOneBefore) {
@@ -116,6 +132,129 @@ TEST(Saving, AudioGoesAlongIntoAnotherFolder) {
     EXPECT_EQ(found->filename, moved + "song_audio/loop.wav");
     EXPECT_TRUE(found->valid);
     fs::rename(moved.asChar(), to.path.asChar());
+}
+
+/// Frozen tracks come along too, and what has no room stays where it was, after one message.
+TEST(Saving, WhatCannotBeCopiedIsToldOnce) {
+    ProjectFixture f;
+    TempFolder from, to;
+    CSeq* seq = f.device.add(new CSeq(f.host));
+    CSongTrack* track = seq->addTrack(trackAudio, seq->getProg(), nullptr);
+    for (const char* name : {"a.wav", "b.wav", "c.wav"}) {
+        writeWav(from.file(name), 40000);
+        ASSERT_TRUE(f.host->addSample(from.file(name), 1));
+    }
+    ASSERT_TRUE(saveProjectAs(f.project, from.file("song.qv")));
+    writeWav(from.file("song_audio/freeze.wav"), 64);
+    auto* item = new CFreezeItem;
+    auto* frozen = new CSample;
+    frozen->streamed = 1;
+    ASSERT_TRUE(frozen->open(from.file("song_audio/freeze.wav")));
+    item->setSample(frozen);
+    track->freezeItems.add(item);
+    {
+        const FullDisk full(100000); // enough for the project
+        ASSERT_TRUE(saveProjectAs(f.project, to.file("new.qv")));
+    }
+    EXPECT_EQ(frozen->filename, to.file("new_audio/freeze.wav"));
+    EXPECT_EQ(filesIn(to.file("new_audio")), 1);
+    ASSERT_EQ(shown.size(), 1u);
+    for (const char* name : {"a.wav", "b.wav", "c.wav"})
+        EXPECT_NE(shown[0].find(from.file("song_audio/").asChar() + std::string(name)),
+                  std::string::npos);
+    ASSERT_EQ(openProject(f.project, to.file("new.qv"), false), LoadResult::good);
+    for (const auto* sample : each<CSample>(f.host->samples)) EXPECT_TRUE(sample->valid);
+    seq = static_cast<CSeq*>(f.host->comps.last());
+    track = static_cast<CSongTrack*>(seq->getProg()->tracks.first());
+    EXPECT_EQ(track->freezeItems.getCount(), 1);
+}
+
+/// Folders that only their case tells apart are two, and a name without a folder is one in the
+/// folder of the program.
+TEST(Saving, FoldersAreWhatTheDiskSays) {
+    ProjectFixture f;
+    TempFolder folder;
+    for (const char* name : {"Songs", "songs"}) createDir(folder.file(name));
+    writeWav(folder.file("loop.wav"), 64);
+    ASSERT_TRUE(f.host->addSample(folder.file("loop.wav"), 1));
+    ASSERT_TRUE(saveProjectAs(f.project, folder.file("Songs/song.qv")));
+    ASSERT_TRUE(saveProjectAs(f.project, folder.file("songs/song.qv")));
+    EXPECT_TRUE(fileExists(folder.file("songs/song_audio/loop.wav")));
+
+    const fs::path before = fs::current_path();
+    fs::current_path(folder.file("songs").asChar());
+    EXPECT_EQ(openProject(f.project, "song.qv", false), LoadResult::good);
+    EXPECT_TRUE(saveProject(f.project, "../other.qv"));
+    fs::current_path(before);
+    ASSERT_EQ(openProject(f.project, folder.file("other.qv"), false), LoadResult::good);
+    const auto* sample = static_cast<CSample*>(f.host->samples.first());
+    EXPECT_EQ(sample->filename, folder.file("songs/song_audio/loop.wav"));
+}
+
+/// The only file that still has all of a project, and one that somebody has protected, are replaced
+/// after a question alone; the former stays in any case.
+TEST(Saving, AsksBeforeItReplacesWhatCannotComeBack) {
+    for (const bool damaged : {true, false}) {
+        ProjectFixture f;
+        TempFolder folder;
+        const CStr path = folder.file("song.qv");
+        ASSERT_TRUE(saveProject(f.project, path));
+        std::string bytes = folder.read("song.qv");
+        if (damaged) bytes[bytes.find("modsb")] ^= 1;
+        folder.write("song.qv", bytes);
+        if (!damaged) fs::permissions(path.asChar(), fs::perms(0444));
+        ASSERT_EQ(openProject(f.project, path, false), LoadResult::good);
+        EXPECT_EQ(f.host->damaged, damaged);
+        CMemoryStream copy;
+        writeProject(f.project, &copy);
+        RecoveryFile::writeMark(&copy, path, f.host->damaged);
+        if (damaged) { // a copy against a crash knows it as well
+            ASSERT_TRUE(copy.saveToFile(folder.file("copy")));
+            ASSERT_EQ(openRecovery(f.project, folder.file("copy"), path), LoadResult::good);
+            EXPECT_TRUE(f.host->damaged);
+        }
+        f.host->setModified();
+        shown.clear();
+        EXPECT_FALSE(saveProject(f.project, path));
+        EXPECT_EQ(shown.size(), 1u);
+        EXPECT_EQ(folder.read("song.qv"), bytes);
+        EXPECT_TRUE(f.host->modified);
+        saysYes = true;
+        for (int round = 0; round < 2; ++round) EXPECT_TRUE(saveProject(f.project, path));
+        EXPECT_EQ(folder.read("song.qv") == bytes, !damaged);
+        EXPECT_EQ(folder.read("song.damaged.qv"), damaged ? bytes : "");
+        EXPECT_EQ(shown.size(), damaged ? 2u : 3u) << "what was lost is lost once";
+    }
+}
+
+/// A project is on the disk no sooner than the audio that it refers to.
+TEST(Saving, AudioIsOnTheDiskFirst) {
+    ProjectFixture f;
+    TempFolder folder;
+    ASSERT_TRUE(saveProject(f.project, folder.file("song.qv")));
+    const CStr take = f.host->getAudioFolder(true, false, false) + "/take.wav";
+    writeWav(take, 64);
+    ASSERT_TRUE(f.host->addSample(take, 1));
+    flushed.clear();
+    ASSERT_TRUE(saveProject(f.project, folder.file("song.qv")));
+    const auto audio = std::ranges::find(flushed, take.asChar());
+    const auto project = std::ranges::find_if(
+        flushed, [](const std::string& name) { return name.find("temp_file_name") < name.size(); });
+    EXPECT_TRUE(audio < project && project != flushed.end());
+}
+
+/// The default project keeps nothing of the one that it was made from but what is in it.
+TEST(Saving, ACopyLeavesTheProjectAlone) {
+    ProjectFixture f;
+    TempFolder folder;
+    ASSERT_TRUE(saveProject(f.project, folder.file("song.qv")));
+    f.host->setModified();
+    EXPECT_TRUE(saveCopy(f.project, folder.file("default.qv")));
+    EXPECT_TRUE(f.host->modified);
+    EXPECT_EQ(f.host->projectFile, folder.file("song.qv"));
+    EXPECT_EQ(folder.read("default.qv"), folder.read("song.qv"));
+    EXPECT_FALSE(saveCopy(f.project, folder.file("none/default.qv")));
+    EXPECT_EQ(f.host->projectFile, folder.file("song.qv"));
 }
 
 /// What waits in a temporary place comes into the audio folder with the next save.

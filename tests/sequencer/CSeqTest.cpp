@@ -48,6 +48,21 @@ TEST_F(CSeqTest, AddingATrackIsReversible) {
     }
 }
 
+/// A file numbers ports and outputs by a byte: what would not come back from it is refused.
+TEST_F(CSeqTest, TracksEndWhereCablesCannotBeSaved) {
+    const Told told;
+    step([&](CUndo* u) {
+        for (int i = 0; i < 254; i++) ASSERT_TRUE(seq->addTrack(trackMIDI, prog(), u));
+    });
+    EXPECT_TRUE(track(trackDrum) && track(trackAudio) && track(trackFolder));
+    EXPECT_FALSE(seq->hasTrackRoom(trackMIDI) || seq->hasTrackRoom(trackDrum));
+    EXPECT_TRUE(seq->hasTrackRoom(trackAudio));
+    const std::string before = dump(seq);
+    EXPECT_EQ(track(trackMIDI), nullptr);
+    EXPECT_EQ(dump(seq), before);
+    EXPECT_EQ(Told::messages, std::vector<std::string>{"Error: Too many tracks"});
+}
+
 /// What a step adds is counted before it is linked.
 TEST_F(CSeqTest, AStepMayBuildAWholeTrack) {
     step([&](CUndo* u) {

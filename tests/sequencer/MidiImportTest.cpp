@@ -280,12 +280,14 @@ TEST(MidiImport, DamageIsToldAndTheRestKept) {
     EXPECT_EQ(openMIDIFile(f.seq, nullptr, "/nowhere", nullptr, 0), MidiImport::unreadable);
 }
 
-/// Tracks beyond 512 join the last one, and none of their notes is lost, however many there are.
+/// Tracks beyond 255 join the last one, which is told, and none of their notes is lost, however
+/// many there are.
 TEST(MidiImport, ManyTracksStayBounded) {
     constexpr size_t chunks = 20000;
     ImportFixture f;
     EXPECT_EQ(f.import(file(1, 960, Tracks(chunks, noteOf(3)))), MidiImport::good);
-    EXPECT_EQ(f.seq->tracks.getCount(), 512);
+    EXPECT_EQ(f.messages, std::vector<std::string>{"Error: Too many tracks"});
+    EXPECT_EQ(f.seq->tracks.getCount(), 255);
     size_t events = 0;
     for (auto* t : each<CSongTrack>(f.prog()->tracks)) {
         EXPECT_EQ(t->track->channel, 3);

@@ -1,9 +1,11 @@
 #include "SongFileFixture.h"
+#include "base/LoadBudget.h"
 #include "base/TempFolder.h"
 #include "engine/CFreezeItem.h"
 #include "instruments/CDrumSound.h"
 
 #include <cmath>
+#include <cstring>
 #include <random>
 
 namespace {
@@ -40,6 +42,12 @@ Blocks audioOld(int delta) {
     Blocks all;
     all.i(1).i(delta).b(1).i(0).f(0.5f, -0.5f).b(2, 1).i(5, 900, 480, -3);
     return all.f(0.25f).i(0, 0, 2);
+}
+
+size_t qvNumber(const std::string& bytes, size_t at) {
+    int v = 0;
+    std::memcpy(&v, &bytes[at], sizeof v);
+    return size_t(v);
 }
 
 const Blocks midiEvents = Blocks().i(2).i(0).b(1).i(0x643C90, 120, 30).b(0).i(0x4007B0);
@@ -246,10 +254,11 @@ TEST(SongBlocks, BlocksWithoutTheirPlace) {
                block("trackPos", Blocks().b(1)) + block("mxv", three))
                   .bytes);
     EXPECT_TRUE(song.seq->maxVoices == 3 && song.seq->tracks.empty() && !song.prog());
-    for (int size : {-11, 1000}) { // the former leads to where the block begins
+    const LoadBudget budget(1 << 20);
+    for (int size : {0, -11, 1000}) { // the second leads to where the block begins
         song.read((trackOf(2) + block("zzz", {}, size) + block("mxv", three)).bytes);
-        EXPECT_EQ(song.seq->tracks.getCount(), 1);
-        EXPECT_EQ(song.seq->maxVoices, 6);
+        EXPECT_TRUE(song.seq->tracks.getCount() == 1 && song.seq->maxVoices == 3) << size;
+        EXPECT_EQ(LoadBudget::takeDamage(), size != 0) << size;
     }
 }
 
@@ -268,6 +277,56 @@ TEST(SongBlocks, DrumsOutOfRange) {
               std::tuple(1, 1.0f, 0.0f));
     EXPECT_EQ(t->drumSound(0)->coarse, 3.0f);
     EXPECT_FALSE(t->drumSound(1) || t->drumSound(0)->opened());
+}
+
+/// Positions of the bytes of a song that say what stands where: heads, counts, lengths of names.
+std::vector<size_t> structureOf(const std::string& song) {
+    std::vector<size_t> places;
+    const auto number = [&](size_t at) { return qvNumber(song, at); };
+    for (size_t at = 0; at < song.size();) {
+        const std::string name = song.substr(at + 4, number(at));
+        const size_t body = at + 8 + name.size();
+        const size_t size = name == "tempo" ? 24 : number(body - 4);
+        const bool counted = name == "mevents" || name == "devents" || name == "aevents2";
+        const size_t countAt = name == "track" ? 8 : name == "part" ? 23 : name == "prog" ? 13 : 0;
+        for (size_t i = at; i < body; i++) places.push_back(i);
+        for (size_t i = 0; i < 4 && (counted || countAt > 0); i++)
+            places.push_back(body + countAt + i);
+        at = body + size;
+    }
+    return places;
+}
+
+/// A single bit that changes where it tells what stands where costs no more than the block that it
+/// is in, and never goes without being noted.
+TEST(SongBlocks, DamageStaysWhereItIs) {
+    const TempFolder folder;
+    SongFileFixture song;
+    song.host.projectFile = folder.file("song.qv");
+    build(song);
+    const std::string whole = song.write();
+    const auto partsAndTracks = [&] {
+        int parts = 0;
+        song.seq->eachSongTrack([&parts](CSongTrack* t) { parts += t->parts.getCount(); });
+        return std::pair(parts, song.seq->tracks.getCount());
+    };
+    const auto [parts, tracks] = partsAndTracks();
+    std::mt19937 random(1);
+    for (const size_t at : structureOf(whole)) {
+        if (at < 12) continue;
+        std::string bytes = whole;
+        bytes[at] = char(bytes[at] ^ 1 << random() % 8);
+        if (std::isdigit((unsigned char)whole[at]) && std::isdigit((unsigned char)bytes[at]))
+            continue; // that is a later form
+        const LoadBudget budget(int64_t(1) << 30);
+        song.read(bytes);
+        const bool noted = LoadBudget::takeDamage();
+        const auto [partsNow, tracksNow] = partsAndTracks();
+        const std::string where = std::to_string(at) + " around " + whole.substr(at - 12, 24);
+        EXPECT_TRUE(noted || song.write() == whole) << where;
+        EXPECT_GE(partsNow, parts - 1) << where;
+        EXPECT_EQ(tracksNow, tracks) << where;
+    }
 }
 
 /// However a song is cut or garbled, what is left of it can be played and written.

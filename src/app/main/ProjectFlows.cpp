@@ -16,8 +16,13 @@ namespace {
 constexpr const char* projectExt = ".qv";
 constexpr int askYesNoCancel = mbYes | mbNo | mbCancel;
 
+constexpr const char* defaultName = "default.qv";
+
+/// The user's own one goes before that of the program.
 CStr defaultProjectFile() {
-    return extractFilePath(asAppname()) + "default.qv";
+    const CStr beside = extractFilePath(asAppname());
+    const CStr own = ownFile(beside, defaultName);
+    return fileExists(own) ? own : beside + defaultName;
 }
 
 } // namespace
@@ -77,7 +82,8 @@ void ProjectFlows::load() {
     if (result != LoadResult::notProject && !recovered) autoSave.discard();
     queued = false;
     loadNeeded = false;
-    setStatus(result == LoadResult::notProject ? wanted.path + " is no project" : CStr());
+    if (!recovered)
+        setStatus(result == LoadResult::notProject ? wanted.path + " is no project" : CStr());
 }
 
 LoadResult ProjectFlows::open(const CStr& path) {
@@ -153,12 +159,8 @@ bool ProjectFlows::saveAsClicked() {
 }
 
 void ProjectFlows::setDefaultClicked() {
-    const CStr before = qv->projectFile;
-    const bool modified = qv->modified;
-    if (saveProject(project, defaultProjectFile())) setStatus("Saved as the default project");
-    qv->projectFile = before;
-    qv->modified = modified;
-    ui.projectChanged(before);
+    const CStr path = ownFile(extractFilePath(asAppname()), defaultName);
+    if (saveCopy(project, path)) setStatus("Saved as the default project");
 }
 
 bool ProjectFlows::mayLeave() {

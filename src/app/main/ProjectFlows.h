@@ -70,6 +70,7 @@ private:
     LoadResult recover(const LeftCopy& left);
     bool recoverAny();
     void begin();
+    void beginWithout(); ///< a copy
     void beginLast();
 
     CMainWin* window;

@@ -38,6 +38,11 @@ void ProjectFlows::begin() {
     const bool asked = mustBegin;
     mustBegin = false;
     if (asked && recoverAny()) return;
+    beginWithout();
+    if (!recovered) setStatus("");
+}
+
+void ProjectFlows::beginWithout() {
     const int with = iniReadInt("options", "startwith", startAsks);
     if (with == startDefault) create(kindDefault);
     if (with == startLast) beginLast();
@@ -89,6 +94,7 @@ LoadResult ProjectFlows::recover(const LeftCopy& left) {
     const LoadResult result = autoSave.recover(left);
     ui.waitCursor(false);
     recovered = result == LoadResult::good;
+    setStatus(recovered ? "The changes are back. Save the project to keep them" : "");
     if (recovered && !left.projectFile.empty()) recent.addRecent(left.projectFile);
     return result;
 }

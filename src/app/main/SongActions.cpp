@@ -3,6 +3,7 @@
 #include "app/CAction.h"
 #include "app/main/Displays.h"
 #include "app/main/GridActions.h"
+#include "base/Messages.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/CSnap.h"
@@ -243,6 +244,10 @@ void SongActions::solo() {
 
 void SongActions::addTrack(int kind) {
     if (!prog()) return;
+    if (!seq()->hasTrackRoom(kind)) {
+        showMsg(nullptr, "Error", "Too many tracks");
+        return;
+    }
     CUndo* step = qv->undoStart(addTrackTitle(kind), seq(), undoSongChanged | undoGraph);
     CSongTrack* made = seq()->addTrack(kind, prog(), step);
     if (made && kind == trackMIDI) addTrackInstrument(seq(), made->track, step);
