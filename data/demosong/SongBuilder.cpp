@@ -127,6 +127,6 @@ CSeq* SongBuilder::finish(int endBar) {
     host->loop = 0;
     host->setTempo(demoBpm);
     host->undoClear();
-    host->modified = false;
+    host->markSaved(host->saveMark());
     return seq;
 }

@@ -6,6 +6,8 @@
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
 #include "engine/Mixing.h"
+#include "engine/StripValues.h"
+#include "engine/ValueDoor.h"
 
 #include <algorithm>
 #include <cmath>
@@ -161,26 +163,21 @@ void COutputChannel::advanceRamps(int frames) {
 }
 
 void COutputChannel::moveFader(float value) {
-    vol = fLimit(value, 0.0f, 1.0f);
-    showFader = 1;
+    comp->host->values->set(faderOf(this), {double(value), 1.0});
     holdL = 0.0f;
     holdR = 0.0f;
-    comp->host->setModified();
 }
 
 void COutputChannel::movePan(float value) {
-    pan = fLimit(value, -1.0f, 1.0f);
-    comp->host->setModified();
+    comp->host->values->set(panOf(this), double(value));
 }
 
 void COutputChannel::toggleMute() {
-    mute = !mute;
-    comp->host->setModified();
+    comp->host->values->set(muteOf(this), mute ? 0.0 : 1.0);
 }
 
 void COutputChannel::toggleSolo() {
-    solo = !solo;
-    comp->host->setModified();
+    comp->host->values->set(soloOf(this), solo ? 0.0 : 1.0);
 }
 
 void COutputChannel::setEqPower(int band, bool on) {

@@ -70,7 +70,8 @@ public:
     /// lands on its target. Graph holder.
     void advanceRamps(int frames);
 
-    // What the user does at the strip. Interface thread.
+    // What the user does at the strip, by the host's `values`: part of the gesture that is open, or
+    // a step by itself. Interface thread.
     void moveFader(float value); ///< 0 to 1; also shows the fader and clears the peak hold
     void movePan(float value);   ///< -1 to 1
     void toggleMute();

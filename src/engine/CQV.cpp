@@ -21,10 +21,12 @@
 #include "engine/Solo.h"
 #include "engine/SpectrumTap.h"
 #include "engine/TransportRing.h"
+#include "engine/ValueDoor.h"
 #include "engine/Workers.h"
 
 #include <algorithm>
 #include <cassert>
+#include <utility>
 
 CQV* qv = nullptr;
 
@@ -40,7 +42,7 @@ constexpr unsigned takeFlags = 0x402000;
 CQV::CQV()
     : CComp(this), UndoHost(this), SamplePool(this),
       sampleScratch(std::make_unique_for_overwrite<unsigned char[]>(sampleScratchBytes)),
-      deviceMidi(std::make_unique<DeviceMidi>()) {
+      values(std::make_unique<ValueDoor>(this)), deviceMidi(std::make_unique<DeviceMidi>()) {
     type = compQV;
     id = "sondrava";
     tasks = new CTasks(this);
@@ -183,6 +185,29 @@ CStr CQV::getName(CObject* io) {
     return id;
 }
 
+// Steps.
+
+void CQV::perform(CUndoItem* item, int op) {
+    for (CComp* c : each<CComp>(comps))
+        if (c->type == compSeq) c->perform(item, op);
+}
+
+bool CQV::takesWhole(const CUndoItem* item) {
+    for (CComp* c : each<CComp>(comps))
+        if (c->type == compSeq && c->takesWhole(item)) return true;
+    return false;
+}
+
+void CQV::planStep(UndoPlan& plan, CUndo* step) {
+    for (CComp* c : each<CComp>(comps))
+        if (c->type == compSeq) c->planStep(plan, step);
+}
+
+void CQV::performPlan() {
+    for (CComp* c : each<CComp>(comps))
+        if (c->type == compSeq) c->performPlan();
+}
+
 // The interface tick.
 
 void CQV::idle() {
@@ -191,6 +216,7 @@ void CQV::idle() {
     CComp::idle();
     if (preview) preview->idle();
     makeStretcher();
+    values->idle(asTimeInMS());
     idleTake();
     idleRender();
     idleProgramChange();
@@ -219,9 +245,9 @@ void CQV::finishTake() {
     // What the take still has in its queues belongs to this step.
     for (CComp* c : each<CComp>(comps))
         if (c->type == compSeq) c->idle();
-    undoEnd(recUndo, false);
+    // A take that begins now has a step of its own.
+    undoEnd(std::exchange(recUndo, nullptr), false);
     for (CComp* c : each<CComp>(comps)) c->afterRec();
-    recUndo = nullptr;
 }
 
 void CQV::endTake() {
@@ -315,10 +341,11 @@ void CQV::emptyProject() {
     id = "sondrava";
     audioFolder = "";
     playing = 0;
-    modified = damaged = false;
+    damaged = false;
     masterSeq = nullptr;
     setPosNow(0.0);
     undoClear();
+    markSaved(saveMark());
     deleteAll<CMIDIQ>(outPorts);
     deleteAll<CMIDICable>(midiCables);
     deleteAll<CInputChannel>(inputs);

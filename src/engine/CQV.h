@@ -23,6 +23,7 @@ class CThread;
 class DeviceMidi;
 class SpectrumTap;
 class TransportRing;
+class ValueDoor;
 struct TransportCall;
 
 /// Slowest rate that the engine runs at.
@@ -53,9 +54,9 @@ public:
     Shared<int> renderMode{0}; ///< 1: the graph belongs to an offline operation
     bool renderDry = false, renderFreeze = false;
     Shared<int64_t> framesPlayed{0}; ///< since position 0
-    Shared<bool> modified{false}, transportChanged{false};
+    Shared<bool> transportChanged{false};
     bool damaged = false;        ///< the project's file has more than could be read of it
-    Shared<unsigned> changes{0}; ///< counts the calls of `setModified`
+    Shared<unsigned> changes{0}; ///< counts what may have to be saved, undo and redo included
     float* tmpBuffers[4] = {};   ///< owned, `frames` each; graph holder
     /// Room for source frames while they are rendered, of `sampleScratchBytes`; graph holder.
     const std::unique_ptr<unsigned char[]> sampleScratch;
@@ -70,8 +71,9 @@ public:
     CDFT* dft;                           ///< owned; interface thread
     Shared<int> ctrlStart{-1}, ctrlStop{-1}, ctrlRewind{-1}, ctrlRecord{-1}, ctrlTempo{-1};
     Shared<int> lastCC{0}, learned{0};
-    CTasks* tasks; ///< owned
-    CList sends;   ///< of CGroupCh, owned
+    CTasks* tasks;                           ///< owned
+    const std::unique_ptr<ValueDoor> values; ///< what the user sets goes through it
+    CList sends;                             ///< of CGroupCh, owned
     CStr presetFolder, clipFolder, sampleFolder;
     Shared<int> loopStart{0}, loopEnd{3840}, loop{0}; ///< ticks
     bool positionJumped = false;                      ///< during the block after a transport change
@@ -111,6 +113,11 @@ public:
     void clear() override;
     void process(int frames) override;
     CStr getName(CObject* io) override;
+    // What the host's own steps change of a song, takes among them, is its sequencer's business.
+    void perform(CUndoItem* item, int op) override;
+    bool takesWhole(const CUndoItem* item) override;
+    void planStep(UndoPlan& plan, CUndo* step) override;
+    void performPlan() override;
     void read(CStream*, int) override {}
     void write(CStream*) override {}
     /// The device components of a new project, from the enabled channels.
@@ -156,10 +163,12 @@ public:
     CStr autoNameComp(const CStr& name);
 
     // Edits.
-    /// The user moved a parameter of a component, strip or send, which every view tells here: the
-    /// project has unsaved changes, while recording the sequencer takes it down, with `mapLearn` it
-    /// gets a controller map instead, that learns the next controller. Interface thread.
+    /// A parameter of a component, strip or send was moved past the history, as a plug-in moves its
+    /// own: the project is modified, and `paramMoved`. Views go through `values` instead.
     void addMap(CObject* target, int param, float value);
+    /// The user moved a parameter: while recording the sequencer takes it down, with `mapLearn` it
+    /// gets a controller map instead, that learns the next controller. Interface thread.
+    void paramMoved(CObject* target, int param, float value);
     /// A send bus, cabled to the audio out; at most 32, else "Too many sends".
     void addSendClicked(CObject* = nullptr);
     void addGroupClicked(CObject* = nullptr);
@@ -175,12 +184,14 @@ public:
     /// take their time; a render needs all of them. Interface thread.
     bool makeStretcher();
 
-    /// The project has unsaved changes. Steps of the history say so, and what the user does past
-    /// them; automation that plays does not. Any thread.
+    /// Something changed past the history, and stays a change until the next save: by a controller
+    /// in the user's hands, not by automation that plays. Any thread.
     void setModified() {
-        modified = true;
-        changes.fetchAdd(1);
+        past.fetchAdd(1);
+        countChange();
     }
+    /// The project is not as it was. Any thread.
+    void countChange() { changes.fetchAdd(1); }
     /// Wakes the thread that computes peak images. Interface thread.
     void updatePeaks();
     /// The device was opened: takes on its block size and rate.

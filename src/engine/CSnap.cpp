@@ -38,7 +38,8 @@ int CSnap::getTicks() const {
 }
 
 int CSnap::asIndex() const {
-    return index >= 0 && index <= barIndex ? index : defaultIndex;
+    const int i = index;
+    return i >= 0 && i <= barIndex ? i : defaultIndex;
 }
 
 void CSnap::indexToSnap(int newIndex) {

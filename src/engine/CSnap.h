@@ -1,17 +1,18 @@
 #pragma once
 
+#include "base/Atomic.h"
 #include "base/CObject.h"
 
 class COnChange;
 
-/// A choice of grid. Interface thread.
+/// A choice of grid. Interface thread; what an undo brings back is in atomics.
 class CSnap : public CObject {
 public:
-    int index = 3;        ///< 0 to 6: 30, 60, 120, 240, 480, 960 ticks, and a bar of `num`/`den`
+    Shared<int> index{3}; ///< 0 to 6: 30, 60, 120, 240, 480, 960 ticks, and a bar of `num`/`den`
     int num = 4, den = 4; ///< 1 to 960 (see `setBar`)
-    bool active = true;
-    bool triplet = false, dotted = false; ///< dotted goes first
-    COnChange* onChange = nullptr;        ///< owned
+    Shared<bool> active{true};
+    Shared<bool> triplet{false}, dotted{false}; ///< dotted goes first
+    COnChange* onChange = nullptr;              ///< owned
 
     CSnap() = default;
     ~CSnap() override;

@@ -27,6 +27,7 @@ void CUndoItem::exchangeValues() {
     exchangeField(intField, intValue);
     exchangeField(floatField, floatValue);
     exchangeField(ptrField, ptrValue);
+    if (kept) kept->exchange();
 }
 
 void CUndoItem::exchangeName() {
@@ -123,6 +124,14 @@ CUndoItem* CUndo::asAct(CObject* object, int tag, int tag2) {
     return item;
 }
 
+void CUndo::asValue(const StoredValue& value, const StoredValue::Numbers& before) {
+    for (const auto* item : each<CUndoItem>(items))
+        if (item->kept && item->kept->value == value) return;
+    CUndoItem* item = newItem(nullptr);
+    item->kept = std::make_unique<KeptValue>(KeptValue{value, before});
+    item->linked = true;
+}
+
 void CUndo::drop(const CObject* object) {
     CList old;
     while (auto* item = static_cast<CUndoItem*>(items.first())) {
@@ -132,7 +141,7 @@ void CUndo::drop(const CObject* object) {
     lastItem = nullptr;
     while (auto* item = static_cast<CUndoItem*>(old.first())) {
         old.del(0);
-        if (item->object == object) {
+        if (item->object == object || (item->kept && item->kept->value.object == object)) {
             delete item;
             continue;
         }

@@ -3,6 +3,9 @@
 #include "base/CList.h"
 #include "base/CObject.h"
 #include "base/CStr.h"
+#include "engine/StoredValue.h"
+
+#include <memory>
 
 class CComp;
 class CUndo;
@@ -51,7 +54,8 @@ public:
     float floatValue = 0.0f;
     CStr* nameField = nullptr;
     CStr nameValue;
-    int tag = 0, tag2 = 0;       ///< for `CComp::perform`
+    std::unique_ptr<KeptValue> kept; ///< of a value of the user, or null
+    int tag = 0, tag2 = 0;           ///< for `CComp::perform`
     CList reorder;               ///< of CSendRecord, owned: send levels around a change of buses
     CList parts;                 ///< free list for `CComp::perform`, contents not owned
     CList* addTo = nullptr;      ///< where the object goes, in the forward direction, or null
@@ -84,6 +88,7 @@ public:
     CComp* comp;           ///< whose `perform` is called and who is notified
     unsigned flagBits = 0; ///< UndoFlags and notifications
     bool busy = false;
+    bool viewOnly = false;         ///< how the project is shown: nothing that counts as a change
     CList items;                   ///< of CUndoItem, owned
     CUndoItem* lastItem = nullptr; ///< of `items`
 
@@ -107,6 +112,9 @@ public:
     /// A change of the component's own to an object that stays where it is: `perform` carries it
     /// out, and takes it back. The object outlives the step.
     CUndoItem* asAct(CObject* object, int tag, int tag2 = 0);
+    /// For a value that has been set already: `before` is what it was. One that the step has keeps
+    /// what it was at first.
+    void asValue(const StoredValue& value, const StoredValue::Numbers& before);
     /// Deletes the items about an object.
     void drop(const CObject* object);
 

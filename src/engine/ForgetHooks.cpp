@@ -2,6 +2,7 @@
 
 #include "engine/CMap.h"
 #include "engine/CQV.h"
+#include "engine/ValueDoor.h"
 
 #include <algorithm>
 #include <cassert>
@@ -31,5 +32,6 @@ void forgetMaps(CQV* host, const CObject* object) {
 void forgetObject(CQV* host, CObject* object) {
     forgetMaps(host, object);
     dropCables(host, object);
+    host->values->forget(object);
     for (int i = 0; i < numHooks; ++i) hooks[i](host, object);
 }

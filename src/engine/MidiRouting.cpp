@@ -27,7 +27,10 @@ public:
         if (bound(qv->ctrlStop) && value > 0 && qv->playing) qv->stop();
         if (bound(qv->ctrlRewind) && value > 0) qv->setPos(0.0);
         if (bound(qv->ctrlRecord) && (value > 0) != (qv->recording != 0)) qv->rec();
-        if (bound(qv->ctrlTempo)) qv->setTempo(float(value * 2));
+        if (bound(qv->ctrlTempo)) {
+            qv->setTempo(float(value * 2));
+            qv->setModified();
+        }
     }
 
 private:
@@ -36,6 +39,7 @@ private:
         if (binding != unlearned) return binding == number;
         binding = number;
         qv->learned = 1;
+        qv->setModified();
         return false;
     }
 
@@ -84,7 +88,10 @@ bool CQV::midiMapped(CComp* c, CMIDIQ* queue, CMIDIBytes* e) {
     bool consumed = false;
     for (CMap* map : each<CMap>(program->items)) {
         if (!map->target || (map->target != c && map->comp != c)) continue;
-        if (map->learn(e)) consumed = true;
+        if (map->learn(e)) {
+            consumed = true;
+            setModified();
+        }
         if (!queue || map->cc != asByte1(e->data)) continue;
         map->serve(queue, e);
         consumed = true;
@@ -134,6 +141,10 @@ CMap* findMap(const CMapProg* program, const CObject* target, int param) {
 
 void CQV::addMap(CObject* target, int param, float value) {
     setModified();
+    paramMoved(target, param, value);
+}
+
+void CQV::paramMoved(CObject* target, int param, float value) {
     if (!mapLearn) {
         CComp* seq = recording ? feedingSeq(target) : nullptr;
         if (seq) seq->recParam(target, param, value);

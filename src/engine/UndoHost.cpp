@@ -6,6 +6,7 @@
 #include "engine/EditorHooks.h"
 #include "engine/ForgetHooks.h"
 #include "engine/SendOrder.h"
+#include "engine/ValueDoor.h"
 
 #include <algorithm>
 
@@ -68,7 +69,28 @@ bool UndoHost::undoBusy() const {
     return pending.loadAcquire() || openSteps.getCount() > takes;
 }
 
+UndoHost::SaveMark UndoHost::saveMark() {
+    qv->values->settle();
+    const bool inTake = recUndo && !recUndo->items.empty(); // the file has a part of it
+    return {inTake ? nowhere : undoIndex, past};
+}
+
+void UndoHost::markSaved(const SaveMark& mark) {
+    savedIndex = mark.index;
+    savedPast = mark.past;
+}
+
+bool UndoHost::modified() const {
+    if (savedIndex == nowhere || savedPast != past || qv->values->moved()) return true;
+    if (recUndo && !recUndo->items.empty()) return true;
+    const auto [from, to] = std::minmax(savedIndex, undoIndex);
+    for (int i = from + 1; i <= to; ++i)
+        if (!static_cast<CUndo*>(undoList.items(i))->viewOnly) return true;
+    return false;
+}
+
 CUndo* UndoHost::undoStart(const CStr& name, CComp* comp, unsigned flags) {
+    qv->values->settle();
     settle();
     auto* u = new CUndo(name, comp ? comp : qv, flags);
     openSteps.add(u);
@@ -92,7 +114,9 @@ void UndoHost::undoEnd(CUndo* u, bool wait) {
 }
 
 void UndoHost::undoClear() {
+    qv->values->end();
     settle();
+    const bool unsaved = modified();
     if (recUndo) {
         openSteps.remove(recUndo);
         undoList.addUnique(recUndo);
@@ -100,9 +124,11 @@ void UndoHost::undoClear() {
     }
     freeSteps(0);
     undoIndex = -1;
+    savedIndex = unsaved ? nowhere : undoIndex;
 }
 
 void UndoHost::undoClicked(CObject*) {
+    qv->values->end();
     settle();
     if (qv->recording || recUndo || undoIndex < 0) return;
     auto* u = static_cast<CUndo*>(undoList.items(undoIndex--));
@@ -110,6 +136,7 @@ void UndoHost::undoClicked(CObject*) {
 }
 
 void UndoHost::redoClicked(CObject*) {
+    qv->values->end();
     settle();
     if (qv->recording || recUndo || undoIndex + 1 >= undoList.getCount()) return;
     auto* u = static_cast<CUndo*>(undoList.items(++undoIndex));
@@ -194,10 +221,11 @@ void UndoHost::eachHeld(const std::function<void(CObject*)>& visit) {
 void UndoHost::forgetInSteps(const CObject* object) {
     for (const CList* steps : {&undoList, &openSteps})
         for (auto* u : each<CUndo>(*steps)) u->drop(object);
+    qv->values->forget(object);
 }
 
 void UndoHost::queue(CUndo* u, Op op) {
-    qv->setModified();
+    qv->countChange();
     reserveSends(u);
     for (auto* item : each<CUndoItem>(u->items))
         if (CComp* c = asComp(item->object); c && enters(item, op != opUndone)) c->sleep(0);
@@ -233,6 +261,7 @@ void UndoHost::reserveSends(CUndo* u) {
 /// Frees all steps but the first `keep`, the latest first, and what they hold.
 void UndoHost::freeSteps(int keep) {
     if (undoList.getCount() <= keep) return;
+    if (savedIndex >= keep) savedIndex = nowhere;
     qv->parkWorkers();
     {
         const GraphHold hold(qv);

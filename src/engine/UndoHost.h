@@ -24,6 +24,17 @@ public:
     CList undoList;           ///< of CUndo, owned
     int undoIndex = -1;       ///< of the step that is undone next, -1 none
     CUndo* recUndo = nullptr; ///< step of the take that is being recorded
+    /// A state of the project: a place in the history, and a count of what was changed past it.
+    struct SaveMark {
+        int index = -1;
+        unsigned past = 0;
+    };
+    SaveMark saveMark();                                           ///< of the present state
+    SaveMark savedMark() const { return {savedIndex, savedPast}; } ///< of the saved state
+    /// A file holds the project as it was at `mark`; undo back to there makes it unmodified.
+    void markSaved(const SaveMark& mark);
+    /// The project has unsaved changes. Interface thread.
+    bool modified() const;
     /// The edit guard: a step is open or on its way (a take's step does not count).
     bool undoBusy() const;
 
@@ -52,10 +63,15 @@ public:
     void setHeldRate(double rate);
     /// Calls `visit` for every object that a step holds off the graph.
     void eachHeld(const std::function<void(CObject*)>& visit);
-    /// Drops what steps tell about an object that is about to be freed from the graph itself.
+    /// Drops what steps and an open gesture tell about an object that is about to be freed from the
+    /// graph itself.
     void forgetInSteps(const CObject* object);
 
+protected:
+    Shared<unsigned> past{0}; ///< counts what changed past the history
+
 private:
+    static constexpr int nowhere = -2; ///< no place of the history is as the file
     enum Op : int { opDone = 1, opUndone = 2, opRedone = 4 }; ///< as told to `CComp::perform`
 
     void queue(CUndo* u, Op op);
@@ -74,6 +90,8 @@ private:
 
     CQV* qv;
     CList openSteps;          ///< of CUndo, not owned: started and not ended
+    int savedIndex = -1;      ///< where `undoIndex` was when the project was saved, or `nowhere`
+    unsigned savedPast = 0;   ///< and `past`
     CUndo* running = nullptr; ///< the step on its way, and its direction; interface thread
     Op runningOp = opDone;
     Shared<bool> pending{false}; ///< set when a step is queued, cleared (release) when it is done

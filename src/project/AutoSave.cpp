@@ -60,13 +60,14 @@ bool AutoSave::writing() const {
 
 bool AutoSave::isDue(int now) const {
     const CQV* host = project.host;
-    if (writer || !host->modified || copied == host->changes) return false;
+    if (writer || !host->modified() || copied == host->changes) return false;
     const int pause = std::max(shortestPauseMs, saturate(int64_t(lastMs) * pauseFactor));
     return !lastEnd || now - *lastEnd >= pause;
 }
 
 void AutoSave::idle(int now) {
     if (writer && writer->done) finishWriter(now);
+    if (file && !writer && !project.host->modified()) discard(); // undone back to what is saved
     if (isDue(now))
         begin();
     else

@@ -76,11 +76,13 @@ bool save(const Project& project, const CStr& path, bool keeps) {
     host->projectFile = path;
     errno = 0;
     SafeFile file(path);
+    const UndoHost::SaveMark mark = host->saveMark();
     if (keeps == !kept.empty() && file.stream() && saveToStream(project, file.stream())) {
         flushToDisk(freshAudio(host));
         if (file.commit(true)) {
             host->keepSamples();
-            host->modified = host->damaged = false;
+            host->markSaved(mark);
+            host->damaged = false;
             project.ui->projectChanged(path);
             return true;
         }

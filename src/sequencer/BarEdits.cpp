@@ -98,6 +98,8 @@ private:
         for (auto* point : each<CPart>(points)) {
             if (point->pos >= right)
                 recordMove(undo, point, -span);
+            else if (point == last && !followed && point->pos == left)
+                continue;
             else if (point == last && !followed)
                 recordMove(undo, point, left - point->pos);
             else if (point->pos >= left)

@@ -88,7 +88,7 @@ void CSeq::doUpdate(int code) {
         sortByPos(prog->tempos);
     }
     updateGhostCount();
-    askTempo();
+    tempoChanged();
     update(updateParts);
 }
 

@@ -226,15 +226,11 @@ public:
     void dropVoices();
 
     // Tempo. All fall back on the host's constant tempo while there is no program.
-    /// Where the tempo in force at the position is stored: in the last point at or before it, else
-    /// in `CQV::songTempo`. Interface thread.
-    Shared<float>& tempoHere();
-    /// Changes that value, which is kept within 10 to 250, as one step of the history; nothing when
-    /// it is the same already. Interface thread.
-    void setTempoHere(float bpm);
-    /// Changes a value of `tempoHere` without a step and lets it be heard: for as long as a drag
-    /// lasts. Its end sets the first value again, and calls `setTempoHere`. Interface thread.
-    void tryTempo(Shared<float>& value, float bpm);
+    /// The point whose tempo is in force at the position; null before the first, where
+    /// `CQV::songTempo` is. Interface thread.
+    CTempoPart* tempoPointHere();
+    /// One of them was changed: what is in force is heard from the next block on. Any thread.
+    void tempoChanged();
     double framesToTicks(double ticks, double frames, int rate);
     double ticksToFrames(int from, int ticks, int rate);
     CTempoPart* getTempoAtPos(int tick);
@@ -298,7 +294,6 @@ private:
     void freezeMoved(CUndoItem* step, const CList* list, bool back);
     void purgeSelection();
     float tempoBefore(const CSeqProg* prog) const;
-    void askTempo();
     void stopTake();
     void bindLinks();
     void linkEnds(CTrack* track);

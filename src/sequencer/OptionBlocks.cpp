@@ -119,7 +119,8 @@ void writeOptions(SongWriting& w) {
     writeIntBlock(s, "mxv", w.seq->maxVoices);
     const CSnap& snap = *w.seq->snap;
     s->writeId("snap", snapBytes);
-    for (bool on : {snap.active, snap.triplet, snap.dotted, false}) s->writeByte(on);
+    for (bool on : {snap.active.load(), snap.triplet.load(), snap.dotted.load(), false})
+        s->writeByte(on);
     s->writeInt(snap.asIndex());
 }
 

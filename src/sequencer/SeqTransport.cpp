@@ -419,29 +419,12 @@ void CSeq::followTempo(int frames) {
     host->tempo = point ? point->getTempo() : float(host->songTempo);
 }
 
-Shared<float>& CSeq::tempoHere() {
+CTempoPart* CSeq::tempoPointHere() {
     CSeqProg* prog = getProg();
-    CTempoPart* point = prog ? tempoInForce(prog, host->frames) : nullptr;
-    return point ? point->tempo : host->songTempo;
+    return prog ? tempoInForce(prog, host->frames) : nullptr;
 }
 
-void CSeq::setTempoHere(float bpm) {
-    Shared<float>& value = tempoHere();
-    const float wanted = fLimit(bpm, minTempo, maxTempo);
-    if (value == wanted) return;
-    CUndo* step = host->undoStart("Tempo", this, undoSongChanged);
-    step->asFloat(value.address());
-    value = wanted;
-    host->undoEnd(step, true);
-}
-
-void CSeq::tryTempo(Shared<float>& value, float bpm) {
-    value = fLimit(bpm, minTempo, maxTempo);
-    askTempo();
-}
-
-/// Adopts what the tempo points say now. Any thread that may make transport calls.
-void CSeq::askTempo() {
+void CSeq::tempoChanged() {
     TransportCall call;
     call.target = this;
     call.act = [](CObject* target, double, void*) {

@@ -175,7 +175,7 @@ TEST_F(MainWinTest, MenusOfferWhatCanBeDone) {
                                        "Delete\tDEL (off)\nSelect All\tCTRL + A (off)\n");
     EXPECT_TRUE(has(menu(win.get(), "Part"), "Glue\tCTRL + G (off)"));
     EXPECT_TRUE(has(menu(win.get(), "Song"), "Insert bars\tSHIFT + I"));
-    host->modified = false;
+    host->markSaved(host->saveMark());
     ASSERT_TRUE(load(kindModular));
     EXPECT_EQ(menu(win.get(), "Track"), "no such menu");
     EXPECT_FALSE(has(menu(win.get(), "File"), "Import MIDI file..."));

@@ -62,7 +62,7 @@ TEST_F(ProjectFlowsTest, EachKindBringsItsSong) {
     for (const auto& c : cases) {
         ASSERT_TRUE(load(c.kind)) << c.kind;
         EXPECT_EQ(tracks(), c.tracks) << c.kind;
-        EXPECT_FALSE(host->modified) << c.kind;
+        EXPECT_FALSE(host->modified()) << c.kind;
         EXPECT_TRUE(host->getAudioOut()) << c.kind;
         EXPECT_EQ(host->undoIndex, -1) << c.kind;
     }
@@ -110,7 +110,7 @@ TEST_F(ProjectFlowsTest, CancelledSaveChangesNothing) {
     keysInDialog("Save as", {"Escape"});
     key("ctrl+s");
     EXPECT_EQ(titles, Strings{"Save as"});
-    EXPECT_TRUE(host->modified);
+    EXPECT_TRUE(host->modified());
     EXPECT_TRUE(host->projectFile.empty());
     EXPECT_EQ(tracks(), 1);
 }
@@ -203,7 +203,7 @@ TEST_F(ProjectFlowsTest, KeepsADefaultProject) {
     for (int i = 0; i < 3; i++) addTrack();
     win->flows->setDefaultClicked();
     EXPECT_TRUE(host->projectFile.empty());
-    EXPECT_TRUE(host->modified) << "the project itself is not saved";
+    EXPECT_TRUE(host->modified()) << "the project itself is not saved";
     keysInDialog("Sondrava", {"n"});
     ASSERT_TRUE(load(kindDefault));
     EXPECT_EQ(tracks(), 3);
@@ -254,11 +254,11 @@ TEST_F(ProjectFlowsTest, OffersWhatACrashLeft) {
     start("2");
     messageHooks().setStatus = [](const CStr& text) { status = text.asChar(); };
     ASSERT_TRUE(pumpUntil([&] { return tracks() == 2 && !app->modalWin; }));
-    EXPECT_TRUE(host->modified);
+    EXPECT_TRUE(host->modified());
     EXPECT_EQ(host->projectFile, path.c_str());
     EXPECT_EQ(status.find("Loading"), std::string::npos) << "that is over: " << status;
     key("ctrl+s");
-    EXPECT_TRUE(pumpUntil([&] { return !host->modified; }));
+    EXPECT_TRUE(pumpUntil([&] { return !host->modified(); }));
     EXPECT_FALSE(fileExists(copy.c_str()));
 }
 

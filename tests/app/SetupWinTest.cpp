@@ -406,7 +406,7 @@ TEST_F(SetupWinTest, ShortcutsAreInForceAtOnceAndKept) {
         settle();
     }
     host->stop();
-    host->modified = false;
+    host->markSaved(host->saveMark());
     win->hide();
     closeProgram();
     start();
@@ -478,9 +478,9 @@ TEST_F(SetupWinTest, AudioFolderNeedsASavedProject) {
     win->projectChanged();
     click(find<CCtrl>("Create"));
     EXPECT_TRUE(folderExists(at("my.song_audio").c_str()));
-    EXPECT_TRUE(host->modified);
+    EXPECT_TRUE(host->modified());
     EXPECT_FALSE(find<CCtrl>("Create")->enabled);
-    host->modified = false;
+    host->markSaved(host->saveMark());
 }
 
 /// Tab walks through all fields of each page and back to the tabs; keys alone choose a page.

@@ -88,7 +88,7 @@ TEST(CQV, ClearLeavesAnEmptyProject) {
          {&host->comps, &host->sends, &host->samples, &host->maps, &host->undoList})
         EXPECT_TRUE(list->empty());
     EXPECT_TRUE(host->undoIndex == -1 && !host->recUndo && host->audioFolder.empty());
-    EXPECT_FALSE(host->undoBusy() || host->playing || host->recording || host->modified);
+    EXPECT_FALSE(host->undoBusy() || host->playing || host->recording || host->modified());
     EXPECT_EQ(host->pos, 0.0);
     t.run();
     host->idle();

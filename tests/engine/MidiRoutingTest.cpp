@@ -165,14 +165,16 @@ TEST(MidiRouting, WhatTheUserMovesIsUnsaved) {
         {true, [&] { strip->movePan(0.5f); }},
         {true, [&] { t.host->addMap(t.target, 3, 0.5f); }},
         {true, [&] { t.turn(7, 20); }},
+        {true, [&] { t.host->ctrlTempo = -2, t.turn(9, 60); }}, // learned
+        {true, [&] { t.turn(9, 60); }},
         {false, [&] { t.turn(8, 20); }},
         {false, [&] {
              t.target->moves = {{0, strip, 0, 0.25f}}, t.run();
          }}};
     for (size_t k = 0; k < std::size(cases); ++k) {
-        t.host->modified = false;
+        t.host->markSaved(t.host->saveMark());
         cases[k].second();
-        EXPECT_EQ(t.host->modified, cases[k].first) << "case " << k;
+        EXPECT_EQ(t.host->modified(), cases[k].first) << "case " << k;
     }
 }
 

@@ -39,7 +39,7 @@ private:
 TEST_F(UndoHostTest, EmptyStepLeavesNothingButItsNotification) {
     host->updateFlags = 0;
     step([&](CUndo*) { EXPECT_TRUE(host->undoBusy()); }, 0x40);
-    EXPECT_FALSE(host->undoBusy() || host->modified);
+    EXPECT_FALSE(host->undoBusy() || host->modified());
     EXPECT_TRUE(host->undoList.empty());
     EXPECT_EQ(host->updateFlags, 0x40u);
 }

@@ -39,7 +39,7 @@ TEST(AutoSave, CopiesWhatIsUnsaved) {
     EXPECT_FALSE(copied("one", 1000) || fileExists(copy)) << "nothing has changed";
     change("one");
     EXPECT_TRUE(copied("one", 2000));
-    EXPECT_TRUE(f.host->modified) << "a copy is no save";
+    EXPECT_TRUE(f.host->modified()) << "a copy is no save";
     change("two");
     EXPECT_FALSE(copied("two", 3900)) << "too early";
     EXPECT_TRUE(copied("two", 1000000));
@@ -77,7 +77,7 @@ TEST(AutoSave, RecoversAndGoesOn) {
     EXPECT_EQ(other.recover(left[0]), LoadResult::notProject) << "it is taken";
     EXPECT_EQ(f.host->id, "two");
     EXPECT_EQ(f.host->projectFile, path);
-    EXPECT_TRUE(f.host->modified);
+    EXPECT_TRUE(f.host->modified());
     ASSERT_TRUE(saveProject(f.project, path));
     autoSave.discard();
     EXPECT_FALSE(fileExists(copy));

@@ -54,7 +54,7 @@ TEST(Saving, ReplacesTheFileAndKeepsTheOneBefore) {
         f.host->id = version;
         f.host->setModified();
         EXPECT_TRUE(saveProject(f.project, path));
-        EXPECT_FALSE(f.host->modified);
+        EXPECT_FALSE(f.host->modified());
         EXPECT_EQ(f.host->projectFile, path);
     }
     EXPECT_NE(folder.read("song.qv~").find("first"), std::string::npos);
@@ -85,7 +85,7 @@ TEST(Saving, FailureLeavesTheOldFileAlone) {
         EXPECT_FALSE(RecoveryFile(folder.file(name)).write(content));
         EXPECT_EQ(folder.read("song.qv"), "old");
         EXPECT_EQ(filesIn(folder.path), 1);
-        EXPECT_TRUE(f.host->modified);
+        EXPECT_TRUE(f.host->modified());
     }
     inifile = "";
 }

@@ -1,6 +1,8 @@
 #include "SongFixture.h"
 
+#include "engine/ValueDoor.h"
 #include "sequencer/SongPlayback.h"
+#include "sequencer/SongValues.h"
 
 namespace {
 
@@ -155,14 +157,14 @@ TEST(SongPlayback, TheTempoInForceIsChangedAsOneStep) {
           {4000.0, {90.0f, 60.0f, 60.0f}, {90.0f, 250.0f, 250.0f}}}) {
         f.host.setPos(tick);
         ASSERT_EQ(tempos(), before) << tick;
-        f.seq->tryTempo(f.seq->tempoHere(), 100.0f);
-        EXPECT_EQ(f.host.tempo, 100.0f) << "heard while it is dragged";
-        f.seq->tryTempo(f.seq->tempoHere(), before[2]);
+        const StoredValue tempo = tempoHereOf(f.seq);
         const int steps = f.host.undoIndex;
-        f.host.modified = false;
-        f.seq->setTempoHere(1000.0f);
-        EXPECT_TRUE(f.host.modified);
-        f.seq->setTempoHere(1000.0f);
+        f.host.values->begin();
+        f.host.values->set(tempo, 100.0);
+        EXPECT_EQ(f.host.tempo, 100.0f) << "heard while it is dragged";
+        f.host.values->set(tempo, 1000.0);
+        f.host.values->end();
+        f.host.values->set(tempo, 1000.0);
         EXPECT_EQ(tempos(), after) << tick;
         EXPECT_EQ(f.host.undoIndex, steps + 1) << "nothing changed the second time";
         f.undo();

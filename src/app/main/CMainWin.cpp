@@ -19,6 +19,7 @@
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "engine/CSnap.h"
+#include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/Keys.h"
 #include "gui/Selections.h"
@@ -146,6 +147,10 @@ bool CMainWin::keyDown(int key, int mods) {
 
 bool CMainWin::handleKeyDown(CObject* sender, int& key, int mods) {
     auto* from = static_cast<CWin*>(static_cast<CCtrl*>(sender));
+    if (key == keyEscape && qv->values->dragging()) {
+        qv->values->cancel();
+        return true;
+    }
     if (app->keyHookCtrl) {
         if (key == keyEscape) qv->mapLearn = 0;
         return key == keyEscape;
@@ -284,7 +289,7 @@ void CMainWin::showRecent(int x, int y) {
 }
 
 void CMainWin::setCaptionText() {
-    const bool modified = qv->modified;
+    const bool modified = qv->modified();
     if (modified == captionModified && captionFile == qv->projectFile) return;
     captionModified = modified;
     captionFile = qv->projectFile;

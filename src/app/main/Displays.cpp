@@ -2,6 +2,8 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/StripValues.h"
+#include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -9,8 +11,10 @@
 #include "gui/controls/CPopup.h"
 #include "sequencer/Bars.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/SongValues.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 
 namespace {
@@ -19,7 +23,8 @@ constexpr int fieldTop = 4;
 constexpr int fieldHeight = 48;
 constexpr int titleHeight = 16;
 constexpr int margin = 8;
-constexpr float fineStep = 0.1f;
+constexpr double fineStep = 0.1;
+constexpr int typedRoom = 5; ///< figures that the field of the tempo takes
 
 struct Signature {
     unsigned char num, den;
@@ -140,37 +145,108 @@ void CSignatureDisplay::chosen(CObject* sender) {
     CSeq* seq = songOf(qv);
     if (!seq) return;
     const Signature& s = signatures[static_cast<CMenuItem*>(sender)->tag];
-    seq->options.bytes[SongOptions::timeSigNum] = s.num;
-    seq->options.bytes[SongOptions::timeSigDen] = s.den;
-    qv->setModified();
-    seq->update(updateTracks);
+    qv->values->set(signatureOf(seq), {double(s.num), double(s.den)});
     refresh();
 }
 
 CTempoDisplay::CTempoDisplay(CWin* owner, int l, CQV* host)
     : CFigures(owner, "tempo", "TEMPO", l, displayWidth, host) {
-    hint = "Tempo: drag or turn the wheel, finely with Shift";
+    hint = "Tempo: drag or turn the wheel, finely with Shift, or double click and type";
+    tabStop = true;
+}
+
+StoredValue CTempoDisplay::value() const {
+    CSeq* seq = songOf(qv);
+    return seq ? tempoHereOf(seq) : tempoOf(qv);
 }
 
 CStr CTempoDisplay::figures() const {
-    return formatted("%.1f", double(qv->tempo));
+    if (!typing) return formatted("%.1f", value().get()[0]);
+    return typed.length() < typedRoom ? typed + "-" : typed;
+}
+
+void CTempoDisplay::paint(CGraphic* g, CRect rect) {
+    CFigures::paint(g, rect);
+    if (hasKeyFocus()) g->frameRect(win->app->gui->palette.accent, clientRect());
 }
 
 void CTempoDisplay::mouseDown(int x, int y, int btn) {
     CFigures::mouseDown(x, y, btn);
-    dragFrom = y;
-    dragTempo = qv->tempo;
+    if (btn & modRight) {
+        if (qv->values->dragging()) qv->values->cancel();
+    } else if (btn & modDouble) {
+        win->setKeyCtrl(this);
+        typeKey(0);
+    } else if (btn & modLeft) {
+        dragFrom = y;
+        dragged = value();
+        dragTempo = dragged.get()[0];
+        qv->values->begin();
+    }
 }
 
 void CTempoDisplay::mouseMove(int, int y, int btn) {
-    constexpr float pixelsPerBeat = 2.0f;
-    if (!(btn & modLeft) || !isPushed()) return;
-    const float step = btn & modShift ? fineStep : 1.0f;
-    qv->setTempo(dragTempo + float(dragFrom - y) / pixelsPerBeat * step);
+    constexpr double pixelsPerBeat = 2.0;
+    if (!(btn & modLeft) || !isPushed() || typing || !qv->values->dragging()) return;
+    const double unit = btn & modShift ? fineStep : 1.0;
+    qv->values->set(dragged, dragTempo + (dragFrom - y) / pixelsPerBeat * unit);
+}
+
+void CTempoDisplay::mouseUp(int x, int y, int btn) {
+    CFigures::mouseUp(x, y, btn);
+    if (qv->values->dragging()) qv->values->end();
 }
 
 bool CTempoDisplay::mouseWheel(int, int, int btn, int dy, int) {
-    const float step = btn & modShift ? fineStep : 1.0f;
-    qv->setTempo(qv->tempo + (dy > 0 ? step : -step));
+    if (dy) step(dy > 0 ? 1 : -1, btn);
     return true;
+}
+
+void CTempoDisplay::step(int by, int mods) {
+    if (qv->values->dragging()) return;
+    qv->values->nudge(value(), value().get()[0] + by * (mods & modShift ? fineStep : 1.0));
+}
+
+bool CTempoDisplay::keyDown(int key, int mods) {
+    if (CFigures::keyDown(key, mods)) return true;
+    if (mods & (modControl | modAlt)) return false;
+    if (typing && (key == keyReturn || key == keyEscape)) {
+        endTyping(key == keyReturn);
+        return true;
+    }
+    if (!typing && (key == ::keyUp || key == ::keyDown)) {
+        step(key == ::keyUp ? 1 : -1, mods);
+        return true;
+    }
+    const bool figure = (key >= '0' && key <= '9') || key == '.' || key == ',';
+    return (figure || (typing && key == keyBackspace)) && typeKey(key);
+}
+
+/// A figure, a point, or Backspace; 0 only begins.
+bool CTempoDisplay::typeKey(int key) {
+
+    if (!typing) typed = "";
+    typing = true;
+    type = ctrlEdit; // the keys of the program are text now
+    if (key == keyBackspace)
+        typed = typed.sub(0, typed.length() - 1);
+    else if (key && typed.length() < typedRoom)
+        typed += CStr(char(key == ',' ? '.' : key));
+    refresh();
+    return true;
+}
+
+void CTempoDisplay::endTyping(bool take) {
+    if (!typing) return;
+    typing = false;
+    type = 0;
+    double bpm = 0.0;
+    std::from_chars(typed.asChar(), typed.asChar() + typed.length(), bpm);
+    if (take && bpm > 0.0) qv->values->set(value(), bpm);
+    refresh();
+}
+
+void CTempoDisplay::setFocus(bool on) {
+    CFigures::setFocus(on);
+    if (!on) endTyping(true);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/main/Digits.h"
+#include "engine/StoredValue.h"
 #include "gui/CCtrl.h"
 
 class CQV;
@@ -68,7 +69,9 @@ private:
     void chosen(CObject* sender);
 };
 
-/// Beats per minute. The wheel and a vertical drag change it, finely with Shift.
+/// Beats per minute at the song's position. The wheel, a vertical drag and the arrow keys change
+/// it, finely with Shift; after a double click, or with the focus, it can be typed: Return or the
+/// loss of the focus takes it, Escape does not.
 class CTempoDisplay : public CFigures {
 public:
     CTempoDisplay(CWin* win, int left, CQV* host);
@@ -76,12 +79,24 @@ public:
 
     void mouseDown(int x, int y, int btn) override;
     void mouseMove(int x, int y, int btn) override;
+    void mouseUp(int x, int y, int btn) override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
+    bool keyDown(int key, int mods) override;
+    void setFocus(bool on) override;
+    void paint(CGraphic* g, CRect rect) override;
 
 protected:
     CStr figures() const override;
 
 private:
+    StoredValue value() const;
+    void step(int by, int mods);
+    bool typeKey(int key);
+    void endTyping(bool take);
+
     int dragFrom = 0;
-    float dragTempo = 0.0f;
+    StoredValue dragged{}; ///< what the drag has taken hold of
+    double dragTempo = 0.0;
+    bool typing = false;
+    CStr typed;
 };

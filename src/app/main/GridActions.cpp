@@ -3,12 +3,16 @@
 #include "base/CStr.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
+#include "engine/CQV.h"
 #include "engine/CSnap.h"
+#include "engine/ValueDoor.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/SongValues.h"
 
 namespace {
 
 constexpr int finest = 0, barIndex = 6;
+enum GridNumber : size_t { gridIndex, gridActive }; ///< of `gridOf`
 constexpr const char* gridNames[] = {"1/128", "1/64", "1/32", "1/16", "1/8", "1/4", "bar"};
 
 void tell(const CSnap& snap) {
@@ -20,13 +24,15 @@ void tell(const CSnap& snap) {
 } // namespace
 
 void toggleSnap(CSeq* seq) {
-    CSnap& snap = *seq->snap;
-    snap.active = !snap.active;
-    tell(snap);
+    StoredValue::Numbers grid = gridOf(seq).get();
+    grid[gridActive] = grid[gridActive] == 0.0 ? 1.0 : 0.0;
+    seq->host->values->set(gridOf(seq), grid);
+    tell(*seq->snap);
 }
 
 void stepSnap(CSeq* seq, int by) {
-    CSnap& snap = *seq->snap;
-    snap.indexToSnap(asMinMax(snap.asIndex() + by, finest, barIndex));
-    tell(snap);
+    StoredValue::Numbers grid = gridOf(seq).get();
+    grid[gridIndex] = asMinMax(asInt(grid[gridIndex]) + by, finest, barIndex);
+    seq->host->values->nudge(gridOf(seq), grid);
+    tell(*seq->snap);
 }

@@ -7,7 +7,10 @@
 #include "app/main/ProjectFlows.h"
 #include "engine/CClick.h"
 #include "engine/CQV.h"
+#include "engine/StripValues.h"
+#include "engine/ValueDoor.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/SongValues.h"
 
 const MainActions::Command MainActions::commands[] = {
     {"new", &MainActions::newProject},
@@ -101,9 +104,10 @@ void MainActions::stop() {
 }
 
 void MainActions::loop() {
-    const int on = !qv->loop;
-    qv->loop = on;
-    if (CSeq* seq = songOf(qv)) seq->setLoop(on);
+    const double on = qv->loop ? 0.0 : 1.0;
+    CSeq* seq = songOf(qv);
+    CSeqProg* prog = seq ? seq->getProg() : nullptr;
+    qv->values->set(prog ? loopOf(prog) : loopOf(qv), {on, prog ? on : 0.0});
 }
 
 void MainActions::rewind() {

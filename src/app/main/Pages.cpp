@@ -120,6 +120,7 @@ void Pages::dockWin(CCompEditor* editor, int where, bool maximize, CUndo* undo) 
     CUndo* step =
         undo ? undo : qv->undoStart(where == unDock ? "Un-dock" : "Dock", qv, updatePages);
     step->flagBits |= updatePages;
+    if (!undo) step->viewOnly = true;
     if (where == newPage) step->asAdd(new CDock(docker.get(), editor->id), &docker->docks);
     const int to = where == newPage ? count : where == unDock ? -1 : where;
     change(step, record.pageItem, to < 0 ? 0 : lastPlace(to) + 1);

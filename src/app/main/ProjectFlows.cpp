@@ -166,7 +166,7 @@ void ProjectFlows::setDefaultClicked() {
 bool ProjectFlows::mayLeave() {
     if (asking) return false;
     if (qv->recording) qv->endTake();
-    if (!qv->modified || !iniReadInt("options", "savePrompt", 1)) return true;
+    if (!qv->modified() || !iniReadInt("options", "savePrompt", 1)) return true;
     const CStr text = qv->projectFile.empty() ? CStr("Save changes?")
                                               : CStr("Save changes to ") + qv->projectFile + "?";
     asking = true;

@@ -38,5 +38,5 @@ void createProject(CQV* host, int kind) {
         kinds[kind].create(seq);
         frameSong(seq);
     }
-    host->modified = false;
+    host->markSaved(host->saveMark());
 }

@@ -7,6 +7,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/CSnap.h"
+#include "engine/ValueDoor.h"
 #include "sequencer/BarEdits.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/PartActions.h"
@@ -14,6 +15,7 @@
 #include "sequencer/PartMerge.h"
 #include "sequencer/Points.h"
 #include "sequencer/Quantize.h"
+#include "sequencer/SongValues.h"
 #include "sequencer/TrackInstrument.h"
 
 #include <algorithm>
@@ -188,7 +190,12 @@ void SongActions::priorBeat() {
 
 void SongActions::stepProg(int by) {
     const int index = seq()->curProg + by;
-    if (index >= 0 && index < seq()->numProgs()) seq()->setProg(index);
+    if (index < 0 || index >= seq()->numProgs()) return;
+    qv->values->begin("Program");
+    qv->values->set(programOf(seq()), index);
+    const double on = qv->loop ? 1.0 : 0.0; // the switch that is shown, which play goes by
+    qv->values->set(loopOf(prog()), {on, on});
+    qv->values->end();
 }
 
 void SongActions::priorProg() {
@@ -211,7 +218,7 @@ bool SongActions::locateSelection() {
         from = asMin(from, part->pos);
         to = asMax(to, part->pos + seq()->getTicks(part));
     }
-    seq()->setLoopSection(from, to);
+    qv->values->set(locatorsOf(prog()), {double(from), double(to)});
     return true;
 }
 
@@ -222,24 +229,27 @@ void SongActions::playSelection() {
 }
 
 void SongActions::loopSelection() {
-    if (!locateSelection()) return;
-    qv->loop = 1;
-    seq()->setLoop(1);
+    qv->values->begin("Loop selection");
+    if (locateSelection()) qv->values->set(loopOf(prog()), {1.0, 1.0});
+    qv->values->end();
 }
 
-/// Of the selected tracks: all on, unless all are.
-void SongActions::mute() {
+/// A switch of the selected tracks: all on, unless all are.
+void SongActions::toggle(StoredValue (*valueOf)(CSongTrack*)) {
     const auto& tracks = seq()->selectedTracks;
     bool all = true;
-    for (auto* t : each<CSongTrack>(tracks)) all = all && t->muted();
-    for (auto* t : each<CSongTrack>(tracks)) t->setMuted(!all);
+    for (auto* t : each<CSongTrack>(tracks)) all = all && valueOf(t).get()[0] != 0.0;
+    qv->values->begin();
+    for (auto* t : each<CSongTrack>(tracks)) qv->values->set(valueOf(t), all ? 0.0 : 1.0);
+    qv->values->end();
+}
+
+void SongActions::mute() {
+    toggle(mutedOf);
 }
 
 void SongActions::solo() {
-    const auto& tracks = seq()->selectedTracks;
-    bool all = true;
-    for (auto* t : each<CSongTrack>(tracks)) all = all && t->soloed();
-    for (auto* t : each<CSongTrack>(tracks)) t->setSoloed(!all);
+    toggle(soloedOf);
 }
 
 void SongActions::addTrack(int kind) {

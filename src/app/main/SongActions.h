@@ -5,6 +5,8 @@ class CMarkerPart;
 class CQV;
 class CSeq;
 class CSeqProg;
+class CSongTrack;
+struct StoredValue;
 
 /// What the actions on the song and its parts do that need no view of them. Without a song they do
 /// nothing. Interface thread.
@@ -63,6 +65,7 @@ private:
     void snapPrior();
     void snapNext();
 
+    void toggle(StoredValue (*valueOf)(CSongTrack*));
     bool recording() const;
     bool locateSelection();
     void stepProg(int by);

@@ -7,6 +7,7 @@
 #include "app/main/TrackPalette.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -14,6 +15,7 @@
 #include "gui/controls/CButton.h"
 #include "gui/controls/CScrollbar.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/SongValues.h"
 
 namespace {
 
@@ -83,11 +85,11 @@ void CTrackRow::mouseDown(int x, int y, int btn) {
 }
 
 void CTrackRow::muteClicked(CObject*) {
-    track->setMuted(!track->muted());
+    qv->values->set(mutedOf(track), track->muted() ? 0.0 : 1.0);
 }
 
 void CTrackRow::soloClicked(CObject*) {
-    track->setSoloed(!track->soloed());
+    qv->values->set(soloedOf(track), track->soloed() ? 0.0 : 1.0);
 }
 
 void CTrackRow::refresh() {

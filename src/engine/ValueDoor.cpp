@@ -1,0 +1,88 @@
+#include "engine/ValueDoor.h"
+
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/StripValues.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+void ValueDoor::begin(const CStr& title) {
+    end();
+    open = true;
+    name = title;
+}
+
+template <class F>
+void ValueDoor::change(const StoredValue& value, F&& write) {
+    assert(isInterfaceThread());
+    const Numbers before = value.get();
+    write();
+    if (value.get() == before) return;
+    qv->countChange();
+    if (value.kind->param) {
+        const int param = value.kind->param(value.index);
+        qv->paramMoved(value.object, param, paramShare(value.object, param)); // may make a step
+    }
+    const auto known = std::ranges::find(entries, value, &Moved::value);
+    if (known == entries.end()) entries.push_back({value, before});
+    if (!open) settle();
+}
+
+void ValueDoor::set(const StoredValue& value, const Numbers& to) {
+    if (running) end();
+    change(value, [&] { value.set(to); });
+}
+
+void ValueDoor::setParam(CObject* target, int param, float share) {
+    if (running) end();
+    change(parameterOf(target, param), [&] { setParamShare(target, param, share); });
+}
+
+void ValueDoor::nudge(const StoredValue& value, const Numbers& to) {
+    if (!running || !(*running == value)) {
+        begin();
+        running = value;
+    }
+    lastNudge = asTimeInMS();
+    change(value, [&] { value.set(to); });
+}
+
+void ValueDoor::end() {
+    settle();
+    open = false;
+    running.reset();
+}
+
+void ValueDoor::cancel() {
+    for (const Moved& m : entries) m.value.set(m.before);
+    if (!entries.empty()) qv->countChange();
+    entries.clear();
+    end();
+}
+
+bool ValueDoor::moved() const {
+    return std::ranges::any_of(entries, [](const Moved& m) { return m.value.get() != m.before; });
+}
+
+void ValueDoor::settle() {
+    std::vector<Moved> done = std::exchange(entries, {});
+    std::erase_if(done, [](const Moved& m) { return m.value.get() == m.before; });
+    if (done.empty()) return;
+    CUndo* take = qv->recUndo;
+    CUndo* step =
+        take ? take : qv->undoStart(name.empty() ? done.front().value.name() : name, qv, 0);
+    for (const Moved& m : done) step->asValue(m.value, m.before);
+    if (!take) qv->undoEnd(step, false);
+}
+
+void ValueDoor::idle(int now) {
+    if (running && now - lastNudge >= runMs) end();
+}
+
+void ValueDoor::forget(const CObject* object) {
+    std::erase_if(entries, [object](const Moved& m) { return m.value.object == object; });
+    if (running && running->object == object) running.reset();
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "engine/StoredValue.h"
+#include "sequencer/SongOptions.h"
+
+class CSeq;
+class CSeqProg;
+class CSongTrack;
+
+// The values of a song that a user sets through `CQV::values`.
+
+StoredValue mutedOf(CSongTrack* track);  ///< 0 or 1
+StoredValue soloedOf(CSongTrack* track); ///< 0 or 1
+/// The loop switch of the host and that of a program, 0 or 1 each.
+StoredValue loopOf(CSeqProg* prog);
+StoredValue locatorsOf(CSeqProg* prog); ///< left and right, in ticks
+StoredValue programOf(CSeq* seq);       ///< index of the current program
+StoredValue signatureOf(CSeq* seq);     ///< of the song: beats, and the note that is one
+/// The grid: what `CSnap::index` takes, and whether it is active, triplet, dotted.
+StoredValue gridOf(CSeq* seq);
+/// The tempo in force at the song's position, in beats per minute: that of the last tempo point
+/// there or before, else the song's own.
+StoredValue tempoHereOf(CSeq* seq);
+StoredValue optionOf(CSeq* seq, SongOptions::Index index); ///< a byte

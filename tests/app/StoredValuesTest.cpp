@@ -1,0 +1,118 @@
+#include "MainFixture.h"
+
+#include "engine/CSnap.h"
+#include "engine/ValueDoor.h"
+#include "sequencer/Points.h"
+#include "sequencer/SongValues.h"
+
+namespace {
+
+CCtrl* named(CGroup* group, const char* name) {
+    for (auto* ctrl : each<CCtrl>(group->controls)) {
+        if (ctrl->id == name) return ctrl;
+        CCtrl* inside =
+            ctrl->category == catGroup ? named(static_cast<CGroup*>(ctrl), name) : nullptr;
+        if (inside) return inside;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+/// What the window changes of a project, by keys, the wheel, drags and what is typed.
+class StoredValuesTest : public MainWinTest {
+protected:
+    void SetUp() override {
+        MainWinTest::SetUp();
+        start();
+        ASSERT_TRUE(load(kindSequencer));
+        prog = seq()->getProg();
+        track = static_cast<CSongTrack*>(prog->tracks.first());
+        host->tasks->audioStopped();
+    }
+    double tempo() { return tempoHereOf(seq()).get()[0]; }
+    void onTempo(const std::string& rest) {
+        const CCtrl* ctrl = named(win->clientGroup, "tempo");
+        const CPoint corner = win->getPos(true), at = win->controlPos(ctrl);
+        xdo("mousemove " + std::to_string(corner.x + at.x + 40) + " " +
+            std::to_string(corner.y + at.y + 30) + " " + rest);
+    }
+    bool undone() {
+        host->values->end();
+        key("ctrl+z");
+        return pumpUntil([this] { return !host->undoBusy() && !host->modified(); });
+    }
+
+    CSeqProg* prog = nullptr;
+    CSongTrack* track = nullptr;
+};
+
+/// Without this a closed window asked nothing, and all of it was gone.
+TEST_F(StoredValuesTest, WhatIsStoredIsUnsavedAndOneStep) {
+    seq()->progs.add(seq()->createProgram());
+    prog->rightLocator = 1920;
+    seq()->selectAll();
+    const struct {
+        const char* name;
+        std::function<void()> act;
+        std::function<bool()> changed;
+    } cases[] = {
+        {"mute", [&] { key("m"); }, [&] { return track->muted(); }},
+        {"solo", [&] { key("s"); }, [&] { return track->soloed(); }},
+        {"loop", [&] { key("l"); }, [&] { return !host->loop || !prog->loop; }},
+        {"locators", [&] { key("ctrl+p"); }, [&] { return prog->rightLocator == 3840; }},
+        {"program", [&] { key("9"); }, [&] { return seq()->curProg == 1; }},
+        {"snap", [&] { key("x"); }, [&] { return !seq()->snap->active; }},
+        {"grid", [&] { key("shift+x"), key("shift+x"); },
+         [&] { return seq()->snap->asIndex() == 5; }},
+        {"wheel", [&] { onTempo("click --repeat 3 --delay 5 4"); }, [&] { return tempo() == 123; }},
+        {"drag",
+         [&] { onTempo("mousedown 1 mousemove_relative 0 20 mousemove_relative 0 20 mouseup 1"); },
+         [&] { return tempo() == 100; }},
+        {"typed",
+         [&] {
+             onTempo("click --repeat 2 --delay 5 1");
+             xdo("type --delay 5 98,65");
+             xdo("key BackSpace Return");
+         },
+         [&] { return tempo() == double(98.6f); }},
+    };
+    for (const auto& c : cases) {
+        ASSERT_FALSE(host->modified()) << c.name;
+        c.act();
+        EXPECT_TRUE(pumpUntil(c.changed)) << c.name << ", tempo " << tempo();
+        EXPECT_TRUE(host->modified()) << c.name;
+        EXPECT_TRUE(undone()) << c.name;
+        EXPECT_FALSE(c.changed()) << c.name;
+        EXPECT_EQ(host->undoIndex, -1) << c.name << " is not one step";
+    }
+}
+
+/// The display was dead in songs with tempo points.
+TEST_F(StoredValuesTest, TempoDisplayChangesThePointInForce) {
+    auto* point = new CTempoPart;
+    point->pos = 1920;
+    point->setTempo(60.0f);
+    prog->addTempo(point, nullptr);
+    host->setPos(3840.0);
+    onTempo("click 4");
+    EXPECT_EQ(point->getTempo(), 61.0f);
+    EXPECT_EQ(host->songTempo, 120.0f);
+    EXPECT_EQ(host->tempo, 61.0f) << "heard at once";
+    EXPECT_TRUE(undone());
+    EXPECT_EQ(point->getTempo(), 60.0f);
+    EXPECT_EQ(host->tempo, 60.0f);
+}
+
+TEST_F(StoredValuesTest, EscapeGivesADragBack) {
+    onTempo("mousedown 1 mousemove_relative 0 20");
+    EXPECT_TRUE(pumpUntil([&] { return tempo() == 110; }));
+    xdo("key Escape mousemove_relative 0 20 mouseup 1");
+    EXPECT_EQ(tempo(), 120);
+    EXPECT_FALSE(host->modified());
+    EXPECT_EQ(host->undoIndex, -1);
+    onTempo("click --repeat 2 --delay 5 1");
+    xdo("type --delay 5 77");
+    xdo("key Escape");
+    EXPECT_EQ(tempo(), 120);
+}
