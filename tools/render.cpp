@@ -24,7 +24,6 @@
 #include <memory>
 #include <string>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -75,14 +74,6 @@ struct SignalWatch : RenderUi {
     }
     bool onRender(float) override { return caughtSignal == 0; }
 };
-
-/// A file that its owner has protected against writing, even if we may.
-bool isProtected(const CStr& path) {
-    struct stat info {};
-    constexpr mode_t anyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
-    if (stat(path.asChar(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
-    return (info.st_mode & anyWrite) == 0 || access(path.asChar(), W_OK) != 0;
-}
 
 bool isRegularFile(const CStr& path) {
     std::error_code failed;

@@ -46,8 +46,9 @@ int bitsApart(std::string_view known, const char* found) {
 
 } // namespace
 
-/// Makes out a head of which one bit has changed, in the name or its length.
-bool BlockNames::repair(CStream& stream, int64_t at, BlockStart& start) const {
+/// Makes out a head of which one bit has changed, in the name or its length: the first that `fits`.
+template <class Fits>
+bool BlockNames::repair(CStream& stream, int64_t at, BlockStart& start, Fits fits) const {
     char raw[longestKnown + 2 * wordBytes] = {};
     stream.setPos(at);
     const int got = stream.read(raw, int(sizeof raw));
@@ -62,7 +63,7 @@ bool BlockNames::repair(CStream& stream, int64_t at, BlockStart& start) const {
         std::memcpy(&start.size, raw + wordBytes + n, sizeof start.size);
         start.body = at + n + 2 * wordBytes;
         start.damaged = true;
-        return true;
+        if (fits(start)) return true;
     }
     return false;
 }
@@ -73,9 +74,10 @@ bool BlockNames::readStart(CStream& stream, BlockStart& start) const {
     if (whole && has(start.name)) return true;
     const bool fits = whole && start.size >= 0 && isAt(stream, start.body + start.size);
     BlockStart repaired;
-    const bool meant = repair(stream, at, repaired) && repaired.size >= 0 &&
-                       (!fits || repaired.name.length() == start.name.length()) &&
-                       isAt(stream, repaired.body + repaired.size);
+    const bool meant = repair(stream, at, repaired, [&](const BlockStart& found) {
+        return found.size >= 0 && (!fits || found.name.length() == start.name.length()) &&
+               isAt(stream, found.body + found.size);
+    });
     if (meant) start = repaired;
     return meant || fits;
 }
@@ -84,7 +86,8 @@ bool BlockNames::isAt(CStream& stream, int64_t position) const {
     if (position >= stream.getSize()) return position == stream.getSize();
     BlockStart start;
     stream.setPos(position);
-    return readHead(stream, start) || repair(stream, position, start);
+    return readHead(stream, start) ||
+           repair(stream, position, start, [](const BlockStart&) { return true; });
 }
 
 int64_t BlockNames::find(CStream& stream, int64_t from) const {

@@ -31,5 +31,6 @@ private:
     std::unordered_set<std::string_view> names;
 
     bool has(const CStr& name) const { return names.count(name.asChar()) > 0; }
-    bool repair(CStream& stream, int64_t at, BlockStart& start) const;
+    template <class Fits>
+    bool repair(CStream& stream, int64_t at, BlockStart& start, Fits fits) const;
 };

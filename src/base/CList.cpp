@@ -32,6 +32,7 @@ void CList::link(CListItem* item, CListItem* before) {
     if (!follower) tail = item;
     slot.storeRelease(item);
     count.storeRelease(count + 1);
+    changes += 1;
 }
 
 void CList::unlink(CListItem* item, CListItem* before) {
@@ -40,6 +41,7 @@ void CList::unlink(CListItem* item, CListItem* before) {
     if (cursor == item) cursor = before;
     (before ? before->next : head).storeRelease(follower);
     count.storeRelease(count - 1);
+    changes += 1;
 }
 
 void* CList::items(int i) const {
@@ -129,7 +131,10 @@ void CList::remove(const void* p) {
 }
 
 void CList::replace(const void* a, void* b) {
-    if (CListItem* item = find(a, nullptr)) item->data.storeRelease(b);
+    CListItem* item = find(a, nullptr);
+    if (!item) return;
+    item->data.storeRelease(b);
+    changes += 1;
 }
 
 void CList::exchange(int i, int j) {
@@ -139,6 +144,7 @@ void CList::exchange(int i, int j) {
     void* data = a->data.load();
     a->data.storeRelease(b->data.load());
     b->data.storeRelease(data);
+    changes += 1;
 }
 
 void* CList::pop() {
@@ -163,11 +169,26 @@ int CList::move(CList* src, const void* p, int index) {
     return 1;
 }
 
+void CList::swap(CList& other) {
+    CListItem *mine = head.load(), *others = other.head.load();
+    const int size = count;
+    head.storeRelease(others);
+    other.head.storeRelease(mine);
+    count.storeRelease(other.count);
+    other.count.storeRelease(size);
+    std::swap(tail, other.tail);
+    for (CList* list : {this, &other}) {
+        list->cursor = nullptr;
+        list->changes += 1;
+    }
+}
+
 void CList::clear() {
     CListItem* item = head.load();
     head.storeRelease(nullptr);
     cursor = nullptr;
     tail = nullptr;
     count.storeRelease(0);
+    changes += 1;
     while (item) delete std::exchange(item, item->next.load());
 }

@@ -63,7 +63,12 @@ public:
     /// end at the tail. Nothing is allocated or freed. 0 when `p` is not in `src`, or `src` is this
     /// list, or both are empty.
     int move(CList* src, const void* p, int index);
+    /// Exchanges the contents of two lists, in constant time. Who is walking one of them goes on
+    /// over what it held before.
+    void swap(CList& other);
     void clear();
+    /// Another number after each change.
+    unsigned version() const { return changes; }
 
 private:
     CListItem* find(const void* p, CListItem** before) const;
@@ -71,6 +76,7 @@ private:
     void link(CListItem* item, CListItem* before);
     void unlink(CListItem* item, CListItem* before);
 
+    Shared<unsigned> changes{0};
     CListItem* tail = nullptr;
 };
 

@@ -21,6 +21,7 @@ class CStream;
 class CUndo;
 class CUndoItem;
 class CWin;
+class UndoPlan;
 struct CRect;
 
 /// Where a component hangs; it also selects the pass of the traversal.
@@ -134,6 +135,14 @@ public:
     virtual void doUpdate(int) {}
     /// Carries out the component's share of a recorded edit. `op`: 1 done, 2 undone, 4 redone.
     virtual void perform(CUndoItem*, int) {}
+    /// Whether an item of a step about this component, one that moves an object or swaps content,
+    /// may be carried out together with others, without a `perform` of its own. Interface thread.
+    virtual bool takesWhole(const CUndoItem*) { return false; }
+    /// Such a step is prepared: the component notes what it will have to do, and may order lists.
+    /// Interface thread; again, if the lists change before the step is carried out.
+    virtual void planStep(UndoPlan&, CUndo*) {}
+    /// The step has been carried out. Graph holder.
+    virtual void performPlan() {}
     virtual void setProg(int index);
     virtual int numProgs() { return progs.getCount(); }
     /// Reads its own content, which ends at stream position `end`.

@@ -62,7 +62,6 @@ CUndoItem* CUndo::asRemove(CObject* object, CList* from) {
     CUndoItem* item = newItem(object);
     item->removeFrom = from;
     item->addTo = &item->holding;
-    item->index = from->indexed(object);
     return item;
 }
 

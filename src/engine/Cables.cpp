@@ -3,6 +3,7 @@
 #include "base/CList.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
+#include "engine/ForgetHooks.h"
 
 #include <cassert>
 
@@ -43,8 +44,8 @@ void eachBelow(CComp* tree, F&& visit) {
 }
 
 bool endsAt(const CComp* from, const CComp* to, const CIO* fromIO, const CIO* toIO,
-            const CObject* gone) {
-    return from == gone || to == gone || fromIO == gone || toIO == gone;
+            const ForgetSet& gone) {
+    return gone.has(from) || gone.has(to) || gone.has(fromIO) || gone.has(toIO);
 }
 
 template <class Cable, class Question>
@@ -120,13 +121,13 @@ void listOutput(CComp* tree, CObject* io, CList* cables) {
     eachBelow(tree, [&](CComp* to) { listOutputInto(to, io, cables); });
 }
 
-void dropCables(CComp* tree, const CObject* gone) {
+void dropCables(CComp* tree, const ForgetSet& gone) {
     assert(tree->heldByThread());
-    eachBelow(tree, [gone](CComp* to) {
-        dropWhere<CAudioCable>(to->audioCables, [gone](const CAudioCable* c) {
+    eachBelow(tree, [&gone](CComp* to) {
+        dropWhere<CAudioCable>(to->audioCables, [&gone](const CAudioCable* c) {
             return endsAt(c->fromComp, c->toComp, c->fromChannel, c->toChannel, gone);
         });
-        dropWhere<CMIDICable>(to->midiCables, [gone](const CMIDICable* c) {
+        dropWhere<CMIDICable>(to->midiCables, [&gone](const CMIDICable* c) {
             return endsAt(c->fromComp, c->toComp, c->fromPort, c->toPort, gone);
         });
     });

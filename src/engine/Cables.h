@@ -10,6 +10,7 @@ class CMIDIQ;
 class COutputChannel;
 class CQV;
 class CUndo;
+class ForgetSet;
 
 /// Deepest chain of cables that a block or a search follows; what hangs beyond is silent.
 constexpr int maxPullDepth = 256;
@@ -56,9 +57,9 @@ void listCables(CList* midi, CList* audio, CComp* tree, CComp* c, CUndo* undo);
 /// port.
 void listOutput(CComp* tree, CObject* io, CList* cables);
 
-/// Frees every cable below `tree` with an end at `gone`, a component, port or channel. Interface
+/// Frees every cable below `tree` with an end at what goes: a component, port or channel. Interface
 /// thread, with the graph.
-void dropCables(CComp* tree, const CObject* gone);
+void dropCables(CComp* tree, const ForgetSet& gone);
 
 /// How files name a component: its index in `comps`, else in `sends`, else -1; and which of them.
 int compToInt(CQV* host, CComp* c);

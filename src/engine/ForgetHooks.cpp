@@ -13,6 +13,16 @@ constexpr int maxHooks = 16;
 ForgetHook hooks[maxHooks] = {};
 int numHooks = 0;
 
+/// `forgets` tells whether a map had to.
+template <class F>
+void forgetInMaps(CQV* host, F forgets) {
+    bool changed = false;
+    for (auto* prog : each<CMapProg>(host->maps))
+        for (auto* map : each<CMap>(prog->items))
+            if (forgets(map)) changed = true;
+    if (changed) host->update(updateMaps);
+}
+
 } // namespace
 
 void enterForgetHook(ForgetHook hook) {
@@ -22,16 +32,26 @@ void enterForgetHook(ForgetHook hook) {
 }
 
 void forgetMaps(CQV* host, const CObject* object) {
-    bool changed = false;
-    for (auto* prog : each<CMapProg>(host->maps))
-        for (auto* map : each<CMap>(prog->items))
-            if (map->forget(object)) changed = true;
-    if (changed) host->update(updateMaps);
+    forgetInMaps(host, [object](CMap* map) { return map->forget(object); });
+}
+
+void forgetObjects(CQV* host, const ForgetSet& gone) {
+    if (gone.empty()) return;
+    {
+        const GraphHold hold(host);
+        forgetInMaps(host, [&gone](CMap* map) {
+            for (const CObject* end : {static_cast<const CObject*>(map->target.load()),
+                                       static_cast<const CObject*>(map->comp.load()),
+                                       static_cast<const CObject*>(map->owner.load())})
+                if (gone.has(end)) return map->forget(end);
+            return false;
+        });
+        dropCables(host, gone);
+    }
+    for (const CObject* object : gone.all()) host->values->forget(object);
+    for (int i = 0; i < numHooks; ++i) hooks[i](host, gone);
 }
 
 void forgetObject(CQV* host, CObject* object) {
-    forgetMaps(host, object);
-    dropCables(host, object);
-    host->values->forget(object);
-    for (int i = 0; i < numHooks; ++i) hooks[i](host, object);
+    forgetObjects(host, ForgetSet(object));
 }

@@ -9,6 +9,7 @@
 #include "engine/ValueDoor.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace {
 
@@ -61,6 +62,8 @@ UndoHost::UndoHost(CQV* host) : qv(host) {
 }
 
 UndoHost::~UndoHost() {
+    if (running && !pending) stepPlan.finish();
+    stepPlan.leave();
     deleteAll<CUndo>(undoList);
 }
 
@@ -173,6 +176,7 @@ CObject* UndoHost::objectToOwner(CObject* o, int& index) {
 
 void UndoHost::settle() {
     while (pending.loadAcquire() && qv->tasks) {
+        if (outdated.loadAcquire()) send();
         qv->tasks->pump();
         if (pending.loadAcquire()) pumpIdle();
     }
@@ -180,9 +184,14 @@ void UndoHost::settle() {
 }
 
 void UndoHost::undoIdle() {
-    if (!running || pending.loadAcquire()) return;
+    if (!running) return;
+    if (outdated.loadAcquire()) send();
+    if (pending.loadAcquire()) return;
     CUndo* u = running;
     running = nullptr;
+    stepPlan.finish();
+    if (u->flagBits & undoSongChanged)
+        eachSequencer(qv, [](CComp* seq) { seq->doUpdate(undoSongChanged); });
     for (auto* item : each<CUndoItem>(u->items)) {
         settleEditors(item, runningOp != opUndone);
         if (runningOp == opRedone) item->exchangeName();
@@ -233,14 +242,18 @@ void UndoHost::queue(CUndo* u, Op op) {
     runningOp = op;
     u->busy = true;
     pending = true;
+    send();
+}
+
+/// Prepares the step on its way, and hands it to the graph.
+void UndoHost::send() {
+    outdated = false;
+    stepPlan.prepare(running, runningOp != opUndone, runningOp == opDone);
     while (qv->tasks->full()) {
         qv->tasks->pump();
         pumpIdle();
     }
-    const auto handler = op == opDone     ? &UndoHost::undoEndTasked
-                         : op == opUndone ? &UndoHost::doUndo
-                                          : &UndoHost::doRedo;
-    qv->addTask(new _COnChange<UndoHost>(this, handler), u);
+    qv->addTask(new _COnChange<UndoHost>(this, &UndoHost::doStep), running);
 }
 
 // A task may not allocate the records itself. Channels that enter within the same step count too.
@@ -262,53 +275,40 @@ void UndoHost::reserveSends(CUndo* u) {
 void UndoHost::freeSteps(int keep) {
     if (undoList.getCount() <= keep) return;
     if (savedIndex >= keep) savedIndex = nowhere;
+    ForgetSet gone;
+    for (int i = keep; i < undoList.getCount(); ++i)
+        for (auto* item : each<CUndoItem>(static_cast<CUndo*>(undoList.items(i))->items)) {
+            if (item->held()) gone.add(item->object);
+            if (item->replaced) gone.add(item->replaced);
+        }
     qv->parkWorkers();
-    {
-        const GraphHold hold(qv);
-        for (int i = keep; i < undoList.getCount(); ++i)
-            for (auto* item : each<CUndoItem>(static_cast<CUndo*>(undoList.items(i))->items)) {
-                if (item->held()) forgetObject(qv, item->object);
-                if (item->replaced) forgetObject(qv, item->replaced);
-            }
-    }
+    forgetObjects(qv, gone);
     while (undoList.getCount() > keep) delete static_cast<CUndo*>(undoList.pop());
     qv->unparkWorkers();
 }
 
-void UndoHost::undoEndTasked(CObject* step) {
+void UndoHost::doStep(CObject* step) {
+    assert(qv->heldByThread());
     auto* u = static_cast<CUndo*>(step);
-    for (auto* item : each<CUndoItem>(u->items)) {
-        if (!item->linked) carryOut(u, item, opDone);
+    if (!stepPlan.carryOut()) return outdated.storeRelease(true);
+    for (CUndoItem* item : stepPlan.rest()) {
+        if (runningOp != opDone) item->exchangeValues();
+        carryOut(u, item);
     }
-    finishStep(u);
+    u->comp->performPlan();
+    handleUpdate(u);
+    u->busy = false;
+    pending.storeRelease(false);
 }
 
-void UndoHost::doUndo(CObject* step) {
-    auto* u = static_cast<CUndo*>(step);
-    for (CUndoItem* item = u->lastItem; item; item = item->previous) {
-        item->exchangeValues();
-        carryOut(u, item, opUndone);
-    }
-    finishStep(u);
-}
-
-void UndoHost::doRedo(CObject* step) {
-    auto* u = static_cast<CUndo*>(step);
-    for (auto* item : each<CUndoItem>(u->items)) {
-        item->exchangeValues();
-        carryOut(u, item, opRedone);
-    }
-    finishStep(u);
-}
-
-void UndoHost::carryOut(CUndo* u, CUndoItem* item, Op op) {
+void UndoHost::carryOut(CUndo* u, CUndoItem* item) {
     if (item->replaced) static_cast<CUndoContent*>(item->object)->swapContent(item->replaced);
-    if (item->moves()) relocate(item, op);
-    changing(u, item, op);
+    if (item->moves()) relocate(item);
+    changing(u, item);
 }
 
-void UndoHost::relocate(CUndoItem* item, Op op) {
-    const bool forward = op != opUndone;
+void UndoHost::relocate(CUndoItem* item) {
+    const bool forward = runningOp != opUndone;
     CList* from = forward ? item->removeFrom : item->addTo;
     CList* to = forward ? item->addTo : item->removeFrom;
     const int old = from->indexed(item->object);
@@ -317,7 +317,7 @@ void UndoHost::relocate(CUndoItem* item, Op op) {
     if (to == &qv->sends && from != to && to->getCount() >= maxSends) return;
     if (from == to) {
         // The user's index counts with the object in the list, a stored one without it.
-        const int target = item->index - (op == opDone && item->index > old ? 1 : 0);
+        const int target = item->index - (runningOp == opDone && item->index > old ? 1 : 0);
         item->holding.move(from, item->object, 0);
         to->move(&item->holding, item->object, target);
     } else {
@@ -330,17 +330,17 @@ void UndoHost::relocate(CUndoItem* item, Op op) {
     reorderSends(item, left, arrived);
 }
 
-void UndoHost::changing(CUndo* u, CUndoItem* item, Op op) {
+void UndoHost::changing(CUndo* u, CUndoItem* item) {
     // An integer may be what switches an insert on.
     if (item->moves() || item->intField) qv->update(updateDelays);
     if (asComp(item->object) && item->touches(&qv->comps))
         eachSequencer(qv, [](CComp* seq) { seq->update(updateSeqOrder); });
-    if (leaves(item, op != opUndone)) {
+    if (leaves(item, runningOp != opUndone)) {
         if (CComp* c = asComp(item->object)) c->sleeping = 1;
         silenceFed(item->object);
         forgetMaps(qv, item->object);
     }
-    u->comp->perform(item, op);
+    u->comp->perform(item, runningOp);
 }
 
 void UndoHost::handleUpdate(CUndo* u) {
@@ -351,12 +351,4 @@ void UndoHost::handleUpdate(CUndo* u) {
     qv->update(bits);
     if (u->flagBits & undoOrderSequencers)
         eachSequencer(qv, [](CComp* seq) { seq->update(updateSeqOrder); });
-    if (u->flagBits & undoSongChanged)
-        eachSequencer(qv, [](CComp* seq) { seq->doUpdate(undoSongChanged); });
-}
-
-void UndoHost::finishStep(CUndo* u) {
-    handleUpdate(u);
-    u->busy = false;
-    pending.storeRelease(false);
 }

@@ -5,6 +5,7 @@
 #include "base/CObject.h"
 #include "base/CStr.h"
 #include "engine/CUndo.h"
+#include "engine/UndoPlan.h"
 
 #include <functional>
 
@@ -75,24 +76,24 @@ private:
     enum Op : int { opDone = 1, opUndone = 2, opRedone = 4 }; ///< as told to `CComp::perform`
 
     void queue(CUndo* u, Op op);
+    void send();
     void reserveSends(CUndo* u);
     void freeSteps(int keep);
 
     // Graph holder.
-    void undoEndTasked(CObject* step);
-    void doUndo(CObject* step);
-    void doRedo(CObject* step);
-    void carryOut(CUndo* u, CUndoItem* item, Op op);
-    void relocate(CUndoItem* item, Op op);
-    void changing(CUndo* u, CUndoItem* item, Op op);
+    void doStep(CObject* step);
+    void carryOut(CUndo* u, CUndoItem* item);
+    void relocate(CUndoItem* item);
+    void changing(CUndo* u, CUndoItem* item);
     void handleUpdate(CUndo* u);
-    void finishStep(CUndo* u);
 
     CQV* qv;
     CList openSteps;          ///< of CUndo, not owned: started and not ended
     int savedIndex = -1;      ///< where `undoIndex` was when the project was saved, or `nowhere`
     unsigned savedPast = 0;   ///< and `past`
-    CUndo* running = nullptr; ///< the step on its way, and its direction; interface thread
+    CUndo* running = nullptr; ///< the step on its way, and its direction; set when it is not
     Op runningOp = opDone;
+    UndoPlan stepPlan;           ///< of that step; the graph's while it is pending and not outdated
     Shared<bool> pending{false}; ///< set when a step is queued, cleared (release) when it is done
+    Shared<bool> outdated{false}; ///< the step on its way has to be prepared anew
 };

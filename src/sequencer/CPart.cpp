@@ -1,6 +1,7 @@
 #include "sequencer/CPart.h"
 
 #include <algorithm>
+#include <cassert>
 #include <utility>
 
 namespace {
@@ -207,14 +208,10 @@ bool CPart::mainPlays() {
 }
 
 void CPart::dropPlay() {
-    mainPlay = CPlayStruct();
-    dropLanePlay();
     numPlay = 0;
 }
 
 void CPart::dropLanePlay() {
-    for (int i = 1; i < numPlay; i++)
-        if (CPlayStruct* pointer = play(i)) *pointer = CPlayStruct();
     numPlay = std::min(int(numPlay), 1);
 }
 
@@ -266,5 +263,10 @@ void swapUndoPart(CUndo* undo, CPart* original, CPart* edited) {
     const int slots = std::max(original->reservedSlots(), edited->reservedSlots());
     original->reserveSlots(slots);
     edited->reserveSlots(slots);
+    undo->asSwap(original, edited);
+}
+
+void swapUndoEvents(CUndo* undo, CPart* original, CPart* edited) {
+    assert(edited->reservedSlots() == 0);
     undo->asSwap(original, edited);
 }

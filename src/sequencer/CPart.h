@@ -101,7 +101,7 @@ public:
     CPlayStruct* addPlay();
     /// Whether the main pointer stands in the part's present list. Graph holder.
     bool mainPlays();
-    /// Makes every play pointer point nowhere. Graph holder.
+    /// No play pointer is active from then on. Graph holder.
     void dropPlay();
     /// The same for those of lanes. Graph holder.
     void dropLanePlay();
@@ -119,8 +119,8 @@ private:
     Shared<CEnvEvent*>* slot(int index);         ///< null beyond the room
     Shared<CEnvEvent*>* slotWithRoom(int index); ///< null out of range
 
-    CPlayStruct mainPlay;
     Shared<Chunk*> chunks[maxSlots / chunkSlots]; ///< owned, made in order
+    CPlayStruct mainPlay;
 };
 
 class CMIDIPart : public CPart {
@@ -149,3 +149,5 @@ public:
 /// Records that the content of `original` is exchanged with that of `edited`, a copy of it, which
 /// the step owns from now on. A ghost's master is meant by passing the master itself.
 void swapUndoPart(CUndo* undo, CPart* original, CPart* edited);
+/// The same for the events alone, which are all that `edited` holds: the envelopes stay.
+void swapUndoEvents(CUndo* undo, CPart* original, CPart* edited);

@@ -7,6 +7,8 @@
 #include "engine/CQV.h"
 #include "engine/CSnap.h"
 #include "engine/ForgetHooks.h"
+#include "engine/UndoPlan.h"
+#include "instruments/CDrumSound.h"
 #include "instruments/CSampleClip.h"
 #include "sequencer/AudioVoices.h"
 #include "sequencer/CEditorComp.h"
@@ -19,6 +21,8 @@
 #include "sequencer/SongLinks.h"
 #include "sequencer/TempoMap.h"
 
+#include <cassert>
+
 namespace {
 
 constexpr int songChanged = 32; ///< code of `doUpdate`
@@ -27,23 +31,47 @@ const char* const settingsSection = "sequencer";
 /// The questions of `getSync`.
 enum SyncQuestion : int { syncPos = 1, syncLoop = 2, syncLoopStart = 3, syncLoopEnd = 4 };
 
-/// Whether an object of automation is, or belongs to, a component, channel or send.
-bool liesIn(const CObject* part, const CObject* whole) {
-    if (part == whole) return true;
+/// Whether an object of automation is, or belongs to, a component, channel or send that goes.
+bool liesIn(const CObject* part, const ForgetSet& gone) {
+    if (gone.has(part)) return true;
     if (part->asType(categoryChannel, channelOutput))
-        return static_cast<const COutputChannel*>(part)->comp == whole;
+        return gone.has(static_cast<const COutputChannel*>(part)->comp);
     if (part->category == 0 && part->type == typeSend) {
         auto* send = static_cast<const CSend*>(part);
-        return send->channel == whole || send->comp == whole;
+        return gone.has(send->channel) || gone.has(send->comp);
     }
     if (part->category != categoryComp) return false;
     const COutputChannel* channel = static_cast<const CComp*>(part)->ownerChannel;
-    return channel && (channel == whole || channel->comp == whole);
+    return channel && (gone.has(channel) || gone.has(channel->comp));
 }
 
-void forget(CQV* host, CObject* object) {
+void forgetInSongs(CQV* host, const ForgetSet& gone) {
     for (auto* c : each<CComp>(host->comps))
-        if (c->type == compSeq) c->del(object);
+        if (c->type == compSeq) static_cast<CSeq*>(c)->forget(gone);
+}
+
+template <class T>
+void removeGone(CList& list, const ForgetSet& gone) {
+    std::vector<T*> found;
+    for (auto* object : each<T>(list))
+        if (gone.has(object)) found.push_back(object);
+    for (T* object : found) list.remove(object);
+}
+
+void dropVoicesOf(AudioVoices& voices, const ForgetSet& gone) {
+    for (const AudioVoice& v : voices.voices)
+        for (const CObject* object :
+             std::initializer_list<const CObject*>{v.sample, v.part, v.sound, v.out,
+                                                   v.out ? v.out->comp : nullptr})
+            if (v.active && gone.has(object)) voices.drop(object);
+}
+
+void purgeMarkers(CSeqProg* prog, const ForgetSet& gone) {
+    for (const CObject* marker : {prog->activeMarker.load(), prog->playingMarker.load()})
+        if (gone.has(marker)) prog->purgeMarker(marker);
+    for (int i = prog->session.count() - 1; i >= 0; i--)
+        if (i < prog->session.count() && gone.has(prog->session.at(i)))
+            prog->purgeMarker(prog->session.at(i));
 }
 
 } // namespace
@@ -82,26 +110,46 @@ void CSeq::idle() {
 
 void CSeq::doUpdate(int code) {
     if (code != songChanged) return;
-    orderParts(nullptr, nullptr, true);
+    const auto order = [this](CList& parts, PartBefore isBefore) {
+        if (inOrder(parts, isBefore, this)) return;
+        const GraphHold hold(host);
+        sortParts(parts, isBefore, this);
+    };
     for (auto* prog : each<CSeqProg>(progs)) {
-        sortByPos(prog->timesigs);
-        sortByPos(prog->tempos);
+        for (auto* songTrack : each<CSongTrack>(prog->tracks)) order(songTrack->parts, partBefore);
+        order(prog->timesigs, earlier);
+        order(prog->tempos, earlier);
     }
     updateGhostCount();
     tempoChanged();
     update(updateParts);
 }
 
+bool CSeq::takesWhole(const CUndoItem* item) {
+    const CObject* object = item->object;
+    return object && object->category == categoryPart && object->type != partMarker &&
+           (item->replaced || item->moves());
+}
+
+void CSeq::planStep(UndoPlan& plan, CUndo* step) {
+    if (step->flagBits & undoSongChanged) orderPlan(plan);
+    stepMarks.collect(this, plan);
+}
+
+void CSeq::performPlan() {
+    assert(heldByThread());
+    stepMarks.serve();
+}
+
 void CSeq::perform(CUndoItem* item, int op) {
     constexpr int opDone = 1, opUndone = 2;
     CObject* object = item->object;
     if (!object) return;
-    if (item->replaced) return contentSwapped(static_cast<CPart*>(object));
     if (!item->moves()) return performAct(item, op != opUndone);
     for (const CList* list : {item->addTo, item->removeFrom}) {
         if (!list) continue;
         if (object->category == categoryPart)
-            partMoved(static_cast<CPart*>(object), list);
+            markerMoved(object, list);
         else
             songTrackMoved(object, list);
         lanesMoved(list);
@@ -122,28 +170,9 @@ void CSeq::freezeMoved(CUndoItem* step, const CList* list, bool back) {
     });
 }
 
-void CSeq::contentSwapped(CPart* part) {
-    eachSongTrack([part](CSongTrack* songTrack) {
-        for (auto* user : each<CPart>(songTrack->parts)) {
-            if (user != part && user->content() != part) continue;
-            user->dropPlay();
-            if (songTrack->voices) songTrack->voices->forgetEvents(user);
-            songTrack->requests.ask(requestLanes);
-        }
-    });
-}
-
-void CSeq::partMoved(CPart* part, const CList* list) {
-    // The list is searched where it matters only: a song may have very many points of tempo.
-    const auto left = [&] { return !list->contains(part); };
-    eachSongTrack([&](CSongTrack* songTrack) {
-        if (list != &songTrack->parts) return;
-        songTrack->requests.ask(left() ? requestSetup | requestFlush : requestSetup);
-        part->dropPlay();
-        if (songTrack->voices) songTrack->voices->forgetEvents(part);
-    });
+void CSeq::markerMoved(CObject* marker, const CList* list) {
     for (auto* prog : each<CSeqProg>(progs))
-        if (list == &prog->markers && left()) prog->purgeMarker(part);
+        if (list == &prog->markers && !list->contains(marker)) prog->purgeMarker(marker);
 }
 
 void CSeq::songTrackMoved(CObject* object, const CList* list) {
@@ -166,25 +195,30 @@ void CSeq::lanesChanged(const CTrack* track) {
 }
 
 void CSeq::del(CObject* object) {
+    forget(ForgetSet(object));
+}
+
+void CSeq::forget(const ForgetSet& gone) {
     edits.settle();
-    selectedTracks.remove(object);
-    if (editorComp->part() == object) editorComp->setPart(nullptr);
-    releaseCopies(this, object);
-    eachSongTrack([object](CSongTrack* songTrack) {
-        if (songTrack->voices) songTrack->voices->drop(object);
+    removeGone<CSongTrack>(selectedTracks, gone);
+    if (gone.has(editorComp->part())) editorComp->setPart(nullptr);
+    releaseCopies(this, gone);
+    const GraphHold hold(host);
+    eachSongTrack([&gone](CSongTrack* songTrack) {
+        if (songTrack->voices) dropVoicesOf(*songTrack->voices, gone);
         for (auto* item : each<CFreezeItem>(songTrack->freezeItems)) {
-            if (!item->channel || !liesIn(item->channel, object)) continue;
+            if (!item->channel || !liesIn(item->channel, gone)) continue;
             item->comp = nullptr;
             item->channel = nullptr;
         }
     });
-    for (auto* prog : each<CSeqProg>(progs)) prog->purgeMarker(object);
+    for (auto* prog : each<CSeqProg>(progs)) purgeMarkers(prog, gone);
     for (auto* track : each<CTrack>(tracks)) {
-        track->editLanes.remove(object);
-        track->take.purge(object);
+        removeGone<CSubTrack>(track->editLanes, gone);
+        track->take.purge(gone);
         bool known = false;
         for (auto* lane : each<CSubTrack>(track->subTracks)) {
-            if (!lane->object || !liesIn(lane->object, object)) continue;
+            if (!lane->object || !liesIn(lane->object, gone)) continue;
             lane->object = nullptr;
             known = true;
         }
@@ -333,6 +367,6 @@ void CSeq::writeSettings() {
 
 void enterSequencer() {
     enterCompType(compSeq, [](CQV* host) -> CComp* { return new CSeq(host); });
-    enterForgetHook(forget);
-    enterForgetHook(forgetSample);
+    enterForgetHook(forgetInSongs);
+    enterForgetHook(forgetSamples);
 }

@@ -8,6 +8,7 @@
 #include "sequencer/CStepRec.h"
 #include "sequencer/CTrack.h"
 #include "sequencer/SongOptions.h"
+#include "sequencer/StepMarks.h"
 #include "sequencer/TakeEdits.h"
 
 #include <functional>
@@ -19,6 +20,7 @@ class CEditorComp;
 class CSample;
 class CSnap;
 class DrumKit;
+class ForgetSet;
 struct SongLinks;
 
 /// What becomes of the two sides of a cut.
@@ -122,7 +124,13 @@ public:
     void init() override;
     void idle() override;
     void perform(CUndoItem* item, int op) override;
-    /// 32: the song's content changed: parts and points are put in order, ghosts counted.
+    /// Parts, points of tempo and signatures that come, go or show other content.
+    bool takesWhole(const CUndoItem* item) override;
+    /// The parts come in order.
+    void planStep(UndoPlan& plan, CUndo* step) override;
+    void performPlan() override;
+    /// 32: the song's content changed: parts and points are put in order, ghosts counted. Interface
+    /// thread.
     void doUpdate(int code) override;
     /// 1 the position, 2 the loop switch, 3 and 4 the loop section; else `sync`.
     double getSync(int question) override;
@@ -138,8 +146,9 @@ public:
     CComp* getComp(CObject* io) override;
     void getTempoMap(CMIDIQ* queue) override;
     /// An object is about to be freed: lanes, selection and programs let go of it and of what is in
-    /// it. Interface thread, with the graph held.
+    /// it. Interface thread.
     void del(CObject* object) override;
+    void forget(const ForgetSet& gone); ///< the same for many
 
     // Programs.
     CSeqProg* getProg();
@@ -153,9 +162,9 @@ public:
     /// -1 the end. By the step, or at once under the graph hold. Gives its song track of `prog`,
     /// which may be a program that is not linked yet. Without room for it null, after a message.
     CSongTrack* addTrack(int kind, CSeqProg* prog, CUndo* undo, int index = -1);
-    /// Whether a file can hold the cables of one more track of a kind, besides those that an open
-    /// step is about to add: it numbers the ports and channels of a song by a byte.
-    bool hasTrackRoom(int kind, const CUndo* undo = nullptr) const;
+    /// Whether a file can hold the cables of `more` tracks of a kind, besides those that an open step
+    /// is about to add: it numbers the ports and channels of a song by a byte.
+    bool hasTrackRoom(int kind, const CUndo* undo = nullptr, int more = 1) const;
     /// Records that a track leaves, with everything that belongs to it. A take on it ends before.
     void removeTrack(CTrack* track, CUndo* undo);
     /// The kind's word, "-", and a number that no track bears yet, nor one that the step adds.
@@ -177,7 +186,7 @@ public:
     void getPartSummary(CPartSummary& summary);
     void clearCopies();
     /// Orders by position, at one position the longer part first: every list with `all`, else `a`
-    /// and `b`, which may be null. Allocates nothing.
+    /// and `b`, which may be null. Allocates nothing. Graph holder.
     void orderParts(CList* a, CList* b, bool all);
     /// Length in ticks, at least 1: a single clip at its own speed follows its sample, and 0 counts
     /// as 960.
@@ -268,6 +277,8 @@ public:
 
 private:
     int programCount = 0;
+    StepMarks stepMarks;      ///< of the step on its way
+    unsigned purgedLists = 0; ///< versions of the lists that `purgeSelection` has been through
     Shared<bool> takeBegun{false}; ///< by the graph, for the idle pass
     bool warned = false;           ///< of sound that is lost, during this take
     CStr warning;                  ///< for the end of the idle pass; empty if there is none
@@ -287,8 +298,9 @@ private:
     void makeChannels(CTrack* track);
     void makeTrackIO(NewTrack& made);
     CSongTrack* linkTrack(NewTrack& made, CSeqProg* prog, CUndo* undo, int index);
-    void contentSwapped(CPart* part);
-    void partMoved(CPart* part, const CList* list);
+    static bool partBefore(CPart* a, CPart* b, void* seq);
+    void orderPlan(UndoPlan& plan);
+    void markerMoved(CObject* marker, const CList* list);
     void songTrackMoved(CObject* object, const CList* list);
     void lanesMoved(const CList* list);
     void freezeMoved(CUndoItem* step, const CList* list, bool back);

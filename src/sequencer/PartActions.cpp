@@ -9,13 +9,15 @@
 
 namespace {
 
-/// One step, in which `edit(songTrack, part, undo)` is called for each selected part.
+/// One step, in which `edit(songTrack, part, undo)` is called for each selected part, and what it
+/// collects in `change` is recorded.
 template <class F>
-void eachSelected(CSeq* seq, const char* title, F&& edit) {
+void eachSelected(CSeq* seq, const char* title, F&& edit, PartChange* change = nullptr) {
     if (!seq->getProg()) return;
     CUndo* undo = seq->host->undoStart(title, seq, updateParts | undoSongChanged);
     for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks))
         for (CPart* part : selectedParts(songTrack)) edit(songTrack, part, undo);
+    if (change) change->record(undo);
     seq->host->undoEnd(undo, false);
 }
 
@@ -54,12 +56,16 @@ void duplicateParts(CSeq* seq) {
         from = std::min(from, int64_t(part->pos));
         to = std::max(to, int64_t(part->pos) + seq->getTicks(part));
     }
-    eachSelected(seq, "Duplicate", [&](CSongTrack* songTrack, CPart* part, CUndo* undo) {
-        CPart* copied = part->copy(0);
-        copied->pos = limitTicks(part->pos + to - from);
-        songTrack->addPart(copied, undo);
-        part->setSelected(false);
-    });
+    PartChange change;
+    eachSelected(
+        seq, "Duplicate",
+        [&](CSongTrack* songTrack, CPart* part, CUndo*) {
+            std::unique_ptr<CPart> copied(part->copy(0));
+            copied->pos = limitTicks(part->pos + to - from);
+            change.add(songTrack, std::move(copied));
+            part->setSelected(false);
+        },
+        &change);
 }
 
 void toggleMutes(CSeq* seq) {

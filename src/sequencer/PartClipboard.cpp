@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/ForgetHooks.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/ClipTimes.h"
 #include "sequencer/PartActions.h"
@@ -190,9 +191,9 @@ void pasteParts(CSeq* seq) {
     seq->host->undoEnd(undo, false);
 }
 
-void releaseCopies(CSeq* seq, const CObject* master) {
+void releaseCopies(CSeq* seq, const ForgetSet& masters) {
     for (auto* copied : each<CPart>(seq->copies)) {
-        if (copied->ghostOf.load() != master) continue;
+        if (!masters.has(copied->ghostOf)) continue;
         const std::unique_ptr<CPart> own(ownCopy(copied));
         copied->ghostOf = nullptr;
         copied->reserveSlots(own->reservedSlots());

@@ -1,7 +1,7 @@
 #pragma once
 
-class CObject;
 class CSeq;
+class ForgetSet;
 
 /// The song's clipboard, `CSeq::copies`; see also `CSeq::copyToClipboard` and `CSeq::pasteData`.
 /// Interface thread.
@@ -17,6 +17,5 @@ void cutParts(CSeq* seq);
 /// many tracks further on as the first selected one is; each to the first track from there on that
 /// takes its class, and where there is none it is left out.
 void pasteParts(CSeq* seq);
-/// A master is about to be freed: copies that are ghosts of it take over its content. Interface
-/// thread, with the graph held.
-void releaseCopies(CSeq* seq, const CObject* master);
+/// Masters are about to be freed: copies that are ghosts of one take over its content.
+void releaseCopies(CSeq* seq, const ForgetSet& masters);

@@ -4,6 +4,8 @@
 #include "engine/MidiBytes.h"
 #include "sequencer/CSeq.h"
 
+#include <utility>
+
 namespace {
 
 /// Tags of the steps' acts.
@@ -100,11 +102,14 @@ void PartChange::add(CSongTrack* songTrack, std::unique_ptr<CPart> part) {
 }
 
 void PartChange::record(CUndo* undo) {
-    for (const Leaving& l : leaving) undo->asRemove(l.part, &l.songTrack->parts);
-    for (Coming& c : coming) {
-        c.part->reserveSlots(c.songTrack->track->slotsInUse());
-        undo->asAdd(c.part.release(), &c.songTrack->parts);
+    const CTrack* last = nullptr;
+    for (int slots = 0; const Coming& c : coming) {
+        CTrack* track = c.songTrack->track;
+        if (track != std::exchange(last, track)) slots = track->slotsInUse(undo);
+        c.part->reserveSlots(slots);
     }
+    for (const Leaving& l : leaving) undo->asRemove(l.part, &l.songTrack->parts);
+    for (Coming& c : coming) undo->asAdd(c.part.release(), &c.songTrack->parts);
     leaving.clear();
     coming.clear();
 }
@@ -141,6 +146,11 @@ void recordMulticlip(CSeq* seq, CPart* part, CUndo* undo) {
             if (user->content() == content) mark(user);
     });
     mark(content);
+}
+
+int actMoves(const CUndoItem* item, bool forward) {
+    if (!item->object || item->moves() || item->tag != actMove) return 0;
+    return forward ? item->tag2 : -item->tag2;
 }
 
 void performAct(const CUndoItem* item, bool forward) {

@@ -8,6 +8,7 @@
 class CSeq;
 class CSongTrack;
 class CUndo;
+class CUndoItem;
 class EventCollector;
 
 /// What edits of parts are made of. Interface thread, but for `performAct`.
@@ -71,5 +72,7 @@ void recordReplay(CUndo* undo, CSongTrack* songTrack);
 /// Records that every part that shows the content of `part` holds several clips from now on.
 void recordMulticlip(CSeq* seq, CPart* part, CUndo* undo);
 
+/// By how many ticks `performAct` moves a part or point; 0 for what it does not move.
+int actMoves(const CUndoItem* item, bool forward);
 /// Carries out what the calls above have recorded, `forward` or back. Graph holder.
 void performAct(const CUndoItem* item, bool forward);

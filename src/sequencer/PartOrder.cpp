@@ -14,15 +14,6 @@ class Sorter {
 public:
     Sorter(PartBefore before, void* context) : isBefore(before), arg(context) {}
 
-    bool inOrder(const CList& parts) const {
-        CPart* last = nullptr;
-        for (auto* part : each<CPart>(parts)) {
-            if (last && isBefore(part, last, arg)) return false;
-            last = part;
-        }
-        return true;
-    }
-
     void sort(CList& parts) {
         while (!parts.empty()) {
             moveFirst(parts, runs[runSlots]);
@@ -61,12 +52,23 @@ private:
 
 } // namespace
 
+bool inOrder(const CList& parts, PartBefore before, void* context) {
+    CPart* last = nullptr;
+    for (auto* part : each<CPart>(parts)) {
+        if (last && before(part, last, context)) return false;
+        last = part;
+    }
+    return true;
+}
+
 void sortParts(CList& parts, PartBefore before, void* context) {
-    Sorter sorter(before, context);
-    if (!sorter.inOrder(parts)) sorter.sort(parts);
+    if (!inOrder(parts, before, context)) Sorter(before, context).sort(parts);
+}
+
+bool earlier(CPart* a, CPart* b, void*) {
+    return a->pos < b->pos;
 }
 
 void sortByPos(CList& parts) {
-    sortParts(
-        parts, [](CPart* a, CPart* b, void*) { return a->pos < b->pos; }, nullptr);
+    sortParts(parts, earlier, nullptr);
 }

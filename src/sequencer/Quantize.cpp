@@ -19,9 +19,9 @@ bool quantize(CUndo* undo, CPart* part, int grid, bool selectedOnly) {
         placed.add(target, copyEvent(content->type, e));
     });
     if (!moved) return false;
-    CPart* edited = content->copy(0);
+    std::unique_ptr<CPart> edited = newPartLike(content);
     edited->setEvents(placed.takeList());
-    swapUndoPart(undo, content, edited);
+    swapUndoEvents(undo, content, edited.release());
     return true;
 }
 

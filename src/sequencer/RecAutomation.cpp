@@ -1,5 +1,6 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/ForgetHooks.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/LiveEdits.h"
@@ -106,8 +107,8 @@ void TrackTake::addParam(CObject* object, int param, float value) {
     params.push_back(p);
 }
 
-void TrackTake::purge(const CObject* object) {
-    std::erase_if(params, [object](const Param& p) { return p.object == object; });
+void TrackTake::purge(const ForgetSet& gone) {
+    std::erase_if(params, [&gone](const Param& p) { return gone.has(p.object); });
 }
 
 void TrackTake::addParams(CUndo* step) {

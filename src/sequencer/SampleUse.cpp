@@ -2,16 +2,20 @@
 
 #include "audiofiles/CSample.h"
 #include "engine/CQV.h"
+#include "engine/ForgetHooks.h"
 #include "sequencer/CSeq.h"
+
+#include <algorithm>
 
 namespace {
 
-/// Walks whatever may hold audio parts, and takes the sample out of their events.
-class SampleRemoval {
+/// Walks whatever may hold audio parts, and finds the events of samples that go.
+class SampleSearch {
 public:
-    explicit SampleRemoval(const CSample* gone) : sample(gone) {}
+    explicit SampleSearch(const ForgetSet& samples) : gone(samples) {}
+    std::vector<CAudioEvent*> found;
 
-    void visit(CObject* object) const {
+    void visit(CObject* object) {
         if (object->category == categoryPart && object->type == partAudio)
             visitPart(static_cast<CPart*>(object));
         else if (auto* songTrack = dynamic_cast<CSongTrack*>(object))
@@ -24,25 +28,27 @@ public:
     }
 
 private:
-    void visitAll(const CList& list) const {
+    void visitAll(const CList& list) {
         for (auto* object : each<CObject>(list)) visit(object);
     }
 
-    void visitPart(CPart* part) const {
+    void visitPart(CPart* part) {
         for (CBaseEvent* e = part->events; e; e = e->next)
-            if (auto* event = static_cast<CAudioEvent*>(e); event->sample == sample)
-                event->sample = nullptr;
+            if (auto* event = static_cast<CAudioEvent*>(e); gone.has(event->sample))
+                found.push_back(event);
     }
 
-    const CSample* sample;
+    const ForgetSet& gone;
 };
 
 } // namespace
 
-void forgetSample(CQV* host, CObject* object) {
-    const auto* sample = dynamic_cast<CSample*>(object);
-    if (!sample) return;
-    const SampleRemoval removal(sample);
-    for (auto* c : each<CComp>(host->comps)) removal.visit(c);
-    host->eachHeld([&removal](CObject* held) { removal.visit(held); });
+void forgetSamples(CQV* host, const ForgetSet& gone) {
+    const auto isSample = [](CObject* object) { return dynamic_cast<CSample*>(object) != nullptr; };
+    if (std::ranges::none_of(gone.all(), isSample)) return;
+    SampleSearch search(gone);
+    for (auto* c : each<CComp>(host->comps)) search.visit(c);
+    host->eachHeld([&search](CObject* held) { search.visit(held); });
+    const GraphHold hold(host);
+    for (CAudioEvent* event : search.found) event->sample = nullptr;
 }

@@ -1,8 +1,8 @@
 #pragma once
 
-class CObject;
 class CQV;
+class ForgetSet;
 
 /// A hook (engine/ForgetHooks.h): events of the song, the clipboard and the history that point to
-/// `object`, a sample, lose it, and are silent from then on. Voices are another's business.
-void forgetSample(CQV* host, CObject* object);
+/// a sample of the set lose it, and are silent from then on. Voices are another's business.
+void forgetSamples(CQV* host, const ForgetSet& gone);

@@ -3,19 +3,18 @@
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/UndoPlan.h"
 #include "sequencer/ClipTimes.h"
 #include "sequencer/PartEdits.h"
 #include "sequencer/PartOrder.h"
 
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+
 /// The sequencer's parts: selection, order, length, ghosts.
 
 namespace {
-
-bool partBefore(CPart* a, CPart* b, void* seq) {
-    if (a->pos != b->pos) return a->pos < b->pos;
-    auto* owner = static_cast<CSeq*>(seq);
-    return owner->getTicks(a) > owner->getTicks(b);
-}
 
 void countEvents(CPart* part, CPartSummary& summary) {
     for (CBaseEvent* event = part->getEvents(); event; event = event->next) {
@@ -78,15 +77,16 @@ void CSeq::unselectTracks() {
 }
 
 void CSeq::purgeSelection() {
-    CListItem* it = nullptr;
-    for (int i = 0; void* entry = selectedTracks.next2(&it); i++) {
-        bool linked = false;
-        eachSongTrack([&](CSongTrack* songTrack) { linked |= songTrack == entry; });
-        if (linked) continue;
-        selectedTracks.del(i);
-        it = nullptr;
-        i = -1;
-    }
+    unsigned lists = selectedTracks.version() + progs.version();
+    for (const auto* prog : each<CSeqProg>(progs)) lists += prog->tracks.version();
+    if (lists == purgedLists) return;
+    std::unordered_set<const CSongTrack*> linked;
+    eachSongTrack([&linked](CSongTrack* songTrack) { linked.insert(songTrack); });
+    std::vector<CSongTrack*> gone;
+    for (auto* songTrack : each<CSongTrack>(selectedTracks))
+        if (!linked.count(songTrack)) gone.push_back(songTrack);
+    for (CSongTrack* songTrack : gone) selectedTracks.remove(songTrack);
+    purgedLists = lists + unsigned(gone.size());
 }
 
 CPart* CSeq::getEditPart() {
@@ -147,6 +147,12 @@ void CSeq::clearCopies() {
     copyTracks.clear();
 }
 
+bool CSeq::partBefore(CPart* a, CPart* b, void* song) {
+    if (a->pos != b->pos) return a->pos < b->pos;
+    auto* seq = static_cast<CSeq*>(song);
+    return seq->getTicks(a) > seq->getTicks(b);
+}
+
 void CSeq::orderParts(CList* a, CList* b, bool all) {
     if (all) {
         eachSongTrack(
@@ -155,6 +161,41 @@ void CSeq::orderParts(CList* a, CList* b, bool all) {
     }
     for (CList* list : {a, b})
         if (list) sortParts(*list, partBefore, this);
+}
+
+void CSeq::orderPlan(UndoPlan& plan) {
+    std::unordered_map<const CObject*, int> moved;
+    for (const CUndoItem* item : plan.rest())
+        if (const int ticks = actMoves(item, plan.isForward())) moved[item->object] += ticks;
+    const std::vector<CList*> planned = plan.lists();
+    const std::unordered_set<const CList*> changed(planned.begin(), planned.end());
+    const auto posOf = [&moved](const CPart* part) {
+        const auto found = moved.find(part);
+        return part->pos + (found == moved.end() ? 0 : found->second);
+    };
+    const auto before = [&](CObject* a, CObject* b) {
+        auto *partA = static_cast<CPart*>(a), *partB = static_cast<CPart*>(b);
+        const int posA = posOf(partA), posB = posOf(partB);
+        return posA != posB ? posA < posB : getTicks(partA) > getTicks(partB);
+    };
+    for (auto* prog : each<CSeqProg>(progs))
+        for (CList* points : {&prog->timesigs, &prog->tempos}) {
+            if (!changed.count(points)) continue;
+            std::vector<CObject*>& list = plan.contents(points);
+            std::ranges::stable_sort(
+                list, {}, [&](CObject* point) { return posOf(static_cast<CPart*>(point)); });
+        }
+    eachSongTrack([&](CSongTrack* songTrack) {
+        bool concerned = changed.count(&songTrack->parts) > 0;
+        for (auto* part : each<CPart>(songTrack->parts)) {
+            if (concerned || moved.empty()) break;
+            concerned = moved.count(part) > 0;
+        }
+        if (!concerned) return;
+        std::vector<CObject*>& list = plan.contents(&songTrack->parts);
+        if (!std::is_sorted(list.begin(), list.end(), before))
+            std::stable_sort(list.begin(), list.end(), before);
+    });
 }
 
 int CSeq::getTicks(CPart* part) {

@@ -91,9 +91,9 @@ void CSeq::makeTrackIO(NewTrack& made) {
     if (out) made.audioOut = createAudioCable(out, track->output(), nullptr);
 }
 
-bool CSeq::hasTrackRoom(int kind, const CUndo* undo) const {
+bool CSeq::hasTrackRoom(int kind, const CUndo* undo, int more) const {
     constexpr int most = 255; ///< of each kind of port and channel
-    int noted = takesNotes(kind) ? 1 : 0, sounding = makesSound(kind) ? 1 : 0;
+    int noted = takesNotes(kind) ? more : 0, sounding = makesSound(kind) ? more : 0;
     const bool notes = noted, sounds = sounding;
     eachWithPending<CTrack>(undo, &tracks, [&](const CTrack* track) {
         noted += takesNotes(track->kind) ? 1 : 0;

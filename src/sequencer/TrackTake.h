@@ -12,6 +12,7 @@ class CSeqProg;
 class CSubTrack;
 class CTrack;
 class CUndo;
+class ForgetSet;
 struct RecEvent;
 struct RecFile;
 
@@ -35,7 +36,7 @@ public:
     /// A parameter that this track plays was moved.
     void addParam(CObject* object, int param, float value);
     /// That object is about to be freed.
-    void purge(const CObject* object);
+    void purge(const ForgetSet& gone);
     /// See `CTrack::recordAutomation`.
     void recordAutomation(int tick, CSubTrack* lane, float value, CUndo* step);
     /// What is recorded from now on replaces automation from a song tick on.

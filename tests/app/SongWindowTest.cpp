@@ -104,7 +104,7 @@ TEST_F(SongWindowTest, NothingLoopsUnasked) {
         EXPECT_EQ(seq()->getLoop(), 0) << kind;
         EXPECT_EQ(from, 0) << kind;
         EXPECT_GE(to, std::max(barTicks, seq()->renderDuration())) << kind;
-        EXPECT_FALSE(host->modified) << kind;
+        EXPECT_FALSE(host->modified()) << kind;
     }
 }
 

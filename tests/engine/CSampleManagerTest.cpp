@@ -27,9 +27,10 @@ public:
         pos = (pos + frames) % sample->getFrames();
         sample->reader->getData(pos, frames, out.data(), false, true);
     }
-    static void forget(CQV* host, CObject* object) {
+    static void forget(CQV* host, const ForgetSet& gone) {
+        const GraphHold hold(host);
         for (auto* c : each<CComp>(host->comps))
-            if (auto* p = dynamic_cast<Player*>(c); p && p->sample == object) p->sample = nullptr;
+            if (auto* p = dynamic_cast<Player*>(c); p && gone.has(p->sample)) p->sample = nullptr;
     }
 };
 

@@ -34,7 +34,7 @@ public:
         note("pos " + std::to_string(long(ticks)));
     }
     double getPos() override { return at; }
-    void afterRec() override { note("afterRec"); }
+    void afterRec() override { note(host->recUndo ? "afterRec within its step" : "afterRec"); }
     void idle() override { ++idles; }
     void process(int frames) override {
         const ProcessGuard guard(this);

@@ -6,8 +6,14 @@
 #include "support/RtTrap.h"
 
 #include <gtest/gtest.h>
+#include <random>
+#include <set>
 
 namespace {
+
+int below2(std::mt19937& random) {
+    return int(random() % 3);
+}
 
 /// A host whose blocks go on while it waits for a step.
 class UndoHostTest : public testing::Test, protected StripFixture {
@@ -122,7 +128,108 @@ TEST_F(UndoHostTest, StepOnItsWayIsSettledBeforeTheNextOne) {
     EXPECT_STREQ(host->undoText().asChar(), "");
 }
 
-CObject* lastForgotten = nullptr;
+/// A component that carries out its steps item by item, or all at once.
+class Lists : public CComp {
+public:
+    Lists(CQV* root, bool atOnce) : CComp(root), whole(atOnce) {}
+    bool takesWhole(const CUndoItem*) override { return whole; }
+    void perform(CUndoItem*, int) override { ++performed; }
+    void performPlan() override { ++plans; }
+    /// An object of a number comes into a list, leaves it or goes to the other one.
+    void record(CUndo* u, int kind, int from, int at, int index) {
+        CList* lists[] = {&one, &two};
+        auto* object = static_cast<CObject*>(lists[from]->items(at));
+        if (kind == 0) {
+            object = new CObject;
+            object->type = ++numbers;
+            u->asAdd(object, lists[from], index);
+        } else if (object && !taken.count(object)) {
+            taken.insert(object);
+            if (kind == 1)
+                u->asRemove(object, lists[from]);
+            else
+                u->asMove(object, lists[from], lists[1 - from], index);
+        }
+    }
+    std::vector<int> numbersOf(const CList& list) const {
+        std::vector<int> all;
+        for (const auto* object : each<CObject>(list)) all.push_back(object->type);
+        all.push_back(-list.getCount());
+        return all;
+    }
+    std::vector<int> state() const {
+        std::vector<int> all = numbersOf(one), more = numbersOf(two);
+        all.insert(all.end(), more.begin(), more.end());
+        return all;
+    }
+    ~Lists() override {
+        deleteAll<CObject>(one);
+        deleteAll<CObject>(two);
+    }
+
+    const bool whole;
+    CList one, two;
+    std::set<CObject*> taken; ///< by the step that is recorded
+    int numbers = 0, performed = 0, plans = 0;
+};
+
+/// Random steps lead to the same lists, there and back, and cost the graph no item each.
+TEST_F(UndoHostTest, ManyItemsGoAtOnceAsOneByOne) {
+    Lists single(host, false), whole(host, true);
+    std::mt19937 random(3);
+    const auto compare = [&](const char* what) {
+        ASSERT_EQ(single.state(), whole.state()) << what << " " << host->undoIndex;
+    };
+    for (int turn = 0; turn < 200; ++turn) {
+        const unsigned seed = random();
+        for (Lists* lists : {&single, &whole}) {
+            std::mt19937 same(seed);
+            const auto below = [&same](int n) { return int(same() % unsigned(n)); };
+            CUndo* u = host->undoStart("Edit", lists, 0);
+            const int kind = below(3), items = 1 + below(12), from = below(2), rise = below(2);
+            for (int i = 0; i < items; ++i)
+                lists->record(u, below(4) ? kind : below(3), below(4) ? from : below(2), below(30),
+                              rise ? 2 * i : below(30) - 1);
+            lists->taken.clear();
+            host->undoEnd(u, true);
+        }
+        compare("done");
+        for (int i = below2(random); i > 0; --i) {
+            undo();
+            undo();
+            compare("undone");
+        }
+        for (int i = below2(random); i > 0; --i) {
+            redo();
+            redo();
+            compare("redone");
+        }
+    }
+    EXPECT_EQ(whole.performed, 0);
+    EXPECT_GT(whole.plans, 200);
+    host->undoClear();
+}
+
+/// What joins a list while a step about it is on its way stays in it.
+TEST_F(UndoHostTest, StepIsPreparedAnewWhenItsListChanges) {
+    Lists lists(host, true);
+    for (const bool late : {false, true}) {
+        CUndo* u = host->undoStart("Edit", &lists, 0);
+        lists.record(u, late ? 1 : 0, 0, 0, -1);
+        host->undoEnd(u, false);
+        if (late) {
+            const GraphHold hold(host);
+            lists.one.add(new CObject);
+        }
+        host->settle();
+    }
+    EXPECT_EQ(lists.numbersOf(lists.one), (std::vector<int>{0, -1}));
+    undo();
+    EXPECT_EQ(lists.one.getCount(), 2);
+    host->undoClear();
+}
+
+int forgotten = 0, forgetCalls = 0;
 int died = 0;
 
 TEST_F(UndoHostTest, NewEditFreesTheRedoTailWhenTheGraphHasLetGo) {
@@ -131,7 +238,10 @@ TEST_F(UndoHostTest, NewEditFreesTheRedoTailWhenTheGraphHasLetGo) {
         using SignalComp::SignalComp;
         ~Mortal() override { ++died; }
     };
-    enterForgetHook([](CQV*, CObject* object) { lastForgotten = object; });
+    enterForgetHook([](CQV*, const ForgetSet& gone) {
+        forgotten += int(gone.all().size());
+        ++forgetCalls;
+    });
     SignalComp* to = add(new SignalComp(host));
     for (int i = 0; i < 3; ++i) added(new Mortal(host));
     undo();
@@ -139,7 +249,8 @@ TEST_F(UndoHostTest, NewEditFreesTheRedoTailWhenTheGraphHasLetGo) {
     EXPECT_EQ(died, 0);
     SignalComp* c = added();
     EXPECT_EQ(died, 2);
-    EXPECT_NE(lastForgotten, nullptr);
+    EXPECT_EQ(forgotten, 2);
+    EXPECT_EQ(forgetCalls, 1) << "once for all that goes";
     EXPECT_EQ(host->undoList.getCount(), 2);
     EXPECT_STREQ(host->redoText().asChar(), "");
     connect(c, to);

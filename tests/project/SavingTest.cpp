@@ -218,7 +218,7 @@ TEST(Saving, AsksBeforeItReplacesWhatCannotComeBack) {
         EXPECT_FALSE(saveProject(f.project, path));
         EXPECT_EQ(shown.size(), 1u);
         EXPECT_EQ(folder.read("song.qv"), bytes);
-        EXPECT_TRUE(f.host->modified);
+        EXPECT_TRUE(f.host->modified());
         saysYes = true;
         for (int round = 0; round < 2; ++round) EXPECT_TRUE(saveProject(f.project, path));
         EXPECT_EQ(folder.read("song.qv") == bytes, !damaged);
@@ -250,7 +250,7 @@ TEST(Saving, ACopyLeavesTheProjectAlone) {
     ASSERT_TRUE(saveProject(f.project, folder.file("song.qv")));
     f.host->setModified();
     EXPECT_TRUE(saveCopy(f.project, folder.file("default.qv")));
-    EXPECT_TRUE(f.host->modified);
+    EXPECT_TRUE(f.host->modified());
     EXPECT_EQ(f.host->projectFile, folder.file("song.qv"));
     EXPECT_EQ(folder.read("default.qv"), folder.read("song.qv"));
     EXPECT_FALSE(saveCopy(f.project, folder.file("none/default.qv")));

@@ -5,6 +5,7 @@
 #include "sequencer/PartActions.h"
 #include "sequencer/PartClipboard.h"
 #include "sequencer/PartMerge.h"
+#include "sequencer/PartOrder.h"
 #include "sequencer/PartSplit.h"
 #include "sequencer/Quantize.h"
 #include "support/RtTrap.h"
@@ -245,6 +246,52 @@ TEST(Edits, AreStepsOfTheHistory) {
         e.redo();
         EXPECT_EQ(e.bytes(), edited) << c.name;
     }
+}
+
+/// Whole songs, on many tracks and on one: the step leaves the parts in order, and the way back and
+/// forth leads to equal files.
+TEST(Edits, OfManyPartsLeadBackAndForth) {
+    const std::pair<const char*, void (*)(CSeq*)> acts[] = {{"quantize", quantizeParts},
+                                                            {"duplicate", duplicateParts},
+                                                            {"glue", glueParts},
+                                                            {"delete", deleteParts},
+                                                            {"split", splitAtCursor},
+                                                            {"mute", toggleMutes},
+                                                            {"insert", insertBars},
+                                                            {"remove", removeBars},
+                                                            {"paste", [](CSeq* seq) {
+                                                                 copyParts(seq);
+                                                                 pasteParts(seq);
+                                                             }}};
+    constexpr int parts = 120;
+    for (const int tracks : {20, 1})
+        for (const auto& [name, act] : acts) {
+            SCOPED_TRACE(name);
+            Edits e;
+            for (int t = 0; t < tracks; t++) {
+                CSongTrack* on = e.track(trackMIDI);
+                for (int n = 0; n < parts / tracks; n++) {
+                    CPart* made = midiPart(n * 480, 1920);
+                    for (int i = 0; i < 5; i++) made->addEvent(i * 100 + 7, note(50 + i));
+                    on->addPart(made, nullptr);
+                }
+            }
+            const std::string start = e.bytes();
+            e.seq->selectAll();
+            e.at(3000);
+            e.locators(1000, 3840);
+            act(e.seq);
+            e.host.settle();
+            e.seq->eachSongTrack(
+                [](CSongTrack* t) { EXPECT_TRUE(inOrder(t->parts, earlier, nullptr)); });
+            e.leaveView();
+            const std::string edited = e.bytes();
+            EXPECT_NE(edited, start);
+            e.undo();
+            EXPECT_TRUE(e.bytes() == start) << "undone";
+            e.redo();
+            EXPECT_TRUE(e.bytes() == edited) << "redone";
+        }
 }
 
 /// Where a clip is cut follows from the frames that have passed by then.

@@ -1,6 +1,7 @@
 #include "sequencer/MidiImport.h"
 
 #include "SongFixture.h"
+#include "base/Numbers.h"
 #include "base/TempFolder.h"
 
 #include <initializer_list>
@@ -251,6 +252,14 @@ TEST(MidiImport, TargetAndPosition) {
                       " 1000+3840: 7.144.60.100~480; " + (used ? "instrument-3" : "instrument-2") +
                       " 1 1000+3840: 0.145.60.100~480; tempo 1007=120 ");
     }
+}
+
+/// What would lie beyond the last tick comes to lie on it.
+TEST(MidiImport, EndsAtTheLastTick) {
+    ImportFixture f;
+    f.import(file(1, 1, {tempoOf(0x0FFFFFFF, 500000) + timeOf(0, 3, 2)}), nullptr, maxTicks);
+    const std::string last = std::to_string(maxTicks);
+    EXPECT_EQ(f.song(), "tempo " + last + "=120 time " + last + "=3/4 ");
 }
 
 /// What a damaged file says, and what of it is kept.

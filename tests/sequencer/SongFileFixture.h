@@ -3,6 +3,7 @@
 #include "SongFixture.h"
 #include "base/CStream.h"
 #include "effects/CEffect.h"
+#include "engine/ForgetHooks.h"
 
 /// The blocks of a song, put together by hand from the tables of the format.
 class Blocks {
@@ -86,7 +87,7 @@ struct SongFileFixture : SongFixture {
     void replace(CSeq* other) {
         const GraphHold hold(&host);
         host.comps.replace(seq, other);
-        dropCables(&host, seq);
+        dropCables(&host, ForgetSet(seq));
         delete seq;
         seq = other;
     }

@@ -1,0 +1,56 @@
+#include "sequencer/StepMarks.h"
+
+#include "engine/UndoPlan.h"
+#include "sequencer/AudioVoices.h"
+#include "sequencer/CSeq.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <unordered_set>
+
+void StepMarks::collect(CSeq* seq, const UndoPlan& plan) {
+    std::unordered_map<const CList*, Mark> byList;
+    seq->eachSongTrack([&](CSongTrack* t) { byList[&t->parts].songTrack = t; });
+    const auto markOf = [&byList](const CList* list) {
+        const auto found = byList.find(list);
+        return found == byList.end() ? nullptr : &found->second;
+    };
+    for (const UndoPlan::Move& move : plan.moves()) {
+        if (Mark* mark = markOf(move.from)) {
+            mark->requests |= requestSetup | requestFlush;
+            mark->parts.push_back(static_cast<CPart*>(move.object));
+        }
+        if (Mark* mark = markOf(move.to)) mark->requests |= requestSetup;
+    }
+    std::unordered_set<const CObject*> swapped;
+    for (const UndoPlan::Swap& swap : plan.swaps()) swapped.insert(swap.object);
+    if (!swapped.empty())
+        seq->eachSongTrack([&](CSongTrack* t) {
+            Mark* mark = markOf(&t->parts);
+            for (auto* part : each<CPart>(t->parts)) {
+                if (!swapped.count(part) && !swapped.count(part->content())) continue;
+                mark->requests |= requestLanes;
+                mark->parts.push_back(part);
+            }
+        });
+    marks.clear();
+    for (auto& [list, mark] : byList) {
+        if (!mark.requests) continue;
+        std::ranges::sort(mark.parts);
+        marks.push_back(std::move(mark));
+    }
+}
+
+bool StepMarks::Mark::touches(const CPart* part) const {
+    return part && std::ranges::binary_search(parts, part, std::less<const CPart*>());
+}
+
+void StepMarks::serve() {
+    for (const Mark& mark : marks) {
+        for (CPart* part : mark.parts) part->dropPlay();
+        if (AudioVoices* voices = mark.songTrack->voices.get())
+            for (const AudioVoice& v : voices->voices)
+                if (v.active && mark.touches(v.part)) voices->forgetEvents(v.part);
+        mark.songTrack->requests.ask(mark.requests);
+    }
+}
