@@ -59,7 +59,7 @@ TEST_F(StoredValuesTest, WhatIsStoredIsUnsavedAndOneStep) {
     } cases[] = {
         {"mute", [&] { key("m"); }, [&] { return track->muted(); }},
         {"solo", [&] { key("s"); }, [&] { return track->soloed(); }},
-        {"loop", [&] { key("l"); }, [&] { return !host->loop || !prog->loop; }},
+        {"loop", [&] { key("l"); }, [&] { return host->loop && prog->loop; }},
         {"locators", [&] { key("ctrl+p"); }, [&] { return prog->rightLocator == 3840; }},
         {"program", [&] { key("9"); }, [&] { return seq()->curProg == 1; }},
         {"snap", [&] { key("x"); }, [&] { return !seq()->snap->active; }},
