@@ -59,11 +59,12 @@ void removeGone(CList& list, const ForgetSet& gone) {
 }
 
 void dropVoicesOf(AudioVoices& voices, const ForgetSet& gone) {
-    for (const AudioVoice& v : voices.voices)
-        for (const CObject* object :
-             std::initializer_list<const CObject*>{v.sample, v.part, v.sound, v.out,
-                                                   v.out ? v.out->comp : nullptr})
-            if (v.active && gone.has(object)) voices.drop(object);
+    for (const AudioVoice& v : voices.voices) {
+        if (!v.active) continue; // it may remember what is freed already
+        const CObject* uses[] = {v.sample, v.part, v.sound, v.out, v.out->comp};
+        for (const CObject* object : uses)
+            if (gone.has(object)) voices.drop(object);
+    }
 }
 
 void purgeMarkers(CSeqProg* prog, const ForgetSet& gone) {
