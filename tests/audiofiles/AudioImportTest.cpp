@@ -1,8 +1,10 @@
 #include "audiofiles/AudioImport.h"
 #include "SampleFixture.h"
 #include "base/Numbers.h"
+#include "support/Rows.h"
 
 #include <cmath>
+#include <numeric>
 #include <random>
 
 namespace {
@@ -39,34 +41,29 @@ protected:
 /// What loses nothing on the way comes in value by value; compressed sound keeps its shape, at
 /// whatever level other programs give it.
 TEST_F(AudioImportTest, OtherFormatsComeIn) {
-    struct Case {
-        const char *source, *options, *name;
-        bool exact;
-    };
-    for (const Case& c : {Case{"s16", "", "a.flac", true},
-                          {"s24", "-pcm24", "b.flac", true},
-                          {"s32", "-float32", "c.au", true},
-                          {"s32", "-float64", "d.wav", true},
-                          {"s24", "-pcm32", "e.wav", true},
-                          {"s16", "-pcmu8", "f.wav", false},
-                          {"s16", "-alaw", "g.wav", false},
-                          {"s16", "", "h.mp3", false},
-                          {"s16", "", "i.ogg", false},
-                          {"s16", "", "j.opus", false}}) {
-        convert(c.options, c.source, c.name);
-        ASSERT_EQ(import(c.name), ImportResult::good) << c.name;
+    for (const auto& [source, options, name, exact] :
+         Rows<const char*, const char*, const char*, bool>{{"s16", "", "a.flac", true},
+                                                           {"s24", "-pcm24", "b.flac", true},
+                                                           {"s32", "-float32", "c.au", true},
+                                                           {"s32", "-float64", "d.wav", true},
+                                                           {"s24", "-pcm32", "e.wav", true},
+                                                           {"s16", "-pcmu8", "f.wav", false},
+                                                           {"s16", "-alaw", "g.wav", false},
+                                                           {"s16", "", "h.mp3", false},
+                                                           {"s16", "", "i.ogg", false},
+                                                           {"s16", "", "j.opus", false}}) {
+        convert(options, source, name);
+        ASSERT_EQ(import(name), ImportResult::good) << name;
         const auto in = opened(out.asChar());
-        EXPECT_EQ(in->rate, 48000.0f) << c.name;
-        const Values got = allFrames(*in), want = allFrames(*opened(path(c.source)));
-        ASSERT_EQ(got.size(), want.size()) << c.name;
-        double both = 0, mine = 0, theirs = 0;
-        for (std::size_t i = 0; i < got.size(); i++) {
-            both += double(got[i] * want[i]);
-            mine += double(got[i] * got[i]);
-            theirs += double(want[i] * want[i]);
-        }
-        EXPECT_GT(both / std::sqrt(mine * theirs), 0.999) << c.name;
-        EXPECT_TRUE(!c.exact || got == want) << c.name;
+        EXPECT_EQ(in->rate, 48000.0f) << name;
+        const Values got = allFrames(*in), want = allFrames(*opened(path(source)));
+        ASSERT_EQ(got.size(), want.size()) << name;
+        const auto product = [](const Values& a, const Values& b) {
+            return std::inner_product(a.begin(), a.end(), b.begin(), 0.0);
+        };
+        EXPECT_GT(product(got, want) / std::sqrt(product(got, got) * product(want, want)), 0.999)
+            << name;
+        EXPECT_TRUE(!exact || got == want) << name;
     }
 }
 

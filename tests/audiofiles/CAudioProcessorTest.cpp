@@ -1,6 +1,7 @@
 #include "audiofiles/CAudioProcessor.h"
 #include "SampleFixture.h"
 #include "base/FullDisk.h"
+#include "support/Rows.h"
 
 #include <cmath>
 
@@ -46,10 +47,6 @@ Values edited(const Values& in, int chs, int bits, int mode, int from, int to) {
 
 /// Every mode in every width, mono and stereo, streamed or loaded, whatever the range.
 TEST_F(CAudioProcessorTest, EditsEqualArrayArithmetic) {
-    struct Case {
-        const char* name;
-        int bits, chs, streamed;
-    };
     int number = 0;
     CAudioProcessor processor([&](const CStr& like, bool& inTemp) {
         inTemp = true;
@@ -58,13 +55,14 @@ TEST_F(CAudioProcessorTest, EditsEqualArrayArithmetic) {
     Values left = noise(5000, 1), right = noise(5000, 2);
     for (Values* side : {&left, &right})
         for (float& v : *side) v *= 0.7f;
-    for (const Case& c : {Case{"a.wav", 16, 2, 1},
-                          {"b.wav", 24, 1, 0},
-                          {"c.wav", 32, 2, 1},
-                          {"d.aif", 16, 1, 1},
-                          {"e.aif", 24, 2, 0}}) {
-        write(path(c.name), 48000, c.bits, c.chs, left, right);
-        const auto source = opened(path(c.name), c.streamed);
+    for (const auto& [name, bits, chs, streamed] :
+         Rows<const char*, int, int, int>{{"a.wav", 16, 2, 1},
+                                          {"b.wav", 24, 1, 0},
+                                          {"c.wav", 32, 2, 1},
+                                          {"d.aif", 16, 1, 1},
+                                          {"e.aif", 24, 2, 0}}) {
+        write(path(name), 48000, bits, chs, left, right);
+        const auto source = opened(path(name), streamed);
         const Values in = allFrames(*source);
         const std::pair<int, int> ranges[] = {{-9, 5000}, {1000, 4100}, {777, 777}, {4999, 9000}};
         for (const auto& [from, to] : ranges)
@@ -77,8 +75,8 @@ TEST_F(CAudioProcessorTest, EditsEqualArrayArithmetic) {
                 if (menuOnly) continue;
                 EXPECT_TRUE(!done->keep && done->cached);
                 ASSERT_EQ(allFrames(*opened(done->filename.asChar())),
-                          edited(in, c.chs, c.bits, mode, std::max(from, 0), std::min(to, 5000)))
-                    << c.name << " mode " << mode << " " << from << " to " << to;
+                          edited(in, chs, bits, mode, std::max(from, 0), std::min(to, 5000)))
+                    << name << " mode " << mode << " " << from << " to " << to;
             }
     }
 }

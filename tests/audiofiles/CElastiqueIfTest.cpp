@@ -1,6 +1,7 @@
 #include "SampleFixture.h"
 #include "audiofiles/CElastiqueRender.h"
 #include "audiofiles/SampleRender.h"
+#include "support/Rows.h"
 #include "support/RtTrap.h"
 
 #include <algorithm>
@@ -73,27 +74,24 @@ double frequencyOf(const std::vector<float>& x) {
 /// The tone comes out at its place on the new time line, at the pitch that was asked for, forward
 /// and backward.
 TEST_F(CElastiqueIfTest, SoundKeepsItsPlaceAndPitch) {
-    struct Case {
-        float stretch, pitch;
-        int block, reverse;
-    };
-    for (const Case& c : {Case{1.0f, 1.0f, 128, 0},
-                          {0.8f, 1.2f, 64, 1},
-                          {0.5f, 2.0f, 256, 0},
-                          {1.7f, 0.7f, 1024, 1},
-                          {1.25f, 0.5f, 4096, 0}}) {
-        const StretchSpan span{c.stretch, c.pitch, c.reverse, 0, length};
-        const Values out = play([&] { return span; }, int(c.stretch * length) + 5000, c.block);
+    for (const auto& [stretch, pitch, block, reverse] :
+         Rows<float, float, int, int>{{1.0f, 1.0f, 128, 0},
+                                      {0.8f, 1.2f, 64, 1},
+                                      {0.5f, 2.0f, 256, 0},
+                                      {1.7f, 0.7f, 1024, 1},
+                                      {1.25f, 0.5f, 4096, 0}}) {
+        const StretchSpan span{stretch, pitch, reverse, 0, length};
+        const Values out = play([&] { return span; }, int(stretch * length) + 5000, block);
         double energy = 0, moment = 0;
         for (std::size_t i = 0; i < out.size(); i++) {
             energy += double(out[i] * out[i]);
             moment += double(out[i] * out[i]) * double(i);
         }
-        const int from = c.reverse ? length - 1 - centre : centre;
-        EXPECT_NEAR(moment / energy, double(c.stretch) * from, 0.01 * rate)
-            << c.stretch << " " << c.pitch;
-        const double cents = 1200 * std::log2(frequencyOf(out) / hertz / double(c.pitch));
-        EXPECT_NEAR(cents, 0.0, 3.0) << c.stretch << " " << c.pitch;
+        const int from = reverse ? length - 1 - centre : centre;
+        EXPECT_NEAR(moment / energy, double(stretch) * from, 0.01 * rate)
+            << stretch << " " << pitch;
+        const double cents = 1200 * std::log2(frequencyOf(out) / hertz / double(pitch));
+        EXPECT_NEAR(cents, 0.0, 3.0) << stretch << " " << pitch;
     }
 }
 

@@ -1,20 +1,15 @@
 #include "SampleFixture.h"
+#include "support/Rows.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <random>
 
 using CSampleTest = SampleFiles;
 
 namespace {
 
-struct Format {
-    const char* name;
-    int rate, bits, chs;
-};
-
-const Format formats[] = {
+const Rows<const char*, int, int, int> formats = {
     {"a16.wav", 44100, 16, 2}, {"m16.wav", 22050, 16, 1},   {"a24.wav", 48000, 24, 2},
     {"m24.wav", 96000, 24, 1}, {"a32.wav", 44100, 32, 2},   {"m32.wav", 8000, 32, 1},
     {"a16.AIF", 44100, 16, 2}, {"m16.aiff", 192000, 16, 1}, {"a24.aif", 32000, 24, 2},
@@ -88,34 +83,33 @@ const std::string ssnd = chunk("SSND", std::string(8, '\0') + "\x40\x01\x80\x02"
 /// programs read the same values; what one of them makes of it is read here.
 TEST_F(CSampleTest, WrittenFilesReadBackHereAndElsewhere) {
     Values left = noise(5000, 1), right = noise(5000, 2);
-    const float extremes[] = {1.0f, 9.0f, -1.0f, -9.0f, std::nanf("")};
-    for (Values* side : {&left, &right}) std::ranges::copy(extremes, side->begin());
-    for (const Format& f : formats) {
-        const std::string file = path(f.name);
+    for (Values* side : {&left, &right})
+        std::ranges::copy(Values{1.0f, 9.0f, -1.0f, -9.0f, std::nanf("")}, side->begin());
+    for (const auto& [name, rate, bits, chs] : formats) {
+        const std::string file = path(name);
         const bool isAiff = file.find("wav") == std::string::npos;
-        write(file, f.rate, f.bits, f.chs, left, right);
+        write(file, rate, bits, chs, left, right);
         Values want;
         for (std::size_t i = 0; i < 5000; i++) {
-            const float first = f.chs == 1 ? (left[i] + right[i]) * 0.5f : left[i];
-            want.push_back(packed(first, f.bits, isAiff));
-            if (f.chs == 2) want.push_back(packed(right[i], f.bits, isAiff));
+            const float first = chs == 1 ? (left[i] + right[i]) * 0.5f : left[i];
+            want.push_back(packed(first, bits, isAiff));
+            if (chs == 2) want.push_back(packed(right[i], bits, isAiff));
         }
         for (int streamed : {0, 1}) {
             const auto in = opened(file, streamed);
-            EXPECT_EQ(in->rate, float(f.rate)) << f.name;
-            EXPECT_EQ(in->bits * 10 + in->chs, f.bits * 10 + f.chs) << f.name;
-            EXPECT_EQ(in->bigEndian, isAiff && (streamed || f.bits == 32)) << f.name;
-            expectNear(allFrames(*in), want, f.name);
+            EXPECT_EQ(in->rate, float(rate)) << name;
+            EXPECT_EQ(in->bits * 10 + in->chs, bits * 10 + chs) << name;
+            EXPECT_EQ(in->bigEndian, isAiff && (streamed || bits == 32)) << name;
+            expectNear(allFrames(*in), want, name);
         }
         run("sox -D -V1 " + file + " -t f32 " + path("raw"));
         const Bytes raw = bytesOf(path("raw"));
-        Values theirs(raw.size() / 4);
-        std::memcpy(theirs.data(), raw.data(), raw.size());
-        expectNear(theirs, want, f.name);
+        const auto* theirs = reinterpret_cast<const float*>(raw.data());
+        expectNear(Values(theirs, theirs + raw.size() / 4), want, name);
         const std::string other = path(isAiff ? "theirs.aif" : "theirs.wav");
-        const std::string coding = f.bits < 32 ? "-pcm24 " : isAiff ? "-pcm32 " : "-float32 ";
+        const std::string coding = bits < 32 ? "-pcm24 " : isAiff ? "-pcm32 " : "-float32 ";
         run("sndfile-convert " + coding + file + " " + other);
-        EXPECT_EQ(allFrames(*opened(other)), allFrames(*opened(file))) << f.name;
+        EXPECT_EQ(allFrames(*opened(other)), allFrames(*opened(file))) << name;
     }
 }
 
@@ -159,7 +153,6 @@ TEST_F(CSampleTest, ChunksDecideWhatOpens) {
         {"stopped before it told its size", wav(pcm + chunk("data", "") + std::string(21, 'x')),
          10},
         {"no frames, but chunks behind", wav(pcm + chunk("data", "") + smpl(1, {7})), 0, 1, 0},
-        {"no frames", wav(pcm + chunk("data", "")), 0},
         {"data first", wav(data + pcm), refused},
         {"format changed behind the data", wav(pcm + data + fmt(1, 4, 44100, 24)), refused},
         {"integers of 32 bits", wav(fmt(1, 1, 44100, 32) + data), refused},
@@ -171,7 +164,6 @@ TEST_F(CSampleTest, ChunksDecideWhatOpens) {
         {"rate 0", wav(fmt(1, 1, 0, 16) + data), refused},
         {"negative rate", wav(fmt(1, 1, 0xffffffffu, 16) + data), refused},
         {"AIFF of fewer frames than told", aiff(comm(9, 16, 14, 0xac440000u) + ssnd), 2},
-        {"AIFF of more than told", aiff(comm(1, 16, 14, 0xac440000u) + ssnd), 1},
         {"AIFF frames first", aiff(ssnd + rate), refused},
         {"AIFF of 8 bits", aiff(comm(2, 8, 14, 0xac440000u) + ssnd), refused},
         {"AIFF exponent too high", aiff(comm(2, 16, 31, 0xac440000u) + ssnd), refused},
@@ -186,8 +178,7 @@ TEST_F(CSampleTest, ChunksDecideWhatOpens) {
             in.streamed = streamed;
             EXPECT_EQ(in.open(path("c").c_str()), c.frames != refused) << c.name;
             EXPECT_EQ(in.getFrames(), std::max(c.frames, 0)) << c.name;
-            EXPECT_EQ(int(in.loop), c.loop) << c.name;
-            EXPECT_EQ(int(in.loopStart), c.loopStart) << c.name;
+            EXPECT_TRUE(in.loop == c.loop && int(in.loopStart) == c.loopStart) << c.name;
         }
     }
     CSample in;
@@ -223,19 +214,15 @@ TEST_F(CSampleTest, DamagedFilesStayWithinTheirBytes) {
     }
 }
 
-/// A temporary recording goes with its sample unless it is kept or somebody else's.
 TEST_F(CSampleTest, TemporaryFilesGoWithTheirSample) {
-    struct Case {
-        bool keep, ownsFile, stays;
-    };
-    for (const Case& c : {Case{false, true, false}, {true, true, true}, {false, false, true}}) {
+    for (const auto& [keep, ownsFile, stays] :
+         Rows<bool, bool, bool>{{false, true, false}, {true, true, true}, {false, false, true}}) {
         CSample* sample = CSample::createSample(path("t.wav").c_str(), 0);
-        ASSERT_NE(sample, nullptr);
-        EXPECT_FALSE(sample->keep);
-        sample->keep = c.keep;
-        sample->ownsFile = c.ownsFile;
+        ASSERT_TRUE(sample && !sample->keep);
+        sample->keep = keep;
+        sample->ownsFile = ownsFile;
         delete sample;
-        EXPECT_EQ(std::filesystem::exists(path("t.wav")), c.stays);
+        EXPECT_EQ(std::filesystem::exists(path("t.wav")), stays);
     }
     EXPECT_EQ(CSample::createSample(path("no/such/folder.wav").c_str(), 0), nullptr);
 }

@@ -3,13 +3,11 @@
 #include "engine/FakeModule.h"
 #include "engine/MidiBytes.h"
 #include "engine/StripFixture.h"
-#include "support/RtTrap.h"
+#include "support/Rows.h"
 
-#include "base/Delegates.h"
 #include "base/Numbers.h"
 
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <optional>
@@ -76,6 +74,9 @@ TEST_F(CAAMTest, OpensAndTakesWhatTheDriverGrants) {
                           aamAudioOutCount, aamStart}));
     EXPECT_EQ(module->askedRate, 96000);
     EXPECT_TRUE(b->opened && b->device == 1 && b->numAudioIns == FakeState::audioIns);
+    b->dawMode = true;
+    EXPECT_TRUE(b->audioInName(3) == "daw-3");
+    b->dawMode = false;
     EXPECT_TRUE(t.host->frames == 512 && t.host->rate == 48000.0f);
     t.run();
     b->audioClose();
@@ -89,21 +90,21 @@ TEST_F(CAAMTest, OpensAndTakesWhatTheDriverGrants) {
 
 /// A device that fails, or grants nonsense, leaves the bridge closed and the requests as they were.
 TEST_F(CAAMTest, FailedOpens) {
-    struct Case {
-        intptr_t open, frames;
-        float rate;
-    };
-    const Case cases[] = {{-1, 512, 48000},  {0, -1, 48000}, {0, intptr_t(1) << 40, 48000},
-                          {0, 16385, 48000}, {0, 512, -1},   {0, 512, 192001},
-                          {0, 512, NAN}};
-    for (const Case& c : cases) {
-        module->openResult = c.open;
-        module->grantFrames = c.frames;
-        module->grantRate = c.rate;
+    for (const auto& [opened, frames, rate] :
+         Rows<intptr_t, intptr_t, float>{{-1, 512, 48000},
+                                         {0, -1, 48000},
+                                         {0, intptr_t(1) << 40, 48000},
+                                         {0, 16385, 48000},
+                                         {0, 512, -1},
+                                         {0, 512, 192001},
+                                         {0, 512, NAN}}) {
+        module->openResult = opened;
+        module->grantFrames = frames;
+        module->grantRate = rate;
         ops();
         b->audioOpen(0);
         const Ops all = ops();
-        EXPECT_EQ(std::ranges::count(all, int(aamClose)), c.open == 0) << c.frames << " " << c.rate;
+        EXPECT_EQ(std::ranges::count(all, int(aamClose)), opened == 0) << frames << " " << rate;
         EXPECT_EQ(std::ranges::count(all, int(aamStart)), 0);
         EXPECT_TRUE(!b->opened && b->frames == 1024 && b->rate == 44100.0f);
         EXPECT_EQ(t.host->frames, 1024);
@@ -205,29 +206,4 @@ TEST_F(CAAMTest, NotesOutsideEndBeforeTheDeviceCloses) {
     entry(aamTestStatistics, intptr_t(&s), 0);
     EXPECT_GE(s.blocks * t.host->frames, at + 2 * t.host->frames) << "and the time to be sent";
     dlclose(real);
-}
-
-/// The real module and its device without hardware: sound runs through a hundred openings, and
-/// stops with each closing.
-TEST_F(CAAMTest, RealModuleOpensAHundredTimes) {
-    SignalComp* signal = t.addSignal();
-    load(SONDRAVA_BIN "/libaam.so");
-    const int silentClock = b->numAudioDevs() - 1;
-    ASSERT_TRUE(b->audioName(silentClock) == "Silent clock");
-    for (int i = 0; i < 2; ++i) b->audioOutEnable(i, 1);
-    rtReset();
-    for (int i = 0; i < 100; ++i) {
-        b->setFrames(64 << i % 3);
-        b->audioOpen(silentClock);
-        ASSERT_TRUE(b->opened && t.host->frames == 64 << i % 3) << i;
-        for (int ms = 0; ms < 5000 && !t.host->tasks->blocksComing(); ++ms) asSleep(1);
-        ASSERT_TRUE(t.host->tasks->blocksComing()) << i;
-        t.host->idle();
-        b->audioClose();
-        ASSERT_FALSE(t.host->tasks->blocksComing());
-    }
-    EXPECT_EQ(rtViolations(), 0);
-    EXPECT_GT(signal->at, 0);
-    b->dawMode = true;
-    EXPECT_TRUE(b->audioInName(3) == "daw-3" && !b->audioOutEnabled(0)) << "nothing is open";
 }

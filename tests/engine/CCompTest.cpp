@@ -1,17 +1,6 @@
 #include "StripFixture.h"
 
-#include <gtest/gtest.h>
 #include <memory>
-
-TEST(CComp, IndicesOutsideAListAreRefused) {
-    StripFixture f;
-    CComp c(f.host);
-    for (int i = 0; i < 2; ++i) c.progs.add(new CProgram);
-    for (const int index : {1, 2, -1}) c.setProg(index);
-    EXPECT_EQ(c.getProgram(-1), c.progs.items(1));
-    c.setMacroParam(8, 3);
-    EXPECT_EQ(c.getMacroParam(8), -1);
-}
 
 TEST(CComp, PrepareClearsTheBlockAndLeavesTheSourceOfInsertsAlone) {
     StripFixture f;

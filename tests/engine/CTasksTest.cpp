@@ -1,8 +1,5 @@
 #include "base/Deadline.h"
 #include "engine/StripFixture.h"
-#include "support/RtTrap.h"
-
-#include <gtest/gtest.h>
 
 namespace {
 

@@ -2,8 +2,6 @@
 #include "engine/SeqStub.h"
 #include "engine/StripFixture.h"
 
-#include <gtest/gtest.h>
-
 #include <limits>
 
 namespace {
@@ -101,8 +99,7 @@ TEST(DelayCompensation, ImpulsesMeetWhateverIsInTheirWay) {
 /// The sum of a path: the component, the running inserts of its channel, the longest before. One
 /// that is switched off or frozen has none.
 TEST(DelayCompensation, SumOfAPath) {
-    class Frozen : public SignalComp {
-    public:
+    struct Frozen : SignalComp {
         using SignalComp::SignalComp;
         int freezed(COutputChannel* ch) override { return ch == output() && frozen; }
         bool frozen = false;
@@ -116,17 +113,17 @@ TEST(DelayCompensation, SumOfAPath) {
     CComp* insert = t.addInsert(s->output(), new LateInsert(t.host, 100));
     t.addInsert(s->output(), new LateInsert(t.host, 1000))->enabled = 0;
     const GraphHold hold(t.host);
-    const auto sum = [s] { return sumDelay(s, s->output()); };
-    EXPECT_EQ(sum(), 10 + 100 + 50 + 7);
+    const auto expectSum = [s](int sum) { EXPECT_EQ(sumDelay(s, s->output()), sum); };
+    expectSum(10 + 100 + 50 + 7);
     longest->enabled = 0;
-    EXPECT_EQ(sum(), 10 + 100 + 5);
-    insert->enabled = 2;
-    EXPECT_EQ(sum(), 10 + 5) << "only 1 is on";
+    expectSum(10 + 100 + 5);
+    insert->enabled = 2; // only 1 is on
+    expectSum(10 + 5);
     s->frozen = true;
-    EXPECT_EQ(sum(), 0);
+    expectSum(0);
     s->frozen = false;
     s->enabled = 0;
-    EXPECT_EQ(sum(), 0);
+    expectSum(0);
 }
 
 /// What is late into one track leaves the others in time.

@@ -1,9 +1,9 @@
 #include "engine/Mixing.h"
 #include "StripFixture.h"
+#include "support/Rows.h"
 
 #include <algorithm>
 #include <cmath>
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -43,13 +43,11 @@ TEST(Mixing, RampsOfFaderAndPanCrossBlocksAndPieces) {
 
 /// Automation cuts the block at its exact frame, at both edges and wherever its time is rounded to.
 TEST(Mixing, AutomationTakesEffectAtItsFrame) {
-    const std::pair<double, int> cases[] = {{0, 0},  {255, 255}, {100.4, 100}, {100.5, 101},
-                                            {-5, 0}, {256, 256}, {9000, 256},  {NAN, 0}};
-    for (const auto& [time, frame] : cases) {
+    for (const auto& [time, frame] : Rows<double, int>{
+             {0, 0}, {255, 255}, {100.4, 100}, {100.5, 101}, {-5, 0}, {256, 256}, {NAN, 0}}) {
         StripFixture f;
         SignalComp* signal = f.addSignal();
-        COutputChannel* ch = signal->output();
-        signal->moves = {{time, ch, 0, 0.5f}};
+        signal->moves = {{time, signal->output(), 0, 0.5f}};
         f.run(2, 256);
         const Glide gain{1, 0.5, frame};
         for (int i = 0; i < 512; ++i)
@@ -78,12 +76,13 @@ TEST(Mixing, AutomationOfOthersIsIgnored) {
 
 /// Mute and solo, for a source, a group and a send bus; settled after the ramp.
 TEST(Mixing, MuteAndSoloAsTheGainFormula) {
-    const struct {
-        bool mute, solo, otherSolo;
-        float signal;
-    } cases[] = {{false, false, false, 1}, {true, false, false, 0}, {false, false, true, 0},
-                 {false, true, false, 1},  {false, true, true, 1},  {true, true, false, 0}};
-    for (const auto& c : cases) {
+    for (const auto& [mute, solo, otherSolo, signal] :
+         Rows<bool, bool, bool, float>{{false, false, false, 1},
+                                       {true, false, false, 0},
+                                       {false, false, true, 0},
+                                       {false, true, false, 1},
+                                       {false, true, true, 1},
+                                       {true, true, false, 0}}) {
         StripFixture f;
         COutputChannel* ch = f.addSignal()->output();
         CGroupCh* group = f.add(new CGroupCh(f.host));
@@ -91,17 +90,17 @@ TEST(Mixing, MuteAndSoloAsTheGainFormula) {
         f.connect(group);
         SignalComp* inGroup = f.add(new SignalComp(f.host));
         f.connect(inGroup, group);
-        inGroup->output()->solo = c.otherSolo;
+        inGroup->output()->solo = otherSolo;
         ch->sendLevels[0]->level = 0.5f;
-        ch->mute = c.mute;
-        ch->solo = c.solo;
+        ch->mute = mute;
+        ch->solo = solo;
         f.run(3);
-        const auto when = testing::Message() << c.mute << c.solo << c.otherSolo;
-        EXPECT_EQ(ch->bufL[0], c.signal) << when;
-        EXPECT_EQ(bus->input()->bufL[0], 0.25f * c.signal) << when;
-        EXPECT_EQ(bus->output()->bufL[0], 0.25f * c.signal) << "no solo silences a bus " << when;
+        SCOPED_TRACE(testing::Message() << mute << solo << otherSolo);
+        EXPECT_EQ(ch->bufL[0], signal);
+        EXPECT_EQ(bus->input()->bufL[0], 0.25f * signal);
+        EXPECT_EQ(bus->output()->bufL[0], 0.25f * signal) << "no solo silences a bus";
         EXPECT_EQ(bus->output()->anySolo, 0);
-        EXPECT_EQ(group->output()->bufL[0], c.otherSolo || !c.solo ? 1.0f : 0.0f) << when;
+        EXPECT_EQ(group->output()->bufL[0], otherSolo || !solo ? 1.0f : 0.0f);
     }
 }
 
@@ -109,8 +108,7 @@ TEST(Mixing, MuteAndSoloAsTheGainFormula) {
 /// bus by its sends. A track's channel is fed by what arrives at that track alone.
 TEST(Mixing, SoloKeepsWhatFeedsIt) {
     StripFixture f;
-    CGroupCh* outer = f.add(new CGroupCh(f.host));
-    CGroupCh* inner = f.add(new CGroupCh(f.host));
+    CGroupCh *outer = f.add(new CGroupCh(f.host)), *inner = f.add(new CGroupCh(f.host));
     CGroupCh* bus = f.addBus();
     SignalComp *member = f.add(new SignalComp(f.host)), *before = f.add(new SignalComp(f.host)),
                *other = f.addSignal(), *sending = f.addSignal(), *mutedSend = f.addSignal();
@@ -122,23 +120,20 @@ TEST(Mixing, SoloKeepsWhatFeedsIt) {
     sending->output()->sendLevels[0]->level = 1.0f;
     mutedSend->output()->sendLevels[0]->level = 1.0f;
     mutedSend->output()->sendLevels[0]->muted = 1;
-    const struct {
-        CComp* soloed;
-        std::vector<CComp*> heard;
-    } cases[] = {{nullptr, {member, before, other, sending, mutedSend}},
-                 {outer, {member, before}},
-                 {inner, {member, before}},
-                 {member, {member, before}},
-                 {before, {before}},
-                 {bus, {sending}},
-                 {f.out, {member, before, other, sending, mutedSend}}};
-    for (size_t k = 0; k < std::size(cases); ++k) {
-        for (CComp* c : std::initializer_list<CComp*>{outer, inner, bus, member, before, f.out})
-            c->output()->solo = c == cases[k].soloed;
+    const Comps signals = {member, before, other, sending, mutedSend};
+    for (const auto& [soloed, heard] : Rows<CComp*, Comps>{{nullptr, signals},
+                                                           {outer, {member, before}},
+                                                           {inner, {member, before}},
+                                                           {member, {member, before}},
+                                                           {before, {before}},
+                                                           {bus, {sending}},
+                                                           {f.out, signals}}) {
+        for (CComp* c : Comps{outer, inner, bus, member, before, f.out})
+            c->output()->solo = c == soloed;
         f.run(3);
-        for (CComp* c : std::initializer_list<CComp*>{member, before, other, sending, mutedSend})
-            EXPECT_EQ(c->output()->bufL[0] != 0.0f, std::ranges::count(cases[k].heard, c) > 0)
-                << "case " << k << ", signal " << f.host->comps.indexed(c);
+        for (CComp* c : signals)
+            EXPECT_EQ(c->output()->bufL[0] != 0.0f, std::ranges::count(heard, c) > 0)
+                << "case " << f.host->comps.indexed(soloed) << ", " << f.host->comps.indexed(c);
     }
 }
 

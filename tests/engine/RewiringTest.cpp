@@ -1,8 +1,4 @@
 #include "EditScenario.h"
-#include "base/Messages.h"
-#include "support/RtTrap.h"
-
-#include <gtest/gtest.h>
 
 namespace {
 

@@ -1,7 +1,4 @@
 #include "StripFixture.h"
-#include "base/Messages.h"
-
-#include <gtest/gtest.h>
 
 namespace {
 

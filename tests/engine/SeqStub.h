@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-/// Stands where a sequencer stands and takes down what the host tells it.
+/// Stands for a sequencer and takes down what the host tells it.
 class SeqStub : public CComp {
 public:
     double at = 0.0;

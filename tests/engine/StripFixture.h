@@ -1,14 +1,19 @@
 #pragma once
 
 #include "base/Delegates.h"
+#include "base/Messages.h"
 #include "engine/CGroupCh.h"
 #include "engine/CUndo.h"
+#include "support/RtTrap.h"
 #include "support/TestHost.h"
 
 #include <atomic>
 #include <functional>
+#include <gtest/gtest.h>
 #include <thread>
 #include <vector>
+
+using Comps = std::vector<CComp*>;
 
 /// Plays a signal on its one output: `left` and `right` give the sample at a running frame. Events
 /// of the coming block arrive at its input port, for its strip and inserts, and leave at its output
@@ -160,4 +165,23 @@ public:
         host->redoClicked();
         host->settle();
     }
+};
+
+/// A host whose blocks go on while a test waits for a step, which allocates nothing in them, frees
+/// nothing and waits for nothing.
+class StepTest : public testing::Test, protected StripFixture {
+protected:
+    StepTest() {
+        waiting = this;
+        messageHooks().pumpIdle = [] { waiting->block(64); };
+        block(64);
+        rtReset();
+    }
+    ~StepTest() override {
+        messageHooks().pumpIdle = nullptr;
+        EXPECT_EQ(rtViolations(), 0) << "a step allocates, frees or locks";
+    }
+
+private:
+    static inline StripFixture* waiting = nullptr;
 };

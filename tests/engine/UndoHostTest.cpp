@@ -1,11 +1,8 @@
 #include "StripFixture.h"
-#include "base/Messages.h"
 #include "engine/CMap.h"
 #include "engine/EditorHooks.h"
 #include "engine/ForgetHooks.h"
-#include "support/RtTrap.h"
 
-#include <gtest/gtest.h>
 #include <random>
 #include <set>
 
@@ -15,19 +12,8 @@ int below2(std::mt19937& random) {
     return int(random() % 3);
 }
 
-/// A host whose blocks go on while it waits for a step.
-class UndoHostTest : public testing::Test, protected StripFixture {
+class UndoHostTest : public StepTest {
 protected:
-    void SetUp() override {
-        waiting = this;
-        messageHooks().pumpIdle = [] { waiting->block(64); };
-        block(64);
-        rtReset();
-    }
-    void TearDown() override {
-        messageHooks().pumpIdle = nullptr;
-        EXPECT_EQ(rtViolations(), 0) << "a task allocates, frees or locks";
-    }
     /// A component in the graph by a step of its own.
     SignalComp* added(SignalComp* c) {
         step([&](CUndo* u) { u->asAdd(made(c), &host->comps); });
@@ -37,9 +23,6 @@ protected:
     void cut(CComp* c) {
         step([&](CUndo* u) { u->asRemove(c, &host->comps); });
     }
-
-private:
-    static inline StripFixture* waiting = nullptr;
 };
 
 TEST_F(UndoHostTest, EmptyStepLeavesNothingButItsNotification) {

@@ -1,34 +1,23 @@
 #include "engine/ValueDoor.h"
 #include "StripFixture.h"
-#include "base/Messages.h"
 #include "base/Numbers.h"
 #include "common/fx/CEQ.h"
 #include "engine/CMap.h"
 #include "engine/StripValues.h"
-#include "support/RtTrap.h"
-
-#include <gtest/gtest.h>
+#include "support/Rows.h"
 
 namespace {
 
 using Numbers = StoredValue::Numbers;
 
 /// A strip with sends, and what a user does at it. Steps are carried out by blocks.
-class ValueDoorTest : public testing::Test, protected StripFixture {
+class ValueDoorTest : public StepTest {
 protected:
-    void SetUp() override {
-        waiting = this;
-        messageHooks().pumpIdle = [] { waiting->block(64); };
-        source = addSignal();
-        strip = source->output();
+    ValueDoorTest() {
         addBus();
         settled();
         host->markSaved(host->saveMark());
         rtReset();
-    }
-    void TearDown() override {
-        messageHooks().pumpIdle = nullptr;
-        EXPECT_EQ(rtViolations(), 0) << "a step allocates, frees or locks";
     }
     ValueDoor& values() { return *host->values; }
     int steps() const { return host->undoIndex + 1; }
@@ -44,52 +33,48 @@ protected:
         host->redoClicked();
         settled();
     }
+    /// From here on, or until here, a take is recorded.
+    void record(bool on) {
+        host->recording = on;
+        host->idle();
+        settled();
+    }
 
-    SignalComp* source = nullptr;
-    COutputChannel* strip = nullptr;
-
-private:
-    static inline StripFixture* waiting = nullptr;
+    SignalComp* source = addSignal();
+    COutputChannel* strip = source->output();
 };
 
 /// Whatever is moved comes back as exactly what it was, though a parameter's 0 to 1 may round.
 TEST_F(ValueDoorTest, GestureIsOneStepThereAndBack) {
     strip->setEqFrequency(1, 1234.567f);
     strip->pan = 0.1f;
-    const struct {
-        StoredValue value;
-        double to, beyond, most;
-        const char* name;
-    } cases[] = {
-        {faderOf(strip), 0.3, 7.0, 1.0, "Volume"},
-        {panOf(strip), -0.7, -2.0, -1.0, "Pan"},
-        {muteOf(strip), 1.0, 1.0, 1.0, "Mute"},
-        {soloOf(strip), 1.0, 1.0, 1.0, "Solo"},
-        {trimOf(strip), 0.5, 3.0, 1.0, "Trim"},
-        {eqPowerOf(strip, 2), 1.0, 1.0, 1.0, "EQ3 power"},
-        {eqGainOf(strip, 0), -3.3, 99.0, CEQ::maxGain, "EQ1 gain"},
-        {eqFrequencyOf(strip, 1), 777.7, 1e9, CEQ::maxFrequency, "EQ2 freq"},
-        {eqQOf(strip, 3), 2.2, 99.0, CEQ::maxQ, "EQ4 Q"},
-        {eqTypeOf(strip, 0), eqNotch, 99.0, eqNotch, "EQ type"},
-        {levelOf(strip->sendLevels[0]), 0.4, 2.0, 1.0, "Send level"},
-        {tempoOf(host), 90.5, 1000.0, 250.0, "Tempo"},
-    };
-    for (const auto& c : cases) {
-        const Numbers before = c.value.get();
+    for (const auto& [value, to, beyond, most, name] :
+         Rows<StoredValue, double, double, double, const char*>{
+             {faderOf(strip), 0.3, 7.0, 1.0, "Volume"},
+             {panOf(strip), -0.7, -2.0, -1.0, "Pan"},
+             {muteOf(strip), 1.0, 1.0, 1.0, "Mute"},
+             {soloOf(strip), 1.0, 1.0, 1.0, "Solo"},
+             {trimOf(strip), 0.5, 3.0, 1.0, "Trim"},
+             {eqPowerOf(strip, 2), 1.0, 1.0, 1.0, "EQ3 power"},
+             {eqGainOf(strip, 0), -3.3, 99.0, CEQ::maxGain, "EQ1 gain"},
+             {eqFrequencyOf(strip, 1), 777.7, 1e9, CEQ::maxFrequency, "EQ2 freq"},
+             {eqQOf(strip, 3), 2.2, 99.0, CEQ::maxQ, "EQ4 Q"},
+             {eqTypeOf(strip, 0), eqNotch, 99.0, eqNotch, "EQ type"},
+             {levelOf(strip->sendLevels[0]), 0.4, 2.0, 1.0, "Send level"},
+             {tempoOf(host), 90.5, 1000.0, 250.0, "Tempo"}}) {
+        const Numbers before = value.get();
         values().begin();
-        for (const double to : {c.to, c.beyond}) values().set(c.value, to);
-        EXPECT_TRUE(host->modified()) << c.name << " before the release";
+        for (const double asked : {to, beyond}) values().set(value, asked);
+        EXPECT_TRUE(host->modified()) << name << " before the release";
         values().end();
-        EXPECT_EQ(c.value.get()[0], double(float(c.most))) << c.name;
-        EXPECT_EQ(steps(), 1) << c.name;
-        EXPECT_STREQ(host->undoText().asChar(), c.name);
-        const Numbers after = c.value.get();
+        const Numbers after = value.get();
+        EXPECT_EQ(after[0], double(float(most))) << name;
+        EXPECT_EQ(steps(), 1) << name;
+        EXPECT_STREQ(host->undoText().asChar(), name);
         undone();
-        EXPECT_EQ(c.value.get(), before) << c.name;
-        EXPECT_FALSE(host->modified()) << c.name;
+        EXPECT_TRUE(value.get() == before && !host->modified()) << name;
         redone();
-        EXPECT_EQ(c.value.get(), after) << c.name;
-        EXPECT_TRUE(host->modified()) << c.name;
+        EXPECT_TRUE(value.get() == after && host->modified()) << name;
         undone();
     }
 }
@@ -122,8 +107,7 @@ TEST_F(ValueDoorTest, WhatEndsAsItWasIsNoStep) {
     strip->toggleMute();
     values().cancel();
     EXPECT_TRUE(strip->vol == 1.0f && !strip->mute);
-    EXPECT_EQ(steps(), 0);
-    EXPECT_FALSE(host->modified());
+    EXPECT_TRUE(steps() == 0 && !host->modified());
 }
 
 /// Several values in one gesture are one step, under the name of what was done.
@@ -186,33 +170,24 @@ TEST_F(ValueDoorTest, StepsInMidGestureKeepTheirOrder) {
 
 /// The undo of a take gives back what was moved during it; no step comes between.
 TEST_F(ValueDoorTest, MovesDuringATakeAreOfItsStep) {
-    host->recording = 1;
-    host->idle();
-    ASSERT_TRUE(host->recUndo);
+    record(true);
     for (const float v : {0.5f, 0.25f}) strip->moveFader(v);
-    EXPECT_EQ(steps(), 0);
-    EXPECT_TRUE(host->modified());
-    host->recording = 0;
-    host->idle();
-    settled();
+    EXPECT_TRUE(steps() == 0 && host->modified());
+    record(false);
     EXPECT_EQ(steps(), 1);
     EXPECT_STREQ(host->undoText().asChar(), "Record");
     undone();
-    EXPECT_EQ(strip->vol, 1.0f);
-    EXPECT_FALSE(host->modified());
+    EXPECT_TRUE(strip->vol == 1.0f && !host->modified());
     redone();
     EXPECT_EQ(strip->vol, 0.25f);
 }
 
 /// The file then holds a part of the take, which undo does not lead to.
 TEST_F(ValueDoorTest, ProjectSavedInMidTakeStaysModified) {
-    host->recording = 1;
-    host->idle();
+    record(true);
     strip->moveFader(0.5f);
     host->markSaved(host->saveMark());
-    host->recording = 0;
-    host->idle();
-    settled();
+    record(false);
     EXPECT_TRUE(host->modified());
     undone();
     EXPECT_TRUE(host->modified());
@@ -233,43 +208,43 @@ TEST_F(ValueDoorTest, MovedControlIsLearned) {
 
 /// Unmodified is where the file is, and nowhere else.
 TEST_F(ValueDoorTest, ModifiedFollowsTheHistory) {
+    using Act = std::function<void()>;
     const auto move = [this](float v) {
-        strip->moveFader(v);
-        settled();
+        return [this, v] {
+            strip->moveFader(v);
+            settled();
+        };
     };
-    move(0.9f);
-    move(0.8f);
-    host->markSaved(host->saveMark());
-    const auto expect = [this](bool modified, int line) {
-        EXPECT_EQ(host->modified(), modified) << "line " << line;
+    const Act undo = [this] { undone(); }, save = [this] { host->markSaved(host->saveMark()); };
+    const Act viewOnly = [this] {
+        step([this](CUndo* u) {
+            u->viewOnly = true;
+            u->asRemove(source, &host->comps);
+        });
     };
-    expect(false, __LINE__);
-    undone();
-    expect(true, __LINE__);
-    redone();
-    expect(false, __LINE__);
     const unsigned copied = host->changes;
-    move(0.7f);
+    int number = 0;
+    for (const auto& [act, modified] :
+         Rows<Act, bool>{{move(0.9f), true},
+                         {move(0.8f), true},
+                         {save, false},
+                         {undo, true},
+                         {[this] { redone(); }, false},
+                         {move(0.7f), true},
+                         {[this] { host->setModified(); }, true}, // past the history
+                         {undo, true},
+                         {save, false},
+                         {undo, true},
+                         {move(0.6f), true}, // the saved state can not be reached any more
+                         {undo, true},
+                         {undo, true},
+                         {[this] { host->undoClear(); }, true},
+                         {save, false},
+                         {viewOnly, false}}) {
+        act();
+        EXPECT_EQ(host->modified(), modified) << "act " << ++number;
+    }
     EXPECT_NE(host->changes, copied) << "for the copy against a crash";
-    host->setModified(); // past the history
-    undone();
-    expect(true, __LINE__);
-    host->markSaved(host->saveMark());
-    undone();
-    move(0.6f); // the saved state can not be reached any more
-    expect(true, __LINE__);
-    undone();
-    expect(true, __LINE__);
-    undone();
-    expect(true, __LINE__);
-    host->undoClear();
-    expect(true, __LINE__);
-    host->markSaved(host->saveMark());
-    step([&](CUndo* u) {
-        u->viewOnly = true;
-        u->asRemove(source, &host->comps);
-    });
-    expect(false, __LINE__);
 }
 
 /// A mark that was taken before something changed does not hide it.

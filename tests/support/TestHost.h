@@ -83,9 +83,8 @@ public:
         const GraphHold hold(host);
         return to->addMIDICable(from->outPort(), nullptr);
     }
-
-private:
-    void runBlock(int frames) {
+    /// One block; returns how many messages went out.
+    long runBlock(int frames) {
         std::vector<float> inL = take(feedL, frames), inR = take(feedR, frames);
         std::vector<float> outL(size_t(frames), 1.0f), outR = outL;
         float* ins[] = {inL.data(), inR.data()};
@@ -98,7 +97,10 @@ private:
         left.insert(left.end(), outL.begin(), outL.end());
         right.insert(right.end(), outR.begin(), outR.end());
         sent.insert(sent.end(), events.begin(), events.begin() + count);
+        return count;
     }
+
+private:
     /// The next `frames` of a feed, which loses them.
     static std::vector<float> take(std::vector<float>& feed, int frames) {
         std::vector<float> block(size_t(frames), 0.0f);
