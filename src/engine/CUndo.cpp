@@ -116,10 +116,17 @@ CUndoItem* CUndo::asSwap(CUndoContent* object, CUndoContent* edited) {
     return item;
 }
 
-CUndoItem* CUndo::asAct(CObject* object, int tag, int tag2) {
+CUndoItem* CUndo::asGrow(CObject* object, Shared<int>& number, int by) {
     CUndoItem* item = newItem(object);
-    item->tag = tag;
-    item->tag2 = tag2;
+    item->number = number.address();
+    item->growth = by;
+    return item;
+}
+
+CUndoItem* CUndo::asToggle(CObject* object, unsigned bits) {
+    CUndoItem* item = newItem(object);
+    item->toggled = object->flags.address();
+    item->toggledBits = bits;
     return item;
 }
 

@@ -9,12 +9,13 @@
 
 class CComp;
 class CUndo;
+class WordChanges;
 
 /// What a step may exchange whole: content whose edit is built as a copy and then swapped in.
 class CUndoContent : public CObject {
 public:
-    /// Exchanges the content of both, without allocation. Graph holder.
-    virtual void swapContent(CUndoContent* other) = 0;
+    /// Lists the words that both exchange when their contents change sides. Interface thread.
+    virtual void listWords(CUndoContent* other, WordChanges& words) = 0;
 };
 
 /// Flags of a step, served when it has been carried out.
@@ -28,7 +29,8 @@ enum UndoFlags : unsigned {
 };
 
 /// One change of a step: an object that enters, leaves or moves between lists, content that is
-/// swapped, or a value that is exchanged; one item may carry several.
+/// swapped, a number or flags that change, or a value that is exchanged; one item may carry
+/// several.
 ///
 /// An object moves from `removeFrom` to `addTo` and back; one of them is `holding` when it enters
 /// or leaves the graph. Doing, undoing and redoing are this same transition, forward or back, and
@@ -55,7 +57,11 @@ public:
     CStr* nameField = nullptr;
     CStr nameValue;
     std::unique_ptr<KeptValue> kept; ///< of a value of the user, or null
-    int tag = 0, tag2 = 0;           ///< for `CComp::perform`
+    int tag = 0;                     ///< for `CComp::perform`
+    int* number = nullptr;           ///< of `object`: grows by `growth`
+    int growth = 0;
+    unsigned* toggled = nullptr; ///< flags of `object`: `toggledBits` of them change
+    unsigned toggledBits = 0;
     CList reorder;               ///< of CSendRecord, owned: send levels around a change of buses
     CList parts;                 ///< free list for `CComp::perform`, contents not owned
     CList* addTo = nullptr;      ///< where the object goes, in the forward direction, or null
@@ -109,9 +115,10 @@ public:
     CUndoItem* asName(CStr* field);
     /// Content of `object` is exchanged with `edited`, which the item owns from now on.
     CUndoItem* asSwap(CUndoContent* object, CUndoContent* edited);
-    /// A change of the component's own to an object that stays where it is: `perform` carries it
-    /// out, and takes it back. The object outlives the step.
-    CUndoItem* asAct(CObject* object, int tag, int tag2 = 0);
+    /// A number of an object, which outlives the step, grows by so much when it is carried out.
+    CUndoItem* asGrow(CObject* object, Shared<int>& number, int by);
+    /// In the same way flags of an object are switched over.
+    CUndoItem* asToggle(CObject* object, unsigned bits);
     /// For a value that has been set already: `before` is what it was. One that the step has keeps
     /// what it was at first.
     void asValue(const StoredValue& value, const StoredValue::Numbers& before);

@@ -302,7 +302,6 @@ void UndoHost::doStep(CObject* step) {
 }
 
 void UndoHost::carryOut(CUndo* u, CUndoItem* item) {
-    if (item->replaced) static_cast<CUndoContent*>(item->object)->swapContent(item->replaced);
     if (item->moves()) relocate(item);
     changing(u, item);
 }

@@ -49,18 +49,28 @@ void UndoPlan::prepare(CUndo* step, bool forward, bool first) {
 
 void UndoPlan::sortItems(CUndo* step) {
     for (CUndoItem* item : itemsOf(step, forwards, firstTime)) {
+        listWords(item);
+        if (item->number || item->toggled) continue;
         if (!step->comp->takesWhole(item)) {
             single.push_back(item);
             continue;
         }
-        if (item->replaced)
-            swapping.push_back({static_cast<CUndoContent*>(item->object), item->replaced});
         if (!item->moves()) continue;
         CList* from = forwards ? item->removeFrom : item->addTo;
         CList* to = forwards ? item->addTo : item->removeFrom;
         moving.push_back({item, item->object, from == &item->holding ? nullptr : from,
                           to == &item->holding ? nullptr : to, item->index, 0});
     }
+}
+
+void UndoPlan::listWords(CUndoItem* item) {
+    if (item->replaced) {
+        auto* content = static_cast<CUndoContent*>(item->object);
+        content->listWords(item->replaced, words);
+        swapping.push_back(content);
+    }
+    if (item->number) words.add(item->number, forwards ? item->growth : -item->growth);
+    if (item->toggled) words.toggle(item->toggled, item->toggledBits);
 }
 
 /// Behind those that go the same way. The indices of a run count in the list that has taken all of
@@ -159,7 +169,7 @@ bool UndoPlan::carryOut() {
     for (const auto& c : changes)
         if (c->list->version() != c->version) return false;
     for (const auto& c : changes) c->list->swap(c->other);
-    for (const Swap& s : swapping) s.object->swapContent(s.other);
+    words.carryOut();
     return true;
 }
 
@@ -177,6 +187,7 @@ void UndoPlan::leave() {
         if (!m.to) m.item->holding.clear();
     moving.clear();
     swapping.clear();
+    words.clear();
     single.clear();
     byList.clear();
     changes.clear();

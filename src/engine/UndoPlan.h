@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/CList.h"
+#include "engine/WordChanges.h"
 
 #include <memory>
 #include <unordered_map>
@@ -12,8 +13,9 @@ class CUndoContent;
 class CUndoItem;
 
 /// How a step is carried out, in one direction. The interface thread prepares it, so that of most
-/// items nothing is left to the graph but to exchange complete lists and contents. Items that the
-/// step's component does not take so (`CComp::takesWhole`) are carried out one by one.
+/// items nothing is left to the graph but to exchange complete lists, and to change single words.
+/// Moves that the step's component does not take so (`CComp::takesWhole`), and what else it wants
+/// to perform itself, are carried out one by one.
 class UndoPlan {
 public:
     /// An object on its way, and the lists in this direction; null where it is off the graph.
@@ -23,10 +25,6 @@ public:
         CList *from, *to;
         int index; ///< in `to`, -1 the end
         int old;   ///< in `from`, which the item keeps for the way back
-    };
-    /// Content that changes sides.
-    struct Swap {
-        CUndoContent *object, *other;
     };
 
     UndoPlan() = default;
@@ -48,12 +46,13 @@ public:
     void leave();
 
     const std::vector<Move>& moves() const { return moving; }
-    const std::vector<Swap>& swaps() const { return swapping; }
+    /// Whose contents change sides.
+    const std::vector<CUndoContent*>& swaps() const { return swapping; }
     /// Items to be carried out one by one, in their order.
     const std::vector<CUndoItem*>& rest() const { return single; }
     bool isForward() const { return forwards; }
 
-    /// Exchanges lists and contents. False, and nothing has happened, when a list has changed
+    /// Exchanges lists and changes words. False, and nothing has happened, when a list has changed
     /// since: the plan has to be prepared anew. Graph holder.
     bool carryOut();
 
@@ -68,6 +67,7 @@ private:
 
     Change& change(CList* list);
     void sortItems(CUndo* step);
+    void listWords(CUndoItem* item);
     Run endOfRun(Run begin);
     Run takeOut(Run begin, Run end);
     void putIn(Run begin, Run end);
@@ -75,7 +75,8 @@ private:
 
     bool forwards = true, firstTime = true;
     std::vector<Move> moving;
-    std::vector<Swap> swapping;
+    std::vector<CUndoContent*> swapping;
+    WordChanges words;
     std::vector<CUndoItem*> single;
     std::vector<std::unique_ptr<Change>> changes;
     std::unordered_map<const CList*, Change*> byList;

@@ -17,7 +17,7 @@ public:
           right(prog->rightLocator), span(limitTicks(int64_t(right) - left)) {}
 
     void insert() {
-        eachTrack([this](CSongTrack* t, CPart* part) { return insertInto(t, part); });
+        eachPart([this](CSongTrack* t, CPart* part) { insertInto(t, part); });
         for (const CList* points : {&prog->tempos, &prog->timesigs})
             for (auto* point : each<CPart>(*points))
                 if (point->pos >= left) recordMove(undo, point, span);
@@ -30,7 +30,7 @@ public:
     }
 
     void remove() {
-        eachTrack([this](CSongTrack* t, CPart* part) { return removeFrom(t, part); });
+        eachPart([this](CSongTrack* t, CPart* part) { removeFrom(t, part); });
         removeFrom(prog->tempos);
         removeFrom(prog->timesigs);
         for (auto* marker : each<CMarkerPart>(prog->markers)) shrink(marker);
@@ -43,14 +43,10 @@ private:
     const int left, right, span;
     PartChange change;
 
-    /// `edit` tells whether it has moved the part.
     template <class F>
-    void eachTrack(F edit) {
-        for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
-            bool moved = false;
-            for (auto* part : each<CPart>(songTrack->parts)) moved |= edit(songTrack, part);
-            if (moved) recordReplay(undo, songTrack);
-        }
+    void eachPart(F edit) {
+        for (auto* songTrack : each<CSongTrack>(prog->tracks))
+            for (auto* part : each<CPart>(songTrack->parts)) edit(songTrack, part);
         change.record(undo);
     }
 
@@ -58,24 +54,20 @@ private:
         cutPart(seq, songTrack, part, saturate(int64_t(tick) - part->pos), gap, mode, change);
     }
 
-    bool insertInto(CSongTrack* songTrack, CPart* part) {
-        if (part->pos < left) {
+    void insertInto(CSongTrack* songTrack, CPart* part) {
+        if (part->pos < left)
             cut(songTrack, part, left, span, splitApart);
-            return false;
-        }
-        recordMove(undo, part, span);
-        return true;
+        else
+            recordMove(undo, part, span);
     }
 
-    bool removeFrom(CSongTrack* songTrack, CPart* part) {
+    void removeFrom(CSongTrack* songTrack, CPart* part) {
         const int pos = part->pos;
         const int64_t end = int64_t(pos) + seq->getTicks(part);
-        if (pos >= right) {
+        if (end <= left) return;
+        if (pos >= right)
             recordMove(undo, part, -span);
-            return true;
-        }
-        if (end <= left) return false;
-        if (pos >= left && end <= right)
+        else if (pos >= left && end <= right)
             change.remove(songTrack, part);
         else if (pos >= left)
             cut(songTrack, part, right, span, splitKeepRight);
@@ -83,7 +75,6 @@ private:
             cut(songTrack, part, left, 0, splitKeepLeft);
         else
             cut(songTrack, part, left, span, splitCutOut);
-        return false;
     }
 
     /// The last point of the span goes on to hold, from the left locator, unless one stands where

@@ -1,5 +1,7 @@
 #include "sequencer/CPart.h"
 
+#include "engine/WordChanges.h"
+
 #include <algorithm>
 #include <cassert>
 #include <utility>
@@ -94,19 +96,16 @@ CPart* CPart::copy(int) {
 }
 
 void CPart::swap(CPart* other) {
-    CBaseEvent* mine = events;
-    events = other->events.load();
-    other->events = mine;
-    const int slots = std::min(reservedSlots(), other->reservedSlots());
-    for (int i = 0; i < slots; i++) {
-        CEnvEvent* points = *slot(i);
-        *slot(i) = other->slot(i)->load();
-        *other->slot(i) = points;
-    }
+    WordChanges words;
+    listWords(other, words);
+    words.carryOut();
 }
 
-void CPart::swapContent(CUndoContent* other) {
-    swap(static_cast<CPart*>(other));
+void CPart::listWords(CUndoContent* other, WordChanges& words) {
+    auto* part = static_cast<CPart*>(other);
+    words.exchange(events, part->events);
+    const int slots = std::min(reservedSlots(), part->reservedSlots());
+    for (int i = 0; i < slots; i++) words.exchange(*slot(i), *part->slot(i));
 }
 
 CStr CPart::getId() const {

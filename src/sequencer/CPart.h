@@ -56,10 +56,10 @@ public:
     /// A part of the same class, owned by the caller. Not a ghost, it has the events too and,
     /// unless `withoutParams`, the envelopes.
     virtual CPart* copy(int withoutParams = 0);
-    /// Exchanges the events and envelopes, and nothing else. Graph holder; no allocation, so both
-    /// need slots for what the other has (see `swapUndoPart`).
-    virtual void swap(CPart* other);
-    void swapContent(CUndoContent* other) final;
+    /// Exchanges the events and envelopes, and nothing else. Both need slots for what the other has
+    /// (see `swapUndoPart`). For parts that are not linked yet; those that are take `listWords`.
+    void swap(CPart* other);
+    void listWords(CUndoContent* other, WordChanges& words) final;
 
     /// "MIDI", "Audio" or "Drum", empty for other classes.
     CStr getId() const;

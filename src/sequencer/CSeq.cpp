@@ -133,8 +133,8 @@ bool CSeq::takesWhole(const CUndoItem* item) {
 }
 
 void CSeq::planStep(UndoPlan& plan, CUndo* step) {
-    if (step->flagBits & undoSongChanged) orderPlan(plan);
-    stepMarks.collect(this, plan);
+    if (step->flagBits & undoSongChanged) orderPlan(plan, step);
+    stepMarks.collect(this, plan, step);
 }
 
 void CSeq::performPlan() {
@@ -143,10 +143,9 @@ void CSeq::performPlan() {
 }
 
 void CSeq::perform(CUndoItem* item, int op) {
-    constexpr int opDone = 1, opUndone = 2;
+    constexpr int opDone = 1;
     CObject* object = item->object;
-    if (!object) return;
-    if (!item->moves()) return performAct(item, op != opUndone);
+    if (!object || !item->moves()) return;
     for (const CList* list : {item->addTo, item->removeFrom}) {
         if (!list) continue;
         if (object->category == categoryPart)

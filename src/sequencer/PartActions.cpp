@@ -74,11 +74,8 @@ void toggleMutes(CSeq* seq) {
     seq->getProg()->getSelectedParts(&parts);
     bool all = true;
     for (const auto* part : each<CPart>(parts)) all = all && part->muted();
-    const CSongTrack* told = nullptr;
-    eachSelected(seq, "Mute part", [&](CSongTrack* songTrack, CPart* part, CUndo* undo) {
+    eachSelected(seq, "Mute part", [all](CSongTrack*, CPart* part, CUndo* undo) {
         if (part->muted() == all) recordMuteToggle(undo, part);
-        if (songTrack != told) recordReplay(undo, songTrack);
-        told = songTrack;
     });
 }
 

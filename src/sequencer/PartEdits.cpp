@@ -8,9 +8,6 @@
 
 namespace {
 
-/// Tags of the steps' acts.
-enum PartAct : int { actMove = 1, actGrow, actMute, actReplay };
-
 std::unique_ptr<CPart> emptyPart(int partType) {
     switch (partType) {
     case partMIDI:
@@ -116,20 +113,16 @@ void PartChange::record(CUndo* undo) {
 
 void recordMove(CUndo* undo, CPart* part, int ticks) {
     const int target = limitTicks(int64_t(part->pos) + ticks);
-    undo->asAct(part, actMove, target - part->pos);
+    undo->asGrow(part, part->pos, target - part->pos);
 }
 
 void recordGrow(CUndo* undo, CPart* part, int ticks) {
     const int target = asMax(limitTicks(int64_t(part->length) + ticks), 0);
-    undo->asAct(part, actGrow, target - part->length);
+    undo->asGrow(part, part->length, target - part->length);
 }
 
 void recordMuteToggle(CUndo* undo, CPart* part) {
-    undo->asAct(part, actMute);
-}
-
-void recordReplay(CUndo* undo, CSongTrack* songTrack) {
-    undo->asAct(songTrack, actReplay);
+    undo->asToggle(part, partMuted);
 }
 
 void recordMulticlip(CSeq* seq, CPart* part, CUndo* undo) {
@@ -148,28 +141,7 @@ void recordMulticlip(CSeq* seq, CPart* part, CUndo* undo) {
     mark(content);
 }
 
-int actMoves(const CUndoItem* item, bool forward) {
-    if (!item->object || item->moves() || item->tag != actMove) return 0;
-    return forward ? item->tag2 : -item->tag2;
-}
-
-void performAct(const CUndoItem* item, bool forward) {
-    const int ticks = forward ? item->tag2 : -item->tag2;
-    const auto part = [item] { return static_cast<CPart*>(item->object); };
-    switch (item->tag) {
-    case actMove:
-        part()->pos += ticks;
-        break;
-    case actGrow:
-        part()->length += ticks;
-        break;
-    case actMute:
-        part()->setMuted(!part()->muted());
-        break;
-    case actReplay:
-        static_cast<CSongTrack*>(item->object)->requests.ask(requestSetup | requestFlush);
-        break;
-    default:
-        break;
-    }
+int moveOf(const CUndoItem* item) {
+    if (!item->number || item->object->category != categoryPart) return 0;
+    return item->number == static_cast<CPart*>(item->object)->pos.address() ? item->growth : 0;
 }

@@ -11,7 +11,7 @@ class CUndo;
 class CUndoItem;
 class EventCollector;
 
-/// What edits of parts are made of. Interface thread, but for `performAct`.
+/// What edits of parts are made of. Interface thread.
 
 /// A part of the class of another, with its place, length, colour, mute and channels, and the name
 /// that its content has; neither selected nor a ghost, and empty.
@@ -61,18 +61,14 @@ private:
     std::vector<Coming> coming;
 };
 
-/// Records that a part or point moves by so many ticks, or grows by them. It is done with the step,
-/// for playback by way of `recordReplay`.
+/// Records that a part or point moves by so many ticks, or grows by them, when the step is carried
+/// out.
 void recordMove(CUndo* undo, CPart* part, int ticks);
 void recordGrow(CUndo* undo, CPart* part, int ticks);
 /// Records that a part is muted, or is heard again.
 void recordMuteToggle(CUndo* undo, CPart* part);
-/// Records that a song track is played from its parts anew.
-void recordReplay(CUndo* undo, CSongTrack* songTrack);
 /// Records that every part that shows the content of `part` holds several clips from now on.
 void recordMulticlip(CSeq* seq, CPart* part, CUndo* undo);
 
-/// By how many ticks `performAct` moves a part or point; 0 for what it does not move.
-int actMoves(const CUndoItem* item, bool forward);
-/// Carries out what the calls above have recorded, `forward` or back. Graph holder.
-void performAct(const CUndoItem* item, bool forward);
+/// By how many ticks an item moves a part or point, forward; 0 for what it does not move so.
+int moveOf(const CUndoItem* item);

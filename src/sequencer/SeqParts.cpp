@@ -163,10 +163,11 @@ void CSeq::orderParts(CList* a, CList* b, bool all) {
         if (list) sortParts(*list, partBefore, this);
 }
 
-void CSeq::orderPlan(UndoPlan& plan) {
+void CSeq::orderPlan(UndoPlan& plan, const CUndo* step) {
     std::unordered_map<const CObject*, int> moved;
-    for (const CUndoItem* item : plan.rest())
-        if (const int ticks = actMoves(item, plan.isForward())) moved[item->object] += ticks;
+    for (const auto* item : each<CUndoItem>(step->items))
+        if (const int ticks = moveOf(item))
+            moved[item->object] += plan.isForward() ? ticks : -ticks;
     const std::vector<CList*> planned = plan.lists();
     const std::unordered_set<const CList*> changed(planned.begin(), planned.end());
     const auto posOf = [&moved](const CPart* part) {

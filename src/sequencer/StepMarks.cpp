@@ -6,9 +6,23 @@
 
 #include <algorithm>
 #include <unordered_map>
-#include <unordered_set>
 
-void StepMarks::collect(CSeq* seq, const UndoPlan& plan) {
+namespace {
+
+/// What is asked of playback for the objects that a step changes where they stand.
+using Requests = std::unordered_map<const CObject*, unsigned>;
+
+Requests requestsOf(const UndoPlan& plan, const CUndo* step) {
+    Requests requests;
+    for (const CUndoContent* content : plan.swaps()) requests[content] |= requestLanes;
+    for (const auto* item : each<CUndoItem>(step->items))
+        if (item->number || item->toggled) requests[item->object] |= requestSetup | requestFlush;
+    return requests;
+}
+
+} // namespace
+
+void StepMarks::collect(CSeq* seq, const UndoPlan& plan, const CUndo* step) {
     std::unordered_map<const CList*, Mark> byList;
     seq->eachSongTrack([&](CSongTrack* t) { byList[&t->parts].songTrack = t; });
     const auto markOf = [&byList](const CList* list) {
@@ -22,15 +36,18 @@ void StepMarks::collect(CSeq* seq, const UndoPlan& plan) {
         }
         if (Mark* mark = markOf(move.to)) mark->requests |= requestSetup;
     }
-    std::unordered_set<const CObject*> swapped;
-    for (const UndoPlan::Swap& swap : plan.swaps()) swapped.insert(swap.object);
-    if (!swapped.empty())
+    const Requests requests = requestsOf(plan, step);
+    const auto requestsFor = [&requests](const CObject* object) {
+        const auto found = requests.find(object);
+        return found == requests.end() ? 0u : found->second;
+    };
+    if (!requests.empty())
         seq->eachSongTrack([&](CSongTrack* t) {
             Mark* mark = markOf(&t->parts);
             for (auto* part : each<CPart>(t->parts)) {
-                if (!swapped.count(part) && !swapped.count(part->content())) continue;
-                mark->requests |= requestLanes;
-                mark->parts.push_back(part);
+                const unsigned asked = requestsFor(part) | requestsFor(part->content());
+                mark->requests |= asked;
+                if (asked & requestLanes) mark->parts.push_back(part);
             }
         });
     marks.clear();

@@ -6,6 +6,7 @@
 class CPart;
 class CSeq;
 class CSongTrack;
+class CUndo;
 class UndoPlan;
 
 /// What a step means to playback: collected for each song track while the step is prepared, and
@@ -13,7 +14,7 @@ class UndoPlan;
 class StepMarks {
 public:
     /// Interface thread.
-    void collect(CSeq* seq, const UndoPlan& plan);
+    void collect(CSeq* seq, const UndoPlan& plan, const CUndo* step);
     /// Graph holder; takes no memory.
     void serve();
 

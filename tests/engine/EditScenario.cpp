@@ -94,7 +94,7 @@ void EditScenario::changeValues(CUndo* u) {
     u->asPtr(&pointer);
     pointer = ch;
     auto* edited = new Content;
-    for (int i = below(5); i >= 0; --i) edited->values.push_back(below(1000));
+    for (int i = below(5); i >= 0; --i) edited->values->push_back(below(1000));
     u->asSwap(&content, edited);
 }
 
@@ -115,6 +115,6 @@ std::string EditScenario::dump() const {
             }
         }
     text << pointer;
-    for (const int v : content.values) text << " " << v;
+    for (const int v : *content.values) text << " " << v;
     return text.str();
 }

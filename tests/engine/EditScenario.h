@@ -8,9 +8,10 @@
 /// Content that a step may swap whole.
 class Content : public CUndoContent {
 public:
-    std::vector<int> values;
-    void swapContent(CUndoContent* other) override {
-        values.swap(static_cast<Content*>(other)->values);
+    Shared<std::vector<int>*> values{new std::vector<int>};
+    ~Content() override { delete values.load(); }
+    void listWords(CUndoContent* other, WordChanges& words) override {
+        words.exchange(values, static_cast<Content*>(other)->values);
     }
 };
 
