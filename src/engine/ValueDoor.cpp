@@ -53,6 +53,7 @@ void ValueDoor::nudge(const StoredValue& value, const Numbers& to) {
 void ValueDoor::end() {
     settle();
     open = false;
+    name = CStr();
     running.reset();
 }
 

@@ -95,9 +95,11 @@ void CSeq::crossfadeClicked(CObject*) {
     if (parts.size() == 2 && parts[1]->pos < parts[0]->pos) std::swap(parts[0], parts[1]);
     const int64_t overlap =
         parts.size() == 2 ? int64_t(parts[0]->pos) + getTicks(parts[0]) - parts[1]->pos : 0;
-    if (overlap > 0) {
-        const float ms =
-            float(asInt(host->ticksToFrames(double(overlap)) / double(host->rate) * 1000.0));
+    const float ms =
+        float(asInt(host->ticksToFrames(double(overlap)) / double(host->rate) * 1000.0));
+    const bool done = overlap > 0 && firstClip(parts[0]->content())->fadeOutMs == ms &&
+                      firstClip(parts[1]->content())->fadeInMs == ms;
+    if (overlap > 0 && !done) {
         CPart *left = parts[0]->content(), *right = parts[1]->content();
         CPart* leftEdited = left->copy(0);
         CPart* rightEdited = right == left ? leftEdited : right->copy(0);

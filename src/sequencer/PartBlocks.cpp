@@ -109,6 +109,7 @@ std::span<const SongBlock> partBlocks() {
 void writePart(SongWriting& w, CPart* part, bool onTrack) {
     CStream* s = w.out;
     const CAudioPart* audio = part->type == partAudio ? static_cast<CAudioPart*>(part) : nullptr;
+    if (audio) w.seq->getTicks(part); // what its clip covers decides on its length
     s->writeId("part", partBytes + part->id.length());
     for (int v : {part->category, part->type, int(onTrack)}) s->writeByte((unsigned char)v);
     s->writeInt(w.masterIndex(part->ghostOf));

@@ -159,7 +159,7 @@ bool CSeq::pasteData(CUndo* undo, CPart* source, CPart* target, int tick) {
     const int at = saturate(int64_t(tick) - target->pos - target->offset);
     if (single(target)) {
         if (!single(source) || !pasteFrames(this, undo, source, target, at)) return false;
-    } else {
+    } else if (source->getEvents()) {
         swapUndoPart(undo, target->content(), withEvents(this, source, target, at));
     }
     unselectParts();

@@ -105,6 +105,7 @@ protected:
     std::unique_ptr<CMainWin> win;
     std::unique_ptr<AppHooks> hooks;
     std::vector<std::string> titles; ///< of the modal windows that opened
+    bool refusesDialogs = false;     ///< each is left by Escape
 
 private:
     struct Step {
@@ -116,6 +117,7 @@ private:
         CWin* modal = app->modalWin;
         if (modal != lastModal && modal) titles.emplace_back(modal->id.asChar());
         lastModal = modal;
+        if (refusesDialogs && modal && modal->hasFocus()) runCommand({"xdotool", "key", "Escape"});
         if (!app->menus.empty() && !menuKeys.empty()) {
             const std::string next = menuKeys.front();
             menuKeys.erase(menuKeys.begin());

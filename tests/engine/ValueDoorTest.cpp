@@ -112,6 +112,11 @@ TEST_F(ValueDoorTest, WhatEndsAsItWasIsNoStep) {
 
 /// Several values in one gesture are one step, under the name of what was done.
 TEST_F(ValueDoorTest, GestureOfSeveralValuesHasItsName) {
+    values().begin("Nothing");
+    values().end();
+    strip->toggleMute();
+    EXPECT_STREQ(host->undoText().asChar(), "Mute");
+    undone();
     values().begin("Silence");
     strip->toggleMute();
     strip->moveFader(0.0f);

@@ -125,7 +125,7 @@ void GuiTest::act(const std::vector<std::string>& words) {
 
 bool GuiTest::pumpUntil(const std::function<bool()>& condition) {
     using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + std::chrono::seconds(3);
+    const auto deadline = Clock::now() + std::chrono::seconds(20);
     while (!condition()) {
         if (Clock::now() > deadline) return false;
         app->dispatchEvents();

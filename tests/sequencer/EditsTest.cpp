@@ -383,6 +383,9 @@ TEST(Edits, CutEveryKindOfPart) {
     e.host.settle();
     EXPECT_EQ(static_cast<CAudioEvent*>(e.part(e.audio, 3)->getEvents())->fadeOutMs, 1750.0f);
     EXPECT_EQ(static_cast<CAudioEvent*>(e.part(e.audio, 4)->getEvents())->fadeInMs, 1750.0f);
+    const int steps = e.host.undoIndex;
+    e.seq->crossfadeClicked();
+    EXPECT_EQ(e.host.undoIndex, steps) << "a step that changes nothing";
 }
 
 /// Frames are inserted into a new file; the sample before stays what it was.
