@@ -118,7 +118,8 @@ public:
     bool takesWhole(const CUndoItem*) override { return whole; }
     void perform(CUndoItem*, int) override { ++performed; }
     void performPlan() override { ++plans; }
-    /// An object of a number comes into a list, leaves it or goes to the other one.
+    /// An object of a number comes into a list, leaves it, goes to the other one or elsewhere in
+    /// it.
     void record(CUndo* u, int kind, int from, int at, int index) {
         CList* lists[] = {&one, &two};
         auto* object = static_cast<CObject*>(lists[from]->items(at));
@@ -131,7 +132,7 @@ public:
             if (kind == 1)
                 u->asRemove(object, lists[from]);
             else
-                u->asMove(object, lists[from], lists[1 - from], index);
+                u->asMove(object, lists[from], lists[kind == 2 ? 1 - from : from], index);
         }
     }
     std::vector<int> numbersOf(const CList& list) const {
@@ -169,9 +170,9 @@ TEST_F(UndoHostTest, ManyItemsGoAtOnceAsOneByOne) {
             std::mt19937 same(seed);
             const auto below = [&same](int n) { return int(same() % unsigned(n)); };
             CUndo* u = host->undoStart("Edit", lists, 0);
-            const int kind = below(3), items = 1 + below(12), from = below(2), rise = below(2);
+            const int kind = below(4), items = 1 + below(12), from = below(2), rise = below(2);
             for (int i = 0; i < items; ++i)
-                lists->record(u, below(4) ? kind : below(3), below(4) ? from : below(2), below(30),
+                lists->record(u, below(4) ? kind : below(4), below(4) ? from : below(2), below(30),
                               rise ? 2 * i : below(30) - 1);
             lists->taken.clear();
             host->undoEnd(u, true);

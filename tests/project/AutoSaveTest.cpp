@@ -2,6 +2,7 @@
 
 #include "base/CIniFile.h"
 #include "base/Deadline.h"
+#include "base/FullDisk.h"
 #include "base/Paths.h"
 #include "project/ProjectFixture.h"
 
@@ -43,12 +44,22 @@ TEST(AutoSave, CopiesWhatIsUnsaved) {
     change("two");
     EXPECT_FALSE(copied("two", 3900)) << "too early";
     EXPECT_TRUE(copied("two", 1000000));
+    std::remove(copy.asChar());
+    EXPECT_FALSE(copied("two", 1500000)) << "it was copied already";
     change("lost");
     autoSave.idle(2000000); // the save comes before the copy is done
-    ASSERT_TRUE(saveProject(f.project, path));
+    f.host->markSaved(f.host->saveMark());
     autoSave.discard();
     EXPECT_TRUE(finish(autoSave));
     autoSave.idle(2000000);
+    EXPECT_FALSE(fileExists(copy));
+    {
+        AutoSave last(f.project); // the program ends before the copy is done
+        f.host->setModified();
+        last.idle(0);
+        f.host->markSaved(f.host->saveMark());
+        last.discard();
+    }
     EXPECT_FALSE(fileExists(copy));
     EXPECT_FALSE(fileExists(copy + "~"));
 }
@@ -93,10 +104,11 @@ TEST(RecoveryFile, BelongsToOneSession) {
     recent.append(path);
     CMemoryStream content;
     content.writeStr("copy");
-    const pid_t pid = fork(); // another session, until it is killed
+    const pid_t self = getpid(), pid = fork(); // another session, until it is killed
     if (pid == 0) {
         RecoveryFile theirs(path);
-        for (;;) theirs.write(content);
+        while (getppid() == self) theirs.write(content);
+        _exit(0);
     }
     ASSERT_TRUE(comes([&] { return getFileSize(first) > 0; }));
     {
@@ -192,6 +204,13 @@ TEST(RecoveryFile, MovesWhereThereIsRoom) {
     content.writeStr("copy");
     RecoveryFile file(folder.file("song.qv"));
     ASSERT_TRUE(file.write(content));
+    {
+        const FullDisk full(1000);
+        CMemoryStream larger;
+        larger.setSize(2000);
+        EXPECT_FALSE(file.write(larger));
+        EXPECT_FALSE(folder.read("song.recovery.qv").empty()) << "there is room nowhere";
+    }
     const CStr away = folder.path + "-away";
     ASSERT_EQ(std::rename(folder.path.asChar(), away.asChar()), 0);
     EXPECT_TRUE(file.write(content));

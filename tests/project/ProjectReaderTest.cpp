@@ -8,12 +8,14 @@ using namespace qvf;
 
 namespace {
 
-constexpr int lazyType = 200; ///< reads only one byte of what it has
+constexpr int lazyType = 200, greedyType = 201; ///< read one byte, and nine
 
-class LazyComp : public CComp {
+class OddComp : public CComp {
 public:
-    explicit LazyComp(CQV* root) : CComp(root) { type = lazyType; }
-    void read(CStream* stream, int) override { stream->readByte(); }
+    OddComp(CQV* root, int kind) : CComp(root) { type = kind; }
+    void read(CStream* stream, int) override {
+        for (int i = type == lazyType ? 1 : 9; i > 0; --i) stream->readByte();
+    }
 };
 
 const std::string audioOut =
@@ -52,7 +54,8 @@ TEST(ProjectReader, WhatLeadsNowhereIsLeftOut) {
 
 /// What is wrong with an item, the one box that tells it, and whether the rest is read.
 TEST(ProjectReader, DamageIsToldAndReadAround) {
-    enterCompType(lazyType, [](CQV* root) -> CComp* { return new LazyComp(root); });
+    enterCompType(lazyType, [](CQV* root) -> CComp* { return new OddComp(root, lazyType); });
+    enterCompType(greedyType, [](CQV* root) -> CComp* { return new OddComp(root, greedyType); });
     const std::string longName(64, 'm');
     const struct {
         const char* what;
@@ -61,6 +64,7 @@ TEST(ProjectReader, DamageIsToldAndReadAround) {
     } cases[] = {
         {"unknown", item("zzz", std::string(10, 7)), ""},
         {"lazy", comp("comp2", lazyType, 1, "L", "abc"), errorReading("comp2", 35)},
+        {"greedy, which is its own affair", comp("comp2", greedyType, 1, "M", "abc"), ""},
         {"short strip", group + item("strip2", "12"), errorReading("strip2", 2)},
         {"long", item("loop", "12345"), errorReading("loop", 5)},
         {"two", item("loop", "1") + item("pagei", "1"), errorReading("loop", 1)},

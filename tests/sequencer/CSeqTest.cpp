@@ -1,6 +1,7 @@
 #include "SongFixture.h"
 
 #include "audiofiles/CSample.h"
+#include "sequencer/PartEdits.h"
 
 #include <algorithm>
 #include <random>
@@ -195,6 +196,15 @@ TEST_F(CSeqTest, StepsTellPlaybackWhatToRebuild) {
     EXPECT_EQ(served(), std::pair(0u, unsigned(requestSetup)));
     step([&](CUndo* u) { second->track->addLane(new CSubTrack("lane", laneAutomation), u); });
     EXPECT_EQ(served(), std::pair(0u, unsigned(requestLanes)));
+    using Record = void (*)(CUndo*, CPart*);
+    for (const Record record :
+         {Record(recordMuteToggle), Record([](CUndo*u, CPart*p) { recordMove(u, p, 480); }),
+          Record([](CUndo*u, CPart*p) { recordGrow(u, p, 480); })}) {
+        step([&](CUndo* u) { record(u, part); });
+        EXPECT_EQ(served(), std::pair(requestSetup | requestFlush, 0u));
+        undo();
+        EXPECT_EQ(served(), std::pair(requestSetup | requestFlush, 0u));
+    }
 }
 
 TEST_F(CSeqTest, FreedObjectsAreForgotten) {
