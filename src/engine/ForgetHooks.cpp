@@ -32,6 +32,7 @@ void enterForgetHook(ForgetHook hook) {
 }
 
 void forgetMaps(CQV* host, const CObject* object) {
+    assert(host->heldByThread());
     forgetInMaps(host, [object](CMap* map) { return map->forget(object); });
 }
 

@@ -1,7 +1,9 @@
 #include "engine/SendOrder.h"
 
+#include "engine/CComp.h"
 #include "engine/CUndo.h"
 
+#include <cassert>
 #include <utility>
 
 namespace {
@@ -74,6 +76,7 @@ void CSendRecord::swapLevels() {
 }
 
 void reorderSends(CUndoItem* item, int from, int to) {
+    assert(item->owner->comp->heldByThread());
     for (auto* record : each<CSendRecord>(item->reorder)) {
         if (item->sendsStored) {
             record->swapLevels();

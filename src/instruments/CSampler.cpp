@@ -15,6 +15,7 @@
 #include "instruments/SamplerFiles.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace {
 
@@ -181,6 +182,7 @@ void CSampler::del(CObject* object) {
 }
 
 void CSampler::muteAll(CObject* object) {
+    assert(mayRewire());
     for (CVoice& v : voices) {
         if (v.state != CVoice::sounding) continue;
         const CSound* s = v.sound;

@@ -7,6 +7,7 @@
 #include "instruments/CSampler.h"
 
 #include <algorithm>
+#include <cassert>
 #include <cstring>
 
 // What the sampler does in a block: events, voices, mixing.
@@ -254,6 +255,7 @@ void CSampler::startVoice(CVoice* v, CSound* sound, int data, unsigned char grou
 }
 
 void CSampler::allNotesOff() {
+    assert(mayRewire());
     for (CVoice& v : voices) v.state = CVoice::free;
     std::memset(held, 0, sizeof held);
 }

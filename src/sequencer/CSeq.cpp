@@ -143,6 +143,7 @@ void CSeq::performPlan() {
 }
 
 void CSeq::perform(CUndoItem* item, int op) {
+    assert(heldByThread());
     constexpr int opDone = 1;
     CObject* object = item->object;
     if (!object || !item->moves()) return;
@@ -187,6 +188,7 @@ void CSeq::lanesMoved(const CList* list) {
 }
 
 void CSeq::lanesChanged(const CTrack* track) {
+    assert(heldByThread());
     eachSongTrack([track](CSongTrack* songTrack) {
         if (songTrack->track != track) return;
         for (auto* part : each<CPart>(songTrack->parts)) part->dropLanePlay();

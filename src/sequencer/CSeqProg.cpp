@@ -10,6 +10,7 @@
 #include "sequencer/TempoMap.h"
 
 #include <algorithm>
+#include <cassert>
 
 namespace {
 
@@ -108,6 +109,7 @@ CMarkerPart* CSeqProg::noteToMarker(int note) {
 }
 
 void CSeqProg::purgeMarker(const CObject* marker) {
+    assert(seq->heldByThread());
     if (activeMarker == marker) activeMarker = nullptr;
     if (playingMarker == marker) playingMarker = nullptr;
     session.purge(marker);

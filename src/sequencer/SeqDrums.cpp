@@ -12,6 +12,7 @@
 #include "instruments/DrumKit.h"
 #include "sequencer/AudioVoices.h"
 
+#include <cassert>
 #include <vector>
 
 /// Kits of drum tracks, and the voices of the song.
@@ -98,6 +99,7 @@ void CSeq::deleteDrum(CDrumSound* sound, CUndo* undo) {
 }
 
 void CSeq::playSound(void* sound, float velocity) {
+    assert(heldByThread());
     auto* drum = static_cast<CDrumSound*>(sound);
     CTrack* track = drumToTrack(drum);
     CSeqProg* prog = getProg();
@@ -113,6 +115,7 @@ void CSeq::eachDrum(const std::function<void(CDrumSound*)>& visit) {
 }
 
 void CSeq::dropVoices() {
+    assert(mayRewire());
     eachSongTrack([](CSongTrack* songTrack) {
         if (songTrack->voices) songTrack->voices->dropAll();
     });

@@ -9,6 +9,7 @@
 #include "sequencer/PartOrder.h"
 
 #include <algorithm>
+#include <cassert>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -154,6 +155,7 @@ bool CSeq::partBefore(CPart* a, CPart* b, void* song) {
 }
 
 void CSeq::orderParts(CList* a, CList* b, bool all) {
+    assert(mayRewire());
     if (all) {
         eachSongTrack(
             [this](CSongTrack* songTrack) { sortParts(songTrack->parts, partBefore, this); });

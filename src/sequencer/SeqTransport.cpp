@@ -315,6 +315,7 @@ void CSeqProg::play() {
 }
 
 void CSeqProg::flush(int frame) {
+    assert(seq->heldByThread());
     for (CSongTrack* t : each<CSongTrack>(tracks)) t->flush(frame, false);
 }
 

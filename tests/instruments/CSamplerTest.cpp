@@ -297,7 +297,10 @@ TEST(CSampler, StepsMuteWhatLeaves) {
     l.host.host->undoEnd(step, false);
     l.host.run();
     EXPECT_EQ(int(l.sampler->curProg), 1);
-    l.sampler->allNotesOff();
+    {
+        const GraphHold hold(l.host.host);
+        l.sampler->allNotesOff();
+    }
     l.key(60, 100);
     l.host.run();
     EXPECT_GT(sounding(*l.sampler), 0);
