@@ -5,8 +5,9 @@
 TEST(CComp, PrepareClearsTheBlockAndLeavesTheSourceOfInsertsAlone) {
     StripFixture f;
     SignalComp* c = f.addSignal();
-    auto* seq = f.add(new SignalComp(f.host));
-    seq->type = compSeq;
+    auto* seq = new SignalComp(f.host);
+    seq->type = compSeq; // before the workers see it
+    f.add(seq);
     f.connectMIDI(seq, c);
     CComp* insert = f.addInsert(c->output(), new GainComp(f.host));
     f.block(64);
