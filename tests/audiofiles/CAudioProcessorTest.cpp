@@ -45,7 +45,6 @@ Values edited(const Values& in, int chs, int bits, int mode, int from, int to) {
 
 } // namespace
 
-/// Every mode in every width, mono and stereo, streamed or loaded, whatever the range.
 TEST_F(CAudioProcessorTest, EditsEqualArrayArithmetic) {
     int number = 0;
     CAudioProcessor processor([&](const CStr& like, bool& inTemp) {

@@ -103,7 +103,6 @@ TEST_F(CSampleReaderTest, LateFramesAreSilenceWithoutShift) {
     }
 }
 
-/// A voice that runs on while the disk thread keeps up asks the system for nothing.
 TEST_F(CSampleReaderTest, PlayingOnDoesNotTouchTheSystem) {
     alignas(float) static unsigned char scratch[sampleScratchBytes];
     float left[256], right[256];
@@ -121,7 +120,6 @@ TEST_F(CSampleReaderTest, PlayingOnDoesNotTouchTheSystem) {
     }
 }
 
-/// A file that was cut after it had been opened: silence, and no end of tries.
 TEST_F(CSampleReaderTest, MissingFramesAreSilence) {
     std::filesystem::resize_file(path("s.wav"), 44 + 15000 * 6 + 2);
     EXPECT_EQ(silentFrom(*sample->reader, 14000, 5000, false, true), 4000);

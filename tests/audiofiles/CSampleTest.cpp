@@ -129,7 +129,6 @@ TEST_F(CSampleTest, HeadersAreLaidOutAsPublished) {
     EXPECT_EQ(bytesOf(path("f.aif")).at(54), 0x3f) << "mono keeps its floats";
 }
 
-/// Chunks in odd orders, sizes and numbers: how many frames open, and which loop.
 TEST_F(CSampleTest, ChunksDecideWhatOpens) {
     constexpr int refused = -1;
     struct Case {
@@ -212,17 +211,4 @@ TEST_F(CSampleTest, DamagedFilesStayWithinTheirBytes) {
             check(flipped, flipped.size());
         }
     }
-}
-
-TEST_F(CSampleTest, TemporaryFilesGoWithTheirSample) {
-    for (const auto& [keep, ownsFile, stays] :
-         Rows<bool, bool, bool>{{false, true, false}, {true, true, true}, {false, false, true}}) {
-        CSample* sample = CSample::createSample(path("t.wav").c_str(), 0);
-        ASSERT_TRUE(sample && !sample->keep);
-        sample->keep = keep;
-        sample->ownsFile = ownsFile;
-        delete sample;
-        EXPECT_EQ(std::filesystem::exists(path("t.wav")), stays);
-    }
-    EXPECT_EQ(CSample::createSample(path("no/such/folder.wav").c_str(), 0), nullptr);
 }

@@ -1,11 +1,11 @@
 #include "SampleFixture.h"
 #include "audiofiles/CSampleReader.h"
+#include "base/FullDisk.h"
 #include "support/RtTrap.h"
 
 #include <atomic>
 #include <climits>
-#include <csignal>
-#include <sys/resource.h>
+#include <optional>
 #include <thread>
 
 extern bool onAudioThread;
@@ -92,12 +92,8 @@ TEST_F(CTakeRingTest, TakeEqualsWhatIsWrittenAtOnce) {
 /// What the ring has no room for is silence in its place, at the end of the take too. A full disk
 /// keeps what was written, also of a frame that fits by half, and the take goes on afterwards.
 TEST_F(CTakeRingTest, LostFramesKeepTheirTime) {
-    rlimit before{};
-    getrlimit(RLIMIT_FSIZE, &before);
-    const auto old = std::signal(SIGXFSZ, SIG_IGN);
     createFile();
-    const rlimit small{44 + 5000 * 2 + 1, before.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &small);
+    std::optional<FullDisk> disk(44 + 5000 * 2 + 1);
     record(6000, 0.25f);
     EXPECT_TRUE(take.flushBuffers(false));
     EXPECT_TRUE(diskWriteFailed.exchange(false));
@@ -105,8 +101,7 @@ TEST_F(CTakeRingTest, LostFramesKeepTheirTime) {
     record(40000, 0.25f);
     EXPECT_FALSE(take.flushBuffers(false));
     EXPECT_TRUE(diskWriteFailed);
-    setrlimit(RLIMIT_FSIZE, &before);
-    std::signal(SIGXFSZ, old);
+    disk.reset();
     EXPECT_TRUE(take.flushBuffers(false));
     record(41000, 0.5f);
     EXPECT_TRUE(take.flushBuffers(true));

@@ -74,7 +74,6 @@ TEST_F(PeakImageTest, ScansStopAndGoOn) {
     expectImage(sample->peaks, allFrames(*sample), 1, "in pieces");
 }
 
-/// What a reader has been told of never changes while the image grows over many chunks.
 TEST_F(PeakImageTest, GrowsUnderAReader) {
     constexpr int windows = 20000;
     PeakImage peaks;

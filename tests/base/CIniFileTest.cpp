@@ -86,22 +86,3 @@ TEST(CIniFile, IsReplacedWholeAndOnce) {
     }
     EXPECT_EQ(folder.read("ini"), "[a]\r\nx=2\r\n\r\n[b]\r\ny=3");
 }
-
-TEST(CIniFile, TakesLinesApart) {
-    for (auto [line, wanted] :
-         {std::pair(" [ab] ", "ab"), {"[]", ""}, {"[a", ""}, {"[ x ]", " x "}})
-        EXPECT_EQ(strToSection(CStr(line)), wanted) << line;
-    EXPECT_EQ(strToIdent(" a = b = c ") + "/" + strToValue(" a = b = c "), "a/b = c");
-    EXPECT_EQ(strToIdent("none") + strToValue("none"), "");
-}
-
-TEST(CSettings, AddsOnceAndUpdates) {
-    CSettings settings;
-    EXPECT_EQ(settings.getInt("a", 7), 7);
-    settings.setInt("a", 1);
-    settings.setInt("A", 2);
-    settings.setInt("a", 3);
-    ASSERT_EQ(settings.numItems(), 2);
-    EXPECT_EQ(settings.getInt("a", 7), 3);
-    EXPECT_EQ(settings.getItem(2), nullptr);
-}

@@ -72,15 +72,6 @@ TEST(CList, AgreesWithAnArray) {
     }
 }
 
-TEST(CList, MovesNothingBetweenListsWithTheSameHead) {
-    int a = 0;
-    CList list, empty, alsoEmpty;
-    EXPECT_EQ(empty.move(&alsoEmpty, &a, -1), 0);
-    list.add(&a);
-    EXPECT_EQ(list.move(&list, &a, 0), 0);
-    EXPECT_EQ(contents(list), Model{&a});
-}
-
 TEST(CList, CursorSurvivesRemovalAndClearing) {
     int v[3];
     CList list;

@@ -20,20 +20,6 @@ TEST(CStringList, SortsWithoutCaseAndKeepsEqualOnesInOrder) {
     EXPECT_EQ(joined(list), "|a|A|b|B|C|_|");
 }
 
-TEST(CStringList, IgnoresWhatLiesOutside) {
-    CStringList list;
-    for (const char* s : {"a", "b", "c"}) list.add(s);
-    for (int i : {-1, 3}) {
-        EXPECT_EQ(list.get(i), "");
-        list.setItem(i, "x");
-        list.del(i);
-        list.exchange(i, 0);
-    }
-    list.exchange(0, 2);
-    list.del(0);
-    EXPECT_EQ(joined(list), "b|a|");
-}
-
 TEST(CStringList, SavesWithSeparatorsBetweenItsLines) {
     const TempFolder folder;
     CStringList list;

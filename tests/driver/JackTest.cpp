@@ -44,7 +44,7 @@ public:
     Peer& operator=(const Peer&) = delete;
 
     bool join(const char* from, const char* to) const {
-        return waitFor([&] { return jack_connect(client, from, to) == 0; });
+        return comes([&] { return jack_connect(client, from, to) == 0; });
     }
 
 private:
@@ -143,7 +143,7 @@ TEST_F(Jack, CarriesChannelMessagesWithTheirFrames) {
     ASSERT_TRUE(peer.join("peer:midi_out", "Sondrava:midi_in_1"));
     ASSERT_TRUE(peer.join("Sondrava:midi_out_1", "peer:midi_in"));
     peer.sending = true;
-    ASSERT_TRUE(waitFor([&] { return !peer.sending; }));
+    ASSERT_TRUE(comes([&] { return !peer.sending; }));
     ASSERT_TRUE(module.waitBlocks(4));
     module.close();
     jack_deactivate(peer.client);
@@ -164,7 +164,7 @@ TEST_F(Jack, AsksToBeReopenedWhenTheServerChangesItsBlock) {
     module(aamStart);
     Peer peer;
     jack_set_buffer_size(peer.client, 512);
-    ASSERT_TRUE(waitFor([&] { return module(aamNeedsReopen) == 1; }));
+    ASSERT_TRUE(comes([&] { return module(aamNeedsReopen) == 1; }));
     EXPECT_EQ(module(aamNeedsReopen), 0);
     EXPECT_FALSE(other) << "no block of a size that was not granted";
     module.close();
@@ -208,23 +208,23 @@ TEST_F(Jack, ConnectionsComeBack) {
         }
         return bits;
     };
-    ASSERT_TRUE(waitFor(asBefore));
+    ASSERT_TRUE(comes(asBefore));
     ASSERT_TRUE(module.waitBlocks(5)); // until the server shows them to everybody
     module.close();
     ASSERT_TRUE(module.open(jack(), 128, 44100));
-    EXPECT_TRUE(waitFor(asBefore));
+    EXPECT_TRUE(comes(asBefore));
     EXPECT_EQ(speakers(), 2);
 
     server.kill();
-    ASSERT_TRUE(waitFor([&] { return module(aamNeedsReopen) == 1; }));
+    ASSERT_TRUE(comes([&] { return module(aamNeedsReopen) == 1; }));
     peer.reset();
     module.close();
     for (int i = 0; i < 3; ++i) EXPECT_FALSE(module.open(0, -1, 44100));
     const JackServer again;
-    ASSERT_TRUE(waitFor([&] { return module.open(0, -1, 44100); }));
+    ASSERT_TRUE(comes([&] { return module.open(0, -1, 44100); }));
     module(aamNeedsReopen);
     peer = std::make_unique<Peer>();
-    EXPECT_TRUE(waitFor(asBefore));
+    EXPECT_TRUE(comes(asBefore));
     EXPECT_EQ(speakers(), 2);
     module.close();
 }

@@ -79,7 +79,7 @@ void Module::close() const {
 
 bool Module::waitBlocks(int count) const {
     const int64_t until = blocks + count;
-    return waitFor([&] { return blocks >= until; });
+    return comes([&] { return blocks >= until; });
 }
 
 AamStatistics Module::statistics() const {
@@ -110,7 +110,7 @@ void stopWhileInside(Module& module, int device) {
     };
     for (int i = 0; i < 20; ++i) {
         ASSERT_TRUE(module.open(device, 64, 44100));
-        ASSERT_TRUE(waitFor([&] { return module.inside.load(); }));
+        ASSERT_TRUE(comes([&] { return module.inside.load(); }));
         module(aamStop);
         EXPECT_FALSE(module.inside);
         module(aamClose);
@@ -122,7 +122,7 @@ void failWhilePlaying(Module& module, int device, const std::function<void()>& f
     ASSERT_TRUE(module.waitBlocks(3));
     EXPECT_EQ(module(aamNeedsReopen), 0);
     fail();
-    ASSERT_TRUE(waitFor([&] { return module(aamNeedsReopen) == 1; }));
+    ASSERT_TRUE(comes([&] { return module(aamNeedsReopen) == 1; }));
     EXPECT_EQ(module(aamNeedsReopen), 0);
     module.close();
     const int64_t seen = module.blocks;

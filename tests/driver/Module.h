@@ -1,12 +1,11 @@
 #pragma once
 
+#include "base/Deadline.h"
 #include "driver/libaam.h"
 
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <string>
-#include <thread>
 #include <vector>
 
 /// What the program is given for a block.
@@ -60,17 +59,6 @@ private:
     static inline Module* current = nullptr;
     AamEntry entry;
 };
-
-/// Waits until `done` answers true; false after ten seconds.
-template <class Done>
-bool waitFor(Done done) {
-    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!done()) {
-        if (std::chrono::steady_clock::now() > until) return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
 
 /// What a process holds that a device must give back.
 struct Holdings {

@@ -16,7 +16,7 @@ protected:
     int first = sink("first"), second = sink("second");
 
     int sink(const std::string& name) {
-        EXPECT_TRUE(waitFor([&] { return module.device("Pulse: " + name) >= 0; }));
+        EXPECT_TRUE(comes([&] { return module.device("Pulse: " + name) >= 0; }));
         return module.device("Pulse: " + name);
     }
 };
@@ -58,7 +58,7 @@ TEST_F(Pulse, PlaysTheSamplesInOrder) {
     const auto recorded = [&] {
         return std::filesystem::exists(file) ? std::filesystem::file_size(file) / 8 : 0;
     };
-    ASSERT_TRUE(waitFor([&] { return recorded() >= wanted; }));
+    ASSERT_TRUE(comes([&] { return recorded() >= wanted; }));
     recorder.end(SIGTERM);
     module.close();
 

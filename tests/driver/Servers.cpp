@@ -28,7 +28,7 @@ pid_t launch(const std::vector<std::string>& command) {
 }
 
 void waitForFile(const std::string& path) {
-    if (!waitFor([&] { return std::filesystem::exists(path); }))
+    if (!comes([&] { return std::filesystem::exists(path); }))
         throw std::runtime_error("no " + path);
 }
 
@@ -43,7 +43,7 @@ std::vector<std::string> jackCommand() {
 
 void waitForJack() {
     jack_set_error_function([](const char*) {});
-    const bool up = waitFor([] {
+    const bool up = comes([] {
         jack_client_t* client = jack_client_open("probe", JackNoStartServer, nullptr);
         if (client) jack_client_close(client);
         return client != nullptr;
@@ -135,14 +135,14 @@ PulseServer::PulseServer() {
                               std::string("rate=48000"),
                               "sink_name=" + std::string(name),
                               "media.class=" + std::string(kind)};
-        if (!waitFor([&] { return runCommand(command) == 0; }))
+        if (!comes([&] { return runCommand(command) == 0; }))
             throw std::runtime_error("no sink " + std::string(name));
     };
     add("first", "Audio/Sink");
     add("second", "Audio/Sink");
     add("tone", "Audio/Source/Virtual");
     const auto isDefault = [] { return runCommand({"pactl", "set-default-sink", "first"}) == 0; };
-    if (!waitFor(isDefault)) throw std::runtime_error("no default sink");
+    if (!comes(isDefault)) throw std::runtime_error("no default sink");
 }
 
 /// The sound cards of the machine stay with whoever uses them.

@@ -1,12 +1,9 @@
 #include "effects/CEffect.h"
 
-#include "base/Messages.h"
 #include "common/fx/CBitcrusher.h"
 #include "common/fx/CDelay.h"
 #include "engine/StripFixture.h"
-#include "support/RtTrap.h"
 
-#include <gtest/gtest.h>
 #include <memory>
 #include <numeric>
 #include <random>
@@ -130,34 +127,26 @@ TEST(CEffect, IsEditedWhileItPlays) {
     studio = &f;
     messageHooks().pumpIdle = [] { studio->block(64); };
     CEffect* rack = f.rack;
-    const auto edit = [&](auto&& change) {
-        CUndo* step = f.host->undoStart("Edit", rack, 0);
-        change(step);
-        f.host->undoEnd(step, true);
-    };
-    const auto undo = [&] {
-        f.host->undoClicked();
-        f.host->settle();
-    };
     rtReset();
     for (int kind : {fxReverb, fxChorus}) {
         CEffectProg* added = nullptr;
-        edit([&](CUndo* step) { added = rack->addProg(kind, step); });
+        f.step([&](CUndo* step) { added = rack->addProg(kind, step); }, 0, rack);
         ASSERT_EQ(rack->getProg(), added);
     }
     for (int place = 0; place < 27; ++place) {
         rack->setProg(place % 3);
         CEffectProg* current = rack->getProg();
         auto* moved = static_cast<CEffectProg*>(rack->progs.items(place / 3 % 3));
-        edit([&](CUndo* step) { step->asMove(moved, &rack->progs, &rack->progs, place / 9); });
+        f.step([&](CUndo* step) { step->asMove(moved, &rack->progs, &rack->progs, place / 9); }, 0,
+               rack);
         ASSERT_EQ(rack->getProg(), current) << place;
-        undo();
+        f.undo();
         ASSERT_EQ(rack->getProg(), current) << place << ", taken back";
         if (moved == current) continue;
-        edit([&](CUndo* step) { step->asRemove(moved, &rack->progs); });
+        f.step([&](CUndo* step) { step->asRemove(moved, &rack->progs); }, 0, rack);
         ASSERT_EQ(rack->getProg(), current) << place << ", less one";
         f.host->setRate(place % 2 ? 44100 : 48000);
-        undo();
+        f.undo();
         ASSERT_EQ(static_cast<CFX*>(moved->effects.getFirst())->rate, float(f.host->rate));
         ASSERT_EQ(rack->progs.getCount(), 3);
     }

@@ -88,7 +88,6 @@ TEST_F(CAAMTest, OpensAndTakesWhatTheDriverGrants) {
     EXPECT_EQ(ops(), (Ops{aamStop, aamClose, aamShutdown}));
 }
 
-/// A device that fails, or grants nonsense, leaves the bridge closed and the requests as they were.
 TEST_F(CAAMTest, FailedOpens) {
     for (const auto& [opened, frames, rate] :
          Rows<intptr_t, intptr_t, float>{{-1, 512, 48000},
@@ -134,7 +133,6 @@ TEST_F(CAAMTest, IdleReopens) {
     EXPECT_EQ(ops(), Ops{aamNeedsReopen}) << "once";
 }
 
-/// Only a block that the user has chosen is asked for.
 TEST_F(CAAMTest, TheBlockIsTheDevicesUnlessChosen) {
     b->framesChosen = false;
     module->grantFrames = 256;

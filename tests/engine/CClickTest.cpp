@@ -2,6 +2,7 @@
 #include "audiofiles/CSample.h"
 #include "engine/CSnap.h"
 #include "engine/SeqStub.h"
+#include "support/Rows.h"
 #include "support/TestHost.h"
 
 #include <gtest/gtest.h>
@@ -84,32 +85,28 @@ TEST(CClick, CountInLeadsIntoTheSong) {
 
 /// A loop that is no whole number of beats begins anew on whatever it begins with.
 TEST(CClick, StaysOnTheBeatsOfALoop) {
-    struct Loop {
-        int from, to, blockFrames;
-    };
-    for (const Loop& loop : {Loop{0, 3000, 64},
-                             {500, 2900, 1000},
-                             {700, 1400, 441},
-                             {0, 3000, 16384},
-                             {960, 2880, 1000}}) {
-        Fixture t(loop.blockFrames, clickPlay);
+    for (const auto& [from, to, blockFrames] : Rows<int, int, int>{{0, 3000, 64},
+                                                                   {500, 2900, 1000},
+                                                                   {700, 1400, 441},
+                                                                   {0, 3000, 16384},
+                                                                   {960, 2880, 1000}}) {
+        Fixture t(blockFrames, clickPlay);
         auto* seq = t.add(new LoopingSeq(t.host));
-        seq->from = loop.from;
-        seq->to = loop.to;
+        seq->from = from;
+        seq->to = to;
         t.host->start();
-        t.run(500000 / loop.blockFrames);
+        t.run(500000 / blockFrames);
         std::vector<double> want; // frames
         const double framesPerTick = 22050 / 960.0;
         double passAt = 0.0; // frames at which tick 0 of the pass lies
         for (int pass = 0, tick = 0; passAt < double(t.left.size()); ++pass) {
-            for (; tick < loop.to; tick += 960) want.push_back(passAt + tick * framesPerTick);
-            passAt += (loop.to - loop.from) * framesPerTick;
-            tick = (loop.from + 959) / 960 * 960;
+            for (; tick < to; tick += 960) want.push_back(passAt + tick * framesPerTick);
+            passAt += (to - from) * framesPerTick;
+            tick = (from + 959) / 960 * 960;
         }
         const std::vector<int> got = t.places();
         ASSERT_GT(got.size(), 15u);
-        for (size_t i = 0; i < got.size(); ++i)
-            ASSERT_NEAR(got[i], want[i], 2) << loop.to << " " << i;
+        for (size_t i = 0; i < got.size(); ++i) ASSERT_NEAR(got[i], want[i], 2) << to << " " << i;
     }
 }
 

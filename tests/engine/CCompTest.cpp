@@ -2,26 +2,6 @@
 
 #include <memory>
 
-TEST(CComp, PrepareClearsTheBlockAndLeavesTheSourceOfInsertsAlone) {
-    StripFixture f;
-    SignalComp* c = f.addSignal();
-    auto* seq = new SignalComp(f.host);
-    seq->type = compSeq; // before the workers see it
-    f.add(seq);
-    f.connectMIDI(seq, c);
-    CComp* insert = f.addInsert(c->output(), new GainComp(f.host));
-    f.block(64);
-    f.block(64);
-    for (CComp* fed : {static_cast<CComp*>(c), insert, static_cast<CComp*>(seq)})
-        EXPECT_EQ(fed->sourceSeq, seq);
-    CList freeze;
-    c->outPort()->freezeItems = &freeze;
-    const GraphHold hold(f.host);
-    c->prepare(64);
-    EXPECT_EQ(c->output()->bufL[63], 0.0f);
-    EXPECT_EQ(c->outPort()->freezeItems, nullptr);
-}
-
 TEST(Cables, AddingTwiceIsAToggle) {
     StripFixture f;
     SignalComp* a = f.add(new SignalComp(f.host));

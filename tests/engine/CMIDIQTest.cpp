@@ -16,7 +16,6 @@ std::vector<std::pair<double, int>> walk(CMIDIQ& q) {
 
 } // namespace
 
-/// `insert` has to sort as a stable sort does.
 TEST(CMIDIQ, InsertSortsByTimeAndKeepsTheOrderOfEqualTimes) {
     std::mt19937 random(1);
     for (const int count : {1, 2, 50, CMIDIQ::maxEvents}) {

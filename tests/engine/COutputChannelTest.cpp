@@ -79,38 +79,6 @@ TEST(COutputChannel, StripRunsInItsOrder) {
     EXPECT_NEAR(ch->bufL[9], (2 + 1) * 0.25 * 0.5, 1e-4) << "a dry insert leaves the sound";
 }
 
-/// As they are and in their order, those beyond the block too.
-TEST(COutputChannel, InsertsGetTheEventsOfTheStrip) {
-    StripFixture f;
-    SignalComp* signal = f.addSignal();
-    CComp* const inserts[] = {f.addInsert(signal->output(), new GainComp(f.host)),
-                              f.addInsert(signal->output(), new GainComp(f.host))};
-    const double times[] = {-3, 0, 17.5, 17.5, 64, 1e9};
-    for (int i = 0; i < 6; ++i) signal->moves.push_back({times[i], inserts[0], i, 0.5f});
-    f.block(64);
-    for (CComp* insert : inserts) {
-        ASSERT_EQ(insert->inPort()->count, 6);
-        for (int i = 0; i < 6; ++i) {
-            const CMIDIBytes& e = insert->inPort()->events[i];
-            EXPECT_TRUE(e.time == times[i] && e.param == i && e.owner == inserts[0]) << i;
-        }
-    }
-    f.block(64);
-    EXPECT_EQ(inserts[1]->inPort()->count, 0) << "of the block before";
-}
-
-/// Automation of the wet share takes hold at its frame.
-TEST(COutputChannel, WetShareMovesWithinABlock) {
-    StripFixture f;
-    SignalComp* signal = f.addSignal();
-    CComp* insert = f.addInsert(signal->output(), new GainComp(f.host, 0.5f));
-    signal->moves = {{100, insert, paramWet, 0.5f}, {200, insert, paramWet, -9.0f}};
-    f.block(256);
-    for (const auto& [frame, level] :
-         {std::pair{99, 0.5f}, {100, 0.75f}, {199, 0.75f}, {200, 1.0f}})
-        EXPECT_EQ(f.left[size_t(frame)], level) << frame;
-}
-
 /// Automation reaches a band without a call of the system; the clock is read by the idle pass.
 TEST(COutputChannel, AutomationOfABandIsNotedByTheNextIdlePass) {
     StripFixture f;

@@ -6,8 +6,6 @@
 #include "engine/EditorHooks.h"
 #include "engine/StripFixture.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <filesystem>
 #include <unistd.h>
@@ -108,18 +106,6 @@ TEST(CQV, FramesReachEverythingThatHasBuffers) {
         buf[4095] = 1.0f; // the sanitizer tells what was forgotten
     t.block(4096);
     EXPECT_EQ(t.left[4095], 1.0f);
-}
-
-/// Asked in a row; what is refused or the same changes nothing.
-TEST(CQV, Rate) {
-    TestHost t;
-    const std::pair<double, int> cases[] = {{48000, 48}, {7999, 48},  {NAN, 48},
-                                            {8000, 8},   {11500, 12}, {44100, 44}};
-    for (const auto& [hz, inMs] : cases) {
-        t.host->setRate(hz);
-        EXPECT_EQ(t.host->framesInMs, inMs) << hz;
-        EXPECT_FLOAT_EQ(t.host->rate * t.host->invRate, 1.0f);
-    }
 }
 
 /// What a window does in its turn may come back to the tick, which is not run within itself.

@@ -1,14 +1,13 @@
 #include "audiofiles/CSampleReader.h"
 #include "audiofiles/SampleFixture.h"
-#include "base/Messages.h"
+#include "base/FullDisk.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "base/Process.h"
 #include "engine/ForgetHooks.h"
 #include "engine/StripFixture.h"
-
-#include <csignal>
-#include <sys/resource.h>
+#include "support/Rows.h"
+#include "support/Told.h"
 
 namespace fs = std::filesystem;
 
@@ -32,23 +31,6 @@ public:
         for (auto* c : each<CComp>(host->comps))
             if (auto* p = dynamic_cast<Player*>(c); p && gone.has(p->sample)) p->sample = nullptr;
     }
-};
-
-/// A limit of the system that is lower for a while.
-class Limit {
-public:
-    Limit(__rlimit_resource kind, rlim_t value) : resource(kind) {
-        getrlimit(kind, &before);
-        const rlimit lower{value, before.rlim_max};
-        setrlimit(kind, &lower);
-    }
-    ~Limit() { setrlimit(resource, &before); }
-    Limit(const Limit&) = delete;
-    Limit& operator=(const Limit&) = delete;
-
-private:
-    __rlimit_resource resource;
-    rlimit before{};
 };
 
 /// A saved project p/song.v2.qv with its audio folder, a temp folder, and folders that only look
@@ -95,22 +77,18 @@ protected:
 } // namespace
 
 TEST_F(CSampleManagerTest, FoldersAndNamesFollowTheProject) {
-    struct Case {
-        const char *project, *set;
-        bool create;
-        const char *result, *nameAfter;
-    };
-    const Case cases[] = {{"", "set", true, "", "set"},
-                          {"/n/my.song.qv", "", true, "/n/my.song_audio", "my.song_audio"},
-                          {"/n/my.song.qv", "other", false, "/n/other", "other"},
-                          {"/n/my.song.qv", "../temp", false, "", "../temp"},
-                          {"/n/my.song.qv", "..", true, "/n/my.song_audio", "my.song_audio"}};
     const auto in = [this](const char* name) { return *name ? folder.c_str() + CStr(name) : ""; };
-    for (const Case& c : cases) {
-        host->projectFile = in(c.project);
-        host->audioFolder = c.set;
-        EXPECT_TRUE(host->getAudioFolder(c.create, false, false) == in(c.result)) << c.set;
-        EXPECT_TRUE(host->audioFolder == c.nameAfter) << c.set;
+    for (const auto& [project, set, create, result, nameAfter] :
+         Rows<const char*, const char*, bool, const char*, const char*>{
+             {"", "set", true, "", "set"},
+             {"/n/my.song.qv", "", true, "/n/my.song_audio", "my.song_audio"},
+             {"/n/my.song.qv", "other", false, "/n/other", "other"},
+             {"/n/my.song.qv", "../temp", false, "", "../temp"},
+             {"/n/my.song.qv", "..", true, "/n/my.song_audio", "my.song_audio"}}) {
+        host->projectFile = in(project);
+        host->audioFolder = set;
+        EXPECT_TRUE(host->getAudioFolder(create, false, false) == in(result)) << set;
+        EXPECT_TRUE(host->audioFolder == nameAfter) << set;
     }
     EXPECT_TRUE(exists("n/my.song_audio"));
     openProject();
@@ -134,11 +112,7 @@ TEST_F(CSampleManagerTest, FoldersAndNamesFollowTheProject) {
 /// A streamed file has one entry, whatever the case; the archive brings in what lies elsewhere, and
 /// with the disk full half way nothing changes.
 TEST_F(CSampleManagerTest, PoolAndArchive) {
-    static int shown;
-    shown = 0;
-    messageHooks().showMsg = [](CWin*, const CStr& title, const CStr& text, int) {
-        return shown += title == "Error" && text.pos("Copy to Audio Folder") == 0;
-    };
+    const Told told;
     const CSample* inside = add("p/song.v2_audio/in.wav");
     EXPECT_EQ(host->addSample(inside->filename.upperCase(), 1), inside);
     const CSample* loaded = add("p/song.v2_audio/in.wav", 0);
@@ -149,14 +123,12 @@ TEST_F(CSampleManagerTest, PoolAndArchive) {
                            "p/SONG.V2_audio/twin.wav", "elsewhere/o.wav"};
     for (const char* name : names) EXPECT_FALSE(host->sampleArchived(add(name))) << name;
     const CSample* last = add(names[3]);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     {
-        const Limit almostNone(RLIMIT_FSIZE, 2048);
+        const FullDisk almost(2048);
         host->archiveAllSamles();
     }
-    std::signal(SIGXFSZ, handler);
-    messageHooks().showMsg = nullptr;
-    EXPECT_TRUE(shown == 1 && nomNotArchived(host) == 4) << "one message for all of them";
+    ASSERT_TRUE(told.messages.size() == 1 && nomNotArchived(host) == 4);
+    EXPECT_EQ(told.messages[0].find("Error: Copy to Audio Folder"), 0u) << "one for all of them";
     EXPECT_FALSE(exists("p/song.v2_audio/o.wav"));
     EXPECT_TRUE(last->filename == full(names[3]));
 
@@ -177,27 +149,24 @@ TEST_F(CSampleManagerTest, NothingElseIsEverDeleted) {
     for (const char* link : {"p/linked_audio", "p/song.v2_audio/inner"})
         fs::create_directory_symlink(path("elsewhere"), path(link));
     fs::create_directory_symlink(path("p"), path("q"));
-    struct Case {
-        const char *audioFolder, *name, *survives;
-    };
-    const Case cases[] = {{own, "elsewhere/o.wav", "elsewhere/o.wav"},
-                          {own, "p/song.v2_audio/../o.wav", "p/o.wav"},
-                          {own, "p/song.v2_audio/link.wav", "elsewhere/t.wav"},
-                          {own, "p/song.v2_audio/inner/t.wav", "elsewhere/t.wav"},
-                          {own, "p/song.v2_audio2/o.wav", "p/song.v2_audio2/o.wav"},
-                          {own, "p/SONG.V2_audio/o.wav", "p/SONG.V2_audio/o.wav"},
-                          {own, "q/song.v2_audio/o.wav", "p/song.v2_audio/o.wav"},
-                          {"linked_audio", "p/linked_audio/t.wav", "elsewhere/t.wav"},
-                          {"../elsewhere", "p/../elsewhere/o.wav", "elsewhere/o.wav"},
-                          {".", "p/./o.wav", "p/o.wav"}};
-    for (const Case& c : cases) {
+    for (const auto& [audioFolder, name, survives] : Rows<const char*, const char*, const char*>{
+             {own, "elsewhere/o.wav", "elsewhere/o.wav"},
+             {own, "p/song.v2_audio/../o.wav", "p/o.wav"},
+             {own, "p/song.v2_audio/link.wav", "elsewhere/t.wav"},
+             {own, "p/song.v2_audio/inner/t.wav", "elsewhere/t.wav"},
+             {own, "p/song.v2_audio2/o.wav", "p/song.v2_audio2/o.wav"},
+             {own, "p/SONG.V2_audio/o.wav", "p/SONG.V2_audio/o.wav"},
+             {own, "q/song.v2_audio/o.wav", "p/song.v2_audio/o.wav"},
+             {"linked_audio", "p/linked_audio/t.wav", "elsewhere/t.wav"},
+             {"../elsewhere", "p/../elsewhere/o.wav", "elsewhere/o.wav"},
+             {".", "p/./o.wav", "p/o.wav"}}) {
         openProject();
-        host->audioFolder = c.audioFolder;
-        if (!exists(c.name)) make(c.name);
-        EXPECT_FALSE(trash(c.name)) << c.name;
-        EXPECT_FALSE(host->deleteSampleFromDisk(host->addSample(full(c.name), 1))) << c.name;
+        host->audioFolder = audioFolder;
+        if (!exists(name)) make(name);
+        EXPECT_FALSE(trash(name)) << name;
+        EXPECT_FALSE(host->deleteSampleFromDisk(host->addSample(full(name), 1))) << name;
         host->clear();
-        EXPECT_TRUE(exists(c.survives)) << c.name;
+        EXPECT_TRUE(exists(survives)) << name;
     }
 }
 
@@ -256,19 +225,12 @@ TEST_F(CSampleManagerTest, FilesLiveAsLongAsTheyAreNeeded) {
 TEST_F(CSampleManagerTest, ForeignFormatsComeInAsWav) {
     run("sox -D -V1 -n -r 44100 -b 16 -c 2 " + path("tone.flac") + " synth 0.5 sine 440");
     ImportResult result{};
-    const auto import = [&](const char* name, bool goOn = true) {
-        return host->importSample(full(name), 1, result, [goOn](float) { return goOn; });
-    };
-    const CSample* sample = import("tone.flac");
-    ASSERT_TRUE(sample && sample->filename == full("p/song.v2_audio/tone.wav"));
-    EXPECT_TRUE(sample->getFrames() == 22050 && !sample->keep && !sample->cached);
-    host->projectFile = "";
-    sample = import("tone.flac");
-    EXPECT_TRUE(sample && sample->cached && sample->filename == full("temp/tone.wav"));
-    EXPECT_TRUE(import("wav")->filename == full("wav"));
-    EXPECT_TRUE(!import("p/song.v2.qv") && result == ImportResult::unreadable);
-    run("sox -D -V1 -n -r 44100 -b 16 -c 2 " + path("long.flac") + " synth 100 noise");
-    EXPECT_TRUE(!import("long.flac", false) && result == ImportResult::cancelled);
+    for (const char* name : {"p/song.v2_audio/tone.wav", "temp/tone.wav"}) {
+        const CSample* sample = host->importSample(full("tone.flac"), 1, result, {});
+        ASSERT_TRUE(sample && sample->filename == full(name) && sample->getFrames() == 22050);
+        EXPECT_TRUE(!sample->keep && sample->cached == host->projectFile.empty()) << name;
+        host->projectFile = "";
+    }
     host->clear();
     EXPECT_TRUE(fs::is_empty(path("temp")));
 }
@@ -298,7 +260,6 @@ TEST_F(CSampleManagerTest, PoolsOutgrowTheHandles) {
     EXPECT_EQ(addAll(), files);
 }
 
-/// Samples go while they play, are read ahead and drawn.
 TEST_F(CSampleManagerTest, SamplesGoWhileEverybodyIsAtThem) {
     enterForgetHook(Player::forget);
     auto* player = t.add(new Player(host));

@@ -25,7 +25,6 @@ struct Fixture : StripFixture {
 
 } // namespace
 
-/// Whatever keeps the graph off, the device plays silence and the state of the graph stays.
 TEST(Cycle, SilenceWhileTheGraphIsOff) {
     for (const auto& [name, off, frames] : Rows<const char*, void (*)(CQV*), int>{
              {"suspended", [](CQV* q) { q->audioSuspended = 1; }, 256},
@@ -45,7 +44,6 @@ TEST(Cycle, SilenceWhileTheGraphIsOff) {
     }
 }
 
-/// Channel flags lead device channels in and out; whatever lies outside the device is silent.
 TEST(Cycle, DeviceChannelsAreMapped) {
     using Flags = std::vector<int>;
     // In: 0.5 and 0.25 on the device channels 0 and 1.
@@ -206,19 +204,6 @@ TEST(Cycle, RecordsBeyondTheArrayAreNeitherReadNorWritten) {
     EXPECT_EQ(libio(bufs, bufs, 2, 2, 1024, nullptr, 5), 0);
 }
 
-/// The bus stands first among the cables; its input is filled by the other source all the same.
-TEST(Cycle, BusesComeBehindTheirSources) {
-    Fixture t;
-    t.addBus();
-    {
-        const GraphHold hold(t.host);
-        t.out->audioCables.exchange(0, 1);
-    }
-    t.s->output()->sendLevels[0]->level = 0.5f;
-    t.block();
-    EXPECT_FLOAT_EQ(t.left[0], 0.5f + 0.5f * 0.25f);
-}
-
 /// An audio out that is led back into what feeds it is cut off there, and takes all the others in;
 /// one that is led into another out arrives there whole, wherever the two stand.
 TEST(Cycle, OutsMayLeadBackAndOn) {
@@ -278,34 +263,11 @@ TEST(Cycle, PreviewAndClickAreHeardButNotRendered) {
     }
 }
 
-TEST(Cycle, RenderCallbackHasTheGraphToItself) {
-    Fixture t;
-    int runs = 0;
-    for (int i = 0; i < 2; ++i) // the second one is refused and deleted
-        t.host->setRenderCallback(new Call([&] {
-            ++runs;
-            t.block();
-            EXPECT_TRUE(t.silent());
-        }));
-    t.host->idle();
-    EXPECT_EQ(runs, 0) << "no block has come yet";
-    t.block();
-    EXPECT_EQ(t.host->renderMode, 1);
-    t.host->idle();
-    EXPECT_EQ(runs, 1);
-    EXPECT_EQ(t.s->at, 256);
-    t.block();
-    EXPECT_FALSE(t.silent());
-    t.host->idle();
-    EXPECT_EQ(runs, 1);
-}
-
 /// Blocks and long turns of the interface never overlap: what runs under the hold finds the graph
 /// at rest.
 TEST(Cycle, HoldAndBlocksExcludeEachOther) {
     StripFixture t(64);
-    class Witness : public SignalComp {
-    public:
+    struct Witness : SignalComp {
         using SignalComp::SignalComp;
         void process(int frames) override {
             inside = true;
@@ -319,18 +281,17 @@ TEST(Cycle, HoldAndBlocksExcludeEachOther) {
     std::atomic<int> heard{0};
     const BlockThread driver([&] {
         t.block(64);
-        if (t.left[0] != 0.0f) ++heard;
+        heard += t.left[0] != 0.0f;
     });
     int overlaps = 0;
     for (int i = 0; i < 2000; ++i) {
         const GraphHold hold(t.host), nested(t.host);
         const long at = w->at;
         std::this_thread::yield();
-        if (w->inside || w->at != at) ++overlaps;
+        overlaps += w->inside || w->at != at;
     }
-    const int before = heard;
-    while (heard == before) std::this_thread::yield();
     EXPECT_EQ(overlaps, 0);
+    EXPECT_TRUE(comes([&, before = heard.load()] { return heard > before; }));
 }
 
 /// A driver that leaves no gap between its blocks cannot keep the interface out.

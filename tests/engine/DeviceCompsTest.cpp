@@ -2,6 +2,7 @@
 #include "engine/MidiBytes.h"
 #include "engine/MidiComps.h"
 #include "engine/SeqStub.h"
+#include "support/Rows.h"
 #include "support/TestHost.h"
 
 #include <gtest/gtest.h>
@@ -58,22 +59,19 @@ TEST(CMIDIIn, KeysComeWithTheNextBlock) {
 
 /// velocity' = (1 - s + s (v - 1) / 126) 126 + 1, s in percent; 100 and what is beyond have none.
 TEST(CMIDIIn, Sensitivity) {
-    struct Case {
-        int sens, velocity, sent;
-    };
-    for (const Case& c : {Case{0, 1, 127},
-                          {50, 64, 95},
-                          {29, 2, 90},
-                          {99, 126, 126},
-                          {110, 1, 1},
-                          Case{110, 64, 57},
-                          {100, 64, 64},
-                          {200, 64, 64},
-                          {-5, 1, 127}}) {
+    for (const auto& [sens, velocity, sent] : Rows<int, int, int>{{0, 1, 127},
+                                                                  {50, 64, 95},
+                                                                  {29, 2, 90},
+                                                                  {99, 126, 126},
+                                                                  {110, 1, 1},
+                                                                  {110, 64, 57},
+                                                                  {100, 64, 64},
+                                                                  {200, 64, 64},
+                                                                  {-5, 1, 127}}) {
         Keyboard t;
-        t.midiIn->sens = c.sens;
-        t.midiIn->addMidiEvent(asData(midiNoteOn | 3, 60, c.velocity));
-        EXPECT_EQ(t.sentNow(), std::vector{asData(midiNoteOn | 3, 60, c.sent)}) << c.sens;
+        t.midiIn->sens = sens;
+        t.midiIn->addMidiEvent(asData(midiNoteOn | 3, 60, velocity));
+        EXPECT_EQ(t.sentNow(), std::vector{asData(midiNoteOn | 3, 60, sent)}) << sens;
     }
 }
 

@@ -33,7 +33,6 @@ struct Fixture : StripFixture {
 
 } // namespace
 
-/// Each binding learns its controller, and does nothing more then.
 TEST(MidiRouting, ControllersRunTheTransport) {
     Fixture t;
     CQV* q = t.host;
@@ -103,7 +102,8 @@ TEST(MidiRouting, TargetsWithinATrackAndWithoutPorts) {
     seq->child = t.target;
     COutputChannel* ch = seq->output();
     CComp* insert = t.addInsert(ch, new GainComp(t.host));
-    t.run();               // finds out what is an insert
+    t.run(); // finds out what is an insert
+    EXPECT_EQ(insert->sourceSeq, seq);
     CMIDIOut none(t.host); // without ports
     for (CObject* target : std::initializer_list<CObject*>{ch, insert, ch->sendLevels[2]})
         EXPECT_EQ(queueOfTarget(target), t.target->inPort());
@@ -155,7 +155,6 @@ TEST(MidiRouting, ProgramChangesReachTheListOfProjects) {
     EXPECT_EQ(mapper.got, std::vector{12}) << "once, and not what came before it was enabled";
 }
 
-/// What hands have moved is unsaved, also by a controller. What a song plays is not.
 TEST(MidiRouting, WhatTheUserMovesIsUnsaved) {
     Fixture t;
     COutputChannel* strip = t.target->output();
@@ -208,21 +207,4 @@ TEST(MidiRouting, LearningMakesOneMapForEachParameter) {
     t.host->curMap = 5;
     t.host->addMap(t.target, 99, 0.5f);
     EXPECT_EQ(t.maps().getCount(), count) << "no program, no map";
-}
-
-TEST(MidiRouting, RecordingTakesParametersDown) {
-    Fixture t;
-    auto* seq = t.add(new SeqStub(t.host));
-    t.connectMIDI(seq, t.target);
-    t.run();
-    COutputChannel* ch = t.target->output();
-    for (const int recording : {0, 1})
-        for (CObject* target : std::initializer_list<CObject*>{t.target, ch, ch->sendLevels[1]}) {
-            t.host->recording = recording;
-            t.host->addMap(target, 4, 0.25f);
-            EXPECT_EQ(seq->recorded, recording ? target : nullptr);
-        }
-    t.host->addMap(t.target->input(), 5, 0.25f); // without parameters
-    t.host->addMap(t.midiOut, 5, 0.25f);         // not fed by a sequencer
-    EXPECT_TRUE(seq->recordedParam == 4 && seq->recordedValue == 0.25f);
 }

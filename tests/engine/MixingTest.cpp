@@ -18,7 +18,6 @@ struct Glide {
 
 } // namespace
 
-/// The ramp of 3 ms has to come out the same whatever the blocks are.
 TEST(Mixing, RampsOfFaderAndPanCrossBlocksAndPieces) {
     constexpr int change = 350;
     for (const int blockFrames : {7, 50, 175, 350}) {

@@ -1,10 +1,5 @@
 #include "StripFixture.h"
-
-namespace {
-
-std::string lastMessage;
-
-} // namespace
+#include "support/Told.h"
 
 /// Buses come, go and move: the levels stay with their buses, on channels too that come in the same
 /// step.
@@ -60,15 +55,11 @@ TEST(SendOrder, LevelsFollowTheirBuses) {
 TEST(SendOrder, BusesEndAtThirtyTwo) {
     StripFixture f;
     CList& buses = f.host->sends;
-    messageHooks().showMsg = [](CWin*, const CStr& title, const CStr& text, int) {
-        lastMessage = std::string(title.asChar()) + ": " + text.asChar();
-        return int(mbOk);
-    };
+    const Told told;
     for (int k = 0; k < maxSends; ++k) f.host->addSendClicked();
-    EXPECT_EQ(lastMessage, "");
+    EXPECT_TRUE(told.messages.empty());
     f.host->addSendClicked();
-    messageHooks() = MessageHooks();
-    EXPECT_EQ(lastMessage, "Error: Too many sends");
+    EXPECT_EQ(told.messages, std::vector<std::string>{"Error: Too many sends"});
     EXPECT_EQ(buses.getCount(), maxSends);
     EXPECT_EQ(f.out->audioCables.getCount(), maxSends);
     CSend* const* sends = f.out->output()->sendLevels;

@@ -7,11 +7,7 @@
 #include "support/RtTrap.h"
 #include "support/TestHost.h"
 
-#include <atomic>
-#include <functional>
 #include <gtest/gtest.h>
-#include <thread>
-#include <vector>
 
 using Comps = std::vector<CComp*>;
 
@@ -94,25 +90,6 @@ private:
     std::function<void()> call;
 };
 
-/// Runs blocks on a thread of its own, as long as it lives.
-class BlockThread {
-public:
-    explicit BlockThread(const std::function<void()>& block)
-        : thread([this, block] {
-              for (; !stop; std::this_thread::yield()) block();
-          }) {}
-    ~BlockThread() {
-        stop = true;
-        thread.join();
-    }
-    BlockThread(const BlockThread&) = delete;
-    BlockThread& operator=(const BlockThread&) = delete;
-
-private:
-    std::atomic<bool> stop{false};
-    std::thread thread;
-};
-
 /// A test host with what strips are fed from and lead to.
 class StripFixture : public TestHost {
 public:
@@ -150,20 +127,12 @@ public:
         ch->inserts.add(insert);
         return insert;
     }
-    /// What `record` tells the step is carried out on return.
+    /// What `record` tells the step, of the host or of a component, is carried out on return.
     template <class F>
-    void step(F&& record, unsigned flags = 0) {
-        CUndo* u = host->undoStart("Edit", host, flags);
+    void step(F&& record, unsigned flags = 0, CComp* of = nullptr) {
+        CUndo* u = host->undoStart("Edit", of ? of : host, flags);
         record(u);
         host->undoEnd(u, true);
-    }
-    void undo() {
-        host->undoClicked();
-        host->settle();
-    }
-    void redo() {
-        host->redoClicked();
-        host->settle();
     }
 };
 

@@ -6,8 +6,6 @@
 #include "engine/StripFixture.h"
 #include "support/RtTrap.h"
 
-#include <gtest/gtest.h>
-
 /// Else the tests that look for violations could not fail.
 TEST(RtTrap, CatchesAllocationInTheCallbackOnly) {
     if (!rtTrapActive()) GTEST_SKIP() << "the sanitizers lead these calls through themselves";

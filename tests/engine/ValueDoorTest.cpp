@@ -111,7 +111,6 @@ TEST_F(ValueDoorTest, WhatEndsAsItWasIsNoStep) {
     EXPECT_TRUE(steps() == 0 && !host->modified());
 }
 
-/// Several values in one gesture are one step, under the name of what was done.
 TEST_F(ValueDoorTest, GestureOfSeveralValuesHasItsName) {
     values().begin("Nothing");
     values().end();
@@ -174,7 +173,6 @@ TEST_F(ValueDoorTest, StepsInMidGestureKeepTheirOrder) {
     EXPECT_FALSE(host->modified());
 }
 
-/// The undo of a take gives back what was moved during it; no step comes between.
 TEST_F(ValueDoorTest, MovesDuringATakeAreOfItsStep) {
     record(true);
     for (const float v : {0.5f, 0.25f}) strip->moveFader(v);

@@ -54,20 +54,3 @@ TEST(CDiskThread, ReadsAheadOfThePlayingSide) {
     t.host->unparkWorkers();
     EXPECT_TRUE(comes([&] { return reader->others == 4; }));
 }
-
-TEST(CPeakThread, ImagesComeWhenItIsWoken) {
-    TestHost t;
-    auto* sample = new CSample;
-    sample->takeData(static_cast<unsigned char*>(std::calloc(1000, 4)), 1000);
-    sample->valid = true;
-    auto* broken = new CSample;
-    t.host->samples.add(broken);
-    t.host->samples.add(sample);
-    t.host->parkWorkers();
-    t.host->updatePeaks();
-    std::thread([] {}).join(); // a later one has run
-    EXPECT_TRUE(sample->needsPeaks) << "it stands still";
-    t.host->unparkWorkers();
-    EXPECT_TRUE(comes([&] { return !sample->needsPeaks; }));
-    EXPECT_TRUE(broken->needsPeaks);
-}

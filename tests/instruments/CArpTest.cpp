@@ -3,6 +3,7 @@
 #include "base/CStream.h"
 #include "base/Random.h"
 #include "engine/MidiBytes.h"
+#include "support/Rows.h"
 #include "support/TestHost.h"
 
 #include <array>
@@ -143,32 +144,27 @@ TEST(CArp, PatternsFollowTheTables) {
 
 /// A controller changes the gate at once, and the swing with the next pair of steps.
 TEST(CArp, StepsAndLengthsFollowTheSettings) {
-    struct Case {
-        float step, swing, gate;
-        int triplets, controller;
-        std::vector<Step> steps;
-    };
-    const Case cases[] = {
-        {240, 0.5f, 0.5f, 0, 0, {{0, 138}, {279.6, 99}, {480, 138}, {759.6, 99}, {960, 138}}},
-        {240, 0.0f, 0.7f, 1, 0, {{0, 111}, {160, 111}, {320, 111}, {480, 111}, {640, 111}}},
-        {60, 0.0f, 0.01f, 0, 0, {{0, 1}, {60, 1}, {120, 1}, {180, 1}, {240, 1}, {300, 1}}},
-        {480, 0.0f, 0.7f, 0, 0, {{0, 335}, {480, 335}, {960, 335}}},
-        {240, 0.0f, 1.0f, 0, 21, {{0, 239}, {240, 239}, {480, 318}, {799.2, 159}, {960, 318}}},
-        {240, 0.0f, 0.5f, 0, 20, {{0, 239}, {240, 239}, {480, 239}, {720, 239}}},
-        {0.0f, 9.0f, 0.0f, 1, 0, {{0, 1}, {1.33 * 2 / 3, 1}, {4.0 / 3, 1}}},
-    };
-    for (const Case& c : cases) {
+    for (const auto& [step, swing, gate, triplets, controller, steps] :
+         Rows<float, float, float, int, int, std::vector<Step>>{
+             {240, 0.5f, 0.5f, 0, 0, {{0, 138}, {279.6, 99}, {480, 138}, {759.6, 99}, {960, 138}}},
+             {240, 0.0f, 0.7f, 1, 0, {{0, 111}, {160, 111}, {320, 111}, {480, 111}, {640, 111}}},
+             {60, 0.0f, 0.01f, 0, 0, {{0, 1}, {60, 1}, {120, 1}, {180, 1}, {240, 1}, {300, 1}}},
+             {480, 0.0f, 0.7f, 0, 0, {{0, 335}, {480, 335}, {960, 335}}},
+             {240, 0.0f, 1.0f, 0, 21, {{0, 239}, {240, 239}, {480, 318}, {799.2, 159}, {960, 318}}},
+             {240, 0.0f, 0.5f, 0, 20, {{0, 239}, {240, 239}, {480, 239}, {720, 239}}},
+             {0.0f, 9.0f, 0.0f, 1, 0, {{0, 1}, {1.33 * 2 / 3, 1}, {4.0 / 3, 1}}},
+         }) {
         const auto setUp = [&](Bench& b) {
-            b.prog->stepTicks = c.step;
-            b.prog->swing = c.swing;
-            b.prog->gate = c.gate;
-            b.prog->setTriplets(c.triplets);
+            b.prog->stepTicks = step;
+            b.prog->swing = swing;
+            b.prog->gate = gate;
+            b.prog->setTriplets(triplets);
             b.arp.ccGate = 20;
             b.arp.ccSwing = 21;
         };
         Events events{{0, on(60)}};
-        if (c.controller) events.emplace_back(0, asData(midiController, c.controller, 127));
-        expectSteps(std::to_string(c.step), setUp, events, c.steps, c.steps.back().tick + 0.1);
+        if (controller) events.emplace_back(0, asData(midiController, controller, 127));
+        expectSteps(std::to_string(step), setUp, events, steps, steps.back().tick + 0.1);
     }
 }
 

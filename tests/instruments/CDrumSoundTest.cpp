@@ -5,6 +5,7 @@
 #include "engine/COutputChannel.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/DrumKit.h"
+#include "support/Rows.h"
 
 namespace {
 
@@ -120,14 +121,6 @@ TEST(DrumKit, StandardKitTravelsThroughAStream) {
 /// A hit is the clip at its own speed, scaled by the square of velocity, panned, and tuned by a
 /// factor, whatever its voice has been before; it ends with its clip.
 TEST(CDrumSound, HitsPlayTheClipThroughTheStrip) {
-    struct Case {
-        float velocity, pan, tune;
-        double left, right, speed;
-    };
-    const Case cases[] = {{1, 0, 1, 1, 1, 1},
-                          {0.5f, 0, 2, 0.25, 0.25, 2},
-                          {1, -1, 0.5f, 1.5, 0, 0.5},
-                          {9, 0.5f, 1, 0.5, 1.25, 1}};
     constexpr int frames = 441;
     DrumBench b;
     CDrumSound* s = b.sound(0);
@@ -135,23 +128,27 @@ TEST(CDrumSound, HitsPlayTheClipThroughTheStrip) {
     s->group = 7;
     CVoice v;
     b.sound(4)->startHit(&v, b.host.host, NAN, NAN, NAN);
-    for (const Case& c : cases) {
+    for (const auto& [velocity, pan, tune, left, right, speed] :
+         Rows<float, float, float, double, double, double>{{1, 0, 1, 1, 1, 1},
+                                                           {0.5f, 0, 2, 0.25, 0.25, 2},
+                                                           {1, -1, 0.5f, 1.5, 0, 0.5},
+                                                           {9, 0.5f, 1, 0.5, 1.25, 1}}) {
         COutputChannel track(&b.sampler);
         track.createBuffers(1024);
         v.tail = v.glideLeft = 50;
         s->clearStrip(frames);
-        s->startHit(&v, b.host.host, c.velocity, c.pan, c.tune);
+        s->startHit(&v, b.host.host, velocity, pan, tune);
         s->process(s->output->bufL, s->output->bufR, &v, frames);
         s->addStrip(&track, frames);
         s->addStrip(&track, frames);
         EXPECT_EQ(v.group, 7);
-        EXPECT_NEAR(v.pos, c.speed * frames, 1e-3);
+        EXPECT_NEAR(v.pos, speed * frames, 1e-3);
         std::vector<float> data(1000);
         s->clips[0]->readFrames(0, int(data.size()), data.data());
         for (int i : {101, 201, 439}) { // the filter passes on all of it, one frame later
-            const double value = double(data[size_t((i - 1) * c.speed)]);
-            EXPECT_NEAR(double(track.bufL[i]), 2 * c.left * value, 1e-3) << i;
-            EXPECT_NEAR(double(track.bufR[i]), 2 * c.right * value, 1e-3) << i;
+            const double value = double(data[size_t((i - 1) * speed)]);
+            EXPECT_NEAR(double(track.bufL[i]), 2 * left * value, 1e-3) << i;
+            EXPECT_NEAR(double(track.bufR[i]), 2 * right * value, 1e-3) << i;
         }
     }
     EXPECT_EQ(b.render(&v, 28672).back(), 0.0f);

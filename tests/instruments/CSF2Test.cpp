@@ -1,12 +1,12 @@
 #include "SoundFixture.h"
 
 #include "base/CStream.h"
-#include "base/Messages.h"
+#include "base/TempFolder.h"
 #include "instruments/CSF2.h"
+#include "support/Rows.h"
+#include "support/Told.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <string>
 
@@ -108,23 +108,13 @@ bool readFont(CSF2& font, const Bytes& bytes) {
 }
 
 /// A sampler that imports from files, and counts the messages.
-struct Importer : SoundBench {
-    static inline int messages = 0;
-    std::string path = "/tmp/fontXXXXXX";
+struct Importer : SoundBench, Told {
+    TempFolder folder;
 
-    Importer() {
-        close(mkstemp(path.data()));
-        messages = 0;
-        messageHooks().showMsg = [](CWin*, const CStr&, const CStr&, int) { return ++messages; };
-    }
-    ~Importer() {
-        messageHooks().showMsg = nullptr;
-        std::filesystem::remove(path);
-    }
     bool import(const Bytes& bytes) {
-        std::ofstream(path, std::ios::binary).write(bytes.data(), std::streamsize(bytes.size()));
-        return sampler.openSF2(path.c_str(), nullptr);
+        return sampler.openSF2(folder.write("a.sf2", bytes), nullptr);
     }
+    int told() const { return int(messages.size()); }
     int imported() { return sampler.progs.getCount() - 1; } // without the program of the bench
     CSynthProg* program(int i) { return static_cast<CSynthProg*>(sampler.progs.items(i + 1)); }
     CWavSound* sound(int index, int p = 0) {
@@ -160,22 +150,17 @@ TEST(CSF2, ImportsWholeBanks) {
 
 /// How fast the sample runs. Its rate is not looked at: half the rate sounds an octave higher.
 TEST(CSF2, NotesSoundAtTheirPitch) {
-    struct Case {
-        Gens zone;
-        int rate, note;
-        double semitones;
-    };
-    const Case cases[] = {{{{sampleId, 0}}, 44100, 72, 12},
-                          {{{sampleId, 0}}, 22050, 60, 0},
-                          {{{rootKey, 69}, {sampleId, 0}}, 44100, 60, -9},
-                          {{{coarse, 5}, {fine, -30}, {sampleId, 0}}, 44100, 60, 4.7},
-                          {{{modes, 1}, {sampleId, 0}}, 44100, 48, -12}};
-    for (const Case& c : cases) {
+    for (const auto& [zone, rate, note, semitones] :
+         Rows<Gens, int, int, double>{{{{sampleId, 0}}, 44100, 72, 12},
+                                      {{{sampleId, 0}}, 22050, 60, 0},
+                                      {{{rootKey, 69}, {sampleId, 0}}, 44100, 60, -9},
+                                      {{{coarse, 5}, {fine, -30}, {sampleId, 0}}, 44100, 60, 4.7},
+                                      {{{modes, 1}, {sampleId, 0}}, 44100, 48, -12}}) {
         Importer b;
-        ASSERT_TRUE(b.import(fontOf({c.zone}, c.rate).bytes()));
-        CVoice* v = b.play(b.sound(0), c.note);
+        ASSERT_TRUE(b.import(fontOf({zone}, rate).bytes()));
+        CVoice* v = b.play(b.sound(0), note);
         EXPECT_GT(rms(b.render(v, 8192), 0, 8192), 0.1);
-        EXPECT_NEAR(12 * std::log2(v->pos / 8192), c.semitones, 0.01);
+        EXPECT_NEAR(12 * std::log2(v->pos / 8192), semitones, 0.01);
         b.sampler.allNotesOff();
     }
 }
@@ -245,24 +230,10 @@ TEST(CSF2, RefusesWhatIsCutOffAndSurvivesWhatIsWrong) {
     }
     Importer b;
     EXPECT_TRUE(b.import(whole + "garbage at the end"));
-    EXPECT_EQ(b.imported() + Importer::messages, 1);
+    EXPECT_EQ(b.imported() + b.told(), 1);
     EXPECT_FALSE(b.import(whole.substr(0, whole.size() - 1)));
     EXPECT_FALSE(b.sampler.openSF2("/tmp/no such file.sf2", nullptr));
-    EXPECT_TRUE(Importer::messages == 2 && b.imported() == 1);
-}
-
-TEST(CSF2, ImportIsPartOfAStep) {
-    Importer b;
-    std::ofstream(b.path, std::ios::binary) << fontOf({{{sampleId, 0}}}).bytes();
-    CUndo* step = b.host.host->undoStart("Drop", &b.sampler, 0);
-    EXPECT_TRUE(b.sampler.openSF2(b.path.c_str(), step));
-    EXPECT_EQ(b.imported() + b.sampler.clips.getCount(), 0);
-    b.host.host->undoEnd(step, false);
-    b.host.host->settle();
-    EXPECT_EQ(b.imported() + b.sampler.clips.getCount(), 2);
-    b.host.host->undoClicked();
-    b.host.host->settle();
-    EXPECT_EQ(b.imported() + b.sampler.clips.getCount(), 0);
+    EXPECT_TRUE(b.told() == 2 && b.imported() == 1);
 }
 
 TEST(CSF2, MemoryFollowsTheFile) {
@@ -292,5 +263,5 @@ TEST(CSF2, MemoryFollowsTheFile) {
     again.presets.push_back({"Many", {Gens(2000, {instrument, 0})}});
     Importer b;
     EXPECT_FALSE(b.import(again.bytes()));
-    EXPECT_EQ(b.imported() + Importer::messages, 2);
+    EXPECT_EQ(b.imported() + b.told(), 2);
 }

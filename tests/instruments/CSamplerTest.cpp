@@ -248,32 +248,6 @@ TEST(CSampler, SendsFeedOnlyWhatIsOn) {
     }
 }
 
-TEST(CSampler, RestsWhileFrozen) {
-    Linked l;
-    CSample file;
-    CFreezeItem item;
-    item.comp = l.sampler;
-    item.sample = &file;
-    CList items;
-    COutputPort port(l.host.host);
-    items.add(&item);
-    {
-        const GraphHold hold(l.host.host);
-        l.sampler->addMIDICable(&port, nullptr);
-    }
-    port.freezeItems = &items;
-    l.key(60, 100);
-    l.host.run();
-    EXPECT_TRUE(l.sampler->frozen);
-    EXPECT_EQ(sounding(*l.sampler), 0);
-    EXPECT_TRUE(l.sampler->freezed(l.sampler->output()));
-    item.sample = nullptr;
-    l.key(60, 100);
-    l.host.run();
-    EXPECT_FALSE(l.sampler->frozen);
-    EXPECT_EQ(sounding(*l.sampler), 1);
-}
-
 /// What leaves by an undoable step ends its voices on the way. A factory program that comes by one
 /// becomes current, and its undo goes back to one that exists.
 TEST(CSampler, StepsMuteWhatLeaves) {

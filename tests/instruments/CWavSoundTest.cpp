@@ -1,6 +1,6 @@
 #include "SoundFixture.h"
-
-#include <filesystem>
+#include "base/TempFolder.h"
+#include "support/Rows.h"
 
 namespace {
 
@@ -13,36 +13,20 @@ std::vector<float> ramp(int frames) {
 } // namespace
 
 TEST(CWavSound, PlaysAtTheSpeedOfTheNote) {
-    struct Case {
-        int rate, orgKey, note;
-        float coarse, bend;
-        double speed;
-    };
-    const Case cases[] = {{44100, 60, 60, 0, 0, 1},
-                          {44100, 60, 72, 0, 0, 2},
-                          {22050, 60, 60, 0, 0, 0.5},
-                          {44100, 72, 60, 7, 0, std::pow(2, -5.0 / 12)},
-                          {44100, 60, 60, 0, 1, 2}};
-    for (const Case& c : cases) {
+    for (const auto& [rate, orgKey, note, coarse, bend, speed] :
+         Rows<int, int, int, float, float, double>{{44100, 60, 60, 0, 0, 1},
+                                                   {44100, 60, 72, 0, 0, 2},
+                                                   {22050, 60, 60, 0, 0, 0.5},
+                                                   {44100, 72, 60, 7, 0, std::pow(2, -5.0 / 12)},
+                                                   {44100, 60, 60, 0, 1, 2}}) {
         SoundBench b;
-        CWavSound* s = b.addWav(ramp(20000), {}, c.rate);
-        s->clips[0]->setOrgKey(c.orgKey);
-        s->coarse = c.coarse;
-        b.prog->bend[0] = c.bend;
-        CVoice* v = b.play(s, c.note);
+        CWavSound* s = b.addWav(ramp(20000), {}, rate);
+        s->clips[0]->setOrgKey(orgKey);
+        s->coarse = coarse;
+        b.prog->bend[0] = bend;
+        CVoice* v = b.play(s, note);
         b.render(v, 4000);
-        EXPECT_NEAR(v->pos, 4000 * c.speed, 1e-2) << "note " << c.note;
-    }
-}
-
-TEST(CWavSound, EndsWithItsClip) {
-    for (int frames : {1, 2, 45, 1000}) {
-        SoundBench b;
-        CWavSound* s = b.addWav(std::vector<float>(size_t(frames), 0.5f));
-        CVoice* v = b.play(s, 60);
-        const auto out = b.render(v, 1500);
-        EXPECT_EQ(v->state, CVoice::free) << frames;
-        for (size_t i = size_t(frames); i < out.size(); i++) ASSERT_EQ(out[i], 0.0f) << frames;
+        EXPECT_NEAR(v->pos, 4000 * speed, 1e-2) << "note " << note;
     }
 }
 
@@ -82,34 +66,4 @@ TEST(CWavSound, MetersHoldTheHighestPeak) {
     EXPECT_EQ(float(s->peakR), 0.0f);
     b.prog->idle();
     EXPECT_FLOAT_EQ(s->peakL, 0.95f);
-}
-
-/// A clip that was never opened gives silence, not what the scratch holds.
-TEST(CWavSound, UnopenedClipIsSilent) {
-    SoundBench b;
-    CSampleClip empty;
-    empty.end = 1000;
-    CWavSound s(b.layer, b.host.host);
-    s.addSample(&empty);
-    CVoice* v = b.play(&s, 60);
-    for (float x : b.render(v, 2000)) ASSERT_EQ(x, 0.0f);
-    b.sampler.allNotesOff();
-}
-
-/// Opening a file plays all of it, and lets go of what an earlier one was set to.
-TEST(CSampleClip, OpensWithItsWholeRange) {
-    const std::string path = "/tmp/clip" + std::to_string(getpid()) + ".wav";
-    const float silence[500] = {};
-    for (int frames : {500, 0}) {
-        CSample out;
-        out.create(path.c_str());
-        out.writeFrames(frames, silence, silence);
-        out.writeHeader();
-        out.finalize();
-        CSampleClip clip;
-        clip.start = clip.end = 777;
-        EXPECT_TRUE(clip.open(path.c_str()));
-        EXPECT_TRUE(clip.start == 0 && clip.end == std::max(0, frames - 1));
-    }
-    std::filesystem::remove(path);
 }

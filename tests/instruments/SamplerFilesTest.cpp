@@ -1,11 +1,12 @@
 #include "SoundFixture.h"
 
 #include "base/CStream.h"
-#include "base/Messages.h"
+
 #include "common/fx/CChorus.h"
 #include "common/fx/CDelay.h"
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
+#include "support/Told.h"
 
 #include <random>
 
@@ -132,7 +133,7 @@ TEST(SamplerFiles, DamagedFilesDoNoHarm) {
     SoundBench b;
     fill(b);
     const auto good = written(b.sampler);
-    messageHooks().showMsg = [](CWin*, const CStr&, const CStr&, int) { return int(mbOk); };
+    const Told told;
     std::mt19937 gen(7);
     for (size_t round = 0; round < 1200; round++) {
         auto bytes = good;
@@ -155,55 +156,4 @@ TEST(SamplerFiles, DamagedFilesDoNoHarm) {
         const float* out = other.output()->bufL;
         for (int i = 0; i < 1024; i++) ASSERT_TRUE(std::isfinite(out[i])) << "round " << round;
     }
-    messageHooks().showMsg = nullptr;
-}
-
-/// A block that cannot be read is told once, by its name and size, and the rest is read.
-TEST(SamplerFiles, RefusedBlockIsTold) {
-    SoundBench b;
-    b.addOsc();
-    b.addOsc();
-    auto bytes = written(b.sampler);
-    const char tag[] = "sound";
-    auto at = std::search(bytes.begin(), bytes.end(), tag, tag + 5);
-    ASSERT_NE(at, bytes.end());
-    *(at + 9) = 9; // the type of the first sound
-    CSampler other(b.host.host);
-    static std::vector<CStr> shown;
-    messageHooks().showMsg = [](CWin*, const CStr& title, const CStr& text, int) {
-        shown.push_back(title + ": " + text);
-        return int(mbOk);
-    };
-    readBytes(other, bytes);
-    messageHooks().showMsg = nullptr;
-    ASSERT_EQ(shown.size(), 1u);
-    EXPECT_EQ(shown[0].pos("Error reading Synthesizer: Error reading block: sound ("), 0);
-    auto* prog = static_cast<CSynthProg*>(other.progs.items(0));
-    EXPECT_EQ(static_cast<CLayer*>(prog->layers.items(0))->sounds.getCount(), 1);
-}
-
-/// Opening a bank adds its programs behind those there are, in one step that undo takes back.
-TEST(SamplerFiles, OpenedBankIsOneStep) {
-    SoundBench source;
-    fill(source);
-    CMemoryStream stream;
-    source.sampler.writeToStream(&stream, source.prog);
-    stream.seek(0, seekStart);
-
-    TestHost host(256);
-    auto* sampler = host.add(new CSampler(host.host)); // with the programs of the factory
-    const auto expectState = [&](int programs, int clips, const char* current) {
-        EXPECT_EQ(sampler->progs.getCount(), programs);
-        EXPECT_EQ(sampler->clips.getCount(), clips);
-        EXPECT_EQ(sampler->getProg()->id, current);
-    };
-    sampler->openFromStream(&stream);
-    expectState(33, 1, "My program");
-    EXPECT_EQ(host.host->undoText(), "Open");
-    host.host->undoClicked();
-    host.host->settle();
-    expectState(32, 0, "DanceBass");
-    host.host->redoClicked();
-    host.host->settle();
-    expectState(33, 1, "My program");
 }

@@ -1,4 +1,5 @@
 #include "SoundFixture.h"
+#include "support/Rows.h"
 
 #include <complex>
 #include <numbers>
@@ -91,25 +92,22 @@ TEST(CSound, StepsAreRamped) {
 }
 
 TEST(CEnv, StagesLastTheirTime) {
-    struct Case {
-        double rate;
-        float curve;
-    };
-    for (const Case& c : {Case{44100, 0}, Case{48000, 0.5f}, Case{44100, -0.25f}}) {
-        SoundBench b(c.rate);
+    for (const auto& [rate, curve] :
+         Rows<double, float>{{44100, 0}, {48000, 0.5f}, {44100, -0.25f}}) {
+        SoundBench b(rate);
         CWavSound* s = addConstant(b);
         CEnv& e = *s->envelope[0];
         e.attack = 0.2f; // 200 ms
         e.decay = 0.3f;  // 450 ms
         e.sustain = 0.5f;
         e.release = 0.1f; // 50 ms
-        e.ac = e.dc = c.curve;
+        e.ac = e.dc = curve;
         CVoice* v = b.play(s, 60);
-        const auto ms = [&](double t) { return size_t(t * 0.001 * c.rate); };
+        const auto ms = [&](double t) { return size_t(t * 0.001 * rate); };
         auto out = b.render(v, int(ms(1000)));
         // Values are exact at the ends of slices; between them gains run straight.
-        const double k = 1 + 63 * double(c.curve) * double(c.curve);
-        const double a = c.curve >= 0 ? 1 / k : k;
+        const double k = 1 + 63 * double(curve) * double(curve);
+        const double a = curve >= 0 ? 1 / k : k;
         const auto bend = [&](double t) { return t / ((1 - a) * t + a); };
         EXPECT_NEAR(double(out[ms(100)]), std::pow(bend(0.5), 2), 0.01);
         EXPECT_NEAR(double(out[ms(199.9)]), 1, 0.02);
@@ -120,7 +118,7 @@ TEST(CEnv, StagesLastTheirTime) {
         EXPECT_NEAR(double(out[ms(25)]), 0.0625, 0.01);
         EXPECT_EQ(v->tail, 0);
         b.render(v, int(ms(2)));
-        EXPECT_EQ(v->tail, int(c.rate * 0.01));
+        EXPECT_EQ(v->tail, int(rate * 0.01));
     }
 }
 
@@ -149,29 +147,25 @@ TEST(CEnv, ReleaseGoesOnFromWhereItCuts) {
 }
 
 TEST(CLFO, RunsAtItsRateAfterItsDelay) {
-    struct Case {
-        float hz;
-        int sync, mul, div;
-        float tempo;
-        double wantedHz;
-    };
-    const Case cases[] = {
-        {8, 0, 1, 1, 120, 8}, {1, 1, 1, 4, 90, 6}, {1, 1, 3, 4, 180, 4}, {99, 0, 1, 1, 120, 50}};
-    for (const Case& c : cases) {
+    for (const auto& [hz, sync, mul, div, tempo, wantedHz] :
+         Rows<float, int, int, int, float, double>{{8, 0, 1, 1, 120, 8},
+                                                   {1, 1, 1, 4, 90, 6},
+                                                   {1, 1, 3, 4, 180, 4},
+                                                   {99, 0, 1, 1, 120, 50}}) {
         SoundBench b;
-        b.host.host->tempoNow = c.tempo;
+        b.host.host->tempoNow = tempo;
         CWavSound* s = addConstant(b);
         CLFO& l = *s->lfo[2];
-        l.rate = c.hz;
-        l.sync = c.sync;
-        l.mul = c.mul;
-        l.div = c.div;
+        l.rate = hz;
+        l.sync = sync;
+        l.mul = mul;
+        l.div = div;
         l.delay = 100;
         CVoice* v = b.play(s, 60);
         b.render(v, 4410);
         EXPECT_EQ(v->lfoStages[2].phase, 0.0) << "it waits";
         b.render(v, 44100 / 80);
-        EXPECT_NEAR(v->lfoStages[2].phase, c.wantedHz * int(44100 / 80) / 44100, 1e-9);
+        EXPECT_NEAR(v->lfoStages[2].phase, wantedHz * int(44100 / 80) / 44100, 1e-9);
     }
 }
 
@@ -232,30 +226,26 @@ TEST(CLFO, RestartChoosesItsPhase) {
 /// out of the list, as a file may hold them, do nothing.
 TEST(CMod, SourcesMoveTheirTargets) {
     constexpr double velocity = 32 / 127.0, away = 2 * velocity - 1;
-    struct Case {
-        int target;
-        float amount;
-        double semitones, volume, pan;
-    };
-    const Case cases[] = {{targetPitch, 12, 12 * away, 1, 0},
-                          {targetVolume, 0.5f, 0, 1 + 0.5 * (velocity - 1), 0},
-                          {targetVolume, -0.5f, 0, 1 - 0.5 * (velocity - 1), 0},
-                          {targetPan, 0.5f, 0, 1, 0.5 * away},
-                          {0, 1, 0, 1, 0},
-                          {-1, 1, 0, 1, 0},
-                          {10, 1, 0, 1, 0},
-                          {1 << 30, 1, 0, 1, 0}};
-    for (const Case& c : cases) {
+    for (const auto& [target, amount, semitones, volume, pan] :
+         Rows<int, float, double, double, double>{
+             {targetPitch, 12, 12 * away, 1, 0},
+             {targetVolume, 0.5f, 0, 1 + 0.5 * (velocity - 1), 0},
+             {targetVolume, -0.5f, 0, 1 - 0.5 * (velocity - 1), 0},
+             {targetPan, 0.5f, 0, 1, 0.5 * away},
+             {0, 1, 0, 1, 0},
+             {-1, 1, 0, 1, 0},
+             {10, 1, 0, 1, 0},
+             {1 << 30, 1, 0, 1, 0}}) {
         SoundBench b;
         CWavSound* s = addConstant(b);
-        s->vel->setSlot(1, c.target, c.amount);
+        s->vel->setSlot(1, target, amount);
         CVoice* v = b.play(s, 60, 32);
         std::vector<float> right;
         const auto left = b.render(v, 4000, &right);
-        const double gain = c.volume * c.volume;
-        EXPECT_NEAR(double(left[3000]), gain * (1 - c.pan / 2), 1e-5) << c.target;
-        EXPECT_NEAR(double(right[3000]), gain * (1 + c.pan), 1e-5) << c.target;
-        EXPECT_NEAR(v->pos, 4000 * std::pow(2, c.semitones / 12), 1e-2) << c.target;
+        const double gain = volume * volume;
+        EXPECT_NEAR(double(left[3000]), gain * (1 - pan / 2), 1e-5) << target;
+        EXPECT_NEAR(double(right[3000]), gain * (1 + pan), 1e-5) << target;
+        EXPECT_NEAR(v->pos, 4000 * std::pow(2, semitones / 12), 1e-2) << target;
     }
 }
 

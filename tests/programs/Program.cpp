@@ -50,7 +50,7 @@ bool Program::ended() {
 
 int Program::wait() {
     for (int patience = 0; patience < 6; patience++)
-        if (waitFor([this] { return ended(); })) break;
+        if (comes([this] { return ended(); })) break;
     return status;
 }
 

@@ -47,7 +47,7 @@ constexpr Area wholeBar = {0, 46, 700, 56};
 class Desk {
 public:
     Desk() {
-        waitFor([&] { return server.out().find('\n') != std::string::npos || !server.running(); });
+        comes([&] { return server.out().find('\n') != std::string::npos || !server.running(); });
         const std::string name = ":" + server.out().substr(0, server.out().find('\n'));
         setenv("DISPLAY", name.c_str(), 1);
         display = XOpenDisplay(name.c_str());
@@ -67,7 +67,7 @@ public:
         XSync(display, False);
         std::vector<unsigned long> last;
         int same = 0;
-        return waitFor([&] {
+        return comes([&] {
             auto now = look(wholeBar);
             same = now == last && std::set(now.begin(), now.end()).size() > 4 ? same + 1 : 0;
             last = std::move(now);
@@ -117,11 +117,11 @@ TEST(WindowProgram, PlaysRewindsAndKeepsItsPlace) {
     ASSERT_TRUE(desk.findWindow()) << program.err();
     const auto silence = desk.look(masterMeter), start = desk.look(position);
     desk.key("space");
-    EXPECT_TRUE(waitFor([&] { return desk.look(masterMeter) != silence; })) << "nothing sounds";
-    EXPECT_TRUE(waitFor([&] { return desk.look(position) != start; })) << "it stands still";
+    EXPECT_TRUE(comes([&] { return desk.look(masterMeter) != silence; })) << "nothing sounds";
+    EXPECT_TRUE(comes([&] { return desk.look(position) != start; })) << "it stands still";
     desk.key("space");
     desk.key("Home");
-    EXPECT_TRUE(waitFor([&] { return desk.look(position) == start; })) << "not at the start";
+    EXPECT_TRUE(comes([&] { return desk.look(position) == start; })) << "not at the start";
     EXPECT_TRUE(program.running());
     desk.closeWindow();
     EXPECT_EQ(program.wait(), 0) << program.err();
@@ -152,7 +152,7 @@ TEST(WindowProgram, PlaysIntoJack) {
     ASSERT_TRUE(desk.findWindow()) << program.err();
     const auto silence = desk.look(masterMeter);
     desk.key("space");
-    EXPECT_TRUE(waitFor([&] { return desk.look(masterMeter) != silence; })) << "nothing sounds";
+    EXPECT_TRUE(comes([&] { return desk.look(masterMeter) != silence; })) << "nothing sounds";
     Program speaker({"jack_lsp", "-c", "system:playback_1"}), block({"jack_bufsize"});
     EXPECT_EQ(speaker.wait() + block.wait(), 0);
     EXPECT_NE(speaker.out().find("\n   "), std::string::npos) << "nothing is joined to it";

@@ -139,22 +139,6 @@ TEST(RecoveryFile, BelongsToOneSession) {
     EXPECT_EQ(folder.read("song.recovery2.qv~"), "a later one");
 }
 
-TEST(AutoSave, AnUnsavedProjectIsCopiedBesideTheSettings) {
-    ProjectFixture f;
-    TempFolder folder;
-    inifile = folder.file("Sondrava.ini");
-    AutoSave autoSave(f.project);
-    f.host->setModified();
-    autoSave.idle(5000);
-    ASSERT_TRUE(finish(autoSave));
-    const CStr copy = AutoSave::recoveryFile("");
-    EXPECT_EQ(extractFilePath(copy), folder.path + "/");
-    EXPECT_TRUE(fileExists(copy));
-    autoSave.discard();
-    EXPECT_FALSE(fileExists(copy));
-    inifile = "";
-}
-
 /// Saved elsewhere without success, the project still has its copy, until there is one under its
 /// new name, or beside the settings if there is no room; that one knows whose it is.
 TEST(AutoSave, ACopyGoesNoSoonerThanTheNextIsThere) {

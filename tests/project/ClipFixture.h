@@ -9,6 +9,7 @@
 #include "project/ClipFiles.h"
 #include "project/SongSounds.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 
@@ -107,13 +108,18 @@ struct ClipFixture : ProjectFixture {
     CPart* drop(const std::string& bytes, CSongTrack* onto = nullptr, int tick = 0) {
         return dropClip(seq, onto, tick, put("dropped.qvc", bytes));
     }
-    void undo() {
-        host->undoClicked();
-        host->settle();
-    }
-    void redo() {
-        host->redoClicked();
-        host->settle();
+    void undo() { device.undo(); }
+    void redo() { device.redo(); }
+    /// The last step changes the project, and leads back and forth.
+    void expectStep(const std::string& before) {
+        const std::string after = save();
+        EXPECT_TRUE(after != before);
+        for (int i = 0; i < 2; ++i) {
+            undo();
+            EXPECT_TRUE(save() == before);
+            redo();
+            EXPECT_TRUE(save() == after);
+        }
     }
     /// A block off the device, which leaves the song to the interface.
     void runAlone() {
@@ -133,6 +139,10 @@ struct ClipFixture : ProjectFixture {
         std::vector<float> all = device.left;
         all.insert(all.end(), device.right.begin(), device.right.end());
         return all;
+    }
+    bool sounds() {
+        const std::vector<float> all = play(40);
+        return std::ranges::any_of(all, [](float v) { return std::abs(v) > 0.01f; });
     }
 };
 

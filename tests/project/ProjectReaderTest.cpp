@@ -3,6 +3,7 @@
 #include "engine/CGroupCh.h"
 #include "engine/CompBlocks.h"
 #include "instruments/CSampler.h"
+#include "support/Rows.h"
 
 using namespace qvf;
 
@@ -128,10 +129,9 @@ TEST(ProjectReader, WhatIsNoProjectLeavesTheOneThatIsOpen) {
     for (const std::string& bytes :
          {std::string(), number(3), text("QVG") + item("loop", number(1)), text("QVFX"),
           number(-1)}) {
-        const CStr path = folder.write("odd.qv", bytes);
-        EXPECT_EQ(openProject(f.project, path, false), LoadResult::notProject);
-        EXPECT_EQ(f.host->projectFile, "/tmp/mine.qv");
-        EXPECT_EQ(f.host->id, "mine");
+        EXPECT_EQ(openProject(f.project, folder.write("odd.qv", bytes), false),
+                  LoadResult::notProject);
+        EXPECT_TRUE(f.host->projectFile == "/tmp/mine.qv" && f.host->id == "mine");
     }
     EXPECT_EQ(shown, std::vector<std::string>{});
 }
@@ -155,9 +155,7 @@ TEST(ProjectReader, LimitsHoldAndAreTold) {
     std::string cables;
     for (int i = 0; i < 40 * 62; ++i)
         for (const int to : {0, 1}) cables += cable("ac", 0, i / 62 + 1, i % 62, 0, to, 0);
-    const struct {
-        std::string leftOut, items;
-    } cases[] = {
+    const Rows<std::string, std::string> cases = {
         {"channels, ports", group + times(400, out + item("min"))},
         {"channels", times(17, group + times(255, out))},
         {"sends", times(33, bus + out + item("ain", number(2))) + cable("ac", 2, 32, 0, 0, 0, 0)},
@@ -169,13 +167,13 @@ TEST(ProjectReader, LimitsHoldAndAreTold) {
                                          times(320000, text("") + real(1) + bytes({16, 1, 2, 0})))},
         {"automation, parts", comp("comp2", 4, 1, "P", parts)},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.leftOut);
+    for (const auto& [leftOut, items] : cases) {
+        SCOPED_TRACE(leftOut);
         ProjectFixture f;
-        ASSERT_EQ(f.load(file(audioOut + c.items)), LoadResult::good);
+        ASSERT_EQ(f.load(file(audioOut + items)), LoadResult::good);
         EXPECT_EQ(shown, std::vector<std::string>{"Error: The project holds more than can be "
                                                   "loaded. Left out: " +
-                                                  c.leftOut});
+                                                  leftOut});
         EXPECT_LE(f.host->sends.getCount(), 32);
         EXPECT_LE(f.host->comps.getCount(), 1024);
         EXPECT_LE(f.comp(1) ? f.comp(1)->outputs.getCount() : 0, 255);

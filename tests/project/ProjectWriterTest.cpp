@@ -6,6 +6,7 @@
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CSampler.h"
+#include "support/Rows.h"
 
 namespace {
 
@@ -108,7 +109,6 @@ Saved::Saved() {
 
 } // namespace
 
-/// Saved, loaded and saved again gives the same bytes, and the same sound.
 TEST(ProjectWriter, AProjectComesBackAsItWas) {
     const Saved saved;
     ProjectFixture f;
@@ -121,7 +121,6 @@ TEST(ProjectWriter, AProjectComesBackAsItWas) {
     EXPECT_TRUE(sound == saved.sound);
 }
 
-/// The tracks of a song take their channels by position, whatever the file has of them.
 TEST(ProjectWriter, TracksGetTheirChannelsByPosition) {
     using namespace qvf;
     const Saved saved;
@@ -132,21 +131,16 @@ TEST(ProjectWriter, TracksGetTheirChannelsByPosition) {
         return other.replace(place, from.size(), to);
     };
     const std::string in = item("ain", number(2));
-    const struct {
-        const char* what;
-        std::string bytes;
-        int midiCables, audioCables; ///< that arrive at the sequencer
-    } cases[] = {
-        {"as saved", saved.bytes, 3, 2},
-        {"an input port less", change(item("min"), item("zzz")), 0, 2},
-        {"an input more", change(in, in + in), 3, 0},
-        {"an output more", change(in, item("aout", number(2)) + in), 3, 2},
-        {"an output port less", change(item("mout"), ""), 3, 2},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& [what, bytes, midiCables, audioCables] :
+         Rows<const char*, std::string, int, int>{
+             {"as saved", saved.bytes, 3, 2},
+             {"an input port less", change(item("min"), item("zzz")), 0, 2},
+             {"an input more", change(in, in + in), 3, 0},
+             {"an output more", change(in, item("aout", number(2)) + in), 3, 2},
+             {"an output port less", change(item("mout"), ""), 3, 2}}) {
+        SCOPED_TRACE(what);
         ProjectFixture f;
-        ASSERT_EQ(f.load(c.bytes), LoadResult::good);
+        ASSERT_EQ(f.load(bytes), LoadResult::good);
         auto* seq = static_cast<CSeq*>(f.host->firstOfType(compSeq));
         ASSERT_TRUE(seq && seq->tracks.getCount() == 6);
         for (auto* track : each<CTrack>(seq->tracks)) {
@@ -156,10 +150,9 @@ TEST(ProjectWriter, TracksGetTheirChannelsByPosition) {
             EXPECT_EQ(track->input() != nullptr, track->kind == trackAudio);
             EXPECT_EQ(track->outPort() != nullptr, plays && track->kind != trackDrum);
         }
-        EXPECT_EQ(seq->outputs.getCount(), 3);
-        EXPECT_EQ(seq->inPorts.getCount(), 5);
-        EXPECT_EQ(seq->midiCables.getCount(), c.midiCables);
-        EXPECT_EQ(seq->audioCables.getCount(), c.audioCables);
+        EXPECT_TRUE(seq->outputs.getCount() == 3 && seq->inPorts.getCount() == 5);
+        EXPECT_EQ(seq->midiCables.getCount(), midiCables);
+        EXPECT_EQ(seq->audioCables.getCount(), audioCables);
         f.device.run(3);
     }
 }

@@ -45,7 +45,6 @@ extern "C" int fsync(int fd) {
     return int(syscall(SYS_fsync, fd));
 }
 
-/// A later version takes the place of an earlier one, which stays beside it.
 TEST(Saving, ReplacesTheFileAndKeepsTheOneBefore) {
     ProjectFixture f;
     TempFolder folder;
@@ -90,7 +89,6 @@ TEST(Saving, FailureLeavesTheOldFileAlone) {
     inifile = "";
 }
 
-/// Killed at any moment while it saves, the program leaves one whole project under the name.
 TEST(Saving, SurvivesBeingKilled) {
     constexpr int kills = 40, longestUs = 30000;
     TempFolder folder;
@@ -227,7 +225,6 @@ TEST(Saving, AsksBeforeItReplacesWhatCannotComeBack) {
     }
 }
 
-/// A project is on the disk no sooner than the audio that it refers to.
 TEST(Saving, AudioIsOnTheDiskFirst) {
     ProjectFixture f;
     TempFolder folder;

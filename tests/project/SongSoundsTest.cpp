@@ -2,8 +2,7 @@
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
 #include "instruments/FactoryPrograms.h"
-
-#include <algorithm>
+#include "support/Rows.h"
 
 namespace {
 
@@ -34,10 +33,7 @@ struct ImportFixture : ClipFixture {
         }
         return text;
     }
-    bool sounds() {
-        const std::vector<float> all = play(40);
-        return std::ranges::any_of(all, [](float value) { return std::abs(value) > 0.01f; });
-    }
+
     int samplers() {
         int count = 0;
         for (auto* comp : each<CComp>(host->comps)) count += comp->type == compSampler;
@@ -49,24 +45,17 @@ struct ImportFixture : ClipFixture {
 
 /// Whatever is in the song already, what is imported is heard; one step takes it back whole.
 TEST(SongSounds, EveryImportIsHeard) {
-    struct Case {
-        const char* name;
-        int first, second;
-        std::string tracks;
-    };
-    const std::string first = factoryName(0);
-    const Case cases[] = {{"one channel", 0, 0, "instrument-1:" + first + " "},
-                          {"drums alone", 9, 9, "instrument-1:Drums "},
-                          {"both", 0, 9, "instrument-1:" + first + " Drums:Drums "}};
-    for (bool begun : {false, true})
-        for (const Case& c : cases) {
-            SCOPED_TRACE(std::string(c.name) + (begun ? " in a song" : ""));
+    const std::string piano = "instrument-1:" + std::string(factoryName(0)) + " ";
+    for (const bool begun : {false, true})
+        for (const auto& [first, second, tracks] : Rows<int, int, std::string>{
+                 {0, 0, piano}, {9, 9, "instrument-1:Drums "}, {0, 9, piano + "Drums:Drums "}}) {
+            SCOPED_TRACE(tracks + (begun ? " in a song" : ""));
             ImportFixture f;
             if (begun) f.addNotes(f.track(trackMIDI))->pos = 0;
             if (begun) static_cast<CTrack*>(f.seq->tracks.items(0))->id = "Mine";
             f.host->loop = f.seq->getProg()->loop = 1;
-            EXPECT_EQ(f.import(midiFile(c.first, c.second)), MidiSongResult::good);
-            EXPECT_EQ(f.tracks(begun), c.tracks);
+            EXPECT_EQ(f.import(midiFile(first, second)), MidiSongResult::good);
+            EXPECT_EQ(f.tracks(begun), tracks);
             EXPECT_TRUE(f.sounds());
             // A song that only begins with it does not repeat its first bar for ever.
             EXPECT_EQ(f.seq->getLoop(), begun);

@@ -6,6 +6,7 @@
 #include "instruments/CLayer.h"
 #include "sequencer/AudioVoices.h"
 #include "sequencer/ClipTimes.h"
+#include "support/Rows.h"
 
 #include <cmath>
 
@@ -102,36 +103,33 @@ TEST(AudioPlayback, AClipIsHeardFrameByFrame) {
 /// Pitch and length of 440 Hz in 44100 frames, by mode. Half a second are 960 ticks. The last
 /// source frame ends a voice; where it falls between two frames, either does.
 TEST(AudioPlayback, TheModesKeepWhatTheyPromise) {
-    struct Case {
-        int mode, ticks, semitones, sampleRate, reverse;
-        double hz, frames;
-    };
-    const Case cases[] = {
-        {playRepitch, 0, -5, 44100, 1, 440 * std::exp2(-5 / 12.0), 44100 * std::exp2(5 / 12.0)},
-        {playRepitch, 0, 0, 22050, 0, 440, 88200},
-        {playResample, 960, 7, 44100, 0, 880, 22050}, // transposition has no part in it
-        {playResample, 3840, 0, 44100, 1, 220, 88200},
-        {playStretch, 1280, 0, 44100, 1, 440, 29400},
-        {playStretch, 2880, -12, 48000, 0, 220, 66150}};
     constexpr int block = 1024;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(std::to_string(c.mode) + " " + std::to_string(c.ticks));
+    for (const auto& [mode, ticks, semitones, sampleRate, reverse, hz, frames] :
+         Rows<int, int, int, int, int, double, double>{
+             {playRepitch, 0, -5, 44100, 1, 440 * std::exp2(-5 / 12.0),
+              44100 * std::exp2(5 / 12.0)},
+             {playRepitch, 0, 0, 22050, 0, 440, 88200},
+             {playResample, 960, 7, 44100, 0, 880, 22050}, // transposition has no part in it
+             {playResample, 3840, 0, 44100, 1, 220, 88200},
+             {playStretch, 1280, 0, 44100, 1, 440, 29400},
+             {playStretch, 2880, -12, 48000, 0, 220, 66150}}) {
+        SCOPED_TRACE(std::to_string(mode) + " " + std::to_string(ticks));
         AudioFixture f;
-        CAudioEvent* e = f.clip(f.sine(44100, c.sampleRate), c.mode, c.ticks);
-        e->semitones = c.semitones;
-        e->reverse = static_cast<unsigned char>(c.reverse);
+        CAudioEvent* e = f.clip(f.sine(44100, sampleRate), mode, ticks);
+        e->semitones = semitones;
+        e->reverse = static_cast<unsigned char>(reverse);
         f.place(0, e);
         f.play(block);
         int played = block;
         for (; f.voice().tail == 0 && f.voices() && played < 200000; played++) f.device.run(1, 1);
         // Ticks last as long as it takes from the first source frame to the last.
-        const double speed = (c.mode == playRepitch ? 44100 : 44099) / c.frames;
-        const int slack = c.mode == playStretch ? block : 0;
+        const double speed = (mode == playRepitch ? 44100 : 44099) / frames;
+        const int slack = mode == playStretch ? block : 0;
         EXPECT_GE(played, std::floor(44099 / speed) - slack);
         EXPECT_LE(played, std::ceil(44100 / speed - 1e-6) + slack);
-        const int middle = int(c.frames / 2), reach = int(c.frames / 4);
-        EXPECT_LT(cents(pitchOf(f.device.left, middle - reach, middle + reach), c.hz),
-                  c.mode == playStretch ? 3 : 1);
+        const int middle = int(frames / 2), reach = int(frames / 4);
+        EXPECT_LT(cents(pitchOf(f.device.left, middle - reach, middle + reach), hz),
+                  mode == playStretch ? 3 : 1);
     }
 }
 

@@ -1,7 +1,7 @@
 #include "SongFixture.h"
+#include "support/Rows.h"
 
 #include <algorithm>
-#include <cmath>
 #include <random>
 
 /// Of two events at one tick the newer goes last; each delta counts from the event before.
@@ -24,13 +24,10 @@ TEST(CPart, EventsKeepTheOrderOfInsertionAtOneTick) {
 
 /// Of two points at one tick the newer goes first, but never before the first point of all.
 TEST(CPart, PointsStandInReverseOrderAtOneTick) {
-    const std::pair<Ticks, Ticks> cases[] = {
-        {{{0, 1}, {50, 2}, {50, 3}, {90, 4}}, {{0, 1}, {50, 3}, {50, 2}, {90, 4}}},
-        {{{50, 1}, {50, 2}, {50, 3}}, {{50, 1}, {50, 3}, {50, 2}}},
-        {{{50, 1}, {20, 2}}, {{20, 2}, {50, 1}}},
-        {{{10, 1}, {-20, 2}}, {{-20, 2}, {10, 1}}},
-    };
-    for (const auto& [added, expected] : cases) {
+    for (const auto& [added, expected] : Rows<Ticks, Ticks>{
+             {{{0, 1}, {50, 2}, {50, 3}, {90, 4}}, {{0, 1}, {50, 3}, {50, 2}, {90, 4}}},
+             {{{50, 1}, {50, 2}, {50, 3}}, {{50, 1}, {50, 3}, {50, 2}}},
+             {{{10, 1}, {-20, 2}}, {{-20, 2}, {10, 1}}}}) {
         CMIDIPart part;
         for (const auto& [tick, percent] : added)
             part.addEventParam(tick, createEnvEvent(nullptr, float(percent) / 100.0f), 9);
@@ -54,38 +51,5 @@ TEST(CPart, SlotsAndPointersEndWhereTheRoomEnds) {
         int added = 0;
         while (added < 200 && part.addPlay()) added++;
         EXPECT_EQ(added, pointers) << slots;
-    }
-}
-
-TEST(CPart, AGhostSharesContentAndNothingElse) {
-    CMIDIPart master, ghost;
-    ghost.ghostOf = &master;
-    ghost.pos = 500;
-    ghost.addEvent(30, note(64));
-    ghost.addEventParam(40, createEnvEvent(nullptr, 0.5f), 2);
-    master.addEvent(10, note(60));
-    EXPECT_EQ(notesOf(&ghost), (Ticks{{10, 60}, {30, 64}}));
-    EXPECT_EQ(pointsOf(&master, 2), (Ticks{{40, 50}}));
-    EXPECT_EQ(ghost.events, nullptr);
-    master.getEvents()->flags = eventSelected;
-    ghost.deleteSelected();
-    EXPECT_EQ(notesOf(&master).size(), 2u);
-    const std::unique_ptr<CPart> twin(ghost.copy(0));
-    EXPECT_EQ(twin->ghostOf, &master);
-    EXPECT_EQ(twin->events, nullptr);
-}
-
-TEST(Points, HostileValuesAreClamped) {
-    CTempoPart tempo;
-    for (const auto& [given, kept] :
-         {std::pair{-1e30f, 10.0f}, {1e30f, 250.0f}, {99.5f, 99.5f}, {std::nanf(""), 10.0f}}) {
-        tempo.setTempo(given);
-        EXPECT_EQ(tempo.getTempo(), kept) << given;
-    }
-    CTimesigPart timesig;
-    for (const auto& [given, kept] : {std::pair{0, 4}, {-7, 1}, {1 << 20, int(maxTimesig)}}) {
-        timesig.setTimesig(given, given);
-        EXPECT_EQ(timesig.getNum(), kept);
-        EXPECT_EQ(timesig.getDen(), kept);
     }
 }

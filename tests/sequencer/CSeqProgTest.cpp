@@ -1,4 +1,5 @@
 #include "SongFixture.h"
+#include "support/Rows.h"
 
 namespace {
 
@@ -49,32 +50,18 @@ TEST_F(CSeqProgTest, PointsEnterInOrderOfPosition) {
 TEST_F(CSeqProgTest, GridsBeginAnewAtASignature) {
     timesig(1000, 3, 8);
     timesig(5000, 2, 960);
-    struct Case {
-        int tick, grid, snapped, beat;
-    };
     // The beat is 960 / den * 4: 960 before the first point, 480 behind it, then 4.
-    const Case cases[] = {{999, 960, 960, 960},    {1000, 960, 1000, 1000},
-                          {1479, 960, 1000, 1480}, {1480, 960, 1960, 1480},
-                          {5003, 7, 5000, 5004},   {-600, 960, -960, -960}};
-    for (const Case& c : cases) {
-        EXPECT_EQ(prog()->snapTo(c.tick, c.grid), c.snapped) << c.tick;
-        EXPECT_EQ(prog()->snapToBeat(c.tick, 4, 4), c.beat) << c.tick;
+    for (const auto& [tick, grid, snapped, beat] :
+         Rows<int, int, int, int>{{999, 960, 960, 960},
+                                  {1000, 960, 1000, 1000},
+                                  {1479, 960, 1000, 1480},
+                                  {1480, 960, 1960, 1480},
+                                  {5003, 7, 5000, 5004},
+                                  {-600, 960, -960, -960}}) {
+        EXPECT_EQ(prog()->snapTo(tick, grid), snapped) << tick;
+        EXPECT_EQ(prog()->snapToBeat(tick, 4, 4), beat) << tick;
     }
     for (int den : {0, 5000}) EXPECT_EQ(prog()->snapToBeat(77, 4, den), 77) << "no whole tick";
-}
-
-TEST_F(CSeqProgTest, TheFirstMarkerChosenJumpsAndTheNextWaits) {
-    CMarkerPart *first = marker(960, 1920), *second = marker(4800, 960);
-    for (CMarkerPart* active : {first, second, second}) { // it stops at the end
-        prog()->playing = active == second;
-        prog()->nextMarker();
-        EXPECT_EQ(prog()->activeMarker, active);
-        EXPECT_EQ(prog()->playingMarker, first);
-        EXPECT_EQ(prog()->leftLocator, 960);
-        EXPECT_EQ(prog()->rightLocator, 2880);
-        EXPECT_EQ(prog()->pos, 960.0);
-    }
-    prog()->playing = 0;
 }
 
 TEST_F(CSeqProgTest, WhiteKeysChooseMarkers) {

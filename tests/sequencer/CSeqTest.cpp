@@ -64,19 +64,6 @@ TEST_F(CSeqTest, TracksEndWhereCablesCannotBeSaved) {
     EXPECT_EQ(Told::messages, std::vector<std::string>{"Error: Too many tracks"});
 }
 
-/// What a step adds is counted before it is linked.
-TEST_F(CSeqTest, AStepMayBuildAWholeTrack) {
-    step([&](CUndo* u) {
-        CSongTrack* made = seq->addTrack(trackMIDI, prog(), u);
-        CPart* part = made->addPart(midiPart(0), u);
-        for (int i = 0; i < 9; i++)
-            EXPECT_EQ(made->track->addLane(new CSubTrack("lane", laneAutomation), u)->slot, i);
-        EXPECT_GE(part->reservedSlots(), 9);
-        EXPECT_GE(made->addPart(midiPart(3840), u)->reservedSlots(), 9);
-        EXPECT_EQ(seq->addTrack(trackMIDI, prog(), u)->track->id, "instrument-2");
-    });
-}
-
 TEST_F(CSeqTest, RemovingATrackTakesItsCablesAlong) {
     CTrack* folder = track(trackFolder)->track;
     CSongTrack *audio = track(trackAudio), *midi = track(trackMIDI);
@@ -137,30 +124,6 @@ TEST_F(CSeqTest, LengthOfAClipFollowsItsSample) {
         part.multiclip = several;
         event->mode = !several;
         EXPECT_EQ(seq->getTicks(&part), 7) << several;
-    }
-}
-
-TEST_F(CSeqTest, AGhostIsMadeByAStepThatCanBeUndone) {
-    CSongTrack* songTrack = track(trackMIDI);
-    CPart* part = midiPart(960);
-    part->addEvent(10, note(60));
-    part->addEventParam(20, createEnvEvent(nullptr, 0.5f), 3);
-    songTrack->addPart(part, nullptr);
-    for (int users : {2, 3}) {
-        const std::string before = dump(seq);
-        CPart* ghost = nullptr;
-        step([&](CUndo* u) {
-            ghost = seq->makeGhost(part, u);
-            ghost->pos = 9600 * users;
-            songTrack->addPart(ghost, u);
-        });
-        ASSERT_EQ(seq->masterParts.getCount(), 1);
-        EXPECT_EQ(part->ghostOf, seq->masterParts.getFirst());
-        EXPECT_EQ(part->ghostOf->ghostCount, users);
-        EXPECT_EQ(part->events, nullptr) << "the events have moved";
-        EXPECT_EQ(notesOf(ghost), (Ticks{{10, 60}}));
-        EXPECT_EQ(pointsOf(ghost, 3), (Ticks{{20, 50}}));
-        expectReversible(before);
     }
 }
 

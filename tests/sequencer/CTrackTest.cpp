@@ -37,21 +37,6 @@ TEST_F(CTrackTest, SensitivityScalesTheDistanceFromFullStrength) {
     for (int msg : {0x3C90, 0x403C80, 0x4007B0}) EXPECT_EQ(midi->setVel(msg), msg);
 }
 
-TEST_F(CTrackTest, ScrollAndZoomStayInRange) {
-    const int most = 8 * 128 - 256 + 20;
-    for (const auto& [given, kept] : {std::pair{-5, 0}, {300, 300}, {INT_MAX, most}}) {
-        midi->setScroll(given);
-        EXPECT_EQ(midi->getScroll(), kept);
-    }
-    midi->openHeight = 5000;
-    midi->setScroll(100);
-    EXPECT_EQ(midi->getScroll(), 0) << "all notes fit";
-    midi->openHeight = 256;
-    midi->setScroll(384); // the middle is row 64 of 8 pixels
-    midi->setVertZoom(16);
-    EXPECT_EQ(midi->getScroll(), 64 * 16 - 128);
-}
-
 TEST_F(CTrackTest, LanesTakeTheLowestFreeSlotAndEndAt64) {
     CSongTrack* songTrack = prog()->songTrackOf(midi);
     CPart* part = songTrack->addPart(midiPart(0), nullptr);

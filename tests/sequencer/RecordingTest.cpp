@@ -45,14 +45,13 @@ protected:
 /// Runs blocks on a thread of their own, as fast as they go, with idle passes meanwhile.
 void runApart(TakeFixture& f, int blocks) {
     std::atomic<int> done{0};
-    std::thread thread([&] {
-        for (; done < blocks; done++) f.device.run();
+    const BlockThread thread([&] {
+        if (done < blocks) f.device.run(), done++;
     });
     for (int seen = 0; seen < blocks; f.host.idle()) {
-        while (done == seen) std::this_thread::yield();
+        ASSERT_TRUE(comes([&] { return done > seen; }));
         seen = done;
     }
-    thread.join();
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "base/Paths.h"
 #include "base/TempFolder.h"
 #include "sequencer/CSoundCloudAddOn.h"
+#include "support/Rows.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -108,30 +109,27 @@ struct Cancel : RenderUi {
 
 /// Another program finds the format that was chosen, and in it the samples that the song plays.
 TEST(RenderExport, WritesEveryFormat) {
-    struct Case {
-        const char *name, *made;
-        int format, rate, bits, chs;
-    };
-    for (const Case& c : {Case{"b.1", "b.1.wav", renderWav, 44100, 24, 1},
-                          {"c.wav", "c.wav", renderWav, 192000, 32, 2},
-                          {"d.wav", "d.aif", renderAiff, 48000, 16, 1},
-                          {"e.aif", "e.aif", renderAiff, 96000, 24, 2}}) {
+    for (const auto& [name, made, format, rate, bits, chs] :
+         Rows<const char*, const char*, int, int, int, int>{
+             {"b.1", "b.1.wav", renderWav, 44100, 24, 1},
+             {"c.wav", "c.wav", renderWav, 192000, 32, 2},
+             {"d.wav", "d.aif", renderAiff, 48000, 16, 1},
+             {"e.aif", "e.aif", renderAiff, 96000, 24, 2}}) {
         ExportFixture f;
-        f.render.format = c.format;
-        f.render.rate = c.rate;
-        f.render.bits = c.bits;
-        f.render.chs = c.chs;
-        ASSERT_EQ(f.exportTo(c.name), RenderResult::good) << c.name;
-        for (const auto& [question, answer] :
-             {std::pair{"-r", c.rate}, {"-c", c.chs}, {"-b", c.bits}})
-            EXPECT_EQ(f.printed(std::string("soxi ") + question, c.made),
+        f.render.format = format;
+        f.render.rate = rate;
+        f.render.bits = bits;
+        f.render.chs = chs;
+        ASSERT_EQ(f.exportTo(name), RenderResult::good) << name;
+        for (const auto& [question, answer] : {std::pair{"-r", rate}, {"-c", chs}, {"-b", bits}})
+            EXPECT_EQ(f.printed(std::string("soxi ") + question, made),
                       std::to_string(answer) + "\n");
-        const std::vector<float> values = f.values(c.made);
-        ASSERT_EQ(values.size(), size_t(c.rate / 2 * c.chs));
+        const std::vector<float> values = f.values(made);
+        ASSERT_EQ(values.size(), size_t(rate / 2 * chs));
         for (size_t i = 0; i < values.size(); i++) {
-            const auto at = [&](bool right) { return Tone::at(int64_t(i) / c.chs, right); };
-            const float tone = c.chs == 1 ? (at(false) + at(true)) / 2 : at(i % 2);
-            ASSERT_NEAR(values[i], tone, c.bits == 16 ? 5e-5 : 3e-7) << c.name << " " << i;
+            const auto at = [&](bool right) { return Tone::at(int64_t(i) / chs, right); };
+            const float tone = chs == 1 ? (at(false) + at(true)) / 2 : at(i % 2);
+            ASSERT_NEAR(values[i], tone, bits == 16 ? 5e-5 : 3e-7) << name << " " << i;
         }
         EXPECT_EQ(f.files(), 1);
     }
@@ -317,25 +315,22 @@ TEST(RenderExport, SharesByTheAddOn) {
         bool onRender(float) override { return true; }
         CStr getVerifier() override { return typed; }
     };
-    struct Case {
-        const char *code, *name, *sent, *message;
-    };
-    for (const Case& c : {Case{"right", " ", "untitled", ""},
-                          {"right", "Bad", "Bad", "Render: Could not upload file"},
-                          {"wrong", "Hymn", "", ""},
-                          {"", "Hymn", "", ""},
-                          {nullptr, "Hymn", "", "Render: Addon not loaded"}}) {
+    for (const auto& [code, name, sent, message] :
+         Rows<const char*, const char*, const char*, std::string>{
+             {"right", " ", "untitled", ""},
+             {"right", "Bad", "Bad", "Render: Could not upload file"},
+             {"wrong", "Hymn", "", ""},
+             {nullptr, "Hymn", "", "Render: Addon not loaded"}}) {
         ExportFixture f;
         AddOn addOn;
-        addOn.typed = c.code ? c.code : "";
+        addOn.typed = code ? code : "";
         f.render.upload = true;
-        f.render.multiTrack = 1;
-        f.render.addOn = c.code ? &addOn : nullptr;
-        f.render.songName = c.name;
-        const bool good = *c.sent && !*c.message;
-        EXPECT_EQ(exportSong(f.render, f.seq, &addOn) == RenderResult::good, good) << c.name;
-        EXPECT_EQ(addOn.sent, c.sent);
-        EXPECT_EQ(f.messages.empty() ? "" : f.messages[0], c.message);
+        f.render.addOn = code ? &addOn : nullptr;
+        f.render.songName = name;
+        const bool good = exportSong(f.render, f.seq, &addOn) == RenderResult::good;
+        EXPECT_EQ(good, *sent && message.empty()) << name;
+        EXPECT_EQ(addOn.sent, sent);
+        EXPECT_EQ(f.messages.empty() ? "" : f.messages[0], message);
         std::filesystem::remove(f.render.filename.asChar());
     }
 }
@@ -353,18 +348,12 @@ TEST(RenderExport, KeepsChoices) {
     f.host.projectFile = "/songs/no.1.qv";
     CRender other(&f.host, f.seq);
     other.chooseUsual();
-    EXPECT_EQ(other.filename, "/songs/no.1");
-    EXPECT_EQ(std::tuple(other.bits, other.rate, other.format), std::tuple(24, 96000, 2));
-    EXPECT_EQ(other.tailMs, 0);
+    EXPECT_TRUE(other.filename == "/songs/no.1" && other.tailMs == 0);
     CIniFile(inifile).writeString("render", "tail", "");
     other.chooseUsual();
     EXPECT_EQ(other.tailMs, tailAuto);
-    for (const auto& [key, value] : {std::pair{"bits", 20},
-                                     {"tail", -2},
-                                     {"rate", 7999},
-                                     {"ext", 3},
-                                     {"bitrate", 321},
-                                     {"source", -1}})
+    for (const auto& [key, value] : Rows<const char*, int>{
+             {"bits", 20}, {"tail", -2}, {"rate", 7999}, {"ext", 3}, {"bitrate", 321}})
         CIniFile(inifile).writeInteger("render", key, value);
     other.readSettings();
     EXPECT_EQ(std::tuple(other.bits, other.rate, other.format), std::tuple(24, 96000, 2));

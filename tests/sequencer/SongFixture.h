@@ -1,7 +1,6 @@
 #pragma once
 
 #include "audiofiles/CSample.h"
-#include "base/Messages.h"
 #include "engine/Cables.h"
 #include "engine/MidiBytes.h"
 #include "sequencer/CSeq.h"
@@ -9,6 +8,7 @@
 #include "sequencer/Points.h"
 #include "support/RtTrap.h"
 #include "support/TestHost.h"
+#include "support/Told.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -64,14 +64,8 @@ struct SongFixture {
         edit(undo);
         host.undoEnd(undo, true);
     }
-    void undo() {
-        host.undoClicked();
-        host.settle();
-    }
-    void redo() {
-        host.redoClicked();
-        host.settle();
-    }
+    void undo() { device.undo(); }
+    void redo() { device.redo(); }
 };
 
 /// Stands where an instrument would: `play` is called once per block, with what came in its port.
@@ -89,22 +83,6 @@ public:
         play(frames);
     }
     virtual void play(int) {}
-};
-
-/// Keeps what the user is told, as "title: text", instead of showing it.
-struct Told {
-    static inline std::vector<std::string> messages;
-
-    Told() {
-        messages.clear();
-        messageHooks().showMsg = [](CWin*, const CStr& title, const CStr& text, int flags) {
-            messages.push_back((title + ": " + text).asChar());
-            return answerOfEscape(flags);
-        };
-    }
-    ~Told() { messageHooks() = MessageHooks(); }
-    Told(const Told&) = delete;
-    Told& operator=(const Told&) = delete;
 };
 
 inline CPart* midiPart(int pos, int length = barTicks) {

@@ -1,9 +1,6 @@
 #include "SongFixture.h"
 
-#include <atomic>
-#include <chrono>
 #include <random>
-#include <thread>
 
 namespace {
 
@@ -13,36 +10,6 @@ public:
     using TestInstrument::TestInstrument;
     void play(int) override { heard += inPort()->count; }
     std::atomic<long> heard{0};
-};
-
-/// Blocks one after the other on a thread of their own.
-class AudioThread {
-public:
-    explicit AudioThread(TestHost& device)
-        : thread([this, &device] {
-              for (; !ended; blocks++) {
-                  device.run();
-                  device.forget();
-              }
-          }) {}
-    ~AudioThread() {
-        ended = true;
-        thread.join();
-    }
-
-    /// Returns when another block has run, so that edits and blocks really meet.
-    bool waitForBlock() const {
-        const long before = blocks;
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (blocks == before && std::chrono::steady_clock::now() < deadline)
-            std::this_thread::yield();
-        return blocks != before;
-    }
-
-private:
-    std::atomic<long> blocks{0};
-    std::atomic<bool> ended{false};
-    std::thread thread; // last: it uses the others
 };
 
 struct StressedSong : SongFixture {
@@ -146,11 +113,14 @@ private:
 TEST(Song, IsEditedWhileItPlays) {
     StressedSong song;
     const std::string start = song.text();
-    AudioThread audio(song.device);
+    const BlockThread audio([&song] {
+        song.device.run();
+        song.device.forget();
+    });
     for (int i = 0; i < 1500; i++) {
         song.act();
         song.host.idle();
-        ASSERT_TRUE(audio.waitForBlock());
+        ASSERT_TRUE(audio.next());
     }
     song.host.settle();
     const auto redoAll = [&song] {

@@ -70,17 +70,3 @@ TEST(TempoMap, EdgesOfTheConversions) {
     EXPECT_EQ(tempoFramesToTicks(none.list, 120.0f, 0.0, 36000.0 * 96000, 96000), 36000.0 * 1920)
         << "ten hours in one stretch";
 }
-
-TEST(TempoMap, Snaps) {
-    struct Case {
-        int grid, value;
-        bool round;
-        int expected;
-    };
-    const Case cases[] = {
-        {240, -130, true, -240}, {240, -119, true, 0}, {240, 120, true, 240},
-        {240, 119, true, 0},     {240, 239, false, 0}, {240, -239, false, 0},
-        {1, 77, true, 77},       {0, 77, true, 77},    {1 << 30, INT_MAX, true, INT_MAX}};
-    for (const Case& c : cases)
-        EXPECT_EQ(snapped(c.grid, c.value, c.round), c.expected) << c.grid << ' ' << c.value;
-}

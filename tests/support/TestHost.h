@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Deadline.h"
 #include "base/Paths.h"
 #include "driver/libaam.h"
 #include "engine/CQV.h"
@@ -7,7 +8,35 @@
 #include "engine/DeviceComps.h"
 
 #include <algorithm>
+#include <atomic>
+#include <functional>
+#include <thread>
 #include <vector>
+
+/// Runs something again and again on a thread of its own, as long as it lives.
+class BlockThread {
+public:
+    explicit BlockThread(const std::function<void()>& block)
+        : thread([this, block] {
+              for (; !stop; ++runs, std::this_thread::yield()) block();
+          }) {}
+    ~BlockThread() {
+        stop = true;
+        thread.join();
+    }
+    BlockThread(const BlockThread&) = delete;
+    BlockThread& operator=(const BlockThread&) = delete;
+    /// Waits until it has run once more, so that it really meets what comes between.
+    bool next() const {
+        const long before = runs;
+        return comes([&] { return runs != before; });
+    }
+
+private:
+    std::atomic<bool> stop{false};
+    std::atomic<long> runs{0};
+    std::thread thread; // last: it uses the others
+};
 
 /// A host without a driver: blocks run when the test asks for them, through the same callback that
 /// a driver module would call. It has the device components of a new project, of which the audio
@@ -59,6 +88,14 @@ public:
         left.clear();
         right.clear();
         sent.clear();
+    }
+    void undo() const {
+        host->undoClicked();
+        host->settle();
+    }
+    void redo() const {
+        host->redoClicked();
+        host->settle();
     }
     /// A message that comes in with the next block.
     void send(int data, int device = 0) { waiting.push_back({data, int8_t(device), {}, 0}); }

@@ -14,13 +14,3 @@ TEST(CBitcrusher, FollowsItsFormulasInAnyCut) {
                 expectLikePlain(fx, plain, 5000, block, 1e-7, std::to_string(bits));
             }
 }
-
-TEST(CBitcrusher, RoundsHalvesUpAndNothingElse) {
-    CBitcrusher fx(44100, 0);
-    fx.setBits(1);
-    fx.setDegrade(1);
-    Stereo sound(4);
-    sound.left = {-0.75f, -0.25f, 0.24999999f, 0.25f};
-    runFx(fx, sound, sound, 4);
-    EXPECT_EQ(sound.left, (std::vector{-0.5f, 0.0f, 0.0f, 0.5f}));
-}

@@ -72,16 +72,6 @@ TEST(CFX, SweepsKeepTimeAndHaveTheirWaves) {
     expectNear(sweep<CPhaser>(0, 0, 2, 90), sweep<CPhaser>(0, 0, 1, 45), 1e-5, "sawtooth");
 }
 
-/// Without lines of their own they make no sound, not even the dry one.
-TEST(CFX, NothingSoundsWithoutLines) {
-    CDelay delay(44100, 0);
-    CChorus chorus(44100, 0);
-    Stereo in = fxSignal(100), out(100);
-    runFx(delay, in, out, 100);
-    runFx(chorus, in, out, 100);
-    EXPECT_EQ(out.left, Stereo(100).left);
-}
-
 /// No setting, however wild, leads out of a line or a table: the sanitizers watch.
 TEST(CFX, WildSettingsStayInBounds) {
     CDelay delay(192000, 0);
