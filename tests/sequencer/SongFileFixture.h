@@ -75,7 +75,7 @@ struct SongFileFixture : SongFixture {
         const int end = stream.pos();
         stream.write("tail", 4);
         stream.setPos(4);
-        const GraphHold hold(&host);
+        const Standstill still(&host); // the workers as well
         replace(new CSeq(&host));
         seq->read(&stream, end);
         EXPECT_EQ(stream.pos(), end);
@@ -85,7 +85,7 @@ struct SongFileFixture : SongFixture {
 
     /// Puts another song, owned from then on, in the place of this one.
     void replace(CSeq* other) {
-        const GraphHold hold(&host);
+        const Standstill still(&host);
         host.comps.replace(seq, other);
         dropCables(&host, ForgetSet(seq));
         delete seq;
