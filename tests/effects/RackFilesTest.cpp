@@ -3,62 +3,42 @@
 #include "base/CStream.h"
 #include "base/TempFolder.h"
 #include "effects/CEffect.h"
+#include "support/Blocks.h"
 #include "support/TestHost.h"
 
 #include <numeric>
 #include <random>
-#include <variant>
 
 namespace {
 
-using Value = std::variant<int, float>;
-
 /// A rack's file, block by block.
-struct RackFile : CMemoryStream {
-    RackFile& put(Value value) {
-        if (const int* whole = std::get_if<int>(&value))
-            writeInt(*whole);
-        else
-            writeFloat(std::get<float>(value));
-        return *this;
+struct RackFile : Blocks {
+    template <class T>
+    RackFile& value(const char* name, T value) {
+        return block(name, Blocks().v(value)), *this;
     }
-    RackFile& zeros(int words) {
-        for (int i = 0; i < words; i++) writeInt(0);
-        return *this;
+    RackFile& prog(const char* name) { return block("prog", Blocks().s(name).zeros(8)), *this; }
+    template <class... T>
+    RackFile& fx(int type, int on, float dry, float wet, T... settings) {
+        constexpr int rest = 16 - int(sizeof...(T));
+        return block("fx", Blocks().i(type, on).f(dry, wet).v(settings...).zeros(rest)), *this;
     }
-    RackFile& block(const char* name, Value value) {
-        writeId(name, 4);
-        return put(value);
-    }
-    RackFile& prog(const CStr& name) {
-        writeId("prog", name.length() + 36);
-        writeStr(name);
-        return zeros(8);
-    }
-    RackFile& fx(int type, int on, float dry, float wet, std::initializer_list<Value> settings) {
-        writeId("fx", 80);
-        put(type).put(on).put(dry).put(wet);
-        for (const Value& setting : settings) put(setting);
-        return zeros(16 - int(settings.size()));
-    }
-    std::string bytes() const { return {data, data + size}; }
 };
 
 /// Every setting of every kind, none at its default.
 std::string everything() {
     RackFile f;
-    f.block("progi", 1).prog("First");
-    f.fx(fxDelay, 1, 0.1f, 0.2f, {0.3f, 0, 3, 8, 5, 16, 120.0f, 340.0f, 0.25f});
-    f.fx(fxReverb, 0, 0.3f, 0.4f, {55, 4321.0f}).block("reverbSize", 4321);
-    f.fx(fxChorus, 1, 0.5f, 0.6f, {30.0f, 0.75f, 45.0f, -0.5f, 1.5f});
-    f.fx(fxPhaser, 0, 0.7f, 0.8f, {0.5f, 0.25f, 90.0f, 300.0f, 5000.0f});
-    f.prog("").prog("Third program").fx(fxBitcrusher, 1, 1, 1, {9, 17});
-    f.fx(fxFilter, 1, 1, 1, {2, 0.5f, 0.75f});
-    f.fx(fxCompressor, 0, 1, 1, {-30.0f, 0.25f, 12.0f, 345.0f, -3.0f});
-    f.fx(fxGuitarAmp, 1, 1, 1,
-         {2, 0.1f, 0.2f, 0.3f, 0.4f, 0.15f, 0.25f, 0.35f, 0.45f, 0.55f, 0.65f, 0.75f, 0.85f, 0.95f,
-          0.05f, 0.125f});
-    return f.block("ampDrive2", 0.875f).zeros(16).bytes();
+    f.value("progi", 1).prog("First");
+    f.fx(fxDelay, 1, 0.1f, 0.2f, 0.3f, 0, 3, 8, 5, 16, 120.0f, 340.0f, 0.25f);
+    f.fx(fxReverb, 0, 0.3f, 0.4f, 55, 4321.0f).value("reverbSize", 4321);
+    f.fx(fxChorus, 1, 0.5f, 0.6f, 30.0f, 0.75f, 45.0f, -0.5f, 1.5f);
+    f.fx(fxPhaser, 0, 0.7f, 0.8f, 0.5f, 0.25f, 90.0f, 300.0f, 5000.0f);
+    f.prog("").prog("Third program").fx(fxBitcrusher, 1, 1, 1, 9, 17);
+    f.fx(fxFilter, 1, 1, 1, 2, 0.5f, 0.75f);
+    f.fx(fxCompressor, 0, 1, 1, -30.0f, 0.25f, 12.0f, 345.0f, -3.0f);
+    f.fx(fxGuitarAmp, 1, 1, 1, 2, 0.1f, 0.2f, 0.3f, 0.4f, 0.15f, 0.25f, 0.35f, 0.45f, 0.55f, 0.65f,
+         0.75f, 0.85f, 0.95f, 0.05f, 0.125f);
+    return f.value("ampDrive2", 0.875f).zeros(16).bytes;
 }
 
 std::string written(CEffect& rack) {
@@ -93,24 +73,20 @@ TEST(RackFiles, LayoutAndRoundTrip) {
 /// settings out of range are clamped, those that are missing or no number keep their default.
 TEST(RackFiles, UnknownAndWildBlocks) {
     RackFile in, out;
-    in.fx(fxDelay, 1, 1, 1, {})
-        .block("ampDrive2", 0.5f)
-        .block("progi", -7)
-        .block("new", 3)
-        .prog("A");
-    in.fx(-42, 5, 0.25f, 7.0f, {1, 2}).block("reverbSize", 1234);
-    in.fx(fxReverb, 1, NAN, 0.5f, {9999, INFINITY}).block("ampDrive2", 0.5f);
-    in.writeId("fx", 0); // what follows is of no effect
-    in.block("reverbSize", 5000);
-    in.writeId("fx", 20);
-    in.put(fxBitcrusher).put(1).put(1.0f).put(1.0f).put(7).fx(fxBitcrusher, 1, 1, 1, {0, 1000});
-    out.block("progi", 0).prog("A").fx(-42, 1, 0.25f, 1.0f, {});
-    out.fx(fxReverb, 1, 1, 0.5f, {250, 2000.0f}).block("reverbSize", 2000);
-    out.fx(fxBitcrusher, 1, 1, 1, {7, 4}).fx(fxBitcrusher, 1, 1, 1, {1, 64});
+    in.fx(fxDelay, 1, 1, 1).value("ampDrive2", 0.5f).value("progi", -7).value("new", 3).prog("A");
+    in.fx(-42, 5, 0.25f, 7.0f, 1, 2).value("reverbSize", 1234);
+    in.fx(fxReverb, 1, NAN, 0.5f, 9999, INFINITY).value("ampDrive2", 0.5f);
+    in.block("fx"); // what follows is of no effect
+    in.value("reverbSize", 5000);
+    in.block("fx", Blocks().i(fxBitcrusher, 1).f(1, 1).i(7));
+    in.fx(fxBitcrusher, 1, 1, 1, 0, 1000);
+    out.value("progi", 0).prog("A").fx(-42, 1, 0.25f, 1.0f);
+    out.fx(fxReverb, 1, 1, 0.5f, 250, 2000.0f).value("reverbSize", 2000);
+    out.fx(fxBitcrusher, 1, 1, 1, 7, 4).fx(fxBitcrusher, 1, 1, 1, 1, 64);
     TestHost f;
     CEffect rack(f.host);
-    read(rack, in.bytes());
-    EXPECT_EQ(written(rack), out.bytes());
+    read(rack, in.bytes);
+    EXPECT_EQ(written(rack), out.bytes);
 }
 
 /// A file cut anywhere, or with bytes changed at random, leaves a rack that plays and is written;
@@ -138,9 +114,9 @@ TEST(RackFiles, DamagedFilesDoNoHarm) {
     }
     RackFile heads;
     heads.prog("");
-    for (int i = 0; i < 99; i++) heads.block("fx", fxBitcrusher);
-    for (int i = 0; i < 3000; i++) heads.prog("").block("fx", fxBitcrusher);
-    read(rack, heads.bytes());
+    for (int i = 0; i < 99; i++) heads.value("fx", int(fxBitcrusher));
+    for (int i = 0; i < 3000; i++) heads.prog("").value("fx", int(fxBitcrusher));
+    read(rack, heads.bytes);
     EXPECT_EQ(rack.progs.getCount(), RackContent::mostProgs);
     EXPECT_EQ(rack.getProg()->effects.getCount(), RackContent::mostInChain);
 }

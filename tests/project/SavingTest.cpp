@@ -3,6 +3,7 @@
 #include "base/CIniFile.h"
 #include "base/FullDisk.h"
 #include "base/Paths.h"
+#include "base/Process.h"
 #include "engine/CFreezeItem.h"
 #include "project/AutoSave.h"
 #include "project/ProjectWriter.h"
@@ -272,4 +273,56 @@ TEST(Saving, CachedAudioIsArchived) {
     saveProject(f.project, project);
     ASSERT_EQ(shown.size(), 1u);
     EXPECT_EQ(shown[0].rfind("Error: Could not copy file to ", 0), 0u);
+}
+
+/// Files that are away are no reason for a question: their samples keep place and path through
+/// every save, also into another folder, and sound again when the files are back.
+TEST(MissingSamples, KeepTheirPathsThroughSaves) {
+    ProjectFixture f;
+    const TempFolder from, to, apart;
+    const auto sample = [&](int i) { return static_cast<CSample*>(f.host->samples.items(i)); };
+    writeWav(apart.file("loop.wav"), 64);
+    writeWav(apart.file("other.wav"), 64);
+    ASSERT_TRUE(f.host->addSample(apart.file("loop.wav"), 1));
+    ASSERT_TRUE(saveProjectAs(f.project, from.file("song.qv"))); // takes it along
+    ASSERT_TRUE(f.host->addSample(apart.file("other.wav"), 1));
+    ASSERT_TRUE(saveProject(f.project, from.file("song.qv")));
+    const CStr paths[] = {from.file("song_audio/loop.wav"), apart.file("other.wav")};
+    for (const CStr& path : paths) fs::rename(path.asChar(), (path + ".away").asChar());
+
+    const CStr projects[] = {from.file("song.qv"), from.file("song.qv"), to.file("new.qv")};
+    for (const CStr& project : projects) {
+        ASSERT_EQ(openProject(f.project, project, false), LoadResult::good);
+        for (int i = 0; i < 2; ++i) {
+            EXPECT_FALSE(sample(i)->valid);
+            EXPECT_EQ(sample(i)->filename, paths[i]) << project.asChar();
+        }
+        ASSERT_TRUE(saveProject(f.project, project));
+        ASSERT_TRUE(saveProjectAs(f.project, to.file("new.qv")));
+    }
+    EXPECT_EQ(shown, std::vector<std::string>{});
+    for (const CStr& path : paths) fs::rename((path + ".away").asChar(), path.asChar());
+    ASSERT_EQ(openProject(f.project, to.file("new.qv"), false), LoadResult::good);
+    EXPECT_TRUE(sample(0)->valid && sample(1)->valid);
+}
+
+/// A project that is opened by a name of its folder and saved elsewhere finds its audio from any
+/// other folder.
+TEST(RenderTool, SavesWhereTheAudioIs) {
+    ProjectFixture f;
+    TempFolder apart, here, there;
+    writeWav(apart.file("take.wav"), 1000);
+    ASSERT_TRUE(f.host->addSample(apart.file("take.wav"), 1));
+    ASSERT_TRUE(saveProjectAs(f.project, here.file("song.qv")));
+    CStringList words;
+    const CStr copy = there.file("copy.qv");
+    for (const char* word : {"env", "-C", here.path.asChar(), SONDRAVA_BIN "/sondrava-render",
+                             "--save", copy.asChar(), "song.qv"})
+        words.append(word);
+    ASSERT_EQ(runProcess(words), 0);
+    ASSERT_EQ(openProject(f.project, copy, false), LoadResult::good);
+    const auto* sample = static_cast<CSample*>(f.host->samples.first());
+    ASSERT_NE(sample, nullptr);
+    EXPECT_EQ(sample->filename, here.file("song_audio/take.wav"));
+    EXPECT_EQ(sample->frames, 1000);
 }
