@@ -11,14 +11,6 @@ using CTrackTest = TrackFixture;
 
 } // namespace
 
-TEST_F(CTrackTest, MessagesTakeTheChannel) {
-    for (const auto& [channel, status] :
-         {std::pair{5, 0x95}, {-1, 0x93}, {-300, 0x93}, {18, 0x92}}) {
-        midi->channel = short(channel);
-        EXPECT_EQ(midi->setCh(0x403C93), 0x403C00 | status) << channel;
-    }
-}
-
 /// The distance from 127 shrinks to `inSens` percent.
 TEST_F(CTrackTest, SensitivityScalesTheDistanceFromFullStrength) {
     for (int percent : {0, 1, 50, 99, 100}) {
