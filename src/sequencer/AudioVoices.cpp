@@ -380,7 +380,8 @@ void finishDrumStrips(CTrack* track, int frames) {
 void AudioVoices::beginRebuild(bool keepMain) {
     for (AudioVoice& v : voices) {
         v.orphan = v.active && !v.sound && !v.flushed && v.tail == 0 && v.leaving == 0;
-        if (v.orphan && keepMain && (!v.part || v.part->mainPlays())) v.orphan = false;
+        if (v.orphan && keepMain && (!v.part || v.part->mainPlays(songTrack->pass)))
+            v.orphan = false;
     }
 }
 

@@ -174,6 +174,15 @@ int CPart::reservedSlots() const {
     return count * chunkSlots;
 }
 
+uint64_t CPart::usedSlots() {
+    CPart* owner = content();
+    const int slots = owner->reservedSlots();
+    uint64_t used = 0;
+    for (int i = 0; i < slots; i++)
+        if (owner->slot(i)->load()) used |= uint64_t(1) << i;
+    return used;
+}
+
 Shared<CEnvEvent*>* CPart::slot(int index) {
     if (index < 0 || index >= maxSlots) return nullptr;
     Chunk* chunk = chunks[index / chunkSlots].loadAcquire();
@@ -202,8 +211,8 @@ CPlayStruct* CPart::addPlay() {
     return pointer;
 }
 
-bool CPart::mainPlays() {
-    return numPlay > 0 && mainPlay.head == getEvents();
+bool CPart::mainPlays(unsigned pass) {
+    return numPlay > 0 && playPass == pass && mainPlay.head == getEvents();
 }
 
 void CPart::dropPlay() {

@@ -6,6 +6,8 @@
 #include "sequencer/CPlayStruct.h"
 #include "sequencer/Events.h"
 
+#include <cstdint>
+
 /// `CObject::category` of parts and points.
 constexpr int categoryPart = 2;
 
@@ -94,17 +96,27 @@ public:
     /// thread, before a lane or part is linked.
     void reserveSlots(int slots);
     int reservedSlots() const;
+    /// Those whose envelope has points, a bit each; a ghost has those of its master.
+    uint64_t usedSlots();
     Shared<int> numPlay{0}; ///< active play pointers, at most 64; graph holder
     /// Play pointer `i`; number 0 belongs to the main list. Null beyond the room.
     CPlayStruct* play(int i);
     /// The next play pointer, at its defaults, null when there is no room. Graph holder.
     CPlayStruct* addPlay();
-    /// Whether the main pointer stands in the part's present list. Graph holder.
-    bool mainPlays();
+    /// Whether the main pointer plays the part's present list in that pass of its song track.
+    /// Graph holder.
+    bool mainPlays(unsigned pass);
     /// No play pointer is active from then on. Graph holder.
     void dropPlay();
     /// The same for those of lanes. Graph holder.
     void dropLanePlay();
+
+    // What playback keeps of a part. Graph holder.
+    CPart* nextPlaying = nullptr; ///< in `CSongTrack::playingParts`
+    unsigned playPass = 0;        ///< of its song track, in which it was set up last
+    int clipTicks = 0;            ///< length of a single clip, as it was worked out
+    unsigned clipChanges = 0;     ///< at that count of the song,
+    float clipTempo = 0.0f;       ///< and that tempo before its first point; 0 not yet
 
 protected:
     explicit CPart(PartType type);

@@ -140,6 +140,7 @@ void CSeq::planStep(UndoPlan& plan, CUndo* step) {
 void CSeq::performPlan() {
     assert(heldByThread());
     stepMarks.serve();
+    clipChanges.fetchAdd(1);
 }
 
 void CSeq::perform(CUndoItem* item, int op) {

@@ -162,8 +162,8 @@ public:
     /// -1 the end. By the step, or at once under the graph hold. Gives its song track of `prog`,
     /// which may be a program that is not linked yet. Without room for it null, after a message.
     CSongTrack* addTrack(int kind, CSeqProg* prog, CUndo* undo, int index = -1);
-    /// Whether a file can hold the cables of `more` tracks of a kind, besides those that an open step
-    /// is about to add: it numbers the ports and channels of a song by a byte.
+    /// Whether a file can hold the cables of `more` tracks of a kind, besides those that an open
+    /// step is about to add: it numbers the ports and channels of a song by a byte.
     bool hasTrackRoom(int kind, const CUndo* undo = nullptr, int more = 1) const;
     /// Records that a track leaves, with everything that belongs to it. A take on it ends before.
     void removeTrack(CTrack* track, CUndo* undo);
@@ -191,6 +191,9 @@ public:
     /// Length in ticks, at least 1: a single clip at its own speed follows its sample, and 0 counts
     /// as 960.
     int getTicks(CPart* part);
+    /// The same of a part that plays: the length of a clip is worked out only when what it follows
+    /// has changed, and the part's own stays. Graph holder.
+    int playedTicks(CPart* part);
     void updateGhostCount();
     /// A ghost of `part`, owned by the caller, who places it; records the master that is needed for
     /// the first one.
@@ -277,8 +280,9 @@ public:
 
 private:
     int programCount = 0;
-    StepMarks stepMarks;      ///< of the step on its way
-    unsigned purgedLists = 0; ///< versions of the lists that `purgeSelection` has been through
+    StepMarks stepMarks;             ///< of the step on its way
+    Shared<unsigned> clipChanges{0}; ///< counts what may have changed how long clips last
+    unsigned purgedLists = 0;      ///< versions of the lists that `purgeSelection` has been through
     Shared<bool> takeBegun{false}; ///< by the graph, for the idle pass
     bool warned = false;           ///< of sound that is lost, during this take
     CStr warning;                  ///< for the end of the idle pass; empty if there is none

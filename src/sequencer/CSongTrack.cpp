@@ -55,6 +55,7 @@ CPart* CSongTrack::addPart(CPart* part, CUndo* undo) {
     GraphHold hold(track->host);
     parts.add(part);
     prog->seq->orderParts(&parts, nullptr, false);
+    index.reserve(parts.getCount());
     requests.ask(requestSetup);
     return part;
 }
@@ -66,6 +67,7 @@ CPart* CSongTrack::linkPart(CPart* part) {
     }
     part->reserveSlots(track->slotsInUse());
     parts.add(part);
+    index.reserve(parts.getCount());
     return part;
 }
 

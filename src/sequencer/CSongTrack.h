@@ -3,6 +3,7 @@
 #include "base/Atomic.h"
 #include "base/CList.h"
 #include "base/CObject.h"
+#include "sequencer/PartIndex.h"
 
 #include <memory>
 
@@ -11,6 +12,7 @@ class CDrumSound;
 class CMIDIQ;
 class CPart;
 class CSeqProg;
+class CSubTrack;
 class CTrack;
 class CUndo;
 
@@ -42,6 +44,8 @@ public:
     PlayRequests requests;
     Shared<bool> audible{false}; ///< set by `setup` from mute and solo
     bool frozen = false;         ///< set by `setup`: files play in place of the events
+    PartIndex index;             ///< of `parts`; graph holder
+    unsigned pass = 0;           ///< counts the rebuilds of all play pointers; graph holder
     double pos = 0.0;            ///< play pointer in ticks; graph holder
     CMIDIQ* noteOffsNext;        ///< owned; graph holder
     CMIDIQ* noteOffs;            ///< owned; note-offs to come, in ticks from the block's start
@@ -73,12 +77,16 @@ public:
     /// Largest end of a part in ticks.
     int duration();
 
-    // Playback (SongPlayback.cpp). Graph holder.
+    // Playback (SongPlayback.cpp, SongSeek.cpp). Graph holder.
     /// Rebuilds the play state for a position. `offset`, 0 or below, is where the block began in
     /// ticks from there: clips that are on already sound from that far into the block on.
     /// `keepMain` leaves the main pointers of unchanged lists alone.
     void setup(double position, double offset, bool keepMain);
-    void setupPlayPointer(double position, CPart* part, bool keepMain, int delay = 0);
+    /// Has the parts play that begin before a tick.
+    void admitParts(double until);
+    /// Asks each part that plays, in their order, and keeps those whose answer is true.
+    template <class F>
+    void eachPlaying(F&& ask);
     /// Plays `frames` of the block from frame `offset` on.
     void process(int frames, int offset);
     /// Starts a drum of the track, `delay` frames into the block. Velocity 0 to 1, pan -1 to 1,
@@ -88,4 +96,27 @@ public:
     /// `force` includes drum voices.
     void flush(int frame, bool force);
     void stop();
+
+private:
+    void seekParts(double position, bool keepMain, int delay);
+    void playPart(CPart* part, double position, bool keepMain, int delay);
+    void chaseLane(CSubTrack* lane, double position);
+    bool insideRamp(const CSubTrack* lane, double position);
+
+    CPart* playingParts = nullptr;      ///< the first of those that play
+    CPart** playingEnd = &playingParts; ///< where the next one is linked
+    size_t coming = 0;                  ///< entry of `index` that has not begun yet
+    double lead = 0.0;                  ///< ticks by which the swing may bring events ahead
 };
+
+template <class F>
+void CSongTrack::eachPlaying(F&& ask) {
+    CPart** link = &playingParts;
+    while (CPart* part = *link) {
+        if (ask(part))
+            link = &part->nextPlaying;
+        else
+            *link = part->nextPlaying;
+    }
+    playingEnd = link;
+}

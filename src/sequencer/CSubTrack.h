@@ -4,8 +4,6 @@
 #include "base/CObject.h"
 #include "base/CStr.h"
 
-struct CEnvEvent;
-
 /// What a lane shows. All but automation are views of the MIDI events of the parts.
 enum LaneKind : int {
     laneController = -1, ///< number in `param`
@@ -41,9 +39,7 @@ public:
 
     // Chase after a jump. Graph holder.
     float chaseValue = 0.0f;
-    bool chasePending = false, chaseBlocked = false;
-    CEnvEvent* chasePrior = nullptr;
-    CEnvEvent* chaseNext = nullptr;
+    bool chasePending = false;
     bool recorded = false; ///< by a take in the running pass, until whose end it is not played
 
     /// Whether its points are sent. Graph holder.

@@ -5,6 +5,7 @@
 #include "engine/CQV.h"
 #include "sequencer/AudioVoices.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/Points.h"
 #include "sequencer/TempoMap.h"
 
 #include <algorithm>
@@ -28,6 +29,12 @@ int frameAt(const CAudioEvent* e, double framesIn) {
     return saturate(asInt64(double(e->start) + framesIn));
 }
 
+const CAudioEvent* clipAtOwnSpeed(CPart* part) {
+    if (part->type != partAudio || static_cast<CAudioPart*>(part)->multiclip) return nullptr;
+    const auto* event = static_cast<CAudioEvent*>(part->getEvents());
+    return event && event->mode == playRepitch && event->sample ? event : nullptr;
+}
+
 void set(CAudioEvent* e, ClipSetting setting, float value) {
     switch (setting) {
     case ClipSetting::semitones:
@@ -49,6 +56,19 @@ void set(CAudioEvent* e, ClipSetting setting, float value) {
 
 int tunedRate(const CSample* sample, double semitones) {
     return asMax(asInt(double(sample->rate) * std::exp2(semitones / semitonesPerOctave)), 1);
+}
+
+const CAudioEvent* lengthEvent(CPart* part) {
+    const CAudioEvent* event = clipAtOwnSpeed(part);
+    return event && event->sample->valid ? event : nullptr;
+}
+
+int64_t longestTicks(CPart* part) {
+    const int64_t told = part->length > 0 ? int(part->length) : quarterTicks;
+    const CAudioEvent* e = clipAtOwnSpeed(part);
+    if (!e) return told;
+    const double seconds = range(e) / sourceRate(e);
+    return std::max(told, asInt64(seconds * double(maxTempo) * ticksPerSecondPerBpm) + 1);
 }
 
 int sampleAsTicks(CQV* host, const CAudioEvent* e) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 class CPart;
 class CQV;
 class CSample;
@@ -7,11 +9,16 @@ class CSeq;
 class CUndo;
 struct CAudioEvent;
 
-/// How long clips last, and which of their frames stand where. Interface thread, but for
-/// `tunedRate`.
+/// How long clips last, and which of their frames stand where. Any thread that reads the song; of
+/// events in the hands of playback the graph holder.
 
 /// Frames of a sample that pass in a second when it is tuned by so many semitones; at least 1.
 int tunedRate(const CSample* sample, double semitones);
+
+/// The event whose sample rules the length of a part, null when ticks do.
+const CAudioEvent* lengthEvent(CPart* part);
+/// Ticks that a part lasts at most, whatever the tempo and whether or not its sample is there.
+int64_t longestTicks(CPart* part);
 
 /// Ticks that the range of a clip lasts when it begins at `tick`: at the host's tempo, or by the
 /// song's tempo points. In the modes that follow the tempo these are its `ticks`. 0 without a

@@ -10,14 +10,14 @@
 
 namespace {
 
-/// Calls `visit` for each part that shows the content of `part`.
+/// Calls `visit` for each part that shows the content of `part`, with its song track.
 template <class F>
-void eachUser(CSeq* seq, CPart* part, F visit) {
+void eachUser(CSongTrack* on, CPart* part, F visit) {
     const CPart* content = part->content();
-    if (content == part) return visit(part);
-    seq->eachSongTrack([&](CSongTrack* songTrack) {
+    if (content == part) return visit(on, part);
+    on->prog->seq->eachSongTrack([&](CSongTrack* songTrack) {
         for (CPart* user : each<CPart>(songTrack->parts))
-            if (user->content() == content) visit(user);
+            if (user->content() == content) visit(songTrack, user);
     });
 }
 
@@ -29,8 +29,8 @@ void fixPointer(CPlayStruct* p, CBaseEvent* head, const CBaseEvent* added) {
 
 /// Calls `visit` for each play pointer into the points of a slot.
 template <class F>
-void eachPointer(CSeq* seq, CPart* part, int slot, F visit) {
-    eachUser(seq, part, [&](CPart* user) {
+void eachPointer(CSongTrack* on, CPart* part, int slot, F visit) {
+    eachUser(on, part, [&](CSongTrack*, CPart* user) {
         for (int i = 0; i < user->numPlay; i++)
             if (CPlayStruct* p = user->play(i); p->lane && p->lane->slot == slot) visit(user, p);
     });
@@ -42,10 +42,10 @@ void growTo(CPart* part, int tick) {
     if (at >= part->length) part->length = saturate(int64_t(at) - at % quarterTicks + quarterTicks);
 }
 
-void linkPoint(CSeq* seq, const LivePoint& w, int tick, CEnvEvent*& owned) {
+void linkPoint(CSongTrack* on, const LivePoint& w, int tick, CEnvEvent*& owned) {
     CEnvEvent* point = std::exchange(owned, nullptr);
     w.part->addEventParam(tick, point, w.lane->slot);
-    eachPointer(seq, w.part, w.lane->slot, [&](CPart*, CPlayStruct* p) {
+    eachPointer(on, w.part, w.lane->slot, [&](CPart*, CPlayStruct* p) {
         fixPointer(p, w.part->getParam(w.lane->slot), point);
     });
 }
@@ -83,13 +83,13 @@ void seekFrom(CPlayStruct* p, const CPart* part, int songTick) {
     p->state = RampState::beforeFirst;
 }
 
-void cutPoints(CSeq* seq, LivePoint& w) {
+void cutPoints(CSongTrack* on, LivePoint& w) {
     // Meanwhile the pointers stand on the tick of their event itself.
-    eachPointer(seq, w.part, w.lane->slot, [](CPart*, CPlayStruct* p) {
+    eachPointer(on, w.part, w.lane->slot, [](CPart*, CPlayStruct* p) {
         if (p->current) p->pos += p->current->delta;
     });
     cutList(w);
-    eachPointer(seq, w.part, w.lane->slot, [&w](CPart* user, CPlayStruct* p) {
+    eachPointer(on, w.part, w.lane->slot, [&w](CPart* user, CPlayStruct* p) {
         p->head = w.part->getParam(w.lane->slot);
         if (p->current) seekFrom(p, user, p->pos);
     });
@@ -103,28 +103,30 @@ LivePoint::~LivePoint() {
         freeEvents(list);
 }
 
-void addLiveEvent(CSeq* seq, CPart* part, int tick, CBaseEvent* event) {
-    assert(seq->heldByThread());
+void addLiveEvent(CSongTrack* on, CPart* part, int tick, CBaseEvent* event) {
+    assert(on->track->heldByThread());
     part->addEvent(tick, event);
     CBaseEvent* head = part->getEvents();
-    eachUser(seq, part, [&](CPart* user) {
+    eachUser(on, part, [&](CSongTrack*, CPart* user) {
         if (user->numPlay > 0) fixPointer(user->play(0), head, event);
     });
     growTo(part, tick);
+    on->index.expire();
 }
 
-void addLivePoint(CSeq* seq, LivePoint& w) {
-    assert(seq->heldByThread());
-    if (w.pass == seq->getProg()->loopCount) w.lane->recorded = true;
+void addLivePoint(CSongTrack* on, LivePoint& w) {
+    assert(on->track->heldByThread());
+    if (w.pass == on->track->seq->getProg()->loopCount) w.lane->recorded = true;
     const bool had = w.part->getParam(w.lane->slot) != nullptr;
-    if (had && w.replace) cutPoints(seq, w);
+    if (had && w.replace) cutPoints(on, w);
     const int start = -w.part->offset;
     if (!w.part->getParam(w.lane->slot)) {
-        if (w.tick > start) linkPoint(seq, w, start, w.anchor);
+        if (w.tick > start) linkPoint(on, w, start, w.anchor);
     } else if (had && w.replace && w.tick > w.cutFrom) {
         const int from = std::max(start, asRound(w.cutFrom));
-        linkPoint(seq, w, from, w.anchor);
+        linkPoint(on, w, from, w.anchor);
     }
-    linkPoint(seq, w, w.tick, w.point);
+    linkPoint(on, w, w.tick, w.point);
     growTo(w.part, w.tick);
+    eachUser(on, w.part, [](CSongTrack* songTrack, CPart*) { songTrack->index.expire(); });
 }

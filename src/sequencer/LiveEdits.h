@@ -1,7 +1,7 @@
 #pragma once
 
 class CPart;
-class CSeq;
+class CSongTrack;
 class CSubTrack;
 struct CBaseEvent;
 struct CEnvEvent;
@@ -10,9 +10,9 @@ struct CEnvEvent;
 /// record keep their place in time, so that it is not played in the pass that it was recorded in.
 /// Graph holder; nothing allocates.
 
-/// Takes the event and links it at a tick of the part's list; the part grows to the quarter after
-/// it.
-void addLiveEvent(CSeq* seq, CPart* part, int tick, CBaseEvent* event);
+/// Takes the event and links it at a tick of the list of a part of `on`; the part grows to the
+/// quarter after it.
+void addLiveEvent(CSongTrack* on, CPart* part, int tick, CBaseEvent* event);
 
 /// One recorded point of automation, at ticks of the part's list. Made and deleted on the interface
 /// thread, and with it what is not, or no longer, in the list.
@@ -36,4 +36,4 @@ struct LivePoint {
 /// Links the point. The first of a pass replaces: points in the way are cut, and the value begins
 /// where the pass does. In a lane without points it begins with the part. The lane is not played
 /// for the rest of the pass. The part grows as above.
-void addLivePoint(CSeq* seq, LivePoint& write);
+void addLivePoint(CSongTrack* on, LivePoint& write);

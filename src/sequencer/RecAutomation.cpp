@@ -180,6 +180,6 @@ void TrackTake::recordAutomation(int tick, CSubTrack* lane, float value, CUndo* 
     write->replace = first;
     write->cutFrom = punch - origin;
     write->cutTo = end;
-    seq()->edits.add([song = seq(), write] { addLivePoint(song, *write); });
+    seq()->edits.add([on = track->recSongTrack.load(), write] { addLivePoint(on, *write); });
     seq()->update(updateParts);
 }

@@ -37,14 +37,6 @@ void countPart(CPart* part, CPartSummary& summary) {
     countEvents(part, summary);
 }
 
-/// The event whose sample rules the length of a part, null when ticks do.
-const CAudioEvent* ownSpeedEvent(CPart* part) {
-    if (part->type != partAudio || static_cast<CAudioPart*>(part)->multiclip) return nullptr;
-    auto* event = static_cast<CAudioEvent*>(part->getEvents());
-    const bool known = event && event->mode == 0 && event->sample && event->sample->valid;
-    return known ? event : nullptr;
-}
-
 int oneAtLeast(int ticks) {
     return ticks > 0 ? ticks : quarterTicks;
 }
@@ -202,10 +194,25 @@ void CSeq::orderPlan(UndoPlan& plan, const CUndo* step) {
 }
 
 int CSeq::getTicks(CPart* part) {
-    const CAudioEvent* event = ownSpeedEvent(part);
+    const CAudioEvent* event = lengthEvent(part);
     if (!event) return oneAtLeast(part->length);
     part->length = sampleAsTicks2(this, event, part->pos);
     return oneAtLeast(part->length);
+}
+
+int CSeq::playedTicks(CPart* part) {
+    assert(heldByThread());
+    const CAudioEvent* event = lengthEvent(part);
+    const CSeqProg* prog = getProg();
+    if (!event || !prog) return oneAtLeast(part->length);
+    const unsigned changes = clipChanges + prog->tempos.version();
+    const float tempo = tempoBefore(prog);
+    if (part->clipChanges != changes || part->clipTempo != tempo) {
+        part->clipChanges = changes;
+        part->clipTempo = tempo;
+        part->clipTicks = sampleAsTicks2(this, event, part->pos);
+    }
+    return oneAtLeast(part->clipTicks);
 }
 
 void CSeq::updateGhostCount() {

@@ -19,6 +19,8 @@ namespace {
 
 /// So long before the end of a loop a note counts as the first of the next pass.
 constexpr double upbeatTicks = 240.0;
+/// Song tracks whose parts are looked through in a block at most, while the transport stands.
+constexpr int tracksPrepared = 4;
 
 /// Whether a monitor mode lets the input of a track through.
 bool monitored(MonitorMode mode, const CTrack* track) {
@@ -154,6 +156,13 @@ void recordAudio(const ProgBlock& b, CTrack* track) {
     track->recSample->writeFrames(b.frames, in->bufL + b.offset, in->bufR + b.offset, true);
 }
 
+/// Looks through the parts of a few song tracks, so that a start need not.
+void prepareStart(CSeqProg* prog) {
+    int left = tracksPrepared;
+    for (CSongTrack* t : each<CSongTrack>(prog->tracks))
+        if (t->index.refresh(t->parts) && --left == 0) return;
+}
+
 void processTrack(const ProgBlock& b, CSongTrack* t) {
     if (b.stopNow) t->stop();
     if (b.jumped) t->requests.ask(requestFlush | requestSetup);
@@ -283,6 +292,7 @@ void CSeqProg::process(int frames, int offset) {
         askAudible(this);
     }
     b.jumped = requests.take(requestSetup);
+    if (!playing) prepareStart(this);
     for (CSongTrack* t : each<CSongTrack>(tracks)) processTrack(b, t);
     if (b.current)
         for (CSongTrack* t : each<CSongTrack>(tracks)) pullSources(b, t->track);
@@ -426,6 +436,7 @@ CTempoPart* CSeq::tempoPointHere() {
 }
 
 void CSeq::tempoChanged() {
+    clipChanges.fetchAdd(1);
     TransportCall call;
     call.target = this;
     call.act = [](CObject* target, double, void*) {

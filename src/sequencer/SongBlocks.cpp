@@ -217,6 +217,7 @@ void SongReading::makeRoom() {
     for (auto* program : each<CSeqProg>(seq->progs)) {
         size_t i = 0;
         for (auto* t : each<CSongTrack>(program->tracks)) {
+            t->index.reserve(t->parts.getCount());
             for (auto* p : each<CPart>(t->parts)) reserveSlots(p, slots[i]);
             i++;
         }

@@ -60,7 +60,7 @@ void takeLoop(Block& b, bool wrapped) {
 }
 
 void playNoteOff(const Block& b, CPart* part, const CMIDIEvent* event, int tick, int msg) {
-    const int partEnd = part->pos + b.track()->seq->getTicks(part);
+    const int partEnd = part->pos + b.track()->seq->playedTicks(part);
     const int len = std::max(1, std::min(std::max(1, event->length), partEnd - tick));
     const double due = tick - b.songTrack->pos + b.done * b.tpf + len - 1.0;
     b.songTrack->noteOffs->addMidiEvent(due, msg & 0xFFFF);
@@ -78,39 +78,11 @@ void playMidiEvent(const Block& b, CPart* part, const CMIDIEvent* event, int tic
     if (note) playNoteOff(b, part, event, tick, msg);
 }
 
-/// An audio event that stands at `tick`, for a voice at tick `songPos`.
-VoiceStart clipStart(CSongTrack* songTrack, CPart* part, CAudioEvent* e, int tick, double songPos,
-                     int delay) {
-    VoiceStart start;
-    start.part = part;
-    start.event = e;
-    start.sample = e->sample;
-    start.start = e->start;
-    start.end = e->end;
-    start.mode = e->mode;
-    start.reverse = e->reverse;
-    start.pitch = e->semitones + double(e->fine);
-    start.ticks = e->ticks;
-    start.tick = tick;
-    start.songPos = songPos;
-    start.delay = delay;
-    start.out = songTrack->track->output();
-    return start;
-}
-
+/// An audio event that stands at `tick`, at tick `songPos`.
 void playClip(CSongTrack* songTrack, CPart* part, CAudioEvent* e, int tick, double songPos,
               int delay) {
     if (e->sample == songTrack->track->recSample) return; // it is being recorded
     songTrack->voices->add(clipStart(songTrack, part, e, tick, songPos, delay));
-}
-
-/// The same for a clip that has begun before `songPos`.
-void joinClip(CSongTrack* songTrack, CPart* part, CAudioEvent* e, int tick, double songPos,
-              int delay) {
-    if (!e->sample || e->sample == songTrack->track->recSample) return;
-    VoiceStart start = clipStart(songTrack, part, e, tick, songPos, delay);
-    start.into = songPos - tick;
-    songTrack->voices->join(start);
 }
 
 void playDrum(CSongTrack* songTrack, CPart* part, const CDrumEvent* e, int delay) {
@@ -119,26 +91,11 @@ void playDrum(CSongTrack* songTrack, CPart* part, const CDrumEvent* e, int delay
     songTrack->hitDrum(sound, part, e->velocity, e->pan, e->tune, delay);
 }
 
-/// The freeze files in place of the events, from a position on.
-void playFrozen(CSongTrack* songTrack, double position, int delay) {
-    for (const auto* item : each<CFreezeItem>(songTrack->freezeItems)) {
-        if (!item->sample || !item->channel) continue;
-        VoiceStart start;
-        start.sample = item->sample;
-        start.start = item->start;
-        start.end = item->end;
-        start.into = start.songPos = position;
-        start.delay = delay;
-        start.out = item->channel;
-        songTrack->voices->join(start);
-    }
-}
-
 /// Plays what is due in the next `slice` frames of a main list.
 void playEvents(const Block& b, CPart* part, CPlayStruct& p, int slice) {
     if (!p.current) return;
     const int g = groove(&b.track()->groove, p.current->delta + p.pos);
-    const double partEnd = double(part->pos) + b.track()->seq->getTicks(part);
+    const double partEnd = double(part->pos) + b.track()->seq->playedTicks(part);
     while (p.current) {
         const int tick = p.current->delta + p.pos;
         const double moved = double(tick) + g;
@@ -186,9 +143,13 @@ float rampValue(const CPlayStruct& p) {
 
 /// Plays the next `slice` frames of an envelope, in steps.
 void playEnvelope(const Block& b, CPart* part, CPlayStruct& p, int slice) {
-    const double partEnd = double(part->pos) + b.track()->seq->getTicks(part);
+    const double partEnd = double(part->pos) + b.track()->seq->playedTicks(part);
     double at = b.songTrack->pos;
     int stepDone = 0;
+    if (at < part->pos) { // what lies before the part has no say yet
+        stepDone = std::min(slice, asRound((part->pos - at) * b.fpt));
+        at += stepDone * b.tpf;
+    }
     while (p.current && stepDone < slice) {
         int step = std::min(slice - stepDone, envelopeStep);
         const double tick = double(p.current->delta) + p.pos;
@@ -211,19 +172,29 @@ void playEnvelope(const Block& b, CPart* part, CPlayStruct& p, int slice) {
     }
 }
 
+/// Plays the next `slice` frames of a part; false when nothing of it is left.
+bool playPart(const Block& b, CPart* part, int slice) {
+    const bool over = double(part->pos) + b.track()->seq->playedTicks(part) <= b.songTrack->pos;
+    bool left = false;
+    for (int i = 0; i < part->numPlay; i++) {
+        CPlayStruct& p = *part->play(i);
+        const bool envelope = p.kind == PlayKind::envelope;
+        const bool ramping = envelope && p.state == RampState::between;
+        if (over && !ramping) p.current = nullptr;
+        if (!p.current) continue;
+        if (envelope)
+            playEnvelope(b, part, p, slice);
+        else
+            playEvents(b, part, p, slice);
+        left = left || p.current;
+    }
+    return left;
+}
+
 void playSlice(const Block& b, int slice) {
     if (slice <= 0) return;
-    for (CPart* part : each<CPart>(b.songTrack->parts)) {
-        const int pointers = part->numPlay;
-        for (int i = 0; i < pointers; i++) {
-            CPlayStruct* p = part->play(i);
-            if (!p->current) continue;
-            if (p->kind == PlayKind::envelope)
-                playEnvelope(b, part, *p, slice);
-            else
-                playEvents(b, part, *p, slice);
-        }
-    }
+    b.songTrack->admitParts(b.songTrack->pos + slice * b.tpf);
+    b.songTrack->eachPlaying([&](CPart* part) { return playPart(b, part, slice); });
 }
 
 void sendChase(const Block& b) {
@@ -282,84 +253,6 @@ void endLiveNotes(CTrack* track, CMIDIQ* queue) {
     }
 }
 
-/// Looks along one envelope for the value in force at `position`.
-void chaseList(CSubTrack* lane, CPart* part, CEnvEvent* head, double position, int ticks) {
-    double tick = double(part->pos) + part->offset;
-    const double end = double(part->pos) + ticks;
-    for (CEnvEvent* e = head; e; e = static_cast<CEnvEvent*>(e->next)) {
-        tick += e->delta;
-        if (tick < part->pos || tick >= end) continue;
-        if (tick <= position)
-            lane->chasePrior = e;
-        else if (!lane->chasePrior && !lane->chaseNext)
-            lane->chaseNext = e;
-    }
-}
-
-void chaseLane(CSongTrack* songTrack, CSubTrack* lane, double position) {
-    lane->chaseBlocked = lane->chasePending = false;
-    lane->chasePrior = lane->chaseNext = nullptr;
-    if (!lane->automation()) return;
-    for (CPart* part : each<CPart>(songTrack->parts)) {
-        const int pointers = part->numPlay;
-        for (int i = 0; i < pointers; i++) {
-            const CPlayStruct* p = part->play(i);
-            if (p->lane != lane) continue;
-            if (p->current && p->state != RampState::beforeFirst)
-                lane->chaseBlocked = true;
-            else
-                chaseList(lane, part, static_cast<CEnvEvent*>(p->head), position,
-                          songTrack->track->seq->getTicks(part));
-        }
-    }
-    const CEnvEvent* point = lane->chasePrior ? lane->chasePrior : lane->chaseNext;
-    if (!point || lane->chaseBlocked) return;
-    lane->chaseValue = point->value;
-    lane->chasePending = true;
-}
-
-PlayKind mainKind(int trackKind) {
-    if (trackKind == trackAudio) return PlayKind::audio;
-    return trackKind == trackDrum ? PlayKind::drum : PlayKind::midi;
-}
-
-/// Puts a pointer on the first event at or after `position` that lies in the part. Clips that have
-/// begun before sound from their middle on, `delay` frames into the block.
-void seekPointer(CSongTrack* songTrack, CPlayStruct& p, CPart* part, double position, int delay) {
-    p.pos = part->pos + part->offset;
-    CBaseEvent* prior = nullptr;
-    CBaseEvent* e = p.head;
-    while (e && (double(p.pos) + e->delta < position || p.pos + e->delta < part->pos)) {
-        p.pos += e->delta;
-        if (p.kind == PlayKind::audio && p.pos >= part->pos)
-            joinClip(songTrack, part, static_cast<CAudioEvent*>(e), p.pos, position, delay);
-        prior = e;
-        e = e->next;
-    }
-    p.current = e;
-    if (p.kind != PlayKind::envelope || !e || double(p.pos) + e->delta <= position) return;
-    if (!prior) {
-        p.state = RampState::beforeFirst;
-        return;
-    }
-    p.rampFrom = static_cast<CEnvEvent*>(prior)->value;
-    p.rampTo = static_cast<CEnvEvent*>(e)->value;
-    p.curve = static_cast<CEnvEvent*>(e)->curve;
-    p.rampLength = e->delta;
-    p.rampPos = position - p.pos;
-}
-
-void addLanePointer(CPart* part, CSubTrack* lane) {
-    if (!lane->automation() || lane->slot < 0 || lane->slot >= maxSlots) return;
-    CPlayStruct* p = part->addPlay();
-    if (!p) return;
-    p->kind = PlayKind::envelope;
-    p->lane = lane;
-    p->param = lane->param;
-    p->object = lane->object;
-    p->head = part->getParam(lane->slot);
-}
-
 } // namespace
 
 float getPoint(int shape, float from, float to, float t, float curve) {
@@ -379,6 +272,15 @@ int groove(const CGroove* table, int tick) {
     const int64_t line = start + int64_t(i) * stepTicks + (inStep < stepTicks / 2 ? 0 : stepTicks);
     const int64_t target = line + asRound(double(table->offsets[i]) * stepTicks);
     return asRound(double(amount) * double(target - tick));
+}
+
+double grooveLead(const CGroove* table) {
+    const double amount = std::fabs(double(table->amount));
+    if (!table->on || amount == 0.0) return 0.0;
+    float furthest = 0.0f;
+    const int steps = asMinMax(table->steps, 1, CGroove::maxSteps);
+    for (int i = 0; i < steps; i++) furthest = std::max(furthest, std::fabs(table->offsets[i]));
+    return std::ceil(amount * std::max(1, int(table->stepTicks)) * (1.0 + double(furthest)));
 }
 
 void insertEvent(CSubTrack* lane, CMIDIQ* queue, double frame, float value, CPlayStruct* pointer,
@@ -415,37 +317,6 @@ void insertEvent(CSubTrack* lane, CMIDIQ* queue, double frame, float value, CPla
     if (!pointer) return;
     pointer->lastValue = value;
     lane->lastValue = value;
-}
-
-void CSongTrack::setup(double position, double offset, bool keepMain) {
-    assert(track->heldByThread());
-    const CQV* host = track->host;
-    const int delay = std::max(0, asRound(host->ticksToFrames(-offset)));
-    audible = !muted() && !(prog->anySolo && !soloed());
-    frozen = !host->renderMode && audible && voices && !freezeItems.empty();
-    if (voices) voices->beginRebuild(keepMain);
-    if (frozen && !keepMain) playFrozen(this, position, delay);
-    for (CPart* part : each<CPart>(parts)) setupPlayPointer(position, part, keepMain, delay);
-    if (voices) voices->endRebuild();
-    for (CSubTrack* lane : each<CSubTrack>(track->subTracks)) chaseLane(this, lane, position);
-}
-
-void CSongTrack::setupPlayPointer(double position, CPart* part, bool keepMain, int delay) {
-    const bool kept = keepMain && part->mainPlays();
-    part->numPlay = kept ? 1 : 0;
-    if (!kept) {
-        CPlayStruct* p = part->addPlay();
-        p->kind = mainKind(track->kind);
-        p->head = part->getEvents();
-    }
-    if (frozen) part->play(0)->current = nullptr; // the file plays in its place
-    for (CSubTrack* lane : each<CSubTrack>(track->subTracks)) addLanePointer(part, lane);
-    const bool plays = audible && !part->muted() && part->type != partPlain &&
-                       double(part->pos) + track->seq->getTicks(part) > position;
-    if (!plays) return;
-    const int pointers = part->numPlay;
-    for (int i = kept || frozen ? 1 : 0; i < pointers; i++)
-        seekPointer(this, *part->play(i), part, position, delay);
 }
 
 void CSongTrack::process(int frames, int offset) {

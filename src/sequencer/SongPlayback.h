@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sequencer/AudioVoices.h"
+
 class CGroove;
 class CMIDIQ;
 class CSubTrack;
@@ -14,6 +16,12 @@ void insertEvent(CSubTrack* lane, CMIDIQ* queue, double frame, float value, CPla
 
 /// How far the swing table moves an event, in ticks.
 int groove(const CGroove* table, int tick);
+/// How far ahead of its tick it may bring an event at most, in ticks.
+double grooveLead(const CGroove* table);
+
+/// What an audio event that stands at `tick` is started with, by a voice at tick `songPos`.
+VoiceStart clipStart(CSongTrack* songTrack, CPart* part, CAudioEvent* e, int tick, double songPos,
+                     int delay);
 
 /// Value at the fraction `t` of a segment of automation. Shape 1 holds `from`, 0 bends by `curve`,
 /// others give 0.

@@ -24,7 +24,11 @@ Requests requestsOf(const UndoPlan& plan, const CUndo* step) {
 
 void StepMarks::collect(CSeq* seq, const UndoPlan& plan, const CUndo* step) {
     std::unordered_map<const CList*, Mark> byList;
-    seq->eachSongTrack([&](CSongTrack* t) { byList[&t->parts].songTrack = t; });
+    const auto know = [&byList](CSongTrack* t) { byList[&t->parts].songTrack = t; };
+    seq->eachSongTrack(know);
+    for (const CUndoItem* item : plan.rest())
+        for (const auto* prog : each<CSeqProg>(seq->progs))
+            if (item->touches(&prog->tracks)) know(static_cast<CSongTrack*>(item->object));
     const auto markOf = [&byList](const CList* list) {
         const auto found = byList.find(list);
         return found == byList.end() ? nullptr : &found->second;
@@ -34,7 +38,10 @@ void StepMarks::collect(CSeq* seq, const UndoPlan& plan, const CUndo* step) {
             mark->requests |= requestSetup | requestFlush;
             mark->parts.push_back(static_cast<CPart*>(move.object));
         }
-        if (Mark* mark = markOf(move.to)) mark->requests |= requestSetup;
+        if (Mark* mark = markOf(move.to)) {
+            mark->requests |= requestSetup;
+            mark->coming++;
+        }
     }
     const Requests requests = requestsOf(plan, step);
     const auto requestsFor = [&requests](const CObject* object) {
@@ -54,6 +61,7 @@ void StepMarks::collect(CSeq* seq, const UndoPlan& plan, const CUndo* step) {
     for (auto& [list, mark] : byList) {
         if (!mark.requests) continue;
         std::ranges::sort(mark.parts);
+        if (mark.coming > 0) mark.room = PartIndex::roomFor(list->getCount() + mark.coming);
         marks.push_back(std::move(mark));
     }
 }
@@ -63,11 +71,13 @@ bool StepMarks::Mark::touches(const CPart* part) const {
 }
 
 void StepMarks::serve() {
-    for (const Mark& mark : marks) {
+    for (Mark& mark : marks) {
         for (CPart* part : mark.parts) part->dropPlay();
         if (AudioVoices* voices = mark.songTrack->voices.get())
             for (const AudioVoice& v : voices->voices)
                 if (v.active && mark.touches(v.part)) voices->forgetEvents(v.part);
+        mark.songTrack->index.takeRoom(mark.room);
+        mark.songTrack->index.expire();
         mark.songTrack->requests.ask(mark.requests);
     }
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sequencer/PartIndex.h"
+
 #include <memory>
 #include <vector>
 
@@ -23,6 +25,8 @@ private:
         CSongTrack* songTrack;
         unsigned requests = 0;     ///< to playback
         std::vector<CPart*> parts; ///< that leave or show other content; sorted
+        int coming = 0;            ///< parts
+        PartIndex::Room room;      ///< for them and those that are there
         bool touches(const CPart* part) const;
     };
     std::vector<Mark> marks;

@@ -81,9 +81,11 @@ void TrackTake::link(CPart* part, CUndo* step) {
     step->add2(part, &on->parts, nullptr);
     auto staging = std::make_shared<CList>();
     staging->add(part);
-    seq()->edits.add([on, part, staging] {
+    auto room = std::make_shared<PartIndex::Room>(PartIndex::roomFor(on->parts.getCount() + 1));
+    seq()->edits.add([on, part, staging, room] {
         on->parts.move(staging.get(), part, -1);
         on->prog->seq->orderParts(&on->parts, nullptr, false);
+        on->index.takeRoom(*room);
     });
     seq()->update(updateParts);
 }
@@ -184,7 +186,9 @@ void TrackTake::endHeldNotes() {
 
 void TrackTake::addToPart(int tick, CBaseEvent* event) {
     CPart* part = track->recPart;
-    seq()->edits.add([song = seq(), part, tick, event] { addLiveEvent(song, part, tick, event); });
+    seq()->edits.add([on = track->recSongTrack.load(), part, tick, event] {
+        addLiveEvent(on, part, tick, event);
+    });
     seq()->update(updateParts);
 }
 
