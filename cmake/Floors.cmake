@@ -20,3 +20,8 @@ function(sondrava_floor name)
     target_link_libraries(${name} PUBLIC ${arg_USES} Threads::Threads
         PRIVATE sondrava_warnings ${arg_LIBRARIES})
 endfunction()
+
+# A room of windows: it stands on ui and what lies below, and sees no other room.
+function(sondrava_room name)
+    sondrava_floor(${name} SOURCES ${ARGN} USES ui)
+endfunction()

@@ -1,3 +1,3 @@
-#include "app/runapp.h"
+#include "shell/runapp.h"
 
 int main() { return runapp(); }

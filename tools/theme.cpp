@@ -1,6 +1,6 @@
 // Writes the theme file that lies beside the program. Needs no display.
-#include "app/CAppGui.h"
-#include "app/main/Skins.h"
+#include "ui/CAppGui.h"
+#include "ui/Skins.h"
 
 #include <cstdio>
 

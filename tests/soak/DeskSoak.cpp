@@ -2,14 +2,14 @@
 #include "Hands.h"
 #include "WriteFence.h"
 
-#include "app/main/CMainWin.h"
-#include "app/main/Displays.h"
-#include "app/main/ProjectFlows.h"
-#include "app/runapp.h"
 #include "engine/CAAM.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "sequencer/CSeq.h"
+#include "shell/CMainWin.h"
+#include "shell/ProjectFlows.h"
+#include "shell/runapp.h"
+#include "ui/Song.h"
 
 #include <chrono>
 #include <cstdio>

@@ -1,0 +1,38 @@
+#include "arrange/GridCommands.h"
+
+#include "base/CStr.h"
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/CSnap.h"
+#include "engine/ValueDoor.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/SongValues.h"
+
+namespace {
+
+constexpr int finest = 0, barIndex = 6;
+enum GridNumber : size_t { gridIndex, gridActive }; ///< of `gridOf`
+constexpr const char* gridNames[] = {"1/128", "1/64", "1/32", "1/16", "1/8", "1/4", "bar"};
+
+void tell(const CSnap& snap) {
+    const char* kind = snap.dotted ? " dotted" : snap.triplet ? " triplet" : "";
+    const CStr grid = CStr(gridNames[snap.asIndex()]) + kind;
+    setStatus(snap.active ? CStr("Snap to ") + grid : CStr("Snap off (") + grid + ")");
+}
+
+} // namespace
+
+void toggleSnap(CSeq* seq) {
+    StoredValue::Numbers grid = gridOf(seq).get();
+    grid[gridActive] = grid[gridActive] == 0.0 ? 1.0 : 0.0;
+    seq->host->values->set(gridOf(seq), grid);
+    tell(*seq->snap);
+}
+
+void stepSnap(CSeq* seq, int by) {
+    StoredValue::Numbers grid = gridOf(seq).get();
+    grid[gridIndex] = asMinMax(asInt(grid[gridIndex]) + by, finest, barIndex);
+    seq->host->values->nudge(gridOf(seq), grid);
+    tell(*seq->snap);
+}

@@ -1,0 +1,372 @@
+#include "arrange/SongCommands.h"
+
+#include "arrange/GridCommands.h"
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/CSnap.h"
+#include "engine/ValueDoor.h"
+#include "sequencer/BarEdits.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/PartActions.h"
+#include "sequencer/PartClipboard.h"
+#include "sequencer/PartMerge.h"
+#include "sequencer/Points.h"
+#include "sequencer/Quantize.h"
+#include "sequencer/SongValues.h"
+#include "sequencer/TrackInstrument.h"
+#include "ui/Commands.h"
+#include "ui/Song.h"
+#include "ui/Workspace.h"
+
+#include <algorithm>
+
+namespace {
+
+bool anyPart(CSeq* seq) {
+    return seq->getProg()->hasParts();
+}
+
+bool anySelected(CSeq* seq) {
+    return seq->getProg()->getFirstSelectedPart() != nullptr;
+}
+
+/// Whether `fits` holds for more selected parts of a track than `count`, or of all tracks together.
+template <class F>
+bool more(CSeq* seq, int count, bool together, F fits) {
+    int found = 0;
+    for (const auto* songTrack : each<CSongTrack>(seq->getProg()->tracks)) {
+        if (!together) found = 0;
+        for (const auto* part : each<CPart>(songTrack->parts))
+            if (part->selected() && fits(part) && ++found > count) return true;
+    }
+    return false;
+}
+
+bool anyGhost(CSeq* seq) {
+    return more(seq, 0, true, [](const CPart* part) { return part->ghostOf.load() != nullptr; });
+}
+
+bool severalOnTrack(CSeq* seq) {
+    return more(seq, 1, false, [](const CPart*) { return true; });
+}
+
+bool twoAudio(CSeq* seq) {
+    return more(seq, 1, true, [](const CPart* part) { return part->type == partAudio; });
+}
+
+bool anyCopy(CSeq* seq) {
+    return !seq->copies.empty();
+}
+
+bool anySpan(CSeq* seq) {
+    return seq->getProg()->leftLocator < seq->getProg()->rightLocator;
+}
+
+void split(CSeq* seq) {
+    seq->splitAtCursorClicked();
+}
+
+void crossfade(CSeq* seq) {
+    seq->crossfadeClicked();
+}
+
+void selectEverything(CSeq* seq) {
+    seq->selectAll();
+    seq->update(updateParts);
+}
+
+} // namespace
+
+SongCommands::SongCommands(Workspace& space) : workspace(space), qv(space.host()) {
+    bindAll();
+    bindParts();
+}
+
+void SongCommands::bindAll() {
+    static constexpr struct {
+        const char* name;
+        void (SongCommands::*run)();
+    } rows[] = {
+        {"leftlocator", &SongCommands::leftLocator},
+        {"rightlocator", &SongCommands::rightLocator},
+        {"nextbeat", &SongCommands::nextBeat},
+        {"priorbeat", &SongCommands::priorBeat},
+        {"priorprog", &SongCommands::priorProg},
+        {"nextprog", &SongCommands::nextProg},
+        {"playselection", &SongCommands::playSelection},
+        {"loopselection", &SongCommands::loopSelection},
+        {"mute", &SongCommands::mute},
+        {"solo", &SongCommands::solo},
+        {"addtrack", &SongCommands::addInstrument},
+        {"addaudio", &SongCommands::addAudio},
+        {"adddrum", &SongCommands::addDrums},
+        {"addfolder", &SongCommands::addFolder},
+        {"addmarker", &SongCommands::addMarker},
+        {"deletemarker", &SongCommands::deleteMarker},
+        {"priormarker", &SongCommands::priorMarker},
+        {"nextmarker", &SongCommands::nextMarker},
+        {"timesig-add", &SongCommands::addTimesig},
+        {"snapPrior", &SongCommands::snapPrior},
+        {"snapNext", &SongCommands::snapNext},
+    };
+    const auto ready = [this] { return prog() != nullptr; };
+    for (const auto& row : rows)
+        workspace.commands().bind(
+            row.name, [this, run = row.run] { (this->*run)(); }, ready);
+    workspace.commands().bind(
+        "snap", [this] { snap(); }, ready, [this] { return prog() && seq()->snap->active; });
+    workspace.commands().bind(
+        "opencomp", [this] { openComp(); },
+        [this] { return prog() && workspace.hasEditor(shownComp()); });
+}
+
+void SongCommands::bindParts() {
+    static constexpr struct {
+        const char* name;
+        void (*run)(CSeq* seq);
+        bool (*ready)(CSeq* seq);
+    } rows[] = {
+        {"quantize", quantizeParts, anySelected}, {"splitatcursor", split, anyPart},
+        {"glue", glueParts, severalOnTrack},      {"insertbars", insertBars, anySpan},
+        {"removebars", removeBars, anySpan},      {"unghost", unghostParts, anyGhost},
+        {"mutepart", toggleMutes, anySelected},   {"crossfade", crossfade, twoAudio},
+        {"delete", deleteParts, anySelected},     {"duplicate", duplicateParts, anySelected},
+        {"cut", cutParts, anySelected},           {"copy", copyParts, anySelected},
+        {"paste", pasteParts, anyCopy},           {"selectAll", selectEverything, anyPart},
+    };
+    for (const auto& row : rows)
+        workspace.commands().bind(
+            row.name, [this, run = row.run] { run(seq()); },
+            [this, ready = row.ready] { return prog() && !recording() && ready(seq()); });
+}
+
+bool SongCommands::recording() const {
+    return qv->recording || qv->recUndo;
+}
+
+CSeq* SongCommands::seq() const {
+    return songOf(qv);
+}
+
+CSeqProg* SongCommands::prog() const {
+    return seq() ? seq()->getProg() : nullptr;
+}
+
+// Position.
+
+void SongCommands::leftLocator() {
+    qv->setPos(double(prog()->leftLocator));
+}
+
+void SongCommands::rightLocator() {
+    qv->setPos(double(prog()->rightLocator));
+}
+
+int SongCommands::beatTicks(int tick) const {
+    int num = 4, den = 4;
+    seq()->getTimeSig(num, den);
+    if (const CTimesigPart* point = prog()->getTimesigAtPos(tick)) den = point->getDen();
+    return asMax(1, quarterTicks * 4 / asMax(1, den));
+}
+
+void SongCommands::nextBeat() {
+    const int tick = asInt(seq()->getPos()), beat = beatTicks(tick);
+    qv->setPos(double((tick / beat + 1) * beat));
+}
+
+void SongCommands::priorBeat() {
+    const int tick = asInt(seq()->getPos()), beat = beatTicks(asMax(0, tick - 1));
+    qv->setPos(double(asMax(0, (tick + beat - 1) / beat - 1) * beat));
+}
+
+// Programs.
+
+void SongCommands::stepProg(int by) {
+    const int index = seq()->curProg + by;
+    if (index < 0 || index >= seq()->numProgs()) return;
+    qv->values->begin("Program");
+    qv->values->set(programOf(seq()), index);
+    const double on = qv->loop ? 1.0 : 0.0; // the switch that is shown, which play goes by
+    qv->values->set(loopOf(prog()), {on, on});
+    qv->values->end();
+}
+
+void SongCommands::priorProg() {
+    stepProg(-1);
+}
+
+void SongCommands::nextProg() {
+    stepProg(1);
+}
+
+// Selection.
+
+/// Puts the locators around the selected parts; false without any.
+bool SongCommands::locateSelection() {
+    CList parts;
+    prog()->getSelectedParts(&parts);
+    if (parts.empty()) return false;
+    int from = maxTicks, to = 0;
+    for (auto* part : each<CPart>(parts)) {
+        from = asMin(from, part->pos);
+        to = asMax(to, part->pos + seq()->getTicks(part));
+    }
+    qv->values->set(locatorsOf(prog()), {double(from), double(to)});
+    return true;
+}
+
+void SongCommands::playSelection() {
+    if (!locateSelection()) return;
+    qv->setPos(double(prog()->leftLocator));
+    if (!qv->playing) qv->start();
+}
+
+void SongCommands::loopSelection() {
+    qv->values->begin("Loop selection");
+    if (locateSelection()) qv->values->set(loopOf(prog()), {1.0, 1.0});
+    qv->values->end();
+}
+
+/// A switch of the selected tracks: all on, unless all are.
+void SongCommands::toggle(StoredValue (*valueOf)(CSongTrack*)) {
+    const auto& tracks = seq()->selectedTracks;
+    bool all = true;
+    for (auto* t : each<CSongTrack>(tracks)) all = all && valueOf(t).get()[0] != 0.0;
+    qv->values->begin();
+    for (auto* t : each<CSongTrack>(tracks)) qv->values->set(valueOf(t), all ? 0.0 : 1.0);
+    qv->values->end();
+}
+
+void SongCommands::mute() {
+    toggle(mutedOf);
+}
+
+void SongCommands::solo() {
+    toggle(soloedOf);
+}
+
+void SongCommands::addTrack(int kind) {
+    if (!seq()->hasTrackRoom(kind)) {
+        showMsg(nullptr, "Error", "Too many tracks");
+        return;
+    }
+    CUndo* step = qv->undoStart(addTrackTitle(kind), seq(), undoSongChanged | undoGraph);
+    CSongTrack* made = seq()->addTrack(kind, prog(), step);
+    if (made && kind == trackMIDI) addTrackInstrument(seq(), made->track, step);
+    if (made && kind == trackDrum) ::addDrums(seq(), made->track, step);
+    qv->undoEnd(step, true);
+    if (!made) return;
+    seq()->unselectTracks();
+    seq()->selectTrack(made, true);
+}
+
+void SongCommands::addInstrument() {
+    addTrack(trackMIDI);
+}
+
+void SongCommands::addAudio() {
+    addTrack(trackAudio);
+}
+
+void SongCommands::addDrums() {
+    addTrack(trackDrum);
+}
+
+void SongCommands::addFolder() {
+    addTrack(trackFolder);
+}
+
+CComp* SongCommands::shownComp() const {
+    const auto* songTrack = static_cast<CSongTrack*>(seq()->selectedTracks.getFirst());
+    if (!songTrack) return nullptr;
+    CTrack* track = songTrack->track;
+    for (auto* comp : each<CComp>(qv->comps)) {
+        for (const auto* cable : each<CMIDICable>(comp->midiCables))
+            if (cable->fromPort == track->outPort()) return comp;
+        for (const auto* cable : each<CAudioCable>(comp->audioCables))
+            if (cable->fromChannel == track->output()) return comp;
+    }
+    return nullptr;
+}
+
+void SongCommands::openComp() {
+    shownComp()->edit(true);
+}
+
+// The grid.
+
+void SongCommands::snap() {
+    toggleSnap(seq());
+}
+
+void SongCommands::snapPrior() {
+    stepSnap(seq(), -1);
+}
+
+void SongCommands::snapNext() {
+    stepSnap(seq(), 1);
+}
+
+// Markers and signatures.
+
+/// At the position, the signature that is in force there.
+void SongCommands::addTimesig() {
+    auto* point = new CTimesigPart;
+    point->pos = asInt(seq()->getPos());
+    int num = 4, den = 4;
+    seq()->getTimeSig(num, den);
+    for (const auto* other : each<CTimesigPart>(prog()->timesigs)) {
+        if (other->pos > point->pos) break;
+        num = other->getNum();
+        den = other->getDen();
+    }
+    point->setTimesig(num, den);
+    CUndo* step = qv->undoStart("Add time signature", seq(), updateParts);
+    prog()->addTimesig(point, step);
+    qv->undoEnd(step, false);
+}
+
+void SongCommands::addMarker() {
+    auto* marker = new CMarkerPart;
+    marker->id = CStr("Marker ") + asStr(prog()->markers.getCount() + 1);
+    marker->pos = asInt(seq()->getPos());
+    CUndo* step = qv->undoStart("Add marker", seq(), updateParts);
+    prog()->addMarker(marker, step);
+    qv->undoEnd(step, false);
+}
+
+void SongCommands::deleteMarker() {
+    CMarkerPart* marker = prog()->getMarkerAtPos(asInt(seq()->getPos()));
+    if (!marker) return;
+    CUndo* step = qv->undoStart("Delete marker", seq(), updateParts);
+    step->asRemove(marker, &prog()->markers);
+    qv->undoEnd(step, false);
+}
+
+/// To the next marker in a direction; with the arranger on it chooses the next section instead.
+void SongCommands::stepMarker(int by) {
+    const int now = asInt(seq()->getPos());
+    int target = -1;
+    for (auto* m : each<CMarkerPart>(prog()->markers)) {
+        const int tick = m->pos;
+        const bool ahead = by > 0 ? tick > now : tick < now;
+        const bool nearer = target < 0 || (by > 0 ? tick < target : tick > target);
+        if (ahead && nearer) target = tick;
+    }
+    if (target >= 0) qv->setPos(double(target));
+}
+
+void SongCommands::priorMarker() {
+    if (seq()->options.useMarkers())
+        prog()->priorMarker();
+    else
+        stepMarker(-1);
+}
+
+void SongCommands::nextMarker() {
+    if (seq()->options.useMarkers())
+        prog()->nextMarker();
+    else
+        stepMarker(1);
+}

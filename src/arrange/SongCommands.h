@@ -1,0 +1,60 @@
+#pragma once
+
+class CComp;
+class CQV;
+class CSeq;
+class CSeqProg;
+class CSongTrack;
+class Workspace;
+struct StoredValue;
+
+/// What the actions on the song and its parts do that need no view of them. Without a song they are
+/// not ready, nor are edits of its parts while a take is recorded. Interface thread.
+class SongCommands {
+public:
+    /// Binds them; outlives the table's use.
+    explicit SongCommands(Workspace& workspace);
+
+private:
+    void bindAll();
+    void bindParts();
+
+    CSeq* seq() const;
+    CSeqProg* prog() const; ///< null without a song
+
+    void leftLocator();
+    void rightLocator();
+    void nextBeat();
+    void priorBeat();
+    void priorProg();
+    void nextProg();
+    void playSelection();
+    void loopSelection();
+    void mute();
+    void solo();
+    void addInstrument();
+    void addAudio();
+    void addDrums();
+    void addFolder();
+    void openComp();
+    void addMarker();
+    void deleteMarker();
+    void priorMarker();
+    void nextMarker();
+    void addTimesig();
+    void snap();
+    void snapPrior();
+    void snapNext();
+
+    void addTrack(int kind);
+    void toggle(StoredValue (*valueOf)(CSongTrack*));
+    bool recording() const;
+    bool locateSelection();
+    void stepProg(int by);
+    void stepMarker(int by);
+    int beatTicks(int tick) const;
+    CComp* shownComp() const; ///< what the first selected track plays through, or null
+
+    Workspace& workspace;
+    CQV* qv;
+};

@@ -1,0 +1,112 @@
+#include "arrange/SongImports.h"
+
+#include "audiofiles/AudioImport.h"
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "engine/CQV.h"
+#include "engine/CSnap.h"
+#include "gui/Selections.h"
+#include "gui/dialogs/CFileWin.h"
+#include "project/BringIn.h"
+#include "sequencer/CSeq.h"
+#include "ui/CProgressWin.h"
+#include "ui/Commands.h"
+#include "ui/Song.h"
+#include "ui/Workspace.h"
+
+#include <utility>
+
+namespace {
+
+bool freeFrom(CSeq* seq, const CSongTrack* songTrack, int tick) {
+    for (auto* part : each<CPart>(songTrack->parts))
+        if (part->pos + seq->getTicks(part) > tick) return false;
+    return true;
+}
+
+} // namespace
+
+SongImports::SongImports(Workspace& space) : workspace(space), qv(space.host()) {
+    const auto ready = [this] { return seq() != nullptr; };
+    Commands& commands = workspace.commands();
+    commands.bind(
+        "importaudio", [this] { audioClicked(); }, ready);
+    commands.bind(
+        "importmidi", [this] { midiClicked(); }, ready);
+    commands.bind(
+        "importsound", [this] { soundClicked(); }, ready);
+}
+
+CSeq* SongImports::seq() const {
+    return playableSongOf(qv);
+}
+
+CSongTrack* SongImports::selectedTrack() const {
+    return static_cast<CSongTrack*>(seq()->selectedTracks.getFirst());
+}
+
+// By the menu.
+
+CStr SongImports::ask(const char* title, const char* ext) const {
+    CFileWin dialog(workspace.mainWindow(), title, ext, workspace.dialogFolder(), "", false);
+    dialog.showModal();
+    if (!dialog.result) return "";
+    workspace.projectFolder = dialog.folder;
+    return dialog.path;
+}
+
+void SongImports::audioClicked() {
+    const CStr path = ask("Import audio", audioFileExt);
+    if (path.empty()) return;
+    const int tick = asInt(seq()->getPos());
+    CSongTrack* onto = selectedTrack();
+    if (onto && !freeFrom(seq(), onto, tick)) onto = nullptr;
+    bring({path}, onto, tick);
+}
+
+void SongImports::midiClicked() {
+    const CStr path = ask("Import MIDI file", midiFileExt);
+    if (!path.empty()) bring({path}, nullptr, 0);
+}
+
+void SongImports::soundClicked() {
+    const CStr path = ask("Import sound or clip", soundFileExt);
+    if (!path.empty()) bring({path}, selectedTrack(), asInt(seq()->getPos()));
+}
+
+// By dropping.
+
+void SongImports::dropped(const CList& items, CSongTrack* onto, int tick) {
+    waiting.clear();
+    for (const auto* item : each<CDropItem>(items))
+        if (item->type == dropFile) waiting.push_back(item->path);
+    waitingOnto = onto;
+    waitingTick = tick;
+}
+
+void SongImports::serve() {
+    if (waiting.empty() || workspace.pumping) return;
+    const std::vector<CStr> paths = std::exchange(waiting, {});
+    if (!seq()) return setStatus("There is no song to bring files into");
+    const bool stands = seq()->getProg()->tracks.contains(waitingOnto);
+    bring(paths, stands ? waitingOnto : nullptr, waitingTick);
+}
+
+/// Of several files the first goes to the track; where the others go, nothing of them overlaps.
+void SongImports::bring(const std::vector<CStr>& paths, CSongTrack* onto, int tick) {
+    if (qv->recording || qv->recUndo) return setStatus("Nothing can be imported while recording");
+    CProgressWin progress(workspace, "Import");
+    for (const CStr& path : paths) {
+        const CStr name = extractFileName(path);
+        const SongFile kind = songFileOf(path);
+        if (kind == SongFile::none) {
+            setStatus(name + " is of no kind that a song takes");
+            continue;
+        }
+        if (kind == SongFile::audio && !playsAsIs(path)) progress.onStatus(CStr("Reading ") + name);
+        const auto watch = [&progress](float done) { return progress.onRender(done); };
+        if (bringIn(seq(), path, {onto, tick}, watch)) setStatus(CStr("Imported ") + name);
+        onto = nullptr;
+    }
+}

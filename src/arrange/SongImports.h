@@ -1,0 +1,44 @@
+#pragma once
+
+#include "base/CStr.h"
+
+#include <vector>
+
+class CList;
+class Workspace;
+class CQV;
+class CSeq;
+class CSongTrack;
+
+/// How the user brings files into the song: by the menu, after a question for the file, and by
+/// dropping them. Nothing is brought in while a take is recorded. Without a song its actions are
+/// not ready. Interface thread.
+class SongImports {
+public:
+    /// Binds its actions; outlives the table's use.
+    explicit SongImports(Workspace& workspace);
+
+    /// Onto the selected audio track, where nothing stands from the position on, else onto a new
+    /// one.
+    void audioClicked();
+    void midiClicked(); ///< from the start of the song on
+    /// Clips come to the position; sounds to the selected track, if they are for its kind.
+    void soundClicked();
+
+    /// Takes the files among what is dropped, which come at the next `serve`: to a track, null for
+    /// new ones, at a tick.
+    void dropped(const CList& items, CSongTrack* onto, int tick);
+    void serve();
+
+private:
+    CSeq* seq() const; ///< null without a song
+    CStr ask(const char* title, const char* ext) const;
+    void bring(const std::vector<CStr>& paths, CSongTrack* onto, int tick);
+    CSongTrack* selectedTrack() const;
+
+    Workspace& workspace;
+    CQV* qv;
+    std::vector<CStr> waiting;
+    CSongTrack* waitingOnto = nullptr; ///< may be gone by then
+    int waitingTick = 0;
+};

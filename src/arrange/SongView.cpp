@@ -1,0 +1,228 @@
+#include "arrange/SongView.h"
+
+#include "arrange/CTimeline.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/ValueDoor.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Keys.h"
+#include "gui/controls/CButton.h"
+#include "gui/controls/CScrollbar.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/SongValues.h"
+#include "ui/CMeter.h"
+#include "ui/ProgramItems.h"
+#include "ui/Song.h"
+#include "ui/TrackPalette.h"
+
+namespace {
+
+constexpr int gap = 4;
+constexpr int margin = 8;
+constexpr int stripe = 4; ///< of a track's colour at the left of its row
+constexpr int barWidth = 14;
+constexpr int barSteps = 4; ///< of the scroll bar, for a row
+
+/// The channel that makes a track heard: that of the first component which its output feeds.
+COutputChannel* soundOf(CQV* qv, CTrack* track) {
+    if (COutputChannel* own = track->output()) return own;
+    for (CComp* c : each<CComp>(qv->comps))
+        for (CMIDICable* cable : each<CMIDICable>(c->midiCables))
+            if (cable->fromPort == track->outPort() && c->output()) return c->output();
+    return nullptr;
+}
+
+} // namespace
+
+CTrackRow::CTrackRow(CWin* owner, CQV* host, CSongTrack* shown, int h, int c)
+    : CGroup(owner, "track", 0, 0, rowWidth, h), qv(host), track(shown), colour(c) {
+    constexpr int buttonSize = 20, meterHeight = 9;
+    int x = rowWidth - 2 * (buttonSize + gap) - gap;
+    muteButton = new CButton(owner, "mute", "M", x, gap, buttonSize, buttonSize);
+    soloButton = new CButton(owner, "solo", "S", x + buttonSize + gap, gap, buttonSize, buttonSize);
+    muteButton->skin = &clTrackMute;
+    muteButton->litSkin = &clTrackMutePushed;
+    soloButton->skin = &clTrackSolo;
+    soloButton->litSkin = &clTrackSoloPushed;
+    muteButton->hint = "Mute the track";
+    soloButton->hint = "Play only this track and others with solo";
+    muteButton->onChange = new _COnChange<CTrackRow>(this, &CTrackRow::muteClicked);
+    soloButton->onChange = new _COnChange<CTrackRow>(this, &CTrackRow::soloClicked);
+    meter = new CMeter(owner, margin + stripe, h - meterHeight - margin,
+                       rowWidth - 2 * margin - stripe, meterHeight);
+    meter->item = &clTrackLed;
+    meter->hint = "Level of the track's instrument";
+    for (CCtrl* ctrl : {static_cast<CCtrl*>(muteButton), static_cast<CCtrl*>(soloButton),
+                        static_cast<CCtrl*>(meter)})
+        addControl(ctrl);
+}
+
+void CTrackRow::paint(CGraphic* g, CRect rect) {
+    const CPalette& colours = win->app->gui->palette;
+    const CGuiItem2& look = shownSelected ? clTrackSelected : clTrack;
+    drawGuiItem(g, clientRect(), &look, drawBackground);
+    g->fillRect(colour, asRect(0, 0, stripe, height - 1));
+    g->fillLine(colours.frame, asRect(0, height - 1, width, height));
+    CRect name = asRect(margin + stripe, gap, muteButton->left - gap, gap + 20);
+    if (shownFrozen) {
+        g->drawText(colours.accent, "frozen", name, textRight);
+        name.right -= g->textWidth("frozen") + gap;
+    }
+    g->drawText(look.textCol, track->track->id, name, textLeft);
+    CGroup::paint(g, rect);
+}
+
+void CTrackRow::mouseDown(int x, int y, int btn) {
+    CGroup::mouseDown(x, y, btn);
+    if (!(btn & modLeft)) return;
+    CSeq* seq = track->track->seq;
+    const bool add = (btn & modControl) != 0;
+    const bool on = !add || !track->track->selected();
+    if (!add) seq->unselectTracks();
+    seq->selectTrack(track, on);
+}
+
+void CTrackRow::muteClicked(CObject*) {
+    qv->values->set(mutedOf(track), track->muted() ? 0.0 : 1.0);
+}
+
+void CTrackRow::soloClicked(CObject*) {
+    qv->values->set(soloedOf(track), track->soloed() ? 0.0 : 1.0);
+}
+
+void CTrackRow::refresh() {
+    const bool selected = track->track->selected(), frozen = !track->freezeItems.empty();
+    if (selected != shownSelected || frozen != shownFrozen) {
+        shownSelected = selected;
+        shownFrozen = frozen;
+        redraw();
+    }
+    muteButton->setLit(track->muted());
+    soloButton->setLit(track->soloed());
+    meter->channel = soundOf(qv, track->track);
+    meter->refresh();
+}
+
+SongView::SongView(CWin* owner, CQV* host, int t, int w, int h)
+    : CGroup(owner, "song", 0, t, w, h), qv(host) {
+    setAlign(alignWidth | alignHeight, 0, 0);
+    songChanged();
+}
+
+void SongView::forgetSong() {
+    rows.clear();
+    timeline = nullptr;
+    bar = nullptr;
+    clear();
+    redraw();
+}
+
+void SongView::songChanged() {
+    forgetSong();
+    timeline = new CTimeline(win, qv, CTrackRow::rowWidth + 1, 0, 1, height, rowHeight);
+    addControl(timeline);
+    bar = new CScrollbar(win, "scroll", 0, CTimeline::rulerHeight, barWidth, 1);
+    bar->onChange = new _COnChange<SongView>(this, &SongView::barMoved);
+    addControl(bar);
+    CSeq* seq = songOf(qv);
+    if (seq && seq->getProg())
+        for (auto* t : each<CSongTrack>(seq->getProg()->tracks)) {
+            rows.push_back(new CTrackRow(win, qv, t, rowHeight, trackColour(int(rows.size()))));
+            addControl(rows.back());
+        }
+    layout();
+}
+
+int SongView::roomForRows() const {
+    return asMax(1, (height - CTimeline::rulerHeight) / rowHeight);
+}
+
+void SongView::layout() {
+    if (!timeline) return;
+    const int count = int(rows.size()), room = roomForRows();
+    firstRow = asMinMax(firstRow, 0, asMax(0, count - room));
+    bar->visible = count > room;
+    bar->setBounds(width - barWidth, CTimeline::rulerHeight, barWidth,
+                   height - CTimeline::rulerHeight);
+    bar->setRange(count * barSteps, room * barSteps);
+    if (bar->scrollMode == 0) bar->setPos(firstRow * barSteps);
+    const int start = CTrackRow::rowWidth + 1;
+    timeline->setBounds(start, 0, width - start - (bar->visible ? barWidth : 0), height);
+    timeline->setFirstRow(firstRow);
+    for (int i = 0; i < count; i++) {
+        const int y = CTimeline::rulerHeight + (i - firstRow) * rowHeight;
+        rows[size_t(i)]->visible = i >= firstRow && y < height;
+        rows[size_t(i)]->setBounds(0, y, CTrackRow::rowWidth, rowHeight);
+    }
+    redraw();
+}
+
+void SongView::scrollTo(int row) {
+    const int before = firstRow;
+    firstRow = row;
+    layout();
+    if (firstRow != before) timeline->songChanged();
+}
+
+void SongView::barMoved(CObject*) {
+    scrollTo((bar->pos + barSteps / 2) / barSteps);
+}
+
+bool SongView::mouseWheel(int, int, int, int dy, int) {
+    if (!timeline || !dy || !bar->visible) return false;
+    scrollTo(firstRow + (dy > 0 ? -1 : 1));
+    return true;
+}
+
+bool SongView::stepTrack(int by) {
+    const int count = int(rows.size());
+    int chosen = -1;
+    for (int i = 0; i < count; i++)
+        if (rows[size_t(i)]->songTrack()->track->selected() && (chosen < 0 || by > 0)) chosen = i;
+    const int next = chosen < 0 ? 0 : chosen + by;
+    if (next < 0 || next >= count) return false;
+    CSongTrack* track = rows[size_t(next)]->songTrack();
+    CSeq* seq = track->track->seq;
+    seq->unselectTracks();
+    seq->selectTrack(track, true);
+    scrollTo(asMinMax(firstRow, next - roomForRows() + 1, next));
+    return true;
+}
+
+CSongTrack* SongView::trackAt(int y) const {
+    for (const CTrackRow* row : rows)
+        if (row->visible && y >= row->top && y < row->top + row->height) return row->songTrack();
+    return nullptr;
+}
+
+bool SongView::onTimeline(int x) const {
+    return timeline && x >= timeline->left;
+}
+
+int SongView::tickAt(int x) const {
+    return timeline ? timeline->tickAt(x - timeline->left) : 0;
+}
+
+void SongView::paint(CGraphic* g, CRect rect) {
+    const CPalette& colours = win->app->gui->palette;
+    const int heads = CTrackRow::rowWidth; // beside them the timeline covers all
+    g->fillRect(colours.panel, clientRect());
+    g->fillLine(colours.frame,
+                asRect(0, CTimeline::rulerHeight - 1, heads, CTimeline::rulerHeight));
+    g->fillLine(colours.frame, asRect(heads, 0, heads + 1, height));
+    CGroup::paint(g, rect);
+}
+
+void SongView::resized() {
+    CGroup::resized();
+    layout();
+    if (timeline) timeline->songChanged();
+}
+
+void SongView::refresh() {
+    for (CTrackRow* row : rows)
+        if (row->visible) row->refresh();
+    if (timeline) timeline->refresh();
+}

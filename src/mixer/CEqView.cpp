@@ -1,0 +1,105 @@
+#include "mixer/CEqView.h"
+
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Keys.h"
+
+#include <cmath>
+
+CEqView::CEqView(CWin* owner, const CStr& name, int l, int t, int w, int h)
+    : CCtrl(owner, name, l, t, w, h), curve(this) {
+    clipped = true;
+    tabStop = true;
+    hint = "Drag a band; with the right button its width";
+    curve.CalcCurve();
+}
+
+void CEqView::setBand(int index, CEQ* band) {
+    curve.handles[index]->link = band;
+    curve.Invalidate();
+}
+
+void CEqView::setRate(double hz) {
+    curve.SetSamplerate(hz);
+    curve.Invalidate();
+}
+
+void CEqView::paint(CGraphic* g, CRect) {
+    const CPalette& colours = win->app->gui->palette;
+    curve.Paint(g, clientRect());
+    if (current >= 0) g->frameRect(colours.text, curve.handleRect(current));
+    g->frameRect(hasKeyFocus() ? colours.accent : colours.frame, clientRect());
+}
+
+void CEqView::mouseDown(int x, int y, int btn) {
+    if (!(btn & (modLeft | modRight))) return;
+    win->setKeyCtrl(this);
+    current = curve.handleAt(x, y);
+    dragging = current >= 0;
+    widens = (btn & modRight) != 0;
+    if (dragging) {
+        const CRect square = curve.handleRect(current);
+        constexpr int half = EqCurve::handleSize / 2;
+        grab = asPoint(x - square.left - half, y - square.top - half);
+    }
+    redraw();
+}
+
+void CEqView::mouseMove(int x, int y, int btn) {
+    if (!dragging || !isPushed() || !(btn & (modLeft | modRight))) return;
+    EqHandle& handle = *curve.handles[current];
+    if (widens) {
+        handle.SetQ(curve.ScreenToQ(y));
+    } else {
+        handle.SetFreq(curve.ScreenToFreq(x - grab.x));
+        handle.SetGain(curve.ScreenToGain(y - grab.y));
+    }
+    changed();
+}
+
+void CEqView::mouseUp(int, int, int) {
+    dragging = false;
+}
+
+bool CEqView::keyDown(int key, int mods) {
+    constexpr double gainStep = 0.5, widthStep = 1.1;
+    if (mods) return false;
+    if (key >= '1' && key < '1' + EqCurve::numHandles) {
+        current = key - '1';
+        redraw();
+        return true;
+    }
+    if (current < 0) return false;
+    EqHandle& handle = *curve.handles[current];
+    const double column = std::pow(10.0, curve.scale);
+    switch (key) {
+    case keyLeft:
+    case keyRight:
+        handle.SetFreq(key == keyLeft ? handle.GetFreq() / column : handle.GetFreq() * column);
+        break;
+    case ::keyUp:
+    case ::keyDown:
+        handle.SetGain(handle.GetGain() + (key == ::keyUp ? gainStep : -gainStep));
+        break;
+    case keyPageUp:
+        handle.SetQ(handle.GetQ() * widthStep);
+        break;
+    case keyPageDown:
+        handle.SetQ(handle.GetQ() / widthStep);
+        break;
+    default:
+        return false;
+    }
+    changed();
+    return true;
+}
+
+void CEqView::setFocus(bool) {
+    redraw();
+}
+
+void CEqView::changed() {
+    curve.Invalidate();
+    if (onChange) (*onChange)(this);
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "setup/SetupPage.h"
+
+class CDropdown;
+class CEdit;
+
+/// Options of the program as a whole, all in the section "options".
+class GlobalPage : public SetupPage {
+public:
+    GlobalPage(CSetupWin* window, CRect place);
+
+private:
+    void addStart();
+    void addOptions();
+    void addText();
+    void startChanged(CObject* sender);
+    void optionChecked(CObject* sender);
+    void smoothChecked(CObject* sender);
+    void fontChanged(CObject* sender);
+    void sizeChanged(CObject* sender);
+    void scaleChanged(CObject* sender);
+
+    CDropdown *start = nullptr, *size = nullptr, *scale = nullptr;
+    CEdit* font = nullptr;
+};

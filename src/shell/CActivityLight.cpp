@@ -1,0 +1,39 @@
+#include "shell/CActivityLight.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Colours.h"
+
+namespace {
+
+constexpr int lightTop = 4, lightHeight = 48;
+constexpr int lampTop = 24, lampSize = 16;
+constexpr int titleHeight = 16, full = 100;
+
+} // namespace
+
+CActivityLight::CActivityLight(CWin* owner, int l, CQV* host)
+    : CCtrl(owner, "midi", l, lightTop, lightWidth, lightHeight), qv(host) {
+    hint = "MIDI controller mapping";
+}
+
+void CActivityLight::paint(CGraphic* g, CRect) {
+    const CPalette& colours = win->app->gui->palette;
+    g->fillRect(colours.window, clientRect());
+    g->frameRect(colours.frame, clientRect());
+    g->drawText(colours.dimText, "MIDI", asRect(0, 3, width, titleHeight), 0);
+    const int x = (width - lampSize) / 2;
+    const CRect lamp = asRect(x, lampTop, x + lampSize, lampTop + lampSize);
+    g->fillRect(fadeCol(colours.frame, colours.meter[0], brightness / double(full)), lamp);
+    g->frameRect(colours.frame, lamp);
+}
+
+void CActivityLight::refresh() {
+    const int now = asRound(double(qv->midiActivity) * full);
+    if (now == brightness) return;
+    brightness = now;
+    if (shown()) win->app->drawNow(win, this);
+}

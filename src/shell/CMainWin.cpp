@@ -1,0 +1,331 @@
+#include "shell/CMainWin.h"
+
+#include "arrange/SongView.h"
+#include "base/CIniFile.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "engine/CQV.h"
+#include "engine/CSnap.h"
+#include "engine/ValueDoor.h"
+#include "gui/CApp.h"
+#include "gui/Keys.h"
+#include "gui/Selections.h"
+#include "gui/XConnection.h"
+#include "sequencer/CSeq.h"
+#include "setup/CSetupWin.h"
+#include "shell/MainCommands.h"
+#include "shell/MainMenu.h"
+#include "shell/Pages.h"
+#include "shell/ProjectFlows.h"
+#include "shell/Rooms.h"
+#include "shell/StatusLine.h"
+#include "shell/Toolbar.h"
+#include "ui/Shortcuts.h"
+#include "ui/Song.h"
+
+namespace {
+
+constexpr const char* windowTitle = "Sondrava2.0 - alpha";
+constexpr int mainStyle =
+    winManaged | winCaption | winSizable | winMinButton | winMaxButton | winMain;
+constexpr int smallestWidth = 900, smallestHeight = 320;
+constexpr int leastSide = 64, mostSide = 16384; ///< of a place from a file
+constexpr int keyF10 = keyF1 - 9;
+
+/// What a key does in every window, whatever the shortcuts; null for nothing.
+const char* fixedAction(int key) {
+    constexpr struct {
+        int key;
+        const char* action;
+    } fixed[] = {{keyHome, "rewind"},
+                 {keyMediaStop, "stop"},
+                 {keyMediaPrior, "rewind"},
+                 {keyMediaNext, "nextmarker"},
+                 {keyMediaRecord, "record"}};
+    for (const auto& f : fixed)
+        if (f.key == key) return f.action;
+    return nullptr;
+}
+
+} // namespace
+
+CMainWin::CMainWin(CApp* application, CQV* host)
+    : ProgramTables(host), CCompEditor(application, nullptr, windowTitle, host->editorStruct.left,
+                                       host->editorStruct.top, host->editorStruct.width,
+                                       host->editorStruct.height, mainStyle, host, &table),
+      flows(std::make_unique<ProjectFlows>(this, host)), rooms(std::make_unique<Rooms>(*this)),
+      theme(application, host), mainCommands(std::make_unique<MainCommands>(this)) {
+    minWidth = asMin(smallestWidth, screenWidth());
+    minHeight = smallestHeight;
+    editorType = groupArrange; // of the first page
+    table.readShortcuts();
+    choices.hints.onChange = [this] {
+        if (!choices.hints.on()) setStatus("");
+    };
+    choices.tabsAlways.onChange = [this] { pages->showTabs(choices.tabsAlways.on()); };
+    wire(app->onKey, static_cast<COnKey*>(new _COnKey<CMainWin>(this, &CMainWin::handleKeyDown)));
+    wire(app->onHint, static_cast<COnChange*>(new _COnChange<CMainWin>(this, &CMainWin::appHint)));
+    wire(app->onStrayDrop,
+         static_cast<COnChange*>(new _COnChange<CMainWin>(this, &CMainWin::mainDrop)));
+}
+
+CMainWin::~CMainWin() {
+    wire(app->onKey, static_cast<COnKey*>(nullptr));
+    wire(app->onHint, static_cast<COnChange*>(nullptr));
+    wire(app->onStrayDrop, static_cast<COnChange*>(nullptr));
+}
+
+void CMainWin::init() {
+    mainMenu = std::make_unique<MainMenu>(this, qv);
+    const int w = clientGroup->width, h = clientGroup->height;
+    bar = new Toolbar(this, qv, w);
+    addControl(bar);
+    status = new StatusLine(this, h - StatusLine::lineHeight, w);
+    addControl(status);
+    const int below = Toolbar::barHeight;
+    song = new SongView(this, qv, below, w, h - below - StatusLine::lineHeight);
+    song->setAlign(alignWidth | alignHeight, 0, StatusLine::lineHeight);
+    wire(song->onDrop, static_cast<COnMouse*>(new _COnMouse<CMainWin>(this, &CMainWin::songDrop)));
+    addControl(song);
+    pages = std::make_unique<Pages>(this, qv, song, below, int(StatusLine::lineHeight));
+    idle();
+    redraw();
+}
+
+void CMainWin::onTimer() {
+    if (!flows->loading()) qv->idle();
+    if (!pumping) flows->tick();
+    if (!flows->loading()) rooms->imports.serve();
+}
+
+void CMainWin::hide() {
+    if (visible) {
+        if (pumping || flows->loading() || !flows->mayLeave()) return;
+        flows->close();
+        if (pages) pages->closeDocked();
+        writeSettings();
+    }
+    CWin::hide();
+}
+
+void CMainWin::resized() {
+    CCompEditor::resized();
+    if (pages) pages->layout();
+}
+
+// Pages.
+
+void CMainWin::dockWin(CCompEditor* editor, int where, bool maximize, CUndo* undo) {
+    pages->dockWin(editor, where, maximize, undo);
+}
+
+void CMainWin::updateDocker() {
+    pages->update();
+}
+
+// Keys and actions.
+
+bool CMainWin::keyDown(int key, int mods) {
+    if (CCompEditor::keyDown(key, mods) || arrowKey(key, mods)) return true;
+    if (key != keyF10 || mods != 0 || !mainMenu) return false;
+    mainMenu->focus();
+    return true;
+}
+
+bool CMainWin::handleKeyDown(CObject* sender, int& key, int mods) {
+    auto* from = static_cast<CWin*>(static_cast<CCtrl*>(sender));
+    if (key == keyEscape && qv->values->dragging()) {
+        qv->values->cancel();
+        return true;
+    }
+    if (app->keyHookCtrl) {
+        if (key == keyEscape) qv->mapLearn = 0;
+        return key == keyEscape;
+    }
+    const CCtrl* target = from->keyTarget();
+    const bool media = key <= keyMediaPlay && key >= keyMediaRecord;
+    const bool typing = target && target->type == ctrlEdit && !media;
+    if (mods != 0 || typing || app->modalWin || !app->menus.empty() || flows->loading())
+        return false;
+    if (key == ' ' || key == keyMediaPlay) return playOrStop();
+    if (const char* name = fixedAction(key)) return onAction(getAction(name));
+    if (key != keyEscape || from != this || !keyCtrl) return false;
+    setKeyCtrl(nullptr);
+    return true;
+}
+
+bool CMainWin::playOrStop() {
+    return table.run(getAction(qv->playing ? "stop" : "play"));
+}
+
+bool CMainWin::onAction(CAction* action) {
+    return !flows->loading() && table.run(action);
+}
+
+CStr CMainWin::shortcutOf(const CAction* action) const {
+    const char* fixed = action->key == ' ' ? "play" : fixedAction(action->key);
+    const bool mine = action->mods == 0 && fixed
+                          ? action->name == fixed
+                          : actions->find(action->key, action->mods, editorType) == action;
+    return mine ? shortcutToStr(action->key, action->mods) : CStr();
+}
+
+void CMainWin::actionClicked(CObject* sender) {
+    onAction(static_cast<CAction*>(static_cast<CCtrl*>(sender)->userPtr));
+}
+
+/// Up and Down choose a track of the song.
+bool CMainWin::arrowKey(int key, int mods) {
+    if (mods != 0 || (key != ::keyUp && key != ::keyDown)) return false;
+    return song && song->shown() && !flows->loading() && song->stepTrack(key == ::keyUp ? -1 : 1);
+}
+
+/// Projects and themes among what is dropped are opened, wherever it is, and nothing is taken
+/// beside a dialog; false for all else.
+bool CMainWin::takesDrop() {
+    if (app->modalWin) return true;
+    for (auto* item : each<CDropItem>(*app->dragList)) {
+        const CStr ext = item->type == dropFile ? extractFileExt(item->path) : CStr();
+        if (sameText(ext, ".qv")) {
+            flows->newProject(kindFile, item->path);
+            return true;
+        }
+        if (!sameText(ext, ".qvl")) continue;
+        openTheme(app, qv, item->path);
+        return true;
+    }
+    return false;
+}
+
+void CMainWin::mainDrop(CObject*) {
+    if (!takesDrop()) rooms->imports.dropped(*app->dragList, nullptr, asInt(qv->pos));
+}
+
+/// On the timeline files come where they are dropped, by the grid; on a head at the position.
+void CMainWin::songDrop(CObject*, int x, int y, int) {
+    CSeq* seq = songOf(qv);
+    if (takesDrop() || !seq) return;
+    const int grid = seq->snap->val();
+    const int tick = song->onTimeline(x) ? song->tickAt(x) / grid * grid : asInt(seq->getPos());
+    rooms->imports.dropped(*app->dragList, song->trackAt(y), tick);
+}
+
+// What is shown.
+
+void CMainWin::setStatus(const CStr& text, bool atOnce) {
+    if (!status) return;
+    status->setText(text);
+    if (atOnce) app->drawNow(this, status);
+}
+
+void CMainWin::appHint(CObject* sender) {
+    if (!choices.hints.on()) return;
+    const auto* ctrl = static_cast<CCtrl*>(sender);
+    CStr text = ctrl ? ctrl->hint : CStr();
+    if (ctrl && !text.empty() && ctrl->userPtr) {
+        const auto* action = static_cast<const CAction*>(ctrl->userPtr);
+        const CStr shortcut = shortcutOf(action);
+        if (!shortcut.empty()) text += "  (" + shortcut + ")";
+    }
+    setStatus(text);
+}
+
+CStr CMainWin::dialogFolder() const {
+    if (!projectFolder.empty()) return projectFolder;
+    const CStr path = qv->projectFile.empty() ? RecentFiles::lastProject() : qv->projectFile;
+    return path.empty() ? getHomeFolder() : extractFilePath(path);
+}
+
+void CMainWin::projectChanged() {
+    constexpr unsigned pageBits = 0x408001;
+    if (!qv->projectFile.empty()) qv->updatePeaks();
+    qv->update(pageBits);
+    setCaptionText();
+    if (rooms->setup) rooms->setup->projectChanged();
+    resized();
+    redraw();
+}
+
+void CMainWin::forgetSong() {
+    if (song) song->forgetSong();
+    if (bar) bar->forgetSong();
+}
+
+void CMainWin::mdiChanged() {
+    if (mainMenu) mainMenu->rebuild();
+}
+
+void CMainWin::showRecent(int x, int y) {
+    mainMenu->showRecent(x, y);
+}
+
+void CMainWin::setCaptionText() {
+    const bool modified = qv->modified();
+    if (modified == captionModified && captionFile == qv->projectFile) return;
+    captionModified = modified;
+    captionFile = qv->projectFile;
+    CStr text = windowTitle;
+    if (!captionFile.empty()) text += " - " + changeFileExt(extractFileName(captionFile), "");
+    if (modified) text += " *";
+    setCaption(text);
+}
+
+bool CMainWin::hasEditor(const CComp* edited) const {
+    return edited && rooms->editors.has(*edited);
+}
+
+void CMainWin::openEditor(CComp* edited) {
+    CCompEditor* editor = pages->editorOf(edited);
+    if (editor) return pages->bringToFront(editor);
+    for (const auto& known : made)
+        if (known->comp == edited) return pages->open(known.get());
+    if (!hasEditor(edited)) return;
+    made.push_back(rooms->editors.make(*this, *edited));
+    pages->open(made.back().get());
+}
+
+void CMainWin::dropEditor(const CComp* edited) {
+    std::erase_if(made, [edited](const auto& editor) { return editor->comp == edited; });
+}
+
+void CMainWin::updateEditors(unsigned bits) {
+    for (auto* editor : each<CCompEditor>(editors)) editor->comp->update(bits);
+}
+
+// The place of the window.
+
+void CMainWin::readPlace(CEditorStruct& place) {
+    const bool large = hasStyle(winMaximized);
+    const CPoint at = large ? asPoint(restoreRect.left, restoreRect.top) : getPos(true);
+    const CPoint extent = large ? asPoint(restoreRect.right, restoreRect.bottom) : getSize();
+    place.maximized = large;
+    place.left = at.x;
+    place.top = at.y;
+    place.width = extent.x;
+    place.height = extent.y;
+}
+
+void CMainWin::moveTo(const CEditorStruct& place) {
+    const CRect screen = getDesktopBounds();
+    const int roomX = screen.right - screen.left, roomY = screen.bottom - screen.top;
+    const int w = asMinMax(place.width, leastSide, asMin(mostSide, roomX));
+    const int h = asMinMax(place.height, leastSide, asMin(mostSide, roomY));
+    if (hasStyle(winMaximized)) restore();
+    move(asMinMax(place.left, screen.left, screen.right - w),
+         asMinMax(place.top, screen.top, screen.bottom - h), w, h);
+    if (place.maximized) maximize();
+}
+
+void CMainWin::writeSettings() {
+    if (!qv->settingsEnabled) return;
+    CEditorStruct place;
+    readPlace(place);
+    const CIniBatch batch(inifile);
+    CIniFile ini(inifile);
+    ini.writeInteger("editor", "maximized", place.maximized);
+    ini.writeInteger("editor", "left", place.left);
+    ini.writeInteger("editor", "top", place.top);
+    ini.writeInteger("editor", "width", place.width);
+    ini.writeInteger("editor", "height", place.height);
+    if (bar) bar->writeSettings(ini);
+}

@@ -1,0 +1,132 @@
+#pragma once
+
+#include "ui/CCompEditor.h"
+#include "ui/Commands.h"
+#include "ui/Options.h"
+#include "ui/Skins.h"
+#include "ui/Workspace.h"
+
+#include <memory>
+#include <vector>
+
+class CQV;
+class CUndo;
+class MainCommands;
+class MainMenu;
+class Pages;
+class ProjectFlows;
+class Rooms;
+class SongView;
+class StatusLine;
+class Toolbar;
+struct CEditorStruct;
+
+/// What stands before the window is made, and before its rooms are.
+struct ProgramTables {
+    explicit ProgramTables(CQV* host) : qv(host), choices(host) {}
+
+    CQV* const qv;
+    Commands table;
+    Options choices;
+};
+
+/// The one top-level window of the program, the editor of the host, and the interface's link to it:
+/// its timer is the heartbeat of the engine's interface side. Interface thread.
+class CMainWin : private ProgramTables, public CCompEditor, public Workspace {
+public:
+    CList editors; ///< of CCompEditor, those open besides this one, by `Pages`; not owned
+    const std::unique_ptr<ProjectFlows> flows;
+    const std::unique_ptr<Rooms> rooms;
+    std::unique_ptr<Pages> pages; ///< null until `init`
+
+    CMainWin(CApp* app, CQV* host);
+    ~CMainWin() override;
+    CMainWin(const CMainWin&) = delete;
+    CMainWin& operator=(const CMainWin&) = delete;
+
+    /// Makes the content, once the engine stands.
+    void init();
+
+    void onTimer() override;
+    /// Turns changes of the engine into repaints. Called by the host's idle.
+    void idle() override;
+    /// The close flow: asks about unsaved changes, and may stay. The program ends when the window
+    /// is hidden.
+    void hide() override;
+    void resized() override;
+    bool keyDown(int key, int mods) override;
+    bool onAction(CAction* action) override;
+    bool playOrStop(); ///< what Space does
+    /// For `CApp::onKey`: Space, Home and Escape in every window of the program.
+    bool handleKeyDown(CObject* sender, int& key, int mods);
+
+    /// The shortcut as a text where pressing it here runs the action; else empty.
+    CStr shortcutOf(const CAction* action) const;
+    /// For buttons and menu entries that carry a CAction in `userPtr`.
+    void actionClicked(CObject* sender);
+    CAction* getAction(const char* name) const { return actions->getAction(name); }
+
+    CQV* host() const override { return qv; }
+    CWin* mainWindow() override { return this; }
+    Commands& commands() override { return table; }
+    Options& options() override { return choices; }
+    void setStatus(const CStr& text, bool atOnce = false) override;
+    CStr dialogFolder() const override;
+    bool hasEditor(const CComp* edited) const override;
+    void openEditor(CComp* edited) override;
+    /// Lets go of the window that `openEditor` has made, as its component is about to die.
+    void dropEditor(const CComp* edited);
+    /// Another project is open, or it has another name.
+    void projectChanged();
+    void forgetSong(); ///< the song is about to be deleted
+    /// See `Pages::dockWin`.
+    void dockWin(CCompEditor* editor, int where, bool maximize, CUndo* undo = nullptr);
+    /// Docks or records have changed: makes the windows follow.
+    void updateDocker();
+    /// The active page is another one: rebuilds the menu bar.
+    void mdiChanged();
+    void showRecent(int x, int y); ///< the recent projects as a menu at a point of the screen
+
+    /// The place of the window, for files and settings; when maximized the one to go back to.
+    void readPlace(CEditorStruct& place);
+    void moveTo(const CEditorStruct& place);
+
+    /// Calls `update(bits)` on the component of each open editor, whose idle serves it.
+    void updateEditors(unsigned bits);
+
+private:
+    void appHint(CObject* sender);
+    void mainDrop(CObject* sender);
+    void songDrop(CObject* sender, int x, int y, int btn);
+    bool takesDrop();
+    bool arrowKey(int key, int mods);
+    void writeSettings();
+    void serveUpdates();
+    void serveSong();
+    void graphChanged();
+    void peaksChanged();
+    void devicesChanged();
+    void flatsChanged();
+    void setCaptionText(); ///< nothing while it tells the project already
+    void showDevice();
+    CStr deviceText() const;
+
+    /// What the status line tells of the device; -1 none.
+    struct DeviceState {
+        int device = -1, frames = 0;
+        float rate = 0.0f;
+        bool operator==(const DeviceState&) const = default;
+    };
+
+    static constexpr DeviceState nothingTold{-2, 0, 0.0f};
+    DeviceState shownDevice = nothingTold;
+    CStr captionFile; ///< the project that the caption tells
+    bool captionModified = false;
+    const ThemeLink theme;
+    const std::unique_ptr<MainCommands> mainCommands;
+    std::unique_ptr<MainMenu> mainMenu;
+    Toolbar* bar = nullptr;
+    SongView* song = nullptr;
+    StatusLine* status = nullptr;
+    std::vector<std::unique_ptr<CCompEditor>> made; ///< by the table of editors
+};

@@ -1,0 +1,72 @@
+#include "shell/CMonitorVolume.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Keys.h"
+
+namespace {
+
+constexpr int wheelStep = 2, keyStep = 5;
+constexpr int thumbWidth = 3;
+
+} // namespace
+
+CMonitorVolume::CMonitorVolume(CWin* owner, int l, int t, int w, int h, CQV* host)
+    : CCtrl(owner, "monitor", l, t, w, h), qv(host) {
+    hint = "Monitor volume";
+    tabStop = true;
+}
+
+int CMonitorVolume::getPercent() const {
+    return asRound(double(qv->listenVolume) * full);
+}
+
+void CMonitorVolume::setPercent(int percent) {
+    qv->listenVolume = float(asMinMax(percent, 0, full)) / float(full);
+    refresh();
+}
+
+void CMonitorVolume::refresh() {
+    if (getPercent() == shownPercent) return;
+    shownPercent = getPercent();
+    redraw();
+}
+
+void CMonitorVolume::paint(CGraphic* g, CRect) {
+    const CPalette& colours = win->app->gui->palette;
+    g->fillRect(colours.panel, clientRect());
+    const CRect track = asRect(0, height / 2 - 2, width, height / 2 + 2);
+    const int x = shownPercent * (width - thumbWidth) / full;
+    g->fillRect(colours.frame, track);
+    g->fillRect(colours.accent, asRect(0, track.top, x, track.bottom));
+    g->fillRect(colours.text, asRect(x, 0, x + thumbWidth, height));
+    if (hasKeyFocus()) g->frameRect(colours.accent, clientRect());
+}
+
+void CMonitorVolume::mouseDown(int x, int y, int btn) {
+    CCtrl::mouseDown(x, y, btn);
+    if (btn & modDouble)
+        setPercent(full);
+    else
+        mouseMove(x, y, btn);
+}
+
+void CMonitorVolume::mouseMove(int x, int, int btn) {
+    if ((btn & modLeft) && !(btn & modDouble) && isPushed())
+        setPercent(x * full / asMax(1, width - thumbWidth));
+}
+
+bool CMonitorVolume::mouseWheel(int, int, int, int dy, int) {
+    setPercent(getPercent() + (dy > 0 ? wheelStep : -wheelStep));
+    return true;
+}
+
+bool CMonitorVolume::keyDown(int key, int mods) {
+    if (CCtrl::keyDown(key, mods)) return true;
+    if (key != keyLeft && key != keyRight) return false;
+    setPercent(getPercent() + (key == keyRight ? keyStep : -keyStep));
+    return true;
+}

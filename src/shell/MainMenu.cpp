@@ -1,0 +1,223 @@
+#include "shell/MainMenu.h"
+
+#include "base/Paths.h"
+#include "engine/CQV.h"
+#include "gui/CApp.h"
+#include "gui/controls/CPopup.h"
+#include "render/CRenderWin.h"
+#include "sequencer/Freezing.h"
+#include "shell/CMainWin.h"
+#include "shell/MainRibbon.h"
+#include "shell/Pages.h"
+#include "shell/ProjectFlows.h"
+#include "ui/Song.h"
+
+#include <iterator>
+
+namespace {
+
+struct TrackChoice {
+    const char *action, *text;
+};
+constexpr TrackChoice trackChoices[] = {{"addtrack", "Instrument track"},
+                                        {"addaudio", "Audio track"},
+                                        {"adddrum", "Drum track"},
+                                        {"addfolder", "Folder"}};
+
+} // namespace
+
+MainMenu::MainMenu(CMainWin* mainWin, CQV* host)
+    : window(mainWin), qv(host), bar(new CMenu(mainWin, "menu")) {
+    rebuild();
+    window->addMenu(bar);
+    ribbon = std::make_unique<MainRibbon>(window, bar);
+}
+
+MainMenu::~MainMenu() = default;
+
+void MainMenu::rebuild() {
+    bar->clear();
+    const auto entry = [&](const char* text, int entryTag) {
+        bar->add(text, new _COnChange<MainMenu>(this, &MainMenu::menuClicked), entryTag);
+    };
+    entry("File", menuFile);
+    entry("Edit", menuEdit);
+    entry("View", menuView);
+    CCompEditor* page = window->pages ? window->pages->current() : nullptr;
+    if (page) {
+        page->mergeMenu(bar);
+    } else if (songOf(qv)) {
+        entry("Song", menuSong);
+        entry("Track", menuTrack);
+        entry("Part", menuPart);
+    }
+    entry("Help", menuHelp);
+    bar->redraw();
+    if (ribbon) ribbon->rebuild();
+}
+
+void MainMenu::focus() {
+    window->setKeyCtrl(bar);
+}
+
+void MainMenu::refresh() {
+    ribbon->refresh();
+}
+
+void MainMenu::menuClicked(CObject* sender) {
+    static constexpr struct {
+        int tag;
+        void (MainMenu::*fill)(CPopup* popup);
+    } menus[] = {{menuFile, &MainMenu::fillFile}, {menuEdit, &MainMenu::fillEdit},
+                 {menuView, &MainMenu::fillView}, {menuTrack, &MainMenu::fillTrack},
+                 {menuSong, &MainMenu::fillSong}, {menuPart, &MainMenu::fillPart},
+                 {menuHelp, &MainMenu::fillHelp}};
+    auto* popup = static_cast<CPopup*>(static_cast<CCtrl*>(sender));
+    for (const auto& menu : menus)
+        if (menu.tag == popup->tag) (this->*menu.fill)(popup);
+}
+
+// Entries.
+
+CMenuItem* MainMenu::add(CPopup* popup, const CStr& text, void (MainMenu::*chosen)(CObject*),
+                         int entryTag) {
+    CMenuItem* item = popup->add(text, new _COnChange<MainMenu>(this, chosen));
+    item->tag = entryTag;
+    return item;
+}
+
+/// An action with its shortcut; nothing for one that the program does not carry out.
+void MainMenu::addAction(CPopup* popup, const char* name, const CStr& text) {
+    CAction* action = window->getAction(name);
+    if (!action->bound()) return;
+    CStr line = text.empty() ? action->label : text;
+    const CStr shortcut = window->shortcutOf(action);
+    if (!shortcut.empty()) line += "\t" + shortcut;
+    auto* clicked = new _COnChange<CMainWin>(window, &CMainWin::actionClicked);
+    CMenuItem* item = popup->add(line, clicked);
+    item->userPtr = action;
+    item->enabled = action->isReady();
+    item->checked = action->isOn();
+}
+
+void MainMenu::addGroups(CPopup* popup,
+                         std::initializer_list<std::initializer_list<const char*>> groups) {
+    for (const auto& group : groups) {
+        popup->addSeparator();
+        for (const char* name : group) addAction(popup, name);
+    }
+}
+
+// File.
+
+void MainMenu::fillFile(CPopup* popup) {
+    fillNew(popup->addSub("New..."));
+    addAction(popup, "open");
+    addAction(popup, "openlast");
+    addGroups(popup, {{"save", "saveas", "setdefault"}});
+    popup->addSeparator();
+    addAction(popup, "render", "Export Project (wav, aif, mp3)...");
+    addAction(popup, "exportmidi");
+    addGroups(popup, {{"importaudio", "importmidi", "importsound"}});
+    popup->addSeparator();
+    addAction(popup, "setup", "Setup...");
+    popup->addSeparator();
+    fillRecent(popup);
+    addGroups(popup, {{"exit"}});
+}
+
+void MainMenu::fillNew(CPopup* popup) {
+    addAction(popup, "new", "Welcome...");
+    popup->addSeparator();
+    for (int kind = 0; kind < offeredKinds; kind++)
+        add(popup, projectKindName(kind), &MainMenu::kindClicked, kind);
+    add(popup, "Demo song", &MainMenu::kindClicked, kindDemo);
+}
+
+void MainMenu::fillRecent(CPopup* popup) {
+    const CStringList& paths = window->flows->recent.paths;
+    for (int i = 0; i < paths.count(); i++) {
+        const CStr path = paths.get(i);
+        add(popup, changeFileExt(extractFileName(path), ""), &MainMenu::recentClicked, i)->checked =
+            sameText(path, qv->projectFile);
+    }
+}
+
+void MainMenu::showRecent(int x, int y) {
+    auto* popup = new CPopup(window->app, window);
+    popup->autoDelete = true;
+    fillRecent(popup);
+    if (popup->items.empty()) popup->add("No recent projects", nullptr)->enabled = false;
+    popup->popup(x, y);
+}
+
+void MainMenu::kindClicked(CObject* sender) {
+    window->flows->newProject(static_cast<CMenuItem*>(sender)->tag, "");
+}
+
+void MainMenu::recentClicked(CObject* sender) {
+    const int index = static_cast<CMenuItem*>(sender)->tag;
+    window->flows->newProject(kindFile, window->flows->recent.paths.get(index));
+}
+
+// The others.
+
+/// Tells what is undone.
+void MainMenu::addUndo(CPopup* popup, const char* name, const CStr& what) {
+    const CStr text = window->getAction(name)->label;
+    addAction(popup, name, what.empty() ? text : text + " " + what);
+}
+
+void MainMenu::fillEdit(CPopup* popup) {
+    addUndo(popup, "undo", qv->undoText());
+    addUndo(popup, "redo", qv->redoText());
+    if (songOf(qv))
+        addGroups(popup, {{"cut", "copy", "paste", "duplicate", "delete"}, {"selectAll"}});
+}
+
+void MainMenu::fillView(CPopup* popup) {
+    for (const char* page : {"browser", "mixer", "priorpage", "nextpage"}) addAction(popup, page);
+    if (CCompEditor* page = window->pages->current()) {
+        page->fillCaptionMenu(popup->addSub("Page"));
+        addAction(popup, "closeall");
+    }
+    addGroups(popup, {{"spectrum", "hints", "ribbon"}});
+}
+
+void MainMenu::fillSong(CPopup* popup) {
+    addGroups(popup,
+              {{"play", "record", "stop", "loop", "metronome"},
+               {"rewind", "rewindToPlay", "priorbeat", "nextbeat", "leftlocator", "rightlocator"},
+               {"playselection", "loopselection"},
+               {"addmarker", "deletemarker", "priormarker", "nextmarker", "timesig-add"},
+               {"insertbars", "removebars"},
+               {"priorprog", "nextprog"}});
+}
+
+void MainMenu::fillPart(CPopup* popup) {
+    addGroups(popup, {{"quantize", "splitatcursor", "glue", "crossfade"},
+                      {"mutepart", "unghost"},
+                      {"snap", "snapPrior", "snapNext"}});
+}
+
+void MainMenu::fillTrack(CPopup* popup) {
+    CPopup* kinds = popup->addSub("Add track");
+    for (const TrackChoice& choice : trackChoices) addAction(kinds, choice.action, choice.text);
+    addGroups(popup, {{"mute", "solo"}, {"freeze", "bounce"}});
+    fillBounce(popup->addSub("Bounce range"));
+}
+
+void MainMenu::fillBounce(CPopup* popup) {
+    const int present = readBounceRange(qv);
+    for (int range = rangeSong; range <= rangeSelected; range++)
+        add(popup, renderRangeName(range), &MainMenu::bounceClicked, range)->checked =
+            range == present;
+}
+
+void MainMenu::bounceClicked(CObject* sender) {
+    writeBounceRange(qv, static_cast<CMenuItem*>(sender)->tag);
+}
+
+void MainMenu::fillHelp(CPopup* popup) {
+    addAction(popup, "about");
+}

@@ -1,0 +1,106 @@
+// What the program begins with: the choices of the settings, and what a crash has left.
+#include "shell/ProjectFlows.h"
+
+#include "base/CIniFile.h"
+#include "base/Messages.h"
+#include "base/Paths.h"
+#include "engine/CQV.h"
+#include "gui/CApp.h"
+#include "shell/CMainWin.h"
+#include "shell/CWelcomeWin.h"
+
+namespace {
+
+/// Values of the option "startwith".
+enum StartWith : int { startAsks = -1, startDefault = 0, startEmpty = 1, startLast = 2 };
+
+CStr demoSongFile() {
+    const CStr beside = extractFilePath(asAppname());
+    for (const CStr& folder : {beside, uplevel(beside)}) {
+        const CStr path = addSep(folder) + "projects/demosong.qv";
+        if (fileExists(path)) return path;
+    }
+    return "";
+}
+
+} // namespace
+
+void ProjectFlows::start() {
+    recent.addRecent("");
+    const bool left = !leftCopies(recent.paths).empty();
+    if (left)
+        mustBegin = true; // with a question, which needs the loop
+    else
+        begin();
+}
+
+void ProjectFlows::begin() {
+    const bool asked = mustBegin;
+    mustBegin = false;
+    if (asked && recoverAny()) return;
+    beginWithout();
+    if (!recovered) setStatus("");
+}
+
+void ProjectFlows::beginWithout() {
+    const int with = iniReadInt("options", "startwith", startAsks);
+    if (with == startDefault) create(kindDefault);
+    if (with == startLast) beginLast();
+    if (with < startAsks || (with >= startDefault && with <= startLast)) return;
+    if (RecentFiles::lastProject().empty())
+        create(kindDemo); // somebody new can press play behind the question
+    mustWelcome = true;
+}
+
+void ProjectFlows::beginLast() {
+    const CStr last = RecentFiles::lastProject(), demo = demoSongFile();
+    for (const CStr& path : {last, demo})
+        if (!path.empty() && open(path) == LoadResult::good) return;
+    create(kindDemo);
+}
+
+void ProjectFlows::newClicked() {
+    if (asking || window->app->modalWin) return;
+    CWelcomeWin welcome(window, recent.paths, iniReadInt("last", "template", kindDefault));
+    wire(welcome.onKeyDown,
+         static_cast<COnKey*>(new _COnKey<ProjectFlows>(this, &ProjectFlows::welcomeKey)));
+    welcome.showModal();
+    if (!welcome.result) return;
+    if (welcome.kind >= 0 && welcome.kind < offeredKinds)
+        CIniFile(inifile).writeInteger("last", "template", welcome.kind);
+    newProject(welcome.kind, welcome.path);
+}
+
+bool ProjectFlows::welcomeKey(CObject*, int&, int) {
+    return window->playOrStop();
+}
+
+// The copies that a crash has left.
+
+/// Asks about a copy. What is not wanted, or older than its project, is set aside under another
+/// name, so that the question comes once and nothing is lost.
+bool ProjectFlows::wants(const LeftCopy& left) {
+    const CStr what = left.projectFile.empty() ? CStr("a project without a name")
+                                               : CStr("the changes to ") + left.projectFile;
+    const CStr text = CStr("The program has ended without saving ") + what +
+                      ". Open the copy that was made of it?";
+    if (!left.outdated && showMsg(window, productName, text, mbYes | mbNo) == mbYes) return true;
+    setAside(left);
+    return false;
+}
+
+LoadResult ProjectFlows::recover(const LeftCopy& left) {
+    ui.waitCursor(true);
+    const LoadResult result = autoSave.recover(left);
+    ui.waitCursor(false);
+    recovered = result == LoadResult::good;
+    setStatus(recovered ? "The changes are back. Save the project to keep them" : "");
+    if (recovered && !left.projectFile.empty()) recent.addRecent(left.projectFile);
+    return result;
+}
+
+bool ProjectFlows::recoverAny() {
+    for (const LeftCopy& left : leftCopies(recent.paths))
+        if (wants(left) && recover(left) == LoadResult::good) return true;
+    return false;
+}

@@ -1,0 +1,16 @@
+#include "shell/Rooms.h"
+
+#include "setup/CSetupWin.h"
+#include "ui/Commands.h"
+#include "ui/Workspace.h"
+
+Rooms::Rooms(Workspace& space) : imports(space), workspace(space), song(space), render(space) {
+    workspace.commands().bind("setup", [this] { openSetup(); });
+}
+
+Rooms::~Rooms() = default;
+
+void Rooms::openSetup() {
+    if (!setup) setup = std::make_unique<CSetupWin>(workspace);
+    setup->open();
+}

@@ -1,0 +1,76 @@
+#include "ui/CMeter.h"
+
+#include "base/Numbers.h"
+#include "engine/COutputChannel.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Keys.h"
+#include "ui/ProgramItems.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr float lowestDb = -60.0f;
+constexpr float highDb = -9.0f; ///< from here on the second colour
+constexpr float overDb = -0.5f;
+
+/// Place of a level on the scale, 0 to 1.
+float onScale(float amplitude) {
+    if (!(amplitude > 0.0f)) return 0.0f;
+    return fLimit(1.0f - 20.0f * std::log10(amplitude) / lowestDb, 0.0f, 1.0f);
+}
+
+float dbOnScale(float db) {
+    return 1.0f - db / lowestDb;
+}
+
+} // namespace
+
+CMeter::CMeter(CWin* owner, int l, int t, int w, int h)
+    : CCtrl(owner, "meter", l, t, w, h), item(&clMeter) {
+}
+
+CMeter::Level CMeter::levelOf(float peak, float hold) const {
+    return {asRound(double(onScale(peak)) * width), asRound(double(onScale(hold)) * width)};
+}
+
+void CMeter::paintBar(CGraphic* g, int from, int to, const Level& level) const {
+    const CPalette& colours = win->app->gui->palette;
+    const int high = asRound(double(dbOnScale(highDb)) * width);
+    const int over = asRound(double(dbOnScale(overDb)) * width);
+    const int edges[] = {0, high, over, width};
+    for (int i = 0; i < 3; i++)
+        if (level.bar > edges[i])
+            g->fillRect(colours.meter[i],
+                        asRect(edges[i], from, std::min(level.bar, edges[i + 1]), to));
+    if (level.hold > 1) {
+        const int mark = item->caps & capSymbol ? item->symbolCol : item->textCol;
+        const int colour = level.hold > over ? colours.meter[2] : mark;
+        g->fillRect(colour, asRect(level.hold - 2, from, level.hold, to));
+    }
+}
+
+void CMeter::paint(CGraphic* g, CRect) {
+    drawGuiItem(g, clientRect(), item);
+    const int middle = height / 2;
+    paintBar(g, 0, middle, shownL);
+    paintBar(g, middle + 1, height, shownR);
+}
+
+void CMeter::mouseDown(int, int, int btn) {
+    if (!(btn & modLeft) || !channel) return;
+    channel->holdL = 0.0f;
+    channel->holdR = 0.0f;
+}
+
+void CMeter::refresh() {
+    const Level l = channel ? levelOf(channel->peakL, channel->holdL) : Level();
+    const Level r = channel ? levelOf(channel->peakR, channel->holdR) : Level();
+    if (l == shownL && r == shownR) return;
+    shownL = l;
+    shownR = r;
+    if (shown()) win->app->drawNow(win, this);
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "gui/dialogs/CDialogWin.h"
+#include "sequencer/RenderExport.h"
+
+#include <memory>
+
+class CLabel;
+class Workspace;
+class CProgressBar;
+class WorkScope;
+
+/// Shows how far a render is that has nothing to ask. Made on the stack around the render; it comes
+/// up with the first status, and goes with the object. Cancel, Escape and the close button end the
+/// render.
+class CProgressWin : public CDialogWin, public RenderUi {
+public:
+    CProgressWin(Workspace& space, const CStr& title);
+    ~CProgressWin() override;
+
+    void hide() override;
+    void onStatus(const CStr& text) override;
+    bool onRender(float done) override;
+
+private:
+    void open();
+    void cancelClicked(CObject* sender);
+
+    Workspace& workspace;
+    CLabel* status;
+    CProgressBar* bar;
+    std::unique_ptr<WorkScope> work; ///< while it is shown
+    bool cancelled = false;
+};

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <map>
+#include <memory>
+
+class CCompEditor;
+class CComp;
+class Workspace;
+
+/// Which window edits which type of component. Filled once, when the program starts.
+class EditorTable {
+public:
+    /// Makes the window of a component of its type, not shown yet.
+    using Maker = std::unique_ptr<CCompEditor> (*)(Workspace& workspace, CComp& comp);
+
+    void enter(int compType, Maker maker) { makers[compType] = maker; }
+    bool has(const CComp& comp) const;
+    /// Null where nothing edits that type.
+    std::unique_ptr<CCompEditor> make(Workspace& workspace, CComp& comp) const;
+
+private:
+    std::map<int, Maker> makers;
+};

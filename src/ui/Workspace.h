@@ -1,0 +1,32 @@
+#pragma once
+
+#include "base/CStr.h"
+
+class CComp;
+class CQV;
+class CWin;
+class Commands;
+class Options;
+
+/// What a window needs of the program that it is part of; the main window fills it in. Interface
+/// thread.
+class Workspace {
+public:
+    CStr projectFolder; ///< last used in a file dialog; empty none yet
+    int pumping = 0;    ///< loops that wait inside a handler: no project is loaded meanwhile
+
+    virtual CQV* host() const = 0;
+    virtual CWin* mainWindow() = 0; ///< the owner of dialogs
+    virtual Commands& commands() = 0;
+    virtual Options& options() = 0;
+    virtual void setStatus(const CStr& text, bool atOnce = false) = 0;
+    virtual CStr dialogFolder() const = 0; ///< where a file dialog begins
+
+    /// Whether there is a window to edit a component in.
+    virtual bool hasEditor(const CComp* comp) const = 0;
+    /// Opens it, or brings it to the front.
+    virtual void openEditor(CComp* comp) = 0;
+
+protected:
+    ~Workspace() = default;
+};

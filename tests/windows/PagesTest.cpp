@@ -1,0 +1,203 @@
+#include "MainFixture.h"
+
+#include "engine/CGroupCh.h"
+#include "gui/controls/CDocker.h"
+#include "gui/controls/CEdit.h"
+#include "shell/DockBar.h"
+#include "shell/MainProjectUi.h"
+#include "shell/PageRecords.h"
+#include "shell/Pages.h"
+#include "ui/Commands.h"
+
+#include <climits>
+
+namespace {
+
+constexpr int editorStyle = winCaption | winSizable | winMaxButton | winDockable;
+
+/// Two components with an editor each.
+class PagesTest : public MainWinTest {
+protected:
+    void begin() {
+        start();
+        ASSERT_TRUE(load(kindDefault));
+        for (int i = 0; i < 2; i++) {
+            comps[i] = new CGroupCh(qv);
+            qv->comps.add(comps[i]);
+            edits[i] = std::make_unique<CCompEditor>(app.get(), win.get(), i ? "two" : "one", 50,
+                                                     50, 200, 150, editorStyle, comps[i], &table);
+        }
+    }
+    void openBoth() {
+        for (auto& e : edits) win->pages->open(e.get());
+        settle();
+    }
+    void TearDown() override {
+        for (auto& e : edits) e.reset();
+        MainWinTest::TearDown();
+    }
+    /// Names of the pages, page of each editor by record, and page in front.
+    std::string state() {
+        CDocker* docker = win->pages->docker.get();
+        std::string text;
+        for (const auto* dock : each<CDock>(docker->docks)) {
+            if (!text.empty()) text += ",";
+            text += dock->name.asChar();
+        }
+        for (auto& e : edits) {
+            const int page = e->dock->page;
+            text += " " + std::to_string(page);
+            if (e->hasStyle(winMaximized)) text += "m";
+            const CDock* wanted = page < 0 ? nullptr : docker->getDock(page);
+            EXPECT_EQ(docker->dockOf(e.get()), wanted) << "the window follows its record";
+            EXPECT_EQ(e->isPage(), wanted != nullptr);
+        }
+        return text + " | " + std::to_string(docker->activeIndex);
+    }
+    void history(const char* action) {
+        win->onAction(win->getAction(action));
+        loaded();
+    }
+
+    Commands table;
+    CComp* comps[2] = {};
+    std::unique_ptr<CCompEditor> edits[2];
+};
+
+} // namespace
+
+/// Each step has to be undone and done again whole: docks, records and windows.
+TEST_F(PagesTest, DockingIsUndone) {
+    begin();
+    openBoth();
+    const struct {
+        int editor, where;
+        const char* expected;
+    } moves[] = {
+        {0, -1, "Overview,one 1m -1 | 1"}, {1, -1, "Overview,one,two 1m 2m | 2"},
+        {0, 2, "Overview,two 1m 1m | 1"},  {1, -1, "Overview,two,two 1m 2m | 2"},
+        {0, -2, "Overview,two -1 1m | 1"}, {0, 1, "Overview,two 1m 1m | 1"},
+        {1, -2, "Overview,two 1m -1 | 1"}, {0, -2, "Overview -1 -1 | 0"},
+    };
+    std::vector<std::string> states = {state()};
+    EXPECT_EQ(states[0], "Overview -1 -1 | 0");
+    for (const auto& s : moves) {
+        win->dockWin(edits[s.editor].get(), s.where, true);
+        settle();
+        states.push_back(state());
+        EXPECT_EQ(states.back(), s.expected);
+    }
+    const auto layout = [](const std::string& text) { return text.substr(0, text.find('|')); };
+    for (int round = 0; round < 2; round++) {
+        for (size_t i = states.size() - 1; i > 0; i--) {
+            history("undo");
+            EXPECT_EQ(layout(state()), layout(states[i - 1])) << "undo of step " << i;
+        }
+        for (size_t i = 1; i < states.size(); i++) {
+            history("redo");
+            EXPECT_EQ(layout(state()), layout(states[i])) << "redo of step " << i;
+        }
+    }
+    for (const int nowhere : {0, -3, 7}) win->dockWin(edits[0].get(), nowhere, true);
+    EXPECT_STREQ(qv->redoText().asChar(), "") << "what does nothing is no step";
+    EXPECT_STREQ(qv->undoText().asChar(), "Un-dock");
+}
+
+TEST_F(PagesTest, ProjectsKeepTheirPages) {
+    begin();
+    openBoth();
+    win->dockWin(edits[0].get(), -1, true);
+    win->dockWin(edits[1].get(), -1, false);
+    win->pages->docker->setActive(1);
+    MainProjectUi ui(win.get());
+    ui.gatherWindows();
+    const std::vector<unsigned char> one = {3, 0, 0, 0, 'o', 'n', 'e', 0, 0, 0, 0, 0, 0, 0, 0};
+    ASSERT_EQ(ui.windows.pages.size(), 2u);
+    EXPECT_EQ(ui.windows.pages[0], one);
+    EXPECT_EQ(ui.windows.currentPage, 1);
+    EXPECT_EQ(ui.windows.modularPage, 0);
+    EXPECT_EQ(comps[0]->editorStruct.visible + comps[1]->editorStruct.visible, 2);
+    ui.clearWindows();
+    EXPECT_EQ(win->editors.getCount(), 0);
+    EXPECT_EQ(comps[0]->editorStruct.visible, 0);
+    ui.showPages();
+    openBoth();
+    win->updateDocker();
+    EXPECT_EQ(state(), "Overview,one,two 1m 2 | 1");
+
+    // Numbers of pages that are not there, as a file may have them.
+    for (const int page : {0, -7, 3, INT_MAX, INT_MIN}) {
+        ui.clearWindows();
+        comps[0]->editorStruct.page = page;
+        comps[1]->editorStruct = {INT_MAX, INT_MIN, INT_MAX, -1, 1, 1, 2, INT_MIN};
+        ui.windows.currentPage = page;
+        ui.showPages();
+        openBoth();
+        win->updateDocker();
+        EXPECT_EQ(state(), page > 2 ? "Overview,one,two -1 2m | 2" : "Overview,one,two -1 2m | 0");
+    }
+}
+
+TEST(PageRecords, NamesAreReadFromAnyBytes) {
+    const std::string longName(1000, 'n');
+    const struct {
+        std::vector<unsigned char> bytes;
+        std::string name;
+    } cases[] = {{{}, "Untitled"},
+                 {{2, 0, 0}, "Untitled"},
+                 {{0, 0, 0, 0, 'x'}, "Untitled"},
+                 {{2, 0, 0, 0, 'x'}, "Untitled"},
+                 {{255, 255, 255, 255, 'x'}, "Untitled"},
+                 {{255, 255, 255, 127, 'x'}, "Untitled"},
+                 {{2, 0, 0, 0, 'h', 'i'}, "hi"},
+                 {{3, 0, 0, 0, 'h', 0, 'i', 0}, "h"},
+                 {pageRecord(longName.c_str()), longName.substr(0, 64)},
+                 {pageRecord("Mixer"), "Mixer"}};
+    for (const auto& c : cases) EXPECT_EQ(pageName(c.bytes).asChar(), c.name);
+}
+
+/// With real keys and presses: the bar comes and goes, and typing on a page starts no transport.
+TEST_F(PagesTest, TheBarTurnsPages) {
+    begin();
+    CDocker* docker = win->pages->docker.get();
+    CCtrl* bar = nullptr;
+    for (auto* c : each<CCtrl>(win->clientGroup->controls))
+        if (c->id == "dockbar") bar = c;
+    ASSERT_NE(bar, nullptr);
+    EXPECT_FALSE(bar->visible);
+    EXPECT_FALSE(win->getAction("nextpage")->isReady());
+    auto* field = new CEdit(edits[0].get(), "field", 20, 20, 100, 20);
+    edits[0]->addControl(field);
+    openBoth();
+    win->dockWin(edits[0].get(), -1, true);
+    win->dockWin(edits[1].get(), -1, true);
+    win->setFocus(true);
+    loaded();
+    EXPECT_TRUE(bar->visible);
+    EXPECT_EQ(win->editorType, groupGlobal) << "keys of the song act on its page alone";
+    const auto click = [&](CWin* on, CCtrl* ctrl, int x, int y) {
+        const CPoint corner = on->getPos(true), in = on->controlPos(ctrl);
+        act({"mousemove", std::to_string(corner.x + in.x + x), std::to_string(corner.y + in.y + y),
+             "click", "1"});
+    };
+    const std::pair<const char*, int> keys[] = {{"F2", 0}, {"F2", 1}, {"F1", 0}, {"F1", 2}};
+    for (const auto& [name, page] : keys) {
+        key(name);
+        EXPECT_EQ(docker->activeIndex, page) << name;
+    }
+    const CRect tab = docker->tabRect(docker->getDock(1), DockBar::tabHeight);
+    click(win.get(), bar, tab.left + 5, 5);
+    EXPECT_EQ(docker->activeIndex, 1);
+    click(edits[0].get(), field, 5, 5);
+    act({"type", "a b"});
+    EXPECT_STREQ(field->text.asChar(), "a b");
+    EXPECT_FALSE(qv->playing);
+    win->setPos(-150, 0); // the screen is narrower than the window
+    settle();
+    click(win.get(), bar, bar->width - 10, 9); // the button that closes
+    EXPECT_FALSE(edits[0]->visible);
+    EXPECT_EQ(docker->activeIndex, 0);
+    edits[1]->hide();
+    EXPECT_FALSE(bar->visible);
+    EXPECT_EQ(win->editorType, groupArrange);
+}

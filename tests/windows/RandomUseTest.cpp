@@ -1,0 +1,329 @@
+#include "MainFixture.h"
+#include "ProjectMask.h"
+
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "driver/libaam.h"
+#include "engine/CClick.h"
+#include "engine/Cycle.h"
+#include "engine/DeviceComps.h"
+#include "engine/ValueDoor.h"
+#include "gui/controls/CMenu.h"
+#include "gui/controls/CPopup.h"
+#include "project/ProjectFile.h"
+#include "sequencer/CSubTrack.h"
+#include "sequencer/CTrack.h"
+#include "ui/Commands.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <random>
+
+namespace {
+
+/// These open dialogs, and another project or no change comes out of them.
+const std::set<std::string> leftOut = {"new",   "open",   "openlast", "saveas",
+                                       "setup", "render", "save",     "exit"};
+constexpr int leastPerSeed = 100, seeds = 20;
+
+/// Where two projects differ first, with the bytes of both from there on.
+std::string difference(const std::string& a, const std::string& b) {
+    const auto at = std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin();
+    std::string text = blockAt(a, size_t(at)) + " of " + std::to_string(a.size()) + "/" +
+                       std::to_string(b.size()) + ": ";
+    for (auto i = size_t(at); i < std::min({size_t(at) + 8, a.size(), b.size()}); i++)
+        text += std::to_string(static_cast<unsigned char>(a[i])) + "/" +
+                std::to_string(static_cast<unsigned char>(b[i])) + " ";
+    return text;
+}
+
+int fromEnvironment(const char* name, int usual) {
+    const char* text = std::getenv(name);
+    return text ? std::atoi(text) : usual;
+}
+
+} // namespace
+
+/// Somebody who uses every action, menu entry and control of the window at random, with notes that
+/// come in and blocks that run between. SONDRAVA_ACTIONS and SONDRAVA_SEED choose how many, and
+/// which first.
+class RandomUseTest : public MainWinTest {
+protected:
+    using Keys = std::vector<std::string>;
+    using Use = std::pair<std::string, std::function<void()>>;
+
+    void begin(unsigned seed) {
+        chance.seed(seed);
+        constexpr std::array kinds = {kindSequencer, kindDemo,        kindDefault,
+                                      kindGuitarist, kindPortaStudio, kindDrumAndBass};
+        start();
+        ASSERT_TRUE(load(kinds[seed % kinds.size()]));
+        messageHooks().showMsg = [](CWin*, const CStr&, const CStr&, int flags) {
+            return answerOfEscape(flags);
+        };
+        host->click->enabled = 0; // no count-in
+        refusesDialogs = true;
+        settled();
+        save();
+        states = {content()};
+    }
+    void use(int count) {
+        for (int i = 0; i < count && !HasFailure(); i++) {
+            const Use what = pick();
+            SCOPED_TRACE(std::to_string(i) + ": " + what.first);
+            act(what);
+        }
+    }
+    /// All the way back, there again, and to where it was saved.
+    void walkTheHistory() {
+        const Use stop{"stop", [this] { host->stop(); }};
+        act(stop);
+        const std::string end = content();
+        const int last = host->undoIndex;
+        while (host->undoIndex >= 0 && !HasFailure()) step(&CQV::undoClicked);
+        while (host->undoIndex < last && !HasFailure()) step(&CQV::redoClicked);
+        EXPECT_TRUE(content() == end) << difference(content(), end);
+        while (savedIndex >= -1 && host->undoIndex > savedIndex && !HasFailure())
+            step(&CQV::undoClicked);
+        if (savedIndex >= -1) {
+            EXPECT_EQ(host->modified(), content() != saved);
+        }
+    }
+
+private:
+    int upTo(int limit) { return std::uniform_int_distribution<int>(0, limit - 1)(chance); }
+    std::string content() {
+        resetAutomation();
+        return projectContent(host.get(), &win->flows->mixer);
+    }
+    /// What the song's lanes move while it plays is no change.
+    void resetAutomation() {
+        for (auto* track : each<CTrack>(seq()->tracks))
+            for (auto* lane : each<CSubTrack>(track->subTracks))
+                if (lane->automation() && lane->object && lane->target == targetParam)
+                    setParamShare(lane->object, lane->param, 0.0f);
+    }
+
+    // What is done.
+    Use pick() {
+        if (host->recording && upTo(5) == 0) return {"stop", [this] { run("stop"); }};
+        const int choice = upTo(100);
+        if (choice < 45) return anyAction();
+        if (choice < 60) return anyEntry();
+        if (choice < 80) return anyControl();
+        if (choice < 86) return {"undo", [this] { run("undo"); }};
+        if (choice < 91) return {"redo", [this] { run("redo"); }};
+        if (choice < 93) return {"save", [this] { save(); }};
+        return {"notes", [this] { play(); }};
+    }
+    void run(const char* name) { win->onAction(win->getAction(name)); }
+    Use anyAction() {
+        std::vector<CAction*> all;
+        for (auto* action : each<CAction>(win->actions->actions))
+            if (action->isReady() && !leftOut.count(action->name.asChar())) all.push_back(action);
+        CAction* action = all[size_t(upTo(int(all.size())))];
+        return {action->name.asChar(), [this, action] { win->onAction(action); }};
+    }
+    /// An entry of any menu but that of files, dialogs apart.
+    Use anyEntry() {
+        std::vector<CCtrl*> menus;
+        for (auto* entry : each<CCtrl>(win->menu->controls))
+            if (entry->id != "File") menus.push_back(entry);
+        CCtrl* entry = menus[size_t(upTo(int(menus.size())))];
+        const auto popup = std::make_shared<CPopup>(app.get(), win.get());
+        popup->tag = entry->tag;
+        (*entry->onChange)(popup.get());
+        std::vector<CMenuItem*> items;
+        collect(popup.get(), items);
+        if (items.empty()) return anyAction();
+        CMenuItem* item = items[size_t(upTo(int(items.size())))];
+        return {std::string("menu ") + item->text.asChar(),
+                [popup, item] { (*item->onChange)(item); }};
+    }
+    static void collect(CPopup* popup, std::vector<CMenuItem*>& items) {
+        for (auto* item : each<CMenuItem>(popup->items)) {
+            if (item->kind == menuSeparator || !item->enabled) continue;
+            if (item->subMenu)
+                collect(item->subMenu, items);
+            else if (item->onChange &&
+                     std::string(item->text.asChar()).find("...") == std::string::npos)
+                items.push_back(item);
+        }
+    }
+    static void collect(CGroup* group, std::vector<CCtrl*>& found) {
+        for (auto* ctrl : each<CCtrl>(group->controls)) {
+            if (!ctrl->shown() || !ctrl->enabled || ctrl->id == "recent") continue;
+            if (ctrl->category == catGroup) collect(static_cast<CGroup*>(ctrl), found);
+            const auto* action = static_cast<const CAction*>(ctrl->userPtr);
+            if (!action || !leftOut.count(action->name.asChar())) found.push_back(ctrl);
+        }
+    }
+    /// Presses, turns and drags, by real events.
+    Use anyControl() {
+        std::vector<CCtrl*> all;
+        collect(win->clientGroup, all);
+        const CCtrl* ctrl = all[size_t(upTo(int(all.size())))];
+        const CPoint corner = win->getPos(true), at = win->controlPos(ctrl);
+        const auto place = [&] {
+            return std::vector<std::string>{
+                "mousemove", std::to_string(corner.x + at.x + upTo(asMax(1, ctrl->width))),
+                std::to_string(corner.y + at.y + upTo(asMax(1, ctrl->height)))};
+        };
+        std::vector<std::string> words = place();
+        const auto add = [&words](std::initializer_list<const char*> more) {
+            words.insert(words.end(), more.begin(), more.end());
+        };
+        const int how = upTo(10);
+        if (how < 5) {
+            add({"click", "1"});
+        } else if (how < 6) {
+            add({"click", "--repeat", "2", "--delay", "10", "1"});
+        } else if (how < 7) {
+            add({"click", upTo(2) ? "4" : "5"});
+        } else {
+            add({"mousedown", "1"});
+            for (int i = 0; i < 3; i++)
+                for (const std::string& word : place()) words.push_back(word);
+            if (how == 9) add({"key", "Escape"});
+            add({"mouseup", "1"});
+        }
+        const bool chooses = upTo(2) == 0;
+        return {std::string("control ") + ctrl->id.asChar() + " " + std::to_string(how),
+                [this, words, chooses] {
+                    // For a menu that opens, whose loop runs inside the press.
+                    inMenu(chooses ? Keys{"Down", "Return", "Escape"} : Keys{"Escape", "Escape"});
+                    GuiTest::act(words);
+                    inMenu({});
+                }};
+    }
+    /// Notes of the keyboard, with blocks between.
+    void play() {
+        auto* in = static_cast<CMIDIIn*>(host->getMIDIIn());
+        const int note = 36 + upTo(48);
+        in->playNote(note, true);
+        blocks(1 + upTo(20));
+        in->playNote(note, false);
+        blocks(1 + upTo(4));
+    }
+    void save() {
+        ProjectUi ui;
+        ASSERT_TRUE(saveProject({host.get(), &win->flows->mixer, &ui}, at("song.qv").c_str()));
+        const bool inTake = host->recUndo && !host->recUndo->items.empty();
+        EXPECT_EQ(host->modified(), inTake);
+        saved = content();
+        savedIndex = inTake ? lost : host->undoIndex;
+    }
+
+    // What must be so.
+    void blocks(int count) {
+        std::vector<float> left(size_t(host->frames)), right = left;
+        float* ins[] = {left.data(), right.data()};
+        float* outs[] = {left.data(), right.data()};
+        std::vector<AamEvent> events(aamMaxEvents);
+        for (int i = 0; i < count; i++) libio(ins, outs, 2, 2, host->frames, events.data(), 0);
+        host->tasks->audioStopped();
+    }
+    void settled() {
+        for (int i = 0; i < 2; i++) {
+            blocks(1);
+            host->settle();
+            host->idle();
+        }
+    }
+    void act(const Use& what) {
+        const std::string before = content();
+        const int index = host->undoIndex;
+        what.second();
+        if (host->playing || host->recording) blocks(2);
+        settled();
+        const bool take = host->recUndo;
+        const auto lookAgain = [&] {
+            const bool made = host->undoIndex >= index && isNew(host->undoIndex);
+            if (made && savedIndex > index) savedIndex = lost;
+            return made;
+        };
+        lookAgain();
+        const std::string now = content();
+        if (now != saved) {
+            EXPECT_TRUE(host->modified()) << "lost when the window is closed";
+        }
+        if (now == saved && host->modified()) {
+            EXPECT_TRUE(take || host->values->moved() || host->undoIndex != savedIndex)
+                << "nothing is unsaved";
+        }
+        host->values->end();
+        settled();
+        const bool made = lookAgain();
+        for (auto* step : each<CUndo>(host->undoList)) step->flags |= seen;
+        if (made) {
+            states.resize(size_t(index) + 2); // of several steps, only the last is known
+            states.resize(size_t(host->undoIndex) + 2);
+        }
+        if (take || taking) return endTake(take);
+        if (!made) return stayed(now);
+        if (host->undoIndex == index + 1) {
+            EXPECT_TRUE(now != before) << "a step that changes nothing";
+        }
+        states.back() = now;
+    }
+    /// Past undo and redo, nothing but steps changes the project.
+    void stayed(const std::string& now) {
+        const std::string& then = states[size_t(host->undoIndex) + 1];
+        if (then.empty()) return;
+        EXPECT_TRUE(now == then) << "not as between " << host->undoIndex << " "
+                                 << nameAt(host->undoIndex) << " and "
+                                 << nameAt(host->undoIndex + 1) << ": " << difference(now, then);
+    }
+    /// Steps of the time of a take are not told apart.
+    void endTake(bool running) {
+        taking = running;
+        if (running) return;
+        std::string& then = states[size_t(host->undoIndex) + 1];
+        if (then.empty()) then = content();
+        stayed(content());
+    }
+    std::string nameAt(int i) {
+        const auto* step = static_cast<CUndo*>(host->undoList.items(i));
+        return step ? step->name.asChar() : "";
+    }
+    bool isNew(int i) {
+        const auto* step = static_cast<CUndo*>(host->undoList.items(i));
+        return step && !(step->flags & seen);
+    }
+    void step(void (CQV::*direction)(CObject*)) {
+        (host.get()->*direction)(nullptr);
+        settled();
+        stayed(content());
+        if (host->undoIndex == savedIndex) {
+            EXPECT_FALSE(host->modified());
+        }
+    }
+
+    static constexpr int lost = -2;
+    static constexpr unsigned seen = 1u << 30; ///< of a step: no flag of the program
+    std::mt19937 chance;
+    std::string saved;
+    int savedIndex = -1;
+    bool taking = false;
+    std::vector<std::string> states; ///< behind each step; the first is the start
+};
+
+/// Whatever is done: the project is modified when the file would be another one, every way back
+/// leads to the bytes that were there, and what is saved is unmodified.
+TEST_F(RandomUseTest, ModifiedTellsWhetherTheFileWouldDiffer) {
+    const int first = fromEnvironment("SONDRAVA_SEED", 0);
+    const int actions = fromEnvironment("SONDRAVA_ACTIONS", leastPerSeed * 3);
+    const int count = std::max(leastPerSeed, actions / seeds);
+    for (int seed = first, done = 0; done < actions && !HasFailure(); seed++, done += count) {
+        SCOPED_TRACE("SONDRAVA_SEED=" + std::to_string(seed));
+        begin(unsigned(seed));
+        use(count);
+        walkTheHistory();
+        stop();
+    }
+}
+
+TEST(ProjectMask, IsTheListOfTheDocument) {
+    EXPECT_EQ(maskedBlocks(), toldBlocks());
+}

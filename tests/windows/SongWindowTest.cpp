@@ -1,0 +1,294 @@
+#include "MainFixture.h"
+
+#include "arrange/CTimeline.h"
+#include "arrange/SongView.h"
+#include "audiofiles/CSample.h"
+#include "engine/CClick.h"
+#include "gui/Selections.h"
+#include "gui/controls/CMenu.h"
+#include "gui/controls/CPopup.h"
+#include "sequencer/CRender.h"
+#include "sequencer/CSMF.h"
+#include "sequencer/Points.h"
+
+#include <cmath>
+#include <filesystem>
+
+/// The song as the main window shows it: rows of tracks, timeline, what is brought in.
+class SongWindowTest : public MainWinTest {
+protected:
+    template <class T>
+    T* find(const char* id, CGroup* group = nullptr) {
+        for (auto* c : each<CCtrl>((group ? group : win->clientGroup)->controls)) {
+            if (c->id == id) return static_cast<T*>(c);
+            if (c->id != "song" || group) continue;
+            if (T* found = find<T>(id, static_cast<CGroup*>(c))) return found;
+        }
+        return nullptr;
+    }
+    static CCtrl* nameField(CWin* dialog) {
+        for (auto* c : each<CCtrl>(dialog->clientGroup->controls))
+            if (c->id == "name") return c;
+        return nullptr;
+    }
+    SongView* song() { return find<SongView>("song"); }
+    CTimeline* timeline() { return find<CTimeline>("timeline"); }
+    /// What the timeline shows.
+    Shot picture() {
+        if (win->left != 0) win->move(0, 0, 800, 500); // all on the screen
+        settle();
+        const CPoint at = win->controlPos(timeline());
+        Shot all(win->handle, win->width, win->height);
+        corner = at;
+        return all;
+    }
+    void mouseTo(CCtrl* ctrl, int x, int y) {
+        const CPoint screen = win->getPos(true), in = win->controlPos(ctrl);
+        act({"mousemove", std::to_string(screen.x + in.x + x),
+             std::to_string(screen.y + in.y + y)});
+    }
+    /// Differing points of two pictures of the timeline.
+    int differences(const Shot& a, const Shot& b) {
+        int count = 0;
+        const int bottom = corner.y + timeline()->height, right = corner.x + timeline()->width;
+        for (int y = corner.y; y < bottom; y++)
+            for (int x = corner.x; x < right; x++) count += a.at(x, y) != b.at(x, y);
+        return count;
+    }
+    CSongTrack* row(int i) { return static_cast<CSongTrack*>(seq()->getProg()->tracks.items(i)); }
+    int selectedRow() {
+        for (int i = 0; i < tracks(); i++)
+            if (row(i)->track->selected()) return i;
+        return -1;
+    }
+    void drop(const std::string& path, CCtrl* onto, int x, int y) {
+        app->startDrag(nullptr);
+        auto* item = new CDropItem("", dropFile);
+        item->path = path.c_str();
+        app->dragList->add(item);
+        const CPoint in = win->controlPos(onto);
+        win->dropAt(in.x + x, in.y + y, modLeft);
+        app->endDrag();
+    }
+    /// A second of a tone, in any format that the ending tells.
+    std::string tone(const std::string& name) {
+        const std::string path = at(name);
+        EXPECT_EQ(
+            runCommand({"sox", "-n", "-r", "44100", "-c", "1", path, "synth", "1", "sine", "440"}),
+            0);
+        return path;
+    }
+    static void addNote(CPart* part) {
+        CMIDIEvent* note = createMIDIEvent();
+        note->data = 0x644090;
+        part->addEvent(0, note);
+    }
+    int samplers() {
+        int count = 0;
+        for (auto* comp : each<CComp>(host->comps)) count += comp->type == compSampler;
+        return count;
+    }
+
+    CPoint corner;
+};
+
+/// Nobody has asked for a loop in a new project, and a file without one goes out whole.
+TEST_F(SongWindowTest, NothingLoopsUnasked) {
+    start();
+    for (int kind = kindEmpty; kind <= kindDemo; kind++) {
+        ASSERT_TRUE(load(kind));
+        EXPECT_EQ(host->loop, 0) << kind;
+        if (!seq()) continue;
+        int from = -1, to = -1;
+        seq()->getLoopSection(from, to);
+        EXPECT_EQ(seq()->getLoop(), 0) << kind;
+        EXPECT_EQ(from, 0) << kind;
+        EXPECT_GE(to, std::max(barTicks, seq()->renderDuration())) << kind;
+        EXPECT_FALSE(host->modified()) << kind;
+    }
+}
+
+/// What a new track of the menu is good for is there, comes and goes as one step, and the track is
+/// the one that the next take goes to.
+TEST_F(SongWindowTest, NewTracksCanBeHeard) {
+    start();
+    ASSERT_TRUE(load(kindEmpty));
+    key("ctrl+i");
+    ASSERT_TRUE(pumpUntil([&] { return tracks() == 1; }));
+    EXPECT_EQ(samplers(), 1);
+    EXPECT_EQ(selectedRow(), 0);
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return tracks() == 0 && samplers() == 0; }));
+    key("ctrl+y");
+    EXPECT_TRUE(pumpUntil([&] { return tracks() == 1 && samplers() == 1; }));
+    inMenu({"Right", "Down", "Down", "Return"});
+    for (const char* k : {"F10", "Right", "Right", "Right", "Right", "Down"}) key(k);
+    ASSERT_TRUE(pumpUntil([&] { return tracks() == 2; }));
+    EXPECT_EQ(row(1)->track->kind, trackDrum);
+    EXPECT_NE(row(1)->track->drumSound(4), nullptr);
+    EXPECT_EQ(selectedRow(), 1);
+}
+
+/// With more tracks than have room, the wheel, the arrows and the bar reach the last one.
+TEST_F(SongWindowTest, EveryTrackCanBeReached) {
+    start();
+    ASSERT_TRUE(load(kindPortaStudio));
+    for (int i = 0; i < 8; i++) seq()->addTrack(trackAudio, seq()->getProg(), nullptr);
+    seq()->update(updateTracks);
+    loaded();
+    const int rowTop = CTimeline::rulerHeight + 10;
+    const auto choose = [&](int y) {
+        mouseTo(song(), 60, y);
+        act({"click", "1"});
+    };
+    choose(rowTop);
+    EXPECT_EQ(selectedRow(), 0);
+    for (int i = 0; i < 3; i++) act({"click", "5"});
+    choose(rowTop);
+    EXPECT_EQ(selectedRow(), 3);
+    for (int i = 0; i < 20; i++) act({"click", "5"});
+    const int room = (song()->height - CTimeline::rulerHeight) / SongView::rowHeight;
+    choose(rowTop);
+    EXPECT_EQ(selectedRow(), 16 - room);
+    for (int i = 0; i < 20; i++) key("Up");
+    EXPECT_EQ(selectedRow(), 0);
+    choose(rowTop + SongView::rowHeight);
+    EXPECT_EQ(selectedRow(), 1) << "the arrows have scrolled to the start";
+    for (int i = 0; i < 20; i++) key("Down");
+    EXPECT_EQ(selectedRow(), 15);
+    choose(rowTop);
+    EXPECT_EQ(selectedRow(), 16 - room);
+}
+
+/// What is not heard, what was taken back, where the loop lies: each of them is seen.
+TEST_F(SongWindowTest, ShowsWhatHasChanged) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    win->options().hints.set(0);
+    Shot before = picture();
+    struct Case {
+        const char *what, *on, *off;
+    };
+    const Case cases[] = {
+        {"mute of the track", "m", "m"}, {"the loop", "l", "l"}, {"a marker", "ctrl+t", "ctrl+z"}};
+    for (const Case& c : cases) {
+        key(c.on);
+        EXPECT_TRUE(pumpUntil([&] { return differences(before, picture()) > 100; })) << c.what;
+        key(c.off);
+        EXPECT_TRUE(pumpUntil([&] { return differences(before, picture()) == 0; })) << c.what;
+    }
+    key("ctrl+a");
+    ASSERT_TRUE(pumpUntil([&] { return differences(before, picture()) > 100; }));
+    before = picture();
+    key("ctrl+m");
+    EXPECT_TRUE(pumpUntil([&] { return differences(before, picture()) > 1000; }))
+        << "mute of a part";
+}
+
+TEST_F(SongWindowTest, UndoneTakesLeaveTheScreen) {
+    start();
+    ASSERT_TRUE(load(kindEmpty));
+    host->click->enabled = 0;
+    key("ctrl+i");
+    ASSERT_TRUE(pumpUntil([&] { return tracks() == 1; }));
+    const Shot before = picture();
+    // A step of the same word as that of a take, which needs a device.
+    constexpr unsigned takeFlags = 0x402000;
+    CUndo* step = host->undoStart("Record", host.get(), takeFlags);
+    row(0)->addPart(new CMIDIPart, step);
+    host->undoEnd(step, true);
+    EXPECT_TRUE(pumpUntil([&] { return differences(before, picture()) > 1000; }));
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return differences(before, picture()) == 0; }));
+    key("ctrl+y");
+    EXPECT_TRUE(pumpUntil([&] { return differences(before, picture()) > 1000; }));
+}
+
+/// Audio in every format, by menu and by drop, is there with its length, at the place it was
+/// brought to.
+TEST_F(SongWindowTest, AudioComesByMenuAndDrop) {
+    start();
+    ASSERT_TRUE(load(kindEmpty));
+    host->projectFile = at("song.qv").c_str();
+    const auto partOf = [&](int i) {
+        return tracks() > i ? static_cast<CPart*>(row(i)->parts.getFirst()) : nullptr;
+    };
+    key("6"); // a beat on
+    inMenu({"i", "Return"});
+    inDialog("Import audio", [this] { app->modalWin->setKeyCtrl(nameField(app->modalWin)); });
+    typeInDialog("Import audio", tone("menu.wav"));
+    keysInDialog("Import audio", {"Return"});
+    for (const char* k : {"F10", "Down"}) key(k);
+    ASSERT_TRUE(pumpUntil([&] { return partOf(0) != nullptr; }));
+    EXPECT_EQ(partOf(0)->pos, 960);
+    EXPECT_EQ(seq()->getTicks(partOf(0)), 1920); // a second at 120
+    int index = 1;
+    for (const char* name : {"a.flac", "b.ogg", "c.aiff"}) {
+        drop(tone(name), timeline(), 0, CTimeline::rulerHeight + SongView::rowHeight * 5);
+        ASSERT_TRUE(pumpUntil([&] { return partOf(index) != nullptr; })) << name;
+        EXPECT_EQ(partOf(index)->pos, 0) << name;
+        EXPECT_EQ(seq()->getTicks(partOf(index)), 1920) << name;
+        index++;
+    }
+    // On a track, by the grid; one step each.
+    drop(tone("d.wav"), timeline(), timeline()->width - 1, CTimeline::rulerHeight + 20);
+    ASSERT_TRUE(pumpUntil([&] { return row(0)->parts.getCount() == 2; }));
+    EXPECT_EQ(static_cast<CPart*>(row(0)->parts.last())->pos % 240, 0);
+    for (int left = 4; left > 0; left--) {
+        key("ctrl+z");
+        ASSERT_TRUE(pumpUntil([&] { return tracks() == left && row(0)->parts.getCount() == 1; }))
+            << left;
+    }
+}
+
+/// The loop asks whether it is meant, and only while it is on.
+TEST_F(SongWindowTest, MidiExportAsksAboutTheLoop) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    host->projectFile = at("song.qv").c_str();
+    auto* far = new CMIDIPart;
+    far->pos = 4 * barTicks;
+    addNote(static_cast<CPart*>(row(0)->parts.first()));
+    addNote(far);
+    row(0)->addPart(far, nullptr);
+    const auto exported = [&](const std::string& name) {
+        inMenu({"e", "e", "Return"}); // the second entry with this letter
+        typeInDialog("Save as", at(name));
+        keysInDialog("Save as", {"Return"});
+        for (const char* k : {"F10", "Down"}) key(k);
+        EXPECT_TRUE(pumpUntil([&] { return std::filesystem::exists(at(name)); })) << name;
+        std::error_code none;
+        return std::filesystem::file_size(at(name), none);
+    };
+    const auto whole = exported("whole.mid");
+    EXPECT_EQ(titles.size(), 1u);
+    key("l");
+    keysInDialog("Export to MIDI file", {"Return"});
+    EXPECT_LT(exported("loop.mid"), whole);
+    keysInDialog("Export to MIDI file", {"n"});
+    EXPECT_EQ(exported("again.mid"), whole);
+}
+
+/// Peaks that an offline render has left are nothing that anybody has heard.
+TEST_F(SongWindowTest, RendersLeaveNoPeaks) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    host->projectFile = at("song.qv").c_str();
+    addNote(static_cast<CPart*>(row(0)->parts.first()));
+    key("ctrl+a");
+    key("ctrl+b");
+    ASSERT_TRUE(pumpUntil([&] { return tracks() == 2; }));
+    for (auto* comp : each<CComp>(host->comps))
+        for (auto* channel : each<COutputChannel>(comp->outputs))
+            EXPECT_EQ(channel->holdL + channel->holdR, 0.0f) << comp->id.asChar();
+}
+
+TEST_F(SongWindowTest, BounceOfNothingTellsWhatToDo) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    seq()->unselectParts();
+    keysInDialog("Bounce to new track", {"Return"});
+    key("ctrl+b");
+    EXPECT_TRUE(pumpUntil([&] { return !titles.empty() && !app->modalWin; }));
+    EXPECT_EQ(tracks(), 1);
+}
