@@ -4,6 +4,7 @@
 #include "gui/CBitmap.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
+#include "gui/DirtyAreas.h"
 #include "gui/FloatWins.h"
 #include "gui/ForeignWindows.h"
 #include "gui/Keys.h"
@@ -330,15 +331,16 @@ void CApp::expose(CWin* win, const XEvent& event) {
     const auto area = [](const XExposeEvent& e) {
         return asRect(e.x, e.y, e.x + e.width, e.y + e.height);
     };
-    CRect rect = area(event.xexpose);
+    DirtyAreas dirty;
+    dirty.add(area(event.xexpose));
     XEvent more;
     // Parts exposed later are painted too, so a size that is told before them has to be known.
     bool sized = false;
     while (XCheckTypedWindowEvent(liveDisplay(), win->handle, ConfigureNotify, &more)) sized = true;
     if (sized) win->resized();
     while (XCheckTypedWindowEvent(liveDisplay(), win->handle, Expose, &more))
-        rect = unite(rect, area(toLogical(more).xexpose));
-    win->paint(0, rect);
+        dirty.add(area(toLogical(more).xexpose));
+    for (const CRect& rect : dirty.all()) win->paint(0, rect);
 }
 
 void CApp::nextWin(CWin* from, int) {

@@ -44,10 +44,15 @@ void CCtrl::leaveApp() {
 }
 
 void CCtrl::redraw() {
+    redraw(clientRect());
+}
+
+void CCtrl::redraw(CRect part) {
     Display* display = liveDisplay();
+    const CRect own = intersect(part, asRect(0, 0, width, height));
     // A width or height of 0 would mean the rest of the window to the server.
-    if (!display || !visible || width < 1 || height < 1) return;
-    const CRect area = toDevice(asRect(absX, absY, absX + width, absY + height));
+    if (!display || !visible || own.empty()) return;
+    const CRect area = toDevice(sizeRect(own, absX, absY, absX, absY));
     XClearArea(display, win->handle, area.left, area.top, unsigned(area.width()),
                unsigned(area.height()), True);
 }

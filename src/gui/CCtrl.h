@@ -66,6 +66,7 @@ public:
 
     /// Asks for a repaint, which comes with the events that follow; several requests become one.
     virtual void redraw();
+    void redraw(CRect part); ///< from its own corner
     virtual void paint(CGraphic* g, CRect rect);
     virtual void mouseDown(int x, int y, int btn);
     virtual void mouseMove(int x, int y, int btn); ///< with or without a press

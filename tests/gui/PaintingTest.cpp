@@ -2,14 +2,19 @@
 
 #include "gui/CBitmap.h"
 #include "gui/CGraphic.h"
+#include "gui/CWin.h"
 #include "gui/Colours.h"
+#include "gui/DirtyAreas.h"
 #include "gui/Drawing.h"
 #include "gui/Fonts.h"
 #include "gui/XConnection.h"
 
 #include <X11/Xlib.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <random>
+#include <vector>
 
 namespace {
 
@@ -181,4 +186,55 @@ TEST_F(GuiTest, ColoursConvertAndMix) {
     for (const Case& c : cases) EXPECT_EQ(c.got, c.expected) << std::hex << c.expected;
     EXPECT_NEAR(contrast(0xffffff, 0x000000), 21.0, 1e-9);
     EXPECT_NEAR(contrast(0x777777, 0xffffff), 4.48, 0.01); // a known pair just below the limit
+}
+
+TEST(DirtyAreas, CoverWhatIsAddedAndStayApart) {
+    DirtyAreas two;
+    two.add(asRect(0, 0, 40, 10));
+    two.add(asRect(900, 500, 940, 510));
+    two.add(asRect(38, 0, 80, 10));
+    ASSERT_EQ(two.all().size(), 2u) << "near ones are one, far ones are not";
+    std::mt19937 random{1};
+    const auto upTo = [&](unsigned n) { return int(random() % n); };
+    for (int turn = 0; turn < 200; turn++) {
+        DirtyAreas dirty;
+        std::vector<CRect> added;
+        for (int i = upTo(40); i >= 0; i--) {
+            const int x = upTo(1500), y = upTo(900);
+            added.push_back(asRect(x, y, x + upTo(100), y + upTo(100)));
+            dirty.add(added.back());
+        }
+        EXPECT_LE(int(dirty.all().size()), DirtyAreas::most);
+        for (const CRect& r : added)
+            EXPECT_TRUE(r.empty() || std::ranges::any_of(dirty.all(), [&](const CRect& whole) {
+                            return intersect(whole, r) == r;
+                        }));
+    }
+}
+
+/// Nothing that lies between what has changed is painted, and of a control only what was asked for.
+TEST_F(GuiTest, PaintsOnlyWhatHasChanged) {
+    const auto win = std::make_unique<CWin>(app.get(), nullptr, "Areas", 0, 0, 700, 500, 0);
+    win->show(true);
+    const auto probe = [&](int x, int y) {
+        auto* ctrl = new ProbeCtrl(win.get(), "probe", x, y, 100, 100);
+        win->addControl(ctrl);
+        return ctrl;
+    };
+    ProbeCtrl *first = probe(10, 10), *between = probe(300, 200), *last = probe(550, 350);
+    win->redraw();
+    settle();
+    const int before = between->paints;
+    const int firstPaints = first->paints, lastPaints = last->paints;
+    first->redraw();
+    last->redraw(asRect(10, 10, 20, 20));
+    first->fill = last->fill = red;
+    settle();
+    EXPECT_GT(first->paints, firstPaints);
+    EXPECT_GT(last->paints, lastPaints);
+    EXPECT_EQ(between->paints, before);
+    const Shot shot(win->handle, 700, 500);
+    const CPoint at = asPoint(last->absX, last->absY);
+    EXPECT_EQ(shot.at(at.x + 15, at.y + 15), red);
+    EXPECT_NE(shot.at(at.x + 50, at.y + 50), red);
 }
