@@ -22,9 +22,9 @@
 
 namespace {
 
-/// These open dialogs, and another project or no change comes out of them.
-const std::set<std::string> leftOut = {"new",   "open",   "openlast", "saveas",
-                                       "setup", "render", "save",     "exit"};
+/// Another project or file comes out of these, or none at all.
+const std::set<std::string> leftOut = {"new",    "open", "openlast",   "saveas", "setup",
+                                       "render", "save", "setdefault", "exit"};
 constexpr int leastPerSeed = 100, seeds = 20;
 
 /// Where two projects differ first, with the bytes of both from there on.
