@@ -7,6 +7,7 @@
 #include "shell/MainProjectUi.h"
 #include "shell/PageRecords.h"
 #include "shell/Pages.h"
+#include "shell/Rooms.h"
 #include "ui/Commands.h"
 
 #include <climits>
@@ -200,4 +201,27 @@ TEST_F(PagesTest, TheBarTurnsPages) {
     edits[1]->hide();
     EXPECT_FALSE(bar->visible);
     EXPECT_EQ(win->editorType, groupArrange);
+}
+
+/// A component is edited in the window that is entered for its type: one, which is kept.
+TEST_F(PagesTest, TheTableOfEditorsOpensThem) {
+    begin();
+    EXPECT_FALSE(win->hasEditor(comps[0]));
+    comps[0]->edit(true);
+    EXPECT_EQ(win->editors.getCount(), 0);
+    win->rooms->editors.enter(comps[0]->type, [](Workspace& workspace, CComp& comp) {
+        CWin* owner = workspace.mainWindow();
+        return std::make_unique<CCompEditor>(owner->app, owner, comp.id, 50, 50, 200, 150,
+                                             editorStyle, &comp, &workspace.commands());
+    });
+    comps[0]->edit(true);
+    settle();
+    const auto* editor = static_cast<CCompEditor*>(win->editors.getFirst());
+    ASSERT_TRUE(editor && editor->comp == comps[0] && editor->visible);
+    comps[0]->edit(false);
+    EXPECT_EQ(win->editors.getCount(), 0);
+    comps[0]->edit(true);
+    EXPECT_EQ(win->editors.getFirst(), editor);
+    hooks->deleteEditors(comps[0]);
+    EXPECT_EQ(win->editors.getCount(), 0);
 }

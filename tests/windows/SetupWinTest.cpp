@@ -423,7 +423,10 @@ TEST_F(SetupWinTest, FunctionKeysArePressedIntoTheField) {
     (*tree->onChange)(tree);
     setup->setKeyCtrl(find<CCtrl>("key"));
     key("Page_Up");
-    EXPECT_EQ(setting("shortcuts", "mixer"), "0,-12");
+    EXPECT_EQ(setting("shortcuts", "setup"), "0,-12");
+    for (auto* group : each<CTreeNode>(tree->root.children))
+        for (auto* node : each<CTreeNode>(group->children))
+            EXPECT_TRUE(static_cast<CAction*>(node->data)->bound()) << node->text.asChar();
 }
 
 TEST_F(SetupWinTest, FoldersAreAddedAndTakenOut) {
