@@ -166,7 +166,7 @@ void SongCommands::rightLocator() {
 int SongCommands::beatTicks(int tick) const {
     int num = 4, den = 4;
     seq()->getTimeSig(num, den);
-    if (const CTimesigPart* point = prog()->getTimesigAtPos(tick)) den = point->getDen();
+    if (const CTimesigPart* point = prog()->timesigInForce(tick)) den = point->getDen();
     return asMax(1, quarterTicks * 4 / asMax(1, den));
 }
 
@@ -314,14 +314,8 @@ void SongCommands::snapNext() {
 void SongCommands::addTimesig() {
     auto* point = new CTimesigPart;
     point->pos = asInt(seq()->getPos());
-    int num = 4, den = 4;
-    seq()->getTimeSig(num, den);
-    for (const auto* other : each<CTimesigPart>(prog()->timesigs)) {
-        if (other->pos > point->pos) break;
-        num = other->getNum();
-        den = other->getDen();
-    }
-    point->setTimesig(num, den);
+    const StoredValue::Numbers now = signatureHereOf(seq()).get();
+    point->setTimesig(asInt(now[0]), asInt(now[1]));
     CUndo* step = qv->undoStart("Add time signature", seq(), updateParts);
     prog()->addTimesig(point, step);
     qv->undoEnd(step, false);

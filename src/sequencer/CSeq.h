@@ -241,6 +241,7 @@ public:
     /// The point whose tempo is in force at the position; null before the first, where
     /// `CQV::songTempo` is. Interface thread.
     CTempoPart* tempoPointHere();
+    CTimesigPart* timesigHere(); ///< the last one at the position or before, or null
     /// One of them was changed: what is in force is heard from the next block on. Any thread.
     void tempoChanged();
     double framesToTicks(double ticks, double frames, int rate);

@@ -123,6 +123,15 @@ CTimesigPart* CSeqProg::getTimesigAtPos(int tick) {
     return covering<CTimesigPart>(timesigs, tick);
 }
 
+CTimesigPart* CSeqProg::timesigInForce(int tick) {
+    CTimesigPart* found = nullptr;
+    for (auto* point : each<CTimesigPart>(timesigs)) {
+        if (point->pos > tick) break;
+        found = point;
+    }
+    return found;
+}
+
 CTempoPart* CSeqProg::getTempoAtPos(int tick) {
     return covering<CTempoPart>(tempos, tick);
 }

@@ -91,6 +91,7 @@ public:
     // Looking up. The first entry with `pos` <= tick < `pos` + `length`, null when none.
     CMarkerPart* getMarkerAtPos(int tick);
     CTimesigPart* getTimesigAtPos(int tick);
+    CTimesigPart* timesigInForce(int tick); ///< the last one there or before, or null
     CTempoPart* getTempoAtPos(int tick);
     CSongTrack* songTrackOf(const CTrack* track);
     bool hasParts() const;

@@ -435,6 +435,11 @@ CTempoPart* CSeq::tempoPointHere() {
     return prog ? tempoInForce(prog, host->frames) : nullptr;
 }
 
+CTimesigPart* CSeq::timesigHere() {
+    CSeqProg* prog = getProg();
+    return prog ? prog->timesigInForce(asInt(getPos())) : nullptr;
+}
+
 void CSeq::tempoChanged() {
     clipChanges.fetchAdd(1);
     TransportCall call;

@@ -77,6 +77,17 @@ const StoredValue::Kind signature = {
         song(o)->update(updateTracks);
     }};
 
+const StoredValue::Kind pointSignature = {
+    "Time signature",
+    [](const CObject* o, int) {
+        const auto* point = static_cast<const CTimesigPart*>(o);
+        return Numbers{double(point->getNum()), double(point->getDen())};
+    },
+    [](CObject* o, int, const Numbers& to) {
+        static_cast<CTimesigPart*>(o)->setTimesig(asInt(to[0]), asInt(to[1]));
+        if (CComp* seq = qv->firstOfType(compSeq)) song(seq)->update(updateTracks);
+    }};
+
 const StoredValue::Kind grid = {"Grid",
                                 [](const CObject* o, int) {
                                     const CSnap& snap = *song(o)->snap;
@@ -136,8 +147,9 @@ StoredValue programOf(CSeq* seq) {
     return {&current, seq};
 }
 
-StoredValue signatureOf(CSeq* seq) {
-    return {&signature, seq};
+StoredValue signatureHereOf(CSeq* seq) {
+    CTimesigPart* point = seq->timesigHere();
+    return point ? StoredValue{&pointSignature, point} : StoredValue{&signature, seq};
 }
 
 StoredValue gridOf(CSeq* seq) {

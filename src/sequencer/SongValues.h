@@ -15,7 +15,9 @@ StoredValue soloedOf(CSongTrack* track); ///< 0 or 1
 StoredValue loopOf(CSeqProg* prog);
 StoredValue locatorsOf(CSeqProg* prog); ///< left and right, in ticks
 StoredValue programOf(CSeq* seq);       ///< index of the current program
-StoredValue signatureOf(CSeq* seq);     ///< of the song: beats, and the note that is one
+/// Beats, and the note that is one, in force at the song's position: those of the last signature
+/// there or before, else the song's own.
+StoredValue signatureHereOf(CSeq* seq);
 /// The grid: what `CSnap::index` takes, and whether it is active, triplet, dotted.
 StoredValue gridOf(CSeq* seq);
 /// The tempo in force at the song's position, in beats per minute: that of the last tempo point

@@ -113,13 +113,14 @@ CStr CPositionDisplay::clockText() const {
 
 CSignatureDisplay::CSignatureDisplay(CWin* owner, int l, CQV* host)
     : CFigures(owner, "signature", "SIGNATURE", l, displayWidth, host) {
-    hint = "Time signature of the song: press to change";
+    hint = "Time signature at the position: press to change";
 }
 
 CStr CSignatureDisplay::figures() const {
-    int num = 4, den = 4;
-    if (CSeq* seq = songOf(qv)) seq->getTimeSig(num, den);
-    return formatted("%d/%d", num, den);
+    CSeq* seq = songOf(qv);
+    if (!seq) return "4/4";
+    const StoredValue::Numbers now = signatureHereOf(seq).get();
+    return formatted("%d/%d", asInt(now[0]), asInt(now[1]));
 }
 
 void CSignatureDisplay::mouseDown(int x, int y, int btn) {
@@ -142,7 +143,7 @@ void CSignatureDisplay::chosen(CObject* sender) {
     CSeq* seq = songOf(qv);
     if (!seq) return;
     const Signature& s = signatures[static_cast<CMenuItem*>(sender)->tag];
-    qv->values->set(signatureOf(seq), {double(s.num), double(s.den)});
+    qv->values->set(signatureHereOf(seq), {double(s.num), double(s.den)});
     refresh();
 }
 

@@ -1,5 +1,6 @@
 #include "MainFixture.h"
 
+#include "base/Numbers.h"
 #include "engine/CSnap.h"
 #include "engine/ValueDoor.h"
 #include "sequencer/Points.h"
@@ -31,8 +32,9 @@ protected:
         host->tasks->audioStopped();
     }
     double tempo() { return tempoHereOf(seq()).get()[0]; }
-    void onTempo(const std::string& rest) {
-        const CCtrl* ctrl = named(win->clientGroup, "tempo");
+    void onTempo(const std::string& rest) { on("tempo", rest); }
+    void on(const char* display, const std::string& rest) {
+        const CCtrl* ctrl = named(win->clientGroup, display);
         const CPoint corner = win->getPos(true), at = win->controlPos(ctrl);
         xdo("mousemove " + std::to_string(corner.x + at.x + 40) + " " +
             std::to_string(corner.y + at.y + 30) + " " + rest);
@@ -102,6 +104,28 @@ TEST_F(StoredValuesTest, TempoDisplayChangesThePointInForce) {
     EXPECT_TRUE(undone());
     EXPECT_EQ(point->getTempo(), 60.0f);
     EXPECT_EQ(host->tempo, 60.0f);
+}
+
+TEST_F(StoredValuesTest, SignatureDisplayChangesThePointInForce) {
+    auto* point = new CTimesigPart;
+    point->pos = 3840;
+    point->setTimesig(3, 4);
+    prog->addTimesig(point, nullptr);
+    const auto shown = [this] {
+        const StoredValue::Numbers now = signatureHereOf(seq()).get();
+        return std::to_string(asInt(now[0])) + "/" + std::to_string(asInt(now[1]));
+    };
+    for (const bool behind : {false, true}) {
+        host->setPos(behind ? 3840.0 * 3 : 0.0);
+        const std::string before = behind ? "3/4" : "4/4";
+        EXPECT_EQ(shown(), before);
+        inMenu({"Down", "Return"});
+        on("signature", "click 1");
+        EXPECT_TRUE(pumpUntil([&] { return shown() == "2/4"; }));
+        EXPECT_EQ(point->getNum(), behind ? 2 : 3);
+        EXPECT_TRUE(undone());
+        EXPECT_EQ(shown(), before);
+    }
 }
 
 TEST_F(StoredValuesTest, EscapeGivesADragBack) {
