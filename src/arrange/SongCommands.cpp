@@ -55,6 +55,26 @@ bool twoAudio(CSeq* seq) {
     return more(seq, 1, true, [](const CPart* part) { return part->type == partAudio; });
 }
 
+bool anySelectedTrack(CSeq* seq) {
+    return !seq->selectedTracks.empty();
+}
+
+bool hasPriorProg(CSeq* seq) {
+    return seq->curProg > 0;
+}
+
+bool hasNextProg(CSeq* seq) {
+    return seq->curProg + 1 < seq->numProgs();
+}
+
+bool anyMarker(CSeq* seq) {
+    return !seq->getProg()->markers.empty();
+}
+
+bool onMarker(CSeq* seq) {
+    return seq->getProg()->getMarkerAtPos(asInt(seq->getPos())) != nullptr;
+}
+
 bool anyCopy(CSeq* seq) {
     return !seq->copies.empty();
 }
@@ -87,35 +107,37 @@ void SongCommands::bindAll() {
     static constexpr struct {
         const char* name;
         void (SongCommands::*run)();
+        bool (*ready)(CSeq* seq) = nullptr; ///< null: with any song
     } rows[] = {
         {"leftlocator", &SongCommands::leftLocator},
         {"rightlocator", &SongCommands::rightLocator},
         {"nextbeat", &SongCommands::nextBeat},
         {"priorbeat", &SongCommands::priorBeat},
-        {"priorprog", &SongCommands::priorProg},
-        {"nextprog", &SongCommands::nextProg},
-        {"playselection", &SongCommands::playSelection},
-        {"loopselection", &SongCommands::loopSelection},
-        {"mute", &SongCommands::mute},
-        {"solo", &SongCommands::solo},
+        {"priorprog", &SongCommands::priorProg, hasPriorProg},
+        {"nextprog", &SongCommands::nextProg, hasNextProg},
+        {"playselection", &SongCommands::playSelection, anySelected},
+        {"loopselection", &SongCommands::loopSelection, anySelected},
+        {"mute", &SongCommands::mute, anySelectedTrack},
+        {"solo", &SongCommands::solo, anySelectedTrack},
         {"addtrack", &SongCommands::addInstrument},
         {"addaudio", &SongCommands::addAudio},
         {"adddrum", &SongCommands::addDrums},
         {"addfolder", &SongCommands::addFolder},
         {"addmarker", &SongCommands::addMarker},
-        {"deletemarker", &SongCommands::deleteMarker},
-        {"priormarker", &SongCommands::priorMarker},
-        {"nextmarker", &SongCommands::nextMarker},
+        {"deletemarker", &SongCommands::deleteMarker, onMarker},
+        {"priormarker", &SongCommands::priorMarker, anyMarker},
+        {"nextmarker", &SongCommands::nextMarker, anyMarker},
         {"timesig-add", &SongCommands::addTimesig},
         {"snapPrior", &SongCommands::snapPrior},
         {"snapNext", &SongCommands::snapNext},
     };
-    const auto ready = [this] { return prog() != nullptr; };
     for (const auto& row : rows)
         workspace.commands().bind(
-            row.name, [this, run = row.run] { (this->*run)(); }, ready);
+            row.name, [this, run = row.run] { (this->*run)(); },
+            [this, fits = row.ready] { return prog() && (!fits || fits(seq())); });
     workspace.commands().bind(
-        "snap", [this] { snap(); }, ready, [this] { return prog() && seq()->snap->active; });
+        "snap", [this] { snap(); }, [this] { return prog() != nullptr; },
+        [this] { return prog() && seq()->snap->active; });
     workspace.commands().bind(
         "opencomp", [this] { openComp(); },
         [this] { return prog() && workspace.hasEditor(shownComp()); });
@@ -183,10 +205,8 @@ void SongCommands::priorBeat() {
 // Programs.
 
 void SongCommands::stepProg(int by) {
-    const int index = seq()->curProg + by;
-    if (index < 0 || index >= seq()->numProgs()) return;
     qv->values->begin("Program");
-    qv->values->set(programOf(seq()), index);
+    qv->values->set(programOf(seq()), seq()->curProg + by);
     const double on = qv->loop ? 1.0 : 0.0; // the switch that is shown, which play goes by
     qv->values->set(loopOf(prog()), {on, on});
     qv->values->end();
@@ -332,7 +352,6 @@ void SongCommands::addMarker() {
 
 void SongCommands::deleteMarker() {
     CMarkerPart* marker = prog()->getMarkerAtPos(asInt(seq()->getPos()));
-    if (!marker) return;
     CUndo* step = qv->undoStart("Delete marker", seq(), updateParts);
     step->asRemove(marker, &prog()->markers);
     qv->undoEnd(step, false);

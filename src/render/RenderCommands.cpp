@@ -26,7 +26,9 @@ RenderCommands::RenderCommands(Workspace& space) : workspace(space), qv(space.ho
     commands.bind(
         "exportmidi", [this] { exportMidi(); }, ready);
     commands.bind(
-        "freeze", [this] { freeze(); }, ready, [this] { return frozen(); });
+        "freeze", [this] { freeze(); },
+        [this, ready] { return ready() && !seq()->selectedTracks.empty(); },
+        [this] { return frozen(); });
     commands.bind(
         "bounce", [this] { bounce(); }, ready);
 }
