@@ -66,8 +66,11 @@ void RenderCommands::exportMidi() {
 
 void RenderCommands::freeze() {
     CProgressWin progress(workspace, "Freeze");
-    freezeTracks(seq(), &progress);
+    const bool before = frozen();
+    const RenderResult result = freezeTracks(seq(), &progress);
     clearMeters();
+    if (result == RenderResult::good && !before && !frozen())
+        setStatus("The selected tracks are silent: there is nothing to freeze");
 }
 
 void RenderCommands::bounce() {
