@@ -10,7 +10,7 @@
 #include <cstring>
 #include <fstream>
 #include <map>
-#include <regex>
+#include <sstream>
 
 namespace {
 
@@ -221,11 +221,11 @@ std::set<std::string> toldBlocks() {
     std::string line;
     while (std::getline(document, line) && line != "### What is no change") {
     }
-    const std::regex quoted("`([^`]*)`");
     while (std::getline(document, line) && line.rfind("#", 0) != 0) {
-        const std::string cell = line.substr(0, line.find('|', 1));
-        for (std::sregex_iterator i(cell.begin(), cell.end(), quoted), end; i != end; ++i)
-            if (line[0] == '|') names.insert((*i)[1]);
+        if (line[0] != '|') continue;
+        std::istringstream cell(line.substr(0, line.find('|', 1)));
+        std::string before, name; // names stand between back quotes
+        while (std::getline(cell, before, '`') && std::getline(cell, name, '`')) names.insert(name);
     }
     return names;
 }
