@@ -151,7 +151,7 @@ bool insideCallback() {
 long libio(float** ins, float** outs, long numIns, long numOuts, long frames, void* events,
            int numEvents) {
     for (long i = 0; i < numOuts; ++i)
-        std::memset(outs[i], 0, sizeof(float) * size_t(std::max(frames, 0l)));
+        std::fill_n(outs[i], std::max(frames, 0l), 0.0f);
     const std::span room(static_cast<AamEvent*>(events), events ? size_t(aamMaxEvents) : 0);
     const std::span in = room.first(size_t(std::clamp(numEvents, 0, int(room.size()))));
     qv->deviceMidi->calls.fetchAdd(1);
