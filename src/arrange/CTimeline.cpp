@@ -52,7 +52,7 @@ void CTimeline::setFirstRow(int row) {
 
 CTimeline::Look CTimeline::lookOf(CSeq* seq) const {
     Look now;
-    if (!seq || !seq->getProg()) return now;
+    if (!seq) return now;
     seq->getLoopSection(now.loopFrom, now.loopTo);
     now.loop = seq->getLoop();
     const CList& tracks = seq->getProg()->tracks;
@@ -142,9 +142,9 @@ void CTimeline::drawSong(CGraphic* g) {
     const int frame = win->app->gui->palette.frame;
     drawGuiItem(g, clientRect(), &clGrid);
     drawGuiItem(g, asRect(0, 0, width, rulerHeight), &clMarkers);
-    CSeq* seq = songOf(qv);
+    CSeq* seq = playableSongOf(qv);
     look = lookOf(seq);
-    if (seq && seq->getProg()) {
+    if (seq) {
         songTicks = asMax(barTicks, seq->renderDuration());
         drawBars(g, seq);
         int y = rulerHeight, index = 0;
@@ -191,7 +191,7 @@ void CTimeline::drawPointer(CGraphic* g) const {
 }
 
 void CTimeline::refresh() {
-    if (picture && lookOf(songOf(qv)) != look) songChanged();
+    if (picture && lookOf(playableSongOf(qv)) != look) songChanged();
     const int before = shownX, now = playX();
     if (now == before || !shown() || !painted || !picture) return;
     shownX = now;

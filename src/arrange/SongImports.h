@@ -18,6 +18,12 @@ public:
     /// Binds its actions; outlives the table's use.
     explicit SongImports(Workspace& workspace);
 
+    /// Takes the files among what is dropped, which come at the next `serve`: to a track, null for
+    /// new ones, at a tick.
+    void dropped(const CList& items, CSongTrack* onto, int tick);
+    void serve();
+
+private:
     /// Onto the selected audio track, where nothing stands from the position on, else onto a new
     /// one.
     void audioClicked();
@@ -25,12 +31,6 @@ public:
     /// Clips come to the position; sounds to the selected track, if they are for its kind.
     void soundClicked();
 
-    /// Takes the files among what is dropped, which come at the next `serve`: to a track, null for
-    /// new ones, at a tick.
-    void dropped(const CList& items, CSongTrack* onto, int tick);
-    void serve();
-
-private:
     CSeq* seq() const; ///< null without a song
     CStr ask(const char* title, const char* ext) const;
     void bring(const std::vector<CStr>& paths, CSongTrack* onto, int tick);

@@ -126,8 +126,7 @@ void SongView::songChanged() {
     bar = new CScrollbar(win, "scroll", 0, CTimeline::rulerHeight, barWidth, 1);
     bar->onChange = new _COnChange<SongView>(this, &SongView::barMoved);
     addControl(bar);
-    CSeq* seq = songOf(qv);
-    if (seq && seq->getProg())
+    if (CSeq* seq = playableSongOf(qv))
         for (auto* t : each<CSongTrack>(seq->getProg()->tracks)) {
             rows.push_back(new CTrackRow(win, qv, t, rowHeight, trackColour(int(rows.size()))));
             addControl(rows.back());
