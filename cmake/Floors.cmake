@@ -19,6 +19,7 @@ function(sondrava_floor name)
         -ffile-prefix-map=${view}/=${CMAKE_SOURCE_DIR}/src/)
     target_link_libraries(${name} PUBLIC ${arg_USES} Threads::Threads
         PRIVATE sondrava_warnings ${arg_LIBRARIES})
+    sondrava_precompiled(${name} standard)
 endfunction()
 
 # A room of windows: it stands on ui and what lies below, and sees no other room.

@@ -1,8 +1,11 @@
 # Flags that hold for every target, and the warnings of our own code.
 
+# A cache counts a precompiled header by its content only if it is told that macros of time and
+# definitions made before the header do not matter here.
 find_program(CCACHE ccache)
 if(CCACHE)
-    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+    set(CMAKE_CXX_COMPILER_LAUNCHER
+        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
 endif()
 find_program(LLD ld.lld)
 if(LLD)

@@ -12,8 +12,8 @@ std::string midiFile(int firstChannel, int secondChannel) {
         return std::string{0,    char(0x90 + channel), 40, 100, char(0x87),
                            0x40, char(0x80 + channel), 40, 0};
     };
-    const std::string track =
-        note(firstChannel) + note(secondChannel) + std::string{0, -1, 0x2F, 0};
+    std::string track = note(firstChannel);
+    track.append(note(secondChannel)).append({0, -1, 0x2F, 0});
     return std::string("MThd\0\0\0\6\0\0\0\1\3\300MTrk\0\0\0", 21) + char(track.size()) + track;
 }
 
