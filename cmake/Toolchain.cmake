@@ -1,11 +1,12 @@
 # Flags that hold for every target, and the warnings of our own code.
 
-# A cache counts a precompiled header by its content only if it is told that macros of time and
-# definitions made before the header do not matter here.
+# The cache takes a precompiled header, and one that has just been made, only if it is told that no
+# macros of time and no definitions made before it matter here.
 find_program(CCACHE ccache)
 if(CCACHE)
     set(CMAKE_CXX_COMPILER_LAUNCHER
-        ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
+        ${CMAKE_COMMAND} -E env
+        CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime ${CCACHE})
 endif()
 find_program(LLD ld.lld)
 if(LLD)
