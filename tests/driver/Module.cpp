@@ -1,5 +1,7 @@
 #include "driver/Module.h"
 
+#include "support/Places.h"
+
 #include <algorithm>
 #include <dlfcn.h>
 #include <filesystem>
@@ -8,7 +10,7 @@
 #include <stdexcept>
 
 AamEntry Module::load() {
-    void* handle = dlopen(SONDRAVA_BIN "/libaam.so", RTLD_LAZY);
+    void* handle = dlopen(builtFile("bin/libaam.so").c_str(), RTLD_LAZY);
     if (!handle) throw std::runtime_error(dlerror());
     return reinterpret_cast<AamEntry>(dlsym(handle, "libaam"));
 }

@@ -3,6 +3,7 @@
 #include "engine/FakeModule.h"
 #include "engine/MidiBytes.h"
 #include "engine/StripFixture.h"
+#include "support/Places.h"
 #include "support/Rows.h"
 
 #include "base/Numbers.h"
@@ -16,19 +17,21 @@ namespace {
 
 using Ops = std::vector<int>;
 
+const std::string fakeModule = builtFile("tests/libfake_aam.so");
+
 /// The bridge on a module, by default the fake one, wired to the host as the program does it.
 struct CAAMTest : testing::Test {
-    CAAMTest() : handle(dlopen(FAKE_MODULE, RTLD_NOW)) {
+    CAAMTest() : handle(dlopen(fakeModule.c_str(), RTLD_NOW)) {
         module = static_cast<FakeState*>(dlsym(handle, "fakeState"));
         *module = FakeState();
-        load(FAKE_MODULE);
+        load(fakeModule);
     }
     ~CAAMTest() override {
         b.reset();
         dlclose(handle);
     }
-    void load(const char* path) {
-        b.emplace(libio, path);
+    void load(const std::string& path) {
+        b.emplace(libio, path.c_str());
         t.host->aam = &*b;
         b->onChange = new _COnChange<CQV>(t.host, &CQV::aamChanged);
     }
@@ -189,8 +192,8 @@ TEST_F(CAAMTest, NotesOutsideEndBeforeTheDeviceCloses) {
     SignalComp* signal = t.addSignal();
     t.connectMIDI(signal, t.midiOut);
     signal->messages = {{3.0, asData(midiNoteOn | 2, 60, 100)}};
-    load(SONDRAVA_BIN "/libaam.so");
-    void* real = dlopen(SONDRAVA_BIN "/libaam.so", RTLD_NOW);
+    load(builtFile("bin/libaam.so"));
+    void* real = dlopen(builtFile("bin/libaam.so").c_str(), RTLD_NOW);
     const auto entry = reinterpret_cast<AamEntry>(dlsym(real, "libaam"));
     entry(aamTestTake, 0, 0);
     b->audioOpen(b->numAudioDevs() - 1);

@@ -5,6 +5,7 @@
 #include "engine/CMap.h"
 #include "engine/EditorHooks.h"
 #include "engine/StripFixture.h"
+#include "support/Places.h"
 
 #include <cmath>
 #include <filesystem>
@@ -50,7 +51,7 @@ TEST(CQV, DevicesFollowTheEnabledChannels) {
                  {32, 16, 2, "[31+32] Audio Out"}};
     for (const auto& c : cases) {
         TestHost t;
-        CAAM bridge(libio, SONDRAVA_BIN "/libaam.so");
+        CAAM bridge(libio, builtFile("bin/libaam.so").c_str());
         for (int i = 0; i < c.enabled; ++i) bridge.audioOutEnable(c.enabled < 16 ? 2 * i : i, 1);
         t.host->aam = &bridge;
         t.host->clear();

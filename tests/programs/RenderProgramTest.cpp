@@ -1,4 +1,5 @@
 #include "programs/Program.h"
+#include "support/Places.h"
 #include "support/Rows.h"
 
 #include <algorithm>
@@ -12,7 +13,7 @@
 
 namespace {
 
-const std::string renderer = SONDRAVA_BIN "/sondrava-render";
+const std::string renderer = builtFile("bin/sondrava-render");
 const std::string trainSong = "/usr/share/games/openttd/baseset/openmsx/be_sharp_bw_redfarn.mid";
 
 std::vector<std::string> withProgram(std::vector<std::string> words) {

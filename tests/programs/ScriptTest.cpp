@@ -1,4 +1,5 @@
 #include "programs/Program.h"
+#include "support/Places.h"
 
 #include <cmath>
 #include <cstdio>
@@ -14,7 +15,7 @@ namespace {
 class Checkout {
 public:
     explicit Checkout(const std::string& script) : name(script) {
-        fs::copy_file(SONDRAVA_SOURCE "/" + script, folder.file(script));
+        fs::copy_file(sourceFile(script), folder.file(script));
         addScript("cmake/install-packages", "exit 0");
         addScript("bin/cmake", "exit 0");
         fs::create_symlink("/usr/bin/mawk", folder.file("bin/awk"));
@@ -41,7 +42,7 @@ private:
 TEST(Scripts, RunRendersWithoutDisplay) {
     const Checkout tree("run");
     tree.addScript("build/release/bin/sondrava-render",
-                   "exec " SONDRAVA_BIN "/sondrava-render --length 7680 \"$@\"");
+                   "exec " + builtFile("bin/sondrava-render") + " --length 7680 \"$@\"");
     Program run(tree.command());
     EXPECT_EQ(run.wait(), 0) << run.err();
     EXPECT_EQ(run.err(), "");

@@ -1,4 +1,5 @@
 #include "programs/Program.h"
+#include "support/Places.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -20,7 +21,7 @@ class Installation {
 public:
     Installation() {
         for (const char* name : {"sondrava", "libaam.so"})
-            std::filesystem::copy_file(std::string(SONDRAVA_BIN "/") + name, folder.file(name));
+            std::filesystem::copy_file(builtFile(std::string("bin/") + name), folder.file(name));
         setenv("HOME", folder.file("home").c_str(), 1);
         set("");
     }

@@ -1,4 +1,5 @@
 #include "project/ProjectFixture.h"
+#include "support/Places.h"
 
 #include "common/fx/CEQ.h"
 
@@ -48,7 +49,7 @@ constexpr int level = 0x2000, levelFrames = 8; ///< of the sample: a quarter of 
 
 /// The file that foreign.txt describes.
 std::string project() {
-    std::ifstream text(SONDRAVA_TEST_DATA "/foreign.txt");
+    std::ifstream text(sourceFile("tests/project/foreign.txt"));
     std::vector<std::string> lines;
     for (std::string line; std::getline(text, line);)
         if (line[0] != '#') lines.push_back(line);

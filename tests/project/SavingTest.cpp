@@ -1,4 +1,5 @@
 #include "project/ProjectFixture.h"
+#include "support/Places.h"
 
 #include "base/CIniFile.h"
 #include "base/FullDisk.h"
@@ -316,8 +317,9 @@ TEST(RenderTool, SavesWhereTheAudioIs) {
     ASSERT_TRUE(saveProjectAs(f.project, here.file("song.qv")));
     CStringList words;
     const CStr copy = there.file("copy.qv");
-    for (const char* word : {"env", "-C", here.path.asChar(), SONDRAVA_BIN "/sondrava-render",
-                             "--save", copy.asChar(), "song.qv"})
+    const std::string renderer = builtFile("bin/sondrava-render");
+    for (const char* word :
+         {"env", "-C", here.path.asChar(), renderer.c_str(), "--save", copy.asChar(), "song.qv"})
         words.append(word);
     ASSERT_EQ(runProcess(words), 0);
     ASSERT_EQ(openProject(f.project, copy, false), LoadResult::good);

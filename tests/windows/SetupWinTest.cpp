@@ -1,4 +1,5 @@
 #include "MainFixture.h"
+#include "support/Places.h"
 
 #include "base/Paths.h"
 #include "engine/CAAM.h"
@@ -68,7 +69,7 @@ protected:
     /// Starts with the devices of the settings; true when the named one is among them.
     bool startWithDevices(const std::string& name) {
         start();
-        bridge = std::make_unique<CAAM>(libio, SONDRAVA_BIN "/libaam.so");
+        bridge = std::make_unique<CAAM>(libio, builtFile("bin/libaam.so").c_str());
         host->aam = aam = bridge.get();
         bridge->onChange = new _COnChange<CQV>(host.get(), &CQV::aamChanged);
         const bool listed =
@@ -133,7 +134,7 @@ protected:
     void testDevice(const std::string& name, int grantedRate);
     /// The loudest sample of each channel that the device gets in the next half second.
     std::vector<float> heard() {
-        void* module = dlopen(SONDRAVA_BIN "/libaam.so", RTLD_LAZY | RTLD_NOLOAD);
+        void* module = dlopen(builtFile("bin/libaam.so").c_str(), RTLD_LAZY | RTLD_NOLOAD);
         const auto driver = reinterpret_cast<AamEntry>(dlsym(module, "libaam"));
         const std::string path = at("heard.wav");
         driver(aamTestCapture, intptr_t(path.c_str()), 0);
