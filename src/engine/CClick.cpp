@@ -71,6 +71,12 @@ void CClick::init() {
     samplePos = sound->frames - silentTail;
 }
 
+void CClick::endCountIn(double ticks) {
+    assert(host->heldByThread());
+    countIn = 0;
+    setPos(ticks);
+}
+
 bool CClick::audible() const {
     if (!enabled || !sound->data || sound->streamed) return false;
     return ((mode & clickCountIn) && countIn > 0) || ((mode & clickRecord) && host->recording) ||

@@ -40,6 +40,9 @@ public:
     void setPos(double ticks);
     /// Lays out the count-in, in whole blocks, so that its end falls on the border of a block.
     void init();
+    /// The transport starts before the count-in is over: none is left, and the clicks go on from
+    /// there.
+    void endCountIn(double ticks);
     /// Makes the built-in sound: a decaying rough tick of 4096 frames.
     void defaultSound();
 

@@ -96,6 +96,7 @@ void CQV::startNow() {
     masterSeq = firstOfType(compSeq); // the list may have changed since the latest block
     startTime = asTimeInMS();
     startPos = masterSeq ? asRound(masterSeq->getPos()) : 0;
+    if (click->countIn > 0) click->endCountIn(startPos);
     playing = 1;
     transportChanged = true;
     for (CComp* c : each<CComp>(comps)) c->start();

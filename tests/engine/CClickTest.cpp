@@ -83,6 +83,20 @@ TEST(CClick, CountInLeadsIntoTheSong) {
         }
 }
 
+/// Who starts the transport during the count-in has no more of it, and the beats of the song.
+TEST(CClick, StartEndsTheCountIn) {
+    Fixture t(1000, clickCountIn | clickRecord);
+    t.add(new SeqStub(t.host))->at = 1920;
+    t.host->rec();
+    t.run(3);
+    t.host->start();
+    t.run(60);
+    EXPECT_TRUE(t.host->playing && t.host->recording && !t.host->click->countIn);
+    std::vector<int> want = t.beatsFrom(3000);
+    want.insert(want.begin(), 900); // of the 45 blocks for two beats
+    EXPECT_EQ(t.places(), want);
+}
+
 /// A loop that is no whole number of beats begins anew on whatever it begins with.
 TEST(CClick, StaysOnTheBeatsOfALoop) {
     for (const auto& [from, to, blockFrames] : Rows<int, int, int>{{0, 3000, 64},
