@@ -214,6 +214,7 @@ void CMainWin::songDrop(CObject*, int x, int y, int) {
 
 void CMainWin::setStatus(const CStr& text, bool atOnce) {
     if (!status) return;
+    hintShown = false;
     status->setText(text);
     if (atOnce) app->drawNow(this, status);
 }
@@ -227,7 +228,9 @@ void CMainWin::appHint(CObject* sender) {
         const CStr shortcut = shortcutOf(action);
         if (!shortcut.empty()) text += "  (" + shortcut + ")";
     }
+    if (text.empty() && !hintShown) return;
     setStatus(text);
+    hintShown = !text.empty();
 }
 
 CStr CMainWin::dialogFolder() const {

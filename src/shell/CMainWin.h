@@ -128,5 +128,6 @@ private:
     Toolbar* bar = nullptr;
     SongView* song = nullptr;
     StatusLine* status = nullptr;
+    bool hintShown = false; ///< what the status line tells is a hint, which goes with the pointer
     std::vector<std::unique_ptr<CCompEditor>> made; ///< by the table of editors
 };

@@ -160,6 +160,36 @@ TEST_F(SongWindowTest, EveryTrackCanBeReached) {
     EXPECT_EQ(selectedRow(), 16 - room);
 }
 
+/// A message stays while the pointer goes over what has no hint, and yields to the next hint.
+TEST_F(SongWindowTest, MessagesStayUntilAHint) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    app->mainWin = &*win;
+    auto* line = find<CCtrl>("status");
+    ASSERT_TRUE(line);
+    picture();
+    const auto told = [&] {
+        settle();
+        const Shot all(win->handle, win->width, win->height);
+        const CPoint at = win->controlPos(line);
+        std::vector<int> points;
+        for (int y = at.y; y < at.y + line->height; y++)
+            for (int x = at.x; x < at.x + line->width / 2; x++) points.push_back(all.at(x, y));
+        return points;
+    };
+    mouseTo(line, 5, 5);
+    const auto nothing = told();
+    win->setStatus("Exported song.wav");
+    const auto message = told();
+    mouseTo(song(), 5, song()->height - 5);
+    EXPECT_TRUE(message != nothing && told() == message);
+    mouseTo(timeline(), 50, 60);
+    const auto hint = told();
+    EXPECT_TRUE(hint != nothing && hint != message);
+    mouseTo(line, 5, 5);
+    EXPECT_TRUE(told() == nothing) << "a hint goes with the pointer";
+}
+
 /// What is not heard, what was taken back, where the loop lies: each of them is seen.
 TEST_F(SongWindowTest, ShowsWhatHasChanged) {
     start();
