@@ -100,6 +100,7 @@ bool ProgramRun::open() {
 void ProgramRun::run() {
     app->addTimer(window.get(), heartbeatMs, true);
     qv->init();
+    qv->setLoop(0);
     window->init();
     window->flows->start();
     if (qv->editorStruct.maximized) window->maximize();
