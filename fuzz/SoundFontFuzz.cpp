@@ -1,5 +1,6 @@
 #include "base/Messages.h"
 #include "engine/CQV.h"
+#include "engine/GraphHold.h"
 #include "engine/MidiBytes.h"
 #include "instruments/CSampleClip.h"
 #include "instruments/CSampler.h"
@@ -30,6 +31,7 @@ CQV* fuzzHost() {
 }
 
 void play(CSampler& sampler) {
+    const GraphHold hold(sampler.host);
     sampler.createChannels();
     sampler.createBuffers(blockFrames);
     for (int i = 0; i < sampler.progs.getCount() && i < mostPlayed; i++) {
