@@ -31,6 +31,7 @@ constexpr double partShare = 0.32, edgeShare = 0.5, silentShare = 0.16, lineShar
 
 CTimeline::CTimeline(CWin* owner, CQV* host, int l, int t, int w, int h, int row)
     : CCtrl(owner, "timeline", l, t, w, h), qv(host), rowHeight(row) {
+    tabStop = true;
     hint = "Press to move the position; audio, MIDI files, clips and sounds can be dropped here";
 }
 
@@ -188,6 +189,7 @@ void CTimeline::drawPointer(CGraphic* g) const {
     g->fillLine(accent, asRect(shownX, 0, shownX + 1, height));
     drawArrow(g, accent, asRect(shownX - pointerReach, -1, shownX + pointerReach + 1, 5), dirDown,
               pointerReach);
+    if (hasKeyFocus()) g->frameRect(accent, clientRect());
 }
 
 void CTimeline::refresh() {
@@ -232,4 +234,22 @@ void CTimeline::mouseDown(int x, int, int btn) {
 
 void CTimeline::mouseMove(int x, int, int btn) {
     if ((btn & modLeft) && isPushed()) jumpTo(x);
+}
+
+bool CTimeline::keyDown(int key, int mods) {
+    if (CCtrl::keyDown(key, mods)) return true;
+    CSeq* seq = songOf(qv);
+    if (mods || !seq) return false;
+    BarPlace at = barPlace(seq, asInt(seq->getPos()));
+    const bool within = at.ticks > 0, late = within || at.beat > 1;
+    const int beats = (key == keyRight) - (key == keyLeft && !within);
+    const int bars = (key == keyPageDown) - (key == keyPageUp && !late);
+    if (key == keyLeft || key == keyRight)
+        at = {at.bar, at.beat + beats, 0};
+    else if (key == keyPageUp || key == keyPageDown)
+        at = {at.bar + bars, 1, 0};
+    else if (key != keyHome && key != keyEnd)
+        return false;
+    qv->setPos(key == keyHome ? 0 : key == keyEnd ? seq->renderDuration() : tickOf(seq, at));
+    return true;
 }

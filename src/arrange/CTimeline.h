@@ -12,7 +12,8 @@ class CSeq;
 class CSongTrack;
 
 /// The song at a glance: bars, sections and parts on one line of time, with the locators and the
-/// play position. A press takes the position there.
+/// play position. A press takes the position there; so do Left and Right by a beat, Page Up and
+/// Down by a bar, Home and End.
 class CTimeline : public CCtrl {
 public:
     static constexpr int barsHeight = 20, rulerHeight = 2 * barsHeight;
@@ -23,6 +24,7 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
     void mouseMove(int x, int y, int btn) override;
+    bool keyDown(int key, int mods) override;
     /// Follows the play position, the loop and what is heard of the tracks, if that shows.
     void refresh();
     /// The song has changed: it is drawn anew at the next paint.

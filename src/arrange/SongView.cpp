@@ -17,6 +17,8 @@
 #include "ui/Song.h"
 #include "ui/TrackPalette.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int gap = 4;
@@ -54,9 +56,12 @@ CTrackRow::CTrackRow(CWin* owner, CQV* host, CSongTrack* shown, int h, int c)
                        rowWidth - 2 * margin - stripe, meterHeight);
     meter->item = &clTrackLed;
     meter->hint = "Level of the track's instrument";
-    for (CCtrl* ctrl : {static_cast<CCtrl*>(muteButton), static_cast<CCtrl*>(soloButton),
-                        static_cast<CCtrl*>(meter)})
-        addControl(ctrl);
+    for (CCtrl* ctrl : stops())
+        if (ctrl != this) addControl(ctrl);
+}
+
+std::array<CCtrl*, CTrackRow::stopCount> CTrackRow::stops() {
+    return {this, muteButton, soloButton, meter};
 }
 
 void CTrackRow::paint(CGraphic* g, CRect rect) {
@@ -71,17 +76,25 @@ void CTrackRow::paint(CGraphic* g, CRect rect) {
         name.right -= g->textWidth("frozen") + gap;
     }
     g->drawText(look.textCol, track->track->id, name, textLeft);
+    if (hasKeyFocus()) g->frameRect(colours.accent, asRect(0, 0, width, height - 1));
     CGroup::paint(g, rect);
 }
 
 void CTrackRow::mouseDown(int x, int y, int btn) {
     CGroup::mouseDown(x, y, btn);
-    if (!(btn & modLeft)) return;
+    // The menu of the right button is about what is selected.
+    const bool forMenu = (btn & modRight) && !track->track->selected();
+    if (!(btn & modLeft) && !forMenu) return;
     CSeq* seq = track->track->seq;
     const bool add = (btn & modControl) != 0;
     const bool on = !add || !track->track->selected();
     if (!add) seq->unselectTracks();
     seq->selectTrack(track, on);
+}
+
+void CTrackRow::mouseUp(int x, int y, int btn) {
+    CGroup::mouseUp(x, y, btn);
+    if ((btn & modRight) && inside(x, y)) static_cast<SongView*>(parent)->contextMenu();
 }
 
 void CTrackRow::muteClicked(CObject*) {
@@ -111,6 +124,10 @@ SongView::SongView(CWin* owner, CQV* host, int t, int w, int h)
     songChanged();
 }
 
+SongView::~SongView() {
+    delete onHeadMenu;
+}
+
 void SongView::forgetSong() {
     rows.clear();
     timeline = nullptr;
@@ -120,6 +137,7 @@ void SongView::forgetSong() {
 }
 
 void SongView::songChanged() {
+    const Place focus = focusPlace();
     forgetSong();
     timeline = new CTimeline(win, qv, CTrackRow::rowWidth + 1, 0, 1, height, rowHeight);
     addControl(timeline);
@@ -132,6 +150,58 @@ void SongView::songChanged() {
             addControl(rows.back());
         }
     layout();
+    focusOn(focus);
+}
+
+// The keys.
+
+SongView::Place SongView::focusPlace() const {
+    for (size_t i = 0; i < rows.size(); i++) {
+        const auto stops = rows[i]->stops();
+        const auto found = std::find(stops.begin(), stops.end(), win->keyCtrl);
+        if (found != stops.end()) return {int(i), int(found - stops.begin())};
+    }
+    return {};
+}
+
+void SongView::focusOn(Place place) {
+    if (place.row < 0 || rows.empty()) return;
+    CTrackRow* row = rows[size_t(asMin(place.row, int(rows.size()) - 1))];
+    win->setKeyCtrl(row->stops()[size_t(place.stop)]);
+    markStops();
+}
+
+/// Of the row with the focus, else of the first one selected, else of the first one shown.
+void SongView::markStops() {
+    const Place focus = focusPlace();
+    const CTrackRow* current = focus.row >= 0 ? rows[size_t(focus.row)] : nullptr;
+    for (const bool any : {false, true})
+        for (const CTrackRow* row : rows)
+            if (!current && row->visible && (any || row->songTrack()->track->selected()))
+                current = row;
+    for (CTrackRow* row : rows)
+        for (CCtrl* stop : row->stops()) stop->tabStop = row == current;
+}
+
+bool SongView::keyInside(int key, int mods) {
+    const Place focus = focusPlace();
+    if (focus.row < 0 || (mods & ~modShift)) return false;
+    if (key == ::keyUp || key == ::keyDown) {
+        const int by = key == ::keyUp ? -1 : 1, next = focus.row + by;
+        if (next < 0 || next >= int(rows.size())) return true;
+        selectRow(next, mods & modShift);
+        focusOn({next, focus.stop});
+        return true;
+    }
+    if (mods || (key != keyLeft && key != keyRight)) return false;
+    const int stop = focus.stop + (key == keyLeft ? -1 : 1);
+    focusOn({focus.row, asMinMax(stop, 0, CTrackRow::stopCount - 1)});
+    return true;
+}
+
+bool SongView::contextMenu() {
+    if (onHeadMenu) (*onHeadMenu)(this);
+    return onHeadMenu;
 }
 
 int SongView::roomForRows() const {
@@ -182,12 +252,17 @@ bool SongView::stepTrack(int by) {
         if (rows[size_t(i)]->songTrack()->track->selected() && (chosen < 0 || by > 0)) chosen = i;
     const int next = chosen < 0 ? 0 : chosen + by;
     if (next < 0 || next >= count) return false;
-    CSongTrack* track = rows[size_t(next)]->songTrack();
-    CSeq* seq = track->track->seq;
-    seq->unselectTracks();
-    seq->selectTrack(track, true);
-    scrollTo(asMinMax(firstRow, next - roomForRows() + 1, next));
+    selectRow(next, false);
     return true;
+}
+
+/// `besides`: those that are selected stay so.
+void SongView::selectRow(int index, bool besides) {
+    CSongTrack* track = rows[size_t(index)]->songTrack();
+    CSeq* seq = track->track->seq;
+    if (!besides) seq->unselectTracks();
+    seq->selectTrack(track, true);
+    scrollTo(asMinMax(firstRow, index - roomForRows() + 1, index));
 }
 
 CSongTrack* SongView::trackAt(int y) const {
@@ -224,4 +299,5 @@ void SongView::refresh() {
     for (CTrackRow* row : rows)
         if (row->visible) row->refresh();
     if (timeline) timeline->refresh();
+    markStops();
 }

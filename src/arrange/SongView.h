@@ -2,6 +2,7 @@
 
 #include "gui/CGroup.h"
 
+#include <array>
 #include <vector>
 
 class CButton;
@@ -21,8 +22,12 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     /// Selects the track, with Control beside others.
     void mouseDown(int x, int y, int btn) override;
+    void mouseUp(int x, int y, int btn) override; ///< the right button opens the menu
     void refresh();
     CSongTrack* songTrack() const { return track; }
+    static constexpr int stopCount = 4;
+    /// What of it takes the keys, from the left: itself, mute, solo, and the meter.
+    std::array<CCtrl*, stopCount> stops();
 
 private:
     void muteClicked(CObject*);
@@ -36,16 +41,26 @@ private:
     bool shownSelected = false, shownFrozen = false;
 };
 
-/// The rows of all tracks beside the timeline. Where there are more than have room, the wheel, a
+/// The rows of all tracks beside the timeline. Tab stops at one row, that of the selected track; Up
+/// and Down lead to those of others and select them, with Shift besides, Left and Right from the
+/// head to its buttons and meter. Where there are more than have room, the wheel, a
 /// scroll bar and the choice of a track scroll them row by row.
 class SongView : public CGroup {
 public:
     static constexpr int rowHeight = 44;
 
+    COnChange* onHeadMenu = nullptr; ///< owned; the context menu of a head is wanted
+
     SongView(CWin* win, CQV* host, int top, int width, int height);
+
+    ~SongView() override;
+    SongView(const SongView&) = delete;
+    SongView& operator=(const SongView&) = delete;
 
     void paint(CGraphic* g, CRect rect) override;
     void resized() override;
+    bool keyInside(int key, int mods) override;
+    bool contextMenu() override; ///< of the head with the focus, or that was pressed
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     void refresh();
     /// Builds the rows anew from the song.
@@ -60,9 +75,17 @@ public:
     bool onTimeline(int x) const;
 
 private:
+    /// Where the focus is among the rows; both -1 elsewhere.
+    struct Place {
+        int row = -1, stop = -1;
+    };
+    Place focusPlace() const;
+    void focusOn(Place place);
+    void markStops();
     int roomForRows() const; ///< how many have room whole, one at least
     void layout();
     void scrollTo(int row);
+    void selectRow(int index, bool besides);
     void barMoved(CObject*);
 
     CQV* qv;

@@ -44,6 +44,7 @@ public:
     CCtrl* hooverCtrl = nullptr;
     CCtrl* exclusiveCtrl = nullptr; ///< while set, presses on other controls do nothing
     CCtrl* keyHookCtrl = nullptr;   ///< gets all keys first
+    CCtrl* menuCtrl = nullptr;      ///< whose context menu a key is opening; null without one
     CCtrl* mouseOverCtrl = nullptr; ///< the one that was told that the pointer is over it
     COnKey* onKey = nullptr;        ///< owned; gets the keys of every window before its controls
     COnChange* onHint = nullptr;    ///< owned; called with the control under the pointer, or null
@@ -109,6 +110,10 @@ public:
     bool dragOver(CWin* under, CPoint pointer, int btn);
     void dropOn(CWin* under, CPoint pointer, int btn);
     void hideDragWin();
+
+    /// Where a context menu opens: below the control whose menu a key has asked for, else at the
+    /// pointer.
+    CPoint menuPoint() const;
 
     void setCursor(int number); ///< for all windows, 0 or below gives each its own again
     void cancelHint();

@@ -4,6 +4,7 @@
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
+#include "gui/TabOrder.h"
 
 namespace {
 
@@ -95,6 +96,12 @@ CCtrl* CGroup::find(CCtrl* ctrl, int x, int y) {
     for (CCtrl* c : each<CCtrl>(static_cast<CGroup*>(ctrl)->controls))
         if (CCtrl* inner = find(c, innerX, innerY)) hit = inner;
     return hit;
+}
+
+bool CGroup::keyInside(int key, int mods) {
+    CCtrl* next = arrowsWalk && !mods ? neighbourOf(win->keyCtrl, this, key) : nullptr;
+    if (next) win->setKeyCtrl(next);
+    return next;
 }
 
 void CGroup::paintControls(CGraphic* g, CRect rect, int x, int y) {

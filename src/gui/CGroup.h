@@ -6,8 +6,9 @@
 /// A control made of others. Interface thread.
 class CGroup : public CCtrl {
 public:
-    CList controls;     ///< of CCtrl, owned
-    int fillColor = -1; ///< -1 is no fill
+    CList controls;          ///< of CCtrl, owned
+    int fillColor = -1;      ///< -1 is no fill
+    bool arrowsWalk = false; ///< arrow keys lead from one tab stop inside to the next that way
 
     CGroup(CWin* win, const CStr& name, int left, int top, int width, int height);
     ~CGroup() override;
@@ -20,6 +21,12 @@ public:
     virtual void addControl(CCtrl* ctrl); ///< adopts it
     /// Drops all children: at once, or, inside an event's handler, when it has returned.
     virtual void clear();
+
+    /// A key that the control with the focus, somewhere inside, did not take; the innermost group
+    /// is asked first. True when it was taken.
+    virtual bool keyInside(int key, int mods);
+    /// A control somewhere inside got the key focus: brings it into view.
+    virtual void reveal(const CCtrl*) {}
 
     /// What is hit at a point of this group, null for nothing. The first child wins, and inside it
     /// the last grandchild; a group without a hit child counts itself.

@@ -3,6 +3,7 @@
 #include "gui/CGroup.h"
 
 #include <memory>
+#include <vector>
 
 class CApp;
 class CMDI;
@@ -104,13 +105,16 @@ public:
     /// A command of a ribbon that has no handler of its own was chosen; its entry, and the buttons.
     virtual void menuAction(CRibbonItem*, CObject*, int) {}
 
-    void setKeyCtrl(CCtrl* ctrl); ///< null takes the key focus away
+    void setKeyCtrl(CCtrl* ctrl); ///< null takes the key focus away; a control is brought into view
+    /// What Tab stops at, in order: menu and toolbar, the content, and the page in front.
+    virtual std::vector<CCtrl*> tabStops();
     void setMouseCtrl(CCtrl* ctrl) { mouseCtrl = ctrl; }
     void setCapture(bool on); ///< the mouse is followed outside the window too
     void killCapture() { setCapture(false); }
     int getHitPos(int x, int y) const;          ///< HitZone
     CPoint controlPos(const CCtrl* ctrl) const; ///< of its corner, in this window
-    /// Moves the key focus on, or back with `by` -1; false when there is nowhere to go.
+    /// Moves the key focus to the next of `tabStops`, or back with `by` -1, in a ring. Of a page it
+    /// is the ring of the window around. False when there is nowhere to go.
     bool nextCtrl(int by = 1);
     void minimize();
     void maximize();
@@ -152,6 +156,8 @@ public:
 protected:
     virtual void drawCaption(CObject* sender, CGraphic* g, CRect rect);
     bool ownKey(int key, int mods); ///< the keys of windows themselves; true when it is one
+    /// Gives a key to the control with the focus, then to the groups around it.
+    bool offerFocus(int key, int mods);
 
 private:
     void createHandle();
@@ -172,6 +178,7 @@ private:
     bool offerKey(int key, int mods);
     void dropCaptionMenuByKey();
     bool openContextMenu();
+    bool nextPage();
     void paintBackground(CGraphic* g, CRect rect);
     bool filledByManager();
     bool fillsScreen();

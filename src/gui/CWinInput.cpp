@@ -288,13 +288,13 @@ bool CWin::offerKey(int key, int mods) {
         hide();
         return true;
     }
-    if (keyCtrl && takesKeys() && keyCtrl->keyDown(key, mods)) return true;
+    if (takesKeys() && offerFocus(key, mods)) return true;
     if (mdi && hasFocus() && mdi->keyDown(key, mods)) return true;
     return onKeyDown && (*onKeyDown)(this, key, mods);
 }
 
 bool CWin::ownKey(int key, int mods) {
-    constexpr int keyF10 = keyF1 - 9, keyF11 = keyF1 - 10;
+    constexpr int keyF6 = keyF1 - 5, keyF10 = keyF1 - 9, keyF11 = keyF1 - 10;
     if (key == keyEscape && hasStyle(winEscape) && takesKeys()) {
         hide();
         return true;
@@ -308,6 +308,7 @@ bool CWin::ownKey(int key, int mods) {
         return true;
     }
     if (key == keyMenu || (key == keyF10 && mods == modShift)) return openContextMenu();
+    if (key == keyF6 && mods == modControl) return nextPage();
     if (key != keyTab) return false;
     if (!(mods & modControl)) return nextCtrl(mods & modShift ? -1 : 1);
     app->nextWin(this, mods);
@@ -318,43 +319,8 @@ void CWin::dropCaptionMenuByKey() {
     dropCaptionMenu(addPos(getPos(true), asPoint(borderSize, borderSize + captionHeight)), true);
 }
 
-/// That of the control with the focus or of one around it, else that of the caption.
-bool CWin::openContextMenu() {
-    for (CCtrl* c = keyCtrl; c && c->category != catWin; c = c->parent)
-        if (c->contextMenu()) return true;
-    if (captionGroup) dropCaptionMenuByKey();
-    return captionGroup;
-}
-
 bool CWin::keyUp(int key, int mods) {
+    if (keyCtrl && keyCtrl->keyUp(key, mods)) return true;
     if (mdi && mdi->keyUp(key, mods)) return true;
     return onKeyUp && (*onKeyUp)(this, key, mods);
-}
-
-bool CWin::nextCtrl(int by) {
-    if (!keyCtrl || !keyCtrl->parent) return false;
-    const CList& siblings = keyCtrl->parent->controls;
-    const int count = siblings.getCount(), start = siblings.indexed(keyCtrl);
-    for (int step = 1; step < count; step++) {
-        auto* next = static_cast<CCtrl*>(siblings.items((start + (count + by) * step) % count));
-        if (!next->tabStop || !next->visible || !next->enabled) continue;
-        setKeyCtrl(next);
-        return true;
-    }
-    return false;
-}
-
-void CWin::setKeyCtrl(CCtrl* ctrl) {
-    CCtrl* former = keyCtrl;
-    if (former == ctrl) return;
-    keyCtrl = ctrl;
-    if (ctrl && mdi && mdi->current) mdi->current->setKeyCtrl(nullptr);
-    if (former) {
-        former->redraw();
-        former->setFocus(false);
-    }
-    if (ctrl && keyCtrl == ctrl) {
-        ctrl->redraw();
-        ctrl->setFocus(true);
-    }
 }

@@ -51,6 +51,16 @@ BarPlace barPlace(CSeq* seq, int tick) {
     return place;
 }
 
+int tickOf(CSeq* seq, const BarPlace& place) {
+    int64_t tick = 0;
+    eachStretch(seq, [&](const Stretch& s) {
+        tick = s.from + (int64_t(place.bar) - s.firstBar) * s.bar +
+               (int64_t(place.beat) - 1) * s.beat + place.ticks;
+        return place.bar >= s.firstBar + s.bars();
+    });
+    return limitTicks(tick);
+}
+
 void eachBar(CSeq* seq, int end, const std::function<void(int tick, int number)>& visit) {
     eachStretch(seq, [&](const Stretch& s) {
         int number = s.firstBar;

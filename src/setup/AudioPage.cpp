@@ -228,6 +228,7 @@ void AudioPage::addRecording() {
     wire(bits->onChange, new _COnChange<AudioPage>(this, &AudioPage::bitsChanged));
     latency = new CValue(win, "rec-latency", 0, 0, numberWidth, fieldHeight);
     latency->max = maxLatency;
+    latency->resetValue = 0;
     latency->showValue(qv->recLatency);
     latency->liveUpdate = false;
     wire(latency->onChange, new _COnChange<AudioPage>(this, &AudioPage::latencyChanged));

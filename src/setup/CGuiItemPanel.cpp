@@ -136,6 +136,7 @@ void CGuiItemPanel::addStrength() {
     auto* field = new CValue(win, "Strength", labelWidth, y, fieldWidth, rowHeight);
     field->min = -percent;
     field->max = percent;
+    field->resetValue = 0;
     field->showValue(asRound(double(item->fillEffect) * percent));
     field->hint = "Strength of the shine in percent; below 0 it lies on the lower half";
     field->onChange = new _COnChange<CGuiItemPanel>(this, &CGuiItemPanel::strengthChanged);

@@ -225,11 +225,7 @@ bool CSetupWin::keyDown(int key, int mods) {
         app->nextWin(this, mods);
         return true;
     }
-    if (key == keyTab) {
-        moveFocus(mods & modShift ? -1 : 1);
-        if (scroll) scroll->reveal(keyCtrl);
-        return true;
-    }
+    if (key == keyTab) return nextCtrl(mods & modShift ? -1 : 1);
     if (key == keyEscape && cancelTyping()) return true;
     if (key == keyEscape || (key == keyF4 && (mods & modAlt))) {
         hide();
@@ -237,10 +233,10 @@ bool CSetupWin::keyDown(int key, int mods) {
     }
     CCtrl* const field = keyCtrl;
     const CGroup* const shownPage = page;
-    if (field && field->keyDown(key, mods)) {
+    if (offerFocus(key, mods)) {
         // A field that Return has ended keeps the focus, unless it is gone with its page.
-        if (visible && !keyCtrl && page == shownPage) setKeyCtrl(field);
+        if (visible && !keyCtrl && field && page == shownPage) setKeyCtrl(field);
         return true;
     }
-    return app->onKey && (*app->onKey)(this, key, mods);
+    return (app->onKey && (*app->onKey)(this, key, mods)) || ownKey(key, mods);
 }

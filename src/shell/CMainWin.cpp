@@ -86,6 +86,7 @@ void CMainWin::init() {
     song = new SongView(this, qv, below, w, h - below - StatusLine::lineHeight);
     song->setAlign(alignWidth | alignHeight, 0, StatusLine::lineHeight);
     wire(song->onDrop, static_cast<COnMouse*>(new _COnMouse<CMainWin>(this, &CMainWin::songDrop)));
+    wire(song->onHeadMenu, new _COnChange<CMainWin>(this, &CMainWin::headMenu));
     addControl(song);
     pages = std::make_unique<Pages>(this, qv, song, below, int(StatusLine::lineHeight));
     idle();
@@ -148,6 +149,7 @@ bool CMainWin::handleKeyDown(CObject* sender, int& key, int mods) {
     if (mods != 0 || typing || app->modalWin || !app->menus.empty() || flows->loading())
         return false;
     if (key == ' ' || key == keyMediaPlay) return playOrStop();
+    if (key == keyHome && target && from->keyTarget()->keyDown(key, mods)) return true;
     if (const char* name = fixedAction(key)) return onAction(getAction(name));
     if (key != keyEscape || from != this || !keyCtrl) return false;
     setKeyCtrl(nullptr);
@@ -256,6 +258,11 @@ void CMainWin::forgetSong() {
 
 void CMainWin::mdiChanged() {
     if (mainMenu) mainMenu->rebuild();
+}
+
+void CMainWin::headMenu(CObject*) {
+    const CPoint at = app->menuPoint();
+    mainMenu->showTrack(at.x, at.y, app->menuCtrl);
 }
 
 void CMainWin::showRecent(int x, int y) {

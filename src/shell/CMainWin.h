@@ -97,6 +97,7 @@ public:
 private:
     void appHint(CObject* sender);
     void mainDrop(CObject* sender);
+    void headMenu(CObject* sender);
     void songDrop(CObject* sender, int x, int y, int btn);
     bool takesDrop();
     bool arrowKey(int key, int mods);

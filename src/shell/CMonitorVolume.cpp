@@ -9,14 +9,15 @@
 
 namespace {
 
-constexpr int wheelStep = 2, keyStep = 5;
+constexpr int wheelStep = 2, keyStep = 5, pageStep = 20;
+constexpr int typedRoom = 3;
 constexpr int thumbWidth = 3;
 
 } // namespace
 
 CMonitorVolume::CMonitorVolume(CWin* owner, int l, int t, int w, int h, CQV* host)
-    : CCtrl(owner, "monitor", l, t, w, h), qv(host) {
-    hint = "Monitor volume";
+    : CCtrl(owner, "monitor", l, t, w, h), qv(host), typed(this, "0123456789", typedRoom) {
+    hint = "Monitor volume in percent: drag, turn the wheel, or type";
     tabStop = true;
 }
 
@@ -43,6 +44,10 @@ void CMonitorVolume::paint(CGraphic* g, CRect) {
     g->fillRect(colours.frame, track);
     g->fillRect(colours.accent, asRect(0, track.top, x, track.bottom));
     g->fillRect(colours.text, asRect(x, 0, x + thumbWidth, height));
+    if (typed.typing()) {
+        g->fillRect(colours.window, clientRect());
+        g->drawText(colours.text, typed.shown(), clientRect(), 0);
+    }
     if (hasKeyFocus()) g->frameRect(colours.accent, clientRect());
 }
 
@@ -66,7 +71,33 @@ bool CMonitorVolume::mouseWheel(int, int, int, int dy, int) {
 
 bool CMonitorVolume::keyDown(int key, int mods) {
     if (CCtrl::keyDown(key, mods)) return true;
-    if (key != keyLeft && key != keyRight) return false;
-    setPercent(getPercent() + (key == keyRight ? keyStep : -keyStep));
+    const TypedText::Answer answer = typed.key(key, mods);
+    if (answer == TypedText::taken) endTyping();
+    if (answer != TypedText::passed) {
+        redraw();
+        return true;
+    }
+    return !mods && stepKey(key);
+}
+
+bool CMonitorVolume::stepKey(int key) {
+    const int by =
+        keyStep * ((key == keyRight || key == ::keyUp) - (key == keyLeft || key == ::keyDown)) +
+        pageStep * ((key == keyPageUp) - (key == keyPageDown));
+    const bool fullUp = key == keyEnd || key == keyDelete;
+    if (!by && !fullUp && key != keyHome) return false;
+    endTyping();
+    setPercent(by ? getPercent() + by : fullUp ? full : 0);
     return true;
+}
+
+void CMonitorVolume::endTyping() {
+    const CStr text = typed.end();
+    if (!text.empty()) setPercent(strAsIntDef(text, getPercent()));
+    redraw();
+}
+
+void CMonitorVolume::setFocus(bool on) {
+    CCtrl::setFocus(on);
+    if (!on) endTyping();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gui/CCtrl.h"
+#include "gui/TypedText.h"
 
 class CQV;
 
@@ -16,12 +17,19 @@ public:
     void mouseDown(int x, int y, int btn) override;
     void mouseMove(int x, int y, int btn) override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
-    bool keyDown(int key, int mods) override; ///< Left and Right
-    void refresh();                           ///< somebody else may have changed it
+    /// Arrows step it, Page Up and Down by more; Home and End are its ends, Delete gives full
+    /// volume, and a percentage can be typed.
+    bool keyDown(int key, int mods) override;
+    void setFocus(bool on) override;
+    void refresh(); ///< somebody else may have changed it
     int getPercent() const;
     void setPercent(int percent); ///< clamped to 0 to `full`
 
 private:
+    bool stepKey(int key);
+    void endTyping();
+
     CQV* qv;
+    TypedText typed;
     int shownPercent = full;
 };

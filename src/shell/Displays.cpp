@@ -4,8 +4,6 @@
 #include "engine/CQV.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
-#include "gui/CApp.h"
-#include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Keys.h"
 #include "gui/controls/CPopup.h"
@@ -15,21 +13,23 @@
 #include "ui/Song.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <cstdio>
+#include <iterator>
+#include <vector>
 
 namespace {
 
-constexpr int fieldTop = 4;
-constexpr int fieldHeight = 48;
-constexpr int titleHeight = 16;
-constexpr int margin = 8;
+constexpr int positionRoom = 9, numberRoom = 5; ///< figures that can be typed
 constexpr double fineStep = 0.1;
-constexpr int typedRoom = 5; ///< figures that the field of the tempo takes
+constexpr int msPerSecond = 1000, secondsPerMinute = 60;
+constexpr double plainTempo = 120.0, fastest = 1000.0; ///< the latter is kept within its range
 
 struct Signature {
     unsigned char num, den;
 };
+constexpr int mostBeats = 64;
 constexpr Signature signatures[] = {{2, 4}, {3, 4}, {4, 4}, {5, 4}, {6, 4},
                                     {5, 8}, {6, 8}, {7, 8}, {9, 8}, {12, 8}};
 
@@ -40,6 +40,26 @@ CStr formatted(const char* format, Args... args) {
     return text;
 }
 
+/// The numbers of a text, whatever stands between them.
+std::vector<int> numbersOf(const CStr& text) {
+    std::vector<int> numbers;
+    const char *at = text.asChar(), *end = at + text.length();
+    while (at < end) {
+        int number = 0;
+        const auto [next, error] = std::from_chars(at, end, number);
+        if (error == std::errc()) numbers.push_back(number);
+        at = next == at ? at + 1 : next;
+    }
+    return numbers;
+}
+
+/// 0 for what is none.
+double numberOf(const CStr& text) {
+    double number = 0.0;
+    std::from_chars(text.asChar(), text.asChar() + text.length(), number);
+    return number;
+}
+
 double songPos(CQV* host) {
     CSeq* seq = songOf(host);
     return seq ? seq->getPos() : double(host->pos);
@@ -48,35 +68,70 @@ double songPos(CQV* host) {
 } // namespace
 
 double songTimeMs(CQV* host) {
-    constexpr double msPerSecond = 1000.0;
     CSeq* seq = songOf(host);
     const CSeqProg* prog = seq ? seq->getProg() : nullptr;
-    return prog ? double(prog->samplePos) * msPerSecond / double(host->rate) : 0.0;
-}
-
-CFigures::CFigures(CWin* owner, const CStr& name, const CStr& heading, int l, int w, CQV* host)
-    : CCtrl(owner, name, l, fieldTop, w, fieldHeight), qv(host), title(heading) {
-}
-
-void CFigures::paint(CGraphic* g, CRect) {
-    const CPalette& colours = win->app->gui->palette;
-    g->fillRect(colours.window, clientRect());
-    g->frameRect(colours.frame, clientRect());
-    g->drawText(colours.dimText, title, asRect(margin, 3, width - margin, titleHeight), textLeft);
-    const CRect field = asRect(margin, titleHeight + 1, width - margin, height - 3);
-    digits.draw(g, field, shownText, colours.text, colours.window);
-}
-
-void CFigures::refresh() {
-    const CStr now = figures();
-    if (now == shownText) return;
-    shownText = now;
-    if (shown()) win->app->drawNow(win, this);
+    return prog ? double(prog->samplePos) * double(msPerSecond) / double(host->rate) : 0.0;
 }
 
 CPositionDisplay::CPositionDisplay(CWin* owner, int l, CQV* host)
-    : CFigures(owner, "position", "POSITION", l, displayWidth, host) {
+    : CFigures(owner, "position", "POSITION", l, displayWidth, positionRoom, host) {
     hint = "Position as bar, beat and ticks, or as time: press to change";
+}
+
+bool CPositionDisplay::keyDown(int key, int mods) {
+    if (CFigures::keyDown(key, mods)) return true;
+    if (key != keyReturn || mods) return false;
+    turnForm();
+    return true;
+}
+
+void CPositionDisplay::turnForm() {
+    endTyping(true);
+    setForm(form == clock ? bars : clock);
+    refresh();
+}
+
+/// Bar, beat and ticks, or minutes and seconds with their part; what is left out is the least.
+void CPositionDisplay::accept(const CStr& text) {
+    CSeq* seq = songOf(qv);
+    if (form == clock) {
+        const int colon = text.pos(":");
+        const int minutes = colon < 0 ? 0 : strAsIntDef(text.sub(0, colon), 0);
+        const double seconds = numberOf(text.sub(colon + 1, -1));
+        goToMs(int64_t(minutes) * secondsPerMinute * msPerSecond + asInt64(seconds * msPerSecond));
+        return;
+    }
+    std::vector<int> numbers = numbersOf(text);
+    if (!seq || numbers.empty()) return;
+    if (numbers.size() == 1) numbers.push_back(1);
+    numbers.resize(3);
+    qv->setPos(tickOf(seq, {numbers[0], numbers[1], numbers[2]}));
+}
+
+void CPositionDisplay::goToMs(int64_t ms) {
+    CSeq* seq = songOf(qv);
+    if (!seq) return;
+    const int rate = asInt(double(qv->rate));
+    qv->setPos(seq->framesToTicks(0, double(std::max<int64_t>(ms, 0)) * rate / msPerSecond, rate));
+}
+
+void CPositionDisplay::stepBy(int by, int) {
+    CSeq* seq = songOf(qv);
+    if (!seq) return;
+    if (form == clock) {
+        constexpr int units[] = {secondsPerMinute * msPerSecond, msPerSecond, 1};
+        goToMs(asInt64(songTimeMs(qv)) + int64_t(by) * units[part]);
+        return;
+    }
+    BarPlace at = barPlace(seq, asInt(songPos(qv)));
+    int* const parts[] = {&at.bar, &at.beat, &at.ticks};
+    *parts[part] += by;
+    qv->setPos(tickOf(seq, at));
+}
+
+void CPositionDisplay::toEnd(bool last) {
+    CSeq* seq = songOf(qv);
+    qv->setPos(last && seq ? seq->renderDuration() : 0);
 }
 
 void CPositionDisplay::setForm(int newForm) {
@@ -87,9 +142,7 @@ void CPositionDisplay::setForm(int newForm) {
 
 void CPositionDisplay::mouseDown(int x, int y, int btn) {
     CFigures::mouseDown(x, y, btn);
-    if (!(btn & modLeft)) return;
-    setForm(form == clock ? bars : clock);
-    refresh();
+    if (btn & modLeft) turnForm();
 }
 
 CStr CPositionDisplay::figures() const {
@@ -103,7 +156,6 @@ CStr CPositionDisplay::barText() const {
 }
 
 CStr CPositionDisplay::clockText() const {
-    constexpr int msPerSecond = 1000, secondsPerMinute = 60;
     const double ms = songTimeMs(qv);
     const int whole = asInt(ms);
     const int seconds = whole / msPerSecond;
@@ -112,7 +164,7 @@ CStr CPositionDisplay::clockText() const {
 }
 
 CSignatureDisplay::CSignatureDisplay(CWin* owner, int l, CQV* host)
-    : CFigures(owner, "signature", "SIGNATURE", l, displayWidth, host) {
+    : CFigures(owner, "signature", "SIGNATURE", l, displayWidth, numberRoom, host) {
     hint = "Time signature at the position: press to change";
 }
 
@@ -125,7 +177,18 @@ CStr CSignatureDisplay::figures() const {
 
 void CSignatureDisplay::mouseDown(int x, int y, int btn) {
     CFigures::mouseDown(x, y, btn);
-    if (!(btn & modLeft) || !songOf(qv)) return;
+    if (btn & modLeft) offer(false);
+}
+
+bool CSignatureDisplay::keyDown(int key, int mods) {
+    if (CFigures::keyDown(key, mods)) return true;
+    if (key != keyReturn || mods) return false;
+    offer(true);
+    return true;
+}
+
+void CSignatureDisplay::offer(bool fromKeys) {
+    if (!songOf(qv)) return;
     auto* popup = new CPopup(win->app, win);
     popup->autoDelete = true;
     for (const Signature& s : signatures) {
@@ -136,21 +199,47 @@ void CSignatureDisplay::mouseDown(int x, int y, int btn) {
         item->checked = item->text == figures();
     }
     const CPoint corner = win->getPos(true), at = win->controlPos(this);
-    popup->popup(corner.x + at.x, corner.y + at.y + height);
+    popup->popup(corner.x + at.x, corner.y + at.y + height, fromKeys);
 }
 
-void CSignatureDisplay::chosen(CObject* sender) {
+void CSignatureDisplay::set(int num, int den) {
     CSeq* seq = songOf(qv);
-    if (!seq) return;
-    const Signature& s = signatures[static_cast<CMenuItem*>(sender)->tag];
-    qv->values->set(signatureHereOf(seq), {double(s.num), double(s.den)});
+    const auto fits = [](int n) { return n >= 1 && n <= mostBeats; };
+    if (!seq || !fits(num) || !fits(den) || !std::has_single_bit(unsigned(den))) return;
+    qv->values->set(signatureHereOf(seq), {double(num), double(den)});
     refresh();
 }
 
+void CSignatureDisplay::chosen(CObject* sender) {
+    const Signature& s = signatures[static_cast<CMenuItem*>(sender)->tag];
+    set(s.num, s.den);
+}
+
+void CSignatureDisplay::accept(const CStr& text) {
+    const std::vector<int> numbers = numbersOf(text);
+    if (numbers.size() == 2) set(numbers[0], numbers[1]);
+}
+
+/// The beats by ones, their note by halves.
+void CSignatureDisplay::stepBy(int by, int) {
+    CSeq* seq = songOf(qv);
+    if (!seq) return;
+    StoredValue::Numbers now = signatureHereOf(seq).get();
+    if (part == 0)
+        now[0] = fLimit(now[0] + by, 1.0, double(mostBeats));
+    else
+        now[1] = fLimit(by > 0 ? now[1] * 2 : now[1] / 2, 1.0, double(mostBeats));
+    qv->values->nudge(signatureHereOf(seq), now);
+}
+
+void CSignatureDisplay::toEnd(bool last) {
+    const Signature& s = last ? std::end(signatures)[-1] : signatures[0];
+    set(s.num, s.den);
+}
+
 CTempoDisplay::CTempoDisplay(CWin* owner, int l, CQV* host)
-    : CFigures(owner, "tempo", "TEMPO", l, displayWidth, host) {
+    : CFigures(owner, "tempo", "TEMPO", l, displayWidth, numberRoom, host) {
     hint = "Tempo: drag or turn the wheel, finely with Shift, or double click and type";
-    tabStop = true;
 }
 
 StoredValue CTempoDisplay::value() const {
@@ -159,13 +248,7 @@ StoredValue CTempoDisplay::value() const {
 }
 
 CStr CTempoDisplay::figures() const {
-    if (!typing) return formatted("%.1f", value().get()[0]);
-    return typed.length() < typedRoom ? typed + "-" : typed;
-}
-
-void CTempoDisplay::paint(CGraphic* g, CRect rect) {
-    CFigures::paint(g, rect);
-    if (hasKeyFocus()) g->frameRect(win->app->gui->palette.accent, clientRect());
+    return formatted("%.1f", value().get()[0]);
 }
 
 void CTempoDisplay::mouseDown(int x, int y, int btn) {
@@ -174,7 +257,8 @@ void CTempoDisplay::mouseDown(int x, int y, int btn) {
         if (qv->values->dragging()) qv->values->cancel();
     } else if (btn & modDouble) {
         win->setKeyCtrl(this);
-        typeKey(0);
+        typed.begin();
+        refresh();
     } else if (btn & modLeft) {
         dragFrom = y;
         dragged = value();
@@ -185,7 +269,7 @@ void CTempoDisplay::mouseDown(int x, int y, int btn) {
 
 void CTempoDisplay::mouseMove(int, int y, int btn) {
     constexpr double pixelsPerBeat = 2.0;
-    if (!(btn & modLeft) || !isPushed() || typing || !qv->values->dragging()) return;
+    if (!(btn & modLeft) || !isPushed() || typed.typing() || !qv->values->dragging()) return;
     const double unit = btn & modShift ? fineStep : 1.0;
     qv->values->set(dragged, dragTempo + (dragFrom - y) / pixelsPerBeat * unit);
 }
@@ -196,55 +280,26 @@ void CTempoDisplay::mouseUp(int x, int y, int btn) {
 }
 
 bool CTempoDisplay::mouseWheel(int, int, int btn, int dy, int) {
-    if (dy) step(dy > 0 ? 1 : -1, btn);
+    if (dy) stepBy(dy > 0 ? 1 : -1, btn);
     return true;
 }
 
-void CTempoDisplay::step(int by, int mods) {
+/// The part behind the point, as Shift, makes it fine.
+void CTempoDisplay::stepBy(int by, int mods) {
     if (qv->values->dragging()) return;
-    qv->values->nudge(value(), value().get()[0] + by * (mods & modShift ? fineStep : 1.0));
+    const double unit = part > 0 || (mods & modShift) ? fineStep : 1.0;
+    qv->values->nudge(value(), value().get()[0] + by * unit);
 }
 
-bool CTempoDisplay::keyDown(int key, int mods) {
-    if (CFigures::keyDown(key, mods)) return true;
-    if (mods & (modControl | modAlt)) return false;
-    if (typing && (key == keyReturn || key == keyEscape)) {
-        endTyping(key == keyReturn);
-        return true;
-    }
-    if (!typing && (key == ::keyUp || key == ::keyDown)) {
-        step(key == ::keyUp ? 1 : -1, mods);
-        return true;
-    }
-    const bool figure = (key >= '0' && key <= '9') || key == '.' || key == ',';
-    return (figure || (typing && key == keyBackspace)) && typeKey(key);
+void CTempoDisplay::accept(const CStr& text) {
+    const double bpm = numberOf(text);
+    if (bpm > 0.0) qv->values->set(value(), bpm);
 }
 
-/// A figure, a point, or Backspace; 0 only begins.
-bool CTempoDisplay::typeKey(int key) {
-
-    if (!typing) typed = "";
-    typing = true;
-    type = ctrlEdit; // the keys of the program are text now
-    if (key == keyBackspace)
-        typed = typed.sub(0, typed.length() - 1);
-    else if (key && typed.length() < typedRoom)
-        typed += CStr(char(key == ',' ? '.' : key));
-    refresh();
-    return true;
+void CTempoDisplay::toEnd(bool last) {
+    qv->values->set(value(), last ? fastest : 0.0);
 }
 
-void CTempoDisplay::endTyping(bool take) {
-    if (!typing) return;
-    typing = false;
-    type = 0;
-    double bpm = 0.0;
-    std::from_chars(typed.asChar(), typed.asChar() + typed.length(), bpm);
-    if (take && bpm > 0.0) qv->values->set(value(), bpm);
-    refresh();
-}
-
-void CTempoDisplay::setFocus(bool on) {
-    CFigures::setFocus(on);
-    if (!on) endTyping(true);
+void CTempoDisplay::reset() {
+    qv->values->set(value(), plainTempo);
 }

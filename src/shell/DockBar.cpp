@@ -4,7 +4,6 @@
 #include "gui/CGraphic.h"
 #include "gui/Drawing.h"
 #include "gui/Keys.h"
-#include "gui/XConnection.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CDocker.h"
 #include "gui/controls/CPopup.h"
@@ -90,21 +89,34 @@ void DockBar::mouseOver(bool enter, int x, int y) {
 
 void DockBar::mouseUp(int x, int y, int btn) {
     CGroup::mouseUp(x, y, btn);
-    if ((btn & modRight) && inside(x, y) && docker->dockAtPos(x)) showPageMenu();
+    if ((btn & modRight) && inside(x, y) && docker->dockAtPos(x)) contextMenu();
 }
 
-void DockBar::showPageMenu() {
-    if (!docker->current) return;
+bool DockBar::contextMenu() {
+    if (!docker->current) return false;
     auto* popup = new CPopup(win->app, win);
     popup->autoDelete = true;
     docker->current->fillCaptionMenu(popup);
-    const CPoint at = mousePos();
-    popup->popup(at.x, at.y);
+    const CPoint at = win->app->menuPoint();
+    popup->popup(at.x, at.y, win->app->menuCtrl);
+    return true;
 }
 
 bool DockBar::keyDown(int key, int mods) {
     if (CGroup::keyDown(key, mods)) return true;
-    if (mods || (key != keyLeft && key != keyRight)) return false;
-    docker->nextDock(key == keyLeft ? -1 : 1);
+    if (mods) return false;
+    if (key == keyLeft || key == keyRight)
+        docker->nextDock(key == keyLeft ? -1 : 1);
+    else if (key == keyHome || key == keyEnd)
+        goToEnd(key == keyEnd);
+    else
+        return false;
     return true;
+}
+
+void DockBar::goToEnd(bool last) {
+    int at = 0;
+    for (const CDock* dock : each<CDock>(docker->docks))
+        if (last && docker->hasTab(dock)) at = docker->docks.indexed(dock);
+    docker->setActive(at);
 }

@@ -21,13 +21,15 @@ public:
     void mouseMove(int x, int y, int btn) override;
     void mouseUp(int x, int y, int btn) override;
     void mouseOver(bool enter, int x, int y) override;
-    bool keyDown(int key, int mods) override; ///< Left and Right
+    bool keyDown(int key, int mods) override; ///< Left, Right, Home and End
+    bool contextMenu() override;
     /// Shows the state of the docker: the bar is there only with tabs.
     void refresh();
 
 private:
     void addButton(CWindowButton*& button, int kind, int rightMargin);
-    void showPageMenu();
+
+    void goToEnd(bool last);
 
     CDocker* docker;
     CWindowButton *closeButton = nullptr, *sizeButton = nullptr;

@@ -207,6 +207,13 @@ void MainMenu::fillTrack(CPopup* popup) {
     fillBounce(popup->addSub("Bounce range"));
 }
 
+void MainMenu::showTrack(int x, int y, bool fromKeys) {
+    auto* popup = new CPopup(window->app, window);
+    popup->autoDelete = true;
+    fillTrack(popup);
+    popup->popup(x, y, fromKeys);
+}
+
 void MainMenu::fillBounce(CPopup* popup) {
     const int present = readBounceRange(qv);
     for (int range = rangeSong; range <= rangeSelected; range++)

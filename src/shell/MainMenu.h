@@ -37,7 +37,8 @@ public:
     void rebuild();
     /// Gives the keys to the bar.
     void focus();
-    void refresh();                ///< interface tick
+    void refresh();                              ///< interface tick
+    void showTrack(int x, int y, bool fromKeys); ///< the menu "Track" by itself
     void showRecent(int x, int y); ///< the recent projects as a menu of their own, on the screen
 
 private:

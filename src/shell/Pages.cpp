@@ -231,6 +231,7 @@ void Pages::docksChanged(CObject*) {
         if (editor->isPage()) editor->dock->maximized = editor->hasStyle(winMaximized);
     window->editorType = docker->activeIndex == 0 ? groupArrange : groupGlobal;
     const bool had = bar->visible;
+    first->visible = docker->activeIndex == 0; // what is covered takes no keys
     bar->refresh();
     layout();
     if (had != bar->visible) window->redraw();

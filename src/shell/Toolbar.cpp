@@ -50,6 +50,7 @@ int fieldOf(Glyph glyph) {
 Toolbar::Toolbar(CMainWin* owner, CQV* host, int w)
     : CGroup(owner, "transport", 0, 0, w, barHeight), window(owner), qv(host) {
     setAlign(alignWidth, 0, 0);
+    arrowsWalk = true;
     int x = margin;
     addRecent(x);
     addButton(x, "render", Glyph::render, "Export Project (wav, aif, mp3)");
@@ -116,6 +117,7 @@ void Toolbar::addMaster() {
     const int x = width - masterWidth - margin;
     master = new CMeter(window, x, meterTop, masterWidth, meterHeight);
     master->setAlign(alignRight, margin, 0);
+    master->tabStop = true;
     spectrum = new CSpectrum(window, x, spectrumTop, spectrumHeight, qv);
     spectrum->setAlign(alignRight, margin + masterWidth + 3 * gap, 0);
     addControl(spectrum);

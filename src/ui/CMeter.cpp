@@ -58,10 +58,22 @@ void CMeter::paint(CGraphic* g, CRect) {
     const int middle = height / 2;
     paintBar(g, 0, middle, shownL);
     paintBar(g, middle + 1, height, shownR);
+    if (hasKeyFocus()) g->frameRect(win->app->gui->palette.accent, clientRect());
 }
 
 void CMeter::mouseDown(int, int, int btn) {
-    if (!(btn & modLeft) || !channel) return;
+    if (btn & modLeft) clearPeak();
+}
+
+bool CMeter::keyDown(int key, int mods) {
+    if (CCtrl::keyDown(key, mods)) return true;
+    if (mods || (key != keyReturn && key != keyDelete)) return false;
+    clearPeak();
+    return true;
+}
+
+void CMeter::clearPeak() {
+    if (!channel) return;
     channel->holdL = 0.0f;
     channel->holdR = 0.0f;
 }

@@ -17,6 +17,7 @@ public:
 
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
+    bool keyDown(int key, int mods) override; ///< Return and Delete clear the peak
     /// Takes the present level and paints at once if that shows. Interface thread.
     void refresh();
 
@@ -26,6 +27,7 @@ private:
         int hold = 0; ///< pixels
         bool operator==(const Level&) const = default;
     };
+    void clearPeak();
     Level levelOf(float peak, float hold) const;
     void paintBar(CGraphic* g, int from, int to, const Level& level) const;
 

@@ -154,3 +154,9 @@ void Digits::draw(CGraphic* g, CRect rect, const CStr& text, int color, int grou
         at.x += widthOf(*c) + gap;
     }
 }
+
+int Digits::advance(const CStr& text) {
+    int width = 0;
+    for (const char* c = text.asChar(); *c; c++) width += widthOf(*c) + gap;
+    return width;
+}

@@ -10,6 +10,8 @@ public:
     Digits();
     /// With the left edge and middle of the text at those of the rectangle.
     void draw(CGraphic* g, CRect rect, const CStr& text, int color, int ground);
+    /// How far to the right the next figure would stand, in pixels.
+    static int advance(const CStr& text);
 
 private:
     SignSet set;

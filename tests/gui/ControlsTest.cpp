@@ -257,3 +257,45 @@ TEST_F(ControlTest, AFaderCountsFromItsFoot) {
     xdo("key Down Prior Prior Next");
     EXPECT_EQ(fader->pos, 40);
 }
+
+/// With the focus a value is stepped, taken to its ends and reset until something is typed.
+TEST_F(ControlTest, ValuesTakeKeys) {
+    struct Case {
+        const char* keys;
+        int value, fader;
+    };
+    const Case cases[] = {
+        {"Up", 41, 41},
+        {"Down Down", 38, 38},
+        {"Prior", 50, 50},
+        {"Next", 30, 30},
+        {"Home", 0, 0},
+        {"End", 100, 100},
+        {"Delete", 25, 25},
+        {"7 Up", 8, 8},
+        {"Delete 5 Return", 5, 5},
+        {"9 9 9 Return", 100, 100},
+        {"6 1 Escape", 40, 40},
+        {"End Home Up", 1, 1},
+        {"6 1 BackSpace Return", 6, 6},
+    };
+    auto* value = add(new CValue(win.get(), "v", 10, 10, 60, 20));
+    auto* fader = add(new CFader(win.get(), "f", 100, 10, 20, 116));
+    value->resetValue = fader->resetPos = 25;
+    for (const Case& c : cases) {
+        value->showValue(40);
+        fader->setPos(40);
+        for (CCtrl* ctrl : {static_cast<CCtrl*>(value), static_cast<CCtrl*>(fader)}) {
+            win->setKeyCtrl(ctrl);
+            xdo(std::string("key ") + c.keys);
+        }
+        win->setKeyCtrl(nullptr);
+        EXPECT_EQ(value->value, c.value) << c.keys;
+        EXPECT_EQ(fader->pos, c.fader) << c.keys;
+    }
+    // A key in the text edits the text.
+    value->showValue(40);
+    win->setKeyCtrl(value);
+    xdo("key Left Delete Return");
+    EXPECT_EQ(value->value, 4);
+}

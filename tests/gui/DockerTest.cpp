@@ -92,7 +92,7 @@ TEST_F(DockerTest, WindowsBecomePagesAndComeBack) {
          "1/2 a1! b-", asPoint(150, 70)},
         {"join", [&] { menu(b.get(), "Down Down Right Down Return"); }, "1/2 a1 b1!"},
         {"press", [&] { on(a.get(), 20, 60, "click 1"); }, "1/2 a1! b1"},
-        {"Tab", [&] { xdo("key Tab"); }, "1/2 a1 b1!"},
+        {"Ctrl+F6", [&] { xdo("key ctrl+F6"); }, "1/2 a1 b1!"},
         {"undock", [&] { menu(b.get(), "Down Down Right Return"); }, "1/2 a1! b-"},
         {"enlarge", [&] { on(a.get(), 60, 12, "click --repeat 2 1"); }, "1/2 a1m! b-"},
         {"first", [&] { docker->setActive(0); }, "0/2 a1m b-"},

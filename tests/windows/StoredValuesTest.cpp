@@ -6,6 +6,8 @@
 #include "sequencer/Points.h"
 #include "sequencer/SongValues.h"
 
+#include <cmath>
+
 namespace {
 
 CCtrl* named(CGroup* group, const char* name) {
@@ -139,4 +141,53 @@ TEST_F(StoredValuesTest, EscapeGivesADragBack) {
     xdo("type --delay 5 77");
     xdo("key Escape");
     EXPECT_EQ(tempo(), 120);
+}
+
+/// Every figure of the toolbar can be typed, stepped part by part, and reset. Home and Delete are
+/// keys of the song while nothing has the focus.
+TEST_F(StoredValuesTest, FiguresTakeKeys) {
+    const auto signature = [&](int num, int den) {
+        return [=, this] {
+            const StoredValue::Numbers now = signatureHereOf(seq()).get();
+            return now[0] == num && now[1] == den;
+        };
+    };
+    const auto pos = [&](double tick) {
+        return [=, this] { return std::abs(seq()->getPos() - tick) < 1e-6; };
+    };
+    const auto bpm = [&](double to) { return [=, this] { return std::abs(tempo() - to) < 1e-4; }; };
+    const auto percent = [&](int to) {
+        return [=, this] { return asRound(double(host->listenVolume) * 100) == to; };
+    };
+    const struct {
+        const char *display, *keys;
+        std::function<bool()> then;
+    } cases[] = {
+        {"position", "3 period 2 Return", pos(2 * 3840 + 960)},
+        {"position", "Up Right Up Right Page_Up", pos(3 * 3840 + 2 * 960 + 10)},
+        {"position", "5 Escape Left Left Down", pos(2 * 3840 + 2 * 960 + 10)},
+        {"position", "Delete", pos(0)},
+        {"position", "Return 2 period 5 Return", pos(4800)}, // 2.5 s at 120
+        {"position", "Right Up Return", pos(6720)},
+        {"position", "Home", pos(0)},
+        {"tempo", "9 0 Return", bpm(90)},
+        {"tempo", "Up Page_Up Right Down", bpm(100.9)},
+        {"tempo", "Home", bpm(10)},
+        {"tempo", "End", bpm(250)},
+        {"tempo", "Delete", bpm(120)},
+        {"signature", "7 slash 8 Return", signature(7, 8)},
+        {"signature", "5 slash 3 Return", signature(7, 8)}, // no such note
+        {"signature", "Down Right Up", signature(6, 16)},
+        {"signature", "Delete", signature(4, 4)},
+        {"monitor", "4 0 Return Right", percent(45)},
+        {"monitor", "Page_Down Home", percent(0)},
+        {"monitor", "Delete Down", percent(95)},
+    };
+    for (const auto& c : cases) {
+        win->setKeyCtrl(named(win->clientGroup, c.display));
+        for (const std::string& k : split(c.keys)) key(k);
+        host->tasks->audioStopped();
+        EXPECT_TRUE(pumpUntil(c.then))
+            << c.display << ": " << c.keys << ", at " << seq()->getPos() << ", tempo " << tempo();
+    }
 }

@@ -77,8 +77,13 @@ bool CTextValue::mouseWheel(int x, int y, int btn, int dy, int dx) {
 
 bool CTextValue::keyDown(int key, int mods) {
     if (CCtrl::keyDown(key, mods)) return true;
-    if (mods || (key != ::keyUp && key != ::keyDown)) return false;
-    step(key == ::keyUp ? 1 : -1);
+    if (mods) return false;
+    if (key == ::keyUp || key == ::keyDown)
+        step(key == ::keyUp ? 1 : -1);
+    else if (key == keyHome || key == keyEnd)
+        step(key == keyHome ? -index : items.getCount());
+    else
+        return false;
     return true;
 }
 

@@ -24,7 +24,7 @@ public:
     void setIndex(int row); ///< clamped; does not report
     void paint(CGraphic* g, CRect rect) override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
-    bool keyDown(int key, int mods) override; ///< Up and Down
+    bool keyDown(int key, int mods) override; ///< Up, Down, Home, End
 
 private:
     void stepped(CObject* sender);

@@ -70,7 +70,7 @@ public:
     CScrollPanel(CWin* win, const CStr& name, int left, int top, int width, int height);
     void resized() override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
-    void reveal(const CCtrl* ctrl); ///< scrolls to it, if it is inside
+    void reveal(const CCtrl* ctrl) override;
 
 private:
     CScrollbar *horzBar, *vertBar; ///< among `controls`

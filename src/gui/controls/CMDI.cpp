@@ -1,7 +1,6 @@
 #include "gui/controls/CMDI.h"
 
 #include "gui/CApp.h"
-#include "gui/Keys.h"
 
 CMDI::CMDI(CApp* application, CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CWin(application, owner, name, l, t, w, h, winChild | winNoBorder | winPages) {
@@ -20,16 +19,17 @@ void CMDI::changed() {
 }
 
 bool CMDI::keyDown(int key, int mods) {
-    if (!current) return false;
-    if (key == keyTab && !mods && !current->keyCtrl && pages.getCount() > 1) {
-        for (int i = pages.getCount() - 1; i > 0; i--) {
-            auto* page = static_cast<CWin*>(pages.items(i));
-            if (!inFront(page)) continue;
-            page->raise(false);
-            return true;
-        }
+    return current && current->keyDown(key, mods);
+}
+
+bool CMDI::raiseLast() {
+    for (int i = pages.getCount() - 1; i > 0; i--) {
+        auto* page = static_cast<CWin*>(pages.items(i));
+        if (!inFront(page)) continue;
+        page->raise(false);
+        return true;
     }
-    return current->keyDown(key, mods);
+    return false;
 }
 
 bool CMDI::keyUp(int key, int mods) {

@@ -19,7 +19,8 @@ public:
     CMDI(CApp* app, CWin* owner, const CStr& name, int left, int top, int width, int height);
     ~CMDI() override; ///< hides its pages and makes them windows without an owner
 
-    bool keyDown(int key, int mods) override; ///< Tab brings the last page to the front
+    bool keyDown(int key, int mods) override; ///< to the page in front
+    bool raiseLast(); ///< brings the last page of the group to the front; false for one alone
     bool keyUp(int key, int mods) override;
     void setFocus(bool on) override;
     void resized() override; ///< maximized pages keep the size of the area

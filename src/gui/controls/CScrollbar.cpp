@@ -17,6 +17,7 @@ constexpr int smallestThumb = 16, growingRoom = 64, repeatMs = 20, arrowGlyph = 
 constexpr float arrowSpeed = 2.0f, pageSpeed = 8.0f, speedStep = 0.5f;
 constexpr int arrowSpeedMax = 8, pageSpeedMax = 24, fastWheel = 10;
 constexpr double hoverShare = 0.3;
+constexpr int typedRoom = 5;
 
 } // namespace
 
@@ -166,7 +167,8 @@ void CScrollbar::onTimer() {
 }
 
 CFader::CFader(CWin* owner, const CStr& name, int l, int t, int w, int h)
-    : CScrollbar(owner, name, l, t, w, h), color(asColor(64, 64, 64)) {
+    : CScrollbar(owner, name, l, t, w, h), color(asColor(64, 64, 64)),
+      typed(this, "-0123456789", typedRoom) {
     type = ctrlFader;
     tabStop = true;
     arrowSize = 0;
@@ -191,7 +193,10 @@ void CFader::paint(CGraphic* g, CRect rect) {
     const bool hot = isHovered() || thumbDrag;
     g->fillRect(hot ? fadeCol(colours.raised, colours.accent, hoverShare) : colours.raised, thumb);
     g->frameRect(hasKeyFocus() ? colours.accent : colours.frame, thumb);
-    g->fillLine(colours.text, asRect(2, thumbMiddle, width - 2, thumbMiddle + 1));
+    if (typed.typing())
+        g->drawText(colours.text, typed.shown(), thumb, 0);
+    else
+        g->fillLine(colours.text, asRect(2, thumbMiddle, width - 2, thumbMiddle + 1));
 }
 
 bool CFader::mouseWheel(int x, int y, int btn, int dy, int dx) {
@@ -211,9 +216,34 @@ void CFader::step(int by) {
 
 bool CFader::keyDown(int key, int mods) {
     if (CCtrl::keyDown(key, mods)) return true;
+    const TypedText::Answer answer = typed.key(key, mods);
+    if (answer == TypedText::taken) endTyping();
+    if (answer != TypedText::passed) {
+        redraw();
+        return true;
+    }
+    return !mods && stepKey(key);
+}
+
+bool CFader::stepKey(int key) {
     const int ones = (key == ::keyUp) - (key == ::keyDown);
     const int tens = (key == keyPageUp) - (key == keyPageDown);
-    if (mods || (!ones && !tens)) return false;
-    step(ones + fastWheel * tens);
+    if (!ones && !tens && key != keyHome && key != keyEnd && key != keyDelete) return false;
+    endTyping();
+    if (ones || tens)
+        step(ones + fastWheel * tens);
+    else
+        step(saturate(int64_t(key == keyHome ? min : key == keyEnd ? max : resetPos) - pos));
     return true;
+}
+
+void CFader::endTyping() {
+    const CStr text = typed.end();
+    if (!text.empty()) step(saturate(int64_t(strAsIntDef(text, pos)) - pos));
+    redraw();
+}
+
+void CFader::setFocus(bool on) {
+    CScrollbar::setFocus(on);
+    if (!on) endTyping();
 }

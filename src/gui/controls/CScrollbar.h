@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gui/CCtrl.h"
+#include "gui/TypedText.h"
 
 /// A scroll bar over a range of positions. Every change by the user calls `onChange`.
 class CScrollbar : public CCtrl {
@@ -45,15 +46,22 @@ private:
 
 /// An upright fader: its smallest value is at the bottom. The wheel turns it while Control is held,
 /// ten times as fast with Shift. So do Up and Down, and with ten times the step Page Up and Down.
+/// Home and End are its ends, Delete goes to `resetPos`, and a position can be typed.
 class CFader : public CScrollbar {
 public:
-    int color; ///< of the track
+    int color;        ///< of the track
+    int resetPos = 0; ///< clamped when it is used
 
     CFader(CWin* win, const CStr& name, int left, int top, int width, int height);
     void paint(CGraphic* g, CRect rect) override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool keyDown(int key, int mods) override;
+    void setFocus(bool on) override;
 
 private:
     void step(int by);
+    bool stepKey(int key);
+    void endTyping();
+
+    TypedText typed;
 };

@@ -106,8 +106,13 @@ bool CTabs::contextMenu() {
 
 bool CTabs::keyDown(int key, int mods) {
     if (CCtrl::keyDown(key, mods)) return true;
-    if (mods || (key != keyLeft && key != keyRight)) return false;
-    setIndex(index + (key == keyLeft ? -1 : 1));
+    if (mods) return false;
+    if (key == keyLeft || key == keyRight)
+        setIndex(index + (key == keyLeft ? -1 : 1));
+    else if (key == keyHome || key == keyEnd)
+        setIndex(key == keyHome ? 0 : items.getCount() - 1);
+    else
+        return false;
     return true;
 }
 

@@ -52,7 +52,7 @@ public:
     void mouseMove(int x, int y, int btn) override;
     void mouseUp(int x, int y, int btn) override;
     void mouseOver(bool enter, int x, int y) override;
-    bool keyDown(int key, int mods) override; ///< Left and Right
+    bool keyDown(int key, int mods) override; ///< Left, Right, Home, End
     bool contextMenu() override;
     void setIndex(int tab); ///< clamped to the tabs; reports a change
 

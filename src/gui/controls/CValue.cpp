@@ -123,9 +123,32 @@ bool CValue::mouseWheel(int x, int y, int btn, int dy, int dx) {
 }
 
 bool CValue::keyDown(int key, int mods) {
-    if (key != keyReturn) return CEdit::keyDown(key, mods);
+    if (key != keyReturn) return (!mods && stepKey(key)) || CEdit::keyDown(key, mods);
     if (CCtrl::keyDown(key, mods)) return true;
     win->setKeyCtrl(nullptr);
+    return true;
+}
+
+/// Nothing has been typed and the caret has not been moved since it got the focus or was stepped.
+bool CValue::untouched() const {
+    return anchor == -1 && selLength == text.length() && text == getText();
+}
+
+bool CValue::stepKey(int key) {
+    const int by = (key == ::keyUp) - (key == ::keyDown) +
+                   fastWheel * ((key == keyPageUp) - (key == keyPageDown));
+    if (by) {
+        const int typed = asMinMax(parse(text), min, max);
+        nudge(saturate(int64_t(typed) - value + by));
+        return true;
+    }
+    if (!untouched()) return false;
+    if (key == keyHome || key == keyEnd)
+        nudge(saturate(int64_t(key == keyHome ? min : max) - value));
+    else if (key == keyDelete && resetValue)
+        nudge(saturate(int64_t(*resetValue) - value));
+    else
+        return false;
     return true;
 }
 

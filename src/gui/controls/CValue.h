@@ -2,8 +2,12 @@
 
 #include "gui/controls/CEdit.h"
 
+#include <optional>
+
 /// A whole number that is dragged up and right, turned with the wheel while Control is held, nudged
-/// by right clicks on its halves, or typed after a double click. Every change calls `onChange`.
+/// by right clicks on its halves, or typed after a double click. With the focus Up, Down and the
+/// Page keys step it, and as long as nothing has been typed Home and End go to its ends and Delete
+/// to `resetValue`. Every change calls `onChange`.
 class CValue : public CEdit {
 public:
     int value = 0, min = 0, max = 100;
@@ -12,6 +16,7 @@ public:
     int displayOffset = 0;  ///< added to what is shown and typed
     bool liveUpdate = true; ///< reports each change of a drag, not only its end
     int multiplier = 1;
+    std::optional<int> resetValue; ///< none: Delete only empties the field
 
     CValue(CWin* win, const CStr& name, int left, int top, int width, int height);
 
@@ -40,6 +45,8 @@ private:
     bool beginsTyping(int btn) const;
     void beginDrag();
     void nudge(int by);
+    bool untouched() const;
+    bool stepKey(int key);
 
     int dragStartX = 0, dragStartY = 0, dragStartValue = 0;
     bool typing = false; ///< the press went to the text field

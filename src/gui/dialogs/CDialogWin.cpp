@@ -8,24 +8,11 @@
 #include "gui/controls/CButton.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace {
 
 constexpr int textPadding = 12; // at each side of a button's text
 constexpr int keyF4 = keyF1 - 3;
-
-using Fields = std::vector<CCtrl*>;
-
-/// The fields that take the focus, in the order in which they were added.
-void collect(const CGroup* group, Fields& fields) {
-    for (CCtrl* c : each<CCtrl>(group->controls)) {
-        if (!c->visible || !c->enabled) continue;
-        if (c->tabStop) fields.push_back(c);
-        if (c->category == catGroup || c->category == catGroupLike)
-            collect(static_cast<CGroup*>(c), fields);
-    }
-}
 
 } // namespace
 
@@ -38,6 +25,7 @@ CDialogWin::CDialogWin(CApp* dialogApp, CWin* owner, const CStr& title, int cont
                          clientGroup->width, buttonHeight)) {
     minWidth = width;
     minHeight = height;
+    buttons->arrowsWalk = true;
     buttons->setAlign(alignWidth | alignBottom, 0, margin);
     addControl(buttons);
 }
@@ -94,21 +82,15 @@ void CDialogWin::setFocus(bool on) {
     if (startCtrl)
         setKeyCtrl(startCtrl);
     else
-        moveFocus(1);
+        nextCtrl();
 }
 
-bool CDialogWin::moveFocus(int by) {
-    // The buttons come first in the tree, but last on the way.
-    Fields fields;
-    collect(clientGroup, fields);
-    std::stable_partition(fields.begin(), fields.end(),
+/// The buttons come first in the tree, but last on the way.
+std::vector<CCtrl*> CDialogWin::tabStops() {
+    std::vector<CCtrl*> stops = CWin::tabStops();
+    std::stable_partition(stops.begin(), stops.end(),
                           [this](const CCtrl* c) { return c->parent != buttons; });
-    if (fields.empty()) return false;
-    const int count = int(fields.size());
-    const auto found = std::find(fields.begin(), fields.end(), keyCtrl);
-    const int at = found == fields.end() ? (by > 0 ? -1 : count) : int(found - fields.begin());
-    setKeyCtrl(fields[size_t((at + by + count) % count)]);
-    return true;
+    return stops;
 }
 
 bool CDialogWin::keyDown(int key, int mods) {
@@ -117,12 +99,11 @@ bool CDialogWin::keyDown(int key, int mods) {
         return true;
     }
     CCtrl* const field = keyCtrl;
-    if (field && field->keyDown(key, mods)) {
+    if (offerFocus(key, mods)) {
         // A field that Return has ended keeps the focus, so that Tab goes on from it.
-        if (visible && !keyCtrl) setKeyCtrl(field);
+        if (visible && !keyCtrl && field) setKeyCtrl(field);
         return true;
     }
-    if (key == keyTab) return moveFocus(mods & modShift ? -1 : 1);
     if (key == keyReturn && !mods && firstButton && firstButton->enabled)
         firstButton->click();
     else

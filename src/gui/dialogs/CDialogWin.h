@@ -30,6 +30,7 @@ public:
     void showModal() override;
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
+    std::vector<CCtrl*> tabStops() override; ///< the row of buttons comes last
 
     /// Closes it with a result. An heir first checks what was entered, and may stay open.
     virtual void accept();
@@ -44,8 +45,6 @@ protected:
 
     CButton* firstButton = nullptr; ///< one of `buttons`
     CCtrl* startCtrl = nullptr;     ///< has the focus first; null is the first field
-
-    bool moveFocus(int by); ///< to the next field, or with -1 to the one before
 
     CGroup* buttons; ///< in the client area
 

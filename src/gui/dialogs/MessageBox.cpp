@@ -116,8 +116,8 @@ CButton* CMessageWin::buttonOf(int letter) const {
 }
 
 bool CMessageWin::keyDown(int key, int mods) {
-    if (key == keyLeft) return moveFocus(-1);
-    if (key == keyRight) return moveFocus(1);
+    if (key == keyLeft) return nextCtrl(-1);
+    if (key == keyRight) return nextCtrl(1);
     CButton* button = mods & modControl ? nullptr : buttonOf(key);
     if (!button) return CDialogWin::keyDown(key, mods);
     button->click();

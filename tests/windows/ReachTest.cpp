@@ -1,0 +1,165 @@
+#include "MainFixture.h"
+
+#include "gui/XConnection.h"
+#include "gui/controls/CButton.h"
+#include "gui/controls/CScrollbar.h"
+#include "gui/controls/CTabs.h"
+#include "gui/dialogs/CColourWin.h"
+#include "gui/dialogs/CFileWin.h"
+#include "gui/dialogs/CTextWin.h"
+#include "render/CRenderWin.h"
+#include "sequencer/CRender.h"
+#include "sequencer/CSeq.h"
+#include "setup/CImageListWin.h"
+#include "setup/CSetupWin.h"
+#include "shell/CWelcomeWin.h"
+#include "ui/CProgressWin.h"
+
+#include <algorithm>
+#include <set>
+
+namespace {
+
+using Controls = std::set<const CCtrl*>;
+
+/// Controls under the mouse that take nothing from it: they only show, or tell by their hint.
+bool onlyShows(const CCtrl* c) {
+    for (const char* id :
+         {"status", "midi", "spectrum", "logo", "preview", "progress", "sample", "clock"})
+        if (c->id == id) return true;
+    // Captions have keys of their own, and what scrolls is scrolled by the keys on its content.
+    return dynamic_cast<const CWindowButton*>(c) || dynamic_cast<const CSeparator*>(c) ||
+           (dynamic_cast<const CScrollbar*>(c) && !dynamic_cast<const CFader*>(c));
+}
+
+/// What takes the mouse, of a control and all inside; what lies inside a tab stop is part of it.
+void collectTakers(const CCtrl* c, Controls& takers) {
+    if (!c->visible || !c->enabled || c == c->win->captionGroup) return;
+    const bool group = c->category == catGroup || c->category == catGroupLike;
+    const bool listens = c->onMouseDown || c->onMouseUp || c->onWheel;
+    if (c->tabStop || listens || (!group && !onlyShows(c))) takers.insert(c);
+    if (!group) return;
+    for (const CCtrl* inner : each<CCtrl>(static_cast<const CGroup*>(c)->controls))
+        if (!c->tabStop || inner->tabStop) collectTakers(inner, takers);
+}
+
+std::string pathOf(const CCtrl* c) {
+    std::string path = c->id.asChar();
+    for (c = c->parent; c && c->category != catWin; c = c->parent)
+        path = std::string(c->id.asChar()) + "/" + path;
+    return path;
+}
+
+} // namespace
+
+class ReachTest : public MainWinTest {
+protected:
+    /// The pixels of a control, as they are now.
+    std::vector<int> look(CWin* window, const CCtrl* c) {
+        settle();
+        const CPoint at = window->controlPos(c);
+        const Shot all(window->handle, window->width, window->height);
+        std::vector<int> pixels;
+        for (int y = at.y; y < at.y + c->height; y++)
+            for (int x = at.x; x < at.x + c->width; x++) pixels.push_back(all.at(x, y));
+        return pixels;
+    }
+    /// Presses Tab until it has been around; each stop has to look otherwise than without focus.
+    Controls walk(CWin* window, const std::string& name) {
+        Controls reached;
+        for (int i = 0; i < 100; i++) {
+            key("Tab");
+            CCtrl* now = window->keyTarget();
+            if (!now || !reached.insert(now).second) break;
+            const auto marked = look(window, now);
+            window->setKeyCtrl(nullptr);
+            EXPECT_NE(look(window, now), marked) << name << ": no focus to see on " << pathOf(now);
+            window->setKeyCtrl(now);
+        }
+        return reached;
+    }
+    void check(CWin* window, const std::string& name, const Controls& byArrows = {}) {
+        ASSERT_TRUE(pumpUntil([&] { return window->hasFocus(); })) << name;
+        window->setKeyCtrl(nullptr);
+        const Controls reached = walk(window, name);
+        Controls takers;
+        for (const CCtrl* part : each<CCtrl>(window->controls)) collectTakers(part, takers);
+        EXPECT_GT(takers.size(), 0U) << name;
+        for (const CCtrl* c : takers)
+            EXPECT_TRUE(reached.contains(c) || byArrows.contains(c))
+                << name << ": " << pathOf(c) << " cannot be reached";
+    }
+    void checkShown(CWin& window, const std::string& name) {
+        if (HasFatalFailure()) return;
+        window.show(true);
+        settle();
+        window.setFocus(true);
+        check(&window, name);
+        window.hide();
+    }
+};
+
+TEST_F(ReachTest, EverythingInTheMainWindow) {
+    set("options", "modular-tab-always-show", "1");
+    set("options", "ribbon", "1");
+    start();
+    ASSERT_TRUE(load(kindSequencer));
+    win->options().spectrum.set(1);
+    win->move(0, 0, 800, 600);
+    settle();
+    // From the head of the first track by arrows: to its buttons, and to those of the next ones.
+    Controls byArrows;
+    win->setKeyCtrl(nullptr);
+    for (int i = 0; i < 40 && !(win->keyCtrl && win->keyCtrl->id == "track"); i++) key("Tab");
+    ASSERT_TRUE(win->keyCtrl && win->keyCtrl->id == "track");
+    for (int row = 0; row < tracks(); row++) {
+        const CCtrl* head = win->keyCtrl;
+        ASSERT_EQ(head->id, "track");
+        for (const char* id : {"track", "mute", "solo", "meter"}) {
+            EXPECT_EQ(win->keyCtrl->id, id) << "row " << row;
+            byArrows.insert(win->keyCtrl);
+            key("Right");
+        }
+        const auto* songTrack = static_cast<CSongTrack*>(seq()->getProg()->tracks.items(row));
+        EXPECT_TRUE(row == 0 || songTrack->track->selected());
+        for (int i = 0; i < 3; i++) key("Left");
+        EXPECT_EQ(win->keyCtrl, head);
+        key("Down");
+    }
+    check(win.get(), "main", byArrows);
+    key("Escape");
+    EXPECT_EQ(win->keyCtrl, nullptr) << "the keys are the song's again";
+}
+
+TEST_F(ReachTest, EverythingInTheOtherWindows) {
+    start();
+    ASSERT_TRUE(load(kindSequencer));
+    {
+        CSetupWin setup(*win);
+        for (int tab = 0; tab < CSetupWin::tabCount(); tab++) {
+            setup.setTab(tab);
+            checkShown(setup, CSetupWin::tabName(tab));
+        }
+    }
+    CStringList recent;
+    recent.add("/songs/one.qv");
+    CWelcomeWin welcome(win.get(), recent, kindEmpty);
+    checkShown(welcome, "welcome");
+    CRender choices(host.get(), seq());
+    CRenderWin render(*win, choices, seq());
+    checkShown(render, "render");
+    CImageListWin images(win.get(), app->gui.get(), nullptr);
+    checkShown(images, "images");
+    CProgressWin progress(*win, "Progress");
+    checkShown(progress, "progress");
+    CColourWin colour(win.get(), "Colour", 0x804020);
+    checkShown(colour, "colour");
+    CFileWin file(win.get(), "Open", ".qv", at("").c_str(), "", false);
+    checkShown(file, "open");
+    CFileWin saving(win.get(), "Save", ".qv", at("").c_str(), "x.qv", true);
+    checkShown(saving, "save");
+    CFolderWin folders(win.get(), "Folder", at("").c_str());
+    checkShown(folders, "folder");
+    CTextWin text(win.get(), "Name", "text");
+    checkShown(text, "text");
+}
