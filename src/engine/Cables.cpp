@@ -113,6 +113,18 @@ CMIDICable* getMIDICable(CComp* to, CMIDIQ* from, CMIDIQ* toPort) {
     return nullptr;
 }
 
+bool fedBy(const CComp* to, const CMIDIQ* from) {
+    for (const auto* cable : each<CMIDICable>(to->midiCables))
+        if (from && cable->fromPort == from) return true;
+    return false;
+}
+
+bool fedBy(const CComp* to, const COutputChannel* from) {
+    for (const auto* cable : each<CAudioCable>(to->audioCables))
+        if (from && cable->fromChannel == from) return true;
+    return false;
+}
+
 void listCables(CList* midi, CList* audio, CComp* tree, CComp* c, CUndo* undo) {
     eachBelow(tree, [&](CComp* to) { listCablesInto(midi, audio, to, c, undo); });
 }

@@ -50,6 +50,10 @@ CMIDICable* createMIDICable(CComp* to, CMIDIQ* from, CMIDIQ* toPort);
 CAudioCable* getAudioCable(CComp* to, COutputChannel* from, CInputChannel* toCh);
 CMIDICable* getMIDICable(CComp* to, CMIDIQ* from, CMIDIQ* toPort);
 
+/// Whether a cable leads to `to` from a port or channel, of which null feeds nothing.
+bool fedBy(const CComp* to, const CMIDIQ* from);
+bool fedBy(const CComp* to, const COutputChannel* from);
+
 /// Collects every cable below `tree` (for the host also in its sends) that touches a port or
 /// channel of `c`, and records each as removed when `undo` is given. Lists may be null.
 void listCables(CList* midi, CList* audio, CComp* tree, CComp* c, CUndo* undo);

@@ -57,10 +57,7 @@ std::vector<std::pair<CComp*, COutputChannel*>> channelsOf(CTrack* track) {
     }
     const CMIDIQ* port = track->outPort();
     for (CComp* c : each<CComp>(track->host->comps)) {
-        bool fed = false;
-        for (const auto* cable : each<CMIDICable>(c->midiCables))
-            fed = fed || (port && cable->fromPort == port);
-        if (!fed) continue;
+        if (!fedBy(c, port)) continue;
         for (auto* ch : each<COutputChannel>(c->outputs)) found.emplace_back(c, ch);
     }
     return found;
