@@ -187,7 +187,7 @@ double forgetTail(Song& song) {
     song.host->undoClicked();
     song.block();
     static int field = 0;
-    CUndo* step = song.host->undoStart("Next", song.seq, 0);
+    CUndo* step = song.host->undoStart("Next", song.seq);
     step->asInt(&field);
     song.host->undoEnd(step, false);
     song.block();

@@ -146,7 +146,7 @@ private:
         block();
     }
     void finish() {
-        seq->doUpdate(undoSongChanged);
+        seq->doUpdate(CComp::updateSong);
         seq->idle();
         for (int i = 0; i < tracks; i++) block();
     }

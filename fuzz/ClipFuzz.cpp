@@ -27,7 +27,7 @@ struct Session {
         ClipContent clip(seq);
         in->setPos(0);
         if (!clip.read(in)) return nullptr;
-        CUndo* step = host->undoStart("Drop", seq, undoSongChanged);
+        CUndo* step = host->undoStart("Drop", seq, {.song = true});
         CPart* part = dropClip(clip, seq, nullptr, 0, step);
         host->undoEnd(step, true);
         return part;

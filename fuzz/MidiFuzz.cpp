@@ -20,7 +20,7 @@ struct Session {
     std::string in = scratch("in"), out = scratch("out");
 
     MidiImport import(const std::string& path) {
-        CUndo* step = host->undoStart("Import", seq, undoSongChanged);
+        CUndo* step = host->undoStart("Import", seq, {.song = true});
         const MidiImport result = openMIDIFile(seq, nullptr, path.c_str(), step, 0);
         host->undoEnd(step, true);
         return result;

@@ -45,7 +45,7 @@ struct Session {
         }
     }
     void openKit(CStream* in) {
-        CUndo* step = host->undoStart("Open", seq, updateTracks);
+        CUndo* step = host->undoStart("Open", seq, {.seq = SeqNotice::tracks});
         {
             DrumKit kit(host, drums->drumLayer(), seq);
             kit.read(in, in->getSize());

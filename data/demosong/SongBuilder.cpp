@@ -71,7 +71,7 @@ CMIDIPart* SongBuilder::part(CTrack* track, int fromBar, int toBar) {
 
 void SongBuilder::ghost(CTrack* track, PartBuilder& original, int atBar) {
     original.close();
-    CUndo* step = host->undoStart("Ghost", seq, undoSongChanged);
+    CUndo* step = host->undoStart("Ghost", seq, {.song = true});
     CPart* made = seq->makeGhost(original.getPart(), step);
     made->pos = ticksAt(atBar);
     songTrackOf(track)->addPart(made, step);

@@ -93,7 +93,7 @@ void crossfade(CSeq* seq) {
 
 void selectEverything(CSeq* seq) {
     seq->selectAll();
-    seq->update(updateParts);
+    seq->songNotices.raise(SeqNotice::parts);
 }
 
 } // namespace
@@ -271,7 +271,7 @@ void SongCommands::addTrack(int kind) {
         showMsg(nullptr, "Error", "Too many tracks");
         return;
     }
-    CUndo* step = qv->undoStart(addTrackTitle(kind), seq(), undoSongChanged | undoGraph);
+    CUndo* step = qv->undoStart(addTrackTitle(kind), seq(), {.graph = true, .song = true});
     CSongTrack* made = seq()->addTrack(kind, prog(), step);
     if (made && kind == trackMIDI) addTrackInstrument(seq(), made->track, step);
     if (made && kind == trackDrum) ::addDrums(seq(), made->track, step);
@@ -301,12 +301,8 @@ CComp* SongCommands::shownComp() const {
     const auto* songTrack = static_cast<CSongTrack*>(seq()->selectedTracks.getFirst());
     if (!songTrack) return nullptr;
     CTrack* track = songTrack->track;
-    for (auto* comp : each<CComp>(qv->comps)) {
-        for (const auto* cable : each<CMIDICable>(comp->midiCables))
-            if (cable->fromPort == track->outPort()) return comp;
-        for (const auto* cable : each<CAudioCable>(comp->audioCables))
-            if (cable->fromChannel == track->output()) return comp;
-    }
+    for (auto* comp : each<CComp>(qv->comps))
+        if (fedBy(comp, track->outPort()) || fedBy(comp, track->output())) return comp;
     return nullptr;
 }
 
@@ -336,7 +332,7 @@ void SongCommands::addTimesig() {
     point->pos = asInt(seq()->getPos());
     const StoredValue::Numbers now = signatureHereOf(seq()).get();
     point->setTimesig(asInt(now[0]), asInt(now[1]));
-    CUndo* step = qv->undoStart("Add time signature", seq(), updateParts);
+    CUndo* step = qv->undoStart("Add time signature", seq(), {.seq = SeqNotice::parts});
     prog()->addTimesig(point, step);
     qv->undoEnd(step, false);
 }
@@ -345,14 +341,14 @@ void SongCommands::addMarker() {
     auto* marker = new CMarkerPart;
     marker->id = CStr("Marker ") + asStr(prog()->markers.getCount() + 1);
     marker->pos = asInt(seq()->getPos());
-    CUndo* step = qv->undoStart("Add marker", seq(), updateParts);
+    CUndo* step = qv->undoStart("Add marker", seq(), {.seq = SeqNotice::parts});
     prog()->addMarker(marker, step);
     qv->undoEnd(step, false);
 }
 
 void SongCommands::deleteMarker() {
     CMarkerPart* marker = prog()->getMarkerAtPos(asInt(seq()->getPos()));
-    CUndo* step = qv->undoStart("Delete marker", seq(), updateParts);
+    CUndo* step = qv->undoStart("Delete marker", seq(), {.seq = SeqNotice::parts});
     step->asRemove(marker, &prog()->markers);
     qv->undoEnd(step, false);
 }

@@ -16,6 +16,7 @@
 #include "ui/ProgramItems.h"
 #include "ui/Song.h"
 #include "ui/TrackPalette.h"
+#include "ui/Workspace.h"
 
 #include <algorithm>
 
@@ -31,8 +32,7 @@ constexpr int barSteps = 4; ///< of the scroll bar, for a row
 COutputChannel* soundOf(CQV* qv, CTrack* track) {
     if (COutputChannel* own = track->output()) return own;
     for (CComp* c : each<CComp>(qv->comps))
-        for (CMIDICable* cable : each<CMIDICable>(c->midiCables))
-            if (cable->fromPort == track->outPort() && c->output()) return c->output();
+        if (c->output() && fedBy(c, track->outPort())) return c->output();
     return nullptr;
 }
 
@@ -58,6 +58,7 @@ CTrackRow::CTrackRow(CWin* owner, CQV* host, CSongTrack* shown, int h, int c)
     meter->hint = "Level of the track's instrument";
     for (CCtrl* ctrl : stops())
         if (ctrl != this) addControl(ctrl);
+    findSound();
 }
 
 std::array<CCtrl*, CTrackRow::stopCount> CTrackRow::stops() {
@@ -114,13 +115,23 @@ void CTrackRow::refresh() {
     }
     muteButton->setLit(track->muted());
     soloButton->setLit(track->soloed());
-    meter->channel = soundOf(qv, track->track);
     meter->refresh();
 }
 
-SongView::SongView(CWin* owner, CQV* host, int t, int w, int h)
-    : CGroup(owner, "song", 0, t, w, h), qv(host) {
+void CTrackRow::findSound() {
+    meter->channel = soundOf(qv, track->track);
+}
+
+SongView::SongView(Workspace& workspace, int t, int w, int h)
+    : CGroup(workspace.mainWindow(), "song", 0, t, w, h), qv(workspace.host()) {
     setAlign(alignWidth | alignHeight, 0, 0);
+    NoticeRouter& notices = workspace.notices();
+    links = {notices.on({.host = HostNotice::graph | HostNotice::peaks | HostNotice::takes,
+                         .song = SeqNotice::tracks | SeqNotice::parts},
+                        [this] { songChanged(); }),
+             notices.on({.host = HostNotice::step}, [this] {
+                 for (CTrackRow* row : rows) row->findSound();
+             })};
     songChanged();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "gui/CGroup.h"
+#include "ui/NoticeRouter.h"
 
 #include <array>
 #include <vector>
@@ -11,6 +12,7 @@ class CQV;
 class CScrollbar;
 class CSongTrack;
 class CTimeline;
+class Workspace;
 
 /// Head of one track: name, mute, solo, and the level of the instrument that it plays.
 class CTrackRow : public CGroup {
@@ -24,6 +26,8 @@ public:
     void mouseDown(int x, int y, int btn) override;
     void mouseUp(int x, int y, int btn) override; ///< the right button opens the menu
     void refresh();
+    /// The cables are others.
+    void findSound();
     CSongTrack* songTrack() const { return track; }
     static constexpr int stopCount = 4;
     /// What of it takes the keys, from the left: itself, mute, solo, and the meter.
@@ -51,7 +55,7 @@ public:
 
     COnChange* onHeadMenu = nullptr; ///< owned; the context menu of a head is wanted
 
-    SongView(CWin* win, CQV* host, int top, int width, int height);
+    SongView(Workspace& workspace, int top, int width, int height);
 
     ~SongView() override;
     SongView(const SongView&) = delete;
@@ -93,4 +97,5 @@ private:
     CScrollbar* bar = nullptr;
     std::vector<CTrackRow*> rows; ///< among `controls`
     int firstRow = 0;
+    std::vector<NoticeLink> links;
 };

@@ -11,8 +11,6 @@
 
 namespace {
 
-constexpr unsigned updateEditor = 128;
-
 /// Moves all that `from` holds to the end of `to`, without allocation.
 void moveAll(CList& from, CList& to) {
     while (void* p = from.getFirst()) to.move(&from, p, -1);
@@ -45,7 +43,7 @@ CEffect::CEffect(CQV* root) : CComp(root) {
 void CEffect::init() {
     createIO();
     addDelay();
-    update(updateEditor);
+    notices.raise(CompNotice::content);
 }
 
 void CEffect::createIO() {
@@ -105,7 +103,7 @@ void CEffect::idle() {
     const int now = getDelay();
     if (now == toldDelay) return;
     toldDelay = now;
-    host->update(updateDelays);
+    host->hostNotices.raise(HostNotice::delays);
 }
 
 void CEffect::process(int frames) {
@@ -214,7 +212,7 @@ void CEffect::perform(CUndoItem* item, int) {
     const int left = arrived < 0 || within ? item->index : -1;
     const int current = followCurrent(curProg, left, arrived);
     curProg = asMinMax(current, 0, std::max(0, progs.getCount() - 1));
-    update(updateProgram);
+    notices.raise(CompNotice::program);
 }
 
 CStr CEffect::getProgName(int index) {
@@ -248,7 +246,7 @@ void CEffect::read(CStream* stream, int end) {
         curProg = asMinMax(content.progIndex, 0, std::max(0, progs.getCount() - 1));
     }
     deleteAll<CEffectProg>(old);
-    update(updateProgram);
+    notices.raise(CompNotice::program);
 }
 
 void CEffect::openProg(const CStr& path) {
@@ -261,7 +259,7 @@ void CEffect::openFromStream(CStream* stream) {
     content.read(stream, stream->getSize());
     const int count = content.progs.getCount();
     if (count == 0) return;
-    CUndo* step = host->undoStart("Open", this, updateProgram);
+    CUndo* step = host->undoStart("Open", this, {.comp = CompNotice::program});
     step->asInt(curProg.address()); // undone last
     for (auto* prog : each<CEffectProg>(progs)) step->asRemove(prog, &progs);
     while (auto* prog = static_cast<CEffectProg*>(content.progs.getFirst())) {

@@ -67,10 +67,7 @@ void CComp::edit(bool show) {
 
 void CComp::idle() {
     for (auto* ch : each<COutputChannel>(outputs)) ch->idle();
-    if (updateFlags & updateMaps) {
-        updateFlags.fetchAnd(~updateMaps);
-        editorHooks()->refreshMap(this);
-    }
+    if (notices.take(CompNotice::maps)) editorHooks()->refreshMap(this);
     editorHooks()->idle(this);
 }
 
@@ -132,7 +129,7 @@ void CComp::setRate(double rate) {
 void CComp::enable(int on) {
     if (enabled == on) return;
     enabled = on;
-    host->update(updateDelays);
+    host->hostNotices.raise(HostNotice::delays);
 }
 
 bool CComp::heldByThread() const {
@@ -150,7 +147,7 @@ CStr CComp::getName(CObject* io) {
 void CComp::setProg(int index) {
     if (index == curProg || index < 0 || index >= numProgs()) return;
     curProg = index;
-    update(updateProgram);
+    notices.raise(CompNotice::program);
 }
 
 void CComp::read(CStream* stream, int end) {
@@ -180,11 +177,6 @@ int CComp::getMacroParam(int index) {
 
 void CComp::setMacroParam(int index, int param) {
     if (index >= 0 && index < macroCount) macroParams[index] = param;
-}
-
-void CComp::update(unsigned bits, int arg) {
-    updateArg = arg;
-    updateFlags.fetchOr(bits);
 }
 
 void CComp::setId(const CStr& name) {

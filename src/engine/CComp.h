@@ -11,6 +11,7 @@
 #include "engine/CProgram.h"
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
+#include "engine/Notices.h"
 
 #include <cassert>
 
@@ -34,12 +35,6 @@ enum ListKind : int {
 
 /// Parameters that an effect has beside those that `numParams` counts.
 enum EffectParam : int { paramPower = -1, paramWet = -2 };
-
-/// Notifications to the interface, ORed into `updateFlags`. Those of the host's own service:
-constexpr unsigned updateDelays = 0x100000; ///< the cycle works out the delay compensation anew
-constexpr unsigned updateMaps = 0x200000;   ///< the map window shows other targets
-constexpr unsigned updateProgram = 2048;
-constexpr unsigned updateTransport = 1024;
 
 /// Geometry and state of an editor window; the first eight are saved.
 struct CEditorStruct {
@@ -67,8 +62,7 @@ public:
     Shared<int> enabled{1};
     Shared<int> sleeping{0}; ///< 1 while an undo step holds the component off the graph
     int posX = 32, posY = 32, iconW = 32, iconH = 32;
-    Shared<unsigned> updateFlags{0};
-    Shared<int> updateArg{0};
+    Notices<CompNotice> notices; ///< to the interface
     int hideChs = 0;
     /// The sequencer whose MIDI arrives here, found in `prepare`; for an insert that of its owner.
     Shared<CComp*> sourceSeq{nullptr};
@@ -133,6 +127,9 @@ public:
     virtual CStr paramText(int) { return ""; }
     virtual float param(int) { return 0.0f; }
     virtual void doUpdate(int) {}
+    static constexpr int updateSong = 32; ///< code of `doUpdate`: a step has changed the song
+    /// Notices of a sequencer; others have none. Any thread.
+    virtual void raiseSong(NoticeSet<SeqNotice>) {}
     /// Carries out the component's share of a recorded edit. `op`: 1 done, 2 undone, 4 redone.
     virtual void perform(CUndoItem*, int) {}
     /// Whether an item of a step about this component, one that moves an object or swaps content,
@@ -187,8 +184,6 @@ public:
     virtual int numMacroParams() { return macroCount; }
     virtual void getTempoMap(CMIDIQ*) {}
 
-    /// Notifies the interface. Any thread.
-    void update(unsigned bits, int arg = 0);
     void setId(const CStr& name);
     /// A toggle, for the graph holder: makes and links the cable, or unlinks the one there is,
     /// which then is the caller's. Null without a source or an input. A null `to` means the first.

@@ -8,12 +8,11 @@
 
 namespace {
 
-constexpr unsigned stepFlags = 1;
 constexpr int newGroupPos = 128;
 
 /// A step that adds `bus` to `list` and leads its output to the audio out.
 void addBus(CQV* host, CGroupCh* bus, CList* list, const CStr& title) {
-    CUndo* u = host->undoStart(title, host, stepFlags);
+    CUndo* u = host->undoStart(title, host, {.graph = true});
     bus->init();
     bus->createBuffers(host->frames);
     u->asAdd(bus, list);

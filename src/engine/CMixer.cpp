@@ -42,7 +42,7 @@ void CMixer::read(CStream* stream, int end) {
     clear();
     eachBlock(stream, end, [this](const CStr& name, BlockView& item) { readItem(item, name); });
     curProg = std::clamp(int(curProg), 0, std::max(progs.getCount() - 1, 0));
-    update(updateProgram);
+    notices.raise(CompNotice::program);
 }
 
 void CMixer::readItem(BlockView& item, const CStr& name) {

@@ -33,9 +33,7 @@ CQV* qv = nullptr;
 namespace {
 
 constexpr float activityFall = 0.33f;
-constexpr unsigned updateDevice = 8;
 /// A take changes parts and the pool.
-constexpr unsigned takeFlags = 0x402000;
 
 } // namespace
 
@@ -236,7 +234,7 @@ void CQV::idle() {
 
 void CQV::idleTake() {
     if (recording && !recUndo)
-        recUndo = undoStart("Record", this, takeFlags);
+        recUndo = startTakeStep();
     else if (!recording && recUndo)
         finishTake();
 }
@@ -255,7 +253,7 @@ void CQV::endTake() {
         const GraphHold hold(this);
         recording = 0;
         click->countIn = 0;
-        update(updateTransport);
+        hostNotices.raise(HostNotice::transport);
     }
     if (recUndo) return finishTake();
     for (CComp* c : each<CComp>(comps)) c->afterRec();
@@ -298,7 +296,7 @@ void CQV::setRenderCallback(COnChange* callback) {
 void CQV::aamChanged(CObject*) {
     setFrames(aam->frames);
     setRate(double(aam->rate));
-    update(updateDevice);
+    hostNotices.raise(HostNotice::devices);
 }
 
 // A project's beginning and end.

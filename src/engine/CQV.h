@@ -60,6 +60,8 @@ public:
     float* tmpBuffers[4] = {};   ///< owned, `frames` each; graph holder
     /// Room for source frames while they are rendered, of `sampleScratchBytes`; graph holder.
     const std::unique_ptr<unsigned char[]> sampleScratch;
+    Notices<HostNotice> hostNotices; ///< to the interface; `delays` to the cycle
+    Shared<int> changedFolders{0};   ///< mode of the list that HostNotice `folders` is about
     static constexpr int stretcherCount = 8;
     CList stretchers; ///< of CElastiqueRender, owned: all that can sound at one time
     int frames = 1024;

@@ -34,8 +34,8 @@ void CUndoItem::exchangeName() {
     if (nameField) std::swap(*nameField, nameValue);
 }
 
-CUndo::CUndo(const CStr& title, CComp* about, unsigned stepFlags)
-    : name(title), comp(about), flagBits(stepFlags) {
+CUndo::CUndo(const CStr& title, CComp* about, const StepEffects& stepEffects)
+    : name(title), comp(about), effects(stepEffects) {
 }
 
 CUndo::~CUndo() {

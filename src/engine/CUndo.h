@@ -3,6 +3,7 @@
 #include "base/CList.h"
 #include "base/CObject.h"
 #include "base/CStr.h"
+#include "engine/Notices.h"
 #include "engine/StoredValue.h"
 
 #include <memory>
@@ -16,16 +17,6 @@ class CUndoContent : public CObject {
 public:
     /// Lists the words that both exchange when their contents change sides. Interface thread.
     virtual void listWords(CUndoContent* other, WordChanges& words) = 0;
-};
-
-/// Flags of a step, served when it has been carried out.
-enum UndoFlags : unsigned {
-    undoOrderSequencers = 2,   ///< `update(16)` on each sequencer
-    undoSongChanged = 32,      ///< `doUpdate(32)` on each sequencer
-    undoGraph = 16,            ///< `update(3)` on the host
-    undoUpdateHost = 0x200,    ///< `update(512)` on the host
-    undoGraphToo = 0x800,      ///< as `undoGraph`
-    undoUpdateWide = 0x400000, ///< `update(0x400000)`
 };
 
 /// One change of a step: an object that enters, leaves or moves between lists, content that is
@@ -85,14 +76,14 @@ public:
 /// add items and leave the live lists alone; their order is the order of execution.
 class CUndo : public CObject {
 public:
-    CUndo(const CStr& title, CComp* about, unsigned stepFlags);
+    CUndo(const CStr& title, CComp* about, const StepEffects& stepEffects);
     ~CUndo() override;
     CUndo(const CUndo&) = delete;
     CUndo& operator=(const CUndo&) = delete;
 
-    CStr name;             ///< text of the menu
-    CComp* comp;           ///< whose `perform` is called and who is notified
-    unsigned flagBits = 0; ///< UndoFlags and notifications
+    CStr name;   ///< text of the menu
+    CComp* comp; ///< whose `perform` is called and who is notified
+    StepEffects effects;
     bool busy = false;
     bool viewOnly = false;         ///< how the project is shown: nothing that counts as a change
     CList items;                   ///< of CUndoItem, owned

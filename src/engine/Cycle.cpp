@@ -150,8 +150,7 @@ bool insideCallback() {
 
 long libio(float** ins, float** outs, long numIns, long numOuts, long frames, void* events,
            int numEvents) {
-    for (long i = 0; i < numOuts; ++i)
-        std::fill_n(outs[i], std::max(frames, 0l), 0.0f);
+    for (long i = 0; i < numOuts; ++i) std::fill_n(outs[i], std::max(frames, 0l), 0.0f);
     const std::span room(static_cast<AamEvent*>(events), events ? size_t(aamMaxEvents) : 0);
     const std::span in = room.first(size_t(std::clamp(numEvents, 0, int(room.size()))));
     qv->deviceMidi->calls.fetchAdd(1);
@@ -178,7 +177,7 @@ void CQV::process(int n) {
     if (busy) return;
     busy = true;
     flushDenormals();
-    if (updateFlags.fetchAnd(~updateDelays) & updateDelays) calcPDC();
+    if (hostNotices.take(HostNotice::delays)) calcPDC();
     if (!processed) runBlock(n);
     busy = false;
 }

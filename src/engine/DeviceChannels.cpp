@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr unsigned updateGraph = 1;
 constexpr int left = 32 + 192, step = 16; // of the icons
 
 struct Direction {
@@ -88,5 +87,5 @@ void followChannels(CQV* host) {
     }
     follow(host, inputs, ins);
     follow(host, outputs, outs);
-    host->update(updateGraph | updateDelays);
+    host->hostNotices.raise(HostNotice::graph | HostNotice::delays);
 }

@@ -20,7 +20,7 @@ void forgetInMaps(CQV* host, F forgets) {
     for (auto* prog : each<CMapProg>(host->maps))
         for (auto* map : each<CMap>(prog->items))
             if (forgets(map)) changed = true;
-    if (changed) host->update(updateMaps);
+    if (changed) host->notices.raise(CompNotice::maps);
 }
 
 } // namespace

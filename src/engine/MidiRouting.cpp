@@ -156,7 +156,7 @@ void CQV::paramMoved(CObject* target, int param, float value) {
         known->learning = true;
         return;
     }
-    CUndo* step = undoStart("Add", this, updateMaps);
+    CUndo* step = undoStart("Add", this, {.comp = CompNotice::maps});
     auto* map = new CMap;
     map->target = target;
     if (!findPlace(map, comps)) findPlace(map, sends);

@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr unsigned updatePool = 0x400000;
 constexpr const char* archiveText = "Copy to Audio Folder";
 
 CStr stemOf(const CStr& path) {
@@ -161,7 +160,7 @@ void SamplePool::archiveAllSamles() {
         else
             left.push_back(sample);
     }
-    if (changed) host->update(updatePool);
+    if (changed) host->hostNotices.raise(HostNotice::pool);
     tellNotCopied(archiveText, left);
 }
 
@@ -203,7 +202,7 @@ void SamplePool::removeSample(CSample* sample) {
     host->forgetInSteps(sample);
     freeSample(sample);
     host->unparkWorkers();
-    host->update(updatePool);
+    host->hostNotices.raise(HostNotice::pool);
 }
 
 void SamplePool::keepSamples() {

@@ -100,7 +100,7 @@ void CQV::startNow() {
     playing = 1;
     transportChanged = true;
     for (CComp* c : each<CComp>(comps)) c->start();
-    update(updateTransport);
+    hostNotices.raise(HostNotice::transport);
     createTempoMap();
 }
 
@@ -115,7 +115,7 @@ void CQV::stopNow() {
     }
     click->countIn = 0;
     recording = 0;
-    update(updateTransport);
+    hostNotices.raise(HostNotice::transport);
 }
 
 void CQV::setPosNow(double ticks) {
@@ -134,7 +134,7 @@ void CQV::recNow() {
         recording = recording ? 0 : 1;
     else if (!recording)
         startRecording();
-    update(updateTransport);
+    hostNotices.raise(HostNotice::transport);
 }
 
 void CQV::startRecording() {

@@ -13,11 +13,6 @@
 
 namespace {
 
-/// Notifications of the host and the sequencers, by what a step changed.
-constexpr unsigned updateStep = 0x10000;
-constexpr unsigned updateGraph = 3;
-constexpr unsigned updateSeqOrder = 16;
-
 CComp* asComp(CObject* object) {
     return object && object->category == categoryComp ? static_cast<CComp*>(object) : nullptr;
 }
@@ -92,18 +87,22 @@ bool UndoHost::modified() const {
     return false;
 }
 
-CUndo* UndoHost::undoStart(const CStr& name, CComp* comp, unsigned flags) {
+CUndo* UndoHost::undoStart(const CStr& name, CComp* comp, const StepEffects& effects) {
     qv->values->settle();
     settle();
-    auto* u = new CUndo(name, comp ? comp : qv, flags);
+    auto* u = new CUndo(name, comp ? comp : qv, effects);
     openSteps.add(u);
     return u;
+}
+
+CUndo* UndoHost::startTakeStep() {
+    return undoStart("Record", qv, {.host = HostNotice::takes | HostNotice::pool});
 }
 
 void UndoHost::undoEnd(CUndo* u, bool wait) {
     if (u->items.empty()) {
         openSteps.remove(u);
-        u->comp->update(u->flagBits);
+        tell(u);
         delete u;
         return;
     }
@@ -190,8 +189,7 @@ void UndoHost::undoIdle() {
     CUndo* u = running;
     running = nullptr;
     stepPlan.finish();
-    if (u->flagBits & undoSongChanged)
-        eachSequencer(qv, [](CComp* seq) { seq->doUpdate(undoSongChanged); });
+    if (u->effects.song) eachSequencer(qv, [](CComp* seq) { seq->doUpdate(CComp::updateSong); });
     for (auto* item : each<CUndoItem>(u->items)) {
         settleEditors(item, runningOp != opUndone);
         if (runningOp == opRedone) item->exchangeName();
@@ -331,9 +329,9 @@ void UndoHost::relocate(CUndoItem* item) {
 
 void UndoHost::changing(CUndo* u, CUndoItem* item) {
     // An integer may be what switches an insert on.
-    if (item->moves() || item->intField) qv->update(updateDelays);
+    if (item->moves() || item->intField) qv->hostNotices.raise(HostNotice::delays);
     if (asComp(item->object) && item->touches(&qv->comps))
-        eachSequencer(qv, [](CComp* seq) { seq->update(updateSeqOrder); });
+        eachSequencer(qv, [](CComp* seq) { seq->raiseSong(SeqNotice::tracks); });
     if (leaves(item, runningOp != opUndone)) {
         if (CComp* c = asComp(item->object)) c->sleeping = 1;
         silenceFed(item->object);
@@ -342,12 +340,14 @@ void UndoHost::changing(CUndo* u, CUndoItem* item) {
     u->comp->perform(item, runningOp);
 }
 
-void UndoHost::handleUpdate(CUndo* u) {
-    u->comp->update(u->flagBits);
-    unsigned bits = updateStep;
-    if (u->flagBits & (undoGraph | undoGraphToo)) bits |= updateGraph;
-    bits |= u->flagBits & (undoUpdateWide | undoUpdateHost);
-    qv->update(bits);
-    if (u->flagBits & undoOrderSequencers)
-        eachSequencer(qv, [](CComp* seq) { seq->update(updateSeqOrder); });
+void UndoHost::handleUpdate(const CUndo* u) {
+    tell(u);
+    qv->hostNotices.raise(HostNotice::step);
+    if (u->effects.graph) qv->hostNotices.raise(HostNotice::graph | HostNotice::cables);
+}
+
+void UndoHost::tell(const CUndo* u) {
+    u->comp->notices.raise(u->effects.comp);
+    u->comp->raiseSong(u->effects.seq);
+    qv->hostNotices.raise(u->effects.host);
 }

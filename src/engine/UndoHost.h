@@ -40,7 +40,9 @@ public:
     bool undoBusy() const;
 
     /// Opens a step. Owned by the caller until `undoEnd`.
-    CUndo* undoStart(const CStr& name, CComp* comp, unsigned flags);
+    CUndo* undoStart(const CStr& name, CComp* comp, const StepEffects& effects = {});
+    /// Opens the step of a take.
+    CUndo* startTakeStep();
     /// Closes it: an empty step is dropped, another cuts the redo tail, joins the list and is
     /// queued. With `wait` returns once it is done, pumping the program meanwhile.
     void undoEnd(CUndo* u, bool wait);
@@ -85,7 +87,8 @@ private:
     void carryOut(CUndo* u, CUndoItem* item);
     void relocate(CUndoItem* item);
     void changing(CUndo* u, CUndoItem* item);
-    void handleUpdate(CUndo* u);
+    void handleUpdate(const CUndo* u);
+    void tell(const CUndo* u);
 
     CQV* qv;
     CList openSteps;          ///< of CUndo, not owned: started and not ended

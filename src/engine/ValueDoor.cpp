@@ -73,8 +73,7 @@ void ValueDoor::settle() {
     std::erase_if(done, [](const Moved& m) { return m.value.get() == m.before; });
     if (done.empty()) return;
     CUndo* take = qv->recUndo;
-    CUndo* step =
-        take ? take : qv->undoStart(name.empty() ? done.front().value.name() : name, qv, 0);
+    CUndo* step = take ? take : qv->undoStart(name.empty() ? done.front().value.name() : name, qv);
     for (const Moved& m : done) step->asValue(m.value, m.before);
     if (!take) qv->undoEnd(step, false);
 }

@@ -4,12 +4,6 @@
 #include "audiofiles/CSampleReader.h"
 #include "engine/CQV.h"
 
-namespace {
-
-constexpr unsigned updatePeakImage = 4;
-
-} // namespace
-
 void CDiskThread::execute() {
     while (!terminated) {
         checkPark();
@@ -34,7 +28,7 @@ bool CPeakThread::buildNext() {
     for (CSample* sample : each<CSample>(qv->samples)) {
         if (!sample->needsPeaks || !sample->valid || sample->peakBusy) continue;
         sample->peakfile(this);
-        qv->update(updatePeakImage);
+        qv->hostNotices.raise(HostNotice::peaks);
         return true;
     }
     return false;

@@ -55,7 +55,7 @@ void CArp::perform(CUndoItem* item, int) {
     deleteAllVoices();
     if (item->held()) static_cast<CArpProg*>(item->object)->removeAllKeys();
     curProg = asMinMax(curProg, 0, std::max(0, progs.getCount() - 1));
-    update(updateProgram);
+    notices.raise(CompNotice::program);
 }
 
 CComp* CArp::copy() {
@@ -149,14 +149,14 @@ void CArp::read(CStream* stream, int end) {
         ccSwing = content.ccSwing;
         enabled = content.enabled;
     }
-    update(updateProgram);
+    notices.raise(CompNotice::program);
 }
 
 bool CArp::openFromStream(CStream* stream) {
     ArpContent content(*this);
     content.read(stream, stream->getSize());
     if (content.progs.empty()) return false;
-    CUndo* step = host->undoStart("Open", this, updateProgram);
+    CUndo* step = host->undoStart("Open", this, {.comp = CompNotice::program});
     step->asInt(curProg.address()); // undone last
     for (auto* prog : each<CArpProg>(progs)) step->asRemove(prog, &progs);
     while (auto* prog = static_cast<CArpProg*>(content.progs.getFirst())) {

@@ -114,7 +114,7 @@ void CSampler::init() {
     CStr name;
     const int count = factoryProg(nullptr, -1, name, false);
     for (int i = 0; i < count; i++) factoryProg(nullptr, i, name, true);
-    update(updateProgram);
+    notices.raise(CompNotice::program);
 }
 
 void CSampler::createChannels() {
@@ -174,7 +174,7 @@ void CSampler::perform(CUndoItem* item, int op) {
         curProg = last;
     else
         curProg = asMinMax(curProg, 0, std::max(0, last));
-    update(updateProgram);
+    notices.raise(CompNotice::program);
 }
 
 void CSampler::del(CObject* object) {
@@ -242,7 +242,7 @@ void CSampler::read(CStream* stream, int end) {
         mch = content.mch;
         curProg = asMinMax(content.progIndex, 0, std::max(0, progs.getCount() - 1));
     }
-    update(updateProgram);
+    notices.raise(CompNotice::program);
     complain(content);
 }
 
@@ -250,7 +250,7 @@ void CSampler::openFromStream(CStream* stream) {
     SamplerContent content(host, this);
     content.read(stream, stream->getSize());
     const int firstNew = progs.getCount();
-    CUndo* step = host->undoStart("Open", this, updateProgram);
+    CUndo* step = host->undoStart("Open", this, {.comp = CompNotice::program});
     const bool any = !content.progs.empty();
     recordAll(step, content.clips, clips);
     recordAll(step, content.progs, progs);

@@ -59,8 +59,9 @@ private:
 
     bool unread() { return fail("Could not read file ", path); }
     CUndo* begin() {
-        return host->undoStart("Import " + extractFileName(path), seq,
-                               updateTracks | updateParts | undoSongChanged | undoGraph);
+        return host->undoStart(
+            "Import " + extractFileName(path), seq,
+            {.graph = true, .song = true, .seq = SeqNotice::tracks | SeqNotice::parts});
     }
     CTrack* track(int kind) const;
     CSampler* sampler() const;

@@ -84,7 +84,10 @@ CPart* dropClip(CSeq* seq, CSongTrack* onto, int tick, const CStr& path) {
     if (!clip.read(&stream)) return nullptr;
     CQV* host = seq->host;
     CUndo* step = host->undoStart("Drop " + extractFileName(path), seq,
-                                  updateTracks | updateParts | undoSongChanged | undoUpdateWide);
+                                  {.graph = true,
+                                   .song = true,
+                                   .host = HostNotice::pool,
+                                   .seq = SeqNotice::tracks | SeqNotice::parts});
     CPart* part = dropClip(clip, seq, onto, tick, step);
     host->undoEnd(step, true);
     host->updatePeaks();

@@ -37,7 +37,7 @@ public:
 
     /// Null, as `dropClip` gives it.
     CPart* put(ClipContent& clip) {
-        CUndo* step = host.undoStart("", seq, undoSongChanged);
+        CUndo* step = host.undoStart("", seq, {.song = true});
         CPart* part = dropClip(clip, seq, nullptr, 0, step);
         host.undoEnd(step, true);
         return part;
@@ -61,7 +61,7 @@ public:
         const GraphHold hold(&host);
         host.renderMode = 1;
         seedRand(previewSeed);
-        host.update(updateDelays);
+        host.hostNotices.raise(HostNotice::delays);
         host.setPos(0.0);
         host.start();
         for (int at = 0; at < frames; at += blockFrames)

@@ -101,7 +101,8 @@ int countKitSounds(const CStr& path) {
 
 void loadPreset(CSeq* seq, CLayer* layer, CTrack* track, const CStr& path) {
     if (!layer || layer != track->drumLayer() || getFiletype(path) == filetypeSampler) return;
-    CUndo* step = seq->host->undoStart("Replace", seq, updateTracks | updateParts);
+    CUndo* step =
+        seq->host->undoStart("Replace", seq, {.seq = SeqNotice::tracks | SeqNotice::parts});
     addSounds(seq, track, path, step);
     if (!step->items.empty()) removeOld(layer, track, step);
     seq->host->undoEnd(step, true);

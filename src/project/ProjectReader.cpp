@@ -28,7 +28,6 @@
 
 namespace {
 
-constexpr unsigned updateLoaded = 0x308000; ///< delays, maps and pages are others
 constexpr int magicBytes = 3;
 /// What objects may take: so much whatever the file is, and so much for each of its bytes. A
 /// program of an instrument with its sounds needs 14.
@@ -378,7 +377,8 @@ LoadResult readProject(const Project& project, CStream* stream) {
         return LoadResult::abandoned;
     }
     reading.finish();
-    host->update(updateLoaded);
+    host->hostNotices.raise(HostNotice::delays | HostNotice::pages);
+    host->notices.raise(CompNotice::maps);
     return LoadResult::good;
 }
 

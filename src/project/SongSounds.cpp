@@ -159,7 +159,7 @@ MidiSongResult openMidiSong(CSeq* seq, const CStr& path, CSongTrack* onto, int t
     CQV* host = seq->host;
     CSeqProg* prog = seq->getProg();
     const bool begins = !hasContent(prog);
-    CUndo* step = host->undoStart("Import", seq, undoSongChanged | undoGraph);
+    CUndo* step = host->undoStart("Import", seq, {.graph = true, .song = true});
     const MidiSongResult result =
         resultOf(openMIDIFile(seq, onto, path, step, tick, MidiTracks::byChannel));
     const std::vector<CSampler*> instruments = giveSounds(seq, step);

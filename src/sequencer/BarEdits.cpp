@@ -116,7 +116,7 @@ private:
 void edit(CSeq* seq, const char* title, void (BarEdit::*run)()) {
     CSeqProg* prog = seq->getProg();
     if (!prog || prog->leftLocator >= prog->rightLocator) return;
-    CUndo* undo = seq->host->undoStart(title, seq, updateParts | undoSongChanged);
+    CUndo* undo = seq->host->undoStart(title, seq, {.song = true, .seq = SeqNotice::parts});
     {
         BarEdit bars(seq, undo);
         (bars.*run)();

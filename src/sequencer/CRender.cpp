@@ -66,7 +66,7 @@ private:
     }
     /// A track that is frozen plays its events in a render, so it has another latency there.
     void workOutLatency() {
-        host->update(updateDelays);
+        host->hostNotices.raise(HostNotice::delays);
         settle();
     }
     /// One block, in which a stop is served and what still sounds is silenced.

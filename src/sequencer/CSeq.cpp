@@ -25,7 +25,6 @@
 
 namespace {
 
-constexpr int songChanged = 32; ///< code of `doUpdate`
 const char* const settingsSection = "sequencer";
 
 /// The questions of `getSync`.
@@ -110,7 +109,7 @@ void CSeq::idle() {
 }
 
 void CSeq::doUpdate(int code) {
-    if (code != songChanged) return;
+    if (code != updateSong) return;
     const auto order = [this](CList& parts, PartBefore isBefore) {
         if (inOrder(parts, isBefore, this)) return;
         const GraphHold hold(host);
@@ -123,7 +122,7 @@ void CSeq::doUpdate(int code) {
     }
     updateGhostCount();
     tempoChanged();
-    update(updateParts);
+    songNotices.raise(SeqNotice::parts);
 }
 
 bool CSeq::takesWhole(const CUndoItem* item) {
@@ -133,7 +132,7 @@ bool CSeq::takesWhole(const CUndoItem* item) {
 }
 
 void CSeq::planStep(UndoPlan& plan, CUndo* step) {
-    if (step->flagBits & undoSongChanged) orderPlan(plan, step);
+    if (step->effects.song) orderPlan(plan, step);
     stepMarks.collect(this, plan, step);
 }
 

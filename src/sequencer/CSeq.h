@@ -31,12 +31,6 @@ enum SplitMode : int {
     splitCutOut = 4,    ///< the gap is cut out of the part, and the right side closes up
 };
 
-/// Notifications of the sequencer to its views.
-constexpr unsigned updateTracks = 16;
-constexpr unsigned updateParts = 128;
-constexpr unsigned updatePosition = 16384;
-constexpr unsigned updateSongTransport = 0x20000; ///< locators, loop, play state
-
 /// With it on, and the arranger, note-ons at the MIDI input choose markers and reach no track.
 extern Shared<int> useMarkersMIDINoteTrigger;
 
@@ -70,6 +64,7 @@ public:
     CList masterParts;           ///< of CPart, owned: what ghosts share
     CList drumClips;             ///< of CSampleClip, owned: what the drums of all tracks play
     SongOptions options;
+    Notices<SeqNotice> songNotices;    ///< to the views
     CList selectedTracks;              ///< of CSongTrack: selected in the arrangement
     CList copies;                      ///< of CPart, owned: the clipboard
     std::vector<int> copyTracks;       ///< of each of `copies`: index of the track it came from
@@ -132,6 +127,7 @@ public:
     /// 32: the song's content changed: parts and points are put in order, ghosts counted. Interface
     /// thread.
     void doUpdate(int code) override;
+    void raiseSong(NoticeSet<SeqNotice> set) override { songNotices.raise(set); }
     /// 1 the position, 2 the loop switch, 3 and 4 the loop section; else `sync`.
     double getSync(int question) override;
     void setLoop(int on) override;

@@ -83,7 +83,7 @@ void CSeqProg::setMarkerNow(CMarkerPart* marker) {
         playingMarker = marker;
     }
     activeMarker = marker;
-    seq->update(updateSongTransport);
+    seq->songNotices.raise(SeqNotice::transport);
 }
 
 void CSeqProg::priorMarker() {

@@ -54,7 +54,7 @@ void CStepRec::idle(CSeq* seq) {
 }
 
 void CStepRec::writeChord(CSeq* seq, CSongTrack* on) {
-    CUndo* step = seq->host->undoStart("Record", seq, updateParts);
+    CUndo* step = seq->host->undoStart("Record", seq, {.seq = SeqNotice::parts});
     CPart* content = part->content();
     CPart* edited = content->copy();
     const int len = seq->gridTicks();

@@ -186,7 +186,7 @@ RenderResult Freeze::run(RenderUi* ui) {
         return RenderResult::nothing;
     if (result == RenderResult::good) result = renderItems(ui);
     if (result != RenderResult::good) return result;
-    CUndo* step = host->undoStart(freezeTitle, seq, undoGraph);
+    CUndo* step = host->undoStart(freezeTitle, seq, {.graph = true});
     record(step);
     host->undoEnd(step, true);
     return result;
@@ -194,7 +194,7 @@ RenderResult Freeze::run(RenderUi* ui) {
 
 /// Puts a rendered file on a new track.
 void addBounced(CSeq* seq, std::unique_ptr<CSample> file, const RenderSpan& span) {
-    CUndo* step = seq->host->undoStart(bounceTitle, seq, undoSongChanged | undoGraph);
+    CUndo* step = seq->host->undoStart(bounceTitle, seq, {.graph = true, .song = true});
     CSongTrack* songTrack = seq->addTrack(trackAudio, seq->getProg(), step);
     auto* part = new CAudioPart;
     part->id = changeFileExt(extractFileName(file->filename), "");

@@ -22,9 +22,9 @@ enum class MidiTracks {
 /// Imports a standard MIDI file into the current program, at tick `position` (0 or more) of the
 /// timeline. The first track with content goes to `target`, when it is given and has no parts;
 /// others get new tracks, as many as the song has room for: what lies beyond joins the part of the
-/// last one. Of several tracks, and by channel always, each takes the channel of its events, or none
-/// when they are on several and nothing tells it. Everything is recorded in `undo`, which has the
-/// flag `undoSongChanged`; the caller ends the step.
+/// last one. Of several tracks, and by channel always, each takes the channel of its events, or
+/// none when they are on several and nothing tells it. Everything is recorded in `undo`, which has
+/// the effect `song`; the caller ends the step.
 ///
 /// Shows "Not a MIDI file " with the id that was found, or "Invalid file format (3)".
 MidiImport openMIDIFile(CSeq* seq, CSongTrack* target, const CStr& name, CUndo* undo, int position,

@@ -14,7 +14,7 @@ namespace {
 template <class F>
 void eachSelected(CSeq* seq, const char* title, F&& edit, PartChange* change = nullptr) {
     if (!seq->getProg()) return;
-    CUndo* undo = seq->host->undoStart(title, seq, updateParts | undoSongChanged);
+    CUndo* undo = seq->host->undoStart(title, seq, {.song = true, .seq = SeqNotice::parts});
     for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks))
         for (CPart* part : selectedParts(songTrack)) edit(songTrack, part, undo);
     if (change) change->record(undo);
@@ -90,7 +90,7 @@ void unghostParts(CSeq* seq) {
 
 void CSeq::crossfadeClicked(CObject*) {
     if (!getProg()) return;
-    CUndo* undo = host->undoStart("Crossfade", this, updateParts);
+    CUndo* undo = host->undoStart("Crossfade", this, {.seq = SeqNotice::parts});
     std::vector<CPart*> parts = twoAudioParts(this);
     if (parts.size() == 2 && parts[1]->pos < parts[0]->pos) std::swap(parts[0], parts[1]);
     const int64_t overlap =

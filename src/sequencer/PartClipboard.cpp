@@ -185,7 +185,7 @@ void cutParts(CSeq* seq) {
 
 void pasteParts(CSeq* seq) {
     if (!seq->getProg() || seq->copies.empty()) return;
-    CUndo* undo = seq->host->undoStart("Paste", seq, updateParts | undoSongChanged);
+    CUndo* undo = seq->host->undoStart("Paste", seq, {.song = true, .seq = SeqNotice::parts});
     const int tick = asInt(seq->getPos());
     if (!pasteIntoEdited(seq, undo, tick)) Paste(seq, undo).run(tick);
     seq->host->undoEnd(undo, false);

@@ -89,7 +89,7 @@ void mergeEvents(CSeq* seq, CPart* to, CPart* from, int offset) {
 
 void glueParts(CSeq* seq) {
     if (!seq->getProg()) return;
-    CUndo* undo = seq->host->undoStart("Glue", seq, updateParts | undoSongChanged);
+    CUndo* undo = seq->host->undoStart("Glue", seq, {.song = true, .seq = SeqNotice::parts});
     PartChange change;
     for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks)) {
         const std::vector<CPart*> parts = selectedParts(songTrack);

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr unsigned splitFlags = 4224 | undoSongChanged;
+constexpr StepEffects splitEffects{.song = true, .seq = SeqNotice::parts | SeqNotice::cuts};
 
 // Clips.
 
@@ -228,7 +228,7 @@ bool CSeq::splitPart(CSongTrack* songTrack, CPart* part, int at, int gap, int mo
 
 void CSeq::splitAtCursorClicked(CObject*) {
     if (!getProg()) return;
-    CUndo* undo = host->undoStart("Split", this, splitFlags);
+    CUndo* undo = host->undoStart("Split", this, splitEffects);
     const int tick = asInt(getPos());
     if (CPart* part = getEditPart()) {
         splitEventsInPart(this, part, saturate(int64_t(tick) - part->pos - part->offset), undo);

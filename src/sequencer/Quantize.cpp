@@ -27,7 +27,7 @@ bool quantize(CUndo* undo, CPart* part, int grid, bool selectedOnly) {
 
 void quantizeParts(CSeq* seq) {
     if (!seq->getProg()) return;
-    CUndo* undo = seq->host->undoStart("Quantize", seq, updateParts);
+    CUndo* undo = seq->host->undoStart("Quantize", seq, {.seq = SeqNotice::parts});
     const CPart* edited = seq->getEditPart();
     std::unordered_set<const CPart*> done;
     for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks))

@@ -38,28 +38,14 @@ ParamPlace placeOf(CObject* object) {
     return place;
 }
 
-bool fedByChannel(const CComp* c, const COutputChannel* channel) {
-    for (const auto* cable : each<CAudioCable>(c->audioCables))
-        if (cable->fromChannel == channel) return true;
-    return false;
-}
-
-bool fedByPort(const CComp* c, const CMIDIQ* port) {
-    for (const auto* cable : each<CMIDICable>(c->midiCables))
-        if (cable->fromPort == port) return true;
-    return false;
-}
-
 CTrack* trackOf(const CSeq* seq, const ParamPlace& place) {
     if (!place.comp) return nullptr;
     for (auto* track : each<CTrack>(seq->tracks)) {
         const COutputChannel* out = track->output();
-        if (out && (out == place.channel || fedByChannel(place.comp, out))) return track;
+        if (out && (out == place.channel || fedBy(place.comp, out))) return track;
     }
-    for (auto* track : each<CTrack>(seq->tracks)) {
-        const CMIDIQ* port = track->outPort();
-        if (port && track->armed && fedByPort(place.comp, port)) return track;
-    }
+    for (auto* track : each<CTrack>(seq->tracks))
+        if (track->armed && fedBy(place.comp, track->outPort())) return track;
     return nullptr;
 }
 
@@ -150,7 +136,7 @@ CSubTrack* TrackTake::laneOf(const Param& p, CUndo* step) {
         on->subTracks.move(staging.get(), lane, -1);
         on->seq->lanesChanged(on);
     });
-    seq()->update(updateTracks);
+    seq()->songNotices.raise(SeqNotice::tracks);
     return lane;
 }
 
@@ -181,5 +167,5 @@ void TrackTake::recordAutomation(int tick, CSubTrack* lane, float value, CUndo* 
     write->cutFrom = punch - origin;
     write->cutTo = end;
     seq()->edits.add([on = track->recSongTrack.load(), write] { addLivePoint(on, *write); });
-    seq()->update(updateParts);
+    seq()->songNotices.raise(SeqNotice::parts);
 }

@@ -14,9 +14,6 @@
 
 namespace {
 
-constexpr unsigned updateNoFolder = 256;
-constexpr unsigned takeFlags = 0x402000; ///< a take changes parts and the pool
-
 bool hasSelectedLane(const CTrack* track) {
     for (const auto* lane : each<CSubTrack>(track->subTracks))
         if (lane->hasFlag(laneSelected)) return true;
@@ -98,7 +95,7 @@ void CSeq::beginTake() {
     for (auto* track : each<CTrack>(tracks))
         if (track->armed) track->take.begin();
     beginFiles();
-    update(updateParts);
+    songNotices.raise(SeqNotice::parts);
 }
 
 void CSeq::beginFiles() {
@@ -110,13 +107,13 @@ void CSeq::beginFiles() {
     const CStr folder = host->newSampleFolder(&temporary);
     if (recThread.setFolder(folder, temporary)) return recThread.record(audio);
     for (CTrack* track : audio) track->armed = 0;
-    update(updateNoFolder);
+    songNotices.raise(SeqNotice::noFolder);
     warnOnce("Project must be saved before you can record audio");
 }
 
 /// Ends the take: the graph lets go of the tracks first, then everything that is left is placed.
 void CSeq::closeTake() {
-    CUndo* step = host->recUndo ? host->recUndo : host->undoStart("Record", host, takeFlags);
+    CUndo* step = host->recUndo ? host->recUndo : host->startTakeStep();
     edits.add([this] {
         stopTake();
         for (auto* track : each<CTrack>(tracks)) {
@@ -134,7 +131,7 @@ void CSeq::closeTake() {
     noticeLoss();
     recThread.forget();
     edits.settle();
-    update(updateParts);
+    songNotices.raise(SeqNotice::parts);
     recReady.storeRelease(1);
     if (step != host->recUndo) host->undoEnd(step, false);
 }
@@ -183,7 +180,7 @@ void CSeq::stepRecClicked(CObject*) {
     const bool usable = part && (part->type == partMIDI || part->type == partDrum);
     stepRec.setPart(usable ? part : nullptr, usable ? partToSongTrack(part) : nullptr);
     if (usable) track->recQueue->clear();
-    update(updateParts);
+    songNotices.raise(SeqNotice::parts);
 }
 
 void CTrack::readyForTake() {

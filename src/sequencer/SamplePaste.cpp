@@ -95,6 +95,6 @@ bool pasteFrames(CSeq* seq, CUndo* undo, CPart* source, CPart* target, int tick)
     }
     undo->asAdd(file.release(), &seq->host->samples);
     swapUndoPart(undo, content, edited);
-    undo->flagBits |= undoUpdateWide;
+    undo->effects.host = undo->effects.host | HostNotice::pool;
     return true;
 }

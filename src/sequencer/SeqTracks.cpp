@@ -116,7 +116,7 @@ CSongTrack* CSeq::addTrack(int kind, CSeqProg* prog, CUndo* undo, int index) {
     addLanes(made.track);
     if (undo) return linkTrack(made, prog, undo, index);
     GraphHold hold(host);
-    host->update(updateDelays);
+    host->hostNotices.raise(HostNotice::delays);
     return linkTrack(made, prog, nullptr, index);
 }
 

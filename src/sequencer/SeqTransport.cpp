@@ -82,7 +82,7 @@ void followHostLoop(CSeqProg* prog) {
     if (prog->leftLocator == from && prog->rightLocator == to) return;
     prog->leftLocator = from;
     prog->rightLocator = to;
-    seq->update(updateSongTransport);
+    seq->songNotices.raise(SeqNotice::transport);
 }
 
 /// Whether a track records what is played, heard or not.
@@ -193,7 +193,7 @@ void setLocators(CSeqProg* prog, const CMarkerPart* section) {
     if (prog->leftLocator == section->pos && prog->rightLocator == section->endTick()) return;
     prog->leftLocator = section->pos;
     prog->rightLocator = section->endTick();
-    prog->seq->update(updateSongTransport);
+    prog->seq->songNotices.raise(SeqNotice::transport);
 }
 
 /// Goes on to the section that was chosen; true when the running one is to repeat.
@@ -309,7 +309,7 @@ void CSeqProg::play() {
         jumpTo(this, host->pos);
         leftLocator = host->loopStart.load();
         rightLocator = host->loopEnd.load();
-        seq->update(updateSongTransport);
+        seq->songNotices.raise(SeqNotice::transport);
     }
     loopCount = 0;
     CMarkerPart* section = playingMarker;
@@ -350,7 +350,7 @@ void CSeq::start() {
     playing = 1;
     if (CSeqProg* prog = getProg()) prog->play();
     followTempo(host->frames);
-    update(updateSongTransport);
+    songNotices.raise(SeqNotice::transport);
 }
 
 void CSeq::stop() {
@@ -361,7 +361,7 @@ void CSeq::stop() {
         playing = 0;
     }
     stopTake();
-    update(updateSongTransport);
+    songNotices.raise(SeqNotice::transport);
 }
 
 /// What is played from here on does not belong to the take any more.
@@ -380,7 +380,7 @@ void CSeq::setPos(double ticks) {
     if (prog->playing)
         prog->requests.ask(requestSetup);
     else
-        update(updatePosition);
+        songNotices.raise(SeqNotice::position);
 }
 
 void CSeq::prepare(int frames) {

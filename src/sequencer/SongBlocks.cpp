@@ -70,7 +70,7 @@ bool insideItself(const CTrack* track) {
 
 void CSeq::read(CStream* stream, int end) {
     SongReading(this, stream, end).read();
-    update(updateTracks);
+    songNotices.raise(SeqNotice::tracks);
 }
 
 void CSeq::write(CStream* stream) {

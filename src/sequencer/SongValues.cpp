@@ -58,7 +58,7 @@ const StoredValue::Kind locators = {
     [](CObject* o, int, const Numbers& to) {
         program(o)->leftLocator = limitTicks(asInt64(to[0]));
         program(o)->rightLocator = limitTicks(asInt64(to[1]));
-        program(o)->seq->update(updateSongTransport);
+        program(o)->seq->songNotices.raise(SeqNotice::transport);
     }};
 
 const StoredValue::Kind current = {
@@ -74,7 +74,7 @@ const StoredValue::Kind signature = {
     [](CObject* o, int, const Numbers& to) {
         song(o)->options.bytes[SongOptions::timeSigNum] = limitedByte(to[0], 0, mostSignature);
         song(o)->options.bytes[SongOptions::timeSigDen] = limitedByte(to[1], 0, mostSignature);
-        song(o)->update(updateTracks);
+        song(o)->songNotices.raise(SeqNotice::tracks);
     }};
 
 const StoredValue::Kind pointSignature = {
@@ -85,7 +85,7 @@ const StoredValue::Kind pointSignature = {
     },
     [](CObject* o, int, const Numbers& to) {
         static_cast<CTimesigPart*>(o)->setTimesig(asInt(to[0]), asInt(to[1]));
-        if (CComp* seq = qv->firstOfType(compSeq)) song(seq)->update(updateTracks);
+        if (CComp* seq = qv->firstOfType(compSeq)) song(seq)->songNotices.raise(SeqNotice::tracks);
     }};
 
 const StoredValue::Kind grid = {"Grid",
@@ -122,7 +122,7 @@ const StoredValue::Kind option = {
     "Option", [](const CObject* o, int i) { return Numbers{double(song(o)->options.bytes[i])}; },
     [](CObject* o, int i, const Numbers& to) {
         song(o)->options.bytes[i] = limitedByte(to[0], 0, mostByte);
-        song(o)->update(updateTracks);
+        song(o)->songNotices.raise(SeqNotice::tracks);
     }};
 
 } // namespace

@@ -23,7 +23,7 @@ void linkInstrument(CComp* instrument, CTrack* track, CUndo* undo) {
     host->comps.add(instrument);
     if (midi) instrument->midiCables.add(midi);
     if (audio) out->audioCables.add(audio);
-    host->update(updateDelays);
+    host->hostNotices.raise(HostNotice::delays);
 }
 
 CComp* addTrackInstrument(CSeq* seq, CTrack* track, CUndo* undo) {

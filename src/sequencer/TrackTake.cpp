@@ -87,7 +87,7 @@ void TrackTake::link(CPart* part, CUndo* step) {
         on->prog->seq->orderParts(&on->parts, nullptr, false);
         on->index.takeRoom(*room);
     });
-    seq()->update(updateParts);
+    seq()->songNotices.raise(SeqNotice::parts);
 }
 
 /// Before the first change of a part that was there: the step keeps a copy, to swap it in.
@@ -189,7 +189,7 @@ void TrackTake::addToPart(int tick, CBaseEvent* event) {
     seq()->edits.add([on = track->recSongTrack.load(), part, tick, event] {
         addLiveEvent(on, part, tick, event);
     });
-    seq()->update(updateParts);
+    seq()->songNotices.raise(SeqNotice::parts);
 }
 
 void TrackTake::showRow(int note) {
@@ -228,7 +228,7 @@ void TrackTake::growAudio(int frames) {
         if (CBaseEvent* event = part->getEvents())
             static_cast<CAudioEvent*>(event)->end = frames - 1;
     });
-    seq()->update(updateParts);
+    seq()->songNotices.raise(SeqNotice::parts);
 }
 
 void TrackTake::closeAudio(CUndo* step, RecFile* file) {

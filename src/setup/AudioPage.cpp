@@ -22,7 +22,6 @@ namespace {
 constexpr const char *section = "audio", *noAudio = "<No audio>";
 constexpr int listWidth = 280, numberWidth = 104, factsWidth = 480;
 constexpr int maxLatency = 96000; // frames
-constexpr unsigned updateDevice = 8;
 constexpr int blockSizes[] = {64, 128, 256, 512, 1024, 2048, 4096};
 constexpr int sampleRates[] = {22050, 44100, 48000, 96000, 192000};
 constexpr int bitWidths[] = {16, 24, 32};
@@ -90,7 +89,8 @@ bool AudioPage::advanced() {
 
 void AudioPage::advancedClicked(CObject* sender) {
     write("options", "advanced-audio", static_cast<CCheckbox*>(sender)->checked);
-    qv->update(updateDevice); // the page is made anew when no handler of its own is running
+    qv->hostNotices.raise(
+        HostNotice::devices); // the page is made anew when no handler of its own is running
 }
 
 CStr AudioPage::streamFacts() const {
@@ -142,7 +142,7 @@ void AudioPage::saveAudioOptions() {
 /// Another device is open, or none: what the page shows has changed.
 void AudioPage::reopened() {
     saveAudioOptions();
-    qv->update(updateDevice);
+    qv->hostNotices.raise(HostNotice::devices);
 }
 
 void AudioPage::driverChanged(CObject*) {

@@ -67,7 +67,10 @@ CSetupWin::CSetupWin(Workspace& space)
     : CDialogWin(space.mainWindow(), "Setup", contentWidth, contentHeight), workspace(space),
       host(space.host()),
       tab(asMinMax(iniReadInt(section, pageKey, defaultTab), 0, tabCount() - 1)),
-      tabs(new CCtrl(this, "tabs", 0, 0, tabsWidth, clientGroup->height)) {
+      tabs(new CCtrl(this, "tabs", 0, 0, tabsWidth, clientGroup->height)),
+      devices(space.notices().on({.host = HostNotice::devices}, [this] {
+          if (visible) tabChanged();
+      })) {
     buttons->visible = false;
     tabs->tabStop = true;
     tabs->hooverable = true;

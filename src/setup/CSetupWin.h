@@ -1,10 +1,11 @@
 #pragma once
 
 #include "gui/dialogs/CDialogWin.h"
+#include "ui/NoticeRouter.h"
 
-class Workspace;
 class CQV;
 class CScrollPanel;
+class Workspace;
 
 /// "Setup", the one window for all settings: a column of tabs, and beside it the page of the chosen
 /// one, which is made anew with each change of the tab. Every change is in force and in the
@@ -49,4 +50,5 @@ private:
     CGroup* page = nullptr;         ///< null until the window is opened
     CScrollPanel* scroll = nullptr; ///< the page, where it has to be scrolled
     int hoverTab = -1;              ///< under the pointer, -1 none
+    const NoticeLink devices;
 };

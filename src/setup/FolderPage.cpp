@@ -11,7 +11,6 @@
 namespace {
 
 constexpr int listHeight = 66; // four lines
-constexpr unsigned updateFolders = 0x100;
 
 } // namespace
 
@@ -61,6 +60,11 @@ void FolderPage::folderChosen(CObject* sender) {
     static_cast<CButton*>(list->data)->setEnabled(list->row(list->index) != nullptr);
 }
 
+void FolderPage::tell(const CListbox* list) {
+    qv->changedFolders = list->tag;
+    qv->hostNotices.raise(HostNotice::folders);
+}
+
 void FolderPage::addFolder(CObject* sender) {
     auto* list = static_cast<CListbox*>(static_cast<CButton*>(sender)->data);
     const CListRow* chosen = list->row(list->index);
@@ -69,7 +73,7 @@ void FolderPage::addFolder(CObject* sender) {
     if (!dialog.result) return;
     addIniFolder(qv, modeToSection(list->tag), dialog.path);
     fill(list);
-    qv->update(updateFolders, list->tag);
+    tell(list);
 }
 
 void FolderPage::delFolder(CObject* sender) {
@@ -81,5 +85,5 @@ void FolderPage::delFolder(CObject* sender) {
     fill(list);
     list->setIndex(at);
     folderChosen(list);
-    qv->update(updateFolders, list->tag);
+    tell(list);
 }

@@ -15,4 +15,5 @@ private:
     void folderChosen(CObject* sender);
     void addFolder(CObject* sender);
     void delFolder(CObject* sender);
+    void tell(const CListbox* list); ///< that its folders have changed
 };

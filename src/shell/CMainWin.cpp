@@ -80,15 +80,16 @@ void CMainWin::init() {
     const int w = clientGroup->width, h = clientGroup->height;
     bar = new Toolbar(this, qv, w);
     addControl(bar);
-    status = new StatusLine(this, h - StatusLine::lineHeight, w);
+    status = new StatusLine(this, qv, h - StatusLine::lineHeight, w);
     addControl(status);
     const int below = Toolbar::barHeight;
-    song = new SongView(this, qv, below, w, h - below - StatusLine::lineHeight);
+    song = new SongView(*this, below, w, h - below - StatusLine::lineHeight);
     song->setAlign(alignWidth | alignHeight, 0, StatusLine::lineHeight);
     wire(song->onDrop, static_cast<COnMouse*>(new _COnMouse<CMainWin>(this, &CMainWin::songDrop)));
     wire(song->onHeadMenu, new _COnChange<CMainWin>(this, &CMainWin::headMenu));
     addControl(song);
     pages = std::make_unique<Pages>(this, qv, song, below, int(StatusLine::lineHeight));
+    followNotices();
     idle();
     redraw();
 }
@@ -97,6 +98,23 @@ void CMainWin::onTimer() {
     if (!flows->loading()) qv->idle();
     if (!pumping) flows->tick();
     if (!flows->loading()) rooms->imports.serve();
+}
+
+void CMainWin::followNotices() {
+    links = {router.on({.host = HostNotice::graph}, [this] { resized(); }),
+             router.on({.host = HostNotice::devices}, [this] { status->devicesChanged(); }),
+             router.on({.host = HostNotice::pages}, [this] { updateDocker(); }),
+             router.on({.host = HostNotice::transport}, [this] { redraw(); })};
+}
+
+void CMainWin::idle() {
+    if (!song || flows->loading()) return;
+    router.serve();
+    setCaptionText();
+    bar->refresh();
+    song->refresh();
+    mainMenu->refresh();
+    status->refresh();
 }
 
 void CMainWin::hide() {
@@ -242,9 +260,8 @@ CStr CMainWin::dialogFolder() const {
 }
 
 void CMainWin::projectChanged() {
-    constexpr unsigned pageBits = 0x408001;
     if (!qv->projectFile.empty()) qv->updatePeaks();
-    qv->update(pageBits);
+    qv->hostNotices.raise(HostNotice::graph | HostNotice::pages | HostNotice::pool);
     setCaptionText();
     if (rooms->setup) rooms->setup->projectChanged();
     resized();
@@ -296,10 +313,6 @@ void CMainWin::openEditor(CComp* edited) {
 
 void CMainWin::dropEditor(const CComp* edited) {
     std::erase_if(made, [edited](const auto& editor) { return editor->comp == edited; });
-}
-
-void CMainWin::updateEditors(unsigned bits) {
-    for (auto* editor : each<CCompEditor>(editors)) editor->comp->update(bits);
 }
 
 // The place of the window.

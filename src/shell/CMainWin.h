@@ -2,6 +2,7 @@
 
 #include "ui/CCompEditor.h"
 #include "ui/Commands.h"
+#include "ui/NoticeRouter.h"
 #include "ui/Options.h"
 #include "ui/Skins.h"
 #include "ui/Workspace.h"
@@ -23,11 +24,12 @@ struct CEditorStruct;
 
 /// What stands before the window is made, and before its rooms are.
 struct ProgramTables {
-    explicit ProgramTables(CQV* host) : qv(host), choices(host) {}
+    explicit ProgramTables(CQV* host) : qv(host), choices(host), router(host) {}
 
     CQV* const qv;
     Commands table;
     Options choices;
+    NoticeRouter router;
 };
 
 /// The one top-level window of the program, the editor of the host, and the interface's link to it:
@@ -70,6 +72,7 @@ public:
     CWin* mainWindow() override { return this; }
     Commands& commands() override { return table; }
     Options& options() override { return choices; }
+    NoticeRouter& notices() override { return router; }
     void setStatus(const CStr& text, bool atOnce = false) override;
     CStr dialogFolder() const override;
     bool hasEditor(const CComp* edited) const override;
@@ -91,9 +94,6 @@ public:
     void readPlace(CEditorStruct& place);
     void moveTo(const CEditorStruct& place);
 
-    /// Calls `update(bits)` on the component of each open editor, whose idle serves it.
-    void updateEditors(unsigned bits);
-
 private:
     void appHint(CObject* sender);
     void mainDrop(CObject* sender);
@@ -102,25 +102,9 @@ private:
     bool takesDrop();
     bool arrowKey(int key, int mods);
     void writeSettings();
-    void serveUpdates();
-    void serveSong();
-    void graphChanged();
-    void peaksChanged();
-    void devicesChanged();
-    void flatsChanged();
     void setCaptionText(); ///< nothing while it tells the project already
-    void showDevice();
-    CStr deviceText() const;
+    void followNotices();
 
-    /// What the status line tells of the device; -1 none.
-    struct DeviceState {
-        int device = -1, frames = 0;
-        float rate = 0.0f;
-        bool operator==(const DeviceState&) const = default;
-    };
-
-    static constexpr DeviceState nothingTold{-2, 0, 0.0f};
-    DeviceState shownDevice = nothingTold;
     CStr captionFile; ///< the project that the caption tells
     bool captionModified = false;
     const ThemeLink theme;
@@ -130,5 +114,6 @@ private:
     SongView* song = nullptr;
     StatusLine* status = nullptr;
     bool hintShown = false; ///< what the status line tells is a hint, which goes with the pointer
+    std::vector<NoticeLink> links;
     std::vector<std::unique_ptr<CCompEditor>> made; ///< by the table of editors
 };

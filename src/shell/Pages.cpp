@@ -16,7 +16,6 @@
 
 namespace {
 
-constexpr unsigned updatePages = 0x8000;
 constexpr int newPage = -1, unDock = -2;        ///< of `dockWin`
 constexpr int leastSide = 64, mostSide = 16384; ///< of a place from a file
 constexpr const char* firstName = "Overview";
@@ -117,9 +116,8 @@ void Pages::dockWin(CCompEditor* editor, int where, bool maximize, CUndo* undo) 
                                         : where > 0 && where < count && where != from;
     if (!acts) return;
     store(editor);
-    CUndo* step =
-        undo ? undo : qv->undoStart(where == unDock ? "Un-dock" : "Dock", qv, updatePages);
-    step->flagBits |= updatePages;
+    CUndo* step = undo ? undo : qv->undoStart(where == unDock ? "Un-dock" : "Dock", qv);
+    step->effects.host = step->effects.host | HostNotice::pages;
     if (!undo) step->viewOnly = true;
     if (where == newPage) step->asAdd(new CDock(docker.get(), editor->id), &docker->docks);
     const int to = where == newPage ? count : where == unDock ? -1 : where;

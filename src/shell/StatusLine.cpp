@@ -1,16 +1,24 @@
 #include "shell/StatusLine.h"
 
+#include "base/CIniFile.h"
+#include "engine/CAAM.h"
+#include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
+#include "ui/DeviceSettings.h"
+
+#include <cstdio>
 
 namespace {
 
 constexpr int margin = 8;
+constexpr const char* silentDevice = "Silent clock"; ///< of the driver, for machines without sound
 
-}
+} // namespace
 
-StatusLine::StatusLine(CWin* owner, int t, int w) : CCtrl(owner, "status", 0, t, w, lineHeight) {
+StatusLine::StatusLine(CWin* owner, CQV* host, int t, int w)
+    : CCtrl(owner, "status", 0, t, w, lineHeight), qv(host) {
     setAlign(alignWidth | alignBottom, 0, 0);
 }
 
@@ -30,9 +38,31 @@ void StatusLine::setText(const CStr& newText) {
     redraw();
 }
 
-void StatusLine::setDevice(const CStr& newText, bool warns) {
-    if (newText == device && warns == warning) return;
-    warning = warns;
-    device = newText;
+void StatusLine::devicesChanged() {
+    shown = nothingTold;
+}
+
+void StatusLine::refresh() {
+    CAAM* bridge = qv->aam;
+    DeviceState now;
+    if (bridge && bridge->opened) now = {bridge->device, bridge->frames, bridge->rate};
+    if (now == shown) return;
+    shown = now;
+    warning = !bridge || !bridge->opened || bridge->audioName(bridge->device) == silentDevice;
+    device = deviceText();
     redraw();
+}
+
+CStr StatusLine::deviceText() const {
+    if (!qv->aam || !qv->aam->opened) {
+        CIniFile ini(inifile);
+        const CStr missing = qv->aam ? missingDevice(ini, qv->aam) : CStr();
+        return missing.empty() ? CStr("No audio device") : missing + " is not there";
+    }
+    const CStr name = qv->aam->audioName(qv->aam->device);
+    char line[160];
+    std::snprintf(line, sizeof(line), "%s%s  %g Hz  %d frames", name.asChar(),
+                  name == silentDevice ? ": nothing can be heard" : "", double(qv->aam->rate),
+                  qv->aam->frames);
+    return line;
 }

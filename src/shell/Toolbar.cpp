@@ -65,6 +65,7 @@ Toolbar::Toolbar(CMainWin* owner, CQV* host, int w)
     addDisplays(x + gap);
     addMaster();
     readSettings();
+    look = window->notices().on({.host = HostNotice::graph}, [this] { wearSkins(); });
 }
 
 void Toolbar::addRecent(int& x) {
@@ -99,6 +100,11 @@ void Toolbar::wearSkin(const Command& command) {
     if (command.glyph != Glyph::record) return;
     command.button->litSkin = nullptr;
     command.button->litCol = win->app->gui->palette.record;
+}
+
+void Toolbar::wearSkins() {
+    for (const Command& c : commands) wearSkin(c);
+    redraw();
 }
 
 void Toolbar::addDisplays(int x) {
@@ -201,8 +207,6 @@ void Toolbar::refresh() {
         redraw();
     }
     spectrum->refresh();
-    for (const Command& c : commands) {
-        wearSkin(c);
+    for (const Command& c : commands)
         if (c.action) c.button->setLit(c.action->isOn());
-    }
 }

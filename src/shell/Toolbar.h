@@ -2,6 +2,7 @@
 
 #include "gui/CGroup.h"
 #include "ui/Glyphs.h"
+#include "ui/NoticeRouter.h"
 
 #include <vector>
 
@@ -43,6 +44,7 @@ private:
     void addButton(int& left, const char* name, Glyph glyph, const char* hint);
     void addCommand(CButton* button, Glyph glyph, const char* hint, CAction* action);
     void wearSkin(const Command& command);
+    void wearSkins();
     void addRecent(int& left);
     void addDisplays(int left);
     void addMaster();
@@ -63,4 +65,5 @@ private:
     CMeter* master = nullptr;
     CSpectrum* spectrum = nullptr;
     CMonitorVolume* volume = nullptr;
+    NoticeLink look;
 };

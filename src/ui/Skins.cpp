@@ -44,8 +44,7 @@ ThemeLink::~ThemeLink() {
 }
 
 void ThemeLink::onGuiChanged(CObject*) {
-    constexpr unsigned pageBits = 1;
-    qv->update(pageBits);
+    qv->hostNotices.raise(HostNotice::graph);
     app->redrawAll();
 }
 
@@ -80,9 +79,8 @@ void chooseSkin(CApp* app, CQV* host, int look) {
 }
 
 bool openTheme(CApp* app, CQV* host, const CStr& path) {
-    constexpr unsigned setupBit = 8; // its page shows the items of the former look
     if (!app->gui->open(path)) return false;
-    host->update(setupBit);
+    host->hostNotices.raise(HostNotice::devices); // their page shows the items of the former look
     writeChoice(host, lookTheme, path);
     return true;
 }

@@ -6,6 +6,7 @@ class CComp;
 class CQV;
 class CWin;
 class Commands;
+class NoticeRouter;
 class Options;
 
 /// What a window needs of the program that it is part of; the main window fills it in. Interface
@@ -19,6 +20,7 @@ public:
     virtual CWin* mainWindow() = 0; ///< the owner of dialogs
     virtual Commands& commands() = 0;
     virtual Options& options() = 0;
+    virtual NoticeRouter& notices() = 0;
     virtual void setStatus(const CStr& text, bool atOnce = false) = 0;
     virtual CStr dialogFolder() const = 0; ///< where a file dialog begins
 

@@ -130,20 +130,20 @@ TEST(CEffect, IsEditedWhileItPlays) {
     rtReset();
     for (int kind : {fxReverb, fxChorus}) {
         CEffectProg* added = nullptr;
-        f.step([&](CUndo* step) { added = rack->addProg(kind, step); }, 0, rack);
+        f.step([&](CUndo* step) { added = rack->addProg(kind, step); }, {}, rack);
         ASSERT_EQ(rack->getProg(), added);
     }
     for (int place = 0; place < 27; ++place) {
         rack->setProg(place % 3);
         CEffectProg* current = rack->getProg();
         auto* moved = static_cast<CEffectProg*>(rack->progs.items(place / 3 % 3));
-        f.step([&](CUndo* step) { step->asMove(moved, &rack->progs, &rack->progs, place / 9); }, 0,
+        f.step([&](CUndo* step) { step->asMove(moved, &rack->progs, &rack->progs, place / 9); }, {},
                rack);
         ASSERT_EQ(rack->getProg(), current) << place;
         f.undo();
         ASSERT_EQ(rack->getProg(), current) << place << ", taken back";
         if (moved == current) continue;
-        f.step([&](CUndo* step) { step->asRemove(moved, &rack->progs); }, 0, rack);
+        f.step([&](CUndo* step) { step->asRemove(moved, &rack->progs); }, {}, rack);
         ASSERT_EQ(rack->getProg(), current) << place << ", less one";
         f.host->setRate(place % 2 ? 44100 : 48000);
         f.undo();

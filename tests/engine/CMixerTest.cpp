@@ -36,7 +36,7 @@ TEST(CMixer, ReadsWhatItWritesAndSurvivesDamage) {
     for (int cut = 0; cut <= size; ++cut) read(cut);
     ASSERT_EQ(mixer.progs.getCount(), 2);
     EXPECT_TRUE(mixer.mxv == 3 && mixer.getProg(0)->sh == 5 && mixer.getProg(-1)->id == "Drums");
-    EXPECT_TRUE(mixer.updateFlags & updateProgram);
+    EXPECT_TRUE(mixer.notices.raised(CompNotice::program));
     for (int at = 0; at < size; ++at) {
         const unsigned char before = stream.data[at];
         for (const int byte : {0, 1, 0x7F, 0x80, 0xFF}) {

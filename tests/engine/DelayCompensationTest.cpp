@@ -130,13 +130,13 @@ TEST(DelayCompensation, ATrackIsAsLateAsWhatArrivesAtIt) {
 TEST(DelayCompensation, FollowsTheSwitchOfAComponent) {
     StripFixture t;
     CComp* insert = t.addInsert(t.addSignal()->output(), new LateInsert(t.host, 100));
-    t.host->update(updateDelays);
+    t.host->hostNotices.raise(HostNotice::delays);
     for (const int on : {1, 0, 1}) {
         insert->enable(on);
         t.run();
         EXPECT_EQ(t.host->pdcInDelay, on ? 100 : 0);
         insert->enable(on);
-        EXPECT_EQ(t.host->updateFlags & updateDelays, 0u) << "nothing has changed";
+        EXPECT_FALSE(t.host->hostNotices.raised(HostNotice::delays)) << "nothing has changed";
     }
 }
 

@@ -26,7 +26,7 @@ public:
 
     /// One step, left to the next block to be carried out.
     void edit() {
-        CUndo* u = host->undoStart("Edit", host, undoGraph);
+        CUndo* u = host->undoStart("Edit", host, {.graph = true});
         CList* const lists[] = {&host->comps, &host->sends, &anyStrip()->inserts};
         const int kind = below(6);
         if (kind < 3) editList(u, lists[kind]);

@@ -17,6 +17,8 @@ public:
     int recordedParam = 0;
     float recordedValue = 0.0f;
     CComp* child = nullptr; ///< the track that has the channel
+    Notices<SeqNotice> songNotices;
+    int songs = 0; ///< times that its song was told to have changed
 
     explicit SeqStub(CQV* root) : CComp(root) {
         type = compSeq;
@@ -36,6 +38,8 @@ public:
     double getPos() override { return at; }
     void afterRec() override { note(host->recUndo ? "afterRec within its step" : "afterRec"); }
     void idle() override { ++idles; }
+    void doUpdate(int code) override { songs += code == updateSong; }
+    void raiseSong(NoticeSet<SeqNotice> set) override { songNotices.raise(set); }
     void process(int frames) override {
         const ProcessGuard guard(this);
         if (!guard.enter) return;

@@ -129,8 +129,8 @@ public:
     }
     /// What `record` tells the step, of the host or of a component, is carried out on return.
     template <class F>
-    void step(F&& record, unsigned flags = 0, CComp* of = nullptr) {
-        CUndo* u = host->undoStart("Edit", of ? of : host, flags);
+    void step(F&& record, const StepEffects& effects = {}, CComp* of = nullptr) {
+        CUndo* u = host->undoStart("Edit", of ? of : host, effects);
         record(u);
         host->undoEnd(u, true);
     }

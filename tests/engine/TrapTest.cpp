@@ -46,7 +46,7 @@ TEST(RtTrap, BlocksAreClean) {
     for (Shared<int>* binding :
          {&q->ctrlStart, &q->ctrlStop, &q->ctrlRewind, &q->ctrlRecord, &q->ctrlTempo})
         *binding = number++;
-    CUndo* cut = q->undoStart("Cut", q, undoGraph | undoSongChanged);
+    CUndo* cut = q->undoStart("Cut", q, {.graph = true, .song = true});
     cut->asRemove(signal, &q->comps);
     cut->asRemove(bus, &q->sends);
     t.run();
@@ -60,7 +60,7 @@ TEST(RtTrap, BlocksAreClean) {
             t.midiIn->setAutoq(number % 2 ? 16 : -1);
             t.run(20);
         }
-    q->update(updateDelays);
+    q->hostNotices.raise(HostNotice::delays);
     q->rec();
     t.run(300);
     q->stop();

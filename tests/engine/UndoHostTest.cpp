@@ -1,3 +1,4 @@
+#include "SeqStub.h"
 #include "StripFixture.h"
 #include "engine/CMap.h"
 #include "engine/EditorHooks.h"
@@ -26,11 +27,49 @@ protected:
 };
 
 TEST_F(UndoHostTest, EmptyStepLeavesNothingButItsNotification) {
-    host->updateFlags = 0;
-    step([&](CUndo*) { EXPECT_TRUE(host->undoBusy()); }, 0x40);
+    step([&](CUndo*) { EXPECT_TRUE(host->undoBusy()); }, {.comp = CompNotice::program});
     EXPECT_FALSE(host->undoBusy() || host->modified());
     EXPECT_TRUE(host->undoList.empty());
-    EXPECT_EQ(host->updateFlags, 0x40u);
+    EXPECT_TRUE(host->notices.raised(CompNotice::program));
+    EXPECT_FALSE(host->hostNotices.raised(HostNotice::step));
+}
+
+/// Host and song are told what a step names, and nothing else.
+TEST_F(UndoHostTest, EachEffectOfAStepIsToldToWhomItConcerns) {
+    auto* seq = made(new SeqStub(host));
+    const NoticeSet<HostNotice> graph = HostNotice::graph | HostNotice::cables;
+    const auto hostAll = graph | HostNotice::pool | HostNotice::pages | HostNotice::transport;
+    const auto seqAll = SeqNotice::tracks | SeqNotice::parts | SeqNotice::cuts;
+    const struct {
+        StepEffects effects;
+        NoticeSet<HostNotice> told{};
+        int songs = 0;
+    } cases[] = {
+        {{}},
+        {{.graph = true}, graph},
+        {{.song = true}, {}, 1},
+        {{.host = HostNotice::pool}, HostNotice::pool},
+        {{.seq = SeqNotice::tracks | SeqNotice::parts}},
+        {{.comp = CompNotice::program}},
+    };
+    step([&](CUndo* u) { u->asAdd(seq, &host->comps); });
+    int number = 0;
+    for (const auto& c : cases) {
+        host->hostNotices.take(hostAll | HostNotice::step);
+        seq->songNotices.take(seqAll);
+        seq->notices.take(CompNotice::program);
+        seq->songs = 0;
+        step([&](CUndo* u) { u->asInt(&number); }, c.effects, seq);
+        for (int twice = 0; twice < 2; ++twice) {
+            const std::string name = "case " + std::to_string(&c - cases);
+            EXPECT_EQ(host->hostNotices.take(hostAll), c.told) << name;
+            EXPECT_TRUE(host->hostNotices.take(HostNotice::step)) << name;
+            EXPECT_EQ(seq->songNotices.take(seqAll), c.effects.seq) << name;
+            EXPECT_EQ(seq->notices.take(CompNotice::program), c.effects.comp) << name;
+            EXPECT_EQ(seq->songs, (twice + 1) * c.songs) << name;
+            if (!twice) undo();
+        }
+    }
 }
 
 /// To every place, against a plain vector.
@@ -75,7 +114,7 @@ TEST_F(UndoHostTest, ComponentThatLeavesSleepsAndItsMapsLoseIt) {
     cut(c);
     EXPECT_EQ(c->sleeping, 1);
     EXPECT_EQ(map->target, nullptr);
-    EXPECT_TRUE(host->updateFlags & updateMaps);
+    EXPECT_TRUE(host->notices.raised(CompNotice::maps));
     undo();
     EXPECT_EQ(c->sleeping, 0);
     EXPECT_EQ(map->target, nullptr) << "for good";
@@ -88,7 +127,7 @@ TEST_F(UndoHostTest, ComponentThatLeavesSleepsAndItsMapsLoseIt) {
 TEST_F(UndoHostTest, StepOnItsWayIsSettledBeforeTheNextOne) {
     int number = 0;
     for (int i = 1; i <= 3; ++i) {
-        CUndo* u = host->undoStart("Edit", host, 0);
+        CUndo* u = host->undoStart("Edit", host);
         u->asInt(&number);
         number = i;
         host->undoEnd(u, false);
@@ -169,7 +208,7 @@ TEST_F(UndoHostTest, ManyItemsGoAtOnceAsOneByOne) {
         for (Lists* lists : {&single, &whole}) {
             std::mt19937 same(seed);
             const auto below = [&same](int n) { return int(same() % unsigned(n)); };
-            CUndo* u = host->undoStart("Edit", lists, 0);
+            CUndo* u = host->undoStart("Edit", lists);
             const int kind = below(4), items = 1 + below(12), from = below(2), rise = below(2);
             for (int i = 0; i < items; ++i)
                 lists->record(u, below(4) ? kind : below(4), below(4) ? from : below(2), below(30),
@@ -198,7 +237,7 @@ TEST_F(UndoHostTest, ManyItemsGoAtOnceAsOneByOne) {
 TEST_F(UndoHostTest, StepIsPreparedAnewWhenItsListChanges) {
     Lists lists(host, true);
     for (const bool late : {false, true}) {
-        CUndo* u = host->undoStart("Edit", &lists, 0);
+        CUndo* u = host->undoStart("Edit", &lists);
         lists.record(u, late ? 1 : 0, 0, 0, -1);
         host->undoEnd(u, false);
         if (late) {
@@ -270,7 +309,7 @@ TEST_F(UndoHostTest, EditorsAreHiddenAndShownByTheInterface) {
     } hooks;
     SignalComp* c = added();
     setEditorHooks(&hooks);
-    CUndo* u = host->undoStart("Edit", host, 0);
+    CUndo* u = host->undoStart("Edit", host);
     u->asRemove(c, &host->comps);
     host->undoEnd(u, false);
     block(64);

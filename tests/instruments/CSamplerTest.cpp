@@ -257,7 +257,7 @@ TEST(CSampler, StepsMuteWhatLeaves) {
     l.key(60, 100);
     l.host.run();
     EXPECT_EQ(sounding(*l.sampler), 2);
-    CUndo* step = l.host.host->undoStart("Delete", l.sampler, 0);
+    CUndo* step = l.host.host->undoStart("Delete", l.sampler);
     step->asRemove(other, &l.prog->layer->sounds)->tag = 6;
     l.host.host->undoEnd(step, false);
     l.host.run();
@@ -265,7 +265,7 @@ TEST(CSampler, StepsMuteWhatLeaves) {
     EXPECT_EQ(voiceOf(*l.sampler, 60)->sound, l.sound);
 
     CStr name;
-    step = l.host.host->undoStart("Add", l.sampler, 0);
+    step = l.host.host->undoStart("Add", l.sampler);
     l.sampler->factoryProg(step, 3, name, true);
     EXPECT_EQ(name, "Pads");
     l.host.host->undoEnd(step, false);

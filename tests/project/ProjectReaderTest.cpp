@@ -185,7 +185,7 @@ TEST(ProjectReader, LimitsHoldAndAreTold) {
 TEST(ProjectReader, StepsKeepTheNumberOfBuses) {
     ProjectFixture f;
     for (int i = 0; i < maxSends; ++i) f.host->addSendClicked();
-    CUndo* step = f.host->undoStart("Add", nullptr, 0);
+    CUndo* step = f.host->undoStart("Add", nullptr);
     step->asAdd(new CGroupCh(f.host), &f.host->sends);
     f.host->undoEnd(step, true);
     for (const int wanted : {maxSends, maxSends - 1, maxSends}) {

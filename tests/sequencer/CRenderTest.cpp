@@ -150,7 +150,7 @@ TEST(CRender, WritesTheRangeWithoutLatency) {
         for (int latency : {0, 1, 700, 3000}) {
             RenderFixture f;
             f.source->latency = latency;
-            f.host.update(updateDelays);
+            f.host.hostNotices.raise(HostNotice::delays);
             const std::vector<float> values =
                 f.render(job, "a.wav", latency % 2 ? f.source->output() : nullptr);
             EXPECT_NEAR(double(f.written), framesOf(job.length, job.rate),

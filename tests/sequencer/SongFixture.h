@@ -60,7 +60,7 @@ struct SongFixture {
     /// Runs `edit(undo)` as one step.
     template <class F>
     void step(F edit) {
-        CUndo* undo = host.undoStart("Test", seq, undoSongChanged);
+        CUndo* undo = host.undoStart("Test", seq, {.song = true});
         edit(undo);
         host.undoEnd(undo, true);
     }

@@ -113,7 +113,7 @@ public:
     /// audio out.
     CAudioCable* connect(CComp* from, CComp* to = nullptr) {
         const GraphHold hold(host);
-        host->update(updateDelays);
+        host->hostNotices.raise(HostNotice::delays);
         return (to ? to : out)->addAudioCable(from->output(), nullptr);
     }
     CMIDICable* connectMIDI(CComp* from, CComp* to) {

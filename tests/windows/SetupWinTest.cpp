@@ -182,7 +182,7 @@ void SetupWinTest::testDevice(const std::string& name, int grantedRate) {
         int frames;
     } cases[] = {{"512", 512}, {"0", 512}, {"16385", 512}, {"", 512}, {"128", 128}};
     for (const auto& c : cases) {
-        ASSERT_TRUE(pumpUntil([&] { return host->updateFlags == 0u; }));
+        ASSERT_TRUE(pumpUntil([&] { return !host->hostNotices.raised(HostNotice::devices); }));
         const int before = bridge->frames;
         const std::string kept = setting("audio", "buffersize");
         typeInto("buffersize", c.typed);
@@ -199,7 +199,8 @@ void SetupWinTest::testDevice(const std::string& name, int grantedRate) {
     typeInto("samplerate", "7999");
     click(find<CButton>("Apply changes"));
     EXPECT_TRUE(pumpUntil([&] { return find<CDropdown>("samplerate")->text == "44100"; }));
-    ASSERT_TRUE(pumpUntil([&] { return !bridge->needReopen && host->updateFlags == 0u; }));
+    ASSERT_TRUE(pumpUntil(
+        [&] { return !bridge->needReopen && !host->hostNotices.raised(HostNotice::devices); }));
     choose("samplerate", 2);
     EXPECT_EQ(host->rate, 44100);
     EXPECT_TRUE(find<CButton>("Apply changes")->lit);
@@ -456,7 +457,7 @@ TEST_F(SetupWinTest, FoldersAreAddedAndTakenOut) {
         EXPECT_EQ(setting(l.section, "0"), "/a=b");
         EXPECT_EQ(setting(l.section, "1"), path);
         EXPECT_EQ(setting(l.section, "2"), "");
-        EXPECT_EQ(host->updateArg, l.mode);
+        EXPECT_EQ(host->changedFolders, l.mode);
         auto* del = find<CCtrl>(std::string(l.title) + " Del");
         EXPECT_FALSE(del->enabled) << "nothing is chosen";
         click(list, 8, 8);

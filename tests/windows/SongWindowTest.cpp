@@ -10,6 +10,7 @@
 #include "sequencer/CRender.h"
 #include "sequencer/CSMF.h"
 #include "sequencer/Points.h"
+#include "ui/CMeter.h"
 
 #include <cmath>
 #include <filesystem>
@@ -134,7 +135,7 @@ TEST_F(SongWindowTest, EveryTrackCanBeReached) {
     start();
     ASSERT_TRUE(load(kindPortaStudio));
     for (int i = 0; i < 8; i++) seq()->addTrack(trackAudio, seq()->getProg(), nullptr);
-    seq()->update(updateTracks);
+    seq()->songNotices.raise(SeqNotice::tracks);
     loaded();
     const int rowTop = CTimeline::rulerHeight + 10;
     const auto choose = [&](int y) {
@@ -215,6 +216,29 @@ TEST_F(SongWindowTest, ShowsWhatHasChanged) {
         << "mute of a part";
 }
 
+/// The level of a track is that of the instrument which it feeds at present.
+TEST_F(SongWindowTest, MeterFollowsTheCables) {
+    start();
+    ASSERT_TRUE(load(kindEmpty));
+    key("ctrl+i");
+    ASSERT_TRUE(pumpUntil([&] { return tracks() == 1; }));
+    CComp* synth = host->firstOfType(compSampler);
+    ASSERT_TRUE(synth && loaded());
+    const auto shows = [&](const COutputChannel* channel) {
+        return pumpUntil([&] {
+            auto* head = find<CTrackRow>("track", song());
+            return head && find<CMeter>("meter", head)->channel == channel;
+        });
+    };
+    EXPECT_TRUE(shows(synth->output()));
+    CUndo* step = host->undoStart("Unplug", host.get());
+    step->asRemove(static_cast<CObject*>(synth->midiCables.first()), &synth->midiCables);
+    host->undoEnd(step, true);
+    EXPECT_TRUE(shows(nullptr));
+    key("ctrl+z");
+    EXPECT_TRUE(shows(synth->output()));
+}
+
 TEST_F(SongWindowTest, UndoneTakesLeaveTheScreen) {
     start();
     ASSERT_TRUE(load(kindEmpty));
@@ -222,9 +246,7 @@ TEST_F(SongWindowTest, UndoneTakesLeaveTheScreen) {
     key("ctrl+i");
     ASSERT_TRUE(pumpUntil([&] { return tracks() == 1; }));
     const Shot before = picture();
-    // A step of the same word as that of a take, which needs a device.
-    constexpr unsigned takeFlags = 0x402000;
-    CUndo* step = host->undoStart("Record", host.get(), takeFlags);
+    CUndo* step = host->startTakeStep(); // a take itself needs a device
     row(0)->addPart(new CMIDIPart, step);
     host->undoEnd(step, true);
     EXPECT_TRUE(pumpUntil([&] { return differences(before, picture()) > 1000; }));
