@@ -195,7 +195,7 @@ void CTimeline::drawPointer(CGraphic* g) const {
 void CTimeline::refresh() {
     if (picture && lookOf(playableSongOf(qv)) != look) songChanged();
     const int before = shownX, now = playX();
-    if (now == before || !shown() || !painted || !picture) return;
+    if (now == before || !shown() || !picture) return;
     shownX = now;
     const int near = 4 * pointerReach;
     if (std::abs(now - before) <= near)

@@ -4,7 +4,6 @@
 #include "gui/CBitmap.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
-#include "gui/DirtyAreas.h"
 #include "gui/FloatWins.h"
 #include "gui/ForeignWindows.h"
 #include "gui/Keys.h"
@@ -47,6 +46,11 @@ struct LaterMotion {
         return same;
     }
 };
+
+template <class ExposeEvent>
+CRect areaOf(const ExposeEvent& e) {
+    return asRect(e.x, e.y, e.x + e.width, e.y + e.height);
+}
 
 /// Whether a modal window keeps a press or release from the window that it goes to.
 bool barred(const XEvent& event, const CWin* modal) {
@@ -107,22 +111,37 @@ void CApp::dispatchEvents(const CWin* modal) {
     XEvent event;
     while (Clock::now() < end && (!modal || modal->visible) && nextEvent(event))
         if (!barred(event, modalWin)) handleEvent(event);
+    paintFrame();
 }
 
 bool CApp::nextEvent(XEvent& event) {
     Display* display = liveDisplay();
-    if (!display || XPending(display) < 1 || xConnection().lost) return false;
+    if (!display) return false;
+    if (XPending(display) < 1) paintFrame();
+    if (!liveDisplay() || XPending(display) < 1 || xConnection().lost) return false;
     XNextEvent(display, &event);
     return true;
 }
 
+void CApp::paintFrame() {
+    const HandlerScope scope(this);
+    bool any = false;
+    for (const auto& [handle, win] : windowTable) {
+        any = any || !win->pending.empty();
+        win->paintPending();
+    }
+    if (Display* display = liveDisplay(); display && any) XFlush(display);
+}
+
 void CApp::idle() {
     stepTimers(dueMs());
+    paintFrame();
     waitForEvent(turnMs);
 }
 
 void CApp::longIdle() {
     stepTimers(dueMs());
+    paintFrame();
     waitForEvent(mostWaitMs);
 }
 
@@ -216,7 +235,18 @@ void CApp::handleEvent(const XEvent& raw) {
         focusEvent(win, event);
         break;
     case Expose:
-        expose(win, event);
+        win->pending.exposed(areaOf(event.xexpose));
+        break;
+    case GraphicsExpose:
+        win->pending.missed(areaOf(event.xgraphicsexpose));
+        if (event.xgraphicsexpose.count == 0) win->pending.copied();
+        break;
+    case NoExpose:
+        win->pending.copied();
+        break;
+    case MapNotify:
+    case UnmapNotify:
+        if (event.xmap.window == win->handle) win->mapped = event.type == MapNotify;
         break;
     case ConfigureNotify:
         win->resized();
@@ -327,22 +357,6 @@ void CApp::focusEvent(CWin* win, const XEvent& event) {
     lastWin = nullptr;
 }
 
-void CApp::expose(CWin* win, const XEvent& event) {
-    const auto area = [](const XExposeEvent& e) {
-        return asRect(e.x, e.y, e.x + e.width, e.y + e.height);
-    };
-    DirtyAreas dirty;
-    dirty.add(area(event.xexpose));
-    XEvent more;
-    // Parts exposed later are painted too, so a size that is told before them has to be known.
-    bool sized = false;
-    while (XCheckTypedWindowEvent(liveDisplay(), win->handle, ConfigureNotify, &more)) sized = true;
-    if (sized) win->resized();
-    while (XCheckTypedWindowEvent(liveDisplay(), win->handle, Expose, &more))
-        dirty.add(area(toLogical(more).xexpose));
-    for (const CRect& rect : dirty.all()) win->paint(0, rect);
-}
-
 void CApp::nextWin(CWin* from, int) {
     if (CWin* owner = getMDIOwner(from)) from = owner;
     const int count = windows.getCount(), at = windows.indexed(from);
@@ -426,19 +440,14 @@ bool CApp::startDraw(CWin* win, CGraphic** g, CRect rect, bool force) {
 
 void CApp::endDraw(CWin* win, CRect rect, bool force) {
     if ((!doubleBuffer && !force) || !backBuffer) return;
+    win->graphic->restoreClip(rect);
     win->graphic->render(backBuffer.get(), rect.left, rect.top, rect.left, rect.top, rect.width(),
                          rect.height());
 }
 
 void CApp::drawNow(CWin* win, CCtrl* ctrl) {
-    if (!ctrl->shown() || !ctrl->painted) return;
-    const CRect rect = ctrl->visibleRect();
-    CGraphic* g = nullptr;
-    if (rect.empty() || !startDraw(win, &g, rect, true)) return;
-    g->originX = ctrl->absX;
-    g->originY = ctrl->absY;
-    ctrl->paint(g, ctrl->clientRect());
-    endDraw(win, rect, true);
+    ctrl->redraw();
+    win->paintPending();
     if (Display* display = liveDisplay()) XFlush(display);
 }
 

@@ -124,10 +124,10 @@ public:
     /// there is nothing to paint. `force`: on the buffer, even for an empty rectangle.
     bool startDraw(CWin* win, CGraphic** g, CRect rect, bool force);
     void endDraw(CWin* win, CRect rect, bool force); ///< shows what was painted
-    /// Paints what can be seen of one control right now where it stood at the last paint; nothing
-    /// happens when there was none or it has moved since. It has to fill its whole rectangle: what
-    /// lies behind it is not painted.
+    /// Paints one control, and all else of its window that waits for a paint, right now: for what
+    /// has to be seen before work that keeps the loop from running.
     void drawNow(CWin* win, CCtrl* ctrl);
+    void paintFrame(); ///< paints at once what has changed in all windows
     void redrawAll();
 
     /// Deletes a control or window that may be in use by a handler that is running: a window is
@@ -172,7 +172,6 @@ private:
     bool otherButton(const _XEvent& event) const;
     bool secondPress(const _XEvent& event) const;
     void focusEvent(CWin* win, const _XEvent& event);
-    void expose(CWin* win, const _XEvent& event);
     void motion(CWin* win, const _XEvent& event);
     void moveDragWin();
     void detach(CCtrl* ctrl);

@@ -7,8 +7,7 @@
 #include "gui/Scale.h"
 #include "gui/XConnection.h"
 
-#include <X11/Xlib.h>
-
+#include <cstdint>
 #include <cstdlib>
 
 namespace {
@@ -48,13 +47,30 @@ void CCtrl::redraw() {
 }
 
 void CCtrl::redraw(CRect part) {
-    Display* display = liveDisplay();
-    const CRect own = intersect(part, asRect(0, 0, width, height));
-    // A width or height of 0 would mean the rest of the window to the server.
-    if (!display || !visible || own.empty()) return;
-    const CRect area = toDevice(sizeRect(own, absX, absY, absX, absY));
-    XClearArea(display, win->handle, area.left, area.top, unsigned(area.width()),
-               unsigned(area.height()), True);
+    if (shown()) win->pending.add(visiblePart(part));
+}
+
+void CCtrl::scrollArea(CRect part, int dx, int dy) {
+    const auto whole = [](int by) { return int64_t(by) * scalePercent % lowestScale == 0; };
+    const CRect area = shown() ? visiblePart(part) : CRect();
+    if (whole(dx) && whole(dy) && !isCovered(area))
+        win->pending.move(area, dx, dy);
+    else
+        win->pending.add(area);
+}
+
+/// Whether anything is painted on top of a part of the window in which it shows.
+bool CCtrl::isCovered(const CRect& part) const {
+    for (const CCtrl* c = this; c && c->category != catWin; c = c->parent) {
+        const CGroup* around = c->parent ? c->parent : win;
+        bool above = false;
+        for (const CCtrl* other : each<CCtrl>(around->controls)) {
+            if (above && other->visible && !intersect(other->visibleRect(), part).empty())
+                return true;
+            above = above || other == c;
+        }
+    }
+    return false;
 }
 
 void CCtrl::paint(CGraphic* g, CRect rect) {
@@ -101,7 +117,6 @@ void CCtrl::notify(const CStr& what, CObject* sender) {
 }
 
 void CCtrl::setBounds(int l, int t, int w, int h) {
-    if (l != left || t != top) moved();
     left = l;
     top = t;
     width = w;
@@ -121,14 +136,16 @@ bool CCtrl::shown() const {
     return win->visible;
 }
 
-CRect CCtrl::visibleRect() const {
-    const auto place = [](const CCtrl* c) {
-        return asRect(c->absX, c->absY, c->absX + c->width, c->absY + c->height);
-    };
-    CRect rect = intersect(place(this), win->clientRect());
-    for (const CCtrl* c = parent; c && c->category != catWin; c = c->parent)
-        rect = intersect(rect, place(c));
-    return rect;
+CRect CCtrl::visiblePart(CRect part) const {
+    const auto moved = [](const CRect& r, int dx, int dy) { return sizeRect(r, dx, dy, dx, dy); };
+    CRect seen = intersect(part, clientRect());
+    for (const CCtrl* c = this; c && c->category != catWin; c = c->parent) {
+        seen = moved(seen, c->left, c->top);
+        const CCtrl* around = c->parent;
+        if (!around) break;
+        seen = intersect(moved(seen, -around->scrollX, -around->scrollY), around->clientRect());
+    }
+    return intersect(seen, win->clientRect());
 }
 
 bool CCtrl::isPushed() const {

@@ -33,7 +33,6 @@ class CCtrl : public CObject {
 public:
     bool visible = true;          ///< a hidden control is neither drawn nor hit
     bool enabled = true;          ///< a disabled one is drawn but never hit
-    bool clipped = false;         ///< lines and polygons are cut to the bounds as well
     int tag = 0;                  ///< free for the owner
     int scrollX = 0, scrollY = 0; ///< a group draws its children shifted by minus this
     void* data = nullptr;         ///< free for the owner
@@ -42,7 +41,6 @@ public:
     CWin* win;                             ///< never null
     CGroup* parent = nullptr;     ///< null for a window's client area; of a window: its owner
     int absX = 0, absY = 0;       ///< place in the window at the last paint
-    bool painted = false;         ///< and it has not moved since
     int left, top, width, height; ///< from the parent's corner
     int cursor = 1;               ///< number of the cursor shown over the control
     bool hooverable = false;      ///< asks for `mouseOver`
@@ -64,9 +62,14 @@ public:
     CCtrl(CWin* win, const CStr& name, int left, int top, int width, int height);
     ~CCtrl() override;
 
-    /// Asks for a repaint, which comes with the events that follow; several requests become one.
+    /// Asks for a repaint, which comes with the next frame; all requests until then become one.
     virtual void redraw();
     void redraw(CRect part); ///< from its own corner
+    /// Moves what a part of it shows, children included, by copying, and asks for a repaint of what
+    /// that lays bare. For who scrolls: first change what `paint` and hits go by, then call this.
+    void scrollArea(CRect part, int dx, int dy);
+    /// Paints all of `rect`, its bounds from its own corner, or only what `CGraphic::asked` and
+    /// `wants` tell, which is quicker; the surface cuts off the rest.
     virtual void paint(CGraphic* g, CRect rect);
     virtual void mouseDown(int x, int y, int btn);
     virtual void mouseMove(int x, int y, int btn); ///< with or without a press
@@ -82,13 +85,12 @@ public:
     virtual void _changed(CObject* sender, void* arg); ///< upward, to the window
     virtual void notify(const CStr& what, CObject* sender);
 
-    /// It no longer stands where it was painted.
-    virtual void moved() { painted = false; }
     void setBounds(int l, int t, int w, int h);
     void setAlign(int how, int x, int y);
     bool inside(int x, int y) const { return x >= 0 && y >= 0 && x < width && y < height; }
-    /// What of it lies within all groups around, in the window as last painted; empty for nothing.
-    CRect visibleRect() const;
+    /// What of a part of it lies within all groups around, in the window; empty for nothing.
+    CRect visiblePart(CRect part) const;
+    CRect visibleRect() const { return visiblePart(clientRect()); }
     CRect clientRect() const { return asRect(0, 0, width, height); }
 
     /// Whether the control can be seen, it and all groups around it.
@@ -99,6 +101,7 @@ public:
 
 private:
     void leaveApp();
+    bool isCovered(const CRect& part) const;
 };
 
 /// Puts a new delegate in place of the one in `slot`, which is deleted.

@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 namespace {
 
@@ -80,6 +81,32 @@ CGraphic::~CGraphic() {
     else
         XFree(gc); // the server has forgotten its part
 }
+
+/// Until the end of the scope the server cuts to the logical clip, where what is drawn may leave
+/// it.
+class CGraphic::ServerCut {
+public:
+    bool leavesAny; ///< of what is drawn, whose bounds are in device pixels
+
+    ServerCut(CGraphic* g, const CRect& drawn) : graphic(g) {
+        const CRect limits = toDevice(g->clip()), in = intersect(drawn, limits);
+        leavesAny = !in.empty();
+        cuts = leavesAny && in != drawn;
+        const CRect own = asRect(g->hwLeft, g->hwTop, g->hwRight, g->hwBottom);
+        const CRect both = own == CRect() ? limits : intersect(limits, toDevice(own));
+        if (both.empty()) leavesAny = false;
+        if (cuts) setServerClip(liveDisplay(), g->gc, both);
+    }
+    ~ServerCut() {
+        if (cuts) graphic->clipServer();
+    }
+    ServerCut(const ServerCut&) = delete;
+    ServerCut& operator=(const ServerCut&) = delete;
+
+private:
+    CGraphic* graphic;
+    bool cuts;
+};
 
 bool CGraphic::ready(int color) {
     Display* display = liveDisplay();
@@ -179,25 +206,37 @@ void CGraphic::drawLine(int x1, int y1, int x2, int y2) {
                                  asMax(from.y, to.y) + 1));
     if (from.y == to.y) line.bottom = line.top + lineThickness();
     if (from.x == to.x) line.right = line.left + lineThickness();
-    fillDevice(line);
+    const CRect in = intersect(line, toDevice(clip()));
+    if (!in.empty()) fillDevice(in);
 }
 
 void CGraphic::drawSlanted(CPoint from, CPoint to) {
     const int middle = lineThickness() / 2;
     CPoint a = addPos(toDevice(from), asPoint(middle, middle));
     CPoint b = addPos(toDevice(to), asPoint(middle, middle));
-    if (cutToProtocol(a, b)) XDrawLine(liveDisplay(), drawable, gc, a.x, a.y, b.x, b.y);
+    if (!cutToProtocol(a, b)) return;
+    const int reach = lineThickness() + 1;
+    const CRect around = asRect(asMin(a.x, b.x) - reach, asMin(a.y, b.y) - reach,
+                                asMax(a.x, b.x) + reach, asMax(a.y, b.y) + reach);
+    const ServerCut cut(this, around);
+    if (cut.leavesAny) XDrawLine(liveDisplay(), drawable, gc, a.x, a.y, b.x, b.y);
 }
 
 void CGraphic::drawPoly(const CPoint* points, int n) {
     constexpr int most = 16;
     if (n < 1 || n > most || !ready(fillCol)) return;
     XPoint corners[most];
+    CRect around;
     for (int i = 0; i < n; i++) {
-        corners[i].x = short(asMinMax(toDevice(points[i].x + originX), -farthest, farthest));
-        corners[i].y = short(asMinMax(toDevice(points[i].y + originY), -farthest, farthest));
+        const int x = asMinMax(toDevice(points[i].x + originX), -farthest, farthest);
+        const int y = asMinMax(toDevice(points[i].y + originY), -farthest, farthest);
+        corners[i].x = short(x);
+        corners[i].y = short(y);
+        around = unite(around, asRect(x, y, x + 1, y + 1));
     }
-    XFillPolygon(liveDisplay(), drawable, gc, corners, n, Convex, CoordModeOrigin);
+    const ServerCut cut(this, around);
+    if (cut.leavesAny)
+        XFillPolygon(liveDisplay(), drawable, gc, corners, n, Convex, CoordModeOrigin);
 }
 
 /// Where the base line of a text of some width begins that stands in a box, all in device pixels.
@@ -255,10 +294,38 @@ CRect CGraphic::setClip(CRect rect) {
     hwTop = rect.top;
     hwRight = rect.right;
     hwBottom = rect.bottom;
-    Display* display = liveDisplay();
-    if (!display || !gc) return former;
-    setServerClip(display, gc, toDevice(rect));
+    clipServer();
     return former;
+}
+
+/// By `setClip`, else by the areas that are to be painted.
+void CGraphic::clipServer() {
+    Display* display = liveDisplay();
+    if (!display || !gc) return;
+    const CRect own = asRect(hwLeft, hwTop, hwRight, hwBottom);
+    if (own != CRect() || areas.empty()) return setServerClip(display, gc, toDevice(own));
+    std::vector<XRectangle> boxes;
+    for (const CRect& area : areas) boxes.push_back(serverRect(area));
+    XSetClipRectangles(display, gc, 0, 0, boxes.data(), int(boxes.size()), Unsorted);
+}
+
+CRect CGraphic::asked() const {
+    return sizeRect(clip(), -originX, -originY, -originX, -originY);
+}
+
+bool CGraphic::wants(CRect rect) const {
+    const CRect r = sizeRect(rect, originX, originY, originX, originY);
+    const CRect in = toDevice(intersect(r, clip()));
+    if (in.empty() || areas.empty()) return !in.empty();
+    return std::ranges::any_of(areas, [&](const CRect& a) { return !intersect(a, in).empty(); });
+}
+
+void CGraphic::setAreas(std::span<const CRect> changed) {
+    const bool had = !areas.empty();
+    areas.clear();
+    if (changed.size() > 1)
+        for (const CRect& area : changed) areas.push_back(toDevice(area));
+    if (had || !areas.empty()) clipServer();
 }
 
 CRect CGraphic::addClip(CRect rect) {
@@ -311,22 +378,42 @@ void CGraphic::render(const CBitmap* bitmap, int x, int y, int srcX, int srcY, i
     const CRect from = toDevice(asRect(srcX, srcY, srcX + w, srcY + h));
     const CRect to = toDevice(asRect(x + originX, y + originY, x + originX + w, y + originY + h));
     const int wide = asMin(from.width(), to.width()), high = asMin(from.height(), to.height());
+    const CRect limits = toDevice(clip());
     // In another place the same length may have a device pixel more: the last one is repeated.
     for (int dy = to.height() - high; dy >= 0; dy--)
-        for (int dx = to.width() - wide; dx >= 0; dx--)
-            XCopyArea(display, bitmap->pixmap, drawable, gc, from.left, from.top, unsigned(wide),
-                      unsigned(high), to.left + dx, to.top + dy);
+        for (int dx = to.width() - wide; dx >= 0; dx--) {
+            const CPoint at = asPoint(to.left + dx, to.top + dy);
+            const CRect in = intersect(asRect(at.x, at.y, at.x + wide, at.y + high), limits);
+            if (!in.empty())
+                XCopyArea(display, bitmap->pixmap, drawable, gc, from.left + in.left - at.x,
+                          from.top + in.top - at.y, unsigned(in.width()), unsigned(in.height()),
+                          in.left, in.top);
+        }
 }
 
 void CGraphic::drawTiled(const CBitmap* bitmap, CRect rect) {
     Display* display = liveDisplay();
     const CRect area = toDevice(sizeRect(rect, originX, originY, originX, originY));
-    if (!display || !gc || !bitmap->pixmap || area.empty()) return;
+    const CRect in = intersect(area, toDevice(clip()));
+    if (!display || !gc || !bitmap->pixmap || in.empty()) return;
     XSetTile(display, gc, bitmap->pixmap);
     XSetTSOrigin(display, gc, area.left, area.top);
     XSetFillStyle(display, gc, FillTiled);
-    fillDevice(area);
+    fillDevice(in);
     XSetFillStyle(display, gc, FillSolid);
+}
+
+void CGraphic::moveContent(CRect area, int dx, int dy) {
+    Display* display = liveDisplay();
+    if (!display || !gc) return;
+    const CRect all = toDevice(area);
+    const CPoint by = toDevice(asPoint(dx, dy));
+    const CRect to = intersect(all, sizeRect(all, by.x, by.y, by.x, by.y));
+    if (to.empty()) return;
+    XSetGraphicsExposures(display, gc, True);
+    XCopyArea(display, drawable, drawable, gc, to.left - by.x, to.top - by.y, unsigned(to.width()),
+              unsigned(to.height()), to.left, to.top);
+    XSetGraphicsExposures(display, gc, False);
 }
 
 ClipScope::ClipScope(CGraphic* g, CRect rect)

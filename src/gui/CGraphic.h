@@ -4,6 +4,8 @@
 #include "base/Geometry.h"
 
 #include <memory>
+#include <span>
+#include <vector>
 
 struct _XGC;
 class CBitmap;
@@ -21,8 +23,8 @@ enum TextFlag : int {
 
 /// The surface that every `paint` is given: a window or a pixmap with one graphics context.
 /// Coordinates are logical pixels (gui/Scale.h) and count from the origin; right and bottom lie
-/// outside. Rectangles and texts are cut to the logical clip here, lines and polygons only by a
-/// clip set with `setClip`. Interface thread.
+/// outside. All that is drawn is cut to the logical clip, which is that of the control and of all
+/// groups around it. Interface thread.
 class CGraphic : public CObject {
 public:
     int originX = 0, originY = 0;
@@ -77,6 +79,13 @@ public:
     /// What of a rectangle, from the origin, lies in the logical clip.
     CRect intersectClip(CRect rect) const;
     void restoreClip(CRect former); ///< what `addClip` returned
+    /// What has to be painted, from the origin: who has much to paint leaves out the rest.
+    CRect asked() const;
+    /// Whether any of a rectangle, from the origin, has to be painted: of `asked`, which lies
+    /// around all areas that have changed, not all need be.
+    bool wants(CRect rect) const;
+    /// What has to be painted of the surface, in its pixels; empty for all that the clip tells.
+    void setAreas(std::span<const CRect> changed);
 
     /// Of the bitmap behind the surface, 32 bits deep; 0 and nothing elsewhere. Coordinates have to
     /// lie inside. Only `getPixel` counts from the origin. Of a logical pixel that is made of
@@ -90,10 +99,16 @@ public:
     /// Copies a part of a bitmap to (x, y).
     void render(const CBitmap* bitmap, int x, int y, int srcX, int srcY, int w, int h);
     void drawTiled(const CBitmap* bitmap, CRect rect);
+    /// Moves what an area of the surface shows, inside it, by a whole number of device pixels. On a
+    /// window the server answers with events, once per call, that tell what it could not copy.
+    void moveContent(CRect area, int dx, int dy);
 
 private:
+    class ServerCut;
+
     bool ready(int color);
     CRect clip() const;
+    void clipServer();
     void fillDevice(const CRect& area);
     void fillDeviceParts(int color, const CRect* parts, int count);
     void drawFrame(int color, CRect rect, int corner);
@@ -102,6 +117,7 @@ private:
 
     std::unique_ptr<TextPen> pen; ///< made with the first text
     int lineCol = 0, fillCol = 0;
+    std::vector<CRect> areas; ///< device pixels; empty for one area, which the clip tells
 };
 
 /// Narrows a surface to a rectangle of itself and moves the origin there, until the end of the

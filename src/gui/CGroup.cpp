@@ -51,17 +51,10 @@ void CGroup::paint(CGraphic* g, CRect rect) {
 
 void CGroup::resized() {
     for (CCtrl* c : each<CCtrl>(controls)) {
-        const CPoint before = asPoint(c->left, c->top);
         alignAcross(c, width);
         alignDown(c, height);
-        if (c->left != before.x || c->top != before.y) c->moved();
         if (isGroup(c)) static_cast<CGroup*>(c)->resized();
     }
-}
-
-void CGroup::moved() {
-    CCtrl::moved();
-    for (CCtrl* c : each<CCtrl>(controls)) c->moved();
 }
 
 void CGroup::addControl(CCtrl* ctrl) {
@@ -113,18 +106,11 @@ void CGroup::paintControls(CGraphic* g, CRect rect, int x, int y) {
 void CGroup::paintCtrl(CGraphic* g, CCtrl* ctrl, int x, int y) {
     ctrl->absX = x;
     ctrl->absY = y;
-    ctrl->painted = true;
-    const CRect bounds = asRect(x, y, x + ctrl->width, y + ctrl->height);
-    const CRect clip = asRect(g->clipLeft, g->clipTop, g->clipRight, g->clipBottom);
-    if (!ctrl->visible || intersect(bounds, clip).empty()) return;
-    const ClipScope scope(g, sizeRect(bounds, -g->originX, -g->originY, -g->originX, -g->originY));
-    if (!ctrl->clipped) {
-        ctrl->paint(g, ctrl->clientRect());
-        return;
-    }
-    const CRect former = g->setClip(asRect(g->clipLeft, g->clipTop, g->clipRight, g->clipBottom));
+    const CRect bounds = sizeRect(ctrl->clientRect(), x - g->originX, y - g->originY,
+                                  x - g->originX, y - g->originY);
+    if (!ctrl->visible || !g->wants(bounds)) return;
+    const ClipScope scope(g, bounds);
     ctrl->paint(g, ctrl->clientRect());
-    g->setClip(former);
 }
 
 void CClientGroup::_changed(CObject* sender, void* arg) {

@@ -17,7 +17,6 @@ public:
     /// Places each child by its `align` flags and this group's size. Of the horizontal flags the
     /// first of right, width, middle counts; of the vertical ones bottom, height, percent.
     virtual void resized();
-    void moved() override;
     virtual void addControl(CCtrl* ctrl); ///< adopts it
     /// Drops all children: at once, or, inside an event's handler, when it has returned.
     virtual void clear();

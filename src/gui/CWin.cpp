@@ -22,7 +22,7 @@ constexpr long eventMask = KeyPressMask | KeyReleaseMask | ButtonPressMask | But
                            PointerMotionMask | LeaveWindowMask | ExposureMask |
                            StructureNotifyMask | FocusChangeMask | PropertyChangeMask;
 constexpr int captionButtonSize = 16, captionButtonMargin = 2, captionButtonStep = 18;
-constexpr int captionTextHeight = 20, captionTextLeft = 4, captionGap = 3;
+constexpr int captionGap = 3;
 constexpr int contentMargin = 8;
 
 /// An address as the two halves of 32 bits that properties hold, low half first. The library takes
@@ -226,52 +226,6 @@ void CWin::setCaption(const CStr& text) {
     id = text;
     nameHandle();
     if (captionGroup) captionGroup->redraw();
-}
-
-void CWin::redraw() {
-    Display* display = liveDisplay();
-    if (display && visible) XClearArea(display, handle, 0, 0, 0, 0, True);
-}
-
-void CWin::paint(int, CRect rect) {
-    CGraphic* g = nullptr;
-    if (!app->startDraw(this, &g, rect, false)) return;
-    paintBackground(g, rect);
-    paintControls(g, rect, 0, 0);
-    if (!onPaint && !hasStyle(winNoBorder) && !(hasStyle(winChild) && hasStyle(winMaximized))) {
-        const CPoint size = getSize();
-        drawGuiItem(g, asRect(0, 0, size.x, size.y), &clWinBkgnd, drawFrame);
-    }
-    app->endDraw(this, rect, false);
-}
-
-void CWin::paintBackground(CGraphic* g, CRect rect) {
-    if (onPaint) {
-        (*onPaint)(this, g, rect);
-        return;
-    }
-    const bool covered = hasStyle(winMain) && !clientGroup->controls.empty();
-    if (!covered) {
-        drawGuiItem(g, rect, &clWinBkgnd, drawBackground);
-        return;
-    }
-    const int fill = clWinBkgnd.fillCol, border = borderSize;
-    g->fillRect(fill, asRect(0, 0, width, 2 * border + captionTextHeight));
-    g->fillRect(fill, asRect(0, 0, border, height));
-    g->fillRect(fill, asRect(width - border, 0, width, height));
-    g->fillRect(fill, asRect(0, height - border, width, height));
-}
-
-void CWin::drawCaption(CObject*, CGraphic* g, CRect rect) {
-    const bool lit = takesKeys();
-    if (lit) drawGuiItem(g, rect, &clCaption);
-    int textLeft0 = captionTextLeft;
-    if (onIconPaint) {
-        (*onIconPaint)(this, g, asRect(0, 0, captionHeight, captionHeight));
-        textLeft0 = captionHeight;
-    }
-    const CRect box = asRect(textLeft0, 0, rect.right, captionTextHeight);
-    g->drawText(lit ? clCaption.textCol : clWinBkgnd.textCol, id, box, textLeft);
 }
 
 void CWin::resized() {

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "gui/CGroup.h"
+#include "gui/PendingPaint.h"
 
 #include <memory>
+#include <span>
 #include <vector>
 
 class CApp;
@@ -70,6 +72,8 @@ public:
     CMDI* mdi = nullptr; ///< pages inside this window, which get its keys first; null without any
     CList children;      ///< windows inside this one by style `winChild`; not owned
     COnKey* onAccelerator = nullptr; ///< owned
+    PendingPaint pending;            ///< what the next frame has to do
+    bool mapped = false;             ///< as the server last told
 
     /// `owner` is null or outlives the window; it is the `parent`. The title is the name. Position
     /// and size are those of the X window, border included.
@@ -97,9 +101,11 @@ public:
     virtual void showMenu();  ///< runs until it is hidden; inside another menu it returns at once
     virtual void showModal(); ///< runs until it is hidden; other windows get no presses meanwhile
     virtual void hide();
-    virtual void paint(int unused, CRect rect); ///< repaints a part of the window
-    virtual CPoint getSize();                   ///< as the server knows it
-    virtual CPoint getPos(bool onScreen);       ///< on the screen, or inside the owner
+    virtual void paint(int unused, CRect rect);    ///< repaints a part of the window
+    void paintAreas(std::span<const CRect> areas); ///< in one go
+    void paintPending();                           ///< makes the next frame now
+    virtual CPoint getSize();                      ///< as the server knows it
+    virtual CPoint getPos(bool onScreen);          ///< on the screen, or inside the owner
     virtual void setPos(int x, int y);
     virtual bool hasFocus();
     /// A command of a ribbon that has no handler of its own was chosen; its entry, and the buttons.

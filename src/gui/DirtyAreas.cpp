@@ -28,25 +28,19 @@ void DirtyAreas::add(CRect area) {
         removeAt(i);
         i = 0; // it may meet others now
     }
+    if (count == most) return joinNearest(area);
     areas[size_t(count++)] = area;
-    if (count > most) joinNearest();
 }
 
 void DirtyAreas::removeAt(int i) {
     areas[size_t(i)] = areas[size_t(--count)];
 }
 
-void DirtyAreas::joinNearest() {
-    int best = 0, other = 1;
-    for (int i = 0; i < count; i++)
-        for (int j = i + 1; j < count; j++)
-            if (waste(areas[size_t(i)], areas[size_t(j)]) <
-                waste(areas[size_t(best)], areas[size_t(other)])) {
-                best = i;
-                other = j;
-            }
-    const CRect both = unite(areas[size_t(best)], areas[size_t(other)]);
-    removeAt(other);
+void DirtyAreas::joinNearest(CRect area) {
+    int best = 0;
+    for (int i = 1; i < count; i++)
+        if (waste(areas[size_t(i)], area) < waste(areas[size_t(best)], area)) best = i;
+    const CRect both = unite(areas[size_t(best)], area);
     removeAt(best);
     add(both);
 }

@@ -73,10 +73,10 @@ bool CImage2::render() {
 void CImage2::draw(CGraphic* g, CRect rect) {
     const CRect in = g->intersectClip(rect);
     if (in.empty() || !render()) return;
-    const CRect former = g->setClip(sizeRect(in, g->originX, g->originY, g->originX, g->originY));
+    const CRect former = g->addClip(sizeRect(in, g->originX, g->originY, g->originX, g->originY));
     if (tiled)
         g->drawTiled(bitmap.get(), rect);
     else
         g->render(bitmap.get(), rect.left, rect.top, 0, 0, bitmap->width, bitmap->height);
-    g->setClip(former);
+    g->restoreClip(former);
 }

@@ -18,7 +18,9 @@ void makeLogical(Event& e) {
     e.y_root = toLogical(e.y_root);
 }
 
-void makeLogical(XExposeEvent& e) {
+/// Both kinds of exposure have these.
+template <class Event>
+void makeAreaLogical(Event& e) {
     const CRect area = toLogical(asRect(e.x, e.y, e.x + e.width, e.y + e.height));
     e.x = area.left;
     e.y = area.top;
@@ -49,7 +51,10 @@ XEvent toLogical(const XEvent& event) {
         makeLogical(logical.xcrossing);
         break;
     case Expose:
-        makeLogical(logical.xexpose);
+        makeAreaLogical(logical.xexpose);
+        break;
+    case GraphicsExpose:
+        makeAreaLogical(logical.xgraphicsexpose);
         break;
     default:
         break;

@@ -9,7 +9,6 @@
 
 CEqView::CEqView(CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CCtrl(owner, name, l, t, w, h), curve(this) {
-    clipped = true;
     tabStop = true;
     hint = "Drag a band; with the right button its width";
     curve.CalcCurve();

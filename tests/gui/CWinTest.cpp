@@ -118,14 +118,11 @@ TEST_F(CWinTest, NothingIsPaintedBesideThePanel) {
         }
     };
     auto* panel = new CGroup(win.get(), "panel", 20, 20, 60, 60);
-    panel->clipped = true;
     auto* probe = new Scribble(win.get(), "probe", 10, 40, 30, 30);
-    probe->clipped = true;
     panel->addControl(probe);
     win->addControl(panel);
     for (const int scroll : {0, 45, -200}) {
         panel->scrollY = scroll;
-        probe->moved();
         win->redraw();
         settle();
         const CRect whole = Shot(win->handle, 200, 150).boundsOf(0x00ff00);

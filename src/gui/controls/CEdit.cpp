@@ -18,7 +18,6 @@ CEdit::CEdit(CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CCtrl(owner, name, l, t, w, h) {
     type = ctrlEdit;
     tabStop = true;
-    clipped = true;
     hooverable = true;
 }
 

@@ -21,7 +21,6 @@ CListbox::CListbox(CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CGroup(owner, name, l, t, w, h), face(new CCtrl(owner, "rows", 0, 0, w, h)),
       bar(new CScrollbar(owner, "scroll", 0, 0, barSize, h)) {
     tabStop = true;
-    face->clipped = true; // ticks are lines
     face->onPaint = new _COnPaint<CListbox>(this, &CListbox::paintRows);
     face->onMouseDown = new _COnMouse<CListbox>(this, &CListbox::rowsMouseDown);
     bar->onChange = new _COnChange<CListbox>(this, &CListbox::scrolled);
@@ -40,7 +39,6 @@ CListRow* CListbox::add(const CStr& text) {
     auto* line = new CListRow(text);
     items.add(line);
     resized();
-    redraw();
     return line;
 }
 
@@ -49,7 +47,6 @@ void CListbox::clearRows() {
     index = -1;
     bar->setPos(0);
     resized();
-    redraw();
 }
 
 int CListbox::visibleRows() const {
@@ -63,12 +60,15 @@ void CListbox::resized() {
     bar->setBounds(width - 1 - side, 1, side, height - 2);
     face->setBounds(1, 1, width - 2 - side, height - 2);
     bar->setRange(items.getCount(), visibleRows());
+    shownPos = bar->pos;
+    redraw();
 }
 
 void CListbox::setIndex(int line) {
     index = asMinMax(line, -1, items.getCount() - 1);
     if (index >= 0 && index < bar->pos) bar->setPos(index);
     if (index >= bar->pos + visibleRows()) bar->setPos(index - visibleRows() + 1);
+    shownPos = bar->pos;
     redraw();
 }
 
@@ -87,7 +87,9 @@ void CListbox::toggle(int line) {
 }
 
 void CListbox::scrolled(CObject*) {
-    redraw();
+    const int lines = shownPos - bar->pos;
+    shownPos = bar->pos;
+    face->scrollArea(face->clientRect(), 0, lines * itemHeight);
 }
 
 void CListbox::rowsMouseDown(CObject*, int x, int y, int btn) {
@@ -108,7 +110,8 @@ bool CListbox::mouseWheel(int x, int y, int btn, int dy, int dx) {
     if (CGroup::mouseWheel(x, y, btn, dy, dx)) return true;
     if (!dy || !bar->visible) return false;
     bar->setPos(bar->pos - (dy > 0 ? wheelRows : -wheelRows));
-    redraw();
+    bar->redraw();
+    scrolled(bar);
     return true;
 }
 
@@ -197,6 +200,7 @@ void CListbox::paintRows(CObject*, CGraphic* g, CRect rect) {
         if (i < bar->pos) continue;
         if (y >= rect.bottom) break;
         const CRect place = asRect(0, y, rect.right, y + itemHeight);
+        if (!g->wants(place)) continue;
         const bool strong = i == index && hasKeyFocus();
         if (strong)
             drawGuiItem(g, place, &clListboxSelected, drawBackground);
@@ -224,7 +228,6 @@ CScrollPanel::CScrollPanel(CWin* owner, const CStr& name, int l, int t, int w, i
       inner(new CGroup(owner, "inner", 0, 0, contentSize, contentSize)),
       horzBar(new CScrollbar(owner, "horz", 0, 0, w, barSize)),
       vertBar(new CScrollbar(owner, "vert", 0, 0, barSize, h)) {
-    inner->clipped = true;
     horzBar->vertical = false;
     addControl(inner);
     for (CScrollbar* bar : {horzBar, vertBar}) {
@@ -252,13 +255,15 @@ void CScrollPanel::resized() {
     horzBar->setRange(right, w);
     vertBar->setRange(bottom, h);
     scrolled(nullptr);
+    redraw();
 }
 
 void CScrollPanel::scrolled(CObject*) {
+    const int dx = inner->scrollX - horzBar->pos, dy = inner->scrollY - vertBar->pos;
     inner->scrollX = horzBar->pos;
     inner->scrollY = vertBar->pos;
-    inner->moved();
-    redraw();
+    inner->scrollArea(inner->clientRect(), dx, dy);
+    for (CScrollbar* bar : {horzBar, vertBar}) bar->redraw();
 }
 
 void CScrollPanel::reveal(const CCtrl* ctrl) {

@@ -46,10 +46,11 @@ protected:
     void choose(int line);
 
 private:
-    CCtrl* face;     ///< one of `controls`
-    CScrollbar* bar; ///< likewise; in lines
-    CStr typed;      ///< the letters so far
-    int typedAt = 0; ///< when the last one came, as `asTimeInMS`
+    CCtrl* face;      ///< one of `controls`
+    CScrollbar* bar;  ///< likewise; in lines
+    int shownPos = 0; ///< of the bar, as painted
+    CStr typed;       ///< the letters so far
+    int typedAt = 0;  ///< when the last one came, as `asTimeInMS`
 
     int visibleRows() const;
     bool typeKey(int key, int mods);
@@ -65,7 +66,7 @@ private:
 /// needed. Content goes into `inner`.
 class CScrollPanel : public CGroup {
 public:
-    CGroup* inner; ///< one of `controls`, clipped
+    CGroup* inner; ///< one of `controls`
 
     CScrollPanel(CWin* win, const CStr& name, int left, int top, int width, int height);
     void resized() override;

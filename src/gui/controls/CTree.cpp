@@ -58,7 +58,6 @@ void CTree::update() {
     lines.clear();
     layOut(&root, textGap);
     resized();
-    redraw();
 }
 
 /// A node is about to be deleted; the layout is made anew by the next `update`.
@@ -78,10 +77,16 @@ void CTree::resized() {
     bar->visible = content > room;
     bar->setBounds(width - 1 - barSize, 1, barSize, room);
     bar->setRange(content, room);
+    shownPos = bar->pos;
+    redraw();
 }
 
 void CTree::scrolled(CObject*) {
-    redraw();
+    const int dy = shownPos - bar->pos;
+    shownPos = bar->pos;
+    const CRect room = asRect(1, 1, width - 1 - (bar->visible ? barSize : 0), height - 1);
+    scrollArea(room, 0, dy);
+    bar->redraw();
 }
 
 CTreeNode* CTree::nodeAt(int y) const {
@@ -163,6 +168,7 @@ void CTree::nodeChanged() {
         const int below = current->y + rowHeight - (height - 2);
         if (below > bar->pos) bar->setPos(below);
     }
+    shownPos = bar->pos;
     redraw();
     if (onChange) (*onChange)(this);
 }
@@ -222,7 +228,7 @@ bool CTree::mouseWheel(int x, int y, int btn, int dy, int dx) {
     if (CGroup::mouseWheel(x, y, btn, dy, dx)) return true;
     if (!bar->visible || !dy) return false;
     bar->setPos(bar->pos - dy);
-    redraw();
+    scrolled(bar);
     return true;
 }
 

@@ -67,5 +67,6 @@ private:
     CScrollbar* bar;               ///< one of `controls`; in pixels
     std::vector<CTreeNode*> lines; ///< the visible nodes from the top on
     CTreeNode* anchor = nullptr;   ///< where a range begins
+    int shownPos = 0;              ///< of the bar, as painted
     bool narrows = false;          ///< a release without a drag selects the pressed node alone
 };
