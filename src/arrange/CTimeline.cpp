@@ -18,7 +18,6 @@
 #include "ui/TrackPalette.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace {
 
@@ -170,9 +169,9 @@ void CTimeline::paint(CGraphic* g, CRect) {
     if (!picture || picture->width != width || picture->height != height) {
         picture = std::make_unique<CBitmap>(width, height);
         drawSong(picture->graphic.get());
+        shownX = playX();
     }
     g->render(picture.get(), 0, 0, 0, 0, width, height);
-    shownX = playX();
     drawPointer(g);
 }
 
@@ -192,36 +191,21 @@ void CTimeline::drawPointer(CGraphic* g) const {
     if (hasKeyFocus()) g->frameRect(accent, clientRect());
 }
 
-void CTimeline::refresh() {
-    if (picture && lookOf(playableSongOf(qv)) != look) songChanged();
-    const int before = shownX, now = playX();
-    if (now == before || !shown() || !picture) return;
-    shownX = now;
-    const int near = 4 * pointerReach;
-    if (std::abs(now - before) <= near)
-        return paintAround(std::min(before, now), std::max(before, now));
-    paintAround(before, before);
-    paintAround(now, now);
+/// All that the pointer touches, with a pixel to spare where its edges lie between two.
+CRect CTimeline::pointerRect(int x) const {
+    constexpr int reach = pointerReach + 1;
+    return asRect(x - reach, 0, x + reach + 1, height);
 }
 
-/// Paints at once where the pointer has been or is, as the whole is large and this happens often.
-void CTimeline::paintAround(int from, int to) {
-    constexpr int reach = pointerReach + 1, spare = 1; // edges may lie on half pixels
-    const int start = std::max(from - reach, 0), end = to + reach + 1;
-    if (end + spare >= width) return win->app->drawNow(win, this);
-    const CRect place = sizeRect(asRect(start, 0, end, height), absX, absY, absX, absY);
-    CGraphic* g = nullptr;
-    if (!win->app->startDraw(win, &g, place, true)) return;
-    g->originX = absX;
-    g->originY = absY;
-    {
-        const DeviceScope device(g); // so that the picture lies as the whole does
-        const int first = device.deviceLength(std::max(start - spare, 0));
-        const int wide = device.deviceLength(end + spare) - first;
-        g->render(picture.get(), first, 0, first, 0, wide, picture->deviceHeight());
-    }
-    drawPointer(g);
-    win->app->endDraw(win, place, true);
+bool CTimeline::refresh() {
+    const int before = shownX;
+    const bool changed = picture && lookOf(playableSongOf(qv)) != look;
+    if (changed) songChanged();
+    shownX = playX();
+    if (shownX == before) return changed;
+    redraw(pointerRect(before));
+    redraw(pointerRect(shownX));
+    return true;
 }
 
 void CTimeline::jumpTo(int x) {

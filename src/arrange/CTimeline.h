@@ -25,8 +25,8 @@ public:
     void mouseDown(int x, int y, int btn) override;
     void mouseMove(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override;
-    /// Follows the play position, the loop and what is heard of the tracks, if that shows.
-    void refresh();
+    /// Follows the play position, the loop and what is heard of the tracks; whether that shows.
+    bool refresh();
     /// The song has changed: it is drawn anew at the next paint.
     void songChanged();
     void setFirstRow(int row); ///< the first track that is shown
@@ -50,7 +50,7 @@ private:
     void drawPart(CGraphic* g, CSeq* seq, CPart* part, CRect box, int colour, bool heard);
     int playX() const;
     void drawPointer(CGraphic* g) const;
-    void paintAround(int from, int to);
+    CRect pointerRect(int x) const;
     void jumpTo(int x);
 
     CQV* qv;

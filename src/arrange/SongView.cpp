@@ -106,7 +106,7 @@ void CTrackRow::soloClicked(CObject*) {
     qv->values->set(soloedOf(track), track->soloed() ? 0.0 : 1.0);
 }
 
-void CTrackRow::refresh() {
+bool CTrackRow::refresh() {
     const bool selected = track->track->selected(), frozen = !track->freezeItems.empty();
     if (selected != shownSelected || frozen != shownFrozen) {
         shownSelected = selected;
@@ -115,7 +115,7 @@ void CTrackRow::refresh() {
     }
     muteButton->setLit(track->muted());
     soloButton->setLit(track->soloed());
-    meter->refresh();
+    return meter->refresh();
 }
 
 void CTrackRow::findSound() {
@@ -306,9 +306,10 @@ void SongView::resized() {
     if (timeline) timeline->songChanged();
 }
 
-void SongView::refresh() {
+bool SongView::refresh() {
+    bool changed = timeline && timeline->refresh();
     for (CTrackRow* row : rows)
-        if (row->visible) row->refresh();
-    if (timeline) timeline->refresh();
+        if (row->visible) changed = row->refresh() || changed;
     markStops();
+    return changed;
 }

@@ -25,7 +25,7 @@ public:
     /// Selects the track, with Control beside others.
     void mouseDown(int x, int y, int btn) override;
     void mouseUp(int x, int y, int btn) override; ///< the right button opens the menu
-    void refresh();
+    bool refresh(); ///< whether what is heard of the track shows
     /// The cables are others.
     void findSound();
     CSongTrack* songTrack() const { return track; }
@@ -66,7 +66,9 @@ public:
     bool keyInside(int key, int mods) override;
     bool contextMenu() override; ///< of the head with the focus, or that was pressed
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
-    void refresh();
+    /// Follows the song and what is heard of it; whether something that goes on by itself, as the
+    /// position and the meters do, has changed.
+    bool refresh();
     /// Builds the rows anew from the song.
     void songChanged();
     /// The song is about to be deleted: shows nothing until `songChanged`.

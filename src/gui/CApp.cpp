@@ -30,23 +30,6 @@ constexpr int doubleClickRoom = 7; // pixels either way
 constexpr int wheelStep = 32;
 constexpr int mostWaitMs = 500; // at a time
 
-/// Looks for a motion that makes an earlier one needless: of the same window, with the same buttons
-/// and modifiers, and without anything the user did in between.
-struct LaterMotion {
-    const XMotionEvent* earlier;
-    bool barred;
-
-    static Bool matches(Display*, XEvent* event, XPointer search) {
-        auto* self = reinterpret_cast<LaterMotion*>(search);
-        if (self->barred) return False;
-        const bool same = event->type == MotionNotify &&
-                          event->xmotion.window == self->earlier->window &&
-                          event->xmotion.state == self->earlier->state;
-        self->barred = !same && event->type >= KeyPress && event->type <= FocusOut;
-        return same;
-    }
-};
-
 template <class ExposeEvent>
 CRect areaOf(const ExposeEvent& e) {
     return asRect(e.x, e.y, e.x + e.width, e.y + e.height);
@@ -111,37 +94,26 @@ void CApp::dispatchEvents(const CWin* modal) {
     XEvent event;
     while (Clock::now() < end && (!modal || modal->visible) && nextEvent(event))
         if (!barred(event, modalWin)) handleEvent(event);
-    paintFrame();
 }
 
 bool CApp::nextEvent(XEvent& event) {
     Display* display = liveDisplay();
     if (!display) return false;
-    if (XPending(display) < 1) paintFrame();
+    frameIfDue(XPending(display) > 0);
     if (!liveDisplay() || XPending(display) < 1 || xConnection().lost) return false;
     XNextEvent(display, &event);
     return true;
 }
 
-void CApp::paintFrame() {
-    const HandlerScope scope(this);
-    bool any = false;
-    for (const auto& [handle, win] : windowTable) {
-        any = any || !win->pending.empty();
-        win->paintPending();
-    }
-    if (Display* display = liveDisplay(); display && any) XFlush(display);
-}
-
 void CApp::idle() {
     stepTimers(dueMs());
-    paintFrame();
+    frameIfDue(false);
     waitForEvent(turnMs);
 }
 
 void CApp::longIdle() {
     stepTimers(dueMs());
-    paintFrame();
+    frameIfDue(false);
     waitForEvent(mostWaitMs);
 }
 
@@ -170,10 +142,13 @@ void CApp::stepTimers(int ms) {
     }
 }
 
-/// Up to so many milliseconds after the timers were stepped, and no longer than a timer needs.
+/// Up to so many milliseconds after the timers were stepped, and no longer than a timer or the next
+/// frame needs.
 void CApp::waitForEvent(int ms) {
     for (const CCtrl* ctrl : each<CCtrl>(timers)) ms = asMin(ms, ctrl->timerCount);
-    const auto left = stepped + asMax(ms, 1) * oneMs - Clock::now();
+    auto end = stepped + asMax(ms, 1) * oneMs;
+    if (frameWanted()) end = std::min(end, frames.dueAt());
+    const auto left = end - Clock::now();
     if (left <= left.zero()) return;
     timespec wait{0, long(std::chrono::nanoseconds(left).count())};
     Display* display = liveDisplay();
@@ -208,6 +183,8 @@ void CApp::handleEvent(const XEvent& raw) {
         return;
     }
     const XEvent event = toLogical(raw);
+    if (event.type >= KeyPress && event.type <= FocusOut && event.type != MotionNotify)
+        deliverMotion(); // what the user did before
     switch (event.type) {
     case KeyPress:
     case KeyRelease:
@@ -225,7 +202,7 @@ void CApp::handleEvent(const XEvent& raw) {
                      translateButton(int(event.xbutton.button), event.xbutton.state));
         break;
     case MotionNotify:
-        motion(win, event);
+        holdMotion(event);
         break;
     case LeaveNotify:
         if (event.xcrossing.mode == NotifyNormal) setHooverCtrl(nullptr, 0, 0);
@@ -271,18 +248,6 @@ void CApp::closeAsked(CWin* win) {
 void CApp::strangersEvent(const XEvent& event) {
     if (selectionOwner().handle(event) || outsideDrags->handle(nullptr, event)) return;
     callPlugin(this, event);
-}
-
-void CApp::motion(CWin* win, const XEvent& event) {
-    XEvent latest = event;
-    LaterMotion search{&event.xmotion, false};
-    XEvent later;
-    while (liveDisplay() && XCheckIfEvent(liveDisplay(), &later, LaterMotion::matches,
-                                          reinterpret_cast<XPointer>(&search))) {
-        latest = toLogical(later);
-        search.barred = false;
-    }
-    win->mouseMove(latest.xmotion.x, latest.xmotion.y, translateButton(0, latest.xmotion.state));
 }
 
 void CApp::keyEvent(CWin* win, const XEvent& event) {
@@ -419,46 +384,6 @@ void CApp::setHooverCtrl(CCtrl* ctrl, int x, int y) {
     }
 }
 
-bool CApp::startDraw(CWin* win, CGraphic** g, CRect rect, bool force) {
-    if (!liveDisplay() || (rect.empty() && !force)) return false;
-    const bool buffered = doubleBuffer || force;
-    if (buffered &&
-        (!backBuffer || backBuffer->width < rect.right || backBuffer->height < rect.bottom)) {
-        const int w = asMax(rect.right, backBuffer ? backBuffer->width : 1);
-        const int h = asMax(rect.bottom, backBuffer ? backBuffer->height : 1);
-        backBuffer.reset(); // before the new one is made: only one has to fit
-        backBuffer = std::make_unique<CBitmap>(w, h);
-    }
-    CGraphic* surface = buffered ? backBuffer->graphic.get() : win->graphic.get();
-    surface->originX = surface->originY = 0;
-    surface->restoreClip(rect);
-    surface->setClip(CRect());
-    surface->fullPaint = rect == asRect(0, 0, win->width, win->height);
-    *g = surface;
-    return true;
-}
-
-void CApp::endDraw(CWin* win, CRect rect, bool force) {
-    if ((!doubleBuffer && !force) || !backBuffer) return;
-    win->graphic->restoreClip(rect);
-    win->graphic->render(backBuffer.get(), rect.left, rect.top, rect.left, rect.top, rect.width(),
-                         rect.height());
-}
-
-void CApp::drawNow(CWin* win, CCtrl* ctrl) {
-    ctrl->redraw();
-    win->paintPending();
-    if (Display* display = liveDisplay()) XFlush(display);
-}
-
-void CApp::redrawAll() {
-    const auto redraw = [](const auto& self, CWin* win) -> void {
-        win->redraw();
-        for (CWin* child : each<CWin>(win->children)) self(self, child);
-    };
-    for (CWin* win : each<CWin>(windows)) redraw(redraw, win);
-}
-
 void CApp::deleteLater(CCtrl* ctrl) {
     if (ctrl->category == catWin) static_cast<CWin*>(ctrl)->hide();
     if (handlers == 0) {
@@ -518,6 +443,7 @@ CWin* CApp::winAtPos(int x, int y) const {
 
 void CApp::forget(const CCtrl* ctrl) {
     timers.remove(ctrl);
+    std::erase(followers, ctrl);
     for (CCtrl** slot :
          {&hooverCtrl, &exclusiveCtrl, &keyHookCtrl, &mouseOverCtrl, &dragCtrl, &dragOverCtrl})
         if (*slot == ctrl) *slot = nullptr;

@@ -4,6 +4,7 @@
 #include "base/CObject.h"
 #include "base/Delegates.h"
 #include "gui/CGui.h"
+#include "gui/FrameClock.h"
 
 #include <chrono>
 #include <memory>
@@ -21,9 +22,9 @@ union _XEvent;
 /// The running interface: the windows, the timers, the open menus, what is being dragged, and the
 /// off-screen buffer that all windows are painted through. One in a program. Interface thread.
 ///
-/// Everything happens in `run`: events are handled until there are none, timers are stepped, and
-/// until the next one is due it waits for events. Modal windows and menus run loops of
-/// the same shape inside.
+/// Everything happens in `run`: events are handled until there are none, timers are stepped, a
+/// frame is made of all that has changed, and until more is due it waits for events. Modal windows
+/// and menus run loops of the same shape inside.
 class CApp : public CObject {
 public:
     static constexpr int turnMs = 10;           ///< the shortest interval of a timer
@@ -127,7 +128,12 @@ public:
     /// Paints one control, and all else of its window that waits for a paint, right now: for what
     /// has to be seen before work that keeps the loop from running.
     void drawNow(CWin* win, CCtrl* ctrl);
-    void paintFrame(); ///< paints at once what has changed in all windows
+    /// Makes a frame now, not waiting until one is due: hands on the latest motion of the pointer,
+    /// asks those that follow, and paints what has changed in all windows.
+    void paintFrame();
+    /// From now on `ctrl->onFrame` is asked before each frame, until it is deleted. As long as it
+    /// finds changes, frames go on by themselves.
+    void follow(CCtrl* ctrl);
     void redrawAll();
 
     /// Deletes a control or window that may be in use by a handler that is running: a window is
@@ -172,7 +178,11 @@ private:
     bool otherButton(const _XEvent& event) const;
     bool secondPress(const _XEvent& event) const;
     void focusEvent(CWin* win, const _XEvent& event);
-    void motion(CWin* win, const _XEvent& event);
+    void holdMotion(const _XEvent& event);
+    void deliverMotion();
+    bool frameWanted() const;
+    void frameIfDue(bool eventsWait);
+    void paintWindows();
     void moveDragWin();
     void detach(CCtrl* ctrl);
     void stepTimers(int ms);
@@ -184,6 +194,11 @@ private:
     std::vector<CCtrl*> doomed;                    ///< owned, waiting for the handlers to end
     int handlers = 0;                              ///< on the stack
     std::chrono::steady_clock::time_point stepped; ///< until when the timers are
-    std::unique_ptr<CDragWin> dragWin;             ///< made on first use
+    FrameClock frames;
+    FrameClock::Time wantedSince{}; ///< something waits for a frame; 0 for nothing
+    FrameClock::Time followUntil{};
+    std::vector<CCtrl*> followers;       ///< not owned
+    std::unique_ptr<_XEvent> heldMotion; ///< waits for the frame, in logical pixels
+    std::unique_ptr<CDragWin> dragWin;   ///< made on first use
     std::unique_ptr<XdndTarget> outsideDrags;
 };

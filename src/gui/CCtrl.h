@@ -77,6 +77,9 @@ public:
     virtual bool keyDown(int key, int mods); ///< true when the key was taken
     virtual bool keyUp(int key, int mods);
     virtual void onTimer() {}
+    /// Before a frame, for who is told to `CApp::follow`: takes the values that it shows and asks
+    /// for a repaint where they have changed; whether they have.
+    virtual bool onFrame() { return false; }
     virtual bool contextMenu() { return false; } ///< opens it by a key; false without one
     virtual void setFocus(bool on) { static_cast<void>(on); }       ///< key focus came or went
     virtual bool mouseWheel(int x, int y, int btn, int dy, int dx); ///< true when it was taken

@@ -35,5 +35,5 @@ void CActivityLight::refresh() {
     const int now = asRound(double(qv->midiActivity) * full);
     if (now == brightness) return;
     brightness = now;
-    if (shown()) win->app->drawNow(win, this);
+    redraw();
 }

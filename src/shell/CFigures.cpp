@@ -55,11 +55,12 @@ void CFigures::markPart(CGraphic* g, CRect field) const {
                        field.bottom));
 }
 
-void CFigures::refresh() {
+bool CFigures::refresh() {
     const CStr now = typed.typing() ? typed.shown() : figures();
-    if (now == shownText) return;
+    if (now == shownText) return false;
     shownText = now;
-    if (shown()) win->app->drawNow(win, this);
+    redraw();
+    return true;
 }
 
 bool CFigures::keyDown(int key, int mods) {

@@ -22,8 +22,8 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
-    /// Paints at once if the figures have changed.
-    void refresh();
+    /// Asks for a repaint if the figures have changed; whether they have.
+    bool refresh();
 
 protected:
     static constexpr int tens = 10;

@@ -63,6 +63,7 @@ CMainWin::CMainWin(CApp* application, CQV* host)
         if (!choices.hints.on()) setStatus("");
     };
     choices.tabsAlways.onChange = [this] { pages->showTabs(choices.tabsAlways.on()); };
+    app->follow(this);
     wire(app->onKey, static_cast<COnKey*>(new _COnKey<CMainWin>(this, &CMainWin::handleKeyDown)));
     wire(app->onHint, static_cast<COnChange*>(new _COnChange<CMainWin>(this, &CMainWin::appHint)));
     wire(app->onStrayDrop,
@@ -115,6 +116,14 @@ void CMainWin::idle() {
     song->refresh();
     mainMenu->refresh();
     status->refresh();
+}
+
+/// What of the views lives may be gone once the graph has changed, which the next tick tells them.
+bool CMainWin::onFrame() {
+    const auto changes = HostNotice::graph | HostNotice::step;
+    if (!song || flows->loading() || qv->notices.raised(changes)) return false;
+    const bool changed = bar->followSound();
+    return song->refresh() || changed;
 }
 
 void CMainWin::hide() {

@@ -52,6 +52,7 @@ public:
     void onTimer() override;
     /// Turns changes of the engine into repaints. Called by the host's idle.
     void idle() override;
+    bool onFrame() override;
     /// The close flow: asks about unsaved changes, and may stay. The program ends when the window
     /// is hidden.
     void hide() override;

@@ -195,11 +195,16 @@ void Toolbar::forgetSong() {
     master->channel = nullptr;
 }
 
-void Toolbar::refresh() {
+bool Toolbar::followSound() {
     CComp* out = qv->getAudioOut();
     master->channel = out ? out->output() : nullptr;
-    master->refresh();
-    for (CFigures* display : displays) display->refresh();
+    bool changed = master->refresh();
+    for (CFigures* display : displays) changed = display->refresh() || changed;
+    return changed;
+}
+
+void Toolbar::refresh() {
+    followSound();
     activity->refresh();
     volume->refresh();
     if (spectrum->visible != spectrumFits()) {

@@ -30,6 +30,7 @@ public:
     void resized() override;
     /// Brings the displays up to date. Interface tick.
     void refresh();
+    bool followSound(); ///< takes what changes while it plays; whether that shows
     /// The song is about to be deleted.
     void forgetSong();
     /// Form of the position and monitor volume.

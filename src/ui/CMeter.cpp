@@ -78,11 +78,12 @@ void CMeter::clearPeak() {
     channel->holdR = 0.0f;
 }
 
-void CMeter::refresh() {
+bool CMeter::refresh() {
     const Level l = channel ? levelOf(channel->peakL, channel->holdL) : Level();
     const Level r = channel ? levelOf(channel->peakR, channel->holdR) : Level();
-    if (l == shownL && r == shownR) return;
+    if (l == shownL && r == shownR) return false;
     shownL = l;
     shownR = r;
-    if (shown()) win->app->drawNow(win, this);
+    redraw();
+    return true;
 }

@@ -18,8 +18,8 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override; ///< Return and Delete clear the peak
-    /// Takes the present level and paints at once if that shows. Interface thread.
-    void refresh();
+    /// Takes the present level; whether that shows. Interface thread.
+    bool refresh();
 
 private:
     struct Level {

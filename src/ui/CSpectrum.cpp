@@ -79,7 +79,7 @@ void CSpectrum::refresh() {
     std::vector<int> now = heights();
     if (now != shownHeights) {
         shownHeights = std::move(now);
-        win->app->drawNow(win, this);
+        redraw();
     }
     for (double& magnitude : qv->dft->bands) magnitude = std::max(magnitude - fall, 0.0);
 }

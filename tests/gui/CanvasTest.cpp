@@ -2,6 +2,7 @@
 
 #include "gui/CBitmap.h"
 #include "gui/CGraphic.h"
+#include "gui/FrameClock.h"
 #include "gui/PendingPaint.h"
 #include "gui/Scale.h"
 #include "gui/XConnection.h"
@@ -9,6 +10,7 @@
 
 #include <X11/Xlib.h>
 
+#include <cstring>
 #include <random>
 #include <vector>
 
@@ -275,4 +277,92 @@ TEST_F(CanvasTest, EveryShapeStaysInsideAllGroups) {
     EXPECT_EQ(Shot(win->handle, 300, 200).boundsOf(red), asRect(60, 60, 80, 80));
     app->drawNow(win.get(), sprawl);
     EXPECT_EQ(Shot(win->handle, 300, 200).boundsOf(red), asRect(60, 60, 80, 80));
+}
+
+/// Sixty frames a second however often one is wanted, none before it is due, and after a pause the
+/// next one at once.
+TEST(FrameClock, SixtyFramesASecond) {
+    using namespace std::chrono_literals;
+    const FrameClock::Time start = FrameClock::Time() + 100s;
+    for (const auto step : {100us, 1000us, 7000us, 16000us, 25000us}) {
+        FrameClock clock;
+        int frames = 0;
+        for (auto at = start; at < start + 1s; at += step)
+            if (clock.due(at)) {
+                frames++;
+                clock.made(at);
+                EXPECT_FALSE(clock.due(at));
+            }
+        const auto apart = std::max<std::chrono::microseconds>(FrameClock::period, step);
+        const int most = int(std::chrono::microseconds(1s) / apart);
+        EXPECT_NEAR(frames, most, 2) << step.count();
+        EXPECT_TRUE(clock.due(start + 2s));
+    }
+}
+
+/// Between frames only the last motion counts, and what the user did before a press comes before
+/// it.
+TEST_F(CanvasTest, MotionsComeOncePerFrame) {
+    auto* probe = new ProbeCtrl(win.get(), "probe", 0, 0, 300, 200);
+    win->clear();
+    win->addControl(probe);
+    settle();
+    probe->log.clear();
+    const auto send = [&](int type, int x, unsigned state) {
+        XEvent event{};
+        event.type = type;
+        event.xbutton.window = win->handle;
+        event.xbutton.x = x;
+        event.xbutton.y = 5;
+        event.xbutton.state = state;
+        event.xbutton.button = type == MotionNotify ? 0 : Button1;
+        app->handleEvent(event);
+    };
+    for (int x = 1; x <= 9; x++) send(MotionNotify, x, 0);
+    EXPECT_TRUE(probe->log.empty());
+    app->paintFrame();
+    EXPECT_EQ(probe->log.size(), 1U);
+    const size_t before = probe->log.size();
+    for (int x = 10; x <= 19; x++) send(MotionNotify, x, 0);
+    send(ButtonPress, 20, 0);
+    for (int x = 21; x <= 29; x++) send(MotionNotify, x, Button1Mask);
+    send(ButtonRelease, 30, Button1Mask);
+    ASSERT_EQ(probe->log.size(), before + 4);
+    const char* kinds[] = {"move 19", "down 20", "move 29", "up 30"};
+    for (size_t i = 0; i < 4; i++)
+        EXPECT_EQ(probe->log[before + i].substr(0, std::strlen(kinds[i])), kinds[i]);
+    app->paintFrame();
+    EXPECT_EQ(probe->log.size(), before + 4);
+}
+
+/// Who follows is asked once before each frame, as long as it is seen, and its change is in it.
+TEST_F(CanvasTest, FollowersAreInTheFrame) {
+    struct Live : ProbeCtrl {
+        using ProbeCtrl::ProbeCtrl;
+        int asked = 0;
+        bool changes = false;
+        bool onFrame() override {
+            asked++;
+            if (changes) redraw();
+            return changes;
+        }
+    };
+    auto* live = new Live(win.get(), "live", 0, 0, 50, 50);
+    win->addControl(live);
+    app->follow(live);
+    settle();
+    const int asked = live->asked, paints = live->paints;
+    app->paintFrame();
+    EXPECT_EQ(live->asked, asked + 1);
+    EXPECT_EQ(live->paints, paints) << "nothing has changed";
+    live->changes = true;
+    app->paintFrame();
+    EXPECT_EQ(live->paints, paints + 1);
+    EXPECT_TRUE(pumpUntil([&] { return live->paints > paints + 3; })) << "frames go on";
+    live->visible = false;
+    const int then = live->asked;
+    app->paintFrame();
+    EXPECT_EQ(live->asked, then);
+    win->clear();
+    app->paintFrame();
 }

@@ -517,6 +517,7 @@ TEST_F(EventTest, AShotInMidDragShowsWholeControls) {
             XEvent event;
             for (XSync(liveDisplay(), False); app->nextEvent(event); eye->look())
                 app->handleEvent(event);
+            app->paintFrame();
         }
         xdo("mouseup 1");
         EXPECT_GE(shots, before + 10);

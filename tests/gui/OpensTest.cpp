@@ -1,6 +1,7 @@
 #include "ControlFixture.h"
 
 #include "base/Messages.h"
+#include "gui/CBitmap.h"
 #include "gui/XConnection.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CPopup.h"
@@ -143,6 +144,8 @@ TEST_F(OpensTest, LeaveNothingBehind) {
                  {"menu", &OpensTest::menu},
                  {"message", &OpensTest::message},
                  {"nested", &OpensTest::nested}};
+    app->backBuffer =
+        std::make_unique<CBitmap>(800, 600); // it grows with what happens to be painted
     for (const auto& kind : kinds) {
         repeat(kind.open, warmUp);
         const Holdings before;

@@ -135,10 +135,11 @@ bool GuiTest::pumpUntil(const std::function<bool()>& condition) {
 }
 
 void GuiTest::settle() {
-    if (liveDisplay()) XSync(liveDisplay(), False);
-    app->dispatchEvents();
-    if (liveDisplay()) XSync(liveDisplay(), False);
-    app->dispatchEvents();
+    for (int turn = 0; turn < 2; turn++) {
+        if (liveDisplay()) XSync(liveDisplay(), False);
+        app->dispatchEvents();
+        app->paintFrame();
+    }
 }
 
 Shot::Shot(unsigned long drawable, int w, int h) : width(w), height(h) {
