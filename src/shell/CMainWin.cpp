@@ -118,10 +118,13 @@ void CMainWin::idle() {
     status->refresh();
 }
 
-/// What of the views lives may be gone once the graph has changed, which the next tick tells them.
+/// What the views follow may be gone once the graph or the song has changed, which the next tick
+/// tells them.
 bool CMainWin::onFrame() {
-    const auto changes = HostNotice::graph | HostNotice::step;
-    if (!song || flows->loading() || qv->notices.raised(changes)) return false;
+    const CSeq* seq = songOf(qv);
+    if (!song || flows->loading() || !seq || seq->songNotices.raised(SeqNotice::tracks) ||
+        qv->hostNotices.raised(HostNotice::graph | HostNotice::step))
+        return false;
     const bool changed = bar->followSound();
     return song->refresh() || changed;
 }

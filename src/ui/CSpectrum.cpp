@@ -41,13 +41,14 @@ int BandStripes::stripe(double magnitude, int height) {
     return asMinMax(asRound(height * 2 * magnitude), 0, height);
 }
 
-void BandStripes::drawBands(CGraphic* g, CRect rect, const CDFT& dft) const {
+void BandStripes::drawBands(CGraphic* g, CRect rect, const std::vector<int>& heights) const {
     if (!bitmap) return;
-    const int room = asMin(rect.height(), pictureHeight);
-    for (int k = 0; k < dft.getSize(); k++) {
-        const int tall = stripe(dft.bands[std::size_t(k)], room);
-        g->render(bitmap.get(), rect.left + k * CSpectrum::bandStep, rect.bottom - tall, 0,
-                  pictureHeight - tall, CSpectrum::bandStep - 1, tall);
+    int x = rect.left;
+    for (const int height : heights) {
+        const int tall = asMin(height, asMin(rect.height(), pictureHeight));
+        g->render(bitmap.get(), x, rect.bottom - tall, 0, pictureHeight - tall,
+                  CSpectrum::bandStep - 1, tall);
+        x += CSpectrum::bandStep;
     }
 }
 
@@ -62,7 +63,7 @@ void CSpectrum::paint(CGraphic* g, CRect) {
     g->frameRect(colours.frame, clientRect());
     const CRect room = sizeRect(clientRect(), frame + 1, frame, -frame, -frame);
     stripes.setColors(clFFT.fillCol, colours.meter[0], colours.meter[1], room.height());
-    stripes.drawBands(g, room, *qv->dft);
+    stripes.drawBands(g, room, shownHeights);
 }
 
 std::vector<int> CSpectrum::heights() const {

@@ -6,7 +6,6 @@
 #include <vector>
 
 class CBitmap;
-class CDFT;
 class CGraphic;
 class CQV;
 
@@ -21,7 +20,7 @@ public:
     /// From the quiet to the loud end, `height` pixels above it, on the colour of `paper`.
     void setColors(int paper, int low, int high, int height);
     /// Draws a stripe for each band, from the bottom of the rectangle up, one every 8 pixels.
-    void drawBands(CGraphic* g, CRect rect, const CDFT& dft) const;
+    void drawBands(CGraphic* g, CRect rect, const std::vector<int>& heights) const;
     /// Height of a band's stripe in pixels: twice its magnitude, at most `height`.
     static int stripe(double magnitude, int height);
 
@@ -39,7 +38,7 @@ public:
     CSpectrum(CWin* win, int left, int top, int height, CQV* host);
 
     void paint(CGraphic* g, CRect rect) override;
-    /// Takes the present bands, paints them at once if that shows, and lets them fall.
+    /// Takes the present bands, asks for a repaint if that shows, and lets them fall.
     void refresh();
 
 private:

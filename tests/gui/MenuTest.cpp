@@ -174,7 +174,7 @@ TEST_F(MenuTest, ABarMovesBetweenItsMenus) {
         return "mousemove " + std::to_string(100 + entry->left + entry->width / 2) + " 110";
     };
     later(middle(edit));
-    later([&] { EXPECT_EQ(bar->current(), edit); });
+    whenever([&] { return bar->current() == edit; }, [&] { EXPECT_EQ(bar->current(), edit); });
     later("key Right");
     later([&] { EXPECT_STREQ(bar->getPopup()->getItem(0)->text.asChar(), "Empty"); });
     for (const char* key : {"Right", "Left", "Left", "Down", "Return"})
