@@ -9,6 +9,7 @@
 #include "gui/Keys.h"
 #include "gui/Scale.h"
 #include "gui/SelectionOwner.h"
+#include "gui/TouchInput.h"
 #include "gui/XConnection.h"
 #include "gui/Xdnd.h"
 
@@ -70,6 +71,8 @@ bool CApp::open() {
     gui = std::make_unique<CGui>();
     gui->setPalette(darkPalette());
     outsideDrags = std::make_unique<XdndTarget>(this);
+    touch = std::make_unique<TouchInput>(this);
+    touch->open();
     return true;
 }
 
@@ -176,8 +179,9 @@ void CApp::handleEvent(const XEvent& raw) {
         XRefreshKeyboardMapping(&mapping);
         return;
     }
-    CWin* win = windowOf(raw.xany.window);
     const HandlerScope scope(this);
+    if (touch && touch->handle(raw)) return;
+    CWin* win = windowOf(raw.xany.window);
     if (!win) {
         strangersEvent(raw);
         return;
@@ -204,7 +208,11 @@ void CApp::handleEvent(const XEvent& raw) {
     case MotionNotify:
         holdMotion(event);
         break;
+    case EnterNotify:
+        touch->pointerInside(true);
+        break;
     case LeaveNotify:
+        touch->pointerInside(false);
         if (event.xcrossing.mode == NotifyNormal) setHooverCtrl(nullptr, 0, 0);
         break;
     case FocusIn:
@@ -253,8 +261,10 @@ void CApp::strangersEvent(const XEvent& event) {
 void CApp::keyEvent(CWin* win, const XEvent& event) {
     if (CWin* owner = getMDIOwner(win)) win = owner;
     if (win->hasStyle(winPages) && win->parent) win = static_cast<CWin*>(win->parent);
+    if (drag.running()) drag.setMods(modifiersAfter(event));
     int key, mods;
     if (!translateKey(event, key, mods) || (key == 0 && mods == 0)) return;
+    if (event.type == KeyPress && key == keyEscape && drag.cancel()) return;
     if (event.type == KeyPress)
         win->keyDown(key, mods);
     else
@@ -278,7 +288,10 @@ bool CApp::secondPress(const XEvent& event) const {
 
 void CApp::press(CWin* win, const XEvent& event) {
     const XButtonEvent& button = event.xbutton;
-    if (otherButton(event)) return;
+    if (otherButton(event)) {
+        drag.cancel();
+        return;
+    }
     if (CWin* owner = getMDIOwner(win)) {
         win->raise(false);
         owner->setKeyCtrl(nullptr);
@@ -304,11 +317,11 @@ void CApp::wheel(CWin* win, const XEvent& event) {
     constexpr int across = 6, last = 7;
     const XButtonEvent& button = event.xbutton;
     const int number = int(button.button);
-    if (number > last) return;
+    if (number > last || touch->isCopy(button.time)) return;
     const int step = number % 2 == 0 ? wheelStep : -wheelStep;
     const int held = translateButton(0, button.state);
-    win->mouseWheel(button.x, button.y, held, number < across ? step : 0,
-                    number < across ? 0 : step);
+    const int dy = number < across ? step : 0, dx = number < across ? 0 : step;
+    if (!drag.wheel(dy, dx)) win->mouseWheel(button.x, button.y, held, dy, dx);
 }
 
 void CApp::focusEvent(CWin* win, const XEvent& event) {
@@ -442,6 +455,7 @@ CWin* CApp::winAtPos(int x, int y) const {
 }
 
 void CApp::forget(const CCtrl* ctrl) {
+    drag.forget(ctrl);
     timers.remove(ctrl);
     std::erase(followers, ctrl);
     for (CCtrl** slot :

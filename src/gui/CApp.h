@@ -3,6 +3,7 @@
 #include "base/CList.h"
 #include "base/CObject.h"
 #include "base/Delegates.h"
+#include "gui/CDrag.h"
 #include "gui/CGui.h"
 #include "gui/FrameClock.h"
 
@@ -16,6 +17,7 @@ class CCtrl;
 class CDragWin;
 class CDropItem;
 class CWin;
+class TouchInput;
 class XdndTarget;
 union _XEvent;
 
@@ -68,6 +70,9 @@ public:
     CWin* lastWin = nullptr;   ///< that is being told of its new focus
     CList* dragList = nullptr; ///< of CDropItem, owned with its contents; null without a drag
     CCtrl *dragCtrl = nullptr, *dragOverCtrl = nullptr;
+    CDrag drag{this};                  ///< of a control inside its window
+    std::unique_ptr<TouchInput> touch; ///< null until `open`
+    double restY = 0, restX = 0;       ///< parts of a notch that `CWin::touch` has kept
 
     CApp();
     ~CApp() override;

@@ -105,6 +105,10 @@ bool CCtrl::mouseWheel(int x, int y, int btn, int dy, int dx) {
     return onWheel && (*onWheel)(this, x, y, btn, dy, dx);
 }
 
+bool CCtrl::touch(int, int, int, const TouchStep&) {
+    return false;
+}
+
 void CCtrl::mouseOver(bool, int, int) {
 }
 

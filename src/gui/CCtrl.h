@@ -8,6 +8,7 @@
 class CGraphic;
 class CGroup;
 class CWin;
+struct TouchStep;
 
 /// Classes of the tree, in `CObject::category`; `type` is free for the control.
 enum CtrlCategory : int { catCtrl = 1, catGroup = 2, catGroupLike = 3, catWin = 4 };
@@ -83,6 +84,9 @@ public:
     virtual bool contextMenu() { return false; } ///< opens it by a key; false without one
     virtual void setFocus(bool on) { static_cast<void>(on); }       ///< key focus came or went
     virtual bool mouseWheel(int x, int y, int btn, int dy, int dx); ///< true when it was taken
+    /// Fine steps of a touchpad; true when they were taken. Those that nobody takes become turns of
+    /// the wheel, one for each whole notch.
+    virtual bool touch(int x, int y, int btn, const TouchStep& step);
     virtual void mouseOver(bool enter, int x, int y);
     virtual void needUpdate() {}
     virtual void _changed(CObject* sender, void* arg); ///< upward, to the window

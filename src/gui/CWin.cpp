@@ -4,6 +4,7 @@
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/Scale.h"
+#include "gui/TouchInput.h"
 #include "gui/Utf8.h"
 #include "gui/XConnection.h"
 #include "gui/Xdnd.h"
@@ -19,7 +20,7 @@
 namespace {
 
 constexpr long eventMask = KeyPressMask | KeyReleaseMask | ButtonPressMask | ButtonReleaseMask |
-                           PointerMotionMask | LeaveWindowMask | ExposureMask |
+                           PointerMotionMask | EnterWindowMask | LeaveWindowMask | ExposureMask |
                            StructureNotifyMask | FocusChangeMask | PropertyChangeMask;
 constexpr int captionButtonSize = 16, captionButtonMargin = 2, captionButtonStep = 18;
 constexpr int captionGap = 3;
@@ -101,6 +102,7 @@ void CWin::createHandle() {
         setHints();
     }
     app->addWindow(handle, this);
+    if (app->touch) app->touch->watch(handle);
     graphic = std::make_unique<CGraphic>(handle);
 }
 
@@ -331,6 +333,7 @@ void CWin::setFocus(bool on) {
     if (on) style &= ~winMinimized;
     if (!on) {
         setKeyCtrl(nullptr);
+        if (app->drag.of(mouseCtrl)) app->drag.cancel();
         CCtrl* pushed = mouseCtrl;
         mouseCtrl = nullptr;
         if (pushed) pushed->redraw();

@@ -90,6 +90,7 @@ public:
     bool keyUp(int key, int mods) override;
     void setFocus(bool on) override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
+    bool touch(int x, int y, int btn, const TouchStep& step) override;
     void _changed(CObject*, void*) override {} ///< what comes up from the controls ends here
     void notify(const CStr&, CObject*) override {}
     void resized() override;

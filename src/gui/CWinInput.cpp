@@ -1,16 +1,21 @@
 // The mouse and the keys of a window.
 #include "gui/CWin.h"
 
+#include "base/Numbers.h"
 #include "gui/CApp.h"
 #include "gui/Keys.h"
+#include "gui/TouchStep.h"
 #include "gui/XConnection.h"
 #include "gui/controls/CMDI.h"
 #include "gui/controls/CPopup.h"
 
 #include <X11/Xlib.h>
 
+#include <cmath>
+
 namespace {
 
+constexpr int wheelStep = 32;
 constexpr int edge = 3, corner = 3 * edge, moveStrip = 23;
 enum CaptionTag : int { tagSize = 1, tagClose = 2, tagToolbar = 3 };
 
@@ -222,7 +227,10 @@ void CWin::mouseMove(int x, int y, int btn) {
     } else if (mouseCtrl) {
         shape = mouseCtrl->cursor;
         const CPoint at = controlPos(mouseCtrl);
-        mouseCtrl->mouseMove(x - at.x, y - at.y, btn);
+        if (app->drag.of(mouseCtrl))
+            app->drag.moved(asPoint(x - at.x, y - at.y), btn);
+        else
+            mouseCtrl->mouseMove(x - at.x, y - at.y, btn);
         if (app->dragList && app->dragCtrl) app->dragStep(btn);
     } else {
         shape = hover(x, y, btn);
@@ -238,6 +246,7 @@ void CWin::mouseUp(int x, int y, int btn) {
     if (CCtrl* pushed = mouseCtrl) {
         mouseCtrl = nullptr;
         const CPoint at = controlPos(pushed);
+        if (app->drag.of(pushed)) app->drag.released(asPoint(x - at.x, y - at.y));
         pushed->mouseUp(x - at.x, y - at.y, btn);
     }
     if (sizeMode && isPage()) pageArea()->changed();
@@ -257,6 +266,24 @@ bool CWin::mouseWheel(int x, int y, int btn, int dy, int dx) {
         if (c->mouseWheel(x - at.x, y - at.y, btn, dy, dx)) return true;
     }
     return false;
+}
+
+bool CWin::touch(int x, int y, int btn, const TouchStep& step) {
+    CCtrl* hit = controlAtPos(x, y);
+    for (CCtrl *c = hit, *around; c && c->category != catWin; c = around) {
+        around = c->parent;
+        const CPoint at = controlPos(c);
+        if (c->touch(x - at.x, y - at.y, btn, step)) return true;
+    }
+    app->restX += step.dx;
+    app->restY += step.dy;
+    const auto whole = [](double& rest) {
+        const double notches = std::trunc(rest);
+        rest -= notches;
+        return asInt(notches) * wheelStep;
+    };
+    const int dy = whole(app->restY), dx = whole(app->restX);
+    return (dy || dx) && (app->drag.wheel(dy, dx) || mouseWheel(x, y, btn, dy, dx));
 }
 
 bool CWin::dropAt(int x, int y, int btn) {

@@ -68,6 +68,7 @@ void CWin::setMapped(bool on) {
         XMapWindow(display, handle);
         return;
     }
+    if (app->drag.of(mouseCtrl)) app->drag.cancel();
     mouseCtrl = nullptr;
     setKeyCtrl(nullptr);
     if (app->hooverCtrl && app->hooverCtrl->win == this) app->setHooverCtrl(nullptr, 0, 0);

@@ -73,6 +73,7 @@ void CWin::hide() {
             XSync(display, False);
         }
         app->windows.remove(this);
+        if (app->drag.of(mouseCtrl)) app->drag.cancel();
         mouseCtrl = keyCtrl = nullptr;
         if (app->hooverCtrl && app->hooverCtrl->win == this) app->setHooverCtrl(nullptr, 0, 0);
         if (app->dragCtrl && app->dragCtrl->win == this) app->endDrag(); // no release will come

@@ -97,6 +97,17 @@ bool translateKey(const XEvent& event, int& key, int& mods) {
     return true;
 }
 
+int modifiersAfter(const XEvent& event) {
+    XKeyEvent key = event.xkey;
+    const KeySym symbol = XLookupKeysym(&key, 0);
+    const int own = symbol == XK_Shift_L || symbol == XK_Shift_R       ? modShift
+                    : symbol == XK_Control_L || symbol == XK_Control_R ? modControl
+                    : symbol == XK_Alt_L || symbol == XK_Alt_R         ? modAlt
+                                                                       : 0;
+    const int before = modifiers(key.state);
+    return event.type == KeyPress ? before | own : before & ~own;
+}
+
 int translateButton(int button, unsigned state) {
     constexpr int ofButton[] = {0, modLeft, modMiddle, modRight};
     const int own = button >= 0 && button < 4 ? ofButton[button] : 0;

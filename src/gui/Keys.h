@@ -46,5 +46,7 @@ int upperKey(int key);
 /// The key code and modifiers of a key event. False for a key that means nothing here, such as a
 /// modifier alone. Control leaves the character as it is: Control-A is 'a' with `modControl`.
 bool translateKey(const _XEvent& event, int& key, int& mods);
+/// The modifiers that are held once a key event has happened.
+int modifiersAfter(const _XEvent& event);
 /// The flags of a mouse event: its own button (0 for a motion) and all that is held, from `state`.
 int translateButton(int button, unsigned state);

@@ -119,6 +119,26 @@ TEST_F(ControlTest, ASplitMovesItsNeighbour) {
     }
 }
 
+TEST_F(ControlTest, ASplitTakesKeysAndGivesADragBack) {
+    auto* panel = add(new CPanel(win.get(), "panel", 0, 0, 60, 60));
+    auto* split = add(new CSplit(win.get(), "split", 60, 60, 20, 20));
+    split->target = panel;
+    at(65, 65, "mousedown 1 mousemove_relative 30 0");
+    EXPECT_EQ(panel->width, 90);
+    xdo("key Escape mouseup 1");
+    EXPECT_EQ(panel->width, 60);
+    win->setKeyCtrl(split);
+    const struct {
+        const char* key;
+        int width;
+    } steps[] = {{"Right", 76}, {"Left", 60},   {"Left", 44}, {"Left", 0}, {"Right", 40},
+                 {"Return", 0}, {"Return", 40}, {"Up", 40},   {"Home", 0}};
+    for (const auto& step : steps) {
+        xdo(std::string("key ") + step.key);
+        EXPECT_EQ(panel->width, step.width) << step.key;
+    }
+}
+
 /// The grip sizes its page, or, where that fills its area, the window around; a maximized window
 /// stays, and keeps the size to go back to.
 TEST_F(ControlTest, AGripSizesTheWindow) {

@@ -10,45 +10,71 @@
 
 namespace {
 constexpr int cursorWidth = 3, cursorHeight = 4, cursorCorner = 10; // numbers of `CCtrl::cursor`
-constexpr int gripLines = 3, gripStep = 4;
+constexpr int gripLines = 3, gripStep = 4, keyStep = 16;
 } // namespace
 
 CSplit::CSplit(CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CCtrl(owner, name, l, t, w, h) {
-    hooverable = true;
+    hooverable = tabStop = true;
     cursor = cursorWidth;
 }
 
 void CSplit::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
-    g->fillRect(isHovered() || isPushed() ? colours.accent : colours.frame, rect);
+    const bool marked = isHovered() || isPushed() || hasKeyFocus();
+    g->fillRect(marked ? colours.accent : colours.frame, rect);
     cursor = horizontal ? cursorWidth : cursorHeight;
 }
 
+/// By screen coordinates: the bar moves under the pointer.
 void CSplit::mouseDown(int x, int y, int btn) {
     CCtrl::mouseDown(x, y, btn);
-    if (!target) return;
-    const CPoint at = mousePos();
-    dragStartX = at.x;
-    dragStartY = at.y;
-    startSize = horizontal ? target->width : target->height;
+    if (target && (btn & modLeft)) win->app->drag.start(this, this, asPoint(x, y), btn, 1);
 }
 
-void CSplit::mouseMove(int x, int y, int btn) {
-    CCtrl::mouseMove(x, y, btn);
-    if (!target || !isPushed() || !(btn & modLeft)) return;
-    const CPoint at = mousePos();
-    const int delta = horizontal ? at.x - dragStartX : at.y - dragStartY;
-    int size = startSize + (horizontal || fromTop ? delta : -delta);
-    if (size < minSize)
-        size = 0;
-    else if (maxSize != -1 && size < maxSize)
-        size = maxSize;
-    int& field = horizontal ? target->width : target->height;
-    if (size == field) return;
-    field = size;
+void CSplit::dragBegin(const DragPoint&) {
+    startSize = size();
+}
+
+void CSplit::dragMove(const DragPoint&) {
+    const CPoint at = mousePos(), from = win->app->lastMousePos;
+    const int delta = horizontal ? at.x - from.x : at.y - from.y;
+    resize(startSize + (horizontal || fromTop ? delta : -delta));
+}
+
+void CSplit::dragCancel() {
+    resize(startSize);
+}
+
+void CSplit::resize(int wanted) {
+    if (wanted < minSize)
+        wanted = 0;
+    else if (maxSize != -1 && wanted < maxSize)
+        wanted = maxSize;
+    if (wanted == size()) return;
+    if (size() > 0) openSize = size();
+    size() = wanted;
     win->resized();
     win->redraw();
+    if (onChange) (*onChange)(this);
+}
+
+bool CSplit::keyDown(int key, int mods) {
+    if (CCtrl::keyDown(key, mods)) return true;
+    if (mods || !target) return false;
+    const int on = horizontal ? keyRight : ::keyDown, back = horizontal ? keyLeft : ::keyUp;
+    const int least = asMax(minSize, maxSize);
+    if (key == on || key == back) {
+        const int by = (key == on) == (horizontal || fromTop) ? keyStep : -keyStep;
+        resize(size() == 0 && by > 0 ? least : size() + by);
+    } else if (key == keyHome || (key == keyReturn && size() > 0)) {
+        resize(0);
+    } else if (key == keyReturn) {
+        resize(asMax(openSize, least));
+    } else {
+        return false;
+    }
+    return true;
 }
 
 CSizer::CSizer(CWin* owner, const CStr& name, int l, int t, int w, int h)
