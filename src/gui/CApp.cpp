@@ -6,6 +6,7 @@
 #include "gui/CWin.h"
 #include "gui/FloatWins.h"
 #include "gui/ForeignWindows.h"
+#include "gui/InputMethod.h"
 #include "gui/Keys.h"
 #include "gui/Scale.h"
 #include "gui/SelectionOwner.h"
@@ -59,6 +60,7 @@ CApp::~CApp() {
     delete onFileDialog;
     backBuffer.reset();
     selectionOwner().close();
+    writing.reset();
     xConnection().close();
 }
 
@@ -73,6 +75,7 @@ bool CApp::open() {
     outsideDrags = std::make_unique<XdndTarget>(this);
     touch = std::make_unique<TouchInput>(this);
     touch->open();
+    writing = std::make_unique<InputMethod>();
     return true;
 }
 
@@ -103,8 +106,10 @@ bool CApp::nextEvent(XEvent& event) {
     Display* display = liveDisplay();
     if (!display) return false;
     frameIfDue(XPending(display) > 0);
-    if (!liveDisplay() || XPending(display) < 1 || xConnection().lost) return false;
-    XNextEvent(display, &event);
+    do {
+        if (!liveDisplay() || XPending(display) < 1 || xConnection().lost) return false;
+        XNextEvent(display, &event);
+    } while (keptByMethod(event));
     return true;
 }
 
@@ -256,19 +261,6 @@ void CApp::closeAsked(CWin* win) {
 void CApp::strangersEvent(const XEvent& event) {
     if (selectionOwner().handle(event) || outsideDrags->handle(nullptr, event)) return;
     callPlugin(this, event);
-}
-
-void CApp::keyEvent(CWin* win, const XEvent& event) {
-    if (CWin* owner = getMDIOwner(win)) win = owner;
-    if (win->hasStyle(winPages) && win->parent) win = static_cast<CWin*>(win->parent);
-    if (drag.running()) drag.setMods(modifiersAfter(event));
-    int key, mods;
-    if (!translateKey(event, key, mods) || (key == 0 && mods == 0)) return;
-    if (event.type == KeyPress && key == keyEscape && drag.cancel()) return;
-    if (event.type == KeyPress)
-        win->keyDown(key, mods);
-    else
-        win->keyUp(key, mods);
 }
 
 /// While a button is held, presses and releases of the others neither begin nor end anything.
@@ -432,6 +424,7 @@ void CApp::addWindow(unsigned long handle, CWin* win) {
 
 void CApp::removeWindow(unsigned long handle, CWin* win) {
     windowTable.erase(handle);
+    if (writing) writing->left(handle);
     windows.remove(win);
     for (CWin** slot : {&mainWin, &topMenu, &modalWin, &hintWin, &lastWin})
         if (*slot == win) *slot = nullptr;

@@ -17,6 +17,7 @@ class CCtrl;
 class CDragWin;
 class CDropItem;
 class CWin;
+class InputMethod;
 class TouchInput;
 class XdndTarget;
 union _XEvent;
@@ -178,6 +179,9 @@ private:
     void closeAsked(CWin* win);
     void strangersEvent(const _XEvent& event);
     void keyEvent(CWin* win, const _XEvent& event);
+    CWin* keyWindow(CWin* win) const;
+    bool keptByMethod(const _XEvent& event);
+    bool write(CWin* win, const _XEvent& event, int mods);
     void press(CWin* win, const _XEvent& event);
     void wheel(CWin* win, const _XEvent& event);
     bool otherButton(const _XEvent& event) const;
@@ -206,4 +210,5 @@ private:
     std::unique_ptr<_XEvent> heldMotion; ///< waits for the frame, in logical pixels
     std::unique_ptr<CDragWin> dragWin;   ///< made on first use
     std::unique_ptr<XdndTarget> outsideDrags;
+    std::unique_ptr<InputMethod> writing; ///< null until `open`
 };

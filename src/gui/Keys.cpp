@@ -1,12 +1,15 @@
 #include "gui/Keys.h"
 
 #include <X11/XF86keysym.h>
+#include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <X11/keysym.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
+#include <cwctype>
 #include <iterator>
 
 namespace {
@@ -54,7 +57,54 @@ int keyOfSymbol(KeySym symbol) {
     return found == std::end(symbolKeys) ? 0 : found->key;
 }
 
-int keyOfCharacter(unsigned char c) {
+/// Of the main block of a keyboard, by the code that its keys have everywhere; 0 for others.
+int latinAt(unsigned code, bool shifted) {
+    struct Row {
+        unsigned first;
+        const char *plain, *shifted;
+    };
+    constexpr Row rows[] = {{10, "1234567890-=", "!@#$%^&*()_+"},
+                            {24, "qwertyuiop[]", "QWERTYUIOP{}"},
+                            {38, "asdfghjkl;'`", "ASDFGHJKL:\"~"},
+                            {51, "\\zxcvbnm,./", "|ZXCVBNM<>?"}};
+    for (const Row& row : rows)
+        if (code >= row.first && code - row.first < std::strlen(row.plain))
+            return (shifted ? row.shifted : row.plain)[code - row.first];
+    return 0;
+}
+
+/// What stands at the place of a key in another layout that the user has, else where it usually is;
+/// 0 for none. The plain symbol of the key decides whether its layout has Latin letters.
+int latinPlace(XKeyEvent key) {
+    constexpr int layouts = 4;
+    constexpr KeySym lastLatin = 0xff;
+    const bool shifted = key.state & ShiftMask;
+    const int layout = int(XkbGroupForCoreState(key.state));
+    const auto symbolIn = [&](int group, int level) {
+        return XkbKeycodeToKeysym(key.display, KeyCode(key.keycode), unsigned(group),
+                                  unsigned(level));
+    };
+    if (symbolIn(layout, 0) <= lastLatin) return 0;
+    for (int group = 0; group < layouts; group++) {
+        const KeySym symbol = symbolIn(group, shifted);
+        if (symbol > ' ' && symbol < 0x7f) return int(symbol);
+    }
+    return latinAt(key.keycode, shifted);
+}
+
+int modifiers(unsigned state) {
+    return (state & ShiftMask ? modShift : 0) | (state & ControlMask ? modControl : 0) |
+           (state & Mod1Mask ? modAlt : 0);
+}
+
+} // namespace
+
+int upperKey(int key) {
+    if (key < 0) return key;
+    return key <= 255 ? std::toupper(key) : int(std::towupper(std::wint_t(key)));
+}
+
+int keyOfCharacter(uint32_t c) {
     switch (c) {
     case 8:
         return keyBackspace;
@@ -69,30 +119,26 @@ int keyOfCharacter(unsigned char c) {
     case 127:
         return keyDelete;
     default:
-        return c;
+        return int(c);
     }
-}
-
-int modifiers(unsigned state) {
-    return (state & ShiftMask ? modShift : 0) | (state & ControlMask ? modControl : 0) |
-           (state & Mod1Mask ? modAlt : 0);
-}
-
-} // namespace
-
-int upperKey(int key) {
-    return key >= 0 && key <= 255 ? std::toupper(key) : key;
 }
 
 bool translateKey(const XEvent& event, int& key, int& mods) {
     key = mods = 0;
     XKeyEvent plain = event.xkey;
     plain.state &= ~unsigned(ControlMask);
+    constexpr KeySym firstHigh = 0xa0;
     char text[255];
     KeySym symbol = NoSymbol;
     const int length = XLookupString(&plain, text, sizeof text, &symbol, nullptr);
-    key = length == 1 ? keyOfCharacter(static_cast<unsigned char>(text[0])) : keyOfSymbol(symbol);
-    if (length != 1 && key == 0) return false;
+    // Beyond ASCII the text depends on the locale, the symbol is the character of Latin-1.
+    const bool ascii = length == 1 && static_cast<unsigned char>(text[0]) < 0x80;
+    key = ascii                                   ? keyOfCharacter(uint32_t(text[0]))
+          : symbol >= firstHigh && symbol <= 0xff ? int(symbol)
+                                                  : keyOfSymbol(symbol);
+    if (!ascii && key == 0 && !IsModifierKey(symbol))
+        key = keyOfCharacter(uint32_t(latinPlace(plain)));
+    if (!ascii && key == 0) return false;
     mods = modifiers(event.xkey.state);
     return true;
 }

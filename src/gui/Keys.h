@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 union _XEvent;
 
 /// Buttons and modifiers of the mouse and key handlers, as one set of bits.
@@ -13,7 +15,7 @@ enum ModFlag : int {
     modAlt = 64,
 };
 
-/// Keys without a character of their own. All others are their character, 1 to 255.
+/// Keys without a character of their own. All others are their character, from 1 on.
 enum Key : int {
     keyHome = -1,
     keyLeft = -2,
@@ -42,9 +44,13 @@ enum Key : int {
 
 /// A key code with a small letter made a capital; all others as they are.
 int upperKey(int key);
+/// The key code of a character that was written.
+int keyOfCharacter(uint32_t character);
 
 /// The key code and modifiers of a key event. False for a key that means nothing here, such as a
-/// modifier alone. Control leaves the character as it is: Control-A is 'a' with `modControl`.
+/// modifier alone. Control leaves the character as it is: Control-A is 'a' with `modControl`. A key
+/// of a layout whose letters are not Latin stands for the Latin letter or sign at its place, so
+/// that shortcuts go by it; what it writes is told by `InputMethod`.
 bool translateKey(const _XEvent& event, int& key, int& mods);
 /// The modifiers that are held once a key event has happened.
 int modifiersAfter(const _XEvent& event);

@@ -56,6 +56,13 @@ uint32_t nextCharacter(std::string_view text, size_t& at) {
     return lead;
 }
 
+std::string utf8Of(uint32_t character) {
+    const int count = character < 0x80 ? 0 : character < 0x800 ? 1 : character < 0x10000 ? 2 : 3;
+    std::string text;
+    if (isProper(character, count)) append(text, character);
+    return text;
+}
+
 bool beginsWith(std::string_view text, std::string_view start) {
     size_t at = 0, startAt = 0;
     while (startAt < start.size()) {

@@ -8,6 +8,8 @@
 
 /// The character that begins at byte `at`, below the text's size, and moves `at` behind it.
 uint32_t nextCharacter(std::string_view text, size_t& at);
+/// One character; empty for what is none.
+std::string utf8Of(uint32_t character);
 /// Whether a text begins with another one, whatever the case of letters of Latin-1.
 bool beginsWith(std::string_view text, std::string_view start);
 /// The same text with all of it in UTF-8.

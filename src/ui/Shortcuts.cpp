@@ -18,6 +18,7 @@ constexpr NamedKey namedKeys[] = {
     {keyPageDown, "PAGEDOWN"}, {keyInsert, "INSERT"},
 };
 constexpr int functionKeys = 12;
+constexpr uint32_t mostKey = 255;
 
 } // namespace
 
@@ -25,8 +26,7 @@ CStr keyToStr(int key) {
     for (const NamedKey& k : namedKeys)
         if (k.key == key) return k.name;
     if (key <= keyF1 && key >= keyF12) return CStr("F") + asStr(keyF1 - key + 1);
-    if (key <= 0 || key > 255) return {};
-    return asUtf8(std::string(1, char(upperKey(key)))).c_str();
+    return key > 0 ? CStr(utf8Of(uint32_t(upperKey(key))).c_str()) : CStr();
 }
 
 int strToKey(const CStr& text) {
@@ -34,10 +34,11 @@ int strToKey(const CStr& text) {
         if (sameText(text, k.name)) return k.key;
     for (int i = 0; i < functionKeys; i++)
         if (sameText(text, keyToStr(keyF1 - i))) return keyF1 - i;
-    // Keys are Latin-1, the text is UTF-8.
-    const std::string key = asLatin1(text.asChar());
-    if (key.size() != 1 || (key == "?" && text != "?")) return 0;
-    return static_cast<unsigned char>(key[0]);
+    const std::string_view name = text.asChar();
+    size_t behind = 0;
+    const uint32_t key = name.empty() ? 0 : nextCharacter(name, behind);
+    // Letters of other scripts are never pressed: their keys stand for the Latin ones.
+    return behind == name.size() && key <= mostKey ? int(key) : 0;
 }
 
 CStr shortcutToStr(int key, int mods) {

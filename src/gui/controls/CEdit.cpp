@@ -282,7 +282,6 @@ bool CEdit::typeKey(int key) {
     deleteSelection();
     if (upperCase && key >= 'a' && key <= 'z') key += 'A' - 'a';
     if (onInput) (*onInput)(this, key, 0);
-    // Keys are Latin-1, the text is UTF-8.
-    if (key > 0) insertText(asUtf8(std::string(1, char(key))).c_str());
+    if (key > 0) insertText(utf8Of(uint32_t(key)).c_str());
     return true;
 }

@@ -167,7 +167,7 @@ bool CListbox::typeKey(int key, int mods) {
         return checkable;
     }
     typedAt = now;
-    typed += asUtf8(std::string(1, char(key))).c_str(); // keys are Latin-1
+    typed += utf8Of(uint32_t(key)).c_str();
     choose(rowOfText(typed));
     return true;
 }
@@ -175,7 +175,9 @@ bool CListbox::typeKey(int key, int mods) {
 /// The next line that begins with a text, in a ring. A second letter may stay on the line that the
 /// first one has found.
 int CListbox::rowOfText(const CStr& start) const {
-    const bool first = asLatin1(start.asChar()).size() == 1;
+    size_t behind = 0;
+    nextCharacter(start.asChar(), behind);
+    const bool first = int(behind) == start.length();
     const int from = index + (first ? 1 : 0);
     int line = 0, before = -1;
     for (const CListRow* at : each<CListRow>(items)) {

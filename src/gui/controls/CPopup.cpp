@@ -336,7 +336,7 @@ void CPopup::step(int by) {
 
 /// To the next line that begins with a letter, in a ring.
 void CPopup::jumpTo(int letter) {
-    const std::string start = asUtf8(std::string(1, char(letter))); // keys are Latin-1
+    const std::string start = utf8Of(uint32_t(letter));
     const auto begins = [&](const Line& at) {
         CMenuItem* item = getItem(at.index);
         const CStr text = item->kind == menuRows ? item->rowText(at.sub) : item->label();

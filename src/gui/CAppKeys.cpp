@@ -1,0 +1,55 @@
+// The keys of the windows, and the text that they write.
+#include "gui/CApp.h"
+#include "gui/CWin.h"
+#include "gui/InputMethod.h"
+#include "gui/Keys.h"
+#include "gui/Utf8.h"
+
+#include <X11/Xlib.h>
+
+/// Keys are text only where a text field has the focus; elsewhere none may wait for a second one.
+bool CApp::keptByMethod(const XEvent& event) {
+    if (event.type != KeyPress && event.type != KeyRelease) return writing->keeps(event);
+    CWin* win = windowOf(event.xkey.window);
+    const CCtrl* target = win ? keyWindow(win)->keyTarget() : nullptr;
+    const bool text = target && target->type == ctrlEdit && menus.empty();
+    writing->writeIn(text ? event.xkey.window : 0);
+    return text && writing->keeps(event);
+}
+
+/// The window that gets the keys of another: pages and their area leave them to the one around.
+CWin* CApp::keyWindow(CWin* win) const {
+    if (CWin* owner = getMDIOwner(win)) return owner;
+    return win->hasStyle(winPages) && win->parent ? static_cast<CWin*>(win->parent) : win;
+}
+
+/// Gives what a press writes to the text field with the focus, character by character; false when
+/// it is no text.
+bool CApp::write(CWin* win, const XEvent& event, int mods) {
+    constexpr uint32_t firstPrintable = ' ', deleted = 0x7f;
+    if (mods & (modControl | modAlt)) return false;
+    const std::string text = writing->textOf(event);
+    const unsigned long handle = win->handle;
+    bool written = false;
+    for (size_t at = 0; at < text.size() && windowOf(handle) == win;) {
+        const uint32_t character = nextCharacter(text, at);
+        if (character < firstPrintable || character == deleted) continue;
+        written = true;
+        win->keyDown(keyOfCharacter(character), mods);
+    }
+    return written;
+}
+
+void CApp::keyEvent(CWin* win, const XEvent& event) {
+    win = keyWindow(win);
+    if (drag.running()) drag.setMods(modifiersAfter(event));
+    int key, mods;
+    const bool known = translateKey(event, key, mods);
+    if (event.type == KeyPress && write(win, event, modifiersAfter(event))) return;
+    if (!known || (key == 0 && mods == 0)) return;
+    if (event.type == KeyPress && key == keyEscape && drag.cancel()) return;
+    if (event.type == KeyPress)
+        win->keyDown(key, mods);
+    else
+        win->keyUp(key, mods);
+}
