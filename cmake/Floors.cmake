@@ -22,7 +22,13 @@ function(sondrava_floor name)
     sondrava_precompiled(${name} standard)
 endfunction()
 
+# The folder holds windows: what a project stores it can read, but not write (see base/Stored.h).
+function(sondrava_windows name)
+    target_include_directories(${name} BEFORE PRIVATE ${CMAKE_SOURCE_DIR}/src/rights/windows)
+endfunction()
+
 # A room of windows: it stands on ui and what lies below, and sees no other room.
 function(sondrava_room name)
     sondrava_floor(${name} SOURCES ${ARGN} USES ui)
+    sondrava_windows(${name})
 endfunction()

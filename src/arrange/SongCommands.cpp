@@ -328,10 +328,9 @@ void SongCommands::snapNext() {
 
 /// At the position, the signature that is in force there.
 void SongCommands::addTimesig() {
-    auto* point = new CTimesigPart;
-    point->pos = asInt(seq()->getPos());
     const StoredValue::Numbers now = signatureHereOf(seq()).get();
-    point->setTimesig(asInt(now[0]), asInt(now[1]));
+    auto* point = new CTimesigPart(asInt(now[0]), asInt(now[1]));
+    point->pos = asInt(seq()->getPos());
     CUndo* step = qv->undoStart("Add time signature", seq(), {.seq = SeqNotice::parts});
     prog()->addTimesig(point, step);
     qv->undoEnd(step, false);

@@ -164,7 +164,7 @@ void CEffect::doMapping(const CMIDIBytes* event) {
     if (event->param == paramWet) setParam(paramWet, event->value);
 }
 
-void CEffect::setParam(int index, float value) {
+void CEffect::setParam(int index, ToStore<float> value) {
     if (index == paramPower) enable(value > 0.0f);
     if (index == paramWet) wet = fLimit(value, 0.0f, 1.0f);
 }

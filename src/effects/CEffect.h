@@ -32,7 +32,7 @@ public:
     int getDelay() override;
     void idle() override;
     /// `paramPower` and `paramWet` alone; `numParams` does not count them.
-    void setParam(int index, float value) override;
+    void setParam(int index, ToStore<float> value) override;
     CStr paramName(int index) override;
     CStr paramText(int index) override;
     float param(int index) override;

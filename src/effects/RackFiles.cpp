@@ -26,14 +26,15 @@ struct SettingWriter {
     CStream& stream;
 
     template <class Fx>
-    void setting(Fx& fx, float (Fx::*get)() const, void (Fx::*)(float)) {
+    void setting(Fx& fx, float (Fx::*get)() const, void (Fx::*)(ToStore<float>)) {
         stream.writeFloat((fx.*get)());
     }
     template <class Fx>
-    void setting(Fx& fx, int (Fx::*get)() const, void (Fx::*)(int)) {
+    void setting(Fx& fx, int (Fx::*get)() const, void (Fx::*)(ToStore<int>)) {
         stream.writeInt((fx.*get)());
     }
-    void ticks(CDelay& fx, void (CDelay::*get)(int&, int&) const, void (CDelay::*)(int, int)) {
+    void ticks(CDelay& fx, void (CDelay::*get)(int&, int&) const,
+               void (CDelay::*)(ToStore<int>, ToStore<int>)) {
         int mul = 1, div = 1;
         (fx.*get)(mul, div);
         stream.writeInt(mul);
@@ -49,14 +50,15 @@ struct SettingReader {
     bool has(size_t bytes) const { return stream.left() >= int64_t(bytes); }
 
     template <class Fx>
-    void setting(Fx& fx, float (Fx::*)() const, void (Fx::*set)(float)) {
+    void setting(Fx& fx, float (Fx::*)() const, void (Fx::*set)(ToStore<float>)) {
         if (has(sizeof(float))) (fx.*set)(stream.readFloat());
     }
     template <class Fx>
-    void setting(Fx& fx, int (Fx::*)() const, void (Fx::*set)(int)) {
+    void setting(Fx& fx, int (Fx::*)() const, void (Fx::*set)(ToStore<int>)) {
         if (has(sizeof(int))) (fx.*set)(stream.readInt());
     }
-    void ticks(CDelay& fx, void (CDelay::*)(int&, int&) const, void (CDelay::*set)(int, int)) {
+    void ticks(CDelay& fx, void (CDelay::*)(int&, int&) const,
+               void (CDelay::*set)(ToStore<int>, ToStore<int>)) {
         if (!has(2 * sizeof(int))) return;
         const int mul = stream.readInt();
         (fx.*set)(mul, stream.readInt());

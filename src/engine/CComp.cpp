@@ -126,7 +126,7 @@ void CComp::setRate(double rate) {
     for (auto* ch : each<COutputChannel>(outputs)) ch->setRate(rate);
 }
 
-void CComp::enable(int on) {
+void CComp::enable(ToStore<int> on) {
     if (enabled == on) return;
     enabled = on;
     host->hostNotices.raise(HostNotice::delays);
@@ -144,7 +144,7 @@ CStr CComp::getName(CObject* io) {
     return id;
 }
 
-void CComp::setProg(int index) {
+void CComp::setProg(ToStore<int> index) {
     if (index == curProg || index < 0 || index >= numProgs()) return;
     curProg = index;
     notices.raise(CompNotice::program);

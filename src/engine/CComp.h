@@ -5,6 +5,7 @@
 #include "base/CObject.h"
 #include "base/CStr.h"
 #include "base/GraphMark.h"
+#include "base/Stored.h"
 #include "engine/CIO.h"
 #include "engine/CMIDIQ.h"
 #include "engine/COutputChannel.h"
@@ -14,6 +15,7 @@
 #include "engine/Notices.h"
 
 #include <cassert>
+#include <vector>
 
 class CGraphic;
 class CMouseEdit;
@@ -24,6 +26,7 @@ class CUndoItem;
 class CWin;
 class UndoPlan;
 struct CRect;
+struct StoredValue;
 
 /// Where a component hangs; it also selects the pass of the traversal.
 enum ListKind : int {
@@ -57,9 +60,9 @@ public:
     Shared<int> listKind{listNone};
     int idleState = 2;
     CList comps; ///< of CComp, owned children
-    Shared<int> curProg{0};
+    Stored<int> curProg{0};
     CList progs; ///< of CProgram, owned
-    Shared<int> enabled{1};
+    Stored<int> enabled{1};
     Shared<int> sleeping{0}; ///< 1 while an undo step holds the component off the graph
     int posX = 32, posY = 32, iconW = 32, iconH = 32;
     Notices<CompNotice> notices; ///< to the interface
@@ -79,7 +82,7 @@ public:
     Shared<bool> busy{false};                              ///< inside `process`
     CList audioCables;                                     ///< of CAudioCable, owned in-edges
     CList midiCables;                                      ///< of CMIDICable, owned in-edges
-    Shared<float> wet{1.0f};                               ///< wet share of an insert, 0 to 1
+    Stored<float> wet{1.0f};                               ///< wet share of an insert, 0 to 1
     CList maps;                                            ///< of CMapProg, owned; host only
     Shared<int> curMap{0};
     Shared<unsigned char> allNotesOff{0}; ///< the next `mergeMIDI` silences every channel
@@ -115,14 +118,16 @@ public:
     virtual void process(int) {}
     virtual void mix(int frames);
     virtual void fx(int frames);
-    virtual void enable(int on); ///< also has the delay compensation renewed. Any thread
+    virtual void enable(ToStore<int> on); ///< also has the delay compensation renewed. Any thread
     virtual void sleep(int on) { sleeping = on; }
     virtual CStr getName(CObject* io);
     /// False leaves this source out of `mergeAudio`.
     virtual int canProcess() { return 1; }
     virtual int numParams() { return 0; }
     /// All parameters run from 0 to 1.
-    virtual void setParam(int, float) {}
+    virtual void setParam(int, ToStore<float>) {}
+    /// Appends what a parameter moves, where its own number would not bring that back.
+    virtual void listParam(int, std::vector<StoredValue>&) {}
     virtual CStr paramName(int) { return "noname"; }
     virtual CStr paramText(int) { return ""; }
     virtual float param(int) { return 0.0f; }
@@ -140,7 +145,7 @@ public:
     virtual void planStep(UndoPlan&, CUndo*) {}
     /// The step has been carried out. Graph holder.
     virtual void performPlan() {}
-    virtual void setProg(int index);
+    virtual void setProg(ToStore<int> index);
     virtual int numProgs() { return progs.getCount(); }
     /// Reads its own content, which ends at stream position `end`.
     virtual void read(CStream* stream, int end);
@@ -153,10 +158,10 @@ public:
     /// A duplicate, owned by the caller; null, with a message, where a class cannot be duplicated.
     virtual CComp* copy();
     virtual double getSync(int) { return 0.0; }
-    virtual void setLoop(int) {}
+    virtual void setLoop(ToStore<int>) {}
     virtual int getLoop() { return 0; }
     virtual void getLoopSection(int& from, int& to) { from = 0, to = 960; }
-    virtual void setLoopSection(int, int) {}
+    virtual void setLoopSection(ToStore<int>, ToStore<int>) {}
     virtual double getPos() { return 0.0; }
     virtual void getTimeSig(int& num, int& den) { num = 4, den = 4; }
     virtual void draw(CGraphic*, const CRect&, CMouseEdit*, CObject*) {}

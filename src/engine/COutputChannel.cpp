@@ -180,27 +180,27 @@ void COutputChannel::toggleSolo() {
     comp->host->values->set(soloOf(this), solo ? 0.0 : 1.0);
 }
 
-void COutputChannel::setEqPower(int band, bool on) {
+void COutputChannel::setEqPower(int band, ToStore<bool> on) {
     eq[band]->active = on;
     setEQChanged();
 }
 
-void COutputChannel::setEqFrequency(int band, float hz) {
+void COutputChannel::setEqFrequency(int band, ToStore<float> hz) {
     eq[band]->setFrequency(hz);
     setEQChanged();
 }
 
-void COutputChannel::setEqGain(int band, float db) {
+void COutputChannel::setEqGain(int band, ToStore<float> db) {
     eq[band]->setGain(db);
     setEQChanged();
 }
 
-void COutputChannel::setEqQ(int band, float q) {
+void COutputChannel::setEqQ(int band, ToStore<float> q) {
     eq[band]->setQ(q);
     setEQChanged();
 }
 
-void COutputChannel::setEqType(int band, int form) {
+void COutputChannel::setEqType(int band, ToStore<int> form) {
     eq[band]->setFilterType(form);
     setEQChanged();
 }

@@ -26,16 +26,17 @@ public:
     COutputChannel& operator=(const COutputChannel&) = delete;
 
     int ioIndex = -1;
-    Shared<unsigned char> showFader{1}, showExtra{0};
-    Shared<float> trim{0.0f};    ///< gain as a power of 4, -1 to 1
+    Stored<unsigned char> showFader{1};
+    Shared<unsigned char> showExtra{0};
+    Stored<float> trim{0.0f};    ///< gain as a power of 4, -1 to 1
     Shared<float> trimAux{1.0f}; ///< stored, without effect
-    Shared<float> vol{1.0f};     ///< fader, 0 to 1, squared when applied
+    Stored<float> vol{1.0f};     ///< fader, 0 to 1, squared when applied
     float gain = 1.0f, gainStep = 0.0f, gainTarget = 1.0f;
     int gainRamp = 0;        ///< frames left
-    Shared<float> pan{0.0f}; ///< -1 left to 1 right
+    Stored<float> pan{0.0f}; ///< -1 left to 1 right
     float panL = 1.0f, panR = 1.0f, panLStep = 0.0f, panRStep = 0.0f, panTarget = 0.0f;
     int panRamp = 0;
-    Shared<unsigned char> mute{0}, solo{0};
+    Stored<unsigned char> mute{0}, solo{0};
     Shared<int> anySolo{0}; ///< 1: a solo elsewhere silences this strip; see `spreadSolo`
     Shared<int> channels{2};
     float* bufL = nullptr; ///< owned, `frames` of the host
@@ -78,11 +79,11 @@ public:
     void toggleSolo();
 
     // A band of the equaliser, 0 to 3. Any thread; values are clamped as by `CEQ`.
-    void setEqPower(int band, bool on);
-    void setEqFrequency(int band, float hz);
-    void setEqGain(int band, float db);
-    void setEqQ(int band, float q);
-    void setEqType(int band, int form);
+    void setEqPower(int band, ToStore<bool> on);
+    void setEqFrequency(int band, ToStore<float> hz);
+    void setEqGain(int band, ToStore<float> db);
+    void setEqQ(int band, ToStore<float> q);
+    void setEqType(int band, ToStore<int> form);
     /// To be called after any change of a band, for `eqChangeTime`. Any thread.
     void setEQChanged();
 
@@ -90,7 +91,7 @@ public:
     int numParams() const;
     float param(int index) const;
     /// `value` 0 to 1. Any thread.
-    void setParam(int index, float value);
+    void setParam(int index, ToStore<float> value);
     static CStr paramName(int index);
     CStr paramText(int index) const;
 

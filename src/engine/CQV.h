@@ -49,7 +49,7 @@ public:
     Shared<int> audioSuspended{0}; ///< counts suspensions; the callback then only plays silence
     Shared<double> pos{0.0};       ///< ticks
     Shared<float> tempoNow{usualTempo}, tempo{usualTempo}; ///< beats per minute, 10 to 250
-    Shared<float> songTempo{usualTempo}; ///< the same, in force before the song's first tempo point
+    Stored<float> songTempo{usualTempo}; ///< the same, in force before the song's first tempo point
     Shared<int> playing{0}, recording{0};
     Shared<int> renderMode{0}; ///< 1: the graph belongs to an offline operation
     bool renderDry = false, renderFreeze = false;
@@ -77,7 +77,7 @@ public:
     const std::unique_ptr<ValueDoor> values; ///< what the user sets goes through it
     CList sends;                             ///< of CGroupCh, owned
     CStr presetFolder, clipFolder, sampleFolder;
-    Shared<int> loopStart{0}, loopEnd{3840}, loop{0}; ///< ticks
+    Stored<int> loopStart{0}, loopEnd{3840}, loop{0}; ///< ticks
     bool positionJumped = false;                      ///< during the block after a transport change
     CClick* click;                                    ///< owned
     Shared<CPreviewBase*> preview{nullptr};           ///< owned
@@ -125,7 +125,7 @@ public:
     /// The device components of a new project, from the enabled channels.
     void init() override;
     double getSync(int) override { return sync; }
-    void setLoop(int on) override { loop = on; }
+    void setLoop(ToStore<int> on) override;
     int getLoop() override { return loop; }
 
     // Transport.
@@ -134,7 +134,7 @@ public:
     void rec();
     /// The song's own tempo, clamped; in force from the next block on, until a tempo point says
     /// otherwise. Any thread.
-    void setTempo(float bpm);
+    void setTempo(ToStore<float> bpm);
     /// Makes a call now, or at the start of the next block if that has to wait (see above).
     void onTransport(const TransportCall& call);
     /// Ends a take at once and closes its step. Interface thread.

@@ -7,7 +7,7 @@ CSend::CSend(CComp* owner, COutputChannel* from) : comp(owner), channel(from) {
     type = typeSend;
 }
 
-void CSend::setParam(int param, float value) {
+void CSend::setParam(int param, ToStore<float> value) {
     if (param == 0) level = fLimit(value, 0.0f, 1.0f);
 }
 

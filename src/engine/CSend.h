@@ -3,6 +3,7 @@
 #include "base/Atomic.h"
 #include "base/CObject.h"
 #include "base/CStr.h"
+#include "base/Stored.h"
 
 class CComp;
 class COutputChannel;
@@ -14,11 +15,11 @@ public:
 
     CComp* comp;
     COutputChannel* channel;
-    Shared<float> level{0.0f}; ///< 0 to 1, squared when applied
+    Stored<float> level{0.0f}; ///< 0 to 1, squared when applied
     Shared<int> muted{0};
     Shared<int> shownLevel{-1}; ///< what the level control last painted, in percent
 
-    void setParam(int param, float value);
+    void setParam(int param, ToStore<float> value);
     float param(int index) const;
     /// The level in percent, with a "%".
     CStr paramText(int index) const;

@@ -42,7 +42,7 @@ int CSnap::asIndex() const {
     return i >= 0 && i <= barIndex ? i : defaultIndex;
 }
 
-void CSnap::indexToSnap(int newIndex) {
+void CSnap::indexToSnap(ToStore<int> newIndex) {
     if (newIndex >= 0 && newIndex <= barIndex) index = newIndex;
 }
 

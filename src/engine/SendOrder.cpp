@@ -69,7 +69,7 @@ void CSendRecord::store() {
 
 void CSendRecord::swapLevels() {
     for (int k = 0; k < maxSends; ++k) {
-        exchange(channel->sendLevels[k]->level, level[k]);
+        exchange(channel->sendLevels[k]->level.written(), level[k]);
         exchange(channel->sendLevels[k]->muted, muted[k]);
         exchange(channel->sendLevels[k]->shownLevel, shownLevel[k]);
     }

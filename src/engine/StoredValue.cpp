@@ -30,6 +30,13 @@ CStr StoredValue::name() const {
     return kind->name ? CStr(kind->name) : paramTitle(object, kind->param(index));
 }
 
+std::vector<StoredValue> StoredValue::parts() const {
+    std::vector<StoredValue> all;
+    if (kind->parts) kind->parts(object, index, all);
+    if (all.empty()) all.push_back(*this);
+    return all;
+}
+
 void KeptValue::exchange() {
     const StoredValue::Numbers now = value.get();
     value.set(other);
@@ -43,7 +50,7 @@ float paramShare(const CObject* target, int param) {
     return share;
 }
 
-void setParamShare(CObject* target, int param, float share) {
+void setParamShare(CObject* target, int param, ToStore<float> share) {
     asTarget(target, [&](auto* t) { t->setParam(param, share); });
 }
 

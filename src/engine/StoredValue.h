@@ -1,8 +1,10 @@
 #pragma once
 
 #include "base/CStr.h"
+#include "base/Stored.h"
 
 #include <array>
+#include <vector>
 
 class CObject;
 
@@ -22,6 +24,8 @@ struct StoredValue {
         void (*set)(CObject* object, int index, const Numbers& to);
         /// The parameter that `CQV::addMap` knows this value by, as it is, or null.
         int (*param)(int index) = nullptr;
+        /// Appends the values that this one stands for, if it stands for others; null: it does not.
+        void (*parts)(CObject* object, int index, std::vector<StoredValue>& all) = nullptr;
     };
 
     const Kind* kind;
@@ -29,9 +33,15 @@ struct StoredValue {
     int index = 0;
 
     Numbers get() const { return kind->get(object, index); }
-    void set(const Numbers& to) const { kind->set(object, index, to); }
     CStr name() const;
+    /// What has to be kept to bring it back: those that it stands for, or itself.
+    std::vector<StoredValue> parts() const;
     bool operator==(const StoredValue& other) const = default;
+
+private:
+    friend class ValueDoor;
+    friend struct KeptValue;
+    void set(const Numbers& to) const { kind->set(object, index, to); }
 };
 
 /// A value with other numbers, for a step of the history.
@@ -45,5 +55,5 @@ struct KeptValue {
 
 /// The parameter of a component, strip or send, 0 to 1.
 float paramShare(const CObject* target, int param);
-void setParamShare(CObject* target, int param, float share);
+void setParamShare(CObject* target, int param, ToStore<float> share);
 CStr paramTitle(const CObject* target, int param);

@@ -117,7 +117,7 @@ float COutputChannel::param(int index) const {
     }
 }
 
-void COutputChannel::setParam(int index, float value) {
+void COutputChannel::setParam(int index, ToStore<float> value) {
     if (isOfBand(index)) return setBandParam(this, bandOf(index), bandParamOf(index), value);
     switch (index) {
     case paramVol:

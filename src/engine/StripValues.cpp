@@ -79,7 +79,10 @@ const StoredValue::Kind share = {
     [](CObject* o, int param, const Numbers& to) {
         setParamShare(o, param, fLimit(float(to[0]), 0.0f, 1.0f));
     },
-    [](int param) { return param; }};
+    [](int param) { return param; },
+    [](CObject* o, int param, std::vector<StoredValue>& all) {
+        if (o->category == categoryComp) static_cast<CComp*>(o)->listParam(param, all);
+    }};
 
 const StoredValue::Kind tempo = {
     "Tempo",

@@ -56,7 +56,11 @@ void CQV::setPos(double ticks) {
     onTransport({[](CObject* q, double at, void*) { asHost(q)->setPosNow(at); }, this, ticks});
 }
 
-void CQV::setTempo(float bpm) {
+void CQV::setLoop(ToStore<int> on) {
+    loop = on;
+}
+
+void CQV::setTempo(ToStore<float> bpm) {
     songTempo = fLimit(bpm, minTempo, maxTempo);
     tempo = songTempo.load();
 }

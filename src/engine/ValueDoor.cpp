@@ -18,16 +18,19 @@ void ValueDoor::begin(const CStr& title) {
 template <class F>
 void ValueDoor::change(const StoredValue& value, F&& write) {
     assert(isInterfaceThread());
-    const Numbers before = value.get();
+    std::vector<Moved> moved;
+    for (const StoredValue& part : value.parts()) moved.push_back({part, part.get()});
     write();
-    if (value.get() == before) return;
+    std::erase_if(moved, [](const Moved& m) { return m.value.get() == m.before; });
+    if (moved.empty()) return;
     qv->countChange();
     if (value.kind->param) {
         const int param = value.kind->param(value.index);
         qv->paramMoved(value.object, param, paramShare(value.object, param)); // may make a step
     }
-    const auto known = std::ranges::find(entries, value, &Moved::value);
-    if (known == entries.end()) entries.push_back({value, before});
+    for (const Moved& m : moved)
+        if (std::ranges::find(entries, m.value, &Moved::value) == entries.end())
+            entries.push_back(m);
     if (!open) settle();
 }
 

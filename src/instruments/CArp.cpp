@@ -37,7 +37,7 @@ void CArp::init() {
     progs.add(new CArpProg);
 }
 
-void CArp::enable(int on) {
+void CArp::enable(ToStore<int> on) {
     CComp::enable(on);
     if (!on) ask(requestClear);
 }
@@ -83,7 +83,7 @@ CArpProg* CArp::getProg() {
 
 // Settings.
 
-void CArp::setMode(int v) {
+void CArp::setMode(ToStore<int> v) {
     CArpProg* prog = getProg();
     if (!prog) return;
     prog->setMode(v);
@@ -94,23 +94,23 @@ void CArp::setMode(int v) {
     ask(requestClear);
 }
 
-void CArp::setOctaveRng(int v) {
+void CArp::setOctaveRng(ToStore<int> v) {
     if (CArpProg* prog = getProg()) prog->setOctaves(v);
 }
 
-void CArp::setTransposeMode(int v) {
+void CArp::setTransposeMode(ToStore<int> v) {
     if (CArpProg* prog = getProg()) prog->setTransposeMode(v);
 }
 
-void CArp::setGate(float v) {
+void CArp::setGate(ToStore<float> v) {
     if (CArpProg* prog = getProg()) prog->setGate(v);
 }
 
-void CArp::setProb(float v) {
+void CArp::setProb(ToStore<float> v) {
     if (CArpProg* prog = getProg()) prog->setProb(v);
 }
 
-void CArp::setLatch(int v) {
+void CArp::setLatch(ToStore<int> v) {
     latch = asMinMax(v, 0, 1);
     if (!latch) ask(requestRelease);
 }

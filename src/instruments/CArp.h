@@ -18,9 +18,9 @@ public:
     /// Length of the two steps of a pair at full swing.
     static constexpr double swing[2] = {0.67, 1.33};
 
-    Shared<int> latch{0};             ///< 1: keys are kept until the next chord
-    Shared<int> ccGate{-1};           ///< controller that sets the gate, -1 none
-    Shared<int> ccSwing{-1};          ///< controller that sets the swing, -1 none
+    Stored<int> latch{0};             ///< 1: keys are kept until the next chord
+    Stored<int> ccGate{-1};           ///< controller that sets the gate, -1 none
+    Stored<int> ccSwing{-1};          ///< controller that sets the swing, -1 none
     CArpVoice voices[voiceCount];     ///< graph holder; the first active one takes all keys
     std::unique_ptr<CMIDIQ> noteOffs; ///< to come, in ticks from the next block; graph holder
     std::unique_ptr<CMIDIQ> noteOffsTmp;
@@ -30,7 +30,7 @@ public:
 
     void process(int frames) override;
     /// Switched off it lets go of all keys.
-    void enable(int on) override;
+    void enable(ToStore<int> on) override;
     /// Off the graph it forgets keys and notes.
     void sleep(int on) override;
     void perform(CUndoItem* item, int op) override;
@@ -47,13 +47,13 @@ public:
 
     // Settings of the current program, as its setters clamp them. Any thread but the audio thread.
     /// Lets go of all keys; random order also starts chance anew.
-    void setMode(int v);
-    void setOctaveRng(int v);
-    void setTransposeMode(int v);
-    void setGate(float v);
-    void setProb(float v);
+    void setMode(ToStore<int> v);
+    void setOctaveRng(ToStore<int> v);
+    void setTransposeMode(ToStore<int> v);
+    void setGate(ToStore<float> v);
+    void setProb(ToStore<float> v);
     /// Switched off it lets go of the keys that only the latch keeps.
-    void setLatch(int v);
+    void setLatch(ToStore<int> v);
     /// Replaces the programs by those of a .qva file, as one undoable step that lets go of all
     /// keys; the first one is current then. False, and all stays as it is, without any. Interface
     /// thread.

@@ -6,45 +6,45 @@
 
 #include <algorithm>
 
-void CArpProg::setMode(int v) {
-    const int valid = v >= 0 && v < arpModes ? v : int(arpAsPlayed);
+void CArpProg::setMode(ToStore<int> v) {
+    const int valid = v >= 0 && v < arpModes ? int(v) : int(arpAsPlayed);
     mode = valid;
     sorted = valid != arpAsPlayed && valid != arpChord;
 }
 
-void CArpProg::setSwing(float v) {
+void CArpProg::setSwing(ToStore<float> v) {
     swing = fLimit(v, 0.0f, 1.0f);
 }
 
-void CArpProg::setStepTicks(float v) {
+void CArpProg::setStepTicks(ToStore<float> v) {
     stepTicks = fLimit(v, minStep, maxStep);
 }
 
-void CArpProg::setTriplets(int v) {
+void CArpProg::setTriplets(ToStore<int> v) {
     triplets = asMinMax(v, 0, 1);
 }
 
-void CArpProg::setRndGate(float v) {
+void CArpProg::setRndGate(ToStore<float> v) {
     rndGate = fLimit(v, 0.0f, 1.0f);
 }
 
-void CArpProg::setRndVelocity(float v) {
+void CArpProg::setRndVelocity(ToStore<float> v) {
     rndVelocity = fLimit(v, 0.0f, 1.0f);
 }
 
-void CArpProg::setOctaves(int v) {
+void CArpProg::setOctaves(ToStore<int> v) {
     octaves = asMinMax(v, 1, maxOctaves);
 }
 
-void CArpProg::setTransposeMode(int v) {
+void CArpProg::setTransposeMode(ToStore<int> v) {
     transposeMode = asMinMax(v, 0, 1);
 }
 
-void CArpProg::setGate(float v) {
+void CArpProg::setGate(ToStore<float> v) {
     gate = fLimit(v, minShare, 1.0f);
 }
 
-void CArpProg::setProb(float v) {
+void CArpProg::setProb(ToStore<float> v) {
     prob = fLimit(v, minShare, 1.0f);
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Atomic.h"
+#include "base/Stored.h"
 #include "engine/CProgram.h"
 
 struct CArpVoice;
@@ -38,33 +38,33 @@ public:
     static constexpr int maxOctaves = 5;
 
     CArpKey keys[maxKeys];
-    Shared<int> sorted{1};           ///< keys are kept in ascending order, else as they come
-    Shared<int> mode{0};             ///< ArpMode
-    Shared<float> swing{0.0f};       ///< 0 to 1
-    Shared<float> stepTicks{240.0f}; ///< 1 to 3840
-    Shared<int> triplets{0};         ///< 1: a step takes two thirds
+    Stored<int> sorted{1};           ///< keys are kept in ascending order, else as they come
+    Stored<int> mode{0};             ///< ArpMode
+    Stored<float> swing{0.0f};       ///< 0 to 1
+    Stored<float> stepTicks{240.0f}; ///< 1 to 3840
+    Stored<int> triplets{0};         ///< 1: a step takes two thirds
     int keyCount = 0;
-    Shared<float> rndGate{0.0f};     ///< 0 to 1: how far chance shortens notes
-    Shared<float> rndVelocity{0.0f}; ///< 0 to 1: how far chance lowers velocities
+    Stored<float> rndGate{0.0f};     ///< 0 to 1: how far chance shortens notes
+    Stored<float> rndVelocity{0.0f}; ///< 0 to 1: how far chance lowers velocities
     int latchHeld = 0;               ///< keys held down while the latch is on
-    Shared<int> octaves{1};          ///< 1 to 5
-    Shared<int> transposeMode{0};    ///< 0 starts again at the bottom, 1 goes up and down
-    Shared<float> gate{1.0f};        ///< 0.01 to 1: length of a note, of its step
-    Shared<float> prob{1.0f};        ///< 0.01 to 1: chance that a step sounds
+    Stored<int> octaves{1};          ///< 1 to 5
+    Stored<int> transposeMode{0};    ///< 0 starts again at the bottom, 1 goes up and down
+    Stored<float> gate{1.0f};        ///< 0.01 to 1: length of a note, of its step
+    Stored<float> prob{1.0f};        ///< 0.01 to 1: chance that a step sounds
 
     CArpProg() { id = "program"; }
 
     // Settings. Any thread.
-    void setMode(int v); ///< outside the modes: 0
-    void setSwing(float v);
-    void setStepTicks(float v);
-    void setTriplets(int v);
-    void setRndGate(float v);
-    void setRndVelocity(float v);
-    void setOctaves(int v);
-    void setTransposeMode(int v);
-    void setGate(float v);
-    void setProb(float v);
+    void setMode(ToStore<int> v); ///< outside the modes: 0
+    void setSwing(ToStore<float> v);
+    void setStepTicks(ToStore<float> v);
+    void setTriplets(ToStore<int> v);
+    void setRndGate(ToStore<float> v);
+    void setRndVelocity(ToStore<float> v);
+    void setOctaves(ToStore<int> v);
+    void setTransposeMode(ToStore<int> v);
+    void setGate(ToStore<float> v);
+    void setProb(ToStore<float> v);
     /// Takes over name and settings, but no keys. Interface thread.
     void copySettings(const CArpProg& src);
 

@@ -3,6 +3,7 @@
 #include "base/Atomic.h"
 #include "base/CList.h"
 #include "base/CObject.h"
+#include "base/Stored.h"
 
 class CSound;
 class CSynthProg;
@@ -13,7 +14,7 @@ public:
     CSynthProg* prog;                 ///< owner
     CList sounds;                     ///< of CSound, owned
     Shared<CSound*> sound{nullptr};   ///< the one that the editor shows
-    Shared<unsigned char> editAll{0}; ///< 1: a change in the panel goes to every sound
+    Stored<unsigned char> editAll{0}; ///< 1: a change in the panel goes to every sound
 
     explicit CLayer(CSynthProg* owner);
     ~CLayer() override;

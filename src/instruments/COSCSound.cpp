@@ -238,6 +238,21 @@ void COSCSound::startVoice(CVoice* voice) {
     voice->modR.start(right + double(fLimit(phase2, 0.0f, 1.0f)) * 0.5);
 }
 
+Stored<float>* COSCSound::target(int number) {
+    switch (number) {
+    case targetFeed1:
+        return &feed1;
+    case targetFeed2:
+        return &feed2;
+    case targetPhaseMod:
+        return &phaseMod;
+    case targetDetune:
+        return &detune;
+    default:
+        return CSound::target(number);
+    }
+}
+
 void COSCSound::process(float* left, float* right, CVoice* voice, int frames) {
     processVoices(&voice, 1, left, right, frames);
 }

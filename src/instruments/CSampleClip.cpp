@@ -22,20 +22,24 @@ void CSampleClip::limitRange() {
     loopStart = asMinMax(loopStart, 0, last);
 }
 
-void CSampleClip::setOrgKey(int key) {
+void CSampleClip::setOrgKey(ToStore<int> key) {
     orgKey = (unsigned char)asMinMax(key, 0, 127);
 }
-void CSampleClip::setLoop(int v) {
+void CSampleClip::setLoop(ToStore<int> v) {
     loop = asMinMax(v, loopOff, loopForward);
 }
 
-void CSampleClip::setRange(int from, int to) {
+void CSampleClip::setRange(ToStore<int> from, ToStore<int> to) {
     start = from;
     end = to;
     limitRange();
 }
 
-void CSampleClip::setLoopStart(int frame) {
+void CSampleClip::setLoopStart(ToStore<int> frame) {
     loopStart = frame;
     limitRange();
+}
+
+void CSampleClip::setMode(ToStore<int> v) {
+    mode = v;
 }

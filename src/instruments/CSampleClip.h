@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audiofiles/CSample.h"
+#include "base/Stored.h"
 
 enum LoopMode : int { loopOff = 0, loopForward = 1 };
 
@@ -10,9 +11,9 @@ class CSampleClip : public CSample {
 public:
     static constexpr int middleKey = 60;
 
-    Shared<int> mode{0};                     ///< stored with kits, without effect on playing
-    Shared<int> start{0}, end{0};            ///< first and last frame to play
-    Shared<unsigned char> orgKey{middleKey}; ///< MIDI note at which it plays at its own pitch
+    Stored<int> mode{0};                     ///< stored with kits, without effect on playing
+    Stored<int> start{0}, end{0};            ///< first and last frame to play
+    Stored<unsigned char> orgKey{middleKey}; ///< MIDI note at which it plays at its own pitch
 
     /// As `CSample::open`; then all of it is played.
     bool open(CStr path) override;
@@ -21,9 +22,9 @@ public:
     /// Brings start, end and loop start inside the frames.
     void limitRange();
 
-    void setOrgKey(int key); ///< 0 to 127
-    void setMode(int v) { mode = v; }
-    void setLoop(int v); ///< LoopMode
-    void setRange(int from, int to);
-    void setLoopStart(int frame);
+    void setOrgKey(ToStore<int> key); ///< 0 to 127
+    void setMode(ToStore<int> v);
+    void setLoop(ToStore<int> v); ///< LoopMode
+    void setRange(ToStore<int> from, ToStore<int> to);
+    void setLoopStart(ToStore<int> frame);
 };

@@ -82,11 +82,33 @@ CLayer* CSampler::getLayer() {
 
 // Parameters.
 
-void CSampler::setParam(int index, float value) {
+void CSampler::setParam(int index, ToStore<float> value) {
     if (index < 0 || index >= controllers) return;
     paramValues[index] = value;
     if (CSynthProg* prog = getProg())
         prog->eachSound([&](CSound* s) { setValue(s, s->ccMap[index], value); });
+}
+
+/// The sounds, which need not agree, and what the parameter itself tells.
+void CSampler::listParam(int index, std::vector<StoredValue>& parts) {
+    using Numbers = StoredValue::Numbers;
+    static const StoredValue::Kind told = {
+        nullptr,
+        [](const CObject* o, int i) {
+            return Numbers{double(static_cast<const CSampler*>(o)->paramValues[i])};
+        },
+        [](CObject* o, int i, const Numbers& to) {
+            static_cast<CSampler*>(o)->paramValues[i] = float(to[0]);
+        },
+        [](int i) { return i; }};
+    if (index < 0 || index >= controllers) return;
+    parts.push_back({&told, this, index});
+    CSynthProg* prog = getProg();
+    if (!prog) return;
+    prog->eachSound([&](CSound* s) {
+        const int target = s->ccMap[index];
+        if (s->target(target)) parts.push_back(targetOf(s, target));
+    });
 }
 
 CStr CSampler::paramName(int index) {
@@ -104,7 +126,7 @@ float CSampler::param(int index) {
 
 // Programs.
 
-void CSampler::setProg(int index) {
+void CSampler::setProg(ToStore<int> index) {
     progChange = -1;
     CComp::setProg(index);
 }

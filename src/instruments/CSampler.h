@@ -27,7 +27,7 @@ public:
     Ring<int, CMIDIQ::capacity> guiQueue;    ///< packed messages from the interface thread
     int progChange = -1;                     ///< without a reader
     Shared<float> paramValues[controllers];  ///< last value of each automation parameter
-    Shared<int> mch{-1};                     ///< MIDI channel that is heard, -1 all
+    Stored<int> mch{-1};                     ///< MIDI channel that is heard, -1 all
     Shared<bool> frozen{false};              ///< in this block a file plays in its place
 
     explicit CSampler(CQV* root);
@@ -42,13 +42,14 @@ public:
     void process(int frames) override;
     /// One parameter per MIDI controller; each sound has its own map of what that moves.
     int numParams() override { return controllers; }
-    void setParam(int index, float value) override;
+    void setParam(int index, ToStore<float> value) override;
+    void listParam(int index, std::vector<StoredValue>& parts) override;
     CStr paramName(int index) override;
     CStr paramText(int index) override;
     float param(int index) override;
     void perform(CUndoItem* item, int op) override;
     /// Voices of the program before go on.
-    void setProg(int index) override;
+    void setProg(ToStore<int> index) override;
     /// Replaces programs, clips and options by those of a block. Interface thread.
     void read(CStream* stream, int end) override;
     void write(CStream* stream) override;

@@ -5,7 +5,6 @@
 #include "common/fx/CChorus.h"
 #include "common/fx/CPhaser.h"
 #include "engine/CQV.h"
-#include "instruments/COSCSound.h"
 #include "instruments/CSynthProg.h"
 
 #include <algorithm>
@@ -92,35 +91,34 @@ float CSound::bend() const {
     return layer->prog->bend[0];
 }
 
-void CSound::setVolume(float v) {
+void CSound::setVolume(ToStore<float> v) {
     volume = fLimit(v, 0.0f, 1.0f);
 }
-void CSound::setCutoff(float v) {
+void CSound::setCutoff(ToStore<float> v) {
     cutoff = fLimit(v, 0.0f, 1.0f);
 }
-void CSound::setQ(float v) {
+void CSound::setQ(ToStore<float> v) {
     q = fLimit(v, 0.0f, 1.0f);
 }
 
-void CSound::setPan(float v) {
-    if (!(v >= setPanFloor)) v = -1.0f;
-    pan = std::min(v, 1.0f);
+void CSound::setPan(ToStore<float> v) {
+    pan = v >= setPanFloor ? std::min(float(v), 1.0f) : -1.0f;
 }
 
-void CSound::setFilter(int v) {
+void CSound::setFilter(ToStore<int> v) {
     filter = v;
 }
 
-void CSound::pitchInitialChanged(int semitones) {
+void CSound::pitchInitialChanged(ToStore<int> semitones) {
     pitchEnv->initial = float(semitones);
 }
-void CSound::pitchAttackChanged(int percent) {
+void CSound::pitchAttackChanged(ToStore<int> percent) {
     pitchEnv->attack = float(percent) * 0.01f;
 }
-void CSound::pitchFinalChanged(int semitones) {
+void CSound::pitchFinalChanged(ToStore<int> semitones) {
     pitchEnv->final = float(semitones);
 }
-void CSound::pitchReleaseChanged(int percent) {
+void CSound::pitchReleaseChanged(ToStore<int> percent) {
     pitchEnv->release = float(percent) * 0.01f;
 }
 
@@ -145,40 +143,37 @@ void CSound::copyData(const CSound* other) {
     bendRange = other->bendRange;
 }
 
-void setValue(CSound* sound, int target, float value) {
-    const float v = fLimit(value, 0.0f, 1.0f);
-    switch (target) {
+Stored<float>* CSound::target(int number) {
+    switch (number) {
     case targetVolume:
-        sound->volume = v;
-        return;
+        return &volume;
     case targetPan:
-        sound->pan = 2.0f * v - 1.0f;
-        return;
+        return &pan;
     case targetCutoff:
-        sound->cutoff = v;
-        return;
+        return &cutoff;
     case targetQ:
-        sound->q = v;
-        return;
+        return &q;
     default:
-        break;
+        return nullptr;
     }
-    if (sound->type != typeOscSound) return;
-    auto* synth = static_cast<COSCSound*>(sound);
-    switch (target) {
-    case targetFeed1:
-        synth->feed1 = v;
-        return;
-    case targetFeed2:
-        synth->feed2 = v;
-        return;
-    case targetPhaseMod:
-        synth->phaseMod = v;
-        return;
-    case targetDetune:
-        synth->detune = v;
-        return;
-    default:
-        return;
-    }
+}
+
+void setValue(CSound* sound, int target, ToStore<float> value) {
+    const float share = fLimit(value, 0.0f, 1.0f);
+    if (Stored<float>* word = sound->target(target))
+        *word = target == targetPan ? 2.0f * share - 1.0f : share;
+}
+
+StoredValue targetOf(CSound* sound, int target) {
+    static const StoredValue::Kind kind = {
+        "Sound",
+        [](const CObject* o, int number) {
+            // A sound hands out its words without being const, though it changes nothing.
+            auto* s = const_cast<CSound*>(static_cast<const CSound*>(o));
+            return StoredValue::Numbers{double(*s->target(number))};
+        },
+        [](CObject* o, int number, const StoredValue::Numbers& to) {
+            *static_cast<CSound*>(o)->target(number) = float(to[0]);
+        }};
+    return {&kind, sound, target};
 }

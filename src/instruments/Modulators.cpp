@@ -40,7 +40,7 @@ void CEnvStage::hold(int newStage, float a, float b) {
     active = false;
 }
 
-void CMod::setSlot(int slot, int target, float amount) {
+void CMod::setSlot(int slot, int target, ToStore<float> amount) {
     params[slot].index = target;
     params[slot].amount = amount;
 }

@@ -3,6 +3,7 @@
 #include "base/Atomic.h"
 #include "base/CObject.h"
 #include "base/CStr.h"
+#include "base/Stored.h"
 
 class CStream;
 
@@ -81,9 +82,9 @@ struct CLFOStage {
 class CMod : public CObject {
 public:
     struct Param {
-        Shared<unsigned char> enabled{1}; ///< stored, without effect
-        Shared<int> index{targetNone};    ///< ModTarget; a number outside the list has no effect
-        Shared<float> amount{0.0f};       ///< semitones on the pitch, else -1 to 1
+        Stored<unsigned char> enabled{1}; ///< stored, without effect
+        Stored<int> index{targetNone};    ///< ModTarget; a number outside the list has no effect
+        Stored<float> amount{0.0f};       ///< semitones on the pitch, else -1 to 1
     };
 
     explicit CMod(int number) : index(number) {}
@@ -95,16 +96,16 @@ public:
     int index; ///< number of the modulator in its sound
     Param params[modSlots];
 
-    void setSlot(int slot, int target, float amount);
+    void setSlot(int slot, int target, ToStore<float> amount);
 };
 
 /// Attack, decay, sustain, release. Times are the square of their setting times `maxTime`.
 class CEnv : public CMod {
 public:
-    Shared<int> envType;       ///< stored; 1 on the amp and the filter envelope
-    Shared<int> maxTime{5000}; ///< milliseconds, 1 to 60000
-    Shared<float> initial{0.0f}, attack, decay, sustain, release; ///< 0 to 1
-    Shared<float> ac{0.0f}, dc{0.0f}, rc{0.0f};                   ///< curves, -1 to 1
+    Stored<int> envType;       ///< stored; 1 on the amp and the filter envelope
+    Stored<int> maxTime{5000}; ///< milliseconds, 1 to 60000
+    Stored<float> initial{0.0f}, attack, decay, sustain, release; ///< 0 to 1
+    Stored<float> ac{0.0f}, dc{0.0f}, rc{0.0f};                   ///< curves, -1 to 1
 
     CEnv(int number, float a, float d, float s, float r);
 
@@ -119,9 +120,9 @@ public:
 /// stored and bound to no panel.
 class CPitchEnv : public CMod {
 public:
-    Shared<int> maxTime{5000};
-    Shared<float> attack{0.0f}, initial{0.0f}, release{0.0f}, final{0.0f};
-    Shared<float> ac{0.0f}, rc{0.0f};
+    Stored<int> maxTime{5000};
+    Stored<float> attack{0.0f}, initial{0.0f}, release{0.0f}, final{0.0f};
+    Stored<float> ac{0.0f}, rc{0.0f};
 
     CPitchEnv();
 
@@ -135,13 +136,13 @@ enum LfoRestart : int { restartFree = 0, restartPoly = 1, restartMono = 2 };
 
 class CLFO : public CMod {
 public:
-    Shared<int> wave{lfoTri};
-    Shared<float> rate{6.0f};   ///< Hz, 0.01 to 50
-    Shared<int> sync{0};        ///< 1: a cycle lasts `mul` / `div` beats
-    Shared<int> mul{1}, div{1}; ///< 1 to 64
-    Shared<int> delay{0};       ///< milliseconds, 0 to 5000
-    Shared<int> inv{1};         ///< stored, without effect
-    Shared<int> restart{restartPoly};
+    Stored<int> wave{lfoTri};
+    Stored<float> rate{6.0f};   ///< Hz, 0.01 to 50
+    Stored<int> sync{0};        ///< 1: a cycle lasts `mul` / `div` beats
+    Stored<int> mul{1}, div{1}; ///< 1 to 64
+    Stored<int> delay{0};       ///< milliseconds, 0 to 5000
+    Stored<int> inv{1};         ///< stored, without effect
+    Stored<int> restart{restartPoly};
 
     explicit CLFO(int number);
 

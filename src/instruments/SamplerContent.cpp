@@ -27,24 +27,24 @@ constexpr int clipRoom = 1 << 10;                                            ///
 
 // A value that is not there leaves the field as it is, one that is no number too.
 
-void readFloat(CStream& s, Shared<float>& field, float low, float high) {
+void readFloat(CStream& s, Stored<float>& field, float low, float high) {
     if (s.left() < int64_t(sizeof(float))) return;
     const float v = s.readFloat();
     if (std::isfinite(v)) field = fLimit(v, low, high);
 }
 
 template <class T>
-void readInt(CStream& s, Shared<T>& field, int low, int high) {
+void readInt(CStream& s, Stored<T>& field, int low, int high) {
     if (s.left() >= int64_t(sizeof(int))) field = T(asMinMax(s.readInt(), low, high));
 }
 
 template <class T>
-void readByte(CStream& s, Shared<T>& field, int low, int high) {
+void readByte(CStream& s, Stored<T>& field, int low, int high) {
     if (s.left() >= 1) field = T(asMinMax(s.readByte(), low, high));
 }
 
 /// A byte that stands for one of a list: another one leaves the field.
-void readChoice(CStream& s, Shared<int>& field, int last) {
+void readChoice(CStream& s, Stored<int>& field, int last) {
     if (s.left() < 1) return;
     const int v = s.readByte();
     if (v <= last) field = v;
@@ -105,12 +105,12 @@ void readMods(CStream& s, CSound& sound) {
 
 /// A float for a setter that clamps and leaves out what is not a number.
 template <class Fx>
-void readSetting(CStream& s, Fx& fx, void (Fx::*set)(float)) {
+void readSetting(CStream& s, Fx& fx, void (Fx::*set)(ToStore<float>)) {
     if (s.left() >= int64_t(sizeof(float))) (fx.*set)(s.readFloat());
 }
 
 template <class Fx>
-void readSetting(CStream& s, Fx& fx, void (Fx::*set)(int)) {
+void readSetting(CStream& s, Fx& fx, void (Fx::*set)(ToStore<int>)) {
     if (s.left() >= int64_t(sizeof(int))) (fx.*set)(s.readInt());
 }
 
@@ -179,7 +179,7 @@ void readStrip(CStream& s, CSound& sound) {
     sound.reserved = (unsigned char)s.readByte();
     readByte(s, sound.solo, 0, 1);
     skip(s, 1);
-    for (Shared<int>* bound : {&sound.lowKey, &sound.hiKey, &sound.lowVel, &sound.hiVel})
+    for (Stored<int>* bound : {&sound.lowKey, &sound.hiKey, &sound.lowVel, &sound.hiVel})
         readByte(s, *bound, 0, 127);
 }
 

@@ -1,5 +1,7 @@
 #include "mixer/CEqView.h"
 
+#include "engine/CQV.h"
+#include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -14,9 +16,20 @@ CEqView::CEqView(CWin* owner, const CStr& name, int l, int t, int w, int h)
     curve.CalcCurve();
 }
 
-void CEqView::setBand(int index, CEQ* band) {
-    curve.handles[index]->link = band;
+void CEqView::setStrip(COutputChannel* shown) {
+    drag(false);
+    strip = shown;
+    for (int i = 0; i < EqCurve::numHandles; i++) {
+        curve.handles[i]->strip = strip;
+        curve.handles[i]->band = i;
+    }
     curve.Invalidate();
+}
+
+void CEqView::drag(bool on) {
+    if (strip && on && !dragging) strip->comp->host->values->begin();
+    if (strip && !on && dragging) strip->comp->host->values->end();
+    dragging = on;
 }
 
 void CEqView::setRate(double hz) {
@@ -35,7 +48,7 @@ void CEqView::mouseDown(int x, int y, int btn) {
     if (!(btn & (modLeft | modRight))) return;
     win->setKeyCtrl(this);
     current = curve.handleAt(x, y);
-    dragging = current >= 0;
+    drag(current >= 0);
     widens = (btn & modRight) != 0;
     if (dragging) {
         const CRect square = curve.handleRect(current);
@@ -46,7 +59,9 @@ void CEqView::mouseDown(int x, int y, int btn) {
 }
 
 void CEqView::mouseMove(int x, int y, int btn) {
-    if (!dragging || !isPushed() || !(btn & (modLeft | modRight))) return;
+    if (!dragging || (strip && !strip->comp->host->values->dragging()) || !isPushed() ||
+        !(btn & (modLeft | modRight)))
+        return;
     EqHandle& handle = *curve.handles[current];
     if (widens) {
         handle.SetQ(curve.ScreenToQ(y));
@@ -58,7 +73,7 @@ void CEqView::mouseMove(int x, int y, int btn) {
 }
 
 void CEqView::mouseUp(int, int, int) {
-    dragging = false;
+    drag(false);
 }
 
 bool CEqView::keyDown(int key, int mods) {

@@ -3,7 +3,7 @@
 #include "gui/CCtrl.h"
 #include "mixer/EqCurve.h"
 
-class CEQ;
+class COutputChannel;
 
 /// Shows the curve of a strip's four bands, whose handles are dragged: across the frequency, up and
 /// down the gain, with the right button the width (q) instead. By keys: 1 to 4 take a band, arrows
@@ -15,8 +15,8 @@ public:
 
     CEqView(CWin* win, const CStr& name, int left, int top, int width, int height);
 
-    /// Shows that band at `index`, 0 to 3, and changes it; null for none. Not owned.
-    void setBand(int index, CEQ* band);
+    /// Shows the bands of a strip and sets them, a drag at a time; null for none. Not owned.
+    void setStrip(COutputChannel* strip);
     void setRate(double hz);
 
     void paint(CGraphic* g, CRect rect) override;
@@ -28,8 +28,10 @@ public:
 
 private:
     void changed();
+    void drag(bool on);
 
     CPoint grab; ///< from the handle's point to the pointer
+    COutputChannel* strip = nullptr;
     bool dragging = false;
     bool widens = false; ///< the drag changes the width
 };

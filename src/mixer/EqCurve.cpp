@@ -2,6 +2,9 @@
 
 #include "base/Numbers.h"
 #include "common/fx/CEQ.h"
+#include "engine/CQV.h"
+#include "engine/StripValues.h"
+#include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -50,39 +53,51 @@ double decibels(double ratio) {
 
 } // namespace
 
+const CEQ* EqHandle::shown() const {
+    return strip ? strip->eq[band] : nullptr;
+}
+
+void EqHandle::tell(const StoredValue& value, double to) {
+    ValueDoor& values = *strip->comp->host->values;
+    if (values.dragging())
+        values.set(value, to);
+    else
+        values.nudge(value, to);
+}
+
 void EqHandle::SetGain(double db) {
     gain = clampTo(db, CEQ::minGain, CEQ::maxGain);
-    if (link) link->setGain(float(gain));
+    if (strip) tell(eqGainOf(strip, band), gain);
 }
 
 void EqHandle::SetQ(double value) {
     q = clampTo(value, CEQ::minQ, CEQ::maxQ);
-    if (link) link->setQ(float(q));
+    if (strip) tell(eqQOf(strip, band), q);
 }
 
 void EqHandle::SetFreq(double hz) {
     freq = clampTo(hz, CEQ::minFrequency, CEQ::maxFrequency);
-    if (link) link->setFrequency(float(freq));
+    if (strip) tell(eqFrequencyOf(strip, band), freq);
 }
 
 double EqHandle::GetGain() const {
-    return link ? double(link->getGain()) : gain;
+    return strip ? double(shown()->getGain()) : gain;
 }
 
 double EqHandle::GetQ() const {
-    return link ? double(link->getQ()) : q;
+    return strip ? double(shown()->getQ()) : q;
 }
 
 double EqHandle::GetFreq() const {
-    return link ? double(link->getFrequency()) : freq;
+    return strip ? double(shown()->getFrequency()) : freq;
 }
 
 int EqHandle::getKind() const {
-    return link ? link->getFilterType() : kind;
+    return strip ? shown()->getFilterType() : kind;
 }
 
 bool EqHandle::getActive() const {
-    return (link ? int(link->active) : active) == 1;
+    return (strip ? int(shown()->active) : active) == 1;
 }
 
 void EqHandle::GetRealCurve(const std::vector<double>& freqs, double rate,

@@ -9,9 +9,11 @@
 class CCtrl;
 class CEQ;
 class CGraphic;
+class COutputChannel;
 class EqCurve;
+struct StoredValue;
 
-/// The point of one band on a curve: its gain, frequency and width, or those of the band `link`.
+/// The point of one band on a curve: its gain, frequency and width, or those of a strip's band.
 class EqHandle : public CObject {
 public:
     int kind; ///< EqType
@@ -20,11 +22,12 @@ public:
     double q = 0.71;
     double freq; ///< Hz
     EqCurve* curve;
-    CEQ* link = nullptr; ///< what it shows and changes; not owned, null for none
+    COutputChannel* strip = nullptr; ///< what it shows and sets; not owned, null for none
+    int band = 0;                    ///< of the strip
 
     EqHandle(int form, int frequency, EqCurve* owner) : kind(form), freq(frequency), curve(owner) {}
 
-    // Clamped to the ranges of CEQ; a link takes them over.
+    // Clamped to the ranges of CEQ; for a strip through the host's values.
     void SetGain(double db);
     void SetQ(double value);
     void SetFreq(double hz);
@@ -37,6 +40,11 @@ public:
     /// Adds its response in dB, not below -120, to a value for each of the frequencies.
     void GetRealCurve(const std::vector<double>& freqs, double rate,
                       std::vector<double>& response) const;
+
+private:
+    const CEQ* shown() const; ///< the strip's band, or null
+    /// Within the drag that is under way, else as one of a run of steps.
+    void tell(const StoredValue& value, double to);
 };
 
 /// The response of four bands over three decades of frequency, from about 20 Hz on, and from -24 to

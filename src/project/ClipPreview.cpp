@@ -30,7 +30,7 @@ public:
         host.setFrames(blockFrames);
         host.setRate(double(like->rate));
         host.init();
-        host.setTempo(like->tempoNow);
+        host.setTempo(like->tempoNow.load());
         host.tempoNow = like->tempoNow.load();
         seq = addSequencer(&host);
     }

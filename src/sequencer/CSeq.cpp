@@ -245,7 +245,7 @@ double CSeq::getSync(int question) {
     }
 }
 
-void CSeq::setLoop(int on) {
+void CSeq::setLoop(ToStore<int> on) {
     if (CSeqProg* prog = getProg()) prog->loop = on != 0;
 }
 
@@ -261,7 +261,7 @@ void CSeq::getLoopSection(int& from, int& to) {
     to = prog->rightLocator;
 }
 
-void CSeq::setLoopSection(int from, int to) {
+void CSeq::setLoopSection(ToStore<int> from, ToStore<int> to) {
     CSeqProg* prog = getProg();
     if (!prog) return;
     prog->leftLocator = limitTicks(from);

@@ -130,10 +130,10 @@ public:
     void raiseSong(NoticeSet<SeqNotice> set) override { songNotices.raise(set); }
     /// 1 the position, 2 the loop switch, 3 and 4 the loop section; else `sync`.
     double getSync(int question) override;
-    void setLoop(int on) override;
+    void setLoop(ToStore<int> on) override;
     int getLoop() override;
     void getLoopSection(int& from, int& to) override;
-    void setLoopSection(int from, int to) override;
+    void setLoopSection(ToStore<int> from, ToStore<int> to) override;
     double getPos() override;
     void getTimeSig(int& num, int& den) override;
     int freezed(COutputChannel* channel) override;

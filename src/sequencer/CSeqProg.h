@@ -48,8 +48,8 @@ public:
     Shared<double> punchPos{0.0}; ///< ticks, where the present pass of a loop recording began
     Shared<double> prevPos{0.0};  ///< `pos` before the last block
     Shared<int64_t> samplePos{0}; ///< frames
-    Shared<unsigned char> loop{1};
-    Shared<int> leftLocator{0}, rightLocator{3840}; ///< ticks
+    Stored<unsigned char> loop{1};
+    Stored<int> leftLocator{0}, rightLocator{3840}; ///< ticks
     Shared<unsigned char> anySolo{0};
     Shared<unsigned char> playing{0};
     Shared<unsigned char> stopRequest{0}; ///< served by the next `process`

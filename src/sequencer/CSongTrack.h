@@ -3,6 +3,7 @@
 #include "base/Atomic.h"
 #include "base/CList.h"
 #include "base/CObject.h"
+#include "base/Stored.h"
 #include "sequencer/PartIndex.h"
 
 #include <memory>
@@ -63,8 +64,8 @@ public:
 
     bool muted() const { return hasFlag(songTrackMuted); }
     bool soloed() const { return hasFlag(songTrackSoloed); }
-    void setMuted(bool on) { setFlag(songTrackMuted, on); }
-    void setSoloed(bool on) { setFlag(songTrackSoloed, on); }
+    void setMuted(ToStore<bool> on) { setFlag(songTrackMuted, on); }
+    void setSoloed(ToStore<bool> on) { setFlag(songTrackSoloed, on); }
 
     /// Whether a part of this class may stand on this kind of track.
     bool acceptPart(const CPart* part) const;

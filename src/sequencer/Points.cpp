@@ -1,5 +1,7 @@
 #include "sequencer/Points.h"
 
+#include <algorithm>
+
 namespace {
 
 int signaturePart(int value) {
@@ -20,7 +22,8 @@ CPart* CMarkerPart::copy(int) {
     return part;
 }
 
-CTimesigPart::CTimesigPart() : CPart(partTimesig) {
+CTimesigPart::CTimesigPart(int numerator, int denominator)
+    : CPart(partTimesig), num(signaturePart(numerator)), den(signaturePart(denominator)) {
     id = "timesig";
     length = quarterTicks;
 }
@@ -31,7 +34,7 @@ CPart* CTimesigPart::copy(int) {
     return part;
 }
 
-void CTimesigPart::setTimesig(int newNum, int newDen) {
+void CTimesigPart::setTimesig(ToStore<int> newNum, ToStore<int> newDen) {
     num = signaturePart(newNum);
     den = signaturePart(newDen);
 }
@@ -47,6 +50,6 @@ CPart* CTempoPart::copy(int) {
     return part;
 }
 
-void CTempoPart::setTempo(float bpm) {
-    tempo = bpm > minTempo ? (bpm < maxTempo ? bpm : maxTempo) : minTempo;
+void CTempoPart::setTempo(ToStore<float> bpm) {
+    tempo = bpm > minTempo ? std::min(float(bpm), maxTempo) : minTempo;
 }

@@ -19,25 +19,25 @@ public:
 
 class CTimesigPart : public CPart {
 public:
-    CTimesigPart();
+    explicit CTimesigPart(int num = 4, int den = 4); ///< as by `setTimesig`
     CPart* copy(int withoutParams = 0) override;
     /// Each 1 to 960; 0 counts as 4.
-    void setTimesig(int num, int den);
+    void setTimesig(ToStore<int> num, ToStore<int> den);
     int getNum() const { return num; }
     int getDen() const { return den; }
     int spare = 0; ///< kept with the song, without effect
 
 private:
-    Shared<int> num{4}, den{4};
+    Stored<int> num, den;
 };
 
 class CTempoPart : public CPart {
 public:
-    Shared<float> tempo{120.0f}; ///< for the record makers of undo; else use the two below
+    Stored<float> tempo{120.0f}; ///< for the record makers of undo; else use the two below
 
     CTempoPart();
     CPart* copy(int withoutParams = 0) override;
     /// Beats per minute, kept within 10 to 250; not a number gives 10.
-    void setTempo(float bpm);
+    void setTempo(ToStore<float> bpm);
     float getTempo() const { return tempo; }
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Atomic.h"
+#include "base/Stored.h"
 
 /// Whether input reaches a track's output.
 enum class MonitorMode : int {
@@ -26,7 +26,7 @@ public:
         arranger = 26,
     };
 
-    Shared<unsigned char> bytes[size];
+    Stored<unsigned char> bytes[size];
 
     SongOptions();
     MonitorMode audioMonitorMode() const { return mode(audioMonitor); }

@@ -111,9 +111,13 @@ void createGuitaristProject(CSeq* seq) {
     addInsert(channel, fxReverb);
 }
 
+void startUnlooped(CQV* host) {
+    host->setLoop(0);
+}
+
 void frameSong(CSeq* seq) {
     GraphHold hold(seq->host);
-    seq->host->setLoop(0);
+    startUnlooped(seq->host);
     seq->setLoop(0);
     seq->setLoopSection(0, asMax(barTicks, seq->renderDuration()));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+class CQV;
 class CSeq;
 
 /// New projects. Each fills the current program of a sequencer whose host has its device components
@@ -17,6 +18,9 @@ void createPortaStudioProject(CSeq* seq);
 void createDrumAndBassProject(CSeq* seq);
 /// A drum and an audio track.
 void createGuitaristProject(CSeq* seq);
+
+/// What a new project begins with, with or without a song: the loop is off.
+void startUnlooped(CQV* host);
 
 /// What a song is given to the user with: the loop is off, and the locators lie around all of it,
 /// or around the first bar of an empty one.

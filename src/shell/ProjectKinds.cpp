@@ -30,7 +30,7 @@ const char* projectKindName(int kind) {
 
 void createProject(CQV* host, int kind) {
     const Standstill still(host);
-    host->setLoop(0);
+    startUnlooped(host);
     if (kind == kindDemo)
         buildDemoSong(host);
     else if (kind >= 0 && kind < offeredKinds && kinds[kind].create) {

@@ -11,6 +11,7 @@
 #include "gui/CApp.h"
 #include "gui/Monitors.h"
 #include "project/CompTable.h"
+#include "sequencer/Templates.h"
 #include "shell/AppHooks.h"
 #include "shell/AppIcon.h"
 #include "shell/CMainWin.h"
@@ -100,7 +101,7 @@ bool ProgramRun::open() {
 void ProgramRun::run() {
     app->addTimer(window.get(), heartbeatMs, true);
     qv->init();
-    qv->setLoop(0);
+    startUnlooped(qv);
     window->init();
     window->flows->start();
     if (qv->editorStruct.maximized) window->maximize();

@@ -3,6 +3,7 @@
 #include "common/fx/CBitcrusher.h"
 #include "common/fx/CDelay.h"
 #include "engine/StripFixture.h"
+#include "engine/ValueDoor.h"
 
 #include <memory>
 #include <numeric>
@@ -117,6 +118,21 @@ TEST(CEffect, PassesOverWhatItDoesNotKnow) {
     EXPECT_EQ(f.left[99], noise(2 * 256 + 99));
     f.rack->setParam(paramWet, 0.456f);
     EXPECT_EQ(f.rack->paramText(paramPower) + f.rack->paramText(paramWet), "Off46%");
+}
+
+/// What the user moves of an insert, through the host's values.
+TEST(CEffect, ParametersAreUndone) {
+    Studio f(true);
+    f.host->tasks->audioStopped();
+    for (const int param : {int(paramPower), int(paramWet)}) {
+        const float before = f.rack->param(param);
+        f.host->values->setParam(f.rack, param, before > 0.5f ? 0.0f : 1.0f);
+        f.host->settle();
+        EXPECT_NE(f.rack->param(param), before) << param;
+        f.host->undoClicked();
+        f.host->settle();
+        EXPECT_EQ(f.rack->param(param), before) << param;
+    }
 }
 
 /// Whatever program goes where while blocks run, the current one stays current; one that arrives

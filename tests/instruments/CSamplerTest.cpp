@@ -4,6 +4,7 @@
 #include "common/fx/CReverb.h"
 #include "engine/CFreezeItem.h"
 #include "engine/CUndo.h"
+#include "engine/ValueDoor.h"
 #include "support/RtTrap.h"
 
 namespace {
@@ -282,6 +283,29 @@ TEST(CSampler, StepsMuteWhatLeaves) {
     l.host.runUntil([&] { return l.sampler->progs.getCount() == 1; });
     EXPECT_EQ(int(l.sampler->curProg), 0);
     EXPECT_EQ(sounding(*l.sampler), 0);
+}
+
+/// A parameter moves sounds that need not agree; its undo brings each back to where it was.
+TEST(CSampler, ParametersAreUndoneSoundBySound) {
+    Linked l;
+    auto* other = new COSCSound(l.prog->layer, l.host.host);
+    l.prog->layer->addSound(other);
+    other->ccMap[74] = targetPan;
+    l.sound->ccMap[74] = targetCutoff;
+    l.sound->setCutoff(0.8f);
+    other->setPan(0.3f);
+    const auto moved = [&](float cutoff, float pan) {
+        l.host.host->settle();
+        return l.sound->cutoff == cutoff && other->pan == pan;
+    };
+    l.host.host->tasks->audioStopped();
+    l.host.host->values->setParam(l.sampler, 74, 0.25f);
+    EXPECT_TRUE(moved(0.25f, -0.5f));
+    EXPECT_STREQ(l.host.host->undoText().asChar(), "CC-74");
+    l.host.host->undoClicked();
+    EXPECT_TRUE(moved(0.8f, 0.3f)) << l.sound->cutoff << ", " << other->pan;
+    l.host.host->redoClicked();
+    EXPECT_TRUE(moved(0.25f, -0.5f));
 }
 
 /// Blocks full of notes of both kinds, effects and all, allocate nothing and lock nothing.

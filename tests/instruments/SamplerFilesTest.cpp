@@ -32,11 +32,11 @@ void readBytes(CSampler& s, const std::vector<unsigned char>& bytes) {
 /// Fills every stored field of a bench with something that is not its default.
 void fill(SoundBench& b) {
     std::mt19937 gen(1);
-    const auto any = [&](std::initializer_list<Shared<float>*> fields) {
-        for (Shared<float>* f : fields) *f = float(gen() % 1000 + 1) / 1001.0f;
+    const auto any = [&](std::initializer_list<Stored<float>*> fields) {
+        for (Stored<float>* f : fields) *f = float(gen() % 1000 + 1) / 1001.0f;
     };
-    const auto anyFrom2To5 = [&](std::initializer_list<Shared<int>*> fields) {
-        for (Shared<int>* f : fields) *f = int(gen() % 4 + 2);
+    const auto anyFrom2To5 = [&](std::initializer_list<Stored<int>*> fields) {
+        for (Stored<int>* f : fields) *f = int(gen() % 4 + 2);
     };
     COSCSound* o = b.addOsc();
     CWavSound* w = b.addWav({0.5f, -0.5f, 0.25f, 0.125f}, {0.1f, 0.2f, 0.3f, 0.4f}, 22050);

@@ -256,7 +256,7 @@ TEST(CSound, SurvivesWildSettings) {
     s->coarse = 1e30f;
     s->cutoff = 7.0f;
     s->phaseMod = 1e20f;
-    for (Shared<float>* f :
+    for (Stored<float>* f :
          {&s->volume, &s->width, &s->modRing, &s->q, &s->feed1, &s->pan, &s->lfo[0]->rate})
         *f = std::nanf("");
     s->envelope[1]->setSlot(0, targetCutoff, -40.0f);
@@ -268,7 +268,7 @@ TEST(CSound, SurvivesWildSettings) {
     const auto out = b.render(b.play(s, 60), 20000);
     for (float v : out) ASSERT_TRUE(std::isfinite(v));
     s->cutoff = s->volume = 1.0f;
-    for (Shared<float>* f :
+    for (Stored<float>* f :
          {&s->coarse, &s->width, &s->modRing, &s->q, &s->feed1, &s->phaseMod, &s->pan})
         *f = 0.0f;
     s->envelope[1]->setSlot(0, targetCutoff, 1.0f);

@@ -97,9 +97,15 @@ TEST_F(EqViewTest, ShowsTheResponseOfItsBands) {
 }
 
 TEST_F(EqViewTest, DragsAndKeysChangeTheBand) {
-    CEQ band(eqPeaking);
-    band.setFrequency(500);
-    view->setBand(1, &band);
+    CQV host;
+    host.settingsEnabled = false;
+    host.tasks->audioStopped();
+    CComp source(&host);
+    COutputChannel strip(&source);
+    const CEQ& band = *strip.eq[1];
+    strip.setEqPower(1, true);
+    strip.setEqFrequency(1, 500);
+    view->setStrip(&strip);
     int changes = 0;
     Target counter([&] { changes++; });
     view->onChange = counter.change();
@@ -123,11 +129,20 @@ TEST_F(EqViewTest, DragsAndKeysChangeTheBand) {
     EXPECT_EQ(band.getGain(), 24.0f);
     EXPECT_NEAR(double(band.getFrequency()), std::pow(10.0, 1.3 + 3.0 * 299 / width), 2.0);
 
-    const float before = view->curve.handles[0]->GetGain();
-    for (const char* k : {"1", "Up", "Up", "Right", "Right", "Left", "Prior"}) act({"key", k});
-    EXPECT_NEAR(view->curve.handles[0]->GetGain(), double(before) + 1, 1e-6);
-    EXPECT_NEAR(view->curve.handles[0]->GetFreq(), 100 * std::pow(10.0, 3.0 / width), 1e-6);
-    EXPECT_NEAR(view->curve.handles[0]->GetQ(), 0.71 * 1.1, 1e-6);
+    EXPECT_EQ(host.undoIndex, 2) << "a step a drag";
+    host.undoClicked();
+    host.settle();
+    EXPECT_NEAR(double(band.getGain()), 12, 1e-4);
+
+    for (const bool linked : {true, false}) {
+        view->setStrip(linked ? &strip : nullptr);
+        const EqHandle& first = *view->curve.handles[0];
+        const double gain = first.GetGain(), hz = first.GetFreq(), q = first.GetQ();
+        for (const char* k : {"1", "Up", "Up", "Right", "Right", "Left", "Prior"}) act({"key", k});
+        EXPECT_NEAR(first.GetGain(), gain + 1, 1e-6);
+        EXPECT_NEAR(first.GetFreq(), hz * std::pow(10.0, 3.0 / width), hz * 1e-6);
+        EXPECT_NEAR(first.GetQ(), q * 1.1, 1e-6);
+    }
 }
 
 /// Twice the magnitude in height, 8 pixels from band to band; the bands fall with each tick, and

@@ -8,8 +8,8 @@ class CBitcrusher : public CFX {
 public:
     static constexpr int maxBits = 32, maxDegrade = 64;
 
-    Shared<int> bits{4};              ///< 1 to `maxBits`
-    Shared<int> degrade{4};           ///< frames that a sample is held, 1 to `maxDegrade`
+    Stored<int> bits{4};              ///< 1 to `maxBits`
+    Stored<int> degrade{4};           ///< frames that a sample is held, 1 to `maxDegrade`
     int hold = 0;                     ///< frames since a sample was taken
     float holdL = 0.0f, holdR = 0.0f; ///< that sample, not yet rounded
 
@@ -18,8 +18,8 @@ public:
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
 
-    void setBits(int n) { store(bits, n, 1, maxBits); }
-    void setDegrade(int n) { store(degrade, n, 1, maxDegrade); }
+    void setBits(ToStore<int> n) { store(bits, n, 1, maxBits); }
+    void setDegrade(ToStore<int> n) { store(degrade, n, 1, maxDegrade); }
     int getBits() const { return bits; }
     int getDegrade() const { return degrade; }
 

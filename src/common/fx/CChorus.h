@@ -11,14 +11,14 @@ public:
     double phasePos = 0.0; ///< of the oscillator, in steps of its table
     int writeL = 0, writeR = 0;
     Shared<float*> bufferL{nullptr}, bufferR{nullptr}; ///< owned; none before first enabled
-    Shared<float> frequency{3.0f};                     ///< Hz
-    Shared<float> delay{20.0f};                        ///< ms
-    Shared<float> depth{0.1f};                         ///< part of `delay` that is swept
-    Shared<float> phase{90.0f};                        ///< of the right side, degrees
-    Shared<float> feedback{0.0f};
-    Shared<int> tempoSync{0};     ///< 1: `tickDen` / `tickNum` cycles a beat
-    Shared<float> waveform{0.0f}; ///< 0 sine, 1 triangle
-    Shared<int> tickNum{1}, tickDen{1};
+    Stored<float> frequency{3.0f};                     ///< Hz
+    Stored<float> delay{20.0f};                        ///< ms
+    Stored<float> depth{0.1f};                         ///< part of `delay` that is swept
+    Stored<float> phase{90.0f};                        ///< of the right side, degrees
+    Stored<float> feedback{0.0f};
+    Stored<int> tempoSync{0};     ///< 1: `tickDen` / `tickNum` cycles a beat
+    Stored<float> waveform{0.0f}; ///< 0 sine, 1 triangle
+    Stored<int> tickNum{1}, tickDen{1};
 
     CChorus(float hz, int frames);
     ~CChorus() override;
@@ -30,15 +30,15 @@ public:
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
 
-    void setFrequency(float hz) { store(frequency, hz, 0.0f, 100.0f); }
-    void setDelay(float ms) { store(delay, ms, 1.0f, 300.0f); }
-    void setDepth(float v) { store(depth, v, 0.0f, 1.0f); }
-    void setPhase(float degrees) { store(phase, degrees, 0.0f, 180.0f); }
-    void setFeedback(float v) { store(feedback, v, -1.0f, 1.0f); }
-    void setTempoSync(int on) { store(tempoSync, on, 0, 1); }
-    void setWaveform(float wave) { store(waveform, wave, 0.0f, 1.0f); }
-    void setTickNum(int n) { store(tickNum, n, 1, 64); }
-    void setTickDen(int n) { store(tickDen, n, 1, 64); }
+    void setFrequency(ToStore<float> hz) { store(frequency, hz, 0.0f, 100.0f); }
+    void setDelay(ToStore<float> ms) { store(delay, ms, 1.0f, 300.0f); }
+    void setDepth(ToStore<float> v) { store(depth, v, 0.0f, 1.0f); }
+    void setPhase(ToStore<float> degrees) { store(phase, degrees, 0.0f, 180.0f); }
+    void setFeedback(ToStore<float> v) { store(feedback, v, -1.0f, 1.0f); }
+    void setTempoSync(ToStore<int> on) { store(tempoSync, on, 0, 1); }
+    void setWaveform(ToStore<float> wave) { store(waveform, wave, 0.0f, 1.0f); }
+    void setTickNum(ToStore<int> n) { store(tickNum, n, 1, 64); }
+    void setTickDen(ToStore<int> n) { store(tickDen, n, 1, 64); }
     float getFrequency() const { return frequency; }
     float getDelay() const { return delay; }
     float getDepth() const { return depth; }

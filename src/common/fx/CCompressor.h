@@ -7,11 +7,11 @@
 /// `wet` stay 1 and are not used.
 class CCompressor : public CFX {
 public:
-    Shared<float> threshold{-20.0f}; ///< dB
-    Shared<float> ratio{0.3f};       ///< inverse: dB out for each dB over the threshold
-    Shared<float> attack{10.0f}, release{100.0f}; ///< ms
-    Shared<float> gain{6.0f};                     ///< dB
-    Shared<int> limiter{0};                       ///< 1: a hard limit takes the place of `ratio`
+    Stored<float> threshold{-20.0f}; ///< dB
+    Stored<float> ratio{0.3f};       ///< inverse: dB out for each dB over the threshold
+    Stored<float> attack{10.0f}, release{100.0f}; ///< ms
+    Stored<float> gain{6.0f};                     ///< dB
+    Stored<int> limiter{0};                       ///< 1: a hard limit takes the place of `ratio`
 
     CCompressor(float hz, int frames);
 
@@ -19,12 +19,12 @@ public:
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
 
-    void setThreshold(float dB) { store(threshold, dB, -100.0f, 0.0f); }
-    void setRatio(float inverse) { store(ratio, inverse, 0.05f, 1.0f); }
-    void setAttack(float ms) { store(attack, ms, 1.0f, 500.0f); }
-    void setRelease(float ms) { store(release, ms, 1.0f, 5000.0f); }
-    void setGain(float dB) { store(gain, dB, -24.0f, 24.0f); }
-    void setLimiter(int on) { store(limiter, on, 0, 1); }
+    void setThreshold(ToStore<float> dB) { store(threshold, dB, -100.0f, 0.0f); }
+    void setRatio(ToStore<float> inverse) { store(ratio, inverse, 0.05f, 1.0f); }
+    void setAttack(ToStore<float> ms) { store(attack, ms, 1.0f, 500.0f); }
+    void setRelease(ToStore<float> ms) { store(release, ms, 1.0f, 5000.0f); }
+    void setGain(ToStore<float> dB) { store(gain, dB, -24.0f, 24.0f); }
+    void setLimiter(ToStore<int> on) { store(limiter, on, 0, 1); }
     float getThreshold() const { return threshold; }
     float getRatio() const { return ratio; }
     float getAttack() const { return attack; }

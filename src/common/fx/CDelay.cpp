@@ -82,12 +82,12 @@ void CDelay::clear() {
     if (bufferR) std::fill_n(bufferR.load(), bufferFrames, 0.0f);
 }
 
-void CDelay::setTicksLeft(int mul, int div) {
+void CDelay::setTicksLeft(ToStore<int> mul, ToStore<int> div) {
     store(mulLeft, mul, 1, 32);
     store(divLeft, div, 1, 32);
 }
 
-void CDelay::setTicksRight(int mul, int div) {
+void CDelay::setTicksRight(ToStore<int> mul, ToStore<int> div) {
     store(mulRight, mul, 1, 32);
     store(divRight, div, 1, 32);
 }

@@ -10,15 +10,15 @@ public:
     static constexpr int bufferFrames = 480000; ///< of each line; echoes are cut to it
 
     int shared = 0; ///< 1: the lines belong to somebody else
-    Shared<float> feedback{0.5f};
-    Shared<float> timeLeft{200.0f}, timeRight{200.0f}; ///< milliseconds, without `sync`
-    Shared<float> spread{0.0f};                        ///< ms that the right tap reads ahead
-    Shared<int> sync{1};                               ///< 1: beats times `mul` / `div`
-    Shared<float> panLeft{-1.0f}, panRight{1.0f};      ///< where each line sounds, -1 to 1
+    Stored<float> feedback{0.5f};
+    Stored<float> timeLeft{200.0f}, timeRight{200.0f}; ///< milliseconds, without `sync`
+    Stored<float> spread{0.0f};                        ///< ms that the right tap reads ahead
+    Stored<int> sync{1};                               ///< 1: beats times `mul` / `div`
+    Stored<float> panLeft{-1.0f}, panRight{1.0f};      ///< where each line sounds, -1 to 1
     Shared<float*> bufferL{nullptr}, bufferR{nullptr}; ///< owned unless `shared`, or none
     int posL = 0, posR = 0;
-    Shared<float> cross{0.0f};
-    Shared<int> mulLeft{1}, divLeft{1}, mulRight{1}, divRight{1};
+    Stored<float> cross{0.0f};
+    Stored<int> mulLeft{1}, divLeft{1}, mulRight{1}, divRight{1};
 
     CDelay(float hz, int frames);
     ~CDelay() override;
@@ -33,17 +33,17 @@ public:
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
 
-    void setFeedback(float v) { store(feedback, v, 0.0f, 1.0f); }
-    void setTimeLeft(float ms) { store(timeLeft, ms, 1.0f, 5000.0f); }
-    void setTimeRight(float ms) { store(timeRight, ms, 1.0f, 5000.0f); }
-    void setSpread(float ms) { store(spread, ms, 0.0f, 5000.0f); }
-    void setSync(int on) { store(sync, on, 0, 1); }
-    void setPanLeft(float v) { store(panLeft, v, -1.0f, 1.0f); }
-    void setPanRight(float v) { store(panRight, v, -1.0f, 1.0f); }
-    void setCross(float v) { store(cross, v, 0.0f, 1.0f); }
+    void setFeedback(ToStore<float> v) { store(feedback, v, 0.0f, 1.0f); }
+    void setTimeLeft(ToStore<float> ms) { store(timeLeft, ms, 1.0f, 5000.0f); }
+    void setTimeRight(ToStore<float> ms) { store(timeRight, ms, 1.0f, 5000.0f); }
+    void setSpread(ToStore<float> ms) { store(spread, ms, 0.0f, 5000.0f); }
+    void setSync(ToStore<int> on) { store(sync, on, 0, 1); }
+    void setPanLeft(ToStore<float> v) { store(panLeft, v, -1.0f, 1.0f); }
+    void setPanRight(ToStore<float> v) { store(panRight, v, -1.0f, 1.0f); }
+    void setCross(ToStore<float> v) { store(cross, v, 0.0f, 1.0f); }
     /// An echo every `mul` / `div` beats, both 1 to 32.
-    void setTicksLeft(int mul, int div);
-    void setTicksRight(int mul, int div);
+    void setTicksLeft(ToStore<int> mul, ToStore<int> div);
+    void setTicksRight(ToStore<int> mul, ToStore<int> div);
     float getFeedback() const { return feedback; }
     float getTimeLeft() const { return timeLeft; }
     float getTimeRight() const { return timeRight; }

@@ -63,22 +63,22 @@ void CEQ::setRate(float hz) {
     calculateFilter();
 }
 
-void CEQ::setFilterType(int form) {
+void CEQ::setFilterType(ToStore<int> form) {
     filterType = form;
     calculateFilter();
 }
 
-void CEQ::setGain(float db) {
+void CEQ::setGain(ToStore<float> db) {
     store(gain, db, minGain, maxGain);
     calculateFilter();
 }
 
-void CEQ::setQ(float value) {
+void CEQ::setQ(ToStore<float> value) {
     store(q, value, minQ, maxQ);
     calculateFilter();
 }
 
-void CEQ::setFrequency(float hz) {
+void CEQ::setFrequency(ToStore<float> hz) {
     store(frequency, hz, minFrequency, maxFrequency);
     calculateFilter();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Newest.h"
+#include "base/Stored.h"
 #include "common/fx/CFX.h"
 #include "common/fx/EqBands.h"
 
@@ -31,11 +32,11 @@ public:
     static constexpr float minGain = -24.0f, maxGain = 24.0f;
     static constexpr float minQ = 0.1f, maxQ = 12.0f;
 
-    Shared<int> active{1};
-    Shared<int> filterType;           ///< of `EqType`
-    Shared<float> frequency{4000.0f}; ///< Hz
-    Shared<float> gain{0.0f};         ///< dB
-    Shared<float> q{minQ};
+    Stored<int> active{1};
+    Stored<int> filterType;           ///< of `EqType`
+    Stored<float> frequency{4000.0f}; ///< Hz
+    Stored<float> gain{0.0f};         ///< dB
+    Stored<float> q{minQ};
     int state[4] = {-1, -1, -1, -1}; ///< kept with the band, without effect
 
     explicit CEQ(int type);
@@ -46,10 +47,10 @@ public:
     /// The band with its newest filter, to be run next. Audio thread.
     EqBand* ready();
 
-    void setFilterType(int form);
-    void setGain(float db);
-    void setQ(float value);
-    void setFrequency(float hz);
+    void setFilterType(ToStore<int> form);
+    void setGain(ToStore<float> db);
+    void setQ(ToStore<float> value);
+    void setFrequency(ToStore<float> hz);
     float getFrequency() const { return frequency; }
     float getQ() const { return q; }
     float getGain() const { return gain; }

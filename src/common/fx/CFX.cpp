@@ -47,10 +47,18 @@ void CFX::setEnabled(int on) {
 void CFX::clear() {
 }
 
-void CFX::store(Shared<float>& field, float value, float low, float high) {
+void CFX::store(Stored<float>& field, float value, float low, float high) {
     if (std::isfinite(value)) field = fLimit(value, low, high);
 }
 
-void CFX::store(Shared<int>& field, int value, int low, int high) {
+void CFX::store(Stored<int>& field, int value, int low, int high) {
     field = asMinMax(value, low, high);
+}
+
+void CFX::setDry(ToStore<float> value) {
+    dry = value;
+}
+
+void CFX::setWet(ToStore<float> value) {
+    wet = value;
 }

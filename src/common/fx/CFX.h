@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/Atomic.h"
 #include "base/CObject.h"
+#include "base/Stored.h"
 
 /// The kinds of effect, stored in `CObject::type` and in files.
 enum FxKind {
@@ -18,17 +18,17 @@ enum FxKind {
 /// Base of every built-in effect: stereo blocks in, stereo blocks out. A plain one is a
 /// no-operation. `id` is the display name, `type` one of `FxKind`.
 ///
-/// Shared words are parameters: any thread stores them, `process` reads them once per block.
+/// Stored words are parameters: any thread stores them, `process` reads them once per block.
 /// Setters of parameters take the range told at them, clamp what lies outside and ignore a value
 /// that is not finite, so a reader of files may hand on what it finds.
 class CFX : public CObject {
 public:
-    Shared<float> dry{1.0f}, wet{1.0f}; ///< gains of the input and of the effect
+    Stored<float> dry{1.0f}, wet{1.0f}; ///< gains of the input and of the effect
     float tempo = 120.0f;               ///< beats a minute; its owner writes it before `process`
     float rate = 44100.0f;              ///< frames a second
     float* bufL = nullptr;              ///< owned; input of a send effect: the owner sums into it
     float* bufR = nullptr;              ///< owned; both of the length given to `setFrames`, or null
-    Shared<int> enabled{0};             ///< tested by the owner, not by `process`
+    Stored<int> enabled{0};             ///< tested by the owner, not by `process`
 
     /// `hz` frames a second, above 0. `frames` is the block size, for `bufL` and `bufR`.
     explicit CFX(float hz = 44100.0f, int frames = 0);
@@ -50,12 +50,12 @@ public:
     /// Frames by which the output is late.
     virtual int latency() const { return 0; }
 
-    void setDry(float value) { dry = value; }
-    void setWet(float value) { wet = value; }
+    void setDry(ToStore<float> value);
+    void setWet(ToStore<float> value);
     float getDry() const { return dry; }
     float getWet() const { return wet; }
 
 protected:
-    static void store(Shared<float>& field, float value, float low, float high);
-    static void store(Shared<int>& field, int value, int low, int high);
+    static void store(Stored<float>& field, float value, float low, float high);
+    static void store(Stored<int>& field, int value, int low, int high);
 };

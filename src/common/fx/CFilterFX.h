@@ -24,10 +24,10 @@ public:
         void advance(long count);   ///< after `count` steps, at most `left`, while any are left
     };
 
-    Shared<int> filterMode{low};
-    Shared<float> resonance{0.0f};     ///< 0 to 1
-    Shared<float> cutoffRequest{1.0f}; ///< 0 to 1, heard through `cutoff`
-    Shared<float> driveRequest{0.0f};  ///< 0 to 1, heard through `drive`
+    Stored<int> filterMode{low};
+    Stored<float> resonance{0.0f};     ///< 0 to 1
+    Stored<float> cutoffRequest{1.0f}; ///< 0 to 1, heard through `cutoff`
+    Stored<float> driveRequest{0.0f};  ///< 0 to 1, heard through `drive`
     Ramp cutoff{1.0f}, drive{0.0f};
     double lows[2] = {}, bands[2] = {}; ///< of left and right
 
@@ -38,10 +38,10 @@ public:
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
 
-    void setFilterMode(int mode) { store(filterMode, mode, low, high); }
-    void setCutoff(float v) { store(cutoffRequest, v, 0.0f, 1.0f); }
-    void setResonance(float v) { store(resonance, v, 0.0f, 1.0f); }
-    void setDrive(float v) { store(driveRequest, v, 0.0f, 1.0f); }
+    void setFilterMode(ToStore<int> mode) { store(filterMode, mode, low, high); }
+    void setCutoff(ToStore<float> v) { store(cutoffRequest, v, 0.0f, 1.0f); }
+    void setResonance(ToStore<float> v) { store(resonance, v, 0.0f, 1.0f); }
+    void setDrive(ToStore<float> v) { store(driveRequest, v, 0.0f, 1.0f); }
     int getFilterMode() const { return filterMode; }
     float getCutoff() const { return cutoffRequest; }
     float getResonance() const { return resonance; }

@@ -10,8 +10,8 @@
 /// to them, and from one channel to another.
 class CGuitarAmp : public CFX {
 public:
-    Shared<int> channel{ampClean}; ///< of `AmpType`; any other and the output stays as it is
-    Shared<float> threshold{0.0f}; ///< of the gate, as a magnitude
+    Stored<int> channel{ampClean}; ///< of `AmpType`; any other and the output stays as it is
+    Stored<float> threshold{0.0f}; ///< of the gate, as a magnitude
     void* amps[ampTypes] = {};     ///< owned, one per channel
 
     CGuitarAmp(float hz, int frames);
@@ -24,27 +24,27 @@ public:
     void clear() override;
     int latency() const override { return ampLatency; }
 
-    void setChannel(int value) { store(channel, value, 0, ampTypes - 1); }
-    void setThreshold(float value) { store(threshold, value, 0.0f, 1.0f); }
+    void setChannel(ToStore<int> value) { store(channel, value, 0, ampTypes - 1); }
+    void setThreshold(ToStore<float> value) { store(threshold, value, 0.0f, 1.0f); }
     int getChannel() const { return channel; }
     float getThreshold() const { return threshold; }
 
     // Clean
-    void setBass(float v) { set(ampClean, cleanBass, v); }
-    void setMid(float v) { set(ampClean, cleanMid, v); }
-    void setTreble(float v) { set(ampClean, cleanTreble, v); }
-    void setVolume(float v) { set(ampClean, cleanVolume, v); }
+    void setBass(ToStore<float> v) { set(ampClean, cleanBass, v); }
+    void setMid(ToStore<float> v) { set(ampClean, cleanMid, v); }
+    void setTreble(ToStore<float> v) { set(ampClean, cleanTreble, v); }
+    void setVolume(ToStore<float> v) { set(ampClean, cleanVolume, v); }
     float getBass() const { return get(ampClean, cleanBass); }
     float getMid() const { return get(ampClean, cleanMid); }
     float getTreble() const { return get(ampClean, cleanTreble); }
     float getVolume() const { return get(ampClean, cleanVolume); }
 
     // Crunch
-    void setDrive2(float v) { set(ampCrunch, crunchDrive, v); }
-    void setBass2(float v) { set(ampCrunch, crunchBass, v); }
-    void setTreble2(float v) { set(ampCrunch, crunchTreble, v); }
-    void setTopCut2(float v) { set(ampCrunch, crunchTopCut, v); }
-    void setVolume2(float v) { set(ampCrunch, crunchVolume, v); }
+    void setDrive2(ToStore<float> v) { set(ampCrunch, crunchDrive, v); }
+    void setBass2(ToStore<float> v) { set(ampCrunch, crunchBass, v); }
+    void setTreble2(ToStore<float> v) { set(ampCrunch, crunchTreble, v); }
+    void setTopCut2(ToStore<float> v) { set(ampCrunch, crunchTopCut, v); }
+    void setVolume2(ToStore<float> v) { set(ampCrunch, crunchVolume, v); }
     float getDrive2() const { return get(ampCrunch, crunchDrive); }
     float getBass2() const { return get(ampCrunch, crunchBass); }
     float getTreble2() const { return get(ampCrunch, crunchTreble); }
@@ -52,12 +52,12 @@ public:
     float getVolume2() const { return get(ampCrunch, crunchVolume); }
 
     // Dirty
-    void setDrive3(float v) { set(ampDirty, dirtyDrive, v); }
-    void setBass3(float v) { set(ampDirty, dirtyBass, v); }
-    void setMid3(float v) { set(ampDirty, dirtyMid, v); }
-    void setTreble3(float v) { set(ampDirty, dirtyTreble, v); }
-    void setPresence3(float v) { set(ampDirty, dirtyPresence, v); }
-    void setVolume3(float v) { set(ampDirty, dirtyVolume, v); }
+    void setDrive3(ToStore<float> v) { set(ampDirty, dirtyDrive, v); }
+    void setBass3(ToStore<float> v) { set(ampDirty, dirtyBass, v); }
+    void setMid3(ToStore<float> v) { set(ampDirty, dirtyMid, v); }
+    void setTreble3(ToStore<float> v) { set(ampDirty, dirtyTreble, v); }
+    void setPresence3(ToStore<float> v) { set(ampDirty, dirtyPresence, v); }
+    void setVolume3(ToStore<float> v) { set(ampDirty, dirtyVolume, v); }
     float getDrive3() const { return get(ampDirty, dirtyDrive); }
     float getBass3() const { return get(ampDirty, dirtyBass); }
     float getMid3() const { return get(ampDirty, dirtyMid); }

@@ -175,16 +175,16 @@ void CReverb::clear() {
     startModulation();
 }
 
-void CReverb::setSize(int ms) {
+void CReverb::setSize(ToStore<int> ms) {
     size = asMinMax(ms, 1000, 60000);
     setDecay(size);
 }
 
-void CReverb::setRevTimeOld(int ms) {
+void CReverb::setRevTimeOld(ToStore<int> ms) {
     setSize(ms / 1000 * 1000);
 }
 
-void CReverb::setDecay(int ms) {
+void CReverb::setDecay(ToStore<int> ms) {
     const double seconds = ms * 0.001;
     for (int i = 0; i < lines; i++) {
         const double gain = std::pow(10.0, -3.0 * lengths[i] / (double(rate) * seconds));
@@ -194,12 +194,12 @@ void CReverb::setDecay(int ms) {
     }
 }
 
-void CReverb::setLowCutFrq(float hz) {
+void CReverb::setLowCutFrq(ToStore<float> hz) {
     store(lowCut, hz, 20.0f, 20000.0f);
     calculateFilter(0, lowCut);
 }
 
-void CReverb::setHighCutFrq(float hz) {
+void CReverb::setHighCutFrq(ToStore<float> hz) {
     store(highCut, hz, 20.0f, 20000.0f);
     calculateFilter(1, highCut);
 }

@@ -17,10 +17,10 @@ public:
 
     int state = 1;                                     ///< 1 idle, 2 working
     int silence = 0;                                   ///< silent frames since it left idle
-    Shared<float> lowCut{20.0f}, highCut{20000.0f};    ///< Hz; no sound depends on them
+    Stored<float> lowCut{20.0f}, highCut{20000.0f};    ///< Hz; no sound depends on them
     float lowCutCoeffs[5] = {}, highCutCoeffs[5] = {}; ///< b0, b1, b2, a1, a2
-    Shared<int> size{2000};                            ///< ms
-    Shared<int> preDelay{20};                          ///< ms
+    Stored<int> size{2000};                            ///< ms
+    Stored<int> preDelay{20};                          ///< ms
     int lengths[lineCount] = {};                       ///< samples, whatever the rate
     float signL[lineCount] = {}, signR[lineCount] = {};
     MSVRAP1ModDelayLine modLines[modLineCount];
@@ -38,13 +38,13 @@ public:
     /// Forgets the tail at once; its modulation goes on. Holder of the graph only.
     void suspend();
 
-    void setSize(int ms);       ///< 1000 to 60000
-    void setRevTimeOld(int ms); ///< as `setSize`, of whole seconds
+    void setSize(ToStore<int> ms);       ///< 1000 to 60000
+    void setRevTimeOld(ToStore<int> ms); ///< as `setSize`, of whole seconds
     int getRevTime() const { return size; }
-    void setPreDelay(int ms) { store(preDelay, ms, 0, 250); }
+    void setPreDelay(ToStore<int> ms) { store(preDelay, ms, 0, 250); }
     int getPreDelay() const { return preDelay; }
-    void setLowCutFrq(float hz); ///< 20 to 20000, as `setHighCutFrq`
-    void setHighCutFrq(float hz);
+    void setLowCutFrq(ToStore<float> hz); ///< 20 to 20000, as `setHighCutFrq`
+    void setHighCutFrq(ToStore<float> hz);
     float getLowCutFrq() const { return lowCut; }
     float getHighCutFrq() const { return highCut; }
 
@@ -54,7 +54,7 @@ private:
 
     Shared<int> clearRequest{0};
 
-    void setDecay(int ms);
+    void setDecay(ToStore<int> ms);
     void calculateFilter(int mode, float frequency);
     void readLines(Chunk& c, int count);
     void filterLines(Chunk& c, int count);

@@ -6,7 +6,7 @@ namespace {
 using Amp = CGuitarAmp;
 
 const struct {
-    void (Amp::*set)(float);
+    void (Amp::*set)(ToStore<float>);
     int type, index;
 } knobs[] = {{&Amp::setBass, 0, 0},    {&Amp::setMid, 0, 1},       {&Amp::setTreble, 0, 2},
              {&Amp::setVolume, 0, 3},  {&Amp::setDrive2, 1, 0},    {&Amp::setBass2, 1, 1},
