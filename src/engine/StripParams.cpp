@@ -5,6 +5,7 @@
 #include "engine/COutputChannel.h"
 
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -16,8 +17,6 @@ enum Param : int {
     paramSolo = 19,
     paramCount = 19
 };
-enum BandParam : int { bandPower, bandGain, bandFrequency, bandQ, paramsPerBand };
-
 constexpr float threshold = 0.5f; ///< of a switch
 constexpr double panSteps = 64;
 
@@ -32,57 +31,8 @@ constexpr Range gainRange{CEQ::minGain, CEQ::maxGain};
 constexpr Range frequencyRange{CEQ::minFrequency, CEQ::maxFrequency};
 constexpr Range qRange{CEQ::minQ, CEQ::maxQ};
 
-bool isOfBand(int index) {
-    return index >= paramFirstBand && index < paramFirstBand + eqBandCount * paramsPerBand;
-}
-int bandOf(int index) {
-    return (index - paramFirstBand) / paramsPerBand;
-}
-int bandParamOf(int index) {
-    return (index - paramFirstBand) % paramsPerBand;
-}
-
-float bandParam(const CEQ& band, int param) {
-    switch (param) {
-    case bandPower:
-        return band.active == 1 ? 1.0f : 0.0f;
-    case bandGain:
-        return gainRange.share(band.gain);
-    case bandFrequency:
-        return frequencyRange.share(band.frequency);
-    default:
-        return qRange.share(band.q);
-    }
-}
-
-void setBandParam(COutputChannel* ch, int band, int param, float value) {
-    switch (param) {
-    case bandPower:
-        return ch->setEqPower(band, value >= threshold);
-    case bandGain:
-        return ch->setEqGain(band, gainRange.value(value));
-    case bandFrequency:
-        return ch->setEqFrequency(band, frequencyRange.value(value));
-    default:
-        return ch->setEqQ(band, qRange.value(value));
-    }
-}
-
 CStr onOff(bool on) {
     return on ? "on" : "off";
-}
-
-CStr bandText(const CEQ& band, int param) {
-    switch (param) {
-    case bandPower:
-        return onOff(band.active == 1);
-    case bandGain:
-        return asStrFormat(float(band.gain), "%0.1f dB");
-    case bandFrequency:
-        return asStr(asRound(double(band.frequency))) + " Hz";
-    default:
-        return asStrFormat(float(band.q), "%0.1f dB");
-    }
 }
 
 CStr panText(float pan) {
@@ -95,6 +45,69 @@ CStr volText(float vol) {
     return asStrFormat(20 * std::log10(double(vol) * double(vol)), "%0.2f dB");
 }
 
+using Strip = COutputChannel;
+
+/// One parameter of a strip, or of each band of its equaliser.
+struct Row {
+    const char* name;
+    float (*get)(const Strip* ch, int band);
+    void (*set)(Strip* ch, int band, float share);
+    CStr (*text)(const Strip* ch, int band);
+};
+
+const Row volume = {"Volume", [](const Strip* ch, int) { return float(ch->vol); },
+                    [](Strip* ch, int, float v) { ch->vol = fLimit(v, 0.0f, 1.0f); },
+                    [](const Strip* ch, int) { return volText(ch->vol); }};
+const Row pan = {"Pan", [](const Strip* ch, int) { return panRange.share(ch->pan); },
+                 [](Strip* ch, int, float v) {
+                     ch->pan = fLimit(panRange.value(v), panRange.low, panRange.high);
+                 },
+                 [](const Strip* ch, int) { return panText(ch->pan); }};
+const Row mute = {"Mute", [](const Strip* ch, int) { return ch->mute ? 1.0f : 0.0f; },
+                  [](Strip* ch, int, float v) { ch->mute = v >= threshold; },
+                  [](const Strip* ch, int) { return onOff(ch->mute); }};
+const Row solo = {"Solo", [](const Strip* ch, int) { return ch->solo ? 1.0f : 0.0f; },
+                  [](Strip* ch, int, float v) { ch->solo = v >= threshold; },
+                  [](const Strip* ch, int) { return onOff(ch->solo); }};
+const Row bands[] = {
+    {"power", [](const Strip* ch, int k) { return ch->eq[k]->active == 1 ? 1.0f : 0.0f; },
+     [](Strip* ch, int k, float v) { ch->setEqPower(k, v >= threshold); },
+     [](const Strip* ch, int k) { return onOff(ch->eq[k]->active == 1); }},
+    {"gain", [](const Strip* ch, int k) { return gainRange.share(ch->eq[k]->gain); },
+     [](Strip* ch, int k, float v) { ch->setEqGain(k, gainRange.value(v)); },
+     [](const Strip* ch, int k) { return asStrFormat(float(ch->eq[k]->gain), "%0.1f dB"); }},
+    {"freq", [](const Strip* ch, int k) { return frequencyRange.share(ch->eq[k]->frequency); },
+     [](Strip* ch, int k, float v) { ch->setEqFrequency(k, frequencyRange.value(v)); },
+     [](const Strip* ch, int k) { return asStr(asRound(double(ch->eq[k]->frequency))) + " Hz"; }},
+    {"Q", [](const Strip* ch, int k) { return qRange.share(ch->eq[k]->q); },
+     [](Strip* ch, int k, float v) { ch->setEqQ(k, qRange.value(v)); },
+     [](const Strip* ch, int k) { return asStrFormat(float(ch->eq[k]->q), "%0.1f dB"); }},
+};
+constexpr int paramsPerBand = int(std::size(bands));
+
+struct Place {
+    const Row* row; ///< null for a number without a parameter
+    int band;       ///< -1 for none
+};
+
+Place placeOf(int index) {
+    const int inBands = index - paramFirstBand;
+    if (inBands >= 0 && inBands < eqBandCount * paramsPerBand)
+        return {&bands[inBands % paramsPerBand], inBands / paramsPerBand};
+    switch (index) {
+    case paramVol:
+        return {&volume, -1};
+    case paramPan:
+        return {&pan, -1};
+    case paramMute:
+        return {&mute, -1};
+    case paramSolo:
+        return {&solo, -1};
+    default:
+        return {nullptr, -1};
+    }
+}
+
 } // namespace
 
 int COutputChannel::numParams() const {
@@ -102,71 +115,22 @@ int COutputChannel::numParams() const {
 }
 
 float COutputChannel::param(int index) const {
-    if (isOfBand(index)) return bandParam(*eq[bandOf(index)], bandParamOf(index));
-    switch (index) {
-    case paramVol:
-        return vol;
-    case paramPan:
-        return panRange.share(pan);
-    case paramMute:
-        return mute ? 1.0f : 0.0f;
-    case paramSolo:
-        return solo ? 1.0f : 0.0f;
-    default:
-        return 0.0f;
-    }
+    const auto [row, band] = placeOf(index);
+    return row ? row->get(this, band) : 0.0f;
 }
 
 void COutputChannel::setParam(int index, ToStore<float> value) {
-    if (isOfBand(index)) return setBandParam(this, bandOf(index), bandParamOf(index), value);
-    switch (index) {
-    case paramVol:
-        vol = fLimit(value, 0.0f, 1.0f);
-        break;
-    case paramPan:
-        pan = fLimit(panRange.value(value), panRange.low, panRange.high);
-        break;
-    case paramMute:
-        mute = value >= threshold;
-        break;
-    case paramSolo:
-        solo = value >= threshold;
-        break;
-    default:
-        break;
-    }
+    const auto [row, band] = placeOf(index);
+    if (row) row->set(this, band, value);
 }
 
 CStr COutputChannel::paramName(int index) {
-    static const char* const bandParams[paramsPerBand] = {" power", " gain", " freq", " Q"};
-    if (isOfBand(index))
-        return CStr("EQ") + asStr(bandOf(index) + 1) + bandParams[bandParamOf(index)];
-    switch (index) {
-    case paramVol:
-        return "Volume";
-    case paramPan:
-        return "Pan";
-    case paramMute:
-        return "Mute";
-    case paramSolo:
-        return "Solo";
-    default:
-        return "";
-    }
+    const auto [row, band] = placeOf(index);
+    if (!row) return "";
+    return band < 0 ? CStr(row->name) : CStr("EQ") + asStr(band + 1) + " " + row->name;
 }
 
 CStr COutputChannel::paramText(int index) const {
-    if (isOfBand(index)) return bandText(*eq[bandOf(index)], bandParamOf(index));
-    switch (index) {
-    case paramVol:
-        return volText(vol);
-    case paramPan:
-        return panText(pan);
-    case paramMute:
-        return onOff(mute);
-    case paramSolo:
-        return onOff(solo);
-    default:
-        return "";
-    }
+    const auto [row, band] = placeOf(index);
+    return row ? row->text(this, band) : CStr();
 }
