@@ -17,7 +17,6 @@ CDrumSound::CDrumSound(CLayer* owner, CQV* host, CComp* comp)
     envelope[0]->envType = 0;
     envelope[1]->envType = 0;
     output->createBuffers(host->frames);
-    currentRate = float(host->rate);
 }
 
 CDrumSound::~CDrumSound() = default;
@@ -29,7 +28,6 @@ void CDrumSound::setFrames(int frames) {
 void CDrumSound::setRate(double rate) {
     output->setRate(rate);
     for (auto& insert : fx) insert->setRate(float(rate));
-    currentRate = float(rate);
 }
 
 CStr CDrumSound::getId() const {

@@ -42,7 +42,6 @@ void recordAll(CUndo* step, CList& from, CList& to) {
 CSampler::CSampler(CQV* root) : CComp(root) {
     id = "Synthesizer";
     type = compSampler;
-    currentRate = float(host->rate);
     for (auto& d : delays) d = makeZeroPages<float>(CDelay::bufferFrames);
 }
 
@@ -67,7 +66,6 @@ void CSampler::setFrames(int frames) {
 
 void CSampler::setRate(double rate) {
     CComp::setRate(rate);
-    currentRate = float(rate);
     for (auto* prog : each<CSynthProg>(progs)) prog->setRate(float(rate));
 }
 

@@ -63,7 +63,10 @@ void CSound::initMods(CVoice* voice) {
     voice->modCount = stageCount;
     for (int i = 0; i < envelopeCount; i++) voice->mods[i] = envelope[i].get();
     voice->mods[pitchEnvIndex] = pitchEnv.get();
-    for (int i = 0; i < stageCount; i++) voice->mods[i]->reset(&voice->stages[i]);
+    for (int i = 0; i < stageCount; i++) {
+        voice->stages[i].rate = voice->rate;
+        voice->mods[i]->reset(&voice->stages[i]);
+    }
 
     for (int i = 0; i < lfoCount; i++) {
         CLFO* l = voice->lfos[i] = lfo[i].get();

@@ -6,17 +6,15 @@
 #include <algorithm>
 #include <cmath>
 
-Shared<float> currentRate{44100.0f};
-
 namespace {
 
 constexpr int typeEnv = 1, typeLfo = 2, typeVel = 3, typeCp = 4;
 
 /// Frames of a stage: setting squared times the longest time, in 64 bits.
-int stageFrames(float setting, int maxTimeMs) {
+int stageFrames(const CEnvStage* stage, float setting, int maxTimeMs) {
     const double s = double(fLimit(setting, 0.0f, 1.0f));
     const double ms = s * s * std::clamp(maxTimeMs, 1, 60000);
-    return asRound(ms * double(float(currentRate)) * 0.001);
+    return asRound(ms * double(stage->rate) * 0.001);
 }
 
 } // namespace
@@ -51,14 +49,14 @@ CEnv::CEnv(int number, float a, float d, float s, float r)
 }
 
 void CEnv::reset(CEnvStage* stage) {
-    stage->go(phaseAttack, initial, 1.0f, stageFrames(attack, maxTime));
+    stage->go(phaseAttack, initial, 1.0f, stageFrames(stage, attack, maxTime));
     stage->value = initial;
     stage->curve = ac;
 }
 
 void CEnv::next(CEnvStage* stage) {
     if (stage->stage == phaseAttack) {
-        stage->go(phaseDecay, 1.0f, sustain, stageFrames(decay, maxTime));
+        stage->go(phaseDecay, 1.0f, sustain, stageFrames(stage, decay, maxTime));
         stage->curve = dc;
     } else if (stage->stage == phaseDecay) {
         stage->hold(phaseSustain, sustain, sustain);
@@ -70,7 +68,7 @@ void CEnv::next(CEnvStage* stage) {
 }
 
 void CEnv::noteOff(CEnvStage* stage) {
-    stage->go(phaseRelease, stage->value, 0.0f, stageFrames(release, maxTime));
+    stage->go(phaseRelease, stage->value, 0.0f, stageFrames(stage, release, maxTime));
 }
 
 CPitchEnv::CPitchEnv() : CMod(pitchEnvIndex) {
@@ -78,7 +76,7 @@ CPitchEnv::CPitchEnv() : CMod(pitchEnvIndex) {
 }
 
 void CPitchEnv::reset(CEnvStage* stage) {
-    stage->go(phaseAttack, initial, 0.0f, stageFrames(attack, maxTime));
+    stage->go(phaseAttack, initial, 0.0f, stageFrames(stage, attack, maxTime));
     stage->value = initial;
     stage->curve = ac;
 }
@@ -94,7 +92,7 @@ void CPitchEnv::next(CEnvStage* stage) {
 }
 
 void CPitchEnv::noteOff(CEnvStage* stage) {
-    stage->go(phaseRelease, stage->value, final, stageFrames(release, maxTime));
+    stage->go(phaseRelease, stage->value, final, stageFrames(stage, release, maxTime));
 }
 
 CLFO::CLFO(int number) : CMod(number) {

@@ -31,10 +31,6 @@ constexpr bool isAdditive(int target) {
 /// The name of a target, empty outside the list.
 CStr paramAsStr(int target);
 
-/// Frames per second that the envelopes count with: that of the engine, set by each CSampler when
-/// it is made and by `CSampler::setRate`.
-extern Shared<float> currentRate;
-
 constexpr int modSlots = 4;      ///< destinations of each modulator
 constexpr int envelopeCount = 6; ///< of a sound
 constexpr int pitchEnvIndex = 6;
@@ -53,6 +49,7 @@ enum EnvPhase : int {
 
 /// An envelope that runs in a voice. Audio thread.
 struct CEnvStage {
+    float rate = 44100.0f; ///< frames a second, of its voice
     bool active = false;
     int stage = phaseAttack;
     float from = 0.0f, to = 0.0f;

@@ -156,6 +156,5 @@ TEST(CDrumSound, HitsPlayTheClipThroughTheStrip) {
     s->setFrames(4096);
     s->setRate(48000);
     EXPECT_EQ(s->output->bufR[4095], 0.0f);
-    EXPECT_EQ(s->fx[0]->rate + float(currentRate), 2 * 48000.0f);
-    currentRate = 44100.0f;
+    EXPECT_EQ(s->fx[0]->rate, 48000.0f);
 }

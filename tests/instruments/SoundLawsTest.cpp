@@ -124,6 +124,19 @@ TEST(CEnv, StagesLastTheirTime) {
 
 /// Release 1 holds all envelopes but the first where they are, whose release lasts 5 s then, and
 /// runs with the curve of the stage that it cuts.
+/// Whatever other hosts there are.
+TEST(CEnv, StagesCountAtTheRateOfTheirHost) {
+    SoundBench b;
+    COSCSound* s = b.addOsc();
+    s->envelope[0]->maxTime = 1000;
+    s->envelope[0]->attack = 1.0f;
+    CQV other;
+    other.settingsEnabled = false;
+    other.setRate(96000);
+    const CSampler second(&other);
+    EXPECT_EQ(b.play(s, 60)->stages[0].total, int(b.host.host->rate));
+}
+
 TEST(CEnv, ReleaseGoesOnFromWhereItCuts) {
     SoundBench b;
     CWavSound* s = addConstant(b);
