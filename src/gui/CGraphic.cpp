@@ -3,7 +3,9 @@
 #include "base/Numbers.h"
 #include "gui/CBitmap.h"
 #include "gui/Fonts.h"
+#include "gui/RenderTarget.h"
 #include "gui/Scale.h"
+#include "gui/ServerCut.h"
 #include "gui/ServerRects.h"
 #include "gui/XConnection.h"
 
@@ -74,7 +76,8 @@ CGraphic::CGraphic(unsigned long target) : drawable(target), font(xConnection().
 }
 
 CGraphic::~CGraphic() {
-    pen.reset();
+    pens.clear();
+    blends.reset();
     if (!gc) return;
     if (Display* display = liveDisplay())
         XFreeGC(display, gc);
@@ -82,31 +85,18 @@ CGraphic::~CGraphic() {
         XFree(gc); // the server has forgotten its part
 }
 
-/// Until the end of the scope the server cuts to the logical clip, where what is drawn may leave
-/// it.
-class CGraphic::ServerCut {
-public:
-    bool leavesAny; ///< of what is drawn, whose bounds are in device pixels
+ServerCut::ServerCut(CGraphic* g, const CRect& drawn) : graphic(g) {
+    const CRect limits = toDevice(g->clip()), in = intersect(drawn, limits);
+    const CRect own = asRect(g->hwLeft, g->hwTop, g->hwRight, g->hwBottom);
+    const CRect both = own == CRect() ? limits : intersect(limits, toDevice(own));
+    leavesAny = !in.empty() && !both.empty();
+    cuts = leavesAny && in != drawn;
+    if (cuts) setServerClip(liveDisplay(), g->gc, both);
+}
 
-    ServerCut(CGraphic* g, const CRect& drawn) : graphic(g) {
-        const CRect limits = toDevice(g->clip()), in = intersect(drawn, limits);
-        leavesAny = !in.empty();
-        cuts = leavesAny && in != drawn;
-        const CRect own = asRect(g->hwLeft, g->hwTop, g->hwRight, g->hwBottom);
-        const CRect both = own == CRect() ? limits : intersect(limits, toDevice(own));
-        if (both.empty()) leavesAny = false;
-        if (cuts) setServerClip(liveDisplay(), g->gc, both);
-    }
-    ~ServerCut() {
-        if (cuts) graphic->clipServer();
-    }
-    ServerCut(const ServerCut&) = delete;
-    ServerCut& operator=(const ServerCut&) = delete;
-
-private:
-    CGraphic* graphic;
-    bool cuts;
-};
+ServerCut::~ServerCut() {
+    if (cuts) graphic->clipServer();
+}
 
 bool CGraphic::ready(int color) {
     Display* display = liveDisplay();
@@ -239,17 +229,33 @@ void CGraphic::drawPoly(const CPoint* points, int n) {
         XFillPolygon(liveDisplay(), drawable, gc, corners, n, Convex, CoordModeOrigin);
 }
 
-/// Where the base line of a text of some width begins that stands in a box, all in device pixels.
 CPoint CGraphic::textStart(int wide, const CRect& box, int where) const {
-    CPoint start = asPoint(box.left, font->centredBase(box.top, box.bottom));
+    // A text that is turned stands in a box that is turned with it.
+    const CRect flat = font->turned ? asRect(-box.bottom, box.left, -box.top, box.right) : box;
+    CPoint start = asPoint(flat.left, font->centredBase(flat.top, flat.bottom));
     if (where & textTop)
-        start.y = box.top + font->deviceAscent;
+        start.y = flat.top + font->deviceAscent;
     else if (where & textBottom)
-        start.y = box.bottom - font->deviceDescent;
-    if (where & textLeft) return start;
-    const int room = box.width() - wide;
-    start.x += where & textRight ? room : room / 2;
-    return start;
+        start.y = flat.bottom - font->deviceDescent;
+    const int room = flat.width() - wide;
+    if (!(where & textLeft)) start.x += where & textRight ? room : room / 2;
+    return font->turned ? asPoint(start.y, -start.x) : start;
+}
+
+TextPen* CGraphic::textPen() {
+    for (FacePen& known : pens)
+        if (known.face == font) return known.pen.get();
+    pens.push_back({font, font->makePen(drawable)});
+    return pens.back().pen.get();
+}
+
+RenderTarget* CGraphic::blender() {
+    if (!liveDisplay() || !gc) return nullptr;
+    if (!blendsAsked) blends = openRenderTarget(drawable);
+    blendsAsked = true;
+    const CRect own = asRect(hwLeft, hwTop, hwRight, hwBottom);
+    if (blends) blends->setClip(toDevice(own == CRect() ? clip() : intersect(clip(), own)));
+    return blends.get();
 }
 
 void CGraphic::drawText(int color, const CStr& text, CRect rect, int where, int) {
@@ -259,12 +265,14 @@ void CGraphic::drawText(int color, const CStr& text, CRect rect, int where, int)
     const CRect in = toDevice(intersect(logical, clip()));
     const bool cut = !(where & textUnclipped);
     if (cut && in.empty()) return;
-    if (!pen) pen = font->makePen(drawable);
+    TextPen* pen = textPen();
     if (!pen) return;
     const int wide = font->deviceWidth(chars);
     const CPoint at = textStart(wide, toDevice(logical), where);
     const CRect taken =
-        asRect(at.x, at.y - font->deviceAscent, at.x + wide, at.y + font->deviceDescent);
+        font->turned
+            ? asRect(at.x - font->deviceAscent, at.y - wide, at.x + font->deviceDescent, at.y)
+            : asRect(at.x, at.y - font->deviceAscent, at.x + wide, at.y + font->deviceDescent);
     const bool fits = !cut || intersect(taken, in) == taken;
     pen->draw(color, at.x, at.y, chars,
               fits ? toDevice(asRect(hwLeft, hwTop, hwRight, hwBottom)) : in);
@@ -427,6 +435,10 @@ ClipScope::~ClipScope() {
     graphic->originX = originX;
     graphic->originY = originY;
     graphic->restoreClip(clip);
+}
+
+TextScope::TextScope(CGraphic* g, const TextLook& look) : graphic(g), former(g->font) {
+    g->font = textFace(look);
 }
 
 DeviceScope::DeviceScope(CGraphic* g)

@@ -9,8 +9,10 @@
 
 struct _XGC;
 class CBitmap;
+class RenderTarget;
 class TextFace;
 class TextPen;
+struct TextLook;
 
 /// Where a text stands in its box: one of each row. Without a flag it is centred.
 enum TextFlag : int {
@@ -41,7 +43,7 @@ public:
     bool fullPaint = false; ///< the whole window is being painted
     unsigned long drawable = 0;
     _XGC* gc = nullptr;   ///< owned
-    const TextFace* font; ///< of all texts
+    const TextFace* font; ///< of the texts that follow; see `TextScope`
 
     /// On a window or pixmap of the screen's depth, whose clip starts out empty.
     explicit CGraphic(unsigned long drawable);
@@ -64,10 +66,16 @@ public:
     /// Fills a convex polygon of up to 16 points in the fill colour; of more it draws nothing.
     void drawPoly(const CPoint* points, int n);
     /// Text in UTF-8 at the place that `where` (`TextFlag`) tells, cut to the box; `unused` is
-    /// free. The server's font shows each byte as a character of Latin-1.
+    /// free. The server's font shows each byte as a character of Latin-1. Of a text that is turned
+    /// left is the bottom of the box, and top its left side.
     void drawText(int color, const CStr& text, CRect rect, int where, int unused = 0);
     void drawText(const CStr& text, CRect rect, int where, int unused = 0); ///< in the line colour
     int textWidth(const CStr& text) const;
+    /// Where the base line of a text begins that is so wide, in a box, both in device pixels.
+    CPoint textStart(int wide, const CRect& box, int where) const;
+    TextPen* textPen(); ///< of the font; null without a display
+    /// For shapes that are blended (gui/Shapes.h), cut to the clip; null where the server cannot.
+    RenderTarget* blender();
 
     void setLineCol(int color) { lineCol = color; }
     void setFillCol(int color) { fillCol = color; }
@@ -104,7 +112,12 @@ public:
     void moveContent(CRect area, int dx, int dy);
 
 private:
-    class ServerCut;
+    friend class ServerCut;
+
+    struct FacePen {
+        const TextFace* face;
+        std::unique_ptr<TextPen> pen;
+    };
 
     bool ready(int color);
     CRect clip() const;
@@ -113,9 +126,10 @@ private:
     void fillDeviceParts(int color, const CRect* parts, int count);
     void drawFrame(int color, CRect rect, int corner);
     void drawSlanted(CPoint from, CPoint to);
-    CPoint textStart(int wide, const CRect& box, int where) const;
 
-    std::unique_ptr<TextPen> pen; ///< made with the first text
+    std::vector<FacePen> pens; ///< made with the first text of each font
+    std::unique_ptr<RenderTarget> blends;
+    bool blendsAsked = false;
     int lineCol = 0, fillCol = 0;
     std::vector<CRect> areas; ///< device pixels; empty for one area, which the clip tells
 };
@@ -133,6 +147,19 @@ private:
     CGraphic* graphic;
     int originX, originY;
     CRect clip;
+};
+
+/// Until the end of the scope texts are drawn in another look.
+class TextScope {
+public:
+    TextScope(CGraphic* g, const TextLook& look);
+    ~TextScope() { graphic->font = former; }
+    TextScope(const TextScope&) = delete;
+    TextScope& operator=(const TextScope&) = delete;
+
+private:
+    CGraphic* graphic;
+    const TextFace* former;
 };
 
 /// Until the end of the scope a surface counts in device pixels: for shapes that are to be as fine

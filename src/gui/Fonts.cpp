@@ -1,11 +1,30 @@
 #include "gui/Fonts.h"
 
+#include "base/Numbers.h"
 #include "gui/Scale.h"
 #include "gui/ServerText.h"
 #include "gui/SmoothText.h"
+#include "gui/Utf8.h"
 #include "gui/XConnection.h"
 
 TextSettings textSettings;
+
+namespace {
+
+constexpr double smallShare = 0.8, largeShare = 1.5; // of the normal size
+
+/// The size to ask for, 0 for the normal one where none is set.
+int wantedSize(TextSize size) {
+    if (size == TextSize::normal) return textSettings.size;
+    const int normal = xConnection().font->size;
+    return asRound(normal * (size == TextSize::small ? smallShare : largeShare));
+}
+
+} // namespace
+
+void TextPen::drawRuns(int color, std::span<const TextRun> runs, const CRect& clip) {
+    for (const TextRun& run : runs) draw(color, run.start.x, run.start.y, run.text.asChar(), clip);
+}
 
 int TextFace::textWidth(const CStr& text) const {
     return toLogicalSize(deviceWidth(text.asChar()));
@@ -14,6 +33,16 @@ int TextFace::textWidth(const CStr& text) const {
 int TextFace::deviceWidth(std::string_view text) const {
     constexpr int guessedWidth = 6;
     return toDevice(int(text.size()) * guessedWidth);
+}
+
+std::string_view TextFace::fitting(std::string_view text, int width) const {
+    if (deviceWidth(text) <= width) return text;
+    size_t end = 0;
+    for (size_t at = 0; at < text.size(); end = at) {
+        nextCharacter(text, at);
+        if (deviceWidth(text.substr(0, at)) > width) break;
+    }
+    return text.substr(0, end);
 }
 
 int TextFace::centredBase(int top, int bottom) const {
@@ -31,10 +60,18 @@ void TextFace::setHeights(int above, int below) {
     descent = toLogicalSize(below);
 }
 
-std::unique_ptr<TextFace> openFace() {
+std::unique_ptr<TextFace> openFace(const TextLook& look) {
     std::unique_ptr<TextFace> face;
     if (liveDisplay() && textSettings.smooth)
-        face = openSmoothFace(textSettings.family, textSettings.size);
-    if (liveDisplay() && !face) face = openServerFace();
+        face = openSmoothFace(textSettings.family, wantedSize(look.size), look);
+    if (liveDisplay() && !face) face = openServerFace(look);
     return face ? std::move(face) : std::make_unique<TextFace>();
+}
+
+const TextFace* textFace(const TextLook& look) {
+    XConnection& x = xConnection();
+    if (look.size == TextSize::normal && !look.bold && !look.turned) return x.font.get();
+    auto& face = x.looks[int(look.size) * 4 + (look.bold ? 2 : 0) + (look.turned ? 1 : 0)];
+    if (!face) face = openFace(look);
+    return face.get();
 }

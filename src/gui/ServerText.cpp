@@ -42,10 +42,10 @@ protected:
     Font fontId;
 };
 
-/// The same font with each pixel made as large as the scale tells.
+/// The same font with each pixel made as large as the scale and the look tell.
 class EnlargedFace : public ServerFace {
 public:
-    EnlargedFace(XFontStruct* record, Font id);
+    EnlargedFace(XFontStruct* record, Font id, const TextLook& look);
     int deviceWidth(std::string_view text) const override;
     std::unique_ptr<TextPen> makePen(unsigned long drawable) const override;
 
@@ -54,7 +54,10 @@ public:
 
 private:
     void readRow(XImage* sheet, int y, int cell);
+    int scaled(int edge) const { return toDevice(edge, percent); }
 
+    int percent; ///< of the pixels of the font
+    bool bold;
     std::vector<CRect> runs[characters]; ///< rows of ink from the start of the base line, unscaled
 };
 
@@ -112,11 +115,14 @@ std::unique_ptr<TextPen> ServerFace::makePen(unsigned long drawable) const {
 }
 
 /// All characters are drawn once beside each other, each in a cell of its own, and read back.
-EnlargedFace::EnlargedFace(XFontStruct* record, Font id) : ServerFace(record, id) {
+EnlargedFace::EnlargedFace(XFontStruct* record, Font id, const TextLook& look)
+    : ServerFace(record, id),
+      percent(look.size == TextSize::large ? 2 * scalePercent : scalePercent), bold(look.bold) {
+    turned = look.turned;
     Display* display = liveDisplay();
     const int cell = font->max_bounds.width, height = font->ascent + font->descent;
     const int sheetWidth = cell * characters;
-    setHeights(toDevice(font->ascent), toDevice(font->descent));
+    setHeights(scaled(font->ascent), scaled(font->descent));
     if (cell < 1 || height < 1 || sheetWidth > farthest) return;
     const Pixmap sheet =
         XCreatePixmap(display, xConnection().root, unsigned(sheetWidth), unsigned(height), 1);
@@ -152,7 +158,7 @@ void EnlargedFace::readRow(XImage* sheet, int y, int cell) {
 }
 
 int EnlargedFace::deviceWidth(std::string_view text) const {
-    return toDevice(ServerFace::deviceWidth(text));
+    return scaled(ServerFace::deviceWidth(text));
 }
 
 std::unique_ptr<TextPen> EnlargedFace::makePen(unsigned long drawable) const {
@@ -162,9 +168,13 @@ std::unique_ptr<TextPen> EnlargedFace::makePen(unsigned long drawable) const {
 void EnlargedFace::addRuns(std::vector<XRectangle>& made, int x, int y,
                            std::string_view text) const {
     int at = 0;
-    for (size_t i = 0; i < text.size() && toDevice(at) < farthest; i++) {
-        for (const CRect& run : runs[static_cast<unsigned char>(text[i])])
-            made.push_back(serverRect(sizeRect(toDevice(sizeRect(run, at, 0, at, 0)), x, y, x, y)));
+    for (size_t i = 0; i < text.size() && scaled(at) < farthest; i++) {
+        for (const CRect& run : runs[static_cast<unsigned char>(text[i])]) {
+            CRect r = asRect(scaled(run.left + at), scaled(run.top),
+                             scaled(run.right + at + (bold ? 1 : 0)), scaled(run.bottom));
+            if (turned) r = asRect(r.top, -r.right, r.bottom, -r.left);
+            made.push_back(serverRect(sizeRect(r, x, y, x, y)));
+        }
         at += XTextWidth(font, &text[i], 1);
     }
 }
@@ -178,7 +188,7 @@ void EnlargedPen::draw(int color, int x, int y, std::string_view text, const CRe
 
 } // namespace
 
-std::unique_ptr<TextFace> openServerFace() {
+std::unique_ptr<TextFace> openServerFace(const TextLook& look) {
     Display* display = liveDisplay();
     XFontStruct* font =
         XQueryFont(display, XGContextFromGC(DefaultGC(display, xConnection().screen)));
@@ -189,6 +199,7 @@ std::unique_ptr<TextFace> openServerFace() {
         if (font) loaded = font->fid;
     }
     if (!font) return nullptr;
-    if (scalePercent == lowestScale) return std::make_unique<ServerFace>(font, loaded);
-    return std::make_unique<EnlargedFace>(font, loaded);
+    const bool asItIs = look.size != TextSize::large && !look.bold && !look.turned;
+    if (asItIs && scalePercent == lowestScale) return std::make_unique<ServerFace>(font, loaded);
+    return std::make_unique<EnlargedFace>(font, loaded, look);
 }

@@ -2,9 +2,9 @@
 
 #include "base/Numbers.h"
 #include "gui/Colours.h"
+#include "gui/FontChoice.h"
 #include "gui/Scale.h"
 #include "gui/ServerRects.h"
-#include "gui/Utf8.h"
 #include "gui/XConnection.h"
 
 #include <X11/Xft/Xft.h>
@@ -12,6 +12,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <map>
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -22,29 +24,31 @@ constexpr uint32_t firstPrintable = 32, latinEnd = 256;
 
 /// The calls of the library, which stays loaded once it was found.
 struct XftCalls {
-    decltype(&XftFontOpen) fontOpen = nullptr;
+    decltype(&XftFontOpenPattern) fontOpenPattern = nullptr;
     decltype(&XftFontClose) fontClose = nullptr;
+    decltype(&XftCharExists) charExists = nullptr;
     decltype(&XftCharIndex) charIndex = nullptr;
     decltype(&XftGlyphExtents) glyphExtents = nullptr;
     decltype(&XftDrawCreate) drawCreate = nullptr;
     decltype(&XftDrawDestroy) drawDestroy = nullptr;
     decltype(&XftDrawSetClip) setClip = nullptr;
     decltype(&XftDrawSetClipRectangles) setClipRectangles = nullptr;
-    decltype(&XftDrawGlyphs) drawGlyphs = nullptr;
+    decltype(&XftDrawGlyphFontSpec) drawGlyphs = nullptr;
     bool complete = false;
 
     XftCalls() {
         void* library = dlopen("libXft.so.2", RTLD_NOW | RTLD_LOCAL);
         if (!library) return;
-        complete = find(library, "XftFontOpen", fontOpen) &&
+        complete = find(library, "XftFontOpenPattern", fontOpenPattern) &&
                    find(library, "XftFontClose", fontClose) &&
+                   find(library, "XftCharExists", charExists) &&
                    find(library, "XftCharIndex", charIndex) &&
                    find(library, "XftGlyphExtents", glyphExtents) &&
                    find(library, "XftDrawCreate", drawCreate) &&
                    find(library, "XftDrawDestroy", drawDestroy) &&
                    find(library, "XftDrawSetClip", setClip) &&
                    find(library, "XftDrawSetClipRectangles", setClipRectangles) &&
-                   find(library, "XftDrawGlyphs", drawGlyphs);
+                   find(library, "XftDrawGlyphFontSpec", drawGlyphs);
     }
 
 private:
@@ -64,34 +68,47 @@ const XftCalls& xft() {
 bool canDrawSmooth(Display* display) {
     constexpr int plainDepth = 16;
     int code, event, error;
-    return xlibColorDepth >= plainDepth && xft().complete &&
+    return xlibColorDepth >= plainDepth && xft().complete && FontChoice::possible() &&
            XQueryExtension(display, "RENDER", &code, &event, &error);
 }
 
+using Glyphs = std::vector<XftGlyphFontSpec>;
+
 class SmoothFace : public TextFace {
 public:
-    explicit SmoothFace(XftFont* opened); ///< owned
+    SmoothFace(const FontChoice::Wish& wish, int logicalSize);
     ~SmoothFace() override;
+    bool opened() const { return font != nullptr; }
+    /// The library tells none of a font that is turned.
+    void takeHeights(const TextFace& upright) {
+        setHeights(upright.deviceAscent, upright.deviceDescent);
+    }
     int deviceWidth(std::string_view text) const override;
     int centredBase(int top, int bottom) const override;
     std::unique_ptr<TextPen> makePen(unsigned long drawable) const override;
 
-    /// What a text is drawn with: no more than can lie on a surface.
-    const std::vector<FT_UInt>& glyphsOf(std::string_view text) const;
-
-    XftFont* const font;
+    /// Adds what a text is drawn with from a place on: no more than can lie on a surface.
+    void addGlyphs(Glyphs& glyphs, std::string_view text, CPoint start) const;
 
 private:
     struct Glyph {
+        XftFont* font = nullptr; ///< null while it has not been asked for
         FT_UInt index = 0;
-        int advance = -1; ///< below 0 while it has not been asked for
+        int advance = 0;
     };
     Glyph glyphOf(uint32_t c) const;
-    static Glyph askGlyph(XftFont* font, uint32_t c);
+    Glyph askGlyph(uint32_t c) const;
+    XftFont* fontFor(uint32_t c) const;
+    int along(const XGlyphInfo& ink) const { return turned ? -ink.yOff : ink.xOff; }
+    template <class Visit>
+    void eachGlyph(std::string_view text, Visit visit) const;
 
-    int capHeight;
+    mutable FontChoice choice;
+    XftFont* font; ///< owned; null when none could be opened
+    int capHeight = 0;
     mutable Glyph latin[latinEnd]; ///< those that nearly all text is made of
-    mutable std::vector<FT_UInt> glyphs;
+    mutable std::unordered_map<uint32_t, Glyph> others;
+    mutable std::map<int, XftFont*> helpers; ///< owned; have what the font lacks, by their number
 };
 
 class SmoothPen : public TextPen {
@@ -99,60 +116,97 @@ public:
     SmoothPen(const SmoothFace* smoothFace, unsigned long drawable);
     ~SmoothPen() override;
     void draw(int color, int x, int y, std::string_view text, const CRect& clip) override;
+    void drawRuns(int color, std::span<const TextRun> runs, const CRect& clip) override;
 
 private:
     void setClip(const CRect& clip);
+    void drawGlyphs(int color, const CRect& clip);
 
     const SmoothFace* face;
     XftDraw* target;
     CRect clipNow;
+    Glyphs glyphs;
 };
 
-SmoothFace::SmoothFace(XftFont* opened) : font(opened) {
+SmoothFace::SmoothFace(const FontChoice::Wish& wish, int logicalSize) : choice(wish) {
+    FcPattern* pattern = choice.best();
+    font = pattern ? xft().fontOpenPattern(liveDisplay(), pattern) : nullptr;
+    if (!font) return;
+    size = logicalSize;
+    turned = wish.turned;
     setHeights(font->ascent, font->descent);
     const FT_UInt capital = xft().charIndex(liveDisplay(), font, 'H');
     XGlyphInfo ink{};
     xft().glyphExtents(liveDisplay(), font, &capital, 1, &ink);
-    capHeight = ink.y;
+    capHeight = turned ? ink.x : ink.y;
 }
 
 SmoothFace::~SmoothFace() {
-    // After the loss of the server the record stays in the library's own list.
-    if (Display* display = liveDisplay()) xft().fontClose(display, font);
+    // After the loss of the server the records stay in the library's own list.
+    Display* display = liveDisplay();
+    if (!display) return;
+    if (font) xft().fontClose(display, font);
+    for (const auto& [number, helper] : helpers)
+        if (helper) xft().fontClose(display, helper);
 }
 
-SmoothFace::Glyph SmoothFace::askGlyph(XftFont* font, uint32_t c) {
+/// The font itself, or the best that has the character where it has not.
+XftFont* SmoothFace::fontFor(uint32_t c) const {
+    if (xft().charExists(liveDisplay(), font, c)) return font;
+    const int number = choice.numberFor(c);
+    if (number < 0) return font;
+    const auto known = helpers.find(number);
+    if (known != helpers.end()) return known->second ? known->second : font;
+    FcPattern* pattern = choice.numbered(number);
+    XftFont* helper = pattern ? xft().fontOpenPattern(liveDisplay(), pattern) : nullptr;
+    helpers[number] = helper;
+    return helper ? helper : font;
+}
+
+SmoothFace::Glyph SmoothFace::askGlyph(uint32_t c) const {
+    c = std::max(c, firstPrintable);
     Glyph glyph;
     XGlyphInfo ink{};
-    glyph.index = xft().charIndex(liveDisplay(), font, std::max(c, firstPrintable));
-    xft().glyphExtents(liveDisplay(), font, &glyph.index, 1, &ink);
-    glyph.advance = ink.xOff;
+    glyph.font = fontFor(c);
+    glyph.index = xft().charIndex(liveDisplay(), glyph.font, c);
+    xft().glyphExtents(liveDisplay(), glyph.font, &glyph.index, 1, &ink);
+    glyph.advance = along(ink);
     return glyph;
 }
 
 SmoothFace::Glyph SmoothFace::glyphOf(uint32_t c) const {
-    if (!liveDisplay()) return {0, 0};
-    if (c >= latinEnd) return askGlyph(font, c);
-    Glyph& glyph = latin[c];
-    if (glyph.advance < 0) glyph = askGlyph(font, c);
+    constexpr size_t mostKept = 4096;
+    if (!liveDisplay()) return {font, 0, 0};
+    if (c >= latinEnd && others.size() >= mostKept) others.clear();
+    Glyph& glyph = c < latinEnd ? latin[c] : others[c];
+    if (!glyph.font) glyph = askGlyph(c);
     return glyph;
+}
+
+template <class Visit>
+void SmoothFace::eachGlyph(std::string_view text, Visit visit) const {
+    for (const uint32_t c : shownCharacters(text))
+        if (!visit(glyphOf(c))) return;
 }
 
 int SmoothFace::deviceWidth(std::string_view text) const {
     int64_t width = 0;
-    for (size_t at = 0; at < text.size();) width += glyphOf(nextCharacter(text, at)).advance;
+    eachGlyph(text, [&](const Glyph& glyph) {
+        width += glyph.advance;
+        return true;
+    });
     return saturate(width);
 }
 
-const std::vector<FT_UInt>& SmoothFace::glyphsOf(std::string_view text) const {
-    glyphs.clear();
+void SmoothFace::addGlyphs(Glyphs& glyphs, std::string_view text, CPoint start) const {
     int width = 0;
-    for (size_t at = 0; at < text.size() && width < farthest;) {
-        const Glyph glyph = glyphOf(nextCharacter(text, at));
-        glyphs.push_back(glyph.index);
+    const auto edge = [](int at) { return short(asMinMax(at, -farthest, farthest)); };
+    eachGlyph(text, [&](const Glyph& glyph) {
+        const int x = turned ? start.x : start.x + width, y = turned ? start.y - width : start.y;
+        glyphs.push_back({glyph.font, glyph.index, edge(x), edge(y)});
         width += glyph.advance;
-    }
-    return glyphs;
+        return width < farthest;
+    });
 }
 
 /// Capitals stand in the middle: what rises above and hangs below them is alike.
@@ -188,8 +242,19 @@ void SmoothPen::setClip(const CRect& clip) {
 }
 
 void SmoothPen::draw(int color, int x, int y, std::string_view text, const CRect& clip) {
+    glyphs.clear();
+    face->addGlyphs(glyphs, text, asPoint(x, y));
+    drawGlyphs(color, clip);
+}
+
+void SmoothPen::drawRuns(int color, std::span<const TextRun> runs, const CRect& clip) {
+    glyphs.clear();
+    for (const TextRun& run : runs) face->addGlyphs(glyphs, run.text.asChar(), run.start);
+    drawGlyphs(color, clip);
+}
+
+void SmoothPen::drawGlyphs(int color, const CRect& clip) {
     constexpr int to16Bits = 257;
-    const std::vector<FT_UInt>& glyphs = face->glyphsOf(text);
     int r = 0, g = 0, b = 0;
     asRGB(color, &r, &g, &b);
     XftColor ink{};
@@ -199,13 +264,7 @@ void SmoothPen::draw(int color, int x, int y, std::string_view text, const CRect
     ink.color.blue = static_cast<unsigned short>(b * to16Bits);
     ink.color.alpha = 0xffff;
     setClip(clip);
-    xft().drawGlyphs(target, &ink, face->font, x, y, glyphs.data(), int(glyphs.size()));
-}
-
-XftFont* openFont(Display* display, const char* family, int size) {
-    const double deviceSize = size * scalePercent / 100.0;
-    return xft().fontOpen(display, xConnection().screen, XFT_FAMILY, XftTypeString, family,
-                          XFT_PIXEL_SIZE, XftTypeDouble, deviceSize, nullptr);
+    if (!glyphs.empty()) xft().drawGlyphs(target, &ink, glyphs.data(), int(glyphs.size()));
 }
 
 /// Whether a usual text takes no more room than in the face of the server, for which the controls
@@ -218,13 +277,16 @@ bool isRoomy(const TextFace& face) {
 
 } // namespace
 
-std::unique_ptr<TextFace> openSmoothFace(const CStr& family, int size) {
-    Display* display = liveDisplay();
-    if (!canDrawSmooth(display)) return nullptr;
-    const char* name = family.empty() ? "sans-serif" : family.asChar();
+std::unique_ptr<TextFace> openSmoothFace(const CStr& family, int size, const TextLook& look) {
+    if (!canDrawSmooth(liveDisplay())) return nullptr;
+    FontChoice::Wish wish{family.empty() ? "sans-serif" : family.asChar(), 0, look.bold,
+                          look.turned};
     const auto open = [&](int pixels) {
-        XftFont* font = openFont(display, name, pixels);
-        return font ? std::make_unique<SmoothFace>(font) : nullptr;
+        wish.deviceSize = pixels * scalePercent / 100.0;
+        auto face = std::make_unique<SmoothFace>(wish, pixels);
+        if (!face->opened()) return std::unique_ptr<SmoothFace>();
+        if (look.turned) face->takeHeights(*textFace({look.size, look.bold, false}));
+        return face;
     };
     if (size > 0) return open(asMinMax(size, smallest, largest));
     auto face = open(roomySize);

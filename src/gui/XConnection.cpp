@@ -1,5 +1,6 @@
 #include "gui/XConnection.h"
 
+#include "gui/PixelPaper.h"
 #include "gui/Scale.h"
 
 #include <X11/Xatom.h>
@@ -126,6 +127,8 @@ bool XConnection::open() {
 
 void XConnection::close() {
     font.reset();
+    for (auto& face : looks) face.reset();
+    releasePaper();
     // A lost display cannot be closed without talking to it: its memory is left to the process.
     if (display && !lost) XCloseDisplay(display);
     *this = XConnection();

@@ -32,7 +32,9 @@ public:
     unsigned long redMask = 0xff0000, greenMask = 0xff00, blueMask = 0xff; ///< of the visual
     Atoms atoms{};
     unsigned long cursors[cursorCount + 1] = {}; ///< by the number of `CCtrl::cursor`; 0 unused
-    std::unique_ptr<TextFace> font = std::make_unique<TextFace>(); ///< of all texts; never null
+    std::unique_ptr<TextFace> font = std::make_unique<TextFace>(); ///< of most texts; never null
+    std::unique_ptr<TextFace>
+        looks[12];              ///< the others, for `textFace`; null until they are asked for
     unsigned long userTime = 0; ///< the server's, of the latest key or button; 0 before the first
     bool lost = false;          ///< the server closed the connection
 

@@ -3,6 +3,7 @@
 #include "gui/CBitmap.h"
 #include "gui/CGraphic.h"
 #include "gui/Colours.h"
+#include "gui/FontChoice.h"
 #include "gui/Fonts.h"
 #include "gui/Scale.h"
 #include "gui/XConnection.h"
@@ -102,6 +103,39 @@ TEST_F(SmoothTextTest, ReadsUtf8AndElseLatin1) {
     EXPECT_EQ(font.textWidth("\xc3"), font.textWidth("\xc3\x83"));      // cut off: A with a tilde
     EXPECT_LT(font.textWidth("\xe2\x82\xac"), 2 * font.textWidth("M")); // one sign, the euro's
     EXPECT_EQ(font.textWidth(""), 0);
+}
+
+/// Letters that the font lacks come from another one: those of Hebrew are not in DejaVu Serif, and
+/// would all be the same box.
+TEST_F(SmoothTextTest, WhatTheFontLacksComesFromAnother) {
+    const char *vav = "\xd7\x95", *shin = "\xd7\xa9";
+    TextSettings wanted;
+    wanted.size = 20;
+    int widths[2][2];
+    for (const int i : {0, 1}) {
+        wanted.family = i ? "DejaVu Sans" : "DejaVu Serif";
+        open(wanted);
+        widths[i][0] = xConnection().font->textWidth(vav);
+        widths[i][1] = xConnection().font->textWidth(shin);
+    }
+    EXPECT_LT(widths[0][0], widths[0][1] - 4);
+    EXPECT_EQ(widths[0][0], widths[1][0]);
+    EXPECT_EQ(widths[0][1], widths[1][1]);
+}
+
+/// What is written from right to left stands so, beside what is not; Arabic letters are joined.
+TEST(ShownCharacters, AreInTheOrderOfTheScreen) {
+    using Text = std::vector<uint32_t>;
+    const struct {
+        const char* written;
+        Text shown;
+    } cases[] = {{"ab c", {'a', 'b', ' ', 'c'}},
+                 {"", {}},
+                 {"\xd7\xa9\xd7\x95", {0x5d5, 0x5e9}},
+                 {"a \xd7\xa9\xd7\x95 1 b", {'a', ' ', '1', ' ', 0x5d5, 0x5e9, ' ', 'b'}},
+                 {"\xd7\xa9 (\xd7\x95)", {'(', 0x5d5, ')', ' ', 0x5e9}},
+                 {"\xd8\xa8\xd8\xa8", {0xfe90, 0xfe91}}}; // its end on the left, then its start
+    for (const auto& c : cases) EXPECT_EQ(shownCharacters(c.written), c.shown) << c.written;
 }
 
 TEST_F(SmoothTextTest, FamilyAndSizeAreTheAppsChoice) {
