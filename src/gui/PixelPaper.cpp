@@ -3,35 +3,15 @@
 #include "base/Numbers.h"
 #include "gui/CBitmap.h"
 #include "gui/CGraphic.h"
+#include "gui/Coverage.h"
+#include "gui/Outlines.h"
 #include "gui/Scale.h"
 #include "gui/Shapes.h"
-#include "gui/XConnection.h"
-
-#include <X11/Xlib.h>
 
 #include <algorithm>
 #include <cstddef>
-#include <memory>
 
 namespace {
-
-/// The memory of all papers: it grows to the largest.
-std::unique_ptr<CBitmap> sheet;
-
-/// Ready to be written; null where there is no memory that the server shares.
-CBitmap* sheetFor(const CRect& part) {
-    const int wide = toLogicalSize(part.width()), high = toLogicalSize(part.height());
-    if (!sheet || sheet->width < wide || sheet->height < high) {
-        const int w = asMax(wide, sheet ? sheet->width : 1);
-        const int h = asMax(high, sheet ? sheet->height : 1);
-        sheet.reset(); // before the new one is made: only one has to fit
-        sheet = std::make_unique<CBitmap>(w, h);
-    }
-    const bool fits =
-        sheet->deviceWidth() >= part.width() && sheet->deviceHeight() >= part.height();
-    // Locking waits until the server has read what was drawn before.
-    return fits && sheet->shared && sheet->lockPixels() ? sheet.get() : nullptr;
-}
 
 /// Of each of the four channels, `share` of 256 from one pixel to the other.
 uint32_t mixed(uint32_t from, uint32_t to, unsigned share) {
@@ -47,21 +27,16 @@ uint32_t mixed(uint32_t from, uint32_t to, unsigned share) {
 PixelPaper::PixelPaper(CGraphic* g, CRect rect) : graphic(g) {
     part = toDevice(intersect(sizeRect(rect, g->originX, g->originY, g->originX, g->originY),
                               asRect(g->clipLeft, g->clipTop, g->clipRight, g->clipBottom)));
-    if (part.empty() || !liveDisplay() || !g->gc) return;
-    const CBitmap* shared = sheetFor(part);
-    if (!shared) return;
-    pixels = reinterpret_cast<uint32_t*>(shared->graphic->pixels);
-    perRow = shared->graphic->stride / int(sizeof(uint32_t));
-}
-
-PixelPaper::~PixelPaper() {
-    if (pixels && liveDisplay())
-        XCopyArea(liveDisplay(), sheet->pixmap, graphic->drawable, graphic->gc, 0, 0,
-                  unsigned(part.width()), unsigned(part.height()), part.left, part.top);
+    CBitmap* shown = g->canvas;
+    // Locking waits until the server has drawn what was told before.
+    if (part.empty() || !shown || !shown->shared || !shown->lockPixels()) return;
+    part = intersect(part, asRect(0, 0, shown->deviceWidth(), shown->deviceHeight()));
+    pixels = reinterpret_cast<uint32_t*>(g->pixels);
+    perRow = g->stride / int(sizeof(uint32_t));
 }
 
 uint32_t* PixelPaper::row(int y) const {
-    return pixels + ptrdiff_t(y - part.top) * perRow;
+    return pixels + ptrdiff_t(y) * perRow;
 }
 
 CRect PixelPaper::deviceRect(CRect rect) const {
@@ -78,7 +53,7 @@ void PixelPaper::fillDevice(int color, CRect device) {
                                                  -graphic->originX, -graphic->originY));
     }
     for (int y = in.top; y < in.bottom; y++)
-        std::fill_n(row(y) + (in.left - part.left), in.width(), static_cast<uint32_t>(color));
+        std::fill_n(row(y) + in.left, in.width(), static_cast<uint32_t>(color));
 }
 
 void PixelPaper::fill(int color, CRect rect) {
@@ -100,12 +75,52 @@ void PixelPaper::blend(int color, double alpha, CRect rect) {
     const CRect in = intersect(deviceRect(rect), part);
     const auto share = unsigned(asMinMax(asRound(alpha * 256), 0, 256));
     for (int y = in.top; y < in.bottom; y++) {
-        uint32_t* at = row(y) + (in.left - part.left);
+        uint32_t* at = row(y) + in.left;
         for (int x = in.left; x < in.right; x++, at++)
             *at = mixed(*at, static_cast<uint32_t>(color), share);
     }
 }
 
-void releasePaper() {
-    sheet.reset();
+void PixelPaper::fill(int color, const CPath& path, double alpha) {
+    if (!pixels) return fillPath(graphic, path, color, alpha);
+    for (const CPath::Part& outline : path.parts) {
+        const OutlinePoints points = outlineOf(*graphic, outline);
+        if (points.size() < 3) continue;
+        const CRect area = intersect(outlineBounds(points, 1), part);
+        if (area.empty()) continue;
+        Coverage coverage(area);
+        coverage.addOutline(points);
+        blendCovered(color, alpha, coverage, area, true);
+    }
+}
+
+void PixelPaper::stroke(int color, const CPath& path, double width, double alpha) {
+    if (!pixels) return strokePath(graphic, path, width, color, alpha);
+    const double wide = std::max(width * scalePercent / lowestScale, 1.0);
+    for (const CPath::Part& line : path.parts) {
+        const OutlinePoints points = outlineOf(*graphic, line);
+        if (points.size() < 2) continue;
+        const CRect area = intersect(outlineBounds(points, wide), part);
+        if (area.empty()) continue;
+        const OutlinePoints sides = strokeSides(points, wide);
+        OutlinePoints around;
+        for (size_t i = 0; i < sides.size(); i += 2) around.push_back(sides[i]);
+        for (size_t i = sides.size(); i > 0; i -= 2) around.push_back(sides[i - 1]);
+        Coverage coverage(area);
+        coverage.addOutline(around);
+        blendCovered(color, alpha, coverage, area, false);
+    }
+}
+
+void PixelPaper::blendCovered(int color, double alpha, Coverage& coverage, const CRect& area,
+                              bool evenOdd) {
+    const auto most = float(alpha * 256);
+    for (int y = area.top; y < area.bottom; y++) {
+        uint32_t* at = row(y) + area.left;
+        for (const float share : coverage.row(y, evenOdd)) {
+            const auto weight = unsigned(share * most + 0.5f);
+            if (weight) *at = mixed(*at, static_cast<uint32_t>(color), weight);
+            at++;
+        }
+    }
 }

@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "gui/CBitmap.h"
 #include "gui/CGraphic.h"
+#include "gui/Outlines.h"
 #include "gui/RenderTarget.h"
 #include "gui/Scale.h"
 #include "gui/ServerCut.h"
@@ -19,10 +20,9 @@
 namespace {
 
 using Point = CPath::Point;
-using Points = std::vector<RenderTarget::Point>;
+using Points = OutlinePoints;
 
 constexpr int fewestPieces = 4, mostPieces = 96; // of a curve
-constexpr double sharpest = 0.5;                 // of a joint: cosine of half its turn
 constexpr double halfClear = 0.75;               // below it the plain form leaves out pixels
 
 double deviceScale() {
@@ -39,74 +39,9 @@ int piecesFor(double length) {
                     mostPieces);
 }
 
-/// In device pixels of the surface, without points that follow themselves.
-Points devicePoints(const CGraphic& g, const CPath::Part& part) {
-    const double scale = deviceScale(), left = toDevice(g.originX), top = toDevice(g.originY);
-    Points made;
-    for (const Point& p : part.points) {
-        const RenderTarget::Point at{left + p.x * scale, top + p.y * scale};
-        if (made.empty() || made.back().x != at.x || made.back().y != at.y) made.push_back(at);
-    }
-    if (part.closed && made.size() > 1) made.push_back(made.front());
-    return made;
-}
-
-CRect boundsOf(const Points& points, double reach) {
-    double left = points[0].x, top = points[0].y, right = left, bottom = top;
-    for (const auto& p : points) {
-        left = std::min(left, p.x);
-        right = std::max(right, p.x);
-        top = std::min(top, p.y);
-        bottom = std::max(bottom, p.y);
-    }
-    return asRect(
-        saturate(int64_t(std::floor(left - reach))), saturate(int64_t(std::floor(top - reach))),
-        saturate(int64_t(std::ceil(right + reach))), saturate(int64_t(std::ceil(bottom + reach))));
-}
-
 CRect clipOf(const CGraphic& g) {
     return toDevice(asRect(g.clipLeft, g.clipTop, g.clipRight, g.clipBottom));
 }
-
-/// Both sides of a line as one strip of triangles.
-class Strip {
-public:
-    Strip(const Points& line, double width) : points(line), half(width / 2) {
-        closed = points.size() > 2 && points.front().x == points.back().x &&
-                 points.front().y == points.back().y;
-        for (size_t i = 0; i < points.size(); i++) addJoint(i);
-    }
-    Points sides; ///< left and right of each joint, by turns
-
-private:
-    struct Way {
-        double x, y; ///< of length 1
-    };
-    Way way(size_t from, size_t to) const {
-        const double dx = points[to].x - points[from].x, dy = points[to].y - points[from].y;
-        const double length = std::hypot(dx, dy);
-        return {dx / length, dy / length};
-    }
-    void addSides(size_t i, double x, double y) {
-        sides.push_back({points[i].x + x, points[i].y + y});
-        sides.push_back({points[i].x - x, points[i].y - y});
-    }
-    void addJoint(size_t i) {
-        const size_t last = points.size() - 1;
-        const Way in = i > 0 ? way(i - 1, i) : closed ? way(last - 1, last) : way(0, 1);
-        const Way out = i < last ? way(i, i + 1) : closed ? way(0, 1) : in;
-        const double x = -(in.y + out.y) / 2, y = (in.x + out.x) / 2;
-        const double cosine = std::hypot(x, y);
-        if (cosine > sharpest)
-            return addSides(i, x * half / cosine / cosine, y * half / cosine / cosine);
-        addSides(i, -in.y * half, in.x * half);
-        addSides(i, -out.y * half, out.x * half);
-    }
-
-    const Points& points;
-    double half;
-    bool closed;
-};
 
 /// Opaque strips go in short pieces, each with a mask of its own that is as large as its bounds.
 void drawStrip(RenderTarget& target, const Points& sides, bool opaque) {
@@ -222,9 +157,9 @@ void CPath::close() {
 void fillPath(CGraphic* g, const CPath& path, int color, double alpha) {
     RenderTarget* target = g->blender();
     for (const CPath::Part& part : path.parts) {
-        const Points points = devicePoints(*g, part);
+        const Points points = outlineOf(*g, part);
         if (points.size() < 3) continue;
-        const CRect around = boundsOf(points, 1);
+        const CRect around = outlineBounds(points, 1);
         if (intersect(around, clipOf(*g)).empty() || !g->gc) continue;
         if (target) {
             target->setColor(color, alpha);
@@ -244,13 +179,13 @@ void strokePath(CGraphic* g, const CPath& path, double width, int color, double 
     RenderTarget* target = g->blender();
     const double wide = std::max(width * deviceScale(), 1.0);
     for (const CPath::Part& part : path.parts) {
-        const Points points = devicePoints(*g, part);
+        const Points points = outlineOf(*g, part);
         if (points.size() < 2) continue;
-        const CRect around = boundsOf(points, wide);
+        const CRect around = outlineBounds(points, wide);
         if (intersect(around, clipOf(*g)).empty() || !g->gc) continue;
         if (target) {
             target->setColor(color, alpha);
-            drawStrip(*target, Strip(points, wide).sides, alpha >= 1);
+            drawStrip(*target, strokeSides(points, wide), alpha >= 1);
             continue;
         }
         const ServerCut cut(g, around);

@@ -5,6 +5,7 @@
 #include "gui/FontChoice.h"
 #include "gui/Scale.h"
 #include "gui/ServerRects.h"
+#include "gui/Utf8.h"
 #include "gui/XConnection.h"
 
 #include <X11/Xft/Xft.h>
@@ -185,8 +186,14 @@ SmoothFace::Glyph SmoothFace::glyphOf(uint32_t c) const {
 
 template <class Visit>
 void SmoothFace::eachGlyph(std::string_view text, Visit visit) const {
-    for (const uint32_t c : shownCharacters(text))
-        if (!visit(glyphOf(c))) return;
+    constexpr auto mayTurn = [](char c) { return static_cast<unsigned char>(c) >= 0xd6; };
+    if (std::ranges::any_of(text, mayTurn)) { // a byte of Hebrew or of what comes after it
+        for (const uint32_t c : shownCharacters(text))
+            if (!visit(glyphOf(c))) return;
+        return;
+    }
+    for (size_t at = 0; at < text.size();)
+        if (!visit(glyphOf(nextCharacter(text, at)))) return;
 }
 
 int SmoothFace::deviceWidth(std::string_view text) const {

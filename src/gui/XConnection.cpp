@@ -1,6 +1,5 @@
 #include "gui/XConnection.h"
 
-#include "gui/PixelPaper.h"
 #include "gui/Scale.h"
 
 #include <X11/Xatom.h>
@@ -128,7 +127,6 @@ bool XConnection::open() {
 void XConnection::close() {
     font.reset();
     for (auto& face : looks) face.reset();
-    releasePaper();
     // A lost display cannot be closed without talking to it: its memory is left to the process.
     if (display && !lost) XCloseDisplay(display);
     *this = XConnection();

@@ -84,6 +84,9 @@ TEST_P(ShapesTest, CoverTheirAreas) {
     };
     const double pi = std::numbers::pi;
     const double starArea = 5 * 40 * 16 * std::sin(pi / 5);
+    const CRect whole = asRect(0, 0, 120, 100);
+    const double legsOverlap =
+        3.0 - 0.3; // of the zigzag: 1 / tan of half its angle, less the bevel
     const Case cases[] = {
         {"circle",
          [&](CGraphic* g) {
@@ -120,7 +123,30 @@ TEST_P(ShapesTest, CoverTheirAreas) {
          },
          3 * std::hypot(90, 60), 220},
         {"half clear box", [&](CGraphic* g) { fillAlpha(g, asRect(10, 10, 60, 50), white, 0.5); },
-         1000, 90}};
+         1000, 90},
+        {"star on paper",
+         [&](CGraphic* g) { PixelPaper(g, whole).fill(white, star(60, 50, 40, 16)); }, starArea,
+         300},
+        {"half clear star, cut by the paper",
+         [&](CGraphic* g) {
+             PixelPaper(g, asRect(0, 0, 120, 50)).fill(white, star(60, 50, 40, 16), 0.5);
+         },
+         starArea / 4, 300},
+        {"ring on paper",
+         [&](CGraphic* g) {
+             CPath path;
+             path.arc(60, 50, 30, 0, 2 * pi);
+             PixelPaper(g, whole).stroke(white, path, 5);
+         },
+         2 * pi * 30 * 5, 2 * pi * 60},
+        {"zigzag on paper",
+         [&](CGraphic* g) {
+             CPath path;
+             path.moveTo(-40, 20);
+             for (int i = 1; i < 9; i++) path.lineTo(-40 + i * 20, i % 2 ? 80 : 20);
+             PixelPaper(g, whole).stroke(white, path, 2);
+         },
+         6 * (2 * std::hypot(20, 60) - legsOverlap), 700}};
     for (const int percent : {100, 150, 300}) {
         open(percent);
         const double scale = percent / 100.0;
