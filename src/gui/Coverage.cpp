@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 Coverage::Coverage(const CRect& where)
-    : area(where), changes(size_t(where.width() + 2) * size_t(where.height())),
-      shares(size_t(where.width())) {
+    : area(where), extents(size_t(where.height()), Extent{where.width() + 2, 0}),
+      changes(size_t(where.width() + 2) * size_t(where.height())), shares(size_t(where.width())) {
 }
 
 void Coverage::addOutline(const OutlinePoints& corners) {
@@ -27,18 +28,19 @@ void Coverage::addEdge(RenderTarget::Point from, RenderTarget::Point to) {
     };
     for (double y = top; y < bottom;) {
         const double next = std::min(std::floor(y) + 1, bottom);
-        float* cells =
-            changes.data() + ptrdiff_t(int(std::floor(y)) - area.top) * (area.width() + 2);
-        addRow(cells, at(y), at(next), sign * (next - y));
+        addRow(int(std::floor(y)) - area.top, at(y), at(next), sign * (next - y));
         y = next;
     }
 }
 
 /// Of one row, of which the edge crosses `part`: each pixel that it crosses changes by the share of
 /// `part` that lies over it, and the pixel behind it by the rest.
-void Coverage::addRow(float* cells, double from, double to, double part) const {
+void Coverage::addRow(int y, double from, double to, double part) {
     if (from > to) std::swap(from, to);
     const int first = int(from), last = int(to);
+    float* cells = changes.data() + ptrdiff_t(y) * (area.width() + 2);
+    Extent& extent = extents[size_t(y)];
+    extent = {std::min(extent.first, first), std::max(extent.end, last + 2)};
     if (first == last) {
         const double right = 1 - ((from + to) / 2 - first);
         cells[first] += float(part * right);
@@ -54,14 +56,16 @@ void Coverage::addRow(float* cells, double from, double to, double part) const {
     }
 }
 
-const std::vector<float>& Coverage::row(int y, bool evenOdd) {
+Coverage::Row Coverage::row(int y, bool evenOdd) {
+    const Extent& extent = extents[size_t(y - area.top)];
+    const int first = extent.first, end = std::min(extent.end, area.width());
     const float* cells = changes.data() + ptrdiff_t(y - area.top) * (area.width() + 2);
     float sum = 0;
-    for (float& share : shares) {
-        sum += *cells++;
+    for (int x = first; x < end; x++) {
+        sum += cells[x];
         const float whole = std::abs(sum);
         const float odd = whole - 2 * std::floor(whole / 2);
-        share = evenOdd ? std::min(odd, 2 - odd) : std::min(whole, 1.0f);
+        shares[size_t(x - first)] = evenOdd ? std::min(odd, 2 - odd) : std::min(whole, 1.0f);
     }
-    return shares;
+    return {area.left + first, {shares.data(), size_t(std::max(end - first, 0))}};
 }

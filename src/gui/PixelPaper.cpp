@@ -116,8 +116,9 @@ void PixelPaper::blendCovered(int color, double alpha, Coverage& coverage, const
                               bool evenOdd) {
     const auto most = float(alpha * 256);
     for (int y = area.top; y < area.bottom; y++) {
-        uint32_t* at = row(y) + area.left;
-        for (const float share : coverage.row(y, evenOdd)) {
+        const Coverage::Row covered = coverage.row(y, evenOdd);
+        uint32_t* at = row(y) + covered.left;
+        for (const float share : covered.shares) {
             const auto weight = unsigned(share * most + 0.5f);
             if (weight) *at = mixed(*at, static_cast<uint32_t>(color), weight);
             at++;
