@@ -101,8 +101,8 @@ int CEffect::getDelay() {
 void CEffect::idle() {
     CComp::idle();
     const int now = getDelay();
-    if (now == toldDelay) return;
-    toldDelay = now;
+    if (now == declaredDelay) return;
+    declaredDelay = now;
     host->hostNotices.raise(HostNotice::delays);
 }
 

@@ -76,7 +76,7 @@ public:
     void openFromStream(CStream* stream);
 
 private:
-    int toldDelay = 0; ///< that the delay compensation was last asked for
+    int declaredDelay = 0; ///< that the delay compensation was last asked for
 
     template <class F>
     void eachEffect(F&& visit);

@@ -31,8 +31,8 @@ public:
     RackContent& operator=(const RackContent&) = delete;
 
     /// Adds what stands in `stream` up to position `end`, and goes there. Settings beyond their
-    /// range are clamped; those that are no number or that the bytes do not reach keep the default;
-    /// unknown blocks are skipped. Ends at a block that does not fit.
+    /// range are clamped; those that are not finite or that the bytes do not reach keep the
+    /// default; unknown blocks are skipped. Ends at a block that does not fit.
     void read(CStream* stream, int64_t end);
 
 private:

@@ -17,7 +17,7 @@ constexpr int declaredFields = 36;
 constexpr int readFields = 9 * intBytes; ///< mode to triplets
 constexpr int zeroWords = 7;
 
-/// Hands a number to a setter, which clamps it; what is no number leaves the default.
+/// Hands a number to a setter, which clamps it; what is not finite leaves the default.
 void readFloat(CStream& s, CArpProg& prog, void (CArpProg::*set)(ToStore<float>)) {
     const float v = s.readFloat();
     if (std::isfinite(v)) (prog.*set)(v);

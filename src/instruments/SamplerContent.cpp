@@ -25,7 +25,7 @@ constexpr float mostSemitones = 48.0f;
 constexpr int progRoom = 20 << 10, layerRoom = 1 << 10, soundRoom = 4 << 10; ///< about
 constexpr int clipRoom = 1 << 10;                                            ///< without its frames
 
-// A value that is not there leaves the field as it is, one that is no number too.
+// A value that is not there leaves the field as it is, one that is not finite too.
 
 void readFloat(CStream& s, Stored<float>& field, float low, float high) {
     if (s.left() < int64_t(sizeof(float))) return;
