@@ -13,6 +13,7 @@
 #include "gui/TouchInput.h"
 #include "gui/XConnection.h"
 #include "gui/Xdnd.h"
+#include "gui/controls/CForeign.h"
 
 #include <X11/Xlib.h>
 #include <poll.h>
@@ -153,6 +154,7 @@ void CApp::stepTimers(int ms) {
 /// Up to so many milliseconds after the timers were stepped, and no longer than a timer or the next
 /// frame needs.
 void CApp::waitForEvent(int ms) {
+    for (CForeign* place : foreign) place->follow();
     for (const CCtrl* ctrl : each<CCtrl>(timers)) ms = asMin(ms, ctrl->timerCount);
     auto end = stepped + asMax(ms, 1) * oneMs;
     if (frameWanted()) end = std::min(end, frames.dueAt());
@@ -259,6 +261,8 @@ void CApp::closeAsked(CWin* win) {
 }
 
 void CApp::strangersEvent(const XEvent& event) {
+    for (CForeign* place : foreign)
+        if (place->handle(event)) return;
     if (selectionOwner().handle(event) || outsideDrags->handle(nullptr, event)) return;
     callPlugin(this, event);
 }
@@ -321,10 +325,22 @@ void CApp::focusEvent(CWin* win, const XEvent& event) {
     const XFocusChangeEvent& focus = event.xfocus;
     if (focus.mode == NotifyGrab || focus.mode == NotifyUngrab || focus.detail == NotifyPointer)
         return;
+    if (focus.detail == NotifyInferior) return foreignFocus(win);
     if (event.type == FocusIn) lastWin = win;
     win->setFocus(event.type == FocusIn);
+    for (CForeign* place : foreign)
+        if (keyWindow(place->win) == win) place->activated(event.type == FocusIn);
     activeChanged();
     lastWin = nullptr;
+}
+
+/// The focus has gone to a window of others inside one of ours, which keeps it by that, or back.
+void CApp::foreignFocus(const CWin* win) {
+    Window focused = None;
+    int revert;
+    XGetInputFocus(liveDisplay(), &focused, &revert);
+    for (CForeign* place : foreign)
+        if (keyWindow(place->win) == win && place->holds(focused)) place->win->setKeyCtrl(place);
 }
 
 void CApp::nextWin(CWin* from, int) {
@@ -334,13 +350,21 @@ void CApp::nextWin(CWin* from, int) {
     static_cast<CWin*>(windows.items((at + 1) % count))->setFocus(true);
 }
 
-void CApp::activeChanged() {
+CWin* CApp::focusedWindow() const {
     Display* display = liveDisplay();
-    if (!display) return;
+    if (!display) return nullptr;
     Window focused = None;
     int revert;
     XGetInputFocus(display, &focused, &revert);
-    active = windows.contains(windowOf(focused));
+    if (CWin* own = windowOf(focused)) return own;
+    for (const CForeign* place : foreign)
+        if (place->holds(focused)) return keyWindow(place->win);
+    return nullptr;
+}
+
+void CApp::activeChanged() {
+    if (!liveDisplay()) return;
+    active = windows.contains(focusedWindow());
     if (!active) killMenu(nullptr);
 }
 

@@ -16,6 +16,7 @@ class CBitmap;
 class CCtrl;
 class CDragWin;
 class CDropItem;
+class CForeign;
 class CWin;
 class InputMethod;
 class TouchInput;
@@ -73,6 +74,7 @@ public:
     CCtrl *dragCtrl = nullptr, *dragOverCtrl = nullptr;
     CDrag drag{this};                  ///< of a control inside its window
     std::unique_ptr<TouchInput> touch; ///< null until `open`
+    std::vector<CForeign*> foreign;    ///< places for windows of others; not owned
     double restY = 0, restX = 0;       ///< parts of a notch that `CWin::touch` has kept
 
     CApp();
@@ -150,6 +152,10 @@ public:
     void addWindow(unsigned long handle, CWin* win);
     void removeWindow(unsigned long handle, CWin* win);
     CWin* windowOf(unsigned long handle) const; ///< null for a window of others
+    /// The window that gets the keys of another: pages and their area leave them to the one around.
+    CWin* keyWindow(CWin* win) const;
+    /// The one with the focus, which may lie in a foreign window inside it; null for none of ours.
+    CWin* focusedWindow() const;
     /// The innermost window under a point of the screen, null if that is not one of ours.
     CWin* winAtPos(int x, int y) const;
     void forget(const CCtrl* ctrl); ///< it is about to be deleted
@@ -179,13 +185,13 @@ private:
     void closeAsked(CWin* win);
     void strangersEvent(const _XEvent& event);
     void keyEvent(CWin* win, const _XEvent& event);
-    CWin* keyWindow(CWin* win) const;
     bool keptByMethod(const _XEvent& event);
     bool write(CWin* win, const _XEvent& event, int mods);
     void press(CWin* win, const _XEvent& event);
     void wheel(CWin* win, const _XEvent& event);
     bool otherButton(const _XEvent& event) const;
     bool secondPress(const _XEvent& event) const;
+    void foreignFocus(const CWin* win);
     void focusEvent(CWin* win, const _XEvent& event);
     void holdMotion(const _XEvent& event);
     void deliverMotion();

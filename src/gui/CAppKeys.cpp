@@ -4,6 +4,7 @@
 #include "gui/InputMethod.h"
 #include "gui/Keys.h"
 #include "gui/Utf8.h"
+#include "gui/controls/CForeign.h"
 
 #include <X11/Xlib.h>
 
@@ -17,7 +18,6 @@ bool CApp::keptByMethod(const XEvent& event) {
     return text && writing->keeps(event);
 }
 
-/// The window that gets the keys of another: pages and their area leave them to the one around.
 CWin* CApp::keyWindow(CWin* win) const {
     if (CWin* owner = getMDIOwner(win)) return owner;
     return win->hasStyle(winPages) && win->parent ? static_cast<CWin*>(win->parent) : win;
@@ -45,6 +45,9 @@ void CApp::keyEvent(CWin* win, const XEvent& event) {
     if (drag.running()) drag.setMods(modifiersAfter(event));
     int key, mods;
     const bool known = translateKey(event, key, mods);
+    auto* target = win->keyTarget();
+    for (CForeign* place : foreign)
+        if (place == target && place->offer(event, key, mods)) return;
     if (event.type == KeyPress && write(win, event, modifiersAfter(event))) return;
     if (!known || (key == 0 && mods == 0)) return;
     if (event.type == KeyPress && key == keyEscape && drag.cancel()) return;

@@ -304,12 +304,7 @@ CWin* CWin::innermostAt(CPoint screen) {
 }
 
 bool CWin::hasFocus() {
-    Display* display = liveDisplay();
-    if (!display) return false;
-    Window focused = None;
-    int revert;
-    XGetInputFocus(display, &focused, &revert);
-    return focused == handle;
+    return app->focusedWindow() == this;
 }
 
 bool CWin::isViewable() const {

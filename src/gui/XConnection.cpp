@@ -49,7 +49,8 @@ constexpr AtomName ownAtoms[] = {{&Atoms::self, "_this"},
                                  {&Atoms::dndFinished, "XdndFinished"},
                                  {&Atoms::dndSelection, "XdndSelection"},
                                  {&Atoms::dndTypeList, "XdndTypeList"},
-                                 {&Atoms::dndActionCopy, "XdndActionCopy"}};
+                                 {&Atoms::dndActionCopy, "XdndActionCopy"},
+                                 {&Atoms::xembed, "_XEMBED"}};
 
 constexpr AtomName managerAtoms[] = {{&Atoms::motifHints, "_MOTIF_WM_HINTS"},
                                      {&Atoms::netState, "_NET_WM_STATE"},

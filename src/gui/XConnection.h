@@ -22,6 +22,7 @@ public:
         unsigned long fetched; ///< the property in which we want selections of others
         unsigned long dndAware, dndEnter, dndPosition, dndStatus, dndLeave, dndDrop, dndFinished;
         unsigned long dndSelection, dndTypeList, dndActionCopy;
+        unsigned long xembed;     ///< type of the messages between a window and the one around it
         unsigned long motifHints; ///< 0 if no window manager has named it
         unsigned long netState, netMaxVert, netMaxHorz, netFullscreen; ///< as above
     };
