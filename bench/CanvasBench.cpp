@@ -28,6 +28,7 @@
 namespace {
 
 constexpr int viewWidth = 1600, viewHeight = 1000;
+constexpr int groundColour = 0x23262b;
 constexpr int partCount = 2000, noteCount = 10000, cableCount = 200, meterCount = 100;
 
 double secondsOf(clockid_t clock) {
@@ -82,14 +83,19 @@ protected:
         return asRect(mark.left * zoom / 100 + by, mark.top, mark.right * zoom / 100 + by,
                       mark.bottom);
     }
+    /// Each mark as a box with a frame.
+    void paintBoxes(CGraphic* g, CRect asked) const {
+        PixelPaper paper(g, asked);
+        paper.fill(groundColour, asked);
+        for (int i = 0; i < markCount(); i++) {
+            const CRect box = markAt(i);
+            if (!g->wants(box)) continue;
+            paper.fill(0x305060 + i % 16 * 8, box);
+            paper.frame(0x80a0c0, box);
+        }
+    }
     int dragApart = 1000000;
 };
-
-constexpr int groundColour = 0x23262b, edgeColour = 0x80a0c0;
-
-int fillOf(int i) {
-    return 0x305060 + i % 16 * 8;
-}
 
 class PartsView : public DemoView {
 public:
@@ -103,15 +109,11 @@ public:
 protected:
     static constexpr int columns = 50;
     void paintContent(CGraphic* g, CRect asked) override {
-        g->fillRect(groundColour, asked);
+        paintBoxes(g, asked);
         DrawBatch batch(g);
-        for (int i = 0; i < partCount; i++) {
-            const CRect box = markAt(i);
-            if (!g->wants(box)) continue;
-            batch.fill(fillOf(i), box);
-            batch.frame(edgeColour, box);
-            batch.text(0xe0e0e0, "Bass 12", sizeRect(box, 2, 0, -1, 0), textLeft);
-        }
+        for (int i = 0; i < partCount; i++)
+            if (const CRect box = markAt(i); g->wants(box))
+                batch.text(0xe0e0e0, "Bass 12", sizeRect(box, 2, 0, -1, 0), textLeft);
     }
 };
 
@@ -126,16 +128,7 @@ public:
 
 protected:
     static constexpr int columns = 100;
-    void paintContent(CGraphic* g, CRect asked) override {
-        PixelPaper paper(g, asked);
-        paper.fill(groundColour, asked);
-        for (int i = 0; i < noteCount; i++) {
-            const CRect box = markAt(i);
-            if (!g->wants(box)) continue;
-            paper.fill(fillOf(i), box);
-            paper.frame(edgeColour, box);
-        }
-    }
+    void paintContent(CGraphic* g, CRect asked) override { paintBoxes(g, asked); }
 };
 
 class CablesView : public DemoView {
