@@ -25,7 +25,7 @@ public:
     /// Selects the track, with Control beside others.
     void mouseDown(int x, int y, int btn) override;
     void mouseUp(int x, int y, int btn) override; ///< the right button opens the menu
-    bool refresh(); ///< whether what is heard of the track shows
+    bool refresh();                               ///< whether what is heard of the track shows
     /// The cables are others.
     void findSound();
     CSongTrack* songTrack() const { return track; }
