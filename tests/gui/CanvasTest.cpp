@@ -115,7 +115,8 @@ public:
     void frame() {
         send();
         while (!sent.empty()) copyOldest();
-        for (const CRect& r : pending.takeAreas().all())
+        const DirtyAreas areas = pending.takeAreas();
+        for (const CRect& r : areas.all())
             for (int y = std::max(r.top, 0); y < std::min(r.bottom, side); y++)
                 for (int x = std::max(r.left, 0); x < std::min(r.right, side); x++)
                     shown[size_t(y * side + x)] = wanted[size_t(y * side + x)];
