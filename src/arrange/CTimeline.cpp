@@ -237,3 +237,8 @@ bool CTimeline::keyDown(int key, int mods) {
     qv->setPos(key == keyHome ? 0 : key == keyEnd ? seq->renderDuration() : tickOf(seq, at));
     return true;
 }
+
+void CTimeline::describe(Description& d, int) const {
+    d.role = Role::canvas;
+    d.name = "Song line";
+}

@@ -31,6 +31,7 @@ public:
     void songChanged();
     void setFirstRow(int row); ///< the first track that is shown
     int tickAt(int x) const;
+    void describe(Description& d, int part) const override;
 
 private:
     /// What the picture tells of the song that changes without a word.

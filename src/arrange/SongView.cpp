@@ -56,6 +56,10 @@ CTrackRow::CTrackRow(CWin* owner, CQV* host, CSongTrack* shown, int h, int c)
                        rowWidth - 2 * margin - stripe, meterHeight);
     meter->item = &clTrackLed;
     meter->hint = "Level of the track's instrument";
+    const CStr& name = track->track->id;
+    muteButton->spokenName = "Mute, " + name;
+    soloButton->spokenName = "Solo, " + name;
+    meter->spokenName = "Level, " + name;
     for (CCtrl* ctrl : stops())
         if (ctrl != this) addControl(ctrl);
     findSound();
@@ -312,4 +316,24 @@ bool SongView::refresh() {
         if (row->visible) changed = row->refresh() || changed;
     markStops();
     return changed;
+}
+
+void CTrackRow::describe(Description& d, int) const {
+    d.role = Role::group;
+    d.name = track->track->id.asChar();
+    d.action = "select";
+    d.set(stateSelectable, true);
+    d.set(stateSelected, shownSelected);
+}
+
+bool CTrackRow::pressPart(int) {
+    CSeq* seq = track->track->seq;
+    seq->unselectTracks();
+    seq->selectTrack(track, true);
+    return true;
+}
+
+void SongView::describe(Description& d, int) const {
+    d.role = Role::group;
+    d.name = "Song";
 }

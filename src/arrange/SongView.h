@@ -32,6 +32,8 @@ public:
     static constexpr int stopCount = 4;
     /// What of it takes the keys, from the left: itself, mute, solo, and the meter.
     std::array<CCtrl*, stopCount> stops();
+    void describe(Description& d, int part) const override;
+    bool pressPart(int part) override;
 
 private:
     void muteClicked(CObject*);
@@ -79,6 +81,7 @@ public:
     CSongTrack* trackAt(int y) const;
     int tickAt(int x) const; ///< the tick of the timeline at a point of the view
     bool onTimeline(int x) const;
+    void describe(Description& d, int part) const override;
 
 private:
     /// Where the focus is among the rows; both -1 elsewhere.

@@ -13,6 +13,7 @@
 #include "gui/TouchInput.h"
 #include "gui/XConnection.h"
 #include "gui/Xdnd.h"
+#include "gui/access/LiveTree.h"
 #include "gui/controls/CForeign.h"
 
 #include <X11/Xlib.h>
@@ -117,12 +118,14 @@ bool CApp::nextEvent(XEvent& event) {
 void CApp::idle() {
     stepTimers(dueMs());
     frameIfDue(false);
+    if (access) access->update();
     waitForEvent(turnMs);
 }
 
 void CApp::longIdle() {
     stepTimers(dueMs());
     frameIfDue(false);
+    if (access) access->update();
     waitForEvent(mostWaitMs);
 }
 
@@ -163,8 +166,9 @@ void CApp::waitForEvent(int ms) {
     timespec wait{0, long(std::chrono::nanoseconds(left).count())};
     Display* display = liveDisplay();
     if (display && XEventsQueued(display, QueuedAfterFlush) > 0) return;
-    pollfd server{display ? ConnectionNumber(display) : -1, POLLIN, 0};
-    ppoll(&server, 1, &wait, nullptr);
+    std::vector<pollfd> awaited{{display ? ConnectionNumber(display) : -1, POLLIN, 0}};
+    if (access) access->await(awaited, wait);
+    ppoll(awaited.data(), awaited.size(), &wait, nullptr);
 }
 
 void CApp::addTimer(CCtrl* ctrl, int ms, bool repeat) {
@@ -475,6 +479,7 @@ void CApp::forget(const CCtrl* ctrl) {
     drag.forget(ctrl);
     timers.remove(ctrl);
     std::erase(followers, ctrl);
+    if (access) access->forget(ctrl);
     for (CCtrl** slot :
          {&hooverCtrl, &exclusiveCtrl, &keyHookCtrl, &mouseOverCtrl, &dragCtrl, &dragOverCtrl})
         if (*slot == ctrl) *slot = nullptr;

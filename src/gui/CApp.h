@@ -19,6 +19,7 @@ class CDropItem;
 class CForeign;
 class CWin;
 class InputMethod;
+class LiveTree;
 class TouchInput;
 class XdndTarget;
 union _XEvent;
@@ -63,6 +64,7 @@ public:
     COnChange* onEndDrag = nullptr;      ///< owned; a drag ends, dropped or not
     /// Owned; takes drops on windows in which nobody else does. Null refuses them.
     COnChange* onStrayDrop = nullptr;
+    std::unique_ptr<LiveTree> access; ///< null while nobody reads the program by it
 
     CPoint lastMousePos;       ///< on the screen, of the last press
     long lastMouseTime = -1;   ///< of the last press that can begin a double click, -1 none

@@ -6,6 +6,7 @@
 #include "gui/Keys.h"
 #include "gui/Scale.h"
 #include "gui/XConnection.h"
+#include "gui/access/LiveTree.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -47,6 +48,7 @@ void CCtrl::redraw() {
 }
 
 void CCtrl::redraw(CRect part) {
+    if (win->app->access) win->app->access->touched(this);
     if (shown()) win->pending.add(visiblePart(part));
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/CObject.h"
 #include "base/Delegates.h"
+#include "gui/access/Accessible.h"
 
 #include <type_traits>
 
@@ -30,7 +31,7 @@ enum AlignFlag : int {
 ///
 /// Handlers get coordinates from the control's own corner, and flags as in gui/Keys.h. Handlers
 /// change state and call `redraw`; `paint` only reads.
-class CCtrl : public CObject {
+class CCtrl : public CObject, public Accessible {
 public:
     bool visible = true;          ///< a hidden control is neither drawn nor hit
     bool enabled = true;          ///< a disabled one is drawn but never hit
@@ -38,6 +39,7 @@ public:
     int scrollX = 0, scrollY = 0; ///< a group draws its children shifted by minus this
     void* data = nullptr;         ///< free for the owner
     CStr hint;
+    CStr spokenName; ///< what a person calls it, if neither its text nor its label says so
     int align = 0, alignX = 0, alignY = 0; ///< AlignFlag; margins or percentages
     CWin* win;                             ///< never null
     CGroup* parent = nullptr;     ///< null for a window's client area; of a window: its owner

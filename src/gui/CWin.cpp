@@ -345,3 +345,10 @@ void CWin::setCursor(int number) {
     shownCursor = number;
     XDefineCursor(display, handle, xConnection().cursors[number]);
 }
+
+void CWin::describe(Description& d, int) const {
+    d.role = isPage() ? Role::page : Role::window;
+    d.name = id.asChar();
+    d.set(stateActive, app->lastWin == this);
+    d.set(stateModal, app->modalWin == this);
+}

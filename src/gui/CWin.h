@@ -111,6 +111,7 @@ public:
     virtual bool hasFocus();
     /// A command of a ribbon that has no handler of its own was chosen; its entry, and the buttons.
     virtual void menuAction(CRibbonItem*, CObject*, int) {}
+    void describe(Description& d, int part) const override;
 
     void setKeyCtrl(CCtrl* ctrl); ///< null takes the key focus away; a control is brought into view
     /// What Tab stops at, in order: menu and toolbar, the content, and the page in front.

@@ -120,9 +120,11 @@ CRenderWin::CRenderWin(Workspace& space, CRender& what, CSeq* song)
 CRenderWin::~CRenderWin() = default;
 
 void CRenderWin::addSelection() {
-    addControl(new CLabel(this, "Selection", margin, margin, columnWidth, headingHeight));
+    auto* heading = new CLabel(this, "Selection", margin, margin, columnWidth, headingHeight);
+    addControl(heading);
     const int listHeight = int(std::size(rangeNames)) * rowHeight + 2;
     ranges = new CListbox(this, "range", margin, columnTop, columnWidth, listHeight);
+    heading->field = ranges;
     ranges->itemHeight = rowHeight;
     ranges->tabStop = true;
     for (const char* name : rangeNames) ranges->add(name);

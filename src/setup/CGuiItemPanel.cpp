@@ -98,33 +98,35 @@ void CGuiItemPanel::setupShade() {
 
 // Rows.
 
-void CGuiItemPanel::addLabel(const char* text) {
-    addControl(new CLabel(win, text, 0, y, labelWidth, rowHeight));
+void CGuiItemPanel::addRow(const char* text, CCtrl* field) {
+    auto* label = new CLabel(win, text, 0, y, labelWidth, rowHeight);
+    label->field = field;
+    addControl(label);
+    addControl(field);
 }
 
 void CGuiItemPanel::addChoice(const char* label, Choice choice, const Names& names, int index) {
-    addLabel(label);
     auto* field = new CDropdown(win, label, labelWidth, y, fieldWidth, rowHeight);
     for (const char* name : names) field->add(name);
     field->setIndex(index);
     field->tag = int(choice);
     field->onChange = new _COnChange<CGuiItemPanel>(this, &CGuiItemPanel::choiceChanged);
-    addControl(field);
+    addRow(label, field);
     y += rowStep;
 }
 
 void CGuiItemPanel::addColour(const char* label, int CGuiLook::*field) {
-    addLabel(label);
     auto* button = new CColorButton(win, label, item->*field, labelWidth, y, fieldWidth, rowHeight);
     button->hint = "Choose a colour; the right button replaces it in the whole skin";
     button->tag = int(colourFields.size());
     button->onChange = new _COnChange<CGuiItemPanel>(this, &CGuiItemPanel::colourChanged);
     button->onReplace = new _COnChange<CGuiItemPanel>(this, &CGuiItemPanel::colourReplaced);
     colourFields.push_back(field);
-    addControl(button);
+    addRow(label, button);
     auto* all = new CButton(win, CStr(label) + " replace", "Replace...",
                             labelWidth + fieldWidth + gap, y, replaceWidth, rowHeight);
     all->hint = "Replace this colour in the whole skin";
+    all->spokenName = CStr("Replace ") + label;
     all->data = button;
     all->onChange = new _COnChange<CGuiItemPanel>(this, &CGuiItemPanel::replaceClicked);
     addControl(all);
@@ -132,7 +134,6 @@ void CGuiItemPanel::addColour(const char* label, int CGuiLook::*field) {
 }
 
 void CGuiItemPanel::addStrength() {
-    addLabel("Strength");
     auto* field = new CValue(win, "Strength", labelWidth, y, fieldWidth, rowHeight);
     field->min = -percent;
     field->max = percent;
@@ -140,17 +141,16 @@ void CGuiItemPanel::addStrength() {
     field->showValue(asRound(double(item->fillEffect) * percent));
     field->hint = "Strength of the shine in percent; below 0 it lies on the lower half";
     field->onChange = new _COnChange<CGuiItemPanel>(this, &CGuiItemPanel::strengthChanged);
-    addControl(field);
+    addRow("Strength", field);
     y += rowStep;
 }
 
 void CGuiItemPanel::addImage() {
-    addLabel("Image");
     const CStr name = item->image ? item->image->id : CStr("None");
     auto* button = new CButton(win, "Image", name, labelWidth, y, fieldWidth, rowHeight);
     button->hint = "Choose an image";
     button->onChange = new _COnChange<CGuiItemPanel>(this, &CGuiItemPanel::imageClicked);
-    addControl(button);
+    addRow("Image", button);
     y += rowStep;
 }
 

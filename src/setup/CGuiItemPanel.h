@@ -26,7 +26,7 @@ private:
 
     void setupFill();
     void setupShade();
-    void addLabel(const char* text);
+    void addRow(const char* label, CCtrl* field);
     void addChoice(const char* label, Choice choice, const Names& names, int index);
     void addColour(const char* label, int CGuiLook::*field);
     void addStrength();

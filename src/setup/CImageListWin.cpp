@@ -23,6 +23,7 @@ CImageListWin::CImageListWin(CWin* owner, CGui* theme, CImageChunk* chosen)
     const int high = contentBottom() - margin, right = margin + listWidth + gap;
     list = new CListbox(this, "images", margin, margin, listWidth, high);
     list->itemHeight = rowHeight;
+    list->spokenName = "Images";
     list->tabStop = true;
     wire(list->onChange, new _COnChange<CImageListWin>(this, &CImageListWin::listChanged));
     wire(list->onDoubleClick, new _COnChange<CImageListWin>(this, &CImageListWin::opened));

@@ -63,12 +63,35 @@ CCtrl* findField(CGroup* group, const CStr& name) {
 
 } // namespace
 
+/// The column of tabs as a screen reader is told of it; the window paints it.
+class CSetupWin::Tabs : public CCtrl {
+public:
+    explicit Tabs(CSetupWin* window)
+        : CCtrl(window, "tabs", 0, 0, tabsWidth, window->clientGroup->height), owner(window) {}
+    int accessParts() const override { return tabCount(); }
+    int focusedPart() const override { return owner->tab; }
+    void describe(Description& d, int part) const override {
+        d.role = part == wholeCtrl ? Role::tabs : Role::tab;
+        d.name = part == wholeCtrl ? "Pages" : tabName(part);
+        if (part == wholeCtrl) return;
+        d.action = "switch";
+        d.bounds = owner->tabRect(part);
+        d.set(stateSelected, part == owner->tab);
+    }
+    bool pressPart(int part) override {
+        owner->setTab(part);
+        return true;
+    }
+
+private:
+    CSetupWin* owner;
+};
+
 CSetupWin::CSetupWin(Workspace& space)
     : CDialogWin(space.mainWindow(), "Setup", contentWidth, contentHeight), workspace(space),
       host(space.host()),
       tab(asMinMax(iniReadInt(section, pageKey, defaultTab), 0, tabCount() - 1)),
-      tabs(new CCtrl(this, "tabs", 0, 0, tabsWidth, clientGroup->height)),
-      devices(space.notices().on({.host = HostNotice::devices}, [this] {
+      tabs(new Tabs(this)), devices(space.notices().on({.host = HostNotice::devices}, [this] {
           if (visible) tabChanged();
       })) {
     buttons->visible = false;

@@ -36,6 +36,7 @@ public:
     void hide() override; ///< what was typed last counts
 
 private:
+    class Tabs;
     int tabHeight() const;
     CRect tabRect(int index) const; ///< in the column
     void makePage();

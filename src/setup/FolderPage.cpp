@@ -30,6 +30,7 @@ void FolderPage::addFolderSection(int mode, const CStr& title) {
     auto* list = new CListbox(win, modeToSection(mode), margin, nextTop, buttonLeft - gap - margin,
                               listHeight);
     list->tag = mode;
+    list->spokenName = title;
     list->setAlign(alignWidth, width - buttonLeft + gap, 0);
     list->data = del;
     wire(list->onChange, new _COnChange<FolderPage>(this, &FolderPage::folderChosen));
@@ -38,6 +39,7 @@ void FolderPage::addFolderSection(int mode, const CStr& title) {
     int y = nextTop;
     for (CButton* button : {add, del}) {
         button->id = title + " " + button->text;
+        button->spokenName = button->text + ", " + title;
         button->data = list;
         button->setBounds(buttonLeft, y, add->width, fieldHeight);
         button->setAlign(alignRight, margin, 0);

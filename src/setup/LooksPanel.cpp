@@ -54,6 +54,7 @@ void LooksPanel::addButton(const char* text, void (LooksPanel::*clicked)(CObject
 void LooksPanel::addTree() {
     tree = new CTree(win, "items", 0, treeTop, treeWidth, height - treeTop);
     tree->setAlign(alignHeight, 0, 0);
+    tree->spokenName = "Items";
     tree->tabStop = true;
     int count = 0;
     const LooksNode* nodes = looksTree(count);

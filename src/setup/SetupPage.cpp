@@ -25,16 +25,19 @@ void SetupPage::addHeading(const CStr& text) {
     nextTop += headingHeight + gap / 2;
 }
 
-void SetupPage::placeHeading(const CStr& text, int x) {
+CLabel* SetupPage::placeHeading(const CStr& text, int x) {
     auto* label = new CLabel(win, text, x, nextTop, width - margin - x, headingHeight);
     label->textCol = win->app->gui->palette.accent;
     addControl(label);
+    return label;
 }
 
 void SetupPage::placeField(const CStr& label, CCtrl* field) {
     int x = margin;
     if (!label.empty()) {
-        addControl(new CLabel(win, label, margin, nextTop, labelWidth - gap, fieldHeight));
+        auto* name = new CLabel(win, label, margin, nextTop, labelWidth - gap, fieldHeight);
+        addControl(name);
+        name->field = field;
         x += labelWidth;
     }
     lineTop = nextTop;
@@ -63,8 +66,8 @@ void SetupPage::addPair(const CStr& leftText, CCtrl* first, const CStr& rightTex
     if (nextTop > margin) nextTop += gap;
     const int wide = (width - 2 * margin - gap) / 2, rightX = width - margin - wide;
     const int top0 = nextTop + headingHeight + gap / 2, high = height - margin - top0;
-    placeHeading(leftText, margin);
-    placeHeading(rightText, rightX);
+    placeHeading(leftText, margin)->field = first;
+    placeHeading(rightText, rightX)->field = second;
     first->setBounds(margin, top0, wide, high);
     first->setAlign(alignHeight, 0, margin);
     second->setBounds(rightX, top0, wide, high);

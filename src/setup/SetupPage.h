@@ -44,7 +44,7 @@ protected:
     CQV* const qv;
 
 private:
-    void placeHeading(const CStr& text, int x);
+    CLabel* placeHeading(const CStr& text, int x);
     void placeField(const CStr& label, CCtrl* field);
     void placeBeside(CCtrl* field);
 

@@ -44,6 +44,7 @@ ShortcutPage::ShortcutPage(CSetupWin* window, CRect place) : SetupPage(window, p
 void ShortcutPage::setupActionTree(int treeWidth) {
     tree = new CTree(win, "actions", margin, nextTop, treeWidth, height - nextTop - margin);
     tree->tabStop = true;
+    tree->spokenName = "Actions";
     tree->setAlign(alignHeight, 0, margin);
     for (const Group& g : groups) {
         CTreeNode* node = tree->root.add(g.name);

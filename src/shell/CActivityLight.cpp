@@ -37,3 +37,9 @@ void CActivityLight::refresh() {
     brightness = now;
     redraw();
 }
+
+void CActivityLight::describe(Description& d, int) const {
+    d.role = Role::meter;
+    d.name = "MIDI activity";
+    d.range = Description::Range{double(brightness), 0.0, 100.0, 1.0};
+}

@@ -13,6 +13,7 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     /// Paints at once if the lamp has changed.
     void refresh();
+    void describe(Description& d, int part) const override;
 
 private:
     CQV* qv;

@@ -118,3 +118,16 @@ void CFigures::setFocus(bool on) {
     CCtrl::setFocus(on);
     if (!on) endTyping(true);
 }
+
+void CFigures::describe(Description& d, int) const {
+    d.role = Role::number;
+    d.name = id.asChar();
+    d.text = figures().asChar();
+    d.set(stateEditable, true);
+}
+
+bool CFigures::enterText(const std::string& to) {
+    accept(to.c_str());
+    refresh();
+    return true;
+}

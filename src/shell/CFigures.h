@@ -24,6 +24,8 @@ public:
     void setFocus(bool on) override;
     /// Asks for a repaint if the figures have changed; whether they have.
     bool refresh();
+    void describe(Description& d, int part) const override;
+    bool enterText(const std::string& to) override; ///< as if it were typed
 
 protected:
     static constexpr int tens = 10;

@@ -101,3 +101,15 @@ void CMonitorVolume::setFocus(bool on) {
     CCtrl::setFocus(on);
     if (!on) endTyping();
 }
+
+void CMonitorVolume::describe(Description& d, int) const {
+    d.role = Role::slider;
+    d.name = "Monitor volume";
+    d.text = (asStr(getPercent()) + " %").asChar();
+    d.range = Description::Range{double(getPercent()), 0.0, double(full), 1.0};
+}
+
+bool CMonitorVolume::enterNumber(int, double to) {
+    setPercent(asRound(to));
+    return true;
+}

@@ -22,6 +22,8 @@ public:
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
     void refresh(); ///< somebody else may have changed it
+    void describe(Description& d, int part) const override;
+    bool enterNumber(int part, double to) override;
     int getPercent() const;
     void setPercent(int percent); ///< clamped to 0 to `full`
 

@@ -44,8 +44,10 @@ CWelcomeWin::CWelcomeWin(CWin* owner, const CStringList& recent, int chosenKind)
 
 CListbox* CWelcomeWin::addList(const char* name, const char* title, int x, int wide) {
     const int titleTop = margin + logoRoom(), top0 = titleTop + titleHeight;
-    addControl(new CLabel(this, title, x, titleTop, wide, titleHeight));
+    auto* heading = new CLabel(this, title, x, titleTop, wide, titleHeight);
+    addControl(heading);
     auto* list = new CListbox(this, name, x, top0, wide, contentBottom() - top0);
+    heading->field = list;
     list->itemHeight = rowHeight;
     list->tabStop = true;
     wire(list->onDoubleClick,

@@ -9,6 +9,7 @@
 #include "gui/controls/CPopup.h"
 #include "sequencer/Bars.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/Points.h"
 #include "sequencer/SongValues.h"
 #include "ui/Song.h"
 
@@ -302,4 +303,39 @@ void CTempoDisplay::toEnd(bool last) {
 
 void CTempoDisplay::reset() {
     qv->values->set(value(), plainTempo);
+}
+
+void CPositionDisplay::describe(Description& d, int) const {
+    CFigures::describe(d, wholeCtrl);
+    d.name = form == clock ? "Time" : "Position";
+    d.action = "switch";
+}
+
+bool CPositionDisplay::pressPart(int) {
+    turnForm();
+    return true;
+}
+
+void CSignatureDisplay::describe(Description& d, int) const {
+    CFigures::describe(d, wholeCtrl);
+    d.role = Role::comboBox;
+    d.name = "Time signature";
+    d.action = "open";
+}
+
+bool CSignatureDisplay::pressPart(int) {
+    offer(true);
+    return true;
+}
+
+void CTempoDisplay::describe(Description& d, int) const {
+    CFigures::describe(d, wholeCtrl);
+    d.name = "Tempo";
+    d.range = Description::Range{value().get()[0], double(minTempo), double(maxTempo), fineStep};
+}
+
+bool CTempoDisplay::enterNumber(int, double to) {
+    qv->values->set(value(), to);
+    refresh();
+    return true;
 }

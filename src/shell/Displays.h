@@ -20,6 +20,8 @@ public:
     bool keyDown(int key, int mods) override;
     Form getForm() const { return form; }
     void setForm(int newForm); ///< `bars` for anything unknown
+    void describe(Description& d, int part) const override;
+    bool pressPart(int part) override;
 
 protected:
     CStr figures() const override;
@@ -45,6 +47,8 @@ public:
     CSignatureDisplay(CWin* win, int left, CQV* host);
     void mouseDown(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override;
+    void describe(Description& d, int part) const override;
+    bool pressPart(int part) override;
 
 protected:
     CStr figures() const override;
@@ -70,6 +74,8 @@ public:
     void mouseMove(int x, int y, int btn) override;
     void mouseUp(int x, int y, int btn) override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
+    void describe(Description& d, int part) const override;
+    bool enterNumber(int part, double to) override;
 
 protected:
     CStr figures() const override;

@@ -120,3 +120,29 @@ void DockBar::goToEnd(bool last) {
         if (last && docker->hasTab(dock)) at = docker->docks.indexed(dock);
     docker->setActive(at);
 }
+
+int DockBar::accessParts() const {
+    return docker->docks.getCount();
+}
+
+int DockBar::focusedPart() const {
+    return docker->docks.indexed(docker->getDock(-1));
+}
+
+void DockBar::describe(Description& d, int part) const {
+    d.role = Role::tabs;
+    if (part == wholeCtrl) return;
+    const CDock* dock = docker->getDock(part);
+    d.role = Role::tab;
+    d.name = dock->name.asChar();
+    d.action = "switch";
+    d.bounds = docker->tabRect(dock, tabHeight);
+    d.set(stateShowing, docker->hasTab(dock));
+    d.set(stateSelected, dock == docker->getDock(-1));
+}
+
+bool DockBar::pressPart(int part) {
+    if (part == wholeCtrl) return false;
+    docker->setActive(part);
+    return true;
+}

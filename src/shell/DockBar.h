@@ -23,6 +23,10 @@ public:
     void mouseOver(bool enter, int x, int y) override;
     bool keyDown(int key, int mods) override; ///< Left, Right, Home and End
     bool contextMenu() override;
+    void describe(Description& d, int part) const override;
+    int accessParts() const override;
+    bool pressPart(int part) override;
+    int focusedPart() const override;
     /// Shows the state of the docker: the bar is there only with tabs.
     void refresh();
 

@@ -66,3 +66,9 @@ CStr StatusLine::deviceText() const {
                   qv->aam->frames);
     return line;
 }
+
+void StatusLine::describe(Description& d, int) const {
+    d.role = Role::status;
+    d.name = text.empty() ? "Status" : text.asChar();
+    d.help = d.text = device.asChar();
+}

@@ -15,6 +15,7 @@ public:
     /// Brings the device up to date. Interface tick.
     void refresh();
     void devicesChanged(); ///< may have another name
+    void describe(Description& d, int part) const override;
 
 private:
     /// What is told of the device; -1 none.

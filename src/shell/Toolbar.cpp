@@ -84,6 +84,7 @@ void Toolbar::addButton(int& x, const char* name, Glyph glyph, const char* text)
 
 void Toolbar::addCommand(CButton* button, Glyph glyph, const char* text, CAction* action) {
     button->hint = text;
+    button->spokenName = action ? action->label : text;
     button->userPtr = action;
     button->onPaint = new _COnPaint<Toolbar>(this, &Toolbar::paintGlyph);
     button->tabStop = true;
@@ -127,6 +128,7 @@ void Toolbar::addMaster() {
     spectrum = new CSpectrum(window, x, spectrumTop, spectrumHeight, qv);
     spectrum->setAlign(alignRight, margin + masterWidth + 3 * gap, 0);
     addControl(spectrum);
+    master->spokenName = "Output level";
     master->hint = "Level of the output; a press clears the peaks";
     addControl(master);
     volume = new CMonitorVolume(window, x, volumeTop, masterWidth, volumeHeight, qv);
@@ -214,4 +216,9 @@ void Toolbar::refresh() {
     spectrum->refresh();
     for (const Command& c : commands)
         if (c.action) c.button->setLit(c.action->isOn());
+}
+
+void Toolbar::describe(Description& d, int) const {
+    d.role = Role::toolBar;
+    d.name = "Transport";
 }

@@ -28,6 +28,7 @@ public:
 
     void paint(CGraphic* g, CRect rect) override;
     void resized() override;
+    void describe(Description& d, int part) const override;
     /// Brings the displays up to date. Interface tick.
     void refresh();
     bool followSound(); ///< takes what changes while it plays; whether that shows

@@ -1,5 +1,6 @@
 #include "shell/runapp.h"
 
+#include "access/AccessLoader.h"
 #include "base/CIniFile.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
@@ -24,6 +25,7 @@
 namespace {
 
 constexpr const char* settingsName = "Sondrava.ini";
+constexpr const char* programName = "Sondrava";
 constexpr int heartbeatMs = 40;
 
 /// In the middle of the monitor with the pointer.
@@ -61,6 +63,7 @@ ProgramRun::ProgramRun() = default;
 ProgramRun::~ProgramRun() {
     if (!host) return;
     app->killTimer(window.get());
+    access.reset();
     bridge.reset();
     host->aam = aam = nullptr;
     hooks.reset();
@@ -91,6 +94,7 @@ bool ProgramRun::open() {
     window = std::make_unique<CMainWin>(app.get(), qv);
     hooks = std::make_unique<AppHooks>(app.get(), window.get());
     window->show(true);
+    access = std::make_unique<AccessLoader>(app.get(), window.get(), programName);
     bridge->windowHandle = window->handle;
     openAudio(ini, bridge.get());
     enableMidi(ini, bridge.get());

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+class AccessLoader;
 class AppHooks;
 class CAAM;
 class CApp;
@@ -33,6 +34,7 @@ private:
     std::unique_ptr<CQV> host;
     std::unique_ptr<AppHooks> hooks;
     std::unique_ptr<CMainWin> window;
+    std::unique_ptr<AccessLoader> access;
     std::unique_ptr<CAAM> bridge;
 };
 

@@ -87,3 +87,8 @@ bool CMeter::refresh() {
     redraw();
     return true;
 }
+
+void CMeter::describe(Description& d, int) const {
+    d.role = Role::meter;
+    if (d.name.empty()) d.name = "Level";
+}

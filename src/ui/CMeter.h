@@ -20,6 +20,7 @@ public:
     bool keyDown(int key, int mods) override; ///< Return and Delete clear the peak
     /// Takes the present level; whether that shows. Interface thread.
     bool refresh();
+    void describe(Description& d, int part) const override;
 
 private:
     struct Level {

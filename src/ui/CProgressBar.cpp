@@ -21,3 +21,9 @@ void CProgressBar::setDone(float share) {
     done = fLimit(share, 0.0f, 1.0f);
     if (filled() != before && shown()) win->app->drawNow(win, this);
 }
+
+void CProgressBar::describe(Description& d, int) const {
+    d.role = Role::progress;
+    if (d.name.empty()) d.name = "Progress";
+    d.range = Description::Range{double(done), 0.0, 1.0, 0.01};
+}

@@ -10,6 +10,7 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     /// 0 to 1; paints at once if that shows.
     void setDone(float share);
+    void describe(Description& d, int part) const override;
 
 private:
     CRect filled() const;

@@ -84,3 +84,8 @@ void CSpectrum::refresh() {
     }
     for (double& magnitude : qv->dft->bands) magnitude = std::max(magnitude - fall, 0.0);
 }
+
+void CSpectrum::describe(Description& d, int) const {
+    d.role = Role::picture;
+    d.name = "Spectrum";
+}

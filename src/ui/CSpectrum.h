@@ -40,6 +40,7 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     /// Takes the present bands, asks for a repaint if that shows, and lets them fall.
     void refresh();
+    void describe(Description& d, int part) const override;
 
 private:
     std::vector<int> heights() const;

@@ -23,6 +23,7 @@ public:
     /// when it runs on.
     int wait();
     void signal(int number) const { kill(pid, number); }
+    pid_t id() const { return pid; }
     bool running() { return pid > 0 && !ended(); }
     std::string out() const { return contentOf(outFile); }
     std::string err() const { return contentOf(errFile); }

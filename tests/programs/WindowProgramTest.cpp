@@ -1,9 +1,7 @@
-#include "programs/Program.h"
-#include "support/Places.h"
+#include "programs/Installation.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <set>
 #include <utility>
@@ -16,26 +14,6 @@ namespace {
 
 constexpr const char* title = "Sondrava2.0 - alpha";
 
-/// The program and its driver module in a folder of their own, with a home beside it.
-class Installation {
-public:
-    Installation() {
-        for (const char* name : {"sondrava", "libaam.so"})
-            std::filesystem::copy_file(builtFile(std::string("bin/") + name), folder.file(name));
-        setenv("HOME", folder.file("home").c_str(), 1);
-        set("");
-    }
-    /// The settings: the last project or, without one, the demo song, and what else is given.
-    void set(const std::string& more) const {
-        writeFile(settings(), "[options]\nstartwith=2\n" + more);
-    }
-    std::string program() const { return folder.file("sondrava"); }
-    std::string settings() const { return folder.file("Sondrava.ini"); }
-
-private:
-    const TempFolder folder;
-};
-
 /// A rectangle of the window, from its left or, if negative, right edge.
 struct Area {
     int x, y, width, height;
@@ -44,14 +22,11 @@ constexpr Area masterMeter = {-211, 68, 202, 13};
 constexpr Area position = {303, 51, 148, 48};
 constexpr Area wholeBar = {0, 46, 700, 56};
 
-/// An X server without a window manager, and what a user sees of the program on it.
+/// What a user sees of the program on a screen.
 class Desk {
 public:
     Desk() {
-        comes([&] { return server.out().find('\n') != std::string::npos || !server.running(); });
-        const std::string name = ":" + server.out().substr(0, server.out().find('\n'));
-        setenv("DISPLAY", name.c_str(), 1);
-        display = XOpenDisplay(name.c_str());
+        display = XOpenDisplay(nullptr);
     }
     ~Desk() {
         if (display) XCloseDisplay(display);
@@ -101,8 +76,7 @@ public:
     }
 
 private:
-    Program server{
-        {"Xvfb", "-displayfd", "1", "-screen", "0", "1200x800x24", "-nolisten", "tcp", "-noreset"}};
+    const ScreenServer screen;
     Display* display = nullptr;
     Window window = 0;
 };

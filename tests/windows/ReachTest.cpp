@@ -1,6 +1,7 @@
 #include "MainFixture.h"
 
 #include "gui/XConnection.h"
+#include "gui/access/LiveTree.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CScrollbar.h"
 #include "gui/controls/CTabs.h"
@@ -85,9 +86,30 @@ protected:
         Controls takers;
         for (const CCtrl* part : each<CCtrl>(window->controls)) collectTakers(part, takers);
         EXPECT_GT(takers.size(), 0U) << name;
+        checkNames(window, name, reached);
         for (const CCtrl* c : takers)
             EXPECT_TRUE(reached.contains(c) || byArrows.contains(c))
                 << name << ": " << pathOf(c) << " cannot be reached";
+    }
+    /// A screen reader finds a name and a place for everything in a window, and all that takes
+    /// the keys.
+    void checkNames(CWin* window, const std::string& name, const Controls& reached) {
+        LiveTree tree(app.get());
+        std::set<AccessId> found;
+        collectNames(tree, tree.idOf(window), name, found);
+        for (const CCtrl* c : reached)
+            EXPECT_TRUE(found.contains(tree.idOf(c))) << name << ": " << pathOf(c) << " is silent";
+    }
+    static void collectNames(LiveTree& tree, AccessId id, const std::string& path,
+                             std::set<AccessId>& found) {
+        const Description d = tree.describe(id);
+        found.insert(id);
+        EXPECT_FALSE(d.name.empty()) << path;
+        EXPECT_TRUE(!d.has(stateShowing) || !d.bounds.empty()) << path << "/" << d.name;
+        for (const AccessId inner : tree.children(id)) {
+            EXPECT_EQ(tree.parent(inner), id) << path << "/" << tree.describe(inner).name;
+            collectNames(tree, inner, path + "/" + d.name, found);
+        }
     }
     void checkShown(CWin& window, const std::string& name) {
         if (HasFatalFailure()) return;

@@ -199,3 +199,27 @@ void CWindowButton::click() {
     else
         targetWin->minimize();
 }
+
+void CButton::describe(Description& d, int) const {
+    d.role = lit ? Role::toggle : Role::button;
+    if (d.name.empty()) d.name = text.asChar();
+    d.action = "press";
+    d.set(statePressed, lit);
+}
+
+bool CButton::pressPart(int) {
+    click();
+    return true;
+}
+
+void CCheckbox::describe(Description& d, int part) const {
+    CButton::describe(d, part);
+    d.role = Role::checkBox;
+    d.action = checked ? "uncheck" : "check";
+    d.set(stateChecked, checked);
+}
+
+void CWindowButton::describe(Description& d, int part) const {
+    CButton::describe(d, part);
+    d.name = kind == close ? "Close" : kind == maximize ? "Maximize" : "Minimize";
+}

@@ -22,6 +22,8 @@ public:
     /// A left release inside the button clicks.
     void mouseUp(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override; ///< Return and Space click
+    void describe(Description& d, int part) const override;
+    bool pressPart(int part) override;
     /// Calls `onChange`; without one tells the owners by `_changed` and by the button's name.
     virtual void click();
     void setText(const CStr& newText);
@@ -46,6 +48,7 @@ public:
     using CButton::CButton;
     void paint(CGraphic* g, CRect rect) override;
     void click() override; ///< toggles it first
+    void describe(Description& d, int part) const override;
     void setChecked(bool on);
 };
 
@@ -60,4 +63,5 @@ public:
     CWindowButton(CWin* win, int kind, int left, int top, int width, int height);
     void paint(CGraphic* g, CRect rect) override;
     void click() override;
+    void describe(Description& d, int part) const override;
 };

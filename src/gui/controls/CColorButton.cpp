@@ -53,3 +53,14 @@ void CColorButton::click() {
 void CColorButton::replace() {
     if (onReplace && ask("Replace everywhere", replacement)) (*onReplace)(this);
 }
+
+void CColorButton::describe(Description& d, int part) const {
+    CButton::describe(d, part);
+    int r, g, b;
+    asRGB(colour, &r, &g, &b);
+    constexpr int digits = 7;
+    char code[digits + 1];
+    std::snprintf(code, sizeof code, "#%02x%02x%02x", unsigned(r & 0xff), unsigned(g & 0xff),
+                  unsigned(b & 0xff));
+    d.text = code;
+}

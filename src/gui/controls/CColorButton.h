@@ -19,6 +19,7 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     void mouseUp(int x, int y, int btn) override;
     void click() override;
+    void describe(Description& d, int part) const override;
     void replace();
 
 private:

@@ -17,6 +17,34 @@ constexpr int listStyle = winNoBorder | winMain | winPopup | winEscape;
 constexpr double hoverShare = 0.15, disabledShare = 0.6;
 } // namespace
 
+/// The texts in the open list.
+class CDropdown::Rows : public CCtrl {
+public:
+    explicit Rows(CDropdown* whose)
+        : CCtrl(whose->list.get(), "rows", 0, 0, whose->width, itemHeight), owner(whose) {}
+    int accessParts() const override { return owner->numItems(); }
+    int focusedPart() const override { return owner->tracked; }
+    void describe(Description& d, int part) const override {
+        d.role = part == wholeCtrl ? Role::list : Role::listRow;
+        d.name = part == wholeCtrl ? owner->id.asChar() : owner->getItemText(part).asChar();
+        if (part == wholeCtrl) return;
+        const int y = (part - owner->bar->pos) * itemHeight;
+        d.action = "choose";
+        d.bounds = asRect(0, y, width, y + itemHeight);
+        d.set(stateShowing, d.has(stateShowing) && y >= 0 && y < height);
+        d.set(stateSelectable, true);
+        d.set(stateSelected, part == owner->tracked);
+    }
+    bool pressPart(int part) override {
+        if (part == wholeCtrl) return false;
+        owner->commit(part);
+        return true;
+    }
+
+private:
+    CDropdown* owner;
+};
+
 CDropdown::CDropdown(CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CEdit(owner, name, l, t, w, h) {
     hooverable = true;
@@ -118,7 +146,7 @@ int CDropdown::typedRow() {
 
 void CDropdown::makeList() {
     list = std::make_unique<CWin>(win->app, win, id, 0, 0, width, itemHeight, listStyle);
-    rows = new CCtrl(list.get(), "rows", 0, 0, width, itemHeight);
+    rows = new Rows(this);
     rows->onPaint = new _COnPaint<CDropdown>(this, &CDropdown::paintRows);
     rows->onMouseMove = new _COnMouse<CDropdown>(this, &CDropdown::itemsMouseMove);
     rows->onMouseUp = new _COnMouse<CDropdown>(this, &CDropdown::itemsMouseUp);
@@ -235,4 +263,31 @@ void CDropdown::paintRows(CObject*, CGraphic* g, CRect rect) {
         g->drawText(look.textCol, getItemText(row), sizeRect(at, textMargin - frame, 0, 0, 0), 2);
     }
     drawGuiItem(g, whole, &clDropdownMenu, drawFrame);
+}
+
+void CDropdown::describe(Description& d, int part) const {
+    CEdit::describe(d, part);
+    d.role = Role::comboBox;
+    d.text = shownText().asChar();
+    d.action = "open";
+    d.set(stateEditable, editable);
+    d.set(stateExpandable, true);
+    d.set(stateExpanded, list && list->visible);
+    if (!editable) d.caret.reset();
+}
+
+bool CDropdown::pressPart(int) {
+    win->setKeyCtrl(this);
+    drop();
+    return true;
+}
+
+/// One of the texts in the list chooses that one.
+bool CDropdown::enterText(const std::string& to) {
+    for (int row = 0; row < numItems(); row++)
+        if (to == getItemText(row).asChar()) {
+            setIndex(row, true);
+            return true;
+        }
+    return editable && CEdit::enterText(to);
 }

@@ -40,6 +40,9 @@ public:
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
+    void describe(Description& d, int part) const override;
+    bool pressPart(int part) override;
+    bool enterText(const std::string& to) override;
 
     CWin* getDropWin() const { return list.get(); } ///< while the list is open
 
@@ -47,6 +50,7 @@ protected:
     CStr shownText() const override;
 
 private:
+    class Rows;
     bool opensAt(int x) const;
     int typedRow();
     void makeList();

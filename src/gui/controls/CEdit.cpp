@@ -285,3 +285,25 @@ bool CEdit::typeKey(int key) {
     if (key > 0) insertText(utf8Of(uint32_t(key)).c_str());
     return true;
 }
+
+void CEdit::describe(Description& d, int) const {
+    d.role = Role::textField;
+    d.text = text.asChar();
+    d.set(stateEditable, true);
+    const std::string_view bytes = text.asChar();
+    const auto characters = [bytes](int place) {
+        int count = 0;
+        for (size_t at = 0; at < bytes.size() && int(at) <= place; ++count)
+            nextCharacter(bytes, at);
+        return count;
+    };
+    const int at = characters(cursor), other = selLength ? characters(anchor) : at;
+    d.caret = Description::Caret{at, asMin(at, other), asMax(at, other)};
+}
+
+bool CEdit::enterText(const std::string& to) {
+    const bool changes = to != text.asChar();
+    setText(to.c_str());
+    if ((changes || notifyAlways) && onChange) (*onChange)(this);
+    return true;
+}

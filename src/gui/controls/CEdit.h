@@ -30,6 +30,9 @@ public:
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
     void setText(const CStr& newText);
+    void describe(Description& d, int part) const override;
+    /// As if it had been typed and left.
+    bool enterText(const std::string& to) override;
 
     void selectAll();
     CStr selection() const;

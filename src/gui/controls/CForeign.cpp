@@ -246,32 +246,27 @@ CRect CForeign::seen() const {
 void CForeign::follow() {
     Display* display = liveDisplay();
     if (!display || !frame) return;
-    const CRect part = toDevice(seen());
-    const bool show = shown() && !part.empty();
-    if (show && !(part == frameAt)) {
+    const CRect part = toDevice(seen()), whole = toDevice(placeOf(this));
+    const bool show = shown() && !seen().empty();
+    if (show && !(part == frameAt))
         XMoveResizeWindow(display, frame, part.left, part.top, unsigned(part.width()),
                           unsigned(part.height()));
-        frameAt = part;
-    }
+    if (show) frameAt = part;
     if (show != mapped) show ? XMapWindow(display, frame) : XUnmapWindow(display, frame);
     mapped = show;
-    if (inner && show) placeInner(toDevice(placeOf(this)));
-}
-
-/// `whole` is where all of the control lies, in device pixels of the window around.
-void CForeign::placeInner(CRect whole) {
-    const CPoint at = asPoint(whole.left - frameAt.left, whole.top - frameAt.top);
-    const CPoint size = asPoint(width, height);
-    if (at == innerAt && size == told) return;
+    if (!inner || !show) return;
+    const CPoint at = asPoint(whole.left - part.left, whole.top - part.top);
+    const bool resized = asPoint(width, height) != told;
+    if (at == innerAt && !resized) return;
+    innerAt = at;
+    told = asPoint(width, height);
     succeeds([&] {
-        XMoveWindow(liveDisplay(), inner, at.x, at.y);
-        if (size != told)
-            XResizeWindow(liveDisplay(), inner, unsigned(asMax(whole.width(), 1)),
+        XMoveWindow(display, inner, at.x, at.y);
+        if (resized)
+            XResizeWindow(display, inner, unsigned(asMax(whole.width(), 1)),
                           unsigned(asMax(whole.height(), 1)));
         return true;
     });
-    innerAt = at;
-    told = size;
 }
 
 void CForeign::paint(CGraphic* g, CRect rect) {

@@ -48,7 +48,6 @@ private:
     void keyGrabbed(const _XEvent& event);
     void message(const long* words);
     void send(long what, long detail = 0, long first = 0);
-    void placeInner(CRect whole);
     CRect seen() const;
 
     unsigned long frame = 0, inner = 0;

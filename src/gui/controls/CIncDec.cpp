@@ -94,3 +94,14 @@ void CTextValue::paint(CGraphic* g, CRect rect) {
     CGroup::paint(g, rect);
     if (hasKeyFocus()) g->frameRect(win->app->gui->palette.accent, rect);
 }
+
+void CTextValue::describe(Description& d, int) const {
+    d.role = Role::number;
+    d.text = items.get(index).asChar();
+    d.range = Description::Range{double(index), 0.0, items.getCount() - 1.0, 1.0};
+}
+
+bool CTextValue::enterNumber(int, double to) {
+    step(saturate(asRound64(to)) - index);
+    return true;
+}

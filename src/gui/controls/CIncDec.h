@@ -25,6 +25,8 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool keyDown(int key, int mods) override; ///< Up, Down, Home, End
+    void describe(Description& d, int part) const override;
+    bool enterNumber(int part, double to) override;
 
 private:
     void stepped(CObject* sender);

@@ -289,3 +289,39 @@ bool CScrollPanel::mouseWheel(int x, int y, int btn, int dy, int dx) {
     scrolled(bar);
     return true;
 }
+
+int CListbox::accessParts() const {
+    return items.getCount();
+}
+
+int CListbox::focusedPart() const {
+    return index;
+}
+
+void CListbox::describe(Description& d, int part) const {
+    d.role = part == wholeCtrl ? Role::list : Role::listRow;
+    if (part == wholeCtrl) return;
+    const CListRow* line = row(part);
+    const int y = face->top + (part - bar->pos) * itemHeight;
+    d.name = line->id.asChar();
+    d.action = checkable ? "toggle" : "choose";
+    d.bounds = asRect(face->left, y, face->left + face->width, y + itemHeight);
+    d.set(stateShowing, d.has(stateShowing) && y >= face->top && y < height);
+    d.set(stateSelectable, true);
+    d.set(stateSelected, part == index);
+    d.set(stateChecked, checkable && line->checked);
+}
+
+bool CListbox::pressPart(int part) {
+    if (part == wholeCtrl) return false;
+    win->setKeyCtrl(this);
+    if (checkable) {
+        setIndex(part);
+        toggle(part);
+    } else if (part == index && onDoubleClick) {
+        (*onDoubleClick)(this);
+    } else {
+        choose(part);
+    }
+    return true;
+}

@@ -38,6 +38,10 @@ public:
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
+    void describe(Description& d, int part) const override;
+    int accessParts() const override;
+    int focusedPart() const override;
+    bool pressPart(int part) override;
 
 protected:
     /// Paints one line on its background; `look` is that of a chosen line or of others.

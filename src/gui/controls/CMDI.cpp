@@ -99,3 +99,7 @@ void CMDI::pageGone(CWin* page) {
     pages.remove(page);
     if (current == page) current = nullptr;
 }
+
+void CMDI::describe(Description& d, int) const {
+    d.role = Role::none;
+}

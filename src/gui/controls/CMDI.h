@@ -24,6 +24,8 @@ public:
     bool keyUp(int key, int mods) override;
     void setFocus(bool on) override;
     void resized() override; ///< maximized pages keep the size of the area
+    /// Only its pages are things.
+    void describe(Description& d, int part) const override;
 
     /// Another page is in front, or it has another size: calls `onChange`, unless disabled.
     void changed();

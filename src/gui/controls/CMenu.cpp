@@ -36,6 +36,18 @@ public:
                 bar->dropMenu(entry, false);
     }
 
+    void describe(Description& d, int) const override {
+        d.role = Role::menu;
+        d.name = id.asChar();
+        d.action = "open";
+        d.set(stateExpandable, true);
+        d.set(stateExpanded, bar->isOpen() && bar->current() == this);
+    }
+    bool pressPart(int) override {
+        bar->dropMenu(this, true);
+        return true;
+    }
+
 private:
     CMenu* bar;
 };
@@ -129,4 +141,9 @@ void CMenu::paint(CGraphic* g, CRect rect) {
     if (clMenuBar.sep)
         g->fillLine(clMenuBar.sepCol, asRect(0, rect.bottom - 1, rect.right, rect.bottom));
     CGroup::paint(g, rect);
+}
+
+void CMenu::describe(Description& d, int) const {
+    d.role = Role::menuBar;
+    d.name = "Menu";
 }

@@ -25,6 +25,7 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
+    void describe(Description& d, int part) const override;
     /// The entry whose menu is open, or that the keys have reached; null without.
     CCtrl* current() const { return marked; }
 

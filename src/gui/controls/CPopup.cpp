@@ -433,3 +433,39 @@ void CPopup::paintItem(CGraphic* g, CMenuItem* item, int index) {
 void CPopup::paintScrollButton(CObject* sender, CGraphic* g, CRect rect) {
     drawArrow(g, clMenu.textCol, rect, static_cast<CCtrl*>(sender)->tag, arrowSize + 1);
 }
+
+int CPopup::accessParts() const {
+    return int(lines().size());
+}
+
+int CPopup::focusedPart() const {
+    const std::vector<Line> all = lines();
+    for (size_t i = 0; i < all.size(); i++)
+        if (all[i].index == selected && all[i].sub == subIndex) return int(i);
+    return wholeCtrl;
+}
+
+void CPopup::describe(Description& d, int part) const {
+    d.role = Role::menu;
+    d.name = id.asChar();
+    if (part == wholeCtrl) return;
+    const Line line = lines()[size_t(part)];
+    CMenuItem* item = getItem(line.index);
+    const bool ofBlock = item->kind == menuRows;
+    d.role = item->kind == menuSub ? Role::menu : item->checked ? Role::menuCheck : Role::menuEntry;
+    d.name = ofBlock ? item->rowText(line.sub).asChar() : item->label().asChar();
+    d.help = item->shortcut().asChar();
+    d.action = "press";
+    d.bounds = itemRect(item, line.sub);
+    d.set(stateChecked, item->checked);
+    d.set(stateSelectable, true);
+    d.set(stateSelected, line.index == selected && (!ofBlock || line.sub == subIndex));
+}
+
+bool CPopup::pressPart(int part) {
+    if (part == wholeCtrl) return false;
+    const Line line = lines()[size_t(part)];
+    selectItem(line.index, line.sub, true, false);
+    executeItem(getItem(line.index), true);
+    return true;
+}

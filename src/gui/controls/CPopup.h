@@ -38,6 +38,10 @@ public:
     void show(bool activate) override;
     bool keyDown(int key, int mods) override; ///< a letter selects the next line it begins
     void onTimer() override;
+    void describe(Description& d, int part) const override;
+    int accessParts() const override;
+    int focusedPart() const override;
+    bool pressPart(int part) override;
 
     /// Selects an entry, and row `sub` of a block; -1 nothing. One that cannot be chosen leaves the
     /// selection as it is. `openSub`: its menu opens after `subMenuDelay`.

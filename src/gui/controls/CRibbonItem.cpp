@@ -98,3 +98,18 @@ void CRibbonItem::paintCommand(CGraphic* g, CRect rect) const {
         drawArrow(g, color, asRect(rect.right - room - 4, 0, rect.right, rect.bottom), dirDown,
                   arrowSize);
 }
+
+void CRibbonItem::describe(Description& d, int) const {
+    static constexpr Role roles[] = {Role::tab, Role::button, Role::button, Role::separator,
+                                     Role::button};
+    d.role = kind == separator ? Role::none : checked ? Role::toggle : roles[kind];
+    d.name = kind == more ? "More commands" : text.asChar();
+    d.action = "press";
+    d.set(statePressed, checked);
+    d.set(stateSelected, kind == tab && ribbon->getTab(-1) == this);
+}
+
+bool CRibbonItem::pressPart(int) {
+    ribbon->itemClicked(this, true, modLeft);
+    return true;
+}

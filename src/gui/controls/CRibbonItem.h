@@ -31,6 +31,8 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
     void mouseUp(int x, int y, int btn) override;
+    void describe(Description& d, int part) const override;
+    bool pressPart(int part) override;
 
 private:
     void paintTab(CGraphic* g, CRect rect) const;

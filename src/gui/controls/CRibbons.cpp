@@ -255,3 +255,8 @@ void CRibbons::paint(CGraphic* g, CRect rect) {
     g->fillLine(clTabs.frameCol, asRect(0, rect.bottom - 1, rect.right, rect.bottom));
     CGroup::paint(g, rect);
 }
+
+void CRibbons::describe(Description& d, int) const {
+    d.role = Role::toolBar;
+    if (d.name.empty()) d.name = "Ribbon";
+}

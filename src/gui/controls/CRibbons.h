@@ -40,6 +40,7 @@ public:
     void resized() override;
     void paint(CGraphic* g, CRect rect) override;
     void setFocus(bool on) override;
+    void describe(Description& d, int part) const override;
     /// Left and Right walk through the commands, Up and Down through the tabs, Return acts.
     bool keyDown(int key, int mods) override;
 

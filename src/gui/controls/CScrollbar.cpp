@@ -247,3 +247,22 @@ void CFader::setFocus(bool on) {
     CScrollbar::setFocus(on);
     if (!on) endTyping();
 }
+
+void CScrollbar::describe(Description& d, int) const {
+    d.role = Role::scrollBar;
+    if (d.name.empty()) d.name = vertical ? "Scroll up and down" : "Scroll left and right";
+    d.range = Description::Range{double(pos), double(min), double(max), 1.0};
+    d.set(stateVertical, vertical);
+}
+
+bool CScrollbar::enterNumber(int, double to) {
+    const int before = pos;
+    setPos(saturate(asRound64(to)));
+    if (pos != before) report();
+    return true;
+}
+
+void CFader::describe(Description& d, int part) const {
+    CScrollbar::describe(d, part);
+    d.role = Role::slider;
+}

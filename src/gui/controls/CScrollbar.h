@@ -25,6 +25,8 @@ public:
     void mouseMove(int x, int y, int btn) override;
     void mouseUp(int x, int y, int btn) override;
     void onTimer() override;
+    void describe(Description& d, int part) const override;
+    bool enterNumber(int part, double to) override;
 
     void setRange(int total, int visibleSize); ///< of the content, and what of it can be seen
     void setPos(int p);                        ///< clamps; does not report
@@ -57,6 +59,7 @@ public:
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
+    void describe(Description& d, int part) const override;
 
 private:
     void step(int by);

@@ -116,3 +116,9 @@ void CSizer::mouseMove(int x, int y, int btn) {
     const CRect& r = outer->restoreRect;
     outer->move(r.left, r.top, r.right + now.x - from.x, r.bottom + now.y - from.y);
 }
+
+void CSplit::describe(Description& d, int) const {
+    d.role = Role::splitter;
+    if (d.name.empty()) d.name = "Divider";
+    d.set(stateVertical, horizontal);
+}

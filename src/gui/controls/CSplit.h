@@ -19,6 +19,7 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override;
+    void describe(Description& d, int part) const override;
 
 private:
     int& size() const { return horizontal ? target->width : target->height; }

@@ -131,3 +131,38 @@ void CTabs::paint(CGraphic* g, CRect rect) {
         g->drawText(look.textCol, items.get(i), tab, 0);
     }
 }
+
+/// One that names a field is heard with it.
+void CLabel::describe(Description& d, int) const {
+    d.role = field || text.empty() ? Role::none : Role::label;
+    d.name = text.asChar();
+}
+
+void CToolbar::describe(Description& d, int) const {
+    d.role = Role::toolBar;
+    if (d.name.empty()) d.name = id.asChar();
+}
+
+int CTabs::accessParts() const {
+    return items.getCount();
+}
+
+int CTabs::focusedPart() const {
+    return index < items.getCount() ? index : wholeCtrl;
+}
+
+void CTabs::describe(Description& d, int part) const {
+    d.role = part == wholeCtrl ? Role::tabs : Role::tab;
+    if (part == wholeCtrl) return;
+    d.name = items.get(part).asChar();
+    d.action = "switch";
+    d.set(stateSelectable, true);
+    d.set(stateSelected, part == index);
+    d.bounds = asRect(part * tabWidth, 0, (part + 1) * tabWidth, height);
+}
+
+bool CTabs::pressPart(int part) {
+    if (part == wholeCtrl) return false;
+    setIndex(part);
+    return true;
+}

@@ -14,6 +14,7 @@ public:
     CLabel(CWin* win, const CStr& text, int left, int top, int width, int height);
     void paint(CGraphic* g, CRect rect) override;
     void setText(const CStr& newText);
+    void describe(Description& d, int part) const override;
 };
 
 /// A group on a panel's background.
@@ -28,6 +29,7 @@ class CToolbar : public CGroup {
 public:
     CToolbar(CWin* win, const CStr& name);
     void paint(CGraphic* g, CRect rect) override;
+    void describe(Description& d, int part) const override;
 };
 
 /// An etched horizontal line.
@@ -54,6 +56,10 @@ public:
     void mouseOver(bool enter, int x, int y) override;
     bool keyDown(int key, int mods) override; ///< Left, Right, Home, End
     bool contextMenu() override;
+    void describe(Description& d, int part) const override;
+    int accessParts() const override;
+    int focusedPart() const override;
+    bool pressPart(int part) override;
     void setIndex(int tab); ///< clamped to the tabs; reports a change
 
 private:

@@ -329,3 +329,43 @@ void CTree::paintNode(CGraphic* g, CTreeNode* node) {
     g->drawText(look.textCol, node->text, asRect(x, at.top, at.right - textGap, at.bottom),
                 textLeft);
 }
+
+int CTree::accessParts() const {
+    return int(lines.size());
+}
+
+int CTree::partAround(int part) const {
+    return lineOf(lines[size_t(part)]->parent); // the root is no line
+}
+
+int CTree::focusedPart() const {
+    return lineOf(current);
+}
+
+void CTree::describe(Description& d, int part) const {
+    d.role = part == wholeCtrl ? Role::tree : Role::treeRow;
+    if (part == wholeCtrl) return;
+    const CTreeNode* node = lines[size_t(part)];
+    d.name = node->text.asChar();
+    d.action = node->canExpand() ? (node->expanded ? "close" : "open") : "choose";
+    d.bounds = nodeRect(node);
+    d.set(stateShowing, d.has(stateShowing) && d.bounds.top >= 0 && d.bounds.bottom <= height);
+    d.set(stateSelectable, true);
+    d.set(stateSelected, node->selected);
+    d.set(stateExpandable, node->canExpand());
+    d.set(stateExpanded, node->expanded);
+}
+
+bool CTree::pressPart(int part) {
+    if (part == wholeCtrl) return false;
+    CTreeNode* node = lines[size_t(part)];
+    win->setKeyCtrl(this);
+    const bool again = node == current;
+    moveTo(part, false);
+    if (node->canExpand())
+        expcol(node);
+    else if (again && onExecute)
+        (*onExecute)(node);
+    redraw();
+    return true;
+}

@@ -44,6 +44,11 @@ public:
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool keyDown(int key, int mods) override;
     bool contextMenu() override;
+    void describe(Description& d, int part) const override;
+    int accessParts() const override;
+    int partAround(int part) const override;
+    int focusedPart() const override;
+    bool pressPart(int part) override;
 
 protected:
     virtual void nodeChanged(); ///< brings the current node into view and reports

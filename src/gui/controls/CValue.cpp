@@ -202,3 +202,26 @@ int CDecimalValue::parse(const CStr& typed) const {
     if (plain.empty() || *end != 0) return value;
     return saturate(asRound64(number * powerOfTen(decimals)) - displayOffset);
 }
+
+double CDecimalValue::unit() const {
+    return 1.0 / powerOfTen(decimals);
+}
+
+void CValue::describe(Description& d, int part) const {
+    CEdit::describe(d, part);
+    const auto shown = [this](int v) { return (double(v) + displayOffset) * unit(); };
+    d.role = Role::number;
+    d.text = getText().asChar();
+    d.range = Description::Range{shown(value), shown(min), shown(max), unit()};
+}
+
+bool CValue::enterNumber(int, double to) {
+    const int before = value;
+    setValue(saturate(asRound64(to / unit()) - displayOffset));
+    if (value != before && !liveUpdate) changing();
+    return true;
+}
+
+bool CValue::enterText(const std::string& to) {
+    return enterNumber(wholeCtrl, (double(parse(to.c_str())) + displayOffset) * unit());
+}

@@ -27,6 +27,9 @@ public:
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
+    void describe(Description& d, int part) const override;
+    bool enterNumber(int part, double to) override;
+    bool enterText(const std::string& to) override;
     virtual void changing(); ///< the value has changed: tells the owner
     virtual CStr getText() const;
 
@@ -40,6 +43,7 @@ protected:
     CStr shownText() const override { return getText(); }
     /// What was typed as a value; the present one when it is no number.
     virtual int parse(const CStr& typed) const;
+    virtual double unit() const { return 1.0; } ///< what one more of `value` is to the user
 
 private:
     bool beginsTyping(int btn) const;
@@ -63,4 +67,5 @@ public:
 
 protected:
     int parse(const CStr& typed) const override;
+    double unit() const override;
 };

@@ -144,3 +144,13 @@ bool CColourField::keyDown(int key, int mods) {
     if (onChange) (*onChange)(this);
     return true;
 }
+
+void CColourField::describe(Description& d, int) const {
+    d.role = Role::canvas;
+    if (d.name.empty()) d.name = "Colour";
+    constexpr int turn = 360, percent = 100;
+    d.text = (CStr("hue ") + asStr(asRound(colour.hue * turn)) + ", saturation " +
+              asStr(asRound(colour.saturation * percent)) + " %, value " +
+              asStr(asRound(colour.value * percent)) + " %")
+                 .asChar();
+}

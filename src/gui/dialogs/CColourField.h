@@ -22,6 +22,7 @@ public:
     void mouseDown(int x, int y, int btn) override;
     void mouseMove(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override;
+    void describe(Description& d, int part) const override;
 
 private:
     CRect square() const;

@@ -84,6 +84,7 @@ void CColourWin::makeValues(int x, int y) {
         addControl(label);
         auto* value =
             new CValue(this, channelNames[i], x, y + labelHeight, valueWidth, fieldHeight);
+        label->field = value;
         value->max = channelMax;
         wire(value->onChange, new _COnChange<CColourWin>(this, &CColourWin::valueChanged));
         addControl(value);
@@ -92,9 +93,11 @@ void CColourWin::makeValues(int x, int y) {
 }
 
 void CColourWin::makeCode(int x, int y) {
-    addControl(new CLabel(this, "Code", x, y, valueWidth, fieldHeight));
+    auto* label = new CLabel(this, "Code", x, y, valueWidth, fieldHeight);
+    addControl(label);
     const int left0 = x + valueWidth + gap;
     code = new CEdit(this, "code", left0, y, 2 * valueWidth + gap, fieldHeight);
+    label->field = code;
     code->selectOnFocus = true;
     wire(code->onChange, new _COnChange<CColourWin>(this, &CColourWin::codeChanged));
     addControl(code);

@@ -110,3 +110,8 @@ bool CDialogWin::keyDown(int key, int mods) {
         ownKey(key, mods);
     return true;
 }
+
+void CDialogWin::describe(Description& d, int part) const {
+    CWin::describe(d, part);
+    d.role = Role::dialog;
+}

@@ -31,6 +31,7 @@ public:
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
     std::vector<CCtrl*> tabStops() override; ///< the row of buttons comes last
+    void describe(Description& d, int part) const override;
 
     /// Closes it with a result. An heir first checks what was entered, and may stay open.
     virtual void accept();

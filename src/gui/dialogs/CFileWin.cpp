@@ -66,6 +66,7 @@ void CFileWin::makeTop() {
     pathEdit->setAlign(alignWidth, margin + newFolderWidth + gap, 0);
     pathEdit->completing = CPathEdit::completeFolders;
     pathEdit->selectOnFocus = true;
+    pathEdit->spokenName = "Path";
     wire(pathEdit->onKeyDown, new _COnKey<CFileWin>(this, &CFileWin::pathKey));
     addControl(pathEdit);
     auto* create =
@@ -80,11 +81,13 @@ void CFileWin::makeLists(const CStr& ext) {
     const int below = clientGroup->height - contentBottom() + fieldHeight + gap;
     places = new CListbox(this, "places", margin, listTop, placesWidth, fieldHeight);
     places->itemHeight = placeHeight;
+    places->spokenName = "Places";
     places->setAlign(alignHeight, 0, below);
     wire(places->onChange, new _COnChange<CFileWin>(this, &CFileWin::placeChanged));
     addControl(places);
     files = new CFileList(this, "files", listLeft, listTop, fieldHeight, fieldHeight);
     files->filter = ext;
+    files->spokenName = "Files";
     files->foldersOnly = form == folderForm;
     files->setAlign(alignWidth | alignHeight, margin, below);
     wire(files->onChange, new _COnChange<CFileWin>(this, &CFileWin::rowChanged));
@@ -102,6 +105,7 @@ void CFileWin::makeName(const CStr& name) {
     addControl(label);
     nameEdit = new CPathEdit(this, "name", listLeft, 0, gap, fieldHeight);
     nameEdit->setAlign(alignWidth | alignBottom, margin, below);
+    label->field = nameEdit;
     nameEdit->filter = files->filter;
     nameEdit->completing = form == openForm   ? CPathEdit::completeAll
                            : form == saveForm ? CPathEdit::completeOnTab

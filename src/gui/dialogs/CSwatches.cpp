@@ -89,3 +89,27 @@ bool CSwatches::keyDown(int key, int mods) {
         choose(index + by);
     return true;
 }
+
+int CSwatches::accessParts() const {
+    return count;
+}
+
+int CSwatches::focusedPart() const {
+    return index;
+}
+
+void CSwatches::describe(Description& d, int part) const {
+    d.role = part == wholeCtrl ? Role::list : Role::listRow;
+    d.name = part == wholeCtrl ? "Palette" : (CStr("Colour ") + asStr(part + 1)).asChar();
+    if (part == wholeCtrl) return;
+    d.action = "choose";
+    d.bounds = cell(part);
+    d.set(stateSelectable, true);
+    d.set(stateSelected, part == index);
+}
+
+bool CSwatches::pressPart(int part) {
+    if (part == wholeCtrl) return false;
+    choose(part);
+    return true;
+}

@@ -20,6 +20,10 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override;
+    void describe(Description& d, int part) const override;
+    int accessParts() const override;
+    int focusedPart() const override;
+    bool pressPart(int part) override;
 
 private:
     static CRect cell(int i);

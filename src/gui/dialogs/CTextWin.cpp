@@ -22,14 +22,17 @@ int heightFor(const CStr& label) {
 CTextWin::CTextWin(CWin* owner, const CStr& title, const CStr& firstText, const CStr& label)
     : CDialogWin(owner, title, contentWidth, heightFor(label)), text(firstText) {
     int y = margin;
+    CLabel* above = nullptr;
     if (!label.empty()) {
-        auto* above = new CLabel(this, label, margin, y, contentWidth - 2 * margin, labelHeight);
+        above = new CLabel(this, label, margin, y, contentWidth - 2 * margin, labelHeight);
         above->textFlags = textLeft | textTop;
         addControl(above);
         y += labelHeight;
     }
     edit = new CEdit(this, "text", margin, y, contentWidth - 2 * margin, fieldHeight);
     edit->setAlign(alignWidth, margin, 0);
+    edit->spokenName = title;
+    if (above) above->field = edit;
     edit->selectOnFocus = true;
     edit->setText(text);
     wire(edit->onKeyDown, new _COnKey<CTextWin>(this, &CTextWin::editKey));
