@@ -17,6 +17,13 @@ public:
                                                   listening ? "--a11y=1" : "--a11y=0"});
     }
 
+    ~Session() {
+        launcher->signal(SIGTERM); // it then ends the bus that it has started
+        launcher->wait();
+    }
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
 private:
     Program bus{{"dbus-daemon", "--session", "--nofork", "--print-address"}};
     std::optional<Variable> address;
@@ -36,8 +43,8 @@ TEST(SpokenProgram, MakesASongWithoutKeysOrPointer) {
     const ScreenServer screen;
     const Installation installed;
     Program program({installed.program()});
-    Program user({"/usr/bin/python3", sourceFile("tests/programs/make_song.py"),
-                  installed.file("")});
+    Program user(
+        {"/usr/bin/python3", sourceFile("tests/programs/make_song.py"), installed.file("")});
     EXPECT_EQ(user.wait(), 0) << user.out() << user.err();
     EXPECT_NE(user.out().find("done"), std::string::npos) << user.out();
     EXPECT_EQ(program.wait(), 0) << program.err();
@@ -52,7 +59,8 @@ TEST(SpokenProgram, LoadsNothingWhileNobodyListens) {
     const ScreenServer screen;
     const Installation installed;
     Program program({installed.program()});
-    EXPECT_TRUE(comes([&] { return libraries(program).find("libaccess-status") != std::string::npos; }));
+    EXPECT_TRUE(
+        comes([&] { return libraries(program).find("libaccess-status") != std::string::npos; }));
     EXPECT_TRUE(comes([&] { return libraries(program).find("libasound") != std::string::npos; }));
     EXPECT_EQ(libraries(program).find("libatk"), std::string::npos);
     EXPECT_TRUE(program.running());

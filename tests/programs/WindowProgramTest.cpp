@@ -25,9 +25,7 @@ constexpr Area wholeBar = {0, 46, 700, 56};
 /// What a user sees of the program on a screen.
 class Desk {
 public:
-    Desk() {
-        display = XOpenDisplay(nullptr);
-    }
+    Desk() { display = XOpenDisplay(nullptr); }
     ~Desk() {
         if (display) XCloseDisplay(display);
     }
