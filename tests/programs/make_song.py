@@ -90,8 +90,7 @@ def button(name, root=app):
 
 # A song with a track for a recording.
 command("File", "New...", "Multi-track recorder")
-track = awaited("a track", lambda: next(
-    t.name for t in thing("panel", "Song") if t.getRoleName() == "panel"))
+track = thing("panel", "Audio 1").name
 tempo = thing("spin button", "Tempo")
 tempo.queryValue().currentValue = 100.0
 awaited("the tempo", lambda: abs(tempo.queryValue().currentValue - 100.0) < 0.01)
