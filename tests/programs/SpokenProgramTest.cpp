@@ -9,12 +9,11 @@ namespace {
 /// A session bus with the switch for assistive technology on it.
 class Session {
 public:
-    explicit Session(bool listening) {
+    Session() {
         comes([this] { return bus.out().find('\n') != std::string::npos || !bus.running(); });
         address.emplace("DBUS_SESSION_BUS_ADDRESS", bus.out().substr(0, bus.out().find('\n')));
         launcher.emplace(std::vector<std::string>{"/usr/libexec/at-spi-bus-launcher",
-                                                  "--launch-immediately",
-                                                  listening ? "--a11y=1" : "--a11y=0"});
+                                                  "--launch-immediately", "--a11y=1"});
     }
 
     ~Session() {
@@ -30,16 +29,12 @@ private:
     std::optional<Program> launcher;
 };
 
-/// The libraries that a process has loaded, by its table of maps.
-std::string libraries(const Program& program) {
-    return contentOf("/proc/" + std::to_string(program.id()) + "/maps");
-}
-
 } // namespace
 
-/// A song is made, recorded, mixed, saved and exported by what a screen reader can see and do.
-TEST(SpokenProgram, MakesASongWithoutKeysOrPointer) {
-    const Session session(true);
+/// A song is made, recorded, mixed, saved and exported by what a screen reader can see and do. Run by
+/// `./test --spoken`: it takes a desktop's own servers and some twenty seconds.
+TEST(SpokenProgram, DISABLED_MakesASongWithoutKeysOrPointer) {
+    const Session session;
     const ScreenServer screen;
     const Installation installed;
     Program program({installed.program()});
@@ -51,17 +46,4 @@ TEST(SpokenProgram, MakesASongWithoutKeysOrPointer) {
     EXPECT_GT(std::filesystem::file_size(installed.file("spoken.qv")), 0U);
     const Wav song(installed.file("spoken.wav"));
     EXPECT_GT(song.frames, 0);
-}
-
-/// Without a listener the program loads neither the modules of the tree nor their libraries.
-TEST(SpokenProgram, LoadsNothingWhileNobodyListens) {
-    const Session session(false);
-    const ScreenServer screen;
-    const Installation installed;
-    Program program({installed.program()});
-    EXPECT_TRUE(
-        comes([&] { return libraries(program).find("libaccess-status") != std::string::npos; }));
-    EXPECT_TRUE(comes([&] { return libraries(program).find("libasound") != std::string::npos; }));
-    EXPECT_EQ(libraries(program).find("libatk"), std::string::npos);
-    EXPECT_TRUE(program.running());
 }

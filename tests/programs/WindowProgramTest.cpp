@@ -96,6 +96,8 @@ TEST(WindowProgram, PlaysRewindsAndKeepsItsPlace) {
     desk.key("Home");
     EXPECT_TRUE(comes([&] { return desk.look(position) == start; })) << "not at the start";
     EXPECT_TRUE(program.running());
+    const std::string loaded = contentOf("/proc/" + std::to_string(program.id()) + "/maps");
+    EXPECT_EQ(loaded.find("libatk"), std::string::npos) << "nobody listens to it";
     desk.closeWindow();
     EXPECT_EQ(program.wait(), 0) << program.err();
     EXPECT_EQ(program.err(), "");

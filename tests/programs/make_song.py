@@ -36,7 +36,9 @@ def awaited(what, look):
 
 
 def program():
-    return next((a for a in pyatspi.Registry.getDesktop(0) if a and a.name.startswith("Sondrava")), None)
+    desktop = pyatspi.Registry.getDesktop(0)
+    desktop.clear_cache()
+    return next((a for a in desktop if a and a.name.startswith("Sondrava")), None)
 
 
 app = awaited("the program", program)
@@ -64,15 +66,16 @@ def press(t):
     t.queryAction().doAction(0)
 
 
+def entry(name):
+    """Of the menus that are open."""
+    return next((t for w in app if w.getRoleName() == "menu" for t in things(w)
+                 if t.name.startswith(name)), None)
+
+
 def command(menu, *entries):
     press(thing("menu", menu, thing("menu bar", "")))
-    for entry in entries:
-        press(thing("menu item|check menu item|menu", entry, thing("menu", "", opened(menu))))
-
-
-def opened(menu):
-    """The popup on top."""
-    return awaited(menu, lambda: next((w for w in reversed(list(app)) if w.getRoleName() == "menu"), None))
+    for name in entries:
+        press(awaited(name, lambda: entry(name)))
 
 
 def gone(role):
@@ -86,6 +89,17 @@ def fill(field, text):
 
 def button(name, root=app):
     return thing("push button|toggle button", name, root)
+
+
+def settled(role, name):
+    """The thing, once it is the same one for a while: heads are made anew when the song changes."""
+    seen = []
+
+    def same():
+        seen.append(thing(role, name).path)
+        return len(seen) > 20 and len(set(seen[-20:])) == 1
+    awaited("rest at " + name, same)
+    return thing(role, name)
 
 
 # A song with a track for a recording.
@@ -103,8 +117,7 @@ awaited("the movement", lambda: position.queryText().getText(0, -1) > before.rep
 press(button("Stop"))
 
 # mixed,
-mute = button("Mute, " + track)
-press(mute)
+press(settled("push button|toggle button", "Mute, " + track))
 awaited("the mute", lambda: has(button("Mute, " + track), pyatspi.STATE_PRESSED))
 press(button("Mute, " + track))
 awaited("the end of the mute", lambda: not has(button("Mute, " + track), pyatspi.STATE_PRESSED))
