@@ -154,6 +154,7 @@ TEST_F(SkinsTest, PicturesOfTheTransportAndTheLogo) {
     inDialog("Welcome", [&] {
         CWin* welcome = app->modalWin;
         const CCtrl* logo = find(welcome->clientGroup, "logo");
+        app->paintFrame();
         const CPoint pos = welcome->controlPos(logo);
         logoColour =
             Shot(welcome->handle, welcome->width, welcome->height).at(pos.x + 1, pos.y + 1);
