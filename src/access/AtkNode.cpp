@@ -3,7 +3,6 @@
 #include "access/AtkRoles.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <string>
 
 namespace {
@@ -38,6 +37,12 @@ const gchar* kept(AtkObject* object, const char* key, const std::string& text) {
     return copy;
 }
 
+/// The object of a thing with a new reference; null if it is gone.
+AtkObject* refObject(AccessId id) {
+    AtkObject* object = atkObjectOf(id);
+    return object ? ATK_OBJECT(g_object_ref(object)) : nullptr;
+}
+
 const gchar* getName(AtkObject* object) {
     return kept(object, "name", look(object).name);
 }
@@ -58,8 +63,7 @@ gint countChildren(AtkObject* object) {
 AtkObject* refChild(AtkObject* object, gint index) {
     const std::vector<AccessId> children = inside(object);
     if (index < 0 || size_t(index) >= children.size()) return nullptr;
-    AtkObject* child = atkObjectOf(children[size_t(index)]);
-    return child ? ATK_OBJECT(g_object_ref(child)) : nullptr;
+    return refObject(children[size_t(index)]);
 }
 
 gint indexInParent(AtkObject* object) {
@@ -111,9 +115,7 @@ AtkObject* refAtPoint(AtkComponent* object, gint x, gint y, AtkCoordType from) {
         getExtents(object, &inX, &inY, &w, &h, from);
         corner = {atX - inX, atY - inY};
     }
-    AtkObject* found =
-        atkObjectOf(node(object)->tree->at(node(object)->id, CPoint{x + corner.x, y + corner.y}));
-    return found ? ATK_OBJECT(g_object_ref(found)) : nullptr;
+    return refObject(node(object)->tree->at(node(object)->id, CPoint{x + corner.x, y + corner.y}));
 }
 
 gboolean grabFocus(AtkComponent* object) {
@@ -309,8 +311,4 @@ AtkObject* AtkNode::make(AccessTree* tree, AccessId id, unsigned faces) {
 void AtkNode::forget(AtkObject* object) {
     node(object)->tree = nullptr;
     atk_object_notify_state_change(object, ATK_STATE_DEFUNCT, TRUE);
-}
-
-AccessId AtkNode::idOf(AtkObject* object) {
-    return node(object)->id;
 }

@@ -15,7 +15,6 @@ public:
     /// A new reference. `tree` is dropped by `forget`.
     static AtkObject* make(AccessTree* tree, AccessId id, unsigned faces);
     static void forget(AtkObject* object); ///< what it stood for is gone
-    static AccessId idOf(AtkObject* object);
 };
 
 /// The object of a thing, made when it is asked for first; not a new reference. Null if it is gone.

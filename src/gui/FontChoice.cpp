@@ -1,5 +1,6 @@
 #include "gui/FontChoice.h"
 
+#include "gui/LibraryCall.h"
 #include "gui/Utf8.h"
 #include "gui/XConnection.h"
 
@@ -7,15 +8,8 @@
 #include <dlfcn.h>
 
 #include <algorithm>
-#include <type_traits>
 
 namespace {
-
-template <class Call>
-bool find(void* library, const char* name, Call& call) {
-    call = library ? reinterpret_cast<Call>(dlsym(library, name)) : nullptr;
-    return call != nullptr;
-}
 
 /// The calls of the library, which stays loaded once it was found.
 struct FcCalls {
@@ -38,19 +32,20 @@ struct FcCalls {
     FcCalls() {
         void* library = dlopen("libfontconfig.so.1", RTLD_NOW | RTLD_LOCAL);
         void* drawing = dlopen("libXft.so.2", RTLD_NOW | RTLD_LOCAL);
-        complete = find(library, "FcPatternCreate", create) &&
-                   find(library, "FcPatternDestroy", destroy) &&
-                   find(library, "FcPatternAddString", addString) &&
-                   find(library, "FcPatternAddDouble", addDouble) &&
-                   find(library, "FcPatternAddInteger", addInteger) &&
-                   find(library, "FcPatternAddMatrix", addMatrix) &&
-                   find(library, "FcConfigSubstitute", substitute) &&
-                   find(library, "FcFontMatch", match) && find(library, "FcFontSort", sort) &&
-                   find(library, "FcFontSetDestroy", destroySet) &&
-                   find(library, "FcFontRenderPrepare", prepare) &&
-                   find(library, "FcPatternGetCharSet", characters) &&
-                   find(library, "FcCharSetHasChar", hasCharacter) &&
-                   find(drawing, "XftDefaultSubstitute", screenDefaults);
+        complete = findCall(library, "FcPatternCreate", create) &&
+                   findCall(library, "FcPatternDestroy", destroy) &&
+                   findCall(library, "FcPatternAddString", addString) &&
+                   findCall(library, "FcPatternAddDouble", addDouble) &&
+                   findCall(library, "FcPatternAddInteger", addInteger) &&
+                   findCall(library, "FcPatternAddMatrix", addMatrix) &&
+                   findCall(library, "FcConfigSubstitute", substitute) &&
+                   findCall(library, "FcFontMatch", match) &&
+                   findCall(library, "FcFontSort", sort) &&
+                   findCall(library, "FcFontSetDestroy", destroySet) &&
+                   findCall(library, "FcFontRenderPrepare", prepare) &&
+                   findCall(library, "FcPatternGetCharSet", characters) &&
+                   findCall(library, "FcCharSetHasChar", hasCharacter) &&
+                   findCall(drawing, "XftDefaultSubstitute", screenDefaults);
     }
 };
 
@@ -67,7 +62,7 @@ using Reorder = signed char (*)(const uint32_t*, int, uint32_t*, uint32_t*, int*
 Reorder reorder() {
     static const Reorder call = [] {
         Reorder found = nullptr;
-        find(dlopen("libfribidi.so.0", RTLD_NOW | RTLD_LOCAL), "fribidi_log2vis", found);
+        findCall(dlopen("libfribidi.so.0", RTLD_NOW | RTLD_LOCAL), "fribidi_log2vis", found);
         return found;
     }();
     return call;

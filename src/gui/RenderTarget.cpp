@@ -2,13 +2,13 @@
 
 #include "gui/CBitmap.h"
 #include "gui/Colours.h"
+#include "gui/LibraryCall.h"
 #include "gui/ServerRects.h"
 #include "gui/XConnection.h"
 
 #include <X11/extensions/Xrender.h>
 #include <dlfcn.h>
 
-#include <type_traits>
 #include <vector>
 
 namespace {
@@ -32,21 +32,19 @@ struct RenderCalls {
 
     RenderCalls() {
         void* library = dlopen("libXrender.so.1", RTLD_NOW | RTLD_LOCAL);
-        const auto find = [library](const char* name, auto& call) {
-            call = reinterpret_cast<std::remove_reference_t<decltype(call)>>(dlsym(library, name));
-            return call != nullptr;
-        };
-        complete =
-            library && find("XRenderQueryExtension", query) &&
-            find("XRenderFindVisualFormat", visualFormat) &&
-            find("XRenderFindStandardFormat", standardFormat) &&
-            find("XRenderCreatePicture", createPicture) &&
-            find("XRenderFreePicture", freePicture) && find("XRenderCreateSolidFill", solidFill) &&
-            find("XRenderSetPictureClipRectangles", setClip) &&
-            find("XRenderSetPictureTransform", setTransform) &&
-            find("XRenderSetPictureFilter", setFilter) &&
-            find("XRenderFillRectangle", fillRectangle) && find("XRenderComposite", composite) &&
-            find("XRenderCompositeDoublePoly", polygon) && find("XRenderCompositeTriStrip", strip);
+        complete = findCall(library, "XRenderQueryExtension", query) &&
+                   findCall(library, "XRenderFindVisualFormat", visualFormat) &&
+                   findCall(library, "XRenderFindStandardFormat", standardFormat) &&
+                   findCall(library, "XRenderCreatePicture", createPicture) &&
+                   findCall(library, "XRenderFreePicture", freePicture) &&
+                   findCall(library, "XRenderCreateSolidFill", solidFill) &&
+                   findCall(library, "XRenderSetPictureClipRectangles", setClip) &&
+                   findCall(library, "XRenderSetPictureTransform", setTransform) &&
+                   findCall(library, "XRenderSetPictureFilter", setFilter) &&
+                   findCall(library, "XRenderFillRectangle", fillRectangle) &&
+                   findCall(library, "XRenderComposite", composite) &&
+                   findCall(library, "XRenderCompositeDoublePoly", polygon) &&
+                   findCall(library, "XRenderCompositeTriStrip", strip);
     }
 };
 

@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "gui/Colours.h"
 #include "gui/FontChoice.h"
+#include "gui/LibraryCall.h"
 #include "gui/Scale.h"
 #include "gui/ServerRects.h"
 #include "gui/Utf8.h"
@@ -39,24 +40,16 @@ struct XftCalls {
 
     XftCalls() {
         void* library = dlopen("libXft.so.2", RTLD_NOW | RTLD_LOCAL);
-        if (!library) return;
-        complete = find(library, "XftFontOpenPattern", fontOpenPattern) &&
-                   find(library, "XftFontClose", fontClose) &&
-                   find(library, "XftCharExists", charExists) &&
-                   find(library, "XftCharIndex", charIndex) &&
-                   find(library, "XftGlyphExtents", glyphExtents) &&
-                   find(library, "XftDrawCreate", drawCreate) &&
-                   find(library, "XftDrawDestroy", drawDestroy) &&
-                   find(library, "XftDrawSetClip", setClip) &&
-                   find(library, "XftDrawSetClipRectangles", setClipRectangles) &&
-                   find(library, "XftDrawGlyphFontSpec", drawGlyphs);
-    }
-
-private:
-    template <class Call>
-    static bool find(void* library, const char* name, Call& call) {
-        call = reinterpret_cast<Call>(dlsym(library, name));
-        return call != nullptr;
+        complete = findCall(library, "XftFontOpenPattern", fontOpenPattern) &&
+                   findCall(library, "XftFontClose", fontClose) &&
+                   findCall(library, "XftCharExists", charExists) &&
+                   findCall(library, "XftCharIndex", charIndex) &&
+                   findCall(library, "XftGlyphExtents", glyphExtents) &&
+                   findCall(library, "XftDrawCreate", drawCreate) &&
+                   findCall(library, "XftDrawDestroy", drawDestroy) &&
+                   findCall(library, "XftDrawSetClip", setClip) &&
+                   findCall(library, "XftDrawSetClipRectangles", setClipRectangles) &&
+                   findCall(library, "XftDrawGlyphFontSpec", drawGlyphs);
     }
 };
 
