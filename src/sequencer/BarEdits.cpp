@@ -45,8 +45,10 @@ private:
 
     template <class F>
     void eachPart(F edit) {
-        for (auto* songTrack : each<CSongTrack>(prog->tracks))
+        for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+            if (songTrack->track->locked) continue;
             for (auto* part : each<CPart>(songTrack->parts)) edit(songTrack, part);
+        }
         change.record(undo);
     }
 

@@ -2,8 +2,9 @@
 
 class CSeq;
 
-/// Time comes into the song, or leaves it, between the locators of the current program. Interface
-/// thread; one step each, none where the right locator does not lie behind the left one.
+/// Time comes into the song, or leaves it, between the locators of the current program; locked
+/// tracks stay as they are. Interface thread; one step each, none where the right locator does not
+/// lie behind the left one.
 
 /// "Insert bars": everything at or after the left locator moves on by the time between the
 /// locators. Parts that span it are split there; sections that do grow.

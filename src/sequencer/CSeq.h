@@ -58,7 +58,8 @@ public:
     Shared<unsigned char> playing{0}, recording{0};
     Shared<unsigned char> recReady{1}; ///< 0 from the beginning of a take until all of it is placed
     Shared<double> songTicks{0.0};     ///< played since start
-    Shared<int> maxVoices{6};
+    Shared<bool> anyArmed{false};      ///< a track is switched to be armed; as of the last block
+    Stored<int> maxVoices{6};
     Shared<int> preview{1};      ///< notes sound when they are edited
     Shared<int> autoQuantize{0}; ///< of recorded notes
     CList masterParts;           ///< of CPart, owned: what ghosts share
@@ -167,6 +168,7 @@ public:
     CStr autoNameTrack(int kind, const CUndo* undo = nullptr);
     CSongTrack* partToSongTrack(const CPart* part);
     CTrack* partToTrack(const CPart* part);
+    bool isLocked(const CPart* part); ///< whether its track is: no edit reaches it
     void selectTrack(CSongTrack* songTrack, bool on);
     void unselectTracks();
 
@@ -284,6 +286,7 @@ private:
     bool warned = false;           ///< of sound that is lost, during this take
     CStr warning;                  ///< for the end of the idle pass; empty if there is none
 
+    void noticeArmed();
     void arm(CSongTrack* songTrack);
     void idleTake();
     void beginTake();

@@ -42,6 +42,10 @@ bool CSongTrack::acceptPart(const CPart* part) const {
     }
 }
 
+bool CSongTrack::takesEdits(const CPart* part) const {
+    return !track->locked && acceptPart(part);
+}
+
 CPart* CSongTrack::addPart(CPart* part, CUndo* undo) {
     if (!acceptPart(part)) {
         delete part;

@@ -69,6 +69,7 @@ public:
 
     /// Whether a part of this class may stand on this kind of track.
     bool acceptPart(const CPart* part) const;
+    bool takesEdits(const CPart* part) const; ///< the same for an edit: not on a locked track
     /// Takes a part, makes room in it for the track's lanes, and links it: by the step, or at once
     /// under the graph hold. A part that is not accepted is deleted, and the result is null.
     CPart* addPart(CPart* part, CUndo* undo);

@@ -116,6 +116,19 @@ void CTrack::addRemovePlayingNote(int msg) {
         entry = 0;
 }
 
+bool CTrack::wantsTake() const {
+    return !locked && (seq->anyArmed ? recArm != 0 : selected());
+}
+
+int CTrack::getRowHeight() const {
+    const int own = rowHeight;
+    return own ? own : usualRow;
+}
+
+void CTrack::setRowHeight(int pixels) {
+    rowHeight = pixels ? asMinMax(pixels, leastRow, mostRow) : 0;
+}
+
 int CTrack::getHeight(bool withLanes) const {
     if (kind == trackFolder || !open()) return height;
     int sum = openHeight;

@@ -44,16 +44,18 @@ public:
     CTrakPreview preview;
     CSeq* seq;                       ///< the owner
     const int kind;                  ///< TrackKind; other numbers make a track without anything
-    Shared<int> colour{-1};          ///< 0xRRGGBB, -1 the theme's
-    Shared<short> channel{0};        ///< MIDI channel 0 to 15; -1 leaves messages where they are
-    Shared<int> inSens{100};         ///< percent, see `setVel`
-    Shared<unsigned char> recChs{2}; ///< 1 or 2
+    Stored<int> colour{-1};          ///< 0xRRGGBB, -1 the theme's
+    Stored<short> channel{0};        ///< MIDI channel 0 to 15; -1 leaves messages where they are
+    Stored<int> inSens{100};         ///< percent, see `setVel`
+    Stored<unsigned char> recChs{2}; ///< 1 or 2
     Shared<int> height{40};          ///< pixels, closed
     Shared<int> openHeight{256};     ///< pixels
     Shared<int> scroll{576};         ///< pixels; use `getScroll`
     Shared<int> noteHeight{8};       ///< pixels per row
     Shared<int> laneMode{1}, laneStack{0};
-    Shared<unsigned char> monitor{0}; ///< the input monitor switch
+    Stored<unsigned char> monitor{0}; ///< the input monitor switch
+    Stored<unsigned char> recArm{0};  ///< the switch that readies the track for takes
+    Stored<unsigned char> locked{0};  ///< its parts stay as and where they are
     Shared<CTrack*> folder{nullptr};  ///< the folder track that holds this one, not owned
     Shared<int> activeLane{0};        ///< index into `editLanes`
     CList subTracks;                  ///< of CSubTrack, owned: the lanes
@@ -109,7 +111,18 @@ public:
     /// Keeps account of what is played live. Graph holder.
     void addRemovePlayingNote(int msg);
 
+    // Takes. Any thread.
+    /// Whether a take that begins now records here: while a track of the song is switched to be
+    /// armed, those that are, else the selected ones; never a locked one.
+    bool wantsTake() const;
+
     // View.
+    static constexpr int leastRow = 28, mostRow = 200, usualRow = 44; ///< pixels
+    /// Height of the track's row in the arrangement in pixels, and its own setting: a number beyond
+    /// the least and the most becomes these, 0 takes the usual height.
+    int getRowHeight() const;
+    void setRowHeight(int pixels);
+    bool ownRowHeight() const { return rowHeight != 0; }
     /// Pixels; `withLanes` adds the visible lanes of an opened track.
     int getHeight(bool withLanes) const;
     int getScroll() const;
@@ -145,6 +158,7 @@ public:
     void readyForTake();
 
 private:
+    Shared<int> rowHeight{0};
     void reserveSlots(int slots, const CUndo* undo);
 };
 

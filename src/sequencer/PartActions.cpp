@@ -28,10 +28,8 @@ CAudioEvent* firstClip(CPart* part) {
 /// The first two selected audio parts with a clip.
 std::vector<CPart*> twoAudioParts(CSeq* seq) {
     std::vector<CPart*> found;
-    for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks))
-        for (CPart* part : selectedParts(songTrack))
-            if (found.size() < 2 && part->type == partAudio && firstClip(part))
-                found.push_back(part);
+    for (CPart* part : selectedParts(seq->getProg()))
+        if (found.size() < 2 && part->type == partAudio && firstClip(part)) found.push_back(part);
     return found;
 }
 
@@ -49,10 +47,8 @@ void deleteParts(CSeq* seq) {
 
 void duplicateParts(CSeq* seq) {
     if (!seq->getProg()) return;
-    CList parts;
-    seq->getProg()->getSelectedParts(&parts);
     int64_t from = maxTicks, to = -maxTicks;
-    for (auto* part : each<CPart>(parts)) {
+    for (CPart* part : selectedParts(seq->getProg())) {
         from = std::min(from, int64_t(part->pos));
         to = std::max(to, int64_t(part->pos) + seq->getTicks(part));
     }
@@ -70,10 +66,8 @@ void duplicateParts(CSeq* seq) {
 
 void toggleMutes(CSeq* seq) {
     if (!seq->getProg()) return;
-    CList parts;
-    seq->getProg()->getSelectedParts(&parts);
-    bool all = true;
-    for (const auto* part : each<CPart>(parts)) all = all && part->muted();
+    const std::vector<CPart*> parts = selectedParts(seq->getProg());
+    const bool all = std::ranges::all_of(parts, &CPart::muted);
     eachSelected(seq, "Mute part", [all](CSongTrack*, CPart* part, CUndo* undo) {
         if (part->muted() == all) recordMuteToggle(undo, part);
     });

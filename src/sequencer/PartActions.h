@@ -2,9 +2,9 @@
 
 class CSeq;
 
-/// Edits of the selected parts of the current program, each one step of the history; those of whole
-/// files of their own are in Quantize.h, PartMerge.h, PartClipboard.h, BarEdits.h. Interface
-/// thread.
+/// Edits of the selected parts of the current program, but for those on locked tracks; each one
+/// step of the history. Those of whole files of their own are in Quantize.h, PartMerge.h,
+/// PartClipboard.h, BarEdits.h. Interface thread.
 
 /// One step of that title: the selected parts leave.
 void removeSelected(CSeq* seq, const char* title);

@@ -122,7 +122,7 @@ private:
     CSongTrack* trackFor(const CPart* part, int index) const {
         for (index = asMax(0, index); index < prog->tracks.getCount(); index++) {
             auto* songTrack = static_cast<CSongTrack*>(prog->tracks.items(index));
-            if (songTrack && songTrack->acceptPart(part)) return songTrack;
+            if (songTrack && songTrack->takesEdits(part)) return songTrack;
         }
         return nullptr;
     }
@@ -138,7 +138,7 @@ void addCopy(CSeq* seq, CPart* part, int trackIndex) {
 
 bool pasteIntoEdited(CSeq* seq, CUndo* undo, int tick) {
     CPart* target = seq->getEditPart();
-    if (!target || seq->copies.getCount() != 1) return false;
+    if (!target || seq->isLocked(target) || seq->copies.getCount() != 1) return false;
     const int64_t into = int64_t(tick) - target->pos;
     if (into < 0 || into >= seq->getTicks(target)) return false;
     return seq->pasteData(undo, static_cast<CPart*>(seq->copies.getFirst()), target, tick);
@@ -173,7 +173,8 @@ void copyParts(CSeq* seq) {
     seq->clearCopies();
     int index = 0;
     for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
-        for (CPart* part : selectedParts(songTrack)) addCopy(seq, part, index);
+        for (auto* part : each<CPart>(songTrack->parts))
+            if (part->selected()) addCopy(seq, part, index);
         index++;
     }
 }

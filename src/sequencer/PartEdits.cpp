@@ -59,8 +59,18 @@ std::unique_ptr<CPart> ownCopy(CPart* part) {
 
 std::vector<CPart*> selectedParts(const CSongTrack* songTrack) {
     std::vector<CPart*> parts;
+    if (songTrack->track->locked) return parts;
     for (auto* part : each<CPart>(songTrack->parts))
         if (part->selected()) parts.push_back(part);
+    return parts;
+}
+
+std::vector<CPart*> selectedParts(const CSeqProg* prog) {
+    std::vector<CPart*> parts;
+    for (const auto* songTrack : each<CSongTrack>(prog->tracks)) {
+        const std::vector<CPart*> more = selectedParts(songTrack);
+        parts.insert(parts.end(), more.begin(), more.end());
+    }
     return parts;
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 class CSeq;
+class CSeqProg;
 class CSongTrack;
 class CUndo;
 class CUndoItem;
@@ -18,8 +19,10 @@ class EventCollector;
 std::unique_ptr<CPart> newPartLike(CPart* part);
 /// The same with the content.
 std::unique_ptr<CPart> ownCopy(CPart* part);
-/// Selected parts of a song track, in its order.
+/// Selected parts of a song track that an edit may reach, in its order: none of a locked track.
 std::vector<CPart*> selectedParts(const CSongTrack* songTrack);
+/// The same of all tracks of a program.
+std::vector<CPart*> selectedParts(const CSeqProg* prog);
 
 /// A copy of an event of a part of that class (PartType), without a follower.
 CBaseEvent* copyEvent(int partType, const CBaseEvent* event);

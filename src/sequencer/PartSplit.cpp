@@ -164,11 +164,13 @@ CBaseEvent* cutEvent(CSeq* seq, CPart* part, CBaseEvent* event, int tick, int at
 void splitPartsAt(CSeq* seq, int tick, PartChange& change) {
     CSeqProg* prog = seq->getProg();
     const bool all = !prog->getFirstSelectedPart();
-    for (auto* songTrack : each<CSongTrack>(prog->tracks))
+    for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+        if (songTrack->track->locked) continue;
         for (auto* part : each<CPart>(songTrack->parts))
             if (all || part->selected())
                 cutPart(seq, songTrack, part, saturate(int64_t(tick) - part->pos), 0, splitApart,
                         change);
+    }
 }
 
 } // namespace
@@ -231,7 +233,8 @@ void CSeq::splitAtCursorClicked(CObject*) {
     CUndo* undo = host->undoStart("Split", this, splitEffects);
     const int tick = asInt(getPos());
     if (CPart* part = getEditPart()) {
-        splitEventsInPart(this, part, saturate(int64_t(tick) - part->pos - part->offset), undo);
+        if (!isLocked(part))
+            splitEventsInPart(this, part, saturate(int64_t(tick) - part->pos - part->offset), undo);
     } else {
         PartChange change;
         splitPartsAt(this, tick, change);

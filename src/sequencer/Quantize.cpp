@@ -30,9 +30,8 @@ void quantizeParts(CSeq* seq) {
     CUndo* undo = seq->host->undoStart("Quantize", seq, {.seq = SeqNotice::parts});
     const CPart* edited = seq->getEditPart();
     std::unordered_set<const CPart*> done;
-    for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks))
-        for (CPart* part : selectedParts(songTrack))
-            if (done.insert(part->content()).second)
-                quantize(undo, part, seq->gridTicks(), part == edited);
+    for (CPart* part : selectedParts(seq->getProg()))
+        if (done.insert(part->content()).second)
+            quantize(undo, part, seq->gridTicks(), part == edited);
     seq->host->undoEnd(undo, false);
 }

@@ -63,10 +63,17 @@ void CSeq::rec(int) {
     takeBegun.storeRelease(true);
 }
 
+void CSeq::noticeArmed() {
+    bool any = false;
+    for (const auto* track : each<CTrack>(tracks)) any = any || track->recArm;
+    anyArmed = any;
+}
+
 void CSeq::arm(CSongTrack* songTrack) {
     CTrack* track = songTrack->track;
-    if (track->kind == trackFolder || (!track->selected() && !hasSelectedLane(track))) return;
-    track->takesAudio = track->kind == trackAudio && track->selected();
+    const bool wanted = track->wantsTake();
+    if (track->kind == trackFolder || track->locked || (!wanted && !hasSelectedLane(track))) return;
+    track->takesAudio = track->kind == trackAudio && wanted;
     if (track->takesAudio && !track->recSample) return;
     track->recSongTrack = songTrack;
     track->lastRecPos = -1;
@@ -177,7 +184,8 @@ void CSeq::tellWarning() {
 void CSeq::stepRecClicked(CObject*) {
     CTrack* track = nullptr;
     CPart* part = stepRec.getPart() ? nullptr : getEditPartAndTrack(track);
-    const bool usable = part && (part->type == partMIDI || part->type == partDrum);
+    const bool usable =
+        part && !isLocked(part) && (part->type == partMIDI || part->type == partDrum);
     stepRec.setPart(usable ? part : nullptr, usable ? partToSongTrack(part) : nullptr);
     if (usable) track->recQueue->clear();
     songNotices.raise(SeqNotice::parts);
@@ -186,7 +194,7 @@ void CSeq::stepRecClicked(CObject*) {
 void CTrack::readyForTake() {
     if (kind != trackAudio || !seq->recReady || seq->edits.pending()) return;
     const CSample* ready = recSample;
-    const bool wanted = selected();
+    const bool wanted = selected() || recArm;
     if (wanted ? ready && fitsTake(ready, this) : !ready) return;
     // Holds the sample that is not the track's.
     auto other = std::make_shared<std::unique_ptr<CSample>>(wanted ? newRecSample(this) : nullptr);

@@ -69,6 +69,11 @@ void CSeq::unselectTracks() {
     selectedTracks.clear();
 }
 
+bool CSeq::isLocked(const CPart* part) {
+    const CTrack* track = partToTrack(part);
+    return track && track->locked;
+}
+
 void CSeq::purgeSelection() {
     unsigned lists = selectedTracks.version() + progs.version();
     for (const auto* prog : each<CSeqProg>(progs)) lists += prog->tracks.version();

@@ -26,7 +26,7 @@ constexpr int tracksPrepared = 4;
 bool monitored(MonitorMode mode, const CTrack* track) {
     switch (mode) {
     case MonitorMode::automatic:
-        return track->selected();
+        return track->selected() || track->recArm;
     case MonitorMode::record:
         return track->armed != 0;
     case MonitorMode::manual:
@@ -88,7 +88,7 @@ void followHostLoop(CSeqProg* prog) {
 /// Whether a track records what is played, heard or not.
 bool takesNotes(const CSeq* seq, const CSongTrack* t) {
     if (seq->stepRec.takesFrom(t)) return true;
-    return seq->host->recording && (t->track->armed || t->track->selected());
+    return seq->host->recording && (t->track->armed || t->track->wantsTake());
 }
 
 void receive(const ProgBlock& b, CSongTrack* t, double frame, int msg) {
@@ -399,6 +399,7 @@ void CSeq::process(int frames) {
     mergeMIDI(frames);
     mergeAudio(frames);
     if (!host->recording) stopTake();
+    noticeArmed();
     if (playing && host->recording && !recording && recReady.loadAcquire()) {
         recording = 1;
         rec(0);

@@ -135,10 +135,32 @@ bool readSource(SongReading& r, int) {
     return true;
 }
 
+bool readLock(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    const int locked = r.in.readInt() != 0;
+    if (r.track) r.track->locked = (unsigned char)locked;
+    return true;
+}
+
+bool readArm(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    const int armed = r.in.readInt() != 0;
+    if (r.track) r.track->recArm = (unsigned char)armed;
+    return true;
+}
+
+bool readRow(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    const int pixels = r.in.readInt();
+    if (r.track) r.track->setRowHeight(pixels);
+    return true;
+}
+
 constexpr SongBlock blocks[] = {
     {"track", readTrack},         {"trackCol", readColour},    {"trackInSens", readSensitivity},
     {"tracked", readTrackWindow}, {"trackGroove", readGroove}, {"arp", readArp},
-    {"arped", readArpWindow},     {"trackmc", readSource}};
+    {"arped", readArpWindow},     {"trackmc", readSource},     {"trackLock", readLock},
+    {"trackArm", readArm},        {"trackRow", readRow}};
 
 void writeHead(SongWriting& w, const CTrack* track) {
     CStream* s = w.out;
@@ -169,6 +191,21 @@ void writeGroove(CStream* s, const CGroove& groove) {
     for (int i = 0; i < steps; i++) s->writeFloat(groove.offsets[i]);
 }
 
+void writeSources(SongWriting& w, const CTrack* track) {
+    if (track->kind != trackAudio && track->kind != trackDrum) return;
+    for (auto* cable : each<CMIDICable>(track->midiCables)) {
+        const int source = w.sourceIndex(cable->fromPort);
+        if (source >= 0) writeIntBlock(w.out, "trackmc", source);
+    }
+}
+
+/// What not every reader knows, and most tracks do without.
+void writeOwn(CStream* s, const CTrack* track) {
+    if (track->locked) writeIntBlock(s, "trackLock", 1);
+    if (track->recArm) writeIntBlock(s, "trackArm", 1);
+    if (track->ownRowHeight()) writeIntBlock(s, "trackRow", track->getRowHeight());
+}
+
 void writeArp(CStream* s, CArp* arp) {
     {
         const OpenBlock block(s, "arp");
@@ -193,9 +230,6 @@ void writeTrack(SongWriting& w, CTrack* track) {
     if (track->kind == trackDrum) writeKit(w, track);
     for (auto* lane : each<CSubTrack>(track->subTracks)) writeLane(w, lane);
     writeArp(s, track->arp.get());
-    if (track->kind != trackAudio && track->kind != trackDrum) return;
-    for (auto* cable : each<CMIDICable>(track->midiCables)) {
-        const int source = w.sourceIndex(cable->fromPort);
-        if (source >= 0) writeIntBlock(s, "trackmc", source);
-    }
+    writeSources(w, track);
+    writeOwn(s, track);
 }

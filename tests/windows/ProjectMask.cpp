@@ -127,16 +127,16 @@ void maskProgram(Cursor& in) {
 }
 
 const std::map<std::string, Mask> masks = {
-    {"audiodir", maskAll},     {"page", maskAll},       {"pagei", maskAll},
-    {"pageModular", maskAll},  {"modsb", maskAll},      {"comped", maskAll},
-    {"compedi", maskAll},      {"mixed", maskAll},      {"cmed", maskAll},
-    {"tracked", maskAll},      {"arped", maskAll},      {"editored", maskAll},
-    {"edopt", maskAll},        {"ed-noteh", maskAll},   {"editorpp", maskAll},
-    {"amarker", maskAll},      {"comp2", maskComp},     {"insert2", maskComp},
-    {"track", maskTrack},      {"sub", maskLane},       {"prog", maskProgram},
-    {"ptrack", maskSongTrack}, {"part", maskPart},      {"mevents", maskNotes},
-    {"devents", maskDrums},    {"aevents2", maskClips}, {"aevents", maskOldClips},
-    {"amevents", maskPoints}};
+    {"audiodir", maskAll},     {"page", maskAll},         {"pagei", maskAll},
+    {"pageModular", maskAll},  {"modsb", maskAll},        {"comped", maskAll},
+    {"compedi", maskAll},      {"mixed", maskAll},        {"cmed", maskAll},
+    {"trackRow", maskAll},     {"tracked", maskAll},      {"arped", maskAll},
+    {"editored", maskAll},     {"edopt", maskAll},        {"ed-noteh", maskAll},
+    {"editorpp", maskAll},     {"amarker", maskAll},      {"comp2", maskComp},
+    {"insert2", maskComp},     {"track", maskTrack},      {"sub", maskLane},
+    {"prog", maskProgram},     {"ptrack", maskSongTrack}, {"part", maskPart},
+    {"mevents", maskNotes},    {"devents", maskDrums},    {"aevents2", maskClips},
+    {"aevents", maskOldClips}, {"amevents", maskPoints}};
 
 void maskBlocks(Cursor in);
 
@@ -174,6 +174,32 @@ void cutAudioFolder(std::string& bytes) {
     }
 }
 
+/// Rows of a height of their own have a block for it, others none.
+void cutRows(std::string& bytes) {
+    Cursor in(bytes, 0, bytes.size());
+    in.readText();
+    while (!in.done()) {
+        const std::string name = in.readText();
+        const size_t sizeAt = in.at, start = sizeAt + 4;
+        int told = in.readInt();
+        Cursor song(bytes, start, start + size_t(told));
+        const bool inside = name == "comp2" && isSong(song);
+        while (inside && song.at < start + size_t(told)) {
+            const size_t from = song.at;
+            const std::string block = song.readText();
+            const int size = song.readInt();
+            song.skip(block == "tempo" ? tempoBytes : size_t(size));
+            if (block != "trackRow") continue;
+            told -= int(song.at - from);
+            bytes.erase(from, song.at - from);
+            song.at = from;
+        }
+        std::memcpy(&bytes[sizeAt], &told, sizeof told);
+        in.at = start + size_t(told);
+        in.end = bytes.size();
+    }
+}
+
 } // namespace
 
 std::string projectContent(CQV* host, CMixer* mixer) {
@@ -184,6 +210,7 @@ std::string projectContent(CQV* host, CMixer* mixer) {
     Cursor in(bytes, 0, bytes.size());
     in.readText();
     maskBlocks(in);
+    cutRows(bytes);
     cutAudioFolder(bytes);
     return bytes;
 }
