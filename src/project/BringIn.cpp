@@ -12,6 +12,7 @@
 #include "instruments/CArp.h"
 #include "instruments/CSampler.h"
 #include "instruments/SamplerFiles.h"
+#include "project/ClipContent.h"
 #include "project/ClipDrop.h"
 #include "project/PresetFiles.h"
 #include "project/SongSounds.h"
@@ -44,7 +45,7 @@ public:
 
     bool audio(const SamplePool::ImportWatch& watch);
     bool midi();
-    bool clip() { return dropClip(seq, place.onto, place.tick, path) || unread(); }
+    bool clip();
     bool font();
     bool program();
     bool kit();
@@ -64,6 +65,8 @@ private:
             {.graph = true, .song = true, .seq = SeqNotice::tracks | SeqNotice::parts});
     }
     CTrack* track(int kind) const;
+    bool hasPlace(int kind) const;
+    bool hasPlaceForPlayer() const;
     CSampler* sampler() const;
     bool newSampler(const std::function<bool(CSampler*)>& fill);
     COutputChannel* strip() const;
@@ -75,7 +78,29 @@ CTrack* Bringing::track(int kind) const {
     return wanted && wanted->kind == kind ? wanted : nullptr;
 }
 
+/// Whether what comes to a track of that kind finds one; if not, says why.
+bool Bringing::hasPlace(int kind) const {
+    const CTrack* onto = track(kind);
+    if (onto && onto->locked) return fail("The track is locked: ", onto->id);
+    return onto || seq->hasTrackRoom(kind) || fail("Too many tracks", "");
+}
+
+bool Bringing::hasPlaceForPlayer() const {
+    CTrack* player = track(trackMIDI);
+    return (player && !feedsAnything(player)) || seq->hasTrackRoom(trackMIDI) ||
+           fail("Too many tracks", "");
+}
+
+bool Bringing::clip() {
+    ClipContent content(seq);
+    CFileStream stream(path, 0);
+    if (!content.read(&stream)) return unread();
+    return hasPlace(trackKindOf(content.part.get())) &&
+           dropClip(content, seq, place.onto, place.tick, path);
+}
+
 bool Bringing::audio(const SamplePool::ImportWatch& watch) {
+    if (!hasPlace(trackAudio)) return false;
     ImportResult result = ImportResult::good;
     CSample* sample = host->importSample(path, 1, result, watch);
     if (result == ImportResult::cancelled) return false;
@@ -103,6 +128,7 @@ bool Bringing::audio(const SamplePool::ImportWatch& watch) {
 }
 
 bool Bringing::midi() {
+    if (track(trackMIDI) && !hasPlace(trackMIDI)) return false;
     const MidiSongResult result =
         openMidiSong(seq, path, track(trackMIDI) ? place.onto : nullptr, place.tick);
     if (result == MidiSongResult::unreadable) return fail("Could not open file ", path);
@@ -142,6 +168,7 @@ bool Bringing::newSampler(const std::function<bool(CSampler*)>& fill) {
 
 bool Bringing::font() {
     CSampler* present = sampler();
+    if (!present && !hasPlaceForPlayer()) return false;
     if (!present)
         return newSampler([this](CSampler* made) {
             made->openSF2(path, nullptr);
@@ -162,6 +189,7 @@ bool Bringing::program() {
         present->openBank(path);
         return true;
     }
+    if (!hasPlaceForPlayer()) return false;
     return newSampler([this](CSampler* made) {
                CFileStream stream(path, 0);
                made->read(&stream, stream.getSize());
@@ -173,6 +201,7 @@ bool Bringing::program() {
 /// On a drum track in place of its sounds.
 bool Bringing::kit() {
     if (countKitSounds(path) == 0) return unread();
+    if (!hasPlace(trackDrum)) return false;
     if (CTrack* drums = track(trackDrum)) {
         loadPreset(seq, drums->drumLayer(), drums, path);
         return true;

@@ -17,11 +17,6 @@
 
 namespace {
 
-int trackKindOf(const CPart* part) {
-    if (part->type == partAudio) return trackAudio;
-    return part->type == partDrum ? trackDrum : trackMIDI;
-}
-
 /// The samples that the part plays go to the pool.
 void takeSamples(ClipContent& clip, CQV* host, CUndo* undo) {
     std::unordered_set<const CSample*> played;
@@ -65,6 +60,11 @@ void takeDevices(const ClipContent& clip, CTrack* track, CUndo* undo) {
 
 } // namespace
 
+int trackKindOf(const CPart* part) {
+    if (part->type == partAudio) return trackAudio;
+    return part->type == partDrum ? trackDrum : trackMIDI;
+}
+
 CPart* dropClip(ClipContent& clip, CSeq* seq, CSongTrack* onto, int tick, CUndo* undo) {
     CSeqProg* prog = seq->getProg();
     if (!prog || !clip.part) return nullptr;
@@ -78,10 +78,7 @@ CPart* dropClip(ClipContent& clip, CSeq* seq, CSongTrack* onto, int tick, CUndo*
     return onto->addPart(clip.part.release(), undo);
 }
 
-CPart* dropClip(CSeq* seq, CSongTrack* onto, int tick, const CStr& path) {
-    ClipContent clip(seq);
-    CFileStream stream(path, 0);
-    if (!clip.read(&stream)) return nullptr;
+CPart* dropClip(ClipContent& clip, CSeq* seq, CSongTrack* onto, int tick, const CStr& path) {
     CQV* host = seq->host;
     CUndo* step = host->undoStart("Drop " + extractFileName(path), seq,
                                   {.graph = true,

@@ -16,6 +16,7 @@ class CUndo;
 /// there is no room for it. What the clip gave is not in `clip` any more.
 CPart* dropClip(ClipContent& clip, CSeq* seq, CSongTrack* onto, int tick, CUndo* undo);
 
-/// The same from a file, as one step. Null, and nothing happens, for a file that is not a whole
-/// clip.
-CPart* dropClip(CSeq* seq, CSongTrack* onto, int tick, const CStr& path);
+/// The same as one step, called after the file that the clip was read from.
+CPart* dropClip(ClipContent& clip, CSeq* seq, CSongTrack* onto, int tick, const CStr& path);
+/// The kind of track that takes a part.
+int trackKindOf(const CPart* part);

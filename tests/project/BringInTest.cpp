@@ -120,6 +120,32 @@ TEST(BringIn, ArpeggiosPlayAtOnce) {
     EXPECT_TRUE(player->track->arp->enabled);
 }
 
+/// Neither a locked track nor a song that is full takes what needs a track; nothing comes in then,
+/// not even a sample.
+TEST(BringIn, NeedsATrackThatTakesIt) {
+    for (const auto& [file, kind] : Rows<std::string, int>{
+             {"a.wav", trackAudio}, {"a.qvc", trackAudio}, {"a.qvd", trackDrum}, {"a.qvs", 0}})
+        for (const bool full : {false, true}) {
+            if (!full && !kind) continue;
+            SCOPED_TRACE(file + (full ? " into a full song" : " on a locked track"));
+            const std::string bytes = content(file);
+            BringFixture f;
+            CSongTrack* onto = full ? nullptr : f.track(kind);
+            if (onto) onto->track->locked = 1;
+            while (full && f.seq->hasTrackRoom(trackDrum)) f.track(trackDrum);
+            const std::string before = f.song();
+            const int samples = f.host->samples.getCount();
+            shown.clear();
+            EXPECT_FALSE(f.bring(f.put(file.c_str(), bytes), onto));
+            const std::string why = full ? "Too many tracks" : "The track is locked: ";
+            ASSERT_EQ(shown.size(), 1u);
+            EXPECT_NE(shown[0].find(why), std::string::npos) << shown[0];
+            EXPECT_EQ(f.song(), before);
+            EXPECT_EQ(f.host->samples.getCount(), samples);
+            EXPECT_TRUE(f.host->undoText().empty());
+        }
+}
+
 /// What is no such file, or for no such track, is told and leaves nothing.
 TEST(BringIn, RefusesWithoutATrace) {
     for (const char* name :

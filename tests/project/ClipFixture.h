@@ -5,6 +5,7 @@
 #include "instruments/CLayer.h"
 #include "instruments/CSampleClip.h"
 #include "instruments/CSampler.h"
+#include "project/ClipContent.h"
 #include "project/ClipDrop.h"
 #include "project/ClipFiles.h"
 #include "project/SongSounds.h"
@@ -106,7 +107,10 @@ struct ClipFixture : ProjectFixture {
         return files.write(name, bytes);
     }
     CPart* drop(const std::string& bytes, CSongTrack* onto = nullptr, int tick = 0) {
-        return dropClip(seq, onto, tick, put("dropped.qvc", bytes));
+        ClipContent content(seq);
+        const CStr path = put("dropped.qvc", bytes);
+        CFileStream stream(path, 0);
+        return content.read(&stream) ? dropClip(content, seq, onto, tick, path) : nullptr;
     }
     void undo() { device.undo(); }
     void redo() { device.redo(); }
