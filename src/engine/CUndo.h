@@ -7,6 +7,8 @@
 #include "engine/StoredValue.h"
 
 #include <memory>
+#include <unordered_map>
+#include <vector>
 
 class CComp;
 class CUndo;
@@ -88,6 +90,9 @@ public:
     bool viewOnly = false;         ///< how the project is shown: nothing that counts as a change
     CList items;                   ///< of CUndoItem, owned
     CUndoItem* lastItem = nullptr; ///< of `items`
+    /// How lists stood before the step put them in another order, for who plans the way back. The
+    /// objects are only good for being compared.
+    std::unordered_map<const CList*, std::vector<CObject*>> formerOrders;
 
     /// The object, owned by the step until then, enters `to` at `index`, -1 for the end.
     CUndoItem* asAdd(CObject* object, CList* to, int index = -1);

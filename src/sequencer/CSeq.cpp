@@ -15,6 +15,7 @@
 #include "sequencer/CSubTrack.h"
 #include "sequencer/PartClipboard.h"
 #include "sequencer/PartEdits.h"
+#include "sequencer/OrderPlan.h"
 #include "sequencer/PartOrder.h"
 #include "sequencer/Points.h"
 #include "sequencer/SampleUse.h"
@@ -132,7 +133,7 @@ bool CSeq::takesWhole(const CUndoItem* item) {
 }
 
 void CSeq::planStep(UndoPlan& plan, CUndo* step) {
-    if (step->effects.song) orderPlan(plan, step);
+    if (step->effects.song) planOrder(this, plan, step);
     stepMarks.collect(this, plan, step);
 }
 

@@ -303,7 +303,6 @@ private:
     void makeTrackIO(NewTrack& made);
     CSongTrack* linkTrack(NewTrack& made, CSeqProg* prog, CUndo* undo, int index);
     static bool partBefore(CPart* a, CPart* b, void* seq);
-    void orderPlan(UndoPlan& plan, const CUndo* step);
     void markerMoved(CObject* marker, const CList* list);
     void songTrackMoved(CObject* object, const CList* list);
     void lanesMoved(const CList* list);

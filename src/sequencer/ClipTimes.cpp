@@ -29,9 +29,9 @@ int frameAt(const CAudioEvent* e, double framesIn) {
     return saturate(asInt64(double(e->start) + framesIn));
 }
 
-const CAudioEvent* clipAtOwnSpeed(CPart* part) {
-    if (part->type != partAudio || static_cast<CAudioPart*>(part)->multiclip) return nullptr;
-    const auto* event = static_cast<CAudioEvent*>(part->getEvents());
+const CAudioEvent* clipAtOwnSpeed(const CPart* part, const CPart* content) {
+    if (part->type != partAudio || static_cast<const CAudioPart*>(part)->multiclip) return nullptr;
+    const auto* event = static_cast<const CAudioEvent*>(content->events.load());
     return event && event->mode == playRepitch && event->sample ? event : nullptr;
 }
 
@@ -59,13 +59,17 @@ int tunedRate(const CSample* sample, double semitones) {
 }
 
 const CAudioEvent* lengthEvent(CPart* part) {
-    const CAudioEvent* event = clipAtOwnSpeed(part);
+    return lengthEvent(part, part->content());
+}
+
+const CAudioEvent* lengthEvent(const CPart* part, const CPart* content) {
+    const CAudioEvent* event = clipAtOwnSpeed(part, content);
     return event && event->sample->valid ? event : nullptr;
 }
 
 int64_t longestTicks(CPart* part) {
     const int64_t told = part->length > 0 ? int(part->length) : quarterTicks;
-    const CAudioEvent* e = clipAtOwnSpeed(part);
+    const CAudioEvent* e = clipAtOwnSpeed(part, part->content());
     if (!e) return told;
     const double seconds = range(e) / sourceRate(e);
     return std::max(told, asInt64(seconds * double(maxTempo) * ticksPerSecondPerBpm) + 1);

@@ -17,6 +17,8 @@ int tunedRate(const CSample* sample, double semitones);
 
 /// The event whose sample rules the length of a part, null when ticks do.
 const CAudioEvent* lengthEvent(CPart* part);
+/// The same if the part showed the events of `content`.
+const CAudioEvent* lengthEvent(const CPart* part, const CPart* content);
 /// Ticks that a part lasts at most, whatever the tempo and whether or not its sample is there.
 int64_t longestTicks(CPart* part);
 

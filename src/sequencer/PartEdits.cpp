@@ -8,19 +8,6 @@
 
 namespace {
 
-std::unique_ptr<CPart> emptyPart(int partType) {
-    switch (partType) {
-    case partMIDI:
-        return std::make_unique<CMIDIPart>();
-    case partAudio:
-        return std::make_unique<CAudioPart>();
-    case partDrum:
-        return std::make_unique<CDrumPart>();
-    default:
-        return std::make_unique<CPart>();
-    }
-}
-
 void takeList(CBaseEvent* head, EventCollector& into) {
     int tick = 0;
     while (head) {
@@ -28,6 +15,12 @@ void takeList(CBaseEvent* head, EventCollector& into) {
         into.add(tick += head->delta, head);
         head = next;
     }
+}
+
+int growthOf(const CUndoItem* item, Shared<int> CPart::*number) {
+    if (!item->number || item->object->category != categoryPart) return 0;
+    auto* part = static_cast<CPart*>(item->object);
+    return item->number == (part->*number).address() ? item->growth : 0;
 }
 
 } // namespace
@@ -57,6 +50,19 @@ std::unique_ptr<CPart> ownCopy(CPart* part) {
     return made;
 }
 
+std::unique_ptr<CPart> emptyPart(int partType) {
+    switch (partType) {
+    case partMIDI:
+        return std::make_unique<CMIDIPart>();
+    case partAudio:
+        return std::make_unique<CAudioPart>();
+    case partDrum:
+        return std::make_unique<CDrumPart>();
+    default:
+        return std::make_unique<CPart>();
+    }
+}
+
 std::vector<CPart*> selectedParts(const CSongTrack* songTrack) {
     std::vector<CPart*> parts;
     if (songTrack->track->locked) return parts;
@@ -71,6 +77,29 @@ std::vector<CPart*> selectedParts(const CSeqProg* prog) {
         const std::vector<CPart*> more = selectedParts(songTrack);
         parts.insert(parts.end(), more.begin(), more.end());
     }
+    return parts;
+}
+
+std::vector<PlacedPart> selectedParts(CSeq* seq) {
+    std::vector<PlacedPart> parts;
+    CSeqProg* prog = seq->getProg();
+    if (!prog) return parts;
+    int row = 0;
+    for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+        for (CPart* part : selectedParts(songTrack)) parts.push_back({part, songTrack, row});
+        row++;
+    }
+    return parts;
+}
+
+std::vector<CPart*> partsShowing(CSeq* seq, CPart* part) {
+    CPart* content = part->content();
+    if (content == part) return {part};
+    std::vector<CPart*> parts;
+    seq->eachSongTrack([&](CSongTrack* songTrack) {
+        for (auto* user : each<CPart>(songTrack->parts))
+            if (user->content() == content) parts.push_back(user);
+    });
     return parts;
 }
 
@@ -143,15 +172,14 @@ void recordMulticlip(CSeq* seq, CPart* part, CUndo* undo) {
         undo->asInt(audio->multiclip.address());
         audio->multiclip = 1;
     };
-    CPart* content = part->content();
-    seq->eachSongTrack([&](CSongTrack* songTrack) {
-        for (auto* user : each<CPart>(songTrack->parts))
-            if (user->content() == content) mark(user);
-    });
-    mark(content);
+    for (CPart* user : partsShowing(seq, part)) mark(user);
+    mark(part->content());
 }
 
 int moveOf(const CUndoItem* item) {
-    if (!item->number || item->object->category != categoryPart) return 0;
-    return item->number == static_cast<CPart*>(item->object)->pos.address() ? item->growth : 0;
+    return growthOf(item, &CPart::pos);
+}
+
+int growthOf(const CUndoItem* item) {
+    return growthOf(item, &CPart::length);
 }

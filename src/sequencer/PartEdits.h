@@ -19,10 +19,22 @@ class EventCollector;
 std::unique_ptr<CPart> newPartLike(CPart* part);
 /// The same with the content.
 std::unique_ptr<CPart> ownCopy(CPart* part);
+/// An empty part of a class (PartType).
+std::unique_ptr<CPart> emptyPart(int partType);
 /// Selected parts of a song track that an edit may reach, in its order: none of a locked track.
 std::vector<CPart*> selectedParts(const CSongTrack* songTrack);
 /// The same of all tracks of a program.
 std::vector<CPart*> selectedParts(const CSeqProg* prog);
+/// A part, and where it stands in the current program.
+struct PlacedPart {
+    CPart* part;
+    CSongTrack* songTrack;
+    int row;
+};
+/// Those of the current program, by rows.
+std::vector<PlacedPart> selectedParts(CSeq* seq);
+/// Every part of the song that shows the content of `part`, which stands on a track.
+std::vector<CPart*> partsShowing(CSeq* seq, CPart* part);
 
 /// A copy of an event of a part of that class (PartType), without a follower.
 CBaseEvent* copyEvent(int partType, const CBaseEvent* event);
@@ -73,5 +85,7 @@ void recordMuteToggle(CUndo* undo, CPart* part);
 /// Records that every part that shows the content of `part` holds several clips from now on.
 void recordMulticlip(CSeq* seq, CPart* part, CUndo* undo);
 
-/// By how many ticks an item moves a part or point, forward; 0 for what it does not move so.
+/// By how many ticks an item moves a part or point, or makes it longer, forward; 0 for what it does
+/// not change so.
 int moveOf(const CUndoItem* item);
+int growthOf(const CUndoItem* item);

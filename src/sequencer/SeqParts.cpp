@@ -3,14 +3,12 @@
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/UndoPlan.h"
 #include "sequencer/ClipTimes.h"
 #include "sequencer/PartEdits.h"
 #include "sequencer/PartOrder.h"
 
 #include <algorithm>
 #include <cassert>
-#include <unordered_map>
 #include <unordered_set>
 
 /// The sequencer's parts: selection, order, length, ghosts.
@@ -160,42 +158,6 @@ void CSeq::orderParts(CList* a, CList* b, bool all) {
     }
     for (CList* list : {a, b})
         if (list) sortParts(*list, partBefore, this);
-}
-
-void CSeq::orderPlan(UndoPlan& plan, const CUndo* step) {
-    std::unordered_map<const CObject*, int> moved;
-    for (const auto* item : each<CUndoItem>(step->items))
-        if (const int ticks = moveOf(item))
-            moved[item->object] += plan.isForward() ? ticks : -ticks;
-    const std::vector<CList*> planned = plan.lists();
-    const std::unordered_set<const CList*> changed(planned.begin(), planned.end());
-    const auto posOf = [&moved](const CPart* part) {
-        const auto found = moved.find(part);
-        return part->pos + (found == moved.end() ? 0 : found->second);
-    };
-    const auto before = [&](CObject* a, CObject* b) {
-        auto *partA = static_cast<CPart*>(a), *partB = static_cast<CPart*>(b);
-        const int posA = posOf(partA), posB = posOf(partB);
-        return posA != posB ? posA < posB : getTicks(partA) > getTicks(partB);
-    };
-    for (auto* prog : each<CSeqProg>(progs))
-        for (CList* points : {&prog->timesigs, &prog->tempos}) {
-            if (!changed.count(points)) continue;
-            std::vector<CObject*>& list = plan.contents(points);
-            std::ranges::stable_sort(
-                list, {}, [&](CObject* point) { return posOf(static_cast<CPart*>(point)); });
-        }
-    eachSongTrack([&](CSongTrack* songTrack) {
-        bool concerned = changed.count(&songTrack->parts) > 0;
-        for (auto* part : each<CPart>(songTrack->parts)) {
-            if (concerned || moved.empty()) break;
-            concerned = moved.count(part) > 0;
-        }
-        if (!concerned) return;
-        std::vector<CObject*>& list = plan.contents(&songTrack->parts);
-        if (!std::is_sorted(list.begin(), list.end(), before))
-            std::stable_sort(list.begin(), list.end(), before);
-    });
 }
 
 int CSeq::getTicks(CPart* part) {
