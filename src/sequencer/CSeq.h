@@ -7,6 +7,7 @@
 #include "sequencer/CSongTrack.h"
 #include "sequencer/CStepRec.h"
 #include "sequencer/CTrack.h"
+#include "sequencer/PlayedNotes.h"
 #include "sequencer/SongOptions.h"
 #include "sequencer/StepMarks.h"
 #include "sequencer/TakeEdits.h"
@@ -58,7 +59,8 @@ public:
     Shared<unsigned char> playing{0}, recording{0};
     Shared<unsigned char> recReady{1}; ///< 0 from the beginning of a take until all of it is placed
     Shared<double> songTicks{0.0};     ///< played since start
-    Shared<bool> anyArmed{false};      ///< a track is switched to be armed; as of the last block
+    PlayedTime playedTime;
+    Shared<bool> anyArmed{false}; ///< a track is switched to be armed; as of the last block
     Stored<int> maxVoices{6};
     Shared<int> preview{1};      ///< notes sound when they are edited
     Shared<int> autoQuantize{0}; ///< of recorded notes

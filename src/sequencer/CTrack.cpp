@@ -12,6 +12,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/Pending.h"
+#include "sequencer/PlayedNotes.h"
 #include "sequencer/RecQueue.h"
 
 #include <bitset>
@@ -44,7 +45,7 @@ CTrack::CTrack(CQV* root, CSeq* owner, int trackKind)
       synthProg(trackKind == trackDrum ? std::make_unique<CSynthProg>(root, nullptr) : nullptr),
       recQueue(trackKind == trackMIDI || trackKind == trackDrum ? std::make_unique<RecQueue>()
                                                                 : nullptr),
-      take(this) {
+      played(recQueue ? std::make_unique<PlayedNotes>() : nullptr), take(this) {
     id = "Track";
     type = compTrack;
     editorStruct.width = editorWidth;

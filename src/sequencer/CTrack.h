@@ -16,6 +16,7 @@ class CSeq;
 class CSongTrack;
 class CSubTrack;
 class CSynthProg;
+class PlayedNotes;
 class RecQueue;
 
 enum TrackKind : int {
@@ -78,7 +79,8 @@ public:
     Shared<int> lastRecPos{-1};           ///< last tick at which automation was written, -1 none
     /// Of a selected audio track: owned, in the format of takes and ready for the next one.
     Shared<CSample*> recSample{nullptr};
-    const std::unique_ptr<RecQueue> recQueue; ///< of an instrument or drum track; else null
+    const std::unique_ptr<RecQueue> recQueue;  ///< of an instrument or drum track; else null
+    const std::unique_ptr<PlayedNotes> played; ///< of the same; else null
     TrackTake take;
 
     CTrack(CQV* root, CSeq* owner, int trackKind);

@@ -97,6 +97,14 @@ void receive(const ProgBlock& b, CSongTrack* t, double frame, int msg) {
     b.prog->midiReceived(t, tick, msg, nullptr, host->recording != 0);
 }
 
+/// Has the track know what was played, whether it is taken or not.
+void remember(const ProgBlock& b, CSongTrack* t, double frame, int msg) {
+    const PlayedTime& time = b.prog->seq->playedTime;
+    const double ticks = b.prog->seq->host->framesToTicks(frame);
+    t->track->played->note({time.frames + asInt64(frame), time.ticks + ticks,
+                            b.prog->playing ? b.prog->pos + ticks : -1.0, time.run, msg});
+}
+
 /// Hands what arrives at an instrument track to its output, as the monitor mode says, and to the
 /// take.
 void echoMidi(const ProgBlock& b, CSongTrack* t) {
@@ -106,7 +114,7 @@ void echoMidi(const ProgBlock& b, CSongTrack* t) {
     CSeq* seq = b.prog->seq;
     if (!in || !out || noteTrigger(seq)) return;
     const bool heard = monitored(seq->options.midiMonitorMode(), track);
-    if (!heard && !takesNotes(seq, t)) return;
+    const bool taken = heard || takesNotes(seq, t);
     for (const CMIDIBytes* e = in->first(); e; e = e->next) {
         if (e->kind == eventConsumed || e->time < b.offset || e->time >= b.offset + b.frames)
             continue;
@@ -115,7 +123,9 @@ void echoMidi(const ProgBlock& b, CSongTrack* t) {
             out->push(e->time, msg, e->kind, e->value, e->param, e->owner, e->extra);
             out->hasData = 1.0f;
         }
-        if (e->kind == eventMidi) receive(b, t, e->time, msg);
+        if (e->kind != eventMidi) continue;
+        remember(b, t, e->time, msg);
+        if (taken) receive(b, t, e->time, msg);
     }
 }
 
@@ -126,7 +136,7 @@ void echoDrums(const ProgBlock& b, CSongTrack* t) {
     CSeq* seq = b.prog->seq;
     if (!in || noteTrigger(seq)) return;
     const bool heard = monitored(seq->options.midiMonitorMode(), track);
-    if (!heard && !takesNotes(seq, t)) return;
+    const bool taken = heard || takesNotes(seq, t);
     for (const CMIDIBytes* e = in->first(); e; e = e->next) {
         if (e->kind != eventMidi || e->time < b.offset || e->time >= b.offset + b.frames) continue;
         if (noteOff(e->data) && seq->stepRec.takesFrom(t)) receive(b, t, e->time, e->data);
@@ -135,7 +145,8 @@ void echoDrums(const ProgBlock& b, CSongTrack* t) {
         const int msg = track->setVel(e->data);
         if (heard)
             t->hitDrum(sound, nullptr, float(asByte2(msg)) / 127.0f, 0.0f, 1.0f, asRound(e->time));
-        receive(b, t, e->time, msg);
+        remember(b, t, e->time, msg);
+        if (taken) receive(b, t, e->time, msg);
     }
 }
 
@@ -348,6 +359,7 @@ void CSeq::start() {
     assert(heldByThread());
     if (playing) return;
     playing = 1;
+    playedTime.run++;
     if (CSeqProg* prog = getProg()) prog->play();
     followTempo(host->frames);
     songNotices.raise(SeqNotice::transport);
@@ -359,6 +371,7 @@ void CSeq::stop() {
         for (CSeqProg* prog : each<CSeqProg>(progs))
             if (prog->playing) prog->stopRequest = 1;
         playing = 0;
+        playedTime.run++;
     }
     stopTake();
     songNotices.raise(SeqNotice::transport);
@@ -375,6 +388,7 @@ void CSeq::setPos(double ticks) {
     CSeqProg* prog = getProg();
     if (recording || !prog) return;
     jumpTo(prog, fLimit(ticks, 0.0, double(maxTicks)));
+    playedTime.run++;
     prog->samplePos = asInt64(ticksToFrames(0, asInt(prog->pos), asInt(double(host->rate))));
     followTempo(host->frames);
     if (prog->playing)
@@ -405,6 +419,8 @@ void CSeq::process(int frames) {
         rec(0);
     }
     subProcess(frames, 0);
+    playedTime.frames += frames;
+    playedTime.ticks += host->framesToTicks(frames);
     followTempo(frames);
     for (CTrack* track : each<CTrack>(tracks)) track->arpeggiate(frames);
 }

@@ -23,5 +23,4 @@ StoredValue gridOf(CSeq* seq);
 /// The tempo in force at the song's position, in beats per minute: that of the last tempo point
 /// there or before, else the song's own.
 StoredValue tempoHereOf(CSeq* seq);
-StoredValue voicesOf(CSeq* seq); ///< the most that a synthesizer of the song plays at once, 1 to 64
 StoredValue optionOf(CSeq* seq, SongOptions::Index index); ///< a byte

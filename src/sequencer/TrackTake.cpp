@@ -23,6 +23,13 @@ constexpr int viewFoot = 21;   ///< pixels more at the bottom
 
 } // namespace
 
+CDrumEvent* drumHit(int msg) {
+    CDrumEvent* event = createDrumEvent();
+    event->sound = asByte1(msg) - firstDrumKey;
+    event->velocity = float(asByte2(msg)) / float(highestNote);
+    return event;
+}
+
 CSeq* TrackTake::seq() const {
     return track->seq;
 }
@@ -140,11 +147,8 @@ void TrackTake::addEvents(CUndo*) {
 
 void TrackTake::addDrum(const RecEvent& e) {
     if (!noteOn(e.msg)) return;
-    CDrumEvent* event = createDrumEvent();
-    event->sound = asByte1(e.msg) - firstDrumKey;
-    event->velocity = float(asByte2(e.msg)) / float(highestNote);
     const int tick = tickOf(e.tick);
-    addToPart(seq()->autoQuantize ? snapped(seq()->gridTicks(), tick, true) : tick, event);
+    addToPart(seq()->autoQuantize ? snapped(seq()->gridTicks(), tick, true) : tick, drumHit(e.msg));
 }
 
 void TrackTake::addMessage(const RecEvent& e) {

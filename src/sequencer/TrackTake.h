@@ -16,6 +16,9 @@ class ForgetSet;
 struct RecEvent;
 struct RecFile;
 
+/// What a key, a note-on, plays on a drum track; owned by the caller.
+CDrumEvent* drumHit(int msg);
+
 /// The interface's side of a take on one track: makes parts, notes and points of automation of what
 /// was played, and records all of it in the take's step. Interface thread.
 class TrackTake {
