@@ -4,6 +4,8 @@
 #include "engine/MidiBytes.h"
 #include "sequencer/CSeq.h"
 
+#include <algorithm>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -21,6 +23,33 @@ int growthOf(const CUndoItem* item, Shared<int> CPart::*number) {
     if (!item->number || item->object->category != categoryPart) return 0;
     auto* part = static_cast<CPart*>(item->object);
     return item->number == (part->*number).address() ? item->growth : 0;
+}
+
+auto fieldsOf(const CMIDIEvent* e) {
+    return std::tie(e->data, e->length);
+}
+
+auto fieldsOf(const CDrumEvent* e) {
+    return std::tie(e->sound, e->length, e->velocity, e->pan, e->tune);
+}
+
+auto fieldsOf(const CAudioEvent* e) {
+    return std::tie(e->sample, e->gain, e->pan, e->mode, e->reverse, e->start, e->end, e->ticks,
+                    e->semitones, e->fine, e->slice, e->fadeInMs, e->fadeInCurve, e->fadeOutMs,
+                    e->fadeOutCurve);
+}
+
+auto fieldsOf(const CEnvEvent* e) {
+    return std::tie(e->value, e->curve, e->shape);
+}
+
+template <class E>
+bool sameList(const CBaseEvent* a, const CBaseEvent* b) {
+    for (; a && b; a = a->next, b = b->next)
+        if (a->delta != b->delta ||
+            fieldsOf(static_cast<const E*>(a)) != fieldsOf(static_cast<const E*>(b)))
+            return false;
+    return a == b; // both at their end
 }
 
 } // namespace
@@ -131,6 +160,18 @@ void takePoints(CPart* part, int slot, EventCollector& into) {
     CBaseEvent* head = part->getParam(slot);
     part->relinkParam(slot, nullptr);
     takeList(head, into);
+}
+
+bool sameContent(CPart* a, CPart* b) {
+    using Same = bool (*)(const CBaseEvent*, const CBaseEvent*);
+    const Same same = a->type == partAudio  ? sameList<CAudioEvent>
+                      : a->type == partDrum ? sameList<CDrumEvent>
+                                            : sameList<CMIDIEvent>;
+    if (!same(a->events, b->events)) return false;
+    const int slots = std::max(a->reservedSlots(), b->reservedSlots());
+    for (int slot = 0; slot < slots; slot++)
+        if (!sameList<CEnvEvent>(a->getParam(slot), b->getParam(slot))) return false;
+    return true;
 }
 
 void PartChange::add(CSongTrack* songTrack, std::unique_ptr<CPart> part) {

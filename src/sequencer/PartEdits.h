@@ -52,6 +52,10 @@ void eachEvent(CBaseEvent* head, F&& visit) {
 void takeEvents(CPart* part, EventCollector& into);
 void takePoints(CPart* part, int slot, EventCollector& into);
 
+/// Whether two parts of a class, neither a ghost, hold the same events and points at the same
+/// ticks, selected or not.
+bool sameContent(CPart* a, CPart* b);
+
 /// Parts that leave and parts that come in one step. They leave first, so that on the way back
 /// their places in the lists are those that they had.
 class PartChange {

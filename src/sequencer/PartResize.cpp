@@ -1,14 +1,13 @@
-#include "audiofiles/CSample.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "sequencer/AudioVoices.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/ClipRange.h"
 #include "sequencer/ClipTimes.h"
 #include "sequencer/MoveEdits.h"
 #include "sequencer/PartEdits.h"
 
 #include <algorithm>
-#include <cmath>
 #include <tuple>
 #include <unordered_set>
 
@@ -21,43 +20,6 @@ const CAudioEvent* rulingClip(CPart* part) {
     if (part->type != partAudio || static_cast<CAudioPart*>(part)->multiclip) return nullptr;
     const auto* clip = static_cast<const CAudioEvent*>(part->getEvents());
     return clip && (clip->mode != playRepitch || lengthEvent(part)) ? clip : nullptr;
-}
-
-int rateOf(const CAudioEvent* clip) {
-    return tunedRate(clip->sample, clip->semitones + double(clip->fine));
-}
-
-int framesBehind(const CAudioEvent* clip) {
-    return clip->reverse ? clip->start : clip->sample->frames - 1 - clip->end;
-}
-
-int framesBefore(const CAudioEvent* clip) {
-    return clip->reverse ? clip->sample->frames - 1 - clip->end : clip->start;
-}
-
-void moveEnd(CAudioEvent* clip, int frames) {
-    if (clip->reverse)
-        clip->start = asMinMax(saturate(int64_t(clip->start) - frames), 0, clip->end);
-    else
-        clip->end =
-            asMinMax(saturate(int64_t(clip->end) + frames), clip->start, clip->sample->frames - 1);
-}
-
-void moveStart(CAudioEvent* clip, int frames) {
-    if (clip->reverse)
-        clip->end =
-            asMinMax(saturate(int64_t(clip->end) - frames), clip->start, clip->sample->frames - 1);
-    else
-        clip->start = asMinMax(saturate(int64_t(clip->start) + frames), 0, clip->end);
-}
-
-/// Frames of a clip at its own speed that pass between two ticks of the song; below 0 where `to`
-/// lies before `from`.
-int framesBetween(CSeq* seq, const CAudioEvent* clip, int from, int to) {
-    const int ticks = saturate(int64_t(std::max(from, to)) - std::min(from, to));
-    const int frames =
-        saturate(asRound64(seq->ticksToFrames(std::min(from, to), ticks, rateOf(clip))));
-    return to < from ? -frames : frames;
 }
 
 /// One resize of parts. Content that several parts show is edited once.
@@ -73,12 +35,11 @@ public:
         const CAudioEvent* clip = rulingClip(part);
         if (!clip) return grow(part, length - part->length);
         if (!done.insert(part->content()).second) return;
-        if (clip->mode != playRepitch) return stretch(part, length - seq->getTicks(part));
-        // Rounded up, so that the whole ticks of these frames are the length that was asked for.
-        const double frames = std::ceil(seq->ticksToFrames(part->pos, length, rateOf(clip)));
-        edit(part, [&](CAudioEvent* e) {
-            moveEnd(e, saturate(asInt64(frames) - (int64_t(e->end) - e->start + 1)));
-        });
+        if (clip->mode == playRepitch)
+            return edit(part, [&](CAudioEvent* e) { setClipTicks(seq, e, part->pos, length); });
+        const int delta = length - seq->getTicks(part);
+        growAll(part, delta);
+        edit(part, [&](CAudioEvent* e) { setClipTicks(seq, e, part->pos, e->ticks + delta); });
     }
 
     void moveStartOf(CPart* part, int delta) {
@@ -91,9 +52,8 @@ public:
         }
         if (!done.insert(part->content()).second) return;
         for (CPart* user : partsShowing(seq, part)) recordMove(undo, user, delta);
-        if (clip->mode != playRepitch) return stretch(part, -delta);
-        const int frames = framesBetween(seq, clip, part->pos, part->pos + delta);
-        edit(part, [frames](CAudioEvent* e) { moveStart(e, frames); });
+        if (clip->mode != playRepitch) growAll(part, -delta);
+        edit(part, [&](CAudioEvent* e) { trimClip(seq, e, part->pos, delta); });
     }
 
 private:
@@ -105,11 +65,8 @@ private:
         if (ticks) recordGrow(undo, part, ticks);
     }
 
-    void stretch(CPart* part, int delta) {
+    void growAll(CPart* part, int delta) {
         for (CPart* user : partsShowing(seq, part)) grow(user, delta);
-        edit(part, [delta](CAudioEvent* e) {
-            e->ticks = asMax(limitTicks(int64_t(e->ticks) + delta), 1);
-        });
     }
 
     template <class F>
@@ -130,17 +87,6 @@ int spareTicks(CSeq* seq, CPart* part) {
     return (clip && clip->mode != playRepitch ? std::min(ticks, clip->ticks) : ticks) - 1;
 }
 
-/// The most ticks, up to `limit`, whose frames the clip still has before its start.
-int ticksBefore(CSeq* seq, const CAudioEvent* clip, int pos, int limit) {
-    int fits = 0, tooMany = limit + 1;
-    while (tooMany - fits > 1) {
-        const int ticks = fits + (tooMany - fits) / 2;
-        const bool fit = framesBetween(seq, clip, pos - ticks, pos) <= framesBefore(clip);
-        (fit ? fits : tooMany) = ticks;
-    }
-    return fits;
-}
-
 ResizeRange startRange(CSeq* seq, CPart* part) {
     const CAudioEvent* clip = rulingClip(part);
     int earlier = part->pos;
@@ -153,12 +99,9 @@ ResizeRange startRange(CSeq* seq, CPart* part) {
 }
 
 ResizeRange endRange(CSeq* seq, CPart* part) {
-    const int ticks = seq->getTicks(part), least = asMin(-spareTicks(seq, part), 0);
     const CAudioEvent* clip = lengthEvent(part);
-    if (!clip) return {least, maxTicks - ticks};
-    const double frames = double(clip->end) - clip->start + 1 + framesBehind(clip);
-    const int longest = asRound(seq->framesToTicks(part->pos, frames, rateOf(clip)));
-    return {least, asMax(longest - ticks, 0)};
+    const int longest = clip ? longestClip(seq, clip, part->pos) : maxTicks;
+    return {asMin(-spareTicks(seq, part), 0), asMax(longest - seq->getTicks(part), 0)};
 }
 
 } // namespace

@@ -96,7 +96,10 @@ struct Edits : SongFileFixture {
             int tick = p->offset;
             for (CBaseEvent* e = p->getEvents(); e; e = e->next)
                 showEvent(out, p, e, tick += e->delta);
-            for (const auto& [point, value] : pointsOf(p, 0)) out << " ~" << p->offset + point;
+            for (const auto& [point, value] : pointsOf(p, 0)) {
+                out << " ~" << p->offset + point;
+                if (value != 50) out << ':' << value << '%';
+            }
             out << ' ';
         }
         return out.str();
@@ -121,11 +124,16 @@ struct Edits : SongFileFixture {
     }
 
 private:
+    /// The velocity only of notes that differ from those of the fixture.
+    static void showMessage(std::ostream& out, const CMIDIEvent* e) {
+        if (!noteOn(e->data)) out << std::hex << statusByte(e->data) << std::dec << ':';
+        out << asByte1(e->data) << '/' << (noteOn(e->data) ? e->length : asByte2(e->data));
+        if (noteOn(e->data) && asByte2(e->data) != 100) out << 'v' << asByte2(e->data);
+    }
     static void showEvent(std::ostream& out, CPart* p, CBaseEvent* e, int tick) {
         out << ' ' << tick << '=';
         if (p->type == partMIDI)
-            out << (static_cast<CMIDIEvent*>(e)->data >> 8 & 127) << '/'
-                << static_cast<CMIDIEvent*>(e)->length;
+            showMessage(out, static_cast<CMIDIEvent*>(e));
         else if (p->type == partDrum)
             out << static_cast<CDrumEvent*>(e)->sound << '/' << static_cast<CDrumEvent*>(e)->length;
         else

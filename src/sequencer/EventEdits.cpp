@@ -1,0 +1,368 @@
+#include "sequencer/EventEdits.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/MidiBytes.h"
+#include "instruments/CLayer.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/ClipRange.h"
+#include "sequencer/ClipTimes.h"
+#include "sequencer/PartEdits.h"
+
+#include <algorithm>
+#include <limits>
+#include <unordered_set>
+#include <utility>
+
+namespace {
+
+constexpr StepEffects eventEffects{.song = true, .seq = SeqNotice::parts};
+constexpr int topKey = 127, topVelocity = 127;
+
+bool isSelected(const CBaseEvent* event) {
+    return event->flags & eventSelected;
+}
+
+void select(CBaseEvent* event, bool on) {
+    event->flags =
+        (unsigned char)(on ? event->flags | eventSelected : event->flags & ~eventSelected);
+}
+
+void unselectAll(CBaseEvent* list) {
+    for (CBaseEvent* e = list; e; e = e->next) select(e, false);
+}
+
+bool isNote(int partType, const CBaseEvent* event) {
+    return partType == partMIDI && noteOn(static_cast<const CMIDIEvent*>(event)->data);
+}
+
+bool singleClip(CPart* part) {
+    return part->type == partAudio && !static_cast<CAudioPart*>(part->content())->multiclip;
+}
+
+bool editable(CSeq* seq, CPart* part, const EventLane& lane) {
+    return !seq->isLocked(part) && (lane.automation() || !singleClip(part));
+}
+
+CBaseEvent* listOf(CPart* part, const EventLane& lane) {
+    return lane.automation() ? part->getParam(lane.number) : part->getEvents();
+}
+
+/// Takes the lane's events out of a part, hands each with its tick to `each`, and puts back what
+/// that gives to the collector.
+template <class F>
+void rearrange(CPart* draft, const EventLane& lane, F&& each) {
+    EventCollector placed;
+    CBaseEvent* next = listOf(draft, lane);
+    lane.automation() ? draft->relinkParam(lane.number, nullptr) : draft->events.store(nullptr);
+    for (int tick = 0; CBaseEvent* e = next;) {
+        next = e->next;
+        each(e, tick += e->delta, placed);
+    }
+    if (lane.automation())
+        draft->setParam(lane.number, static_cast<CEnvEvent*>(placed.takeList()));
+    else
+        draft->setEvents(placed.takeList());
+}
+
+/// Does `change(draft)` as one step.
+template <class F>
+void edit(CSeq* seq, CPart* part, const EventLane& lane, const char* title, F&& change) {
+    if (!editable(seq, part, lane)) return;
+    std::unique_ptr<CPart> draft = contentDraft(part);
+    change(draft.get());
+    applyDraft(seq, part, std::move(draft), title);
+}
+
+int rowsOf(CSeq* seq, CPart* part) {
+    const CTrack* track = part->type == partDrum ? seq->partToTrack(part) : nullptr;
+    const CLayer* layer = track ? track->drumLayer() : nullptr;
+    return layer ? layer->sounds.getCount() : 0;
+}
+
+/// What becomes of the events of a part.
+class EventChange {
+public:
+    EventChange(CSeq* song, CPart* of, const EventLane& on, const EventDelta& by)
+        : seq(song), part(of), lane(on), delta(by), rows(rowsOf(song, of)) {}
+
+    bool concerns(const CBaseEvent* event) const {
+        return isSelected(event) && onLane(lane, part->type, event);
+    }
+
+    /// The new tick.
+    int change(CBaseEvent* event, int tick) const {
+        if (lane.automation() || lane.values()) {
+            const float value = laneValue(lane, part->type, event);
+            if (delta.value != 0.0f) setLaneValue(lane, part->type, event, value + delta.value);
+        } else {
+            if (delta.length) changeLength(event, tick);
+            if (delta.pitch) changePitch(event);
+            if (delta.velocity) changeVelocity(event);
+        }
+        return limitTicks(int64_t(tick) + delta.ticks);
+    }
+
+    /// 0 for what has none.
+    int lengthOf(CBaseEvent* event, int tick) const {
+        auto* clip = static_cast<CAudioEvent*>(event);
+        if (part->type == partAudio) return sampleAsTicks2(seq, clip, songTick(tick));
+        const int* length = eventLength(part->type, event);
+        return length ? *length : 0;
+    }
+
+    /// The event begins later by so many ticks, as far as it can, and ends where it did.
+    int trim(CBaseEvent* event, int tick, int by) const {
+        const int length = lengthOf(event, tick);
+        if (length == 0) return tick;
+        auto* clip = static_cast<CAudioEvent*>(event);
+        const int hidden = asMin(-part->offset - tick, 0);
+        int earliest = hidden;
+        if (part->type == partAudio) earliest = -ticksBefore(seq, clip, songTick(tick), -hidden);
+        const int moved = asMinMax(by, earliest, length - 1);
+        if (part->type == partAudio)
+            trimClip(seq, clip, songTick(tick), moved);
+        else
+            *eventLength(part->type, event) = length - moved;
+        return tick + moved;
+    }
+
+private:
+    CSeq* seq;
+    CPart* part;
+    const EventLane& lane;
+    const EventDelta& delta;
+    const int rows;
+
+    int songTick(int tick) const { return saturate(int64_t(part->pos) + part->offset + tick); }
+
+    void changeLength(CBaseEvent* event, int tick) const {
+        const int length = lengthOf(event, tick);
+        if (length == 0) return;
+        const int wanted = asMax(limitTicks(int64_t(length) + delta.length), 1);
+        if (part->type == partAudio)
+            setClipTicks(seq, static_cast<CAudioEvent*>(event), songTick(tick), wanted);
+        else
+            *eventLength(part->type, event) =
+                std::min(wanted, asMax(limitTicks(int64_t(maxTicks) - tick), 1));
+    }
+
+    void changePitch(CBaseEvent* event) const {
+        if (part->type == partDrum) {
+            int& sound = static_cast<CDrumEvent*>(event)->sound;
+            sound = asMinMax(saturate(int64_t(sound) + delta.pitch), 0, asMax(rows - 1, 0));
+        } else if (isNote(part->type, event)) {
+            int& data = static_cast<CMIDIEvent*>(event)->data;
+            const int key = asMinMax(saturate(int64_t(asByte1(data)) + delta.pitch), 0, topKey);
+            data = asData(data, key, asByte2(data));
+        }
+    }
+
+    void changeVelocity(CBaseEvent* event) const {
+        if (part->type == partDrum) {
+            float& velocity = static_cast<CDrumEvent*>(event)->velocity;
+            const float step = 1.0f / topVelocity;
+            velocity = fLimit(velocity + float(delta.velocity) * step, step, 1.0f);
+        } else if (isNote(part->type, event)) {
+            int& data = static_cast<CMIDIEvent*>(event)->data;
+            const int velocity =
+                asMinMax(saturate(int64_t(asByte2(data)) + delta.velocity), 1, topVelocity);
+            data = asData(data, asByte1(data), velocity);
+        }
+    }
+};
+
+/// The lowest and the highest of some numbers.
+struct Extent {
+    int64_t low = std::numeric_limits<int64_t>::max(), high = std::numeric_limits<int64_t>::min();
+    void add(int64_t number) {
+        low = std::min(low, number);
+        high = std::max(high, number);
+    }
+    explicit operator bool() const { return low <= high; }
+};
+
+EventDelta limited(EventDelta delta, const EventRange& range) {
+    delta.ticks = asMinMax(delta.ticks, range.minTicks, range.maxTicks);
+    delta.pitch = asMinMax(delta.pitch, range.minPitch, range.maxPitch);
+    return delta;
+}
+
+float valueAt(const ValueLine& line, int tick) {
+    const double span = double(line.toTick) - line.fromTick;
+    const double part = span != 0.0 ? (double(tick) - line.fromTick) / span : 0.0;
+    return float(double(line.from) + (double(line.to) - double(line.from)) * part);
+}
+
+void bend(CEnvEvent* point, float before, float amount, bool absolute) {
+    const float turned = point->value < before ? -amount : amount;
+    point->curve = fLimit(absolute ? amount : point->curve + turned, -1.0f, 1.0f);
+}
+
+} // namespace
+
+EventRange eventRange(CSeq* seq, CPart* part, const EventLane& lane) {
+    const EventDelta none;
+    const EventChange change(seq, part, lane, none);
+    Extent ticks, lengths, pitches;
+    const int last = seq->getTicks(part) - (lane.automation() ? 0 : 1);
+    eachEvent(listOf(part, lane), [&](CBaseEvent* e, int tick) {
+        if (!change.concerns(e)) return;
+        const int64_t at = int64_t(part->offset) + tick;
+        if (at >= 0 && at <= last) ticks.add(at);
+        if (lane.automation() || lane.values()) return;
+        if (const int length = change.lengthOf(e, tick)) lengths.add(length);
+        if (part->type == partDrum) pitches.add(static_cast<CDrumEvent*>(e)->sound);
+        if (isNote(part->type, e)) pitches.add(asByte1(static_cast<CMIDIEvent*>(e)->data));
+    });
+    EventRange range;
+    if (ticks) {
+        range.minTicks = int(-ticks.low);
+        range.maxTicks = int(last - ticks.high);
+    }
+    if (lengths) range.minLength = int(1 - lengths.low);
+    if (pitches) {
+        const int top = part->type == partDrum ? rowsOf(seq, part) - 1 : topKey;
+        range.minPitch = asMin(saturate(-pitches.low), 0);
+        range.maxPitch = asMax(saturate(top - pitches.high), 0);
+    }
+    return range;
+}
+
+void dragEvents(CSeq* seq, CPart* part, const EventLane& lane, const EventDelta& delta) {
+    const char* title = delta.ticks || delta.pitch ? "Move" : "Edit";
+    edit(seq, part, lane, title,
+         [&](CPart* draft) { changeEvents(seq, part, draft, lane, delta); });
+}
+
+void copyEvents(CSeq* seq, CPart* part, const EventLane& lane, const EventDelta& delta) {
+    const EventDelta kept = limited(delta, eventRange(seq, part, lane));
+    const EventChange change(seq, part, lane, kept);
+    edit(seq, part, lane, "Copy", [&](CPart* draft) {
+        const int type = draft->type;
+        rearrange(draft, lane, [&](CBaseEvent* e, int tick, EventCollector& into) {
+            into.add(tick, e);
+            if (!change.concerns(e)) return;
+            CBaseEvent* copied = lane.automation()
+                                     ? createEnvEvent(static_cast<const CEnvEvent*>(e))
+                                     : copyEvent(type, e);
+            select(e, false);
+            into.add(change.change(copied, tick), copied);
+        });
+    });
+}
+
+void resizeEvents(CSeq* seq, CPart* part, int delta) {
+    const EventLane lane;
+    edit(seq, part, lane, "Resize",
+         [&](CPart* draft) { changeEvents(seq, part, draft, lane, {.length = delta}); });
+}
+
+void resizeEventStart(CSeq* seq, CPart* part, int delta) {
+    const EventLane lane;
+    const EventDelta none;
+    const EventChange change(seq, part, lane, none);
+    edit(seq, part, lane, "Resize", [&](CPart* draft) {
+        rearrange(draft, lane, [&](CBaseEvent* e, int tick, EventCollector& into) {
+            into.add(change.concerns(e) ? change.trim(e, tick, delta) : tick, e);
+        });
+    });
+}
+
+void deleteEvents(CSeq* seq, CPart* part) {
+    if (seq->isLocked(part)) return;
+    std::unique_ptr<CPart> draft = contentDraft(part);
+    draft->deleteSelected();
+    applyDraft(seq, part, std::move(draft), "Delete");
+}
+
+CBaseEvent* insertEvent(CSeq* seq, CPart* part, int tick, CBaseEvent* event) {
+    if (seq->isLocked(part)) {
+        freeEvent(event);
+        return nullptr;
+    }
+    std::unique_ptr<CPart> draft = contentDraft(part);
+    unselectAll(draft->events);
+    select(event, true);
+    draft->addEvent(limitTicks(tick), event);
+    applyDraft(seq, part, std::move(draft), "Insert");
+    return event;
+}
+
+CEnvEvent* insertPoint(CSeq* seq, CPart* part, int slot, int tick, CEnvEvent* point) {
+    if (seq->isLocked(part) || slot < 0 || slot >= maxSlots) {
+        freeEvent(point);
+        return nullptr;
+    }
+    std::unique_ptr<CPart> draft = contentDraft(part);
+    unselectAll(draft->getParam(slot));
+    select(point, true);
+    draft->addEventParam(limitTicks(tick), point, slot);
+    applyDraft(seq, part, std::move(draft), "Insert");
+    return point;
+}
+
+void curveEvents(CSeq* seq, CPart* part, int slot, float amount, bool absolute) {
+    const EventLane lane{laneAutomation, slot};
+    edit(seq, part, lane, "Edit curve", [&](CPart* draft) {
+        float before = 0.0f;
+        for (CBaseEvent* e = draft->getParam(slot); e; e = e->next) {
+            auto* point = static_cast<CEnvEvent*>(e);
+            if (isSelected(e)) bend(point, before, amount, absolute);
+            before = point->value;
+        }
+    });
+}
+
+void lineEditParts(CSeq* seq, const std::vector<CPart*>& parts, const EventLane& lane,
+                   const ValueLine& line) {
+    const auto [first, last] = std::minmax(line.fromTick, line.toTick);
+    CUndo* undo = seq->host->undoStart("Edit", seq, eventEffects);
+    std::unordered_set<const CPart*> done;
+    for (CPart* part : parts) {
+        if (!editable(seq, part, lane) || !done.insert(part->content()).second) continue;
+        std::unique_ptr<CPart> draft = contentDraft(part);
+        eachEvent(listOf(draft.get(), lane), [&](CBaseEvent* e, int tick) {
+            const int at = saturate(int64_t(part->pos) + part->offset + tick);
+            if (at >= first && at <= last && onLane(lane, part->type, e))
+                setLaneValue(lane, part->type, e, valueAt(line, at));
+        });
+        if (!sameContent(draft.get(), part->content()))
+            swapUndoPart(undo, part->content(), draft.release());
+    }
+    seq->host->undoEnd(undo, false);
+}
+
+std::unique_ptr<CPart> contentDraft(CPart* part) {
+    return std::unique_ptr<CPart>(part->content()->copy(0));
+}
+
+void changeEvents(CSeq* seq, CPart* part, CPart* draft, const EventLane& lane,
+                  const EventDelta& delta) {
+    const EventDelta kept = limited(delta, eventRange(seq, part, lane));
+    const EventChange change(seq, part, lane, kept);
+    rearrange(draft, lane, [&](CBaseEvent* e, int tick, EventCollector& into) {
+        into.add(change.concerns(e) ? change.change(e, tick) : tick, e);
+    });
+}
+
+void setController(CPart* draft, const EventLane& lane, int from, int to, float value) {
+    bool found = false;
+    eachEvent(listOf(draft, lane), [&](CBaseEvent* e, int tick) {
+        if (tick < from || tick >= to || !onLane(lane, draft->type, e)) return;
+        setLaneValue(lane, draft->type, e, value);
+        found = true;
+    });
+    CBaseEvent* added = found ? nullptr : newLaneEvent(lane, draft->type, value);
+    if (added && lane.automation())
+        draft->addEventParam(from, static_cast<CEnvEvent*>(added), lane.number);
+    else if (added)
+        draft->addEvent(from, added);
+}
+
+void applyDraft(CSeq* seq, CPart* part, std::unique_ptr<CPart> draft, const char* title) {
+    if (seq->isLocked(part) || sameContent(draft.get(), part->content())) return;
+    CUndo* undo = seq->host->undoStart(title, seq, eventEffects);
+    swapUndoPart(undo, part->content(), draft.release());
+    seq->host->undoEnd(undo, false);
+}

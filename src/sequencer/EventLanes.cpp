@@ -1,0 +1,96 @@
+#include "sequencer/EventLanes.h"
+
+#include "base/Numbers.h"
+#include "engine/MidiBytes.h"
+#include "sequencer/CPart.h"
+
+namespace {
+
+constexpr int most7 = 127, most14 = 16383;
+
+int statusOf(int laneKind) {
+    switch (laneKind) {
+    case laneController:
+        return midiController;
+    case lanePressure:
+        return midiPressure;
+    case lanePitchBend:
+        return midiPitchBend;
+    case laneAftertouch:
+        return midiAftertouch;
+    case laneProgram:
+        return midiProgram;
+    default:
+        return midiNoteOn;
+    }
+}
+
+/// Whether the value stands in the first data byte.
+bool inFirstByte(int laneKind) {
+    return laneKind == lanePressure || laneKind == laneProgram;
+}
+
+int withValue(int laneKind, int data, float value) {
+    const int status = data & 0xFF;
+    const int seven = asRound(double(value) * most7);
+    if (laneKind == lanePitchBend) {
+        const int bend = asRound(double(value) * most14);
+        return asData(status, bend & most7, bend >> 7);
+    }
+    if (inFirstByte(laneKind)) return asData(status, seven, asByte2(data));
+    return asData(status, asByte1(data), laneKind == laneVelocity ? asMax(seven, 1) : seven);
+}
+
+float valueOf(int laneKind, int data) {
+    const int low = asByte1(data) & most7, high = asByte2(data) & most7;
+    if (laneKind == lanePitchBend) return float(low | high << 7) / float(most14);
+    return float(inFirstByte(laneKind) ? low : high) / float(most7);
+}
+
+} // namespace
+
+bool onLane(const EventLane& lane, int partType, const CBaseEvent* event) {
+    if (!lane.values()) return true;
+    if (partType == partDrum) return lane.kind == laneVelocity;
+    if (partType != partMIDI) return false;
+    const int data = static_cast<const CMIDIEvent*>(event)->data;
+    if (lane.kind == laneVelocity) return noteOn(data);
+    if (statusByte(data) != statusOf(lane.kind)) return false;
+    return lane.kind != laneController || asByte1(data) == lane.number;
+}
+
+float laneValue(const EventLane& lane, int partType, const CBaseEvent* event) {
+    if (lane.automation()) return static_cast<const CEnvEvent*>(event)->value;
+    if (!lane.values() || !onLane(lane, partType, event)) return 0.0f;
+    if (partType == partDrum) return static_cast<const CDrumEvent*>(event)->velocity;
+    return valueOf(lane.kind, static_cast<const CMIDIEvent*>(event)->data);
+}
+
+void setLaneValue(const EventLane& lane, int partType, CBaseEvent* event, float value) {
+    const float kept = fLimit(value, 0.0f, 1.0f);
+    if (lane.automation()) {
+        static_cast<CEnvEvent*>(event)->value = kept;
+    } else if (lane.values() && onLane(lane, partType, event)) {
+        if (partType == partDrum) return setDrumParam(static_cast<CDrumEvent*>(event), 0, kept);
+        int& data = static_cast<CMIDIEvent*>(event)->data;
+        data = withValue(lane.kind, data, kept);
+    }
+}
+
+CBaseEvent* newLaneEvent(const EventLane& lane, int partType, float value) {
+    if (lane.automation()) return createEnvEvent(nullptr, value);
+    const bool alone = lane.values() && lane.kind != laneVelocity && lane.kind != laneAftertouch;
+    if (!alone || partType != partMIDI) return nullptr;
+    CMIDIEvent* event = createMIDIEvent();
+    const int first = lane.kind == laneController ? asMinMax(lane.number, 0, most7) : 0;
+    event->data =
+        withValue(lane.kind, asData(statusOf(lane.kind), first, 0), fLimit(value, 0.0f, 1.0f));
+    return event;
+}
+
+void setDrumParam(CDrumEvent* event, int param, float value) {
+    const float kept = fLimit(value, 0.0f, 1.0f);
+    if (param == 0) event->velocity = kept;
+    if (param == 1) event->pan = 2.0f * kept - 1.0f;
+    if (param == 2) event->tune = kept;
+}
