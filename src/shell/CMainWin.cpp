@@ -1,6 +1,6 @@
 #include "shell/CMainWin.h"
 
-#include "arrange/SongView.h"
+#include "arrange/ArrangeView.h"
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
@@ -84,10 +84,11 @@ void CMainWin::init() {
     status = new StatusLine(this, qv, h - StatusLine::lineHeight, w);
     addControl(status);
     const int below = Toolbar::barHeight;
-    song = new SongView(*this, below, w, h - below - StatusLine::lineHeight);
+    song = new ArrangeView(*this, below, w, h - below - StatusLine::lineHeight);
     song->setAlign(alignWidth | alignHeight, 0, StatusLine::lineHeight);
     wire(song->onDrop, static_cast<COnMouse*>(new _COnMouse<CMainWin>(this, &CMainWin::songDrop)));
-    wire(song->onHeadMenu, new _COnChange<CMainWin>(this, &CMainWin::headMenu));
+    song->onMenus(new _COnChange<CMainWin>(this, &CMainWin::headMenu),
+                  new _COnChange<CMainWin>(this, &CMainWin::partsMenu));
     addControl(song);
     pages = std::make_unique<Pages>(this, qv, song, below, int(StatusLine::lineHeight));
     followNotices();
@@ -206,10 +207,8 @@ void CMainWin::actionClicked(CObject* sender) {
     onAction(static_cast<CAction*>(static_cast<CCtrl*>(sender)->userPtr));
 }
 
-/// Up and Down choose a track of the song.
 bool CMainWin::arrowKey(int key, int mods) {
-    if (mods != 0 || (key != ::keyUp && key != ::keyDown)) return false;
-    return song && song->shown() && !flows->loading() && song->stepTrack(key == ::keyUp ? -1 : 1);
+    return song && song->shown() && !flows->loading() && song->arrowKey(key, mods);
 }
 
 /// Projects and themes among what is dropped are opened, wherever it is, and nothing is taken
@@ -233,12 +232,12 @@ void CMainWin::mainDrop(CObject*) {
     if (!takesDrop()) rooms->imports.dropped(*app->dragList, nullptr, asInt(qv->pos));
 }
 
-/// On the timeline files come where they are dropped, by the grid; on a head at the position.
+/// On the grid files come where they are dropped, by the grid; on a head at the position.
 void CMainWin::songDrop(CObject*, int x, int y, int) {
     CSeq* seq = songOf(qv);
     if (takesDrop() || !seq) return;
     const int grid = seq->snap->val();
-    const int tick = song->onTimeline(x) ? song->tickAt(x) / grid * grid : asInt(seq->getPos());
+    const int tick = song->onGrid(x) ? song->tickAt(x) / grid * grid : asInt(seq->getPos());
     rooms->imports.dropped(*app->dragList, song->trackAt(y), tick);
 }
 
@@ -292,6 +291,11 @@ void CMainWin::mdiChanged() {
 void CMainWin::headMenu(CObject*) {
     const CPoint at = app->menuPoint();
     mainMenu->showTrack(at.x, at.y, app->menuCtrl);
+}
+
+void CMainWin::partsMenu(CObject*) {
+    const CPoint at = app->menuPoint();
+    mainMenu->showPart(at.x, at.y, app->menuCtrl);
 }
 
 void CMainWin::showRecent(int x, int y) {

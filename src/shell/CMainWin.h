@@ -17,7 +17,7 @@ class MainMenu;
 class Pages;
 class ProjectFlows;
 class Rooms;
-class SongView;
+class ArrangeView;
 class StatusLine;
 class Toolbar;
 struct CEditorStruct;
@@ -99,6 +99,7 @@ private:
     void appHint(CObject* sender);
     void mainDrop(CObject* sender);
     void headMenu(CObject* sender);
+    void partsMenu(CObject* sender);
     void songDrop(CObject* sender, int x, int y, int btn);
     bool takesDrop();
     bool arrowKey(int key, int mods);
@@ -112,7 +113,7 @@ private:
     const std::unique_ptr<MainCommands> mainCommands;
     std::unique_ptr<MainMenu> mainMenu;
     Toolbar* bar = nullptr;
-    SongView* song = nullptr;
+    ArrangeView* song = nullptr;
     StatusLine* status = nullptr;
     bool hintShown = false; ///< what the status line tells is a hint, which goes with the pointer
     std::vector<NoticeLink> links;

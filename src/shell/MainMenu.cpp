@@ -207,11 +207,19 @@ void MainMenu::fillTrack(CPopup* popup) {
     fillBounce(popup->addSub("Bounce range"));
 }
 
-void MainMenu::showTrack(int x, int y, bool fromKeys) {
+void MainMenu::showAt(int x, int y, bool fromKeys, void (MainMenu::*fill)(CPopup*)) {
     auto* popup = new CPopup(window->app, window);
     popup->autoDelete = true;
-    fillTrack(popup);
+    (this->*fill)(popup);
     popup->popup(x, y, fromKeys);
+}
+
+void MainMenu::showTrack(int x, int y, bool fromKeys) {
+    showAt(x, y, fromKeys, &MainMenu::fillTrack);
+}
+
+void MainMenu::showPart(int x, int y, bool fromKeys) {
+    showAt(x, y, fromKeys, &MainMenu::fillPart);
 }
 
 void MainMenu::fillBounce(CPopup* popup) {

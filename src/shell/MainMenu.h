@@ -39,10 +39,12 @@ public:
     void focus();
     void refresh();                              ///< interface tick
     void showTrack(int x, int y, bool fromKeys); ///< the menu "Track" by itself
+    void showPart(int x, int y, bool fromKeys);  ///< the menu "Part" by itself
     void showRecent(int x, int y); ///< the recent projects as a menu of their own, on the screen
 
 private:
     void menuClicked(CObject* sender);
+    void showAt(int x, int y, bool fromKeys, void (MainMenu::*fill)(CPopup*));
     void fillFile(CPopup* popup);
     void fillNew(CPopup* popup);
     void fillRecent(CPopup* popup);

@@ -1,7 +1,5 @@
-#include "MainFixture.h"
+#include "ArrangeFixture.h"
 
-#include "arrange/CTimeline.h"
-#include "arrange/SongView.h"
 #include "audiofiles/CSample.h"
 #include "engine/CClick.h"
 #include "gui/Selections.h"
@@ -15,52 +13,30 @@
 #include <cmath>
 #include <filesystem>
 
-/// The song as the main window shows it: rows of tracks, timeline, what is brought in.
-class SongWindowTest : public MainWinTest {
+/// The song as the main window shows it: heads of tracks, parts, what is brought in.
+class SongWindowTest : public ArrangeFixture {
 protected:
-    template <class T>
-    T* find(const char* id, CGroup* group = nullptr) {
-        for (auto* c : each<CCtrl>((group ? group : win->clientGroup)->controls)) {
-            if (c->id == id) return static_cast<T*>(c);
-            if (c->id != "song" || group) continue;
-            if (T* found = find<T>(id, static_cast<CGroup*>(c))) return found;
-        }
-        return nullptr;
-    }
     static CCtrl* nameField(CWin* dialog) {
         for (auto* c : each<CCtrl>(dialog->clientGroup->controls))
             if (c->id == "name") return c;
         return nullptr;
     }
-    SongView* song() { return find<SongView>("song"); }
-    CTimeline* timeline() { return find<CTimeline>("timeline"); }
-    /// What the timeline shows.
+    /// What the song view shows.
     Shot picture() {
         if (win->left != 0) win->move(0, 0, 800, 500); // all on the screen
         settle();
-        const CPoint at = win->controlPos(timeline());
+        const CPoint at = win->controlPos(song());
         Shot all(win->handle, win->width, win->height);
         corner = at;
         return all;
     }
-    void mouseTo(CCtrl* ctrl, int x, int y) {
-        const CPoint screen = win->getPos(true), in = win->controlPos(ctrl);
-        act({"mousemove", std::to_string(screen.x + in.x + x),
-             std::to_string(screen.y + in.y + y)});
-    }
-    /// Differing points of two pictures of the timeline.
+    /// Differing points of two pictures of the view.
     int differences(const Shot& a, const Shot& b) {
         int count = 0;
-        const int bottom = corner.y + timeline()->height, right = corner.x + timeline()->width;
+        const int bottom = corner.y + song()->height, right = corner.x + song()->width;
         for (int y = corner.y; y < bottom; y++)
             for (int x = corner.x; x < right; x++) count += a.at(x, y) != b.at(x, y);
         return count;
-    }
-    CSongTrack* row(int i) { return static_cast<CSongTrack*>(seq()->getProg()->tracks.items(i)); }
-    int selectedRow() {
-        for (int i = 0; i < tracks(); i++)
-            if (row(i)->track->selected()) return i;
-        return -1;
     }
     void drop(const std::string& path, CCtrl* onto, int x, int y) {
         app->startDrag(nullptr);
@@ -137,28 +113,23 @@ TEST_F(SongWindowTest, EveryTrackCanBeReached) {
     for (int i = 0; i < 8; i++) seq()->addTrack(trackAudio, seq()->getProg(), nullptr);
     seq()->songNotices.raise(SeqNotice::tracks);
     loaded();
-    const int rowTop = CTimeline::rulerHeight + 10;
+    win->move(0, 0, 800, 500);
+    settle();
     const auto choose = [&](int y) {
-        mouseTo(song(), 60, y);
+        mouseTo(song(), 60, RulerBars::barsHeight + y);
         act({"click", "1"});
+        return selectedRow();
     };
-    choose(rowTop);
-    EXPECT_EQ(selectedRow(), 0);
-    for (int i = 0; i < 3; i++) act({"click", "5"});
-    choose(rowTop);
-    EXPECT_EQ(selectedRow(), 3);
-    for (int i = 0; i < 20; i++) act({"click", "5"});
-    const int room = (song()->height - CTimeline::rulerHeight) / SongView::rowHeight;
-    choose(rowTop);
-    EXPECT_EQ(selectedRow(), 16 - room);
+    EXPECT_EQ(choose(10), 0);
+    for (int i = 0; i < 30; i++) act({"click", "5"});
+    settle();
+    EXPECT_EQ(choose(grid()->height - 50), 15);
     for (int i = 0; i < 20; i++) key("Up");
     EXPECT_EQ(selectedRow(), 0);
-    choose(rowTop + SongView::rowHeight);
-    EXPECT_EQ(selectedRow(), 1) << "the arrows have scrolled to the start";
+    EXPECT_EQ(choose(10), 0) << "the arrows have scrolled to the start";
     for (int i = 0; i < 20; i++) key("Down");
     EXPECT_EQ(selectedRow(), 15);
-    choose(rowTop);
-    EXPECT_EQ(selectedRow(), 16 - room);
+    EXPECT_EQ(choose(grid()->height - 10), 15) << "and to the end";
 }
 
 /// A message stays while the pointer goes over what has no hint, and yields to the next hint.
@@ -184,7 +155,7 @@ TEST_F(SongWindowTest, MessagesStayUntilAHint) {
     const auto message = told();
     mouseTo(song(), 5, song()->height - 5);
     EXPECT_TRUE(message != nothing && told() == message);
-    mouseTo(timeline(), 50, 60);
+    mouseTo(grid(), 50, 60);
     const auto hint = told();
     EXPECT_TRUE(hint != nothing && hint != message);
     mouseTo(line, 5, 5);
@@ -226,7 +197,7 @@ TEST_F(SongWindowTest, MeterFollowsTheCables) {
     ASSERT_TRUE(synth && loaded());
     const auto shows = [&](const COutputChannel* channel) {
         return pumpUntil([&] {
-            auto* head = find<CTrackRow>("track", song());
+            auto* head = find<TrackHead>("track");
             return head && find<CMeter>("meter", head)->channel == channel;
         });
     };
@@ -244,7 +215,7 @@ TEST_F(SongWindowTest, UndoneTakesLeaveTheScreen) {
     ASSERT_TRUE(load(kindEmpty));
     host->click->enabled = 0;
     key("ctrl+i");
-    ASSERT_TRUE(pumpUntil([&] { return tracks() == 1; }));
+    ASSERT_TRUE(pumpUntil([&] { return tracks() == 1; }) && loaded());
     const Shot before = picture();
     CUndo* step = host->startTakeStep(); // a take itself needs a device
     row(0)->addPart(new CMIDIPart, step);
@@ -276,14 +247,14 @@ TEST_F(SongWindowTest, AudioComesByMenuAndDrop) {
     EXPECT_EQ(seq()->getTicks(partOf(0)), 1920); // a second at 120
     int index = 1;
     for (const char* name : {"a.flac", "b.ogg", "c.aiff"}) {
-        drop(tone(name), timeline(), 0, CTimeline::rulerHeight + SongView::rowHeight * 5);
+        drop(tone(name), grid(), 0, grid()->height - 5);
         ASSERT_TRUE(pumpUntil([&] { return partOf(index) != nullptr; })) << name;
         EXPECT_EQ(partOf(index)->pos, 0) << name;
         EXPECT_EQ(seq()->getTicks(partOf(index)), 1920) << name;
         index++;
     }
     // On a track, by the grid; one step each.
-    drop(tone("d.wav"), timeline(), timeline()->width - 1, CTimeline::rulerHeight + 20);
+    drop(tone("d.wav"), grid(), grid()->width - 1, 20);
     ASSERT_TRUE(pumpUntil([&] { return row(0)->parts.getCount() == 2; }));
     EXPECT_EQ(static_cast<CPart*>(row(0)->parts.last())->pos % 240, 0);
     for (int left = 4; left > 0; left--) {

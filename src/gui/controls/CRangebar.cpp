@@ -9,6 +9,7 @@
 #include "gui/Keys.h"
 #include "gui/TouchStep.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -156,5 +157,17 @@ bool CRangebar::keyDown(int key, int mods) {
         change(0, whole);
     else
         return false;
+    return true;
+}
+
+void CRangebar::describe(Description& d, int) const {
+    d.role = Role::scrollBar;
+    if (d.name.empty()) d.name = vertical ? "Scroll up and down" : "Scroll left and right";
+    d.range = Description::Range{start, 0.0, std::max(0.0, whole - size), 0.0};
+    d.set(stateVertical, vertical);
+}
+
+bool CRangebar::enterNumber(int, double to) {
+    change(to, size);
     return true;
 }

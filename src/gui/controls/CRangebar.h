@@ -30,6 +30,8 @@ public:
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool touch(int x, int y, int btn, const TouchStep& step) override;
     bool keyDown(int key, int mods) override;
+    void describe(Description& d, int part) const override;
+    bool enterNumber(int part, double to) override;
 
 private:
     enum class Part { before, first, middle, last, behind };

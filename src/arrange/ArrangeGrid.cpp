@@ -1,0 +1,225 @@
+#include "arrange/ArrangeGrid.h"
+
+#include "arrange/ArrangeKeys.h"
+#include "arrange/ArrangeState.h"
+#include "arrange/GridLines.h"
+#include "arrange/Hit.h"
+#include "arrange/PartPainter.h"
+#include "arrange/Press.h"
+#include "arrange/gestures/ArrangeGesture.h"
+#include "base/CIniFile.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Colours.h"
+#include "gui/Keys.h"
+#include "gui/PixelPaper.h"
+#include "gui/Shapes.h"
+#include "sequencer/CSeq.h"
+#include "ui/ProgramItems.h"
+
+namespace {
+
+constexpr int cursorPlain = 1, cursorSideways = 5;
+constexpr double wheelIn = 1.25, wheelOut = 0.75;
+constexpr double loopShare = 0.06;
+constexpr int shadowReach = 1; ///< of the play line to each side
+
+} // namespace
+
+ArrangeGrid::ArrangeGrid(CWin* owner, ArrangeState& shared)
+    : CCtrl(owner, "grid", 0, 0, 1, 1), state(shared), panZoom(this, this) {
+    tabStop = true;
+    hint = "Drag selects parts; Alt or a double click on a track inserts one; files can be dropped";
+}
+
+ArrangeGrid::~ArrangeGrid() {
+    delete onPartsMenu;
+}
+
+void ArrangeGrid::songChanged() {
+    if (gesture && win->app->drag.of(this) && !gesture->stands()) win->app->drag.cancel();
+    sketches.clear();
+    heard = heardNow();
+    redraw();
+}
+
+void ArrangeGrid::scrolled(int dx, int dy) {
+    if (std::abs(dx) >= width || std::abs(dy) >= height) return redraw();
+    shownX += dx;
+    scrollArea(clientRect(), dx, dy);
+}
+
+// What is shown.
+
+ArrangeGrid::Heard ArrangeGrid::heardNow() const {
+    Heard now;
+    CSeq* seq = state.seq();
+    if (!seq) return now;
+    seq->getLoopSection(now.loopFrom, now.loopTo);
+    now.loop = seq->getLoop();
+    const CList& tracks = seq->getProg()->tracks;
+    bool anySolo = false;
+    for (const auto* t : each<CSongTrack>(tracks)) anySolo = anySolo || t->soloed();
+    for (const auto* t : each<CSongTrack>(tracks))
+        now.tracks.push_back(!t->muted() && (!anySolo || t->soloed()));
+    return now;
+}
+
+int ArrangeGrid::playX() const {
+    CSeq* seq = state.seq();
+    return seq ? state.axis().xOf(seq->getPos()) : -1;
+}
+
+bool ArrangeGrid::refresh() {
+    bool changed = false;
+    if (Heard now = heardNow(); now != heard) {
+        heard = std::move(now);
+        redraw();
+        changed = true;
+    }
+    const int before = shownX;
+    shownX = playX();
+    if (shownX == before) return changed;
+    for (const int x : {before, shownX})
+        redraw(asRect(x - shadowReach, 0, x + shadowReach + 1, height));
+    return true;
+}
+
+void ArrangeGrid::paint(CGraphic* g, CRect) {
+    const CRect asked = intersect(g->asked(), clientRect());
+    if (asked.empty()) return;
+    paintGround(g, asked);
+    if (state.seq()) {
+        paintRows(g, asked);
+        paintParts(g, asked);
+        if (gesture && win->app->drag.of(this)) gesture->paintOverlay(g, asked);
+        paintPlayLine(g, asked);
+    }
+    if (hasKeyFocus()) g->frameRect(win->app->gui->palette.accent, clientRect());
+}
+
+void ArrangeGrid::paintGround(CGraphic* g, CRect asked) {
+    g->fillRect(clGrid.fillCol, asked);
+    CSeq* seq = state.seq();
+    if (!seq) return;
+    const CPalette& palette = win->app->gui->palette;
+    const GridLines lines(seq, state.axis(), asked.left, asked.right);
+    for (const CRect& shade : lines.shades(asked.top, asked.bottom))
+        g->fillRect(fadeCol(clGrid.fillCol, palette.panel, 0.5), shade);
+    if (heard.loop) {
+        const CRect loop = asRect(state.axis().xOf(heard.loopFrom), asked.top,
+                                  state.axis().xOf(heard.loopTo), asked.bottom);
+        fillAlpha(g, intersect(loop, asked), clLoop.fillCol, loopShare);
+    }
+    const int beat = fadeCol(clGrid.fillCol, clGridSnap.fillCol, 1.0);
+    lines.visit([&](int x, GridLines::Weight weight) {
+        g->fillLine(weight == GridLines::bar ? clGridBeats.fillCol : beat,
+                    asRect(x, asked.top, x + 1, asked.bottom));
+    });
+}
+
+void ArrangeGrid::paintRows(CGraphic* g, CRect asked) {
+    const int line = win->app->gui->palette.frame, scroll = state.edit.scrollY;
+    for (const ArrangeRow& row : state.rows.all()) {
+        const int y = row.bottom() - scroll - 1;
+        if (y >= asked.top && y < asked.bottom)
+            g->fillLine(line, asRect(asked.left, y, asked.right, y + 1));
+    }
+}
+
+void ArrangeGrid::paintParts(CGraphic* g, CRect asked) {
+    auto paper = std::make_unique<PixelPaper>(g, asked);
+    PartPainter painter(state, sketches, g, *paper, asked);
+    for (const ArrangeRow& row : state.rows.all()) {
+        const int y = row.top - state.edit.scrollY;
+        if (y >= asked.bottom) break;
+        if (row.lane || y + row.height <= asked.top) continue;
+        const bool audible =
+            heard.tracks.size() > size_t(row.track) && heard.tracks[size_t(row.track)];
+        for (auto* part : each<CPart>(row.songTrack->parts)) {
+            if (state.axis().xOf(part->pos.load()) >= asked.right) break;
+            painter.part(row, part, audible);
+        }
+    }
+    paper.reset();
+    painter.names();
+}
+
+void ArrangeGrid::paintPlayLine(CGraphic* g, CRect asked) const {
+    const CRect shadow = asRect(shownX - shadowReach, 0, shownX + shadowReach + 1, height);
+    if (intersect(shadow, asked).empty()) return;
+    fillAlpha(g, shadow, hexColor(0), 0.35);
+    g->fillLine(win->app->gui->palette.accent, asRect(shownX, 0, shownX + 1, height));
+}
+
+// The mouse.
+
+void ArrangeGrid::mouseDown(int x, int y, int btn) {
+    CCtrl::mouseDown(x, y, btn);
+    if (!state.seq()) return;
+    Press press = pressed(*this, state, asPoint(x, y), btn);
+    if (!press.gesture) return;
+    gesture = std::move(press.gesture);
+    state.edit.kind = kindParts;
+    state.edit.setMode(press.mode, x, y, btn);
+    win->app->drag.start(this, gesture.get(), asPoint(x, y), btn, press.room);
+}
+
+void ArrangeGrid::gestureDone() {
+    redraw();
+}
+
+void ArrangeGrid::hover(int x, int y) {
+    const ArrangeRow* row = state.rows.at(y + state.edit.scrollY);
+    const PartHit hit = row && !row->lane ? partAtPos(state, *row, x) : PartHit();
+    cursor = hit.part && hit.zone != zoneBody ? cursorSideways : cursorPlain;
+}
+
+void ArrangeGrid::mouseMove(int x, int y, int btn) {
+    CCtrl::mouseMove(x, y, btn);
+    if (state.seq() && !isPushed()) hover(x, y);
+}
+
+bool ArrangeGrid::keyDown(int key, int mods) {
+    return walkKey(state, key, mods) || CCtrl::keyDown(key, mods);
+}
+
+bool ArrangeGrid::mouseWheel(int x, int y, int btn, int dy, int dx) {
+    if ((btn & modControl) && !(btn & modShift)) {
+        const bool inverted =
+            CIniFile(inifile).readInteger("options", "invert-mouse-wheel-zoom", 0) == 1;
+        const bool in = (dy < 0) != inverted;
+        state.zoomAtPos(x, state.axis().zoom() * (in ? wheelIn : wheelOut));
+        return true;
+    }
+    panZoom.wheel(x, y, btn, dy, dx);
+    return true;
+}
+
+bool ArrangeGrid::touch(int x, int y, int btn, const TouchStep& step) {
+    return panZoom.touch(x, y, btn, step);
+}
+
+CPoint ArrangeGrid::panBy(CPoint pixels) {
+    const int64_t x = state.axis().scroll();
+    const int y = state.edit.scrollY;
+    state.scrollTo(x - pixels.x, y - pixels.y);
+    return asPoint(int(x - state.axis().scroll()), y - state.edit.scrollY);
+}
+
+void ArrangeGrid::zoomAt(CPoint at, double factor, bool across) {
+    if (!across) state.zoomAtPos(at.x, state.axis().zoom() * factor);
+}
+
+bool ArrangeGrid::contextMenu() {
+    if (onPartsMenu) (*onPartsMenu)(this);
+    return onPartsMenu;
+}
+
+void ArrangeGrid::describe(Description& d, int) const {
+    d.role = Role::canvas;
+    d.name = "Parts";
+}

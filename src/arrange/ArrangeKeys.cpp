@@ -1,0 +1,124 @@
+#include "arrange/ArrangeKeys.h"
+
+#include "arrange/ArrangeState.h"
+#include "arrange/Hit.h"
+#include "arrange/gestures/Overlay.h"
+#include "base/Numbers.h"
+#include "engine/CSnap.h"
+#include "gui/Keys.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/MoveEdits.h"
+#include "ui/Workspace.h"
+
+#include <cstdlib>
+
+namespace {
+
+constexpr int viewMargin = 24; ///< pixels around a part that is brought into view
+
+struct Way {
+    int along = 0, across = 0;
+};
+
+Way wayOf(int key) {
+    return {(key == keyRight) - (key == keyLeft), (key == ::keyDown) - (key == ::keyUp)};
+}
+
+void moveBy(CSeq* seq, Way way) {
+    const MoveRange range = moveRange(seq);
+    const int ticks = asMinMax(way.along * seq->snap->getTicks(), range.minTicks, range.maxTicks);
+    const int tracks = asMinMax(way.across, range.minTracks, range.maxTracks);
+    if (ticks != 0 || tracks != 0) moveParts(seq, ticks, tracks);
+}
+
+void resizeBy(CSeq* seq, int along) {
+    const ResizeRange range = resizeRange(seq, false);
+    const int ticks = asMinMax(along * seq->snap->getTicks(), range.least, range.greatest);
+    if (ticks != 0) resizeParts(seq, ticks, true);
+}
+
+struct Place {
+    const ArrangeRow* row = nullptr;
+    CPart* part = nullptr;
+};
+
+/// The selected part that lies furthest that way.
+Place selectedPlace(const ArrangeState& state, Way way) {
+    Place found;
+    eachSelectedPart(state, [&](const ArrangeRow& row, CPart* part) {
+        const bool further = way.along > 0   ? !found.part || part->pos > found.part->pos
+                             : way.along < 0 ? !found.part || part->pos < found.part->pos
+                                             : !found.part || way.across > 0;
+        if (further) found = {&row, part};
+    });
+    return found;
+}
+
+/// On the same row the next one, else on the next row with any the one that begins nearest.
+Place nextPlace(const ArrangeState& state, Place from, Way way) {
+    if (way.along != 0) {
+        const CList& parts = from.row->songTrack->parts;
+        const int index = parts.indexed(from.part) + way.along;
+        return {from.row, static_cast<CPart*>(parts.items(index))};
+    }
+    const auto& rows = state.rows.all();
+    for (int i = int(from.row - rows.data()) + way.across; i >= 0 && i < int(rows.size());
+         i += way.across) {
+        const ArrangeRow& row = rows[size_t(i)];
+        if (row.lane) continue;
+        CPart* best = nullptr;
+        for (auto* part : each<CPart>(row.songTrack->parts))
+            if (!best ||
+                std::abs(part->pos - from.part->pos) < std::abs(best->pos - from.part->pos))
+                best = part;
+        if (best) return {&row, best};
+    }
+    return {};
+}
+
+Place firstPlace(const ArrangeState& state) {
+    for (const ArrangeRow& row : state.rows.all())
+        if (auto* part = static_cast<CPart*>(row.songTrack->parts.getFirst())) return {&row, part};
+    return {};
+}
+
+void showPlace(ArrangeState& state, Place place) {
+    const CRect box = partBox(state, *place.row, place.part);
+    const int w = state.gridWidth(), h = state.gridHeight(), scroll = state.edit.scrollY;
+    int64_t x = state.axis().scroll();
+    if (box.left < viewMargin || box.left > w - viewMargin) x += box.left - viewMargin;
+    state.scrollTo(x, asMinMax(scroll, place.row->bottom() - h, place.row->top));
+}
+
+} // namespace
+
+bool editKey(ArrangeState& state, int key, int mods) {
+    const Way way = wayOf(key);
+    CSeq* seq = state.seq();
+    if ((way.along == 0 && way.across == 0) || !seq || !seq->getProg()->getFirstSelectedPart())
+        return false;
+    if (mods == modControl) {
+        moveBy(seq, way);
+        return true;
+    }
+    if (mods != modAlt || way.along == 0) return false;
+    resizeBy(seq, way.along);
+    return true;
+}
+
+bool walkKey(ArrangeState& state, int key, int mods) {
+    const Way way = wayOf(key);
+    CSeq* seq = state.seq();
+    if ((way.along == 0 && way.across == 0) || !seq || (mods & ~modShift)) return false;
+    const Place from = selectedPlace(state, way);
+    const Place to = from.part ? nextPlace(state, from, way) : firstPlace(state);
+    if (!to.part) return false;
+    if (!(mods & modShift)) seq->unselectParts();
+    to.part->setSelected(true);
+    seq->unselectTracks();
+    seq->selectTrack(to.row->songTrack, true);
+    showPlace(state, to);
+    state.workspace.setStatus(partText(seq, to.row->songTrack, to.part));
+    state.gridChanged();
+    return true;
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "arrange/RowLayout.h"
+#include "ui/CMouseEdit.h"
+
+#include <cstdint>
+
+class CQV;
+class CSeq;
+class Workspace;
+
+/// What the parts of the arrangement share: which stretch of the song and which rows show, and what
+/// the mouse is doing. All of them are in the `ArrangeView`, which carries out what they ask for.
+/// Interface thread.
+class ArrangeState {
+public:
+    Workspace& workspace;
+    CQV* const qv;
+    RowLayout rows;
+    CSeqMouseEdit edit; ///< with the axis of time, and `scrollY` over the rows
+
+    explicit ArrangeState(Workspace& space);
+
+    CSeq* seq() const; ///< null without a song that plays
+    const TimeAxis& axis() const { return edit.axis; }
+
+    /// Shows the song from a point on, as far as there is any, moving what stays by copying.
+    virtual void scrollTo(int64_t x, int y) = 0;
+    /// Another zoom; the song position under `x` of the grid stays there.
+    virtual void zoomAtPos(int x, double zoom) = 0;
+    virtual void rowsChanged() = 0; ///< heights, folds, lanes: all is laid out and painted anew
+    virtual void gridChanged() = 0; ///< what the grid shows of the drag or the selection
+    virtual int gridWidth() const = 0;
+    virtual int gridHeight() const = 0;
+    virtual int64_t songWidth() const = 0; ///< pixels that can be scrolled through
+
+protected:
+    ~ArrangeState() = default;
+};

@@ -1,0 +1,261 @@
+#include "arrange/ArrangeView.h"
+
+#include "arrange/ArrangeGrid.h"
+#include "arrange/ArrangeKeys.h"
+#include "arrange/HeadList.h"
+#include "arrange/RulerBars.h"
+#include "arrange/TrackHead.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Keys.h"
+#include "gui/controls/CRangebar.h"
+#include "sequencer/CSeq.h"
+#include "ui/Workspace.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+constexpr int barWidth = 14;
+constexpr int headWidth = TrackHead::headWidth;
+constexpr int gridLeft = headWidth + 1, gridTop = RulerBars::barsHeight;
+constexpr double room = 1.25;  ///< that can be scrolled through, in lengths of the song
+constexpr int leastBars = 64;  ///< of it
+constexpr int fitMargin = 16;  ///< pixels beside what is zoomed or turned to
+constexpr int spareBelow = 44; ///< pixels under the last row
+
+} // namespace
+
+ArrangeView::ArrangeView(Workspace& space, int t, int w, int h)
+    : CGroup(space.mainWindow(), "song", 0, t, w, h), ArrangeState(space),
+      heads(new HeadList(win, *this)), ruler(new RulerBars(win, *this)),
+      grid(new ArrangeGrid(win, *this)), across(new CRangebar(win, "across", 0, 0, 1, barWidth)),
+      down(new CRangebar(win, "down", 0, 0, barWidth, 1)) {
+    setAlign(alignWidth | alignHeight, 0, 0);
+    for (CCtrl* part :
+         {static_cast<CCtrl*>(heads), static_cast<CCtrl*>(ruler), static_cast<CCtrl*>(grid),
+          static_cast<CCtrl*>(across), static_cast<CCtrl*>(down)})
+        addControl(part);
+    down->vertical = true;
+    across->hint = "Drag to scroll, drag an end to zoom";
+    across->spokenName = "Scroll along the song";
+    down->spokenName = "Scroll the tracks";
+    across->onChange = new _COnChange<ArrangeView>(this, &ArrangeView::acrossMoved);
+    down->onChange = new _COnChange<ArrangeView>(this, &ArrangeView::downMoved);
+    NoticeRouter& notices = workspace.notices();
+    links = {notices.on({.host = HostNotice::graph, .song = SeqNotice::tracks},
+                        [this] { songChanged(); }),
+             notices.on({.host = HostNotice::peaks | HostNotice::takes, .song = SeqNotice::parts},
+                        [this] { partsChanged(); }),
+             notices.on({.host = HostNotice::step}, [this] { heads->cablesChanged(); })};
+    bindCommands();
+    songChanged();
+}
+
+ArrangeView::~ArrangeView() = default;
+
+void ArrangeView::onMenus(COnChange* headMenu, COnChange* partsMenu) {
+    heads->onHeadMenu = headMenu;
+    grid->onPartsMenu = partsMenu;
+}
+
+void ArrangeView::forgetSong() {
+    win->app->drag.cancel();
+    rows.clear();
+    heads->forgetSong();
+    grid->songChanged();
+    redraw();
+}
+
+void ArrangeView::songChanged() {
+    if (win->app->drag.of(grid)) win->app->drag.cancel();
+    rows.build(seq());
+    heads->songChanged();
+    grid->songChanged();
+    layout();
+}
+
+/// By pages, and not while the mouse drags something.
+void ArrangeView::followPlay() {
+    if (!follows || !qv->playing || !seq() || win->app->drag.of(grid)) return;
+    const int x = edit.axis.xOf(seq()->getPos());
+    if (x < 0 || x >= gridWidth())
+        scrollTo(edit.axis.wideX(seq()->getPos()) - fitMargin, edit.scrollY);
+}
+
+void ArrangeView::partsChanged() {
+    grid->songChanged();
+    ruler->redraw();
+    showRange();
+}
+
+bool ArrangeView::refresh() {
+    followPlay();
+    bool changed = ruler->refresh();
+    changed = grid->refresh() || changed;
+    return heads->refresh() || changed;
+}
+
+// Layout.
+
+int ArrangeView::gridWidth() const {
+    return asMax(1, width - gridLeft - barWidth);
+}
+
+int ArrangeView::gridHeight() const {
+    return asMax(1, height - gridTop - barWidth);
+}
+
+int ArrangeView::mostScrollY() const {
+    return asMax(0, rows.total() + spareBelow - gridHeight());
+}
+
+int64_t ArrangeView::songWidth() const {
+    CSeq* song = seq();
+    const double ticks = song ? double(song->renderDuration()) : 0.0;
+    return asInt64(edit.axis.pixelsIn(std::max(ticks * room, double(leastBars) * barTicks))) +
+           gridWidth();
+}
+
+void ArrangeView::layout() {
+    const int w = gridWidth(), h = gridHeight();
+    heads->setBounds(0, gridTop, headWidth, h + barWidth);
+    ruler->setBounds(gridLeft, 0, w + barWidth, gridTop);
+    grid->setBounds(gridLeft, gridTop, w, h);
+    across->setBounds(gridLeft, gridTop + h, w, barWidth);
+    down->setBounds(gridLeft + w, gridTop, barWidth, h);
+    edit.scrollY = asMinMax(edit.scrollY, 0, mostScrollY());
+    heads->place();
+    showRange();
+    redraw();
+}
+
+/// The bars count in ticks and in pixels of rows.
+void ArrangeView::showRange() {
+    const TimeAxis& axis = edit.axis;
+    const double seen = axis.ticksIn(gridWidth());
+    const double whole = std::max(axis.ticksIn(double(songWidth())), axis.ticksAt(gridWidth()));
+    across->setContent(whole, std::min(whole, double(gridWidth()) * 960 / TimeAxis::mostZoom));
+    across->setRange(axis.ticksAt(0), seen);
+    const int all = asMax(gridHeight(), rows.total() + spareBelow);
+    down->setContent(all, gridHeight());
+    down->setRange(edit.scrollY, gridHeight());
+}
+
+void ArrangeView::acrossMoved(CObject*) {
+    TimeAxis& axis = edit.axis;
+    axis.setZoom(gridWidth() * 960.0 / across->span());
+    axis.scrollTo(asRound64(axis.pixelsIn(across->from())));
+    grid->redraw();
+    ruler->redraw();
+}
+
+void ArrangeView::downMoved(CObject*) {
+    scrollTo(edit.axis.scroll(), asRound(down->from()));
+}
+
+void ArrangeView::scrollTo(int64_t x, int y) {
+    const int64_t before = edit.axis.scroll();
+    const int beforeY = edit.scrollY;
+    edit.axis.scrollTo(std::min(x, std::max(before, songWidth() - gridWidth())));
+    edit.scrollY = asMinMax(y, 0, mostScrollY());
+    const int64_t dx =
+        std::clamp<int64_t>(before - edit.axis.scroll(), -TimeAxis::farX, TimeAxis::farX);
+    const int dy = beforeY - edit.scrollY;
+    if (dx == 0 && dy == 0) return;
+    grid->scrolled(int(dx), dy);
+    if (dx != 0) ruler->scrolled(int(dx));
+    if (dy != 0) heads->place();
+    showRange();
+}
+
+void ArrangeView::zoomAtPos(int x, double perQuarter) {
+    edit.axis.zoomAt(x, perQuarter);
+    grid->redraw();
+    ruler->redraw();
+    showRange();
+}
+
+void ArrangeView::zoom(double perQuarter) {
+    const int middle = gridWidth() / 2;
+    if (qv->playing && seq()) scrollTo(edit.axis.wideX(seq()->getPos()) - middle, edit.scrollY);
+    zoomAtPos(middle, perQuarter);
+}
+
+void ArrangeView::zoomToSelection() {
+    CSeq* song = seq();
+    if (!song) return;
+    int from = std::numeric_limits<int>::max(), to = 0;
+    for (const ArrangeRow& row : rows.all())
+        for (auto* part : each<CPart>(row.songTrack->parts)) {
+            if (!part->selected()) continue;
+            from = asMin(from, part->pos);
+            to = asMax(to, limitTicks(int64_t(part->pos) + song->getTicks(part)));
+        }
+    if (from >= to) {
+        from = 0;
+        to = asMax(barTicks, song->renderDuration());
+    }
+    TimeAxis& axis = edit.axis;
+    axis.setZoom(asMax(1, gridWidth() - 2 * fitMargin) * 960.0 / (to - from));
+    axis.scrollTo(axis.wideX(from) - fitMargin);
+    grid->redraw();
+    ruler->redraw();
+    showRange();
+}
+
+void ArrangeView::rowsChanged() {
+    rows.build(seq());
+    heads->songChanged();
+    grid->redraw();
+    layout();
+}
+
+void ArrangeView::gridChanged() {
+    grid->redraw();
+}
+
+void ArrangeView::resized() {
+    CGroup::resized();
+    layout();
+}
+
+void ArrangeView::paint(CGraphic* g, CRect rect) {
+    const CPalette& palette = win->app->gui->palette;
+    g->fillRect(palette.panel, clientRect());
+    g->fillLine(palette.frame, asRect(headWidth, 0, headWidth + 1, height));
+    CGroup::paint(g, rect);
+}
+
+// For the program around.
+
+bool ArrangeView::stepTrack(int by) {
+    return heads->stepTrack(by);
+}
+
+bool ArrangeView::arrowKey(int key, int mods) {
+    if (editKey(*this, key, mods)) return true;
+    return mods == 0 && (key == ::keyUp || key == ::keyDown) && stepTrack(key == ::keyUp ? -1 : 1);
+}
+
+CSongTrack* ArrangeView::trackAt(int y) const {
+    const ArrangeRow* row = y < gridTop ? nullptr : rows.at(y - gridTop + edit.scrollY);
+    return row ? row->songTrack : nullptr;
+}
+
+bool ArrangeView::onGrid(int x) const {
+    return x >= gridLeft;
+}
+
+int ArrangeView::tickAt(int x) const {
+    return asMinMax(asInt(edit.axis.ticksAt(x - gridLeft)), 0, maxTicks);
+}
+
+void ArrangeView::describe(Description& d, int) const {
+    d.role = Role::group;
+    d.name = "Song";
+}

@@ -1,0 +1,65 @@
+#include "arrange/GridLines.h"
+
+#include "base/Numbers.h"
+#include "sequencer/Bars.h"
+#include "sequencer/CSeq.h"
+#include "ui/TimeAxis.h"
+
+namespace {
+
+constexpr int lineRoom = 10, beatRoom = 12, numberRoom = 48; ///< pixels from one to the next
+constexpr int shadeBars = 4;
+constexpr int mostStep = 1 << 20;
+
+} // namespace
+
+GridLines::GridLines(CSeq* seq, const TimeAxis& axis, int fromX, int toX) : from(fromX), to(toX) {
+    const int num = seq->options.num(), beatTicks = 4 * quarterTicks / seq->options.den();
+    const double barWide = axis.pixelsIn(double(num) * asMax(1, beatTicks));
+    while (barWide * step < lineRoom && step < mostStep) step *= 2;
+    numberStep = step;
+    while (barWide * numberStep < numberRoom && numberStep < mostStep) numberStep *= 2;
+    const int shade = asMax(shadeBars, step);
+    const BarPlace first = barPlace(seq, limitTicks(asInt64(axis.ticksAt(fromX))));
+    const bool showBeats = axis.pixelsIn(beatTicks) >= beatRoom;
+    // From the start of a shade on, bar by bar or step by step.
+    int number = (first.bar - 1) / shade * shade + 1;
+    for (;; number += step) {
+        const int tick = tickOf(seq, {number, 1, 0}), x = axis.xOf(tick);
+        if (!bars.empty() && x <= bars.back().x) break; // the end of what a song can have
+        bars.push_back({x, number});
+        if (x >= toX) break;
+        if (!showBeats) continue;
+        const int next = tickOf(seq, {number + 1, 1, 0});
+        for (int b = 2;; b++) {
+            const int at = tickOf(seq, {number, b, 0});
+            if (at >= next || b > num * 4) break;
+            const int beatX = axis.xOf(at);
+            if (beatX >= fromX && beatX < toX) beats.push_back(beatX);
+        }
+    }
+}
+
+void GridLines::visit(const std::function<void(int x, Weight weight)>& line) const {
+    for (const int x : beats) line(x, beat);
+    for (const Bar& b : bars)
+        if (b.x >= from && b.x < to) line(b.x, bar);
+}
+
+void GridLines::numbers(const std::function<void(int x, int number)>& shown) const {
+    for (const Bar& b : bars)
+        if ((b.number - 1) % numberStep == 0) shown(b.x, b.number);
+}
+
+std::vector<CRect> GridLines::shades(int top, int bottom) const {
+    const int shade = asMax(shadeBars, step);
+    std::vector<CRect> found;
+    for (size_t i = 0; i < bars.size(); i++) {
+        if ((bars[i].number - 1) / shade % 2 == 0 || (bars[i].number - 1) % shade != 0) continue;
+        size_t end = i + 1;
+        while (end < bars.size() && (bars[end].number - 1) % shade != 0) end++;
+        const int right = end < bars.size() ? bars[end].x : to;
+        found.push_back(asRect(asMax(bars[i].x, from), top, asMin(right, to), bottom));
+    }
+    return found;
+}

@@ -1,0 +1,216 @@
+#include "arrange/PartPainter.h"
+
+#include "arrange/ArrangeState.h"
+#include "arrange/Hit.h"
+#include "audiofiles/CSample.h"
+#include "base/Numbers.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Colours.h"
+#include "gui/DrawBatch.h"
+#include "gui/PixelPaper.h"
+#include "gui/Scale.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/ClipTimes.h"
+#include "ui/TrackPalette.h"
+#include "ui/Workspace.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+constexpr int leastForHeader = 26; ///< of a part's height
+constexpr int textGap = 4, contentGap = 2;
+constexpr double bodyShare = 0.26, headerShare = 0.85, markShare = 0.25, mutedShare = 0.35;
+constexpr double darkerMark = 0.35; ///< of marks and outlines on a light ground
+constexpr int fewestRows = 12;      ///< that the notes of a part are spread over
+constexpr unsigned nameColour = 0x101214;
+
+bool isLight(const CPalette& palette) {
+    int r = 0, g = 0, b = 0;
+    asRGB(palette.window, &r, &g, &b);
+    return r + g + b > 3 * 128;
+}
+
+struct Extremes {
+    float low = 0.0f, high = 0.0f;
+};
+
+/// Of one channel or, with -1, of all.
+Extremes extremesOf(const CSample* sample, double from, double to) {
+    Extremes e;
+    const PeakImage& peaks = sample->peaks;
+    const int first = asMax(0, asInt(from / PeakImage::framesPerEntry));
+    const int end = asMin(peaks.count(), asInt(to / PeakImage::framesPerEntry) + 1);
+    for (int i = first; i < end; i++) {
+        const unsigned char* values = peaks.entry(i);
+        for (int c = 0; c < sample->chs; c++, values += 2) {
+            e.low = std::min(e.low, PeakImage::decode(values[0]));
+            e.high = std::max(e.high, PeakImage::decode(values[1]));
+        }
+    }
+    return e;
+}
+
+} // namespace
+
+int trackColourOf(const ArrangeRow& row) {
+    const int own = row.songTrack->track->colour;
+    return own < 0 ? trackColour(row.track) : hexColor(unsigned(own));
+}
+
+int partColour(const ArrangeRow& row, const CPart* part) {
+    const int own = part->colour;
+    return own < 0 ? trackColourOf(row) : hexColor(unsigned(own));
+}
+
+PartPainter::PartPainter(const ArrangeState& shown, PartSketches& known, CGraphic* g,
+                         PixelPaper& onto, CRect toPaint)
+    : state(shown), sketches(known), graphic(g), paper(onto), asked(toPaint),
+      askedDevice(onto.deviceRect(toPaint)),
+      palette(shown.workspace.mainWindow()->app->gui->palette) {
+}
+
+double PartPainter::deviceX(double ticks) const {
+    const double x = state.axis().pixelsIn(ticks) - double(state.axis().scroll());
+    return double(paper.deviceRect(asRect(0, 0, 0, 0)).left) + x * scalePercent / 100.0;
+}
+
+PartPainter::Colours PartPainter::coloursOf(const ArrangeRow& row, const CPart* part,
+                                            bool heard) const {
+    const int own = partColour(row, part);
+    const bool light = isLight(palette);
+    const int strong =
+        light ? fadeCol(own, hexColor(0), darkerMark) : fadeCol(own, hexColor(0xffffff), markShare);
+    const double share = heard && !part->muted() ? 1.0 : mutedShare;
+    const auto shown = [&](int colour, double strength) {
+        return fadeCol(palette.window, colour, strength * share);
+    };
+    return {shown(own, bodyShare), shown(own, headerShare), shown(strong, 1.0), shown(strong, 0.7)};
+}
+
+void PartPainter::part(const ArrangeRow& row, CPart* part, bool heard) {
+    CRect box = partBox(state, row, part);
+    box.right = asMax(box.right, box.left + 2);
+    if (intersect(box, asked).empty()) return;
+    const Colours c = coloursOf(row, part, heard);
+    CRect header = box;
+    const bool high = box.height() >= leastForHeader;
+    header.bottom = high ? box.top + headerHeight : box.top;
+    frame(part, box, header, c);
+    CRect room = asRect(box.left, header.bottom + contentGap, box.right, box.bottom - contentGap);
+    if (part->type == partMIDI) notes(part, room, c.mark);
+    if (part->type == partDrum) hits(part, room, c.mark);
+    if (part->type == partAudio) clips(part, room, c);
+    const int left = asMax(box.left, 0) + textGap;
+    const CRect nameBox = asRect(left, box.top, asMin(box.right - textGap, state.gridWidth()),
+                                 high ? header.bottom : box.bottom);
+    if (nameBox.width() < 8) return;
+    const CStr id = part->getId() + (part->ghostOf.load() ? " (ghost)" : "");
+    told.push_back({nameBox, high ? hexColor(nameColour) : palette.text, part->content()->id,
+                    part->muted() ? CStr("muted") : id});
+}
+
+void PartPainter::frame(const CPart* part, CRect box, CRect header, const Colours& c) {
+    paper.fill(c.body, box);
+    paper.fill(c.header, header);
+    paper.frame(c.outline, box);
+    if (!part->selected()) return;
+    paper.frame(palette.text, box);
+    paper.frame(palette.text, sizeRect(box, 1, 1, -1, -1));
+}
+
+/// Notes lie within the range of the part's own keys.
+void PartPainter::notes(CPart* part, CRect room, int colour) {
+    const PartSketch& s = sketches.of(part);
+    if (s.marks.empty() || room.height() < 2) return;
+    const CRect device = paper.deviceRect(room);
+    const int rows = asMax(fewestRows, s.highest - s.lowest + 1);
+    const double rowHeight = double(device.height()) / rows;
+    const int thick = asMax(lineThickness(), asInt(rowHeight));
+    const int spare = (rows - (s.highest - s.lowest + 1)) / 2;
+    const double start = double(part->pos) + part->offset;
+    const CRect cut = intersect(device, askedDevice);
+    if (cut.empty()) return;
+    const double firstTick = state.axis().ticksAt(asked.left) - start - s.longest;
+    auto m =
+        std::partition_point(s.marks.begin(), s.marks.end(),
+                             [&](const PartSketch::Mark& mark) { return mark.tick < firstTick; });
+    for (; m != s.marks.end(); ++m) {
+        const double from = deviceX(start + m->tick);
+        if (from >= cut.right) break;
+        const int left = asMax(asInt(from), cut.left);
+        const int right = asMin(asInt(deviceX(start + m->tick + m->length)), cut.right);
+        const int y = device.bottom - asInt((m->row - s.lowest + spare + 1) * rowHeight);
+        if (asInt(from) >= device.left || right > device.left)
+            paper.fillDevice(colour, asRect(left, y, asMax(right, left + lineThickness()),
+                                            asMin(y + thick, device.bottom)));
+    }
+}
+
+/// A hit is a diamond in the row of its sound, from the top; where there is no room a dot.
+void PartPainter::hits(CPart* part, CRect room, int colour) {
+    const PartSketch& s = sketches.of(part);
+    if (s.marks.empty() || room.height() < 2) return;
+    const CRect device = paper.deviceRect(room);
+    const CRect cut = intersect(device, askedDevice);
+    if (cut.empty()) return;
+    const int rows = asMax(s.highest + 1, 4);
+    const double rowHeight = double(device.height()) / rows;
+    const int reach = asMax(1, asMin(asInt(rowHeight / 2), toDevice(3)));
+    const double start = double(part->pos) + part->offset;
+    for (const PartSketch::Mark& m : s.marks) {
+        const int x = asInt(deviceX(start + m.tick)) + reach;
+        if (x + reach < cut.left) continue;
+        if (x - reach >= cut.right) break;
+        if (x - reach < device.left) continue;
+        const int y = device.top + asInt((m.row + 0.5) * rowHeight);
+        for (int i = -reach; i <= reach; i++) {
+            const int half = reach - std::abs(i);
+            paper.fillDevice(colour,
+                             intersect(asRect(x - half, y + i, x + half + 1, y + i + 1), device));
+        }
+    }
+}
+
+void PartPainter::clips(CPart* part, CRect room, const Colours& c) {
+    CSeq* seq = state.seq();
+    int tick = part->pos + part->offset;
+    for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
+        tick += e->delta;
+        const auto* clip = static_cast<const CAudioEvent*>(e);
+        const double from = deviceX(tick);
+        wave(clip, room, from, deviceX(double(tick) + sampleAsTicks2(seq, clip, tick)), c);
+    }
+}
+
+void PartPainter::wave(const CAudioEvent* clip, CRect room, double fromX, double toX,
+                       const Colours& c) {
+    const CSample* sample = clip->sample;
+    const CRect device = paper.deviceRect(room), cut = intersect(device, askedDevice);
+    if (!sample || sample->chs > PeakImage::maxChannels || toX <= fromX || cut.empty()) return;
+    const double reach = device.height() / 2.0, middle = (device.top + device.bottom) / 2.0;
+    const double framesPerPixel = double(clip->end - clip->start) / (toX - fromX);
+    const int left = asMax(cut.left, asInt(std::ceil(fromX))), right = asMin(cut.right, asInt(toX));
+    for (int x = left; x < right; x++) {
+        const double at = clip->reverse ? toX - 1 - x : x - fromX;
+        const double frame = clip->start + at * framesPerPixel;
+        const Extremes e = extremesOf(sample, frame, frame + framesPerPixel);
+        const int top = asInt(middle - double(e.high) * reach);
+        const int bottom = asInt(middle - double(e.low) * reach);
+        paper.fillDevice(c.mark, asRect(x, top, x + 1, asMax(bottom, top + 1)));
+    }
+}
+
+void PartPainter::names() {
+    DrawBatch batch(graphic);
+    for (const Name& n : told) {
+        batch.text(n.colour, n.name, n.box, textLeft);
+        CRect rest = n.box;
+        rest.left += graphic->textWidth(n.name) + 2 * textGap;
+        if (!n.id.empty() && rest.width() > graphic->textWidth(n.id))
+            batch.text(n.colour, n.id, rest, textRight);
+    }
+}

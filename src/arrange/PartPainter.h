@@ -1,0 +1,60 @@
+#pragma once
+
+#include "arrange/PartSketch.h"
+#include "base/CStr.h"
+#include "base/Geometry.h"
+
+#include <vector>
+
+class ArrangeState;
+class CGraphic;
+class CPart;
+class DrawBatch;
+class PixelPaper;
+class PeakImage;
+struct ArrangeRow;
+struct CAudioEvent;
+struct CPalette;
+
+/// Paints parts in the boxes that `partBox` tells: a header in the part's colour with its name, and
+/// below it notes within the part's own range, hits by row, or the wave. What is not heard is
+/// faint. One pass of painting: first `part` for all, then `names`.
+class PartPainter {
+public:
+    static constexpr int headerHeight = 14;
+
+    PartPainter(const ArrangeState& state, PartSketches& sketches, CGraphic* g, PixelPaper& paper,
+                CRect asked);
+    void part(const ArrangeRow& row, CPart* part, bool heard);
+    void names(); ///< once the paper is gone
+
+private:
+    struct Colours {
+        int body, header, mark, outline;
+    };
+    struct Name {
+        CRect box;
+        int colour;
+        CStr name, id;
+    };
+
+    Colours coloursOf(const ArrangeRow& row, const CPart* part, bool heard) const;
+    double deviceX(double ticks) const;
+    void frame(const CPart* part, CRect box, CRect header, const Colours& c);
+    void notes(CPart* part, CRect room, int colour);
+    void hits(CPart* part, CRect room, int colour);
+    void clips(CPart* part, CRect room, const Colours& c);
+    void wave(const CAudioEvent* clip, CRect room, double fromX, double toX, const Colours& c);
+
+    const ArrangeState& state;
+    PartSketches& sketches;
+    CGraphic* graphic;
+    PixelPaper& paper;
+    const CRect asked, askedDevice;
+    const CPalette& palette;
+    std::vector<Name> told;
+};
+
+/// The colour of a part: its own, else that of its track, else one by the place of the track.
+int partColour(const ArrangeRow& row, const CPart* part);
+int trackColourOf(const ArrangeRow& row);

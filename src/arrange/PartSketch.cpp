@@ -1,0 +1,39 @@
+#include "arrange/PartSketch.h"
+
+#include "engine/MidiBytes.h"
+#include "sequencer/CPart.h"
+
+#include <algorithm>
+
+namespace {
+
+PartSketch sketch(CPart* part) {
+    PartSketch s;
+    int tick = 0;
+    for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
+        tick += e->delta;
+        if (part->type == partMIDI) {
+            const auto* note = static_cast<const CMIDIEvent*>(e);
+            if (noteOn(note->data)) s.marks.push_back({tick, note->length, asByte1(note->data)});
+        } else if (part->type == partDrum) {
+            s.marks.push_back({tick, 0, static_cast<const CDrumEvent*>(e)->sound});
+        }
+    }
+    if (s.marks.empty()) return s;
+    s.lowest = s.highest = s.marks.front().row;
+    for (const PartSketch::Mark& m : s.marks) {
+        s.lowest = std::min(s.lowest, m.row);
+        s.highest = std::max(s.highest, m.row);
+        s.longest = std::max(s.longest, m.length);
+    }
+    return s;
+}
+
+} // namespace
+
+const PartSketch& PartSketches::of(CPart* part) {
+    CPart* content = part->content();
+    std::unique_ptr<const PartSketch>& known = made[content];
+    if (!known) known = std::make_unique<const PartSketch>(sketch(content));
+    return *known;
+}

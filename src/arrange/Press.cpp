@@ -1,0 +1,109 @@
+#include "arrange/Press.h"
+
+#include "arrange/ArrangeGrid.h"
+#include "arrange/ArrangeState.h"
+#include "arrange/gestures/HandGesture.h"
+#include "arrange/gestures/InsertGesture.h"
+#include "arrange/gestures/LassoGesture.h"
+#include "arrange/gestures/MoveGesture.h"
+#include "arrange/gestures/SizeGesture.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/CSnap.h"
+#include "gui/Keys.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/TempoMap.h"
+
+namespace {
+
+constexpr int handRoom = 8; ///< of the right button
+
+/// A press and what lies under it.
+struct Target {
+    ArrangeGrid& grid;
+    ArrangeState& state;
+    CPoint at;
+    int btn;
+    const ArrangeRow* row = nullptr;
+    PartHit hit{};
+
+    int tick(bool nearest) const {
+        const int here = asMinMax(asInt(state.axis().ticksAt(at.x)), 0, maxTicks);
+        return snapped(state.seq()->snap->val(), here, nearest);
+    }
+    template <class G, class... More>
+    Press begin(int mode, int room, More&&... more) const {
+        return {std::make_unique<G>(grid, state, std::forward<More>(more)...), mode, room};
+    }
+};
+
+void choosePart(const Target& t) {
+    CSeq* seq = t.state.seq();
+    if (!t.hit.part->selected()) {
+        if (!(t.btn & modShift)) seq->unselectParts();
+        t.hit.part->setSelected(true);
+    }
+    if (!t.row->songTrack->track->selected()) {
+        seq->unselectTracks();
+        seq->selectTrack(t.row->songTrack, true);
+    }
+    t.state.gridChanged();
+}
+
+void splitHere(const Target& t) {
+    CSeq* seq = t.state.seq();
+    CUndo* undo = t.state.qv->undoStart("Split part", seq);
+    seq->splitPart(t.row->songTrack, t.hit.part, t.tick(true) - t.hit.part->pos, 0, splitApart,
+                   undo);
+    t.state.qv->undoEnd(undo, true);
+}
+
+Press middle(const Target& t) {
+    return t.begin<HandGesture>(
+        editPress, CDrag::clickRoom,
+        [place = t.tick(true), &t = t.state](CPoint) { t.qv->setPos(place); });
+}
+
+Press right(const Target& t) {
+    if (t.hit.part && (t.btn & modAlt)) {
+        splitHere(t);
+        return {};
+    }
+    if (t.hit.part) choosePart(t);
+    return t.begin<HandGesture>(editPress, handRoom,
+                                [&grid = t.grid](CPoint) { grid.contextMenu(); });
+}
+
+Press onPart(const Target& t) {
+    choosePart(t);
+    if (t.hit.zone == zonePartStart)
+        return t.begin<SizeGesture>(editResizeStart, 0, t.hit.part, true);
+    if (t.hit.zone == zonePartEnd) return t.begin<SizeGesture>(editResizeEnd, 0, t.hit.part, false);
+    return t.begin<MoveGesture>(t.btn & modControl ? editCopy : editMove, 0, t.hit.part);
+}
+
+Press onEmpty(const Target& t) {
+    if (t.row->songTrack->track->kind == trackFolder) return {};
+    return t.begin<InsertGesture>(editMove, 0, t.row->songTrack,
+                                  newPartPlace(t.state.seq(), t.tick(false)));
+}
+
+Press lasso(const Target& t) {
+    if (!(t.btn & modShift)) t.state.seq()->unselectParts();
+    t.state.gridChanged();
+    return t.begin<LassoGesture>(editLasso, 0);
+}
+
+} // namespace
+
+Press pressed(ArrangeGrid& grid, ArrangeState& state, CPoint at, int btn) {
+    Target t{grid, state, at, btn};
+    t.row = state.rows.at(at.y + state.edit.scrollY);
+    if (t.row && t.row->lane) t.row = nullptr;
+    if (t.row) t.hit = partAtPos(state, *t.row, at.x);
+    if (btn & modMiddle) return middle(t);
+    if (btn & modRight) return right(t);
+    if (t.hit.part && (!(btn & modShift) || (btn & modControl))) return onPart(t);
+    if (t.row && !t.hit.part && (btn & (modAlt | modDouble))) return onEmpty(t);
+    return lasso(t);
+}

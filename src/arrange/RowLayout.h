@@ -1,0 +1,37 @@
+#pragma once
+
+#include <vector>
+
+class CSeq;
+class CSongTrack;
+class CSubTrack;
+
+/// A row of the arrangement: a track, or an automation lane of the opened track above it. Heights
+/// and places in pixels, from the top of the first row.
+struct ArrangeRow {
+    CSongTrack* songTrack = nullptr;
+    CSubTrack* lane = nullptr; ///< null for the row of the track itself
+    int track = 0;             ///< index in the program
+    int depth = 0;             ///< folders around it
+    int top = 0, height = 0;
+
+    int bottom() const { return top + height; }
+};
+
+/// The rows that show, from top to bottom: tracks in closed folders have none. Interface thread.
+class RowLayout {
+public:
+    void build(CSeq* seq); ///< null for no rows
+    void clear() { rows.clear(); }
+    const std::vector<ArrangeRow>& all() const { return rows; }
+    int total() const; ///< pixels
+    /// The row at a height, null outside all.
+    const ArrangeRow* at(int y) const;
+    /// The same, but above all the first and below all the last one; null without rows.
+    const ArrangeRow* nearest(int y) const;
+    /// The row of a track, null while a folder hides it.
+    const ArrangeRow* of(const CSongTrack* songTrack) const;
+
+private:
+    std::vector<ArrangeRow> rows;
+};

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "gui/CDrag.h"
+
+class ArrangeGrid;
+class ArrangeState;
+class CGraphic;
+
+/// What a press in the grid begins. The state of the mouse follows the drag, an overlay shows what
+/// would become of it, and the song changes at the release.
+class ArrangeGesture : public DragHandler {
+public:
+    ArrangeGesture(ArrangeGrid& over, ArrangeState& shared) : grid(over), state(shared) {}
+
+    /// Whether what it drags is still in the song.
+    virtual bool stands() const { return true; }
+    /// What it shows, over the rows.
+    virtual void paintOverlay(CGraphic*, CRect) const {}
+
+    void dragEnd(const DragPoint& point) final;
+    void dragClick(const DragPoint& point) final;
+    void dragCancel() final;
+    CPoint dragScroll(CPoint by) override;
+
+protected:
+    virtual void apply(const DragPoint& point) = 0; ///< released: the song changes
+    virtual void click(const DragPoint&) {}         ///< released where it was pressed
+
+    ArrangeGrid& grid;
+    ArrangeState& state;
+
+private:
+    void finish();
+};

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "MainFixture.h"
+
+#include "arrange/ArrangeGrid.h"
+#include "arrange/ArrangeView.h"
+#include "arrange/HeadList.h"
+#include "arrange/RulerBars.h"
+#include "arrange/TrackHead.h"
+#include "sequencer/MoveEdits.h"
+
+/// The arrangement in the main window, under the mouse and the keys of a user.
+class ArrangeFixture : public MainWinTest {
+protected:
+    template <class T>
+    T* find(const char* id, CGroup* group = nullptr) {
+        for (auto* c : each<CCtrl>((group ? group : win->clientGroup)->controls)) {
+            if (c->id == id) return static_cast<T*>(c);
+            if (c->id != "song" && c->id != "heads") continue;
+            if (T* found = find<T>(id, static_cast<CGroup*>(c))) return found;
+        }
+        return nullptr;
+    }
+    ArrangeView* song() { return find<ArrangeView>("song"); }
+    ArrangeGrid* grid() { return find<ArrangeGrid>("grid"); }
+    CSongTrack* row(int i) { return static_cast<CSongTrack*>(seq()->getProg()->tracks.items(i)); }
+    CPart* part(int track, int index) {
+        return static_cast<CPart*>(row(track)->parts.items(index));
+    }
+    int parts(int track) { return row(track)->parts.getCount(); }
+    int selectedRow() {
+        for (int i = 0; i < tracks(); i++)
+            if (row(i)->track->selected()) return i;
+        return -1;
+    }
+
+    /// A song of empty tracks of these kinds, whose window is all on the screen.
+    void startWith(std::initializer_list<TrackKind> kinds) {
+        start();
+        ASSERT_TRUE(load(kindEmpty));
+        for (const TrackKind kind : kinds) seq()->addTrack(kind, seq()->getProg(), nullptr);
+        seq()->songNotices.raise(SeqNotice::tracks);
+        win->move(0, 0, 900, 560);
+        ASSERT_TRUE(loaded());
+        settle();
+    }
+    CPart* addPart(int track, int pos, int length) {
+        CPart* made = insertPart(seq(), row(track), PartPlace{pos, length});
+        EXPECT_TRUE(loaded());
+        seq()->unselectParts();
+        return made;
+    }
+
+    // Points of the grid.
+    int xOf(double tick) { return int(tick * song()->zoomNow() / 960.0 + 0.5); }
+    int yOf(int track) { return track * CTrack::usualRow + CTrack::usualRow / 2; }
+    void mouseTo(CCtrl* ctrl, int x, int y) {
+        const CPoint screen = win->getPos(true), in = win->controlPos(ctrl);
+        act({"mousemove", std::to_string(screen.x + in.x + x),
+             std::to_string(screen.y + in.y + y)});
+    }
+    void mouseTo(CPoint at) { mouseTo(grid(), at.x, at.y); }
+    CPoint point(double tick, int track) { return asPoint(xOf(tick), yOf(track)); }
+    void clickAt(CPoint at, const char* button = "1") {
+        mouseTo(at);
+        act({"click", button});
+    }
+    /// Presses at one point, goes to the other in steps, and releases unless `escape`.
+    void drag(CPoint from, CPoint to, const std::string& held = "", bool escape = false,
+              const char* button = "1") {
+        mouseTo(from);
+        if (!held.empty()) act({"keydown", held});
+        act({"mousedown", button});
+        mouseTo(asPoint((from.x + to.x) / 2, (from.y + to.y) / 2));
+        mouseTo(to);
+        if (escape) key("Escape");
+        act({"mouseup", button});
+        if (!held.empty()) act({"keyup", held});
+        EXPECT_TRUE(loaded());
+    }
+};

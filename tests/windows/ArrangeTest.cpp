@@ -1,0 +1,171 @@
+#include "ArrangeFixture.h"
+
+#include "arrange/Hit.h"
+#include "arrange/RowLayout.h"
+#include "arrange/gestures/DragSnap.h"
+#include "ui/TimeAxis.h"
+
+/// Work on parts by mouse and keys: what is left in the song.
+class ArrangeTest : public ArrangeFixture {};
+
+TEST(TimeAxis, KeepsThePlaceUnderThePointer) {
+    TimeAxis axis;
+    EXPECT_EQ(axis.xOf(960), 64);
+    axis.scrollTo(1000);
+    for (const double zoom : {20.0, 65565.0, 16.0}) {
+        const double before = axis.ticksAt(300);
+        axis.zoomAt(300, zoom);
+        EXPECT_NEAR(axis.ticksAt(300), before, axis.ticksIn(0.5)) << zoom;
+    }
+    axis.setZoom(1e9);
+    EXPECT_EQ(axis.zoom(), TimeAxis::mostZoom);
+    EXPECT_EQ(axis.xOf(1 << 30), TimeAxis::farX);
+    axis.scrollTo(axis.wideX(1 << 30));
+    EXPECT_EQ(axis.xOf(1 << 30), 0);
+    EXPECT_EQ(axis.xOf(0), -TimeAxis::farX);
+    axis.setZoom(0);
+    EXPECT_EQ(axis.zoom(), TimeAxis::leastZoom);
+}
+
+TEST(DragSnap, BringsThePlaceToTheGrid) {
+    const struct {
+        int grid, anchor, delta, moved;
+    } cases[] = {
+        {480, 960, 1, 0},      {480, 960, 239, 0},  {480, 960, 240, 480}, {480, 960, -241, -480},
+        {480, 1000, 200, 440}, {480, 1000, 1, 440}, {480, 1000, -1, -40}, {1, 1000, 7, 7},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(snappedDelta(c.grid, c.anchor, c.delta), c.moved)
+            << c.grid << " " << c.anchor << " " << c.delta;
+}
+
+TEST(PartEdges, LeaveNarrowPartsAMiddle) {
+    EXPECT_EQ(edgeWidth(10), 2);
+    EXPECT_EQ(edgeWidth(40), 8);
+    EXPECT_EQ(edgeWidth(4000), 8);
+    EXPECT_EQ(edgeWidth(4), 0);
+}
+
+/// Alt or a double click on an empty place makes a part of the track's kind, which can be dragged
+/// at once.
+TEST_F(ArrangeTest, PartsAreInsertedWhereTheTrackIsEmpty) {
+    startWith({trackMIDI, trackAudio, trackDrum});
+    const int types[] = {partMIDI, partAudio, partDrum};
+    for (int t = 0; t < 3; t++) {
+        mouseTo(point(970, t));
+        act({"click", "--repeat", "2", "--delay", "50", "1"});
+        ASSERT_TRUE(pumpUntil([&] { return parts(t) == 1; })) << t;
+        EXPECT_EQ(part(t, 0)->type, types[t]);
+        EXPECT_EQ(part(t, 0)->pos, 960) << "the line before";
+        EXPECT_EQ(part(t, 0)->content()->id, row(t)->track->id);
+        EXPECT_TRUE(part(t, 0)->selected());
+    }
+    drag(point(5780, 0), point(6740, 0), "alt");
+    ASSERT_TRUE(pumpUntil([&] { return parts(0) == 2; }));
+    EXPECT_EQ(part(0, 1)->pos, 6720) << "inserted and dragged on";
+    clickAt(point(300, 3));
+    EXPECT_FALSE(part(0, 1)->selected()) << "a press on nothing";
+}
+
+TEST_F(ArrangeTest, PartsMoveCopyAndResizeByTheMouse) {
+    startWith({trackMIDI, trackMIDI, trackAudio});
+    addPart(0, 960, 1920);
+    // Move, and to another track; not to one that does not take it.
+    drag(point(1900, 0), point(2860, 1));
+    ASSERT_TRUE(pumpUntil([&] { return parts(1) == 1; }));
+    EXPECT_EQ(part(1, 0)->pos, 1920);
+    drag(point(2800, 1), point(2800, 2));
+    EXPECT_EQ(parts(1), 1);
+    // As far as the song goes.
+    drag(point(2800, 1), point(200, 1));
+    EXPECT_TRUE(pumpUntil([&] { return part(1, 0)->pos == 0; }));
+    // Its ends.
+    drag(asPoint(xOf(1920) - 3, yOf(1)), asPoint(xOf(3840) - 3, yOf(1)));
+    EXPECT_TRUE(pumpUntil([&] { return part(1, 0)->length == 3840; }));
+    drag(asPoint(3, yOf(1)), asPoint(xOf(960) + 3, yOf(1)));
+    ASSERT_TRUE(pumpUntil([&] { return part(1, 0)->pos == 960; }));
+    EXPECT_EQ(part(1, 0)->length, 2880);
+    // A copy, which is selected.
+    drag(point(2000, 1), point(2000 + 3840, 0), "ctrl");
+    ASSERT_TRUE(pumpUntil([&] { return parts(0) == 1; }));
+    EXPECT_EQ(part(0, 0)->pos, 4800);
+    EXPECT_TRUE(part(0, 0)->selected());
+    EXPECT_FALSE(part(1, 0)->selected());
+    // Escape leaves all as it is.
+    drag(point(2000, 1), point(9000, 1), "", true);
+    EXPECT_EQ(part(1, 0)->pos, 960);
+    EXPECT_EQ(parts(1), 1);
+    for (int i = 0; i < 5; i++) key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] {
+        return parts(1) == 0 && parts(0) == 1 && part(0, 0)->pos == 960 &&
+               part(0, 0)->length == 1920;
+    }));
+}
+
+/// The band, Shift and Control, the right button, and the keys.
+TEST_F(ArrangeTest, PartsAreChosenSplitAndWalked) {
+    startWith({trackMIDI, trackMIDI});
+    addPart(0, 0, 1920);
+    addPart(0, 3840, 1920);
+    addPart(1, 1920, 1920);
+    const auto chosen = [&] {
+        return std::string() + (part(0, 0)->selected() ? "a" : "") +
+               (part(0, 1)->selected() ? "b" : "") + (part(1, 0)->selected() ? "c" : "");
+    };
+    drag(asPoint(xOf(2400), 2), asPoint(xOf(4000), yOf(1)));
+    EXPECT_EQ(chosen(), "bc");
+    clickAt(point(600, 0));
+    EXPECT_EQ(chosen(), "a");
+    drag(asPoint(xOf(2400), 2), asPoint(xOf(4000), 30), "shift");
+    EXPECT_EQ(chosen(), "ab");
+    clickAt(point(600, 0));
+    EXPECT_EQ(chosen(), "a") << "one of several";
+    // Walked and moved by keys.
+    win->setKeyCtrl(grid());
+    for (const auto& [press, after] :
+         {std::pair{"Right", "b"}, {"Down", "c"}, {"Up", "a"}, {"shift+Right", "ab"}}) {
+        key(press);
+        EXPECT_TRUE(pumpUntil([&] { return chosen() == after; })) << press << " " << chosen();
+    }
+    clickAt(point(2000, 1));
+    key("ctrl+Right");
+    EXPECT_TRUE(pumpUntil([&] { return part(1, 0)->pos == 2160; }));
+    key("alt+Left");
+    EXPECT_TRUE(pumpUntil([&] { return part(1, 0)->length == 1680; }));
+    key("ctrl+Up");
+    EXPECT_TRUE(pumpUntil([&] { return parts(0) == 3 && parts(1) == 0; }));
+    // Split by Alt and the right button.
+    mouseTo(point(4800, 0));
+    act({"keydown", "alt"});
+    act({"click", "3"});
+    act({"keyup", "alt"});
+    ASSERT_TRUE(pumpUntil([&] { return parts(0) == 4; }));
+    EXPECT_EQ(part(0, 2)->length, 960);
+    EXPECT_EQ(part(0, 3)->pos, 4800);
+}
+
+/// The wheel, the middle button, the bar below and the actions bring every place of the song into
+/// view, and the place under the pointer stays.
+TEST_F(ArrangeTest, ScrollsAndZooms) {
+    startWith({trackMIDI});
+    addPart(0, 40 * barTicks, barTicks);
+    const auto tickAt = [&](int x) { return song()->tickAt(TrackHead::headWidth + 1 + x); };
+    mouseTo(asPoint(300, 20));
+    const int before = tickAt(300);
+    act({"keydown", "ctrl"});
+    act({"click", "5"});
+    act({"keyup", "ctrl"});
+    ASSERT_TRUE(pumpUntil([&] { return song()->zoomNow() == 80.0; }));
+    EXPECT_NEAR(tickAt(300), before, 12);
+    key("minus");
+    EXPECT_TRUE(pumpUntil([&] { return song()->zoomNow() == 64.0; }));
+    drag(asPoint(400, 20), asPoint(200, 20), "", false, "2");
+    EXPECT_NEAR(tickAt(200), 6000 - 0, 900);
+    part(0, 0)->setSelected(true);
+    key("ctrl+shift+plus");
+    EXPECT_TRUE(pumpUntil([&] { return tickAt(0) < 40 * barTicks && tickAt(0) > 38 * barTicks; }));
+    EXPECT_GT(tickAt(grid()->width), 41 * barTicks);
+    // A press of the middle button that goes nowhere takes the position there.
+    clickAt(asPoint(grid()->width / 2, 20), "2");
+    EXPECT_TRUE(pumpUntil([&] { return host->pos > 40 * barTicks && host->pos < 41 * barTicks; }));
+}
