@@ -12,6 +12,8 @@ namespace {
 
 /// A little less than written, so that a repeated note is heard as one.
 constexpr int noteGapTicks = 20;
+/// Pixels that show the whole song, in the smallest window too.
+constexpr int wholeWidth = 640;
 
 int ticksAt(int bar, int step = 0) {
     return bar * demoBarTicks + step * demoStepTicks;
@@ -124,6 +126,7 @@ CSeq* SongBuilder::finish(int endBar) {
     prog->leftLocator = 0;
     prog->rightLocator = ticksAt(endBar);
     prog->loop = 0;
+    seq->options.setZoom(float(wholeWidth) * quarterTicks / float(ticksAt(endBar)));
     host->loop = 0;
     host->setTempo(demoBpm);
     host->undoClear();

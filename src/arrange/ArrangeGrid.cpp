@@ -2,12 +2,12 @@
 
 #include "arrange/ArrangeKeys.h"
 #include "arrange/ArrangeState.h"
+#include "arrange/GridHints.h"
 #include "arrange/GridLines.h"
 #include "arrange/Hit.h"
 #include "arrange/PartPainter.h"
 #include "arrange/Press.h"
 #include "arrange/gestures/ArrangeGesture.h"
-#include "base/CIniFile.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
@@ -18,7 +18,9 @@
 #include "gui/PixelPaper.h"
 #include "gui/Shapes.h"
 #include "sequencer/CSeq.h"
+#include "ui/Options.h"
 #include "ui/ProgramItems.h"
+#include "ui/Workspace.h"
 
 namespace {
 
@@ -32,7 +34,7 @@ constexpr int shadowReach = 1; ///< of the play line to each side
 ArrangeGrid::ArrangeGrid(CWin* owner, ArrangeState& shared)
     : CCtrl(owner, "grid", 0, 0, 1, 1), state(shared), panZoom(this, this) {
     tabStop = true;
-    hint = "Drag selects parts; Alt or a double click on a track inserts one; files can be dropped";
+    hint = gridHint(state, nullptr, {});
 }
 
 ArrangeGrid::~ArrangeGrid() {
@@ -176,6 +178,10 @@ void ArrangeGrid::hover(int x, int y) {
     const ArrangeRow* row = state.rows.at(y + state.edit.scrollY);
     const PartHit hit = row && !row->lane ? partAtPos(state, *row, x) : PartHit();
     cursor = hit.part && hit.zone != zoneBody ? cursorSideways : cursorPlain;
+    const CStr text = gridHint(state, row, hit);
+    if (text == hint) return;
+    hint = text;
+    win->app->updateHint(this);
 }
 
 void ArrangeGrid::mouseMove(int x, int y, int btn) {
@@ -189,9 +195,7 @@ bool ArrangeGrid::keyDown(int key, int mods) {
 
 bool ArrangeGrid::mouseWheel(int x, int y, int btn, int dy, int dx) {
     if ((btn & modControl) && !(btn & modShift)) {
-        const bool inverted =
-            CIniFile(inifile).readInteger("options", "invert-mouse-wheel-zoom", 0) == 1;
-        const bool in = (dy < 0) != inverted;
+        const bool in = (dy < 0) != state.workspace.options().invertZoom.on();
         state.zoomAtPos(x, state.axis().zoom() * (in ? wheelIn : wheelOut));
         return true;
     }

@@ -65,6 +65,7 @@ void ArrangeView::onMenus(COnChange* headMenu, COnChange* partsMenu) {
 
 void ArrangeView::forgetSong() {
     win->app->drag.cancel();
+    shownSong = nullptr;
     rows.clear();
     heads->forgetSong();
     grid->songChanged();
@@ -73,6 +74,12 @@ void ArrangeView::forgetSong() {
 
 void ArrangeView::songChanged() {
     if (win->app->drag.of(grid)) win->app->drag.cancel();
+    if (CSeq* song = seq(); song && song != shownSong) {
+        shownSong = song;
+        edit.axis = TimeAxis();
+        edit.axis.setZoom(song->options.zoom());
+        edit.scrollY = 0;
+    }
     rows.build(seq());
     heads->songChanged();
     grid->songChanged();
@@ -150,8 +157,7 @@ void ArrangeView::acrossMoved(CObject*) {
     TimeAxis& axis = edit.axis;
     axis.setZoom(gridWidth() * 960.0 / across->span());
     axis.scrollTo(asRound64(axis.pixelsIn(across->from())));
-    grid->redraw();
-    ruler->redraw();
+    zoomed();
 }
 
 void ArrangeView::downMoved(CObject*) {
@@ -175,6 +181,12 @@ void ArrangeView::scrollTo(int64_t x, int y) {
 
 void ArrangeView::zoomAtPos(int x, double perQuarter) {
     edit.axis.zoomAt(x, perQuarter);
+    zoomed();
+}
+
+/// The song remembers it.
+void ArrangeView::zoomed() {
+    if (CSeq* song = seq()) song->options.setZoom(float(edit.axis.zoom()));
     grid->redraw();
     ruler->redraw();
     showRange();
@@ -203,9 +215,7 @@ void ArrangeView::zoomToSelection() {
     TimeAxis& axis = edit.axis;
     axis.setZoom(asMax(1, gridWidth() - 2 * fitMargin) * 960.0 / (to - from));
     axis.scrollTo(axis.wideX(from) - fitMargin);
-    grid->redraw();
-    ruler->redraw();
-    showRange();
+    zoomed();
 }
 
 void ArrangeView::rowsChanged() {

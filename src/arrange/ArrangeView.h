@@ -54,6 +54,7 @@ private:
     int64_t songWidth() const override;
 
     void partsChanged();
+    void zoomed();
     void layout();
     void followPlay();
     void showRange();
@@ -66,6 +67,7 @@ private:
     RulerBars* ruler;
     ArrangeGrid* grid;
     CRangebar *across, *down;
-    bool follows = true; ///< the view turns its page when the play position leaves it
+    CSeq* shownSong = nullptr; ///< the song whose place and zoom these are; not owned
+    bool follows = true;       ///< the view turns its page when the play position leaves it
     std::vector<NoticeLink> links;
 };

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int lineRoom = 10, beatRoom = 12, numberRoom = 48; ///< pixels from one to the next
+constexpr int lineRoom = 16, beatRoom = 12, numberRoom = 48; ///< pixels from one to the next
 constexpr int shadeBars = 4;
 constexpr int mostStep = 1 << 20;
 

@@ -13,6 +13,7 @@
 #include "gui/Scale.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/ClipTimes.h"
+#include "ui/Options.h"
 #include "ui/TrackPalette.h"
 #include "ui/Workspace.h"
 
@@ -116,7 +117,7 @@ void PartPainter::part(const ArrangeRow& row, CPart* part, bool heard) {
 void PartPainter::frame(const CPart* part, CRect box, CRect header, const Colours& c) {
     paper.fill(c.body, box);
     paper.fill(c.header, header);
-    paper.frame(c.outline, box);
+    if (state.workspace.options().outlineParts.on()) paper.frame(c.outline, box);
     if (!part->selected()) return;
     paper.frame(palette.text, box);
     paper.frame(palette.text, sizeRect(box, 1, 1, -1, -1));

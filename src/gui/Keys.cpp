@@ -92,12 +92,23 @@ int latinPlace(XKeyEvent key) {
     return latinAt(key.keycode, shifted);
 }
 
+unsigned secondAltMask = 0; ///< of the state of an event
+
 int modifiers(unsigned state) {
     return (state & ShiftMask ? modShift : 0) | (state & ControlMask ? modControl : 0) |
            (state & Mod1Mask ? modAlt : 0);
 }
 
+bool isSecondAlt(KeySym symbol) {
+    if (secondAltMask == Mod4Mask) return symbol == XK_Super_L || symbol == XK_Super_R;
+    return secondAltMask == Mod5Mask && symbol == XK_ISO_Level3_Shift;
+}
+
 } // namespace
+
+void setSecondAlt(SecondAlt key) {
+    secondAltMask = key == SecondAlt::super ? Mod4Mask : key == SecondAlt::altGr ? Mod5Mask : 0;
+}
 
 int upperKey(int key) {
     if (key < 0) return key;
@@ -149,8 +160,9 @@ int modifiersAfter(const XEvent& event) {
     const int own = symbol == XK_Shift_L || symbol == XK_Shift_R       ? modShift
                     : symbol == XK_Control_L || symbol == XK_Control_R ? modControl
                     : symbol == XK_Alt_L || symbol == XK_Alt_R         ? modAlt
+                    : isSecondAlt(symbol)                              ? modAlt
                                                                        : 0;
-    const int before = modifiers(key.state);
+    const int before = modifiers(key.state) | (key.state & secondAltMask ? modAlt : 0);
     return event.type == KeyPress ? before | own : before & ~own;
 }
 
@@ -158,5 +170,6 @@ int translateButton(int button, unsigned state) {
     constexpr int ofButton[] = {0, modLeft, modMiddle, modRight};
     const int own = button >= 0 && button < 4 ? ofButton[button] : 0;
     return own | (state & Button1Mask ? modLeft : 0) | (state & Button2Mask ? modMiddle : 0) |
-           (state & Button3Mask ? modRight : 0) | modifiers(state);
+           (state & Button3Mask ? modRight : 0) | modifiers(state) |
+           (state & secondAltMask ? modAlt : 0);
 }

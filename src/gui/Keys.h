@@ -42,6 +42,11 @@ enum Key : int {
     keyMediaRecord = -33,
 };
 
+/// A key that counts as Alt with the mouse, as window managers keep Alt and a drag to themselves.
+enum class SecondAlt : int { none, super, altGr };
+/// In force for the events that follow; at first none.
+void setSecondAlt(SecondAlt key);
+
 /// A key code with a small letter made a capital; all others as they are.
 int upperKey(int key);
 /// The key code of a character that was written.

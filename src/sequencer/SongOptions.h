@@ -20,7 +20,7 @@ public:
         audioMonitor = 5,
         midiMonitor = 6,
         rememberNotes = 7,
-        firstFloat = 8,
+        zoomFloat = 8, ///< four bytes
         timeSigNum = 24,
         timeSigDen = 25,
         arranger = 26,
@@ -34,6 +34,10 @@ public:
     /// The global time signature; a stored 0 reads as 4.
     int num() const { return orFour(timeSigNum); }
     int den() const { return orFour(timeSigDen); }
+    /// Pixels per quarter at which the arrangement shows the song. View state: no step, and no
+    /// change of the song.
+    float zoom() const;
+    void setZoom(float pixels);
     bool useMarkers() const { return bytes[arranger] != 0; }
 
 private:

@@ -30,6 +30,8 @@ constexpr struct {
     {"Show frequency bands in main toolbar", &Options::spectrum},
     {"Show hints in the line at the bottom", &Options::hints},
     {"Always show modular tab", &Options::tabsAlways},
+    {"Outline part color", &Options::outlineParts},
+    {"Invert mouse wheel zoom", &Options::invertZoom},
 };
 
 void write(const char* key, int value) {
@@ -41,6 +43,7 @@ void write(const char* key, int value) {
 GlobalPage::GlobalPage(CSetupWin* window, CRect place) : SetupPage(window, place) {
     addStart();
     addOptions();
+    addAltKey();
     addText();
 }
 
@@ -71,6 +74,20 @@ void GlobalPage::addOptions() {
         wire(box->onChange, new _COnChange<GlobalPage>(this, &GlobalPage::optionChecked));
         addField("", box);
     }
+}
+
+/// What acts as Alt beside it.
+void GlobalPage::addAltKey() {
+    altKey = addField("Second key for Alt",
+                      new CDropdown(win, "second-alt", 0, 0, listWidth, fieldHeight));
+    for (const char* choice : {"None", "Super", "AltGr"}) altKey->add(choice);
+    altKey->setIndex(asMinMax(setup->workspace.options().altKey.get(), 0, 2));
+    wire(altKey->onChange, new _COnChange<GlobalPage>(this, &GlobalPage::altKeyChanged));
+    addNote("With the mouse");
+}
+
+void GlobalPage::altKeyChanged(CObject*) {
+    setup->workspace.options().altKey.set(altKey->index);
 }
 
 void GlobalPage::optionChecked(CObject* sender) {

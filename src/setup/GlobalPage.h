@@ -13,14 +13,16 @@ public:
 private:
     void addStart();
     void addOptions();
+    void addAltKey();
     void addText();
     void startChanged(CObject* sender);
     void optionChecked(CObject* sender);
+    void altKeyChanged(CObject* sender);
     void smoothChecked(CObject* sender);
     void fontChanged(CObject* sender);
     void sizeChanged(CObject* sender);
     void scaleChanged(CObject* sender);
 
-    CDropdown *start = nullptr, *size = nullptr, *scale = nullptr;
+    CDropdown *start = nullptr, *size = nullptr, *scale = nullptr, *altKey = nullptr;
     CEdit* font = nullptr;
 };

@@ -62,6 +62,10 @@ CMainWin::CMainWin(CApp* application, CQV* host)
     choices.hints.onChange = [this] {
         if (!choices.hints.on()) setStatus("");
     };
+    const auto secondAlt = [this] { setSecondAlt(SecondAlt(choices.altKey.get())); };
+    choices.altKey.onChange = secondAlt;
+    secondAlt();
+    choices.outlineParts.onChange = [this] { redraw(); };
     choices.tabsAlways.onChange = [this] { pages->showTabs(choices.tabsAlways.on()); };
     app->follow(this);
     wire(app->onKey, static_cast<COnKey*>(new _COnKey<CMainWin>(this, &CMainWin::handleKeyDown)));

@@ -2,6 +2,7 @@
 
 #include "base/CIniFile.h"
 #include "engine/CQV.h"
+#include "gui/Keys.h"
 
 Option::Option(CQV* host, const char* name, int def) : key(name), qv(host), usual(def) {
     qv->storeInt(key, def);
@@ -20,5 +21,7 @@ void Option::set(int value) {
 Options::Options(CQV* host)
     : savePlace(host, "savePosAndSize", 0), savePrompt(host, "savePrompt", 1),
       randomColour(host, "rndTrackCol", 0), spectrum(host, "dft", 1), hints(host, "showHint", 1),
-      tabsAlways(host, "modular-tab-always-show", 0), ribbon(host, "ribbon", 0) {
+      tabsAlways(host, "modular-tab-always-show", 0), ribbon(host, "ribbon", 0),
+      outlineParts(host, "part-outline", 1), invertZoom(host, "invert-mouse-wheel-zoom", 0),
+      altKey(host, "second-alt", int(SecondAlt::super)) {
 }

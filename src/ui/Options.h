@@ -36,4 +36,7 @@ public:
     Option hints;        ///< in the line at the bottom
     Option tabsAlways;   ///< tabs of the pages even where there is only one
     Option ribbon;
+    Option outlineParts;
+    Option invertZoom; ///< the wheel zooms in upwards
+    Option altKey;     ///< SecondAlt: what acts as Alt with the mouse
 };

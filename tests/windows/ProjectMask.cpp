@@ -122,21 +122,26 @@ void maskSongTrack(Cursor& in) {
     in.blankBits(selectedBit);
 }
 
+void maskOptions(Cursor& in) {
+    in.skip(8);
+    in.blank(4); // zoom
+}
+
 void maskProgram(Cursor& in) {
     in.blank(4); // the position
 }
 
 const std::map<std::string, Mask> masks = {
-    {"audiodir", maskAll},     {"page", maskAll},         {"pagei", maskAll},
-    {"pageModular", maskAll},  {"modsb", maskAll},        {"comped", maskAll},
-    {"compedi", maskAll},      {"mixed", maskAll},        {"cmed", maskAll},
-    {"trackRow", maskAll},     {"tracked", maskAll},      {"arped", maskAll},
-    {"editored", maskAll},     {"edopt", maskAll},        {"ed-noteh", maskAll},
-    {"editorpp", maskAll},     {"amarker", maskAll},      {"comp2", maskComp},
-    {"insert2", maskComp},     {"track", maskTrack},      {"sub", maskLane},
-    {"prog", maskProgram},     {"ptrack", maskSongTrack}, {"part", maskPart},
-    {"mevents", maskNotes},    {"devents", maskDrums},    {"aevents2", maskClips},
-    {"aevents", maskOldClips}, {"amevents", maskPoints}};
+    {"audiodir", maskAll},    {"page", maskAll},         {"pagei", maskAll},
+    {"pageModular", maskAll}, {"modsb", maskAll},        {"comped", maskAll},
+    {"compedi", maskAll},     {"mixed", maskAll},        {"cmed", maskAll},
+    {"trackRow", maskAll},    {"tracked", maskAll},      {"arped", maskAll},
+    {"editored", maskAll},    {"edopt", maskAll},        {"ed-noteh", maskAll},
+    {"editorpp", maskAll},    {"amarker", maskAll},      {"comp2", maskComp},
+    {"insert2", maskComp},    {"track", maskTrack},      {"sub", maskLane},
+    {"prog", maskProgram},    {"ptrack", maskSongTrack}, {"part", maskPart},
+    {"options", maskOptions}, {"mevents", maskNotes},    {"devents", maskDrums},
+    {"aevents2", maskClips},  {"aevents", maskOldClips}, {"amevents", maskPoints}};
 
 void maskBlocks(Cursor in);
 

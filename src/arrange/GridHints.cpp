@@ -1,0 +1,39 @@
+#include "arrange/GridHints.h"
+
+#include "arrange/ArrangeState.h"
+#include "arrange/Hit.h"
+#include "gui/Keys.h"
+#include "sequencer/CSeq.h"
+#include "ui/Options.h"
+#include "ui/Workspace.h"
+
+namespace {
+
+/// With the second key that is in force.
+CStr altName(const ArrangeState& state) {
+    switch (SecondAlt(state.workspace.options().altKey.get())) {
+    case SecondAlt::super:
+        return "Alt or Super";
+    case SecondAlt::altGr:
+        return "Alt or AltGr";
+    default:
+        return "Alt";
+    }
+}
+
+} // namespace
+
+CStr gridHint(const ArrangeState& state, const ArrangeRow* row, const PartHit& hit) {
+    const CStr alt = altName(state);
+    if (hit.part && hit.zone == zonePartStart)
+        return "Drag: where the part starts   Ctrl, once it moves: off the grid";
+    if (hit.part && hit.zone == zonePartEnd)
+        return "Drag: where the part ends   Ctrl, once it moves: off the grid";
+    if (hit.part)
+        return "Drag: move   Ctrl + drag: copy   Ctrl + Shift + drag: linked copy   " + alt +
+               " + right click: split";
+    if (!row) return "Drop audio, MIDI files, clips and sounds here for new tracks";
+    if (row->lane) return "";
+    if (row->songTrack->track->kind == trackFolder) return "Drag: select parts";
+    return "Drag: select parts   Double click or " + alt + " + drag: new part   Ctrl + wheel: zoom";
+}
