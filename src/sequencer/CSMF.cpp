@@ -119,9 +119,9 @@ void CSMF::writeMeta(int delta, int kind, int length) {
     writeVarLen(length);
 }
 
-void CSMF::writeTempo(int delta, int bpm) {
+void CSMF::writeTempo(int delta, double bpm) {
     writeMeta(delta, metaTempo, 3);
-    write3(microsecondsPerMinute / std::max(bpm, 1));
+    write3(asInt(microsecondsPerMinute / std::max(bpm, 1.0)));
 }
 
 void CSMF::writeTempoTrack(int bpm) {

@@ -35,7 +35,7 @@ public:
     void writeByte(unsigned char value);
 
     // Meta events, `delta` ticks behind the event before.
-    void writeTempo(int delta, int bpm);
+    void writeTempo(int delta, double bpm);
     void writeTempoTrack(int bpm); ///< a track of nothing else
     /// `den` 1, 2, 4, 8, 16 or 32, any other counts as 4; `num` 1 to 255, else clamped.
     void writeTimesig(int delta, int num, int den);

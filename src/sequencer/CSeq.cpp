@@ -13,9 +13,9 @@
 #include "sequencer/AudioVoices.h"
 #include "sequencer/CEditorComp.h"
 #include "sequencer/CSubTrack.h"
+#include "sequencer/OrderPlan.h"
 #include "sequencer/PartClipboard.h"
 #include "sequencer/PartEdits.h"
-#include "sequencer/OrderPlan.h"
 #include "sequencer/PartOrder.h"
 #include "sequencer/Points.h"
 #include "sequencer/SampleUse.h"
@@ -135,12 +135,19 @@ bool CSeq::takesWhole(const CUndoItem* item) {
 void CSeq::planStep(UndoPlan& plan, CUndo* step) {
     if (step->effects.song) planOrder(this, plan, step);
     stepMarks.collect(this, plan, step);
+    tempoRooms.clear();
+    const std::vector<CList*> planned = plan.lists();
+    for (auto* prog : each<CSeqProg>(progs))
+        if (std::ranges::find(planned, &prog->tempos) != planned.end())
+            tempoRooms.emplace_back(prog, TempoMap::roomFor(plan.contents(&prog->tempos).size()));
 }
 
 void CSeq::performPlan() {
     assert(heldByThread());
     stepMarks.serve();
+    for (auto& [prog, room] : tempoRooms) prog->takeTempoRoom(room);
     clipChanges.fetchAdd(1);
+    tempoChanges.fetchAdd(1);
 }
 
 void CSeq::perform(CUndoItem* item, int op) {
@@ -336,28 +343,30 @@ float CSeq::tempoBefore(const CSeqProg* prog) const {
 double CSeq::framesToTicks(double ticks, double frames, int rate) {
     CSeqProg* prog = getProg();
     if (!prog) return host->framesToTicks(frames);
-    return tempoFramesToTicks(prog->tempos, tempoBefore(prog), ticks, frames, rate);
+    return prog->tempoMap().framesToTicks(tempoBefore(prog), ticks, frames, rate);
 }
 
 double CSeq::ticksToFrames(int from, int ticks, int rate) {
     CSeqProg* prog = getProg();
     if (!prog) return host->ticksToFrames(ticks);
-    return tempoTicksToFrames(prog->tempos, tempoBefore(prog), from, ticks, rate);
+    return prog->tempoMap().ticksToFrames(tempoBefore(prog), from, ticks, rate);
 }
 
 CTempoPart* CSeq::getTempoAtPos(int tick) {
     CSeqProg* prog = getProg();
-    return prog ? lastTempoAt(prog->tempos, tick) : nullptr;
+    return prog ? prog->tempoMap().lastAt(tick) : nullptr;
 }
 
 CTempoPart* CSeq::getNextTempoChange(int tick) {
     CSeqProg* prog = getProg();
-    return prog ? nextTempoAfter(prog->tempos, tick) : nullptr;
+    return prog ? prog->tempoMap().nextAfter(tick) : nullptr;
 }
 
 int CSeq::ticksToNextTempoChange(double tick) {
     CSeqProg* prog = getProg();
-    return prog ? ticksToNextTempo(prog->tempos, tick) : -1;
+    const int64_t from = asInt64(tick);
+    const CTempoPart* next = prog ? prog->tempoMap().nextFrom(double(from)) : nullptr;
+    return next ? int(next->pos - from) : -1;
 }
 
 void CSeq::onGetSnap(CObject* sender) {

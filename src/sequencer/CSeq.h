@@ -241,7 +241,9 @@ public:
     /// The point whose tempo is in force at the position; null before the first, where
     /// `CQV::songTempo` is. Interface thread.
     CTempoPart* tempoPointHere();
-    CTimesigPart* timesigHere(); ///< the last one at the position or before, or null
+    double tempoHere();               ///< beats per minute at the position. Interface thread
+    Shared<unsigned> tempoChanges{0}; ///< counts what may have changed tempos besides their lists
+    CTimesigPart* timesigHere();      ///< the last one at the position or before, or null
     /// One of them was changed: what is in force is heard from the next block on. Any thread.
     void tempoChanged();
     double framesToTicks(double ticks, double frames, int rate);
@@ -281,7 +283,8 @@ public:
 
 private:
     int programCount = 0;
-    StepMarks stepMarks;             ///< of the step on its way
+    StepMarks stepMarks;                                          ///< of the step on its way
+    std::vector<std::pair<CSeqProg*, TempoMap::Room>> tempoRooms; ///< for its points of tempo
     Shared<unsigned> clipChanges{0}; ///< counts what may have changed how long clips last
     unsigned purgedLists = 0;      ///< versions of the lists that `purgeSelection` has been through
     Shared<bool> takeBegun{false}; ///< by the graph, for the idle pass

@@ -184,7 +184,22 @@ void CSeqProg::addTimesig(CTimesigPart* point, CUndo* undo) {
 }
 
 void CSeqProg::addTempo(CTempoPart* point, CUndo* undo) {
+    if (!undo) {
+        const GraphHold hold(seq->host);
+        reserveTempos(tempos.getCount() + 1);
+    }
     linkPoint(seq->host, tempos, point, undo, [point](int other) { return other > point->pos; });
+}
+
+const TempoMap& CSeqProg::tempoMap() {
+    TempoMap& map = seq->heldByThread() ? heldTempos : shownTempos;
+    map.refresh(tempos, seq->tempoChanges);
+    return map;
+}
+
+void CSeqProg::reserveTempos(int count) {
+    TempoMap::Room room = TempoMap::roomFor(size_t(asMax(count, tempos.getCount())));
+    heldTempos.takeRoom(room);
 }
 
 int CSeqProg::snapTo(int tick, int grid) {

@@ -4,6 +4,7 @@
 #include "base/CList.h"
 #include "engine/CProgram.h"
 #include "sequencer/CSongTrack.h"
+#include "sequencer/TempoMap.h"
 
 #include <cstdint>
 
@@ -108,6 +109,12 @@ public:
     void addTimesig(CTimesigPart* point, CUndo* undo);
     /// Behind the last entry at or before the new position: of two at one tick the newer counts.
     void addTempo(CTempoPart* point, CUndo* undo);
+    /// The tempos as they are now, by which all conversions go: one map for who holds the graph,
+    /// and one for the interface thread. Good until a point comes, goes or changes.
+    const TempoMap& tempoMap();
+    /// There will be so many points, or as many as there are. With the graph, off the audio thread.
+    void reserveTempos(int count = 0);
+    void takeTempoRoom(TempoMap::Room& room) { heldTempos.takeRoom(room); } ///< graph holder
 
     // Grid.
     /// `tick` on a grid that begins anew at each time signature.
@@ -116,5 +123,6 @@ public:
     int snapToBeat(int tick, int num, int den);
 
 private:
+    TempoMap heldTempos, shownTempos;
     void stepMarker(int step);
 };

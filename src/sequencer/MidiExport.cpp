@@ -7,6 +7,7 @@
 #include "sequencer/CSMF.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Points.h"
+#include "sequencer/TempoMap.h"
 
 #include <algorithm>
 #include <vector>
@@ -31,36 +32,59 @@ Range rangeOf(CSeq* seq, MidiRange wanted) {
     return {0, seq->renderDuration()};
 }
 
-/// Calls `write(delta, point)` for the points of the range, and for that which its start lies
+/// What holds from a tick on.
+template <class T>
+struct Point {
+    int tick;
+    T what;
+};
+
+/// Calls `write(delta, what)` for the points of the range, and for that which its start lies
 /// behind.
-template <class Point, class F>
-void eachPoint(const CList& points, const Range& range, F&& write) {
+template <class T, class F>
+void eachPoint(const std::vector<Point<T>>& points, const Range& range, F&& write) {
     int last = 0;
-    const Point* before = nullptr;
-    const auto put = [&](const Point* point) {
-        const int tick = std::max(0, int(point->pos) - range.from);
-        write(tick - last, point);
+    const Point<T>* before = nullptr;
+    const auto put = [&](const Point<T>& point) {
+        const int tick = std::max(0, point.tick - range.from);
+        write(tick - last, point.what);
         last = tick;
     };
-    for (const auto* point : each<Point>(points)) {
-        if (point->pos <= range.from) {
-            before = point;
+    for (const Point<T>& point : points) {
+        if (point.tick <= range.from) {
+            before = &point;
             continue;
         }
-        if (before) put(before);
+        if (before) put(*before);
         before = nullptr;
-        if (point->pos < range.to) put(point);
+        if (point.tick < range.to) put(point);
     }
-    if (before) put(before);
+    if (before) put(*before);
+}
+
+/// A line of tempo becomes one step per sixteenth, each as long as the sixteenth in the song.
+void addLine(std::vector<Point<double>>& tempos, CSeq* seq, int from, int to) {
+    constexpr int sixteenth = 240, clock = 1000000; // frames per second
+    for (int tick = from, next; tick < to; tick = next) {
+        next = std::min(tick + sixteenth, to);
+        const double seconds = seq->ticksToFrames(tick, next - tick, clock) / clock;
+        tempos.push_back({tick, (next - tick) / (seconds * ticksPerSecondPerBpm)});
+    }
 }
 
 void writeTempos(CSMF& file, CSeq* seq, const Range& range) {
     const CList& points = seq->getProg()->tempos;
     if (points.empty()) return file.writeTempoTrack(asInt(double(seq->host->tempo)));
+    std::vector<Point<double>> tempos;
+    for (const auto* point : each<CTempoPart>(points)) {
+        const CTempoPart* next = seq->getNextTempoChange(point->pos);
+        if (point->ramp && next)
+            addLine(tempos, seq, point->pos, next->pos);
+        else
+            tempos.push_back({point->pos, double(asInt(double(point->getTempo())))});
+    }
     file.writeStartOfTrack();
-    eachPoint<CTempoPart>(points, range, [&](int delta, const CTempoPart* point) {
-        file.writeTempo(delta, asInt(double(point->getTempo())));
-    });
+    eachPoint(tempos, range, [&](int delta, double bpm) { file.writeTempo(delta, bpm); });
     file.writeEndOfTrack();
 }
 
@@ -71,8 +95,10 @@ void writeTimesigs(CSMF& file, CSeq* seq, const Range& range) {
         seq->getTimeSig(num, den);
         return file.writeTimesigTrack(num, den);
     }
+    std::vector<Point<const CTimesigPart*>> signatures;
+    for (const auto* point : each<CTimesigPart>(points)) signatures.push_back({point->pos, point});
     file.writeStartOfTrack();
-    eachPoint<CTimesigPart>(points, range, [&](int delta, const CTimesigPart* point) {
+    eachPoint(signatures, range, [&](int delta, const CTimesigPart* point) {
         file.writeTimesig(delta, point->getNum(), point->getDen());
     });
     file.writeEndOfTrack();

@@ -33,6 +33,11 @@ std::vector<CPart*> twoAudioParts(CSeq* seq) {
     return found;
 }
 
+double overlapMs(CSeq* seq, int tick, int ticks) {
+    const int rate = asRound(double(seq->host->rate));
+    return seq->ticksToFrames(tick, ticks, rate) / rate * 1000.0;
+}
+
 } // namespace
 
 void removeSelected(CSeq* seq, const char* title) {
@@ -90,7 +95,7 @@ void CSeq::crossfadeClicked(CObject*) {
     const int64_t overlap =
         parts.size() == 2 ? int64_t(parts[0]->pos) + getTicks(parts[0]) - parts[1]->pos : 0;
     const float ms =
-        float(asInt(host->ticksToFrames(double(overlap)) / double(host->rate) * 1000.0));
+        overlap > 0 ? float(asInt(overlapMs(this, parts[1]->pos, int(overlap)))) : 0.0f;
     const bool done = overlap > 0 && firstClip(parts[0]->content())->fadeOutMs == ms &&
                       firstClip(parts[1]->content())->fadeInMs == ms;
     if (overlap > 0 && !done) {

@@ -40,4 +40,6 @@ public:
     /// Beats per minute, kept within 10 to 250; not a number gives 10.
     void setTempo(ToStore<float> bpm);
     float getTempo() const { return tempo; }
+    /// The tempo goes to that of the next point in a line, if there is one.
+    Stored<unsigned char> ramp{0};
 };

@@ -68,9 +68,11 @@ void readPlace(SongReading& r, CPart* point) {
     point->length = readTicks(r.in);
 }
 
-/// Takes a point into a list of the latest program.
-void addPoint(SongReading& r, CList CSeqProg::*list, std::unique_ptr<CPart> point) {
-    if (r.prog && LoadBudget::take("markers", pointRoom)) (r.prog->*list).add(point.release());
+/// Takes a point into a list of the latest program; false without a program or room for it.
+bool addPoint(SongReading& r, CList CSeqProg::*list, std::unique_ptr<CPart> point) {
+    if (!r.prog || !LoadBudget::take("markers", pointRoom)) return false;
+    (r.prog->*list).add(point.release());
+    return true;
 }
 
 bool readMarker(SongReading& r, int) {
@@ -120,7 +122,15 @@ bool readTempo(SongReading& r, int) {
     readPlace(r, point.get());
     point->setTempo(readFloat(r.in, minTempo, maxTempo, markerTempo));
     skipInts(r.in, 3);
-    addPoint(r, &CSeqProg::tempos, std::move(point));
+    r.tempo = point.get();
+    if (!addPoint(r, &CSeqProg::tempos, std::move(point))) r.tempo = nullptr;
+    return true;
+}
+
+bool readRamp(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    const int ramp = r.in.readInt() != 0;
+    if (r.tempo) r.tempo->ramp = (unsigned char)ramp;
     return true;
 }
 
@@ -130,7 +140,8 @@ constexpr SongBlock blocks[] = {{"prog", readProg},
                                 {"marker", readMarker},
                                 {"amarker", readActiveMarker},
                                 {"timesig", readTimesig},
-                                {"tempo", readTempo, tempoBytes}};
+                                {"tempo", readTempo, tempoBytes},
+                                {"tempoRamp", readRamp}};
 
 void writeFreeze(SongWriting& w, const CSongTrack* songTrack, const CFreezeItem* item) {
     if (!item->sample) return;
@@ -181,6 +192,7 @@ void writeTempo(CStream* s, const CTempoPart* point) {
     s->writeInt(point->length);
     s->writeFloat(point->getTempo());
     writeZeros(s, 3);
+    if (point->ramp) writeIntBlock(s, "tempoRamp", 1);
 }
 
 } // namespace

@@ -256,19 +256,6 @@ void silenceArps(const CList& tracks) {
     for (CTrack* track : each<CTrack>(tracks)) track->arp->allNotesOff = 1;
 }
 
-/// The point whose tempo holds in a block of `frames` from the position on, null before the first.
-CTempoPart* tempoInForce(const CSeqProg* prog, int frames) {
-    const CQV* host = prog->seq->host;
-    const int at = asInt(prog->pos);
-    CTempoPart* found = nullptr;
-    for (auto* point : each<CTempoPart>(prog->tempos)) {
-        const int tick = point->pos;
-        if (tick >= at && host->ticksToFrames(double(tick) - at) >= frames) break;
-        found = point;
-    }
-    return found;
-}
-
 void jumpTo(CSeqProg* prog, double ticks) {
     prog->pos = ticks;
     prog->prevPos = ticks;
@@ -443,13 +430,23 @@ void CSeq::fx(int frames) {
 void CSeq::followTempo(int frames) {
     CSeqProg* prog = getProg();
     if (!prog) return;
-    const CTempoPart* point = tempoInForce(prog, frames);
-    host->tempo = point ? point->getTempo() : float(host->songTempo);
+    host->tempo = float(prog->tempoMap().blockBpm(host->songTempo, prog->pos, frames,
+                                                  double(host->rate), double(host->tempoNow)));
 }
 
 CTempoPart* CSeq::tempoPointHere() {
     CSeqProg* prog = getProg();
-    return prog ? tempoInForce(prog, host->frames) : nullptr;
+    if (!prog) return nullptr;
+    return prog->tempoMap().ofBlock(prog->pos, host->frames, double(host->rate),
+                                    double(host->tempoNow));
+}
+
+double CSeq::tempoHere() {
+    const CTempoPart* point = tempoPointHere();
+    if (!point) return double(host->songTempo);
+    if (!point->ramp) return double(point->getTempo());
+    CSeqProg* prog = getProg();
+    return prog->tempoMap().bpmAt(host->songTempo, asMax(double(prog->pos), double(point->pos)));
 }
 
 CTimesigPart* CSeq::timesigHere() {
@@ -459,6 +456,7 @@ CTimesigPart* CSeq::timesigHere() {
 
 void CSeq::tempoChanged() {
     clipChanges.fetchAdd(1);
+    tempoChanges.fetchAdd(1);
     TransportCall call;
     call.target = this;
     call.act = [](CObject* target, double, void*) {

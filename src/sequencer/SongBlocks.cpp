@@ -184,6 +184,7 @@ void SongReading::finish() {
         }
         sortByPos(prog->timesigs);
         sortByPos(prog->tempos);
+        prog->reserveTempos();
     }
     seq->curProg = asMinMax(curProg, 0, asMax(seq->progs.getCount() - 1, 0));
     kit.giveClips();

@@ -16,6 +16,7 @@ class CSeq;
 class CSeqProg;
 class CSongTrack;
 class CSubTrack;
+class CTempoPart;
 class CTrack;
 struct SongBlock;
 
@@ -48,6 +49,7 @@ public:
     CPart* part = nullptr;
     CTrack* track = nullptr;
     CSubTrack* lane = nullptr;
+    CTempoPart* tempo = nullptr;
     KitReader kit;
     const std::vector<CSample*> pool; ///< the project's samples by index
     std::vector<CTrack*> tracks;

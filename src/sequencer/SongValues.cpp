@@ -111,6 +111,17 @@ const StoredValue::Kind pointTempo = {
         if (CComp* seq = qv->firstOfType(compSeq)) song(seq)->tempoChanged();
     }};
 
+const StoredValue::Kind ramp = {"Tempo ramp",
+                                [](const CObject* o, int) {
+                                    return Numbers{static_cast<const CTempoPart*>(o)->ramp ? 1.0
+                                                                                           : 0.0};
+                                },
+                                [](CObject* o, int, const Numbers& to) {
+                                    static_cast<CTempoPart*>(o)->ramp = to[0] != 0.0;
+                                    if (CComp* seq = qv->firstOfType(compSeq))
+                                        song(seq)->tempoChanged();
+                                }};
+
 const StoredValue::Kind songTempo = {
     "Tempo", [](const CObject* o, int) { return Numbers{double(song(o)->host->songTempo)}; },
     [](CObject* o, int, const Numbers& to) {
@@ -158,7 +169,15 @@ StoredValue gridOf(CSeq* seq) {
 
 StoredValue tempoHereOf(CSeq* seq) {
     CTempoPart* point = seq->tempoPointHere();
-    return point ? StoredValue{&pointTempo, point} : StoredValue{&songTempo, seq};
+    return point ? tempoOf(point) : StoredValue{&songTempo, seq};
+}
+
+StoredValue tempoOf(CTempoPart* point) {
+    return {&pointTempo, point};
+}
+
+StoredValue rampOf(CTempoPart* point) {
+    return {&ramp, point};
 }
 
 StoredValue optionOf(CSeq* seq, SongOptions::Index index) {

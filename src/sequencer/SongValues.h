@@ -6,6 +6,7 @@
 class CSeq;
 class CSeqProg;
 class CSongTrack;
+class CTempoPart;
 
 // The values of a song that a user sets through `CQV::values`.
 
@@ -23,4 +24,7 @@ StoredValue gridOf(CSeq* seq);
 /// The tempo in force at the song's position, in beats per minute: that of the last tempo point
 /// there or before, else the song's own.
 StoredValue tempoHereOf(CSeq* seq);
+StoredValue tempoOf(CTempoPart* point); ///< beats per minute
+/// 0 or 1: the tempo goes to that of the next point in a line.
+StoredValue rampOf(CTempoPart* point);
 StoredValue optionOf(CSeq* seq, SongOptions::Index index); ///< a byte

@@ -2,11 +2,13 @@
 
 #include "base/CStr.h"
 
+#include <cstdint>
+#include <vector>
+
 class CList;
 class CTempoPart;
 
-/// Ticks and frames. A song has 960 ticks to the quarter note; tempo steps at the points of a list
-/// of CTempoPart and is constant between them.
+/// Ticks and frames. A song has 960 ticks to the quarter note.
 
 /// Ticks per second at one beat per minute.
 constexpr double ticksPerSecondPerBpm = 16.0;
@@ -21,16 +23,63 @@ double XToTicks(double x, double zoom);
 /// Quarter counted from 1, and the ticks inside it: "001:000".
 CStr ticksToStr(int ticks);
 
-/// Ticks that `frames` take from tick `pos` on, as a whole number: every stretch is cut to whole
-/// frames and ticks. `tempoBefore` (beats per minute) holds until the first point. 0 for rates
-/// below 1.
-double tempoFramesToTicks(const CList& tempos, float tempoBefore, double pos, double frames,
-                          int rate);
-/// Frames that `ticks` take from tick `pos` on.
-double tempoTicksToFrames(const CList& tempos, float tempoBefore, int pos, int ticks, int rate);
-/// The last point at or before `pos`, null when there is none.
-CTempoPart* lastTempoAt(const CList& tempos, int pos);
-/// The first point after `pos`, null when there is none.
-CTempoPart* nextTempoAfter(const CList& tempos, int pos);
-/// Ticks from the whole part of `pos` to the first point at or after it, -1 when there is none.
-int ticksToNextTempo(const CList& tempos, double pos);
+/// A stretch of time whose tempo is linear in ticks, from where it is `bpm` beats per minute on.
+struct TempoStretch {
+    double bpm = 120.0;
+    double slope = 0.0; ///< beats per minute, per tick
+
+    double bpmAt(double tick) const { return bpm + slope * tick; }
+    /// Both count from the beginning. Of a slope they are the integral of 60 / (960 bpm) seconds
+    /// over the ticks, rate / (16 slope) * ln(bpm at the end / bpm), and its inverse.
+    double frames(double ticks, double rate) const;
+    double ticks(double frames, double rate) const;
+};
+
+/// The tempo points of a program side by side, with the time that has passed at each. From a point
+/// on its tempo holds until the next one, or goes to that of the next one in a line. `before`, in
+/// beats per minute, holds until the first. Rates are frames per second; below 1 all gives 0.
+/// For one thread at a time.
+class TempoMap {
+public:
+    struct Point {
+        double tick;
+        double seconds;  ///< since the first point
+        TempoStretch on; ///< from here on
+        CTempoPart* part;
+    };
+    using Room = std::vector<Point>;
+
+    /// Makes it anew when the list, or the count of what else has changed, is another one. There
+    /// has to be room for all, or memory is taken.
+    void refresh(const CList& tempos, unsigned changes);
+    static Room roomFor(size_t points); ///< empty
+    /// Takes the larger one of its own room and `room`, which is given the other.
+    void takeRoom(Room& room);
+
+    double bpmAt(float before, double tick) const;
+    /// Frames that `ticks`, above 0, take from tick `from` on.
+    double ticksToFrames(float before, double from, double ticks, int rate) const;
+    /// Ticks that `frames` take, as a whole number: every stretch is cut to whole frames and ticks.
+    double framesToTicks(float before, double from, double frames, int rate) const;
+    /// The tempo of a block from tick `from` on, which is constant in it. `told` is the tempo of
+    /// the block before. A point that lies in the block holds for all of it; the block of a line
+    /// gets the mean, so that it ends where the line does.
+    double blockBpm(float before, double from, int frames, double rate, double told) const;
+
+    // Points, null when there is none.
+    CTempoPart* lastAt(double tick) const;    ///< at or before the tick
+    CTempoPart* nextAfter(double tick) const; ///< after it
+    CTempoPart* nextFrom(double tick) const;  ///< at or after it
+    /// That whose tempo holds for such a block: see `blockBpm`.
+    CTempoPart* ofBlock(double from, int frames, double rate, double told) const;
+
+private:
+    size_t begun(double tick) const;  ///< how many stand at or before it
+    size_t passed(double tick) const; ///< how many stand before it
+    size_t begunInBlock(double from, int frames, double rate, double told) const;
+    TempoStretch stretch(float before, size_t begunPoints, double tick) const;
+
+    Room points;
+    unsigned version = 0, knownChanges = 0;
+    bool made = false;
+};

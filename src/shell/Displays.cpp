@@ -249,7 +249,8 @@ StoredValue CTempoDisplay::value() const {
 }
 
 CStr CTempoDisplay::figures() const {
-    return formatted("%.1f", value().get()[0]);
+    CSeq* seq = songOf(qv);
+    return formatted("%.1f", seq ? seq->tempoHere() : value().get()[0]);
 }
 
 void CTempoDisplay::mouseDown(int x, int y, int btn) {

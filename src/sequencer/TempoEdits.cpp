@@ -1,0 +1,119 @@
+#include "sequencer/TempoEdits.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/ValueDoor.h"
+#include "sequencer/Bars.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/ClipTimes.h"
+#include "sequencer/PartEdits.h"
+#include "sequencer/Points.h"
+#include "sequencer/SongValues.h"
+#include "sequencer/TempoMap.h"
+
+#include <memory>
+
+namespace {
+
+constexpr StepEffects pointEffects = {.song = true,
+                                      .seq = SeqNotice::tracks | SeqNotice::transport};
+
+/// Carries out `edit(step)`.
+template <class F>
+void tempoStep(CSeq* seq, const char* title, F&& edit) {
+    CUndo* undo = seq->host->undoStart(title, seq, pointEffects);
+    edit(undo);
+    seq->host->undoEnd(undo, false);
+}
+
+std::unique_ptr<CTempoPart> newPoint(int tick, double bpm, const CTempoPart* line) {
+    auto point = std::make_unique<CTempoPart>();
+    point->pos = tick;
+    point->setTempo(float(bpm));
+    point->ramp = line && line->ramp;
+    return point;
+}
+
+/// A recording and the bars that it is to fill.
+class BarFit {
+public:
+    BarFit(CSeq* song, CPart* recording, int bars)
+        : seq(song), prog(song->getProg()), from(recording->pos), event(lengthEvent(recording)) {
+        BarPlace end = barPlace(seq, from);
+        end.bar += bars;
+        to = tickOf(seq, end);
+        if (event && bars > 0) bpm = (to - from) / (seconds() * ticksPerSecondPerBpm);
+    }
+
+    bool possible() const { return bpm >= double(minTempo) && bpm <= double(maxTempo); }
+
+    void record(CUndo* undo) const {
+        if (prog->tempos.empty()) return setSongTempo(undo);
+        const CTempoPart* last = seq->getTempoAtPos(to);
+        const double after = prog->tempoMap().bpmAt(seq->host->songTempo, to);
+        bool followed = false;
+        for (auto* point : each<CTempoPart>(prog->tempos)) {
+            followed = followed || point->pos == to;
+            if (point->pos >= from && point->pos < to) undo->asRemove(point, &prog->tempos);
+        }
+        prog->addTempo(newPoint(from, bpm, nullptr).release(), undo);
+        if (!followed) prog->addTempo(newPoint(to, after, last).release(), undo);
+    }
+
+private:
+    void setSongTempo(CUndo* undo) const {
+        const StoredValue tempo = tempoHereOf(seq);
+        const StoredValue::Numbers before = tempo.get();
+        seq->host->setTempo(float(bpm));
+        seq->tempoChanged();
+        undo->asValue(tempo, before);
+    }
+
+    double seconds() const {
+        const double frames = double(event->end) - event->start + 1;
+        return frames / tunedRate(event->sample, event->semitones + double(event->fine));
+    }
+
+    CSeq* seq;
+    CSeqProg* prog;
+    const int from;
+    const CAudioEvent* event;
+    int to = 0;
+    double bpm = 0.0;
+};
+
+} // namespace
+
+CTempoPart* addTempoPoint(CSeq* seq, int tick, float bpm) {
+    CSeqProg* prog = seq->getProg();
+    if (!prog) return nullptr;
+    tick = limitTicks(asMax(tick, 0));
+    const double here = prog->tempoMap().bpmAt(seq->host->songTempo, tick);
+    CTempoPart* last = seq->getTempoAtPos(tick);
+    if (last && last->pos == tick) {
+        seq->host->values->set(tempoOf(last), bpm < 1.0f ? here : double(bpm));
+        return last;
+    }
+    CTempoPart* made = newPoint(tick, bpm < 1.0f ? here : double(bpm), last).release();
+    tempoStep(seq, "Add tempo", [&](CUndo* undo) { prog->addTempo(made, undo); });
+    return made;
+}
+
+void moveTempoPoint(CSeq* seq, CTempoPart* point, int tick) {
+    const int by = limitTicks(asMax(tick, 0)) - point->pos;
+    if (by) tempoStep(seq, "Move", [&](CUndo* undo) { recordMove(undo, point, by); });
+}
+
+void deleteTempoPoint(CSeq* seq, CTempoPart* point) {
+    CSeqProg* prog = seq->getProg();
+    if (!prog || !prog->tempos.contains(point)) return;
+    tempoStep(seq, "Delete", [&](CUndo* undo) { undo->asRemove(point, &prog->tempos); });
+}
+
+bool fitBars(CSeq* seq, CPart* part, int bars) {
+    if (!seq->getProg()) return false;
+    const BarFit fit(seq, part, bars);
+    if (!fit.possible()) return false;
+    tempoStep(seq, "Fit bars", [&fit](CUndo* undo) { fit.record(undo); });
+    return true;
+}
