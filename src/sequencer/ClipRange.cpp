@@ -73,3 +73,8 @@ int ticksBefore(CSeq* seq, const CAudioEvent* clip, int songTick, int limit) {
     }
     return fits;
 }
+
+int frameInClip(CSeq* seq, const CAudioEvent* clip, int songTick, int into) {
+    if (clip->mode != playRepitch) return posAsFrames2(clip, into, clip->ticks);
+    return saturate(asInt64(clip->start + seq->ticksToFrames(songTick, into, clipRate(clip))));
+}

@@ -23,3 +23,6 @@ void trimClip(CSeq* seq, CAudioEvent* clip, int songTick, int delta);
 int longestClip(CSeq* seq, const CAudioEvent* clip, int songTick);
 /// The most ticks, up to `limit`, by which it can begin earlier.
 int ticksBefore(CSeq* seq, const CAudioEvent* clip, int songTick, int limit);
+/// The frame that is heard `into` ticks behind its start, counted forward from the front of its
+/// range also in a reversed one.
+int frameInClip(CSeq* seq, const CAudioEvent* clip, int songTick, int into);

@@ -5,6 +5,7 @@
 #include "engine/CQV.h"
 #include "sequencer/AudioVoices.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/ClipRange.h"
 #include "sequencer/ClipTimes.h"
 #include "sequencer/PartEdits.h"
 
@@ -13,14 +14,6 @@ namespace {
 constexpr StepEffects splitEffects{.song = true, .seq = SeqNotice::parts | SeqNotice::cuts};
 
 // Clips.
-
-/// The frame that is heard `into` ticks behind the start of a clip at tick `songTick` of the song,
-/// counted forward from the front of its range also in a reversed one.
-int frameInClip(CSeq* seq, const CAudioEvent* clip, int songTick, int into) {
-    if (clip->mode != playRepitch) return posAsFrames2(clip, into, clip->ticks);
-    const int rate = tunedRate(clip->sample, clip->semitones + double(clip->fine));
-    return saturate(asInt64(clip->start + seq->ticksToFrames(songTick, into, rate)));
-}
 
 void keepFront(CAudioEvent* clip, int frame, int ticks) {
     if (clip->reverse)
@@ -63,71 +56,81 @@ bool cuttable(CSeq* seq, CPart* part, int at) {
 
 // Parts.
 
-/// What one side of a cut takes from a part. All ticks count from the start of that part.
-struct Side {
+/// What lies between two ticks of a part, which count from its start. The first piece has what the
+/// start of the part hides as well, the last what its end hides.
+struct Piece {
     CSeq* seq;
     CPart* source;
-    bool left;
-    int cut;    ///< the left side ends there, the right one begins
+    int from, to;
     int length; ///< of the source
 
-    int partTick(int eventTick) const { return saturate(int64_t(source->offset) + eventTick); }
-    int newTick(int tick) const { return left ? tick - source->offset : tick - cut; }
-    bool takes(int tick) const { return left ? tick < cut : tick >= cut; }
     std::unique_ptr<CPart> make() const;
 
 private:
-    void copyEvents(CPart* to) const;
-    void copyPoints(CPart* to, int slot) const;
-    CAudioEvent* clipPiece(const CBaseEvent* event, int tick) const;
+    bool first() const { return from <= 0; }
+    bool last() const { return to >= length; }
+    int partTick(int eventTick) const { return saturate(int64_t(source->offset) + eventTick); }
+    int newTick(int tick) const { return first() ? tick - source->offset : tick - from; }
+    bool takes(int tick) const { return (first() || tick >= from) && (last() || tick < to); }
+    void copyEvents(CPart* into) const;
+    void copyPoints(CPart* into, int slot) const;
+    CAudioEvent* clipPiece(const CAudioEvent* clip, int tick) const;
 };
 
-/// The piece of a clip that lies on this side; null without any. What begins before the part does
-/// not sound in it, and is not cut.
-CAudioEvent* Side::clipPiece(const CBaseEvent* event, int tick) const {
-    const auto* clip = static_cast<const CAudioEvent*>(event);
-    const int songTick = saturate(int64_t(source->pos) + tick),
-              into = saturate(int64_t(cut) - tick);
+/// The piece of a clip that lies in it; null without any. What begins before the part does not
+/// sound in it, and is not cut.
+CAudioEvent* Piece::clipPiece(const CAudioEvent* clip, int tick) const {
+    const int songTick = saturate(int64_t(source->pos) + tick);
     const int ticks = sampleAsTicks2(seq, clip, songTick);
-    const bool crossing = tick >= 0 && into > 0 && ticks > into && clip->sample;
-    const int frame = crossing ? frameInClip(seq, clip, songTick, into) : 0;
-    if (!crossing || !inside(clip, frame)) return takes(tick) ? createAudioEvent(clip) : nullptr;
+    int frame = 0;
+    const auto cutAt = [&](int edge) {
+        const int into = saturate(int64_t(edge) - tick);
+        if (tick < 0 || into < 1 || ticks <= into || !clip->sample) return false;
+        frame = frameInClip(seq, clip, songTick, into);
+        return inside(clip, frame);
+    };
+    const bool goesOn = !last() && cutAt(to);
+    const int endFrame = frame;
+    const bool begun = !first() && cutAt(from);
+    if (!begun && !takes(tick)) return nullptr;
     CAudioEvent* piece = createAudioEvent(clip);
-    if (left)
-        keepFront(piece, frame, into);
-    else
-        keepBack(piece, frame, ticks - into);
+    const int start = clip->start, end = clip->end;
+    if (goesOn) keepFront(piece, endFrame, to - tick);
+    if (!begun) return piece;
+    keepBack(piece, frame, (goesOn ? to : tick + ticks) - from);
+    if (clip->reverse) piece->end = end - frame + start;
     return piece;
 }
 
-void Side::copyEvents(CPart* to) const {
+void Piece::copyEvents(CPart* into) const {
     EventCollector copies;
     eachEvent(source->getEvents(), [&](const CBaseEvent* e, int eventTick) {
         const int tick = partTick(eventTick);
         if (source->type == partAudio) {
-            if (CAudioEvent* piece = clipPiece(e, tick))
-                copies.add(newTick(takes(tick) ? tick : cut), piece);
+            if (CAudioEvent* piece = clipPiece(static_cast<const CAudioEvent*>(e), tick))
+                copies.add(newTick(takes(tick) ? tick : from), piece);
         } else if (takes(tick)) {
             copies.add(newTick(tick), copyEvent(source->type, e));
         }
     });
-    to->setEvents(copies.takeList());
+    into->setEvents(copies.takeList());
 }
 
-void Side::copyPoints(CPart* to, int slot) const {
+void Piece::copyPoints(CPart* into, int slot) const {
     EventCollector copies;
     eachEvent(source->getParam(slot), [&](const CBaseEvent* e, int eventTick) {
         const int tick = partTick(eventTick);
-        if (takes(tick) || tick == cut)
+        if (takes(tick) || tick == to)
             copies.add(newTick(tick), createEnvEvent(static_cast<const CEnvEvent*>(e)));
     });
-    if (!copies.empty()) to->setParam(slot, static_cast<CEnvEvent*>(copies.takeList()));
+    if (!copies.empty()) into->setParam(slot, static_cast<CEnvEvent*>(copies.takeList()));
 }
 
-std::unique_ptr<CPart> Side::make() const {
+std::unique_ptr<CPart> Piece::make() const {
     std::unique_ptr<CPart> part = newPartLike(source);
-    if (!left) part->offset = 0;
-    part->length = left ? cut : length - cut;
+    part->pos = limitTicks(int64_t(source->pos) + from);
+    if (!first()) part->offset = 0;
+    part->length = to - from;
     copyEvents(part.get());
     const int slots = source->content()->reservedSlots();
     for (int slot = 0; slot < slots; slot++) copyPoints(part.get(), slot);
@@ -210,15 +213,30 @@ bool cutPart(CSeq* seq, CSongTrack* songTrack, CPart* part, int at, int gap, int
     const int64_t from = mode == splitCutOut ? int64_t(at) + gap : at;
     if (at < 1 || gap < 0 || from >= length) return false;
     if (!cuttable(seq, part, at) || !cuttable(seq, part, int(from))) return false;
-    if (mode != splitKeepRight) change.add(songTrack, Side{seq, part, true, at, length}.make());
+    if (mode != splitKeepRight) change.add(songTrack, Piece{seq, part, 0, at, length}.make());
     if (mode != splitKeepLeft) {
-        std::unique_ptr<CPart> right = Side{seq, part, false, int(from), length}.make();
+        std::unique_ptr<CPart> right = Piece{seq, part, int(from), length, length}.make();
         const int moved = mode == splitApart ? gap : mode == splitKeepRight ? -gap : 0;
         right->pos = limitTicks(int64_t(part->pos) + at + moved);
         change.add(songTrack, std::move(right));
     }
     change.remove(songTrack, part);
     return true;
+}
+
+std::unique_ptr<CPart> partPiece(CSeq* seq, CPart* part, int from, int to) {
+    const int length = seq->getTicks(part);
+    from = asMax(from, 0);
+    to = asMin(to, length);
+    const auto whole = [&](int edge) { return edge <= 0 || edge >= length; };
+    if (from >= to || (!whole(from) && !cuttable(seq, part, from)) ||
+        (!whole(to) && !cuttable(seq, part, to)))
+        return nullptr;
+    return uncheckedPiece(seq, part, from, to);
+}
+
+std::unique_ptr<CPart> uncheckedPiece(CSeq* seq, CPart* part, int from, int to) {
+    return Piece{seq, part, from, to, seq->getTicks(part)}.make();
 }
 
 bool CSeq::splitPart(CSongTrack* songTrack, CPart* part, int at, int gap, int mode, CUndo* undo) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 class CPart;
 class CSeq;
 class CSongTrack;
@@ -20,3 +22,9 @@ bool splitEventsInPart(CSeq* seq, CPart* part, int tick, CUndo* undo);
 /// As `CSeq::splitPart`, by way of `change`.
 bool cutPart(CSeq* seq, CSongTrack* songTrack, CPart* part, int at, int gap, int mode,
              PartChange& change);
+/// A new part of what `part` shows from one tick behind its start to before another, in its place,
+/// cut as by `splitPart`; neither selected nor a ghost. Null where nothing of it lies there, or its
+/// only clip can't be cut there.
+std::unique_ptr<CPart> partPiece(CSeq* seq, CPart* part, int from, int to);
+/// The same without a look at the clip.
+std::unique_ptr<CPart> uncheckedPiece(CSeq* seq, CPart* part, int from, int to);
