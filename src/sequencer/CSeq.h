@@ -46,6 +46,7 @@ struct CPartSummary {
     int ghosts = 0;     ///< selected ghosts
     int monoEvents = 0; ///< events with a mono sample, among selected audio parts
     int stereoEvents = 0;
+    int selStart = 0, selEnd = 0; ///< ticks selected in the part that a view edits; set by the view
 };
 
 /// The song as a component: tracks, programs (arrangements over the same tracks), parts, events.

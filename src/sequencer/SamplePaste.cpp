@@ -18,9 +18,25 @@ constexpr int blockFrames = 1024;
 constexpr int maxChannels = 2;
 constexpr int maxFrameBytes = 8;
 
-/// Appends frames `from` to below `to`; those in the same format go over byte by byte. False when
-/// the file did not take all.
-bool append(CSample* file, const CSample* source, int from, int to) {
+bool usable(const CAudioEvent* clip) {
+    const CSample* sample = clip ? clip->sample : nullptr;
+    return sample && sample->valid && sample->chs <= maxChannels && !clip->reverse &&
+           clip->start >= 0 && clip->start <= clip->end && clip->end < sample->frames;
+}
+
+/// Of the target, before and after the paste, and in between the range of the source.
+bool write(CSample* file, const CAudioEvent* target, int frame, const CAudioEvent* source) {
+    const bool whole = appendFrames(file, target->sample, 0, frame) &&
+                       appendFrames(file, source->sample, source->start, source->end + 1) &&
+                       appendFrames(file, target->sample, frame, target->sample->frames);
+    file->writeHeader();
+    file->finalize();
+    return whole;
+}
+
+} // namespace
+
+bool appendFrames(CSample* file, const CSample* source, int from, int to) {
     const bool same = source->bits == file->bits && source->chs == file->chs &&
                       source->bigEndian == file->bigEndian;
     unsigned char bytes[blockFrames * maxFrameBytes];
@@ -41,24 +57,6 @@ bool append(CSample* file, const CSample* source, int from, int to) {
     }
     return true;
 }
-
-bool usable(const CAudioEvent* clip) {
-    const CSample* sample = clip ? clip->sample : nullptr;
-    return sample && sample->valid && sample->chs <= maxChannels && !clip->reverse &&
-           clip->start >= 0 && clip->start <= clip->end && clip->end < sample->frames;
-}
-
-/// Of the target, before and after the paste, and in between the range of the source.
-bool write(CSample* file, const CAudioEvent* target, int frame, const CAudioEvent* source) {
-    const bool whole = append(file, target->sample, 0, frame) &&
-                       append(file, source->sample, source->start, source->end + 1) &&
-                       append(file, target->sample, frame, target->sample->frames);
-    file->writeHeader();
-    file->finalize();
-    return whole;
-}
-
-} // namespace
 
 CSample* CSeq::cloneSampleType(CSample* like) {
     return CAudioProcessor([this](const CStr& name, bool& inTemp) {

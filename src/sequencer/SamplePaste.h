@@ -1,6 +1,7 @@
 #pragma once
 
 class CPart;
+class CSample;
 class CSeq;
 class CUndo;
 
@@ -10,3 +11,7 @@ class CUndo;
 /// backward or at different sample rates, have more than two channels or no sample. Where the file
 /// can't be written nothing is recorded either, and nothing is left of it.
 bool pasteFrames(CSeq* seq, CUndo* undo, CPart* source, CPart* target, int tick);
+
+/// Appends frames `from` to below `to` of a sample to a file that is being written; those in the
+/// same format go over byte by byte. False when the file did not take all.
+bool appendFrames(CSample* file, const CSample* source, int from, int to);

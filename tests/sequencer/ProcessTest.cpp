@@ -1,10 +1,15 @@
 #include "EditsFixture.h"
+#include "audiofiles/CAudioProcessor.h"
+#include "base/Deadline.h"
 #include "base/FullDisk.h"
 #include "base/Random.h"
 #include "base/TempFolder.h"
 #include "engine/CSnap.h"
+#include "sequencer/AudioProcess.h"
 #include "sequencer/Flatten.h"
 #include "sequencer/MidiProcess.h"
+#include "sequencer/ProcessMenus.h"
+#include "sequencer/Remix.h"
 #include "sequencer/Slicing.h"
 
 #include <algorithm>
@@ -216,4 +221,170 @@ TEST(Process, FlattenClips) {
         e.undo();
         EXPECT_TRUE(e.bytes() == start);
     }
+}
+
+/// Every process writes a new file of its range; a full disk leaves all as it was.
+TEST(Process, AudioIntoNewFiles) {
+    struct Audio {
+        const char* name;
+        int mode, clipMode, from, to; ///< ticks of the part that are selected
+        float values[3];              ///< of the frames below, in what the clip plays
+        int frames, length;
+    };
+    constexpr int frames[] = {0, 12000, 36000}; // of 48000, in 1920 ticks
+    const Audio audio[] = {
+        {"Normalize", processNormalize, 0, 0, 0, {0.0f, 0.25f, 0.75f}, 48000, 1920},
+        {"Delete", processDelete, 0, 480, 960, {0.0f, 0.0f, 0.375f}, 48000, 1920},
+        {"Trim", processTrim, 0, 480, 960, {0.0f, 0.125f, 0.0f}, 48000, 1920},
+        {"Fade Out", processFadeOut, 0, 0, 0, {0.0f, 0.09375f, 0.09375f}, 48000, 1920},
+        {"Reverse", processReverse, 0, 0, 0, {0.5f, 0.375f, 0.125f}, 48000, 1920},
+        {"Cut", processCut, 0, 0, 960, {0.25f, 0.375f, 0.0f}, 24000, 960},
+        {"Cut", processCut, 1, 480, 960, {0.0f, 0.25f, 0.0f}, 36000, 1440},
+    };
+    for (const Audio& a : audio) {
+        SCOPED_TRACE(testing::Message() << a.name << " in mode " << a.clipMode);
+        FlattenFixture e;
+        CSample* ramp = e.addSample(
+            50000, [](int i) { return std::max(0, i - 2000) / 96000.0; }, 48000);
+        CAudioEvent* event = clip(ramp, 2000, 49999);
+        event->mode = (unsigned char)a.clipMode;
+        event->ticks = 1920;
+        CPart* part = e.addAudio(960, {{0, event}});
+        part->length = 1920;
+        e.select(e.audio, "a");
+        const std::string start = e.bytes();
+        const PartRange range{a.to ? part : nullptr, a.from, a.to};
+        {
+            const FullDisk disk(5000);
+            EXPECT_EQ(processAudio(e.seq, a.mode, range), "Could not write file");
+        }
+        EXPECT_TRUE(e.bytes() == start && e.folderEmpty() && e.seq->copies.empty());
+        EXPECT_EQ(processAudio(e.seq, a.mode, range), "");
+        e.host.settle();
+        EXPECT_STREQ(e.host.undoText().asChar(), a.name);
+        const auto* now = static_cast<CAudioEvent*>(part->getEvents());
+        ASSERT_NE(now->sample, ramp);
+        EXPECT_EQ(std::tuple(now->start, now->end - now->start + 1, e.seq->getTicks(part)),
+                  std::tuple(2000, a.frames, a.length));
+        for (int i = 0; i < 3; i++) {
+            float value = 0.0f;
+            if (frames[i] < a.frames) now->sample->readFrames(now->start + frames[i], 1, &value);
+            EXPECT_NEAR(value, a.values[i], 0.001f) << frames[i];
+        }
+        if (a.mode == processCut) {
+            auto* copied = static_cast<CPart*>(e.seq->copies.getFirst());
+            ASSERT_NE(copied, nullptr);
+            const auto* gone = static_cast<CAudioEvent*>(copied->getEvents());
+            EXPECT_EQ(
+                std::tuple(gone->sample, gone->end - gone->start + 1, e.seq->getTicks(copied)),
+                std::tuple(ramp, 48000 - a.frames, 1920 - a.length));
+        }
+        const std::string edited = e.bytes();
+        e.undo();
+        EXPECT_TRUE(e.bytes() == start);
+        e.redo();
+        EXPECT_TRUE(e.bytes() == edited);
+    }
+}
+
+/// The clip plays what another program has made of its frames; a refusal leaves nothing behind.
+TEST(Process, EditFramesOutside) {
+    FlattenFixture e;
+    CPart* part = e.addAudio(0, {{0, clip(e.sample, 1000, 1999)}});
+    const std::string start = e.bytes();
+    const CStr editor = e.folder.write("edit it", "#!/bin/sh\nhead -c 244 \"$1\" > \"$1.new\"\n"
+                                                  "mv \"$1.new\" \"$1\"\ntouch \"$1.done\"\n");
+    std::filesystem::permissions(editor.asChar(), std::filesystem::perms::all);
+    const auto files = [&e] {
+        return std::distance(std::filesystem::directory_iterator(e.folder.path.asChar()), {});
+    };
+    const CStr mark = e.folder.file("clip.wav.done");
+    const auto done = [&mark] { return std::filesystem::exists(mark.asChar()); };
+    EXPECT_EQ(openExternal(e.seq, part, e.folder.file("none"), [] { return true; }).sub(0, 15),
+              "Could not start");
+    EXPECT_EQ(openExternal(e.seq, part, editor, [&] { return comes(done) && false; }), "");
+    EXPECT_TRUE(e.bytes() == start && e.host.undoList.empty());
+    std::filesystem::remove(mark.asChar());
+    EXPECT_EQ(files(), 1);
+    EXPECT_EQ(openExternal(e.seq, part, editor, [&] { return comes(done); }), "");
+    e.host.settle();
+    const auto* now = static_cast<CAudioEvent*>(part->getEvents());
+    EXPECT_EQ(std::tuple(now->start, now->end), std::tuple(0, 99)); // 44 bytes of header, 200 left
+    e.undo();
+    EXPECT_TRUE(e.bytes() == start);
+}
+
+/// What the menus offer follows from the selection.
+TEST(Process, MenusFollowTheSelection) {
+    struct Menu {
+        CPartSummary selection;
+        std::vector<int> modes;
+    };
+    const auto summary = [](int audio, int multiclip, int mono, int stereo, int range) {
+        CPartSummary s;
+        s.parts = s.selected = s.audio = audio;
+        s.multiclip = multiclip;
+        s.monoEvents = mono;
+        s.stereoEvents = stereo;
+        s.selEnd = range;
+        return s;
+    };
+    const Menu menus[] = {
+        {summary(1, 0, 1, 0, 0), {0, 7, 5, 6, 3, 4, 100, 101}},
+        {summary(1, 0, 0, 1, 0), {0, 9, 7, 5, 6, 3, 4, 100, 101}},
+        {summary(1, 0, 1, 0, 9), {0, 1, 8, 2, -1, 9, 7, 5, 6, 100, 101}},
+        {summary(2, 0, 1, 1, 0), {0, 7, 5, 6, 3, 4, 102}},
+        {summary(2, 1, 1, 1, 0), {10}},
+        {summary(0, 0, 0, 0, 0), {}},
+    };
+    for (const Menu& menu : menus) {
+        std::vector<int> modes;
+        for (const ProcessEntry& entry : audioProcessMenu(menu.selection, true)) {
+            modes.push_back(entry.mode);
+            const bool process = entry.mode >= 0 && entry.mode < entryOpenWith;
+            EXPECT_TRUE(!process || CAudioProcessor::getText(entry.mode) == entry.text);
+        }
+        EXPECT_EQ(modes, menu.modes);
+    }
+    CPartSummary notes, hits;
+    notes.midi = notes.drum = hits.drum = 1;
+    EXPECT_EQ(midiProcessMenu(notes).size(), 9u);
+    EXPECT_TRUE(drumProcessMenu(notes).empty() && midiProcessMenu(hits).empty());
+    EXPECT_EQ(drumProcessMenu(hits).size(), 4u);
+    notes.audio = 1;
+    EXPECT_TRUE(midiProcessMenu(notes).empty());
+}
+
+/// The sections that were played, one behind the other, with what lies in them.
+TEST(Process, RemixIsASong) {
+    Edits e;
+    e.addAudio(0, {{0, clip(e.sample)}});
+    std::vector<CMarkerPart*> markers;
+    for (const auto& [pos, length] : {std::pair{1920, 1920}, {3840, 960}}) {
+        markers.push_back(new CMarkerPart);
+        markers.back()->pos = pos;
+        markers.back()->length = length;
+        e.prog()->addMarker(markers.back(), nullptr);
+    }
+    EXPECT_NE(remix(e.seq, e.prog()), "");
+    for (const int i : {1, 0, 1}) e.prog()->session.add(markers[size_t(i)]);
+    const std::string start = e.bytes();
+    CSeqProg* source = e.prog();
+    EXPECT_EQ(remix(e.seq, source), "");
+    e.host.settle();
+    ASSERT_NE(e.prog(), source);
+    EXPECT_EQ(e.prog()->id, "Remix 1");
+    const auto at = [&e](int row) {
+        return e.show(static_cast<CSongTrack*>(e.prog()->tracks.items(row)));
+    };
+    const std::string section = ":960 ghost 100=64/240 ";
+    EXPECT_EQ(at(0),
+              "| 0" + section + "| 960:1920 -1920=60/240 -10=62/960 ~-1920 ~0 | 2880" + section);
+    EXPECT_EQ(e.part(static_cast<CSongTrack*>(e.prog()->tracks.items(1)), 0)->pos, 960);
+    EXPECT_EQ(e.showPoints(), "0@140 960@100 1920@140 ");
+    const std::string edited = e.bytes();
+    e.undo();
+    EXPECT_TRUE(e.prog() == source && e.bytes() == start);
+    e.redo();
+    EXPECT_TRUE(e.bytes() == edited);
 }
