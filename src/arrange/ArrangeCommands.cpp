@@ -1,4 +1,8 @@
 #include "arrange/ArrangeView.h"
+#include "arrange/LanePress.h"
+#include "engine/CQV.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/PartActions.h"
 #include "ui/Commands.h"
 #include "ui/Workspace.h"
 
@@ -7,6 +11,20 @@ namespace {
 constexpr double zoomStep = 1.25;
 
 } // namespace
+
+/// Points of automation, if any are selected, else parts.
+void ArrangeView::deleteSelected() {
+    const std::vector<PartSlot> points = selectedPoints(*this);
+    if (points.empty())
+        deleteParts(seq());
+    else
+        deletePoints(seq(), points);
+}
+
+bool ArrangeView::canDelete() const {
+    if (!seq() || qv->recording || qv->recUndo) return false;
+    return seq()->getProg()->getFirstSelectedPart() || !selectedPoints(*this).empty();
+}
 
 void ArrangeView::bindCommands() {
     Commands& commands = workspace.commands();
@@ -17,6 +35,8 @@ void ArrangeView::bindCommands() {
         "zoomout", [this] { zoom(edit.axis.zoom() / zoomStep); }, withSong);
     commands.bind(
         "zoomselection", [this] { zoomToSelection(); }, withSong);
+    commands.bind(
+        "delete", [this] { deleteSelected(); }, [this] { return canDelete(); });
     commands.bind(
         "autoscroll", [this] { follows = !follows; }, withSong, [this] { return follows; });
 }

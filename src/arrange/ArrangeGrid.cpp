@@ -5,6 +5,7 @@
 #include "arrange/GridHints.h"
 #include "arrange/GridLines.h"
 #include "arrange/Hit.h"
+#include "arrange/LanePainter.h"
 #include "arrange/PartPainter.h"
 #include "arrange/Press.h"
 #include "arrange/gestures/ArrangeGesture.h"
@@ -138,7 +139,11 @@ void ArrangeGrid::paintParts(CGraphic* g, CRect asked) {
     for (const ArrangeRow& row : state.rows.all()) {
         const int y = row.top - state.edit.scrollY;
         if (y >= asked.bottom) break;
-        if (row.lane || y + row.height <= asked.top) continue;
+        if (y + row.height <= asked.top) continue;
+        if (row.lane) {
+            paintLane(state, row, win->app->drag.of(this) ? gesture.get() : nullptr, *paper, asked);
+            continue;
+        }
         const bool audible =
             heard.tracks.size() > size_t(row.track) && heard.tracks[size_t(row.track)];
         for (auto* part : each<CPart>(row.songTrack->parts)) {

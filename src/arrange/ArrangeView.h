@@ -62,6 +62,8 @@ private:
     void downMoved(CObject*);
     int mostScrollY() const;
     void bindCommands();
+    void deleteSelected();
+    bool canDelete() const;
 
     HeadList* heads;
     RulerBars* ruler;

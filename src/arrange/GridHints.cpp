@@ -25,15 +25,17 @@ CStr altName(const ArrangeState& state) {
 
 CStr gridHint(const ArrangeState& state, const ArrangeRow* row, const PartHit& hit) {
     const CStr alt = altName(state);
-    if (hit.part && hit.zone == zonePartStart)
+    if (row && row->lane)
+        return "Drag a point: move, Ctrl: copy   Drag the line: bend   Double click or " + alt +
+               " + drag: new point   Right click: delete";
+    if (hit.part && hit.zone == zoneStart)
         return "Drag: where the part starts   Ctrl, once it moves: off the grid";
-    if (hit.part && hit.zone == zonePartEnd)
+    if (hit.part && hit.zone == zoneEnd)
         return "Drag: where the part ends   Ctrl, once it moves: off the grid";
     if (hit.part)
         return "Drag: move   Ctrl + drag: copy   Ctrl + Shift + drag: linked copy   " + alt +
                " + right click: split";
     if (!row) return "Drop audio, MIDI files, clips and sounds here for new tracks";
-    if (row->lane) return "";
     if (row->songTrack->track->kind == trackFolder) return "Drag: select parts";
     return "Drag: select parts   Double click or " + alt + " + drag: new part   Ctrl + wheel: zoom";
 }

@@ -36,7 +36,7 @@ PartHit partAtPos(const ArrangeState& state, const ArrangeRow& row, int x) {
         if (hit.part && part->layer < hit.part->layer) continue;
         const int edge = edgeWidth(box.width());
         const bool start = x < box.left + edge, end = x >= box.right - edge;
-        hit = {part, start ? zonePartStart : end ? zonePartEnd : zoneBody};
+        hit = {part, start ? zoneStart : end ? zoneEnd : zoneBody};
     }
     return hit;
 }

@@ -1,18 +1,16 @@
 #pragma once
 
 #include "base/Geometry.h"
+#include "sequencer/EventFind.h"
 
 class ArrangeState;
 class CPart;
 class CSongTrack;
 struct ArrangeRow;
 
-/// Where on a part a point lies.
-enum PartZone : int { zoneBody = 0, zonePartEnd = 2, zonePartStart = 4 };
-
 struct PartHit {
-    CPart* part = nullptr; ///< null where there is none
-    int zone = zoneBody;   ///< PartZone
+    CPart* part = nullptr;     ///< null where there is none
+    EventZone zone = zoneBody; ///< the body, the start or the end
 };
 
 // Places of parts in the grid, in its pixels; what is painted and what is hit go by them.

@@ -2,6 +2,7 @@
 
 #include "arrange/ArrangeGrid.h"
 #include "arrange/ArrangeState.h"
+#include "arrange/LanePress.h"
 #include "arrange/gestures/HandGesture.h"
 #include "arrange/gestures/InsertGesture.h"
 #include "arrange/gestures/LassoGesture.h"
@@ -39,6 +40,7 @@ struct Target {
 
 void choosePart(const Target& t) {
     CSeq* seq = t.state.seq();
+    if (!(t.btn & modShift)) unselectPoints(t.state);
     if (!t.hit.part->selected()) {
         if (!(t.btn & modShift)) seq->unselectParts();
         t.hit.part->setSelected(true);
@@ -76,9 +78,8 @@ Press right(const Target& t) {
 
 Press onPart(const Target& t) {
     choosePart(t);
-    if (t.hit.zone == zonePartStart)
-        return t.begin<SizeGesture>(editResizeStart, 0, t.hit.part, true);
-    if (t.hit.zone == zonePartEnd) return t.begin<SizeGesture>(editResizeEnd, 0, t.hit.part, false);
+    if (t.hit.zone == zoneStart) return t.begin<SizeGesture>(editResizeStart, 0, t.hit.part, true);
+    if (t.hit.zone == zoneEnd) return t.begin<SizeGesture>(editResizeEnd, 0, t.hit.part, false);
     return t.begin<MoveGesture>(t.btn & modControl ? editCopy : editMove, 0, t.hit.part);
 }
 
@@ -89,7 +90,10 @@ Press onEmpty(const Target& t) {
 }
 
 Press lasso(const Target& t) {
-    if (!(t.btn & modShift)) t.state.seq()->unselectParts();
+    if (!(t.btn & modShift)) {
+        t.state.seq()->unselectParts();
+        unselectPoints(t.state);
+    }
     t.state.gridChanged();
     return t.begin<LassoGesture>(editLasso, 0);
 }
@@ -99,7 +103,12 @@ Press lasso(const Target& t) {
 Press pressed(ArrangeGrid& grid, ArrangeState& state, CPoint at, int btn) {
     Target t{grid, state, at, btn};
     t.row = state.rows.at(at.y + state.edit.scrollY);
-    if (t.row && t.row->lane) t.row = nullptr;
+    if (t.row && t.row->lane) {
+        Press inLane;
+        if (!(btn & modMiddle)) inLane = pressedLane(grid, state, *t.row, at, btn);
+        if (inLane.gesture) return inLane;
+        t.row = nullptr;
+    }
     if (t.row) t.hit = partAtPos(state, *t.row, at.x);
     if (btn & modMiddle) return middle(t);
     if (btn & modRight) return right(t);

@@ -149,13 +149,13 @@ void SongCommands::bindParts() {
         void (*run)(CSeq* seq);
         bool (*ready)(CSeq* seq);
     } rows[] = {
-        {"quantize", quantizeParts, anySelected}, {"splitatcursor", split, anyPart},
-        {"glue", glueParts, severalOnTrack},      {"insertbars", insertBars, anySpan},
-        {"removebars", removeBars, anySpan},      {"unghost", unghostParts, anyGhost},
-        {"mutepart", toggleMutes, anySelected},   {"crossfade", crossfade, twoAudio},
-        {"delete", deleteParts, anySelected},     {"duplicate", duplicateParts, anySelected},
-        {"cut", cutParts, anySelected},           {"copy", copyParts, anySelected},
-        {"paste", pasteParts, anyCopy},           {"selectAll", selectEverything, anyPart},
+        {"quantize", quantizeParts, anySelected},   {"splitatcursor", split, anyPart},
+        {"glue", glueParts, severalOnTrack},        {"insertbars", insertBars, anySpan},
+        {"removebars", removeBars, anySpan},        {"unghost", unghostParts, anyGhost},
+        {"mutepart", toggleMutes, anySelected},     {"crossfade", crossfade, twoAudio},
+        {"duplicate", duplicateParts, anySelected}, {"cut", cutParts, anySelected},
+        {"copy", copyParts, anySelected},           {"paste", pasteParts, anyCopy},
+        {"selectAll", selectEverything, anyPart},
     };
     for (const auto& row : rows)
         workspace.commands().bind(

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <map>
 #include <unordered_set>
 #include <utility>
 
@@ -276,6 +277,22 @@ void deleteEvents(CSeq* seq, CPart* part) {
     applyDraft(seq, part, std::move(draft), "Delete");
 }
 
+void deletePoints(CSeq* seq, const std::vector<PartSlot>& places) {
+    std::map<CPart*, uint64_t> slots; // of contents
+    for (const PartSlot& place : places)
+        if (!seq->isLocked(place.part)) slots[place.part->content()] |= uint64_t(1) << place.slot;
+    CUndo* undo = seq->host->undoStart("Delete", seq, eventEffects);
+    for (const auto& [content, chosen] : slots) {
+        std::unique_ptr<CPart> draft = contentDraft(content);
+        unselectAll(draft->events);
+        for (int slot = 0; slot < maxSlots; slot++)
+            if (!(chosen >> slot & 1)) unselectAll(draft->getParam(slot));
+        draft->deleteSelected();
+        if (!sameContent(draft.get(), content)) swapUndoPart(undo, content, draft.release());
+    }
+    seq->host->undoEnd(undo, false);
+}
+
 CBaseEvent* insertEvent(CSeq* seq, CPart* part, int tick, CBaseEvent* event) {
     if (seq->isLocked(part)) {
         freeEvent(event);
@@ -304,14 +321,17 @@ CEnvEvent* insertPoint(CSeq* seq, CPart* part, int slot, int tick, CEnvEvent* po
 
 void curveEvents(CSeq* seq, CPart* part, int slot, float amount, bool absolute) {
     const EventLane lane{laneAutomation, slot};
-    edit(seq, part, lane, "Edit curve", [&](CPart* draft) {
-        float before = 0.0f;
-        for (CBaseEvent* e = draft->getParam(slot); e; e = e->next) {
-            auto* point = static_cast<CEnvEvent*>(e);
-            if (isSelected(e)) bend(point, before, amount, absolute);
-            before = point->value;
-        }
-    });
+    edit(seq, part, lane, "Edit curve",
+         [&](CPart* draft) { bendPoints(draft, slot, amount, absolute); });
+}
+
+void bendPoints(CPart* draft, int slot, float amount, bool absolute) {
+    float before = 0.0f;
+    for (CBaseEvent* e = draft->getParam(slot); e; e = e->next) {
+        auto* point = static_cast<CEnvEvent*>(e);
+        if (isSelected(e)) bend(point, before, amount, absolute);
+        before = point->value;
+    }
 }
 
 void lineEditParts(CSeq* seq, const std::vector<CPart*>& parts, const EventLane& lane,

@@ -44,6 +44,13 @@ void resizeEventStart(CSeq* seq, CPart* part, int delta);
 /// "Delete": the selected events and points.
 void deleteEvents(CSeq* seq, CPart* part);
 
+/// "Delete": the selected points of slots of parts, and nothing else of them.
+struct PartSlot {
+    CPart* part = nullptr;
+    int slot = 0;
+};
+void deletePoints(CSeq* seq, const std::vector<PartSlot>& places);
+
 /// "Insert": takes the event and puts it at a tick, the only one of its list that is selected. Null
 /// and freed where it can't be.
 CBaseEvent* insertEvent(CSeq* seq, CPart* part, int tick, CBaseEvent* event);
@@ -69,6 +76,7 @@ std::unique_ptr<CPart> contentDraft(CPart* part);
 /// Changes the selected events of the lane in a draft for `part`, as `dragEvents` does.
 void changeEvents(CSeq* seq, CPart* part, CPart* draft, const EventLane& lane,
                   const EventDelta& delta);
+void bendPoints(CPart* draft, int slot, float amount, bool absolute); ///< as `curveEvents` does
 /// Sets the value of the lane's events from one tick to before another; without any a new one
 /// comes to the first of them, where the lane can have it.
 void setController(CPart* draft, const EventLane& lane, int from, int to, float value);

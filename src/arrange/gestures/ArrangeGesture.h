@@ -5,6 +5,7 @@
 class ArrangeGrid;
 class ArrangeState;
 class CGraphic;
+class CPart;
 
 /// What a press in the grid begins. The state of the mouse follows the drag, an overlay shows what
 /// would become of it, and the song changes at the release.
@@ -14,6 +15,8 @@ public:
 
     /// Whether what it drags is still in the song.
     virtual bool stands() const { return true; }
+    /// What is shown in place of an automation slot of a part's content; null for itself.
+    virtual CPart* draftOf(const CPart*, int) const { return nullptr; }
     /// What it shows, over the rows.
     virtual void paintOverlay(CGraphic*, CRect) const {}
 

@@ -1,9 +1,9 @@
 #include "arrange/gestures/InsertGesture.h"
 
 #include "arrange/ArrangeState.h"
-#include "arrange/gestures/DragSnap.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
+#include "ui/DragSnap.h"
 #include "ui/Workspace.h"
 
 void InsertGesture::dragMove(const DragPoint& point) {

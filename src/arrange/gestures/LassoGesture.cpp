@@ -2,6 +2,7 @@
 
 #include "arrange/ArrangeState.h"
 #include "arrange/Hit.h"
+#include "arrange/LanePress.h"
 #include "base/Numbers.h"
 #include "gui/CGraphic.h"
 #include "gui/Shapes.h"
@@ -19,12 +20,18 @@ void LassoGesture::dragMove(const DragPoint& point) {
     state.gridChanged();
 }
 
+void LassoGesture::choose(const ArrangeRow& row, CPart* part, CRect caught) {
+    if (intersect(partBox(state, row, part), caught).empty()) return;
+    if (row.lane)
+        PartMouse::selectWithin(laneOf(state, row, part), state.axis(), caught);
+    else
+        part->setSelected(true);
+}
+
 void LassoGesture::apply(const DragPoint&) {
     const CRect caught = band();
     for (const ArrangeRow& row : state.rows.all()) {
-        if (row.lane) continue;
-        for (auto* part : each<CPart>(row.songTrack->parts))
-            if (!intersect(partBox(state, row, part), caught).empty()) part->setSelected(true);
+        for (auto* part : each<CPart>(row.songTrack->parts)) choose(row, part, caught);
     }
     state.gridChanged();
 }

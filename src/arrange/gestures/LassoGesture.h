@@ -2,7 +2,10 @@
 
 #include "arrange/gestures/ArrangeGesture.h"
 
-/// A rubber band, which selects the parts that it touches, with Shift beside those that are.
+struct ArrangeRow;
+
+/// A rubber band, which selects the parts that it touches and the points of automation within it,
+/// with Shift beside those that are.
 class LassoGesture : public ArrangeGesture {
 public:
     using ArrangeGesture::ArrangeGesture;
@@ -15,4 +18,5 @@ protected:
 
 private:
     CRect band() const;
+    void choose(const ArrangeRow& row, CPart* part, CRect caught);
 };

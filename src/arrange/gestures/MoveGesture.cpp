@@ -3,7 +3,6 @@
 #include "arrange/ArrangeGrid.h"
 #include "arrange/ArrangeState.h"
 #include "arrange/Hit.h"
-#include "arrange/gestures/DragSnap.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "engine/CSnap.h"
@@ -11,6 +10,7 @@
 #include "sequencer/Bars.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/MoveEdits.h"
+#include "ui/DragSnap.h"
 #include "ui/Workspace.h"
 
 MoveGesture::MoveGesture(ArrangeGrid& over, ArrangeState& shared, CPart* pressed)

@@ -1,11 +1,11 @@
 #include "arrange/gestures/SizeGesture.h"
 
 #include "arrange/ArrangeState.h"
-#include "arrange/gestures/DragSnap.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/MoveEdits.h"
+#include "ui/DragSnap.h"
 #include "ui/Workspace.h"
 
 SizeGesture::SizeGesture(ArrangeGrid& over, ArrangeState& shared, CPart* pressed, bool atStart)

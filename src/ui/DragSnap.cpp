@@ -1,4 +1,4 @@
-#include "arrange/gestures/DragSnap.h"
+#include "ui/DragSnap.h"
 
 #include "sequencer/TempoMap.h"
 
