@@ -7,7 +7,6 @@
 #include "engine/CQV.h"
 #include "sequencer/AudioVoices.h"
 #include "sequencer/CSeq.h"
-#include "sequencer/Points.h"
 #include "sequencer/TempoMap.h"
 
 #include <algorithm>
@@ -21,10 +20,12 @@ constexpr float runOutFactor = 0.999f;
 constexpr double fastest = 1024.0; ///< source frames per output frame, and the other way round
 constexpr double mostStretch = 10.0;
 
-float tempoAt(CSeq* seq, double tick) {
-    const CTempoPart* point = seq->getTempoAtPos(asInt(tick));
-    if (point) return point->getTempo();
-    return seq->getProg()->tempos.empty() ? seq->host->tempo : seq->host->songTempo;
+/// The mean tempo of so many frames from a tick on.
+double tempoOf(CSeq* seq, double tick, int frames, int rate) {
+    CSeqProg* prog = seq->getProg();
+    const float before = prog->tempos.empty() ? seq->host->tempo : seq->host->songTempo;
+    const TempoMap& map = prog->tempoMap();
+    return map.blockBpm(before, tick, frames, rate, map.bpmAt(before, tick));
 }
 
 double fadeFrames(float ms) {
@@ -72,10 +73,11 @@ int ClipRender::play(float* left, float* right, int frames) {
             stretcher->start();
         }
     }
-    const double ticksPerFrame = double(tempoAt(seq, tick)) * ticksPerSecondPerBpm / rate;
-    const int change = seq->ticksToNextTempoChange(tick + 1.0);
     int count = std::min(frames, blockFrames);
-    if (change >= 0) count = std::min(count, asMax(1, asInt(std::ceil(change / ticksPerFrame))));
+    const int change = seq->ticksToNextTempoChange(tick + 1.0);
+    const double now = tempoOf(seq, tick, 1, rate) * ticksPerSecondPerBpm / rate;
+    if (change >= 0) count = std::min(count, asMax(1, asInt(std::ceil(change / now))));
+    const double ticksPerFrame = tempoOf(seq, tick, count, rate) * ticksPerSecondPerBpm / rate;
     const double range = double(clip->end) - clip->start;
     const double speed = speedOf(clip, ticksPerFrame, rate);
     const double stretch =

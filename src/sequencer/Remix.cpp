@@ -51,6 +51,7 @@ public:
 
     CSeqProg* finish() {
         made->rightLocator = at;
+        made->reserveTempos(0);
         return made.release();
     }
 
@@ -60,6 +61,7 @@ private:
     std::unique_ptr<CSeqProg> made;
     int at = 0; ///< ticks, where the next section begins
     float tempo = 0.0f;
+    bool ramp = false;
     std::pair<int, int> signature{0, 0};
 
     void addPart(CSongTrack* target, CPart* part, int from, int to) {
@@ -83,18 +85,24 @@ private:
 
     void addTempos(int from, int to) {
         if (source->tempos.empty()) return;
-        CTempoPart* before = lastTempoAt(source->tempos, from);
-        setTempo(before ? before->getTempo() : seq->host->songTempo, at);
+        const TempoMap& map = source->tempoMap();
+        const auto bpmAt = [&](int tick) { return float(map.bpmAt(seq->host->songTempo, tick)); };
+        const CTempoPart* before = map.lastAt(from);
+        setTempo(bpmAt(from), before && before->ramp, at);
         for (auto* point : each<CTempoPart>(source->tempos))
             if (point->pos > from && point->pos < to)
-                setTempo(point->getTempo(), at + point->pos - from);
+                setTempo(point->getTempo(), point->ramp != 0, at + point->pos - from);
+        if (ramp) setTempo(bpmAt(to), false, at + to - from);
     }
 
-    void setTempo(float bpm, int tick) {
-        if (std::exchange(tempo, bpm) == bpm) return;
+    /// What holds from a tick on, with `goesOn` in a line to the next one.
+    void setTempo(float bpm, bool goesOn, int tick) {
+        const bool same = std::exchange(tempo, bpm) == bpm;
+        if (!std::exchange(ramp, goesOn) && !goesOn && same) return;
         auto* point = new CTempoPart;
         point->pos = tick;
         point->setTempo(bpm);
+        point->ramp = goesOn;
         made->tempos.add(point);
     }
 

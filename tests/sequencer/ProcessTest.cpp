@@ -359,6 +359,8 @@ TEST(Process, MenusFollowTheSelection) {
 TEST(Process, RemixIsASong) {
     Edits e;
     e.addAudio(0, {{0, clip(e.sample)}});
+    static_cast<CTempoPart*>(e.prog()->tempos.getFirst())->ramp = 1; // 100 to 140, 960 to 2880
+    e.seq->tempoChanged();
     std::vector<CMarkerPart*> markers;
     for (const auto& [pos, length] : {std::pair{1920, 1920}, {3840, 960}}) {
         markers.push_back(new CMarkerPart);
@@ -380,8 +382,8 @@ TEST(Process, RemixIsASong) {
     const std::string section = ":960 ghost 100=64/240 ";
     EXPECT_EQ(at(0),
               "| 0" + section + "| 960:1920 -1920=60/240 -10=62/960 ~-1920 ~0 | 2880" + section);
-    EXPECT_EQ(e.part(static_cast<CSongTrack*>(e.prog()->tracks.items(1)), 0)->pos, 960);
-    EXPECT_EQ(e.showPoints(), "0@140 960@100 1920@140 ");
+    EXPECT_EQ(e.part(static_cast<CSongTrack*>(e.prog()->tracks.items(1)), 1)->pos, 960);
+    EXPECT_EQ(e.showPoints(), "0@140 960@120 1920@140 ");
     const std::string edited = e.bytes();
     e.undo();
     EXPECT_TRUE(e.prog() == source && e.bytes() == start);
