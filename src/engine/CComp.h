@@ -103,6 +103,11 @@ public:
     virtual void afteridle();
     virtual void start() {}
     virtual void rec(int) {}
+    /// A take is asked for at a position, in ticks, where the song stands or runs. Gives where a
+    /// song that stands begins to play: there, or earlier, to record from later on. Graph holder.
+    virtual double planTake(double ticks, bool /*running*/) { return ticks; }
+    /// Whether the song plays a while from where it is before the planned take begins.
+    virtual bool leadsIntoTake() { return false; }
     virtual void beforeRec() {}
     virtual void afterRec() {}
     virtual void stop() {}

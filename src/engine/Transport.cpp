@@ -134,6 +134,7 @@ void CQV::setPosNow(double ticks) {
 
 void CQV::recNow() {
     assert(heldByThread());
+    if (playing && !recording && masterSeq) masterSeq->planTake(masterSeq->getPos(), true);
     if (playing)
         recording = recording ? 0 : 1;
     else if (!recording)
@@ -145,8 +146,11 @@ void CQV::startRecording() {
     masterSeq = firstOfType(compSeq);
     const double exact = masterSeq ? masterSeq->getPos() : double(pos);
     const int quarter = asRound(exact) / ticksPerQuarter;
-    setPosNow(quarter * ticksPerQuarter);
+    const double at = quarter * ticksPerQuarter;
+    const double from = masterSeq && sync == 0 ? masterSeq->planTake(at, false) : at;
+    setPosNow(from);
     click->init();
+    if (masterSeq && masterSeq->leadsIntoTake()) click->endCountIn(from);
     recording = 1;
     if (click->countIn == 0 && sync == 0) startNow();
 }

@@ -79,6 +79,11 @@ public:
     CStepRec stepRec;
     Shared<double> takeStart{0.0}; ///< ticks, where the take began
     Shared<double> takeEnd{0.0};   ///< ticks, where the latest take ended
+    Shared<int> takeLead{0};       ///< frames of sound that were recorded before `takeStart`
+    /// Takes begin at the left locator, and but for a loop end at the right one.
+    Stored<unsigned char> punch{0};
+    static constexpr int mostPreRoll = 16;
+    Stored<int> preRoll{0}; ///< bars that a song that stands plays before it records
 
     explicit CSeq(CQV* root);
     ~CSeq() override;
@@ -102,8 +107,14 @@ public:
 
     // Takes (Recording.cpp). A take begins with the block that finds the host recording; its notes,
     // sound and automation go into one step.
-    /// Arms the selected tracks, and those with a selected lane. Graph holder.
+    /// Arms the tracks that want a take, and those with a selected lane. Graph holder.
     void rec(int) override;
+    double planTake(double ticks, bool running) override;
+    bool leadsIntoTake() override { return getPos() < recFrom; }
+    /// Where what is played at a tick counts in the take that runs or is about to; below 0 when it
+    /// does not: a note-on just before the take begins with it, all else that is out of it is not
+    /// in it. Graph holder.
+    double tickInTake(double tick, int msg) const;
     /// Closes what the idle pass has not closed yet.
     void afterRec() override;
     /// A control was moved: while the track that it sounds through is armed, a point is recorded.
@@ -112,7 +123,8 @@ public:
     void stepRecClicked(CObject* = nullptr);
     /// Whether the input of an armed track belongs to the take. Graph holder.
     bool takeRuns() const;
-    int gridTicks() const; ///< of `snap`
+    double takeLimit() const { return recTo; } ///< ticks, where it ends by itself; below 0 nowhere
+    int gridTicks() const;                     ///< of `snap`
 
     // The rest of CComp.
     void setFrames(int frames) override;
@@ -292,6 +304,10 @@ private:
     bool warned = false;           ///< of sound that is lost, during this take
     CStr warning;                  ///< for the end of the idle pass; empty if there is none
 
+    Shared<double> recFrom{0.0}, recTo{-1.0}; ///< ticks; of the take that is asked for, or runs
+    int barTicksAt(int tick);
+    bool reachesTake(int frames);
+    void punchOut();
     void noticeArmed();
     void arm(CSongTrack* songTrack);
     void idleTake();

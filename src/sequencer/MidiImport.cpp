@@ -115,7 +115,7 @@ private:
     bool filled = false;  ///< the song takes no more tracks
     bool crowded = false; ///< chunks had to share one
     int prefix = -1;      ///< channel told before there was a track, -1 none
-    CStr trackName;  ///< told for `songTrack`, empty without
+    CStr trackName;       ///< told for `songTrack`, empty without
 
     CSongTrack* songTrack; ///< that the present chunk goes to
     CMIDIPart* part =

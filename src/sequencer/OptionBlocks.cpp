@@ -99,11 +99,23 @@ std::pair<int, int> editedPart(CSeq* seq) {
     return {-1, -1};
 }
 
-constexpr SongBlock blocks[] = {{"options", readOptions},    {"sync", readSync},
-                                {"mxv", readVoices},         {"snap", readSnap},
-                                {"progi", readCurProg},      {"trackPos", readTrackPos},
-                                {"editored", readEditor},    {"edopt", readEditorOptions},
-                                {"ed-noteh", readRowHeight}, {"editorpp", readEditedPart}};
+bool readPunch(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    r.seq->punch = (unsigned char)(r.in.readInt() != 0);
+    return true;
+}
+
+bool readPreRoll(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    r.seq->preRoll = readLimited(r.in, 0, CSeq::mostPreRoll);
+    return true;
+}
+
+constexpr SongBlock blocks[] = {
+    {"punch", readPunch},         {"preRoll", readPreRoll},    {"options", readOptions},
+    {"sync", readSync},           {"mxv", readVoices},         {"snap", readSnap},
+    {"progi", readCurProg},       {"trackPos", readTrackPos},  {"editored", readEditor},
+    {"edopt", readEditorOptions}, {"ed-noteh", readRowHeight}, {"editorpp", readEditedPart}};
 
 } // namespace
 
@@ -122,6 +134,8 @@ void writeOptions(SongWriting& w) {
     for (bool on : {snap.active.load(), snap.triplet.load(), snap.dotted.load(), false})
         s->writeByte(on);
     s->writeInt(snap.asIndex());
+    if (w.seq->punch) writeIntBlock(s, "punch", 1);
+    if (w.seq->preRoll) writeIntBlock(s, "preRoll", w.seq->preRoll);
 }
 
 void writeEditor(SongWriting& w) {

@@ -5,6 +5,7 @@
 #include "engine/CSnap.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
+#include "sequencer/Points.h"
 #include "sequencer/RecQueue.h"
 
 #include <cassert>
@@ -57,10 +58,53 @@ void CSeq::rec(int) {
     CSeqProg* prog = getProg();
     if (!prog) return;
     recReady = 0;
-    takeStart = prog->pos.load();
-    prog->punchPos = prog->pos.load();
+    const double pos = prog->pos;
+    takeStart = asMax(pos, recFrom.load());
+    takeLead = asRound(host->ticksToFrames(takeStart - pos));
+    prog->punchPos = takeStart.load();
     for (auto* songTrack : each<CSongTrack>(prog->tracks)) arm(songTrack);
     takeBegun.storeRelease(true);
+}
+
+double CSeq::planTake(double ticks, bool running) {
+    assert(heldByThread());
+    const CSeqProg* prog = getProg();
+    recFrom = running ? 0.0 : ticks;
+    recTo = -1.0;
+    if (!prog) return ticks;
+    const double left = prog->leftLocator, right = prog->rightLocator;
+    const bool punched = punch && left < right;
+    if (punched) {
+        recFrom = left;
+        recTo = host->loop ? -1.0 : right;
+    }
+    if (running) return ticks;
+    if (preRoll > 0) return asMax(0.0, recFrom - preRoll * double(barTicksAt(asInt(recFrom))));
+    return punched && ticks >= right ? left : ticks;
+}
+
+int CSeq::barTicksAt(int tick) {
+    const CTimesigPart* point = getProg()->timesigInForce(tick);
+    const int num = point ? point->getNum() : options.num();
+    const int den = point ? point->getDen() : options.den();
+    return asMax(1, 4 * quarterTicks / asMax(1, den) * num);
+}
+
+/// Whether the coming block has something of the take that is asked for.
+bool CSeq::reachesTake(int frames) {
+    const CSeqProg* prog = getProg();
+    if (!prog) return true;
+    const double at = prog->pos, to = recTo;
+    return at + host->framesToTicks(frames) > recFrom && (to < 0.0 || at < to);
+}
+
+/// Sound of the end arrives later, by the latency.
+void CSeq::punchOut() {
+    const CSeqProg* prog = getProg();
+    if (!recording || recTo < 0.0 || !prog || !host->recording) return;
+    if (prog->pos < recTo + host->framesToTicks(double(recordLatency(host)))) return;
+    host->recording = 0;
+    host->hostNotices.raise(HostNotice::transport);
 }
 
 void CSeq::noticeArmed() {

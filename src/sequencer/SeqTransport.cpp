@@ -17,7 +17,8 @@
 
 namespace {
 
-/// So long before the end of a loop a note counts as the first of the next pass.
+/// So long before the end of a loop a note counts as the first of the next pass, and before a take
+/// as its first.
 constexpr double upbeatTicks = 240.0;
 /// Song tracks whose parts are looked through in a block at most, while the transport stands.
 constexpr int tracksPrepared = 4;
@@ -338,8 +339,16 @@ void CSeqProg::midiReceived(CSongTrack* songTrack, double tick, int msg, void*, 
     }
     const bool inSteps = seq->stepRec.takesFrom(songTrack) && (noteOn(msg) || noteOff(msg));
     const bool soon = host->framesToTicks(host->click->countIn) <= quarterTicks;
-    if (inSteps || (record && host->recording && soon)) track->recQueue->push(e);
+    if (!inSteps) e.tick = seq->tickInTake(e.tick, msg);
+    if (inSteps || (record && host->recording && soon && e.tick >= 0.0)) track->recQueue->push(e);
     if (track->kind == trackMIDI) track->addRemovePlayingNote(msg);
+}
+
+double CSeq::tickInTake(double tick, int msg) const {
+    const double from = recFrom, to = recTo;
+    if (!recording && tick < from) return noteOn(msg) && tick >= from - upbeatTicks ? from : -1.0;
+    if (to < 0.0 || tick < to) return tick;
+    return noteOff(msg) ? to : -1.0;
 }
 
 void CSeq::start() {
@@ -366,7 +375,7 @@ void CSeq::stop() {
 
 /// What is played from here on does not belong to the take any more.
 void CSeq::stopTake() {
-    if (recording) takeEnd = getPos();
+    if (recording) takeEnd = recTo < 0.0 ? getPos() : fLimit(getPos(), 0.0, double(recTo));
     recording = 0;
 }
 
@@ -399,9 +408,10 @@ void CSeq::process(int frames) {
     if (allNotesOff && !host->playing) silenceArps(tracks);
     mergeMIDI(frames);
     mergeAudio(frames);
+    punchOut();
     if (!host->recording) stopTake();
     noticeArmed();
-    if (playing && host->recording && !recording && recReady.loadAcquire()) {
+    if (playing && host->recording && !recording && recReady.loadAcquire() && reachesTake(frames)) {
         recording = 1;
         rec(0);
     }

@@ -136,6 +136,20 @@ const StoredValue::Kind option = {
         song(o)->songNotices.raise(SeqNotice::tracks);
     }};
 
+const StoredValue::Kind punch = {
+    "Punch", [](const CObject* o, int) { return Numbers{song(o)->punch ? 1.0 : 0.0}; },
+    [](CObject* o, int, const Numbers& to) {
+        song(o)->punch = to[0] != 0.0;
+        song(o)->songNotices.raise(SeqNotice::transport);
+    }};
+
+const StoredValue::Kind preRoll = {
+    "Pre-roll", [](const CObject* o, int) { return Numbers{double(song(o)->preRoll)}; },
+    [](CObject* o, int, const Numbers& to) {
+        song(o)->preRoll = asMinMax(asInt(to[0]), 0, CSeq::mostPreRoll);
+        song(o)->songNotices.raise(SeqNotice::transport);
+    }};
+
 } // namespace
 
 StoredValue mutedOf(CSongTrack* track) {
@@ -178,6 +192,14 @@ StoredValue tempoOf(CTempoPart* point) {
 
 StoredValue rampOf(CTempoPart* point) {
     return {&ramp, point};
+}
+
+StoredValue punchOf(CSeq* seq) {
+    return {&punch, seq};
+}
+
+StoredValue preRollOf(CSeq* seq) {
+    return {&preRoll, seq};
 }
 
 StoredValue optionOf(CSeq* seq, SongOptions::Index index) {

@@ -27,4 +27,6 @@ StoredValue tempoHereOf(CSeq* seq);
 StoredValue tempoOf(CTempoPart* point); ///< beats per minute
 /// 0 or 1: the tempo goes to that of the next point in a line.
 StoredValue rampOf(CTempoPart* point);
+StoredValue punchOf(CSeq* seq);   ///< 0 or 1: takes go from the left to the right locator
+StoredValue preRollOf(CSeq* seq); ///< bars, 0 to 16
 StoredValue optionOf(CSeq* seq, SongOptions::Index index); ///< a byte

@@ -12,6 +12,7 @@
 #include "sequencer/TempoMap.h"
 
 #include <algorithm>
+#include <climits>
 #include <memory>
 
 namespace {
@@ -22,6 +23,11 @@ constexpr int viewMargin = 20; ///< pixels between a row and the edge of the vie
 constexpr int viewFoot = 21;   ///< pixels more at the bottom
 
 } // namespace
+
+int64_t recordLatency(const CQV* host) {
+    return std::max<int64_t>(
+        int64_t(host->pdcInDelay) + host->pdcSendDelay + std::max(0, host->recLatency), 0);
+}
 
 CDrumEvent* drumHit(int msg) {
     CDrumEvent* event = createDrumEvent();
@@ -216,6 +222,7 @@ void TrackTake::attachAudio(CUndo* step, RecFile* file) {
     sample->takePending = true;
     CAudioEvent* event = createAudioEvent();
     event->sample = sample;
+    event->start = std::min(int(seq()->takeLead), frames - 1);
     event->end = frames - 1;
     auto* part = new CAudioPart;
     part->id = extractFileName(sample->filename);
@@ -224,6 +231,14 @@ void TrackTake::attachAudio(CUndo* step, RecFile* file) {
     part->addEvent(0, event);
     link(part, step);
     step->asAdd(sample, &track->host->samples);
+}
+
+/// Of sound, until the take ends by itself.
+int64_t TrackTake::wantedFrames() const {
+    const double from = seq()->takeStart, to = seq()->takeLimit();
+    if (to < 0.0) return INT_MAX;
+    const int rate = asRound(double(track->host->rate));
+    return asRound64(seq()->ticksToFrames(asInt(from), asRound(to - from), rate));
 }
 
 void TrackTake::growAudio(int frames) {
@@ -249,11 +264,9 @@ void TrackTake::closeAudio(CUndo* step, RecFile* file) {
     track->takesAudio = 0;
     track->recSample = nullptr; // the step's from now on
     sample->takePending = false;
-    const CQV* host = track->host;
-    const int64_t latency =
-        int64_t(host->pdcInDelay) + host->pdcSendDelay + std::max(0, host->recLatency);
-    const int last = sample->frames - 1;
-    const int first = int(std::clamp<int64_t>(latency, 0, last));
+    const int64_t end = int64_t(sample->frames) - 1;
+    const int first = int(std::min(recordLatency(track->host) + seq()->takeLead, end));
+    const int last = int(std::clamp<int64_t>(first + wantedFrames() - 1, first, end));
     seq()->edits.add([part = track->recPart.load(), first, last] {
         auto* event = static_cast<CAudioEvent*>(part->getEvents());
         if (!event) return;

@@ -3,10 +3,12 @@
 #include "base/CStr.h"
 #include "sequencer/Events.h"
 
+#include <cstdint>
 #include <vector>
 
 class CObject;
 class CPart;
+class CQV;
 class CSeq;
 class CSeqProg;
 class CSubTrack;
@@ -18,6 +20,8 @@ struct RecFile;
 
 /// What a key, a note-on, plays on a drum track; owned by the caller.
 CDrumEvent* drumHit(int msg);
+/// Frames by which what is recorded comes later than what was heard with it.
+int64_t recordLatency(const CQV* host);
 
 /// The interface's side of a take on one track: makes parts, notes and points of automation of what
 /// was played, and records all of it in the take's step. Interface thread.
@@ -94,6 +98,7 @@ private:
     void showRow(int note);
 
     void attachAudio(CUndo* step, RecFile* file);
+    int64_t wantedFrames() const;
     void growAudio(int frames);
     void closeAudio(CUndo* step, RecFile* file);
 

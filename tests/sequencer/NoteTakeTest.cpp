@@ -158,6 +158,60 @@ TEST(NoteTake, PunchesInAndOut) {
     EXPECT_EQ(f.host.undoIndex, 0);
 }
 
+/// By the locators, from where the song stands or a pre-roll of bars before, and asked for while it
+/// plays. A note just before the left one begins there, as long as it was held; others before and
+/// behind are not recorded,
+/// and one that is held on ends at the right one. The song plays on. With a loop all passes count.
+TEST(NoteTake, PunchesByTheLocators) {
+    struct Case {
+        const char* name;
+        double from;
+        bool punch, running, loop;
+        int preRoll;
+        double begins; ///< ticks, where the song does
+        const char *played, *expected;
+    };
+    const Case cases[] = {
+        {"from before", 0, true, false, false, 0, 0,
+         "10+60 20-60 88+61 100-61 110+62 120-62 180+63 200-63 205+64 206-64",
+         "960-1920 0:61+120 140:62+100 840:63+120"},
+        {"from behind", 4000, true, false, false, 0, 960, "14+62 24-62", "960-1920 140:62+100"},
+        {"running", 0, true, true, false, 0, 0, "10+60 20-60 110+62 120-62", "960-1920 140:62+100"},
+        {"with a bar before", 4800, true, false, false, 1, 0, "10+60 20-60 110+62 120-62",
+         "960-1920 140:62+100"},
+        {"a bar before alone", 4800, false, false, false, 1, 960,
+         "10+60 20-60 383+61 390-61 394+62 404-62", "4800-1920 0:61+70 100:62+100"},
+        {"a loop", 0, true, false, true, 0, 0, "50+60 60-60 110+62 120-62 206+63 216-63",
+         "960-960 140:62+100 140:63+100"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        TakeFixture f;
+        CSongTrack* t = f.ready(trackMIDI);
+        f.loop(960, 1920);
+        if (!c.loop) f.host.loop = f.prog()->loop = 0;
+        f.seq->punch = c.punch;
+        f.seq->preRoll = c.preRoll;
+        f.host.setPos(c.from);
+        if (c.running) f.host.start();
+        f.host.rec();
+        f.device.run(0);
+        const std::string before = dump(f.seq);
+        auto keys = script(c.played);
+        f.play(1, keys);
+        EXPECT_EQ(f.prog()->pos, c.begins + f.blockTicks);
+        std::multimap<int, int> rest;
+        for (const auto& [block, key] : keys) rest.emplace(block - 1, key);
+        f.play(420, rest);
+        EXPECT_TRUE(f.host.playing);
+        EXPECT_EQ(f.host.recording, !c.punch || c.loop);
+        f.end();
+        ASSERT_EQ(t->parts.getCount(), 1);
+        EXPECT_EQ(text(f.partOf(t)), c.expected);
+        f.expectOneStep(before);
+    }
+}
+
 /// A track that leaves takes its take with it, whole, in a step before its own.
 TEST(NoteTake, EndsBeforeItsTrackLeaves) {
     TakeFixture f;

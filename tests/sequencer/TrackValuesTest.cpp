@@ -1,3 +1,4 @@
+#include "sequencer/SongValues.h"
 #include "sequencer/TrackValues.h"
 #include "SongFileFixture.h"
 #include "TakeFixture.h"
@@ -52,6 +53,22 @@ TEST(TrackValues, AreStepsAndComeBackFromTheFile) {
         EXPECT_EQ(c.of(static_cast<CTrack*>(song.seq->tracks.getFirst())).get(), c.kept);
         EXPECT_EQ(song.write(), edited);
     }
+}
+
+TEST(TrackValues, OfTakesComeBackFromTheFile) {
+    SongFileFixture song;
+    const std::string usual = song.write();
+    song.host.undoClear();
+    song.host.values->set(punchOf(song.seq), 1.0);
+    song.host.values->set(preRollOf(song.seq), 99.0);
+    EXPECT_EQ(song.host.undoList.getCount(), 2);
+    const std::string bytes = song.write();
+    song.undo();
+    song.undo();
+    EXPECT_EQ(song.write(), usual);
+    song.read(bytes);
+    EXPECT_EQ(punchOf(song.seq).get()[0], 1.0);
+    EXPECT_EQ(preRollOf(song.seq).get()[0], CSeq::mostPreRoll);
 }
 
 /// The height of a row is in the file only where it is not the usual one.
