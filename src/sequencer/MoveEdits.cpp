@@ -58,12 +58,8 @@ void moveParts(CSeq* seq, int deltaTicks, int deltaTracks) {
     if (!ticks && !rows) return;
     CUndo* undo = seq->host->undoStart("Move", seq, moveEffects);
     for (const PlacedPart& p : selectedParts(seq)) {
-        CSongTrack* target = targetOf(seq, p, rows);
-        if (!target) continue;
-        if (ticks) recordMove(undo, p.part, ticks);
-        if (target == p.songTrack) continue;
-        p.part->reserveSlots(target->track->slotsInUse(undo));
-        undo->asMove(p.part, &p.songTrack->parts, &target->parts);
+        if (CSongTrack* target = targetOf(seq, p, rows))
+            recordTransfer(undo, p.part, p.songTrack, target, ticks);
     }
     seq->host->undoEnd(undo, false);
 }

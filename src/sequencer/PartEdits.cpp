@@ -11,12 +11,7 @@
 namespace {
 
 void takeList(CBaseEvent* head, EventCollector& into) {
-    int tick = 0;
-    while (head) {
-        CBaseEvent* next = head->next;
-        into.add(tick += head->delta, head);
-        head = next;
-    }
+    moveList(head, into, [](CBaseEvent*, int tick) { return tick; });
 }
 
 int growthOf(const CUndoItem* item, Shared<int> CPart::*number) {
@@ -189,6 +184,13 @@ void PartChange::record(CUndo* undo) {
     for (Coming& c : coming) undo->asAdd(c.part.release(), &c.songTrack->parts);
     leaving.clear();
     coming.clear();
+}
+
+void recordTransfer(CUndo* undo, CPart* part, CSongTrack* from, CSongTrack* to, int ticks) {
+    if (ticks) recordMove(undo, part, ticks);
+    if (from == to) return;
+    part->reserveSlots(to->track->slotsInUse(undo));
+    undo->asMove(part, &from->parts, &to->parts);
 }
 
 void recordMove(CUndo* undo, CPart* part, int ticks) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "sequencer/CPart.h"
+#include "sequencer/Events.h"
 
 #include <memory>
 #include <vector>
@@ -10,7 +11,6 @@ class CSeqProg;
 class CSongTrack;
 class CUndo;
 class CUndoItem;
-class EventCollector;
 
 /// What edits of parts are made of. Interface thread.
 
@@ -47,6 +47,16 @@ void eachEvent(CBaseEvent* head, F&& visit) {
     int tick = 0;
     for (CBaseEvent* e = head; e; e = e->next) visit(e, tick += e->delta);
 }
+/// Moves the events of a list into a collector, each at the tick that `place(event, tick)` gives.
+template <class F>
+void moveList(CBaseEvent* head, EventCollector& into, F&& place) {
+    for (int tick = 0; head;) {
+        CBaseEvent* next = head->next;
+        tick += head->delta;
+        into.add(place(head, tick), head);
+        head = next;
+    }
+}
 /// Moves the events of a part that is not linked, or the points of one of its slots, into a
 /// collector.
 void takeEvents(CPart* part, EventCollector& into);
@@ -80,6 +90,8 @@ private:
     std::vector<Coming> coming;
 };
 
+/// Records that a part moves by so many ticks, and from one track to another if these differ.
+void recordTransfer(CUndo* undo, CPart* part, CSongTrack* from, CSongTrack* to, int ticks);
 /// Records that a part or point moves by so many ticks, or grows by them, when the step is carried
 /// out.
 void recordMove(CUndo* undo, CPart* part, int ticks);

@@ -235,6 +235,12 @@ std::unique_ptr<CPart> partPiece(CSeq* seq, CPart* part, int from, int to) {
     return uncheckedPiece(seq, part, from, to);
 }
 
+int nearestCut(CSeq* seq, CPart* part, int at) {
+    const int length = seq->getTicks(part), kept = asMinMax(at, 0, length);
+    if (kept == 0 || kept == length || cuttable(seq, part, kept)) return kept;
+    return kept < length - kept ? 0 : length;
+}
+
 std::unique_ptr<CPart> uncheckedPiece(CSeq* seq, CPart* part, int from, int to) {
     return Piece{seq, part, from, to, seq->getTicks(part)}.make();
 }

@@ -28,3 +28,5 @@ bool cutPart(CSeq* seq, CSongTrack* songTrack, CPart* part, int at, int gap, int
 std::unique_ptr<CPart> partPiece(CSeq* seq, CPart* part, int from, int to);
 /// The same without a look at the clip.
 std::unique_ptr<CPart> uncheckedPiece(CSeq* seq, CPart* part, int from, int to);
+/// `at` within the part; where it can't be cut there, the end of it that is nearer.
+int nearestCut(CSeq* seq, CPart* part, int at);
