@@ -2,6 +2,7 @@
 
 #include "arrange/ArrangeGrid.h"
 #include "arrange/ArrangeKeys.h"
+#include "arrange/EmptySong.h"
 #include "arrange/HeadList.h"
 #include "arrange/RulerBars.h"
 #include "arrange/TrackHead.h"
@@ -16,6 +17,7 @@
 #include "ui/Workspace.h"
 
 #include <algorithm>
+#include <initializer_list>
 #include <limits>
 
 namespace {
@@ -33,12 +35,11 @@ constexpr int spareBelow = 44; ///< pixels under the last row
 ArrangeView::ArrangeView(Workspace& space, int t, int w, int h)
     : CGroup(space.mainWindow(), "song", 0, t, w, h), ArrangeState(space),
       heads(new HeadList(win, *this)), ruler(new RulerBars(win, *this)),
-      grid(new ArrangeGrid(win, *this)), across(new CRangebar(win, "across", 0, 0, 1, barWidth)),
+      grid(new ArrangeGrid(win, *this)), empty(new EmptySong(win, space)),
+      across(new CRangebar(win, "across", 0, 0, 1, barWidth)),
       down(new CRangebar(win, "down", 0, 0, barWidth, 1)) {
     setAlign(alignWidth | alignHeight, 0, 0);
-    for (CCtrl* part :
-         {static_cast<CCtrl*>(heads), static_cast<CCtrl*>(ruler), static_cast<CCtrl*>(grid),
-          static_cast<CCtrl*>(across), static_cast<CCtrl*>(down)})
+    for (CCtrl* part : std::initializer_list<CCtrl*>{heads, ruler, grid, empty, across, down})
         addControl(part);
     down->vertical = true;
     across->hint = "Drag to scroll, drag an end to zoom";
@@ -133,6 +134,10 @@ void ArrangeView::layout() {
     heads->setBounds(0, gridTop, headWidth, h + barWidth);
     ruler->setBounds(gridLeft, 0, w + barWidth, gridTop);
     grid->setBounds(gridLeft, gridTop, w, h);
+    empty->setBounds(gridLeft, gridTop, w, h);
+    empty->resized();
+    empty->visible = seq() && rows.all().empty();
+    grid->visible = !empty->visible;
     across->setBounds(gridLeft, gridTop + h, w, barWidth);
     down->setBounds(gridLeft + w, gridTop, barWidth, h);
     edit.scrollY = asMinMax(edit.scrollY, 0, mostScrollY());

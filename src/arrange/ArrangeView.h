@@ -10,6 +10,7 @@ class ArrangeGrid;
 class CRangebar;
 class CScrollbar;
 class CSongTrack;
+class EmptySong;
 class HeadList;
 class RulerBars;
 
@@ -68,6 +69,7 @@ private:
     HeadList* heads;
     RulerBars* ruler;
     ArrangeGrid* grid;
+    EmptySong* empty; ///< in place of the grid
     CRangebar *across, *down;
     CSeq* shownSong = nullptr; ///< the song whose place and zoom these are; not owned
     bool follows = true;       ///< the view turns its page when the play position leaves it

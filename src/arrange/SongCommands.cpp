@@ -11,8 +11,10 @@
 #include "sequencer/PartActions.h"
 #include "sequencer/PartClipboard.h"
 #include "sequencer/PartMerge.h"
+#include "sequencer/PlayedNotes.h"
 #include "sequencer/Points.h"
 #include "sequencer/Quantize.h"
+#include "sequencer/Remix.h"
 #include "sequencer/SongValues.h"
 #include "sequencer/TrackInstrument.h"
 #include "ui/Commands.h"
@@ -135,6 +137,13 @@ void SongCommands::bindAll() {
         workspace.commands().bind(
             row.name, [this, run = row.run] { (this->*run)(); },
             [this, fits = row.ready] { return prog() && (!fits || fits(seq())); });
+    workspace.commands().bind(
+        "remix",
+        [this] {
+            const CStr failure = ::remix(seq(), prog());
+            if (!failure.empty()) showMsg(workspace.mainWindow(), "Remix", failure);
+        },
+        [this] { return prog() && !recording() && prog()->session.count() > 0; });
     workspace.commands().bind(
         "snap", [this] { snap(); }, [this] { return prog() != nullptr; },
         [this] { return prog() && seq()->snap->active; });

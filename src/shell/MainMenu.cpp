@@ -10,6 +10,7 @@
 #include "shell/MainRibbon.h"
 #include "shell/Pages.h"
 #include "shell/ProjectFlows.h"
+#include "shell/Rooms.h"
 #include "ui/Song.h"
 
 #include <iterator>
@@ -181,7 +182,8 @@ void MainMenu::fillView(CPopup* popup) {
         page->fillCaptionMenu(popup->addSub("Page"));
         addAction(popup, "closeall");
     }
-    addGroups(popup, {{"spectrum", "hints", "ribbon"}});
+    addGroups(popup, {{"zoomin", "zoomout", "zoomselection", "autoscroll"},
+                      {"spectrum", "hints", "ribbon"}});
 }
 
 void MainMenu::fillSong(CPopup* popup) {
@@ -191,13 +193,15 @@ void MainMenu::fillSong(CPopup* popup) {
                {"playselection", "loopselection"},
                {"addmarker", "deletemarker", "priormarker", "nextmarker", "timesig-add"},
                {"insertbars", "removebars"},
+               {"keepplayed", "remix"},
                {"priorprog", "nextprog"}});
 }
 
 void MainMenu::fillPart(CPopup* popup) {
-    addGroups(popup, {{"quantize", "splitatcursor", "glue", "crossfade"},
-                      {"mutepart", "unghost"},
-                      {"snap", "snapPrior", "snapNext"}});
+    addGroups(popup, {{"quantize", "splitatcursor", "glue", "crossfade"}, {"mutepart", "unghost"}});
+    popup->addSeparator();
+    window->rooms->process.fill(popup);
+    addGroups(popup, {{"snap", "snapPrior", "snapNext"}});
 }
 
 void MainMenu::fillTrack(CPopup* popup) {

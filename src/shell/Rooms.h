@@ -1,5 +1,6 @@
 #pragma once
 
+#include "arrange/ProcessMenu.h"
 #include "arrange/SongCommands.h"
 #include "arrange/SongImports.h"
 #include "render/RenderCommands.h"
@@ -20,6 +21,7 @@ public:
 
     EditorTable editors;
     SongImports imports;
+    ProcessMenu process;
     std::unique_ptr<CSetupWin> setup; ///< null until it is opened first
 
 private:

@@ -103,6 +103,8 @@ constexpr Row rows[] = {
     {"tempo-track", "Tempo track", groupArrange},
     {"bounce", "Bounce to new track", groupArrange, 'b', control},
     {"crossfade", "Crossfade", groupArrange, 'c', shift},
+    {"keepplayed", "Keep what I played", groupArrange},
+    {"remix", "Remix", groupArrange},
     {"steprec", "Step record", groupArrange, functionKey(4)},
     {"trackzoomin", "Zoom in track edit", groupArrange, '+', control},
     {"trackzoomout", "Zoom out track edit", groupArrange, '-', control},

@@ -219,3 +219,37 @@ TEST_F(ArrangeTest, AutomationIsDrawnInItsLane) {
     for (int i = 0; i < 7; i++) key("ctrl+z");
     EXPECT_TRUE(becomes("")) << points();
 }
+
+/// A song without tracks says how to begin, and does it.
+TEST_F(ArrangeTest, AnEmptySongOffersToBegin) {
+    startWith({});
+    auto* empty = find<CGroup>("empty");
+    ASSERT_TRUE(empty && empty->visible);
+    CCtrl* add = find<CCtrl>("addaudio", empty);
+    ASSERT_TRUE(add);
+    mouseTo(add, 10, 10);
+    act({"click", "1"});
+    ASSERT_TRUE(pumpUntil([&] { return tracks() == 1; }));
+    EXPECT_EQ(row(0)->track->kind, trackAudio);
+    EXPECT_TRUE(pumpUntil([&] { return !find<CGroup>("empty")->visible && grid()->visible; }));
+}
+
+/// The menu of a part has what can be done to its content.
+TEST_F(ArrangeTest, TheMenuOfAPartProcessesIt) {
+    startWith({trackMIDI});
+    CPart* made = addPart(0, 0, 3840);
+    for (const int tick : {480, 960}) {
+        CMIDIEvent* note = createMIDIEvent();
+        note->data = 0x644090;
+        note->length = 240;
+        GraphHold hold(host.get());
+        made->addEvent(tick, note);
+    }
+    inMenu({"h", "Return"});
+    clickAt(point(600, 0), "3");
+    EXPECT_TRUE(pumpUntil([&] {
+        const auto* first = static_cast<const CMIDIEvent*>(part(0, 0)->getEvents());
+        return first->delta == 960 && first->length == 480 && first->next->delta == 960;
+    }));
+    EXPECT_EQ(host->undoText(), "Half tempo");
+}
