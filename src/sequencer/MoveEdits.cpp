@@ -52,16 +52,18 @@ MoveRange moveRange(CSeq* seq) {
 }
 
 void moveParts(CSeq* seq, int deltaTicks, int deltaTracks) {
+    CUndo* undo = seq->host->undoStart("Move", seq, moveEffects);
+    recordMoves(seq, undo, deltaTicks, deltaTracks);
+    seq->host->undoEnd(undo, false);
+}
+
+void recordMoves(CSeq* seq, CUndo* undo, int deltaTicks, int deltaTracks) {
     const MoveRange range = moveRange(seq);
     const int ticks = limited(range, deltaTicks);
     const int rows = asMinMax(deltaTracks, range.minTracks, range.maxTracks);
-    if (!ticks && !rows) return;
-    CUndo* undo = seq->host->undoStart("Move", seq, moveEffects);
-    for (const PlacedPart& p : selectedParts(seq)) {
+    for (const PlacedPart& p : selectedParts(seq))
         if (CSongTrack* target = targetOf(seq, p, rows))
             recordTransfer(undo, p.part, p.songTrack, target, ticks);
-    }
-    seq->host->undoEnd(undo, false);
 }
 
 void copyParts(CSeq* seq, int deltaTicks, int deltaTracks, bool ghosts) {
@@ -91,7 +93,7 @@ PartPlace newPartPlace(CSeq* seq, int tick) {
     return {asMax(base + snapped(seq->snap->val(), tick - base, false), 0), barTicks};
 }
 
-CPart* insertPart(CSeq* seq, CSongTrack* songTrack, const PartPlace& place) {
+CPart* recordInsert(CSeq* seq, CUndo* undo, CSongTrack* songTrack, const PartPlace& place) {
     std::unique_ptr<CPart> made = emptyPart(partTypeOf(songTrack->track));
     if (!songTrack->takesEdits(made.get())) return nullptr;
     CPart* part = made.get();
@@ -100,8 +102,12 @@ CPart* insertPart(CSeq* seq, CSongTrack* songTrack, const PartPlace& place) {
     part->length = limitTicks(asMax(place.length, 1));
     seq->unselectParts();
     part->setSelected(true);
+    return songTrack->addPart(made.release(), undo);
+}
+
+CPart* insertPart(CSeq* seq, CSongTrack* songTrack, const PartPlace& place) {
     CUndo* undo = seq->host->undoStart("Insert part", seq, moveEffects);
-    songTrack->addPart(made.release(), undo);
+    CPart* part = recordInsert(seq, undo, songTrack, place);
     seq->host->undoEnd(undo, false);
     return part;
 }

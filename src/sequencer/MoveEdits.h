@@ -3,6 +3,7 @@
 class CPart;
 class CSeq;
 class CSongTrack;
+class CUndo;
 
 /// What a drag does to the selected parts of the current program, but for those on locked tracks.
 /// Each edit is one step; without anything to do there is none. Interface thread.
@@ -17,6 +18,7 @@ MoveRange moveRange(CSeq* seq);
 /// "Move", within `moveRange`. A part that the track so many rows on does not take, as a locked one
 /// never does, stays.
 void moveParts(CSeq* seq, int deltaTicks, int deltaTracks);
+void recordMoves(CSeq* seq, CUndo* undo, int deltaTicks, int deltaTracks); ///< in an open step
 /// "Copy": in the same way copies come in those places, and are selected in place of what they were
 /// made of. Copies of ghosts are ghosts; with `ghosts` all are.
 void copyParts(CSeq* seq, int deltaTicks, int deltaTracks, bool ghosts);
@@ -46,3 +48,4 @@ PartPlace newPartPlace(CSeq* seq, int tick);
 /// track that has no parts or is locked.
 CPart* insertPart(CSeq* seq, CSongTrack* songTrack, const PartPlace& place);
 CPart* insertPart(CSeq* seq, CSongTrack* songTrack, int tick);
+CPart* recordInsert(CSeq* seq, CUndo* undo, CSongTrack* songTrack, const PartPlace& place);

@@ -8,6 +8,7 @@
 #include "sequencer/PartEdits.h"
 #include "sequencer/PartSplit.h"
 #include "sequencer/Points.h"
+#include "sequencer/Ripple.h"
 
 #include <algorithm>
 #include <memory>
@@ -39,7 +40,7 @@ public:
     /// Collects what is inside. With `cut` the rest of the parts comes in place of them; else they
     /// stay as they are.
     void collect(bool cut) {
-        if (!seq->getProg() || range.from >= range.to) return;
+        if (!ready()) return;
         int row = 0;
         for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks)) {
             const bool meant = std::ranges::count(range.tracks, songTrack) > 0;
@@ -51,6 +52,7 @@ public:
         for (auto* marker : each<CMarkerPart>(seq->getProg()->markers))
             if (marker->pos >= range.from && marker->pos < range.to) markers.push_back(marker);
     }
+    bool ready() const { return seq->getProg() && range.from < range.to; }
     bool empty() const { return inside.empty() && markers.empty(); }
 
     /// Why what is inside can't go there; empty if it can.
@@ -70,7 +72,11 @@ public:
     /// Runs `act(undo)` as a step of that title, and has what was cut follow.
     template <class F>
     void record(const char* title, F&& act) {
-        if (empty()) return;
+        record(title, false, act);
+    }
+    template <class F>
+    void record(const char* title, bool more, F&& act) {
+        if (empty() && !more) return;
         seq->unselectParts();
         CUndo* undo = seq->host->undoStart(title, seq, rangeEffects);
         act(undo);
@@ -108,6 +114,7 @@ public:
     const TimeRange& range;
     std::vector<Inside> inside;
     std::vector<CMarkerPart*> markers;
+    std::vector<CPart*> rests; ///< what is left behind the range of parts that are cut
     PartChange change;
 
 private:
@@ -124,7 +131,10 @@ private:
         if (!cut) return;
         change.remove(songTrack, part);
         if (from > 0) change.add(songTrack, partPiece(seq, part, 0, from));
-        if (to < length) change.add(songTrack, partPiece(seq, part, to, length));
+        if (to == length) return;
+        std::unique_ptr<CPart> rest = partPiece(seq, part, to, length);
+        rests.push_back(rest.get());
+        change.add(songTrack, std::move(rest));
     }
 };
 
@@ -219,12 +229,22 @@ CStr duplicateRange(CSeq* seq, const TimeRange& range) {
 }
 
 CStr deleteRange(CSeq* seq, const TimeRange& range) {
+    return deleteRange(seq, range, Ripple::off);
+}
+
+CStr deleteRange(CSeq* seq, const TimeRange& range, Ripple ripple) {
     RangeEdit edit(seq, range);
     edit.collect(true);
-    edit.record("Delete", [&](CUndo* undo) {
+    const int gap = range.from - range.to;
+    const std::vector<RippleShift> shifts =
+        rippleOfInsert(seq, ripple, range.tracks, range.to, edit.ready() ? gap : 0);
+    if (ripple != Ripple::off)
+        for (CPart* rest : edit.rests) rest->pos = rest->pos + gap;
+    edit.record("Delete", !shifts.empty(), [&](CUndo* undo) {
         for (const Inside& in : edit.inside)
             if (in.whole) undo->asRemove(in.whole, &in.songTrack->parts);
         for (CMarkerPart* marker : edit.markers) undo->asRemove(marker, &seq->getProg()->markers);
+        recordRipple(undo, shifts);
     });
     return "";
 }
