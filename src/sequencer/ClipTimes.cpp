@@ -10,12 +10,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <vector>
 
 namespace {
 
 constexpr double semitonesPerOctave = 12.0;
-constexpr float maxSemitones = 120.0f, maxFadeMs = 1e6f;
 
 int sourceRate(const CAudioEvent* e) {
     return tunedRate(e->sample, e->semitones + double(e->fine));
@@ -33,23 +31,6 @@ const CAudioEvent* clipAtOwnSpeed(const CPart* part, const CPart* content) {
     if (part->type != partAudio || static_cast<const CAudioPart*>(part)->multiclip) return nullptr;
     const auto* event = static_cast<const CAudioEvent*>(content->events.load());
     return event && event->mode == playRepitch && event->sample ? event : nullptr;
-}
-
-void set(CAudioEvent* e, ClipSetting setting, float value) {
-    switch (setting) {
-    case ClipSetting::semitones:
-        e->semitones = asRound(double(fLimit(value, -maxSemitones, maxSemitones)));
-        break;
-    case ClipSetting::fine:
-        e->fine = fLimit(value, -1.0f, 1.0f);
-        break;
-    case ClipSetting::fadeIn:
-        e->fadeInMs = fLimit(value, 0.0f, maxFadeMs);
-        break;
-    case ClipSetting::fadeOut:
-        e->fadeOutMs = fLimit(value, 0.0f, maxFadeMs);
-        break;
-    }
 }
 
 } // namespace
@@ -111,22 +92,4 @@ bool getAudioSelection(CSeq* seq, CPart* part, int fromTick, int toTick, int& fr
     to = saturate(int64_t(e->start) + e->end - from);
     from = mirrored;
     return true;
-}
-
-bool setClips(CSeq* seq, ClipSetting setting, float value, CUndo* undo) {
-    std::vector<CPart*> done; // ghosts share their master
-    for (auto* songTrack : each<CSongTrack>(seq->selectedTracks))
-        for (auto* part : each<CPart>(songTrack->parts)) {
-            CPart* content = part->content();
-            if (part->type != partAudio || !part->selected()) continue;
-            if (std::find(done.begin(), done.end(), content) != done.end()) continue;
-            done.push_back(content);
-            CPart* edited = content->copy(0);
-            const bool several = static_cast<CAudioPart*>(content)->multiclip != 0;
-            for (CBaseEvent* e = edited->getEvents(); e; e = e->next)
-                if (!several || (e->flags & eventSelected))
-                    set(static_cast<CAudioEvent*>(e), setting, value);
-            swapUndoPart(undo, content, edited);
-        }
-    return !done.empty();
 }

@@ -6,7 +6,6 @@ class CPart;
 class CQV;
 class CSample;
 class CSeq;
-class CUndo;
 struct CAudioEvent;
 
 /// How long clips last, and which of their frames stand where. Any thread that reads the song; of
@@ -38,10 +37,3 @@ int posAsFrames3(const CAudioEvent* event, int ticks, int total, float tempo);
 /// The frames of the first clip of an audio part that lie between two ticks of the part, in the
 /// order of the sample, cut to its range. False without a clip.
 bool getAudioSelection(CSeq* seq, CPart* part, int fromTick, int toTick, int& from, int& to);
-
-enum class ClipSetting { semitones, fine, fadeIn, fadeOut };
-
-/// Records that a setting of the clips that are chosen changes to `value`: all clips of selected
-/// audio parts on selected tracks, of a part with several the selected ones. Semitones within 120
-/// to either side, fine within 1, fades in milliseconds from 0 on. False when there are none.
-bool setClips(CSeq* seq, ClipSetting setting, float value, CUndo* undo);

@@ -453,25 +453,3 @@ TEST(AudioPlayback, TellsWhichFrameStandsWhere) {
     own->mode = playStretch;
     EXPECT_EQ(posAsFrames3(own, 960, 3840, 120), 1000 + 11025);
 }
-
-/// Of a part with several clips only those that are selected change, of others all.
-TEST(AudioPlayback, SettingsReachTheChosenClips) {
-    AudioFixture f;
-    CSample* s = f.sine(1000);
-    CPart* several = f.place(0, f.clip(s));
-    CAudioEvent* chosen = f.clip(s);
-    chosen->flags = eventSelected;
-    several->addEvent(100, chosen);
-    CPart* single = f.place(9600, f.clip(s));
-    static_cast<CAudioPart*>(single)->multiclip = 0;
-    f.seq->selectTrack(f.songTrack, true);
-    const auto set = [&](CUndo* u) { return setClips(f.seq, ClipSetting::semitones, 500, u); };
-    f.step([&](CUndo* u) { EXPECT_FALSE(set(u)) << "no part is selected"; });
-    several->setSelected(true);
-    single->setSelected(true);
-    f.step([&](CUndo* u) { EXPECT_TRUE(set(u)); });
-    const auto tuningOf = [](CBaseEvent* e) { return static_cast<CAudioEvent*>(e)->semitones; };
-    EXPECT_EQ(tuningOf(several->getEvents()), 0);
-    EXPECT_EQ(tuningOf(several->getEvents()->next), 120);
-    EXPECT_EQ(tuningOf(single->getEvents()), 120);
-}
