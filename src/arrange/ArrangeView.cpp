@@ -3,8 +3,10 @@
 #include "arrange/ArrangeGrid.h"
 #include "arrange/ArrangeKeys.h"
 #include "arrange/EmptySong.h"
+#include "arrange/HeadCorner.h"
 #include "arrange/HeadList.h"
 #include "arrange/RulerBars.h"
+#include "arrange/TrackCommands.h"
 #include "arrange/TrackHead.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
@@ -34,12 +36,13 @@ constexpr int spareBelow = 44; ///< pixels under the last row
 
 ArrangeView::ArrangeView(Workspace& space, int t, int w, int h)
     : CGroup(space.mainWindow(), "song", 0, t, w, h), ArrangeState(space),
-      heads(new HeadList(win, *this)), ruler(new RulerBars(win, *this)),
-      grid(new ArrangeGrid(win, *this)), empty(new EmptySong(win, space)),
-      across(new CRangebar(win, "across", 0, 0, 1, barWidth)),
+      corner(new HeadCorner(win, *this)), heads(new HeadList(win, *this)),
+      ruler(new RulerBars(win, *this)), grid(new ArrangeGrid(win, *this)),
+      empty(new EmptySong(win, space)), across(new CRangebar(win, "across", 0, 0, 1, barWidth)),
       down(new CRangebar(win, "down", 0, 0, barWidth, 1)) {
     setAlign(alignWidth | alignHeight, 0, 0);
-    for (CCtrl* part : std::initializer_list<CCtrl*>{heads, ruler, grid, empty, across, down})
+    for (CCtrl* part :
+         std::initializer_list<CCtrl*>{corner, heads, ruler, grid, empty, across, down})
         addControl(part);
     down->vertical = true;
     across->hint = "Drag to scroll, drag an end to zoom";
@@ -54,6 +57,8 @@ ArrangeView::ArrangeView(Workspace& space, int t, int w, int h)
                         [this] { partsChanged(); }),
              notices.on({.host = HostNotice::step}, [this] { heads->cablesChanged(); })};
     bindCommands();
+    ArrangeState& shared = *this;
+    trackCommands = std::make_unique<TrackCommands>(shared, *heads);
     songChanged();
 }
 
@@ -131,6 +136,8 @@ int64_t ArrangeView::songWidth() const {
 
 void ArrangeView::layout() {
     const int w = gridWidth(), h = gridHeight();
+    corner->setBounds(0, 0, headWidth, gridTop);
+    corner->resized();
     heads->setBounds(0, gridTop, headWidth, h + barWidth);
     ruler->setBounds(gridLeft, 0, w + barWidth, gridTop);
     grid->setBounds(gridLeft, gridTop, w, h);
@@ -225,7 +232,6 @@ void ArrangeView::zoomToSelection() {
 
 void ArrangeView::rowsChanged() {
     rows.build(seq());
-    heads->songChanged();
     grid->redraw();
     layout();
 }

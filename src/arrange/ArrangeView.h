@@ -4,6 +4,7 @@
 #include "gui/CGroup.h"
 #include "ui/NoticeRouter.h"
 
+#include <memory>
 #include <vector>
 
 class ArrangeGrid;
@@ -11,8 +12,10 @@ class CRangebar;
 class CScrollbar;
 class CSongTrack;
 class EmptySong;
+class HeadCorner;
 class HeadList;
 class RulerBars;
+class TrackCommands;
 
 /// The arrangement: heads of tracks at the left, their parts at the right, the ruler above and the
 /// bars to scroll and zoom by below and beside. It lays them out, and scrolls and zooms them
@@ -66,6 +69,7 @@ private:
     void deleteSelected();
     bool canDelete() const;
 
+    HeadCorner* corner;
     HeadList* heads;
     RulerBars* ruler;
     ArrangeGrid* grid;
@@ -73,5 +77,6 @@ private:
     CRangebar *across, *down;
     CSeq* shownSong = nullptr; ///< the song whose place and zoom these are; not owned
     bool follows = true;       ///< the view turns its page when the play position leaves it
+    std::unique_ptr<TrackCommands> trackCommands;
     std::vector<NoticeLink> links;
 };

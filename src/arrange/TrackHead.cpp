@@ -1,30 +1,42 @@
 #include "arrange/TrackHead.h"
 
+#include "arrange/ArrangeState.h"
 #include "arrange/HeadList.h"
+#include "arrange/HeadSwitch.h"
+#include "arrange/NameField.h"
+#include "arrange/RowLayout.h"
 #include "base/Numbers.h"
+#include "engine/COutputChannel.h"
 #include "engine/CQV.h"
-#include "engine/ValueDoor.h"
+#include "engine/StripValues.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
+#include "gui/Colours.h"
+#include "gui/Fonts.h"
 #include "gui/Keys.h"
-#include "gui/controls/CButton.h"
-#include "gui/controls/CScrollbar.h"
 #include "sequencer/CSeq.h"
-#include "sequencer/SongValues.h"
+#include "sequencer/TrackValues.h"
 #include "ui/CMeter.h"
+#include "ui/CStoredSlider.h"
 #include "ui/ProgramItems.h"
-#include "ui/Song.h"
 #include "ui/TrackPalette.h"
-#include "ui/Workspace.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
-constexpr int gap = 4;
-constexpr int margin = 8;
-constexpr int stripe = 4; ///< of a track's colour at the left of its row
+constexpr int stripeReach = 8; ///< of a press, from the left
+constexpr int foldLeft = 7, foldWidth = 14, signWidth = 18, signRoom = 16;
+constexpr int switchWidth = 22, switchHeight = 18, switchGap = 2;
+constexpr int meterWidth = 6, meterLeft = RowHead::headWidth - meterWidth - 4;
+constexpr int switchesLeft = meterLeft - 6 - 3 * switchWidth - 2 * switchGap;
+constexpr int firstLine = 4, secondLine = 25, secondHeight = 15, twoLines = 44;
+constexpr int panWidth = 60, monitorWidth = 24;
+constexpr double mutedShare = 0.45; ///< of the ground in what is not heard
+
+enum StripParam { paramVolume, paramPan };
 
 /// The channel that makes a track heard: that of the first component which its output feeds.
 COutputChannel* soundOf(CQV* qv, CTrack* track) {
@@ -34,107 +46,219 @@ COutputChannel* soundOf(CQV* qv, CTrack* track) {
     return nullptr;
 }
 
+/// Of a fader, whose square is the gain.
+double faderOfDb(double db) {
+    return std::pow(10.0, db / 40.0);
+}
+
 } // namespace
 
-TrackHead::TrackHead(CWin* owner, CQV* host, CSongTrack* shown, int h, int c)
-    : CGroup(owner, "track", 0, 0, headWidth, h), qv(host), track(shown), colour(c) {
-    constexpr int buttonSize = 20, meterHeight = 9;
-    int x = headWidth - 2 * (buttonSize + gap) - gap;
-    muteButton = new CButton(owner, "mute", "M", x, gap, buttonSize, buttonSize);
-    soloButton = new CButton(owner, "solo", "S", x + buttonSize + gap, gap, buttonSize, buttonSize);
-    muteButton->skin = &clTrackMute;
-    muteButton->litSkin = &clTrackMutePushed;
-    soloButton->skin = &clTrackSolo;
-    soloButton->litSkin = &clTrackSoloPushed;
-    muteButton->hint = "Mute the track";
-    soloButton->hint = "Play only this track and others with solo";
-    muteButton->onChange = new _COnChange<TrackHead>(this, &TrackHead::muteClicked);
-    soloButton->onChange = new _COnChange<TrackHead>(this, &TrackHead::soloClicked);
-    meter = new CMeter(owner, margin + stripe, h - meterHeight - margin,
-                       headWidth - 2 * margin - stripe, meterHeight);
+TrackHead::TrackHead(HeadList& owner, const ArrangeRow& row)
+    : RowHead(owner, "track", row), fold(new FoldButton(owner, track)), switches{},
+      volume(new CStoredSlider(win, "volume", owner.door(), 0, 0, 1, secondHeight)),
+      pan(new CStoredSlider(win, "pan", owner.door(), 0, 0, panWidth, secondHeight)),
+      meter(new CMeter(win, 0, 0, meterWidth, 1)) {
+    for (int i = 0; i < trackSwitches; i++)
+        switches[size_t(i)] = new HeadSwitch(owner, TrackSwitch(i), track);
+    volume->hint = "Volume: drag, with Shift finely, or type decibels; a double click gives 0 dB";
+    pan->hint = "Pan: drag, with Shift finely, or type percent; a double click gives the middle";
+    meter->hint = "Level of what the track sounds through; a press clears the peak";
     meter->item = &clTrackLed;
-    meter->hint = "Level of the track's instrument";
-    const CStr& name = track->track->id;
-    muteButton->spokenName = "Mute, " + name;
-    soloButton->spokenName = "Solo, " + name;
-    meter->spokenName = "Level, " + name;
-    for (CCtrl* ctrl : stops())
-        if (ctrl != this) addControl(ctrl);
+    meter->vertical = true;
+    addControl(fold);
+    for (HeadSwitch* s : switches) addControl(s);
+    for (CCtrl* c :
+         {static_cast<CCtrl*>(volume), static_cast<CCtrl*>(pan), static_cast<CCtrl*>(meter)})
+        addControl(c);
+    bindSliders();
+    show(row);
+}
+
+void TrackHead::bindSliders() {
+    pan->least = -1.0;
+    pan->usual = 0.0;
+    pan->origin = 0.0;
+    struct Slider {
+        CStoredSlider* slider;
+        StoredValue (*valueOf)(COutputChannel*);
+        int param;
+    };
+    for (const Slider& s : {Slider{volume, faderOf, paramVolume}, Slider{pan, panOf, paramPan}}) {
+        s.slider->values = [this, valueOf = s.valueOf] {
+            std::vector<StoredValue> all;
+            if (!sound) return all;
+            all.push_back(valueOf(sound));
+            for (CSongTrack* t : list.together(track)) {
+                COutputChannel* other = soundOf(list.state.qv, t->track);
+                if (other && std::find(all.begin(), all.end(), valueOf(other)) == all.end())
+                    all.push_back(valueOf(other));
+            }
+            return all;
+        };
+        s.slider->text = [this, param = s.param] { return sound->paramText(param); };
+        s.slider->onTold = [this, slider = s.slider](const CStr& text) {
+            list.tell(slider->spokenName + ": " + text);
+        };
+    }
+    volume->typedValue = faderOfDb;
+    pan->typedValue = [](double percent) { return percent / 100; };
+}
+
+// Layout.
+
+void TrackHead::show(const ArrangeRow& row) {
+    number = row.track;
+    inset = indentOf(row);
+    const int kind = track->track->kind;
+    const bool two = row.height >= twoLines && kind != trackFolder;
+    const int line = two ? firstLine : (row.height - 1 - switchHeight) / 2;
+    fold->visible = list.folds(track);
+    fold->setBounds(foldLeft + inset, line, foldWidth, switchHeight);
+    for (int i = 0; i < 3; i++)
+        switches[size_t(i)]->setBounds(switchesLeft + i * (switchWidth + switchGap), line,
+                                       switchWidth, switchHeight);
+    HeadSwitch* arm = switches[size_t(TrackSwitch::arm)];
+    HeadSwitch* monitor = switches[size_t(TrackSwitch::monitor)];
+    arm->visible = kind != trackFolder;
+    monitor->visible = volume->visible = pan->visible = two;
+    const int x = foldLeft + inset + foldWidth;
+    monitor->setBounds(x, secondLine, monitorWidth, secondHeight);
+    const int volumeLeft = x + monitorWidth + 2 * gap, panLeft = meterLeft - 6 - panWidth;
+    volume->setBounds(volumeLeft, secondLine, panLeft - 2 * gap - volumeLeft, secondHeight);
+    pan->setBounds(panLeft, secondLine, panWidth, secondHeight);
+    meter->visible = kind != trackFolder;
+    meter->setBounds(meterLeft, gap, meterWidth, row.height - 1 - 2 * gap);
+    shown = present();
+    nameControls();
     findSound();
 }
 
-std::array<CCtrl*, TrackHead::stopCount> TrackHead::stops() {
-    return {this, muteButton, soloButton, meter};
+CRect TrackHead::nameBox() const {
+    const int x = foldLeft + inset + foldWidth + signWidth;
+    const int right = switches[size_t(track->track->kind == trackFolder)]->left - gap;
+    return asRect(x, fold->top, right, fold->top + fold->height);
+}
+
+void TrackHead::nameControls() {
+    const CStr& name = shown.name;
+    fold->spokenName = (track->track->kind == trackFolder ? "Folder, " : "Lanes, ") + name;
+    for (HeadSwitch* s : switches) s->nameAfter(name);
+    volume->spokenName = "Volume, " + name;
+    pan->spokenName = "Pan, " + name;
+    meter->spokenName = "Level, " + name;
+}
+
+void TrackHead::findSound() {
+    sound = soundOf(list.state.qv, track->track);
+    meter->channel = sound;
+    volume->refresh();
+    pan->refresh();
+}
+
+std::vector<CCtrl*> TrackHead::stops() {
+    std::vector<CCtrl*> all = {this};
+    for (CCtrl* c : each<CCtrl>(controls))
+        if (c->visible && c->enabled) all.push_back(c);
+    return all;
+}
+
+// What it shows.
+
+TrackHead::Shown TrackHead::present() const {
+    const CTrack* t = track->track;
+    const int own = t->colour;
+    return {t->id,          own < 0 ? trackColour(number) : hexColor(unsigned(own)),
+            t->selected(),  !track->freezeItems.empty(),
+            t->locked != 0, list.heard(track)};
+}
+
+bool TrackHead::refresh() {
+    Shown now = present();
+    const bool changed = now != shown;
+    NameField::dropLeft(field);
+    if (changed) {
+        shown = std::move(now);
+        nameControls();
+        redraw();
+    }
+    bool moved = changed;
+    for (HeadSwitch* s : switches) moved = s->refresh() || moved;
+    moved = volume->refresh() || moved;
+    moved = pan->refresh() || moved;
+    return meter->refresh() || moved;
 }
 
 void TrackHead::paint(CGraphic* g, CRect rect) {
-    const CPalette& colours = win->app->gui->palette;
-    const CGuiItem2& look = shownSelected ? clTrackSelected : clTrack;
+    const CPalette& colours = list.palette();
+    const CGuiItem2& look = shown.selected ? clTrackSelected : clTrack;
     drawGuiItem(g, clientRect(), &look, drawBackground);
+    const int colour = shown.heard ? shown.colour : fadeCol(shown.colour, look.fillCol, mutedShare);
     g->fillRect(colour, asRect(0, 0, stripe, height - 1));
+    if (shown.selected) g->fillRect(colours.accent, asRect(stripe, 0, stripe + 2, height - 1));
     g->fillLine(colours.frame, asRect(0, height - 1, width, height));
-    CRect name = asRect(margin + stripe, gap, muteButton->left - gap, gap + 20);
-    if (shownFrozen) {
-        g->drawText(colours.accent, "frozen", name, textRight);
-        name.right -= g->textWidth("frozen") + gap;
-    }
-    g->drawText(look.textCol, track->track->id, name, textLeft);
+    paintName(g, look.fillCol);
     if (hasKeyFocus()) g->frameRect(colours.accent, asRect(0, 0, width, height - 1));
     CGroup::paint(g, rect);
 }
 
+void TrackHead::paintName(CGraphic* g, int ground) const {
+    const CPalette& colours = list.palette();
+    CRect box = nameBox();
+    list.signs.draw(g, HeadSigns::ofKind(track->track->kind),
+                    asRect(box.left - signWidth, box.top, box.left - gap, box.bottom),
+                    shown.heard ? shown.colour : colours.dimText, ground);
+    if (field && field->visible) return;
+    const TextScope bold(g, {.bold = true});
+    for (const auto& [on, sign] :
+         {std::pair{shown.locked, HeadSigns::lock}, std::pair{shown.frozen, HeadSigns::frozen}}) {
+        if (!on) continue;
+        box.right -= signRoom;
+        list.signs.draw(g, sign, asRect(box.right, box.top, box.right + signRoom, box.bottom),
+                        colours.accent, ground);
+    }
+    const int text = shown.selected ? clTrackSelected.textCol : clTrack.textCol;
+    g->drawText(shown.heard ? text : colours.dimText, shown.name, box, textLeft);
+}
+
+// The mouse.
+
 void TrackHead::mouseDown(int x, int y, int btn) {
     CGroup::mouseDown(x, y, btn);
-    // The menu of the right button is about what is selected.
-    const bool forMenu = (btn & modRight) && !track->track->selected();
-    if (!(btn & modLeft) && !forMenu) return;
-    CSeq* seq = track->track->seq;
-    const bool add = (btn & modControl) != 0;
-    const bool on = !add || !track->track->selected();
-    if (!add) seq->unselectTracks();
-    seq->selectTrack(track, on);
+    if (btn & modRight) {
+        // The menu is about what is selected.
+        if (!track->track->selected()) list.choose(track, 0);
+        return;
+    }
+    if (!(btn & modLeft)) return;
+    if (onEdge(y)) return list.size(*this, {this, x, y, btn});
+    if ((btn & modDouble) && nameBox().contains(x, y)) return rename();
+    list.pressed(track, x < stripeReach, {this, x, y, btn});
 }
 
 void TrackHead::mouseUp(int x, int y, int btn) {
     CGroup::mouseUp(x, y, btn);
-    if ((btn & modRight) && inside(x, y)) static_cast<HeadList*>(parent)->contextMenu();
+    if ((btn & modRight) && inside(x, y)) list.contextMenu();
 }
 
-void TrackHead::muteClicked(CObject*) {
-    qv->values->set(mutedOf(track), track->muted() ? 0.0 : 1.0);
-}
-
-void TrackHead::soloClicked(CObject*) {
-    qv->values->set(soloedOf(track), track->soloed() ? 0.0 : 1.0);
-}
-
-bool TrackHead::refresh() {
-    const bool selected = track->track->selected(), frozen = !track->freezeItems.empty();
-    if (selected != shownSelected || frozen != shownFrozen) {
-        shownSelected = selected;
-        shownFrozen = frozen;
-        redraw();
-    }
-    muteButton->setLit(track->muted());
-    soloButton->setLit(track->soloed());
-    return meter->refresh();
-}
-
-void TrackHead::findSound() {
-    meter->channel = soundOf(qv, track->track);
+void TrackHead::rename() {
+    if (field && field->visible) return;
+    NameField::dropLeft(field);
+    field = new NameField(this, nameBox(), shown.name, "Name of the track");
+    field->onName = [this](const CStr& name) {
+        renameObject(track->track->seq, track->track, name);
+    };
+    redraw();
 }
 
 void TrackHead::describe(Description& d, int) const {
     d.role = Role::group;
-    d.name = track->track->id.asChar();
+    d.name = shown.name.asChar();
     d.action = "select";
     d.set(stateSelectable, true);
-    d.set(stateSelected, shownSelected);
+    d.set(stateSelected, shown.selected);
 }
 
 bool TrackHead::pressPart(int) {
-    CSeq* seq = track->track->seq;
-    seq->unselectTracks();
-    seq->selectTrack(track, true);
+    list.choose(track, 0);
     return true;
 }

@@ -1,43 +1,60 @@
 #pragma once
 
-#include "gui/CGroup.h"
+#include "arrange/RowHead.h"
 
 #include <array>
 
-class CButton;
 class CMeter;
-class CQV;
-class CSongTrack;
+class COutputChannel;
+class CStoredSlider;
+class FoldButton;
+class HeadSwitch;
+class NameField;
 
-/// Head of one track: name, mute, solo, and the level of the instrument that it plays.
-class TrackHead : public CGroup {
+/// Head of a track: its colour, kind and name, what switches it, volume and pan of what it sounds
+/// through, and the level of that. What has no room in a low row is left out: first the second line
+/// with monitor, volume and pan.
+class TrackHead : public RowHead {
 public:
-    static constexpr int headWidth = 236;
+    static constexpr int headWidth = RowHead::headWidth;
 
-    TrackHead(CWin* win, CQV* host, CSongTrack* songTrack, int height, int colour);
+    TrackHead(HeadList& list, const ArrangeRow& row);
 
     void paint(CGraphic* g, CRect rect) override;
-    /// Selects the track, with Control beside others.
+    /// Selects the track, with Control beside others, with Shift up to it; a drag moves it. On the
+    /// stripe it asks for the colour, on the lower edge it drags the height, and a double click
+    /// renames.
     void mouseDown(int x, int y, int btn) override;
     void mouseUp(int x, int y, int btn) override; ///< the right button opens the menu
-    bool refresh();                               ///< whether what is heard of the track shows
-    /// The cables are others.
-    void findSound();
-    CSongTrack* songTrack() const { return track; }
-    static constexpr int stopCount = 4;
-    /// What of it takes the keys, from the left: itself, mute, solo, and the meter.
-    std::array<CCtrl*, stopCount> stops();
+    void show(const ArrangeRow& row) override;
+    bool refresh() override;
+    void findSound() override;
+    std::vector<CCtrl*> stops() override;
+    void rename(); ///< opens a field in place of the name
     void describe(Description& d, int part) const override;
     bool pressPart(int part) override;
 
 private:
-    void muteClicked(CObject*);
-    void soloClicked(CObject*);
+    /// What is painted, beside the controls.
+    struct Shown {
+        CStr name;
+        int colour = 0;
+        bool selected = false, frozen = false, locked = false, heard = true;
+        bool operator==(const Shown&) const = default;
+    };
 
-    CQV* qv;
-    CSongTrack* track; ///< not owned
-    int colour;
-    CButton *muteButton, *soloButton;
+    Shown present() const;
+    CRect nameBox() const;
+    void paintName(CGraphic* g, int ground) const;
+    void nameControls();
+    void bindSliders();
+
+    COutputChannel* sound = nullptr; ///< not owned; null where it is not heard
+    FoldButton* fold;
+    std::array<HeadSwitch*, 4> switches; ///< by `TrackSwitch`
+    CStoredSlider *volume, *pan;
     CMeter* meter;
-    bool shownSelected = false, shownFrozen = false;
+    NameField* field = nullptr; ///< while it is renamed
+    Shown shown;
+    int number = 0, inset = 0; ///< of the row
 };

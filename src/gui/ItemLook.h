@@ -14,6 +14,7 @@ struct ItemLook {
     PaletteColour fill, frame, text, symbol; ///< null leaves the fill or frame out
     bool onFill = false;
     CGuiItem2* link = nullptr; ///< the item that it looks like instead
+    double tint = 0.0;         ///< share of the accent colour in the fill
 };
 
 /// Gives the item its colours, unless it is linked.

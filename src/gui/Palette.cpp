@@ -11,8 +11,8 @@ CPalette darkPalette() {
             hexColor(0xa3aab4),
             hexColor(0x58a9ff),
             hexColor(0xe5484d),
-            hexColor(0xf0b429),
-            hexColor(0x8b6fd6),
+            hexColor(0xf4d03f),
+            hexColor(0xf0932b),
             {hexColor(0x3fbf7f), hexColor(0xe5c07b), hexColor(0xe5484d)}};
 }
 
@@ -25,7 +25,7 @@ CPalette lightPalette() {
             hexColor(0x5c6470),
             hexColor(0x0b66c3),
             hexColor(0xb4232a),
-            hexColor(0x8a5a00),
-            hexColor(0x6a4bc0),
+            hexColor(0xf4d03f),
+            hexColor(0xf0932b),
             {hexColor(0x1d7a4c), hexColor(0x8a5a00), hexColor(0xb4232a)}};
 }

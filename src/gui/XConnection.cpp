@@ -148,7 +148,8 @@ void XConnection::makeCursors() {
                                               XC_left_side,          XC_top_side,
                                               XC_right_side,         XC_bottom_side,
                                               XC_top_right_corner,   XC_top_left_corner,
-                                              XC_bottom_left_corner, XC_bottom_right_corner};
+                                              XC_bottom_left_corner, XC_bottom_right_corner,
+                                              XC_sb_v_double_arrow};
     for (int i = 0; i < cursorCount; i++) cursors[i + 1] = XCreateFontCursor(display, shapes[i]);
 }
 

@@ -13,7 +13,7 @@ union _XEvent;
 /// goes away, `lost` becomes true and nobody calls it any more.
 class XConnection {
 public:
-    static constexpr int cursorCount = 10;
+    static constexpr int cursorCount = 11;
 
     struct Atoms {
         unsigned long self, eventProc, wmProtocols, wmDelete;

@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/CSubTrack.h"
 
 namespace {
 
@@ -42,6 +43,15 @@ const StoredValue::Kind partColour = {
         static_cast<CPart*>(o)->colour = asMinMax(asInt(to[0]), -1, mostColour);
         if (CComp* seq = qv->firstOfType(compSeq))
             static_cast<CSeq*>(seq)->songNotices.raise(SeqNotice::parts);
+    }};
+
+const StoredValue::Kind bypass = {
+    "Bypass",
+    [](const CObject* o, int) { return Numbers{double(static_cast<const CSubTrack*>(o)->bypass)}; },
+    [](CObject* o, int, const Numbers& to) {
+        static_cast<CSubTrack*>(o)->bypass = to[0] != 0.0 ? 1 : 0;
+        if (CComp* seq = qv->firstOfType(compSeq))
+            static_cast<CSeq*>(seq)->songNotices.raise(SeqNotice::tracks);
     }};
 
 const StoredValue::Kind swing = {"Swing",
@@ -99,6 +109,10 @@ StoredValue sensitivityOf(CTrack* of) {
 
 StoredValue recChannelsOf(CTrack* of) {
     return {&recChannels, of};
+}
+
+StoredValue bypassOf(CSubTrack* of) {
+    return {&bypass, of};
 }
 
 StoredValue swingOf(CTrack* of) {

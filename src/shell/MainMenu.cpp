@@ -207,7 +207,11 @@ void MainMenu::fillPart(CPopup* popup) {
 void MainMenu::fillTrack(CPopup* popup) {
     CPopup* kinds = popup->addSub("Add track");
     for (const TrackChoice& choice : trackChoices) addAction(kinds, choice.action, choice.text);
-    addGroups(popup, {{"mute", "solo"}, {"freeze", "bounce"}});
+    addGroups(popup, {{"mute", "solo", "armtrack", "locktrack"},
+                      {"muteall", "soloall"},
+                      {"rename", "trackcolour", "foldtrack"},
+                      {"trackup", "trackdown", "duplicatetrack", "deletetrack"},
+                      {"freeze", "bounce"}});
     fillBounce(popup->addSub("Bounce range"));
 }
 

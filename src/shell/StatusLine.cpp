@@ -28,7 +28,7 @@ void StatusLine::paint(CGraphic* g, CRect) {
     g->fillRect(colours.frame, asRect(0, 0, width, 1));
     const int split = width - margin - g->textWidth(device);
     g->drawText(colours.dimText, text, asRect(margin, 1, split - margin, height), textLeft);
-    g->drawText(warning ? colours.solo : colours.dimText, device,
+    g->drawText(warning ? colours.meter[1] : colours.dimText, device,
                 asRect(split, 1, width - margin, height), textRight);
 }
 

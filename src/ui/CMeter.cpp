@@ -16,6 +16,7 @@ namespace {
 constexpr float lowestDb = -60.0f;
 constexpr float highDb = -9.0f; ///< from here on the second colour
 constexpr float overDb = -0.5f;
+constexpr float marksDb[] = {-12.0f, 0.0f};
 
 /// Place of a level on the scale, 0 to 1.
 float onScale(float amplitude) {
@@ -34,30 +35,39 @@ CMeter::CMeter(CWin* owner, int l, int t, int w, int h)
 }
 
 CMeter::Level CMeter::levelOf(float peak, float hold) const {
-    return {asRound(double(onScale(peak)) * width), asRound(double(onScale(hold)) * width)};
+    return {asRound(double(onScale(peak)) * length()), asRound(double(onScale(hold)) * length())};
+}
+
+CRect CMeter::stretch(int from, int to, int near, int far) const {
+    return vertical ? asRect(near, height - to, far, height - from) : asRect(from, near, to, far);
 }
 
 void CMeter::paintBar(CGraphic* g, int from, int to, const Level& level) const {
     const CPalette& colours = win->app->gui->palette;
-    const int high = asRound(double(dbOnScale(highDb)) * width);
-    const int over = asRound(double(dbOnScale(overDb)) * width);
-    const int edges[] = {0, high, over, width};
+    const int high = asRound(double(dbOnScale(highDb)) * length());
+    const int over = asRound(double(dbOnScale(overDb)) * length());
+    const int edges[] = {0, high, over, length()};
     for (int i = 0; i < 3; i++)
         if (level.bar > edges[i])
             g->fillRect(colours.meter[i],
-                        asRect(edges[i], from, std::min(level.bar, edges[i + 1]), to));
+                        stretch(edges[i], std::min(level.bar, edges[i + 1]), from, to));
     if (level.hold > 1) {
         const int mark = item->caps & capSymbol ? item->symbolCol : item->textCol;
         const int colour = level.hold > over ? colours.meter[2] : mark;
-        g->fillRect(colour, asRect(level.hold - 2, from, level.hold, to));
+        g->fillRect(colour, stretch(level.hold - 2, level.hold, from, to));
     }
 }
 
 void CMeter::paint(CGraphic* g, CRect) {
     drawGuiItem(g, clientRect(), item);
-    const int middle = height / 2;
+    const int across = vertical ? width : height, middle = across / 2;
     paintBar(g, 0, middle, shownL);
-    paintBar(g, middle + 1, height, shownR);
+    paintBar(g, vertical ? middle : middle + 1, across, shownR);
+    if (vertical)
+        for (const float db : marksDb) {
+            const int at = asMin(length(), asRound(double(dbOnScale(db)) * length()));
+            g->fillLine(win->app->gui->palette.dimText, stretch(at - 1, at, 0, across));
+        }
     if (hasKeyFocus()) g->frameRect(win->app->gui->palette.accent, clientRect());
 }
 

@@ -2,15 +2,16 @@
 
 CGuiItem2 clLogo, clMainbar, clGrid, clGridBeats, clGridSnap, clGridFlats, clTransporter,
     clTransporterPushed, clTrack, clTrackControls, clTrackControlsPushed, clTrackSelected,
-    clTrackMute, clTrackMutePushed, clTrackSolo, clTrackSoloPushed, clPart, clPartSelected, clEvent,
-    clEventSelected, clMeter, clLoop, clMarkers, clMarker, clMarkerSelected, clTempoTrack,
-    clTempoPart, clFXs, clFXsHighlight, clFX, clFFT, clTrackLed, clComps, clCompsItems,
-    clCompsItemsSelected, clCompsMidi, clCompsAudio, clMixVolKnob, clMixMute, clMixMutePushed,
-    clMixSolo, clMixSoloPushed, clSamplerPanel, clSamplerWave, clSamplerFader, clSamplerFaderBkgnd,
-    clEffectPanel, clDisplay, clDisplaySelected, clDrumpad, clDrumpadSelected, clSelection,
-    clStepRec;
+    clTrackArm, clTrackArmPushed, clTrackMute, clTrackMutePushed, clTrackSolo, clTrackSoloPushed,
+    clPart, clPartSelected, clEvent, clEventSelected, clMeter, clLoop, clMarkers, clMarker,
+    clMarkerSelected, clTempoTrack, clTempoPart, clFXs, clFXsHighlight, clFX, clFFT, clTrackLed,
+    clComps, clCompsItems, clCompsItemsSelected, clCompsMidi, clCompsAudio, clMixVolKnob, clMixMute,
+    clMixMutePushed, clMixSolo, clMixSoloPushed, clSamplerPanel, clSamplerWave, clSamplerFader,
+    clSamplerFaderBkgnd, clEffectPanel, clDisplay, clDisplaySelected, clDrumpad, clDrumpadSelected,
+    clSelection, clStepRec;
 
 const ItemLook* programItems(int& count) {
+    constexpr double selectedTint = 0.14;
     using P = CPalette;
     constexpr PaletteColour none = nullptr, window = &P::window, panel = &P::panel,
                             raised = &P::raised, edge = &P::frame, text = &P::text,
@@ -28,7 +29,10 @@ const ItemLook* programItems(int& count) {
         {"track", &clTrack, 39, 0, 39, panel, edge, text, dim},
         {"trackcontrols", &clTrackControls, 119, 0, 0, raised, edge, text, dim},
         {"trackcontrolspushed", &clTrackControlsPushed, 119, 0, 0, accent, edge, text, text, true},
-        {"tracksel", &clTrackSelected, 295, 0, 0, raised, accent, text, dim},
+        {"tracksel", &clTrackSelected, 295, 0, 0, raised, accent, text, dim, false, nullptr,
+         selectedTint},
+        {"trackarm", &clTrackArm, 86, 0, 0, raised, edge, text, text},
+        {"trackarmpushed", &clTrackArmPushed, 86, 0, 0, record, edge, text, text, true},
         {"trackmute", &clTrackMute, 86, 0, 0, raised, edge, text, text},
         {"trackmutepushed", &clTrackMutePushed, 86, 0, 0, mute, edge, text, text, true},
         {"tracksolo", &clTrackSolo, 86, 0, 0, raised, edge, text, text},
@@ -52,7 +56,7 @@ const ItemLook* programItems(int& count) {
         {"comps", &clComps, 12, 0, 0, window, none, text, text},
         {"compsitems", &clCompsItems, 119, 0, 0, raised, edge, text, dim},
         {"compsitemsselected", &clCompsItemsSelected, 119, 0, 0, accent, edge, text, text, true},
-        {"compsmidi", &clCompsMidi, 12, 0, 0, mute, none, text, text},
+        {"compsmidi", &clCompsMidi, 12, 0, 0, solo, none, text, text},
         {"compsaudio", &clCompsAudio, 12, 0, 0, accent, none, text, text},
         {"mixvolknob", &clMixVolKnob, 327, 18, 24, raised, edge, text, text},
         {"mixmute", &clMixMute, 86, 0, 0, raised, edge, text, text},

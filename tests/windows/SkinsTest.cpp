@@ -1,11 +1,13 @@
 #include "MainFixture.h"
 
 #include "base/Paths.h"
+#include "engine/ValueDoor.h"
 #include "gui/Colours.h"
 #include "gui/Selections.h"
 #include "gui/controls/CColorButton.h"
 #include "gui/controls/CDropdown.h"
 #include "sequencer/CSongTrack.h"
+#include "sequencer/TrackValues.h"
 #include "setup/CGuiItemPanel.h"
 #include "setup/LooksPanel.h"
 #include "setup/LooksTree.h"
@@ -210,6 +212,8 @@ TEST_F(SkinsTest, ShownItemsAreUsed) {
     track->setMuted(true);
     static_cast<CSongTrack*>(seq()->getProg()->tracks.items(1))->setSoloed(true);
     seq()->selectTrack(track, true);
+    host->values->set(armOf(track->track), 1.0);
+    host->values->set(monitorOf(track->track), 1.0);
     host->loop = 1;
     win->setSize(1500, 500);
     const std::set<const CGuiItem2*> pictures = {&clLogo}; // shown by another test

@@ -123,7 +123,7 @@ TEST_F(SongWindowTest, EveryTrackCanBeReached) {
     EXPECT_EQ(choose(10), 0);
     for (int i = 0; i < 30; i++) act({"click", "5"});
     settle();
-    EXPECT_EQ(choose(grid()->height - 50), 15);
+    EXPECT_EQ(choose(grid()->height - 75), 15);
     for (int i = 0; i < 20; i++) key("Up");
     EXPECT_EQ(selectedRow(), 0);
     EXPECT_EQ(choose(10), 0) << "the arrows have scrolled to the start";

@@ -1,0 +1,107 @@
+#include "arrange/LaneHead.h"
+
+#include "arrange/ArrangeState.h"
+#include "arrange/HeadList.h"
+#include "arrange/RowLayout.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/ValueDoor.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Colours.h"
+#include "gui/Drawing.h"
+#include "gui/Keys.h"
+#include "gui/controls/CButton.h"
+#include "sequencer/CSongTrack.h"
+#include "sequencer/CSubTrack.h"
+#include "sequencer/CTrack.h"
+#include "sequencer/TrackValues.h"
+#include "ui/ProgramItems.h"
+
+namespace {
+
+constexpr int nameLeft = 39, buttonTop = 4, buttonHeight = 18, bypassWidth = 54, closeWidth = 18;
+constexpr double sunken = 0.35; ///< of the window's colour in the ground
+
+/// The cross that closes.
+class CloseButton : public CButton {
+public:
+    using CButton::CButton;
+    void paint(CGraphic* g, CRect rect) override {
+        paintFace(g, rect);
+        drawCloseButton(g, rect, faceColour());
+    }
+};
+
+} // namespace
+
+LaneHead::LaneHead(HeadList& owner, const ArrangeRow& row)
+    : RowHead(owner, "lane", row),
+      bypass(new CButton(win, "bypass", "Bypass", 0, buttonTop, bypassWidth, buttonHeight)),
+      close(new CloseButton(win, "close", "", 0, buttonTop, closeWidth, buttonHeight)) {
+    bypass->skin = &clTrackControls;
+    bypass->litSkin = &clTrackControlsPushed;
+    bypass->hint = "The lane is shown and edited, but not played";
+    close->skin = &clTrackControls;
+    close->hint = "Close the lane; its points stay and play on";
+    bypass->onChange = new _COnChange<LaneHead>(this, &LaneHead::bypassClicked);
+    close->onChange = new _COnChange<LaneHead>(this, &LaneHead::closeClicked);
+    addControl(bypass);
+    addControl(close);
+    show(row);
+}
+
+void LaneHead::show(const ArrangeRow& row) {
+    inset = indentOf(row);
+    const int right = headWidth - gap;
+    close->setBounds(right - closeWidth, buttonTop, closeWidth, buttonHeight);
+    bypass->setBounds(close->left - gap - bypassWidth, buttonTop, bypassWidth, buttonHeight);
+    shownName = lane->id;
+    bypass->spokenName = "Bypass, " + shownName;
+    close->spokenName = "Close, " + shownName;
+}
+
+bool LaneHead::refresh() {
+    const bool on = lane->bypass != 0, named = lane->id == shownName;
+    if (on == bypass->lit && named) return false;
+    shownName = lane->id;
+    bypass->setLit(on);
+    redraw();
+    return true;
+}
+
+void LaneHead::paint(CGraphic* g, CRect rect) {
+    const CPalette& colours = list.palette();
+    g->fillRect(fadeCol(clTrack.fillCol, colours.window, sunken), clientRect());
+    g->fillLine(colours.frame, asRect(0, height - 1, width, height));
+    const CRect name =
+        asRect(nameLeft + inset, buttonTop, bypass->left - gap, buttonTop + buttonHeight);
+    g->drawText(bypass->lit ? colours.dimText : colours.text, shownName, name, textLeft);
+    if (hasKeyFocus()) g->frameRect(colours.accent, asRect(0, 0, width, height - 1));
+    CGroup::paint(g, rect);
+}
+
+void LaneHead::mouseDown(int x, int y, int btn) {
+    CGroup::mouseDown(x, y, btn);
+    if (!(btn & modLeft)) return;
+    if (onEdge(y)) return list.size(*this, {this, x, y, btn});
+    list.choose(track, btn);
+}
+
+void LaneHead::bypassClicked(CObject*) {
+    list.door()->set(bypassOf(lane), lane->bypass ? 0.0 : 1.0);
+}
+
+void LaneHead::closeClicked(CObject*) {
+    lane->visible = 0;
+    list.state.rowsChanged();
+}
+
+std::vector<CCtrl*> LaneHead::stops() {
+    return {this, bypass, close};
+}
+
+void LaneHead::describe(Description& d, int) const {
+    d.role = Role::group;
+    d.name = (shownName + ", lane of " + track->track->id).asChar();
+}

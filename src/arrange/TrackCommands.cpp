@@ -1,0 +1,126 @@
+#include "arrange/TrackCommands.h"
+
+#include "arrange/ArrangeState.h"
+#include "arrange/HeadList.h"
+#include "engine/CQV.h"
+#include "engine/ValueDoor.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/SongValues.h"
+#include "sequencer/TrackEdits.h"
+#include "sequencer/TrackValues.h"
+#include "ui/Commands.h"
+#include "ui/Workspace.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace {
+
+using Tracks = std::vector<CTrack*>;
+
+/// In the order of the song.
+Tracks chosen(CSeq* seq) {
+    Tracks all;
+    for (auto* t : each<CTrack>(seq->tracks))
+        if (t->selected()) all.push_back(t);
+    return all;
+}
+
+void toggleAll(CSeq* seq, StoredValue (*valueOf)(CSongTrack*), const char* step) {
+    bool any = false;
+    const CList& tracks = seq->getProg()->tracks;
+    for (auto* t : each<CSongTrack>(tracks)) any = any || valueOf(t).get()[0] != 0.0;
+    ValueDoor& door = *seq->host->values;
+    door.begin(step);
+    for (auto* t : each<CSongTrack>(tracks)) door.set(valueOf(t), any ? 0.0 : 1.0);
+    door.end();
+}
+
+} // namespace
+
+void toggleMutesOfAll(CSeq* seq) {
+    toggleAll(seq, mutedOf, "(Un)mute all tracks");
+}
+
+void toggleSolosOfAll(CSeq* seq) {
+    toggleAll(seq, soloedOf, "(Un)solo all tracks");
+}
+
+TrackCommands::TrackCommands(ArrangeState& shared, HeadList& list) : state(shared), heads(list) {
+    Commands& commands = state.workspace.commands();
+    const auto ready = [this] { return anyTrack(); };
+    const auto idle = [this] { return anyTrack() && !state.qv->recording && !state.qv->recUndo; };
+    commands.bind(
+        "rename", [this] { heads.renameSelected(); }, ready);
+    commands.bind(
+        "trackcolour", [this] { heads.askColour(); }, ready);
+    commands.bind(
+        "foldtrack", [this] { fold(); }, ready);
+    commands.bind(
+        "deletetrack", [this] { deleteTracks(state.seq(), chosen(state.seq())); }, idle);
+    commands.bind(
+        "trackup", [this] { step(-1); }, [this, idle] { return idle() && canStep(-1); });
+    commands.bind(
+        "trackdown", [this] { step(1); }, [this, idle] { return idle() && canStep(1); });
+    bindSwitches();
+}
+
+void TrackCommands::bindSwitches() {
+    Commands& commands = state.workspace.commands();
+    const auto ready = [this] { return anyTrack(); };
+    const auto withSong = [this] { return state.seq() != nullptr; };
+    using ValueOf = StoredValue (*)(CTrack*);
+    for (const auto& [name, valueOf] : {std::pair<const char*, ValueOf>{"armtrack", armOf},
+                                        {"locktrack", lockedOf}})
+        commands.bind(
+            name, [this, of = valueOf] { toggle(of); }, ready,
+            [this, of = valueOf] { return anyTrack() && all(of); });
+    commands.bind(
+        "muteall", [this] { toggleMutesOfAll(state.seq()); }, withSong);
+    commands.bind(
+        "soloall", [this] { toggleSolosOfAll(state.seq()); }, withSong);
+}
+
+bool TrackCommands::anyTrack() const {
+    return state.seq() && !state.seq()->selectedTracks.empty();
+}
+
+bool TrackCommands::all(StoredValue (*valueOf)(CTrack*)) const {
+    const Tracks tracks = chosen(state.seq());
+    return std::all_of(tracks.begin(), tracks.end(),
+                       [&](CTrack* t) { return valueOf(t).get()[0] != 0.0; });
+}
+
+void TrackCommands::toggle(StoredValue (*valueOf)(CTrack*)) {
+    const double to = all(valueOf) ? 0.0 : 1.0;
+    heads.door()->begin();
+    for (CTrack* t : chosen(state.seq())) heads.door()->set(valueOf(t), to);
+    heads.door()->end();
+}
+
+void TrackCommands::fold() {
+    for (CTrack* t : chosen(state.seq())) t->setOpen(!t->open());
+    state.rowsChanged();
+}
+
+bool TrackCommands::canStep(int by) const {
+    const CList& tracks = state.seq()->tracks;
+    return !static_cast<CTrack*>(by < 0 ? tracks.getFirst() : tracks.last())->selected();
+}
+
+/// Over the neighbour, whose folder they join.
+void TrackCommands::step(int by) {
+    CSeq* seq = state.seq();
+    const Tracks tracks = chosen(seq);
+    CTrack* edge = by < 0 ? tracks.front() : tracks.back();
+    const int at = seq->tracks.indexed(edge);
+    auto* over = static_cast<CTrack*>(seq->tracks.items(at + by));
+    while (over && isInside(over, edge)) over = static_cast<CTrack*>(seq->tracks.next(over));
+    if (!over) return;
+    TrackTarget target{over, over->folder};
+    if (by > 0) {
+        const bool into = over->kind == trackFolder && over->open();
+        target = {static_cast<CTrack*>(seq->tracks.next(over)), into ? over : over->folder.load()};
+    }
+    moveTracksTo(seq, tracks, target);
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <vector>
+
+class CSeq;
+class CTrack;
+
+// What a user does to whole tracks. Each edit is one step. Interface thread.
+
+/// Where moved tracks come: before another one, null at the end, and into a folder, null none. In a
+/// folder and before null they come behind all that is in it.
+struct TrackTarget {
+    CTrack* before = nullptr;
+    CTrack* folder = nullptr;
+};
+
+bool isInside(const CTrack* track, const CTrack* folder); ///< at any depth
+/// Whether none of them is a folder that would come into itself.
+bool canMoveTracksTo(const std::vector<CTrack*>& tracks, const TrackTarget& target);
+/// "Move track": they come there in the order that they have in the song, folders with what is in
+/// them. No step where all stay as they are, or that cannot be.
+void moveTracksTo(CSeq* seq, const std::vector<CTrack*>& tracks, const TrackTarget& target);
+/// "Delete track": they leave with their parts, a folder with all that is in it.
+void deleteTracks(CSeq* seq, const std::vector<CTrack*>& tracks);
