@@ -21,9 +21,8 @@ namespace {
 
 constexpr double semitonesPerOctave = 12.0;
 constexpr double slowest = 1.0 / 1024, fastest = 1024.0; ///< source frames per output frame
-constexpr double fadeRate = 44.1; ///< frames of a fade's millisecond, at any rate
-constexpr float runOut = 0.999f;  ///< of the last frame, frame by frame
-constexpr int drumFade = 256;     ///< frames in which a drum is silenced
+constexpr float runOut = 0.999f;                         ///< of the last frame, frame by frame
+constexpr int drumFade = 256;                            ///< frames in which a drum is silenced
 
 double ratio(double semitones) {
     return std::exp2(semitones / semitonesPerOctave);
@@ -39,8 +38,10 @@ void setFades(AudioVoice& v) {
     if (!v.event) return;
     v.fadeInMs = v.event->fadeInMs;
     v.fadeOutMs = v.event->fadeOutMs;
-    if (v.event->fadeInMs > 0.0f) v.fadeInLen = asRound(double(v.event->fadeInMs) * fadeRate);
-    if (v.event->fadeOutMs > 0.0f) v.fadeOutLen = asRound(double(v.event->fadeOutMs) * fadeRate);
+    if (v.event->fadeInMs > 0.0f)
+        v.fadeInLen = asRound(double(v.event->fadeInMs) * fadeFramesPerMs);
+    if (v.event->fadeOutMs > 0.0f)
+        v.fadeOutLen = asRound(double(v.event->fadeOutMs) * fadeFramesPerMs);
     v.fadeInPos = asInt(v.pos - v.start);
     if (v.fadeInPos >= v.fadeInLen) v.fadeInLen = 0;
 }

@@ -2,6 +2,9 @@
 
 #include <memory>
 
+/// Of a fade, at any rate.
+constexpr double fadeFramesPerMs = 44.1;
+
 class CDrumSound;
 class CElastiqueRender;
 class CObject;

@@ -1,6 +1,7 @@
 #include "sequencer/CPart.h"
 
 #include "engine/WordChanges.h"
+#include "sequencer/Takes.h"
 
 #include <algorithm>
 #include <cassert>
@@ -258,8 +259,19 @@ CPart* CAudioPart::copy(int withoutParams) {
     part->chs = chs;
     if (ghostOf) return part;
     part->setEvents(copyList<CAudioEvent>(events, createAudioEvent));
+    if (const Takes* kept = takes) part->takes = new Takes(*kept);
     if (!withoutParams) part->copyParams(this);
     return part;
+}
+
+CAudioPart::~CAudioPart() {
+    delete takes.load();
+}
+
+void CAudioPart::listWords(CUndoContent* other, WordChanges& words) {
+    CPart::listWords(other, words);
+    auto* part = static_cast<CAudioPart*>(other);
+    if (takes && part->takes) words.exchange(takes, part->takes);
 }
 
 int CAudioPart::getChs() {

@@ -22,6 +22,8 @@ enum PartType : int {
     partTempo = 6,
 };
 
+class Takes;
+
 /// Bits of a part's `flags`.
 constexpr unsigned partSelected = 1;
 constexpr unsigned partMuted = 4;
@@ -61,7 +63,7 @@ public:
     /// Exchanges the events and envelopes, and nothing else. Both need slots for what the other has
     /// (see `swapUndoPart`). For parts that are not linked yet; those that are take `listWords`.
     void swap(CPart* other);
-    void listWords(CUndoContent* other, WordChanges& words) final;
+    void listWords(CUndoContent* other, WordChanges& words) override;
 
     /// "MIDI", "Audio" or "Drum", empty for other classes.
     CStr getId() const;
@@ -151,9 +153,15 @@ class CAudioPart : public CPart {
 public:
     Shared<int> multiclip{0}; ///< 1: several clips, edited one by one
     int chs = 1;
+    Shared<Takes*> takes{nullptr}; ///< owned; null but where passes of a loop were recorded
 
     CAudioPart() : CPart(partAudio) {}
+    ~CAudioPart() override;
+    CAudioPart(const CAudioPart&) = delete;
+    CAudioPart& operator=(const CAudioPart&) = delete;
     CPart* copy(int withoutParams = 0) override;
+    /// The takes change sides as well if both parts have some.
+    void listWords(CUndoContent* other, WordChanges& words) override;
     /// 1 or 2, of the master for a ghost.
     int getChs();
 };

@@ -86,6 +86,7 @@ CSeq::CSeq(CQV* root)
     type = compSeq;
     preview = iniReadInt(settingsSection, "preview", 1);
     autoQuantize = iniReadInt(settingsSection, "autoq", 0);
+    loopTakes = iniReadInt(settingsSection, "looptakes", 1);
 }
 
 CSeq::~CSeq() {
@@ -374,7 +375,9 @@ void CSeq::onGetSnap(CObject* sender) {
 }
 
 void CSeq::writeSettings() {
-    CIniFile(inifile).writeInteger(settingsSection, "autoq", autoQuantize);
+    CIniFile file(inifile);
+    file.writeInteger(settingsSection, "autoq", autoQuantize);
+    file.writeInteger(settingsSection, "looptakes", loopTakes);
 }
 
 void enterSequencer() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Numbers.h"
 #include "engine/CComp.h"
 #include "sequencer/CPart.h"
 #include "sequencer/CRecThread.h"
@@ -11,6 +12,7 @@
 #include "sequencer/SongOptions.h"
 #include "sequencer/StepMarks.h"
 #include "sequencer/TakeEdits.h"
+#include "sequencer/Takes.h"
 
 #include <functional>
 #include <memory>
@@ -23,6 +25,25 @@ class CSnap;
 class DrumKit;
 class ForgetSet;
 struct SongLinks;
+
+/// Where a take went back to the beginning of the loop. The graph holder notes, and while the take
+/// is put away the interface reads.
+struct LoopPasses {
+    static constexpr int most = Takes::most - 1;
+    Shared<int64_t> recorded{0}; ///< frames, from the block on in which the take began
+    Shared<int> count{0};        ///< wraps
+    Shared<int> frame[most];     ///< of each wrap, of those recorded
+    Shared<int> tick[most];      ///< of the song, that it went on at
+
+    void clear() { recorded = count = 0; }
+    void note(int64_t at, int songTick) {
+        const int i = count;
+        if (i == most) return;
+        frame[i] = saturate(at);
+        tick[i] = songTick;
+        count = i + 1;
+    }
+};
 
 /// What becomes of the two sides of a cut.
 enum SplitMode : int {
@@ -79,6 +100,8 @@ public:
     CStepRec stepRec;
     Shared<double> takeStart{0.0}; ///< ticks, where the take began
     Shared<double> takeEnd{0.0};   ///< ticks, where the latest take ended
+    LoopPasses passes;             ///< of the take that runs
+    Shared<int> loopTakes{1};      ///< passes of a loop become takes of the recorded sound
     Shared<int> takeLead{0};       ///< frames of sound that were recorded before `takeStart`
     /// Takes begin at the left locator, and but for a loop end at the right one.
     Stored<unsigned char> punch{0};

@@ -15,7 +15,6 @@
 namespace {
 
 constexpr int blockFrames = 1024;
-constexpr double fadeRate = 44.1; ///< frames of a fade's millisecond, at any rate
 constexpr float runOutFactor = 0.999f;
 constexpr double fastest = 1024.0; ///< source frames per output frame, and the other way round
 constexpr double mostStretch = 10.0;
@@ -29,7 +28,7 @@ double tempoOf(CSeq* seq, double tick, int frames, int rate) {
 }
 
 double fadeFrames(float ms) {
-    return ms > 0.0f ? double(asRound(double(ms) * fadeRate)) : 0.0;
+    return ms > 0.0f ? double(asRound(double(ms) * fadeFramesPerMs)) : 0.0;
 }
 
 /// Source frames per output frame of a clip, or of its pitch alone in the stretched mode.

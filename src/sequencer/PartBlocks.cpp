@@ -4,7 +4,9 @@
 #include "sequencer/FieldReading.h"
 #include "sequencer/SongReading.h"
 #include "sequencer/SongWriting.h"
+#include "sequencer/Takes.h"
 
+#include <climits>
 #include <memory>
 
 // Parts, without what is in them.
@@ -95,7 +97,47 @@ bool readMulticlip(SongReading& r, int) {
     return true;
 }
 
+bool readTakes(SongReading& r, int) {
+    constexpr int takeBytes = 4 * intBytes, pieceBytes = 3 * intBytes;
+    const auto readCount = [&r](int bytes) {
+        const int count = r.in.has(intBytes) ? r.in.readInt() : -1;
+        return count >= 0 && count <= r.in.left() / bytes ? count : -1;
+    };
+    const int count = readCount(takeBytes);
+    if (count < 0 || count > Takes::most) return false;
+    auto takes = std::make_unique<Takes>();
+    for (int i = 0; i < count; i++) {
+        Takes::Take t{};
+        t.at = readTicks(r.in);
+        t.ticks = readLimited(r.in, 0, maxTicks);
+        t.start = readLimited(r.in, 0, INT_MAX);
+        t.end = readLimited(r.in, t.start, INT_MAX);
+        takes->takes.push_back(t);
+    }
+    const int pieces = readCount(pieceBytes);
+    if (pieces < 0 || !LoadBudget::take("parts", int64_t(pieces) * pieceBytes)) return false;
+    for (int i = 0; i < pieces; i++) {
+        const int take = r.in.readInt(), from = readTicks(r.in), to = readTicks(r.in);
+        const int before = takes->comp.empty() ? from : takes->comp.back().to;
+        if (take < 0 || take >= count || from >= to || from < before) return false;
+        takes->comp.push_back({take, from, to});
+    }
+    if (CAudioPart* part = audioPart(r)) delete part->takes.exchange(takes.release());
+    return true;
+}
+
+void writeTakes(CStream* s, const Takes& takes) {
+    const OpenBlock block(s, "takes");
+    s->writeInt(int(takes.takes.size()));
+    for (const Takes::Take& t : takes.takes)
+        for (int v : {t.at, t.ticks, t.start, t.end}) s->writeInt(v);
+    s->writeInt(int(takes.comp.size()));
+    for (const Takes::Piece& p : takes.comp)
+        for (int v : {p.take, p.from, p.to}) s->writeInt(v);
+}
+
 constexpr SongBlock blocks[] = {{"part", readPart},
+                                {"takes", readTakes},
                                 {"partCol", readColour},
                                 {"achs", readChannels},
                                 {"multiclip", readMulticlip}};
@@ -121,7 +163,9 @@ void writePart(SongWriting& w, CPart* part, bool onTrack) {
         if (audio) writeIntBlock(s, "achs", audio->chs);
         writeEvents(w, part);
     }
-    if (!audio || audio->multiclip != 1) return;
-    s->writeId("multiclip", 1);
-    s->writeByte(1);
+    if (audio && audio->multiclip == 1) {
+        s->writeId("multiclip", 1);
+        s->writeByte(1);
+    }
+    if (audio && !part->ghostOf && audio->takes) writeTakes(s, *audio->takes.load());
 }

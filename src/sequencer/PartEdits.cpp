@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/MidiBytes.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/Takes.h"
 
 #include <algorithm>
 #include <tuple>
@@ -66,11 +67,20 @@ std::unique_ptr<CPart> newPartLike(CPart* part) {
     return made;
 }
 
+void copyTakes(CPart* from, CPart* to, int shift) {
+    const Takes* takes = takesOf(from);
+    if (!takes) return;
+    auto* copied = new Takes(*takes);
+    copied->shift(shift);
+    delete static_cast<CAudioPart*>(to)->takes.exchange(copied);
+}
+
 std::unique_ptr<CPart> ownCopy(CPart* part) {
     std::unique_ptr<CPart> made = newPartLike(part);
     const std::unique_ptr<CPart> copied(part->content()->copy(0));
     made->reserveSlots(copied->reservedSlots());
     made->swap(copied.get());
+    copyTakes(part, made.get(), 0);
     return made;
 }
 

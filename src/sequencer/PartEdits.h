@@ -21,6 +21,9 @@ std::unique_ptr<CPart> newPartLike(CPart* part);
 std::unique_ptr<CPart> ownCopy(CPart* part);
 /// An empty part of a class (PartType).
 std::unique_ptr<CPart> emptyPart(int partType);
+/// A part that is not linked takes over the takes of another; its own time begins `shift` ticks
+/// earlier.
+void copyTakes(CPart* from, CPart* to, int shift);
 /// Selected parts of a song track that an edit may reach, in its order: none of a locked track.
 std::vector<CPart*> selectedParts(const CSongTrack* songTrack);
 /// The same of all tracks of a program.

@@ -132,6 +132,7 @@ std::unique_ptr<CPart> Piece::make() const {
     if (!first()) part->offset = 0;
     part->length = to - from;
     copyEvents(part.get());
+    copyTakes(source, part.get(), first() ? 0 : source->offset - from);
     const int slots = source->content()->reservedSlots();
     for (int slot = 0; slot < slots; slot++) copyPoints(part.get(), slot);
     return part;

@@ -62,6 +62,7 @@ void CSeq::rec(int) {
     takeStart = asMax(pos, recFrom.load());
     takeLead = asRound(host->ticksToFrames(takeStart - pos));
     prog->punchPos = takeStart.load();
+    passes.clear();
     for (auto* songTrack : each<CSongTrack>(prog->tracks)) arm(songTrack);
     takeBegun.storeRelease(true);
 }

@@ -241,15 +241,20 @@ void advance(const ProgBlock& b) {
     prog->prevPos = prog->pos.load();
     prog->pos = prog->pos + b.frames * tpf;
     prog->samplePos = prog->samplePos + b.frames;
+    CSeq* seq = prog->seq;
+    if (b.current && seq->takeRuns()) seq->passes.recorded += b.frames;
     if (!prog->looping) return;
     const double reached = prog->pos;
     if (!wrapMarkers(prog) || !wrapLoop(prog)) {
         if (prog->pos == reached) return;
         prog->loopCount += 1;
     }
-    if (prog->seq->recording) prog->punchPos = double(prog->leftLocator);
-    prog->samplePos =
-        asInt64(prog->seq->ticksToFrames(0, asInt(prog->pos), asInt(double(host->rate))));
+    if (b.current && seq->takeRuns()) {
+        const double over = host->ticksToFrames(prog->pos - double(prog->leftLocator));
+        seq->passes.note(seq->passes.recorded - asRound(over), prog->leftLocator);
+    }
+    if (seq->recording) prog->punchPos = double(prog->leftLocator);
+    prog->samplePos = asInt64(seq->ticksToFrames(0, asInt(prog->pos), asInt(double(host->rate))));
 }
 
 /// The user's second stop ends patterns that the latch keeps, too.

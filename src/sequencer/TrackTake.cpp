@@ -9,6 +9,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/LiveEdits.h"
 #include "sequencer/RecQueue.h"
+#include "sequencer/Takes.h"
 #include "sequencer/TempoMap.h"
 
 #include <algorithm>
@@ -18,6 +19,7 @@
 namespace {
 
 constexpr int newPartTicks = 1920;
+constexpr double shortestTake = 0.05; ///< seconds
 constexpr int highestNote = 127;
 constexpr int viewMargin = 20; ///< pixels between a row and the edge of the view
 constexpr int viewFoot = 21;   ///< pixels more at the bottom
@@ -241,6 +243,56 @@ int64_t TrackTake::wantedFrames() const {
     return asRound64(seq()->ticksToFrames(asInt(from), asRound(to - from), rate));
 }
 
+/// The passes of a loop, in time from where the take began; null when there is one alone.
+std::unique_ptr<Takes> TrackTake::loopTakes(int first, int last) const {
+    const LoopPasses& passes = seq()->passes;
+    if (!seq()->loopTakes || passes.count < 1) return nullptr;
+    const int begin = asInt(seq()->takeStart), latency = first - seq()->takeLead;
+    const int shortest = asRound(double(track->host->rate) * shortestTake);
+    auto made = std::make_unique<Takes>();
+    for (int i = 0; i <= passes.count; i++) {
+        Takes::Take t{};
+        t.at = i ? passes.tick[i - 1] - begin : 0;
+        t.start = i ? passes.frame[i - 1] + latency : first;
+        const bool whole = i < passes.count;
+        t.end = std::min(whole ? passes.frame[i] + latency - 1 : last, last);
+        t.ticks = asRound(whole ? double(prog()->rightLocator) - begin - t.at
+                                : seq()->takeEnd - begin - t.at);
+        if (t.end - t.start >= shortest && t.ticks > 0) made->takes.push_back(t);
+    }
+    made->chooseLast();
+    return made->takes.empty() ? nullptr : std::move(made);
+}
+
+/// The part spans all takes, and plays the last.
+void TrackTake::placeTakes(std::unique_ptr<Takes> takes) {
+    CPart* part = track->recPart;
+    const int begin = part->pos;
+    int from = 0, to = 0;
+    for (const Takes::Take& t : takes->takes) {
+        from = std::min(from, t.at);
+        to = std::max(to, t.to());
+    }
+    std::shared_ptr<CAudioPart> built(static_cast<CAudioPart*>(part->copy(1)));
+    built->takes = takes.release();
+    built->pos = begin + from;
+    built->offset = -from;
+    built->length = to - from;
+    playComp(seq(), built.get(), begin);
+    seq()->edits.add([part, built, on = track->recSongTrack.load()] {
+        auto* audio = static_cast<CAudioPart*>(part);
+        built->events = audio->events.exchange(built->events);
+        built->takes = audio->takes.exchange(built->takes);
+        audio->multiclip = 1;
+        audio->pos = built->pos.load();
+        audio->offset = built->offset.load();
+        audio->length = built->length.load();
+        on->prog->seq->orderParts(&on->parts, nullptr, false);
+        on->index.expire();
+        on->requests.ask(requestLanes);
+    });
+}
+
 void TrackTake::growAudio(int frames) {
     CPart* part = track->recPart;
     seq()->edits.add([part, frames] {
@@ -267,6 +319,7 @@ void TrackTake::closeAudio(CUndo* step, RecFile* file) {
     const int64_t end = int64_t(sample->frames) - 1;
     const int first = int(std::min(recordLatency(track->host) + seq()->takeLead, end));
     const int last = int(std::clamp<int64_t>(first + wantedFrames() - 1, first, end));
+    if (std::unique_ptr<Takes> takes = loopTakes(first, last)) return placeTakes(std::move(takes));
     seq()->edits.add([part = track->recPart.load(), first, last] {
         auto* event = static_cast<CAudioEvent*>(part->getEvents());
         if (!event) return;

@@ -4,6 +4,7 @@
 #include "sequencer/Events.h"
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 class CObject;
@@ -15,6 +16,7 @@ class CSubTrack;
 class CTrack;
 class CUndo;
 class ForgetSet;
+class Takes;
 struct RecEvent;
 struct RecFile;
 
@@ -99,6 +101,8 @@ private:
 
     void attachAudio(CUndo* step, RecFile* file);
     int64_t wantedFrames() const;
+    std::unique_ptr<Takes> loopTakes(int first, int last) const;
+    void placeTakes(std::unique_ptr<Takes> takes);
     void growAudio(int frames);
     void closeAudio(CUndo* step, RecFile* file);
 

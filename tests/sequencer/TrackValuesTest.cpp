@@ -1,8 +1,8 @@
-#include "sequencer/SongValues.h"
 #include "sequencer/TrackValues.h"
 #include "SongFileFixture.h"
 #include "TakeFixture.h"
 #include "engine/ValueDoor.h"
+#include "sequencer/SongValues.h"
 
 #include <filesystem>
 

@@ -1,0 +1,151 @@
+#include "sequencer/Takes.h"
+
+#include "audiofiles/CSample.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "sequencer/AudioVoices.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/ClipTimes.h"
+#include "sequencer/PartEdits.h"
+
+#include <algorithm>
+#include <unordered_set>
+
+namespace {
+
+/// So many fades lie two pieces under each other. As a fade is the square of a line, what is alike
+/// in both stays as loud within a tenth or two: at once they would leave a hole.
+constexpr double overlap = 1.4;
+
+} // namespace
+
+bool Takes::choose(int take, int from, int to) {
+    if (take < 0 || size_t(take) >= takes.size()) return false;
+    from = std::max(from, takes[size_t(take)].at);
+    to = std::min(to, takes[size_t(take)].to());
+    if (from >= to) return false;
+    std::vector<Piece> pieces;
+    for (const Piece& p : comp) {
+        if (p.from < from) pieces.push_back({p.take, p.from, std::min(p.to, from)});
+        if (p.to > to) pieces.push_back({p.take, std::max(p.from, to), p.to});
+    }
+    pieces.push_back({take, from, to});
+    std::ranges::sort(pieces, {}, &Piece::from);
+    std::vector<Piece> joined;
+    for (const Piece& p : pieces)
+        if (!joined.empty() && joined.back().take == p.take && joined.back().to == p.from)
+            joined.back().to = p.to;
+        else
+            joined.push_back(p);
+    const bool changed = joined != comp;
+    comp = std::move(joined);
+    return changed;
+}
+
+void Takes::chooseLast() {
+    comp.clear();
+    int end = 0;
+    for (const Take& t : takes) end = std::max(end, t.to());
+    for (size_t i = 0; i < takes.size(); i++)
+        if (takes[i].to() == end) choose(int(i), takes[i].at, end);
+}
+
+bool Takes::dropUnused() {
+    std::vector<int> places(takes.size(), -1);
+    for (const Piece& p : comp) places[size_t(p.take)] = 0;
+    std::vector<Take> kept;
+    for (size_t i = 0; i < takes.size(); i++) {
+        if (places[i] < 0) continue;
+        places[i] = int(kept.size());
+        kept.push_back(takes[i]);
+    }
+    for (Piece& p : comp) p.take = places[size_t(p.take)];
+    const bool changed = kept.size() != takes.size();
+    takes = std::move(kept);
+    return changed;
+}
+
+void Takes::shift(int ticks) {
+    for (Take& t : takes) t.at += ticks;
+    for (Piece& p : comp) {
+        p.from += ticks;
+        p.to += ticks;
+    }
+}
+
+const Takes* takesOf(CPart* part) {
+    CPart* content = part->content();
+    return content->type == partAudio ? static_cast<CAudioPart*>(content)->takes.load() : nullptr;
+}
+
+void playComp(CSeq* seq, CAudioPart* part, int pos) {
+    const Takes* takes = part->takes;
+    const auto* like = static_cast<const CAudioEvent*>(part->getEvents());
+    if (!takes || !like || !like->sample) return;
+    const int rate = tunedRate(like->sample, like->semitones + double(like->fine));
+    const auto frames = [&](const Takes::Take& t, int tick) {
+        const int songTick = saturate(int64_t(pos) + t.at);
+        return asRound(seq->ticksToFrames(songTick, tick - t.at, rate));
+    };
+    const int shownFrom = -part->offset, shownTo = saturate(int64_t(shownFrom) + part->length);
+    const int under =
+        asRound(overlap * double(Takes::fadeMs) * fadeFramesPerMs * rate / double(seq->host->rate));
+    EventCollector clips;
+    for (const Takes::Piece& piece : takes->comp) {
+        const Takes::Take& t = takes->takes[size_t(piece.take)];
+        const int from = std::max(piece.from, shownFrom), to = std::min(piece.to, shownTo);
+        if (from >= to) continue;
+        CAudioEvent* clip = createAudioEvent(like);
+        clip->start = std::min(t.start + frames(t, from), t.end);
+        const bool goesOn = &piece != &takes->comp.back() && (&piece)[1].from == piece.to;
+        const int end = to == t.to() ? t.end : t.start + frames(t, to) - 1;
+        clip->end = asMinMax(end + (goesOn ? under : 0), clip->start, like->sample->frames - 1);
+        clip->ticks = to - from;
+        clip->fadeInMs = clip->fadeOutMs = Takes::fadeMs;
+        clips.add(from, clip);
+    }
+    part->setEvents(clips.takeList());
+}
+
+namespace {
+
+/// A copy of what a part shows, in which `change(takes)` is made and played; null where that
+/// changes nothing.
+template <class F>
+std::unique_ptr<CPart> edited(CSeq* seq, CPart* part, F&& change) {
+    if (!takesOf(part)) return nullptr;
+    std::unique_ptr<CPart> copied(part->content()->copy(0));
+    auto* audio = static_cast<CAudioPart*>(copied.get());
+    if (!change(*audio->takes.load())) return nullptr;
+    playComp(seq, audio, saturate(int64_t(part->pos) + part->offset));
+    return copied;
+}
+
+} // namespace
+
+bool compTake(CSeq* seq, CPart* part, int take, int from, int to) {
+    if (seq->isLocked(part)) return false;
+    const auto own = [part](int tick) {
+        return saturate(int64_t(tick) - part->pos - part->offset);
+    };
+    std::unique_ptr<CPart> changed =
+        edited(seq, part, [&](Takes& t) { return t.choose(take, own(from), own(to)); });
+    if (!changed) return false;
+    CUndo* undo = seq->host->undoStart("Comp", seq, {.seq = SeqNotice::parts});
+    swapUndoPart(undo, part->content(), changed.release());
+    seq->host->undoEnd(undo, false);
+    return true;
+}
+
+void deleteUnusedTakes(CSeq* seq) {
+    if (!seq->getProg()) return;
+    CUndo* undo = seq->host->undoStart("Delete unused takes", seq, {.seq = SeqNotice::parts});
+    std::unordered_set<const CPart*> done;
+    for (CPart* part : selectedParts(seq->getProg())) {
+        if (!done.insert(part->content()).second) continue;
+        std::unique_ptr<CPart> changed =
+            edited(seq, part, [](Takes& takes) { return takes.dropUnused(); });
+        if (changed) swapUndoPart(undo, part->content(), changed.release());
+    }
+    seq->host->undoEnd(undo, false);
+}

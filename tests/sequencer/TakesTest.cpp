@@ -1,0 +1,210 @@
+#include "sequencer/Takes.h"
+#include "SongFileFixture.h"
+#include "TakeFixture.h"
+
+#include <array>
+#include <sstream>
+
+namespace {
+
+/// "take:from-to" for each stretch.
+std::string show(const Takes& takes) {
+    std::ostringstream out;
+    for (const Takes::Piece& p : takes.comp) out << p.take << ':' << p.from << '-' << p.to << ' ';
+    return out.str();
+}
+
+/// Three passes of a bar at 48000 Hz and 120 beats a minute, of 96000 frames each; in the first one
+/// all samples are 0.1, in the second 0.2, in the third 0.3.
+struct TakesFixture : SongFileFixture {
+    static constexpr int bar = 3840, barFrames = 96000, framesPerTick = 25;
+    CSongTrack* on = track(trackAudio);
+    CAudioPart* part = new CAudioPart;
+
+    TakesFixture() {
+        enterSequencer();
+        host.setRate(48000);
+        CAudioEvent* clip = createAudioEvent();
+        clip->sample = addSample(
+            3 * barFrames, [](int i) { return 0.1 * (1 + i / barFrames); }, 48000);
+        clip->end = 3 * barFrames - 1;
+        part->pos = 960;
+        part->multiclip = 1;
+        part->addEvent(0, clip);
+        part->takes = new Takes;
+        for (int i = 0; i < 3; i++)
+            part->takes.load()->takes.push_back({0, bar, i * barFrames, (i + 1) * barFrames - 1});
+        part->takes.load()->chooseLast();
+        playComp(seq, part, 960);
+        on->addPart(part, nullptr);
+        host.undoClear();
+    }
+    std::string comp() { return show(*takesOf(part)); }
+    /// "tick=start-end" for each clip.
+    std::string clips(CPart* of) {
+        std::ostringstream out;
+        int tick = 0;
+        for (CBaseEvent* e = of->getEvents(); e; e = e->next)
+            out << (tick += e->delta) << '=' << static_cast<CAudioEvent*>(e)->start << '-'
+                << static_cast<CAudioEvent*>(e)->end << ' ';
+        return out.str();
+    }
+    void comp(int take, int from, int to) {
+        EXPECT_TRUE(compTake(seq, part, take, from, to));
+        host.settle();
+    }
+};
+
+} // namespace
+
+/// Stretches of a comp give way to the one that is chosen, as far as its take reaches.
+TEST(Takes, AreChosenByStretches) {
+    Takes t;
+    t.takes = {{0, 1000, 0, 99}, {100, 800, 100, 199}, {500, 500, 200, 299}};
+    t.chooseLast();
+    EXPECT_EQ(show(t), "0:0-500 2:500-1000 ");
+    struct Case {
+        int take, from, to;
+        const char* comp;
+    };
+    for (const Case& c : {Case{1, 0, 600, "0:0-100 1:100-600 2:600-1000 "},
+                          {0, 200, 300, "0:0-100 1:100-200 0:200-300 1:300-600 2:600-1000 "},
+                          {1, 200, 300, "0:0-100 1:100-600 2:600-1000 "},
+                          {0, -50, 5000, "0:0-1000 "},
+                          {2, 700, 800, "0:0-700 2:700-800 0:800-1000 "}}) {
+        EXPECT_TRUE(t.choose(c.take, c.from, c.to)) << c.comp;
+        EXPECT_EQ(show(t), c.comp);
+        EXPECT_FALSE(t.choose(c.take, c.from, c.to)) << "once more: " << c.comp;
+    }
+    EXPECT_FALSE(t.choose(1, 900, 1000) || t.choose(3, 0, 100) || t.choose(-1, 0, 100));
+    EXPECT_TRUE(t.dropUnused());
+    EXPECT_EQ(show(t), "0:0-700 1:700-800 0:800-1000 ");
+    EXPECT_EQ(t.takes.size(), 2u);
+    EXPECT_FALSE(t.dropUnused());
+}
+
+/// Each choice is a step, whose clips lie where their takes have them; all comes back from the
+/// file, and goes along where the part is cut.
+TEST(Takes, ChoicesAreSteps) {
+    TakesFixture f;
+    EXPECT_EQ(f.clips(f.part), "0=192000-287999 ");
+    const std::string start = f.write();
+    EXPECT_FALSE(compTake(f.seq, f.part, 2, 960, 4000)) << "it plays that";
+    f.comp(0, 1920, 2880);
+    EXPECT_EQ(f.comp(), "2:0-960 0:960-1920 2:1920-3840 ");
+    // 1.4 * 5 * 44.1 = 309 frames lie under the next
+    EXPECT_EQ(f.clips(f.part), "0=192000-216308 960=24000-48308 1920=240000-287999 ");
+    EXPECT_EQ(f.host.undoText(), CStr("Comp"));
+    const std::string edited = f.write();
+    f.part->setSelected(true);
+    deleteUnusedTakes(f.seq);
+    f.host.settle();
+    EXPECT_EQ(f.host.undoText(), CStr("Delete unused takes"));
+    EXPECT_EQ(takesOf(f.part)->takes.size(), 2u);
+    EXPECT_EQ(f.clips(f.part), "0=192000-216308 960=24000-48308 1920=240000-287999 ");
+    f.undo();
+    f.part->setSelected(false);
+    EXPECT_EQ(f.write(), edited);
+    f.undo();
+    EXPECT_EQ(f.write(), start);
+    f.redo();
+    EXPECT_EQ(f.write(), edited);
+    f.step([&](CUndo* undo) { f.seq->splitPart(f.on, f.part, 1440, 0, splitApart, undo); });
+    auto* right = static_cast<CPart*>(f.on->parts.items(1));
+    EXPECT_EQ(show(*takesOf(right)), "2:-1440--480 0:-480-480 2:480-2400 ");
+    EXPECT_TRUE(compTake(f.seq, right, 1, 2400, 2880));
+    f.host.settle();
+    EXPECT_EQ(f.clips(right), "0=132000-144308 480=240000-287999 ");
+    const std::string whole = f.write();
+    f.read(whole);
+    EXPECT_EQ(f.write(), whole);
+    static_cast<CTrack*>(f.seq->tracks.getFirst())->locked = 1;
+    auto* back = static_cast<CSongTrack*>(f.prog()->tracks.getFirst());
+    EXPECT_FALSE(compTake(f.seq, static_cast<CPart*>(back->parts.items(1)), 0, 2400, 2880));
+}
+
+/// The comp is heard frame by frame, and from take to take without a hole.
+TEST(Takes, AreHeardOneInTheOther) {
+    TakesFixture f;
+    f.comp(0, 1920, 2880);
+    f.host.loop = f.prog()->loop = 0;
+    f.host.setPos(960.0);
+    f.host.start();
+    f.device.forget();
+    f.device.run(110);
+    const std::vector<float>& x = f.device.left;
+    const auto at = [&](int tick) { return x[size_t(tick * TakesFixture::framesPerTick)]; };
+    const double unit = double(at(500)) / 0.3;
+    ASSERT_GT(unit, 0.1);
+    EXPECT_NEAR(double(at(1440)), 0.1 * unit, 1e-3);
+    EXPECT_NEAR(double(at(2500)), 0.3 * unit, 1e-3);
+    for (size_t i = 300; i < size_t(TakesFixture::bar - 20) * TakesFixture::framesPerTick; i++) {
+        ASSERT_LT(std::fabs(x[i] - x[i - 1]), 0.3 * unit * 0.28) << i; // a fade's own steps
+        ASSERT_GT(double(x[i]), 0.097 * unit) << i;
+        ASSERT_LT(double(x[i]), 0.32 * unit) << i;
+    }
+}
+
+/// Sound that is recorded in a loop: each pass is a take of its own frames, the part plays the last
+/// whole one, and all is one step.
+TEST(Takes, ComeFromLoops) {
+    struct Way {
+        int from, left, right, blocks;
+        int pos, length;
+        std::vector<std::array<int, 4>> takes; ///< at, ticks, first and last block
+        const char* comp;
+    };
+    const Way ways[] = {
+        {0,
+         0,
+         960,
+         250,
+         0,
+         960,
+         {{0, 960, 0, 96}, {0, 960, 96, 192}, {0, 580, 192, 250}},
+         "1:0-960 "},
+        {960,
+         480,
+         1920,
+         250,
+         480,
+         1440,
+         {{0, 960, 0, 96}, {-480, 1440, 96, 240}, {-480, 100, 240, 250}},
+         "1:-480-960 "},
+        {0,
+         480,
+         960,
+         210,
+         0,
+         960,
+         {{0, 960, 0, 96}, {480, 480, 96, 144}, {480, 480, 144, 192}, {480, 180, 192, 210}},
+         "0:0-480 2:480-960 "},
+        {0, 0, 960, 97, 0, 960, {{0, 960, 0, 96}}, "0:0-960 "},
+    };
+    for (const Way& way : ways) {
+        SCOPED_TRACE(way.comp);
+        TakeFixture f;
+        f.readsDisk = true;
+        CSongTrack* t = f.ready(trackAudio);
+        f.loop(way.left, way.right);
+        f.host.recLatency = 20;
+        const std::string before = dump(f.seq);
+        f.begin(way.from);
+        f.play(way.blocks);
+        f.end();
+        ASSERT_EQ(t->parts.getCount(), 1);
+        CPart* part = f.partOf(t);
+        const Takes* takes = takesOf(part);
+        ASSERT_NE(takes, nullptr);
+        EXPECT_EQ(part->pos, way.pos);
+        EXPECT_EQ(part->length, way.length);
+        EXPECT_EQ(show(*takes), way.comp);
+        std::vector<std::array<int, 4>> found;
+        for (const Takes::Take& k : takes->takes)
+            found.push_back({k.at, k.ticks, (k.start - 20) / f.block, (k.end + 1) / f.block});
+        EXPECT_EQ(found, way.takes);
+        for (const Takes::Take& k : takes->takes) EXPECT_EQ(k.start % f.block, 20);
+        f.expectOneStep(before);
+        EXPECT_EQ(takesOf(f.partOf(t)), takes);
+    }
+}
