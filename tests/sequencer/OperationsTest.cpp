@@ -33,10 +33,14 @@ struct Anything : Edits {
         for (int pos : {0, 1920}) addAudio(pos, {{0, clip(sample, 4000, 90000)}});
         addAudio(1920, {{0, clip(sample)}, {960, clip(sample, 100, 50000)}});
         seq->addStandardKit(drums->track);
-        for (int pos : {480, 480}) { // twins
+        for (int twin : {0, 1}) {
             auto* hits = new CDrumPart;
-            hits->pos = pos;
-            for (int i = 0; i < 4; i++) hits->addEvent(i * 240, createDrumEvent());
+            hits->pos = 480;
+            for (int i = 0; i < 4; i++) {
+                CDrumEvent* hit = createDrumEvent();
+                hit->sound = twin;
+                hits->addEvent(i * 240, hit);
+            }
             drums->addPart(hits, nullptr);
         }
         step([&](CUndo* u) {
