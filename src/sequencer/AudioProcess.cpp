@@ -39,22 +39,6 @@ int frameCount(const CAudioEvent* clip) {
     return saturate(int64_t(clip->end) - clip->start + 1);
 }
 
-/// Frames of a sample, the last one exclusive.
-struct Frames {
-    int from, to;
-    int count() const { return saturate(int64_t(to) - from); }
-};
-
-Frames framesOf(CSeq* seq, CPart* part, const PartRange& range) {
-    const CAudioEvent* clip = firstClip(part);
-    Frames frames{clip->start, saturate(int64_t(clip->end) + 1)};
-    const bool selected = range.part == part && range.from != range.to;
-    if (!selected || !getAudioSelection(seq, part, range.from, range.to, frames.from, frames.to))
-        return frames;
-    if (frames.to == clip->end) frames.to++; // a range up to the end has the last one too
-    return frames;
-}
-
 int scaled(int ticks, double by) {
     return asMax(limitTicks(asRound64(ticks * by)), 1);
 }
@@ -74,7 +58,7 @@ public:
                                 !static_cast<CAudioPart*>(p.part->content())->multiclip;
             if (!single || !playable(firstClip(p.part))) continue;
             if (!done.insert(p.part->content()).second) continue;
-            const Frames frames = framesOf(seq, p.part, range);
+            const FrameRange frames = framesOf(seq, p.part, range);
             if (mode == processCut && frames.count() >= frameCount(firstClip(p.part)))
                 return "Nothing would be left";
             if (!process(p, frames)) return notWritten;
@@ -88,7 +72,7 @@ public:
 private:
     struct Result {
         PlacedPart placed;
-        Frames frames;
+        FrameRange frames;
         std::unique_ptr<CSample> sample;
     };
     CSeq* seq;
@@ -97,7 +81,7 @@ private:
     CAudioProcessor processor;
     std::vector<Result> results;
 
-    bool process(const PlacedPart& placed, const Frames& frames) {
+    bool process(const PlacedPart& placed, const FrameRange& frames) {
         CSample* source = firstClip(placed.part)->sample;
         std::unique_ptr<CSample> made(processor.process(mode, source, frames.from, frames.to));
         if (!made) return false;
@@ -136,19 +120,8 @@ private:
     void fillClipboard() {
         seq->clearCopies();
         for (const Result& r : results) {
-            std::unique_ptr<CPart> copied = newPartLike(r.placed.part);
-            const CAudioEvent* whole = firstClip(r.placed.part);
-            CAudioEvent* clip = createAudioEvent(whole);
-            clip->start = r.frames.from;
-            clip->end = asMax(r.frames.to - 1, clip->start);
-            const double share = double(r.frames.count()) / frameCount(whole);
-            clip->ticks = scaled(whole->ticks, share);
-            copied->length = scaled(seq->getTicks(r.placed.part), share);
-            copied->offset = 0;
-            copied->colour = -1;
-            copied->addEvent(0, clip);
             seq->copyTracks.push_back(r.placed.row);
-            seq->copies.add(copied.release());
+            seq->copies.add(copyFrames(seq, r.placed.part, r.frames).release());
         }
     }
 };

@@ -1,17 +1,9 @@
 #pragma once
 
 #include "base/CStr.h"
+#include "sequencer/PartRange.h"
 
 #include <functional>
-
-class CPart;
-class CSeq;
-
-/// Some time of a part, in ticks from its start, such as a range that is selected in its editor.
-struct PartRange {
-    CPart* part = nullptr; ///< null for none
-    int from = 0, to = 0;  ///< in either order
-};
 
 /// One step with the text of the mode (AudioProcess, CAudioProcessor.h): each selected audio part
 /// of a single clip gets a new file, in which all that it plays, or the range if it is of that

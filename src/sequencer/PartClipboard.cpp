@@ -7,6 +7,7 @@
 #include "sequencer/ClipTimes.h"
 #include "sequencer/PartActions.h"
 #include "sequencer/PartEdits.h"
+#include "sequencer/PartRange.h"
 #include "sequencer/SamplePaste.h"
 #include "sequencer/TempoMap.h"
 
@@ -128,9 +129,21 @@ private:
     }
 };
 
-void addCopy(CSeq* seq, CPart* part, int trackIndex) {
-    std::unique_ptr<CPart> copied =
-        copiesEvents(part) ? copySelected(seq, part) : std::unique_ptr<CPart>(part->copy(0));
+/// Whether the range is a part of what the only clip of a part plays.
+bool meets(CPart* part, const PartRange& range) {
+    if (range.part != part || range.from == range.to || part->type != partAudio) return false;
+    const auto* clip = static_cast<const CAudioEvent*>(part->getEvents());
+    return !asAudio(part->content())->multiclip && clip && clip->sample;
+}
+
+void addCopy(CSeq* seq, CPart* part, int trackIndex, const PartRange& range) {
+    std::unique_ptr<CPart> copied;
+    if (meets(part, range))
+        copied = copyFrames(seq, part, framesOf(seq, part, range));
+    else if (copiesEvents(part))
+        copied = copySelected(seq, part);
+    else
+        copied.reset(part->copy(0));
     copied->colour = -1;
     seq->copyTracks.push_back(trackIndex);
     seq->copies.add(copied.release());
@@ -147,7 +160,7 @@ bool pasteIntoEdited(CSeq* seq, CUndo* undo, int tick) {
 } // namespace
 
 void CSeq::copyToClipboard(CPart* part) {
-    addCopy(this, part, asMax(0, tracks.indexed(partToTrack(part))));
+    addCopy(this, part, asMax(0, tracks.indexed(partToTrack(part))), {});
 }
 
 bool CSeq::pasteData(CUndo* undo, CPart* source, CPart* target, int tick) {
@@ -168,13 +181,17 @@ bool CSeq::pasteData(CUndo* undo, CPart* source, CPart* target, int tick) {
 }
 
 void copyParts(CSeq* seq) {
+    copyPartRange(seq, {});
+}
+
+void copyPartRange(CSeq* seq, const PartRange& range) {
     CSeqProg* prog = seq->getProg();
     if (!prog || !prog->getFirstSelectedPart()) return;
     seq->clearCopies();
     int index = 0;
     for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
         for (auto* part : each<CPart>(songTrack->parts))
-            if (part->selected()) addCopy(seq, part, index);
+            if (part->selected()) addCopy(seq, part, index, range);
         index++;
     }
 }

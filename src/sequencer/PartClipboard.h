@@ -2,6 +2,7 @@
 
 class CSeq;
 class ForgetSet;
+struct PartRange;
 
 /// The song's clipboard, `CSeq::copies`; see also `CSeq::copyToClipboard` and `CSeq::pasteData`.
 /// Interface thread.
@@ -9,6 +10,8 @@ class ForgetSet;
 /// The selected parts of the current program come into the clipboard, in place of what was there;
 /// it stays as it is without any.
 void copyParts(CSeq* seq);
+/// The same, but of a part of a single clip that is the one of the range only that.
+void copyPartRange(CSeq* seq, const PartRange& range);
 /// The same, and one step, "Cut", that takes them out.
 void cutParts(CSeq* seq);
 /// One step, "Paste", at the position: into the part that is edited if a single copy goes with it

@@ -8,6 +8,7 @@
 #include "sequencer/AudioProcess.h"
 #include "sequencer/Flatten.h"
 #include "sequencer/MidiProcess.h"
+#include "sequencer/PartClipboard.h"
 #include "sequencer/ProcessMenus.h"
 #include "sequencer/Remix.h"
 #include "sequencer/Slicing.h"
@@ -259,6 +260,9 @@ TEST(Process, AudioIntoNewFiles) {
             EXPECT_EQ(processAudio(e.seq, a.mode, range), "Could not write file");
         }
         EXPECT_TRUE(e.bytes() == start && e.folderEmpty() && e.seq->copies.empty());
+        copyPartRange(e.seq, range);
+        const auto* copy = static_cast<CPart*>(e.seq->copies.getFirst());
+        EXPECT_EQ(copy->length, a.to ? a.to - a.from : 1920);
         EXPECT_EQ(processAudio(e.seq, a.mode, range), "");
         e.host.settle();
         EXPECT_STREQ(e.host.undoText().asChar(), a.name);
