@@ -1,5 +1,7 @@
 #include "arrange/ArrangeView.h"
 #include "arrange/LanePress.h"
+#include "arrange/SongRange.h"
+#include "base/Messages.h"
 #include "engine/CQV.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/PartActions.h"
@@ -12,8 +14,13 @@ constexpr double zoomStep = 1.25;
 
 } // namespace
 
-/// Points of automation, if any are selected, else parts.
+/// The range that is chosen, else points of automation, if any are selected, else parts.
 void ArrangeView::deleteSelected() {
+    if (range.get()) {
+        const CStr failure = deleteRange(seq(), *range.get());
+        if (!failure.empty()) showMsg(win, "Error", failure);
+        return;
+    }
     const std::vector<PartSlot> points = selectedPoints(*this);
     if (points.empty())
         deleteParts(seq());
@@ -23,7 +30,8 @@ void ArrangeView::deleteSelected() {
 
 bool ArrangeView::canDelete() const {
     if (!seq() || qv->recording || qv->recUndo) return false;
-    return seq()->getProg()->getFirstSelectedPart() || !selectedPoints(*this).empty();
+    return range.get() || seq()->getProg()->getFirstSelectedPart() ||
+           !selectedPoints(*this).empty();
 }
 
 void ArrangeView::bindCommands() {

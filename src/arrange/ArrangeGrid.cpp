@@ -8,6 +8,8 @@
 #include "arrange/LanePainter.h"
 #include "arrange/PartPainter.h"
 #include "arrange/Press.h"
+#include "arrange/RangePainter.h"
+#include "arrange/SongRange.h"
 #include "arrange/gestures/ArrangeGesture.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
@@ -98,6 +100,7 @@ void ArrangeGrid::paint(CGraphic* g, CRect) {
     if (state.seq()) {
         paintRows(g, asked);
         paintParts(g, asked);
+        if (const TimeRange* range = state.range.get()) paintRange(g, state, *range, asked);
         if (gesture && win->app->drag.of(this)) gesture->paintOverlay(g, asked);
         paintPlayLine(g, asked);
     }
@@ -195,6 +198,10 @@ void ArrangeGrid::mouseMove(int x, int y, int btn) {
 }
 
 bool ArrangeGrid::keyDown(int key, int mods) {
+    if (key == keyEscape && state.range.get()) {
+        state.range.clear();
+        return true;
+    }
     return walkKey(state, key, mods) || CCtrl::keyDown(key, mods);
 }
 

@@ -3,7 +3,8 @@
 #include "ui/Song.h"
 #include "ui/Workspace.h"
 
-ArrangeState::ArrangeState(Workspace& space) : workspace(space), qv(space.host()) {
+ArrangeState::ArrangeState(Workspace& space, SongRange& songRange)
+    : workspace(space), qv(space.host()), range(songRange) {
 }
 
 CSeq* ArrangeState::seq() const {

@@ -7,6 +7,7 @@
 
 class CQV;
 class CSeq;
+class SongRange;
 class Workspace;
 
 /// What the parts of the arrangement share: which stretch of the song and which rows show, and what
@@ -19,7 +20,9 @@ public:
     RowLayout rows;
     CSeqMouseEdit edit; ///< with the axis of time, and `scrollY` over the rows
 
-    explicit ArrangeState(Workspace& space);
+    SongRange& range; ///< that is chosen with the tool for ranges
+
+    ArrangeState(Workspace& space, SongRange& songRange);
 
     CSeq* seq() const; ///< null without a song that plays
     const TimeAxis& axis() const { return edit.axis; }

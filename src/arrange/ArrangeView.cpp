@@ -6,6 +6,7 @@
 #include "arrange/HeadCorner.h"
 #include "arrange/HeadList.h"
 #include "arrange/RulerBars.h"
+#include "arrange/SongRange.h"
 #include "arrange/TrackCommands.h"
 #include "arrange/TrackHead.h"
 #include "base/Numbers.h"
@@ -34,8 +35,8 @@ constexpr int spareBelow = 44; ///< pixels under the last row
 
 } // namespace
 
-ArrangeView::ArrangeView(Workspace& space, int t, int w, int h)
-    : CGroup(space.mainWindow(), "song", 0, t, w, h), ArrangeState(space),
+ArrangeView::ArrangeView(Workspace& space, SongRange& songRange, int t, int w, int h)
+    : CGroup(space.mainWindow(), "song", 0, t, w, h), ArrangeState(space, songRange),
       corner(new HeadCorner(win, *this)), heads(new HeadList(win, *this)),
       ruler(new RulerBars(win, *this)), grid(new ArrangeGrid(win, *this)),
       empty(new EmptySong(win, space)), across(new CRangebar(win, "across", 0, 0, 1, barWidth)),
@@ -59,10 +60,13 @@ ArrangeView::ArrangeView(Workspace& space, int t, int w, int h)
     bindCommands();
     ArrangeState& shared = *this;
     trackCommands = std::make_unique<TrackCommands>(shared, *heads);
+    range.onChange = [this] { gridChanged(); };
     songChanged();
 }
 
-ArrangeView::~ArrangeView() = default;
+ArrangeView::~ArrangeView() {
+    range.onChange = nullptr;
+}
 
 void ArrangeView::onMenus(COnChange* headMenu, COnChange* partsMenu) {
     heads->onHeadMenu = headMenu;
@@ -72,6 +76,7 @@ void ArrangeView::onMenus(COnChange* headMenu, COnChange* partsMenu) {
 void ArrangeView::forgetSong() {
     win->app->drag.cancel();
     shownSong = nullptr;
+    range.keepTracksOf(nullptr);
     rows.clear();
     heads->forgetSong();
     grid->songChanged();
@@ -86,6 +91,7 @@ void ArrangeView::songChanged() {
         edit.axis.setZoom(song->options.zoom());
         edit.scrollY = 0;
     }
+    range.keepTracksOf(seq());
     rows.build(seq());
     heads->songChanged();
     grid->songChanged();

@@ -22,7 +22,7 @@ class TrackCommands;
 /// together. Interface thread.
 class ArrangeView : public CGroup, private ArrangeState {
 public:
-    ArrangeView(Workspace& workspace, int top, int width, int height);
+    ArrangeView(Workspace& workspace, SongRange& range, int top, int width, int height);
     ~ArrangeView() override;
 
     void paint(CGraphic* g, CRect rect) override;

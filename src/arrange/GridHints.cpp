@@ -2,6 +2,7 @@
 
 #include "arrange/ArrangeState.h"
 #include "arrange/Hit.h"
+#include "arrange/SongRange.h"
 #include "gui/Keys.h"
 #include "sequencer/CSeq.h"
 #include "ui/Options.h"
@@ -25,6 +26,11 @@ CStr altName(const ArrangeState& state) {
 
 CStr gridHint(const ArrangeState& state, const ArrangeRow* row, const PartHit& hit) {
     const CStr alt = altName(state);
+    if (state.range.tool())
+        return "Drag: choose time and tracks   Drag the range: move, Ctrl: copy   its ends: more "
+               "or "
+               "less, " +
+               alt + ": stretch";
     if (row && row->lane)
         return "Drag a point: move, Ctrl: copy   Drag the line: bend   Double click or " + alt +
                " + drag: new point   Right click: delete";

@@ -3,10 +3,13 @@
 #include "arrange/ArrangeGrid.h"
 #include "arrange/ArrangeState.h"
 #include "arrange/LanePress.h"
+#include "arrange/RangePainter.h"
+#include "arrange/SongRange.h"
 #include "arrange/gestures/HandGesture.h"
 #include "arrange/gestures/InsertGesture.h"
 #include "arrange/gestures/LassoGesture.h"
 #include "arrange/gestures/MoveGesture.h"
+#include "arrange/gestures/RangeGesture.h"
 #include "arrange/gestures/SizeGesture.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
@@ -89,6 +92,23 @@ Press onEmpty(const Target& t) {
                                   newPartPlace(t.state.seq(), t.tick(false)));
 }
 
+/// The tool for ranges: with the range that is chosen, or another one from here on.
+Press onRange(const Target& t) {
+    using Act = RangeGesture::Act;
+    const TimeRange* range = t.state.range.get();
+    if (!range || !inRows(t.state, *range, t.at.y))
+        return t.begin<ChooseRangeGesture>(editLasso, 0);
+    const int from = t.state.axis().xOf(range->from), to = t.state.axis().xOf(range->to);
+    const int edge = edgeWidth(to - from);
+    if (t.at.x < from - edge || t.at.x >= to + edge)
+        return t.begin<ChooseRangeGesture>(editLasso, 0);
+    if (t.at.x < from + edge) return t.begin<RangeGesture>(editResizeStart, 0, Act::start);
+    if (t.at.x >= to - edge)
+        return t.begin<RangeGesture>(editResizeEnd, 0, t.btn & modAlt ? Act::stretch : Act::end);
+    const bool copies = t.btn & modControl;
+    return t.begin<RangeGesture>(copies ? editCopy : editMove, 0, copies ? Act::copy : Act::move);
+}
+
 Press lasso(const Target& t) {
     if (!(t.btn & modShift)) {
         t.state.seq()->unselectParts();
@@ -103,6 +123,7 @@ Press lasso(const Target& t) {
 Press pressed(ArrangeGrid& grid, ArrangeState& state, CPoint at, int btn) {
     Target t{grid, state, at, btn};
     t.row = state.rows.at(at.y + state.edit.scrollY);
+    if (state.range.tool() && (btn & modLeft)) return onRange(t);
     if (t.row && t.row->lane) {
         Press inLane;
         if (!(btn & modMiddle)) inLane = pressedLane(grid, state, *t.row, at, btn);

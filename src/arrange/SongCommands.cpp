@@ -1,6 +1,7 @@
 #include "arrange/SongCommands.h"
 
 #include "arrange/GridCommands.h"
+#include "arrange/SongRange.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
@@ -100,7 +101,8 @@ void selectEverything(CSeq* seq) {
 
 } // namespace
 
-SongCommands::SongCommands(Workspace& space) : workspace(space), qv(space.host()) {
+SongCommands::SongCommands(Workspace& space, SongRange& songRange)
+    : workspace(space), range(songRange), qv(space.host()) {
     bindAll();
     bindParts();
 }
@@ -117,8 +119,6 @@ void SongCommands::bindAll() {
         {"priorbeat", &SongCommands::priorBeat},
         {"priorprog", &SongCommands::priorProg, hasPriorProg},
         {"nextprog", &SongCommands::nextProg, hasNextProg},
-        {"playselection", &SongCommands::playSelection, anySelected},
-        {"loopselection", &SongCommands::loopSelection, anySelected},
         {"mute", &SongCommands::mute, anySelectedTrack},
         {"solo", &SongCommands::solo, anySelectedTrack},
         {"addtrack", &SongCommands::addInstrument},
@@ -157,19 +157,54 @@ void SongCommands::bindParts() {
         const char* name;
         void (*run)(CSeq* seq);
         bool (*ready)(CSeq* seq);
+        CStr (*onRange)(CSeq* seq, const TimeRange& range) = nullptr; ///< while one is chosen
     } rows[] = {
-        {"quantize", quantizeParts, anySelected},   {"splitatcursor", split, anyPart},
-        {"glue", glueParts, severalOnTrack},        {"insertbars", insertBars, anySpan},
-        {"removebars", removeBars, anySpan},        {"unghost", unghostParts, anyGhost},
-        {"mutepart", toggleMutes, anySelected},     {"crossfade", crossfade, twoAudio},
-        {"duplicate", duplicateParts, anySelected}, {"cut", cutParts, anySelected},
-        {"copy", copyParts, anySelected},           {"paste", pasteParts, anyCopy},
+        {"quantize", quantizeParts, anySelected},
+        {"splitatcursor", split, anyPart, splitRange},
+        {"glue", glueParts, severalOnTrack},
+        {"insertbars", insertBars, anySpan},
+        {"removebars", removeBars, anySpan},
+        {"unghost", unghostParts, anyGhost},
+        {"mutepart", toggleMutes, anySelected, muteRange},
+        {"crossfade", crossfade, twoAudio},
+        {"duplicate", duplicateParts, anySelected, duplicateRange},
+        {"cut", cutParts, anySelected},
+        {"copy", copyParts, anySelected},
+        {"paste", pasteParts, anyCopy},
         {"selectAll", selectEverything, anyPart},
+        {"keepplayed", keepPlayed, canKeepPlayed},
     };
     for (const auto& row : rows)
         workspace.commands().bind(
-            row.name, [this, run = row.run] { run(seq()); },
-            [this, ready = row.ready] { return prog() && !recording() && ready(seq()); });
+            row.name,
+            [this, &row] {
+                if (row.onRange && range.get())
+                    editRange(row.onRange);
+                else
+                    row.run(seq());
+            },
+            [this, &row] {
+                return prog() && !recording() && ((row.onRange && range.get()) || row.ready(seq()));
+            });
+    const auto anyChosen = [this] { return prog() && (range.get() || anySelected(seq())); };
+    workspace.commands().bind(
+        "playselection", [this] { playSelection(); }, anyChosen);
+    workspace.commands().bind(
+        "loopselection", [this] { loopSelection(); }, anyChosen);
+    workspace.commands().bind(
+        "rangetool", [this] { range.setTool(!range.tool()); }, [this] { return prog() != nullptr; },
+        [this] { return range.tool(); });
+}
+
+void SongCommands::editRange(CStr (*edit)(CSeq*, const TimeRange&)) {
+    const TimeRange chosen = *range.get();
+    const CStr failure = edit(seq(), chosen);
+    if (!failure.empty()) return void(showMsg(workspace.mainWindow(), "Error", failure));
+    if (edit != duplicateRange) return;
+    TimeRange next = chosen;
+    next.from = chosen.to;
+    next.to = limitTicks(int64_t(chosen.to) + chosen.to - chosen.from);
+    range.set(next);
 }
 
 bool SongCommands::recording() const {
@@ -233,6 +268,10 @@ void SongCommands::nextProg() {
 
 /// Puts the locators around the selected parts; false without any.
 bool SongCommands::locateSelection() {
+    if (const TimeRange* chosen = range.get()) {
+        qv->values->set(locatorsOf(prog()), {double(chosen->from), double(chosen->to)});
+        return true;
+    }
     CList parts;
     prog()->getSelectedParts(&parts);
     if (parts.empty()) return false;

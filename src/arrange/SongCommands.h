@@ -1,19 +1,23 @@
 #pragma once
 
+#include "base/CStr.h"
+
 class CComp;
 class CQV;
 class CSeq;
 class CSeqProg;
 class CSongTrack;
+class SongRange;
 class Workspace;
 struct StoredValue;
+struct TimeRange;
 
 /// What the actions on the song and its parts do that need no view of them. Without a song they are
 /// not ready, nor are edits of its parts while a take is recorded. Interface thread.
 class SongCommands {
 public:
     /// Binds them; outlives the table's use.
-    explicit SongCommands(Workspace& workspace);
+    SongCommands(Workspace& workspace, SongRange& range);
 
 private:
     void bindAll();
@@ -49,6 +53,7 @@ private:
     void addTrack(int kind);
     void toggle(StoredValue (*valueOf)(CSongTrack*));
     bool recording() const;
+    void editRange(CStr (*edit)(CSeq*, const TimeRange&));
     bool locateSelection();
     void stepProg(int by);
     void stepMarker(int by);
@@ -56,5 +61,6 @@ private:
     CComp* shownComp() const; ///< what the first selected track plays through, or null
 
     Workspace& workspace;
+    SongRange& range;
     CQV* qv;
 };

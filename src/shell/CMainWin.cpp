@@ -88,7 +88,7 @@ void CMainWin::init() {
     status = new StatusLine(this, qv, h - StatusLine::lineHeight, w);
     addControl(status);
     const int below = Toolbar::barHeight;
-    song = new ArrangeView(*this, below, w, h - below - StatusLine::lineHeight);
+    song = new ArrangeView(*this, rooms->range, below, w, h - below - StatusLine::lineHeight);
     song->setAlign(alignWidth | alignHeight, 0, StatusLine::lineHeight);
     wire(song->onDrop, static_cast<COnMouse*>(new _COnMouse<CMainWin>(this, &CMainWin::songDrop)));
     song->onMenus(new _COnChange<CMainWin>(this, &CMainWin::headMenu),

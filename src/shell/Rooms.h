@@ -3,6 +3,7 @@
 #include "arrange/ProcessMenu.h"
 #include "arrange/SongCommands.h"
 #include "arrange/SongImports.h"
+#include "arrange/SongRange.h"
 #include "render/RenderCommands.h"
 #include "ui/EditorTable.h"
 
@@ -20,6 +21,7 @@ public:
     Rooms& operator=(const Rooms&) = delete;
 
     EditorTable editors;
+    SongRange range;
     SongImports imports;
     ProcessMenu process;
     std::unique_ptr<CSetupWin> setup; ///< null until it is opened first

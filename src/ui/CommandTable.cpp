@@ -115,6 +115,7 @@ constexpr Row rows[] = {
     {"crossfade", "Crossfade", groupArrange, 'c', shift},
     {"keepplayed", "Keep what I played", groupArrange},
     {"remix", "Remix", groupArrange},
+    {"rangetool", "Range", groupArrange},
     {"steprec", "Step record", groupArrange, functionKey(4)},
     {"trackzoomin", "Zoom in track edit", groupArrange, '+', control},
     {"trackzoomout", "Zoom out track edit", groupArrange, '-', control},

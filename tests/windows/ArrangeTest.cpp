@@ -220,6 +220,44 @@ TEST_F(ArrangeTest, AutomationIsDrawnInItsLane) {
     EXPECT_TRUE(becomes("")) << points();
 }
 
+/// The tool for ranges chooses time across tracks, which is moved, copied, stretched and deleted
+/// whatever the parts.
+TEST_F(ArrangeTest, RangesAreCutByTime) {
+    startWith({trackMIDI, trackMIDI});
+    addPart(0, 0, 3840);
+    addPart(1, 960, 1920);
+    win->onAction(win->getAction("rangetool"));
+    const auto told = [&] {
+        std::string text;
+        for (int t = 0; t < 2; t++)
+            for (int i = 0; i < parts(t); i++)
+                text += std::to_string(t) + ":" + std::to_string(part(t, i)->pos / 240) + "+" +
+                        std::to_string(part(t, i)->length / 240) + " ";
+        return text;
+    };
+    const auto becomes = [&](const std::string& text) {
+        return pumpUntil([&] { return told() == text; });
+    };
+    drag(point(960, 0), point(1920, 1));
+    EXPECT_EQ(told(), "0:0+16 1:4+8 ") << "choosing changes nothing";
+    drag(point(1400, 0), point(1400 + 3840, 0));
+    EXPECT_TRUE(becomes("0:0+4 0:8+8 0:20+4 1:8+4 1:20+4 ")) << told();
+    drag(asPoint(xOf(5760) - 2, yOf(0)), asPoint(xOf(6720) - 2, yOf(0)), "alt");
+    EXPECT_TRUE(becomes("0:0+4 0:8+8 0:20+8 1:8+4 1:20+8 ")) << told();
+    key("Delete");
+    EXPECT_TRUE(becomes("0:0+4 0:8+8 1:8+4 ")) << told();
+    for (int i = 0; i < 3; i++) key("ctrl+z");
+    EXPECT_TRUE(becomes("0:0+16 1:4+8 ")) << told();
+    // A part under the tool is neither chosen nor moved.
+    drag(point(200, 0), point(700, 0));
+    EXPECT_EQ(told(), "0:0+16 1:4+8 ");
+    key("ctrl+d");
+    EXPECT_TRUE(becomes("0:0+16 0:3+2 1:4+8 ")) << told();
+    key("ctrl+p");
+    EXPECT_TRUE(pumpUntil([&] { return host->loop != 0; }));
+    EXPECT_EQ(seq()->getProg()->leftLocator, 720) << "the copy is the range now";
+}
+
 /// A song without tracks says how to begin, and does it.
 TEST_F(ArrangeTest, AnEmptySongOffersToBegin) {
     startWith({});
