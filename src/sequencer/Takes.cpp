@@ -66,10 +66,11 @@ bool Takes::dropUnused() {
 }
 
 void Takes::shift(int ticks) {
-    for (Take& t : takes) t.at += ticks;
+    const auto move = [ticks](int& tick) { tick = limitTicks(int64_t(tick) + ticks); };
+    for (Take& t : takes) move(t.at);
     for (Piece& p : comp) {
-        p.from += ticks;
-        p.to += ticks;
+        move(p.from);
+        move(p.to);
     }
 }
 
@@ -81,7 +82,7 @@ const Takes* takesOf(CPart* part) {
 void playComp(CSeq* seq, CAudioPart* part, int pos) {
     const Takes* takes = part->takes;
     const auto* like = static_cast<const CAudioEvent*>(part->getEvents());
-    if (!takes || !like || !like->sample) return;
+    if (!takes || !like || !like->sample || like->sample->frames < 1) return;
     const int rate = tunedRate(like->sample, like->semitones + double(like->fine));
     const auto frames = [&](const Takes::Take& t, int tick) {
         const int songTick = saturate(int64_t(pos) + t.at);
@@ -96,10 +97,12 @@ void playComp(CSeq* seq, CAudioPart* part, int pos) {
         const int from = std::max(piece.from, shownFrom), to = std::min(piece.to, shownTo);
         if (from >= to) continue;
         CAudioEvent* clip = createAudioEvent(like);
-        clip->start = std::min(t.start + frames(t, from), t.end);
+        const int last = std::min(t.end, like->sample->frames - 1);
+        clip->start = asMinMax(saturate(int64_t(t.start) + frames(t, from)), 0, last);
         const bool goesOn = &piece != &takes->comp.back() && (&piece)[1].from == piece.to;
-        const int end = to == t.to() ? t.end : t.start + frames(t, to) - 1;
-        clip->end = asMinMax(end + (goesOn ? under : 0), clip->start, like->sample->frames - 1);
+        const int64_t end = to == t.to() ? last : int64_t(t.start) + frames(t, to) - 1;
+        clip->end =
+            asMinMax(saturate(end + (goesOn ? under : 0)), clip->start, like->sample->frames - 1);
         clip->ticks = to - from;
         clip->fadeInMs = clip->fadeOutMs = Takes::fadeMs;
         clips.add(from, clip);

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <memory>
+#include "base/Numbers.h"
+
 #include <vector>
 
 class CAudioPart;
@@ -14,7 +15,7 @@ public:
     struct Take {
         int at, ticks;  ///< where it begins, and how long it is
         int start, end; ///< frames of the part's sample, inclusive
-        int to() const { return at + ticks; }
+        int to() const { return saturate(int64_t(at) + ticks); }
         bool operator==(const Take&) const = default;
     };
     /// A stretch of one take.

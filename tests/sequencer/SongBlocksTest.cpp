@@ -109,11 +109,16 @@ void build(SongFileFixture& song) {
         event->end = 999;
         clips->addEvent(100, event);
     }
+    clips->takes = new Takes{{{0, 960, 0, 499}, {-5, 900, 500, 999}}, {{1, -5, 90}, {0, 90, 960}}};
     audio->addPart(clips, nullptr);
     auto* hits = new CDrumPart;
     hits->addEvent(240, createDrumEvent());
     drums->addPart(hits, nullptr);
     song.tempoAt(960, 90.0f);
+    static_cast<CTempoPart*>(song.prog()->tempos.getFirst())->ramp = 1;
+    notes->track->locked = drums->track->recArm = song.seq->punch = 1;
+    notes->track->setRowHeight(100);
+    song.seq->preRoll = 2;
     song.seq->progs.add(song.seq->createProgram());
     const GraphHold hold(&song.host);
     dropCables(&song.host, ForgetSet(song.seq)); // those are no blocks of the song
