@@ -158,7 +158,7 @@ int mostTicks(CSeq* seq, CPart* part, const CAudioEvent* clip, int frames, int s
     int fits = 0, tooMany = maxTicks;
     while (tooMany - fits > 1) {
         const int ticks = fits + (tooMany - fits) / 2;
-        const bool fit = sign * slipFrames(seq, part, clip, sign * ticks) <= frames;
+        const bool fit = int64_t(sign) * slipFrames(seq, part, clip, sign * ticks) <= frames;
         (fit ? fits : tooMany) = ticks;
     }
     return fits;

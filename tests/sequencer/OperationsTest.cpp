@@ -3,6 +3,7 @@
 #include "base/TempFolder.h"
 #include "engine/CSnap.h"
 #include "sequencer/AudioProcess.h"
+#include "sequencer/AudioVoices.h"
 #include "sequencer/BarEdits.h"
 #include "sequencer/ClipEdits.h"
 #include "sequencer/EventEdits.h"
@@ -51,6 +52,24 @@ struct Anything : Edits {
         auto* section = static_cast<CMarkerPart*>(prog()->markers.getFirst());
         prog()->session.add(section);
         host.undoClear();
+    }
+
+    /// Parts at the ends of what ticks can tell.
+    void addExtremes() {
+        constexpr int far = 1 << 30;
+        for (const int offset : {-far, 0, far}) {
+            CPart* part = midiPart(offset ? far : 0, far);
+            part->offset = offset;
+            for (const int tick : {0, far}) part->addEvent(tick, note(64, far));
+            part->addEventParam(far, createEnvEvent(nullptr, 1.0f), 0);
+            more->addPart(part, nullptr);
+            CAudioEvent* event = clip(sample, 0, offset ? clipFrames - 1 : 0);
+            event->mode = playResample;
+            event->ticks = offset ? far : 0;
+            CPart* sound = addAudio(offset ? far : 0, {{0, event}});
+            sound->length = far;
+            sound->offset = offset;
+        }
     }
 
     int pick(int n) { return int(random() % unsigned(n)); }
@@ -209,6 +228,7 @@ TEST(Operations, LeadBackFromAnywhere) {
     for (unsigned seed = 1; seed <= 4; seed++) {
         SCOPED_TRACE(seed);
         Anything e(seed);
+        if (seed % 2) e.addExtremes();
         const std::string start = e.content();
         doAnything(e, 300, true, [] {});
         EXPECT_TRUE(e.content() == start);
