@@ -12,6 +12,7 @@
 #include "sequencer/PartEdits.h"
 #include "sequencer/SamplePaste.h"
 #include "sequencer/Slicing.h"
+#include "sequencer/Takes.h"
 
 #include <memory>
 #include <unordered_set>
@@ -41,6 +42,17 @@ int frameCount(const CAudioEvent* clip) {
 
 int scaled(int ticks, double by) {
     return asMax(limitTicks(asRound64(ticks * by)), 1);
+}
+
+/// Where frames of takes are once some have been cut out of their file.
+void cutTakes(Takes& takes, const FrameRange& cut) {
+    const auto place = [&cut](int frame) {
+        return frame < cut.from ? frame : asMax(frame - cut.count(), cut.from);
+    };
+    for (Takes::Take& take : takes.takes) {
+        take.start = place(take.start);
+        take.end = asMax(place(take.end), take.start);
+    }
 }
 
 /// One processing of parts: all files are written before anything is recorded.
@@ -97,6 +109,8 @@ private:
             auto* clip = static_cast<CAudioEvent*>(edited->events.load());
             const int before = frameCount(clip);
             if (mode == processCut) clip->end -= r.frames.count();
+            if (Takes* takes = static_cast<CAudioPart*>(edited)->takes; takes && mode == processCut)
+                cutTakes(*takes, r.frames);
             clip->end = asMinMax(clip->end, 0, asMax(r.sample->frames - 1, 0));
             clip->start = asMin(clip->start, clip->end);
             clip->sample = r.sample.get();
@@ -155,6 +169,7 @@ void takeFile(CSeq* seq, CPart* part, std::unique_ptr<CSample> file) {
     clip->sample = file.get();
     clip->start = 0;
     clip->end = file->frames - 1;
+    if (Takes* takes = static_cast<CAudioPart*>(edited)->takes) *takes = Takes(); // of another file
     undo->asAdd(file.release(), &seq->host->samples);
     swapUndoPart(undo, part->content(), edited);
     seq->host->undoEnd(undo, false);

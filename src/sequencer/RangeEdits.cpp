@@ -9,6 +9,7 @@
 #include "sequencer/PartSplit.h"
 #include "sequencer/Points.h"
 #include "sequencer/Ripple.h"
+#include "sequencer/Takes.h"
 
 #include <algorithm>
 #include <memory>
@@ -166,6 +167,8 @@ void stretchEvent(CSeq* seq, CPart* part, const Scale& scale, CBaseEvent* event,
 /// An own copy of a part, with all its time scaled from its start on.
 std::unique_ptr<CPart> stretched(CSeq* seq, CPart* part, const Scale& scale) {
     std::unique_ptr<CPart> made = ownCopy(part);
+    if (takesOf(made.get())) // they are as they were recorded
+        delete static_cast<CAudioPart*>(made.get())->takes.exchange(nullptr);
     made->length = scale.length(seq->getTicks(part));
     made->offset = 0;
     const auto place = [&](int tick) { return scale.of(int64_t(part->offset) + tick); };

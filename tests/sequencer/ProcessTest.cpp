@@ -12,6 +12,7 @@
 #include "sequencer/ProcessMenus.h"
 #include "sequencer/Remix.h"
 #include "sequencer/Slicing.h"
+#include "sequencer/Takes.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -252,6 +253,10 @@ TEST(Process, AudioIntoNewFiles) {
         event->ticks = 1920;
         CPart* part = e.addAudio(960, {{0, event}});
         part->length = 1920;
+        auto* takes = new Takes;
+        takes->takes = {{0, 1920, 2000, 49999}};
+        takes->comp = {{0, 0, 1920}};
+        static_cast<CAudioPart*>(part)->takes = takes;
         e.select(e.audio, "a");
         const std::string start = e.bytes();
         const PartRange range{a.to ? part : nullptr, a.from, a.to};
@@ -270,6 +275,7 @@ TEST(Process, AudioIntoNewFiles) {
         ASSERT_NE(now->sample, ramp);
         EXPECT_EQ(std::tuple(now->start, now->end - now->start + 1, e.seq->getTicks(part)),
                   std::tuple(2000, a.frames, a.length));
+        EXPECT_EQ(takesOf(part)->takes[0].end, now->end); // in the file that is there now
         for (int i = 0; i < 3; i++) {
             float value = 0.0f;
             if (frames[i] < a.frames) now->sample->readFrames(now->start + frames[i], 1, &value);
