@@ -1,10 +1,8 @@
 #include "arrange/ArrangeView.h"
 #include "arrange/LanePress.h"
 #include "arrange/SongRange.h"
-#include "base/Messages.h"
 #include "engine/CQV.h"
 #include "sequencer/CSeq.h"
-#include "sequencer/PartActions.h"
 #include "ui/Commands.h"
 #include "ui/Workspace.h"
 
@@ -16,14 +14,10 @@ constexpr double zoomStep = 1.25;
 
 /// The range that is chosen, else points of automation, if any are selected, else parts.
 void ArrangeView::deleteSelected() {
-    if (range.get()) {
-        const CStr failure = deleteRange(seq(), *range.get());
-        if (!failure.empty()) showMsg(win, "Error", failure);
-        return;
-    }
+    if (range.get()) return tell(deleteRange(seq(), *range.get(), ripple));
     const std::vector<PartSlot> points = selectedPoints(*this);
     if (points.empty())
-        deleteParts(seq());
+        tell(deleteParts(seq(), ripple));
     else
         deletePoints(seq(), points);
 }
@@ -43,6 +37,13 @@ void ArrangeView::bindCommands() {
         "zoomout", [this] { zoom(edit.axis.zoom() / zoomStep); }, withSong);
     commands.bind(
         "zoomselection", [this] { zoomToSelection(); }, withSong);
+    const auto bindRipple = [&](const char* name, Ripple kind) {
+        commands.bind(
+            name, [this, kind] { ripple = ripple == kind ? Ripple::off : kind; }, withSong,
+            [this, kind] { return ripple == kind; });
+    };
+    bindRipple("rippletrack", Ripple::track);
+    bindRipple("rippleall", Ripple::all);
     commands.bind(
         "delete", [this] { deleteSelected(); }, [this] { return canDelete(); });
     commands.bind(

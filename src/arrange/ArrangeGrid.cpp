@@ -37,7 +37,7 @@ constexpr int shadowReach = 1; ///< of the play line to each side
 ArrangeGrid::ArrangeGrid(CWin* owner, ArrangeState& shared)
     : CCtrl(owner, "grid", 0, 0, 1, 1), state(shared), panZoom(this, this) {
     tabStop = true;
-    hint = gridHint(state, nullptr, {});
+    hint = gridHint(state, nullptr, {}, PartHandle::none);
 }
 
 ArrangeGrid::~ArrangeGrid() {
@@ -186,7 +186,10 @@ void ArrangeGrid::hover(int x, int y) {
     const ArrangeRow* row = state.rows.at(y + state.edit.scrollY);
     const PartHit hit = row && !row->lane ? partAtPos(state, *row, x) : PartHit();
     cursor = hit.part && hit.zone != zoneBody ? cursorSideways : cursorPlain;
-    const CStr text = gridHint(state, row, hit);
+    const PartHandle handle =
+        hit.part ? handleAt(hit.part, partBox(state, *row, hit.part), asPoint(x, y))
+                 : PartHandle::none;
+    const CStr text = gridHint(state, row, hit, handle);
     if (text == hint) return;
     hint = text;
     win->app->updateHint(this);

@@ -24,11 +24,12 @@ Way wayOf(int key) {
     return {(key == keyRight) - (key == keyLeft), (key == ::keyDown) - (key == ::keyUp)};
 }
 
-void moveBy(CSeq* seq, Way way) {
+void moveBy(const ArrangeState& state, Way way) {
+    CSeq* seq = state.seq();
     const MoveRange range = moveRange(seq);
     const int ticks = asMinMax(way.along * seq->snap->getTicks(), range.minTicks, range.maxTicks);
     const int tracks = asMinMax(way.across, range.minTracks, range.maxTracks);
-    if (ticks != 0 || tracks != 0) moveParts(seq, ticks, tracks);
+    if (ticks != 0 || tracks != 0) state.tell(moveParts(seq, ticks, tracks, state.ripple));
 }
 
 void resizeBy(CSeq* seq, int along) {
@@ -98,7 +99,7 @@ bool editKey(ArrangeState& state, int key, int mods) {
     if ((way.along == 0 && way.across == 0) || !seq || !seq->getProg()->getFirstSelectedPart())
         return false;
     if (mods == modControl) {
-        moveBy(seq, way);
+        moveBy(state, way);
         return true;
     }
     if (mods != modAlt || way.along == 0) return false;

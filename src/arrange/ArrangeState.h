@@ -1,6 +1,7 @@
 #pragma once
 
 #include "arrange/RowLayout.h"
+#include "sequencer/Ripple.h"
 #include "ui/CMouseEdit.h"
 
 #include <cstdint>
@@ -22,6 +23,8 @@ public:
 
     SongRange& range; ///< that is chosen with the tool for ranges
 
+    Ripple ripple = Ripple::off; ///< what goes along when parts move, come or go
+
     ArrangeState(Workspace& space, SongRange& songRange);
 
     CSeq* seq() const; ///< null without a song that plays
@@ -33,6 +36,8 @@ public:
     virtual void zoomAtPos(int x, double zoom) = 0;
     virtual void rowsChanged() = 0; ///< heights, folds, lanes: all is laid out and painted anew
     virtual void gridChanged() = 0; ///< what the grid shows of the drag or the selection
+    /// Tells the user why an edit was not done; nothing for an empty text.
+    void tell(const CStr& failure) const;
     virtual int gridWidth() const = 0;
     virtual int gridHeight() const = 0;
     virtual int64_t songWidth() const = 0; ///< pixels that can be scrolled through

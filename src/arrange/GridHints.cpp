@@ -24,7 +24,8 @@ CStr altName(const ArrangeState& state) {
 
 } // namespace
 
-CStr gridHint(const ArrangeState& state, const ArrangeRow* row, const PartHit& hit) {
+CStr gridHint(const ArrangeState& state, const ArrangeRow* row, const PartHit& hit,
+              PartHandle handle) {
     const CStr alt = altName(state);
     if (state.range.tool())
         return "Drag: choose time and tracks   Drag the range: move, Ctrl: copy   its ends: more "
@@ -34,13 +35,25 @@ CStr gridHint(const ArrangeState& state, const ArrangeRow* row, const PartHit& h
     if (row && row->lane)
         return "Drag a point: move, Ctrl: copy   Drag the line: bend   Double click or " + alt +
                " + drag: new point   Right click: delete";
+    switch (handle) {
+    case PartHandle::fadeIn:
+        return "Drag: fade in";
+    case PartHandle::fadeOut:
+        return "Drag: fade out";
+    case PartHandle::gain:
+        return "Drag up and down: gain";
+    case PartHandle::loop:
+        return "Drag: linked copies behind the part   Further down: where the part ends";
+    case PartHandle::none:
+        break;
+    }
     if (hit.part && hit.zone == zoneStart)
         return "Drag: where the part starts   Ctrl, once it moves: off the grid";
     if (hit.part && hit.zone == zoneEnd)
         return "Drag: where the part ends   Ctrl, once it moves: off the grid";
     if (hit.part)
-        return "Drag: move   Ctrl + drag: copy   Ctrl + Shift + drag: linked copy   " + alt +
-               " + right click: split";
+        return "Drag: move   Ctrl + drag: copy   Ctrl + Shift + drag: linked copy   Ctrl + " + alt +
+               " + drag: slip   " + alt + " + right click: split";
     if (!row) return "Drop audio, MIDI files, clips and sounds here for new tracks";
     if (row->songTrack->track->kind == trackFolder) return "Drag: select parts";
     return "Drag: select parts   Double click or " + alt + " + drag: new part   Ctrl + wheel: zoom";

@@ -2,6 +2,7 @@
 
 #include "arrange/ArrangeState.h"
 #include "arrange/Hit.h"
+#include "arrange/PartHandles.h"
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
 #include "gui/CApp.h"
@@ -11,6 +12,7 @@
 #include "gui/DrawBatch.h"
 #include "gui/PixelPaper.h"
 #include "gui/Scale.h"
+#include "gui/Shapes.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/ClipTimes.h"
 #include "ui/Options.h"
@@ -104,7 +106,11 @@ void PartPainter::part(const ArrangeRow& row, CPart* part, bool heard) {
     CRect room = asRect(box.left, header.bottom + contentGap, box.right, box.bottom - contentGap);
     if (part->type == partMIDI) notes(part, room, c.mark);
     if (part->type == partDrum) hits(part, room, c.mark);
-    if (part->type == partAudio) clips(part, room, c);
+    if (part->type == partAudio) {
+        clips(part, room, c);
+        fades(part, room, palette.text);
+        handles(part, box);
+    }
     const int left = asMax(box.left, 0) + textGap;
     const CRect nameBox = asRect(left, box.top, asMin(box.right - textGap, state.gridWidth()),
                                  high ? header.bottom : box.bottom);
@@ -184,6 +190,30 @@ void PartPainter::clips(CPart* part, CRect room, const Colours& c) {
         const auto* clip = static_cast<const CAudioEvent*>(e);
         const double from = deviceX(tick);
         wave(clip, room, from, deviceX(double(tick) + sampleAsTicks2(seq, clip, tick)), c);
+    }
+}
+
+/// Of a part with one clip.
+void PartPainter::fades(CPart* part, CRect room, int colour) {
+    const CAudioEvent* clip = clipOf(part);
+    if (!clip || (clip->fadeInMs <= 0.0f && clip->fadeOutMs <= 0.0f)) return;
+    const double perMs = room.width() / std::max(1.0, partMilliseconds(state, part));
+    const auto line = [&](double foot, double head) {
+        CPath path;
+        path.moveTo(foot, room.bottom);
+        path.lineTo(head, room.top);
+        paper.stroke(colour, path, 1.5, 0.8);
+    };
+    const double in = static_cast<double>(clip->fadeInMs) * perMs;
+    const double out = static_cast<double>(clip->fadeOutMs) * perMs;
+    if (in > 0) line(room.left, room.left + in);
+    if (out > 0) line(room.right, room.right - out);
+}
+
+void PartPainter::handles(CPart* part, CRect box) {
+    for (const DrawnHandle& h : handlesOf(part, box)) {
+        paper.fill(palette.text, h.box);
+        paper.fill(palette.window, sizeRect(h.box, 2, 2, -2, -2));
     }
 }
 

@@ -44,6 +44,8 @@ private:
     void notes(CPart* part, CRect room, int colour);
     void hits(CPart* part, CRect room, int colour);
     void clips(CPart* part, CRect room, const Colours& c);
+    void fades(CPart* part, CRect room, int colour);
+    void handles(CPart* part, CRect box);
     void wave(const CAudioEvent* clip, CRect room, double fromX, double toX, const Colours& c);
 
     const ArrangeState& state;

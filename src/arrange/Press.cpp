@@ -3,14 +3,18 @@
 #include "arrange/ArrangeGrid.h"
 #include "arrange/ArrangeState.h"
 #include "arrange/LanePress.h"
+#include "arrange/PartHandles.h"
 #include "arrange/RangePainter.h"
 #include "arrange/SongRange.h"
+#include "arrange/gestures/ClipGesture.h"
 #include "arrange/gestures/HandGesture.h"
 #include "arrange/gestures/InsertGesture.h"
 #include "arrange/gestures/LassoGesture.h"
+#include "arrange/gestures/LoopGesture.h"
 #include "arrange/gestures/MoveGesture.h"
 #include "arrange/gestures/RangeGesture.h"
 #include "arrange/gestures/SizeGesture.h"
+#include "arrange/gestures/SlipGesture.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/CSnap.h"
@@ -79,8 +83,18 @@ Press right(const Target& t) {
                                 [&grid = t.grid](CPoint) { grid.contextMenu(); });
 }
 
+Press onHandle(const Target& t, CRect box, PartHandle handle) {
+    if (handle == PartHandle::loop) return t.begin<LoopGesture>(editCopy, 0, t.hit.part);
+    return t.begin<ClipGesture>(editMove, 0, t.hit.part, box, handle);
+}
+
 Press onPart(const Target& t) {
+    const CRect box = partBox(t.state, *t.row, t.hit.part);
+    const PartHandle handle = handleAt(t.hit.part, box, t.at); // of those that are selected yet
     choosePart(t);
+    if (handle != PartHandle::none && !(t.btn & (modControl | modAlt)))
+        return onHandle(t, box, handle);
+    if ((t.btn & modControl) && (t.btn & modAlt)) return t.begin<SlipGesture>(editMove, 0);
     if (t.hit.zone == zoneStart) return t.begin<SizeGesture>(editResizeStart, 0, t.hit.part, true);
     if (t.hit.zone == zoneEnd) return t.begin<SizeGesture>(editResizeEnd, 0, t.hit.part, false);
     return t.begin<MoveGesture>(t.btn & modControl ? editCopy : editMove, 0, t.hit.part);

@@ -201,7 +201,7 @@ void MainMenu::fillPart(CPopup* popup) {
     addGroups(popup, {{"quantize", "splitatcursor", "glue", "crossfade"}, {"mutepart", "unghost"}});
     popup->addSeparator();
     window->rooms->process.fill(popup);
-    addGroups(popup, {{"rangetool", "snap", "snapPrior", "snapNext"}});
+    addGroups(popup, {{"rangetool", "rippletrack", "rippleall"}, {"snap", "snapPrior", "snapNext"}});
 }
 
 void MainMenu::fillTrack(CPopup* popup) {

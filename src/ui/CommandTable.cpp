@@ -116,6 +116,8 @@ constexpr Row rows[] = {
     {"keepplayed", "Keep what I played", groupArrange},
     {"remix", "Remix", groupArrange},
     {"rangetool", "Range", groupArrange},
+    {"rippletrack", "Ripple on the track", groupArrange},
+    {"rippleall", "Ripple on all tracks", groupArrange},
     {"steprec", "Step record", groupArrange, functionKey(4)},
     {"trackzoomin", "Zoom in track edit", groupArrange, '+', control},
     {"trackzoomout", "Zoom out track edit", groupArrange, '-', control},

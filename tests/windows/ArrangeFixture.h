@@ -7,6 +7,7 @@
 #include "arrange/HeadList.h"
 #include "arrange/RulerBars.h"
 #include "arrange/TrackHead.h"
+#include "gui/Selections.h"
 #include "sequencer/MoveEdits.h"
 
 /// The arrangement in the main window, under the mouse and the keys of a user.
@@ -49,6 +50,24 @@ protected:
         EXPECT_TRUE(loaded());
         seq()->unselectParts();
         return made;
+    }
+
+    void drop(const std::string& path, CCtrl* onto, int x, int y) {
+        app->startDrag(nullptr);
+        auto* item = new CDropItem("", dropFile);
+        item->path = path.c_str();
+        app->dragList->add(item);
+        const CPoint in = win->controlPos(onto);
+        win->dropAt(in.x + x, in.y + y, modLeft);
+        app->endDrag();
+    }
+    /// A second of a tone, in any format that the ending tells.
+    std::string tone(const std::string& name) {
+        const std::string path = at(name);
+        EXPECT_EQ(
+            runCommand({"sox", "-n", "-r", "44100", "-c", "1", path, "synth", "1", "sine", "440"}),
+            0);
+        return path;
     }
 
     // Points of the grid.

@@ -5,6 +5,8 @@
 #include "ui/DragSnap.h"
 #include "ui/TimeAxis.h"
 
+#include <cmath>
+
 /// Work on parts by mouse and keys: what is left in the song.
 class ArrangeTest : public ArrangeFixture {};
 
@@ -256,6 +258,60 @@ TEST_F(ArrangeTest, RangesAreCutByTime) {
     key("ctrl+p");
     EXPECT_TRUE(pumpUntil([&] { return host->loop != 0; }));
     EXPECT_EQ(seq()->getProg()->leftLocator, 720) << "the copy is the range now";
+}
+
+/// Handles of an audio part, which are there once it is selected.
+TEST_F(ArrangeTest, HandlesSetFadesGainAndCopies) {
+    startWith({trackAudio});
+    host->projectFile = at("song.qv").c_str();
+    drop(tone("a.wav"), grid(), xOf(1920), yOf(0));
+    ASSERT_TRUE(pumpUntil([&] { return parts(0) == 1 && part(0, 0)->pos == 1920; }));
+    const auto clip = [&] { return static_cast<const CAudioEvent*>(part(0, 0)->getEvents()); };
+    const int left = xOf(1920), right = xOf(3840), top = 1;
+    EXPECT_EQ(seq()->getTicks(part(0, 0)), 1920);
+    seq()->unselectParts();
+    drag(asPoint(left + 4, top + 4), asPoint(left + 4, top + 30), "", true);
+    EXPECT_EQ(clip()->fadeInMs, 0.0f) << "not selected yet: the edge";
+    clickAt(point(2880, 0));
+    drag(asPoint(left + 4, top + 4), asPoint(left + 36, top + 4));
+    EXPECT_TRUE(pumpUntil([&] { return clip()->fadeInMs > 0; }));
+    EXPECT_NEAR(clip()->fadeInMs, 250, 4); // a quarter of a second that is 128 pixels wide
+    drag(asPoint(right - 4, top + 4), asPoint(right - 4 - 64, top + 4));
+    EXPECT_TRUE(pumpUntil([&] { return clip()->fadeOutMs > 0; }));
+    EXPECT_NEAR(clip()->fadeOutMs, 500, 4);
+    const float gain = clip()->gain;
+    drag(asPoint((left + right) / 2, top + 4), asPoint((left + right) / 2, top + 28));
+    EXPECT_TRUE(pumpUntil([&] { return clip()->gain != gain; }));
+    EXPECT_NEAR(clip()->gain, gain * std::pow(10.0f, -6.0f / 20), 0.01);
+    drag(asPoint(right - 2, top + 15), asPoint(right - 2 + 250, top + 15));
+    ASSERT_TRUE(pumpUntil([&] { return parts(0) == 3; }));
+    EXPECT_TRUE(part(0, 2)->ghostOf.load());
+    EXPECT_EQ(part(0, 2)->pos, 5760);
+    for (int i = 0; i < 4; i++) key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] {
+        return parts(0) == 1 && clip()->fadeInMs == 0 && clip()->fadeOutMs == 0 &&
+               clip()->gain == gain;
+    }));
+}
+
+/// With a ripple what is later goes along, and only on the tracks that it is for.
+TEST_F(ArrangeTest, RippleTakesLaterPartsAlong) {
+    startWith({trackMIDI, trackMIDI});
+    addPart(0, 0, 960);
+    addPart(0, 1920, 960);
+    addPart(1, 1920, 960);
+    win->onAction(win->getAction("rippletrack"));
+    drag(point(480, 0), point(480 + 960, 0));
+    EXPECT_TRUE(pumpUntil([&] { return part(0, 1)->pos == 2880; }));
+    EXPECT_EQ(part(1, 0)->pos, 1920);
+    win->onAction(win->getAction("rippleall"));
+    key("Delete");
+    EXPECT_TRUE(pumpUntil([&] { return parts(0) == 1 && part(0, 0)->pos == 1920; }));
+    EXPECT_EQ(part(1, 0)->pos, 960);
+    win->onAction(win->getAction("rippleall"));
+    drag(point(1200, 1), point(1200 + 3840, 1));
+    EXPECT_TRUE(pumpUntil([&] { return part(1, 0)->pos == 4800; }));
+    EXPECT_EQ(part(0, 0)->pos, 1920) << "off again";
 }
 
 /// A song without tracks says how to begin, and does it.

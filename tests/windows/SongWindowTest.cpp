@@ -38,23 +38,6 @@ protected:
             for (int x = corner.x; x < right; x++) count += a.at(x, y) != b.at(x, y);
         return count;
     }
-    void drop(const std::string& path, CCtrl* onto, int x, int y) {
-        app->startDrag(nullptr);
-        auto* item = new CDropItem("", dropFile);
-        item->path = path.c_str();
-        app->dragList->add(item);
-        const CPoint in = win->controlPos(onto);
-        win->dropAt(in.x + x, in.y + y, modLeft);
-        app->endDrag();
-    }
-    /// A second of a tone, in any format that the ending tells.
-    std::string tone(const std::string& name) {
-        const std::string path = at(name);
-        EXPECT_EQ(
-            runCommand({"sox", "-n", "-r", "44100", "-c", "1", path, "synth", "1", "sine", "440"}),
-            0);
-        return path;
-    }
     static void addNote(CPart* part) {
         CMIDIEvent* note = createMIDIEvent();
         note->data = 0x644090;

@@ -19,7 +19,10 @@ void InsertGesture::dragMove(const DragPoint& point) {
 }
 
 void InsertGesture::apply(const DragPoint&) {
-    insertPart(state.seq(), songTrack, {place.pos + state.edit.deltaPos, place.length});
+    CPart* made = nullptr;
+    state.tell(insertPart(state.seq(), songTrack,
+                          PartPlace{place.pos + state.edit.deltaPos, place.length}, state.ripple,
+                          made));
 }
 
 void InsertGesture::paintOverlay(CGraphic* g, CRect asked) const {

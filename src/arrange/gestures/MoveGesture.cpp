@@ -75,11 +75,21 @@ void MoveGesture::apply(const DragPoint&) {
     if (edit.mode == editCopy)
         copyParts(state.seq(), edit.deltaPos, edit.deltaY, edit.startBtn & modShift);
     else
-        moveParts(state.seq(), edit.deltaPos, edit.deltaY);
+        state.tell(moveParts(state.seq(), edit.deltaPos, edit.deltaY, state.ripple));
+}
+
+/// What goes along.
+void MoveGesture::paintRipple(CGraphic* g, CRect asked) const {
+    for (const RippleShift& shift : rippleOfMove(state.seq(), state.ripple, state.edit.deltaPos)) {
+        const CSongTrack* songTrack = state.seq()->partToSongTrack(shift.part);
+        const ArrangeRow* row = songTrack ? state.rows.of(songTrack) : nullptr;
+        if (row) outlinePart(g, state, *row, shift.part, shift.ticks, 0, asked);
+    }
 }
 
 void MoveGesture::paintOverlay(CGraphic* g, CRect asked) const {
     const CSeqMouseEdit& edit = state.edit;
+    if (edit.mode == editMove && state.ripple != Ripple::off) paintRipple(g, asked);
     const auto& tracks = state.seq()->getProg()->tracks;
     eachSelectedPart(state, [&](const ArrangeRow& row, CPart* part) {
         auto* target = static_cast<CSongTrack*>(tracks.items(row.track + edit.deltaY));

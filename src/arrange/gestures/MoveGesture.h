@@ -20,6 +20,7 @@ private:
     int tracksMoved(const DragPoint& point) const;
     void tell() const;
     void chooseAlone();
+    void paintRipple(CGraphic* g, CRect asked) const;
 
     CPart* const anchor;
     const int anchorTick;

@@ -4,7 +4,6 @@
 #include "arrange/RangePainter.h"
 #include "arrange/SongRange.h"
 #include "arrange/gestures/Overlay.h"
-#include "base/Messages.h"
 #include "base/Numbers.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/TempoMap.h"
@@ -97,13 +96,11 @@ TimeRange RangeGesture::become() const {
 }
 
 void RangeGesture::edit() {
-    const CSeqMouseEdit& mouse = state.edit;
-    CStr failure;
-    if (act == Act::move) failure = ::moveRange(state.seq(), before, mouse.deltaPos, mouse.deltaY);
-    if (act == Act::copy) failure = copyRange(state.seq(), before, mouse.deltaPos, mouse.deltaY);
-    if (act == Act::stretch)
-        failure = stretchRange(state.seq(), before, before.to - before.from + mouse.deltaPos);
-    if (!failure.empty()) showMsg(state.workspace.mainWindow(), "Error", failure);
+    CSeq* seq = state.seq();
+    const int ticks = state.edit.deltaPos, tracks = state.edit.deltaY;
+    if (act == Act::move) state.tell(::moveRange(seq, before, ticks, tracks));
+    if (act == Act::copy) state.tell(copyRange(seq, before, ticks, tracks));
+    if (act == Act::stretch) state.tell(stretchRange(seq, before, before.to - before.from + ticks));
 }
 
 void RangeGesture::apply(const DragPoint&) {

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "base/Geometry.h"
+
+#include <vector>
+
+class ArrangeState;
+class CPart;
+struct CAudioEvent;
+
+/// What can be taken hold of on a selected part, where it is large enough.
+enum class PartHandle { none, fadeIn, fadeOut, gain, loop };
+
+/// The only clip of an audio part; null of others.
+const CAudioEvent* clipOf(CPart* part);
+/// The handle at a point of the view, of a part in its box.
+PartHandle handleAt(CPart* part, CRect box, CPoint at);
+/// The handles of a part that are drawn: squares, for fades at the upper corners, for gain between.
+struct DrawnHandle {
+    PartHandle handle;
+    CRect box;
+};
+std::vector<DrawnHandle> handlesOf(CPart* part, CRect box);
+double partMilliseconds(const ArrangeState& state, CPart* part); ///< how long it is heard
