@@ -1,7 +1,9 @@
 #include "SongFixture.h"
 
 #include "audiofiles/CSample.h"
+#include "effects/CEffect.h"
 #include "sequencer/PartEdits.h"
+#include "sequencer/TrackRouting.h"
 
 #include <algorithm>
 #include <random>
@@ -62,6 +64,39 @@ TEST_F(CSeqTest, TracksEndWhereCablesCannotBeSaved) {
     EXPECT_EQ(track(trackMIDI), nullptr);
     EXPECT_EQ(dump(seq), before);
     EXPECT_EQ(Told::messages, std::vector<std::string>{"Error: Too many tracks"});
+}
+
+/// A track leads where it is told and nowhere else, which is one step.
+TEST_F(CSeqTest, TracksLeadWhereTheyAreTold) {
+    CTrack *notes = track(trackMIDI)->track, *sound = track(trackAudio)->track;
+    auto* first = device.add(new TestInstrument(&host));
+    auto* second = device.add(new TestInstrument(&host));
+    auto* rack = device.add(new CEffect(&host));
+    using Comps = std::vector<CComp*>;
+    EXPECT_EQ(trackTargets(seq, notes), (Comps{device.midiOut, first, second}));
+    EXPECT_EQ(trackTargets(seq, sound), (Comps{device.out, rack}));
+    EXPECT_EQ(trackTargets(seq, track(trackFolder)->track), Comps());
+    EXPECT_EQ(trackTarget(seq, notes), nullptr);
+    EXPECT_EQ(trackTarget(seq, sound), device.out);
+    struct Step {
+        CTrack* from;
+        CComp* to;
+        const char* name;
+    };
+    for (const Step& s : {Step{notes, first, "Instrument"},
+                          {notes, second, "Instrument"},
+                          {notes, nullptr, "Instrument"},
+                          {sound, rack, "Output"},
+                          {sound, nullptr, "Output"}}) {
+        const std::string before = dump(seq);
+        EXPECT_TRUE(setTrackTarget(seq, s.from, s.to));
+        EXPECT_EQ(trackTarget(seq, s.from), s.to);
+        EXPECT_EQ(host.undoText(), CStr(s.name));
+        EXPECT_FALSE(setTrackTarget(seq, s.from, s.to)) << "once more";
+        EXPECT_FALSE(
+            setTrackTarget(seq, s.from, s.from == notes ? static_cast<CComp*>(rack) : first));
+        expectReversible(before);
+    }
 }
 
 TEST_F(CSeqTest, RemovingATrackTakesItsCablesAlong) {

@@ -1,0 +1,76 @@
+#include "sequencer/TrackRouting.h"
+
+#include "engine/CQV.h"
+#include "engine/Cables.h"
+#include "engine/CompTypes.h"
+#include "sequencer/CSeq.h"
+
+#include <algorithm>
+
+namespace {
+
+/// The notes or the sound of a track.
+struct Way {
+    CMIDIQ* notes;
+    COutputChannel* sound;
+
+    explicit Way(CTrack* track)
+        : notes(track->kind == trackMIDI ? track->outPort() : nullptr),
+          sound(track->kind == trackMIDI ? nullptr : track->output()) {}
+
+    /// What takes sound alone has a port as well, for its automation.
+    bool fits(CComp* to) const {
+        if (to->type == compSeq || to->type == compMIDIIn || to->type == compAudioIn) return false;
+        const bool soundOnly = to->type == compAudioOut || to->type == compEffect;
+        return notes ? to->inPort() && !soundOnly : sound && to->input();
+    }
+    bool leadsTo(CComp* to) const { return notes ? fedBy(to, notes) : sound && fedBy(to, sound); }
+
+    void record(CUndo* undo, CComp* to, bool on) const {
+        if (on && notes)
+            undo->asAdd(createMIDICable(to, notes, nullptr), &to->midiCables);
+        else if (on)
+            undo->asAdd(createAudioCable(to, sound, nullptr), &to->audioCables);
+        else if (notes)
+            remove<CMIDICable>(undo, to->midiCables, &CMIDICable::fromPort, notes);
+        else
+            remove<CAudioCable>(undo, to->audioCables, &CAudioCable::fromChannel, sound);
+    }
+
+private:
+    template <class Cable, class From>
+    static void remove(CUndo* undo, CList& cables, From* Cable::*from, const From* end) {
+        for (auto* cable : each<Cable>(cables))
+            if (cable->*from == end) undo->asRemove(cable, &cables);
+    }
+};
+
+} // namespace
+
+std::vector<CComp*> trackTargets(CSeq* seq, CTrack* track) {
+    const Way way(track);
+    std::vector<CComp*> targets;
+    for (auto* comp : each<CComp>(seq->host->comps))
+        if (way.fits(comp)) targets.push_back(comp);
+    return targets;
+}
+
+CComp* trackTarget(CSeq* seq, CTrack* track) {
+    const Way way(track);
+    for (CComp* to : trackTargets(seq, track))
+        if (way.leadsTo(to)) return to;
+    return nullptr;
+}
+
+bool setTrackTarget(CSeq* seq, CTrack* track, CComp* to) {
+    const Way way(track);
+    const std::vector<CComp*> targets = trackTargets(seq, track);
+    const auto right = [&](CComp* t) { return way.leadsTo(t) == (t == to); };
+    if (to && std::ranges::find(targets, to) == targets.end()) return false;
+    if (std::ranges::all_of(targets, right)) return false;
+    CUndo* undo = seq->host->undoStart(way.notes ? "Instrument" : "Output", seq, {.graph = true});
+    for (CComp* t : targets)
+        if (!right(t)) way.record(undo, t, t == to);
+    seq->host->undoEnd(undo, true);
+    return true;
+}

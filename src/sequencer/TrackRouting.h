@@ -1,0 +1,18 @@
+#pragma once
+
+#include <vector>
+
+class CComp;
+class CSeq;
+class CTrack;
+
+// Where a track leads: the notes of an instrument track to an instrument, a MIDI output or whatever
+// takes notes, the sound of an audio or drum track to an audio output or a rack. Interface thread.
+
+/// The components of the project that it may lead to, in their order; none for a folder.
+std::vector<CComp*> trackTargets(CSeq* seq, CTrack* track);
+/// The first of these that a cable leads to, null when there is none.
+CComp* trackTarget(CSeq* seq, CTrack* track);
+/// One step, "Instrument" or "Output": of these it leads to `to` alone, to none if that is null.
+/// False, and nothing happens, for other components, and where it does so already.
+bool setTrackTarget(CSeq* seq, CTrack* track, CComp* to);
