@@ -5,6 +5,7 @@
 #include "arrange/EmptySong.h"
 #include "arrange/HeadCorner.h"
 #include "arrange/HeadList.h"
+#include "arrange/Overview.h"
 #include "arrange/RulerBars.h"
 #include "arrange/SongRange.h"
 #include "arrange/TrackCommands.h"
@@ -27,7 +28,7 @@ namespace {
 
 constexpr int barWidth = 14;
 constexpr int headWidth = TrackHead::headWidth;
-constexpr int gridLeft = headWidth + 1, gridTop = RulerBars::barsHeight;
+constexpr int gridLeft = headWidth + 1;
 constexpr double room = 1.25;  ///< that can be scrolled through, in lengths of the song
 constexpr int leastBars = 64;  ///< of it
 constexpr int fitMargin = 16;  ///< pixels beside what is zoomed or turned to
@@ -38,18 +39,20 @@ constexpr int spareBelow = 44; ///< pixels under the last row
 ArrangeView::ArrangeView(Workspace& space, SongRange& songRange, int t, int w, int h)
     : CGroup(space.mainWindow(), "song", 0, t, w, h), ArrangeState(space, songRange),
       corner(new HeadCorner(win, *this)), heads(new HeadList(win, *this)),
-      ruler(new RulerBars(win, *this)), grid(new ArrangeGrid(win, *this)),
-      empty(new EmptySong(win, space)), across(new CRangebar(win, "across", 0, 0, 1, barWidth)),
+      overview(new Overview(win, *this)), ruler(new RulerBars(win, *this)),
+      grid(new ArrangeGrid(win, *this)), empty(new EmptySong(win, space)),
+      across(new CRangebar(win, "across", 0, 0, 1, barWidth)),
       down(new CRangebar(win, "down", 0, 0, barWidth, 1)) {
     setAlign(alignWidth | alignHeight, 0, 0);
     for (CCtrl* part :
-         std::initializer_list<CCtrl*>{corner, heads, ruler, grid, empty, across, down})
+         std::initializer_list<CCtrl*>{corner, heads, overview, ruler, grid, empty, across, down})
         addControl(part);
     down->vertical = true;
     across->hint = "Drag to scroll, drag an end to zoom";
     across->spokenName = "Scroll along the song";
     down->spokenName = "Scroll the tracks";
     across->onChange = new _COnChange<ArrangeView>(this, &ArrangeView::acrossMoved);
+    overview->onChange = new _COnChange<ArrangeView>(this, &ArrangeView::overviewMoved);
     down->onChange = new _COnChange<ArrangeView>(this, &ArrangeView::downMoved);
     NoticeRouter& notices = workspace.notices();
     links = {notices.on({.host = HostNotice::graph, .song = SeqNotice::tracks},
@@ -79,6 +82,8 @@ void ArrangeView::forgetSong() {
     range.keepTracksOf(nullptr);
     rows.clear();
     heads->forgetSong();
+    ruler->forgetSong();
+    overview->songChanged();
     grid->songChanged();
     redraw();
 }
@@ -94,6 +99,7 @@ void ArrangeView::songChanged() {
     range.keepTracksOf(seq());
     rows.build(seq());
     heads->songChanged();
+    overview->songChanged();
     grid->songChanged();
     layout();
 }
@@ -107,6 +113,7 @@ void ArrangeView::followPlay() {
 }
 
 void ArrangeView::partsChanged() {
+    overview->songChanged();
     grid->songChanged();
     ruler->redraw();
     showRange();
@@ -121,12 +128,16 @@ bool ArrangeView::refresh() {
 
 // Layout.
 
+int ArrangeView::gridTop() const {
+    return overview->height + ruler->wantedHeight();
+}
+
 int ArrangeView::gridWidth() const {
     return asMax(1, width - gridLeft - barWidth);
 }
 
 int ArrangeView::gridHeight() const {
-    return asMax(1, height - gridTop - barWidth);
+    return asMax(1, height - gridTop() - barWidth);
 }
 
 int ArrangeView::mostScrollY() const {
@@ -142,17 +153,19 @@ int64_t ArrangeView::songWidth() const {
 
 void ArrangeView::layout() {
     const int w = gridWidth(), h = gridHeight();
-    corner->setBounds(0, 0, headWidth, gridTop);
+    corner->setBounds(0, 0, headWidth, gridTop());
     corner->resized();
-    heads->setBounds(0, gridTop, headWidth, h + barWidth);
-    ruler->setBounds(gridLeft, 0, w + barWidth, gridTop);
-    grid->setBounds(gridLeft, gridTop, w, h);
-    empty->setBounds(gridLeft, gridTop, w, h);
+    heads->setBounds(0, gridTop(), headWidth, h + barWidth);
+    overview->setBounds(gridLeft, 0, w, overview->height);
+    ruler->setBounds(gridLeft, overview->height, w + barWidth, ruler->wantedHeight());
+    ruler->resized();
+    grid->setBounds(gridLeft, gridTop(), w, h);
+    empty->setBounds(gridLeft, gridTop(), w, h);
     empty->resized();
     empty->visible = seq() && rows.all().empty();
     grid->visible = !empty->visible;
-    across->setBounds(gridLeft, gridTop + h, w, barWidth);
-    down->setBounds(gridLeft + w, gridTop, barWidth, h);
+    across->setBounds(gridLeft, gridTop() + h, w, barWidth);
+    down->setBounds(gridLeft + w, gridTop(), barWidth, h);
     edit.scrollY = asMinMax(edit.scrollY, 0, mostScrollY());
     heads->place();
     showRange();
@@ -166,15 +179,25 @@ void ArrangeView::showRange() {
     const double whole = std::max(axis.ticksIn(double(songWidth())), axis.ticksAt(gridWidth()));
     across->setContent(whole, std::min(whole, double(gridWidth()) * 960 / TimeAxis::mostZoom));
     across->setRange(axis.ticksAt(0), seen);
+    overview->setContent(whole, std::min(whole, double(gridWidth()) * 960 / TimeAxis::mostZoom));
+    overview->setRange(axis.ticksAt(0), seen);
     const int all = asMax(gridHeight(), rows.total() + spareBelow);
     down->setContent(all, gridHeight());
     down->setRange(edit.scrollY, gridHeight());
 }
 
 void ArrangeView::acrossMoved(CObject*) {
+    showSpan(*across);
+}
+
+void ArrangeView::overviewMoved(CObject*) {
+    showSpan(*overview);
+}
+
+void ArrangeView::showSpan(const CRangebar& bar) {
     TimeAxis& axis = edit.axis;
-    axis.setZoom(gridWidth() * 960.0 / across->span());
-    axis.scrollTo(asRound64(axis.pixelsIn(across->from())));
+    axis.setZoom(gridWidth() * 960.0 / bar.span());
+    axis.scrollTo(asRound64(axis.pixelsIn(bar.from())));
     zoomed();
 }
 
@@ -270,7 +293,7 @@ bool ArrangeView::arrowKey(int key, int mods) {
 }
 
 CSongTrack* ArrangeView::trackAt(int y) const {
-    const ArrangeRow* row = y < gridTop ? nullptr : rows.at(y - gridTop + edit.scrollY);
+    const ArrangeRow* row = y < gridTop() ? nullptr : rows.at(y - gridTop() + edit.scrollY);
     return row ? row->songTrack : nullptr;
 }
 

@@ -14,6 +14,7 @@ class CSongTrack;
 class EmptySong;
 class HeadCorner;
 class HeadList;
+class Overview;
 class RulerBars;
 class TrackCommands;
 
@@ -65,12 +66,16 @@ private:
     void acrossMoved(CObject*);
     void downMoved(CObject*);
     int mostScrollY() const;
+    int gridTop() const;
+    void showSpan(const CRangebar& bar);
+    void overviewMoved(CObject*);
     void bindCommands();
     void deleteSelected();
     bool canDelete() const;
 
     HeadCorner* corner;
     HeadList* heads;
+    Overview* overview;
     RulerBars* ruler;
     ArrangeGrid* grid;
     EmptySong* empty; ///< in place of the grid

@@ -5,13 +5,20 @@
 #include "gui/CWin.h"
 
 NameField::NameField(CGroup* in, CRect box, const CStr& name, const CStr& spoken)
-    : CEdit(in->win, "name", box.left, box.top, box.width(), box.height()) {
+    : CEdit(in->win, "name", box.left, box.top, box.width(), box.height()),
+      goesBack(in->hasKeyFocus()) {
     spokenName = spoken;
     hint = "Type a name; Return takes it, Escape leaves the former one";
     setText(name);
     in->addControl(this);
     win->setKeyCtrl(this);
     selectAll();
+}
+
+bool NameField::keyDown(int key, int mods) {
+    const bool taken = CEdit::keyDown(key, mods);
+    if (!visible && goesBack && !win->keyCtrl) win->setKeyCtrl(parent);
+    return taken;
 }
 
 void NameField::setFocus(bool on) {

@@ -5,8 +5,8 @@
 #include <functional>
 
 /// A field in place of a name: Return and leaving it take what was typed over, Escape does not. It
-/// hides when it is left; its owner deletes it some time after that, by `dropLeft`. Interface
-/// thread.
+/// hides when it is left, and the keys go back to the group if they were its own; the owner deletes
+/// it some time after that, by `dropLeft`. Interface thread.
 class NameField : public CEdit {
 public:
     std::function<void(const CStr& name)> onName; ///< it was left with a name that is not blank
@@ -14,7 +14,11 @@ public:
     /// In a group, with all of the name selected; takes the keys.
     NameField(CGroup* in, CRect box, const CStr& name, const CStr& spoken);
 
+    bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
     /// Deletes a field that has been left and makes the pointer null.
     static void dropLeft(NameField*& field);
+
+private:
+    bool goesBack; ///< the group had the keys
 };

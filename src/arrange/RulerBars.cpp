@@ -1,43 +1,79 @@
 #include "arrange/RulerBars.h"
 
 #include "arrange/ArrangeState.h"
-#include "arrange/GridLines.h"
-#include "base/Numbers.h"
-#include "engine/CQV.h"
+#include "arrange/MarkerBar.h"
+#include "arrange/SignatureLane.h"
+#include "arrange/TempoLane.h"
+#include "arrange/TimeRuler.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
-#include "gui/Colours.h"
 #include "gui/Drawing.h"
-#include "gui/Keys.h"
-#include "sequencer/Bars.h"
+#include "gui/controls/CPopup.h"
 #include "sequencer/CSeq.h"
-#include "sequencer/Points.h"
+#include "ui/Commands.h"
 #include "ui/ProgramItems.h"
+#include "ui/Workspace.h"
 
 #include <cstdlib>
 
 namespace {
 
-constexpr int gap = 4;
 constexpr int pointerReach = 4; ///< of the head of the play position to each side
-constexpr int numberWidth = 48, tickHeight = 6, loopHeight = 4;
+constexpr const char* menuActions[] = {"addmarker",    "timesig-add",   "", "leftlocator",
+                                       "rightlocator", "loopselection", "", "markers",
+                                       "tempo-track",  "timesig"};
 
 } // namespace
 
 RulerBars::RulerBars(CWin* owner, ArrangeState& shared)
-    : CCtrl(owner, "ruler", 0, 0, 1, int(barsHeight)), state(shared) {
-    tabStop = true;
-    hint = "Press to move the position";
+    : CGroup(owner, "bars", 0, 0, 1, 1), state(shared), clock(shared.qv, "ruler-clock", 0),
+      markersShown(shared.qv, "ruler-markers", 1), temposShown(shared.qv, "ruler-tempo", 0),
+      timesigsShown(shared.qv, "ruler-timesig", 0), ruler(new TimeRuler(owner, shared)),
+      bars{{new MarkerBar(owner, shared), &markersShown, "markers"},
+           {new TempoLane(owner, shared), &temposShown, "tempo-track"},
+           {new SignatureLane(owner, shared), &timesigsShown, "timesig"}} {
+    addControl(ruler);
+    for (const Bar& bar : bars) {
+        bar.lane->visible = bar.shown->on();
+        addControl(bar.lane);
+    }
+    ruler->clock = clock.on();
+    ruler->fillMenu = [this](CPopup* popup) { fillMenu(popup); };
+    bindCommands();
 }
 
-RulerBars::Loop RulerBars::loopNow() const {
-    Loop now;
-    if (CSeq* seq = state.seq()) {
-        seq->getLoopSection(now.from, now.to);
-        now.on = seq->getLoop();
+RulerBars::~RulerBars() = default;
+
+void RulerBars::bindCommands() {
+    for (const Bar& bar : bars)
+        state.workspace.commands().bind(
+            bar.action,
+            [this, &bar] {
+                bar.shown->toggle();
+                bar.lane->visible = bar.shown->on();
+                state.rowsChanged();
+            },
+            [this] { return state.seq() != nullptr; }, [&bar] { return bar.shown->on(); });
+}
+
+int RulerBars::wantedHeight() const {
+    int sum = ruler->height;
+    for (const Bar& bar : bars)
+        if (bar.lane->visible) sum += bar.lane->height;
+    return sum;
+}
+
+void RulerBars::resized() {
+    int y = 0;
+    for (CCtrl* bar : each<CCtrl>(controls)) {
+        bar->setBounds(0, y, width, bar->height);
+        if (bar->visible) y += bar->height;
     }
-    return now;
+}
+
+void RulerBars::forgetSong() {
+    for (const Bar& bar : bars) bar.lane->forgetSong();
 }
 
 int RulerBars::playX() const {
@@ -52,10 +88,9 @@ CRect RulerBars::pointerRect(int x) const {
 }
 
 bool RulerBars::refresh() {
-    const Loop now = loopNow();
-    const bool changed = now != loop;
-    loop = now;
-    if (changed) redraw();
+    bool changed = ruler->refresh();
+    for (const Bar& bar : bars)
+        if (bar.lane->visible) changed = bar.lane->refresh() || changed;
     const int before = shownX;
     shownX = playX();
     if (shownX == before) return changed;
@@ -70,99 +105,55 @@ void RulerBars::scrolled(int dx) {
     scrollArea(clientRect(), dx, 0);
 }
 
-void RulerBars::paint(CGraphic* g, CRect) {
-    const CRect asked = intersect(g->asked(), clientRect());
-    drawGuiItem(g, clientRect(), &clMarkers);
-    if (CSeq* seq = state.seq()) {
-        paintBars(g, seq, asked);
-        paintLoop(g);
-        paintSections(g, seq);
-        paintPointer(g);
-    }
-    const CPalette& palette = win->app->gui->palette;
-    for (int y = barHeight; y <= barsHeight; y += barHeight)
-        g->fillLine(palette.frame, asRect(asked.left, y - 1, asked.right, y));
-    if (hasKeyFocus()) g->frameRect(palette.accent, clientRect());
-}
-
-void RulerBars::paintBars(CGraphic* g, CSeq* seq, CRect asked) {
-    const CPalette& palette = win->app->gui->palette;
-    const GridLines lines(seq, state.axis(), asked.left - numberWidth, asked.right);
-    lines.numbers([&](int x, int number) {
-        g->fillLine(palette.dimText, asRect(x, barHeight - tickHeight, x + 1, barHeight));
-        g->drawText(palette.dimText, asStr(number),
-                    asRect(x + gap, 0, x + numberWidth, barHeight - 1), textLeft);
-    });
-}
-
-void RulerBars::paintLoop(CGraphic* g) {
-    if (loop.to <= loop.from) return;
-    const CPalette& palette = win->app->gui->palette;
-    const CRect band =
-        asRect(state.axis().xOf(loop.from), 0, state.axis().xOf(loop.to), loopHeight);
-    if (loop.on)
-        g->fillRect(fadeCol(palette.panel, clLoop.fillCol, 0.7), band);
-    else
-        g->frameRect(palette.dimText, band);
-}
-
-/// The name of a section has the room up to the next one, as sections may be shorter than it.
-void RulerBars::paintSections(CGraphic* g, CSeq* seq) {
-    const CList& markers = seq->getProg()->markers;
-    for (const auto* m : each<CMarkerPart>(markers)) {
-        const int from = state.axis().xOf(m->pos.load()), textFrom = from + 6;
-        if (from >= width) continue;
-        int room = width - textFrom;
-        for (const auto* other : each<CMarkerPart>(markers))
-            if (other->pos > m->pos)
-                room = asMin(room, state.axis().xOf(other->pos.load()) - textFrom);
-        const int wide = asMin(g->textWidth(m->id), room) + 2;
-        const CRect flag = asRect(from, barHeight + 1, textFrom + wide + gap, barsHeight - 1);
-        drawGuiItem(g, flag, &clMarker);
-        g->drawText(clMarker.textCol, m->id,
-                    asRect(textFrom, flag.top, textFrom + wide, flag.bottom), textLeft);
-    }
-}
-
-void RulerBars::paintPointer(CGraphic* g) const {
+void RulerBars::paint(CGraphic* g, CRect rect) {
+    CGroup::paint(g, rect);
+    if (!state.seq()) return;
     const int accent = win->app->gui->palette.accent;
     g->fillLine(accent, asRect(shownX, 0, shownX + 1, height));
     drawArrow(g, accent, asRect(shownX - pointerReach, -1, shownX + pointerReach + 1, 5), dirDown,
               pointerReach);
 }
 
-void RulerBars::jumpTo(int x) {
-    state.qv->setPos(fLimit(state.axis().ticksAt(asMinMax(x, 0, width - 1)), 0.0, maxTicks));
+// The menu.
+
+void RulerBars::addAction(CPopup* popup, const char* name) {
+    const CAction* action = state.workspace.commands().getAction(name);
+    CMenuItem* item =
+        popup->add(action->label, new _COnChange<RulerBars>(this, &RulerBars::actionClicked));
+    item->data = const_cast<char*>(name);
+    item->enabled = action->isReady();
+    item->checked = action->isOn();
 }
 
-void RulerBars::mouseDown(int x, int y, int btn) {
-    CCtrl::mouseDown(x, y, btn);
-    if ((btn & modLeft) && state.seq()) jumpTo(x);
+void RulerBars::fillMenu(CPopup* popup) {
+    const char* const modes[] = {"Bars", "Clock"};
+    for (int i = 0; i < 2; i++) {
+        CMenuItem* item =
+            popup->add(modes[i], new _COnChange<RulerBars>(this, &RulerBars::modeClicked));
+        item->tag = i;
+        item->checked = ruler->clock == (i == 1);
+    }
+    popup->addSeparator();
+    for (const char* name : menuActions)
+        if (*name)
+            addAction(popup, name);
+        else
+            popup->addSeparator();
 }
 
-void RulerBars::mouseMove(int x, int, int btn) {
-    if ((btn & modLeft) && isPushed() && state.seq()) jumpTo(x);
+void RulerBars::actionClicked(CObject* sender) {
+    const auto* name = static_cast<const char*>(static_cast<CMenuItem*>(sender)->data);
+    Commands& commands = state.workspace.commands();
+    commands.run(commands.getAction(name));
 }
 
-bool RulerBars::keyDown(int key, int mods) {
-    if (CCtrl::keyDown(key, mods)) return true;
-    CSeq* seq = state.seq();
-    if (mods || !seq) return false;
-    BarPlace at = barPlace(seq, asInt(seq->getPos()));
-    const bool within = at.ticks > 0, late = within || at.beat > 1;
-    const int beats = (key == keyRight) - (key == keyLeft && !within);
-    const int bars = (key == keyPageDown) - (key == keyPageUp && !late);
-    if (key == keyLeft || key == keyRight)
-        at = {at.bar, at.beat + beats, 0};
-    else if (key == keyPageUp || key == keyPageDown)
-        at = {at.bar + bars, 1, 0};
-    else if (key != keyHome && key != keyEnd)
-        return false;
-    state.qv->setPos(key == keyHome ? 0 : key == keyEnd ? seq->renderDuration() : tickOf(seq, at));
-    return true;
+void RulerBars::modeClicked(CObject* sender) {
+    clock.set(static_cast<CMenuItem*>(sender)->tag);
+    ruler->clock = clock.on();
+    ruler->redraw();
 }
 
 void RulerBars::describe(Description& d, int) const {
-    d.role = Role::canvas;
-    d.name = "Ruler";
+    d.role = Role::group;
+    d.name = "Timeline";
 }

@@ -1,44 +1,50 @@
 #pragma once
 
-#include "gui/CCtrl.h"
+#include "gui/CGroup.h"
+#include "ui/Options.h"
 
 class ArrangeState;
-class CGraphic;
-class CSeq;
+class CPopup;
+class MarkerBar;
+class PointLane;
+class SignatureLane;
+class TempoLane;
+class TimeRuler;
 
-/// The bars over the grid: the ruler with the loop, and the sections of the song. A press takes the
-/// position there; so do Left and Right by a beat, Page Up and Down by a bar, Home and End.
-class RulerBars : public CCtrl {
+/// The bars over the grid: the ruler, and lanes of markers, tempos and signatures, each of which
+/// can be hidden by its action. The play position runs through all of them. Interface thread.
+class RulerBars : public CGroup {
 public:
-    static constexpr int barHeight = 20, barsHeight = 2 * barHeight;
-
     RulerBars(CWin* win, ArrangeState& state);
+    ~RulerBars() override;
 
     void paint(CGraphic* g, CRect rect) override;
-    void mouseDown(int x, int y, int btn) override;
-    void mouseMove(int x, int y, int btn) override;
-    bool keyDown(int key, int mods) override;
+    void resized() override; ///< each bar as wide as this one
     void describe(Description& d, int part) const override;
 
-    /// Follows the play position and the loop; whether that shows.
-    bool refresh();
-    void scrolled(int dx); ///< what was shown has moved by so many pixels
+    int wantedHeight() const; ///< of all bars that show
+    bool refresh();           ///< whether something has changed that shows
+    void scrolled(int dx);    ///< what was shown has moved by so many pixels
+    void forgetSong();
 
 private:
-    struct Loop {
-        int from = 0, to = 0, on = 0;
-        bool operator==(const Loop&) const = default;
+    struct Bar {
+        PointLane* lane;
+        Option* shown;
+        const char* action;
     };
-    Loop loopNow() const;
+
     int playX() const;
     CRect pointerRect(int x) const;
-    void paintBars(CGraphic* g, CSeq* seq, CRect asked);
-    void paintLoop(CGraphic* g);
-    void paintSections(CGraphic* g, CSeq* seq);
-    void paintPointer(CGraphic* g) const;
-    void jumpTo(int x);
+    void bindCommands();
+    void fillMenu(CPopup* popup);
+    void addAction(CPopup* popup, const char* name);
+    void actionClicked(CObject* sender);
+    void modeClicked(CObject* sender);
 
     ArrangeState& state;
-    Loop loop;
-    int shownX = -1;
+    Option clock, markersShown, temposShown, timesigsShown;
+    TimeRuler* ruler;
+    Bar bars[3];
+    int shownX = -1; ///< of the play position
 };

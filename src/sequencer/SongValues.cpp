@@ -172,6 +172,10 @@ StoredValue programOf(CSeq* seq) {
     return {&current, seq};
 }
 
+StoredValue signatureOf(CTimesigPart* point) {
+    return {&pointSignature, point};
+}
+
 StoredValue signatureHereOf(CSeq* seq) {
     CTimesigPart* point = seq->timesigHere();
     return point ? StoredValue{&pointSignature, point} : StoredValue{&signature, seq};

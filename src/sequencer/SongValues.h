@@ -7,6 +7,7 @@ class CSeq;
 class CSeqProg;
 class CSongTrack;
 class CTempoPart;
+class CTimesigPart;
 
 // The values of a song that a user sets through `CQV::values`.
 
@@ -19,6 +20,7 @@ StoredValue programOf(CSeq* seq);       ///< index of the current program
 /// Beats, and the note that is one, in force at the song's position: those of the last signature
 /// there or before, else the song's own.
 StoredValue signatureHereOf(CSeq* seq);
+StoredValue signatureOf(CTimesigPart* point); ///< the same of a point
 /// The grid: what `CSnap::index` takes, and whether it is active, triplet, dotted.
 StoredValue gridOf(CSeq* seq);
 /// The tempo in force at the song's position, in beats per minute: that of the last tempo point

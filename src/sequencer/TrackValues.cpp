@@ -4,6 +4,7 @@
 #include "engine/CQV.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
+#include "sequencer/Points.h"
 
 namespace {
 
@@ -41,6 +42,19 @@ const StoredValue::Kind partColour = {
     [](const CObject* o, int) { return Numbers{double(static_cast<const CPart*>(o)->colour)}; },
     [](CObject* o, int, const Numbers& to) {
         static_cast<CPart*>(o)->colour = asMinMax(asInt(to[0]), -1, mostColour);
+        if (CComp* seq = qv->firstOfType(compSeq))
+            static_cast<CSeq*>(seq)->songNotices.raise(SeqNotice::parts);
+    }};
+
+constexpr int lastHue = 16;
+const StoredValue::Kind markerColour = {
+    "Marker colour",
+    [](const CObject* o, int) {
+        return Numbers{double(static_cast<const CMarkerPart*>(o)->colourIndex)};
+    },
+    [](CObject* o, int, const Numbers& to) {
+        static_cast<CMarkerPart*>(o)->colourIndex =
+            static_cast<unsigned char>(asMinMax(asInt(to[0]), 0, lastHue));
         if (CComp* seq = qv->firstOfType(compSeq))
             static_cast<CSeq*>(seq)->songNotices.raise(SeqNotice::parts);
     }};
@@ -109,6 +123,10 @@ StoredValue sensitivityOf(CTrack* of) {
 
 StoredValue recChannelsOf(CTrack* of) {
     return {&recChannels, of};
+}
+
+StoredValue colourOf(CMarkerPart* of) {
+    return {&markerColour, of};
 }
 
 StoredValue bypassOf(CSubTrack* of) {

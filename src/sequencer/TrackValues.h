@@ -5,6 +5,7 @@
 class CPart;
 class CSeq;
 class CStr;
+class CMarkerPart;
 class CSubTrack;
 class CTrack;
 
@@ -18,6 +19,8 @@ StoredValue armOf(CTrack* track);         ///< 0 or 1: takes are recorded here, 
 StoredValue monitorOf(CTrack* track);     ///< 0 or 1, of use in the manual monitor mode
 StoredValue channelOf(CTrack* track);     ///< 0 to 15, -1 leaves messages on theirs
 StoredValue sensitivityOf(CTrack* track); ///< percent, 0 to 100
+StoredValue
+colourOf(CMarkerPart* marker);            ///< 0 the look's own, else 1 to 16 of the tracks' palette
 StoredValue bypassOf(CSubTrack* lane);    ///< 0 or 1: shown and edited, but not played
 StoredValue recChannelsOf(CTrack* track); ///< 1 or 2
 /// The swing table: on, amount (0 to 1), steps (1 to 128), ticks of a step (at least 1).

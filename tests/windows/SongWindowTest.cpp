@@ -99,7 +99,7 @@ TEST_F(SongWindowTest, EveryTrackCanBeReached) {
     win->move(0, 0, 800, 500);
     settle();
     const auto choose = [&](int y) {
-        mouseTo(song(), 60, RulerBars::barsHeight + y);
+        mouseTo(find<HeadList>("heads"), 60, y);
         act({"click", "1"});
         return selectedRow();
     };

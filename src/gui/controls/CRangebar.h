@@ -33,13 +33,15 @@ public:
     void describe(Description& d, int part) const override;
     bool enterNumber(int part, double to) override;
 
+protected:
+    CRect thumbRect() const;
+
 private:
     enum class Part { before, first, middle, last, behind };
 
     int length() const { return vertical ? height : width; }
     int along(CPoint at) const { return vertical ? at.y : at.x; }
     double perPixel() const { return whole / (length() > 1 ? length() : 1); }
-    CRect thumbRect() const;
     Part partAt(int place) const;
     void change(double newFrom, double newSpan);
     void zoom(double factor, double around);

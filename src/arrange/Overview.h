@@ -1,0 +1,26 @@
+#pragma once
+
+#include "gui/controls/CRangebar.h"
+
+#include <vector>
+
+class ArrangeState;
+
+/// The whole song as a strip, its parts in the colours of their tracks, with what is seen of it in
+/// a frame: that is dragged, and zoomed at its ends. Interface thread.
+class Overview : public CRangebar {
+public:
+    static constexpr int stripHeight = 16;
+
+    Overview(CWin* win, ArrangeState& state);
+    void paint(CGraphic* g, CRect rect) override;
+    void songChanged(); ///< parts are others
+
+private:
+    void sketch();
+
+    ArrangeState& state;
+    std::vector<int> picture; ///< colours, row by row; -1 is the ground
+    int sketchedWidth = 0;    ///< 0: it is to be made anew
+    double sketchedTotal = 0;
+};

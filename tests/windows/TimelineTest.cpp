@@ -1,0 +1,204 @@
+#include "ArrangeFixture.h"
+
+#include "arrange/MarkerBar.h"
+#include "arrange/Overview.h"
+#include "arrange/SignatureLane.h"
+#include "arrange/TempoLane.h"
+#include "arrange/TimeRuler.h"
+#include "sequencer/Points.h"
+
+/// The ruler with its lanes, and the overview, under the mouse and the keys: what is left in the
+/// song.
+class TimelineTest : public ArrangeFixture {
+protected:
+    CSeqProg* prog() { return seq()->getProg(); }
+    template <class T>
+    T* bar(const char* id) {
+        return find<T>(id, find<CGroup>("bars"));
+    }
+    /// With so many ticks in view that the tests have room.
+    void begin() {
+        startWith({trackMIDI});
+        song()->zoom(32);
+        settle();
+    }
+    TimeRuler* ruler() { return bar<TimeRuler>("ruler"); }
+    CMarkerPart* marker(int i) { return static_cast<CMarkerPart*>(prog()->markers.items(i)); }
+    CTempoPart* tempo(int i) { return static_cast<CTempoPart*>(prog()->tempos.items(i)); }
+    void dragOn(CCtrl* ctrl, CPoint from, CPoint to, bool escape = false) {
+        mouseTo(ctrl, from.x, from.y);
+        act({"mousedown", "1"});
+        mouseTo(ctrl, (from.x + to.x) / 2, (from.y + to.y) / 2);
+        mouseTo(ctrl, to.x, to.y);
+        if (escape) key("Escape");
+        act({"mouseup", "1"});
+        EXPECT_TRUE(loaded());
+    }
+    void altClick(CCtrl* ctrl, CPoint at) {
+        mouseTo(ctrl, at.x, at.y);
+        act({"keydown", "alt"});
+        act({"click", "1"});
+        act({"keyup", "alt"});
+        EXPECT_TRUE(loaded());
+    }
+    void doubleClick(CCtrl* ctrl, CPoint at) {
+        mouseTo(ctrl, at.x, at.y);
+        act({"click", "--repeat", "2", "--delay", "50", "1"});
+        EXPECT_TRUE(loaded());
+    }
+    void typeOver(const char* text) {
+        EXPECT_TRUE(pumpUntil([&] { return win->keyCtrl && win->keyCtrl->id == "name"; }));
+        act({"type", "--delay", "2", text});
+        key("Return");
+    }
+};
+
+TEST_F(TimelineTest, TheLoopIsDraggedByItsBand) {
+    begin();
+    prog()->leftLocator = 3840;
+    prog()->rightLocator = 7680;
+    const auto is = [&](int from, int to) {
+        return pumpUntil([&] { return prog()->leftLocator == from && prog()->rightLocator == to; });
+    };
+    const auto at = [&](int tick) { return asPoint(xOf(tick), 3); };
+    settle();
+    dragOn(ruler(), at(7680), at(11520));
+    EXPECT_TRUE(is(3840, 11520));
+    dragOn(ruler(), at(3840), at(1920));
+    EXPECT_TRUE(is(1920, 11520));
+    dragOn(ruler(), at(5760), at(7680));
+    EXPECT_TRUE(is(3840, 13440)) << "as it is";
+    dragOn(ruler(), at(5760), at(0), true);
+    EXPECT_TRUE(is(3840, 13440)) << "Escape";
+    dragOn(ruler(), at(960), at(1920));
+    EXPECT_TRUE(is(960, 1920)) << "another one";
+    // Beyond the other end, they change places.
+    dragOn(ruler(), at(1920), at(0));
+    EXPECT_TRUE(is(0, 960));
+    for (const auto& [from, to] : {std::pair{960, 1920}, {3840, 13440}, {1920, 11520}}) {
+        key("ctrl+z");
+        EXPECT_TRUE(is(from, to)) << from;
+    }
+    const bool on = host->loop;
+    mouseTo(ruler(), xOf(5000), 3);
+    act({"click", "1"});
+    EXPECT_TRUE(pumpUntil([&] { return host->loop != on && prog()->loop != on; }));
+    mouseTo(ruler(), xOf(2000), 14);
+    act({"click", "1"});
+    EXPECT_TRUE(pumpUntil([&] { return std::abs(host->pos - 2000) < 20; }));
+}
+
+TEST_F(TimelineTest, MarkersAreFlags) {
+    begin();
+    auto* flags = bar<MarkerBar>("markers");
+    doubleClick(flags, asPoint(xOf(3850), 10));
+    ASSERT_EQ(prog()->markers.getCount(), 1);
+    EXPECT_EQ(marker(0)->pos, 3840);
+    EXPECT_EQ(marker(0)->length, 3840) << "a bar";
+    altClick(ruler(), asPoint(xOf(15360), 14));
+    ASSERT_EQ(prog()->markers.getCount(), 2);
+    EXPECT_EQ(marker(1)->pos, 15360);
+    const auto flag = [&](int tick) { return asPoint(xOf(tick) + 6, 8); };
+    const auto beside = [&](int tick) { return asPoint(xOf(tick) + 16, 12); }; // no double click
+    dragOn(flags, beside(3840), beside(7680), true);
+    EXPECT_EQ(marker(0)->pos, 3840);
+    dragOn(flags, flag(3840), flag(7680));
+    EXPECT_EQ(marker(0)->pos, 7680);
+    dragOn(flags, asPoint(xOf(11520), 10), asPoint(xOf(13440), 10));
+    EXPECT_EQ(marker(0)->length, 5760);
+    doubleClick(flags, flag(7680));
+    typeOver("Verse");
+    EXPECT_TRUE(pumpUntil([&] { return marker(0)->id == "Verse"; }));
+    // The menu: a colour, the loop around it; the keys.
+    const auto menu = [&](const std::vector<std::string>& keys) {
+        inMenu(keys);
+        mouseTo(flags, flag(7680).x, 8);
+        act({"click", "3"});
+    };
+    menu({"l", "Return"});
+    EXPECT_TRUE(
+        pumpUntil([&] { return prog()->leftLocator == 7680 && prog()->rightLocator == 13440; }));
+    menu({"c", "Right", "g", "Return"});
+    EXPECT_TRUE(pumpUntil([&] { return marker(0)->colourIndex == 2; }));
+    win->setKeyCtrl(flags);
+    for (const char* k : {"Left", "Left", "ctrl+Right"}) key(k);
+    EXPECT_TRUE(pumpUntil([&] { return marker(0)->pos == 7920; })) << marker(0)->pos;
+    key("Delete");
+    EXPECT_TRUE(pumpUntil([&] { return prog()->markers.getCount() == 1; }));
+    for (int i = 0; i < 8; i++) key("ctrl+z");
+    EXPECT_TRUE(
+        pumpUntil([&] { return prog()->markers.getCount() == 1 && marker(0)->id == "Marker 1"; }));
+    EXPECT_EQ(marker(0)->pos, 3840);
+    EXPECT_EQ(marker(0)->length, 3840);
+}
+
+TEST_F(TimelineTest, TemposAndSignaturesHaveLanes) {
+    begin();
+    auto* tempos = bar<TempoLane>("tempos");
+    auto* timesigs = bar<SignatureLane>("timesigs");
+    EXPECT_FALSE(tempos->visible || timesigs->visible);
+    key("h");
+    for (auto* command : {"tempo-track"}) win->commands().run(win->commands().getAction(command));
+    ASSERT_TRUE(pumpUntil([&] { return tempos->visible && timesigs->visible; }));
+    settle();
+    EXPECT_EQ(grid()->top, Overview::stripHeight + TimeRuler::barHeight + MarkerBar::barHeight +
+                               TempoLane::laneHeight + SignatureLane::laneHeight);
+    // 120 stands in the middle of a scale of 50.
+    const int middle = TempoLane::laneHeight / 2;
+    altClick(tempos, asPoint(xOf(3840), middle));
+    ASSERT_EQ(prog()->tempos.getCount(), 1);
+    EXPECT_NEAR(tempo(0)->getTempo(), 120, 1);
+    dragOn(tempos, asPoint(xOf(3840) + 14, middle), asPoint(xOf(7680), middle - 16), true);
+    EXPECT_EQ(tempo(0)->pos, 3840);
+    dragOn(tempos, asPoint(xOf(3840), middle), asPoint(xOf(7680), middle - 16));
+    EXPECT_EQ(tempo(0)->pos, 7680);
+    EXPECT_NEAR(tempo(0)->getTempo(), 120 + 16 * 50.0 / 32, 1.5);
+    win->setKeyCtrl(tempos);
+    for (const char* k : {"Left", "Return"}) key(k);
+    typeOver("93.5");
+    EXPECT_TRUE(pumpUntil([&] { return tempo(0)->getTempo() == 93.5f; }));
+    inMenu({"i", "Return"});
+    key("Menu");
+    EXPECT_TRUE(pumpUntil([&] { return tempo(0)->ramp == 1; }));
+    key("ctrl+z");
+    key("ctrl+z");
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return tempo(0)->pos == 3840 && tempo(0)->ramp == 0; }));
+    EXPECT_NEAR(tempo(0)->getTempo(), 120, 1);
+    // Signatures.
+    doubleClick(timesigs, asPoint(xOf(7680), 10));
+    ASSERT_EQ(prog()->timesigs.getCount(), 1);
+    auto* point = static_cast<CTimesigPart*>(prog()->timesigs.first());
+    EXPECT_EQ(point->pos, 7680);
+    win->setKeyCtrl(timesigs);
+    key("Return");
+    typeOver("7/8");
+    EXPECT_TRUE(pumpUntil([&] { return point->getNum() == 7 && point->getDen() == 8; }));
+    key("Return");
+    typeOver("seven");
+    EXPECT_EQ(point->getNum(), 7);
+    dragOn(timesigs, asPoint(xOf(7680) + 5, 10), asPoint(xOf(3840) + 5, 10));
+    EXPECT_EQ(point->pos, 3840);
+    win->setKeyCtrl(timesigs);
+    key("Delete");
+    EXPECT_TRUE(pumpUntil([&] { return prog()->timesigs.empty(); }));
+}
+
+/// The frame in the overview is what the grid shows.
+TEST_F(TimelineTest, TheOverviewScrollsAndZooms) {
+    begin();
+    addPart(0, 0, 64 * barTicks);
+    auto* strip = find<Overview>("overview");
+    settle();
+    const auto toX = [&](double tick) { return int(tick / strip->total() * strip->width); };
+    const double seen = strip->span();
+    dragOn(strip, asPoint(toX(seen / 2), 8), asPoint(toX(seen / 2 + 20 * barTicks), 8));
+    const auto first = [&] { return song()->tickAt(TrackHead::headWidth + 1); };
+    EXPECT_NEAR(first(), 20 * barTicks, strip->total() / strip->width);
+    EXPECT_NEAR(strip->span(), seen, 1);
+    const double zoom = song()->zoomNow();
+    dragOn(strip, asPoint(toX(20 * barTicks + seen) - 1, 8),
+           asPoint(toX(20 * barTicks + 2 * seen) - 1, 8));
+    EXPECT_NEAR(song()->zoomNow(), zoom / 2, zoom / 20);
+    EXPECT_NEAR(first(), 20 * barTicks, 2 * strip->total() / strip->width);
+}
