@@ -11,6 +11,7 @@
 #include "arrange/RangePainter.h"
 #include "arrange/SongRange.h"
 #include "arrange/gestures/ArrangeGesture.h"
+#include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
@@ -24,6 +25,8 @@
 #include "ui/Options.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -45,6 +48,7 @@ ArrangeGrid::~ArrangeGrid() {
 }
 
 void ArrangeGrid::songChanged() {
+    inView.reset();
     if (gesture && win->app->drag.of(this) && !gesture->stands()) win->app->drag.cancel();
     sketches.clear();
     heard = heardNow();
@@ -54,6 +58,7 @@ void ArrangeGrid::songChanged() {
 void ArrangeGrid::scrolled(int dx, int dy) {
     if (std::abs(dx) >= width || std::abs(dy) >= height) return redraw();
     shownX += dx;
+    inView.reset();
     scrollArea(clientRect(), dx, dy);
 }
 
@@ -238,7 +243,50 @@ bool ArrangeGrid::contextMenu() {
     return onPartsMenu;
 }
 
-void ArrangeGrid::describe(Description& d, int) const {
-    d.role = Role::canvas;
+// What it tells.
+
+void ArrangeGrid::redraw() {
+    inView.reset();
+    CCtrl::redraw();
+}
+
+const std::vector<ShownPart>& ArrangeGrid::shownParts() const {
+    if (!inView) inView = state.seq() ? partsInView(state) : std::vector<ShownPart>();
+    return *inView;
+}
+
+int ArrangeGrid::accessParts() const {
+    return int(shownParts().size());
+}
+
+int ArrangeGrid::focusedPart() const {
+    const auto& parts = shownParts();
+    const auto found = std::find_if(parts.begin(), parts.end(),
+                                    [](const ShownPart& p) { return p.part->selected(); });
+    return found == parts.end() ? wholeCtrl : int(found - parts.begin());
+}
+
+void ArrangeGrid::describe(Description& d, int part) const {
+    d.role = part == wholeCtrl ? Role::canvas : Role::item;
     d.name = "Parts";
+    if (part == wholeCtrl) return;
+    const ShownPart& shown = shownParts()[size_t(part)];
+    d.name = partText(state.seq(), shown.songTrack, shown.part).asChar();
+    d.action = "select";
+    d.bounds = intersect(shown.box, clientRect());
+    d.set(stateSelectable, true);
+    d.set(stateSelected, shown.part->selected());
+}
+
+bool ArrangeGrid::pressPart(int part) {
+    if (part == wholeCtrl || part >= accessParts()) return false;
+    const ShownPart shown = shownParts()[size_t(part)];
+    CSeq* seq = state.seq();
+    seq->unselectParts();
+    shown.part->setSelected(true);
+    seq->unselectTracks();
+    seq->selectTrack(shown.songTrack, true);
+    win->setKeyCtrl(this);
+    redraw();
+    return true;
 }

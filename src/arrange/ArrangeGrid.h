@@ -1,10 +1,12 @@
 #pragma once
 
 #include "arrange/PartSketch.h"
+#include "arrange/ShownParts.h"
 #include "gui/CCtrl.h"
 #include "gui/PanZoom.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class ArrangeGesture;
@@ -29,7 +31,12 @@ public:
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool touch(int x, int y, int btn, const TouchStep& step) override;
     bool contextMenu() override;
+    using CCtrl::redraw;
+    void redraw() override;
     void describe(Description& d, int part) const override;
+    int accessParts() const override; ///< the parts of the song that are in view
+    int focusedPart() const override;
+    bool pressPart(int part) override; ///< selects it alone
 
     /// The song has changed: all is painted anew.
     void songChanged();
@@ -55,12 +62,14 @@ private:
     void paintParts(CGraphic* g, CRect asked);
     void paintPlayLine(CGraphic* g, CRect asked) const;
     int playX() const;
+    const std::vector<ShownPart>& shownParts() const;
     void hover(int x, int y);
 
     ArrangeState& state;
     PanZoom panZoom;
     PartSketches sketches;
-    std::unique_ptr<ArrangeGesture> gesture; ///< the latest; null before the first
-    Heard heard;                             ///< as it is shown
-    int shownX = -1;                         ///< of the play position
+    std::unique_ptr<ArrangeGesture> gesture;              ///< the latest; null before the first
+    Heard heard;                                          ///< as it is shown
+    int shownX = -1;                                      ///< of the play position
+    mutable std::optional<std::vector<ShownPart>> inView; ///< until something else is shown
 };

@@ -67,9 +67,7 @@ ArrangeView::ArrangeView(Workspace& space, SongRange& songRange, int t, int w, i
     songChanged();
 }
 
-ArrangeView::~ArrangeView() {
-    range.onChange = nullptr;
-}
+ArrangeView::~ArrangeView() = default;
 
 void ArrangeView::onMenus(COnChange* headMenu, COnChange* partsMenu) {
     heads->onHeadMenu = headMenu;

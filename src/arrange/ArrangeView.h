@@ -23,6 +23,7 @@ class TrackCommands;
 /// together. Interface thread.
 class ArrangeView : public CGroup, private ArrangeState {
 public:
+    /// `range` is used until the window goes, and not by the destructor.
     ArrangeView(Workspace& workspace, SongRange& range, int top, int width, int height);
     ~ArrangeView() override;
 

@@ -314,6 +314,28 @@ TEST_F(ArrangeTest, RippleTakesLaterPartsAlong) {
     EXPECT_EQ(part(0, 0)->pos, 1920) << "off again";
 }
 
+/// Parts in view are told by name and place, and can be chosen so.
+TEST_F(ArrangeTest, PartsAreTold) {
+    startWith({trackMIDI, trackMIDI});
+    addPart(0, 0, 960);
+    addPart(1, 2 * barTicks, 2 * barTicks);
+    addPart(1, 400 * barTicks, barTicks);
+    row(1)->track->id = part(1, 0)->content()->id = "Bass";
+    settle();
+    ASSERT_EQ(grid()->accessParts(), 2) << "one is out of sight";
+    Description told;
+    grid()->describe(told, 1);
+    EXPECT_EQ(told.role, Role::item);
+    EXPECT_EQ(told.name, "Bass, Bass, bar 3, 2 bars");
+    EXPECT_FALSE(told.has(stateSelected));
+    EXPECT_EQ(told.bounds.left, xOf(2 * barTicks));
+    EXPECT_TRUE(grid()->pressPart(1));
+    grid()->describe(told, 1);
+    EXPECT_TRUE(told.has(stateSelected) && part(1, 0)->selected());
+    EXPECT_EQ(grid()->focusedPart(), 1);
+    EXPECT_EQ(selectedRow(), 1);
+}
+
 /// A song without tracks says how to begin, and does it.
 TEST_F(ArrangeTest, AnEmptySongOffersToBegin) {
     startWith({});

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "base/Geometry.h"
+
+#include <vector>
+
+class ArrangeState;
+class CPart;
+class CSongTrack;
+
+/// A part that can be seen in the grid, whole or in part.
+struct ShownPart {
+    CSongTrack* songTrack;
+    CPart* part;
+    CRect box; ///< in the grid
+};
+
+/// From the upper row to the lower one, and in each from the left to the right.
+std::vector<ShownPart> partsInView(const ArrangeState& state);
