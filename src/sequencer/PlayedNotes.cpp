@@ -108,6 +108,7 @@ private:
         int msg;
         double tick;
         CMIDIEvent* event; ///< in `placed`
+        int64_t at;        ///< song tick
     };
     CSeq* seq;
     CTrack* track;
@@ -137,12 +138,14 @@ private:
         }
         CMIDIEvent* event = createMIDIEvent();
         event->data = e.msg;
-        put(place(e), event);
-        if (noteOn(e.msg)) held.push_back({e.msg, e.tick, event});
+        const int64_t at = place(e);
+        put(at, event);
+        if (noteOn(e.msg)) held.push_back({e.msg, e.tick, event, at});
     }
 
     void endNote(std::vector<Held>::iterator note, double tick) {
         note->event->length = std::max(1, asRound(tick - note->tick));
+        last = std::max(last, note->at + note->event->length - 1);
         held.erase(note);
     }
 };

@@ -1,12 +1,9 @@
 #include "sequencer/PlayedNotes.h"
 #include "TakeFixture.h"
-#include "sequencer/PartEdits.h"
-
-#include <array>
 
 namespace {
 
-const int on = asData(midiNoteOn, 60, 100), off = asData(midiNoteOff, 60, 0);
+const int on = asData(midiNoteOn, 60, 100);
 
 } // namespace
 
@@ -27,67 +24,36 @@ TEST(PlayedNotes, KeepTheLatest) {
     EXPECT_FALSE(notes.anySince(all));
 }
 
-/// The part that is made of what was played: its place, and its notes with their lengths.
+/// The part that is made of what was played: its place, and its notes with their lengths. It is
+/// played from a position on, along with the song or not, and once more after a stop.
 TEST(PlayedNotes, BecomeAPart) {
     struct Case {
-        const char* name;
-        std::function<void(TakeFixture&)> play;
-        int pos, length;
-        std::vector<std::array<int, 3>> notes; ///< tick, key, length
+        int from;
+        bool along, loop;
+        const char *played, *after, *part;
     };
-    const auto along = [](TakeFixture& f) {
-        f.host.start();
-        f.play(300, {{100, on}, {120, off}, {295, asData(midiNoteOn, 62, 90)}});
-    };
-    const Case cases[] = {
-        {"while the song stands: from the position on, the held one until now",
-         [](TakeFixture& f) {
-             f.host.setPos(1000.0);
-             f.play(50, {{10, on}, {14, off}, {40, asData(midiNoteOn, 62, 90)}});
-         },
-         960,
-         960,
-         {{40, 60, 40}, {340, 62, 100}}},
-        {"along with the song", along, 960, 2880, {{40, 60, 200}, {1990, 62, 50}}},
-        {"over the end of a loop",
-         [&along](TakeFixture& f) {
-             f.loop(0, 1920);
-             along(f);
-         },
-         960,
-         2880,
-         {{40, 60, 200}, {1990, 62, 50}}},
-        {"then on, standing",
-         [&along](TakeFixture& f) {
-             along(f);
-             f.host.stop();
-             f.host.setPos(4800.0);
-             f.play(10, {{5, asData(midiNoteOff, 62, 0)}, {6, on}});
-         },
-         960,
-         4800,
-         {{40, 60, 200}, {1990, 62, 100}, {3840, 60, 40}}},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const Case& c :
+         {Case{1000, false, false, "10+60 14-60 40+62", "", "960-3840 40:60+40 340:62+2600"},
+          {0, true, false, "100+60 120-60 295+62", "", "960-2880 40:60+200 1990:62+50"},
+          {0, true, true, "100+60 120-60 295+62", "", "960-2880 40:60+200 1990:62+50"},
+          {0, true, false, "100+60 120-60 295+62", "5-62 6+60",
+           "960-4800 40:60+200 1990:62+100 3840:60+40"}}) {
+        SCOPED_TRACE(c.part);
         TakeFixture f;
         CSongTrack* t = f.ready(trackMIDI);
         EXPECT_FALSE(canKeepPlayed(f.seq));
-        c.play(f);
+        if (c.loop) f.loop(0, 1920);
+        f.host.setPos(c.from);
+        if (c.along) f.host.start();
+        f.play(300, script(c.played));
+        if (*c.after) f.host.stop(), f.host.setPos(4800.0);
+        f.play(*c.after ? 10 : 0, script(c.after));
         f.host.undoClear();
         ASSERT_TRUE(canKeepPlayed(f.seq));
         keepPlayed(f.seq);
         f.host.settle();
         ASSERT_EQ(t->parts.getCount(), 1);
-        CPart* part = f.partOf(t);
-        EXPECT_EQ(part->pos, c.pos);
-        EXPECT_EQ(part->length, c.length);
-        std::vector<std::array<int, 3>> notes;
-        eachEvent(part->events, [&notes](const CBaseEvent* e, int tick) {
-            const auto* note = static_cast<const CMIDIEvent*>(e);
-            notes.push_back({tick, asByte1(note->data), note->length});
-        });
-        EXPECT_EQ(notes, c.notes);
+        EXPECT_EQ(text(f.partOf(t)), c.part);
         EXPECT_EQ(f.host.undoText(), CStr("Keep what I played"));
         f.undo();
         EXPECT_EQ(t->parts.getCount(), 0);

@@ -6,6 +6,38 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <sstream>
+
+/// What is played in which block: "24+60 48-60 50c7", a key goes down or up, a controller comes.
+inline std::multimap<int, int> script(const std::string& text) {
+    std::multimap<int, int> made;
+    std::istringstream in(text);
+    int at = 0, number = 0;
+    for (char what = 0; in >> at >> what >> number;) {
+        const int status = what == '+' ? midiNoteOn : what == '-' ? midiNoteOff : midiController;
+        made.emplace(at, asData(status, number, 100));
+    }
+    return made;
+}
+
+/// "tick:key+length" per note, "tick:c number" for controllers, "tick:sound*velocity" for drums.
+inline std::string text(CPart* part) {
+    std::ostringstream out;
+    out << part->pos << "-" << part->length;
+    int tick = 0;
+    for (CBaseEvent* e = part->getEvents(); e; e = e->next) {
+        const auto* drum = static_cast<CDrumEvent*>(e);
+        const auto* midi = static_cast<CMIDIEvent*>(e);
+        out << " " << (tick += e->delta) << ":";
+        if (part->type == partDrum)
+            out << drum->sound << "*" << std::lround(drum->velocity * 127);
+        else if (noteOn(midi->data))
+            out << asByte1(midi->data) << "+" << midi->length;
+        else
+            out << "c" << asByte1(midi->data);
+    }
+    return out.str();
+}
 
 /// A song that records; at 120 beats a minute and 48000 Hz a block lasts ten ticks to the frame.
 struct TakeFixture : SongFixture {

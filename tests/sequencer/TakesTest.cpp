@@ -2,7 +2,6 @@
 #include "SongFileFixture.h"
 #include "TakeFixture.h"
 
-#include <array>
 #include <sstream>
 
 namespace {
@@ -149,39 +148,16 @@ TEST(Takes, AreHeardOneInTheOther) {
 /// whole one, and all is one step.
 TEST(Takes, ComeFromLoops) {
     struct Way {
-        int from, left, right, blocks;
-        int pos, length;
-        std::vector<std::array<int, 4>> takes; ///< at, ticks, first and last block
-        const char* comp;
+        int from, left, right, blocks, pos, length;
+        const char *takes, *comp; ///< of each take "tick+ticks=first block-block behind"
     };
-    const Way ways[] = {
-        {0,
-         0,
-         960,
-         250,
-         0,
-         960,
-         {{0, 960, 0, 96}, {0, 960, 96, 192}, {0, 580, 192, 250}},
-         "1:0-960 "},
-        {960,
-         480,
-         1920,
-         250,
-         480,
-         1440,
-         {{0, 960, 0, 96}, {-480, 1440, 96, 240}, {-480, 100, 240, 250}},
-         "1:-480-960 "},
-        {0,
-         480,
-         960,
-         210,
-         0,
-         960,
-         {{0, 960, 0, 96}, {480, 480, 96, 144}, {480, 480, 144, 192}, {480, 180, 192, 210}},
-         "0:0-480 2:480-960 "},
-        {0, 0, 960, 97, 0, 960, {{0, 960, 0, 96}}, "0:0-960 "},
-    };
-    for (const Way& way : ways) {
+    for (const Way& way :
+         {Way{0, 0, 960, 250, 0, 960, "0+960=0-96 0+960=96-192 0+580=192-250 ", "1:0-960 "},
+          {960, 480, 1920, 250, 480, 1440, "0+960=0-96 -480+1440=96-240 -480+100=240-250 ",
+           "1:-480-960 "},
+          {0, 480, 960, 210, 0, 960, "0+960=0-96 480+480=96-144 480+480=144-192 480+180=192-210 ",
+           "0:0-480 2:480-960 "},
+          {0, 0, 960, 97, 0, 960, "0+960=0-96 ", "0:0-960 "}}) {
         SCOPED_TRACE(way.comp);
         TakeFixture f;
         f.readsDisk = true;
@@ -199,11 +175,13 @@ TEST(Takes, ComeFromLoops) {
         EXPECT_EQ(part->pos, way.pos);
         EXPECT_EQ(part->length, way.length);
         EXPECT_EQ(show(*takes), way.comp);
-        std::vector<std::array<int, 4>> found;
-        for (const Takes::Take& k : takes->takes)
-            found.push_back({k.at, k.ticks, (k.start - 20) / f.block, (k.end + 1) / f.block});
-        EXPECT_EQ(found, way.takes);
-        for (const Takes::Take& k : takes->takes) EXPECT_EQ(k.start % f.block, 20);
+        std::ostringstream found;
+        for (const Takes::Take& k : takes->takes) {
+            found << k.at << '+' << k.ticks << '=' << (k.start - 20) / f.block << '-'
+                  << (k.end + 1) / f.block << ' ';
+            EXPECT_EQ(k.start % f.block, 20);
+        }
+        EXPECT_EQ(found.str(), way.takes);
         f.expectOneStep(before);
         EXPECT_EQ(takesOf(f.partOf(t)), takes);
     }
