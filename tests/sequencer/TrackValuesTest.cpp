@@ -27,6 +27,8 @@ const Case cases[] = {
     {"Recorded channels", recChannelsOf, {0}, {1}},
     {"Swing", swingOf, {1, 0.5, 4, 480}, {1, 0.5, 4, 480}},
     {"Swing", [](CTrack* t) { return swingStepOf(t, 1); }, {-3}, {-1}},
+    {"Punch", [](CTrack* t) { return punchOf(t->seq); }, {1}, {1}},
+    {"Pre-roll", [](CTrack* t) { return preRollOf(t->seq); }, {99}, {16}},
 };
 
 } // namespace
@@ -53,22 +55,6 @@ TEST(TrackValues, AreStepsAndComeBackFromTheFile) {
         EXPECT_EQ(c.of(static_cast<CTrack*>(song.seq->tracks.getFirst())).get(), c.kept);
         EXPECT_EQ(song.write(), edited);
     }
-}
-
-TEST(TrackValues, OfTakesComeBackFromTheFile) {
-    SongFileFixture song;
-    const std::string usual = song.write();
-    song.host.undoClear();
-    song.host.values->set(punchOf(song.seq), 1.0);
-    song.host.values->set(preRollOf(song.seq), 99.0);
-    EXPECT_EQ(song.host.undoList.getCount(), 2);
-    const std::string bytes = song.write();
-    song.undo();
-    song.undo();
-    EXPECT_EQ(song.write(), usual);
-    song.read(bytes);
-    EXPECT_EQ(punchOf(song.seq).get()[0], 1.0);
-    EXPECT_EQ(preRollOf(song.seq).get()[0], CSeq::mostPreRoll);
 }
 
 /// The height of a row is in the file only where it is not the usual one.
