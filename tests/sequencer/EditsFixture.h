@@ -159,6 +159,18 @@ struct EditCase {
     CSongTrack* Edits::*on = &Edits::midi; ///< whose parts are told
 };
 
+/// Nothing of it reaches locked tracks.
+inline void checkLocked(const EditCase& c) {
+    Edits e;
+    c.prepare(e);
+    const auto shown = [&e] { return e.show(e.midi) + e.show(e.audio) + e.show(e.drums); };
+    const std::string before = shown();
+    for (auto* t : each<CTrack>(e.seq->tracks)) t->locked = 1;
+    c.run(e.seq);
+    e.host.settle();
+    EXPECT_EQ(shown(), before);
+}
+
 /// It does what it tells, and the way back and forth leads to equal files.
 inline void checkEdit(const EditCase& c) {
     SCOPED_TRACE(c.name);
@@ -180,4 +192,5 @@ inline void checkEdit(const EditCase& c) {
     EXPECT_TRUE(e.bytes() == start) << "undone: " << e.show(e.*c.on);
     e.redo();
     EXPECT_TRUE(e.bytes() == edited) << "redone: " << e.show(e.*c.on);
+    checkLocked(c);
 }

@@ -90,19 +90,6 @@ TEST(Edits, AreStepsOfTheHistory) {
     for (const EditCase& c : cases) checkEdit(c);
 }
 
-/// No edit reaches what stands on a locked track.
-TEST(Edits, LeaveLockedTracks) {
-    for (const EditCase& c : cases) {
-        Edits e;
-        e.midi->track->locked = 1;
-        c.prepare(e);
-        const std::string before = e.show(e.midi);
-        c.run(e.seq);
-        e.host.settle();
-        EXPECT_EQ(e.show(e.midi), before) << c.name;
-    }
-}
-
 /// Whole songs, on many tracks and on one: the step leaves the parts in order, and the way back and
 /// forth leads to equal files.
 TEST(Edits, OfManyPartsLeadBackAndForth) {

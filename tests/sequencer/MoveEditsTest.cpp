@@ -87,17 +87,6 @@ TEST(MoveEdits, AreStepsOfTheHistory) {
     for (const EditCase& c : cases) checkEdit(c);
 }
 
-TEST(MoveEdits, LeaveLockedTracks) {
-    for (const EditCase& c : cases) {
-        Edits e;
-        c.prepare(e);
-        for (auto* t : each<CTrack>(e.seq->tracks)) t->locked = 1;
-        const std::string before = e.bytes();
-        c.run(e.seq);
-        EXPECT_TRUE(e.host.undoList.empty() && e.bytes() == before) << c.name;
-    }
-}
-
 /// What has no effect leaves no step, and the selection is what was edited.
 TEST(MoveEdits, SelectWhatTheyMade) {
     Edits e;

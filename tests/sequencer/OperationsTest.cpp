@@ -83,6 +83,9 @@ struct Anything : Edits {
         prog()->getSelectedParts(&parts);
         return static_cast<CPart*>(parts.items(pick(std::max(1, parts.getCount()))));
     }
+    void onPart(const std::function<void(CPart*)>& act) {
+        if (CPart* p = anyPart()) act(p);
+    }
     TimeRange anyRange() {
         const int from = pick(30) * 480 + pick(2) * 7;
         return {from, from + 480 * (1 + pick(8)), {anyTrack(), anyTrack()}, pick(2) == 0};
@@ -148,26 +151,20 @@ const Act acts[] = {
         insertPart(e.seq, e.anyTrack(), {e.pick(9999), 480}, e.anyRipple(), made);
     },
     [](Anything& e) {
-        if (CPart* p = e.anyPart()) dragEvents(e.seq, p, e.anyLane(), e.anyDelta());
+        e.onPart([&](CPart* p) { dragEvents(e.seq, p, e.anyLane(), e.anyDelta()); });
     },
     [](Anything& e) {
-        if (CPart* p = e.anyPart()) copyEvents(e.seq, p, e.anyLane(), e.anyDelta());
+        e.onPart([&](CPart* p) { copyEvents(e.seq, p, e.anyLane(), e.anyDelta()); });
     },
-    [](Anything& e) {
-        if (CPart* p = e.anyPart()) resizeEvents(e.seq, p, e.ticks());
-    },
-    [](Anything& e) {
-        if (CPart* p = e.anyPart()) resizeEventStart(e.seq, p, e.ticks());
-    },
-    [](Anything& e) {
-        if (CPart* p = e.anyPart()) deleteEvents(e.seq, p);
-    },
+    [](Anything& e) { e.onPart([&](CPart* p) { resizeEvents(e.seq, p, e.ticks()); }); },
+    [](Anything& e) { e.onPart([&](CPart* p) { resizeEventStart(e.seq, p, e.ticks()); }); },
+    [](Anything& e) { e.onPart([&](CPart* p) { deleteEvents(e.seq, p); }); },
     [](Anything& e) {
         CPart* p = e.anyPart();
         if (p) insertPoint(e.seq, p, 0, e.pick(4000), createEnvEvent(nullptr, e.value()));
     },
     [](Anything& e) {
-        if (CPart* p = e.anyPart()) curveEvents(e.seq, p, 0, e.value(), e.pick(2) == 0);
+        e.onPart([&](CPart* p) { curveEvents(e.seq, p, 0, e.value(), e.pick(2) == 0); });
     },
     [](Anything& e) {
         const ValueLine line{e.pick(4000), e.pick(9000), e.value(), e.value()};
@@ -177,9 +174,7 @@ const Act acts[] = {
     [](Anything& e) { setClips(e.seq, ClipSetting(e.pick(7)), e.value() * 20.0f); },
     [](Anything& e) { reverseClips(e.seq); },
     [](Anything& e) { slipParts(e.seq, e.ticks()); },
-    [](Anything& e) {
-        if (CPart* p = e.anyPart()) loopPart(e.seq, p, e.pick(4));
-    },
+    [](Anything& e) { e.onPart([&](CPart* p) { loopPart(e.seq, p, e.pick(4)); }); },
     [](Anything& e) { processAudio(e.seq, processBeatslice); },
     [](Anything& e) { processAudio(e.seq, processAutoslice); },
     [](Anything& e) { glueParts(e.seq); },

@@ -326,43 +326,25 @@ TEST(Process, EditFramesOutside) {
 
 /// What the menus offer follows from the selection.
 TEST(Process, MenusFollowTheSelection) {
-    struct Menu {
-        CPartSummary selection;
+    const std::pair<CPartSummary, std::vector<int>> menus[] = {
+        {{.selected = 1, .audio = 1, .monoEvents = 1}, {0, 7, 5, 6, 3, 4, 100, 101}},
+        {{.selected = 1, .audio = 1, .stereoEvents = 1}, {0, 9, 7, 5, 6, 3, 4, 100, 101}},
+        {{.selected = 1, .audio = 1, .monoEvents = 1, .selEnd = 9},
+         {0, 1, 8, 2, -1, 9, 7, 5, 6, 100, 101}},
+        {{.selected = 2, .audio = 2, .monoEvents = 1}, {0, 7, 5, 6, 3, 4, 102}},
+        {{.selected = 2, .audio = 2, .multiclip = 1}, {10}},
+        {{.selected = 1, .midi = 1}, {}},
+    };
+    for (const auto& [selection, expected] : menus) {
         std::vector<int> modes;
-    };
-    const auto summary = [](int audio, int multiclip, int mono, int stereo, int range) {
-        CPartSummary s;
-        s.parts = s.selected = s.audio = audio;
-        s.multiclip = multiclip;
-        s.monoEvents = mono;
-        s.stereoEvents = stereo;
-        s.selEnd = range;
-        return s;
-    };
-    const Menu menus[] = {
-        {summary(1, 0, 1, 0, 0), {0, 7, 5, 6, 3, 4, 100, 101}},
-        {summary(1, 0, 0, 1, 0), {0, 9, 7, 5, 6, 3, 4, 100, 101}},
-        {summary(1, 0, 1, 0, 9), {0, 1, 8, 2, -1, 9, 7, 5, 6, 100, 101}},
-        {summary(2, 0, 1, 1, 0), {0, 7, 5, 6, 3, 4, 102}},
-        {summary(2, 1, 1, 1, 0), {10}},
-        {summary(0, 0, 0, 0, 0), {}},
-    };
-    for (const Menu& menu : menus) {
-        std::vector<int> modes;
-        for (const ProcessEntry& entry : audioProcessMenu(menu.selection, true)) {
+        for (const ProcessEntry& entry : audioProcessMenu(selection, true))
             modes.push_back(entry.mode);
-            const bool process = entry.mode >= 0 && entry.mode < entryOpenWith;
-            EXPECT_TRUE(!process || CAudioProcessor::getText(entry.mode) == entry.text);
-        }
-        EXPECT_EQ(modes, menu.modes);
+        EXPECT_EQ(modes, expected);
     }
-    CPartSummary notes, hits;
-    notes.midi = notes.drum = hits.drum = 1;
-    EXPECT_EQ(midiProcessMenu(notes).size(), 9u);
-    EXPECT_TRUE(drumProcessMenu(notes).empty() && midiProcessMenu(hits).empty());
-    EXPECT_EQ(drumProcessMenu(hits).size(), 4u);
-    notes.audio = 1;
-    EXPECT_TRUE(midiProcessMenu(notes).empty());
+    EXPECT_EQ(midiProcessMenu({.midi = 1, .drum = 1}).size(), 9u);
+    EXPECT_TRUE(midiProcessMenu({.audio = 1, .midi = 1}).empty());
+    EXPECT_TRUE(drumProcessMenu({.midi = 1, .drum = 1}).empty());
+    EXPECT_EQ(drumProcessMenu({.drum = 1}).size(), 4u);
 }
 
 /// The sections that were played, one behind the other, with what lies in them.

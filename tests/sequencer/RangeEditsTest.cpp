@@ -86,18 +86,6 @@ TEST(RangeEdits, AreStepsOfTheHistory) {
     for (const EditCase& c : cases) checkEdit(c);
 }
 
-TEST(RangeEdits, LeaveLockedTracks) {
-    for (const EditCase& c : cases) {
-        Edits e;
-        c.prepare(e);
-        for (auto* t : each<CTrack>(e.seq->tracks)) t->locked = 1;
-        const std::string before = e.show(e.midi) + e.show(e.audio);
-        c.run(e.seq);
-        e.host.settle();
-        EXPECT_EQ(e.show(e.midi) + e.show(e.audio), before) << c.name;
-    }
-}
-
 /// What can't be done for all of it changes nothing, and what was in the range is selected.
 TEST(RangeEdits, AreDoneWholeOrNotAtAll) {
     Edits e;
