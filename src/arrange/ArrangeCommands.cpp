@@ -47,5 +47,12 @@ void ArrangeView::bindCommands() {
     commands.bind(
         "delete", [this] { deleteSelected(); }, [this] { return canDelete(); });
     commands.bind(
+        "objectbar",
+        [this] {
+            objectsShown.toggle();
+            layout();
+        },
+        withSong, [this] { return objectsShown.on(); });
+    commands.bind(
         "autoscroll", [this] { follows = !follows; }, withSong, [this] { return follows; });
 }

@@ -5,8 +5,10 @@
 #include "arrange/EmptySong.h"
 #include "arrange/HeadCorner.h"
 #include "arrange/HeadList.h"
+#include "arrange/ObjectBar.h"
 #include "arrange/Overview.h"
 #include "arrange/RulerBars.h"
+#include "arrange/SnapBar.h"
 #include "arrange/SongRange.h"
 #include "arrange/TrackCommands.h"
 #include "arrange/TrackHead.h"
@@ -38,14 +40,15 @@ constexpr int spareBelow = 44; ///< pixels under the last row
 
 ArrangeView::ArrangeView(Workspace& space, SongRange& songRange, int t, int w, int h)
     : CGroup(space.mainWindow(), "song", 0, t, w, h), ArrangeState(space, songRange),
-      corner(new HeadCorner(win, *this)), heads(new HeadList(win, *this)),
-      overview(new Overview(win, *this)), ruler(new RulerBars(win, *this)),
-      grid(new ArrangeGrid(win, *this)), empty(new EmptySong(win, space)),
-      across(new CRangebar(win, "across", 0, 0, 1, barWidth)),
+      objectsShown(space.host(), "object-bar", 1), snapBar(new SnapBar(win, *this)),
+      objectBar(new ObjectBar(win, *this)), corner(new HeadCorner(win, *this)),
+      heads(new HeadList(win, *this)), overview(new Overview(win, *this)),
+      ruler(new RulerBars(win, *this)), grid(new ArrangeGrid(win, *this)),
+      empty(new EmptySong(win, space)), across(new CRangebar(win, "across", 0, 0, 1, barWidth)),
       down(new CRangebar(win, "down", 0, 0, barWidth, 1)) {
     setAlign(alignWidth | alignHeight, 0, 0);
-    for (CCtrl* part :
-         std::initializer_list<CCtrl*>{corner, heads, overview, ruler, grid, empty, across, down})
+    for (CCtrl* part : std::initializer_list<CCtrl*>{snapBar, objectBar, corner, heads, overview,
+                                                     ruler, grid, empty, across, down})
         addControl(part);
     down->vertical = true;
     across->hint = "Drag to scroll, drag an end to zoom";
@@ -120,6 +123,8 @@ void ArrangeView::partsChanged() {
 bool ArrangeView::refresh() {
     followPlay();
     bool changed = ruler->refresh();
+    changed = snapBar->refresh() || changed;
+    changed = objectBar->refresh() || changed;
     changed = grid->refresh() || changed;
     return heads->refresh() || changed;
 }
@@ -127,7 +132,7 @@ bool ArrangeView::refresh() {
 // Layout.
 
 int ArrangeView::gridTop() const {
-    return overview->height + ruler->wantedHeight();
+    return snapBar->height + overview->height + ruler->wantedHeight();
 }
 
 int ArrangeView::gridWidth() const {
@@ -151,11 +156,16 @@ int64_t ArrangeView::songWidth() const {
 
 void ArrangeView::layout() {
     const int w = gridWidth(), h = gridHeight();
-    corner->setBounds(0, 0, headWidth, gridTop());
+    const int barHeight = snapBar->height;
+    objectBar->visible = objectsShown.on();
+    snapBar->setBounds(0, 0, objectBar->visible ? int(SnapBar::barWidth) : width, barHeight);
+    objectBar->setBounds(SnapBar::barWidth, 0, asMax(1, width - SnapBar::barWidth), barHeight);
+    objectBar->resized();
+    corner->setBounds(0, barHeight, headWidth, gridTop() - barHeight);
     corner->resized();
     heads->setBounds(0, gridTop(), headWidth, h + barWidth);
-    overview->setBounds(gridLeft, 0, w, overview->height);
-    ruler->setBounds(gridLeft, overview->height, w + barWidth, ruler->wantedHeight());
+    overview->setBounds(gridLeft, barHeight, w, overview->height);
+    ruler->setBounds(gridLeft, barHeight + overview->height, w + barWidth, ruler->wantedHeight());
     ruler->resized();
     grid->setBounds(gridLeft, gridTop(), w, h);
     empty->setBounds(gridLeft, gridTop(), w, h);

@@ -3,6 +3,7 @@
 #include "arrange/ArrangeState.h"
 #include "gui/CGroup.h"
 #include "ui/NoticeRouter.h"
+#include "ui/Options.h"
 
 #include <memory>
 #include <vector>
@@ -14,8 +15,10 @@ class CSongTrack;
 class EmptySong;
 class HeadCorner;
 class HeadList;
+class ObjectBar;
 class Overview;
 class RulerBars;
+class SnapBar;
 class TrackCommands;
 
 /// The arrangement: heads of tracks at the left, their parts at the right, the ruler above and the
@@ -74,6 +77,9 @@ private:
     void deleteSelected();
     bool canDelete() const;
 
+    Option objectsShown;
+    SnapBar* snapBar;
+    ObjectBar* objectBar;
     HeadCorner* corner;
     HeadList* heads;
     Overview* overview;

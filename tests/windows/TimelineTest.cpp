@@ -3,8 +3,11 @@
 #include "arrange/MarkerBar.h"
 #include "arrange/Overview.h"
 #include "arrange/SignatureLane.h"
+#include "arrange/SnapBar.h"
 #include "arrange/TempoLane.h"
 #include "arrange/TimeRuler.h"
+#include "engine/CSnap.h"
+#include "sequencer/Events.h"
 #include "sequencer/Points.h"
 
 /// The ruler with its lanes, and the overview, under the mouse and the keys: what is left in the
@@ -141,8 +144,9 @@ TEST_F(TimelineTest, TemposAndSignaturesHaveLanes) {
     for (auto* command : {"tempo-track"}) win->commands().run(win->commands().getAction(command));
     ASSERT_TRUE(pumpUntil([&] { return tempos->visible && timesigs->visible; }));
     settle();
-    EXPECT_EQ(grid()->top, Overview::stripHeight + TimeRuler::barHeight + MarkerBar::barHeight +
-                               TempoLane::laneHeight + SignatureLane::laneHeight);
+    EXPECT_EQ(grid()->top, SnapBar::barHeight + Overview::stripHeight + TimeRuler::barHeight +
+                               MarkerBar::barHeight + TempoLane::laneHeight +
+                               SignatureLane::laneHeight);
     // 120 stands in the middle of a scale of 50.
     const int middle = TempoLane::laneHeight / 2;
     altClick(tempos, asPoint(xOf(3840), middle));
@@ -201,4 +205,74 @@ TEST_F(TimelineTest, TheOverviewScrollsAndZooms) {
            asPoint(toX(20 * barTicks + 2 * seen) - 1, 8));
     EXPECT_NEAR(song()->zoomNow(), zoom / 2, zoom / 20);
     EXPECT_NEAR(first(), 20 * barTicks, 2 * strip->total() / strip->width);
+}
+
+TEST_F(TimelineTest, TheSnapBarSetsTheGrid) {
+    begin();
+    auto* bar = find<CGroup>("snapbar");
+    const auto grid = [&] {
+        const CSnap& s = *seq()->snap;
+        return asStr(s.asIndex()) + (s.active ? "a" : "") + (s.triplet ? "t" : "") +
+               (s.dotted ? "d" : "");
+    };
+    const auto click = [&](CCtrl* button) {
+        mouseTo(button, 5, 5);
+        act({"click", "1"});
+    };
+    const CStr before = grid();
+    const struct {
+        const char *hint, *after;
+    } cases[] = {{"Snap to grid on/off", "3"},
+                 {"Triplet on/off", "3t"},
+                 {"Dotted on/off", "3td"},
+                 {"Snap to grid on/off", "3atd"}};
+    EXPECT_EQ(before, "3a");
+    for (const auto& c : cases) {
+        for (auto* button : each<CCtrl>(bar->controls))
+            if (button->hint == c.hint) click(button);
+        EXPECT_TRUE(pumpUntil([&] { return grid() == c.after; })) << c.hint;
+    }
+    int index = 0;
+    for (auto* button : each<CCtrl>(bar->controls)) {
+        if (button->id != "resolution") continue;
+        click(button);
+        EXPECT_TRUE(pumpUntil([&] { return seq()->snap->asIndex() == index; })) << index;
+        index++;
+    }
+    EXPECT_EQ(index, 7);
+    for (int i = 0; i < index + 4; i++) key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return grid() == before; }));
+}
+
+TEST_F(TimelineTest, TheObjectBarTellsAndSetsClips) {
+    startWith({trackAudio});
+    win->move(0, 0, 800, 560); // all of the bar is on the screen
+    host->projectFile = at("song.qv").c_str();
+    drop(tone("a.wav"), grid(), 0, yOf(0));
+    ASSERT_TRUE(pumpUntil([&] { return parts(0) == 1; }));
+    CPart* clip = part(0, 0);
+    seq()->unselectParts();
+    auto* bar = find<CGroup>("objectbar");
+    const auto button = [&](const char* id) { return find<CCtrl>(id, bar); };
+    EXPECT_TRUE(pumpUntil([&] { return !button("forward")->visible; }));
+    clip->setSelected(true);
+    ASSERT_TRUE(pumpUntil([&] { return button("forward")->visible; }));
+    const auto now = [&] { return static_cast<CAudioEvent*>(part(0, 0)->getEvents()); };
+    const auto click = [&](const char* id) {
+        mouseTo(button(id), 5, 5);
+        act({"click", "1"});
+        EXPECT_TRUE(loaded());
+    };
+    for (int i = 0; i < 2; i++) { // a second press changes nothing
+        click("reversed");
+        EXPECT_EQ(now()->reverse, 1);
+    }
+    for (const auto& [id, mode] : {std::pair{"repitch", 1}, {"stretch", 2}, {"normal", 0}}) {
+        click(id);
+        EXPECT_EQ(now()->mode, mode) << id;
+    }
+    click("forward");
+    EXPECT_EQ(now()->reverse, 0);
+    key("o");
+    EXPECT_TRUE(pumpUntil([&] { return !bar->visible; }));
 }
