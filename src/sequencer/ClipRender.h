@@ -17,7 +17,9 @@ public:
     ClipRender(CSeq* seq, const CAudioEvent* clip, int songTick, int64_t begin, int rate);
     ~ClipRender();
     ClipRender(ClipRender&&) noexcept;
+    ClipRender(const ClipRender&) = delete;
     ClipRender& operator=(const ClipRender&) = delete;
+    ClipRender& operator=(ClipRender&&) = delete;
 
     /// Adds what is heard in the next `frames` of the render, which begin at frame `from`. To be
     /// called for all of them in order.

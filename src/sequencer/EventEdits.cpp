@@ -336,7 +336,8 @@ void bendPoints(CPart* draft, int slot, float amount, bool absolute) {
 
 void lineEditParts(CSeq* seq, const std::vector<CPart*>& parts, const EventLane& lane,
                    const ValueLine& line) {
-    const auto [first, last] = std::minmax(line.fromTick, line.toTick);
+    const int first = std::min(line.fromTick, line.toTick);
+    const int last = std::max(line.fromTick, line.toTick);
     CUndo* undo = seq->host->undoStart("Edit", seq, eventEffects);
     std::unordered_set<const CPart*> done;
     for (CPart* part : parts) {

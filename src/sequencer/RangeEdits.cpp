@@ -92,7 +92,7 @@ public:
 
     CStr copy(int ticks, int rows, const char* title) {
         collect(false);
-        const CStr why = whyNot(ticks, rows);
+        CStr why = whyNot(ticks, rows);
         if (!why.empty()) return why;
         record(title, [&](CUndo* undo) {
             for (Inside& in : inside) {
@@ -206,7 +206,7 @@ CStr moveRange(CSeq* seq, const TimeRange& range, int deltaTicks, int deltaTrack
     if (!ticks && !deltaTracks) return "";
     RangeEdit edit(seq, range);
     edit.collect(true);
-    const CStr why = edit.whyNot(ticks, deltaTracks);
+    CStr why = edit.whyNot(ticks, deltaTracks);
     if (!why.empty()) return why;
     edit.record("Move", [&](CUndo* undo) {
         for (Inside& in : edit.inside) {
