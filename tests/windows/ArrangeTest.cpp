@@ -294,6 +294,23 @@ TEST_F(ArrangeTest, HandlesSetFadesGainAndCopies) {
     }));
 }
 
+/// A drag comes to the ends of other parts too, unless Control is pressed once it has begun.
+TEST_F(ArrangeTest, DragsComeToTheEndsOfOthers) {
+    startWith({trackMIDI, trackMIDI});
+    addPart(0, 0, 1990); // off the grid
+    addPart(1, 3840, 960);
+    drag(asPoint(290, yOf(1)), asPoint(290 - 124, yOf(1))); // to 1980
+    EXPECT_TRUE(pumpUntil([&] { return part(1, 0)->pos == 1990; })) << part(1, 0)->pos;
+    mouseTo(asPoint(166, yOf(1)));
+    act({"mousedown", "1"});
+    mouseTo(asPoint(200, yOf(1)));
+    act({"keydown", "ctrl"});
+    mouseTo(asPoint(166 + 41, yOf(1)));
+    act({"mouseup", "1"});
+    act({"keyup", "ctrl"});
+    EXPECT_TRUE(pumpUntil([&] { return part(1, 0)->pos == 1990 + 615; })) << part(1, 0)->pos;
+}
+
 /// With a ripple what is later goes along, and only on the tracks that it is for.
 TEST_F(ArrangeTest, RippleTakesLaterPartsAlong) {
     startWith({trackMIDI, trackMIDI});

@@ -10,11 +10,10 @@
 #include "sequencer/Bars.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/MoveEdits.h"
-#include "ui/DragSnap.h"
 #include "ui/Workspace.h"
 
 MoveGesture::MoveGesture(ArrangeGrid& over, ArrangeState& shared, CPart* pressed)
-    : ArrangeGesture(over, shared), anchor(pressed), anchorTick(pressed->pos) {
+    : ArrangeGesture(over, shared), anchor(pressed), anchorTick(pressed->pos), guide(shared) {
     const MoveRange range = moveRange(shared.seq());
     CSeqMouseEdit& edit = shared.edit;
     edit.minDelta = range.minTicks;
@@ -38,7 +37,7 @@ bool MoveGesture::stands() const {
 void MoveGesture::dragMove(const DragPoint& point) {
     CSeqMouseEdit& edit = state.edit;
     const int dragged = asRound(state.axis().ticksIn(point.at.x - point.anchor.x));
-    const int delta = asMinMax(snappedDelta(dragGrid(state, point.btn), anchorTick, dragged),
+    const int delta = asMinMax(guide.delta(state, dragGrid(state, point.btn), anchorTick, dragged),
                                edit.minDelta, edit.maxDelta);
     const int tracks = tracksMoved(point);
     edit.current = point.at;
@@ -88,6 +87,7 @@ void MoveGesture::paintRipple(CGraphic* g, CRect asked) const {
 }
 
 void MoveGesture::paintOverlay(CGraphic* g, CRect asked) const {
+    guide.paint(g, state, asked);
     const CSeqMouseEdit& edit = state.edit;
     if (edit.mode == editMove && state.ripple != Ripple::off) paintRipple(g, asked);
     const auto& tracks = state.seq()->getProg()->tracks;

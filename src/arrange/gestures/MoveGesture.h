@@ -1,6 +1,7 @@
 #pragma once
 
 #include "arrange/gestures/ArrangeGesture.h"
+#include "arrange/gestures/SnapGuide.h"
 
 class CPart;
 
@@ -24,5 +25,6 @@ private:
 
     CPart* const anchor;
     const int anchorTick;
+    SnapGuide guide;
     bool moved = false; ///< the pointer has been elsewhere
 };

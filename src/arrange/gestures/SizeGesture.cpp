@@ -5,11 +5,11 @@
 #include "base/Numbers.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/MoveEdits.h"
-#include "ui/DragSnap.h"
 #include "ui/Workspace.h"
 
 SizeGesture::SizeGesture(ArrangeGrid& over, ArrangeState& shared, CPart* pressed, bool atStart)
-    : ArrangeGesture(over, shared), anchor(pressed), anchorTick(pressed->pos), start(atStart) {
+    : ArrangeGesture(over, shared), anchor(pressed), anchorTick(pressed->pos), start(atStart),
+      guide(shared) {
     if (!start) anchorTick += shared.seq()->getTicks(anchor);
     const ResizeRange range = resizeRange(shared.seq(), start);
     shared.edit.minDelta = range.least;
@@ -23,7 +23,7 @@ bool SizeGesture::stands() const {
 void SizeGesture::dragMove(const DragPoint& point) {
     CSeqMouseEdit& edit = state.edit;
     const int dragged = asRound(state.axis().ticksIn(point.at.x - point.anchor.x));
-    const int delta = asMinMax(snappedDelta(dragGrid(state, point.btn), anchorTick, dragged),
+    const int delta = asMinMax(guide.delta(state, dragGrid(state, point.btn), anchorTick, dragged),
                                edit.minDelta, edit.maxDelta);
     edit.current = point.at;
     if (delta == edit.deltaPos) return;
@@ -44,6 +44,7 @@ void SizeGesture::apply(const DragPoint&) {
 }
 
 void SizeGesture::paintOverlay(CGraphic* g, CRect asked) const {
+    guide.paint(g, state, asked);
     const int delta = state.edit.deltaPos;
     eachSelectedPart(state, [&](const ArrangeRow& row, CPart* part) {
         outlinePart(g, state, row, part, start ? delta : 0, start ? -delta : delta, asked);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "arrange/gestures/ArrangeGesture.h"
+#include "arrange/gestures/SnapGuide.h"
 
 class CPart;
 
@@ -20,4 +21,5 @@ private:
     CPart* const anchor;
     int anchorTick; ///< of the edge
     const bool start;
+    SnapGuide guide;
 };
