@@ -46,6 +46,12 @@ COutputChannel* soundOf(CQV* qv, CTrack* track) {
     return nullptr;
 }
 
+/// A colour for a sign: on light grounds those of tracks are too faint.
+int legible(int colour, int ground) {
+    constexpr double least = 3.0, share = 0.35;
+    return contrast(colour, ground) < least ? fadeCol(colour, textOn(ground), share) : colour;
+}
+
 /// Of a fader, whose square is the gain.
 double faderOfDb(double db) {
     return std::pow(10.0, db / 40.0);
@@ -206,7 +212,7 @@ void TrackHead::paintName(CGraphic* g, int ground) const {
     CRect box = nameBox();
     list.signs.draw(g, HeadSigns::ofKind(track->track->kind),
                     asRect(box.left - signWidth, box.top, box.left - gap, box.bottom),
-                    shown.heard ? shown.colour : colours.dimText, ground);
+                    shown.heard ? legible(shown.colour, ground) : colours.dimText, ground);
     if (field && field->visible) return;
     const TextScope bold(g, {.bold = true});
     for (const auto& [on, sign] :

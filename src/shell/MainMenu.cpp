@@ -210,7 +210,7 @@ void MainMenu::fillTrack(CPopup* popup) {
     addGroups(popup, {{"mute", "solo", "armtrack", "locktrack"},
                       {"muteall", "soloall"},
                       {"rename", "trackcolour", "foldtrack"},
-                      {"trackup", "trackdown", "duplicatetrack", "deletetrack"},
+                      {"trackup", "trackdown", "deletetrack"},
                       {"freeze", "bounce"}});
     fillBounce(popup->addSub("Bounce range"));
 }

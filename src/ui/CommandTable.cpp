@@ -85,7 +85,6 @@ constexpr Row rows[] = {
     {"trackcolour", "Track colour...", groupArrange},
     {"trackup", "Move track up", groupArrange},
     {"trackdown", "Move track down", groupArrange},
-    {"duplicatetrack", "Duplicate track", groupArrange},
     {"deletetrack", "Delete track", groupArrange},
     {"muteall", "(Un)mute all tracks", groupArrange},
     {"soloall", "(Un)solo all tracks", groupArrange},
