@@ -17,6 +17,7 @@
 #include "sequencer/Quantize.h"
 #include "sequencer/Remix.h"
 #include "sequencer/SongValues.h"
+#include "sequencer/Takes.h"
 #include "sequencer/TrackInstrument.h"
 #include "ui/Commands.h"
 #include "ui/Song.h"
@@ -40,7 +41,7 @@ bool more(CSeq* seq, int count, bool together, F fits) {
     int found = 0;
     for (const auto* songTrack : each<CSongTrack>(seq->getProg()->tracks)) {
         if (!together) found = 0;
-        for (const auto* part : each<CPart>(songTrack->parts))
+        for (auto* part : each<CPart>(songTrack->parts))
             if (part->selected() && fits(part) && ++found > count) return true;
     }
     return false;
@@ -48,6 +49,10 @@ bool more(CSeq* seq, int count, bool together, F fits) {
 
 bool anyGhost(CSeq* seq) {
     return more(seq, 0, true, [](const CPart* part) { return part->ghostOf.load() != nullptr; });
+}
+
+bool anyTakes(CSeq* seq) {
+    return more(seq, 0, true, [](CPart* part) { return takesOf(part) != nullptr; });
 }
 
 bool severalOnTrack(CSeq* seq) {
@@ -138,6 +143,13 @@ void SongCommands::bindAll() {
             row.name, [this, run = row.run] { (this->*run)(); },
             [this, fits = row.ready] { return prog() && (!fits || fits(seq())); });
     workspace.commands().bind(
+        "punch", [this] { flip(punchOf(seq())); }, [this] { return prog() && !recording(); },
+        [this] { return prog() && punchOf(seq()).get()[0] != 0.0; });
+    workspace.commands().bind(
+        "takesinloops", [this] { seq()->loopTakes = !seq()->loopTakes; },
+        [this] { return prog() && !recording(); },
+        [this] { return prog() && seq()->loopTakes != 0; });
+    workspace.commands().bind(
         "remix",
         [this] {
             const CStr failure = ::remix(seq(), prog());
@@ -172,6 +184,7 @@ void SongCommands::bindParts() {
         {"copy", copyParts, anySelected},
         {"paste", pasteParts, anyCopy},
         {"selectAll", selectEverything, anyPart},
+        {"unusedtakes", deleteUnusedTakes, anyTakes},
         {"keepplayed", keepPlayed, canKeepPlayed},
     };
     for (const auto& row : rows)
@@ -294,6 +307,10 @@ void SongCommands::loopSelection() {
     qv->values->begin("Loop selection");
     if (locateSelection()) qv->values->set(loopOf(prog()), {1.0, 1.0});
     qv->values->end();
+}
+
+void SongCommands::flip(const StoredValue& value) {
+    qv->values->set(value, value.get()[0] != 0.0 ? 0.0 : 1.0);
 }
 
 /// A switch of the selected tracks: all on, unless all are.

@@ -53,6 +53,7 @@ private:
     void addTrack(int kind);
     void toggle(StoredValue (*valueOf)(CSongTrack*));
     bool recording() const;
+    void flip(const StoredValue& value);
     void editRange(CStr (*edit)(CSeq*, const TimeRange&));
     bool locateSelection();
     void stepProg(int by);

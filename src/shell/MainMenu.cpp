@@ -193,14 +193,18 @@ void MainMenu::fillSong(CPopup* popup) {
                {"playselection", "loopselection"},
                {"addmarker", "deletemarker", "priormarker", "nextmarker", "timesig-add"},
                {"insertbars", "removebars"},
-               {"keepplayed", "remix"},
+               {"punch", "takesinloops", "keepplayed"},
+               {"remix"},
                {"priorprog", "nextprog"}});
+    popup->addSeparator();
+    window->rooms->process.fillPreRoll(popup->addSub("Bars before a take"));
 }
 
 void MainMenu::fillPart(CPopup* popup) {
     addGroups(popup, {{"quantize", "splitatcursor", "glue", "crossfade"}, {"mutepart", "unghost"}});
     popup->addSeparator();
     window->rooms->process.fill(popup);
+    addAction(popup, "unusedtakes");
     addGroups(popup, {{"rangetool", "rippletrack", "rippleall"}, {"snap", "snapPrior", "snapNext"}});
 }
 
