@@ -27,7 +27,8 @@ struct CMIDIEvent : CBaseEvent {
 /// A clip of audio.
 struct CAudioEvent : CBaseEvent {
     CSample* sample; ///< in the host's pool, not owned; may be null
-    float gain, pan;
+    float gain; ///< a factor
+    float pan;  ///< kept; voices do not hear it
     unsigned char mode;    ///< 0 own pitch and speed, 1 resampled to the tempo, 2 stretched to it
     unsigned char reverse; ///< 1 plays the range backward
     int start, end;        ///< frames in the sample, first and last, inclusive
