@@ -26,6 +26,7 @@ namespace {
 
 constexpr int leastForHeader = 26; ///< of a part's height
 constexpr int textGap = 4, contentGap = 2;
+constexpr int leastName = 8; ///< pixels of a name
 constexpr double bodyShare = 0.26, headerShare = 0.85, markShare = 0.25, mutedShare = 0.35;
 constexpr double darkerMark = 0.35; ///< of marks and outlines on a light ground
 constexpr int fewestRows = 12;      ///< that the notes of a part are spread over
@@ -94,6 +95,14 @@ PartPainter::Colours PartPainter::coloursOf(const ArrangeRow& row, const CPart* 
     return {shown(own, bodyShare), shown(own, headerShare), shown(strong, 1.0), shown(strong, 0.7)};
 }
 
+/// The names of parts to the left end where this one begins to cover them.
+void PartPainter::coverNames(CRect box) {
+    for (auto n = told.rbegin(); n != told.rend() && n->box.top == box.top; ++n) {
+        if (n->box.right <= box.left) break;
+        n->box.right = asMax(n->box.left, box.left);
+    }
+}
+
 void PartPainter::part(const ArrangeRow& row, CPart* part, bool heard) {
     CRect box = partBox(state, row, part);
     box.right = asMax(box.right, box.left + 2);
@@ -111,10 +120,11 @@ void PartPainter::part(const ArrangeRow& row, CPart* part, bool heard) {
         fades(part, room, palette.text);
         handles(part, box);
     }
+    coverNames(box);
     const int left = asMax(box.left, 0) + textGap;
     const CRect nameBox = asRect(left, box.top, asMin(box.right - textGap, state.gridWidth()),
                                  high ? header.bottom : box.bottom);
-    if (nameBox.width() < 8) return;
+    if (nameBox.width() < leastName) return;
     const CStr id = part->getId() + (part->ghostOf.load() ? " (ghost)" : "");
     told.push_back({nameBox, high ? hexColor(nameColour) : palette.text, part->content()->id,
                     part->muted() ? CStr("muted") : id});
@@ -238,6 +248,7 @@ void PartPainter::wave(const CAudioEvent* clip, CRect room, double fromX, double
 void PartPainter::names() {
     DrawBatch batch(graphic);
     for (const Name& n : told) {
+        if (n.box.width() < leastName) continue;
         batch.text(n.colour, n.name, n.box, textLeft);
         CRect rest = n.box;
         rest.left += graphic->textWidth(n.name) + 2 * textGap;

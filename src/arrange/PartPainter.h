@@ -40,6 +40,7 @@ private:
 
     Colours coloursOf(const ArrangeRow& row, const CPart* part, bool heard) const;
     double deviceX(double ticks) const;
+    void coverNames(CRect box);
     void frame(const CPart* part, CRect box, CRect header, const Colours& c);
     void notes(CPart* part, CRect room, int colour);
     void hits(CPart* part, CRect room, int colour);
