@@ -40,8 +40,6 @@ CStr gridHint(const ArrangeState& state, const ArrangeRow* row, const PartHit& h
         return "Drag: fade in";
     case PartHandle::fadeOut:
         return "Drag: fade out";
-    case PartHandle::gain:
-        return "Drag up and down: gain";
     case PartHandle::loop:
         return "Drag: linked copies behind the part   Further down: where the part ends";
     case PartHandle::none:

@@ -9,13 +9,13 @@ class CPart;
 struct CAudioEvent;
 
 /// What can be taken hold of on a selected part, where it is large enough.
-enum class PartHandle { none, fadeIn, fadeOut, gain, loop };
+enum class PartHandle { none, fadeIn, fadeOut, loop };
 
 /// The only clip of an audio part; null of others.
 const CAudioEvent* clipOf(CPart* part);
 /// The handle at a point of the view, of a part in its box.
 PartHandle handleAt(CPart* part, CRect box, CPoint at);
-/// The handles of a part that are drawn: squares, for fades at the upper corners, for gain between.
+/// The handles of a part that are drawn: squares at the upper corners, for fades.
 struct DrawnHandle {
     PartHandle handle;
     CRect box;

@@ -35,7 +35,6 @@ double speedLimit(double speed) {
 void setFades(AudioVoice& v) {
     v.fadeInLen = v.fadeOutLen = 0;
     v.fadeOutPos = -1;
-    v.gain = v.event ? v.event->gain : 1.0f;
     if (!v.event) return;
     v.fadeInMs = v.event->fadeInMs;
     v.fadeOutMs = v.event->fadeOutMs;
@@ -61,8 +60,7 @@ bool plays(const AudioVoice& v, const VoiceStart& s) {
         v.mode == playRepitch && !v.reverse && v.fadeOutLen == 0 && s.end > v.pos;
     return v.tick == s.tick && v.mode == s.mode && v.reverse == s.reverse && v.ticks == s.ticks &&
            v.start == asMinMax(s.start, 0, std::max(last, 0)) && (sameEnd || endMayMove) &&
-           v.fadeInMs == s.event->fadeInMs && v.fadeOutMs == s.event->fadeOutMs &&
-           v.gain == s.event->gain;
+           v.fadeInMs == s.event->fadeInMs && v.fadeOutMs == s.event->fadeOutMs;
 }
 
 /// Source frame that is reached `frames` further on.
@@ -223,7 +221,7 @@ void AudioVoices::renderVoice(AudioVoice& v, int frames, int offset) {
     }
 }
 
-/// Plays up to `left` frames at one gain of the fades; returns how many it were.
+/// Plays up to `left` frames at one gain; returns how many it were.
 int AudioVoices::playSlice(AudioVoice& v, int left, int at) {
     int slice = left;
     refresh(v);
@@ -234,7 +232,7 @@ int AudioVoices::playSlice(AudioVoice& v, int left, int at) {
     fillScratch(v, slice);
     crossScratch(v, slice);
     v.pos = sourceAt(v, slice);
-    addScratch(v, slice, at, gain * gain * v.gain);
+    addScratch(v, slice, at, gain * gain);
     v.fadeInPos += slice;
     if (v.fadeInPos >= v.fadeInLen) v.fadeInLen = 0;
     if (v.fadeOutPos >= 0) v.fadeOutPos += slice;

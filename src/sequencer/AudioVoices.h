@@ -66,7 +66,6 @@ struct AudioVoice {
     int fadeInLen = 0, fadeInPos = 0, fadeOutLen = 0; ///< frames
     int fadeOutPos = -1;                              ///< -1 until it begins
     float fadeInMs = 0.0f, fadeOutMs = 0.0f;          ///< of the event at the start
-    float gain = 1.0f;                                ///< the same
     int joining = 0;     ///< frames until it has taken the place of another voice
     int leaving = 0;     ///< frames until another one has taken its place; 0 while it stays
     bool orphan = false; ///< during a rebuild: no event has claimed it yet

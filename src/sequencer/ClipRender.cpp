@@ -113,7 +113,7 @@ float ClipRender::gain(int frame, double left) const {
     double g = 1.0;
     if (in > 0.0) g *= std::min((double(played) + frame) / in, 1.0);
     if (out > 0.0) g *= std::min(left / out, 1.0);
-    return float(g * g) * clip->gain;
+    return float(g * g);
 }
 
 int ClipRender::runOut(float* left, float* right, int frames) {

@@ -27,8 +27,7 @@ struct CMIDIEvent : CBaseEvent {
 /// A clip of audio.
 struct CAudioEvent : CBaseEvent {
     CSample* sample; ///< in the host's pool, not owned; may be null
-    float gain; ///< a factor
-    float pan;  ///< kept; voices do not hear it
+    float gain, pan;
     unsigned char mode;    ///< 0 own pitch and speed, 1 resampled to the tempo, 2 stretched to it
     unsigned char reverse; ///< 1 plays the range backward
     int start, end;        ///< frames in the sample, first and last, inclusive

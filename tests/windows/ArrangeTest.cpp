@@ -7,7 +7,6 @@
 #include "ui/DragSnap.h"
 #include "ui/TimeAxis.h"
 
-#include <cmath>
 
 /// Work on parts by mouse and keys: what is left in the song.
 class ArrangeTest : public ArrangeFixture {};
@@ -263,7 +262,7 @@ TEST_F(ArrangeTest, RangesAreCutByTime) {
 }
 
 /// Handles of an audio part, which are there once it is selected.
-TEST_F(ArrangeTest, HandlesSetFadesGainAndCopies) {
+TEST_F(ArrangeTest, HandlesSetFadesAndCopies) {
     startWith({trackAudio});
     host->projectFile = at("song.qv").c_str();
     drop(tone("a.wav"), grid(), xOf(1920), yOf(0));
@@ -281,19 +280,13 @@ TEST_F(ArrangeTest, HandlesSetFadesGainAndCopies) {
     drag(asPoint(right - 4, top + 4), asPoint(right - 4 - 64, top + 4));
     EXPECT_TRUE(pumpUntil([&] { return clip()->fadeOutMs > 0; }));
     EXPECT_NEAR(clip()->fadeOutMs, 500, 4);
-    const float gain = clip()->gain;
-    drag(asPoint((left + right) / 2, top + 4), asPoint((left + right) / 2, top + 28));
-    EXPECT_TRUE(pumpUntil([&] { return clip()->gain != gain; }));
-    EXPECT_NEAR(clip()->gain, gain * std::pow(10.0f, -6.0f / 20), 0.01);
     drag(asPoint(right - 2, top + 15), asPoint(right - 2 + 250, top + 15));
     ASSERT_TRUE(pumpUntil([&] { return parts(0) == 3; }));
     EXPECT_TRUE(part(0, 2)->ghostOf.load());
     EXPECT_EQ(part(0, 2)->pos, 5760);
-    for (int i = 0; i < 4; i++) key("ctrl+z");
-    EXPECT_TRUE(pumpUntil([&] {
-        return parts(0) == 1 && clip()->fadeInMs == 0 && clip()->fadeOutMs == 0 &&
-               clip()->gain == gain;
-    }));
+    for (int i = 0; i < 3; i++) key("ctrl+z");
+    EXPECT_TRUE(pumpUntil(
+        [&] { return parts(0) == 1 && clip()->fadeInMs == 0 && clip()->fadeOutMs == 0; }));
 }
 
 /// A drag comes to the ends of other parts too, unless Control is pressed once it has begun.

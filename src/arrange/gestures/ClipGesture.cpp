@@ -9,17 +9,10 @@
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
 
-#include <cmath>
-
 namespace {
 
-constexpr double decibelsPerPixel = 0.25, leastGain = 0.001, mostGain = 4.0;
-
 double valueOf(const CAudioEvent* clip, PartHandle handle) {
-    const float value = handle == PartHandle::fadeIn    ? clip->fadeInMs
-                        : handle == PartHandle::fadeOut ? clip->fadeOutMs
-                                                        : clip->gain;
-    return static_cast<double>(value);
+    return static_cast<double>(handle == PartHandle::fadeIn ? clip->fadeInMs : clip->fadeOutMs);
 }
 
 } // namespace
@@ -39,35 +32,24 @@ double ClipGesture::perPixel() const {
 }
 
 void ClipGesture::dragMove(const DragPoint& point) {
-    const int dx = point.at.x - point.anchor.x, dy = point.at.y - point.anchor.y;
-    CStr text;
-    if (handle == PartHandle::gain) {
-        const double gain = std::max(before, leastGain);
-        value = dy == 0 ? before
-                        : std::min(gain * std::pow(10.0, -dy * decibelsPerPixel / 20), mostGain);
-        const double decibels = 20 * std::log10(std::max(value, leastGain));
-        text = CStr("Gain ") + asStrFormat(decibels, "%.1f") + " dB";
-    } else {
-        const double by = (handle == PartHandle::fadeIn ? dx : -dx) * perPixel();
-        value = fLimit(before + by, 0.0, partMilliseconds(state, anchor));
-        text = CStr(handle == PartHandle::fadeIn ? "Fade in " : "Fade out ") +
-               asStr(asRound(value)) + " ms";
-    }
+    const bool in = handle == PartHandle::fadeIn;
+    const int dragged = point.at.x - point.anchor.x;
+    value = fLimit(before + (in ? dragged : -dragged) * perPixel(), 0.0,
+                   partMilliseconds(state, anchor));
     state.edit.current = point.at;
-    state.workspace.setStatus(text);
+    state.workspace.setStatus(CStr(in ? "Fade in " : "Fade out ") + asStr(asRound(value)) + " ms");
     state.gridChanged();
 }
 
 void ClipGesture::apply(const DragPoint&) {
     if (value == before) return;
-    const ClipSetting setting = handle == PartHandle::fadeIn    ? ClipSetting::fadeIn
-                                : handle == PartHandle::fadeOut ? ClipSetting::fadeOut
-                                                                : ClipSetting::gain;
-    changeClips(state.seq(), setting, float(value - before));
+    changeClips(state.seq(),
+                handle == PartHandle::fadeIn ? ClipSetting::fadeIn : ClipSetting::fadeOut,
+                float(value - before));
 }
 
 void ClipGesture::paintOverlay(CGraphic* g, CRect asked) const {
-    if (handle == PartHandle::gain || intersect(box, asked).empty()) return;
+    if (intersect(box, asked).empty()) return;
     const double wide = value / perPixel();
     const bool in = handle == PartHandle::fadeIn;
     CPath line;

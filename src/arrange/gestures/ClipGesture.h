@@ -3,7 +3,7 @@
 #include "arrange/PartHandles.h"
 #include "arrange/gestures/ArrangeGesture.h"
 
-/// Drags a fade or the gain of the clips of the selected parts by a handle of one of them.
+/// Drags a fade of the clips of the selected parts by a handle of one of them.
 class ClipGesture : public ArrangeGesture {
 public:
     ClipGesture(ArrangeGrid& over, ArrangeState& shared, CPart* pressed, CRect partBox,
@@ -23,5 +23,5 @@ private:
     CPart* const anchor;
     const CRect box;
     const PartHandle handle;
-    double before = 0, value = 0; ///< milliseconds, or a factor
+    double before = 0, value = 0; ///< milliseconds
 };
