@@ -6,6 +6,7 @@
 #include "effects/RackFiles.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
+#include "engine/ParamUnit.h"
 
 #include <algorithm>
 
@@ -176,7 +177,13 @@ CStr CEffect::paramName(int index) {
 
 CStr CEffect::paramText(int index) {
     if (index == paramPower) return enabled ? "On" : "Off";
-    return index == paramWet ? asStr(asRound(double(wet) * 100.0)) + "%" : CStr();
+    return index == paramWet ? percentUnit.text(wet) : CStr();
+}
+
+const ParamUnit* CEffect::paramUnit(int index) {
+    static const ParamUnit power{[](float share) { return CStr(share > 0.0f ? "On" : "Off"); },
+                                 switchUnit.share};
+    return index == paramPower ? &power : nullptr;
 }
 
 float CEffect::param(int index) {

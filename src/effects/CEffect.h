@@ -35,6 +35,7 @@ public:
     void setParam(int index, ToStore<float> value) override;
     CStr paramName(int index) override;
     CStr paramText(int index) override;
+    const ParamUnit* paramUnit(int index) override;
     float param(int index) override;
     /// Keeps the current program current, or takes that which has just arrived.
     void perform(CUndoItem* item, int op) override;

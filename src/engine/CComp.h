@@ -26,6 +26,7 @@ class CUndoItem;
 class CWin;
 class UndoPlan;
 struct CRect;
+struct ParamUnit;
 struct StoredValue;
 
 /// Where a component hangs; it also selects the pass of the traversal.
@@ -135,6 +136,7 @@ public:
     virtual void listParam(int, std::vector<StoredValue>&) {}
     virtual CStr paramName(int) { return "noname"; }
     virtual CStr paramText(int) { return ""; }
+    virtual const ParamUnit* paramUnit(int) { return nullptr; } ///< null: percent
     virtual float param(int) { return 0.0f; }
     virtual void doUpdate(int) {}
     static constexpr int updateSong = 32; ///< code of `doUpdate`: a step has changed the song

@@ -6,6 +6,7 @@
 #include "engine/CSend.h"
 
 struct CMIDIBytes;
+struct ParamUnit;
 class CEQ;
 class CQV;
 
@@ -94,6 +95,7 @@ public:
     void setParam(int index, ToStore<float> value);
     static CStr paramName(int index);
     CStr paramText(int index) const;
+    static const ParamUnit* paramUnit(int index); ///< null for a number without a parameter
 
     /// Trim, equaliser and inserts in place, before fader and pan. `events` are those of the
     /// component.

@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CIO.h"
+#include "engine/ParamUnit.h"
 
 CSend::CSend(CComp* owner, COutputChannel* from) : comp(owner), channel(from) {
     type = typeSend;
@@ -16,5 +17,5 @@ float CSend::param(int index) const {
 }
 
 CStr CSend::paramText(int index) const {
-    return index == 0 ? asStr(asRound(double(level) * 100)) + "%" : CStr("");
+    return index == 0 ? percentUnit.text(level) : CStr();
 }

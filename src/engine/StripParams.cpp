@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "common/fx/CEQ.h"
 #include "engine/COutputChannel.h"
+#include "engine/ParamUnit.h"
 
 #include <cmath>
 #include <iterator>
@@ -17,7 +18,7 @@ enum Param : int {
     paramSolo = 19,
     paramCount = 19
 };
-constexpr float threshold = 0.5f; ///< of a switch
+constexpr float threshold = ParamUnit::threshold;
 constexpr double panSteps = 64;
 
 /// What 0 and 1 stand for.
@@ -31,19 +32,39 @@ constexpr Range gainRange{CEQ::minGain, CEQ::maxGain};
 constexpr Range frequencyRange{CEQ::minFrequency, CEQ::maxFrequency};
 constexpr Range qRange{CEQ::minQ, CEQ::maxQ};
 
-CStr onOff(bool on) {
-    return on ? "on" : "off";
+float toVol(double db) {
+    return float(std::pow(10.0, db / 40)); // the fader is squared
 }
 
-CStr panText(float pan) {
-    if (pan == 0.0f) return "<C>";
-    return CStr(pan < 0.0f ? "L" : "R") + asStr(asInt(std::fabs(double(pan)) * panSteps));
+CStr panText(float share) {
+    const float at = panRange.value(share);
+    if (at == 0.0f) return "<C>";
+    return CStr(at < 0.0f ? "L" : "R") + asStr(asInt(std::fabs(double(at)) * panSteps));
 }
 
 CStr volText(float vol) {
     if (!(vol > 0.0f)) return "-inf";
     return asStrFormat(20 * std::log10(double(vol) * double(vol)), "%0.2f dB");
 }
+
+template <const Range& range>
+CStr dbText(float share) {
+    return asStrFormat(range.value(share), "%0.1f dB");
+}
+
+template <const Range& range>
+float shareIn(double number) {
+    return range.share(float(number));
+}
+
+constexpr ParamUnit volumeUnit{volText, toVol};
+constexpr ParamUnit panUnit{panText,
+                            [](double steps) { return panRange.share(float(steps / panSteps)); }};
+constexpr ParamUnit gainUnit{dbText<gainRange>, shareIn<gainRange>};
+constexpr ParamUnit qUnit{dbText<qRange>, shareIn<qRange>};
+constexpr ParamUnit frequencyUnit{
+    [](float share) { return asStr(asRound(double(frequencyRange.value(share)))) + " Hz"; },
+    shareIn<frequencyRange>};
 
 using Strip = COutputChannel;
 
@@ -52,36 +73,30 @@ struct Row {
     const char* name;
     float (*get)(const Strip* ch, int band);
     void (*set)(Strip* ch, int band, float share);
-    CStr (*text)(const Strip* ch, int band);
+    const ParamUnit& unit;
 };
 
 const Row volume = {"Volume", [](const Strip* ch, int) { return float(ch->vol); },
-                    [](Strip* ch, int, float v) { ch->vol = fLimit(v, 0.0f, 1.0f); },
-                    [](const Strip* ch, int) { return volText(ch->vol); }};
+                    [](Strip* ch, int, float v) { ch->vol = fLimit(v, 0.0f, 1.0f); }, volumeUnit};
 const Row pan = {"Pan", [](const Strip* ch, int) { return panRange.share(ch->pan); },
                  [](Strip* ch, int, float v) {
                      ch->pan = fLimit(panRange.value(v), panRange.low, panRange.high);
                  },
-                 [](const Strip* ch, int) { return panText(ch->pan); }};
+                 panUnit};
 const Row mute = {"Mute", [](const Strip* ch, int) { return ch->mute ? 1.0f : 0.0f; },
-                  [](Strip* ch, int, float v) { ch->mute = v >= threshold; },
-                  [](const Strip* ch, int) { return onOff(ch->mute); }};
+                  [](Strip* ch, int, float v) { ch->mute = v >= threshold; }, switchUnit};
 const Row solo = {"Solo", [](const Strip* ch, int) { return ch->solo ? 1.0f : 0.0f; },
-                  [](Strip* ch, int, float v) { ch->solo = v >= threshold; },
-                  [](const Strip* ch, int) { return onOff(ch->solo); }};
+                  [](Strip* ch, int, float v) { ch->solo = v >= threshold; }, switchUnit};
 const Row bands[] = {
     {"power", [](const Strip* ch, int k) { return ch->eq[k]->active == 1 ? 1.0f : 0.0f; },
-     [](Strip* ch, int k, float v) { ch->setEqPower(k, v >= threshold); },
-     [](const Strip* ch, int k) { return onOff(ch->eq[k]->active == 1); }},
+     [](Strip* ch, int k, float v) { ch->setEqPower(k, v >= threshold); }, switchUnit},
     {"gain", [](const Strip* ch, int k) { return gainRange.share(ch->eq[k]->gain); },
-     [](Strip* ch, int k, float v) { ch->setEqGain(k, gainRange.value(v)); },
-     [](const Strip* ch, int k) { return asStrFormat(float(ch->eq[k]->gain), "%0.1f dB"); }},
+     [](Strip* ch, int k, float v) { ch->setEqGain(k, gainRange.value(v)); }, gainUnit},
     {"freq", [](const Strip* ch, int k) { return frequencyRange.share(ch->eq[k]->frequency); },
      [](Strip* ch, int k, float v) { ch->setEqFrequency(k, frequencyRange.value(v)); },
-     [](const Strip* ch, int k) { return asStr(asRound(double(ch->eq[k]->frequency))) + " Hz"; }},
+     frequencyUnit},
     {"Q", [](const Strip* ch, int k) { return qRange.share(ch->eq[k]->q); },
-     [](Strip* ch, int k, float v) { ch->setEqQ(k, qRange.value(v)); },
-     [](const Strip* ch, int k) { return asStrFormat(float(ch->eq[k]->q), "%0.1f dB"); }},
+     [](Strip* ch, int k, float v) { ch->setEqQ(k, qRange.value(v)); }, qUnit},
 };
 constexpr int paramsPerBand = int(std::size(bands));
 
@@ -130,7 +145,12 @@ CStr COutputChannel::paramName(int index) {
     return band < 0 ? CStr(row->name) : CStr("EQ") + asStr(band + 1) + " " + row->name;
 }
 
+const ParamUnit* COutputChannel::paramUnit(int index) {
+    const Row* row = placeOf(index).row;
+    return row ? &row->unit : nullptr;
+}
+
 CStr COutputChannel::paramText(int index) const {
-    const auto [row, band] = placeOf(index);
-    return row ? row->text(this, band) : CStr();
+    const ParamUnit* unit = paramUnit(index);
+    return unit ? unit->text(param(index)) : CStr();
 }

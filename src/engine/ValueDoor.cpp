@@ -26,6 +26,7 @@ void ValueDoor::change(const StoredValue& value, F&& write) {
     qv->countChange();
     if (value.kind->param) {
         const int param = value.kind->param(value.index);
+        latest = {value.object, param};
         qv->paramMoved(value.object, param, paramShare(value.object, param)); // may make a step
     }
     for (const Moved& m : moved)
@@ -88,4 +89,5 @@ void ValueDoor::idle(int now) {
 void ValueDoor::forget(const CObject* object) {
     std::erase_if(entries, [object](const Moved& m) { return m.value.object == object; });
     if (running && running->object == object) running.reset();
+    if (latest.object == object) latest = {};
 }

@@ -39,6 +39,13 @@ public:
     void nudge(const StoredValue& value, const Numbers& to);
     void nudge(const StoredValue& value, double to) { nudge(value, Numbers{to}); }
 
+    /// The parameter that was set last, for as long as what it belongs to lives.
+    struct Touched {
+        CObject* object = nullptr; ///< CComp, COutputChannel or CSend; null: none yet
+        int param = 0;
+    };
+    const Touched& touched() const { return latest; }
+
     /// Whether something has been moved that is not in the history yet.
     bool moved() const;
     /// Brings that into the history. A gesture may go on.
@@ -61,5 +68,6 @@ private:
     CStr name;
     std::vector<Moved> entries;         ///< since the last step
     std::optional<StoredValue> running; ///< of the nudges
-    int lastNudge = 0;                  ///< asTimeInMS
+    Touched latest;
+    int lastNudge = 0; ///< asTimeInMS
 };

@@ -8,6 +8,7 @@
 #include "common/fx/CDelay.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
+#include "engine/ParamUnit.h"
 #include "instruments/COSCSound.h"
 #include "instruments/CWavSound.h"
 #include "instruments/FactoryPrograms.h"
@@ -114,8 +115,14 @@ CStr CSampler::paramName(int index) {
 }
 
 CStr CSampler::paramText(int index) {
-    if (index < 0 || index >= controllers) return "";
-    return asStrFormat(param(index), "%0.2f");
+    const ParamUnit* unit = paramUnit(index);
+    return unit ? unit->text(param(index)) : CStr();
+}
+
+const ParamUnit* CSampler::paramUnit(int index) {
+    static constexpr ParamUnit controller{[](float share) { return asStrFormat(share, "%0.2f"); },
+                                          [](double number) { return float(number); }};
+    return index >= 0 && index < controllers ? &controller : nullptr;
 }
 
 float CSampler::param(int index) {

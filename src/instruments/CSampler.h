@@ -46,6 +46,7 @@ public:
     void listParam(int index, std::vector<StoredValue>& parts) override;
     CStr paramName(int index) override;
     CStr paramText(int index) override;
+    const ParamUnit* paramUnit(int index) override;
     float param(int index) override;
     void perform(CUndoItem* item, int op) override;
     /// Voices of the program before go on.
