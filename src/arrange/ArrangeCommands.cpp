@@ -6,12 +6,6 @@
 #include "ui/Commands.h"
 #include "ui/Workspace.h"
 
-namespace {
-
-constexpr double zoomStep = 1.25;
-
-} // namespace
-
 /// The range that is chosen, else points of automation, if any are selected, else parts.
 void ArrangeView::deleteSelected() {
     if (range.get()) return tell(deleteRange(seq(), *range.get(), ripple));
@@ -29,14 +23,9 @@ bool ArrangeView::canDelete() const {
 }
 
 void ArrangeView::bindCommands() {
+    bindZoom();
     Commands& commands = workspace.commands();
     const auto withSong = [this] { return seq() != nullptr; };
-    commands.bind(
-        "zoomin", [this] { zoom(edit.axis.zoom() * zoomStep); }, withSong);
-    commands.bind(
-        "zoomout", [this] { zoom(edit.axis.zoom() / zoomStep); }, withSong);
-    commands.bind(
-        "zoomselection", [this] { zoomToSelection(); }, withSong);
     const auto bindRipple = [&](const char* name, Ripple kind) {
         commands.bind(
             name, [this, kind] { ripple = ripple == kind ? Ripple::off : kind; }, withSong,
@@ -53,6 +42,4 @@ void ArrangeView::bindCommands() {
             layout();
         },
         withSong, [this] { return objectsShown.on(); });
-    commands.bind(
-        "autoscroll", [this] { follows = !follows; }, withSong, [this] { return follows; });
 }

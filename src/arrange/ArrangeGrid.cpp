@@ -214,12 +214,12 @@ bool ArrangeGrid::keyDown(int key, int mods) {
 }
 
 bool ArrangeGrid::mouseWheel(int x, int y, int btn, int dy, int dx) {
-    if ((btn & modControl) && !(btn & modShift)) {
-        const bool in = (dy < 0) != state.workspace.options().invertZoom.on();
+    if (!(btn & modControl) || (btn & modAlt)) return panZoom.wheel(x, y, btn, dy, dx);
+    const bool in = ((dy ? dy : dx) < 0) != state.workspace.options().invertZoom.on();
+    if (btn & modShift)
+        state.zoomRowsAt(y, in ? wheelIn : 1 / wheelIn);
+    else
         state.zoomAtPos(x, state.axis().zoom() * (in ? wheelIn : wheelOut));
-        return true;
-    }
-    panZoom.wheel(x, y, btn, dy, dx);
     return true;
 }
 
@@ -235,7 +235,10 @@ CPoint ArrangeGrid::panBy(CPoint pixels) {
 }
 
 void ArrangeGrid::zoomAt(CPoint at, double factor, bool across) {
-    if (!across) state.zoomAtPos(at.x, state.axis().zoom() * factor);
+    if (across)
+        state.zoomRowsAt(at.y, factor);
+    else
+        state.zoomAtPos(at.x, state.axis().zoom() * factor);
 }
 
 bool ArrangeGrid::contextMenu() {

@@ -34,6 +34,9 @@ public:
     virtual void scrollTo(int64_t x, int y) = 0;
     /// Another zoom; the song position under `x` of the grid stays there.
     virtual void zoomAtPos(int x, double zoom) = 0;
+    /// All rows `factor` times as high, within what they can be; what is at a height of the grid
+    /// stays there.
+    virtual void zoomRowsAt(int y, double factor) = 0;
     virtual void rowsChanged() = 0; ///< heights, folds, lanes: all is laid out and painted anew
     virtual void gridChanged() = 0; ///< what the grid shows of the drag or the selection
     /// Tells the user why an edit was not done; nothing for an empty text.

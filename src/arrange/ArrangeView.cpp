@@ -24,7 +24,6 @@
 
 #include <algorithm>
 #include <initializer_list>
-#include <limits>
 
 namespace {
 
@@ -33,14 +32,14 @@ constexpr int headWidth = TrackHead::headWidth;
 constexpr int gridLeft = headWidth + 1;
 constexpr double room = 1.25;  ///< that can be scrolled through, in lengths of the song
 constexpr int leastBars = 64;  ///< of it
-constexpr int fitMargin = 16;  ///< pixels beside what is zoomed or turned to
 constexpr int spareBelow = 44; ///< pixels under the last row
 
 } // namespace
 
 ArrangeView::ArrangeView(Workspace& space, SongRange& songRange, int t, int w, int h)
     : CGroup(space.mainWindow(), "song", 0, t, w, h), ArrangeState(space, songRange),
-      objectsShown(space.host(), "object-bar", 1), snapBar(new SnapBar(win, *this)),
+      objectsShown(space.host(), "object-bar", 1), follows(space.host(), "autoscroll", 1),
+      glides(space.host(), "glide", 0), snapBar(new SnapBar(win, *this)),
       objectBar(new ObjectBar(win, *this)), corner(new HeadCorner(win, *this)),
       heads(new HeadList(win, *this)), overview(new Overview(win, *this)),
       ruler(new RulerBars(win, *this)), grid(new ArrangeGrid(win, *this)),
@@ -96,6 +95,7 @@ void ArrangeView::songChanged() {
         edit.axis = TimeAxis();
         edit.axis.setZoom(song->options.zoom());
         edit.scrollY = 0;
+        zoomedFrom.clear();
     }
     range.keepTracksOf(seq());
     rows.build(seq());
@@ -103,14 +103,6 @@ void ArrangeView::songChanged() {
     overview->songChanged();
     grid->songChanged();
     layout();
-}
-
-/// By pages, and not while the mouse drags something.
-void ArrangeView::followPlay() {
-    if (!follows || !qv->playing || !seq() || win->app->drag.of(grid)) return;
-    const int x = edit.axis.xOf(seq()->getPos());
-    if (x < 0 || x >= gridWidth())
-        scrollTo(edit.axis.wideX(seq()->getPos()) - fitMargin, edit.scrollY);
 }
 
 void ArrangeView::partsChanged() {
@@ -211,60 +203,6 @@ void ArrangeView::showSpan(const CRangebar& bar) {
 
 void ArrangeView::downMoved(CObject*) {
     scrollTo(edit.axis.scroll(), asRound(down->from()));
-}
-
-void ArrangeView::scrollTo(int64_t x, int y) {
-    const int64_t before = edit.axis.scroll();
-    const int beforeY = edit.scrollY;
-    edit.axis.scrollTo(std::min(x, std::max(before, songWidth() - gridWidth())));
-    edit.scrollY = asMinMax(y, 0, mostScrollY());
-    const int64_t dx =
-        std::clamp<int64_t>(before - edit.axis.scroll(), -TimeAxis::farX, TimeAxis::farX);
-    const int dy = beforeY - edit.scrollY;
-    if (dx == 0 && dy == 0) return;
-    grid->scrolled(int(dx), dy);
-    if (dx != 0) ruler->scrolled(int(dx));
-    if (dy != 0) heads->place();
-    showRange();
-}
-
-void ArrangeView::zoomAtPos(int x, double perQuarter) {
-    edit.axis.zoomAt(x, perQuarter);
-    zoomed();
-}
-
-/// The song remembers it.
-void ArrangeView::zoomed() {
-    if (CSeq* song = seq()) song->options.setZoom(float(edit.axis.zoom()));
-    grid->redraw();
-    ruler->redraw();
-    showRange();
-}
-
-void ArrangeView::zoom(double perQuarter) {
-    const int middle = gridWidth() / 2;
-    if (qv->playing && seq()) scrollTo(edit.axis.wideX(seq()->getPos()) - middle, edit.scrollY);
-    zoomAtPos(middle, perQuarter);
-}
-
-void ArrangeView::zoomToSelection() {
-    CSeq* song = seq();
-    if (!song) return;
-    int from = std::numeric_limits<int>::max(), to = 0;
-    for (const ArrangeRow& row : rows.all())
-        for (auto* part : each<CPart>(row.songTrack->parts)) {
-            if (!part->selected()) continue;
-            from = asMin(from, part->pos);
-            to = asMax(to, limitTicks(int64_t(part->pos) + song->getTicks(part)));
-        }
-    if (from >= to) {
-        from = 0;
-        to = asMax(barTicks, song->renderDuration());
-    }
-    TimeAxis& axis = edit.axis;
-    axis.setZoom(asMax(1, gridWidth() - 2 * fitMargin) * 960.0 / (to - from));
-    axis.scrollTo(axis.wideX(from) - fitMargin);
-    zoomed();
 }
 
 void ArrangeView::rowsChanged() {

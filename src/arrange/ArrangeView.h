@@ -32,6 +32,9 @@ public:
 
     void paint(CGraphic* g, CRect rect) override;
     void resized() override;
+    /// Wherever in the view the pointer is, the wheel acts as on the grid at its time and row.
+    bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
+    bool touch(int x, int y, int btn, const TouchStep& step) override;
     void describe(Description& d, int part) const override;
 
     /// The delegates come to be owned by the view; wired once.
@@ -51,21 +54,38 @@ public:
     /// comes to the middle first.
     void zoom(double pixelsPerQuarter);
     double zoomNow() const { return edit.axis.zoom(); }
-    void zoomToSelection(); ///< of parts, else to the whole song
 
 private:
     void scrollTo(int64_t x, int y) override;
     void zoomAtPos(int x, double zoom) override;
+    void zoomRowsAt(int y, double factor) override;
     void rowsChanged() override;
     void gridChanged() override;
     int gridWidth() const override;
     int gridHeight() const override;
     int64_t songWidth() const override;
 
+    /// What is shown of the song, for the way back.
+    struct Place {
+        double zoom;
+        int64_t x;
+        int y;
+        bool operator==(const Place&) const = default;
+    };
+
     void partsChanged();
     void zoomed();
     void layout();
     void followPlay();
+    void moveTo(int64_t x, int y);
+    CPoint overGrid(CPoint at) const;
+    Place place() const;
+    void zoomRows(double factor);
+    void zoomTo(int from, int to, int y);
+    void zoomToSelection();
+    void zoomToSong();
+    void zoomBack();
+    void bindZoom();
     void showRange();
     void acrossMoved(CObject*);
     void downMoved(CObject*);
@@ -78,6 +98,8 @@ private:
     bool canDelete() const;
 
     Option objectsShown;
+    Option follows; ///< the view goes along with the play position
+    Option glides;  ///< which then stands still in the middle, and else crosses page after page
     SnapBar* snapBar;
     ObjectBar* objectBar;
     HeadCorner* corner;
@@ -87,8 +109,10 @@ private:
     ArrangeGrid* grid;
     EmptySong* empty; ///< in place of the grid
     CRangebar *across, *down;
-    CSeq* shownSong = nullptr; ///< the song whose place and zoom these are; not owned
-    bool follows = true;       ///< the view turns its page when the play position leaves it
+    CSeq* shownSong = nullptr;     ///< the song whose place and zoom these are; not owned
+    std::vector<Place> zoomedFrom; ///< the latest last
+    double rowFactor = 1;          ///< what is left to do of the rows' zoom
+    bool strayed = false; ///< the user has moved the view away from what plays, until it stops
     std::unique_ptr<TrackCommands> trackCommands;
     std::vector<NoticeLink> links;
 };

@@ -25,7 +25,6 @@
 
 namespace {
 
-constexpr int notchPixels = 44;
 constexpr int markWidth = 2;
 
 } // namespace
@@ -315,12 +314,6 @@ bool HeadList::keyInside(int key, int mods) {
 bool HeadList::contextMenu() {
     if (onHeadMenu) (*onHeadMenu)(this);
     return onHeadMenu;
-}
-
-bool HeadList::mouseWheel(int, int, int, int dy, int) {
-    if (!dy) return false;
-    state.scrollTo(state.axis().scroll(), state.edit.scrollY + (dy > 0 ? -1 : 1) * notchPixels);
-    return true;
 }
 
 bool HeadList::stepTrack(int by) {

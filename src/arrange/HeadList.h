@@ -31,7 +31,6 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     bool keyInside(int key, int mods) override;
     bool contextMenu() override; ///< of the head with the focus, or that was pressed
-    bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     void describe(Description& d, int part) const override;
 
     /// Follows the rows of the state, which are others.

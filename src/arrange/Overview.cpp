@@ -7,7 +7,9 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Colours.h"
+#include "gui/Keys.h"
 #include "gui/Shapes.h"
+#include "gui/TouchStep.h"
 #include "sequencer/CSeq.h"
 #include "ui/ProgramItems.h"
 
@@ -29,6 +31,14 @@ Overview::Overview(CWin* owner, ArrangeState& shared)
 void Overview::songChanged() {
     sketchedWidth = 0;
     redraw();
+}
+
+bool Overview::mouseWheel(int x, int y, int btn, int dy, int dx) {
+    return !(btn & modControl) && CRangebar::mouseWheel(x, y, btn, dy, dx);
+}
+
+bool Overview::touch(int x, int y, int btn, const TouchStep& step) {
+    return step.zoom == 1 && !(btn & modControl) && CRangebar::touch(x, y, btn, step);
 }
 
 /// Tracks share the rows of pixels when there are more of them.

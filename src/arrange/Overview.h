@@ -14,6 +14,9 @@ public:
 
     Overview(CWin* win, ArrangeState& state);
     void paint(CGraphic* g, CRect rect) override;
+    /// With Control they zoom the view around the time that is pointed at, which is its business.
+    bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
+    bool touch(int x, int y, int btn, const TouchStep& step) override;
     void songChanged(); ///< parts are others
 
 private:

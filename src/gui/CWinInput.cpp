@@ -259,10 +259,9 @@ void CWin::mouseUp(int x, int y, int btn) {
 bool CWin::mouseWheel(int x, int y, int btn, int dy, int dx) {
     if (onWheel) return (*onWheel)(this, x, y, btn, dy, dx);
     CCtrl* hit = controlAtPos(x, y);
-    if (!hit) return false;
-    const CPoint at = controlPos(hit);
     for (CCtrl *c = hit, *around; c && c->category != catWin; c = around) {
         around = c->parent;
+        const CPoint at = controlPos(c);
         if (c->mouseWheel(x - at.x, y - at.y, btn, dy, dx)) return true;
     }
     return false;

@@ -182,7 +182,9 @@ void MainMenu::fillView(CPopup* popup) {
         page->fillCaptionMenu(popup->addSub("Page"));
         addAction(popup, "closeall");
     }
-    addGroups(popup, {{"zoomin", "zoomout", "zoomselection", "autoscroll"},
+    addGroups(popup, {{"zoomin", "zoomout", "zoomselection", "zoomsong", "zoomback"},
+                      {"rowshigher", "rowslower"},
+                      {"autoscroll", "glide"},
                       {"spectrum", "hints", "ribbon"}});
 }
 

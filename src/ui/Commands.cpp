@@ -66,6 +66,7 @@ CAction* Commands::find(int key, int mods, int editorType) const {
     };
     constexpr int all = modShift | modControl | modAlt;
     CAction* exact = first(all);
+    if (!exact && key == '_') return find('-', mods, editorType);
     return exact || !isSign(key) ? exact : first(all & ~modShift);
 }
 

@@ -62,7 +62,7 @@ public:
     CAction* getAction(const CStr& name) const; ///< null when unknown
     /// The bound action of a key press in a window of that editor type, null without one. Letters
     /// count in either case. Where no action has exactly these modifiers, Shift is ignored with a
-    /// sign such as "+", since keyboards differ in whether they need it.
+    /// sign such as "+", since keyboards differ in whether they need it; and "_" is "-" with Shift.
     CAction* find(int key, int mods, int editorType) const;
 
     /// Takes on the changed shortcuts of section "shortcuts" of the settings.

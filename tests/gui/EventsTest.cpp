@@ -206,6 +206,7 @@ TEST_F(EventTest, AnUnusedWheelClimbsToTheParents) {
     xdo("click 5");
     EXPECT_TRUE(probe->saw("wheel 10 10 0 -32 0"));
     EXPECT_EQ(taker.dy, -32);
+    EXPECT_EQ(taker.at, asPoint(30, 40)) << "from its own corner";
 }
 
 TEST_F(EventTest, WhileOneControlIsExclusiveNoOtherIsPressed) {

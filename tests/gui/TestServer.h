@@ -98,7 +98,7 @@ class Target : public CObject {
 public:
     std::function<void()> act;
     CObject* sender = nullptr; ///< of the last call, as the next two
-    CPoint at;                 ///< of the mouse
+    CPoint at;                 ///< of the mouse and the wheel
     int dy = 0;                ///< of the wheel
     bool takes = false;        ///< what keys and the wheel are answered
 
@@ -119,8 +119,8 @@ private:
         changed(from);
         return takes;
     }
-    bool turned(CObject* from, int, int, int, int turn, int) {
+    bool turned(CObject* from, int x, int y, int, int turn, int) {
         dy = turn;
-        return changed(from), takes;
+        return moused(from, x, y, 0), takes;
     }
 };

@@ -73,6 +73,9 @@ protected:
     // Points of the grid.
     int xOf(double tick) { return int(tick * song()->zoomNow() / 960.0 + 0.5); }
     int yOf(int track) { return track * CTrack::usualRow + CTrack::usualRow / 2; }
+    int scrolled() { // pixels, from the time at the left edge
+        return xOf(song()->tickAt(TrackHead::headWidth + 1));
+    }
     void mouseTo(CCtrl* ctrl, int x, int y) {
         const CPoint screen = win->getPos(true), in = win->controlPos(ctrl);
         act({"mousemove", std::to_string(screen.x + in.x + x),

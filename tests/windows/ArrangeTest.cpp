@@ -1,12 +1,12 @@
 #include "ArrangeFixture.h"
 
 #include "arrange/Hit.h"
+#include "arrange/Overview.h"
 #include "arrange/RowLayout.h"
 #include "sequencer/Takes.h"
 #include "shell/Rooms.h"
 #include "ui/DragSnap.h"
 #include "ui/TimeAxis.h"
-
 
 /// Work on parts by mouse and keys: what is left in the song.
 class ArrangeTest : public ArrangeFixture {};
@@ -171,6 +171,108 @@ TEST_F(ArrangeTest, ScrollsAndZooms) {
     // A press of the middle button that goes nowhere takes the position there.
     clickAt(asPoint(grid()->width / 2, 20), "2");
     EXPECT_TRUE(pumpUntil([&] { return host->pos > 40 * barTicks && host->pos < 41 * barTicks; }));
+}
+
+/// The wheel zooms at the pointer wherever in the view that is, and across with Shift.
+TEST_F(ArrangeTest, TheWheelZoomsEverywhere) {
+    startWith({trackMIDI, trackMIDI, trackMIDI});
+    addPart(0, 0, 64 * barTicks);
+    auto* strip = find<Overview>("overview");
+    const auto tickAt = [&](int x) { return song()->tickAt(TrackHead::headWidth + 1 + x); };
+    const auto turn = [&](CCtrl* over, int x, int y, const char* held, const char* button) {
+        mouseTo(over, x, y);
+        for (const char* k : {"ctrl", held}) act({"keydown", k});
+        act({"click", button});
+        for (const char* k : {held, "ctrl"}) act({"keyup", k});
+    };
+    const int inStrip = int(30 * barTicks / strip->total() * strip->width);
+    struct Case {
+        CCtrl* over;
+        int x, stays; ///< what is pointed at, and the place in the grid that keeps its time
+    };
+    for (const Case& c : {Case{find<RulerBars>("bars"), 200, 200},
+                          Case{find<HeadList>("heads"), 30, 0}, Case{strip, inStrip, -1}}) {
+        song()->zoom(64);
+        if (c.stays < 0) // the strip is of the whole song: the view is to hold that time
+            drag(asPoint(grid()->width - 20, 100), asPoint(20, 100), "", false, "2");
+        const int stays = c.stays < 0 ? grid()->width - 1 : c.stays, before = tickAt(stays);
+        turn(c.over, c.x, 12, "ctrl", "5");
+        ASSERT_TRUE(pumpUntil([&] { return song()->zoomNow() == 80.0; })) << c.over->id.asChar();
+        EXPECT_NEAR(tickAt(stays), before, 30) << c.over->id.asChar();
+    }
+    // The row under the pointer stays there; the rows come back to what they were.
+    const auto heights = [&] {
+        std::string all;
+        for (int i = 0; i < tracks(); i++)
+            all += std::to_string(row(i)->track->getRowHeight()) + " ";
+        return all;
+    };
+    turn(grid(), 300, yOf(2), "shift", "5");
+    EXPECT_TRUE(pumpUntil([&] { return heights() == "55 55 55 "; })) << heights();
+    turn(find<HeadList>("heads"), 40, 80, "shift", "4");
+    EXPECT_TRUE(pumpUntil([&] { return heights() == "44 44 44 "; })) << heights();
+    for (const auto& [press, after] :
+         {std::pair{"alt+plus", "55 55 55 "}, {"alt+minus", "44 44 44 "}}) {
+        key(press);
+        EXPECT_TRUE(pumpUntil([&] { return heights() == after; })) << press;
+    }
+}
+
+/// Each zoom to what is selected can be taken back.
+TEST_F(ArrangeTest, ZoomsAreGoneBackFrom) {
+    startWith({trackMIDI, trackMIDI});
+    addPart(0, 8 * barTicks, 4 * barTicks);
+    addPart(1, 9 * barTicks, barTicks);
+    const auto fits = [&](CPart* p) {
+        return pumpUntil([&] {
+            const int from = song()->tickAt(TrackHead::headWidth + 1);
+            const int to = song()->tickAt(TrackHead::headWidth + 1 + grid()->width);
+            return from <= p->pos && to >= p->pos + p->length && to - from < p->length * 1.2;
+        });
+    };
+    EXPECT_FALSE(win->getAction("zoomback")->isReady());
+    for (const int track : {0, 1}) {
+        seq()->unselectParts();
+        part(track, 0)->setSelected(true);
+        key("ctrl+shift+plus");
+        EXPECT_TRUE(fits(part(track, 0))) << track;
+    }
+    key("ctrl+shift+minus");
+    EXPECT_TRUE(fits(part(0, 0)));
+    key("ctrl+shift+minus");
+    EXPECT_TRUE(pumpUntil([&] { return song()->zoomNow() == 64.0; }));
+    EXPECT_FALSE(win->getAction("zoomback")->isReady());
+}
+
+/// The position pages or glides, and neither against a user who looks elsewhere.
+TEST_F(ArrangeTest, TheViewFollowsWhatPlays) {
+    startWith({trackMIDI});
+    addPart(0, 0, 64 * barTicks);
+    const auto atX = [&] { return int(host->pos * song()->zoomNow() / 960) - scrolled(); };
+    const int middle = grid()->width / 2;
+    const auto playFrom = [&](int bar) {
+        host->setPos(double(bar * barTicks));
+        host->start();
+    };
+    playFrom(20);
+    EXPECT_TRUE(pumpUntil([&] { return std::abs(atX() - 16) <= 1; })) << atX();
+    drag(asPoint(600, 100), asPoint(100, 100), "", false, "2");
+    host->setPos(40.0 * barTicks);
+    EXPECT_TRUE(loaded());
+    EXPECT_GT(atX(), grid()->width) << "the user looks elsewhere";
+    host->stop();
+    EXPECT_TRUE(loaded());
+    key("shift+j");
+    for (const int bar : {40, 41, 20}) {
+        playFrom(bar);
+        EXPECT_TRUE(pumpUntil([&] { return std::abs(atX() - middle) <= 1; }))
+            << bar << " " << atX();
+    }
+    EXPECT_EQ(setting("options", "glide"), "1");
+    key("j");
+    playFrom(50);
+    EXPECT_TRUE(loaded());
+    EXPECT_GT(atX(), grid()->width) << "does not follow";
 }
 
 /// Points of a lane are put in, moved, copied, bent, chosen and deleted.

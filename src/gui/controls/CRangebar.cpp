@@ -25,15 +25,17 @@ CRangebar::CRangebar(CWin* owner, const CStr& name, int l, int t, int w, int h)
 }
 
 void CRangebar::setContent(double total, double leastSpan) {
+    if (total != whole) redraw();
     whole = total;
     least = fLimit(leastSpan, 0.0, total);
     setRange(start, size);
 }
 
 void CRangebar::setRange(double newFrom, double newSpan) {
+    const CRect before = thumbRect();
     size = fLimit(newSpan, least, whole);
     start = fLimit(newFrom, 0.0, whole - size);
-    redraw();
+    if (thumbRect() != before) redraw();
 }
 
 void CRangebar::change(double newFrom, double newSpan) {
