@@ -48,7 +48,6 @@ ArrangeGrid::~ArrangeGrid() {
 }
 
 void ArrangeGrid::songChanged() {
-    inView.reset();
     if (gesture && win->app->drag.of(this) && !gesture->stands()) win->app->drag.cancel();
     sketches.clear();
     heard = heardNow();
@@ -70,11 +69,9 @@ ArrangeGrid::Heard ArrangeGrid::heardNow() const {
     if (!seq) return now;
     seq->getLoopSection(now.loopFrom, now.loopTo);
     now.loop = seq->getLoop();
-    const CList& tracks = seq->getProg()->tracks;
-    bool anySolo = false;
-    for (const auto* t : each<CSongTrack>(tracks)) anySolo = anySolo || t->soloed();
-    for (const auto* t : each<CSongTrack>(tracks))
-        now.tracks.push_back(!t->muted() && (!anySolo || t->soloed()));
+    const bool anySolo = state.anySolo();
+    for (const auto* t : each<CSongTrack>(seq->getProg()->tracks))
+        now.tracks.push_back(heardAmong(t, anySolo));
     return now;
 }
 
@@ -83,16 +80,17 @@ int ArrangeGrid::playX() const {
     return seq ? state.axis().xOf(seq->getPos()) : -1;
 }
 
+void ArrangeGrid::idle() {
+    Heard now = heardNow();
+    if (now == heard) return;
+    heard = std::move(now);
+    redraw();
+}
+
 bool ArrangeGrid::refresh() {
-    bool changed = false;
-    if (Heard now = heardNow(); now != heard) {
-        heard = std::move(now);
-        redraw();
-        changed = true;
-    }
     const int before = shownX;
     shownX = playX();
-    if (shownX == before) return changed;
+    if (shownX == before) return false;
     for (const int x : {before, shownX})
         redraw(asRect(x - shadowReach, 0, x + shadowReach + 1, height));
     return true;
@@ -125,9 +123,8 @@ void ArrangeGrid::paintGround(CGraphic* g, CRect asked) {
                                   state.axis().xOf(heard.loopTo), asked.bottom);
         fillAlpha(g, intersect(loop, asked), clLoop.fillCol, loopShare);
     }
-    const int beat = fadeCol(clGrid.fillCol, clGridSnap.fillCol, 1.0);
     lines.visit([&](int x, GridLines::Weight weight) {
-        g->fillLine(weight == GridLines::bar ? clGridBeats.fillCol : beat,
+        g->fillLine(weight == GridLines::bar ? clGridBeats.fillCol : clGridSnap.fillCol,
                     asRect(x, asked.top, x + 1, asked.bottom));
     });
 }

@@ -40,8 +40,8 @@ public:
 
     /// The song has changed: all is painted anew.
     void songChanged();
-    /// Follows the play position and what is heard; whether that shows.
-    bool refresh();
+    bool refresh(); ///< follows the play position; whether that shows
+    void idle();    ///< follows what is heard
     /// What was shown has moved by so many pixels: the rest is painted.
     void scrolled(int dx, int dy);
     void gestureDone(); ///< applied or not

@@ -27,7 +27,8 @@ public:
 
     ArrangeState(Workspace& space, SongRange& songRange);
 
-    CSeq* seq() const; ///< null without a song that plays
+    CSeq* seq() const;    ///< null without a song that plays
+    bool anySolo() const; ///< of the tracks of the program, whether they show or not
     const TimeAxis& axis() const { return edit.axis; }
 
     /// Shows the song from a point on, as far as there is any, moving what stays by copying.
@@ -48,3 +49,6 @@ public:
 protected:
     ~ArrangeState() = default;
 };
+
+/// Whether a track is neither muted nor silenced by the solo of others.
+bool heardAmong(const CSongTrack* track, bool anySolo);

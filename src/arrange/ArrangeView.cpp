@@ -99,13 +99,19 @@ void ArrangeView::songChanged() {
     }
     range.keepTracksOf(seq());
     rows.build(seq());
+    measureSong();
     heads->songChanged();
     overview->songChanged();
     grid->songChanged();
     layout();
 }
 
+void ArrangeView::measureSong() {
+    songTicks = seq() ? seq()->renderDuration() : 0;
+}
+
 void ArrangeView::partsChanged() {
+    measureSong();
     overview->songChanged();
     grid->songChanged();
     ruler->redraw();
@@ -115,10 +121,16 @@ void ArrangeView::partsChanged() {
 bool ArrangeView::refresh() {
     followPlay();
     bool changed = ruler->refresh();
-    changed = snapBar->refresh() || changed;
-    changed = objectBar->refresh() || changed;
     changed = grid->refresh() || changed;
-    return heads->refresh() || changed;
+    return heads->followSound() || changed;
+}
+
+void ArrangeView::idle() {
+    ruler->idle();
+    snapBar->refresh();
+    objectBar->refresh();
+    grid->idle();
+    heads->refresh();
 }
 
 // Layout.
@@ -140,9 +152,7 @@ int ArrangeView::mostScrollY() const {
 }
 
 int64_t ArrangeView::songWidth() const {
-    CSeq* song = seq();
-    const double ticks = song ? double(song->renderDuration()) : 0.0;
-    return asInt64(edit.axis.pixelsIn(std::max(ticks * room, double(leastBars) * barTicks))) +
+    return asInt64(edit.axis.pixelsIn(std::max(songTicks * room, double(leastBars) * barTicks))) +
            gridWidth();
 }
 
@@ -229,13 +239,10 @@ void ArrangeView::paint(CGraphic* g, CRect rect) {
 
 // For the program around.
 
-bool ArrangeView::stepTrack(int by) {
-    return heads->stepTrack(by);
-}
-
 bool ArrangeView::arrowKey(int key, int mods) {
     if (editKey(*this, key, mods)) return true;
-    return mods == 0 && (key == ::keyUp || key == ::keyDown) && stepTrack(key == ::keyUp ? -1 : 1);
+    return mods == 0 && (key == ::keyUp || key == ::keyDown) &&
+           heads->stepTrack(key == ::keyUp ? -1 : 1);
 }
 
 CSongTrack* ArrangeView::trackAt(int y) const {

@@ -39,13 +39,12 @@ public:
 
     /// The delegates come to be owned by the view; wired once.
     void onMenus(COnChange* headMenu, COnChange* partsMenu);
-    /// Follows the song and what is heard of it; whether something that goes on by itself has
-    /// changed.
+    /// Follows the play position and the levels; whether these have changed. Each frame.
     bool refresh();
+    void idle();        ///< follows all else that changes without a notice; interface tick
     void songChanged(); ///< builds all anew from the song
     void forgetSong();  ///< it is about to be deleted: nothing shows until `songChanged`
 
-    bool stepTrack(int by);           ///< as `HeadList::stepTrack`
     bool arrowKey(int key, int mods); ///< as `editKey`, and Up and Down choose a track
     CSongTrack* trackAt(int y) const; ///< at a height of the view, null where there is none
     int tickAt(int x) const;          ///< at a point of the view, at least 0
@@ -74,6 +73,7 @@ private:
     };
 
     void partsChanged();
+    void measureSong();
     void zoomed();
     void layout();
     void followPlay();
@@ -109,6 +109,7 @@ private:
     ArrangeGrid* grid;
     EmptySong* empty; ///< in place of the grid
     CRangebar *across, *down;
+    int songTicks = 0;             ///< its length, as it was when it changed last
     CSeq* shownSong = nullptr;     ///< the song whose place and zoom these are; not owned
     std::vector<Place> zoomedFrom; ///< the latest last
     double rowFactor = 1;          ///< what is left to do of the rows' zoom

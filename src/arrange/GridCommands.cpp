@@ -12,7 +12,6 @@
 namespace {
 
 constexpr int finest = 0, barIndex = 6;
-enum GridNumber : size_t { gridIndex, gridActive }; ///< of `gridOf`
 constexpr const char* gridNames[] = {"1/128", "1/64", "1/32", "1/16", "1/8", "1/4", "bar"};
 
 void tell(const CSnap& snap) {
@@ -23,9 +22,16 @@ void tell(const CSnap& snap) {
 
 } // namespace
 
-void toggleSnap(CSeq* seq) {
+void toggleSnap(CSeq* seq, GridNumber number) {
     StoredValue::Numbers grid = gridOf(seq).get();
-    grid[gridActive] = grid[gridActive] == 0.0 ? 1.0 : 0.0;
+    grid[number] = grid[number] == 0.0 ? 1.0 : 0.0;
+    seq->host->values->set(gridOf(seq), grid);
+    tell(*seq->snap);
+}
+
+void chooseSnap(CSeq* seq, int index) {
+    StoredValue::Numbers grid = gridOf(seq).get();
+    grid[gridIndex] = index;
     seq->host->values->set(gridOf(seq), grid);
     tell(*seq->snap);
 }

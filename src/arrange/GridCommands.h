@@ -1,8 +1,14 @@
 #pragma once
 
+#include <cstddef>
+
 class CSeq;
 
 /// The grid that quantizing goes by. The status line tells what it has become. Interface thread.
 
-void toggleSnap(CSeq* seq);       ///< on and off
+/// Numbers of `gridOf`.
+enum GridNumber : size_t { gridIndex, gridActive, gridTriplet, gridDotted };
+
+void toggleSnap(CSeq* seq, GridNumber number = gridActive); ///< on and off
+void chooseSnap(CSeq* seq, int index);                      ///< 0 to 6, as `CSnap::index`
 void stepSnap(CSeq* seq, int by); ///< to a coarser (1) or finer (-1) grid, as far as there is one

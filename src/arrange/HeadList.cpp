@@ -96,12 +96,15 @@ void HeadList::place() {
     redraw();
 }
 
-bool HeadList::refresh() {
-    anySolo = false;
-    for (const ArrangeRow& row : state.rows.all()) anySolo = anySolo || row.songTrack->soloed();
-    bool changed = false;
-    for (RowHead* head : heads) changed = head->refresh() || changed;
+void HeadList::refresh() {
+    anySolo = state.anySolo();
+    for (RowHead* head : heads) head->refresh();
     markStops();
+}
+
+bool HeadList::followSound() {
+    bool changed = false;
+    for (RowHead* head : heads) changed = head->followSound() || changed;
     return changed;
 }
 
@@ -145,7 +148,7 @@ std::vector<CSongTrack*> HeadList::together(const CSongTrack* track) const {
 }
 
 bool HeadList::heard(const CSongTrack* track) const {
-    return !track->muted() && (!anySolo || track->soloed());
+    return heardAmong(track, anySolo);
 }
 
 bool HeadList::folds(const CSongTrack* track) {

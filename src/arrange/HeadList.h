@@ -39,8 +39,8 @@ public:
     void cablesChanged();
     /// Places the heads by the rows and what is scrolled.
     void place();
-    /// Follows what is heard; whether that shows.
-    bool refresh();
+    void refresh();     ///< follows the tracks
+    bool followSound(); ///< follows the levels; whether these show
     /// Selects the track `by` rows below the selected one and shows it; false without another.
     bool stepTrack(int by);
     /// Opens a field for the name of the first selected track; false without one.

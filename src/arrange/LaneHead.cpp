@@ -61,13 +61,12 @@ void LaneHead::show(const ArrangeRow& row) {
     close->spokenName = "Close, " + shownName;
 }
 
-bool LaneHead::refresh() {
+void LaneHead::refresh() {
     const bool on = lane->bypass != 0, named = lane->id == shownName;
-    if (on == bypass->lit && named) return false;
+    if (on == bypass->lit && named) return;
     shownName = lane->id;
     bypass->setLit(on);
     redraw();
-    return true;
 }
 
 void LaneHead::paint(CGraphic* g, CRect rect) {

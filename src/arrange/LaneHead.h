@@ -13,7 +13,7 @@ public:
     void mouseDown(int x, int y,
                    int btn) override; ///< chooses the track; the edge drags the height
     void show(const ArrangeRow& row) override;
-    bool refresh() override;
+    void refresh() override;
     std::vector<CCtrl*> stops() override;
     void describe(Description& d, int part) const override;
 

@@ -25,10 +25,6 @@ PartLane laneOf(const ArrangeState& state, const ArrangeRow& row, CPart* part) {
     return {state.seq(), part, {laneAutomation, row.lane->slot}, box};
 }
 
-CPart* lanePartAt(const ArrangeState& state, const ArrangeRow& row, int x) {
-    return partAtPos(state, row, x).part;
-}
-
 std::vector<PartSlot> selectedPoints(const ArrangeState& state) {
     std::vector<PartSlot> found;
     for (const ArrangeRow& row : state.rows.all()) {
@@ -36,7 +32,7 @@ std::vector<PartSlot> selectedPoints(const ArrangeState& state) {
         for (auto* part : each<CPart>(row.songTrack->parts)) {
             bool any = false;
             eachEvent(part->getParam(row.lane->slot),
-                      [&](const CBaseEvent* e, int) { any = any || (e->flags & eventSelected); });
+                      [&](const CBaseEvent* e, int) { any = any || isSelected(e); });
             if (any) found.push_back({part, row.lane->slot});
         }
     }
@@ -52,7 +48,7 @@ void unselectPoints(const ArrangeState& state) {
 
 Press pressedLane(ArrangeGrid& grid, ArrangeState& state, const ArrangeRow& row, CPoint at,
                   int btn) {
-    CPart* part = lanePartAt(state, row, at.x);
+    CPart* part = partAtPos(state, row, at.x).part;
     if (!part || row.songTrack->track->locked) return {};
     auto mouse = std::make_unique<PartMouse>(state.edit, laneOf(state, row, part));
     const int mode = mouse->partMouseDown(at, btn);

@@ -8,8 +8,6 @@
 
 /// The lane of a part in a row of its track's automation.
 PartLane laneOf(const ArrangeState& state, const ArrangeRow& row, CPart* part);
-/// The part whose automation shows at x of such a row, null without one.
-CPart* lanePartAt(const ArrangeState& state, const ArrangeRow& row, int x);
 /// As `pressed`, on such a row; without a gesture where the press is the grid's own.
 Press pressedLane(ArrangeGrid& grid, ArrangeState& state, const ArrangeRow& row, CPoint at,
                   int btn);

@@ -17,7 +17,9 @@
 #include "ui/ProgramItems.h"
 #include "ui/TrackPalette.h"
 
+#include <functional>
 #include <iterator>
+#include <string_view>
 
 namespace {
 
@@ -107,18 +109,16 @@ void MarkerBar::typed(CSeq* seq, CPart* point, const CStr& text) {
 }
 
 std::vector<double> MarkerBar::look(const CPart* point) const {
-    double name = 0;
-    for (int i = 0; i < point->id.length(); i++) name = name * 31 + point->id.asChar()[i];
+    const auto name = double(std::hash<std::string_view>()(point->id.asChar()) >> 11); // exact
     return {double(point->length), double(marker(point)->colourIndex), name};
 }
 
-CPopup* MarkerBar::fillMenu(CPopup* popup, CPart*) {
+void MarkerBar::fillMenu(CPopup* popup, CPart*) {
     popup->addSeparator();
     addEntry(popup, "Go there", tagPlay);
     addEntry(popup, "Loop it", tagLoop);
     CPopup* colours = popup->addSub("Colour");
     for (int i = 0; i < int(std::size(colourNames)); i++) addEntry(colours, colourNames[i], i);
-    return popup;
 }
 
 void MarkerBar::chosenEntry(CSeq* seq, CPart* point, int entry) {

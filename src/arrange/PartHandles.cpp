@@ -4,6 +4,7 @@
 #include "arrange/Hit.h"
 #include "base/Numbers.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/PartEdits.h"
 
 namespace {
 
@@ -13,9 +14,8 @@ constexpr int leastWidth = 48, leastHeight = 32; ///< of a part with handles
 } // namespace
 
 const CAudioEvent* clipOf(CPart* part) {
-    if (part->type != partAudio) return nullptr;
-    auto* content = static_cast<CAudioPart*>(part->content());
-    return content->multiclip ? nullptr : static_cast<const CAudioEvent*>(content->getEvents());
+    if (part->type != partAudio || isMulticlip(part)) return nullptr;
+    return static_cast<const CAudioEvent*>(part->getEvents());
 }
 
 std::vector<DrawnHandle> handlesOf(CPart* part, CRect box) {

@@ -42,7 +42,7 @@ struct Extremes {
     float low = 0.0f, high = 0.0f;
 };
 
-/// Of one channel or, with -1, of all.
+/// Of the frames from `from` to `to`, all channels together.
 Extremes extremesOf(const CSample* sample, double from, double to) {
     Extremes e;
     const PeakImage& peaks = sample->peaks;
@@ -73,13 +73,13 @@ int partColour(const ArrangeRow& row, const CPart* part) {
 PartPainter::PartPainter(const ArrangeState& shown, PartSketches& known, CGraphic* g,
                          PixelPaper& onto, CRect toPaint)
     : state(shown), sketches(known), graphic(g), paper(onto), asked(toPaint),
-      askedDevice(onto.deviceRect(toPaint)),
+      askedDevice(onto.deviceRect(toPaint)), originX(onto.deviceRect(asRect(0, 0, 0, 0)).left),
       palette(shown.workspace.mainWindow()->app->gui->palette) {
 }
 
 double PartPainter::deviceX(double ticks) const {
     const double x = state.axis().pixelsIn(ticks) - double(state.axis().scroll());
-    return double(paper.deviceRect(asRect(0, 0, 0, 0)).left) + x * scalePercent / 100.0;
+    return originX + x * scalePercent / 100.0;
 }
 
 PartPainter::Colours PartPainter::coloursOf(const ArrangeRow& row, const CPart* part,

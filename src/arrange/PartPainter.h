@@ -54,6 +54,7 @@ private:
     CGraphic* graphic;
     PixelPaper& paper;
     const CRect asked, askedDevice;
+    const double originX; ///< device pixels
     const CPalette& palette;
     std::vector<Name> told;
 };

@@ -233,10 +233,6 @@ void PointLane::addEntry(CPopup* popup, const char* text, int number, bool on) {
     item->enabled = on;
 }
 
-CPopup* PointLane::fillMenu(CPopup* popup, CPart*) {
-    return popup;
-}
-
 bool PointLane::contextMenu() {
     if (!state.seq()) return false;
     openMenu(stands() ? current : nullptr);

@@ -55,7 +55,7 @@ protected:
     virtual void typed(CSeq* seq, CPart* point, const CStr& text) = 0;
     /// What the point is made of, to tell changes.
     virtual std::vector<double> look(const CPart* point) const = 0;
-    virtual CPopup* fillMenu(CPopup* popup, CPart* point); ///< with entries about it
+    virtual void fillMenu(CPopup*, CPart*) {} ///< with entries about the point
 
     void addEntry(CPopup* popup, const char* text, int number, bool on = true);
     /// Of an entry of `fillMenu`, 0 to 99.

@@ -25,8 +25,9 @@ public:
     bool isOf(const ArrangeRow& row) const;
     /// Lays itself out for its row as it is now.
     virtual void show(const ArrangeRow& row) = 0;
-    virtual bool refresh() = 0; ///< follows what it shows; whether that has changed
-    virtual void findSound() {} ///< the cables are others
+    virtual void refresh() = 0;                  ///< follows what it shows
+    virtual bool followSound() { return false; } ///< follows the level; whether that shows
+    virtual void findSound() {}                  ///< the cables are others
     /// What of it takes the keys, from the left, itself first.
     virtual std::vector<CCtrl*> stops() = 0;
 

@@ -87,13 +87,16 @@ CRect RulerBars::pointerRect(int x) const {
     return asRect(x - reach, 0, x + reach + 1, height);
 }
 
-bool RulerBars::refresh() {
-    bool changed = ruler->refresh();
+void RulerBars::idle() {
+    ruler->refresh();
     for (const Bar& bar : bars)
-        if (bar.lane->visible) changed = bar.lane->refresh() || changed;
+        if (bar.lane->visible) bar.lane->refresh();
+}
+
+bool RulerBars::refresh() {
     const int before = shownX;
     shownX = playX();
-    if (shownX == before) return changed;
+    if (shownX == before) return false;
     redraw(pointerRect(before));
     redraw(pointerRect(shownX));
     return true;

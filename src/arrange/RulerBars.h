@@ -23,7 +23,8 @@ public:
     void describe(Description& d, int part) const override;
 
     int wantedHeight() const; ///< of all bars that show
-    bool refresh();           ///< whether something has changed that shows
+    bool refresh();           ///< follows the play position; whether that shows
+    void idle();              ///< follows the loop and the lanes
     void scrolled(int dx);    ///< what was shown has moved by so many pixels
     void forgetSong();
 

@@ -1,15 +1,13 @@
 #include "arrange/SnapBar.h"
 
 #include "arrange/ArrangeState.h"
-#include "engine/CQV.h"
+#include "arrange/GridCommands.h"
 #include "engine/CSnap.h"
-#include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/controls/CButton.h"
 #include "sequencer/CSeq.h"
-#include "sequencer/SongValues.h"
 #include "ui/ProgramItems.h"
 
 namespace {
@@ -17,7 +15,6 @@ namespace {
 constexpr int gap = 2, group = 8, buttonTop = 4, high = 18;
 constexpr int switchWidth = 22, snapWidth = 40, resolutionWidth = 28;
 constexpr const char* resolutionTexts[] = {"128", "64", "32", "16", "8", "4", "Bar"};
-enum GridNumber : size_t { gridIndex, gridActive, gridTriplet, gridDotted }; ///< of `gridOf`
 
 } // namespace
 
@@ -53,14 +50,10 @@ void SnapBar::clicked(CObject* sender) {
     if (!seq) return;
     const int index = static_cast<CButton*>(static_cast<CCtrl*>(sender))->tag;
     constexpr GridNumber numbers[switches] = {gridActive, gridTriplet, gridDotted};
-    StoredValue::Numbers grid = gridOf(seq).get();
-    if (index >= switches) {
-        grid[gridIndex] = index - switches;
-    } else {
-        double& number = grid[numbers[index]];
-        number = number == 0.0 ? 1.0 : 0.0;
-    }
-    state.qv->values->set(gridOf(seq), grid);
+    if (index >= switches)
+        chooseSnap(seq, index - switches);
+    else
+        toggleSnap(seq, numbers[index]);
 }
 
 bool SnapBar::refresh() {

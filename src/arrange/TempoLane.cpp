@@ -152,11 +152,10 @@ std::vector<double> TempoLane::look(const CPart* point) const {
     return {double(tempo(point)->getTempo()), double(tempo(point)->ramp)};
 }
 
-CPopup* TempoLane::fillMenu(CPopup* popup, CPart* point) {
+void TempoLane::fillMenu(CPopup* popup, CPart* point) {
     popup->addSeparator();
     addEntry(popup, "In a line to the next", tagRamp);
     static_cast<CMenuItem*>(popup->items.last())->checked = tempo(point)->ramp != 0;
-    return popup;
 }
 
 void TempoLane::chosenEntry(CSeq*, CPart* point, int) {

@@ -22,7 +22,7 @@ protected:
     CStr typedText(const CPart* point) const override;
     void typed(CSeq* seq, CPart* point, const CStr& text) override;
     std::vector<double> look(const CPart* point) const override;
-    CPopup* fillMenu(CPopup* popup, CPart* point) override;
+    void fillMenu(CPopup* popup, CPart* point) override;
     void chosenEntry(CSeq* seq, CPart* point, int tag) override;
 
 private:

@@ -135,8 +135,9 @@ void TimeRuler::paintLoop(CGraphic* g) {
 
 TimeRuler::Zone TimeRuler::zoneAt(int x, int y) const {
     if (y >= bandHeight || !state.seq()) return Zone::none;
-    if (loop.to <= loop.from) return Zone::fresh;
-    const int from = state.axis().xOf(loop.from), to = state.axis().xOf(loop.to);
+    const Loop now = loopNow();
+    if (now.to <= now.from) return Zone::fresh;
+    const int from = state.axis().xOf(now.from), to = state.axis().xOf(now.to);
     const bool nearFrom = std::abs(x - from) <= endReach, nearTo = std::abs(x - to) <= endReach;
     if (nearTo && (!nearFrom || x >= to)) return Zone::end;
     if (nearFrom) return Zone::start;
@@ -225,7 +226,7 @@ void TimeRuler::dragClick(const DragPoint& point) {
     CSeq* seq = state.seq();
     if (!seq) return;
     if (held == Zone::fresh) return jumpTo(point.at.x);
-    const double to = loop.on ? 0.0 : 1.0;
+    const double to = loopNow().on ? 0.0 : 1.0;
     state.qv->values->set(loopOf(seq->getProg()), {to, to});
 }
 

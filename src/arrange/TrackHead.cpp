@@ -90,6 +90,9 @@ void TrackHead::bindSliders() {
         int param;
     };
     for (const Slider& s : {Slider{volume, faderOf, paramVolume}, Slider{pan, panOf, paramPan}}) {
+        s.slider->value = [this, valueOf = s.valueOf]() -> std::optional<StoredValue> {
+            return sound ? std::optional(valueOf(sound)) : std::nullopt;
+        };
         s.slider->values = [this, valueOf = s.valueOf] {
             std::vector<StoredValue> all;
             if (!sound) return all;
@@ -178,20 +181,21 @@ TrackHead::Shown TrackHead::present() const {
             t->locked != 0, list.heard(track)};
 }
 
-bool TrackHead::refresh() {
+void TrackHead::refresh() {
     Shown now = present();
-    const bool changed = now != shown;
     NameField::dropLeft(field);
-    if (changed) {
+    if (now != shown) {
         shown = std::move(now);
         nameControls();
         redraw();
     }
-    bool moved = changed;
-    for (HeadSwitch* s : switches) moved = s->refresh() || moved;
-    moved = volume->refresh() || moved;
-    moved = pan->refresh() || moved;
-    return meter->refresh() || moved;
+    for (HeadSwitch* s : switches) s->refresh();
+    volume->refresh();
+    pan->refresh();
+}
+
+bool TrackHead::followSound() {
+    return meter->refresh();
 }
 
 void TrackHead::paint(CGraphic* g, CRect rect) {

@@ -27,7 +27,8 @@ public:
     void mouseDown(int x, int y, int btn) override;
     void mouseUp(int x, int y, int btn) override; ///< the right button opens the menu
     void show(const ArrangeRow& row) override;
-    bool refresh() override;
+    void refresh() override;
+    bool followSound() override;
     void findSound() override;
     std::vector<CCtrl*> stops() override;
     void rename(); ///< opens a field in place of the name

@@ -23,6 +23,19 @@ CStr TypedText::end() {
     return std::exchange(text, CStr());
 }
 
+bool TypedText::keyDown(int pressed, int mods) {
+    const Answer answer = key(pressed, mods);
+    if (answer == taken) finish();
+    if (answer != passed) ctrl->redraw();
+    return answer != passed;
+}
+
+void TypedText::finish() {
+    const CStr typed = end();
+    if (!typed.empty() && onTyped) onTyped(typed);
+    ctrl->redraw();
+}
+
 TypedText::Answer TypedText::key(int key, int mods) {
     if (mods & (modControl | modAlt)) return passed;
     if (on && key == keyReturn) return taken;

@@ -2,6 +2,8 @@
 
 #include "base/CStr.h"
 
+#include <functional>
+
 class CCtrl;
 
 /// What is being typed on a control that shows a value but is no text field. While it is, the
@@ -20,7 +22,12 @@ public:
     TypedText(CCtrl* owner, const char* allowed, int room)
         : ctrl(owner), characters(allowed), most(room) {}
 
+    std::function<void(const CStr& text)> onTyped; ///< what was typed, not empty
+
     bool typing() const { return on; }
+    /// For the key handler of the control: true when the key was typed, or ends the typing.
+    bool keyDown(int key, int mods);
+    void finish();      ///< reports what was typed, if anything
     CStr shown() const; ///< with a mark behind, while there is room
     void begin();
     Answer key(int key, int mods);

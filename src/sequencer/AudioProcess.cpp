@@ -7,6 +7,7 @@
 #include "engine/CQV.h"
 #include "sequencer/AudioVoices.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/ClipRange.h"
 #include "sequencer/ClipTimes.h"
 #include "sequencer/Flatten.h"
 #include "sequencer/PartEdits.h"
@@ -36,10 +37,6 @@ bool playable(const CAudioEvent* clip) {
            clip->start >= 0 && clip->start <= clip->end && clip->end < clip->sample->frames;
 }
 
-int frameCount(const CAudioEvent* clip) {
-    return saturate(int64_t(clip->end) - clip->start + 1);
-}
-
 int scaled(int ticks, double by) {
     return asMax(limitTicks(asRound64(ticks * by)), 1);
 }
@@ -66,9 +63,7 @@ public:
     CStr run() {
         std::unordered_set<const CPart*> done;
         for (const PlacedPart& p : selectedParts(seq)) {
-            const bool single = p.part->type == partAudio &&
-                                !static_cast<CAudioPart*>(p.part->content())->multiclip;
-            if (!single || !playable(firstClip(p.part))) continue;
+            if (isMulticlip(p.part) || !playable(firstClip(p.part))) continue;
             if (!done.insert(p.part->content()).second) continue;
             const FrameRange frames = framesOf(seq, p.part, range);
             if (mode == processCut && frames.count() >= frameCount(firstClip(p.part)))

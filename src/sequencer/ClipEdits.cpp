@@ -84,10 +84,6 @@ void set(CAudioEvent* e, ClipSetting setting, float value) {
     }
 }
 
-bool isMulticlip(CPart* part) {
-    return static_cast<CAudioPart*>(part->content())->multiclip != 0;
-}
-
 /// Calls `visit(part)` for each of the audio parts meant, one for each master.
 template <class F>
 void eachAudioPart(CSeq* seq, F&& visit) {

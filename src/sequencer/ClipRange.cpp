@@ -19,11 +19,11 @@ int framesBefore(const CAudioEvent* clip) {
     return clip->reverse ? clip->sample->frames - 1 - clip->end : clip->start;
 }
 
+} // namespace
+
 int frameCount(const CAudioEvent* clip) {
     return saturate(int64_t(clip->end) - clip->start + 1);
 }
-
-} // namespace
 
 int clipRate(const CAudioEvent* clip) {
     return tunedRate(clip->sample, clip->semitones + double(clip->fine));

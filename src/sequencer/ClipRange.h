@@ -8,6 +8,7 @@ struct CAudioEvent;
 /// sample; `songTick` is where it begins. Interface thread; clips in the hands of playback are not
 /// to be changed.
 
+int frameCount(const CAudioEvent* clip); ///< of its range
 /// Frames of the sample that are heard in a second.
 int clipRate(const CAudioEvent* clip);
 /// Frames of its range that pass between two ticks of the song; below 0 where `to` lies before

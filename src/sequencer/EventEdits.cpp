@@ -20,15 +20,6 @@ namespace {
 constexpr StepEffects eventEffects{.song = true, .seq = SeqNotice::parts};
 constexpr int topKey = 127, topVelocity = 127;
 
-bool isSelected(const CBaseEvent* event) {
-    return event->flags & eventSelected;
-}
-
-void select(CBaseEvent* event, bool on) {
-    event->flags =
-        (unsigned char)(on ? event->flags | eventSelected : event->flags & ~eventSelected);
-}
-
 void unselectAll(CBaseEvent* list) {
     for (CBaseEvent* e = list; e; e = e->next) select(e, false);
 }
@@ -38,7 +29,7 @@ bool isNote(int partType, const CBaseEvent* event) {
 }
 
 bool singleClip(CPart* part) {
-    return part->type == partAudio && !static_cast<CAudioPart*>(part->content())->multiclip;
+    return part->type == partAudio && !isMulticlip(part);
 }
 
 bool editable(CSeq* seq, CPart* part, const EventLane& lane) {

@@ -49,6 +49,11 @@ CEnvEvent* createEnvEvent(const CEnvEvent* source, float value) {
     return make(CEnvEvent{{}, inRange, 0.0f, 0});
 }
 
+void select(CBaseEvent* event, bool on) {
+    event->flags =
+        (unsigned char)(on ? event->flags | eventSelected : event->flags & ~eventSelected);
+}
+
 void freeEvent(CBaseEvent* event) {
     std::free(event);
 }

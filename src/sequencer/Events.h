@@ -18,6 +18,11 @@ struct CBaseEvent {
     CBaseEvent* next;    ///< null at the end
 };
 
+inline bool isSelected(const CBaseEvent* event) {
+    return event->flags & eventSelected;
+}
+void select(CBaseEvent* event, bool on);
+
 /// A channel message. A note is one event: note-offs are not stored.
 struct CMIDIEvent : CBaseEvent {
     int data;   ///< packed message (engine/MidiBytes.h)

@@ -100,10 +100,6 @@ private:
     }
 };
 
-bool isMulticlip(CPart* part) {
-    return part->type == partAudio && static_cast<CAudioPart*>(part->content())->multiclip;
-}
-
 } // namespace
 
 CStr flattenParts(CSeq* seq) {

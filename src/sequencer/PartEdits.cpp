@@ -149,6 +149,10 @@ int* eventLength(int partType, CBaseEvent* event) {
     return partType == partMIDI && noteOn(midi->data) ? &midi->length : nullptr;
 }
 
+bool isMulticlip(CPart* part) {
+    return part->type == partAudio && static_cast<CAudioPart*>(part->content())->multiclip;
+}
+
 bool hasSelectedEvents(CPart* part) {
     for (const CBaseEvent* e = part->getEvents(); e; e = e->next)
         if (e->flags & eventSelected) return true;

@@ -43,6 +43,8 @@ std::vector<CPart*> partsShowing(CSeq* seq, CPart* part);
 CBaseEvent* copyEvent(int partType, const CBaseEvent* event);
 /// The length in ticks of a note or drum hit; null for events that have none, clips among them.
 int* eventLength(int partType, CBaseEvent* event);
+/// Whether an audio part, or its master, holds several clips that are edited one by one.
+bool isMulticlip(CPart* part);
 bool hasSelectedEvents(CPart* part);
 /// Calls `visit(event, tick)` for each event of a list.
 template <class F>

@@ -82,7 +82,7 @@ private:
 class Keeping {
 public:
     Keeping(CSeq* song, CTrack* of)
-        : seq(song), track(of), place(song->getPos()), now(song->playedTime.ticks) {}
+        : track(of), place(song->getPos()), now(song->playedTime.ticks) {}
 
     std::unique_ptr<CPart> make(const std::vector<Event>& events) {
         for (const Event& e : events) take(e);
@@ -110,7 +110,6 @@ private:
         CMIDIEvent* event; ///< in `placed`
         int64_t at;        ///< song tick
     };
-    CSeq* seq;
     CTrack* track;
     Placing place;
     const double now;

@@ -118,8 +118,7 @@ private:
     CSeq* seq;
 
     static const CAudioEvent* sliceable(CPart* part) {
-        if (part->type != partAudio || static_cast<CAudioPart*>(part->content())->multiclip)
-            return nullptr;
+        if (part->type != partAudio || isMulticlip(part)) return nullptr;
         const auto* clip = static_cast<const CAudioEvent*>(part->getEvents());
         return clip && clip->sample && clip->sample->valid && clip->end > clip->start ? clip
                                                                                       : nullptr;

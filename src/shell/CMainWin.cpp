@@ -118,6 +118,7 @@ void CMainWin::idle() {
     router.serve();
     setCaptionText();
     bar->refresh();
+    song->idle();
     song->refresh();
     mainMenu->refresh();
     status->refresh();

@@ -17,6 +17,7 @@ constexpr int thumbWidth = 3;
 
 CMonitorVolume::CMonitorVolume(CWin* owner, int l, int t, int w, int h, CQV* host)
     : CCtrl(owner, "monitor", l, t, w, h), qv(host), typed(this, "0123456789", typedRoom) {
+    typed.onTyped = [this](const CStr& text) { setPercent(strAsIntDef(text, getPercent())); };
     hint = "Monitor volume in percent: drag, turn the wheel, or type";
     tabStop = true;
 }
@@ -71,13 +72,7 @@ bool CMonitorVolume::mouseWheel(int, int, int, int dy, int) {
 
 bool CMonitorVolume::keyDown(int key, int mods) {
     if (CCtrl::keyDown(key, mods)) return true;
-    const TypedText::Answer answer = typed.key(key, mods);
-    if (answer == TypedText::taken) endTyping();
-    if (answer != TypedText::passed) {
-        redraw();
-        return true;
-    }
-    return !mods && stepKey(key);
+    return typed.keyDown(key, mods) || (!mods && stepKey(key));
 }
 
 bool CMonitorVolume::stepKey(int key) {
@@ -86,20 +81,14 @@ bool CMonitorVolume::stepKey(int key) {
         pageStep * ((key == keyPageUp) - (key == keyPageDown));
     const bool fullUp = key == keyEnd || key == keyDelete;
     if (!by && !fullUp && key != keyHome) return false;
-    endTyping();
+    typed.finish();
     setPercent(by ? getPercent() + by : fullUp ? full : 0);
     return true;
 }
 
-void CMonitorVolume::endTyping() {
-    const CStr text = typed.end();
-    if (!text.empty()) setPercent(strAsIntDef(text, getPercent()));
-    redraw();
-}
-
 void CMonitorVolume::setFocus(bool on) {
     CCtrl::setFocus(on);
-    if (!on) endTyping();
+    if (!on) typed.finish();
 }
 
 void CMonitorVolume::describe(Description& d, int) const {

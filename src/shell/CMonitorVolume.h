@@ -29,7 +29,6 @@ public:
 
 private:
     bool stepKey(int key);
-    void endTyping();
 
     CQV* qv;
     TypedText typed;

@@ -23,18 +23,21 @@ constexpr double fine = 0.1, keyShare = 0.05;
 CStoredSlider::CStoredSlider(CWin* owner, const CStr& name, ValueDoor* through, int l, int t, int w,
                              int h)
     : CCtrl(owner, name, l, t, w, h), door(through), typed(this, "0123456789.,-", typedRoom) {
+    typed.onTyped = [this](const CStr& entered) {
+        setAll(typedValue(std::strtod(entered.asChar(), nullptr)));
+    };
     tabStop = true;
     hooverable = true;
     enabled = false;
 }
 
 double CStoredSlider::present() const {
-    const auto all = values();
-    return all.empty() ? usual : all.front().get()[0];
+    const auto one = value();
+    return one ? one->get()[0] : usual;
 }
 
 bool CStoredSlider::refresh() {
-    const bool none = values().empty();
+    const bool none = !value();
     const double now = present();
     if (now == shown && none == empty) return false;
     shown = now;
@@ -44,8 +47,8 @@ bool CStoredSlider::refresh() {
     return true;
 }
 
-int CStoredSlider::xOf(double value) const {
-    const double share = (std::clamp(value, least, most) - least) / (most - least);
+int CStoredSlider::xOf(double number) const {
+    const double share = (std::clamp(number, least, most) - least) / (most - least);
     return asRound(share * (width - thumbWidth));
 }
 
@@ -71,7 +74,7 @@ void CStoredSlider::paint(CGraphic* g, CRect) {
 
 void CStoredSlider::mouseDown(int x, int y, int btn) {
     CCtrl::mouseDown(x, y, btn);
-    if (!(btn & modLeft) || values().empty()) return;
+    if (!(btn & modLeft) || empty) return;
     if (btn & modDouble)
         setAll(usual);
     else
@@ -81,7 +84,7 @@ void CStoredSlider::mouseDown(int x, int y, int btn) {
 void CStoredSlider::dragBegin(const DragPoint&) {
     moved = values();
     before.clear();
-    for (const StoredValue& value : moved) before.push_back(value.get());
+    for (const StoredValue& one : moved) before.push_back(one.get());
     door->begin();
 }
 
@@ -111,10 +114,10 @@ void CStoredSlider::dragCancel() {
 
 void CStoredSlider::setAll(double to) {
     door->begin();
-    for (const StoredValue& value : values()) {
-        StoredValue::Numbers numbers = value.get();
+    for (const StoredValue& one : values()) {
+        StoredValue::Numbers numbers = one.get();
         numbers[0] = std::clamp(to, least, most);
-        door->set(value, numbers);
+        door->set(one, numbers);
     }
     door->end();
     refresh();
@@ -123,13 +126,7 @@ void CStoredSlider::setAll(double to) {
 bool CStoredSlider::keyDown(int key, int mods) {
     if (CCtrl::keyDown(key, mods)) return true;
     if (empty) return false;
-    const TypedText::Answer answer = typed.key(key, mods);
-    if (answer == TypedText::taken) endTyping();
-    if (answer != TypedText::passed) {
-        redraw();
-        return true;
-    }
-    return !mods && stepKey(key);
+    return typed.keyDown(key, mods) || (!mods && stepKey(key));
 }
 
 bool CStoredSlider::stepKey(int key) {
@@ -145,15 +142,9 @@ bool CStoredSlider::stepKey(int key) {
     return true;
 }
 
-void CStoredSlider::endTyping() {
-    const CStr entered = typed.end();
-    if (!entered.empty()) setAll(typedValue(std::strtod(entered.asChar(), nullptr)));
-    redraw();
-}
-
 void CStoredSlider::setFocus(bool on) {
     CCtrl::setFocus(on);
-    if (!on) endTyping();
+    if (!on) typed.finish();
 }
 
 void CStoredSlider::describe(Description& d, int) const {

@@ -6,6 +6,7 @@
 #include "gui/TypedText.h"
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 class ValueDoor;
@@ -17,12 +18,12 @@ class ValueDoor;
 class CStoredSlider : public CCtrl, private DragHandler {
 public:
     double least = 0.0, most = 1.0, usual = 1.0;
-    double origin = 0.0; ///< where the bar begins
-    /// Those that a gesture moves by as much, the one that is shown first; none: it shows nothing.
-    std::function<std::vector<StoredValue>()> values;
-    std::function<CStr()> text;                    ///< of what is shown, with its unit
-    std::function<double(double)> typedValue;      ///< of a number that was typed
-    std::function<void(const CStr& shown)> onTold; ///< during a drag
+    double origin = 0.0;                               ///< where the bar begins
+    std::function<std::optional<StoredValue>()> value; ///< that is shown; none: it shows nothing
+    std::function<std::vector<StoredValue>()> values;  ///< that a gesture moves by as much
+    std::function<CStr()> text;                        ///< of what is shown, with its unit
+    std::function<double(double)> typedValue;          ///< of a number that was typed
+    std::function<void(const CStr& shown)> onTold;     ///< during a drag
 
     CStoredSlider(CWin* win, const CStr& name, ValueDoor* door, int left, int top, int width,
                   int height);
@@ -44,7 +45,6 @@ private:
     void dragEnd(const DragPoint& point) override;
     void dragCancel() override;
     bool stepKey(int key);
-    void endTyping();
     double present() const;
     int xOf(double value) const;
 

@@ -80,6 +80,6 @@ void drawEvents(PixelPaper& paper, const PartLane& lane, CPart* shown, const Tim
         if (intersect(mark, asked).empty() || x < lane.box.left - pointReach ||
             x > lane.box.right + pointReach)
             return;
-        paper.fill(e->flags & eventSelected ? colours.selected : colours.point, mark);
+        paper.fill(isSelected(e) ? colours.selected : colours.point, mark);
     });
 }

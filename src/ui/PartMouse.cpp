@@ -18,15 +18,6 @@ namespace {
 constexpr int reachPixels = 6; ///< around a point
 constexpr double bendPerHeight = 2.0;
 
-void setSelected(CBaseEvent* event, bool on) {
-    event->flags = static_cast<unsigned char>(on ? event->flags | eventSelected
-                                                 : event->flags & ~eventSelected);
-}
-
-bool isSelected(const CBaseEvent* event) {
-    return event->flags & eventSelected;
-}
-
 } // namespace
 
 int PartLane::ticksOf(const TimeAxis& axis, int x) const {
@@ -55,16 +46,14 @@ CPart* PartMouse::shown() const {
 }
 
 void PartMouse::unselect(const PartLane& lane) {
-    eachEvent(lane.part->getParam(lane.lane.number),
-              [](CBaseEvent* e, int) { setSelected(e, false); });
+    eachEvent(lane.part->getParam(lane.lane.number), [](CBaseEvent* e, int) { select(e, false); });
 }
 
 void PartMouse::selectWithin(const PartLane& lane, const TimeAxis& axis, CRect band) {
     eachEvent(lane.part->getParam(lane.lane.number), [&](CBaseEvent* e, int tick) {
         const int x = lane.xOf(axis, tick);
         const int y = lane.yOf(static_cast<double>(static_cast<CEnvEvent*>(e)->value));
-        if (x >= band.left && x < band.right && y >= band.top && y < band.bottom)
-            setSelected(e, true);
+        if (x >= band.left && x < band.right && y >= band.top && y < band.bottom) select(e, true);
     });
 }
 
@@ -85,7 +74,7 @@ int PartMouse::pressPoint(CPoint at, int btn) {
     if (curve && (btn & (modAlt | modDouble))) return editIdle;
     if (!isSelected(found.event)) {
         unselect(place);
-        setSelected(found.event, true);
+        select(found.event, true);
     }
     anchorTick = toldTick = place.part->pos + place.part->offset + found.tick;
     anchorValue = toldValue =
@@ -107,7 +96,7 @@ int PartMouse::insertPoint(CPoint at) {
     unselect(place);
     base = contentDraft(place.part);
     CEnvEvent* point = createEnvEvent(nullptr, float(place.valueOf(at.y)));
-    setSelected(point, true);
+    select(point, true);
     base->addEventParam(own, point, place.lane.number);
     anchorTick = toldTick = tick + place.part->pos;
     anchorValue = toldValue = place.valueOf(at.y);

@@ -1,7 +1,17 @@
 #include "ui/TimeAxis.h"
 
+#include "sequencer/TempoMap.h"
+
 #include <algorithm>
 #include <cmath>
+
+double TimeAxis::ticksIn(double pixels) const {
+    return XToTicks(pixels, perQuarter);
+}
+
+double TimeAxis::pixelsIn(double ticks) const {
+    return ticksToX(ticks, perQuarter);
+}
 
 void TimeAxis::setZoom(double pixelsPerQuarter) {
     if (std::isfinite(pixelsPerQuarter))

@@ -20,8 +20,8 @@ public:
     int xOf(double ticks) const;       ///< of the view, within `farX`
     int64_t wideX(double ticks) const; ///< from the start of the song
     double ticksAt(double x) const;    ///< below 0 before the start of the song
-    double ticksIn(double pixels) const { return pixels * 960.0 / perQuarter; }
-    double pixelsIn(double ticks) const { return ticks * perQuarter / 960.0; }
+    double ticksIn(double pixels) const;
+    double pixelsIn(double ticks) const;
 
 private:
     double perQuarter = firstZoom;

@@ -169,6 +169,9 @@ void CScrollbar::onTimer() {
 CFader::CFader(CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CScrollbar(owner, name, l, t, w, h), color(asColor(64, 64, 64)),
       typed(this, "-0123456789", typedRoom) {
+    typed.onTyped = [this](const CStr& text) {
+        step(saturate(int64_t(strAsIntDef(text, pos)) - pos));
+    };
     type = ctrlFader;
     tabStop = true;
     arrowSize = 0;
@@ -216,20 +219,14 @@ void CFader::step(int by) {
 
 bool CFader::keyDown(int key, int mods) {
     if (CCtrl::keyDown(key, mods)) return true;
-    const TypedText::Answer answer = typed.key(key, mods);
-    if (answer == TypedText::taken) endTyping();
-    if (answer != TypedText::passed) {
-        redraw();
-        return true;
-    }
-    return !mods && stepKey(key);
+    return typed.keyDown(key, mods) || (!mods && stepKey(key));
 }
 
 bool CFader::stepKey(int key) {
     const int ones = (key == ::keyUp) - (key == ::keyDown);
     const int tens = (key == keyPageUp) - (key == keyPageDown);
     if (!ones && !tens && key != keyHome && key != keyEnd && key != keyDelete) return false;
-    endTyping();
+    typed.finish();
     if (ones || tens)
         step(ones + fastWheel * tens);
     else
@@ -237,15 +234,9 @@ bool CFader::stepKey(int key) {
     return true;
 }
 
-void CFader::endTyping() {
-    const CStr text = typed.end();
-    if (!text.empty()) step(saturate(int64_t(strAsIntDef(text, pos)) - pos));
-    redraw();
-}
-
 void CFader::setFocus(bool on) {
     CScrollbar::setFocus(on);
-    if (!on) endTyping();
+    if (!on) typed.finish();
 }
 
 void CScrollbar::describe(Description& d, int) const {

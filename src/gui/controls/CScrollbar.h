@@ -64,7 +64,6 @@ public:
 private:
     void step(int by);
     bool stepKey(int key);
-    void endTyping();
 
     TypedText typed;
 };
