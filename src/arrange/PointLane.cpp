@@ -15,6 +15,7 @@
 #include "sequencer/PointEdits.h"
 #include "sequencer/TempoMap.h"
 #include "ui/DragSnap.h"
+#include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 
 #include <algorithm>

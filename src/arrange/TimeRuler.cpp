@@ -1,7 +1,6 @@
 #include "arrange/TimeRuler.h"
 
 #include "arrange/ArrangeState.h"
-#include "arrange/GridLines.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
@@ -19,6 +18,8 @@
 #include "sequencer/SongValues.h"
 #include "sequencer/TempoMap.h"
 #include "ui/DragSnap.h"
+#include "ui/GridLines.h"
+#include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
 

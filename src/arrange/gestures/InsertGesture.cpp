@@ -4,6 +4,7 @@
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "ui/DragSnap.h"
+#include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 
 void InsertGesture::dragMove(const DragPoint& point) {

@@ -10,6 +10,7 @@
 #include "sequencer/Bars.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/MoveEdits.h"
+#include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 
 MoveGesture::MoveGesture(ArrangeGrid& over, ArrangeState& shared, CPart* pressed)

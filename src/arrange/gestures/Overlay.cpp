@@ -6,11 +6,9 @@
 #include "engine/CSnap.h"
 #include "gui/CGraphic.h"
 #include "gui/Keys.h"
-#include "sequencer/Bars.h"
 #include "sequencer/CSeq.h"
+#include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
-
-#include <cstdlib>
 
 int dragGrid(const ArrangeState& state, int btn) {
     const bool off = (btn & modControl) && !(state.edit.startBtn & modControl);
@@ -43,33 +41,7 @@ void outlinePart(CGraphic* g, const ArrangeState& state, const ArrangeRow& row, 
                 double(state.seq()->getTicks(part)) + grown, asked);
 }
 
-CStr placeText(CSeq* seq, int tick) {
-    const BarPlace at = barPlace(seq, asMax(0, tick));
-    CStr text = CStr("bar ") + asStr(at.bar);
-    if (at.beat > 1 || at.ticks > 0) text += CStr(".") + asStr(at.beat);
-    if (at.ticks > 0) text += CStr(".") + asStr(at.ticks);
-    return text;
-}
-
-/// By the song's signature.
-CStr deltaText(CSeq* seq, int ticks) {
-    const int num = seq->options.num(), beat = 4 * quarterTicks / seq->options.den();
-    const int way = std::abs(ticks), bar = num * beat;
-    return CStr(ticks < 0 ? "-" : "+") + asStr(way / bar) + "." + asStr(way % bar / beat) + "." +
-           asStr(way % beat);
-}
-
 CStr partText(CSeq* seq, const CSongTrack* songTrack, CPart* part) {
     return part->content()->id + ", " + songTrack->track->id + ", " + placeText(seq, part->pos) +
            ", " + lengthText(seq, seq->getTicks(part));
-}
-
-CStr lengthText(CSeq* seq, int ticks) {
-    const int beat = 4 * quarterTicks / seq->options.den(), bar = seq->options.num() * beat;
-    const auto count = [](int n, const char* what) {
-        return asStr(n) + " " + what + (n == 1 ? "" : "s");
-    };
-    if (ticks % bar == 0) return count(ticks / bar, "bar");
-    if (ticks % beat == 0) return count(ticks / beat, "beat");
-    return count(ticks, "tick");
 }

@@ -25,9 +25,5 @@ void outlineSpan(CGraphic* g, const ArrangeState& state, const ArrangeRow& row, 
 /// The outline of a part in a row, moved and grown by ticks, where it meets `asked`.
 void outlinePart(CGraphic* g, const ArrangeState& state, const ArrangeRow& row, CPart* part,
                  int moved, int grown, CRect asked);
-/// A place as "bar 5.2.120", and a way as "+1.0.0" in bars, beats and ticks.
-CStr placeText(CSeq* seq, int tick);
-CStr deltaText(CSeq* seq, int ticks);
-/// A length as "4 bars", and a part as "Bass, track, bar 5, 4 bars".
-CStr lengthText(CSeq* seq, int ticks);
+/// A part as "Bass, track, bar 5, 4 bars".
 CStr partText(CSeq* seq, const CSongTrack* songTrack, CPart* part);

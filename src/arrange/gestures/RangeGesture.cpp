@@ -8,6 +8,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/TempoMap.h"
 #include "ui/DragSnap.h"
+#include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 
 #include <algorithm>

@@ -5,6 +5,7 @@
 #include "base/Numbers.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/MoveEdits.h"
+#include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 
 SizeGesture::SizeGesture(ArrangeGrid& over, ArrangeState& shared, CPart* pressed, bool atStart)

@@ -5,6 +5,7 @@
 #include "base/Numbers.h"
 #include "sequencer/ClipEdits.h"
 #include "ui/DragSnap.h"
+#include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 
 SlipGesture::SlipGesture(ArrangeGrid& over, ArrangeState& shared) : ArrangeGesture(over, shared) {

@@ -1,4 +1,4 @@
-#include "arrange/GridLines.h"
+#include "ui/GridLines.h"
 
 #include "base/Numbers.h"
 #include "sequencer/Bars.h"
