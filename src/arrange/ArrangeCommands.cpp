@@ -1,8 +1,12 @@
 #include "arrange/ArrangeView.h"
-#include "arrange/LanePress.h"
+#include "arrange/LanePoints.h"
 #include "arrange/SongRange.h"
+#include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/ValueDoor.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/CSubTrack.h"
+#include "sequencer/ParamLanes.h"
 #include "ui/Commands.h"
 #include "ui/Workspace.h"
 
@@ -22,6 +26,25 @@ bool ArrangeView::canDelete() const {
            !selectedPoints(*this).empty();
 }
 
+bool ArrangeView::canShowTouched() const {
+    CObject* object = qv->values->touched().object;
+    return seq() && object && !qv->recording && !qv->recUndo && trackOfParam(seq(), object);
+}
+
+/// The lane of the control that was moved last.
+void ArrangeView::showTouched() {
+    const ValueDoor::Touched touched = qv->values->touched();
+    const CSubTrack* lane = showParamLane(seq(), touched.object, touched.param);
+    rowsChanged();
+    for (const ArrangeRow& row : rows.all()) {
+        if (!lane || row.lane != lane) continue;
+        scrollTo(edit.axis.scroll(), asMinMax(edit.scrollY, row.bottom() - gridHeight(), row.top));
+        seq()->unselectTracks();
+        seq()->selectTrack(row.songTrack, true);
+        workspace.setStatus(lane->id + ", lane of " + row.songTrack->track->id);
+    }
+}
+
 void ArrangeView::bindCommands() {
     bindZoom();
     Commands& commands = workspace.commands();
@@ -33,6 +56,11 @@ void ArrangeView::bindCommands() {
     };
     bindRipple("rippletrack", Ripple::track);
     bindRipple("rippleall", Ripple::all);
+    commands.bind(
+        "showtouched", [this] { showTouched(); }, [this] { return canShowTouched(); });
+    commands.bind(
+        "addpoint", [this] { addPointHere(*this); },
+        [this] { return !qv->recording && !qv->recUndo && canAddPoint(*this); });
     commands.bind(
         "delete", [this] { deleteSelected(); }, [this] { return canDelete(); });
     commands.bind(

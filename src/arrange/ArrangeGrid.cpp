@@ -5,6 +5,9 @@
 #include "arrange/GridHints.h"
 #include "arrange/Hit.h"
 #include "arrange/LanePainter.h"
+#include "arrange/LanePoints.h"
+#include "arrange/LanePress.h"
+#include "arrange/NameField.h"
 #include "arrange/PartPainter.h"
 #include "arrange/Press.h"
 #include "arrange/RangePainter.h"
@@ -34,6 +37,7 @@ constexpr int cursorPlain = 1, cursorSideways = 5;
 constexpr double wheelIn = 1.25, wheelOut = 0.75;
 constexpr double loopShare = 0.06;
 constexpr int shadowReach = 1; ///< of the play line to each side
+constexpr int fieldWidth = 76, fieldHeight = 18;
 
 } // namespace
 
@@ -55,6 +59,7 @@ void ArrangeGrid::songChanged() {
 }
 
 void ArrangeGrid::scrolled(int dx, int dy) {
+    if (field && field->visible) win->setKeyCtrl(this);
     if (std::abs(dx) >= width || std::abs(dy) >= height) return redraw();
     shownX += dx;
     inView.reset();
@@ -81,6 +86,7 @@ int ArrangeGrid::playX() const {
 }
 
 void ArrangeGrid::idle() {
+    NameField::dropLeft(field);
     Heard now = heardNow();
     if (now == heard) return;
     heard = std::move(now);
@@ -203,6 +209,7 @@ void ArrangeGrid::mouseMove(int x, int y, int btn) {
 }
 
 bool ArrangeGrid::keyDown(int key, int mods) {
+    if (key == keyReturn && mods == 0 && typeValue()) return true;
     if (key == keyEscape && state.range.get()) {
         state.range.clear();
         return true;
@@ -243,6 +250,29 @@ bool ArrangeGrid::contextMenu() {
     return onPartsMenu;
 }
 
+/// Of the selected points, over the first of them.
+bool ArrangeGrid::typeValue() {
+    if (!state.seq()) return false;
+    const std::vector<LanePoint> chosen = selectedLanePoints(state);
+    NameField::dropLeft(field);
+    if (chosen.empty() || field) return !chosen.empty();
+    const LanePoint& point = chosen.front();
+    const PartLane lane = laneOf(state, *point.row, point.part);
+    const int y =
+        asMinMax(lane.yOf(double(point.point->value)) - fieldHeight / 2, 0, height - fieldHeight);
+    const int x = asMinMax(state.axis().xOf(point.tick) - fieldWidth / 2, 0, width - fieldWidth);
+    const CRect box = asRect(left + x, top + y, left + x + fieldWidth, top + y + fieldHeight);
+    field = new NameField(parent, box, typedValue(point), pointText(state, point), this);
+    field->hint = "Type a value; Return takes it, Escape leaves the former one";
+    field->onName = [this](const CStr& text) {
+        const std::vector<LanePoint> now =
+            state.seq() ? selectedLanePoints(state) : std::vector<LanePoint>();
+        if (!now.empty() && !setTyped(state, now.front(), text))
+            state.workspace.setStatus(CStr("No value: ") + text);
+    };
+    return true;
+}
+
 // What it tells.
 
 void ArrangeGrid::redraw() {
@@ -261,8 +291,8 @@ int ArrangeGrid::accessParts() const {
 
 int ArrangeGrid::focusedPart() const {
     const auto& parts = shownParts();
-    const auto found = std::find_if(parts.begin(), parts.end(),
-                                    [](const ShownPart& p) { return p.part->selected(); });
+    const auto found =
+        std::find_if(parts.begin(), parts.end(), [](const ShownPart& p) { return p.selected(); });
     return found == parts.end() ? wholeCtrl : int(found - parts.begin());
 }
 
@@ -271,22 +301,29 @@ void ArrangeGrid::describe(Description& d, int part) const {
     d.name = "Parts";
     if (part == wholeCtrl) return;
     const ShownPart& shown = shownParts()[size_t(part)];
-    d.name = partText(state.seq(), shown.songTrack, shown.part).asChar();
+    const CStr name = shown.point.point ? pointText(state, shown.point)
+                                        : partText(state.seq(), shown.songTrack, shown.part);
+    d.name = name.asChar();
     d.action = "select";
     d.bounds = intersect(shown.box, clientRect());
     d.set(stateSelectable, true);
-    d.set(stateSelected, shown.part->selected());
+    d.set(stateSelected, shown.selected());
 }
 
 bool ArrangeGrid::pressPart(int part) {
     if (part == wholeCtrl || part >= accessParts()) return false;
     const ShownPart shown = shownParts()[size_t(part)];
     CSeq* seq = state.seq();
+    win->setKeyCtrl(this);
+    if (shown.point.point) {
+        choosePoint(state, shown.point, false);
+        return true;
+    }
+    unselectPoints(state);
     seq->unselectParts();
     shown.part->setSelected(true);
     seq->unselectTracks();
     seq->selectTrack(shown.songTrack, true);
-    win->setKeyCtrl(this);
     redraw();
     return true;
 }

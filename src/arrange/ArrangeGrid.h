@@ -12,6 +12,7 @@
 class ArrangeGesture;
 class ArrangeState;
 class CGraphic;
+class NameField;
 class PartPainter;
 struct ArrangeRow;
 
@@ -34,7 +35,7 @@ public:
     using CCtrl::redraw;
     void redraw() override;
     void describe(Description& d, int part) const override;
-    int accessParts() const override; ///< the parts of the song that are in view
+    int accessParts() const override; ///< the parts and points that are in view
     int focusedPart() const override;
     bool pressPart(int part) override; ///< selects it alone
 
@@ -45,6 +46,8 @@ public:
     /// What was shown has moved by so many pixels: the rest is painted.
     void scrolled(int dx, int dy);
     void gestureDone(); ///< applied or not
+    /// Opens a field for the value of the selected points; false without any.
+    bool typeValue();
 
 private:
     /// What changes without a notice.
@@ -70,6 +73,7 @@ private:
     PartSketches sketches;
     std::unique_ptr<ArrangeGesture> gesture;              ///< the latest; null before the first
     Heard heard;                                          ///< as it is shown
+    NameField* field = nullptr;                           ///< for a value; owned by the group
     int shownX = -1;                                      ///< of the play position
     mutable std::optional<std::vector<ShownPart>> inView; ///< until something else is shown
 };

@@ -2,6 +2,8 @@
 
 #include "arrange/ArrangeState.h"
 #include "arrange/Hit.h"
+#include "arrange/LanePoints.h"
+#include "arrange/PointKeys.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "engine/CSnap.h"
@@ -38,12 +40,17 @@ void resizeBy(CSeq* seq, int along) {
     if (ticks != 0) resizeParts(seq, ticks, true);
 }
 
+/// A part, or a point of a lane.
 struct Place {
     const ArrangeRow* row = nullptr;
     CPart* part = nullptr;
+    LanePoint point{};
+
+    int tick() const { return point.point ? point.tick : part->pos.load(); }
+    explicit operator bool() const { return part != nullptr; }
 };
 
-/// The selected part that lies furthest that way.
+/// The selected part that lies furthest that way, or the selected point.
 Place selectedPlace(const ArrangeState& state, Way way) {
     Place found;
     eachSelectedPart(state, [&](const ArrangeRow& row, CPart* part) {
@@ -52,7 +59,11 @@ Place selectedPlace(const ArrangeState& state, Way way) {
                                              : !found.part || way.across > 0;
         if (further) found = {&row, part};
     });
-    return found;
+    if (found) return found;
+    const std::vector<LanePoint> points = selectedLanePoints(state);
+    if (points.empty()) return found;
+    const LanePoint& point = way.across > 0 ? points.back() : points.front();
+    return {point.row, point.part, point};
 }
 
 /// On the same row the next one, else on the next row with any the one that begins nearest.
@@ -66,13 +77,15 @@ Place nextPlace(const ArrangeState& state, Place from, Way way) {
     for (int i = int(from.row - rows.data()) + way.across; i >= 0 && i < int(rows.size());
          i += way.across) {
         const ArrangeRow& row = rows[size_t(i)];
-        if (row.lane) continue;
-        CPart* best = nullptr;
-        for (auto* part : each<CPart>(row.songTrack->parts))
-            if (!best ||
-                std::abs(part->pos - from.part->pos) < std::abs(best->pos - from.part->pos))
-                best = part;
-        if (best) return {&row, best};
+        Place best;
+        const auto consider = [&](const Place& place) {
+            const int off = std::abs(place.tick() - from.tick());
+            if (!best || off < std::abs(best.tick() - from.tick())) best = place;
+        };
+        for (const LanePoint& point : pointsOf(state, row)) consider({&row, point.part, point});
+        if (!row.lane)
+            for (auto* part : each<CPart>(row.songTrack->parts)) consider({&row, part});
+        if (best) return best;
     }
     return {};
 }
@@ -96,6 +109,7 @@ void showPlace(ArrangeState& state, Place place) {
 bool editKey(ArrangeState& state, int key, int mods) {
     const Way way = wayOf(key);
     CSeq* seq = state.seq();
+    if (pointEditKey(state, key, mods)) return true;
     if ((way.along == 0 && way.across == 0) || !seq || !seq->getProg()->getFirstSelectedPart())
         return false;
     if (mods == modControl) {
@@ -111,9 +125,15 @@ bool walkKey(ArrangeState& state, int key, int mods) {
     const Way way = wayOf(key);
     CSeq* seq = state.seq();
     if ((way.along == 0 && way.across == 0) || !seq || (mods & ~modShift)) return false;
+    if (pointWalkKey(state, key, mods)) return true;
     const Place from = selectedPlace(state, way);
-    const Place to = from.part ? nextPlace(state, from, way) : firstPlace(state);
-    if (!to.part) return false;
+    const Place to = from ? nextPlace(state, from, way) : firstPlace(state);
+    if (!to) return false;
+    if (to.point.point) {
+        choosePoint(state, to.point, mods & modShift);
+        return true;
+    }
+    unselectPoints(state);
     if (!(mods & modShift)) seq->unselectParts();
     to.part->setSelected(true);
     seq->unselectTracks();

@@ -96,6 +96,8 @@ private:
     void bindCommands();
     void deleteSelected();
     bool canDelete() const;
+    void showTouched();
+    bool canShowTouched() const;
 
     Option objectsShown;
     Option follows; ///< the view goes along with the play position

@@ -34,7 +34,7 @@ CStr gridHint(const ArrangeState& state, const ArrangeRow* row, const PartHit& h
                alt + ": stretch";
     if (row && row->lane)
         return "Drag a point: move, Ctrl: copy   Drag the line: bend   Double click or " + alt +
-               " + drag: new point   Right click: delete";
+               " + drag: new point   Double click on a point: type its value   Right click: delete";
     switch (handle) {
     case PartHandle::fadeIn:
         return "Drag: fade in";

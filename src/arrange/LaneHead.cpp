@@ -5,6 +5,7 @@
 #include "arrange/RowLayout.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/ParamUnit.h"
 #include "engine/ValueDoor.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -15,12 +16,14 @@
 #include "sequencer/CSongTrack.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/CTrack.h"
+#include "sequencer/LaneUnit.h"
 #include "sequencer/TrackValues.h"
 #include "ui/ProgramItems.h"
 
 namespace {
 
 constexpr int nameLeft = 39, buttonTop = 4, buttonHeight = 18, bypassWidth = 54, closeWidth = 18;
+constexpr int valueHeight = 15;
 constexpr double sunken = 0.35; ///< of the window's colour in the ground
 
 /// The cross that closes.
@@ -57,14 +60,24 @@ void LaneHead::show(const ArrangeRow& row) {
     close->setBounds(right - closeWidth, buttonTop, closeWidth, buttonHeight);
     bypass->setBounds(close->left - gap - bypassWidth, buttonTop, bypassWidth, buttonHeight);
     shownName = lane->id;
+    shownValue = valueNow();
     bypass->spokenName = "Bypass, " + shownName;
     close->spokenName = "Close, " + shownName;
 }
 
+/// Of what the lane moves; of a controller the one that was sent last.
+CStr LaneHead::valueNow() const {
+    const bool parameter = lane->target == targetParam && lane->object;
+    const float value = parameter ? paramShare(lane->object, lane->param) : lane->lastValue.load();
+    return value < 0.0f ? CStr() : unitOf(*lane).text(value);
+}
+
 void LaneHead::refresh() {
     const bool on = lane->bypass != 0, named = lane->id == shownName;
-    if (on == bypass->lit && named) return;
+    const CStr value = valueNow();
+    if (on == bypass->lit && named && value == shownValue) return;
     shownName = lane->id;
+    shownValue = value;
     bypass->setLit(on);
     redraw();
 }
@@ -76,6 +89,9 @@ void LaneHead::paint(CGraphic* g, CRect rect) {
     const CRect name =
         asRect(nameLeft + inset, buttonTop, bypass->left - gap, buttonTop + buttonHeight);
     g->drawText(bypass->lit ? colours.dimText : colours.text, shownName, name, textLeft);
+    const CRect value =
+        asRect(nameLeft + inset, name.bottom, width - gap, name.bottom + valueHeight);
+    if (value.bottom < height) g->drawText(colours.dimText, shownValue, value, textLeft);
     if (hasKeyFocus()) g->frameRect(colours.accent, asRect(0, 0, width, height - 1));
     CGroup::paint(g, rect);
 }
@@ -103,4 +119,5 @@ std::vector<CCtrl*> LaneHead::stops() {
 void LaneHead::describe(Description& d, int) const {
     d.role = Role::group;
     d.name = (shownName + ", lane of " + track->track->id).asChar();
+    d.text = shownValue.asChar();
 }

@@ -4,7 +4,7 @@
 
 class CButton;
 
-/// Head of an automation lane: its name, bypass, and what closes it.
+/// Head of an automation lane: its name, the value that it has now, bypass, and what closes it.
 class LaneHead : public RowHead {
 public:
     LaneHead(HeadList& list, const ArrangeRow& row);
@@ -20,8 +20,9 @@ public:
 private:
     void bypassClicked(CObject*);
     void closeClicked(CObject*);
+    CStr valueNow() const;
 
     CButton *bypass, *close;
     int inset = 0;
-    CStr shownName;
+    CStr shownName, shownValue;
 };

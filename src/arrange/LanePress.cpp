@@ -1,12 +1,13 @@
 #include "arrange/LanePress.h"
 
+#include "arrange/ArrangeGrid.h"
 #include "arrange/ArrangeState.h"
 #include "arrange/gestures/HandGesture.h"
 #include "arrange/gestures/PointGesture.h"
 #include "base/Numbers.h"
+#include "gui/Keys.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
-#include "sequencer/PartEdits.h"
 
 #include <utility>
 
@@ -22,28 +23,7 @@ PartLane laneOf(const ArrangeState& state, const ArrangeRow& row, CPart* part) {
     const CRect box = asRect(state.axis().xOf(part->pos.load()), y + laneMargin,
                              state.axis().xOf(double(part->pos) + state.seq()->getTicks(part)),
                              y + row.height - laneMargin - 1);
-    return {state.seq(), part, {laneAutomation, row.lane->slot}, box};
-}
-
-std::vector<PartSlot> selectedPoints(const ArrangeState& state) {
-    std::vector<PartSlot> found;
-    for (const ArrangeRow& row : state.rows.all()) {
-        if (!row.lane) continue;
-        for (auto* part : each<CPart>(row.songTrack->parts)) {
-            bool any = false;
-            eachEvent(part->getParam(row.lane->slot),
-                      [&](const CBaseEvent* e, int) { any = any || isSelected(e); });
-            if (any) found.push_back({part, row.lane->slot});
-        }
-    }
-    return found;
-}
-
-void unselectPoints(const ArrangeState& state) {
-    for (const ArrangeRow& row : state.rows.all())
-        if (row.lane)
-            for (auto* part : each<CPart>(row.songTrack->parts))
-                PartMouse::unselect(laneOf(state, row, part));
+    return {state.seq(), part, {laneAutomation, row.lane->slot}, box, row.lane};
 }
 
 Press pressedLane(ArrangeGrid& grid, ArrangeState& state, const ArrangeRow& row, CPoint at,
@@ -55,6 +35,10 @@ Press pressedLane(ArrangeGrid& grid, ArrangeState& state, const ArrangeRow& row,
     if (mode == editIdle) return {};
     state.seq()->unselectParts();
     state.gridChanged();
+    if ((btn & modDouble) && mode == editMove && !mouse->inserting()) {
+        grid.typeValue();
+        return {};
+    }
     if (mode != editErase && mode != editCurveReset)
         return {std::make_unique<PointGesture>(grid, state, std::move(mouse)), mode, 0};
     std::shared_ptr<PartMouse> pressed = std::move(mouse);

@@ -4,9 +4,11 @@
 #include "gui/CGroup.h"
 #include "gui/CWin.h"
 
-NameField::NameField(CGroup* in, CRect box, const CStr& name, const CStr& spoken)
+NameField::NameField(CGroup* in, CRect box, const CStr& name, const CStr& spoken, CCtrl* former)
     : CEdit(in->win, "name", box.left, box.top, box.width(), box.height()),
-      goesBack(in->hasKeyFocus()) {
+      back(former              ? former
+           : in->hasKeyFocus() ? in
+                               : nullptr) {
     spokenName = spoken;
     hint = "Type a name; Return takes it, Escape leaves the former one";
     setText(name);
@@ -17,7 +19,7 @@ NameField::NameField(CGroup* in, CRect box, const CStr& name, const CStr& spoken
 
 bool NameField::keyDown(int key, int mods) {
     const bool taken = CEdit::keyDown(key, mods);
-    if (!visible && goesBack && !win->keyCtrl) win->setKeyCtrl(parent);
+    if (!visible && back && !win->keyCtrl) win->setKeyCtrl(back);
     return taken;
 }
 

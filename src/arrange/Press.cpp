@@ -2,6 +2,7 @@
 
 #include "arrange/ArrangeGrid.h"
 #include "arrange/ArrangeState.h"
+#include "arrange/LanePoints.h"
 #include "arrange/LanePress.h"
 #include "arrange/PartHandles.h"
 #include "arrange/RangePainter.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "arrange/LanePoints.h"
 #include "base/Geometry.h"
 
 #include <vector>
@@ -8,11 +9,14 @@ class ArrangeState;
 class CPart;
 class CSongTrack;
 
-/// A part that can be seen in the grid, whole or in part.
+/// A part that can be seen in the grid, whole or in part, or a point of automation.
 struct ShownPart {
     CSongTrack* songTrack;
     CPart* part;
-    CRect box; ///< in the grid
+    CRect box;         ///< in the grid
+    LanePoint point{}; ///< none: the part
+
+    bool selected() const;
 };
 
 /// From the upper row to the lower one, and in each from the left to the right.

@@ -4,6 +4,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/LiveEdits.h"
+#include "sequencer/ParamLanes.h"
 #include "sequencer/Pending.h"
 #include "sequencer/TempoMap.h"
 #include "sequencer/TrackTake.h"
@@ -18,37 +19,6 @@ namespace {
 
 constexpr int pointGrid = 240; ///< ticks between points
 
-/// Where the sound of a parameter goes through.
-struct ParamPlace {
-    CComp* comp = nullptr;
-    COutputChannel* channel = nullptr;
-};
-
-ParamPlace placeOf(CObject* object) {
-    ParamPlace place;
-    if (object->asType(categoryChannel, channelOutput)) {
-        place.channel = static_cast<COutputChannel*>(object);
-    } else if (object->asType(0, typeSend)) {
-        place.channel = static_cast<CSend*>(object)->channel;
-    } else if (object->category == categoryComp) {
-        place.comp = static_cast<CComp*>(object);
-        place.channel = place.comp->ownerChannel;
-    }
-    if (place.channel) place.comp = place.channel->comp;
-    return place;
-}
-
-CTrack* trackOf(const CSeq* seq, const ParamPlace& place) {
-    if (!place.comp) return nullptr;
-    for (auto* track : each<CTrack>(seq->tracks)) {
-        const COutputChannel* out = track->output();
-        if (out && (out == place.channel || fedBy(place.comp, out))) return track;
-    }
-    for (auto* track : each<CTrack>(seq->tracks))
-        if (track->armed && fedBy(place.comp, track->outPort())) return track;
-    return nullptr;
-}
-
 CStr paramName(CObject* object, int param) {
     if (object->asType(categoryChannel, channelOutput)) return COutputChannel::paramName(param);
     if (object->category == categoryComp) return static_cast<CComp*>(object)->paramName(param);
@@ -62,7 +32,7 @@ bool records(const CSubTrack* lane, const CObject* object, int param) {
 } // namespace
 
 void CSeq::recParam(CObject* object, int param, float value) {
-    CTrack* track = trackOf(this, placeOf(object));
+    CTrack* track = trackOfParam(this, object);
     if (track && track->armed) track->take.addParam(object, param, value);
 }
 

@@ -216,6 +216,7 @@ void MainMenu::fillTrack(CPopup* popup) {
     addGroups(popup, {{"mute", "solo", "armtrack", "locktrack"},
                       {"muteall", "soloall"},
                       {"rename", "trackcolour", "foldtrack"},
+                      {"showtouched", "addpoint"},
                       {"trackup", "trackdown", "deletetrack"},
                       {"freeze", "bounce"}});
     fillBounce(popup->addSub("Bounce range"));

@@ -81,6 +81,8 @@ constexpr Row rows[] = {
     {"addfolder", "Add folder", groupArrange},
     {"armtrack", "Arm track", groupArrange},
     {"locktrack", "Lock track", groupArrange},
+    {"showtouched", "Show what was touched", groupArrange, 'a'},
+    {"addpoint", "Add automation point", groupArrange, 'a', shift},
     {"foldtrack", "Open or close track", groupArrange},
     {"trackcolour", "Track colour...", groupArrange},
     {"trackup", "Move track up", groupArrange},

@@ -2,11 +2,13 @@
 
 #include "base/Numbers.h"
 #include "engine/CSnap.h"
+#include "engine/ParamUnit.h"
 #include "gui/Keys.h"
 #include "sequencer/Bars.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/EventEdits.h"
 #include "sequencer/EventFind.h"
+#include "sequencer/LaneUnit.h"
 #include "sequencer/PartEdits.h"
 #include "sequencer/TempoMap.h"
 #include "ui/DragSnap.h"
@@ -76,9 +78,8 @@ int PartMouse::pressPoint(CPoint at, int btn) {
         unselect(place);
         select(found.event, true);
     }
-    anchorTick = toldTick = place.part->pos + place.part->offset + found.tick;
-    anchorValue = toldValue =
-        static_cast<double>(static_cast<const CEnvEvent*>(found.event)->value);
+    anchorTick = nowTick = place.part->pos + place.part->offset + found.tick;
+    anchorValue = nowValue = static_cast<double>(static_cast<const CEnvEvent*>(found.event)->value);
     const EventRange range = eventRange(place.seq, place.part, place.lane);
     edit.minDelta = range.minTicks;
     edit.maxDelta = range.maxTicks;
@@ -98,8 +99,8 @@ int PartMouse::insertPoint(CPoint at) {
     CEnvEvent* point = createEnvEvent(nullptr, float(place.valueOf(at.y)));
     select(point, true);
     base->addEventParam(own, point, place.lane.number);
-    anchorTick = toldTick = tick + place.part->pos;
-    anchorValue = toldValue = place.valueOf(at.y);
+    anchorTick = nowTick = tick + place.part->pos;
+    anchorValue = nowValue = place.valueOf(at.y);
     edit.minDelta = -asMin(tick, own);
     edit.maxDelta = place.seq->getTicks(place.part) - 1 - tick;
     return editMove;
@@ -118,8 +119,8 @@ void PartMouse::movePoints(CPoint at, CPoint anchor, int grid) {
     EventDelta delta;
     delta.ticks = edit.deltaPos;
     delta.value = -float(edit.deltaY) / float(asMax(1, place.box.height() - 1));
-    toldTick = anchorTick + delta.ticks;
-    toldValue = fLimit(anchorValue + static_cast<double>(delta.value), 0.0, 1.0);
+    nowTick = anchorTick + delta.ticks;
+    nowValue = fLimit(anchorValue + static_cast<double>(delta.value), 0.0, 1.0);
     if (delta.ticks == 0 && edit.deltaY == 0) {
         draft.reset();
         return;
@@ -130,9 +131,9 @@ void PartMouse::movePoints(CPoint at, CPoint anchor, int grid) {
 
 void PartMouse::bend(CPoint at, CPoint anchor) {
     edit.deltaY = at.y - anchor.y;
+    bent = -float(edit.deltaY * bendPerHeight / asMax(1, place.box.height()));
     draft = contentDraft(place.part);
-    bendPoints(draft.get(), place.lane.number,
-               -float(edit.deltaY * bendPerHeight / asMax(1, place.box.height())), false);
+    bendPoints(draft.get(), place.lane.number, bent, false);
 }
 
 void PartMouse::partMouseUp() {
@@ -150,5 +151,7 @@ void PartMouse::partMouseUp() {
 }
 
 CStr PartMouse::told() const {
-    return asStr(asRound(toldValue * 100)) + " %";
+    if (edit.mode == editCurve) return CStr("bend ") + percentUnit.text(bent);
+    const ParamUnit& unit = place.shown ? unitOf(*place.shown) : percentUnit;
+    return unit.text(float(nowValue));
 }

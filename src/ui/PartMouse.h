@@ -8,6 +8,7 @@
 
 class CPart;
 class CSeq;
+class CSubTrack;
 
 /// A lane of a part as a view shows it: values run from 1 at the top of `box` to 0 at its bottom,
 /// time along the axis of the mouse's state.
@@ -16,6 +17,7 @@ struct PartLane {
     CPart* part = nullptr;
     EventLane lane;
     CRect box;
+    const CSubTrack* shown = nullptr; ///< whose unit values are told in; null: percent
 
     int ticksOf(const TimeAxis& axis, int x) const; ///< in the part's own time
     int xOf(const TimeAxis& axis, int tick) const;
@@ -40,10 +42,13 @@ public:
     void partMouseMove(CPoint at, CPoint anchor, int grid);
     void partMouseUp(); ///< applies what has become of it
 
+    bool inserting() const { return base != nullptr; } ///< the press puts a point in
     const PartLane& lane() const { return place; }
     /// What is to be shown: the draft, else the part.
     CPart* shown() const;
-    CStr told() const; ///< of the drag, for the line at the bottom
+    // Of the drag, for the line at the bottom.
+    int toldTick() const { return nowTick; } ///< of the point under the pointer, in the song
+    CStr told() const;                       ///< its value, or how the line bends
 
     /// Selects the points of the lane that lie within a rectangle of the view.
     static void selectWithin(const PartLane& lane, const TimeAxis& axis, CRect band);
@@ -61,6 +66,7 @@ private:
     std::unique_ptr<CPart> base;  ///< what it is made from, with a point that was put in; or null
     int anchorTick = 0;           ///< of the point under the press, in ticks of the song
     double anchorValue = 0;
-    int toldTick = 0;
-    double toldValue = 0;
+    int nowTick = 0;
+    double nowValue = 0;
+    float bent = 0; ///< by the drag
 };

@@ -275,56 +275,6 @@ TEST_F(ArrangeTest, TheViewFollowsWhatPlays) {
     EXPECT_GT(atX(), grid()->width) << "does not follow";
 }
 
-/// Points of a lane are put in, moved, copied, bent, chosen and deleted.
-TEST_F(ArrangeTest, AutomationIsDrawnInItsLane) {
-    startWith({trackAudio, trackMIDI});
-    addPart(0, 960, 3840);
-    row(0)->track->setOpen(true);
-    seq()->songNotices.raise(SeqNotice::tracks);
-    ASSERT_TRUE(loaded());
-    const int laneTop = CTrack::usualRow + 4, laneHeight = 40 - 4 - 4 - 1 - 1;
-    const auto at = [&](int tick, double value) {
-        return asPoint(xOf(tick), laneTop + int((1 - value) * laneHeight + 0.5));
-    };
-    const auto points = [&] {
-        std::string told;
-        int tick = 0;
-        for (const CEnvEvent* e = part(0, 0)->getParam(0); e;
-             e = static_cast<CEnvEvent*>(e->next)) {
-            tick += e->delta;
-            told += std::to_string(tick) + ":" + std::to_string(int(e->value * 10 + 0.5f)) +
-                    (e->curve > 0.1f ? "+" : "") + " ";
-        }
-        return told;
-    };
-    const auto becomes = [&](const std::string& told) {
-        return pumpUntil([&] { return points() == told; });
-    };
-    for (const auto& [tick, value] : {std::pair{1200, 0.2}, {2400, 0.8}}) {
-        mouseTo(at(tick, value));
-        act({"click", "--repeat", "2", "--delay", "50", "1"});
-        EXPECT_TRUE(loaded());
-    }
-    EXPECT_TRUE(becomes("240:2 1440:8 ")) << points();
-    drag(at(2400, 0.8), at(2880, 0.5));
-    EXPECT_TRUE(becomes("240:2 1920:5 ")) << points();
-    drag(at(2880, 0.5), at(3840, 0.9), "ctrl");
-    EXPECT_TRUE(becomes("240:2 1920:5 2880:9 ")) << points();
-    drag(at(2040, 0.35), asPoint(at(2040, 0.35).x, at(0, 0.35).y - 8));
-    EXPECT_TRUE(becomes("240:2 1920:5+ 2880:9 ")) << points();
-    clickAt(at(3840, 0.9), "3");
-    EXPECT_TRUE(becomes("240:2 1920:5+ ")) << points();
-    drag(at(2880, 0.5), at(2880, 0.9), "", true);
-    EXPECT_EQ(points(), "240:2 1920:5+ ") << "Escape";
-    part(0, 0)->setSelected(true);
-    drag(asPoint(xOf(1100), laneTop), asPoint(xOf(1300), laneTop + laneHeight));
-    key("Delete");
-    EXPECT_TRUE(becomes("1920:5+ ")) << points();
-    EXPECT_EQ(parts(0), 1);
-    for (int i = 0; i < 7; i++) key("ctrl+z");
-    EXPECT_TRUE(becomes("")) << points();
-}
-
 /// The tool for ranges chooses time across tracks, which is moved, copied, stretched and deleted
 /// whatever the parts.
 TEST_F(ArrangeTest, RangesAreCutByTime) {

@@ -3,6 +3,7 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/gestures/Overlay.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/CSubTrack.h"
 #include "ui/Workspace.h"
 
 #include <utility>
@@ -18,7 +19,9 @@ bool PointGesture::stands() const {
 
 void PointGesture::dragMove(const DragPoint& point) {
     mouse->partMouseMove(point.at, point.anchor, dragGrid(state, point.btn));
-    state.workspace.setStatus(mouse->told());
+    const CSubTrack* lane = mouse->lane().shown;
+    state.workspace.setStatus(lane->id + ", " + placeText(state.seq(), mouse->toldTick()) + ", " +
+                              mouse->told());
     state.gridChanged();
 }
 
