@@ -31,7 +31,7 @@ public:
         for (Made& m : made)
             if (!sameContent(m.draft.get(), m.content))
                 swapUndoPart(undo, m.content, m.draft.release());
-        seq->host->undoEnd(undo, false);
+        seq->host->undoEnd(undo, true); // what is told next is how it is then
     }
 
 private:
