@@ -105,7 +105,7 @@ void choosePoint(ArrangeState& state, const LanePoint& point, bool beside) {
     CSeq* seq = state.seq();
     seq->unselectParts();
     if (!beside) unselectPoints(state);
-    point.point->flags = static_cast<unsigned char>(point.point->flags | eventSelected);
+    select(point.point, true);
     if (!point.row->songTrack->track->selected()) {
         seq->unselectTracks();
         seq->selectTrack(point.row->songTrack, true);

@@ -22,7 +22,7 @@ void addPoints(const ArrangeState& state, const ArrangeRow& row, CRect view,
 } // namespace
 
 bool ShownPart::selected() const {
-    return point.point ? (point.point->flags & eventSelected) != 0 : part->selected();
+    return point.point ? isSelected(point.point) : part->selected();
 }
 
 std::vector<ShownPart> partsInView(const ArrangeState& state) {

@@ -88,7 +88,7 @@ void changePoints(CSeq* seq, const std::vector<PartSlot>& places, const EventDel
 void setPoints(CSeq* seq, const std::vector<PartSlot>& places, float value) {
     edit(seq, places, "Edit", [&](const PartSlot& place, CPart* draft) {
         eachEvent(draft->getParam(place.slot), [&](CBaseEvent* e, int) {
-            if (e->flags & eventSelected)
+            if (isSelected(e))
                 static_cast<CEnvEvent*>(e)->value = fLimit(value, 0.0f, 1.0f);
         });
     });
