@@ -3,7 +3,6 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/Hit.h"
 #include "arrange/LanePress.h"
-#include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "engine/ParamUnit.h"
 #include "sequencer/AutomationEdits.h"
@@ -12,6 +11,7 @@
 #include "sequencer/LaneUnit.h"
 #include "sequencer/PartEdits.h"
 #include "ui/PartMouse.h"
+#include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 
 namespace {

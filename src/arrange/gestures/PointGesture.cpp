@@ -4,6 +4,7 @@
 #include "arrange/gestures/Overlay.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
+#include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 
 #include <utility>
