@@ -44,7 +44,7 @@ constexpr int fieldWidth = 76, fieldHeight = 18;
 ArrangeGrid::ArrangeGrid(CWin* owner, ArrangeState& shared)
     : CCtrl(owner, "grid", 0, 0, 1, 1), state(shared), panZoom(this, this) {
     tabStop = true;
-    hint = gridHint(state, nullptr, {}, PartHandle::none);
+    hint = gridHint(state, nullptr, {}, PartHandle::none, {});
 }
 
 ArrangeGrid::~ArrangeGrid() {
@@ -197,7 +197,7 @@ void ArrangeGrid::hover(int x, int y) {
     const PartHandle handle =
         hit.part ? handleAt(hit.part, partBox(state, *row, hit.part), asPoint(x, y))
                  : PartHandle::none;
-    const CStr text = gridHint(state, row, hit, handle);
+    const CStr text = gridHint(state, row, hit, handle, asPoint(x, y));
     if (text == hint) return;
     hint = text;
     win->app->updateHint(this);

@@ -2,6 +2,7 @@
 
 #include "arrange/ArrangeState.h"
 #include "arrange/Hit.h"
+#include "arrange/LanePress.h"
 #include "arrange/SongRange.h"
 #include "gui/Keys.h"
 #include "sequencer/CSeq.h"
@@ -22,19 +23,31 @@ CStr altName(const ArrangeState& state) {
     }
 }
 
+CStr laneHint(const ArrangeState& state, const ArrangeRow& row, CPoint at) {
+    CPart* part = partAtPos(state, row, at.x).part;
+    if (!part) return "Automation goes into parts: double click above for a new one";
+    const FoundEvent found = PartMouse::under(laneOf(state, row, part), state.axis(), at);
+    if (found.event && found.zone == zoneCurve)
+        return "Drag: bend the line   Ctrl + drag: draw a line, with Shift freely   Right click: "
+               "straight";
+    if (found.event)
+        return "Drag: move   Ctrl + drag: copy   Double click: type the value   Right click: "
+               "delete";
+    return "Drag: select points   Double click or " + altName(state) +
+           " + drag: new point   Ctrl + drag: draw a line, with Shift freely";
+}
+
 } // namespace
 
 CStr gridHint(const ArrangeState& state, const ArrangeRow* row, const PartHit& hit,
-              PartHandle handle) {
+              PartHandle handle, CPoint at) {
     const CStr alt = altName(state);
     if (state.range.tool())
         return "Drag: choose time and tracks   Drag the range: move, Ctrl: copy   its ends: more "
                "or "
                "less, " +
                alt + ": stretch";
-    if (row && row->lane)
-        return "Drag a point: move, Ctrl: copy   Drag the line: bend   Double click or " + alt +
-               " + drag: new point   Double click on a point: type its value   Right click: delete";
+    if (row && row->lane) return laneHint(state, *row, at);
     switch (handle) {
     case PartHandle::fadeIn:
         return "Drag: fade in";

@@ -7,7 +7,6 @@
 #include "sequencer/Bars.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/EventEdits.h"
-#include "sequencer/EventFind.h"
 #include "sequencer/LaneUnit.h"
 #include "sequencer/PartEdits.h"
 #include "sequencer/TempoMap.h"
@@ -65,15 +64,19 @@ int PartMouse::partMouseDown(CPoint at, int btn) {
     return btn & (modAlt | modDouble) ? insertPoint(at) : mode;
 }
 
+FoundEvent PartMouse::under(const PartLane& lane, const TimeAxis& axis, CPoint at) {
+    const PointProbe probe{double(lane.ticksOf(axis, at.x)), lane.valueOf(at.y),
+                           axis.ticksIn(reachPixels),
+                           double(reachPixels) / asMax(1, lane.box.height())};
+    return findPoint(lane.part, lane.lane.number, probe);
+}
+
 /// A point, or the middle of a segment, that is under the pointer.
 int PartMouse::pressPoint(CPoint at, int btn) {
-    const PointProbe probe{double(place.ticksOf(edit.axis, at.x)), place.valueOf(at.y),
-                           edit.axis.ticksIn(reachPixels),
-                           double(reachPixels) / asMax(1, place.box.height())};
-    const FoundEvent found = findPoint(place.part, place.lane.number, probe);
+    const FoundEvent found = under(place, edit.axis, at);
     if (!found.event || (btn & modShift)) return editIdle;
     const bool curve = found.zone == zoneCurve;
-    if (curve && (btn & (modAlt | modDouble))) return editIdle;
+    if (curve && (btn & (modAlt | modDouble | modControl))) return editIdle;
     if (!isSelected(found.event)) {
         unselect(place);
         select(found.event, true);

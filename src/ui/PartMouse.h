@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Geometry.h"
+#include "sequencer/EventFind.h"
 #include "sequencer/EventLanes.h"
 #include "ui/CMouseEdit.h"
 
@@ -50,6 +51,8 @@ public:
     int toldTick() const { return nowTick; } ///< of the point under the pointer, in the song
     CStr told() const;                       ///< its value, or how the line bends
 
+    /// The point at a place of the view, or that whose line is there; none elsewhere.
+    static FoundEvent under(const PartLane& lane, const TimeAxis& axis, CPoint at);
     /// Selects the points of the lane that lie within a rectangle of the view.
     static void selectWithin(const PartLane& lane, const TimeAxis& axis, CRect band);
     static void unselect(const PartLane& lane);

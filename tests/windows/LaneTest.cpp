@@ -82,6 +82,34 @@ TEST_F(LaneTest, AutomationIsDrawnInItsLane) {
     EXPECT_TRUE(becomes("")) << points();
 }
 
+/// A straight line, and what the pointer follows: both replace what is under them, on the grid.
+TEST_F(LaneTest, LinesAreDrawn) {
+    startWithLane();
+    for (const int tick : {1200, 2400, 3360}) addPoint(tick, 0.2);
+    drag(at(1680, 0.9), at(2640, 0.1), "ctrl");
+    EXPECT_TRUE(becomes("240:2 720:9 1680:1 2400:2 ")) << points();
+    EXPECT_EQ(host->undoText(), "Draw");
+    key("ctrl+z");
+    EXPECT_TRUE(becomes("240:2 1440:2 2400:2 ")) << points();
+    drag(at(2640, 0.1), at(1680, 0.9), "ctrl", true);
+    EXPECT_TRUE(becomes("240:2 1440:2 2400:2 ")) << "Escape";
+    // Down and up again.
+    mouseTo(at(1200, 0.9));
+    for (const char* held : {"ctrl", "shift"}) act({"keydown", held});
+    act({"mousedown", "1"});
+    for (const auto& [tick, value] : {std::pair{1200, 0.9}, {2160, 0.1}, {3120, 0.9}, {9000, 0.9}})
+        mouseTo(at(tick, value));
+    act({"mouseup", "1"});
+    for (const char* held : {"ctrl", "shift"}) act({"keyup", held});
+    EXPECT_TRUE(becomes("240:9 1200:1 2160:9 3840:9 ")) << points(); // to the end of the part
+    mouseTo(at(2160, 0.1));
+    act({"click", "--repeat", "2", "--delay", "50", "1"});
+    EXPECT_TRUE(loaded());
+    act({"type", "--", "-6 dB"});
+    key("Return");
+    EXPECT_TRUE(becomes("240:9 1200:7 2160:9 3840:9 ")) << points();
+}
+
 /// By the keys alone: put in at the song's position, walked, moved, bent, typed, and told in the
 /// unit of the lane.
 TEST_F(LaneTest, PointsGoByKeys) {
