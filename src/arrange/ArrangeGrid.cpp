@@ -16,10 +16,12 @@
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/CSnap.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Colours.h"
+#include "gui/Fonts.h"
 #include "gui/Keys.h"
 #include "gui/PixelPaper.h"
 #include "gui/Shapes.h"
@@ -35,8 +37,9 @@ namespace {
 
 constexpr int cursorPlain = 1, cursorSideways = 5;
 constexpr double wheelIn = 1.25, wheelOut = 0.75;
-constexpr double loopShare = 0.06;
-constexpr int shadowReach = 1; ///< of the play line to each side
+constexpr double loopShare = 0.06, stepShare = 0.45;
+constexpr int tagMargin = 6, tagHeight = 18, tagAway = 16; ///< of what is told at the pointer
+constexpr int shadowReach = 1;                             ///< of the play line to each side
 constexpr int fieldWidth = 76, fieldHeight = 18;
 
 } // namespace
@@ -74,6 +77,7 @@ ArrangeGrid::Heard ArrangeGrid::heardNow() const {
     if (!seq) return now;
     seq->getLoopSection(now.loopFrom, now.loopTo);
     now.loop = seq->getLoop();
+    now.step = seq->snap->active ? state.stepTicks() : 0;
     const bool anySolo = state.anySolo();
     for (const auto* t : each<CSongTrack>(seq->getProg()->tracks))
         now.tracks.push_back(heardAmong(t, anySolo));
@@ -112,6 +116,7 @@ void ArrangeGrid::paint(CGraphic* g, CRect) {
         if (const TimeRange* range = state.range.get()) paintRange(g, state, *range, asked);
         if (gesture && win->app->drag.of(this)) gesture->paintOverlay(g, asked);
         paintPlayLine(g, asked);
+        if (gesture && win->app->drag.of(this) && !intersect(tagBox, asked).empty()) paintTag(g);
     }
     if (hasKeyFocus()) g->frameRect(win->app->gui->palette.accent, clientRect());
 }
@@ -121,7 +126,7 @@ void ArrangeGrid::paintGround(CGraphic* g, CRect asked) {
     CSeq* seq = state.seq();
     if (!seq) return;
     const CPalette& palette = win->app->gui->palette;
-    const GridLines lines(seq, state.axis(), asked.left, asked.right);
+    const GridLines lines(seq, state.axis(), asked.left, asked.right, heard.step);
     for (const CRect& shade : lines.shades(asked.top, asked.bottom))
         g->fillRect(fadeCol(clGrid.fillCol, palette.panel, 0.5), shade);
     if (heard.loop) {
@@ -129,9 +134,12 @@ void ArrangeGrid::paintGround(CGraphic* g, CRect asked) {
                                   state.axis().xOf(heard.loopTo), asked.bottom);
         fillAlpha(g, intersect(loop, asked), clLoop.fillCol, loopShare);
     }
+    const int step = fadeCol(clGrid.fillCol, clGridSnap.fillCol, stepShare);
     lines.visit([&](int x, GridLines::Weight weight) {
-        g->fillLine(weight == GridLines::bar ? clGridBeats.fillCol : clGridSnap.fillCol,
-                    asRect(x, asked.top, x + 1, asked.bottom));
+        const int colour = weight == GridLines::bar    ? clGridBeats.fillCol
+                           : weight == GridLines::beat ? clGridSnap.fillCol
+                                                       : step;
+        g->fillLine(colour, asRect(x, asked.top, x + 1, asked.bottom));
     });
 }
 
@@ -173,6 +181,26 @@ void ArrangeGrid::paintPlayLine(CGraphic* g, CRect asked) const {
     g->fillLine(win->app->gui->palette.accent, asRect(shownX, 0, shownX + 1, height));
 }
 
+void ArrangeGrid::paintTag(CGraphic* g) const {
+    const CPalette& palette = win->app->gui->palette;
+    g->fillRect(palette.raised, tagBox);
+    g->frameRect(palette.accent, tagBox);
+    g->drawText(palette.text, gesture->told(), tagBox, 0);
+}
+
+/// Below the pointer, or over it at the lower edge, and within the view.
+void ArrangeGrid::tagMoved() {
+    const CStr& text = gesture->told();
+    const CPoint at = state.edit.current;
+    const int wide = text.empty() ? 0 : textFace({})->textWidth(text) + 2 * tagMargin;
+    const int x = asMinMax(at.x + tagAway, 0, asMax(0, width - wide));
+    const int y = at.y + tagAway + tagHeight < height ? at.y + tagAway : at.y - tagAway - tagHeight;
+    const CRect now = asRect(x, y, x + wide, y + tagHeight);
+    if (!tagBox.empty()) redraw(tagBox);
+    tagBox = now;
+    if (!tagBox.empty()) redraw(tagBox);
+}
+
 // The mouse.
 
 void ArrangeGrid::mouseDown(int x, int y, int btn) {
@@ -187,6 +215,7 @@ void ArrangeGrid::mouseDown(int x, int y, int btn) {
 }
 
 void ArrangeGrid::gestureDone() {
+    tagBox = {};
     redraw();
 }
 

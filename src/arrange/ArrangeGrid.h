@@ -46,6 +46,7 @@ public:
     /// What was shown has moved by so many pixels: the rest is painted.
     void scrolled(int dx, int dy);
     void gestureDone(); ///< applied or not
+    void tagMoved();    ///< what the gesture tells beside the pointer, or the pointer
     /// Opens a field for the value of the selected points; false without any.
     bool typeValue();
 
@@ -53,7 +54,7 @@ private:
     /// What changes without a notice.
     struct Heard {
         std::vector<bool> tracks;
-        int loopFrom = 0, loopTo = 0, loop = 0;
+        int loopFrom = 0, loopTo = 0, loop = 0, step = 0;
         bool operator==(const Heard&) const = default;
     };
 
@@ -64,6 +65,7 @@ private:
     void paintRows(CGraphic* g, CRect asked);
     void paintParts(CGraphic* g, CRect asked);
     void paintPlayLine(CGraphic* g, CRect asked) const;
+    void paintTag(CGraphic* g) const;
     int playX() const;
     const std::vector<ShownPart>& shownParts() const;
     void hover(int x, int y);
@@ -72,6 +74,7 @@ private:
     PanZoom panZoom;
     PartSketches sketches;
     std::unique_ptr<ArrangeGesture> gesture;              ///< the latest; null before the first
+    CRect tagBox;                                         ///< empty while nothing is told there
     Heard heard;                                          ///< as it is shown
     NameField* field = nullptr;                           ///< for a value; owned by the group
     int shownX = -1;                                      ///< of the play position

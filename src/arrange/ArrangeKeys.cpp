@@ -6,7 +6,6 @@
 #include "arrange/PointKeys.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
-#include "engine/CSnap.h"
 #include "gui/Keys.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/MoveEdits.h"
@@ -29,14 +28,15 @@ Way wayOf(int key) {
 void moveBy(const ArrangeState& state, Way way) {
     CSeq* seq = state.seq();
     const MoveRange range = moveRange(seq);
-    const int ticks = asMinMax(way.along * seq->snap->getTicks(), range.minTicks, range.maxTicks);
+    const int ticks = asMinMax(way.along * state.stepTicks(), range.minTicks, range.maxTicks);
     const int tracks = asMinMax(way.across, range.minTracks, range.maxTracks);
     if (ticks != 0 || tracks != 0) state.tell(moveParts(seq, ticks, tracks, state.ripple));
 }
 
-void resizeBy(CSeq* seq, int along) {
+void resizeBy(const ArrangeState& state, int along) {
+    CSeq* seq = state.seq();
     const ResizeRange range = resizeRange(seq, false);
-    const int ticks = asMinMax(along * seq->snap->getTicks(), range.least, range.greatest);
+    const int ticks = asMinMax(along * state.stepTicks(), range.least, range.greatest);
     if (ticks != 0) resizeParts(seq, ticks, true);
 }
 
@@ -117,7 +117,7 @@ bool editKey(ArrangeState& state, int key, int mods) {
         return true;
     }
     if (mods != modAlt || way.along == 0) return false;
-    resizeBy(seq, way.along);
+    resizeBy(state, way.along);
     return true;
 }
 

@@ -2,6 +2,8 @@
 
 #include "base/Messages.h"
 #include "sequencer/CSeq.h"
+#include "ui/DragSnap.h"
+#include "ui/Options.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
 
@@ -22,6 +24,18 @@ bool heardAmong(const CSongTrack* track, bool anySolo) {
 
 void ArrangeState::tell(const CStr& failure) const {
     if (!failure.empty()) showMsg(workspace.mainWindow(), "Error", failure);
+}
+
+int ArrangeState::snapTicks() const {
+    return gridTicks(*seq()->snap, axis(), workspace.options());
+}
+
+int ArrangeState::stepTicks() const {
+    return gridStep(*seq()->snap, axis(), workspace.options());
+}
+
+int ArrangeState::snappedBy(int grid, int anchor, int dragged) const {
+    return snappedDelta(grid, workspace.options().relativeSnap.on() ? 0 : anchor, dragged);
 }
 
 CSeq* ArrangeState::seq() const {

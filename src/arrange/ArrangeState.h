@@ -30,6 +30,12 @@ public:
     CSeq* seq() const;    ///< null without a song that plays
     bool anySolo() const; ///< of the tracks of the program, whether they show or not
     const TimeAxis& axis() const { return edit.axis; }
+    /// The grid of the view in ticks, as `gridTicks` and `gridStep` tell. With a song.
+    int snapTicks() const;
+    int stepTicks() const;
+    /// By how many ticks a drag moves a place on a grid: as `snappedDelta`, or by steps of the grid
+    /// from where it stood.
+    int snappedBy(int grid, int anchor, int dragged) const;
 
     /// Shows the song from a point on, as far as there is any, moving what stays by copying.
     virtual void scrollTo(int64_t x, int y) = 0;

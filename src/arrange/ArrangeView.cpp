@@ -20,6 +20,7 @@
 #include "gui/Keys.h"
 #include "gui/controls/CRangebar.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/TempoMap.h"
 #include "ui/Workspace.h"
 
 #include <algorithm>
@@ -256,6 +257,10 @@ bool ArrangeView::onGrid(int x) const {
 
 int ArrangeView::tickAt(int x) const {
     return asMinMax(asInt(edit.axis.ticksAt(x - gridLeft)), 0, maxTicks);
+}
+
+int ArrangeView::gridTickAt(int x) const {
+    return snapped(snapTicks(), tickAt(x), false);
 }
 
 void ArrangeView::describe(Description& d, int) const {

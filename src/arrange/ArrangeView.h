@@ -48,6 +48,7 @@ public:
     bool arrowKey(int key, int mods); ///< as `editKey`, and Up and Down choose a track
     CSongTrack* trackAt(int y) const; ///< at a height of the view, null where there is none
     int tickAt(int x) const;          ///< at a point of the view, at least 0
+    int gridTickAt(int x) const;      ///< the same, on the line of the grid before it
     bool onGrid(int x) const;
     /// Another zoom, around the middle of what shows; while playing around the play position, which
     /// comes to the middle first.

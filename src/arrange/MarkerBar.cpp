@@ -48,8 +48,8 @@ const CList& MarkerBar::points(CSeq* seq) const {
     return seq->getProg()->markers;
 }
 
-CPart* MarkerBar::newPoint(CSeq* seq, int tick, int) const {
-    return newMarker(seq, tick);
+CPart* MarkerBar::addPoint(CSeq* seq, int tick, int) const {
+    return addMarker(seq, tick);
 }
 
 int MarkerBar::endX(const CPart* point, const Shift& shift) const {

@@ -13,7 +13,7 @@ public:
 
 protected:
     const CList& points(CSeq* seq) const override;
-    CPart* newPoint(CSeq* seq, int tick, int y) const override;
+    CPart* addPoint(CSeq* seq, int tick, int y) const override;
     void paintGround(CGraphic* g, CRect asked) override;
     CRect boxOf(const CPart* point, const Shift& shift) const override;
     void paintPoint(CGraphic* g, const CPart* point, const Shift& shift, bool chosen) override;

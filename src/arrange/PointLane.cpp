@@ -5,7 +5,6 @@
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/CSnap.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -14,7 +13,6 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/PointEdits.h"
 #include "sequencer/TempoMap.h"
-#include "ui/DragSnap.h"
 #include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 
@@ -112,7 +110,7 @@ void PointLane::mouseDown(int x, int y, int btn) {
     const int tick = asMinMax(asInt(state.axis().ticksAt(x)), 0, maxTicks);
     if (!current) {
         if (btn & (modAlt | modDouble))
-            add(snapped(seq->snap->val(), tick, true), y);
+            add(snapped(state.snapTicks(), tick, true), y);
         else
             state.qv->setPos(tick);
         return;
@@ -130,15 +128,13 @@ void PointLane::mouseUp(int x, int y, int btn) {
 }
 
 void PointLane::add(int tick, int y) {
-    CSeq* seq = state.seq();
-    current = newPoint(seq, tick, y);
-    addPoint(seq, current);
+    current = addPoint(state.seq(), tick, y);
 }
 
 void PointLane::dragMove(const DragPoint& point) {
     if (!stands()) return;
     const int dragged = asRound(state.axis().ticksIn(point.at.x - point.anchor.x));
-    const int by = snappedDelta(dragGrid(state, point.btn), first, dragged);
+    const int by = state.snappedBy(dragGrid(state, point.btn), first, dragged);
     Shift now;
     if (sizing)
         now.longer = asMax(by, 1 - current->length);
@@ -199,7 +195,7 @@ bool PointLane::walk(int by) {
 bool PointLane::moveBy(int steps) {
     if (!stands()) return true;
     CSeq* seq = state.seq();
-    const int grid = seq->snap->val();
+    const int grid = state.snapTicks();
     apply(seq, current,
           {asMax(snapped(grid, current->pos + steps * grid, true), 0) - current->pos});
     return true;

@@ -43,8 +43,9 @@ protected:
     };
 
     virtual const CList& points(CSeq* seq) const = 0;
-    /// Owned by the caller. `y` is that of the pointer, -1 none.
-    virtual CPart* newPoint(CSeq* seq, int tick, int y) const = 0;
+    /// Adds a point to the song, or gives the one that stands there. `y` is that of the pointer, -1
+    /// none.
+    virtual CPart* addPoint(CSeq* seq, int tick, int y) const = 0;
     virtual CRect boxOf(const CPart* point, const Shift& shift) const = 0;
     virtual void paintGround(CGraphic*, CRect) {} ///< behind the points
     virtual void paintPoint(CGraphic* g, const CPart* point, const Shift& shift, bool chosen) = 0;

@@ -18,7 +18,6 @@
 #include "arrange/gestures/SlipGesture.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/CSnap.h"
 #include "gui/Keys.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/TempoMap.h"
@@ -38,7 +37,7 @@ struct Target {
 
     int tick(bool nearest) const {
         const int here = asMinMax(asInt(state.axis().ticksAt(at.x)), 0, maxTicks);
-        return snapped(state.seq()->snap->val(), here, nearest);
+        return snapped(state.snapTicks(), here, nearest);
     }
     template <class G, class... More>
     Press begin(int mode, int room, More&&... more) const {
@@ -104,7 +103,7 @@ Press onPart(const Target& t) {
 Press onEmpty(const Target& t) {
     if (t.row->songTrack->track->kind == trackFolder) return {};
     return t.begin<InsertGesture>(editMove, 0, t.row->songTrack,
-                                  newPartPlace(t.state.seq(), t.tick(false)));
+                                  newPartPlace(t.state.seq(), t.tick(false), t.state.snapTicks()));
 }
 
 /// The tool for ranges: with the range that is chosen, or another one from here on.

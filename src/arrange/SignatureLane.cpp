@@ -36,8 +36,8 @@ const CList& SignatureLane::points(CSeq* seq) const {
     return seq->getProg()->timesigs;
 }
 
-CPart* SignatureLane::newPoint(CSeq* seq, int tick, int) const {
-    return newTimesig(seq, tick);
+CPart* SignatureLane::addPoint(CSeq* seq, int tick, int) const {
+    return addTimesig(seq, tick);
 }
 
 CRect SignatureLane::boxOf(const CPart* point, const Shift& shift) const {

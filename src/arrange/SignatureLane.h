@@ -12,7 +12,7 @@ public:
 
 protected:
     const CList& points(CSeq* seq) const override;
-    CPart* newPoint(CSeq* seq, int tick, int y) const override;
+    CPart* addPoint(CSeq* seq, int tick, int y) const override;
     CRect boxOf(const CPart* point, const Shift& shift) const override;
     void paintGround(CGraphic* g, CRect asked) override; ///< what is in force before the first
     void paintPoint(CGraphic* g, const CPart* point, const Shift& shift, bool chosen) override;

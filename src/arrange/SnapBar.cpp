@@ -8,23 +8,30 @@
 #include "gui/CWin.h"
 #include "gui/controls/CButton.h"
 #include "sequencer/CSeq.h"
+#include "ui/DragSnap.h"
+#include "ui/Options.h"
 #include "ui/ProgramItems.h"
+#include "ui/Workspace.h"
 
 namespace {
 
 constexpr int gap = 2, group = 8, buttonTop = 4, high = 18;
-constexpr int switchWidth = 22, snapWidth = 40, resolutionWidth = 28;
+constexpr int switchWidth = 22, snapWidth = 40, relativeWidth = 28, resolutionWidth = 28;
 constexpr const char* resolutionTexts[] = {"128", "64", "32", "16", "8", "4", "Bar"};
+enum Switch { switchSnap, switchRelative, switchTriplet, switchDotted, switchAdaptive };
 
 } // namespace
 
 SnapBar::SnapBar(CWin* owner, ArrangeState& shared)
     : CGroup(owner, "snapbar", 0, 0, barWidth, barHeight), state(shared) {
     arrowsWalk = true;
-    buttons[0] = add("snap", "Snap", "Snap to grid on/off", snapWidth);
-    buttons[1] = add("triplet", "T", "Triplet on/off", switchWidth);
-    buttons[2] = add("dotted", "D", "Dotted on/off", switchWidth);
+    buttons[switchSnap] = add("snap", "Snap", "Snap to grid on/off", snapWidth);
+    buttons[switchRelative] = add(
+        "relative", "Rel", "Absolute/relative snap: by steps from where it stood", relativeWidth);
+    buttons[switchTriplet] = add("triplet", "T", "Triplet on/off", switchWidth);
+    buttons[switchDotted] = add("dotted", "D", "Dotted on/off", switchWidth);
     nextX += group;
+    buttons[switchAdaptive] = add("adaptive", "Auto", "The grid follows the zoom", snapWidth);
     for (int i = 0; i < resolutions; i++) {
         CButton* made =
             add("resolution", resolutionTexts[i], "Resolution of the grid", resolutionWidth);
@@ -49,13 +56,19 @@ void SnapBar::clicked(CObject* sender) {
     CSeq* seq = state.seq();
     if (!seq) return;
     const int index = static_cast<CButton*>(static_cast<CCtrl*>(sender))->tag;
-    constexpr GridNumber numbers[switches] = {gridActive, gridTriplet, gridDotted};
-    if (index >= switches)
-        chooseSnap(seq, index - switches);
-    else
-        toggleSnap(seq, numbers[index]);
+    Options& options = state.workspace.options();
+    if (index == switchRelative) return options.relativeSnap.toggle();
+    if (index == switchAdaptive) return options.adaptiveGrid.toggle();
+    if (index >= switches) {
+        options.adaptiveGrid.set(0);
+        return chooseSnap(seq, index - switches);
+    }
+    toggleSnap(seq, index == switchSnap      ? gridActive
+                    : index == switchTriplet ? gridTriplet
+                                             : gridDotted);
 }
 
+/// Of the resolutions the one in force is lit, though the zoom may have chosen it.
 bool SnapBar::refresh() {
     CSeq* seq = state.seq();
     if (!seq) return false;
@@ -65,10 +78,15 @@ bool SnapBar::refresh() {
         changed = changed || buttons[i]->lit != on;
         buttons[i]->setLit(on);
     };
-    show(0, snap.active);
-    show(1, snap.triplet);
-    show(2, snap.dotted);
-    for (int i = 0; i < resolutions; i++) show(size_t(switches + i), snap.asIndex() == i);
+    const Options& options = state.workspace.options();
+    const bool adaptive = options.adaptiveGrid.on();
+    show(switchSnap, snap.active);
+    show(switchRelative, options.relativeSnap.on());
+    show(switchTriplet, snap.triplet);
+    show(switchDotted, snap.dotted);
+    show(switchAdaptive, adaptive);
+    const int now = adaptive ? adaptiveIndex(snap, state.axis()) : snap.asIndex();
+    for (int i = 0; i < resolutions; i++) show(size_t(switches + i), now == i);
     return changed;
 }
 

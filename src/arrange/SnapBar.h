@@ -7,10 +7,11 @@
 class ArrangeState;
 class CButton;
 
-/// The grid that edits come to: on or off, triplet, dotted, and its resolution. Interface thread.
+/// The grid that edits come to: on or off, absolute or relative, triplet, dotted, and its
+/// resolution, which may follow the zoom. Interface thread.
 class SnapBar : public CGroup {
 public:
-    static constexpr int barWidth = 326, barHeight = 26;
+    static constexpr int barWidth = 406, barHeight = 26;
 
     SnapBar(CWin* win, ArrangeState& state);
 
@@ -19,7 +20,7 @@ public:
     bool refresh(); ///< whether another grid shows
 
 private:
-    static constexpr int switches = 3, resolutions = 7;
+    static constexpr int switches = 5, resolutions = 7;
 
     CButton* add(const char* name, const char* text, const char* hint, int wide);
     void clicked(CObject* sender);

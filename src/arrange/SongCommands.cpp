@@ -13,6 +13,7 @@
 #include "sequencer/PartClipboard.h"
 #include "sequencer/PartMerge.h"
 #include "sequencer/PlayedNotes.h"
+#include "sequencer/PointEdits.h"
 #include "sequencer/Points.h"
 #include "sequencer/Quantize.h"
 #include "sequencer/Remix.h"
@@ -20,6 +21,7 @@
 #include "sequencer/Takes.h"
 #include "sequencer/TrackInstrument.h"
 #include "ui/Commands.h"
+#include "ui/Options.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
 
@@ -159,6 +161,13 @@ void SongCommands::bindAll() {
     workspace.commands().bind(
         "snap", [this] { snap(); }, [this] { return prog() != nullptr; },
         [this] { return prog() && seq()->snap->active; });
+    const auto bindOption = [this](const char* name, Option& option) {
+        workspace.commands().bind(
+            name, [&option] { option.toggle(); }, [this] { return prog() != nullptr; },
+            [&option] { return option.on(); });
+    };
+    bindOption("snaprelative", workspace.options().relativeSnap);
+    bindOption("snapadaptive", workspace.options().adaptiveGrid);
     workspace.commands().bind(
         "opencomp", [this] { openComp(); },
         [this] { return prog() && workspace.hasEditor(shownComp()); });
@@ -393,28 +402,15 @@ void SongCommands::snapNext() {
 
 /// At the position, the signature that is in force there.
 void SongCommands::addTimesig() {
-    const StoredValue::Numbers now = signatureHereOf(seq()).get();
-    auto* point = new CTimesigPart(asInt(now[0]), asInt(now[1]));
-    point->pos = asInt(seq()->getPos());
-    CUndo* step = qv->undoStart("Add time signature", seq(), {.seq = SeqNotice::parts});
-    prog()->addTimesig(point, step);
-    qv->undoEnd(step, false);
+    ::addTimesig(seq(), asInt(seq()->getPos()));
 }
 
 void SongCommands::addMarker() {
-    auto* marker = new CMarkerPart;
-    marker->id = CStr("Marker ") + asStr(prog()->markers.getCount() + 1);
-    marker->pos = asInt(seq()->getPos());
-    CUndo* step = qv->undoStart("Add marker", seq(), {.seq = SeqNotice::parts});
-    prog()->addMarker(marker, step);
-    qv->undoEnd(step, false);
+    ::addMarker(seq(), asInt(seq()->getPos()));
 }
 
 void SongCommands::deleteMarker() {
-    CMarkerPart* marker = prog()->getMarkerAtPos(asInt(seq()->getPos()));
-    CUndo* step = qv->undoStart("Delete marker", seq(), {.seq = SeqNotice::parts});
-    step->asRemove(marker, &prog()->markers);
-    qv->undoEnd(step, false);
+    deletePoint(seq(), prog()->getMarkerAtPos(asInt(seq()->getPos())));
 }
 
 /// To the next marker in a direction; with the arranger on it chooses the next section instead.

@@ -71,11 +71,11 @@ double TempoLane::bpmOf(const CPart* point, const Shift& shift) const {
 }
 
 /// The tempo that is under the pointer; by the keys that in force.
-CPart* TempoLane::newPoint(CSeq* seq, int tick, int y) const {
-    if (y < 0) return newTempo(seq, tick);
+CPart* TempoLane::addPoint(CSeq* seq, int tick, int y) const {
+    if (y < 0) return addTempoPoint(seq, tick);
     const Scale s = scale();
     const double bpm = s.high - (y - margin) * (s.high - s.low) / (height - 2 * margin);
-    return newTempo(seq, tick, std::clamp(float(tenths(bpm)), minTempo, maxTempo));
+    return addTempoPoint(seq, tick, std::clamp(float(tenths(bpm)), minTempo, maxTempo));
 }
 
 CRect TempoLane::boxOf(const CPart* point, const Shift& shift) const {

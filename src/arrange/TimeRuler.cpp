@@ -4,7 +4,6 @@
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/CSnap.h"
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
@@ -17,7 +16,6 @@
 #include "sequencer/PointEdits.h"
 #include "sequencer/SongValues.h"
 #include "sequencer/TempoMap.h"
-#include "ui/DragSnap.h"
 #include "ui/GridLines.h"
 #include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
@@ -166,7 +164,7 @@ void TimeRuler::mouseDown(int x, int y, int btn) {
         return;
     }
     if (btn & (modAlt | modDouble))
-        addPoint(seq, newMarker(seq, tickAt(x, 0)));
+        addMarker(seq, tickAt(x, 0));
     else
         jumpTo(x);
 }
@@ -200,7 +198,7 @@ void TimeRuler::dragMove(const DragPoint& point) {
     if (held == Zone::end) to = tick;
     if (held == Zone::body) {
         const int dragged = asRound(state.axis().ticksIn(point.at.x - point.anchor.x));
-        const int by = asMax(-from, snappedDelta(dragGrid(state, point.btn), from, dragged));
+        const int by = asMax(-from, state.snappedBy(dragGrid(state, point.btn), from, dragged));
         from = limitTicks(int64_t(from) + by);
         to = limitTicks(int64_t(to) + by);
     }

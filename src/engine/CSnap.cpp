@@ -12,6 +12,10 @@ constexpr int fixedTicks[barIndex] = {30, 60, 120, 240, 480, 960};
 constexpr int ticksPerQuarter = 960;
 constexpr int maxBarPart = 960;
 
+bool inRange(int choice) {
+    return choice >= 0 && choice <= barIndex;
+}
+
 int limited(int part) {
     return asMinMax(part, 1, maxBarPart);
 }
@@ -28,7 +32,11 @@ int CSnap::val() {
 }
 
 int CSnap::getTicks() const {
-    const int i = asIndex();
+    return getTicks(index);
+}
+
+int CSnap::getTicks(int choice) const {
+    const int i = inRange(choice) ? choice : defaultIndex;
     int ticks = i == barIndex ? ticksPerQuarter / limited(den) * limited(num) * 4 : fixedTicks[i];
     if (dotted)
         ticks = ticks * 3 / 2;
@@ -39,11 +47,11 @@ int CSnap::getTicks() const {
 
 int CSnap::asIndex() const {
     const int i = index;
-    return i >= 0 && i <= barIndex ? i : defaultIndex;
+    return inRange(i) ? i : defaultIndex;
 }
 
 void CSnap::indexToSnap(ToStore<int> newIndex) {
-    if (newIndex >= 0 && newIndex <= barIndex) index = newIndex;
+    if (inRange(newIndex)) index = newIndex;
 }
 
 void CSnap::setBar(int newNum, int newDen) {

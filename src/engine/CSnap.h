@@ -22,6 +22,7 @@ public:
     /// Calls `onChange`, that may refresh `num` and `den`; then `getTicks`, or 1 when not active.
     int val();
     int getTicks() const;                    ///< at least 1
+    int getTicks(int choice) const;          ///< the same of another `index`
     int asIndex() const;                     ///< 3 for an `index` out of range
     void indexToSnap(ToStore<int> newIndex); ///< ignored out of range
     /// Clamps both.

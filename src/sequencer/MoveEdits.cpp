@@ -85,12 +85,16 @@ void copyParts(CSeq* seq, int deltaTicks, int deltaTracks, bool ghosts) {
 }
 
 PartPlace newPartPlace(CSeq* seq, int tick) {
+    return newPartPlace(seq, tick, seq->snap->val());
+}
+
+PartPlace newPartPlace(CSeq* seq, int tick, int grid) {
     CSeqProg* prog = seq->getProg();
     const int left = prog->leftLocator, right = prog->rightLocator;
     if (prog->loop && tick >= left && tick < right) return {asMax(left, 0), right - asMax(left, 0)};
     const CPart* signature = prog->timesigInForce(tick);
     const int base = signature ? int(signature->pos) : 0;
-    return {asMax(base + snapped(seq->snap->val(), tick - base, false), 0), barTicks};
+    return {asMax(base + snapped(grid, tick - base, false), 0), barTicks};
 }
 
 CPart* recordInsert(CSeq* seq, CUndo* undo, CSongTrack* songTrack, const PartPlace& place) {

@@ -43,6 +43,7 @@ void resizePartsStart(CSeq* seq, int delta);
 struct PartPlace {
     int pos = 0, length = 0;
 };
+PartPlace newPartPlace(CSeq* seq, int tick, int grid); ///< on another grid, in ticks
 PartPlace newPartPlace(CSeq* seq, int tick);
 /// "Insert part": an empty part of the track's class and name, which is selected alone. Null for a
 /// track that has no parts or is locked.

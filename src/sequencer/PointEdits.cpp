@@ -2,11 +2,13 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/ValueDoor.h"
 #include "sequencer/Bars.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/PartEdits.h"
 #include "sequencer/Points.h"
 #include "sequencer/SongValues.h"
+#include "sequencer/TempoMap.h"
 
 #include <algorithm>
 
@@ -26,63 +28,65 @@ CList& listOf(CSeqProg* prog, const CPart* point) {
 
 template <class F>
 void step(CSeq* seq, const CStr& title, F record) {
-    CUndo* undo = seq->host->undoStart(title, seq, {.song = true, .seq = SeqNotice::parts});
+    CUndo* undo = seq->host->undoStart(
+        title, seq, {.song = true, .seq = SeqNotice::parts | SeqNotice::transport});
     record(undo);
     seq->host->undoEnd(undo, false);
 }
 
-CPart* placed(CPart* point, int tick) {
-    point->pos = asMinMax(tick, 0, maxTicks);
-    return point;
+int placeOf(int tick) {
+    return asMinMax(tick, 0, maxTicks);
 }
 
 } // namespace
 
-void addPoint(CSeq* seq, CPart* point) {
+CPart* addMarker(CSeq* seq, int tick) {
     CSeqProg* prog = seq->getProg();
-    step(seq, "Add " + word(point), [&](CUndo* undo) {
-        if (point->type == partTempo)
-            prog->addTempo(static_cast<CTempoPart*>(point), undo);
-        else if (point->type == partMarker)
-            prog->addMarker(static_cast<CMarkerPart*>(point), undo);
-        else
-            prog->addTimesig(static_cast<CTimesigPart*>(point), undo);
-    });
-}
-
-CPart* newMarker(CSeq* seq, int tick) {
     auto* marker = new CMarkerPart;
-    marker->id = CStr("Marker ") + asStr(seq->getProg()->markers.getCount() + 1);
-    const BarPlace at = barPlace(seq, asMax(0, tick));
+    marker->id = CStr("Marker ") + asStr(prog->markers.getCount() + 1);
+    marker->pos = placeOf(tick);
+    const BarPlace at = barPlace(seq, marker->pos);
     marker->length = asMax(1, tickOf(seq, {at.bar + 1, 1, 0}) - tickOf(seq, {at.bar, 1, 0}));
-    return placed(marker, tick);
+    step(seq, "Add marker", [&](CUndo* undo) { prog->addMarker(marker, undo); });
+    return marker;
 }
 
-CPart* newTempo(CSeq* seq, int tick, float bpm) {
-    auto* point = new CTempoPart;
-    const CTempoPart* before = nullptr;
-    for (auto* t : each<CTempoPart>(seq->getProg()->tempos))
-        if (t->pos <= tick) before = t;
-    const float now = before ? before->getTempo() : seq->host->songTempo.load();
-    point->setTempo(bpm > 0.0f ? bpm : now);
-    return placed(point, tick);
+CTempoPart* addTempoPoint(CSeq* seq, int tick, float bpm) {
+    CSeqProg* prog = seq->getProg();
+    tick = placeOf(tick);
+    if (bpm < 1.0f) bpm = float(prog->tempoMap().bpmAt(seq->host->songTempo, tick));
+    CTempoPart* last = seq->getTempoAtPos(tick);
+    if (last && last->pos == tick) {
+        seq->host->values->set(tempoOf(last), double(bpm));
+        return last;
+    }
+    auto* made = new CTempoPart;
+    made->pos = tick;
+    made->setTempo(bpm);
+    made->ramp = last && last->ramp;
+    step(seq, "Add tempo", [&](CUndo* undo) { prog->addTempo(made, undo); });
+    return made;
 }
 
-CPart* newTimesig(CSeq* seq, int tick) {
-    const CTimesigPart* before = seq->getProg()->timesigInForce(tick);
-    auto* point = before ? new CTimesigPart(before->getNum(), before->getDen())
-                         : new CTimesigPart(seq->options.num(), seq->options.den());
-    return placed(point, tick);
+CPart* addTimesig(CSeq* seq, int tick) {
+    CSeqProg* prog = seq->getProg();
+    tick = placeOf(tick);
+    const CTimesigPart* before = prog->timesigInForce(tick);
+    auto* made = before ? new CTimesigPart(before->getNum(), before->getDen())
+                        : new CTimesigPart(seq->options.num(), seq->options.den());
+    made->pos = tick;
+    step(seq, "Add time signature", [&](CUndo* undo) { prog->addTimesig(made, undo); });
+    return made;
 }
 
 void movePoint(CSeq* seq, CPart* point, int tick) {
-    const int by = asMinMax(tick, 0, maxTicks) - point->pos;
+    const int by = placeOf(tick) - point->pos;
     if (by == 0) return;
     step(seq, "Move " + word(point), [&](CUndo* undo) { recordMove(undo, point, by); });
 }
 
 void moveTempo(CSeq* seq, CTempoPart* point, int tick, float bpm) {
-    const int by = asMinMax(tick, 0, maxTicks) - point->pos;
+    const int by = placeOf(tick) - point->pos;
     const float to = std::clamp(bpm, minTempo, maxTempo);
     if (by == 0 && to == point->getTempo()) return;
     step(seq, "Move tempo", [&](CUndo* undo) {

@@ -2,11 +2,9 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/ValueDoor.h"
 #include "sequencer/Bars.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/ClipTimes.h"
-#include "sequencer/PartEdits.h"
 #include "sequencer/Points.h"
 #include "sequencer/SongValues.h"
 #include "sequencer/TempoMap.h"
@@ -14,17 +12,6 @@
 #include <memory>
 
 namespace {
-
-constexpr StepEffects pointEffects = {.song = true,
-                                      .seq = SeqNotice::tracks | SeqNotice::transport};
-
-/// Carries out `edit(step)`.
-template <class F>
-void tempoStep(CSeq* seq, const char* title, F&& edit) {
-    CUndo* undo = seq->host->undoStart(title, seq, pointEffects);
-    edit(undo);
-    seq->host->undoEnd(undo, false);
-}
 
 std::unique_ptr<CTempoPart> newPoint(int tick, double bpm, const CTempoPart* line) {
     auto point = std::make_unique<CTempoPart>();
@@ -84,36 +71,13 @@ private:
 
 } // namespace
 
-CTempoPart* addTempoPoint(CSeq* seq, int tick, float bpm) {
-    CSeqProg* prog = seq->getProg();
-    if (!prog) return nullptr;
-    tick = limitTicks(asMax(tick, 0));
-    const double here = prog->tempoMap().bpmAt(seq->host->songTempo, tick);
-    CTempoPart* last = seq->getTempoAtPos(tick);
-    if (last && last->pos == tick) {
-        seq->host->values->set(tempoOf(last), bpm < 1.0f ? here : double(bpm));
-        return last;
-    }
-    CTempoPart* made = newPoint(tick, bpm < 1.0f ? here : double(bpm), last).release();
-    tempoStep(seq, "Add tempo", [&](CUndo* undo) { prog->addTempo(made, undo); });
-    return made;
-}
-
-void moveTempoPoint(CSeq* seq, CTempoPart* point, int tick) {
-    const int by = limitTicks(asMax(tick, 0)) - point->pos;
-    if (by) tempoStep(seq, "Move", [&](CUndo* undo) { recordMove(undo, point, by); });
-}
-
-void deleteTempoPoint(CSeq* seq, CTempoPart* point) {
-    CSeqProg* prog = seq->getProg();
-    if (!prog || !prog->tempos.contains(point)) return;
-    tempoStep(seq, "Delete", [&](CUndo* undo) { undo->asRemove(point, &prog->tempos); });
-}
-
 bool fitBars(CSeq* seq, CPart* part, int bars) {
     if (!seq->getProg()) return false;
     const BarFit fit(seq, part, bars);
     if (!fit.possible()) return false;
-    tempoStep(seq, "Fit bars", [&fit](CUndo* undo) { fit.record(undo); });
+    CUndo* undo = seq->host->undoStart(
+        "Fit bars", seq, {.song = true, .seq = SeqNotice::tracks | SeqNotice::transport});
+    fit.record(undo);
+    seq->host->undoEnd(undo, false);
     return true;
 }

@@ -5,7 +5,6 @@
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
-#include "engine/CSnap.h"
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/Keys.h"
@@ -241,8 +240,7 @@ void CMainWin::mainDrop(CObject*) {
 void CMainWin::songDrop(CObject*, int x, int y, int) {
     CSeq* seq = songOf(qv);
     if (takesDrop() || !seq) return;
-    const int grid = seq->snap->val();
-    const int tick = song->onGrid(x) ? song->tickAt(x) / grid * grid : asInt(seq->getPos());
+    const int tick = song->onGrid(x) ? song->gridTickAt(x) : asInt(seq->getPos());
     rooms->imports.dropped(*app->dragList, song->trackAt(y), tick);
 }
 

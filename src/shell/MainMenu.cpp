@@ -207,7 +207,7 @@ void MainMenu::fillPart(CPopup* popup) {
     popup->addSeparator();
     window->rooms->process.fill(popup);
     addAction(popup, "unusedtakes");
-    addGroups(popup, {{"rangetool", "rippletrack", "rippleall"}, {"snap", "snapPrior", "snapNext"}});
+    addGroups(popup, {{"rangetool", "rippletrack", "rippleall"}, {"snap", "snaprelative", "snapadaptive", "snapPrior", "snapNext"}});
 }
 
 void MainMenu::fillTrack(CPopup* popup) {

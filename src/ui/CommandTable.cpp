@@ -97,6 +97,8 @@ constexpr Row rows[] = {
     {"rowslower", "Lower rows", groupArrange, '-', modAlt},
     {"quantize", "Quantize", groupGlobal, 'q', control},
     {"snap", "Snap", groupArrange, 'x'},
+    {"snaprelative", "Relative snap", groupArrange},
+    {"snapadaptive", "Adaptive grid", groupArrange},
     {"snapPrior", "Snap prior", groupArrange, 'x', controlShift},
     {"snapNext", "Snap next", groupArrange, 'x', shift},
     {"autoscroll", "Autoscroll", groupArrange, 'j'},

@@ -12,9 +12,10 @@ class TimeAxis;
 /// numbers that are told, and beats, and steps of the grid, once they stand apart.
 class GridLines {
 public:
-    enum Weight { bar, beat };
+    enum Weight { bar, beat, step };
 
-    GridLines(CSeq* seq, const TimeAxis& axis, int fromX, int toX);
+    /// `grid` in ticks: its steps are shown too; 0 none.
+    GridLines(CSeq* seq, const TimeAxis& axis, int fromX, int toX, int grid = 0);
 
     void visit(const std::function<void(int x, Weight weight)>& line) const;
     /// Each bar that has its number shown.
@@ -23,12 +24,14 @@ public:
     std::vector<CRect> shades(int top, int bottom) const;
 
 private:
+    void addSteps(const TimeAxis& axis, int begin, int next, int grid, int beatTicks);
+
     struct Bar {
         int x, number;
     };
     std::vector<Bar> bars; ///< those with lines, and the one behind
-    std::vector<int> beats;
+    std::vector<int> beats, steps;
     int from, to;
-    int step = 1; ///< bars from one line to the next
+    int barStep = 1; ///< bars from one line to the next
     int numberStep = 1;
 };

@@ -23,5 +23,6 @@ Options::Options(CQV* host)
       randomColour(host, "rndTrackCol", 0), spectrum(host, "dft", 1), hints(host, "showHint", 1),
       tabsAlways(host, "modular-tab-always-show", 0), ribbon(host, "ribbon", 0),
       outlineParts(host, "part-outline", 1), invertZoom(host, "invert-mouse-wheel-zoom", 0),
+      adaptiveGrid(host, "adaptive-grid", 0), relativeSnap(host, "relative-snap", 0),
       altKey(host, "second-alt", int(SecondAlt::super)) {
 }

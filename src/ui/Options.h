@@ -38,5 +38,7 @@ public:
     Option ribbon;
     Option outlineParts;
     Option invertZoom; ///< the wheel zooms in upwards
+    Option adaptiveGrid; ///< the grid of a view follows its zoom
+    Option relativeSnap; ///< drags go by steps of the grid, wherever they began
     Option altKey;     ///< SecondAlt: what acts as Alt with the mouse
 };

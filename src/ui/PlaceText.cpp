@@ -15,11 +15,17 @@ CStr placeText(CSeq* seq, int tick) {
 }
 
 /// By the song's signature.
+CStr spanText(CSeq* seq, int ticks) {
+    const int beat = 4 * quarterTicks / seq->options.den(), bar = seq->options.num() * beat;
+    return asStr(ticks / bar) + "." + asStr(ticks % bar / beat) + "." + asStr(ticks % beat);
+}
+
 CStr deltaText(CSeq* seq, int ticks) {
-    const int num = seq->options.num(), beat = 4 * quarterTicks / seq->options.den();
-    const int way = std::abs(ticks), bar = num * beat;
-    return CStr(ticks < 0 ? "-" : "+") + asStr(way / bar) + "." + asStr(way % bar / beat) + "." +
-           asStr(way % beat);
+    return CStr(ticks < 0 ? "-" : "+") + spanText(seq, std::abs(ticks));
+}
+
+CStr dragText(CSeq* seq, int from, int delta) {
+    return placeText(seq, from + delta) + "   " + deltaText(seq, delta);
 }
 
 CStr lengthText(CSeq* seq, int ticks) {

@@ -3,6 +3,7 @@
 #include "base/TempFolder.h"
 #include "engine/ValueDoor.h"
 #include "sequencer/MidiExport.h"
+#include "sequencer/PointEdits.h"
 #include "sequencer/SongValues.h"
 #include "sequencer/TempoMap.h"
 
@@ -66,17 +67,17 @@ const Case cases[] = {
      "3840@60/ 11520@250 song 120"},
     {"Tempo ramp", [](Tempos& t) { t.host.values->set(rampOf(t.point(0)), 0.0); },
      "3840@60 11520@240 song 120"},
-    {"Move", [](Tempos& t) { moveTempoPoint(t.seq, t.point(0), 19200); },
+    {"Move tempo", [](Tempos& t) { movePoint(t.seq, t.point(0), 19200); },
      "11520@240 19200@60/ song 120"},
-    {"Move", [](Tempos& t) { moveTempoPoint(t.seq, t.point(0), -7); }, "0@60/ 11520@240 song 120"},
-    {"Delete", [](Tempos& t) { deleteTempoPoint(t.seq, t.point(0)); }, "11520@240 song 120"},
+    {"Move tempo", [](Tempos& t) { movePoint(t.seq, t.point(0), -7); }, "0@60/ 11520@240 song 120"},
+    {"Delete tempo", [](Tempos& t) { deletePoint(t.seq, t.point(0)); }, "11520@240 song 120"},
     {"Fit bars", [](Tempos& t) { EXPECT_TRUE(fitBars(t.seq, t.recording(7680, 4), 3)); },
      "3840@60/ 7680@180 19200@240 song 120"},
     {"Fit bars", [](Tempos& t) { EXPECT_TRUE(fitBars(t.seq, t.recording(0, 4), 2)); },
      "0@120 7680@150/ 11520@240 song 120"},
     {"Fit bars",
      [](Tempos& t) {
-         for (int i : {1, 0}) deleteTempoPoint(t.seq, t.point(i));
+         for (int i : {1, 0}) deletePoint(t.seq, t.point(i));
          t.host.settle();
          t.host.undoClear();
          EXPECT_TRUE(fitBars(t.seq, t.recording(3840, 6), 2));

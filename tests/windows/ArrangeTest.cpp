@@ -3,9 +3,11 @@
 #include "arrange/Hit.h"
 #include "arrange/Overview.h"
 #include "arrange/RowLayout.h"
+#include "engine/CSnap.h"
 #include "sequencer/Takes.h"
 #include "shell/Rooms.h"
 #include "ui/DragSnap.h"
+#include "ui/Options.h"
 #include "ui/TimeAxis.h"
 
 /// Work on parts by mouse and keys: what is left in the song.
@@ -356,6 +358,49 @@ TEST_F(ArrangeTest, DragsComeToTheEndsOfOthers) {
     act({"mouseup", "1"});
     act({"keyup", "ctrl"});
     EXPECT_TRUE(pumpUntil([&] { return part(1, 0)->pos == 1990 + 615; })) << part(1, 0)->pos;
+}
+
+/// The grid that follows the zoom is the finest whose steps are 12 pixels apart, and drags and keys
+/// go by it; relative ones by its steps from where the part stood.
+TEST_F(ArrangeTest, TheGridFollowsTheZoom) {
+    startWith({trackMIDI});
+    addPart(0, 970, 960);
+    const auto moved = [&](int to) {
+        EXPECT_TRUE(pumpUntil([&] { return part(0, 0)->pos == to; }))
+            << part(0, 0)->pos << " " << to;
+    };
+    CSnap& snap = *seq()->snap;
+    struct Grid {
+        double zoom;
+        bool triplet;
+        int step; ///< ticks
+    };
+    for (const Grid& s : {Grid{64, false, 240},
+                          {47, false, 480},
+                          {512, false, 30},
+                          {4, false, 3840},
+                          {2, false, 7680},
+                          {64, true, 320}}) {
+        TimeAxis axis;
+        axis.setZoom(s.zoom);
+        snap.triplet = s.triplet;
+        win->options().adaptiveGrid.set(1);
+        EXPECT_EQ(gridStep(snap, axis, win->options()), s.step) << s.zoom;
+        win->options().adaptiveGrid.set(0);
+        EXPECT_EQ(gridStep(snap, axis, win->options()), s.triplet ? 160 : 240);
+    }
+    snap.triplet = false;
+    for (const char* on : {"snapadaptive", "snaprelative"}) win->onAction(win->getAction(on));
+    song()->zoom(16); // a quarter has 16 pixels
+    const int y = yOf(0);
+    drag(asPoint(xOf(1400), y), asPoint(xOf(1400) + 14, y));
+    moved(970 + 960);
+    key("ctrl+Right");
+    moved(970 + 2 * 960);
+    win->onAction(win->getAction("snaprelative"));
+    drag(asPoint(xOf(3200), y), asPoint(xOf(3200) + 14, y));
+    moved(3 * 960 + 960);
+    EXPECT_EQ(setting("options", "adaptive-grid"), "1");
 }
 
 /// With a ripple what is later goes along, and only on the tracks that it is for.

@@ -164,6 +164,15 @@ TEST_F(TimelineTest, TemposAndSignaturesHaveLanes) {
     inMenu({"i", "Return"});
     key("Menu");
     EXPECT_TRUE(pumpUntil([&] { return tempo(0)->ramp == 1; }));
+    host->setPos(9600.0);
+    win->setKeyCtrl(tempos);
+    key("Insert");
+    ASSERT_TRUE(pumpUntil([&] { return prog()->tempos.getCount() == 2; }));
+    EXPECT_EQ(tempo(1)->ramp, 1) << "a bend of the line";
+    key("Insert");
+    EXPECT_EQ(prog()->tempos.getCount(), 2) << "one stands there";
+    key("ctrl+z");
+    ASSERT_TRUE(pumpUntil([&] { return prog()->tempos.getCount() == 1; }));
     key("ctrl+z");
     key("ctrl+z");
     key("ctrl+z");
@@ -240,6 +249,18 @@ TEST_F(TimelineTest, TheSnapBarSetsTheGrid) {
         index++;
     }
     EXPECT_EQ(index, 7);
+    // How the view goes by it is no step of the song.
+    const auto lit = [&] {
+        std::string all;
+        for (auto* button : each<CButton>(bar->controls)) all += button->lit ? '1' : '0';
+        return all;
+    };
+    for (const auto& [id, shown] :
+         {std::pair{"relative", "111000000001"}, {"adaptive", "111010000010"}}) {
+        seq()->snap->dotted = false;
+        click(find<CCtrl>(id, bar));
+        EXPECT_TRUE(pumpUntil([&] { return lit() == shown; })) << id << " " << lit();
+    }
     for (int i = 0; i < index + 4; i++) key("ctrl+z");
     EXPECT_TRUE(pumpUntil([&] { return grid() == before; }));
 }

@@ -18,6 +18,12 @@ void ArrangeGesture::dragCancel() {
     finish();
 }
 
+void ArrangeGesture::tellAt(const DragPoint& point, const CStr& text) {
+    state.edit.current = point.at;
+    tag = text;
+    grid.tagMoved();
+}
+
 void ArrangeGesture::finish() {
     state.edit.done();
     grid.gestureDone();

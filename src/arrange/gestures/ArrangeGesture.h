@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/CStr.h"
 #include "gui/CDrag.h"
 
 class ArrangeGrid;
@@ -15,6 +16,7 @@ public:
 
     /// Whether what it drags is still in the song.
     virtual bool stands() const { return true; }
+    const CStr& told() const { return tag; } ///< beside the pointer; empty for nothing
     /// What is shown in place of an automation slot of a part's content; null for itself.
     virtual CPart* draftOf(const CPart*, int) const { return nullptr; }
     /// What it shows, over the rows.
@@ -28,10 +30,14 @@ public:
 protected:
     virtual void apply(const DragPoint& point) = 0; ///< released: the song changes
     virtual void click(const DragPoint&) {}         ///< released where it was pressed
+    /// The pointer is there: `text` comes to be told beside it.
+    void tellAt(const DragPoint& point, const CStr& text);
 
     ArrangeGrid& grid;
     ArrangeState& state;
 
 private:
     void finish();
+
+    CStr tag;
 };

@@ -3,16 +3,15 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
-#include "ui/DragSnap.h"
 #include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 
 void InsertGesture::dragMove(const DragPoint& point) {
     CSeqMouseEdit& edit = state.edit;
     const int dragged = asRound(state.axis().ticksIn(point.at.x - point.anchor.x));
-    const int delta = asMinMax(snappedDelta(dragGrid(state, point.btn), place.pos, dragged),
+    const int delta = asMinMax(state.snappedBy(dragGrid(state, point.btn), place.pos, dragged),
                                -place.pos, maxTicks - place.pos);
-    edit.current = point.at;
+    tellAt(point, placeText(state.seq(), place.pos + delta));
     if (delta == edit.deltaPos) return;
     edit.deltaPos = delta;
     state.workspace.setStatus("New part at " + placeText(state.seq(), place.pos + delta));

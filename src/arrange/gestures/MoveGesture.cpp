@@ -41,8 +41,8 @@ void MoveGesture::dragMove(const DragPoint& point) {
     const int delta = asMinMax(guide.delta(state, dragGrid(state, point.btn), anchorTick, dragged),
                                edit.minDelta, edit.maxDelta);
     const int tracks = tracksMoved(point);
-    edit.current = point.at;
     moved = moved || point.at != point.anchor;
+    if (moved) tellAt(point, dragText(state.seq(), anchorTick, delta));
     if (delta == edit.deltaPos && tracks == edit.deltaY) return;
     edit.deltaPos = delta;
     edit.deltaY = tracks;

@@ -3,7 +3,6 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/Hit.h"
 #include "base/Numbers.h"
-#include "engine/CSnap.h"
 #include "gui/CGraphic.h"
 #include "gui/Keys.h"
 #include "sequencer/CSeq.h"
@@ -12,7 +11,7 @@
 
 int dragGrid(const ArrangeState& state, int btn) {
     const bool off = (btn & modControl) && !(state.edit.startBtn & modControl);
-    return off ? 1 : state.seq()->snap->val();
+    return off ? 1 : state.snapTicks();
 }
 
 void eachSelectedPart(const ArrangeState& state,

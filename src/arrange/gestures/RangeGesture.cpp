@@ -7,7 +7,6 @@
 #include "base/Numbers.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/TempoMap.h"
-#include "ui/DragSnap.h"
 #include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 
@@ -39,7 +38,8 @@ void ChooseRangeGesture::dragMove(const DragPoint& point) {
     range.from = asMin(a, b);
     range.to = asMax(a, b);
     range.tracks = tracksBetween(state, point.anchor.y, point.at.y);
-    state.edit.current = point.at;
+    tellAt(point, placeText(state.seq(), range.from) + "   " +
+                      spanText(state.seq(), range.to - range.from));
     state.range.set(range);
     if (a != b)
         state.workspace.setStatus("Range from " + placeText(state.seq(), range.from) + ", " +
@@ -75,10 +75,12 @@ void RangeGesture::dragMove(const DragPoint& point) {
     const int length = before.to - before.from;
     const int least = whole || act == Act::start ? -before.from : 1 - length;
     const int most = act == Act::start ? length - 1 : maxTicks - before.to;
-    mouse.current = point.at;
     mouse.deltaPos =
-        asMinMax(snappedDelta(dragGrid(state, point.btn), anchor, dragged), least, most);
+        asMinMax(state.snappedBy(dragGrid(state, point.btn), anchor, dragged), least, most);
     mouse.deltaY = whole ? tracksMoved(point) : 0;
+    const TimeRange now = become();
+    tellAt(point, dragText(state.seq(), anchor, mouse.deltaPos) + "   " +
+                      spanText(state.seq(), now.to - now.from));
     state.workspace.setStatus(placeText(state.seq(), anchor + mouse.deltaPos) + "  (" +
                               deltaText(state.seq(), mouse.deltaPos) + ")");
     state.gridChanged();

@@ -26,7 +26,8 @@ void SizeGesture::dragMove(const DragPoint& point) {
     const int dragged = asRound(state.axis().ticksIn(point.at.x - point.anchor.x));
     const int delta = asMinMax(guide.delta(state, dragGrid(state, point.btn), anchorTick, dragged),
                                edit.minDelta, edit.maxDelta);
-    edit.current = point.at;
+    const int length = state.seq()->getTicks(anchor) + (start ? -delta : delta);
+    tellAt(point, dragText(state.seq(), anchorTick, delta) + "   " + spanText(state.seq(), length));
     if (delta == edit.deltaPos) return;
     edit.deltaPos = delta;
     state.workspace.setStatus(CStr(start ? "Start at " : "End at ") +

@@ -5,7 +5,6 @@
 #include "gui/CGraphic.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Points.h"
-#include "ui/DragSnap.h"
 #include "ui/ProgramItems.h"
 
 #include <algorithm>
@@ -27,7 +26,7 @@ SnapGuide::SnapGuide(const ArrangeState& state) {
 }
 
 int SnapGuide::delta(const ArrangeState& state, int grid, int anchor, int dragged) {
-    const int byGrid = snappedDelta(grid, anchor, dragged);
+    const int byGrid = state.snappedBy(grid, anchor, dragged);
     shown = -1;
     if (grid <= 1 || dragged == 0) return byGrid;
     const int wanted = anchor + dragged;

@@ -13,7 +13,8 @@ class SnapGuide {
 public:
     explicit SnapGuide(const ArrangeState& state);
 
-    /// As `snappedDelta`, but to such a place where that lies nearer. Without a grid, to none.
+    /// As `ArrangeState::snappedBy`, but to such a place where that lies nearer. Without a grid, to
+    /// none.
     int delta(const ArrangeState& state, int grid, int anchor, int dragged);
     void paint(CGraphic* g, const ArrangeState& state, CRect asked) const;
 
