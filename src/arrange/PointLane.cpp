@@ -205,13 +205,14 @@ bool PointLane::keyDown(int key, int mods) {
     if (CGroup::keyDown(key, mods)) return true;
     CSeq* seq = state.seq();
     const int by = (key == keyRight) - (key == keyLeft);
-    if (!seq || (mods & ~modControl)) return false;
-    if (by) return mods ? moveBy(by) : walk(by);
-    if (mods) return false;
-    if (key == keyInsert) {
+    if (!seq) return false;
+    if (upperKey(key) == 'A' && mods == modShift) {
         add(asInt(seq->getPos()), -1);
         return true;
     }
+    if (mods & ~modControl) return false;
+    if (by) return mods ? moveBy(by) : walk(by);
+    if (mods) return false;
     if (!stands()) return false;
     if (key == keyReturn)
         type(current);

@@ -14,8 +14,8 @@ class NameField;
 /// A lane of the ruler with points of the song's timeline. A press chooses one and a drag moves it,
 /// Control pressed meanwhile past the grid; Alt or a double click adds one where there is none, and
 /// types over the one that is there. With the focus Left and Right walk, with Control they move,
-/// Return types, Insert adds at the song's position, Delete deletes. What is dragged is applied at
-/// the release, as one step. Interface thread.
+/// Return types, Shift and A add at the song's position, Delete deletes. What is dragged is applied
+/// at the release, as one step. Interface thread.
 class PointLane : public CGroup, private DragHandler {
 public:
     PointLane(CWin* win, ArrangeState& state, const char* name, int height);

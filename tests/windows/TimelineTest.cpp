@@ -7,6 +7,7 @@
 #include "arrange/TempoLane.h"
 #include "arrange/TimeRuler.h"
 #include "engine/CSnap.h"
+#include "gui/controls/CButton.h"
 #include "sequencer/Events.h"
 #include "sequencer/Points.h"
 
@@ -166,10 +167,10 @@ TEST_F(TimelineTest, TemposAndSignaturesHaveLanes) {
     EXPECT_TRUE(pumpUntil([&] { return tempo(0)->ramp == 1; }));
     host->setPos(9600.0);
     win->setKeyCtrl(tempos);
-    key("Insert");
+    key("shift+a");
     ASSERT_TRUE(pumpUntil([&] { return prog()->tempos.getCount() == 2; }));
     EXPECT_EQ(tempo(1)->ramp, 1) << "a bend of the line";
-    key("Insert");
+    key("shift+a");
     EXPECT_EQ(prog()->tempos.getCount(), 2) << "one stands there";
     key("ctrl+z");
     ASSERT_TRUE(pumpUntil([&] { return prog()->tempos.getCount() == 1; }));
