@@ -2,7 +2,6 @@
 
 #include "arrange/ArrangeState.h"
 #include "arrange/LanePoints.h"
-#include "engine/CSnap.h"
 #include "gui/Keys.h"
 #include "sequencer/AutomationEdits.h"
 #include "sequencer/CSeq.h"
@@ -48,7 +47,7 @@ bool pointEditKey(ArrangeState& state, int key, int mods) {
     if (mods == modAlt && way.along != 0)
         bendPoints(state.seq(), places, float(way.along) * bendStep);
     else {
-        delta.ticks = way.along * state.seq()->snap->getTicks();
+        delta.ticks = way.along * state.stepTicks();
         delta.value = float(way.up) * (mods == modAlt ? coarseStep : valueStep);
         changePoints(state.seq(), places, delta);
     }

@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr int lineRoom = 16, beatRoom = 12, stepRoom = 12,
-              numberRoom = 48; ///< pixels from one to the next
+constexpr int lineRoom = 16, beatRoom = 12, numberRoom = 48; ///< pixels from one to the next
+constexpr int stepRoom = 12;                                 ///< of the grid
 constexpr int shadeBars = 4;
 constexpr int mostStep = 1 << 20;
 
