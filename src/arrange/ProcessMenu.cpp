@@ -1,13 +1,9 @@
 #include "arrange/ProcessMenu.h"
 
-#include "arrange/SongRange.h"
-
 #include "base/CIniFile.h"
 #include "base/Messages.h"
-#include "base/Numbers.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
-#include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/CWin.h"
 #include "gui/controls/CPopup.h"
@@ -16,8 +12,6 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/MidiProcess.h"
 #include "sequencer/ProcessMenus.h"
-#include "sequencer/SongValues.h"
-#include "sequencer/Takes.h"
 #include "ui/Commands.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
@@ -36,16 +30,9 @@ bool editorKnown() {
     return !program.empty() && fileExists(program);
 }
 
-CPart* onlyAudioPart(CSeq* seq) {
-    CPartSummary summary;
-    seq->getPartSummary(summary);
-    return summary.audio == 1 ? seq->getFirstSelectedPart(partAudio, nullptr) : nullptr;
-}
-
 } // namespace
 
-ProcessMenu::ProcessMenu(Workspace& space, const SongRange& songRange)
-    : workspace(space), range(songRange), qv(space.host()) {
+ProcessMenu::ProcessMenu(Workspace& space) : workspace(space), qv(space.host()) {
     workspace.commands().bind(
         "editexternal", [this] { openExternalClicked(); },
         [this] { return seq() && onlyAudioPart(seq()); });
@@ -62,46 +49,6 @@ void ProcessMenu::fill(CPopup* popup) {
     addEntries(popup, audioProcessMenu(selection, editorKnown()), false);
     addEntries(popup, midiProcessMenu(selection), true);
     addEntries(popup, drumProcessMenu(selection), true);
-    addTakes(popup);
-}
-
-/// Of the only selected audio part: which pass of the loop it plays, all of it or the range.
-void ProcessMenu::addTakes(CPopup* popup) {
-    CPart* part = onlyAudioPart(seq());
-    const Takes* takes = part ? takesOf(part) : nullptr;
-    if (!takes) return;
-    popup->addSeparator();
-    CPopup* list = popup->addSub("Play take");
-    for (int i = 0; i < int(takes->takes.size()); i++)
-        list->add(asStr(i + 1), new _COnChange<ProcessMenu>(this, &ProcessMenu::takeClicked))->tag =
-            i;
-}
-
-void ProcessMenu::takeClicked(CObject* sender) {
-    CPart* part = onlyAudioPart(seq());
-    if (!part) return;
-    int from = part->pos, to = limitTicks(int64_t(from) + seq()->getTicks(part));
-    if (const TimeRange* chosen = range.get()) {
-        from = chosen->from;
-        to = chosen->to;
-    }
-    compTake(seq(), part, static_cast<CMenuItem*>(sender)->tag, from, to);
-}
-
-void ProcessMenu::fillPreRoll(CPopup* popup) {
-    if (!seq()) return;
-    const int present = asInt(preRollOf(seq()).get()[0]);
-    for (const int bars : {0, 1, 2, 4, 8}) {
-        const CStr text = bars == 0 ? CStr("None") : asStr(bars);
-        CMenuItem* item =
-            popup->add(text, new _COnChange<ProcessMenu>(this, &ProcessMenu::preRollClicked));
-        item->tag = bars;
-        item->checked = bars == present;
-    }
-}
-
-void ProcessMenu::preRollClicked(CObject* sender) {
-    qv->values->set(preRollOf(seq()), double(static_cast<CMenuItem*>(sender)->tag));
 }
 
 void ProcessMenu::addEntries(CPopup* popup, const std::vector<ProcessEntry>& entries, bool midi) {

@@ -8,7 +8,6 @@
 class CPopup;
 class CQV;
 class CSeq;
-class SongRange;
 class Workspace;
 struct ProcessEntry;
 
@@ -17,19 +16,13 @@ struct ProcessEntry;
 class ProcessMenu : public CObject {
 public:
     /// Outlives the table of actions' use.
-    ProcessMenu(Workspace& workspace, const SongRange& range);
+    explicit ProcessMenu(Workspace& workspace);
 
     void fill(CPopup* popup); ///< nothing without a selection of such parts
-    /// How many bars run before a take begins.
-    void fillPreRoll(CPopup* popup);
 
 private:
-    struct Kind;
     CSeq* seq() const;
     void addEntries(CPopup* popup, const std::vector<ProcessEntry>& entries, bool midi);
-    void addTakes(CPopup* popup);
-    void takeClicked(CObject* sender);
-    void preRollClicked(CObject* sender);
     void midiClicked(CObject* sender);
     void audioClicked(CObject* sender);
     void openExternalClicked();
@@ -38,6 +31,5 @@ private:
     void tell(const CStr& failure) const;
 
     Workspace& workspace;
-    const SongRange& range;
     CQV* qv;
 };

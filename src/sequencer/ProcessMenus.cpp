@@ -87,3 +87,9 @@ std::vector<ProcessEntry> drumProcessMenu(const CPartSummary& selection) {
         if (doesSomethingToHits(mode)) entries.push_back({midiProcessText(mode), mode});
     return entries;
 }
+
+CPart* onlyAudioPart(CSeq* seq) {
+    CPartSummary summary;
+    seq->getPartSummary(summary);
+    return summary.audio == 1 ? seq->getFirstSelectedPart(partAudio, nullptr) : nullptr;
+}

@@ -2,6 +2,8 @@
 
 #include <vector>
 
+class CPart;
+class CSeq;
 struct CPartSummary;
 
 /// Entries of the audio menu beside those of `processAudio`.
@@ -26,3 +28,5 @@ std::vector<ProcessEntry> audioProcessMenu(const CPartSummary& selection, bool e
 std::vector<ProcessEntry> midiProcessMenu(const CPartSummary& selection);
 /// With drum parts alone: what does something to hits.
 std::vector<ProcessEntry> drumProcessMenu(const CPartSummary& selection);
+/// The audio part that is selected, whatever else is; null for none or several.
+CPart* onlyAudioPart(CSeq* seq);

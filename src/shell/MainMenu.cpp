@@ -199,13 +199,14 @@ void MainMenu::fillSong(CPopup* popup) {
                {"remix"},
                {"priorprog", "nextprog"}});
     popup->addSeparator();
-    window->rooms->process.fillPreRoll(popup->addSub("Bars before a take"));
+    window->rooms->takes.fillPreRoll(popup->addSub("Bars before a take"));
 }
 
 void MainMenu::fillPart(CPopup* popup) {
     addGroups(popup, {{"quantize", "splitatcursor", "glue", "crossfade"}, {"mutepart", "unghost"}});
     popup->addSeparator();
     window->rooms->process.fill(popup);
+    window->rooms->takes.fill(popup);
     addAction(popup, "unusedtakes");
     addGroups(popup, {{"rangetool", "rippletrack", "rippleall"}, {"snap", "snaprelative", "snapadaptive", "snapPrior", "snapNext"}});
 }

@@ -4,7 +4,9 @@
 #include "ui/Commands.h"
 #include "ui/Workspace.h"
 
-Rooms::Rooms(Workspace& space) : imports(space), process(space, range), workspace(space), song(space, range), render(space) {
+Rooms::Rooms(Workspace& space)
+    : imports(space), process(space), takes(space, range), workspace(space), song(space, range),
+      render(space) {
     workspace.commands().bind("setup", [this] { openSetup(); });
 }
 

@@ -4,6 +4,7 @@
 #include "arrange/SongCommands.h"
 #include "arrange/SongImports.h"
 #include "arrange/SongRange.h"
+#include "arrange/TakeMenu.h"
 #include "render/RenderCommands.h"
 #include "ui/EditorTable.h"
 
@@ -24,6 +25,7 @@ public:
     SongRange range;
     SongImports imports;
     ProcessMenu process;
+    TakeMenu takes;
     std::unique_ptr<CSetupWin> setup; ///< null until it is opened first
 
 private:
