@@ -8,16 +8,18 @@
 #include "engine/CSnap.h"
 #include "gui/Selections.h"
 #include "gui/dialogs/CFileWin.h"
-#include "project/BringIn.h"
 #include "sequencer/CSeq.h"
 #include "ui/CProgressWin.h"
 #include "ui/Commands.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
 
+#include <chrono>
 #include <utility>
 
 namespace {
+
+constexpr auto quiet = std::chrono::milliseconds(300); ///< work that shows no progress
 
 bool freeFrom(CSeq* seq, const CSongTrack* songTrack, int tick) {
     for (auto* part : each<CPart>(songTrack->parts))
@@ -62,17 +64,17 @@ void SongImports::audioClicked() {
     const int tick = asInt(seq()->getPos());
     CSongTrack* onto = selectedTrack();
     if (onto && !freeFrom(seq(), onto, tick)) onto = nullptr;
-    bring({path}, onto, tick);
+    bring({{path, {onto, tick}}}, "Import");
 }
 
 void SongImports::midiClicked() {
     const CStr path = ask("Import MIDI file", midiFileExt);
-    if (!path.empty()) bring({path}, nullptr, 0);
+    if (!path.empty()) bring({{path, {}}}, "Import");
 }
 
 void SongImports::soundClicked() {
     const CStr path = ask("Import sound or clip", soundFileExt);
-    if (!path.empty()) bring({path}, selectedTrack(), asInt(seq()->getPos()));
+    if (!path.empty()) bring({{path, {selectedTrack(), asInt(seq()->getPos())}}}, "Import");
 }
 
 // By dropping.
@@ -90,23 +92,32 @@ void SongImports::serve() {
     const std::vector<CStr> paths = std::exchange(waiting, {});
     if (!seq()) return setStatus("There is no song to bring files into");
     const bool stands = seq()->getProg()->tracks.contains(waitingOnto);
-    bring(paths, stands ? waitingOnto : nullptr, waitingTick);
+    std::vector<BringFile> files;
+    for (const CStr& path : paths)
+        files.push_back({path, {stands ? waitingOnto : nullptr, waitingTick, int(files.size())}});
+    bring(files, "Drop");
 }
 
-/// Of several files the first goes to the track; where the others go, nothing of them overlaps.
-void SongImports::bring(const std::vector<CStr>& paths, CSongTrack* onto, int tick) {
+void SongImports::bring(const std::vector<BringFile>& files, const char* verb) {
     if (qv->recording || qv->recUndo) return setStatus("Nothing can be imported while recording");
-    CProgressWin progress(workspace, "Import");
-    for (const CStr& path : paths) {
-        const CStr name = extractFileName(path);
-        const SongFile kind = songFileOf(path);
-        if (kind == SongFile::none) {
+    CStr names;
+    std::vector<BringFile> known;
+    for (const BringFile& file : files) {
+        const CStr name = extractFileName(file.path);
+        if (songFileOf(file.path) == SongFile::none) {
             setStatus(name + " is of no kind that a song takes");
             continue;
         }
-        if (kind == SongFile::audio && !playsAsIs(path)) progress.onStatus(CStr("Reading ") + name);
-        const auto watch = [&progress](float done) { return progress.onRender(done); };
-        if (bringIn(seq(), path, {onto, tick}, watch)) setStatus(CStr("Imported ") + name);
-        onto = nullptr;
+        known.push_back(file);
+        names += (names.empty() ? CStr() : CStr(", ")) + name;
     }
+    CProgressWin progress(workspace, verb);
+    const auto begun = std::chrono::steady_clock::now();
+    const auto watch = [&](const CStr& name, float done) {
+        if (std::chrono::steady_clock::now() - begun > quiet)
+            progress.onStatus(CStr("Reading ") + name);
+        return progress.onRender(done);
+    };
+    if (!known.empty() && bringIn(seq(), known, CStr(verb) + " " + names, watch))
+        setStatus(CStr(verb) + ": " + names);
 }

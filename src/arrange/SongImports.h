@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/CStr.h"
+#include "project/BringIn.h"
 
 #include <vector>
 
@@ -33,7 +33,8 @@ private:
 
     CSeq* seq() const; ///< null without a song
     CStr ask(const char* title, const char* ext) const;
-    void bring(const std::vector<CStr>& paths, CSongTrack* onto, int tick);
+    /// `verb` is what the step is called, in front of the names.
+    void bring(const std::vector<BringFile>& files, const char* verb);
     CSongTrack* selectedTrack() const;
 
     Workspace& workspace;

@@ -2,6 +2,8 @@
 
 #include "base/CThread.h"
 
+#include <vector>
+
 /// Endings of the files that `importAudio` is made for, as a filter of file dialogs.
 constexpr const char* audioFileExt =
     ".wav|.aif|.aiff|.aifc|.flac|.ogg|.oga|.opus|.mp3|.rf64|.w64|.caf|.au|.snd";
@@ -23,11 +25,21 @@ struct ImportProgress {
 /// Whether `CSample` plays the file as it is: WAV or AIFF of its formats, of one or two channels.
 bool playsAsIs(const CStr& path);
 
-/// Leads to a file that `CSample` plays: `path` itself, or else a WAV made from it in `folder`, of
-/// the same stem. Whole numbers of up to 24 bits stay what they are, other values become floats,
-/// or fewer bits where the file would pass 2 GB. More than two channels are mixed down to two. On
-/// failure `out` is empty and nothing is left behind. Not on the audio thread.
-ImportResult importAudio(const CStr& path, const CStr& folder, CStr& out, ImportProgress& progress);
+/// An audio file, and what is to become of it.
+struct ImportWish {
+    CStr path;
+    CStr folder;         ///< where new files come
+    int rate = 0;        ///< that they shall have, 0 for that of the source
+    bool copies = false; ///< what plays as it is is copied too, unless it lies in the folder
+    bool splits = false; ///< more than two channels become a file each; else they are mixed to two
+};
+
+/// Leads to files that `CSample` plays: the one of the wish itself, or WAVs made from it, of the
+/// same stem, with a number behind it for each channel of several files. Whole numbers of up to 24
+/// bits stay what they are, unless the rate changes; other values become floats, or fewer bits
+/// where the file would pass 2 GB. A rate more than 16 times as high or 64 times as low as the
+/// wanted one stays. On failure `out` is empty and nothing is left behind. Not on the audio thread.
+ImportResult importAudio(const ImportWish& wish, std::vector<CStr>& out, ImportProgress& progress);
 
 /// `importAudio` on a thread of its own: `start` it, watch `progress`, and take the result once
 /// `finished`. Deleting it cancels.
@@ -35,7 +47,7 @@ class CAudioImport : public CThread {
 public:
     ImportProgress progress;
 
-    CAudioImport(CStr file, CStr toFolder) : path(std::move(file)), folder(std::move(toFolder)) {}
+    explicit CAudioImport(ImportWish wanted) : wish(std::move(wanted)) {}
     ~CAudioImport() override;
     CAudioImport(const CAudioImport&) = delete;
     CAudioImport& operator=(const CAudioImport&) = delete;
@@ -44,11 +56,12 @@ public:
 
     bool finished() const { return ready.loadAcquire(); }
     ImportResult result() const { return outcome; } ///< once finished
-    const CStr& target() const { return made; }     ///< the file to open; once finished
+    /// The files to open; once finished.
+    const std::vector<CStr>& files() const { return made; }
 
 private:
-    const CStr path, folder;
-    CStr made;
+    const ImportWish wish;
+    std::vector<CStr> made;
     ImportResult outcome = ImportResult::cancelled;
     Shared<bool> ready{false};
 };

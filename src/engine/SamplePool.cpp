@@ -8,7 +8,9 @@
 #include "engine/CQV.h"
 #include "engine/ForgetHooks.h"
 
+#include <algorithm>
 #include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -83,40 +85,62 @@ CSample* SamplePool::addSample(const CStr& name, int streamed) {
     return added;
 }
 
-CStr SamplePool::importFile(const CStr& path, ImportResult& result, const ImportWatch& watch) {
-    result = ImportResult::good;
-    if (playsAsIs(path)) return path;
-    result = ImportResult::noRoom;
+/// Empty for a file that can't be told from another one.
+std::string SamplePool::importKey(const CStr& path, const CStr& folder) const {
+    struct stat about {};
+    if (::stat(path.asChar(), &about) != 0) return "";
+    std::string key = canonicalPath(path).asChar();
+    for (const int64_t part : {int64_t(about.st_size), int64_t(about.st_mtim.tv_sec),
+                               int64_t(about.st_mtim.tv_nsec), int64_t(asRound(host->rate))})
+        key += "|" + std::to_string(part);
+    return key + "|" + folder.asChar();
+}
+
+ImportResult SamplePool::importFiles(const CStr& path, std::vector<CStr>& files,
+                                     const ImportWatch& watch) {
+    files.clear();
     const CStr folder = newSampleFolder(nullptr);
+    if (folder.empty()) return ImportResult::noRoom;
+    const std::string key = importKey(path, folder);
+    if (const auto found = imported.find(key); found != imported.end())
+        if (std::ranges::all_of(found->second, [](const CStr& file) { return fileExists(file); })) {
+            files = found->second;
+            return ImportResult::good;
+        }
     const unsigned project = projects;
-    if (folder.empty()) return "";
-    CAudioImport import(path, folder);
+    CAudioImport import({.path = path,
+                         .folder = folder,
+                         .rate = asRound(host->rate),
+                         .copies = fileExists(projectFile),
+                         .splits = true});
     import.start();
     while (!import.finished() && !import.terminated) {
         pumpIdle();
         if (watch && !watch(import.progress.done)) import.progress.cancelled = true;
     }
     import.waitFor();
-    result = import.result();
-    if (result == ImportResult::good && project != projects) {
-        ::unlink(import.target().asChar());
-        result = ImportResult::cancelled;
+    if (import.result() != ImportResult::good) return import.result();
+    if (project != projects) {
+        dropImported(import.files(), path);
+        return ImportResult::cancelled;
     }
-    return result == ImportResult::good ? import.target() : CStr();
+    files = import.files();
+    if (!key.empty()) imported[key] = files;
+    return ImportResult::good;
 }
 
-CSample* SamplePool::importSample(const CStr& path, int streamed, ImportResult& result,
-                                  const ImportWatch& watch) {
-    const CStr file = importFile(path, result, watch);
-    if (file.empty()) return nullptr;
-    CSample* sample = addSample(file, streamed);
-    if (!sample) {
-        result = ImportResult::unreadable;
-    } else if (!(file == path)) {
-        sample->keep = false;
-        sample->cached = extractFilePath(file) == addSep(getTempAudioFolder());
-    }
+CSample* SamplePool::addImported(const CStr& file, const CStr& source) {
+    const int before = samples.getCount();
+    CSample* sample = addSample(file, 1);
+    if (!sample || samples.getCount() == before || file == source) return sample;
+    sample->keep = false;
+    sample->cached = samePlace(extractFilePath(file), addSep(getTempAudioFolder()));
     return sample;
+}
+
+void SamplePool::dropImported(const std::vector<CStr>& files, const CStr& source) {
+    for (const CStr& file : files)
+        if (!(file == source) && !isUsed(canonicalPath(file))) ::unlink(file.asChar());
 }
 
 bool SamplePool::sampleArchived(const CSample* sample) {
@@ -211,6 +235,7 @@ void SamplePool::keepSamples() {
 
 void SamplePool::deleteSamples() {
     ++projects;
+    imported.clear();
     sampleManager.emptyTrash();
     sampleManager.clear(); // what the project itself still uses stays
     while (auto* sample = static_cast<CSample*>(samples.first())) {

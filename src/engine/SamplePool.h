@@ -7,6 +7,8 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
+#include <string>
 #include <vector>
 
 class CQV;
@@ -34,14 +36,18 @@ public:
 
     /// Told the part that is done, 0 to 1; false cancels.
     using ImportWatch = std::function<bool(float done)>;
-    /// `addSample` for any audio file. One that samples can't play is converted first, on a worker
-    /// while the program goes on, to a new file in the project's audio folder, or in the temp
-    /// folder as long as the project is unsaved; like a take it lives on once the project is saved.
-    /// Null with `result` saying why, also if another project was opened meanwhile.
-    CSample* importSample(const CStr& path, int streamed, ImportResult& result,
-                          const ImportWatch& watch = {});
-    /// The same for who opens files without the pool: the path to open, empty on failure.
-    CStr importFile(const CStr& path, ImportResult& result, const ImportWatch& watch = {});
+    /// Leads to files that samples play at the rate of the host, for any audio file: itself, or
+    /// new ones made of it, one for each channel of more than two. A saved project has a copy of
+    /// any file in its audio folder; as long as it is unsaved only what has to be converted is new,
+    /// in the temp folder. A worker makes them while the program goes on. What was made of a file
+    /// before, and still stands, comes again. `files` stays empty on failure, also if another
+    /// project was opened meanwhile.
+    ImportResult importFiles(const CStr& path, std::vector<CStr>& files,
+                             const ImportWatch& watch = {});
+    /// Takes such a file into the pool: new ones live on, like takes, once the project is saved.
+    CSample* addImported(const CStr& file, const CStr& source);
+    /// Deletes those of such files that were made and that no sample stands on.
+    void dropImported(const std::vector<CStr>& files, const CStr& source);
 
     /// Streamed, and its file lies in the audio folder of a saved project.
     bool sampleArchived(const CSample* sample);
@@ -71,11 +77,13 @@ protected:
 
 private:
     CQV* host;
-    unsigned projects = 0; ///< counts those that were closed
+    unsigned projects = 0;                             ///< counts those that were closed
+    std::map<std::string, std::vector<CStr>> imported; ///< by source and its state
 
     void eachSample(const std::function<void(CSample*)>& visit);
     void keepFile(const CStr& name);
     void removeSample(CSample* sample);
+    std::string importKey(const CStr& path, const CStr& folder) const;
 };
 
 /// Shows `text` and which samples could not be copied, in one message; nothing without any.

@@ -2,6 +2,7 @@
 
 #include "common/fx/CFX.h"
 #include "engine/CQV.h"
+#include "engine/Cables.h"
 #include "engine/MidiBytes.h"
 #include "instruments/CSampler.h"
 #include "instruments/CSynthProg.h"
@@ -59,6 +60,16 @@ bool bringsNotes(CSeq* seq, CUndo* undo) {
     return notes;
 }
 
+/// Whether a step leads the notes of a track somewhere.
+bool feedsInStep(CTrack* track, CUndo* undo) {
+    if (!undo) return false;
+    for (auto* item : each<CUndoItem>(undo->items)) {
+        const auto* cable = dynamic_cast<const CMIDICable*>(item->object);
+        if (cable && item->addTo && cable->fromPort == track->outPort()) return true;
+    }
+    return false;
+}
+
 /// Gives a track an instrument if a step brings notes to it that would reach nothing; else null.
 CSampler* giveSound(CSeq* seq, CSongTrack* songTrack, CUndo* undo) {
     CTrack* track = songTrack->track;
@@ -68,20 +79,12 @@ CSampler* giveSound(CSeq* seq, CSongTrack* songTrack, CUndo* undo) {
         notes = notes || hasNotes(part);
         if (program < 0) program = firstProgram(part);
     });
-    if (!notes || feedsAnything(track)) return nullptr;
+    if (!notes || feedsAnything(track) || feedsInStep(track, undo)) return nullptr;
     if (track->channel == drumChannel) return addSynthDrums(seq, track, undo);
     return addSynthesizer(seq, track, std::max(0, program), undo);
 }
 
-/// Whether anything stands in the parts of a program.
-bool hasContent(CSeqProg* prog) {
-    for (const auto* songTrack : each<CSongTrack>(prog->tracks))
-        for (auto* part : each<CPart>(songTrack->parts))
-            if (part->getEvents()) return true;
-    return false;
-}
-
-std::vector<CSampler*> giveSounds(CSeq* seq, CUndo* undo) {
+std::vector<CSampler*> makeInstruments(CSeq* seq, CUndo* undo) {
     std::vector<CSampler*> instruments;
     for (CSongTrack* songTrack : songTracks(seq, undo))
         if (CSampler* made = giveSound(seq, songTrack, undo)) instruments.push_back(made);
@@ -155,17 +158,32 @@ CSampler* addSynthDrums(CSeq* seq, CTrack* track, CUndo* undo) {
     return link(std::move(made), seq, track, undo);
 }
 
-MidiSongResult openMidiSong(CSeq* seq, const CStr& path, CSongTrack* onto, int tick) {
+bool hasContent(CSeqProg* prog) {
+    for (const auto* songTrack : each<CSongTrack>(prog->tracks))
+        for (auto* part : each<CPart>(songTrack->parts))
+            if (part->getEvents()) return true;
+    return false;
+}
+
+MidiSongResult addMidiFile(CSeq* seq, const CStr& path, CSongTrack* onto, int tick,
+                           const MidiWay& way, CUndo* step) {
+    return resultOf(openMIDIFile(seq, onto, path, step, tick, way));
+}
+
+bool giveSounds(CSeq* seq, CUndo* step) {
+    const std::vector<CSampler*> instruments = makeInstruments(seq, step);
+    setLevels(instruments);
+    playDry(instruments);
+    return bringsNotes(seq, step);
+}
+
+MidiSongResult openMidiSong(CSeq* seq, const CStr& path) {
     CQV* host = seq->host;
     CSeqProg* prog = seq->getProg();
     const bool begins = !hasContent(prog);
     CUndo* step = host->undoStart("Import", seq, {.graph = true, .song = true});
-    const MidiSongResult result =
-        resultOf(openMIDIFile(seq, onto, path, step, tick, MidiTracks::byChannel));
-    const std::vector<CSampler*> instruments = giveSounds(seq, step);
-    const bool notes = bringsNotes(seq, step);
-    setLevels(instruments);
-    playDry(instruments);
+    const MidiSongResult result = addMidiFile(seq, path, nullptr, 0, {MidiTracks::byChannel}, step);
+    const bool notes = giveSounds(seq, step);
     host->undoEnd(step, true);
     if (begins && hasContent(prog)) frameSong(seq);
     return result == MidiSongResult::good && !notes ? MidiSongResult::silent : result;

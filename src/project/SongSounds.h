@@ -1,8 +1,11 @@
 #pragma once
 
+#include "sequencer/MidiImport.h"
+
 class CQV;
 class CSampler;
 class CSeq;
+class CSeqProg;
 class CSongTrack;
 class CStr;
 class CTrack;
@@ -34,9 +37,17 @@ enum class MidiSongResult {
 };
 
 /// Imports a MIDI file into a song that has a program, from tick `tick` on, as one step of the
-/// history; what comes first goes to `onto`, if that is given and has no parts. A track of several
-/// channels becomes one for each, and each whose notes would reach nothing comes with an
-/// instrument: the factory program of its first program change, else the first; the drum program on
-/// channel 10; without send effects. A song that held nothing is framed as a new one is.
-/// What was readable of a broken file stays.
-MidiSongResult openMidiSong(CSeq* seq, const CStr& path, CSongTrack* onto = nullptr, int tick = 0);
+/// history. A track of several channels becomes one for each, and each whose notes would reach
+/// nothing comes with an instrument, as by `giveSounds`. A song that held nothing is framed as a
+/// new one is. What was readable of a broken file stays.
+MidiSongResult openMidiSong(CSeq* seq, const CStr& path);
+
+/// The same as part of a step, without the instruments.
+MidiSongResult addMidiFile(CSeq* seq, const CStr& path, CSongTrack* onto, int tick,
+                           const MidiWay& way, CUndo* step);
+/// Gives the tracks that a step brings notes to, and whose notes would reach nothing, instruments:
+/// the factory program of the first program change, else the first; the drum program on channel 10;
+/// without send effects. False when the step brings no notes.
+bool giveSounds(CSeq* seq, CUndo* step);
+/// Whether anything stands in the parts of a program.
+bool hasContent(CSeqProg* prog);

@@ -48,10 +48,11 @@ CStr idText(int32_t id) {
 /// The import of one file.
 class Importer {
 public:
-    Importer(CSeq* s, CSongTrack* target, const CStr& name, CUndo* step, int at, MidiTracks how)
+    Importer(CSeq* s, CSongTrack* target, const CStr& name, CUndo* step, int at, const MidiWay& how)
         : seq(s), prog(s->getProg()), undo(step), position(at),
-          splits(how == MidiTracks::byChannel), stream(name, 0),
-          songTrack(target && target->parts.getCount() == 0 ? target : nullptr) {
+          splits(how.tracks == MidiTracks::byChannel), withPoints(how.withPoints),
+          nextIndex(how.index), stream(name, 0),
+          songTrack(target && (how.ontoParts || target->parts.empty()) ? target : nullptr) {
         if (songTrack) usedTracks.push_back(songTrack);
         if (songTrack) channelTold.push_back(songTrack->track);
         lastTempo = static_cast<CTempoPart*>(prog->tempos.last());
@@ -86,6 +87,7 @@ private:
     bool mustSplit() const;
     void linkByChannel();
     void linkPoints();
+    void dropPoints();
     void assignChannels();
     /// All that follows has to share the last track and part.
     bool full() { return filled = filled || !seq->hasTrackRoom(trackMIDI, undo); }
@@ -104,6 +106,8 @@ private:
     CUndo* undo;
     int position;
     const bool splits; ///< a track of several channels
+    const bool withPoints;
+    int nextIndex; ///< of the next new track, -1 at the end
     CFileStream stream;
     int64_t chunkEnd = 0;
     bool ranOut = false;
@@ -178,7 +182,8 @@ bool Importer::readHeader() {
 
 void Importer::needTrack() {
     if (songTrack) return;
-    songTrack = seq->addTrack(trackMIDI, prog, undo);
+    songTrack = seq->addTrack(trackMIDI, prog, undo, nextIndex);
+    if (nextIndex >= 0) nextIndex++;
     usedTracks.push_back(songTrack);
     if (prefix >= 0) setChannel(prefix);
     prefix = -1;
@@ -371,8 +376,14 @@ void Importer::linkByChannel() {
 /// one in the file has to stay behind. They come last, since a track looks through all that the
 /// step holds already.
 void Importer::linkPoints() {
+    if (!withPoints) return dropPoints();
     for (CTempoPart* point : tempos) undo->asAdd(point, &prog->tempos);
     for (CTimesigPart* point : timesigs) undo->asAdd(point, &prog->timesigs);
+}
+
+void Importer::dropPoints() {
+    for (const CTempoPart* point : tempos) delete point;
+    for (const CTimesigPart* point : timesigs) delete point;
 }
 
 bool Importer::readTrack(int64_t end) {
@@ -448,7 +459,7 @@ MidiImport Importer::run() {
 } // namespace
 
 MidiImport openMIDIFile(CSeq* seq, CSongTrack* target, const CStr& name, CUndo* undo, int position,
-                        MidiTracks tracks) {
+                        const MidiWay& way) {
     if (!seq->getProg()) return MidiImport::unreadable;
-    return Importer(seq, target, name, undo, asMinMax(position, 0, maxTicks), tracks).run();
+    return Importer(seq, target, name, undo, asMinMax(position, 0, maxTicks), way).run();
 }

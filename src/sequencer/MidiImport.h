@@ -19,6 +19,14 @@ enum class MidiTracks {
     byChannel, ///< they come to a track for each channel, unless the file tells the track its own
 };
 
+/// How a file comes into the song.
+struct MidiWay {
+    MidiTracks tracks = MidiTracks::asTold;
+    bool ontoParts = false; ///< the target takes what comes even if it has parts
+    bool withPoints = true; ///< tempos and signatures come along
+    int index = -1;         ///< of the first new track, -1 behind all others
+};
+
 /// Imports a standard MIDI file into the current program, at tick `position` (0 or more) of the
 /// timeline. The first track with content goes to `target`, when it is given and has no parts;
 /// others get new tracks, as many as the song has room for: what lies beyond joins the part of the
@@ -28,4 +36,4 @@ enum class MidiTracks {
 ///
 /// Shows "Not a MIDI file " with the id that was found, or "Invalid file format (3)".
 MidiImport openMIDIFile(CSeq* seq, CSongTrack* target, const CStr& name, CUndo* undo, int position,
-                        MidiTracks tracks = MidiTracks::asTold);
+                        const MidiWay& way = {});

@@ -4,6 +4,7 @@
 #include "support/Rows.h"
 
 #include <cmath>
+#include <numbers>
 #include <numeric>
 #include <random>
 
@@ -27,13 +28,19 @@ protected:
     }
 
     ImportResult import(const std::string& name) {
+        return importAs({.path = path(name).c_str(), .folder = path("in").c_str()});
+    }
+    ImportResult importAs(const ImportWish& wish) {
         ImportProgress progress;
-        return importAudio(path(name).c_str(), path("in").c_str(), out, progress);
+        const ImportResult result = importAudio(wish, files, progress);
+        out = files.empty() ? CStr() : files[0];
+        return result;
     }
 
     bool nothingLeft() { return std::filesystem::is_empty(path("in")); }
 
-    CStr out;
+    std::vector<CStr> files;
+    CStr out; ///< the first of them
 };
 
 } // namespace
@@ -67,8 +74,9 @@ TEST_F(AudioImportTest, OtherFormatsComeIn) {
     }
 }
 
-/// Six speakers at levels of 0.1 to 0.6: the bass effects are left out.
-TEST_F(AudioImportTest, ManyChannelsBecomeTwo) {
+/// Six speakers at levels of 0.1 to 0.6: in two channels the bass effects are left out, else each
+/// has a file.
+TEST_F(AudioImportTest, ManyChannelsBecomeTwoOrAFileEach) {
     std::string merge = "sox -D -M";
     for (int i = 1; i <= 6; i++) {
         const std::string name = path("m" + std::to_string(i) + ".wav");
@@ -82,6 +90,66 @@ TEST_F(AudioImportTest, ManyChannelsBecomeTwo) {
     ASSERT_EQ(got.size(), 200u);
     EXPECT_NEAR(double(got[0]), 0.1 + (0.3 + 0.5) * std::sqrt(0.5), 1e-5);
     EXPECT_NEAR(double(got[1]), 0.2 + (0.3 + 0.6) * std::sqrt(0.5), 1e-5);
+    for (const int rate : {0, 96000}) {
+        ASSERT_EQ(importAs({.path = path("six.wav").c_str(),
+                            .folder = path("in").c_str(),
+                            .rate = rate,
+                            .splits = true}),
+                  ImportResult::good);
+        ASSERT_EQ(files.size(), 6u);
+        for (size_t i = 0; i < 6; i++) {
+            const Values one = allFrames(*opened(files[i].asChar()));
+            ASSERT_EQ(one.size(), rate ? 200u : 100u);
+            EXPECT_NEAR(double(one[50]), 0.1 * double(i + 1), rate ? 1e-3 : 1e-6) << i;
+        }
+    }
+}
+
+/// A tone stays the tone it is at any rate, and what lies above the new one's reach is gone.
+TEST_F(AudioImportTest, RatesAreConverted) {
+    constexpr int from = 48000;
+    constexpr double low = 997.0, high = 20000.0;
+    const auto sine = [](double hz, double rate) {
+        return [=](int i) { return 0.5 * std::sin(2 * std::numbers::pi * hz * i / rate); };
+    };
+    const Values tone = made(from, sine(low, from)), whistle = made(from, sine(high, from));
+    write(path("tones.wav"), from, 24, 2, tone, whistle);
+    for (const int rate : {32000, 44100, 96000}) {
+        ASSERT_EQ(
+            importAs(
+                {.path = path("tones.wav").c_str(), .folder = path("in").c_str(), .rate = rate}),
+            ImportResult::good);
+        const auto in = opened(out.asChar());
+        EXPECT_EQ(in->rate, float(rate));
+        const Values got = allFrames(*in);
+        ASSERT_EQ(got.size(), size_t(2 * rate)) << "as long as it was";
+        const auto want = sine(low, rate), above = sine(high, rate);
+        double off = 0.0, offAbove = 0.0;
+        for (int i = 1000; i < rate - 1000; i++) {
+            off = std::max(off, std::abs(double(got[size_t(2 * i)]) - want(i)));
+            const double rest = double(got[size_t(2 * i + 1)]) - (rate > 2 * high ? above(i) : 0.0);
+            offAbove = std::max(offAbove, std::abs(rest));
+        }
+        EXPECT_LT(off, 1e-3) << rate;
+        if (rate == 44100) offAbove = 0.0; // there the filter begins
+        EXPECT_LT(offAbove, 2e-3) << rate;
+    }
+    for (const int rate : {48000 / 17, 48000 * 65}) {
+        ASSERT_EQ(importAs({.path = path("tones.wav").c_str(), .folder = "", .rate = rate}),
+                  ImportResult::good);
+        EXPECT_TRUE(out == path("tones.wav").c_str()) << "too far away";
+    }
+}
+
+/// A copy is the same byte by byte, and not made of what is in the folder.
+TEST_F(AudioImportTest, PlainFilesAreCopied) {
+    ImportWish wish{.path = path("s16").c_str(), .folder = path("in").c_str(), .copies = true};
+    ASSERT_EQ(importAs(wish), ImportResult::good);
+    EXPECT_TRUE(out == path("in/s16").c_str());
+    EXPECT_EQ(bytesOf(path("in/s16")), bytesOf(path("s16")));
+    wish.path = out;
+    ASSERT_EQ(importAs(wish), ImportResult::good);
+    EXPECT_TRUE(out == wish.path);
 }
 
 /// A file that plays needs no import; another gets a name of its own.
@@ -131,7 +199,7 @@ TEST_F(AudioImportTest, LongFilesAreNarrowed) {
     };
     for (int bits : {32, 24, 16}) {
         makeAu(2147483647ll / (bits / 4) - 100);
-        CAudioImport worker(path("long.au").c_str(), path("in").c_str());
+        CAudioImport worker({.path = path("long.au").c_str(), .folder = path("in").c_str()});
         worker.start();
         for (int i = 0; i < 5000 && worker.progress.done == 0.0f; i++) asSleep(1);
         EXPECT_EQ(opened(path("in/long.wav"), 1)->bits, bits);

@@ -222,17 +222,48 @@ TEST_F(CSampleManagerTest, FilesLiveAsLongAsTheyAreNeeded) {
     EXPECT_TRUE(exists("p/song.v2_audio/copied.wav") && !exists("temp/copied.wav"));
 }
 
-TEST_F(CSampleManagerTest, ForeignFormatsComeInAsWav) {
+/// What can't be played is converted, what can is copied once the project has a file; made files
+/// go with a project that is not saved, and what stands already comes again.
+TEST_F(CSampleManagerTest, ImportedFilesComeToTheProject) {
     run("sox -D -V1 -n -r 44100 -b 16 -c 2 " + path("tone.flac") + " synth 0.5 sine 440");
-    ImportResult result{};
-    for (const char* name : {"p/song.v2_audio/tone.wav", "temp/tone.wav"}) {
-        const CSample* sample = host->importSample(full("tone.flac"), 1, result, {});
-        ASSERT_TRUE(sample && sample->filename == full(name) && sample->getFrames() == 22050);
-        EXPECT_TRUE(!sample->keep && sample->cached == host->projectFile.empty()) << name;
-        host->projectFile = "";
+    run("sox -D -V1 " + path("tone.flac") + " " + path("plain.wav"));
+    run("sox -D -V1 " + path("tone.flac") + " -r 88200 " + path("fast.wav"));
+    run("sox -D -V1 -M " + path("tone.flac") + " " + path("plain.wav") + " " + path("four.wav"));
+    for (const auto& [name, place, made] :
+         Rows<std::string, std::string, int>{{"tone.flac", "p/song.v2_audio", 1},
+                                             {"plain.wav", "p/song.v2_audio", 1},
+                                             {"fast.wav", "p/song.v2_audio", 1},
+                                             {"four.wav", "p/song.v2_audio", 4},
+                                             {"tone.flac", "temp", 1},
+                                             {"plain.wav", "", 1},
+                                             {"fast.wav", "temp", 1},
+                                             {"four.wav", "temp", 4}}) {
+        SCOPED_TRACE(name + " to " + place);
+        const bool saved = place[0] == 'p';
+        if (!saved) host->projectFile = "";
+        const CStr source = full(name);
+        std::vector<CStr> files, again;
+        ASSERT_EQ(host->importFiles(source, files), ImportResult::good);
+        ASSERT_EQ(files.size(), size_t(made));
+        for (int i = 0; i < made; i++) {
+            const std::string stem = fs::path(name).stem().string();
+            const std::string number = made > 1 ? " " + std::to_string(i + 1) : "";
+            const std::string wanted = place + "/" + stem + number + ".wav";
+            EXPECT_TRUE(files[size_t(i)] == (place.empty() ? source : full(wanted)));
+            const CSample* sample = host->addImported(files[size_t(i)], source);
+            ASSERT_TRUE(sample && sample->getFrames() == 22050 && sample->rate == 44100.0f);
+            EXPECT_EQ(sample->keep, place.empty());
+            EXPECT_EQ(sample->cached, place == "temp");
+        }
+        const int count = host->samples.getCount();
+        ASSERT_EQ(host->importFiles(source, again), ImportResult::good);
+        EXPECT_TRUE(again.size() == files.size() && again[0] == files[0]);
+        EXPECT_TRUE(host->addImported(again[0], source) && host->samples.getCount() == count);
+        host->dropImported(files, source);
+        EXPECT_TRUE(fileExists(files[0])) << "a sample stands on it";
     }
     host->clear();
-    EXPECT_TRUE(fs::is_empty(path("temp")));
+    EXPECT_TRUE(fs::is_empty(path("temp")) && fileExists(full("plain.wav")));
 }
 
 /// A pool of more files than the system lets us open: those beyond are refused, the others play,

@@ -36,7 +36,7 @@ struct BringFixture : ClipFixture {
         return text;
     }
     bool bring(const CStr& path, CSongTrack* onto, int tick = 0) {
-        return bringIn(seq, path, {onto, tick});
+        return bringIn(seq, {{path, {onto, tick}}}, "Drop");
     }
 };
 
@@ -144,6 +144,56 @@ TEST(BringIn, NeedsATrackThatTakesIt) {
             EXPECT_EQ(f.host->samples.getCount(), samples);
             EXPECT_TRUE(f.host->undoText().empty());
         }
+}
+
+/// Files that come together are one step, new tracks lie below the one they were meant for, in its
+/// folder, and what was wrong with one of them keeps all others out.
+TEST(BringIn, FilesComeTogether) {
+    const std::string waveBytes = content("a.wav"), kitBytes = content("a.qvd");
+    BringFixture f;
+    f.host->projectFile = f.files.file("song.qv");
+    f.files.write("song.qv", "");
+    for (const int kind : {trackFolder, trackMIDI, trackAudio}) f.track(kind);
+    const auto row = [&](int i) {
+        return static_cast<CSongTrack*>(f.seq->getProg()->tracks.items(i));
+    };
+    row(1)->track->folder = row(0)->track;
+    const CStr wave = f.put("a.wav", waveBytes), kit = f.put("k.qvd", kitBytes);
+    const CStr midi = f.put("m.mid", std::string("MThd\0\0\0\6\0\0\0\1\3\300MTrk\0\0\0\15"
+                                                 "\0\x90\x28\x64\x87\x40\x80\x28\0\0\xff\x2f\0",
+                                                 35));
+    const CStr four = f.files.file("four.wav");
+    CSample sides;
+    sides.setFormat(44100, 16, 4);
+    sides.create(four);
+    sides.writeBytes(4410, std::vector<unsigned char>(4410 * 8).data());
+    sides.writeHeader();
+    sides.close();
+    const std::string before = f.song();
+    const auto come = [&](const CStr& last) {
+        return bringIn(f.seq,
+                       {{wave, {row(2), 960}},
+                        {four, {row(1), 1920}},
+                        {midi, {row(1), 480}},
+                        {kit, {row(1), 0, 1}},
+                        {last, {row(1), 3840}}},
+                       "Drop all");
+    };
+    for (const char* bad : {"bad.wav", "bad.mid", "bad.qvc", "bad.qvd"}) {
+        shown.clear();
+        EXPECT_FALSE(come(f.put(bad, "junk")));
+        EXPECT_EQ(shown.size(), 1u) << bad;
+        EXPECT_EQ(f.song(), before);
+        EXPECT_TRUE(f.host->samples.empty() && f.host->undoText().empty());
+        EXPECT_TRUE(std::filesystem::is_empty(f.files.file("song_audio").asChar())) << bad;
+    }
+    ASSERT_TRUE(come(wave));
+    EXPECT_EQ(f.song(), "1;2 at481 programs1"
+                        ";5 drums2;3 at1921 at3841;3 at1921;3 at1921;3 at1921;3 at961;");
+    for (int i = 1; i < 7; i++) EXPECT_EQ(row(i)->track->folder.load(), row(0)->track) << i;
+    EXPECT_EQ(f.host->undoText(), CStr("Drop all"));
+    f.undo();
+    EXPECT_EQ(f.song(), before);
 }
 
 /// What is no such file, or for no such track, is told and leaves nothing.

@@ -68,7 +68,7 @@ struct ImportFixture : SongFixture, Told {
         folder.write("a.mid", content);
         MidiImport result = MidiImport::good;
         step([&](CUndo* undo) {
-            result = openMIDIFile(seq, target, folder.file("a.mid"), undo, position, how);
+            result = openMIDIFile(seq, target, folder.file("a.mid"), undo, position, {how});
         });
         return result;
     }
