@@ -240,6 +240,10 @@ void ArrangeView::paint(CGraphic* g, CRect rect) {
 
 // For the program around.
 
+void ArrangeView::addTargets(CPopup* popup) {
+    if (seq()) heads->addTargets(popup);
+}
+
 bool ArrangeView::arrowKey(int key, int mods) {
     if (editKey(*this, key, mods)) return true;
     return mods == 0 && (key == ::keyUp || key == ::keyDown) &&

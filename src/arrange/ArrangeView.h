@@ -9,6 +9,7 @@
 #include <vector>
 
 class ArrangeGrid;
+class CPopup;
 class CRangebar;
 class CScrollbar;
 class CSongTrack;
@@ -45,6 +46,7 @@ public:
     void songChanged(); ///< builds all anew from the song
     void forgetSong();  ///< it is about to be deleted: nothing shows until `songChanged`
 
+    void addTargets(CPopup* popup);   ///< as `HeadList::addTargets`
     bool arrowKey(int key, int mods); ///< as `editKey`, and Up and Down choose a track
     CSongTrack* trackAt(int y) const; ///< at a height of the view, null where there is none
     int tickAt(int x) const;          ///< at a point of the view, at least 0

@@ -15,6 +15,7 @@
 #include "gui/CWin.h"
 #include "gui/Colours.h"
 #include "gui/Keys.h"
+#include "gui/controls/CPopup.h"
 #include "gui/dialogs/CColourWin.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
@@ -233,6 +234,14 @@ bool HeadList::renameSelected() {
         return true;
     }
     return false;
+}
+
+void HeadList::addTargets(CPopup* popup) {
+    std::vector<CTrack*> chosen;
+    for (auto* t : each<CTrack>(state.seq()->tracks))
+        if (t->selected() && *TargetMenu::nameFor(t)) chosen.push_back(t);
+    if (chosen.empty()) return;
+    targets.fill(popup->addSub(TargetMenu::nameFor(chosen.front())), state.seq(), chosen);
 }
 
 void HeadList::askColour() {

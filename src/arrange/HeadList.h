@@ -1,12 +1,14 @@
 #pragma once
 
 #include "arrange/HeadSigns.h"
+#include "arrange/TargetMenu.h"
 #include "gui/CGroup.h"
 
 #include <memory>
 #include <vector>
 
 class ArrangeState;
+class CPopup;
 class CSongTrack;
 class DragHandler;
 class RowHead;
@@ -24,6 +26,7 @@ public:
     COnChange* onHeadMenu = nullptr; ///< owned; the context menu of a head is wanted
     ArrangeState& state;
     HeadSigns signs;
+    TargetMenu targets;
 
     HeadList(CWin* win, ArrangeState& state);
     ~HeadList() override;
@@ -45,6 +48,8 @@ public:
     bool stepTrack(int by);
     /// Opens a field for the name of the first selected track; false without one.
     bool renameSelected();
+    /// Adds a menu of what the selected tracks can lead to; nothing without such a track.
+    void addTargets(CPopup* popup);
     /// Asks for a colour for the selected tracks.
     void askColour();
 

@@ -1,20 +1,31 @@
 #include "arrange/ObjectBar.h"
 
 #include "arrange/ArrangeState.h"
+#include "arrange/NameField.h"
 #include "arrange/gestures/Overlay.h"
+#include "audiofiles/CSample.h"
 #include "base/Numbers.h"
+#include "base/Paths.h"
+#include "engine/MidiBytes.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/controls/CButton.h"
+#include "instruments/CDrumSound.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/ClipEdits.h"
+#include "sequencer/EventEdits.h"
 #include "sequencer/Events.h"
+#include "sequencer/MoveEdits.h"
+#include "sequencer/PartEdits.h"
+#include "sequencer/Slicing.h"
+#include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
 
 namespace {
 
 constexpr int gap = 2, margin = 8, buttonTop = 4, high = 18;
+constexpr int lengthWidth = 76, lengthLabel = 46, sliceWidth = 44, leastText = 60;
 enum Button { forward, reversed, normal, repitch, stretch };
 
 struct Row {
@@ -39,6 +50,55 @@ const char* wordOf(const CPart* part) {
     return part->type == partAudio ? "Sample" : part->type == partDrum ? "Drum" : "Note";
 }
 
+/// The only event of a part that is selected, with its tick in the part.
+struct SingleEvent {
+    CBaseEvent* event = nullptr;
+    int tick = 0;
+};
+
+SingleEvent singleEvent(CPart* part) {
+    SingleEvent found;
+    int count = 0;
+    eachEvent(part->getEvents(), [&](CBaseEvent* e, int tick) {
+        if (!(e->flags & eventSelected) || count++ > 0) return;
+        found = {e, tick};
+    });
+    return count == 1 ? found : SingleEvent();
+}
+
+CStr nameOf(const CTrack* track, const CPart* part, const CBaseEvent* event) {
+    if (part->type == partAudio) {
+        const CSample* sample = static_cast<const CAudioEvent*>(event)->sample;
+        return sample ? extractFileName(sample->filename) : CStr();
+    }
+    if (part->type == partDrum) {
+        const CDrumSound* drum = track->drumSound(static_cast<const CDrumEvent*>(event)->sound);
+        return drum ? drum->getId() : CStr();
+    }
+    return noteText(asByte1(static_cast<const CMIDIEvent*>(event)->data));
+}
+
+/// Of what the bar is about, in ticks: of notes and hits their own, of all else that of the part.
+int lengthOf(CSeq* seq, CPart* part) {
+    const SingleEvent single = singleEvent(part);
+    const int* own = single.event ? eventLength(part->type, single.event) : nullptr;
+    return own ? *own : seq->getTicks(part);
+}
+
+CStr textOf(CSeq* seq, CPart* part) {
+    const CSongTrack* songTrack = seq->partToSongTrack(part);
+    const SingleEvent single = singleEvent(part);
+    const CStr word = CStr(wordOf(part)) + ": ";
+    if (single.event)
+        return word + nameOf(songTrack->track, part, single.event) + ", " +
+               placeText(seq, limitTicks(int64_t(part->pos) + part->offset + single.tick)) + ", " +
+               part->content()->id;
+    CStr text = word + partText(seq, songTrack, part);
+    if (CList all; seq->getProg()->getSelectedParts(&all), all.getCount() > 1)
+        text += ", and " + asStr(all.getCount() - 1) + " more";
+    return text;
+}
+
 } // namespace
 
 ObjectBar::ObjectBar(CWin* owner, ArrangeState& shared)
@@ -50,6 +110,11 @@ ObjectBar::ObjectBar(CWin* owner, ArrangeState& shared)
         made->visible = false;
         buttons.push_back(made);
     }
+    slice = add("slice", "Slice", "Cut the selected clips at the steps of the grid", sliceWidth);
+    length = add("length", "", "Length in bars.beats.ticks: press and type", lengthWidth);
+    slice->visible = length->visible = false;
+    wire(slice->onChange, new _COnChange<ObjectBar>(this, &ObjectBar::sliceClicked));
+    wire(length->onChange, new _COnChange<ObjectBar>(this, &ObjectBar::lengthClicked));
 }
 
 CButton* ObjectBar::add(const char* name, const char* text, const char* told, int wide) {
@@ -62,12 +127,17 @@ CButton* ObjectBar::add(const char* name, const char* text, const char* told, in
     return made;
 }
 
+/// From the right; what has no room is left out, first how clips play.
 void ObjectBar::resized() {
     int x = width - margin;
-    for (size_t i = buttons.size(); i-- > 0;) {
-        x -= buttons[i]->width + (i == normal ? margin : gap);
-        buttons[i]->setBounds(x, buttonTop, buttons[i]->width, high);
-    }
+    const auto put = [&](CButton* button, int before) {
+        x -= button->width + before;
+        button->setBounds(x, buttonTop, button->width, high);
+    };
+    put(length, gap);
+    x -= lengthLabel;
+    put(slice, margin);
+    for (size_t i = buttons.size(); i-- > 0;) put(buttons[i], i == normal ? margin : gap);
 }
 
 void ObjectBar::clicked(CObject* sender) {
@@ -81,26 +151,57 @@ void ObjectBar::clicked(CObject* sender) {
         reverseClips(seq);
 }
 
+void ObjectBar::sliceClicked(CObject*) {
+    if (CSeq* seq = state.seq()) state.tell(beatsliceParts(seq));
+}
+
+void ObjectBar::lengthClicked(CObject*) {
+    NameField::dropLeft(field);
+    if (field) return;
+    const CRect box = asRect(length->left, buttonTop, length->left + lengthWidth, buttonTop + high);
+    field = new NameField(this, box, length->text, "Length");
+    field->onName = [this](const CStr& text) { lengthTyped(text); };
+}
+
+/// All selected parts get it, or a single note or hit.
+void ObjectBar::lengthTyped(const CStr& text) {
+    CSeq* seq = state.seq();
+    CPart* part = seq ? seq->getProg()->getFirstSelectedPart() : nullptr;
+    const int ticks = part ? spanOf(seq, text) : 0;
+    if (ticks < 1) return;
+    const SingleEvent single = singleEvent(part);
+    if (single.event && eventLength(part->type, single.event))
+        resizeEvents(seq, part, ticks - lengthOf(seq, part));
+    else
+        resizeParts(seq, ticks, false);
+}
+
 bool ObjectBar::refresh() {
     CSeq* seq = state.seq();
     CPart* part = seq ? seq->getProg()->getFirstSelectedPart() : nullptr;
-    CStr now = "Nothing is selected";
-    if (part) {
-        now = CStr(wordOf(part)) + ": " + partText(seq, seq->partToSongTrack(part), part);
-        if (CList all; seq->getProg()->getSelectedParts(&all), all.getCount() > 1)
-            now += ", and " + asStr(all.getCount() - 1) + " more";
-    }
+    const CStr now = part ? textOf(seq, part) : CStr("Nothing is selected");
+    const CStr span = part ? spanText(seq, lengthOf(seq, part)) : CStr();
     const CAudioEvent* clip = firstClip(part);
-    bool changed = now != shown;
+    NameField::dropLeft(field);
+    bool changed = now != shown || span != length->text;
+    const auto show = [&](CButton* button, bool seen) {
+        seen = seen && button->left >= leastText;
+        changed = changed || button->visible != seen;
+        button->visible = seen;
+    };
     for (CButton* button : buttons) {
         const int which = button->tag;
         const bool lit = clip && (which >= normal ? clip->mode == which - normal
                                                   : (clip->reverse != 0) == (which == reversed));
-        changed = changed || button->visible != (clip != nullptr) || button->lit != lit;
-        button->visible = clip != nullptr;
+        changed = changed || button->lit != lit;
         button->lit = lit;
+        show(button, clip);
     }
+    show(slice, clip);
+    show(length, part);
     if (!changed) return false;
+    length->text = span;
+    length->spokenName = "Length " + span;
     shown = now;
     redraw();
     return true;
@@ -110,8 +211,13 @@ void ObjectBar::paint(CGraphic* g, CRect rect) {
     const CPalette& palette = win->app->gui->palette;
     g->fillRect(palette.panel, clientRect());
     g->fillLine(palette.frame, asRect(0, height - 1, width, height));
-    const int right = buttons.front()->visible ? buttons.front()->left : width;
+    int right = width;
+    for (const auto* c : each<CCtrl>(controls))
+        if (c->visible) right = asMin(right, c->left - (c == length ? lengthLabel : 0));
     g->drawText(palette.dimText, shown, asRect(margin, 0, right - margin, height - 1), textLeft);
+    if (length->visible)
+        g->drawText(palette.dimText, "Length",
+                    asRect(length->left - lengthLabel, 0, length->left, height - 1), textLeft);
     CGroup::paint(g, rect);
 }
 

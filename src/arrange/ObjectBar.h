@@ -8,9 +8,11 @@
 class ArrangeState;
 class CButton;
 class CPart;
+class NameField;
 
-/// Tells what is selected, and of audio parts how they play: forward or reversed, and whether they
-/// follow the tempo. Interface thread.
+/// Tells what is selected, a single note, hit or clip of a part before the part, and its length,
+/// which can be typed; of audio parts how they play: forward or reversed, and whether they follow
+/// the tempo; and cuts them into beats. Interface thread.
 class ObjectBar : public CGroup {
 public:
     ObjectBar(CWin* win, ArrangeState& state);
@@ -23,8 +25,13 @@ public:
 private:
     CButton* add(const char* name, const char* text, const char* hint, int wide);
     void clicked(CObject* sender);
+    void lengthClicked(CObject*);
+    void sliceClicked(CObject*);
+    void lengthTyped(const CStr& text);
 
     ArrangeState& state;
     std::vector<CButton*> buttons; ///< as the table in the source; shown for audio alone
+    CButton *length, *slice;
+    NameField* field = nullptr; ///< while a length is typed
     CStr shown;
 };

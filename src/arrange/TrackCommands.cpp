@@ -57,6 +57,9 @@ TrackCommands::TrackCommands(ArrangeState& shared, HeadList& list) : state(share
     commands.bind(
         "foldtrack", [this] { fold(); }, ready);
     commands.bind(
+        "duplicatetrack", [this] { state.tell(duplicateTracks(state.seq(), chosen(state.seq()))); },
+        idle);
+    commands.bind(
         "deletetrack", [this] { deleteTracks(state.seq(), chosen(state.seq())); }, idle);
     commands.bind(
         "trackup", [this] { step(-1); }, [this, idle] { return idle() && canStep(-1); });

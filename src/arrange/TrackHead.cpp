@@ -3,6 +3,7 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/HeadList.h"
 #include "arrange/HeadSwitch.h"
+#include "arrange/HeadTarget.h"
 #include "arrange/NameField.h"
 #include "arrange/RowLayout.h"
 #include "base/Numbers.h"
@@ -28,11 +29,12 @@
 namespace {
 
 constexpr int stripeReach = 8; ///< of a press, from the left
-constexpr int foldLeft = 7, foldWidth = 14, signWidth = 18, signRoom = 16;
+constexpr int foldLeft = 7, foldWidth = 14, signWidth = HeadTarget::signWidth, signRoom = 16;
 constexpr int switchWidth = 22, switchHeight = 18, switchGap = 2;
 constexpr int meterWidth = 6, meterLeft = RowHead::headWidth - meterWidth - 4;
 constexpr int switchesLeft = meterLeft - 6 - 3 * switchWidth - 2 * switchGap;
 constexpr int firstLine = 4, secondLine = 25, secondHeight = 15, twoLines = 44;
+constexpr int thirdLine = 45, threeLines = 68;
 constexpr int panWidth = 60, monitorWidth = 24;
 constexpr double mutedShare = 0.45; ///< of the ground in what is not heard
 
@@ -60,7 +62,8 @@ double faderOfDb(double db) {
 } // namespace
 
 TrackHead::TrackHead(HeadList& owner, const ArrangeRow& row)
-    : RowHead(owner, "track", row), fold(new FoldButton(owner, track)), switches{},
+    : RowHead(owner, "track", row), fold(new FoldButton(owner, track)),
+      target(new HeadTarget(owner, track)), switches{},
       volume(new CStoredSlider(win, "volume", owner.door(), 0, 0, 1, secondHeight)),
       pan(new CStoredSlider(win, "pan", owner.door(), 0, 0, panWidth, secondHeight)),
       meter(new CMeter(win, 0, 0, meterWidth, 1)) {
@@ -72,6 +75,7 @@ TrackHead::TrackHead(HeadList& owner, const ArrangeRow& row)
     meter->item = &clTrackLed;
     meter->vertical = true;
     addControl(fold);
+    addControl(target);
     for (HeadSwitch* s : switches) addControl(s);
     for (CCtrl* c :
          {static_cast<CCtrl*>(volume), static_cast<CCtrl*>(pan), static_cast<CCtrl*>(meter)})
@@ -135,6 +139,13 @@ void TrackHead::show(const ArrangeRow& row) {
     const int volumeLeft = x + monitorWidth + 2 * gap, panLeft = meterLeft - 6 - panWidth;
     volume->setBounds(volumeLeft, secondLine, panLeft - 2 * gap - volumeLeft, secondHeight);
     pan->setBounds(panLeft, secondLine, panWidth, secondHeight);
+    const bool three = two && row.height >= threeLines;
+    target->visible = kind != trackFolder;
+    target->named = three;
+    if (three)
+        target->setBounds(x, thirdLine, meterLeft - 6 - x, switchHeight);
+    else
+        target->setBounds(x, line, HeadTarget::signWidth, switchHeight);
     meter->visible = kind != trackFolder;
     meter->setBounds(meterLeft, gap, meterWidth, row.height - 1 - 2 * gap);
     shown = present();
@@ -152,6 +163,7 @@ void TrackHead::nameControls() {
     const CStr& name = shown.name;
     fold->spokenName = (track->track->kind == trackFolder ? "Folder, " : "Lanes, ") + name;
     for (HeadSwitch* s : switches) s->nameAfter(name);
+    target->nameAfter(name);
     volume->spokenName = "Volume, " + name;
     pan->spokenName = "Pan, " + name;
     meter->spokenName = "Level, " + name;
@@ -160,6 +172,7 @@ void TrackHead::nameControls() {
 void TrackHead::findSound() {
     sound = soundOf(list.state.qv, track->track);
     meter->channel = sound;
+    target->cablesChanged();
     volume->refresh();
     pan->refresh();
 }
@@ -206,6 +219,7 @@ void TrackHead::paint(CGraphic* g, CRect rect) {
     g->fillRect(colour, asRect(0, 0, stripe, height - 1));
     if (shown.selected) g->fillRect(colours.accent, asRect(stripe, 0, stripe + 2, height - 1));
     g->fillLine(colours.frame, asRect(0, height - 1, width, height));
+    target->colour = shown.heard ? legible(shown.colour, look.fillCol) : colours.dimText;
     paintName(g, look.fillCol);
     if (hasKeyFocus()) g->frameRect(colours.accent, asRect(0, 0, width, height - 1));
     CGroup::paint(g, rect);
@@ -214,9 +228,10 @@ void TrackHead::paint(CGraphic* g, CRect rect) {
 void TrackHead::paintName(CGraphic* g, int ground) const {
     const CPalette& colours = list.palette();
     CRect box = nameBox();
-    list.signs.draw(g, HeadSigns::ofKind(track->track->kind),
-                    asRect(box.left - signWidth, box.top, box.left - gap, box.bottom),
-                    shown.heard ? legible(shown.colour, ground) : colours.dimText, ground);
+    if (!target->visible || target->named)
+        list.signs.draw(g, HeadSigns::ofKind(track->track->kind),
+                        asRect(box.left - signWidth, box.top, box.left - gap, box.bottom),
+                        target->colour, ground);
     if (field && field->visible) return;
     const TextScope bold(g, {.bold = true});
     for (const auto& [on, sign] :

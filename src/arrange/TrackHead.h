@@ -9,11 +9,12 @@ class COutputChannel;
 class CStoredSlider;
 class FoldButton;
 class HeadSwitch;
+class HeadTarget;
 class NameField;
 
 /// Head of a track: its colour, kind and name, what switches it, volume and pan of what it sounds
 /// through, and the level of that. What has no room in a low row is left out: first the second line
-/// with monitor, volume and pan.
+/// with monitor, volume and pan; in a high one there is a line with what the track leads to.
 class TrackHead : public RowHead {
 public:
     static constexpr int headWidth = RowHead::headWidth;
@@ -52,6 +53,7 @@ private:
 
     COutputChannel* sound = nullptr; ///< not owned; null where it is not heard
     FoldButton* fold;
+    HeadTarget* target;
     std::array<HeadSwitch*, 4> switches; ///< by `TrackSwitch`
     CStoredSlider *volume, *pan;
     CMeter* meter;

@@ -197,6 +197,10 @@ public:
     /// -1 the end. By the step, or at once under the graph hold. Gives its song track of `prog`,
     /// which may be a program that is not linked yet. Without room for it null, after a message.
     CSongTrack* addTrack(int kind, CSeqProg* prog, CUndo* undo, int index = -1);
+    /// The same for a track of the kind of another, with all its cables, but for those to `without`,
+    /// which may be null; it has no lanes, and its name and all else are still to be set. By the
+    /// step; its song tracks wait there too.
+    CTrack* addTrackLike(const CTrack* source, const CComp* without, CUndo* undo, int index);
     /// Whether a file can hold the cables of `more` tracks of a kind, besides those that an open
     /// step is about to add: it numbers the ports and channels of a song by a byte.
     bool hasTrackRoom(int kind, const CUndo* undo = nullptr, int more = 1) const;

@@ -161,6 +161,51 @@ void eachComp(CComp* tree, F visit) {
 
 } // namespace
 
+namespace {
+
+/// What a port or channel is for the other track, null where it is not of the first.
+template <class T>
+T* twinOf(const T* end, const CList& of, const CList& twins) {
+    return of.contains(end) ? static_cast<T*>(twins.items(of.indexed(end))) : nullptr;
+}
+
+/// Records for each cable of a component that begins or ends at a track one like it for another.
+void twinCables(CComp* at, const CTrack* source, const CTrack* twin, CUndo* undo) {
+    for (auto* cable : each<CMIDICable>(at->midiCables)) {
+        CMIDIQ* from = twinOf(cable->fromPort, source->outPorts, twin->outPorts);
+        CMIDIQ* to = twinOf(cable->toPort, source->inPorts, twin->inPorts);
+        if (!from && !to) continue;
+        CMIDICable* made =
+            createMIDICable(at, from ? from : cable->fromPort, to ? to : cable->toPort);
+        if (made) undo->asAdd(made, &at->midiCables);
+    }
+    for (auto* cable : each<CAudioCable>(at->audioCables)) {
+        COutputChannel* from = twinOf(cable->fromChannel, source->outputs, twin->outputs);
+        CInputChannel* to = twinOf(cable->toChannel, source->inputs, twin->inputs);
+        if (!from && !to) continue;
+        CAudioCable* made =
+            createAudioCable(at, from ? from : cable->fromChannel, to ? to : cable->toChannel);
+        if (made) undo->asAdd(made, &at->audioCables);
+    }
+}
+
+} // namespace
+
+CTrack* CSeq::addTrackLike(const CTrack* source, const CComp* without, CUndo* undo, int index) {
+    NewTrack made;
+    made.track = new CTrack(host, this, source->kind);
+    setKindDefaults(made.track);
+    makePorts(made.track);
+    makeChannels(made.track);
+    linkTrack(made, getProg(), undo, index);
+    const auto twin = [&](CComp* at) {
+        if (at != without) twinCables(at, source, made.track, undo);
+    };
+    eachComp(host, twin);
+    for (auto* bus : each<CComp>(host->sends)) twin(bus);
+    return made.track;
+}
+
 void CSeq::removeTrack(CTrack* track, CUndo* undo) {
     if (track->armed) host->endTake();
     const auto strip = [&](CComp* to) {

@@ -2,8 +2,12 @@
 
 #include "engine/CQV.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/Pending.h"
+#include "sequencer/TrackCopy.h"
 
 #include <algorithm>
+#include <initializer_list>
+#include <map>
 
 namespace {
 
@@ -112,6 +116,34 @@ void moveTracksTo(CSeq* seq, const Tracks& tracks, const TrackTarget& target) {
         t->folder = target.folder;
     }
     seq->host->undoEnd(undo, true);
+}
+
+CStr duplicateTracks(CSeq* seq, const Tracks& tracks) {
+    const Tracks all = withContents(seq, tracks);
+    if (all.empty()) return "";
+    const auto count = [&](std::initializer_list<int> kinds) {
+        return int(std::count_if(all.begin(), all.end(), [&](const CTrack* t) {
+            return std::find(kinds.begin(), kinds.end(), t->kind) != kinds.end();
+        }));
+    };
+    if (!seq->hasTrackRoom(trackMIDI, nullptr, count({trackMIDI, trackDrum})) ||
+        !seq->hasTrackRoom(trackAudio, nullptr, count({trackAudio, trackDrum})))
+        return "Too many tracks";
+    CUndo* undo = seq->host->undoStart("Duplicate track", seq, {.graph = true, .song = true});
+    std::map<const CTrack*, CTrack*> twins;
+    int index = seq->tracks.indexed(all.back()) + 1;
+    for (CTrack* t : all) twins[t] = copyTrack(seq, t, undo, index++);
+    for (const auto& [from, made] : twins)
+        if (const auto folder = twins.find(from->folder); folder != twins.end())
+            made->folder = folder->second;
+    seq->unselectTracks();
+    const auto select = [&](CSongTrack* s) {
+        for (const CTrack* t : tracks)
+            if (s->track == twins[t]) seq->selectTrack(s, true);
+    };
+    eachPending<CSongTrack>(undo, &seq->getProg()->tracks, select);
+    seq->host->undoEnd(undo, true);
+    return "";
 }
 
 void deleteTracks(CSeq* seq, const Tracks& tracks) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/CStr.h"
+
 #include <vector>
 
 class CSeq;
@@ -20,5 +22,11 @@ bool canMoveTracksTo(const std::vector<CTrack*>& tracks, const TrackTarget& targ
 /// "Move track": they come there in the order that they have in the song, folders with what is in
 /// them. No step where all stay as they are, or that cannot be.
 void moveTracksTo(CSeq* seq, const std::vector<CTrack*>& tracks, const TrackTarget& target);
+/// "Duplicate track": tracks like them, folders with what is in them, come behind the last of them
+/// and are selected. They have their parts in all programs, lanes, settings, sounds, strips and
+/// cables; ghosts stay ghosts, freeze files are left to the first ones. A synthesizer that plays
+/// one of them alone is duplicated; what else they lead to they share. Why nothing was done, empty
+/// if it was.
+CStr duplicateTracks(CSeq* seq, const std::vector<CTrack*>& tracks);
 /// "Delete track": they leave with their parts, a folder with all that is in it.
 void deleteTracks(CSeq* seq, const std::vector<CTrack*>& tracks);

@@ -63,14 +63,23 @@ CComp* trackTarget(CSeq* seq, CTrack* track) {
 }
 
 bool setTrackTarget(CSeq* seq, CTrack* track, CComp* to) {
-    const Way way(track);
-    const std::vector<CComp*> targets = trackTargets(seq, track);
-    const auto right = [&](CComp* t) { return way.leadsTo(t) == (t == to); };
-    if (to && std::ranges::find(targets, to) == targets.end()) return false;
-    if (std::ranges::all_of(targets, right)) return false;
-    CUndo* undo = seq->host->undoStart(way.notes ? "Instrument" : "Output", seq, {.graph = true});
-    for (CComp* t : targets)
-        if (!right(t)) way.record(undo, t, t == to);
-    seq->host->undoEnd(undo, true);
-    return true;
+    return setTrackTargets(seq, {track}, to);
+}
+
+bool setTrackTargets(CSeq* seq, const std::vector<CTrack*>& tracks, CComp* to) {
+    CUndo* undo = nullptr;
+    for (CTrack* track : tracks) {
+        const Way way(track);
+        const std::vector<CComp*> targets = trackTargets(seq, track);
+        if (to && std::ranges::find(targets, to) == targets.end()) continue;
+        for (CComp* t : targets) {
+            if (way.leadsTo(t) == (t == to)) continue;
+            if (!undo)
+                undo =
+                    seq->host->undoStart(way.notes ? "Instrument" : "Output", seq, {.graph = true});
+            way.record(undo, t, t == to);
+        }
+    }
+    if (undo) seq->host->undoEnd(undo, true);
+    return undo;
 }

@@ -16,3 +16,5 @@ CComp* trackTarget(CSeq* seq, CTrack* track);
 /// One step, "Instrument" or "Output": of these it leads to `to` alone, to none if that is null.
 /// False, and nothing happens, for other components, and where it does so already.
 bool setTrackTarget(CSeq* seq, CTrack* track, CComp* to);
+/// The same for several, in one step; those that cannot lead there stay as they are.
+bool setTrackTargets(CSeq* seq, const std::vector<CTrack*>& tracks, CComp* to);

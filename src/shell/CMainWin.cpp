@@ -287,6 +287,10 @@ void CMainWin::forgetSong() {
     if (bar) bar->forgetSong();
 }
 
+void CMainWin::addTargets(CPopup* popup) {
+    if (song) song->addTargets(popup);
+}
+
 void CMainWin::mdiChanged() {
     if (mainMenu) mainMenu->rebuild();
 }

@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+class CPopup;
 class CQV;
 class CUndo;
 class MainCommands;
@@ -82,7 +83,8 @@ public:
     void dropEditor(const CComp* edited);
     /// Another project is open, or it has another name.
     void projectChanged();
-    void forgetSong(); ///< the song is about to be deleted
+    void forgetSong();              ///< the song is about to be deleted
+    void addTargets(CPopup* popup); ///< what the selected tracks can lead to
     /// See `Pages::dockWin`.
     void dockWin(CCompEditor* editor, int where, bool maximize, CUndo* undo = nullptr);
     /// Docks or records have changed: makes the windows follow.

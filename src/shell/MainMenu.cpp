@@ -218,8 +218,10 @@ void MainMenu::fillTrack(CPopup* popup) {
                       {"muteall", "soloall"},
                       {"rename", "trackcolour", "foldtrack"},
                       {"showtouched", "addpoint"},
-                      {"trackup", "trackdown", "deletetrack"},
+                      {"trackup", "trackdown", "duplicatetrack", "deletetrack"},
                       {"freeze", "bounce"}});
+    popup->addSeparator();
+    window->addTargets(popup);
     fillBounce(popup->addSub("Bounce range"));
 }
 

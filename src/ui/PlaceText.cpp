@@ -20,12 +20,34 @@ CStr spanText(CSeq* seq, int ticks) {
     return asStr(ticks / bar) + "." + asStr(ticks % bar / beat) + "." + asStr(ticks % beat);
 }
 
+int spanOf(CSeq* seq, const CStr& text) {
+    const int beat = 4 * quarterTicks / seq->options.den(), bar = seq->options.num() * beat;
+    const char* at = text.asChar();
+    double ticks = 0;
+    for (const int unit : {bar, beat, 1}) {
+        char* end = nullptr;
+        const long count = std::strtol(at, &end, 10);
+        if (end == at || count < 0) return 0;
+        ticks += double(count) * unit;
+        if (*end == 0) return ticks <= maxTicks ? asInt(ticks) : 0;
+        if (*end != '.') return 0;
+        at = end + 1;
+    }
+    return 0;
+}
+
 CStr deltaText(CSeq* seq, int ticks) {
     return CStr(ticks < 0 ? "-" : "+") + spanText(seq, std::abs(ticks));
 }
 
 CStr dragText(CSeq* seq, int from, int delta) {
     return placeText(seq, from + delta) + "   " + deltaText(seq, delta);
+}
+
+CStr noteText(int key) {
+    constexpr const char* names[] = {"C",  "C#", "D",  "D#", "E",  "F",
+                                     "F#", "G",  "G#", "A",  "A#", "B"};
+    return CStr(names[key % 12]) + asStr(key / 12 - 1);
 }
 
 CStr lengthText(CSeq* seq, int ticks) {

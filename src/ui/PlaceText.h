@@ -10,7 +10,11 @@ class CSeq;
 CStr placeText(CSeq* seq, int tick);
 CStr spanText(CSeq* seq, int ticks);
 CStr deltaText(CSeq* seq, int ticks);
+/// The ticks of a length that is written so, from its bars on as far as it goes; 0 for what is
+/// none, and beyond a song.
+int spanOf(CSeq* seq, const CStr& text);
 /// Where something is that stood at `from`, and how far it has come.
 CStr dragText(CSeq* seq, int from, int delta);
+CStr noteText(int key); ///< 60 is "C4"
 /// A length as "4 bars".
 CStr lengthText(CSeq* seq, int ticks);

@@ -7,7 +7,9 @@
 #include "arrange/TempoLane.h"
 #include "arrange/TimeRuler.h"
 #include "engine/CSnap.h"
+#include "engine/MidiBytes.h"
 #include "gui/controls/CButton.h"
+#include "instruments/CDrumSound.h"
 #include "sequencer/Events.h"
 #include "sequencer/Points.h"
 
@@ -268,7 +270,7 @@ TEST_F(TimelineTest, TheSnapBarSetsTheGrid) {
 
 TEST_F(TimelineTest, TheObjectBarTellsAndSetsClips) {
     startWith({trackAudio});
-    win->move(0, 0, 800, 560); // all of the bar is on the screen
+    win->move(0, 0, 1020, 560); // all of the bar has room
     host->projectFile = at("song.qv").c_str();
     drop(tone("a.wav"), grid(), 0, yOf(0));
     ASSERT_TRUE(pumpUntil([&] { return parts(0) == 1; }));
@@ -281,8 +283,8 @@ TEST_F(TimelineTest, TheObjectBarTellsAndSetsClips) {
     ASSERT_TRUE(pumpUntil([&] { return button("forward")->visible; }));
     const auto now = [&] { return static_cast<CAudioEvent*>(part(0, 0)->getEvents()); };
     const auto click = [&](const char* id) {
-        mouseTo(button(id), 5, 5);
-        act({"click", "1"});
+        win->setKeyCtrl(button(id));
+        key("Return");
         EXPECT_TRUE(loaded());
     };
     for (int i = 0; i < 2; i++) { // a second press changes nothing
@@ -295,6 +297,65 @@ TEST_F(TimelineTest, TheObjectBarTellsAndSetsClips) {
     }
     click("forward");
     EXPECT_EQ(now()->reverse, 0);
+    // The length is typed, and the clip is cut at the steps of the grid.
+    click("stretch");
+    const auto type = [&](const char* text) {
+        click("length");
+        typeOver(text);
+        EXPECT_TRUE(pumpUntil([&] { return find<CCtrl>("name", bar) == nullptr; }));
+    };
+    for (const auto& [text, length] :
+         {std::pair{"1.1", 4800}, {"0.2.120", 2040}, {"none", 2040}, {"0", 2040}, {"0.1", 960}}) {
+        type(text);
+        EXPECT_TRUE(pumpUntil([&] { return seq()->getTicks(part(0, 0)) == length; })) << text;
+    }
+    click("slice");
+    EXPECT_TRUE(pumpUntil([&] { return parts(0) == 4; })) << "of sixteenths";
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return parts(0) == 1; }));
     key("o");
     EXPECT_TRUE(pumpUntil([&] { return !bar->visible; }));
+}
+
+/// A single note or hit that is selected is told, and is what the length is of.
+TEST_F(TimelineTest, TheObjectBarTellsSingleEvents) {
+    startWith({trackMIDI, trackDrum});
+    seq()->addStandardKit(row(1)->track);
+    CPart* notes = addPart(0, 3840, 3840);
+    CPart* hits = addPart(1, 0, 3840);
+    const auto note = [&](int key, bool chosen) {
+        CMIDIEvent* e = createMIDIEvent();
+        e->data = asData(midiNoteOn, key, 100);
+        e->length = 480;
+        e->flags = chosen ? eventSelected : 0;
+        return e;
+    };
+    notes->addEvent(960, note(61, true));
+    notes->addEvent(1920, note(64, false));
+    CDrumEvent* hit = createDrumEvent();
+    hit->sound = 1;
+    hit->flags = eventSelected;
+    hits->addEvent(240, hit);
+    auto* bar = find<CGroup>("objectbar");
+    const auto told = [&] {
+        Description d;
+        bar->describe(d, -1);
+        return std::string(d.text);
+    };
+    notes->setSelected(true);
+    EXPECT_TRUE(pumpUntil([&] { return told().rfind("Note: C#4, bar 2.2", 0) == 0; })) << told();
+    CCtrl* length = find<CCtrl>("length", bar);
+    EXPECT_TRUE(pumpUntil([&] { return length->spokenName == "Length 0.0.480"; }));
+    win->setKeyCtrl(length);
+    key("Return");
+    typeOver("0.1");
+    EXPECT_TRUE(pumpUntil([&] {
+        auto* first = static_cast<CMIDIEvent*>(part(0, 0)->getEvents());
+        return first->length == 960 && static_cast<CMIDIEvent*>(first->next)->length == 480;
+    }));
+    seq()->unselectParts();
+    hits->setSelected(true);
+    const std::string drum = row(1)->track->drumSound(1)->getId().asChar();
+    EXPECT_TRUE(pumpUntil([&] { return told().rfind("Drum: " + drum + ", bar 1.1.240", 0) == 0; }))
+        << told();
 }

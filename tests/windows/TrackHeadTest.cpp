@@ -6,6 +6,8 @@
 #include "gui/dialogs/CColourWin.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/TrackEdits.h"
+#include "sequencer/TrackInstrument.h"
+#include "sequencer/TrackRouting.h"
 #include "sequencer/TrackValues.h"
 
 /// Heads of tracks under the mouse and the keys: what is left in the song.
@@ -284,6 +286,64 @@ TEST_F(TrackHeadTest, TracksAreChosenMovedAndDeleted) {
     key("ctrl+z");
     EXPECT_TRUE(
         pumpUntil([&] { return names() == "c d a b " && row(1)->track->folder == row(0)->track; }));
+}
+
+/// Where a track leads is chosen on its head, in low rows by its sign, and in the menu, for all
+/// that are selected.
+TEST_F(TrackHeadTest, InstrumentsAndOutputsAreChosenInPlace) {
+    startWith({trackFolder, trackMIDI, trackMIDI, trackAudio});
+    CUndo* step = host->undoStart("Instruments", seq(), {.graph = true});
+    CComp* synths[] = {addTrackInstrument(seq(), row(1)->track, step),
+                       addTrackInstrument(seq(), row(2)->track, step)};
+    host->undoEnd(step, true);
+    ASSERT_TRUE(loaded());
+    const auto lead = [&](int a, int b) {
+        return pumpUntil([&] {
+            return trackTarget(seq(), row(1)->track) == (a < 0 ? nullptr : synths[a]) &&
+                   trackTarget(seq(), row(2)->track) == (b < 0 ? nullptr : synths[b]);
+        });
+    };
+    EXPECT_FALSE(on(0, "target")->visible);
+    EXPECT_EQ(on(1, "target")->hint, "Instrument: " + synths[0]->id + ". Press for another one");
+    std::vector<std::string> toSecond = {"Return"};
+    for (const CComp* c : trackTargets(seq(), row(1)->track)) {
+        toSecond.insert(toSecond.begin(), "Down");
+        if (c == synths[1]) break;
+    }
+    inMenu(toSecond);
+    clickOn(on(1, "target"));
+    EXPECT_TRUE(lead(1, 1));
+    key("ctrl+z");
+    EXPECT_TRUE(lead(0, 1));
+    // Both, in one step, in a high row and by the keys.
+    for (const int i : {1, 2}) {
+        row(i)->track->setRowHeight(80);
+        seq()->selectTrack(row(i), true);
+    }
+    seq()->songNotices.raise(SeqNotice::tracks);
+    ASSERT_TRUE(loaded());
+    EXPECT_GT(on(2, "target")->width, 100);
+    win->setKeyCtrl(on(2, "target"));
+    inMenu({"n", "Return"});
+    key("Return");
+    EXPECT_TRUE(lead(-1, -1));
+    EXPECT_EQ(host->undoText(), "Instrument");
+    key("ctrl+z");
+    EXPECT_TRUE(lead(0, 1));
+    inMenu({"i", "Right", "n", "Return"});
+    win->setKeyCtrl(head(1));
+    key("Menu");
+    EXPECT_TRUE(lead(-1, -1));
+    key("ctrl+z");
+    EXPECT_TRUE(lead(0, 1));
+    // Twins of all that is selected.
+    key("ctrl+shift+d");
+    ASSERT_TRUE(pumpUntil([&] { return tracks() == 6; }));
+    EXPECT_EQ(selection(), "000110");
+    for (CComp* synth : synths)
+        EXPECT_NE(trackTarget(seq(), row(3)->track), synth) << "each has its own";
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return tracks() == 4; }));
 }
 
 /// Of many tracks only those in view have heads, and all can be reached.

@@ -1,0 +1,40 @@
+#include "arrange/TargetMenu.h"
+
+#include "engine/CQV.h"
+#include "gui/controls/CPopup.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/TrackRouting.h"
+#include "ui/Song.h"
+
+namespace {
+
+constexpr int tagNone = -1;
+
+} // namespace
+
+const char* TargetMenu::nameFor(const CTrack* track) {
+    return track->kind == trackFolder ? "" : track->kind == trackMIDI ? "Instrument" : "Output";
+}
+
+void TargetMenu::fill(CPopup* popup, CSeq* seq, const std::vector<CTrack*>& tracks) {
+    song = seq;
+    led = tracks;
+    targets = trackTargets(seq, tracks.front());
+    const CComp* now = trackTarget(seq, tracks.front());
+    const auto entry = [&](const CStr& text, int tag, bool checked) {
+        CMenuItem* item = popup->add(text, new _COnChange<TargetMenu>(this, &TargetMenu::chosen));
+        item->tag = tag;
+        item->checked = checked;
+    };
+    for (size_t i = 0; i < targets.size(); i++) entry(targets[i]->id, int(i), targets[i] == now);
+    popup->addSeparator();
+    entry("None", tagNone, !now);
+}
+
+void TargetMenu::chosen(CObject* sender) {
+    const int tag = static_cast<CMenuItem*>(sender)->tag;
+    CComp* to = tag == tagNone ? nullptr : targets[size_t(tag)];
+    if (songOf(qv) != song || (to && !qv->comps.contains(to))) return;
+    std::erase_if(led, [this](CTrack* t) { return !song->tracks.contains(t); });
+    setTrackTargets(song, led, to);
+}
