@@ -11,6 +11,7 @@
 #include "sequencer/PartClipboard.h"
 #include "sequencer/PartMerge.h"
 #include "sequencer/Quantize.h"
+#include "sequencer/Ripple.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>
@@ -212,7 +213,7 @@ const Edit edits[] = {
     {"duplicate", nullptr, duplicateParts},
     {"paste", [](Song& song) { copyParts(song.seq); }, pasteParts},
     {"cut", nullptr, cutParts},
-    {"delete", nullptr, deleteParts},
+    {"delete", nullptr, [](CSeq* seq) { deleteParts(seq); }},
     {"glue", nullptr, glueParts},
     {"split", nullptr, [](CSeq* seq) { seq->splitAtCursorClicked(); }},
     {"mute", nullptr, toggleMutes},

@@ -1,6 +1,5 @@
 #include "sequencer/AudioProcess.h"
 
-#include "audiofiles/CAudioProcessor.h"
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
 #include "base/Process.h"
@@ -56,9 +55,7 @@ void cutTakes(Takes& takes, const FrameRange& cut) {
 class Processing {
 public:
     Processing(CSeq* song, int how, const PartRange& chosen)
-        : seq(song), mode(how), range(chosen), processor([song](const CStr& name, bool& inTemp) {
-              return song->host->requireSampleFilename(name, &inTemp);
-          }) {}
+        : seq(song), mode(how), range(chosen), processor(processorFor(song->host)) {}
 
     CStr run() {
         std::unordered_set<const CPart*> done;
@@ -201,4 +198,10 @@ CStr openExternal(CSeq* seq, CPart* part, const CStr& program,
     // The part may have gone meanwhile.
     if (seq->partToTrack(part) && playable(firstClip(part))) takeFile(seq, part, std::move(file));
     return "";
+}
+
+CAudioProcessor processorFor(CQV* host) {
+    return CAudioProcessor([host](const CStr& name, bool& inTemp) {
+        return host->requireSampleFilename(name, &inTemp);
+    });
 }

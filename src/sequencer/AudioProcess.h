@@ -1,9 +1,12 @@
 #pragma once
 
+#include "audiofiles/CAudioProcessor.h"
 #include "base/CStr.h"
 #include "sequencer/PartRange.h"
 
 #include <functional>
+
+class CQV;
 
 /// One step with the text of the mode (AudioProcess, CAudioProcessor.h): each selected audio part
 /// of a single clip gets a new file, in which all that it plays, or the range if it is of that
@@ -17,3 +20,6 @@ CStr processAudio(CSeq* seq, int mode, const PartRange& range = {});
 /// `edited` may take its time and run the program's windows, and false leaves all as it was. Why
 /// nothing was done, empty if it was.
 CStr openExternal(CSeq* seq, CPart* part, const CStr& program, const std::function<bool()>& edited);
+
+/// What makes new files from those of a project; they come where its takes do.
+CAudioProcessor processorFor(CQV* host);

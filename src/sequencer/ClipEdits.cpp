@@ -231,7 +231,7 @@ CStr loopPart(CSeq* seq, CPart* part, int count) {
     if (!songTrack || songTrack->track->locked || count < 1) return "";
     const int64_t length = seq->getTicks(part);
     if (count > maxLoops || part->pos + length * (int64_t(count) + 1) > maxTicks)
-        return "The song would become too long";
+        return songTooLong;
     CUndo* undo = seq->host->undoStart("Loop", seq, clipEffects);
     PartChange change;
     int at = part->pos + int(length);

@@ -1,9 +1,9 @@
 #include "sequencer/Flatten.h"
 
-#include "audiofiles/CAudioProcessor.h"
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "sequencer/AudioProcess.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/ClipRender.h"
 #include "sequencer/PartEdits.h"
@@ -38,7 +38,7 @@ public:
 
     /// The new part; null if the file can't be written.
     std::unique_ptr<CPart> run() {
-        sample.reset(processor().createSample(like, fileRate, fileBits, chs));
+        sample.reset(processorFor(seq->host).createSample(like, fileRate, fileBits, chs));
         if (!sample || !write()) return nullptr;
         std::unique_ptr<CPart> made = newPartLike(part);
         auto* audio = static_cast<CAudioPart*>(made.get());
@@ -63,13 +63,6 @@ private:
     int frames = 0, chs = 1;
     CStr like;
     std::vector<ClipRender> renders;
-
-    CAudioProcessor processor() const {
-        CQV* host = seq->host;
-        return CAudioProcessor([host](const CStr& name, bool& inTemp) {
-            return host->requireSampleFilename(name, &inTemp);
-        });
-    }
 
     bool write() {
         std::vector<float> left(windowFrames), right(windowFrames);

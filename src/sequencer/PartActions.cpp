@@ -46,10 +46,6 @@ void removeSelected(CSeq* seq, const char* title) {
     });
 }
 
-void deleteParts(CSeq* seq) {
-    removeSelected(seq, "Delete");
-}
-
 void duplicateParts(CSeq* seq) {
     if (!seq->getProg()) return;
     int64_t from = maxTicks, to = -maxTicks;

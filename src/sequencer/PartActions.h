@@ -8,8 +8,6 @@ class CSeq;
 
 /// One step of that title: the selected parts leave.
 void removeSelected(CSeq* seq, const char* title);
-/// "Delete".
-void deleteParts(CSeq* seq);
 /// "Duplicate": copies of the selected parts follow right behind all of them, and are selected in
 /// their place. Ghosts give ghosts.
 void duplicateParts(CSeq* seq);

@@ -52,6 +52,9 @@ void eachEvent(CBaseEvent* head, F&& visit) {
     int tick = 0;
     for (CBaseEvent* e = head; e; e = e->next) visit(e, tick += e->delta);
 }
+/// Why an edit is refused that would pass `maxTicks`.
+constexpr const char* songTooLong = "The song would become too long";
+
 /// Moves the events of a list into a collector, each at the tick that `place(event, tick)` gives.
 template <class F>
 void moveList(CBaseEvent* head, EventCollector& into, F&& place) {

@@ -21,7 +21,6 @@ constexpr StepEffects rangeEffects{.song = true, .seq = SeqNotice::parts | SeqNo
 
 const char* const refused = "A track does not take these parts";
 const char* const outside = "There are no such tracks";
-const char* const tooLong = "The song would become too long";
 
 /// What lies in the range of a part: the part itself, or a piece of it.
 struct Inside {
@@ -58,7 +57,7 @@ public:
 
     /// Why what is inside can't go there; empty if it can.
     CStr whyNot(int ticks, int rows) const {
-        if (int64_t(range.to) + ticks > maxTicks) return tooLong;
+        if (int64_t(range.to) + ticks > maxTicks) return songTooLong;
         for (const Inside& in : inside) {
             const CSongTrack* target = targetOf(in, rows);
             if (!target) return outside;
@@ -272,7 +271,7 @@ CStr muteRange(CSeq* seq, const TimeRange& range) {
 CStr stretchRange(CSeq* seq, const TimeRange& range, int ticks) {
     const Scale scale{int64_t(range.to) - range.from, asMax(ticks, 1)};
     if (scale.from == scale.to) return "";
-    if (int64_t(range.from) + scale.to > maxTicks) return tooLong;
+    if (int64_t(range.from) + scale.to > maxTicks) return songTooLong;
     RangeEdit edit(seq, range);
     edit.collect(true);
     edit.record("Stretch", [&](CUndo* undo) {

@@ -14,7 +14,6 @@
 namespace {
 
 constexpr StepEffects rippleEffects{.song = true, .seq = SeqNotice::parts};
-const char* const tooLong = "The song would become too long";
 
 using Shifts = std::vector<RippleShift>;
 
@@ -131,7 +130,7 @@ CStr moveParts(CSeq* seq, int deltaTicks, int deltaTracks, Ripple ripple) {
     const MoveRange range = moveRange(seq);
     const int rows = asMinMax(deltaTracks, range.minTracks, range.maxTracks);
     const Shifts shifts = rippleOfMove(seq, ripple, deltaTicks);
-    if (!fits(seq, shifts)) return tooLong;
+    if (!fits(seq, shifts)) return songTooLong;
     if (ripple != Ripple::off && seq->getProg() && !allTaken(seq, rows))
         return "A track does not take these parts";
     CUndo* undo = seq->host->undoStart("Move", seq, rippleEffects);
@@ -153,7 +152,7 @@ CStr deleteParts(CSeq* seq, Ripple ripple) {
 CStr insertPart(CSeq* seq, CSongTrack* songTrack, const PartPlace& place, Ripple ripple,
                 CPart*& made) {
     const Shifts shifts = rippleOfInsert(seq, ripple, {songTrack}, place.pos, place.length);
-    if (!fits(seq, shifts)) return tooLong;
+    if (!fits(seq, shifts)) return songTooLong;
     CUndo* undo = seq->host->undoStart("Insert part", seq, rippleEffects);
     if (CPart* part = recordInsert(seq, undo, songTrack, place)) {
         made = part;

@@ -39,7 +39,7 @@ void recordRipple(CUndo* undo, const std::vector<RippleShift>& shifts);
 
 /// Refused where a track does not take all that comes to it.
 CStr moveParts(CSeq* seq, int deltaTicks, int deltaTracks, Ripple ripple);
-CStr deleteParts(CSeq* seq, Ripple ripple);
+CStr deleteParts(CSeq* seq, Ripple ripple = Ripple::off);
 /// `made` is the part; untouched if there is none.
 CStr insertPart(CSeq* seq, CSongTrack* songTrack, const PartPlace& place, Ripple ripple,
                 CPart*& made);

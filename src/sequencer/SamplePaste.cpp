@@ -1,9 +1,9 @@
 #include "sequencer/SamplePaste.h"
 
-#include "audiofiles/CAudioProcessor.h"
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "sequencer/AudioProcess.h"
 #include "sequencer/AudioVoices.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/ClipTimes.h"
@@ -59,10 +59,7 @@ bool appendFrames(CSample* file, const CSample* source, int from, int to) {
 }
 
 CSample* CSeq::cloneSampleType(CSample* like) {
-    return CAudioProcessor([this](const CStr& name, bool& inTemp) {
-               return host->requireSampleFilename(name, &inTemp);
-           })
-        .cloneSampleType(like);
+    return processorFor(host).cloneSampleType(like);
 }
 
 bool pasteFrames(CSeq* seq, CUndo* undo, CPart* source, CPart* target, int tick) {

@@ -8,11 +8,16 @@
 #include "sequencer/PartOrder.h"
 #include "sequencer/PartSplit.h"
 #include "sequencer/Quantize.h"
+#include "sequencer/Ripple.h"
 
 #include <optional>
 #include <random>
 
 namespace {
+
+void removeParts(CSeq* seq) {
+    deleteParts(seq);
+}
 
 void splitAtCursor(CSeq* seq) {
     seq->splitAtCursorClicked();
@@ -52,7 +57,7 @@ const EditCase cases[] = {
      "| 0:3840 0=60/240 1920=62/960 ~0 ~1920 | 3840:1920 ghost 0=64/240 | 7680:1920 ghost "
      "0=64/240 ",
      "", 2},
-    {"delete", [](Edits& e) { e.select(e.midi, "ac"); }, deleteParts, "Delete", ghost(3840)},
+    {"delete", [](Edits& e) { e.select(e.midi, "ac"); }, removeParts, "Delete", ghost(3840)},
     {"duplicate", [](Edits& e) { e.select(e.midi, "b"); }, duplicateParts, "Duplicate",
      noteA + ghost(3840) + ghost(5760) + ghost(7680)},
     {"cut", [](Edits& e) { e.select(e.midi, "bc"); }, cutParts, "Cut", noteA},
@@ -96,7 +101,7 @@ TEST(Edits, OfManyPartsLeadBackAndForth) {
     const std::pair<const char*, void (*)(CSeq*)> acts[] = {{"quantize", quantizeParts},
                                                             {"duplicate", duplicateParts},
                                                             {"glue", glueParts},
-                                                            {"delete", deleteParts},
+                                                            {"delete", removeParts},
                                                             {"split", splitAtCursor},
                                                             {"mute", toggleMutes},
                                                             {"insert", insertBars},
