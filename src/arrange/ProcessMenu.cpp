@@ -2,6 +2,7 @@
 
 #include "base/CIniFile.h"
 #include "base/Messages.h"
+#include "base/Numbers.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
@@ -12,6 +13,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/MidiProcess.h"
 #include "sequencer/ProcessMenus.h"
+#include "sequencer/TempoEdits.h"
 #include "ui/Commands.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
@@ -47,6 +49,7 @@ void ProcessMenu::fill(CPopup* popup) {
     CPartSummary selection;
     seq()->getPartSummary(selection);
     addEntries(popup, audioProcessMenu(selection, editorKnown()), false);
+    addFitBars(popup);
     addEntries(popup, midiProcessMenu(selection), true);
     addEntries(popup, drumProcessMenu(selection), true);
 }
@@ -64,6 +67,22 @@ void ProcessMenu::addEntries(CPopup* popup, const std::vector<ProcessEntry>& ent
                                                                : &ProcessMenu::audioClicked))
             ->tag = entry.mode;
     }
+}
+
+/// The tempo that makes a recording last so many bars.
+void ProcessMenu::addFitBars(CPopup* popup) {
+    if (!onlyAudioPart(seq())) return;
+    CPopup* list = popup->addSub("Fit bars to this recording");
+    for (const int bars : {1, 2, 4, 8, 16, 32, 64})
+        list->add(asStr(bars) + (bars == 1 ? " bar" : " bars"),
+                  new _COnChange<ProcessMenu>(this, &ProcessMenu::fitBarsClicked))
+            ->tag = bars;
+}
+
+void ProcessMenu::fitBarsClicked(CObject* sender) {
+    CPart* part = onlyAudioPart(seq());
+    if (part && !fitBars(seq(), part, static_cast<CMenuItem*>(sender)->tag))
+        tell("No tempo from 10 to 250 makes this recording last so long");
 }
 
 /// Why nothing was done, if so.

@@ -25,6 +25,8 @@ private:
     void addEntries(CPopup* popup, const std::vector<ProcessEntry>& entries, bool midi);
     void midiClicked(CObject* sender);
     void audioClicked(CObject* sender);
+    void addFitBars(CPopup* popup);
+    void fitBarsClicked(CObject* sender);
     void openExternalClicked();
     void openExternalBrowseClicked();
     void openWith(const CStr& program);

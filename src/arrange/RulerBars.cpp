@@ -11,6 +11,7 @@
 #include "gui/Drawing.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/CSeq.h"
+#include "ui/ActionItems.h"
 #include "ui/Commands.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
@@ -119,15 +120,6 @@ void RulerBars::paint(CGraphic* g, CRect rect) {
 
 // The menu.
 
-void RulerBars::addAction(CPopup* popup, const char* name) {
-    const CAction* action = state.workspace.commands().getAction(name);
-    CMenuItem* item =
-        popup->add(action->label, new _COnChange<RulerBars>(this, &RulerBars::actionClicked));
-    item->data = const_cast<char*>(name);
-    item->enabled = action->isReady();
-    item->checked = action->isOn();
-}
-
 void RulerBars::fillMenu(CPopup* popup) {
     const char* const modes[] = {"Bars", "Clock"};
     for (int i = 0; i < 2; i++) {
@@ -139,15 +131,9 @@ void RulerBars::fillMenu(CPopup* popup) {
     popup->addSeparator();
     for (const char* name : menuActions)
         if (*name)
-            addAction(popup, name);
+            addActionItem(popup, state.workspace, name);
         else
             popup->addSeparator();
-}
-
-void RulerBars::actionClicked(CObject* sender) {
-    const auto* name = static_cast<const char*>(static_cast<CMenuItem*>(sender)->data);
-    Commands& commands = state.workspace.commands();
-    commands.run(commands.getAction(name));
 }
 
 void RulerBars::modeClicked(CObject* sender) {

@@ -39,8 +39,6 @@ private:
     CRect pointerRect(int x) const;
     void bindCommands();
     void fillMenu(CPopup* popup);
-    void addAction(CPopup* popup, const char* name);
-    void actionClicked(CObject* sender);
     void modeClicked(CObject* sender);
 
     ArrangeState& state;

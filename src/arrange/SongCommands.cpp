@@ -8,6 +8,7 @@
 #include "engine/CSnap.h"
 #include "engine/ValueDoor.h"
 #include "sequencer/BarEdits.h"
+#include "sequencer/CRender.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/PartActions.h"
 #include "sequencer/PartClipboard.h"
@@ -214,6 +215,12 @@ void SongCommands::bindParts() {
     workspace.commands().bind(
         "loopselection", [this] { loopSelection(); }, anyChosen);
     workspace.commands().bind(
+        "exportrange", [this] { exportRange(); },
+        [anyChosen, this] { return anyChosen() && !recording(); });
+    workspace.commands().bind(
+        "rangemarkers", [this] { range.setWithMarkers(!range.withMarkers()); },
+        [this] { return prog() != nullptr; }, [this] { return range.withMarkers(); });
+    workspace.commands().bind(
         "rangetool", [this] { range.setTool(!range.tool()); }, [this] { return prog() != nullptr; },
         [this] { return range.tool(); });
 }
@@ -316,6 +323,16 @@ void SongCommands::loopSelection() {
     qv->values->begin("Loop selection");
     if (locateSelection()) qv->values->set(loopOf(prog()), {1.0, 1.0});
     qv->values->end();
+}
+
+/// The dialog asks for the rest, and begins with what lies between the locators.
+void SongCommands::exportRange() {
+    if (!locateSelection()) return;
+    CRender choices(qv, seq());
+    choices.readSettings();
+    choices.rangeMode = rangeLocators;
+    choices.writeSettings();
+    workspace.commands().run(workspace.commands().getAction("render"));
 }
 
 void SongCommands::flip(const StoredValue& value) {

@@ -34,6 +34,7 @@ private:
     void nextProg();
     void playSelection();
     void loopSelection();
+    void exportRange();
     void mute();
     void solo();
     void addInstrument();

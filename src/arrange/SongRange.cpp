@@ -10,8 +10,13 @@ void SongRange::setTool(bool on) {
 
 void SongRange::set(const TimeRange& range) {
     chosen = range;
+    chosen.markers = markersToo;
     if (chosen.tracks.empty()) chosen = {};
     if (onChange) onChange();
+}
+
+void SongRange::setWithMarkers(bool on) {
+    markersToo = chosen.markers = on;
 }
 
 void SongRange::keepTracksOf(CSeq* seq) {

@@ -16,10 +16,12 @@ public:
     const TimeRange* get() const { return chosen.from < chosen.to ? &chosen : nullptr; }
     void set(const TimeRange& range);
     void clear() { set({}); }
+    bool withMarkers() const { return markersToo; } ///< markers in its time go along with edits
+    void setWithMarkers(bool on);
     /// The tracks of the song may be others: lets go of those that are gone; null for all.
     void keepTracksOf(CSeq* seq);
 
 private:
     TimeRange chosen;
-    bool toolOn = false;
+    bool toolOn = false, markersToo = false;
 };

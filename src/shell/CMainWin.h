@@ -65,7 +65,7 @@ public:
     bool handleKeyDown(CObject* sender, int& key, int mods);
 
     /// The shortcut as a text where pressing it here runs the action; else empty.
-    CStr shortcutOf(const CAction* action) const;
+    CStr shortcutOf(const CAction* action) const override;
     /// For buttons and menu entries that carry a CAction in `userPtr`.
     void actionClicked(CObject* sender);
     CAction* getAction(const char* name) const { return actions->getAction(name); }

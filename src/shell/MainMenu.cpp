@@ -11,6 +11,7 @@
 #include "shell/Pages.h"
 #include "shell/ProjectFlows.h"
 #include "shell/Rooms.h"
+#include "ui/ActionItems.h"
 #include "ui/Song.h"
 
 #include <iterator>
@@ -87,18 +88,8 @@ CMenuItem* MainMenu::add(CPopup* popup, const CStr& text, void (MainMenu::*chose
     return item;
 }
 
-/// An action with its shortcut; nothing for one that the program does not carry out.
 void MainMenu::addAction(CPopup* popup, const char* name, const CStr& text) {
-    CAction* action = window->getAction(name);
-    if (!action->bound()) return;
-    CStr line = text.empty() ? action->label : text;
-    const CStr shortcut = window->shortcutOf(action);
-    if (!shortcut.empty()) line += "\t" + shortcut;
-    auto* clicked = new _COnChange<CMainWin>(window, &CMainWin::actionClicked);
-    CMenuItem* item = popup->add(line, clicked);
-    item->userPtr = action;
-    item->enabled = action->isReady();
-    item->checked = action->isOn();
+    addActionItem(popup, *window, name, text);
 }
 
 void MainMenu::addGroups(CPopup* popup,
@@ -192,7 +183,7 @@ void MainMenu::fillSong(CPopup* popup) {
     addGroups(popup,
               {{"play", "record", "stop", "loop", "metronome"},
                {"rewind", "rewindToPlay", "priorbeat", "nextbeat", "leftlocator", "rightlocator"},
-               {"playselection", "loopselection"},
+               {"playselection", "loopselection", "exportrange"},
                {"addmarker", "deletemarker", "priormarker", "nextmarker", "timesig-add"},
                {"insertbars", "removebars"},
                {"punch", "takesinloops", "keepplayed"},
@@ -208,7 +199,8 @@ void MainMenu::fillPart(CPopup* popup) {
     window->rooms->process.fill(popup);
     window->rooms->takes.fill(popup);
     addAction(popup, "unusedtakes");
-    addGroups(popup, {{"rangetool", "rippletrack", "rippleall"}, {"snap", "snaprelative", "snapadaptive", "snapPrior", "snapNext"}});
+    addGroups(popup, {{"rangetool", "rangemarkers", "rippletrack", "rippleall"},
+                      {"snap", "snaprelative", "snapadaptive", "snapPrior", "snapNext"}});
 }
 
 void MainMenu::fillTrack(CPopup* popup) {

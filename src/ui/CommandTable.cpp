@@ -128,6 +128,8 @@ constexpr Row rows[] = {
     {"keepplayed", "Keep what I played", groupArrange},
     {"remix", "Remix", groupArrange},
     {"rangetool", "Range", groupArrange},
+    {"rangemarkers", "Markers go with a range", groupArrange},
+    {"exportrange", "Export range...", groupArrange},
     {"rippletrack", "Ripple on the track", groupArrange},
     {"rippleall", "Ripple on all tracks", groupArrange},
     {"steprec", "Step record", groupArrange, functionKey(4)},

@@ -2,6 +2,7 @@
 
 #include "base/CStr.h"
 
+class CAction;
 class CComp;
 class CQV;
 class CWin;
@@ -22,6 +23,8 @@ public:
     virtual Options& options() = 0;
     virtual NoticeRouter& notices() = 0;
     virtual void setStatus(const CStr& text, bool atOnce = false) = 0;
+    /// The key that runs an action, as a menu tells it; empty where none does.
+    virtual CStr shortcutOf(const CAction* action) const = 0;
     virtual CStr dialogFolder() const = 0; ///< where a file dialog begins
 
     /// Whether there is a window to edit a component in.
