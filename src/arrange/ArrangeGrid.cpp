@@ -2,6 +2,7 @@
 
 #include "arrange/ArrangeKeys.h"
 #include "arrange/ArrangeState.h"
+#include "arrange/DropFiles.h"
 #include "arrange/GridHints.h"
 #include "arrange/Hit.h"
 #include "arrange/LanePainter.h"
@@ -115,6 +116,7 @@ void ArrangeGrid::paint(CGraphic* g, CRect) {
         paintParts(g, asked);
         if (const TimeRange* range = state.range.get()) paintRange(g, state, *range, asked);
         if (gesture && win->app->drag.of(this)) gesture->paintOverlay(g, asked);
+        if (drops) drops->paint(g, asked);
         paintPlayLine(g, asked);
         if (gesture && win->app->drag.of(this) && !intersect(tagBox, asked).empty()) paintTag(g);
     }

@@ -11,6 +11,7 @@
 
 class ArrangeGesture;
 class ArrangeState;
+class DropFiles;
 class CGraphic;
 class NameField;
 class PartPainter;
@@ -21,6 +22,7 @@ struct ArrangeRow;
 class ArrangeGrid : public CCtrl, private ZoomView {
 public:
     COnChange* onPartsMenu = nullptr; ///< owned; the context menu of what is under the pointer
+    const DropFiles* drops = nullptr; ///< that hover over it; not owned
 
     ArrangeGrid(CWin* win, ArrangeState& state);
     ~ArrangeGrid() override;

@@ -38,7 +38,7 @@ constexpr int spareBelow = 44; ///< pixels under the last row
 } // namespace
 
 ArrangeView::ArrangeView(Workspace& space, SongRange& songRange, int t, int w, int h)
-    : CGroup(space.mainWindow(), "song", 0, t, w, h), ArrangeState(space, songRange),
+    : CGroup(space.mainWindow(), "song", 0, t, w, h), ArrangeState(space, songRange), drops(*this),
       objectsShown(space.host(), "object-bar", 1), follows(space.host(), "autoscroll", 1),
       glides(space.host(), "glide", 0), snapBar(new SnapBar(win, *this)),
       objectBar(new ObjectBar(win, *this)), corner(new HeadCorner(win, *this)),
@@ -57,6 +57,8 @@ ArrangeView::ArrangeView(Workspace& space, SongRange& songRange, int t, int w, i
     across->onChange = new _COnChange<ArrangeView>(this, &ArrangeView::acrossMoved);
     overview->onChange = new _COnChange<ArrangeView>(this, &ArrangeView::overviewMoved);
     down->onChange = new _COnChange<ArrangeView>(this, &ArrangeView::downMoved);
+    onDragOver = new _COnMouse<ArrangeView>(this, &ArrangeView::dragOver);
+    grid->drops = &drops;
     NoticeRouter& notices = workspace.notices();
     links = {notices.on({.host = HostNotice::graph, .song = SeqNotice::tracks},
                         [this] { songChanged(); }),
@@ -79,6 +81,7 @@ void ArrangeView::onMenus(COnChange* headMenu, COnChange* partsMenu) {
 
 void ArrangeView::forgetSong() {
     win->app->drag.cancel();
+    drops.leave();
     shownSong = nullptr;
     range.keepTracksOf(nullptr);
     rows.clear();
@@ -127,6 +130,7 @@ bool ArrangeView::refresh() {
 }
 
 void ArrangeView::idle() {
+    drops.idle();
     ruler->idle();
     snapBar->refresh();
     objectBar->refresh();
@@ -173,8 +177,7 @@ void ArrangeView::layout() {
     grid->setBounds(gridLeft, gridTop(), w, h);
     empty->setBounds(gridLeft, gridTop(), w, h);
     empty->resized();
-    empty->visible = seq() && rows.all().empty();
-    grid->visible = !empty->visible;
+    showEmpty();
     across->setBounds(gridLeft, gridTop() + h, w, barWidth);
     down->setBounds(gridLeft + w, gridTop(), barWidth, h);
     edit.scrollY = asMinMax(edit.scrollY, 0, mostScrollY());
@@ -250,21 +253,39 @@ bool ArrangeView::arrowKey(int key, int mods) {
            heads->stepTrack(key == ::keyUp ? -1 : 1);
 }
 
-CSongTrack* ArrangeView::trackAt(int y) const {
-    const ArrangeRow* row = y < gridTop() ? nullptr : rows.at(y - gridTop() + edit.scrollY);
-    return row ? row->songTrack : nullptr;
-}
-
-bool ArrangeView::onGrid(int x) const {
-    return x >= gridLeft;
-}
-
 int ArrangeView::tickAt(int x) const {
     return asMinMax(asInt(edit.axis.ticksAt(x - gridLeft)), 0, maxTicks);
 }
 
-int ArrangeView::gridTickAt(int x) const {
-    return snapped(snapTicks(), tickAt(x), false);
+// Drops.
+
+/// Also told when the pointer has gone elsewhere.
+void ArrangeView::dragOver(CObject*, int x, int y, int btn) {
+    const CApp* app = win->app;
+    if (app->dragOverCtrl == this && app->dragList)
+        drops.over(*app->dragList, asPoint(x - gridLeft, y - gridTop()), btn);
+    else
+        drops.leave();
+    showEmpty();
+}
+
+DropPlan ArrangeView::dropsAt(int x, int y, int btn) {
+    DropPlan plan = drops.take(*win->app->dragList, asPoint(x - gridLeft, y - gridTop()), btn);
+    showEmpty();
+    return plan;
+}
+
+DropPlan ArrangeView::dropsBeside() {
+    return drops.take(*win->app->dragList, asPoint(-1, TimeAxis::farX), 0);
+}
+
+/// Files that hover are shown on the grid.
+void ArrangeView::showEmpty() {
+    const bool shown = seq() && rows.all().empty() && !drops.hovering();
+    if (shown == empty->visible && grid->visible != shown) return;
+    empty->visible = shown;
+    grid->visible = !shown;
+    redraw();
 }
 
 void ArrangeView::describe(Description& d, int) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "arrange/ArrangeState.h"
+#include "arrange/DropFiles.h"
 #include "gui/CGroup.h"
 #include "ui/NoticeRouter.h"
 #include "ui/Options.h"
@@ -48,10 +49,10 @@ public:
 
     void addTargets(CPopup* popup);   ///< as `HeadList::addTargets`
     bool arrowKey(int key, int mods); ///< as `editKey`, and Up and Down choose a track
-    CSongTrack* trackAt(int y) const; ///< at a height of the view, null where there is none
     int tickAt(int x) const;          ///< at a point of the view, at least 0
-    int gridTickAt(int x) const;      ///< the same, on the line of the grid before it
-    bool onGrid(int x) const;
+    /// What comes of the files that are dragged when they are dropped at a point of the view.
+    DropPlan dropsAt(int x, int y, int btn);
+    DropPlan dropsBeside(); ///< the same for the position, on new tracks
     /// Another zoom, around the middle of what shows; while playing around the play position, which
     /// comes to the middle first.
     void zoom(double pixelsPerQuarter);
@@ -96,12 +97,15 @@ private:
     int gridTop() const;
     void showSpan(const CRangebar& bar);
     void overviewMoved(CObject*);
+    void dragOver(CObject*, int x, int y, int btn);
+    void showEmpty();
     void bindCommands();
     void deleteSelected();
     bool canDelete() const;
     void showTouched();
     bool canShowTouched() const;
 
+    DropFiles drops;
     Option objectsShown;
     Option follows; ///< the view goes along with the play position
     Option glides;  ///< which then stands still in the middle, and else crosses page after page

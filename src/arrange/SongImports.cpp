@@ -6,7 +6,6 @@
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "engine/CSnap.h"
-#include "gui/Selections.h"
 #include "gui/dialogs/CFileWin.h"
 #include "sequencer/CSeq.h"
 #include "ui/CProgressWin.h"
@@ -79,22 +78,17 @@ void SongImports::soundClicked() {
 
 // By dropping.
 
-void SongImports::dropped(const CList& items, CSongTrack* onto, int tick) {
-    waiting.clear();
-    for (const auto* item : each<CDropItem>(items))
-        if (item->type == dropFile) waiting.push_back(item->path);
-    waitingOnto = onto;
-    waitingTick = tick;
+void SongImports::dropped(const DropPlan& plan) {
+    waiting = plan.files;
+    if (plan.files.empty()) setStatus(plan.refusal);
 }
 
 void SongImports::serve() {
     if (waiting.empty() || workspace.pumping) return;
-    const std::vector<CStr> paths = std::exchange(waiting, {});
+    std::vector<BringFile> files = std::exchange(waiting, {});
     if (!seq()) return setStatus("There is no song to bring files into");
-    const bool stands = seq()->getProg()->tracks.contains(waitingOnto);
-    std::vector<BringFile> files;
-    for (const CStr& path : paths)
-        files.push_back({path, {stands ? waitingOnto : nullptr, waitingTick, int(files.size())}});
+    for (BringFile& file : files)
+        if (!seq()->getProg()->tracks.contains(file.place.onto)) file.place.onto = nullptr;
     bring(files, "Drop");
 }
 
@@ -112,6 +106,7 @@ void SongImports::bring(const std::vector<BringFile>& files, const char* verb) {
         names += (names.empty() ? CStr() : CStr(", ")) + name;
     }
     CProgressWin progress(workspace, verb);
+    progress.hold();
     const auto begun = std::chrono::steady_clock::now();
     const auto watch = [&](const CStr& name, float done) {
         if (std::chrono::steady_clock::now() - begun > quiet)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "project/BringIn.h"
+#include "arrange/DropPlan.h"
 
 #include <vector>
 
@@ -18,9 +18,8 @@ public:
     /// Binds its actions; outlives the table's use.
     explicit SongImports(Workspace& workspace);
 
-    /// Takes the files among what is dropped, which come at the next `serve`: to a track, null for
-    /// new ones, at a tick.
-    void dropped(const CList& items, CSongTrack* onto, int tick);
+    /// Takes what is dropped, which comes at the next `serve`.
+    void dropped(const DropPlan& plan);
     void serve();
 
 private:
@@ -39,7 +38,5 @@ private:
 
     Workspace& workspace;
     CQV* qv;
-    std::vector<CStr> waiting;
-    CSongTrack* waitingOnto = nullptr; ///< may be gone by then
-    int waitingTick = 0;
+    std::vector<BringFile> waiting; ///< its tracks may be gone by then
 };

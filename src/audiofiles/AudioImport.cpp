@@ -293,7 +293,26 @@ bool headerOf(const CStr& path, AudioFormat& format) {
     return file && readAudioHeader(file.get(), format) && format.chs <= 2;
 }
 
+using Sound = std::unique_ptr<SNDFILE, SoundCloser>;
+
+/// Null, unless the library reads the file; it reads from `file`, which stays the caller's.
+Sound openSound(std::FILE* file, SF_INFO& info) {
+    Sound sound(file ? sf_open_fd(fileno(file), SFM_READ, &info, SF_FALSE) : nullptr);
+    const bool usable = info.channels >= 1 && info.channels <= maxChannels && info.samplerate >= 1;
+    return usable ? std::move(sound) : nullptr;
+}
+
 } // namespace
+
+AudioLength audioLength(const CStr& path) {
+    AudioFormat format;
+    if (headerOf(path, format)) return {double(format.frames) / format.rate, format.chs};
+    const std::unique_ptr<std::FILE, FileCloser> file(openAudioFile(path.asChar()));
+    SF_INFO info{};
+    const Sound sound = openSound(file.get(), info);
+    return sound ? AudioLength{double(info.frames) / info.samplerate, info.channels}
+                 : AudioLength();
+}
 
 bool playsAsIs(const CStr& path) {
     AudioFormat format;
@@ -313,11 +332,8 @@ ImportResult importAudio(const ImportWish& wish, std::vector<CStr>& out, ImportP
     }
     const std::unique_ptr<std::FILE, FileCloser> file(openAudioFile(wish.path.asChar()));
     SF_INFO info{};
-    if (!file) return ImportResult::unreadable;
-    const std::unique_ptr<SNDFILE, SoundCloser> sound(
-        sf_open_fd(fileno(file.get()), SFM_READ, &info, SF_FALSE));
-    if (!sound || info.channels < 1 || info.channels > maxChannels || info.samplerate < 1)
-        return ImportResult::unreadable;
+    const Sound sound = openSound(file.get(), info);
+    if (!sound) return ImportResult::unreadable;
     return convert(sound.get(), info, wish, out, progress);
 }
 

@@ -25,6 +25,13 @@ struct ImportProgress {
 /// Whether `CSample` plays the file as it is: WAV or AIFF of its formats, of one or two channels.
 bool playsAsIs(const CStr& path);
 
+/// How long a file of any format plays, as far as its head tells; 0 for what is none.
+struct AudioLength {
+    double seconds = 0.0;
+    int channels = 1;
+};
+AudioLength audioLength(const CStr& path);
+
 /// An audio file, and what is to become of it.
 struct ImportWish {
     CStr path;

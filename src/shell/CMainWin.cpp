@@ -233,15 +233,12 @@ bool CMainWin::takesDrop() {
 }
 
 void CMainWin::mainDrop(CObject*) {
-    if (!takesDrop()) rooms->imports.dropped(*app->dragList, nullptr, asInt(qv->pos));
+    if (!takesDrop() && song) rooms->imports.dropped(song->dropsBeside());
 }
 
-/// On the grid files come where they are dropped, by the grid; on a head at the position.
-void CMainWin::songDrop(CObject*, int x, int y, int) {
-    CSeq* seq = songOf(qv);
-    if (takesDrop() || !seq) return;
-    const int tick = song->onGrid(x) ? song->gridTickAt(x) : asInt(seq->getPos());
-    rooms->imports.dropped(*app->dragList, song->trackAt(y), tick);
+void CMainWin::songDrop(CObject*, int x, int y, int btn) {
+    const DropPlan plan = song->dropsAt(x, y, btn);
+    if (!takesDrop()) rooms->imports.dropped(plan);
 }
 
 // What is shown.

@@ -42,17 +42,21 @@ void CProgressWin::hide() {
     firstButton->setEnabled(false);
 }
 
-void CProgressWin::open() {
+void CProgressWin::hold() {
     app->killMenu(nullptr);
+    work = std::make_unique<WorkScope>(workspace, this);
+}
+
+void CProgressWin::open() {
+    if (!work) hold();
     show(true);
     setFocus(true);
-    work = std::make_unique<WorkScope>(workspace, this);
     work->turn();
 }
 
 void CProgressWin::onStatus(const CStr& text) {
     if (!cancelled) status->setText(text);
-    if (!work) open();
+    if (!visible) open();
 }
 
 bool CProgressWin::onRender(float done) {

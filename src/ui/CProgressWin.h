@@ -18,6 +18,8 @@ public:
     CProgressWin(Workspace& space, const CStr& title);
     ~CProgressWin() override;
 
+    /// The user waits from now on, though the window is still to come up.
+    void hold();
     void hide() override;
     void onStatus(const CStr& text) override;
     bool onRender(float done) override;

@@ -1,4 +1,5 @@
 #include "sequencer/MidiImport.h"
+#include "sequencer/MidiLength.h"
 
 #include "SongFixture.h"
 #include "base/Numbers.h"
@@ -88,6 +89,14 @@ struct ImportFixture : SongFixture, Told {
         return text.str();
     }
 
+    int longest() {
+        int ticks = 0;
+        for (auto* t : each<CSongTrack>(prog()->tracks))
+            for (auto* part : each<CPart>(t->parts)) ticks = std::max(ticks, part->length.load());
+        return ticks;
+    }
+    int told() { return midiLength(folder.file("a.mid")); }
+
 private:
     static void write(std::ostream& text, CPart* part) {
         text << " " << part->pos << "+" << part->length << ":";
@@ -125,6 +134,7 @@ void expectImports(std::initializer_list<Case> cases, MidiTracks how = MidiTrack
         f.how = how;
         EXPECT_EQ(f.import(c.content), c.result);
         EXPECT_EQ(f.song(), c.song);
+        EXPECT_TRUE(c.result != MidiImport::good || f.told() == f.longest()) << f.told();
         EXPECT_EQ(f.messages.empty() ? "" : f.messages.front(), c.message);
     }
 }
