@@ -31,6 +31,7 @@ CSampler* link(std::unique_ptr<CSampler> made, CSeq* seq, CTrack* track, CUndo* 
 
 /// The program that a part asks for first, -1 when it asks for none.
 int firstProgram(CPart* part) {
+    if (part->type != partMIDI) return -1;
     for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
         const int data = static_cast<const CMIDIEvent*>(e)->data;
         if (statusByte(data) == midiProgram) return asByte1(data);
@@ -39,6 +40,7 @@ int firstProgram(CPart* part) {
 }
 
 bool hasNotes(CPart* part) {
+    if (part->type != partMIDI) return false;
     for (const CBaseEvent* e = part->getEvents(); e; e = e->next)
         if (noteOn(static_cast<const CMIDIEvent*>(e)->data)) return true;
     return false;

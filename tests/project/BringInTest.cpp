@@ -1,5 +1,6 @@
 #include "project/BringIn.h"
 #include "ClipFixture.h"
+#include "base/FullDisk.h"
 #include "effects/CEffect.h"
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
@@ -194,6 +195,24 @@ TEST(BringIn, FilesComeTogether) {
     EXPECT_EQ(f.host->undoText(), CStr("Drop all"));
     f.undo();
     EXPECT_EQ(f.song(), before);
+}
+
+/// Files that a full disk has no room for come with nothing else either.
+TEST(BringIn, AFullDiskLeavesTheSong) {
+    BringFixture f;
+    f.host->projectFile = f.files.file("song.qv");
+    f.files.write("song.qv", "");
+    const CStr small = f.files.file("small.wav"), large = f.files.file("large.wav");
+    writeWav(small, 100);
+    writeWav(large, 44100);
+    const FullDisk disk(1 << 15);
+    shown.clear();
+    EXPECT_FALSE(bringIn(f.seq, {{small, {}}, {large, {}}}, "Drop"));
+    ASSERT_EQ(shown.size(), 1u);
+    EXPECT_NE(shown[0].find("There is no room"), std::string::npos) << shown[0];
+    EXPECT_EQ(f.song(), "");
+    EXPECT_TRUE(f.host->samples.empty() && f.host->undoText().empty());
+    EXPECT_TRUE(std::filesystem::is_empty(f.files.file("song_audio").asChar()));
 }
 
 /// What is no such file, or for no such track, is told and leaves nothing.
