@@ -153,6 +153,10 @@ void SongCommands::bindAll() {
         [this] { return prog() && !recording(); },
         [this] { return prog() && seq()->loopTakes != 0; });
     workspace.commands().bind(
+        "notetakes", [this] { seq()->loopNoteTakes = !seq()->loopNoteTakes; },
+        [this] { return prog() && !recording(); },
+        [this] { return prog() && seq()->loopNoteTakes; });
+    workspace.commands().bind(
         "remix",
         [this] {
             const CStr failure = ::remix(seq(), prog());

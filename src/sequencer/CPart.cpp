@@ -74,6 +74,7 @@ CPart::CPart(PartType partType) {
 
 CPart::~CPart() {
     freeEvents(events);
+    delete takes.load();
     for (Chunk* chunk : chunks) {
         if (!chunk) continue;
         for (CEnvEvent* list : chunk->params) freeEvents(list);
@@ -107,6 +108,7 @@ void CPart::listWords(CUndoContent* other, WordChanges& words) {
     words.exchange(events, part->events);
     const int slots = std::min(reservedSlots(), part->reservedSlots());
     for (int i = 0; i < slots; i++) words.exchange(*slot(i), *part->slot(i));
+    if (takes && part->takes) words.exchange(takes, part->takes);
 }
 
 CStr CPart::getId() const {
@@ -234,11 +236,16 @@ void CPart::copyHeader(CPart* target) const {
     target->length = length;
 }
 
+void CPart::copyTakesTo(CPart* target) const {
+    if (const Takes* kept = takes) target->takes = new Takes(*kept);
+}
+
 CPart* CMIDIPart::copy(int withoutParams) {
     auto* part = new CMIDIPart;
     copyHeader(part);
     if (ghostOf) return part;
     part->setEvents(copyList<CMIDIEvent>(events, createMIDIEvent));
+    copyTakesTo(part);
     if (!withoutParams) part->copyParams(this);
     return part;
 }
@@ -248,6 +255,7 @@ CPart* CDrumPart::copy(int withoutParams) {
     copyHeader(part);
     if (ghostOf) return part;
     part->setEvents(copyList<CDrumEvent>(events, createDrumEvent));
+    copyTakesTo(part);
     if (!withoutParams) part->copyParams(this);
     return part;
 }
@@ -259,19 +267,9 @@ CPart* CAudioPart::copy(int withoutParams) {
     part->chs = chs;
     if (ghostOf) return part;
     part->setEvents(copyList<CAudioEvent>(events, createAudioEvent));
-    if (const Takes* kept = takes) part->takes = new Takes(*kept);
+    copyTakesTo(part);
     if (!withoutParams) part->copyParams(this);
     return part;
-}
-
-CAudioPart::~CAudioPart() {
-    delete takes.load();
-}
-
-void CAudioPart::listWords(CUndoContent* other, WordChanges& words) {
-    CPart::listWords(other, words);
-    auto* part = static_cast<CAudioPart*>(other);
-    if (takes && part->takes) words.exchange(takes, part->takes);
 }
 
 int CAudioPart::getChs() {

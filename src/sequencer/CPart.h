@@ -47,6 +47,7 @@ public:
     Shared<int> pos{0};                  ///< ticks
     Shared<int> offset{0};               ///< ticks
     Shared<int> length{barTicks};        ///< ticks; 0 counts as 960, see `CSeq::getTicks`
+    Shared<Takes*> takes{nullptr};       ///< owned; the passes of a loop that it was recorded in
     int layer = 0;                       ///< row among overlapping parts, for drawing
 
     CPart();
@@ -123,6 +124,7 @@ public:
 protected:
     explicit CPart(PartType type);
     void copyHeader(CPart* target) const;
+    void copyTakesTo(CPart* target) const;
 
 private:
     static constexpr int chunkSlots = 8;
@@ -153,15 +155,9 @@ class CAudioPart : public CPart {
 public:
     Shared<int> multiclip{0}; ///< 1: several clips, edited one by one
     int chs = 1;
-    Shared<Takes*> takes{nullptr}; ///< owned; null but where passes of a loop were recorded
 
     CAudioPart() : CPart(partAudio) {}
-    ~CAudioPart() override;
-    CAudioPart(const CAudioPart&) = delete;
-    CAudioPart& operator=(const CAudioPart&) = delete;
     CPart* copy(int withoutParams = 0) override;
-    /// The takes change sides as well if both parts have some.
-    void listWords(CUndoContent* other, WordChanges& words) override;
     /// 1 or 2, of the master for a ghost.
     int getChs();
 };

@@ -102,6 +102,7 @@ public:
     Shared<double> takeEnd{0.0};   ///< ticks, where the latest take ended
     LoopPasses passes;             ///< of the take that runs
     Shared<int> loopTakes{1};      ///< passes of a loop become takes of the recorded sound
+    bool loopNoteTakes = false;    ///< and of recorded notes; interface thread
     Shared<int> takeLead{0};       ///< frames of sound that were recorded before `takeStart`
     /// Takes begin at the left locator, and but for a loop end at the right one.
     Stored<unsigned char> punch{0};

@@ -124,6 +124,7 @@ public:
     /// the least and the most becomes these, 0 takes the usual height.
     int getRowHeight() const;
     void setRowHeight(int pixels);
+    bool takesShown = false; ///< under it, in rows of their own; interface thread, not stored
     bool ownRowHeight() const { return rowHeight != 0; }
     /// Pixels; `withLanes` adds the visible lanes of an opened track.
     int getHeight(bool withLanes) const;

@@ -5,6 +5,7 @@
 #include "sequencer/FieldReading.h"
 #include "sequencer/SongReading.h"
 #include "sequencer/SongWriting.h"
+#include "sequencer/Takes.h"
 
 #include <limits>
 
@@ -75,17 +76,20 @@ bool readMain(SongReading& r, int size, PartType type, int least, F readEvent) {
     return whole;
 }
 
+bool readMidiEvent(SongReading& r, Chain<CMIDIEvent>& chain) {
+    const int delta = r.in.readInt(), flags = r.in.readByte(), data = r.in.readInt();
+    if (noteOn(data) && !r.in.has(noteBytes)) return false;
+    CMIDIEvent* event = createMIDIEvent();
+    event->flags = (unsigned char)flags;
+    event->data = data & dataBits;
+    if (noteOn(data)) event->length = asMax(readTicks(r.in), 0);
+    chain.add(event, delta);
+    return true;
+}
+
 bool readMidi(SongReading& r, int size) {
-    return readMain<CMIDIEvent>(r, size, partMIDI, midiBytes, [&r](Chain<CMIDIEvent>& chain) {
-        const int delta = r.in.readInt(), flags = r.in.readByte(), data = r.in.readInt();
-        if (noteOn(data) && !r.in.has(noteBytes)) return false;
-        CMIDIEvent* event = createMIDIEvent();
-        event->flags = (unsigned char)flags;
-        event->data = data & dataBits;
-        if (noteOn(data)) event->length = asMax(readTicks(r.in), 0);
-        chain.add(event, delta);
-        return true;
-    });
+    return readMain<CMIDIEvent>(r, size, partMIDI, midiBytes,
+                                [&r](Chain<CMIDIEvent>& chain) { return readMidiEvent(r, chain); });
 }
 
 /// Brings the range into the sample, as far as that is known, and the length into being.
@@ -186,19 +190,47 @@ void setDrumParam(CDrumEvent* event, int id, SongReading& r) {
         r.in.readFloat();
 }
 
+bool readHit(SongReading& r, Chain<CDrumEvent>& chain) {
+    CDrumEvent* event = createDrumEvent();
+    const int delta = r.in.readInt();
+    event->sound = r.in.readByte();
+    event->flags = (unsigned char)r.in.readByte();
+    event->length = asMax(readTicks(r.in), 0);
+    const int params = r.in.readByte();
+    chain.add(event, delta);
+    if (!r.in.has(params * drumParamBytes)) return false;
+    for (int i = 0; i < params; i++) setDrumParam(event, r.in.readByte(), r);
+    return true;
+}
+
 bool readDrums(SongReading& r, int size) {
-    return readMain<CDrumEvent>(r, size, partDrum, drumBytes, [&r](Chain<CDrumEvent>& chain) {
-        CDrumEvent* event = createDrumEvent();
-        const int delta = r.in.readInt();
-        event->sound = r.in.readByte();
-        event->flags = (unsigned char)r.in.readByte();
-        event->length = asMax(readTicks(r.in), 0);
-        const int params = r.in.readByte();
-        chain.add(event, delta);
-        if (!r.in.has(params * drumParamBytes)) return false;
-        for (int i = 0; i < params; i++) setDrumParam(event, r.in.readByte(), r);
-        return true;
-    });
+    return readMain<CDrumEvent>(r, size, partDrum, drumBytes,
+                                [&r](Chain<CDrumEvent>& chain) { return readHit(r, chain); });
+}
+
+/// The list that comes next, of a take.
+template <class E, class F>
+bool readTake(SongReading& r, Takes::Take& take, int least, F readEvent) {
+    Chain<E> chain;
+    const bool whole =
+        readList(r, least, chain, [&](Chain<E>& events) { return readEvent(r, events); });
+    take.notes = std::make_shared<TakeNotes>(r.part->type, chain.take());
+    return whole;
+}
+
+bool readTakeNotes(SongReading& r, int size) {
+    const int64_t at = r.in.getPos();
+    if (!r.in.has(intBytes)) return false;
+    const int index = r.in.readInt();
+    Takes* takes = r.part ? r.part->takes.load() : nullptr;
+    if (takes && index >= 0 && size_t(index) < takes->takes.size()) {
+        Takes::Take& take = takes->takes[size_t(index)];
+        if (r.part->type == partMIDI)
+            return readTake<CMIDIEvent>(r, take, midiBytes, readMidiEvent);
+        if (r.part->type == partDrum) return readTake<CDrumEvent>(r, take, drumBytes, readHit);
+    }
+    r.in.setPos(at + size);
+    return true;
 }
 
 bool readPoints(SongReading& r, int size) {
@@ -223,11 +255,9 @@ bool readPoints(SongReading& r, int size) {
     return whole;
 }
 
-constexpr SongBlock blocks[] = {{"mevents", readMidi},
-                                {"aevents2", readAudio},
-                                {"aevents", readOldAudio},
-                                {"devents", readDrums},
-                                {"amevents", readPoints}};
+constexpr SongBlock blocks[] = {{"mevents", readMidi},     {"aevents2", readAudio},
+                                {"aevents", readOldAudio}, {"devents", readDrums},
+                                {"amevents", readPoints},  {"takeNotes", readTakeNotes}};
 
 int countEvents(const CBaseEvent* list) {
     int count = 0;
@@ -327,4 +357,15 @@ void writeEvents(SongWriting& w, CPart* part) {
     for (int slot = 0; slot < part->reservedSlots(); slot++)
         if (CEnvEvent* points = part->getParam(slot))
             writeList<CEnvEvent>(w, "amevents", points, writePoint, slot);
+}
+
+void writeTakeNotes(SongWriting& w, const Takes& takes) {
+    for (size_t i = 0; i < takes.takes.size(); i++) {
+        const TakeNotes* notes = takes.takes[i].notes.get();
+        if (!notes) continue;
+        if (notes->type == partMIDI)
+            writeList<CMIDIEvent>(w, "takeNotes", notes->list, writeMidi, int(i));
+        else
+            writeList<CDrumEvent>(w, "takeNotes", notes->list, writeDrum, int(i));
+    }
 }

@@ -122,7 +122,7 @@ bool readTakes(SongReading& r, int) {
         if (take < 0 || take >= count || from >= to || from < before) return false;
         takes->comp.push_back({take, from, to});
     }
-    if (CAudioPart* part = audioPart(r)) delete part->takes.exchange(takes.release());
+    if (r.part) delete r.part->takes.exchange(takes.release());
     return true;
 }
 
@@ -167,5 +167,8 @@ void writePart(SongWriting& w, CPart* part, bool onTrack) {
         s->writeId("multiclip", 1);
         s->writeByte(1);
     }
-    if (audio && !part->ghostOf && audio->takes) writeTakes(s, *audio->takes.load());
+    const Takes* takes = part->ghostOf ? nullptr : takesOf(part);
+    if (!takes) return;
+    writeTakes(s, *takes);
+    writeTakeNotes(w, *takes);
 }

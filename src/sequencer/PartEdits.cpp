@@ -72,7 +72,7 @@ void copyTakes(CPart* from, CPart* to, int shift) {
     if (!takes) return;
     auto* copied = new Takes(*takes);
     copied->shift(shift);
-    delete static_cast<CAudioPart*>(to)->takes.exchange(copied);
+    delete to->takes.exchange(copied);
 }
 
 std::unique_ptr<CPart> ownCopy(CPart* part) {

@@ -167,7 +167,7 @@ void stretchEvent(CSeq* seq, CPart* part, const Scale& scale, CBaseEvent* event,
 std::unique_ptr<CPart> stretched(CSeq* seq, CPart* part, const Scale& scale) {
     std::unique_ptr<CPart> made = ownCopy(part);
     if (takesOf(made.get())) // they are as they were recorded
-        delete static_cast<CAudioPart*>(made.get())->takes.exchange(nullptr);
+        delete made->takes.exchange(nullptr);
     made->length = scale.length(seq->getTicks(part));
     made->offset = 0;
     const auto place = [&](int tick) { return scale.of(int64_t(part->offset) + tick); };

@@ -6,8 +6,9 @@
 struct RecEvent {
     double tick = 0.0; ///< where it counts in the song
     double heard =
-        0.0;     ///< where it was played; ahead of the end of a loop it counts as the next pass
-    int msg = 0; ///< packed message
+        0.0;      ///< where it was played; ahead of the end of a loop it counts as the next pass
+    int msg = 0;  ///< packed message
+    int pass = 0; ///< of the loop, that it counts to
 };
 
 /// What is played on one track while it records. The audio thread puts in, the interface thread
@@ -30,6 +31,7 @@ public:
         taken.storeRelease(at + 1);
         return true;
     }
+    bool empty() const { return taken == written.loadAcquire(); } ///< the side that takes
     /// Drops what there is. The side that takes.
     void clear() { taken.storeRelease(written.loadAcquire()); }
 

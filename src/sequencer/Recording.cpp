@@ -72,6 +72,7 @@ double CSeq::planTake(double ticks, bool running) {
     const CSeqProg* prog = getProg();
     recFrom = running ? 0.0 : ticks;
     recTo = -1.0;
+    passes.clear();
     if (!prog) return ticks;
     const double left = prog->leftLocator, right = prog->rightLocator;
     const bool punched = punch && left < right;

@@ -337,10 +337,11 @@ void CSeqProg::midiReceived(CSongTrack* songTrack, double tick, int msg, void*, 
     const CQV* host = seq->host;
     CTrack* track = songTrack->track;
     if (track->kind == trackMIDI) msg = track->setCh(msg);
-    RecEvent e{tick, tick, msg};
+    RecEvent e{tick, tick, msg, seq->passes.count};
     if (looping && noteOn(msg) && tick >= double(rightLocator) - upbeatTicks) {
         const CPart* part = track->recPart;
         e.tick = part ? asMax(part->pos, leftLocator) : leftLocator;
+        e.pass++;
     }
     const bool inSteps = seq->stepRec.takesFrom(songTrack) && (noteOn(msg) || noteOff(msg));
     const bool soon = host->framesToTicks(host->click->countIn) <= quarterTicks;

@@ -15,6 +15,7 @@ class CSeq;
 class CSeqProg;
 class CSubTrack;
 class CTrack;
+class Takes;
 struct CEditorStruct;
 
 /// A song while it is written. What nothing uses any more, a master without ghosts or a clip
@@ -66,5 +67,7 @@ void writeKit(SongWriting& w, CTrack* track);
 void writePart(SongWriting& w, CPart* part, bool onTrack);
 /// The lists of a part that is no ghost.
 void writeEvents(SongWriting& w, CPart* part);
+/// What the takes of notes and hits hold.
+void writeTakeNotes(SongWriting& w, const Takes& takes);
 void writeProg(SongWriting& w, CSeqProg* prog);
 void writeEditor(SongWriting& w);

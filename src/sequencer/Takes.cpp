@@ -74,9 +74,36 @@ void Takes::shift(int ticks) {
     }
 }
 
+TakeNotes::~TakeNotes() {
+    freeEvents(list);
+}
+
 const Takes* takesOf(CPart* part) {
-    CPart* content = part->content();
-    return content->type == partAudio ? static_cast<CAudioPart*>(content)->takes.load() : nullptr;
+    const Takes* takes = part->content()->takes;
+    return takes && !takes->takes.empty() ? takes : nullptr;
+}
+
+void playNotes(CPart* part, const Takes::Take& take, int from, int to) {
+    EventCollector placed, before;
+    takeEvents(part, before);
+    CBaseEvent* list = before.takeList();
+    for (int tick = 0; CBaseEvent* e = list;) {
+        list = e->next;
+        tick += e->delta;
+        if (tick >= from && tick < to)
+            freeEvent(e);
+        else
+            placed.add(tick, e);
+    }
+    eachEvent(take.notes ? take.notes->list : nullptr, [&](const CBaseEvent* e, int offset) {
+        const int tick = saturate(int64_t(take.at) + offset);
+        if (tick < from || tick >= to) return;
+        CBaseEvent* copied = copyEvent(part->type, e);
+        if (int* length = eventLength(part->type, copied))
+            *length = std::max(1, std::min(*length, to - tick));
+        placed.add(tick, copied);
+    });
+    part->setEvents(placed.takeList());
 }
 
 void playComp(CSeq* seq, CAudioPart* part, int pos) {
@@ -112,15 +139,16 @@ void playComp(CSeq* seq, CAudioPart* part, int pos) {
 
 namespace {
 
-/// A copy of what a part shows, in which `change(takes)` is made and played; null where that
-/// changes nothing.
+/// A copy of what a part shows, in which `change(takes)` is made and sound is played; null where
+/// that changes nothing.
 template <class F>
 std::unique_ptr<CPart> edited(CSeq* seq, CPart* part, F&& change) {
     if (!takesOf(part)) return nullptr;
     std::unique_ptr<CPart> copied(part->content()->copy(0));
-    auto* audio = static_cast<CAudioPart*>(copied.get());
-    if (!change(*audio->takes.load())) return nullptr;
-    playComp(seq, audio, saturate(int64_t(part->pos) + part->offset));
+    if (!change(*copied->takes.load())) return nullptr;
+    if (copied->type == partAudio)
+        playComp(seq, static_cast<CAudioPart*>(copied.get()),
+                 saturate(int64_t(part->pos) + part->offset));
     return copied;
 }
 
@@ -134,6 +162,11 @@ bool compTake(CSeq* seq, CPart* part, int take, int from, int to) {
     std::unique_ptr<CPart> changed =
         edited(seq, part, [&](Takes& t) { return t.choose(take, own(from), own(to)); });
     if (!changed) return false;
+    if (changed->type != partAudio) {
+        const Takes::Take& chosen = changed->takes.load()->takes[size_t(take)];
+        playNotes(changed.get(), chosen, std::max(own(from), chosen.at),
+                  std::min(own(to), chosen.to()));
+    }
     CUndo* undo = seq->host->undoStart("Comp", seq, {.seq = SeqNotice::parts});
     swapUndoPart(undo, part->content(), changed.release());
     seq->host->undoEnd(undo, false);

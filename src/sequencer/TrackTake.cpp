@@ -8,6 +8,7 @@
 #include "sequencer/CRecThread.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/LiveEdits.h"
+#include "sequencer/PartEdits.h"
 #include "sequencer/RecQueue.h"
 #include "sequencer/Takes.h"
 #include "sequencer/TempoMap.h"
@@ -56,7 +57,10 @@ void TrackTake::begin() {
 
 void TrackTake::forget() {
     for (const Pending& note : pendingNotes) freeEvent(note.event);
+    for (const Played& one : played) freeEvent(one.event);
     pendingNotes.clear();
+    played.clear();
+    former.reset();
     params.clear();
     lanes.clear();
     active = swapped = false;
@@ -72,8 +76,8 @@ void TrackTake::idle(CUndo* step) {
     if (track->kind == trackAudio) {
         if (track->takesAudio) attachAudio(step, seq()->recThread.fileOf(track));
     } else {
-        attachNotes(step);
-        addEvents(step);
+        if (!track->recQueue->empty() || !params.empty()) attachNotes(step);
+        if (track->recAttached) addEvents(step);
     }
     addParams(step);
 }
@@ -82,6 +86,7 @@ void TrackTake::finish(CUndo* step, RecFile* file) {
     if (track->takesAudio && file) closeAudio(step, file);
     idle(step);
     endHeldNotes();
+    placeNoteTakes();
     forget();
 }
 
@@ -113,7 +118,14 @@ void TrackTake::keepContent(CUndo* step) {
     for (Shared<int>* field : {&part->pos, &part->offset, &part->length})
         step->asInt(field->address());
     CPart* content = part->content();
-    swapUndoPart(step, content, content->copy());
+    CPart* before = content->copy();
+    if (keepsPasses()) {
+        // Takes change sides with the rest only where both have some.
+        if (!before->takes) before->takes = new Takes;
+        const std::unique_ptr<CPart> copied(content->copy(1));
+        former = std::make_shared<TakeNotes>(content->type, copied->events.exchange(nullptr));
+    }
+    swapUndoPart(step, content, before);
     step->lastItem->linked = true;
 }
 
@@ -156,16 +168,17 @@ void TrackTake::addEvents(CUndo*) {
 void TrackTake::addDrum(const RecEvent& e) {
     if (!noteOn(e.msg)) return;
     const int tick = tickOf(e.tick);
-    addToPart(seq()->autoQuantize ? snapped(seq()->gridTicks(), tick, true) : tick, drumHit(e.msg));
+    addToPart(seq()->autoQuantize ? snapped(seq()->gridTicks(), tick, true) : tick, drumHit(e.msg),
+              e.pass);
 }
 
 void TrackTake::addMessage(const RecEvent& e) {
     CMIDIEvent* event = createMIDIEvent();
     event->data = e.msg;
     if (noteOn(e.msg))
-        pendingNotes.push_back({event, tickOf(e.tick), e.heard, e.tick != e.heard});
+        pendingNotes.push_back({event, tickOf(e.tick), e.heard, e.tick != e.heard, e.pass});
     else
-        addToPart(tickOf(e.tick), event);
+        addToPart(tickOf(e.tick), event, e.pass);
 }
 
 void TrackTake::endNote(const RecEvent& e) {
@@ -186,7 +199,8 @@ void TrackTake::endNote(const RecEvent& e) {
         note.event->length =
             std::max(1, prog()->rightLocator - (note.tick + part->pos + part->offset));
     const bool quantize = seq()->autoQuantize != 0;
-    addToPart(quantize ? snapped(seq()->gridTicks(), note.tick, true) : note.tick, note.event);
+    addToPart(quantize ? snapped(seq()->gridTicks(), note.tick, true) : note.tick, note.event,
+              note.pass);
     if (track->open()) showRow(asByte1(note.event->data));
 }
 
@@ -196,12 +210,72 @@ void TrackTake::endHeldNotes() {
     while (!pendingNotes.empty()) endNote({end, end, pendingNotes.front().event->data});
 }
 
-void TrackTake::addToPart(int tick, CBaseEvent* event) {
+void TrackTake::addToPart(int tick, CBaseEvent* event, int ofPass) {
     CPart* part = track->recPart;
+    if (keepsPasses()) played.push_back({ofPass, tick, copyEvent(part->type, event)});
     seq()->edits.add([on = track->recSongTrack.load(), part, tick, event] {
         addLiveEvent(on, part, tick, event);
     });
     seq()->songNotices.raise(SeqNotice::parts);
+}
+
+// Takes of notes.
+
+bool TrackTake::keepsPasses() const {
+    return seq()->loopNoteTakes && track->kind != trackAudio;
+}
+
+/// What was played in a pass that goes from tick to tick of the part.
+Takes::Take TrackTake::passTake(int index, int from, int to) const {
+    EventCollector notes;
+    for (const Played& one : played)
+        if (one.pass == index)
+            notes.add(asMinMax(one.tick - from, 0, to - from - 1),
+                      copyEvent(track->recPart->type, one.event));
+    Takes::Take take{from, to - from, 0, 0};
+    if (!notes.empty())
+        take.notes = std::make_shared<TakeNotes>(track->recPart->type, notes.takeList());
+    return take;
+}
+
+/// The part plays the last whole pass; what it had where the passes were is a take as well.
+void TrackTake::placeNoteTakes() {
+    const LoopPasses& passes = seq()->passes;
+    if (!keepsPasses() || played.empty() || passes.count < 1) return;
+    CPart* part = track->recPart;
+    CPart* content = part->content();
+    auto takes = std::make_unique<Takes>();
+    if (const Takes* known = takesOf(part)) takes->takes = known->takes;
+    const size_t before = takes->takes.size();
+    for (int i = 0; i <= passes.count && takes->takes.size() < Takes::most; i++) {
+        const int from = tickOf(i ? passes.tick[i - 1] : seq()->takeStart.load());
+        const int to =
+            tickOf(i < passes.count ? double(prog()->rightLocator) : seq()->takeEnd.load());
+        if (to <= from) continue;
+        const Takes::Take take = passTake(i, from, to);
+        if (take.notes) takes->takes.push_back(take);
+    }
+    if (takes->takes.size() == before) return;
+    if (former && former->list && before == 0) {
+        const Takes::Take& first = takes->takes.front();
+        takes->takes.insert(takes->takes.begin(), {0, first.to(), 0, 0, former});
+    }
+    takes->chooseLast();
+    const std::shared_ptr<CPart> built(content->copy(1));
+    const TakeNotes* had = former.get();
+    EventCollector events;
+    eachEvent(had ? had->list : nullptr,
+              [&](const CBaseEvent* e, int tick) { events.add(tick, copyEvent(part->type, e)); });
+    built->setEvents(events.takeList());
+    for (const Takes::Piece& piece : takes->comp)
+        playNotes(built.get(), takes->takes[size_t(piece.take)], piece.from, piece.to);
+    delete built->takes.exchange(takes.release());
+    seq()->edits.add([content, built, on = track->recSongTrack.load()] {
+        built->events = content->events.exchange(built->events);
+        built->takes = content->takes.exchange(built->takes);
+        on->index.expire();
+        on->requests.ask(requestLanes);
+    });
 }
 
 void TrackTake::showRow(int note) {

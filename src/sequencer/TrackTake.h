@@ -2,6 +2,7 @@
 
 #include "base/CStr.h"
 #include "sequencer/Events.h"
+#include "sequencer/Takes.h"
 
 #include <cstdint>
 #include <memory>
@@ -16,7 +17,6 @@ class CSubTrack;
 class CTrack;
 class CUndo;
 class ForgetSet;
-class Takes;
 struct RecEvent;
 struct RecFile;
 
@@ -67,6 +67,13 @@ private:
         int tick;          ///< of the part
         double heard;      ///< song tick at which it was played
         bool moved;        ///< counts as played at the beginning of the next pass
+        int pass;          ///< of the loop
+    };
+    /// A copy of what has come into the part.
+    struct Played {
+        int pass;
+        int tick;          ///< of the part
+        CBaseEvent* event; ///< owned
     };
     /// Recording of one lane within one pass.
     struct LanePass {
@@ -81,7 +88,9 @@ private:
     double punch = 0.0; ///< where the running pass began
     std::vector<Param> params;
     std::vector<Pending> pendingNotes;
-    std::vector<LanePass> lanes; ///< recorded in the running pass
+    std::vector<Played> played;              ///< while passes become takes
+    std::shared_ptr<const TakeNotes> former; ///< what the part had, from its own tick 0; or null
+    std::vector<LanePass> lanes;             ///< recorded in the running pass
 
     CSeq* seq() const;
     CSeqProg* prog() const;
@@ -96,7 +105,10 @@ private:
     void addDrum(const RecEvent& e);
     void endNote(const RecEvent& e);
     void endHeldNotes();
-    void addToPart(int tick, CBaseEvent* event);
+    void addToPart(int tick, CBaseEvent* event, int ofPass);
+    bool keepsPasses() const;
+    void placeNoteTakes();
+    Takes::Take passTake(int index, int from, int to) const;
     void showRow(int note);
 
     void attachAudio(CUndo* step, RecFile* file);

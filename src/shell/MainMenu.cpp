@@ -186,7 +186,7 @@ void MainMenu::fillSong(CPopup* popup) {
                {"playselection", "loopselection", "exportrange"},
                {"addmarker", "deletemarker", "priormarker", "nextmarker", "timesig-add"},
                {"insertbars", "removebars"},
-               {"punch", "takesinloops", "keepplayed"},
+               {"punch", "takesinloops", "notetakes", "keepplayed"},
                {"remix"},
                {"priorprog", "nextprog"}});
     popup->addSeparator();
@@ -209,7 +209,7 @@ void MainMenu::fillTrack(CPopup* popup) {
     addGroups(popup, {{"mute", "solo", "armtrack", "locktrack"},
                       {"muteall", "soloall"},
                       {"rename", "trackcolour", "foldtrack"},
-                      {"showtouched", "addpoint"},
+                      {"showtouched", "addpoint", "showtakes"},
                       {"trackup", "trackdown", "duplicatetrack", "deletetrack"},
                       {"freeze", "bounce"}});
     popup->addSeparator();

@@ -124,6 +124,8 @@ constexpr Row rows[] = {
     {"crossfade", "Crossfade", groupArrange, 'c', shift},
     {"punch", "Punch at the locators", groupArrange},
     {"takesinloops", "Takes in loops", groupArrange},
+    {"notetakes", "Takes of notes in loops", groupArrange},
+    {"showtakes", "Show takes", groupArrange, 'k'},
     {"unusedtakes", "Delete unused takes", groupArrange},
     {"keepplayed", "Keep what I played", groupArrange},
     {"remix", "Remix", groupArrange},

@@ -186,3 +186,106 @@ TEST(Takes, ComeFromLoops) {
         EXPECT_EQ(takesOf(f.partOf(t)), takes);
     }
 }
+
+/// Notes and hits that are played in a loop: each pass is a take, as is what the part had, and it
+/// plays the last whole one. Choosing another leaves notes beside the stretch alone, and the file
+/// keeps all of it.
+TEST(Takes, HoldNotesOfLoops) {
+    struct Way {
+        int kind, had; ///< a note at 480 of a part that is there, -1 no part
+        const char *played, *plays, *takes, *chosen; ///< `chosen`: take 0 up to 480
+    };
+    // A pass of 960 ticks has 96 blocks; the fourth is cut off.
+    for (const Way& way :
+         {Way{trackMIDI, -1, "12+60 24-60 108+61 120-61 240+62 285-62 300+63 310-63",
+              "0-960 480:62+450", "120:60 120:61 480:62 120:63 ", "0-960 120:60+120 480:62+450"},
+          {trackMIDI, 50, "12+60 24-60 240+62 252-62", "0-960 480:62+120", "480:50 120:60 480:62 ",
+           "0-960 480:62+120"},
+          {trackDrum, -1, "12+36 108+38 240+40", "0-960 480:4*100", "120:0 120:2 480:4 ",
+           "0-960 120:0*100 480:4*100"}}) {
+        SCOPED_TRACE(way.played);
+        TakeFixture f;
+        CSongTrack* t = f.ready(way.kind);
+        if (way.kind == trackDrum) f.seq->addStandardKit(t->track);
+        if (way.had >= 0) {
+            CPart* part = midiPart(0, 960);
+            part->addEvent(480, note(way.had));
+            part->setSelected(true);
+            t->addPart(part, nullptr);
+        }
+        f.loop(0, 960);
+        f.seq->loopNoteTakes = true;
+        const std::string before = dump(f.seq);
+        f.begin(0);
+        f.play(320, script(way.played));
+        f.end();
+        CPart* part = f.partOf(t);
+        ASSERT_TRUE(part && takesOf(part));
+        EXPECT_EQ(text(part), way.plays);
+        std::ostringstream found;
+        for (const Takes::Take& take : takesOf(part)->takes) {
+            const auto* first = static_cast<const CMIDIEvent*>(take.notes->list);
+            found << take.at + first->delta << ':'
+                  << (way.kind == trackDrum
+                          ? static_cast<const CDrumEvent*>(take.notes->list)->sound
+                          : asByte1(first->data))
+                  << ' ';
+        }
+        EXPECT_EQ(found.str(), way.takes);
+        f.expectOneStep(before);
+        ASSERT_TRUE(compTake(f.seq, part, 0, 0, 480));
+        f.host.settle();
+        EXPECT_EQ(text(part), way.chosen);
+        EXPECT_EQ(f.host.undoText(), "Comp");
+        f.undo();
+        EXPECT_EQ(text(part), way.plays);
+    }
+}
+
+/// Takes of notes and hits come back from the file, and parts without any keep their bytes.
+TEST(Takes, OfNotesAreStored) {
+    for (const bool drums : {false, true}) {
+        SongFileFixture f;
+        enterSequencer();
+        CSongTrack* on = f.track(drums ? trackDrum : trackMIDI);
+        CPart* part = drums ? static_cast<CPart*>(new CDrumPart) : new CMIDIPart;
+        on->addPart(part, nullptr);
+        const std::string plain = f.write();
+        EXPECT_EQ(plain.find("take"), std::string::npos);
+        part->takes = new Takes;
+        for (const int key : {61, 62}) {
+            CBaseEvent* event =
+                drums ? static_cast<CBaseEvent*>(drumHit(asData(midiNoteOn, key, 90))) : note(key);
+            event->delta = key;
+            part->takes.load()->takes.push_back(
+                {0, 960, 0, 0, std::make_shared<TakeNotes>(part->type, event)});
+        }
+        part->takes.load()->chooseLast();
+        const std::string whole = f.write();
+        EXPECT_GT(whole.size(), plain.size());
+        f.read(whole);
+        EXPECT_EQ(f.write(), whole);
+        auto* back = static_cast<CSongTrack*>(f.prog()->tracks.getFirst());
+        auto* read = static_cast<CPart*>(back->parts.getFirst());
+        ASSERT_TRUE(takesOf(read));
+        ASSERT_TRUE(takesOf(read)->takes[0].notes);
+        EXPECT_EQ(takesOf(read)->takes[0].notes->list->delta, 61);
+        EXPECT_TRUE(compTake(f.seq, read, 0, 0, 960));
+        f.host.settle();
+        EXPECT_EQ(read->getEvents()->delta, 61);
+    }
+}
+
+/// Nothing was played: nothing is to be undone.
+TEST(Takes, OfSilenceAreNoStep) {
+    for (const int kind : {trackMIDI, trackDrum}) {
+        TakeFixture f;
+        CSongTrack* t = f.ready(kind);
+        const int steps = f.host.undoIndex;
+        f.begin(0);
+        f.play(20);
+        f.end();
+        EXPECT_EQ(f.host.undoIndex, steps);
+        EXPECT_TRUE(t->parts.empty());
+    }
+}
