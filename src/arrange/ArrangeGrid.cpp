@@ -13,6 +13,7 @@
 #include "arrange/Press.h"
 #include "arrange/RangePainter.h"
 #include "arrange/SongRange.h"
+#include "arrange/TakeRows.h"
 #include "arrange/gestures/ArrangeGesture.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
@@ -27,6 +28,7 @@
 #include "gui/PixelPaper.h"
 #include "gui/Shapes.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/Takes.h"
 #include "ui/GridLines.h"
 #include "ui/Options.h"
 #include "ui/ProgramItems.h"
@@ -165,6 +167,14 @@ void ArrangeGrid::paintParts(CGraphic* g, CRect asked) {
             paintLane(state, row, win->app->drag.of(this) ? gesture.get() : nullptr, *paper, asked);
             continue;
         }
+        if (row.take >= 0) {
+            for (auto* part : each<CPart>(row.songTrack->parts)) {
+                const bool drags = gesture && win->app->drag.of(this);
+                const Takes* draft = drags ? gesture->draftTakes(part->content()) : nullptr;
+                painter.take(row, part, draft ? draft : takesOf(part));
+            }
+            continue;
+        }
         const bool audible =
             heard.tracks.size() > size_t(row.track) && heard.tracks[size_t(row.track)];
         for (auto* part : each<CPart>(row.songTrack->parts)) {
@@ -223,7 +233,7 @@ void ArrangeGrid::gestureDone() {
 
 void ArrangeGrid::hover(int x, int y) {
     const ArrangeRow* row = state.rows.at(y + state.edit.scrollY);
-    const PartHit hit = row && !row->lane ? partAtPos(state, *row, x) : PartHit();
+    const PartHit hit = row && row->ofTrack() ? partAtPos(state, *row, x) : PartHit();
     cursor = hit.part && hit.zone != zoneBody ? cursorSideways : cursorPlain;
     const PartHandle handle =
         hit.part ? handleAt(hit.part, partBox(state, *row, hit.part), asPoint(x, y))
@@ -332,10 +342,11 @@ void ArrangeGrid::describe(Description& d, int part) const {
     d.name = "Parts";
     if (part == wholeCtrl) return;
     const ShownPart& shown = shownParts()[size_t(part)];
-    const CStr name = shown.point.point ? pointText(state, shown.point)
-                                        : partText(state.seq(), shown.songTrack, shown.part);
+    const CStr name = shown.takeRow       ? takeText(state, *shown.takeRow, shown.part)
+                      : shown.point.point ? pointText(state, shown.point)
+                                          : partText(state.seq(), shown.songTrack, shown.part);
     d.name = name.asChar();
-    d.action = "select";
+    d.action = shown.takeRow ? "play" : "select";
     d.bounds = intersect(shown.box, clientRect());
     d.set(stateSelectable, true);
     d.set(stateSelected, shown.selected());
@@ -346,6 +357,11 @@ bool ArrangeGrid::pressPart(int part) {
     const ShownPart shown = shownParts()[size_t(part)];
     CSeq* seq = state.seq();
     win->setKeyCtrl(this);
+    if (shown.takeRow) {
+        const TakeSpan all = takeSpan(state, *shown.takeRow, shown.part);
+        compTake(seq, shown.part, shown.takeRow->take, all.from, all.to);
+        return true;
+    }
     if (shown.point.point) {
         choosePoint(state, shown.point, false);
         return true;

@@ -83,7 +83,7 @@ Place nextPlace(const ArrangeState& state, Place from, Way way) {
             if (!best || off < std::abs(best.tick() - from.tick())) best = place;
         };
         for (const LanePoint& point : pointsOf(state, row)) consider({&row, point.part, point});
-        if (!row.lane)
+        if (row.ofTrack())
             for (auto* part : each<CPart>(row.songTrack->parts)) consider({&row, part});
         if (best) return best;
     }

@@ -115,6 +115,7 @@ void ArrangeView::measureSong() {
 }
 
 void ArrangeView::partsChanged() {
+    if (RowLayout now; now.build(seq()), now.all().size() != rows.all().size()) rowsChanged();
     measureSong();
     overview->songChanged();
     grid->songChanged();

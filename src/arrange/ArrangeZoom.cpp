@@ -121,7 +121,7 @@ void ArrangeView::zoomToSelection() {
     int from = maxTicks, to = 0, y = edit.scrollY;
     bool any = false;
     for (const ArrangeRow& row : rows.all()) {
-        if (row.lane) continue;
+        if (!row.ofTrack()) continue;
         for (auto* part : each<CPart>(row.songTrack->parts)) {
             if (!part->selected()) continue;
             if (!any) y = asMinMax(y, row.bottom() - gridHeight(), row.top);
@@ -162,13 +162,14 @@ void ArrangeView::zoomRowsAt(int y, double factor) {
         const bool flat = track->kind == trackFolder && !track->ownRowHeight();
         if (row.lane)
             row.lane->height = scaled(row.height, rowFactor);
-        else if (!flat)
+        else if (row.ofTrack() && !flat)
             track->setRowHeight(scaled(row.height, rowFactor));
     }
     rowFactor = 1;
     rows.build(seq());
     for (const ArrangeRow& row : rows.all()) {
-        if (row.songTrack != before.songTrack || row.lane != before.lane) continue;
+        if (row.songTrack != before.songTrack || row.lane != before.lane || row.take != before.take)
+            continue;
         const double within = double(y + edit.scrollY - before.top) / before.height;
         edit.scrollY = row.top + asRound(within * row.height) - y;
     }
@@ -180,7 +181,8 @@ void ArrangeView::zoomRows(double factor) {
     int y = gridHeight() / 2;
     for (const ArrangeRow& row : rows.all()) {
         const int at = row.top - edit.scrollY;
-        if (!row.songTrack->track->selected() || row.lane || at < 0 || at >= gridHeight()) continue;
+        if (!row.songTrack->track->selected() || !row.ofTrack() || at < 0 || at >= gridHeight())
+            continue;
         y = at;
         break;
     }

@@ -104,7 +104,7 @@ DropTarget DropFiles::target() const {
 void DropFiles::replan() {
     std::vector<CSongTrack*> rows;
     for (const ArrangeRow& row : state.rows.all())
-        if (!row.lane) rows.push_back(row.songTrack);
+        if (row.ofTrack()) rows.push_back(row.songTrack);
     known = reader->count();
     shown = target();
     std::vector<FileFacts> facts;

@@ -47,6 +47,10 @@ CStr gridHint(const ArrangeState& state, const ArrangeRow* row, const PartHit& h
                "or "
                "less, " +
                alt + ": stretch";
+    if (row && row->take >= 0)
+        return "Drag: play this take there   Click: between the cuts   Ctrl, once it moves: off "
+               "the "
+               "grid";
     if (row && row->lane) return laneHint(state, *row, at);
     switch (handle) {
     case PartHandle::fadeIn:

@@ -41,7 +41,7 @@ public:
                 y++;
                 continue;
             }
-            if (!row->lane) set(row->songTrack);
+            if (row->ofTrack()) set(row->songTrack);
             y = list.topOf(*row) + row->height;
         }
     }
@@ -92,7 +92,7 @@ private:
     int heightOf(const CTrack* track) const {
         const auto& all = list.state.rows.all();
         const auto row = std::find_if(all.begin(), all.end(), [track](const ArrangeRow& r) {
-            return r.songTrack->track == track && !r.lane;
+            return r.songTrack->track == track && r.ofTrack();
         });
         return row == all.end() ? track->getRowHeight() : row->height;
     }
@@ -159,7 +159,7 @@ private:
         if (folder && at >= top + quarter && at < top + row->height - quarter) {
             target = {nullptr, over};
             list.showMark(top, true);
-        } else if (at < top + row->height / 2 && !row->lane) {
+        } else if (at < top + row->height / 2 && row->ofTrack()) {
             target = {over, over->folder};
             list.showMark(top, false);
         } else {

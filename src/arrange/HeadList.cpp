@@ -5,6 +5,7 @@
 #include "arrange/HeadSwitch.h"
 #include "arrange/LaneHead.h"
 #include "arrange/PartPainter.h"
+#include "arrange/TakeHead.h"
 #include "arrange/TrackHead.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
@@ -67,6 +68,8 @@ RowHead* HeadList::headOf(const ArrangeRow& row) const {
 RowHead* HeadList::makeHead(const ArrangeRow& row) {
     if (row.lane)
         heads.push_back(new LaneHead(*this, row));
+    else if (row.take >= 0)
+        heads.push_back(new TakeHead(*this, row));
     else
         heads.push_back(new TrackHead(*this, row));
     addControl(heads.back());
@@ -228,7 +231,7 @@ int HeadList::topOf(const ArrangeRow& row) const {
 
 bool HeadList::renameSelected() {
     for (const ArrangeRow& row : state.rows.all()) {
-        if (row.lane || !row.songTrack->track->selected()) continue;
+        if (!row.ofTrack() || !row.songTrack->track->selected()) continue;
         showRow(row);
         static_cast<TrackHead*>(headOf(row))->rename();
         return true;
@@ -248,7 +251,7 @@ void HeadList::askColour() {
     std::vector<CTrack*> chosen;
     int present = palette().accent;
     for (const ArrangeRow& row : state.rows.all()) {
-        if (row.lane || !row.songTrack->track->selected()) continue;
+        if (!row.ofTrack() || !row.songTrack->track->selected()) continue;
         if (chosen.empty()) present = trackColourOf(row);
         chosen.push_back(row.songTrack->track);
     }
@@ -298,7 +301,7 @@ void HeadList::markStops() {
         for (const CCtrl* stop : head->stops())
             if (stop == win->keyCtrl) current = head;
     for (RowHead* head : heads)
-        if (!current && head->songTrack()->track->selected() && !head->shownLane()) current = head;
+        if (!current && head->songTrack()->track->selected() && head->ofTrack()) current = head;
     if (!current && !heads.empty()) current = heads.front();
     for (RowHead* head : heads)
         for (CCtrl* stop : head->stops()) stop->tabStop = head == current;
@@ -333,11 +336,11 @@ bool HeadList::stepTrack(int by) {
     const int count = int(rows.size());
     int chosen = -1;
     for (int i = 0; i < count; i++)
-        if (rows[size_t(i)].songTrack->track->selected() && !rows[size_t(i)].lane &&
+        if (rows[size_t(i)].songTrack->track->selected() && rows[size_t(i)].ofTrack() &&
             (chosen < 0 || by > 0))
             chosen = i;
     int next = chosen < 0 ? 0 : chosen + by;
-    while (next >= 0 && next < count && rows[size_t(next)].lane) next += by;
+    while (next >= 0 && next < count && !rows[size_t(next)].ofTrack()) next += by;
     if (next < 0 || next >= count) return false;
     selectRow(next, false);
     return true;

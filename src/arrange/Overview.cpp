@@ -51,7 +51,7 @@ void Overview::sketch() {
     const auto& rows = state.rows.all();
     const int tracks = asMax(1, seq->getProg()->tracks.getCount());
     for (const ArrangeRow& row : rows) {
-        if (row.lane) continue;
+        if (!row.ofTrack()) continue;
         const int first = row.track * rowsShown / tracks;
         const int bottom = asMax(first + 1, (row.track + 1) * rowsShown / tracks - (tracks < 5));
         for (auto* part : each<CPart>(row.songTrack->parts)) {

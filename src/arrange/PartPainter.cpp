@@ -15,6 +15,7 @@
 #include "gui/Shapes.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/ClipTimes.h"
+#include "sequencer/Takes.h"
 #include "ui/Options.h"
 #include "ui/TrackPalette.h"
 #include "ui/Workspace.h"
@@ -30,6 +31,7 @@ constexpr int leastName = 8; ///< pixels of a name
 constexpr double bodyShare = 0.26, headerShare = 0.85, markShare = 0.25, mutedShare = 0.35;
 constexpr double darkerMark = 0.35; ///< of marks and outlines on a light ground
 constexpr int fewestRows = 12;      ///< that the notes of a part are spread over
+constexpr double takeShare = 0.5;   ///< of the ground of what is not played of a take
 constexpr unsigned nameColour = 0x101214;
 
 bool isLight(const CPalette& palette) {
@@ -113,8 +115,9 @@ void PartPainter::part(const ArrangeRow& row, CPart* part, bool heard) {
     header.bottom = high ? box.top + headerHeight : box.top;
     frame(part, box, header, c);
     CRect room = asRect(box.left, header.bottom + contentGap, box.right, box.bottom - contentGap);
-    if (part->type == partMIDI) notes(part, room, c.mark);
-    if (part->type == partDrum) hits(part, room, c.mark);
+    const double start = double(part->pos) + part->offset;
+    if (part->type == partMIDI) notes(sketches.of(part), start, room, c.mark);
+    if (part->type == partDrum) hits(sketches.of(part), start, room, c.mark);
     if (part->type == partAudio) {
         clips(part, room, c);
         fades(part, room, palette.text);
@@ -140,15 +143,13 @@ void PartPainter::frame(const CPart* part, CRect box, CRect header, const Colour
 }
 
 /// Notes lie within the range of the part's own keys.
-void PartPainter::notes(CPart* part, CRect room, int colour) {
-    const PartSketch& s = sketches.of(part);
+void PartPainter::notes(const PartSketch& s, double start, CRect room, int colour) {
     if (s.marks.empty() || room.height() < 2) return;
     const CRect device = paper.deviceRect(room);
     const int rows = asMax(fewestRows, s.highest - s.lowest + 1);
     const double rowHeight = double(device.height()) / rows;
     const int thick = asMax(lineThickness(), asInt(rowHeight));
     const int spare = (rows - (s.highest - s.lowest + 1)) / 2;
-    const double start = double(part->pos) + part->offset;
     const CRect cut = intersect(device, askedDevice);
     if (cut.empty()) return;
     const double firstTick = state.axis().ticksAt(asked.left) - start - s.longest;
@@ -168,8 +169,7 @@ void PartPainter::notes(CPart* part, CRect room, int colour) {
 }
 
 /// A hit is a diamond in the row of its sound, from the top; where there is no room a dot.
-void PartPainter::hits(CPart* part, CRect room, int colour) {
-    const PartSketch& s = sketches.of(part);
+void PartPainter::hits(const PartSketch& s, double start, CRect room, int colour) {
     if (s.marks.empty() || room.height() < 2) return;
     const CRect device = paper.deviceRect(room);
     const CRect cut = intersect(device, askedDevice);
@@ -177,7 +177,6 @@ void PartPainter::hits(CPart* part, CRect room, int colour) {
     const int rows = asMax(s.highest + 1, 4);
     const double rowHeight = double(device.height()) / rows;
     const int reach = asMax(1, asMin(asInt(rowHeight / 2), toDevice(3)));
-    const double start = double(part->pos) + part->offset;
     for (const PartSketch::Mark& m : s.marks) {
         const int x = asInt(deviceX(start + m.tick)) + reach;
         if (x + reach < cut.left) continue;
@@ -201,6 +200,52 @@ void PartPainter::clips(CPart* part, CRect room, const Colours& c) {
         const double from = deviceX(tick);
         wave(clip, room, from, deviceX(double(tick) + sampleAsTicks2(seq, clip, tick)), c);
     }
+}
+
+void PartPainter::take(const ArrangeRow& row, CPart* part, const Takes* takes) {
+    if (!takes || row.take >= int(takes->takes.size())) return;
+    const Takes::Take& take = takes->takes[size_t(row.take)];
+    const double origin = double(part->pos) + part->offset;
+    const CRect whole = partBox(state, row, part);
+    const auto boxOf = [&](int from, int to) {
+        CRect box = whole;
+        box.left = asMax(box.left, state.axis().xOf(origin + from));
+        box.right = asMin(box.right, state.axis().xOf(origin + to));
+        return box;
+    };
+    const CRect box = boxOf(take.at, take.to());
+    if (box.empty() || intersect(box, asked).empty()) return;
+    Colours faint = coloursOf(row, part, false);
+    faint.body = fadeCol(palette.window, faint.body, takeShare);
+    paper.fill(faint.body, box);
+    takeContent(part, *takes, row.take, box, faint);
+    const Colours full = coloursOf(row, part, true);
+    for (const Takes::Piece& piece : takes->comp) {
+        if (piece.take != row.take) continue;
+        const CRect played = boxOf(piece.from, piece.to);
+        if (played.empty()) continue;
+        paper.fill(full.body, played);
+        takeContent(part, *takes, row.take, played, full);
+        paper.frame(full.outline, played);
+    }
+}
+
+/// What of a take lies in the room.
+void PartPainter::takeContent(CPart* part, const Takes& takes, int index, CRect room,
+                              const Colours& c) {
+    const Takes::Take& take = takes.takes[size_t(index)];
+    const double start = double(part->pos) + part->offset + take.at;
+    room = sizeRect(room, 0, contentGap, 0, -contentGap);
+    if (take.notes && take.notes->type == partMIDI)
+        notes(sketches.of(*take.notes), start, room, c.mark);
+    else if (take.notes)
+        hits(sketches.of(*take.notes), start, room, c.mark);
+    const auto* like = static_cast<const CAudioEvent*>(part->getEvents());
+    if (part->type != partAudio || !like) return;
+    CAudioEvent clip = *like;
+    clip.start = take.start;
+    clip.end = take.end;
+    wave(&clip, room, deviceX(start), deviceX(start + take.ticks), c);
 }
 
 /// Of a part with one clip.

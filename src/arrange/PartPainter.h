@@ -12,6 +12,7 @@ class CPart;
 class DrawBatch;
 class PixelPaper;
 class PeakImage;
+class Takes;
 struct ArrangeRow;
 struct CAudioEvent;
 struct CPalette;
@@ -26,6 +27,9 @@ public:
     PartPainter(const ArrangeState& state, PartSketches& sketches, CGraphic* g, PixelPaper& paper,
                 CRect asked);
     void part(const ArrangeRow& row, CPart* part, bool heard);
+    /// The take of a row, over a part that has those takes, null for none: what the part plays of
+    /// it in full, the rest faint.
+    void take(const ArrangeRow& row, CPart* part, const Takes* takes);
     void names(); ///< once the paper is gone
 
 private:
@@ -42,8 +46,9 @@ private:
     double deviceX(double ticks) const;
     void coverNames(CRect box);
     void frame(const CPart* part, CRect box, CRect header, const Colours& c);
-    void notes(CPart* part, CRect room, int colour);
-    void hits(CPart* part, CRect room, int colour);
+    void notes(const PartSketch& s, double start, CRect room, int colour);
+    void hits(const PartSketch& s, double start, CRect room, int colour);
+    void takeContent(CPart* part, const Takes& takes, int index, CRect room, const Colours& c);
     void clips(CPart* part, CRect room, const Colours& c);
     void fades(CPart* part, CRect room, int colour);
     void handles(CPart* part, CRect box);

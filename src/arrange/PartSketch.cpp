@@ -2,20 +2,21 @@
 
 #include "engine/MidiBytes.h"
 #include "sequencer/CPart.h"
+#include "sequencer/Takes.h"
 
 #include <algorithm>
 
 namespace {
 
-PartSketch sketch(CPart* part) {
+PartSketch sketch(int type, const CBaseEvent* list) {
     PartSketch s;
     int tick = 0;
-    for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
+    for (const CBaseEvent* e = list; e; e = e->next) {
         tick += e->delta;
-        if (part->type == partMIDI) {
+        if (type == partMIDI) {
             const auto* note = static_cast<const CMIDIEvent*>(e);
             if (noteOn(note->data)) s.marks.push_back({tick, note->length, asByte1(note->data)});
-        } else if (part->type == partDrum) {
+        } else if (type == partDrum) {
             s.marks.push_back({tick, 0, static_cast<const CDrumEvent*>(e)->sound});
         }
     }
@@ -34,6 +35,13 @@ PartSketch sketch(CPart* part) {
 const PartSketch& PartSketches::of(CPart* part) {
     CPart* content = part->content();
     std::unique_ptr<const PartSketch>& known = made[content];
-    if (!known) known = std::make_unique<const PartSketch>(sketch(content));
+    if (!known)
+        known = std::make_unique<const PartSketch>(sketch(content->type, content->getEvents()));
+    return *known;
+}
+
+const PartSketch& PartSketches::of(const TakeNotes& take) {
+    std::unique_ptr<const PartSketch>& known = made[&take];
+    if (!known) known = std::make_unique<const PartSketch>(sketch(take.type, take.list));
     return *known;
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 class CPart;
+class TakeNotes;
 
 /// The notes or hits of a part in little: what its picture is drawn from.
 struct PartSketch {
@@ -22,8 +23,9 @@ struct PartSketch {
 class PartSketches {
 public:
     const PartSketch& of(CPart* part);
+    const PartSketch& of(const TakeNotes& take);
     void clear() { made.clear(); } ///< contents may be others
 
 private:
-    std::map<const CPart*, std::unique_ptr<const PartSketch>> made;
+    std::map<const void*, std::unique_ptr<const PartSketch>> made; ///< by contents and takes
 };

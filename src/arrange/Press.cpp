@@ -7,6 +7,7 @@
 #include "arrange/PartHandles.h"
 #include "arrange/RangePainter.h"
 #include "arrange/SongRange.h"
+#include "arrange/TakeRows.h"
 #include "arrange/gestures/ClipGesture.h"
 #include "arrange/gestures/HandGesture.h"
 #include "arrange/gestures/InsertGesture.h"
@@ -138,6 +139,11 @@ Press pressed(ArrangeGrid& grid, ArrangeState& state, CPoint at, int btn) {
     Target t{grid, state, at, btn};
     t.row = state.rows.at(at.y + state.edit.scrollY);
     if (state.range.tool() && (btn & modLeft)) return onRange(t);
+    if (t.row && t.row->take >= 0) {
+        Press onTake = pressedTake(grid, state, *t.row, at, btn);
+        if (onTake.gesture) return onTake;
+        t.row = nullptr;
+    }
     if (t.row && t.row->lane) {
         Press inLane;
         if (!(btn & modMiddle)) inLane = pressedLane(grid, state, *t.row, at, btn);

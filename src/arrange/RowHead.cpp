@@ -6,11 +6,11 @@
 
 RowHead::RowHead(HeadList& owner, const char* name, const ArrangeRow& row)
     : CGroup(owner.win, name, 0, 0, headWidth, row.height), list(owner), track(row.songTrack),
-      lane(row.lane) {
+      lane(row.lane), take(row.take) {
 }
 
 bool RowHead::isOf(const ArrangeRow& row) const {
-    return row.songTrack == track && row.lane == lane;
+    return row.songTrack == track && row.lane == lane && row.take == take;
 }
 
 int RowHead::indentOf(const ArrangeRow& row) {

@@ -10,8 +10,8 @@ class CSubTrack;
 class HeadList;
 struct ArrangeRow;
 
-/// Head of one row: of a track, or of a lane under it. It is there while its row shows. Interface
-/// thread.
+/// Head of one row: of a track, or of a take or lane under it. It is there while its row shows.
+/// Interface thread.
 class RowHead : public CGroup {
 public:
     static constexpr int headWidth = 236;
@@ -22,6 +22,7 @@ public:
 
     CSongTrack* songTrack() const { return track; }
     CSubTrack* shownLane() const { return lane; }
+    bool ofTrack() const { return !lane && take < 0; }
     bool isOf(const ArrangeRow& row) const;
     /// Lays itself out for its row as it is now.
     virtual void show(const ArrangeRow& row) = 0;
@@ -41,5 +42,6 @@ protected:
 
     HeadList& list;
     CSongTrack* track; ///< not owned
-    CSubTrack* lane;   ///< not owned; null for the track
+    CSubTrack* lane;   ///< not owned; null for other rows than of a lane
+    int take;          ///< -1 for other rows than of a take
 };

@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
+#include "sequencer/Takes.h"
 
 #include <algorithm>
 
@@ -28,6 +29,15 @@ bool showsLanes(const CTrack* track) {
     return track->kind != trackFolder && track->open();
 }
 
+/// As many as the part with the most of them has.
+int shownTakes(const CSongTrack* songTrack) {
+    size_t most = 0;
+    if (songTrack->track->takesShown)
+        for (auto* part : each<CPart>(songTrack->parts))
+            if (const Takes* takes = takesOf(part)) most = std::max(most, takes->takes.size());
+    return int(most);
+}
+
 } // namespace
 
 void RowLayout::build(CSeq* seq) {
@@ -46,12 +56,14 @@ void RowLayout::build(CSeq* seq) {
         const Nesting nesting = nestingOf(track);
         if (nesting.hidden) continue;
         const bool flat = track->kind == trackFolder && !track->ownRowHeight();
-        add({songTrack, nullptr, index, nesting.depth},
+        add({songTrack, nullptr, -1, index, nesting.depth},
             flat ? int(CTrack::leastRow) : track->getRowHeight());
+        for (int take = 0; take < shownTakes(songTrack); take++)
+            add({songTrack, nullptr, take, index, nesting.depth}, CTrack::leastRow);
         if (!showsLanes(track)) continue;
         for (auto* lane : each<CSubTrack>(track->subTracks))
             if (lane->visible && lane->automation())
-                add({songTrack, lane, index, nesting.depth},
+                add({songTrack, lane, -1, index, nesting.depth},
                     asMinMax(lane->height.load(), CTrack::leastRow, CTrack::mostRow));
     }
 }
@@ -76,7 +88,7 @@ const ArrangeRow* RowLayout::nearest(int y) const {
 
 const ArrangeRow* RowLayout::of(const CSongTrack* songTrack) const {
     const auto found = std::find_if(rows.begin(), rows.end(), [songTrack](const ArrangeRow& r) {
-        return r.songTrack == songTrack && !r.lane;
+        return r.songTrack == songTrack && r.ofTrack();
     });
     return found == rows.end() ? nullptr : &*found;
 }

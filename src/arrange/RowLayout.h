@@ -6,16 +6,18 @@ class CSeq;
 class CSongTrack;
 class CSubTrack;
 
-/// A row of the arrangement: a track, or an automation lane of the opened track above it. Heights
-/// and places in pixels, from the top of the first row.
+/// A row of the arrangement: a track, or under it a take of its parts, or an automation lane.
+/// Heights and places in pixels, from the top of the first row.
 struct ArrangeRow {
     CSongTrack* songTrack = nullptr;
-    CSubTrack* lane = nullptr; ///< null for the row of the track itself
+    CSubTrack* lane = nullptr; ///< null for other rows than of a lane
+    int take = -1;             ///< index, -1 for other rows than of a take
     int track = 0;             ///< index in the program
     int depth = 0;             ///< folders around it
     int top = 0, height = 0;
 
     int bottom() const { return top + height; }
+    bool ofTrack() const { return !lane && take < 0; } ///< the row of the track itself
 };
 
 /// The rows that show, from top to bottom: tracks in closed folders have none. Interface thread.

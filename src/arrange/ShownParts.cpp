@@ -3,6 +3,7 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/Hit.h"
 #include "arrange/LanePress.h"
+#include "arrange/TakeRows.h"
 #include "sequencer/CSeq.h"
 
 namespace {
@@ -15,13 +16,27 @@ void addPoints(const ArrangeState& state, const ArrangeRow& row, CRect view,
         const int x = state.axis().xOf(p.tick);
         const int y = laneOf(state, row, p.part).yOf(double(p.point->value));
         const CRect box = asRect(x - pointReach, y - pointReach, x + pointReach, y + pointReach);
-        if (!intersect(box, view).empty()) found.push_back({row.songTrack, p.part, box, p});
+        if (!intersect(box, view).empty())
+            found.push_back({row.songTrack, p.part, box, p, nullptr});
+    }
+}
+
+void addTakes(const ArrangeState& state, const ArrangeRow& row, CRect view,
+              std::vector<ShownPart>& found) {
+    for (auto* part : each<CPart>(row.songTrack->parts)) {
+        const TakeSpan span = takeSpan(state, row, part);
+        CRect box = rowBox(state, row);
+        box.left = state.axis().xOf(span.from);
+        box.right = state.axis().xOf(span.to);
+        if (!span.empty() && !intersect(box, view).empty())
+            found.push_back({row.songTrack, part, box, {}, &row});
     }
 }
 
 } // namespace
 
 bool ShownPart::selected() const {
+    if (takeRow) return playsTake(part, takeRow->take);
     return point.point ? isSelected(point.point) : part->selected();
 }
 
@@ -30,6 +45,10 @@ std::vector<ShownPart> partsInView(const ArrangeState& state) {
     const CRect view = asRect(0, 0, state.gridWidth(), state.gridHeight());
     for (const ArrangeRow& row : state.rows.all()) {
         if (intersect(rowBox(state, row), view).empty()) continue;
+        if (row.take >= 0) {
+            addTakes(state, row, view, found);
+            continue;
+        }
         if (row.lane) {
             addPoints(state, row, view, found);
             continue;
@@ -37,7 +56,7 @@ std::vector<ShownPart> partsInView(const ArrangeState& state) {
         for (auto* part : each<CPart>(row.songTrack->parts)) {
             const CRect box = partBox(state, row, part);
             if (box.left >= view.right) break;
-            if (box.right > view.left) found.push_back({row.songTrack, part, box, {}});
+            if (box.right > view.left) found.push_back({row.songTrack, part, box, {}, nullptr});
         }
     }
     return found;

@@ -9,12 +9,13 @@ class ArrangeState;
 class CPart;
 class CSongTrack;
 
-/// A part that can be seen in the grid, whole or in part, or a point of automation.
+/// A part that can be seen in the grid, whole or in part, a take of it, or a point of automation.
 struct ShownPart {
     CSongTrack* songTrack;
     CPart* part;
-    CRect box;         ///< in the grid
-    LanePoint point{}; ///< none: the part
+    CRect box;                           ///< in the grid
+    LanePoint point{};                   ///< none: the part
+    const ArrangeRow* takeRow = nullptr; ///< of a take of it; null: the part
 
     bool selected() const;
 };

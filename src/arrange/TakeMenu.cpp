@@ -6,11 +6,21 @@
 #include "engine/ValueDoor.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/CSeq.h"
-#include "sequencer/ProcessMenus.h"
 #include "sequencer/SongValues.h"
 #include "sequencer/Takes.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
+
+namespace {
+
+/// The selected part, if it is the only one.
+CPart* onlyPart(CSeq* seq) {
+    CList parts;
+    seq->getProg()->getSelectedParts(&parts);
+    return parts.getCount() == 1 ? static_cast<CPart*>(parts.getFirst()) : nullptr;
+}
+
+} // namespace
 
 TakeMenu::TakeMenu(Workspace& space, const SongRange& songRange)
     : range(songRange), qv(space.host()) {
@@ -22,7 +32,7 @@ CSeq* TakeMenu::seq() const {
 
 void TakeMenu::fill(CPopup* popup) {
     if (!seq() || qv->recording || qv->recUndo) return;
-    CPart* part = onlyAudioPart(seq());
+    CPart* part = onlyPart(seq());
     const Takes* takes = part ? takesOf(part) : nullptr;
     if (!takes) return;
     popup->addSeparator();
@@ -32,7 +42,7 @@ void TakeMenu::fill(CPopup* popup) {
 }
 
 void TakeMenu::takeClicked(CObject* sender) {
-    CPart* part = onlyAudioPart(seq());
+    CPart* part = onlyPart(seq());
     if (!part) return;
     int from = part->pos, to = limitTicks(int64_t(from) + seq()->getTicks(part));
     if (const TimeRange* chosen = range.get()) {

@@ -15,7 +15,7 @@ public:
     TakeMenu(Workspace& workspace, const SongRange& range);
 
     void fillPreRoll(CPopup* popup);
-    /// Of the only selected audio part: which pass it plays, all of it or the range. Nothing
+    /// Of the only selected part: which pass it plays, all of it or the range. Nothing
     /// without a part that has takes.
     void fill(CPopup* popup);
 

@@ -6,6 +6,7 @@
 #include "engine/ValueDoor.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/SongValues.h"
+#include "sequencer/Takes.h"
 #include "sequencer/TrackEdits.h"
 #include "sequencer/TrackValues.h"
 #include "ui/Commands.h"
@@ -24,6 +25,19 @@ Tracks chosen(CSeq* seq) {
     for (auto* t : each<CTrack>(seq->tracks))
         if (t->selected()) all.push_back(t);
     return all;
+}
+
+bool showsTakes(const CTrack* track) {
+    return track->takesShown;
+}
+
+/// In the current program.
+bool hasTakes(const CTrack* track) {
+    for (const auto* t : each<CSongTrack>(track->seq->getProg()->tracks))
+        if (t->track == track)
+            for (auto* part : each<CPart>(t->parts))
+                if (takesOf(part)) return true;
+    return false;
 }
 
 void toggleAll(CSeq* seq, StoredValue (*valueOf)(CSongTrack*), const char* step) {
@@ -79,6 +93,10 @@ void TrackCommands::bindSwitches() {
             name, [this, of = valueOf] { toggle(of); }, ready,
             [this, of = valueOf] { return anyTrack() && all(of); });
     commands.bind(
+        "showtakes", [this] { showTakes(); },
+        [this] { return anyTrack() && std::ranges::any_of(chosen(state.seq()), hasTakes); },
+        [this] { return anyTrack() && std::ranges::all_of(chosen(state.seq()), showsTakes); });
+    commands.bind(
         "muteall", [this] { toggleMutesOfAll(state.seq()); }, withSong);
     commands.bind(
         "soloall", [this] { toggleSolosOfAll(state.seq()); }, withSong);
@@ -99,6 +117,13 @@ void TrackCommands::toggle(StoredValue (*valueOf)(CTrack*)) {
     heads.door()->begin();
     for (CTrack* t : chosen(state.seq())) heads.door()->set(valueOf(t), to);
     heads.door()->end();
+}
+
+void TrackCommands::showTakes() {
+    const Tracks tracks = chosen(state.seq());
+    const bool to = !std::ranges::all_of(tracks, showsTakes);
+    for (CTrack* t : tracks) t->takesShown = to;
+    state.rowsChanged();
 }
 
 void TrackCommands::fold() {

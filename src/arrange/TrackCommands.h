@@ -20,6 +20,7 @@ private:
     void toggle(StoredValue (*valueOf)(CTrack*));
     bool all(StoredValue (*valueOf)(CTrack*)) const;
     void fold();
+    void showTakes();
     void step(int by);
     bool canStep(int by) const;
 

@@ -261,6 +261,7 @@ void TrackTake::placeNoteTakes() {
         takes->takes.insert(takes->takes.begin(), {0, first.to(), 0, 0, former});
     }
     takes->chooseLast();
+    track->takesShown = true;
     const std::shared_ptr<CPart> built(content->copy(1));
     const TakeNotes* had = former.get();
     EventCollector events;
@@ -349,6 +350,7 @@ void TrackTake::placeTakes(std::unique_ptr<Takes> takes) {
     }
     std::shared_ptr<CAudioPart> built(static_cast<CAudioPart*>(part->copy(1)));
     built->takes = takes.release();
+    track->takesShown = true;
     built->pos = begin + from;
     built->offset = -from;
     built->length = to - from;

@@ -4,7 +4,6 @@
 #include "arrange/Overview.h"
 #include "arrange/RowLayout.h"
 #include "engine/CSnap.h"
-#include "sequencer/Takes.h"
 #include "shell/Rooms.h"
 #include "ui/DragSnap.h"
 #include "ui/Options.h"
@@ -443,42 +442,6 @@ TEST_F(ArrangeTest, PartsAreTold) {
     EXPECT_TRUE(told.has(stateSelected) && part(1, 0)->selected());
     EXPECT_EQ(grid()->focusedPart(), 1);
     EXPECT_EQ(selectedRow(), 1);
-}
-
-/// A part that was recorded in a loop plays the take that its menu names, where the range is.
-TEST_F(ArrangeTest, TakesAreChosenByTheMenu) {
-    startWith({trackAudio});
-    host->projectFile = at("song.qv").c_str();
-    drop(tone("a.wav"), grid(), 0, yOf(0));
-    ASSERT_TRUE(pumpUntil([&] { return parts(0) == 1; }));
-    std::unique_ptr<CAudioPart> made(static_cast<CAudioPart*>(part(0, 0)->copy(0)));
-    made->takes = new Takes;
-    made->takes.load()->takes = {{0, 960, 0, 22049}, {0, 960, 22050, 44099}};
-    made->takes.load()->chooseLast();
-    made->length = 960;
-    playComp(seq(), made.get(), 0);
-    CUndo* step = host->undoStart("Takes", seq());
-    step->asRemove(part(0, 0), &row(0)->parts);
-    row(0)->addPart(made.release(), step);
-    host->undoEnd(step, true);
-    ASSERT_TRUE(pumpUntil([&] { return takesOf(part(0, 0)) != nullptr; }));
-    seq()->songNotices.raise(SeqNotice::parts);
-    ASSERT_TRUE(loaded());
-    const auto heard = [&] {
-        std::string text;
-        for (const Takes::Piece& p : takesOf(part(0, 0))->comp)
-            text += std::to_string(p.take) + ":" + std::to_string(p.from) + "-" +
-                    std::to_string(p.to) + " ";
-        return text;
-    };
-    EXPECT_EQ(heard(), "1:0-960 ");
-    part(0, 0)->setSelected(true);
-    win->rooms->range.set({240, 480, {row(0)}});
-    inMenu({"p", "Return", "1", "Return"});
-    clickAt(point(500, 0), "3");
-    EXPECT_TRUE(pumpUntil([&] { return heard() == "1:0-240 0:240-480 1:480-960 "; })) << heard();
-    key("ctrl+z");
-    EXPECT_TRUE(pumpUntil([&] { return heard() == "1:0-960 "; })) << heard();
 }
 
 /// A song without tracks says how to begin, and does it.

@@ -7,6 +7,7 @@ class ArrangeGrid;
 class ArrangeState;
 class CGraphic;
 class CPart;
+class Takes;
 
 /// What a press in the grid begins. The state of the mouse follows the drag, an overlay shows what
 /// would become of it, and the song changes at the release.
@@ -19,6 +20,8 @@ public:
     const CStr& told() const { return tag; } ///< beside the pointer; empty for nothing
     /// What is shown in place of an automation slot of a part's content; null for itself.
     virtual CPart* draftOf(const CPart*, int) const { return nullptr; }
+    /// The takes that are shown in place of those of a part's content; null for itself.
+    virtual const Takes* draftTakes(const CPart*) const { return nullptr; }
     /// What it shows, over the rows.
     virtual void paintOverlay(CGraphic*, CRect) const {}
 

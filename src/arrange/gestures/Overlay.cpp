@@ -17,7 +17,7 @@ int dragGrid(const ArrangeState& state, int btn) {
 void eachSelectedPart(const ArrangeState& state,
                       const std::function<void(const ArrangeRow&, CPart*)>& visit) {
     for (const ArrangeRow& row : state.rows.all()) {
-        if (row.lane) continue;
+        if (!row.ofTrack()) continue;
         for (auto* part : each<CPart>(row.songTrack->parts))
             if (part->selected()) visit(row, part);
     }
