@@ -2,7 +2,9 @@
 
 #include "arrange/ArrangeState.h"
 #include "arrange/Hit.h"
+#include "arrange/PartColours.h"
 #include "arrange/PartHandles.h"
+#include "arrange/WaveColumns.h"
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
 #include "gui/CApp.h"
@@ -27,38 +29,9 @@ namespace {
 
 constexpr int leastForHeader = 26; ///< of a part's height
 constexpr int textGap = 4, contentGap = 2;
-constexpr int leastName = 8; ///< pixels of a name
-constexpr double bodyShare = 0.26, headerShare = 0.85, markShare = 0.25, mutedShare = 0.35;
-constexpr double darkerMark = 0.35; ///< of marks and outlines on a light ground
-constexpr int fewestRows = 12;      ///< that the notes of a part are spread over
-constexpr double takeShare = 0.5;   ///< of the ground of what is not played of a take
-constexpr unsigned nameColour = 0x101214;
-
-bool isLight(const CPalette& palette) {
-    int r = 0, g = 0, b = 0;
-    asRGB(palette.window, &r, &g, &b);
-    return r + g + b > 3 * 128;
-}
-
-struct Extremes {
-    float low = 0.0f, high = 0.0f;
-};
-
-/// Of the frames from `from` to `to`, all channels together.
-Extremes extremesOf(const CSample* sample, double from, double to) {
-    Extremes e;
-    const PeakImage& peaks = sample->peaks;
-    const int first = asMax(0, asInt(from / PeakImage::framesPerEntry));
-    const int end = asMin(peaks.count(), asInt(to / PeakImage::framesPerEntry) + 1);
-    for (int i = first; i < end; i++) {
-        const unsigned char* values = peaks.entry(i);
-        for (int c = 0; c < sample->chs; c++, values += 2) {
-            e.low = std::min(e.low, PeakImage::decode(values[0]));
-            e.high = std::max(e.high, PeakImage::decode(values[1]));
-        }
-    }
-    return e;
-}
+constexpr int leastName = 8;      ///< pixels of a name
+constexpr int fewestRows = 12;    ///< that the notes of a part are spread over
+constexpr double takeShare = 0.5; ///< of the ground of what is not played of a take
 
 } // namespace
 
@@ -84,19 +57,6 @@ double PartPainter::deviceX(double ticks) const {
     return originX + x * scalePercent / 100.0;
 }
 
-PartPainter::Colours PartPainter::coloursOf(const ArrangeRow& row, const CPart* part,
-                                            bool heard) const {
-    const int own = partColour(row, part);
-    const bool light = isLight(palette);
-    const int strong =
-        light ? fadeCol(own, hexColor(0), darkerMark) : fadeCol(own, hexColor(0xffffff), markShare);
-    const double share = heard && !part->muted() ? 1.0 : mutedShare;
-    const auto shown = [&](int colour, double strength) {
-        return fadeCol(palette.window, colour, strength * share);
-    };
-    return {shown(own, bodyShare), shown(own, headerShare), shown(strong, 1.0), shown(strong, 0.7)};
-}
-
 /// The names of parts to the left end where this one begins to cover them.
 void PartPainter::coverNames(CRect box) {
     for (auto n = told.rbegin(); n != told.rend() && n->box.top == box.top; ++n) {
@@ -109,7 +69,7 @@ void PartPainter::part(const ArrangeRow& row, CPart* part, bool heard) {
     CRect box = partBox(state, row, part);
     box.right = asMax(box.right, box.left + 2);
     if (intersect(box, asked).empty()) return;
-    const Colours c = coloursOf(row, part, heard);
+    const PartColours c = partColours(palette, partColour(row, part), heard && !part->muted());
     CRect header = box;
     const bool high = box.height() >= leastForHeader;
     header.bottom = high ? box.top + headerHeight : box.top;
@@ -124,16 +84,19 @@ void PartPainter::part(const ArrangeRow& row, CPart* part, bool heard) {
         handles(part, box);
     }
     coverNames(box);
-    const int left = asMax(box.left, 0) + textGap;
-    const CRect nameBox = asRect(left, box.top, asMin(box.right - textGap, state.gridWidth()),
-                                 high ? header.bottom : box.bottom);
+    const auto grips = handlesOf(part, box);
+    const int grip = grips.empty() ? 0 : grips.front().box.width();
+    const int left = asMax(box.left + grip, 0) + textGap;
+    const CRect nameBox =
+        asRect(left, box.top, asMin(box.right - grip - textGap, state.gridWidth()),
+               high ? header.bottom : box.bottom);
     if (nameBox.width() < leastName) return;
     const CStr id = part->getId() + (part->ghostOf.load() ? " (ghost)" : "");
-    told.push_back({nameBox, high ? hexColor(nameColour) : palette.text, part->content()->id,
+    told.push_back({nameBox, high ? c.name : palette.text, part->content()->id,
                     part->muted() ? CStr("muted") : id});
 }
 
-void PartPainter::frame(const CPart* part, CRect box, CRect header, const Colours& c) {
+void PartPainter::frame(const CPart* part, CRect box, CRect header, const PartColours& c) {
     paper.fill(c.body, box);
     paper.fill(c.header, header);
     if (state.workspace.options().outlineParts.on()) paper.frame(c.outline, box);
@@ -191,7 +154,7 @@ void PartPainter::hits(const PartSketch& s, double start, CRect room, int colour
     }
 }
 
-void PartPainter::clips(CPart* part, CRect room, const Colours& c) {
+void PartPainter::clips(CPart* part, CRect room, const PartColours& c) {
     CSeq* seq = state.seq();
     int tick = part->pos + part->offset;
     for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
@@ -215,11 +178,12 @@ void PartPainter::take(const ArrangeRow& row, CPart* part, const Takes* takes) {
     };
     const CRect box = boxOf(take.at, take.to());
     if (box.empty() || intersect(box, asked).empty()) return;
-    Colours faint = coloursOf(row, part, false);
+    const int own = partColour(row, part);
+    PartColours faint = partColours(palette, own, false);
     faint.body = fadeCol(palette.window, faint.body, takeShare);
     paper.fill(faint.body, box);
     takeContent(part, *takes, row.take, box, faint);
-    const Colours full = coloursOf(row, part, true);
+    const PartColours full = partColours(palette, own, !part->muted());
     for (const Takes::Piece& piece : takes->comp) {
         if (piece.take != row.take) continue;
         const CRect played = boxOf(piece.from, piece.to);
@@ -232,7 +196,7 @@ void PartPainter::take(const ArrangeRow& row, CPart* part, const Takes* takes) {
 
 /// What of a take lies in the room.
 void PartPainter::takeContent(CPart* part, const Takes& takes, int index, CRect room,
-                              const Colours& c) {
+                              const PartColours& c) {
     const Takes::Take& take = takes.takes[size_t(index)];
     const double start = double(part->pos) + part->offset + take.at;
     room = sizeRect(room, 0, contentGap, 0, -contentGap);
@@ -273,20 +237,29 @@ void PartPainter::handles(CPart* part, CRect box) {
 }
 
 void PartPainter::wave(const CAudioEvent* clip, CRect room, double fromX, double toX,
-                       const Colours& c) {
+                       const PartColours& c) {
     const CSample* sample = clip->sample;
     const CRect device = paper.deviceRect(room), cut = intersect(device, askedDevice);
     if (!sample || sample->chs > PeakImage::maxChannels || toX <= fromX || cut.empty()) return;
     const double reach = device.height() / 2.0, middle = (device.top + device.bottom) / 2.0;
     const double framesPerPixel = double(clip->end - clip->start) / (toX - fromX);
     const int left = asMax(cut.left, asInt(std::ceil(fromX))), right = asMin(cut.right, asInt(toX));
+    if (right <= left) return;
+    const auto frameAt = [&](int x) {
+        return clip->start + (clip->reverse ? toX - 1 - x : x - fromX) * framesPerPixel;
+    };
+    const double a = frameAt(left), b = frameAt(right - 1);
+    const WaveColumns columns(sample, std::min(a, b), std::max(a, b) + framesPerPixel,
+                              framesPerPixel);
+    const auto bar = [&](int x, float low, float high, int colour) {
+        const int top = asInt(middle - double(high) * reach);
+        const int bottom = asInt(middle - double(low) * reach);
+        paper.fillDevice(colour, intersect(asRect(x, top, x + 1, asMax(bottom, top + 1)), cut));
+    };
     for (int x = left; x < right; x++) {
-        const double at = clip->reverse ? toX - 1 - x : x - fromX;
-        const double frame = clip->start + at * framesPerPixel;
-        const Extremes e = extremesOf(sample, frame, frame + framesPerPixel);
-        const int top = asInt(middle - double(e.high) * reach);
-        const int bottom = asInt(middle - double(e.low) * reach);
-        paper.fillDevice(c.mark, asRect(x, top, x + 1, asMax(bottom, top + 1)));
+        const WaveColumn w = columns.at(frameAt(x));
+        bar(x, w.low, w.high, w.rms > 0.0f ? c.peak : c.mark);
+        if (w.rms > 0.0f) bar(x, std::max(w.low, -w.rms), std::min(w.high, w.rms), c.mark);
     }
 }
 

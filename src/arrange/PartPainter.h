@@ -16,6 +16,7 @@ class Takes;
 struct ArrangeRow;
 struct CAudioEvent;
 struct CPalette;
+struct PartColours;
 
 /// Paints parts in the boxes that `partBox` tells: a header in the part's colour with its name, and
 /// below it notes within the part's own range, hits by row, or the wave. What is not heard is
@@ -33,26 +34,22 @@ public:
     void names(); ///< once the paper is gone
 
 private:
-    struct Colours {
-        int body, header, mark, outline;
-    };
     struct Name {
         CRect box;
         int colour;
         CStr name, id;
     };
 
-    Colours coloursOf(const ArrangeRow& row, const CPart* part, bool heard) const;
     double deviceX(double ticks) const;
     void coverNames(CRect box);
-    void frame(const CPart* part, CRect box, CRect header, const Colours& c);
+    void frame(const CPart* part, CRect box, CRect header, const PartColours& c);
     void notes(const PartSketch& s, double start, CRect room, int colour);
     void hits(const PartSketch& s, double start, CRect room, int colour);
-    void takeContent(CPart* part, const Takes& takes, int index, CRect room, const Colours& c);
-    void clips(CPart* part, CRect room, const Colours& c);
+    void takeContent(CPart* part, const Takes& takes, int index, CRect room, const PartColours& c);
+    void clips(CPart* part, CRect room, const PartColours& c);
     void fades(CPart* part, CRect room, int colour);
     void handles(CPart* part, CRect box);
-    void wave(const CAudioEvent* clip, CRect room, double fromX, double toX, const Colours& c);
+    void wave(const CAudioEvent* clip, CRect room, double fromX, double toX, const PartColours& c);
 
     const ArrangeState& state;
     PartSketches& sketches;

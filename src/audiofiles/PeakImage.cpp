@@ -5,9 +5,12 @@
 #include <algorithm>
 #include <bit>
 #include <cassert>
+#include <cmath>
 #include <new>
 
 namespace {
+
+constexpr int bytesPerChannel = 3; ///< of an entry
 
 /// Lowers `low` and raises `high` to the values at even and at odd places.
 template <int lanes, class T>
@@ -27,6 +30,25 @@ template <int lanes, class T>
         low[k & 1] = std::min(low[k & 1], least[k]);
         high[k & 1] = std::max(high[k & 1], most[k]);
     }
+}
+
+/// Adds the squares of the values at even and at odd places to `sums`.
+template <int lanes, class T>
+[[gnu::always_inline]] inline void addSquares(const T* data, int values, float* sums) {
+    float sum[lanes] = {};
+    int i = 0;
+    for (; i + lanes <= values; i += lanes)
+        for (int k = 0; k < lanes; k++) sum[k] += float(data[i + k]) * float(data[i + k]);
+    for (; i < values; i++) sum[i & 1] += float(data[i]) * float(data[i]);
+    for (int k = 0; k < lanes; k++) sums[k & 1] += sum[k];
+}
+
+SONDRAVA_CLONES void findSquares(const float* data, int values, float* sums) {
+    addSquares<16>(data, values, sums);
+}
+
+SONDRAVA_CLONES void findSquares(const int16_t* data, int values, float* sums) {
+    addSquares<16>(data, values, sums);
 }
 
 SONDRAVA_CLONES void findExtremes(const float* data, int values, float* low, float* high) {
@@ -51,7 +73,7 @@ void PeakImage::reset(int channels) {
     }
     chs = channels <= maxChannels ? channels : 0;
     peakFrames = inWindow = 0;
-    for (int c = 0; c < maxChannels; c++) peakMin[c] = peakMax[c] = 0.0f;
+    for (int c = 0; c < maxChannels; c++) peakMin[c] = peakMax[c] = squares[c] = 0.0f;
 }
 
 PeakImage::Place PeakImage::place(int index) {
@@ -63,7 +85,7 @@ PeakImage::Place PeakImage::place(int index) {
 
 const unsigned char* PeakImage::entry(int index) const {
     const Place at = place(index);
-    return chunks[at.chunk] + std::ptrdiff_t(at.index) * chs * 2;
+    return chunks[at.chunk] + std::ptrdiff_t(at.index) * chs * bytesPerChannel;
 }
 
 unsigned char PeakImage::encode(float value) {
@@ -76,14 +98,20 @@ bool PeakImage::store() {
     const Place at = place(index);
     if (at.chunk >= chunkCount) return false;
     unsigned char*& chunk = chunks[at.chunk];
-    const std::size_t bytes = (std::size_t(firstChunk) << at.chunk) * std::size_t(chs) * 2;
+    const std::size_t bytes =
+        (std::size_t(firstChunk) << at.chunk) * std::size_t(chs) * bytesPerChannel;
     if (!chunk) chunk = new (std::nothrow) unsigned char[bytes];
     if (!chunk) return false;
-    unsigned char* p = chunk + std::ptrdiff_t(at.index) * chs * 2;
+    unsigned char* p = chunk + std::ptrdiff_t(at.index) * chs * bytesPerChannel;
     for (int c = 0; c < chs; c++, p += 2) {
         p[0] = encode(peakMin[c]);
         p[1] = encode(peakMax[c]);
         peakMin[c] = peakMax[c] = 0.0f;
+    }
+    for (int c = 0; c < chs; c++) {
+        const float rms = std::sqrt(squares[c] / float(framesPerEntry));
+        *p++ = rms < 1.0f ? static_cast<unsigned char>(rms * 255.0f + 0.5f) : rms >= 1.0f ? 255 : 0;
+        squares[c] = 0.0f;
     }
     entries.store(index + 1, std::memory_order_release);
     return true;
@@ -94,11 +122,14 @@ void PeakImage::addValues(const T* data, int frames, float scale) {
     while (chs > 0 && frames > 0) {
         const int n = std::min(frames, framesPerEntry - inWindow);
         T low[2] = {}, high[2] = {};
+        float sums[2] = {};
         findExtremes(data, n * chs, low, high);
+        findSquares(data, n * chs, sums);
         for (int k = 0; k < 2; k++) {
             float &least = peakMin[k & (chs - 1)], &most = peakMax[k & (chs - 1)];
             least = std::min(least, float(low[k]) * scale);
             most = std::max(most, float(high[k]) * scale);
+            squares[k & (chs - 1)] += sums[k] * scale * scale;
         }
         data += n * chs;
         frames -= n;

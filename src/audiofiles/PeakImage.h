@@ -4,8 +4,8 @@
 #include <cstdint>
 
 /// What a waveform is drawn from: for each 128 frames and each channel the lowest and the highest
-/// value, both spanning zero. One thread adds, any others read what is complete: entries never
-/// move.
+/// value, both spanning zero, and the root of the mean square. One thread adds, any others read
+/// what is complete: entries never move.
 class PeakImage {
 public:
     static constexpr int framesPerEntry = 128;
@@ -14,6 +14,7 @@ public:
     int peakFrames = 0;              ///< frames added
     float peakMin[maxChannels] = {}; ///< the running window, from 0 on
     float peakMax[maxChannels] = {};
+    float squares[maxChannels] = {}; ///< their sum
 
     PeakImage() = default;
     ~PeakImage();
@@ -29,12 +30,13 @@ public:
     /// Complete entries. Any thread.
     int count() const { return entries.load(std::memory_order_acquire); }
     /// The bytes of entry `index` below `count`: minimum and maximum of the left channel, then of
-    /// the right one if there is one. Any thread.
+    /// the right one if there is one; behind these the root of the mean square of each. Any thread.
     const unsigned char* entry(int index) const;
 
     /// -1 to 1 (else cut, not a number is 0) as a byte of 0 to 254, and back.
     static unsigned char encode(float value);
     static float decode(unsigned char byte) { return float(int(byte) - 127) / 127.0f; }
+    static float decodeRms(unsigned char byte) { return float(byte) / 255.0f; }
 
 private:
     // Chunk k holds 64 * 2^k entries, so that a short sample takes little and none ever moves.

@@ -18,20 +18,24 @@ void expectImage(const PeakImage& peaks, const std::vector<float>& values, int c
     for (int e = 0; e < peaks.count(); e++)
         for (int c = 0; c < chs; c++) {
             float low = 0.0f, high = 0.0f;
+            double squares = 0.0;
             for (int i = e * 128; i < e * 128 + 128; i++) {
                 low = std::min(low, values[std::size_t(i * chs + c)]);
                 high = std::max(high, values[std::size_t(i * chs + c)]);
+                squares += std::pow(double(values[std::size_t(i * chs + c)]), 2);
             }
             ASSERT_EQ(peaks.entry(e)[c * 2], code(low)) << name << " entry " << e;
             ASSERT_EQ(peaks.entry(e)[c * 2 + 1], code(high)) << name << " entry " << e;
+            ASSERT_NEAR(peaks.entry(e)[chs * 2 + c], std::sqrt(squares / 128) * 255, 0.51)
+                << name << " entry " << e;
         }
 }
 
 } // namespace
 
-/// The image holds the extremes of each window, whatever the width, however it came about: from
-/// memory, from the file, or as the frames were written.
-TEST_F(PeakImageTest, HoldsTheExtremesOfEachWindow) {
+/// The image holds the extremes and the mean power of each window, whatever the width, however it
+/// came about: from memory, from the file, or as the frames were written.
+TEST_F(PeakImageTest, HoldsExtremesAndPowerOfEachWindow) {
     Values left = noise(20000, 3), right = noise(20000, 4), both;
     for (std::size_t i = 0; i < left.size(); i++) {
         left[i] *= float(i) / 20000;

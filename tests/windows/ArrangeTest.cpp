@@ -3,6 +3,8 @@
 #include "arrange/Hit.h"
 #include "arrange/Overview.h"
 #include "arrange/RowLayout.h"
+#include "arrange/WaveColumns.h"
+#include "audiofiles/CSample.h"
 #include "engine/CSnap.h"
 #include "shell/Rooms.h"
 #include "ui/DragSnap.h"
@@ -41,6 +43,34 @@ TEST(DragSnap, BringsThePlaceToTheGrid) {
     for (const auto& c : cases)
         EXPECT_EQ(snappedDelta(c.grid, c.anchor, c.delta), c.moved)
             << c.grid << " " << c.anchor << " " << c.delta;
+}
+
+/// Columns hold the extremes of their frames and the power: from the image, or, where they are
+/// narrower than its entries, from the frames, and between frames a line.
+TEST(WaveColumns, ShowWhatTheirFramesAre) {
+    constexpr int count = 4096;
+    auto* frames = static_cast<int16_t*>(std::malloc(count * sizeof(int16_t)));
+    for (int i = 0; i < count; i++)
+        frames[i] = int16_t(i % 64 == 40 ? 16384 : i % 2 ? 4096 : -4096);
+    CSample sample;
+    sample.setFormat(44100, 16, 1);
+    sample.takeData(reinterpret_cast<unsigned char*>(frames), count);
+    sample.peakfile();
+    const float low = -4096 / 32768.0f, high = 0.5f;
+    const double power = (62.0 * 0.125 * 0.125 + 0.125 * 0.125 + 0.25) / 64;
+    for (const double width : {256.0, 128.0, 64.0}) {
+        const WaveColumn w = WaveColumns(&sample, 512, 1024, width).at(512);
+        EXPECT_NEAR(w.low, low, 0.01) << width;
+        EXPECT_NEAR(w.high, high, 0.01) << width;
+        EXPECT_NEAR(w.rms, std::sqrt(power), 0.01) << width;
+    }
+    const WaveColumns few(&sample, 512, 1024, 2);
+    EXPECT_NEAR(few.at(552).high, high, 1e-4);
+    EXPECT_NEAR(few.at(560).high, -low, 1e-4) << "the frames of this column alone";
+    EXPECT_EQ(few.at(560).rms, 0.0f);
+    const WaveColumns line(&sample, 512, 520, 0.25);
+    EXPECT_NEAR(line.at(512.25).low, low - low * 0.5f, 1e-4) << "between two frames";
+    EXPECT_EQ(line.at(512.25).high, line.at(512.5).low) << "columns meet";
 }
 
 TEST(PartEdges, LeaveNarrowPartsAMiddle) {

@@ -137,14 +137,14 @@ TEST_F(ReachTest, EverythingInTheMainWindow) {
     for (int row = 0; row < tracks(); row++) {
         const CCtrl* head = win->keyCtrl;
         ASSERT_EQ(head->id, "track");
-        for (const char* id : {"track", "arm", "mute", "solo", "monitor", "meter"}) {
+        for (const char* id : {"track", "target", "arm", "mute", "solo", "monitor", "meter"}) {
             EXPECT_EQ(win->keyCtrl->id, id) << "row " << row;
             byArrows.insert(win->keyCtrl);
             key("Right");
         }
         const auto* songTrack = static_cast<CSongTrack*>(seq()->getProg()->tracks.items(row));
         EXPECT_TRUE(row == 0 || songTrack->track->selected());
-        for (int i = 0; i < 5; i++) key("Left");
+        for (int i = 0; i < 6; i++) key("Left");
         EXPECT_EQ(win->keyCtrl, head);
         key("Down");
     }

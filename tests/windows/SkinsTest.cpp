@@ -1,4 +1,5 @@
 #include "MainFixture.h"
+#include "arrange/PartColours.h"
 
 #include "base/Paths.h"
 #include "engine/ValueDoor.h"
@@ -14,6 +15,7 @@
 #include "ui/CAppGui.h"
 #include "ui/ProgramItems.h"
 #include "ui/Skins.h"
+#include "ui/TrackPalette.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -187,6 +189,19 @@ TEST_F(SkinsTest, BothSkinsAreLegible) {
             }
         }
     }
+}
+
+/// Notes and names stand out on parts of any colour, in both skins.
+TEST(PartColours, MarksStandOutOnTheirPart) {
+    std::vector<int> all = {hexColor(0xffff00), hexColor(0x000080), hexColor(0xffffff),
+                            hexColor(0x101010), hexColor(0x808080)};
+    for (int i = 0; i < 16; i++) all.push_back(trackColour(i));
+    for (const CPalette& palette : {darkPalette(), lightPalette()})
+        for (const int own : all) {
+            const PartColours c = partColours(palette, own, true);
+            EXPECT_GE(contrast(c.mark, c.body), 3.0) << std::hex << own;
+            EXPECT_GE(contrast(c.name, c.header), 4.5) << std::hex << own;
+        }
 }
 
 /// The theme that lies beside the program: as legible as the dark one, and not the same.

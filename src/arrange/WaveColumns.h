@@ -1,0 +1,32 @@
+#pragma once
+
+#include <vector>
+
+class CSample;
+
+/// What a column of a waveform's picture shows, all channels together.
+struct WaveColumn {
+    float low = 0.0f, high = 0.0f;
+    float rms = 0.0f; ///< 0 where there are too few frames for it
+};
+
+/// The columns of a stretch of a sample's picture: from the image of its peaks, or where a column
+/// has fewer frames than an entry of that, from the frames themselves, with a line between them
+/// where they stand apart. Interface thread.
+class WaveColumns {
+public:
+    /// For columns between two frames, `perColumn` (above 0) frames wide. The sample has at most as
+    /// many channels as its image can have.
+    WaveColumns(const CSample* sample, double from, double to, double perColumn);
+    WaveColumn at(double frame) const; ///< from there on
+
+private:
+    WaveColumn fromPeaks(double from) const;
+    WaveColumn fromFrames(double from) const;
+    float valueAt(double frame, int channel) const;
+
+    const CSample* sample;
+    double width;
+    int first = 0;             ///< of `frames`
+    std::vector<float> frames; ///< interleaved; empty when the image will do
+};
