@@ -113,6 +113,7 @@ SongCommands::SongCommands(Workspace& space, SongRange& songRange)
     : workspace(space), range(songRange), qv(space.host()) {
     bindAll();
     bindParts();
+    bindClipboard();
 }
 
 void SongCommands::bindAll() {
@@ -194,9 +195,6 @@ void SongCommands::bindParts() {
         {"mutepart", toggleMutes, anySelected, muteRange},
         {"crossfade", crossfade, twoAudio},
         {"duplicate", duplicateParts, anySelected, duplicateRange},
-        {"cut", cutParts, anySelected},
-        {"copy", copyParts, anySelected},
-        {"paste", pasteParts, anyCopy},
         {"selectAll", selectEverything, anyPart},
         {"unusedtakes", deleteUnusedTakes, anyTakes},
         {"keepplayed", keepPlayed, canKeepPlayed},
@@ -227,6 +225,37 @@ void SongCommands::bindParts() {
     workspace.commands().bind(
         "rangetool", [this] { range.setTool(!range.tool()); }, [this] { return prog() != nullptr; },
         [this] { return range.tool(); });
+}
+
+/// Selected points go before selected parts, and what was copied last is pasted.
+void SongCommands::bindClipboard() {
+    const auto idle = [this] { return prog() && !recording(); };
+    const auto any = [this, idle] {
+        return idle() && (anySelected(seq()) || anyChosenPoint(seq()));
+    };
+    workspace.commands().bind(
+        "copy", [this] { copy(false); }, any);
+    workspace.commands().bind(
+        "cut", [this] { copy(true); }, any);
+    workspace.commands().bind(
+        "paste",
+        [this] {
+            if (points.empty())
+                pasteParts(seq());
+            else
+                points.paste(seq(), asInt(seq()->getPos()));
+        },
+        [this, idle] { return idle() && (!points.empty() || anyCopy(seq())); });
+}
+
+void SongCommands::copy(bool cuts) {
+    const std::vector<PartSlot> places = chosenPoints(seq());
+    if (places.empty()) {
+        points.clear();
+        return cuts ? cutParts(seq()) : copyParts(seq());
+    }
+    points.copy(seq());
+    if (cuts) deletePoints(seq(), places);
 }
 
 void SongCommands::editRange(CStr (*edit)(CSeq*, const TimeRange&)) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/CStr.h"
+#include "sequencer/PointClipboard.h"
 
 class CComp;
 class CQV;
@@ -22,6 +23,8 @@ public:
 private:
     void bindAll();
     void bindParts();
+    void bindClipboard();
+    void copy(bool cuts);
 
     CSeq* seq() const;
     CSeqProg* prog() const; ///< null without a song
@@ -65,4 +68,5 @@ private:
     Workspace& workspace;
     SongRange& range;
     CQV* qv;
+    PointClipboard points; ///< empty while parts were copied last
 };

@@ -88,8 +88,7 @@ void changePoints(CSeq* seq, const std::vector<PartSlot>& places, const EventDel
 void setPoints(CSeq* seq, const std::vector<PartSlot>& places, float value) {
     edit(seq, places, "Edit", [&](const PartSlot& place, CPart* draft) {
         eachEvent(draft->getParam(place.slot), [&](CBaseEvent* e, int) {
-            if (isSelected(e))
-                static_cast<CEnvEvent*>(e)->value = fLimit(value, 0.0f, 1.0f);
+            if (isSelected(e)) static_cast<CEnvEvent*>(e)->value = fLimit(value, 0.0f, 1.0f);
         });
     });
 }
@@ -102,8 +101,17 @@ void bendPoints(CSeq* seq, const std::vector<PartSlot>& places, float amount) {
 
 void drawPoints(CSeq* seq, const std::vector<PartSlot>& places,
                 const std::vector<LanePlace>& line) {
-    edit(seq, places, "Draw", [&](const PartSlot& place, CPart* draft) {
-        drawPoints(draft, place, seq->getTicks(place.part), line);
+    std::vector<LaneLine> lines;
+    for (const PartSlot& place : places) lines.push_back({place, line});
+    drawPoints(seq, lines, "Draw");
+}
+
+void drawPoints(CSeq* seq, const std::vector<LaneLine>& lines, const char* title) {
+    std::vector<PartSlot> places;
+    for (const LaneLine& one : lines) places.push_back(one.place);
+    edit(seq, places, title, [&](const PartSlot& place, CPart* draft) {
+        drawPoints(draft, place, seq->getTicks(place.part),
+                   lines[size_t(&place - places.data())].line);
     });
 }
 
@@ -117,8 +125,11 @@ void drawPoints(CPart* draft, const PartSlot& place, int ticks,
     EventCollector all;
     takePoints(draft, place.slot, all);
     CBaseEvent* list = all.takeList();
-    const auto put = [&](int tick, float value) {
-        all.add(tick - origin, createEnvEvent(nullptr, value));
+    const auto put = [&](const LanePlace& at) {
+        CEnvEvent* point = createEnvEvent(nullptr, at.value);
+        point->curve = at.curve;
+        point->shape = at.shape;
+        all.add(at.tick - origin, point);
     };
     for (int tick = 0; CBaseEvent* e = list;) {
         list = e->next;
@@ -130,10 +141,10 @@ void drawPoints(CPart* draft, const PartSlot& place, int ticks,
     }
     for (size_t i = 0; i < line.size(); i++) {
         if (i > 0 && line[i - 1].tick < from && line[i].tick > from)
-            put(from, shareOn(line[i - 1], line[i], from));
-        if (line[i].tick >= from && line[i].tick <= to) put(line[i].tick, line[i].value);
+            put({from, shareOn(line[i - 1], line[i], from)});
+        if (line[i].tick >= from && line[i].tick <= to) put(line[i]);
         if (i + 1 < line.size() && line[i].tick < to && line[i + 1].tick > to)
-            put(to, shareOn(line[i], line[i + 1], to));
+            put({to, shareOn(line[i], line[i + 1], to)});
     }
     draft->setParam(place.slot, static_cast<CEnvEvent*>(all.takeList()));
 }

@@ -24,10 +24,18 @@ void bendPoints(CSeq* seq, const std::vector<PartSlot>& places, float amount);
 struct LanePlace {
     int tick;
     float value;
+    float curve = 0.0f;      ///< of the way to it
+    unsigned char shape = 0; ///< as that of a point
 };
 /// "Draw": over what lies between two of the `line`'s ends, in ticks of the song, the slot of the
 /// parts follows it. Its places are in order of tick.
 void drawPoints(CSeq* seq, const std::vector<PartSlot>& places, const std::vector<LanePlace>& line);
+/// The same under another title, with a line for each of the parts.
+struct LaneLine {
+    PartSlot place;
+    std::vector<LanePlace> line;
+};
+void drawPoints(CSeq* seq, const std::vector<LaneLine>& lines, const char* title);
 /// The same in a draft for a part.
 void drawPoints(CPart* draft, const PartSlot& place, int ticks, const std::vector<LanePlace>& line);
 /// The line without the places that lie on the way between their neighbours, as far as `reach`, a

@@ -110,6 +110,32 @@ TEST_F(LaneTest, LinesAreDrawn) {
     EXPECT_TRUE(becomes("240:9 1200:7 2160:9 3840:9 ")) << points();
 }
 
+/// Points are copied, cut and pasted at the song's position, where they replace what was there.
+TEST_F(LaneTest, PointsAreCopied) {
+    startWithLane();
+    for (const auto& [tick, value] : {std::pair{1200, 0.2}, {1680, 0.8}, {3120, 0.5}, {4320, 0.5}})
+        addPoint(tick, value);
+    drag(asPoint(xOf(1100), laneTop - 3), asPoint(xOf(1800), laneTop + laneHeight + 3));
+    EXPECT_TRUE(becomes("240:2* 720:8* 2160:5 3360:5 ")) << points();
+    key("ctrl+c");
+    host->setPos(2880);
+    EXPECT_TRUE(pumpUntil([&] { return int(seq()->getPos()) == 2880; }));
+    key("ctrl+v");
+    EXPECT_TRUE(becomes("240:2 720:8 1920:2 2400:8 3360:5 ")) << points();
+    EXPECT_EQ(host->undoText(), "Paste");
+    key("ctrl+z");
+    EXPECT_TRUE(becomes("240:2 720:8 2160:5 3360:5 ")) << points();
+    key("ctrl+x");
+    EXPECT_TRUE(becomes("2160:5 3360:5 ")) << points();
+    EXPECT_EQ(parts(0), 1);
+    clickAt(point(2000, 0));
+    key("ctrl+c");
+    host->setPos(4800);
+    EXPECT_TRUE(pumpUntil([&] { return int(seq()->getPos()) == 4800; }));
+    key("ctrl+v");
+    EXPECT_TRUE(pumpUntil([&] { return parts(0) == 2; })) << "parts were copied last";
+}
+
 /// By the keys alone: put in at the song's position, walked, moved, bent, typed, and told in the
 /// unit of the lane.
 TEST_F(LaneTest, PointsGoByKeys) {
