@@ -25,6 +25,11 @@ const CSeqProg* program(const CObject* o) {
     return static_cast<const CSeqProg*>(o);
 }
 
+/// Points and parts do not know the song that they are in.
+CSeq* songOfHost() {
+    return static_cast<CSeq*>(qv->firstOfType(compSeq));
+}
+
 unsigned char limitedByte(double v, int low, int high) {
     return static_cast<unsigned char>(asMinMax(asInt(v), low, high));
 }
@@ -85,7 +90,7 @@ const StoredValue::Kind pointSignature = {
     },
     [](CObject* o, int, const Numbers& to) {
         static_cast<CTimesigPart*>(o)->setTimesig(asInt(to[0]), asInt(to[1]));
-        if (CComp* seq = qv->firstOfType(compSeq)) song(seq)->songNotices.raise(SeqNotice::tracks);
+        raiseSong(SeqNotice::tracks);
     }};
 
 const StoredValue::Kind grid = {"Grid",
@@ -108,7 +113,7 @@ const StoredValue::Kind pointTempo = {
     [](const CObject* o, int) { return Numbers{double(static_cast<const CTempoPart*>(o)->tempo)}; },
     [](CObject* o, int, const Numbers& to) {
         static_cast<CTempoPart*>(o)->setTempo(float(to[0]));
-        if (CComp* seq = qv->firstOfType(compSeq)) song(seq)->tempoChanged();
+        if (CSeq* seq = songOfHost()) seq->tempoChanged();
     }};
 
 const StoredValue::Kind ramp = {"Tempo ramp",
@@ -118,8 +123,7 @@ const StoredValue::Kind ramp = {"Tempo ramp",
                                 },
                                 [](CObject* o, int, const Numbers& to) {
                                     static_cast<CTempoPart*>(o)->ramp = to[0] != 0.0;
-                                    if (CComp* seq = qv->firstOfType(compSeq))
-                                        song(seq)->tempoChanged();
+                                    if (CSeq* seq = songOfHost()) seq->tempoChanged();
                                 }};
 
 const StoredValue::Kind songTempo = {
@@ -151,6 +155,10 @@ const StoredValue::Kind preRoll = {
     }};
 
 } // namespace
+
+void raiseSong(SeqNotice notice) {
+    if (CSeq* seq = songOfHost()) seq->songNotices.raise(notice);
+}
 
 StoredValue mutedOf(CSongTrack* track) {
     return {&muted, track};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/Notices.h"
 #include "engine/StoredValue.h"
 #include "sequencer/SongOptions.h"
 
@@ -32,3 +33,7 @@ StoredValue rampOf(CTempoPart* point);
 StoredValue punchOf(CSeq* seq);   ///< 0 or 1: takes go from the left to the right locator
 StoredValue preRollOf(CSeq* seq); ///< bars, 0 to 16
 StoredValue optionOf(CSeq* seq, SongOptions::Index index); ///< a byte
+
+/// Tells the views of the song, if there is one, of a value of what does not know it: a part, a
+/// point or a lane. Any thread.
+void raiseSong(SeqNotice notice);

@@ -5,6 +5,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/Points.h"
+#include "sequencer/SongValues.h"
 
 namespace {
 
@@ -42,8 +43,7 @@ const StoredValue::Kind partColour = {
     [](const CObject* o, int) { return Numbers{double(static_cast<const CPart*>(o)->colour)}; },
     [](CObject* o, int, const Numbers& to) {
         static_cast<CPart*>(o)->colour = asMinMax(asInt(to[0]), -1, mostColour);
-        if (CComp* seq = qv->firstOfType(compSeq))
-            static_cast<CSeq*>(seq)->songNotices.raise(SeqNotice::parts);
+        raiseSong(SeqNotice::parts);
     }};
 
 constexpr int lastHue = 16;
@@ -55,8 +55,7 @@ const StoredValue::Kind markerColour = {
     [](CObject* o, int, const Numbers& to) {
         static_cast<CMarkerPart*>(o)->colourIndex =
             static_cast<unsigned char>(asMinMax(asInt(to[0]), 0, lastHue));
-        if (CComp* seq = qv->firstOfType(compSeq))
-            static_cast<CSeq*>(seq)->songNotices.raise(SeqNotice::parts);
+        raiseSong(SeqNotice::parts);
     }};
 
 const StoredValue::Kind bypass = {
@@ -64,8 +63,7 @@ const StoredValue::Kind bypass = {
     [](const CObject* o, int) { return Numbers{double(static_cast<const CSubTrack*>(o)->bypass)}; },
     [](CObject* o, int, const Numbers& to) {
         static_cast<CSubTrack*>(o)->bypass = to[0] != 0.0 ? 1 : 0;
-        if (CComp* seq = qv->firstOfType(compSeq))
-            static_cast<CSeq*>(seq)->songNotices.raise(SeqNotice::tracks);
+        raiseSong(SeqNotice::tracks);
     }};
 
 const StoredValue::Kind swing = {"Swing",

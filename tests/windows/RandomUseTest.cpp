@@ -7,6 +7,7 @@
 #include "engine/CClick.h"
 #include "engine/Cycle.h"
 #include "engine/DeviceComps.h"
+#include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "gui/controls/CMenu.h"
 #include "gui/controls/CPopup.h"
@@ -94,18 +95,25 @@ protected:
 private:
     int upTo(int limit) { return std::uniform_int_distribution<int>(0, limit - 1)(chance); }
     std::string content() {
-        resetAutomation();
-        return projectContent(host.get(), &win->flows->mixer);
+        std::vector<KeptValue> moved = automated();
+        for (KeptValue& value : moved) value.exchange();
+        const std::string now = projectContent(host.get(), &win->flows->mixer);
+        for (auto value = moved.rbegin(); value != moved.rend(); ++value) value->exchange();
+        return now;
     }
-    /// What the song's lanes move while it plays is no change.
-    void resetAutomation() {
+    /// What the song's lanes move while it plays is no change: zeros for all of it.
+    std::vector<KeptValue> automated() {
+        std::vector<KeptValue> all;
         for (auto* track : each<CTrack>(seq()->tracks))
             for (auto* lane : each<CSubTrack>(track->subTracks))
                 if (lane->automation() && lane->object && lane->target == targetParam)
-                    setParamShare(lane->object, lane->param, 0.0f);
+                    for (const StoredValue& part : parameterOf(lane->object, lane->param).parts())
+                        all.push_back({part, {}});
+        return all;
     }
 
-    /// Whether a step sets nothing but values of what lanes move.
+    /// Whether a step sets nothing but values of what lanes move, which the project that is
+    /// compared leaves out: and it did set them, unless automation may have moved them back.
     bool onlyAutomated(int index) {
         const auto moved = [this](const CObject* object) {
             for (auto* track : each<CTrack>(seq()->tracks))
@@ -114,9 +122,12 @@ private:
             return false;
         };
         const auto* step = static_cast<CUndo*>(host->undoList.items(index));
-        for (auto* item : each<CUndoItem>(step->items))
+        bool changed = host->playing;
+        for (auto* item : each<CUndoItem>(step->items)) {
             if (!item->kept || !moved(item->kept->value.object)) return false;
-        return true;
+            changed = changed || item->kept->value.get() != item->kept->other;
+        }
+        return changed;
     }
 
     // What is done.
