@@ -193,12 +193,15 @@ void bend(CEnvEvent* point, float before, float amount, bool absolute) {
 
 } // namespace
 
-EventRange eventRange(CSeq* seq, CPart* part, const EventLane& lane) {
+namespace {
+
+/// Of the selected events of a list that `part` has, or is to have.
+EventRange rangeOf(CSeq* seq, CPart* part, CBaseEvent* list, const EventLane& lane) {
     const EventDelta none;
     const EventChange change(seq, part, lane, none);
     Extent ticks, lengths, pitches;
     const int last = seq->getTicks(part) - (lane.automation() ? 0 : 1);
-    eachEvent(listOf(part, lane), [&](CBaseEvent* e, int tick) {
+    eachEvent(list, [&](CBaseEvent* e, int tick) {
         if (!change.concerns(e)) return;
         const int64_t at = int64_t(part->offset) + tick;
         if (at >= 0 && at <= last) ticks.add(at);
@@ -219,6 +222,12 @@ EventRange eventRange(CSeq* seq, CPart* part, const EventLane& lane) {
         range.maxPitch = asMax(saturate(top - pitches.high), 0);
     }
     return range;
+}
+
+} // namespace
+
+EventRange eventRange(CSeq* seq, CPart* part, const EventLane& lane) {
+    return rangeOf(seq, part, listOf(part, lane), lane);
 }
 
 void dragEvents(CSeq* seq, CPart* part, const EventLane& lane, const EventDelta& delta) {
@@ -251,13 +260,15 @@ void resizeEvents(CSeq* seq, CPart* part, int delta) {
 }
 
 void resizeEventStart(CSeq* seq, CPart* part, int delta) {
+    edit(seq, part, {}, "Resize", [&](CPart* draft) { trimEvents(seq, part, draft, delta); });
+}
+
+void trimEvents(CSeq* seq, CPart* part, CPart* draft, int delta) {
     const EventLane lane;
     const EventDelta none;
     const EventChange change(seq, part, lane, none);
-    edit(seq, part, lane, "Resize", [&](CPart* draft) {
-        rearrange(draft, lane, [&](CBaseEvent* e, int tick, EventCollector& into) {
-            into.add(change.concerns(e) ? change.trim(e, tick, delta) : tick, e);
-        });
+    rearrange(draft, lane, [&](CBaseEvent* e, int tick, EventCollector& into) {
+        into.add(change.concerns(e) ? change.trim(e, tick, delta) : tick, e);
     });
 }
 
@@ -351,7 +362,7 @@ std::unique_ptr<CPart> contentDraft(CPart* part) {
 
 void changeEvents(CSeq* seq, CPart* part, CPart* draft, const EventLane& lane,
                   const EventDelta& delta) {
-    const EventDelta kept = limited(delta, eventRange(seq, part, lane));
+    const EventDelta kept = limited(delta, rangeOf(seq, part, listOf(draft, lane), lane));
     const EventChange change(seq, part, lane, kept);
     rearrange(draft, lane, [&](CBaseEvent* e, int tick, EventCollector& into) {
         into.add(change.concerns(e) ? change.change(e, tick) : tick, e);

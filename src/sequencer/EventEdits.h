@@ -76,6 +76,7 @@ std::unique_ptr<CPart> contentDraft(CPart* part);
 /// Changes the selected events of the lane in a draft for `part`, as `dragEvents` does.
 void changeEvents(CSeq* seq, CPart* part, CPart* draft, const EventLane& lane,
                   const EventDelta& delta);
+void trimEvents(CSeq* seq, CPart* part, CPart* draft, int delta); ///< as `resizeEventStart` does
 void bendPoints(CPart* draft, int slot, float amount, bool absolute); ///< as `curveEvents` does
 /// Sets the value of the lane's events from one tick to before another; without any a new one
 /// comes to the first of them, where the lane can have it.

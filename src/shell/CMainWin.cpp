@@ -10,6 +10,7 @@
 #include "gui/Keys.h"
 #include "gui/Selections.h"
 #include "gui/XConnection.h"
+#include "sequencer/CEditorComp.h"
 #include "sequencer/CSeq.h"
 #include "setup/CSetupWin.h"
 #include "shell/MainCommands.h"
@@ -195,8 +196,11 @@ bool CMainWin::playOrStop() {
     return table.run(getAction(qv->playing ? "stop" : "play"));
 }
 
+/// The page in front is asked first, since menus and buttons are about what is in sight.
 bool CMainWin::onAction(CAction* action) {
-    return !flows->loading() && table.run(action);
+    if (flows->loading()) return false;
+    CCompEditor* page = pages ? pages->current() : nullptr;
+    return (page && page->onAction(action)) || table.run(action);
 }
 
 CStr CMainWin::shortcutOf(const CAction* action) const {
@@ -328,7 +332,27 @@ void CMainWin::openEditor(CComp* edited) {
         if (known->comp == edited) return pages->open(known.get());
     if (!hasEditor(edited)) return;
     made.push_back(rooms->editors.make(*this, *edited));
+    if (edited->editorStruct.page < 0 && !edited->editorStruct.visible)
+        pages->addPage(made.back().get());
     pages->open(made.back().get());
+}
+
+bool CMainWin::inFront(const CComp* edited) const {
+    const CCompEditor* page = pages ? pages->current() : nullptr;
+    return page && page->comp == edited;
+}
+
+bool CMainWin::canOpen(const CPart* part) const {
+    const CSeq* seq = songOf(qv);
+    return seq && part && (part->type == partMIDI || part->type == partDrum) &&
+           hasEditor(seq->editorComp.get());
+}
+
+void CMainWin::openPart(CPart* part) {
+    if (!canOpen(part)) return;
+    CEditorComp* editor = songOf(qv)->editorComp.get();
+    editor->setPart(part);
+    openEditor(editor);
 }
 
 void CMainWin::dropEditor(const CComp* edited) {

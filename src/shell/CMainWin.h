@@ -79,6 +79,9 @@ public:
     CStr dialogFolder() const override;
     bool hasEditor(const CComp* edited) const override;
     void openEditor(CComp* edited) override;
+    bool inFront(const CComp* edited) const override;
+    bool canOpen(const CPart* part) const override;
+    void openPart(CPart* part) override;
     /// Lets go of the window that `openEditor` has made, as its component is about to die.
     void dropEditor(const CComp* edited);
     /// Another project is open, or it has another name.

@@ -5,11 +5,14 @@
 #include "gui/CApp.h"
 #include "gui/XConnection.h"
 #include "gui/controls/CDocker.h"
+#include "sequencer/CEditorComp.h"
+#include "sequencer/CSeq.h"
 #include "shell/CMainWin.h"
 #include "shell/DockBar.h"
 #include "shell/PageRecords.h"
 #include "shell/ProjectFlows.h"
 #include "ui/Commands.h"
+#include "ui/Song.h"
 
 #include <algorithm>
 #include <utility>
@@ -73,6 +76,7 @@ void Pages::eachRecord(const std::function<void(CEditorStruct&)>& visit) const {
         }
     visit(qv->mapStruct);
     visit(window->flows->mixer.editorStruct);
+    if (const CSeq* seq = songOf(qv)) visit(seq->editorComp->editorStruct);
 }
 
 /// The open editors by page and place.
@@ -191,6 +195,15 @@ void Pages::store(CCompEditor* editor) {
     record.width = extent.x;
     record.height = extent.y;
     record.maximized = large;
+}
+
+void Pages::addPage(CCompEditor* editor) {
+    if (docker->docks.getCount() >= mostPages) return;
+    CEditorStruct& record = *editor->dock;
+    record.page = docker->docks.getCount();
+    record.pageItem = 0;
+    record.maximized = 1;
+    docker->docks.add(new CDock(docker.get(), editor->id));
 }
 
 void Pages::open(CCompEditor* editor) {

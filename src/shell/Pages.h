@@ -34,6 +34,8 @@ public:
     Pages(const Pages&) = delete;
     Pages& operator=(const Pages&) = delete;
 
+    /// Gives an editor that has no place yet a page of its own, for `open`. No step.
+    void addPage(CCompEditor* editor);
     /// Shows an editor that its component owns, where its record tells: on its page, in front, or
     /// as a window of its own. It is listed until it is hidden.
     void open(CCompEditor* editor);

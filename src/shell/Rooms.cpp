@@ -6,7 +6,7 @@
 
 Rooms::Rooms(Workspace& space)
     : imports(space), process(space), takes(space, range), workspace(space), song(space, range),
-      render(space) {
+      render(space), notes(space, editors) {
     workspace.commands().bind("setup", [this] { openSetup(); });
 }
 

@@ -5,6 +5,7 @@
 #include "arrange/SongImports.h"
 #include "arrange/SongRange.h"
 #include "arrange/TakeMenu.h"
+#include "notes/NoteCommands.h"
 #include "render/RenderCommands.h"
 #include "ui/EditorTable.h"
 
@@ -34,4 +35,5 @@ private:
     Workspace& workspace;
     const SongCommands song;
     const RenderCommands render;
+    const NoteCommands notes;
 };

@@ -4,6 +4,7 @@
 
 class CAction;
 class CComp;
+class CPart;
 class CQV;
 class CWin;
 class Commands;
@@ -31,6 +32,11 @@ public:
     virtual bool hasEditor(const CComp* comp) const = 0;
     /// Opens it, or brings it to the front.
     virtual void openEditor(CComp* comp) = 0;
+    virtual bool inFront(const CComp* comp) const = 0; ///< its editor is the page that shows
+    /// Whether there is an editor for what lies inside a part of its class, and shows the part
+    /// there; nothing for others.
+    virtual bool canOpen(const CPart* part) const = 0;
+    virtual void openPart(CPart* part) = 0;
 
 protected:
     ~Workspace() = default;

@@ -3,16 +3,8 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/Hit.h"
 #include "arrange/LanePress.h"
-#include "base/Numbers.h"
-#include "gui/CGraphic.h"
-#include "gui/Shapes.h"
 #include "sequencer/CSeq.h"
-#include "ui/ProgramItems.h"
-
-CRect LassoGesture::band() const {
-    const CPoint a = state.edit.start, b = state.edit.current;
-    return asRect(asMin(a.x, b.x), asMin(a.y, b.y), asMax(a.x, b.x) + 1, asMax(a.y, b.y) + 1);
-}
+#include "ui/NoteDrawing.h"
 
 void LassoGesture::dragMove(const DragPoint& point) {
     state.edit.start = point.anchor;
@@ -30,7 +22,7 @@ void LassoGesture::choose(const ArrangeRow& row, CPart* part, CRect caught) {
 }
 
 void LassoGesture::apply(const DragPoint&) {
-    const CRect caught = band();
+    const CRect caught = bandBetween(state.edit.start, state.edit.current);
     for (const ArrangeRow& row : state.rows.all()) {
         for (auto* part : each<CPart>(row.songTrack->parts)) choose(row, part, caught);
     }
@@ -38,8 +30,5 @@ void LassoGesture::apply(const DragPoint&) {
 }
 
 void LassoGesture::paintOverlay(CGraphic* g, CRect asked) const {
-    const CRect shown = band();
-    if (intersect(shown, asked).empty()) return;
-    fillAlpha(g, shown, clSelection.fillCol, 0.15);
-    g->frameRect(clSelection.fillCol, shown);
+    drawBand(g, bandBetween(state.edit.start, state.edit.current), asked);
 }

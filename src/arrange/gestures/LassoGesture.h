@@ -17,6 +17,5 @@ protected:
     void apply(const DragPoint& point) override;
 
 private:
-    CRect band() const;
     void choose(const ArrangeRow& row, CPart* part, CRect caught);
 };

@@ -1,0 +1,75 @@
+#include "notes/EditorBar.h"
+
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Colours.h"
+#include "gui/controls/CButton.h"
+#include "notes/NoteState.h"
+#include "sequencer/CSeq.h"
+#include "ui/Commands.h"
+#include "ui/PlaceText.h"
+#include "ui/ProgramItems.h"
+#include "ui/Workspace.h"
+
+namespace {
+
+constexpr int gap = 2, group = 8, buttonTop = 4, high = 18;
+
+} // namespace
+
+EditorBar::EditorBar(CWin* owner, NoteState& shared)
+    : CGroup(owner, "editorbar", 0, 0, 1, int(barHeight)), state(shared) {
+    arrowsWalk = true;
+    nextX = group;
+    addSwitch("preview", "Hear", 44);
+    addSwitch("notenames", "Names", 48);
+    addSwitch("notelength", "Keep length", 80);
+    addSwitch("snap", "Snap", 44);
+}
+
+void EditorBar::addSwitch(const char* action, const char* text, int wide) {
+    CAction* known = state.workspace.commands().getAction(action);
+    auto* made = new CButton(win, action, text, nextX, buttonTop, wide, high);
+    made->hint = made->spokenName = known->label;
+    made->skin = &clTrackControls;
+    made->litSkin = &clTrackControlsPushed;
+    made->userPtr = known;
+    made->onChange = new _COnChange<EditorBar>(this, &EditorBar::clicked);
+    addControl(made);
+    switches.push_back(made);
+    nextX += wide + gap;
+}
+
+void EditorBar::clicked(CObject* sender) {
+    state.workspace.commands().run(
+        static_cast<CAction*>(static_cast<CButton*>(static_cast<CCtrl*>(sender))->userPtr));
+    refresh();
+}
+
+void EditorBar::refresh() {
+    for (CButton* s : switches) s->setLit(static_cast<CAction*>(s->userPtr)->isOn());
+    CStr now;
+    if (state.part && state.seq()) {
+        now = state.part->content()->id + "  on  " + state.track->id + ",  " +
+              placeText(state.seq(), state.part->pos) + ",  " +
+              lengthText(state.seq(), state.seq()->getTicks(state.part));
+        if (state.part->ghostOf) now += "  (ghost)";
+    }
+    if (now == title) return;
+    title = now;
+    redraw();
+}
+
+void EditorBar::paint(CGraphic* g, CRect rect) {
+    const CPalette& palette = win->app->gui->palette;
+    g->fillRect(palette.panel, clientRect());
+    g->fillLine(palette.frame, asRect(0, height - 1, width, height));
+    CGroup::paint(g, rect);
+    g->drawText(palette.text, title, asRect(nextX + group, 0, width - group, height - 1), textLeft);
+}
+
+void EditorBar::describe(Description& d, int) const {
+    d.role = Role::toolBar;
+    d.name = title.empty() ? "Editor" : title.asChar();
+}

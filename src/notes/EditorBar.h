@@ -1,0 +1,30 @@
+#pragma once
+
+#include "gui/CGroup.h"
+
+#include <vector>
+
+class CAction;
+class CButton;
+class NoteState;
+
+/// The strip above the editor: which part it shows, and switches. Interface thread.
+class EditorBar : public CGroup {
+public:
+    static constexpr int barHeight = 26;
+
+    EditorBar(CWin* win, NoteState& state);
+
+    void paint(CGraphic* g, CRect rect) override;
+    void describe(Description& d, int part) const override;
+    void refresh(); ///< follows what it shows
+
+private:
+    void addSwitch(const char* action, const char* text, int wide);
+    void clicked(CObject* sender);
+
+    NoteState& state;
+    std::vector<CButton*> switches; ///< `userPtr` is the action
+    CStr title;
+    int nextX = 0;
+};

@@ -1,0 +1,193 @@
+#include "notes/KeyStrip.h"
+
+#include "base/Numbers.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Colours.h"
+#include "gui/Keys.h"
+#include "gui/PanZoom.h"
+#include "gui/controls/CPopup.h"
+#include "instruments/CDrumSound.h"
+#include "notes/NoteState.h"
+#include "sequencer/CSeq.h"
+#include "ui/ProgramItems.h"
+
+namespace {
+
+constexpr int octave = 12, nameHeight = 9, gap = 6;
+constexpr int signWidth = 18;
+constexpr int pressVelocity = 100;
+constexpr const char* params[] = {"Volume", "Pan", "Pitch"};
+
+bool blackKey(int key) {
+    return 0x54A >> (key % octave) & 1;
+}
+
+} // namespace
+
+KeyStrip::KeyStrip(CWin* owner, NoteState& shared)
+    : CCtrl(owner, "keys", 0, 0, stripWidth, 1), state(shared) {
+    hint = "Press to hear it, the wheel scrolls, with Ctrl it makes keys higher";
+}
+
+int KeyStrip::rowAt(int y) const {
+    const EventRows rows = state.place().rows;
+    const int at = y + state.edit.scrollY;
+    return at < 0 || at >= rows.total() ? -1 : rows.rowAt(at);
+}
+
+CRect KeyStrip::rowBox(int row) const {
+    const EventRows rows = state.place().rows;
+    const int y = rows.top(row) - state.edit.scrollY;
+    return asRect(0, y, width, y + rows.height(row));
+}
+
+void KeyStrip::paint(CGraphic* g, CRect) {
+    const CRect asked = intersect(g->asked(), clientRect());
+    const CPalette& palette = win->app->gui->palette;
+    g->fillRect(palette.panel, asked);
+    if (state.part && state.seq()) {
+        if (state.part->type == partDrum)
+            paintSounds(g, asked);
+        else
+            paintKeys(g, asked);
+    }
+    g->fillLine(palette.frame, asRect(width - 1, 0, width, height));
+}
+
+void KeyStrip::paintKeys(CGraphic* g, CRect asked) const {
+    const CPalette& palette = win->app->gui->palette;
+    const int white = hexColor(0xe8e6e1), black = hexColor(0x24262a), edge = hexColor(0x9a9892);
+    for (int key = 0; key < EventRows::keys; key++) {
+        const CRect box = rowBox(key);
+        if (intersect(box, asked).empty()) continue;
+        const bool dark = blackKey(key);
+        g->fillRect(key == sounding ? palette.accent : white, box);
+        if (dark && key != sounding)
+            g->fillRect(black, asRect(0, box.top, width * 3 / 5, box.bottom));
+        if (key % octave == 0 || key % octave == 5)
+            g->fillLine(edge, asRect(0, box.bottom - 1, width, box.bottom));
+        if (key % octave == 0 && box.height() >= nameHeight)
+            g->drawText(black, noteToStr(key), asRect(0, box.top, width - gap, box.bottom),
+                        textRight);
+    }
+}
+
+void KeyStrip::paintSounds(CGraphic* g, CRect asked) const {
+    const CPalette& palette = win->app->gui->palette;
+    const int count = state.place().rows.count();
+    for (int row = 0; row < count; row++) {
+        const CRect box = rowBox(row);
+        const CDrumSound* sound = state.track->drumSound(row);
+        if (!sound || intersect(box, asked).empty()) continue;
+        if (row == sounding) g->fillRect(palette.accent, box);
+        const int text = row == sounding ? textOn(palette.accent) : palette.text;
+        const int high = CDrumSound::closedHeight;
+        g->drawText(text, sound->getId(), asRect(gap, box.top, width - signWidth, box.top + high),
+                    textLeft);
+        g->drawText(text, sound->opened() ? "-" : "+",
+                    asRect(width - signWidth, box.top, width - 1, box.top + high), 0);
+        if (sound->opened())
+            g->drawText(palette.dimText, params[asMinMax(int(sound->shownParam), 0, 2)],
+                        asRect(gap * 2, box.top + high, width - gap, box.bottom), textLeft);
+        g->fillLine(clGridSnap.fillCol, asRect(0, box.bottom - 1, width, box.bottom));
+    }
+}
+
+// The mouse.
+
+void KeyStrip::play(int row) {
+    if (row == sounding) return;
+    state.track->preview.mute();
+    sounding = row;
+    if (row >= 0)
+        state.track->preview.addNote(state.part->type == partDrum ? firstDrumKey + row : row,
+                                     pressVelocity);
+    redraw();
+}
+
+void KeyStrip::mouseDown(int x, int y, int btn) {
+    CCtrl::mouseDown(x, y, btn);
+    if (!state.part || !state.seq()) return;
+    const int row = rowAt(y);
+    const bool drums = state.part->type == partDrum;
+    if (!(btn & modLeft)) return;
+    const bool sign = x >= width - signWidth && y - rowBox(row).top < CDrumSound::closedHeight;
+    if (drums && row >= 0 && sign) return openLane(row);
+    play(row);
+}
+
+void KeyStrip::mouseMove(int x, int y, int btn) {
+    CCtrl::mouseMove(x, y, btn);
+    if (isPushed() && sounding >= 0 && state.part) play(rowAt(asMinMax(y, 0, height - 1)));
+}
+
+void KeyStrip::mouseUp(int x, int y, int btn) {
+    CCtrl::mouseUp(x, y, btn);
+    if (state.part && sounding >= 0) play(-1);
+    const int row = state.part && state.part->type == partDrum && state.seq() ? rowAt(y) : -1;
+    if ((btn & modRight) && inside(x, y) && row >= 0) chooseParam(row);
+}
+
+bool KeyStrip::mouseWheel(int, int y, int btn, int dy, int) {
+    if (!state.part || dy == 0) return false;
+    if (btn & modControl)
+        state.setVertZoom(y, state.noteHeight + (dy < 0 ? 1 : -1));
+    else
+        state.scrollTo(state.axis().scroll(),
+                       state.edit.scrollY + dy * PanZoom::notchPixels / PanZoom::notch);
+    return true;
+}
+
+void KeyStrip::openLane(int row) {
+    state.track->drumSound(row)->toggleLane();
+    state.shownChanged();
+}
+
+void KeyStrip::chooseParam(int row) {
+    chosenRow = row;
+    auto* menu = new CPopup(win->app, win);
+    menu->autoDelete = true;
+    const int shown = state.track->drumSound(row)->shownParam;
+    for (int i = 0; i < int(std::size(params)); i++) {
+        CMenuItem* item =
+            menu->add(params[i], new _COnChange<KeyStrip>(this, &KeyStrip::paramChosen));
+        item->tag = i;
+        item->checked = i == shown;
+    }
+    const CPoint at = win->app->menuPoint();
+    menu->popup(at.x, at.y);
+}
+
+void KeyStrip::paramChosen(CObject* sender) {
+    CDrumSound* sound = state.track ? state.track->drumSound(chosenRow) : nullptr;
+    if (!sound) return;
+    sound->shownParam = static_cast<CMenuItem*>(sender)->tag;
+    if (!sound->opened()) sound->toggleLane();
+    state.shownChanged();
+}
+
+// What it tells.
+
+int KeyStrip::accessParts() const {
+    return state.part && state.seq() ? state.place().rows.count() : 0;
+}
+
+void KeyStrip::describe(Description& d, int part) const {
+    d.role = part == wholeCtrl ? Role::list : Role::button;
+    d.name = "Keys";
+    if (part == wholeCtrl) return;
+    const CDrumSound* sound = state.part->type == partDrum ? state.track->drumSound(part) : nullptr;
+    d.name = sound ? sound->getId().asChar() : noteToStr(part);
+    d.action = "play";
+    d.bounds = intersect(rowBox(part), clientRect());
+}
+
+bool KeyStrip::pressPart(int part) {
+    if (part == wholeCtrl || part >= accessParts()) return false;
+    play(part);
+    sounding = -1;
+    redraw();
+    return true;
+}

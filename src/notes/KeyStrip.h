@@ -1,0 +1,38 @@
+#pragma once
+
+#include "gui/CCtrl.h"
+
+class NoteState;
+
+/// The keys, or the sounds of the kit, beside the grid. A press plays one, and a drag one after the
+/// other. The wheel scrolls, with Control it makes keys higher. The sign at the end of a sound
+/// opens the lane of one of its parameters, which the right button chooses. Interface thread.
+class KeyStrip : public CCtrl {
+public:
+    static constexpr int stripWidth = 120;
+
+    KeyStrip(CWin* win, NoteState& state);
+
+    void paint(CGraphic* g, CRect rect) override;
+    void mouseDown(int x, int y, int btn) override;
+    void mouseMove(int x, int y, int btn) override;
+    void mouseUp(int x, int y, int btn) override;
+    bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
+    void describe(Description& d, int part) const override;
+    int accessParts() const override; ///< the rows
+    bool pressPart(int part) override;
+
+private:
+    void paintKeys(CGraphic* g, CRect asked) const;
+    void paintSounds(CGraphic* g, CRect asked) const;
+    int rowAt(int y) const;
+    CRect rowBox(int row) const;
+    void play(int row);
+    void openLane(int row);
+    void chooseParam(int row);
+    void paramChosen(CObject* sender);
+
+    NoteState& state;
+    int sounding = -1; ///< row
+    int chosenRow = -1;
+};

@@ -1,0 +1,62 @@
+#include "notes/NoteCommands.h"
+
+#include "engine/CQV.h"
+#include "engine/ValueDoor.h"
+#include "notes/CEditorWin.h"
+#include "sequencer/CEditorComp.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/SongValues.h"
+#include "ui/Commands.h"
+#include "ui/EditorTable.h"
+#include "ui/Song.h"
+#include "ui/Workspace.h"
+
+NoteCommands::NoteCommands(Workspace& space, EditorTable& editors) : workspace(space) {
+    editors.enter(compEditor, [](Workspace& around, CComp& comp) -> std::unique_ptr<CCompEditor> {
+        return std::make_unique<CEditorWin>(around, static_cast<CEditorComp&>(comp));
+    });
+    workspace.commands().bind(
+        "edit", [this] { workspace.openPart(selectedPart()); },
+        [this] { return selectedPart() != nullptr; });
+    bindEditor();
+    bindSwitches();
+}
+
+CSeq* NoteCommands::seq() const {
+    return playableSongOf(workspace.host());
+}
+
+/// That has an editor.
+CPart* NoteCommands::selectedPart() const {
+    CSeq* song = seq();
+    CPart* found = song ? song->getFirstSelectedPart(0, nullptr) : nullptr;
+    return found && workspace.canOpen(found) ? found : nullptr;
+}
+
+/// The editor in front is asked before what is bound here.
+void NoteCommands::bindEditor() {
+    const auto inFront = [this] { return seq() && workspace.inFront(seq()->editorComp.get()); };
+    for (const char* name : {"octup", "octdown", "trackzoomin", "trackzoomout", "insertnote"})
+        workspace.commands().bind(
+            name, [] {}, inFront);
+}
+
+void NoteCommands::bindSwitches() {
+    Commands& commands = workspace.commands();
+    const auto withSong = [this] { return seq() != nullptr; };
+    commands.bind(
+        "preview", [this] { seq()->preview = !seq()->preview; }, withSong,
+        [this] { return seq() && seq()->preview; });
+    const auto bindByte = [&](const char* name, SongOptions::Index byte) {
+        const auto on = [this, byte] { return seq() && seq()->options.bytes[byte] != 0; };
+        commands.bind(
+            name,
+            [this, byte, on] {
+                workspace.host()->values->set(optionOf(seq(), byte), {on() ? 0.0 : 1.0});
+                seq()->songNotices.raise(SeqNotice::parts);
+            },
+            withSong, on);
+    };
+    bindByte("notenames", SongOptions::showNoteNames);
+    bindByte("notelength", SongOptions::rememberNotes);
+}

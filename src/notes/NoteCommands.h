@@ -1,0 +1,20 @@
+#pragma once
+
+class CPart;
+class CSeq;
+class EditorTable;
+class Workspace;
+
+/// The actions of the note editor, and its place in the table of editors. Interface thread.
+class NoteCommands {
+public:
+    NoteCommands(Workspace& workspace, EditorTable& editors);
+
+private:
+    CSeq* seq() const;
+    CPart* selectedPart() const;
+    void bindEditor();
+    void bindSwitches();
+
+    Workspace& workspace;
+};

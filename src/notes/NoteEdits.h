@@ -1,0 +1,22 @@
+#pragma once
+
+#include "base/CStr.h"
+#include "ui/NotePlace.h"
+
+class NoteState;
+
+// What commands do to the notes or hits of the part that the editor shows. Each edit is one step.
+
+/// Carries out the action of that name if it is one of the editor's: "delete", "cut", "copy",
+/// "paste", "duplicate", "selectAll", "quantize", "insertnote". False for others, and without a
+/// part.
+bool noteAction(NoteState& state, const CStr& name);
+
+struct NoteEvent {
+    CBaseEvent* event = nullptr;
+    NoteFacts facts;
+};
+/// The first selected event, or with `last` the last one; null without any.
+NoteEvent selectedEvent(const NoteState& state, bool last);
+/// Brings it into view and tells it.
+void showEvent(NoteState& state, const NoteEvent& shown);

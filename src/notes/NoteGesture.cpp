@@ -1,0 +1,95 @@
+#include "notes/NoteGesture.h"
+
+#include "notes/NoteState.h"
+#include "ui/NoteDrawing.h"
+#include "ui/Workspace.h"
+
+// All of them.
+
+void NoteGesture::dragEnd(const DragPoint& point) {
+    dragMove(point);
+    apply(point);
+    finish();
+}
+
+void NoteGesture::dragClick(const DragPoint& point) {
+    click(point);
+    finish();
+}
+
+void NoteGesture::dragCancel() {
+    finish();
+}
+
+void NoteGesture::finish() {
+    state.edit.done();
+    state.shownChanged();
+}
+
+CPoint NoteGesture::dragScroll(CPoint by) {
+    const int64_t x = state.axis().scroll();
+    const int y = state.edit.scrollY;
+    state.scrollTo(x + by.x, y + by.y);
+    return asPoint(int(state.axis().scroll() - x), state.edit.scrollY - y);
+}
+
+// Notes.
+
+NoteDrag::NoteDrag(NoteState& shared, std::unique_ptr<NoteMouse> held)
+    : NoteGesture(shared), mouse(std::move(held)) {
+}
+
+CPart* NoteDrag::draft() const {
+    return mouse->shown();
+}
+
+void NoteDrag::dragMove(const DragPoint& point) {
+    mouse->partMouseMove(point.at, point.anchor, point.btn);
+    state.workspace.setStatus(mouse->told());
+    state.shownChanged();
+}
+
+void NoteDrag::apply(const DragPoint&) {
+    mouse->partMouseUp();
+}
+
+// The band.
+
+NoteBand::NoteBand(NoteState& shared, std::function<void(CRect)> choose)
+    : NoteGesture(shared), select(std::move(choose)) {
+}
+
+void NoteBand::dragMove(const DragPoint& point) {
+    state.edit.start = point.anchor;
+    state.edit.current = point.at;
+    state.shownChanged();
+}
+
+void NoteBand::apply(const DragPoint& point) {
+    select(bandBetween(point.anchor, point.at));
+}
+
+void NoteBand::paintOverlay(CGraphic* g, CRect asked) const {
+    drawBand(g, bandBetween(state.edit.start, state.edit.current), asked);
+}
+
+// The hand.
+
+NoteHand::NoteHand(NoteState& shared, std::function<void()> clicked)
+    : NoteGesture(shared), onClick(std::move(clicked)) {
+}
+
+void NoteHand::dragBegin(const DragPoint& point) {
+    state.edit.mode = editPan;
+    last = point.anchor;
+}
+
+void NoteHand::dragMove(const DragPoint& point) {
+    state.scrollTo(state.axis().scroll() - (point.at.x - last.x),
+                   state.edit.scrollY - (point.at.y - last.y));
+    last = point.at;
+}
+
+void NoteHand::click(const DragPoint&) {
+    onClick();
+}

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "gui/CDrag.h"
+#include "ui/NoteMouse.h"
+
+#include <functional>
+#include <memory>
+
+class CGraphic;
+class NoteState;
+
+/// What a press over the part's content begins, in the grid and in the lane below it.
+class NoteGesture : public DragHandler {
+public:
+    explicit NoteGesture(NoteState& shared) : state(shared) {}
+
+    /// What is shown in place of the part; null for itself.
+    virtual CPart* draft() const { return nullptr; }
+    virtual void paintOverlay(CGraphic*, CRect) const {}
+
+    void dragEnd(const DragPoint& point) final;
+    void dragClick(const DragPoint& point) final;
+    void dragCancel() final;
+    CPoint dragScroll(CPoint by) override;
+
+protected:
+    virtual void apply(const DragPoint&) {} ///< released: the song changes
+    virtual void click(const DragPoint&) {} ///< released where it was pressed
+
+    NoteState& state;
+
+private:
+    void finish();
+};
+
+/// A drag of notes or hits.
+class NoteDrag : public NoteGesture {
+public:
+    NoteDrag(NoteState& shared, std::unique_ptr<NoteMouse> held);
+
+    CPart* draft() const override;
+    void dragMove(const DragPoint& point) override;
+    bool copying() const { return mouse->copying(); }
+
+private:
+    void apply(const DragPoint& point) override;
+    void click(const DragPoint& point) override { apply(point); }
+
+    std::unique_ptr<NoteMouse> mouse;
+};
+
+/// A rubber band.
+class NoteBand : public NoteGesture {
+public:
+    /// `select` is given the band, in pixels of the view.
+    NoteBand(NoteState& shared, std::function<void(CRect)> choose);
+
+    void dragMove(const DragPoint& point) override;
+    void paintOverlay(CGraphic* g, CRect asked) const override;
+
+private:
+    void apply(const DragPoint& point) override;
+    void click(const DragPoint& point) override { apply(point); }
+
+    const std::function<void(CRect)> select;
+};
+
+/// The right button: it scrolls by hand once it has moved, else `onClick` acts at the release.
+class NoteHand : public NoteGesture {
+public:
+    static constexpr int handRoom = 8; ///< pixels
+
+    NoteHand(NoteState& shared, std::function<void()> clicked);
+
+    void dragBegin(const DragPoint& point) override;
+    void dragMove(const DragPoint& point) override;
+
+private:
+    void click(const DragPoint& point) override;
+
+    const std::function<void()> onClick;
+    CPoint last{};
+};

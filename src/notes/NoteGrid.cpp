@@ -1,0 +1,257 @@
+#include "notes/NoteGrid.h"
+
+#include "base/Numbers.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Colours.h"
+#include "gui/Keys.h"
+#include "gui/PixelPaper.h"
+#include "gui/Shapes.h"
+#include "notes/NoteGesture.h"
+#include "notes/NoteKeys.h"
+#include "notes/NoteState.h"
+#include "sequencer/CSeq.h"
+#include "ui/GridLines.h"
+#include "ui/NoteDrawing.h"
+#include "ui/Options.h"
+#include "ui/ProgramItems.h"
+#include "ui/Workspace.h"
+
+namespace {
+
+constexpr int cursorPlain = 1, cursorSideways = 5;
+constexpr int shadowReach = 1;  ///< of the play line to each side
+constexpr int mostTold = 2000;  ///< notes in the accessible tree
+constexpr double beyond = 0.35; ///< how dark it is where the part is not
+constexpr double behind = 0.35; ///< of notes whose copies are dragged
+constexpr const char* freeHint =
+    "Double click or Alt + drag puts a note in, drag selects, with Shift more; right drag scrolls";
+constexpr const char* noteHint =
+    "Drag moves, Ctrl copies, Alt changes length and velocity; the ends size; right click deletes";
+
+} // namespace
+
+NoteGrid::NoteGrid(CWin* owner, NoteState& shared)
+    : CCtrl(owner, "notes", 0, 0, 1, 1), state(shared), panZoom(this, this) {
+    tabStop = true;
+    hint = freeHint;
+}
+
+NoteGrid::~NoteGrid() {
+    delete onMenu;
+}
+
+void NoteGrid::scrolled(int dx, int dy) {
+    if (std::abs(dx) >= width || std::abs(dy) >= height) return redraw();
+    shownX += dx;
+    told.reset();
+    scrollArea(clientRect(), dx, dy);
+}
+
+CPart* NoteGrid::shownPart() const {
+    return gesture && win->app->drag.of(this) ? gesture->draft() : nullptr;
+}
+
+// What is shown.
+
+int NoteGrid::playX() const {
+    CSeq* seq = state.seq();
+    return seq ? state.axis().xOf(seq->getPos()) : -1;
+}
+
+bool NoteGrid::refresh() {
+    const int before = shownX;
+    shownX = playX();
+    if (shownX == before) return false;
+    for (const int x : {before, shownX})
+        redraw(asRect(x - shadowReach, 0, x + shadowReach + 1, height));
+    return true;
+}
+
+void NoteGrid::paint(CGraphic* g, CRect) {
+    const CRect asked = intersect(g->asked(), clientRect());
+    if (asked.empty()) return;
+    g->fillRect(clGrid.fillCol, asked);
+    const CPalette& palette = win->app->gui->palette;
+    if (state.part) {
+        paintGround(g, asked);
+        paintBounds(g, asked);
+        paintNotes(g, asked);
+        if (gesture && win->app->drag.of(this)) gesture->paintOverlay(g, asked);
+        const CRect shadow = asRect(shownX - shadowReach, 0, shownX + shadowReach + 1, height);
+        if (!intersect(shadow, asked).empty()) {
+            fillAlpha(g, shadow, hexColor(0), 0.35);
+            g->fillLine(palette.accent, asRect(shownX, 0, shownX + 1, height));
+        }
+    } else {
+        g->drawText(palette.dimText, "No part is open", clientRect(), 0);
+    }
+    if (hasKeyFocus()) g->frameRect(palette.accent, clientRect());
+}
+
+void NoteGrid::paintGround(CGraphic* g, CRect asked) const {
+    const NotePlace place = state.place();
+    drawPianoroll(g, asked, place.rows, state.edit.scrollY);
+    const GridLines lines(place.seq, state.axis(), asked.left, asked.right);
+    lines.visit([&](int x, GridLines::Weight weight) {
+        g->fillLine(weight == GridLines::bar ? clGridBeats.fillCol : clGridSnap.fillCol,
+                    asRect(x, asked.top, x + 1, asked.bottom));
+    });
+}
+
+void NoteGrid::paintBounds(CGraphic* g, CRect asked) const {
+    const int from = state.axis().xOf(state.part->pos);
+    const int to = state.axis().xOf(double(state.part->pos) + state.seq()->getTicks(state.part));
+    const CRect before = asRect(asked.left, asked.top, from, asked.bottom);
+    const CRect after = asRect(to, asked.top, asked.right, asked.bottom);
+    for (const CRect& dark : {intersect(before, asked), intersect(after, asked)})
+        if (!dark.empty()) fillAlpha(g, dark, hexColor(0), beyond);
+}
+
+void NoteGrid::paintNotes(CGraphic* g, CRect asked) const {
+    const NotePlace place = state.place();
+    NoteLook look{clEvent.fillCol, clEventSelected.fillCol, clGrid.fillCol, 1.0,
+                  place.seq->options.bytes[SongOptions::showNoteNames] != 0};
+    CPart* shown = state.shownPart();
+    {
+        PixelPaper paper(g, asked);
+        if (shown != state.part && state.edit.mode == editCopy) {
+            NoteLook faint = look;
+            faint.strength = behind;
+            drawEvents(paper, place, state.part, state.edit, faint, asked);
+        }
+        drawEvents(paper, place, shown, state.edit, look, asked);
+    }
+    drawNoteNames(g, place, shown, state.edit, look, asked);
+}
+
+// The mouse.
+
+void NoteGrid::mouseDown(int x, int y, int btn) {
+    CCtrl::mouseDown(x, y, btn);
+    if (panZoom.press(x, y, btn) || !state.part || !state.seq()) return;
+    const CPoint at = asPoint(x, y);
+    auto mouse = std::make_unique<NoteMouse>(state.edit, state.place());
+    state.edit.kind = state.part->type == partDrum ? kindDrums : kindNotes;
+    state.edit.editPart = state.part;
+    const int mode = mouse->partMouseDown(at, btn);
+    state.edit.setMode(mode, x, y, btn);
+    if (mode == editPress)
+        gesture = std::make_unique<NoteHand>(state, [this] { contextMenu(); });
+    else if (mode == editErase)
+        gesture = std::make_unique<NoteHand>(
+            state, [held = std::shared_ptr<NoteMouse>(std::move(mouse))] { held->partMouseUp(); });
+    else if (mode == editLasso)
+        gesture = std::make_unique<NoteBand>(state, [this](CRect band) {
+            NoteMouse::selectWithin(state.place(), state.edit, band);
+        });
+    else if (mode != editIdle)
+        gesture = std::make_unique<NoteDrag>(state, std::move(mouse));
+    state.shownChanged();
+    if (mode == editIdle) return;
+    const bool right = mode == editPress || mode == editErase;
+    win->app->drag.start(this, gesture.get(), at, btn, right ? NoteHand::handRoom : 0);
+}
+
+void NoteGrid::hover(int x, int y) {
+    const FoundEvent found = NoteMouse::eventAt(state.place(), state.edit, asPoint(x, y));
+    const bool edge = found.event && (found.zone == zoneStart || found.zone == zoneEnd);
+    cursor = edge ? cursorSideways : cursorPlain;
+    const char* text = found.event ? noteHint : freeHint;
+    if (hint == text) return;
+    hint = text;
+    win->app->updateHint(this);
+}
+
+void NoteGrid::mouseMove(int x, int y, int btn) {
+    CCtrl::mouseMove(x, y, btn);
+    if (state.part && state.seq() && !isPushed()) hover(x, y);
+}
+
+bool NoteGrid::keyDown(int key, int mods) {
+    return noteKey(state, key, mods) || CCtrl::keyDown(key, mods);
+}
+
+bool NoteGrid::mouseWheel(int x, int y, int btn, int dy, int dx) {
+    return panZoom.wheel(x, y, btn, dy, dx);
+}
+
+bool NoteGrid::touch(int x, int y, int btn, const TouchStep& step) {
+    return panZoom.touch(x, y, btn, step);
+}
+
+CPoint NoteGrid::panBy(CPoint pixels) {
+    const int64_t x = state.axis().scroll();
+    const int y = state.edit.scrollY;
+    state.scrollTo(x - pixels.x, y - pixels.y);
+    return asPoint(int(x - state.axis().scroll()), y - state.edit.scrollY);
+}
+
+void NoteGrid::zoomAt(CPoint at, double factor, bool across) {
+    if (across)
+        state.setVertZoom(at.y, state.noteHeight + (factor > 1 ? 1 : -1));
+    else
+        state.zoomAtPos(at.x, state.axis().zoom() * factor);
+}
+
+bool NoteGrid::contextMenu() {
+    if (onMenu) (*onMenu)(this);
+    return onMenu;
+}
+
+// What it tells.
+
+void NoteGrid::redraw() {
+    told.reset();
+    CCtrl::redraw();
+}
+
+const std::vector<NoteGrid::Told>& NoteGrid::inView() const {
+    if (told) return *told;
+    told.emplace();
+    if (!state.part || !state.seq()) return *told;
+    const NotePlace place = state.place();
+    int tick = 0;
+    for (CBaseEvent* e = state.part->getEvents(); e && int(told->size()) < mostTold; e = e->next) {
+        tick += e->delta;
+        if (place.xOf(state.axis(), tick) >= width) break;
+        const NoteFacts facts = factsOf(state.part, e, tick);
+        const CRect box = place.boxOf(state.axis(), state.edit.scrollY, facts);
+        if (!intersect(box, clientRect()).empty()) told->push_back({e, facts, box});
+    }
+    return *told;
+}
+
+int NoteGrid::accessParts() const {
+    return int(inView().size());
+}
+
+int NoteGrid::focusedPart() const {
+    const auto& events = inView();
+    for (size_t i = 0; i < events.size(); i++)
+        if (isSelected(events[i].event)) return int(i);
+    return wholeCtrl;
+}
+
+void NoteGrid::describe(Description& d, int part) const {
+    d.role = part == wholeCtrl ? Role::canvas : Role::item;
+    d.name = "Notes";
+    if (part == wholeCtrl) return;
+    const Told& event = inView()[size_t(part)];
+    d.name = state.place().text(event.facts).asChar();
+    d.action = "select";
+    d.bounds = intersect(event.box, clientRect());
+    d.set(stateSelectable, true);
+    d.set(stateSelected, isSelected(event.event));
+}
+
+bool NoteGrid::pressPart(int part) {
+    if (part == wholeCtrl || part >= accessParts()) return false;
+    const Told event = inView()[size_t(part)];
+    NoteMouse::unselect(state.part);
+    select(event.event, true);
+    win->setKeyCtrl(this);
+    state.shownChanged();
+    return true;
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "ui/CMouseEdit.h"
+#include "ui/NoteMouse.h"
+
+#include <cstdint>
+
+class CQV;
+class CSeq;
+class CTrack;
+class Workspace;
+
+/// What the parts of the note editor share: the part, which stretch of the song and which rows
+/// show, and what the mouse is doing. All of them are in the `CEditorWin`, which carries out what
+/// they ask for. Interface thread.
+class NoteState {
+public:
+    static constexpr int usualHeight = 12; ///< pixels of a key
+
+    Workspace& workspace;
+    CQV* const qv;
+    CSeqMouseEdit edit;    ///< with the axis of time, and `scrollY` over the rows
+    CPart* part = nullptr; ///< a MIDI or drum part that stands on `track`, or null. Not owned
+    CTrack* track = nullptr;
+    int noteHeight = usualHeight;
+
+    explicit NoteState(Workspace& space);
+
+    CSeq* seq() const; ///< null without a song that plays
+    const TimeAxis& axis() const { return edit.axis; }
+    NotePlace place() const; ///< of the part, which there is
+
+    /// Shows another place, as far as there is any, moving what stays by copying.
+    virtual void scrollTo(int64_t x, int y) = 0;
+    virtual void zoomAtPos(int x, double zoom) = 0;     ///< the tick under `x` stays there
+    virtual void setVertZoom(int y, int keyHeight) = 0; ///< the row under `y` stays there
+    virtual void shownChanged() = 0;                    ///< what shows of a drag or the selection
+    virtual int gridWidth() const = 0;
+    virtual int gridHeight() const = 0;
+    /// What is shown of the part: a draft while it is edited.
+    virtual CPart* shownPart() const = 0;
+    /// Brings a tick of the part's own time and a row into view.
+    virtual void scrollInView(int tick, int row) = 0;
+
+protected:
+    ~NoteState() = default;
+};

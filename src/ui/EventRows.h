@@ -1,0 +1,34 @@
+#pragma once
+
+#include <vector>
+
+class CPart;
+class CTrack;
+
+/// Where the events of a MIDI or drum part stand, one below the other: the keys from 127 down, all
+/// of one height, or the sounds of the kit, of which opened ones are taller. A row has the number
+/// of its key or sound. Heights in pixels, from the top of the first row. Interface thread.
+class EventRows {
+public:
+    static constexpr int keys = 128, leastHeight = 4, mostHeight = 64;
+
+    EventRows() = default;
+    /// `keyHeight` pixels, kept between the least and the most.
+    EventRows(const CTrack* track, const CPart* part, int keyHeight);
+
+    bool drums() const { return ofKit; }
+    int count() const { return ofKit ? int(tops.size()) - 1 : keys; }
+    int total() const { return ofKit ? tops.back() : keys * high; }
+    /// The row at a height, above and below all the first and the last one; 0 without any.
+    int rowAt(int y) const;
+    int top(int row) const;
+    int height(int row) const;
+
+private:
+    bool ofKit = false;
+    int high = leastHeight;
+    std::vector<int> tops; ///< of sounds, and below the last
+};
+
+/// "C4" for key 60.
+const char* noteToStr(int key);

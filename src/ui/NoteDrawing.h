@@ -1,0 +1,36 @@
+#pragma once
+
+#include "base/Geometry.h"
+
+class CGraphic;
+class CPart;
+class CSeqMouseEdit;
+class EventRows;
+class NoteMouse;
+class PixelPaper;
+struct CPalette;
+struct NotePlace;
+
+/// The ground of a piano roll or a kit: black keys are shaded, with a line where two white keys
+/// meet, and sounds have lines between them. `scroll` pixels of the rows lie above `rect`.
+void drawPianoroll(CGraphic* g, CRect rect, const EventRows& rows, int scroll);
+
+/// How the events of a part are shown.
+struct NoteLook {
+    int event = 0, selected = 0; ///< pixel values
+    int outline = 0;
+    double strength = 1.0; ///< 0 to 1, over what is there
+    bool names = false;    ///< of notes, where they have room
+};
+
+/// Paints the notes or hits of `shown`, which is the part of the place or a draft for it, where
+/// they meet `asked`: the fuller, the louder they are. First `drawEvents` for all, and once the
+/// paper is gone `drawNoteNames`.
+void drawEvents(PixelPaper& paper, const NotePlace& place, CPart* shown, const CSeqMouseEdit& edit,
+                const NoteLook& look, CRect asked);
+void drawNoteNames(CGraphic* g, const NotePlace& place, CPart* shown, const CSeqMouseEdit& edit,
+                   const NoteLook& look, CRect asked);
+
+/// The rectangle between two corners, both included, and its outline with a faint fill.
+CRect bandBetween(CPoint a, CPoint b);
+void drawBand(CGraphic* g, CRect band, CRect asked);

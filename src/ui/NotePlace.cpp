@@ -1,0 +1,65 @@
+#include "ui/NotePlace.h"
+
+#include "base/Numbers.h"
+#include "engine/MidiBytes.h"
+#include "instruments/CDrumSound.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/PartEdits.h"
+#include "ui/PlaceText.h"
+#include "ui/TimeAxis.h"
+
+NoteFacts factsOf(const CPart* part, CBaseEvent* event, int tick) {
+    NoteFacts facts;
+    facts.tick = tick;
+    const int* length = eventLength(part->type, event);
+    if (!length) return facts;
+    facts.length = asMax(1, *length);
+    if (part->type == partDrum) {
+        const auto* hit = static_cast<const CDrumEvent*>(event);
+        facts.row = hit->sound;
+        facts.velocity = asRound(double(hit->velocity) * 127);
+    } else {
+        const int data = static_cast<const CMIDIEvent*>(event)->data;
+        facts.row = asByte1(data);
+        facts.velocity = asByte2(data);
+    }
+    return facts;
+}
+
+double NotePlace::ticksOf(const TimeAxis& axis, int x) const {
+    return axis.ticksAt(x) - part->pos - part->offset;
+}
+
+int NotePlace::xOf(const TimeAxis& axis, int tick) const {
+    return axis.xOf(double(part->pos) + part->offset + tick);
+}
+
+CRect NotePlace::boxOf(const TimeAxis& axis, int scrollY, const NoteFacts& facts) const {
+    if (facts.length == 0 || facts.row < 0 || facts.row >= rows.count()) return {};
+    const int left = xOf(axis, facts.tick), right = xOf(axis, facts.tick + facts.length);
+    const int top = rows.top(facts.row) - scrollY, high = rows.height(facts.row);
+    return asRect(left, top, asMax(left + 2, right),
+                  top + (rows.drums() ? asMin(high, int(CDrumSound::closedHeight)) : high));
+}
+
+CBaseEvent* NotePlace::newEvent(int row, int length, int velocity) const {
+    if (rows.drums()) {
+        CDrumEvent* hit = createDrumEvent();
+        hit->sound = row;
+        hit->length = length;
+        hit->velocity = float(velocity) / 127;
+        return hit;
+    }
+    CMIDIEvent* note = createMIDIEvent();
+    note->data = track->setCh(asData(midiNoteOn, row, velocity));
+    note->length = length;
+    return note;
+}
+
+CStr NotePlace::text(const NoteFacts& facts) const {
+    const CDrumSound* sound = rows.drums() ? track->drumSound(facts.row) : nullptr;
+    CStr told = rows.drums() ? sound ? sound->getId() : CStr() : CStr(noteToStr(facts.row));
+    told += ", " + placeText(seq, part->pos + part->offset + facts.tick) + ", " +
+            lengthText(seq, facts.length);
+    return told + ", velocity " + asStr(facts.velocity);
+}
