@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr int octave = 12, nameHeight = 9, gap = 6;
+constexpr int octave = 12, nameHeight = 12, gap = 6;
 constexpr int signWidth = 18;
 constexpr int pressVelocity = 100;
 constexpr const char* params[] = {"Volume", "Pan", "Pitch"};
@@ -68,9 +68,12 @@ void KeyStrip::paintKeys(CGraphic* g, CRect asked) const {
             g->fillRect(black, asRect(0, box.top, width * 3 / 5, box.bottom));
         if (key % octave == 0 || key % octave == 5)
             g->fillLine(edge, asRect(0, box.bottom - 1, width, box.bottom));
-        if (key % octave == 0 && box.height() >= nameHeight)
-            g->drawText(black, noteToStr(key), asRect(0, box.top, width - gap, box.bottom),
-                        textRight);
+    }
+    for (int key = 0; key < EventRows::keys; key += octave) {
+        const CRect box = rowBox(key);
+        const int over = asMax(0, nameHeight - box.height());
+        g->drawText(key == sounding ? textOn(palette.accent) : black, noteToStr(key),
+                    asRect(0, box.top - over, width - gap, box.bottom), textRight);
     }
 }
 
