@@ -1,7 +1,6 @@
 #include "notes/LaneDraw.h"
 
 #include "base/Numbers.h"
-#include "engine/CSnap.h"
 #include "gui/CGraphic.h"
 #include "gui/DrawBatch.h"
 #include "notes/LaneView.h"
@@ -43,7 +42,7 @@ void LaneDraw::write(int x, double value) {
     int from = asInt(place.ticksOf(state.axis(), x - reach));
     int to = asInt(place.ticksOf(state.axis(), x + reach + 1));
     if (lane.kind != laneVelocity) {
-        const int start = state.part->pos + state.part->offset, grid = place.seq->snap->val();
+        const int start = state.part->pos + state.part->offset, grid = place.grid.snap;
         from = snapped(grid, asInt(state.axis().ticksAt(x)), false) - start;
         to = from + asMax(1, grid);
     }

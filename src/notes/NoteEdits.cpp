@@ -2,7 +2,6 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/CSnap.h"
 #include "notes/NoteState.h"
 #include "sequencer/Audition.h"
 #include "sequencer/CSeq.h"
@@ -20,7 +19,7 @@ void insertNote(NoteState& state) {
     const NoteEvent last = selectedEvent(state, true);
     const NotePlace place = state.place();
     if (place.rows.count() == 0) return;
-    const int grid = seq->snap->getTicks(), start = -state.part->offset;
+    const int start = -state.part->offset;
     const int end = start + seq->getTicks(state.part);
     int tick = asInt(seq->getPos()) - state.part->pos - state.part->offset;
     if (tick < start || tick >= end) tick = start;
@@ -28,8 +27,9 @@ void insertNote(NoteState& state) {
     const int row = last.event ? last.facts.row : middle;
     if (last.event) tick = last.facts.tick + last.facts.length;
     if (tick >= end) return state.workspace.setStatus("The part ends here");
-    const int length = last.event ? last.facts.length : grid;
-    CBaseEvent* made = place.newEvent(row, length, state.edit.eventVelocity);
+    const int length = last.event ? last.facts.length : place.grid.step;
+    const int velocity = last.event ? last.facts.velocity : state.edit.eventVelocity;
+    CBaseEvent* made = place.newEvent(row, length, velocity);
     made = insertEvent(seq, state.part, tick, made);
     if (!made) return;
     playEvent(state.track, state.part, made, 0);
@@ -92,7 +92,7 @@ void quantizeSelected(NoteState& state) {
     CSeq* seq = state.seq();
     if (seq->isLocked(state.part)) return;
     CUndo* undo = seq->host->undoStart("Quantize", seq, {.song = true, .seq = SeqNotice::parts});
-    quantize(undo, state.part, seq->gridTicks(), true);
+    quantize(undo, state.part, state.place().grid.step, true);
     seq->host->undoEnd(undo, false);
 }
 

@@ -1,7 +1,6 @@
 #include "notes/NoteKeys.h"
 
 #include "base/Numbers.h"
-#include "engine/CSnap.h"
 #include "gui/Keys.h"
 #include "notes/NoteEdits.h"
 #include "notes/NoteState.h"
@@ -67,7 +66,7 @@ bool noteKey(NoteState& state, int key, int mods) {
     if ((along == 0 && up == 0) || !state.part || !state.seq()) return false;
     if (along != 0 && !(mods & ~modShift)) return walk(state, along > 0, mods & modShift);
     if ((mods != modControl && mods != modAlt) || !selectedEvent(state, false).event) return false;
-    const int grid = state.seq()->snap->getTicks();
+    const int grid = state.place().grid.step;
     if (mods == modAlt)
         change(state, {.length = along * grid, .velocity = up * velocityStep});
     else

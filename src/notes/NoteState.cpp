@@ -1,5 +1,6 @@
 #include "notes/NoteState.h"
 
+#include "sequencer/CSeq.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
 
@@ -11,5 +12,6 @@ CSeq* NoteState::seq() const {
 }
 
 NotePlace NoteState::place() const {
-    return {seq(), track, part, EventRows(track, part, noteHeight)};
+    return {seq(), track, part, EventRows(track, part, noteHeight),
+            viewGrid(*seq()->snap, edit.axis, workspace.options())};
 }

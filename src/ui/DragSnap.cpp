@@ -38,3 +38,12 @@ int gridStep(const CSnap& snap, const TimeAxis& axis, const Options& options) {
 int gridTicks(CSnap& snap, const TimeAxis& axis, const Options& options) {
     return snap.val() == 1 && !snap.active ? 1 : gridStep(snap, axis, options);
 }
+
+int ViewGrid::delta(int anchor, int dragged, bool free) const {
+    return snappedDelta(free ? 1 : snap, relative ? 0 : anchor, dragged);
+}
+
+ViewGrid viewGrid(CSnap& snap, const TimeAxis& axis, const Options& options) {
+    return {gridStep(snap, axis, options), gridTicks(snap, axis, options),
+            options.relativeSnap.on()};
+}

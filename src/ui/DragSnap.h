@@ -17,3 +17,14 @@ int adaptiveIndex(const CSnap& snap, const TimeAxis& axis);
 int gridStep(const CSnap& snap, const TimeAxis& axis, const Options& options);
 /// What places come to in a view: that step, or 1 while snap is off.
 int gridTicks(CSnap& snap, const TimeAxis& axis, const Options& options);
+
+/// The grid of a view as it is now.
+struct ViewGrid {
+    int step = 1;          ///< ticks, whether snap is on or not
+    int snap = 1;          ///< ticks that places come to, 1 for none
+    bool relative = false; ///< drags go by steps of it, wherever they began
+
+    /// As `snappedDelta`; `free` leaves the grid.
+    int delta(int anchor, int dragged, bool free) const;
+};
+ViewGrid viewGrid(CSnap& snap, const TimeAxis& axis, const Options& options);

@@ -2,7 +2,6 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/CSnap.h"
 #include "engine/MidiBytes.h"
 #include "gui/Keys.h"
 #include "instruments/CDrumSound.h"
@@ -11,7 +10,6 @@
 #include "sequencer/PartEdits.h"
 #include "sequencer/PartSplit.h"
 #include "sequencer/TempoMap.h"
-#include "ui/DragSnap.h"
 #include "ui/PlaceText.h"
 
 #include <cstdlib>
@@ -57,13 +55,12 @@ void NoteMouse::unselect(CPart* part) {
 
 int NoteMouse::tickAt(CPoint at, bool nearest) const {
     const int here = asMinMax(asInt(edit.axis.ticksAt(at.x)), 0, maxTicks);
-    return snapped(place.seq->snap->val(), here, nearest);
+    return snapped(place.grid.snap, here, nearest);
 }
 
-/// 1 where there is none.
-int NoteMouse::gridOf(int btn) const {
-    const bool off = (btn & modControl) && !(edit.startBtn & modControl);
-    return off ? 1 : place.seq->snap->val();
+/// Whether Control, pressed since, leaves the grid.
+bool NoteMouse::leavesGrid(int btn) const {
+    return (btn & modControl) && !(edit.startBtn & modControl);
 }
 
 // The press.
@@ -140,7 +137,7 @@ int NoteMouse::insert(CPoint at) {
     unselect(place.part);
     if (!inside || place.seq->isLocked(place.part)) return editIdle;
     const bool kept = place.seq->options.bytes[SongOptions::rememberNotes] && !place.rows.drums();
-    const int length = kept ? edit.eventLength : place.seq->snap->getTicks();
+    const int length = kept ? edit.eventLength : place.grid.step;
     base = contentDraft(place.part);
     CBaseEvent* event = place.newEvent(rowAt(at.y), length, edit.eventVelocity);
     select(event, true);
@@ -181,15 +178,16 @@ EventDelta NoteMouse::delta() const {
 
 void NoteMouse::drag(CPoint at, CPoint from, int btn) {
     const EventDelta before = delta();
-    const int grid = gridOf(btn), dx = at.x - from.x;
+    const bool free = leavesGrid(btn);
+    const int dx = at.x - from.x;
     const bool moves = edit.mode == editMove || edit.mode == editCopy;
-    if (edit.mode == editResizeStart) running.ticks = moved(dx, grid);
+    if (edit.mode == editResizeStart) running.ticks = moved(dx, free);
     if (edit.mode == editResizeEnd || (moves && alt && edit.mode == editMove)) {
-        const int length = stretched(dx, grid);
+        const int length = stretched(dx, free);
         if (settled.length + length >= range.minLength) running.length = length;
         if (moves) running.velocity = (from.y - at.y) / 2;
     } else if (moves) {
-        running.ticks = moved(dx, grid);
+        running.ticks = moved(dx, free);
         running.pitch =
             asMinMax(settled.pitch + rowAt(at.y) - rowAt(from.y), range.minPitch, range.maxPitch) -
             settled.pitch;
@@ -207,18 +205,18 @@ void NoteMouse::drag(CPoint at, CPoint from, int btn) {
     makeDraft();
 }
 
-int NoteMouse::moved(int dx, int grid) const {
-    if (grid > 1 && std::abs(dx) <= dragRoom) return running.ticks == 0 ? 0 : running.ticks;
+int NoteMouse::moved(int dx, bool free) const {
+    if (!free && place.grid.snap > 1 && std::abs(dx) <= dragRoom) return 0;
     const int dragged = asRound(edit.axis.ticksIn(dx));
-    const int by = snappedDelta(grid, songTick(held.tick) + settled.ticks, dragged);
+    const int by = place.grid.delta(songTick(held.tick) + settled.ticks, dragged, free);
     if (edit.mode == editResizeStart) return asMinMax(by, range.minTicks, -range.minLength);
     return asMinMax(settled.ticks + by, range.minTicks, range.maxTicks) - settled.ticks;
 }
 
-int NoteMouse::stretched(int dx, int grid) const {
+int NoteMouse::stretched(int dx, bool free) const {
     if (std::abs(dx) <= dragRoom) return 0;
     const int end = songTick(held.tick + held.length) + settled.ticks + settled.length;
-    return snappedDelta(grid, end, asRound(edit.axis.ticksIn(dx)));
+    return place.grid.delta(end, asRound(edit.axis.ticksIn(dx)), free);
 }
 
 void NoteMouse::makeDraft() {

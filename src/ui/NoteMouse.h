@@ -51,11 +51,11 @@ private:
     void split(const FoundEvent& found, CPoint at);
     int rowAt(int y) const { return place.rows.rowAt(y + edit.scrollY); }
     int tickAt(CPoint at, bool nearest) const;
-    int gridOf(int btn) const;
+    bool leavesGrid(int btn) const;
     void turn(CPoint at, CPoint anchor, int btn);
     void drag(CPoint at, CPoint from, int btn);
-    int moved(int dx, int grid) const;
-    int stretched(int dx, int grid) const;
+    int moved(int dx, bool free) const;
+    int stretched(int dx, bool free) const;
     void makeDraft();
     void paintParam(CPoint at);
     void chooseAlone();

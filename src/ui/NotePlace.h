@@ -2,6 +2,7 @@
 
 #include "base/CStr.h"
 #include "base/Geometry.h"
+#include "ui/DragSnap.h"
 #include "ui/EventRows.h"
 
 class CPart;
@@ -26,6 +27,7 @@ struct NotePlace {
     CTrack* track = nullptr;
     CPart* part = nullptr;
     EventRows rows;
+    ViewGrid grid;
 
     double ticksOf(const TimeAxis& axis, int x) const; ///< in the part's own time
     int xOf(const TimeAxis& axis, int tick) const;

@@ -1,0 +1,265 @@
+#include "ArrangeFixture.h"
+
+#include "engine/CSnap.h"
+#include "engine/MidiBytes.h"
+#include "instruments/CLayer.h"
+#include "notes/CEditorWin.h"
+#include "notes/LaneView.h"
+#include "notes/NoteGrid.h"
+#include "sequencer/CEditorComp.h"
+#include "sequencer/PartEdits.h"
+#include "shell/Pages.h"
+#include "ui/EventRows.h"
+#include "ui/NotePlace.h"
+#include "ui/Options.h"
+
+/// The note editor under the mouse and the keys of a user: what is left in the song.
+class NotesTest : public ArrangeFixture {
+protected:
+    /// A part of one bar at bar 2, open in the editor. The rows of keys are 8 pixels high, the grid
+    /// has steps of 240 ticks.
+    void open(TrackKind kind) {
+        startWith({kind});
+        if (kind == trackDrum) seq()->addStandardKit(row(0)->track);
+        edited = addPart(0, barTicks, barTicks);
+        mouseTo(point(barTicks + 960, 0));
+        act({"click", "--repeat", "2", "--delay", "50", "1"});
+        ASSERT_TRUE(pumpUntil([&] { return editor() != nullptr; }));
+        ASSERT_TRUE(loaded());
+        settle();
+        ASSERT_EQ(win->pages->current(), editor());
+    }
+    CCompEditor* editor() { return win->pages->editorOf(seq()->editorComp.get()); }
+    template <class T>
+    T* child(const char* id) {
+        for (auto* c : each<CCtrl>(editor()->clientGroup->controls))
+            if (c->id == id)
+                if (auto* found = dynamic_cast<T*>(c)) return found;
+        return nullptr;
+    }
+    NoteGrid* notes() { return child<NoteGrid>("notes"); }
+    LaneView* lane() { return child<LaneView>("lane"); }
+
+    /// A tick of the part and a key or sound, as the editor shows them first.
+    CPoint place(double tick, int key) {
+        const int w = notes()->width, h = notes()->height;
+        constexpr int margin = 24, high = 8, middle = 60;
+        const int x = margin + asRound(tick * (w - 2 * margin) / barTicks);
+        if (edited->type == partDrum) return asPoint(x, key * 20 + 10);
+        const int top = asMinMax((127 - middle) * high - h / 2, 0, 128 * high - h);
+        return asPoint(x, (127 - key) * high - top + high / 2);
+    }
+    void at(CCtrl* ctrl, CPoint p) {
+        const CPoint screen = editor()->getPos(true), in = editor()->controlPos(ctrl);
+        act({"mousemove", std::to_string(screen.x + in.x + p.x),
+             std::to_string(screen.y + in.y + p.y)});
+    }
+    void press(CPoint from, CPoint to, const std::string& held = "", CCtrl* ctrl = nullptr,
+               const char* button = "1", const std::string& last = "") {
+        CCtrl* on = ctrl ? ctrl : notes();
+        at(on, from);
+        if (!held.empty()) act({"keydown", held});
+        act({"mousedown", button});
+        at(on, asPoint((from.x + to.x) / 2, (from.y + to.y) / 2));
+        at(on, to);
+        if (!last.empty()) key(last);
+        act({"mouseup", button});
+        if (!held.empty()) act({"keyup", held});
+        EXPECT_TRUE(loaded());
+    }
+    void click(CPoint p, const char* button = "1", int times = 1) {
+        at(notes(), p);
+        act({"click", "--repeat", std::to_string(times), "--delay", "50", button});
+        EXPECT_TRUE(loaded());
+    }
+    void put(int tick, int note, int length, int velocity = 100) {
+        CMIDIEvent* made = createMIDIEvent();
+        made->data = asData(midiNoteOn, note, velocity);
+        made->length = length;
+        insertEvent(seq(), edited, tick, made);
+        EXPECT_TRUE(loaded());
+    }
+    /// Tick, row, length and velocity of each, in order.
+    std::string content() {
+        std::string text;
+        eachEvent(edited->getEvents(), [&](CBaseEvent* e, int tick) {
+            const NoteFacts f = factsOf(edited, e, tick);
+            const bool message =
+                edited->type == partMIDI && !noteOn(static_cast<CMIDIEvent*>(e)->data);
+            if (message)
+                text += std::to_string(tick) + "=" +
+                        std::to_string(static_cast<CMIDIEvent*>(e)->data) + " ";
+            else
+                text += std::to_string(tick) + ":" + std::to_string(f.row) + ":" +
+                        std::to_string(f.length) + ":" + std::to_string(f.velocity) +
+                        (isSelected(e) ? "* " : " ");
+        });
+        return text;
+    }
+    testing::AssertionResult holds(const std::string& wanted) {
+        if (pumpUntil([&] { return content() == wanted; })) return testing::AssertionSuccess();
+        return testing::AssertionFailure() << content() << "instead of " << wanted;
+    }
+
+    CPart* edited = nullptr;
+};
+
+TEST_F(NotesTest, NotesAreMadeAndMovedByTheMouse) {
+    open(trackMIDI);
+    click(place(500, 62), "1", 2);
+    EXPECT_TRUE(holds("480:62:240:100* ")) << "on the line before";
+    press(place(1000, 60), place(1680, 60), "alt");
+    EXPECT_TRUE(holds("480:62:240:100 960:60:960:100* ")) << "its end dragged to the grid at once";
+    press(place(600, 62), place(860, 65));
+    EXPECT_TRUE(holds("720:65:240:100* 960:60:960:100 ")) << "moved";
+    press(place(1300, 60), place(1780, 59), "ctrl");
+    EXPECT_TRUE(holds("720:65:240:100 960:60:960:100 1440:59:960:100* ")) << "copied";
+    press(asPoint(place(960, 65).x - 2, place(0, 65).y), place(1200, 65));
+    EXPECT_TRUE(holds("720:65:480:100* 960:60:960:100 1440:59:960:100 ")) << "its end";
+    press(asPoint(place(960, 60).x + 2, place(0, 60).y), place(1200, 60));
+    EXPECT_TRUE(holds("720:65:480:100 1200:60:720:100* 1440:59:960:100 ")) << "its start";
+    click(place(1700, 59), "3");
+    EXPECT_TRUE(holds("720:65:480:100 1200:60:720:100 ")) << "deleted by the right button";
+    press(place(1400, 60), place(1900, 64), "", nullptr, "1", "Escape");
+    EXPECT_TRUE(holds("720:65:480:100 1200:60:720:100* ")) << "Escape";
+    // A band, and with Shift another one.
+    press(place(100, 70), place(2000, 58));
+    EXPECT_TRUE(holds("720:65:480:100* 1200:60:720:100* "));
+    press(place(2500, 70), place(2600, 69));
+    EXPECT_TRUE(holds("720:65:480:100 1200:60:720:100 "));
+    press(place(700, 66), place(900, 64), "shift");
+    press(place(1150, 61), place(1300, 60), "shift");
+    EXPECT_TRUE(holds("720:65:480:100* 1200:60:720:100* "));
+    // As far as the keys and the part go.
+    press(place(900, 65), place(-100, 66));
+    EXPECT_TRUE(holds("0:66:480:100* 480:61:720:100* "));
+    for (int i = 0; i < 7; i++) key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return content() == "480:62:240:100 "; })) << content();
+}
+
+TEST_F(NotesTest, AltTurnsADragWithoutAJump) {
+    open(trackMIDI);
+    put(480, 60, 480);
+    const CPoint from = place(600, 60);
+    at(notes(), from);
+    act({"mousedown", "1"});
+    at(notes(), place(840, 60));
+    at(notes(), place(840, 62)); // 240 ticks and two keys on
+    act({"keydown", "alt"});
+    const CPoint turn = place(840, 62);
+    at(notes(), asPoint(turn.x, turn.y - 20)); // 10 louder
+    at(notes(), asPoint(place(1080, 0).x, turn.y - 20));
+    act({"keyup", "alt"});
+    at(notes(), asPoint(place(1320, 0).x, turn.y - 20));
+    act({"mouseup", "1"});
+    EXPECT_TRUE(holds("960:62:720:110* "));
+    key("ctrl+z");
+    EXPECT_TRUE(holds("480:60:480:100* ")) << "one step";
+}
+
+TEST_F(NotesTest, TheLaneDrawsValues) {
+    open(trackMIDI);
+    for (const int tick : {0, 960, 1920}) put(tick, 60 + tick / 960, 240);
+    key("ctrl+z"); // the last one is gone again
+    ASSERT_TRUE(holds("0:60:240:100 960:61:240:100* "));
+    press(place(2800, 70), place(2900, 69)); // nothing is selected
+    const int h = lane()->height;
+    const auto on = [&](int tick, double share) {
+        return asPoint(place(tick, 0).x, 3 + asRound((1 - share) * (h - 4)));
+    };
+    press(on(960, 0.5), on(960, 0.5), "", lane());
+    ASSERT_TRUE(loaded());
+    NoteFacts second;
+    eachEvent(edited->getEvents(),
+              [&](CBaseEvent* e, int tick) { second = factsOf(edited, e, tick); });
+    EXPECT_NEAR(second.velocity, 64, 1);
+    EXPECT_STREQ(host->undoText().asChar(), "Edit Velocity");
+    // A line over both.
+    press(on(-40, 1.0), on(1000, 0.25), "ctrl", lane());
+    eachEvent(edited->getEvents(), [&](CBaseEvent* e, int tick) {
+        const double share = 1.0 - 0.75 * (tick + 40) / 1040.0;
+        EXPECT_NEAR(factsOf(edited, e, tick).velocity, share * 127, 2) << tick;
+    });
+    // Messages come on the grid, one in each step.
+    lane()->lane = {lanePitchBend, 0};
+    press(on(2410, 0.5), on(2900, 0.5), "", lane());
+    int bends = 0;
+    eachEvent(edited->getEvents(), [&](CBaseEvent* e, int tick) {
+        const int data = static_cast<CMIDIEvent*>(e)->data;
+        if (statusByte(data) != midiPitchBend) return;
+        EXPECT_EQ(tick, 2400 + 240 * bends++);
+        EXPECT_NEAR(asByte1(data) + asByte2(data) * 128, 8192, 140);
+    });
+    EXPECT_EQ(bends, 3);
+}
+
+TEST_F(NotesTest, KeysReachAndChangeNotes) {
+    open(trackMIDI);
+    put(0, 60, 240);
+    put(480, 64, 240, 90);
+    const struct {
+        const char* key;
+        const char* content;
+    } presses[] = {
+        {"Left", "0:60:240:100* 480:64:240:90 "},
+        {"shift+Right", "0:60:240:100* 480:64:240:90* "},
+        {"ctrl+Right", "240:60:240:100* 720:64:240:90* "},
+        {"ctrl+Down", "240:59:240:100* 720:63:240:90* "},
+        {"alt+Right", "240:59:480:100* 720:63:480:90* "},
+        {"alt+Up", "240:59:480:108* 720:63:480:98* "},
+        {"Right", "240:59:480:108* 720:63:480:98* "},
+        {"ctrl+d", "240:59:480:108 720:63:480:98 1200:59:480:108* 1680:63:480:98* "},
+        {"Delete", "240:59:480:108 720:63:480:98 "},
+        {"ctrl+a", "240:59:480:108* 720:63:480:98* "},
+        {"ctrl+x", ""},
+        {"ctrl+v", "0:59:480:108* 480:63:480:98* "},
+        {"n", "0:59:480:108 480:63:480:98 960:63:480:98* "},
+        {"ctrl+z", "0:59:480:108* 480:63:480:98* "},
+    };
+    for (const auto& step : presses) {
+        key(step.key);
+        ASSERT_TRUE(loaded());
+        EXPECT_TRUE(holds(step.content)) << step.key;
+    }
+    EXPECT_EQ(notes()->accessParts(), 2);
+    Description told;
+    notes()->describe(told, 0);
+    EXPECT_EQ(told.name, "B3, bar 2, 480 ticks, velocity 108");
+}
+
+TEST_F(NotesTest, HitsStandOnTheSoundsOfTheKit) {
+    open(trackDrum);
+    click(place(500, 1), "1", 2);
+    EXPECT_TRUE(holds("480:1:240:100* "));
+    press(place(560, 1), place(800, 3));
+    EXPECT_TRUE(holds("720:3:240:100* "));
+    const int below = row(0)->track->drumLayer()->sounds.getCount();
+    click(place(500, below + 1), "1", 2);
+    EXPECT_TRUE(holds("720:3:240:100 ")) << "no sound is there";
+}
+
+TEST_F(NotesTest, TheEditorFollowsThePart) {
+    open(trackMIDI);
+    put(0, 60, 240);
+    key("F1");
+    ASSERT_TRUE(pumpUntil([&] { return !win->pages->current(); }));
+    edited->setSelected(true);
+    clickAt(point(barTicks + 500, 0));
+    key("Delete");
+    ASSERT_TRUE(pumpUntil([&] { return parts(0) == 0; }));
+    EXPECT_TRUE(pumpUntil([&] { return seq()->editorComp->part() == nullptr; }));
+    key("F2");
+    ASSERT_TRUE(pumpUntil([&] { return win->pages->current() == editor(); }));
+    click(place(100, 60));
+    key("F1");
+    key("ctrl+z");
+    ASSERT_TRUE(pumpUntil([&] { return parts(0) == 1; }));
+    clickAt(point(barTicks + 500, 0));
+    key("ctrl+e");
+    EXPECT_TRUE(pumpUntil([&] {
+        return win->pages->current() == editor() && seq()->editorComp->part() == part(0, 0);
+    }));
+    win->options().savePrompt.set(0);
+    ASSERT_TRUE(load(kindEmpty)) << "while it is open";
+    EXPECT_EQ(win->pages->editorOf(seq() ? seq()->editorComp.get() : nullptr), nullptr);
+}
