@@ -22,7 +22,6 @@
 #include "gui/Keys.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/TempoMap.h"
-#include "ui/Workspace.h"
 
 namespace {
 
@@ -94,10 +93,6 @@ Press onPart(const Target& t) {
     const CRect box = partBox(t.state, *t.row, t.hit.part);
     const PartHandle handle = handleAt(t.hit.part, box, t.at); // of those that are selected yet
     choosePart(t);
-    if ((t.btn & modDouble) && t.state.workspace.canOpen(t.hit.part)) {
-        t.state.workspace.openPart(t.hit.part);
-        return {};
-    }
     if (handle != PartHandle::none && !(t.btn & (modControl | modAlt)))
         return onHandle(t, box, handle);
     if ((t.btn & modControl) && (t.btn & modAlt)) return t.begin<SlipGesture>(editMove, 0);

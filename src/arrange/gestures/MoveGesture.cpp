@@ -69,7 +69,12 @@ void MoveGesture::chooseAlone() {
 void MoveGesture::apply(const DragPoint&) {
     const CSeqMouseEdit& edit = state.edit;
     if (edit.deltaPos == 0 && edit.deltaY == 0) {
-        if (edit.mode == editMove && !moved) chooseAlone();
+        const bool opens = edit.startBtn & modDouble;
+        if (moved || edit.mode != editMove) return;
+        if (opens)
+            state.workspace.openPart(anchor);
+        else
+            chooseAlone();
         return;
     }
     if (edit.mode == editCopy)
