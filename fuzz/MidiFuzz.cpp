@@ -4,6 +4,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/MidiExport.h"
 #include "sequencer/MidiImport.h"
+#include "sequencer/MidiLength.h"
 
 #include <cstdlib>
 #include <string>
@@ -22,6 +23,7 @@ struct Session {
     MidiImport import(const std::string& path) {
         CUndo* step = host->undoStart("Import", seq, {.song = true});
         const MidiImport result = openMIDIFile(seq, nullptr, path.c_str(), step, 0);
+        midiLength(path.c_str());
         host->undoEnd(step, true);
         return result;
     }

@@ -288,6 +288,7 @@ ImportResult copyWhole(const ImportWish& wish, std::vector<CStr>& made, ImportPr
     return result;
 }
 
+/// True for what `CSample` plays as it is: WAV or AIFF of its formats, of one or two channels.
 bool headerOf(const CStr& path, AudioFormat& format) {
     const std::unique_ptr<std::FILE, FileCloser> file(openAudioFile(path.asChar()));
     return file && readAudioHeader(file.get(), format) && format.chs <= 2;
@@ -312,11 +313,6 @@ AudioLength audioLength(const CStr& path) {
     const Sound sound = openSound(file.get(), info);
     return sound ? AudioLength{double(info.frames) / info.samplerate, info.channels}
                  : AudioLength();
-}
-
-bool playsAsIs(const CStr& path) {
-    AudioFormat format;
-    return headerOf(path, format);
 }
 
 ImportResult importAudio(const ImportWish& wish, std::vector<CStr>& out, ImportProgress& progress) {

@@ -22,9 +22,6 @@ struct ImportProgress {
     Shared<bool> cancelled{false};
 };
 
-/// Whether `CSample` plays the file as it is: WAV or AIFF of its formats, of one or two channels.
-bool playsAsIs(const CStr& path);
-
 /// How long a file of any format plays, as far as its head tells; 0 for what is none.
 struct AudioLength {
     double seconds = 0.0;
