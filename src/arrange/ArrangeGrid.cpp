@@ -42,6 +42,7 @@ constexpr int cursorPlain = 1, cursorSideways = 5;
 constexpr double wheelIn = 1.25, wheelOut = 0.75;
 constexpr double loopShare = 0.06, stepShare = 0.45;
 constexpr int tagMargin = 6, tagHeight = 18, tagAway = 16; ///< of what is told at the pointer
+constexpr int nameMargin = 24;                             ///< around the name of a part
 constexpr int shadowReach = 1;                             ///< of the play line to each side
 constexpr int fieldWidth = 76, fieldHeight = 18;
 
@@ -70,6 +71,24 @@ void ArrangeGrid::scrolled(int dx, int dy) {
     shownX += dx;
     inView.reset();
     scrollArea(clientRect(), dx, dy);
+    if (dx != 0) namesMoved(dx);
+}
+
+/// The name of a part that begins before the view stands at its edge, and not where it was moved.
+void ArrangeGrid::namesMoved(int dx) {
+    const TextFace* face = textFace({});
+    for (const ArrangeRow& row : state.rows.all()) {
+        const int y = row.top - state.edit.scrollY;
+        if (y >= height) break;
+        if (!row.ofTrack() || y + row.height <= 0) continue;
+        for (auto* part : each<CPart>(row.songTrack->parts)) {
+            if (state.axis().xOf(part->pos.load()) >= asMax(0, dx)) break;
+            const CRect box = partBox(state, row, part);
+            if (box.right <= 0) continue;
+            const int wide = face->textWidth(part->content()->id) + std::abs(dx) + nameMargin;
+            redraw(asRect(0, box.top, asMin(wide, box.right), box.bottom));
+        }
+    }
 }
 
 // What is shown.

@@ -69,6 +69,7 @@ private:
     void paintPlayLine(CGraphic* g, CRect asked) const;
     void paintTag(CGraphic* g) const;
     int playX() const;
+    void namesMoved(int dx);
     const std::vector<ShownPart>& shownParts() const;
     void hover(int x, int y);
 

@@ -29,6 +29,7 @@ namespace {
 
 constexpr int leastForHeader = 26; ///< of a part's height
 constexpr int textGap = 4, contentGap = 2;
+constexpr int beyond = 1000;      ///< how far names go on behind the view
 constexpr int leastName = 8;      ///< pixels of a name
 constexpr int fewestRows = 12;    ///< that the notes of a part are spread over
 constexpr double takeShare = 0.5; ///< of the ground of what is not played of a take
@@ -88,7 +89,7 @@ void PartPainter::part(const ArrangeRow& row, CPart* part, bool heard) {
     const int grip = grips.empty() ? 0 : grips.front().box.width();
     const int left = asMax(box.left + grip, 0) + textGap;
     const CRect nameBox =
-        asRect(left, box.top, asMin(box.right - grip - textGap, state.gridWidth()),
+        asRect(left, box.top, asMin(box.right - grip - textGap, state.gridWidth() + beyond),
                high ? header.bottom : box.bottom);
     if (nameBox.width() < leastName) return;
     const CStr id = part->getId() + (part->ghostOf.load() ? " (ghost)" : "");
@@ -270,7 +271,8 @@ void PartPainter::names() {
         batch.text(n.colour, n.name, n.box, textLeft);
         CRect rest = n.box;
         rest.left += graphic->textWidth(n.name) + 2 * textGap;
-        if (!n.id.empty() && rest.width() > graphic->textWidth(n.id))
+        const bool ends = n.box.right < state.gridWidth() + beyond; // else it is out of sight
+        if (ends && !n.id.empty() && rest.width() > graphic->textWidth(n.id))
             batch.text(n.colour, n.id, rest, textRight);
     }
 }
