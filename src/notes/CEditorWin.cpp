@@ -4,6 +4,8 @@
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/controls/CDropdown.h"
+#include "gui/controls/CMenu.h"
+#include "gui/controls/CPopup.h"
 #include "gui/controls/CRangebar.h"
 #include "gui/controls/CScrollbar.h"
 #include "notes/EditorBar.h"
@@ -16,6 +18,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/EventEdits.h"
 #include "sequencer/PartEdits.h"
+#include "ui/ActionItems.h"
 #include "ui/Commands.h"
 #include "ui/Workspace.h"
 
@@ -265,6 +268,31 @@ void CEditorWin::downMoved(CObject*) {
 }
 
 // Keys and actions.
+
+bool CEditorWin::canRun(const CAction* action) const {
+    return part && knowsAction(action->name);
+}
+
+void CEditorWin::mergeMenu(CMenu* bars) {
+    bars->add("Part", new _COnChange<CEditorWin>(this, &CEditorWin::fillPart));
+    bars->add("Options", new _COnChange<CEditorWin>(this, &CEditorWin::fillOptions));
+}
+
+void CEditorWin::fill(CObject* popup, std::initializer_list<const char*> names) {
+    auto* entries = static_cast<CPopup*>(static_cast<CCtrl*>(popup));
+    entries->addSeparator();
+    for (const char* name : names) addActionItem(entries, workspace, name);
+}
+
+void CEditorWin::fillPart(CObject* popup) {
+    fill(popup, {"quantize", "insertnote"});
+    fill(popup, {"octup", "octdown", "trackzoomin", "trackzoomout"});
+}
+
+void CEditorWin::fillOptions(CObject* popup) {
+    fill(popup, {"preview", "notenames", "notelength"});
+    fill(popup, {"snap", "snaprelative", "snapadaptive", "snapPrior", "snapNext"});
+}
 
 /// What is the view's own; then what is done to the part, and then what the program does anywhere.
 bool CEditorWin::onAction(CAction* action) {

@@ -4,6 +4,7 @@
 #include "ui/CCompEditor.h"
 #include "ui/NoticeRouter.h"
 
+#include <initializer_list>
 #include <vector>
 
 class CDropdown;
@@ -28,7 +29,9 @@ public:
     ~CEditorWin() override;
 
     void resized() override;
+    bool canRun(const CAction* action) const override;
     bool onAction(CAction* action) override;
+    void mergeMenu(CMenu* menu) override;
     bool onFrame() override;
 
 private:
@@ -55,6 +58,9 @@ private:
     void fillLanes();
     void scrollOctaves(int by); ///< up, or below 0 down
     bool viewAction(const CStr& name);
+    void fillPart(CObject* popup);
+    void fillOptions(CObject* popup);
+    void fill(CObject* popup, std::initializer_list<const char*> names);
 
     CEditorComp& editor;
     EditorBar* bar;

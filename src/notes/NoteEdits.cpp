@@ -9,6 +9,8 @@
 #include "sequencer/Quantize.h"
 #include "ui/Workspace.h"
 
+#include <algorithm>
+
 namespace {
 
 const EventLane noteLane;
@@ -96,16 +98,21 @@ void quantizeSelected(NoteState& state) {
     seq->host->undoEnd(undo, false);
 }
 
+constexpr struct {
+    const char* name;
+    void (*run)(NoteState& state);
+} actions[] = {{"delete", deleteSelected},     {"cut", cutSelected},
+               {"copy", copySelected},         {"paste", paste},
+               {"selectAll", selectAll},       {"duplicate", duplicateEvents},
+               {"quantize", quantizeSelected}, {"insertnote", insertNote}};
+
 } // namespace
 
+bool knowsAction(const CStr& name) {
+    return std::ranges::any_of(actions, [&](const auto& a) { return name == a.name; });
+}
+
 bool noteAction(NoteState& state, const CStr& name) {
-    static constexpr struct {
-        const char* name;
-        void (*run)(NoteState& state);
-    } actions[] = {{"delete", deleteSelected},     {"cut", cutSelected},
-                   {"copy", copySelected},         {"paste", paste},
-                   {"selectAll", selectAll},       {"duplicate", duplicateEvents},
-                   {"quantize", quantizeSelected}, {"insertnote", insertNote}};
     if (!state.part || !state.seq()) return false;
     for (const auto& action : actions) {
         if (name != action.name) continue;

@@ -203,6 +203,11 @@ bool CMainWin::onAction(CAction* action) {
     return (page && page->onAction(action)) || table.run(action);
 }
 
+bool CMainWin::canRun(const CAction* action) const {
+    const CCompEditor* page = pages ? pages->current() : nullptr;
+    return (page && page->canRun(action)) || action->isReady();
+}
+
 CStr CMainWin::shortcutOf(const CAction* action) const {
     const char* fixed = action->key == ' ' ? "play" : fixedAction(action->key);
     const bool mine = action->mods == 0 && fixed
@@ -279,8 +284,17 @@ void CMainWin::projectChanged() {
     qv->hostNotices.raise(HostNotice::graph | HostNotice::pages | HostNotice::pool);
     setCaptionText();
     if (rooms->setup) rooms->setup->projectChanged();
+    reopenEditor();
     resized();
     redraw();
+}
+
+/// The note editor is no node of the graph, whose windows open as the graph is read.
+void CMainWin::reopenEditor() {
+    CSeq* seq = songOf(qv);
+    CEditorComp* editor = seq && pages ? seq->editorComp.get() : nullptr;
+    if (editor && editor->part() && editor->editorStruct.visible && !pages->editorOf(editor))
+        openEditor(editor);
 }
 
 void CMainWin::forgetSong() {

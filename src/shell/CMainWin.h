@@ -79,6 +79,8 @@ public:
     CStr dialogFolder() const override;
     bool hasEditor(const CComp* edited) const override;
     void openEditor(CComp* edited) override;
+    bool runAction(CAction* action) override { return onAction(action); }
+    bool canRun(const CAction* action) const override;
     bool inFront(const CComp* edited) const override;
     bool canOpen(const CPart* part) const override;
     void openPart(CPart* part) override;
@@ -111,6 +113,7 @@ private:
     void writeSettings();
     void setCaptionText(); ///< nothing while it tells the project already
     void followNotices();
+    void reopenEditor();
 
     CStr captionFile; ///< the project that the caption tells
     bool captionModified = false;

@@ -9,25 +9,24 @@ namespace {
 
 class RunAction : public COnChange {
 public:
-    RunAction(const Commands& all, const CAction* one) : commands(all), action(one) {}
-    void operator()(CObject*) override { commands.run(action); }
+    RunAction(Workspace& around, CAction* one) : workspace(around), action(one) {}
+    void operator()(CObject*) override { workspace.runAction(action); }
 
 private:
-    const Commands& commands;
-    const CAction* action;
+    Workspace& workspace;
+    CAction* action;
 };
 
 } // namespace
 
 CMenuItem* addActionItem(CPopup* popup, Workspace& workspace, const char* name, const CStr& text) {
-    const Commands& commands = workspace.commands();
-    const CAction* action = commands.getAction(name);
+    CAction* action = workspace.commands().getAction(name);
     if (!action->bound()) return nullptr;
     CStr line = text.empty() ? action->label : text;
     const CStr shortcut = workspace.shortcutOf(action);
     if (!shortcut.empty()) line += "\t" + shortcut;
-    CMenuItem* item = popup->add(line, new RunAction(commands, action));
-    item->enabled = action->isReady();
+    CMenuItem* item = popup->add(line, new RunAction(workspace, action));
+    item->enabled = workspace.canRun(action);
     item->checked = action->isOn();
     return item;
 }

@@ -38,6 +38,8 @@ public:
     virtual void mergeMenu(CMenu*) {}
     /// Adds the window's own commands to the menu of its tab on the ribbon.
     virtual void mergeRibbon(CRibbonItem*) {}
+    /// Whether the window would carry out the action now by itself.
+    virtual bool canRun(const CAction*) const { return false; }
     /// True when the window knows the action, and has carried it out.
     virtual bool onAction(CAction*) { return false; }
 };

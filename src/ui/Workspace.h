@@ -3,6 +3,7 @@
 #include "base/CStr.h"
 
 class CAction;
+class CAction;
 class CComp;
 class CPart;
 class CQV;
@@ -23,6 +24,9 @@ public:
     virtual Commands& commands() = 0;
     virtual Options& options() = 0;
     virtual NoticeRouter& notices() = 0;
+    /// Carries an action out as its shortcut would: the page in front is asked first.
+    virtual bool runAction(CAction* action) = 0;
+    virtual bool canRun(const CAction* action) const = 0; ///< it would do something now
     virtual void setStatus(const CStr& text, bool atOnce = false) = 0;
     /// The key that runs an action, as a menu tells it; empty where none does.
     virtual CStr shortcutOf(const CAction* action) const = 0;

@@ -259,7 +259,22 @@ TEST_F(NotesTest, TheEditorFollowsThePart) {
     EXPECT_TRUE(pumpUntil([&] {
         return win->pages->current() == editor() && seq()->editorComp->part() == part(0, 0);
     }));
+    // It comes back with the project.
+    const CStr path = folder.write("song.qv", "");
+    host->projectFile = path;
+    ASSERT_TRUE(win->flows->saveClicked());
     win->options().savePrompt.set(0);
     ASSERT_TRUE(load(kindEmpty)) << "while it is open";
     EXPECT_EQ(win->pages->editorOf(seq() ? seq()->editorComp.get() : nullptr), nullptr);
+    ASSERT_TRUE(load(kindFile, path));
+    EXPECT_TRUE(pumpUntil([&] { return editor() && win->pages->current() == editor(); }));
+    EXPECT_EQ(seq()->editorComp->part(), part(0, 0));
+    // What the menu does is about the page in front.
+    edited = part(0, 0);
+    click(place(0, 60));
+    key("ctrl+a");
+    for (const char* k : {"F10", "Right"}) key(k);
+    inMenu({"d", "d", "Return"});
+    key("Down");
+    EXPECT_TRUE(pumpUntil([&] { return !edited->getEvents() && parts(0) == 1; })) << content();
 }
