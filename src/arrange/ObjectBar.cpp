@@ -75,7 +75,7 @@ CStr nameOf(const CTrack* track, const CPart* part, const CBaseEvent* event) {
         const CDrumSound* drum = track->drumSound(static_cast<const CDrumEvent*>(event)->sound);
         return drum ? drum->getId() : CStr();
     }
-    return noteText(asByte1(static_cast<const CMIDIEvent*>(event)->data));
+    return noteToStr(asByte1(static_cast<const CMIDIEvent*>(event)->data));
 }
 
 /// Of what the bar is about, in ticks: of notes and hits their own, of all else that of the part.

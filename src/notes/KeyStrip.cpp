@@ -11,6 +11,7 @@
 #include "instruments/CDrumSound.h"
 #include "notes/NoteState.h"
 #include "sequencer/CSeq.h"
+#include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
 
 namespace {
@@ -182,7 +183,7 @@ void KeyStrip::describe(Description& d, int part) const {
     d.name = "Keys";
     if (part == wholeCtrl) return;
     const CDrumSound* sound = state.part->type == partDrum ? state.track->drumSound(part) : nullptr;
-    d.name = sound ? sound->getId().asChar() : noteToStr(part);
+    d.name = (sound ? sound->getId() : noteToStr(part)).asChar();
     d.action = "play";
     d.bounds = intersect(rowBox(part), clientRect());
 }

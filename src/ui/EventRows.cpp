@@ -7,8 +7,6 @@
 #include "sequencer/CTrack.h"
 
 #include <algorithm>
-#include <array>
-#include <string>
 
 EventRows::EventRows(const CTrack* track, const CPart* part, int keyHeight)
     : ofKit(part->type == partDrum), high(asMinMax(keyHeight, leastHeight, mostHeight)) {
@@ -32,16 +30,4 @@ int EventRows::top(int row) const {
 
 int EventRows::height(int row) const {
     return ofKit ? top(row + 1) - top(row) : high;
-}
-
-const char* noteToStr(int key) {
-    static const auto names = [] {
-        constexpr const char* steps[] = {"C",  "C#", "D",  "D#", "E",  "F",
-                                         "F#", "G",  "G#", "A",  "A#", "B"};
-        std::array<std::string, EventRows::keys> made;
-        for (int i = 0; i < EventRows::keys; i++)
-            made[size_t(i)] = steps[i % 12] + std::to_string(i / 12 - 1);
-        return made;
-    }();
-    return names[size_t(asMinMax(key, 0, EventRows::keys - 1))].c_str();
 }

@@ -29,6 +29,3 @@ private:
     int high = leastHeight;
     std::vector<int> tops; ///< of sounds, and below the last
 };
-
-/// "C4" for key 60.
-const char* noteToStr(int key);

@@ -11,6 +11,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/PartEdits.h"
 #include "ui/NoteMouse.h"
+#include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
 
 #include <array>

@@ -58,7 +58,7 @@ CBaseEvent* NotePlace::newEvent(int row, int length, int velocity) const {
 
 CStr NotePlace::text(const NoteFacts& facts) const {
     const CDrumSound* sound = rows.drums() ? track->drumSound(facts.row) : nullptr;
-    CStr told = rows.drums() ? sound ? sound->getId() : CStr() : CStr(noteToStr(facts.row));
+    CStr told = rows.drums() ? sound ? sound->getId() : CStr() : noteToStr(facts.row);
     told += ", " + placeText(seq, part->pos + part->offset + facts.tick) + ", " +
             lengthText(seq, facts.length);
     return told + ", velocity " + asStr(facts.velocity);

@@ -44,7 +44,7 @@ CStr dragText(CSeq* seq, int from, int delta) {
     return placeText(seq, from + delta) + "   " + deltaText(seq, delta);
 }
 
-CStr noteText(int key) {
+CStr noteToStr(int key) {
     constexpr const char* names[] = {"C",  "C#", "D",  "D#", "E",  "F",
                                      "F#", "G",  "G#", "A",  "A#", "B"};
     return CStr(names[key % 12]) + asStr(key / 12 - 1);

@@ -15,6 +15,6 @@ CStr deltaText(CSeq* seq, int ticks);
 int spanOf(CSeq* seq, const CStr& text);
 /// Where something is that stood at `from`, and how far it has come.
 CStr dragText(CSeq* seq, int from, int delta);
-CStr noteText(int key); ///< 60 is "C4"
+CStr noteToStr(int key); ///< 60 is "C4"
 /// A length as "4 bars".
 CStr lengthText(CSeq* seq, int ticks);
