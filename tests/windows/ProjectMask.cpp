@@ -5,6 +5,9 @@
 #include "engine/MidiBytes.h"
 #include "project/ProjectUi.h"
 #include "project/ProjectWriter.h"
+#include "sequencer/CEditorComp.h"
+#include "sequencer/CSeq.h"
+#include "ui/Song.h"
 
 #include <cstdint>
 #include <cstring>
@@ -210,7 +213,11 @@ void cutRows(std::string& bytes) {
 std::string projectContent(CQV* host, CMixer* mixer) {
     ProjectUi ui;
     CMemoryStream stream;
+    const CSeq* seq = songOf(host);
+    CPart* edited = seq ? seq->editorComp->part() : nullptr;
+    if (edited) seq->editorComp->setPart(nullptr); // else there would be a block more
     writeProject({host, mixer, &ui}, &stream);
+    if (edited) seq->editorComp->setPart(edited);
     std::string bytes(reinterpret_cast<const char*>(stream.data), size_t(stream.getSize()));
     Cursor in(bytes, 0, bytes.size());
     in.readText();
