@@ -209,6 +209,7 @@ void CEditorWin::showRange() {
     across->setRange(edit.axis.ticksAt(0), edit.axis.ticksIn(gridWidth()));
     down->setRange(part && seq() ? place().rows.total() : 1, gridHeight());
     down->setPos(edit.scrollY);
+    down->redraw();
 }
 
 void CEditorWin::scrollTo(int64_t x, int y) {

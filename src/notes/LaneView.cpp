@@ -107,6 +107,7 @@ void LaneView::mouseDown(int x, int y, int btn) {
     } else {
         gesture = std::make_unique<LaneDraw>(state, *this);
     }
+    gesture->alongOnly = true;
     state.edit.kind = lane.kind;
     state.edit.setMode(mode, x, y, btn);
     const int room = mode == editErase ? int(NoteHand::handRoom) : 0;

@@ -29,7 +29,7 @@ void NoteGesture::finish() {
 CPoint NoteGesture::dragScroll(CPoint by) {
     const int64_t x = state.axis().scroll();
     const int y = state.edit.scrollY;
-    state.scrollTo(x + by.x, y + by.y);
+    state.scrollTo(x + by.x, alongOnly ? y : y + by.y);
     return asPoint(int(state.axis().scroll() - x), state.edit.scrollY - y);
 }
 

@@ -12,6 +12,8 @@ class NoteState;
 /// What a press over the part's content begins, in the grid and in the lane below it.
 class NoteGesture : public DragHandler {
 public:
+    bool alongOnly = false; ///< at an edge of the view it scrolls along, and not the rows
+
     explicit NoteGesture(NoteState& shared) : state(shared) {}
 
     /// What is shown in place of the part; null for itself.
