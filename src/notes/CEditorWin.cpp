@@ -31,7 +31,6 @@ constexpr int windowWidth = 900, windowHeight = 560;
 constexpr int barWidth = 14;
 constexpr int leftWidth = KeyStrip::stripWidth;
 constexpr int fitMargin = 24; ///< pixels before the part when it is shown first
-constexpr int octave = 12;
 constexpr double room = 2.0;  ///< that can be scrolled through, in lengths of the song
 constexpr int zoomPixels = 2; ///< of a key, a step
 constexpr double zoomStep = 1.25;
@@ -83,12 +82,23 @@ bool CEditorWin::onFrame() {
     if (!song || song->songNotices.raised(SeqNotice::tracks | SeqNotice::parts) ||
         qv->hostNotices.raised(HostNotice::graph | HostNotice::step))
         return false;
-    if (editor.part() != part) songChanged();
-    bar->refresh();
     return part && grid->refresh();
 }
 
+void CEditorWin::idle() {
+    if (editor.part() != part) songChanged();
+    bar->refresh();
+}
+
+/// Whether what is dragged was made from the content that the part has now.
+bool CEditorWin::dragStands() const {
+    return part && part->getEvents() == edit.editEvents;
+}
+
 void CEditorWin::songChanged() {
+    const bool drags = app->drag.of(grid) || app->drag.of(lane);
+    if (drags && !dragStands()) app->drag.cancel();
+    songTicks = seq() ? seq()->renderDuration() : 0;
     if (editor.part() && (!seq() || !seq()->partToTrack(editor.part()))) editor.setPart(nullptr);
     if (editor.part() != part)
         showPart(editor.part());
@@ -118,10 +128,10 @@ void CEditorWin::fitContent() {
         low = asMin(low, facts.row);
         high = asMax(high, facts.row);
     });
-    const EventRows rows = place().rows;
+    const EventRows shownRows = rows();
     constexpr int middleKey = 60;
     const int middle = high >= 0 ? (low + high) / 2 : middleKey;
-    const int y = rows.drums() ? 0 : rows.top(middle) - gridHeight() / 2;
+    const int y = shownRows.drums() ? 0 : shownRows.top(middle) - gridHeight() / 2;
     scrollTo(edit.axis.wideX(part->pos) - fitMargin, y);
     shownChanged();
 }
@@ -196,18 +206,17 @@ int CEditorWin::gridHeight() const {
 }
 
 int CEditorWin::mostScrollY() const {
-    return part && seq() ? asMax(0, place().rows.total() - gridHeight()) : 0;
+    return part && seq() ? asMax(0, rows().total() - gridHeight()) : 0;
 }
 
 int64_t CEditorWin::shownTicks() const {
-    const int song = part && seq() ? asMax(seq()->renderDuration(), barTicks) : barTicks;
-    return int64_t(song * room);
+    return int64_t(asMax(songTicks, barTicks) * room);
 }
 
 void CEditorWin::showRange() {
     across->setContent(double(shownTicks()), edit.axis.ticksIn(1));
     across->setRange(edit.axis.ticksAt(0), edit.axis.ticksIn(gridWidth()));
-    down->setRange(part && seq() ? place().rows.total() : 1, gridHeight());
+    down->setRange(part && seq() ? rows().total() : 1, gridHeight());
     down->setPos(edit.scrollY);
     down->redraw();
 }
@@ -255,7 +264,7 @@ void CEditorWin::setVertZoom(int y, int keyHeight) {
 }
 
 void CEditorWin::scrollOctaves(int by) {
-    if (part) scrollTo(edit.axis.scroll(), edit.scrollY - by * octave * noteHeight);
+    if (part) scrollTo(edit.axis.scroll(), edit.scrollY - by * EventRows::octave * noteHeight);
 }
 
 void CEditorWin::acrossMoved(CObject*) {

@@ -32,7 +32,8 @@ public:
     bool canRun(const CAction* action) const override;
     bool onAction(CAction* action) override;
     void mergeMenu(CMenu* menu) override;
-    bool onFrame() override;
+    bool onFrame() override; ///< follows the play position
+    void idle() override;    ///< follows the part, and what has no notice
 
 private:
     void scrollTo(int64_t x, int y) override;
@@ -51,6 +52,7 @@ private:
     void fitContent();
     int mostScrollY() const;
     int64_t shownTicks() const;
+    bool dragStands() const;
     void acrossMoved(CObject* sender);
     void downMoved(CObject* sender);
     void laneChosen(CObject* sender);
@@ -63,6 +65,7 @@ private:
     void fill(CObject* popup, std::initializer_list<const char*> names);
 
     CEditorComp& editor;
+    int songTicks = 0; ///< length of the song, as it was when it changed last
     EditorBar* bar;
     NoteRuler* ruler;
     KeyStrip* keys;

@@ -16,14 +16,10 @@
 
 namespace {
 
-constexpr int octave = 12, nameHeight = 12, gap = 6;
+constexpr int octave = EventRows::octave, nameHeight = 12, gap = 6;
 constexpr int signWidth = 18;
 constexpr int pressVelocity = 100;
 constexpr const char* params[] = {"Volume", "Pan", "Pitch"};
-
-bool blackKey(int key) {
-    return 0x54A >> (key % octave) & 1;
-}
 
 } // namespace
 
@@ -33,13 +29,12 @@ KeyStrip::KeyStrip(CWin* owner, NoteState& shared)
 }
 
 int KeyStrip::rowAt(int y) const {
-    const EventRows rows = state.place().rows;
+    const EventRows rows = state.rows();
     const int at = y + state.edit.scrollY;
     return at < 0 || at >= rows.total() ? -1 : rows.rowAt(at);
 }
 
-CRect KeyStrip::rowBox(int row) const {
-    const EventRows rows = state.place().rows;
+CRect KeyStrip::rowBox(const EventRows& rows, int row) const {
     const int y = rows.top(row) - state.edit.scrollY;
     return asRect(0, y, width, y + rows.height(row));
 }
@@ -49,21 +44,22 @@ void KeyStrip::paint(CGraphic* g, CRect) {
     const CPalette& palette = win->app->gui->palette;
     g->fillRect(palette.panel, asked);
     if (state.part && state.seq()) {
-        if (state.part->type == partDrum)
-            paintSounds(g, asked);
+        const EventRows rows = state.rows();
+        if (rows.drums())
+            paintSounds(g, rows, asked);
         else
-            paintKeys(g, asked);
+            paintKeys(g, rows, asked);
     }
     g->fillLine(palette.frame, asRect(width - 1, 0, width, height));
 }
 
-void KeyStrip::paintKeys(CGraphic* g, CRect asked) const {
+void KeyStrip::paintKeys(CGraphic* g, const EventRows& rows, CRect asked) const {
     const CPalette& palette = win->app->gui->palette;
     const int white = hexColor(0xe8e6e1), black = hexColor(0x24262a), edge = hexColor(0x9a9892);
     for (int key = 0; key < EventRows::keys; key++) {
-        const CRect box = rowBox(key);
+        const CRect box = rowBox(rows, key);
         if (intersect(box, asked).empty()) continue;
-        const bool dark = blackKey(key);
+        const bool dark = EventRows::blackKey(key);
         g->fillRect(key == sounding ? palette.accent : white, box);
         if (dark && key != sounding)
             g->fillRect(black, asRect(0, box.top, width * 3 / 5, box.bottom));
@@ -71,18 +67,17 @@ void KeyStrip::paintKeys(CGraphic* g, CRect asked) const {
             g->fillLine(edge, asRect(0, box.bottom - 1, width, box.bottom));
     }
     for (int key = 0; key < EventRows::keys; key += octave) {
-        const CRect box = rowBox(key);
+        const CRect box = rowBox(rows, key);
         const int over = asMax(0, nameHeight - box.height());
         g->drawText(key == sounding ? textOn(palette.accent) : black, noteToStr(key),
                     asRect(0, box.top - over, width - gap, box.bottom), textRight);
     }
 }
 
-void KeyStrip::paintSounds(CGraphic* g, CRect asked) const {
+void KeyStrip::paintSounds(CGraphic* g, const EventRows& rows, CRect asked) const {
     const CPalette& palette = win->app->gui->palette;
-    const int count = state.place().rows.count();
-    for (int row = 0; row < count; row++) {
-        const CRect box = rowBox(row);
+    for (int row = 0; row < rows.count(); row++) {
+        const CRect box = rowBox(rows, row);
         const CDrumSound* sound = state.track->drumSound(row);
         if (!sound || intersect(box, asked).empty()) continue;
         if (row == sounding) g->fillRect(palette.accent, box);
@@ -117,7 +112,8 @@ void KeyStrip::mouseDown(int x, int y, int btn) {
     const int row = rowAt(y);
     const bool drums = state.part->type == partDrum;
     if (!(btn & modLeft)) return;
-    const bool sign = x >= width - signWidth && y - rowBox(row).top < CDrumSound::closedHeight;
+    const bool sign =
+        x >= width - signWidth && y - rowBox(state.rows(), row).top < CDrumSound::closedHeight;
     if (drums && row >= 0 && sign) return openLane(row);
     play(row);
 }
@@ -175,7 +171,7 @@ void KeyStrip::paramChosen(CObject* sender) {
 // What it tells.
 
 int KeyStrip::accessParts() const {
-    return state.part && state.seq() ? state.place().rows.count() : 0;
+    return state.part && state.seq() ? state.rows().count() : 0;
 }
 
 void KeyStrip::describe(Description& d, int part) const {
@@ -185,7 +181,7 @@ void KeyStrip::describe(Description& d, int part) const {
     const CDrumSound* sound = state.part->type == partDrum ? state.track->drumSound(part) : nullptr;
     d.name = (sound ? sound->getId() : noteToStr(part)).asChar();
     d.action = "play";
-    d.bounds = intersect(rowBox(part), clientRect());
+    d.bounds = intersect(rowBox(state.rows(), part), clientRect());
 }
 
 bool KeyStrip::pressPart(int part) {

@@ -2,6 +2,7 @@
 
 #include "gui/CCtrl.h"
 
+class EventRows;
 class NoteState;
 
 /// The keys, or the sounds of the kit, beside the grid. A press plays one, and a drag one after the
@@ -23,10 +24,10 @@ public:
     bool pressPart(int part) override;
 
 private:
-    void paintKeys(CGraphic* g, CRect asked) const;
-    void paintSounds(CGraphic* g, CRect asked) const;
-    int rowAt(int y) const;
-    CRect rowBox(int row) const;
+    void paintKeys(CGraphic* g, const EventRows& rows, CRect asked) const;
+    void paintSounds(CGraphic* g, const EventRows& rows, CRect asked) const;
+    int rowAt(int y) const; ///< -1 outside all
+    CRect rowBox(const EventRows& rows, int row) const;
     void play(int row);
     void openLane(int row);
     void chooseParam(int row);

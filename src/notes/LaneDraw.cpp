@@ -1,11 +1,13 @@
 #include "notes/LaneDraw.h"
 
 #include "base/Numbers.h"
+#include "engine/ParamUnit.h"
 #include "gui/CGraphic.h"
 #include "gui/DrawBatch.h"
 #include "notes/LaneView.h"
 #include "notes/NoteState.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/LaneUnit.h"
 #include "sequencer/PartEdits.h"
 #include "sequencer/TempoMap.h"
 #include "ui/PlaceText.h"
@@ -66,7 +68,7 @@ void LaneDraw::dragMove(const DragPoint& point) {
     last = point.at;
     const int tick = asMinMax(asInt(state.axis().ticksAt(point.at.x)), 0, maxTicks);
     state.workspace.setStatus(laneTitle(view.lane) + " " +
-                              laneNumber(view.lane, view.valueAt(point.at.y)) + ", " +
+                              unitOf(view.lane).text(float(view.valueAt(point.at.y))) + ", " +
                               placeText(state.seq(), tick));
     state.shownChanged();
 }

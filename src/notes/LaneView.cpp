@@ -19,17 +19,12 @@ namespace {
 
 constexpr int margin = 3; ///< pixels above the highest value
 constexpr int stem = 3, head = 5, reach = 4;
-constexpr int bend = 16383, topNumber = 127;
 
 } // namespace
 
 CStr laneTitle(const EventLane& lane) {
     return lane.kind == lanePitchBend ? CStr("Pitch bend")
                                       : controllerAsText(lane.kind, lane.number);
-}
-
-CStr laneNumber(const EventLane& lane, double value) {
-    return asStr(asRound(value * (lane.kind == lanePitchBend ? bend : topNumber)));
 }
 
 LaneView::LaneView(CWin* owner, NoteState& shared)
@@ -109,6 +104,7 @@ void LaneView::mouseDown(int x, int y, int btn) {
     }
     gesture->alongOnly = true;
     state.edit.kind = lane.kind;
+    state.edit.editEvents = state.part->getEvents();
     state.edit.setMode(mode, x, y, btn);
     const int room = mode == editErase ? int(NoteHand::handRoom) : 0;
     win->app->drag.start(this, gesture.get(), at, btn, room);

@@ -135,6 +135,7 @@ void NoteGrid::mouseDown(int x, int y, int btn) {
     auto mouse = std::make_unique<NoteMouse>(state.edit, state.place());
     state.edit.kind = state.part->type == partDrum ? kindDrums : kindNotes;
     state.edit.editPart = state.part;
+    state.edit.editEvents = state.part->getEvents();
     const int mode = mouse->partMouseDown(at, btn);
     state.edit.setMode(mode, x, y, btn);
     if (mode == editPress)

@@ -14,20 +14,17 @@ namespace {
 constexpr int velocityStep = 8;
 const EventLane noteLane;
 
-bool shows(const NoteState& state, const NoteFacts& facts) {
-    return facts.length > 0 && facts.row < state.place().rows.count();
-}
-
 /// The event before or behind another one; without one the first or the last of all.
 NoteEvent neighbour(const NoteState& state, const CBaseEvent* of, bool next) {
     NoteEvent found, before;
     bool passed = !of && next;
+    const int rows = state.rows().count();
     eachEvent(state.part->getEvents(), [&](CBaseEvent* e, int tick) {
         const NoteFacts facts = factsOf(state.part, e, tick);
         if (e == of) {
             if (!next) found = before;
             passed = true;
-        } else if (shows(state, facts)) {
+        } else if (facts.length > 0 && facts.row < rows) {
             if (passed && next && !found.event) found = {e, facts};
             before = {e, facts};
         }
@@ -70,6 +67,6 @@ bool noteKey(NoteState& state, int key, int mods) {
     if (mods == modAlt)
         change(state, {.length = along * grid, .velocity = up * velocityStep});
     else
-        change(state, {.ticks = along * grid, .pitch = state.place().rows.drums() ? -up : up});
+        change(state, {.ticks = along * grid, .pitch = state.rows().drums() ? -up : up});
     return true;
 }

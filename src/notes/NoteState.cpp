@@ -11,7 +11,10 @@ CSeq* NoteState::seq() const {
     return playableSongOf(qv);
 }
 
+EventRows NoteState::rows() const {
+    return EventRows(track, part, noteHeight);
+}
+
 NotePlace NoteState::place() const {
-    return {seq(), track, part, EventRows(track, part, noteHeight),
-            viewGrid(*seq()->snap, edit.axis, workspace.options())};
+    return {seq(), track, part, rows(), viewGrid(*seq()->snap, edit.axis, workspace.options())};
 }

@@ -28,7 +28,8 @@ public:
 
     CSeq* seq() const; ///< null without a song that plays
     const TimeAxis& axis() const { return edit.axis; }
-    NotePlace place() const; ///< of the part, which there is
+    EventRows rows() const;  ///< of the part, which there is
+    NotePlace place() const; ///< of it
 
     /// Shows another place, as far as there is any, moving what stays by copying.
     virtual void scrollTo(int64_t x, int y) = 0;

@@ -17,7 +17,7 @@ public:
         type = compEditor;
     }
 
-    /// The window looks at it in its next idle pass. Null for none; not owned, and good only as
+    /// The window looks at it in its next idle pass, which the song's leads to. Null for none; not owned, and good only as
     /// long as the part stands on a track.
     void setPart(CPart* wanted) { shown = wanted; }
     CPart* part() const { return shown; }

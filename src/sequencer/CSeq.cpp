@@ -105,6 +105,7 @@ void CSeq::init() {
 
 void CSeq::idle() {
     CComp::idle();
+    editorComp->idle();
     purgeSelection();
     idleTake();
     for (auto* track : each<CTrack>(tracks)) track->idle();

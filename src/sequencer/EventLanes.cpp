@@ -94,3 +94,11 @@ void setDrumParam(CDrumEvent* event, int param, float value) {
     if (param == 1) event->pan = 2.0f * kept - 1.0f;
     if (param == 2) event->tune = kept;
 }
+
+float drumParam(const CDrumEvent* event, int param) {
+    const float value = param == 0   ? event->velocity
+                        : param == 1 ? (event->pan + 1.0f) / 2.0f
+                        : param == 2 ? event->tune
+                                     : 0.0f;
+    return fLimit(value, 0.0f, 1.0f);
+}

@@ -29,3 +29,4 @@ CBaseEvent* newLaneEvent(const EventLane& lane, int partType, float value);
 /// A parameter of a hit: 0 velocity and 2 tune, 0 to 1, 1 pan, for which 0 to 1 leads from left to
 /// right. Others are ignored.
 void setDrumParam(CDrumEvent* event, int param, float value);
+float drumParam(const CDrumEvent* event, int param); ///< 0 to 1, of those; 0 of others

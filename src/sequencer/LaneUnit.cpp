@@ -2,7 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/ParamUnit.h"
-#include "sequencer/CSubTrack.h"
+#include "sequencer/EventLanes.h"
 
 namespace {
 
@@ -21,4 +21,8 @@ const ParamUnit& unitOf(const CSubTrack& lane) {
     if (lane.target == targetController) return controller;
     if (lane.target == targetPitchBend) return bend;
     return unitOf(lane.object, lane.param);
+}
+
+const ParamUnit& unitOf(const EventLane& lane) {
+    return lane.kind == lanePitchBend ? bend : controller;
 }

@@ -8,6 +8,7 @@ class COnChange;
 class CPart;
 class CSnap;
 class CSongTrack;
+struct CBaseEvent;
 
 /// What a drag in a view does.
 enum EditMode : int {
@@ -66,6 +67,7 @@ class CSeqMouseEdit : public CMouseEdit {
 public:
     CPart* editPart = nullptr; ///< whose events are edited; null for parts. Not owned
     CSongTrack* editTrack = nullptr;
+    const CBaseEvent* editEvents = nullptr; ///< its content at the press, only to be compared
     int minDelta = 0, maxDelta = 0, minTrack = 0, maxTrack = 0; ///< bounds of the drag
     int selStart = 0, selEnd = 0;                               ///< ticks, selected in `editPart`
     int subTrack = -1;                                          ///< lane under the press, -1 none

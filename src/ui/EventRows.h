@@ -24,6 +24,9 @@ public:
     int top(int row) const;
     int height(int row) const;
 
+    static constexpr int octave = 12; ///< keys
+    static bool blackKey(int key) { return 0x54A >> (key % octave) & 1; }
+
 private:
     bool ofKit = false;
     int high = leastHeight;

@@ -9,6 +9,7 @@
 #include "gui/Shapes.h"
 #include "instruments/CDrumSound.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/EventLanes.h"
 #include "sequencer/PartEdits.h"
 #include "ui/NoteMouse.h"
 #include "ui/PlaceText.h"
@@ -18,14 +19,10 @@
 
 namespace {
 
-constexpr int octave = 12;
+constexpr int octave = EventRows::octave;
 constexpr int nameHeight = 11, nameRoom = 26; ///< pixels that a name takes
 constexpr int shades = 8;                     ///< of velocity
 constexpr double faintest = 0.45;             ///< of the softest note
-
-bool blackKey(int key) {
-    return 0x54A >> (key % octave) & 1;
-}
 
 /// Visits what meets `asked`.
 template <class F>
@@ -48,12 +45,9 @@ void eachShown(const NotePlace& place, CPart* shown, const CSeqMouseEdit& edit, 
 void drawParam(PixelPaper& paper, const CDrumSound* sound, const CDrumEvent* hit, CRect box,
                int colour) {
     if (!sound || !sound->opened()) return;
-    const int param = sound->shownParam;
-    const double value = param == 1   ? (double(hit->pan) + 1) / 2
-                         : param == 2 ? double(hit->tune)
-                                      : double(hit->velocity);
+    const double value = double(drumParam(hit, sound->shownParam));
     const int foot = box.top + CDrumSound::openHeight - 1;
-    const int head = foot - asRound(fLimit(value, 0.0, 1.0) * (NoteMouse::paramLane - 2));
+    const int head = foot - asRound(value * (NoteMouse::paramLane - 2));
     paper.fill(colour, asRect(box.left, head, box.left + 3, foot));
     paper.fill(colour, asRect(box.left, head, asMax(box.right, box.left + 3), head + 2));
 }
@@ -66,7 +60,8 @@ void drawPianoroll(CGraphic* g, CRect rect, const EventRows& rows, int scroll) {
     for (int row = asMin(first, last); row <= asMax(first, last); row++) {
         const int top = rows.top(row) - scroll, bottom = top + rows.height(row);
         const CRect box = asRect(rect.left, top, rect.right, bottom);
-        if (!rows.drums() && blackKey(row)) g->fillRect(clGridFlats.fillCol, intersect(box, rect));
+        if (!rows.drums() && EventRows::blackKey(row))
+            g->fillRect(clGridFlats.fillCol, intersect(box, rect));
         const bool line = rows.drums() || row % octave == 0 || row % octave == 5;
         if (line && bottom > rect.top && bottom <= rect.bottom)
             g->fillLine(clGridSnap.fillCol, asRect(rect.left, bottom - 1, rect.right, bottom));

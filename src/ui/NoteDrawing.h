@@ -6,9 +6,7 @@ class CGraphic;
 class CPart;
 class CSeqMouseEdit;
 class EventRows;
-class NoteMouse;
 class PixelPaper;
-struct CPalette;
 struct NotePlace;
 
 /// The ground of a piano roll or a kit: black keys are shaded, with a line where two white keys
