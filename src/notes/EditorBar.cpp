@@ -5,7 +5,7 @@
 #include "gui/CWin.h"
 #include "gui/Colours.h"
 #include "gui/controls/CButton.h"
-#include "notes/NoteState.h"
+#include "notes/EditedPart.h"
 #include "sequencer/CSeq.h"
 #include "ui/Commands.h"
 #include "ui/PlaceText.h"
@@ -18,8 +18,8 @@ constexpr int gap = 2, group = 8, buttonTop = 4, high = 18;
 
 } // namespace
 
-EditorBar::EditorBar(CWin* owner, NoteState& shared)
-    : CGroup(owner, "editorbar", 0, 0, 1, int(barHeight)), state(shared) {
+EditorBar::EditorBar(CWin* owner, const EditedPart& edited)
+    : CGroup(owner, "editorbar", 0, 0, 1, int(barHeight)), shown(edited) {
     arrowsWalk = true;
     nextX = group;
     addSwitch("preview", "Hear", 44);
@@ -29,7 +29,7 @@ EditorBar::EditorBar(CWin* owner, NoteState& shared)
 }
 
 void EditorBar::addSwitch(const char* action, const char* text, int wide) {
-    CAction* known = state.workspace.commands().getAction(action);
+    CAction* known = shown.workspace.commands().getAction(action);
     auto* made = new CButton(win, action, text, nextX, buttonTop, wide, high);
     made->hint = made->spokenName = known->label;
     made->skin = &clTrackControls;
@@ -42,7 +42,7 @@ void EditorBar::addSwitch(const char* action, const char* text, int wide) {
 }
 
 void EditorBar::clicked(CObject* sender) {
-    state.workspace.commands().run(
+    shown.workspace.commands().run(
         static_cast<CAction*>(static_cast<CButton*>(static_cast<CCtrl*>(sender))->userPtr));
     refresh();
 }
@@ -50,11 +50,11 @@ void EditorBar::clicked(CObject* sender) {
 void EditorBar::refresh() {
     for (CButton* s : switches) s->setLit(static_cast<CAction*>(s->userPtr)->isOn());
     CStr now;
-    if (state.part && state.seq()) {
-        now = state.part->content()->id + "  on  " + state.track->id + ",  " +
-              placeText(state.seq(), state.part->pos) + ",  " +
-              lengthText(state.seq(), state.seq()->getTicks(state.part));
-        if (state.part->ghostOf) now += "  (ghost)";
+    if (shown.part && shown.seq()) {
+        now = shown.part->content()->id + "  on  " + shown.track->id + ",  " +
+              placeText(shown.seq(), shown.part->pos) + ",  " +
+              lengthText(shown.seq(), shown.seq()->getTicks(shown.part));
+        if (shown.part->ghostOf) now += "  (ghost)";
     }
     if (now == title) return;
     title = now;

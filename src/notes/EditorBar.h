@@ -6,14 +6,14 @@
 
 class CAction;
 class CButton;
-class NoteState;
+class EditedPart;
 
 /// The strip above the editor: which part it shows, and switches. Interface thread.
 class EditorBar : public CGroup {
 public:
     static constexpr int barHeight = 26;
 
-    EditorBar(CWin* win, NoteState& state);
+    EditorBar(CWin* win, const EditedPart& shown);
 
     void paint(CGraphic* g, CRect rect) override;
     void describe(Description& d, int part) const override;
@@ -23,7 +23,7 @@ private:
     void addSwitch(const char* action, const char* text, int wide);
     void clicked(CObject* sender);
 
-    NoteState& state;
+    const EditedPart& shown;
     std::vector<CButton*> switches; ///< `userPtr` is the action
     CStr title;
     int nextX = 0;

@@ -108,7 +108,7 @@ constexpr struct {
 
 } // namespace
 
-bool knowsAction(const CStr& name) {
+bool isNoteAction(const CStr& name) {
     return std::ranges::any_of(actions, [&](const auto& a) { return name == a.name; });
 }
 

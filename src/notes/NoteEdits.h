@@ -12,7 +12,7 @@ class NoteState;
 /// part.
 bool noteAction(NoteState& state, const CStr& name);
 
-bool knowsAction(const CStr& name); ///< whether it is one of these
+bool isNoteAction(const CStr& name); ///< whether it is one of these
 
 struct NoteEvent {
     CBaseEvent* event = nullptr;

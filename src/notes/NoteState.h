@@ -1,32 +1,23 @@
 #pragma once
 
+#include "notes/EditedPart.h"
 #include "ui/CMouseEdit.h"
 #include "ui/NoteMouse.h"
 
 #include <cstdint>
 
-class CQV;
-class CSeq;
-class CTrack;
-class Workspace;
-
 /// What the parts of the note editor share: the part, which stretch of the song and which rows
-/// show, and what the mouse is doing. All of them are in the `CEditorWin`, which carries out what
-/// they ask for. Interface thread.
-class NoteState {
+/// show, and what the mouse is doing. All of them are in the `RollBody`, which carries out what
+/// they ask for. The part is a MIDI or drum part. Interface thread.
+class NoteState : public EditedPart {
 public:
     static constexpr int usualHeight = 12; ///< pixels of a key
 
-    Workspace& workspace;
-    CQV* const qv;
-    CSeqMouseEdit edit;    ///< with the axis of time, and `scrollY` over the rows
-    CPart* part = nullptr; ///< a MIDI or drum part that stands on `track`, or null. Not owned
-    CTrack* track = nullptr;
+    CSeqMouseEdit edit; ///< with the axis of time, and `scrollY` over the rows
     int noteHeight = usualHeight;
 
-    explicit NoteState(Workspace& space);
+    explicit NoteState(Workspace& space) : EditedPart(space) {}
 
-    CSeq* seq() const; ///< null without a song that plays
     const TimeAxis& axis() const { return edit.axis; }
     EventRows rows() const;  ///< of the part, which there is
     NotePlace place() const; ///< of it

@@ -30,3 +30,8 @@ CMenuItem* addActionItem(CPopup* popup, Workspace& workspace, const char* name, 
     item->checked = action->isOn();
     return item;
 }
+
+void addActionItems(CPopup* popup, Workspace& workspace, std::initializer_list<const char*> names) {
+    popup->addSeparator();
+    for (const char* name : names) addActionItem(popup, workspace, name);
+}

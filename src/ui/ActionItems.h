@@ -2,6 +2,8 @@
 
 #include "base/CStr.h"
 
+#include <initializer_list>
+
 class CMenuItem;
 class CPopup;
 class Workspace;
@@ -11,3 +13,5 @@ class Workspace;
 /// program does not carry out.
 CMenuItem* addActionItem(CPopup* popup, Workspace& workspace, const char* name,
                          const CStr& text = "");
+/// Several of them behind a line.
+void addActionItems(CPopup* popup, Workspace& workspace, std::initializer_list<const char*> names);

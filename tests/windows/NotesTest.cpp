@@ -32,9 +32,10 @@ protected:
     CCompEditor* editor() { return win->pages->editorOf(seq()->editorComp.get()); }
     template <class T>
     T* child(const char* id) {
-        for (auto* c : each<CCtrl>(editor()->clientGroup->controls))
-            if (c->id == id)
-                if (auto* found = dynamic_cast<T*>(c)) return found;
+        for (auto* group : each<CGroup>(editor()->clientGroup->controls))
+            for (auto* c : each<CCtrl>(group->controls))
+                if (c->id == id)
+                    if (auto* found = dynamic_cast<T*>(c)) return found;
         return nullptr;
     }
     NoteGrid* notes() { return child<NoteGrid>("notes"); }

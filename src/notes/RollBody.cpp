@@ -1,0 +1,292 @@
+#include "notes/RollBody.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "gui/CApp.h"
+#include "gui/CWin.h"
+#include "gui/controls/CDropdown.h"
+#include "gui/controls/CRangebar.h"
+#include "gui/controls/CScrollbar.h"
+#include "notes/KeyStrip.h"
+#include "notes/LaneView.h"
+#include "notes/NoteEdits.h"
+#include "notes/NoteGrid.h"
+#include "notes/NoteRuler.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/EventEdits.h"
+#include "sequencer/PartEdits.h"
+#include "ui/ActionItems.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int barWidth = 14;
+constexpr int leftWidth = KeyStrip::stripWidth;
+constexpr int fitMargin = 24; ///< pixels before the part when it is shown first
+constexpr double room = 2.0;  ///< that can be scrolled through, in lengths of the song
+constexpr int zoomPixels = 2; ///< of a key, a step
+constexpr double zoomStep = 1.25;
+constexpr const char* heightKey = "editor-noteh"; ///< a setting of the program
+constexpr int storedHeight = 8;
+constexpr int plainLanes[] = {laneVelocity, lanePitchBend, lanePressure, laneProgram};
+constexpr int controllers = 128;
+
+} // namespace
+
+RollBody::RollBody(CWin* owner, Workspace& space)
+    : EditorBody(owner, "roll"), NoteState(space), ruler(new NoteRuler(owner, *this)),
+      keys(new KeyStrip(owner, *this)), grid(new NoteGrid(owner, *this)),
+      lane(new LaneView(owner, *this)),
+      lanes(new CDropdown(owner, "lane", 0, 0, leftWidth - 2, CDropdown::itemHeight + 4)),
+      across(new CRangebar(owner, "across", 0, 0, 1, barWidth)),
+      down(new CScrollbar(owner, "down", 0, 0, barWidth, 1)) {
+    noteHeight = asMinMax(qv->settings.getInt(heightKey, storedHeight), int(EventRows::leastHeight),
+                          int(EventRows::mostHeight));
+    for (CCtrl* child : std::initializer_list<CCtrl*>{ruler, keys, grid, lane, lanes, across, down})
+        addControl(child);
+    across->spokenName = "Scroll along the part";
+    down->spokenName = "Scroll the keys";
+    lanes->spokenName = "Lane";
+    lanes->hint = "What the lane shows";
+    across->onChange = new _COnChange<RollBody>(this, &RollBody::acrossMoved);
+    down->onChange = new _COnChange<RollBody>(this, &RollBody::downMoved);
+    lanes->onChange = new _COnChange<RollBody>(this, &RollBody::laneChosen);
+    lane->onMenu = new _COnChange<RollBody>(this, &RollBody::laneMenu);
+}
+
+RollBody::~RollBody() = default;
+
+CCtrl* RollBody::keyCtrl() {
+    return grid;
+}
+
+// What is shown.
+
+bool RollBody::onFrame() {
+    return part && grid->refresh();
+}
+
+bool RollBody::drags() const {
+    return win->app->drag.of(grid) || win->app->drag.of(lane);
+}
+
+/// Whether what is dragged was made from the content that the part has now.
+bool RollBody::dragStands() const {
+    return part && part->getEvents() == edit.editEvents;
+}
+
+void RollBody::songChanged() {
+    if (drags() && !dragStands()) win->app->drag.cancel();
+    songTicks = seq() ? seq()->renderDuration() : 0;
+    layout();
+    shownChanged();
+}
+
+bool RollBody::shows(const CPart* wanted) const {
+    return wanted->type == partMIDI || wanted->type == partDrum;
+}
+
+void RollBody::setPart(CPart* wanted, CTrack* on) {
+    if (drags()) win->app->drag.cancel();
+    part = wanted;
+    track = on;
+    songTicks = seq() ? seq()->renderDuration() : 0;
+    fillLanes();
+    layout();
+    if (part) fitContent();
+    shownChanged();
+}
+
+/// The part from side to side, and its notes in the middle.
+void RollBody::fitContent() {
+    const double ticks = asMax(barTicks, seq()->getTicks(part));
+    edit.axis.setZoom(asMax(1, gridWidth() - 2 * fitMargin) * 960.0 / ticks);
+    int low = EventRows::keys, high = -1;
+    eachEvent(part->getEvents(), [&](CBaseEvent* e, int tick) {
+        const NoteFacts facts = factsOf(part, e, tick);
+        if (facts.length == 0) return;
+        low = asMin(low, facts.row);
+        high = asMax(high, facts.row);
+    });
+    const EventRows shownRows = rows();
+    constexpr int middleKey = 60;
+    const int middle = high >= 0 ? (low + high) / 2 : middleKey;
+    const int y = shownRows.drums() ? 0 : shownRows.top(middle) - gridHeight() / 2;
+    scrollTo(edit.axis.wideX(part->pos) - fitMargin, y);
+    shownChanged();
+}
+
+void RollBody::fillLanes() {
+    lanes->items.clear();
+    if (!part) return;
+    for (const int kind : plainLanes)
+        if (kind == laneVelocity || part->type == partMIDI) lanes->add(laneTitle({kind, 0}));
+    for (int i = 0; i < controllers && part->type == partMIDI; i++)
+        lanes->add(laneTitle({laneController, i}));
+    if (part->type != partMIDI) lane->lane = {laneVelocity, 0};
+    lanes->setIndex(asMax(0, lanes->index < lanes->count() ? lanes->index : 0));
+    lanes->redraw();
+}
+
+void RollBody::laneChosen(CObject*) {
+    constexpr int plain = int(std::size(plainLanes));
+    const int index = lanes->index;
+    if (index < 0) return;
+    lane->lane =
+        index < plain ? EventLane{plainLanes[index], 0} : EventLane{laneController, index - plain};
+    lane->redraw();
+}
+
+void RollBody::laneMenu(CObject*) {
+    lanes->drop();
+}
+
+CPart* RollBody::shownPart() const {
+    CPart* draft = grid->shownPart();
+    if (!draft) draft = lane->shownPart();
+    return draft ? draft : part;
+}
+
+void RollBody::shownChanged() {
+    grid->redraw();
+    lane->redraw();
+    keys->redraw();
+    ruler->redraw();
+}
+
+// Layout.
+
+void RollBody::resized() {
+    CGroup::resized();
+    layout();
+}
+
+void RollBody::layout() {
+    constexpr int gridTop = NoteRuler::rulerHeight;
+    const int wide = asMax(1, width - leftWidth - barWidth);
+    const int high = asMax(1, height - gridTop - laneHeight - barWidth);
+    ruler->setBounds(leftWidth, 0, wide, NoteRuler::rulerHeight);
+    keys->setBounds(0, gridTop, leftWidth, high);
+    grid->setBounds(leftWidth, gridTop, wide, high);
+    down->setBounds(leftWidth + wide, gridTop, barWidth, high);
+    lanes->setBounds(1, gridTop + high + 2, leftWidth - 3, lanes->height);
+    lane->setBounds(leftWidth, gridTop + high, wide, laneHeight);
+    across->setBounds(leftWidth, height - barWidth, wide, barWidth);
+    scrollTo(edit.axis.scroll(), edit.scrollY);
+}
+
+int RollBody::gridWidth() const {
+    return grid->width;
+}
+
+int RollBody::gridHeight() const {
+    return grid->height;
+}
+
+int RollBody::mostScrollY() const {
+    return part && seq() ? asMax(0, rows().total() - gridHeight()) : 0;
+}
+
+int64_t RollBody::shownTicks() const {
+    return int64_t(asMax(songTicks, barTicks) * room);
+}
+
+void RollBody::showRange() {
+    across->setContent(double(shownTicks()), edit.axis.ticksIn(1));
+    across->setRange(edit.axis.ticksAt(0), edit.axis.ticksIn(gridWidth()));
+    down->setRange(part && seq() ? rows().total() : 1, gridHeight());
+    down->setPos(edit.scrollY);
+    down->redraw();
+}
+
+void RollBody::scrollTo(int64_t x, int y) {
+    const int64_t beforeX = edit.axis.scroll();
+    const int beforeY = edit.scrollY;
+    const int64_t most = asInt64(edit.axis.pixelsIn(double(shownTicks())));
+    edit.axis.scrollTo(std::min(x, most));
+    edit.scrollY = asMinMax(y, 0, mostScrollY());
+    const int dx = saturate(beforeX - edit.axis.scroll()), dy = beforeY - edit.scrollY;
+    showRange();
+    if (dx == 0 && dy == 0) return;
+    grid->scrolled(dx, dy);
+    if (dy != 0) keys->redraw();
+    if (dx == 0) return;
+    lane->redraw();
+    ruler->redraw();
+}
+
+void RollBody::scrollInView(int tick, int row) {
+    const NotePlace at = place();
+    const int x = at.xOf(edit.axis, tick), y = at.rows.top(row);
+    const int64_t scroll = edit.axis.scroll();
+    const bool aside = x < fitMargin || x > gridWidth() - 2 * fitMargin;
+    const int high = at.rows.height(row);
+    scrollTo(aside ? scroll + x - gridWidth() / 3 : scroll,
+             asMinMax(edit.scrollY, y + high - gridHeight(), y));
+}
+
+void RollBody::zoomAtPos(int x, double zoom) {
+    edit.axis.zoomAt(x, zoom);
+    scrollTo(edit.axis.scroll(), edit.scrollY);
+    shownChanged();
+}
+
+void RollBody::setVertZoom(int y, int keyHeight) {
+    const int high = asMinMax(keyHeight, int(EventRows::leastHeight), int(EventRows::mostHeight));
+    if (high == noteHeight || !part || part->type == partDrum) return;
+    const double rowsAbove = double(edit.scrollY + y) / noteHeight;
+    noteHeight = high;
+    qv->settings.setInt(heightKey, high);
+    scrollTo(edit.axis.scroll(), asRound(rowsAbove * high) - y);
+    shownChanged();
+}
+
+void RollBody::scrollOctaves(int by) {
+    if (part) scrollTo(edit.axis.scroll(), edit.scrollY - by * EventRows::octave * noteHeight);
+}
+
+void RollBody::acrossMoved(CObject*) {
+    edit.axis.setZoom(gridWidth() * 960.0 / across->span());
+    scrollTo(asInt64(edit.axis.pixelsIn(across->from())), edit.scrollY);
+    shownChanged();
+}
+
+void RollBody::downMoved(CObject*) {
+    scrollTo(edit.axis.scroll(), down->pos);
+}
+
+// Actions and menus.
+
+void RollBody::fillPart(CPopup* popup) {
+    addActionItems(popup, workspace, {"quantize", "insertnote"});
+    addActionItems(popup, workspace, {"octup", "octdown", "trackzoomin", "trackzoomout"});
+}
+
+void RollBody::fillOptions(CPopup* popup) {
+    addActionItems(popup, workspace, {"preview", "notenames", "notelength"});
+}
+
+bool RollBody::knowsAction(const CStr& name) const {
+    return isNoteAction(name);
+}
+
+/// What is the view's own, then what is done to the part.
+bool RollBody::runAction(const CStr& name) {
+    const auto zoom = [this](double factor) {
+        zoomAtPos(gridWidth() / 2, edit.axis.zoom() * factor);
+    };
+    if (!part) return false;
+    if (name == "octup" || name == "octdown")
+        scrollOctaves(name == "octup" ? 1 : -1);
+    else if (name == "trackzoomin" || name == "trackzoomout")
+        setVertZoom(gridHeight() / 2,
+                    noteHeight + (name == "trackzoomin" ? zoomPixels : -zoomPixels));
+    else if (name == "zoomin" || name == "zoomout")
+        zoom(name == "zoomin" ? zoomStep : 1 / zoomStep);
+    else if (name == "zoomselection")
+        fitContent();
+    else
+        return noteAction(*this, name);
+    return true;
+}

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "notes/EditorBody.h"
+#include "notes/NoteState.h"
+
+class CDropdown;
+class CRangebar;
+class CScrollbar;
+class KeyStrip;
+class LaneView;
+class NoteGrid;
+class NoteRuler;
+
+/// The notes of a MIDI part on its keys, or the hits of a drum part on its sounds, with a ruler
+/// above and below a lane of velocities or controllers. Interface thread.
+class RollBody : public EditorBody, private NoteState {
+public:
+    static constexpr int laneHeight = 96; ///< pixels
+
+    RollBody(CWin* win, Workspace& workspace);
+    ~RollBody() override;
+
+    bool shows(const CPart* part) const override;
+    void setPart(CPart* part, CTrack* track) override;
+    void songChanged() override;
+    CCtrl* keyCtrl() override;
+    bool knowsAction(const CStr& name) const override;
+    bool runAction(const CStr& name) override;
+    void fillPart(CPopup* popup) override;
+    void fillOptions(CPopup* popup) override;
+
+    void resized() override;
+    bool onFrame() override; ///< follows the play position
+
+private:
+    void scrollTo(int64_t x, int y) override;
+    void zoomAtPos(int x, double zoom) override;
+    void setVertZoom(int y, int keyHeight) override;
+    void shownChanged() override;
+    int gridWidth() const override;
+    int gridHeight() const override;
+    CPart* shownPart() const override;
+    void scrollInView(int tick, int row) override;
+
+    void layout();
+    void showRange();
+    void fitContent();
+    int mostScrollY() const;
+    int64_t shownTicks() const;
+    bool drags() const;
+    bool dragStands() const;
+    void acrossMoved(CObject* sender);
+    void downMoved(CObject* sender);
+    void laneChosen(CObject* sender);
+    void laneMenu(CObject* sender);
+    void fillLanes();
+    void scrollOctaves(int by); ///< up, or below 0 down
+
+    int songTicks = 0; ///< length of the song, as it was when it changed last
+    NoteRuler* ruler;
+    KeyStrip* keys;
+    NoteGrid* grid;
+    LaneView* lane;
+    CDropdown* lanes;
+    CRangebar* across;
+    CScrollbar* down;
+};
