@@ -8,7 +8,7 @@
 #include "arrange/LanePainter.h"
 #include "arrange/LanePoints.h"
 #include "arrange/LanePress.h"
-#include "arrange/NameField.h"
+#include "ui/NameField.h"
 #include "arrange/PartPainter.h"
 #include "arrange/Press.h"
 #include "arrange/RangePainter.h"

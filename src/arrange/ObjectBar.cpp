@@ -1,7 +1,7 @@
 #include "arrange/ObjectBar.h"
 
 #include "arrange/ArrangeState.h"
-#include "arrange/NameField.h"
+#include "ui/NameField.h"
 #include "arrange/gestures/Overlay.h"
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"

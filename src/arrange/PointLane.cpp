@@ -1,7 +1,7 @@
 #include "arrange/PointLane.h"
 
 #include "arrange/ArrangeState.h"
-#include "arrange/NameField.h"
+#include "ui/NameField.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"

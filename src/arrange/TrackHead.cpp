@@ -4,7 +4,7 @@
 #include "arrange/HeadList.h"
 #include "arrange/HeadSwitch.h"
 #include "arrange/HeadTarget.h"
-#include "arrange/NameField.h"
+#include "ui/NameField.h"
 #include "arrange/RowLayout.h"
 #include "base/Numbers.h"
 #include "engine/COutputChannel.h"

@@ -22,13 +22,15 @@ EditorBar::EditorBar(CWin* owner, const EditedPart& edited)
     : CGroup(owner, "editorbar", 0, 0, 1, int(barHeight)), shown(edited) {
     arrowsWalk = true;
     nextX = group;
+    addSwitch("eventlist", "List", 40);
+    addSwitch("objectbar", "Object", 52)->hint = "Show object-bar";
     addSwitch("preview", "Hear", 44);
     addSwitch("notenames", "Names", 48);
     addSwitch("notelength", "Keep length", 80);
     addSwitch("snap", "Snap", 44);
 }
 
-void EditorBar::addSwitch(const char* action, const char* text, int wide) {
+CButton* EditorBar::addSwitch(const char* action, const char* text, int wide) {
     CAction* known = shown.workspace.commands().getAction(action);
     auto* made = new CButton(win, action, text, nextX, buttonTop, wide, high);
     made->hint = made->spokenName = known->label;
@@ -39,6 +41,7 @@ void EditorBar::addSwitch(const char* action, const char* text, int wide) {
     addControl(made);
     switches.push_back(made);
     nextX += wide + gap;
+    return made;
 }
 
 void EditorBar::clicked(CObject* sender) {

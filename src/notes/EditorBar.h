@@ -20,7 +20,7 @@ public:
     void refresh(); ///< follows what it shows
 
 private:
-    void addSwitch(const char* action, const char* text, int wide);
+    CButton* addSwitch(const char* action, const char* text, int wide);
     void clicked(CObject* sender);
 
     const EditedPart& shown;

@@ -11,7 +11,8 @@
 #include "ui/Song.h"
 #include "ui/Workspace.h"
 
-NoteCommands::NoteCommands(Workspace& space, EditorTable& editors) : workspace(space) {
+NoteCommands::NoteCommands(Workspace& space, EditorTable& editors)
+    : workspace(space), listShown(space.host(), "event-list", 0) {
     editors.enter(compEditor, [](Workspace& around, CComp& comp) -> std::unique_ptr<CCompEditor> {
         return std::make_unique<CEditorWin>(around, static_cast<CEditorComp&>(comp));
     });
@@ -57,6 +58,8 @@ void NoteCommands::bindSwitches() {
             },
             withSong, on);
     };
+    commands.bind(
+        "eventlist", [this] { listShown.toggle(); }, withSong, [this] { return listShown.on(); });
     bindByte("notenames", SongOptions::showNoteNames);
     bindByte("notelength", SongOptions::rememberNotes);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/Options.h"
+
 class CPart;
 class CSeq;
 class EditorTable;
@@ -17,4 +19,5 @@ private:
     void bindSwitches();
 
     Workspace& workspace;
+    Option listShown;
 };

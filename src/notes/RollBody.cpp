@@ -7,10 +7,12 @@
 #include "gui/controls/CDropdown.h"
 #include "gui/controls/CRangebar.h"
 #include "gui/controls/CScrollbar.h"
+#include "notes/CEventList.h"
 #include "notes/KeyStrip.h"
 #include "notes/LaneView.h"
 #include "notes/NoteEdits.h"
 #include "notes/NoteGrid.h"
+#include "notes/NoteObjects.h"
 #include "notes/NoteRuler.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/EventEdits.h"
@@ -35,7 +37,9 @@ constexpr int controllers = 128;
 } // namespace
 
 RollBody::RollBody(CWin* owner, Workspace& space)
-    : EditorBody(owner, "roll"), NoteState(space), ruler(new NoteRuler(owner, *this)),
+    : EditorBody(owner, "roll"), NoteState(space), objectsShown(qv, "object-bar", 1),
+      listShown(qv, "event-list", 0), objects(new NoteObjects(owner, *this)),
+      list(new CEventList(owner, *this)), ruler(new NoteRuler(owner, *this)),
       keys(new KeyStrip(owner, *this)), grid(new NoteGrid(owner, *this)),
       lane(new LaneView(owner, *this)),
       lanes(new CDropdown(owner, "lane", 0, 0, leftWidth - 2, CDropdown::itemHeight + 4)),
@@ -43,7 +47,8 @@ RollBody::RollBody(CWin* owner, Workspace& space)
       down(new CScrollbar(owner, "down", 0, 0, barWidth, 1)) {
     noteHeight = asMinMax(qv->settings.getInt(heightKey, storedHeight), int(EventRows::leastHeight),
                           int(EventRows::mostHeight));
-    for (CCtrl* child : std::initializer_list<CCtrl*>{ruler, keys, grid, lane, lanes, across, down})
+    for (CCtrl* child :
+         std::initializer_list<CCtrl*>{objects, list, ruler, keys, grid, lane, lanes, across, down})
         addControl(child);
     across->spokenName = "Scroll along the part";
     down->spokenName = "Scroll the keys";
@@ -80,6 +85,7 @@ void RollBody::songChanged() {
     if (drags() && !dragStands()) win->app->drag.cancel();
     songTicks = seq() ? seq()->renderDuration() : 0;
     layout();
+    list->contentChanged();
     shownChanged();
 }
 
@@ -95,7 +101,22 @@ void RollBody::setPart(CPart* wanted, CTrack* on) {
     fillLanes();
     layout();
     if (part) fitContent();
+    list->contentChanged();
     shownChanged();
+}
+
+void RollBody::idle() {
+    if (objects->visible != objectsShown.on() || list->visible != listShown.on()) showBars();
+    list->dropField();
+    objects->refresh();
+}
+
+void RollBody::showBars() {
+    if (!listShown.on() && list->visible && win->keyCtrl == list) win->setKeyCtrl(grid);
+    layout();
+    list->contentChanged();
+    shownChanged();
+    redraw();
 }
 
 /// The part from side to side, and its notes in the middle.
@@ -153,6 +174,8 @@ void RollBody::shownChanged() {
     lane->redraw();
     keys->redraw();
     ruler->redraw();
+    if (list->visible) list->redraw();
+    objects->refresh();
 }
 
 // Layout.
@@ -163,16 +186,23 @@ void RollBody::resized() {
 }
 
 void RollBody::layout() {
-    constexpr int gridTop = NoteRuler::rulerHeight;
-    const int wide = asMax(1, width - leftWidth - barWidth);
+    objects->visible = objectsShown.on();
+    list->visible = listShown.on();
+    const int above = objects->visible ? NoteObjects::barHeight : 0;
+    const int gridTop = above + NoteRuler::rulerHeight;
+    const int listed = list->visible ? asMin(int(CEventList::listWidth), width / 2) : 0;
+    const int gridLeft = listed + leftWidth;
+    const int wide = asMax(1, width - gridLeft - barWidth);
     const int high = asMax(1, height - gridTop - laneHeight - barWidth);
-    ruler->setBounds(leftWidth, 0, wide, NoteRuler::rulerHeight);
-    keys->setBounds(0, gridTop, leftWidth, high);
-    grid->setBounds(leftWidth, gridTop, wide, high);
-    down->setBounds(leftWidth + wide, gridTop, barWidth, high);
-    lanes->setBounds(1, gridTop + high + 2, leftWidth - 3, lanes->height);
-    lane->setBounds(leftWidth, gridTop + high, wide, laneHeight);
-    across->setBounds(leftWidth, height - barWidth, wide, barWidth);
+    objects->setBounds(0, 0, width, NoteObjects::barHeight);
+    list->setBounds(0, above, asMax(1, listed), asMax(1, height - above));
+    ruler->setBounds(gridLeft, above, wide, NoteRuler::rulerHeight);
+    keys->setBounds(listed, gridTop, leftWidth, high);
+    grid->setBounds(gridLeft, gridTop, wide, high);
+    down->setBounds(gridLeft + wide, gridTop, barWidth, high);
+    lanes->setBounds(listed + 1, gridTop + high + 2, leftWidth - 3, lanes->height);
+    lane->setBounds(gridLeft, gridTop + high, wide, laneHeight);
+    across->setBounds(gridLeft, height - barWidth, wide, barWidth);
     scrollTo(edit.axis.scroll(), edit.scrollY);
 }
 
@@ -264,7 +294,8 @@ void RollBody::fillPart(CPopup* popup) {
 }
 
 void RollBody::fillOptions(CPopup* popup) {
-    addActionItems(popup, workspace, {"preview", "notenames", "notelength"});
+    addActionItems(popup, workspace,
+                   {"eventlist", "objectbar", "preview", "notenames", "notelength"});
 }
 
 bool RollBody::knowsAction(const CStr& name) const {

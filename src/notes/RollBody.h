@@ -2,13 +2,16 @@
 
 #include "notes/EditorBody.h"
 #include "notes/NoteState.h"
+#include "ui/Options.h"
 
 class CDropdown;
+class CEventList;
 class CRangebar;
 class CScrollbar;
 class KeyStrip;
 class LaneView;
 class NoteGrid;
+class NoteObjects;
 class NoteRuler;
 
 /// The notes of a MIDI part on its keys, or the hits of a drum part on its sounds, with a ruler
@@ -23,6 +26,7 @@ public:
     bool shows(const CPart* part) const override;
     void setPart(CPart* part, CTrack* track) override;
     void songChanged() override;
+    void idle() override;
     CCtrl* keyCtrl() override;
     bool knowsAction(const CStr& name) const override;
     bool runAction(const CStr& name) override;
@@ -55,8 +59,12 @@ private:
     void laneMenu(CObject* sender);
     void fillLanes();
     void scrollOctaves(int by); ///< up, or below 0 down
+    void showBars();
 
+    Option objectsShown, listShown;
     int songTicks = 0; ///< length of the song, as it was when it changed last
+    NoteObjects* objects;
+    CEventList* list;
     NoteRuler* ruler;
     KeyStrip* keys;
     NoteGrid* grid;

@@ -369,6 +369,12 @@ void changeEvents(CSeq* seq, CPart* part, CPart* draft, const EventLane& lane,
     });
 }
 
+void placeEvents(CPart* draft, const std::function<int(CBaseEvent* event, int tick)>& change) {
+    rearrange(draft, {}, [&](CBaseEvent* e, int tick, EventCollector& into) {
+        into.add(change(e, tick), e);
+    });
+}
+
 void setController(CPart* draft, const EventLane& lane, int from, int to, float value) {
     bool found = false;
     eachEvent(listOf(draft, lane), [&](CBaseEvent* e, int tick) {

@@ -114,6 +114,7 @@ constexpr Row rows[] = {
     {"freeze", "Freeze", groupArrange, 'f', controlShift},
     {"glue", "Glue", groupArrange, 'g', control},
     {"unghost", "Un-ghost", groupArrange, 'u', control},
+    {"eventlist", "Show event list", groupArrange, 'e', shift},
     {"objectbar", "Object-bar", groupArrange, 'o'},
     {"markers", "Markers", groupArrange, 't'},
     {"addmarker", "Add marker", groupArrange, 't', control},

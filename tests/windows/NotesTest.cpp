@@ -2,8 +2,10 @@
 
 #include "engine/CSnap.h"
 #include "engine/MidiBytes.h"
+#include "gui/controls/CEdit.h"
 #include "instruments/CLayer.h"
 #include "notes/CEditorWin.h"
+#include "notes/CEventList.h"
 #include "notes/LaneView.h"
 #include "notes/NoteGrid.h"
 #include "sequencer/CEditorComp.h"
@@ -32,10 +34,15 @@ protected:
     CCompEditor* editor() { return win->pages->editorOf(seq()->editorComp.get()); }
     template <class T>
     T* child(const char* id) {
-        for (auto* group : each<CGroup>(editor()->clientGroup->controls))
-            for (auto* c : each<CCtrl>(group->controls))
-                if (c->id == id)
-                    if (auto* found = dynamic_cast<T*>(c)) return found;
+        return childOf<T>(editor()->clientGroup, id);
+    }
+    template <class T>
+    static T* childOf(CGroup* in, const char* id) {
+        for (auto* c : each<CCtrl>(in->controls)) {
+            if (auto* found = c->id == id ? dynamic_cast<T*>(c) : nullptr) return found;
+            auto* inner = dynamic_cast<CGroup*>(c);
+            if (T* found = inner ? childOf<T>(inner, id) : nullptr) return found;
+        }
         return nullptr;
     }
     NoteGrid* notes() { return child<NoteGrid>("notes"); }
@@ -237,6 +244,62 @@ TEST_F(NotesTest, HitsStandOnTheSoundsOfTheKit) {
     const int below = row(0)->track->drumLayer()->sounds.getCount();
     click(place(500, below + 1), "1", 2);
     EXPECT_TRUE(holds("720:3:240:100 ")) << "no sound is there";
+}
+
+TEST_F(NotesTest, TheListTypesAndStepsCells) {
+    open(trackMIDI);
+    put(0, 60, 240, 100);
+    put(480, 64, 240, 80);
+    put(960, 67, 480, 60);
+    key("shift+e");
+    ASSERT_TRUE(pumpUntil([&] { return child<CEventList>("eventlist")->visible; }));
+    auto* list = child<CEventList>("eventlist");
+    const auto row = [&](int i, const char* button = "1") {
+        at(list, asPoint(200, 38 + i * 18 + 9)); // in the column of keys
+        act({"click", button});
+        EXPECT_TRUE(loaded());
+    };
+    const auto type = [&](const char* text) {
+        key("Return");
+        for (const char* c = text; *c; c++) key(*c == '.' ? "period" : std::string(1, *c));
+        key("Return");
+        EXPECT_TRUE(loaded());
+    };
+    row(0);
+    EXPECT_TRUE(holds("0:60:240:100* 480:64:240:80 960:67:480:60 "));
+    type("D4");
+    EXPECT_TRUE(holds("0:62:240:100* 480:64:240:80 960:67:480:60 "));
+    key("Down");
+    key("shift+Down");
+    key("Right");
+    key("ctrl+Up");
+    EXPECT_TRUE(holds("0:62:240:100 480:64:240:81* 960:67:480:61* ")) << "all that is selected";
+    type("50");
+    EXPECT_TRUE(holds("0:62:240:100 480:64:240:50* 960:67:480:50* "));
+    for (int i = 0; i < 4; i++) key("Left");
+    type("2.4.0");
+    EXPECT_TRUE(holds("0:62:240:100 2400:64:240:50* 2880:67:480:50* ")) << "moved along";
+    type("9x");
+    EXPECT_TRUE(holds("0:62:240:100 2400:64:240:50* 2880:67:480:50* ")) << "not understood";
+
+    const auto counts = [&](const char* rule, int wanted) {
+        child<CEdit>("rule")->enterText(rule);
+        return pumpUntil([&] { return list->accessParts() == wanted; });
+    };
+    for (const auto& [rule, wanted] :
+         std::initializer_list<std::pair<const char*, int>>{{"note", 3},
+                                                            {"velocity>50", 1},
+                                                            {"key=G4 length=0.0.480", 1},
+                                                            {"bar=2 beat=4", 1},
+                                                            {"controller", 0},
+                                                            {"key<E4", 1},
+                                                            {"nonsense", 1}})
+        EXPECT_TRUE(counts(rule, wanted)) << rule;
+    editor()->setKeyCtrl(list);
+    key("ctrl+a");
+    EXPECT_TRUE(holds("0:62:240:100* 2400:64:240:50 2880:67:480:50 ")) << "what is shown";
+    for (int i = 0; i < 5; i++) key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return content().find("0:60:240:100") == 0; }));
 }
 
 TEST_F(NotesTest, TheEditorFollowsThePart) {

@@ -1,4 +1,4 @@
-#include "arrange/NameField.h"
+#include "ui/NameField.h"
 
 #include "gui/CApp.h"
 #include "gui/CGroup.h"
