@@ -1,28 +1,8 @@
+#include "ProgramDesk.h"
+
 #include "arrange/ArrangeGrid.h"
 #include "arrange/ArrangeView.h"
-#include "base/CIniFile.h"
-#include "engine/CQV.h"
-#include "engine/GraphHold.h"
-#include "gui/CApp.h"
 #include "gui/Keys.h"
-#include "gui/XConnection.h"
-#include "project/CompTable.h"
-#include "sequencer/CSeq.h"
-#include "shell/AppHooks.h"
-#include "shell/CMainWin.h"
-#include "shell/ProjectFlows.h"
-#include "ui/Song.h"
-
-#include <X11/Xlib.h>
-
-#include <algorithm>
-#include <benchmark/benchmark.h>
-#include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <memory>
-#include <string>
-#include <vector>
 
 // The arrangement of a song of 200 tracks, 5,000 parts and 500,000 notes in a window of 1600 x
 // 1000: from an event in the program to the moment at which the server has drawn what it changed.
@@ -33,60 +13,16 @@ namespace {
 constexpr int trackCount = 200, partsPerTrack = 25, notesPerPart = 100;
 constexpr int partTicks = 4 * barTicks, steps = 300;
 
-using Clock = std::chrono::steady_clock;
-
 /// The program with the large song, once for all figures.
-class Program {
+class Program : public ProgramDesk {
 public:
     Program() {
-        inifile = (folder.path + "/settings.ini").c_str();
-        CIniFile(inifile).writeString("options", "startwith", "1");
-        enterCompTypes();
-        if (!app.open()) return;
-        host = std::make_unique<CQV>();
-        host->editorStruct.width = 1600;
-        host->editorStruct.height = 1000;
-        win = std::make_unique<CMainWin>(&app, host.get());
-        hooks = std::make_unique<AppHooks>(&app, win.get());
-        win->show(true);
-        host->init();
-        win->init();
-        win->flows->start();
-        app.addTimer(win.get(), 40, true);
-        win->flows->newProject(kindEmpty, "");
-        while (!songOf(host.get()) || win->flows->loading()) {
-            app.dispatchEvents();
-            app.idle();
-        }
+        if (!ready()) return;
         fillSong();
         turn(50);
     }
-    bool ready() const { return win != nullptr; }
-    CSeq* seq() { return songOf(host.get()); }
-    template <class T>
-    T* find(const char* id, CGroup* group) {
-        for (auto* c : each<CCtrl>(group->controls))
-            if (c->id == id) return static_cast<T*>(c);
-        return nullptr;
-    }
     ArrangeView* song() { return find<ArrangeView>("song", win->clientGroup); }
     ArrangeGrid* grid() { return find<ArrangeGrid>("grid", song()); }
-    /// Shows what has changed, and waits until the server has.
-    void paint() {
-        app.paintFrame();
-        XSync(liveDisplay(), False);
-    }
-    void turn(int times) {
-        for (int i = 0; i < times; i++) {
-            win->onTimer();
-            app.dispatchEvents();
-            paint();
-        }
-    }
-
-    CApp app;
-    std::unique_ptr<CQV> host;
-    std::unique_ptr<CMainWin> win;
 
 private:
     void fillSong() {
@@ -111,20 +47,6 @@ private:
         }
         seq()->songNotices.raise(SeqNotice::tracks | SeqNotice::parts);
     }
-
-    static std::string makeFolder() {
-        std::string path = "/tmp/arrange_bench.XXXXXX";
-        return mkdtemp(path.data()) ? path : ".";
-    }
-    struct Folder {
-        const std::string path = makeFolder();
-        ~Folder() {
-            std::error_code none;
-            std::filesystem::remove_all(path, none);
-        }
-    };
-    const Folder folder;
-    std::unique_ptr<AppHooks> hooks;
 };
 
 Program& program() {
@@ -138,19 +60,14 @@ void measure(benchmark::State& state, F&& step) {
     Program& p = program();
     if (!p.ready()) return state.SkipWithError("no display");
     p.turn(5);
-    std::vector<double> took;
-    for (auto _ : state) {
-        for (int i = 0; i < steps; i++) {
-            const auto start = Clock::now();
-            step(p, i);
-            p.paint();
-            took.push_back(std::chrono::duration<double, std::milli>(Clock::now() - start).count());
-        }
-    }
-    std::sort(took.begin(), took.end());
-    state.counters["median_ms"] = took[took.size() / 2];
-    state.counters["p99_ms"] = took[took.size() * 99 / 100];
-    state.counters["most_ms"] = took.back();
+    StepTimes times;
+    for (auto _ : state)
+        for (int i = 0; i < steps; i++)
+            times.time([&] {
+                step(p, i);
+                p.paint();
+            });
+    times.report(state);
 }
 
 int zigzag(int i) {
