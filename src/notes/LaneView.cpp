@@ -15,10 +15,17 @@
 #include "ui/NoteDrawing.h"
 #include "ui/ProgramItems.h"
 
+#include <algorithm>
+#include <vector>
+
 namespace {
 
 constexpr int margin = 3; ///< pixels above the highest value
 constexpr int stem = 3, head = 5, reach = 4;
+
+int colourOf(bool chosen) {
+    return chosen ? clEventSelected.fillCol : clEvent.fillCol;
+}
 
 } // namespace
 
@@ -41,7 +48,7 @@ CPart* LaneView::shownPart() const {
 }
 
 int LaneView::yOf(double value) const {
-    return margin + asRound((1.0 - value) * (height - 1 - margin));
+    return margin + int((1.0 - value) * (height - 1 - margin) + 0.5);
 }
 
 double LaneView::valueAt(int y) const {
@@ -63,17 +70,73 @@ void LaneView::paint(CGraphic* g, CRect) {
     CPart* shown = state.shownPart();
     {
         PixelPaper paper(g, asked);
-        eachEvent(shown->getEvents(), [&](CBaseEvent* e, int tick) {
-            if (!onLane(lane, shown->type, e)) return;
-            const int x = place.xOf(state.axis(), tick);
-            if (x + head < asked.left || x >= asked.right) return;
-            const int y = yOf(double(laneValue(lane, shown->type, e)));
-            const int colour = isSelected(e) ? clEventSelected.fillCol : clEvent.fillCol;
-            paper.fill(colour, asRect(x, y, x + stem, height));
-            paper.fill(colour, asRect(x, y, x + head, y + 2));
-        });
+        paintValues(paper, place, shown, asked);
     }
     if (gesture && win->app->drag.of(this)) gesture->paintOverlay(g, asked);
+}
+
+/// Where the stems of each column of pixels begin, from the left of what is painted on.
+struct LaneView::Skyline {
+    int from;                       ///< x of the first column
+    std::vector<int> plain, chosen; ///< the lane's height where there is none
+
+    int column(int x) const { return asMinMax(x - from, 0, int(plain.size()) - 1); }
+    std::vector<int>& tops(const Head& h) { return h.chosen ? chosen : plain; }
+    void add(const Head& h) {
+        for (int x = column(h.x); x < column(h.x + stem); x++)
+            tops(h)[size_t(x)] = asMin(tops(h)[size_t(x)], h.y);
+    }
+    /// Whether stems cover the head.
+    bool covers(const Head& h) {
+        if (tops(h)[size_t(column(h.x))] > h.y) return false;
+        const auto first = tops(h).begin();
+        return std::all_of(first + column(h.x), first + column(h.x + head),
+                           [&h](int y) { return y <= h.y; });
+    }
+};
+
+/// A stem with a head for each value. Where many share a place, it is painted once.
+void LaneView::paintValues(PixelPaper& paper, const NotePlace& place, CPart* shown,
+                           CRect asked) const {
+    const auto columns = size_t(asked.width() + head);
+    Skyline sky{asked.left, std::vector<int>(columns, height), std::vector<int>(columns, height)};
+    std::vector<Head> heads;
+    const EventIndex& events = state.eventsOf(place, shown);
+    int x = 0;
+    double from = 0.0, to = 0.0; // ticks of the column of pixels, which many share
+    place.eachNear(events, state.axis(), asked, [&](const EventIndex::Entry& e) {
+        if (!onLane(lane, shown->type, e.event)) return;
+        if (e.tick < from || e.tick >= to) {
+            x = place.xOf(state.axis(), e.tick);
+            from = e.tick;
+            to = place.ticksOf(state.axis(), x + 0.5);
+        }
+        if (x + head <= asked.left || x >= asked.right) return;
+        const Head h{x, yOf(double(laneValue(lane, shown->type, e.event))), isSelected(e.event)};
+        if (sky.covers(h)) return;
+        sky.add(h);
+        heads.push_back(h);
+    });
+    paintStems(paper, sky, asked);
+    for (const bool chosen : {false, true})
+        for (const Head& h : heads)
+            if (h.chosen == chosen && !sky.covers(h))
+                paper.fill(colourOf(chosen), asRect(h.x, h.y, h.x + head, h.y + 2));
+}
+
+void LaneView::paintStems(PixelPaper& paper, const Skyline& sky, CRect asked) const {
+    const auto same = [&](size_t a, size_t b) {
+        return sky.plain[a] == sky.plain[b] && sky.chosen[a] == sky.chosen[b];
+    };
+    const auto columns = size_t(asked.width());
+    for (size_t x = 0, next; x < columns; x = next) {
+        for (next = x + 1; next < columns && same(x, next);) next++;
+        const int x0 = sky.from + int(x), x1 = sky.from + int(next);
+        if (sky.plain[x] < sky.chosen[x])
+            paper.fill(colourOf(false), asRect(x0, sky.plain[x], x1, sky.chosen[x]));
+        if (sky.chosen[x] < height)
+            paper.fill(colourOf(true), asRect(x0, sky.chosen[x], x1, height));
+    }
 }
 
 void LaneView::mouseDown(int x, int y, int btn) {
@@ -89,10 +152,10 @@ void LaneView::mouseDown(int x, int y, int btn) {
     } else if (btn & modShift) {
         gesture = std::make_unique<NoteBand>(state, [this](CRect band) {
             const NotePlace place = state.place();
-            eachEvent(state.part->getEvents(), [&](CBaseEvent* e, int tick) {
-                const int x0 = place.xOf(state.axis(), tick);
+            place.eachNear(*place.events, state.axis(), band, [&](const EventIndex::Entry& e) {
+                const int x0 = place.xOf(state.axis(), e.tick);
                 const bool within = x0 + head > band.left && x0 < band.right;
-                if (within && onLane(lane, state.part->type, e)) select(e, true);
+                if (within && onLane(lane, state.part->type, e.event)) select(e.event, true);
             });
         });
         mode = editLasso;
@@ -115,11 +178,12 @@ NoteGesture* LaneView::pressRight(CPoint at) {
     const NotePlace place = state.place();
     CBaseEvent* found = nullptr;
     if (lane.kind != laneVelocity)
-        eachEvent(state.part->getEvents(), [&](CBaseEvent* e, int tick) {
-            const int away = at.x - place.xOf(state.axis(), tick);
-            if (away >= -reach && away <= head + reach && onLane(lane, state.part->type, e))
-                found = e;
-        });
+        place.eachNear(*place.events, state.axis(), asRect(at.x - head, 0, at.x + head, height),
+                       [&](const EventIndex::Entry& e) {
+                           const int away = at.x - place.xOf(state.axis(), e.tick);
+                           const bool near = away >= -reach && away <= head + reach;
+                           if (near && onLane(lane, state.part->type, e.event)) found = e.event;
+                       });
     if (!found) return new NoteHand(state, [this] { contextMenu(); });
     NoteMouse::unselect(state.part);
     select(found, true);

@@ -9,6 +9,8 @@
 class CPart;
 class NoteGesture;
 class NoteState;
+class PixelPaper;
+struct NotePlace;
 
 /// The values of a kind of events below the notes: velocities, or messages of a controller. A drag
 /// draws them, with Control a line, with Shift it selects; the right button deletes a message. A
@@ -33,6 +35,13 @@ public:
 
 private:
     int yOf(double value) const;
+    struct Head {
+        int x, y;
+        bool chosen;
+    };
+    struct Skyline;
+    void paintStems(PixelPaper& paper, const Skyline& sky, CRect asked) const;
+    void paintValues(PixelPaper& paper, const NotePlace& place, CPart* shown, CRect asked) const;
     NoteGesture* pressRight(CPoint at);
 
     NoteState& state;

@@ -114,16 +114,17 @@ void NoteGrid::paintNotes(CGraphic* g, CRect asked) const {
     NoteLook look{clEvent.fillCol, clEventSelected.fillCol, clGrid.fillCol, 1.0,
                   place.seq->options.bytes[SongOptions::showNoteNames] != 0};
     CPart* shown = state.shownPart();
+    const EventIndex& events = state.eventsOf(place, shown);
     {
         PixelPaper paper(g, asked);
         if (shown != state.part && state.edit.mode == editCopy) {
             NoteLook faint = look;
             faint.strength = behind;
-            drawEvents(paper, place, state.part, state.edit, faint, asked);
+            drawEvents(paper, place, *place.events, state.edit, faint, asked);
         }
-        drawEvents(paper, place, shown, state.edit, look, asked);
+        drawEvents(paper, place, events, state.edit, look, asked);
     }
-    drawNoteNames(g, place, shown, state.edit, look, asked);
+    drawNoteNames(g, place, events, state.edit, look, asked);
 }
 
 // The mouse.
@@ -213,14 +214,12 @@ const std::vector<NoteGrid::Told>& NoteGrid::inView() const {
     told.emplace();
     if (!state.part || !state.seq()) return *told;
     const NotePlace place = state.place();
-    int tick = 0;
-    for (CBaseEvent* e = state.part->getEvents(); e && int(told->size()) < mostTold; e = e->next) {
-        tick += e->delta;
-        if (place.xOf(state.axis(), tick) >= width) break;
-        const NoteFacts facts = factsOf(state.part, e, tick);
+    place.eachNear(*place.events, state.axis(), clientRect(), [&](const EventIndex::Entry& e) {
+        if (int(told->size()) >= mostTold) return;
+        const NoteFacts facts = factsOf(state.part, e.event, e.tick);
         const CRect box = place.boxOf(state.axis(), state.edit.scrollY, facts);
-        if (!intersect(box, clientRect()).empty()) told->push_back({e, facts, box});
-    }
+        if (!intersect(box, clientRect()).empty()) told->push_back({e.event, facts, box});
+    });
     return *told;
 }
 

@@ -7,5 +7,14 @@ EventRows NoteState::rows() const {
 }
 
 NotePlace NoteState::place() const {
-    return {seq(), track, part, rows(), viewGrid(*seq()->snap, edit.axis, workspace.options())};
+    CSeq* song = seq();
+    partEvents.refresh(song, part);
+    return {song,       track, part, rows(), viewGrid(*song->snap, edit.axis, workspace.options()),
+            &partEvents};
+}
+
+const EventIndex& NoteState::eventsOf(const NotePlace& place, CPart* shown) const {
+    if (shown == place.part) return *place.events;
+    draftEvents.make(place.seq, shown);
+    return draftEvents;
 }

@@ -21,6 +21,8 @@ public:
     const TimeAxis& axis() const { return edit.axis; }
     EventRows rows() const;  ///< of the part, which there is
     NotePlace place() const; ///< of it
+    /// Those of what is shown: the part of that place, or a draft for it. Good until the next call.
+    const EventIndex& eventsOf(const NotePlace& place, CPart* shown) const;
 
     /// Shows another place, as far as there is any, moving what stays by copying.
     virtual void scrollTo(int64_t x, int y) = 0;
@@ -36,4 +38,7 @@ public:
 
 protected:
     ~NoteState() = default;
+
+private:
+    mutable EventIndex partEvents, draftEvents;
 };

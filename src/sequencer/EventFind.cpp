@@ -1,10 +1,8 @@
 #include "sequencer/EventFind.h"
 
-#include "base/Numbers.h"
 #include "common/Curves.h"
 #include "engine/MidiBytes.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/ClipTimes.h"
+#include "sequencer/EventIndex.h"
 #include "sequencer/PartEdits.h"
 
 #include <algorithm>
@@ -14,16 +12,11 @@ namespace {
 
 constexpr double edgeShare = 0.2;
 
-/// Ticks of an event that stands in that row; 0 for others.
-int ticksInRow(CSeq* seq, CPart* part, CBaseEvent* event, int tick, int row) {
-    if (part->type == partAudio)
-        return sampleAsTicks2(seq, static_cast<CAudioEvent*>(event),
-                              saturate(int64_t(part->pos) + part->offset + tick));
-    const int* length = eventLength(part->type, event);
-    if (!length) return 0;
-    const int own = part->type == partDrum ? static_cast<CDrumEvent*>(event)->sound
-                                           : asByte1(static_cast<CMIDIEvent*>(event)->data);
-    return own == row ? *length : 0;
+bool inRow(int partType, const CBaseEvent* event, int row) {
+    if (partType == partAudio) return true;
+    if (partType == partDrum) return static_cast<const CDrumEvent*>(event)->sound == row;
+    const int data = static_cast<const CMIDIEvent*>(event)->data;
+    return noteOn(data) && asByte1(data) == row;
 }
 
 /// How far from the probe, 1 where its reach ends.
@@ -41,15 +34,13 @@ EventZone edgeZone(double tick, int from, int to, double edge) {
     return tick >= to - width ? zoneEnd : zoneBody;
 }
 
-FoundEvent findEvent(CSeq* seq, CPart* part, double tick, int row, double edge) {
+FoundEvent findEvent(const CPart* part, const EventIndex& events, double tick, int row,
+                     double edge) {
     FoundEvent found;
-    int at = 0;
-    for (CBaseEvent* e = part->getEvents(); e; e = e->next) {
-        at += e->delta;
-        if (at > tick) break;
-        const int end = saturate(int64_t(at) + ticksInRow(seq, part, e, at, row));
-        if (tick < end) found = {e, at, edgeZone(tick, at, end, edge)};
-    }
+    events.eachAt(tick, [&](const EventIndex::Entry& e) {
+        if (inRow(part->type, e.event, row))
+            found = {e.event, e.tick, edgeZone(tick, e.tick, e.end, edge)};
+    });
     return found;
 }
 

@@ -2,6 +2,7 @@
 
 class CPart;
 class CSeq;
+class EventIndex;
 struct CBaseEvent;
 
 /// What of an event is under the pointer.
@@ -25,8 +26,9 @@ struct FoundEvent {
 /// wide but at most a fifth of it.
 EventZone edgeZone(double tick, int from, int to, double edge);
 /// The note of that key, the hit of that row, or the clip of any row that lasts over a tick of the
-/// part's own time; the latest of them.
-FoundEvent findEvent(CSeq* seq, CPart* part, double tick, int row, double edge);
+/// part's own time; the latest of them. `events` are those of the part.
+FoundEvent findEvent(const CPart* part, const EventIndex& events, double tick, int row,
+                     double edge);
 
 /// A place on a lane of automation, and what the pointer reaches around it.
 struct PointProbe {

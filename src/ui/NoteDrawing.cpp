@@ -9,6 +9,7 @@
 #include "gui/Shapes.h"
 #include "instruments/CDrumSound.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/EventIndex.h"
 #include "sequencer/EventLanes.h"
 #include "sequencer/PartEdits.h"
 #include "ui/NoteMouse.h"
@@ -16,6 +17,8 @@
 #include "ui/ProgramItems.h"
 
 #include <array>
+#include <cmath>
+#include <vector>
 
 namespace {
 
@@ -24,21 +27,41 @@ constexpr int nameHeight = 11, nameRoom = 26; ///< pixels that a name takes
 constexpr int shades = 8;                     ///< of velocity
 constexpr double faintest = 0.45;             ///< of the softest note
 
-/// Visits what meets `asked`.
-template <class F>
-void eachShown(const NotePlace& place, CPart* shown, const CSeqMouseEdit& edit, CRect asked,
-               F&& visit) {
-    const double last = place.ticksOf(edit.axis, asked.right);
-    int tick = 0;
-    for (CBaseEvent* e = shown->getEvents(); e; e = e->next) {
-        tick += e->delta;
-        if (tick > last) break;
-        const NoteFacts facts = factsOf(shown, e, tick);
-        const CRect box = place.boxOf(edit.axis, edit.scrollY, facts);
-        const int foot = place.rows.drums() ? box.top + CDrumSound::openHeight : box.bottom;
-        const CRect reach = asRect(box.left, box.top, box.right, foot);
-        if (!box.empty() && !intersect(reach, asked).empty()) visit(e, facts, box);
+/// Of notes in a row that are narrower than their marks, and lie under one that was painted, none
+/// has to be painted again, but a selected one over one that is not.
+class NarrowMarks {
+public:
+    static constexpr int width = 2; ///< pixels, the least of a mark
+
+    NarrowMarks(const NotePlace& place, const TimeAxis& axis)
+        : ticks(axis.ticksIn(width)), rows(size_t(place.rows.count())) {}
+
+    bool covered(const EventIndex::Entry& e, int row) {
+        if (e.end - e.tick >= ticks || row < 0 || size_t(row) >= rows.size()) return false;
+        Row& last = rows[size_t(row)];
+        const bool chosen = isSelected(e.event);
+        if (e.tick >= last.from && e.tick < last.from + ticks && last.chosen >= chosen) return true;
+        last = {double(e.tick), chosen};
+        return false;
     }
+
+private:
+    struct Row {
+        double from = -HUGE_VAL; ///< tick of the mark that was painted last
+        bool chosen = false;
+    };
+    const double ticks;
+    std::vector<Row> rows;
+};
+
+/// Calls `visit(event, facts, box)` for what meets `asked`.
+template <class F>
+void visitBox(const NotePlace& place, const CSeqMouseEdit& edit, CRect asked, CBaseEvent* event,
+              const NoteFacts& facts, F&& visit) {
+    const CRect box = place.boxOf(edit.axis, edit.scrollY, facts);
+    const int foot = place.rows.drums() ? box.top + CDrumSound::openHeight : box.bottom;
+    const CRect reach = asRect(box.left, box.top, box.right, foot);
+    if (!box.empty() && !intersect(reach, asked).empty()) visit(event, facts, box);
 }
 
 /// The bar of the parameter that an opened sound shows.
@@ -68,15 +91,15 @@ void drawPianoroll(CGraphic* g, CRect rect, const EventRows& rows, int scroll) {
     }
 }
 
-void drawEvents(PixelPaper& paper, const NotePlace& place, CPart* shown, const CSeqMouseEdit& edit,
-                const NoteLook& look, CRect asked) {
+void drawEvents(PixelPaper& paper, const NotePlace& place, const EventIndex& shown,
+                const CSeqMouseEdit& edit, const NoteLook& look, CRect asked) {
     std::array<int, shades> plain{}, chosen{};
     for (int i = 0; i < shades; i++) {
         const double share = look.strength * (faintest + (1 - faintest) * i / (shades - 1));
         plain[size_t(i)] = fadeCol(clGrid.fillCol, look.event, share);
         chosen[size_t(i)] = fadeCol(clGrid.fillCol, look.selected, share);
     }
-    eachShown(place, shown, edit, asked, [&](CBaseEvent* e, const NoteFacts& facts, CRect box) {
+    const auto paint = [&](CBaseEvent* e, const NoteFacts& facts, CRect box) {
         const auto shade = size_t(asMinMax(facts.velocity * shades / 128, 0, shades - 1));
         const int colour = isSelected(e) ? chosen[shade] : plain[shade];
         const CRect body = box.height() > 4 ? sizeRect(box, 0, 0, 0, -1) : box;
@@ -85,17 +108,27 @@ void drawEvents(PixelPaper& paper, const NotePlace& place, CPart* shown, const C
         if (place.rows.drums())
             drawParam(paper, place.track->drumSound(facts.row), static_cast<CDrumEvent*>(e), box,
                       colour);
+    };
+    NarrowMarks narrow(place, edit.axis);
+    place.eachNear(shown, edit.axis, asked, [&](const EventIndex::Entry& e) {
+        if (!narrow.covered(e, rowOf(place.part, e.event)))
+            visitBox(place, edit, asked, e.event, factsOf(place.part, e.event, e.tick), paint);
     });
 }
 
-void drawNoteNames(CGraphic* g, const NotePlace& place, CPart* shown, const CSeqMouseEdit& edit,
-                   const NoteLook& look, CRect asked) {
-    if (!look.names || shown->type != partMIDI || place.rows.height(0) < nameHeight) return;
+void drawNoteNames(CGraphic* g, const NotePlace& place, const EventIndex& shown,
+                   const CSeqMouseEdit& edit, const NoteLook& look, CRect asked) {
+    if (!look.names || place.part->type != partMIDI || place.rows.height(0) < nameHeight) return;
     DrawBatch batch(g);
-    eachShown(place, shown, edit, asked, [&](CBaseEvent* e, const NoteFacts& facts, CRect box) {
+    const auto write = [&](CBaseEvent* e, const NoteFacts& facts, CRect box) {
         if (box.width() < nameRoom) return;
         const int fill = isSelected(e) ? look.selected : look.event;
         batch.text(textOn(fill), noteToStr(facts.row), sizeRect(box, 3, 0, 0, 0), textLeft);
+    };
+    const double wide = edit.axis.ticksIn(nameRoom - 1);
+    place.eachNear(shown, edit.axis, asked, [&](const EventIndex::Entry& e) {
+        if (e.end - e.tick < wide) return;
+        visitBox(place, edit, asked, e.event, factsOf(place.part, e.event, e.tick), write);
     });
 }
 

@@ -5,6 +5,7 @@
 class CGraphic;
 class CPart;
 class CSeqMouseEdit;
+class EventIndex;
 class EventRows;
 class PixelPaper;
 struct NotePlace;
@@ -21,13 +22,13 @@ struct NoteLook {
     bool names = false;    ///< of notes, where they have room
 };
 
-/// Paints the notes or hits of `shown`, which is the part of the place or a draft for it, where
-/// they meet `asked`: the fuller, the louder they are. First `drawEvents` for all, and once the
-/// paper is gone `drawNoteNames`.
-void drawEvents(PixelPaper& paper, const NotePlace& place, CPart* shown, const CSeqMouseEdit& edit,
-                const NoteLook& look, CRect asked);
-void drawNoteNames(CGraphic* g, const NotePlace& place, CPart* shown, const CSeqMouseEdit& edit,
-                   const NoteLook& look, CRect asked);
+/// Paints the notes or hits of the part of the place or of a draft for it, where they meet `asked`:
+/// the fuller, the louder they are. First `drawEvents` for all, and once the paper is gone
+/// `drawNoteNames`.
+void drawEvents(PixelPaper& paper, const NotePlace& place, const EventIndex& shown,
+                const CSeqMouseEdit& edit, const NoteLook& look, CRect asked);
+void drawNoteNames(CGraphic* g, const NotePlace& place, const EventIndex& shown,
+                   const CSeqMouseEdit& edit, const NoteLook& look, CRect asked);
 
 /// The rectangle between two corners, both included, and its outline with a faint fill.
 CRect bandBetween(CPoint a, CPoint b);

@@ -35,7 +35,7 @@ FoundEvent NoteMouse::eventAt(const NotePlace& place, const CSeqMouseEdit& edit,
     const int y = at.y + edit.scrollY;
     if (y < 0 || y >= place.rows.total()) return {};
     const int row = place.rows.rowAt(y);
-    FoundEvent found = findEvent(place.seq, place.part, place.ticksOf(edit.axis, at.x), row,
+    FoundEvent found = findEvent(place.part, *place.events, place.ticksOf(edit.axis, at.x), row,
                                  edit.axis.ticksIn(reach));
     const bool lower = y - place.rows.top(row) >= CDrumSound::closedHeight;
     if (found.event && place.rows.drums() && lower) found.zone = zoneParam;
@@ -43,9 +43,10 @@ FoundEvent NoteMouse::eventAt(const NotePlace& place, const CSeqMouseEdit& edit,
 }
 
 void NoteMouse::selectWithin(const NotePlace& place, const CSeqMouseEdit& edit, CRect band) {
-    eachEvent(place.part->getEvents(), [&](CBaseEvent* e, int tick) {
-        const CRect box = place.boxOf(edit.axis, edit.scrollY, factsOf(place.part, e, tick));
-        if (!intersect(box, band).empty()) select(e, true);
+    place.eachNear(*place.events, edit.axis, band, [&](const EventIndex::Entry& e) {
+        const NoteFacts facts = factsOf(place.part, e.event, e.tick);
+        const CRect box = place.boxOf(edit.axis, edit.scrollY, facts);
+        if (!intersect(box, band).empty()) select(e.event, true);
     });
 }
 
@@ -236,8 +237,8 @@ void NoteMouse::makeDraft() {
 void NoteMouse::paintParam(CPoint at) {
     const CDrumSound* sound = place.track->drumSound(held.row);
     if (!sound) return;
-    const FoundEvent found = findEvent(place.seq, shown(), place.ticksOf(edit.axis, at.x), held.row,
-                                       edit.axis.ticksIn(reach));
+    const FoundEvent found = findEvent(place.part, *place.events, place.ticksOf(edit.axis, at.x),
+                                       held.row, edit.axis.ticksIn(reach));
     if (!found.event) return;
     const int wanted = found.tick;
     if (!draft) draft = contentDraft(place.part);

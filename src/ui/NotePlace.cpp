@@ -8,25 +8,26 @@
 #include "ui/PlaceText.h"
 #include "ui/TimeAxis.h"
 
+int rowOf(const CPart* part, const CBaseEvent* event) {
+    if (part->type == partDrum) return static_cast<const CDrumEvent*>(event)->sound;
+    const int data = static_cast<const CMIDIEvent*>(event)->data;
+    return part->type == partMIDI && noteOn(data) ? asByte1(data) : -1;
+}
+
 NoteFacts factsOf(const CPart* part, CBaseEvent* event, int tick) {
     NoteFacts facts;
     facts.tick = tick;
     const int* length = eventLength(part->type, event);
     if (!length) return facts;
     facts.length = asMax(1, *length);
-    if (part->type == partDrum) {
-        const auto* hit = static_cast<const CDrumEvent*>(event);
-        facts.row = hit->sound;
-        facts.velocity = asRound(double(hit->velocity) * 127);
-    } else {
-        const int data = static_cast<const CMIDIEvent*>(event)->data;
-        facts.row = asByte1(data);
-        facts.velocity = asByte2(data);
-    }
+    facts.row = rowOf(part, event);
+    facts.velocity = part->type == partDrum
+                         ? asRound(double(static_cast<const CDrumEvent*>(event)->velocity) * 127)
+                         : asByte2(static_cast<const CMIDIEvent*>(event)->data);
     return facts;
 }
 
-double NotePlace::ticksOf(const TimeAxis& axis, int x) const {
+double NotePlace::ticksOf(const TimeAxis& axis, double x) const {
     return axis.ticksAt(x) - part->pos - part->offset;
 }
 

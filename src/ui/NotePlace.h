@@ -2,6 +2,7 @@
 
 #include "base/CStr.h"
 #include "base/Geometry.h"
+#include "sequencer/EventIndex.h"
 #include "ui/DragSnap.h"
 #include "ui/EventRows.h"
 
@@ -18,6 +19,8 @@ struct NoteFacts {
     int length = 0;   ///< ticks; 0 for what is neither
     int velocity = 0; ///< 0 to 127
 };
+/// Key or sound; -1 of what is neither note nor hit.
+int rowOf(const CPart* part, const CBaseEvent* event);
 NoteFacts factsOf(const CPart* part, CBaseEvent* event, int tick);
 
 /// The notes of a MIDI part or the hits of a drum part as a view shows them: time along an axis,
@@ -28,9 +31,18 @@ struct NotePlace {
     CPart* part = nullptr;
     EventRows rows;
     ViewGrid grid;
+    const EventIndex* events = nullptr; ///< of the part; not owned
 
-    double ticksOf(const TimeAxis& axis, int x) const; ///< in the part's own time
+    double ticksOf(const TimeAxis& axis, double x) const; ///< in the part's own time
     int xOf(const TimeAxis& axis, int tick) const;
+    /// Calls `visit(entry)` for those of `shown`, the events of the part or of a draft for it,
+    /// whose marks may meet `asked`: a mark reaches no more than `markReach` pixels past its event.
+    template <class F>
+    void eachNear(const EventIndex& shown, const TimeAxis& axis, CRect asked, F&& visit) const {
+        shown.eachWithin(ticksOf(axis, asked.left - markReach),
+                         ticksOf(axis, asked.right + markReach), visit);
+    }
+    static constexpr int markReach = 8;
     /// Where a note or hit is painted and hit, at least two pixels wide: in an opened sound the
     /// upper part of its row. Empty for what is neither.
     CRect boxOf(const TimeAxis& axis, int scrollY, const NoteFacts& facts) const;

@@ -1,6 +1,7 @@
 #include "sequencer/EventEdits.h"
 #include "EditsFixture.h"
 #include "sequencer/EventFind.h"
+#include "sequencer/EventIndex.h"
 
 #include <utility>
 
@@ -214,8 +215,9 @@ TEST(EventEdits, FindWhatIsUnderThePointer) {
         {0, 60, 0, zoneStart},       {47, 60, 0, zoneStart},   {48, 60, 0, zoneBody},
         {192, 60, 0, zoneEnd},       {240, 60, -1, 0},         {100, 61, -1, 0},
         {1910, 62, 1910, zoneStart}, {2869, 62, 1910, zoneEnd}};
+    const EventIndex events(e.seq, part);
     for (const Probe& p : probes) {
-        const FoundEvent found = findEvent(e.seq, part, p.tick, p.key, 100.0);
+        const FoundEvent found = findEvent(part, events, p.tick, p.key, 100.0);
         EXPECT_EQ(found.event ? found.tick : -1, p.found) << p.tick;
         EXPECT_EQ(found.zone, p.zone) << p.tick;
     }

@@ -4,6 +4,7 @@
 #include "engine/MidiBytes.h"
 #include "gui/controls/CEdit.h"
 #include "instruments/CLayer.h"
+#include "gui/controls/CDocker.h"
 #include "notes/CEditorWin.h"
 #include "notes/CEventList.h"
 #include "notes/LaneView.h"
@@ -30,6 +31,7 @@ protected:
         ASSERT_TRUE(loaded());
         settle();
         ASSERT_EQ(win->pages->current(), editor());
+        ASSERT_EQ(editor()->getSize(), win->pages->docker->getSize()) << "it fills its page";
     }
     CCompEditor* editor() { return win->pages->editorOf(seq()->editorComp.get()); }
     template <class T>

@@ -1,0 +1,43 @@
+#include "sequencer/EventIndex.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/ClipTimes.h"
+#include "sequencer/PartEdits.h"
+
+namespace {
+
+/// At least a tick.
+int ticksOf(CSeq* seq, CPart* part, CBaseEvent* event, int tick) {
+    if (part->type == partAudio)
+        return asMax(1, sampleAsTicks2(seq, static_cast<CAudioEvent*>(event),
+                                       saturate(int64_t(part->pos) + part->offset + tick)));
+    const int* length = eventLength(part->type, event);
+    return length ? asMax(1, *length) : 1;
+}
+
+} // namespace
+
+void EventIndex::make(CSeq* seq, CPart* part) {
+    made = false;
+    head = part->getEvents();
+    entries.clear();
+    blocks.clear();
+    eachEvent(part->getEvents(), [&](CBaseEvent* e, int tick) {
+        const int end = saturate(int64_t(tick) + ticksOf(seq, part, e, tick));
+        if (entries.size() % perBlock == 0) blocks.push_back({tick, end});
+        Block& block = blocks.back();
+        block = {std::min(block.tick, tick), std::max(block.end, end)};
+        entries.push_back({e, tick, end});
+    });
+}
+
+void EventIndex::refresh(CSeq* seq, CPart* part) {
+    const unsigned changes = seq->host->changes;
+    const bool live = seq->host->recording; // events come into the list meanwhile
+    if (made && !live && head == part->getEvents() && madeAt == changes) return;
+    make(seq, part);
+    made = true;
+    madeAt = changes;
+}
