@@ -4,6 +4,7 @@
 #include "gui/CWin.h"
 #include "gui/Scale.h"
 #include "gui/Utf8.h"
+#include "gui/controls/CMDI.h"
 #include "gui/controls/CTabs.h"
 
 #include <poll.h>
@@ -125,6 +126,11 @@ void LiveTree::collect(CCtrl* ctrl, std::vector<AccessId>& found) {
     if (!ctrl->visible) return;
     if (describedBy(ctrl, Accessible::wholeCtrl).role != Role::none) {
         found.push_back(idOf(ctrl));
+        return;
+    }
+    if (const auto* area = dynamic_cast<CMDI*>(ctrl)) {
+        for (CWin* page : each<CWin>(area->pages))
+            if (area->shows(page)) collect(page, found);
         return;
     }
     if (ctrl->category != catGroup && ctrl->category != catGroupLike) return;

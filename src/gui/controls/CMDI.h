@@ -20,6 +20,8 @@ public:
     ~CMDI() override; ///< hides its pages and makes them windows without an owner
 
     bool keyDown(int key, int mods) override; ///< to the page in front
+    /// Whether a page is among those that show, in front or beside the one in front.
+    bool shows(const CWin* page) const { return pages.contains(page) && inFront(page); }
     bool raiseLast(); ///< brings the last page of the group to the front; false for one alone
     bool keyUp(int key, int mods) override;
     void setFocus(bool on) override;
