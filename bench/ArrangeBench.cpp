@@ -21,7 +21,7 @@ public:
         fillSong();
         turn(50);
     }
-    ArrangeView* song() { return find<ArrangeView>("song", win->clientGroup); }
+    ArrangeView* song() { return find<ArrangeView>("song", songPage()); }
     ArrangeGrid* grid() { return find<ArrangeGrid>("grid", song()); }
 
 private:

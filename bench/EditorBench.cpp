@@ -4,7 +4,6 @@
 #include "engine/MidiBytes.h"
 #include "gui/Keys.h"
 #include "gui/access/Accessible.h"
-#include "gui/controls/CDocker.h"
 #include "notes/LaneView.h"
 #include "notes/NoteGrid.h"
 #include "sequencer/CEditorComp.h"
@@ -142,8 +141,9 @@ void open(benchmark::State& state) {
 
 void scrollAlong(benchmark::State& state) {
     show(program(), partOf(state), int(state.range(0)));
-    measure(state, steps,
-            [](Program& p, int i) { p.grid()->mouseWheel(500, 300, modShift, 32 * zigzag(i, 30), 0); });
+    measure(state, steps, [](Program& p, int i) {
+        p.grid()->mouseWheel(500, 300, modShift, 32 * zigzag(i, 30), 0);
+    });
 }
 
 void scrollDown(benchmark::State& state) {
@@ -247,9 +247,9 @@ void hitTest(benchmark::State& state) {
 /// The arrangement, where the part is seen in little.
 void sketch(benchmark::State& state) {
     Program& p = program();
-    p.win->pages->docker->setActive(0);
+    p.win->pages->bringToFront(p.win->pages->editorOf(p.seq()));
     p.turn(5);
-    auto* song = ProgramDesk::find<ArrangeView>("song", p.win->clientGroup);
+    auto* song = ProgramDesk::find<ArrangeView>("song", p.songPage());
     song->zoom(1400.0 * 960 / (int(state.range(0)) * barTicks));
     measure(state, steps, [song](Program& q, int i) {
         if (i % 2) q.seq()->songNotices.raise(SeqNotice::parts);

@@ -11,6 +11,7 @@
 #include "sequencer/CSeq.h"
 #include "shell/AppHooks.h"
 #include "shell/CMainWin.h"
+#include "shell/Pages.h"
 #include "shell/ProjectFlows.h"
 #include "ui/Song.h"
 
@@ -58,6 +59,7 @@ public:
 
     bool ready() const { return win != nullptr; }
     CSeq* seq() { return songOf(host.get()); }
+    CGroup* songPage() { return win->pages->editorOf(seq())->clientGroup; } ///< of the arrangement
     template <class T>
     static T* find(const char* id, CGroup* group) {
         for (auto* c : each<CCtrl>(group->controls))

@@ -7,7 +7,6 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/ParamLanes.h"
-#include "ui/Commands.h"
 #include "ui/Workspace.h"
 
 /// The range that is chosen, else points of automation, if any are selected, else parts.
@@ -47,23 +46,22 @@ void ArrangeView::showTouched() {
 
 void ArrangeView::bindCommands() {
     bindZoom();
-    Commands& commands = workspace.commands();
     const auto withSong = [this] { return seq() != nullptr; };
     const auto bindRipple = [&](const char* name, Ripple kind) {
-        commands.bind(
+        actions.bind(
             name, [this, kind] { ripple = ripple == kind ? Ripple::off : kind; }, withSong,
             [this, kind] { return ripple == kind; });
     };
     bindRipple("rippletrack", Ripple::track);
     bindRipple("rippleall", Ripple::all);
-    commands.bind(
+    actions.bind(
         "showtouched", [this] { showTouched(); }, [this] { return canShowTouched(); });
-    commands.bind(
+    actions.bind(
         "addpoint", [this] { addPointHere(*this); },
         [this] { return !qv->recording && !qv->recUndo && canAddPoint(*this); });
-    commands.bind(
+    actions.bind(
         "delete", [this] { deleteSelected(); }, [this] { return canDelete(); });
-    commands.bind(
+    actions.bind(
         "objectbar",
         [this] {
             objectsShown.toggle();

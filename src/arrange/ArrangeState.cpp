@@ -8,7 +8,7 @@
 #include "ui/Workspace.h"
 
 ArrangeState::ArrangeState(Workspace& space, SongRange& songRange)
-    : workspace(space), qv(space.host()), range(songRange) {
+    : workspace(space), qv(space.host()), range(songRange), actions(space.commands()) {
 }
 
 bool ArrangeState::anySolo() const {

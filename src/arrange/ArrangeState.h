@@ -3,6 +3,7 @@
 #include "arrange/RowLayout.h"
 #include "sequencer/Ripple.h"
 #include "ui/CMouseEdit.h"
+#include "ui/OwnActions.h"
 
 #include <cstdint>
 
@@ -24,6 +25,8 @@ public:
     SongRange& range; ///< that is chosen with the tool for ranges
 
     Ripple ripple = Ripple::off; ///< what goes along when parts move, come or go
+
+    OwnActions actions; ///< of the window
 
     ArrangeState(Workspace& space, SongRange& songRange);
 

@@ -2,7 +2,6 @@
 
 #include "arrange/ArrangeGrid.h"
 #include "arrange/ArrangeKeys.h"
-#include "arrange/EmptySong.h"
 #include "arrange/HeadCorner.h"
 #include "arrange/HeadList.h"
 #include "arrange/ObjectBar.h"
@@ -21,6 +20,7 @@
 #include "gui/controls/CRangebar.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/TempoMap.h"
+#include "ui/Invitation.h"
 #include "ui/Workspace.h"
 
 #include <algorithm>
@@ -34,19 +34,27 @@ constexpr int gridLeft = headWidth + 1;
 constexpr double room = 1.25;  ///< that can be scrolled through, in lengths of the song
 constexpr int leastBars = 64;  ///< of it
 constexpr int spareBelow = 44; ///< pixels under the last row
+constexpr const char* emptyText = "No tracks yet. Add one, bring in a file, or drop files here.";
+const std::vector<Invitation::Way> emptyWays = {{"addtrack", "Add instrument"},
+                                                {"addaudio", "Add audio track"},
+                                                {"adddrum", "Add drum track"},
+                                                {"importaudio", "Import audio..."},
+                                                {"importmidi", "Import MIDI file..."}};
 
 } // namespace
 
-ArrangeView::ArrangeView(Workspace& space, SongRange& songRange, int t, int w, int h)
-    : CGroup(space.mainWindow(), "song", 0, t, w, h), ArrangeState(space, songRange), drops(*this),
-      objectsShown(space.host(), "object-bar", 1), follows(space.host(), "autoscroll", 1),
-      glides(space.host(), "glide", 0), snapBar(new SnapBar(win, *this)),
-      objectBar(new ObjectBar(win, *this)), corner(new HeadCorner(win, *this)),
-      heads(new HeadList(win, *this)), overview(new Overview(win, *this)),
-      ruler(new RulerBars(win, *this)), grid(new ArrangeGrid(win, *this)),
-      empty(new EmptySong(win, space)), across(new CRangebar(win, "across", 0, 0, 1, barWidth)),
+ArrangeView::ArrangeView(CWin* owner, Workspace& space, SongRange& songRange)
+    : CGroup(owner, "song", 0, 0, owner->clientGroup->width, owner->clientGroup->height),
+      ArrangeState(space, songRange), drops(*this), objectsShown(space.host(), "object-bar", 1),
+      follows(space.host(), "autoscroll", 1), glides(space.host(), "glide", 0),
+      snapBar(new SnapBar(win, *this)), objectBar(new ObjectBar(win, *this)),
+      corner(new HeadCorner(win, *this)), heads(new HeadList(win, *this)),
+      overview(new Overview(win, *this)), ruler(new RulerBars(win, *this)),
+      grid(new ArrangeGrid(win, *this)), empty(new Invitation(win, space, "empty")),
+      across(new CRangebar(win, "across", 0, 0, 1, barWidth)),
       down(new CRangebar(win, "down", 0, 0, barWidth, 1)) {
     setAlign(alignWidth | alignHeight, 0, 0);
+    empty->set("Empty song", emptyText, emptyWays);
     for (CCtrl* part : std::initializer_list<CCtrl*>{snapBar, objectBar, corner, heads, overview,
                                                      ruler, grid, empty, across, down})
         addControl(part);
@@ -77,19 +85,6 @@ ArrangeView::~ArrangeView() = default;
 void ArrangeView::onMenus(COnChange* headMenu, COnChange* partsMenu) {
     heads->onHeadMenu = headMenu;
     grid->onPartsMenu = partsMenu;
-}
-
-void ArrangeView::forgetSong() {
-    win->app->drag.cancel();
-    drops.leave();
-    shownSong = nullptr;
-    range.keepTracksOf(nullptr);
-    rows.clear();
-    heads->forgetSong();
-    ruler->forgetSong();
-    overview->songChanged();
-    grid->songChanged();
-    redraw();
 }
 
 void ArrangeView::songChanged() {
@@ -274,10 +269,6 @@ DropPlan ArrangeView::dropsAt(int x, int y, int btn) {
     DropPlan plan = drops.take(*win->app->dragList, asPoint(x - gridLeft, y - gridTop()), btn);
     showEmpty();
     return plan;
-}
-
-DropPlan ArrangeView::dropsBeside() {
-    return drops.take(*win->app->dragList, asPoint(-1, TimeAxis::farX), 0);
 }
 
 /// Files that hover are shown on the grid.

@@ -14,9 +14,9 @@ class CPopup;
 class CRangebar;
 class CScrollbar;
 class CSongTrack;
-class EmptySong;
 class HeadCorner;
 class HeadList;
+class Invitation;
 class ObjectBar;
 class Overview;
 class RulerBars;
@@ -28,8 +28,8 @@ class TrackCommands;
 /// together. Interface thread.
 class ArrangeView : public CGroup, private ArrangeState {
 public:
-    /// `range` is used until the window goes, and not by the destructor.
-    ArrangeView(Workspace& workspace, SongRange& range, int top, int width, int height);
+    /// `range` outlives it.
+    ArrangeView(CWin* win, Workspace& workspace, SongRange& range);
     ~ArrangeView() override;
 
     void paint(CGraphic* g, CRect rect) override;
@@ -45,14 +45,13 @@ public:
     bool refresh();
     void idle();        ///< follows all else that changes without a notice; interface tick
     void songChanged(); ///< builds all anew from the song
-    void forgetSong();  ///< it is about to be deleted: nothing shows until `songChanged`
 
+    const OwnActions& ownActions() const { return actions; }
     void addTargets(CPopup* popup);   ///< as `HeadList::addTargets`
     bool arrowKey(int key, int mods); ///< as `editKey`, and Up and Down choose a track
     int tickAt(int x) const;          ///< at a point of the view, at least 0
     /// What comes of the files that are dragged when they are dropped at a point of the view.
     DropPlan dropsAt(int x, int y, int btn);
-    DropPlan dropsBeside(); ///< the same for the position, on new tracks
     /// Another zoom, around the middle of what shows; while playing around the play position, which
     /// comes to the middle first.
     void zoom(double pixelsPerQuarter);
@@ -116,7 +115,7 @@ private:
     Overview* overview;
     RulerBars* ruler;
     ArrangeGrid* grid;
-    EmptySong* empty; ///< in place of the grid
+    Invitation* empty; ///< in place of the grid
     CRangebar *across, *down;
     int songTicks = 0;             ///< its length, as it was when it changed last
     CSeq* shownSong = nullptr;     ///< the song whose place and zoom these are; not owned

@@ -11,7 +11,6 @@
 #include "gui/Keys.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
-#include "ui/Commands.h"
 #include "ui/Workspace.h"
 
 #include <algorithm>
@@ -212,26 +211,25 @@ bool ArrangeView::touch(int x, int y, int btn, const TouchStep& step) {
 }
 
 void ArrangeView::bindZoom() {
-    Commands& commands = workspace.commands();
     const auto withSong = [this] { return seq() != nullptr; };
-    commands.bind(
+    actions.bind(
         "zoomin", [this] { zoom(edit.axis.zoom() * zoomStep); }, withSong);
-    commands.bind(
+    actions.bind(
         "zoomout", [this] { zoom(edit.axis.zoom() / zoomStep); }, withSong);
-    commands.bind(
+    actions.bind(
         "zoomselection", [this] { zoomToSelection(); }, withSong);
-    commands.bind(
+    actions.bind(
         "zoomsong", [this] { zoomToSong(); }, withSong);
-    commands.bind(
+    actions.bind(
         "zoomback", [this] { zoomBack(); },
         [this] { return seq() != nullptr && !zoomedFrom.empty(); });
-    commands.bind(
+    actions.bind(
         "rowshigher", [this] { zoomRows(zoomStep); }, withSong);
-    commands.bind(
+    actions.bind(
         "rowslower", [this] { zoomRows(1 / zoomStep); }, withSong);
-    commands.bind(
+    actions.bind(
         "autoscroll", [this] { follows.toggle(); }, withSong, [this] { return follows.on(); });
-    commands.bind(
+    actions.bind(
         "glide", [this] { glides.toggle(); }, [this] { return seq() != nullptr && follows.on(); },
         [this] { return glides.on(); });
 }

@@ -8,7 +8,6 @@
 #include "gui/CWin.h"
 #include "gui/DrawBatch.h"
 #include "gui/Keys.h"
-#include "gui/Selections.h"
 #include "gui/Shapes.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/TempoMap.h"
@@ -22,13 +21,6 @@ constexpr double rowShare = 0.85, sureShare = 0.45, unsureShare = 0.2;
 constexpr int edgeRoom = 24, edgeStep = 12; ///< pixels, of the scrolling
 constexpr int textGap = 4;
 
-std::vector<CStr> filesOf(const CList& items) {
-    std::vector<CStr> paths;
-    for (const auto* item : each<CDropItem>(items))
-        if (item->type == dropFile) paths.push_back(item->path);
-    return paths;
-}
-
 /// By how much to scroll for a pointer near an end of 0 to `room`.
 int pullAt(int at, int room) {
     if (at < 0 || at >= room) return 0;
@@ -39,7 +31,7 @@ int pullAt(int at, int room) {
 } // namespace
 
 void DropFiles::begin(const CList& items) {
-    const std::vector<CStr> paths = filesOf(items);
+    const std::vector<CStr> paths = filesAmong(items);
     if (reader && reader->paths == paths) return;
     reader = std::make_unique<FactReader>(paths);
     known = -1;

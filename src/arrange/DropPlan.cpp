@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "base/Paths.h"
+#include "gui/Selections.h"
 #include "sequencer/CSeq.h"
 
 #include <algorithm>
@@ -102,6 +103,13 @@ private:
 };
 
 } // namespace
+
+std::vector<CStr> filesAmong(const CList& items) {
+    std::vector<CStr> paths;
+    for (const auto* item : each<CDropItem>(items))
+        if (item->type == dropFile) paths.push_back(item->path);
+    return paths;
+}
 
 DropPlan planDrop(CSeq* seq, const std::vector<CSongTrack*>& rows, const std::vector<CStr>& paths,
                   const std::vector<FileFacts>& facts, const DropTarget& target) {

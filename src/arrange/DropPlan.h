@@ -2,6 +2,7 @@
 
 #include "project/FileFacts.h"
 
+class CList;
 class CSeq;
 
 /// Where files would come that are dropped at a place.
@@ -28,6 +29,9 @@ struct DropPlan {
     std::vector<DropBox> boxes;
     CStr refusal; ///< why nothing comes, empty when something does
 };
+
+/// The files among the items that are dragged.
+std::vector<CStr> filesAmong(const CList& items);
 
 /// `rows` are the tracks that show, in order; `facts` those of `paths`. Files that a song does not
 /// take are left out.

@@ -39,14 +39,6 @@ HeadList::~HeadList() {
     delete onHeadMenu;
 }
 
-void HeadList::forgetSong() {
-    if (win->app->drag.of(this)) win->app->drag.cancel();
-    heads.clear();
-    clear();
-    anchor = nullptr;
-    redraw();
-}
-
 void HeadList::songChanged() {
     const Place focus = focusPlace();
     place();

@@ -38,7 +38,6 @@ public:
 
     /// Follows the rows of the state, which are others.
     void songChanged();
-    void forgetSong(); ///< the song is about to be deleted
     void cablesChanged();
     /// Places the heads by the rows and what is scrolled.
     void place();

@@ -33,13 +33,6 @@ PointLane::PointLane(CWin* owner, ArrangeState& shared, const char* name, int h)
 
 PointLane::~PointLane() = default;
 
-void PointLane::forgetSong() {
-    if (win->app->drag.of(this)) win->app->drag.cancel();
-    current = nullptr;
-    shown.clear();
-    redraw();
-}
-
 int PointLane::xOf(double tick) const {
     return state.axis().xOf(tick);
 }

@@ -33,7 +33,6 @@ public:
     bool pressPart(int part) override;
 
     bool refresh(); ///< follows the points; whether that shows
-    void forgetSong();
 
 protected:
     /// By how much a point is drawn away from its place during a drag.

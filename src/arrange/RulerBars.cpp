@@ -48,7 +48,7 @@ RulerBars::~RulerBars() = default;
 
 void RulerBars::bindCommands() {
     for (const Bar& bar : bars)
-        state.workspace.commands().bind(
+        state.actions.bind(
             bar.action,
             [this, &bar] {
                 bar.shown->toggle();
@@ -71,10 +71,6 @@ void RulerBars::resized() {
         bar->setBounds(0, y, width, bar->height);
         if (bar->visible) y += bar->height;
     }
-}
-
-void RulerBars::forgetSong() {
-    for (const Bar& bar : bars) bar.lane->forgetSong();
 }
 
 int RulerBars::playX() const {

@@ -26,7 +26,6 @@ public:
     bool refresh();           ///< follows the play position; whether that shows
     void idle();              ///< follows the loop and the lanes
     void scrolled(int dx);    ///< what was shown has moved by so many pixels
-    void forgetSong();
 
 private:
     struct Bar {

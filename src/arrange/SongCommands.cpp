@@ -209,7 +209,8 @@ void SongCommands::bindParts() {
                     row.run(seq());
             },
             [this, &row] {
-                return prog() && !recording() && ((row.onRange && range.get()) || row.ready(seq()));
+                return shown() && !recording() &&
+                       ((row.onRange && range.get()) || row.ready(seq()));
             });
     const auto anyChosen = [this] { return prog() && (range.get() || anySelected(seq())); };
     workspace.commands().bind(
@@ -229,7 +230,7 @@ void SongCommands::bindParts() {
 
 /// Selected points go before selected parts, and what was copied last is pasted.
 void SongCommands::bindClipboard() {
-    const auto idle = [this] { return prog() && !recording(); };
+    const auto idle = [this] { return shown() && !recording(); };
     const auto any = [this, idle] {
         return idle() && (anySelected(seq()) || anyChosenPoint(seq()));
     };
@@ -267,6 +268,10 @@ void SongCommands::editRange(CStr (*edit)(CSeq*, const TimeRange&)) {
     next.from = chosen.to;
     next.to = limitTicks(int64_t(chosen.to) + chosen.to - chosen.from);
     range.set(next);
+}
+
+bool SongCommands::shown() const {
+    return prog() && workspace.isOpen(seq());
 }
 
 bool SongCommands::recording() const {

@@ -57,6 +57,7 @@ private:
     void addTrack(int kind);
     void toggle(StoredValue (*valueOf)(CSongTrack*));
     bool recording() const;
+    bool shown() const; ///< there is a song, and its window is open
     void flip(const StoredValue& value);
     void editRange(CStr (*edit)(CSeq*, const TimeRange&));
     bool locateSelection();

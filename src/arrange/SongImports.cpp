@@ -83,6 +83,15 @@ void SongImports::dropped(const DropPlan& plan) {
     if (plan.files.empty()) setStatus(plan.refusal);
 }
 
+void SongImports::droppedBeside(const CList& items) {
+    if (!seq()) return;
+    FactReader reader(filesAmong(items));
+    reader.waitFor();
+    std::vector<FileFacts> facts;
+    for (int i = 0; i < int(reader.paths.size()); i++) facts.push_back(reader.facts(i));
+    dropped(planDrop(seq(), {}, reader.paths, facts, {nullptr, asInt(qv->getPos())}));
+}
+
 void SongImports::serve() {
     if (waiting.empty() || workspace.pumping) return;
     std::vector<BringFile> files = std::exchange(waiting, {});

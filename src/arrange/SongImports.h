@@ -20,6 +20,8 @@ public:
 
     /// Takes what is dropped, which comes at the next `serve`.
     void dropped(const DropPlan& plan);
+    /// The same for what is dropped anywhere else: it comes to the position, on new tracks.
+    void droppedBeside(const CList& items);
     void serve();
 
 private:

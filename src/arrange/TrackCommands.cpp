@@ -9,8 +9,6 @@
 #include "sequencer/Takes.h"
 #include "sequencer/TrackEdits.h"
 #include "sequencer/TrackValues.h"
-#include "ui/Commands.h"
-#include "ui/Workspace.h"
 
 #include <algorithm>
 #include <vector>
@@ -61,44 +59,42 @@ void toggleSolosOfAll(CSeq* seq) {
 }
 
 TrackCommands::TrackCommands(ArrangeState& shared, HeadList& list) : state(shared), heads(list) {
-    Commands& commands = state.workspace.commands();
     const auto ready = [this] { return anyTrack(); };
     const auto idle = [this] { return anyTrack() && !state.qv->recording && !state.qv->recUndo; };
-    commands.bind(
+    state.actions.bind(
         "rename", [this] { heads.renameSelected(); }, ready);
-    commands.bind(
+    state.actions.bind(
         "trackcolour", [this] { heads.askColour(); }, ready);
-    commands.bind(
+    state.actions.bind(
         "foldtrack", [this] { fold(); }, ready);
-    commands.bind(
+    state.actions.bind(
         "duplicatetrack", [this] { state.tell(duplicateTracks(state.seq(), chosen(state.seq()))); },
         idle);
-    commands.bind(
+    state.actions.bind(
         "deletetrack", [this] { deleteTracks(state.seq(), chosen(state.seq())); }, idle);
-    commands.bind(
+    state.actions.bind(
         "trackup", [this] { step(-1); }, [this, idle] { return idle() && canStep(-1); });
-    commands.bind(
+    state.actions.bind(
         "trackdown", [this] { step(1); }, [this, idle] { return idle() && canStep(1); });
     bindSwitches();
 }
 
 void TrackCommands::bindSwitches() {
-    Commands& commands = state.workspace.commands();
     const auto ready = [this] { return anyTrack(); };
     const auto withSong = [this] { return state.seq() != nullptr; };
     using ValueOf = StoredValue (*)(CTrack*);
     for (const auto& [name, valueOf] :
          {std::pair<const char*, ValueOf>{"armtrack", armOf}, {"locktrack", lockedOf}})
-        commands.bind(
+        state.actions.bind(
             name, [this, of = valueOf] { toggle(of); }, ready,
             [this, of = valueOf] { return anyTrack() && all(of); });
-    commands.bind(
+    state.actions.bind(
         "showtakes", [this] { showTakes(); },
         [this] { return anyTrack() && std::ranges::any_of(chosen(state.seq()), hasTakes); },
         [this] { return anyTrack() && std::ranges::all_of(chosen(state.seq()), showsTakes); });
-    commands.bind(
+    state.actions.bind(
         "muteall", [this] { toggleMutesOfAll(state.seq()); }, withSong);
-    commands.bind(
+    state.actions.bind(
         "soloall", [this] { toggleSolosOfAll(state.seq()); }, withSong);
 }
 

@@ -19,7 +19,8 @@ NoteCommands::NoteCommands(Workspace& space, EditorTable& editors)
     workspace.commands().bind(
         "edit", [this] { workspace.openPart(selectedPart()); },
         [this] { return selectedPart() != nullptr; });
-    bindEditor();
+    for (const char* name : {"octup", "octdown", "trackzoomin", "trackzoomout", "insertnote"})
+        workspace.commands().leave(name);
     bindSwitches();
 }
 
@@ -32,14 +33,6 @@ CPart* NoteCommands::selectedPart() const {
     CSeq* song = seq();
     CPart* found = song ? song->getFirstSelectedPart(0, nullptr) : nullptr;
     return found && workspace.canOpen(found) ? found : nullptr;
-}
-
-/// The editor in front is asked before what is bound here.
-void NoteCommands::bindEditor() {
-    const auto inFront = [this] { return seq() && workspace.inFront(seq()->editorComp.get()); };
-    for (const char* name : {"octup", "octdown", "trackzoomin", "trackzoomout", "insertnote"})
-        workspace.commands().bind(
-            name, [] {}, inFront);
 }
 
 void NoteCommands::bindSwitches() {

@@ -15,7 +15,6 @@ public:
 private:
     CSeq* seq() const;
     CPart* selectedPart() const;
-    void bindEditor();
     void bindSwitches();
 
     Workspace& workspace;

@@ -26,8 +26,6 @@
 namespace {
 
 constexpr const char *exportTitle = "Export Project (wav, aif, mp3)", *renderTitle = "Render";
-constexpr const char* const rangeNames[] = {"All tracks and parts", "Left - Right locator",
-                                            "Selected parts only"};
 constexpr const char* const emptyRangeTexts[] = {"Nothing to export: the song has no parts",
                                                  "Nothing to export: the locators are not in order",
                                                  "Nothing to export: no part is selected"};
@@ -97,10 +95,6 @@ std::vector<int> all(const Table& table) {
 
 } // namespace
 
-const char* renderRangeName(int rangeMode) {
-    return rangeNames[asMinMax(rangeMode, rangeSong, rangeSelected)];
-}
-
 CRenderWin::CRenderWin(Workspace& space, CRender& what, CSeq* song)
     : CDialogWin(space.mainWindow(), exportTitle, contentWidth, contentHeight,
                  winCaption | winCentre | winEscape),
@@ -122,12 +116,12 @@ CRenderWin::~CRenderWin() = default;
 void CRenderWin::addSelection() {
     auto* heading = new CLabel(this, "Selection", margin, margin, columnWidth, headingHeight);
     addControl(heading);
-    const int listHeight = int(std::size(rangeNames)) * rowHeight + 2;
+    const int listHeight = (rangeSelected + 1) * rowHeight + 2;
     ranges = new CListbox(this, "range", margin, columnTop, columnWidth, listHeight);
     heading->field = ranges;
     ranges->itemHeight = rowHeight;
     ranges->tabStop = true;
-    for (const char* name : rangeNames) ranges->add(name);
+    for (int mode = rangeSong; mode <= rangeSelected; mode++) ranges->add(renderRangeName(mode));
     ranges->setIndex(render.rangeMode);
     wire(ranges->onChange, new _COnChange<CRenderWin>(this, &CRenderWin::rangeChanged));
     addControl(ranges);

@@ -73,7 +73,5 @@ private:
     bool cancelled = false;
 };
 
-const char* renderRangeName(int rangeMode); ///< of RenderRange, for the user
-
 /// Opens the dialog with what was chosen last, and keeps what was chosen now.
 void exportProject(Workspace& workspace, CSeq* seq);

@@ -17,6 +17,8 @@
 
 namespace {
 
+constexpr const char* rangeNames[] = {"All tracks and parts", "Left - Right locator",
+                                      "Selected parts only"};
 /// Renders of one project are equal byte for byte, so chance begins anew with each.
 constexpr unsigned renderSeed = 1;
 /// Frames by which a sum of ticks may fall short of what it stands for.
@@ -90,6 +92,10 @@ float clipped(float v) {
 }
 
 } // namespace
+
+const char* renderRangeName(int rangeMode) {
+    return rangeNames[asMinMax(rangeMode, rangeSong, rangeSelected)];
+}
 
 CRender::CRender(CQV* host, CComp* component) : qv(host), comp(component) {
 }

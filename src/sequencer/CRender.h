@@ -24,6 +24,7 @@ public:
 
 /// What is rendered of the song.
 enum RenderRange : int { rangeSong = 0, rangeLocators = 1, rangeSelected = 2 };
+const char* renderRangeName(int rangeMode); ///< of RenderRange, for the user
 
 /// What it is written as; MP3 by the outside tool `lame`.
 enum RenderFormat : int { renderWav = 0, renderAiff = 1, renderMp3 = 2 };

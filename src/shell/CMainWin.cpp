@@ -1,6 +1,5 @@
 #include "shell/CMainWin.h"
 
-#include "arrange/ArrangeView.h"
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
@@ -20,6 +19,7 @@
 #include "shell/Rooms.h"
 #include "shell/StatusLine.h"
 #include "shell/Toolbar.h"
+#include "ui/Invitation.h"
 #include "ui/Shortcuts.h"
 #include "ui/Song.h"
 
@@ -57,7 +57,6 @@ CMainWin::CMainWin(CApp* application, CQV* host)
       theme(application, host), mainCommands(std::make_unique<MainCommands>(this)) {
     minWidth = asMin(smallestWidth, screenWidth());
     minHeight = smallestHeight;
-    editorType = groupArrange; // of the first page
     table.readShortcuts();
     choices.hints.onChange = [this] {
         if (!choices.hints.on()) setStatus("");
@@ -65,7 +64,9 @@ CMainWin::CMainWin(CApp* application, CQV* host)
     const auto secondAlt = [this] { setSecondAlt(SecondAlt(choices.altKey.get())); };
     choices.altKey.onChange = secondAlt;
     secondAlt();
-    choices.outlineParts.onChange = [this] { redraw(); };
+    choices.outlineParts.onChange = [this] {
+        for (auto* editor : each<CCompEditor>(editors)) editor->redraw();
+    };
     choices.tabsAlways.onChange = [this] { pages->showTabs(choices.tabsAlways.on()); };
     app->follow(this);
     wire(app->onKey, static_cast<COnKey*>(new _COnKey<CMainWin>(this, &CMainWin::handleKeyDown)));
@@ -88,13 +89,9 @@ void CMainWin::init() {
     status = new StatusLine(this, qv, h - StatusLine::lineHeight, w);
     addControl(status);
     const int below = Toolbar::barHeight;
-    song = new ArrangeView(*this, rooms->range, below, w, h - below - StatusLine::lineHeight);
-    song->setAlign(alignWidth | alignHeight, 0, StatusLine::lineHeight);
-    wire(song->onDrop, static_cast<COnMouse*>(new _COnMouse<CMainWin>(this, &CMainWin::songDrop)));
-    song->onMenus(new _COnChange<CMainWin>(this, &CMainWin::headMenu),
-                  new _COnChange<CMainWin>(this, &CMainWin::partsMenu));
-    addControl(song);
-    pages = std::make_unique<Pages>(this, qv, song, below, int(StatusLine::lineHeight));
+    desk = new Invitation(this, *this, "desk");
+    addControl(desk);
+    pages = std::make_unique<Pages>(this, qv, desk, below, int(StatusLine::lineHeight));
     followNotices();
     idle();
     redraw();
@@ -103,7 +100,7 @@ void CMainWin::init() {
 void CMainWin::onTimer() {
     if (!flows->loading()) qv->idle();
     if (!pumping) flows->tick();
-    if (!flows->loading()) rooms->imports.serve();
+    if (!flows->loading()) rooms->arrange.imports.serve();
 }
 
 void CMainWin::followNotices() {
@@ -114,25 +111,20 @@ void CMainWin::followNotices() {
 }
 
 void CMainWin::idle() {
-    if (!song || flows->loading()) return;
+    if (!pages || flows->loading()) return;
     router.serve();
     setCaptionText();
+    refreshDesk();
     bar->refresh();
-    song->idle();
-    song->refresh();
     mainMenu->refresh();
     status->refresh();
 }
 
-/// What the views follow may be gone once the graph or the song has changed, which the next tick
-/// tells them.
+/// What the displays follow may be gone once the graph has changed, which the next tick tells them.
 bool CMainWin::onFrame() {
-    const CSeq* seq = songOf(qv);
-    if (!song || flows->loading() || !seq || seq->songNotices.raised(SeqNotice::tracks) ||
-        qv->hostNotices.raised(HostNotice::graph | HostNotice::step))
+    if (!pages || flows->loading() || qv->hostNotices.raised(HostNotice::graph | HostNotice::step))
         return false;
-    const bool changed = bar->followSound();
-    return song->refresh() || changed;
+    return bar->followSound();
 }
 
 void CMainWin::hide() {
@@ -163,7 +155,7 @@ void CMainWin::updateDocker() {
 // Keys and actions.
 
 bool CMainWin::keyDown(int key, int mods) {
-    if (CCompEditor::keyDown(key, mods) || arrowKey(key, mods)) return true;
+    if (CCompEditor::keyDown(key, mods)) return true;
     if (key != keyF10 || mods != 0 || !mainMenu) return false;
     mainMenu->focus();
     return true;
@@ -196,32 +188,42 @@ bool CMainWin::playOrStop() {
     return table.run(getAction(qv->playing ? "stop" : "play"));
 }
 
-/// The page in front is asked first, since menus and buttons are about what is in sight.
+/// The window that menus and buttons are about: one on the screen that has the keys, or the page in
+/// front; null without any.
+CCompEditor* CMainWin::asked() const {
+    for (auto* editor : each<CCompEditor>(editors))
+        if (!editor->isPage() && editor->hasFocus()) return editor;
+    return pages ? pages->current() : nullptr;
+}
+
 bool CMainWin::onAction(CAction* action) {
     if (flows->loading()) return false;
-    CCompEditor* page = pages ? pages->current() : nullptr;
-    return (page && page->onAction(action)) || table.run(action);
+    CCompEditor* editor = asked();
+    return (editor && editor->onAction(action)) || table.run(action);
 }
 
 bool CMainWin::canRun(const CAction* action) const {
-    const CCompEditor* page = pages ? pages->current() : nullptr;
-    return (page && page->canRun(action)) || action->isReady();
+    const CCompEditor* editor = asked();
+    return (editor && editor->canRun(action)) || action->isReady();
+}
+
+bool CMainWin::isOn(const CAction* action) const {
+    const CCompEditor* editor = asked();
+    return (editor && editor->isOn(action)) || action->isOn();
 }
 
 CStr CMainWin::shortcutOf(const CAction* action) const {
+    const CCompEditor* editor = asked();
+    const int asking = editor ? editor->editorType : editorType;
     const char* fixed = action->key == ' ' ? "play" : fixedAction(action->key);
     const bool mine = action->mods == 0 && fixed
                           ? action->name == fixed
-                          : actions->find(action->key, action->mods, editorType) == action;
+                          : actions->find(action->key, action->mods, asking) == action;
     return mine ? shortcutToStr(action->key, action->mods) : CStr();
 }
 
 void CMainWin::actionClicked(CObject* sender) {
     onAction(static_cast<CAction*>(static_cast<CCtrl*>(sender)->userPtr));
-}
-
-bool CMainWin::arrowKey(int key, int mods) {
-    return song && song->shown() && !flows->loading() && song->arrowKey(key, mods);
 }
 
 /// Projects and themes among what is dropped are opened, wherever it is, and nothing is taken
@@ -242,12 +244,7 @@ bool CMainWin::takesDrop() {
 }
 
 void CMainWin::mainDrop(CObject*) {
-    if (!takesDrop() && song) rooms->imports.dropped(song->dropsBeside());
-}
-
-void CMainWin::songDrop(CObject*, int x, int y, int btn) {
-    const DropPlan plan = song->dropsAt(x, y, btn);
-    if (!takesDrop()) rooms->imports.dropped(plan);
+    if (!takesDrop()) rooms->arrange.imports.droppedBeside(*app->dragList);
 }
 
 // What is shown.
@@ -297,27 +294,35 @@ void CMainWin::reopenEditor() {
         openEditor(editor);
 }
 
-void CMainWin::forgetSong() {
-    if (song) song->forgetSong();
-    if (bar) bar->forgetSong();
+void CMainWin::showSong() {
+    CSeq* seq = songOf(qv);
+    if (!seq || !pages) return;
+    const CEditorStruct& record = seq->editorStruct;
+    const bool placed = record.page > 0 || record.visible;
+    const bool otherFront = placed && pages->waits();
+    updateDocker();
+    if (!otherFront || !pages->current()) openEditor(seq);
 }
 
-void CMainWin::addTargets(CPopup* popup) {
-    if (song) song->addTargets(popup);
+/// Buttons are made anew only where the text is another one: the handler of one may be running.
+void CMainWin::refreshDesk() {
+    const int state = songOf(qv) ? 1 : 0;
+    if (deskState == state) return;
+    deskState = state;
+    if (state)
+        desk->set("No page", "No page is open.", {{"arrangement", "Open the arrangement"}});
+    else
+        desk->set("No song", "There is no song here. Begin one, or open a project.",
+                  {{"new", "New..."}, {"open", "Open..."}, {"openlast", "Open last"}});
+}
+
+void CMainWin::forgetSong() {
+    made.clear();
+    if (bar) bar->forgetSong();
 }
 
 void CMainWin::mdiChanged() {
     if (mainMenu) mainMenu->rebuild();
-}
-
-void CMainWin::headMenu(CObject*) {
-    const CPoint at = app->menuPoint();
-    mainMenu->showTrack(at.x, at.y, app->menuCtrl);
-}
-
-void CMainWin::partsMenu(CObject*) {
-    const CPoint at = app->menuPoint();
-    mainMenu->showPart(at.x, at.y, app->menuCtrl);
 }
 
 void CMainWin::showRecent(int x, int y) {
@@ -349,6 +354,10 @@ void CMainWin::openEditor(CComp* edited) {
     if (edited->editorStruct.page < 0 && !edited->editorStruct.visible)
         pages->addPage(made.back().get());
     pages->open(made.back().get());
+}
+
+bool CMainWin::isOpen(const CComp* edited) const {
+    return pages && pages->editorOf(edited);
 }
 
 bool CMainWin::inFront(const CComp* edited) const {

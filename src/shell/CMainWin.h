@@ -10,7 +10,6 @@
 #include <memory>
 #include <vector>
 
-class CPopup;
 class CQV;
 class CUndo;
 class MainCommands;
@@ -18,7 +17,7 @@ class MainMenu;
 class Pages;
 class ProjectFlows;
 class Rooms;
-class ArrangeView;
+class Invitation;
 class StatusLine;
 class Toolbar;
 struct CEditorStruct;
@@ -81,15 +80,19 @@ public:
     void openEditor(CComp* edited) override;
     bool runAction(CAction* action) override { return onAction(action); }
     bool canRun(const CAction* action) const override;
+    bool isOn(const CAction* action) const override;
+    bool isOpen(const CComp* edited) const override;
     bool inFront(const CComp* edited) const override;
     bool canOpen(const CPart* part) const override;
     void openPart(CPart* part) override;
+    bool takesDrop() override;
     /// Lets go of the window that `openEditor` has made, as its component is about to die.
     void dropEditor(const CComp* edited);
     /// Another project is open, or it has another name.
     void projectChanged();
-    void forgetSong();              ///< the song is about to be deleted
-    void addTargets(CPopup* popup); ///< what the selected tracks can lead to
+    /// A project has come: its song is in front, unless its pages tell otherwise. No step.
+    void showSong();
+    void forgetSong(); ///< the song is about to be deleted, and with it what has a window
     /// See `Pages::dockWin`.
     void dockWin(CCompEditor* editor, int where, bool maximize, CUndo* undo = nullptr);
     /// Docks or records have changed: makes the windows follow.
@@ -105,11 +108,8 @@ public:
 private:
     void appHint(CObject* sender);
     void mainDrop(CObject* sender);
-    void headMenu(CObject* sender);
-    void partsMenu(CObject* sender);
-    void songDrop(CObject* sender, int x, int y, int btn);
-    bool takesDrop();
-    bool arrowKey(int key, int mods);
+    CCompEditor* asked() const;
+    void refreshDesk();
     void writeSettings();
     void setCaptionText(); ///< nothing while it tells the project already
     void followNotices();
@@ -121,7 +121,8 @@ private:
     const std::unique_ptr<MainCommands> mainCommands;
     std::unique_ptr<MainMenu> mainMenu;
     Toolbar* bar = nullptr;
-    ArrangeView* song = nullptr;
+    Invitation* desk = nullptr; ///< what shows while no page is open
+    int deskState = -1;         ///< 1 with a song, 0 without, -1 nothing told yet
     StatusLine* status = nullptr;
     bool hintShown = false; ///< what the status line tells is a hint, which goes with the pointer
     std::vector<NoticeLink> links;

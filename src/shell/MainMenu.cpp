@@ -4,29 +4,15 @@
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/controls/CPopup.h"
-#include "render/CRenderWin.h"
-#include "sequencer/Freezing.h"
 #include "shell/CMainWin.h"
 #include "shell/MainRibbon.h"
 #include "shell/Pages.h"
 #include "shell/ProjectFlows.h"
-#include "shell/Rooms.h"
 #include "ui/ActionItems.h"
+#include "ui/MenuTags.h"
 #include "ui/Song.h"
 
 #include <iterator>
-
-namespace {
-
-struct TrackChoice {
-    const char *action, *text;
-};
-constexpr TrackChoice trackChoices[] = {{"addtrack", "Instrument track"},
-                                        {"addaudio", "Audio track"},
-                                        {"adddrum", "Drum track"},
-                                        {"addfolder", "Folder"}};
-
-} // namespace
 
 MainMenu::MainMenu(CMainWin* mainWin, CQV* host)
     : window(mainWin), qv(host), bar(new CMenu(mainWin, "menu")) {
@@ -46,13 +32,7 @@ void MainMenu::rebuild() {
     entry("Edit", menuEdit);
     entry("View", menuView);
     CCompEditor* page = window->pages ? window->pages->current() : nullptr;
-    if (page) {
-        page->mergeMenu(bar);
-    } else if (songOf(qv)) {
-        entry("Song", menuSong);
-        entry("Track", menuTrack);
-        entry("Part", menuPart);
-    }
+    if (page) page->mergeMenu(bar);
     entry("Help", menuHelp);
     bar->redraw();
     if (ribbon) ribbon->rebuild();
@@ -70,9 +50,9 @@ void MainMenu::menuClicked(CObject* sender) {
     static constexpr struct {
         int tag;
         void (MainMenu::*fill)(CPopup* popup);
-    } menus[] = {{menuFile, &MainMenu::fillFile}, {menuEdit, &MainMenu::fillEdit},
-                 {menuView, &MainMenu::fillView}, {menuTrack, &MainMenu::fillTrack},
-                 {menuSong, &MainMenu::fillSong}, {menuPart, &MainMenu::fillPart},
+    } menus[] = {{menuFile, &MainMenu::fillFile},
+                 {menuEdit, &MainMenu::fillEdit},
+                 {menuView, &MainMenu::fillView},
                  {menuHelp, &MainMenu::fillHelp}};
     auto* popup = static_cast<CPopup*>(static_cast<CCtrl*>(sender));
     for (const auto& menu : menus)
@@ -168,7 +148,8 @@ void MainMenu::fillEdit(CPopup* popup) {
 }
 
 void MainMenu::fillView(CPopup* popup) {
-    for (const char* page : {"browser", "mixer", "priorpage", "nextpage"}) addAction(popup, page);
+    for (const char* page : {"arrangement", "browser", "mixer", "priorpage", "nextpage"})
+        addAction(popup, page);
     if (CCompEditor* page = window->pages->current()) {
         page->fillCaptionMenu(popup->addSub("Page"));
         addAction(popup, "closeall");
@@ -177,70 +158,6 @@ void MainMenu::fillView(CPopup* popup) {
                       {"rowshigher", "rowslower"},
                       {"autoscroll", "glide"},
                       {"spectrum", "hints", "ribbon"}});
-}
-
-void MainMenu::fillSong(CPopup* popup) {
-    addGroups(popup,
-              {{"play", "record", "stop", "loop", "metronome"},
-               {"rewind", "rewindToPlay", "priorbeat", "nextbeat", "leftlocator", "rightlocator"},
-               {"playselection", "loopselection", "exportrange"},
-               {"addmarker", "deletemarker", "priormarker", "nextmarker", "timesig-add"},
-               {"insertbars", "removebars"},
-               {"punch", "takesinloops", "notetakes", "keepplayed"},
-               {"remix"},
-               {"priorprog", "nextprog"}});
-    popup->addSeparator();
-    window->rooms->takes.fillPreRoll(popup->addSub("Bars before a take"));
-}
-
-void MainMenu::fillPart(CPopup* popup) {
-    addGroups(popup, {{"quantize", "splitatcursor", "glue", "crossfade"}, {"mutepart", "unghost"}});
-    popup->addSeparator();
-    window->rooms->process.fill(popup);
-    window->rooms->takes.fill(popup);
-    addAction(popup, "unusedtakes");
-    addGroups(popup, {{"rangetool", "rangemarkers", "rippletrack", "rippleall"},
-                      {"snap", "snaprelative", "snapadaptive", "snapPrior", "snapNext"}});
-}
-
-void MainMenu::fillTrack(CPopup* popup) {
-    CPopup* kinds = popup->addSub("Add track");
-    for (const TrackChoice& choice : trackChoices) addAction(kinds, choice.action, choice.text);
-    addGroups(popup, {{"mute", "solo", "armtrack", "locktrack"},
-                      {"muteall", "soloall"},
-                      {"rename", "trackcolour", "foldtrack"},
-                      {"showtouched", "addpoint", "showtakes"},
-                      {"trackup", "trackdown", "duplicatetrack", "deletetrack"},
-                      {"freeze", "bounce"}});
-    popup->addSeparator();
-    window->addTargets(popup);
-    fillBounce(popup->addSub("Bounce range"));
-}
-
-void MainMenu::showAt(int x, int y, bool fromKeys, void (MainMenu::*fill)(CPopup*)) {
-    auto* popup = new CPopup(window->app, window);
-    popup->autoDelete = true;
-    (this->*fill)(popup);
-    popup->popup(x, y, fromKeys);
-}
-
-void MainMenu::showTrack(int x, int y, bool fromKeys) {
-    showAt(x, y, fromKeys, &MainMenu::fillTrack);
-}
-
-void MainMenu::showPart(int x, int y, bool fromKeys) {
-    showAt(x, y, fromKeys, &MainMenu::fillPart);
-}
-
-void MainMenu::fillBounce(CPopup* popup) {
-    const int present = readBounceRange(qv);
-    for (int range = rangeSong; range <= rangeSelected; range++)
-        add(popup, renderRangeName(range), &MainMenu::bounceClicked, range)->checked =
-            range == present;
-}
-
-void MainMenu::bounceClicked(CObject* sender) {
-    writeBounceRange(qv, static_cast<CMenuItem*>(sender)->tag);
 }
 
 void MainMenu::fillHelp(CPopup* popup) {

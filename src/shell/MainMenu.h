@@ -12,19 +12,6 @@ class CQV;
 class CStringList;
 class MainRibbon;
 
-/// Tags of the entries of the menu bar.
-enum MenuTag : int {
-    menuFile = 1,
-    menuEdit = 2,
-    menuView = 3,
-    menuTrack = 5,
-    menuPart = 6,
-    menuOptions = 8,
-    menuChannel = 9,
-    menuSong = 11,
-    menuHelp = 12,
-};
-
 /// The menu bar of the main window: fills each menu when it is opened. Interface thread.
 class MainMenu : public CObject {
 public:
@@ -37,23 +24,16 @@ public:
     void rebuild();
     /// Gives the keys to the bar.
     void focus();
-    void refresh();                              ///< interface tick
-    void showTrack(int x, int y, bool fromKeys); ///< the menu "Track" by itself
-    void showPart(int x, int y, bool fromKeys);  ///< the menu "Part" by itself
+    void refresh();                ///< interface tick
     void showRecent(int x, int y); ///< the recent projects as a menu of their own, on the screen
 
 private:
     void menuClicked(CObject* sender);
-    void showAt(int x, int y, bool fromKeys, void (MainMenu::*fill)(CPopup*));
     void fillFile(CPopup* popup);
     void fillNew(CPopup* popup);
     void fillRecent(CPopup* popup);
     void fillEdit(CPopup* popup);
     void fillView(CPopup* popup);
-    void fillTrack(CPopup* popup);
-    void fillBounce(CPopup* popup);
-    void fillPart(CPopup* popup);
-    void fillSong(CPopup* popup);
     void fillHelp(CPopup* popup);
 
     void addAction(CPopup* popup, const char* name, const CStr& text = CStr());
@@ -65,7 +45,6 @@ private:
 
     void kindClicked(CObject* sender);
     void recentClicked(CObject* sender);
-    void bounceClicked(CObject* sender);
 
     CMainWin* window;
     CQV* qv;

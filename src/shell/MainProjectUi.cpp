@@ -6,6 +6,8 @@
 #include "shell/Pages.h"
 #include "shell/ProjectFlows.h"
 
+#include <utility>
+
 namespace {
 
 constexpr int arrowCursor = 0, busyCursor = 2;
@@ -18,8 +20,9 @@ void MainProjectUi::gatherWindows() {
 }
 
 void MainProjectUi::clearWindows() {
-    window->forgetSong();
     if (window->pages) window->pages->clear();
+    window->forgetSong();
+    opening = true;
 }
 
 void MainProjectUi::showPages() {
@@ -36,6 +39,7 @@ void MainProjectUi::waitCursor(bool on) {
 
 void MainProjectUi::projectChanged(const CStr&) {
     window->projectChanged();
+    if (std::exchange(opening, false)) window->showSong();
 }
 
 void MainProjectUi::addRecent(const CStr& path) {

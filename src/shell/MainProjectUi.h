@@ -20,4 +20,5 @@ public:
 
 private:
     CMainWin* window;
+    bool opening = false; ///< the windows are those of a project that comes
 };

@@ -11,7 +11,6 @@
 #include "shell/DockBar.h"
 #include "shell/PageRecords.h"
 #include "shell/ProjectFlows.h"
-#include "ui/Commands.h"
 #include "ui/Song.h"
 
 #include <algorithm>
@@ -54,6 +53,7 @@ Pages::Pages(CMainWin* mainWin, CQV* host, CCtrl* firstPage, int topInside, int 
       bar(new DockBar(mainWin, docker.get(), topInside, mainWin->clientGroup->width)),
       top(topInside), below(belowInside) {
     docker->getDock(0)->name = firstName;
+    docker->firstStands = false;
     docker->tabAlwaysShow = window->options().tabsAlways.on();
     docker->onChange = new _COnChange<Pages>(this, &Pages::docksChanged);
     window->addControl(bar);
@@ -200,6 +200,7 @@ void Pages::store(CCompEditor* editor) {
 void Pages::addPage(CCompEditor* editor) {
     if (docker->docks.getCount() >= mostPages) return;
     CEditorStruct& record = *editor->dock;
+    store(editor);
     record.page = docker->docks.getCount();
     record.pageItem = 0;
     record.maximized = 1;
@@ -240,7 +241,6 @@ void Pages::closeAll() {
 void Pages::docksChanged(CObject*) {
     for (CCompEditor* editor : inOrder())
         if (editor->isPage()) editor->dock->maximized = editor->hasStyle(winMaximized);
-    window->editorType = docker->activeIndex == 0 ? groupArrange : groupGlobal;
     const bool had = bar->visible;
     first->visible = docker->activeIndex == 0; // what is covered takes no keys
     bar->refresh();

@@ -27,8 +27,8 @@ class Pages : public CObject {
 public:
     const std::unique_ptr<CDocker> docker;
 
-    /// `first` is what the window shows without a page, from `top` in its content on, down to
-    /// `below` pixels from the bottom. It is in front at first.
+    /// `first` is what the window shows while no page is open, from `top` in its content on, down
+    /// to `below` pixels from the bottom. It is in front at first.
     Pages(CMainWin* window, CQV* host, CCtrl* first, int top, int below);
     ~Pages() override;
     Pages(const Pages&) = delete;
@@ -48,6 +48,7 @@ public:
     void nextDock(int by);
     void showTabs(bool always);                     ///< else only with more than one page
     bool canTurn() const;                           ///< there is more than one page to turn to
+    bool waits() const { return wantedPage > 0; }   ///< for the page that a project had in front
     CCompEditor* current() const;                   ///< the editor in front on a page, or null
     CCompEditor* editorOf(const CComp* comp) const; ///< that is open; null without one
     void bringToFront(CCompEditor* editor);

@@ -5,8 +5,7 @@
 #include "ui/Workspace.h"
 
 Rooms::Rooms(Workspace& space)
-    : imports(space), process(space), takes(space, range), workspace(space), song(space, range),
-      render(space), notes(space, editors) {
+    : arrange(space, editors), workspace(space), render(space), notes(space, editors) {
     workspace.commands().bind("setup", [this] { openSetup(); });
 }
 

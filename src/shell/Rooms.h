@@ -1,10 +1,6 @@
 #pragma once
 
-#include "arrange/ProcessMenu.h"
-#include "arrange/SongCommands.h"
-#include "arrange/SongImports.h"
-#include "arrange/SongRange.h"
-#include "arrange/TakeMenu.h"
+#include "arrange/ArrangeRoom.h"
 #include "notes/NoteCommands.h"
 #include "render/RenderCommands.h"
 #include "ui/EditorTable.h"
@@ -23,17 +19,13 @@ public:
     Rooms& operator=(const Rooms&) = delete;
 
     EditorTable editors;
-    SongRange range;
-    SongImports imports;
-    ProcessMenu process;
-    TakeMenu takes;
+    ArrangeRoom arrange;
     std::unique_ptr<CSetupWin> setup; ///< null until it is opened first
 
 private:
     void openSetup();
 
     Workspace& workspace;
-    const SongCommands song;
     const RenderCommands render;
     const NoteCommands notes;
 };

@@ -27,7 +27,7 @@ CMenuItem* addActionItem(CPopup* popup, Workspace& workspace, const char* name, 
     if (!shortcut.empty()) line += "\t" + shortcut;
     CMenuItem* item = popup->add(line, new RunAction(workspace, action));
     item->enabled = workspace.canRun(action);
-    item->checked = action->isOn();
+    item->checked = workspace.isOn(action);
     return item;
 }
 

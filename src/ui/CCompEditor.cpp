@@ -40,5 +40,7 @@ bool CCompEditor::keyDown(int key, int mods) {
 bool CCompEditor::doAction(int key, int mods) {
     if (app->modalWin && app->modalWin != this) return false;
     CAction* action = actions->find(key, mods, editorType);
-    return action && !heldBack(action, keyTarget()) && onAction(action);
+    const CWin* around = getMDIOwner(this); // of a page, whose keys come to it
+    const CCtrl* target = around ? around->keyTarget() : keyTarget();
+    return action && !heldBack(action, target) && onAction(action);
 }

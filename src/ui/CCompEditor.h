@@ -34,12 +34,14 @@ public:
 
     /// Turns changes of the component into repaints. Called every 40 ms while the window is open.
     virtual void idle() {}
-    /// Adds the window's own entries to the menu bar.
+    /// Adds the window's own entries to the menu bar, each with a tag of its own (`MenuTag`).
     virtual void mergeMenu(CMenu*) {}
     /// Adds the window's own commands to the menu of its tab on the ribbon.
     virtual void mergeRibbon(CRibbonItem*) {}
     /// Whether the window would carry out the action now by itself.
     virtual bool canRun(const CAction*) const { return false; }
+    /// Whether the action switches something of the window that is on.
+    virtual bool isOn(const CAction*) const { return false; }
     /// True when the window knows the action, and has carried it out.
     virtual bool onAction(CAction*) { return false; }
 };

@@ -28,6 +28,7 @@ constexpr Row rows[] = {
     {"nextpage", "Next page", groupGlobal, functionKey(2)},
     {"priorprog", "Prior Program", groupGlobal, '8'},
     {"nextprog", "Next Program", groupGlobal, '9'},
+    {"arrangement", "Arrangement", groupGlobal, functionKey(8)},
     {"closeall", "Close all", groupGlobal},
     {"spectrum", "Spectrum", groupGlobal},
     {"hints", "Hints", groupGlobal},

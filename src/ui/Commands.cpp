@@ -36,14 +36,18 @@ void Commands::bind(const char* name, std::function<void()> run, std::function<b
                     std::function<bool()> on) {
     CAction* action = getAction(name);
     assert(action && !action->bound());
-    action->run = std::move(run);
-    action->ready = std::move(ready);
-    action->on = std::move(on);
+    action->deed = {std::move(run), std::move(ready), std::move(on)};
+}
+
+void Commands::leave(const char* name) {
+    CAction* action = getAction(name);
+    assert(action && !action->deed.run);
+    action->left = true;
 }
 
 bool Commands::run(const CAction* action) const {
-    if (!action || !action->bound()) return false;
-    if (action->isReady()) action->run();
+    if (!action || !action->deed.run) return false;
+    if (action->isReady()) action->deed.run();
     return true;
 }
 

@@ -16,8 +16,18 @@ enum ActionGroup : int {
     groupArrange = 4,
 };
 
+/// What an action does.
+struct Deed {
+    std::function<void()> run;
+    std::function<bool()> ready, on; ///< empty: always, never
+
+    bool isReady() const { return run && (!ready || ready()); }
+    bool isOn() const { return on && on(); }
+};
+
 /// A command that has a name and may have a shortcut. What it does is bound by the room that
-/// carries it out; until then it is shown nowhere.
+/// carries it out, or left to windows, each of which acts for itself (`OwnActions`); until then it
+/// is shown nowhere.
 class CAction : public CObject {
 public:
     CStr name;  ///< key in the settings
@@ -29,16 +39,16 @@ public:
     CAction(int actionGroup, const CStr& actionName, const CStr& text, int shortcut, int modifiers)
         : name(actionName), label(text), key(shortcut), mods(modifiers), group(actionGroup) {}
 
-    bool bound() const { return run != nullptr; }
-    /// Whether it has something to act on at present; menus grey out the others.
-    bool isReady() const { return bound() && (!ready || ready()); }
+    bool bound() const { return deed.run || left; }
+    /// Whether the program itself would do something now; menus grey out what nobody would do.
+    bool isReady() const { return deed.isReady(); }
     /// Whether it switches something that is on at present; menus tick it, buttons are lit.
-    bool isOn() const { return on && on(); }
+    bool isOn() const { return deed.isOn(); }
 
 private:
     friend class Commands;
-    std::function<void()> run;
-    std::function<bool()> ready, on; ///< empty: always, never
+    Deed deed;
+    bool left = false; ///< to windows
 };
 
 /// All actions of the program, in the order in which shortcuts are looked for: of two with the same
@@ -57,7 +67,9 @@ public:
     /// known; what the functions refer to outlives the table's use.
     void bind(const char* name, std::function<void()> run, std::function<bool()> ready = {},
               std::function<bool()> on = {});
-    /// Carries it out if it is ready; false for one that is not bound.
+    /// Says that windows carry an action out, each where it has the keys. Any number of times.
+    void leave(const char* name);
+    /// Carries it out if it is ready; false for one that is not bound, or left to windows.
     bool run(const CAction* action) const;
     CAction* getAction(const CStr& name) const; ///< null when unknown
     /// The bound action of a key press in a window of that editor type, null without one. Letters

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
+#include <utility>
 
 class CCompEditor;
 class CComp;
@@ -11,9 +13,9 @@ class Workspace;
 class EditorTable {
 public:
     /// Makes the window of a component of its type, not shown yet.
-    using Maker = std::unique_ptr<CCompEditor> (*)(Workspace& workspace, CComp& comp);
+    using Maker = std::function<std::unique_ptr<CCompEditor>(Workspace& workspace, CComp& comp)>;
 
-    void enter(int compType, Maker maker) { makers[compType] = maker; }
+    void enter(int compType, Maker maker) { makers[compType] = std::move(maker); }
     bool has(const CComp& comp) const;
     /// Null where nothing edits that type.
     std::unique_ptr<CCompEditor> make(Workspace& workspace, CComp& comp) const;

@@ -1,6 +1,5 @@
-#include "arrange/EmptySong.h"
+#include "ui/Invitation.h"
 
-#include "base/Numbers.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -11,38 +10,37 @@
 
 namespace {
 
-constexpr const char* told = "No tracks yet. Add one, bring in a file, or drop files here.";
 constexpr int lineHeight = 24, wayWidth = 152, wayHeight = 28, gap = 8;
-
-struct Way {
-    const char *action, *text;
-};
-constexpr Way ways[] = {{"addtrack", "Add instrument"},
-                        {"addaudio", "Add audio track"},
-                        {"adddrum", "Add drum track"},
-                        {"importaudio", "Import audio..."},
-                        {"importmidi", "Import MIDI file..."}};
 
 } // namespace
 
-EmptySong::EmptySong(CWin* owner, Workspace& space)
-    : CGroup(owner, "empty", 0, 0, 1, 1), workspace(space) {
-    for (const Way& way : ways) {
-        auto* button = new CButton(owner, way.action, way.text, 0, 0, wayWidth, wayHeight);
-        button->tabStop = true;
-        wire(button->onChange, new _COnChange<EmptySong>(this, &EmptySong::clicked));
-        buttons.push_back(button);
-        addControl(button);
-    }
+Invitation::Invitation(CWin* owner, Workspace& space, const char* name)
+    : CGroup(owner, name, 0, 0, 1, 1), workspace(space) {
     arrowsWalk = true;
 }
 
-void EmptySong::clicked(CObject* sender) {
-    const Commands& commands = workspace.commands();
-    commands.run(commands.getAction(static_cast<CButton*>(sender)->id));
+void Invitation::set(const CStr& name, const CStr& text, const std::vector<Way>& ways) {
+    title = name;
+    told = text;
+    clear();
+    buttons.clear();
+    for (const Way& way : ways) {
+        auto* button = new CButton(win, way.action, way.text, 0, 0, wayWidth, wayHeight);
+        button->tabStop = true;
+        wire(button->onChange, new _COnChange<Invitation>(this, &Invitation::clicked));
+        buttons.push_back(button);
+        addControl(button);
+    }
+    resized();
+    redraw();
 }
 
-void EmptySong::resized() {
+void Invitation::clicked(CObject* sender) {
+    workspace.runAction(
+        workspace.commands().getAction(static_cast<CButton*>(static_cast<CCtrl*>(sender))->id));
+}
+
+void Invitation::resized() {
     const int count = int(buttons.size()), wide = count * wayWidth + (count - 1) * gap;
     const bool stacked = wide + 2 * gap > width;
     int x = stacked ? (width - wayWidth) / 2 : (width - wide) / 2, y = height / 3;
@@ -52,7 +50,7 @@ void EmptySong::resized() {
     }
 }
 
-void EmptySong::paint(CGraphic* g, CRect rect) {
+void Invitation::paint(CGraphic* g, CRect rect) {
     drawGuiItem(g, clientRect(), &clGrid);
     const int y = height / 3 - lineHeight - 2 * gap;
     g->drawText(win->app->gui->palette.dimText, told, asRect(gap, y, width - gap, y + lineHeight),
@@ -60,8 +58,8 @@ void EmptySong::paint(CGraphic* g, CRect rect) {
     CGroup::paint(g, rect);
 }
 
-void EmptySong::describe(Description& d, int) const {
+void Invitation::describe(Description& d, int) const {
     d.role = Role::group;
-    d.name = "Empty song";
-    d.help = told;
+    d.name = title.asChar();
+    d.help = told.asChar();
 }

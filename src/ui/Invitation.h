@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/CStr.h"
 #include "gui/CGroup.h"
 
 #include <vector>
@@ -7,11 +8,17 @@
 class CButton;
 class Workspace;
 
-/// What stands in place of the parts while the song has no tracks: how to begin, with a button for
-/// each way.
-class EmptySong : public CGroup {
+/// What stands in place of content while there is none: how to begin, with a button for each way.
+class Invitation : public CGroup {
 public:
-    EmptySong(CWin* win, Workspace& workspace);
+    struct Way {
+        const char *action, *text;
+    };
+
+    Invitation(CWin* win, Workspace& workspace, const char* name);
+
+    /// What it says and offers from now on; `title` is its name for a screen reader.
+    void set(const CStr& title, const CStr& told, const std::vector<Way>& ways);
 
     void paint(CGraphic* g, CRect rect) override;
     void resized() override;
@@ -21,5 +28,6 @@ private:
     void clicked(CObject* sender);
 
     Workspace& workspace;
+    CStr title, told;
     std::vector<CButton*> buttons; ///< among `controls`
 };

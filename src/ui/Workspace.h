@@ -3,7 +3,6 @@
 #include "base/CStr.h"
 
 class CAction;
-class CAction;
 class CComp;
 class CPart;
 class CQV;
@@ -24,9 +23,10 @@ public:
     virtual Commands& commands() = 0;
     virtual Options& options() = 0;
     virtual NoticeRouter& notices() = 0;
-    /// Carries an action out as its shortcut would: the page in front is asked first.
+    /// Carries an action out as its shortcut would: the window is asked first that has the keys.
     virtual bool runAction(CAction* action) = 0;
     virtual bool canRun(const CAction* action) const = 0; ///< it would do something now
+    virtual bool isOn(const CAction* action) const = 0;   ///< it switches something that is on
     virtual void setStatus(const CStr& text, bool atOnce = false) = 0;
     /// The key that runs an action, as a menu tells it; empty where none does.
     virtual CStr shortcutOf(const CAction* action) const = 0;
@@ -36,11 +36,15 @@ public:
     virtual bool hasEditor(const CComp* comp) const = 0;
     /// Opens it, or brings it to the front.
     virtual void openEditor(CComp* comp) = 0;
+    virtual bool isOpen(const CComp* comp) const = 0;  ///< its editor, in front or not
     virtual bool inFront(const CComp* comp) const = 0; ///< its editor is the page that shows
     /// Whether there is an editor for what lies inside a part of its class, and shows the part
     /// there; nothing for others.
     virtual bool canOpen(const CPart* part) const = 0;
     virtual void openPart(CPart* part) = 0;
+    /// Opens the project or theme among what is dropped, and takes all beside a dialog; false for
+    /// what is left to the window that it was dropped on.
+    virtual bool takesDrop() = 0;
 
 protected:
     ~Workspace() = default;

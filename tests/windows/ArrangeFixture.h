@@ -9,13 +9,15 @@
 #include "arrange/TrackHead.h"
 #include "gui/Selections.h"
 #include "sequencer/MoveEdits.h"
+#include "shell/Pages.h"
 
-/// The arrangement in the main window, under the mouse and the keys of a user.
+/// The arrangement on its page, under the mouse and the keys of a user.
 class ArrangeFixture : public MainWinTest {
 protected:
+    CCompEditor* page() { return win->pages->editorOf(seq()); }
     template <class T>
     T* find(const char* id, CGroup* group = nullptr) {
-        for (auto* c : each<CCtrl>((group ? group : win->clientGroup)->controls)) {
+        for (auto* c : each<CCtrl>((group ? group : page()->clientGroup)->controls)) {
             if (c->id == id) return static_cast<T*>(c);
             if (c->id != "song" && c->id != "heads") continue;
             if (T* found = find<T>(id, static_cast<CGroup*>(c))) return found;
@@ -57,8 +59,8 @@ protected:
         auto* item = new CDropItem("", dropFile);
         item->path = path.c_str();
         app->dragList->add(item);
-        const CPoint in = win->controlPos(onto);
-        win->dropAt(in.x + x, in.y + y, modLeft);
+        const CPoint in = onto->win->controlPos(onto);
+        onto->win->dropAt(in.x + x, in.y + y, modLeft);
         app->endDrag();
     }
     /// A second of a tone, in any format that the ending tells.
@@ -77,10 +79,11 @@ protected:
         return xOf(song()->tickAt(TrackHead::headWidth + 1));
     }
     void mouseTo(CCtrl* ctrl, int x, int y) {
-        const CPoint screen = win->getPos(true), in = win->controlPos(ctrl);
+        const CPoint screen = ctrl->win->getPos(true), in = ctrl->win->controlPos(ctrl);
         act({"mousemove", std::to_string(screen.x + in.x + x),
              std::to_string(screen.y + in.y + y)});
     }
+    static void focus(CCtrl* ctrl) { ctrl->win->setKeyCtrl(ctrl); }
     void mouseTo(CPoint at) { mouseTo(grid(), at.x, at.y); }
     CPoint point(double tick, int track) { return asPoint(xOf(tick), yOf(track)); }
     void clickAt(CPoint at, const char* button = "1") {

@@ -155,7 +155,7 @@ TEST_F(ArrangeTest, PartsAreChosenSplitAndWalked) {
     clickAt(point(600, 0));
     EXPECT_EQ(chosen(), "a") << "one of several";
     // Walked and moved by keys.
-    win->setKeyCtrl(grid());
+    focus(grid());
     for (const auto& [press, after] :
          {std::pair{"Right", "b"}, {"Down", "c"}, {"Up", "a"}, {"shift+Right", "ab"}}) {
         key(press);

@@ -31,7 +31,7 @@ protected:
     void dragFiles(const std::vector<std::string>& paths, CPoint to, const std::string& held = "",
                    bool drops = true, const std::function<void()>& then = {}) {
         if (!held.empty()) act({"keydown", held});
-        const CPoint at = addPos(addPos(win->getPos(true), win->controlPos(grid())), to);
+        const CPoint at = addPos(addPos(page()->getPos(true), page()->controlPos(grid())), to);
         std::string list;
         for (const std::string& path : paths) list += "file://" + path + "\r\n";
         std::atomic<int> stage{0};
@@ -59,10 +59,10 @@ protected:
         if (!held.empty()) act({"keyup", held});
         EXPECT_TRUE(loaded());
     }
-    Shot onScreen() { return Shot(win->handle, 780, 540); }
+    Shot onScreen() { return Shot(page()->handle, 780, page()->height); }
     /// Points of the grid at which two pictures differ.
     int differing(const Shot& a, const Shot& b) {
-        const CPoint from = win->controlPos(grid());
+        const CPoint from = page()->controlPos(grid());
         int count = 0;
         for (int y = 0; y < grid()->height; y++)
             for (int x = 0; x < grid()->width; x++)

@@ -52,7 +52,7 @@ protected:
     }
     std::string status() {
         Description line;
-        find<CCtrl>("status")->describe(line, CCtrl::wholeCtrl);
+        find<CCtrl>("status", win->clientGroup)->describe(line, CCtrl::wholeCtrl);
         return line.name;
     }
 };
@@ -142,7 +142,7 @@ TEST_F(LaneTest, PointsGoByKeys) {
     startWithLane();
     clickAt(point(2000, 0));
     host->values->set(faderOf(row(0)->track->output()), {0.75, 1.0});
-    win->setKeyCtrl(grid());
+    focus(grid());
     for (const int tick : {960, 1920, 2880}) {
         host->setPos(tick);
         EXPECT_TRUE(pumpUntil([&] { return int(seq()->getPos()) == tick; }));
@@ -210,10 +210,10 @@ TEST_F(LaneTest, PointsAreTold) {
 TEST_F(LaneTest, WhatWasTouchedIsShown) {
     startWith({trackAudio, trackMIDI});
     CAction* show = win->getAction("showtouched");
-    EXPECT_FALSE(show->isReady());
+    EXPECT_FALSE(win->canRun(show));
     COutputChannel* strip = row(0)->track->output();
     host->values->set(panOf(strip), 0.5);
-    ASSERT_TRUE(show->isReady());
+    ASSERT_TRUE(win->canRun(show));
     key("a");
     ASSERT_TRUE(pumpUntil([&] { return row(0)->track->findLane(strip, 1) != nullptr; }));
     EXPECT_TRUE(row(0)->track->open());

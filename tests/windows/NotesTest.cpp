@@ -308,7 +308,7 @@ TEST_F(NotesTest, TheEditorFollowsThePart) {
     open(trackMIDI);
     put(0, 60, 240);
     key("F1");
-    ASSERT_TRUE(pumpUntil([&] { return !win->pages->current(); }));
+    ASSERT_TRUE(pumpUntil([&] { return win->pages->current() == page(); }));
     edited->setSelected(true);
     clickAt(point(barTicks + 500, 0));
     key("Delete");

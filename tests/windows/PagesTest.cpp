@@ -3,6 +3,7 @@
 #include "engine/CGroupCh.h"
 #include "gui/controls/CDocker.h"
 #include "gui/controls/CEdit.h"
+#include "project/ProjectFile.h"
 #include "shell/DockBar.h"
 #include "shell/MainProjectUi.h"
 #include "shell/PageRecords.h"
@@ -16,7 +17,7 @@ namespace {
 
 constexpr int editorStyle = winCaption | winSizable | winMaxButton | winDockable;
 
-/// Two components with an editor each.
+/// Two components with an editor each, beside the song's.
 class PagesTest : public MainWinTest {
 protected:
     void begin() {
@@ -37,13 +38,14 @@ protected:
         for (auto& e : edits) e.reset();
         MainWinTest::TearDown();
     }
-    /// Names of the pages, page of each editor by record, and page in front.
+    /// Names of the pages behind the song's, page of each editor by record, and page in front.
     std::string state() {
         CDocker* docker = win->pages->docker.get();
         std::string text;
-        for (const auto* dock : each<CDock>(docker->docks)) {
+        EXPECT_STREQ(docker->getDock(1)->name.asChar(), "Arrangement");
+        for (int i = 2; i < docker->docks.getCount(); i++) {
             if (!text.empty()) text += ",";
-            text += dock->name.asChar();
+            text += docker->getDock(i)->name.asChar();
         }
         for (auto& e : edits) {
             const int page = e->dock->page;
@@ -75,13 +77,12 @@ TEST_F(PagesTest, DockingIsUndone) {
         int editor, where;
         const char* expected;
     } moves[] = {
-        {0, -1, "Overview,one 1m -1 | 1"}, {1, -1, "Overview,one,two 1m 2m | 2"},
-        {0, 2, "Overview,two 1m 1m | 1"},  {1, -1, "Overview,two,two 1m 2m | 2"},
-        {0, -2, "Overview,two -1 1m | 1"}, {0, 1, "Overview,two 1m 1m | 1"},
-        {1, -2, "Overview,two 1m -1 | 1"}, {0, -2, "Overview -1 -1 | 0"},
+        {0, -1, "one 2m -1 | 2"},     {1, -1, "one,two 2m 3m | 3"}, {0, 3, "two 2m 2m | 2"},
+        {1, -1, "two,two 2m 3m | 3"}, {0, -2, "two -1 2m | 2"},     {0, 2, "two 2m 2m | 2"},
+        {1, -2, "two 2m -1 | 2"},     {0, -2, " -1 -1 | 1"},
     };
     std::vector<std::string> states = {state()};
-    EXPECT_EQ(states[0], "Overview -1 -1 | 0");
+    EXPECT_EQ(states[0], " -1 -1 | 1");
     for (const auto& s : moves) {
         win->dockWin(edits[s.editor].get(), s.where, true);
         settle();
@@ -109,13 +110,13 @@ TEST_F(PagesTest, ProjectsKeepTheirPages) {
     openBoth();
     win->dockWin(edits[0].get(), -1, true);
     win->dockWin(edits[1].get(), -1, false);
-    win->pages->docker->setActive(1);
+    win->pages->docker->setActive(2);
     MainProjectUi ui(win.get());
     ui.gatherWindows();
     const std::vector<unsigned char> one = {3, 0, 0, 0, 'o', 'n', 'e', 0, 0, 0, 0, 0, 0, 0, 0};
-    ASSERT_EQ(ui.windows.pages.size(), 2u);
-    EXPECT_EQ(ui.windows.pages[0], one);
-    EXPECT_EQ(ui.windows.currentPage, 1);
+    ASSERT_EQ(ui.windows.pages.size(), 3u);
+    EXPECT_EQ(ui.windows.pages[1], one);
+    EXPECT_EQ(ui.windows.currentPage, 2);
     EXPECT_EQ(ui.windows.modularPage, 0);
     EXPECT_EQ(comps[0]->editorStruct.visible + comps[1]->editorStruct.visible, 2);
     ui.clearWindows();
@@ -124,18 +125,18 @@ TEST_F(PagesTest, ProjectsKeepTheirPages) {
     ui.showPages();
     openBoth();
     win->updateDocker();
-    EXPECT_EQ(state(), "Overview,one,two 1m 2 | 1");
+    EXPECT_EQ(state(), "one,two 2m 3 | 2");
 
     // Numbers of pages that are not there, as a file may have them.
-    for (const int page : {0, -7, 3, INT_MAX, INT_MIN}) {
+    for (const int page : {0, -7, 4, INT_MAX, INT_MIN}) {
         ui.clearWindows();
         comps[0]->editorStruct.page = page;
-        comps[1]->editorStruct = {INT_MAX, INT_MIN, INT_MAX, -1, 1, 1, 2, INT_MIN};
+        comps[1]->editorStruct = {INT_MAX, INT_MIN, INT_MAX, -1, 1, 1, 3, INT_MIN};
         ui.windows.currentPage = page;
         ui.showPages();
         openBoth();
         win->updateDocker();
-        EXPECT_EQ(state(), page > 2 ? "Overview,one,two -1 2m | 2" : "Overview,one,two -1 2m | 0");
+        EXPECT_EQ(state(), "one,two -1 3m | 3");
     }
 }
 
@@ -175,20 +176,19 @@ TEST_F(PagesTest, TheBarTurnsPages) {
     win->setFocus(true);
     loaded();
     EXPECT_TRUE(bar->visible);
-    EXPECT_EQ(win->editorType, groupGlobal) << "keys of the song act on its page alone";
     const auto click = [&](CWin* on, CCtrl* ctrl, int x, int y) {
         const CPoint corner = on->getPos(true), in = on->controlPos(ctrl);
         act({"mousemove", std::to_string(corner.x + in.x + x), std::to_string(corner.y + in.y + y),
              "click", "1"});
     };
-    const std::pair<const char*, int> keys[] = {{"F2", 0}, {"F2", 1}, {"F1", 0}, {"F1", 2}};
+    const std::pair<const char*, int> keys[] = {{"F2", 1}, {"F2", 2}, {"F1", 1}, {"F1", 3}};
     for (const auto& [name, page] : keys) {
         key(name);
         EXPECT_EQ(docker->activeIndex, page) << name;
     }
-    const CRect tab = docker->tabRect(docker->getDock(1), DockBar::tabHeight);
+    const CRect tab = docker->tabRect(docker->getDock(2), DockBar::tabHeight);
     click(win.get(), bar, tab.left + 5, 5);
-    EXPECT_EQ(docker->activeIndex, 1);
+    EXPECT_EQ(docker->activeIndex, 2);
     click(edits[0].get(), field, 5, 5);
     act({"type", "a b"});
     EXPECT_STREQ(field->text.asChar(), "a b");
@@ -197,10 +197,9 @@ TEST_F(PagesTest, TheBarTurnsPages) {
     settle();
     click(win.get(), bar, bar->width - 10, 9); // the button that closes
     EXPECT_FALSE(edits[0]->visible);
-    EXPECT_EQ(docker->activeIndex, 0);
+    EXPECT_EQ(docker->activeIndex, 1);
     edits[1]->hide();
     EXPECT_FALSE(bar->visible);
-    EXPECT_EQ(win->editorType, groupArrange);
 }
 
 /// A component is edited in the window that is entered for its type: one, which is kept.
@@ -208,7 +207,7 @@ TEST_F(PagesTest, TheTableOfEditorsOpensThem) {
     begin();
     EXPECT_FALSE(win->hasEditor(comps[0]));
     comps[0]->edit(true);
-    EXPECT_EQ(win->editors.getCount(), 0);
+    EXPECT_EQ(win->pages->editorOf(comps[0]), nullptr);
     win->rooms->editors.enter(comps[0]->type, [](Workspace& workspace, CComp& comp) {
         CWin* owner = workspace.mainWindow();
         return std::make_unique<CCompEditor>(owner->app, owner, comp.id, 50, 50, 200, 150,
@@ -216,12 +215,60 @@ TEST_F(PagesTest, TheTableOfEditorsOpensThem) {
     });
     comps[0]->edit(true);
     settle();
-    const auto* editor = static_cast<CCompEditor*>(win->editors.getFirst());
-    ASSERT_TRUE(editor && editor->comp == comps[0] && editor->visible);
+    const auto* editor = win->pages->editorOf(comps[0]);
+    ASSERT_TRUE(editor && editor->visible);
     comps[0]->edit(false);
-    EXPECT_EQ(win->editors.getCount(), 0);
+    EXPECT_EQ(win->pages->editorOf(comps[0]), nullptr);
     comps[0]->edit(true);
-    EXPECT_EQ(win->editors.getFirst(), editor);
+    EXPECT_EQ(win->pages->editorOf(comps[0]), editor);
     hooks->deleteEditors(comps[0]);
-    EXPECT_EQ(win->editors.getCount(), 0);
+    EXPECT_EQ(win->pages->editorOf(comps[0]), nullptr);
+}
+
+/// The song has a page whatever its project holds of pages; who closes it finds a way back, and no
+/// key reaches a song that is out of sight. None of that is a change.
+TEST_F(PagesTest, TheSongIsOnAPage) {
+    start();
+    const auto songPage = [this] { return win->pages->editorOf(seq()); };
+    const auto front = [this] { return win->pages->current(); };
+    ASSERT_TRUE(load(kindSequencer));
+    ASSERT_TRUE(songPage() && front() == songPage());
+    const CStr path = folder.write("song.qv", "");
+    host->projectFile = path;
+    seq()->editorStruct = {}; // as a project without pages has it
+    ProjectUi plain;
+    ASSERT_TRUE(saveProject({host.get(), &win->flows->mixer, &plain}, path));
+    ASSERT_TRUE(load(kindFile, path));
+    EXPECT_TRUE(songPage() && front() == songPage());
+    EXPECT_FALSE(host->modified());
+    EXPECT_STREQ(host->undoText().asChar(), "");
+
+    seq()->selectAll();
+    win->onAction(win->getAction("closeall"));
+    ASSERT_EQ(front(), nullptr);
+    for (const char* k : {"Delete", "ctrl+x", "ctrl+d", "m", "ctrl+i"}) key(k);
+    EXPECT_TRUE(loaded());
+    EXPECT_STREQ(host->undoText().asChar(), "") << "unseen";
+    ASSERT_TRUE(win->flows->saveClicked());
+    ASSERT_TRUE(load(kindFile, path));
+    EXPECT_TRUE(songPage() && front() == songPage()) << "nothing else would be open";
+    songPage()->hide();
+    key("Tab");
+    while (win->keyCtrl && win->keyCtrl->id != "arrangement") key("Tab");
+    key("Return");
+    EXPECT_TRUE(pumpUntil([&] { return songPage() && front() == songPage(); })) << "by its button";
+
+    win->dockWin(songPage(), -2, false);
+    EXPECT_TRUE(pumpUntil([&] { return songPage()->hasFocus(); }));
+    EXPECT_GE(songPage()->width, 480) << "not as small as a window can be";
+    key("Delete");
+    EXPECT_TRUE(pumpUntil([&] { return !seq()->getProg()->hasParts(); })) << "keys on the screen";
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return seq()->getProg()->hasParts(); }));
+    ASSERT_TRUE(win->flows->saveClicked());
+    ASSERT_TRUE(load(kindFile, path));
+    EXPECT_TRUE(songPage() && !songPage()->isPage()) << "where it was";
+    ASSERT_TRUE(load(kindModular));
+    EXPECT_EQ(front(), nullptr);
+    EXPECT_FALSE(win->getAction("arrangement")->isReady());
 }

@@ -3,6 +3,7 @@
 #include "gui/XConnection.h"
 #include "gui/access/LiveTree.h"
 #include "gui/controls/CButton.h"
+#include "gui/controls/CMDI.h"
 #include "gui/controls/CScrollbar.h"
 #include "gui/controls/CTabs.h"
 #include "gui/dialogs/CColourWin.h"
@@ -56,10 +57,10 @@ std::string pathOf(const CCtrl* c) {
 class ReachTest : public MainWinTest {
 protected:
     /// The pixels of a control, as they are now.
-    std::vector<int> look(CWin* window, const CCtrl* c) {
+    std::vector<int> look(const CCtrl* c) {
         settle();
-        const CPoint at = window->controlPos(c);
-        const Shot all(window->handle, window->width, window->height);
+        const CPoint at = c->win->controlPos(c);
+        const Shot all(c->win->handle, c->win->width, c->win->height);
         std::vector<int> pixels;
         for (int y = at.y; y < at.y + c->height; y++)
             for (int x = at.x; x < at.x + c->width; x++) pixels.push_back(all.at(x, y));
@@ -72,10 +73,10 @@ protected:
             key("Tab");
             CCtrl* now = window->keyTarget();
             if (!now || !reached.insert(now).second) break;
-            const auto marked = look(window, now);
-            window->setKeyCtrl(nullptr);
-            EXPECT_NE(look(window, now), marked) << name << ": no focus to see on " << pathOf(now);
-            window->setKeyCtrl(now);
+            const auto marked = look(now);
+            now->win->setKeyCtrl(nullptr);
+            EXPECT_NE(look(now), marked) << name << ": no focus to see on " << pathOf(now);
+            now->win->setKeyCtrl(now);
         }
         return reached;
     }
@@ -84,7 +85,8 @@ protected:
         window->setKeyCtrl(nullptr);
         const Controls reached = walk(window, name);
         Controls takers;
-        for (const CCtrl* part : each<CCtrl>(window->controls)) collectTakers(part, takers);
+        for (const CWin* w = window; w; w = w->mdi ? w->mdi->current : nullptr)
+            for (const CCtrl* part : each<CCtrl>(w->controls)) collectTakers(part, takers);
         EXPECT_GT(takers.size(), 0U) << name;
         checkNames(window, name, reached);
         for (const CCtrl* c : takers)
@@ -132,25 +134,26 @@ TEST_F(ReachTest, EverythingInTheMainWindow) {
     // From the head of the first track by arrows: to its buttons, and to those of the next ones.
     Controls byArrows;
     win->setKeyCtrl(nullptr);
-    for (int i = 0; i < 40 && !(win->keyCtrl && win->keyCtrl->id == "track"); i++) key("Tab");
-    ASSERT_TRUE(win->keyCtrl && win->keyCtrl->id == "track");
+    for (int i = 0; i < 40 && !(win->keyTarget() && win->keyTarget()->id == "track"); i++)
+        key("Tab");
+    ASSERT_TRUE(win->keyTarget() && win->keyTarget()->id == "track");
     for (int row = 0; row < tracks(); row++) {
-        const CCtrl* head = win->keyCtrl;
+        const CCtrl* head = win->keyTarget();
         ASSERT_EQ(head->id, "track");
         for (const char* id : {"track", "target", "arm", "mute", "solo", "monitor", "meter"}) {
-            EXPECT_EQ(win->keyCtrl->id, id) << "row " << row;
-            byArrows.insert(win->keyCtrl);
+            EXPECT_EQ(win->keyTarget()->id, id) << "row " << row;
+            byArrows.insert(win->keyTarget());
             key("Right");
         }
         const auto* songTrack = static_cast<CSongTrack*>(seq()->getProg()->tracks.items(row));
         EXPECT_TRUE(row == 0 || songTrack->track->selected());
         for (int i = 0; i < 6; i++) key("Left");
-        EXPECT_EQ(win->keyCtrl, head);
+        EXPECT_EQ(win->keyTarget(), head);
         key("Down");
     }
     check(win.get(), "main", byArrows);
     key("Escape");
-    EXPECT_EQ(win->keyCtrl, nullptr) << "the keys are the song's again";
+    EXPECT_EQ(win->keyTarget(), nullptr) << "the keys are the song's again";
 }
 
 TEST_F(ReachTest, EverythingInTheOtherWindows) {

@@ -12,6 +12,7 @@
 #include "setup/CGuiItemPanel.h"
 #include "setup/LooksPanel.h"
 #include "setup/LooksTree.h"
+#include "shell/Pages.h"
 #include "ui/CAppGui.h"
 #include "ui/ProgramItems.h"
 #include "ui/Skins.h"
@@ -250,11 +251,16 @@ TEST_F(SkinsTest, ShownItemsAreUsed) {
     gui().changed();
     std::string missing;
     const bool all = pumpUntil([&] {
-        win->paint(0, win->clientRect());
-        const Shot shot(*app->backBuffer);
+        std::set<int> shown;
+        for (CWin* w : {static_cast<CWin*>(win.get()), static_cast<CWin*>(win->pages->current())}) {
+            w->paint(0, w->clientRect());
+            const Shot shot(*app->backBuffer);
+            for (const int i : asked)
+                if (shot.count(colourOf(i))) shown.insert(i);
+        }
         missing.clear();
         for (const int i : asked)
-            if (!shot.count(colourOf(i))) missing += nodes[i].item->id.asChar() + std::string(" ");
+            if (!shown.contains(i)) missing += nodes[i].item->id.asChar() + std::string(" ");
         return missing.empty();
     });
     EXPECT_TRUE(all) << missing;

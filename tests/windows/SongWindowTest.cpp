@@ -25,8 +25,8 @@ protected:
     Shot picture() {
         if (win->left != 0) win->move(0, 0, 800, 500); // all on the screen
         settle();
-        const CPoint at = win->controlPos(song());
-        Shot all(win->handle, win->width, win->height);
+        const CPoint at = page()->controlPos(song());
+        Shot all(page()->handle, page()->width, page()->height);
         corner = at;
         return all;
     }
@@ -120,7 +120,7 @@ TEST_F(SongWindowTest, MessagesStayUntilAHint) {
     start();
     ASSERT_TRUE(load(kindDefault));
     app->mainWin = &*win;
-    auto* line = find<CCtrl>("status");
+    auto* line = find<CCtrl>("status", win->clientGroup);
     ASSERT_TRUE(line);
     picture();
     const auto told = [&] {

@@ -45,7 +45,7 @@ protected:
 TEST_F(TakesTest, AreChosenByTheMenu) {
     startWithTakes();
     part(0, 0)->setSelected(true);
-    win->rooms->range.set({240, 480, {row(0)}});
+    win->rooms->arrange.range.set({240, 480, {row(0)}});
     inMenu({"p", "Return", "1", "Return"});
     clickAt(point(500, 0), "3");
     EXPECT_TRUE(becomes("1:0-240 0:240-480 1:480-960 ")) << heard();

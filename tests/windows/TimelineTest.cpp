@@ -53,7 +53,7 @@ protected:
         EXPECT_TRUE(loaded());
     }
     void typeOver(const char* text) {
-        EXPECT_TRUE(pumpUntil([&] { return win->keyCtrl && win->keyCtrl->id == "name"; }));
+        EXPECT_TRUE(pumpUntil([&] { return win->keyTarget() && win->keyTarget()->id == "name"; }));
         act({"type", "--delay", "2", text});
         key("Return");
     }
@@ -126,7 +126,7 @@ TEST_F(TimelineTest, MarkersAreFlags) {
         pumpUntil([&] { return prog()->leftLocator == 7680 && prog()->rightLocator == 13440; }));
     menu({"c", "Right", "g", "Return"});
     EXPECT_TRUE(pumpUntil([&] { return marker(0)->colourIndex == 2; }));
-    win->setKeyCtrl(flags);
+    focus(flags);
     for (const char* k : {"Left", "Left", "ctrl+Right"}) key(k);
     EXPECT_TRUE(pumpUntil([&] { return marker(0)->pos == 7920; })) << marker(0)->pos;
     key("Delete");
@@ -144,7 +144,7 @@ TEST_F(TimelineTest, TemposAndSignaturesHaveLanes) {
     auto* timesigs = bar<SignatureLane>("timesigs");
     EXPECT_FALSE(tempos->visible || timesigs->visible);
     key("h");
-    for (auto* command : {"tempo-track"}) win->commands().run(win->commands().getAction(command));
+    win->onAction(win->getAction("tempo-track"));
     ASSERT_TRUE(pumpUntil([&] { return tempos->visible && timesigs->visible; }));
     settle();
     EXPECT_EQ(grid()->top, SnapBar::barHeight + Overview::stripHeight + TimeRuler::barHeight +
@@ -160,7 +160,7 @@ TEST_F(TimelineTest, TemposAndSignaturesHaveLanes) {
     dragOn(tempos, asPoint(xOf(3840), middle), asPoint(xOf(7680), middle - 16));
     EXPECT_EQ(tempo(0)->pos, 7680);
     EXPECT_NEAR(tempo(0)->getTempo(), 120 + 16 * 50.0 / 32, 1.5);
-    win->setKeyCtrl(tempos);
+    focus(tempos);
     for (const char* k : {"Left", "Return"}) key(k);
     typeOver("93.5");
     EXPECT_TRUE(pumpUntil([&] { return tempo(0)->getTempo() == 93.5f; }));
@@ -168,7 +168,7 @@ TEST_F(TimelineTest, TemposAndSignaturesHaveLanes) {
     key("Menu");
     EXPECT_TRUE(pumpUntil([&] { return tempo(0)->ramp == 1; }));
     host->setPos(9600.0);
-    win->setKeyCtrl(tempos);
+    focus(tempos);
     key("shift+a");
     ASSERT_TRUE(pumpUntil([&] { return prog()->tempos.getCount() == 2; }));
     EXPECT_EQ(tempo(1)->ramp, 1) << "a bend of the line";
@@ -186,7 +186,7 @@ TEST_F(TimelineTest, TemposAndSignaturesHaveLanes) {
     ASSERT_EQ(prog()->timesigs.getCount(), 1);
     auto* point = static_cast<CTimesigPart*>(prog()->timesigs.first());
     EXPECT_EQ(point->pos, 7680);
-    win->setKeyCtrl(timesigs);
+    focus(timesigs);
     key("Return");
     typeOver("7/8");
     EXPECT_TRUE(pumpUntil([&] { return point->getNum() == 7 && point->getDen() == 8; }));
@@ -195,7 +195,7 @@ TEST_F(TimelineTest, TemposAndSignaturesHaveLanes) {
     EXPECT_EQ(point->getNum(), 7);
     dragOn(timesigs, asPoint(xOf(7680) + 5, 10), asPoint(xOf(3840) + 5, 10));
     EXPECT_EQ(point->pos, 3840);
-    win->setKeyCtrl(timesigs);
+    focus(timesigs);
     key("Delete");
     EXPECT_TRUE(pumpUntil([&] { return prog()->timesigs.empty(); }));
 }
@@ -283,7 +283,7 @@ TEST_F(TimelineTest, TheObjectBarTellsAndSetsClips) {
     ASSERT_TRUE(pumpUntil([&] { return button("forward")->visible; }));
     const auto now = [&] { return static_cast<CAudioEvent*>(part(0, 0)->getEvents()); };
     const auto click = [&](const char* id) {
-        win->setKeyCtrl(button(id));
+        focus(button(id));
         key("Return");
         EXPECT_TRUE(loaded());
     };
@@ -346,7 +346,7 @@ TEST_F(TimelineTest, TheObjectBarTellsSingleEvents) {
     EXPECT_TRUE(pumpUntil([&] { return told().rfind("Note: C#4, bar 2.2", 0) == 0; })) << told();
     CCtrl* length = find<CCtrl>("length", bar);
     EXPECT_TRUE(pumpUntil([&] { return length->spokenName == "Length 0.0.480"; }));
-    win->setKeyCtrl(length);
+    focus(length);
     key("Return");
     typeOver("0.1");
     EXPECT_TRUE(pumpUntil([&] {

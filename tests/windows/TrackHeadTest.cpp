@@ -31,7 +31,8 @@ protected:
         act({"click", button});
     }
     void dragHead(CCtrl* from, CPoint start, CCtrl* to, CPoint end, bool escape = false) {
-        const CPoint a = win->controlPos(from), b = win->controlPos(to), at = win->getPos(true);
+        const CPoint a = page()->controlPos(from), b = page()->controlPos(to);
+        const CPoint at = page()->getPos(true);
         const auto go = [&](int x, int y) {
             act({"mousemove", std::to_string(at.x + x), std::to_string(at.y + y)});
         };
@@ -143,7 +144,7 @@ TEST_F(TrackHeadTest, VolumeAndPanOfWhatIsHeard) {
     act({"click", "--repeat", "2", "--delay", "50", "1"});
     EXPECT_TRUE(pumpUntil([&] { return out[0]->pan == 0.0f; }));
     // By keys: typed in decibels, stepped, the usual value.
-    win->setKeyCtrl(volume);
+    focus(volume);
     for (const char* k : {"minus", "6", "Return"}) key(k);
     EXPECT_TRUE(
         pumpUntil([&] { return std::abs(out[0]->vol - std::pow(10.0f, -6.0f / 40)) < 1e-5f; }));
@@ -158,7 +159,7 @@ TEST_F(TrackHeadTest, NamesAndColoursAreGivenInPlace) {
     const auto rename = [&](const char* typed, const char* last) {
         mouseTo(head(0), 60, 13);
         act({"click", "--repeat", "2", "--delay", "50", "1"});
-        EXPECT_TRUE(pumpUntil([&] { return win->keyCtrl && win->keyCtrl->id == "name"; }));
+        EXPECT_TRUE(pumpUntil([&] { return win->keyTarget() && win->keyTarget()->id == "name"; }));
         act({"type", "--delay", "2", typed});
         key(last);
         EXPECT_TRUE(pumpUntil([&] { return on(0, "name") == nullptr; }));
@@ -173,7 +174,7 @@ TEST_F(TrackHeadTest, NamesAndColoursAreGivenInPlace) {
     EXPECT_TRUE(pumpUntil([&] { return row(0)->track->id == before; }));
     clickOn(head(1));
     key("ctrl+r");
-    ASSERT_TRUE(pumpUntil([&] { return win->keyCtrl && win->keyCtrl->id == "name"; }));
+    ASSERT_TRUE(pumpUntil([&] { return win->keyTarget() && win->keyTarget()->id == "name"; }));
     act({"type", "--delay", "2", "Lead"});
     key("Return");
     EXPECT_TRUE(pumpUntil([&] { return row(1)->track->id == "Lead"; }));
@@ -323,7 +324,7 @@ TEST_F(TrackHeadTest, InstrumentsAndOutputsAreChosenInPlace) {
     seq()->songNotices.raise(SeqNotice::tracks);
     ASSERT_TRUE(loaded());
     EXPECT_GT(on(2, "target")->width, 100);
-    win->setKeyCtrl(on(2, "target"));
+    focus(on(2, "target"));
     inMenu({"n", "Return"});
     key("Return");
     EXPECT_TRUE(lead(-1, -1));
@@ -331,7 +332,7 @@ TEST_F(TrackHeadTest, InstrumentsAndOutputsAreChosenInPlace) {
     key("ctrl+z");
     EXPECT_TRUE(lead(0, 1));
     inMenu({"i", "Right", "n", "Return"});
-    win->setKeyCtrl(head(1));
+    focus(head(1));
     key("Menu");
     EXPECT_TRUE(lead(-1, -1));
     key("ctrl+z");
@@ -355,10 +356,10 @@ TEST_F(TrackHeadTest, ThereAreHeadsForWhatShows) {
     ASSERT_TRUE(loaded());
     const int room = heads()->height / CTrack::leastRow + 2;
     EXPECT_LE(heads()->controls.getCount(), room);
-    win->setKeyCtrl(head(0));
+    focus(head(0));
     for (int i = 0; i < 40; i++) key("Down");
     EXPECT_EQ(selectedRow(), 40);
     ASSERT_TRUE(head(40));
-    EXPECT_EQ(win->keyCtrl, head(40));
+    EXPECT_EQ(win->keyTarget(), head(40));
     EXPECT_LE(heads()->controls.getCount(), room);
 }

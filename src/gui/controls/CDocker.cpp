@@ -108,10 +108,23 @@ bool CDocker::inFront(const CWin* page) const {
     return dockOf(page) == active;
 }
 
-bool CDocker::hasTab(const CDock* dock) const {
-    if (dock == docks.getFirst()) return true;
+bool CDocker::isOpen(const CDock* dock) const {
     return std::any_of(places.begin(), places.end(),
                        [dock](const Place& p) { return p.dock == dock && p.win->visible; });
+}
+
+bool CDocker::hasTab(const CDock* dock) const {
+    if (dock != docks.getFirst()) return isOpen(dock);
+    if (firstStands) return true;
+    for (const CDock* other : each<CDock>(docks))
+        if (isOpen(other)) return false;
+    return true;
+}
+
+CDock* CDocker::firstTab() const {
+    for (CDock* dock : each<CDock>(docks))
+        if (hasTab(dock)) return dock;
+    return getDock(0);
 }
 
 int CDocker::tabCount() const {
@@ -123,7 +136,7 @@ int CDocker::tabCount() const {
 
 void CDocker::setActive(int index) {
     CDock* wanted = getDock(asMax(index, 0));
-    active = wanted && hasTab(wanted) ? wanted : getDock(0);
+    active = wanted && hasTab(wanted) ? wanted : firstTab();
     updateDocks();
 }
 
@@ -137,7 +150,7 @@ void CDocker::nextDock(int by) {
 }
 
 void CDocker::updateDocks() {
-    if (!docks.contains(active) || !hasTab(active)) active = getDock(0);
+    if (!docks.contains(active) || !hasTab(active)) active = firstTab();
     activeIndex = docks.indexed(active);
     arrange();
     if (activeIndex > 0)

@@ -26,6 +26,8 @@ public:
     CList docks; ///< of CDock, owned; never without the first
     /// The tab of the first page is there even when it is the only one.
     bool tabAlwaysShow = false;
+    /// The first page has something to show. Else it stands only where no other page is open.
+    bool firstStands = true;
 
     CDocker(CApp* app, CWin* owner, const CStr& name, int left, int top, int width, int height);
     ~CDocker() override;
@@ -50,7 +52,7 @@ public:
     /// Whether a page can be brought to the front: the first, and each with an open window.
     bool hasTab(const CDock* dock) const;
     int tabCount() const; ///< 0 when no tabs are shown
-    /// Brings a page to the front; one without a tab gives way to the first.
+    /// Brings a page to the front; one without a tab gives way to the first that has one.
     void setActive(int index);
     void nextDock(int by); ///< to a tab next to it, around the end
     /// Shows what the list of docks asks for, after it has been changed from outside.
@@ -73,6 +75,8 @@ private:
         CWin* win;
         CDock* dock;
     };
+    bool isOpen(const CDock* dock) const;
+    CDock* firstTab() const;
     void removePlace(const CWin* page);
     void hidePlaced();
     void dockClicked(CObject* sender);

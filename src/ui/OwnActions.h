@@ -1,0 +1,27 @@
+#pragma once
+
+#include "ui/Commands.h"
+
+#include <map>
+
+/// What a window does itself of the actions that are left to windows: for its `onAction`, `canRun`
+/// and `isOn`. Interface thread.
+class OwnActions {
+public:
+    /// `table` outlives it.
+    explicit OwnActions(Commands& table) : commands(table) {}
+
+    /// As `Commands::bind`, for this window alone.
+    void bind(const char* name, std::function<void()> run, std::function<bool()> ready = {},
+              std::function<bool()> on = {});
+    /// Carries it out if it is ready; false for one that the window does not have.
+    bool run(const CAction* action) const;
+    bool isReady(const CAction* action) const;
+    bool isOn(const CAction* action) const;
+
+private:
+    const Deed* find(const CAction* action) const;
+
+    Commands& commands;
+    std::map<const CAction*, Deed> deeds;
+};
