@@ -56,7 +56,7 @@ public:
             plan.boxes.push_back(boxOf(place, kindFor(facts.kind), i));
             DropBox& box = plan.boxes.back();
             box.ticks = ticks;
-            box.sure = facts.known && facts.kind != SongFile::clip;
+            box.sure = facts.known;
             box.name = rowsOfIt > 1 ? stem + " " + asStr(i + 1) : name;
         }
         if (!target.stacked && ticks > 0) next = limitTicks(int64_t(next) + ticks);
@@ -73,10 +73,10 @@ private:
     }
 
     int ticksOf(const FileFacts& facts, int tick) const {
-        if (facts.kind == SongFile::audio && facts.known)
+        const bool sound = facts.kind == SongFile::audio || facts.seconds > 0.0;
+        if (sound && facts.known)
             return asMax(1, asInt(seq->framesToTicks(tick, facts.seconds * ticksRate, ticksRate)));
-        if (facts.kind == SongFile::midi && facts.known) return facts.ticks;
-        return barTicks;
+        return facts.known ? facts.ticks : barTicks;
     }
 
     DropBox boxOf(const BringPlace& place, int kind, int channel) {

@@ -1,6 +1,7 @@
 #include "project/FileFacts.h"
 
 #include "audiofiles/AudioImport.h"
+#include "project/ClipLength.h"
 #include "sequencer/MidiLength.h"
 
 FileFacts factsOf(const CStr& path, bool byName) {
@@ -14,6 +15,11 @@ FileFacts factsOf(const CStr& path, bool byName) {
         facts.channels = length.channels;
     }
     if (facts.kind == SongFile::midi) facts.ticks = midiLength(path);
+    if (facts.kind == SongFile::clip) {
+        const ClipLength length = clipLength(path);
+        facts.seconds = length.seconds;
+        facts.ticks = length.ticks;
+    }
     return facts;
 }
 

@@ -9,9 +9,9 @@
 struct FileFacts {
     SongFile kind = SongFile::none;
     bool known = false;   ///< the rest is told; it is read a little later
-    double seconds = 0.0; ///< of audio
+    double seconds = 0.0; ///< of audio, and of a clip that follows no tempo
     int channels = 1;     ///< of audio
-    int ticks = 0;        ///< of a MIDI file, 0 for what can't be read
+    int ticks = 0;        ///< of a MIDI file or another clip, 0 for what can't be read
 };
 
 /// What the name tells, and, unless `byName`, what the file does. Any thread but the audio thread.

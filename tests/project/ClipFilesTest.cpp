@@ -1,5 +1,6 @@
 #include "ClipFixture.h"
 #include "project/ClipPreview.h"
+#include "project/FileFacts.h"
 
 #include <set>
 
@@ -161,4 +162,47 @@ TEST(ClipFiles, PlugInsAreNotLoaded) {
     EXPECT_TRUE(f.drop(clip));
     EXPECT_EQ(f.host->comps.getCount(), comps);
     EXPECT_EQ(shown, std::vector<std::string>{"VST: Failed to open /evil.so"});
+}
+
+/// What is told of a clip before it is dropped is how long it will be there, at any tempo; and of
+/// damaged ones something that can be shown.
+TEST(ClipFiles, TellTheirLength) {
+    struct Case {
+        int kind, mode;
+        bool multi;
+        double seconds;
+    };
+    for (const Case& c : {Case{partMIDI, 0, false, 0.0}, Case{partDrum, 0, false, 0.0},
+                          Case{partAudio, 0, true, 0.0}, Case{partAudio, 1, false, 0.0},
+                          Case{partAudio, 0, false, 44100 / 44100.0}}) {
+        SCOPED_TRACE(c.kind * 100 + c.mode * 10 + c.multi);
+        ClipFixture made;
+        CPart* part = made.add(c.kind);
+        if (c.kind == partAudio && !c.multi) {
+            auto* clip = new CAudioPart;
+            CAudioEvent* event = createAudioEvent();
+            event->sample = made.addFile("second.wav", 16, 1, 44100);
+            event->end = 44099;
+            event->mode = (unsigned char)c.mode;
+            event->ticks = 1234;
+            clip->addEvent(0, event);
+            part = made.add(clip, 960, made.track(trackAudio));
+        }
+        const std::string bytes = made.clipOf(part);
+        ClipFixture f;
+        f.host->setTempo(97.0f);
+        const FileFacts facts = factsOf(f.put("a.qvc", bytes), false);
+        EXPECT_DOUBLE_EQ(facts.seconds, c.seconds);
+        CPart* dropped = f.drop(bytes);
+        ASSERT_TRUE(dropped);
+        const int there = f.seq->getTicks(dropped);
+        const double told =
+            c.seconds > 0 ? f.seq->framesToTicks(0, c.seconds * 48000, 48000) : facts.ticks;
+        EXPECT_NEAR(told, there, 1);
+        if (c.multi)
+            eachDamage(bytes, [&](const std::string& bad) {
+                const FileFacts any = factsOf(f.put("bad.qvc", bad), false);
+                EXPECT_TRUE(any.ticks >= 0 && any.ticks <= maxTicks && any.seconds >= 0);
+            });
+    }
 }
