@@ -1,7 +1,6 @@
 #include "arrange/ObjectBar.h"
 
 #include "arrange/ArrangeState.h"
-#include "ui/NameField.h"
 #include "arrange/gestures/Overlay.h"
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
@@ -11,6 +10,7 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/controls/CButton.h"
+#include "gui/controls/CPopup.h"
 #include "instruments/CDrumSound.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/ClipEdits.h"
@@ -19,13 +19,15 @@
 #include "sequencer/MoveEdits.h"
 #include "sequencer/PartEdits.h"
 #include "sequencer/Slicing.h"
+#include "ui/NameField.h"
 #include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
 
 namespace {
 
 constexpr int gap = 2, margin = 8, buttonTop = 4, high = 18;
-constexpr int lengthWidth = 76, lengthLabel = 46, sliceWidth = 44, leastText = 60;
+constexpr int lengthWidth = 76, lengthLabel = 46, sliceWidth = 44, moreWidth = 24;
+constexpr int leastText = 60;
 enum Button { forward, reversed, normal, repitch, stretch };
 
 struct Row {
@@ -112,8 +114,10 @@ ObjectBar::ObjectBar(CWin* owner, ArrangeState& shared)
     }
     slice = add("slice", "Slice", "Cut the selected clips at the steps of the grid", sliceWidth);
     length = add("length", "", "Length in bars.beats.ticks: press and type", lengthWidth);
-    slice->visible = length->visible = false;
+    more = add("more", "...", "What else can be set of the selected clips", moreWidth);
+    slice->visible = length->visible = more->visible = false;
     wire(slice->onChange, new _COnChange<ObjectBar>(this, &ObjectBar::sliceClicked));
+    wire(more->onChange, new _COnChange<ObjectBar>(this, &ObjectBar::moreClicked));
     wire(length->onChange, new _COnChange<ObjectBar>(this, &ObjectBar::lengthClicked));
 }
 
@@ -127,7 +131,7 @@ CButton* ObjectBar::add(const char* name, const char* text, const char* told, in
     return made;
 }
 
-/// From the right; what has no room is left out, first how clips play.
+/// From the right; what has no room goes to the menu, first how clips play.
 void ObjectBar::resized() {
     int x = width - margin;
     const auto put = [&](CButton* button, int before) {
@@ -140,9 +144,38 @@ void ObjectBar::resized() {
     for (size_t i = buttons.size(); i-- > 0;) put(buttons[i], i == normal ? margin : gap);
 }
 
+/// All of them have room, or this one has it beside the button of the menu.
+bool ObjectBar::fits(const CCtrl* button) const {
+    const bool all = buttons.front()->left >= leastText;
+    return all || button->left - (button == length ? 0 : moreWidth + gap) >= leastText;
+}
+
+void ObjectBar::moreClicked(CObject*) {
+    auto* popup = new CPopup(win->app, win);
+    popup->autoDelete = true;
+    for (CButton* button : buttons) {
+        if (fits(button)) continue;
+        CMenuItem* item =
+            popup->add(button->hint, new _COnChange<ObjectBar>(this, &ObjectBar::entryClicked));
+        item->tag = button->tag;
+        item->checked = button->lit;
+    }
+    if (!fits(slice))
+        popup->add(slice->hint, new _COnChange<ObjectBar>(this, &ObjectBar::sliceClicked));
+    const CPoint corner = win->getPos(true), in = win->controlPos(more);
+    popup->popup(corner.x + in.x, corner.y + in.y + high, more->hasKeyFocus());
+}
+
+void ObjectBar::entryClicked(CObject* sender) {
+    choose(static_cast<CMenuItem*>(sender)->tag);
+}
+
 void ObjectBar::clicked(CObject* sender) {
+    choose(static_cast<CButton*>(static_cast<CCtrl*>(sender))->tag);
+}
+
+void ObjectBar::choose(int which) {
     CSeq* seq = state.seq();
-    const int which = static_cast<CButton*>(static_cast<CCtrl*>(sender))->tag;
     const CAudioEvent* clip = seq ? firstClip(seq->getProg()->getFirstSelectedPart()) : nullptr;
     if (!clip) return;
     if (which >= normal)
@@ -185,7 +218,6 @@ bool ObjectBar::refresh() {
     NameField::dropLeft(field);
     bool changed = now != shown || span != length->text;
     const auto show = [&](CButton* button, bool seen) {
-        seen = seen && button->left >= leastText;
         changed = changed || button->visible != seen;
         button->visible = seen;
     };
@@ -195,10 +227,16 @@ bool ObjectBar::refresh() {
                                                   : (clip->reverse != 0) == (which == reversed));
         changed = changed || button->lit != lit;
         button->lit = lit;
-        show(button, clip);
+        show(button, clip && fits(button));
     }
-    show(slice, clip);
-    show(length, part);
+    show(slice, clip && fits(slice));
+    show(length, part && fits(length));
+    int leftmost = length->left - lengthLabel;
+    if (slice->visible) leftmost = slice->left;
+    for (const CButton* button : buttons)
+        if (button->visible) leftmost = asMin(leftmost, button->left);
+    more->setBounds(leftmost - gap - moreWidth, buttonTop, moreWidth, high);
+    show(more, clip && !fits(buttons.front()));
     if (!changed) return false;
     length->text = span;
     length->spokenName = "Length " + span;

@@ -297,6 +297,20 @@ TEST_F(TimelineTest, TheObjectBarTellsAndSetsClips) {
     }
     click("forward");
     EXPECT_EQ(now()->reverse, 0);
+    // In a narrow window a menu has what finds no room.
+    EXPECT_FALSE(button("more")->visible);
+    win->move(0, 0, 800, 560);
+    ASSERT_TRUE(pumpUntil([&] { return button("more")->visible; }));
+    EXPECT_FALSE(button("reversed")->visible);
+    EXPECT_GE(button("more")->left, 60);
+    inMenu({"Down", "Return"});
+    click("more");
+    EXPECT_EQ(now()->reverse, 1);
+    inMenu({"Return"});
+    click("more");
+    EXPECT_EQ(now()->reverse, 0);
+    win->move(0, 0, 1020, 560);
+    ASSERT_TRUE(pumpUntil([&] { return button("forward")->visible; }));
     // The length is typed, and the clip is cut at the steps of the grid.
     click("stretch");
     const auto type = [&](const char* text) {
