@@ -10,6 +10,7 @@
 #include "project/ProjectFile.h"
 #include "shell/CMainWin.h"
 #include "shell/CWelcomeWin.h"
+#include "ui/Song.h"
 
 namespace {
 
@@ -60,6 +61,7 @@ void ProjectFlows::tick() {
     if (mustWelcome && !window->app->modalWin) {
         mustWelcome = false;
         newClicked();
+        if (!queued && !songOf(qv)) create(kindEmpty); // who chooses nothing can begin all the same
     }
     if (requested && !asking) {
         const Request wanted = *requested;

@@ -273,8 +273,8 @@ TEST_F(ProjectFlowsTest, StartsAsTheSettingsTell) {
         bool welcome;
     };
     const Case cases[] = {{"0", true, 1, false},  {"1", true, -1, false}, {"2", true, 4, false},
-                          {"2", false, 6, false}, {"-1", true, -1, true}, {"-1", false, 6, true},
-                          {"3", true, -1, true},  {"-2", true, -1, false}};
+                          {"2", false, 6, false}, {"-1", true, 0, true},  {"-1", false, 6, true},
+                          {"3", true, 0, true},   {"-2", true, -1, false}};
     for (const Case& c : cases) {
         titles.clear();
         set("last", "project", c.hasLast ? last.c_str() : "");
