@@ -61,11 +61,4 @@ void ArrangeView::bindCommands() {
         [this] { return !qv->recording && !qv->recUndo && canAddPoint(*this); });
     actions.bind(
         "delete", [this] { deleteSelected(); }, [this] { return canDelete(); });
-    actions.bind(
-        "objectbar",
-        [this] {
-            objectsShown.toggle();
-            layout();
-        },
-        withSong, [this] { return objectsShown.on(); });
 }

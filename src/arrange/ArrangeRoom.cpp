@@ -8,10 +8,15 @@
 #include "ui/Workspace.h"
 
 ArrangeRoom::ArrangeRoom(Workspace& space, EditorTable& editors)
-    : imports(space), process(space), takes(space, range), song(space, range) {
+    : imports(space), process(space), takes(space, range), song(space, range),
+      objectBar(space.host(), "object-bar", 1) {
     editors.enter(compSeq, [this](Workspace& around, CComp& comp) {
         return std::make_unique<CSeqWin>(around, *this, static_cast<CSeq&>(comp));
     });
+    space.commands().bind(
+        "objectbar", [this] { objectBar.toggle(); },
+        [&space] { return playableSongOf(space.host()) != nullptr; },
+        [this] { return objectBar.on(); });
     const auto open = [&space] {
         CSeq* seq = songOf(space.host());
         return seq && space.isOpen(seq);

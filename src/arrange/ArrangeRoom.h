@@ -5,6 +5,7 @@
 #include "arrange/SongImports.h"
 #include "arrange/SongRange.h"
 #include "arrange/TakeMenu.h"
+#include "ui/Options.h"
 
 class EditorTable;
 
@@ -23,4 +24,5 @@ public:
 
 private:
     const SongCommands song;
+    Option objectBar; ///< of every editor that has one
 };

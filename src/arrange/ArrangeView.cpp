@@ -126,6 +126,7 @@ bool ArrangeView::refresh() {
 }
 
 void ArrangeView::idle() {
+    if (objectBar->visible != objectsShown.on()) layout();
     drops.idle();
     ruler->idle();
     snapBar->refresh();

@@ -2,9 +2,9 @@
 
 #include "engine/CSnap.h"
 #include "engine/MidiBytes.h"
+#include "gui/controls/CDocker.h"
 #include "gui/controls/CEdit.h"
 #include "instruments/CLayer.h"
-#include "gui/controls/CDocker.h"
 #include "notes/CEditorWin.h"
 #include "notes/CEventList.h"
 #include "notes/LaneView.h"
@@ -307,6 +307,11 @@ TEST_F(NotesTest, TheListTypesAndStepsCells) {
 TEST_F(NotesTest, TheEditorFollowsThePart) {
     open(trackMIDI);
     put(0, 60, 240);
+    // What both views have is switched in either.
+    const int objects = host->settings.getInt("object-bar", 1);
+    key("o");
+    EXPECT_TRUE(pumpUntil([&] { return host->settings.getInt("object-bar", 1) != objects; }));
+    EXPECT_TRUE(pumpUntil([&] { return find<CCtrl>("objectbar")->visible == !objects; }));
     key("F1");
     ASSERT_TRUE(pumpUntil([&] { return win->pages->current() == page(); }));
     edited->setSelected(true);
