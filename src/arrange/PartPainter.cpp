@@ -4,7 +4,7 @@
 #include "arrange/Hit.h"
 #include "arrange/PartColours.h"
 #include "arrange/PartHandles.h"
-#include "arrange/WaveColumns.h"
+#include "ui/WaveColumns.h"
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
 #include "gui/CApp.h"

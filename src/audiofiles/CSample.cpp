@@ -70,6 +70,7 @@ bool CSample::open(CStr path) {
     close();
     loop = 0;
     loopStart = 0;
+    cues.clear();
     bigEndian = false;
     frames = 0;
     needsPeaks = true;
@@ -82,6 +83,7 @@ bool CSample::open(CStr path) {
         dataStart = format.dataStart;
         loop = format.loop ? 1 : 0;
         loopStart = format.loopStart;
+        cues = std::move(format.cues);
         frames = format.frames;
         valid = true;
         streamed ? createBuffers() : load();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "audiofiles/AudioCue.h"
 #include "audiofiles/PeakImage.h"
 #include "audiofiles/SampleBytes.h"
 #include "base/Atomic.h"
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <vector>
 
 class CSampleReader;
 class CTakeRing;
@@ -62,6 +64,7 @@ public:
     int frameBytes = 4;
     Shared<int> loop{0};                   ///< 1: the file tells exactly one loop
     Shared<int> loopStart{0};              ///< frames
+    std::vector<AudioCue> cues;            ///< places that the file names, in order
     bool headerDone = false;               ///< the file has got a header
     std::unique_ptr<CSampleReader> reader; ///< the graph's; null unless frames stay on disk
     PeakImage peaks;

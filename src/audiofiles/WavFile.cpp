@@ -15,6 +15,7 @@ constexpr int chunkHead = 8, fmtBytes = 16, commBytes = 18;
 constexpr int ssndHead = 8;                      // offset and block size in front of the frames
 constexpr int smplHead = 36, smplLoopBytes = 24; // the head up to the loops, one loop
 constexpr int smplCountAt = 28, loopStartAt = 8; // where they hold the count and the start
+constexpr int cueBytes = 24, cueFrameAt = 20, labelHead = 12, mostLabel = 256;
 constexpr int tagPcm = 1, tagFloat = 3;
 constexpr int exponentTop = 30; // low exponent byte of a rate whose mantissa needs no shift
 
@@ -74,6 +75,7 @@ public:
         if (!wav && !format.bigEndian) return false;
         pos = sizeof head;
         while (going && next()) wav ? wavChunk() : aiffChunk();
+        takeCues();
         return valid;
     }
 
@@ -134,6 +136,10 @@ private:
             setFrames(0, INT_MAX);
         } else if (is("smpl"))
             readLoops();
+        else if (is("cue "))
+            readCues();
+        else if (is("LIST"))
+            readLabels();
     }
 
     /// Whether the rest of the file is a row of chunks.
@@ -160,6 +166,67 @@ private:
             format.loopStart = int(std::min<unsigned>(getLittle(b, 4), INT_MAX));
     }
 
+    struct Mark {
+        unsigned id, frame;
+        std::string name;
+    };
+
+    void readCues() {
+        unsigned char b[cueBytes];
+        if (readAt(file, start, b, 4) < 4) return;
+        const std::int64_t count = std::min<std::int64_t>(getLittle(b, 4), (held() - 4) / cueBytes);
+        for (std::int64_t i = 0; i < count && marks.size() < mostCues; i++) {
+            if (readAt(file, start + 4 + i * cueBytes, b, cueBytes) < cueBytes) return;
+            marks.push_back({getLittle(b, 4), getLittle(b + cueFrameAt, 4), ""});
+        }
+    }
+
+    void readLabels() {
+        unsigned char b[labelHead];
+        const std::int64_t end = start + held();
+        if (readAt(file, start, b, 4) < 4 || std::memcmp(b, "adtl", 4)) return;
+        for (std::int64_t at = start + 4; at + labelHead <= end && labels.size() < mostCues;) {
+            if (readAt(file, at, b, labelHead) < labelHead) return;
+            const std::int64_t bytes = getLittle(b + 4, 4);
+            if (!std::memcmp(b, "labl", 4) && bytes > 4)
+                labels.push_back({getLittle(b + 8, 4), 0,
+                                  text(at + labelHead, std::min(bytes - 4, end - at - labelHead))});
+            at += chunkHead + bytes + bytes % 2;
+        }
+    }
+
+    void readMarks() {
+        unsigned char b[7]; // id, frame, and the length of the name
+        if (readAt(file, start, b, 2) < 2) return;
+        const unsigned count = getBig(b, 2);
+        std::int64_t at = start + 2;
+        const std::int64_t end = start + held();
+        for (unsigned i = 0; i < count && at + 7 <= end && marks.size() < mostCues; i++) {
+            if (readAt(file, at, b, 7) < 7) return;
+            marks.push_back({getBig(b, 2), getBig(b + 2, 4),
+                             text(at + 7, std::min<std::int64_t>(b[6], end - at - 7))});
+            at += 7 + b[6] + (b[6] + 1) % 2;
+        }
+    }
+
+    /// Up to a zero, cut to a length that a view can show.
+    std::string text(std::int64_t at, std::int64_t bytes) const {
+        std::string read(std::size_t(std::clamp<std::int64_t>(bytes, 0, mostLabel)), 0);
+        read.resize(std::size_t(readAt(file, at, read.data(), std::int64_t(read.size()))));
+        return read.c_str();
+    }
+
+    void takeCues() {
+        for (const Mark& mark : marks) {
+            if (mark.frame >= unsigned(format.frames)) continue;
+            AudioCue cue{int(mark.frame), mark.name};
+            for (const Mark& label : labels)
+                if (label.id == mark.id) cue.name = label.name;
+            format.cues.push_back(std::move(cue));
+        }
+        std::ranges::stable_sort(format.cues, {}, &AudioCue::frame);
+    }
+
     void aiffChunk() {
         if (is("COMM")) {
             unsigned char b[commBytes];
@@ -171,9 +238,12 @@ private:
                       bits == 16 || bits == 24 || bits == 32);
         } else if (is("SSND"))
             setFrames(ssndHead, toldFrames);
+        else if (is("MARK"))
+            readMarks();
     }
 
     int toldFrames = 0; // by COMM
+    std::vector<Mark> marks, labels;
 };
 
 void makeWavHeader(const AudioFormat& format, unsigned bytes, unsigned char* p) {

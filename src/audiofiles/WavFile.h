@@ -1,7 +1,10 @@
 #pragma once
 
+#include "audiofiles/AudioCue.h"
+
 #include <cstdint>
 #include <cstdio>
+#include <vector>
 
 /// What the header of a WAV or AIFF file tells of its frames.
 struct AudioFormat {
@@ -13,12 +16,14 @@ struct AudioFormat {
     std::int64_t dataStart = 0; ///< byte offset of the first frame
     bool loop = false;          ///< the file tells exactly one loop
     int loopStart = 0;          ///< frames, at or above 0, within the file
+    std::vector<AudioCue> cues; ///< in order of frames, at most `mostCues`
 
     int frameBytes() const { return chs * (bits / 8); }
 };
 
 /// Widest frame that can be played, in bytes.
 constexpr int maxFrameBytes = 65535;
+constexpr int mostCues = 4096;
 constexpr int wavHeaderBytes = 44, aiffHeaderBytes = 54;
 
 /// Opens a regular file for positioned reads, or null. Never waits on what is no file.

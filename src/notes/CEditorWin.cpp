@@ -6,6 +6,7 @@
 #include "gui/controls/CPopup.h"
 #include "notes/EditorBar.h"
 #include "notes/RollBody.h"
+#include "notes/WaveBody.h"
 #include "sequencer/CEditorComp.h"
 #include "sequencer/CSeq.h"
 #include "ui/ActionItems.h"
@@ -27,7 +28,8 @@ CEditorWin::CEditorWin(Workspace& space, CEditorComp& edited)
     : CCompEditor(space.mainWindow()->app, space.mainWindow(), edited.id, 200, 200, windowWidth,
                   windowHeight, winCaption | winSizable | winDockable, &edited, &space.commands()),
       EditedPart(space), editor(edited),
-      bar(new EditorBar(this, *this)), bodies{new RollBody(this, space)}, body(bodies.front()) {
+      bar(new EditorBar(this, *this)), bodies{new RollBody(this, space), new WaveBody(this, space)},
+      body(bodies.front()) {
     editorType = groupArrange;
     addControl(bar);
     for (EditorBody* b : bodies) {

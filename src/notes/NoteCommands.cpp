@@ -19,7 +19,8 @@ NoteCommands::NoteCommands(Workspace& space, EditorTable& editors)
     workspace.commands().bind(
         "edit", [this] { workspace.openPart(selectedPart()); },
         [this] { return selectedPart() != nullptr; });
-    for (const char* name : {"octup", "octdown", "trackzoomin", "trackzoomout", "insertnote"})
+    for (const char* name :
+         {"octup", "octdown", "trackzoomin", "trackzoomout", "insertnote", "playrange"})
         workspace.commands().leave(name);
     bindSwitches();
 }

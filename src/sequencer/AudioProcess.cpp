@@ -127,7 +127,7 @@ private:
         seq->clearCopies();
         for (const Result& r : results) {
             seq->copyTracks.push_back(r.placed.row);
-            seq->copies.add(copyFrames(seq, r.placed.part, r.frames).release());
+            seq->copies.add(partOfFrames(seq, r.placed.part, r.frames).release());
         }
     }
 };

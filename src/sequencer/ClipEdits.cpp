@@ -125,12 +125,16 @@ int ticksOf(CSeq* seq, CPart* part, const CAudioEvent* clip, int tick) {
     return sampleAsTicks2(seq, clip, saturate(int64_t(part->pos) + part->offset + tick));
 }
 
+void change(CSeq* seq, ClipSetting setting, float value, CPart* part, CAudioEvent* clip, int tick) {
+    const int ticks = ticksOf(seq, part, clip, tick);
+    const bool ownSpeed = clip->mode == playRepitch;
+    set(clip, setting, value);
+    if (ownSpeed && clip->mode != playRepitch) clip->ticks = asMax(ticks, 1);
+}
+
 bool apply(CSeq* seq, ClipSetting setting, float value, bool relative) {
     return edit(seq, titleOf(setting), [&](CPart* part, CAudioEvent* clip, int tick) {
-        const int ticks = ticksOf(seq, part, clip, tick);
-        const bool ownSpeed = clip->mode == playRepitch;
-        set(clip, setting, relative ? valueOf(clip, setting) + value : value);
-        if (ownSpeed && clip->mode != playRepitch) clip->ticks = asMax(ticks, 1);
+        change(seq, setting, relative ? valueOf(clip, setting) + value : value, part, clip, tick);
     });
 }
 
@@ -180,6 +184,21 @@ bool setClips(CSeq* seq, ClipSetting setting, float value) {
 
 bool changeClips(CSeq* seq, ClipSetting setting, float by) {
     return apply(seq, setting, by, true);
+}
+
+bool setClip(CSeq* seq, const ClipPlace& place, ClipSetting setting, float value) {
+    if (!place.clip() || seq->isLocked(place.part)) return false;
+    std::unique_ptr<CPart> draft(place.part->content()->copy(0));
+    int i = 0;
+    eachEvent(draft->events, [&](CBaseEvent* e, int tick) {
+        if (i++ == place.index)
+            change(seq, setting, value, place.part, static_cast<CAudioEvent*>(e), tick);
+    });
+    if (sameContent(draft.get(), place.part->content())) return false;
+    CUndo* undo = seq->host->undoStart(titleOf(setting), seq, clipEffects);
+    swapUndoPart(undo, place.part->content(), draft.release());
+    seq->host->undoEnd(undo, false);
+    return true;
 }
 
 void reverseClips(CSeq* seq) {

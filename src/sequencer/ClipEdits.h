@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/CStr.h"
+#include "sequencer/SampleEdits.h"
 
 class CPart;
 class CSeq;
@@ -23,6 +24,8 @@ enum class ClipSetting {
 /// changes by it. False if there are no such clips.
 bool setClips(CSeq* seq, ClipSetting setting, float value);
 bool changeClips(CSeq* seq, ClipSetting setting, float by);
+/// The same of one clip, whatever is selected.
+bool setClip(CSeq* seq, const ClipPlace& place, ClipSetting setting, float value);
 /// "Reverse": the range is played backward; or forward again where all of it is backward.
 void reverseClips(CSeq* seq);
 

@@ -139,7 +139,7 @@ bool meets(CPart* part, const PartRange& range) {
 void addCopy(CSeq* seq, CPart* part, int trackIndex, const PartRange& range) {
     std::unique_ptr<CPart> copied;
     if (meets(part, range))
-        copied = copyFrames(seq, part, framesOf(seq, part, range));
+        copied = partOfFrames(seq, part, framesOf(seq, part, range));
     else if (copiesEvents(part))
         copied = copySelected(seq, part);
     else

@@ -24,14 +24,17 @@ FrameRange framesOf(CSeq* seq, CPart* part, const PartRange& range) {
     return frames;
 }
 
-std::unique_ptr<CPart> copyFrames(CSeq* seq, CPart* part, const FrameRange& frames) {
-    const auto* whole = static_cast<const CAudioEvent*>(part->getEvents());
+std::unique_ptr<CPart> partOfFrames(CSeq* seq, CPart* part, const FrameRange& frames,
+                                    const CAudioEvent* of) {
+    const auto* whole = of ? of : static_cast<const CAudioEvent*>(part->getEvents());
+    const int ticks =
+        isMulticlip(part) ? sampleAsTicks2(seq, whole, part->pos) : seq->getTicks(part);
     std::unique_ptr<CPart> made = newPartLike(part);
     CAudioEvent* clip = createAudioEvent(whole);
     clip->start = frames.from;
     clip->end = asMax(frames.to - 1, frames.from);
     clip->ticks = share(whole->ticks, frames, whole);
-    made->length = share(seq->getTicks(part), frames, whole);
+    made->length = share(ticks, frames, whole);
     made->offset = 0;
     made->colour = -1;
     made->addEvent(0, clip);

@@ -67,24 +67,6 @@ int exactCut(CSliceBuffer& sound, int frame) {
     return cut;
 }
 
-/// Frames of a range at which the sound sets in, its first one before all.
-std::vector<int> onsets(const CAudioEvent* clip) {
-    constexpr float threshold = sensitivity * sensitivity * 0.95f + 0.05f;
-    std::vector<int> cuts{clip->start};
-    CSliceBuffer sound(clip->sample);
-    float before = 0.0f;
-    for (int frame = clip->start; frame + windowFrames <= clip->end + 1;) {
-        float peak = 0.0f;
-        for (const int end = frame + windowFrames; frame < end; frame++)
-            peak = std::max(peak, sound.value(frame));
-        const bool sets = peak - before > threshold && frame - cuts.back() > leastFrames;
-        const int cut = sets ? exactCut(sound, frame) : cuts.back();
-        if (cut - cuts.back() > leastFrames) cuts.push_back(cut);
-        before = peak;
-    }
-    return cuts;
-}
-
 /// A slice: ticks from the start of the part, and frames of the sample.
 struct Slice {
     int from, to;
@@ -98,8 +80,12 @@ public:
     /// Why not, empty if all went well.
     template <class F>
     CStr run(F&& slicesOf) {
+        return run(selectedParts(seq), slicesOf);
+    }
+    template <class F>
+    CStr run(const std::vector<PlacedPart>& parts, F&& slicesOf) {
         PartChange change;
-        for (const PlacedPart& p : selectedParts(seq)) {
+        for (const PlacedPart& p : parts) {
             const CAudioEvent* clip = sliceable(p.part);
             if (!clip) continue;
             const std::optional<std::vector<Slice>> slices = slicesOf(p.part, clip);
@@ -108,6 +94,7 @@ public:
             change.remove(p.songTrack, p.part);
             for (const Slice& slice : *slices) change.add(p.songTrack, make(p.part, slice));
         }
+        if (change.empty()) return "";
         CUndo* undo = seq->host->undoStart("Beatslice", seq, sliceEffects);
         change.record(undo);
         seq->host->undoEnd(undo, false);
@@ -147,7 +134,50 @@ Slice sliceOf(const CAudioEvent* clip, int from, int to, int first, int end) {
     return {from, to, sum - (end - 1), sum - first};
 }
 
+/// Those that begin at frames of a clip, its first one before all; none if they are too many.
+std::optional<std::vector<Slice>> slicesAt(CSeq* seq, CPart* part, const CAudioEvent* clip,
+                                           std::vector<int> cuts) {
+    if (cuts.size() > size_t(maxPieces)) return std::nullopt;
+    const int length = seq->getTicks(part);
+    const int64_t sum = int64_t(clip->start) + clip->end + 1;
+    cuts.push_back(clip->end + 1);
+    if (clip->reverse) { // heard from the last one on
+        for (int& cut : cuts) cut = int(sum - cut);
+        std::reverse(cuts.begin(), cuts.end());
+    }
+    const auto tickAt = [&](int frame) {
+        const double frames = double(frame) - clip->start;
+        const double range = double(clip->end) - clip->start + 1;
+        if (clip->mode == playRepitch)
+            return asMin(asRound(seq->framesToTicks(part->pos, frames, clipRate(clip))), length);
+        return asRound(frames * length / range);
+    };
+    std::vector<Slice> slices;
+    for (size_t i = 0; i + 1 < cuts.size(); i++) {
+        const int from = tickAt(cuts[i]), to = tickAt(cuts[i + 1]);
+        slices.push_back(sliceOf(clip, from, asMax(to, from + 1), cuts[i], cuts[i + 1]));
+    }
+    return slices;
+}
+
 } // namespace
+
+std::vector<int> onsets(const CSample* sample, const FrameRange& range) {
+    constexpr float threshold = sensitivity * sensitivity * 0.95f + 0.05f;
+    std::vector<int> cuts{range.from};
+    CSliceBuffer sound(sample);
+    float before = 0.0f;
+    for (int frame = range.from; frame + windowFrames <= range.to;) {
+        float peak = 0.0f;
+        for (const int end = frame + windowFrames; frame < end; frame++)
+            peak = std::max(peak, sound.value(frame));
+        const bool sets = peak - before > threshold && frame - cuts.back() > leastFrames;
+        const int cut = sets ? exactCut(sound, frame) : cuts.back();
+        if (cut - cuts.back() > leastFrames) cuts.push_back(cut);
+        before = peak;
+    }
+    return cuts;
+}
 
 CStr beatsliceParts(CSeq* seq) {
     const int step = seq->snap->getTicks();
@@ -172,28 +202,18 @@ CStr beatsliceParts(CSeq* seq) {
 
 CStr autosliceParts(CSeq* seq) {
     return Slicer(seq).run([&](CPart* part, const CAudioEvent* clip) {
-        std::vector<int> cuts = onsets(clip);
-        if (cuts.size() > size_t(maxPieces)) return std::optional<std::vector<Slice>>();
-        const int length = seq->getTicks(part);
-        const int64_t sum = int64_t(clip->start) + clip->end + 1;
-        cuts.push_back(clip->end + 1);
-        if (clip->reverse) { // heard from the last one on
-            for (int& cut : cuts) cut = int(sum - cut);
-            std::reverse(cuts.begin(), cuts.end());
-        }
-        const auto tickAt = [&](int frame) {
-            const double frames = double(frame) - clip->start;
-            const double range = double(clip->end) - clip->start + 1;
-            if (clip->mode == playRepitch)
-                return asMin(asRound(seq->framesToTicks(part->pos, frames, clipRate(clip))),
-                             length);
-            return asRound(frames * length / range);
-        };
-        std::vector<Slice> slices;
-        for (size_t i = 0; i + 1 < cuts.size(); i++) {
-            const int from = tickAt(cuts[i]), to = tickAt(cuts[i + 1]);
-            slices.push_back(sliceOf(clip, from, asMax(to, from + 1), cuts[i], cuts[i + 1]));
-        }
-        return std::optional(slices);
+        return slicesAt(seq, part, clip, onsets(clip->sample, {clip->start, clip->end + 1}));
+    });
+}
+
+CStr slicePart(CSeq* seq, CPart* part, const std::vector<int>& frames) {
+    const PlacedPart placed{part, seq->partToSongTrack(part), 0};
+    if (!placed.songTrack || seq->isLocked(part)) return "";
+    return Slicer(seq).run({placed}, [&](CPart*, const CAudioEvent* clip) {
+        std::vector<int> cuts{clip->start};
+        for (const int frame : frames)
+            if (frame > cuts.back() && frame <= clip->end) cuts.push_back(frame);
+        return cuts.size() > 1 ? slicesAt(seq, part, clip, std::move(cuts))
+                               : std::optional(std::vector<Slice>());
     });
 }

@@ -184,7 +184,11 @@ bool CMainWin::handleKeyDown(CObject* sender, int& key, int mods) {
     return true;
 }
 
+/// While nothing else plays, a page may have something of its own to be heard.
 bool CMainWin::playOrStop() {
+    CAction* own = getAction("playrange");
+    CCompEditor* page = pages ? pages->current() : nullptr;
+    if (!qv->playing && page && page->canRun(own)) return page->onAction(own);
     return table.run(getAction(qv->playing ? "stop" : "play"));
 }
 
@@ -367,8 +371,9 @@ bool CMainWin::inFront(const CComp* edited) const {
 
 bool CMainWin::canOpen(const CPart* part) const {
     const CSeq* seq = songOf(qv);
-    return seq && part && (part->type == partMIDI || part->type == partDrum) &&
-           hasEditor(seq->editorComp.get());
+    const bool known =
+        part && (part->type == partMIDI || part->type == partDrum || part->type == partAudio);
+    return seq && known && hasEditor(seq->editorComp.get());
 }
 
 void CMainWin::openPart(CPart* part) {

@@ -112,6 +112,7 @@ constexpr Row rows[] = {
     {"insertnote", "Insert note", groupArrange, 'n'},
     {"notenames", "Show note names", groupArrange},
     {"notelength", "Remember note length", groupArrange},
+    {"playrange", "Play the range alone", groupArrange},
     {"freeze", "Freeze", groupArrange, 'f', controlShift},
     {"glue", "Glue", groupArrange, 'g', control},
     {"unghost", "Un-ghost", groupArrange, 'u', control},

@@ -3,7 +3,7 @@
 #include "arrange/Hit.h"
 #include "arrange/Overview.h"
 #include "arrange/RowLayout.h"
-#include "arrange/WaveColumns.h"
+#include "ui/WaveColumns.h"
 #include "audiofiles/CSample.h"
 #include "engine/CSnap.h"
 #include "shell/Rooms.h"

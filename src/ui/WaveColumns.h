@@ -4,7 +4,7 @@
 
 class CSample;
 
-/// What a column of a waveform's picture shows, all channels together.
+/// What a column of a waveform's picture shows.
 struct WaveColumn {
     float low = 0.0f, high = 0.0f;
     float rms = 0.0f; ///< 0 where there are too few frames for it
@@ -18,11 +18,13 @@ public:
     /// For columns between two frames, `perColumn` (above 0) frames wide. The sample has at most as
     /// many channels as its image can have.
     WaveColumns(const CSample* sample, double from, double to, double perColumn);
-    WaveColumn at(double frame) const; ///< from there on
+    WaveColumn at(double frame) const; ///< from there on, all channels together
+    WaveColumn at(double frame, int channel) const;
 
 private:
-    WaveColumn fromPeaks(double from) const;
-    WaveColumn fromFrames(double from) const;
+    WaveColumn column(double frame, int firstChannel, int endChannel) const;
+    WaveColumn fromPeaks(double from, int firstChannel, int endChannel) const;
+    WaveColumn fromFrames(double from, int firstChannel, int endChannel) const;
     float valueAt(double frame, int channel) const;
 
     const CSample* sample;

@@ -1,4 +1,4 @@
-#include "arrange/WaveColumns.h"
+#include "ui/WaveColumns.h"
 
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
@@ -23,28 +23,37 @@ WaveColumns::WaveColumns(const CSample* of, double from, double to, double perCo
 }
 
 WaveColumn WaveColumns::at(double frame) const {
-    return frames.empty() ? fromPeaks(frame) : fromFrames(frame);
+    return column(frame, 0, sample->chs);
 }
 
-WaveColumn WaveColumns::fromPeaks(double from) const {
-    WaveColumn column;
+WaveColumn WaveColumns::at(double frame, int channel) const {
+    return column(frame, channel, channel + 1);
+}
+
+WaveColumn WaveColumns::column(double frame, int firstChannel, int endChannel) const {
+    return frames.empty() ? fromPeaks(frame, firstChannel, endChannel)
+                          : fromFrames(frame, firstChannel, endChannel);
+}
+
+WaveColumn WaveColumns::fromPeaks(double from, int firstChannel, int endChannel) const {
+    WaveColumn shown;
     const PeakImage& peaks = sample->peaks;
     const int begin = asMax(0, asInt(from / PeakImage::framesPerEntry));
     const int end = asMin(peaks.count(), asInt((from + width) / PeakImage::framesPerEntry) + 1);
     float power = 0.0f;
     for (int i = begin; i < end; i++) {
         const unsigned char* values = peaks.entry(i);
-        for (int c = 0; c < sample->chs; c++, values += 2) {
-            column.low = std::min(column.low, PeakImage::decode(values[0]));
-            column.high = std::max(column.high, PeakImage::decode(values[1]));
-        }
-        for (int c = 0; c < sample->chs; c++) {
-            const float rms = PeakImage::decodeRms(*values++);
+        const unsigned char* powers = values + 2 * sample->chs;
+        for (int c = firstChannel; c < endChannel; c++) {
+            shown.low = std::min(shown.low, PeakImage::decode(values[2 * c]));
+            shown.high = std::max(shown.high, PeakImage::decode(values[2 * c + 1]));
+            const float rms = PeakImage::decodeRms(powers[c]);
             power += rms * rms;
         }
     }
-    if (end > begin) column.rms = std::sqrt(power / float((end - begin) * sample->chs));
-    return column;
+    const int channels = endChannel - firstChannel;
+    if (end > begin) shown.rms = std::sqrt(power / float((end - begin) * channels));
+    return shown;
 }
 
 float WaveColumns::valueAt(double frame, int channel) const {
@@ -56,17 +65,17 @@ float WaveColumns::valueAt(double frame, int channel) const {
 }
 
 /// With both ends of the line in it, so that columns meet.
-WaveColumn WaveColumns::fromFrames(double from) const {
-    WaveColumn column;
+WaveColumn WaveColumns::fromFrames(double from, int firstChannel, int endChannel) const {
+    WaveColumn shown;
     const double to = from + width;
     float power = 0.0f;
     int count = 0;
-    for (int c = 0; c < sample->chs; c++) {
+    for (int c = firstChannel; c < endChannel; c++) {
         const auto show = [&](float value, bool any) {
-            column.low = any ? std::min(column.low, value) : value;
-            column.high = any ? std::max(column.high, value) : value;
+            shown.low = any ? std::min(shown.low, value) : value;
+            shown.high = any ? std::max(shown.high, value) : value;
         };
-        show(valueAt(from, c), c > 0);
+        show(valueAt(from, c), c > firstChannel);
         show(valueAt(to, c), true);
         for (double frame = std::ceil(from); frame < to; frame++, count++) {
             const float value = valueAt(frame, c);
@@ -74,6 +83,6 @@ WaveColumn WaveColumns::fromFrames(double from) const {
             power += value * value;
         }
     }
-    if (width >= leastForPower && count > 0) column.rms = std::sqrt(power / float(count));
-    return column;
+    if (width >= leastForPower && count > 0) shown.rms = std::sqrt(power / float(count));
+    return shown;
 }

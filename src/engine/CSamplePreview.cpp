@@ -1,0 +1,93 @@
+#include "engine/CSamplePreview.h"
+
+#include "audiofiles/CSample.h"
+#include "audiofiles/SampleRender.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/ForgetHooks.h"
+
+#include <cmath>
+#include <memory>
+
+namespace {
+
+constexpr double rounding = 1e-6; ///< of a frame, which is no frame of its own
+
+void forgetPreviewed(CQV* host, const ForgetSet& gone) {
+    if (auto* preview = dynamic_cast<CSamplePreview*>(host->preview.load())) preview->forget(gone);
+}
+
+} // namespace
+
+CSamplePreview* CSamplePreview::of(CQV* host) {
+    if (!host->preview) {
+        auto made = std::make_unique<CSamplePreview>(host);
+        host->preview.storeRelease(made.release());
+    }
+    return dynamic_cast<CSamplePreview*>(host->preview.load());
+}
+
+CSamplePreview::CSamplePreview(CQV* root) : host(root) {
+    enterForgetHook(forgetPreviewed);
+}
+
+void CSamplePreview::play(const CSample* sample, int from, int to, bool loop) {
+    if (to > from) ask({sample, from, to, loop});
+}
+
+void CSamplePreview::stop() {
+    ask({});
+}
+
+void CSamplePreview::ask(Span span) {
+    wanted = span.sample != nullptr;
+    span.number = asked + 1;
+    requests.draft() = span;
+    requests.publish();
+    asked = span.number;
+}
+
+void CSamplePreview::takeRequest() {
+    if (!requests.take()) return;
+    begin(requests.taken());
+    served = requests.taken().number;
+}
+
+void CSamplePreview::forget(const ForgetSet& gone) {
+    const GraphHold hold(host);
+    takeRequest();
+    if (gone.has(played.sample)) begin({});
+}
+
+void CSamplePreview::begin(const Span& span) {
+    played = span;
+    pos = span.from;
+    sounding = span.sample != nullptr;
+    heard = span.sample ? span.from : -1;
+}
+
+void CSamplePreview::process(float* left, float* right, float* tmpLeft, float* tmpRight,
+                             int frames) {
+    takeRequest();
+    if (!played.sample) return;
+    const double speed = double(played.sample->rate) / double(host->rate.load());
+    for (int done = 0; done < frames;) {
+        const int ahead = asInt(std::ceil((played.to - pos) / speed - rounding));
+        if (ahead <= 0) {
+            if (!played.loop) return begin({});
+            pos = std::max<double>(played.from, pos - (played.to - played.from));
+            continue;
+        }
+        const int n = asMin(frames - done, ahead);
+        if (!render(*played.sample, {pos, speed, 0, played.from, played.to}, n, tmpLeft, tmpRight,
+                    host->sampleScratch.get(), ReadMode::live))
+            return begin({});
+        for (int i = 0; i < n; i++) {
+            left[done + i] += tmpLeft[i];
+            right[done + i] += tmpRight[i];
+        }
+        pos += n * speed;
+        done += n;
+    }
+    heard = asInt(pos);
+}

@@ -1,0 +1,280 @@
+#include "notes/WaveBody.h"
+
+#include "audiofiles/CSample.h"
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/CSamplePreview.h"
+#include "gui/CApp.h"
+#include "gui/CWin.h"
+#include "gui/controls/CPopup.h"
+#include "gui/controls/CRangebar.h"
+#include "notes/WaveEdits.h"
+#include "notes/WaveInfo.h"
+#include "notes/WaveRuler.h"
+#include "notes/WaveTexts.h"
+#include "notes/WaveView.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/PartEdits.h"
+#include "ui/ActionItems.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int barHeight = 14;
+constexpr int fitMargin = 24;     ///< pixels beside the part when it is shown first
+constexpr double besideAll = 1.1; ///< that can be seen, in lengths of the sample
+constexpr size_t mostZooms = 64;
+
+} // namespace
+
+WaveBody::WaveBody(CWin* owner, Workspace& space)
+    : EditorBody(owner, "wavebody"), WaveState(space), ruler(new WaveRuler(owner, *this)),
+      levels(new LevelScale(owner, *this)), view(new WaveView(owner, *this)),
+      across(new CRangebar(owner, "wavebar", 0, 0, 1, barHeight)),
+      spectrumView(new RangeSpectrum(owner, *this)), info(new WaveInfo(owner, *this)) {
+    for (CCtrl* child :
+         std::initializer_list<CCtrl*>{ruler, levels, view, across, spectrumView, info})
+        addControl(child);
+    spectrumView->visible = false;
+    across->spokenName = "Scroll along the sound";
+    across->onChange = new _COnChange<WaveBody>(this, &WaveBody::acrossMoved);
+    view->onMenu = new _COnChange<WaveBody>(this, &WaveBody::openMenu);
+}
+
+WaveBody::~WaveBody() = default;
+
+CCtrl* WaveBody::keyCtrl() {
+    return view;
+}
+
+bool WaveBody::shows(const CPart* wanted) const {
+    return wanted->type == partAudio;
+}
+
+// What is shown.
+
+void WaveBody::setPart(CPart* wanted, CTrack* on) {
+    if (win->app->drag.of(view)) win->app->drag.cancel();
+    if (part && !wanted && preview()) preview()->stop();
+    part = wanted;
+    track = on;
+    index = 0;
+    zooms.clear();
+    after.reset();
+    chooseSelected();
+    followSample();
+    layout();
+    if (sample()) fit();
+    shownChanged();
+}
+
+/// Of a part of several clips the one that is selected, else the first.
+void WaveBody::chooseSelected() {
+    int i = 0;
+    if (!part || !isMulticlip(part)) return;
+    for (const CBaseEvent* e = part->getEvents(); e; e = e->next, i++)
+        if (isSelected(e)) index = i;
+}
+
+bool WaveBody::chooseClip(int number) {
+    if (!isMulticlip(part) || number < 0 || !ClipPlace{part, number}.clip()) return false;
+    index = number;
+    followSample();
+    if (sample()) fit();
+    workspace.setStatus("Clip " + asStr(index + 1) +
+                        (sample() ? ", " + sampleText(*sample()) : CStr()));
+    shownChanged();
+    return true;
+}
+
+void WaveBody::songChanged() {
+    if (part && !clip()) index = 0;
+    followSample();
+    layout();
+    shownChanged();
+}
+
+/// Range and marks are those of the file that shows; one that was seen before and is of another
+/// length is seen as it was.
+void WaveBody::followSample() {
+    const CSample* now = sample();
+    const std::string file = now ? now->filename.asChar() : "";
+    if (file == shownFile) return setPlaces(range, marks);
+    if (!shownFile.empty()) seen[shownFile] = {marks, axis, shownFrames};
+    const auto known = seen.find(file);
+    const bool unknown = known == seen.end();
+    if (!unknown && known->second.frames != shownFrames) axis = known->second.axis;
+    std::vector<int> found = unknown ? std::vector<int>() : known->second.marks;
+    FrameRange kept = range;
+    if (after && unknown) {
+        found = after->marks;
+        kept = after->range;
+    }
+    after.reset();
+    shownFile = file;
+    shownFrames = frames();
+    setPlaces(kept, std::move(found));
+}
+
+/// Cut to the sample.
+void WaveBody::setPlaces(FrameRange places, std::vector<int> frameMarks) {
+    std::erase_if(frameMarks, [this](int frame) { return frame >= frames(); });
+    marks = std::move(frameMarks);
+    range = {asMinMax(places.from, 0, frames()), asMinMax(places.to, 0, frames())};
+}
+
+void WaveBody::shownChanged() {
+    for (CCtrl* shown : std::initializer_list<CCtrl*>{ruler, levels, view}) shown->redraw();
+}
+
+void WaveBody::rangeChanged() {
+    view->redraw();
+    if (sample() && seq()) workspace.setStatus(rangeText(*this));
+}
+
+void WaveBody::editDone() {
+    rangeChanged();
+}
+
+void WaveBody::idle() {
+    info->refresh();
+    spectrumView->refresh();
+}
+
+bool WaveBody::onFrame() {
+    if (!part) return false;
+    const double frame = playFrame();
+    const bool plays = qv->playing || (preview() && preview()->isOn());
+    if (frame >= 0 && plays && !win->app->drag.of(view)) follow(frame);
+    return view->refresh();
+}
+
+/// By pages.
+void WaveBody::follow(double frame) {
+    const double from = axis.start(), to = axis.frameAt(viewWidth());
+    const bool leaves =
+        frame >= to && frame < to + (to - from) / 4; // else the user looks elsewhere
+    if (leaves) scrollTo(frame);
+}
+
+// Layout, scrolling and zooming.
+
+void WaveBody::resized() {
+    CGroup::resized();
+    layout();
+}
+
+void WaveBody::layout() {
+    constexpr int above = WaveRuler::rulerHeight, side = LevelScale::scaleWidth;
+    const int low = spectrumView->visible ? int(RangeSpectrum::usualHeight) : 0;
+    const int wide = asMax(1, width - side);
+    const int high = asMax(1, height - above - barHeight - low - WaveInfo::infoHeight);
+    ruler->setBounds(side, 0, wide, above);
+    levels->setBounds(0, above, side, high);
+    view->setBounds(side, above, wide, high);
+    across->setBounds(side, above + high, wide, barHeight);
+    spectrumView->setBounds(side, above + high + barHeight, wide, asMax(1, low));
+    info->setBounds(0, height - WaveInfo::infoHeight, width, WaveInfo::infoHeight);
+    scrollTo(axis.start());
+}
+
+int WaveBody::viewWidth() const {
+    return view->width;
+}
+
+double WaveBody::mostPerPixel() const {
+    return asMax(1, frames()) * besideAll / asMax(1, viewWidth());
+}
+
+void WaveBody::fit() {
+    zooms.clear();
+    const FrameRange all = heard();
+    const double margin = double(fitMargin) / asMax(1, viewWidth() - 2 * fitMargin) * all.count();
+    axis.setZoom(std::min((all.count() + 2 * margin) / viewWidth(), mostPerPixel()));
+    scrollTo(all.from - margin);
+}
+
+void WaveBody::showRange() {
+    const double room = mostPerPixel() * viewWidth();
+    across->setContent(room, axis.leastPerPixel * viewWidth());
+    across->setRange(axis.start() + (room - frames()) / 2, axis.perPixel() * viewWidth());
+}
+
+void WaveBody::scrollTo(double frame) {
+    const double beside = (besideAll - 1) / 2 * frames();
+    const double most = frames() + beside - axis.perPixel() * viewWidth();
+    axis.scrollTo(std::max(-beside, std::min(frame, most)));
+    showRange();
+    view->refresh();
+    view->redraw();
+    ruler->redraw();
+}
+
+void WaveBody::zoomAtPos(int x, double framesPerPixel) {
+    axis.zoomAt(x, std::min(framesPerPixel, mostPerPixel()));
+    scrollTo(axis.start());
+}
+
+void WaveBody::zoomTo(const FrameRange& wanted) {
+    if (zooms.size() >= mostZooms) zooms.erase(zooms.begin());
+    zooms.push_back(axis);
+    axis.setZoom(std::min(double(asMax(1, wanted.count())) / viewWidth(), mostPerPixel()));
+    scrollTo(wanted.from);
+}
+
+void WaveBody::zoomBack() {
+    if (zooms.empty()) return;
+    axis = zooms.back();
+    zooms.pop_back();
+    scrollTo(axis.start());
+}
+
+void WaveBody::setLevelZoom(double factor) {
+    levelZoom = fLimit(factor, 1.0, mostLevel);
+    shownChanged();
+}
+
+void WaveBody::scrollInView(int frame) {
+    const int x = axis.xOf(frame);
+    if (x < 0 || x >= viewWidth()) scrollTo(frame - axis.perPixel() * viewWidth() / 3);
+}
+
+void WaveBody::acrossMoved(CObject*) {
+    axis.setZoom(across->span() / viewWidth());
+    scrollTo(across->from() - (mostPerPixel() * viewWidth() - frames()) / 2);
+}
+
+void WaveBody::showSpectrum(bool on) {
+    spectrum = on;
+    spectrumView->visible = on;
+    layout();
+    redraw();
+}
+
+// Actions and menus.
+
+bool WaveBody::knowsAction(const CStr& name) const {
+    return sample() && isWaveAction(name);
+}
+
+bool WaveBody::runAction(const CStr& name) {
+    return waveAction(*this, name);
+}
+
+void WaveBody::fillPart(CPopup* popup) {
+    fillWaveMenu(popup, *this);
+}
+
+void WaveBody::fillOptions(CPopup* popup) {
+    fillWaveOptions(popup, *this);
+}
+
+void WaveBody::openMenu(CObject*) {
+    auto* popup = new CPopup(win->app, win);
+    popup->autoDelete = true;
+    addActionItems(popup, workspace, {"cut", "copy", "paste", "delete", "selectAll"});
+    fillWaveMenu(popup, *this);
+    const CPoint at = win->app->menuPoint();
+    popup->popup(at.x, at.y, win->app->menuCtrl);
+}

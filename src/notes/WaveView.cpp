@@ -1,0 +1,252 @@
+#include "notes/WaveView.h"
+
+#include "audiofiles/CSample.h"
+#include "base/Numbers.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Colours.h"
+#include "gui/Keys.h"
+#include "notes/WaveEdits.h"
+#include "notes/WaveGesture.h"
+#include "notes/WaveKeys.h"
+#include "notes/WavePainter.h"
+#include "notes/WaveState.h"
+#include "notes/WaveTexts.h"
+#include "sequencer/CSeq.h"
+#include "ui/ProgramItems.h"
+#include "ui/Workspace.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int cursorPlain = 1, cursorSideways = 5;
+constexpr int shadowReach = 1; ///< of the play line to each side
+constexpr int gripReach = 4;   ///< pixels
+constexpr int handleSize = 9;
+constexpr const char* freeHint = "Drag selects, with Shift from where the range is, with Ctrl off "
+                                 "the grid; double click takes what lies between two marks";
+constexpr const char* markHint = "Drag moves the mark, right click takes it away";
+constexpr const char* stripHint = "A double click marks the place";
+constexpr const char* edgeHint = "Drag moves this end of the range";
+constexpr const char* fadeHint = "Drag makes the fade longer or shorter";
+
+} // namespace
+
+WaveView::WaveView(CWin* owner, WaveState& shared)
+    : CCtrl(owner, "wave", 0, 0, 1, 1), state(shared), panZoom(this, this) {
+    tabStop = true;
+    hint = freeHint;
+}
+
+WaveView::~WaveView() {
+    delete onMenu;
+}
+
+bool WaveView::refresh() {
+    const double frame = state.playFrame();
+    const int x = frame < 0 ? -1 : state.axis.xOf(frame);
+    const CSample* sample = state.sample();
+    const int peaks = sample ? sample->peaks.count() : 0;
+    if (peaks != shownPeaks) redraw();
+    shownPeaks = peaks;
+    if (x == shownX) return false;
+    for (const int at : {shownX, x})
+        redraw(asRect(at - shadowReach, 0, at + shadowReach + 1, height));
+    shownX = x;
+    return true;
+}
+
+void WaveView::paint(CGraphic* g, CRect) {
+    const CRect asked = intersect(g->asked(), clientRect());
+    if (asked.empty()) return;
+    g->fillRect(clGrid.fillCol, asked);
+    const CPalette& palette = win->app->gui->palette;
+    if (!state.clip())
+        g->drawText(palette.dimText, state.part ? "The part is empty" : "No part is open",
+                    clientRect(), 0);
+    else if (!state.sample() || !state.seq())
+        g->drawText(palette.dimText, "Sample not loaded", clientRect(), 0);
+    else
+        WavePainter(g, state, palette, clientRect(), asked).paint(shownX);
+    if (hasKeyFocus()) g->frameRect(palette.accent, clientRect());
+}
+
+// The mouse.
+
+CRect WaveView::fadeHandle(bool in) const {
+    const bool atLeft = in != (state.clip()->reverse != 0);
+    const FrameRange all = state.heard();
+    const CAudioEvent* clip = state.clip();
+    const float draft = in ? state.fadeIn : state.fadeOut;
+    const float ms = draft >= 0.0f ? draft : in ? clip->fadeInMs : clip->fadeOutMs;
+    const double way = std::min(1.0, double(ms) / state.heardMs()) * all.count();
+    const int x = state.axis.xOf(atLeft ? all.from + way : all.to - way);
+    return asRect(x - handleSize / 2, stripHeight, x + handleSize / 2 + 1,
+                  stripHeight + handleSize);
+}
+
+WaveView::Held WaveView::heldAt(CPoint at) const {
+    if (!state.sample() || !state.seq()) return {};
+    const auto near = [&](int frame) {
+        return std::abs(state.axis.xOf(frame) - at.x) <= gripReach;
+    };
+    for (size_t i = 0; at.y < stripHeight && i < state.marks.size(); i++)
+        if (near(state.marks[i])) return {WaveGrip::mark, int(i)};
+    for (const bool in : {true, false})
+        if (fadeHandle(in).contains(at.x, at.y)) return {in ? WaveGrip::fadeIn : WaveGrip::fadeOut};
+    if (at.y < stripHeight || state.range.count() == 0) return {};
+    if (near(state.range.to)) return {WaveGrip::rangeEnd};
+    return {near(state.range.from) ? WaveGrip::rangeStart : WaveGrip::none};
+}
+
+void WaveView::mouseDown(int x, int y, int btn) {
+    CCtrl::mouseDown(x, y, btn);
+    win->setKeyCtrl(this);
+    if (panZoom.press(x, y, btn) || !state.sample() || !state.seq()) return;
+    const CPoint at = asPoint(x, y);
+    const Held held = heldAt(at);
+    if (btn & modRight) {
+        if (held.grip == WaveGrip::mark) {
+            state.marks.erase(state.marks.begin() + held.index);
+            return state.shownChanged();
+        }
+        gesture = std::make_unique<WaveHand>(state, [this] { contextMenu(); });
+        win->app->drag.start(this, gesture.get(), at, btn, WaveHand::handRoom);
+        return;
+    }
+    if (!(btn & modLeft)) return;
+    const int frame = state.frameMeant(x, btn & modControl);
+    if (btn & modDouble && held.grip != WaveGrip::mark)
+        return y < stripHeight ? addMark(state, frame) : choosePiece(x);
+    if (held.grip == WaveGrip::mark)
+        gesture = std::make_unique<MarkDrag>(state, held.index);
+    else if (held.grip == WaveGrip::fadeIn || held.grip == WaveGrip::fadeOut)
+        gesture = std::make_unique<FadeDrag>(state, held.grip == WaveGrip::fadeIn);
+    else
+        gesture = std::make_unique<RangeDrag>(state, standingEnd(held.grip, frame, btn));
+    win->app->drag.start(this, gesture.get(), at, btn);
+}
+
+/// The end of the range that stays when a drag begins at a frame.
+int WaveView::standingEnd(WaveGrip grip, int frame, int btn) const {
+    const FrameRange& range = state.range;
+    if (grip == WaveGrip::rangeStart) return range.to;
+    if (grip == WaveGrip::rangeEnd) return range.from;
+    if (!(btn & modShift)) return frame;
+    return std::abs(frame - range.from) < std::abs(frame - range.to) ? range.to : range.from;
+}
+
+/// Between two marks, else all that is heard.
+void WaveView::choosePiece(int x) {
+    const FrameRange all = state.heard();
+    const int frame = asRound(state.axis.frameAt(x));
+    FrameRange piece{0, state.frames()};
+    for (const int edge : {all.from, all.to}) {
+        if (edge <= frame) piece.from = asMax(piece.from, edge);
+        if (edge > frame) piece.to = asMin(piece.to, edge);
+    }
+    for (const int mark : state.marks) {
+        if (mark <= frame) piece.from = asMax(piece.from, mark);
+        if (mark > frame) piece.to = asMin(piece.to, mark);
+    }
+    state.setRange(piece.from, piece.to);
+}
+
+void WaveView::hover(CPoint at) {
+    const Held held = heldAt(at);
+    cursor = held.grip == WaveGrip::none ? cursorPlain : cursorSideways;
+    const char* text = held.grip == WaveGrip::mark     ? markHint
+                       : held.grip >= WaveGrip::fadeIn ? fadeHint
+                       : held.grip != WaveGrip::none   ? edgeHint
+                       : at.y < stripHeight            ? stripHint
+                                                       : freeHint;
+    if (hint == text) return;
+    hint = text;
+    win->app->updateHint(this);
+}
+
+void WaveView::mouseMove(int x, int y, int btn) {
+    CCtrl::mouseMove(x, y, btn);
+    if (!isPushed()) hover(asPoint(x, y));
+}
+
+bool WaveView::keyDown(int key, int mods) {
+    return waveKey(state, key, mods) || CCtrl::keyDown(key, mods);
+}
+
+bool WaveView::mouseWheel(int x, int y, int btn, int dy, int dx) {
+    if (dx == 0 && !(btn & (modControl | modShift))) std::swap(dx, dy); // there is one way alone
+    return panZoom.wheel(x, y, btn, dy, dx);
+}
+
+bool WaveView::touch(int x, int y, int btn, const TouchStep& step) {
+    return panZoom.touch(x, y, btn, step);
+}
+
+CPoint WaveView::panBy(CPoint pixels) {
+    const double before = state.axis.start();
+    state.scrollTo(before - pixels.x * state.axis.perPixel());
+    return asPoint(asRound((before - state.axis.start()) / state.axis.perPixel()), 0);
+}
+
+void WaveView::zoomAt(CPoint at, double factor, bool across) {
+    if (across)
+        state.setLevelZoom(state.levelZoom * factor);
+    else
+        state.zoomAtPos(at.x, state.axis.perPixel() / factor);
+}
+
+bool WaveView::contextMenu() {
+    if (onMenu) (*onMenu)(this);
+    return onMenu;
+}
+
+// What it tells.
+
+int WaveView::accessParts() const {
+    return state.sample() && state.seq() ? 1 + int(state.marks.size()) : 0;
+}
+
+int WaveView::focusedPart() const {
+    return accessParts() > 0 ? 0 : wholeCtrl;
+}
+
+void WaveView::describe(Description& d, int part) const {
+    d.role = part == wholeCtrl ? Role::canvas : Role::item;
+    d.name = "Waveform";
+    const CSample* sample = state.sample();
+    if (!sample || !state.seq()) {
+        if (state.clip()) d.text = "Sample not loaded";
+        return;
+    }
+    if (part == wholeCtrl) {
+        d.text = sampleText(*sample).asChar();
+        return;
+    }
+    d.action = "select";
+    d.set(stateSelectable, true);
+    const bool isRange = part == 0;
+    const int frame = isRange ? state.range.from : state.marks[size_t(part - 1)];
+    const int end = isRange ? state.range.to : frame;
+    d.name =
+        (isRange ? rangeText(state) : "Mark at " + timeText(frame, double(sample->rate))).asChar();
+    d.set(stateSelected, isRange);
+    d.bounds = intersect(asRect(state.axis.xOf(frame), 0,
+                                asMax(state.axis.xOf(end), state.axis.xOf(frame) + 1),
+                                isRange ? height : int(stripHeight)),
+                         clientRect());
+}
+
+bool WaveView::pressPart(int part) {
+    if (part < 0 || part >= accessParts()) return false;
+    win->setKeyCtrl(this);
+    if (part > 0) {
+        const int from = state.marks[size_t(part - 1)];
+        const bool last = part == int(state.marks.size());
+        state.setRange(from, last ? state.heard().to : state.marks[size_t(part)]);
+    }
+    state.scrollInView(state.range.from);
+    return true;
+}
