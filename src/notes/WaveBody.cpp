@@ -102,19 +102,18 @@ void WaveBody::followSample() {
     const std::string file = now ? now->filename.asChar() : "";
     if (file == shownFile) return setPlaces(range, marks);
     if (!shownFile.empty()) seen[shownFile] = {marks, axis, shownFrames};
-    const auto known = seen.find(file);
-    const bool unknown = known == seen.end();
-    if (!unknown && known->second.frames != shownFrames) axis = known->second.axis;
-    std::vector<int> found = unknown ? std::vector<int>() : known->second.marks;
-    FrameRange kept = range;
-    if (after && unknown) {
-        found = after->marks;
-        kept = after->range;
+    if (after) {
+        setPlaces(after->range, after->marks);
+    } else if (const auto known = seen.find(file);
+               known != seen.end() && known->second.frames == frames()) {
+        if (frames() != shownFrames) axis = known->second.axis;
+        setPlaces(range, known->second.marks);
+    } else {
+        setPlaces(range, {});
     }
     after.reset();
     shownFile = file;
     shownFrames = frames();
-    setPlaces(kept, std::move(found));
 }
 
 /// Cut to the sample.

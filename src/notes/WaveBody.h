@@ -63,7 +63,15 @@ private:
     CRangebar* across;
     RangeSpectrum* spectrumView;
     WaveInfo* info;
-    std::string shownFile;                           ///< of the sample that shows; empty for none
-    std::map<std::string, std::vector<int>> marksOf; ///< files that showed before
-    std::vector<FrameAxis> zooms;                    ///< before each `zoomTo`
+    /// How a file was seen last.
+    struct Seen {
+        std::vector<int> marks;
+        FrameAxis axis;
+        int frames = 0;
+    };
+
+    std::string shownFile;            ///< of the sample that shows; empty for none
+    int shownFrames = 0;              ///< of it
+    std::map<std::string, Seen> seen; ///< by file
+    std::vector<FrameAxis> zooms;     ///< before each `zoomTo`
 };

@@ -28,6 +28,8 @@ constexpr int sampleZoom = 16; ///< pixels of a frame
 template <class F>
 void edit(WaveState& state, WaveState::After after, F&& run) {
     if (state.seq()->isLocked(state.part)) return state.workspace.setStatus("The track is locked");
+    if (!hasFrames(state.clip()))
+        return state.workspace.setStatus("The part plays what its file has not");
     CApp* app = state.workspace.mainWindow()->app;
     app->setCursor(waitCursor);
     state.after = std::move(after);
@@ -80,7 +82,7 @@ void paste(WaveState& state) {
 
 void crop(WaveState& state) {
     const FrameRange frames = state.range;
-    if (frames.count() == 0) return;
+    if (frames.count() == 0 || frames.count() == state.frames()) return;
     std::vector<int> marks;
     for (const int mark : state.marks)
         if (mark >= frames.from && mark < frames.to) marks.push_back(mark - frames.from);
@@ -290,10 +292,9 @@ bool isWaveAction(const CStr& name) {
 }
 
 bool waveAction(WaveState& state, const CStr& name) {
-    if (!state.sample() || !state.seq()) return false;
     for (const auto& action : actions) {
         if (name != action.name) continue;
-        action.run(state);
+        if (state.sample() && state.seq()) action.run(state);
         return true;
     }
     return false;

@@ -10,7 +10,7 @@ class WaveState;
 /// Whether an action of that name is one of the editor's: "cut", "copy", "paste", "delete",
 /// "selectAll", those that zoom, and "playrange".
 bool isWaveAction(const CStr& name);
-/// Carries it out; false for others, and without sound.
+/// Carries it out, as far as there is sound for it; false for others.
 bool waveAction(WaveState& state, const CStr& name);
 
 /// The audio menu: what is done to the range, or to all that is heard without one, and to marks.

@@ -49,6 +49,7 @@ protected:
     /// The part of that file at bar 1, in the editor, off the grid.
     void open() {
         startWith({trackAudio});
+        win->move(0, 0, 780, 540); // all on the screen
         host->projectFile = at("song.qv").c_str();
         seq()->snap->active = false;
         drop(write("a.wav"), grid(), 0, yOf(0));
@@ -200,7 +201,9 @@ TEST_F(WaveTest, TheRangeIsEditedInNewFiles) {
     EXPECT_TRUE(holds(frames + n, [=](int i) {
         return double(valueAt(i < c ? i : i < c + n ? i - c + a : i - n));
     }));
-    EXPECT_NE(told().find("length " + std::to_string(n)), std::string::npos) << told();
+    EXPECT_TRUE(pumpUntil([&] {
+        return told().find("length " + std::to_string(n)) != std::string::npos;
+    })) << told();
 }
 
 TEST_F(WaveTest, KeysAndMarksReachTheRange) {
@@ -274,6 +277,7 @@ TEST_F(WaveTest, FadesAreDraggedAndTheRangeIsHeardAlone) {
     EXPECT_NEAR(clip()->fadeInMs, ms, 0.5);
     EXPECT_STREQ(host->undoText().asChar(), "Fade In");
     press(xAt(frames), xAt(6000), "", WaveView::stripHeight + 4);
+    EXPECT_TRUE(pumpUntil([&] { return clip()->fadeOutMs > 0; }));
     EXPECT_NEAR(clip()->fadeOutMs, (frames - frameAt(xAt(6000))) * 1000.0 / 44100, 0.5);
     key("ctrl+z");
     EXPECT_TRUE(pumpUntil([&] { return clip()->fadeOutMs == 0.0f; }));
