@@ -121,3 +121,15 @@ for _ in $(seq 100); do [ -s "$room/Song.wav" ] && break; sleep 0.1; done
 sleep 2
 picture done
 [ -s "$room/Song.wav" ] || { echo "No song was exported" >&2; exit 1; }
+
+# The editor of sound, for the manual.
+at 320 "$(row 1)"
+xdotool click --repeat 2 --delay 60 1
+sleep 1
+at 300 300
+xdotool mousedown 1
+at 400 300
+at 508 300
+xdotool mouseup 1
+sleep 0.8
+import -window root -strip +dither -colors 64 "PNG8:$here/docs/images/audio.png"

@@ -86,7 +86,8 @@ double decibels(float level) {
 }
 
 int zeroCrossing(const CSample& sample, int frame, int reach) {
-    const int first = std::max(0, frame - reach), end = std::min(int(sample.frames), frame + reach);
+    const int first = std::max(0, frame - reach - 1);
+    const int end = std::min(int(sample.frames), frame + reach + 1);
     if (!sample.valid || sample.chs < 1 || end - first < 2) return frame;
     std::vector<float> values(size_t(end - first) * size_t(sample.chs));
     sample.readFrames(first, end - first, values.data());
@@ -101,7 +102,7 @@ int zeroCrossing(const CSample& sample, int frame, int reach) {
         const float now = mean(at);
         return now == 0.0f || (at > first && (mean(at - 1) < 0.0f) != (now < 0.0f));
     };
-    for (int away = 0; away < reach; away++)
+    for (int away = 0; away <= reach; away++)
         for (const int at : {frame - away, frame + away})
             if (crosses(at)) return at;
     return frame;

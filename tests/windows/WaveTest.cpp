@@ -21,7 +21,7 @@ protected:
 
     /// Of the left channel of the file; the right one is half of it, the other way up.
     static int valueAt(int frame) { return (frame * 37 % 2001 - 1000) * 10; }
-    static std::string word(unsigned value, int bytes) {
+    static std::string word(uint64_t value, int bytes) {
         std::string text;
         for (int i = 0; i < bytes; i++) text += char(value >> 8 * i & 255);
         return text;
@@ -33,7 +33,7 @@ protected:
     std::string write(const std::string& name, int count = frames) {
         std::string data;
         for (int i = 0; i < count; i++)
-            data += word(unsigned(valueAt(i)), 2) + word(unsigned(-valueAt(i) / 2), 2);
+            data += word(uint64_t(valueAt(i)), 2) + word(uint64_t(-valueAt(i) / 2), 2);
         std::string cues = word(2, 4);
         for (const unsigned cue : {1u, 2u})
             cues += word(cue, 4) + word(0, 4) + "data" + word(0, 8) + word(4000 * cue - 2000, 4);
