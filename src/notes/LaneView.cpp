@@ -16,6 +16,7 @@
 #include "ui/ProgramItems.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <vector>
 
 namespace {
@@ -41,6 +42,11 @@ LaneView::LaneView(CWin* owner, NoteState& shared)
 
 LaneView::~LaneView() {
     delete onMenu;
+}
+
+void LaneView::scrolled(int dx) {
+    if (std::abs(dx) >= width) return redraw();
+    scrollArea(clientRect(), dx, 0);
 }
 
 CPart* LaneView::shownPart() const {

@@ -30,6 +30,7 @@ public:
     void describe(Description& d, int part) const override;
     bool contextMenu() override;
 
+    void scrolled(int dx);       ///< so many pixels to the right
     CPart* shownPart() const;    ///< of a drag; null without one
     double valueAt(int y) const; ///< 1 at the top to 0 at the bottom
 

@@ -242,7 +242,7 @@ void RollBody::scrollTo(int64_t x, int y) {
     grid->scrolled(dx, dy);
     if (dy != 0) keys->redraw();
     if (dx == 0) return;
-    lane->redraw();
+    lane->scrolled(dx);
     ruler->redraw();
 }
 
