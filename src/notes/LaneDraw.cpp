@@ -24,7 +24,8 @@ constexpr int drawStep = 3; ///< pixels from one value to the next
 } // namespace
 
 LaneDraw::LaneDraw(NoteState& shared, const LaneView& over)
-    : NoteGesture(shared), view(over), drawn(contentDraft(shared.part)) {
+    : NoteGesture(shared), view(over), drawn(contentDraft(shared.part)),
+      events(shared.seq(), drawn.get()) {
     eachEvent(drawn->getEvents(), [&](const CBaseEvent* e, int) {
         const bool counts = isSelected(e) && onLane(view.lane, drawn->type, e);
         selectedOnly = selectedOnly || counts;
@@ -51,12 +52,15 @@ void LaneDraw::write(int x, double value) {
     const int first = -state.part->offset, end = first + place.seq->getTicks(state.part);
     if (to <= asMax(0, first) || from >= end) return;
     bool found = false;
-    eachEvent(drawn->getEvents(), [&](CBaseEvent* e, int tick) {
-        if (tick < from || tick >= to || !onLane(lane, drawn->type, e)) return;
+    events.eachWithin(from, to, [&](const EventIndex::Entry& e) {
+        if (e.tick < from || !onLane(lane, drawn->type, e.event)) return;
         found = true;
-        if (!selectedOnly || isSelected(e)) setLaneValue(lane, drawn->type, e, float(value));
+        if (!selectedOnly || isSelected(e.event))
+            setLaneValue(lane, drawn->type, e.event, float(value));
     });
-    if (!found) setController(drawn.get(), lane, asMax(0, from), to, float(value));
+    if (found || lane.kind == laneVelocity) return;
+    setController(drawn.get(), lane, asMax(0, from), to, float(value));
+    events.make(place.seq, drawn.get());
 }
 
 void LaneDraw::dragMove(const DragPoint& point) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "notes/NoteGesture.h"
+#include "sequencer/EventIndex.h"
 
 class LaneView;
 
@@ -20,6 +21,7 @@ private:
 
     const LaneView& view;
     std::unique_ptr<CPart> drawn;
+    EventIndex events; ///< of that
     CPoint last{};
     bool begun = false;
     bool selectedOnly = false;

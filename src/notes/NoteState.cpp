@@ -15,6 +15,7 @@ NotePlace NoteState::place() const {
 
 const EventIndex& NoteState::eventsOf(const NotePlace& place, CPart* shown) const {
     if (shown == place.part) return *place.events;
-    draftEvents.make(place.seq, shown);
+    if (shown != draftShown) draftEvents.make(place.seq, shown);
+    draftShown = shown;
     return draftEvents;
 }

@@ -38,7 +38,9 @@ public:
 
 protected:
     ~NoteState() = default;
+    void draftChanged() { draftShown = nullptr; } ///< there may be another, or none
 
 private:
     mutable EventIndex partEvents, draftEvents;
+    mutable const CPart* draftShown = nullptr; ///< that `draftEvents` were made of
 };

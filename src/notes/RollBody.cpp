@@ -170,6 +170,7 @@ CPart* RollBody::shownPart() const {
 }
 
 void RollBody::shownChanged() {
+    draftChanged();
     grid->redraw();
     lane->redraw();
     keys->redraw();

@@ -2,15 +2,11 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/MidiBytes.h"
-#include "instruments/CLayer.h"
 #include "sequencer/CSeq.h"
-#include "sequencer/ClipRange.h"
-#include "sequencer/ClipTimes.h"
+#include "sequencer/EventShift.h"
 #include "sequencer/PartEdits.h"
 
 #include <algorithm>
-#include <limits>
 #include <map>
 #include <unordered_set>
 #include <utility>
@@ -18,14 +14,9 @@
 namespace {
 
 constexpr StepEffects eventEffects{.song = true, .seq = SeqNotice::parts};
-constexpr int topKey = 127, topVelocity = 127;
 
 void unselectAll(CBaseEvent* list) {
     for (CBaseEvent* e = list; e; e = e->next) select(e, false);
-}
-
-bool isNote(int partType, const CBaseEvent* event) {
-    return partType == partMIDI && noteOn(static_cast<const CMIDIEvent*>(event)->data);
 }
 
 bool singleClip(CPart* part) {
@@ -34,10 +25,6 @@ bool singleClip(CPart* part) {
 
 bool editable(CSeq* seq, CPart* part, const EventLane& lane) {
     return !seq->isLocked(part) && (lane.automation() || !singleClip(part));
-}
-
-CBaseEvent* listOf(CPart* part, const EventLane& lane) {
-    return lane.automation() ? part->getParam(lane.number) : part->getEvents();
 }
 
 /// Takes the lane's events out of a part, hands each with its tick to `each`, and puts back what
@@ -66,120 +53,6 @@ void edit(CSeq* seq, CPart* part, const EventLane& lane, const char* title, F&& 
     applyDraft(seq, part, std::move(draft), title);
 }
 
-int rowsOf(CSeq* seq, CPart* part) {
-    const CTrack* track = part->type == partDrum ? seq->partToTrack(part) : nullptr;
-    const CLayer* layer = track ? track->drumLayer() : nullptr;
-    return layer ? layer->sounds.getCount() : 0;
-}
-
-/// What becomes of the events of a part.
-class EventChange {
-public:
-    EventChange(CSeq* song, CPart* of, const EventLane& on, const EventDelta& by)
-        : seq(song), part(of), lane(on), delta(by), rows(rowsOf(song, of)) {}
-
-    bool concerns(const CBaseEvent* event) const {
-        return isSelected(event) && onLane(lane, part->type, event);
-    }
-
-    /// The new tick.
-    int change(CBaseEvent* event, int tick) const {
-        if (lane.automation() || lane.values()) {
-            const float value = laneValue(lane, part->type, event);
-            if (delta.value != 0.0f) setLaneValue(lane, part->type, event, value + delta.value);
-        } else {
-            if (delta.length) changeLength(event, tick);
-            if (delta.pitch) changePitch(event);
-            if (delta.velocity) changeVelocity(event);
-        }
-        return limitTicks(int64_t(tick) + delta.ticks);
-    }
-
-    /// 0 for what has none.
-    int lengthOf(CBaseEvent* event, int tick) const {
-        auto* clip = static_cast<CAudioEvent*>(event);
-        if (part->type == partAudio) return sampleAsTicks2(seq, clip, songTick(tick));
-        const int* length = eventLength(part->type, event);
-        return length ? *length : 0;
-    }
-
-    /// The event begins later by so many ticks, as far as it can, and ends where it did.
-    int trim(CBaseEvent* event, int tick, int by) const {
-        const int length = lengthOf(event, tick);
-        if (length == 0) return tick;
-        auto* clip = static_cast<CAudioEvent*>(event);
-        const int hidden = asMin(-part->offset - tick, 0);
-        int earliest = hidden;
-        if (part->type == partAudio) earliest = -ticksBefore(seq, clip, songTick(tick), -hidden);
-        const int moved = asMinMax(by, earliest, length - 1);
-        if (part->type == partAudio)
-            trimClip(seq, clip, songTick(tick), moved);
-        else
-            *eventLength(part->type, event) = length - moved;
-        return tick + moved;
-    }
-
-private:
-    CSeq* seq;
-    CPart* part;
-    const EventLane& lane;
-    const EventDelta& delta;
-    const int rows;
-
-    int songTick(int tick) const { return saturate(int64_t(part->pos) + part->offset + tick); }
-
-    void changeLength(CBaseEvent* event, int tick) const {
-        const int length = lengthOf(event, tick);
-        if (length == 0) return;
-        const int wanted = asMax(limitTicks(int64_t(length) + delta.length), 1);
-        if (part->type == partAudio)
-            setClipTicks(seq, static_cast<CAudioEvent*>(event), songTick(tick), wanted);
-        else
-            *eventLength(part->type, event) =
-                std::min(wanted, asMax(limitTicks(int64_t(maxTicks) - tick), 1));
-    }
-
-    void changePitch(CBaseEvent* event) const {
-        if (part->type == partDrum) {
-            int& sound = static_cast<CDrumEvent*>(event)->sound;
-            sound = asMinMax(saturate(int64_t(sound) + delta.pitch), 0, asMax(rows - 1, 0));
-        } else if (isNote(part->type, event)) {
-            int& data = static_cast<CMIDIEvent*>(event)->data;
-            const int key = asMinMax(saturate(int64_t(asByte1(data)) + delta.pitch), 0, topKey);
-            data = asData(data, key, asByte2(data));
-        }
-    }
-
-    void changeVelocity(CBaseEvent* event) const {
-        if (part->type == partDrum) {
-            float& velocity = static_cast<CDrumEvent*>(event)->velocity;
-            const float step = 1.0f / topVelocity;
-            velocity = fLimit(velocity + float(delta.velocity) * step, step, 1.0f);
-        } else if (isNote(part->type, event)) {
-            int& data = static_cast<CMIDIEvent*>(event)->data;
-            const int velocity =
-                asMinMax(saturate(int64_t(asByte2(data)) + delta.velocity), 1, topVelocity);
-            data = asData(data, asByte1(data), velocity);
-        }
-    }
-};
-
-/// The lowest and the highest of some numbers.
-struct Extent {
-    int64_t low = std::numeric_limits<int64_t>::max(), high = std::numeric_limits<int64_t>::min();
-    void add(int64_t number) {
-        low = std::min(low, number);
-        high = std::max(high, number);
-    }
-    explicit operator bool() const { return low <= high; }
-};
-
-EventDelta limited(EventDelta delta, const EventRange& range) {
-    delta.ticks = asMinMax(delta.ticks, range.minTicks, range.maxTicks);
-    delta.pitch = asMinMax(delta.pitch, range.minPitch, range.maxPitch);
-    return delta;
-}
-
 float valueAt(const ValueLine& line, int tick) {
     const double span = double(line.toTick) - line.fromTick;
     const double part = span != 0.0 ? (double(tick) - line.fromTick) / span : 0.0;
@@ -189,39 +62,6 @@ float valueAt(const ValueLine& line, int tick) {
 void bend(CEnvEvent* point, float before, float amount, bool absolute) {
     const float turned = point->value < before ? -amount : amount;
     point->curve = fLimit(absolute ? amount : point->curve + turned, -1.0f, 1.0f);
-}
-
-} // namespace
-
-namespace {
-
-/// Of the selected events of a list that `part` has, or is to have.
-EventRange rangeOf(CSeq* seq, CPart* part, CBaseEvent* list, const EventLane& lane) {
-    const EventDelta none;
-    const EventChange change(seq, part, lane, none);
-    Extent ticks, lengths, pitches;
-    const int last = seq->getTicks(part) - (lane.automation() ? 0 : 1);
-    eachEvent(list, [&](CBaseEvent* e, int tick) {
-        if (!change.concerns(e)) return;
-        const int64_t at = int64_t(part->offset) + tick;
-        if (at >= 0 && at <= last) ticks.add(at);
-        if (lane.automation() || lane.values()) return;
-        if (const int length = change.lengthOf(e, tick)) lengths.add(length);
-        if (part->type == partDrum) pitches.add(static_cast<CDrumEvent*>(e)->sound);
-        if (isNote(part->type, e)) pitches.add(asByte1(static_cast<CMIDIEvent*>(e)->data));
-    });
-    EventRange range;
-    if (ticks) {
-        range.minTicks = int(-ticks.low);
-        range.maxTicks = int(last - ticks.high);
-    }
-    if (lengths) range.minLength = int(1 - lengths.low);
-    if (pitches) {
-        const int top = part->type == partDrum ? rowsOf(seq, part) - 1 : topKey;
-        range.minPitch = asMin(saturate(-pitches.low), 0);
-        range.maxPitch = asMax(saturate(top - pitches.high), 0);
-    }
-    return range;
 }
 
 } // namespace
@@ -238,7 +78,7 @@ void dragEvents(CSeq* seq, CPart* part, const EventLane& lane, const EventDelta&
 
 void copyEvents(CSeq* seq, CPart* part, const EventLane& lane, const EventDelta& delta) {
     const EventDelta kept = limited(delta, eventRange(seq, part, lane));
-    const EventChange change(seq, part, lane, kept);
+    const EventShift change(seq, part, lane, kept);
     edit(seq, part, lane, "Copy", [&](CPart* draft) {
         const int type = draft->type;
         rearrange(draft, lane, [&](CBaseEvent* e, int tick, EventCollector& into) {
@@ -266,7 +106,7 @@ void resizeEventStart(CSeq* seq, CPart* part, int delta) {
 void trimEvents(CSeq* seq, CPart* part, CPart* draft, int delta) {
     const EventLane lane;
     const EventDelta none;
-    const EventChange change(seq, part, lane, none);
+    const EventShift change(seq, part, lane, none);
     rearrange(draft, lane, [&](CBaseEvent* e, int tick, EventCollector& into) {
         into.add(change.concerns(e) ? change.trim(e, tick, delta) : tick, e);
     });
@@ -363,16 +203,15 @@ std::unique_ptr<CPart> contentDraft(CPart* part) {
 void changeEvents(CSeq* seq, CPart* part, CPart* draft, const EventLane& lane,
                   const EventDelta& delta) {
     const EventDelta kept = limited(delta, rangeOf(seq, part, listOf(draft, lane), lane));
-    const EventChange change(seq, part, lane, kept);
+    const EventShift change(seq, part, lane, kept);
     rearrange(draft, lane, [&](CBaseEvent* e, int tick, EventCollector& into) {
         into.add(change.concerns(e) ? change.change(e, tick) : tick, e);
     });
 }
 
 void placeEvents(CPart* draft, const std::function<int(CBaseEvent* event, int tick)>& change) {
-    rearrange(draft, {}, [&](CBaseEvent* e, int tick, EventCollector& into) {
-        into.add(change(e, tick), e);
-    });
+    rearrange(draft, {},
+              [&](CBaseEvent* e, int tick, EventCollector& into) { into.add(change(e, tick), e); });
 }
 
 void setController(CPart* draft, const EventLane& lane, int from, int to, float value) {

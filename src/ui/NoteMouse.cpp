@@ -26,7 +26,13 @@ NoteMouse::NoteMouse(CSeqMouseEdit& state, const NotePlace& where) : edit(state)
 NoteMouse::~NoteMouse() = default;
 
 CPart* NoteMouse::shown() const {
-    return draft ? draft.get() : base ? base.get() : place.part;
+    CPart* draft = dragged();
+    return draft ? draft : base ? base.get() : place.part;
+}
+
+/// What has changed since the press; null if nothing has.
+CPart* NoteMouse::dragged() const {
+    return painted ? painted.get() : moving && changed() ? moving->draft() : nullptr;
 }
 
 // What lies where.
@@ -220,17 +226,19 @@ int NoteMouse::stretched(int dx, bool free) const {
     return place.grid.delta(end, asRound(edit.axis.ticksIn(dx)), free);
 }
 
-void NoteMouse::makeDraft() {
+bool NoteMouse::changed() const {
     const EventDelta by = delta();
-    if (by.ticks == 0 && by.length == 0 && by.pitch == 0 && by.velocity == 0) {
-        draft.reset();
-        return;
-    }
-    draft = base ? std::unique_ptr<CPart>(base->copy(0)) : contentDraft(place.part);
+    return by.ticks != 0 || by.length != 0 || by.pitch != 0 || by.velocity != 0;
+}
+
+void NoteMouse::makeDraft() {
+    if (!changed()) return;
+    if (!moving) moving = std::make_unique<EventDraft>(place.seq, place.part, base.get());
+    const EventDelta by = delta();
     if (edit.mode == editResizeStart)
-        trimEvents(place.seq, place.part, draft.get(), by.ticks);
+        moving->trim(by.ticks);
     else
-        changeEvents(place.seq, place.part, draft.get(), noteLane, by);
+        moving->change(by);
 }
 
 /// Hits of the pressed sound under the pointer take the value of its height.
@@ -241,10 +249,10 @@ void NoteMouse::paintParam(CPoint at) {
                                        held.row, edit.axis.ticksIn(reach));
     if (!found.event) return;
     const int wanted = found.tick;
-    if (!draft) draft = contentDraft(place.part);
+    if (!painted) painted = contentDraft(place.part);
     const int y = at.y + edit.scrollY, top = place.rows.top(held.row);
     const double value = double(paramLane + top - y + CDrumSound::closedHeight) / double(paramLane);
-    eachEvent(draft->getEvents(), [&](CBaseEvent* e, int tick) {
+    eachEvent(painted->getEvents(), [&](CBaseEvent* e, int tick) {
         auto* hit = static_cast<CDrumEvent*>(e);
         if (tick == wanted && hit->sound == held.row)
             setDrumParam(hit, sound->shownParam, float(fLimit(value, 0.0, 1.0)));
@@ -256,8 +264,8 @@ void NoteMouse::paintParam(CPoint at) {
 void NoteMouse::partMouseUp() {
     place.track->preview.mute();
     if (edit.mode == editErase) return deleteEvents(place.seq, place.part);
-    if (edit.mode == editCopy && draft) return copyEvents(place.seq, place.part, noteLane, delta());
-    if (edit.mode == editMove && !draft && !base && !strayed) chooseAlone();
+    if (copying()) return copyEvents(place.seq, place.part, noteLane, delta());
+    if (edit.mode == editMove && !dragged() && !base && !strayed) chooseAlone();
     const bool sized = edit.mode == editResizeEnd || edit.mode == editResizeStart;
     const EventDelta by = delta();
     const char* title = base                             ? "Insert"
@@ -266,8 +274,10 @@ void NoteMouse::partMouseUp() {
                         : by.ticks != 0 || by.pitch != 0 ? "Move"
                                                          : "Edit";
     edit.eventLength = now().length;
-    if (!draft) draft = std::move(base);
-    if (draft) applyDraft(place.seq, place.part, std::move(draft), title);
+    std::unique_ptr<CPart> made = painted               ? std::move(painted)
+                                  : moving && changed() ? moving->take()
+                                                        : std::move(base);
+    if (made) applyDraft(place.seq, place.part, std::move(made), title);
 }
 
 /// A click on one of several selected events.

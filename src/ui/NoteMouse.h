@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sequencer/EventEdits.h"
+#include "sequencer/EventDraft.h"
 #include "sequencer/EventFind.h"
 #include "ui/CMouseEdit.h"
 #include "ui/NotePlace.h"
@@ -33,7 +33,7 @@ public:
     const NotePlace& where() const { return place; }
     /// What is to be shown: the draft, else the part.
     CPart* shown() const;
-    bool copying() const { return draft && edit.mode == editCopy; }
+    bool copying() const { return dragged() && edit.mode == editCopy; }
     CStr told() const; ///< of the drag, for the line at the bottom
 
     /// The event under a point of the view, and which zone of it; `zoneParam` in the lower part of
@@ -62,11 +62,14 @@ private:
     int songTick(int own) const;
     NoteFacts now() const;
     EventDelta delta() const;
+    bool changed() const; ///< something has come of the drag
+    CPart* dragged() const;
 
     CSeqMouseEdit& edit;
     NotePlace place;
-    std::unique_ptr<CPart> draft; ///< null while nothing has changed
-    std::unique_ptr<CPart> base;  ///< what it is made from, with an event that was put in; or null
+    std::unique_ptr<CPart> base;        ///< the content with an event that was put in; or null
+    std::unique_ptr<EventDraft> moving; ///< made of that or of the part; null before it is needed
+    std::unique_ptr<CPart> painted;     ///< with parameters that are drawn; null without
     EventRange range;
     EventDelta settled;                  ///< before Alt was pressed or let go the last time
     EventDelta running;                  ///< since

@@ -30,6 +30,7 @@ protected:
 
     /// Through a file, as it would come.
     void load(const Case& c) {
+        refusesDialogs = true; // what the case before left is not to be recovered
         startWith({c.kind});
         if (c.kind == trackDrum) seq()->addStandardKit(row(0)->track);
         CPart* made = addPart(0, 0, barTicks);
