@@ -1,7 +1,7 @@
 #include "arrange/SnapBar.h"
 
 #include "arrange/ArrangeState.h"
-#include "arrange/GridCommands.h"
+#include "ui/GridCommands.h"
 #include "engine/CSnap.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"

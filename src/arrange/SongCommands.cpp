@@ -1,6 +1,6 @@
 #include "arrange/SongCommands.h"
 
-#include "arrange/GridCommands.h"
+#include "ui/GridCommands.h"
 #include "arrange/SongRange.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"

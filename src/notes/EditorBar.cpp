@@ -8,6 +8,7 @@
 #include "notes/EditedPart.h"
 #include "sequencer/CSeq.h"
 #include "ui/Commands.h"
+#include "ui/GridButton.h"
 #include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
@@ -28,6 +29,9 @@ EditorBar::EditorBar(CWin* owner, const EditedPart& edited)
     addSwitch("notenames", "Names", 48);
     addSwitch("notelength", "Keep length", 80);
     addSwitch("snap", "Snap", 44);
+    grid = new GridButton(win, shown.workspace, nextX, buttonTop, high);
+    addControl(grid);
+    nextX += grid->width + gap;
 }
 
 CButton* EditorBar::addSwitch(const char* action, const char* text, int wide) {
@@ -45,13 +49,14 @@ CButton* EditorBar::addSwitch(const char* action, const char* text, int wide) {
 }
 
 void EditorBar::clicked(CObject* sender) {
-    shown.workspace.commands().run(
+    shown.workspace.runAction(
         static_cast<CAction*>(static_cast<CButton*>(static_cast<CCtrl*>(sender))->userPtr));
     refresh();
 }
 
 void EditorBar::refresh() {
     for (CButton* s : switches) s->setLit(static_cast<CAction*>(s->userPtr)->isOn());
+    grid->refresh();
     CStr now;
     if (shown.part && shown.seq()) {
         now = shown.part->content()->id + "  on  " + shown.track->id + ",  " +

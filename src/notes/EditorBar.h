@@ -7,8 +7,9 @@
 class CAction;
 class CButton;
 class EditedPart;
+class GridButton;
 
-/// The strip above the editor: which part it shows, and switches. Interface thread.
+/// The strip above the editor: which part it shows, switches, and the grid. Interface thread.
 class EditorBar : public CGroup {
 public:
     static constexpr int barHeight = 26;
@@ -25,6 +26,7 @@ private:
 
     const EditedPart& shown;
     std::vector<CButton*> switches; ///< `userPtr` is the action
+    GridButton* grid;
     CStr title;
     int nextX = 0;
 };

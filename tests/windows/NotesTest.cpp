@@ -2,6 +2,7 @@
 
 #include "engine/CSnap.h"
 #include "engine/MidiBytes.h"
+#include "gui/controls/CButton.h"
 #include "gui/controls/CDocker.h"
 #include "gui/controls/CEdit.h"
 #include "instruments/CLayer.h"
@@ -312,6 +313,18 @@ TEST_F(NotesTest, TheEditorFollowsThePart) {
     key("o");
     EXPECT_TRUE(pumpUntil([&] { return host->settings.getInt("object-bar", 1) != objects; }));
     EXPECT_TRUE(pumpUntil([&] { return find<CCtrl>("objectbar")->visible == !objects; }));
+    auto* grids = find<CButton>("grid", child<CGroup>("editorbar"));
+    EXPECT_TRUE(pumpUntil([&] { return grids->text == "1/16"; }));
+    focus(grids);
+    inMenu({"Down", "Down", "Return"}); // the bar's first line is the finest grid
+    key("Return");
+    EXPECT_TRUE(pumpUntil([&] { return grids->text == "1/32" && seq()->snap->asIndex() == 2; }));
+    inMenu({"t", "Return"});
+    key("Return");
+    EXPECT_TRUE(pumpUntil([&] { return grids->text == "1/32 T" && seq()->snap->triplet; }));
+    inMenu({"t", "Return"});
+    key("Return");
+    focus(notes());
     key("F1");
     ASSERT_TRUE(pumpUntil([&] { return win->pages->current() == page(); }));
     edited->setSelected(true);

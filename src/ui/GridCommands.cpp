@@ -1,6 +1,5 @@
-#include "arrange/GridCommands.h"
+#include "ui/GridCommands.h"
 
-#include "base/CStr.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
@@ -11,16 +10,20 @@
 
 namespace {
 
-constexpr int finest = 0, barIndex = 6;
-constexpr const char* gridNames[] = {"1/128", "1/64", "1/32", "1/16", "1/8", "1/4", "bar"};
+constexpr int finest = 0;
+constexpr const char* gridNames[gridCount] = {"1/128", "1/64", "1/32", "1/16", "1/8", "1/4", "bar"};
 
 void tell(const CSnap& snap) {
     const char* kind = snap.dotted ? " dotted" : snap.triplet ? " triplet" : "";
-    const CStr grid = CStr(gridNames[snap.asIndex()]) + kind;
+    const CStr grid = gridName(snap.asIndex()) + kind;
     setStatus(snap.active ? CStr("Snap to ") + grid : CStr("Snap off (") + grid + ")");
 }
 
 } // namespace
+
+CStr gridName(int index) {
+    return gridNames[asMinMax(index, 0, gridCount - 1)];
+}
 
 void toggleSnap(CSeq* seq, GridNumber number) {
     StoredValue::Numbers grid = gridOf(seq).get();
@@ -38,7 +41,7 @@ void chooseSnap(CSeq* seq, int index) {
 
 void stepSnap(CSeq* seq, int by) {
     StoredValue::Numbers grid = gridOf(seq).get();
-    grid[gridIndex] = asMinMax(asInt(grid[gridIndex]) + by, finest, barIndex);
+    grid[gridIndex] = asMinMax(asInt(grid[gridIndex]) + by, finest, gridCount - 1);
     seq->host->values->nudge(gridOf(seq), grid);
     tell(*seq->snap);
 }

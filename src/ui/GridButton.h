@@ -1,0 +1,24 @@
+#pragma once
+
+#include "gui/controls/CButton.h"
+
+class CPopup;
+class Workspace;
+
+/// The grid of the song where there is room for a word: tells it, and offers the others in a menu.
+/// Interface thread.
+class GridButton : public CButton {
+public:
+    static constexpr int usualWidth = 64;
+
+    GridButton(CWin* win, Workspace& workspace, int left, int top, int height);
+
+    void refresh(); ///< follows the grid
+
+private:
+    void clicked(CObject*);
+    void chosen(CObject* sender);
+    void kindChosen(CObject* sender);
+
+    Workspace& workspace;
+};
