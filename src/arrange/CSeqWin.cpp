@@ -62,6 +62,7 @@ void CSeqWin::mergeMenu(CMenu* bar) {
 /// tells it.
 bool CSeqWin::onFrame() {
     auto* seq = static_cast<CSeq*>(comp);
+    if (!mapped) return false; // another page is in front
     if (seq->songNotices.raised(SeqNotice::tracks) ||
         seq->host->hostNotices.raised(HostNotice::graph | HostNotice::step))
         return false;

@@ -68,7 +68,8 @@ void ProjectFlows::tick() {
         requested.reset();
         newProject(wanted.kind, wanted.path);
     }
-    if (loadNeeded) load();
+    // A dialog or menu that has opened since waits in the handler of a window that would go.
+    if (loadNeeded && !window->app->modalWin && window->app->menus.empty()) load();
     if (!qv->undoBusy()) autoSave.idle(asTimeInMS());
     ticking = false;
 }
