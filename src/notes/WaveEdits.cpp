@@ -303,9 +303,17 @@ bool waveAction(WaveState& state, const CStr& name) {
 void fillWaveMenu(CPopup* popup, WaveState& state) {
     popup->addSeparator();
     fill(popup, state, audioEntries);
-    addActionItems(popup, state.workspace,
-                   {"playrange", "zoomselection", "zoomback", "zoomsong", "trackzoomin",
-                    "trackzoomout", "editexternal"});
+    popup->addSeparator();
+    constexpr struct {
+        const char *action, *text;
+    } views[] = {{"playrange", ""},
+                 {"zoomselection", "Zoom to the range"},
+                 {"zoomback", ""},
+                 {"zoomsong", "Zoom to the file"},
+                 {"trackzoomin", "Larger waves"},
+                 {"trackzoomout", "Smaller waves"},
+                 {"editexternal", ""}};
+    for (const auto& v : views) addActionItem(popup, state.workspace, v.action, v.text);
 }
 
 void fillWaveOptions(CPopup* popup, WaveState& state) {

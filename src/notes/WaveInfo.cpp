@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr int gap = 8;
+constexpr int gap = 8, labelWidth = 30;
 constexpr int bands = 2048;
 constexpr double lowestHz = 20.0, floorDb = -100.0;
 
@@ -94,8 +94,9 @@ void RangeSpectrum::paint(CGraphic* g, CRect) {
         if (hz >= highest) break;
         const int x = asRound(xOf(hz));
         g->fillLine(palette.frame, asRect(x, 1, x + 1, height));
-        g->drawText(palette.dimText, hz < 1000 ? asStr(hz) : asStr(hz / 1000) + "k",
-                    asRect(x + 3, height - 14, x + 40, height), textLeft);
+        if (x + labelWidth < width)
+            g->drawText(palette.dimText, hz < 1000 ? asStr(hz) : asStr(hz / 1000) + "k",
+                        asRect(x + 3, height - 14, x + labelWidth, height), textLeft);
     }
     for (int db = -20; db > floorDb; db -= 20) {
         const int y = asRound(yOf(db));

@@ -205,12 +205,23 @@ bool WaveView::contextMenu() {
 
 // What it tells.
 
+namespace {
+
+constexpr int rangeParts = 2; ///< its start, with all that there is to tell of it, and its end
+
+} // namespace
+
 int WaveView::accessParts() const {
-    return state.sample() && state.seq() ? 1 + int(state.marks.size()) : 0;
+    return state.sample() && state.seq() ? rangeParts + int(state.marks.size()) : 0;
 }
 
 int WaveView::focusedPart() const {
     return accessParts() > 0 ? 0 : wholeCtrl;
+}
+
+int WaveView::frameOfPart(int part) const {
+    if (part < rangeParts) return part == 0 ? state.range.from : state.range.to;
+    return state.marks[size_t(part - rangeParts)];
 }
 
 void WaveView::describe(Description& d, int part) const {
@@ -225,28 +236,44 @@ void WaveView::describe(Description& d, int part) const {
         d.text = sampleText(*sample).asChar();
         return;
     }
+    const int frame = frameOfPart(part), x = state.axis.xOf(frame);
+    const CStr time = timeText(frame, double(sample->rate));
+    const CStr name = part == 0           ? rangeText(state)
+                      : part < rangeParts ? "End of the range, " + time
+                                          : "Mark at " + time;
+    d.name = name.asChar();
     d.action = "select";
+    d.range = {double(frame), 0.0, double(state.frames()), 1.0};
     d.set(stateSelectable, true);
-    const bool isRange = part == 0;
-    const int frame = isRange ? state.range.from : state.marks[size_t(part - 1)];
-    const int end = isRange ? state.range.to : frame;
-    d.name =
-        (isRange ? rangeText(state) : "Mark at " + timeText(frame, double(sample->rate))).asChar();
-    d.set(stateSelected, isRange);
-    d.bounds = intersect(asRect(state.axis.xOf(frame), 0,
-                                asMax(state.axis.xOf(end), state.axis.xOf(frame) + 1),
-                                isRange ? height : int(stripHeight)),
-                         clientRect());
+    d.set(stateSelected, part < rangeParts);
+    const int right = part == 0 ? state.axis.xOf(state.range.to) : x;
+    d.bounds =
+        intersect(asRect(x, 0, asMax(right, x + 1), part < rangeParts ? height : int(stripHeight)),
+                  clientRect());
 }
 
+/// A mark chooses what lies between it and the next one.
 bool WaveView::pressPart(int part) {
     if (part < 0 || part >= accessParts()) return false;
     win->setKeyCtrl(this);
-    if (part > 0) {
-        const int from = state.marks[size_t(part - 1)];
-        const bool last = part == int(state.marks.size());
-        state.setRange(from, last ? state.heard().to : state.marks[size_t(part)]);
+    if (part >= rangeParts) {
+        const bool last = part + 1 == accessParts();
+        state.setRange(frameOfPart(part), last ? state.heard().to : frameOfPart(part + 1));
     }
-    state.scrollInView(state.range.from);
+    state.scrollInView(frameOfPart(part));
+    return true;
+}
+
+bool WaveView::enterNumber(int part, double to) {
+    if (part < 0 || part >= accessParts()) return false;
+    const int frame = asMinMax(asRound(to), 0, state.frames());
+    if (part >= rangeParts) {
+        state.marks.erase(state.marks.begin() + (part - rangeParts));
+        addMark(state, frame);
+    } else if (part == 0) {
+        state.setRange(frame, asMax(frame, state.range.to));
+    } else {
+        state.setRange(asMin(frame, state.range.from), frame);
+    }
     return true;
 }

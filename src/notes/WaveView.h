@@ -31,9 +31,10 @@ public:
     bool touch(int x, int y, int btn, const TouchStep& step) override;
     bool contextMenu() override;
     void describe(Description& d, int part) const override;
-    int accessParts() const override; ///< the range, then the marks
+    int accessParts() const override; ///< both ends of the range, then the marks
     int focusedPart() const override;
     bool pressPart(int part) override;
+    bool enterNumber(int part, double to) override; ///< a frame
 
     bool refresh(); ///< follows what plays and the image of the peaks; whether that shows
 
@@ -47,6 +48,7 @@ private:
     void zoomAt(CPoint at, double factor, bool across) override;
     Held heldAt(CPoint at) const;
     CRect fadeHandle(bool in) const;
+    int frameOfPart(int part) const;
     void hover(CPoint at);
     void choosePiece(int x);
     int standingEnd(WaveGrip grip, int frame, int btn) const;

@@ -60,7 +60,7 @@ protected:
         ASSERT_TRUE(pumpUntil([&] { return editor() && win->pages->current() == editor(); }));
         ASSERT_TRUE(loaded());
         settle();
-        ASSERT_EQ(view()->accessParts(), 1);
+        ASSERT_EQ(view()->accessParts(), 2);
     }
     CCompEditor* editor() { return win->pages->editorOf(seq()->editorComp.get()); }
     template <class T>
@@ -252,11 +252,16 @@ TEST_F(WaveTest, KeysAndMarksReachTheRange) {
         mouse(xAt(frame), 6);
         act({"click", "--repeat", "2", "--delay", "50", "1"});
     }
-    ASSERT_TRUE(pumpUntil([&] { return view()->accessParts() == 3; }));
+    ASSERT_TRUE(pumpUntil([&] { return view()->accessParts() == 4; }));
     press(xAt(c), xAt(6500), "", 6);
     mouse(xAt(4000));
     act({"click", "--repeat", "2", "--delay", "50", "1"});
     const int d = frameAt(xAt(6500));
+    EXPECT_TRUE(is(b, d - b)) << told();
+    // The same in the accessible tree.
+    EXPECT_TRUE(view()->enterNumber(0, 100) && view()->enterNumber(1, 300));
+    EXPECT_TRUE(is(100, 200)) << told();
+    EXPECT_TRUE(view()->pressPart(2));
     EXPECT_TRUE(is(b, d - b)) << told();
     // Slices at the marks are parts of their own.
     menu({"s", "s", "s", "Return"});
