@@ -114,6 +114,7 @@ void WaveBody::followSample() {
     after.reset();
     shownFile = file;
     shownFrames = frames();
+    version++;
 }
 
 /// Cut to the sample.

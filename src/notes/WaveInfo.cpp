@@ -23,6 +23,15 @@ constexpr double lowestHz = 20.0, floorDb = -100.0;
 
 } // namespace
 
+bool MeasuredRange::follow(const WaveState& state) {
+    const FrameRange now = state.chosen();
+    if (version == state.version && range == state.range && chosen == now) return false;
+    version = state.version;
+    range = state.range;
+    chosen = now;
+    return true;
+}
+
 WaveInfo::WaveInfo(CWin* owner, WaveState& shared)
     : CCtrl(owner, "waveinfo", 0, 0, 1, int(infoHeight)), state(shared) {
     spokenName = "Range";
@@ -30,11 +39,11 @@ WaveInfo::WaveInfo(CWin* owner, WaveState& shared)
 
 void WaveInfo::refresh() {
     const bool any = state.sample() && state.seq();
-    const CStr nowPlace = any ? rangeText(state) : CStr();
-    const bool same = nowPlace == place;
-    if (same && level.empty() != any) return;
-    place = nowPlace;
-    level = any ? levelText(state) : CStr();
+    const CStr now = any ? rangeText(state) : CStr();
+    const bool changed = measured.follow(state) || level.empty() == any;
+    if (changed) level = any ? levelText(state) : CStr();
+    if (!changed && now == place) return;
+    place = now;
     redraw();
 }
 
@@ -60,14 +69,10 @@ RangeSpectrum::RangeSpectrum(CWin* owner, WaveState& shared)
 }
 
 void RangeSpectrum::refresh() {
+    if (!visible || !measured.follow(state)) return;
     const CSample* sample = state.sample();
-    if (!visible || (sample == shownSample && state.chosen().from == shownRange.from &&
-                     state.chosen().to == shownRange.to))
-        return;
-    shownSample = sample;
-    shownRange = state.chosen();
-    levels =
-        sample ? spectrumOf(*sample, shownRange.from, shownRange.to, bands) : std::vector<float>();
+    const FrameRange chosen = state.chosen();
+    levels = sample ? spectrumOf(*sample, chosen.from, chosen.to, bands) : std::vector<float>();
     redraw();
 }
 

@@ -6,8 +6,17 @@
 
 #include <vector>
 
-class CSample;
 class WaveState;
+
+/// What was looked at last.
+class MeasuredRange {
+public:
+    bool follow(const WaveState& state); ///< whether it is another range, or file
+
+private:
+    FrameRange range, chosen;
+    int version = -1;
+};
 
 /// The line below a wave that tells where the range is, how long and how loud. Interface thread.
 class WaveInfo : public CCtrl {
@@ -22,6 +31,7 @@ public:
 
 private:
     WaveState& state;
+    MeasuredRange measured;
     CStr place, level;
 };
 
@@ -43,7 +53,6 @@ private:
     double loudest() const; ///< Hz, 0 without a spectrum
 
     WaveState& state;
-    const CSample* shownSample = nullptr; ///< only to be compared
-    FrameRange shownRange;
+    MeasuredRange measured;
     std::vector<float> levels; ///< dB of each band
 };

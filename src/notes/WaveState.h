@@ -33,6 +33,7 @@ public:
         std::vector<int> marks;
     };
     std::optional<After> after;
+    int version = 0;                       ///< counts the files that showed
     float fadeIn = -1.0f, fadeOut = -1.0f; ///< milliseconds, while they are dragged; else below 0
 
     using EditedPart::EditedPart;

@@ -11,10 +11,12 @@
 namespace {
 
 constexpr double silent = -200.0; ///< dB, and below
+constexpr double full = -0.05;    ///< dB, and above, is told as 0
 
 CStr decibelText(float level) {
     const double db = decibels(level);
-    return db <= silent ? CStr("-inf dB") : asStrFormat(db, "%.1f") + " dB";
+    if (db <= silent) return "-inf dB";
+    return asStrFormat(db > full && db < 0 ? 0.0 : db, "%.1f") + " dB";
 }
 
 CStr songText(const WaveState& state, int frame) {

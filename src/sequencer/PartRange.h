@@ -16,6 +16,7 @@ struct PartRange {
 struct FrameRange {
     int from = 0, to = 0;
     int count() const { return to - from; }
+    bool operator==(const FrameRange&) const = default;
 };
 
 /// The frames of the first clip of an audio part that are meant: those in the range if it is of
