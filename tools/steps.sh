@@ -123,7 +123,10 @@ picture done
 [ -s "$room/Song.wav" ] || { echo "No song was exported" >&2; exit 1; }
 
 # The editor of sound, for the manual.
-at 320 "$(row 1)"
+at 250 135
+xdotool click 1
+sleep 0.5
+at 280 "$(row 1)"
 xdotool click --repeat 2 --delay 60 1
 sleep 1
 at 300 300
