@@ -185,7 +185,8 @@ private:
         unsigned char b[labelHead];
         const std::int64_t end = start + held();
         if (readAt(file, start, b, 4) < 4 || std::memcmp(b, "adtl", 4)) return;
-        for (std::int64_t at = start + 4; at + labelHead <= end && labels.size() < mostCues;) {
+        std::int64_t at = start + 4;
+        for (int i = 0; i < mostCues && at + labelHead <= end && labels.size() < mostCues; i++) {
             if (readAt(file, at, b, labelHead) < labelHead) return;
             const std::int64_t bytes = getLittle(b + 4, 4);
             if (!std::memcmp(b, "labl", 4) && bytes > 4)

@@ -13,6 +13,7 @@
 #include "notes/WaveRuler.h"
 #include "notes/WaveTexts.h"
 #include "notes/WaveView.h"
+#include "sequencer/CEditorComp.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/PartEdits.h"
 #include "ui/ActionItems.h"
@@ -42,7 +43,9 @@ WaveBody::WaveBody(CWin* owner, Workspace& space)
     view->onMenu = new _COnChange<WaveBody>(this, &WaveBody::openMenu);
 }
 
-WaveBody::~WaveBody() = default;
+WaveBody::~WaveBody() {
+    stopPreview();
+}
 
 CCtrl* WaveBody::keyCtrl() {
     return view;
@@ -56,7 +59,7 @@ bool WaveBody::shows(const CPart* wanted) const {
 
 void WaveBody::setPart(CPart* wanted, CTrack* on) {
     if (win->app->drag.of(view)) win->app->drag.cancel();
-    if (part && !wanted && preview()) preview()->stop();
+    if (!wanted) stopPreview();
     part = wanted;
     track = on;
     index = 0;
@@ -86,6 +89,11 @@ bool WaveBody::chooseClip(int number) {
                         (sample() ? ", " + sampleText(*sample()) : CStr()));
     shownChanged();
     return true;
+}
+
+/// What is not in front any more is not heard either.
+void WaveBody::stopPreview() {
+    if (CSamplePreview* player = preview(); player && player->isOn()) player->stop();
 }
 
 void WaveBody::songChanged() {
@@ -138,6 +146,8 @@ void WaveBody::editDone() {
 }
 
 void WaveBody::idle() {
+    const bool behind = win->isPage() && seq() && !workspace.inFront(seq()->editorComp.get());
+    if (behind || !win->visible) stopPreview();
     info->refresh();
     spectrumView->refresh();
 }

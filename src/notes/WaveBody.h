@@ -46,6 +46,7 @@ private:
     void editDone() override;
     int viewWidth() const override;
 
+    void stopPreview();
     void chooseSelected();
     void followSample();
     void setPlaces(FrameRange places, std::vector<int> frameMarks);

@@ -304,6 +304,10 @@ TEST_F(WaveTest, FadesAreDraggedAndTheRangeIsHeardAlone) {
     EXPECT_EQ(host->playing, 0) << "not the song";
     key("space");
     EXPECT_TRUE(pumpUntil([&] { return !preview->isOn(); }));
+    key("space");
+    EXPECT_TRUE(pumpUntil([&] { return preview->isOn(); }));
+    key("F1");
+    EXPECT_TRUE(pumpUntil([&] { return !preview->isOn(); })) << "another page is in front";
 }
 
 /// A file that is not there, one without frames, and a part without a clip.
