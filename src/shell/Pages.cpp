@@ -38,6 +38,15 @@ private:
     Pages* pages;
 };
 
+/// On the screen, as left, top, width, height: numbers of a file may be any.
+CRect placeOf(const CEditorStruct& record) {
+    const CRect screen = getDesktopBounds();
+    const int w = asMinMax(record.width, leastSide, asMin(mostSide, screen.width()));
+    const int h = asMinMax(record.height, leastSide, asMin(mostSide, screen.height()));
+    return asRect(asMinMax(record.left, screen.left, screen.right - w),
+                  asMinMax(record.top, screen.top, screen.bottom - h), w, h);
+}
+
 /// Enters a number of a record into a step and changes it.
 void change(CUndo* undo, int& field, int value) {
     if (field == value) return;
@@ -161,23 +170,28 @@ void Pages::follow(CCompEditor* editor, int order) {
         return;
     }
     CDock* dock = docker->getDock(record.page);
+    const bool fresh = !editor->isPage();
     if (docker->dockOf(editor) != dock || docker->orderOf(editor) != order)
         docker->attach(editor, dock, order);
+    if (fresh) placeInside(editor);
     if (editor->hasStyle(winMaximized) != (record.maximized != 0)) editor->toggleMaximized();
     if (!record.maximized) docker->keepInside(editor);
 }
 
+/// Where it goes back to from being maximized. As a page already: a window manager may carry out
+/// what was asked of it for a window on the screen when that has become a page.
+void Pages::placeInside(CCompEditor* editor) {
+    if (editor->hasStyle(winMaximized)) return editor->fillOwner();
+    const CRect at = placeOf(*editor->dock);
+    editor->move(at.left, at.top, at.right, at.bottom);
+}
+
 void Pages::placeFloating(CCompEditor* editor) {
-    const CEditorStruct& record = *editor->dock;
-    const CRect screen = getDesktopBounds();
-    const int w = asMinMax(record.width, leastSide, asMin(mostSide, screen.width()));
-    const int h = asMinMax(record.height, leastSide, asMin(mostSide, screen.height()));
-    const int x = asMinMax(record.left, screen.left, screen.right - w);
-    const int y = asMinMax(record.top, screen.top, screen.bottom - h);
+    const CRect at = placeOf(*editor->dock);
     if (editor->isPage())
-        docker->detach(editor, asRect(x, y, w, h));
+        docker->detach(editor, at);
     else
-        editor->move(x, y, w, h);
+        editor->move(at.left, at.top, at.right, at.bottom);
 }
 
 /// Brings the record of an open editor up to date, unless it asks for what the window has still to
@@ -212,7 +226,7 @@ void Pages::open(CCompEditor* editor) {
     window->editors.addUnique(editor);
     wire(editor->onHide, new _COnChange<Pages>(this, &Pages::editorHidden));
     const bool docked = record.page > 0 && record.page < docker->docks.getCount();
-    if (!docked || !editor->isPage()) placeFloating(editor);
+    if (!docked) placeFloating(editor);
     const int waiting = wantedPage;
     update();
     wantedPage = waiting;

@@ -72,6 +72,7 @@ private:
     bool deserted(int page, const CEditorStruct* leaver) const;
     void removeDock(CUndo* undo, int page);
     void follow(CCompEditor* editor, int order);
+    void placeInside(CCompEditor* editor);
     void placeFloating(CCompEditor* editor);
     void store(CCompEditor* editor);
     void editorHidden(CObject* editor);

@@ -11,6 +11,8 @@
 #include "shell/Rooms.h"
 #include "ui/Commands.h"
 
+#include <X11/Xlib.h>
+
 #include <climits>
 
 namespace {
@@ -271,4 +273,30 @@ TEST_F(PagesTest, TheSongIsOnAPage) {
     ASSERT_TRUE(load(kindModular));
     EXPECT_EQ(front(), nullptr);
     EXPECT_FALSE(win->getAction("arrangement")->isReady());
+}
+
+/// What is asked of a window manager may be done late, when the window is a page already, and would
+/// move it there: so a page asks for nothing.
+TEST_F(PagesTest, APageAsksNoWindowManager) {
+    begin();
+    Display* manager = XOpenDisplay(nullptr);
+    ASSERT_TRUE(manager);
+    XSelectInput(manager, DefaultRootWindow(manager), SubstructureRedirectMask);
+    XSync(manager, False);
+    comps[0]->editorStruct.page = comps[0]->editorStruct.maximized = 1;
+    win->pages->open(edits[0].get());
+    settle();
+    XSync(manager, False);
+    int asked = 0;
+    for (XEvent event; XPending(manager);) {
+        XNextEvent(manager, &event);
+        asked +=
+            event.type == ConfigureRequest && event.xconfigurerequest.window == edits[0]->handle;
+    }
+    XCloseDisplay(manager);
+    EXPECT_EQ(asked, 0);
+    const CDocker* docker = win->pages->docker.get();
+    EXPECT_EQ(edits[0]->getSize(), asPoint(docker->width, docker->height));
+    edits[0]->restore();
+    EXPECT_EQ(edits[0]->getSize(), asPoint(300, 300)) << "as its record tells";
 }
