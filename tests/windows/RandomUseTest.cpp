@@ -1,5 +1,6 @@
 #include "MainFixture.h"
 #include "ProjectMask.h"
+#include "SentEvents.h"
 
 #include "base/Messages.h"
 #include "base/Numbers.h"
@@ -28,6 +29,12 @@ namespace {
 const std::set<std::string> leftOut = {"new",    "open", "openlast",   "saveas", "setup",
                                        "render", "save", "setdefault", "exit"};
 constexpr int leastPerSeed = 100, seeds = 20;
+constexpr int gesturesPerSeed = 250;
+
+/// Of the song and of its notes, those that a hand has no gesture for.
+constexpr std::array handActions = {
+    "quantize",   "duplicate", "copy",    "paste",         "cut",  "selectAll", "delete",
+    "insertnote", "zoomin",    "zoomout", "splitatcursor", "glue", "snap",      "rangetool"};
 
 /// Where two projects differ first, with the bytes of both from there on.
 std::string difference(const std::string& a, const std::string& b) {
@@ -60,7 +67,7 @@ protected:
         constexpr std::array kinds = {kindSequencer, kindDemo,        kindDefault,
                                       kindGuitarist, kindPortaStudio, kindDrumAndBass};
         start();
-        ASSERT_TRUE(load(kinds[seed % kinds.size()]));
+        ASSERT_TRUE(load(byHand ? kindDemo : kinds[seed % kinds.size()]));
         messageHooks().showMsg = [](CWin*, const CStr&, const CStr&, int flags) {
             return answerOfEscape(flags);
         };
@@ -133,6 +140,7 @@ private:
 
     // What is done.
     Use pick() {
+        if (byHand) return anyGesture();
         if (host->recording && upTo(5) == 0) return {"stop", [this] { run("stop"); }};
         const int choice = upTo(100);
         if (choice < 45) return anyAction();
@@ -223,6 +231,84 @@ private:
                     GuiTest::act(words);
                     inMenu({});
                 }};
+    }
+    /// Over the song, or over the notes of one of its parts.
+    Use anyGesture() {
+        const int choice = upTo(100);
+        if (choice < 10) return {"undo", [this] { run("undo"); }};
+        if (choice < 17) return {"redo", [this] { run("redo"); }};
+        if (choice < 20) return {"song", [this] { win->openEditor(seq()); }};
+        if (choice < 24) return {"open", [this] { win->openPart(anyPart()); }};
+        if (choice < 32) {
+            CAction* action = win->getAction(handActions[size_t(upTo(int(handActions.size())))]);
+            if (action) return {action->name.asChar(), [this, action] { win->runAction(action); }};
+        }
+        CCompEditor* page = win->pages->current();
+        if (!page) return {"song", [this] { win->openEditor(seq()); }};
+        std::vector<CCtrl*> all, views;
+        collect(page->clientGroup, all);
+        for (CCtrl* ctrl : all)
+            if (ctrl->id == "grid" || ctrl->id == "notes" || ctrl->id == "lane")
+                views.push_back(ctrl);
+        const std::vector<CCtrl*>& some = !views.empty() && upTo(4) ? views : all;
+        if (some.empty()) return anyAction();
+        return gestureOn(page, some[size_t(upTo(int(some.size())))]);
+    }
+    CPart* anyPart() {
+        std::vector<CPart*> parts;
+        for (auto* track : each<CSongTrack>(seq()->getProg()->tracks))
+            for (auto* part : each<CPart>(track->parts)) parts.push_back(part);
+        return parts.empty() ? nullptr : parts[size_t(upTo(int(parts.size())))];
+    }
+    /// One that may change its modifiers on the way, and may be given up.
+    Use gestureOn(CWin* page, const CCtrl* ctrl) {
+        const CPoint in = page->controlPos(ctrl);
+        const auto place = [&] {
+            constexpr int beyond = 40;
+            return asPoint(in.x + upTo(ctrl->width + beyond) - beyond / 2,
+                           in.y + upTo(ctrl->height + beyond) - beyond / 2);
+        };
+        const CPoint from =
+            asPoint(in.x + upTo(asMax(1, ctrl->width)), in.y + upTo(asMax(1, ctrl->height)));
+        const int how = upTo(10);
+        const unsigned button = upTo(6) ? Button1 : upTo(3) ? Button3 : Button2;
+        struct Move {
+            CPoint to;
+            unsigned held;
+        };
+        std::vector<Move> moves;
+        const unsigned first = anyModifier();
+        for (int i = upTo(5); i >= 0; i--)
+            moves.push_back({place(), upTo(3) ? first : anyModifier()});
+        const auto go = [this, page, from, how, button, first, moves] {
+            inMenu(upTo(2) ? Keys{"Down", "Return", "Escape"} : Keys{"Escape", "Escape"});
+            SentEvents hand(app.get());
+            hand.held = first;
+            if (how == 0) return hand.wheel(page, from, upTo(2) ? Button4 : Button5);
+            hand.press(page, from, button);
+            if (how < 3) {
+                hand.release(page, from, button);
+                if (how == 2) hand.press(page, from, button, true);
+            }
+            CPoint last = from;
+            for (const Move& move : moves) {
+                if (how < 3) break;
+                hand.held = move.held;
+                hand.move(page, last = move.to);
+                if (upTo(8) == 0) app->paintFrame();
+            }
+            if (how == 3) hand.key(win.get(), XK_Escape);
+            if (how != 1) hand.release(page, last, button);
+            inMenu({});
+        };
+        return {std::string("hand ") + ctrl->id.asChar() + " " + std::to_string(how) + " button " +
+                    std::to_string(button) + " held " + std::to_string(first),
+                go};
+    }
+    unsigned anyModifier() {
+        constexpr unsigned some[] = {
+            0, 0, 0, ShiftMask, ControlMask, Mod1Mask, ShiftMask | ControlMask};
+        return some[upTo(int(std::size(some)))];
     }
     /// Notes of the keyboard, with blocks between.
     void play() {
@@ -331,6 +417,9 @@ private:
         }
     }
 
+protected:
+    bool byHand = false; ///< gestures alone
+private:
     static constexpr int lost = -2;
     static constexpr unsigned seen = 1u << 30; ///< of a step: no flag of the program
     std::mt19937 chance;
@@ -352,6 +441,23 @@ TEST_F(RandomUseTest, ModifiedTellsWhetherTheFileWouldDiffer) {
         use(count);
         walkTheHistory();
         stop();
+    }
+}
+
+/// The same of gestures over the song and its notes. SONDRAVA_GESTURES tells how many.
+TEST_F(RandomUseTest, GesturesLeadBackToTheBytesOfTheStart) {
+    const int first = fromEnvironment("SONDRAVA_SEED", 0);
+    const int gestures = fromEnvironment("SONDRAVA_GESTURES", gesturesPerSeed);
+    byHand = true;
+    for (int seed = first, done = 0; done < gestures && !HasFailure(); seed++) {
+        SCOPED_TRACE("SONDRAVA_SEED=" + std::to_string(seed));
+        begin(unsigned(seed));
+        use(gesturesPerSeed);
+        EXPECT_GT(host->undoList.getCount(), gesturesPerSeed / 20)
+            << "few of them changed the song";
+        walkTheHistory();
+        stop();
+        done += gesturesPerSeed;
     }
 }
 
