@@ -53,6 +53,7 @@ CPart* CSongTrack::addPart(CPart* part, CUndo* undo) {
     }
     part->reserveSlots(track->slotsInUse(undo));
     if (undo) {
+        undo->effects.song = true; // puts the list in order
         undo->asAdd(part, &parts);
         return part;
     }

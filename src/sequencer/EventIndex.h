@@ -43,7 +43,7 @@ public:
     /// For each that lasts over a tick.
     template <class F>
     void eachAt(double tick, F&& visit) const {
-        eachWithin(tick, std::nextafter(tick, HUGE_VAL), visit);
+        eachWithin(tick, std::floor(tick) + 1, visit);
     }
 
 private:

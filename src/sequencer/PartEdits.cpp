@@ -194,6 +194,7 @@ void PartChange::record(CUndo* undo) {
         if (track != std::exchange(last, track)) slots = track->slotsInUse(undo);
         c.part->reserveSlots(slots);
     }
+    undo->effects.song = undo->effects.song || !empty(); // puts the lists in order
     for (const Leaving& l : leaving) undo->asRemove(l.part, &l.songTrack->parts);
     for (Coming& c : coming) undo->asAdd(c.part.release(), &c.songTrack->parts);
     leaving.clear();
@@ -209,6 +210,7 @@ void recordTransfer(CUndo* undo, CPart* part, CSongTrack* from, CSongTrack* to, 
 
 void recordMove(CUndo* undo, CPart* part, int ticks) {
     const int target = limitTicks(int64_t(part->pos) + ticks);
+    undo->effects.song = true;
     undo->asGrow(part, part->pos, target - part->pos);
 }
 

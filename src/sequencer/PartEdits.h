@@ -82,7 +82,7 @@ public:
     /// Takes a part of a class that the track accepts.
     void add(CSongTrack* songTrack, std::unique_ptr<CPart> part);
     bool empty() const { return leaving.empty() && coming.empty(); }
-    /// Hands all over to the step.
+    /// Hands all over to the step, which puts the lists in order when it is carried out.
     void record(CUndo* undo);
 
 private:

@@ -4,6 +4,7 @@
 #include "sequencer/BarEdits.h"
 #include "sequencer/PartActions.h"
 #include "sequencer/PartClipboard.h"
+#include "sequencer/PartEdits.h"
 #include "sequencer/PartMerge.h"
 #include "sequencer/PartOrder.h"
 #include "sequencer/PartSplit.h"
@@ -352,4 +353,27 @@ TEST(Edits, HappenWhileTheSongPlays) {
     audio.reset();
     EXPECT_EQ(e.bytes(), start);
     EXPECT_EQ(rtViolations(), 0);
+}
+
+/// Whatever else a step tells of itself, the parts that it brings stand in order.
+TEST(PartChange, LeavesPartsInOrder) {
+    Edits e;
+    const auto placed = [&e] {
+        std::vector<int> at;
+        for (auto* part : each<CPart>(e.midi->parts)) at.push_back(part->pos);
+        return at;
+    };
+    const std::function<void(CUndo*)> edits[] = {
+        [&e](CUndo* u) { e.seq->splitPart(e.midi, e.part(e.midi, 0), 1920, 0, splitApart, u); },
+        [&e](CUndo* u) { e.midi->addPart(midiPart(1000), u); },
+        [&e](CUndo* u) { recordMove(u, e.part(e.midi, 0), 20000); },
+    };
+    for (const auto& edit : edits) {
+        CUndo* undo = e.host.undoStart("Test", e.seq);
+        edit(undo);
+        e.host.undoEnd(undo, true);
+        const std::vector<int> now = placed();
+        EXPECT_TRUE(std::ranges::is_sorted(now)) << testing::PrintToString(now);
+        e.undo();
+    }
 }
