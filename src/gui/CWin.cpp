@@ -127,7 +127,6 @@ void CWin::setHints() {
     if (!hasStyle(winChild | winPopup | winFloating)) XdndTarget::announce(handle);
     Atom closing = x.atoms.wmDelete;
     XSetWMProtocols(display, handle, &closing, 1);
-    XMoveWindow(display, handle, toDevice(left), toDevice(top));
     setAddress(display, handle, x.atoms.self, this);
     setAddress(display, handle, x.atoms.eventProc, reinterpret_cast<const void*>(&handleXEvent));
     nameHandle();

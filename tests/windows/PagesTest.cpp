@@ -28,9 +28,12 @@ protected:
         for (int i = 0; i < 2; i++) {
             comps[i] = new CGroupCh(qv);
             qv->comps.add(comps[i]);
-            edits[i] = std::make_unique<CCompEditor>(app.get(), win.get(), i ? "two" : "one", 50,
-                                                     50, 200, 150, editorStyle, comps[i], &table);
+            edits[i] = make(i);
         }
+    }
+    std::unique_ptr<CCompEditor> make(int i) {
+        return std::make_unique<CCompEditor>(app.get(), win.get(), i ? "two" : "one", 50, 50, 200,
+                                             150, editorStyle, comps[i], &table);
     }
     void openBoth() {
         for (auto& e : edits) win->pages->open(e.get());
@@ -54,8 +57,8 @@ protected:
             text += " " + std::to_string(page);
             if (e->hasStyle(winMaximized)) text += "m";
             const CDock* wanted = page < 0 ? nullptr : docker->getDock(page);
-            EXPECT_EQ(docker->dockOf(e.get()), wanted) << "the window follows its record";
-            EXPECT_EQ(e->isPage(), wanted != nullptr);
+            const bool follows = docker->dockOf(e.get()) == wanted;
+            if (!follows || e->isPage() != (wanted != nullptr)) text += "?"; // its record
         }
         return text + " | " + std::to_string(docker->activeIndex);
     }
@@ -95,11 +98,13 @@ TEST_F(PagesTest, DockingIsUndone) {
     for (int round = 0; round < 2; round++) {
         for (size_t i = states.size() - 1; i > 0; i--) {
             history("undo");
-            EXPECT_EQ(layout(state()), layout(states[i - 1])) << "undo of step " << i;
+            EXPECT_TRUE(pumpUntil([&] { return layout(state()) == layout(states[i - 1]); }))
+                << "undo of step " << i << ": " << state();
         }
         for (size_t i = 1; i < states.size(); i++) {
             history("redo");
-            EXPECT_EQ(layout(state()), layout(states[i])) << "redo of step " << i;
+            EXPECT_TRUE(pumpUntil([&] { return layout(state()) == layout(states[i]); }))
+                << "redo of step " << i << ": " << state();
         }
     }
     for (const int nowhere : {0, -3, 7}) win->dockWin(edits[0].get(), nowhere, true);
@@ -283,6 +288,7 @@ TEST_F(PagesTest, APageAsksNoWindowManager) {
     ASSERT_TRUE(manager);
     XSelectInput(manager, DefaultRootWindow(manager), SubstructureRedirectMask);
     XSync(manager, False);
+    edits[0] = make(0);
     comps[0]->editorStruct.page = comps[0]->editorStruct.maximized = 1;
     win->pages->open(edits[0].get());
     settle();
