@@ -183,28 +183,26 @@ void WavePainter::range() {
             graphic->fillLine(palette.text, asRect(x, asked.top, x + 1, asked.bottom));
 }
 
+CRect WavePainter::fadeHandle(const WaveState& state, CRect view, bool in) {
+    const int x = state.axis.xOf(state.fadeHead(in)), top = view.top + WaveView::stripHeight;
+    return asRect(x - handleSize / 2, top, x + handleSize / 2 + 1, top + handleSize);
+}
+
 /// The gain is the square of a straight line.
 void WavePainter::fades() {
-    const CAudioEvent* clip = state.clip();
-    const FrameRange all = state.heard();
     const int top = view.top + WaveView::stripHeight;
     for (const bool in : {true, false}) {
-        const float draft = in ? state.fadeIn : state.fadeOut;
-        const float ms = draft >= 0.0f ? draft : in ? clip->fadeInMs : clip->fadeOutMs;
-        const bool atLeft = in != (clip->reverse != 0);
-        const double way = std::min(1.0, double(ms) / state.heardMs()) * all.count();
-        const int edge = state.axis.xOf(atLeft ? all.from : all.to);
-        const int head = state.axis.xOf(atLeft ? all.from + way : all.to - way);
+        const int foot = state.axis.xOf(state.fadeFoot(in)),
+                  head = state.axis.xOf(state.fadeHead(in));
         CPath path;
-        path.moveTo(edge, view.bottom);
+        path.moveTo(foot, view.bottom);
         for (int i = 1; i <= fadeSteps; i++) {
             const double share = double(i) / fadeSteps;
-            path.lineTo(edge + (head - edge) * share,
+            path.lineTo(foot + (head - foot) * share,
                         view.bottom - (view.bottom - top) * share * share);
         }
-        if (ms > 0.0f) strokePath(graphic, path, 1.5, palette.text, 0.8);
-        const CRect handle =
-            asRect(head - handleSize / 2, top, head + handleSize / 2 + 1, top + handleSize);
+        if (head != foot) strokePath(graphic, path, 1.5, palette.text, 0.8);
+        const CRect handle = fadeHandle(state, view, in);
         graphic->fillRect(palette.text, intersect(handle, asked));
         graphic->fillRect(palette.window, intersect(sizeRect(handle, 2, 2, -2, -2), asked));
     }

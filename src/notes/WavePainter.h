@@ -22,6 +22,8 @@ public:
 
     /// Where a channel of so many lies in a view.
     static CRect channelBox(CRect view, int channel, int channels);
+    /// The square by which a fade is taken hold of.
+    static CRect fadeHandle(const WaveState& state, CRect view, bool in);
 
 private:
     struct Inks {

@@ -97,6 +97,22 @@ double WaveState::heardMs() const {
     return std::max(1.0, seq()->ticksToFrames(part->pos, seq()->getTicks(part), perSecond));
 }
 
+double WaveState::fadeMs(bool in) const {
+    const float draft = in ? fadeIn : fadeOut;
+    if (draft >= 0.0f) return double(draft);
+    return double(in ? clip()->fadeInMs : clip()->fadeOutMs);
+}
+
+int WaveState::fadeFoot(bool in) const {
+    const FrameRange all = heard();
+    return in != (clip()->reverse != 0) ? all.from : all.to;
+}
+
+double WaveState::fadeHead(bool in) const {
+    const double way = std::min(1.0, fadeMs(in) / heardMs()) * heard().count();
+    return in != (clip()->reverse != 0) ? fadeFoot(in) + way : fadeFoot(in) - way;
+}
+
 CSamplePreview* WaveState::preview() const {
     return CSamplePreview::of(qv);
 }

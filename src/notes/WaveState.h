@@ -45,8 +45,12 @@ public:
     int frames() const; ///< of the sample, 0 without one
     /// The frames that the part lets the clip play.
     FrameRange heard() const;
-    FrameRange chosen() const; ///< the range; all that is heard if that is empty
-    double heardMs() const;    ///< how long that is in the song, at least 1
+    FrameRange chosen() const;    ///< the range; all that is heard if that is empty
+    double heardMs() const;       ///< how long that is in the song, at least 1
+    double fadeMs(bool in) const; ///< of the fade at the start of the clip, or at its end
+    /// The frame at which what is heard begins or ends there, and the one up to which it fades.
+    int fadeFoot(bool in) const;
+    double fadeHead(bool in) const;
 
     /// Where a frame of the clip is heard in the song, and back; what lies outside of the clip goes
     /// on at the speed of its start.

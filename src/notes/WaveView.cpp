@@ -24,7 +24,7 @@ namespace {
 constexpr int cursorPlain = 1, cursorSideways = 5;
 constexpr int shadowReach = 1; ///< of the play line to each side
 constexpr int gripReach = 4;   ///< pixels
-constexpr int handleSize = 9;
+constexpr int rangeParts = 2;  ///< its start, with all that there is to tell of it, and its end
 constexpr const char* freeHint = "Drag selects, with Shift from where the range is, with Ctrl off "
                                  "the grid; double click takes what lies between two marks";
 constexpr const char* markHint = "Drag moves the mark, right click takes it away";
@@ -75,18 +75,6 @@ void WaveView::paint(CGraphic* g, CRect) {
 
 // The mouse.
 
-CRect WaveView::fadeHandle(bool in) const {
-    const bool atLeft = in != (state.clip()->reverse != 0);
-    const FrameRange all = state.heard();
-    const CAudioEvent* clip = state.clip();
-    const float draft = in ? state.fadeIn : state.fadeOut;
-    const float ms = draft >= 0.0f ? draft : in ? clip->fadeInMs : clip->fadeOutMs;
-    const double way = std::min(1.0, double(ms) / state.heardMs()) * all.count();
-    const int x = state.axis.xOf(atLeft ? all.from + way : all.to - way);
-    return asRect(x - handleSize / 2, stripHeight, x + handleSize / 2 + 1,
-                  stripHeight + handleSize);
-}
-
 WaveView::Held WaveView::heldAt(CPoint at) const {
     if (!state.sample() || !state.seq()) return {};
     const auto near = [&](int frame) {
@@ -95,7 +83,8 @@ WaveView::Held WaveView::heldAt(CPoint at) const {
     for (size_t i = 0; at.y < stripHeight && i < state.marks.size(); i++)
         if (near(state.marks[i])) return {WaveGrip::mark, int(i)};
     for (const bool in : {true, false})
-        if (fadeHandle(in).contains(at.x, at.y)) return {in ? WaveGrip::fadeIn : WaveGrip::fadeOut};
+        if (WavePainter::fadeHandle(state, clientRect(), in).contains(at.x, at.y))
+            return {in ? WaveGrip::fadeIn : WaveGrip::fadeOut};
     if (at.y < stripHeight || state.range.count() == 0) return {};
     if (near(state.range.to)) return {WaveGrip::rangeEnd};
     return {near(state.range.from) ? WaveGrip::rangeStart : WaveGrip::none};
@@ -204,12 +193,6 @@ bool WaveView::contextMenu() {
 }
 
 // What it tells.
-
-namespace {
-
-constexpr int rangeParts = 2; ///< its start, with all that there is to tell of it, and its end
-
-} // namespace
 
 int WaveView::accessParts() const {
     return state.sample() && state.seq() ? rangeParts + int(state.marks.size()) : 0;

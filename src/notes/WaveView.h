@@ -47,7 +47,6 @@ private:
     CPoint panBy(CPoint pixels) override;
     void zoomAt(CPoint at, double factor, bool across) override;
     Held heldAt(CPoint at) const;
-    CRect fadeHandle(bool in) const;
     int frameOfPart(int part) const;
     void hover(CPoint at);
     void choosePiece(int x);

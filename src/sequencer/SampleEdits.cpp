@@ -159,8 +159,8 @@ CStr processFrames(CSeq* seq, const ClipPlace& place, int mode, const FrameRange
     const FrameRange cut = within(frames, sample);
     std::unique_ptr<CSample> file(processorFor(seq->host).process(mode, sample, cut.from, cut.to));
     if (!file) return notWritten;
-    record(seq, place, CAudioProcessor::getText(mode), std::move(file),
-           [](int frame) { return int64_t(frame); });
+    const CStr title = mode == processDelete ? CStr("Silence") : CAudioProcessor::getText(mode);
+    record(seq, place, title, std::move(file), [](int frame) { return int64_t(frame); });
     return "";
 }
 

@@ -26,7 +26,7 @@ struct ClipPlace {
 bool hasFrames(const CAudioEvent* clip);
 
 /// What an AudioProcess that leaves the frames where they are does to some; "Convert to mono" does
-/// it to all.
+/// it to all, and `processDelete` is called "Silence", since others delete here.
 CStr processFrames(CSeq* seq, const ClipPlace& place, int mode, const FrameRange& frames);
 /// "Cut" and "Delete": the frames go, and what follows moves up.
 CStr cutFrames(CSeq* seq, const ClipPlace& place, const FrameRange& frames);

@@ -165,7 +165,7 @@ TEST_F(WaveTest, TheRangeIsEditedInNewFiles) {
         {"Fade Out", {"f", "f", "Return"}, frames, in([=](int i) {
              return valueAt(i) * scale * (b - i) / n;
          })},
-        {"Delete", {"s", "s", "Return"}, frames, in([](int) { return 0.0; })},
+        {"Silence", {"s", "s", "Return"}, frames, in([](int) { return 0.0; })},
         {"Trim", {"t", "Return"}, frames, [=](int i) { return inside(i) ? valueAt(i) : 0.0; }},
         {"Crop", {"c", "c", "c", "Return"}, n, [=](int i) { return double(valueAt(i + a)); }},
         {"Convert to mono",
