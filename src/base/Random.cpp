@@ -2,19 +2,9 @@
 
 #include "base/Atomic.h"
 
-#include <cstdint>
-
 namespace {
 
 thread_local uint64_t state = 0; ///< 0 until the thread draws its first number
-
-/// Scrambles the bits of a seed, so that near ones start far apart (finaliser of splitmix64).
-uint64_t scramble(uint64_t v) {
-    v += 0x9e3779b97f4a7c15;
-    v = (v ^ v >> 30) * 0xbf58476d1ce4e5b9;
-    v = (v ^ v >> 27) * 0x94d049bb133111eb;
-    return v ^ v >> 31;
-}
 
 void seedThread() {
     static Shared<unsigned> threads{0};
@@ -22,6 +12,14 @@ void seedThread() {
 }
 
 } // namespace
+
+/// The finaliser of splitmix64.
+uint64_t scramble(uint64_t v) {
+    v += 0x9e3779b97f4a7c15;
+    v = (v ^ v >> 30) * 0xbf58476d1ce4e5b9;
+    v = (v ^ v >> 27) * 0x94d049bb133111eb;
+    return v ^ v >> 31;
+}
 
 void seedRand(unsigned seed) {
     state = scramble(seed);

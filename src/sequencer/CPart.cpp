@@ -1,6 +1,7 @@
 #include "sequencer/CPart.h"
 
 #include "engine/WordChanges.h"
+#include "sequencer/RowLoops.h"
 #include "sequencer/Takes.h"
 
 #include <algorithm>
@@ -250,11 +251,21 @@ CPart* CMIDIPart::copy(int withoutParams) {
     return part;
 }
 
+CDrumPart::~CDrumPart() {
+    delete rows.load();
+}
+
+void CDrumPart::listWords(CUndoContent* other, WordChanges& words) {
+    CPart::listWords(other, words);
+    words.exchange(rows, static_cast<CDrumPart*>(other)->rows);
+}
+
 CPart* CDrumPart::copy(int withoutParams) {
     auto* part = new CDrumPart;
     copyHeader(part);
     if (ghostOf) return part;
     part->setEvents(copyList<CDrumEvent>(events, createDrumEvent));
+    setRowLoops(part, rows);
     copyTakesTo(part);
     if (!withoutParams) part->copyParams(this);
     return part;
@@ -286,5 +297,6 @@ void swapUndoPart(CUndo* undo, CPart* original, CPart* edited) {
 
 void swapUndoEvents(CUndo* undo, CPart* original, CPart* edited) {
     assert(edited->reservedSlots() == 0);
+    setRowLoops(edited, rowLoops(original));
     undo->asSwap(original, edited);
 }

@@ -22,6 +22,7 @@ enum PartType : int {
     partTempo = 6,
 };
 
+struct RowLoops;
 class Takes;
 
 /// Bits of a part's `flags`.
@@ -147,8 +148,15 @@ public:
 
 class CDrumPart : public CPart {
 public:
+    Shared<RowLoops*> rows{nullptr}; ///< owned; null while all rows are as long as the part
+
     CDrumPart() : CPart(partDrum) {}
+    ~CDrumPart() override;
+    CDrumPart(const CDrumPart&) = delete;
+    CDrumPart& operator=(const CDrumPart&) = delete;
+
     CPart* copy(int withoutParams = 0) override;
+    void listWords(CUndoContent* other, WordChanges& words) override;
 };
 
 class CAudioPart : public CPart {

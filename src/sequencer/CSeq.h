@@ -81,6 +81,7 @@ public:
     Shared<unsigned char> playing{0}, recording{0};
     Shared<unsigned char> recReady{1}; ///< 0 from the beginning of a take until all of it is placed
     Shared<double> songTicks{0.0};     ///< played since start
+    uint64_t starts = 0;               ///< of playback, by the user; graph holder
     PlayedTime playedTime;
     Shared<bool> anyArmed{false}; ///< a track is switched to be armed; as of the last block
     Stored<int> maxVoices{6};

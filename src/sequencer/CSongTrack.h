@@ -4,7 +4,9 @@
 #include "base/CList.h"
 #include "base/CObject.h"
 #include "base/Stored.h"
+#include "sequencer/Chance.h"
 #include "sequencer/PartIndex.h"
+#include "sequencer/RepeatQueue.h"
 
 #include <memory>
 
@@ -50,6 +52,9 @@ public:
     double pos = 0.0;            ///< play pointer in ticks; graph holder
     CMIDIQ* noteOffsNext;        ///< owned; graph holder
     CMIDIQ* noteOffs;            ///< owned; note-offs to come, in ticks from the block's start
+    Chance chance;               ///< of its notes and hits; graph holder
+    RepeatQueue repeats;         ///< of notes and hits that have begun; graph holder
+    double reached = 0.0;        ///< tick before which what has no pointer is done; graph holder
     CSeqProg* prog;              ///< the owner
     CTrack* track;               ///< not owned
     CList parts;                 ///< of CPart, owned, in the order of `CSeq::orderParts`
@@ -86,6 +91,7 @@ public:
     void setup(double position, double offset, bool keepMain);
     /// Has the parts play that begin before a tick.
     void admitParts(double until);
+    double swingLead() const { return lead; } ///< most ticks by which the swing moves events
     /// Asks each part that plays, in their order, and keeps those whose answer is true.
     template <class F>
     void eachPlaying(F&& ask);

@@ -18,6 +18,12 @@ CStr controllerAsText(int kind, int number) {
         return "Prog.change";
     case laneVelocity:
         return "Velocity";
+    case laneChance:
+        return "Chance";
+    case laneRepeats:
+        return "Repeats";
+    case laneFlam:
+        return "Flam";
     case laneAutomation:
         return "Param";
     default:

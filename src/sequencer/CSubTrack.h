@@ -12,6 +12,9 @@ enum LaneKind : int {
     laneAftertouch = -4,
     laneProgram = -5,
     laneVelocity = -6,
+    laneChance = -7,  ///< how often a note or hit plays; in editors alone, as the two that follow
+    laneRepeats = -8, ///< within its length
+    laneFlam = -9,    ///< milliseconds
     laneAutomation = -102, ///< the points of `CPart::getParam(slot)`
 };
 

@@ -3,10 +3,12 @@
 #include "engine/MidiBytes.h"
 #include "sequencer/CPart.h"
 #include "sequencer/FieldReading.h"
+#include "sequencer/RowLoops.h"
 #include "sequencer/SongReading.h"
 #include "sequencer/SongWriting.h"
 #include "sequencer/Takes.h"
 
+#include <algorithm>
 #include <limits>
 
 // What is in a part: its events, and its envelopes.
@@ -18,6 +20,8 @@ constexpr int midiBytes = 9, noteBytes = intBytes; ///< of an event, and more of
 constexpr int audioBytes = 80, shortAudioBytes = 69, oldAudioBytes = 51;
 constexpr int drumBytes = 11, drumParamBytes = 5;
 constexpr int pointBytes = 14;
+constexpr int mostSounds = 256; ///< that the hits of files can name
+constexpr int styleBytes = 7, rowBytes = 2 * intBytes;
 constexpr int dataBits = 0x7F7FFF; ///< of a message
 constexpr float mostFade = 600000.0f;
 constexpr float mostGain = 16.0f, mostTune = 16.0f;
@@ -255,9 +259,42 @@ bool readPoints(SongReading& r, int size) {
     return whole;
 }
 
+/// Of the latest part: the events whose style is not the usual one, by their place in the list.
+bool readStyles(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    const int count = r.in.readInt();
+    CBaseEvent* event = r.part ? r.part->getEvents() : nullptr;
+    for (int i = 0, at = 0; i < count; i++) {
+        if (!r.in.has(styleBytes)) return false;
+        const int index = r.in.readInt();
+        HitStyle style;
+        style.chance = (unsigned char)asMinMax(r.in.readByte(), 0, mostChance);
+        style.repeats = (unsigned char)asMinMax(r.in.readByte(), 1, mostRepeats);
+        style.flamMs = (unsigned char)asMinMax(r.in.readByte(), 0, mostFlamMs);
+        if (index < at) return false; // they are in order
+        for (; event && at < index; at++) event = event->next;
+        if (event) event->style = style;
+    }
+    return count >= 0;
+}
+
+bool readRows(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    const int count = r.in.readInt();
+    RowLoops loops;
+    for (int i = 0; i < count; i++) {
+        if (!r.in.has(rowBytes)) return false;
+        const int sound = r.in.readInt(), ticks = r.in.readInt();
+        if (sound >= 0 && sound < mostSounds) loops.set(sound, ticks);
+    }
+    if (r.part && !r.part->ghostOf) setRowLoops(r.part, &loops);
+    return count >= 0;
+}
+
 constexpr SongBlock blocks[] = {{"mevents", readMidi},     {"aevents2", readAudio},
                                 {"aevents", readOldAudio}, {"devents", readDrums},
-                                {"amevents", readPoints},  {"takeNotes", readTakeNotes}};
+                                {"amevents", readPoints},  {"takeNotes", readTakeNotes},
+                                {"hitStyles", readStyles}, {"rowLoops", readRows}};
 
 int countEvents(const CBaseEvent* list) {
     int count = 0;
@@ -334,6 +371,39 @@ void writePoint(BufferedWriter& s, const CEnvEvent* point) {
     s.writeByte(point->shape);
 }
 
+/// Nothing where all is as usual.
+void writeStyles(SongWriting& w, const CBaseEvent* list) {
+    int count = 0;
+    for (const CBaseEvent* e = list; e; e = e->next) count += e->style != HitStyle();
+    if (count == 0) return;
+    {
+        BufferedWriter s(&w.scratch());
+        s.writeInt(count);
+        for (int index = 0; list; list = list->next, index++) {
+            if (list->style == HitStyle()) continue;
+            s.writeInt(index);
+            for (const unsigned char v :
+                 {list->style.chance, list->style.repeats, list->style.flamMs})
+                s.writeByte(v);
+        }
+    }
+    w.writeScratch("hitStyles");
+}
+
+void writeRows(SongWriting& w, CPart* part) {
+    const RowLoops* loops = rowLoops(part);
+    if (!loops) return;
+    const int most = int(loops->ticks.size());
+    {
+        BufferedWriter s(&w.scratch());
+        s.writeInt(int(std::ranges::count_if(loops->ticks, [](int t) { return t > 0; })));
+        for (int sound = 0; sound < most; sound++)
+            if (const int ticks = loops->of(sound))
+                for (const int v : {sound, ticks}) s.writeInt(v);
+    }
+    w.writeScratch("rowLoops");
+}
+
 } // namespace
 
 std::span<const SongBlock> eventBlocks() {
@@ -344,6 +414,8 @@ void writeEvents(SongWriting& w, CPart* part) {
     CBaseEvent* list = part->getEvents();
     if (part->type == partMIDI) writeList<CMIDIEvent>(w, "mevents", list, writeMidi);
     if (part->type == partDrum) writeList<CDrumEvent>(w, "devents", list, writeDrum);
+    if (part->type == partMIDI || part->type == partDrum) writeStyles(w, list);
+    writeRows(w, part);
     if (part->type == partAudio) {
         writeList<CAudioEvent>(w, "aevents2", list,
                                [&w](BufferedWriter& s, const CAudioEvent* event) {

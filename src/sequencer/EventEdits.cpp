@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <unordered_set>
 #include <utility>
 
@@ -62,6 +63,23 @@ float valueAt(const ValueLine& line, int tick) {
 void bend(CEnvEvent* point, float before, float amount, bool absolute) {
     const float turned = point->value < before ? -amount : amount;
     point->curve = fLimit(absolute ? amount : point->curve + turned, -1.0f, 1.0f);
+}
+
+/// For the key of each selected note, on its channel.
+void addAftertouch(CPart* draft, int tick, float value) {
+    if (draft->type != partMIDI) return;
+    std::set<int> keys; // status and key
+    for (const CBaseEvent* e = draft->events; e; e = e->next) {
+        const int data = static_cast<const CMIDIEvent*>(e)->data;
+        if (isSelected(e) && noteOn(data))
+            keys.insert(asData(midiAftertouch | (data & 15), asByte1(data), 0));
+    }
+    for (const int key : keys) {
+        CMIDIEvent* made = createMIDIEvent();
+        made->data = key;
+        setLaneValue({laneAftertouch, 0}, draft->type, made, value);
+        draft->addEvent(tick, made);
+    }
 }
 
 } // namespace
@@ -221,6 +239,7 @@ void setController(CPart* draft, const EventLane& lane, int from, int to, float 
         setLaneValue(lane, draft->type, e, value);
         found = true;
     });
+    if (!found && lane.kind == laneAftertouch) return addAftertouch(draft, from, value);
     CBaseEvent* added = found ? nullptr : newLaneEvent(lane, draft->type, value);
     if (added && lane.automation())
         draft->addEventParam(from, static_cast<CEnvEvent*>(added), lane.number);

@@ -47,14 +47,41 @@ float valueOf(int laneKind, int data) {
     return float(inFirstByte(laneKind) ? low : high) / float(most7);
 }
 
+/// Which byte of the style the lane shows.
+template <class Event> // a const one or not
+auto styleByte(int laneKind, Event* event) -> decltype(&event->style.chance) {
+    if (laneKind == laneChance) return &event->style.chance;
+    if (laneKind == laneRepeats) return &event->style.repeats;
+    return laneKind == laneFlam ? &event->style.flamMs : nullptr;
+}
+
+/// The least and the most that it can be.
+struct StyleRange {
+    int least, most;
+};
+StyleRange styleRange(int laneKind) {
+    if (laneKind == laneRepeats) return {1, mostRepeats};
+    return {0, laneKind == laneChance ? mostChance : mostFlamMs};
+}
+
 } // namespace
+
+int styleOf(int laneKind, float value) {
+    const StyleRange range = styleRange(laneKind);
+    return range.least + asRound(double(value) * (range.most - range.least));
+}
+
+float styleShare(int laneKind, double number) {
+    const StyleRange range = styleRange(laneKind);
+    return float((number - range.least) / (range.most - range.least));
+}
 
 bool onLane(const EventLane& lane, int partType, const CBaseEvent* event) {
     if (!lane.values()) return true;
-    if (partType == partDrum) return lane.kind == laneVelocity;
+    if (partType == partDrum) return lane.ofNotes();
     if (partType != partMIDI) return false;
     const int data = static_cast<const CMIDIEvent*>(event)->data;
-    if (lane.kind == laneVelocity) return noteOn(data);
+    if (lane.ofNotes()) return noteOn(data);
     if (statusByte(data) != statusOf(lane.kind)) return false;
     return lane.kind != laneController || asByte1(data) == lane.number;
 }
@@ -62,6 +89,8 @@ bool onLane(const EventLane& lane, int partType, const CBaseEvent* event) {
 float laneValue(const EventLane& lane, int partType, const CBaseEvent* event) {
     if (lane.automation()) return static_cast<const CEnvEvent*>(event)->value;
     if (!lane.values() || !onLane(lane, partType, event)) return 0.0f;
+    if (const unsigned char* byte = styleByte(lane.kind, event))
+        return styleShare(lane.kind, *byte);
     if (partType == partDrum) return static_cast<const CDrumEvent*>(event)->velocity;
     return valueOf(lane.kind, static_cast<const CMIDIEvent*>(event)->data);
 }
@@ -71,6 +100,10 @@ void setLaneValue(const EventLane& lane, int partType, CBaseEvent* event, float 
     if (lane.automation()) {
         static_cast<CEnvEvent*>(event)->value = kept;
     } else if (lane.values() && onLane(lane, partType, event)) {
+        if (unsigned char* byte = styleByte(lane.kind, event)) {
+            *byte = (unsigned char)styleOf(lane.kind, kept);
+            return;
+        }
         if (partType == partDrum) return setDrumParam(static_cast<CDrumEvent*>(event), 0, kept);
         int& data = static_cast<CMIDIEvent*>(event)->data;
         data = withValue(lane.kind, data, kept);
@@ -79,7 +112,7 @@ void setLaneValue(const EventLane& lane, int partType, CBaseEvent* event, float 
 
 CBaseEvent* newLaneEvent(const EventLane& lane, int partType, float value) {
     if (lane.automation()) return createEnvEvent(nullptr, value);
-    const bool alone = lane.values() && lane.kind != laneVelocity && lane.kind != laneAftertouch;
+    const bool alone = lane.values() && !lane.ofNotes() && lane.kind != laneAftertouch;
     if (!alone || partType != partMIDI) return nullptr;
     CMIDIEvent* event = createMIDIEvent();
     const int first = lane.kind == laneController ? asMinMax(lane.number, 0, most7) : 0;

@@ -9,14 +9,27 @@ constexpr unsigned char eventSelected = 1;
 
 constexpr int defaultNoteTicks = 240;
 
+constexpr int mostChance = 100, mostRepeats = 8, mostFlamMs = 60;
+
+/// How a note or a hit plays; of other events it does not count.
+struct HitStyle {
+    unsigned char chance = mostChance; ///< percent of the times that it plays at all
+    unsigned char repeats = 1;         ///< even ones within its length, 1 to 8
+    unsigned char flamMs = 0;          ///< by which a soft one goes before it, 0 to 60; 0 none
+
+    bool operator==(const HitStyle&) const = default;
+};
+
 /// Header of every event record. Records are plain data from `malloc`, singly linked in order of
 /// time; a list is owned by the part whose head it hangs on. A record that plays is never changed
 /// in place, but for its `flags`, which belong to the interface thread.
 struct CBaseEvent {
     int delta;           ///< ticks from the event before, for the head from tick 0 of the part
     unsigned char flags; ///< bit 0: selected
-    CBaseEvent* next;    ///< null at the end
+    HitStyle style;
+    CBaseEvent* next; ///< null at the end
 };
+static_assert(sizeof(CBaseEvent) == 2 * sizeof(void*)); // a song has millions of them
 
 inline bool isSelected(const CBaseEvent* event) {
     return event->flags & eventSelected;

@@ -15,6 +15,13 @@ const ParamUnit bend{
     [](float share) { return asStr(asRound(double(share) * mostBend) - middleBend); },
     [](double number) { return float((number + middleBend) / mostBend); }};
 
+const ParamUnit chance{[](float share) { return asStr(styleOf(laneChance, share)) + "%"; },
+                       [](double number) { return styleShare(laneChance, number); }};
+const ParamUnit repeats{[](float share) { return asStr(styleOf(laneRepeats, share)); },
+                        [](double number) { return styleShare(laneRepeats, number); }};
+const ParamUnit flam{[](float share) { return asStr(styleOf(laneFlam, share)) + " ms"; },
+                     [](double number) { return styleShare(laneFlam, number); }};
+
 } // namespace
 
 const ParamUnit& unitOf(const CSubTrack& lane) {
@@ -24,5 +31,16 @@ const ParamUnit& unitOf(const CSubTrack& lane) {
 }
 
 const ParamUnit& unitOf(const EventLane& lane) {
-    return lane.kind == lanePitchBend ? bend : controller;
+    switch (lane.kind) {
+    case lanePitchBend:
+        return bend;
+    case laneChance:
+        return chance;
+    case laneRepeats:
+        return repeats;
+    case laneFlam:
+        return flam;
+    default:
+        return controller;
+    }
 }

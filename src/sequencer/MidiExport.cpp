@@ -7,6 +7,7 @@
 #include "sequencer/CSMF.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Points.h"
+#include "sequencer/RowLoops.h"
 #include "sequencer/TempoMap.h"
 
 #include <algorithm>
@@ -114,6 +115,7 @@ public:
 
 private:
     void addNote(int tick, int message, int length, int end);
+    void addStrike(int tick, int message, const CBaseEvent* event, int length, int end);
     void addDrum(int tick, const CDrumEvent* event, int end);
     void addMessage(int tick, const CMIDIEvent* event, int end);
 
@@ -130,33 +132,43 @@ void TrackMessages::addNote(int tick, int message, int length, int end) {
     noteOffs.push_back({off - range.from, asData(message, asByte1(message), 0)});
 }
 
+/// A note and its repeats.
+void TrackMessages::addStrike(int tick, int message, const CBaseEvent* event, int length, int end) {
+    const int count = std::max(1, int(event->style.repeats));
+    const auto start = [&](int i) { return int(int64_t(std::max(length, 1)) * i / count); };
+    for (int i = 0; i < count && tick + start(i) <= end; i++)
+        addNote(tick + start(i), message, start(i + 1) - start(i), end);
+}
+
 void TrackMessages::addDrum(int tick, const CDrumEvent* event, int end) {
     const int key = event->sound + firstDrumKey;
     if (key > maxKey) return;
     const int velocity = asInt(double(event->velocity * drumVelocities + 1.0f));
-    addNote(tick, track->setCh(asData(midiNoteOn, key, asMinMax(velocity, 1, 127))), event->length,
-            end);
+    addStrike(tick, track->setCh(asData(midiNoteOn, key, asMinMax(velocity, 1, 127))), event,
+              event->length, end);
 }
 
 void TrackMessages::addMessage(int tick, const CMIDIEvent* event, int end) {
     if (noteOn(event->data))
-        addNote(tick, track->setCh(event->data), event->length, end);
+        addStrike(tick, track->setCh(event->data), event, event->length, end);
     else
         starts.push_back({tick - range.from, event->data});
 }
 
 void TrackMessages::add(CPart* part) {
     const int partEnd = saturate(int64_t(part->pos) + track->seq->getTicks(part));
+    const int end = std::min(partEnd, range.to);
+    const PlayedEvents played(part, saturate(int64_t(end) - part->pos - part->offset));
     int64_t clock = int64_t(part->pos) + part->offset;
-    for (CBaseEvent* e = part->getEvents(); e; e = e->next) {
+    for (const CBaseEvent* e = played.list(); e; e = e->next) {
         clock += e->delta;
         const int tick = saturate(clock);
-        const int end = std::min(partEnd, range.to);
-        if (tick < std::max(int(part->pos), range.from) || tick > end) continue;
+        if (tick < std::max(int(part->pos), range.from) || tick > end || e->style.chance == 0)
+            continue;
         if (part->type == partDrum)
-            addDrum(tick, static_cast<CDrumEvent*>(e), end);
+            addDrum(tick, static_cast<const CDrumEvent*>(e), end);
         else
-            addMessage(tick, static_cast<CMIDIEvent*>(e), end);
+            addMessage(tick, static_cast<const CMIDIEvent*>(e), end);
     }
 }
 

@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/MidiBytes.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/RowLoops.h"
 #include "sequencer/Takes.h"
 
 #include <algorithm>
@@ -22,11 +23,11 @@ int growthOf(const CUndoItem* item, Shared<int> CPart::*number) {
 }
 
 auto fieldsOf(const CMIDIEvent* e) {
-    return std::tie(e->data, e->length);
+    return std::tie(e->data, e->length, e->style);
 }
 
 auto fieldsOf(const CDrumEvent* e) {
-    return std::tie(e->sound, e->length, e->velocity, e->pan, e->tune);
+    return std::tie(e->sound, e->length, e->velocity, e->pan, e->tune, e->style);
 }
 
 auto fieldsOf(const CAudioEvent* e) {
@@ -46,6 +47,11 @@ bool sameList(const CBaseEvent* a, const CBaseEvent* b) {
             fieldsOf(static_cast<const E*>(a)) != fieldsOf(static_cast<const E*>(b)))
             return false;
     return a == b; // both at their end
+}
+
+bool sameRows(CPart* a, CPart* b) {
+    const RowLoops *one = rowLoops(a), *other = rowLoops(b);
+    return one && other ? *one == *other : one == other;
 }
 
 } // namespace
@@ -79,7 +85,7 @@ std::unique_ptr<CPart> ownCopy(CPart* part) {
     std::unique_ptr<CPart> made = newPartLike(part);
     const std::unique_ptr<CPart> copied(part->content()->copy(0));
     made->reserveSlots(copied->reservedSlots());
-    made->swap(copied.get());
+    made->swap(copied.get()); // rows of their own length with it
     copyTakes(part, made.get(), 0);
     return made;
 }
@@ -176,7 +182,7 @@ bool sameContent(CPart* a, CPart* b) {
     const Same same = a->type == partAudio  ? sameList<CAudioEvent>
                       : a->type == partDrum ? sameList<CDrumEvent>
                                             : sameList<CMIDIEvent>;
-    if (!same(a->events, b->events)) return false;
+    if (!same(a->events, b->events) || !sameRows(a, b)) return false;
     const int slots = std::max(a->reservedSlots(), b->reservedSlots());
     for (int slot = 0; slot < slots; slot++)
         if (!sameList<CEnvEvent>(a->getParam(slot), b->getParam(slot))) return false;

@@ -4,6 +4,7 @@
 #include "engine/CQV.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/PartEdits.h"
+#include "sequencer/RowLoops.h"
 
 #include <algorithm>
 
@@ -54,7 +55,8 @@ void PartMerge::add(CPart* from, int offset) {
             if (tick >= 0 && tick < length) visit(e, saturate(tick + offset));
         });
     };
-    eachInside(from->getEvents(), [&](const CBaseEvent* e, int tick) { addEvent(e, tick); });
+    const PlayedEvents played(from, length - from->offset);
+    eachInside(played.list(), [&](const CBaseEvent* e, int tick) { addEvent(e, tick); });
     const int slots = from->content()->reservedSlots();
     for (int slot = 0; slot < slots; slot++)
         eachInside(from->getParam(slot), [&](const CBaseEvent* e, int tick) {

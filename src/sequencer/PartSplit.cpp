@@ -8,6 +8,7 @@
 #include "sequencer/ClipRange.h"
 #include "sequencer/ClipTimes.h"
 #include "sequencer/PartEdits.h"
+#include "sequencer/RowLoops.h"
 
 namespace {
 
@@ -104,7 +105,8 @@ CAudioEvent* Piece::clipPiece(const CAudioEvent* clip, int tick) const {
 
 void Piece::copyEvents(CPart* into) const {
     EventCollector copies;
-    eachEvent(source->getEvents(), [&](const CBaseEvent* e, int eventTick) {
+    const PlayedEvents events(source, length - source->offset);
+    eachEvent(events.list(), [&](const CBaseEvent* e, int eventTick) {
         const int tick = partTick(eventTick);
         if (source->type == partAudio) {
             if (CAudioEvent* piece = clipPiece(static_cast<const CAudioEvent*>(e), tick))

@@ -321,8 +321,12 @@ void CSeqProg::play() {
         jumpTo(this, section->pos);
         session.add(section);
     }
+    // What chance decides is new at each start, but the same in every render.
+    const uint64_t start = host->renderMode ? 0 : ++seq->starts;
+    uint64_t row = 0;
     for (CSongTrack* t : each<CSongTrack>(tracks)) {
         t->pos = pos;
+        t->chance.start(start << 32 | row++);
         t->requests.ask(requestSetup);
     }
     playing = 1;

@@ -13,6 +13,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/Points.h"
+#include "sequencer/RowLoops.h"
 #include "sequencer/TempoMap.h"
 
 #include <algorithm>
@@ -37,10 +38,13 @@ struct Block {
     double loopStart = 0.0, loopEnd = 0.0;
     bool looping = false;
     bool wraps = false; ///< at `loopEnd` the song goes on at `loopStart`
+    double until = 0.0; ///< tick at which the slice ends, to the frame
 
     CTrack* track() const { return songTrack->track; }
     /// Whether a tick lies behind the end of the running pass.
     bool pastLoop(double tick) const { return looping && loopStart != loopEnd && tick >= loopEnd; }
+    double ticksIn(int ms) const { return ms * tpf * double(songTrack->track->host->rate) / 1000; }
+    int swing(double tick) const { return groove(&songTrack->track->groove, int(tick)); }
 };
 
 /// Where the pass that is running ends, and where the next one begins.
@@ -59,23 +63,17 @@ void takeLoop(Block& b, bool wrapped) {
     b.wraps = b.looping && section->length > 0 && b.loopEnd != b.loopStart;
 }
 
-void playNoteOff(const Block& b, CPart* part, const CMIDIEvent* event, int tick, int msg) {
-    const int partEnd = part->pos + b.track()->seq->playedTicks(part);
-    const int len = std::max(1, std::min(std::max(1, event->length), partEnd - tick));
-    const double due = tick - b.songTrack->pos + b.done * b.tpf + len - 1.0;
-    b.songTrack->noteOffs->addMidiEvent(due, msg & 0xFFFF);
-}
-
-/// Sends one event of a MIDI part. `moved` is its tick with the groove, `tick` without.
-void playMidiEvent(const Block& b, CPart* part, const CMIDIEvent* event, int tick, double moved) {
+/// Sends a note at tick `at`, which ends at tick `off`.
+void strikeKey(const Block& b, int data, double at, double off) {
     if (!b.port) return;
-    const int msg = b.track()->setCh(event->data);
+    const int msg = b.track()->setCh(data);
     const bool note = noteOn(msg);
     if (note && b.songTrack->noteOffs->count >= CMIDIQ::maxEvents) return;
-    const double frame = (moved - b.songTrack->pos) * b.fpt + b.done + b.offset;
+    const double frame = (at - b.songTrack->pos) * b.fpt + b.done + b.offset;
     b.port->insert(frame, msg, eventMidi, 0.0f, 0, nullptr, nullptr);
     b.port->hasData = 1.0f;
-    if (note) playNoteOff(b, part, event, tick, msg);
+    const double due = off - b.songTrack->pos + b.done * b.tpf;
+    if (note) b.songTrack->noteOffs->addMidiEvent(due, msg & 0xFFFF);
 }
 
 /// An audio event that stands at `tick`, at tick `songPos`.
@@ -85,16 +83,123 @@ void playClip(CSongTrack* songTrack, CPart* part, CAudioEvent* e, int tick, doub
     songTrack->voices->add(clipStart(songTrack, part, e, tick, songPos, delay));
 }
 
-void playDrum(CSongTrack* songTrack, CPart* part, const CDrumEvent* e, int delay) {
-    CDrumSound* sound = songTrack->track->drumSound(e->sound);
-    if (!sound || songTrack->track->drumLayer()->soundMuted(sound)) return;
-    songTrack->hitDrum(sound, part, e->velocity, e->pan, e->tune, delay);
+void strikeDrum(const Block& b, CPart* part, const Strike& s, double at) {
+    CTrack* track = b.track();
+    CDrumSound* sound = track->drumSound(s.sound);
+    if (!sound || track->drumLayer()->soundMuted(sound)) return;
+    const int delay = b.done + std::max(0, asRound((at - b.songTrack->pos) * b.fpt));
+    b.songTrack->hitDrum(sound, part, s.velocity, s.pan, s.tune, delay);
+}
+
+Strike strikeOf(PlayKind kind, const CBaseEvent* event) {
+    if (kind == PlayKind::midi) return {kind, static_cast<const CMIDIEvent*>(event)->data};
+    const auto* hit = static_cast<const CDrumEvent*>(event);
+    return {kind, 0, hit->sound, hit->velocity, hit->pan, hit->tune};
+}
+
+/// `part` may be null.
+void strike(const Block& b, CPart* part, const Strike& s, double at, double off) {
+    if (s.kind == PlayKind::midi)
+        strikeKey(b, s.data, at, off);
+    else
+        strikeDrum(b, part, s, at);
+}
+
+/// Whether a note or hit plays this time. `tick` is that without the swing.
+bool happens(const Block& b, const Strike& s, const CBaseEvent* event, int tick) {
+    return b.songTrack->chance.happens(event->style.chance, tick, s.data | s.sound << 24);
+}
+
+bool isStrike(PlayKind kind, const CBaseEvent* event) {
+    return kind == PlayKind::drum ||
+           (kind == PlayKind::midi && noteOn(static_cast<const CMIDIEvent*>(event)->data));
+}
+
+/// Plays what stands at `tick`, with the swing at `moved`: once, and its repeats follow by
+/// themselves.
+void playStrike(const Block& b, CPart* part, PlayKind kind, const CBaseEvent* event, int tick,
+                double moved) {
+    const Strike s = strikeOf(kind, event);
+    if (!isStrike(kind, event)) return strike(b, part, s, moved, moved);
+    if (!happens(b, s, event, tick)) return;
+    const int partEnd = part->pos + b.track()->seq->playedTicks(part);
+    const int length =
+        std::max(1, kind == PlayKind::midi ? static_cast<const CMIDIEvent*>(event)->length
+                                           : static_cast<const CDrumEvent*>(event)->length);
+    const Repeats r{s, tick,           moved, length, std::max(1, int(event->style.repeats)),
+                    1, double(partEnd)};
+    strike(b, part, s, moved, tick + std::max(1, std::min(r.start(1), partEnd - tick)) - 1.0);
+    if (r.count > 1) b.songTrack->repeats.add(r);
+}
+
+/// Plays the repeats that are due in the next `slice` frames.
+void playRepeats(const Block& b, int slice) {
+    for (Repeats& r : b.songTrack->repeats.places) {
+        for (; r.next < r.count; r.next++) {
+            const double at = r.moved + r.start(r.next);
+            if (asRound((at - b.songTrack->pos) * b.fpt) >= slice) break;
+            if (at >= r.partEnd || b.pastLoop(at)) {
+                r.count = 0;
+                break;
+            }
+            const double end = std::min(r.tick + double(r.start(r.next + 1)), r.partEnd);
+            strike(b, nullptr, r.strike, at, end - 1.0);
+        }
+        if (r.next >= r.count) r.count = 0;
+    }
+}
+
+/// The soft one before what stands at `tick`, if that lies in the slice.
+void playFlam(const Block& b, CPart* part, PlayKind kind, const CBaseEvent* event, int tick) {
+    const double moved = double(tick) + b.swing(tick);
+    const double at = moved - b.ticksIn(event->style.flamMs);
+    const double partEnd = double(part->pos) + b.track()->seq->playedTicks(part);
+    const bool within = at >= b.songTrack->reached && at < b.until;
+    if (!within || moved >= partEnd || b.pastLoop(moved) || !isStrike(kind, event)) return;
+    Strike s = strikeOf(kind, event);
+    if (!happens(b, s, event, tick)) return;
+    s.velocity /= 2;
+    if (kind == PlayKind::midi)
+        s.data = asData(s.data, asByte1(s.data), std::max(1, asByte2(s.data) / 2));
+    strike(b, part, s, at, std::max((at + moved) / 2, moved - 1.0));
+}
+
+/// Whether a row of its own length leaves an event of a drum part out.
+bool leftOut(CPart* part, const CBaseEvent* event, const RowLoops* rows, int tick) {
+    return rows && !inRow(rows, static_cast<const CDrumEvent*>(event)->sound,
+                          tick - part->pos - part->offset);
+}
+
+/// The soft ones that go before events to come.
+void playFlams(const Block& b, CPart* part, const CPlayStruct& p, const RowLoops* rows) {
+    const double until = b.until + b.ticksIn(mostFlamMs) + b.songTrack->swingLead();
+    int tick = p.pos;
+    for (const CBaseEvent* e = p.current; e && (tick += e->delta) < until; e = e->next)
+        if (e->style.flamMs > 0 && !leftOut(part, e, rows, tick))
+            playFlam(b, part, p.kind, e, tick);
+}
+
+/// What rows that are shorter than the part repeat.
+void playRows(const Block& b, CPart* part, const CPlayStruct& p, const RowLoops& rows) {
+    const int start = part->pos + part->offset;
+    const double lead = b.songTrack->swingLead();
+    const double partEnd = double(part->pos) + b.track()->seq->playedTicks(part);
+    const double from = std::max(b.songTrack->reached - lead, double(part->pos)) - start;
+    const double until = std::min(b.until + lead + b.ticksIn(mostFlamMs), partEnd) - start;
+    eachRepeat(p.head, rows, from, until, [&](const CDrumEvent* hit, int own) {
+        const int tick = start + own;
+        const double moved = double(tick) + b.swing(tick);
+        if (hit->style.flamMs > 0) playFlam(b, part, p.kind, hit, tick);
+        if (moved < b.songTrack->reached || moved >= b.until) return;
+        if (moved < partEnd && !b.pastLoop(moved)) playStrike(b, part, p.kind, hit, tick, moved);
+    });
 }
 
 /// Plays what is due in the next `slice` frames of a main list.
-void playEvents(const Block& b, CPart* part, CPlayStruct& p, int slice) {
+void playEvents(const Block& b, CPart* part, CPlayStruct& p, const RowLoops* rows, int slice) {
     if (!p.current) return;
-    const int g = groove(&b.track()->groove, p.current->delta + p.pos);
+    if (p.kind != PlayKind::audio) playFlams(b, part, p, rows);
+    const int g = b.swing(double(p.current->delta) + p.pos);
     const double partEnd = double(part->pos) + b.track()->seq->playedTicks(part);
     while (p.current) {
         const int tick = p.current->delta + p.pos;
@@ -105,12 +210,10 @@ void playEvents(const Block& b, CPart* part, CPlayStruct& p, int slice) {
             return;
         }
         const int delay = b.done + std::max(0, asRound((moved - b.songTrack->pos) * b.fpt));
-        if (p.kind == PlayKind::midi)
-            playMidiEvent(b, part, static_cast<CMIDIEvent*>(p.current), tick, moved);
-        else if (p.kind == PlayKind::audio)
+        if (p.kind == PlayKind::audio)
             playClip(b.songTrack, part, static_cast<CAudioEvent*>(p.current), tick, moved, delay);
-        else if (p.kind == PlayKind::drum)
-            playDrum(b.songTrack, part, static_cast<CDrumEvent*>(p.current), delay);
+        else if (!leftOut(part, p.current, rows, tick))
+            playStrike(b, part, p.kind, p.current, tick, moved);
         p.pos = tick;
         p.current = p.current->next;
     }
@@ -175,26 +278,32 @@ void playEnvelope(const Block& b, CPart* part, CPlayStruct& p, int slice) {
 /// Plays the next `slice` frames of a part; false when nothing of it is left.
 bool playPart(const Block& b, CPart* part, int slice) {
     const bool over = double(part->pos) + b.track()->seq->playedTicks(part) <= b.songTrack->pos;
-    bool left = false;
+    const RowLoops* rows = b.songTrack->frozen ? nullptr : rowLoops(part);
+    bool left = rows && !over;
     for (int i = 0; i < part->numPlay; i++) {
         CPlayStruct& p = *part->play(i);
         const bool envelope = p.kind == PlayKind::envelope;
+        if (left && i == 0) playRows(b, part, p, *rows);
         const bool ramping = envelope && p.state == RampState::between;
         if (over && !ramping) p.current = nullptr;
         if (!p.current) continue;
         if (envelope)
             playEnvelope(b, part, p, slice);
         else
-            playEvents(b, part, p, slice);
+            playEvents(b, part, p, rows, slice);
         left = left || p.current;
     }
     return left;
 }
 
-void playSlice(const Block& b, int slice) {
+void playSlice(Block& b, int slice) {
     if (slice <= 0) return;
-    b.songTrack->admitParts(b.songTrack->pos + slice * b.tpf);
+    const double end = b.songTrack->pos + slice * b.tpf;
+    b.until = end - 0.5 * b.tpf; // what rounds to a frame of the slice
+    b.songTrack->admitParts(end + b.ticksIn(mostFlamMs));
     b.songTrack->eachPlaying([&](CPart* part) { return playPart(b, part, slice); });
+    playRepeats(b, slice);
+    b.songTrack->reached = b.until;
 }
 
 void sendChase(const Block& b) {
@@ -225,6 +334,7 @@ void playBlock(Block& b) {
         if (!wrapNow) continue;
         songTrack->flush(b.offset + std::max(0, b.done - 1), false);
         songTrack->pos -= b.loopEnd - b.loopStart;
+        songTrack->chance.nextPass();
         songTrack->setup(b.loopStart, -b.tpf * b.done, false);
         if (b.track()->armed) b.track()->nextPass();
     }
@@ -371,6 +481,7 @@ void CSongTrack::flush(int frame, bool force) {
         port->insert(std::min(frame, due), e->data, eventMidi, 0.0f, 0, nullptr, nullptr);
     }
     noteOffs->clear();
+    repeats.clear();
 }
 
 void CSongTrack::stop() {

@@ -159,7 +159,10 @@ void CSongTrack::setup(double position, double offset, bool keepMain) {
     const int delay = std::max(0, asRound(host->ticksToFrames(-offset)));
     audible = !muted() && !(prog->anySolo && !soloed());
     frozen = !host->renderMode && audible && voices && !freezeItems.empty();
-    if (!keepMain) pass++;
+    if (!keepMain) {
+        pass++;
+        reached = position;
+    }
     if (voices) voices->beginRebuild(keepMain);
     if (frozen && !keepMain) playFrozen(this, position, delay);
     seekParts(position, keepMain, delay);
