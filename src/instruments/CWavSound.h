@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Atomic.h"
 #include "instruments/CSound.h"
 
 class CSampleClip;
@@ -10,7 +11,7 @@ public:
     static constexpr int maxClips = 127;
 
     int clipCount = 0;
-    CSampleClip* clips[maxClips] = {}; ///< not owned; only the first is played
+    Shared<CSampleClip*> clips[maxClips]; ///< not owned; only the first is played
 
     CWavSound(CLayer* owner, CQV* host);
 

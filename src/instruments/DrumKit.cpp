@@ -70,6 +70,12 @@ void getHatClosed(CSample* sample) {
     loadResource(sample, drumHatClosed);
 }
 
+std::unique_ptr<CSampleClip> openClip(const CStr& path) {
+    auto clip = std::make_unique<CSampleClip>();
+    if (!clip->open(path) || clip->frames < 1) return nullptr;
+    return clip;
+}
+
 DrumKit::DrumKit(CQV* root, CLayer* target, CComp* strips)
     : SamplerContent(root, nullptr), layer(target), comp(strips) {
 }
@@ -95,6 +101,13 @@ void DrumKit::addStandard() {
         CSound* made = addClip(clip);
         if (resource == drumHatClosed || resource == drumHatOpen) made->group = hatGroup;
     }
+}
+
+bool DrumKit::addFile(const CStr& path) {
+    std::unique_ptr<CSampleClip> clip = openClip(path);
+    if (!clip) return false;
+    addClip(clip.release());
+    return true;
 }
 
 void DrumKit::addSlices(CREX2& loop) {

@@ -5,6 +5,7 @@
 class CComp;
 class CREX2;
 class CSample;
+class CSampleClip;
 class CUndo;
 
 /// Drum sounds with their clips, on their way into the layer of a drum track: from a kit file, the
@@ -24,6 +25,8 @@ public:
 
     /// Adds kick, snare, clap, closed and open hat; the hats choke each other.
     void addStandard();
+    /// Adds a sound of an audio file; false for one that can't be read.
+    bool addFile(const CStr& path);
     /// Adds a sound for each slice of a loop.
     void addSlices(CREX2& loop);
 
@@ -47,6 +50,9 @@ private:
 
     CSound* addClip(CSampleClip* clip);
 };
+
+/// The content of an audio file, for a sound to play; null where it can't be read.
+std::unique_ptr<CSampleClip> openClip(const CStr& path);
 
 /// Writes a layer of drum sounds, with their first clips, as a kit file. It has no place for the
 /// strip of a sound and the effects on it, which belong to the song.

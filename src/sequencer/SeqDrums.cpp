@@ -11,6 +11,7 @@
 #include "instruments/CSynthProg.h"
 #include "instruments/DrumKit.h"
 #include "sequencer/AudioVoices.h"
+#include "sequencer/KitEdits.h"
 
 #include <cassert>
 #include <vector>
@@ -20,23 +21,6 @@
 namespace {
 
 constexpr int openedHeight = CDrumSound::openHeight - CDrumSound::closedHeight;
-
-/// A copy of a drum part's content without the events of one sound, and with those of later ones
-/// moved down. Null when there is nothing to change.
-CPart* withoutSound(CPart* part, int index) {
-    bool touched = false;
-    for (const CBaseEvent* e = part->getEvents(); e; e = e->next)
-        touched = touched || static_cast<const CDrumEvent*>(e)->sound >= index;
-    if (!touched) return nullptr;
-    CPart* edited = part->copy(0);
-    for (CBaseEvent* e = edited->getEvents(); e; e = e->next) {
-        auto* hit = static_cast<CDrumEvent*>(e);
-        hit->flags = hit->sound == index ? eventSelected : 0;
-        if (hit->sound > index) hit->sound--;
-    }
-    edited->deleteSelected();
-    return edited;
-}
 
 } // namespace
 
@@ -82,16 +66,10 @@ void CSeq::deleteDrum(CDrumSound* sound, CUndo* undo) {
     if (!track) return;
     CLayer* layer = track->drumLayer();
     const int index = layer->sounds.indexed(sound);
-    std::vector<CPart*> done; // a master may have several ghosts
-    eachSongTrack([&](CSongTrack* songTrack) {
-        if (songTrack->track != track) return;
-        for (auto* part : each<CPart>(songTrack->parts)) {
-            CPart* content = part->content();
-            if (std::find(done.begin(), done.end(), content) != done.end()) continue;
-            done.push_back(content);
-            if (CPart* edited = withoutSound(content, index)) swapUndoPart(undo, content, edited);
-        }
-    });
+    const int count = layer->sounds.getCount();
+    std::vector<int> places;
+    for (int i = 0; i < count; i++) places.push_back(i == index ? -1 : i - (i > index));
+    moveHits(this, track, places, undo);
     undo->asInt(track->openHeight.address());
     const int height = CDrumSound::closedHeight + (sound->opened() ? openedHeight : 0);
     track->openHeight = track->openHeight - height;

@@ -200,16 +200,16 @@ TEST(HitStyle, RowsOfTheirOwnLengthComeAgain) {
         std::vector<double> expected;
         for (const double t : ticks)
             if (t >= from) expected.push_back((t - from) * 44100 / 1920);
-        const std::vector<long> on = f.heard(4000, from, block);
+        const std::vector<long> on = f.heard(3000, from, block);
         ASSERT_EQ(on.size(), expected.size()) << block;
         for (size_t i = 0; i < on.size(); i++) EXPECT_NEAR(double(on[i]), expected[i], 2) << block;
         // Cut, glued and written out it plays the same.
         f.step([&](CUndo* undo) { f.seq->splitPart(f.drums, f.part, 500, 0, 1, undo); });
         EXPECT_EQ(f.drums->parts.getCount(), 2);
-        EXPECT_EQ(f.heard(4000, from, block), on);
+        EXPECT_EQ(f.heard(3000, from, block), on);
         f.undo();
         EXPECT_NE(rowLoops(f.part), nullptr);
-        EXPECT_EQ(f.heard(4000, from, block), on);
+        EXPECT_EQ(f.heard(3000, from, block), on);
     }
 }
 
