@@ -17,8 +17,11 @@
 namespace {
 
 using enum EventColumn;
-constexpr EventColumn midiColumns[] = {position, type, channel, key, value, length};
-constexpr EventColumn drumColumns[] = {position, sound, velocity, pan, tune, length};
+constexpr EventColumn midiColumns[] = {position, type,   channel, key, value,
+                                       length,   chance, repeats, flam};
+constexpr EventColumn drumColumns[] = {position, sound,  velocity, pan, tune,
+                                       length,   chance, repeats,  flam};
+constexpr size_t styleColumns = 3; ///< at the end
 constexpr int mostData = 127, mostBend = 16383, bendMiddle = 8192;
 constexpr double percent = 100;
 
@@ -28,7 +31,8 @@ struct Heading {
 };
 constexpr Heading headings[] = {{"Position", 78}, {"Type", 68},   {"Ch", 26},     {"Key", 46},
                                 {"Value", 46},    {"Length", 62}, {"Sound", 100}, {"Vel", 38},
-                                {"Pan", 38},      {"Tune", 38}};
+                                {"Pan", 38},      {"Tune", 38},   {"Chance", 42}, {"Rep", 28},
+                                {"Flam", 32}};
 
 const CMIDIEvent* midi(const CBaseEvent* event) {
     return static_cast<const CMIDIEvent*>(event);
@@ -74,6 +78,27 @@ int packed(int data, const Data& to) {
 /// 0 velocity, 1 pan, 2 tune of a hit; -1 for other columns.
 int paramOf(EventColumn column) {
     return column == velocity ? 0 : column == pan ? 1 : column == tune ? 2 : -1;
+}
+
+/// The lane that shows what the column tells of notes and hits; 0 for other columns.
+int styleLane(EventColumn column) {
+    return column == chance    ? laneChance
+           : column == repeats ? laneRepeats
+           : column == flam    ? laneFlam
+                               : 0;
+}
+
+/// -1 without one.
+int styleNumber(int partType, const CBaseEvent* event, int lane) {
+    const EventLane shown{lane, 0};
+    return onLane(shown, partType, event) ? styleOf(lane, laneValue(shown, partType, event)) : -1;
+}
+
+bool setStyle(int partType, CBaseEvent* event, int lane, int number) {
+    const EventLane shown{lane, 0};
+    if (!onLane(shown, partType, event)) return false;
+    setLaneValue(shown, partType, event, styleShare(lane, number));
+    return true;
 }
 
 CStr midiText(const CMIDIEvent* event, EventColumn column) {
@@ -164,9 +189,14 @@ bool setHit(const NotePlace& place, CDrumEvent* hit, EventColumn column, const C
 
 } // namespace
 
-std::span<const EventColumn> eventColumns(int partType) {
+std::span<const EventColumn> noteColumns(int partType) {
     return partType == partDrum ? std::span<const EventColumn>(drumColumns)
                                 : std::span<const EventColumn>(midiColumns);
+}
+
+std::span<const EventColumn> eventColumns(int partType) {
+    const std::span<const EventColumn> all = noteColumns(partType);
+    return all.first(all.size() - styleColumns);
 }
 
 const char* columnTitle(EventColumn column) {
@@ -208,6 +238,10 @@ CStr cellText(const NotePlace& place, const CBaseEvent* event, int tick, EventCo
         const int* ticks = eventLength(partType, const_cast<CBaseEvent*>(event));
         return ticks ? spanText(place.seq, *ticks) : CStr();
     }
+    if (const int lane = styleLane(column)) {
+        const int number = styleNumber(partType, event, lane);
+        return number < 0 ? CStr() : asStr(number);
+    }
     return partType == partDrum ? hitText(place, static_cast<const CDrumEvent*>(event), column)
                                 : midiText(midi(event), column);
 }
@@ -226,6 +260,10 @@ bool setCell(const NotePlace& place, CellEvent& at, EventColumn column, const CS
         setLength(at, partType, ticks);
         return true;
     }
+    if (const int lane = styleLane(column)) {
+        const std::optional<int> number = numberOf(text);
+        return number && setStyle(partType, at.event, lane, *number);
+    }
     return partType == partDrum ? setHit(place, static_cast<CDrumEvent*>(at.event), column, text)
                                 : setMidi(static_cast<CMIDIEvent*>(at.event), column, text);
 }
@@ -238,6 +276,8 @@ void stepCell(const NotePlace& place, CellEvent& at, EventColumn column, int by)
     } else if (column == length) {
         if (const int* own = eventLength(partType, at.event))
             setLength(at, partType, *own + int64_t(by) * grid);
+    } else if (const int lane = styleLane(column)) {
+        setStyle(partType, at.event, lane, styleNumber(partType, at.event, lane) + by);
     } else if (partType == partDrum) {
         auto* hit = static_cast<CDrumEvent*>(at.event);
         if (column == sound)

@@ -9,9 +9,25 @@ struct NotePlace;
 
 /// What the columns of the event list tell of an event of a MIDI or drum part, and how typing and
 /// arrows change it. Interface thread.
-enum class EventColumn { position, type, channel, key, value, length, sound, velocity, pan, tune };
+enum class EventColumn {
+    position,
+    type,
+    channel,
+    key,
+    value,
+    length,
+    sound,
+    velocity,
+    pan,
+    tune,
+    chance,
+    repeats,
+    flam
+};
 
 std::span<const EventColumn> eventColumns(int partType); ///< PartType
+/// The same with what is of notes and hits alone: chance, repeats and flam.
+std::span<const EventColumn> noteColumns(int partType);
 const char* columnTitle(EventColumn column);
 int columnWidth(EventColumn column); ///< pixels
 

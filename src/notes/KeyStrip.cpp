@@ -7,8 +7,6 @@
 #include "gui/Colours.h"
 #include "gui/Keys.h"
 #include "gui/PanZoom.h"
-#include "gui/controls/CPopup.h"
-#include "instruments/CDrumSound.h"
 #include "notes/NoteState.h"
 #include "sequencer/CSeq.h"
 #include "ui/PlaceText.h"
@@ -17,9 +15,7 @@
 namespace {
 
 constexpr int octave = EventRows::octave, nameHeight = 12, gap = 6;
-constexpr int signWidth = 18;
 constexpr int pressVelocity = 100;
-constexpr const char* params[] = {"Volume", "Pan", "Pitch"};
 
 } // namespace
 
@@ -43,13 +39,7 @@ void KeyStrip::paint(CGraphic* g, CRect) {
     const CRect asked = intersect(g->asked(), clientRect());
     const CPalette& palette = win->app->gui->palette;
     g->fillRect(palette.panel, asked);
-    if (state.part && state.seq()) {
-        const EventRows rows = state.rows();
-        if (rows.drums())
-            paintSounds(g, rows, asked);
-        else
-            paintKeys(g, rows, asked);
-    }
+    if (state.part && state.seq()) paintKeys(g, state.rows(), asked);
     g->fillLine(palette.frame, asRect(width - 1, 0, width, height));
 }
 
@@ -74,48 +64,20 @@ void KeyStrip::paintKeys(CGraphic* g, const EventRows& rows, CRect asked) const 
     }
 }
 
-void KeyStrip::paintSounds(CGraphic* g, const EventRows& rows, CRect asked) const {
-    const CPalette& palette = win->app->gui->palette;
-    for (int row = 0; row < rows.count(); row++) {
-        const CRect box = rowBox(rows, row);
-        const CDrumSound* sound = state.track->drumSound(row);
-        if (!sound || intersect(box, asked).empty()) continue;
-        if (row == sounding) g->fillRect(palette.accent, box);
-        const int text = row == sounding ? textOn(palette.accent) : palette.text;
-        const int high = CDrumSound::closedHeight;
-        g->drawText(text, sound->getId(), asRect(gap, box.top, width - signWidth, box.top + high),
-                    textLeft);
-        g->drawText(text, sound->opened() ? "-" : "+",
-                    asRect(width - signWidth, box.top, width - 1, box.top + high), 0);
-        if (sound->opened())
-            g->drawText(palette.dimText, params[asMinMax(int(sound->shownParam), 0, 2)],
-                        asRect(gap * 2, box.top + high, width - gap, box.bottom), textLeft);
-        g->fillLine(clGridSnap.fillCol, asRect(0, box.bottom - 1, width, box.bottom));
-    }
-}
-
 // The mouse.
 
 void KeyStrip::play(int row) {
     if (row == sounding) return;
     state.track->preview.mute();
     sounding = row;
-    if (row >= 0)
-        state.track->preview.addNote(state.part->type == partDrum ? firstDrumKey + row : row,
-                                     pressVelocity);
+    if (row >= 0) state.track->preview.addNote(row, pressVelocity);
     redraw();
 }
 
 void KeyStrip::mouseDown(int x, int y, int btn) {
     CCtrl::mouseDown(x, y, btn);
     if (!state.part || !state.seq()) return;
-    const int row = rowAt(y);
-    const bool drums = state.part->type == partDrum;
-    if (!(btn & modLeft)) return;
-    const bool sign =
-        x >= width - signWidth && y - rowBox(state.rows(), row).top < CDrumSound::closedHeight;
-    if (drums && row >= 0 && sign) return openLane(row);
-    play(row);
+    if (btn & modLeft) play(rowAt(y));
 }
 
 void KeyStrip::mouseMove(int x, int y, int btn) {
@@ -126,8 +88,6 @@ void KeyStrip::mouseMove(int x, int y, int btn) {
 void KeyStrip::mouseUp(int x, int y, int btn) {
     CCtrl::mouseUp(x, y, btn);
     if (state.part && sounding >= 0) play(-1);
-    const int row = state.part && state.part->type == partDrum && state.seq() ? rowAt(y) : -1;
-    if ((btn & modRight) && inside(x, y) && row >= 0) chooseParam(row);
 }
 
 bool KeyStrip::mouseWheel(int, int y, int btn, int dy, int) {
@@ -140,34 +100,6 @@ bool KeyStrip::mouseWheel(int, int y, int btn, int dy, int) {
     return true;
 }
 
-void KeyStrip::openLane(int row) {
-    state.track->drumSound(row)->toggleLane();
-    state.shownChanged();
-}
-
-void KeyStrip::chooseParam(int row) {
-    chosenRow = row;
-    auto* menu = new CPopup(win->app, win);
-    menu->autoDelete = true;
-    const int shown = state.track->drumSound(row)->shownParam;
-    for (int i = 0; i < int(std::size(params)); i++) {
-        CMenuItem* item =
-            menu->add(params[i], new _COnChange<KeyStrip>(this, &KeyStrip::paramChosen));
-        item->tag = i;
-        item->checked = i == shown;
-    }
-    const CPoint at = win->app->menuPoint();
-    menu->popup(at.x, at.y);
-}
-
-void KeyStrip::paramChosen(CObject* sender) {
-    CDrumSound* sound = state.track ? state.track->drumSound(chosenRow) : nullptr;
-    if (!sound) return;
-    sound->shownParam = static_cast<CMenuItem*>(sender)->tag;
-    if (!sound->opened()) sound->toggleLane();
-    state.shownChanged();
-}
-
 // What it tells.
 
 int KeyStrip::accessParts() const {
@@ -178,8 +110,7 @@ void KeyStrip::describe(Description& d, int part) const {
     d.role = part == wholeCtrl ? Role::list : Role::button;
     d.name = "Keys";
     if (part == wholeCtrl) return;
-    const CDrumSound* sound = state.part->type == partDrum ? state.track->drumSound(part) : nullptr;
-    d.name = (sound ? sound->getId() : noteToStr(part)).asChar();
+    d.name = noteToStr(part).asChar();
     d.action = "play";
     d.bounds = intersect(rowBox(state.rows(), part), clientRect());
 }

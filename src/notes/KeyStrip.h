@@ -5,9 +5,8 @@
 class EventRows;
 class NoteState;
 
-/// The keys, or the sounds of the kit, beside the grid. A press plays one, and a drag one after the
-/// other. The wheel scrolls, with Control it makes keys higher. The sign at the end of a sound
-/// opens the lane of one of its parameters, which the right button chooses. Interface thread.
+/// The keys beside the notes. A press plays one, and a drag one after the other. The wheel scrolls,
+/// with Control it makes keys higher. Interface thread.
 class KeyStrip : public CCtrl {
 public:
     static constexpr int stripWidth = 120;
@@ -25,15 +24,10 @@ public:
 
 private:
     void paintKeys(CGraphic* g, const EventRows& rows, CRect asked) const;
-    void paintSounds(CGraphic* g, const EventRows& rows, CRect asked) const;
     int rowAt(int y) const; ///< -1 outside all
     CRect rowBox(const EventRows& rows, int row) const;
     void play(int row);
-    void openLane(int row);
-    void chooseParam(int row);
-    void paramChosen(CObject* sender);
 
     NoteState& state;
     int sounding = -1; ///< row
-    int chosenRow = -1;
 };

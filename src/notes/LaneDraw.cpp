@@ -44,7 +44,7 @@ void LaneDraw::write(int x, double value) {
     const EventLane& lane = view.lane;
     int from = asInt(place.ticksOf(state.axis(), x - reach));
     int to = asInt(place.ticksOf(state.axis(), x + reach + 1));
-    if (lane.kind != laneVelocity) {
+    if (!lane.ofNotes()) {
         const int start = state.part->pos + state.part->offset, grid = place.grid.snap;
         from = snapped(grid, asInt(state.axis().ticksAt(x)), false) - start;
         to = from + asMax(1, grid);

@@ -183,7 +183,7 @@ void LaneView::mouseDown(int x, int y, int btn) {
 NoteGesture* LaneView::pressRight(CPoint at) {
     const NotePlace place = state.place();
     CBaseEvent* found = nullptr;
-    if (lane.kind != laneVelocity)
+    if (!lane.ofNotes())
         place.eachNear(*place.events, state.axis(), asRect(at.x - head, 0, at.x + head, height),
                        [&](const EventIndex::Entry& e) {
                            const int away = at.x - place.xOf(state.axis(), e.tick);

@@ -122,6 +122,7 @@ void NoteGrid::paintNotes(CGraphic* g, CRect asked) const {
             faint.strength = behind;
             drawEvents(paper, place, *place.events, state.edit, faint, asked);
         }
+        drawRowLoops(paper, place, shown, state.edit, look, asked);
         drawEvents(paper, place, events, state.edit, look, asked);
     }
     drawNoteNames(g, place, events, state.edit, look, asked);

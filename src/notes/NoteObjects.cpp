@@ -29,7 +29,7 @@ void NoteObjects::rebuild() {
     clear();
     cells.clear();
     int x = gap;
-    for (const EventColumn column : eventColumns(partType)) {
+    for (const EventColumn column : noteColumns(partType)) {
         if (column == EventColumn::type) continue;
         x += titleWidth;
         auto* cell =

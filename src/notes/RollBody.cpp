@@ -1,13 +1,18 @@
 #include "notes/RollBody.h"
 
+#include "base/Messages.h"
 #include "base/Numbers.h"
+#include "base/Paths.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/CWin.h"
+#include "gui/Selections.h"
 #include "gui/controls/CDropdown.h"
 #include "gui/controls/CRangebar.h"
 #include "gui/controls/CScrollbar.h"
+#include "instruments/CDrumSound.h"
 #include "notes/CEventList.h"
+#include "notes/DrumStrip.h"
 #include "notes/KeyStrip.h"
 #include "notes/LaneView.h"
 #include "notes/NoteEdits.h"
@@ -17,21 +22,23 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/EventEdits.h"
 #include "sequencer/PartEdits.h"
+#include "sequencer/TempoMap.h"
 #include "ui/ActionItems.h"
+#include "ui/PlaceText.h"
 
 #include <algorithm>
 
 namespace {
 
 constexpr int barWidth = 14;
-constexpr int leftWidth = KeyStrip::stripWidth;
 constexpr int fitMargin = 24; ///< pixels before the part when it is shown first
 constexpr double room = 2.0;  ///< that can be scrolled through, in lengths of the song
 constexpr int zoomPixels = 2; ///< of a key, a step
 constexpr double zoomStep = 1.25;
 constexpr const char* heightKey = "editor-noteh"; ///< a setting of the program
 constexpr int storedHeight = 8;
-constexpr int plainLanes[] = {laneVelocity, lanePitchBend, lanePressure, laneProgram};
+constexpr int plainLanes[] = {laneVelocity,  laneChance,     laneRepeats,  laneFlam,
+                              lanePitchBend, laneAftertouch, lanePressure, laneProgram};
 constexpr int controllers = 128;
 
 } // namespace
@@ -40,15 +47,16 @@ RollBody::RollBody(CWin* owner, Workspace& space)
     : EditorBody(owner, "roll"), NoteState(space), objectsShown(qv, "object-bar", 1),
       listShown(qv, "event-list", 0), objects(new NoteObjects(owner, *this)),
       list(new CEventList(owner, *this)), ruler(new NoteRuler(owner, *this)),
-      keys(new KeyStrip(owner, *this)), grid(new NoteGrid(owner, *this)),
-      lane(new LaneView(owner, *this)),
-      lanes(new CDropdown(owner, "lane", 0, 0, leftWidth - 2, CDropdown::itemHeight + 4)),
+      keys(new KeyStrip(owner, *this)), drums(new DrumStrip(owner, *this)),
+      grid(new NoteGrid(owner, *this)), lane(new LaneView(owner, *this)),
+      lanes(
+          new CDropdown(owner, "lane", 0, 0, KeyStrip::stripWidth - 2, CDropdown::itemHeight + 4)),
       across(new CRangebar(owner, "across", 0, 0, 1, barWidth)),
       down(new CScrollbar(owner, "down", 0, 0, barWidth, 1)) {
     noteHeight = asMinMax(qv->settings.getInt(heightKey, storedHeight), int(EventRows::leastHeight),
                           int(EventRows::mostHeight));
-    for (CCtrl* child :
-         std::initializer_list<CCtrl*>{objects, list, ruler, keys, grid, lane, lanes, across, down})
+    for (CCtrl* child : std::initializer_list<CCtrl*>{objects, list, ruler, keys, drums, grid, lane,
+                                                      lanes, across, down})
         addControl(child);
     across->spokenName = "Scroll along the part";
     down->spokenName = "Scroll the keys";
@@ -58,6 +66,8 @@ RollBody::RollBody(CWin* owner, Workspace& space)
     down->onChange = new _COnChange<RollBody>(this, &RollBody::downMoved);
     lanes->onChange = new _COnChange<RollBody>(this, &RollBody::laneChosen);
     lane->onMenu = new _COnChange<RollBody>(this, &RollBody::laneMenu);
+    onDragOver = new _COnMouse<RollBody>(this, &RollBody::gridDragOver);
+    onDrop = new _COnMouse<RollBody>(this, &RollBody::gridDrop);
 }
 
 RollBody::~RollBody() = default;
@@ -108,6 +118,7 @@ void RollBody::setPart(CPart* wanted, CTrack* on) {
 void RollBody::idle() {
     if (objects->visible != objectsShown.on() || list->visible != listShown.on()) showBars();
     list->dropField();
+    drums->idle();
     objects->refresh();
 }
 
@@ -140,22 +151,26 @@ void RollBody::fitContent() {
 
 void RollBody::fillLanes() {
     lanes->items.clear();
+    choices.clear();
     if (!part) return;
     for (const int kind : plainLanes)
-        if (kind == laneVelocity || part->type == partMIDI) lanes->add(laneTitle({kind, 0}));
+        if (part->type == partMIDI || EventLane{kind, 0}.ofNotes()) choices.push_back({kind, 0});
     for (int i = 0; i < controllers && part->type == partMIDI; i++)
-        lanes->add(laneTitle({laneController, i}));
-    if (part->type != partMIDI) lane->lane = {laneVelocity, 0};
-    lanes->setIndex(asMax(0, lanes->index < lanes->count() ? lanes->index : 0));
+        choices.push_back({laneController, i});
+    int chosen = 0; // the same as before, if this part has it
+    for (const EventLane& choice : choices) {
+        if (choice.kind == lane->lane.kind && choice.number == lane->lane.number)
+            chosen = lanes->count();
+        lanes->add(laneTitle(choice));
+    }
+    lane->lane = choices[size_t(chosen)];
+    lanes->setIndex(chosen);
     lanes->redraw();
 }
 
 void RollBody::laneChosen(CObject*) {
-    constexpr int plain = int(std::size(plainLanes));
-    const int index = lanes->index;
-    if (index < 0) return;
-    lane->lane =
-        index < plain ? EventLane{plainLanes[index], 0} : EventLane{laneController, index - plain};
+    if (lanes->index < 0 || lanes->index >= int(choices.size())) return;
+    lane->lane = choices[size_t(lanes->index)];
     lane->redraw();
 }
 
@@ -173,7 +188,7 @@ void RollBody::shownChanged() {
     draftChanged();
     grid->redraw();
     lane->redraw();
-    keys->redraw();
+    side()->redraw();
     ruler->redraw();
     if (list->visible) list->redraw();
     objects->refresh();
@@ -192,19 +207,29 @@ void RollBody::layout() {
     const int above = objects->visible ? NoteObjects::barHeight : 0;
     const int gridTop = above + NoteRuler::rulerHeight;
     const int listed = list->visible ? asMin(int(CEventList::listWidth), width / 2) : 0;
-    const int gridLeft = listed + leftWidth;
+    const int beside = leftWidth(), gridLeft = listed + beside;
+    keys->visible = !part || part->type != partDrum;
+    drums->visible = !keys->visible;
     const int wide = asMax(1, width - gridLeft - barWidth);
     const int high = asMax(1, height - gridTop - laneHeight - barWidth);
     objects->setBounds(0, 0, width, NoteObjects::barHeight);
     list->setBounds(0, above, asMax(1, listed), asMax(1, height - above));
     ruler->setBounds(gridLeft, above, wide, NoteRuler::rulerHeight);
-    keys->setBounds(listed, gridTop, leftWidth, high);
+    side()->setBounds(listed, gridTop, beside, high);
     grid->setBounds(gridLeft, gridTop, wide, high);
     down->setBounds(gridLeft + wide, gridTop, barWidth, high);
-    lanes->setBounds(listed + 1, gridTop + high + 2, leftWidth - 3, lanes->height);
+    lanes->setBounds(listed + 1, gridTop + high + 2, beside - 3, lanes->height);
     lane->setBounds(gridLeft, gridTop + high, wide, laneHeight);
     across->setBounds(gridLeft, height - barWidth, wide, barWidth);
     scrollTo(edit.axis.scroll(), edit.scrollY);
+}
+
+CCtrl* RollBody::side() const {
+    return drums->visible ? static_cast<CCtrl*>(drums) : keys;
+}
+
+int RollBody::leftWidth() const {
+    return part && part->type == partDrum ? int(DrumStrip::stripWidth) : int(KeyStrip::stripWidth);
 }
 
 int RollBody::gridWidth() const {
@@ -241,7 +266,7 @@ void RollBody::scrollTo(int64_t x, int y) {
     showRange();
     if (dx == 0 && dy == 0) return;
     grid->scrolled(dx, dy);
-    if (dy != 0) keys->redraw();
+    if (dy != 0) side()->redraw();
     if (dx == 0) return;
     lane->scrolled(dx);
     ruler->redraw();
@@ -285,6 +310,47 @@ void RollBody::acrossMoved(CObject*) {
 
 void RollBody::downMoved(CObject*) {
     scrollTo(edit.axis.scroll(), down->pos);
+}
+
+// Files.
+
+/// Beside the grid they come to the beginning of the part.
+PartSpot RollBody::dropPlace(int x, int y) const {
+    PartSpot at{seq(), track, part};
+    const int snap = place().grid.snap;
+    const int tick = asMax(0, asInt(edit.axis.ticksAt(x - grid->left)));
+    at.tick = x < grid->left ? int(part->pos) : asMax(int(part->pos), snapped(snap, tick, false));
+    if (drums->visible && y >= drums->top) at.row = drums->rowAt(y - drums->top);
+    return at;
+}
+
+void RollBody::gridDragOver(CObject*, int x, int y, int) {
+    if (!part || !seq()) return;
+    CStr told = "This part takes none of these files";
+    for (auto* item : each<CDropItem>(*win->app->dragList)) {
+        const SongFile kind = item->type == dropFile ? songFileOf(item->path) : SongFile::none;
+        if (!partTakes(part, kind)) continue;
+        const PartSpot at = dropPlace(x, y);
+        const CDrumSound* sound = at.row < 0 ? nullptr : track->drumSound(at.row);
+        if (kind != SongFile::audio)
+            told = "Drop brings the notes in at " + placeText(seq(), at.tick);
+        else
+            told = sound ? "Drop makes it the sample of " + sound->getId() : "Drop adds a sound";
+        break;
+    }
+    if (track->locked) told = "The track is locked";
+    workspace.setStatus(told);
+}
+
+void RollBody::gridDrop(CObject*, int x, int y, int) {
+    if (!part || !seq()) return;
+    std::vector<CStr> paths;
+    for (auto* item : each<CDropItem>(*win->app->dragList))
+        if (item->type == dropFile) paths.push_back(item->path);
+    const CStr unread = dropOnPart(dropPlace(x, y), paths);
+    if (!unread.empty())
+        showMsg(workspace.mainWindow(), "Error", "Could not read " + extractFileName(unread));
+    shownChanged();
 }
 
 // Actions and menus.

@@ -2,12 +2,18 @@
 
 #include "notes/EditorBody.h"
 #include "notes/NoteState.h"
+#include "project/PartDrop.h"
+#include "sequencer/EventLanes.h"
 #include "ui/Options.h"
+
+#include <vector>
 
 class CDropdown;
 class CEventList;
+class CPopup;
 class CRangebar;
 class CScrollbar;
+class DrumStrip;
 class KeyStrip;
 class LaneView;
 class NoteGrid;
@@ -59,6 +65,11 @@ private:
     void laneMenu(CObject* sender);
     void fillLanes();
     void scrollOctaves(int by); ///< up, or below 0 down
+    CCtrl* side() const;        ///< what is beside the grid
+    int leftWidth() const;
+    PartSpot dropPlace(int x, int y) const;
+    void gridDragOver(CObject* sender, int x, int y, int btn);
+    void gridDrop(CObject* sender, int x, int y, int btn);
     void showBars();
 
     Option objectsShown, listShown;
@@ -66,10 +77,12 @@ private:
     NoteObjects* objects;
     CEventList* list;
     NoteRuler* ruler;
-    KeyStrip* keys;
+    KeyStrip* keys;   ///< of a MIDI part
+    DrumStrip* drums; ///< of a drum part
     NoteGrid* grid;
     LaneView* lane;
     CDropdown* lanes;
+    std::vector<EventLane> choices; ///< of `lanes`
     CRangebar* across;
     CScrollbar* down;
 };

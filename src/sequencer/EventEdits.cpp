@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/MidiBytes.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/EventShift.h"
 #include "sequencer/PartEdits.h"

@@ -12,6 +12,7 @@
 #include "sequencer/EventIndex.h"
 #include "sequencer/EventLanes.h"
 #include "sequencer/PartEdits.h"
+#include "sequencer/RowLoops.h"
 #include "ui/NoteMouse.h"
 #include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
@@ -26,6 +27,7 @@ constexpr int octave = EventRows::octave;
 constexpr int nameHeight = 11, nameRoom = 26; ///< pixels that a name takes
 constexpr int shades = 8;                     ///< of velocity
 constexpr double faintest = 0.45;             ///< of the softest note
+constexpr double repeated = 0.3;              ///< of hits that a shorter row repeats
 
 /// Of notes in a row that are narrower than their marks, and lie under one that was painted, none
 /// has to be painted again, but a selected one over one that is not.
@@ -75,6 +77,30 @@ void drawParam(PixelPaper& paper, const CDrumSound* sound, const CDrumEvent* hit
     paper.fill(colour, asRect(box.left, head, asMax(box.right, box.left + 3), head + 2));
 }
 
+/// The box of a hit is as high as it is loud; that of a note is all of its key.
+CRect bodyOf(const NotePlace& place, const NoteFacts& facts, CRect box) {
+    const CRect body = box.height() > 4 ? sizeRect(box, 0, 0, 0, -1) : box;
+    if (!place.rows.drums()) return body;
+    const int high = asMax(2, asRound(double(facts.velocity) / 127 * body.height()));
+    return asRect(body.left, body.bottom - high, body.right, body.bottom);
+}
+
+/// What a note does besides: a line before each repeat, a bar before a flam, and the empty share of
+/// its upper edge where it plays by chance.
+void drawStyle(PixelPaper& paper, const HitStyle& style, CRect body, int colour, int ground) {
+    for (int i = 1; i < style.repeats; i++) {
+        const int x = body.left + body.width() * i / style.repeats;
+        paper.fill(ground, asRect(x, body.top, x + 1, body.bottom));
+    }
+    if (style.flamMs > 0)
+        paper.fill(colour,
+                   asRect(body.left - 3, body.top + body.height() / 2, body.left - 1, body.bottom));
+    if (style.chance == mostChance) return;
+    const int edge = asMin(3, asMax(1, body.height() / 3));
+    const int from = body.left + body.width() * style.chance / mostChance;
+    paper.fill(ground, asRect(from, body.top, body.right, body.top + edge));
+}
+
 } // namespace
 
 void drawPianoroll(CGraphic* g, CRect rect, const EventRows& rows, int scroll) {
@@ -99,11 +125,15 @@ void drawEvents(PixelPaper& paper, const NotePlace& place, const EventIndex& sho
         plain[size_t(i)] = fadeCol(clGrid.fillCol, look.event, share);
         chosen[size_t(i)] = fadeCol(clGrid.fillCol, look.selected, share);
     }
+    const RowLoops* loops = rowLoops(place.part);
+    const int silent = fadeCol(clGrid.fillCol, look.event, repeated);
     const auto paint = [&](CBaseEvent* e, const NoteFacts& facts, CRect box) {
+        const bool plays = !loops || inRow(loops, facts.row, facts.tick);
         const auto shade = size_t(asMinMax(facts.velocity * shades / 128, 0, shades - 1));
-        const int colour = isSelected(e) ? chosen[shade] : plain[shade];
-        const CRect body = box.height() > 4 ? sizeRect(box, 0, 0, 0, -1) : box;
+        const int colour = isSelected(e) ? chosen[shade] : plays ? plain[shade] : silent;
+        const CRect body = bodyOf(place, facts, box);
         paper.fill(colour, body);
+        if (facts.style != HitStyle()) drawStyle(paper, facts.style, body, colour, clGrid.fillCol);
         if (body.width() > 3 && body.height() > 3) paper.frame(look.outline, body);
         if (place.rows.drums())
             drawParam(paper, place.track->drumSound(facts.row), static_cast<CDrumEvent*>(e), box,
@@ -114,6 +144,27 @@ void drawEvents(PixelPaper& paper, const NotePlace& place, const EventIndex& sho
         if (!narrow.covered(e, rowOf(place.part, e.event)))
             visitBox(place, edit, asked, e.event, factsOf(place.part, e.event, e.tick), paint);
     });
+}
+
+void drawRowLoops(PixelPaper& paper, const NotePlace& place, CPart* shown,
+                  const CSeqMouseEdit& edit, const NoteLook& look, CRect asked) {
+    const RowLoops* loops = rowLoops(shown);
+    if (!loops) return;
+    const int faint = fadeCol(clGrid.fillCol, look.event, repeated * look.strength);
+    const int end = place.seq->getTicks(place.part) - place.part->offset;
+    const double from = place.ticksOf(edit.axis, asked.left);
+    const double to = std::min(double(end), place.ticksOf(edit.axis, asked.right));
+    eachRepeat(shown->getEvents(), *loops, from - loops->longestRow(), to,
+               [&](CDrumEvent* hit, int tick) {
+                   const NoteFacts facts = factsOf(shown, hit, tick);
+                   const CRect box = place.boxOf(edit.axis, edit.scrollY, facts);
+                   if (!intersect(box, asked).empty()) paper.fill(faint, bodyOf(place, facts, box));
+               });
+    for (int row = 0; row < place.rows.count(); row++) {
+        if (loops->of(row) == 0) continue;
+        const int x = place.xOf(edit.axis, loops->of(row)), y = place.rows.top(row) - edit.scrollY;
+        paper.fill(look.selected, asRect(x - 1, y, x + 1, y + place.rows.height(row) - 1));
+    }
 }
 
 void drawNoteNames(CGraphic* g, const NotePlace& place, const EventIndex& shown,

@@ -30,6 +30,9 @@ void drawEvents(PixelPaper& paper, const NotePlace& place, const EventIndex& sho
 void drawNoteNames(CGraphic* g, const NotePlace& place, const EventIndex& shown,
                    const CSeqMouseEdit& edit, const NoteLook& look, CRect asked);
 
+/// What shorter rows of a drum part, or a draft of it, repeat, and a line where each of them ends.
+void drawRowLoops(PixelPaper& paper, const NotePlace& place, CPart* shown,
+                  const CSeqMouseEdit& edit, const NoteLook& look, CRect asked);
 /// The rectangle between two corners, both included, and its outline with a faint fill.
 CRect bandBetween(CPoint a, CPoint b);
 void drawBand(CGraphic* g, CRect band, CRect asked);

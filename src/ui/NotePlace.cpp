@@ -24,6 +24,7 @@ NoteFacts factsOf(const CPart* part, CBaseEvent* event, int tick) {
     facts.velocity = part->type == partDrum
                          ? asRound(double(static_cast<const CDrumEvent*>(event)->velocity) * 127)
                          : asByte2(static_cast<const CMIDIEvent*>(event)->data);
+    facts.style = event->style;
     return facts;
 }
 
@@ -62,5 +63,8 @@ CStr NotePlace::text(const NoteFacts& facts) const {
     CStr told = rows.drums() ? sound ? sound->getId() : CStr() : noteToStr(facts.row);
     told += ", " + placeText(seq, part->pos + part->offset + facts.tick) + ", " +
             lengthText(seq, facts.length);
-    return told + ", velocity " + asStr(facts.velocity);
+    told += ", velocity " + asStr(facts.velocity);
+    if (facts.style.chance < mostChance) told += ", chance " + asStr(facts.style.chance) + "%";
+    if (facts.style.repeats > 1) told += ", " + asStr(facts.style.repeats) + " times";
+    return facts.style.flamMs > 0 ? told + ", flam " + asStr(facts.style.flamMs) + " ms" : told;
 }

@@ -3,6 +3,7 @@
 #include "base/CStr.h"
 #include "base/Geometry.h"
 #include "sequencer/EventIndex.h"
+#include "sequencer/Events.h"
 #include "ui/DragSnap.h"
 #include "ui/EventRows.h"
 
@@ -10,7 +11,6 @@ class CPart;
 class CSeq;
 class CTrack;
 class TimeAxis;
-struct CBaseEvent;
 
 /// A note or a hit, as far as it is seen and told.
 struct NoteFacts {
@@ -18,6 +18,7 @@ struct NoteFacts {
     int tick = 0;     ///< in the part's own time
     int length = 0;   ///< ticks; 0 for what is neither
     int velocity = 0; ///< 0 to 127
+    HitStyle style;
 };
 /// Key or sound; -1 of what is neither note nor hit.
 int rowOf(const CPart* part, const CBaseEvent* event);
@@ -48,6 +49,7 @@ struct NotePlace {
     CRect boxOf(const TimeAxis& axis, int scrollY, const NoteFacts& facts) const;
     /// A note on the track's channel, or a hit, owned by the caller; velocity 1 to 127.
     CBaseEvent* newEvent(int row, int length, int velocity) const;
-    /// "C4, bar 3.2, 1 beat, velocity 90", or with the name of the sound.
+    /// "C4, bar 3.2, 1 beat, velocity 90", or with the name of the sound; and what of its style is
+    /// not usual, ", chance 50%, 3 times, flam 20 ms".
     CStr text(const NoteFacts& facts) const;
 };

@@ -7,9 +7,12 @@
 #include "arrange/HeadList.h"
 #include "arrange/RulerBars.h"
 #include "arrange/TrackHead.h"
+#include "gui/Peer.h"
 #include "gui/Selections.h"
 #include "sequencer/MoveEdits.h"
 #include "shell/Pages.h"
+
+#include <thread>
 
 /// The arrangement on its page, under the mouse and the keys of a user.
 class ArrangeFixture : public MainWinTest {
@@ -62,6 +65,38 @@ protected:
         const CPoint in = onto->win->controlPos(onto);
         onto->win->dropAt(in.x + x, in.y + y, modLeft);
         app->endDrag();
+    }
+    /// Goes over a point of the screen with files, and drops them or leaves. `then` is called while
+    /// they hover.
+    void dragTo(const std::vector<std::string>& paths, CPoint at, const std::string& held = "",
+                bool drops = true, const std::function<void()>& then = {}) {
+        if (!held.empty()) act({"keydown", held});
+        std::string list;
+        for (const std::string& path : paths) list += "file://" + path + "\r\n";
+        std::atomic<int> stage{0};
+        std::thread manager([&, target = win->handle] {
+            Peer peer;
+            peer.answer = [&list](Peer& p, const XSelectionRequestEvent& e) { p.put(e, list); };
+            peer.own("XdndSelection");
+            const long self = long(peer.window);
+            std::vector<long> data;
+            peer.send(target, "XdndEnter",
+                      {self, 5L << 24, long(peer.atom("text/uri-list")), 0, 0});
+            peer.send(target, "XdndPosition",
+                      {self, 0, long(at.x) << 16 | at.y, 0, long(peer.atom("XdndActionCopy"))});
+            EXPECT_TRUE(peer.await("XdndStatus", data) && (data[1] & 1));
+            for (stage = 1; stage == 1;) usleep(1000);
+            peer.send(target, drops ? "XdndDrop" : "XdndLeave", {self, 0, 0, 0, 0});
+            EXPECT_TRUE(!drops || peer.await("XdndFinished", data));
+            stage = 3;
+        });
+        EXPECT_TRUE(pumpUntil([&] { return stage == 1; }) && loaded());
+        if (then) then();
+        stage = 2;
+        EXPECT_TRUE(pumpUntil([&] { return stage == 3; }));
+        manager.join();
+        if (!held.empty()) act({"keyup", held});
+        EXPECT_TRUE(loaded());
     }
     /// A second of a tone, in any format that the ending tells.
     std::string tone(const std::string& name) {

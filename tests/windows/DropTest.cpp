@@ -2,11 +2,9 @@
 
 #include "audiofiles/CSample.h"
 #include "engine/CSnap.h"
-#include "gui/Peer.h"
 #include "support/Rows.h"
 
 #include <filesystem>
-#include <thread>
 
 namespace {
 
@@ -26,38 +24,10 @@ protected:
         folder.write(name.c_str(), std::string(bytes, sizeof bytes - 1));
         return at(name);
     }
-    /// Goes over a point of the grid with files, and drops them or leaves. `then` is called while
-    /// they hover.
     void dragFiles(const std::vector<std::string>& paths, CPoint to, const std::string& held = "",
                    bool drops = true, const std::function<void()>& then = {}) {
-        if (!held.empty()) act({"keydown", held});
-        const CPoint at = addPos(addPos(page()->getPos(true), page()->controlPos(grid())), to);
-        std::string list;
-        for (const std::string& path : paths) list += "file://" + path + "\r\n";
-        std::atomic<int> stage{0};
-        std::thread manager([&, target = win->handle] {
-            Peer peer;
-            peer.answer = [&list](Peer& p, const XSelectionRequestEvent& e) { p.put(e, list); };
-            peer.own("XdndSelection");
-            const long self = long(peer.window);
-            std::vector<long> data;
-            peer.send(target, "XdndEnter",
-                      {self, 5L << 24, long(peer.atom("text/uri-list")), 0, 0});
-            peer.send(target, "XdndPosition",
-                      {self, 0, long(at.x) << 16 | at.y, 0, long(peer.atom("XdndActionCopy"))});
-            EXPECT_TRUE(peer.await("XdndStatus", data) && (data[1] & 1));
-            for (stage = 1; stage == 1;) usleep(1000);
-            peer.send(target, drops ? "XdndDrop" : "XdndLeave", {self, 0, 0, 0, 0});
-            EXPECT_TRUE(!drops || peer.await("XdndFinished", data));
-            stage = 3;
-        });
-        EXPECT_TRUE(pumpUntil([&] { return stage == 1; }) && loaded());
-        if (then) then();
-        stage = 2;
-        EXPECT_TRUE(pumpUntil([&] { return stage == 3; }));
-        manager.join();
-        if (!held.empty()) act({"keyup", held});
-        EXPECT_TRUE(loaded());
+        dragTo(paths, addPos(addPos(page()->getPos(true), page()->controlPos(grid())), to), held,
+               drops, then);
     }
     Shot onScreen() { return Shot(page()->handle, 780, page()->height); }
     /// Points of the grid at which two pictures differ.
