@@ -2,6 +2,7 @@
 
 #include "engine/CSnap.h"
 #include "gui/controls/CDropdown.h"
+#include "gui/controls/CEdit.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "instruments/CSampleClip.h"
@@ -109,8 +110,11 @@ TEST_F(DrumsTest, TheMenuOfARow) {
     hit(0, 1);
     const std::string wave = tone("blip.wav");
     inMenu({"c", "Return"});
-    inDialog("Choose sample", [] { runCommand({"xdotool", "key", "ctrl+a"}); });
-    typeInDialog("Choose sample", wave);
+    inDialog("Choose sample", [&] {
+        auto* name = childOf<CEdit>(app->modalWin->clientGroup, "name");
+        app->modalWin->setKeyCtrl(name);
+        name->enterText(wave.c_str());
+    });
     keysInDialog("Choose sample", {"Return"});
     strike(onName(1), 1, "3");
     EXPECT_TRUE(kitIs("kick blip clap hat-close hat-open "));
