@@ -18,7 +18,7 @@ struct Repeats {
     int tick = 0;       ///< of the first, on the timeline
     double moved = 0;   ///< the same with the swing
     int length = 0;     ///< ticks that all of them take
-    int count = 0;      ///< of all; 0 in a free place
+    int count = 0;      ///< of all
     int next = 0;       ///< the one that is due next
     double partEnd = 0; ///< tick
 
@@ -32,14 +32,19 @@ public:
     static constexpr int room = 64;
 
     void add(const Repeats& repeats) {
-        for (Repeats& r : places)
-            if (r.count == 0) {
-                r = repeats;
-                return;
-            }
+        if (count < room) places[count++] = repeats;
     }
-    void clear() {
-        for (Repeats& r : places) r.count = 0;
+    void clear() { count = 0; }
+    /// Keeps those for which `more(repeats)` is true.
+    template <class F>
+    void keep(F&& more) {
+        int kept = 0;
+        for (int i = 0; i < count; i++)
+            if (more(places[i])) places[kept++] = places[i];
+        count = kept;
     }
+
+private:
     Repeats places[room];
+    int count = 0;
 };

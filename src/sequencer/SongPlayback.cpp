@@ -134,19 +134,16 @@ void playStrike(const Block& b, CPart* part, PlayKind kind, const CBaseEvent* ev
 
 /// Plays the repeats that are due in the next `slice` frames.
 void playRepeats(const Block& b, int slice) {
-    for (Repeats& r : b.songTrack->repeats.places) {
+    b.songTrack->repeats.keep([&](Repeats& r) {
         for (; r.next < r.count; r.next++) {
             const double at = r.moved + r.start(r.next);
-            if (asRound((at - b.songTrack->pos) * b.fpt) >= slice) break;
-            if (at >= r.partEnd || b.pastLoop(at)) {
-                r.count = 0;
-                break;
-            }
+            if (asRound((at - b.songTrack->pos) * b.fpt) >= slice) return true;
+            if (at >= r.partEnd || b.pastLoop(at)) return false;
             const double end = std::min(r.tick + double(r.start(r.next + 1)), r.partEnd);
             strike(b, nullptr, r.strike, at, end - 1.0);
         }
-        if (r.next >= r.count) r.count = 0;
-    }
+        return false;
+    });
 }
 
 /// The soft one before what stands at `tick`, if that lies in the slice.
