@@ -35,6 +35,7 @@ constexpr int headHeight = CDrumSound::closedHeight;
 constexpr int pressVelocity = 100;
 constexpr const char* params[] = {"Volume", "Pan", "Pitch"};
 constexpr const char* kitExt = ".qvd|.qvs";
+constexpr const char* sampleExt = ".wav|.aif|.aiff";
 constexpr int stepCounts[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 24, 32};
 
 enum Entry : int { renameRow, chooseFile, addRows, removeRow, muteRow, soloRow, loadKit, keepKit };
