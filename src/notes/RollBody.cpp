@@ -1,16 +1,12 @@
 #include "notes/RollBody.h"
 
-#include "base/Messages.h"
 #include "base/Numbers.h"
-#include "base/Paths.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/CWin.h"
-#include "gui/Selections.h"
 #include "gui/controls/CDropdown.h"
 #include "gui/controls/CRangebar.h"
 #include "gui/controls/CScrollbar.h"
-#include "instruments/CDrumSound.h"
 #include "notes/CEventList.h"
 #include "notes/DrumStrip.h"
 #include "notes/KeyStrip.h"
@@ -22,9 +18,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/EventEdits.h"
 #include "sequencer/PartEdits.h"
-#include "sequencer/TempoMap.h"
 #include "ui/ActionItems.h"
-#include "ui/PlaceText.h"
 
 #include <algorithm>
 
@@ -66,8 +60,6 @@ RollBody::RollBody(CWin* owner, Workspace& space)
     down->onChange = new _COnChange<RollBody>(this, &RollBody::downMoved);
     lanes->onChange = new _COnChange<RollBody>(this, &RollBody::laneChosen);
     lane->onMenu = new _COnChange<RollBody>(this, &RollBody::laneMenu);
-    onDragOver = new _COnMouse<RollBody>(this, &RollBody::gridDragOver);
-    onDrop = new _COnMouse<RollBody>(this, &RollBody::gridDrop);
 }
 
 RollBody::~RollBody() = default;
@@ -310,47 +302,6 @@ void RollBody::acrossMoved(CObject*) {
 
 void RollBody::downMoved(CObject*) {
     scrollTo(edit.axis.scroll(), down->pos);
-}
-
-// Files.
-
-/// Beside the grid they come to the beginning of the part.
-PartSpot RollBody::dropPlace(int x, int y) const {
-    PartSpot at{seq(), track, part};
-    const int snap = place().grid.snap;
-    const int tick = asMax(0, asInt(edit.axis.ticksAt(x - grid->left)));
-    at.tick = x < grid->left ? int(part->pos) : asMax(int(part->pos), snapped(snap, tick, false));
-    if (drums->visible && y >= drums->top) at.row = drums->rowAt(y - drums->top);
-    return at;
-}
-
-void RollBody::gridDragOver(CObject*, int x, int y, int) {
-    if (!part || !seq()) return;
-    CStr told = "This part takes none of these files";
-    for (auto* item : each<CDropItem>(*win->app->dragList)) {
-        const SongFile kind = item->type == dropFile ? songFileOf(item->path) : SongFile::none;
-        if (!partTakes(part, kind)) continue;
-        const PartSpot at = dropPlace(x, y);
-        const CDrumSound* sound = at.row < 0 ? nullptr : track->drumSound(at.row);
-        if (kind != SongFile::audio)
-            told = "Drop brings the notes in at " + placeText(seq(), at.tick);
-        else
-            told = sound ? "Drop makes it the sample of " + sound->getId() : "Drop adds a sound";
-        break;
-    }
-    if (track->locked) told = "The track is locked";
-    workspace.setStatus(told);
-}
-
-void RollBody::gridDrop(CObject*, int x, int y, int) {
-    if (!part || !seq()) return;
-    std::vector<CStr> paths;
-    for (auto* item : each<CDropItem>(*win->app->dragList))
-        if (item->type == dropFile) paths.push_back(item->path);
-    const CStr unread = dropOnPart(dropPlace(x, y), paths);
-    if (!unread.empty())
-        showMsg(workspace.mainWindow(), "Error", "Could not read " + extractFileName(unread));
-    shownChanged();
 }
 
 // Actions and menus.

@@ -2,7 +2,6 @@
 
 #include "notes/EditorBody.h"
 #include "notes/NoteState.h"
-#include "project/PartDrop.h"
 #include "sequencer/EventLanes.h"
 #include "ui/Options.h"
 
@@ -67,9 +66,6 @@ private:
     void scrollOctaves(int by); ///< up, or below 0 down
     CCtrl* side() const;        ///< what is beside the grid
     int leftWidth() const;
-    PartSpot dropPlace(int x, int y) const;
-    void gridDragOver(CObject* sender, int x, int y, int btn);
-    void gridDrop(CObject* sender, int x, int y, int btn);
     void showBars();
 
     Option objectsShown, listShown;

@@ -55,10 +55,6 @@ protected:
         chooser->setIndex(index);
         (*chooser->onChange)(chooser);
     }
-    /// A point of the screen over a control of the editor.
-    CPoint screenOf(CCtrl* ctrl, CPoint p) {
-        return addPos(addPos(editor()->getPos(true), editor()->controlPos(ctrl)), p);
-    }
 };
 
 /// Names, places, mute and solo of the sounds by mouse and keys; hits go with their sounds, and all
@@ -246,33 +242,4 @@ TEST_F(DrumsTest, AftertouchIsDrawnForSelectedNotes) {
     const CPoint later = asPoint(place(1450, 0).x, p.y);
     press(later, later, "", lane());
     EXPECT_EQ(pressures(), "64 ");
-}
-
-/// Files that are dropped: notes where they fall, samples on sounds and below all, all at once as
-/// one step; what can't come is told.
-TEST_F(DrumsTest, FilesComeIntoThePart) {
-    open(trackDrum);
-    const std::string a = sample("a.wav"), b = sample("b.wav"), c = sample("c.wav");
-    dragTo({a, b, c}, screenOf(notes(), place(960, 2)));
-    EXPECT_TRUE(kitIs("kick snare a hat-close hat-open b c "));
-    EXPECT_STREQ(host->undoText().asChar(), "Drop a.wav, b.wav, c.wav");
-    key("ctrl+z");
-    EXPECT_TRUE(kitIs("kick snare clap hat-close hat-open "));
-    // Key 40 is the fifth sound; it lasts for two bars.
-    const char bytes[] = "MThd\0\0\0\6\0\0\0\1\3\300MTrk\0\0\0\15"
-                         "\0\x90\x28\x64\xbc\0\x80\x28\0\0\xff\x2f\0";
-    folder.write("m.mid", std::string(bytes, sizeof bytes - 1));
-    dragTo({at("m.mid"), b}, screenOf(strip(), onName(0)));
-    EXPECT_TRUE(kitIs("b snare clap hat-close hat-open "));
-    EXPECT_TRUE(holds("0:4:7680:100* ")) << "beside the grid it is the start of the part";
-    EXPECT_STREQ(host->undoText().asChar(), "Drop m.mid, b.wav");
-    key("ctrl+z");
-    EXPECT_TRUE(holds(""));
-    dragTo({at("m.mid")}, screenOf(notes(), place(500, 0)));
-    EXPECT_TRUE(holds("480:4:7680:100* "));
-    folder.write("bad.wav", "no sound");
-    keysInDialog("Error", {"Return"});
-    dragTo({at("bad.wav")}, screenOf(strip(), onName(0)));
-    EXPECT_TRUE(pumpUntil([&] { return !titles.empty() && titles.back() == "Error"; }));
-    EXPECT_EQ(names(), "kick snare clap hat-close hat-open ");
 }
