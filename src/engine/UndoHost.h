@@ -38,6 +38,9 @@ public:
     bool modified() const;
     /// The edit guard: a step is open or on its way (a take's step does not count).
     bool undoBusy() const;
+    /// A step has been closed and is still to be carried out, which takes a block: what a part
+    /// holds until then is what it held before. Interface thread.
+    bool stepOnItsWay() const { return pending.loadAcquire(); }
 
     /// Opens a step. Owned by the caller until `undoEnd`.
     CUndo* undoStart(const CStr& name, CComp* comp, const StepEffects& effects = {});

@@ -7,6 +7,7 @@
 #include "gui/FloatWins.h"
 #include "gui/ForeignWindows.h"
 #include "gui/InputMethod.h"
+#include "gui/KeyPlayer.h"
 #include "gui/Keys.h"
 #include "gui/Scale.h"
 #include "gui/SelectionOwner.h"
@@ -24,6 +25,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <thread>
 
 using Clock = std::chrono::steady_clock;
 
@@ -104,12 +106,23 @@ void CApp::dispatchEvents(const CWin* modal) {
         if (!barred(event, modalWin)) handleEvent(event);
 }
 
+/// Presses and releases stay in the queue, and with them what came later, while they are held.
+bool CApp::holdsNext() const {
+    if (!inputHeld || !inputHeld()) return false;
+    XEvent next;
+    XPeekEvent(liveDisplay(), &next);
+    if (next.type < KeyPress || next.type > ButtonRelease) return false;
+    std::this_thread::sleep_for(oneMs); // the loop would find it at once
+    return true;
+}
+
 bool CApp::nextEvent(XEvent& event) {
     Display* display = liveDisplay();
     if (!display) return false;
     frameIfDue(XPending(display) > 0);
     do {
-        if (!liveDisplay() || XPending(display) < 1 || xConnection().lost) return false;
+        if (!liveDisplay() || XPending(display) < 1 || xConnection().lost || holdsNext())
+            return false;
         XNextEvent(display, &event);
     } while (keptByMethod(event));
     return true;
@@ -369,7 +382,9 @@ CWin* CApp::focusedWindow() const {
 void CApp::activeChanged() {
     if (!liveDisplay()) return;
     active = windows.contains(focusedWindow());
-    if (!active) killMenu(nullptr);
+    if (active) return;
+    killMenu(nullptr);
+    if (keyPlayer) keyPlayer->focusLost();
 }
 
 void CApp::killMenu(CWin* keep) {

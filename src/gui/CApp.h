@@ -8,6 +8,7 @@
 #include "gui/FrameClock.h"
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <unordered_map>
 #include <vector>
@@ -19,6 +20,7 @@ class CDropItem;
 class CForeign;
 class CWin;
 class InputMethod;
+class KeyPlayer;
 class LiveTree;
 class TouchInput;
 class XdndTarget;
@@ -65,6 +67,11 @@ public:
     /// Owned; takes drops on windows in which nobody else does. Null refuses them.
     COnChange* onStrayDrop = nullptr;
     std::unique_ptr<LiveTree> access; ///< null while nobody reads the program by it
+
+    /// Whether presses of keys and buttons have to wait, for a moment, since what they act on is
+    /// being changed. Null: they never do.
+    std::function<bool()> inputHeld;
+    KeyPlayer* keyPlayer = nullptr; ///< not owned; null while nobody plays on the keys
 
     CPoint lastMousePos;       ///< on the screen, of the last press
     long lastMouseTime = -1;   ///< of the last press that can begin a double click, -1 none
@@ -162,6 +169,7 @@ public:
     CWin* winAtPos(int x, int y) const;
     void forget(const CCtrl* ctrl); ///< it is about to be deleted
     bool nextEvent(_XEvent& event); ///< takes one from the queue; false when none is waiting
+    bool holdsNext() const;
     void handleEvent(const _XEvent& event); ///< hands it to its window
 
     /// Tells whether an address is code of a loaded plug-in; null while none can be. Only such code
@@ -189,6 +197,7 @@ private:
     void keyEvent(CWin* win, const _XEvent& event);
     bool keptByMethod(const _XEvent& event);
     bool write(CWin* win, const _XEvent& event, int mods);
+    bool offerPlayer(CWin* win, const _XEvent& event);
     void press(CWin* win, const _XEvent& event);
     void wheel(CWin* win, const _XEvent& event);
     bool otherButton(const _XEvent& event) const;

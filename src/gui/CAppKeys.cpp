@@ -2,6 +2,7 @@
 #include "gui/CApp.h"
 #include "gui/CWin.h"
 #include "gui/InputMethod.h"
+#include "gui/KeyPlayer.h"
 #include "gui/Keys.h"
 #include "gui/Utf8.h"
 #include "gui/controls/CForeign.h"
@@ -40,9 +41,21 @@ bool CApp::write(CWin* win, const XEvent& event, int mods) {
     return written;
 }
 
+/// Text, menus, dialogs, and keys with Control or Alt go their own way; but who has been told of a
+/// press is told of its end.
+bool CApp::offerPlayer(CWin* win, const XEvent& event) {
+    if (!keyPlayer) return false;
+    if (event.type == KeyRelease) return keyPlayer->placeReleased(int(event.xkey.keycode));
+    const CCtrl* target = win->keyTarget();
+    const bool other = modalWin || !menus.empty() || (target && target->type == ctrlEdit) ||
+                       (modifiersAfter(event) & (modControl | modAlt));
+    return !other && keyPlayer->placePressed(int(event.xkey.keycode));
+}
+
 void CApp::keyEvent(CWin* win, const XEvent& event) {
     win = keyWindow(win);
     if (drag.running()) drag.setMods(modifiersAfter(event));
+    if (offerPlayer(win, event)) return;
     int key, mods;
     const bool known = translateKey(event, key, mods);
     auto* target = win->keyTarget();

@@ -3,6 +3,7 @@
 #include "gui/Scale.h"
 
 #include <X11/Xatom.h>
+#include <X11/XKBlib.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <X11/cursorfont.h>
@@ -119,6 +120,7 @@ bool XConnection::open() {
     }
     const char* resolution = XGetDefault(display, "Xft", "dpi");
     scalePercent = chooseScale(wantedScale, resolution ? std::strtod(resolution, nullptr) : 0);
+    XkbSetDetectableAutoRepeat(display, True, nullptr); // a key that is held is not released
     internAtoms();
     makeCursors();
     font = openFace();

@@ -69,6 +69,12 @@ CMainWin::CMainWin(CApp* application, CQV* host)
     };
     choices.tabsAlways.onChange = [this] { pages->showTabs(choices.tabsAlways.on()); };
     app->follow(this);
+    app->inputHeld = [this] {
+        if (!qv->stepOnItsWay()) return false;
+        qv->tasks->pump();
+        qv->undoIdle();
+        return qv->stepOnItsWay();
+    };
     wire(app->onKey, static_cast<COnKey*>(new _COnKey<CMainWin>(this, &CMainWin::handleKeyDown)));
     wire(app->onHint, static_cast<COnChange*>(new _COnChange<CMainWin>(this, &CMainWin::appHint)));
     wire(app->onStrayDrop,
@@ -76,6 +82,7 @@ CMainWin::CMainWin(CApp* application, CQV* host)
 }
 
 CMainWin::~CMainWin() {
+    app->inputHeld = nullptr;
     wire(app->onKey, static_cast<COnKey*>(nullptr));
     wire(app->onHint, static_cast<COnChange*>(nullptr));
     wire(app->onStrayDrop, static_cast<COnChange*>(nullptr));
