@@ -1,17 +1,20 @@
 #include "arrange/ArrangeView.h"
 #include "arrange/LanePoints.h"
 #include "arrange/SongRange.h"
+#include "arrange/TrackNotes.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/ValueDoor.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
+#include "sequencer/EventEdits.h"
 #include "sequencer/ParamLanes.h"
 #include "ui/Workspace.h"
 
 /// The range that is chosen, else points of automation, if any are selected, else parts.
 void ArrangeView::deleteSelected() {
     if (range.get()) return tell(deleteRange(seq(), *range.get(), ripple));
+    if (CPart* part = notesInHand(*this)) return deleteEvents(seq(), part);
     const std::vector<PartSlot> points = selectedPoints(*this);
     if (points.empty())
         tell(deleteParts(seq(), ripple));

@@ -8,12 +8,12 @@
 #include "arrange/LanePainter.h"
 #include "arrange/LanePoints.h"
 #include "arrange/LanePress.h"
-#include "ui/NameField.h"
 #include "arrange/PartPainter.h"
 #include "arrange/Press.h"
 #include "arrange/RangePainter.h"
 #include "arrange/SongRange.h"
 #include "arrange/TakeRows.h"
+#include "arrange/TrackNotes.h"
 #include "arrange/gestures/ArrangeGesture.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
@@ -30,6 +30,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/Takes.h"
 #include "ui/GridLines.h"
+#include "ui/NameField.h"
 #include "ui/Options.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
@@ -186,6 +187,7 @@ void ArrangeGrid::paintParts(CGraphic* g, CRect asked) {
             paintLane(state, row, win->app->drag.of(this) ? gesture.get() : nullptr, *paper, asked);
             continue;
         }
+        if (row.notes) continue;
         if (row.take >= 0) {
             for (auto* part : each<CPart>(row.songTrack->parts)) {
                 const bool drags = gesture && win->app->drag.of(this);
@@ -202,6 +204,11 @@ void ArrangeGrid::paintParts(CGraphic* g, CRect asked) {
         }
     }
     paper.reset();
+    for (const ArrangeRow& row : state.rows.all()) {
+        const int y = row.top - state.edit.scrollY;
+        if (row.notes && y < asked.bottom && y + row.height > asked.top)
+            paintNotes(state, row, win->app->drag.of(this) ? gesture.get() : nullptr, g, asked);
+    }
     painter.names();
 }
 
@@ -253,7 +260,9 @@ void ArrangeGrid::gestureDone() {
 void ArrangeGrid::hover(int x, int y) {
     const ArrangeRow* row = state.rows.at(y + state.edit.scrollY);
     const PartHit hit = row && row->ofTrack() ? partAtPos(state, *row, x) : PartHit();
-    cursor = hit.part && hit.zone != zoneBody ? cursorSideways : cursorPlain;
+    const bool edge = row && row->notes ? onNoteEdge(state, *row, asPoint(x, y))
+                                        : hit.part && hit.zone != zoneBody;
+    cursor = edge ? cursorSideways : cursorPlain;
     const PartHandle handle =
         hit.part ? handleAt(hit.part, partBox(state, *row, hit.part), asPoint(x, y))
                  : PartHandle::none;

@@ -3,6 +3,7 @@
 #include "arrange/RowLayout.h"
 #include "sequencer/Ripple.h"
 #include "ui/CMouseEdit.h"
+#include "ui/EventIndexes.h"
 #include "ui/OwnActions.h"
 
 #include <cstdint>
@@ -27,6 +28,7 @@ public:
     Ripple ripple = Ripple::off; ///< what goes along when parts move, come or go
 
     OwnActions actions; ///< of the window
+    mutable EventIndexes noteEvents; ///< of parts whose notes show in rows of their own
 
     ArrangeState(Workspace& space, SongRange& songRange);
 

@@ -51,6 +51,9 @@ CStr gridHint(const ArrangeState& state, const ArrangeRow* row, const PartHit& h
         return "Drag: play this take there   Click: between the cuts   Ctrl, once it moves: off "
                "the "
                "grid";
+    if (row && row->notes)
+        return "Double click or " + alt +
+               " + drag: new note   Drag: move, Ctrl: copy   its ends: size   Right click: delete";
     if (row && row->lane) return laneHint(state, *row, at);
     switch (handle) {
     case PartHandle::fadeIn:

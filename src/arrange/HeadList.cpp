@@ -4,6 +4,7 @@
 #include "arrange/HeadDrags.h"
 #include "arrange/HeadSwitch.h"
 #include "arrange/LaneHead.h"
+#include "arrange/NotesHead.h"
 #include "arrange/PartPainter.h"
 #include "arrange/TakeHead.h"
 #include "arrange/TrackHead.h"
@@ -60,6 +61,8 @@ RowHead* HeadList::headOf(const ArrangeRow& row) const {
 RowHead* HeadList::makeHead(const ArrangeRow& row) {
     if (row.lane)
         heads.push_back(new LaneHead(*this, row));
+    else if (row.notes)
+        heads.push_back(new NotesHead(*this, row));
     else if (row.take >= 0)
         heads.push_back(new TakeHead(*this, row));
     else

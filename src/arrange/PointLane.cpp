@@ -1,7 +1,6 @@
 #include "arrange/PointLane.h"
 
 #include "arrange/ArrangeState.h"
-#include "ui/NameField.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
@@ -13,6 +12,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/PointEdits.h"
 #include "sequencer/TempoMap.h"
+#include "ui/NameField.h"
 #include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 

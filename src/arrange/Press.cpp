@@ -8,6 +8,7 @@
 #include "arrange/RangePainter.h"
 #include "arrange/SongRange.h"
 #include "arrange/TakeRows.h"
+#include "arrange/TrackNotes.h"
 #include "arrange/gestures/ClipGesture.h"
 #include "arrange/gestures/HandGesture.h"
 #include "arrange/gestures/InsertGesture.h"
@@ -142,6 +143,11 @@ Press pressed(ArrangeGrid& grid, ArrangeState& state, CPoint at, int btn) {
     if (t.row && t.row->take >= 0) {
         Press onTake = pressedTake(grid, state, *t.row, at, btn);
         if (onTake.gesture) return onTake;
+        t.row = nullptr;
+    }
+    if (t.row && t.row->notes) {
+        Press onNotes = pressedNotes(grid, state, *t.row, at, btn);
+        if (onNotes.taken) return onNotes;
         t.row = nullptr;
     }
     if (t.row && t.row->lane) {

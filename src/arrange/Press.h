@@ -14,6 +14,7 @@ struct Press {
     std::unique_ptr<ArrangeGesture> gesture; ///< null where nothing goes on
     int mode = 0;                            ///< EditMode
     int room = 0;                            ///< pixels of movement that are no drag yet
+    bool taken = false;                      ///< done, also where nothing goes on
 };
 
 /// `btn` are the flags of the press at a point of the grid.

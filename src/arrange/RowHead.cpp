@@ -6,11 +6,11 @@
 
 RowHead::RowHead(HeadList& owner, const char* name, const ArrangeRow& row)
     : CGroup(owner.win, name, 0, 0, headWidth, row.height), list(owner), track(row.songTrack),
-      lane(row.lane), take(row.take) {
+      lane(row.lane), take(row.take), notes(row.notes) {
 }
 
 bool RowHead::isOf(const ArrangeRow& row) const {
-    return row.songTrack == track && row.lane == lane && row.take == take;
+    return row.songTrack == track && row.lane == lane && row.take == take && row.notes == notes;
 }
 
 int RowHead::indentOf(const ArrangeRow& row) {

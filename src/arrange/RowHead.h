@@ -22,7 +22,7 @@ public:
 
     CSongTrack* songTrack() const { return track; }
     CSubTrack* shownLane() const { return lane; }
-    bool ofTrack() const { return !lane && take < 0; }
+    bool ofTrack() const { return !lane && take < 0 && !notes; }
     bool isOf(const ArrangeRow& row) const;
     /// Lays itself out for its row as it is now.
     virtual void show(const ArrangeRow& row) = 0;
@@ -44,4 +44,5 @@ protected:
     CSongTrack* track; ///< not owned
     CSubTrack* lane;   ///< not owned; null for other rows than of a lane
     int take;          ///< -1 for other rows than of a take
+    bool notes;        ///< of a row for what lies in the parts
 };

@@ -1,11 +1,17 @@
 #include "arrange/RowLayout.h"
 
 #include "base/Numbers.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CLayer.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
+#include "sequencer/PartEdits.h"
 #include "sequencer/Takes.h"
+#include "ui/EventRows.h"
+#include "ui/NotePlace.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -38,7 +44,60 @@ int shownTakes(const CSongTrack* songTrack) {
     return int(most);
 }
 
+constexpr int notesHeight = 168, mostNotesHeight = 400;
+constexpr int mostKeyHeight = 12, spareKeys = 2; ///< above the highest and below the lowest
+
+/// The lowest and the highest key of the parts, two octaves without any.
+std::pair<int, int> keysOf(CSongTrack* songTrack) {
+    constexpr int usualLow = 48, usualHigh = 72;
+    int low = EventRows::keys, high = -1;
+    for (auto* part : each<CPart>(songTrack->parts))
+        if (part->type == partMIDI)
+            eachEvent(part->getEvents(), [&](CBaseEvent* e, int tick) {
+                const NoteFacts facts = factsOf(part, e, tick);
+                if (facts.length == 0) return;
+                low = asMin(low, facts.row);
+                high = asMax(high, facts.row);
+            });
+    return high < 0 ? std::pair(usualLow, usualHigh) : std::pair(low, high);
+}
+
+int notesHeightOf(CSongTrack* songTrack) {
+    if (songTrack->track->kind != trackDrum) return notesHeight;
+    int height = CTrack::leastRow;
+    if (const CLayer* layer = songTrack->track->drumLayer()) {
+        height = 0;
+        for (const auto* sound : each<CDrumSound>(layer->sounds)) height += sound->getHeight();
+    }
+    return asMinMax(height, int(CTrack::leastRow), mostNotesHeight);
+}
+
 } // namespace
+
+void RowLayout::showNotes(const CTrack* track, bool on) {
+    if (on)
+        fits.try_emplace(track);
+    else
+        fits.erase(track);
+}
+
+/// The row for the keys of all its parts, as high as they have room.
+ArrangeRow RowLayout::notesRow(CSongTrack* songTrack) {
+    const auto [low, high] = keysOf(songTrack);
+    KeyFit& fit = fits[songTrack->track];
+    const bool fitted = fit.keyHeight > 0 && high <= fit.topKey &&
+                        low > fit.topKey - notesHeight / fit.keyHeight;
+    if (!fitted) {
+        const int count = high - low + 1 + 2 * spareKeys;
+        fit.keyHeight = asMinMax(notesHeight / count, int(EventRows::leastHeight), mostKeyHeight);
+        const int shown = notesHeight / fit.keyHeight;
+        fit.topKey = asMinMax((low + high + shown) / 2, shown - 1, EventRows::keys - 1);
+    }
+    ArrangeRow row{.songTrack = songTrack, .notes = true};
+    row.topKey = fit.topKey;
+    row.keyHeight = fit.keyHeight;
+    return row;
+}
 
 void RowLayout::build(CSeq* seq) {
     rows.clear();
@@ -56,14 +115,21 @@ void RowLayout::build(CSeq* seq) {
         const Nesting nesting = nestingOf(track);
         if (nesting.hidden) continue;
         const bool flat = track->kind == trackFolder && !track->ownRowHeight();
-        add({songTrack, nullptr, -1, index, nesting.depth},
+        add({.songTrack = songTrack, .track = index, .depth = nesting.depth},
             flat ? int(CTrack::leastRow) : track->getRowHeight());
         for (int take = 0; take < shownTakes(songTrack); take++)
-            add({songTrack, nullptr, take, index, nesting.depth}, CTrack::leastRow);
+            add({.songTrack = songTrack, .take = take, .track = index, .depth = nesting.depth},
+                CTrack::leastRow);
+        if (showsNotes(track)) {
+            ArrangeRow notes = notesRow(songTrack);
+            notes.track = index;
+            notes.depth = nesting.depth;
+            add(notes, notesHeightOf(songTrack));
+        }
         if (!showsLanes(track)) continue;
         for (auto* lane : each<CSubTrack>(track->subTracks))
             if (lane->visible && lane->automation())
-                add({songTrack, lane, -1, index, nesting.depth},
+                add({.songTrack = songTrack, .lane = lane, .track = index, .depth = nesting.depth},
                     asMinMax(lane->height.load(), CTrack::leastRow, CTrack::mostRow));
     }
 }

@@ -1,23 +1,28 @@
 #pragma once
 
+#include <map>
 #include <vector>
 
 class CSeq;
 class CSongTrack;
 class CSubTrack;
+class CTrack;
 
-/// A row of the arrangement: a track, or under it a take of its parts, or an automation lane.
+/// A row of the arrangement: a track, or under it a take of its parts, what lies inside them, or an
+/// automation lane.
 /// Heights and places in pixels, from the top of the first row.
 struct ArrangeRow {
     CSongTrack* songTrack = nullptr;
-    CSubTrack* lane = nullptr; ///< null for other rows than of a lane
-    int take = -1;             ///< index, -1 for other rows than of a take
-    int track = 0;             ///< index in the program
-    int depth = 0;             ///< folders around it
+    CSubTrack* lane = nullptr;     ///< null for other rows than of a lane
+    int take = -1;                 ///< index, -1 for other rows than of a take
+    bool notes = false;            ///< the keys or sounds of the track's parts
+    int topKey = 0, keyHeight = 0; ///< of such a row of keys: the first one, and pixels
+    int track = 0;                 ///< index in the program
+    int depth = 0;                 ///< folders around it
     int top = 0, height = 0;
 
     int bottom() const { return top + height; }
-    bool ofTrack() const { return !lane && take < 0; } ///< the row of the track itself
+    bool ofTrack() const { return !lane && take < 0 && !notes; } ///< the row of the track itself
 };
 
 /// The rows that show, from top to bottom: tracks in closed folders have none. Interface thread.
@@ -25,6 +30,8 @@ class RowLayout {
 public:
     void build(CSeq* seq); ///< null for no rows
     void clear() { rows.clear(); }
+    bool showsNotes(const CTrack* track) const { return fits.contains(track); }
+    void showNotes(const CTrack* track, bool on); ///< from the next `build` on
     const std::vector<ArrangeRow>& all() const { return rows; }
     int total() const; ///< pixels
     /// The row at a height, null outside all.
@@ -36,4 +43,11 @@ public:
 
 private:
     std::vector<ArrangeRow> rows;
+    /// Which keys a row of notes shows; they stay while they show all that there is.
+    struct KeyFit {
+        int topKey = 0, keyHeight = 0; ///< height 0: none yet
+    };
+    ArrangeRow notesRow(CSongTrack* songTrack);
+
+    std::map<const CTrack*, KeyFit> fits; ///< of tracks that show notes, only to be compared
 };

@@ -44,7 +44,7 @@ std::vector<ShownPart> partsInView(const ArrangeState& state) {
     std::vector<ShownPart> found;
     const CRect view = asRect(0, 0, state.gridWidth(), state.gridHeight());
     for (const ArrangeRow& row : state.rows.all()) {
-        if (intersect(rowBox(state, row), view).empty()) continue;
+        if (row.notes || intersect(rowBox(state, row), view).empty()) continue;
         if (row.take >= 0) {
             addTakes(state, row, view, found);
             continue;

@@ -2,6 +2,7 @@
 
 #include "arrange/ArrangeState.h"
 #include "arrange/HeadList.h"
+#include "arrange/TrackNotes.h"
 #include "engine/CQV.h"
 #include "engine/ValueDoor.h"
 #include "sequencer/CSeq.h"
@@ -92,6 +93,17 @@ void TrackCommands::bindSwitches() {
         "showtakes", [this] { showTakes(); },
         [this] { return anyTrack() && std::ranges::any_of(chosen(state.seq()), hasTakes); },
         [this] { return anyTrack() && std::ranges::all_of(chosen(state.seq()), showsTakes); });
+    const auto ofSelected = [this](auto&& is) {
+        bool any = false;
+        if (state.seq())
+            for (const auto* t : each<CSongTrack>(state.seq()->selectedTracks)) any = any || is(t);
+        return any;
+    };
+    state.actions.bind(
+        "editinplace", [this] { showNotes(); }, [ofSelected] { return ofSelected(hasNotes); },
+        [this, ofSelected] {
+            return ofSelected([this](const auto* t) { return state.rows.showsNotes(t->track); });
+        });
     state.actions.bind(
         "muteall", [this] { toggleMutesOfAll(state.seq()); }, withSong);
     state.actions.bind(
@@ -119,6 +131,16 @@ void TrackCommands::showTakes() {
     const Tracks tracks = chosen(state.seq());
     const bool to = !std::ranges::all_of(tracks, showsTakes);
     for (CTrack* t : tracks) t->takesShown = to;
+    state.rowsChanged();
+}
+
+/// Of the selected tracks that have some.
+void TrackCommands::showNotes() {
+    bool all = true;
+    for (const auto* t : each<CSongTrack>(state.seq()->selectedTracks))
+        all = all && (!hasNotes(t) || state.rows.showsNotes(t->track));
+    for (const auto* t : each<CSongTrack>(state.seq()->selectedTracks))
+        if (hasNotes(t)) state.rows.showNotes(t->track, !all);
     state.rowsChanged();
 }
 

@@ -21,6 +21,7 @@ private:
     bool all(StoredValue (*valueOf)(CTrack*)) const;
     void fold();
     void showTakes();
+    void showNotes();
     void step(int by);
     bool canStep(int by) const;
 

@@ -4,7 +4,6 @@
 #include "arrange/HeadList.h"
 #include "arrange/HeadSwitch.h"
 #include "arrange/HeadTarget.h"
-#include "ui/NameField.h"
 #include "arrange/RowLayout.h"
 #include "base/Numbers.h"
 #include "engine/COutputChannel.h"
@@ -20,6 +19,7 @@
 #include "sequencer/TrackValues.h"
 #include "ui/CMeter.h"
 #include "ui/CStoredSlider.h"
+#include "ui/NameField.h"
 #include "ui/ProgramItems.h"
 #include "ui/TrackPalette.h"
 

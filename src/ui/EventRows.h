@@ -15,10 +15,13 @@ public:
     EventRows() = default;
     /// `keyHeight` pixels, kept between the least and the most.
     EventRows(const CTrack* track, const CPart* part, int keyHeight);
+    /// The same rows, the first of which begins at a height.
+    EventRows from(int height) const;
 
     bool drums() const { return ofKit; }
     int count() const { return ofKit ? int(tops.size()) - 1 : keys; }
     int total() const { return ofKit ? tops.back() : keys * high; }
+    bool covers(int y) const { return y >= origin && y < origin + total(); }
     /// The row at a height, above and below all the first and the last one; 0 without any.
     int rowAt(int y) const;
     int top(int row) const;
@@ -29,6 +32,6 @@ public:
 
 private:
     bool ofKit = false;
-    int high = leastHeight;
+    int high = leastHeight, origin = 0;
     std::vector<int> tops; ///< of sounds, and below the last
 };

@@ -39,7 +39,7 @@ CPart* NoteMouse::dragged() const {
 
 FoundEvent NoteMouse::eventAt(const NotePlace& place, const CSeqMouseEdit& edit, CPoint at) {
     const int y = at.y + edit.scrollY;
-    if (y < 0 || y >= place.rows.total()) return {};
+    if (!place.rows.covers(y)) return {};
     const int row = place.rows.rowAt(y);
     FoundEvent found = findEvent(place.part, *place.events, place.ticksOf(edit.axis, at.x), row,
                                  edit.axis.ticksIn(reach));
@@ -88,7 +88,17 @@ int NoteMouse::pressRight(const FoundEvent& found, CPoint at, int btn) {
     return editErase;
 }
 
+/// Where the next step goes, and on which row.
+int NoteMouse::placeStep(CPoint at) {
+    CStepRec& steps = place.seq->stepRec;
+    if (steps.getPart() != place.part) place.seq->recordSteps(place.part);
+    steps.moveTo(place.seq, tickAt(at, false) - place.part->pos);
+    if (place.rows.count() > 0) steps.setNote(rowAt(at.y));
+    return editIdle;
+}
+
 int NoteMouse::pressLeft(const FoundEvent& found, CPoint at, int btn) {
+    if (place.seq->stepRec.getPart()) return placeStep(at);
     alt = btn & modAlt;
     if (found.event && !(btn & modShift)) {
         const int mode = hold(found);
@@ -139,7 +149,7 @@ void NoteMouse::split(const FoundEvent& found, CPoint at) {
 int NoteMouse::insert(CPoint at) {
     const int y = at.y + edit.scrollY;
     const int tick = tickAt(at, false) - place.part->pos, own = tick - place.part->offset;
-    const bool inside = y >= 0 && y < place.rows.total() && tick >= 0 && own >= 0 &&
+    const bool inside = place.rows.covers(y) && tick >= 0 && own >= 0 &&
                         tick < place.seq->getTicks(place.part);
     unselect(place.part);
     if (!inside || place.seq->isLocked(place.part)) return editIdle;

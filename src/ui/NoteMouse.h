@@ -48,6 +48,7 @@ private:
     int pressRight(const FoundEvent& found, CPoint at, int btn);
     int hold(const FoundEvent& found);
     int insert(CPoint at);
+    int placeStep(CPoint at);
     void split(const FoundEvent& found, CPoint at);
     int rowAt(int y) const { return place.rows.rowAt(y + edit.scrollY); }
     int tickAt(CPoint at, bool nearest) const;

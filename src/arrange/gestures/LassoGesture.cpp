@@ -14,7 +14,7 @@ void LassoGesture::dragMove(const DragPoint& point) {
 
 void LassoGesture::choose(const ArrangeRow& row, CPart* part, CRect caught) {
     if (intersect(partBox(state, row, part), caught).empty()) return;
-    if (row.take >= 0) return;
+    if (row.take >= 0 || row.notes) return;
     if (row.lane)
         PartMouse::selectWithin(laneOf(state, row, part), state.axis(), caught);
     else
