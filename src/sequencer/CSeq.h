@@ -145,7 +145,9 @@ public:
     /// A control was moved: while the track that it sounds through is armed, a point is recorded.
     void recParam(CObject* object, int param, float value) override;
     /// Switches step recording of the part that is edited on or off.
-    void stepRecClicked(CObject* = nullptr);
+    void stepRecClicked(CObject* = nullptr); ///< `recordSteps` for the part that is edited, or off
+    /// Begins to record a MIDI or drum part in steps; null ends it.
+    void recordSteps(CPart* part);
     /// Whether the input of an armed track belongs to the take. Graph holder.
     bool takeRuns() const;
     double takeLimit() const { return recTo; } ///< ticks, where it ends by itself; below 0 nowhere

@@ -8,7 +8,7 @@ class CSongTrack;
 
 /// Step recording: what is played is written chord by chord at a position of one part, which moves
 /// on by the grid. A chord is complete when its last key is let go. Interface thread, but for
-/// `takesFrom`.
+/// `takesFrom` and `leave`.
 class CStepRec {
 public:
     static constexpr int capacity = 1024;
@@ -27,6 +27,14 @@ public:
     void addNote(int msg);
     int removeNote();
 
+    /// A key went down or up, as if it had been played: a note-on or note-off.
+    void play(CSeq* seq, int msg);
+    void moveTo(CSeq* seq, int ticks);    ///< from the beginning of the part; as far as it goes
+    void rest(CSeq* seq, int by);         ///< so many steps of the grid on, below 0 back
+    void tie(CSeq* seq);                  ///< the chord that ends here lasts a step longer
+    void takeBack(CSeq* seq);             ///< one step back, and what begins in it goes
+    int stepTicks(const CSeq* seq) const; ///< of a step
+
     /// Whether the notes of a track are recorded in steps. Any thread.
     bool takesFrom(const CSongTrack* t) const { return t && songTrack.load() == t; }
     /// Graph holder: a live take begins.
@@ -41,5 +49,7 @@ private:
     int count = 0;
 
     void writeChord(CSeq* seq, CSongTrack* on);
+    int lastPos(const CSeq* seq) const;
+    CPart* current(CSeq* seq);
     void addTo(CPart* edited, CSongTrack* on, int msg, int tick, int len);
 };

@@ -229,11 +229,14 @@ void CSeq::tellWarning() {
 
 void CSeq::stepRecClicked(CObject*) {
     CTrack* track = nullptr;
-    CPart* part = stepRec.getPart() ? nullptr : getEditPartAndTrack(track);
-    const bool usable =
-        part && !isLocked(part) && (part->type == partMIDI || part->type == partDrum);
-    stepRec.setPart(usable ? part : nullptr, usable ? partToSongTrack(part) : nullptr);
-    if (usable) track->recQueue->clear();
+    recordSteps(stepRec.getPart() ? nullptr : getEditPartAndTrack(track));
+}
+
+void CSeq::recordSteps(CPart* part) {
+    CSongTrack* on = part ? partToSongTrack(part) : nullptr;
+    const bool usable = on && !isLocked(part) && (part->type == partMIDI || part->type == partDrum);
+    stepRec.setPart(usable ? part : nullptr, usable ? on : nullptr);
+    if (usable) on->track->recQueue->clear();
     songNotices.raise(SeqNotice::parts);
 }
 
