@@ -11,6 +11,7 @@
 #include "sequencer/CSeq.h"
 #include "ui/ActionItems.h"
 #include "ui/Commands.h"
+#include "ui/MenuTags.h"
 
 #include <algorithm>
 
@@ -110,8 +111,8 @@ bool CEditorWin::onAction(CAction* action) {
 }
 
 void CEditorWin::mergeMenu(CMenu* bars) {
-    bars->add("Part", new _COnChange<CEditorWin>(this, &CEditorWin::fillPart));
-    bars->add("Options", new _COnChange<CEditorWin>(this, &CEditorWin::fillOptions));
+    bars->add("Part", new _COnChange<CEditorWin>(this, &CEditorWin::fillPart), menuPart);
+    bars->add("Options", new _COnChange<CEditorWin>(this, &CEditorWin::fillOptions), menuOptions);
 }
 
 void CEditorWin::fillPart(CObject* popup) {

@@ -25,6 +25,9 @@ EditorBar::EditorBar(CWin* owner, const EditedPart& edited)
     nextX = group;
     addSwitch("eventlist", "List", 40);
     addSwitch("objectbar", "Object", 52)->hint = "Show object-bar";
+    addSwitch("steprec", "Steps", 46);
+    addSwitch("computerkeys", "Keys", 42);
+    addSwitch("othernotes", "Others", 52);
     addSwitch("preview", "Hear", 44);
     addSwitch("notenames", "Names", 48);
     addSwitch("notelength", "Keep length", 80);

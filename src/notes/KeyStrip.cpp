@@ -1,6 +1,7 @@
 #include "notes/KeyStrip.h"
 
 #include "base/Numbers.h"
+#include "engine/MidiBytes.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -68,10 +69,20 @@ void KeyStrip::paintKeys(CGraphic* g, const EventRows& rows, CRect asked) const 
 
 void KeyStrip::play(int row) {
     if (row == sounding) return;
+    if (state.seq() && state.seq()->stepRec.getPart() == state.part) {
+        recordStep(sounding, false);
+        recordStep(row, true);
+    }
     state.track->preview.mute();
     sounding = row;
     if (row >= 0) state.track->preview.addNote(row, pressVelocity);
     redraw();
+}
+
+void KeyStrip::recordStep(int row, bool pressed) {
+    if (row < 0) return;
+    const int key = state.part->type == partDrum ? firstDrumKey + row : row;
+    state.seq()->stepRec.play(state.seq(), asData(midiNoteOn, key, pressed ? pressVelocity : 0));
 }
 
 void KeyStrip::mouseDown(int x, int y, int btn) {

@@ -12,17 +12,44 @@
 #include "ui/Workspace.h"
 
 NoteCommands::NoteCommands(Workspace& space, EditorTable& editors)
-    : workspace(space), listShown(space.host(), "event-list", 0) {
+    : workspace(space), listShown(space.host(), "event-list", 0),
+      othersShown(space.host(), "other-notes", 0), computerKeys(space) {
     editors.enter(compEditor, [](Workspace& around, CComp& comp) -> std::unique_ptr<CCompEditor> {
         return std::make_unique<CEditorWin>(around, static_cast<CEditorComp&>(comp));
     });
     workspace.commands().bind(
         "edit", [this] { workspace.openPart(selectedPart()); },
         [this] { return selectedPart() != nullptr; });
-    for (const char* name :
-         {"octup", "octdown", "trackzoomin", "trackzoomout", "insertnote", "playrange"})
+    for (const char* name : {"octup", "octdown", "trackzoomin", "trackzoomout", "insertnote",
+                             "transform", "playrange"})
         workspace.commands().leave(name);
+    workspace.commands().bind(
+        "steprec", [this] { toggleSteps(); },
+        [this] { return seq() && (seq()->stepRec.getPart() || stepPart()); },
+        [this] { return seq() && seq()->stepRec.getPart(); });
+    workspace.commands().bind(
+        "computerkeys", [this] { computerKeys.set(!computerKeys.on()); }, [] { return true; },
+        [this] { return computerKeys.on(); });
     bindSwitches();
+}
+
+/// The part in the editor in front, else the selected one.
+CPart* NoteCommands::stepPart() const {
+    CSeq* song = seq();
+    if (!song || !workspace.inFront(song->editorComp.get())) return selectedPart();
+    return song->editorComp->part();
+}
+
+/// Steps show in the editor.
+void NoteCommands::toggleSteps() {
+    CPart* part = seq()->stepRec.getPart() ? nullptr : stepPart();
+    seq()->recordSteps(part);
+    const bool begun = part && seq()->stepRec.getPart() == part;
+    if (begun) workspace.openPart(part);
+    workspace.setStatus(!part    ? "Step record off"
+                        : !begun ? "The part can't be recorded: its track is locked"
+                                 : "Step record: keys write chords, Right rests, Ctrl+Right ties, "
+                                   "Backspace takes back, Escape ends it");
 }
 
 CSeq* NoteCommands::seq() const {
@@ -54,6 +81,13 @@ void NoteCommands::bindSwitches() {
     };
     commands.bind(
         "eventlist", [this] { listShown.toggle(); }, withSong, [this] { return listShown.on(); });
+    commands.bind(
+        "othernotes",
+        [this] {
+            othersShown.toggle();
+            seq()->songNotices.raise(SeqNotice::parts);
+        },
+        withSong, [this] { return othersShown.on(); });
     bindByte("notenames", SongOptions::showNoteNames);
     bindByte("notelength", SongOptions::rememberNotes);
 }

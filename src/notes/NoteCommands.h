@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/ComputerKeys.h"
 #include "ui/Options.h"
 
 class CPart;
@@ -15,8 +16,11 @@ public:
 private:
     CSeq* seq() const;
     CPart* selectedPart() const;
+    CPart* stepPart() const;
+    void toggleSteps();
     void bindSwitches();
 
     Workspace& workspace;
-    Option listShown;
+    Option listShown, othersShown;
+    ComputerKeys computerKeys;
 };

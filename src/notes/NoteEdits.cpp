@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/MidiBytes.h"
 #include "notes/NoteState.h"
 #include "sequencer/Audition.h"
 #include "sequencer/CSeq.h"
@@ -10,6 +11,9 @@
 #include "ui/Workspace.h"
 
 #include <algorithm>
+#include <map>
+#include <unordered_set>
+#include <vector>
 
 namespace {
 
@@ -18,6 +22,11 @@ const EventLane noteLane;
 /// Behind what is selected, else at the position, else where the part begins.
 void insertNote(NoteState& state) {
     CSeq* seq = state.seq();
+    if (CStepRec& steps = seq->stepRec; steps.getPart() == state.part) {
+        const int key = state.part->type == partDrum ? firstDrumKey + steps.note : steps.note;
+        steps.play(seq, asData(midiNoteOn, key, state.edit.eventVelocity));
+        return steps.play(seq, asData(midiNoteOn, key, 0));
+    }
     const NoteEvent last = selectedEvent(state, true);
     const NotePlace place = state.place();
     if (place.rows.count() == 0) return;
@@ -98,13 +107,40 @@ void quantizeSelected(NoteState& state) {
     seq->host->undoEnd(undo, false);
 }
 
+/// Of each row the selected events become one, from the first to the end of the last.
+void glueSelected(NoteState& state) {
+    std::unique_ptr<CPart> draft = contentDraft(state.part);
+    std::map<int, std::pair<int*, int>> first; // by row: its length, and where it begins
+    std::unordered_set<CBaseEvent*> going;
+    eachEvent(draft->getEvents(), [&](CBaseEvent* e, int tick) {
+        const NoteFacts facts = factsOf(state.part, e, tick);
+        if (!isSelected(e) || facts.length == 0) return;
+        const auto [found, added] =
+            first.try_emplace(facts.row, eventLength(state.part->type, e), tick);
+        if (added) return;
+        int& length = *found->second.first;
+        length = asMax(length, tick + facts.length - found->second.second);
+        going.insert(e);
+    });
+    std::vector<CBaseEvent*> staying;
+    for (CBaseEvent* e = draft->getEvents(); e; e = e->next) {
+        const bool goes = going.contains(e);
+        if (isSelected(e) && !goes) staying.push_back(e);
+        select(e, goes);
+    }
+    draft->deleteSelected();
+    for (CBaseEvent* e : staying) select(e, true);
+    applyDraft(state.seq(), state.part, std::move(draft), "Glue");
+}
+
 constexpr struct {
     const char* name;
     void (*run)(NoteState& state);
 } actions[] = {{"delete", deleteSelected},     {"cut", cutSelected},
                {"copy", copySelected},         {"paste", paste},
                {"selectAll", selectAll},       {"duplicate", duplicateEvents},
-               {"quantize", quantizeSelected}, {"insertnote", insertNote}};
+               {"quantize", quantizeSelected}, {"glue", glueSelected},
+               {"insertnote", insertNote}};
 
 } // namespace
 

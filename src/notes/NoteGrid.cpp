@@ -16,6 +16,7 @@
 #include "ui/NoteDrawing.h"
 #include "ui/Options.h"
 #include "ui/ProgramItems.h"
+#include "ui/TrackPalette.h"
 #include "ui/Workspace.h"
 
 namespace {
@@ -24,6 +25,8 @@ constexpr int cursorPlain = 1, cursorSideways = 5;
 constexpr int shadowReach = 1;  ///< of the play line to each side
 constexpr int mostTold = 2000;  ///< notes in the accessible tree
 constexpr double beyond = 0.35; ///< how dark it is where the part is not
+constexpr double otherStrength = 0.4;
+constexpr double stepShade = 0.25;
 constexpr double behind = 0.35; ///< of notes whose copies are dragged
 constexpr const char* freeHint =
     "Double click or Alt + drag puts a note in, drag selects, with Shift more; right drag scrolls";
@@ -77,7 +80,9 @@ void NoteGrid::paint(CGraphic* g, CRect) {
     if (state.part) {
         paintGround(g, asked);
         paintBounds(g, asked);
+        paintOthers(g, asked);
         paintNotes(g, asked);
+        paintStep(g, asked);
         if (gesture && win->app->drag.of(this)) gesture->paintOverlay(g, asked);
         const CRect shadow = asRect(shownX - shadowReach, 0, shownX + shadowReach + 1, height);
         if (!intersect(shadow, asked).empty()) {
@@ -109,6 +114,49 @@ void NoteGrid::paintBounds(CGraphic* g, CRect asked) const {
         if (!dark.empty()) fillAlpha(g, dark, hexColor(0), beyond);
 }
 
+/// In the colours of their tracks.
+void NoteGrid::paintOthers(CGraphic* g, CRect asked) const {
+    if (state.others.empty()) return;
+    PixelPaper paper(g, asked);
+    for (CPart* other : state.others) {
+        const NotePlace place = state.placeOf(other);
+        const int own = other->colour < 0 ? int(place.track->colour) : int(other->colour);
+        const int colour = own < 0 ? trackColour(state.seq()->tracks.indexed(place.track))
+                                   : hexColor(unsigned(own));
+        drawEvents(paper, place, *place.events, state.edit,
+                   {colour, colour, clGrid.fillCol, otherStrength}, asked);
+    }
+}
+
+/// A press on a note of another part, where the part has none, turns to that part.
+bool NoteGrid::pressOther(CPoint at, int btn) {
+    if ((btn & ~modLeft) || NoteMouse::eventAt(state.place(), state.edit, at).event) return false;
+    for (CPart* other : state.others) {
+        const FoundEvent found = NoteMouse::eventAt(state.placeOf(other), state.edit, at);
+        if (!found.event) continue;
+        NoteMouse::unselect(other);
+        select(found.event, true);
+        state.turnTo(other);
+        return true;
+    }
+    return false;
+}
+
+/// Where the next chord of a recording in steps goes.
+void NoteGrid::paintStep(CGraphic* g, CRect asked) const {
+    const CStepRec& steps = state.seq()->stepRec;
+    if (steps.getPart() != state.part) return;
+    const double from = double(state.part->pos) + steps.getPos();
+    const int x = state.axis().xOf(from);
+    const int right = state.axis().xOf(from + steps.stepTicks(state.seq()));
+    fillAlpha(g, intersect(asRect(x, 0, right, height), asked), clStepRec.fillCol, stepShade);
+    const EventRows rows = state.rows();
+    const int row = asMin(steps.note, rows.count() - 1);
+    if (row < 0) return;
+    const int y = rows.top(row) - state.edit.scrollY;
+    g->fillRect(clStepRec.fillCol, intersect(asRect(x, y, right, y + rows.height(row)), asked));
+}
+
 void NoteGrid::paintNotes(CGraphic* g, CRect asked) const {
     const NotePlace place = state.place();
     NoteLook look{clEvent.fillCol, clEventSelected.fillCol, clGrid.fillCol, 1.0,
@@ -134,6 +182,7 @@ void NoteGrid::mouseDown(int x, int y, int btn) {
     CCtrl::mouseDown(x, y, btn);
     if (panZoom.press(x, y, btn) || !state.part || !state.seq()) return;
     const CPoint at = asPoint(x, y);
+    if (!state.seq()->stepRec.getPart() && pressOther(at, btn)) return;
     auto mouse = std::make_unique<NoteMouse>(state.edit, state.place());
     state.edit.kind = state.part->type == partDrum ? kindDrums : kindNotes;
     state.edit.editPart = state.part;

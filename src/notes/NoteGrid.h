@@ -50,6 +50,9 @@ private:
     void zoomAt(CPoint at, double factor, bool across) override;
     void paintGround(CGraphic* g, CRect asked) const;
     void paintBounds(CGraphic* g, CRect asked) const;
+    void paintOthers(CGraphic* g, CRect asked) const;
+    bool pressOther(CPoint at, int btn);
+    void paintStep(CGraphic* g, CRect asked) const;
     void paintNotes(CGraphic* g, CRect asked) const;
     int playX() const;
     void hover(int x, int y);

@@ -55,9 +55,33 @@ void change(NoteState& state, EventDelta by) {
     if (const NoteEvent first = selectedEvent(state, false); first.event) showEvent(state, first);
 }
 
+/// While the part is recorded in steps.
+bool stepKey(NoteState& state, int key, int mods) {
+    CSeq* seq = state.seq();
+    CStepRec& steps = seq->stepRec;
+    const int along = (key == keyRight) - (key == keyLeft);
+    const int up = (key == ::keyUp) - (key == ::keyDown);
+    if (along > 0 && mods == modControl) return steps.tie(seq), true;
+    if (along != 0 && mods == 0) return steps.rest(seq, along), true;
+    if (up != 0 && !(mods & ~modShift)) {
+        const int by = (mods & modShift ? EventRows::octave : 1) * up;
+        const bool drums = state.part->type == partDrum;
+        steps.setNote(drums ? asMinMax(steps.note - by, 0, asMax(0, state.rows().count() - 1))
+                            : steps.note + by);
+        state.shownChanged();
+        return true;
+    }
+    if (key == keyBackspace) return steps.takeBack(seq), true;
+    if (key == keyEscape) return seq->recordSteps(nullptr), true;
+    return false;
+}
+
 } // namespace
 
 bool noteKey(NoteState& state, int key, int mods) {
+    if (state.part && state.seq() && state.seq()->stepRec.getPart() == state.part &&
+        stepKey(state, key, mods))
+        return true;
     const int along = (key == keyRight) - (key == keyLeft);
     const int up = (key == ::keyUp) - (key == ::keyDown);
     if ((along == 0 && up == 0) || !state.part || !state.seq()) return false;

@@ -19,3 +19,13 @@ const EventIndex& NoteState::eventsOf(const NotePlace& place, CPart* shown) cons
     draftShown = shown;
     return draftEvents;
 }
+
+NotePlace NoteState::placeOf(CPart* other) const {
+    CTrack* on = seq()->partToTrack(other);
+    NotePlace found = place();
+    found.part = other;
+    found.track = on;
+    found.rows = EventRows(on, other, noteHeight);
+    found.events = &otherEvents.of(seq(), other);
+    return found;
+}

@@ -15,6 +15,7 @@
 #include "notes/NoteGrid.h"
 #include "notes/NoteObjects.h"
 #include "notes/NoteRuler.h"
+#include "notes/TransformBar.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/EventEdits.h"
 #include "sequencer/PartEdits.h"
@@ -39,7 +40,8 @@ constexpr int controllers = 128;
 
 RollBody::RollBody(CWin* owner, Workspace& space)
     : EditorBody(owner, "roll"), NoteState(space), objectsShown(qv, "object-bar", 1),
-      listShown(qv, "event-list", 0), objects(new NoteObjects(owner, *this)),
+      listShown(qv, "event-list", 0), othersShown(qv, "other-notes", 0),
+      objects(new NoteObjects(owner, *this)), transform(new TransformBar(owner, *this)),
       list(new CEventList(owner, *this)), ruler(new NoteRuler(owner, *this)),
       keys(new KeyStrip(owner, *this)), drums(new DrumStrip(owner, *this)),
       grid(new NoteGrid(owner, *this)), lane(new LaneView(owner, *this)),
@@ -49,8 +51,8 @@ RollBody::RollBody(CWin* owner, Workspace& space)
       down(new CScrollbar(owner, "down", 0, 0, barWidth, 1)) {
     noteHeight = asMinMax(qv->settings.getInt(heightKey, storedHeight), int(EventRows::leastHeight),
                           int(EventRows::mostHeight));
-    for (CCtrl* child : std::initializer_list<CCtrl*>{objects, list, ruler, keys, drums, grid, lane,
-                                                      lanes, across, down})
+    for (CCtrl* child : std::initializer_list<CCtrl*>{objects, transform, list, ruler, keys, drums,
+                                                      grid, lane, lanes, across, down})
         addControl(child);
     across->spokenName = "Scroll along the part";
     down->spokenName = "Scroll the keys";
@@ -59,6 +61,8 @@ RollBody::RollBody(CWin* owner, Workspace& space)
     across->onChange = new _COnChange<RollBody>(this, &RollBody::acrossMoved);
     down->onChange = new _COnChange<RollBody>(this, &RollBody::downMoved);
     lanes->onChange = new _COnChange<RollBody>(this, &RollBody::laneChosen);
+    transform->visible = false;
+    transform->onClosed = new _COnChange<RollBody>(this, &RollBody::transformClosed);
     lane->onMenu = new _COnChange<RollBody>(this, &RollBody::laneMenu);
 }
 
@@ -86,6 +90,7 @@ bool RollBody::dragStands() const {
 void RollBody::songChanged() {
     if (drags() && !dragStands()) win->app->drag.cancel();
     songTicks = seq() ? seq()->renderDuration() : 0;
+    followOthers();
     layout();
     list->contentChanged();
     shownChanged();
@@ -97,12 +102,16 @@ bool RollBody::shows(const CPart* wanted) const {
 
 void RollBody::setPart(CPart* wanted, CTrack* on) {
     if (drags()) win->app->drag.cancel();
+    const bool stays = wanted && std::ranges::find(others, wanted) != others.end();
+    if (wanted != part && transform->visible) transformClosed(nullptr);
     part = wanted;
     track = on;
+    forgetOthers();
     songTicks = seq() ? seq()->renderDuration() : 0;
     fillLanes();
     layout();
-    if (part) fitContent();
+    followOthers();
+    if (part && !stays) fitContent();
     list->contentChanged();
     shownChanged();
 }
@@ -112,6 +121,58 @@ void RollBody::idle() {
     list->dropField();
     drums->idle();
     objects->refresh();
+    transform->dropField();
+    followOthers();
+    scrollInViewStepCursor();
+}
+
+/// The selected parts, or with the switch all that sound while this one does.
+void RollBody::followOthers() {
+    constexpr size_t most = 64;
+    std::vector<CPart*> now;
+    if (part && seq() && part->type == partMIDI)
+        for (const auto* t : each<CSongTrack>(seq()->getProg()->tracks))
+            for (auto* p : each<CPart>(t->parts)) {
+                const bool meets = p->pos < part->pos + seq()->getTicks(part) &&
+                                   p->pos + seq()->getTicks(p) > part->pos;
+                const bool wanted = p->selected() || (othersShown.on() && meets);
+                if (wanted && p != part && p->type == partMIDI && now.size() < most)
+                    now.push_back(p);
+            }
+    if (now == others) return;
+    others = std::move(now);
+    shownChanged();
+}
+
+void RollBody::turnTo(CPart* other) {
+    workspace.openPart(other);
+}
+
+void RollBody::openTransform() {
+    if (transform->visible) return transformClosed(nullptr);
+    transform->visible = true;
+    layout();
+    redraw();
+    win->setKeyCtrl(transform->firstCtrl());
+    transform->open();
+}
+
+/// What was done stays.
+void RollBody::transformClosed(CObject*) {
+    transform->keep();
+    transform->visible = false;
+    layout();
+    redraw();
+    win->setKeyCtrl(grid);
+}
+
+void RollBody::scrollInViewStepCursor() {
+    const CStepRec& steps = seq()->stepRec;
+    const int now = steps.getPart() == part ? steps.getPos() : -1;
+    if (now == shownStep) return;
+    shownStep = now;
+    if (now >= 0) scrollInView(now - part->offset, asMin(steps.note, rows().count() - 1));
+    shownChanged();
 }
 
 void RollBody::showBars() {
@@ -196,7 +257,8 @@ void RollBody::resized() {
 void RollBody::layout() {
     objects->visible = objectsShown.on();
     list->visible = listShown.on();
-    const int above = objects->visible ? NoteObjects::barHeight : 0;
+    const int barTop = objects->visible ? int(NoteObjects::barHeight) : 0;
+    const int above = barTop + (transform->visible ? int(TransformBar::barHeight) : 0);
     const int gridTop = above + NoteRuler::rulerHeight;
     const int listed = list->visible ? asMin(int(CEventList::listWidth), width / 2) : 0;
     const int beside = leftWidth(), gridLeft = listed + beside;
@@ -205,6 +267,7 @@ void RollBody::layout() {
     const int wide = asMax(1, width - gridLeft - barWidth);
     const int high = asMax(1, height - gridTop - laneHeight - barWidth);
     objects->setBounds(0, 0, width, NoteObjects::barHeight);
+    transform->setBounds(0, barTop, width, TransformBar::barHeight);
     list->setBounds(0, above, asMax(1, listed), asMax(1, height - above));
     ruler->setBounds(gridLeft, above, wide, NoteRuler::rulerHeight);
     side()->setBounds(listed, gridTop, beside, high);
@@ -307,17 +370,18 @@ void RollBody::downMoved(CObject*) {
 // Actions and menus.
 
 void RollBody::fillPart(CPopup* popup) {
-    addActionItems(popup, workspace, {"quantize", "insertnote"});
+    addActionItems(popup, workspace, {"transform", "quantize", "glue", "insertnote", "steprec"});
     addActionItems(popup, workspace, {"octup", "octdown", "trackzoomin", "trackzoomout"});
 }
 
 void RollBody::fillOptions(CPopup* popup) {
     addActionItems(popup, workspace,
-                   {"eventlist", "objectbar", "preview", "notenames", "notelength"});
+                   {"eventlist", "objectbar", "othernotes", "computerkeys", "preview", "notenames",
+                    "notelength"});
 }
 
 bool RollBody::knowsAction(const CStr& name) const {
-    return isNoteAction(name);
+    return name == "transform" || isNoteAction(name);
 }
 
 /// What is the view's own, then what is done to the part.
@@ -326,7 +390,9 @@ bool RollBody::runAction(const CStr& name) {
         zoomAtPos(gridWidth() / 2, edit.axis.zoom() * factor);
     };
     if (!part) return false;
-    if (name == "octup" || name == "octdown")
+    if (name == "transform")
+        openTransform();
+    else if (name == "octup" || name == "octdown")
         scrollOctaves(name == "octup" ? 1 : -1);
     else if (name == "trackzoomin" || name == "trackzoomout")
         setVertZoom(gridHeight() / 2,

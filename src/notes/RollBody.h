@@ -18,6 +18,7 @@ class LaneView;
 class NoteGrid;
 class NoteObjects;
 class NoteRuler;
+class TransformBar;
 
 /// The notes of a MIDI part on its keys, or the hits of a drum part on its sounds, with a ruler
 /// above and below a lane of velocities or controllers. Interface thread.
@@ -67,10 +68,17 @@ private:
     CCtrl* side() const;        ///< what is beside the grid
     int leftWidth() const;
     void showBars();
+    void followOthers();
+    void turnTo(CPart* other) override;
+    void openTransform();
+    void transformClosed(CObject*);
+    void scrollInViewStepCursor();
 
-    Option objectsShown, listShown;
+    int shownStep = -1; ///< of a recording in steps, in ticks of the part
+    Option objectsShown, listShown, othersShown;
     int songTicks = 0; ///< length of the song, as it was when it changed last
     NoteObjects* objects;
+    TransformBar* transform;
     CEventList* list;
     NoteRuler* ruler;
     KeyStrip* keys;   ///< of a MIDI part

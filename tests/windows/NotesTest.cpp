@@ -1,10 +1,16 @@
+#include "Blocks.h"
 #include "NotesFixture.h"
 
 #include "engine/CSnap.h"
+#include "gui/KeyPlayer.h"
 #include "gui/controls/CButton.h"
+#include "gui/controls/CDropdown.h"
 #include "gui/controls/CEdit.h"
+#include "gui/controls/CValue.h"
 #include "instruments/CLayer.h"
 #include "notes/CEventList.h"
+#include "notes/KeyStrip.h"
+#include "notes/TransformBar.h"
 #include "ui/EventRows.h"
 #include "ui/Options.h"
 
@@ -198,6 +204,158 @@ TEST_F(NotesTest, TheListTypesAndStepsCells) {
     EXPECT_TRUE(holds("0:62:240:100* 2400:64:240:50 2880:67:480:50 ")) << "what is shown";
     for (int i = 0; i < 5; i++) key("ctrl+z");
     EXPECT_TRUE(pumpUntil([&] { return content().find("0:60:240:100") == 0; }));
+}
+
+TEST_F(NotesTest, KeysThatComeFastAllCount) {
+    open(trackMIDI);
+    put(0, 60, 240);
+    key("Right");
+    ASSERT_TRUE(holds("0:60:240:100* "));
+    act({"key", "--delay", "0", "--repeat", "9", "ctrl+Up"});
+    EXPECT_TRUE(holds("0:69:240:100* "));
+    act({"key", "--delay", "0", "--repeat", "9", "ctrl+z"});
+    EXPECT_TRUE(holds("0:60:240:100* "));
+}
+
+TEST_F(NotesTest, StepsAreRecordedFromKeysAndTheMouse) {
+    open(trackMIDI);
+    row(0)->track->setSelected(true);
+    key("F4");
+    const auto stepAt = [&](int wanted) {
+        return pumpUntil([&] { return seq()->stepRec.getPos() == wanted; });
+    };
+    ASSERT_TRUE(pumpUntil([&] { return seq()->stepRec.getPart() == edited; }));
+    key("n");
+    EXPECT_TRUE(holds("0:60:240:100* ")) << "the row that is shown";
+    EXPECT_TRUE(stepAt(240));
+    key("Right");
+    EXPECT_TRUE(stepAt(480)) << "a rest";
+    key("Up");
+    key("n");
+    key("ctrl+Right");
+    EXPECT_TRUE(holds("0:60:240:100* 480:61:480:100* ")) << "tied";
+    EXPECT_TRUE(stepAt(960));
+
+    at(child<KeyStrip>("keys"), asPoint(100, place(0, 64).y));
+    act({"click", "1"});
+    EXPECT_TRUE(holds("0:60:240:100* 480:61:480:100* 960:64:240:100* ")) << "the strip";
+    click(place(2000, 67));
+    EXPECT_TRUE(stepAt(1920)) << "the press places the step";
+    EXPECT_EQ(seq()->stepRec.note, 67);
+    key("Left");
+    key("Left");
+    key("Left");
+    EXPECT_TRUE(stepAt(1200));
+    key("BackSpace");
+    EXPECT_TRUE(holds("0:60:240:100 480:61:480:100 ")) << "taken back";
+
+    key("ctrl+shift+k");
+    ASSERT_TRUE(pumpUntil([&] { return app->keyPlayer != nullptr; }));
+    for (const char* pressed : {"z", "b"}) act({"keydown", pressed});
+    runBlocks(win->host(), 2);
+    for (const char* released : {"b", "z"}) act({"keyup", released});
+    runBlocks(win->host(), 2);
+    const auto has = [&](const char* text) {
+        return pumpUntil([&] { return content().find(text) != std::string::npos; });
+    };
+    EXPECT_TRUE(has("960:48:240:100")) << "a chord by places";
+    EXPECT_TRUE(has("960:55:240:100"));
+    key("Escape");
+    EXPECT_EQ(app->keyPlayer, nullptr);
+    ASSERT_EQ(seq()->stepRec.getPart(), edited) << "the keyboard was ended, not the steps";
+    key("Escape");
+    EXPECT_TRUE(pumpUntil([&] { return !seq()->stepRec.getPart(); }));
+}
+
+TEST_F(NotesTest, NotesAreEditedInTheirTrack) {
+    startWith({trackMIDI});
+    edited = addPart(0, barTicks, barTicks);
+    row(0)->track->setSelected(true);
+    seq()->selectTrack(row(0), true);
+    grid()->win->setKeyCtrl(grid());
+    key("e");
+    RowHead* head = nullptr;
+    const auto headShown = [&] {
+        head = nullptr;
+        for (auto* c : each<CCtrl>(find<HeadList>("heads")->controls))
+            if (c->id == "notes") head = static_cast<RowHead*>(c);
+        return head != nullptr;
+    };
+    ASSERT_TRUE(pumpUntil(headShown));
+    // Without notes the row, 168 pixels high, is about the keys from 48 to 72 and two more to each
+    // side: 5 pixels for each of 33 keys, from 76 down.
+    const auto keyAt = [&](int tick, int note) {
+        const CPoint to = point(barTicks + tick, 0);
+        mouseTo(asPoint(to.x, head->top + (76 - note) * 5 + 2));
+    };
+    keyAt(500, 60);
+    act({"click", "--repeat", "2", "--delay", "50", "1"});
+    EXPECT_TRUE(holds("480:60:240:100* "));
+    keyAt(600, 60);
+    act({"mousedown", "1"});
+    keyAt(900, 61);
+    keyAt(1080, 62);
+    act({"mouseup", "1"});
+    EXPECT_TRUE(holds("960:62:240:100* ")) << "moved by the grid and two keys";
+    key("Delete");
+    EXPECT_TRUE(holds("")) << "the note goes";
+    EXPECT_EQ(parts(0), 1) << "and the part stays";
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return content().find("960:62") == 0; }));
+    keyAt(1000, 62);
+    act({"click", "3"});
+    EXPECT_TRUE(holds("")) << "the right button deletes";
+    key("e");
+    EXPECT_TRUE(pumpUntil([&] { return !headShown(); }));
+}
+
+TEST_F(NotesTest, TransformsAreOneStep) {
+    open(trackMIDI);
+    put(10, 60, 240);
+    put(500, 64, 240);
+    key("ctrl+a");
+    key("shift+q");
+    auto* bar = child<TransformBar>("transformbar");
+    ASSERT_TRUE(pumpUntil([&] { return bar->visible; }));
+    EXPECT_TRUE(holds("0:60:240:100* 480:64:240:100* ")) << "quantized at once";
+    const int atStep = win->host()->undoIndex;
+    childOf<CValue>(bar, "value")->setValue(50);
+    EXPECT_TRUE(holds("5:60:240:100* 490:64:240:100* ")) << "from where they stood";
+    childOf<CDropdown>(bar, "transform")->setIndex(transformTranspose, true);
+    EXPECT_TRUE(holds("10:72:240:100* 500:76:240:100* "));
+    EXPECT_EQ(win->host()->undoIndex, atStep) << "one step";
+    key("Escape");
+    EXPECT_TRUE(holds("10:60:240:100* 500:64:240:100* "));
+    EXPECT_TRUE(pumpUntil([&] { return !bar->visible; }));
+
+    key("shift+q");
+    EXPECT_TRUE(holds("10:72:240:100* 500:76:240:100* ")) << "as it was left";
+    at(childOf<CButton>(bar, "Keep"), asPoint(5, 5));
+    act({"click", "1"});
+    EXPECT_TRUE(pumpUntil([&] { return !bar->visible; })) << "kept";
+    EXPECT_TRUE(holds("10:72:240:100* 500:76:240:100* "));
+    key("ctrl+z");
+    EXPECT_TRUE(holds("10:60:240:100* 500:64:240:100* "));
+}
+
+TEST_F(NotesTest, NotesOfOtherPartsShowAndTurnToTheirs) {
+    open(trackMIDI);
+    seq()->addTrack(trackMIDI, seq()->getProg(), nullptr);
+    CPart* other = addPart(1, barTicks, barTicks);
+    std::swap(edited, other);
+    put(960, 64, 240);
+    std::swap(edited, other);
+    const auto shown = [&] { return seq()->editorComp->part(); };
+    click(place(1100, 64));
+    EXPECT_EQ(shown(), edited) << "it does not show yet";
+    click(place(3000, 50)); // no double click with the next
+    win->runAction(win->commands().getAction("othernotes"));
+    ASSERT_TRUE(loaded());
+    click(place(1000, 64));
+    EXPECT_TRUE(pumpUntil([&] { return shown() == other; }));
+    std::swap(edited, other);
+    EXPECT_TRUE(holds("960:64:240:100* ")) << "the note is selected there";
+    win->runAction(win->commands().getAction("othernotes"));
 }
 
 TEST_F(NotesTest, TheEditorFollowsThePart) {

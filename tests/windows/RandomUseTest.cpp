@@ -1,3 +1,4 @@
+#include "Blocks.h"
 #include "MainFixture.h"
 #include "ProjectMask.h"
 #include "SentEvents.h"
@@ -6,7 +7,6 @@
 #include "base/Numbers.h"
 #include "driver/libaam.h"
 #include "engine/CClick.h"
-#include "engine/Cycle.h"
 #include "engine/DeviceComps.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
@@ -330,14 +330,7 @@ private:
     }
 
     // What must be so.
-    void blocks(int count) {
-        std::vector<float> left(size_t(host->frames)), right = left;
-        float* ins[] = {left.data(), right.data()};
-        float* outs[] = {left.data(), right.data()};
-        std::vector<AamEvent> events(aamMaxEvents);
-        for (int i = 0; i < count; i++) libio(ins, outs, 2, 2, host->frames, events.data(), 0);
-        host->tasks->audioStopped();
-    }
+    void blocks(int count) { runBlocks(host.get(), count); }
     void settled() {
         for (int i = 0; i < 2; i++) {
             blocks(1);
