@@ -55,7 +55,7 @@ void PartMerge::add(CPart* from, int offset) {
             if (tick >= 0 && tick < length) visit(e, saturate(tick + offset));
         });
     };
-    const PlayedEvents played(from, length - from->offset);
+    const PlayedEvents played(from, saturate(int64_t(length) - from->offset));
     eachInside(played.list(), [&](const CBaseEvent* e, int tick) { addEvent(e, tick); });
     const int slots = from->content()->reservedSlots();
     for (int slot = 0; slot < slots; slot++)

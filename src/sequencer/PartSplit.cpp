@@ -105,7 +105,7 @@ CAudioEvent* Piece::clipPiece(const CAudioEvent* clip, int tick) const {
 
 void Piece::copyEvents(CPart* into) const {
     EventCollector copies;
-    const PlayedEvents events(source, length - source->offset);
+    const PlayedEvents events(source, saturate(int64_t(length) - source->offset));
     eachEvent(events.list(), [&](const CBaseEvent* e, int eventTick) {
         const int tick = partTick(eventTick);
         if (source->type == partAudio) {

@@ -31,10 +31,11 @@ struct RampFixture : Edits {
         part =
             several ? addAudio(960, {{0, make()}, {1000, make()}}) : addAudio(960, {{0, make()}});
         part->length = 1920;
+        if (several) return;
         auto* takes = new Takes;
         takes->takes = {{0, 1920, first, fileFrames - 1}};
         takes->comp = {{0, 0, 1920}};
-        if (!several) part->takes = takes;
+        part->takes = takes;
     }
     bool folderEmpty() const { return std::filesystem::is_empty(folder.path.asChar()); }
 };
