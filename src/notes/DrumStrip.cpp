@@ -17,6 +17,7 @@
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "instruments/CSynthProg.h"
+#include "notes/NoteEdits.h"
 #include "notes/NoteState.h"
 #include "project/PresetFiles.h"
 #include "sequencer/CSeq.h"
@@ -196,7 +197,9 @@ void DrumStrip::paintSwitch(CGraphic* g, CRect box, const char* letter, bool on,
 void DrumStrip::play(int row) {
     if (row == sounding) return;
     state.track->preview.mute();
+    recordStep(state, sounding, 0);
     sounding = row;
+    recordStep(state, row, pressVelocity);
     if (row >= 0) state.track->preview.addNote(firstDrumKey + row, pressVelocity);
     redraw();
 }
@@ -488,7 +491,10 @@ bool DrumStrip::pressPart(int part) {
     if (part == wholeCtrl || part >= accessParts()) return false;
     choose(part / zones);
     act(part / zones, Zone(part % zones));
-    if (part % zones == onName) sounding = -1; // it rings out by itself
+    if (part % zones == onName) {
+        recordStep(state, part / zones, 0);
+        sounding = -1; // it rings out by itself
+    }
     redraw();
     return true;
 }

@@ -1,6 +1,7 @@
 #include "notes/EventChange.h"
 
 #include "base/Numbers.h"
+#include "engine/CQV.h"
 #include "notes/NoteState.h"
 #include "sequencer/Audition.h"
 #include "sequencer/CSeq.h"
@@ -30,6 +31,8 @@ const CBaseEvent* change(NoteState& state, const CBaseEvent* told,
     });
     if (state.seq()->isLocked(state.part)) return nullptr;
     applyDraft(state.seq(), state.part, std::move(draft), "Edit");
+    state.qv->settle(); // what is played and told is what has become of it
+    if (!state.part) return nullptr;
     state.track->preview.mute();
     playEvent(state.track, state.part, nullptr, 0);
     state.shownChanged();

@@ -1,13 +1,13 @@
 #include "notes/KeyStrip.h"
 
 #include "base/Numbers.h"
-#include "engine/MidiBytes.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Colours.h"
 #include "gui/Keys.h"
 #include "gui/PanZoom.h"
+#include "notes/NoteEdits.h"
 #include "notes/NoteState.h"
 #include "sequencer/CSeq.h"
 #include "ui/PlaceText.h"
@@ -69,20 +69,12 @@ void KeyStrip::paintKeys(CGraphic* g, const EventRows& rows, CRect asked) const 
 
 void KeyStrip::play(int row) {
     if (row == sounding) return;
-    if (state.seq() && state.seq()->stepRec.getPart() == state.part) {
-        recordStep(sounding, false);
-        recordStep(row, true);
-    }
+    recordStep(state, sounding, 0);
+    recordStep(state, row, pressVelocity);
     state.track->preview.mute();
     sounding = row;
     if (row >= 0) state.track->preview.addNote(row, pressVelocity);
     redraw();
-}
-
-void KeyStrip::recordStep(int row, bool pressed) {
-    if (row < 0) return;
-    const int key = state.part->type == partDrum ? firstDrumKey + row : row;
-    state.seq()->stepRec.play(state.seq(), asData(midiNoteOn, key, pressed ? pressVelocity : 0));
 }
 
 void KeyStrip::mouseDown(int x, int y, int btn) {
@@ -129,6 +121,7 @@ void KeyStrip::describe(Description& d, int part) const {
 bool KeyStrip::pressPart(int part) {
     if (part == wholeCtrl || part >= accessParts()) return false;
     play(part);
+    recordStep(state, part, 0);
     sounding = -1;
     redraw();
     return true;

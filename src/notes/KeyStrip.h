@@ -27,7 +27,6 @@ private:
     int rowAt(int y) const; ///< -1 outside all
     CRect rowBox(const EventRows& rows, int row) const;
     void play(int row);
-    void recordStep(int row, bool pressed);
 
     NoteState& state;
     int sounding = -1; ///< row

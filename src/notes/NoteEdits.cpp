@@ -22,10 +22,10 @@ const EventLane noteLane;
 /// Behind what is selected, else at the position, else where the part begins.
 void insertNote(NoteState& state) {
     CSeq* seq = state.seq();
-    if (CStepRec& steps = seq->stepRec; steps.getPart() == state.part) {
-        const int key = state.part->type == partDrum ? firstDrumKey + steps.note : steps.note;
-        steps.play(seq, asData(midiNoteOn, key, state.edit.eventVelocity));
-        return steps.play(seq, asData(midiNoteOn, key, 0));
+    if (seq->stepRec.getPart() == state.part) {
+        const int row = seq->stepRec.note;
+        recordStep(state, row, state.edit.eventVelocity);
+        return recordStep(state, row, 0);
     }
     const NoteEvent last = selectedEvent(state, true);
     const NotePlace place = state.place();
@@ -157,6 +157,13 @@ bool noteAction(NoteState& state, const CStr& name) {
         return true;
     }
     return false;
+}
+
+void recordStep(NoteState& state, int row, int velocity) {
+    CSeq* seq = state.seq();
+    if (row < 0 || !state.part || !seq || seq->stepRec.getPart() != state.part) return;
+    const int key = state.part->type == partDrum ? firstDrumKey + row : row;
+    seq->stepRec.play(seq, asData(midiNoteOn, key, velocity));
 }
 
 NoteEvent selectedEvent(const NoteState& state, bool last) {

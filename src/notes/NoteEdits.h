@@ -14,6 +14,10 @@ bool noteAction(NoteState& state, const CStr& name);
 
 bool isNoteAction(const CStr& name); ///< whether it is one of these
 
+/// While the part is recorded in steps: a key or sound went down, or with velocity 0 up. Nothing
+/// otherwise, and for a row below 0.
+void recordStep(NoteState& state, int row, int velocity);
+
 struct NoteEvent {
     CBaseEvent* event = nullptr;
     NoteFacts facts;

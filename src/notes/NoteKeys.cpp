@@ -1,6 +1,7 @@
 #include "notes/NoteKeys.h"
 
 #include "base/Numbers.h"
+#include "engine/CQV.h"
 #include "gui/Keys.h"
 #include "notes/NoteEdits.h"
 #include "notes/NoteState.h"
@@ -50,6 +51,8 @@ void change(NoteState& state, EventDelta by) {
     by.pitch = asMinMax(by.pitch, range.minPitch, range.maxPitch);
     if (by.length < range.minLength) by.length = 0;
     dragEvents(state.seq(), state.part, noteLane, by);
+    state.qv->settle(); // what is played and told is what has become of it
+    if (!state.part) return;
     state.track->preview.mute();
     if (by.pitch != 0 || by.velocity != 0) playEvent(state.track, state.part, nullptr, 0);
     if (const NoteEvent first = selectedEvent(state, false); first.event) showEvent(state, first);
