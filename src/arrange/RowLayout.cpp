@@ -5,6 +5,7 @@
 #include "instruments/CLayer.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
+#include "sequencer/FolderSum.h"
 #include "sequencer/PartEdits.h"
 #include "sequencer/Takes.h"
 #include "ui/EventRows.h"
@@ -85,8 +86,8 @@ void RowLayout::showNotes(const CTrack* track, bool on) {
 ArrangeRow RowLayout::notesRow(CSongTrack* songTrack) {
     const auto [low, high] = keysOf(songTrack);
     KeyFit& fit = fits[songTrack->track];
-    const bool fitted = fit.keyHeight > 0 && high <= fit.topKey &&
-                        low > fit.topKey - notesHeight / fit.keyHeight;
+    const bool fitted =
+        fit.keyHeight > 0 && high <= fit.topKey && low > fit.topKey - notesHeight / fit.keyHeight;
     if (!fitted) {
         const int count = high - low + 1 + 2 * spareKeys;
         fit.keyHeight = asMinMax(notesHeight / count, int(EventRows::leastHeight), mostKeyHeight);
@@ -114,7 +115,8 @@ void RowLayout::build(CSeq* seq) {
         const CTrack* track = songTrack->track;
         const Nesting nesting = nestingOf(track);
         if (nesting.hidden) continue;
-        const bool flat = track->kind == trackFolder && !track->ownRowHeight();
+        const bool flat =
+            track->kind == trackFolder && !track->ownRowHeight() && !folderGroup(seq, track);
         add({.songTrack = songTrack, .track = index, .depth = nesting.depth},
             flat ? int(CTrack::leastRow) : track->getRowHeight());
         for (int take = 0; take < shownTakes(songTrack); take++)

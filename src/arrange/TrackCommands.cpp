@@ -6,6 +6,7 @@
 #include "engine/CQV.h"
 #include "engine/ValueDoor.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/FolderSum.h"
 #include "sequencer/SongValues.h"
 #include "sequencer/Takes.h"
 #include "sequencer/TrackEdits.h"
@@ -28,6 +29,14 @@ Tracks chosen(CSeq* seq) {
 
 bool showsTakes(const CTrack* track) {
     return track->takesShown;
+}
+
+bool isFolder(const CTrack* track) {
+    return track->kind == trackFolder;
+}
+
+bool isSummed(const CTrack* track) {
+    return isFolder(track) && folderGroup(track->seq, track);
 }
 
 /// In the current program.
@@ -68,6 +77,10 @@ TrackCommands::TrackCommands(ArrangeState& shared, HeadList& list) : state(share
         "trackcolour", [this] { heads.askColour(); }, ready);
     state.actions.bind(
         "foldtrack", [this] { fold(); }, ready);
+    state.actions.bind(
+        "sumfolder", [this] { sumFolders(); },
+        [this, idle] { return idle() && std::ranges::any_of(chosen(state.seq()), isFolder); },
+        [this] { return anyTrack() && std::ranges::any_of(chosen(state.seq()), isSummed); });
     state.actions.bind(
         "duplicatetrack", [this] { state.tell(duplicateTracks(state.seq(), chosen(state.seq()))); },
         idle);
@@ -142,6 +155,16 @@ void TrackCommands::showNotes() {
     for (const auto* t : each<CSongTrack>(state.seq()->selectedTracks))
         if (hasNotes(t)) state.rows.showNotes(t->track, !all);
     state.rowsChanged();
+}
+
+/// Those that are summed no longer are, where there are any; else all are.
+void TrackCommands::sumFolders() {
+    const Tracks tracks = chosen(state.seq());
+    const bool anySummed = std::ranges::any_of(tracks, isSummed);
+    bool done = false;
+    for (CTrack* t : tracks)
+        if (isFolder(t) && isSummed(t) == anySummed) done = sumFolder(state.seq(), t) || done;
+    if (!done) state.tell("Nothing in the folder leads to the audio out");
 }
 
 void TrackCommands::fold() {

@@ -19,6 +19,7 @@ private:
     void bindSwitches();
     void toggle(StoredValue (*valueOf)(CTrack*));
     bool all(StoredValue (*valueOf)(CTrack*)) const;
+    void sumFolders();
     void fold();
     void showTakes();
     void showNotes();

@@ -16,6 +16,7 @@
 #include "gui/Fonts.h"
 #include "gui/Keys.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/FolderSum.h"
 #include "sequencer/TrackValues.h"
 #include "ui/CMeter.h"
 #include "ui/CStoredSlider.h"
@@ -40,9 +41,14 @@ constexpr double mutedShare = 0.45; ///< of the ground in what is not heard
 
 enum StripParam { paramVolume, paramPan };
 
-/// The channel that makes a track heard: that of the first component which its output feeds.
+/// The channel that makes a track heard: that of the first component which its output feeds, and of
+/// a folder that is summed its group's.
 COutputChannel* soundOf(CQV* qv, CTrack* track) {
     if (COutputChannel* own = track->output()) return own;
+    if (track->kind == trackFolder) {
+        CComp* group = folderGroup(track->seq, track);
+        return group ? group->output() : nullptr;
+    }
     for (CComp* c : each<CComp>(qv->comps))
         if (c->output() && fedBy(c, track->outPort())) return c->output();
     return nullptr;
@@ -122,9 +128,16 @@ void TrackHead::bindSliders() {
 void TrackHead::show(const ArrangeRow& row) {
     number = row.track;
     inset = indentOf(row);
+    rowHeight = row.height;
+    shown = present();
+    nameControls();
+    findSound();
+}
+
+void TrackHead::placeControls() {
     const int kind = track->track->kind;
-    const bool two = row.height >= twoLines && kind != trackFolder;
-    const int line = two ? firstLine : (row.height - 1 - switchHeight) / 2;
+    const bool two = rowHeight >= twoLines && (kind != trackFolder || sound);
+    const int line = two ? firstLine : (rowHeight - 1 - switchHeight) / 2;
     fold->visible = list.folds(track);
     fold->setBounds(foldLeft + inset, line, foldWidth, switchHeight);
     for (int i = 0; i < 3; i++)
@@ -133,24 +146,22 @@ void TrackHead::show(const ArrangeRow& row) {
     HeadSwitch* arm = switches[size_t(TrackSwitch::arm)];
     HeadSwitch* monitor = switches[size_t(TrackSwitch::monitor)];
     arm->visible = kind != trackFolder;
-    monitor->visible = volume->visible = pan->visible = two;
+    monitor->visible = two && kind != trackFolder;
+    volume->visible = pan->visible = two;
     const int x = foldLeft + inset + foldWidth;
     monitor->setBounds(x, secondLine, monitorWidth, secondHeight);
     const int volumeLeft = x + monitorWidth + 2 * gap, panLeft = meterLeft - 6 - panWidth;
     volume->setBounds(volumeLeft, secondLine, panLeft - 2 * gap - volumeLeft, secondHeight);
     pan->setBounds(panLeft, secondLine, panWidth, secondHeight);
-    const bool three = two && row.height >= threeLines;
+    const bool three = two && rowHeight >= threeLines;
     target->visible = kind != trackFolder;
     target->named = three;
     if (three)
         target->setBounds(x, thirdLine, meterLeft - 6 - x, switchHeight);
     else
         target->setBounds(x, line, HeadTarget::signWidth, switchHeight);
-    meter->visible = kind != trackFolder;
-    meter->setBounds(meterLeft, gap, meterWidth, row.height - 1 - 2 * gap);
-    shown = present();
-    nameControls();
-    findSound();
+    meter->visible = kind != trackFolder || sound;
+    meter->setBounds(meterLeft, gap, meterWidth, rowHeight - 1 - 2 * gap);
 }
 
 CRect TrackHead::nameBox() const {
@@ -175,6 +186,7 @@ void TrackHead::findSound() {
     target->cablesChanged();
     volume->refresh();
     pan->refresh();
+    placeControls();
 }
 
 std::vector<CCtrl*> TrackHead::stops() {

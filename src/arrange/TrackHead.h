@@ -49,6 +49,7 @@ private:
     CRect nameBox() const;
     void paintName(CGraphic* g, int ground) const;
     void nameControls();
+    void placeControls();
     void bindSliders();
 
     COutputChannel* sound = nullptr; ///< not owned; null where it is not heard
@@ -59,5 +60,5 @@ private:
     CMeter* meter;
     NameField* field = nullptr; ///< while it is renamed
     Shown shown;
-    int number = 0, inset = 0; ///< of the row
+    int number = 0, inset = 0, rowHeight = 0; ///< of the row
 };

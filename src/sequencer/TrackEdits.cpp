@@ -2,6 +2,7 @@
 
 #include "engine/CQV.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/FolderSum.h"
 #include "sequencer/Pending.h"
 #include "sequencer/TrackCopy.h"
 
@@ -102,7 +103,8 @@ void moveTracksTo(CSeq* seq, const Tracks& tracks, const TrackTarget& target) {
     bool same = std::none_of(tracks.begin(), tracks.end(), inOther);
     for (auto* t : each<CTrack>(seq->tracks)) same = same && t == order[i++];
     if (same) return;
-    CUndo* undo = seq->host->undoStart("Move track", seq, {.seq = SeqNotice::tracks});
+    CUndo* undo =
+        seq->host->undoStart("Move track", seq, {.graph = true, .seq = SeqNotice::tracks});
     const std::vector<CObject*> objects(order.begin(), order.end());
     recordOrder(undo, seq->tracks, objects);
     for (auto* prog : each<CSeqProg>(seq->progs)) {
@@ -110,8 +112,10 @@ void moveTracksTo(CSeq* seq, const Tracks& tracks, const TrackTarget& target) {
         for (const CTrack* t : order) songTracks.push_back(prog->songTrackOf(t));
         recordOrder(undo, prog->tracks, songTracks);
     }
-    for (CTrack* t : tracks) {
-        if (!inOther(t)) continue;
+    Tracks others;
+    std::ranges::copy_if(tracks, std::back_inserter(others), inOther);
+    for (CTrack* t : others) followFolder(seq, t, t->folder, target.folder, undo);
+    for (CTrack* t : others) {
         undo->asPtr(reinterpret_cast<void**>(t->folder.address()));
         t->folder = target.folder;
     }

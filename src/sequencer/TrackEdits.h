@@ -20,7 +20,8 @@ bool isInside(const CTrack* track, const CTrack* folder); ///< at any depth
 /// Whether none of them is a folder that would come into itself.
 bool canMoveTracksTo(const std::vector<CTrack*>& tracks, const TrackTarget& target);
 /// "Move track": they come there in the order that they have in the song, folders with what is in
-/// them. No step where all stay as they are, or that cannot be.
+/// them; folders that are summed let go of them or take them in. No step where all stay as they
+/// are, or that cannot be.
 void moveTracksTo(CSeq* seq, const std::vector<CTrack*>& tracks, const TrackTarget& target);
 /// "Duplicate track": tracks like them, folders with what is in them, come behind the last of them
 /// and are selected. They have their parts in all programs, lanes, settings, sounds, strips and

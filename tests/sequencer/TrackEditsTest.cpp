@@ -5,6 +5,7 @@
 #include "instruments/CLayer.h"
 #include "instruments/CSampler.h"
 #include "sequencer/CSubTrack.h"
+#include "sequencer/FolderSum.h"
 #include "sequencer/TrackRouting.h"
 
 namespace {
@@ -114,4 +115,65 @@ TEST(TrackEdits, DuplicatesComeWholeOrNotAtAll) {
     EXPECT_EQ(duplicateTracks(t.seq, {t.audio->track, t.drums->track}), "Too many tracks");
     EXPECT_EQ(t.seq->tracks.getCount(), count);
     EXPECT_TRUE(t.host.undoList.empty());
+}
+
+/// What leads to the audio out, through racks and synthesizers too, leads to one group; tracks that
+/// come or go are cabled along.
+TEST(TrackEdits, AFolderIsSummed) {
+    Duplicates t;
+    CTrack* folder = t.track(trackFolder)->track;
+    CTrack* inner = t.track(trackFolder)->track;
+    CTrack *notes = t.midi->track, *sound = t.audio->track, *kit = t.drums->track;
+    CSampler* synth = t.connect(t.midi, t.device.add(new CSampler(&t.host)));
+    CTrack* other = t.track(trackMIDI)->track;
+    CSampler* shared = t.connect(t.track(trackMIDI), t.device.add(new CSampler(&t.host)));
+    setTrackTarget(t.seq, other, shared);
+    CTrack* second = t.at(6);
+    notes->folder = second->folder = inner->folder = folder;
+    sound->folder = inner;
+    folder->id = "Band";
+    t.host.settle();
+    t.host.undoClear();
+    CComp* out = t.host.getAudioOut();
+    const auto leads = [&](CComp* to) {
+        std::string all;
+        for (const COutputChannel* ch :
+             {synth->output(), shared->output(), sound->output(), kit->output()})
+            all += fedBy(to, ch) ? '1' : '0';
+        return all;
+    };
+    t.device.run();
+    const std::string before = t.write();
+    const std::string direct = leads(out);
+    EXPECT_EQ(folderGroup(t.seq, folder), nullptr);
+    ASSERT_TRUE(sumFolder(t.seq, folder));
+    t.host.settle();
+    CComp* band = folderGroup(t.seq, folder);
+    ASSERT_TRUE(band);
+    EXPECT_EQ(band->id, "Band");
+    EXPECT_EQ(leads(band), "1010") << "the shared one plays a track outside";
+    EXPECT_EQ(leads(out), "0101");
+    EXPECT_TRUE(fedBy(out, band->output()));
+    ASSERT_TRUE(sumFolder(t.seq, inner));
+    t.host.settle();
+    CComp* within = folderGroup(t.seq, inner);
+    ASSERT_TRUE(within && within != band);
+    EXPECT_EQ(folderGroup(t.seq, folder), band);
+    EXPECT_EQ(leads(within), "0010");
+    EXPECT_TRUE(fedBy(band, within->output()));
+    moveTracksTo(t.seq, {sound, notes}, {});
+    t.host.settle();
+    EXPECT_EQ(leads(out), direct);
+    t.undo();
+    t.host.settle();
+    moveTracksTo(t.seq, {kit}, {nullptr, inner});
+    t.host.settle();
+    EXPECT_EQ(leads(within), "0011");
+    ASSERT_TRUE(sumFolder(t.seq, inner)) << "and no more";
+    t.host.settle();
+    EXPECT_EQ(leads(band), "1011");
+    EXPECT_FALSE(t.host.comps.contains(within));
+    for (int i = 0; i < 4; i++) t.undo();
+    t.device.run();
+    EXPECT_EQ(t.write(), before);
 }

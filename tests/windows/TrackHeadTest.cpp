@@ -5,6 +5,7 @@
 #include "engine/ValueDoor.h"
 #include "gui/dialogs/CColourWin.h"
 #include "sequencer/CSubTrack.h"
+#include "sequencer/FolderSum.h"
 #include "sequencer/TrackEdits.h"
 #include "sequencer/TrackInstrument.h"
 #include "sequencer/TrackRouting.h"
@@ -362,4 +363,25 @@ TEST_F(TrackHeadTest, ThereAreHeadsForWhatShows) {
     ASSERT_TRUE(head(40));
     EXPECT_EQ(win->keyTarget(), head(40));
     EXPECT_LE(heads()->controls.getCount(), room);
+}
+
+/// The head of a folder that is summed has the volume, the pan and the level of all in it.
+TEST_F(TrackHeadTest, AFolderThatIsSummedHasAFader) {
+    startWith({trackFolder, trackAudio, trackAudio});
+    row(1)->track->folder = row(2)->track->folder = row(0)->track;
+    seq()->unselectTracks();
+    seq()->selectTrack(row(0), true);
+    ASSERT_TRUE(loaded());
+    EXPECT_FALSE(on(0, "volume")->visible);
+    win->onAction(win->getAction("sumfolder"));
+    ASSERT_TRUE(pumpUntil([&] { return folderGroup(seq(), row(0)->track) != nullptr; }));
+    ASSERT_TRUE(pumpUntil([&] { return on(0, "volume")->visible; }));
+    COutputChannel* sum = folderGroup(seq(), row(0)->track)->output();
+    focus(on(0, "volume"));
+    for (const char* k : {"minus", "6", "Return"}) key(k);
+    EXPECT_TRUE(
+        pumpUntil([&] { return std::abs(sum->vol - std::pow(10.0f, -6.0f / 40)) < 1e-5f; }));
+    EXPECT_EQ(row(1)->track->output()->vol, 1.0f);
+    for (int i = 0; i < 2; i++) key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return !on(0, "volume")->visible; }));
 }
