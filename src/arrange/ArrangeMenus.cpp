@@ -82,7 +82,7 @@ void ArrangeMenus::fillSong(CPopup* popup) {
                {"playselection", "loopselection", "exportrange"},
                {"addmarker", "deletemarker", "priormarker", "nextmarker", "timesig-add"},
                {"insertbars", "removebars"},
-               {"punch", "takesinloops", "notetakes", "keepplayed"},
+               {"punch", "takesinloops", "notetakes", "quantizetakes", "keepplayed"},
                {"remix"},
                {"priorprog", "nextprog"}});
     popup->addSeparator();
@@ -95,7 +95,7 @@ void ArrangeMenus::fillTrack(CPopup* popup) {
         addActionItem(kinds, workspace, choice.action, choice.text);
     addGroups(popup, {{"mute", "solo", "armtrack", "locktrack"},
                       {"muteall", "soloall"},
-                      {"rename", "trackcolour", "foldtrack"},
+                      {"rename", "trackcolour", "foldtrack", "sumfolder"},
                       {"showtouched", "addpoint", "showtakes"},
                       {"trackup", "trackdown", "duplicatetrack", "deletetrack"},
                       {"freeze", "bounce"}});

@@ -58,6 +58,8 @@ CStr gridHint(const ArrangeState& state, const ArrangeRow* row, const PartHit& h
     switch (handle) {
     case PartHandle::fadeIn:
         return "Drag: fade in";
+    case PartHandle::gain:
+        return "Drag up or down: louder or softer";
     case PartHandle::fadeOut:
         return "Drag: fade out";
     case PartHandle::loop:

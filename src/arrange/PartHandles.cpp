@@ -26,6 +26,7 @@ std::vector<DrawnHandle> handlesOf(CPart* part, CRect box) {
         return DrawnHandle{handle, asRect(left, box.top, left + handleSize, box.top + handleSize)};
     };
     return {square(PartHandle::fadeIn, box.left),
+            square(PartHandle::gain, (box.left + box.right - handleSize) / 2),
             square(PartHandle::fadeOut, box.right - handleSize)};
 }
 

@@ -4,7 +4,6 @@
 #include "arrange/Hit.h"
 #include "arrange/PartColours.h"
 #include "arrange/PartHandles.h"
-#include "ui/WaveColumns.h"
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
 #include "gui/CApp.h"
@@ -20,6 +19,7 @@
 #include "sequencer/Takes.h"
 #include "ui/Options.h"
 #include "ui/TrackPalette.h"
+#include "ui/WaveColumns.h"
 #include "ui/Workspace.h"
 
 #include <algorithm>
@@ -88,9 +88,9 @@ void PartPainter::part(const ArrangeRow& row, CPart* part, bool heard) {
     const auto grips = handlesOf(part, box);
     const int grip = grips.empty() ? 0 : grips.front().box.width();
     const int left = asMax(box.left + grip, 0) + textGap;
-    const CRect nameBox =
-        asRect(left, box.top, asMin(box.right - grip - textGap, state.gridWidth() + beyond),
-               high ? header.bottom : box.bottom);
+    const int right = (grips.empty() ? box.right : grips[1].box.left) - textGap;
+    const CRect nameBox = asRect(left, box.top, asMin(right, state.gridWidth() + beyond),
+                                 high ? header.bottom : box.bottom);
     if (nameBox.width() < leastName) return;
     const CStr id = part->getId() + (part->ghostOf.load() ? " (ghost)" : "");
     told.push_back({nameBox, high ? c.name : palette.text, part->content()->id,

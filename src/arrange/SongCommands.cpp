@@ -1,6 +1,5 @@
 #include "arrange/SongCommands.h"
 
-#include "ui/GridCommands.h"
 #include "arrange/SongRange.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
@@ -22,6 +21,7 @@
 #include "sequencer/Takes.h"
 #include "sequencer/TrackInstrument.h"
 #include "ui/Commands.h"
+#include "ui/GridCommands.h"
 #include "ui/Options.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
@@ -149,14 +149,20 @@ void SongCommands::bindAll() {
     workspace.commands().bind(
         "punch", [this] { flip(punchOf(seq())); }, [this] { return prog() && !recording(); },
         [this] { return prog() && punchOf(seq()).get()[0] != 0.0; });
-    workspace.commands().bind(
-        "takesinloops", [this] { seq()->loopTakes = !seq()->loopTakes; },
-        [this] { return prog() && !recording(); },
-        [this] { return prog() && seq()->loopTakes != 0; });
-    workspace.commands().bind(
-        "notetakes", [this] { seq()->loopNoteTakes = !seq()->loopNoteTakes; },
-        [this] { return prog() && !recording(); },
-        [this] { return prog() && seq()->loopNoteTakes; });
+    // How takes are recorded, which the settings file keeps.
+    const auto bindSwitch = [this](const char* name, auto field) {
+        workspace.commands().bind(
+            name,
+            [this, field] {
+                seq()->*field = !(seq()->*field);
+                seq()->writeSettings();
+            },
+            [this] { return prog() && !recording(); },
+            [this, field] { return prog() && seq()->*field; });
+    };
+    bindSwitch("takesinloops", &CSeq::loopTakes);
+    bindSwitch("notetakes", &CSeq::loopNoteTakes);
+    bindSwitch("quantizetakes", &CSeq::autoQuantize);
     workspace.commands().bind(
         "remix",
         [this] {

@@ -6,18 +6,10 @@
 #include "base/Paths.h"
 #include "notes/WaveState.h"
 #include "sequencer/CSeq.h"
+#include "ui/LevelText.h"
 #include "ui/PlaceText.h"
 
 namespace {
-
-constexpr double silent = -200.0; ///< dB, and below
-constexpr double full = -0.05;    ///< dB, and above, is told as 0
-
-CStr decibelText(float level) {
-    const double db = decibels(level);
-    if (db <= silent) return "-inf dB";
-    return asStrFormat(db > full && db < 0 ? 0.0 : db, "%.1f") + " dB";
-}
 
 CStr songText(const WaveState& state, int frame) {
     const double tick = state.tickOf(frame);

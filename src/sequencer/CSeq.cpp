@@ -87,6 +87,7 @@ CSeq::CSeq(CQV* root)
     preview = iniReadInt(settingsSection, "preview", 1);
     autoQuantize = iniReadInt(settingsSection, "autoq", 0);
     loopTakes = iniReadInt(settingsSection, "looptakes", 1);
+    loopNoteTakes = iniReadInt(settingsSection, "notetakes", 0) != 0;
 }
 
 CSeq::~CSeq() {
@@ -379,6 +380,7 @@ void CSeq::writeSettings() {
     CIniFile file(inifile);
     file.writeInteger(settingsSection, "autoq", autoQuantize);
     file.writeInteger(settingsSection, "looptakes", loopTakes);
+    file.writeInteger(settingsSection, "notetakes", loopNoteTakes);
 }
 
 void enterSequencer() {

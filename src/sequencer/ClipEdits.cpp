@@ -186,6 +186,13 @@ bool changeClips(CSeq* seq, ClipSetting setting, float by) {
     return apply(seq, setting, by, true);
 }
 
+bool scaleClips(CSeq* seq, float before, float after) {
+    if (!(before > 0)) return setClips(seq, ClipSetting::gain, after);
+    return edit(seq, titleOf(ClipSetting::gain), [&](CPart*, CAudioEvent* clip, int) {
+        set(clip, ClipSetting::gain, clip->gain * (after / before));
+    });
+}
+
 bool setClip(CSeq* seq, const ClipPlace& place, ClipSetting setting, float value) {
     if (!place.clip() || seq->isLocked(place.part)) return false;
     std::unique_ptr<CPart> draft(place.part->content()->copy(0));

@@ -24,7 +24,10 @@ enum class ClipSetting {
 /// changes by it. False if there are no such clips.
 bool setClips(CSeq* seq, ClipSetting setting, float value);
 bool changeClips(CSeq* seq, ClipSetting setting, float by);
-/// The same of one clip, whatever is selected.
+/// "Gain": that of all is multiplied as one of them comes from `before` to `after`, both factors;
+/// from silence on all take that of the one.
+bool scaleClips(CSeq* seq, float before, float after);
+/// A setting of one clip, whatever is selected.
 bool setClip(CSeq* seq, const ClipPlace& place, ClipSetting setting, float value);
 /// "Reverse": the range is played backward; or forward again where all of it is backward.
 void reverseClips(CSeq* seq);

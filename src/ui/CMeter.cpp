@@ -38,14 +38,17 @@ CMeter::Level CMeter::levelOf(float peak, float hold) const {
     return {asRound(double(onScale(peak)) * length()), asRound(double(onScale(hold)) * length())};
 }
 
+int CMeter::placeOf(float db) const {
+    return asRound(double(fLimit(dbOnScale(db), 0.0f, 1.0f)) * length());
+}
+
 CRect CMeter::stretch(int from, int to, int near, int far) const {
     return vertical ? asRect(near, height - to, far, height - from) : asRect(from, near, to, far);
 }
 
 void CMeter::paintBar(CGraphic* g, int from, int to, const Level& level) const {
     const CPalette& colours = win->app->gui->palette;
-    const int high = asRound(double(dbOnScale(highDb)) * length());
-    const int over = asRound(double(dbOnScale(overDb)) * length());
+    const int high = placeOf(highDb), over = placeOf(overDb);
     const int edges[] = {0, high, over, length()};
     for (int i = 0; i < 3; i++)
         if (level.bar > edges[i])
@@ -65,7 +68,7 @@ void CMeter::paint(CGraphic* g, CRect) {
     paintBar(g, vertical ? middle : middle + 1, across, shownR);
     if (vertical)
         for (const float db : marksDb) {
-            const int at = asMin(length(), asRound(double(dbOnScale(db)) * length()));
+            const int at = placeOf(db);
             g->fillLine(win->app->gui->palette.dimText, stretch(at - 1, at, 0, across));
         }
     if (hasKeyFocus()) g->frameRect(win->app->gui->palette.accent, clientRect());

@@ -19,6 +19,7 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override; ///< Return and Delete clear the peak
+    int placeOf(float db) const;              ///< pixels from the start of the scale
     /// Takes the present level; whether that shows. Interface thread.
     bool refresh();
     void describe(Description& d, int part) const override;

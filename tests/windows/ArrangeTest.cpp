@@ -3,13 +3,13 @@
 #include "arrange/Hit.h"
 #include "arrange/Overview.h"
 #include "arrange/RowLayout.h"
-#include "ui/WaveColumns.h"
 #include "audiofiles/CSample.h"
 #include "engine/CSnap.h"
 #include "shell/Rooms.h"
 #include "ui/DragSnap.h"
 #include "ui/Options.h"
 #include "ui/TimeAxis.h"
+#include "ui/WaveColumns.h"
 
 /// Work on parts by mouse and keys: what is left in the song.
 class ArrangeTest : public ArrangeFixture {};
@@ -345,7 +345,7 @@ TEST_F(ArrangeTest, RangesAreCutByTime) {
 }
 
 /// Handles of an audio part, which are there once it is selected.
-TEST_F(ArrangeTest, HandlesSetFadesAndCopies) {
+TEST_F(ArrangeTest, HandlesSetFadesGainAndCopies) {
     startWith({trackAudio});
     host->projectFile = at("song.qv").c_str();
     drop(tone("a.wav"), grid(), xOf(1920), yOf(0));
@@ -363,13 +363,18 @@ TEST_F(ArrangeTest, HandlesSetFadesAndCopies) {
     drag(asPoint(right - 4, top + 4), asPoint(right - 4 - 64, top + 4));
     EXPECT_TRUE(pumpUntil([&] { return clip()->fadeOutMs > 0; }));
     EXPECT_NEAR(clip()->fadeOutMs, 500, 4);
+    drag(asPoint((left + right) / 2, top + 4), asPoint((left + right) / 2, top + 24));
+    EXPECT_TRUE(pumpUntil([&] { return clip()->gain < 1; }));
+    EXPECT_NEAR(clip()->gain, 0.64, 0.001); // from the middle of the way a tenth down: (2 * 0.4)^2
+    EXPECT_EQ(part(0, 0)->pos, 1920);
     drag(asPoint(right - 2, top + 15), asPoint(right - 2 + 250, top + 15));
     ASSERT_TRUE(pumpUntil([&] { return parts(0) == 3; }));
     EXPECT_TRUE(part(0, 2)->ghostOf.load());
     EXPECT_EQ(part(0, 2)->pos, 5760);
-    for (int i = 0; i < 3; i++) key("ctrl+z");
+    for (int i = 0; i < 4; i++) key("ctrl+z");
     EXPECT_TRUE(pumpUntil(
         [&] { return parts(0) == 1 && clip()->fadeInMs == 0 && clip()->fadeOutMs == 0; }));
+    EXPECT_EQ(clip()->gain, 1.0f);
 }
 
 /// A drag comes to the ends of other parts too, unless Control is pressed once it has begun.

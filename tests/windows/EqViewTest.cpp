@@ -143,6 +143,7 @@ TEST_F(EqViewTest, DragsAndKeysChangeTheBand) {
         EXPECT_NEAR(first.GetFreq(), hz * std::pow(10.0, 3.0 / width), hz * 1e-6);
         EXPECT_NEAR(first.GetQ(), q * 1.1, 1e-6);
     }
+    host.undoClear(); // the strip goes before the host
 }
 
 /// Twice the magnitude in height, 8 pixels from band to band; the bands fall with each tick, and

@@ -3,7 +3,7 @@
 #include "arrange/PartHandles.h"
 #include "arrange/gestures/ArrangeGesture.h"
 
-/// Drags a fade of the clips of the selected parts by a handle of one of them.
+/// Drags a fade or the gain of the clips of the selected parts by a handle of one of them.
 class ClipGesture : public ArrangeGesture {
 public:
     ClipGesture(ArrangeGrid& over, ArrangeState& shared, CPart* pressed, CRect partBox,
@@ -19,9 +19,10 @@ protected:
 
 private:
     double perPixel() const; ///< milliseconds
+    double dragged(const DragPoint& point) const;
 
     CPart* const anchor;
     const CRect box;
     const PartHandle handle;
-    double before = 0, value = 0; ///< milliseconds
+    double before = 0, value = 0; ///< milliseconds, or the way of a fader: 0 to 1
 };
