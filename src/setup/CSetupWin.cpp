@@ -23,7 +23,7 @@
 namespace {
 
 constexpr int contentWidth = 752, contentHeight = 544;
-constexpr int tallestTab = 48, tabsWidth = 112;
+constexpr int tallestTab = 34, tabsWidth = 112;
 constexpr int markWidth = 3, tabTextLeft = 16; // in a tab
 constexpr double hoverShare = 0.5;
 constexpr int defaultTab = 2;

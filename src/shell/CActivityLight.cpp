@@ -6,11 +6,14 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Colours.h"
+#include "gui/Shapes.h"
+
+#include <numbers>
 
 namespace {
 
 constexpr int lightTop = 4, lightHeight = 48;
-constexpr int lampTop = 24, lampSize = 16;
+constexpr double lampMiddle = 32.0, lampRadius = 5.0;
 constexpr int titleHeight = 16, full = 100;
 
 } // namespace
@@ -25,10 +28,9 @@ void CActivityLight::paint(CGraphic* g, CRect) {
     g->fillRect(colours.window, clientRect());
     g->frameRect(colours.frame, clientRect());
     g->drawText(colours.dimText, "MIDI", asRect(0, 3, width, titleHeight), 0);
-    const int x = (width - lampSize) / 2;
-    const CRect lamp = asRect(x, lampTop, x + lampSize, lampTop + lampSize);
-    g->fillRect(fadeCol(colours.frame, colours.meter[0], brightness / double(full)), lamp);
-    g->frameRect(colours.frame, lamp);
+    CPath lamp;
+    lamp.arc(width / 2.0, lampMiddle, lampRadius, 0, 2 * std::numbers::pi);
+    fillPath(g, lamp, fadeCol(colours.frame, colours.meter[0], brightness / double(full)));
 }
 
 void CActivityLight::refresh() {

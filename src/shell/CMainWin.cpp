@@ -93,7 +93,8 @@ void CMainWin::init() {
     const int w = clientGroup->width, h = clientGroup->height;
     bar = new Toolbar(this, qv, w);
     addControl(bar);
-    status = new StatusLine(this, qv, h - StatusLine::lineHeight, w);
+    status = new StatusLine(this, qv, h - StatusLine::lineHeight, w,
+                            new _COnChange<CMainWin>(this, &CMainWin::deviceClicked));
     addControl(status);
     const int below = Toolbar::barHeight;
     desk = new Invitation(this, *this, "desk");
@@ -338,6 +339,10 @@ void CMainWin::mdiChanged() {
 
 void CMainWin::showRecent(int x, int y) {
     mainMenu->showRecent(x, y);
+}
+
+void CMainWin::deviceClicked(CObject*) {
+    onAction(getAction("setup"));
 }
 
 void CMainWin::setCaptionText() {

@@ -108,6 +108,7 @@ public:
 private:
     void appHint(CObject* sender);
     void mainDrop(CObject* sender);
+    void deviceClicked(CObject* sender);
     CCompEditor* asked() const;
     void refreshDesk();
     void writeSettings();

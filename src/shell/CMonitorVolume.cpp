@@ -5,13 +5,16 @@
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
+#include "gui/Fonts.h"
 #include "gui/Keys.h"
+#include "ui/LevelText.h"
 
 namespace {
 
 constexpr int wheelStep = 2, keyStep = 5, pageStep = 20;
 constexpr int typedRoom = 3;
 constexpr int thumbWidth = 3;
+constexpr int nameWidth = 54, gainWidth = 48, leastTrack = 60; ///< with both and the bar
 
 } // namespace
 
@@ -40,16 +43,32 @@ void CMonitorVolume::refresh() {
 void CMonitorVolume::paint(CGraphic* g, CRect) {
     const CPalette& colours = win->app->gui->palette;
     g->fillRect(colours.panel, clientRect());
-    const CRect track = asRect(0, height / 2 - 2, width, height / 2 + 2);
-    const int x = shownPercent * (width - thumbWidth) / full;
-    g->fillRect(colours.frame, track);
-    g->fillRect(colours.accent, asRect(0, track.top, x, track.bottom));
+    const CRect bar = track();
+    const int x = bar.left + shownPercent * (bar.width() - thumbWidth) / full;
+    g->fillRect(colours.frame, bar);
+    g->fillRect(colours.accent, asRect(bar.left, bar.top, x, bar.bottom));
     g->fillRect(colours.text, asRect(x, 0, x + thumbWidth, height));
+    if (bar.left > 0) {
+        const TextScope small(g, {.size = TextSize::small});
+        g->drawText(colours.dimText, "MONITOR", asRect(0, 0, bar.left, height), textLeft);
+        g->drawText(colours.dimText, gainText(), asRect(bar.right, 0, width, height), textRight);
+    }
     if (typed.typing()) {
         g->fillRect(colours.window, clientRect());
         g->drawText(colours.text, typed.shown(), clientRect(), 0);
     }
     if (hasKeyFocus()) g->frameRect(colours.accent, clientRect());
+}
+
+CRect CMonitorVolume::track() const {
+    const bool told = width >= nameWidth + gainWidth + leastTrack;
+    return asRect(told ? nameWidth : 0, height / 2 - 2, told ? width - gainWidth : width,
+                  height / 2 + 2);
+}
+
+CStr CMonitorVolume::gainText() const {
+    const float share = float(shownPercent) / full;
+    return decibelText(share * share);
 }
 
 void CMonitorVolume::mouseDown(int x, int y, int btn) {
@@ -62,7 +81,7 @@ void CMonitorVolume::mouseDown(int x, int y, int btn) {
 
 void CMonitorVolume::mouseMove(int x, int, int btn) {
     if ((btn & modLeft) && !(btn & modDouble) && isPushed())
-        setPercent(x * full / asMax(1, width - thumbWidth));
+        setPercent((x - track().left) * full / asMax(1, track().width() - thumbWidth));
 }
 
 bool CMonitorVolume::mouseWheel(int, int, int, int dy, int) {

@@ -6,7 +6,7 @@
 class CQV;
 
 /// How loud the devices play, whatever the song's own level: a bar that is dragged, or turned with
-/// the wheel. A double click gives full volume.
+/// the wheel, between its name and its gain. A double click gives full volume.
 class CMonitorVolume : public CCtrl {
 public:
     static constexpr int full = 100;
@@ -29,6 +29,8 @@ public:
 
 private:
     bool stepKey(int key);
+    CRect track() const; ///< of the bar
+    CStr gainText() const;
 
     CQV* qv;
     TypedText typed;

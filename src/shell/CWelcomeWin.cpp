@@ -3,18 +3,42 @@
 #include "base/CStringList.h"
 #include "base/Paths.h"
 #include "gui/controls/CButton.h"
-#include "gui/controls/CListbox.h"
 #include "gui/controls/CTabs.h"
 #include "gui/dialogs/CFileWin.h"
+#include "shell/CardList.h"
 #include "shell/ProjectKinds.h"
+#include "shell/StartWith.h"
 #include "ui/ThemePictures.h"
+
+#include <cstdlib>
+#include <ctime>
+#include <string>
+#include <sys/stat.h>
 
 namespace {
 
-constexpr int contentWidth = 520, contentHeight = 300;
-constexpr int titleHeight = 20, rowHeight = 24;
-constexpr int kindsWidth = 196;
-constexpr const char* demoName = "Demo song";
+constexpr int contentWidth = 640, contentHeight = 424;
+constexpr int titleHeight = 22;
+constexpr int kindsWidth = 304;
+constexpr int switchWidth = 160;
+constexpr const char *demoName = "Demo song", *demoDetail = "What the program can do";
+
+/// Its folder, with "~" for the home folder, and its date.
+CStr detailOf(const CStr& path) {
+    std::string folder = extractFilePath(path).asChar();
+    if (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+    const char* home = std::getenv("HOME");
+    const std::string homeFolder = home ? home : "";
+    const bool within = !homeFolder.empty() && folder.rfind(homeFolder, 0) == 0 &&
+                        (folder.size() == homeFolder.size() || folder[homeFolder.size()] == '/');
+    if (within) folder.replace(0, homeFolder.size(), "~");
+    struct stat info {};
+    std::tm local{};
+    char date[32] = "";
+    if (stat(path.asChar(), &info) == 0 && localtime_r(&info.st_mtime, &local))
+        std::strftime(date, sizeof(date), "%e %b %Y, ", &local);
+    return CStr(date) + folder.c_str();
+}
 
 /// What a theme's logo takes above the lists.
 int logoRoom() {
@@ -35,6 +59,7 @@ CWelcomeWin::CWelcomeWin(CWin* owner, const CStringList& recent, int chosenKind)
     kinds = addList("kinds", "Select Project", margin, kindsWidth);
     files = addList("recent", "Recent projects", right, contentWidth - margin - right);
     fill(chosenKind);
+    addStartSwitch();
     wire(kinds->onChange,
          static_cast<COnChange*>(new _COnChange<CWelcomeWin>(this, &CWelcomeWin::kindChanged)));
     wire(files->onChange,
@@ -42,14 +67,13 @@ CWelcomeWin::CWelcomeWin(CWin* owner, const CStringList& recent, int chosenKind)
     startCtrl = kinds;
 }
 
-CListbox* CWelcomeWin::addList(const char* name, const char* title, int x, int wide) {
+CardList* CWelcomeWin::addList(const char* name, const char* title, int x, int wide) {
     const int titleTop = margin + logoRoom(), top0 = titleTop + titleHeight;
     auto* heading = new CLabel(this, title, x, titleTop, wide, titleHeight);
     addControl(heading);
-    auto* list = new CListbox(this, name, x, top0, wide, contentBottom() - top0);
+    auto* list =
+        new CardList(this, name, x, top0, wide, contentBottom() - fieldHeight - gap - top0);
     heading->field = list;
-    list->itemHeight = rowHeight;
-    list->tabStop = true;
     wire(list->onDoubleClick,
          static_cast<COnChange*>(new _COnChange<CWelcomeWin>(this, &CWelcomeWin::opened)));
     addControl(list);
@@ -57,11 +81,27 @@ CListbox* CWelcomeWin::addList(const char* name, const char* title, int x, int w
 }
 
 void CWelcomeWin::fill(int chosenKind) {
-    for (int i = 0; i < offeredKinds; i++) kinds->add(projectKindName(i));
+    for (int i = 0; i < offeredKinds; i++)
+        kinds->addCard(i, projectKindName(i), projectKindDetail(i));
     for (int i = 0; i < recentPaths.count(); i++)
-        files->add(changeFileExt(extractFileName(recentPaths.get(i)), ""));
-    files->add(demoName);
+        files->addCard(kindFile, changeFileExt(extractFileName(recentPaths.get(i)), ""),
+                       detailOf(recentPaths.get(i)));
+    files->addCard(kindDemo, demoName, demoDetail);
     kinds->setIndex(chosenKind >= 0 && chosenKind < offeredKinds ? chosenKind : kindDefault);
+}
+
+void CWelcomeWin::addStartSwitch() {
+    atStart = new CCheckbox(this, "atstart", "Show at start", margin, contentBottom() - fieldHeight,
+                            switchWidth, fieldHeight);
+    atStart->setChecked(startsWith() == startAsks);
+    atStart->hint = "Without it the program starts with the last project; Setup has more";
+    wire(atStart->onChange,
+         static_cast<COnChange*>(new _COnChange<CWelcomeWin>(this, &CWelcomeWin::atStartClicked)));
+    addControl(atStart);
+}
+
+void CWelcomeWin::atStartClicked(CObject*) {
+    setStartsWith(atStart->checked ? startAsks : startLast);
 }
 
 bool CWelcomeWin::keyDown(int key, int mods) {

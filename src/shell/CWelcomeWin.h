@@ -2,10 +2,12 @@
 
 #include "gui/dialogs/CDialogWin.h"
 
-class CListbox;
+class CardList;
+class CCheckbox;
 class CStringList;
 
-/// "Welcome": asks for a kind of new project or one that was open lately. Space goes to
+/// "Welcome": asks for a kind of new project or one that was open lately, and whether to ask when
+/// the program starts, which it writes into the settings. Space goes to
 /// `onKeyDown`, unless a button has the focus: it plays the song behind the window.
 class CWelcomeWin : public CDialogWin {
 public:
@@ -19,13 +21,16 @@ public:
     bool keyDown(int key, int mods) override;
 
 private:
-    CListbox* addList(const char* name, const char* title, int left, int wide);
+    CardList* addList(const char* name, const char* title, int left, int wide);
+    void addStartSwitch();
     void fill(int chosenKind);
     void kindChanged(CObject* sender);
     void recentChanged(CObject* sender);
     void opened(CObject* sender);
     void browseClicked(CObject* sender);
+    void atStartClicked(CObject* sender);
 
     const CStringList& recentPaths;
-    CListbox *kinds, *files;
+    CardList *kinds, *files;
+    CCheckbox* atStart = nullptr;
 };

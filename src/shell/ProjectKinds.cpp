@@ -9,23 +9,27 @@
 namespace {
 
 struct Kind {
-    const char* name;
+    const char *name, *detail;
     void (*create)(CSeq* seq); ///< null: no song
 };
 constexpr Kind kinds[offeredKinds] = {
-    {"Empty Project", createEmptyProject},
-    {"Default", createDefaultProject},
-    {"Drum & bass", createDrumAndBassProject},
-    {"MIDI sequencer", createMIDISequencerProject},
-    {"Multi-track recorder", createPortaStudioProject},
-    {"Guitar Project", createGuitaristProject},
-    {"Modular setup", nullptr},
+    {"Empty Project", "A song without tracks", createEmptyProject},
+    {"Default", "A synthesizer with a part to fill", createDefaultProject},
+    {"Drum & bass", "A drum kit and a synthesizer", createDrumAndBassProject},
+    {"MIDI sequencer", "8 tracks for instruments outside", createMIDISequencerProject},
+    {"Multi-track recorder", "8 audio tracks, ready to record", createPortaStudioProject},
+    {"Guitar Project", "Drums, and an amplifier to play through", createGuitaristProject},
+    {"Modular setup", "Components without a song", nullptr},
 };
 
 } // namespace
 
 const char* projectKindName(int kind) {
     return kinds[kind].name;
+}
+
+const char* projectKindDetail(int kind) {
+    return kinds[kind].detail;
 }
 
 void createProject(CQV* host, int kind) {

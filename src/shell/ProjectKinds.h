@@ -18,6 +18,7 @@ constexpr int offeredKinds = 7; ///< that the user can choose, from `kindEmpty` 
 
 /// Of an offered kind, as the user reads it.
 const char* projectKindName(int kind);
+const char* projectKindDetail(int kind); ///< what it begins with
 /// Fills a host that has no more than its devices. The loop is off. Interface thread; takes the
 /// graph.
 void createProject(CQV* host, int kind);

@@ -8,11 +8,9 @@
 #include "gui/CApp.h"
 #include "shell/CMainWin.h"
 #include "shell/CWelcomeWin.h"
+#include "shell/StartWith.h"
 
 namespace {
-
-/// Values of the option "startwith".
-enum StartWith : int { startAsks = -1, startDefault = 0, startEmpty = 1, startLast = 2 };
 
 CStr demoSongFile() {
     const CStr beside = extractFilePath(asAppname());
@@ -43,10 +41,10 @@ void ProjectFlows::begin() {
 }
 
 void ProjectFlows::beginWithout() {
-    const int with = iniReadInt("options", "startwith", startAsks);
+    const int with = startsWith();
     if (with == startDefault) create(kindDefault);
     if (with == startLast) beginLast();
-    if (with < startAsks || (with >= startDefault && with <= startLast)) return;
+    if (with != startAsks) return;
     if (RecentFiles::lastProject().empty())
         create(kindDemo); // somebody new can press play behind the question
     mustWelcome = true;

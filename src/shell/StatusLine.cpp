@@ -6,6 +6,8 @@
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
+#include "gui/Fonts.h"
+#include "gui/controls/CButton.h"
 #include "ui/DeviceSettings.h"
 
 #include <cstdio>
@@ -17,19 +19,34 @@ constexpr const char* silentDevice = "Silent clock"; ///< of the driver, for mac
 
 } // namespace
 
-StatusLine::StatusLine(CWin* owner, CQV* host, int t, int w)
-    : CCtrl(owner, "status", 0, t, w, lineHeight), qv(host) {
+StatusLine::StatusLine(CWin* owner, CQV* host, int t, int w, COnChange* devicePressed)
+    : CGroup(owner, "status", 0, t, w, lineHeight), qv(host),
+      deviceButton(new CButton(owner, "device", "", 0, 1, 1, lineHeight - 1)) {
     setAlign(alignWidth | alignBottom, 0, 0);
+    deviceButton->hint = "What plays: a press opens Setup";
+    deviceButton->tabStop = true;
+    deviceButton->onChange = devicePressed;
+    deviceButton->onPaint = new _COnPaint<StatusLine>(this, &StatusLine::paintDevice);
+    addControl(deviceButton);
 }
 
-void StatusLine::paint(CGraphic* g, CRect) {
+void StatusLine::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
     g->fillRect(colours.panel, clientRect());
     g->fillRect(colours.frame, asRect(0, 0, width, 1));
-    const int split = width - margin - g->textWidth(device);
-    g->drawText(colours.dimText, text, asRect(margin, 1, split - margin, height), textLeft);
-    g->drawText(warning ? colours.meter[1] : colours.dimText, device,
-                asRect(split, 1, width - margin, height), textRight);
+    g->drawText(colours.dimText, text, asRect(margin, 1, deviceButton->left, height), textLeft);
+    CGroup::paint(g, rect);
+}
+
+void StatusLine::paintDevice(CObject*, CGraphic* g, CRect rect) {
+    const CPalette& colours = win->app->gui->palette;
+    const bool touched = deviceButton->isHovered() || deviceButton->hasKeyFocus();
+    g->fillRect(colours.panel, rect);
+    g->drawText(warning   ? colours.meter[1]
+                : touched ? colours.text
+                          : colours.dimText,
+                device, rect, 0);
+    if (touched) g->frameRect(deviceButton->hasKeyFocus() ? colours.accent : colours.frame, rect);
 }
 
 void StatusLine::setText(const CStr& newText) {
@@ -50,6 +67,10 @@ void StatusLine::refresh() {
     shown = now;
     warning = !bridge || !bridge->opened || bridge->audioName(bridge->device) == silentDevice;
     device = deviceText();
+    deviceButton->spokenName = "Device: " + device;
+    const int wide = textFace({})->textWidth(device) + 2 * margin;
+    deviceButton->setBounds(width - wide, 1, wide, lineHeight - 1);
+    deviceButton->setAlign(alignRight, 0, 0);
     redraw();
 }
 

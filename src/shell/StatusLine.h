@@ -1,15 +1,19 @@
 #pragma once
 
-#include "gui/CCtrl.h"
+#include "gui/CGroup.h"
 
+class CButton;
+class COnChange;
 class CQV;
 
-/// The line at the bottom: a hint or message at the left, the state of the device at the right.
-class StatusLine : public CCtrl {
+/// The line at the bottom: a hint or message at the left, the state of the device at the right,
+/// which can be pressed.
+class StatusLine : public CGroup {
 public:
     static constexpr int lineHeight = 24;
 
-    StatusLine(CWin* win, CQV* host, int top, int width);
+    /// `devicePressed` is taken over.
+    StatusLine(CWin* win, CQV* host, int top, int width, COnChange* devicePressed);
     void paint(CGraphic* g, CRect rect) override;
     void setText(const CStr& text);
     /// Brings the device up to date. Interface tick.
@@ -27,8 +31,10 @@ private:
     static constexpr DeviceState nothingTold{-2, 0, 0.0f};
 
     CStr deviceText() const;
+    void paintDevice(CObject* sender, CGraphic* g, CRect rect);
 
     CQV* qv;
+    CButton* deviceButton;
     DeviceState shown = nothingTold;
     CStr text, device;
     bool warning = false; ///< nothing can be heard

@@ -2,9 +2,13 @@
 
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
+#include "engine/COutputChannel.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
+#include "gui/Colours.h"
+#include "gui/Fonts.h"
+#include "gui/Shapes.h"
 #include "gui/controls/CButton.h"
 #include "shell/CActivityLight.h"
 #include "shell/CMainWin.h"
@@ -12,20 +16,27 @@
 #include "shell/Displays.h"
 #include "ui/CMeter.h"
 #include "ui/CSpectrum.h"
+#include "ui/LevelText.h"
 #include "ui/ProgramItems.h"
 #include "ui/ThemePictures.h"
+
+#include <algorithm>
+#include <numbers>
 
 namespace {
 
 constexpr int gap = 4;
 constexpr int margin = 8;
-constexpr int buttonWidth = 36;
-constexpr int buttonTop = 12;
-constexpr int buttonHigh = 32;
-constexpr int masterWidth = 160, leastMaster = 64;
+constexpr int buttonWidth = 36, playWidth = 48, switchWidth = 30, buttonGap = 1;
+constexpr int buttonTop = 10, buttonHigh = 36;
+constexpr double stripRadius = 6.0;
+constexpr int masterWidth = 208, leastMaster = 64;
 constexpr int spectrumTop = 4, spectrumHeight = 48;
-constexpr int meterTop = 23, meterHeight = 11;
-constexpr int volumeTop = 38, volumeHeight = 12;
+constexpr int titleTop = 3, titleHeight = 13, peakWidth = 64;
+constexpr int meterTop = 17, meterHeight = 11;
+constexpr int scaleTop = 28, scaleHeight = 11, scaleReach = 12;
+constexpr float scaleDb[] = {-48.0f, -36.0f, -24.0f, -12.0f, -6.0f, 0.0f};
+constexpr int volumeTop = 40, volumeHeight = 13;
 
 /// The place of a symbol in a theme's picture of the transport; -1 for what is not in it.
 int fieldOf(Glyph glyph) {
@@ -45,6 +56,12 @@ int fieldOf(Glyph glyph) {
     }
 }
 
+CStr peakText(const COutputChannel* out) {
+    if (!out) return "";
+    const float peak = std::max<float>(out->holdL, out->holdR);
+    return peak > 0.0f ? decibelText(peak) : CStr();
+}
+
 } // namespace
 
 Toolbar::Toolbar(CMainWin* owner, CQV* host, int w)
@@ -53,16 +70,16 @@ Toolbar::Toolbar(CMainWin* owner, CQV* host, int w)
     arrowsWalk = true;
     int x = margin;
     addRecent(x);
-    addButton(x, "render", Glyph::render, "Export Project (wav, aif, mp3)");
-    x += gap;
-    addButton(x, "rewind", Glyph::rewind, "To the start of the song");
-    addButton(x, "stop", Glyph::stop, "Stop; once more silences everything");
-    addButton(x, "play", Glyph::play, "Play and stop, also with Space");
-    addButton(x, "record", Glyph::record, "Record on the selected tracks");
-    addButton(x, "loop", Glyph::loop, "Repeat between the locators");
-    x += gap;
-    addButton(x, "metronome", Glyph::click, "Metronome on/off");
-    addDisplays(x + gap);
+    addButton(x, buttonWidth, "render", Glyph::render, "Export Project (wav, aif, mp3)");
+    endStrip(x);
+    addButton(x, buttonWidth, "rewind", Glyph::rewind, "To the start of the song");
+    addButton(x, buttonWidth, "stop", Glyph::stop, "Stop; once more silences everything");
+    addButton(x, playWidth, "play", Glyph::play, "Play and stop, also with Space");
+    addButton(x, buttonWidth, "record", Glyph::record, "Record on the selected tracks");
+    addButton(x, switchWidth, "loop", Glyph::loop, "Repeat between the locators");
+    addButton(x, switchWidth, "metronome", Glyph::click, "Metronome on/off");
+    endStrip(x);
+    addDisplays(x);
     addMaster();
     readSettings();
     look = window->notices().on({.host = HostNotice::graph}, [this] { wearSkins(); });
@@ -72,14 +89,20 @@ void Toolbar::addRecent(int& x) {
     recentButton = new CButton(window, "recent", "", x, buttonTop, buttonWidth, buttonHigh);
     addCommand(recentButton, Glyph::recent, "Recent projects", nullptr);
     recentButton->onChange = new _COnChange<Toolbar>(this, &Toolbar::recentClicked);
-    x += buttonWidth + gap;
+    x += buttonWidth + buttonGap;
 }
 
-void Toolbar::addButton(int& x, const char* name, Glyph glyph, const char* text) {
-    auto* button = new CButton(window, name, "", x, buttonTop, buttonWidth, buttonHigh);
+void Toolbar::addButton(int& x, int wide, const char* name, Glyph glyph, const char* text) {
+    auto* button = new CButton(window, name, "", x, buttonTop, wide, buttonHigh);
     addCommand(button, glyph, text, window->getAction(name));
     button->onChange = new _COnChange<CMainWin>(window, &CMainWin::actionClicked);
-    x += buttonWidth + gap;
+    x += wide + buttonGap;
+}
+
+void Toolbar::endStrip(int& x) {
+    const int from = strips.empty() ? margin : strips.back().right + margin;
+    strips.push_back(asRect(from, buttonTop, x - buttonGap, buttonTop + buttonHigh));
+    x = strips.back().right + margin;
 }
 
 void Toolbar::addCommand(CButton* button, Glyph glyph, const char* text, CAction* action) {
@@ -151,13 +174,21 @@ void Toolbar::recentClicked(CObject*) {
     window->showRecent(corner.x + at.x, corner.y + at.y + recentButton->height);
 }
 
+/// That for recording is red, as long as it reads.
+int Toolbar::signColour(const Command& c) const {
+    constexpr double least = 3.0;
+    const int face = c.button->faceColour(), ground = c.button->fillColour();
+    const int red = win->app->gui->palette.record;
+    return c.glyph == Glyph::record && contrast(red, ground) >= least ? red : face;
+}
+
 void Toolbar::paintGlyph(CObject* sender, CGraphic* g, CRect rect) {
     for (const Command& c : commands) {
         if (c.button != sender) continue;
         const int field = fieldOf(c.glyph);
         const bool on = c.button->lit || c.button->isPushed();
         if (field < 0 || !drawTransport(g, TransportField(field), rect, on))
-            glyphs.draw(g, c.glyph, rect, c.button->faceColour(), c.button->fillColour());
+            glyphs.draw(g, c.glyph, rect, signColour(c), c.button->fillColour());
     }
 }
 
@@ -165,9 +196,42 @@ void Toolbar::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
     drawGuiItem(g, clientRect(), &clMainbar);
     g->fillLine(colours.frame, asRect(0, height - 1, width, height));
-    g->drawText(colours.dimText, "MASTER", asRect(master->left, 6, master->left + 80, 21),
-                textLeft);
+    paintMaster(g);
     CGroup::paint(g, rect);
+    roundStrips(g);
+}
+
+void Toolbar::paintMaster(CGraphic* g) const {
+    const CPalette& colours = win->app->gui->palette;
+    const int right = master->left + master->width;
+    const TextScope small(g, {.size = TextSize::small});
+    g->drawText(colours.dimText, "MASTER",
+                asRect(master->left, titleTop, right, titleTop + titleHeight), textLeft);
+    g->drawText(colours.dimText, peak,
+                asRect(right - peakWidth, titleTop, right, titleTop + titleHeight), textRight);
+    if (master->width < masterWidth) return;
+    for (const float db : scaleDb) {
+        const int x = asMin(master->left + master->placeOf(db), right - scaleReach / 2);
+        g->drawText(colours.dimText, asStr(int(db)),
+                    asRect(x - scaleReach, scaleTop, x + scaleReach, scaleTop + scaleHeight), 0);
+    }
+}
+
+/// What the bar shows beyond the round corners of the strips. A theme may bring pictures, which
+/// have their own.
+void Toolbar::roundStrips(CGraphic* g) const {
+    if (clMainbar.fill == fillImage || clTransporter.fill == fillImage) return;
+    constexpr double r = stripRadius, quarter = std::numbers::pi / 2;
+    for (const CRect& s : strips)
+        for (int i = 0; i < 4; i++) {
+            const bool right = i == 0 || i == 3, low = i < 2;
+            const double x = right ? s.right : s.left, y = low ? s.bottom : s.top;
+            CPath corner;
+            corner.moveTo(x, y);
+            corner.arc(x + (right ? -r : r), y + (low ? -r : r), r, i * quarter, (i + 1) * quarter);
+            corner.close();
+            fillPath(g, corner, clMainbar.fillCol);
+        }
 }
 
 void Toolbar::resized() {
@@ -201,6 +265,12 @@ bool Toolbar::followSound() {
     CComp* out = qv->getAudioOut();
     master->channel = out ? out->output() : nullptr;
     bool changed = master->refresh();
+    CStr now = peakText(master->channel);
+    if (now != peak) {
+        peak = std::move(now);
+        redraw(asRect(master->left, titleTop, master->left + master->width, meterTop));
+        changed = true;
+    }
     for (CFigures* display : displays) changed = display->refresh() || changed;
     return changed;
 }

@@ -43,7 +43,10 @@ private:
         Glyph glyph;
         const CAction* action; ///< tells whether it is lit; null: never
     };
-    void addButton(int& left, const char* name, Glyph glyph, const char* hint);
+    void addButton(int& left, int wide, const char* name, Glyph glyph, const char* hint);
+    void endStrip(int& left);
+    void roundStrips(CGraphic* g) const;
+    void paintMaster(CGraphic* g) const;
     void addCommand(CButton* button, Glyph glyph, const char* hint, CAction* action);
     void wearSkin(const Command& command);
     void wearSkins();
@@ -53,6 +56,7 @@ private:
     void readSettings();
     bool fits(const CCtrl* ctrl) const;
     bool spectrumFits() const;
+    int signColour(const Command& command) const;
     void paintGlyph(CObject* sender, CGraphic* g, CRect rect);
     void recentClicked(CObject* sender);
 
@@ -60,6 +64,8 @@ private:
     CQV* qv;
     Glyphs glyphs;
     std::vector<Command> commands;
+    std::vector<CRect> strips; ///< of buttons side by side
+    CStr peak;                 ///< of the output since it was cleared
     std::vector<CFigures*> displays;
     CButton* recentButton = nullptr;
     CPositionDisplay* position = nullptr;

@@ -6,6 +6,8 @@
 #include "gui/controls/CMenu.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/Points.h"
+#include "setup/CSetupWin.h"
+#include "shell/Rooms.h"
 
 namespace {
 
@@ -228,4 +230,17 @@ TEST_F(MainWinTest, KeepsItsSettings) {
                     {"options", "showHint", "0"}};
     for (const auto& e : expected)
         EXPECT_EQ(setting(e.section, e.key), e.value) << e.section << " " << e.key;
+}
+
+/// What the line at the bottom tells of the device leads to where it is set up.
+TEST_F(MainWinTest, TheDeviceLeadsToSetup) {
+    start();
+    ASSERT_TRUE(load(kindEmpty));
+    win->move(0, 0, 700, 500);
+    settle();
+    const CPoint corner = win->getPos(true);
+    act({"mousemove", std::to_string(corner.x + win->width - 40),
+         std::to_string(corner.y + win->height - 14)});
+    act({"click", "1"});
+    EXPECT_TRUE(pumpUntil([&] { return win->rooms->setup && win->rooms->setup->visible; }));
 }

@@ -307,6 +307,9 @@ TEST_F(ProjectFlowsTest, WelcomeChoosesKindOrProject) {
         EXPECT_EQ(tracks(), c.tracks) << c.keys.size() << c.keys.front();
         EXPECT_EQ(setting("last", "template"), c.kept);
     }
+    keysInDialog("Welcome", {"Tab", "Tab", "space", "Escape"}); // "Show at start"
+    key("ctrl+n");
+    EXPECT_TRUE(pumpUntil([&] { return setting("options", "startwith") == "-1"; }));
     keysInDialog("Welcome", {"space", "Escape"});
     key("ctrl+n");
     EXPECT_TRUE(pumpUntil([&] { return host->playing && !app->modalWin; }))

@@ -97,7 +97,7 @@ protected:
         ASSERT_TRUE(pumpUntil([&] { return setup->hasFocus(); }));
         int tab = 0;
         while (tab < CSetupWin::tabCount() && name != CSetupWin::tabName(tab)) tab++;
-        click(find<CCtrl>("tabs"), 8, tab * 48 + 8);
+        click(find<CCtrl>("tabs"), 8, tab * 34 + 8);
         ASSERT_EQ(setup->tab, tab);
     }
     CSetupWin* shown() {

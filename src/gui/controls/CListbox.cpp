@@ -195,6 +195,12 @@ void CListbox::paint(CGraphic* g, CRect rect) {
     if (hasKeyFocus()) g->frameRect(win->app->gui->palette.accent, rect);
 }
 
+int CListbox::groundOf(int line) const {
+    if (line != index) return clListbox.fillCol;
+    if (hasKeyFocus()) return clListboxSelected.fillCol;
+    return fadeCol(clListboxSelected.fillCol, clListbox.fillCol, restShare);
+}
+
 void CListbox::paintRows(CObject*, CGraphic* g, CRect rect) {
     int line = 0;
     for (CListRow* at : each<CListRow>(items)) {
@@ -207,7 +213,7 @@ void CListbox::paintRows(CObject*, CGraphic* g, CRect rect) {
         if (strong)
             drawGuiItem(g, place, &clListboxSelected, drawBackground);
         else if (i == index)
-            g->fillRect(fadeCol(clListboxSelected.fillCol, clListbox.fillCol, restShare), place);
+            g->fillRect(groundOf(i), place);
         paintRow(g, place, at, strong ? clListboxSelected : clListbox);
     }
 }

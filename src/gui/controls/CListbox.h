@@ -46,6 +46,7 @@ public:
 protected:
     /// Paints one line on its background; `look` is that of a chosen line or of others.
     virtual void paintRow(CGraphic* g, CRect rect, CListRow* line, const CGuiItem2& look);
+    int groundOf(int line) const;                 ///< the colour behind it
     int rowsWidth() const { return face->width; } ///< pixels of a line
     void choose(int line);
 
