@@ -461,6 +461,17 @@ void CApp::purge() {
     }
 }
 
+void CApp::purgeIn(const CWin* win) {
+    const auto within = [win](const CCtrl* c) { return c->win == win && c != win; };
+    while (true) {
+        const auto at = std::find_if(doomed.begin(), doomed.end(), within);
+        if (at == doomed.end()) return;
+        CCtrl* ctrl = *at;
+        doomed.erase(at);
+        delete ctrl;
+    }
+}
+
 void CApp::addWindow(unsigned long handle, CWin* win) {
     if (handle) windowTable[handle] = win;
 }

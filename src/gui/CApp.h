@@ -157,6 +157,9 @@ public:
     /// hidden at once, the memory goes when no handler is on the stack.
     void deleteLater(CCtrl* ctrl);
 
+    /// For a window that is dying: deletes first what waits for that in it.
+    void purgeIn(const CWin* win);
+
     /// For windows and controls, which enter and leave by themselves.
     void addWindow(unsigned long handle, CWin* win);
     void removeWindow(unsigned long handle, CWin* win);

@@ -51,6 +51,7 @@ CWin::CWin(CApp* application, CWin* owner, const CStr& title, int l, int t, int 
 }
 
 CWin::~CWin() {
+    app->purgeIn(this);
     forgetHover();
     CWin::hide();
     deleteAll<CCtrl>(controls);

@@ -336,6 +336,36 @@ TEST_F(EventTest, HandlersMayDeleteWhatTheyStandOn) {
     EXPECT_TRUE(probe->saw("move 10 10 0")); // the others live on
 }
 
+/// A window of its own that goes with a control takes along first what waits in it to be deleted.
+TEST_F(EventTest, WhatWaitsInAWindowDiesBeforeIt) {
+    std::string died;
+    struct Inner : CCtrl {
+        std::string& log;
+        Inner(CWin* owner, std::string& to) : CCtrl(owner, "inner", 0, 0, 9, 9), log(to) {}
+        ~Inner() override { log += "inner "; }
+    };
+    struct Owner : CCtrl {
+        std::string& log;
+        std::unique_ptr<CWin> room;
+        Owner(CWin* owner, std::string& to) : CCtrl(owner, "owner", 0, 0, 9, 9), log(to) {}
+        ~Owner() override {
+            room.reset();
+            log += "owner";
+        }
+    };
+    auto* owner = new Owner(win.get(), died);
+    owner->room = std::make_unique<CWin>(app.get(), nullptr, "room", 0, 0, 50, 50, winNoBorder);
+    owner->room->addControl(new Inner(owner->room.get(), died));
+    win->addControl(owner);
+    probe->onTick = [&] {
+        owner->room->clear();
+        win->clientGroup->controls.remove(owner);
+        app->deleteLater(owner);
+    };
+    app->addTimer(probe, 10, false);
+    EXPECT_TRUE(pumpUntil([&] { return died == "inner owner"; })) << died;
+}
+
 TEST_F(EventTest, AModalWindowMayDeleteItself) {
     int alive = 0;
     auto* dialog = new CWin(app.get(), win.get(), "dialog", 400, 100, 150, 100, winNoBorder);

@@ -91,11 +91,10 @@ protected:
         act(stop);
         const std::string end = content();
         const int last = host->undoIndex;
-        while (host->undoIndex >= 0 && !HasFailure()) step(&CQV::undoClicked);
-        while (host->undoIndex < last && !HasFailure()) step(&CQV::redoClicked);
+        while (host->undoIndex >= 0 && !HasFailure()) step(true);
+        while (host->undoIndex < last && !HasFailure()) step(false);
         EXPECT_TRUE(content() == end) << difference(content(), end);
-        while (savedIndex >= -1 && host->undoIndex > savedIndex && !HasFailure())
-            step(&CQV::undoClicked);
+        while (savedIndex >= -1 && host->undoIndex > savedIndex && !HasFailure()) step(true);
         if (savedIndex >= -1) {
             EXPECT_EQ(host->modified(), content() != saved);
         }
@@ -403,8 +402,11 @@ private:
         const auto* step = static_cast<CUndo*>(host->undoList.items(i));
         return step && !(step->flags & seen);
     }
-    void step(void (CQV::*direction)(CObject*)) {
-        (host.get()->*direction)(nullptr);
+    void step(bool back) {
+        if (back)
+            host->undoClicked();
+        else
+            host->redoClicked();
         settled();
         stayed(content());
         if (host->undoIndex == savedIndex) {
