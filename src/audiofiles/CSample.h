@@ -65,6 +65,7 @@ public:
     Shared<int> loop{0};                   ///< 1: the file tells exactly one loop
     Shared<int> loopStart{0};              ///< frames
     std::vector<AudioCue> cues;            ///< places that the file names, in order
+    std::vector<int> marks;                ///< frames, rising, where the user marked it; interface
     bool headerDone = false;               ///< the file has got a header
     std::unique_ptr<CSampleReader> reader; ///< the graph's; null unless frames stay on disk
     PeakImage peaks;

@@ -107,25 +107,27 @@ void findTransients(WaveState& state) {
     CApp* app = state.workspace.mainWindow()->app;
     app->setCursor(waitCursor);
     const FrameRange frames = state.chosen();
-    for (const int frame : onsets(state.sample(), frames))
-        if (frame > frames.from) addMark(state, frame);
+    std::vector<int> found = onsets(state.sample(), frames);
+    std::erase_if(found, [&](int frame) { return frame <= frames.from; });
+    addMarks(state, found);
     app->setCursor(0);
     state.workspace.setStatus(asStr(int(state.marks.size())) + " marks");
 }
 
 void markCues(WaveState& state) {
-    for (const AudioCue& cue : state.sample()->cues) addMark(state, cue.frame);
+    std::vector<int> frames;
+    for (const AudioCue& cue : state.sample()->cues) frames.push_back(cue.frame);
+    addMarks(state, frames);
 }
 
 void markHere(WaveState& state) {
-    addMark(state, state.range.from);
-    if (state.range.count() > 0) addMark(state, state.range.to);
+    addMarks(state, {state.range.from, state.range.to});
 }
 
 void clearMarks(WaveState& state) {
     const FrameRange frames = state.range.count() > 0 ? state.range : FrameRange{0, state.frames()};
     std::erase_if(state.marks, [&](int mark) { return mark >= frames.from && mark <= frames.to; });
-    state.shownChanged();
+    state.keepMarks();
 }
 
 void slice(WaveState& state) {
@@ -321,9 +323,10 @@ void fillWaveOptions(CPopup* popup, WaveState& state) {
     fill(popup, state, optionEntries);
 }
 
-void addMark(WaveState& state, int frame) {
-    const auto at = std::ranges::lower_bound(state.marks, frame);
-    if (at != state.marks.end() && *at == frame) return;
-    state.marks.insert(at, frame);
-    state.shownChanged();
+void addMarks(WaveState& state, const std::vector<int>& frames) {
+    state.marks.insert(state.marks.end(), frames.begin(), frames.end());
+    std::ranges::sort(state.marks);
+    const auto [first, last] = std::ranges::unique(state.marks);
+    state.marks.erase(first, last);
+    state.keepMarks();
 }

@@ -19,4 +19,4 @@ void fillWaveMenu(CPopup* popup, WaveState& state);
 void fillWaveOptions(CPopup* popup, WaveState& state);
 
 /// A mark comes, unless there is one.
-void addMark(WaveState& state, int frame);
+void addMarks(WaveState& state, const std::vector<int>& frames);

@@ -57,6 +57,10 @@ void MarkDrag::dragMove(const DragPoint& point) {
     put(state.frameMeant(point.at.x, isFree(point)));
 }
 
+void MarkDrag::dragEnd(const DragPoint&) {
+    state.keepMarks();
+}
+
 void MarkDrag::dragCancel() {
     put(before);
 }

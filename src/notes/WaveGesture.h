@@ -38,6 +38,7 @@ public:
     MarkDrag(WaveState& state, int index);
 
     void dragMove(const DragPoint& point) override;
+    void dragEnd(const DragPoint& point) override;
     void dragCancel() override;
     void dragClick(const DragPoint&) override {}
 

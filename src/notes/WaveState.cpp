@@ -174,6 +174,14 @@ void WaveState::eachBeat(int fromX, int toX,
     }
 }
 
+void WaveState::keepMarks() {
+    CSample* marked = clip() ? clip()->sample : nullptr;
+    if (!marked || marked->marks == marks) return;
+    marked->marks = marks;
+    workspace.host()->setModified();
+    shownChanged();
+}
+
 void WaveState::setRange(int from, int to) {
     from = asMinMax(from, 0, frames());
     to = asMinMax(to, 0, frames());

@@ -99,7 +99,7 @@ void WaveView::mouseDown(int x, int y, int btn) {
     if (btn & modRight) {
         if (held.grip == WaveGrip::mark) {
             state.marks.erase(state.marks.begin() + held.index);
-            return state.shownChanged();
+            return state.keepMarks();
         }
         gesture = std::make_unique<WaveHand>(state, [this] { contextMenu(); });
         win->app->drag.start(this, gesture.get(), at, btn, WaveHand::handRoom);
@@ -108,7 +108,7 @@ void WaveView::mouseDown(int x, int y, int btn) {
     if (!(btn & modLeft)) return;
     const int frame = state.frameMeant(x, btn & modControl);
     if (btn & modDouble && held.grip != WaveGrip::mark)
-        return y < stripHeight ? addMark(state, frame) : choosePiece(x);
+        return y < stripHeight ? addMarks(state, {frame}) : choosePiece(x);
     if (held.grip == WaveGrip::mark)
         gesture = std::make_unique<MarkDrag>(state, held.index);
     else if (held.grip == WaveGrip::fadeIn || held.grip == WaveGrip::fadeOut)
@@ -252,7 +252,7 @@ bool WaveView::enterNumber(int part, double to) {
     const int frame = asMinMax(asRound(to), 0, state.frames());
     if (part >= rangeParts) {
         state.marks.erase(state.marks.begin() + (part - rangeParts));
-        addMark(state, frame);
+        addMarks(state, {frame});
     } else if (part == 0) {
         state.setRange(frame, asMax(frame, state.range.to));
     } else {

@@ -87,6 +87,7 @@ private:
     void audioFolder(ItemView& item);
     void samples2(ItemView& item);
     void samples(ItemView& item);
+    void sampleMarks(ItemView& item) { readSampleMarks(item, host); }
     void page(ItemView& item);
     void currentPage(ItemView& item) { project.ui->windows.currentPage = item.readInt(); }
     void modularPage(ItemView& item) { project.ui->windows.modularPage = item.readInt(); }
@@ -114,6 +115,7 @@ const Reading::Kind Reading::kinds[] = {
     {"audiodir", &Reading::audioFolder},
     {"samples2", &Reading::samples2},
     {"samples", &Reading::samples},
+    {"samplemarks", &Reading::sampleMarks},
     {"page", &Reading::page},
     {"pagei", &Reading::currentPage},
     {"pageModular", &Reading::modularPage},

@@ -114,6 +114,7 @@ void writeProject(const Project& project, CStream* stream) {
     const GraphIndex index(host);
     writeCables(stream, host, index);
     writeControllers(stream, host, index);
+    writeSampleMarks(stream, host);
     stream->writeId("modsb", 2 * intBytes);
     for (const int v : windows.sidebar) stream->writeInt(v);
 }

@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <memory>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -191,6 +192,38 @@ void writeSamples(CStream* stream, CQV* host) {
     const OpenBlock block(stream, "samples");
     stream->writeInt(host->samples.getCount());
     for (const auto* sample : each<CSample>(host->samples)) writeRecord(stream, sample);
+}
+
+void writeSampleMarks(CStream* stream, CQV* host) {
+    std::vector<std::pair<int, const CSample*>> marked;
+    int index = 0;
+    for (const auto* sample : each<CSample>(host->samples)) {
+        if (!sample->marks.empty()) marked.emplace_back(index, sample);
+        index++;
+    }
+    if (marked.empty()) return;
+    const OpenBlock block(stream, "samplemarks");
+    stream->writeInt(int(marked.size()));
+    for (const auto& [number, sample] : marked) {
+        stream->writeInt(number);
+        stream->writeInt(int(sample->marks.size()));
+        for (const int frame : sample->marks) stream->writeInt(frame);
+    }
+}
+
+void readSampleMarks(ItemView& item, CQV* host) {
+    for (int left = item.readInt(); left > 0 && !item.tooShort; left--) {
+        auto* sample = static_cast<CSample*>(host->samples.items(item.readInt()));
+        std::vector<int> marks;
+        for (int count = item.readInt(); count > 0 && !item.tooShort; count--)
+            marks.push_back(item.readInt());
+        if (!sample || item.tooShort) continue;
+        std::erase_if(marks, [](int frame) { return frame < 0; });
+        std::ranges::sort(marks);
+        const auto [first, last] = std::ranges::unique(marks);
+        marks.erase(first, last);
+        sample->marks = std::move(marks);
+    }
 }
 
 void readSamples2(ItemView& item, CQV* host) {

@@ -13,6 +13,11 @@ void writeSamples2(CStream* stream, CQV* host);
 /// "samples", the form before it, for older readers.
 void writeSamples(CStream* stream, CQV* host);
 
+/// "samplemarks": where the user marked them, only if there is such a sample.
+void writeSampleMarks(CStream* stream, CQV* host);
+/// For samples that were read before. Those of a sample that is not there are left out.
+void readSampleMarks(ItemView& item, CQV* host);
+
 /// Adds the samples of an item to the pool. A file that is missing, or cannot be read, keeps its
 /// place there: an entry that is not valid, with the name and format that the item tells. Graph
 /// held.

@@ -81,6 +81,7 @@ TEST(Format, AForeignFileArrivesAndComesBack) {
                *tone = static_cast<CSample*>(host->samples.items(1));
     EXPECT_TRUE(tone->frames == levelFrames && tone->fixedPitch && tone->data[1] == 0x20);
     EXPECT_TRUE(!missing->valid && missing->streamed && missing->bits == 24);
+    EXPECT_EQ(tone->marks, (std::vector<int>{30, 500}));
 
     CComp* group = f.comp(3);
     EXPECT_TRUE(group->posX == 7 && group->hideChs == 1 && group->listKind == listComps);
