@@ -46,11 +46,11 @@ const std::vector<Invitation::Way> emptyWays = {{"addtrack", "Add instrument"},
 ArrangeView::ArrangeView(CWin* owner, Workspace& space, SongRange& songRange)
     : CGroup(owner, "song", 0, 0, owner->clientGroup->width, owner->clientGroup->height),
       ArrangeState(space, songRange), drops(*this), objectsShown(space.host(), "object-bar", 1),
-      follows(space.host(), "autoscroll", 1), glides(space.host(), "glide", 0),
-      snapBar(new SnapBar(win, *this)), objectBar(new ObjectBar(win, *this)),
-      corner(new HeadCorner(win, *this)), heads(new HeadList(win, *this)),
-      overview(new Overview(win, *this)), ruler(new RulerBars(win, *this)),
-      grid(new ArrangeGrid(win, *this)), empty(new Invitation(win, space, "empty")),
+      following(space.host()), snapBar(new SnapBar(win, *this)),
+      objectBar(new ObjectBar(win, *this)), corner(new HeadCorner(win, *this)),
+      heads(new HeadList(win, *this)), overview(new Overview(win, *this)),
+      ruler(new RulerBars(win, *this)), grid(new ArrangeGrid(win, *this)),
+      empty(new Invitation(win, space, "empty")),
       across(new CRangebar(win, "across", 0, 0, 1, barWidth)),
       down(new CRangebar(win, "down", 0, 0, barWidth, 1)) {
     setAlign(alignWidth | alignHeight, 0, 0);

@@ -4,7 +4,7 @@
 #include "arrange/DropFiles.h"
 #include "gui/CGroup.h"
 #include "ui/NoticeRouter.h"
-#include "ui/Options.h"
+#include "ui/PlayFollow.h"
 
 #include <memory>
 #include <vector>
@@ -106,8 +106,7 @@ private:
 
     DropFiles drops;
     Option objectsShown;
-    Option follows; ///< the view goes along with the play position
-    Option glides;  ///< which then stands still in the middle, and else crosses page after page
+    PlayFollow following; ///< of the play position
     SnapBar* snapBar;
     ObjectBar* objectBar;
     HeadCorner* corner;
@@ -121,7 +120,6 @@ private:
     CSeq* shownSong = nullptr;     ///< the song whose place and zoom these are; not owned
     std::vector<Place> zoomedFrom; ///< the latest last
     double rowFactor = 1;          ///< what is left to do of the rows' zoom
-    bool strayed = false; ///< the user has moved the view away from what plays, until it stops
     std::unique_ptr<TrackCommands> trackCommands;
     std::vector<NoticeLink> links;
 };

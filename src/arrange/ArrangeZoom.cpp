@@ -51,33 +51,21 @@ void ArrangeView::moveTo(int64_t x, int y) {
 void ArrangeView::scrollTo(int64_t x, int y) {
     const int64_t before = edit.axis.scroll();
     moveTo(x, y);
-    strayed = strayed || edit.axis.scroll() != before;
+    if (edit.axis.scroll() != before) following.stray();
 }
 
-/// Not while the mouse drags something, nor once the user looks elsewhere: then until the position
-/// comes into view again, or by gliding until the next start.
+/// Not while the mouse drags something.
 void ArrangeView::followPlay() {
-    if (!qv->playing || !seq()) {
-        strayed = false;
-        return;
-    }
-    if (!follows.on() || win->app->drag.of(grid)) return;
-    const int64_t at = edit.axis.wideX(seq()->getPos());
-    const int64_t x = at - edit.axis.scroll();
-    const bool seen = x >= 0 && x < gridWidth();
-    if (seen && !glides.on()) strayed = false;
-    if (strayed) return;
-    if (glides.on())
-        moveTo(at - gridWidth() / 2, edit.scrollY);
-    else if (!seen)
-        moveTo(at - fitMargin, edit.scrollY);
+    const int64_t at = seq() ? edit.axis.wideX(seq()->getPos()) : 0;
+    const int64_t by = following.shift(qv->playing && seq(), at - edit.axis.scroll(), gridWidth());
+    if (by && !win->app->drag.of(grid)) moveTo(edit.axis.scroll() + by, edit.scrollY);
 }
 
 // Zoom along the song.
 
 void ArrangeView::zoomAtPos(int x, double perQuarter) {
     edit.axis.zoomAt(x, perQuarter);
-    strayed = true;
+    following.stray();
     zoomed();
 }
 
@@ -228,8 +216,10 @@ void ArrangeView::bindZoom() {
     actions.bind(
         "rowslower", [this] { zoomRows(1 / zoomStep); }, withSong);
     actions.bind(
-        "autoscroll", [this] { follows.toggle(); }, withSong, [this] { return follows.on(); });
+        "autoscroll", [this] { following.follows.toggle(); }, withSong,
+        [this] { return following.follows.on(); });
     actions.bind(
-        "glide", [this] { glides.toggle(); }, [this] { return seq() != nullptr && follows.on(); },
-        [this] { return glides.on(); });
+        "glide", [this] { following.glides.toggle(); },
+        [this] { return seq() != nullptr && following.follows.on(); },
+        [this] { return following.glides.on(); });
 }

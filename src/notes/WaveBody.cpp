@@ -33,7 +33,8 @@ WaveBody::WaveBody(CWin* owner, Workspace& space)
     : EditorBody(owner, "wavebody"), WaveState(space), ruler(new WaveRuler(owner, *this)),
       levels(new LevelScale(owner, *this)), view(new WaveView(owner, *this)),
       across(new CRangebar(owner, "wavebar", 0, 0, 1, barHeight)),
-      spectrumView(new RangeSpectrum(owner, *this)), info(new WaveInfo(owner, *this)) {
+      spectrumView(new RangeSpectrum(owner, *this)), info(new WaveInfo(owner, *this)),
+      following(space.host()) {
     for (CCtrl* child :
          std::initializer_list<CCtrl*>{ruler, levels, view, across, spectrumView, info})
         addControl(child);
@@ -103,22 +104,22 @@ void WaveBody::songChanged() {
     shownChanged();
 }
 
-/// Range and marks are those of the file that shows; one that was seen before and is of another
-/// length is seen as it was.
+/// Marks are those of the file that shows; one that was seen before and is of another length is
+/// seen as it was.
 void WaveBody::followSample() {
     const CSample* now = sample();
     const std::string file = now ? now->filename.asChar() : "";
-    if (file == shownFile) return setPlaces(range, marks);
-    if (!shownFile.empty()) seen[shownFile] = {marks, axis, shownFrames};
-    if (after) {
+    if (file == shownFile) return setPlaces(range, now ? now->marks : std::vector<int>());
+    if (!shownFile.empty()) seen[shownFile] = {axis, shownFrames};
+    const auto known = seen.find(file);
+    if (!after && known != seen.end() && known->second.frames == frames() &&
+        frames() != shownFrames)
+        axis = known->second.axis;
+    if (after)
         setPlaces(after->range, after->marks);
-    } else if (const auto known = seen.find(file);
-               known != seen.end() && known->second.frames == frames()) {
-        if (frames() != shownFrames) axis = known->second.axis;
-        setPlaces(range, known->second.marks);
-    } else {
-        setPlaces(range, {});
-    }
+    else
+        setPlaces(range, now ? now->marks : std::vector<int>());
+    if (after) keepMarks();
     after.reset();
     shownFile = file;
     shownFrames = frames();
@@ -154,18 +155,18 @@ void WaveBody::idle() {
 
 bool WaveBody::onFrame() {
     if (!part) return false;
-    const double frame = playFrame();
-    const bool plays = qv->playing || (preview() && preview()->isOn());
-    if (frame >= 0 && plays && !win->app->drag.of(view)) follow(frame);
+    followPlay();
     return view->refresh();
 }
 
-/// By pages.
-void WaveBody::follow(double frame) {
-    const double from = axis.start(), to = axis.frameAt(viewWidth());
-    const bool leaves =
-        frame >= to && frame < to + (to - from) / 4; // else the user looks elsewhere
-    if (leaves) scrollTo(frame);
+/// As long as it is within the sound.
+void WaveBody::followPlay() {
+    const double frame = playFrame();
+    const bool plays =
+        (qv->playing || (preview() && preview()->isOn())) && frame >= 0 && frame < frames();
+    const int x = plays ? axis.xOf(frame) : 0;
+    const int64_t by = following.shift(plays, x, viewWidth());
+    if (by && !win->app->drag.of(view)) moveTo(axis.start() + double(by) * axis.perPixel());
 }
 
 // Layout, scrolling and zooming.
@@ -186,7 +187,7 @@ void WaveBody::layout() {
     across->setBounds(side, above + high, wide, barHeight);
     spectrumView->setBounds(side, above + high + barHeight, wide, asMax(1, low));
     info->setBounds(0, height - WaveInfo::infoHeight, width, WaveInfo::infoHeight);
-    scrollTo(axis.start());
+    moveTo(axis.start());
 }
 
 int WaveBody::viewWidth() const {
@@ -202,7 +203,7 @@ void WaveBody::fit() {
     const FrameRange all = heard();
     const double margin = double(fitMargin) / asMax(1, viewWidth() - 2 * fitMargin) * all.count();
     axis.setZoom(std::min((all.count() + 2 * margin) / viewWidth(), mostPerPixel()));
-    scrollTo(all.from - margin);
+    moveTo(all.from - margin);
 }
 
 void WaveBody::showRange() {
@@ -212,6 +213,12 @@ void WaveBody::showRange() {
 }
 
 void WaveBody::scrollTo(double frame) {
+    const double before = axis.start();
+    moveTo(frame);
+    if (axis.start() != before) following.stray();
+}
+
+void WaveBody::moveTo(double frame) {
     const double beside = (besideAll - 1) / 2 * frames();
     const double most = frames() + beside - axis.perPixel() * viewWidth();
     axis.scrollTo(std::max(-beside, std::min(frame, most)));
@@ -223,7 +230,8 @@ void WaveBody::scrollTo(double frame) {
 
 void WaveBody::zoomAtPos(int x, double framesPerPixel) {
     axis.zoomAt(x, std::min(framesPerPixel, mostPerPixel()));
-    scrollTo(axis.start());
+    moveTo(axis.start());
+    following.stray();
 }
 
 void WaveBody::zoomTo(const FrameRange& wanted) {

@@ -2,6 +2,7 @@
 
 #include "notes/EditorBody.h"
 #include "notes/WaveState.h"
+#include "ui/PlayFollow.h"
 
 #include <map>
 #include <string>
@@ -56,7 +57,8 @@ private:
     double mostPerPixel() const;
     void acrossMoved(CObject* sender);
     void openMenu(CObject* sender);
-    void follow(double frame);
+    void followPlay();
+    void moveTo(double frame); ///< as far as there is any
 
     WaveRuler* ruler;
     LevelScale* levels;
@@ -66,11 +68,11 @@ private:
     WaveInfo* info;
     /// How a file was seen last.
     struct Seen {
-        std::vector<int> marks;
         FrameAxis axis;
         int frames = 0;
     };
 
+    PlayFollow following;
     std::string shownFile;            ///< of the sample that shows; empty for none
     int shownFrames = 0;              ///< of it
     std::map<std::string, Seen> seen; ///< by file

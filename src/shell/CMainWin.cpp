@@ -28,7 +28,6 @@ namespace {
 constexpr const char* windowTitle = "Sondrava2.0 - alpha";
 constexpr int mainStyle =
     winManaged | winCaption | winSizable | winMinButton | winMaxButton | winMain;
-constexpr int smallestWidth = 900, smallestHeight = 320;
 constexpr int leastSide = 64, mostSide = 16384; ///< of a place from a file
 constexpr int keyF10 = keyF1 - 9;
 

@@ -36,6 +36,9 @@ struct ProgramTables {
 /// its timer is the heartbeat of the engine's interface side. Interface thread.
 class CMainWin : private ProgramTables, public CCompEditor, public Workspace {
 public:
+    /// Of the window, as far as the screen has room.
+    static constexpr int smallestWidth = 900, smallestHeight = 320;
+
     CList editors; ///< of CCompEditor, those open besides this one, by `Pages`; not owned
     const std::unique_ptr<ProjectFlows> flows;
     const std::unique_ptr<Rooms> rooms;

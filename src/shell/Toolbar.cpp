@@ -231,6 +231,10 @@ void Toolbar::roundStrips(CGraphic* g) const {
             corner.arc(x + (right ? -r : r), y + (low ? -r : r), r, i * quarter, (i + 1) * quarter);
             corner.close();
             fillPath(g, corner, clMainbar.fillCol);
+            CPath rim;
+            rim.arc(x + (right ? -r : r), y + (low ? -r : r), r - 0.5, i * quarter,
+                    (i + 1) * quarter);
+            strokePath(g, rim, 1, clToolbarControls.frameCol);
         }
 }
 

@@ -32,7 +32,8 @@ constexpr int heartbeatMs = 40;
 CRect firstPlace() {
     constexpr int percent = 80;
     const CRect room = monitorOf(nullptr);
-    const int w = room.width() * percent / 100, h = room.height() * percent / 100;
+    const int w = asMinMax(CMainWin::smallestWidth, room.width() * percent / 100, room.width());
+    const int h = asMinMax(CMainWin::smallestHeight, room.height() * percent / 100, room.height());
     const CPoint at = centredIn(room, w, h, room);
     return asRect(at.x, at.y, at.x + w, at.y + h);
 }

@@ -3,6 +3,7 @@
 #include "audiofiles/CSample.h"
 #include "engine/CSamplePreview.h"
 #include "engine/CSnap.h"
+#include "gui/controls/CRangebar.h"
 #include "notes/WaveInfo.h"
 #include "notes/WaveView.h"
 #include "sequencer/CEditorComp.h"
@@ -272,6 +273,7 @@ TEST_F(WaveTest, KeysAndMarksReachTheRange) {
     EXPECT_TRUE(is(100, 200)) << told();
     EXPECT_TRUE(view()->pressPart(2));
     EXPECT_TRUE(is(b, d - b)) << told();
+    EXPECT_EQ(clip()->sample->marks, (std::vector<int>{b, d})) << "kept with the song";
     // Slices at the marks are parts of their own.
     menu({"s", "s", "s", "Return"});
     ASSERT_TRUE(pumpUntil([&] { return parts(0) == 3; })) << parts(0);
@@ -281,6 +283,24 @@ TEST_F(WaveTest, KeysAndMarksReachTheRange) {
         EXPECT_EQ(slice->start, starts[i]);
         EXPECT_EQ(slice->end, starts[i + 1] - 1);
     }
+}
+
+TEST_F(WaveTest, TheViewGoesAlongWithTheSong) {
+    open();
+    press(xAt(1000), xAt(3000));
+    key("ctrl+shift+plus");
+    const auto* bar = child<CRangebar>("wavebar");
+    ASSERT_TRUE(pumpUntil([&] { return bar->span() < frames / 2; }));
+    const double shown = bar->from();
+    const auto playFrom = [&](int frame) {
+        host->setPos(frame / 44100.0 * 2 * 960); // 120 beats a minute
+        host->start();
+        EXPECT_TRUE(loaded());
+    };
+    playFrom(2000);
+    EXPECT_EQ(bar->from(), shown) << "it is in sight";
+    playFrom(5000);
+    EXPECT_TRUE(pumpUntil([&] { return std::abs(bar->from() - shown - 4000) < 100; }));
 }
 
 TEST_F(WaveTest, FadesAreDraggedAndTheRangeIsHeardAlone) {
