@@ -40,10 +40,10 @@ void recordAll(CUndo* step, CList& from, CList& to) {
 
 } // namespace
 
-CSampler::CSampler(CQV* root) : CComp(root) {
+CSampler::CSampler(CQV* root)
+    : CComp(root), delays{EchoLine(CDelay::bufferFrames), EchoLine(CDelay::bufferFrames)} {
     id = "Synthesizer";
     type = compSampler;
-    for (auto& d : delays) d = makeZeroPages<float>(CDelay::bufferFrames);
 }
 
 CSampler::~CSampler() {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Ring.h"
-#include "base/ZeroPages.h"
+#include "common/fx/EchoLine.h"
 #include "engine/CComp.h"
 #include "instruments/CSynthProg.h"
 #include "instruments/CVoice.h"
@@ -97,11 +97,11 @@ public:
     /// thread; keys that find the queue full are lost.
     void pianoKeys(const int* released, const int* pressed);
 
-    /// Memory of the echoes, `CDelay::bufferFrames` floats, shared by all programs.
-    float* delayMemory(int side) const { return delays[side].get(); }
+    /// Memory of the echoes, `CDelay::bufferFrames` long, shared by all programs.
+    EchoLine* delayLine(int side) { return &delays[side]; }
 
 private:
-    ZeroPages<float> delays[2];
+    EchoLine delays[2];
 
     void complain(const SamplerContent& content);
     bool feedsFrozen();

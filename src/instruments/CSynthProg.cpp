@@ -24,7 +24,7 @@ CSynthProg::CSynthProg(CQV* root, CSampler* sampler) : owner(sampler), host(root
     const float rate = root->rate;
     auto reverb = std::make_unique<CReverb>(rate, root->frames);
     auto delay = std::make_unique<CDelay>(rate, root->frames);
-    if (sampler) delay->setSharedBuffers(sampler->delayMemory(0), sampler->delayMemory(1));
+    if (sampler) delay->setSharedLines(sampler->delayLine(0), sampler->delayLine(1));
     reverb->setEnabled(1);
     fx[0] = std::move(reverb);
     fx[1] = std::move(delay);

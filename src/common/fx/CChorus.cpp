@@ -2,7 +2,7 @@
 
 #include "base/Clones.h"
 #include "base/Numbers.h"
-#include "base/ZeroPages.h"
+#include "common/fx/EchoLine.h"
 #include "common/fx/Sweep.h"
 
 #include <algorithm>
@@ -13,12 +13,6 @@ namespace {
 constexpr int piece = 64; // frames at a time, unless the line is read closer behind its end
 constexpr int mask = CChorus::bufferFrames - 1;
 constexpr float floorLevel = 1e-10f;
-
-constexpr size_t lineBytes = CChorus::bufferFrames * sizeof(float);
-
-float* newLine() {
-    return static_cast<float*>(takeZeroPages(lineBytes));
-}
 
 // Tables and lines are looked up one by one, apart from the loops that run in lanes: a gather, or
 // taking the indices out of a register, costs more.
@@ -72,13 +66,14 @@ CChorus::CChorus(float hz, int frames) : CFX(hz, frames) {
 }
 
 CChorus::~CChorus() {
-    for (float* line : {bufferL.load(), bufferR.load()}) GiveZeroPages{lineBytes}(line);
+    delete lineL.load();
+    delete lineR.load();
 }
 
 void CChorus::setEnabled(int on) {
     if (on) {
-        if (!bufferL) bufferL.storeRelease(newLine());
-        if (!bufferR) bufferR.storeRelease(newLine());
+        if (!lineL) lineL.storeRelease(new EchoLine(bufferFrames));
+        if (!lineR) lineR.storeRelease(new EchoLine(bufferFrames));
     }
     CFX::setEnabled(on);
 }
@@ -86,8 +81,8 @@ void CChorus::setEnabled(int on) {
 void CChorus::clear() {
     phasePos = 0.0;
     writeL = writeR = 0;
-    if (bufferL) std::fill_n(bufferL.load(), bufferFrames, 0.0f);
-    if (bufferR) std::fill_n(bufferR.load(), bufferFrames, 0.0f);
+    for (EchoLine* line : {lineL.load(), lineR.load()})
+        if (line) line->clear();
 }
 
 struct CChorus::Block {
@@ -113,9 +108,8 @@ CChorus::Block CChorus::prepare() const {
 }
 
 void CChorus::process(float* inL, float* inR, float* outL, float* outR, long frames) {
-    float* lineL = bufferL.loadAcquire();
-    float* lineR = bufferR.loadAcquire();
-    if (!lineL || !lineR) return;
+    EchoLine *left = lineL.loadAcquire(), *right = lineR.loadAcquire();
+    if (!left || !right) return;
     const Block block = prepare();
     for (long done = 0; done < frames;) {
         // Places count from the start of the line, so a piece ends where it does.
@@ -123,24 +117,25 @@ void CChorus::process(float* inL, float* inR, float* outL, float* outR, long fra
         const int count = int(std::min<long>(room, frames - done));
         double places[piece];
         phasePos = lfoPlaces(phasePos, block.sweep.step, count, places);
-        runSide(block, lineL, writeL, places, 0.0, inL + done, outL + done, count);
-        runSide(block, lineR, writeR, places, block.sweep.offset, inR + done, outR + done, count);
+        runSide(block, *left, writeL, places, 0.0, inL + done, outL + done, count);
+        runSide(block, *right, writeR, places, block.sweep.offset, inR + done, outR + done, count);
         done += count;
         if (phasePos >= lfoFar) phasePos = std::fmod(phasePos, double(lfoTableSize));
     }
     phasePos = std::fmod(phasePos, double(lfoTableSize));
 }
 
-void CChorus::runSide(const Block& b, float* line, int& write, const double* places, double offset,
-                      const float* in, float* out, int count) {
+void CChorus::runSide(const Block& b, EchoLine& line, int& write, const double* places,
+                      double offset, const float* in, float* out, int count) {
     int index[piece];
     float dryIn[piece], swing[piece], fraction[piece], y[piece], fed[piece];
     std::copy_n(in, count, dryIn);
     waveIndices(places, offset, count, index);
     lookUpWave(b.wave, index, count, swing);
     linePlaces(swing, bufferFrames + write - b.nominal - 1.0, b.range, count, index, fraction);
-    lookUpLine(line, index, fraction, count, y);
+    lookUpLine(line.data(), index, fraction, count, y);
     mixSide(dryIn, y, b.feedback, b.dry, b.wet, count, fed, out);
-    std::copy_n(fed, count, line + write);
+    std::copy_n(fed, count, line.data() + write);
+    line.wroteTo(write + count);
     write = (write + count) & mask;
 }

@@ -2,6 +2,8 @@
 
 #include "common/fx/CFX.h"
 
+class EchoLine;
+
 /// Chorus: a delay line per channel, read at a place that a low oscillator moves. Overwrites its
 /// output.
 class CChorus : public CFX {
@@ -10,11 +12,11 @@ public:
 
     double phasePos = 0.0; ///< of the oscillator, in steps of its table
     int writeL = 0, writeR = 0;
-    Shared<float*> bufferL{nullptr}, bufferR{nullptr}; ///< owned; none before first enabled
-    Stored<float> frequency{3.0f};                     ///< Hz
-    Stored<float> delay{20.0f};                        ///< ms
-    Stored<float> depth{0.1f};                         ///< part of `delay` that is swept
-    Stored<float> phase{90.0f};                        ///< of the right side, degrees
+    Shared<EchoLine*> lineL{nullptr}, lineR{nullptr}; ///< owned; none before first enabled
+    Stored<float> frequency{3.0f};                    ///< Hz
+    Stored<float> delay{20.0f};                       ///< ms
+    Stored<float> depth{0.1f};                        ///< part of `delay` that is swept
+    Stored<float> phase{90.0f};                       ///< of the right side, degrees
     Stored<float> feedback{0.0f};
     Stored<int> tempoSync{0};     ///< 1: `tickDen` / `tickNum` cycles a beat
     Stored<float> waveform{0.0f}; ///< 0 sine, 1 triangle
@@ -52,6 +54,6 @@ public:
 private:
     struct Block;
     Block prepare() const;
-    void runSide(const Block& block, float* line, int& write, const double* places, double offset,
-                 const float* in, float* out, int count);
+    void runSide(const Block& block, EchoLine& line, int& write, const double* places,
+                 double offset, const float* in, float* out, int count);
 };

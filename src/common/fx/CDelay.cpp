@@ -2,7 +2,7 @@
 
 #include "base/Clones.h"
 #include "base/Numbers.h"
-#include "base/ZeroPages.h"
+#include "common/fx/EchoLine.h"
 
 #include <algorithm>
 
@@ -10,16 +10,6 @@ namespace {
 
 constexpr int piece = 256; // frames at a time; the taps are read before the lines are written
 constexpr float floorLevel = 1e-10f;
-
-constexpr size_t lineBytes = CDelay::bufferFrames * sizeof(float);
-
-float* newLine() {
-    return static_cast<float*>(takeZeroPages(lineBytes));
-}
-
-void freeLine(float* line) {
-    GiveZeroPages{lineBytes}(line);
-}
 
 /// line = feedback * (kept * own + inGain * in + cross * other).
 SONDRAVA_CLONES void feedLine(float* __restrict line, const float* own, const float* other,
@@ -55,31 +45,31 @@ CDelay::CDelay(float hz, int frames) : CFX(hz, frames) {
 
 CDelay::~CDelay() {
     if (shared) return;
-    freeLine(bufferL);
-    freeLine(bufferR);
+    delete lineL.load();
+    delete lineR.load();
 }
 
-void CDelay::setSharedBuffers(float* left, float* right) {
+void CDelay::setSharedLines(EchoLine* left, EchoLine* right) {
     if (!shared) {
-        freeLine(bufferL);
-        freeLine(bufferR);
+        delete lineL.load();
+        delete lineR.load();
     }
     shared = 1;
-    bufferL.storeRelease(left);
-    bufferR.storeRelease(right);
+    lineL.storeRelease(left);
+    lineR.storeRelease(right);
 }
 
 void CDelay::setEnabled(int on) {
     if (on && !shared) {
-        if (!bufferL) bufferL.storeRelease(newLine());
-        if (!bufferR) bufferR.storeRelease(newLine());
+        if (!lineL) lineL.storeRelease(new EchoLine(bufferFrames));
+        if (!lineR) lineR.storeRelease(new EchoLine(bufferFrames));
     }
     CFX::setEnabled(on);
 }
 
 void CDelay::clear() {
-    if (bufferL) std::fill_n(bufferL.load(), bufferFrames, 0.0f);
-    if (bufferR) std::fill_n(bufferR.load(), bufferFrames, 0.0f);
+    for (EchoLine* line : {lineL.load(), lineR.load()})
+        if (line) line->clear();
 }
 
 void CDelay::setTicksLeft(ToStore<int> mul, ToStore<int> div) {
@@ -128,7 +118,7 @@ int CDelay::advance(int pos, int count, int length) {
 }
 
 void CDelay::process(float* inL, float* inR, float* outL, float* outR, long frames) {
-    if (!bufferL.loadAcquire() || !bufferR.loadAcquire()) return;
+    if (!lineL.loadAcquire() || !lineR.loadAcquire()) return;
     const Block block = prepare();
     for (long done = 0; done < frames;) {
         int spreadPos = posR + block.spread;
@@ -143,20 +133,22 @@ void CDelay::process(float* inL, float* inR, float* outL, float* outR, long fram
 }
 
 void CDelay::run(const Block& b, float* inL, float* inR, float* outL, float* outR, int count) {
-    float* lineL = bufferL.load() + posL;
-    float* lineR = bufferR.load() + posR;
+    EchoLine &left = *lineL.load(), &right = *lineR.load();
+    float *placeL = left.data() + posL, *placeR = right.data() + posR;
     int spreadPos = posR + b.spread;
     if (spreadPos >= b.lengthR) spreadPos -= b.lengthR;
 
     float dryL[piece], dryR[piece], tapL[piece], tapR[piece], wetR[piece];
     std::copy_n(inL, count, dryL);
     std::copy_n(inR, count, dryR);
-    std::copy_n(lineL, count, tapL);
-    std::copy_n(lineR, count, tapR);
-    std::copy_n(bufferR.load() + spreadPos, count, wetR);
+    std::copy_n(placeL, count, tapL);
+    std::copy_n(placeR, count, tapR);
+    std::copy_n(right.data() + spreadPos, count, wetR);
 
-    feedLine(lineL, tapL, tapR, dryL, b.feedback, b.cross, 1.0f, count);
-    feedLine(lineR, tapR, tapL, dryR, b.feedback, b.cross, 1.0f - b.cross, count);
+    feedLine(placeL, tapL, tapR, dryL, b.feedback, b.cross, 1.0f, count);
+    feedLine(placeR, tapR, tapL, dryR, b.feedback, b.cross, 1.0f - b.cross, count);
+    left.wroteTo(posL + count);
+    right.wroteTo(posR + count);
     posL = advance(posL, count, b.lengthL);
     posR = advance(posR, count, b.lengthR);
 

@@ -2,6 +2,8 @@
 
 #include "common/fx/CFX.h"
 
+class EchoLine;
+
 /// Stereo echo, synchronised to the tempo or in milliseconds, with cross-feed. Adds to its output.
 /// The input enters the lines scaled by `feedback`, so the first echo has that gain already, and
 /// `cross` scales the right input but not the left: both belong to its sound.
@@ -15,7 +17,7 @@ public:
     Stored<float> spread{0.0f};                        ///< ms that the right tap reads ahead
     Stored<int> sync{1};                               ///< 1: beats times `mul` / `div`
     Stored<float> panLeft{-1.0f}, panRight{1.0f};      ///< where each line sounds, -1 to 1
-    Shared<float*> bufferL{nullptr}, bufferR{nullptr}; ///< owned unless `shared`, or none
+    Shared<EchoLine*> lineL{nullptr}, lineR{nullptr};  ///< owned unless `shared`, or none
     int posL = 0, posR = 0;
     Stored<float> cross{0.0f};
     Stored<int> mulLeft{1}, divLeft{1}, mulRight{1}, divRight{1};
@@ -25,9 +27,9 @@ public:
     CDelay(const CDelay&) = delete;
     CDelay& operator=(const CDelay&) = delete;
 
-    /// Plays in lines of `bufferFrames` floats each that outlive the effect and stay the caller's.
-    /// Before the effect is first enabled.
-    void setSharedBuffers(float* left, float* right);
+    /// Plays in lines of `bufferFrames` each that outlive the effect and stay the caller's. Before
+    /// the effect is first enabled.
+    void setSharedLines(EchoLine* left, EchoLine* right);
     void setEnabled(int on) override;
     /// Nothing while there are no lines.
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;

@@ -34,12 +34,13 @@ void MDelayLine::SetMaxDelay(int d) {
     maxDelay = std::max(0, d);
     size = maxDelay + spare;
     ring = makeZeroPages<float>(std::size_t(size));
-    write = 0;
+    write = reach = 0;
     read = size - maxDelay;
 }
 
 void MDelayLine::Suspend() {
-    std::fill_n(ring.get(), size, 0.0f);
+    std::fill_n(ring.get(), reach, 0.0f);
+    reach = 0;
 }
 
 int MDelayLine::GetMem() {
@@ -50,6 +51,7 @@ void MDelayLine::append(const float* in, int count) {
     const int first = std::min(count, size - write);
     std::copy_n(in, first, ring.get() + write);
     std::copy_n(in + first, count - first, ring.get());
+    reach = std::min(size, std::max(reach, write + count));
     write = (write + count) % size;
 }
 

@@ -28,6 +28,7 @@ public:
     int size = 0;            ///< samples of the ring
     int write = 0, read = 0; ///< indices of the next sample to write and to read
     int maxDelay = 0;
+    int reach = 0; ///< behind the last sample that was written since it was zeroed
 
     /// Sizes the ring for a delay of `d` samples, 0 or more, zeroes it and sets `read` so far
     /// behind. Allocates.

@@ -1,6 +1,7 @@
 #include "common/fx/CDelay.h"
 #include "FxFixture.h"
 #include "PlainFx.h"
+#include "common/fx/EchoLine.h"
 
 /// Also when a length changes: a place beyond one that has become shorter plays one more frame
 /// there.
@@ -59,11 +60,11 @@ TEST(CDelay, SpreadsBothSides) {
 }
 
 TEST(CDelay, SharesLinesThatItIsGiven) {
-    std::vector<float> left(CDelay::bufferFrames), right = left;
+    EchoLine left(CDelay::bufferFrames), right(CDelay::bufferFrames);
     CDelay first(44100, 0), second(44100, 0);
     Stereo in = fxSignal(44), out(44), echo(44), none(44);
     for (CDelay* fx : {&first, &second}) {
-        fx->setSharedBuffers(left.data(), right.data());
+        fx->setSharedLines(&left, &right);
         fx->setEnabled(1);
         fx->setDry(0.0f);
         fx->setSync(0);
@@ -73,4 +74,7 @@ TEST(CDelay, SharesLinesThatItIsGiven) {
     runFx(first, in, out, 44);
     runFx(second, none, echo, 44);
     for (size_t i = 6; i < 44; i++) EXPECT_EQ(echo.left[i], 0.5f * in.left[i]) << i;
+    second.clear(); // what the other one wrote too
+    EXPECT_EQ(std::vector(left.data(), left.data() + CDelay::bufferFrames),
+              std::vector<float>(CDelay::bufferFrames));
 }
