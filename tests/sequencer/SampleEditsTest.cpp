@@ -127,3 +127,25 @@ TEST(SampleEdits, OthersAreLeftAlone) {
     EXPECT_NE(place.clip()->sample, e.ramp);
     EXPECT_EQ(e.seq->getTicks(e.part), 1920);
 }
+
+/// What sounds goes on with the frames that the new file has there, without a click.
+TEST(SampleEdits, AreHeardWhileTheSongPlays) {
+    constexpr int before = 20000, gone = 10000;
+    RampFixture e(0);
+    e.readsDisk = true;
+    e.host.setPos(960.0);
+    e.host.start();
+    e.device.forget();
+    e.device.run(8);
+    EXPECT_EQ(deleteFrames(e.seq, {e.part, 0}, {first + before, first + before + gone}), "");
+    e.host.settle();
+    e.device.run(24);
+    const std::vector<float>& x = e.device.left;
+    ASSERT_GE(x.size(), 30000u);
+    const double step = double(e.ramp->rate) / double(e.host.rate); // frames of the file
+    for (size_t i = 0; i < 30000; i++) {
+        const double frame = double(i) * step;
+        if (std::abs(frame - before) < 4) continue; // read between frames of both sides
+        ASSERT_NEAR(x[i], (first + frame + (frame < before ? 0 : gone)) / 65536, 1e-4) << i;
+    }
+}
