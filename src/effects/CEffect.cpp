@@ -7,6 +7,7 @@
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 #include "engine/ParamUnit.h"
+#include "engine/PlanBuilder.h"
 
 #include <algorithm>
 
@@ -105,6 +106,12 @@ void CEffect::idle() {
     if (now == declaredDelay) return;
     declaredDelay = now;
     host->hostNotices.raise(HostNotice::delays);
+}
+
+void CEffect::planRender(PlanBuilder& plan) {
+    plan.needAudio(this);
+    plan.needMidi(this);
+    plan.render(this);
 }
 
 void CEffect::process(int frames) {

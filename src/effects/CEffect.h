@@ -27,6 +27,7 @@ public:
 
     void setFrames(int frames) override;
     void setRate(double rate) override;
+    void planRender(PlanBuilder& plan) override; ///< audio first
     void process(int frames) override;
     /// That of the effects that are on in the current program.
     int getDelay() override;

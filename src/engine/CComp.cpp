@@ -6,6 +6,7 @@
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 #include "engine/EditorHooks.h"
+#include "engine/PlanBuilder.h"
 #include "engine/SendOrder.h"
 
 #include <algorithm>
@@ -94,6 +95,16 @@ void CComp::prepare(int frames) {
         port->clear();
         port->freezeItems = nullptr;
     }
+}
+
+void CComp::planRender(PlanBuilder& plan) {
+    plan.needMidi(this);
+    plan.needAudio(this);
+    plan.render(this);
+}
+
+void CComp::planStrip(PlanBuilder& plan) {
+    plan.strip(this);
 }
 
 // A sequencer's channels make it its own source. The word is stored once: others read it meanwhile.

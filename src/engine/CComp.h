@@ -24,6 +24,8 @@ class CStream;
 class CUndo;
 class CUndoItem;
 class CWin;
+class PlanBuilder;
+class PlanNode;
 class UndoPlan;
 struct CRect;
 struct ParamUnit;
@@ -78,7 +80,6 @@ public:
     CList outPorts;           ///< of COutputPort (CKeyboard: a plain CMIDIQ), owned
     CList inPorts;            ///< of CInputPort, owned
     bool summing = false;     ///< its latency is being worked out; graph holder
-    unsigned searchRound = 0; ///< the latest search along cables that met it; graph holder
     bool processed = false, mixed = false, fxDone = false; ///< of this block; graph holder
     Shared<bool> busy{false};                              ///< inside `process`
     CList audioCables;                                     ///< of CAudioCable, owned in-edges
@@ -90,7 +91,7 @@ public:
     Shared<int> sync{0};
     static constexpr int macroCount = 8;
     int macroParams[macroCount] = {-1, -1, -1, -1, -1, -1, -1, -1}; ///< parameter index, -1 unused
-    int pullDepth = 0; ///< how deep the pull along cables is at present; host only, graph holder
+    PlanNode* planned = nullptr; ///< its place in the plan, while a step of it runs; graph holder
 
     explicit CComp(CQV* root);
     ~CComp() override;
@@ -119,11 +120,19 @@ public:
     virtual void setFrames(int frames);
     virtual void setRate(double rate);
     virtual void clear() {}
-    /// Pulls MIDI through the cables that arrive.
+    /// Tells what has to be worked out before this component, and what it does then: by default
+    /// the sources of its cables, MIDI first, then `process`.
+    virtual void planRender(PlanBuilder& plan);
+    /// The same for its strips.
+    virtual void planStrip(PlanBuilder& plan);
+    /// Takes in the MIDI of the cables that arrive.
     virtual void mergeMIDI(int frames);
     virtual void process(int) {}
+    virtual void sound(int) {} ///< of a part, in a step of its own behind the whole
     virtual void mix(int frames);
     virtual void fx(int frames);
+    /// Adds what a part sends to bus number `bus` from before its strips.
+    virtual void sendParts(int /*bus*/, CInputChannel* /*to*/, int /*frames*/) {}
     virtual void enable(ToStore<int> on); ///< also has the delay compensation renewed. Any thread
     virtual void sleep(int on) { sleeping = on; }
     virtual CStr getName(CObject* io);
@@ -214,9 +223,9 @@ public:
     void editMap(CWin*);
     void createBuffers(int frames);
     void destroyBuffers();
-    /// Pulls audio through the cables that arrive and adds it to the inputs. Graph holder.
+    /// Adds what arrives, by cables and sends, to the inputs. Graph holder.
     void mergeAudio(int frames);
-    /// Mixes `frames` from `offset` on: fader, pan, meters, sends. Graph holder.
+    /// Mixes `frames` from `offset` on: fader, pan, meters, and what sends take. Graph holder.
     void subMix(int frames, int offset);
 
     /// Whether the calling thread holds the graph that this belongs to.

@@ -18,6 +18,7 @@
 #include "engine/DeviceComps.h"
 #include "engine/DeviceMidi.h"
 #include "engine/EditorHooks.h"
+#include "engine/GraphPlan.h"
 #include "engine/Solo.h"
 #include "engine/SpectrumTap.h"
 #include "engine/TransportRing.h"
@@ -40,7 +41,8 @@ constexpr float activityFall = 0.33f;
 CQV::CQV()
     : CComp(this), UndoHost(this), SamplePool(this),
       sampleScratch(std::make_unique_for_overwrite<unsigned char[]>(sampleScratchBytes)),
-      values(std::make_unique<ValueDoor>(this)), deviceMidi(std::make_unique<DeviceMidi>()) {
+      values(std::make_unique<ValueDoor>(this)), deviceMidi(std::make_unique<DeviceMidi>()),
+      plans(std::make_unique<GraphPlans>(this)) {
     type = compQV;
     id = "sondrava";
     tasks = new CTasks(this);
@@ -51,6 +53,8 @@ CQV::CQV()
     click = new CClick(this);
     inQueue = new CMIDIQ(nullptr);
     createScratch();
+    const GraphMark mark(this);
+    plans->refresh();
     diskThread = new CDiskThread(this);
     diskThread->start();
     diskThread->setPriority(CDiskThread::priority);

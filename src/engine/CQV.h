@@ -21,6 +21,7 @@ class CPreviewBase;
 class CStringList;
 class CThread;
 class DeviceMidi;
+class GraphPlans;
 class SpectrumTap;
 class TransportRing;
 class ValueDoor;
@@ -199,9 +200,9 @@ public:
     /// The device was opened: takes on its block size and rate.
     void aamChanged(CObject*);
 
+    const std::unique_ptr<GraphPlans> plans; ///< how a block is worked out
+
     // For the cycle (Cycle.cpp). Graph holder.
-    void subProcess(int frames, int offset);
-    void processComp(CAudioCable* cable, int frames, CPDC* pdc, int offset);
     void calcPDC();
     void handleMIDIIn();
     /// Offers a controller to the maps of one component; true when it is consumed.
@@ -238,10 +239,6 @@ private:
     void startRecording();
 
     void runBlock(int frames);
-    void setRingsBusy(bool on);
-    /// Takes in what other outs lead here, after these, and runs the out and its strip.
-    void finishOut(CComp* out, int frames);
-    void findRings();
     void serveMaps(CMIDIBytes* e);
     void runPreview(int frames);
     void advance(int frames);

@@ -12,7 +12,7 @@ class CQV;
 class CUndo;
 class ForgetSet;
 
-/// Deepest chain of cables that a block or a search follows; what hangs beyond is silent.
+/// Deepest chain of cables that a plan or a search follows; what hangs beyond is silent.
 constexpr int maxPullDepth = 256;
 
 /// An audio in-edge: stored with its destination, which owns it.

@@ -8,7 +8,7 @@
 #include "engine/CQV.h"
 #include "engine/DeviceComps.h"
 #include "engine/DeviceMidi.h"
-#include "engine/Mixing.h"
+#include "engine/GraphPlan.h"
 #include "engine/SpectrumTap.h"
 #include "engine/TransportRing.h"
 
@@ -177,6 +177,8 @@ void CQV::process(int n) {
     if (busy) return;
     busy = true;
     flushDenormals();
+    if (!insideCallback()) plans->refresh();
+    assert(plans->current().fresh());
     if (hostNotices.take(HostNotice::delays)) calcPDC();
     if (!processed) runBlock(n);
     busy = false;
@@ -190,10 +192,10 @@ void CQV::runBlock(int n) {
     }
     if (recording && !playing && click->countIn == 0 && sync == 0) startNow();
     handleMIDIIn();
-    subProcess(n, 0);
+    plans->current().run(n);
+    if (playing) advance(n);
     if (spectrumOn) spectrum->leave(getAudioOut(), n);
-    for (CComp* c : each<CComp>(comps))
-        if (c->type == compSeq && !c->processed) c->process(n);
+    plans->current().runLate(n);
     tasks->exec(false);
     if (renderPending) {
         renderPending = false;
@@ -212,87 +214,10 @@ void CQV::runPreview(int n) {
     if (ch) preview->process(ch->bufL, ch->bufR, tmpBuffers[0], tmpBuffers[1], n);
 }
 
-void CQV::subProcess(int n, int offset) {
-    assert(heldByThread());
-    setRingsBusy(true);
-    for (const int kind : {int(listComps), int(listSends)}) {
-        for (CComp* c : each<CComp>(comps)) {
-            if (c->type != compAudioOut) continue;
-            for (CAudioCable* cable : each<CAudioCable>(c->audioCables)) {
-                const CComp* from = cable->fromComp;
-                if (from->listKind == kind && from->type != compAudioOut)
-                    processComp(cable, n, cable->pdc, offset);
-            }
-        }
-    }
-    setRingsBusy(false);
-    for (CComp* c : each<CComp>(comps)) {
-        if (c->type == compMIDIOut) c->process(n);
-        if (c->type == compAudioOut) finishOut(c, n);
-    }
-    if (playing) advance(n);
-}
-
-// An out that feeds itself must not be pulled before all that arrives at it is there.
-void CQV::setRingsBusy(bool on) {
-    for (CComp* c : each<CComp>(comps))
-        if (c->type == compAudioOut && static_cast<CAudioOut*>(c)->inRing) c->busy = on;
-}
-
-void CQV::finishOut(CComp* out, int n) {
-    if (out->busy) return;
-    if (!out->processed) {
-        out->busy = true;
-        for (CAudioCable* cable : each<CAudioCable>(out->audioCables)) {
-            CComp* from = cable->fromComp;
-            if (from->type != compAudioOut) continue;
-            finishOut(from, n);
-            if (from->processed) processComp(cable, n, cable->pdc, 0);
-        }
-        out->busy = false;
-    }
-    out->process(n);
-    if (renderMode != 0 && (renderMode != 1 || renderDry)) return;
-    out->fx(n);
-    out->mix(n);
-}
-
 void CQV::advance(int n) {
     framesPlayed = framesPlayed + n;
     double at = pos + framesToTicks(n);
     const int from = loopStart, end = loopEnd;
     if (sync == 1 && loop && end > from && at >= end) at = from + std::fmod(at - from, end - from);
     pos = at;
-}
-
-namespace {
-
-void addDelayed(const COutputChannel* from, CInputChannel* to, CPDC* pdc, int frames) {
-    for (int i = 0; i < frames; ++i) {
-        float l = 0.0f, r = 0.0f;
-        pdc->exchange(from->bufL[i], from->bufR[i], l, r);
-        to->bufL[i] += l;
-        to->bufR[i] += r;
-    }
-}
-
-} // namespace
-
-void CQV::processComp(CAudioCable* cable, int n, CPDC* pdc, int) {
-    assert(heldByThread());
-    CComp* source = cable->fromComp;
-    source->process(n);
-    source->fx(n);
-    source->mix(n);
-    const COutputChannel* from = cable->fromChannel;
-    CInputChannel* to = cable->toChannel;
-    if (pdc->delay >= 1) {
-        pdc->enter(blocks);
-        addDelayed(from, to, pdc, n);
-    } else {
-        addScaled(to->bufL, from->bufL, n, 1.0f);
-        addScaled(to->bufR, from->bufR, n, 1.0f);
-    }
-    storePeak(highest(to->bufL, n, to->peakL), to->peakL, to->holdL);
-    storePeak(highest(to->bufR, n, to->peakR), to->peakR, to->holdR);
 }

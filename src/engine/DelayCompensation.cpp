@@ -1,7 +1,6 @@
 #include "engine/DelayCompensation.h"
 
 #include "engine/CQV.h"
-#include "engine/DeviceComps.h"
 
 #include <algorithm>
 #include <cassert>
@@ -72,31 +71,10 @@ int sumDelay(CComp* c, COutputChannel* ch) {
     return DelaySums(c->host).of(c, ch);
 }
 
-namespace {
-
-/// Whether cables lead from `wanted` to `c`. No component is looked at twice in a round.
-bool isBehind(CComp* c, const CComp* wanted, unsigned round, int depth = 0) {
-    if (c->searchRound == round || depth == maxPullDepth) return false;
-    c->searchRound = round;
-    for (const CAudioCable* cable : each<CAudioCable>(c->audioCables))
-        if (cable->fromComp == wanted || isBehind(cable->fromComp, wanted, round, depth + 1))
-            return true;
-    return false;
-}
-
-} // namespace
-
-void CQV::findRings() {
-    for (CComp* c : each<CComp>(comps))
-        if (c->type == compAudioOut)
-            static_cast<CAudioOut*>(c)->inRing = isBehind(c, c, ++delayRounds);
-}
-
 // The tap of a channel that is heard through a group, or not at all at present, is evened out like
 // those of the cables: all sends are fed at the same latency.
 void CQV::calcPDC() {
     assert(heldByThread());
-    findRings();
     DelaySums sums(this);
     int sendMax = 0, inMax = 0;
     eachCable(this, listSends, [&](CAudioCable* cable) {

@@ -5,6 +5,7 @@
 #include "base/OpenBlock.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
+#include "engine/PlanBuilder.h"
 
 #include <algorithm>
 #include <cmath>
@@ -84,6 +85,12 @@ void CAudioOut::init() {
     inPorts.add(new CInputPort(this));
     inputs.add(new CInputChannel(this));
     outputs.add(new COutputChannel(this));
+}
+
+// The plan itself leads cables into its inputs.
+void CAudioOut::planRender(PlanBuilder& plan) {
+    plan.needMidi(this);
+    plan.render(this);
 }
 
 void CAudioOut::process(int frames) {

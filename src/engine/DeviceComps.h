@@ -34,8 +34,8 @@ public:
 class CAudioOut : public CDeviceAudio {
 public:
     explicit CAudioOut(CQV* root);
-    bool inRing = false; ///< cables lead from it back to it; as of the latest `calcPDC`
     void init() override;
+    void planRender(PlanBuilder& plan) override;
     void process(int frames) override;
 };
 

@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/GraphPlan.h"
 
 namespace {
 
@@ -23,6 +24,7 @@ GraphHold::GraphHold(CQV* root) : host(holdsGraph(root) ? nullptr : root) {
 
 GraphHold::~GraphHold() {
     if (!host) return;
+    host->plans->refresh();
     mark.reset();
     host->releaseHold();
 }

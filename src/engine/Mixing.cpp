@@ -2,11 +2,14 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/GraphPlan.h"
 #include "engine/MidiBytes.h"
+#include "engine/StripEvents.h"
 
 #include <algorithm>
 #include <cassert>
 #include <cstring>
+#include <span>
 
 namespace {
 
@@ -48,50 +51,11 @@ void inLanes(int frames, Pair&& pair, Single&& single) {
 
 constexpr int midiChannels = 16;
 
-/// One level deeper in the pull, for as long as it lives.
-class PullLevel {
-public:
-    explicit PullLevel(CComp* host) : depth(host->pullDepth) { ++depth; }
-    ~PullLevel() { --depth; }
-    PullLevel(const PullLevel&) = delete;
-    PullLevel& operator=(const PullLevel&) = delete;
-    bool allowed() const { return depth <= maxPullDepth; }
-
-private:
-    int& depth;
-};
-
-/// A source in progress is upstream of itself: it is not entered again.
-bool canPull(CComp* from) {
-    return from && !from->busy;
-}
-
-/// What a parameter event of a strip moves; both null when it is none of this component's.
-struct StripTarget {
-    COutputChannel* channel = nullptr;
-    CSend* send = nullptr;
-};
-
-StripTarget stripTarget(CComp* c, const void* owner) {
-    const int buses = std::min(c->host->sends.getCount(), maxSends);
-    for (auto* ch : each<COutputChannel>(c->outputs)) {
-        if (ch == owner) return {ch, nullptr};
-        for (int k = 0; k < buses; ++k)
-            if (ch->sendLevels[k] == owner) return {nullptr, ch->sendLevels[k]};
-    }
-    return {};
-}
-
 void apply(const StripTarget& target, const CMIDIBytes* event) {
     if (target.channel)
         target.channel->setParam(event->param, event->value);
     else if (event->param == 0)
         target.send->setParam(0, event->value);
-}
-
-/// Whether no solo elsewhere silences the channel.
-bool heardInSolo(const COutputChannel* ch) {
-    return ch->solo || !ch->anySolo;
 }
 
 /// Starts the ramps towards where the user has put fader, mute, solo and pan.
@@ -149,31 +113,51 @@ void mixStrip(CComp* c, COutputChannel* ch, int frames, int offset) {
     storePeak(peaks.right, ch->peakR, ch->holdR);
 }
 
-void feedSends(CComp* c, COutputChannel* ch, int frames, int offset) {
-    const float* left = ch->bufL + offset;
-    const float* right = ch->bufR + offset;
-    if (ch->pdc.delay != 0) {
-        ch->pdc.enter(c->host->blocks);
-        float* lateL = c->host->tmpBuffers[0];
-        float* lateR = c->host->tmpBuffers[1];
-        for (int i = 0; i < frames; ++i) ch->pdc.exchange(left[i], right[i], lateL[i], lateR[i]);
-        left = lateL;
-        right = lateR;
-    }
-    if (ch->mute || !heardInSolo(ch)) return;
-    CListItem* it = nullptr;
-    for (CSend* send : ch->sendLevels) {
-        auto* bus = static_cast<CComp*>(c->host->sends.next2(&it));
-        if (!bus) return;
-        CInputChannel* in = bus->input();
-        const float level = send->level;
-        if (!in || send->muted || level == 0.0f) continue;
-        addScaled(in->bufL + offset, left, frames, level * level);
-        addScaled(in->bufR + offset, right, frames, level * level);
+} // namespace
+
+void addStereo(CInputChannel* to, const COutputChannel* from, int frames) {
+    addScaled(to->bufL, from->bufL, frames, 1.0f);
+    addScaled(to->bufR, from->bufR, frames, 1.0f);
+}
+
+namespace {
+
+void addDelayed(CInputChannel* to, const COutputChannel* from, CPDC* pdc, int frames) {
+    for (int i = 0; i < frames; ++i) {
+        float l = 0.0f, r = 0.0f;
+        pdc->exchange(from->bufL[i], from->bufR[i], l, r);
+        to->bufL[i] += l;
+        to->bufR[i] += r;
     }
 }
 
 } // namespace
+
+void addToOut(const CAudioCable* cable, unsigned block, int frames) {
+    CInputChannel* to = cable->toChannel;
+    if (cable->pdc->delay >= 1) {
+        cable->pdc->enter(block);
+        addDelayed(to, cable->fromChannel, cable->pdc, frames);
+    } else {
+        addStereo(to, cable->fromChannel, frames);
+    }
+    storePeak(highest(to->bufL, frames, to->peakL), to->peakL, to->holdL);
+    storePeak(highest(to->bufR, frames, to->peakR), to->peakR, to->holdR);
+}
+
+StripTarget stripTarget(const CComp* c, const void* owner) {
+    const int buses = std::min(c->host->sends.getCount(), maxSends);
+    for (auto* ch : each<COutputChannel>(c->outputs)) {
+        if (ch == owner) return {ch, nullptr};
+        for (int k = 0; k < buses; ++k)
+            if (ch->sendLevels[k] == owner) return {nullptr, ch->sendLevels[k]};
+    }
+    return {};
+}
+
+bool heardInSolo(const COutputChannel* ch) {
+    return ch->solo || !ch->anySolo;
+}
 
 bool stripOpen(const CComp* c, const COutputChannel* ch) {
     const bool exempt = c->type == compAudioOut || c->type == compGroupCh;
@@ -223,28 +207,25 @@ void addScaled(float* __restrict to, const float* __restrict from, int frames, f
 void CComp::mix(int frames) {
     assert(heldByThread());
     if (mixed) return;
-    int last = 0;
-    const CMIDIQ* port = inPort();
-    for (CMIDIBytes* e = port ? inPort()->first() : nullptr; e; e = e->next) {
-        if (e->kind != eventParam) continue;
-        const StripTarget target = stripTarget(this, e->owner);
-        if (!target.channel && !target.send) continue;
-        const int at = CMIDIQ::frameOf(e, last, frames);
-        if (at > last) subMix(at - last, last);
-        last = at;
+    SendTap* tap = planned ? planned->tap.get() : nullptr;
+    if (tap) tap->begin();
+    const auto piece = [&](int n, int offset) { subMix(n, offset); };
+    eachStripEvent(this, frames, piece, [&](const StripTarget& target, const CMIDIBytes* e) {
+        if (tap) tap->beforeEvents(this);
         apply(target, e);
-    }
-    if (frames > last) subMix(frames - last, last);
+    });
     mixed = true;
 }
 
 void CComp::subMix(int frames, int offset) {
     assert(heldByThread());
-    const bool anyBus = host->sends.getCount() > 0;
+    SendTap* tap = planned ? planned->tap.get() : nullptr;
+    int index = 0;
     for (auto* ch : each<COutputChannel>(outputs)) {
         mixStrip(this, ch, frames, offset);
-        if (anyBus) feedSends(this, ch, frames, offset);
+        if (tap) tap->take(ch, index++, host->blocks, frames, offset);
     }
+    if (tap) tap->endPiece();
 }
 
 void CComp::fx(int frames) {
@@ -258,18 +239,8 @@ void CComp::fx(int frames) {
 
 void CComp::mergeAudio(int frames) {
     assert(heldByThread());
-    const PullLevel level(host);
-    if (!level.allowed()) return;
-    for (auto* cable : each<CAudioCable>(audioCables)) {
-        CComp* from = cable->fromComp;
-        if (!canPull(from) || !from->canProcess()) continue;
-        from->process(frames);
-        from->fx(frames);
-        from->mix(frames);
-        if (!cable->fromChannel || !cable->toChannel) continue;
-        addScaled(cable->toChannel->bufL, cable->fromChannel->bufL, frames, 1.0f);
-        addScaled(cable->toChannel->bufR, cable->fromChannel->bufR, frames, 1.0f);
-    }
+    if (!planned) return;
+    for (const PlanArrival& arrival : planned->arrivals) arrival.addTo(input(), frames);
 }
 
 namespace {
@@ -281,16 +252,12 @@ void silenceChannels(CMIDIQ* port) {
 
 } // namespace
 
-void CComp::mergeMIDI(int frames) {
+void CComp::mergeMIDI(int) {
     assert(heldByThread());
-    const PullLevel level(host);
-    if (!level.allowed()) return;
-    for (auto* cable : each<CMIDICable>(midiCables)) {
-        if (!cable->toPort) continue;
-        if (canPull(cable->fromComp)) {
-            cable->fromComp->process(frames);
-            if (cable->fromPort) passEvents(cable->fromPort, cable->toPort);
-        }
+    if (planned && !planned->takesMidi) return;
+    for (const auto& [cable, cut] : planned ? std::span<const PlanNode::Midi>(planned->midi)
+                                            : std::span<const PlanNode::Midi>()) {
+        if (!cut && cable->fromPort) passEvents(cable->fromPort, cable->toPort);
         if (allNotesOff) silenceChannels(cable->toPort);
         allNotesOff = 0;
     }

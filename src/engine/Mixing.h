@@ -2,7 +2,9 @@
 
 #include "base/Atomic.h"
 
+class CAudioCable;
 class CComp;
+class CInputChannel;
 class COutputChannel;
 
 /// Sums and meters of the mix: plain loops over one channel's buffer, any thread. A frame that is
@@ -17,6 +19,14 @@ void storePeak(float peak, Shared<float>& live, Shared<float>& hold);
 /// Adds `from` times `amount` to `to`; the two do not overlap.
 void addScaled(float* to, const float* from, int frames, float amount);
 
+/// Adds a channel's block to another's.
+void addStereo(CInputChannel* to, const COutputChannel* from, int frames);
+/// Adds what a cable brings in a block to its end, delayed as it is told to, and meters the sum
+/// there. Graph holder.
+void addToOut(const CAudioCable* cable, unsigned block, int frames);
+
+/// Whether no solo elsewhere silences the channel.
+bool heardInSolo(const COutputChannel* ch);
 /// Whether a strip of the component is heard: neither muted nor silenced by a solo elsewhere, as
 /// `spreadSolo` found. The audio outs and groups are never silenced by a solo. Any thread.
 bool stripOpen(const CComp* c, const COutputChannel* ch);

@@ -5,6 +5,7 @@
 #include "engine/CQV.h"
 #include "engine/EditorHooks.h"
 #include "engine/ForgetHooks.h"
+#include "engine/GraphPlan.h"
 #include "engine/SendOrder.h"
 #include "engine/ValueDoor.h"
 
@@ -189,6 +190,7 @@ void UndoHost::undoIdle() {
     CUndo* u = running;
     running = nullptr;
     stepPlan.finish();
+    qv->plans->settle();
     if (u->effects.song) eachSequencer(qv, [](CComp* seq) { seq->doUpdate(CComp::updateSong); });
     for (auto* item : each<CUndoItem>(u->items)) {
         settleEditors(item, runningOp != opUndone);
@@ -247,6 +249,7 @@ void UndoHost::queue(CUndo* u, Op op) {
 void UndoHost::send() {
     outdated = false;
     stepPlan.prepare(running, runningOp != opUndone, runningOp == opDone);
+    qv->plans->prepare(stepPlan, runningOp == opDone);
     while (qv->tasks->full()) {
         qv->tasks->pump();
         pumpIdle();
@@ -294,6 +297,7 @@ void UndoHost::doStep(CObject* step) {
         carryOut(u, item);
     }
     u->comp->performPlan();
+    qv->plans->adopt();
     handleUpdate(u);
     u->busy = false;
     pending.storeRelease(false);

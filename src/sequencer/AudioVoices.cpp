@@ -68,20 +68,16 @@ double sourceAt(const AudioVoice& v, double frames) {
     return v.pos + (v.mode == playStretch ? frames / v.stretch : frames * v.speed);
 }
 
-/// The sends of a drum's strip, at the level of the track that it belongs to.
-void feedSends(CDrumSound* sound, const COutputChannel* track, int frames, CQV* host) {
+/// At the level of the track that it belongs to.
+void feedDrum(const CDrumSound* sound, const COutputChannel* track, int bus, CInputChannel* to,
+              int frames) {
+    const CSend* send = sound->output->sendLevels[bus];
+    const float level = send->level;
+    if (send->muted || level == 0.0f) return;
     const float trim = track->trim;
     const float share = float(track->vol) * (trim != 0.0f ? std::pow(4.0f, trim) : 1.0f);
-    CListItem* it = nullptr;
-    for (const CSend* send : sound->output->sendLevels) {
-        auto* bus = static_cast<CComp*>(host->sends.next2(&it));
-        if (!bus) return;
-        const CInputChannel* in = bus->input();
-        const float level = send->level;
-        if (!in || send->muted || level == 0.0f) continue;
-        addScaled(in->bufL, sound->output->bufL, frames, level * level * share);
-        addScaled(in->bufR, sound->output->bufR, frames, level * level * share);
-    }
+    addScaled(to->bufL, sound->output->bufL, frames, level * level * share);
+    addScaled(to->bufR, sound->output->bufR, frames, level * level * share);
 }
 
 } // namespace
@@ -373,7 +369,6 @@ void finishDrumStrips(CTrack* track, int frames) {
     if (track->kind != trackDrum || !out) return;
     for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds)) {
         sound->output->processFX(nullptr, frames);
-        feedSends(sound, out, frames, track->host);
         sound->addStrip(out, frames);
     }
 }
@@ -440,4 +435,11 @@ void AudioVoices::forgetEvents(const CPart* part) {
 
 bool AudioVoices::sounding() const {
     return std::any_of(voices, voices + count, [](const AudioVoice& v) { return v.active; });
+}
+
+void feedDrums(CTrack* track, int bus, CInputChannel* to, int frames) {
+    const COutputChannel* out = track->output();
+    if (track->kind != trackDrum || !out) return;
+    for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds))
+        feedDrum(sound, out, bus, to, frames);
 }

@@ -7,6 +7,7 @@ constexpr double fadeFramesPerMs = 44.1;
 
 class CDrumSound;
 class CElastiqueRender;
+class CInputChannel;
 class CObject;
 class COutputChannel;
 class CPart;
@@ -143,6 +144,7 @@ private:
 };
 
 // The strips of the drums of a track, around all that its voices add to them in a block: silence
-// before, and after it their inserts, into the sends and the track. Graph holder.
+// before, and after it their inserts, into the track and the send buses. Graph holder.
 void clearDrumStrips(CTrack* track, int frames);
 void finishDrumStrips(CTrack* track, int frames);
+void feedDrums(CTrack* track, int bus, CInputChannel* to, int frames);

@@ -139,9 +139,9 @@ void CSeq::planStep(UndoPlan& plan, CUndo* step) {
     if (step->effects.song) planOrder(this, plan, step);
     stepMarks.collect(this, plan, step);
     tempoRooms.clear();
-    const std::vector<CList*> planned = plan.lists();
+    const std::vector<CList*> changed = plan.lists();
     for (auto* prog : each<CSeqProg>(progs))
-        if (std::ranges::find(planned, &prog->tempos) != planned.end())
+        if (std::ranges::find(changed, &prog->tempos) != changed.end())
             tempoRooms.emplace_back(prog, TempoMap::roomFor(plan.contents(&prog->tempos).size()));
 }
 

@@ -123,9 +123,8 @@ public:
     void setPos(double ticks) override;
     void prepare(int frames) override;
     void process(int frames) override;
-    void mix(int frames) override;
-    void fx(int frames) override;
-    void subProcess(int frames, int offset);
+    void planRender(PlanBuilder& plan) override;
+    void planStrip(PlanBuilder& plan) override;
     /// Adopts the tempo of a point that lies in the coming block; before the first one the song's
     /// own. Part of `process`.
     void followTempo(int frames);

@@ -61,6 +61,7 @@ public:
     CList freezeItems;           ///< of CFreezeItem, owned
     /// What plays sound here: null but on audio and drum tracks, and where a freeze file plays.
     std::unique_ptr<AudioVoices> voices;
+    CSongTrack* nextToSound = nullptr; ///< of the same track, in this block; graph holder
 
     CSongTrack(CSeqProg* program, CTrack* songTrack);
     ~CSongTrack() override;

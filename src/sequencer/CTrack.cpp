@@ -9,6 +9,7 @@
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CSynthProg.h"
+#include "sequencer/AudioVoices.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/Pending.h"
@@ -74,7 +75,25 @@ CDrumSound* CTrack::drumSound(int index) const {
 
 void CTrack::prepare(int frames) {
     processed = mixed = fxDone = false;
+    toSound = nullptr;
     arp->prepare(frames);
+}
+
+void CTrack::willSound(CSongTrack* songTrack) {
+    songTrack->nextToSound = nullptr;
+    CSongTrack** last = &toSound;
+    while (*last) last = &(*last)->nextToSound;
+    *last = songTrack;
+}
+
+void CTrack::sound(int frames) {
+    clearDrumStrips(this, frames);
+    for (CSongTrack* t = toSound; t; t = t->nextToSound) t->voices->render(frames, 0);
+    finishDrumStrips(this, frames);
+}
+
+void CTrack::sendParts(int bus, CInputChannel* to, int frames) {
+    feedDrums(this, bus, to, frames);
 }
 
 void CTrack::idle() {

@@ -91,6 +91,10 @@ public:
     /// Clears the guards, and prepares the arpeggiator: the track's queues and buffers are cleared
     /// by the `CSeq`, which owns them.
     void prepare(int frames) override;
+    /// Plays what has voices in this block: song tracks that `willSound`, and drum strips.
+    void sound(int frames) override;
+    void willSound(CSongTrack* songTrack);
+    void sendParts(int bus, CInputChannel* to, int frames) override; ///< of drums
     void idle() override;
     void sleep(int on) override;
     /// Leads what the block has played on an instrument track through its arpeggiator. Graph
@@ -161,6 +165,7 @@ public:
     void readyForTake();
 
 private:
+    CSongTrack* toSound = nullptr; ///< the first one; graph holder
     Shared<int> rowHeight{0};
     void reserveSlots(int slots, const CUndo* undo);
 };

@@ -55,7 +55,6 @@ void triggerMarkers(const ProgBlock& b) {
     CComp* midiIn = b.prog->seq->host->getMIDIIn();
     CMIDIQ* port = midiIn ? midiIn->outPort() : nullptr;
     if (!port) return;
-    midiIn->process(b.frames);
     for (const CMIDIBytes* e = port->first(); e; e = e->next) {
         if (e->kind != eventMidi || !noteOn(e->data)) continue;
         if (CMarkerPart* marker = b.prog->noteToMarker(asByte1(e->data)))
@@ -188,12 +187,11 @@ void processTrack(const ProgBlock& b, CSongTrack* t) {
     t->process(b.frames, b.offset);
 }
 
-/// Pulls the sources of audio and drum tracks.
-void pullSources(const ProgBlock& b, CTrack* track) {
+/// Takes in the sources of audio and drum tracks.
+void takeSources(const ProgBlock& b, CTrack* track) {
     if (track->kind != trackAudio && track->kind != trackDrum) return;
     CQV* host = b.prog->seq->host;
     for (CMIDICable* cable : each<CMIDICable>(track->midiCables)) {
-        cable->fromComp->process(b.frames);
         for (CMIDIBytes* e = cable->fromPort->first(); e; e = e->next)
             if (!host->midiMapped(track, cable->toPort, e))
                 cable->toPort->push(e->time, e->data, e->kind, e->value, e->param, e->owner,
@@ -299,7 +297,7 @@ void CSeqProg::process(int frames, int offset) {
     if (!playing) prepareStart(this);
     for (CSongTrack* t : each<CSongTrack>(tracks)) processTrack(b, t);
     if (b.current)
-        for (CSongTrack* t : each<CSongTrack>(tracks)) pullSources(b, t->track);
+        for (CSongTrack* t : each<CSongTrack>(tracks)) takeSources(b, t->track);
     if (playing) advance(b);
 }
 
@@ -425,26 +423,12 @@ void CSeq::process(int frames) {
         recording = 1;
         rec(0);
     }
-    subProcess(frames, 0);
+    for (CSeqProg* prog : each<CSeqProg>(progs)) prog->process(frames, 0);
+    if (playing) songTicks += host->framesToTicks(frames);
     playedTime.frames += frames;
     playedTime.ticks += host->framesToTicks(frames);
     followTempo(frames);
     for (CTrack* track : each<CTrack>(tracks)) track->arpeggiate(frames);
-}
-
-void CSeq::subProcess(int frames, int offset) {
-    for (CTrack* track : each<CTrack>(tracks)) clearDrumStrips(track, frames);
-    for (CSeqProg* prog : each<CSeqProg>(progs)) prog->process(frames, offset);
-    for (CTrack* track : each<CTrack>(tracks)) finishDrumStrips(track, frames);
-    if (playing) songTicks += host->framesToTicks(frames);
-}
-
-void CSeq::mix(int frames) {
-    for (CTrack* track : each<CTrack>(tracks)) track->mix(frames);
-}
-
-void CSeq::fx(int frames) {
-    for (CTrack* track : each<CTrack>(tracks)) track->fx(frames);
 }
 
 void CSeq::followTempo(int frames) {

@@ -449,7 +449,7 @@ void CSongTrack::process(int frames, int offset) {
         playNoteOffs(block);
     }
     if (!freezeItems.empty() && !host->renderMode) track->fxDone = true;
-    if (voices) voices->render(frames, offset);
+    if (voices) track->willSound(this);
 }
 
 void CSongTrack::hitDrum(CDrumSound* sound, CPart* part, float velocity, float pan, float tune,

@@ -196,9 +196,12 @@ TEST(Mixing, AllNotesOffGoesThroughTheFirstCableOnce) {
     StripFixture f;
     SignalComp* from = f.add(new SignalComp(f.host));
     SignalComp* to = f.addSignal();
-    to->inPorts.add(new CInputPort(to));
-    f.connectMIDI(from, to);
-    to->addMIDICable(from->outPort(), to->inPort(1));
+    {
+        const GraphHold hold(f.host);
+        to->inPorts.add(new CInputPort(to));
+        to->addMIDICable(from->outPort(), to->inPort());
+        to->addMIDICable(from->outPort(), to->inPort(1));
+    }
     const auto expectOnce = [&] {
         f.block();
         ASSERT_EQ(to->inPort(0)->count, 16);

@@ -1,0 +1,80 @@
+#include "engine/GraphPlan.h"
+
+#include "engine/CQV.h"
+#include "engine/Mixing.h"
+#include "engine/PlanBuilder.h"
+
+#include <algorithm>
+#include <cassert>
+#include <utility>
+
+void PlanArrival::addTo(CInputChannel* to, int frames) const {
+    if (kind == strips)
+        sender->tap->feed(sender->comp, bus, to, frames);
+    else if (kind == parts)
+        sender->comp->sendParts(bus, to, frames);
+    else if (from->fromComp->canProcess() && from->fromChannel && from->toChannel)
+        addStereo(from->toChannel, from->fromChannel, frames);
+}
+
+GraphPlan::GraphPlan(CQV* root) : host(root), madeFor(root->frames) {
+}
+
+GraphPlan::~GraphPlan() = default;
+
+void GraphPlan::run(int frames) {
+    for (size_t i = 0; i < late; ++i) runStep(steps[i], frames);
+}
+
+void GraphPlan::runLate(int frames) {
+    for (size_t i = late; i < steps.size(); ++i) runStep(steps[i], frames);
+}
+
+void GraphPlan::runStep(const PlanStep& step, int frames) const {
+    CComp* c = step.node->comp;
+    c->planned = step.node;
+    if (step.work & PlanStep::sum)
+        for (const CAudioCable* cable : step.cables) addToOut(cable, host->blocks, frames);
+    if (step.work & PlanStep::render) c->process(frames);
+    if (step.work & PlanStep::sound) c->sound(frames);
+    const bool leftOut = host->renderMode != 0 && (host->renderMode != 1 || host->renderDry);
+    if (step.work & PlanStep::strip || (step.work & PlanStep::master && !leftOut)) {
+        c->fx(frames);
+        c->mix(frames);
+    }
+    c->planned = nullptr;
+}
+
+bool GraphPlan::fresh() const {
+    return madeFor == host->frames && std::ranges::none_of(sources, &PlanSource::changed);
+}
+
+bool GraphPlan::dependsOn(const PlanLists& lists) const {
+    return std::ranges::any_of(sources, [&](const auto& s) { return lists.changes(s.list); });
+}
+
+bool GraphPlan::confirm() {
+    return madeFor == host->frames && std::ranges::all_of(sources, &PlanSource::confirm);
+}
+
+void GraphPlans::refresh() {
+    assert(host->heldByThread());
+    if (!now || !now->fresh()) now = PlanBuilder(host, PlanLists()).build();
+}
+
+void GraphPlans::prepare(const UndoPlan& step, bool first) {
+    PlanLists lists(host, step, first);
+    next = nullptr;
+    if (!now || now->dependsOn(lists)) next = PlanBuilder(host, std::move(lists)).build();
+}
+
+void GraphPlans::adopt() {
+    assert(host->heldByThread());
+    if (next && next->confirm()) std::swap(now, next);
+}
+
+void GraphPlans::settle() {
+    next = nullptr;
+    if (now && now->fresh()) return;
+    const GraphHold hold(host); // which looks for changes at its end
+}

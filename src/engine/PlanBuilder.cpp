@@ -1,0 +1,212 @@
+#include "engine/PlanBuilder.h"
+
+#include "engine/CQV.h"
+
+#include <algorithm>
+
+PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted)
+    : host(root), lists(std::move(wanted)), plan(std::make_unique<GraphPlan>(root)) {
+}
+
+const std::vector<CObject*>& PlanBuilder::read(const CList& list) {
+    const auto [entry, fresh] = known.try_emplace(&list);
+    if (fresh) {
+        entry->second = lists.of(list);
+        plan->sources.emplace_back(list, entry->second);
+    }
+    return entry->second;
+}
+
+PlanBuilder::Place& PlanBuilder::place(CComp* c) {
+    Place& p = places[c];
+    if (!p.node) p.node = plan->nodes.emplace_back(std::make_unique<PlanNode>(c)).get();
+    return p;
+}
+
+ListKind PlanBuilder::kindOf(CComp* c) {
+    if (std::ranges::find(buses, c) != buses.end()) return listSends;
+    return listComps;
+}
+
+std::unique_ptr<GraphPlan> PlanBuilder::build() {
+    comps = contents<CComp>(host->comps);
+    buses = contents<CComp>(host->sends);
+    place(host).busy = true;
+    std::vector<CComp*> outs, rings;
+    for (CComp* c : comps)
+        if (c->type == compAudioOut) outs.push_back(c);
+    // An out that feeds itself must not be taken before all that arrives at it is there.
+    std::ranges::copy_if(outs, std::back_inserter(rings), [&](CComp* c) { return inRing(c); });
+    for (CComp* out : rings) place(out).busy = true;
+    for (const ListKind kind : {listComps, listSends})
+        for (CComp* out : outs) takeSources(out, kind);
+    for (CComp* out : rings) place(out).busy = false;
+    for (CComp* c : comps) {
+        if (c->type == compMIDIOut) need(c);
+        if (c->type == compAudioOut) finishOut(c);
+    }
+    for (CComp* out : outs) flushSums(out);
+    plan->late = plan->steps.size();
+    for (CComp* c : comps)
+        if (c->type == compSeq) need(c);
+    return std::move(plan);
+}
+
+void PlanBuilder::takeSources(CComp* out, ListKind kind) {
+    for (const auto* cable : contents<CAudioCable>(out->audioCables)) {
+        CComp* from = cable->fromComp;
+        if (from->type == compAudioOut || kindOf(from) != kind) continue;
+        need(from);
+        from->planStrip(*this);
+        place(out).sums.push_back(cable);
+    }
+}
+
+bool PlanBuilder::inRing(CComp* out) {
+    std::unordered_set<const CComp*> met;
+    return isBehind(out, out, met, 0);
+}
+
+/// Whether cables lead from `wanted` to `c`.
+bool PlanBuilder::isBehind(CComp* c, const CComp* wanted, std::unordered_set<const CComp*>& met,
+                           int cables) {
+    if (cables == maxPullDepth || !met.insert(c).second) return false;
+    for (const auto* cable : contents<CAudioCable>(c->audioCables))
+        if (cable->fromComp == wanted || isBehind(cable->fromComp, wanted, met, cables + 1))
+            return true;
+    return false;
+}
+
+void PlanBuilder::finishOut(CComp* out) {
+    if (place(out).busy) return;
+    if (!place(out).rendered) {
+        place(out).busy = true;
+        for (const auto* cable : contents<CAudioCable>(out->audioCables)) {
+            if (cable->fromComp->type != compAudioOut) continue;
+            finishOut(cable->fromComp);
+            if (place(cable->fromComp).rendered) place(out).sums.push_back(cable);
+        }
+        place(out).busy = false;
+    }
+    need(out);
+    if (place(out).stripped) return;
+    place(out).stripped = true;
+    const auto channels = contents<const void>(out->outputs);
+    add(out, PlanStep::master, {channels.begin(), channels.end()});
+    feedBuses(place(out).node, PlanArrival::strips);
+}
+
+void PlanBuilder::need(CComp* c) {
+    if (place(c).busy || place(c).rendered) return;
+    place(c).busy = true;
+    c->planRender(*this);
+    place(c).busy = false;
+    place(c).rendered = true;
+}
+
+void PlanBuilder::needMidi(CComp* c) {
+    PlanNode* node = place(c).node;
+    node->takesMidi = ++depth <= maxPullDepth;
+    for (auto* cable : contents<CMIDICable>(c->midiCables)) {
+        if (!node->takesMidi || !cable->toPort) continue;
+        const bool cut = !cable->fromComp || place(cable->fromComp).busy;
+        if (!cut) {
+            need(cable->fromComp);
+            if (cable->fromPort) listen(c, cable->fromPort);
+        }
+        node->midi.push_back({cable, cut});
+    }
+    --depth;
+}
+
+void PlanBuilder::needAudio(CComp* c) {
+    if (++depth <= maxPullDepth) {
+        for (const auto* cable : contents<CAudioCable>(c->audioCables)) {
+            CComp* from = cable->fromComp;
+            if (!from || place(from).busy) continue;
+            need(from);
+            from->planStrip(*this);
+            place(c).node->arrivals.push_back({PlanArrival::cable, cable});
+            place(c).reads.push_back(cable->fromChannel);
+        }
+    }
+    --depth;
+}
+
+void PlanBuilder::listen(CComp* c, const CMIDIQ* port) {
+    place(c).reads.push_back(port);
+}
+
+void PlanBuilder::render(CComp* c) {
+    if (c->type == compAudioOut) flushSums(c);
+    std::vector<const void*> writes;
+    for (const CList* list : {&c->outputs, &c->outPorts, &c->inPorts})
+        for (const CObject* io : read(*list)) writes.push_back(io);
+    if (c->type == compAudioOut)
+        for (const CObject* in : read(c->inputs)) place(c).reads.push_back(in);
+    add(c, PlanStep::render, writes);
+}
+
+void PlanBuilder::sound(CComp* part, CComp* whole,
+                        const std::vector<const COutputChannel*>& others) {
+    place(part).reads.push_back(place(whole).node);
+    std::vector<const void*> writes(others.begin(), others.end());
+    for (const CObject* ch : read(part->outputs)) writes.push_back(ch);
+    add(part, PlanStep::sound, writes);
+    feedBuses(place(part).node, PlanArrival::parts);
+}
+
+void PlanBuilder::strip(CComp* c) {
+    if (place(c).stripped) return;
+    place(c).stripped = true;
+    const auto channels = contents<const void>(c->outputs);
+    add(c, PlanStep::strip, {channels.begin(), channels.end()});
+    feedBuses(place(c).node, PlanArrival::strips);
+}
+
+/// What comes too late for a bus is lost.
+void PlanBuilder::feedBuses(PlanNode* from, PlanArrival::Kind kind) {
+    const int count = std::min(int(buses.size()), maxSends);
+    if (count == 0) return;
+    const int channels = int(read(from->comp->outputs).size());
+    if (kind == PlanArrival::strips)
+        from->tap = std::make_unique<SendTap>(channels, count, host->frames);
+    for (int k = 0; k < count; ++k) {
+        Place& bus = place(buses[size_t(k)]);
+        if (bus.rendered) continue;
+        bus.node->arrivals.push_back({kind, nullptr, from, k});
+        for (const CObject* ch : read(from->comp->outputs)) bus.reads.push_back(ch);
+        bus.reads.push_back(from);
+    }
+}
+
+void PlanBuilder::flushSums(CComp* out) {
+    Place& p = place(out);
+    if (p.sums.empty()) return;
+    for (const CAudioCable* cable : p.sums) p.reads.push_back(cable->fromChannel);
+    const auto inputs = contents<const void>(out->inputs);
+    PlanStep& step = add(out, PlanStep::sum, {inputs.begin(), inputs.end()});
+    step.cables = std::move(place(out).sums);
+    place(out).sums.clear();
+}
+
+/// A component's works that follow each other are one step.
+PlanStep& PlanBuilder::add(CComp* c, unsigned work, const std::vector<const void*>& writes) {
+    Place& p = place(c);
+    std::vector<const void*> touched = writes;
+    touched.push_back(p.node);
+    int level = 0;
+    for (const void* what : p.reads) level = std::max(level, uses[what].written + 1);
+    const bool goesOn = !plan->steps.empty() && plan->steps.back().node == p.node &&
+                        plan->steps.back().level >= level && plan->late != plan->steps.size();
+    if (goesOn) level = plan->steps.back().level;
+    if (!goesOn)
+        for (const void* what : touched)
+            level = std::max({level, uses[what].written + 1, uses[what].read + 1});
+    for (const void* what : p.reads) uses[what].read = std::max(uses[what].read, level);
+    for (const void* what : touched) uses[what].written = level;
+    p.reads.clear();
+    if (!goesOn) plan->steps.push_back({p.node, 0, {}, level});
+    plan->steps.back().work |= work;
+    return plan->steps.back();
+}

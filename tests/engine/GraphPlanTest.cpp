@@ -1,0 +1,133 @@
+#include "StripFixture.h"
+
+#include <random>
+
+namespace {
+
+constexpr int frames = 16, buses = 3;
+
+/// A random graph with loops, and the same as plain numbers: what arrives at a unit is summed in
+/// the order of its cables and of the strips that send to it, and nobody waits for a unit that is
+/// waiting itself.
+class Net : public StripFixture {
+public:
+    explicit Net(unsigned seed) : StripFixture(frames), random(seed) {
+        for (int i = 0; i < 3 + pick(12); ++i) addUnit(made(new SignalComp(host)), host->comps);
+        for (int i = 0; i < pick(4); ++i) addUnit(made(new CGroupCh(host)), host->comps);
+        for (int i = 0; i < buses; ++i) addUnit(made(new CGroupCh(host)), host->sends);
+        units.push_back({out});
+        for (int i = 0; i < 40; ++i) toggle();
+    }
+    /// One cable more or less, at a place of its list; by a step that a block carries out.
+    void edit() {
+        const auto [from, to] = anyEnds();
+        step([&](CUndo* u) { record(u, from, to); });
+    }
+    void toggle() {
+        const auto [from, to] = anyEnds();
+        const GraphHold hold(host);
+        units[to].comp->addAudioCable(units[from].comp->output(), nullptr);
+    }
+    /// Runs a block and tells whether it is what the plain numbers give.
+    bool blockIsRight() {
+        block(frames);
+        const float wanted = solve();
+        const float* got = out->output()->bufL;
+        return std::all_of(got, got + frames, [&](float v) { return v == wanted; });
+    }
+
+private:
+    struct Unit {
+        CComp* comp;
+        float factor = 0.0f;
+        bool busy = false, done = false, stripped = false;
+        float in = 0.0f, out = 0.0f;
+    };
+
+    void addUnit(CComp* c, CList& list) {
+        const float factor = float(pick(1000)) * 1e-5f;
+        if (auto* signal = dynamic_cast<SignalComp*>(c))
+            signal->left = signal->right = [=, this](long) { return factor * beat(); };
+        for (int k = 0; k < buses; ++k)
+            if (pick(2)) c->output()->sendLevels[k]->level = float(pick(100)) / 200;
+        units.push_back({c, factor});
+        const GraphHold hold(host);
+        list.add(c);
+    }
+    float beat() const { return float(1 + host->blocks % 7); }
+    int pick(int n) { return int(random() % unsigned(n)); }
+    std::pair<size_t, size_t> anyEnds() {
+        const size_t from = size_t(pick(int(units.size()) - 1));
+        const bool toOut = pick(3) == 0;
+        return {from, toOut ? units.size() - 1 : size_t(pick(int(units.size())))};
+    }
+    void record(CUndo* u, size_t from, size_t to) {
+        CComp* c = units[to].comp;
+        COutputChannel* ch = units[from].comp->output();
+        if (CAudioCable* cable = getAudioCable(c, ch, nullptr))
+            u->asRemove(cable, &c->audioCables);
+        else
+            u->asAdd(createAudioCable(c, ch, nullptr), &c->audioCables, pick(4) - 1);
+    }
+    Unit& unitOf(const CComp* c) {
+        return *std::ranges::find(units, c, [](const Unit& u) { return u.comp; });
+    }
+    bool isBus(const Unit& u) const { return host->sends.contains(u.comp); }
+
+    float solve() {
+        for (Unit& u : units) u = {u.comp, u.factor};
+        Unit& master = units.back();
+        for (const bool ofBuses : {false, true})
+            for (const auto* cable : each<CAudioCable>(out->audioCables)) {
+                Unit& from = unitOf(cable->fromComp);
+                if (isBus(from) == ofBuses) master.in += fetch(from);
+            }
+        return master.in;
+    }
+    float fetch(Unit& u) {
+        work(u);
+        if (!std::exchange(u.stripped, true)) {
+            CListItem* it = nullptr;
+            for (const CSend* send : u.comp->output()->sendLevels)
+                if (auto* bus = static_cast<CComp*>(host->sends.next2(&it)))
+                    unitOf(bus).in += u.out * (send->level * send->level);
+                else
+                    break;
+        }
+        return u.out;
+    }
+    void work(Unit& u) {
+        if (u.done || u.busy) return;
+        u.busy = true;
+        for (const auto* cable : each<CAudioCable>(u.comp->audioCables))
+            if (Unit& from = unitOf(cable->fromComp); !from.busy) u.in += fetch(from);
+        const bool makesSound = dynamic_cast<SignalComp*>(u.comp);
+        u.out = makesSound ? u.in + u.factor * beat() : u.in;
+        u.busy = false;
+        u.done = true;
+    }
+
+    std::mt19937 random;
+    std::vector<Unit> units; ///< the last is the audio out
+};
+
+/// Runs a block of the net that a test edits, whenever it waits for a step.
+Net* waiting = nullptr;
+
+} // namespace
+
+TEST(GraphPlan, SumsAsTheCablesLead) {
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        Net net(seed);
+        waiting = &net;
+        messageHooks().pumpIdle = [] { waiting->block(frames); };
+        rtReset();
+        for (int i = 0; i < 8; ++i) {
+            ASSERT_TRUE(net.blockIsRight()) << "graph " << seed << ", after edits: " << i;
+            net.edit();
+            if (i % 3 == 2) net.undo();
+        }
+        EXPECT_EQ(rtViolations(), 0);
+        messageHooks().pumpIdle = nullptr;
+    }
+}
