@@ -41,6 +41,7 @@ struct NumberOption {
 const NumberOption numberOptions[] = {
     {"--rate", 8000, 192000, true, [](RenderOptions& o, double v) { o.rate = int(v); }},
     {"--block", 1, 16384, true, [](RenderOptions& o, double v) { o.block = int(v); }},
+    {"--workers", 0, 63, true, [](RenderOptions& o, double v) { o.workers = int(v); }},
     {"--bits", 16, 32, true, [](RenderOptions& o, double v) { o.bits = int(v); }},
     {"--bitrate", 32, 320, true, [](RenderOptions& o, double v) { o.bitrate = int(v); }},
     {"--start", 0, maxTicks, false, [](RenderOptions& o, double v) { o.start = v; }},
@@ -104,7 +105,8 @@ bool checked(const RenderOptions& options, CStr& error) {
 } // namespace
 
 const char* usage() {
-    return "usage: sondrava-render [--rate N] [--block N] [--bits 16|24|32] [--start TICKS] "
+    return "usage: sondrava-render [--rate N] [--block N] [--workers N] [--bits 16|24|32] [--start "
+           "TICKS] "
            "[--length TICKS] [--tail SECONDS|auto] [--mono] [--bitrate N] [--tracks] [--stats] "
            "[--save "
            "FILE.qv] "

@@ -6,6 +6,7 @@
 struct RenderOptions {
     int rate = 44100;
     int block = 1024;
+    int workers = -1; ///< threads that help, below 0 as many as the machine has processors for
     int bits = 16;
     int chs = 2;
     int bitrate = 128;    ///< of MP3, kilobits per second

@@ -6,6 +6,7 @@
 #include "data/demosong/DemoSong.h"
 #include "engine/CMixer.h"
 #include "engine/CQV.h"
+#include "engine/GraphWorkers.h"
 #include "project/CompTable.h"
 #include "project/ProjectFile.h"
 #include "project/ProjectUi.h"
@@ -156,6 +157,7 @@ int main(int argc, char** argv) {
     host->settingsEnabled = false;
     host->setFrames(options.block);
     host->setRate(options.rate);
+    host->workers->setCount(options.workers < 0 ? GraphWorkers::usual() : options.workers);
     host->init();
     Figures figures;
     {

@@ -18,8 +18,7 @@ CElastiqueRender::CElastiqueRender(int blockFrames, float rate) {
 }
 
 bool CElastiqueRender::start() {
-    if (!instance || busy) return false;
+    if (!instance || busy.exchange(true)) return false;
     instance->reset();
-    busy = true;
     return true;
 }

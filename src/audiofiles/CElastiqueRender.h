@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audiofiles/CElastiqueIf.h"
+#include "base/Atomic.h"
 #include "base/CObject.h"
 
 #include <vector>
@@ -10,7 +11,7 @@
 class CElastiqueRender : public CObject {
 public:
     std::unique_ptr<CElastiqueIf> instance; ///< null if there is none to be had
-    bool busy = false;
+    Shared<bool> busy{false};
     std::vector<float> inLeft, inRight; ///< source frames, `blockFrames` * 10 + 12280 each
 
     CElastiqueRender(int blockFrames, float rate);

@@ -2,6 +2,7 @@
 
 #include "audiofiles/CSample.h"
 #include "audiofiles/WavFile.h"
+#include "base/Futex.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -12,6 +13,20 @@ namespace {
 constexpr int overlapFrames = 16;
 
 } // namespace
+
+/// Voices of one sample that two threads play at once: the one waits for the other's few frames.
+class CSampleReader::PlayingTurn {
+public:
+    explicit PlayingTurn(Shared<bool>& word) : taken(word) {
+        while (taken.exchange(true)) spinPause();
+    }
+    ~PlayingTurn() { taken.storeRelease(false); }
+    PlayingTurn(const PlayingTurn&) = delete;
+    PlayingTurn& operator=(const PlayingTurn&) = delete;
+
+private:
+    Shared<bool>& taken;
+};
 
 CSampleReader::CSampleReader(const CSample& of)
     : sample(of), capacity(bufferBytes - bufferBytes % of.frameBytes),
@@ -35,6 +50,7 @@ CSampleReader::Span CSampleReader::clip(std::int64_t first, int count, bool back
 }
 
 void CSampleReader::getData(std::int64_t first, int count, float* out, bool backward, bool live) {
+    const PlayingTurn turn(playing);
     const Span whole = clip(first, count, backward);
     const int valueBytes = sample.bits / 8;
     float* const outEnd = out + std::int64_t(count) * sample.chs;
@@ -56,6 +72,7 @@ void CSampleReader::getData(std::int64_t first, int count, float* out, bool back
 }
 
 void CSampleReader::prime(std::int64_t first, int count, bool backward) {
+    const PlayingTurn turn(playing);
     const Span span = clip(first, count, backward);
     if (span.at >= span.end) return;
     CBuffer* buffer = holder(span.at);

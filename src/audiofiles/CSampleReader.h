@@ -34,7 +34,8 @@ struct CBuffer {
 
 /// Streams the frames of one sample on disk through two buffers: while one is played, the disk
 /// thread fills the other with what follows. Reads are positioned, so any number of readers can be
-/// at one sample; each has a playing side (one thread at a time) and a disk side. Each sample has
+/// at one sample; each has a playing side (threads that play at the same time go one after the
+/// other) and a disk side. Each sample has
 /// one for the graph, whose voices share it: two far apart reposition it in turn, which costs a
 /// read each time. Made and deleted on the interface thread; the sample outlives it.
 class CSampleReader {
@@ -81,6 +82,9 @@ private:
     static bool claim(CBuffer& buffer);
     void ask(CBuffer& buffer, std::int64_t offset, std::int64_t needed);
 
+    class PlayingTurn;
+
+    Shared<bool> playing{false}; ///< a thread is at the playing side
     const CSample& sample;
     const int capacity; ///< bytes, whole frames
     std::unique_ptr<unsigned char[]> memory;

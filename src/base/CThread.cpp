@@ -30,10 +30,14 @@ void CThread::run() {
 }
 
 void CThread::setPriority(int priority) {
+    takeSchedule(SCHED_RR, priority);
+}
+
+void CThread::takeSchedule(int policy, int priority) {
     if (!handle.joinable()) return;
     sched_param param{};
     param.sched_priority = priority;
-    pthread_setschedparam(handle.native_handle(), SCHED_RR, &param);
+    pthread_setschedparam(handle.native_handle(), policy, &param);
 }
 
 void CThread::resume() {

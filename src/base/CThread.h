@@ -37,6 +37,8 @@ public:
     /// Asks for round-robin real-time scheduling, priority 1 to 99. Where that is not granted the
     /// thread stays as it is.
     void setPriority(int priority);
+    /// The same with a policy of the system.
+    void takeSchedule(int policy, int priority);
     /// Wakes the thread, or keeps it from its next `suspend`. Takes a lock: not for the audio
     /// thread.
     void resume();

@@ -2,17 +2,6 @@
 
 #include "base/Atomic.h"
 
-namespace {
-
-thread_local uint64_t state = 0; ///< 0 until the thread draws its first number
-
-void seedThread() {
-    static Shared<unsigned> threads{0};
-    seedRand(threads.fetchAdd(1));
-}
-
-} // namespace
-
 /// The finaliser of splitmix64.
 uint64_t scramble(uint64_t v) {
     v += 0x9e3779b97f4a7c15;
@@ -21,13 +10,12 @@ uint64_t scramble(uint64_t v) {
     return v ^ v >> 31;
 }
 
-void seedRand(unsigned seed) {
-    state = scramble(seed);
+void Random::seed(unsigned number) {
+    state = scramble(number);
     if (state == 0) state = 1;
 }
 
-int asRandInt() {
-    if (state == 0) seedThread();
+int Random::integer() {
     // xorshift64*; its upper bits are the good ones.
     state ^= state >> 12;
     state ^= state << 25;
@@ -35,6 +23,28 @@ int asRandInt() {
     return int(state * 0x2545f4914f6cdd1d >> 33);
 }
 
+double Random::unit() {
+    return integer() / 2147483648.0;
+}
+
+namespace {
+
+Random& ofThread() {
+    static Shared<unsigned> threads{0};
+    thread_local Random own(threads.fetchAdd(1));
+    return own;
+}
+
+} // namespace
+
+void seedRand(unsigned seed) {
+    ofThread().seed(seed);
+}
+
+int asRandInt() {
+    return ofThread().integer();
+}
+
 double asRand() {
-    return asRandInt() / 2147483648.0;
+    return ofThread().unit();
 }

@@ -5,6 +5,7 @@
 #include "base/OpenBlock.h"
 #include "effects/RackFiles.h"
 #include "engine/CQV.h"
+#include "engine/GraphWorkers.h"
 #include "engine/CUndo.h"
 #include "engine/ParamUnit.h"
 #include "engine/PlanBuilder.h"
@@ -138,14 +139,14 @@ void CEffect::subProcess(int frames, int offset) {
     const CEffectProg* prog = getProg();
     if (!in || !out || (on && !prog)) return;
     const bool ran = on && runChain(*prog, frames, offset);
-    std::copy_n(ran ? host->tmpBuffers[0] : in->bufL + offset, frames, out->bufL + offset);
-    std::copy_n(ran ? host->tmpBuffers[1] : in->bufR + offset, frames, out->bufR + offset);
+    std::copy_n(ran ? host->scratch().left.data() : in->bufL + offset, frames, out->bufL + offset);
+    std::copy_n(ran ? host->scratch().right.data() : in->bufR + offset, frames, out->bufR + offset);
 }
 
 /// Leaves the sound in the first two scratch buffers; false when no effect is on.
 bool CEffect::runChain(const CEffectProg& prog, int frames, int offset) {
-    float* left = host->tmpBuffers[0];
-    float* right = host->tmpBuffers[1];
+    float* left = host->scratch().left.data();
+    float* right = host->scratch().right.data();
     std::fill_n(left, frames, 0.0f);
     std::fill_n(right, frames, 0.0f);
     bool ran = false;

@@ -5,6 +5,7 @@
 #include "base/Numbers.h"
 #include "base/Random.h"
 #include "engine/CQV.h"
+#include "engine/GraphWorkers.h"
 
 #include <algorithm>
 #include <cassert>
@@ -125,8 +126,8 @@ void CClick::play(int from, int to) {
 }
 
 void CClick::mix(COutputChannel* ch, int offset, int frames) {
-    float* left = host->tmpBuffers[0];
-    float* right = host->tmpBuffers[1];
+    float* left = host->scratch().left.data();
+    float* right = host->scratch().right.data();
     if (!render_2(*sound, samplePos, double(speed), frames, left, right)) return;
     const float level = volume;
     const float factor = level * loudness * level;

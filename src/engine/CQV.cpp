@@ -2,7 +2,6 @@
 
 #include "audiofiles/CElastiqueRender.h"
 #include "audiofiles/CSample.h"
-#include "audiofiles/SampleRender.h"
 #include "base/Delegates.h"
 #include "base/GraphMark.h"
 #include "base/Messages.h"
@@ -19,6 +18,7 @@
 #include "engine/DeviceMidi.h"
 #include "engine/EditorHooks.h"
 #include "engine/GraphPlan.h"
+#include "engine/GraphWorkers.h"
 #include "engine/Solo.h"
 #include "engine/SpectrumTap.h"
 #include "engine/TransportRing.h"
@@ -39,10 +39,9 @@ constexpr float activityFall = 0.33f;
 } // namespace
 
 CQV::CQV()
-    : CComp(this), UndoHost(this), SamplePool(this),
-      sampleScratch(std::make_unique_for_overwrite<unsigned char[]>(sampleScratchBytes)),
-      values(std::make_unique<ValueDoor>(this)), deviceMidi(std::make_unique<DeviceMidi>()),
-      plans(std::make_unique<GraphPlans>(this)) {
+    : CComp(this), UndoHost(this), SamplePool(this), values(std::make_unique<ValueDoor>(this)),
+      deviceMidi(std::make_unique<DeviceMidi>()), plans(std::make_unique<GraphPlans>(this)),
+      workers(std::make_unique<GraphWorkers>(this)) {
     type = compQV;
     id = "sondrava";
     tasks = new CTasks(this);
@@ -52,7 +51,6 @@ CQV::CQV()
     dft = new CDFT;
     click = new CClick(this);
     inQueue = new CMIDIQ(nullptr);
-    createScratch();
     const GraphMark mark(this);
     plans->refresh();
     diskThread = new CDiskThread(this);
@@ -75,7 +73,6 @@ CQV::~CQV() {
     delete peakThread;
     delete preview.load();
     deleteAll<CThread>(threads);
-    destroyScratch();
     deleteAll<CElastiqueRender>(stretchers);
     delete inQueue;
     delete renderCallback;
@@ -84,14 +81,8 @@ CQV::~CQV() {
     delete dft;
 }
 
-void CQV::createScratch() {
-    createStereo(tmpBuffers[0], tmpBuffers[1], frames);
-    createStereo(tmpBuffers[2], tmpBuffers[3], frames);
-}
-
-void CQV::destroyScratch() {
-    destroyStereo(tmpBuffers[0], tmpBuffers[1]);
-    destroyStereo(tmpBuffers[2], tmpBuffers[3]);
+GraphScratch& CQV::scratch() const {
+    return workers->scratch();
 }
 
 bool CQV::tryHold(GraphOwner who) {
@@ -151,7 +142,7 @@ void CQV::setFrames(int n) {
     if (n == frames || n < 1) return;
     const GraphHold hold(this);
     frames = n;
-    createScratch();
+    workers->makeScratch();
     spectrum->setFrames(n);
     CComp::setFrames(n);
     for (CComp* c : each<CComp>(comps)) c->setFrames(n);
@@ -219,6 +210,7 @@ void CQV::idle() {
     if (preview) preview->idle();
     makeStretcher();
     values->idle(asTimeInMS());
+    workers->followPriority();
     idleTake();
     idleRender();
     idleProgramChange();

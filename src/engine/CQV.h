@@ -22,9 +22,11 @@ class CStringList;
 class CThread;
 class DeviceMidi;
 class GraphPlans;
+class GraphWorkers;
 class SpectrumTap;
 class TransportRing;
 class ValueDoor;
+struct GraphScratch;
 struct TransportCall;
 
 /// Slowest rate that the engine runs at.
@@ -56,11 +58,8 @@ public:
     bool renderDry = false, renderFreeze = false;
     Shared<int64_t> framesPlayed{0}; ///< since position 0
     Shared<bool> transportChanged{false};
-    bool damaged = false;        ///< the project's file has more than could be read of it
-    Shared<unsigned> changes{0}; ///< counts what may have to be saved, undo and redo included
-    float* tmpBuffers[4] = {};   ///< owned, `frames` each; graph holder
-    /// Room for source frames while they are rendered, of `sampleScratchBytes`; graph holder.
-    const std::unique_ptr<unsigned char[]> sampleScratch;
+    bool damaged = false;            ///< the project's file has more than could be read of it
+    Shared<unsigned> changes{0};     ///< counts what may have to be saved, undo and redo included
     Notices<HostNotice> hostNotices; ///< to the interface; `delays` to the cycle
     Shared<int> changedFolders{0};   ///< mode of the list that HostNotice `folders` is about
     static constexpr int stretcherCount = 8;
@@ -200,7 +199,9 @@ public:
     /// The device was opened: takes on its block size and rate.
     void aamChanged(CObject*);
 
-    const std::unique_ptr<GraphPlans> plans; ///< how a block is worked out
+    const std::unique_ptr<GraphPlans> plans;     ///< how a block is worked out
+    const std::unique_ptr<GraphWorkers> workers; ///< who helps with it
+    GraphScratch& scratch() const; ///< of the calling thread, which runs a step; graph holder
 
     // For the cycle (Cycle.cpp). Graph holder.
     void calcPDC();
@@ -243,8 +244,6 @@ private:
     void runPreview(int frames);
     void advance(int frames);
 
-    void createScratch();
-    void destroyScratch();
     void emptyProject();
     void addDevice(CComp* c, int x, int y);
 

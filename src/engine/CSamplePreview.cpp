@@ -4,6 +4,7 @@
 #include "audiofiles/SampleRender.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/GraphWorkers.h"
 #include "engine/ForgetHooks.h"
 
 #include <cmath>
@@ -80,7 +81,7 @@ void CSamplePreview::process(float* left, float* right, float* tmpLeft, float* t
         }
         const int n = asMin(frames - done, ahead);
         if (!render(*played.sample, {pos, speed, 0, played.from, played.to}, n, tmpLeft, tmpRight,
-                    host->sampleScratch.get(), ReadMode::live))
+                    host->scratch().source.get(), ReadMode::live))
             return begin({});
         for (int i = 0; i < n; i++) {
             left[done + i] += tmpLeft[i];

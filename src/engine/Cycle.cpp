@@ -9,6 +9,7 @@
 #include "engine/DeviceComps.h"
 #include "engine/DeviceMidi.h"
 #include "engine/GraphPlan.h"
+#include "engine/GraphWorkers.h"
 #include "engine/SpectrumTap.h"
 #include "engine/TransportRing.h"
 
@@ -144,6 +145,14 @@ long endOutside(std::span<AamEvent> room) {
 
 } // namespace
 
+CallbackMark::CallbackMark() {
+    inCallback = true;
+}
+
+CallbackMark::~CallbackMark() {
+    inCallback = false;
+}
+
 bool insideCallback() {
     return inCallback;
 }
@@ -211,7 +220,7 @@ void CQV::runPreview(int n) {
     if (renderMode == 1 || !preview || !preview->getPlaying()) return;
     CComp* out = getAudioOut();
     COutputChannel* ch = out ? out->output() : nullptr;
-    if (ch) preview->process(ch->bufL, ch->bufR, tmpBuffers[0], tmpBuffers[1], n);
+    if (ch) preview->process(ch->bufL, ch->bufR, scratch().left.data(), scratch().right.data(), n);
 }
 
 void CQV::advance(int n) {

@@ -7,5 +7,14 @@
 long libio(float** ins, float** outs, long numIns, long numOuts, long frames, void* events,
            int numEvents);
 
+/// Marks a thread as working for `libio`, for as long as it lives.
+class CallbackMark {
+public:
+    CallbackMark();
+    ~CallbackMark();
+    CallbackMark(const CallbackMark&) = delete;
+    CallbackMark& operator=(const CallbackMark&) = delete;
+};
+
 /// Whether this thread is inside `libio` with the graph: no allocation, no lock, no system call.
 bool insideCallback();

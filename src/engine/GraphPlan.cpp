@@ -1,11 +1,13 @@
 #include "engine/GraphPlan.h"
 
 #include "engine/CQV.h"
+#include "engine/GraphWorkers.h"
 #include "engine/Mixing.h"
 #include "engine/PlanBuilder.h"
 
 #include <algorithm>
 #include <cassert>
+#include <numeric>
 #include <utility>
 
 void PlanArrival::addTo(CInputChannel* to, int frames) const {
@@ -23,7 +25,41 @@ GraphPlan::GraphPlan(CQV* root) : host(root), madeFor(root->frames) {
 GraphPlan::~GraphPlan() = default;
 
 void GraphPlan::run(int frames) {
-    for (size_t i = 0; i < late; ++i) runStep(steps[i], frames);
+    if (host->workers->helpWith(*this)) return host->workers->run(*this, frames);
+    StopWatch watch;
+    unsigned all = 0;
+    for (size_t i = 0; i < late; ++i) {
+        runStep(steps[i], frames);
+        const unsigned ns = watch.lap();
+        steps[i].times.note(ns);
+        all += ns;
+    }
+    times.note(all);
+}
+
+void GraphPlan::findOrder() {
+    order.resize(late);
+    std::iota(order.begin(), order.end(), 0u);
+    std::ranges::stable_sort(order, {}, [this](unsigned i) { return steps[i].level; });
+    for (size_t i = 0; i < late; ++i) {
+        const bool last = i + 1 == late || steps[order[i + 1]].level != steps[order[i]].level;
+        if (!last) continue;
+        mostOfLevel = std::max(mostOfLevel, int(i) + 1 - (ends.empty() ? 0 : ends.back()));
+        ends.push_back(int(i) + 1);
+    }
+}
+
+int GraphPlan::endOfLevelAfter(int step) const {
+    return *std::ranges::upper_bound(ends, step);
+}
+
+unsigned GraphPlan::runOrdered(unsigned step, int frames) {
+    PlanStep& s = steps[order[step]];
+    StopWatch watch;
+    runStep(s, frames);
+    const unsigned ns = watch.lap();
+    s.times.note(ns);
+    return ns;
 }
 
 void GraphPlan::runLate(int frames) {
@@ -59,12 +95,15 @@ bool GraphPlan::confirm() {
 
 void GraphPlans::refresh() {
     assert(host->heldByThread());
-    if (!now || !now->fresh()) now = PlanBuilder(host, PlanLists()).build();
+    if (now && now->fresh()) return;
+    auto made = PlanBuilder(host, PlanLists()).build();
+    if (now) host->workers->settle();
+    now = std::move(made);
 }
 
 void GraphPlans::prepare(const UndoPlan& step, bool first) {
     PlanLists lists(host, step, first);
-    next = nullptr;
+    next = nullptr; // of a step that did not come to pass: no thread has seen it
     if (!now || now->dependsOn(lists)) next = PlanBuilder(host, std::move(lists)).build();
 }
 
@@ -74,6 +113,7 @@ void GraphPlans::adopt() {
 }
 
 void GraphPlans::settle() {
+    if (next) host->workers->settle();
     next = nullptr;
     if (now && now->fresh()) return;
     const GraphHold hold(host); // which looks for changes at its end

@@ -2,6 +2,7 @@
 
 #include "engine/PlanLists.h"
 #include "engine/SendTap.h"
+#include "engine/StepTimes.h"
 
 #include <memory>
 #include <vector>
@@ -59,6 +60,7 @@ struct PlanStep {
     unsigned work;
     std::vector<const CAudioCable*> cables; ///< of `sum`
     int level = 0; ///< it needs what steps of lower levels make, and nothing of its own level
+    StepTimes times{};
 };
 
 /// How a block is worked out: a list of steps, each behind what it needs. Sums have the order of
@@ -83,8 +85,17 @@ public:
     const std::vector<PlanStep>& allSteps() const { return steps; }
     size_t firstLate() const { return late; } ///< step where `runLate` begins
 
+    // By levels, for several threads. Steps are numbered in the order of their levels.
+    int widest() const { return mostOfLevel; } ///< steps of a level, at most
+    float work() const { return times.mean; }  ///< nanoseconds of a block
+    int endOfLevel(int level) const { return ends.empty() ? 0 : ends[size_t(level)]; }
+    int endOfLevelAfter(int step) const;            ///< the first end behind a step
+    unsigned runOrdered(unsigned step, int frames); ///< returns its nanoseconds
+    StepTimes times;                                ///< of all steps
+
 private:
     friend class PlanBuilder;
+    void findOrder();
     void runStep(const PlanStep& step, int frames) const;
 
     CQV* host;
@@ -92,6 +103,9 @@ private:
     std::vector<std::unique_ptr<PlanNode>> nodes;
     std::vector<PlanStep> steps;
     size_t late = 0;
+    std::vector<unsigned> order; ///< of the steps before `late`, by level
+    std::vector<int> ends;       ///< of each level in `order`
+    int mostOfLevel = 0;
     std::vector<PlanSource> sources; ///< what leads to a list stands before it
 };
 

@@ -4,6 +4,7 @@
 #include "base/Paths.h"
 #include "engine/CClick.h"
 #include "engine/CQV.h"
+#include "engine/GraphWorkers.h"
 
 #include <algorithm>
 
@@ -53,6 +54,8 @@ void CQV::readSettings() {
     tempAudioFolder = ini.readString("options", "tempaudiofolder", "");
     const int width = ini.readInteger("audio", "recbits", recBits);
     if (width == 16 || width == 24 || width == 32) recBits = width;
+    const int helpers = ini.readInteger("audio", "workers", -1);
+    workers->setCount(helpers < 0 ? GraphWorkers::usual() : helpers);
     recLatency = asMax(0, storeInt("rec-latency", 0));
     click->enabled = ini.readInteger("metronome", "enabled", 1);
     click->mode = ini.readInteger("metronome", "mode", click->mode) & allClickModes;

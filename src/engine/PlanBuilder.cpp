@@ -49,6 +49,7 @@ std::unique_ptr<GraphPlan> PlanBuilder::build() {
     plan->late = plan->steps.size();
     for (CComp* c : comps)
         if (c->type == compSeq) need(c);
+    plan->findOrder();
     return std::move(plan);
 }
 

@@ -139,7 +139,7 @@ void CArp::doMapping(const CMIDIBytes* e) {
     if (isController(e->data)) return controlled(e->data);
     CArpVoice* voice = noteOn(e->data) ? keyPressed(e->data) : keyReleased(keyOf(e->data));
     if (voice) voice->prog = prog;
-    prog->buildPattern(voice);
+    prog->buildPattern(voice, chance);
 }
 
 void CArp::controlled(int msg) {
@@ -184,7 +184,7 @@ void CArp::releaseLatched() {
     for (auto* p : each<CArpProg>(progs)) p->removeLatched();
     CArpProg* prog = getProg();
     if (!prog || prog->keyCount < 1) return deleteAllVoices();
-    prog->buildPattern(activeVoice());
+    prog->buildPattern(activeVoice(), chance);
 }
 
 CArpVoice* CArp::activeVoice() {
@@ -242,11 +242,11 @@ void CArp::runVoice(CArpVoice& v, int frames, int offset, CMIDIQ* out) {
 }
 
 void CArp::playStep(CArpVoice& v, int frame, CMIDIQ* out) {
-    const double chance = asRand();
+    const double drawn = chance.unit();
     const bool chord = v.prog->mode == arpChord;
     if (!chord && v.step >= v.count) {
         v.step = 0;
-        if (v.prog->mode == arpRandom) v.prog->buildPattern(&v);
+        if (v.prog->mode == arpRandom) v.prog->buildPattern(&v, chance);
     }
     if (v.count < 1) return;
     if (v.prog->octaves && v.played >= (chord ? 1 : v.count)) turnOctave(v);
@@ -254,17 +254,17 @@ void CArp::playStep(CArpVoice& v, int frame, CMIDIQ* out) {
     const int first = chord ? 0 : v.step++, last = chord ? v.count - 1 : first;
     // Each note takes a place now and one at its end, which every pending note-off has kept free.
     const int places = out->count + noteOffs->count + 2 * (last - first + 1);
-    if (double(v.prog->prob) < chance || places > CMIDIQ::maxEvents) return;
-    for (int i = first; i <= last; i++) playNote(v, v.pattern[i], chance, frame, out);
+    if (double(v.prog->prob) < drawn || places > CMIDIQ::maxEvents) return;
+    for (int i = first; i <= last; i++) playNote(v, v.pattern[i], drawn, frame, out);
 }
 
-void CArp::playNote(const CArpVoice& v, const CArpKey& key, double chance, int frame, CMIDIQ* out) {
+void CArp::playNote(const CArpVoice& v, const CArpKey& key, double drawn, int frame, CMIDIQ* out) {
     const int note = key.key + v.octave + CArpKey::middle;
     if (note < 0 || note > 127) return;
-    const int velocity = chanceVelocity(v, key.velocity, chance);
+    const int velocity = chanceVelocity(v, key.velocity, drawn);
     out->insert(frame, asData(midiNoteOn | v.channel, note, velocity), eventMidi, 0.0f, 0, nullptr,
                 nullptr);
-    noteOffs->addMidiEvent(v.nextTick + gateTicks(v, chance),
+    noteOffs->addMidiEvent(v.nextTick + gateTicks(v, drawn),
                            asData(midiNoteOff | v.channel, note, 0));
 }
 

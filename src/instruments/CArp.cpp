@@ -122,15 +122,19 @@ void CArp::ask(unsigned bits) {
     serveRequests();
 }
 
+void CArp::start() {
+    chance.seed(unsigned(host->comps.indexed(this)));
+}
+
 void CArp::serveRequests() {
     const unsigned asked = requests.fetchAnd(requestSeed);
     if (asked & requestClear) deleteAllVoices();
     if (asked & requestRelease) releaseLatched();
 }
 
-/// Chance belongs to the thread that plays, so this waits for a block.
+/// Chance belongs to whoever plays, so this waits for a block.
 void CArp::reseed() {
-    if (requests.fetchAnd(~unsigned(requestSeed)) & requestSeed) seedRand(seed);
+    if (requests.fetchAnd(~unsigned(requestSeed)) & requestSeed) chance.seed(seed);
 }
 
 // Files.

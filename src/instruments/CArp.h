@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Random.h"
 #include "engine/CComp.h"
 #include "instruments/CArpVoice.h"
 
@@ -71,6 +72,8 @@ public:
     using CComp::getSync;
     /// Ticks to the next step of the first active voice, 0 without one.
     double getSync();
+    void start() override; ///< draws what it drew at the start before
+    Random chance;         ///< of its own, so that others and threads change nothing
 
 private:
     /// Requests of other threads, served at the top of `process`, at once while no blocks come.
@@ -90,8 +93,7 @@ private:
     int frameOf(double ticks) const;
     void runVoice(CArpVoice& voice, int frames, int offset, CMIDIQ* out);
     void playStep(CArpVoice& voice, int frame, CMIDIQ* out);
-    void playNote(const CArpVoice& voice, const CArpKey& key, double chance, int frame,
-                  CMIDIQ* out);
+    void playNote(const CArpVoice& voice, const CArpKey& key, double drawn, int frame, CMIDIQ* out);
     void playNoteOffs(int frames, int offset, CMIDIQ* out);
 
     Shared<unsigned> requests{0};

@@ -112,7 +112,7 @@ void CArpProg::removeAllKeys() {
     latchHeld = 0;
 }
 
-void CArpProg::buildPattern(CArpVoice* voice) const {
+void CArpProg::buildPattern(CArpVoice* voice, Random& chance) const {
     if (!voice) return;
     voice->count = 0;
     const int last = keyCount - 1;
@@ -134,7 +134,7 @@ void CArpProg::buildPattern(CArpVoice* voice) const {
     case arpDownAndUp:
         return down(last, 0), up(0, last);
     case arpRandom:
-        for (int i = 0; i < keyCount; i++) voice->add(keys[asInt(asRand() * keyCount)]);
+        for (int i = 0; i < keyCount; i++) voice->add(keys[asInt(chance.unit() * keyCount)]);
         return;
     default:
         return up(0, last);

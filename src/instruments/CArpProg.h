@@ -3,6 +3,7 @@
 #include "base/Stored.h"
 #include "engine/CProgram.h"
 
+class Random;
 struct CArpVoice;
 
 /// What a pattern makes of the held keys.
@@ -83,7 +84,7 @@ public:
     void removeLatched();
     void removeAllKeys();
     /// Lays out the voice's pattern anew; nothing without a voice.
-    void buildPattern(CArpVoice* voice) const;
+    void buildPattern(CArpVoice* voice, Random& chance) const;
 
 private:
     void removeAt(int i);

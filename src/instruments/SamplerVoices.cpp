@@ -2,6 +2,7 @@
 #include "common/fx/CFX.h"
 #include "engine/CFreezeItem.h"
 #include "engine/CQV.h"
+#include "engine/GraphWorkers.h"
 #include "engine/MidiBytes.h"
 #include "engine/Mixing.h"
 #include "instruments/CSampler.h"
@@ -101,8 +102,8 @@ int CSampler::gather(int from, CVoice** found) {
 }
 
 void CSampler::renderSound(CSound* sound, CVoice** list, int count, int frames, int offset) {
-    float* left = host->tmpBuffers[0];
-    float* right = host->tmpBuffers[1];
+    float* left = host->scratch().left.data();
+    float* right = host->scratch().right.data();
     std::fill_n(left, frames, 0.0f);
     std::fill_n(right, frames, 0.0f);
     sound->processVoices(list, count, left, right, frames);

@@ -2,7 +2,6 @@
 
 #include "audiofiles/CSample.h"
 #include "base/CStream.h"
-#include "base/Random.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 #include "engine/DeviceComps.h"
@@ -20,7 +19,6 @@ namespace {
 
 constexpr double longestPreview = 60.0; ///< seconds
 constexpr int blockFrames = 1024;
-constexpr unsigned previewSeed = 1;
 
 /// A song of one clip.
 class ClipStage {
@@ -60,7 +58,6 @@ public:
     void play(float* out, int frames) {
         const GraphHold hold(&host);
         host.renderMode = 1;
-        seedRand(previewSeed);
         host.hostNotices.raise(HostNotice::delays);
         host.setPos(0.0);
         host.start();

@@ -5,6 +5,7 @@
 #include "audiofiles/SampleRender.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/GraphWorkers.h"
 #include "engine/Mixing.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
@@ -271,17 +272,17 @@ void AudioVoices::cutAtEnd(AudioVoice& v, int& slice) const {
 
 void AudioVoices::fillScratch(AudioVoice& v, int slice) {
     CQV* root = host();
-    float* left = root->tmpBuffers[0];
-    float* right = root->tmpBuffers[1];
+    float* left = root->scratch().left.data();
+    float* right = root->scratch().right.data();
     const ReadMode mode = root->renderMode ? ReadMode::offline : ReadMode::live;
     bool played;
     if (v.mode == playStretch) {
         const StretchSpan span{float(v.stretch), float(v.speed), v.reverse, v.start, v.end};
         played = renderStretched(*v.sample, span, v.stretchPos, v.stretcher, slice, left, right,
-                                 root->sampleScratch.get(), mode);
+                                 root->scratch().source.get(), mode);
     } else {
         played =
-            ::render(*v.sample, spanOf(v), slice, left, right, root->sampleScratch.get(), mode);
+            ::render(*v.sample, spanOf(v), slice, left, right, root->scratch().source.get(), mode);
     }
     if (played) return;
     std::fill_n(left, slice, 0.0f);
@@ -291,8 +292,8 @@ void AudioVoices::fillScratch(AudioVoice& v, int slice) {
 /// The straight line of a voice that takes the place of another, or makes room for it.
 void AudioVoices::crossScratch(AudioVoice& v, int slice) {
     if (v.joining == 0 && v.leaving == 0) return;
-    float* left = host()->tmpBuffers[0];
-    float* right = host()->tmpBuffers[1];
+    float* left = host()->scratch().left.data();
+    float* right = host()->scratch().right.data();
     const float step = 1.0f / float(crossFrames());
     for (int i = 0; i < slice; i++) {
         const int joins = std::max(0, v.joining - i), leaves = std::max(0, v.leaving - i);
@@ -309,8 +310,8 @@ int AudioVoices::crossFrames() const {
 }
 
 void AudioVoices::addScratch(AudioVoice& v, int slice, int at, float gain) {
-    const float* left = host()->tmpBuffers[0];
-    const float* right = host()->tmpBuffers[1];
+    const float* left = host()->scratch().left.data();
+    const float* right = host()->scratch().right.data();
     addScaled(v.out->bufL + at, left, slice, gain);
     addScaled(v.out->bufR + at, right, slice, gain);
     v.lastLeft = left[slice - 1] * gain;
@@ -343,8 +344,8 @@ void AudioVoices::renderDrum(AudioVoice& v, int frames, int offset) {
     if (v.fadeOutLen == 0) {
         v.sound->process(toL, toR, &drum, n);
     } else {
-        float* left = host()->tmpBuffers[0];
-        float* right = host()->tmpBuffers[1];
+        float* left = host()->scratch().left.data();
+        float* right = host()->scratch().right.data();
         std::fill_n(left, n, 0.0f);
         std::fill_n(right, n, 0.0f);
         v.sound->process(left, right, &drum, n);

@@ -5,7 +5,6 @@
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
-#include "base/Random.h"
 #include "engine/CQV.h"
 #include "engine/DelayCompensation.h"
 #include "engine/DeviceMidi.h"
@@ -19,8 +18,6 @@ namespace {
 
 constexpr const char* rangeNames[] = {"All tracks and parts", "Left - Right locator",
                                       "Selected parts only"};
-/// Renders of one project are equal byte for byte, so chance begins anew with each.
-constexpr unsigned renderSeed = 1;
 /// Frames by which a sum of ticks may fall short of what it stands for.
 constexpr double countNoise = 1e-6;
 constexpr float quietLevel = 1.6e-5f; ///< -96 dB
@@ -45,7 +42,6 @@ public:
         host->framesPlayed = 0;
         workOutLatency();
         silenceGraph(host);
-        seedRand(renderSeed);
     }
     ~RenderState() {
         host->stop();

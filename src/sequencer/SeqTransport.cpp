@@ -324,6 +324,7 @@ void CSeqProg::play() {
     uint64_t row = 0;
     for (CSongTrack* t : each<CSongTrack>(tracks)) {
         t->pos = pos;
+        t->track->arp->chance.seed(unsigned(row));
         t->chance.start(start << 32 | row++);
         t->requests.ask(requestSetup);
     }

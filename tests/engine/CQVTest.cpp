@@ -1,6 +1,7 @@
 #include "audiofiles/CSample.h"
 #include "base/CIniFile.h"
 #include "engine/CAAM.h"
+#include "engine/GraphWorkers.h"
 #include "engine/CClick.h"
 #include "engine/CMap.h"
 #include "engine/EditorHooks.h"
@@ -103,7 +104,7 @@ TEST(CQV, FramesReachEverythingThatHasBuffers) {
     t.step([&](CUndo* u) { u->asRemove(held, &t.host->comps); });
     t.host->setFrames(4096);
     for (float* buf : {s->output()->bufR, insert->output()->bufL, held->output()->bufL,
-                       held->input()->bufR, t.out->input()->bufL, t.host->tmpBuffers[3]})
+                       held->input()->bufR, t.out->input()->bufL, t.host->scratch().right.data()})
         buf[4095] = 1.0f; // the sanitizer tells what was forgotten
     t.block(4096);
     EXPECT_EQ(t.left[4095], 1.0f);

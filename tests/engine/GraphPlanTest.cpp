@@ -1,5 +1,9 @@
 #include "StripFixture.h"
 
+#include "engine/GraphWorkers.h"
+
+#include <csignal>
+#include <pthread.h>
 #include <random>
 
 namespace {
@@ -18,15 +22,15 @@ public:
         units.push_back({out});
         for (int i = 0; i < 40; ++i) toggle();
     }
+    /// As many threads help, with every block.
+    void helpers(int count) {
+        host->workers->setCount(count);
+        host->workers->eager = true;
+    }
     /// One cable more or less, at a place of its list; by a step that a block carries out.
     void edit() {
         const auto [from, to] = anyEnds();
         step([&](CUndo* u) { record(u, from, to); });
-    }
-    void toggle() {
-        const auto [from, to] = anyEnds();
-        const GraphHold hold(host);
-        units[to].comp->addAudioCable(units[from].comp->output(), nullptr);
     }
     /// Runs a block and tells whether it is what the plain numbers give.
     bool blockIsRight() {
@@ -37,6 +41,11 @@ public:
     }
 
 private:
+    void toggle() {
+        const auto [from, to] = anyEnds();
+        const GraphHold hold(host);
+        units[to].comp->addAudioCable(units[from].comp->output(), nullptr);
+    }
     struct Unit {
         CComp* comp;
         float factor = 0.0f;
@@ -130,4 +139,75 @@ TEST(GraphPlan, SumsAsTheCablesLead) {
         EXPECT_EQ(rtViolations(), 0);
         messageHooks().pumpIdle = nullptr;
     }
+}
+
+/// Any number of threads gives the same, more than there are processors among them, while cables
+/// come and go.
+TEST(GraphPlan, ThreadsChangeNothing) {
+    for (const int helpers : {0, 1, 3, 7}) {
+        Net net(11);
+        net.helpers(helpers);
+        waiting = &net;
+        messageHooks().pumpIdle = [] { waiting->block(frames); };
+        rtReset();
+        for (int i = 0; i < 250; ++i) {
+            ASSERT_TRUE(net.blockIsRight()) << helpers << " threads, block " << i;
+            if (i % 10 == 9) net.edit();
+        }
+        EXPECT_EQ(rtViolations(), 0) << helpers << " threads";
+        messageHooks().pumpIdle = nullptr;
+    }
+}
+
+namespace {
+
+std::atomic<bool> stuck{false}, released{false};
+
+void getStuck(int) {
+    stuck = true;
+    while (!released) continue;
+    stuck = false;
+}
+
+/// Finds out which other thread helps.
+class Witness : public SignalComp {
+public:
+    using SignalComp::SignalComp;
+    std::atomic<pthread_t> helper{};
+    void process(int n) override {
+        if (!pthread_equal(pthread_self(), main)) helper = pthread_self();
+        SignalComp::process(n);
+    }
+
+private:
+    const pthread_t main = pthread_self();
+};
+
+} // namespace
+
+TEST(GraphPlan, AThreadThatSleepsHoldsUpNobody) {
+    StripFixture f(64);
+    std::vector<Witness*> units;
+    for (int i = 0; i < 8; ++i) f.connect(units.emplace_back(f.add(new Witness(f.host))));
+    f.host->workers->setCount(1);
+    f.host->workers->eager = true;
+    pthread_t helper{};
+    ASSERT_TRUE(comes([&] {
+        f.block(64);
+        for (const Witness* u : units)
+            if (u->helper.load()) helper = u->helper;
+        return helper != pthread_t{};
+    })) << "nobody helps";
+    released = false;
+    std::signal(SIGUSR1, getStuck);
+    pthread_kill(helper, SIGUSR1);
+    ASSERT_TRUE(comes([] { return stuck.load(); }));
+    for (int i = 0; i < 100; ++i) {
+        f.block(64);
+        ASSERT_EQ(f.out->output()->bufL[0], 8.0f);
+    }
+    EXPECT_TRUE(stuck);
+    released = true;
+    EXPECT_TRUE(comes([] { return !stuck.load(); }));
+    std::signal(SIGUSR1, SIG_DFL);
 }

@@ -176,18 +176,18 @@ TEST(CArp, ChanceFollowsItsDraws) {
             b.arp.setProb(0.6f);
             b.prog->setRndVelocity(0.5f);
             b.prog->setRndGate(0.25f);
-            seedRand(9);
+            b.arp.chance.seed(9);
         };
-        seedRand(9);
+        Random chance(9);
         const int held[] = {60, 64, 67};
         int pattern[] = {60, 64, 67};
         const auto shuffle = [&](int count) {
-            for (int i = 0; i < count && mode == 8; i++) pattern[i] = held[int(asRand() * count)];
+            for (int i = 0; i < count && mode == 8; i++) pattern[i] = held[int(chance.unit() * count)];
         };
         for (int keys = 1; keys <= 3; keys++) shuffle(keys);
         std::vector<Step> steps;
         for (int i = 0; i < 12; i++) {
-            const double r = asRand();
+            const double r = chance.unit();
             if (i > 0 && i % 3 == 0) shuffle(3);
             if (r <= double(0.6f))
                 steps.push_back({240.0 * i,

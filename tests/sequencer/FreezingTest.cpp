@@ -66,7 +66,6 @@ struct FreezeFixture : SongFixture, Told {
         std::optional<GraphHold> hold(&host);
         silenceGraph(&host);
         hold.reset();
-        seedRand(1);
         host.parkWorkers(); // a busy disk thread would be heard as silence
         host.start();
         device.forget();

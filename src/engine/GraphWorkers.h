@@ -1,0 +1,87 @@
+#pragma once
+
+#include "base/CThread.h"
+#include "engine/StepTimes.h"
+
+#include <memory>
+#include <vector>
+
+class CQV;
+class GraphPlan;
+
+/// Room that a thread works in at a block: what is in it is of no use any more to the step after.
+struct GraphScratch {
+    explicit GraphScratch(int frames);
+    std::vector<float> left, right; ///< `frames` of the host
+    /// For source frames while they are rendered, of `sampleScratchBytes`.
+    std::unique_ptr<unsigned char[]> source;
+};
+
+/// The threads that help whoever holds the graph with a block. They sleep between blocks. A step is
+/// taken by a single exchange of a word, so one that is late finds nothing left to do, and holds
+/// up nobody; what it has taken is waited for. Which thread takes which step changes no sound.
+class GraphWorkers {
+public:
+    static constexpr int most = 63;
+    /// Work that is not worth waking a thread for: nanoseconds of a block.
+    static constexpr unsigned lightBlock = 80000;
+
+    explicit GraphWorkers(CQV* root);
+    ~GraphWorkers();
+    GraphWorkers(const GraphWorkers&) = delete;
+    GraphWorkers& operator=(const GraphWorkers&) = delete;
+
+    static int usual(); ///< as many as there are processors, less one
+
+    // Interface thread.
+    void setCount(int threads); ///< 0 to `most`; holds the graph for it
+    /// Anew, for the host's block size. With the graph.
+    void makeScratch();
+    /// Gives the threads the priority of the one that holds the graph in blocks, after it changed.
+    void followPriority();
+    /// Until no thread looks at a plan that is over, so that it may be freed.
+    void settle();
+
+    int count() const { return int(threads.size()); }
+    Shared<bool> eager{false}; ///< helps with light blocks, too
+
+    // Graph holder.
+    /// Whether a plan is worth it.
+    bool helpWith(const GraphPlan& plan) const;
+    /// Works out the steps of a block of `plan`, together.
+    void run(GraphPlan& plan, int frames);
+    /// Of the calling thread.
+    GraphScratch& scratch() const;
+
+    StepTimes busy[most + 1]; ///< time in steps per block; first that of the graph's holder
+
+private:
+    class Thread;
+    static constexpr unsigned nothing = ~0u;
+
+    void work(int place);
+    void take(unsigned step, int place);
+    void waitAtGate(int gateNow);
+    void waitForRest();
+    void noteMaster();
+    void noteTimes(GraphPlan& p);
+
+    CQV* host;
+    std::vector<std::unique_ptr<GraphScratch>> scratches; ///< by place
+    std::vector<std::unique_ptr<Thread>> threads;
+
+    // Of the block that is worked out. `turn` has the number of the run above that of the next
+    // step, or of `nothing`; all else is set before a run is opened.
+    Shared<uint64_t> turn{nothing};
+    Shared<int> done{0}; ///< steps
+    Shared<int> gate{0}; ///< steps that may be begun: those before wait for none of them
+    Shared<unsigned> total{0};
+    Shared<GraphPlan*> plan{nullptr};
+    Shared<int> frames{0};
+    Shared<bool> inCallback{false};
+    Shared<unsigned> spent[most + 1];             ///< nanoseconds of each thread
+    Shared<int> waiting{0};                       ///< threads asleep within the block
+    Shared<int> wakeUps{0};                       ///< threads sleep on it between blocks
+    uint32_t runs = 0;                            ///< graph holder
+    Shared<unsigned long> master{0}, followed{0}; ///< pthread_t of the holder in blocks
+};
