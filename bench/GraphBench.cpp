@@ -1,8 +1,12 @@
+#include "effects/CEffect.h"
 #include "engine/CGroupCh.h"
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
 #include "engine/DeviceComps.h"
+#include "engine/GraphPlan.h"
+#include "engine/GraphWorkers.h"
 #include "engine/MidiBytes.h"
+#include "instruments/CSampler.h"
 #include "sequencer/CSeq.h"
 
 #include <benchmark/benchmark.h>
@@ -70,8 +74,8 @@ void emptyGraph(benchmark::State& state) {
     }
     for (auto _ : state) bench.block();
     const double seconds = double(state.iterations()) * bench.frames / rate;
-    state.counters["share of a core"] = benchmark::Counter(
-        seconds, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+    state.counters["share of a core"] =
+        benchmark::Counter(seconds, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
     state.counters["ns per component"] =
         benchmark::Counter(double(state.iterations()) * components * 1e-9,
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
@@ -110,6 +114,78 @@ void songEvents(benchmark::State& state) {
     state.counters["events per block"] = state.range(0) ? ticksPerBlock / ticksBetween : 0.0;
 }
 BENCHMARK(songEvents)->Arg(0)->Arg(1);
+
+/// A song of 64 tracks: a synthesizer with four notes each, a strip with four bands, and two sends
+/// to buses of which one has a reverb. With so many threads that help.
+class BusySong : public Bench {
+public:
+    static constexpr int tracks = 64, notes = 4, buses = 2;
+
+    explicit BusySong(int helpers) : Bench(256) {
+        host->workers->setCount(helpers);
+        for (int k = 0; k < buses; k++) addBus(k == 0);
+        seq = add(new CSeq(host.get()));
+        for (int i = 0; i < tracks; i++) addTrack(i);
+        seq->getProg()->leftLocator = 0;
+        seq->getProg()->rightLocator = length;
+        host->start();
+    }
+
+private:
+    static constexpr int length = 4 * 3840;
+
+    void addBus(bool reverb) {
+        auto* bus = new CGroupCh(host.get());
+        bus->init();
+        bus->createBuffers(frames);
+        const GraphHold hold(host.get());
+        host->sends.add(bus);
+        out->addAudioCable(bus->output(), nullptr);
+        if (!reverb) return;
+        auto* rack = new CEffect(host.get());
+        rack->init();
+        rack->createBuffers(frames);
+        rack->addProg(fxReverb);
+        rack->setProg(1);
+        bus->output()->inserts.add(rack);
+    }
+    void addTrack(int i) {
+        CSongTrack* t = seq->addTrack(trackMIDI, seq->getProg(), nullptr);
+        auto* synth = add(new CSampler(host.get()));
+        CStr name;
+        synth->factoryProg(nullptr, 0, name, true);
+        COutputChannel* strip = synth->output();
+        for (int band = 0; band < eqBandCount; band++) {
+            strip->setEqPower(band, true);
+            strip->setEqGain(band, 3.0f);
+        }
+        for (int k = 0; k < buses; k++) strip->sendLevels[k]->level = 0.5f;
+        const GraphHold hold(host.get());
+        out->addAudioCable(strip, nullptr);
+        synth->addMIDICable(t->track->outPort(), nullptr);
+        auto* part = new CMIDIPart;
+        part->length = length;
+        for (int n = 0; n < notes; n++) {
+            CMIDIEvent* event = createMIDIEvent();
+            event->data = asData(midiNoteOn, 40 + i % 12 + 7 * n, 100);
+            event->length = length - 10;
+            part->addEvent(n, event);
+        }
+        t->addPart(part, nullptr);
+    }
+    CSeq* seq;
+};
+
+void busySong(benchmark::State& state) {
+    BusySong bench(int(state.range(0)));
+    for (int i = 0; i < 200; i++) bench.block();
+    for (auto _ : state) bench.block();
+    state.counters["tracks in real time"] =
+        benchmark::Counter(double(state.iterations()) * BusySong::tracks * bench.frames / rate,
+                           benchmark::Counter::kIsRate);
+    state.counters["work us"] = double(bench.host->plans->current().work()) * 1e-3;
+}
+BENCHMARK(busySong)->Arg(0)->Arg(1)->UseRealTime();
 
 } // namespace
 
