@@ -2,7 +2,7 @@
 
 #include "engine/PlanLists.h"
 #include "engine/SendTap.h"
-#include "engine/StepTimes.h"
+#include "engine/WorkTimes.h"
 
 #include <memory>
 #include <vector>
@@ -60,7 +60,7 @@ struct PlanStep {
     unsigned work;
     std::vector<const CAudioCable*> cables; ///< of `sum`
     int level = 0; ///< it needs what steps of lower levels make, and nothing of its own level
-    StepTimes times{};
+    WorkTimes times{};
 };
 
 /// How a block is worked out: a list of steps, each behind what it needs. Sums have the order of
@@ -91,7 +91,7 @@ public:
     int endOfLevel(int level) const { return ends.empty() ? 0 : ends[size_t(level)]; }
     int endOfLevelAfter(int step) const;            ///< the first end behind a step
     unsigned runOrdered(unsigned step, int frames); ///< returns its nanoseconds
-    StepTimes times;                                ///< of all steps
+    WorkTimes times;                                ///< of all steps
 
 private:
     friend class PlanBuilder;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/CThread.h"
-#include "engine/StepTimes.h"
+#include "engine/WorkTimes.h"
 
 #include <memory>
 #include <vector>
@@ -53,7 +53,7 @@ public:
     /// Of the calling thread.
     GraphScratch& scratch() const;
 
-    StepTimes busy[most + 1]; ///< time in steps per block; first that of the graph's holder
+    WorkTimes busy[most + 1]; ///< time in steps per block; first that of the graph's holder
 
 private:
     class Thread;

@@ -5,7 +5,7 @@
 #include <chrono>
 
 /// What a piece of work costs per block, in nanoseconds. One thread notes, any reads.
-struct StepTimes {
+struct WorkTimes {
     Shared<unsigned> last{0}, worst{0};
     Shared<float> mean{0.0f}; ///< of some 64 blocks
 
