@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr size_t mostSheets = 16;
+constexpr size_t mostSheets = 64; ///< of sixteen colours, each lit or faint, on two grounds
 
 double squaredDistance(SignPoint p, SignPoint a, SignPoint b) {
     const double dx = b.x - a.x, dy = b.y - a.y, length = dx * dx + dy * dy;

@@ -4,6 +4,9 @@
 #include "gui/CGraphic.h"
 #include "gui/Scale.h"
 #include "gui/TestServer.h"
+#include "gui/XConnection.h"
+
+#include <X11/Xlib.h>
 
 #include <cmath>
 #include <numbers>
@@ -54,4 +57,21 @@ TEST_F(GuiTest, SignsCoverTheirArea) {
             EXPECT_EQ(shot.boundsOf(white), toDevice(asRect(9, 6, 19, 10))) << percent;
         }
     }
+}
+
+/// Tracks of sixteen colours, heard and faint, chosen and not, are shown together: what was drawn
+/// of them is kept, so that painting them again only copies.
+TEST_F(GuiTest, SignsAreDrawnOnceForEachPairOfColours) {
+    constexpr int colours = 32, grounds = 2;
+    const std::vector<Sign> signs = {{{6.5, {{10, 10}}}}};
+    SignSet set(signs, side, side);
+    CBitmap picture(side, side);
+    const auto paintAll = [&] {
+        const unsigned long before = NextRequest(liveDisplay());
+        for (int i = 0; i < colours * grounds; i++)
+            set.draw(picture.graphic.get(), 0, asPoint(0, 0), i / grounds * 0x010203, i % grounds);
+        return NextRequest(liveDisplay()) - before;
+    };
+    const unsigned long first = paintAll();
+    EXPECT_LT(paintAll() * 4, first);
 }
