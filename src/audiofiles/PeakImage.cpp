@@ -67,10 +67,8 @@ PeakImage::~PeakImage() {
 
 void PeakImage::reset(int channels) {
     entries.store(0, std::memory_order_release);
-    for (unsigned char*& chunk : chunks) {
-        delete[] chunk;
-        chunk = nullptr;
-    }
+    fine.clear();
+    coarse.clear();
     chs = channels <= maxChannels ? channels : 0;
     peakFrames = inWindow = 0;
     for (int c = 0; c < maxChannels; c++) peakMin[c] = peakMax[c] = squares[c] = 0.0f;
@@ -83,9 +81,37 @@ PeakImage::Place PeakImage::place(int index) {
     return {chunk, index - firstChunk * ((1 << chunk) - 1)};
 }
 
+void PeakImage::Chunks::clear() {
+    for (unsigned char*& list : lists) {
+        delete[] list;
+        list = nullptr;
+    }
+}
+
+unsigned char* PeakImage::Chunks::at(int index, int bytes) const {
+    const Place in = place(index);
+    return lists[in.chunk] + std::ptrdiff_t(in.index) * bytes;
+}
+
+unsigned char* PeakImage::Chunks::make(int index, int bytes) {
+    const int chunk = place(index).chunk;
+    if (chunk >= chunkCount) return nullptr;
+    unsigned char*& list = lists[chunk];
+    const std::size_t all = (std::size_t(firstChunk) << chunk) * std::size_t(bytes);
+    if (!list) list = new (std::nothrow) unsigned char[all];
+    return list ? at(index, bytes) : nullptr;
+}
+
+int PeakImage::bytes() const {
+    return chs * bytesPerChannel;
+}
+
 const unsigned char* PeakImage::entry(int index) const {
-    const Place at = place(index);
-    return chunks[at.chunk] + std::ptrdiff_t(at.index) * chs * bytesPerChannel;
+    return fine.at(index, bytes());
+}
+
+const unsigned char* PeakImage::run(int index) const {
+    return coarse.at(index, bytes());
 }
 
 unsigned char PeakImage::encode(float value) {
@@ -93,27 +119,44 @@ unsigned char PeakImage::encode(float value) {
     return static_cast<unsigned char>(int(double(v * 127.0f + 0.5f) + 127.0)); // no longer below 0
 }
 
+unsigned char PeakImage::encodeRms(float value) {
+    return value < 1.0f    ? static_cast<unsigned char>(value * 255.0f + 0.5f)
+           : value >= 1.0f ? 255
+                           : 0;
+}
+
 bool PeakImage::store() {
     const int index = entries.load(std::memory_order_relaxed);
-    const Place at = place(index);
-    if (at.chunk >= chunkCount) return false;
-    unsigned char*& chunk = chunks[at.chunk];
-    const std::size_t bytes =
-        (std::size_t(firstChunk) << at.chunk) * std::size_t(chs) * bytesPerChannel;
-    if (!chunk) chunk = new (std::nothrow) unsigned char[bytes];
-    if (!chunk) return false;
-    unsigned char* p = chunk + std::ptrdiff_t(at.index) * chs * bytesPerChannel;
+    unsigned char* p = fine.make(index, bytes());
+    if (!p) return false;
     for (int c = 0; c < chs; c++, p += 2) {
         p[0] = encode(peakMin[c]);
         p[1] = encode(peakMax[c]);
         peakMin[c] = peakMax[c] = 0.0f;
     }
     for (int c = 0; c < chs; c++) {
-        const float rms = std::sqrt(squares[c] / float(framesPerEntry));
-        *p++ = rms < 1.0f ? static_cast<unsigned char>(rms * 255.0f + 0.5f) : rms >= 1.0f ? 255 : 0;
+        *p++ = encodeRms(std::sqrt(squares[c] / float(framesPerEntry)));
         squares[c] = 0.0f;
     }
+    if ((index + 1) % entriesPerRun == 0 && !storeRun(index / entriesPerRun)) return false;
     entries.store(index + 1, std::memory_order_release);
+    return true;
+}
+
+bool PeakImage::storeRun(int index) {
+    unsigned char* p = coarse.make(index, bytes());
+    if (!p) return false;
+    const auto over = [&](int byte, auto&& gather) {
+        for (int i = 0; i < entriesPerRun; i++) gather(entry(index * entriesPerRun + i)[byte]);
+    };
+    for (int c = 0; c < chs; c++) {
+        unsigned char &low = p[2 * c] = 255, &high = p[2 * c + 1] = 0;
+        float power = 0.0f;
+        over(2 * c, [&](unsigned char v) { low = std::min(low, v); });
+        over(2 * c + 1, [&](unsigned char v) { high = std::max(high, v); });
+        over(2 * chs + c, [&](unsigned char v) { power += decodeRms(v) * decodeRms(v); });
+        p[2 * chs + c] = encodeRms(std::sqrt(power / float(entriesPerRun)));
+    }
     return true;
 }
 

@@ -40,15 +40,17 @@ WaveColumn WaveColumns::fromPeaks(double from, int firstChannel, int endChannel)
     const PeakImage& peaks = sample->peaks;
     const int begin = asMax(0, asInt(from / PeakImage::framesPerEntry));
     const int end = asMin(peaks.count(), asInt((from + width) / PeakImage::framesPerEntry) + 1);
+    constexpr int run = PeakImage::entriesPerRun;
     float power = 0.0f;
-    for (int i = begin; i < end; i++) {
-        const unsigned char* values = peaks.entry(i);
+    for (int i = begin, step; i < end; i += step) {
+        step = i % run == 0 && i + run <= end ? run : 1;
+        const unsigned char* values = step == run ? peaks.run(i / run) : peaks.entry(i);
         const unsigned char* powers = values + 2 * sample->chs;
         for (int c = firstChannel; c < endChannel; c++) {
             shown.low = std::min(shown.low, PeakImage::decode(values[2 * c]));
             shown.high = std::max(shown.high, PeakImage::decode(values[2 * c + 1]));
             const float rms = PeakImage::decodeRms(powers[c]);
-            power += rms * rms;
+            power += rms * rms * float(step);
         }
     }
     const int channels = endChannel - firstChannel;

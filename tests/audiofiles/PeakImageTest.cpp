@@ -12,23 +12,35 @@ int code(float v) {
     return int(std::floor(double(v) * 127 + 0.5)) + 127;
 }
 
-void expectImage(const PeakImage& peaks, const std::vector<float>& values, int chs,
-                 const char* name) {
-    ASSERT_EQ(peaks.count(), int(values.size()) / chs / 128) << name;
-    for (int e = 0; e < peaks.count(); e++)
+/// The least, the greatest and the power of each so many frames, as `told` tells them.
+template <class F>
+void expectWindows(const std::vector<float>& values, int chs, int frames, int count,
+                   double tolerance, const std::string& name, F&& told) {
+    for (int e = 0; e < count; e++)
         for (int c = 0; c < chs; c++) {
             float low = 0.0f, high = 0.0f;
             double squares = 0.0;
-            for (int i = e * 128; i < e * 128 + 128; i++) {
+            for (int i = e * frames; i < e * frames + frames; i++) {
                 low = std::min(low, values[std::size_t(i * chs + c)]);
                 high = std::max(high, values[std::size_t(i * chs + c)]);
                 squares += std::pow(double(values[std::size_t(i * chs + c)]), 2);
             }
-            ASSERT_EQ(peaks.entry(e)[c * 2], code(low)) << name << " entry " << e;
-            ASSERT_EQ(peaks.entry(e)[c * 2 + 1], code(high)) << name << " entry " << e;
-            ASSERT_NEAR(peaks.entry(e)[chs * 2 + c], std::sqrt(squares / 128) * 255, 0.51)
-                << name << " entry " << e;
+            ASSERT_EQ(told(e)[c * 2], code(low)) << name << e;
+            ASSERT_EQ(told(e)[c * 2 + 1], code(high)) << name << e;
+            ASSERT_NEAR(told(e)[chs * 2 + c], std::sqrt(squares / frames) * 255, tolerance)
+                << name << e;
         }
+}
+
+/// A run's power is that of its entries, each of which is rounded.
+void expectImage(const PeakImage& peaks, const std::vector<float>& values, int chs,
+                 const std::string& name) {
+    constexpr int run = PeakImage::entriesPerRun;
+    ASSERT_EQ(peaks.count(), int(values.size()) / chs / 128) << name;
+    expectWindows(values, chs, 128, peaks.count(), 0.51, name + " entry ",
+                  [&](int e) { return peaks.entry(e); });
+    expectWindows(values, chs, 128 * run, peaks.count() / run, 1.02, name + " run ",
+                  [&](int e) { return peaks.run(e); });
 }
 
 } // namespace
