@@ -57,7 +57,8 @@ void ArrangeView::scrollTo(int64_t x, int y) {
 /// Not while the mouse drags something.
 void ArrangeView::followPlay() {
     const int64_t at = seq() ? edit.axis.wideX(seq()->getPos()) : 0;
-    const int64_t by = following.shift(qv->playing && seq(), at - edit.axis.scroll(), gridWidth());
+    const bool plays = qv->playing && !qv->renderMode && seq();
+    const int64_t by = following.shift(plays, at - edit.axis.scroll(), gridWidth());
     if (by && !win->app->drag.of(grid)) moveTo(edit.axis.scroll() + by, edit.scrollY);
 }
 

@@ -292,6 +292,12 @@ TEST_F(ArrangeTest, TheViewFollowsWhatPlays) {
     EXPECT_TRUE(loaded());
     EXPECT_GT(atX(), grid()->width) << "the user looks elsewhere";
     host->stop();
+    host->renderMode = 1;
+    playFrom(60);
+    EXPECT_TRUE(loaded() && host->playing);
+    EXPECT_GT(atX(), grid()->width) << "of a render there is nothing to follow";
+    host->stop();
+    host->renderMode = 0;
     EXPECT_TRUE(loaded());
     key("shift+j");
     for (const int bar : {40, 41, 20}) {
