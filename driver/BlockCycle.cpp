@@ -30,7 +30,8 @@ void BlockCycle::reset(int deviceRate) {
     numEvents = 0;
     framesRun = 0;
     lastBegunNs = 0;
-    for (std::atomic<int64_t>* counter : {&xruns, &blocks, &lateBlocks, &lostFrames, &worstNs})
+    for (std::atomic<int64_t>* counter :
+         {&xruns, &blocks, &lateBlocks, &lostFrames, &worstNs, &heavyBlocks})
         counter->store(0, relaxed);
 }
 
@@ -51,8 +52,8 @@ void BlockCycle::setCapture(WavCapture* wav) {
 
 void BlockCycle::statistics(AamStatistics& to) const {
     constexpr int64_t nsPerMicro = 1000;
-    to = {blocks.load(relaxed), lateBlocks.load(relaxed), xruns.load(relaxed),
-          lostFrames.load(relaxed), worstNs.load(relaxed) / nsPerMicro};
+    to = {blocks.load(relaxed),     lateBlocks.load(relaxed),           xruns.load(relaxed),
+          lostFrames.load(relaxed), worstNs.load(relaxed) / nsPerMicro, heavyBlocks.load(relaxed)};
 }
 
 bool BlockCycle::take(AamEvent& event, int64_t& frame) {
@@ -162,8 +163,10 @@ void BlockCycle::handOn(int64_t begunNs, int frames) {
 
 void BlockCycle::measure(const DeviceBlock& block, int64_t begunNs) {
     const int64_t ended = nowNs();
-    const int64_t due = block.dueNs ? block.dueNs : begunNs + framesToNs(block.frames, rate);
+    const int64_t lasts = framesToNs(block.frames, rate);
+    const int64_t due = block.dueNs ? block.dueNs : begunNs + lasts;
     add(blocks, 1);
     if (ended > due) add(lateBlocks, 1);
+    if (ended - begunNs > lasts / 2) add(heavyBlocks, 1);
     worstNs.store(std::max(worstNs.load(relaxed), ended - begunNs), relaxed);
 }

@@ -108,4 +108,5 @@ struct AamStatistics {
     int64_t xruns;       ///< gaps that the sound system reported or that the clock skipped
     int64_t lostFrames;  ///< frames missing in the captured file since its writer fell behind
     int64_t worstMicros; ///< longest callback
+    int64_t heavyBlocks; ///< callbacks that took longer than half of what their block lasts
 };
