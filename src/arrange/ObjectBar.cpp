@@ -9,6 +9,7 @@
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
+#include "gui/Fonts.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CPopup.h"
 #include "instruments/CDrumSound.h"
@@ -252,7 +253,8 @@ void ObjectBar::paint(CGraphic* g, CRect rect) {
     int right = width;
     for (const auto* c : each<CCtrl>(controls))
         if (c->visible) right = asMin(right, c->left - (c == length ? lengthLabel : 0));
-    g->drawText(palette.dimText, shown, asRect(margin, 0, right - margin, height - 1), textLeft);
+    const CRect room = asRect(margin, 0, right - margin, height - 1);
+    g->drawText(palette.dimText, textFace({})->shortened(shown, room.width()), room, textLeft);
     if (length->visible)
         g->drawText(palette.dimText, "Length",
                     asRect(length->left - lengthLabel, 0, length->left, height - 1), textLeft);

@@ -92,18 +92,37 @@ void PartPainter::part(const ArrangeRow& row, CPart* part, bool heard) {
     const CRect nameBox = asRect(left, box.top, asMin(right, state.gridWidth() + beyond),
                                  high ? header.bottom : box.bottom);
     if (nameBox.width() < leastName) return;
-    const CStr id = part->getId() + (part->ghostOf.load() ? " (ghost)" : "");
-    told.push_back({nameBox, high ? c.name : palette.text, part->content()->id,
-                    part->muted() ? CStr("muted") : id});
+    told.push_back({nameBox, high ? c.name : palette.text, part->content()->id, part,
+                    !row.songTrack->freezeItems.empty()});
+}
+
+/// What stands behind the name, at length and in a word: what is out of the ordinary comes first.
+std::array<CStr, 2> PartPainter::kindOf(const Name& n) {
+    if (n.part->muted()) return {"muted", "muted"};
+    if (n.frozen) return {"frozen", "frozen"};
+    const CStr kind = n.part->getId();
+    return n.part->ghostOf.load() ? std::array<CStr, 2>{kind + " (ghost)", "ghost"}
+                                  : std::array<CStr, 2>{kind, kind};
 }
 
 void PartPainter::frame(const CPart* part, CRect box, CRect header, const PartColours& c) {
     paper.fill(c.body, box);
     paper.fill(c.header, header);
+    if (part->ghostOf.load()) seam(header, c.body);
     if (state.workspace.options().outlineParts.on()) paper.frame(c.outline, box);
     if (!part->selected()) return;
     paper.frame(palette.text, box);
     paper.frame(palette.text, sizeRect(box, 1, 1, -1, -1));
+}
+
+/// The lower edge of a ghost's header, which also tells a narrow one.
+void PartPainter::seam(CRect header, int colour) {
+    constexpr int stitch = 3, step = 6, thick = 2;
+    if (header.empty()) return;
+    const int first = asMax(0, (asked.left - header.left) / step);
+    for (int x = header.left + first * step; x < asMin(header.right, asked.right); x += step)
+        paper.fill(colour, asRect(x, header.bottom - thick, asMin(x + stitch, header.right),
+                                  header.bottom));
 }
 
 /// Notes lie within the range of the part's own keys.
@@ -271,8 +290,11 @@ void PartPainter::names() {
         batch.text(n.colour, n.name, n.box, textLeft);
         CRect rest = n.box;
         rest.left += graphic->textWidth(n.name) + 2 * textGap;
-        const bool ends = n.box.right < state.gridWidth() + beyond; // else it is out of sight
-        if (ends && !n.id.empty() && rest.width() > graphic->textWidth(n.id))
-            batch.text(n.colour, n.id, rest, textRight);
+        if (n.box.right >= state.gridWidth() + beyond) continue; // its end is out of sight
+        for (const CStr& kind : kindOf(n)) {
+            if (rest.width() <= graphic->textWidth(kind)) continue;
+            batch.text(n.colour, kind, rest, textRight);
+            break;
+        }
     }
 }

@@ -4,6 +4,7 @@
 #include "base/CStr.h"
 #include "base/Geometry.h"
 
+#include <array>
 #include <vector>
 
 class ArrangeState;
@@ -37,12 +38,16 @@ private:
     struct Name {
         CRect box;
         int colour;
-        CStr name, id;
+        CStr name;
+        const CPart* part;
+        bool frozen;
     };
 
     double deviceX(double ticks) const;
     void coverNames(CRect box);
     void frame(const CPart* part, CRect box, CRect header, const PartColours& c);
+    void seam(CRect header, int colour);
+    static std::array<CStr, 2> kindOf(const Name& n);
     void notes(const PartSketch& s, double start, CRect room, int colour);
     void hits(const PartSketch& s, double start, CRect room, int colour);
     void takeContent(CPart* part, const Takes& takes, int index, CRect room, const PartColours& c);

@@ -37,7 +37,8 @@ constexpr int switchesLeft = meterLeft - 6 - 3 * switchWidth - 2 * switchGap;
 constexpr int firstLine = 4, secondLine = 25, secondHeight = 15, twoLines = 44;
 constexpr int thirdLine = 45, threeLines = 68;
 constexpr int panWidth = 60, monitorWidth = 24;
-constexpr double mutedShare = 0.45; ///< of the ground in what is not heard
+constexpr double leastForText = 4.5; ///< contrast
+constexpr double mutedShare = 0.45;  ///< of the ground in what is not heard
 
 enum StripParam { paramVolume, paramPan };
 
@@ -254,7 +255,9 @@ void TrackHead::paintName(CGraphic* g, int ground) const {
                         colours.accent, ground);
     }
     const int text = shown.selected ? clTrackSelected.textCol : clTrack.textCol;
-    g->drawText(shown.heard ? text : colours.dimText, shown.name, box, textLeft);
+    const bool faint = !shown.heard && contrast(colours.dimText, ground) >= leastForText;
+    g->drawText(faint ? colours.dimText : text,
+                textFace({.bold = true})->shortened(shown.name, box.width()), box, textLeft);
 }
 
 // The mouse.

@@ -35,6 +35,15 @@ int TextFace::deviceWidth(std::string_view text) const {
     return toDevice(int(text.size()) * guessedWidth);
 }
 
+CStr TextFace::shortened(const CStr& text, int width) const {
+    if (textWidth(text) <= width) return text;
+    const std::string_view rest = "...";
+    const std::string_view all = text.asChar();
+    std::string start(fitting(all, asMax(0, toDevice(width) - deviceWidth(rest))));
+    while (!start.empty() && start.back() == ' ') start.pop_back();
+    return (start + std::string(rest)).c_str();
+}
+
 std::string_view TextFace::fitting(std::string_view text, int width) const {
     if (deviceWidth(text) <= width) return text;
     size_t end = 0;

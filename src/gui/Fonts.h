@@ -52,6 +52,8 @@ public:
     TextFace& operator=(const TextFace&) = delete;
 
     int textWidth(const CStr& text) const; ///< logical pixels
+    /// The text, or where a width has no room for it its start and "...".
+    CStr shortened(const CStr& text, int width) const;
 
     /// The same in device pixels.
     int deviceAscent = 11, deviceDescent = 2;

@@ -34,7 +34,8 @@ void StatusLine::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
     g->fillRect(colours.panel, clientRect());
     g->fillRect(colours.frame, asRect(0, 0, width, 1));
-    g->drawText(colours.dimText, text, asRect(margin, 1, deviceButton->left, height), textLeft);
+    const CRect room = asRect(margin, 1, deviceButton->left, height);
+    g->drawText(colours.dimText, textFace({})->shortened(text, room.width()), room, textLeft);
     CGroup::paint(g, rect);
 }
 

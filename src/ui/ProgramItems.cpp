@@ -11,7 +11,7 @@ CGuiItem2 clLogo, clMainbar, clGrid, clGridBeats, clGridSnap, clGridFlats, clTra
     clSelection, clStepRec;
 
 const ItemLook* programItems(int& count) {
-    constexpr double selectedTint = 0.14;
+    constexpr double selectedTint = 0.2;
     using P = CPalette;
     constexpr PaletteColour none = nullptr, window = &P::window, panel = &P::panel,
                             raised = &P::raised, edge = &P::frame, text = &P::text,

@@ -189,6 +189,7 @@ TEST_F(SkinsTest, BothSkinsAreLegible) {
                 }
             }
         }
+        EXPECT_GE(contrast(clTrackSelected.fillCol, clTrack.fillCol), 1.25) << look;
     }
 }
 
