@@ -1,25 +1,15 @@
 #!/bin/bash
 # Makes the pictures of the manual's steps anew: from an empty window to an exported song, by keys
-# and mouse on a display of its own. Needs Xvfb, xdotool, ImageMagick, sox and Python.
+# and mouse on a display of its own. Needs what desk.sh does, sox and Python.
 #
 #   tools/steps.sh BUILD_DIR [DISPLAY_NUMBER]
 set -eu
 here=$(cd "$(dirname "$0")/.." && pwd)
-programs=$(cd "$1" && pwd)/bin
-number=${2:-98}
 pictures=$here/docs/images/steps
-size=960x520
-
+mkdir -p "$pictures"
 rm -f "$pictures"/*.png
-room=$(mktemp -d)
-trap 'kill $(jobs -p) 2>/dev/null; wait 2>/dev/null; rm -rf "$room"' EXIT
-mkdir -p "$room/home" "$room/run" "$pictures"
-chmod 700 "$room/run"
-cp "$programs"/sondrava "$programs"/*.so "$room"
-touch "$room/home/alsa"
-printf '[options]\nstartwith=1\nlook=1\nscale=100\n' > "$room/Sondrava.ini"
-export HOME=$room/home XDG_RUNTIME_DIR=$room/run ALSA_CONFIG_PATH=$room/home/alsa
-export PULSE_SERVER=unix:/nonexistent JACK_NO_START_SERVER=1 DISPLAY=:$number
+. "$here/tools/desk.sh"
+desk "$1" "${2:-98}" 960x520
 
 # What is brought in: two bars of a beat, and a bass line of four as a MIDI file.
 sox -q -n -r 44100 -c 2 "$room/Beat.wav" synth 0.5 pluck E2 synth 0.5 noise mix \
@@ -36,24 +26,13 @@ with open(sys.argv[1], "wb") as f:
     f.write(b"MTrk" + struct.pack(">I", len(track)) + track)
 END
 
-Xvfb ":$number" -screen 0 ${size}x24 >/dev/null 2>&1 &
-for _ in $(seq 50); do xdotool getdisplaygeometry >/dev/null 2>&1 && break; sleep 0.1; done
-(cd "$room" && exec ./sondrava) >/dev/null 2>&1 &
-window=
-for _ in $(seq 100); do
-    window=$(xdotool search --onlyvisible --name Sondrava 2>/dev/null | tail -1) && [ "$window" ] && break
-    sleep 0.1
-done
-xdotool windowsize "$window" ${size%x*} ${size#*x} windowmove "$window" 0 0
-sleep 1.5
+begin startwith=1 look=1
 
 step=0
 picture() {
-    sleep 0.8
     step=$((step + 1))
-    import -window root -strip +dither -colors 64 "PNG8:$(printf '%s/%02d-%s.png' "$pictures" $step "$1")"
+    shot "$(printf '%s/%02d-%s.png' "$pictures" $step "$1")"
 }
-keys() { for k in "$@"; do xdotool key "$k"; sleep 0.25; done; }
 file() { # by an entry of the menu File that begins with these letters
     keys F10 Return "${@:2}" Return
     sleep 1
@@ -61,7 +40,6 @@ file() { # by an entry of the menu File that begins with these letters
     keys Return
     sleep 2
 }
-at() { xdotool mousemove "$1" "$2"; sleep 0.2; }
 row() { echo $((grid + $1 * 44 + 24)); } # the middle of a track's row
 grid=183 # the top of the first row
 
@@ -134,5 +112,4 @@ xdotool mousedown 1
 at 400 300
 at 508 300
 xdotool mouseup 1
-sleep 0.8
-import -window root -strip +dither -colors 64 "PNG8:$here/docs/images/audio.png"
+shot "$here/docs/images/audio.png"
