@@ -162,8 +162,8 @@ bool WaveBody::onFrame() {
 /// As long as it is within the sound.
 void WaveBody::followPlay() {
     const double frame = playFrame();
-    const bool plays =
-        (qv->playing || (preview() && preview()->isOn())) && frame >= 0 && frame < frames();
+    const bool heard = (qv->playing && !qv->renderMode) || (preview() && preview()->isOn());
+    const bool plays = heard && frame >= 0 && frame < frames();
     const int x = plays ? axis.xOf(frame) : 0;
     const int64_t by = following.shift(plays, x, viewWidth());
     if (by && !win->app->drag.of(view)) moveTo(axis.start() + double(by) * axis.perPixel());
