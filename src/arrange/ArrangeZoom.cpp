@@ -76,6 +76,9 @@ void ArrangeView::zoomed() {
     grid->redraw();
     ruler->redraw();
     showRange();
+    // The position lies elsewhere by this: it has not moved, and nothing is to be followed.
+    grid->refresh();
+    ruler->refresh();
 }
 
 void ArrangeView::zoom(double perQuarter) {
