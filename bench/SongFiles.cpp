@@ -37,6 +37,7 @@ public:
         mixer = std::make_unique<CMixer>(host.get());
         mixer->init();
         seq = addSequencer(host.get());
+        seq->setLoop(0);
     }
     CPart* addNotes(CSongTrack* track, int from, int ticks, int notes, int first) {
         auto* part = new CMIDIPart;
