@@ -138,6 +138,9 @@ private:
         return changed;
     }
 
+    /// Into a menu, which may lead to others, and out of all of them.
+    const Keys someKeys = {"Down", "Return", "Escape", "Escape", "Escape"};
+
     // What is done.
     Use pick() {
         if (byHand) return anyGesture();
@@ -227,7 +230,7 @@ private:
         return {std::string("control ") + ctrl->id.asChar() + " " + std::to_string(how),
                 [this, words, chooses] {
                     // For a menu that opens, whose loop runs inside the press.
-                    inMenu(chooses ? Keys{"Down", "Return", "Escape"} : Keys{"Escape", "Escape"});
+                    inMenu(chooses ? someKeys : Keys{"Escape", "Escape"});
                     GuiTest::act(words);
                     inMenu({});
                 }};
@@ -281,7 +284,7 @@ private:
         for (int i = upTo(5); i >= 0; i--)
             moves.push_back({place(), upTo(3) ? first : anyModifier()});
         const auto go = [this, page, from, how, button, first, moves] {
-            inMenu(upTo(2) ? Keys{"Down", "Return", "Escape"} : Keys{"Escape", "Escape"});
+            inMenu(upTo(2) ? someKeys : Keys{"Escape", "Escape"});
             SentEvents hand(app.get());
             hand.held = first;
             if (how == 0) return hand.wheel(page, from, upTo(2) ? Button4 : Button5);
