@@ -294,13 +294,20 @@ void CWin::setSizeFromControls(int minW, int minH, int) {
     setSize(w + 2 * borderSize, h + clientGroup->top + borderSize);
 }
 
+/// As the server has them: of pages that lie over each other the one in front counts.
 CWin* CWin::innermostAt(CPoint screen) {
-    for (CWin* child : each<CWin>(children)) {
-        const CPoint at = child->getPos(true);
-        if (child->visible && child->inside(screen.x - at.x, screen.y - at.y))
-            return child->innermostAt(screen);
+    Display* display = liveDisplay();
+    CWin* found = this;
+    if (!display) return found;
+    const CPoint at = toDevice(screen);
+    Window under = handle, child = None;
+    int x, y;
+    while (XTranslateCoordinates(display, xConnection().root, under, at.x, at.y, &x, &y, &child) &&
+           child) {
+        under = child;
+        if (CWin* own = app->windowOf(child)) found = own;
     }
-    return this;
+    return found;
 }
 
 bool CWin::hasFocus() {

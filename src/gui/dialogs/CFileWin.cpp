@@ -178,12 +178,14 @@ void CFileWin::placeChanged(CObject*) {
 void CFileWin::rowChanged(CObject*) {
     const CFileItem* row = files->chosen();
     if (!row) return;
+    const bool file = form != folderForm && !row->folder;
     if (form == folderForm)
         nameEdit->setText(folder + row->id + CStr(folderSeparator));
-    else if (!row->folder)
+    else if (file)
         nameEdit->setText(row->id);
     else if (form == openForm)
         nameEdit->setText("");
+    if (file && onMarked) onMarked(folder + row->id);
 }
 
 void CFileWin::rowOpened(CObject*) {

@@ -3,6 +3,8 @@
 #include "base/CStringList.h"
 #include "gui/dialogs/CDialogWin.h"
 
+#include <functional>
+
 class CFileList;
 class CLabel;
 class CListbox;
@@ -21,6 +23,8 @@ class CPathEdit;
 class CFileWin : public CDialogWin {
 public:
     CStr path;   ///< the file chosen, in full; empty without a result
+    /// A file of the list is marked: it may be shown or played before it is chosen.
+    std::function<void(const CStr& file)> onMarked;
     CStr folder; ///< the folder shown, with a separator at its end; a place to begin next time
 
     /// `owner` is never null. `ext` are the extensions, as ".A|.B" in any case; empty and ".*" take
