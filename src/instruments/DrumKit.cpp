@@ -1,7 +1,9 @@
 #include "instruments/DrumKit.h"
 
+#include "audiofiles/AudioImport.h"
 #include "base/CStream.h"
 #include "base/Numbers.h"
+#include "base/Paths.h"
 #include "engine/COutputChannel.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
@@ -14,11 +16,14 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
+#include <string>
 
 namespace {
 
 constexpr int resourceRate = 44100;
 constexpr int hatGroup = 1;
+constexpr int clipChannels = 2; ///< that a sound can play
 
 struct Resource {
     const char* name;
@@ -38,6 +43,21 @@ void enter(CObject* object, CList& to, CUndo* undo, Enter&& atOnce) {
         undo->asAdd(object, &to);
     else
         atOnce();
+}
+
+/// Of a format that is no sample's own, by way of a file that goes again.
+bool openConverted(CSampleClip* clip, const CStr& path) {
+    std::error_code error;
+    std::string folder = (getTempFolder() + "/sondrava-clip-XXXXXX").asChar();
+    if (!mkdtemp(folder.data())) return false;
+    ImportProgress progress;
+    std::vector<CStr> made;
+    const ImportWish wish{.path = path, .folder = folder.c_str()};
+    const bool read = importAudio(wish, made, progress) == ImportResult::good && !made.empty() &&
+                      clip->open(made.front());
+    clip->filename = path;
+    std::filesystem::remove_all(folder, error);
+    return read;
 }
 
 } // namespace
@@ -72,7 +92,9 @@ void getHatClosed(CSample* sample) {
 
 std::unique_ptr<CSampleClip> openClip(const CStr& path) {
     auto clip = std::make_unique<CSampleClip>();
-    if (!clip->open(path) || clip->frames < 1) return nullptr;
+    const bool plain = clip->open(path) && clip->chs <= clipChannels;
+    if (!plain && !openConverted(clip.get(), path)) return nullptr;
+    if (clip->frames < 1) return nullptr;
     return clip;
 }
 

@@ -51,7 +51,8 @@ private:
     CSound* addClip(CSampleClip* clip);
 };
 
-/// The content of an audio file, for a sound to play; null where it can't be read.
+/// The content of an audio file of any format, for a sound to play; of more than two channels mixed
+/// to two. Null where it can't be read.
 std::unique_ptr<CSampleClip> openClip(const CStr& path);
 
 /// Writes a layer of drum sounds, with their first clips, as a kit file. It has no place for the

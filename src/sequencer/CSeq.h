@@ -108,7 +108,9 @@ public:
     /// Takes begin at the left locator, and but for a loop end at the right one.
     Stored<unsigned char> punch{0};
     static constexpr int mostPreRoll = 16;
-    Stored<int> preRoll{0}; ///< bars that a song that stands plays before it records
+    Stored<int> preRoll{0};   ///< bars that a song that stands plays before it records
+    Stored<int> scaleRoot{0}; ///< 0 for C to 11
+    Stored<int> scaleKind{0}; ///< ScaleKind
 
     explicit CSeq(CQV* root);
     ~CSeq() override;

@@ -270,10 +270,25 @@ bool readStyles(SongReading& r, int) {
         HitStyle style;
         style.chance = (unsigned char)asMinMax(r.in.readByte(), 0, mostChance);
         style.repeats = (unsigned char)asMinMax(r.in.readByte(), 1, mostRepeats);
-        style.flamMs = (unsigned char)asMinMax(r.in.readByte(), 0, mostFlamMs);
+        style.flamMs = (unsigned char)(asMinMax(r.in.readByte(), 0, mostFlamMs) & 127);
         if (index < at) return false; // they are in order
         for (; event && at < index; at++) event = event->next;
         if (event) event->style = style;
+    }
+    return count >= 0;
+}
+
+/// Of the latest part: the places of muted events, in order, behind the styles.
+bool readMuted(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    const int count = r.in.readInt();
+    CBaseEvent* event = r.part ? r.part->getEvents() : nullptr;
+    for (int i = 0, at = 0; i < count; i++) {
+        if (!r.in.has(intBytes)) return false;
+        const int index = r.in.readInt();
+        if (index < at) return false;
+        for (; event && at < index; at++) event = event->next;
+        if (event) event->style.muted = 1;
     }
     return count >= 0;
 }
@@ -291,10 +306,10 @@ bool readRows(SongReading& r, int) {
     return count >= 0;
 }
 
-constexpr SongBlock blocks[] = {{"mevents", readMidi},     {"aevents2", readAudio},
-                                {"aevents", readOldAudio}, {"devents", readDrums},
-                                {"amevents", readPoints},  {"takeNotes", readTakeNotes},
-                                {"hitStyles", readStyles}, {"rowLoops", readRows}};
+constexpr SongBlock blocks[] = {
+    {"mevents", readMidi},     {"aevents2", readAudio},   {"aevents", readOldAudio},
+    {"devents", readDrums},    {"amevents", readPoints},  {"takeNotes", readTakeNotes},
+    {"hitStyles", readStyles}, {"mutedNotes", readMuted}, {"rowLoops", readRows}};
 
 int countEvents(const CBaseEvent* list) {
     int count = 0;
@@ -371,23 +386,38 @@ void writePoint(BufferedWriter& s, const CEnvEvent* point) {
     s.writeByte(point->shape);
 }
 
-/// Nothing where all is as usual.
-void writeStyles(SongWriting& w, const CBaseEvent* list) {
+/// A block of the places of those events that `chosen` picks, each with what `writeEvent(stream,
+/// event)` writes; nothing without any.
+template <class C, class F>
+void writePlaces(SongWriting& w, const char* name, const CBaseEvent* list, C chosen, F writeEvent) {
     int count = 0;
-    for (const CBaseEvent* e = list; e; e = e->next) count += e->style != HitStyle();
+    for (const CBaseEvent* e = list; e; e = e->next) count += chosen(e);
     if (count == 0) return;
     {
         BufferedWriter s(&w.scratch());
         s.writeInt(count);
         for (int index = 0; list; list = list->next, index++) {
-            if (list->style == HitStyle()) continue;
+            if (!chosen(list)) continue;
             s.writeInt(index);
-            for (const unsigned char v :
-                 {list->style.chance, list->style.repeats, list->style.flamMs})
-                s.writeByte(v);
+            writeEvent(s, list);
         }
     }
-    w.writeScratch("hitStyles");
+    w.writeScratch(name);
+}
+
+void writeStyles(SongWriting& w, const CBaseEvent* list) {
+    const auto unusual = [](const CBaseEvent* e) {
+        HitStyle style = e->style;
+        style.muted = 0;
+        return style != HitStyle();
+    };
+    writePlaces(w, "hitStyles", list, unusual, [](BufferedWriter& s, const CBaseEvent* e) {
+        for (const unsigned char v :
+             {e->style.chance, e->style.repeats, (unsigned char)e->style.flamMs})
+            s.writeByte(v);
+    });
+    const auto muted = [](const CBaseEvent* e) { return e->style.muted != 0; };
+    writePlaces(w, "mutedNotes", list, muted, [](BufferedWriter&, const CBaseEvent*) {});
 }
 
 void writeRows(SongWriting& w, CPart* part) {

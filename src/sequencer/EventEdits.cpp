@@ -96,19 +96,21 @@ void dragEvents(CSeq* seq, CPart* part, const EventLane& lane, const EventDelta&
 }
 
 void copyEvents(CSeq* seq, CPart* part, const EventLane& lane, const EventDelta& delta) {
-    const EventDelta kept = limited(delta, eventRange(seq, part, lane));
+    edit(seq, part, lane, "Copy", [&](CPart* draft) { addCopies(seq, part, draft, lane, delta); });
+}
+
+void addCopies(CSeq* seq, CPart* part, CPart* draft, const EventLane& lane,
+               const EventDelta& delta) {
+    const EventDelta kept = limited(delta, rangeOf(seq, part, listOf(draft, lane), lane));
     const EventShift change(seq, part, lane, kept);
-    edit(seq, part, lane, "Copy", [&](CPart* draft) {
-        const int type = draft->type;
-        rearrange(draft, lane, [&](CBaseEvent* e, int tick, EventCollector& into) {
-            into.add(tick, e);
-            if (!change.concerns(e)) return;
-            CBaseEvent* copied = lane.automation()
-                                     ? createEnvEvent(static_cast<const CEnvEvent*>(e))
-                                     : copyEvent(type, e);
-            select(e, false);
-            into.add(change.change(copied, tick), copied);
-        });
+    const int type = draft->type;
+    rearrange(draft, lane, [&](CBaseEvent* e, int tick, EventCollector& into) {
+        into.add(tick, e);
+        if (!change.concerns(e)) return;
+        CBaseEvent* copied = lane.automation() ? createEnvEvent(static_cast<const CEnvEvent*>(e))
+                                               : copyEvent(type, e);
+        select(e, false);
+        into.add(change.change(copied, tick), copied);
     });
 }
 

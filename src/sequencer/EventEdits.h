@@ -79,6 +79,9 @@ void changeEvents(CSeq* seq, CPart* part, CPart* draft, const EventLane& lane,
                   const EventDelta& delta);
 /// Puts every event of a draft's own list where `change` says, which may alter the record too.
 void placeEvents(CPart* draft, const std::function<int(CBaseEvent* event, int tick)>& change);
+/// Adds to it what `copyEvents` makes.
+void addCopies(CSeq* seq, CPart* part, CPart* draft, const EventLane& lane,
+               const EventDelta& delta);
 void trimEvents(CSeq* seq, CPart* part, CPart* draft, int delta); ///< as `resizeEventStart` does
 void bendPoints(CPart* draft, int slot, float amount, bool absolute); ///< as `curveEvents` does
 /// Sets the value of the lane's events from one tick to before another; without any a new one

@@ -12,13 +12,6 @@ namespace {
 
 constexpr double edgeShare = 0.2;
 
-bool inRow(int partType, const CBaseEvent* event, int row) {
-    if (partType == partAudio) return true;
-    if (partType == partDrum) return static_cast<const CDrumEvent*>(event)->sound == row;
-    const int data = static_cast<const CMIDIEvent*>(event)->data;
-    return noteOn(data) && asByte1(data) == row;
-}
-
 /// How far from the probe, 1 where its reach ends.
 double distance(const PointProbe& probe, double tick, double value) {
     const double x = (tick - probe.tick) / std::max(probe.ticks, 1e-9);
@@ -27,6 +20,13 @@ double distance(const PointProbe& probe, double tick, double value) {
 }
 
 } // namespace
+
+int rowOf(const CPart* part, const CBaseEvent* event) {
+    if (part->type == partDrum) return static_cast<const CDrumEvent*>(event)->sound;
+    if (part->type != partMIDI) return -1;
+    const int data = static_cast<const CMIDIEvent*>(event)->data;
+    return noteOn(data) ? asByte1(data) : -1;
+}
 
 EventZone edgeZone(double tick, int from, int to, double edge) {
     const double width = std::min(edge, edgeShare * (double(to) - from));
@@ -38,7 +38,7 @@ FoundEvent findEvent(const CPart* part, const EventIndex& events, double tick, i
                      double edge) {
     FoundEvent found;
     events.eachAt(tick, [&](const EventIndex::Entry& e) {
-        if (inRow(part->type, e.event, row))
+        if (part->type == partAudio || rowOf(part, e.event) == row)
             found = {e.event, e.tick, edgeZone(tick, e.tick, e.end, edge)};
     });
     return found;

@@ -22,6 +22,8 @@ struct FoundEvent {
     EventZone zone = zoneBody;
 };
 
+/// Key of a note or sound of a hit; -1 of what is neither.
+int rowOf(const CPart* part, const CBaseEvent* event);
 /// The zone of an event that lasts from one tick to before another: its edges, each `edge` ticks
 /// wide but at most a fifth of it.
 EventZone edgeZone(double tick, int from, int to, double edge);

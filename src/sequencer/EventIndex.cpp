@@ -4,6 +4,7 @@
 #include "engine/CQV.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/ClipTimes.h"
+#include "sequencer/EventFind.h"
 #include "sequencer/PartEdits.h"
 
 namespace {
@@ -24,12 +25,17 @@ void EventIndex::make(CSeq* seq, CPart* part) {
     head = part->getEvents();
     entries.clear();
     blocks.clear();
+    used.clear();
     eachEvent(part->getEvents(), [&](CBaseEvent* e, int tick) {
         const int end = saturate(int64_t(tick) + ticksOf(seq, part, e, tick));
         if (entries.size() % perBlock == 0) blocks.push_back({tick, end});
         Block& block = blocks.back();
         block = {std::min(block.tick, tick), std::max(block.end, end)};
         entries.push_back({e, tick, end});
+        const int row = part->type == partAudio ? -1 : rowOf(part, e);
+        if (row < 0) return;
+        if (size_t(row) >= used.size()) used.resize(size_t(row) + 1);
+        used[size_t(row)] = true;
     });
 }
 

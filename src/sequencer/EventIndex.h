@@ -28,6 +28,8 @@ public:
     void refresh(CSeq* seq, CPart* part);
 
     int count() const { return int(entries.size()); }
+    /// By row, whether a note or hit stands on it; rows behind the end are free.
+    const std::vector<bool>& rows() const { return used; }
     /// Calls `visit(entry)`, in the order of the list, for each that lasts over a tick from `from`
     /// to before `to`.
     template <class F>
@@ -54,6 +56,7 @@ private:
 
     std::vector<Entry> entries;
     std::vector<Block> blocks;
+    std::vector<bool> used;
     const CBaseEvent* head = nullptr; ///< only to be compared
     unsigned madeAt = 0;              ///< at that count of changes
     bool made = false;                ///< by `refresh`

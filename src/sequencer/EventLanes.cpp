@@ -47,12 +47,23 @@ float valueOf(int laneKind, int data) {
     return float(inFirstByte(laneKind) ? low : high) / float(most7);
 }
 
-/// Which byte of the style the lane shows.
-template <class Event> // a const one or not
-auto styleByte(int laneKind, Event* event) -> decltype(&event->style.chance) {
-    if (laneKind == laneChance) return &event->style.chance;
-    if (laneKind == laneRepeats) return &event->style.repeats;
-    return laneKind == laneFlam ? &event->style.flamMs : nullptr;
+bool showsStyle(int laneKind) {
+    return laneKind == laneChance || laneKind == laneRepeats || laneKind == laneFlam;
+}
+
+/// What of the style the lane shows.
+int styleNumber(int laneKind, const HitStyle& style) {
+    if (laneKind == laneChance) return style.chance;
+    return laneKind == laneRepeats ? style.repeats : style.flamMs;
+}
+
+void setStyle(int laneKind, HitStyle& style, int to) {
+    if (laneKind == laneChance)
+        style.chance = (unsigned char)to;
+    else if (laneKind == laneRepeats)
+        style.repeats = (unsigned char)to;
+    else
+        style.flamMs = (unsigned char)(to & 127);
 }
 
 /// The least and the most that it can be.
@@ -89,8 +100,7 @@ bool onLane(const EventLane& lane, int partType, const CBaseEvent* event) {
 float laneValue(const EventLane& lane, int partType, const CBaseEvent* event) {
     if (lane.automation()) return static_cast<const CEnvEvent*>(event)->value;
     if (!lane.values() || !onLane(lane, partType, event)) return 0.0f;
-    if (const unsigned char* byte = styleByte(lane.kind, event))
-        return styleShare(lane.kind, *byte);
+    if (showsStyle(lane.kind)) return styleShare(lane.kind, styleNumber(lane.kind, event->style));
     if (partType == partDrum) return static_cast<const CDrumEvent*>(event)->velocity;
     return valueOf(lane.kind, static_cast<const CMIDIEvent*>(event)->data);
 }
@@ -100,10 +110,8 @@ void setLaneValue(const EventLane& lane, int partType, CBaseEvent* event, float 
     if (lane.automation()) {
         static_cast<CEnvEvent*>(event)->value = kept;
     } else if (lane.values() && onLane(lane, partType, event)) {
-        if (unsigned char* byte = styleByte(lane.kind, event)) {
-            *byte = (unsigned char)styleOf(lane.kind, kept);
-            return;
-        }
+        if (showsStyle(lane.kind))
+            return setStyle(lane.kind, event->style, styleOf(lane.kind, kept));
         if (partType == partDrum) return setDrumParam(static_cast<CDrumEvent*>(event), 0, kept);
         int& data = static_cast<CMIDIEvent*>(event)->data;
         data = withValue(lane.kind, data, kept);

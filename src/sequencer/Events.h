@@ -15,7 +15,8 @@ constexpr int mostChance = 100, mostRepeats = 8, mostFlamMs = 60;
 struct HitStyle {
     unsigned char chance = mostChance; ///< percent of the times that it plays at all
     unsigned char repeats = 1;         ///< even ones within its length, 1 to 8
-    unsigned char flamMs = 0;          ///< by which a soft one goes before it, 0 to 60; 0 none
+    unsigned char flamMs : 7 = 0;      ///< by which a soft one goes before it, 0 to 60; 0 none
+    unsigned char muted : 1 = 0;       ///< it never plays, and no MIDI file has it
 
     bool operator==(const HitStyle&) const = default;
 };

@@ -163,8 +163,8 @@ void TrackMessages::add(CPart* part) {
     for (const CBaseEvent* e = played.list(); e; e = e->next) {
         clock += e->delta;
         const int tick = saturate(clock);
-        if (tick < std::max(int(part->pos), range.from) || tick > end || e->style.chance == 0)
-            continue;
+        if (tick < std::max(int(part->pos), range.from) || tick > end) continue;
+        if (e->style.chance == 0 || e->style.muted) continue;
         if (part->type == partDrum)
             addDrum(tick, static_cast<const CDrumEvent*>(e), end);
         else

@@ -4,6 +4,7 @@
 #include "sequencer/CEditorComp.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/FieldReading.h"
+#include "sequencer/Scales.h"
 #include "sequencer/SongReading.h"
 #include "sequencer/SongWriting.h"
 
@@ -111,11 +112,19 @@ bool readPreRoll(SongReading& r, int) {
     return true;
 }
 
+bool readScale(SongReading& r, int) {
+    if (!r.in.has(2 * intBytes)) return false;
+    r.seq->scaleRoot = readLimited(r.in, 0, octaveKeys - 1);
+    r.seq->scaleKind = readLimited(r.in, 0, scaleCount - 1);
+    return true;
+}
+
 constexpr SongBlock blocks[] = {
-    {"punch", readPunch},         {"preRoll", readPreRoll},    {"options", readOptions},
-    {"sync", readSync},           {"mxv", readVoices},         {"snap", readSnap},
-    {"progi", readCurProg},       {"trackPos", readTrackPos},  {"editored", readEditor},
-    {"edopt", readEditorOptions}, {"ed-noteh", readRowHeight}, {"editorpp", readEditedPart}};
+    {"scale", readScale},        {"punch", readPunch},         {"preRoll", readPreRoll},
+    {"options", readOptions},    {"sync", readSync},           {"mxv", readVoices},
+    {"snap", readSnap},          {"progi", readCurProg},       {"trackPos", readTrackPos},
+    {"editored", readEditor},    {"edopt", readEditorOptions}, {"ed-noteh", readRowHeight},
+    {"editorpp", readEditedPart}};
 
 } // namespace
 
@@ -136,6 +145,10 @@ void writeOptions(SongWriting& w) {
     s->writeInt(snap.asIndex());
     if (w.seq->punch) writeIntBlock(s, "punch", 1);
     if (w.seq->preRoll) writeIntBlock(s, "preRoll", w.seq->preRoll);
+    if (w.seq->scaleKind == scaleNone) return;
+    s->writeId("scale", 2 * intBytes);
+    s->writeInt(w.seq->scaleRoot);
+    s->writeInt(w.seq->scaleKind);
 }
 
 void writeEditor(SongWriting& w) {

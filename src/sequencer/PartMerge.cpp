@@ -95,7 +95,10 @@ void glueParts(CSeq* seq) {
     PartChange change;
     for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks)) {
         const std::vector<CPart*> parts = selectedParts(songTrack);
-        if (parts.size() < 2) continue;
+        const auto tooLong = [seq](CPart* part) {
+            return !canWriteOut(part, saturate(int64_t(seq->getTicks(part)) - part->offset));
+        };
+        if (parts.size() < 2 || std::ranges::any_of(parts, tooLong)) continue;
         for (CPart* part : parts) change.remove(songTrack, part);
         change.add(songTrack, glued(seq, parts));
     }

@@ -46,8 +46,10 @@ const CAudioEvent* onlyClip(CPart* part) {
     return clip && !clip->next && clip->sample ? clip : nullptr;
 }
 
-/// Whether the part's only clip has frames on both sides of a cut.
+/// Whether the part's only clip has frames on both sides of a cut, and its rows don't repeat too
+/// much to be written out.
 bool cuttable(CSeq* seq, CPart* part, int at) {
+    if (!canWriteOut(part, saturate(int64_t(seq->getTicks(part)) - part->offset))) return false;
     const CAudioEvent* clip = onlyClip(part);
     if (!clip) return true;
     const int64_t begin = int64_t(part->offset) + clip->delta;

@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "sequencer/EventEdits.h"
+#include "sequencer/MidiProcess.h"
 #include "sequencer/PartEdits.h"
 
 int RowLoops::longestRow() const {
@@ -26,6 +27,18 @@ void setRowLoops(CPart* draft, const RowLoops* loops) {
     if (draft->type != partDrum) return;
     RowLoops* kept = loops && !loops->empty() ? new RowLoops(*loops) : nullptr;
     delete static_cast<CDrumPart*>(draft)->rows.exchange(kept);
+}
+
+bool canWriteOut(CPart* part, int end) {
+    const RowLoops* loops = rowLoops(part);
+    int64_t repeats = 0;
+    if (!loops) return true;
+    eachEvent(part->getEvents(), [&](const CBaseEvent* e, int tick) {
+        const int length = loops->of(static_cast<const CDrumEvent*>(e)->sound);
+        if (length > 0 && tick < length && tick < end)
+            repeats += (int64_t(end) - tick - 1) / length;
+    });
+    return repeats <= maxPieces;
 }
 
 PlayedEvents::PlayedEvents(CPart* part, int end) : own(part->getEvents()) {

@@ -54,6 +54,10 @@ void eachRepeat(CBaseEvent* head, const RowLoops& loops, double from, double to,
     }
 }
 
+/// Whether what shorter rows of a part repeat before its own tick `end` is few enough to be written
+/// out, 65,536 at the most.
+bool canWriteOut(CPart* part, int end);
+
 /// The events of a part, where rows have a length of their own with all that they repeat before the
 /// part's own tick `end`.
 class PlayedEvents {

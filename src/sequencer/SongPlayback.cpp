@@ -107,7 +107,8 @@ void strike(const Block& b, CPart* part, const Strike& s, double at, double off)
 
 /// Whether a note or hit plays this time. `tick` is that without the swing.
 bool happens(const Block& b, const Strike& s, const CBaseEvent* event, int tick) {
-    return b.songTrack->chance.happens(event->style.chance, tick, s.data | s.sound << 24);
+    return !event->style.muted &&
+           b.songTrack->chance.happens(event->style.chance, tick, s.data | s.sound << 24);
 }
 
 bool isStrike(PlayKind kind, const CBaseEvent* event) {

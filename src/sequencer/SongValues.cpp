@@ -5,6 +5,7 @@
 #include "engine/CSnap.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Points.h"
+#include "sequencer/Scales.h"
 
 namespace {
 
@@ -154,6 +155,17 @@ const StoredValue::Kind preRoll = {
         song(o)->songNotices.raise(SeqNotice::transport);
     }};
 
+const StoredValue::Kind scale = {
+    "Scale",
+    [](const CObject* o, int) {
+        return Numbers{double(song(o)->scaleRoot), double(song(o)->scaleKind)};
+    },
+    [](CObject* o, int, const Numbers& to) {
+        song(o)->scaleRoot = asMinMax(asInt(to[0]), 0, octaveKeys - 1);
+        song(o)->scaleKind = asMinMax(asInt(to[1]), 0, scaleCount - 1);
+        song(o)->songNotices.raise(SeqNotice::parts);
+    }};
+
 } // namespace
 
 void raiseSong(SeqNotice notice) {
@@ -212,6 +224,10 @@ StoredValue punchOf(CSeq* seq) {
 
 StoredValue preRollOf(CSeq* seq) {
     return {&preRoll, seq};
+}
+
+StoredValue scaleOf(CSeq* seq) {
+    return {&scale, seq};
 }
 
 StoredValue optionOf(CSeq* seq, SongOptions::Index index) {

@@ -5,8 +5,11 @@
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
 #include "engine/GraphHold.h"
+#include "instruments/CSampler.h"
+#include "instruments/CSynthProg.h"
 #include "instruments/DrumKit.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/Scales.h"
 
 void linkInstrument(CComp* instrument, CTrack* track, CUndo* undo) {
     CQV* host = track->host;
@@ -47,4 +50,24 @@ bool feedsAnything(CTrack* track) {
     CList cables;
     listOutput(track->host, track->outPort(), &cables);
     return !cables.empty();
+}
+
+std::map<int, CStr> drumKeys(CTrack* track) {
+    std::map<int, CStr> names;
+    CList cables;
+    listOutput(track->host, track->outPort(), &cables);
+    for (const auto* cable : each<CMIDICable>(cables)) {
+        CComp* to = cable->toComp;
+        if (!to || to->category != categoryComp || to->type != compSampler) continue;
+        auto* program = static_cast<CSynthProg*>(to->progs.items(to->curProg));
+        if (!program) continue;
+        bool drums = true;
+        program->eachSound([&](CSound* sound) {
+            drums = drums && sound->hiKey - sound->lowKey < octaveKeys;
+            for (int key = sound->lowKey; drums && key <= sound->hiKey; key++)
+                names.try_emplace(key, sound->id);
+        });
+        if (!drums) names.clear();
+    }
+    return names;
 }

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "base/CStr.h"
+
+#include <map>
+
 class CComp;
 class CSeq;
 class CTrack;
@@ -17,3 +21,6 @@ CComp* addTrackInstrument(CSeq* seq, CTrack* track, CUndo* undo);
 void addDrums(CSeq* seq, CTrack* track, CUndo* undo);
 /// Whether the notes of a track go anywhere.
 bool feedsAnything(CTrack* track);
+/// The names of the sounds that the track's instrument plays, by key, where it plays drums: all its
+/// sounds have less than an octave. Empty else.
+std::map<int, CStr> drumKeys(CTrack* track);

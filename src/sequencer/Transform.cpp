@@ -43,6 +43,9 @@ constexpr TransformShape shapes[] = {
     {"Arpeggiate", {{{"Step ticks", 15, 1920, 240}, {"Down", 0, 1, 0}, none, none}}},
     {"Strum", {{{"Ticks", 1, 240, 20}, {"Down", 0, 1, 0}, {"Softer %", 0, 50, 0}, none}}},
     {"Thin controllers", {{{"Ticks", 1, 960, 30}, {"Change", 0, 64, 2}, none, none}}},
+    {"Transpose in scale", {{{"Degrees", -21, 21, 2}, none, none, none}}},
+    {"Invert chords", {{{"Turns", -6, 6, 1}, none, none, none}}},
+    {"Spread chords", {{{"Octaves", 1, 3, 1}, none, none, none}}},
 };
 
 /// A note or hit of the draft that is changed.
@@ -53,7 +56,9 @@ struct Note {
 
     int* length() const { return eventLength(partType, event); }
     int64_t end() const { return int64_t(tick) + *length(); }
-    void moveTo(double to) { tick = int(std::clamp(std::round(to), double(-maxTicks), double(maxTicks))); }
+    void moveTo(double to) {
+        tick = int(std::clamp(std::round(to), double(-maxTicks), double(maxTicks)));
+    }
     CMIDIEvent* midi() const { return static_cast<CMIDIEvent*>(event); }
     CDrumEvent* hit() const { return static_cast<CDrumEvent*>(event); }
     int row() const { return partType == partDrum ? hit()->sound : asByte1(midi()->data); }
@@ -74,7 +79,9 @@ struct Note {
         else
             midi()->data = asData(midi()->data & 0xFF, asByte1(midi()->data), asRound(to));
     }
-    void setLength(double to) const { *length() = int(std::clamp(std::round(to), 1.0, double(maxTicks))); }
+    void setLength(double to) const {
+        *length() = int(std::clamp(std::round(to), 1.0, double(maxTicks)));
+    }
 };
 using Notes = std::vector<Note>;
 
@@ -100,7 +107,8 @@ void quantizeNotes(Notes& notes, const TransformValues& v, const TransformScope&
     const int grid = asMax(1, scope.grid);
     const auto moved = [&](int tick) {
         const int by = swungLine(tick, grid, v[1]) - tick;
-        return v[2] >= 100 || 2 * std::abs(by) <= partOf(grid, v[2]) ? tick + partOf(by, v[0]) : tick;
+        return v[2] >= 100 || 2 * std::abs(by) <= partOf(grid, v[2]) ? tick + partOf(by, v[0])
+                                                                     : tick;
     };
     for (Note& n : notes) {
         const int end = saturate(n.end());
@@ -125,7 +133,8 @@ void makeLegato(Notes& notes, const TransformValues& v, const TransformScope&) {
     for (size_t i = 0, next = 0; i < notes.size(); i++) {
         next = std::max(next, i);
         while (next < notes.size() && notes[next].tick <= notes[i].tick) next++;
-        if (next < notes.size()) notes[i].setLength(double(notes[next].tick) - notes[i].tick - v[0]);
+        if (next < notes.size())
+            notes[i].setLength(double(notes[next].tick) - notes[i].tick - v[0]);
     }
 }
 
@@ -217,9 +226,40 @@ void strum(Notes& notes, const TransformValues& v, const TransformScope&) {
     }
 }
 
+void moveDegrees(Notes& notes, const TransformValues& v, const TransformScope& scope) {
+    if (notes.front().partType == partDrum) return;
+    for (const Note& n : notes) n.setRow(scope.scale.moved(n.row(), v[0]), scope.topRow);
+}
+
+/// A turn that would leave the keys is none.
+void invertChords(Notes& notes, const TransformValues& v, const TransformScope& scope) {
+    std::map<int, std::vector<Note*>> chords;
+    for (Note& n : notes) chords[n.tick].push_back(&n);
+    if (notes.front().partType == partDrum) return;
+    for (auto& [tick, chord] : chords)
+        for (int turn = 0; turn < std::abs(v[0]); turn++) {
+            const auto [low, high] = std::ranges::minmax(chord, {}, &Note::row);
+            const Note* moved = v[0] > 0 ? low : high;
+            const int to = moved->row() + (v[0] > 0 ? octaveKeys : -octaveKeys);
+            if (to >= 0 && to <= scope.topRow) moved->setRow(to, scope.topRow);
+        }
+}
+
+void spreadChords(Notes& notes, const TransformValues& v, const TransformScope& scope) {
+    if (notes.front().partType == partDrum) return;
+    std::vector<std::pair<Note*, int>> moved;
+    eachOfChord(notes, false, [&](Note& n, int place) {
+        const int to = n.row() + octaveKeys * v[0];
+        if (place % 2 == 1 && to <= scope.topRow) moved.emplace_back(&n, to);
+    });
+    for (const auto& [n, to] : moved) n->setRow(to, scope.topRow);
+}
+
 constexpr void (*changes[])(Notes&, const TransformValues&, const TransformScope&) = {
-    quantizeNotes, humanise, makeLegato, scaleVelocity, rampVelocity, compressVelocity,
-    transpose,     stretch,  reverse,    mirror,        arpeggiate,   strum};
+    quantizeNotes, humanise,     makeLegato,  scaleVelocity, rampVelocity, compressVelocity,
+    transpose,     stretch,      reverse,     mirror,        arpeggiate,   strum,
+    nullptr, // transformThin
+    moveDegrees,   invertChords, spreadChords};
 
 /// A message's value, and which row of values it belongs to; -1 for what is not thinned.
 struct Message {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sequencer/Scales.h"
+
 #include <array>
 #include <span>
 
@@ -21,6 +23,9 @@ enum TransformKind : int {
     transformArpeggiate = 10, ///< notes of a chord one behind the other, in steps
     transformStrum = 11,      ///< notes of a chord a little later each
     transformThin = 12,       ///< messages too near in time or value to the one before go
+    transformDegrees = 13,    ///< each so many degrees of the scale higher
+    transformInvert = 14,     ///< of a chord the lowest note an octave up, or the highest one down
+    transformSpread = 15,     ///< of a chord every second note an octave or more up
 };
 
 struct TransformValue {
@@ -45,6 +50,7 @@ struct TransformScope {
     int grid = 240;
     int firstTick = 0; ///< in the part's own time
     int topRow = 127;
+    Scale scale{};
 };
 void transformEvents(CPart* draft, int kind, const TransformValues& values,
                      const TransformScope& scope);

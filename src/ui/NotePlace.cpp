@@ -8,12 +8,6 @@
 #include "ui/PlaceText.h"
 #include "ui/TimeAxis.h"
 
-int rowOf(const CPart* part, const CBaseEvent* event) {
-    if (part->type == partDrum) return static_cast<const CDrumEvent*>(event)->sound;
-    const int data = static_cast<const CMIDIEvent*>(event)->data;
-    return part->type == partMIDI && noteOn(data) ? asByte1(data) : -1;
-}
-
 NoteFacts factsOf(const CPart* part, CBaseEvent* event, int tick) {
     NoteFacts facts;
     facts.tick = tick;
@@ -24,6 +18,7 @@ NoteFacts factsOf(const CPart* part, CBaseEvent* event, int tick) {
     facts.velocity = part->type == partDrum
                          ? asRound(double(static_cast<const CDrumEvent*>(event)->velocity) * 127)
                          : asByte2(static_cast<const CMIDIEvent*>(event)->data);
+    if (part->type == partMIDI) facts.channel = static_cast<const CMIDIEvent*>(event)->data & 15;
     facts.style = event->style;
     return facts;
 }
@@ -40,6 +35,7 @@ CRect NotePlace::boxOf(const TimeAxis& axis, int scrollY, const NoteFacts& facts
     if (facts.length == 0 || facts.row < 0 || facts.row >= rows.count()) return {};
     const int left = xOf(axis, facts.tick), right = xOf(axis, facts.tick + facts.length);
     const int top = rows.top(facts.row) - scrollY, high = rows.height(facts.row);
+    if (high == 0) return {};
     return asRect(left, top, asMax(left + 2, right),
                   top + (rows.drums() ? asMin(high, int(CDrumSound::closedHeight)) : high));
 }
@@ -66,5 +62,6 @@ CStr NotePlace::text(const NoteFacts& facts) const {
     told += ", velocity " + asStr(facts.velocity);
     if (facts.style.chance < mostChance) told += ", chance " + asStr(facts.style.chance) + "%";
     if (facts.style.repeats > 1) told += ", " + asStr(facts.style.repeats) + " times";
-    return facts.style.flamMs > 0 ? told + ", flam " + asStr(facts.style.flamMs) + " ms" : told;
+    if (facts.style.flamMs > 0) told += ", flam " + asStr(facts.style.flamMs) + " ms";
+    return facts.style.muted ? told + ", muted" : told;
 }

@@ -2,6 +2,7 @@
 
 #include "base/CStr.h"
 #include "base/Geometry.h"
+#include "sequencer/EventFind.h"
 #include "sequencer/EventIndex.h"
 #include "sequencer/Events.h"
 #include "ui/DragSnap.h"
@@ -18,10 +19,9 @@ struct NoteFacts {
     int tick = 0;     ///< in the part's own time
     int length = 0;   ///< ticks; 0 for what is neither
     int velocity = 0; ///< 0 to 127
+    int channel = 0;  ///< of a note, 0 to 15
     HitStyle style;
 };
-/// Key or sound; -1 of what is neither note nor hit.
-int rowOf(const CPart* part, const CBaseEvent* event);
 NoteFacts factsOf(const CPart* part, CBaseEvent* event, int tick);
 
 /// The notes of a MIDI part or the hits of a drum part as a view shows them: time along an axis,
@@ -50,6 +50,6 @@ struct NotePlace {
     /// A note on the track's channel, or a hit, owned by the caller; velocity 1 to 127.
     CBaseEvent* newEvent(int row, int length, int velocity) const;
     /// "C4, bar 3.2, 1 beat, velocity 90", or with the name of the sound; and what of its style is
-    /// not usual, ", chance 50%, 3 times, flam 20 ms".
+    /// not usual, ", chance 50%, 3 times, flam 20 ms, muted".
     CStr text(const NoteFacts& facts) const;
 };

@@ -77,6 +77,9 @@ TEST(CSMF, WritesWhatTheSongPlays) {
     add(960, 0x640090 | 60 << 8, 0);     // again, where the first one ends
     add(2300, 0x640090 | 62 << 8, 9000); // longer than the part
     add(2400, 0x640090 | 63 << 8, 10);   // behind it
+    CMIDIEvent* silent = note(61, 100);
+    silent->style.muted = 1;
+    part->addEvent(700, silent);
     keys->addPart(part, nullptr);
     CSongTrack* drums = f.track(trackDrum);
     drums->track->id = "Kit";

@@ -152,6 +152,7 @@ TEST(HitStyle, RepeatsAndFlamsFallWhereTheyAreTold) {
         made->addEvent(300, styled({100, 1, 20}, 63, 100));
         made->addEvent(900, styled({100, 3, 0}, 64, 300));
         made->addEvent(960, styled({100, 1, 60}, 65, 100)); // behind the end
+        made->addEvent(300, styled({100, 3, 20, 1}, 66, 100)); // muted
         f.songTrack->addPart(made, nullptr);
         f.play(int(f.frame(4000)) / block);
         const auto expectAt = [&](int key, const std::vector<double>& ticks, double extra = 0) {
@@ -168,6 +169,7 @@ TEST(HitStyle, RepeatsAndFlamsFallWhereTheyAreTold) {
         expectAt(63, {1260 - flam30 * 2 / 3, 1260});
         expectAt(64, {1860});
         expectAt(65, {});
+        expectAt(66, {});
         for (const Heard& e : f.ear->events)
             if (noteOn(e.data) && asByte1(e.data) == 63) {
                 EXPECT_EQ(asByte2(e.data), e.frame < f.frame(1259) ? 50 : 100);
@@ -213,6 +215,29 @@ TEST(HitStyle, RowsOfTheirOwnLengthComeAgain) {
     }
 }
 
+/// More repeats than 65,536 are not written out: the part is neither cut nor glued.
+TEST(HitStyle, EndlessRowsStayWhole) {
+    for (const auto& [ticks, writes] : {std::pair{65537 * 30, true}, {65538 * 30 + 1, false}}) {
+        HitFixture f;
+        f.part->length = ticks;
+        f.add(0);
+        setRowLoop(f.seq, f.part, 0, 30);
+        f.host.settle();
+        bool cut = false;
+        f.step([&](CUndo* undo) { cut = f.seq->splitPart(f.drums, f.part, 960, 0, 1, undo); });
+        EXPECT_EQ(cut, writes) << ticks;
+        EXPECT_EQ(f.drums->parts.getCount(), writes ? 2 : 1);
+        if (writes) f.undo();
+        auto* other = new CDrumPart;
+        other->pos = ticks;
+        f.drums->addPart(other, nullptr);
+        for (auto* p : each<CPart>(f.drums->parts)) p->setSelected(true);
+        glueParts(f.seq);
+        f.host.settle();
+        EXPECT_EQ(f.drums->parts.getCount(), writes ? 1 : 2) << ticks;
+    }
+}
+
 /// Styles and rows go with the events through every edit, back by undo, and through a file; a song
 /// without any has no block of them.
 TEST(HitStyle, EditsAndFilesKeepThem) {
@@ -230,7 +255,10 @@ TEST(HitStyle, EditsAndFilesKeepThem) {
     kit->addPart(beat, nullptr);
     const std::string plain = f.write();
     EXPECT_EQ(plain.find("hitStyles"), std::string::npos);
+    EXPECT_EQ(plain.find("mutedNotes"), std::string::npos);
     EXPECT_EQ(plain.find("rowLoops"), std::string::npos);
+    part->getEvents()->next->style.muted = 1;
+    EXPECT_EQ(f.write().find("hitStyles"), std::string::npos);
     const auto stylesOf = [](CPart* of) {
         std::vector<HitStyle> list;
         for (const CBaseEvent* e = of->getEvents(); e; e = e->next) list.push_back(e->style);
@@ -247,7 +275,7 @@ TEST(HitStyle, EditsAndFilesKeepThem) {
     setLanes(beat);
     setRowLoop(f.seq, beat, 0, 480);
     f.host.settle();
-    const HitStyle all{40, 3, 20}, none;
+    const HitStyle all{40, 3, 20}, none{100, 1, 0, 1};
     EXPECT_EQ(stylesOf(part), (std::vector{all, none}));
     EXPECT_EQ(stylesOf(beat), std::vector{all});
     const std::string changed = f.write();

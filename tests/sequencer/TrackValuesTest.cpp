@@ -29,6 +29,7 @@ const Case cases[] = {
     {"Swing", [](CTrack* t) { return swingStepOf(t, 1); }, {-3}, {-1}},
     {"Punch", [](CTrack* t) { return punchOf(t->seq); }, {1}, {1}},
     {"Pre-roll", [](CTrack* t) { return preRollOf(t->seq); }, {99}, {16}},
+    {"Scale", [](CTrack* t) { return scaleOf(t->seq); }, {14, 2}, {11, 2}},
 };
 
 } // namespace

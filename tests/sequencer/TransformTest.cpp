@@ -75,6 +75,16 @@ const Case cases[] = {
      transformQuantize,
      {100, 0, 10, 0},
      "0:60:200:40 0:64:200:60 0:67:200:80 500:62:100:100 "},
+    {"inverted", transformInvert, {2}, "10:72:200:40 10:76:200:60 10:67:200:80 500:86:100:100 "},
+    {"inverted down",
+     transformInvert,
+     {-1},
+     "10:60:200:40 10:64:200:60 10:55:200:80 500:50:100:100 "},
+    {"spread", transformSpread, {1}, "10:60:200:40 10:76:200:60 10:67:200:80 500:62:100:100 "},
+    {"degrees of A minor",
+     transformDegrees,
+     {2},
+     "10:64:200:40 10:67:200:60 10:71:200:80 500:65:100:100 "},
     {"legato",
      transformLegato,
      {20, 0, 0, 0},
@@ -114,7 +124,7 @@ const Case cases[] = {
 TEST(Transform, DoesWhatItsFormulaTells) {
     for (const Case& c : cases) {
         const std::unique_ptr<CPart> part = partOf(chordAndNote);
-        transformEvents(part.get(), c.kind, c.values, {240, 0, 127});
+        transformEvents(part.get(), c.kind, c.values, {240, 0, 127, {9, scaleMinor}});
         EXPECT_EQ(told(part.get()), c.becomes) << c.name;
     }
 }
