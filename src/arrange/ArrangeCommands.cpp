@@ -1,7 +1,6 @@
 #include "arrange/ArrangeView.h"
 #include "arrange/LanePoints.h"
 #include "arrange/SongRange.h"
-#include "arrange/TrackNotes.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/ValueDoor.h"
@@ -14,7 +13,6 @@
 /// The range that is chosen, else points of automation, if any are selected, else parts.
 void ArrangeView::deleteSelected() {
     if (range.get()) return tell(deleteRange(seq(), *range.get(), ripple));
-    if (CPart* part = notesInHand(*this)) return deleteEvents(seq(), part);
     const std::vector<PartSlot> points = selectedPoints(*this);
     if (points.empty())
         tell(deleteParts(seq(), ripple));

@@ -360,8 +360,11 @@ int ArrangeGrid::accessParts() const {
 
 int ArrangeGrid::focusedPart() const {
     const auto& parts = shownParts();
-    const auto found =
-        std::find_if(parts.begin(), parts.end(), [](const ShownPart& p) { return p.selected(); });
+    const bool inNotes = notesInHand(state).place.part;
+    const auto wanted = [inNotes](const ShownPart& p) {
+        return p.selected() && (p.event != nullptr) == inNotes;
+    };
+    const auto found = std::find_if(parts.begin(), parts.end(), wanted);
     return found == parts.end() ? wholeCtrl : int(found - parts.begin());
 }
 
@@ -370,7 +373,9 @@ void ArrangeGrid::describe(Description& d, int part) const {
     d.name = "Parts";
     if (part == wholeCtrl) return;
     const ShownPart& shown = shownParts()[size_t(part)];
-    const CStr name = shown.takeRow       ? takeText(state, *shown.takeRow, shown.part)
+    const CStr name = shown.event ? notesOf(state, *shown.notesRow, shown.part)
+                                        .text(factsOf(shown.part, shown.event, shown.tick))
+                      : shown.takeRow     ? takeText(state, *shown.takeRow, shown.part)
                       : shown.point.point ? pointText(state, shown.point)
                                           : partText(state.seq(), shown.songTrack, shown.part);
     d.name = name.asChar();
@@ -385,6 +390,10 @@ bool ArrangeGrid::pressPart(int part) {
     const ShownPart shown = shownParts()[size_t(part)];
     CSeq* seq = state.seq();
     win->setKeyCtrl(this);
+    if (shown.event) {
+        chooseNote(state, *shown.notesRow, shown.part, shown.event);
+        return true;
+    }
     if (shown.takeRow) {
         const TakeSpan all = takeSpan(state, *shown.takeRow, shown.part);
         compTake(seq, shown.part, shown.takeRow->take, all.from, all.to);

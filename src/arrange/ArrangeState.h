@@ -29,6 +29,7 @@ public:
 
     OwnActions actions; ///< of the window
     mutable EventIndexes noteEvents; ///< of parts whose notes show in rows of their own
+    const CPart* notesPart = nullptr; ///< pressed last in such a row; only to be compared
 
     ArrangeState(Workspace& space, SongRange& songRange);
 

@@ -11,6 +11,7 @@
 #include "arrange/SongRange.h"
 #include "arrange/TrackCommands.h"
 #include "arrange/TrackHead.h"
+#include "arrange/TrackNotes.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
@@ -244,7 +245,16 @@ void ArrangeView::addTargets(CPopup* popup) {
     if (seq()) heads->addTargets(popup);
 }
 
+bool ArrangeView::isForNotes(const CStr& action) const {
+    return ::isForNotes(*this, action);
+}
+
+bool ArrangeView::runOnNotes(const CStr& action) {
+    return ::runOnNotes(*this, action);
+}
+
 bool ArrangeView::arrowKey(int key, int mods) {
+    if (notesKey(*this, key, mods)) return true;
     if (editKey(*this, key, mods)) return true;
     return mods == 0 && (key == ::keyUp || key == ::keyDown) &&
            heads->stepTrack(key == ::keyUp ? -1 : 1);

@@ -48,6 +48,9 @@ public:
 
     const OwnActions& ownActions() const { return actions; }
     void addTargets(CPopup* popup);   ///< as `HeadList::addTargets`
+    // Of a row in which notes are edited in place (TrackNotes.h).
+    bool isForNotes(const CStr& action) const;
+    bool runOnNotes(const CStr& action);
     bool arrowKey(int key, int mods); ///< as `editKey`, and Up and Down choose a track
     int tickAt(int x) const;          ///< at a point of the view, at least 0
     /// What comes of the files that are dragged when they are dropped at a point of the view.

@@ -43,7 +43,7 @@ bool CSeqWin::keyDown(int key, int mods) {
 }
 
 bool CSeqWin::canRun(const CAction* action) const {
-    return view->ownActions().isReady(action);
+    return view->isForNotes(action->name) || view->ownActions().isReady(action);
 }
 
 bool CSeqWin::isOn(const CAction* action) const {
@@ -51,7 +51,8 @@ bool CSeqWin::isOn(const CAction* action) const {
 }
 
 bool CSeqWin::onAction(CAction* action) {
-    return view->ownActions().run(action) || workspace.commands().run(action);
+    return view->runOnNotes(action->name) || view->ownActions().run(action) ||
+           workspace.commands().run(action);
 }
 
 void CSeqWin::mergeMenu(CMenu* bar) {

@@ -145,6 +145,7 @@ Press pressed(ArrangeGrid& grid, ArrangeState& state, CPoint at, int btn) {
         if (onTake.gesture) return onTake;
         t.row = nullptr;
     }
+    state.notesPart = nullptr;
     if (t.row && t.row->notes) {
         Press onNotes = pressedNotes(grid, state, *t.row, at, btn);
         if (onNotes.taken) return onNotes;

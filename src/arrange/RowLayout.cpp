@@ -82,12 +82,20 @@ void RowLayout::showNotes(const CTrack* track, bool on) {
         fits.erase(track);
 }
 
+void RowLayout::scrollKeys(const CTrack* track, int topKey) {
+    const auto fit = fits.find(track);
+    if (fit == fits.end() || fit->second.keyHeight <= 0) return;
+    const int shown = notesHeight / fit->second.keyHeight;
+    fit->second.topKey = asMinMax(topKey, shown - 1, EventRows::keys - 1);
+    fit->second.byHand = true;
+}
+
 /// The row for the keys of all its parts, as high as they have room.
 ArrangeRow RowLayout::notesRow(CSongTrack* songTrack) {
     const auto [low, high] = keysOf(songTrack);
     KeyFit& fit = fits[songTrack->track];
-    const bool fitted =
-        fit.keyHeight > 0 && high <= fit.topKey && low > fit.topKey - notesHeight / fit.keyHeight;
+    const bool fitted = fit.byHand || (fit.keyHeight > 0 && high <= fit.topKey &&
+                                       low > fit.topKey - notesHeight / fit.keyHeight);
     if (!fitted) {
         const int count = high - low + 1 + 2 * spareKeys;
         fit.keyHeight = asMinMax(notesHeight / count, int(EventRows::leastHeight), mostKeyHeight);

@@ -32,6 +32,8 @@ public:
     void clear() { rows.clear(); }
     bool showsNotes(const CTrack* track) const { return fits.contains(track); }
     void showNotes(const CTrack* track, bool on); ///< from the next `build` on
+    /// Another first key in such a row, as far as there are keys, from the next `build` on.
+    void scrollKeys(const CTrack* track, int topKey);
     const std::vector<ArrangeRow>& all() const { return rows; }
     int total() const; ///< pixels
     /// The row at a height, null outside all.
@@ -46,6 +48,7 @@ private:
     /// Which keys a row of notes shows; they stay while they show all that there is.
     struct KeyFit {
         int topKey = 0, keyHeight = 0; ///< height 0: none yet
+        bool byHand = false;           ///< scrolled: they stay
     };
     ArrangeRow notesRow(CSongTrack* songTrack);
 

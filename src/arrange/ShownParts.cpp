@@ -4,11 +4,13 @@
 #include "arrange/Hit.h"
 #include "arrange/LanePress.h"
 #include "arrange/TakeRows.h"
+#include "arrange/TrackNotes.h"
 #include "sequencer/CSeq.h"
 
 namespace {
 
-constexpr int pointReach = 6; ///< pixels around a point
+constexpr int pointReach = 6;      ///< pixels around a point
+constexpr size_t mostNotes = 2000; ///< of a row
 
 void addPoints(const ArrangeState& state, const ArrangeRow& row, CRect view,
                std::vector<ShownPart>& found) {
@@ -33,9 +35,27 @@ void addTakes(const ArrangeState& state, const ArrangeRow& row, CRect view,
     }
 }
 
+void addNotes(const ArrangeState& state, const ArrangeRow& row, CRect view,
+              std::vector<ShownPart>& found) {
+    size_t room = mostNotes;
+    for (auto* part : each<CPart>(row.songTrack->parts)) {
+        const CRect within = intersect(notesBox(state, row, part), view);
+        if (part->type == partAudio || within.empty()) continue;
+        const NotePlace place = notesOf(state, row, part);
+        place.eachNear(*place.events, state.axis(), within, [&](const EventIndex::Entry& e) {
+            const CRect box =
+                place.boxOf(state.axis(), state.edit.scrollY, factsOf(part, e.event, e.tick));
+            if (room == 0 || intersect(box, within).empty()) return;
+            room--;
+            found.push_back({row.songTrack, part, box, {}, nullptr, &row, e.event, e.tick});
+        });
+    }
+}
+
 } // namespace
 
 bool ShownPart::selected() const {
+    if (event) return isSelected(event);
     if (takeRow) return playsTake(part, takeRow->take);
     return point.point ? isSelected(point.point) : part->selected();
 }
@@ -44,7 +64,11 @@ std::vector<ShownPart> partsInView(const ArrangeState& state) {
     std::vector<ShownPart> found;
     const CRect view = asRect(0, 0, state.gridWidth(), state.gridHeight());
     for (const ArrangeRow& row : state.rows.all()) {
-        if (row.notes || intersect(rowBox(state, row), view).empty()) continue;
+        if (intersect(rowBox(state, row), view).empty()) continue;
+        if (row.notes) {
+            addNotes(state, row, view, found);
+            continue;
+        }
         if (row.take >= 0) {
             addTakes(state, row, view, found);
             continue;

@@ -2,14 +2,17 @@
 
 #include "arrange/ArrangeGrid.h"
 #include "arrange/ArrangeState.h"
+#include "arrange/SongRange.h"
 #include "arrange/gestures/HandGesture.h"
 #include "arrange/gestures/NotesGesture.h"
 #include "base/Numbers.h"
+#include "engine/CQV.h"
 #include "gui/CGraphic.h"
 #include "gui/Colours.h"
 #include "gui/Keys.h"
 #include "gui/PixelPaper.h"
 #include "gui/Shapes.h"
+#include "sequencer/CEditorComp.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/PartEdits.h"
 #include "ui/NoteDrawing.h"
@@ -21,6 +24,7 @@
 namespace {
 
 constexpr int eraseRoom = 9;    ///< of a press that erases
+constexpr int viewMargin = 24;  ///< pixels at the sides of what keys lead to
 constexpr double outside = 0.5; ///< how dark it is where no part is
 
 } // namespace
@@ -77,23 +81,61 @@ void paintNotes(const ArrangeState& state, const ArrangeRow& row, const ArrangeG
 
 namespace {
 
-Press pressedPart(ArrangeGrid& grid, ArrangeState& state, const NotePlace& place, CPoint at,
-                  int btn) {
+/// The hand over such a row: keys scroll within it.
+class NotesHand : public HandGesture {
+public:
+    NotesHand(ArrangeGrid& over, ArrangeState& shared, const ArrangeRow& row,
+              std::function<void(CPoint)> clicked)
+        : HandGesture(over, shared, std::move(clicked)), track(row.songTrack->track),
+          topKey(row.topKey), keyHeight(row.keyHeight) {}
+
+    void dragMove(const DragPoint& point) override {
+        if (track->kind == trackDrum) return HandGesture::dragMove(point);
+        const int y = state.edit.scrollY, by = (point.at.y - point.anchor.y) / keyHeight;
+        HandGesture::dragMove(point);
+        state.scrollTo(state.axis().scroll(), y);
+        state.rows.scrollKeys(track, topKey + by);
+        state.rowsChanged();
+    }
+
+private:
+    const CTrack* track;
+    const int topKey, keyHeight;
+};
+
+/// Other views of the part follow.
+void notesChosen(ArrangeState& state) {
+    state.gridChanged();
+    state.seq()->songNotices.raise(SeqNotice::parts);
+}
+
+void choosePart(ArrangeState& state, const ArrangeRow& row, CPart* part) {
+    CSeq* seq = state.seq();
+    seq->unselectParts();
+    part->setSelected(true);
+    state.notesPart = part;
+    if (row.songTrack->track->selected()) return;
+    seq->unselectTracks();
+    seq->selectTrack(row.songTrack, true);
+}
+
+Press pressedPart(ArrangeGrid& grid, ArrangeState& state, const ArrangeRow& row,
+                  const NotePlace& place, CPoint at, int btn) {
     state.edit.kind = place.part->type == partDrum ? kindDrums : kindNotes;
     state.edit.editPart = place.part;
     state.edit.editEvents = place.part->getEvents();
     auto mouse = std::make_unique<NoteMouse>(state.edit, place);
     const int mode = mouse->partMouseDown(at, btn);
-    state.gridChanged();
+    notesChosen(state);
     if (mode == editIdle) return {};
     if (mode == editPress) {
         const auto menu = [&grid](CPoint) { grid.contextMenu(); };
-        return {std::make_unique<HandGesture>(grid, state, menu), mode, eraseRoom};
+        return {std::make_unique<NotesHand>(grid, state, row, menu), mode, eraseRoom};
     }
     if (mode == editErase) {
         std::shared_ptr<NoteMouse> held = std::move(mouse);
         const auto release = [held](CPoint) { held->partMouseUp(); };
-        return {std::make_unique<HandGesture>(grid, state, release), mode, eraseRoom};
+        return {std::make_unique<NotesHand>(grid, state, row, release), mode, eraseRoom};
     }
     if (mode == editLasso) return {std::make_unique<NotesBand>(grid, state, place), mode, 0};
     return {std::make_unique<NotesGesture>(grid, state, std::move(mouse)), mode, 0};
@@ -103,17 +145,11 @@ Press pressedPart(ArrangeGrid& grid, ArrangeState& state, const NotePlace& place
 
 Press pressedNotes(ArrangeGrid& grid, ArrangeState& state, const ArrangeRow& row, CPoint at,
                    int btn) {
-    CSeq* seq = state.seq();
     CPart* part = partAtPos(state, row, at.x).part;
     if (!part || part->type == partAudio || row.songTrack->track->locked || (btn & modMiddle))
         return {};
-    seq->unselectParts();
-    part->setSelected(true);
-    if (!row.songTrack->track->selected()) {
-        seq->unselectTracks();
-        seq->selectTrack(row.songTrack, true);
-    }
-    Press press = pressedPart(grid, state, notesOf(state, row, part), at, btn);
+    choosePart(state, row, part);
+    Press press = pressedPart(grid, state, row, notesOf(state, row, part), at, btn);
     press.taken = true;
     return press;
 }
@@ -125,11 +161,70 @@ bool onNoteEdge(const ArrangeState& state, const ArrangeRow& row, CPoint at) {
     return zone == zoneStart || zone == zoneEnd;
 }
 
-CPart* notesInHand(const ArrangeState& state) {
+const ArrangeRow* notesRowOf(const ArrangeState& state, const CSongTrack* songTrack) {
+    for (const ArrangeRow& row : state.rows.all())
+        if (row.notes && row.songTrack == songTrack) return &row;
+    return nullptr;
+}
+
+HeldNotes notesInHand(const ArrangeState& state) {
+    HeldNotes hand{state.workspace, {}, {}};
     CSeq* seq = state.seq();
-    const std::vector<PlacedPart> chosen = seq ? selectedParts(seq) : std::vector<PlacedPart>();
-    if (chosen.size() != 1) return nullptr;
-    CPart* part = chosen.front().part;
-    const bool shown = state.rows.showsNotes(chosen.front().songTrack->track);
-    return shown && part->type != partAudio && hasSelectedEvents(part) ? part : nullptr;
+    if (!seq || !state.notesPart || state.range.get()) return hand;
+    const std::vector<PlacedPart> chosen = selectedParts(seq);
+    if (chosen.size() != 1 || chosen.front().part != state.notesPart) return hand;
+    const ArrangeRow* row = notesRowOf(state, chosen.front().songTrack);
+    if (!row || chosen.front().part->type == partAudio) return hand;
+    hand.place = notesOf(state, *row, chosen.front().part);
+    hand.parts = {chosen.front().part};
+    return hand;
+}
+
+/// Delete is about the part again once no note is selected.
+bool isForNotes(const ArrangeState& state, const CStr& action) {
+    const bool known = isNoteAction(action) || action == "transform";
+    if (!known || state.qv->recording || state.qv->recUndo) return false;
+    const HeldNotes hand = notesInHand(state);
+    return hand.place.part && (action != "delete" || anySelected(hand.parts));
+}
+
+bool runOnNotes(ArrangeState& state, const CStr& action) {
+    if (!isForNotes(state, action)) return false;
+    const HeldNotes hand = notesInHand(state);
+    if (action == "transform") {
+        hand.place.seq->editorComp->transformAsked = true;
+        state.workspace.openPart(hand.place.part);
+    } else {
+        noteAction(hand, action);
+        notesChosen(state);
+    }
+    return true;
+}
+
+bool notesKey(ArrangeState& state, int key, int mods) {
+    const HeldNotes hand = notesInHand(state);
+    if (!hand.place.part) return false;
+    const auto show = [&](const NoteEvent& shown) {
+        const NotePlace& place = hand.place;
+        const ArrangeRow* row = notesRowOf(state, state.seq()->partToSongTrack(place.part));
+        const int x = place.xOf(state.axis(), shown.facts.tick), wide = state.gridWidth();
+        if (x < viewMargin || x > wide - viewMargin)
+            state.scrollTo(state.axis().scroll() + x - wide / 3, state.edit.scrollY);
+        state.workspace.setStatus(place.text(shown.facts));
+        if (!row || place.rows.drums()) return;
+        const int keys = row->height / row->keyHeight, key0 = shown.facts.row;
+        if (key0 <= row->topKey && key0 > row->topKey - keys) return;
+        state.rows.scrollKeys(place.track, key0 + keys / 2);
+        state.rowsChanged();
+    };
+    if (!noteArrow(hand, key, mods, show)) return false;
+    notesChosen(state);
+    return true;
+}
+
+void chooseNote(ArrangeState& state, const ArrangeRow& row, CPart* part, CBaseEvent* event) {
+    choosePart(state, row, part);
+    NoteMouse::unselect(part);
+    select(event, true);
+    notesChosen(state);
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "arrange/Press.h"
-#include "ui/NotePlace.h"
+#include "ui/NoteActions.h"
 
 class CGraphic;
 class CSongTrack;
@@ -23,6 +23,16 @@ Press pressedNotes(ArrangeGrid& grid, ArrangeState& state, const ArrangeRow& row
                    int btn);
 /// Whether a point of such a row lies on the start or the end of a note or hit.
 bool onNoteEdge(const ArrangeState& state, const ArrangeRow& row, CPoint at);
-/// The part whose notes were selected in place last: it is the only selected one, and has such a
-/// row and selected events. Null without one.
-CPart* notesInHand(const ArrangeState& state);
+/// The row of that kind of a track; null without.
+const ArrangeRow* notesRowOf(const ArrangeState& state, const CSongTrack* songTrack);
+/// The notes of the part that was pressed last in such a row, while it is the only selected one and
+/// the row shows: what commands and keys are about. Its `place.part` is null without one.
+HeldNotes notesInHand(const ArrangeState& state);
+/// Whether an action is about these notes at present.
+bool isForNotes(const ArrangeState& state, const CStr& action);
+/// Carries out such an action. "transform" goes on in the editor.
+bool runOnNotes(ArrangeState& state, const CStr& action);
+/// As `noteArrow`; and the note that keys lead to comes into view.
+bool notesKey(ArrangeState& state, int key, int mods);
+/// Selects a note alone, and its part with it.
+void chooseNote(ArrangeState& state, const ArrangeRow& row, CPart* part, CBaseEvent* event);

@@ -37,6 +37,7 @@ CEditorWin::CEditorWin(Workspace& space, CEditorComp& edited)
         b->visible = b == body;
         addControl(b);
     }
+    bar->setBody(*body);
     links = {workspace.notices().on(
         {.host = HostNotice::graph, .song = SeqNotice::tracks | SeqNotice::parts},
         [this] { songChanged(); })};
@@ -92,6 +93,7 @@ void CEditorWin::showPart(CPart* wanted) {
         body->visible = false;
         body = next;
         body->visible = true;
+        bar->setBody(*body);
         layout();
         setKeyCtrl(body->keyCtrl());
         redraw();

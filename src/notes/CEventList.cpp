@@ -78,7 +78,7 @@ void CEventList::resized() {
     CGroup::resized();
     ruleField->setBounds(labelWidth, 1, asMax(1, width - labelWidth - 1), fieldHeight - 2);
     bar->setBounds(width - barSize, listTop, barSize, asMax(1, height - listTop));
-    contentChanged();
+    bar->setRange(asMax(1, int(shown.size())), rowsHigh()); // the rows stay as they are
 }
 
 int CEventList::rowsHigh() const {

@@ -4,6 +4,8 @@
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
+#include "engine/CSamplePreview.h"
+#include "engine/ForgetHooks.h"
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/CDrag.h"
@@ -16,7 +18,9 @@
 #include "gui/dialogs/CFileWin.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
+#include "instruments/CSampleClip.h"
 #include "instruments/CSynthProg.h"
+#include "instruments/DrumKit.h"
 #include "notes/NoteEdits.h"
 #include "notes/NoteState.h"
 #include "project/PresetFiles.h"
@@ -53,6 +57,35 @@ constexpr EntryText entries[] = {
     {loadKit, "Load kit...", false, false},   {keepKit, "Save kit...", false, false}};
 
 } // namespace
+
+/// Files are heard one at a time, and none once it goes.
+class DrumStrip::Hearing {
+public:
+    explicit Hearing(CQV* root) : host(root) {}
+    ~Hearing() { stop(); }
+    Hearing(const Hearing&) = delete;
+    Hearing& operator=(const Hearing&) = delete;
+
+    void play(const CStr& file) {
+        stop();
+        CSamplePreview* player = CSamplePreview::of(host);
+        clip = player ? openClip(file) : nullptr;
+        if (clip) player->play(clip.get(), 0, clip->frames, false);
+    }
+
+private:
+    void stop() {
+        CSamplePreview* player = clip ? CSamplePreview::of(host) : nullptr;
+        if (player) {
+            player->stop();
+            player->forget(ForgetSet(clip.get()));
+        }
+        clip.reset();
+    }
+
+    CQV* host;
+    std::unique_ptr<CSampleClip> clip;
+};
 
 /// A row on its way to another place; a click plays it.
 class DrumStrip::RowDrag : public DragHandler {
@@ -126,7 +159,8 @@ CRect DrumStrip::rowBox(const EventRows& rows, int row) const {
 
 CRect DrumStrip::zoneBox(const EventRows& rows, int row, Zone zone) const {
     const int y = rowBox(rows, row).top, right = width - 1;
-    const auto box = [&](int from, int to) { return asRect(from, y, to, y + headHeight - 1); };
+    const int foot = asMin(y + headHeight - 1, rowBox(rows, row).bottom);
+    const auto box = [&](int from, int to) { return asRect(from, y, to, foot); };
     switch (zone) {
     case onLane:
         return box(0, signWidth);
@@ -264,7 +298,7 @@ bool DrumStrip::keyDown(int key, int mods) {
     if (by != 0 && mods == modControl) {
         move(chosen, asMinMax(chosen + by, 0, rows - 1));
     } else if (by != 0 && mods == 0) {
-        choose(asMinMax(chosen + by, 0, rows - 1));
+        choose(nextShown(by));
         state.scrollInView(asInt(state.place().ticksOf(state.axis(), state.gridWidth() / 2)),
                            chosen);
         pressPart(chosen * zones);
@@ -282,6 +316,14 @@ bool DrumStrip::keyDown(int key, int mods) {
         return CGroup::keyDown(key, mods);
     }
     return true;
+}
+
+/// The row before or behind the chosen one that is not folded away; itself without one.
+int DrumStrip::nextShown(int by) const {
+    const EventRows rows = state.rows();
+    for (int row = chosen + by; row >= 0 && row < rows.count(); row += by)
+        if (rows.height(row) > 0) return row;
+    return chosen;
 }
 
 // Edits.
@@ -315,6 +357,8 @@ void DrumStrip::tellUnread(const char* path) const {
 void DrumStrip::chooseSample() {
     CFileWin dialog(state.workspace.mainWindow(), "Choose sample", audioFileExt,
                     state.workspace.dialogFolder(), "", false);
+    Hearing hearing(state.qv);
+    dialog.onMarked = [&](const CStr& file) { hearing.play(file); };
     dialog.showModal();
     if (!dialog.result || !sound(chosen)) return;
     state.workspace.projectFolder = dialog.folder;
@@ -324,6 +368,8 @@ void DrumStrip::chooseSample() {
 void DrumStrip::newSounds() {
     CFileWin dialog(state.workspace.mainWindow(), "New sound", audioFileExt,
                     state.workspace.dialogFolder(), "", false);
+    Hearing hearing(state.qv);
+    dialog.onMarked = [&](const CStr& file) { hearing.play(file); };
     dialog.showModal();
     if (!dialog.result || !state.part) return;
     state.workspace.projectFolder = dialog.folder;

@@ -42,6 +42,7 @@ private:
     enum Zone : int { onName, onLane, onMute, onSolo, zones };
 
     class RowDrag;
+    class Hearing;
 
     CRect rowBox(const EventRows& rows, int row) const;
     CRect zoneBox(const EventRows& rows, int row, Zone zone) const;
@@ -52,6 +53,7 @@ private:
     void act(int row, Zone zone);
     void play(int row); ///< -1 ends it
     void choose(int row);
+    int nextShown(int by) const;
     void openLane(int row);
     void rename(int row);
     void move(int row, int to);

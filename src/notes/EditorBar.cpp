@@ -6,11 +6,13 @@
 #include "gui/Colours.h"
 #include "gui/controls/CButton.h"
 #include "notes/EditedPart.h"
+#include "notes/EditorBody.h"
 #include "sequencer/CSeq.h"
 #include "ui/Commands.h"
 #include "ui/GridButton.h"
 #include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
+#include "ui/ScaleItems.h"
 #include "ui/Workspace.h"
 
 namespace {
@@ -22,24 +24,53 @@ constexpr int gap = 2, group = 8, buttonTop = 4, high = 18;
 EditorBar::EditorBar(CWin* owner, const EditedPart& edited)
     : CGroup(owner, "editorbar", 0, 0, 1, int(barHeight)), shown(edited) {
     arrowsWalk = true;
+    addSwitch("eventlist", "List", 34);
+    addSwitch("objectbar", "Object", 46)->hint = "Show object-bar";
+    addSwitch("steprec", "Steps", 40);
+    addSwitch("computerkeys", "Keys", 36);
+    addSwitch("painttool", "Paint", 38);
+    addSwitch("knifetool", "Knife", 38);
+    addSwitch("gluetool", "Glue", 34);
+    addSwitch("foldrows", "Fold", 34);
+    addSwitch("othernotes", "Others", 46);
+    addSwitch("edittogether", "Together", 58);
+    addSwitch("preview", "Hear", 38);
+    addSwitch("notenames", "Names", 44);
+    addSwitch("notelength", "Length", 46);
+    addSwitch("snap", "Snap", 38);
+    grid = new GridButton(win, shown.workspace, 0, buttonTop, high);
+    scale = new ScaleButton(win, shown.workspace, 0, buttonTop, high);
+    chord = new ChordButton(win, shown.workspace, 0, buttonTop, high);
+    for (CButton* b : std::initializer_list<CButton*>{grid, scale, chord}) addControl(b);
+    place();
+}
+
+/// Side by side, those that the body has.
+void EditorBar::place() {
     nextX = group;
-    addSwitch("eventlist", "List", 40);
-    addSwitch("objectbar", "Object", 52)->hint = "Show object-bar";
-    addSwitch("steprec", "Steps", 46);
-    addSwitch("computerkeys", "Keys", 42);
-    addSwitch("othernotes", "Others", 52);
-    addSwitch("preview", "Hear", 44);
-    addSwitch("notenames", "Names", 48);
-    addSwitch("notelength", "Keep length", 80);
-    addSwitch("snap", "Snap", 44);
-    grid = new GridButton(win, shown.workspace, nextX, buttonTop, high);
-    addControl(grid);
-    nextX += grid->width + gap;
+    for (CButton* s : switches) {
+        if (!s->visible) continue;
+        s->setBounds(nextX, buttonTop, s->width, high);
+        nextX += s->width + gap;
+    }
+    for (CButton* b : std::initializer_list<CButton*>{grid, scale, chord}) {
+        if (!b->visible) continue;
+        b->setBounds(nextX, buttonTop, b->width, high);
+        nextX += b->width + gap;
+    }
+    redraw();
+}
+
+void EditorBar::setBody(const EditorBody& body) {
+    for (CButton* s : switches)
+        s->visible = body.showsSwitch(static_cast<CAction*>(s->userPtr)->name);
+    scale->visible = chord->visible = body.showsSwitch("scalesnap");
+    place();
 }
 
 CButton* EditorBar::addSwitch(const char* action, const char* text, int wide) {
     CAction* known = shown.workspace.commands().getAction(action);
-    auto* made = new CButton(win, action, text, nextX, buttonTop, wide, high);
+    auto* made = new CButton(win, action, text, 0, buttonTop, wide, high);
     made->hint = made->spokenName = known->label;
     made->skin = &clTrackControls;
     made->litSkin = &clTrackControlsPushed;
@@ -47,7 +78,6 @@ CButton* EditorBar::addSwitch(const char* action, const char* text, int wide) {
     made->onChange = new _COnChange<EditorBar>(this, &EditorBar::clicked);
     addControl(made);
     switches.push_back(made);
-    nextX += wide + gap;
     return made;
 }
 
@@ -60,6 +90,8 @@ void EditorBar::clicked(CObject* sender) {
 void EditorBar::refresh() {
     for (CButton* s : switches) s->setLit(static_cast<CAction*>(s->userPtr)->isOn());
     grid->refresh();
+    scale->refresh();
+    chord->refresh();
     CStr now;
     if (shown.part && shown.seq()) {
         now = shown.part->content()->id + "  on  " + shown.track->id + ",  " +

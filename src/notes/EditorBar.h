@@ -6,8 +6,11 @@
 
 class CAction;
 class CButton;
+class ChordButton;
 class EditedPart;
+class EditorBody;
 class GridButton;
+class ScaleButton;
 
 /// The strip above the editor: which part it shows, switches, and the grid. Interface thread.
 class EditorBar : public CGroup {
@@ -18,15 +21,19 @@ public:
 
     void paint(CGraphic* g, CRect rect) override;
     void describe(Description& d, int part) const override;
-    void refresh(); ///< follows what it shows
+    void refresh();                       ///< follows what it shows
+    void setBody(const EditorBody& body); ///< has the switches of that body alone
 
 private:
+    void place();
     CButton* addSwitch(const char* action, const char* text, int wide);
     void clicked(CObject* sender);
 
     const EditedPart& shown;
     std::vector<CButton*> switches; ///< `userPtr` is the action
     GridButton* grid;
+    ScaleButton* scale;
+    ChordButton* chord;
     CStr title;
     int nextX = 0;
 };

@@ -18,6 +18,8 @@ public:
     virtual void songChanged() = 0; ///< the song, the track or the part has
     virtual void idle() {}          ///< follows what has no notice
     virtual CCtrl* keyCtrl() = 0;   ///< where keys go first
+    /// Whether the bar has the switch of an action while this body shows.
+    virtual bool showsSwitch(const CStr& action) const { return action == "snap"; }
     virtual bool knowsAction(const CStr& name) const = 0;
     virtual bool runAction(const CStr& name) = 0; ///< false where it has nothing to do
     // Entries of its own in the menus.

@@ -104,7 +104,7 @@ bool setStyle(int partType, CBaseEvent* event, int lane, int number) {
 CStr midiText(const CMIDIEvent* event, EventColumn column) {
     const Data data = dataOf(event->data);
     if (!data.value) return {};
-    if (column == channel) return asStr(chByte(event->data) + 1);
+    if (column == channel) return asStr(*messageChannel(event));
     if (column == value) return asStr(*data.value);
     if (column != key || data.first < 0) return {};
     return ofKeys(event->data) ? noteToStr(data.first) : asStr(data.first);
@@ -188,6 +188,14 @@ bool setHit(const NotePlace& place, CDrumEvent* hit, EventColumn column, const C
 }
 
 } // namespace
+
+std::optional<int> messageChannel(const CMIDIEvent* event) {
+    return dataOf(event->data).value ? std::optional(chByte(event->data) + 1) : std::nullopt;
+}
+
+std::optional<int> messageValue(const CMIDIEvent* event) {
+    return dataOf(event->data).value;
+}
 
 std::span<const EventColumn> noteColumns(int partType) {
     return partType == partDrum ? std::span<const EventColumn>(drumColumns)

@@ -2,9 +2,11 @@
 
 #include "base/CStr.h"
 
+#include <optional>
 #include <span>
 
 struct CBaseEvent;
+struct CMIDIEvent;
 struct NotePlace;
 
 /// What the columns of the event list tell of an event of a MIDI or drum part, and how typing and
@@ -43,6 +45,10 @@ struct CellEvent {
 bool setCell(const NotePlace& place, CellEvent& at, EventColumn column, const CStr& text);
 /// A step up or down, by semitones, values, or the grid, as far as it goes.
 void stepCell(const NotePlace& place, CellEvent& at, EventColumn column, int by);
+
+/// 1 to 16, and the number that the column of values tells; none of what has no such thing.
+std::optional<int> messageChannel(const CMIDIEvent* event);
+std::optional<int> messageValue(const CMIDIEvent* event);
 
 /// "Note-on", "C.Change" and so on; of a drum part "Hit".
 const char* eventType(int partType, const CBaseEvent* event);

@@ -5,7 +5,7 @@
 #include "notes/NoteState.h"
 #include "sequencer/Audition.h"
 #include "sequencer/CSeq.h"
-#include "sequencer/EventEdits.h"
+#include "sequencer/EventActions.h"
 #include "sequencer/PartEdits.h"
 
 #include <functional>
@@ -15,22 +15,23 @@ namespace {
 const CBaseEvent* change(NoteState& state, const CBaseEvent* told,
                          const std::function<void(CellEvent&)>& each) {
     const bool all = isSelected(told);
-    const EventRange range = eventRange(state.seq(), state.part, {});
-    const CBaseEvent* at = state.part->getEvents();
-    std::unique_ptr<CPart> draft = contentDraft(state.part);
+    const PartList parts = all ? state.parts() : PartList{state.part};
+    const EventRange range = eventRange(state.seq(), parts);
     const CBaseEvent* became = nullptr;
-    placeEvents(draft.get(), [&](CBaseEvent* e, int tick) {
-        const bool wanted = all ? isSelected(at) : at == told;
-        if (at == told) became = e;
-        at = at->next;
-        if (!wanted) return tick;
-        CellEvent changed{e, tick};
-        each(changed);
-        if (!all) return changed.tick;
-        return tick + asMinMax(changed.tick - tick, range.minTicks, range.maxTicks);
-    });
     if (state.seq()->isLocked(state.part)) return nullptr;
-    applyDraft(state.seq(), state.part, std::move(draft), "Edit");
+    changeParts(state.seq(), parts, "Edit", [&](CPart* part, CPart* draft) {
+        const CBaseEvent* at = part->getEvents();
+        placeEvents(draft, [&](CBaseEvent* e, int tick) {
+            const bool wanted = all ? isSelected(at) : at == told;
+            if (at == told) became = e;
+            at = at->next;
+            if (!wanted) return tick;
+            CellEvent changed{e, tick};
+            each(changed);
+            if (!all) return changed.tick;
+            return tick + asMinMax(changed.tick - tick, range.minTicks, range.maxTicks);
+        });
+    });
     state.qv->settle(); // what is played and told is what has become of it
     if (!state.part) return nullptr;
     state.track->preview.mute();

@@ -78,9 +78,9 @@ std::optional<int> EventRule::fieldOf(const NotePlace& place, const CBaseEvent* 
     default:
         break;
     }
-    const EventColumn column = field == Field::channel ? EventColumn::channel : EventColumn::value;
-    const CStr told = place.part->type == partMIDI ? cellText(place, event, tick, column) : CStr();
-    return told.empty() ? std::nullopt : std::optional(std::atoi(told.asChar()));
+    if (place.part->type != partMIDI) return std::nullopt;
+    const auto* message = static_cast<const CMIDIEvent*>(event);
+    return field == Field::channel ? messageChannel(message) : messageValue(message);
 }
 
 bool EventRule::holds(const NotePlace& place, const CBaseEvent* event, int tick) const {

@@ -10,8 +10,11 @@
 #include "notes/NoteEdits.h"
 #include "notes/NoteState.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/TrackInstrument.h"
 #include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
+
+#include <climits>
 
 namespace {
 
@@ -22,7 +25,9 @@ constexpr int pressVelocity = 100;
 
 KeyStrip::KeyStrip(CWin* owner, NoteState& shared)
     : CCtrl(owner, "keys", 0, 0, stripWidth, 1), state(shared) {
-    hint = "Press to hear it, the wheel scrolls, with Ctrl it makes keys higher";
+    hint =
+        "Press to hear it, with Ctrl it selects the notes of the key; the wheel scrolls, with Ctrl "
+        "it makes keys higher";
 }
 
 int KeyStrip::rowAt(int y) const {
@@ -57,11 +62,30 @@ void KeyStrip::paintKeys(CGraphic* g, const EventRows& rows, CRect asked) const 
         if (key % octave == 0 || key % octave == 5)
             g->fillLine(edge, asRect(0, box.bottom - 1, width, box.bottom));
     }
-    for (int key = 0; key < EventRows::keys; key += octave) {
+    paintNames(g, rows, asked);
+}
+
+/// Of drums, else of each C, or of every key where keys are folded away.
+void KeyStrip::paintNames(CGraphic* g, const EventRows& rows, CRect asked) const {
+    const CPalette& palette = win->app->gui->palette;
+    const std::map<int, CStr> drums = drumKeys(state.track);
+    const int black = hexColor(0x24262a), white = hexColor(0xe8e6e1);
+    int written = INT_MAX; // top of the name above
+    for (int key = 0; key < EventRows::keys; key++) {
+        const auto drum = drums.find(key);
+        const bool named = drum != drums.end() || key % octave == 0 || state.folded;
         const CRect box = rowBox(rows, key);
         const int over = asMax(0, nameHeight - box.height());
-        g->drawText(key == sounding ? textOn(palette.accent) : black, noteToStr(key),
-                    asRect(0, box.top - over, width - gap, box.bottom), textRight);
+        const CRect at = asRect(gap, box.top - over, width - gap, box.bottom);
+        if (!named || box.height() == 0 || at.bottom > written ||
+            intersect(asRect(0, at.top, width, at.bottom), asked).empty())
+            continue;
+        written = at.top;
+        if (drum != drums.end())
+            g->drawText(EventRows::blackKey(key) ? white : black, drum->second, at, textLeft);
+        if (key % octave == 0 || state.folded)
+            g->drawText(key == sounding ? textOn(palette.accent) : black, noteToStr(key), at,
+                        textRight);
     }
 }
 
@@ -80,7 +104,21 @@ void KeyStrip::play(int row) {
 void KeyStrip::mouseDown(int x, int y, int btn) {
     CCtrl::mouseDown(x, y, btn);
     if (!state.part || !state.seq()) return;
-    if (btn & modLeft) play(rowAt(y));
+    if (!(btn & modLeft)) return;
+    if (btn & modControl) return selectRow(rowAt(y), btn & modShift);
+    play(rowAt(y));
+}
+
+void KeyStrip::selectRow(int row, bool more) {
+    int found = 0;
+    for (CPart* part : state.parts())
+        for (CBaseEvent* e = part->getEvents(); e; e = e->next) {
+            const bool wanted = row >= 0 && rowOf(part, e) == row;
+            found += wanted;
+            if (wanted || !more) select(e, wanted);
+        }
+    state.workspace.setStatus(asStr(found) + (found == 1 ? " note selected" : " notes selected"));
+    state.shownChanged();
 }
 
 void KeyStrip::mouseMove(int x, int y, int btn) {
@@ -113,7 +151,10 @@ void KeyStrip::describe(Description& d, int part) const {
     d.role = part == wholeCtrl ? Role::list : Role::button;
     d.name = "Keys";
     if (part == wholeCtrl) return;
+    const std::map<int, CStr> drums = drumKeys(state.track);
+    const auto drum = drums.find(part);
     d.name = noteToStr(part).asChar();
+    if (drum != drums.end()) d.name += std::string(", ") + drum->second.asChar();
     d.action = "play";
     d.bounds = intersect(rowBox(state.rows(), part), clientRect());
 }

@@ -5,8 +5,10 @@
 class EventRows;
 class NoteState;
 
-/// The keys beside the notes. A press plays one, and a drag one after the other. The wheel scrolls,
-/// with Control it makes keys higher. Interface thread.
+/// The keys beside the notes, with the names of drums where the track plays such. A press plays
+/// one, and a drag one after the other; with Control it selects all notes of the key, with Shift
+/// too beside what is selected. The wheel scrolls, with Control it makes keys higher. Interface
+/// thread.
 class KeyStrip : public CCtrl {
 public:
     static constexpr int stripWidth = 120;
@@ -26,7 +28,9 @@ private:
     void paintKeys(CGraphic* g, const EventRows& rows, CRect asked) const;
     int rowAt(int y) const; ///< -1 outside all
     CRect rowBox(const EventRows& rows, int row) const;
+    void paintNames(CGraphic* g, const EventRows& rows, CRect asked) const;
     void play(int row);
+    void selectRow(int row, bool more);
 
     NoteState& state;
     int sounding = -1; ///< row

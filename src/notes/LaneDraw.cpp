@@ -5,6 +5,7 @@
 #include "gui/CGraphic.h"
 #include "gui/DrawBatch.h"
 #include "notes/LaneView.h"
+#include "notes/NoteEdits.h"
 #include "notes/NoteState.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/LaneUnit.h"
@@ -14,6 +15,7 @@
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 namespace {
@@ -23,44 +25,69 @@ constexpr int drawStep = 3; ///< pixels from one value to the next
 
 } // namespace
 
-LaneDraw::LaneDraw(NoteState& shared, const LaneView& over)
-    : NoteGesture(shared), view(over), drawn(contentDraft(shared.part)),
-      events(shared.seq(), drawn.get()) {
-    eachEvent(drawn->getEvents(), [&](const CBaseEvent* e, int) {
-        const bool counts = isSelected(e) && onLane(view.lane, drawn->type, e);
-        selectedOnly = selectedOnly || counts;
-    });
+LaneDraw::LaneDraw(NoteState& shared, const LaneView& over) : NoteGesture(shared), view(over) {
+    for (CPart* part : shared.parts()) {
+        std::unique_ptr<CPart> drawn = contentDraft(part);
+        EventIndex events(shared.seq(), drawn.get());
+        for (const CBaseEvent* e = drawn->getEvents(); e; e = e->next)
+            selectedOnly = selectedOnly || (isSelected(e) && onLane(view.lane, drawn->type, e));
+        homes.push_back({part == shared.part ? shared.place() : shared.placeOf(part),
+                         part->getEvents(), std::move(drawn), std::move(events)});
+    }
 }
 
 LaneDraw::~LaneDraw() = default;
 
-CPart* LaneDraw::draft() const {
-    return drawn.get();
+CPart* LaneDraw::draft(const CPart* part) const {
+    for (const Home& h : homes)
+        if (h.place.part == part) return h.drawn.get();
+    return nullptr;
+}
+
+bool LaneDraw::stands() const {
+    return std::ranges::all_of(homes, [](const Home& h) {
+        return h.place.seq->partToTrack(h.place.part) == h.place.track &&
+               h.place.part->getEvents() == h.head;
+    });
 }
 
 /// The events at a place of the view take the value; a controller without any there gets one.
 void LaneDraw::write(int x, double value) {
-    const NotePlace place = state.place();
-    const EventLane& lane = view.lane;
-    int from = asInt(place.ticksOf(state.axis(), x - reach));
-    int to = asInt(place.ticksOf(state.axis(), x + reach + 1));
-    if (!lane.ofNotes()) {
-        const int start = state.part->pos + state.part->offset, grid = place.grid.snap;
-        from = snapped(grid, asInt(state.axis().ticksAt(x)), false) - start;
-        to = from + asMax(1, grid);
-    }
-    const int first = -state.part->offset, end = first + place.seq->getTicks(state.part);
-    if (to <= asMax(0, first) || from >= end) return;
     bool found = false;
-    events.eachWithin(from, to, [&](const EventIndex::Entry& e) {
-        if (e.tick < from || !onLane(lane, drawn->type, e.event)) return;
+    const bool ofNotes = view.lane.ofNotes();
+    const double at = state.axis().ticksAt(x);
+    const int grid = homes.front().place.grid.snap, line = snapped(grid, asInt(at), false);
+    for (Home& h : homes) {
+        const int start = h.place.part->pos + h.place.part->offset;
+        const int from = ofNotes ? asInt(h.place.ticksOf(state.axis(), x - reach)) : line - start;
+        const int to =
+            ofNotes ? asInt(h.place.ticksOf(state.axis(), x + reach + 1)) : from + asMax(1, grid);
+        found = change(h, from, to, value) || found;
+    }
+    Home& first = homes.front();
+    const CPart* part = first.place.part;
+    const int from = line - part->pos - part->offset;
+    const int begin = asMax(0, -part->offset);
+    const int end = first.place.seq->getTicks(first.place.part) - part->offset;
+    if (found || ofNotes || from + asMax(1, grid) <= begin || from >= end) return;
+    setController(first.drawn.get(), view.lane, asMax(0, from), from + asMax(1, grid),
+                  float(value));
+    first.events.make(first.place.seq, first.drawn.get());
+}
+
+/// Whether there is any in the stretch, which counts in the part's own time.
+bool LaneDraw::change(Home& home, int from, int to, double value) {
+    const int first = -home.place.part->offset;
+    const int end = first + home.place.seq->getTicks(home.place.part);
+    if (to <= asMax(0, first) || from >= end) return false;
+    bool found = false;
+    home.events.eachWithin(from, to, [&](const EventIndex::Entry& e) {
+        if (e.tick < from || !onLane(view.lane, home.drawn->type, e.event)) return;
         found = true;
         if (!selectedOnly || isSelected(e.event))
-            setLaneValue(lane, drawn->type, e.event, float(value));
+            setLaneValue(view.lane, home.drawn->type, e.event, float(value));
     });
-    if (found || lane.kind == laneVelocity) return;
-    setController(drawn.get(), lane, asMax(0, from), to, float(value));
-    events.make(place.seq, drawn.get());
+    return found;
 }
 
 void LaneDraw::dragMove(const DragPoint& point) {
@@ -79,7 +106,12 @@ void LaneDraw::dragMove(const DragPoint& point) {
 
 void LaneDraw::apply(const DragPoint&) {
     const CStr title = "Edit " + laneTitle(view.lane);
-    applyDraft(state.seq(), state.part, std::move(drawn), title.asChar());
+    std::vector<PartDraft> drafts;
+    for (Home& h : homes) drafts.push_back({h.place.part, std::move(h.drawn)});
+    applyDrafts(state.seq(), std::move(drafts), title.asChar());
+    if (view.lane.kind == laneVelocity)
+        if (const NoteEvent latest = selectedEvent(state.place(), true); latest.event)
+            state.edit.eventVelocity = asMax(1, latest.facts.velocity);
 }
 
 void LaneDraw::click(const DragPoint& point) {
@@ -97,7 +129,7 @@ void LaneLine::dragMove(const DragPoint& point) {
 
 void LaneLine::apply(const DragPoint& point) {
     const auto tick = [&](int x) { return asInt(state.axis().ticksAt(x)); };
-    lineEditParts(state.seq(), {state.part}, view.lane,
+    lineEditParts(state.seq(), state.parts(), view.lane,
                   {tick(point.anchor.x), tick(point.at.x), float(view.valueAt(point.anchor.y)),
                    float(view.valueAt(point.at.y))});
 }

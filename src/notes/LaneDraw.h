@@ -3,6 +3,8 @@
 #include "notes/NoteGesture.h"
 #include "sequencer/EventIndex.h"
 
+#include <vector>
+
 class LaneView;
 
 /// Values that are drawn: a draft is shown until the release.
@@ -11,17 +13,24 @@ public:
     LaneDraw(NoteState& shared, const LaneView& over);
     ~LaneDraw() override;
 
-    CPart* draft() const override;
+    CPart* draft(const CPart* part) const override;
+    bool stands() const override;
     void dragMove(const DragPoint& point) override;
 
 private:
     void apply(const DragPoint& point) override;
     void click(const DragPoint& point) override;
+    struct Home {
+        NotePlace place;
+        const CBaseEvent* head; ///< of its events at the press, only to be compared
+        std::unique_ptr<CPart> drawn;
+        EventIndex events; ///< of that
+    };
     void write(int x, double value);
+    bool change(Home& home, int from, int to, double value);
 
     const LaneView& view;
-    std::unique_ptr<CPart> drawn;
-    EventIndex events; ///< of that
+    std::vector<Home> homes; ///< the first is the part, where messages come that there are not yet
     CPoint last{};
     bool begun = false;
     bool selectedOnly = false;

@@ -10,6 +10,7 @@
 #include "notes/LaneDraw.h"
 #include "notes/NoteState.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/EventActions.h"
 #include "sequencer/PartEdits.h"
 #include "ui/GridLines.h"
 #include "ui/NoteDrawing.h"
@@ -49,8 +50,12 @@ void LaneView::scrolled(int dx) {
     scrollArea(clientRect(), dx, 0);
 }
 
-CPart* LaneView::shownPart() const {
-    return gesture && win->app->drag.of(this) ? gesture->draft() : nullptr;
+CPart* LaneView::shownPart(const CPart* of) const {
+    return gesture && win->app->drag.of(this) ? gesture->draft(of) : nullptr;
+}
+
+bool LaneView::dragStands() const {
+    return gesture && gesture->stands();
 }
 
 int LaneView::yOf(double value) const {
@@ -67,16 +72,15 @@ void LaneView::paint(CGraphic* g, CRect) {
     g->fillRect(clGrid.fillCol, asked);
     g->fillLine(palette.frame, asRect(asked.left, 0, asked.right, 1));
     if (!state.part || !state.seq()) return;
-    const NotePlace place = state.place();
-    const GridLines lines(place.seq, state.axis(), asked.left, asked.right);
+    const GridLines lines(state.seq(), state.axis(), asked.left, asked.right);
     lines.visit([&](int x, GridLines::Weight weight) {
         g->fillLine(weight == GridLines::bar ? clGridBeats.fillCol : clGridSnap.fillCol,
                     asRect(x, asked.top, x + 1, asked.bottom));
     });
-    CPart* shown = state.shownPart();
     {
         PixelPaper paper(g, asked);
-        paintValues(paper, place, shown, asked);
+        for (CPart* part : state.parts())
+            paintValues(paper, state.placeOf(part), state.shownPart(part), asked);
     }
     if (gesture && win->app->drag.of(this)) gesture->paintOverlay(g, asked);
 }
@@ -156,14 +160,7 @@ void LaneView::mouseDown(int x, int y, int btn) {
     } else if (!(btn & modLeft)) {
         return;
     } else if (btn & modShift) {
-        gesture = std::make_unique<NoteBand>(state, [this](CRect band) {
-            const NotePlace place = state.place();
-            place.eachNear(*place.events, state.axis(), band, [&](const EventIndex::Entry& e) {
-                const int x0 = place.xOf(state.axis(), e.tick);
-                const bool within = x0 + head > band.left && x0 < band.right;
-                if (within && onLane(lane, state.part->type, e.event)) select(e.event, true);
-            });
-        });
+        gesture = std::make_unique<NoteBand>(state, [this](CRect band) { selectWithin(band); });
         mode = editLasso;
     } else if (btn & modControl) {
         gesture = std::make_unique<LaneLine>(state, *this);
@@ -179,21 +176,34 @@ void LaneView::mouseDown(int x, int y, int btn) {
     win->app->drag.start(this, gesture.get(), at, btn, room);
 }
 
+void LaneView::selectWithin(CRect band) {
+    for (CPart* part : state.parts()) {
+        const NotePlace place = state.placeOf(part);
+        place.eachNear(*place.events, state.axis(), band, [&](const EventIndex::Entry& e) {
+            const int x0 = place.xOf(state.axis(), e.tick);
+            const bool within = x0 + head > band.left && x0 < band.right;
+            if (within && onLane(lane, part->type, e.event)) select(e.event, true);
+        });
+    }
+}
+
 /// A message under the pointer is deleted at the release; else the lane is chosen.
 NoteGesture* LaneView::pressRight(CPoint at) {
-    const NotePlace place = state.place();
     CBaseEvent* found = nullptr;
-    if (!lane.ofNotes())
+    for (CPart* part : state.parts()) {
+        const NotePlace place = state.placeOf(part);
+        if (lane.ofNotes()) break;
         place.eachNear(*place.events, state.axis(), asRect(at.x - head, 0, at.x + head, height),
                        [&](const EventIndex::Entry& e) {
                            const int away = at.x - place.xOf(state.axis(), e.tick);
                            const bool near = away >= -reach && away <= head + reach;
-                           if (near && onLane(lane, state.part->type, e.event)) found = e.event;
+                           if (near && onLane(lane, part->type, e.event)) found = e.event;
                        });
+    }
     if (!found) return new NoteHand(state, [this] { contextMenu(); });
-    NoteMouse::unselect(state.part);
+    for (CPart* part : state.parts()) NoteMouse::unselect(part);
     select(found, true);
-    return new NoteHand(state, [&s = state] { deleteEvents(s.seq(), s.part); });
+    return new NoteHand(state, [&s = state] { deleteEvents(s.seq(), s.parts()); });
 }
 
 bool LaneView::mouseWheel(int, int, int, int dy, int dx) {

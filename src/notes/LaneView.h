@@ -30,8 +30,10 @@ public:
     void describe(Description& d, int part) const override;
     bool contextMenu() override;
 
-    void scrolled(int dx);       ///< so many pixels to the right
-    CPart* shownPart() const;    ///< of a drag; null without one
+    void scrolled(int dx); ///< so many pixels to the right
+    /// In place of a part while it is dragged; null without, and for others.
+    CPart* shownPart(const CPart* of) const;
+    bool dragStands() const;     ///< the parts have the content that the drag began with
     double valueAt(int y) const; ///< 1 at the top to 0 at the bottom
 
 private:
@@ -44,6 +46,7 @@ private:
     void paintStems(PixelPaper& paper, const Skyline& sky, CRect asked) const;
     void paintValues(PixelPaper& paper, const NotePlace& place, CPart* shown, CRect asked) const;
     NoteGesture* pressRight(CPoint at);
+    void selectWithin(CRect band);
 
     NoteState& state;
     std::unique_ptr<NoteGesture> gesture; ///< the latest; null before the first

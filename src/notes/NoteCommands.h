@@ -19,8 +19,11 @@ private:
     CPart* stepPart() const;
     void toggleSteps();
     void bindSwitches();
+    void bindTools();
+    void bindColours();
+    void playLastBar();
 
     Workspace& workspace;
-    Option listShown, othersShown;
+    Option listShown, othersShown, folded, colours, together;
     ComputerKeys computerKeys;
 };

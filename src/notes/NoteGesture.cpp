@@ -1,6 +1,7 @@
 #include "notes/NoteGesture.h"
 
 #include "notes/NoteState.h"
+#include "sequencer/CPart.h"
 #include "ui/NoteDrawing.h"
 #include "ui/Workspace.h"
 
@@ -26,6 +27,10 @@ void NoteGesture::finish() {
     state.shownChanged();
 }
 
+bool NoteGesture::stands() const {
+    return state.part && state.part->getEvents() == state.edit.editEvents;
+}
+
 CPoint NoteGesture::dragScroll(CPoint by) {
     const int64_t x = state.axis().scroll();
     const int y = state.edit.scrollY;
@@ -39,8 +44,8 @@ NoteDrag::NoteDrag(NoteState& shared, std::unique_ptr<NoteMouse> held)
     : NoteGesture(shared), mouse(std::move(held)) {
 }
 
-CPart* NoteDrag::draft() const {
-    return mouse->shown();
+CPart* NoteDrag::draft(const CPart* part) const {
+    return mouse->shown(part);
 }
 
 void NoteDrag::dragMove(const DragPoint& point) {

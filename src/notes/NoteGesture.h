@@ -16,8 +16,10 @@ public:
 
     explicit NoteGesture(NoteState& shared) : state(shared) {}
 
-    /// What is shown in place of the part; null for itself.
-    virtual CPart* draft() const { return nullptr; }
+    /// What is shown in place of a part; null for itself.
+    virtual CPart* draft(const CPart*) const { return nullptr; }
+    /// Whether what it drags was made from the content that the parts have now.
+    virtual bool stands() const;
     virtual void paintOverlay(CGraphic*, CRect) const {}
 
     void dragEnd(const DragPoint& point) final;
@@ -40,7 +42,8 @@ class NoteDrag : public NoteGesture {
 public:
     NoteDrag(NoteState& shared, std::unique_ptr<NoteMouse> held);
 
-    CPart* draft() const override;
+    CPart* draft(const CPart* part) const override;
+    bool stands() const override { return mouse->stands(); }
     void dragMove(const DragPoint& point) override;
     bool copying() const { return mouse->copying(); }
 

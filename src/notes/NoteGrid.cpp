@@ -11,27 +11,31 @@
 #include "notes/NoteGesture.h"
 #include "notes/NoteKeys.h"
 #include "notes/NoteState.h"
+#include "notes/RowEndDrag.h"
 #include "sequencer/CSeq.h"
 #include "ui/GridLines.h"
 #include "ui/NoteDrawing.h"
 #include "ui/Options.h"
 #include "ui/ProgramItems.h"
+#include "ui/ScaleItems.h"
 #include "ui/TrackPalette.h"
 #include "ui/Workspace.h"
 
 namespace {
 
 constexpr int cursorPlain = 1, cursorSideways = 5;
-constexpr int shadowReach = 1;  ///< of the play line to each side
-constexpr int mostTold = 2000;  ///< notes in the accessible tree
-constexpr double beyond = 0.35; ///< how dark it is where the part is not
-constexpr double otherStrength = 0.4;
+constexpr int shadowReach = 1;                             ///< of the play line to each side
+constexpr int mostTold = 2000;                             ///< notes in the accessible tree
+constexpr double beyond = 0.35;                            ///< how dark it is where the part is not
+constexpr double otherStrength = 0.4, alongStrength = 0.8; ///< of notes of other parts
 constexpr double stepShade = 0.25;
 constexpr double behind = 0.35; ///< of notes whose copies are dragged
 constexpr const char* freeHint =
     "Double click or Alt + drag puts a note in, drag selects, with Shift more; right drag scrolls";
 constexpr const char* noteHint =
     "Drag moves, Ctrl copies, Alt changes length and velocity; the ends size; right click deletes";
+
+constexpr const char* rowHint = "Drag the end of the row: it repeats until the part ends";
 
 } // namespace
 
@@ -52,8 +56,12 @@ void NoteGrid::scrolled(int dx, int dy) {
     scrollArea(clientRect(), dx, dy);
 }
 
-CPart* NoteGrid::shownPart() const {
-    return gesture && win->app->drag.of(this) ? gesture->draft() : nullptr;
+CPart* NoteGrid::shownPart(const CPart* of) const {
+    return gesture && win->app->drag.of(this) ? gesture->draft(of) : nullptr;
+}
+
+bool NoteGrid::dragStands() const {
+    return gesture && gesture->stands();
 }
 
 // What is shown.
@@ -97,7 +105,7 @@ void NoteGrid::paint(CGraphic* g, CRect) {
 
 void NoteGrid::paintGround(CGraphic* g, CRect asked) const {
     const NotePlace place = state.place();
-    drawPianoroll(g, asked, place.rows, state.edit.scrollY);
+    drawPianoroll(g, asked, place.rows, state.edit.scrollY, scaleOfSong(place.seq));
     const GridLines lines(place.seq, state.axis(), asked.left, asked.right);
     lines.visit([&](int x, GridLines::Weight weight) {
         g->fillLine(weight == GridLines::bar ? clGridBeats.fillCol : clGridSnap.fillCol,
@@ -123,8 +131,11 @@ void NoteGrid::paintOthers(CGraphic* g, CRect asked) const {
         const int own = other->colour < 0 ? int(place.track->colour) : int(other->colour);
         const int colour = own < 0 ? trackColour(state.seq()->tracks.indexed(place.track))
                                    : hexColor(unsigned(own));
-        drawEvents(paper, place, *place.events, state.edit,
-                   {colour, colour, clGrid.fillCol, otherStrength}, asked);
+        const bool along = state.editsAlong(other);
+        const NoteLook look{colour, along ? clEventSelected.fillCol : colour, clGrid.fillCol,
+                            along ? alongStrength : otherStrength};
+        drawEvents(paper, place, state.eventsOf(place, state.shownPart(other)), state.edit, look,
+                   asked);
     }
 }
 
@@ -133,6 +144,7 @@ bool NoteGrid::pressOther(CPoint at, int btn) {
     if ((btn & ~modLeft) || NoteMouse::eventAt(state.place(), state.edit, at).event) return false;
     for (CPart* other : state.others) {
         const FoundEvent found = NoteMouse::eventAt(state.placeOf(other), state.edit, at);
+        if (found.event && state.editsAlong(other)) return false;
         if (!found.event) continue;
         NoteMouse::unselect(other);
         select(found.event, true);
@@ -159,9 +171,13 @@ void NoteGrid::paintStep(CGraphic* g, CRect asked) const {
 
 void NoteGrid::paintNotes(CGraphic* g, CRect asked) const {
     const NotePlace place = state.place();
-    NoteLook look{clEvent.fillCol, clEventSelected.fillCol, clGrid.fillCol, 1.0,
-                  place.seq->options.bytes[SongOptions::showNoteNames] != 0};
-    CPart* shown = state.shownPart();
+    NoteLook look{clEvent.fillCol,
+                  clEventSelected.fillCol,
+                  clGrid.fillCol,
+                  1.0,
+                  place.seq->options.bytes[SongOptions::showNoteNames] != 0,
+                  state.colours()};
+    CPart* shown = state.shownPart(state.part);
     const EventIndex& events = state.eventsOf(place, shown);
     {
         PixelPaper paper(g, asked);
@@ -183,7 +199,8 @@ void NoteGrid::mouseDown(int x, int y, int btn) {
     if (panZoom.press(x, y, btn) || !state.part || !state.seq()) return;
     const CPoint at = asPoint(x, y);
     if (!state.seq()->stepRec.getPart() && pressOther(at, btn)) return;
-    auto mouse = std::make_unique<NoteMouse>(state.edit, state.place());
+    if (pressRowEnd(at, btn)) return;
+    auto mouse = std::make_unique<NoteMouse>(state.edit, state.place(), state.placesAlong());
     state.edit.kind = state.part->type == partDrum ? kindDrums : kindNotes;
     state.edit.editPart = state.part;
     state.edit.editEvents = state.part->getEvents();
@@ -196,7 +213,8 @@ void NoteGrid::mouseDown(int x, int y, int btn) {
             state, [held = std::shared_ptr<NoteMouse>(std::move(mouse))] { held->partMouseUp(); });
     else if (mode == editLasso)
         gesture = std::make_unique<NoteBand>(state, [this](CRect band) {
-            NoteMouse::selectWithin(state.place(), state.edit, band);
+            for (CPart* part : state.parts())
+                NoteMouse::selectWithin(state.placeOf(part), state.edit, band);
         });
     else if (mode != editIdle)
         gesture = std::make_unique<NoteDrag>(state, std::move(mouse));
@@ -206,11 +224,27 @@ void NoteGrid::mouseDown(int x, int y, int btn) {
     win->app->drag.start(this, gesture.get(), at, btn, right ? NoteHand::handRoom : 0);
 }
 
+/// The end of a row, where no hit lies over it.
+bool NoteGrid::pressRowEnd(CPoint at, int btn) {
+    const NotePlace place = state.place();
+    const int row = RowEndDrag::rowAt(place, state.edit, at);
+    if ((btn & ~modDouble) != modLeft || row < 0 || state.track->locked ||
+        state.seq()->stepRec.getPart() || NoteMouse::eventAt(place, state.edit, at).event)
+        return false;
+    gesture = std::make_unique<RowEndDrag>(state, row);
+    state.edit.editEvents = state.part->getEvents();
+    state.edit.setMode(editResizeEnd, at.x, at.y, btn);
+    win->app->drag.start(this, gesture.get(), at, btn);
+    return true;
+}
+
 void NoteGrid::hover(int x, int y) {
-    const FoundEvent found = NoteMouse::eventAt(state.place(), state.edit, asPoint(x, y));
-    const bool edge = found.event && (found.zone == zoneStart || found.zone == zoneEnd);
+    const NotePlace place = state.place();
+    const FoundEvent found = NoteMouse::eventAt(place, state.edit, asPoint(x, y));
+    const bool ofRow = !found.event && RowEndDrag::rowAt(place, state.edit, asPoint(x, y)) >= 0;
+    const bool edge = ofRow || found.zone == zoneStart || found.zone == zoneEnd;
     cursor = edge ? cursorSideways : cursorPlain;
-    const char* text = found.event ? noteHint : freeHint;
+    const char* text = ofRow ? rowHint : found.event ? noteHint : freeHint;
     if (hint == text) return;
     hint = text;
     win->app->updateHint(this);
@@ -263,13 +297,15 @@ const std::vector<NoteGrid::Told>& NoteGrid::inView() const {
     if (told) return *told;
     told.emplace();
     if (!state.part || !state.seq()) return *told;
-    const NotePlace place = state.place();
-    place.eachNear(*place.events, state.axis(), clientRect(), [&](const EventIndex::Entry& e) {
-        if (int(told->size()) >= mostTold) return;
-        const NoteFacts facts = factsOf(state.part, e.event, e.tick);
-        const CRect box = place.boxOf(state.axis(), state.edit.scrollY, facts);
-        if (!intersect(box, clientRect()).empty()) told->push_back({e.event, facts, box});
-    });
+    for (CPart* part : state.parts()) {
+        const NotePlace place = state.placeOf(part);
+        place.eachNear(*place.events, state.axis(), clientRect(), [&](const EventIndex::Entry& e) {
+            if (int(told->size()) >= mostTold) return;
+            const NoteFacts facts = factsOf(part, e.event, e.tick);
+            const CRect box = place.boxOf(state.axis(), state.edit.scrollY, facts);
+            if (!intersect(box, clientRect()).empty()) told->push_back({part, e.event, facts, box});
+        });
+    }
     return *told;
 }
 
@@ -289,7 +325,7 @@ void NoteGrid::describe(Description& d, int part) const {
     d.name = "Notes";
     if (part == wholeCtrl) return;
     const Told& event = inView()[size_t(part)];
-    d.name = state.place().text(event.facts).asChar();
+    d.name = state.placeOf(event.part).text(event.facts).asChar();
     d.action = "select";
     d.bounds = intersect(event.box, clientRect());
     d.set(stateSelectable, true);
@@ -299,7 +335,7 @@ void NoteGrid::describe(Description& d, int part) const {
 bool NoteGrid::pressPart(int part) {
     if (part == wholeCtrl || part >= accessParts()) return false;
     const Told event = inView()[size_t(part)];
-    NoteMouse::unselect(state.part);
+    for (CPart* p : state.parts()) NoteMouse::unselect(p);
     select(event.event, true);
     win->setKeyCtrl(this);
     state.shownChanged();

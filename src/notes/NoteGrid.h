@@ -35,12 +35,15 @@ public:
     int focusedPart() const override;
     bool pressPart(int part) override; ///< selects it alone
 
-    CPart* shownPart() const; ///< of a drag; null without one
-    bool refresh();           ///< follows the play position; whether that shows
+    /// In place of a part while it is dragged; null without, and for others.
+    CPart* shownPart(const CPart* of) const;
+    bool dragStands() const; ///< the parts have the content that the drag began with
+    bool refresh();          ///< follows the play position; whether that shows
     void scrolled(int dx, int dy);
 
 private:
     struct Told {
+        CPart* part;
         CBaseEvent* event;
         NoteFacts facts;
         CRect box;
@@ -52,6 +55,7 @@ private:
     void paintBounds(CGraphic* g, CRect asked) const;
     void paintOthers(CGraphic* g, CRect asked) const;
     bool pressOther(CPoint at, int btn);
+    bool pressRowEnd(CPoint at, int btn);
     void paintStep(CGraphic* g, CRect asked) const;
     void paintNotes(CGraphic* g, CRect asked) const;
     int playX() const;

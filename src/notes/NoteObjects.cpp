@@ -44,15 +44,15 @@ void NoteObjects::rebuild() {
         cells.push_back(cell);
         x += columnWidth(column) + gap;
     }
+    endX = x + gap;
     redraw();
 }
 
 void NoteObjects::refresh() {
     if (!visible || !state.part || !state.seq()) return;
     if (partType != state.part->type) rebuild();
-    NameField::dropLeft(field);
-    const NoteEvent first = selectedEvent(state, false);
     const NotePlace place = state.place();
+    const NoteEvent first = selectedEvent(place, false);
     for (CButton* cell : cells) {
         const CStr text =
             first.event ? cellText(place, first.event, first.facts.tick, EventColumn(cell->tag))
@@ -60,6 +60,14 @@ void NoteObjects::refresh() {
         cell->enabled = !text.empty();
         cell->setText(text);
     }
+    const CStr now = state.edit.mode == editIdle ? selectedChord(state.parts()) : chord;
+    if (now == chord) return;
+    chord = now;
+    redraw();
+}
+
+void NoteObjects::dropField() {
+    NameField::dropLeft(field);
 }
 
 void NoteObjects::clicked(CObject* sender) {
@@ -72,12 +80,13 @@ void NoteObjects::clicked(CObject* sender) {
 }
 
 void NoteObjects::typed(EventColumn column, const CStr& text) {
-    const NoteEvent first = selectedEvent(state, false);
+    const NoteEvent first = selectedEvent(state.place(), false);
     if (first.event) typeCells(state, {first.event, first.facts.tick}, column, text);
 }
 
 bool NoteObjects::mouseWheel(int x, int, int, int dy, int) {
-    const NoteEvent first = state.part && state.seq() ? selectedEvent(state, false) : NoteEvent{};
+    const NoteEvent first =
+        state.part && state.seq() ? selectedEvent(state.place(), false) : NoteEvent{};
     for (CButton* cell : cells)
         if (first.event && dy != 0 && x >= cell->left && x < cell->left + cell->width)
             stepCells(state, {first.event, first.facts.tick}, EventColumn(cell->tag),
@@ -92,10 +101,14 @@ void NoteObjects::paint(CGraphic* g, CRect rect) {
     for (const CButton* cell : cells)
         g->drawText(palette.dimText, columnTitle(EventColumn(cell->tag)),
                     asRect(cell->left - titleWidth, 0, cell->left - gap, height - 1), textRight);
+    if (!chord.empty())
+        g->drawText(palette.text, CStr("Chord ") + chord, asRect(endX, 0, width, height - 1),
+                    textLeft);
     CGroup::paint(g, rect);
 }
 
 void NoteObjects::describe(Description& d, int) const {
     d.role = Role::toolBar;
     d.name = "Object bar of the editor";
+    if (!chord.empty()) d.text = (CStr("Chord ") + chord).asChar();
 }

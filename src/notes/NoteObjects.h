@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/CStr.h"
 #include "gui/CGroup.h"
 
 #include <vector>
@@ -20,7 +21,8 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     void describe(Description& d, int part) const override;
-    void refresh(); ///< follows the selection
+    void refresh();   ///< the selection, or what is selected, has changed
+    void dropField(); ///< one that was left
 
 private:
     void rebuild();
@@ -31,4 +33,6 @@ private:
     std::vector<CButton*> cells; ///< of the columns, in their order
     NameField* field = nullptr;  ///< while one is typed over
     int partType = 0;
+    CStr chord;   ///< that the selected notes form; empty for none
+    int endX = 0; ///< behind the last cell
 };

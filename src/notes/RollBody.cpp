@@ -1,27 +1,38 @@
 #include "notes/RollBody.h"
 
+#include "base/Messages.h"
 #include "base/Numbers.h"
+#include "base/Paths.h"
 #include "engine/CQV.h"
+#include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/CWin.h"
-#include "gui/controls/CDropdown.h"
+#include "gui/Selections.h"
 #include "gui/controls/CRangebar.h"
 #include "gui/controls/CScrollbar.h"
+#include "instruments/CDrumSound.h"
 #include "notes/CEventList.h"
 #include "notes/DrumStrip.h"
 #include "notes/KeyStrip.h"
+#include "notes/LaneStack.h"
 #include "notes/LaneView.h"
 #include "notes/NoteEdits.h"
 #include "notes/NoteGrid.h"
 #include "notes/NoteObjects.h"
 #include "notes/NoteRuler.h"
 #include "notes/TransformBar.h"
+#include "sequencer/CEditorComp.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/EventEdits.h"
 #include "sequencer/PartEdits.h"
+#include "sequencer/SongValues.h"
 #include "ui/ActionItems.h"
+#include "ui/NoteDrawing.h"
+#include "ui/PlaceText.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace {
 
@@ -32,38 +43,35 @@ constexpr int zoomPixels = 2; ///< of a key, a step
 constexpr double zoomStep = 1.25;
 constexpr const char* heightKey = "editor-noteh"; ///< a setting of the program
 constexpr int storedHeight = 8;
-constexpr int plainLanes[] = {laneVelocity,  laneChance,     laneRepeats,  laneFlam,
-                              lanePitchBend, laneAftertouch, lanePressure, laneProgram};
-constexpr int controllers = 128;
+constexpr int leastGrid = 80; ///< pixels that lanes leave to the notes
+constexpr int rowsAround = 2; ///< above and below what is fitted
 
 } // namespace
 
 RollBody::RollBody(CWin* owner, Workspace& space)
     : EditorBody(owner, "roll"), NoteState(space), objectsShown(qv, "object-bar", 1),
-      listShown(qv, "event-list", 0), othersShown(qv, "other-notes", 0),
+      listShown(qv, "event-list", 0), othersShown(qv, "other-notes", 0), foldOn(qv, "fold-rows", 0),
+      coloursOn(qv, "note-colours", colourVelocity), togetherOn(qv, "edit-together", 1),
       objects(new NoteObjects(owner, *this)), transform(new TransformBar(owner, *this)),
       list(new CEventList(owner, *this)), ruler(new NoteRuler(owner, *this)),
       keys(new KeyStrip(owner, *this)), drums(new DrumStrip(owner, *this)),
-      grid(new NoteGrid(owner, *this)), lane(new LaneView(owner, *this)),
-      lanes(
-          new CDropdown(owner, "lane", 0, 0, KeyStrip::stripWidth - 2, CDropdown::itemHeight + 4)),
+      grid(new NoteGrid(owner, *this)), lanes(new LaneStack(owner, *this)),
       across(new CRangebar(owner, "across", 0, 0, 1, barWidth)),
       down(new CScrollbar(owner, "down", 0, 0, barWidth, 1)) {
     noteHeight = asMinMax(qv->settings.getInt(heightKey, storedHeight), int(EventRows::leastHeight),
                           int(EventRows::mostHeight));
     for (CCtrl* child : std::initializer_list<CCtrl*>{objects, transform, list, ruler, keys, drums,
-                                                      grid, lane, lanes, across, down})
+                                                      grid, lanes, across, down})
         addControl(child);
     across->spokenName = "Scroll along the part";
     down->spokenName = "Scroll the keys";
-    lanes->spokenName = "Lane";
-    lanes->hint = "What the lane shows";
     across->onChange = new _COnChange<RollBody>(this, &RollBody::acrossMoved);
     down->onChange = new _COnChange<RollBody>(this, &RollBody::downMoved);
-    lanes->onChange = new _COnChange<RollBody>(this, &RollBody::laneChosen);
+    onDragOver = new _COnMouse<RollBody>(this, &RollBody::gridDragOver);
+    onDrop = new _COnMouse<RollBody>(this, &RollBody::gridDrop);
+    lanes->onSized = new _COnChange<RollBody>(this, &RollBody::lanesSized);
     transform->visible = false;
     transform->onClosed = new _COnChange<RollBody>(this, &RollBody::transformClosed);
-    lane->onMenu = new _COnChange<RollBody>(this, &RollBody::laneMenu);
 }
 
 RollBody::~RollBody() = default;
@@ -79,12 +87,13 @@ bool RollBody::onFrame() {
 }
 
 bool RollBody::drags() const {
-    return win->app->drag.of(grid) || win->app->drag.of(lane);
+    return win->app->drag.of(grid) || lanes->dragged();
 }
 
-/// Whether what is dragged was made from the content that the part has now.
+/// Whether what is dragged was made from the content that the parts have now.
 bool RollBody::dragStands() const {
-    return part && part->getEvents() == edit.editEvents;
+    const LaneView* lane = lanes->dragged();
+    return lane ? lane->dragStands() : grid->dragStands();
 }
 
 void RollBody::songChanged() {
@@ -108,10 +117,10 @@ void RollBody::setPart(CPart* wanted, CTrack* on) {
     track = on;
     forgetOthers();
     songTicks = seq() ? seq()->renderDuration() : 0;
-    fillLanes();
-    layout();
+    lanes->setPart();
     followOthers();
-    if (part && !stays) fitContent();
+    layout();
+    if (part && !stays) fitPart();
     list->contentChanged();
     shownChanged();
 }
@@ -120,27 +129,70 @@ void RollBody::idle() {
     if (objects->visible != objectsShown.on() || list->visible != listShown.on()) showBars();
     list->dropField();
     drums->idle();
-    objects->refresh();
+    objects->dropField();
     transform->dropField();
-    followOthers();
+    followSwitches();
+    if (std::exchange(seq()->editorComp->transformAsked, false) && !transform->visible)
+        openTransform();
     scrollInViewStepCursor();
 }
 
+void RollBody::followSwitches() {
+    if (selectedBeside() != chosen || togetherOn.on() != alongOn) followOthers();
+    if (folded == foldOn.on() && shownColours == coloursOn.get()) return;
+    folded = foldOn.on();
+    shownColours = coloursOn.get();
+    scrollTo(edit.axis.scroll(), edit.scrollY);
+    shownChanged();
+}
+
+int RollBody::colours() const {
+    return shownColours;
+}
+
+/// Whether its notes have rows among those of the part.
+bool RollBody::showsBeside(CPart* other) const {
+    if (other == part || other->type != part->type) return false;
+    return part->type == partMIDI || seq()->partToTrack(other) == track;
+}
+
+PartList RollBody::selectedBeside() const {
+    PartList found;
+    if (!part || !seq()) return found;
+    for (const auto* t : each<CSongTrack>(seq()->getProg()->tracks))
+        for (auto* p : each<CPart>(t->parts))
+            if (p->selected() && p->type == part->type && p != part) found.push_back(p);
+    return found;
+}
+
 /// The selected parts, or with the switch all that sound while this one does.
-void RollBody::followOthers() {
+PartList RollBody::beside() const {
     constexpr size_t most = 64;
-    std::vector<CPart*> now;
-    if (part && seq() && part->type == partMIDI)
-        for (const auto* t : each<CSongTrack>(seq()->getProg()->tracks))
-            for (auto* p : each<CPart>(t->parts)) {
-                const bool meets = p->pos < part->pos + seq()->getTicks(part) &&
-                                   p->pos + seq()->getTicks(p) > part->pos;
-                const bool wanted = p->selected() || (othersShown.on() && meets);
-                if (wanted && p != part && p->type == partMIDI && now.size() < most)
-                    now.push_back(p);
-            }
-    if (now == others) return;
+    PartList found;
+    if (!part || !seq()) return found;
+    for (const auto* t : each<CSongTrack>(seq()->getProg()->tracks))
+        for (auto* p : each<CPart>(t->parts)) {
+            const auto meets = [&] {
+                return p->pos < part->pos + seq()->getTicks(part) &&
+                       p->pos + seq()->getTicks(p) > part->pos;
+            };
+            const bool wanted = p->selected() || (othersShown.on() && meets());
+            if (wanted && showsBeside(p) && found.size() < most) found.push_back(p);
+        }
+    return found;
+}
+
+/// Of those beside it the selected ones are edited along, if it is selected too.
+void RollBody::followOthers() {
+    chosen = selectedBeside();
+    alongOn = togetherOn.on();
+    PartList now = beside(), along;
+    for (CPart* p : now)
+        if (alongOn && part->selected() && p->selected() && !seq()->isLocked(p)) along.push_back(p);
+    if (now == others && along == together) return;
+    if (drags()) win->app->drag.cancel();
     others = std::move(now);
+    together = std::move(along);
     shownChanged();
 }
 
@@ -184,16 +236,16 @@ void RollBody::showBars() {
 }
 
 /// The part from side to side, and its notes in the middle.
-void RollBody::fitContent() {
+void RollBody::fitPart() {
     const double ticks = asMax(barTicks, seq()->getTicks(part));
     edit.axis.setZoom(asMax(1, gridWidth() - 2 * fitMargin) * 960.0 / ticks);
     int low = EventRows::keys, high = -1;
-    eachEvent(part->getEvents(), [&](CBaseEvent* e, int tick) {
-        const NoteFacts facts = factsOf(part, e, tick);
-        if (facts.length == 0) return;
-        low = asMin(low, facts.row);
-        high = asMax(high, facts.row);
-    });
+    const std::vector<bool>& used = place().events->rows();
+    for (int row = 0; row < int(used.size()); row++) {
+        if (!used[size_t(row)]) continue;
+        low = asMin(low, row);
+        high = row;
+    }
     const EventRows shownRows = rows();
     constexpr int middleKey = 60;
     const int middle = high >= 0 ? (low + high) / 2 : middleKey;
@@ -202,45 +254,58 @@ void RollBody::fitContent() {
     shownChanged();
 }
 
-void RollBody::fillLanes() {
-    lanes->items.clear();
-    choices.clear();
-    if (!part) return;
-    for (const int kind : plainLanes)
-        if (part->type == partMIDI || EventLane{kind, 0}.ofNotes()) choices.push_back({kind, 0});
-    for (int i = 0; i < controllers && part->type == partMIDI; i++)
-        choices.push_back({laneController, i});
-    int chosen = 0; // the same as before, if this part has it
-    for (const EventLane& choice : choices) {
-        if (choice.kind == lane->lane.kind && choice.number == lane->lane.number)
-            chosen = lanes->count();
-        lanes->add(laneTitle(choice));
-    }
-    lane->lane = choices[size_t(chosen)];
-    lanes->setIndex(chosen);
-    lanes->redraw();
+/// What is selected, or all there is, with keys as high as that allows.
+void RollBody::fitNotes() {
+    const bool all = !anySelected(parts());
+    int from = maxTicks, to = 0, low = EventRows::keys, high = -1;
+    for (CPart* p : parts())
+        eachEvent(p->getEvents(), [&](CBaseEvent* e, int tick) {
+            const NoteFacts facts = factsOf(p, e, tick);
+            if (facts.length == 0 || (!all && !isSelected(e))) return;
+            const int at = saturate(int64_t(p->pos) + p->offset + tick);
+            from = asMin(from, at);
+            to = asMax(to, saturate(int64_t(at) + facts.length));
+            low = asMin(low, facts.row);
+            high = asMax(high, facts.row);
+        });
+    if (high < 0) return fitPart();
+    edit.axis.setZoom(asMax(1, gridWidth() - 2 * fitMargin) * 960.0 / asMax(1, to - from));
+    if (part->type == partMIDI && !folded)
+        setKeyHeight(gridHeight() / (high - low + 1 + 2 * rowsAround));
+    const EventRows shownRows = rows();
+    const int upper = asMin(shownRows.top(low), shownRows.top(high));
+    const int lower = asMax(shownRows.top(low) + shownRows.height(low),
+                            shownRows.top(high) + shownRows.height(high));
+    scrollTo(edit.axis.wideX(from) - fitMargin, (upper + lower - gridHeight()) / 2);
+    shownChanged();
 }
 
-void RollBody::laneChosen(CObject*) {
-    if (lanes->index < 0 || lanes->index >= int(choices.size())) return;
-    lane->lane = choices[size_t(lanes->index)];
-    lane->redraw();
+/// The locators to the sides of the view, and the song loops between them.
+void RollBody::loopVisible() {
+    CSeqProg* prog = seq()->getProg();
+    const double from = fLimit(edit.axis.ticksAt(0), 0.0, double(maxTicks));
+    const double to = fLimit(edit.axis.ticksAt(gridWidth()), 0.0, double(maxTicks));
+    if (to - from < 1) return;
+    qv->values->set(locatorsOf(prog), {std::floor(from), std::floor(to)});
+    if (prog->loop == 0 || qv->loop == 0) qv->values->set(loopOf(prog), {1.0, 1.0});
+    workspace.setStatus("The song loops what is visible");
 }
 
-void RollBody::laneMenu(CObject*) {
-    lanes->drop();
+void RollBody::lanesSized(CObject*) {
+    layout();
+    redraw();
 }
 
-CPart* RollBody::shownPart() const {
-    CPart* draft = grid->shownPart();
-    if (!draft) draft = lane->shownPart();
-    return draft ? draft : part;
+CPart* RollBody::shownPart(CPart* of) const {
+    CPart* draft = grid->shownPart(of);
+    if (!draft) draft = lanes->shownPart(of);
+    return draft ? draft : of;
 }
 
 void RollBody::shownChanged() {
     draftChanged();
     grid->redraw();
-    lane->redraw();
+    lanes->redrawLanes();
     side()->redraw();
     ruler->redraw();
     if (list->visible) list->redraw();
@@ -265,7 +330,9 @@ void RollBody::layout() {
     keys->visible = !part || part->type != partDrum;
     drums->visible = !keys->visible;
     const int wide = asMax(1, width - gridLeft - barWidth);
-    const int high = asMax(1, height - gridTop - laneHeight - barWidth);
+    const int room = asMax(0, height - gridTop - barWidth - leastGrid);
+    const int below = asMin(lanes->wantedHeight(), room);
+    const int high = asMax(1, height - gridTop - below - barWidth);
     objects->setBounds(0, 0, width, NoteObjects::barHeight);
     transform->setBounds(0, barTop, width, TransformBar::barHeight);
     list->setBounds(0, above, asMax(1, listed), asMax(1, height - above));
@@ -273,8 +340,9 @@ void RollBody::layout() {
     side()->setBounds(listed, gridTop, beside, high);
     grid->setBounds(gridLeft, gridTop, wide, high);
     down->setBounds(gridLeft + wide, gridTop, barWidth, high);
-    lanes->setBounds(listed + 1, gridTop + high + 2, beside - 3, lanes->height);
-    lane->setBounds(gridLeft, gridTop + high, wide, laneHeight);
+    lanes->setBeside(beside);
+    lanes->setBounds(listed, gridTop + high, beside + wide, below);
+    lanes->resized();
     across->setBounds(gridLeft, height - barWidth, wide, barWidth);
     scrollTo(edit.axis.scroll(), edit.scrollY);
 }
@@ -323,7 +391,7 @@ void RollBody::scrollTo(int64_t x, int y) {
     grid->scrolled(dx, dy);
     if (dy != 0) side()->redraw();
     if (dx == 0) return;
-    lane->scrolled(dx);
+    lanes->scrolled(dx);
     ruler->redraw();
 }
 
@@ -343,13 +411,16 @@ void RollBody::zoomAtPos(int x, double zoom) {
     shownChanged();
 }
 
+void RollBody::setKeyHeight(int pixels) {
+    noteHeight = asMinMax(pixels, int(EventRows::leastHeight), int(EventRows::mostHeight));
+    qv->settings.setInt(heightKey, noteHeight);
+}
+
 void RollBody::setVertZoom(int y, int keyHeight) {
-    const int high = asMinMax(keyHeight, int(EventRows::leastHeight), int(EventRows::mostHeight));
-    if (high == noteHeight || !part || part->type == partDrum) return;
+    if (!part || part->type == partDrum) return;
     const double rowsAbove = double(edit.scrollY + y) / noteHeight;
-    noteHeight = high;
-    qv->settings.setInt(heightKey, high);
-    scrollTo(edit.axis.scroll(), asRound(rowsAbove * high) - y);
+    setKeyHeight(keyHeight);
+    scrollTo(edit.axis.scroll(), asRound(rowsAbove * noteHeight) - y);
     shownChanged();
 }
 
@@ -367,21 +438,73 @@ void RollBody::downMoved(CObject*) {
     scrollTo(edit.axis.scroll(), down->pos);
 }
 
+// Files.
+
+/// Beside the grid they come to the beginning of the part.
+PartSpot RollBody::dropPlace(int x, int y) const {
+    PartSpot at{seq(), track, part};
+    const int snap = place().grid.snap;
+    const int tick = asMinMax(asInt(edit.axis.ticksAt(x - grid->left)), 0, maxTicks);
+    at.tick = x < grid->left ? int(part->pos) : asMax(int(part->pos), snapped(snap, tick, false));
+    if (drums->visible && y >= drums->top) at.row = drums->rowAt(y - drums->top);
+    return at;
+}
+
+void RollBody::gridDragOver(CObject*, int x, int y, int) {
+    if (!part || !seq()) return;
+    CStr told = "This part takes none of these files";
+    for (auto* item : each<CDropItem>(*win->app->dragList)) {
+        const SongFile kind = item->type == dropFile ? songFileOf(item->path) : SongFile::none;
+        if (!partTakes(part, kind)) continue;
+        const PartSpot at = dropPlace(x, y);
+        const CDrumSound* sound = at.row < 0 ? nullptr : track->drumSound(at.row);
+        if (kind != SongFile::audio)
+            told = "Drop brings the notes in at " + placeText(seq(), at.tick);
+        else
+            told = sound ? "Drop makes it the sample of " + sound->getId() : "Drop adds a sound";
+        break;
+    }
+    if (track->locked) told = "The track is locked";
+    workspace.setStatus(told);
+}
+
+void RollBody::gridDrop(CObject*, int x, int y, int) {
+    if (!part || !seq()) return;
+    std::vector<CStr> paths;
+    for (auto* item : each<CDropItem>(*win->app->dragList))
+        if (item->type == dropFile) paths.push_back(item->path);
+    const CStr unread = dropOnPart(dropPlace(x, y), paths);
+    if (!unread.empty())
+        showMsg(workspace.mainWindow(), "Error", "Could not read " + extractFileName(unread));
+    shownChanged();
+}
+
 // Actions and menus.
 
 void RollBody::fillPart(CPopup* popup) {
-    addActionItems(popup, workspace, {"transform", "quantize", "glue", "insertnote", "steprec"});
-    addActionItems(popup, workspace, {"octup", "octdown", "trackzoomin", "trackzoomout"});
+    addActionItems(
+        popup, workspace,
+        {"transform", "quantize", "mutenotes", "glue", "splitatcursor", "insertnote", "steprec"});
+    addActionItems(popup, workspace, {"painttool", "knifetool", "gluetool"});
+    addActionItems(popup, workspace, {"loopvisible", "playlastbar"});
+    addActionItems(popup, workspace,
+                   {"zoomcontent", "octup", "octdown", "trackzoomin", "trackzoomout"});
 }
 
 void RollBody::fillOptions(CPopup* popup) {
     addActionItems(popup, workspace,
-                   {"eventlist", "objectbar", "othernotes", "computerkeys", "preview", "notenames",
-                    "notelength"});
+                   {"eventlist", "objectbar", "othernotes", "edittogether", "foldrows",
+                    "computerkeys", "preview", "notenames", "notelength"});
+    addActionItems(popup, workspace, {"colourvelocity", "colourchannel", "colourpitch"});
+    addActionItems(popup, workspace, {"scalesnap", "outofscale"});
+    addActionItems(popup, workspace, {"addlane", "removelane"});
 }
 
 bool RollBody::knowsAction(const CStr& name) const {
-    return name == "transform" || isNoteAction(name);
+    if (name == "addlane") return lanes->canAdd();
+    if (name == "removelane") return lanes->canRemove();
+    if (name == "zoomcontent" || name == "loopvisible" || name == "playlastbar") return true;
+    return name == "transform" || isEditAction(name);
 }
 
 /// What is the view's own, then what is done to the part.
@@ -400,8 +523,16 @@ bool RollBody::runAction(const CStr& name) {
     else if (name == "zoomin" || name == "zoomout")
         zoom(name == "zoomin" ? zoomStep : 1 / zoomStep);
     else if (name == "zoomselection")
-        fitContent();
+        fitPart();
+    else if (name == "zoomcontent")
+        fitNotes();
+    else if (name == "loopvisible")
+        loopVisible();
+    else if (name == "addlane")
+        lanes->add(lanes->count() - 1);
+    else if (name == "removelane")
+        lanes->removeAt(lanes->count() - 1);
     else
-        return noteAction(*this, name);
+        return editAction(*this, name);
     return true;
 }

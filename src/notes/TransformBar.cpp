@@ -13,9 +13,11 @@
 #include "notes/NoteState.h"
 #include "sequencer/Audition.h"
 #include "sequencer/CSeq.h"
-#include "sequencer/EventEdits.h"
+#include "sequencer/EventActions.h"
+#include "sequencer/PartEdits.h"
 #include "ui/NameField.h"
 #include "ui/ProgramItems.h"
+#include "ui/ScaleItems.h"
 
 namespace {
 
@@ -145,12 +147,14 @@ void TransformBar::apply() {
     takeBack();
     CSeq* seq = state.seq();
     if (!state.part || !seq || seq->isLocked(state.part)) return;
-    std::unique_ptr<CPart> draft = contentDraft(state.part);
-    const int rows = asMax(1, state.rows().count());
-    transformEvents(draft.get(), kind, values(),
-                    {state.place().grid.step, -state.part->offset, rows - 1});
+    const int most = asMax(1, state.rows().count()) - 1, grid = state.place().grid.step;
+    const PartList parts = state.parts();
+    const bool all = !anySelected(parts);
     const void* before = state.qv->undoList.last();
-    applyDraft(seq, state.part, std::move(draft), transformShapes()[size_t(kind)].title);
+    changeParts(seq, parts, transformShapes()[size_t(kind)].title, [&](CPart* part, CPart* draft) {
+        if (all || hasSelectedEvents(draft))
+            transformEvents(draft, kind, values(), {grid, -part->offset, most, scaleOfSong(seq)});
+    });
     auto* after = static_cast<CUndo*>(state.qv->undoList.last());
     if (after != before) done = after;
     state.qv->settle();

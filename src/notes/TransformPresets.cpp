@@ -27,7 +27,7 @@ void TransformPresets::read() {
         std::string name;
         std::getline(words >> std::ws, name);
         const auto shapes = transformShapes();
-        if (words.bad() || name.empty() || p.kind < 0 || p.kind >= int(shapes.size())) continue;
+        if (words.fail() || name.empty() || p.kind < 0 || p.kind >= int(shapes.size())) continue;
         for (size_t i = 0; i < p.values.size(); i++) {
             const TransformValue& v = shapes[size_t(p.kind)].values[i];
             p.values[i] = std::clamp(p.values[i], v.least, v.most);

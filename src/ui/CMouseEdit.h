@@ -26,6 +26,7 @@ enum EditMode : int {
     editCurveReset = 11,
     editResizeStart = 12,
     editDrawDrums = 17,
+    editPaint = 18, ///< a run of notes
 };
 
 /// What is edited, beside the kinds of controllers (`LaneKind`).

@@ -17,6 +17,18 @@ EventRows::EventRows(const CTrack* track, const CPart* part, int keyHeight)
             tops.push_back(tops.back() + sound->getHeight());
 }
 
+EventRows EventRows::folded(const std::vector<bool>& shown) const {
+    if (std::ranges::find(shown, true) == shown.end()) return *this;
+    EventRows some = *this;
+    some.tops = {0};
+    for (int place = 0; place < count(); place++) {
+        const auto row = size_t(placeOf(place)); // which is its own inverse
+        const bool shows = row < shown.size() && shown[row];
+        some.tops.push_back(some.tops.back() + (shows ? height(int(row)) : 0));
+    }
+    return some;
+}
+
 EventRows EventRows::from(int height) const {
     EventRows moved = *this;
     moved.origin = height;
@@ -25,16 +37,19 @@ EventRows EventRows::from(int height) const {
 
 int EventRows::rowAt(int y) const {
     y -= origin;
-    if (!ofKit) return asMinMax(keys - 1 - (y < 0 ? 0 : y / high), 0, keys - 1);
-    const auto below = std::upper_bound(tops.begin(), tops.end(), y);
-    return asMinMax(int(below - tops.begin()) - 1, 0, asMax(0, count() - 1));
+    if (tops.empty()) return asMinMax(keys - 1 - (y < 0 ? 0 : y / high), 0, keys - 1);
+    const int within = asMinMax(y, 0, asMax(0, total() - 1));
+    const auto below = std::upper_bound(tops.begin(), tops.end(), within);
+    return placeOf(asMinMax(int(below - tops.begin()) - 1, 0, asMax(0, count() - 1)));
 }
 
 int EventRows::top(int row) const {
-    if (!ofKit) return origin + (keys - 1 - row) * high;
-    return origin + tops[size_t(asMinMax(row, 0, count()))];
+    if (tops.empty()) return origin + placeOf(row) * high;
+    return origin + tops[size_t(asMinMax(placeOf(row), 0, count()))];
 }
 
 int EventRows::height(int row) const {
-    return ofKit ? top(row + 1) - top(row) : high;
+    if (tops.empty()) return high;
+    const auto place = size_t(asMinMax(placeOf(row), 0, count() - 1));
+    return tops[place + 1] - tops[place];
 }

@@ -16,6 +16,7 @@
 #include "ui/NoteMouse.h"
 #include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
+#include "ui/TrackPalette.h"
 
 #include <array>
 #include <cmath>
@@ -28,6 +29,9 @@ constexpr int nameHeight = 11, nameRoom = 26; ///< pixels that a name takes
 constexpr int shades = 8;                     ///< of velocity
 constexpr double faintest = 0.45;             ///< of the softest note
 constexpr double repeated = 0.3;              ///< of hits that a shorter row repeats
+constexpr double mutedFill = 0.15, mutedEdge = 0.6;
+constexpr double scaleMark = 0.10, rootMark = 0.24;
+constexpr int hues = 12, hueStep = 7; ///< the next key up is far away in colour
 
 /// Of notes in a row that are narrower than their marks, and lie under one that was painted, none
 /// has to be painted again, but a selected one over one that is not.
@@ -103,14 +107,22 @@ void drawStyle(PixelPaper& paper, const HitStyle& style, CRect body, int colour,
 
 } // namespace
 
-void drawPianoroll(CGraphic* g, CRect rect, const EventRows& rows, int scroll) {
+int noteColour(int colours, const NoteFacts& facts) {
+    return trackColour(colours == colourChannel ? facts.channel : facts.row % hues * hueStep);
+}
+
+void drawPianoroll(CGraphic* g, CRect rect, const EventRows& rows, int scroll, const Scale& scale) {
     if (rows.count() == 0) return;
     const int first = rows.rowAt(rect.top + scroll), last = rows.rowAt(rect.bottom + scroll);
     for (int row = asMin(first, last); row <= asMax(first, last); row++) {
         const int top = rows.top(row) - scroll, bottom = top + rows.height(row);
+        if (top == bottom) continue;
         const CRect box = asRect(rect.left, top, rect.right, bottom);
         if (!rows.drums() && EventRows::blackKey(row))
             g->fillRect(clGridFlats.fillCol, intersect(box, rect));
+        if (!rows.drums() && scale.any() && scale.has(row))
+            fillAlpha(g, intersect(box, rect), clSelection.fillCol,
+                      (row - scale.root) % octave == 0 ? rootMark : scaleMark);
         const bool line = rows.drums() || row % octave == 0 || row % octave == 5;
         if (line && bottom > rect.top && bottom <= rect.bottom)
             g->fillLine(clGridSnap.fillCol, asRect(rect.left, bottom - 1, rect.right, bottom));
@@ -127,14 +139,23 @@ void drawEvents(PixelPaper& paper, const NotePlace& place, const EventIndex& sho
     }
     const RowLoops* loops = rowLoops(place.part);
     const int silent = fadeCol(clGrid.fillCol, look.event, repeated);
-    const auto paint = [&](CBaseEvent* e, const NoteFacts& facts, CRect box) {
-        const bool plays = !loops || inRow(loops, facts.row, facts.tick);
+    const auto colourOf = [&](const CBaseEvent* e, const NoteFacts& facts) {
         const auto shade = size_t(asMinMax(facts.velocity * shades / 128, 0, shades - 1));
-        const int colour = isSelected(e) ? chosen[shade] : plays ? plain[shade] : silent;
+        if (isSelected(e)) return chosen[shade];
+        if (loops && !inRow(loops, facts.row, facts.tick)) return silent;
+        if (look.colours == colourVelocity) return plain[shade];
+        return fadeCol(clGrid.fillCol, noteColour(look.colours, facts), look.strength);
+    };
+    const auto paint = [&](CBaseEvent* e, const NoteFacts& facts, CRect box) {
+        const int colour = colourOf(e, facts);
         const CRect body = bodyOf(place, facts, box);
-        paper.fill(colour, body);
+        const bool framed = body.width() > 3 && body.height() > 3;
+        paper.fill(facts.style.muted ? fadeCol(clGrid.fillCol, colour, mutedFill) : colour, body);
         if (facts.style != HitStyle()) drawStyle(paper, facts.style, body, colour, clGrid.fillCol);
-        if (body.width() > 3 && body.height() > 3) paper.frame(look.outline, body);
+        if (framed)
+            paper.frame(facts.style.muted ? fadeCol(clGrid.fillCol, colour, mutedEdge)
+                                          : look.outline,
+                        body);
         if (place.rows.drums())
             drawParam(paper, place.track->drumSound(facts.row), static_cast<CDrumEvent*>(e), box,
                       colour);
@@ -169,11 +190,14 @@ void drawRowLoops(PixelPaper& paper, const NotePlace& place, CPart* shown,
 
 void drawNoteNames(CGraphic* g, const NotePlace& place, const EventIndex& shown,
                    const CSeqMouseEdit& edit, const NoteLook& look, CRect asked) {
-    if (!look.names || place.part->type != partMIDI || place.rows.height(0) < nameHeight) return;
+    if (!look.names || place.part->type != partMIDI || place.rows.keyHeight() < nameHeight) return;
     DrawBatch batch(g);
     const auto write = [&](CBaseEvent* e, const NoteFacts& facts, CRect box) {
         if (box.width() < nameRoom) return;
-        const int fill = isSelected(e) ? look.selected : look.event;
+        const int fill = facts.style.muted                ? clGrid.fillCol
+                         : isSelected(e)                  ? look.selected
+                         : look.colours == colourVelocity ? look.event
+                                                          : noteColour(look.colours, facts);
         batch.text(textOn(fill), noteToStr(facts.row), sizeRect(box, 3, 0, 0, 0), textLeft);
     };
     const double wide = edit.axis.ticksIn(nameRoom - 1);

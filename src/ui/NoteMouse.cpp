@@ -6,33 +6,47 @@
 #include "gui/Keys.h"
 #include "instruments/CDrumSound.h"
 #include "sequencer/Audition.h"
+#include "sequencer/CEditorComp.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/EventShift.h"
 #include "sequencer/PartEdits.h"
-#include "sequencer/PartSplit.h"
+#include "sequencer/Scales.h"
 #include "sequencer/TempoMap.h"
 #include "ui/PlaceText.h"
+#include "ui/ScaleItems.h"
 
+#include <algorithm>
 #include <cstdlib>
 
-namespace {
-
-const EventLane noteLane;
-
-} // namespace
-
-NoteMouse::NoteMouse(CSeqMouseEdit& state, const NotePlace& where) : edit(state), place(where) {
+NoteMouse::NoteMouse(CSeqMouseEdit& state, const NotePlace& where, std::vector<NotePlace> beside)
+    : edit(state), place(where) {
+    beside.insert(beside.begin(), where);
+    for (const NotePlace& p : beside) homes.push_back({p, p.part->getEvents(), {}, {}, {}});
 }
 
 NoteMouse::~NoteMouse() = default;
 
-CPart* NoteMouse::shown() const {
-    CPart* draft = dragged();
-    return draft ? draft : base ? base.get() : place.part;
+CPart* NoteMouse::shown(const CPart* part) const {
+    for (const Home& h : homes) {
+        if (h.place.part != part) continue;
+        if (h.painted) return h.painted.get();
+        if (h.moving && changed()) return h.moving->draft();
+        return h.base ? h.base.get() : h.place.part;
+    }
+    return nullptr;
 }
 
-/// What has changed since the press; null if nothing has.
-CPart* NoteMouse::dragged() const {
-    return painted ? painted.get() : moving && changed() ? moving->draft() : nullptr;
+bool NoteMouse::stands() const {
+    return std::ranges::all_of(homes, [](const Home& h) {
+        return h.place.seq->partToTrack(h.place.part) == h.place.track &&
+               h.place.part->getEvents() == h.head;
+    });
+}
+
+PartList NoteMouse::parts() const {
+    PartList all;
+    for (const Home& h : homes) all.push_back(h.place.part);
+    return all;
 }
 
 // What lies where.
@@ -72,19 +86,26 @@ bool NoteMouse::leavesGrid(int btn) const {
 
 // The press.
 
-int NoteMouse::partMouseDown(CPoint at, int btn) {
-    const FoundEvent found = eventAt(place, edit, at);
-    if (btn & modRight) return pressRight(found, at, btn);
-    return btn & modLeft ? pressLeft(found, at, btn) : int(editIdle);
+NoteMouse::Hit NoteMouse::hitAt(CPoint at) const {
+    for (size_t i = 0; i < homes.size(); i++)
+        if (const FoundEvent found = eventAt(homes[i].place, edit, at); found.event)
+            return {i, found};
+    return {};
 }
 
-int NoteMouse::pressRight(const FoundEvent& found, CPoint at, int btn) {
-    if (!found.event) return editPress;
+int NoteMouse::partMouseDown(CPoint at, int btn) {
+    const Hit hit = hitAt(at);
+    if (btn & modRight) return pressRight(hit, at, btn);
+    return btn & modLeft ? pressLeft(hit, at, btn) : int(editIdle);
+}
+
+int NoteMouse::pressRight(const Hit& hit, CPoint at, int btn) {
+    if (!hit.found.event) return editPress;
     if (btn & modAlt) {
-        split(found, at);
+        split(homes[hit.home].place.part, hit.found, at);
         return editIdle;
     }
-    hold(found);
+    hold(hit);
     return editErase;
 }
 
@@ -97,32 +118,51 @@ int NoteMouse::placeStep(CPoint at) {
     return editIdle;
 }
 
-int NoteMouse::pressLeft(const FoundEvent& found, CPoint at, int btn) {
+int NoteMouse::pressLeft(const Hit& hit, CPoint at, int btn) {
+    const CBaseEvent* event = hit.found.event;
     if (place.seq->stepRec.getPart()) return placeStep(at);
     alt = btn & modAlt;
-    if (found.event && !(btn & modShift)) {
-        const int mode = hold(found);
+    if (!(btn & (modShift | modAlt | modControl)))
+        if (const int mode = pressTool(hit, at); mode >= 0) return mode;
+    if (event && !(btn & modShift)) {
+        const int mode = hold(hit);
         if (mode != editMove) return mode;
-        playEvent(place.track, place.part, found.event, 0);
+        playEvent(heldHome().place.track, heldHome().place.part, event, 0);
         return btn & modControl ? editCopy : editMove;
     }
-    if (!found.event && !(btn & modShift) && (btn & (modAlt | modDouble))) return insert(at);
-    if (!(btn & modShift)) unselect(place.part);
+    if (!event && !(btn & modShift) && (btn & (modAlt | modDouble))) return insert(at);
+    if (!(btn & modShift)) unselectAll();
     return editLasso;
 }
 
+/// What the tool does there; -1 where it acts as the pointer.
+int NoteMouse::pressTool(const Hit& hit, CPoint at) {
+    const int tool = place.seq->editorComp->tool;
+    CPart* part = homes[hit.home].place.part;
+    if (tool == toolPaint && !hit.found.event) return beginRun(at);
+    if (tool == toolKnife && hit.found.event)
+        split(part, hit.found, at);
+    else if (tool == toolGlue && hit.found.event)
+        glue(part, hit.found);
+    else
+        return -1;
+    return editIdle;
+}
+
 /// Selects the event, and alone unless it is selected.
-int NoteMouse::hold(const FoundEvent& found) {
-    if (!isSelected(found.event)) {
-        unselect(place.part);
-        select(found.event, true);
+int NoteMouse::hold(const Hit& hit) {
+    heldIn = hit.home;
+    CPart* part = heldHome().place.part;
+    if (!isSelected(hit.found.event)) {
+        unselectAll();
+        select(hit.found.event, true);
     }
-    pressed = found.event;
-    held = factsOf(place.part, found.event, found.tick);
+    pressed = hit.found.event;
+    held = factsOf(part, hit.found.event, hit.found.tick);
     edit.eventVelocity = asMax(1, held.velocity);
     edit.eventLength = held.length;
-    range = eventRange(place.seq, place.part, noteLane);
-    switch (found.zone) {
+    range = eventRange(place.seq, parts());
+    switch (hit.found.zone) {
     case zoneParam:
         return editDrawDrums;
     case zoneStart:
@@ -134,37 +174,109 @@ int NoteMouse::hold(const FoundEvent& found) {
     }
 }
 
-void NoteMouse::split(const FoundEvent& found, CPoint at) {
-    const int cut = tickAt(at, true) - place.part->pos - place.part->offset - found.tick;
-    if (place.seq->isLocked(place.part)) return;
-    unselect(place.part);
+void NoteMouse::unselectAll() {
+    for (const Home& h : homes) unselect(h.place.part);
+}
+
+void NoteMouse::split(CPart* part, const FoundEvent& found, CPoint at) {
+    const int cut = tickAt(at, true);
+    if (place.seq->isLocked(part)) return;
+    unselectAll();
     select(found.event, true);
-    CUndo* undo =
-        place.seq->host->undoStart("Split", place.seq, {.song = true, .seq = SeqNotice::parts});
-    splitEventsInPart(place.seq, place.part, found.tick + cut, undo);
-    place.seq->host->undoEnd(undo, false);
+    splitEvents(place.seq, {part}, cut);
+}
+
+/// All that is selected if it is among that, else it and the next of its row.
+void NoteMouse::glue(CPart* part, const FoundEvent& found) {
+    int chosen = 0;
+    eachEvent(part->getEvents(), [&](const CBaseEvent* e, int) { chosen += isSelected(e); });
+    if (!isSelected(found.event) || chosen < 2) {
+        unselectAll();
+        select(found.event, true);
+        const int row = rowOf(part, found.event);
+        CBaseEvent* next = found.event->next;
+        while (next && rowOf(part, next) != row) next = next->next;
+        if (next) select(next, true);
+    }
+    glueEvents(place.seq, {part});
+}
+
+int NoteMouse::inScale(int row) const {
+    if (!place.seq->editorComp->snapsToScale || place.rows.drums()) return row;
+    return scaleOfSong(place.seq).nearest(row);
+}
+
+/// The keys of the chord that is put in over one.
+std::vector<int> NoteMouse::stampRows(int row) const {
+    row = inScale(row);
+    const int kind = place.seq->editorComp->chord;
+    if (place.rows.drums() || kind < 0 || kind >= int(chordKinds().size())) return {row};
+    std::vector<int> keys;
+    for (const int above : chordKinds()[size_t(kind)].keys())
+        if (row + above < EventRows::keys) keys.push_back(row + above);
+    return keys;
+}
+
+void NoteMouse::stamp(CPart* into, int own, int row, int length) {
+    for (const int key : stampRows(row)) {
+        CBaseEvent* event = place.newEvent(key, length, edit.eventVelocity);
+        select(event, true);
+        into->addEvent(own, event);
+        if (!pressed) pressed = event;
+    }
 }
 
 /// Into a draft: it is in the song at the release alone.
 int NoteMouse::insert(CPoint at) {
     const int y = at.y + edit.scrollY;
     const int tick = tickAt(at, false) - place.part->pos, own = tick - place.part->offset;
-    const bool inside = place.rows.covers(y) && tick >= 0 && own >= 0 &&
-                        tick < place.seq->getTicks(place.part);
-    unselect(place.part);
+    const bool inside =
+        place.rows.covers(y) && tick >= 0 && own >= 0 && tick < place.seq->getTicks(place.part);
+    unselectAll();
     if (!inside || place.seq->isLocked(place.part)) return editIdle;
     const bool kept = place.seq->options.bytes[SongOptions::rememberNotes] && !place.rows.drums();
-    const int length = kept ? edit.eventLength : place.grid.step;
-    base = contentDraft(place.part);
-    CBaseEvent* event = place.newEvent(rowAt(at.y), length, edit.eventVelocity);
-    select(event, true);
-    base->addEvent(own, event);
-    pressed = event;
-    held = factsOf(base.get(), event, own);
-    range = {-asMin(tick, own), place.seq->getTicks(place.part) - 1 - tick, 1 - length, -held.row,
-             place.rows.count() - 1 - held.row};
-    playEvent(place.track, base.get(), event, 0);
+    CPart* base = (homes.front().base = contentDraft(place.part)).get();
+    stamp(base, own, rowAt(at.y), kept ? edit.eventLength : place.grid.step);
+    eachEvent(base->getEvents(), [&](CBaseEvent* e, int placed) {
+        if (e == pressed) held = factsOf(base, e, placed);
+    });
+    range = rangeOf(place.seq, place.part, base->getEvents(), {});
+    playEvent(place.track, base, nullptr, 0);
     return place.rows.drums() ? editMove : editResizeEnd;
+}
+
+// A run of notes, one in each step of the grid that the pointer passes.
+
+int NoteMouse::beginRun(CPoint at) {
+    if (!place.rows.covers(at.y + edit.scrollY) || place.seq->isLocked(place.part)) return -1;
+    unselectAll();
+    homes.front().base = contentDraft(place.part);
+    runTick = tickAt(at, false) / place.grid.step * place.grid.step;
+    putInRun(runTick, rowAt(at.y));
+    return editPaint;
+}
+
+void NoteMouse::paintRun(CPoint at) {
+    const int step = place.grid.step, row = rowAt(at.y);
+    const int to = asMinMax(asInt(edit.axis.ticksAt(at.x)), 0, maxTicks) / step * step;
+    const int by = to < runTick ? -step : step;
+    if (to == runTick) return putInRun(to, row);
+    while (runTick != to) putInRun(runTick += by, row);
+}
+
+/// Unless something sounds there.
+void NoteMouse::putInRun(int tick, int row) {
+    const int own = tick - place.part->pos - place.part->offset, first = inScale(row);
+    const int within = tick - place.part->pos;
+    if (own < 0 || within < 0 || within >= place.seq->getTicks(place.part)) return;
+    if (findEvent(place.part, *place.events, own, first, 0).event) return;
+    if (!run.emplace(tick, first).second) return;
+    CPart* base = homes.front().base.get();
+    pressed = nullptr;
+    stamp(base, own, row, place.grid.step);
+    held = factsOf(base, const_cast<CBaseEvent*>(pressed), own);
+    place.track->preview.mute();
+    playEvent(place.track, base, pressed, 0);
 }
 
 // The drag.
@@ -173,6 +285,7 @@ void NoteMouse::partMouseMove(CPoint at, CPoint anchor, int btn) {
     edit.current = at;
     strayed = strayed || at != anchor;
     if (edit.mode == editDrawDrums) return paintParam(at);
+    if (edit.mode == editPaint) return paintRun(at);
     const bool drags = edit.mode == editMove || edit.mode == editCopy ||
                        edit.mode == editResizeEnd || edit.mode == editResizeStart;
     if (!drags) return;
@@ -205,9 +318,7 @@ void NoteMouse::drag(CPoint at, CPoint from, int btn) {
         if (moves) running.velocity = (from.y - at.y) / 2;
     } else if (moves) {
         running.ticks = moved(dx, free);
-        running.pitch =
-            asMinMax(settled.pitch + rowAt(at.y) - rowAt(from.y), range.minPitch, range.maxPitch) -
-            settled.pitch;
+        running.pitch = pitched(at, from) - settled.pitch;
     }
     const EventDelta now = delta();
     if (now.ticks == before.ticks && now.length == before.length && now.pitch == before.pitch &&
@@ -216,10 +327,19 @@ void NoteMouse::drag(CPoint at, CPoint from, int btn) {
     edit.deltaPos = running.ticks;
     edit.deltaY = alt ? running.velocity : running.pitch;
     if (now.pitch != before.pitch) {
-        place.track->preview.mute();
-        playEvent(place.track, base ? base.get() : place.part, pressed, now.pitch);
+        Home& home = heldHome();
+        home.place.track->preview.mute();
+        playEvent(home.place.track, home.base ? home.base.get() : home.place.part, pressed,
+                  now.pitch);
     }
-    makeDraft();
+    makeDrafts();
+}
+
+/// Where the scale holds, the note under the pointer comes to it.
+int NoteMouse::pitched(CPoint at, CPoint from) const {
+    const int wanted = settled.pitch + rowAt(at.y) - rowAt(from.y);
+    const int to = wanted == 0 ? 0 : inScale(held.row + wanted) - held.row;
+    return asMinMax(to, range.minPitch, range.maxPitch);
 }
 
 int NoteMouse::moved(int dx, bool free) const {
@@ -241,26 +361,32 @@ bool NoteMouse::changed() const {
     return by.ticks != 0 || by.length != 0 || by.pitch != 0 || by.velocity != 0;
 }
 
-void NoteMouse::makeDraft() {
+void NoteMouse::makeDrafts() {
     if (!changed()) return;
-    if (!moving) moving = std::make_unique<EventDraft>(place.seq, place.part, base.get());
     const EventDelta by = delta();
-    if (edit.mode == editResizeStart)
-        moving->trim(by.ticks);
-    else
-        moving->change(by);
+    for (Home& h : homes) {
+        if (!h.base && !hasSelectedEvents(h.place.part)) continue;
+        if (!h.moving)
+            h.moving = std::make_unique<EventDraft>(h.place.seq, h.place.part, h.base.get());
+        if (edit.mode == editResizeStart)
+            h.moving->trim(by.ticks);
+        else
+            h.moving->change(by);
+    }
 }
 
 /// Hits of the pressed sound under the pointer take the value of its height.
 void NoteMouse::paintParam(CPoint at) {
-    const CDrumSound* sound = place.track->drumSound(held.row);
+    const NotePlace& in = heldHome().place;
+    const CDrumSound* sound = in.track->drumSound(held.row);
     if (!sound) return;
-    const FoundEvent found = findEvent(place.part, *place.events, place.ticksOf(edit.axis, at.x),
-                                       held.row, edit.axis.ticksIn(reach));
+    const FoundEvent found = findEvent(in.part, *in.events, in.ticksOf(edit.axis, at.x), held.row,
+                                       edit.axis.ticksIn(reach));
     if (!found.event) return;
     const int wanted = found.tick;
-    if (!painted) painted = contentDraft(place.part);
-    const int y = at.y + edit.scrollY, top = place.rows.top(held.row);
+    std::unique_ptr<CPart>& painted = heldHome().painted;
+    if (!painted) painted = contentDraft(in.part);
+    const int y = at.y + edit.scrollY, top = in.rows.top(held.row);
     const double value = double(paramLane + top - y + CDrumSound::closedHeight) / double(paramLane);
     eachEvent(painted->getEvents(), [&](CBaseEvent* e, int tick) {
         auto* hit = static_cast<CDrumEvent*>(e);
@@ -272,34 +398,41 @@ void NoteMouse::paintParam(CPoint at) {
 // The release.
 
 void NoteMouse::partMouseUp() {
-    place.track->preview.mute();
-    if (edit.mode == editErase) return deleteEvents(place.seq, place.part);
-    if (copying()) return copyEvents(place.seq, place.part, noteLane, delta());
-    if (edit.mode == editMove && !dragged() && !base && !strayed) chooseAlone();
-    const bool sized = edit.mode == editResizeEnd || edit.mode == editResizeStart;
-    const EventDelta by = delta();
-    const char* title = base                             ? "Insert"
-                        : edit.mode == editDrawDrums     ? "Drum param"
-                        : sized                          ? "Resize"
-                        : by.ticks != 0 || by.pitch != 0 ? "Move"
-                                                         : "Edit";
+    for (const Home& h : homes) h.place.track->preview.mute();
+    if (edit.mode == editErase) return deleteEvents(place.seq, parts());
+    if (copying()) return copyEvents(place.seq, parts(), delta());
+    if (edit.mode == editMove && !changed() && !homes.front().base && !strayed) chooseAlone();
     edit.eventLength = now().length;
-    std::unique_ptr<CPart> made = painted               ? std::move(painted)
-                                  : moving && changed() ? moving->take()
-                                                        : std::move(base);
-    if (made) applyDraft(place.seq, place.part, std::move(made), title);
+    edit.eventVelocity = now().velocity;
+    const char* name = title();
+    std::vector<PartDraft> made;
+    for (Home& h : homes)
+        made.push_back({h.place.part, h.painted               ? std::move(h.painted)
+                                      : h.moving && changed() ? h.moving->take()
+                                                              : std::move(h.base)});
+    applyDrafts(place.seq, std::move(made), name);
+}
+
+const char* NoteMouse::title() const {
+    const EventDelta by = delta();
+    if (edit.mode == editPaint) return "Paint";
+    if (homes.front().base) return "Insert";
+    if (edit.mode == editDrawDrums) return "Drum param";
+    if (edit.mode == editResizeEnd || edit.mode == editResizeStart) return "Resize";
+    return by.ticks != 0 || by.pitch != 0 ? "Move" : "Edit";
 }
 
 /// A click on one of several selected events.
 void NoteMouse::chooseAlone() {
-    unselect(place.part);
-    eachEvent(place.part->getEvents(), [&](CBaseEvent* e, int) {
+    unselectAll();
+    eachEvent(heldHome().place.part->getEvents(), [&](CBaseEvent* e, int) {
         if (e == pressed) select(e, true);
     });
 }
 
 int NoteMouse::songTick(int own) const {
-    return place.part->pos + place.part->offset + own;
+    const CPart* part = heldHome().place.part;
+    return part->pos + part->offset + own;
 }
 
 /// What has become of the event under the press.
@@ -315,5 +448,5 @@ NoteFacts NoteMouse::now() const {
 }
 
 CStr NoteMouse::told() const {
-    return place.text(now());
+    return heldHome().place.text(now());
 }

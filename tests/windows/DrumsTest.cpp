@@ -1,8 +1,10 @@
 #include "NotesFixture.h"
 
+#include "engine/CSamplePreview.h"
 #include "engine/CSnap.h"
 #include "gui/controls/CDropdown.h"
 #include "gui/controls/CEdit.h"
+#include "gui/dialogs/CFileList.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "instruments/CSampleClip.h"
@@ -11,6 +13,7 @@
 #include "sequencer/RowLoops.h"
 
 #include <cmath>
+#include <filesystem>
 
 /// Drum parts and kits in the editor, and what notes do besides sounding.
 class DrumsTest : public NotesFixture {
@@ -50,6 +53,10 @@ protected:
         return path;
     }
     HitStyle firstStyle() { return edited->getEvents()->style; }
+    /// A point of the screen over a control of the editor.
+    CPoint screenOf(CCtrl* ctrl, CPoint p) {
+        return addPos(addPos(editor()->getPos(true), editor()->controlPos(ctrl)), p);
+    }
     void chooseLane(int index) {
         auto* chooser = child<CDropdown>("lane");
         chooser->setIndex(index);
@@ -114,14 +121,24 @@ TEST_F(DrumsTest, TheMenuOfARow) {
     hit(0, 1);
     const std::string wave = sample("blip.wav");
     inMenu({"c", "Return"});
+    bool heard = false;
     inDialog("Choose sample", [&] {
         auto* name = childOf<CEdit>(app->modalWin->clientGroup, "name");
+        name->enterText((wave.substr(0, wave.rfind('/') + 1)).c_str());
         app->modalWin->setKeyCtrl(name);
-        name->enterText(wave.c_str());
+    });
+    keysInDialog("Choose sample", {"Return"}); // into the folder
+    inDialog("Choose sample", [&] {
+        auto* list = childOf<CFileList>(app->modalWin->clientGroup, "files");
+        ASSERT_TRUE(list->choose("blip.wav"));
+        (*list->onChange)(list);
+        heard = CSamplePreview::of(host.get())->isOn();
     });
     keysInDialog("Choose sample", {"Return"});
     strike(onName(1), 1, "3");
     EXPECT_TRUE(kitIs("kick blip clap hat-close hat-open "));
+    EXPECT_TRUE(heard) << "before it was chosen";
+    EXPECT_FALSE(CSamplePreview::of(host.get())->isOn()) << "and not any more";
     EXPECT_STREQ(host->undoText().asChar(), "Replace drum");
     EXPECT_EQ(sound(1)->clips[0]->frames, 44100);
     key("ctrl+z");
@@ -137,6 +154,57 @@ TEST_F(DrumsTest, TheMenuOfARow) {
     EXPECT_STREQ(host->undoText().asChar(), "Row length");
     key("ctrl+z");
     EXPECT_TRUE(pumpUntil([&] { return rowLoops(edited) == nullptr; }));
+}
+
+/// A kit goes into a file, and comes from it in place of what there is.
+TEST_F(DrumsTest, KitsGoToFilesAndComeBack) {
+    open(trackDrum);
+    const std::string standard = "kick snare clap hat-close hat-open ", path = at("mine.qvs");
+    const auto choose = [&](const char* title, const std::vector<std::string>& keys) {
+        inMenu(keys);
+        inDialog(title, [&] {
+            auto* name = childOf<CEdit>(app->modalWin->clientGroup, "name");
+            app->modalWin->setKeyCtrl(name);
+            name->enterText(path.c_str());
+        });
+        keysInDialog(title, {"Return"});
+        strike(onName(1), 1, "3");
+    };
+    choose("Save kit", {"s", "s", "Return"});
+    ASSERT_TRUE(pumpUntil([&] { return std::filesystem::exists(path); }));
+    const int frames = sound(1)->clips[0]->frames;
+    strike(onName(1));
+    key("Delete");
+    ASSERT_TRUE(kitIs("kick clap hat-close hat-open "));
+    choose("Load kit", {"l", "l", "Return"});
+    ASSERT_TRUE(kitIs(standard));
+    EXPECT_EQ(sound(1)->clips[0]->frames, frames);
+    key("ctrl+z");
+    EXPECT_TRUE(kitIs("kick clap hat-close hat-open "));
+}
+
+/// The end of a row is dragged to the grid, from the end of the part and back to it.
+TEST_F(DrumsTest, RowsEndWhereTheyAreDragged) {
+    open(trackDrum);
+    hit(1200, 1);
+    edited->length = 1920; // its end lies on the screen
+    seq()->songNotices.raise(SeqNotice::parts);
+    ASSERT_TRUE(loaded());
+    const struct {
+        int from, to, length;
+        const char* last;
+    } drags[] = {{1920, 1000, 960, ""},
+                 {960, 500, 480, ""},
+                 {480, 1500, 480, "Escape"},
+                 {480, -300, 30, ""},
+                 {30, 2300, 0, ""}};
+    for (const auto& d : drags) {
+        press(place(d.from, 1), place(d.to, 1), "", nullptr, "1", d.last);
+        const auto length = [&] { return rowLoops(edited) ? rowLoops(edited)->of(1) : 0; };
+        EXPECT_TRUE(pumpUntil([&] { return length() == d.length; })) << d.to << ": " << length();
+        EXPECT_STREQ(host->undoText().asChar(), "Row length");
+    }
+    EXPECT_TRUE(holds("1200:1:240:127* "));
 }
 
 /// A drag over opened rows paints a value for each hit, by its height in the lane of 44 pixels, of
@@ -242,4 +310,35 @@ TEST_F(DrumsTest, AftertouchIsDrawnForSelectedNotes) {
     const CPoint later = asPoint(place(1450, 0).x, p.y);
     press(later, later, "", lane());
     EXPECT_EQ(pressures(), "64 ");
+}
+
+/// Files that are dropped: notes where they fall, samples on sounds and below all, all at once as
+/// one step; what can't come is told.
+TEST_F(DrumsTest, FilesComeIntoThePart) {
+    open(trackDrum);
+    // The last has 32 bits, which no sample plays as they are.
+    const std::string a = sample("a.wav"), b = sample("b.wav"), c = tone("c.wav");
+    dragTo({a, b, c}, screenOf(notes(), place(960, 2)));
+    EXPECT_TRUE(kitIs("kick snare a hat-close hat-open b c "));
+    EXPECT_STREQ(host->undoText().asChar(), "Drop a.wav, b.wav, c.wav");
+    EXPECT_EQ(sound(6)->clips[0]->frames, 44100);
+    key("ctrl+z");
+    EXPECT_TRUE(kitIs("kick snare clap hat-close hat-open "));
+    // Key 40 is the fifth sound; it lasts for two bars.
+    const char bytes[] = "MThd\0\0\0\6\0\0\0\1\3\300MTrk\0\0\0\15"
+                         "\0\x90\x28\x64\xbc\0\x80\x28\0\0\xff\x2f\0";
+    folder.write("m.mid", std::string(bytes, sizeof bytes - 1));
+    dragTo({at("m.mid"), b}, screenOf(strip(), onName(0)));
+    EXPECT_TRUE(kitIs("b snare clap hat-close hat-open "));
+    EXPECT_TRUE(holds("0:4:7680:100* ")) << "beside the grid it is the start of the part";
+    EXPECT_STREQ(host->undoText().asChar(), "Drop m.mid, b.wav");
+    key("ctrl+z");
+    EXPECT_TRUE(holds(""));
+    dragTo({at("m.mid")}, screenOf(notes(), place(500, 0)));
+    EXPECT_TRUE(holds("480:4:7680:100* "));
+    folder.write("bad.wav", "no sound");
+    keysInDialog("Error", {"Return"});
+    dragTo({at("bad.wav")}, screenOf(strip(), onName(0)));
+    EXPECT_TRUE(pumpUntil([&] { return !titles.empty() && titles.back() == "Error"; }));
+    EXPECT_EQ(names(), "kick snare clap hat-close hat-open ");
 }

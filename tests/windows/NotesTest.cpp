@@ -302,7 +302,43 @@ TEST_F(NotesTest, NotesAreEditedInTheirTrack) {
     EXPECT_EQ(parts(0), 1) << "and the part stays";
     key("ctrl+z");
     EXPECT_TRUE(pumpUntil([&] { return content().find("960:62") == 0; }));
+    // The keys are about these notes, as in the editor.
     keyAt(1000, 62);
+    act({"click", "1"});
+    const struct {
+        const char* key;
+        const char* content;
+    } presses[] = {
+        {"ctrl+Up", "960:63:240:100* "},
+        {"alt+Right", "960:63:480:100* "},
+        {"ctrl+d", "960:63:480:100 1440:63:480:100* "},
+        {"Left", "960:63:480:100* 1440:63:480:100 "},
+        {"ctrl+a", "960:63:480:100* 1440:63:480:100* "},
+        {"ctrl+x", ""},
+        {"ctrl+v", "0:63:480:100* 480:63:480:100* "},
+        {"ctrl+g", "0:63:960:100* "},
+    };
+    for (const auto& step : presses) {
+        key(step.key);
+        ASSERT_TRUE(loaded());
+        EXPECT_TRUE(holds(step.content)) << step.key;
+    }
+    EXPECT_EQ(parts(0), 1);
+    Description told;
+    grid()->describe(told, grid()->focusedPart());
+    EXPECT_EQ(told.name, "D#4, bar 2, 1 beat, velocity 100");
+    for (int i = 0; i < 6; i++) key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return content().find("960:62:240") == 0; })) << content();
+    // A right drag moves the keys: four of them.
+    keyAt(2000, 70);
+    act({"mousedown", "3"});
+    const CPoint from = point(barTicks + 2000, 0);
+    mouseTo(asPoint(from.x, head->top + (76 - 70) * 5 + 12));
+    mouseTo(asPoint(from.x, head->top + (76 - 70) * 5 + 22));
+    act({"mouseup", "3"});
+    ASSERT_TRUE(loaded());
+    ASSERT_TRUE(headShown());
+    keyAt(1000, 62 - 4);
     act({"click", "3"});
     EXPECT_TRUE(holds("")) << "the right button deletes";
     key("e");

@@ -23,7 +23,7 @@ NotesGesture::NotesGesture(ArrangeGrid& over, ArrangeState& shared,
 }
 
 bool NotesGesture::stands() const {
-    return standsIn(state, mouse->where());
+    return state.seq() && mouse->stands();
 }
 
 void NotesGesture::dragMove(const DragPoint& point) {
@@ -33,7 +33,7 @@ void NotesGesture::dragMove(const DragPoint& point) {
 }
 
 CPart* NotesGesture::shownFor(const CPart* part) const {
-    return mouse->where().part == part ? mouse->shown() : nullptr;
+    return mouse->shown(part);
 }
 
 NotesBand::NotesBand(ArrangeGrid& over, ArrangeState& shared, const NotePlace& where)
@@ -53,6 +53,7 @@ void NotesBand::dragMove(const DragPoint& point) {
 void NotesBand::apply(const DragPoint& point) {
     NoteMouse::selectWithin(place, state.edit, bandBetween(point.anchor, point.at));
     state.gridChanged();
+    place.seq->songNotices.raise(SeqNotice::parts);
 }
 
 void NotesBand::paintOverlay(CGraphic* g, CRect asked) const {
