@@ -1,5 +1,6 @@
 #include "notes/DrumStrip.h"
 
+#include "audiofiles/AudioImport.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
@@ -38,9 +39,9 @@ namespace {
 constexpr int gap = 4, signWidth = 16, switchWidth = 17;
 constexpr int headHeight = CDrumSound::closedHeight;
 constexpr int pressVelocity = 100;
+constexpr double mostHeard = 60; ///< seconds of a file that is heard before it is chosen
 constexpr const char* params[] = {"Volume", "Pan", "Pitch"};
 constexpr const char* kitExt = ".qvd|.qvs";
-constexpr const char* sampleExt = ".wav|.aif|.aiff";
 constexpr int stepCounts[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 24, 32};
 
 enum Entry : int { renameRow, chooseFile, addRows, removeRow, muteRow, soloRow, loadKit, keepKit };
@@ -69,7 +70,8 @@ public:
     void play(const CStr& file) {
         stop();
         CSamplePreview* player = CSamplePreview::of(host);
-        clip = player ? openClip(file) : nullptr;
+        const bool brief = audioLength(file).seconds <= mostHeard; // it is read while one waits
+        clip = player && brief ? openClip(file) : nullptr;
         if (clip) player->play(clip.get(), 0, clip->frames, false);
     }
 
