@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr int gap = 2, group = 8, buttonTop = 4, high = 18;
+constexpr int gap = 1, group = 4, buttonTop = 4, high = 18;
 
 } // namespace
 

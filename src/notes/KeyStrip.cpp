@@ -52,24 +52,27 @@ void KeyStrip::paint(CGraphic* g, CRect) {
 void KeyStrip::paintKeys(CGraphic* g, const EventRows& rows, CRect asked) const {
     const CPalette& palette = win->app->gui->palette;
     const int white = hexColor(0xe8e6e1), black = hexColor(0x24262a), edge = hexColor(0x9a9892);
+    const std::map<int, CStr> drums = drumKeys(state.track);
+    const bool plain = !drums.empty(); // black keys would lie in the names
     for (int key = 0; key < EventRows::keys; key++) {
         const CRect box = rowBox(rows, key);
         if (intersect(box, asked).empty()) continue;
         const bool dark = EventRows::blackKey(key);
         g->fillRect(key == sounding ? palette.accent : white, box);
+        const int right = plain ? width : width * 3 / 5;
         if (dark && key != sounding)
-            g->fillRect(black, asRect(0, box.top, width * 3 / 5, box.bottom));
+            g->fillRect(plain ? hexColor(0xd2cfc8) : black, asRect(0, box.top, right, box.bottom));
         if (key % octave == 0 || key % octave == 5)
             g->fillLine(edge, asRect(0, box.bottom - 1, width, box.bottom));
     }
-    paintNames(g, rows, asked);
+    paintNames(g, rows, drums, asked);
 }
 
 /// Of drums, else of each C, or of every key where keys are folded away.
-void KeyStrip::paintNames(CGraphic* g, const EventRows& rows, CRect asked) const {
+void KeyStrip::paintNames(CGraphic* g, const EventRows& rows, const std::map<int, CStr>& drums,
+                          CRect asked) const {
     const CPalette& palette = win->app->gui->palette;
-    const std::map<int, CStr> drums = drumKeys(state.track);
-    const int black = hexColor(0x24262a), white = hexColor(0xe8e6e1);
+    const int black = hexColor(0x24262a);
     int written = INT_MAX; // top of the name above
     for (int key = 0; key < EventRows::keys; key++) {
         const auto drum = drums.find(key);
@@ -82,7 +85,8 @@ void KeyStrip::paintNames(CGraphic* g, const EventRows& rows, CRect asked) const
             continue;
         written = at.top;
         if (drum != drums.end())
-            g->drawText(EventRows::blackKey(key) ? white : black, drum->second, at, textLeft);
+            g->drawText(key == sounding ? textOn(palette.accent) : black, drum->second, at,
+                        textLeft);
         if (key % octave == 0 || state.folded)
             g->drawText(key == sounding ? textOn(palette.accent) : black, noteToStr(key), at,
                         textRight);

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "base/CStr.h"
 #include "gui/CCtrl.h"
+
+#include <map>
 
 class EventRows;
 class NoteState;
@@ -28,7 +31,8 @@ private:
     void paintKeys(CGraphic* g, const EventRows& rows, CRect asked) const;
     int rowAt(int y) const; ///< -1 outside all
     CRect rowBox(const EventRows& rows, int row) const;
-    void paintNames(CGraphic* g, const EventRows& rows, CRect asked) const;
+    void paintNames(CGraphic* g, const EventRows& rows, const std::map<int, CStr>& drums,
+                    CRect asked) const;
     void play(int row);
     void selectRow(int row, bool more);
 

@@ -18,7 +18,7 @@ namespace {
 
 constexpr const char* names[octaveKeys] = {"C",  "C#", "D",  "D#", "E",  "F",
                                            "F#", "G",  "G#", "A",  "A#", "B"};
-constexpr int scaleWidth = 104, chordWidth = 64;
+constexpr int scaleWidth = 84, chordWidth = 52;
 
 int tagOf(CObject* sender) {
     return static_cast<CMenuItem*>(static_cast<CCtrl*>(sender))->tag;
