@@ -10,6 +10,7 @@
 #include "instruments/CSampleClip.h"
 #include "notes/DrumStrip.h"
 #include "sequencer/EventLanes.h"
+#include "sequencer/KitEdits.h"
 #include "sequencer/RowLoops.h"
 
 #include <cmath>
@@ -173,8 +174,7 @@ TEST_F(DrumsTest, KitsGoToFilesAndComeBack) {
     choose("Save kit", {"s", "s", "Return"});
     ASSERT_TRUE(pumpUntil([&] { return std::filesystem::exists(path); }));
     const int frames = sound(1)->clips[0]->frames;
-    strike(onName(1));
-    key("Delete");
+    removeDrum(seq(), sound(1));
     ASSERT_TRUE(kitIs("kick clap hat-close hat-open "));
     choose("Load kit", {"l", "l", "Return"});
     ASSERT_TRUE(kitIs(standard));
