@@ -96,6 +96,7 @@ public:
 private:
     friend class PlanBuilder;
     void findOrder();
+    void runMeasured(int frames);
     void runStep(const PlanStep& step, int frames) const;
 
     CQV* host;

@@ -4,6 +4,13 @@
 
 #include <algorithm>
 
+namespace {
+
+/// Cables that an out takes in at once, as long as what they bring is in the processor's cache.
+constexpr size_t sumsAtOnce = 8;
+
+} // namespace
+
 PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted)
     : host(root), lists(std::move(wanted)), plan(std::make_unique<GraphPlan>(root)) {
 }
@@ -60,6 +67,7 @@ void PlanBuilder::takeSources(CComp* out, ListKind kind) {
         need(from);
         from->planStrip(*this);
         place(out).sums.push_back(cable);
+        if (place(out).sums.size() == sumsAtOnce) flushSums(out);
     }
 }
 

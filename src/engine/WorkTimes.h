@@ -7,12 +7,12 @@
 /// What a piece of work costs per block, in nanoseconds. One thread notes, any reads.
 struct WorkTimes {
     Shared<unsigned> last{0}, worst{0};
-    Shared<float> mean{0.0f}; ///< of some 64 blocks
+    Shared<float> mean{0.0f}; ///< of some 64 blocks that were measured
 
     void note(unsigned ns) {
         last = ns;
         if (ns > worst) worst = ns;
-        mean = mean + (float(ns) - mean) * (1.0f / 64.0f);
+        mean = mean > 0.0f ? mean + (float(ns) - mean) * (1.0f / 64.0f) : float(ns);
     }
     void forgetWorst() { worst = 0; } ///< any thread
 };
