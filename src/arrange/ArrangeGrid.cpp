@@ -41,7 +41,7 @@ namespace {
 
 constexpr int cursorPlain = 1, cursorSideways = 5;
 constexpr double wheelIn = 1.25, wheelOut = 0.75;
-constexpr double loopShare = 0.06, stepShare = 0.45;
+constexpr double loopShare = 0.06;
 constexpr int tagMargin = 6, tagHeight = 18, tagAway = 16; ///< of what is told at the pointer
 constexpr int nameMargin = 24;                             ///< around the name of a part
 constexpr int shadowReach = 1;                             ///< of the play line to each side
@@ -158,13 +158,7 @@ void ArrangeGrid::paintGround(CGraphic* g, CRect asked) {
                                   state.axis().xOf(heard.loopTo), asked.bottom);
         fillAlpha(g, intersect(loop, asked), clLoop.fillCol, loopShare);
     }
-    const int step = fadeCol(clGrid.fillCol, clGridSnap.fillCol, stepShare);
-    lines.visit([&](int x, GridLines::Weight weight) {
-        const int colour = weight == GridLines::bar    ? clGridBeats.fillCol
-                           : weight == GridLines::beat ? clGridSnap.fillCol
-                                                       : step;
-        g->fillLine(colour, asRect(x, asked.top, x + 1, asked.bottom));
-    });
+    drawGridLines(g, lines, asked);
 }
 
 void ArrangeGrid::paintRows(CGraphic* g, CRect asked) {

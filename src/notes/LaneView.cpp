@@ -72,11 +72,8 @@ void LaneView::paint(CGraphic* g, CRect) {
     g->fillRect(clGrid.fillCol, asked);
     g->fillLine(palette.frame, asRect(asked.left, 0, asked.right, 1));
     if (!state.part || !state.seq()) return;
-    const GridLines lines(state.seq(), state.axis(), asked.left, asked.right);
-    lines.visit([&](int x, GridLines::Weight weight) {
-        g->fillLine(weight == GridLines::bar ? clGridBeats.fillCol : clGridSnap.fillCol,
-                    asRect(x, asked.top, x + 1, asked.bottom));
-    });
+    drawGridLines(
+        g, GridLines(state.seq(), state.axis(), asked.left, asked.right, state.shownGrid()), asked);
     {
         PixelPaper paper(g, asked);
         for (CPart* part : state.parts())

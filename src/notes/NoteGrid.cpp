@@ -106,11 +106,8 @@ void NoteGrid::paint(CGraphic* g, CRect) {
 void NoteGrid::paintGround(CGraphic* g, CRect asked) const {
     const NotePlace place = state.place();
     drawPianoroll(g, asked, place.rows, state.edit.scrollY, scaleOfSong(place.seq));
-    const GridLines lines(place.seq, state.axis(), asked.left, asked.right);
-    lines.visit([&](int x, GridLines::Weight weight) {
-        g->fillLine(weight == GridLines::bar ? clGridBeats.fillCol : clGridSnap.fillCol,
-                    asRect(x, asked.top, x + 1, asked.bottom));
-    });
+    drawGridLines(g, GridLines(place.seq, state.axis(), asked.left, asked.right, state.shownGrid()),
+                  asked);
 }
 
 void NoteGrid::paintBounds(CGraphic* g, CRect asked) const {

@@ -32,6 +32,10 @@ EventRows NoteState::rows() const {
     return all.folded(used);
 }
 
+int NoteState::shownGrid() const {
+    return viewGrid(*seq()->snap, edit.axis, workspace.options()).snap;
+}
+
 NotePlace NoteState::place() const {
     CSeq* song = seq();
     return {

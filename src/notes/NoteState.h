@@ -30,6 +30,7 @@ public:
     PartList parts() const;                ///< that are edited: the part, and those along with it
     EventRows rows() const;                ///< of the part, which there is
     NotePlace place() const;               ///< of it
+    int shownGrid() const;                 ///< ticks, 1 while snap is off
     NotePlace placeOf(CPart* other) const; ///< of one of the others
     std::vector<NotePlace> placesAlong() const; ///< of those that are edited along
     /// Those of what is shown: the part of that place, or a draft for it. Good until it changes.

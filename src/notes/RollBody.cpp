@@ -52,11 +52,11 @@ RollBody::RollBody(CWin* owner, Workspace& space)
     : EditorBody(owner, "roll"), NoteState(space), objectsShown(qv, "object-bar", 1),
       listShown(qv, "event-list", 0), othersShown(qv, "other-notes", 0), foldOn(qv, "fold-rows", 0),
       coloursOn(qv, "note-colours", colourVelocity), togetherOn(qv, "edit-together", 1),
-      objects(new NoteObjects(owner, *this)), transform(new TransformBar(owner, *this)),
-      list(new CEventList(owner, *this)), ruler(new NoteRuler(owner, *this)),
-      keys(new KeyStrip(owner, *this)), drums(new DrumStrip(owner, *this)),
-      grid(new NoteGrid(owner, *this)), lanes(new LaneStack(owner, *this)),
-      across(new CRangebar(owner, "across", 0, 0, 1, barWidth)),
+      following(qv), objects(new NoteObjects(owner, *this)),
+      transform(new TransformBar(owner, *this)), list(new CEventList(owner, *this)),
+      ruler(new NoteRuler(owner, *this)), keys(new KeyStrip(owner, *this)),
+      drums(new DrumStrip(owner, *this)), grid(new NoteGrid(owner, *this)),
+      lanes(new LaneStack(owner, *this)), across(new CRangebar(owner, "across", 0, 0, 1, barWidth)),
       down(new CScrollbar(owner, "down", 0, 0, barWidth, 1)) {
     noteHeight = asMinMax(qv->settings.getInt(heightKey, storedHeight), int(EventRows::leastHeight),
                           int(EventRows::mostHeight));
@@ -83,7 +83,19 @@ CCtrl* RollBody::keyCtrl() {
 // What is shown.
 
 bool RollBody::onFrame() {
-    return part && grid->refresh();
+    if (!part || !seq()) return false;
+    followPlay();
+    return grid->refresh();
+}
+
+/// As long as it is within the part.
+void RollBody::followPlay() {
+    const double at = seq()->getPos();
+    const bool plays = qv->playing && !qv->renderMode && at >= part->pos &&
+                       at < double(part->pos) + seq()->getTicks(part);
+    const int64_t x = edit.axis.wideX(at) - edit.axis.scroll();
+    const int64_t by = following.shift(plays, x, gridWidth());
+    if (by && !drags()) moveTo(edit.axis.scroll() + by, edit.scrollY);
 }
 
 bool RollBody::drags() const {
@@ -139,7 +151,9 @@ void RollBody::idle() {
 
 void RollBody::followSwitches() {
     if (selectedBeside() != chosen || togetherOn.on() != alongOn) followOthers();
-    if (folded == foldOn.on() && shownColours == coloursOn.get()) return;
+    const int gridNow = part && seq() ? shownGrid() : 0;
+    if (folded == foldOn.on() && shownColours == coloursOn.get() && gridDrawn == gridNow) return;
+    gridDrawn = gridNow;
     folded = foldOn.on();
     shownColours = coloursOn.get();
     scrollTo(edit.axis.scroll(), edit.scrollY);
@@ -250,7 +264,7 @@ void RollBody::fitPart() {
     constexpr int middleKey = 60;
     const int middle = high >= 0 ? (low + high) / 2 : middleKey;
     const int y = shownRows.drums() ? 0 : shownRows.top(middle) - gridHeight() / 2;
-    scrollTo(edit.axis.wideX(part->pos) - fitMargin, y);
+    moveTo(edit.axis.wideX(part->pos) - fitMargin, y);
     shownChanged();
 }
 
@@ -310,6 +324,7 @@ void RollBody::shownChanged() {
     ruler->redraw();
     if (list->visible) list->redraw();
     objects->refresh();
+    grid->refresh(); // the position may lie elsewhere, but has not moved
 }
 
 // Layout.
@@ -344,7 +359,7 @@ void RollBody::layout() {
     lanes->setBounds(listed, gridTop + high, beside + wide, below);
     lanes->resized();
     across->setBounds(gridLeft, height - barWidth, wide, barWidth);
-    scrollTo(edit.axis.scroll(), edit.scrollY);
+    moveTo(edit.axis.scroll(), edit.scrollY);
 }
 
 CCtrl* RollBody::side() const {
@@ -380,6 +395,12 @@ void RollBody::showRange() {
 }
 
 void RollBody::scrollTo(int64_t x, int y) {
+    const int64_t before = edit.axis.scroll();
+    moveTo(x, y);
+    if (edit.axis.scroll() != before) following.stray();
+}
+
+void RollBody::moveTo(int64_t x, int y) {
     const int64_t beforeX = edit.axis.scroll();
     const int beforeY = edit.scrollY;
     const int64_t most = asInt64(edit.axis.pixelsIn(double(shownTicks())));
@@ -407,7 +428,8 @@ void RollBody::scrollInView(int tick, int row) {
 
 void RollBody::zoomAtPos(int x, double zoom) {
     edit.axis.zoomAt(x, zoom);
-    scrollTo(edit.axis.scroll(), edit.scrollY);
+    moveTo(edit.axis.scroll(), edit.scrollY);
+    following.stray();
     shownChanged();
 }
 

@@ -3,7 +3,7 @@
 #include "notes/EditorBody.h"
 #include "notes/NoteState.h"
 #include "project/PartDrop.h"
-#include "ui/Options.h"
+#include "ui/PlayFollow.h"
 
 class CEventList;
 class CPopup;
@@ -50,6 +50,8 @@ private:
     void scrollInView(int tick, int row) override;
 
     void layout();
+    void followPlay();
+    void moveTo(int64_t x, int y); ///< as far as there is any
     void showRange();
     void setKeyHeight(int pixels);
     void fitPart();
@@ -82,6 +84,8 @@ private:
     int shownStep = -1; ///< of a recording in steps, in ticks of the part
     PartList chosen;    ///< of the song, when it was looked at last; only to be compared
     Option objectsShown, listShown, othersShown, foldOn, coloursOn, togetherOn;
+    int gridDrawn = 0; ///< ticks
+    PlayFollow following;
     int shownColours = 0;
     bool alongOn = false; ///< `togetherOn`, when it was looked at last
     int songTicks = 0;    ///< length of the song, as it was when it changed last

@@ -58,8 +58,9 @@ int fieldOf(Glyph glyph) {
 
 CStr peakText(const COutputChannel* out) {
     if (!out) return "";
+    constexpr float audible = 1e-5f;
     const float peak = std::max<float>(out->holdL, out->holdR);
-    return peak > 0.0f ? decibelText(peak) : CStr();
+    return peak > audible ? decibelText(peak) : CStr();
 }
 
 } // namespace

@@ -1,8 +1,11 @@
 #include "ui/GridLines.h"
 
 #include "base/Numbers.h"
+#include "gui/CGraphic.h"
+#include "gui/Colours.h"
 #include "sequencer/Bars.h"
 #include "sequencer/CSeq.h"
+#include "ui/ProgramItems.h"
 #include "ui/TimeAxis.h"
 
 #include <algorithm>
@@ -79,4 +82,15 @@ std::vector<CRect> GridLines::shades(int top, int bottom) const {
         found.push_back(asRect(asMax(bars[i].x, from), top, asMin(right, to), bottom));
     }
     return found;
+}
+
+void drawGridLines(CGraphic* g, const GridLines& lines, CRect asked) {
+    constexpr double stepShare = 0.45; // of the colour of beats
+    const int step = fadeCol(clGrid.fillCol, clGridSnap.fillCol, stepShare);
+    lines.visit([&](int x, GridLines::Weight weight) {
+        const int colour = weight == GridLines::bar    ? clGridBeats.fillCol
+                           : weight == GridLines::beat ? clGridSnap.fillCol
+                                                       : step;
+        g->fillLine(colour, asRect(x, asked.top, x + 1, asked.bottom));
+    });
 }

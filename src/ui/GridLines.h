@@ -5,6 +5,7 @@
 #include <functional>
 #include <vector>
 
+class CGraphic;
 class CSeq;
 class TimeAxis;
 
@@ -35,3 +36,6 @@ private:
     int barStep = 1; ///< bars from one line to the next
     int numberStep = 1;
 };
+
+/// Draws them over a part of a view, the heavier the more they count.
+void drawGridLines(CGraphic* g, const GridLines& lines, CRect asked);

@@ -6,6 +6,7 @@
 #include "gui/controls/CButton.h"
 #include "gui/controls/CDropdown.h"
 #include "gui/controls/CEdit.h"
+#include "gui/controls/CRangebar.h"
 #include "gui/controls/CValue.h"
 #include "instruments/CLayer.h"
 #include "notes/CEventList.h"
@@ -392,6 +393,21 @@ TEST_F(NotesTest, NotesOfOtherPartsShowAndTurnToTheirs) {
     std::swap(edited, other);
     EXPECT_TRUE(holds("960:64:240:100* ")) << "the note is selected there";
     win->runAction(win->commands().getAction("othernotes"));
+}
+
+TEST_F(NotesTest, TheViewGoesAlongWithTheSong) {
+    open(trackMIDI);
+    const auto* bar = child<CRangebar>("across");
+    at(notes(), place(0, 60));
+    act({"keydown", "ctrl"});
+    act({"click", "--repeat", "8", "--delay", "20", "4"});
+    act({"keyup", "ctrl"});
+    ASSERT_TRUE(pumpUntil([&] { return bar->span() < barTicks / 2.0; }));
+    const double shown = bar->from(), late = 1.9 * barTicks;
+    ASSERT_LT(shown + bar->span(), late);
+    host->setPos(late);
+    host->start();
+    EXPECT_TRUE(pumpUntil([&] { return bar->from() <= late && late < bar->from() + bar->span(); }));
 }
 
 TEST_F(NotesTest, TheEditorFollowsThePart) {
