@@ -44,7 +44,9 @@ private:
     void toggle() {
         const auto [from, to] = anyEnds();
         const GraphHold hold(host);
-        units[to].comp->addAudioCable(units[from].comp->output(), nullptr);
+        CComp* at = units[to].comp;
+        CAudioCable* cable = at->addAudioCable(units[from].comp->output(), nullptr);
+        if (!at->audioCables.contains(cable)) delete cable; // there was one
     }
     struct Unit {
         CComp* comp;
