@@ -37,10 +37,6 @@ private:
         host.sends.add(bus);
         device.connect(bus);
     }
-    void cableToOut(COutputChannel* ch) {
-        const GraphHold hold(&host);
-        device.out->addAudioCable(ch, nullptr);
-    }
     void sendFrom(COutputChannel* ch) {
         for (int k = 0; k < 2; k++) ch->sendLevels[k]->level = 0.3f + 0.2f * float(k);
     }
@@ -65,7 +61,6 @@ private:
     void addDrums() {
         CSongTrack* t = track(trackDrum);
         seq->addStandardKit(t->track);
-        cableToOut(t->track->output());
         sendFrom(t->track->output());
         auto* part = new CDrumPart;
         part->length = barTicks;
@@ -78,7 +73,6 @@ private:
     }
     void addClips(int i) {
         CSongTrack* t = track(trackAudio);
-        cableToOut(t->track->output());
         auto* part = new CAudioPart;
         part->multiclip = 1;
         part->length = barTicks;
