@@ -18,7 +18,7 @@ class CDrumSound : public CWavSound {
 public:
     static constexpr int closedHeight = 20, openHeight = 64; ///< pixels
 
-    Shared<int> shownParam{0}; ///< that its lane shows
+    Shared<int> shownParam{0};                    ///< that its lane shows
     const std::unique_ptr<COutputChannel> output; ///< with buffers of the host's block
 
     /// `comp` is the component of the strip. Takes block size and rate from the host.

@@ -55,6 +55,11 @@ void CSampler::afteridle() {
     CComp::afteridle();
 }
 
+void CSampler::start() {
+    unsigned number = unsigned(host->comps.indexed(this)) << 8;
+    for (auto* prog : each<CSynthProg>(progs)) prog->chance.seed(number++);
+}
+
 void CSampler::prepare(int frames) {
     if (CSynthProg* prog = getProg()) prog->clearSends(frames);
     CComp::prepare(frames);

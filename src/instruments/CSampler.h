@@ -36,6 +36,7 @@ public:
     CSampler& operator=(const CSampler&) = delete;
 
     void afteridle() override;
+    void start() override; ///< draws what it drew at the start before
     void prepare(int frames) override;
     void setFrames(int frames) override;
     void setRate(double rate) override;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Random.h"
 #include "engine/CProgram.h"
 #include "instruments/CLayer.h"
 #include "instruments/CSound.h"
@@ -19,6 +20,7 @@ public:
     CList layers;                       ///< of CLayer, owned
     Shared<CLayer*> layer{nullptr};     ///< the one that the editor shows
     std::unique_ptr<CFX> fx[progSends]; ///< a CReverb, on, and a CDelay, off
+    Random chance; ///< of its own, so that others and threads change nothing. Graph holder.
 
     /// The delay plays in the memory that all programs of the sampler share.
     CSynthProg(CQV* host, CSampler* sampler);

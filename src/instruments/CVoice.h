@@ -10,9 +10,9 @@ class CSound;
 
 /// One of the two operators of a synthesizer voice, on one channel.
 struct COscState {
-    double phase = 0.0;                                      ///< cycles, but for whole turns of the table
-    double incr = 0.0;                                       ///< cycles per frame
-    double last = 0.0;                                       ///< last output, which feeds back
+    double phase = 0.0; ///< cycles, but for whole turns of the table
+    double incr = 0.0;  ///< cycles per frame
+    double last = 0.0;  ///< last output, which feeds back
     double pitch = std::numeric_limits<double>::quiet_NaN(); ///< that `incr` was worked out for
 
     void start(double firstPhase) { *this = COscState{firstPhase}; }

@@ -1,9 +1,9 @@
 #include "instruments/Slices.h"
 
 #include "base/Numbers.h"
-#include "base/Random.h"
 #include "common/Curves.h"
 #include "engine/CQV.h"
+#include "instruments/CSynthProg.h"
 
 #include <algorithm>
 #include <cmath>
@@ -153,13 +153,14 @@ void SlicePlan::advance(CVoice* v, int n) const {
             return;
         }
     }
+    Random& chance = v->sound->layer->prog->chance;
     for (int i = 0; i < lfoCount; i++) {
         CLFOStage& s = v->lfoStages[i];
         if (s.toWrap == farWrap) continue;
         s.toWrap -= n;
         if (s.toWrap > 0) continue;
         s.phase -= 1.0;
-        if (randomWave[i]) s.value = float(asRand());
+        if (randomWave[i]) s.value = float(chance.unit());
     }
 }
 

@@ -6,6 +6,7 @@
 #include "engine/TransportRing.h"
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
+#include "instruments/CSynthProg.h"
 #include "sequencer/AudioVoices.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Points.h"
@@ -325,6 +326,7 @@ void CSeqProg::play() {
     for (CSongTrack* t : each<CSongTrack>(tracks)) {
         t->pos = pos;
         t->track->arp->chance.seed(unsigned(row));
+        if (CSynthProg* kit = t->track->synthProg.get()) kit->chance.seed(unsigned(row));
         t->chance.start(start << 32 | row++);
         t->requests.ask(requestSetup);
     }

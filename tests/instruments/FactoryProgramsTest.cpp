@@ -1,6 +1,5 @@
 #include "SoundFixture.h"
 
-#include "base/Random.h"
 #include "instruments/FactoryPrograms.h"
 
 #include <numbers>
@@ -30,7 +29,6 @@ struct Take {
 /// Plays keys on a factory program: held for `held` seconds, recorded for `total`.
 Take play(TestHost& host, int program, const std::vector<int>& keys, double held, double total,
           int velocity = 100) {
-    seedRand(1);
     const GraphMark mark(host.host);
     CSampler sampler(host.host);
     sampler.createChannels();

@@ -1,6 +1,5 @@
 #include "project/ProjectFixture.h"
 
-#include "base/Random.h"
 #include "effects/CEffect.h"
 #include "engine/CGroupCh.h"
 #include "instruments/CArp.h"
@@ -53,7 +52,6 @@ void addHits(CSeq* seq, CSongTrack* track) {
 
 /// What the project plays from its start, with a chord from outside.
 std::vector<float> play(ProjectFixture& f) {
-    seedRand(1);
     f.host->setPos(0);
     f.host->start();
     f.device.forget();

@@ -52,6 +52,13 @@ private:
         auto* synth = device.add(new CSampler(&host));
         CStr name;
         synth->factoryProg(nullptr, i, name, true);
+        synth->getProg()->eachSound([](CSound* s) {
+            CLFO& lfo = *s->lfo[0];
+            lfo.wave = lfoRandom;
+            lfo.rate = 40.0f;
+            lfo.params[0].index = targetPitch;
+            lfo.params[0].amount = 0.5f;
+        });
         connect(t, synth);
         sendFrom(synth->output());
         CPart* part = t->addPart(midiPart(0), nullptr);
