@@ -1,3 +1,5 @@
 #include "shell/runapp.h"
 
-int main() { return runapp(); }
+int main() {
+    return runapp();
+}

@@ -27,8 +27,8 @@ public:
 
     Ripple ripple = Ripple::off; ///< what goes along when parts move, come or go
 
-    OwnActions actions; ///< of the window
-    mutable EventIndexes noteEvents; ///< of parts whose notes show in rows of their own
+    OwnActions actions;               ///< of the window
+    mutable EventIndexes noteEvents;  ///< of parts whose notes show in rows of their own
     const CPart* notesPart = nullptr; ///< pressed last in such a row; only to be compared
 
     ArrangeState(Workspace& space, SongRange& songRange);

@@ -47,7 +47,7 @@ public:
     void songChanged(); ///< builds all anew from the song
 
     const OwnActions& ownActions() const { return actions; }
-    void addTargets(CPopup* popup);   ///< as `HeadList::addTargets`
+    void addTargets(CPopup* popup); ///< as `HeadList::addTargets`
     // Of a row in which notes are edited in place (TrackNotes.h).
     bool isForNotes(const CStr& action) const;
     bool runOnNotes(const CStr& action);

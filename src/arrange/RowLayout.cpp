@@ -8,6 +8,7 @@
 #include "sequencer/FolderSum.h"
 #include "sequencer/PartEdits.h"
 #include "sequencer/Takes.h"
+#include "sequencer/TrackEdits.h"
 #include "ui/EventRows.h"
 #include "ui/NotePlace.h"
 
@@ -16,8 +17,6 @@
 
 namespace {
 
-constexpr int mostDepth = 64; ///< of folders in folders, should a file hold a ring
-
 struct Nesting {
     int depth = 0;
     bool hidden = false;
@@ -25,7 +24,7 @@ struct Nesting {
 
 Nesting nestingOf(const CTrack* track) {
     Nesting n;
-    for (const CTrack* f = track->folder; f && n.depth < mostDepth; f = f->folder) {
+    for (const CTrack* f = track->folder; f && n.depth < mostFolderDepth; f = f->folder) {
         n.depth++;
         n.hidden = n.hidden || !f->open();
     }

@@ -1,7 +1,6 @@
 #include "arrange/SnapBar.h"
 
 #include "arrange/ArrangeState.h"
-#include "ui/GridCommands.h"
 #include "engine/CSnap.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
@@ -9,6 +8,7 @@
 #include "gui/controls/CButton.h"
 #include "sequencer/CSeq.h"
 #include "ui/DragSnap.h"
+#include "ui/GridCommands.h"
 #include "ui/Options.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"

@@ -10,7 +10,8 @@ namespace {
 
 CStr listPath() {
     const char* config = std::getenv("XDG_CONFIG_HOME");
-    const CStr folder = config && *config == '/' ? CStr(config) : addSep(getHomeFolder()) + ".config";
+    const CStr folder =
+        config && *config == '/' ? CStr(config) : addSep(getHomeFolder()) + ".config";
     return addSep(folder) + "user-dirs.dirs";
 }
 

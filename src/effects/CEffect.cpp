@@ -5,8 +5,8 @@
 #include "base/OpenBlock.h"
 #include "effects/RackFiles.h"
 #include "engine/CQV.h"
-#include "engine/GraphWorkers.h"
 #include "engine/CUndo.h"
+#include "engine/GraphWorkers.h"
 #include "engine/ParamUnit.h"
 #include "engine/PlanBuilder.h"
 

@@ -4,8 +4,8 @@
 #include "audiofiles/SampleRender.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/GraphWorkers.h"
 #include "engine/ForgetHooks.h"
+#include "engine/GraphWorkers.h"
 
 #include <cmath>
 #include <memory>

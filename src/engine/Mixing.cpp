@@ -255,11 +255,12 @@ void silenceChannels(CMIDIQ* port) {
 void CComp::mergeMIDI(int) {
     assert(heldByThread());
     if (planned && !planned->takesMidi) return;
-    for (const auto& [cable, cut] : planned ? std::span<const PlanNode::Midi>(planned->midi)
-                                            : std::span<const PlanNode::Midi>()) {
-        if (!cut && cable->fromPort) passEvents(cable->fromPort, cable->toPort);
-        if (allNotesOff) silenceChannels(cable->toPort);
-        allNotesOff = 0;
+    if (planned) {
+        for (const auto& [cable, cut] : planned->midi) {
+            if (!cut && cable->fromPort) passEvents(cable->fromPort, cable->toPort);
+            if (allNotesOff) silenceChannels(cable->toPort);
+            allNotesOff = 0;
+        }
     }
     // What lost its last cable would else go on for good.
     if (!allNotesOff || !inPort()) return;

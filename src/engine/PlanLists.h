@@ -31,7 +31,7 @@ private:
 struct PlanSource {
     const CList* list;
     unsigned version;  ///< of the list when it was found to hold this
-    uint64_t contents; ///< told by `contentsOf`
+    uint64_t contents; ///< a hash of its objects in order
 
     PlanSource(const CList& from, const std::vector<CObject*>& objects);
     bool changed() const { return list->version() != version; }

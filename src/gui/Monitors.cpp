@@ -14,8 +14,8 @@ namespace {
 
 bool tellsMonitors(Display* display) {
     int event, error, major = 1, minor = 5;
-    return XRRQueryExtension(display, &event, &error) &&
-           XRRQueryVersion(display, &major, &minor) && (major > 1 || minor >= 5);
+    return XRRQueryExtension(display, &event, &error) && XRRQueryVersion(display, &major, &minor) &&
+           (major > 1 || minor >= 5);
 }
 
 std::vector<CRect> monitors() {

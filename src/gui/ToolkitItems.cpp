@@ -77,8 +77,8 @@ const ItemLook* toolkitItems(int& count) {
 void applyLook(const ItemLook& look, const CPalette& colours) {
     CGuiItem2& item = *look.item;
     if (item.linkTo) return;
-    setGuiFill(item, look.fill ? fadeCol(colours.*look.fill, colours.accent, look.tint)
-                               : guiNoFill);
+    setGuiFill(item,
+               look.fill ? fadeCol(colours.*look.fill, colours.accent, look.tint) : guiNoFill);
     setGuiFrame(item, look.frame ? 1 : 0, look.frame ? colours.*look.frame : 0);
     const int on = look.onFill ? textOn(item.fillCol) : 0;
     setGuiText(item, look.onFill ? on : colours.*look.text);

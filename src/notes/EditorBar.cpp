@@ -48,16 +48,13 @@ EditorBar::EditorBar(CWin* owner, const EditedPart& edited)
 /// Side by side, those that the body has.
 void EditorBar::place() {
     nextX = group;
-    for (CButton* s : switches) {
-        if (!s->visible) continue;
-        s->setBounds(nextX, buttonTop, s->width, high);
-        nextX += s->width + gap;
-    }
-    for (CButton* b : std::initializer_list<CButton*>{grid, scale, chord}) {
-        if (!b->visible) continue;
+    const auto put = [this](CButton* b) {
+        if (!b->visible) return;
         b->setBounds(nextX, buttonTop, b->width, high);
         nextX += b->width + gap;
-    }
+    };
+    for (CButton* s : switches) put(s);
+    for (CButton* b : std::initializer_list<CButton*>{grid, scale, chord}) put(b);
     redraw();
 }
 

@@ -115,12 +115,13 @@ void WaveBody::followSample() {
     if (!after && known != seen.end() && known->second.frames == frames() &&
         frames() != shownFrames)
         axis = known->second.axis;
-    if (after)
+    if (after) {
         setPlaces(after->range, after->marks);
-    else
+        keepMarks();
+        after.reset();
+    } else {
         setPlaces(range, now ? now->marks : std::vector<int>());
-    if (after) keepMarks();
-    after.reset();
+    }
     shownFile = file;
     shownFrames = frames();
     version++;

@@ -40,6 +40,15 @@ void glueRows(CPart* draft) {
     for (CBaseEvent* e : staying) select(e, true);
 }
 
+/// One part for each content that may be edited.
+PartList oneOfEach(CSeq* seq, const PartList& parts) {
+    PartList all;
+    std::unordered_set<const CPart*> done;
+    for (CPart* part : parts)
+        if (!seq->isLocked(part) && done.insert(part->content()).second) all.push_back(part);
+    return all;
+}
+
 template <class F>
 void eachSelectedNote(CPart* part, F&& visit) {
     for (CBaseEvent* e = part->getEvents(); e; e = e->next)
@@ -64,9 +73,7 @@ void applyDrafts(CSeq* seq, std::vector<PartDraft> drafts, const char* title) {
 void changeParts(CSeq* seq, const PartList& parts, const char* title,
                  const std::function<void(CPart* part, CPart* draft)>& change) {
     std::vector<PartDraft> drafts;
-    std::unordered_set<const CPart*> done;
-    for (CPart* part : parts) {
-        if (seq->isLocked(part) || !done.insert(part->content()).second) continue;
+    for (CPart* part : oneOfEach(seq, parts)) {
         drafts.push_back({part, contentDraft(part)});
         change(part, drafts.back().draft.get());
     }
@@ -127,19 +134,13 @@ void glueEvents(CSeq* seq, const PartList& parts) {
 
 void splitEvents(CSeq* seq, const PartList& parts, int songTick) {
     CUndo* undo = seq->host->undoStart("Split", seq, {.song = true, .seq = SeqNotice::parts});
-    std::unordered_set<const CPart*> done;
-    for (CPart* part : parts)
-        if (!seq->isLocked(part) && done.insert(part->content()).second)
-            splitEventsInPart(seq, part, saturate(int64_t(songTick) - part->pos - part->offset),
-                              undo);
+    for (CPart* part : oneOfEach(seq, parts))
+        splitEventsInPart(seq, part, saturate(int64_t(songTick) - part->pos - part->offset), undo);
     seq->host->undoEnd(undo, false);
 }
 
 void quantizeEvents(CSeq* seq, const PartList& parts, int grid) {
     CUndo* undo = seq->host->undoStart("Quantize", seq, {.song = true, .seq = SeqNotice::parts});
-    std::unordered_set<const CPart*> done;
-    for (CPart* part : parts)
-        if (!seq->isLocked(part) && done.insert(part->content()).second)
-            quantize(undo, part, grid, true);
+    for (CPart* part : oneOfEach(seq, parts)) quantize(undo, part, grid, true);
     seq->host->undoEnd(undo, false);
 }

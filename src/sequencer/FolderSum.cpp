@@ -13,8 +13,7 @@
 
 namespace {
 
-constexpr int mostDepth = 64; ///< of folders in folders, should a file hold a ring
-constexpr int beside = 128;   ///< pixels of the graph, from the audio out to a new group
+constexpr int beside = 128; ///< pixels of the graph, from the audio out to a new group
 
 using Members = std::function<bool(const CTrack*)>;
 
@@ -121,7 +120,7 @@ void removeGroup(CSeq* seq, CComp* group, CUndo* undo) {
 
 /// `taken` are the groups of the folders inside.
 CComp* groupOf(CSeq* seq, const CTrack* folder, std::vector<CComp*>& taken, int depth = 0) {
-    if (depth > mostDepth) return nullptr;
+    if (depth > mostFolderDepth) return nullptr;
     for (auto* t : each<CTrack>(seq->tracks))
         if (t->kind == trackFolder && t->folder == folder) groupOf(seq, t, taken, depth + 1);
     const Sources sources(seq, [folder](const CTrack* t) { return isInside(t, folder); });
@@ -136,7 +135,7 @@ CComp* groupOf(CSeq* seq, const CTrack* folder, std::vector<CComp*>& taken, int 
 /// The groups of a folder and of those around it, the innermost first.
 std::vector<CComp*> groupsAround(CSeq* seq, const CTrack* folder) {
     std::vector<CComp*> groups;
-    for (int depth = 0; folder && depth < mostDepth; folder = folder->folder, depth++)
+    for (int depth = 0; folder && depth < mostFolderDepth; folder = folder->folder, depth++)
         if (CComp* group = folderGroup(seq, folder)) groups.push_back(group);
     return groups;
 }

@@ -12,6 +12,6 @@ void mergeEvents(CSeq* seq, CPart* to, CPart* from, int offset);
 /// One step, "Glue": on every track on which several parts are selected, one part comes in place of
 /// them. It lasts from the start of the first to the end of the last, has name, colour and mute of
 /// the first, is no ghost, and is selected. What the parts show is in it, and nothing of what their
-/// edges hide; a note ends where its part did. Parts whose rows repeat too much to be written out stay
-/// as they are, with all others of their track.
+/// edges hide; a note ends where its part did. Parts whose rows repeat too much to be written out
+/// stay as they are, with all others of their track.
 void glueParts(CSeq* seq);

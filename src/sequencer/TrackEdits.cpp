@@ -12,8 +12,6 @@
 
 namespace {
 
-constexpr int mostDepth = 64; ///< of folders in folders, should a file hold a ring
-
 using Tracks = std::vector<CTrack*>;
 
 bool among(const Tracks& tracks, const CTrack* track) {
@@ -82,7 +80,7 @@ void recordOrder(CUndo* undo, CList& list, const std::vector<CObject*>& wanted) 
 
 bool isInside(const CTrack* track, const CTrack* folder) {
     int depth = 0;
-    for (const CTrack* f = track->folder; f && depth < mostDepth; f = f->folder, depth++)
+    for (const CTrack* f = track->folder; f && depth < mostFolderDepth; f = f->folder, depth++)
         if (f == folder) return true;
     return false;
 }

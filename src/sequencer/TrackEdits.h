@@ -16,6 +16,7 @@ struct TrackTarget {
     CTrack* folder = nullptr;
 };
 
+constexpr int mostFolderDepth = 64; ///< of folders in folders, should a file hold a ring
 bool isInside(const CTrack* track, const CTrack* folder); ///< at any depth
 /// Whether none of them is a folder that would come into itself.
 bool canMoveTracksTo(const std::vector<CTrack*>& tracks, const TrackTarget& target);

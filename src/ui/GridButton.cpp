@@ -1,44 +1,30 @@
 #include "ui/GridButton.h"
 
 #include "engine/CSnap.h"
-#include "gui/CApp.h"
-#include "gui/CWin.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/CSeq.h"
 #include "ui/ActionItems.h"
 #include "ui/GridCommands.h"
 #include "ui/Options.h"
-#include "ui/ProgramItems.h"
-#include "ui/Song.h"
 #include "ui/Workspace.h"
 
 GridButton::GridButton(CWin* owner, Workspace& space, int l, int t, int h)
-    : CButton(owner, "grid", "", l, t, int(usualWidth), h), workspace(space) {
-    hint = "The grid: press to choose another";
-    skin = &clTrackControls;
-    litSkin = &clTrackControlsPushed;
-    onChange = new _COnChange<GridButton>(this, &GridButton::clicked);
+    : SongMenuButton(owner, space, "grid", "The grid: press to choose another",
+                     asRect(l, t, l + usualWidth, t + h)) {
 }
 
 void GridButton::refresh() {
-    const CSeq* seq = playableSongOf(workspace.host());
+    const CSeq* seq = song();
     if (!seq) return;
     const CSnap& snap = *seq->snap;
     CStr now = workspace.options().adaptiveGrid.on() ? CStr("Auto") : gridName(snap.asIndex());
     if (snap.triplet || snap.dotted) now += snap.dotted ? " D" : " T";
-    if (now == text) return;
-    text = now;
-    spokenName = "Grid " + now;
-    redraw();
+    tell(now, "Grid " + now);
 }
 
-void GridButton::clicked(CObject*) {
-    const CSeq* seq = playableSongOf(workspace.host());
-    if (!seq) return;
+void GridButton::fill(CPopup* popup, CSeq* seq) {
     const CSnap& snap = *seq->snap;
     const bool adaptive = workspace.options().adaptiveGrid.on();
-    auto* popup = new CPopup(win->app, win);
-    popup->autoDelete = true;
     for (int i = 0; i < gridCount; i++) {
         CMenuItem* item =
             popup->add(gridName(i), new _COnChange<GridButton>(this, &GridButton::chosen));
@@ -46,9 +32,9 @@ void GridButton::clicked(CObject*) {
         item->checked = !adaptive && snap.asIndex() == i;
     }
     popup->addSeparator();
-    const auto addKind = [&](const char* name, GridNumber kind, bool on) {
+    const auto addKind = [&](const char* kindName, GridNumber kind, bool on) {
         CMenuItem* item =
-            popup->add(name, new _COnChange<GridButton>(this, &GridButton::kindChosen));
+            popup->add(kindName, new _COnChange<GridButton>(this, &GridButton::kindChosen));
         item->tag = int(kind);
         item->checked = on;
     };
@@ -57,19 +43,15 @@ void GridButton::clicked(CObject*) {
     popup->addSeparator();
     for (const char* action : {"snapadaptive", "snaprelative"})
         addActionItem(popup, workspace, action);
-    const CPoint corner = win->getPos(true), in = win->controlPos(this);
-    popup->popup(corner.x + in.x, corner.y + in.y + height, hasKeyFocus());
 }
 
 void GridButton::chosen(CObject* sender) {
-    CSeq* seq = playableSongOf(workspace.host());
     workspace.options().adaptiveGrid.set(0);
-    if (seq) chooseSnap(seq, static_cast<CMenuItem*>(sender)->tag);
+    if (CSeq* seq = song()) chooseSnap(seq, chosenTag(sender));
     refresh();
 }
 
 void GridButton::kindChosen(CObject* sender) {
-    CSeq* seq = playableSongOf(workspace.host());
-    if (seq) toggleSnap(seq, GridNumber(static_cast<CMenuItem*>(sender)->tag));
+    if (CSeq* seq = song()) toggleSnap(seq, GridNumber(chosenTag(sender)));
     refresh();
 }

@@ -1,13 +1,10 @@
 #pragma once
 
-#include "gui/controls/CButton.h"
-
-class CPopup;
-class Workspace;
+#include "ui/SongMenuButton.h"
 
 /// The grid of the song where there is room for a word: tells it, and offers the others in a menu.
 /// Interface thread.
-class GridButton : public CButton {
+class GridButton : public SongMenuButton {
 public:
     static constexpr int usualWidth = 64;
 
@@ -16,9 +13,7 @@ public:
     void refresh(); ///< follows the grid
 
 private:
-    void clicked(CObject*);
+    void fill(CPopup* popup, CSeq* seq) override;
     void chosen(CObject* sender);
     void kindChosen(CObject* sender);
-
-    Workspace& workspace;
 };

@@ -44,10 +44,15 @@ CStr dragText(CSeq* seq, int from, int delta) {
     return placeText(seq, from + delta) + "   " + deltaText(seq, delta);
 }
 
+CStr keyName(int key) {
+    constexpr int keys = 12;
+    constexpr const char* names[keys] = {"C",  "C#", "D",  "D#", "E",  "F",
+                                         "F#", "G",  "G#", "A",  "A#", "B"};
+    return names[(key % keys + keys) % keys];
+}
+
 CStr noteToStr(int key) {
-    constexpr const char* names[] = {"C",  "C#", "D",  "D#", "E",  "F",
-                                     "F#", "G",  "G#", "A",  "A#", "B"};
-    return CStr(names[key % 12]) + asStr(key / 12 - 1);
+    return keyName(key) + asStr(key / 12 - 1);
 }
 
 int keyOf(const CStr& name) {

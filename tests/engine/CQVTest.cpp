@@ -1,10 +1,10 @@
 #include "audiofiles/CSample.h"
 #include "base/CIniFile.h"
 #include "engine/CAAM.h"
-#include "engine/GraphWorkers.h"
 #include "engine/CClick.h"
 #include "engine/CMap.h"
 #include "engine/EditorHooks.h"
+#include "engine/GraphWorkers.h"
 #include "engine/StripFixture.h"
 #include "support/Places.h"
 

@@ -182,7 +182,8 @@ TEST(CArp, ChanceFollowsItsDraws) {
         const int held[] = {60, 64, 67};
         int pattern[] = {60, 64, 67};
         const auto shuffle = [&](int count) {
-            for (int i = 0; i < count && mode == 8; i++) pattern[i] = held[int(chance.unit() * count)];
+            for (int i = 0; i < count && mode == 8; i++)
+                pattern[i] = held[int(chance.unit() * count)];
         };
         for (int keys = 1; keys <= 3; keys++) shuffle(keys);
         std::vector<Step> steps;

@@ -31,7 +31,8 @@ private:
 
 } // namespace
 
-/// A song is made, recorded, mixed, saved and exported by what a screen reader can see and do. Run by
+/// A song is made, recorded, mixed, saved and exported by what a screen reader can see and do. Run
+/// by
 /// `./test --spoken`: it takes a desktop's own servers and some twenty seconds.
 TEST(SpokenProgram, DISABLED_MakesASongWithoutKeysOrPointer) {
     const Session session;

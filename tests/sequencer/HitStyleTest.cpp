@@ -151,7 +151,7 @@ TEST(HitStyle, RepeatsAndFlamsFallWhereTheyAreTold) {
         made->addEvent(240, styled({0, 8, 30}, 62, 240));
         made->addEvent(300, styled({100, 1, 20}, 63, 100));
         made->addEvent(900, styled({100, 3, 0}, 64, 300));
-        made->addEvent(960, styled({100, 1, 60}, 65, 100)); // behind the end
+        made->addEvent(960, styled({100, 1, 60}, 65, 100));    // behind the end
         made->addEvent(300, styled({100, 3, 20, 1}, 66, 100)); // muted
         f.songTrack->addPart(made, nullptr);
         f.play(int(f.frame(4000)) / block);

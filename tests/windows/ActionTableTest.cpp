@@ -58,7 +58,7 @@ TEST(ActionTable, FindsTheActionOfAKeyPress) {
         {'<', shift, 4, "priormarker"},
         {'-', shift, 0, "zoomout"},
         {'_', shift | control, 4, "zoomback"}, // as keyboards have it
-        {'1', shift, 0, ""}, // digits and letters mean their Shift
+        {'1', shift, 0, ""},                   // digits and letters mean their Shift
         {'z', shift, 4, ""},
         {keyF1, shift, 0, ""},
         {' ', shift | control, 4, ""},

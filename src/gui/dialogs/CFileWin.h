@@ -22,7 +22,7 @@ class CPathEdit;
 /// existing file is overwritten only after "File exists. Overwrite?".
 class CFileWin : public CDialogWin {
 public:
-    CStr path;   ///< the file chosen, in full; empty without a result
+    CStr path; ///< the file chosen, in full; empty without a result
     /// A file of the list is marked: it may be shown or played before it is chosen.
     std::function<void(const CStr& file)> onMarked;
     CStr folder; ///< the folder shown, with a separator at its end; a place to begin next time
