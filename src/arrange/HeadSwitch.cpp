@@ -4,20 +4,14 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/GuiItem.h"
-#include "gui/ItemStates.h"
 #include "gui/Keys.h"
-#include "gui/Shapes.h"
 #include "sequencer/CSongTrack.h"
 #include "sequencer/CTrack.h"
 #include "sequencer/SongValues.h"
 #include "sequencer/TrackValues.h"
 #include "ui/ProgramItems.h"
 
-#include <numbers>
-
 namespace {
-
-constexpr double corner = 3;
 
 struct SwitchLook {
     const char *id, *text, *spoken, *hint;
@@ -38,19 +32,6 @@ const SwitchLook looks[trackSwitches] = {
      &clTrackControls, &clTrackControlsPushed},
 };
 
-CPath roundedBox(CRect box, double radius) {
-    constexpr double quarter = std::numbers::pi / 2;
-    const double l = box.left, t = box.top, r = box.right, b = box.bottom;
-    CPath path;
-    path.moveTo(l, t + radius);
-    path.arc(l + radius, t + radius, radius, 2 * quarter, 3 * quarter);
-    path.arc(r - radius, t + radius, radius, 3 * quarter, 4 * quarter);
-    path.arc(r - radius, b - radius, radius, 0, quarter);
-    path.arc(l + radius, b - radius, radius, quarter, 2 * quarter);
-    path.close();
-    return path;
-}
-
 } // namespace
 
 StoredValue switchOf(TrackSwitch which, CSongTrack* track) {
@@ -67,7 +48,7 @@ StoredValue switchOf(TrackSwitch which, CSongTrack* track) {
 }
 
 HeadSwitch::HeadSwitch(HeadList& owner, TrackSwitch which, CSongTrack* of)
-    : CButton(owner.win, looks[int(which)].id, looks[int(which)].text, 0, 0, 1, 1), list(owner),
+    : RoundButton(owner.win, looks[int(which)].id, looks[int(which)].text, 0, 0, 1, 1), list(owner),
       kind(which), track(of) {
     skin = looks[int(which)].skin;
     litSkin = looks[int(which)].lit;
@@ -83,17 +64,6 @@ bool HeadSwitch::refresh() {
     if (on == lit) return false;
     setLit(on);
     return true;
-}
-
-/// Smaller in its corners than a frame of the items can be.
-void HeadSwitch::paint(CGraphic* g, CRect rect) {
-    const CGuiItem2& look = present();
-    if (look.fill != fillSolid) return CButton::paint(g, rect);
-    const int frame = look.frame ? look.frameCol : fillColour();
-    fillPath(g, roundedBox(rect, corner), frame);
-    fillPath(g, roundedBox(sizeRect(rect, 1, 1, -1, -1), corner - 1), fillColour());
-    g->drawText(faceColour(), text, rect, 0);
-    paintFocus(g, rect, fillColour());
 }
 
 void HeadSwitch::mouseDown(int x, int y, int btn) {

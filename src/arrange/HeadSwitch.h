@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/StoredValue.h"
-#include "gui/controls/CButton.h"
+#include "ui/RoundButton.h"
 
 class CSongTrack;
 class HeadList;
@@ -15,11 +15,10 @@ StoredValue switchOf(TrackSwitch which, CSongTrack* track);
 
 /// A switch on the head of a track: a press switches it, and a drag over those of other tracks
 /// brings all of them to the same state.
-class HeadSwitch : public CButton {
+class HeadSwitch : public RoundButton {
 public:
     HeadSwitch(HeadList& list, TrackSwitch which, CSongTrack* track);
 
-    void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
     void click() override;
     bool refresh();                  ///< whether it has become another
