@@ -9,6 +9,8 @@
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
 
+#include <memory>
+
 namespace {
 
 template <class Fx>
@@ -36,6 +38,12 @@ CFX* makeEffect(int kind, float hz, int frames) {
     fx->category = categoryEffect;
     fx->type = kind;
     return fx;
+}
+
+CStr effectName(int kind) {
+    constexpr float anyRate = 44100.0f;
+    const std::unique_ptr<CFX> one(makeEffect(kind, anyRate, 0));
+    return one->id;
 }
 
 CFX* makeNewEffect(int kind, float hz, int frames) {

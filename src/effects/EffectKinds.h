@@ -18,5 +18,8 @@ constexpr bool isEffectKind(int kind) {
 /// kind. Owned by the caller. `hz` frames a second, blocks of `frames`. Interface thread.
 CFX* makeEffect(int kind, float hz, int frames);
 
-/// The same for use in a chain: on, with the gains that a new program gives it.
+/// What the user knows a kind as.
+CStr effectName(int kind);
+
+/// As `makeEffect`, for use in a chain: on, with the gains that a new program gives it.
 CFX* makeNewEffect(int kind, float hz, int frames);

@@ -1,0 +1,121 @@
+#include "effects/Inserts.h"
+
+#include "base/CStream.h"
+#include "effects/CEffect.h"
+#include "engine/CQV.h"
+#include "engine/CUndo.h"
+
+#include <memory>
+
+namespace {
+
+const StepEffects rewired = {.graph = true};
+
+/// Of what adds to a sound; other effects take its place.
+float usualWet(int kind) {
+    constexpr float added = 0.3f;
+    return kind == fxDelay || kind == fxReverb ? added : 1.0f;
+}
+
+int placeIn(const COutputChannel* ch, int index) {
+    const int count = ch->inserts.getCount();
+    return index < 0 || index >= count ? -1 : index;
+}
+
+std::unique_ptr<CEffect> emptyRack(COutputChannel* ch) {
+    CQV* host = ch->comp->host;
+    auto rack = std::make_unique<CEffect>(host);
+    rack->createIO();
+    rack->createBuffers(host->frames);
+    rack->listKind = listInsert;
+    rack->ownerChannel = ch;
+    return rack;
+}
+
+std::unique_ptr<CEffect> rackOf(COutputChannel* ch, int kind) {
+    std::unique_ptr<CEffect> rack = emptyRack(ch);
+    rack->addProg(kind);
+    rack->id = rack->getProg()->id;
+    rack->wet = usualWet(kind);
+    return rack;
+}
+
+CComp* link(std::unique_ptr<CEffect> rack, COutputChannel* ch, int index, const CStr& title) {
+    CQV* host = ch->comp->host;
+    CUndo* step = host->undoStart(title, host, rewired);
+    CComp* made = rack.release();
+    step->asAdd(made, &ch->inserts, placeIn(ch, index));
+    host->undoEnd(step, true);
+    return made;
+}
+
+} // namespace
+
+CComp* addInsert(COutputChannel* ch, int kind, int index) {
+    std::unique_ptr<CEffect> rack = rackOf(ch, kind);
+    const CStr title = "Add " + rack->id;
+    return link(std::move(rack), ch, index, title);
+}
+
+CComp* addInsertFile(COutputChannel* ch, const CStr& path, int index) {
+    std::unique_ptr<CEffect> rack = emptyRack(ch);
+    CFileStream stream(path, 0);
+    rack->read(&stream, int(stream.getSize()));
+    if (!rack->getProg()) return nullptr;
+    rack->setRate(double(ch->comp->host->rate));
+    rack->id = rack->getProg()->id;
+    const CStr title = "Add " + rack->id;
+    return link(std::move(rack), ch, index, title);
+}
+
+CComp* replaceInsert(COutputChannel* ch, int index, int kind) {
+    auto* former = static_cast<CComp*>(ch->inserts.items(index));
+    if (!former) return addInsert(ch, kind, index);
+    CQV* host = ch->comp->host;
+    std::unique_ptr<CEffect> rack = rackOf(ch, kind);
+    CUndo* step = host->undoStart("Replace " + former->id, host, rewired);
+    step->asRemove(former, &ch->inserts);
+    CComp* made = rack.release();
+    step->asAdd(made, &ch->inserts, index);
+    host->undoEnd(step, true);
+    return made;
+}
+
+void removeInsert(COutputChannel* ch, CComp* insert) {
+    if (!ch->inserts.contains(insert)) return;
+    CQV* host = ch->comp->host;
+    CUndo* step = host->undoStart("Delete " + insert->id, host, rewired);
+    step->asRemove(insert, &ch->inserts);
+    host->undoEnd(step, true);
+}
+
+bool moveInsert(COutputChannel* from, CComp* insert, COutputChannel* to, int index) {
+    if (!from->inserts.contains(insert)) return false;
+    const int at = from->inserts.indexed(insert), last = from->inserts.getCount() - 1;
+    const int before = placeIn(to, index);
+    const bool stays =
+        from == to && (before == at || before == at + 1 || (before < 0 && at == last));
+    if (stays) return false;
+    CQV* host = to->comp->host;
+    CUndo* step = host->undoStart("Move " + insert->id, host, rewired);
+    step->asMove(insert, &from->inserts, &to->inserts, before);
+    host->undoEnd(step, true);
+    insert->ownerChannel = to; // the next block would find that too
+    return true;
+}
+
+CComp* copyInsert(CComp* insert, COutputChannel* to, int index) {
+    CComp* twin = insert->copy();
+    if (!twin) return nullptr;
+    CQV* host = to->comp->host;
+    twin->id = insert->id;
+    twin->wet = float(insert->wet);
+    twin->enabled = int(insert->enabled);
+    twin->listKind = listInsert;
+    twin->ownerChannel = to;
+    twin->createBuffers(host->frames);
+    CUndo* step = host->undoStart("Copy " + insert->id, host, rewired);
+    step->asAdd(twin, &to->inserts, placeIn(to, index));
+    host->undoEnd(step, true);
+    return twin;
+}

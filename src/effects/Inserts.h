@@ -1,0 +1,22 @@
+#pragma once
+
+class CComp;
+class COutputChannel;
+class CStr;
+
+// The effects that a mixer strip runs through, in their order; each edit is one step of the
+// history. Interface thread; the step has been carried out on return. An index beyond the end, or
+// below 0, means the end.
+
+/// A rack with one effect (FxKind) comes to a place, with a share of it that leaves the sound
+/// itself to be heard. The rack.
+CComp* addInsert(COutputChannel* ch, int kind, int index);
+/// A rack that a file (.qve) tells. Null, and nothing happens, where it has none.
+CComp* addInsertFile(COutputChannel* ch, const CStr& path, int index);
+/// Another effect in place of the one at `index`, or of nothing.
+CComp* replaceInsert(COutputChannel* ch, int index, int kind);
+void removeInsert(COutputChannel* ch, CComp* insert);
+/// To a place, counted before the move, of the same or another strip. False where it stays.
+bool moveInsert(COutputChannel* from, CComp* insert, COutputChannel* to, int index);
+/// A duplicate comes there instead. Null for what cannot be duplicated, after a message.
+CComp* copyInsert(CComp* insert, COutputChannel* to, int index);
