@@ -2,6 +2,10 @@
 
 #include "base/BlockView.h"
 #include "base/OpenBlock.h"
+#include "engine/CQV.h"
+#include "engine/CUndo.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -36,6 +40,59 @@ void CMixer::clear() {
 
 CMixProg* CMixer::getProg(int index) {
     return static_cast<CMixProg*>(getProgram(index));
+}
+
+CStr CMixer::getProgName(int index) {
+    const CMixProg* prog = index < 0 ? nullptr : getProg(index);
+    return prog ? prog->id : CStr();
+}
+
+void CMixer::perform(CUndoItem* item, int) {
+    if (item->touches(&progs))
+        curProg = std::clamp(int(curProg), 0, std::max(progs.getCount() - 1, 0));
+    notices.raise(CompNotice::program);
+}
+
+// Edits.
+
+void CMixer::insertProg(CMixProg* prog, const CStr& title) {
+    CUndo* step = host->undoStart(title, this);
+    step->asInt(curProg.address()); // undone last
+    const int at = progs.getCount();
+    step->asAdd(prog, &progs);
+    step->asInt(curProg.address()); // redone last
+    host->undoEnd(step, true);
+    setProg(at);
+}
+
+void CMixer::addProg() {
+    insertProg(new CMixProg, "Add program");
+}
+
+void CMixer::duplicateProg() {
+    const CMixProg* now = getProg(-1);
+    if (!now) return;
+    CMixProg* twin = now->copy();
+    twin->sh = int(now->sh);
+    insertProg(twin, "Duplicate program");
+}
+
+void CMixer::deleteProg() {
+    CMixProg* now = getProg(-1);
+    if (!now || progs.getCount() < 2) return;
+    CUndo* step = host->undoStart("Delete program", this);
+    step->asInt(curProg.address());
+    step->asRemove(now, &progs);
+    host->undoEnd(step, true);
+}
+
+void CMixer::renameProg(const CStr& name) {
+    CMixProg* now = getProg(-1);
+    if (!now || now->id == name) return;
+    CUndo* step = host->undoStart("Rename", this, {.comp = CompNotice::program});
+    step->asName(&now->id);
+    now->id = name;
+    host->undoEnd(step, true);
 }
 
 void CMixer::read(CStream* stream, int end) {

@@ -8,7 +8,8 @@ class BlockView;
 class CMixProg : public CProgram {
 public:
     CMixProg();
-    int sh = 31; ///< bit mask of shown sections; bit 0 audio inputs
+    /// Bit mask of shown sections: inputs, tracks and instruments, groups, sends, outputs.
+    Stored<int> sh{31};
 
     /// A program of the same name, owned by the caller.
     CMixProg* copy() const;
@@ -28,7 +29,17 @@ public:
     void write(CStream* stream) override;
     /// -1 means the current one; null outside the list.
     CMixProg* getProg(int index);
+    CStr getProgName(int index) override;
+    /// Keeps the current program within the list.
+    void perform(CUndoItem* item, int op) override;
+
+    // What the user does to the programs; each a step of the history, carried out on return.
+    void addProg();       ///< of all sections; it becomes the current one
+    void duplicateProg(); ///< the current one, as the current one
+    void deleteProg();    ///< the current one, unless it is the last
+    void renameProg(const CStr& name);
 
 private:
+    void insertProg(CMixProg* prog, const CStr& title);
     void readItem(BlockView& item, const CStr& name);
 };

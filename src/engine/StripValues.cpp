@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "common/fx/CEQ.h"
+#include "engine/CMixer.h"
 #include "engine/CQV.h"
 
 #include <algorithm>
@@ -84,6 +85,19 @@ const StoredValue::Kind share = {
         if (o->category == categoryComp) static_cast<CComp*>(o)->listParam(param, all);
     }};
 
+const StoredValue::Kind program = {
+    "Program",
+    [](const CObject* o, int) { return Numbers{double(static_cast<const CComp*>(o)->curProg)}; },
+    [](CObject* o, int, const Numbers& to) {
+        auto* comp = static_cast<CComp*>(o);
+        comp->setProg(std::clamp(asInt(to[0]), 0, std::max(comp->numProgs() - 1, 0)));
+    }};
+
+const StoredValue::Kind sections = {
+    "Sections",
+    [](const CObject* o, int) { return Numbers{double(static_cast<const CMixProg*>(o)->sh)}; },
+    [](CObject* o, int, const Numbers& to) { static_cast<CMixProg*>(o)->sh = asInt(to[0]); }};
+
 const StoredValue::Kind tempo = {
     "Tempo",
     [](const CObject* o, int) { return Numbers{double(static_cast<const CQV*>(o)->songTempo)}; },
@@ -152,6 +166,14 @@ StoredValue parameterOf(CObject* target, int param) {
     if (target->asType(categoryChannel, channelOutput))
         return stripParameter(static_cast<COutputChannel*>(target), param);
     return {&share, target, param};
+}
+
+StoredValue programOfComp(CComp* comp) {
+    return {&program, comp};
+}
+
+StoredValue sectionsOf(CMixProg* prog) {
+    return {&sections, prog};
 }
 
 StoredValue tempoOf(CQV* host) {

@@ -3,6 +3,7 @@
 #include "engine/StoredValue.h"
 
 class CComp;
+class CMixProg;
 class COutputChannel;
 class CQV;
 class CSend;
@@ -29,6 +30,11 @@ StoredValue levelOf(CSend* send); ///< 0 to 1
 /// tells it, of a strip or send the same value as above. For the user's 0 to 1 there is
 /// `ValueDoor::setParam`.
 StoredValue parameterOf(CObject* target, int param);
+
+/// Index of the program that a component plays, of those that it has.
+StoredValue programOfComp(CComp* comp);
+
+StoredValue sectionsOf(CMixProg* prog); ///< the bit mask of what the mixer shows
 
 // Of a project without a song.
 StoredValue tempoOf(CQV* host); ///< beats per minute
