@@ -26,6 +26,9 @@ of() { # TITLE FILE: a dialog that is open, which is left
 playing 0 main-light.png
 leave
 playing 1 main.png
+keys F9
+shot "$images/mixer.png"
+keys F8
 keys ctrl+n
 of Welcome welcome.png
 keys F5

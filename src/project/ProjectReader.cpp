@@ -396,6 +396,7 @@ void showProjectWindows(const Project& project) {
             c->eachInsert(open);
         }
     }
+    open(project.mixer);
     if (host->mapStruct.visible) host->editMap(nullptr);
     if (host->settings.getInt("savePosAndSize", 0)) project.ui->placeMainWindow();
 }

@@ -52,7 +52,7 @@ CMainWin::CMainWin(CApp* application, CQV* host)
     : ProgramTables(host), CCompEditor(application, nullptr, windowTitle, host->editorStruct.left,
                                        host->editorStruct.top, host->editorStruct.width,
                                        host->editorStruct.height, mainStyle, host, &table),
-      flows(std::make_unique<ProjectFlows>(this, host)), rooms(std::make_unique<Rooms>(*this)),
+      flows(std::make_unique<ProjectFlows>(this, host)), rooms(std::make_unique<Rooms>(*this, flows->mixer)),
       theme(application, host), mainCommands(std::make_unique<MainCommands>(this)) {
     minWidth = asMin(smallestWidth, screenWidth());
     minHeight = smallestHeight;
@@ -120,6 +120,7 @@ void CMainWin::followNotices() {
 void CMainWin::idle() {
     if (!pages || flows->loading()) return;
     router.serve();
+    flows->mixer.idle();
     setCaptionText();
     refreshDesk();
     bar->refresh();

@@ -4,8 +4,9 @@
 #include "ui/Commands.h"
 #include "ui/Workspace.h"
 
-Rooms::Rooms(Workspace& space)
-    : arrange(space, editors), workspace(space), render(space), notes(space, editors) {
+Rooms::Rooms(Workspace& space, CMixer& mixer)
+    : arrange(space, editors), workspace(space), render(space), notes(space, editors),
+      mixing(space, editors, mixer) {
     workspace.commands().bind("setup", [this] { openSetup(); });
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "arrange/ArrangeRoom.h"
+#include "mixer/MixerRoom.h"
 #include "notes/NoteCommands.h"
 #include "render/RenderCommands.h"
 #include "ui/EditorTable.h"
@@ -13,7 +14,8 @@ class CSetupWin;
 /// and enters its editors. Interface thread.
 class Rooms {
 public:
-    explicit Rooms(Workspace& workspace);
+    /// `mixer` is that of the project, and outlives them.
+    Rooms(Workspace& workspace, CMixer& mixer);
     ~Rooms();
     Rooms(const Rooms&) = delete;
     Rooms& operator=(const Rooms&) = delete;
@@ -28,4 +30,5 @@ private:
     Workspace& workspace;
     const RenderCommands render;
     const NoteCommands notes;
+    const MixerRoom mixing;
 };

@@ -14,6 +14,7 @@ enum ActionGroup : int {
     groupTransport = -1,
     groupGlobal = 0,
     groupArrange = 4,
+    groupMixer = 5,
 };
 
 /// What an action does.

@@ -3,11 +3,18 @@
 #include "engine/CComp.h"
 #include "ui/CCompEditor.h"
 
+const EditorTable::Maker* EditorTable::find(const CComp& comp) const {
+    const auto own = single.find(&comp);
+    if (own != single.end()) return &own->second;
+    const auto ofType = makers.find(comp.type);
+    return ofType == makers.end() ? nullptr : &ofType->second;
+}
+
 bool EditorTable::has(const CComp& comp) const {
-    return makers.count(comp.type) > 0;
+    return find(comp) != nullptr;
 }
 
 std::unique_ptr<CCompEditor> EditorTable::make(Workspace& workspace, CComp& comp) const {
-    const auto found = makers.find(comp.type);
-    return found == makers.end() ? nullptr : found->second(workspace, comp);
+    const Maker* maker = find(comp);
+    return maker ? (*maker)(workspace, comp) : nullptr;
 }

@@ -16,10 +16,15 @@ public:
     using Maker = std::function<std::unique_ptr<CCompEditor>(Workspace& workspace, CComp& comp)>;
 
     void enter(int compType, Maker maker) { makers[compType] = std::move(maker); }
+    /// Of one component, which has no type of its own and outlives the table.
+    void enter(const CComp& comp, Maker maker) { single[&comp] = std::move(maker); }
     bool has(const CComp& comp) const;
     /// Null where nothing edits that type.
     std::unique_ptr<CCompEditor> make(Workspace& workspace, CComp& comp) const;
 
 private:
+    const Maker* find(const CComp& comp) const;
+
     std::map<int, Maker> makers;
+    std::map<const CComp*, Maker> single;
 };

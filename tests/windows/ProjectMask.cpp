@@ -134,7 +134,24 @@ void maskProgram(Cursor& in) {
     in.blank(4); // the position
 }
 
+void maskStrip(Cursor& in) {
+    in.skip(20);
+    in.blank(4); // how the mixer shows it
+}
+
+void maskMixer(Cursor& in) {
+    while (!in.done()) {
+        const std::string name = in.readText();
+        const auto told = size_t(in.readInt());
+        if (name == "mxv")
+            in.blank(told); // the rows of strips
+        else
+            in.skip(told);
+    }
+}
+
 const std::map<std::string, Mask> masks = {
+    {"mixer", maskMixer},     {"strip2", maskStrip},
     {"audiodir", maskAll},    {"page", maskAll},         {"pagei", maskAll},
     {"pageModular", maskAll}, {"modsb", maskAll},        {"comped", maskAll},
     {"compedi", maskAll},     {"mixed", maskAll},        {"cmed", maskAll},

@@ -1,0 +1,108 @@
+#pragma once
+
+#include "gui/CGroup.h"
+#include "mixer/MixerState.h"
+#include "mixer/StripMenus.h"
+
+#include <memory>
+#include <vector>
+
+class CEqWin;
+class CMixerStrip;
+class CScrollbar;
+class DragHandler;
+class SectionTitle;
+enum class MixSwitch;
+
+/// The strips of the mixer, section beside section under titles. The outputs stay at the right
+/// while the others are scrolled. The wheel over the last 64 pixels at the right goes up and down,
+/// anywhere else from side to side. Tab stops at one strip and what is on it; Left and Right lead
+/// to the same on its neighbours, Up and Down along the strip. Interface thread.
+class CMixerPanel : public CGroup {
+public:
+    static constexpr int titleHeight = 18, wheelEdge = 64;
+
+    MixerState state;
+    StripMenus menus{*this};
+
+    CMixerPanel(CWin* win, Workspace& workspace, CMixer& mixer);
+    ~CMixerPanel() override;
+
+    void paint(CGraphic* g, CRect rect) override;
+    void resized() override;
+    bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
+    bool touch(int x, int y, int btn, const TouchStep& step) override;
+    bool keyInside(int key, int mods) override;
+    void reveal(const CCtrl* ctrl) override;
+    bool contextMenu() override;
+    void describe(Description& d, int part) const override;
+
+    /// Follows the strips that there are. To be called before anything uses one: what has left the
+    /// graph may be freed from the next step on.
+    void follow();
+    void layout();                          ///< by the strips and what of them is to be seen
+    void refresh();                         ///< follows what has no notice; every 40 ms
+    bool shows(StripSection section) const; ///< it is switched on
+    void show(StripSection section, bool on);
+    bool showsRows(int rows) const; ///< StripRows
+    void showRows(int rows, bool on);
+    const std::vector<CMixerStrip*>& strips() const { return made; } ///< from left to right
+
+    // What is done to strips.
+    void choose(CMixerStrip& strip, int btn);
+    bool renameSelected(); ///< opens a field for the first selected; false without one
+    void renameStrip(const MixerStrip& strip, const CStr& name);
+    void deleteSelected();
+    void groupSelected(); ///< into a new group
+    void setWide(bool wide);
+    void toggleSelected(MixSwitch which);
+    void toggle(MixSwitch which, const MixerStrip& strip);
+    bool anySolo() const;
+    void unSolo();
+    void clearPeaks(const MixerStrip& strip);
+    void openEq(const MixerStrip& strip);
+    bool openInsert(CComp* insert); ///< false where it has no window
+    void addPreset(const MixerStrip& strip, const CStr& path, int index);
+    void removeInsertAt(const MixerStrip& strip, int index);
+    void stepInsert(CMixerStrip& strip, int index, int by);
+    bool takesInsertDrop() const;
+    void dropInserts(const MixerStrip& strip, int index, int btn);
+
+    // Drags.
+    void swipe(MixSwitch which, CMixerStrip& strip, const CCtrl* from, CPoint at, int btn);
+    /// Those that lie between two places of this panel.
+    std::vector<CMixerStrip*> stripsBetween(int from, int to) const;
+    int scrollAcross(int by); ///< by how much it has been
+
+private:
+    class Row; ///< strips that are scrolled together
+    struct Place {
+        size_t strip = 0;
+        CStr stop;
+        int number = 0; ///< of stops with that name
+        bool found = false;
+    };
+
+    void reconcile(const std::vector<MixerStrip>& wanted);
+    CMixerStrip* stripOf(const COutputChannel* ch) const;
+    void dropStrip(CMixerStrip* strip);
+    void makePlan();
+    int viewHeight() const; ///< without the bar below, where there has to be one
+    void placeSections();
+    void scrolled(CObject*);
+    void scrollTo(int x, int y);
+    bool isStale() const;
+    Place focusPlace() const;
+    void focusOn(const Place& place);
+    void markStops();
+
+    std::vector<MixerStrip> all; ///< as they were listed last
+    std::vector<CMixerStrip*> made;
+    std::vector<SectionTitle*> titles; ///< by StripSection
+    int shownMask = -1; ///< of sections
+    Row *moving, *fixed;
+    CScrollbar *across, *down;
+    CMixerStrip* marked = nullptr;     ///< that Tab stops at; among `made`
+    std::unique_ptr<CEqWin> eqWin;     ///< null until it is opened first
+    std::unique_ptr<DragHandler> drag; ///< the latest; null before the first
+};

@@ -1,0 +1,343 @@
+#include "mixer/CMixerStrip.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/StripValues.h"
+#include "engine/ValueDoor.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Colours.h"
+#include "gui/Fonts.h"
+#include "gui/Keys.h"
+#include "mixer/CMixerPanel.h"
+#include "mixer/EqSection.h"
+#include "mixer/InsertSlot.h"
+#include "mixer/MixerState.h"
+#include "mixer/StripControls.h"
+#include "mixer/ValueBar.h"
+#include "ui/NameField.h"
+#include "ui/ProgramItems.h"
+
+namespace {
+
+constexpr int nameMargin = 4, switchGap = 3, stripeHeight = 3;
+constexpr double silentShare = 0.55, selectedShare = 0.12;
+
+void setPlace(CCtrl* ctrl, CRect at) {
+    ctrl->visible = !at.empty();
+    if (ctrl->visible) ctrl->setBounds(at.left, at.top, at.width(), at.height());
+}
+
+} // namespace
+
+CMixerStrip::CMixerStrip(CMixerPanel& around, const MixerStrip& shownStrip)
+    : CGroup(around.win, "strip", 0, 0, 1, 1), panel(around), of(shownStrip),
+      source(new StripChoice(*this, StripChoice::source)),
+      target(new StripChoice(*this, StripChoice::target)),
+      trim(newBar("trim", [](const MixerStrip& s) { return trimOf(s.channel); })),
+      mode(new ModeButton(*this)), eq(new EqSection(*this)), pan(new CPanValue(*this)),
+      gain(new CDBLabel(*this)), peak(new PeakLabel(*this)), fader(new CVolFader(*this)),
+      scale(new DbScale(*this)), meter(new CAudioLed(*this)), switches{} {
+    tabStop = true;
+    constexpr double trimDb = 12.04; // 4 to the power of 1
+    trim->label = "Trim";
+    trim->least = -1.0;
+    trim->usual = 0.0;
+    trim->typedValue = [](double db) { return db / trimDb; };
+    trim->text = [this] { return asStrFormat(double(of.channel->trim) * trimDb, "%+.1f") + " dB"; };
+    trim->hint = "Trim before all else: drag, or type decibels; a double click gives 0 dB";
+    for (int i = 0; i < mixSwitches; i++)
+        switches[size_t(i)] = new StripSwitch(*this, MixSwitch(i));
+    for (CCtrl* c : std::initializer_list<CCtrl*>{source, trim, mode, eq, target, pan, gain, peak,
+                                                  fader, scale, meter})
+        addControl(c);
+    for (StripSwitch* s : switches) addControl(s);
+}
+
+ValueBar* CMixerStrip::newBar(const char* name,
+                              const std::function<StoredValue(const MixerStrip&)>& valueOf) {
+    auto* made = new ValueBar(win, name, door());
+    made->value = [this, valueOf]() -> std::optional<StoredValue> { return valueOf(of); };
+    made->values = [this, valueOf] {
+        std::vector<StoredValue> all;
+        for (const MixerStrip& s : together()) all.push_back(valueOf(s));
+        return all;
+    };
+    made->onTold = [this, made](const CStr& now) { tell(made->spokenName + ": " + now); };
+    return made;
+}
+
+// Layout.
+
+/// As many slots and sends as all strips have.
+void CMixerStrip::fit(const StripPlan& plan) {
+    const auto drop = [this](CCtrl* c) {
+        controls.remove(c);
+        win->app->deleteLater(c);
+    };
+    while (int(slots.size()) > plan.slots) {
+        drop(slots.back());
+        slots.pop_back();
+    }
+    while (int(slots.size()) < plan.slots) {
+        slots.push_back(new InsertSlot(*this, int(slots.size())));
+        addControl(slots.back());
+    }
+    while (int(sends.size()) > plan.sends) {
+        drop(sends.back());
+        sends.pop_back();
+    }
+    while (int(sends.size()) < plan.sends) {
+        const size_t bus = sends.size();
+        ValueBar* made = newBar(
+            "send", [bus](const MixerStrip& s) { return levelOf(s.channel->sendLevels[bus]); });
+        made->usual = 0.0;
+        made->proportional = true;
+        made->typedValue = [](double percent) { return percent / 100; };
+        made->text = [this, bus] { return of.channel->sendLevels[bus]->paramText(0); };
+        made->hint = "Level to the bus: drag, or type percent; a double click gives none";
+        sends.push_back(made);
+        addControl(made);
+    }
+}
+
+void CMixerStrip::place(const MixerStrip& now, const StripPlan& plan, bool wide) {
+    of = now;
+    fit(plan);
+    const StripLayout at(plan, wide);
+    const bool eqShown = MixerState::showsEq(of);
+    setPlace(source, at.source);
+    setPlace(trim, at.trim);
+    setPlace(mode, at.mode);
+    setPlace(eq, eqShown ? at.inserts : CRect());
+    for (InsertSlot* s : slots)
+        setPlace(s, eqShown || at.inserts.empty() ? CRect() : at.slot(s->index));
+    const bool sending = of.section != StripSection::sends && of.section != StripSection::outputs;
+    for (size_t i = 0; i < sends.size(); i++)
+        setPlace(sends[i], at.sends.empty() || !sending ? CRect() : at.send(int(i)));
+    setPlace(target, at.target);
+    setPlace(pan, at.pan);
+    setPlace(gain, at.gain);
+    setPlace(peak, at.peak);
+    setPlace(fader, at.fader);
+    setPlace(scale, at.scale);
+    setPlace(meter, at.meter);
+    const int wideSwitch = (at.switches.width() - 2 * switchGap) / mixSwitches;
+    for (int i = 0; i < mixSwitches; i++)
+        switches[size_t(i)]->setBounds(at.switches.left + i * (wideSwitch + switchGap),
+                                       at.switches.top, wideSwitch, at.switches.height());
+    if (of.comp->type == compSeq || of.comp->numProgs() == 0) source->visible = false;
+    if (of.section == StripSection::outputs) target->visible = false;
+    switches[size_t(MixSwitch::arm)]->visible = switchOf(MixSwitch::arm, of).has_value();
+    shown = Shown();
+    refresh();
+}
+
+// What it shows.
+
+CMixerStrip::Shown CMixerStrip::present() const {
+    return {nameOf(of), colourOf(of), panel.state.selected(of), isHeard(of)};
+}
+
+void CMixerStrip::nameControls() {
+    const struct {
+        CCtrl* ctrl;
+        const char* spoken;
+    } rows[] = {{source, "Program"}, {trim, "Trim"},     {mode, "Inserts or equaliser"},
+                {eq, "Equaliser"},   {target, "Output"}, {pan, "Pan"},
+                {gain, "Decibels"},  {peak, "Peak"},     {fader, "Volume"},
+                {meter, "Level"}};
+    for (const auto& row : rows) row.ctrl->spokenName = row.spoken + CStr(", ") + shown.name;
+    for (int i = 0; i < mixSwitches; i++)
+        switches[size_t(i)]->spokenName = spokenOf(MixSwitch(i)) + CStr(", ") + shown.name;
+    hint = shown.name + ": " + kindOf(of) + ". Press to select, twice to rename";
+}
+
+/// What is being dragged shows what the drag has set, whatever automation plays.
+void CMixerStrip::follow(CStoredCtrl* ctrl) const {
+    if (!win->app->drag.of(ctrl)) ctrl->refresh();
+}
+
+void CMixerStrip::refresh() {
+    Shown now = present();
+    NameField::dropLeft(field);
+    if (now != shown) {
+        shown = std::move(now);
+        nameControls();
+        redraw();
+    }
+    const CList& buses = of.comp->host->sends;
+    for (size_t i = 0; i < sends.size(); i++) {
+        const auto* bus = static_cast<const CComp*>(buses.items(int(i)));
+        const CStr label = bus ? bus->id : CStr();
+        if (!(sends[i]->label == label) || sends[i]->spokenName.empty()) {
+            sends[i]->label = label;
+            sends[i]->redraw();
+        }
+        sends[i]->spokenName = "Send to " + label + ", " + shown.name;
+        follow(sends[i]);
+    }
+    for (InsertSlot* s : slots) s->refresh();
+    if (eq->visible) eq->refresh();
+    if (source->visible) source->refresh();
+    if (target->visible) target->refresh();
+    for (CStoredCtrl* c : std::initializer_list<CStoredCtrl*>{trim, pan, gain, fader}) follow(c);
+    for (StripSwitch* s : switches) s->refresh();
+}
+
+bool CMixerStrip::followSound() {
+    const bool level = meter->refresh();
+    return (peak->visible && peak->refresh()) || level;
+}
+
+void CMixerStrip::paint(CGraphic* g, CRect rect) {
+    const CPalette& colours = win->app->gui->palette;
+    const int ground =
+        shown.selected ? fadeCol(colours.panel, colours.accent, selectedShare) : colours.panel;
+    g->fillRect(ground, asRect(0, 0, width - 1, height));
+    g->fillLine(colours.frame, asRect(width - 1, 0, width, height));
+    const StripLayout at(panel.state.plan, panel.state.isWide(of));
+    const int own = shown.colour < 0 ? colours.raised : shown.colour;
+    const int plate = shown.heard ? own : fadeCol(own, ground, silentShare);
+    g->fillRect(plate, at.name);
+    if (shown.selected) g->fillRect(colours.text, asRect(0, 0, at.name.right, stripeHeight));
+    if (!field || !field->visible) {
+        const TextScope bold(g, {.bold = true});
+        const CRect box =
+            sizeRect(at.name, nameMargin, shown.selected ? stripeHeight : 0, -nameMargin, 0);
+        const TextFace* face = textFace({.bold = true});
+        const CStr text = face->shortened(shown.name, box.width());
+        const bool roomy = face->textWidth(text) < box.width();
+        g->drawText(shown.colour < 0 && shown.heard ? colours.text : textOn(plate), text, box,
+                    roomy ? 0 : textLeft);
+    }
+    if (hasKeyFocus()) g->frameRect(colours.accent, at.name);
+    CGroup::paint(g, rect);
+}
+
+// The mouse.
+
+void CMixerStrip::mouseDown(int x, int y, int btn) {
+    CGroup::mouseDown(x, y, btn);
+    if (btn & modRight) {
+        if (!panel.state.selected(of)) panel.choose(*this, 0);
+        return;
+    }
+    if (!(btn & modLeft)) return;
+    const StripLayout at(panel.state.plan, panel.state.isWide(of));
+    if ((btn & modDouble) && at.name.contains(x, y)) return rename();
+    panel.choose(*this, btn);
+}
+
+void CMixerStrip::mouseUp(int x, int y, int btn) {
+    CGroup::mouseUp(x, y, btn);
+    if ((btn & modRight) && inside(x, y)) panel.contextMenu();
+}
+
+void CMixerStrip::rename() {
+    if (field && field->visible) return;
+    NameField::dropLeft(field);
+    const StripLayout at(panel.state.plan, panel.state.isWide(of));
+    field = new NameField(this, at.name, shown.name, "Name of the strip");
+    field->onName = [this](const CStr& typed) { panel.renameStrip(of, typed); };
+    redraw();
+}
+
+std::vector<CCtrl*> CMixerStrip::stops() {
+    std::vector<CCtrl*> all = {this};
+    const auto add = [&all](CCtrl* c) {
+        if (c->visible && c->enabled) all.push_back(c);
+    };
+    for (CCtrl* c : std::initializer_list<CCtrl*>{source, trim, mode, eq}) add(c);
+    for (CCtrl* c : slots) add(c);
+    for (CCtrl* c : sends) add(c);
+    for (CCtrl* c : std::initializer_list<CCtrl*>{target, pan, gain, peak, fader}) add(c);
+    for (CCtrl* c : switches) add(c);
+    return all;
+}
+
+void CMixerStrip::describe(Description& d, int) const {
+    d.role = Role::group;
+    d.name = shown.name.asChar();
+    d.help = kindOf(of).asChar();
+    d.action = "select";
+    d.set(stateSelectable, true);
+    d.set(stateSelected, shown.selected);
+}
+
+bool CMixerStrip::pressPart(int) {
+    panel.choose(*this, 0);
+    return true;
+}
+
+// For what is on it.
+
+ValueDoor* CMixerStrip::door() const {
+    return panel.state.door();
+}
+
+void CMixerStrip::tell(const CStr& text) const {
+    panel.state.tell(text);
+}
+
+std::vector<MixerStrip> CMixerStrip::together() const {
+    return panel.state.together(of);
+}
+
+void CMixerStrip::swipe(MixSwitch which, const CCtrl* from, int x, int y, int btn) {
+    panel.swipe(which, *this, from, asPoint(x, y), btn);
+}
+
+void CMixerStrip::toggle(MixSwitch which) {
+    panel.toggle(which, of);
+}
+
+void CMixerStrip::clearPeaks() {
+    panel.clearPeaks(of);
+}
+
+int CMixerStrip::faderTravel() const {
+    return fader->height - StripLayout::capHeight;
+}
+
+void CMixerStrip::showEq(bool on) {
+    for (const MixerStrip& s : together()) MixerState::showEq(s, on);
+    panel.layout();
+}
+
+void CMixerStrip::openEq() {
+    panel.openEq(of);
+}
+
+void CMixerStrip::offerTargets(CCtrl* from) {
+    panel.menus.offerTargets(from, of);
+}
+
+void CMixerStrip::offerPrograms(CCtrl* from) {
+    panel.menus.offerPrograms(from, of);
+}
+
+void CMixerStrip::offerEffects(InsertSlot* slot) {
+    panel.menus.offerEffects(slot, of, slot->index);
+}
+
+bool CMixerStrip::openInsert(CComp* insert) {
+    return panel.openInsert(insert);
+}
+
+void CMixerStrip::removeInsertOf(InsertSlot* slot) {
+    panel.removeInsertAt(of, slot->index);
+}
+
+void CMixerStrip::stepInsert(InsertSlot* slot, int by) {
+    panel.stepInsert(*this, slot->index, by);
+}
+
+bool CMixerStrip::takesInsertDrop() const {
+    return panel.takesInsertDrop();
+}
+
+void CMixerStrip::dropInserts(int index, int btn) {
+    panel.dropInserts(of, index, btn);
+}

@@ -1,0 +1,177 @@
+#include "mixer/CMixerWin.h"
+
+#include "engine/CMixer.h"
+#include "engine/CQV.h"
+#include "engine/StripValues.h"
+#include "engine/ValueDoor.h"
+#include "gui/CApp.h"
+#include "gui/Keys.h"
+#include "gui/controls/CMenu.h"
+#include "gui/controls/CPopup.h"
+#include "mixer/CMixerPanel.h"
+#include "mixer/CMixerStrip.h"
+#include "mixer/MixerBar.h"
+#include "ui/ActionItems.h"
+#include "ui/Commands.h"
+#include "ui/MenuTags.h"
+#include "ui/Workspace.h"
+
+namespace {
+
+constexpr const char* title = "Mixer";
+constexpr int windowWidth = 1000, windowHeight = 560; ///< of the screen, when it is no page
+constexpr int leastWidth = 320, leastHeight = 240;
+constexpr int windowStyle = winCaption | winSizable | winMaxButton | winDockable;
+
+} // namespace
+
+CMixerWin::CMixerWin(Workspace& space, CMixer& kept)
+    : CCompEditor(space.mainWindow()->app, space.mainWindow(), title, 120, 120, windowWidth,
+                  windowHeight, windowStyle, &kept, &space.commands()),
+      workspace(space), mixer(kept), panel(new CMixerPanel(this, space, kept)),
+      bar(new MixerBar(this, *panel)), own(space.commands()) {
+    editorType = groupMixer;
+    minWidth = leastWidth;
+    minHeight = leastHeight;
+    const int w = clientGroup->width, h = clientGroup->height;
+    bar->setBounds(0, 0, w, MixerBar::barHeight);
+    bar->setAlign(alignWidth, 0, 0);
+    panel->setBounds(0, MixerBar::barHeight, w, h - MixerBar::barHeight);
+    panel->setAlign(alignWidth | alignHeight, 0, 0);
+    addControl(bar);
+    addControl(panel);
+    bindOwn();
+    links = {space.notices().on(
+        {.host = HostNotice::graph | HostNotice::step, .song = SeqNotice::tracks},
+        [this] { panel->follow(); })};
+    panel->follow();
+    idle();
+}
+
+CMixerWin::~CMixerWin() = default;
+
+void CMixerWin::bindOwn() {
+    const auto some = [this] { return !panel->state.selection().empty(); };
+    own.bind(
+        "mixmute", [this] { panel->toggleSelected(MixSwitch::mute); }, some);
+    own.bind(
+        "mixsolo", [this] { panel->toggleSelected(MixSwitch::solo); }, some);
+    own.bind(
+        "unsolo", [this] { panel->unSolo(); }, [this] { return panel->anySolo(); });
+    own.bind("narrowstrips", [this] { panel->setWide(false); });
+    own.bind("widestrips", [this] { panel->setWide(true); });
+    own.bind("addgroup", [this] { workspace.host()->addGroupClicked(); });
+    own.bind("addsend", [this] { workspace.host()->addSendClicked(); });
+    own.bind(
+        "groupstrips", [this] { panel->groupSelected(); }, some);
+}
+
+/// What the song does elsewhere; true when it is one of these.
+bool CMixerWin::runOnStrips(const CStr& name) {
+    if (name == "rename")
+        panel->renameSelected();
+    else if (name == "delete")
+        panel->deleteSelected();
+    else if (name == "selectAll")
+        panel->state.selectAll();
+    else if (name == "priorprog" || name == "nextprog")
+        stepProg(name == "nextprog" ? 1 : -1);
+    else
+        return false;
+    return true;
+}
+
+// What comes in.
+
+void CMixerWin::mouseDown(int x, int y, int btn) {
+    panel->follow();
+    CCompEditor::mouseDown(x, y, btn);
+}
+
+void CMixerWin::mouseMove(int x, int y, int btn) {
+    panel->follow();
+    CCompEditor::mouseMove(x, y, btn);
+}
+
+void CMixerWin::mouseUp(int x, int y, int btn) {
+    panel->follow();
+    CCompEditor::mouseUp(x, y, btn);
+}
+
+bool CMixerWin::mouseWheel(int x, int y, int btn, int dy, int dx) {
+    panel->follow();
+    return CCompEditor::mouseWheel(x, y, btn, dy, dx);
+}
+
+bool CMixerWin::keyDown(int key, int mods) {
+    panel->follow();
+    return CCompEditor::keyDown(key, mods);
+}
+
+void CMixerWin::show(bool activate) {
+    panel->follow();
+    CCompEditor::show(activate);
+}
+
+void CMixerWin::idle() {
+    if (mixer.notices.take(CompNotice::program)) programChanged();
+    bar->refresh();
+    if (mapped) panel->refresh();
+}
+
+// Actions.
+
+bool CMixerWin::canRun(const CAction* action) const {
+    const bool ofStrips = action->name == "rename" || action->name == "delete";
+    if (ofStrips && panel->state.selection().empty()) return false;
+    return ofStrips || action->name == "selectAll" || action->name == "priorprog" ||
+           action->name == "nextprog" || own.isReady(action);
+}
+
+bool CMixerWin::isOn(const CAction* action) const {
+    return own.isOn(action);
+}
+
+bool CMixerWin::onAction(CAction* action) {
+    panel->follow();
+    return runOnStrips(action->name) || own.run(action) || workspace.commands().run(action);
+}
+
+void CMixerWin::stepProg(int by) {
+    const int count = mixer.progs.getCount();
+    if (count == 0) return;
+    workspace.host()->values->set(programOfComp(&mixer), (mixer.curProg + by + count) % count);
+}
+
+void CMixerWin::programChanged() {
+    panel->layout();
+}
+
+// Menus.
+
+void CMixerWin::mergeMenu(CMenu* menuBar) {
+    menuBar->add("Mixer", new _COnChange<CMixerWin>(this, &CMixerWin::menuClicked), menuChannel);
+    menuBar->add("Sections", new _COnChange<CMixerWin>(this, &CMixerWin::sectionsClicked),
+                 menuOptions);
+}
+
+void CMixerWin::menuClicked(CObject* sender) {
+    panel->menus.fillStrips(static_cast<CPopup*>(static_cast<CCtrl*>(sender)));
+}
+
+void CMixerWin::sectionsClicked(CObject* sender) {
+    auto* popup = static_cast<CPopup*>(static_cast<CCtrl*>(sender));
+    for (int i = 0; i < stripSections; i++) {
+        CMenuItem* item =
+            popup->add(titleOf(StripSection(i)),
+                       new _COnChange<CMixerWin>(this, &CMixerWin::showSectionClicked));
+        item->tag = i;
+        item->checked = panel->shows(StripSection(i));
+    }
+    addActionItems(popup, workspace, {"priorprog", "nextprog"});
+}
+
+void CMixerWin::showSectionClicked(CObject* sender) {
+    const auto which = StripSection(static_cast<CMenuItem*>(sender)->tag);
+    panel->show(which, !panel->shows(which));
+}

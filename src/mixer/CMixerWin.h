@@ -1,0 +1,52 @@
+#pragma once
+
+#include "ui/CCompEditor.h"
+#include "ui/NoticeRouter.h"
+#include "ui/OwnActions.h"
+
+#include <vector>
+
+class CMixer;
+class CMixerPanel;
+class CPopup;
+class MixerBar;
+class Workspace;
+
+/// The window of the mixer: a bar, and the strips. Interface thread.
+class CMixerWin : public CCompEditor {
+public:
+    CMixerWin(Workspace& workspace, CMixer& mixer);
+    ~CMixerWin() override;
+
+    // Whatever comes in finds the strips that there are.
+    void mouseDown(int x, int y, int btn) override;
+    void mouseMove(int x, int y, int btn) override;
+    void mouseUp(int x, int y, int btn) override;
+    bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
+    bool keyDown(int key, int mods) override;
+    void show(bool activate) override;
+
+    bool canRun(const CAction* action) const override;
+    bool isOn(const CAction* action) const override;
+    bool onAction(CAction* action) override;
+    void mergeMenu(CMenu* bar) override;
+    void idle() override;
+
+    CMixerPanel* strips() const { return panel; }
+
+private:
+    void bindOwn();
+    bool runOnStrips(const CStr& name);
+    void stepProg(int by);
+    void menuClicked(CObject* sender);
+    void sectionsClicked(CObject* sender);
+    void showSectionClicked(CObject* sender);
+    void programChanged();
+
+    Workspace& workspace;
+    CMixer& mixer;
+    CMixerPanel* panel;
+    MixerBar* bar;
+    OwnActions own;
+    std::vector<NoticeLink> links;
+};

@@ -1,0 +1,220 @@
+#include "mixer/StripMenus.h"
+
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "effects/CEffect.h"
+#include "effects/Inserts.h"
+#include "engine/CQV.h"
+#include "engine/StripValues.h"
+#include "engine/ValueDoor.h"
+#include "gui/CApp.h"
+#include "gui/CWin.h"
+#include "gui/controls/CPopup.h"
+#include "gui/dialogs/CFileWin.h"
+#include "mixer/CMixerPanel.h"
+#include "project/PresetFiles.h"
+#include "sequencer/StripEdits.h"
+#include "ui/ActionItems.h"
+#include "ui/Workspace.h"
+
+namespace {
+
+constexpr int tagNone = -1;
+constexpr int wetChoices[] = {100, 75, 50, 30, 15, 0};
+constexpr const char* presetExt = ".qve";
+
+int tagOf(CObject* sender) {
+    return static_cast<CMenuItem*>(sender)->tag;
+}
+
+} // namespace
+
+CPopup* StripMenus::newPopup(CCtrl* from) {
+    auto* popup = new CPopup(from->win->app, from->win);
+    popup->autoDelete = true;
+    return popup;
+}
+
+void StripMenus::popupBelow(CCtrl* from, CPopup* popup) {
+    const CPoint corner = from->win->getPos(true), in = from->win->controlPos(from);
+    popup->popup(corner.x + in.x, corner.y + in.y + from->height, from->hasKeyFocus());
+}
+
+bool StripMenus::stands() const {
+    for (const MixerStrip& s : listStrips(panel.state.qv))
+        if (s.channel == strip.channel) return true;
+    return false;
+}
+
+CComp* StripMenus::insert() const {
+    return stands() ? static_cast<CComp*>(strip.channel->inserts.items(index)) : nullptr;
+}
+
+// Where it leads, what it plays.
+
+void StripMenus::offerTargets(CCtrl* from, const MixerStrip& of) {
+    strip = of;
+    targets = stripTargets(panel.state.qv, of.channel);
+    const CComp* now = stripTarget(panel.state.qv, of.channel);
+    CPopup* popup = newPopup(from);
+    const auto entry = [&](const CStr& text, int tag, bool on) {
+        CMenuItem* item =
+            popup->add(text, new _COnChange<StripMenus>(this, &StripMenus::targetChosen));
+        item->tag = tag;
+        item->checked = on;
+    };
+    for (size_t i = 0; i < targets.size(); i++) entry(targets[i]->id, int(i), targets[i] == now);
+    popup->addSeparator();
+    entry("None", tagNone, !now);
+    popupBelow(from, popup);
+}
+
+void StripMenus::targetChosen(CObject* sender) {
+    const int tag = tagOf(sender);
+    CComp* to = tag == tagNone ? nullptr : targets[size_t(tag)];
+    CQV* host = panel.state.qv;
+    if (!stands() || (to && !host->comps.contains(to))) return;
+    std::vector<COutputChannel*> led;
+    for (const MixerStrip& s : panel.state.together(strip)) led.push_back(s.channel);
+    setStripTargets(host, led, to);
+}
+
+void StripMenus::offerPrograms(CCtrl* from, const MixerStrip& of) {
+    strip = of;
+    CPopup* popup = newPopup(from);
+    for (int i = 0; i < of.comp->numProgs(); i++) {
+        CMenuItem* item = popup->add(of.comp->getProgName(i),
+                                     new _COnChange<StripMenus>(this, &StripMenus::programChosen));
+        item->tag = i;
+        item->checked = i == of.comp->curProg;
+    }
+    popupBelow(from, popup);
+}
+
+void StripMenus::programChosen(CObject* sender) {
+    if (stands()) panel.state.door()->set(programOfComp(strip.comp), tagOf(sender));
+}
+
+// Effects.
+
+void StripMenus::fillKinds(CPopup* popup, void (StripMenus::*chosen)(CObject*)) {
+    for (int kind = 0; kind < effectKindCount; kind++)
+        popup->add(effectName(kind), new _COnChange<StripMenus>(this, chosen))->tag = kind;
+    popup->addSeparator();
+}
+
+void StripMenus::offerEffects(CCtrl* from, const MixerStrip& of, int at) {
+    strip = of;
+    index = at;
+    CPopup* popup = newPopup(from);
+    if (CComp* present = insert()) {
+        fillInsert(popup, present);
+    } else {
+        fillKinds(popup, &StripMenus::addChosen);
+        popup->add("Open preset...", new _COnChange<StripMenus>(this, &StripMenus::presetChosen));
+    }
+    popupBelow(from, popup);
+}
+
+void StripMenus::fillInsert(CPopup* popup, CComp* present) {
+    const auto add = [&](CPopup* to, const CStr& text, void (StripMenus::*chosen)(CObject*),
+                         int tag = 0) {
+        CMenuItem* item = to->add(text, new _COnChange<StripMenus>(this, chosen));
+        item->tag = tag;
+        return item;
+    };
+    if (panel.state.workspace.hasEditor(present)) add(popup, "Open", &StripMenus::openChosen);
+    add(popup, "On", &StripMenus::powerChosen)->checked = present->enabled != 0;
+    CPopup* wet = popup->addSub("Wet");
+    const int percent = asRound(double(present->wet) * 100);
+    for (const int choice : wetChoices)
+        add(wet, asStr(choice) + "%", &StripMenus::wetChosen, choice)->checked = choice == percent;
+    popup->addSeparator();
+    fillKinds(popup->addSub("Replace by"), &StripMenus::replaceChosen);
+    fillKinds(popup->addSub("Insert before"), &StripMenus::addChosen);
+    add(popup, "Move up", &StripMenus::moveChosen, -1)->enabled = index > 0;
+    add(popup, "Move down", &StripMenus::moveChosen, 1)->enabled =
+        index + 1 < strip.channel->inserts.getCount();
+    popup->addSeparator();
+    add(popup, "Open preset...", &StripMenus::presetChosen);
+    if (present->type == compEffect) add(popup, "Save as preset...", &StripMenus::saveChosen);
+    popup->addSeparator();
+    add(popup, "Remove", &StripMenus::removeChosen);
+}
+
+void StripMenus::addChosen(CObject* sender) {
+    if (stands()) addInsert(strip.channel, tagOf(sender), index);
+}
+
+void StripMenus::replaceChosen(CObject* sender) {
+    if (stands()) replaceInsert(strip.channel, index, tagOf(sender));
+}
+
+/// In place of what the insert holds; on an empty place a new one.
+void StripMenus::presetChosen(CObject*) {
+    Workspace& space = panel.state.workspace;
+    CFileWin dialog(space.mainWindow(), "Open preset", presetExt, space.dialogFolder(), "", false);
+    dialog.showModal();
+    if (!dialog.result || !stands()) return;
+    CComp* present = insert();
+    if (present && present->type == compEffect)
+        static_cast<CEffect*>(present)->openProg(dialog.path);
+    else
+        panel.addPreset(strip, dialog.path, index);
+}
+
+void StripMenus::saveChosen(CObject*) {
+    CComp* present = insert();
+    if (!present || present->type != compEffect) return;
+    Workspace& space = panel.state.workspace;
+    CFileWin dialog(space.mainWindow(), "Save preset", presetExt, space.dialogFolder(),
+                    present->id + presetExt, true);
+    dialog.showModal();
+    if (dialog.result && insert() == present)
+        saveProgram(static_cast<CEffect*>(present), dialog.path);
+}
+
+void StripMenus::powerChosen(CObject*) {
+    if (CComp* present = insert())
+        panel.state.door()->set(parameterOf(present, paramPower), present->enabled ? 0.0 : 1.0);
+}
+
+void StripMenus::wetChosen(CObject* sender) {
+    if (CComp* present = insert())
+        panel.state.door()->set(parameterOf(present, paramWet), tagOf(sender) / 100.0);
+}
+
+void StripMenus::openChosen(CObject*) {
+    if (CComp* present = insert()) panel.openInsert(present);
+}
+
+void StripMenus::removeChosen(CObject*) {
+    if (CComp* present = insert()) removeInsert(strip.channel, present);
+}
+
+void StripMenus::moveChosen(CObject* sender) {
+    const int by = tagOf(sender);
+    if (CComp* present = insert())
+        moveInsert(strip.channel, present, strip.channel, by < 0 ? index - 1 : index + 2);
+}
+
+// Whole strips.
+
+void StripMenus::fillStrips(CPopup* popup) {
+    Workspace& space = panel.state.workspace;
+    addActionItem(popup, space, "rename", "Rename...");
+    addActionItems(popup, space, {"mixmute", "mixsolo", "unsolo"});
+    addActionItems(popup, space, {"narrowstrips", "widestrips"});
+    addActionItems(popup, space, {"addgroup", "addsend", "groupstrips"});
+    addActionItems(popup, space, {"delete"});
+    if (popup->items.empty()) popup->add("Empty", nullptr)->enabled = false;
+}
+
+void StripMenus::openAt(void (StripMenus::*fill)(CPopup*)) {
+    CApp* app = panel.win->app;
+    const CPoint at = app->menuPoint();
+    auto* popup = new CPopup(app, panel.win);
+    popup->autoDelete = true;
+    (this->*fill)(popup);
+    popup->popup(at.x, at.y, app->menuCtrl != nullptr);
+}

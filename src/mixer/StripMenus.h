@@ -1,0 +1,47 @@
+#pragma once
+
+#include "mixer/StripModel.h"
+
+class CCtrl;
+class CMixerPanel;
+class CObject;
+class CPopup;
+
+/// The menus of strips: where they lead, what they play, effects, and what is done to whole strips.
+/// Outlives the menus that it has filled. Interface thread.
+class StripMenus {
+public:
+    explicit StripMenus(CMixerPanel& of) : panel(of) {}
+
+    void offerTargets(CCtrl* from, const MixerStrip& strip);
+    void offerPrograms(CCtrl* from, const MixerStrip& strip);
+    void offerEffects(CCtrl* from, const MixerStrip& strip, int index);
+    void fillStrips(CPopup* popup); ///< about the selected strips
+    /// At the pointer, or below what has the keys.
+    void openAt(void (StripMenus::*fill)(CPopup*));
+
+private:
+    void popupBelow(CCtrl* from, CPopup* popup);
+    CPopup* newPopup(CCtrl* from);
+    void fillInsert(CPopup* popup, CComp* insert);
+    void fillKinds(CPopup* popup, void (StripMenus::*chosen)(CObject*));
+    CComp* insert() const;
+    bool stands() const; ///< the strip of the menu is still there
+
+    void targetChosen(CObject* sender);
+    void programChosen(CObject* sender);
+    void addChosen(CObject* sender);
+    void replaceChosen(CObject* sender);
+    void presetChosen(CObject* sender);
+    void saveChosen(CObject* sender);
+    void powerChosen(CObject* sender);
+    void wetChosen(CObject* sender);
+    void openChosen(CObject* sender);
+    void removeChosen(CObject* sender);
+    void moveChosen(CObject* sender);
+
+    CMixerPanel& panel;
+    MixerStrip strip{};
+    int index = 0; ///< of the insert
+    std::vector<CComp*> targets;
+};

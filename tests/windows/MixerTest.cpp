@@ -1,0 +1,371 @@
+#include "MixerFixture.h"
+
+#include "effects/CEffect.h"
+#include "engine/CMixer.h"
+#include "gui/access/LiveTree.h"
+#include "gui/controls/CButton.h"
+#include "mixer/StripControls.h"
+#include "sequencer/StripEdits.h"
+#include "sequencer/TrackEdits.h"
+
+#include <cmath>
+#include <fstream>
+
+/// What is done in the mixer, and what it leaves in the project.
+class MixerTest : public MixerFixture {};
+
+TEST_F(MixerTest, StripsStandBySectionAndFollowTheGraph) {
+    startWith(2);
+    addTrackInstrument(seq(), seq()->addTrack(trackMIDI, seq()->getProg(), nullptr)->track,
+                       nullptr);
+    static_cast<CTrack*>(seq()->tracks.last())->id = "keys";
+    seq()->songNotices.raise(SeqNotice::tracks);
+    EXPECT_TRUE(pumpUntil([&] { return names() == "Audio In a b keys Audio Out "; })) << names();
+    key("ctrl+shift+g");
+    EXPECT_TRUE(pumpUntil([&] { return names() == "Audio In a b keys Group Audio Out "; }));
+    key("ctrl+shift+e");
+    const std::string all = "Audio In a b keys Group Send Audio Out ";
+    EXPECT_TRUE(pumpUntil([&] { return names() == all; })) << names();
+    EXPECT_TRUE(on("a", "send"));
+    // What is hidden leaves the strips, and the choice is kept with the program.
+    const char* without[] = {"a b keys Group Send Audio Out ", "Audio In Group Send Audio Out ",
+                             "Audio In a b keys Send Audio Out ",
+                             "Audio In a b keys Group Audio Out ", "Audio In a b keys Group Send "};
+    for (int i = 0; i < 5; i++) {
+        clickOn(button("section", i));
+        EXPECT_TRUE(pumpUntil([&] { return names() == without[i]; })) << names();
+        EXPECT_EQ(mixer().getProg(-1)->sh, 31 & ~(1 << i));
+        clickOn(button("section", i));
+        EXPECT_TRUE(pumpUntil([&] { return names() == all; }));
+    }
+    // What leaves the graph leaves the mixer, in the middle of a drag too, and comes back.
+    toMiddle(on("Group", "volume"));
+    act({"mousedown", "1"});
+    mouseTo(on("Group", "volume"), 10, 150);
+    deleteComps(host.get(), {strip("Group")->strip().comp});
+    mouseTo(panel(), 300, 300);
+    act({"mouseup", "1"});
+    EXPECT_TRUE(pumpUntil([&] { return names() == "Audio In a b keys Send Audio Out "; }));
+    EXPECT_FALSE(host->values->dragging());
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return names() == all; })) << names();
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return out("Group")->vol == 1.0f; }));
+}
+
+TEST_F(MixerTest, FaderAndPanByMouseKeysAndNumbers) {
+    startWith(3);
+    auto* fader = static_cast<CVolFader*>(on("a", "volume"));
+    const double room = strip("a")->faderTravel();
+    const int before = steps();
+    drag(fader, fader, 0, 60, "", true);
+    EXPECT_EQ(out("a")->vol, 1.0f);
+    EXPECT_EQ(steps(), before);
+    drag(fader, fader, 0, 60);
+    EXPECT_NEAR(out("a")->vol, 1.0 - 60 / room, 1e-5);
+    EXPECT_EQ(steps(), before + 1);
+    const float dragged = out("a")->vol;
+    // Those that are selected keep their ratio, and stop with the first at its end.
+    host->values->set(faderOf(out("b")), {0.5, 1.0});
+    clickOn(strip("a"));
+    mouseTo(strip("b"), 10, 10);
+    act({"keydown", "ctrl"});
+    act({"click", "1"});
+    act({"keyup", "ctrl"});
+    EXPECT_EQ(panel()->state.selection().size(), 2U);
+    drag(fader, fader, 0, -400);
+    EXPECT_EQ(out("a")->vol, 1.0f);
+    EXPECT_NEAR(out("b")->vol, 0.5 / double(dragged), 1e-4);
+    EXPECT_EQ(out("c")->vol, 1.0f);
+    drag(on("b", "volume"), on("b", "volume"), 0, -400);
+    EXPECT_NEAR(out("b")->vol, 0.5 / double(dragged), 1e-4) << "the other is at its end";
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return out("a")->vol == dragged && out("b")->vol == 0.5f; }));
+    panel()->state.unselect();
+    // By keys, in decibels.
+    focus(fader);
+    for (const char* k : {"minus", "6", "Return"}) key(k);
+    EXPECT_NEAR(out("a")->vol, std::pow(10.0, -6.0 / 40), 1e-5);
+    key("Next");
+    EXPECT_NEAR(out("a")->vol, std::pow(10.0, -6.0 / 40) - 0.05, 1e-5);
+    key("Delete");
+    EXPECT_EQ(out("a")->vol, 1.0f);
+    // By the wheel with Control, several turns in one step.
+    const int turned = steps();
+    toMiddle(fader);
+    for (int i = 0; i < 3; i++) act({"keydown", "ctrl", "click", "5", "keyup", "ctrl"});
+    EXPECT_NEAR(out("a")->vol, 1.0 - 3 * 0.02, 1e-5);
+    act({"keydown", "ctrl", "keydown", "shift", "click", "5", "keyup", "shift", "keyup", "ctrl"});
+    EXPECT_NEAR(out("a")->vol, 1.0 - 3.1 * 0.02, 1e-5);
+    host->values->end();
+    EXPECT_EQ(steps(), turned + 1);
+    CCtrl* pan = on("a", "pan");
+    drag(pan, pan, 32, 0);
+    EXPECT_NEAR(out("a")->pan, 0.5, 0.02);
+    drag(pan, pan, 0, 32);
+    EXPECT_NEAR(out("a")->pan, 0.0, 0.02) << "down turns to the left";
+    focus(pan);
+    for (const char* k : {"minus", "3", "2", "Return"}) key(k);
+    EXPECT_FLOAT_EQ(out("a")->pan, -0.5f);
+    toMiddle(pan);
+    act({"click", "--repeat", "2", "--delay", "50", "1"});
+    EXPECT_TRUE(pumpUntil([&] { return out("a")->pan == 0.0f; }));
+}
+
+/// A fader under the mouse does not follow what plays, others do.
+TEST_F(MixerTest, FollowsTheEngineButWhatIsHeld) {
+    startWith(2);
+    auto* fader = on("a", "volume");
+    const auto told = [&](const char* name) {
+        Description d;
+        on(name, "volume")->describe(d, Accessible::wholeCtrl);
+        return d.range->now;
+    };
+    toMiddle(fader);
+    act({"mousedown", "1"});
+    mouseTo(fader, fader->width / 2, fader->height / 2 + 30);
+    const double held = told("a");
+    host->setParam(0, 0.0f);
+    out("a")->setParam(0, 0.25f);
+    out("b")->setParam(0, 0.25f);
+    EXPECT_TRUE(pumpUntil([&] { return std::abs(told("b") - 0.25) < 1e-6; }));
+    EXPECT_EQ(told("a"), held);
+    act({"mouseup", "1"});
+    EXPECT_TRUE(pumpUntil([&] { return std::abs(told("a") - double(out("a")->vol)) < 1e-6; }));
+    // Peak and light stay until a press, or the fader moves.
+    for (const char* id : {"peak", "meter"}) {
+        out("b")->holdL = 1.25f;
+        EXPECT_TRUE(pumpUntil([&] {
+            Description d;
+            on("b", "peak")->describe(d, Accessible::wholeCtrl);
+            return d.text == "1.9 dB";
+        }));
+        clickOn(on("b", id));
+        EXPECT_EQ(out("b")->holdL, 0.0f) << id;
+    }
+    out("b")->holdR = 0.5f;
+    drag(on("b", "volume"), on("b", "volume"), 0, 20);
+    EXPECT_EQ(out("b")->holdR, 0.0f);
+}
+
+TEST_F(MixerTest, SwitchesOfOneSeveralAndASwipe) {
+    startWith(4);
+    const struct {
+        const char* id;
+        std::function<bool(const MixerStrip&)> on;
+    } switches[] = {{"mute", [](const MixerStrip& s) { return s.channel->mute != 0; }},
+                    {"solo", [](const MixerStrip& s) { return s.channel->solo != 0; }},
+                    {"arm", [](const MixerStrip& s) { return s.track->recArm != 0; }}};
+    for (const auto& s : switches) {
+        const auto is = [&](const std::string& wanted) {
+            std::string now;
+            for (const char* name : {"a", "b", "c", "d"})
+                now += s.on(strip(name)->strip()) ? '1' : '0';
+            EXPECT_EQ(now, wanted) << s.id;
+        };
+        clickOn(on("b", s.id));
+        is("0100");
+        drag(on("a", s.id), on("d", s.id), 0, 0, "", true);
+        is("0100");
+        const int before = steps();
+        drag(on("a", s.id), on("d", s.id), 0, 0);
+        is("1111");
+        EXPECT_EQ(steps(), before + 1);
+        key("ctrl+z");
+        EXPECT_TRUE(loaded());
+        is("0100");
+        panel()->choose(*strip("c"), 0);
+        panel()->choose(*strip("d"), modControl);
+        clickOn(on("d", s.id));
+        is("0111");
+        clickOn(on("a", s.id));
+        is("1111");
+        panel()->state.unselect();
+    }
+    clickOn(button("unsolo"));
+    for (const char* name : {"a", "b", "c", "d"}) EXPECT_EQ(out(name)->solo, 0);
+    // The same by keys, for what is selected.
+    panel()->choose(*strip("b"), 0);
+    panel()->choose(*strip("c"), modControl);
+    for (const char* k : {"m", "s"}) key(k);
+    EXPECT_EQ(out("b")->mute, 0);
+    EXPECT_EQ(out("c")->solo, 1);
+    EXPECT_EQ(out("d")->solo, 0);
+    key("shift+s");
+    EXPECT_EQ(out("c")->solo, 0);
+}
+
+TEST_F(MixerTest, InsertsComeGoMoveAndAreCopied) {
+    startWith(2);
+    for (const auto& keys :
+         {std::vector<std::string>{"Down", "Down", "Return"}, {"Up", "Up", "Up", "Return"}}) {
+        inMenu(keys);
+        clickOn(on("a", "insert", out("a")->inserts.getCount()));
+        EXPECT_TRUE(loaded());
+    }
+    EXPECT_EQ(inserts("a"), "Reverb Compressor ");
+    auto* reverb = static_cast<CEffect*>(out("a")->inserts.first());
+    EXPECT_LT(reverb->wet, 1.0f) << "the sound itself would be gone";
+    // The light, and how much of it is heard.
+    mouseTo(on("a", "insert"), 7, 9);
+    act({"click", "1"});
+    EXPECT_EQ(reverb->enabled, 0);
+    focus(on("a", "insert"));
+    for (const char* k : {"6", "5", "Return", "ctrl+Return"}) key(k);
+    EXPECT_FLOAT_EQ(reverb->wet, 0.65f);
+    EXPECT_NE(reverb->enabled, 0);
+    // By a drag: to another place, to another strip, as a copy.
+    drag(on("a", "insert", 1), on("a", "insert", 0), 0, 0);
+    EXPECT_EQ(inserts("a"), "Compressor Reverb ");
+    drag(on("a", "insert", 1), on("b", "insert", 0), 0, 0);
+    EXPECT_EQ(inserts("a") + "| " + inserts("b"), "Compressor | Reverb ");
+    EXPECT_EQ(reverb->ownerChannel, out("b"));
+    drag(on("b", "insert", 0), on("a", "insert", 0), 0, 0, "ctrl");
+    EXPECT_EQ(inserts("a") + "| " + inserts("b"), "Reverb Compressor | Reverb ");
+    EXPECT_FLOAT_EQ(static_cast<CComp*>(out("a")->inserts.first())->wet, 0.65f);
+    key("ctrl+z");
+    EXPECT_TRUE(loaded());
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return inserts("a") == "Compressor Reverb "; })) << inserts("a");
+    // By keys.
+    focus(on("a", "insert", 1));
+    key("alt+Up");
+    EXPECT_TRUE(pumpUntil([&] { return inserts("a") == "Reverb Compressor "; }));
+    EXPECT_EQ(page()->keyCtrl, on("a", "insert", 0));
+    key("Delete");
+    EXPECT_TRUE(pumpUntil([&] { return inserts("a") == "Compressor "; })) << inserts("a");
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return inserts("a") == "Reverb Compressor "; }));
+}
+
+TEST_F(MixerTest, SendsRoutesGroupsAndNames) {
+    startWith(3);
+    host->addSendClicked();
+    ASSERT_TRUE(pumpUntil([&] { return strip("Send") && on("b", "send"); }));
+    settle();
+    CCtrl* send = on("b", "send");
+    drag(send, send, send->width / 4, 0);
+    EXPECT_NEAR(out("b")->sendLevels[0]->level, 0.25, 0.02);
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return out("b")->sendLevels[0]->level == 0.0f; }));
+    // Two of them into a group.
+    panel()->choose(*strip("a"), 0);
+    panel()->choose(*strip("c"), modControl);
+    key("ctrl+g");
+    ASSERT_TRUE(pumpUntil([&] { return strip("Group") != nullptr; }));
+    CComp* group = strip("Group")->strip().comp;
+    const auto leads = [&](const char* name) { return stripTarget(host.get(), out(name)); };
+    EXPECT_EQ(leads("a"), group);
+    EXPECT_EQ(leads("b"), host->getAudioOut());
+    EXPECT_EQ(leads("c"), group);
+    EXPECT_EQ(leads("Group"), host->getAudioOut());
+    // One of them elsewhere, both as they are selected.
+    inMenu({"Home", "Return"});
+    clickOn(on("c", "target"));
+    EXPECT_TRUE(loaded());
+    EXPECT_EQ(leads("a"), host->getAudioOut());
+    EXPECT_EQ(leads("c"), host->getAudioOut());
+    const auto targets = stripTargets(host.get(), out("Group"));
+    EXPECT_EQ(std::ranges::find(targets, group), targets.end()) << "it would feed itself";
+    // A name, of a track and of a group, by a double click and by the key.
+    for (const char* name : {"b", "Group"}) {
+        mouseTo(strip(name), 40, 10);
+        act({"click", "--repeat", "2", "--delay", "50", "1"});
+        EXPECT_TRUE(pumpUntil([&] { return page()->keyCtrl && page()->keyCtrl->id == "name"; }));
+        act({"type", "--delay", "2", "New"});
+        key("Return");
+        EXPECT_TRUE(pumpUntil([&] { return strip("New") != nullptr; })) << names();
+        EXPECT_EQ(on("New", "mute")->spokenName, "Mute, New");
+        key("ctrl+z");
+        EXPECT_TRUE(pumpUntil([&] { return strip(name) != nullptr; })) << names();
+    }
+    panel()->choose(*strip("Send"), 0);
+    key("Delete");
+    EXPECT_TRUE(pumpUntil([&] { return host->sends.empty() && !strip("Send"); }));
+    panel()->choose(*strip("Audio Out"), 0);
+    key("Delete");
+    EXPECT_TRUE(loaded());
+    EXPECT_TRUE(strip("Audio Out")) << "there is one output at least";
+    panel()->choose(*strip("b"), 0);
+    key("Delete");
+    EXPECT_TRUE(pumpUntil([&] { return tracks() == 2; }));
+}
+
+TEST_F(MixerTest, WheelsAndKeysGoAlongTheStrips) {
+    startWith(20);
+    const CCtrl* first = strip("Audio In");
+    const auto place = [&] { return page()->controlPos(first); };
+    const CPoint start = place();
+    mouseTo(panel(), 300, 100);
+    act({"click", "5"});
+    EXPECT_TRUE(pumpUntil([&] { return place().x < start.x; }));
+    EXPECT_EQ(place().y, start.y);
+    // What fits goes nowhere; over the last pixels at the right it is up and down.
+    win->move(0, 0, wide, 400);
+    settle();
+    const CPoint low = place();
+    mouseTo(panel(), panel()->width - 10, 100);
+    act({"click", "5"});
+    EXPECT_TRUE(pumpUntil([&] { return place().y < low.y; }));
+    EXPECT_EQ(place().x, low.x);
+    EXPECT_EQ(page()->controlPos(strip("Audio Out")).x + strip("Audio Out")->width,
+              panel()->width - 14)
+        << "the outputs stay";
+    win->move(0, 0, wide, high);
+    settle();
+    focus(strip("a"));
+    for (const char* k : {"Down", "Down", "Right"}) key(k);
+    EXPECT_EQ(page()->keyCtrl, on("b", "mode"));
+    for (int i = 0; i < 15; i++) key("Right");
+    EXPECT_EQ(page()->keyCtrl, on("q", "mode"));
+    EXPECT_FALSE(page()->keyCtrl->visibleRect().empty()) << "it comes into view";
+    EXPECT_EQ(on("q", "volume")->tabStop, true);
+    EXPECT_EQ(on("a", "volume")->tabStop, false);
+    // Everything has a name, and can be reached along its strip.
+    LiveTree tree(app.get());
+    for (const CCtrl* stop : strip("q")->stops()) {
+        const std::string name = tree.describe(tree.idOf(stop)).name;
+        EXPECT_TRUE(stop == strip("q") || name.find(", q") != std::string::npos)
+            << stop->id.asChar() << ": " << name;
+    }
+    EXPECT_EQ(tree.describe(tree.idOf(on("q", "volume"))).name, "Volume, q");
+}
+
+TEST_F(MixerTest, ProgramsKeepSectionsAndTheProjectKeepsAll) {
+    startWith(2);
+    mixer().addProg();
+    clickOn(button("section", 0));
+    EXPECT_EQ(names(), "a b Audio Out ");
+    key("8");
+    EXPECT_TRUE(pumpUntil([&] { return names() == "Audio In a b Audio Out "; }));
+    key("9");
+    EXPECT_TRUE(pumpUntil([&] { return names() == "a b Audio Out "; }));
+    mixer().duplicateProg();
+    EXPECT_EQ(mixer().progs.getCount(), 3);
+    EXPECT_EQ(mixer().getProg(-1)->sh, 30);
+    mixer().deleteProg();
+    EXPECT_EQ(mixer().progs.getCount(), 2);
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return mixer().progs.getCount() == 3; }));
+    panel()->choose(*strip("b"), 0);
+    key("n");
+    EXPECT_LT(strip("b")->width, strip("a")->width);
+    mouseTo(on("b", "mode"), 5, 5);
+    act({"click", "1"});
+    mouseTo(on("a", "mode"), on("a", "mode")->width - 5, 5);
+    act({"click", "1"});
+    EXPECT_TRUE(on("a", "eq")->visible);
+    // Saved and opened again: page, program, widths and what shows in place of the inserts.
+    const std::string path = at("kept.qv");
+    std::ofstream(path) << "old";
+    host->projectFile = path.c_str();
+    ASSERT_TRUE(win->flows->saveClicked());
+    ASSERT_TRUE(load(kindEmpty));
+    EXPECT_EQ(page(), nullptr);
+    ASSERT_TRUE(load(kindFile, path.c_str()));
+    ASSERT_TRUE(pumpUntil([&] { return page() != nullptr; }));
+    EXPECT_EQ(names(), "a b Audio Out ");
+    EXPECT_LT(strip("b")->width, strip("a")->width);
+    EXPECT_TRUE(on("a", "eq")->visible);
+    EXPECT_FALSE(on("b", "eq")->visible);
+}
