@@ -24,7 +24,8 @@ constexpr Group groups[] = {{"Common", groupGlobal},
                             {"File", groupFile},
                             {"Edit", groupEdit},
                             {"Transporter", groupTransport},
-                            {"Sequencer", groupArrange}};
+                            {"Sequencer", groupArrange},
+                            {"Modular", groupModular}};
 
 /// Whether both are active in one window.
 bool meet(const CAction* a, const CAction* b) {

@@ -9,6 +9,7 @@
 #include "gui/Keys.h"
 #include "gui/Selections.h"
 #include "gui/XConnection.h"
+#include "modular/ModularPage.h"
 #include "sequencer/CEditorComp.h"
 #include "sequencer/CSeq.h"
 #include "setup/CSetupWin.h"
@@ -19,7 +20,6 @@
 #include "shell/Rooms.h"
 #include "shell/StatusLine.h"
 #include "shell/Toolbar.h"
-#include "ui/Invitation.h"
 #include "ui/Shortcuts.h"
 #include "ui/Song.h"
 
@@ -96,12 +96,26 @@ void CMainWin::init() {
                             new _COnChange<CMainWin>(this, &CMainWin::deviceClicked));
     addControl(status);
     const int below = Toolbar::barHeight;
-    desk = new Invitation(this, *this, "desk");
-    addControl(desk);
-    pages = std::make_unique<Pages>(this, qv, desk, below, int(StatusLine::lineHeight));
+    addGraph();
+    pages = std::make_unique<Pages>(this, qv, graph, below, int(StatusLine::lineHeight));
     followNotices();
     idle();
     redraw();
+}
+
+void CMainWin::addGraph() {
+    graph = new ModularPage(this, *this);
+    addControl(graph);
+    graph->menus().windowMenu = [this](CPopup* popup, CComp* edited) {
+        if (CCompEditor* editor = pages->editorOf(edited)) editor->fillCaptionMenu(popup);
+    };
+    table.bind(
+        "modular",
+        [this] {
+            pages->showFirst();
+            graph->takeKeys();
+        },
+        {}, [this] { return pages->firstInFront(); });
 }
 
 void CMainWin::onTimer() {
@@ -122,7 +136,7 @@ void CMainWin::idle() {
     router.serve();
     flows->mixer.idle();
     setCaptionText();
-    refreshDesk();
+    graph->idle();
     bar->refresh();
     mainMenu->refresh();
     status->refresh();
@@ -208,19 +222,27 @@ CCompEditor* CMainWin::asked() const {
     return pages ? pages->current() : nullptr;
 }
 
+/// The first page is in front, and no window on the screen has the keys.
+bool CMainWin::graphAsked() const {
+    return graph && pages && pages->firstInFront() && !asked();
+}
+
 bool CMainWin::onAction(CAction* action) {
     if (flows->loading()) return false;
     CCompEditor* editor = asked();
+    if (graphAsked() && graph->ownActions().run(action)) return true;
     return (editor && editor->onAction(action)) || table.run(action);
 }
 
 bool CMainWin::canRun(const CAction* action) const {
     const CCompEditor* editor = asked();
+    if (graphAsked() && graph->ownActions().isReady(action)) return true;
     return (editor && editor->canRun(action)) || action->isReady();
 }
 
 bool CMainWin::isOn(const CAction* action) const {
     const CCompEditor* editor = asked();
+    if (graphAsked() && graph->ownActions().isOn(action)) return true;
     return (editor && editor->isOn(action)) || action->isOn();
 }
 
@@ -293,6 +315,7 @@ void CMainWin::projectChanged() {
     qv->hostNotices.raise(HostNotice::graph | HostNotice::pages | HostNotice::pool);
     setCaptionText();
     if (rooms->setup) rooms->setup->projectChanged();
+    graph->opened();
     reopenEditor();
     resized();
     redraw();
@@ -316,24 +339,14 @@ void CMainWin::showSong() {
     if (!otherFront || !pages->current()) openEditor(seq);
 }
 
-/// Buttons are made anew only where the text is another one: the handler of one may be running.
-void CMainWin::refreshDesk() {
-    const int state = songOf(qv) ? 1 : 0;
-    if (deskState == state) return;
-    deskState = state;
-    if (state)
-        desk->set("No page", "No page is open.", {{"arrangement", "Open the arrangement"}});
-    else
-        desk->set("No song", "There is no song here. Begin one, or open a project.",
-                  {{"new", "New..."}, {"open", "Open..."}, {"openlast", "Open last"}});
-}
-
 void CMainWin::forgetSong() {
     made.clear();
+    if (graph) graph->forget();
     if (bar) bar->forgetSong();
 }
 
 void CMainWin::mdiChanged() {
+    editorType = pages && pages->firstInFront() ? groupModular : groupGlobal;
     if (mainMenu) mainMenu->rebuild();
 }
 

@@ -17,7 +17,7 @@ class MainMenu;
 class Pages;
 class ProjectFlows;
 class Rooms;
-class Invitation;
+class ModularPage;
 class StatusLine;
 class Toolbar;
 struct CEditorStruct;
@@ -113,7 +113,8 @@ private:
     void mainDrop(CObject* sender);
     void deviceClicked(CObject* sender);
     CCompEditor* asked() const;
-    void refreshDesk();
+    void addGraph();
+    bool graphAsked() const;
     void writeSettings();
     void setCaptionText(); ///< nothing while it tells the project already
     void followNotices();
@@ -125,8 +126,7 @@ private:
     const std::unique_ptr<MainCommands> mainCommands;
     std::unique_ptr<MainMenu> mainMenu;
     Toolbar* bar = nullptr;
-    Invitation* desk = nullptr; ///< what shows while no page is open
-    int deskState = -1;         ///< 1 with a song, 0 without, -1 nothing told yet
+    ModularPage* graph = nullptr; ///< the first page
     StatusLine* status = nullptr;
     bool hintShown = false; ///< what the status line tells is a hint, which goes with the pointer
     std::vector<NoticeLink> links;

@@ -143,18 +143,19 @@ void MainMenu::addUndo(CPopup* popup, const char* name, const CStr& what) {
 void MainMenu::fillEdit(CPopup* popup) {
     addUndo(popup, "undo", qv->undoText());
     addUndo(popup, "redo", qv->redoText());
-    if (songOf(qv))
+    if (songOf(qv) || window->pages->firstInFront())
         addGroups(popup, {{"cut", "copy", "paste", "duplicate", "delete"}, {"selectAll"}});
 }
 
 void MainMenu::fillView(CPopup* popup) {
-    for (const char* page : {"arrangement", "browser", "mixer", "priorpage", "nextpage"})
+    for (const char* page : {"modular", "arrangement", "browser", "mixer", "priorpage", "nextpage"})
         addAction(popup, page);
     if (CCompEditor* page = window->pages->current()) {
         page->fillCaptionMenu(popup->addSub("Page"));
         addAction(popup, "closeall");
     }
-    addGroups(popup, {{"zoomin", "zoomout", "zoomselection", "zoomsong", "zoomback"},
+    addGroups(popup, {{"tidygraph", "fitgraph"},
+                      {"zoomin", "zoomout", "zoomselection", "zoomsong", "zoomback"},
                       {"rowshigher", "rowslower"},
                       {"autoscroll", "glide"},
                       {"spectrum", "hints", "ribbon"}});

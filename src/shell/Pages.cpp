@@ -20,7 +20,7 @@ namespace {
 
 constexpr int newPage = -1, unDock = -2;        ///< of `dockWin`
 constexpr int leastSide = 64, mostSide = 16384; ///< of a place from a file
-constexpr const char* firstName = "Overview";
+constexpr const char* firstName = "Modular";
 
 /// The docker whose menu makes steps that can be undone.
 class StepDocker : public CDocker {
@@ -62,7 +62,6 @@ Pages::Pages(CMainWin* mainWin, CQV* host, CCtrl* firstPage, int topInside, int 
       bar(new DockBar(mainWin, docker.get(), topInside, mainWin->clientGroup->width)),
       top(topInside), below(belowInside) {
     docker->getDock(0)->name = firstName;
-    docker->firstStands = false;
     docker->tabAlwaysShow = window->options().tabsAlways.on();
     docker->onChange = new _COnChange<Pages>(this, &Pages::docksChanged);
     window->addControl(bar);
@@ -277,6 +276,14 @@ void Pages::layout() {
     if (now == wanted) return;
     docker->move(wanted.left, wanted.top, wanted.width(), wanted.height());
     docker->resized();
+}
+
+void Pages::showFirst() {
+    docker->setActive(0);
+}
+
+bool Pages::firstInFront() const {
+    return docker->activeIndex == 0;
 }
 
 void Pages::nextDock(int by) {

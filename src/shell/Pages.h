@@ -27,8 +27,8 @@ class Pages : public CObject {
 public:
     const std::unique_ptr<CDocker> docker;
 
-    /// `first` is what the window shows while no page is open, from `top` in its content on, down
-    /// to `below` pixels from the bottom. It is in front at first.
+    /// `first` is the page that is no editor's window, from `top` in the window's content on, down to
+    /// `below` pixels from the bottom. It is in front at first.
     Pages(CMainWin* window, CQV* host, CCtrl* first, int top, int below);
     ~Pages() override;
     Pages(const Pages&) = delete;
@@ -45,6 +45,8 @@ public:
     void dockWin(CCompEditor* editor, int where, bool maximize, CUndo* undo = nullptr);
     /// Makes the windows follow the docks and the records.
     void update();
+    void showFirst();
+    bool firstInFront() const;
     void nextDock(int by);
     void showTabs(bool always);                     ///< else only with more than one page
     bool canTurn() const;                           ///< there is more than one page to turn to

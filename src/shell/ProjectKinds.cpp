@@ -2,6 +2,7 @@
 
 #include "data/demosong/DemoSong.h"
 #include "engine/CQV.h"
+#include "modular/GraphEdits.h"
 #include "project/SongSounds.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Templates.h"
@@ -42,5 +43,6 @@ void createProject(CQV* host, int kind) {
         kinds[kind].create(seq);
         frameSong(seq);
     }
+    tidyNewGraph(host);
     host->markSaved(host->saveMark());
 }

@@ -18,6 +18,7 @@ struct Row {
 constexpr Row rows[] = {
     {"mixer", "Mixer", groupGlobal, functionKey(9)},
     {"browser", "Browser", groupGlobal, functionKey(3)},
+    {"modular", "Modular", groupGlobal, functionKey(12)},
     {"setup", "Setup", groupGlobal, functionKey(6)},
     {"find", "Find", groupGlobal, 'f', control},
     {"edit", "Edit", groupGlobal, 'e', control},
@@ -161,6 +162,9 @@ constexpr Row rows[] = {
     {"exportrange", "Export range...", groupArrange},
     {"rippletrack", "Ripple on the track", groupArrange},
     {"rippleall", "Ripple on all tracks", groupArrange},
+    {"tidygraph", "Tidy", groupModular, 't', control},
+    {"fitgraph", "Zoom to fit", groupModular, 'w'},
+    {"pullout", "Pull out", groupModular, 'u'},
     {"steprec", "Step record", groupArrange, functionKey(4)},
     {"mixmute", "Mute", groupMixer, 'm'},
     {"mixsolo", "Solo", groupMixer, 's'},

@@ -15,6 +15,7 @@ enum ActionGroup : int {
     groupGlobal = 0,
     groupArrange = 4,
     groupMixer = 5,
+    groupModular = 6,
 };
 
 /// What an action does.

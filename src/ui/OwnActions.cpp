@@ -6,11 +6,17 @@
 void OwnActions::bind(const char* name, std::function<void()> run, std::function<bool()> ready,
                       std::function<bool()> on) {
     commands.leave(name);
+    enter(name, {std::move(run), std::move(ready), std::move(on)});
+}
+
+void OwnActions::preempt(const char* name, std::function<void()> run,
+                         std::function<bool()> ready) {
+    enter(name, {std::move(run), std::move(ready), {}});
+}
+
+void OwnActions::enter(const char* name, Deed deed) {
     [[maybe_unused]] const bool fresh =
-        deeds
-            .emplace(commands.getAction(name),
-                     Deed{std::move(run), std::move(ready), std::move(on)})
-            .second;
+        deeds.emplace(commands.getAction(name), std::move(deed)).second;
     assert(fresh);
 }
 

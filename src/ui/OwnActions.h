@@ -14,12 +14,15 @@ public:
     /// As `Commands::bind`, for this window alone.
     void bind(const char* name, std::function<void()> run, std::function<bool()> ready = {},
               std::function<bool()> on = {});
+    /// The same for one that the program carries out as well: this window comes first.
+    void preempt(const char* name, std::function<void()> run, std::function<bool()> ready = {});
     /// Carries it out if it is ready; false for one that the window does not have.
     bool run(const CAction* action) const;
     bool isReady(const CAction* action) const;
     bool isOn(const CAction* action) const;
 
 private:
+    void enter(const char* name, Deed deed);
     const Deed* find(const CAction* action) const;
 
     Commands& commands;

@@ -1,0 +1,516 @@
+#include "modular/GraphEdits.h"
+
+#include "base/CStream.h"
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "engine/CFreezeItem.h"
+#include "engine/CQV.h"
+#include "engine/CUndo.h"
+#include "engine/Cables.h"
+#include "engine/CompTypes.h"
+#include "engine/EditorHooks.h"
+#include "modular/GraphModel.h"
+#include "sequencer/CEditorComp.h"
+#include "sequencer/CSeq.h"
+#include "sequencer/Pending.h"
+
+#include <algorithm>
+#include <atomic>
+#include <unordered_set>
+
+namespace {
+
+constexpr StepEffects rewired = {.graph = true};
+constexpr int dropGap = 24; ///< pixels between what is dropped together
+
+int kept(int place) {
+    return asMinMax(place, 0, int(GraphModel::mostPlace));
+}
+
+void record(CUndo* step, int& field, int value) {
+    if (field == value) return;
+    step->asInt(&field);
+    std::atomic_ref(field).store(value, std::memory_order_relaxed);
+}
+
+void recordPlace(CUndo* step, CComp* comp, CPoint at) {
+    record(step, comp->posX, kept(at.x));
+    record(step, comp->posY, kept(at.y));
+}
+
+/// Calls `visit(comp)` for all that may own cables.
+template <class F>
+void eachCabled(CQV* host, F&& visit) {
+    for (const CList* list : {&host->comps, &host->sends})
+        for (auto* comp : each<CComp>(*list)) {
+            visit(comp);
+            if (comp->type != compSeq) continue;
+            for (auto* track : each<CTrack>(static_cast<CSeq*>(comp)->tracks)) visit(track);
+        }
+}
+
+CObject* newCable(CIO* from, CIO* to) {
+    if (from->category == categoryPort)
+        return createMIDICable(to->comp, static_cast<CMIDIQ*>(from), static_cast<CMIDIQ*>(to));
+    return createAudioCable(to->comp, static_cast<COutputChannel*>(from),
+                            static_cast<CInputChannel*>(to));
+}
+
+CObject* cableBetween(CIO* from, CIO* to) {
+    if (from->category == categoryPort)
+        return getMIDICable(to->comp, static_cast<CMIDIQ*>(from), static_cast<CMIDIQ*>(to));
+    return getAudioCable(to->comp, static_cast<COutputChannel*>(from),
+                         static_cast<CInputChannel*>(to));
+}
+
+CList& cablesOf(CComp* comp, bool midi) {
+    return midi ? comp->midiCables : comp->audioCables;
+}
+
+/// A cable as the ports that it joins.
+struct Ends {
+    CIO *from, *to;
+    bool midi;
+    explicit Ends(const CObject* cable) : midi(cable->type == cableMidi) {
+        if (midi) {
+            const auto* c = static_cast<const CMIDICable*>(cable);
+            from = c->fromPort, to = c->toPort;
+        } else {
+            const auto* c = static_cast<const CAudioCable*>(cable);
+            from = c->fromChannel, to = c->toChannel;
+        }
+    }
+};
+
+void addCable(CUndo* step, CIO* from, CIO* to) {
+    if (from && to)
+        step->asAdd(newCable(from, to), &cablesOf(to->comp, from->category == categoryPort));
+}
+
+/// The list that owns a cable; null when it is in none any more.
+CList* ownerOf(CQV* host, CObject* cable) {
+    CList* found = nullptr;
+    eachCabled(host, [&](CComp* comp) {
+        for (CList* list : {&comp->midiCables, &comp->audioCables})
+            if (list->contains(cable)) found = list;
+    });
+    return found;
+}
+
+CIO* firstPort(const CComp* comp, bool midi, bool output) {
+    const CList& list = midi ? (output ? comp->outPorts : comp->inPorts)
+                             : (output ? comp->outputs : comp->inputs);
+    return static_cast<CIO*>(list.items(0));
+}
+
+bool isOutputPort(const CIO* io) {
+    return io->category == categoryPort ? io->type == portOutput : io->type == channelOutput;
+}
+
+void makeReady(CComp* comp) {
+    comp->createBuffers(comp->host->frames);
+    comp->setRate(double(comp->host->rate));
+}
+
+} // namespace
+
+// Selecting.
+
+std::vector<CComp*> selectedComps(CQV* host) {
+    std::vector<CComp*> chosen;
+    for (auto* comp : each<CComp>(host->comps))
+        if (comp->hasFlag(compSelected)) chosen.push_back(comp);
+    return chosen;
+}
+
+void selectOnly(CQV* host, CComp* comp) {
+    for (auto* other : each<CComp>(host->comps)) other->setFlag(compSelected, other == comp);
+}
+
+// Places.
+
+void placeComps(CQV* host, std::span<CComp* const> comps, std::span<const CPoint> places,
+                const CStr& title) {
+    CUndo* step = host->undoStart(title, host);
+    for (size_t i = 0; i < comps.size(); i++) recordPlace(step, comps[i], places[i]);
+    host->undoEnd(step, true);
+}
+
+void moveComps(CQV* host, CPoint by) {
+    const std::vector<CComp*> comps = selectedComps(host);
+    std::vector<CPoint> places;
+    for (const CComp* comp : comps) places.push_back(asPoint(comp->posX + by.x, comp->posY + by.y));
+    placeComps(host, comps, places, "Move");
+}
+
+void tidyComps(CQV* host) {
+    std::vector<CComp*> comps;
+    for (auto* comp : each<CComp>(host->comps)) comps.push_back(comp);
+    placeComps(host, comps, layGraph(GraphModel(host).layout()), "Tidy");
+}
+
+void tidyNewGraph(CQV* host) {
+    const std::vector<CPoint> places = layGraph(GraphModel(host).layout());
+    size_t i = 0;
+    for (auto* comp : each<CComp>(host->comps)) {
+        comp->posX = kept(places[i].x);
+        comp->posY = kept(places[i++].y);
+    }
+}
+
+// Cables.
+
+bool areJoined(CIO* a, CIO* b) {
+    return isOutputPort(a) ? cableBetween(a, b) != nullptr : cableBetween(b, a) != nullptr;
+}
+
+void toggleCable(CIO* a, CIO* b) {
+    CIO *from = isOutputPort(a) ? a : b, *to = isOutputPort(a) ? b : a;
+    CQV* host = to->comp->host;
+    CUndo* step = host->undoStart("Connection", host, rewired);
+    if (CObject* cable = cableBetween(from, to))
+        step->asRemove(cable, &cablesOf(to->comp, from->category == categoryPort));
+    else
+        addCable(step, from, to);
+    host->undoEnd(step, true);
+}
+
+void deleteCable(CQV* host, CObject* cable) {
+    CList* list = ownerOf(host, cable);
+    if (!list) return;
+    CUndo* step = host->undoStart("Delete", host, rewired);
+    step->asRemove(cable, list);
+    host->undoEnd(step, true);
+}
+
+// New components.
+
+namespace {
+
+/// The name, or with the first number behind a blank that no component bears.
+CStr freeCompName(CQV* host, const CStr& name, const CUndo* step) {
+    const auto taken = [&](const CStr& wanted) {
+        bool found = false;
+        eachWithPending<CComp>(step, &host->comps,
+                               [&](const CComp* c) { found = found || c->id == wanted; });
+        return found;
+    };
+    CStr free = name;
+    for (int i = 2; taken(free); i++) free = name + " " + asStr(i);
+    return free;
+}
+
+void cableToDevices(CUndo* step, CComp* comp) {
+    CQV* host = comp->host;
+    const bool instrument = comp->type == compSampler;
+    CComp *keys = host->getMIDIIn(), *out = host->getAudioOut();
+    if (instrument && keys) addCable(step, keys->outPort(), comp->inPort());
+    const bool sounds = instrument || comp->type == compGroupCh;
+    if (sounds && out) addCable(step, comp->output(), out->input());
+}
+
+/// In place of a cable come those to the component and from it.
+void leadThrough(CUndo* step, CComp* comp, CObject* cable) {
+    const Ends ends(cable);
+    step->asRemove(cable, &cablesOf(ends.to->comp, ends.midi));
+    CIO *in = firstPort(comp, ends.midi, false), *out = firstPort(comp, ends.midi, true);
+    if (!cableBetween(ends.from, in)) addCable(step, ends.from, in);
+    if (!cableBetween(out, ends.to)) addCable(step, out, ends.to);
+}
+
+void link(CUndo* step, CComp* comp, CPoint at) {
+    comp->posX = kept(at.x);
+    comp->posY = kept(at.y);
+    comp->id = freeCompName(comp->host, comp->id, step);
+    selectOnly(comp->host, nullptr);
+    comp->setFlag(compSelected, true);
+    step->asAdd(comp, &comp->host->comps);
+}
+
+} // namespace
+
+CComp* addComp(CQV* host, int type, CPoint at, CObject* into) {
+    CComp* comp = createComp(host, categoryComp, static_cast<unsigned char>(type));
+    comp->init();
+    makeReady(comp);
+    CUndo* step = host->undoStart("Add comp", host, rewired);
+    link(step, comp, at);
+    if (into && ownerOf(host, into) && fitsInto(comp, into))
+        leadThrough(step, comp, into);
+    else
+        cableToDevices(step, comp);
+    host->undoEnd(step, true);
+    return comp;
+}
+
+int presetType(const CStr& path) {
+    constexpr struct {
+        const char* ending;
+        int type;
+    } endings[] = {{".qvs", compSampler}, {".qve", compEffect}, {".qva", compArp}};
+    const CStr ending = extractFileExt(path);
+    for (const auto& e : endings)
+        if (sameText(ending, e.ending)) return e.type;
+    return 0;
+}
+
+namespace {
+
+/// Null after a message.
+CComp* readPreset(CQV* host, const CStr& path) {
+    CFileStream stream(path, 0);
+    CComp* comp = createComp(host, categoryComp, static_cast<unsigned char>(presetType(path)));
+    if (comp->type == compSampler)
+        comp->createChannels();
+    else
+        comp->init();
+    makeReady(comp);
+    if (stream.isOpen()) comp->read(&stream, stream.getSize());
+    if (stream.isOpen() && comp->getProgram(-1)) {
+        makeReady(comp);
+        comp->id = changeFileExt(extractFileName(path), "");
+        return comp;
+    }
+    delete comp;
+    showMsg(nullptr, "Error", "Could not read file " + path);
+    return nullptr;
+}
+
+} // namespace
+
+void addPresets(CQV* host, const std::vector<CStr>& paths, CPoint at) {
+    CStr names;
+    for (const CStr& path : paths)
+        names += (names.empty() ? CStr() : CStr(", ")) + extractFileName(path);
+    CUndo* step = host->undoStart("Drop " + names, host, rewired);
+    std::vector<CComp*> made;
+    for (const CStr& path : paths) {
+        CComp* comp = readPreset(host, path);
+        if (!comp) continue;
+        link(step, comp, at);
+        cableToDevices(step, comp);
+        made.push_back(comp);
+        at.x += boxSize(comp).x + dropGap;
+    }
+    for (CComp* comp : made) comp->setFlag(compSelected, true);
+    host->undoEnd(step, true);
+}
+
+void chooseDevice(CComp* comp, Shared<int>& device, int index) {
+    if (device == index) return;
+    CUndo* step = comp->host->undoStart("Device", comp->host);
+    step->asInt(device.address());
+    device = index;
+    comp->host->undoEnd(step, true);
+}
+
+void renameComp(CComp* comp, const CStr& name) {
+    CQV* host = comp->host;
+    if (name == comp->id) return;
+    CUndo* step = host->undoStart("Rename", host, {.host = HostNotice::graph});
+    step->asName(&comp->id);
+    comp->setId(name);
+    host->undoEnd(step, true);
+}
+
+// Deleting.
+
+bool mayDelete(CQV* host, const CComp* comp) {
+    if (comp->type != compAudioOut) return host->comps.contains(comp);
+    int outs = 0;
+    for (const auto* other : each<CComp>(host->comps)) outs += other->type == compAudioOut;
+    return outs > 1;
+}
+
+namespace {
+
+using CompSet = std::unordered_set<const CComp*>;
+
+void closeWindows(CComp* comp) {
+    editorHooks()->hideEditors(comp);
+    if (comp->type == compSeq)
+        editorHooks()->hideEditors(static_cast<CSeq*>(comp)->editorComp.get());
+}
+
+void removeCablesOf(CQV* host, const CompSet& gone, CUndo* step) {
+    const auto touches = [&](const CObject* cable) {
+        const Ends ends(cable);
+        return (ends.from && gone.count(ends.from->comp)) || (ends.to && gone.count(ends.to->comp));
+    };
+    eachCabled(host, [&](CComp* comp) {
+        for (CList* list : {&comp->midiCables, &comp->audioCables})
+            for (auto* cable : each<CObject>(*list))
+                if (touches(cable)) step->asRemove(cable, list);
+    });
+}
+
+void unfreeze(CQV* host, const CompSet& gone, CUndo* step) {
+    for (auto* comp : each<CComp>(host->comps)) {
+        if (comp->type != compSeq || gone.count(comp)) continue;
+        for (auto* prog : each<CSeqProg>(comp->progs))
+            for (auto* track : each<CSongTrack>(prog->tracks)) {
+                bool uses = false;
+                for (const auto* item : each<CFreezeItem>(track->freezeItems))
+                    uses = uses || gone.count(item->comp);
+                if (!uses) continue;
+                for (auto* item : each<CFreezeItem>(track->freezeItems))
+                    step->asRemove(item, &track->freezeItems);
+            }
+    }
+}
+
+} // namespace
+
+void deleteComps(CQV* host, std::vector<CComp*> comps) {
+    std::erase_if(comps, [&](const CComp* comp) { return !mayDelete(host, comp); });
+    int outs = 0;
+    for (const auto* comp : each<CComp>(host->comps)) outs += comp->type == compAudioOut;
+    std::erase_if(comps, [&](const CComp* comp) {
+        return comp->type == compAudioOut && --outs == 0;
+    });
+    if (comps.empty()) return;
+    const CompSet gone(comps.begin(), comps.end());
+    if (host->recording) host->endTake();
+    const bool song = std::ranges::any_of(comps, [](auto* c) { return c->type == compSeq; });
+    if (song && host->playing) host->stop();
+    for (CComp* comp : comps) closeWindows(comp);
+    CUndo* step = host->undoStart("Delete", host, rewired);
+    removeCablesOf(host, gone, step);
+    unfreeze(host, gone, step);
+    for (CComp* comp : comps) step->asRemove(comp, &host->comps);
+    host->undoEnd(step, true);
+}
+
+// Duplicating.
+
+bool mayDuplicate(const CComp* comp) {
+    for (const int type : {compSampler, compEffect, compArp, compGroupCh})
+        if (comp->type == type) return true;
+    return false;
+}
+
+namespace {
+
+/// The ports of components and of their copies.
+class Twins {
+public:
+    void add(CComp* source, CComp* copy) {
+        join(source->inPorts, copy->inPorts);
+        join(source->outPorts, copy->outPorts);
+        join(source->inputs, copy->inputs);
+        join(source->outputs, copy->outputs);
+    }
+    CIO* of(CIO* port) const {
+        for (const auto& [source, copy] : pairs)
+            if (source == port) return copy;
+        return nullptr;
+    }
+
+private:
+    void join(const CList& from, const CList& to) {
+        for (int i = 0; i < asMin(from.getCount(), to.getCount()); i++)
+            pairs.emplace_back(static_cast<CIO*>(from.items(i)), static_cast<CIO*>(to.items(i)));
+    }
+    std::vector<std::pair<CIO*, CIO*>> pairs;
+};
+
+} // namespace
+
+void duplicateComps(CQV* host, const std::vector<CComp*>& comps, CPoint by) {
+    CUndo* step = host->undoStart("Duplicate", host, rewired);
+    Twins twins;
+    for (CComp* comp : comps) {
+        CComp* copy = mayDuplicate(comp) ? comp->copy() : nullptr;
+        if (!copy) continue;
+        if (step->items.empty()) selectOnly(host, nullptr);
+        makeReady(copy);
+        copy->posX = kept(comp->posX + by.x);
+        copy->posY = kept(comp->posY + by.y);
+        copy->id = freeCompName(host, comp->id, step);
+        copy->setFlag(compSelected, true);
+        twins.add(comp, copy);
+        step->asAdd(copy, &host->comps);
+    }
+    eachCabled(host, [&](CComp* comp) {
+        for (const CList* list : {&comp->midiCables, &comp->audioCables})
+            for (const auto* cable : each<CObject>(*list)) {
+                const Ends ends(cable);
+                CIO *from = twins.of(ends.from), *to = twins.of(ends.to);
+                if (from || to) addCable(step, from ? from : ends.from, to ? to : ends.to);
+            }
+    });
+    host->undoEnd(step, true);
+}
+
+// Into cables and out of them.
+
+bool fitsInto(const CComp* comp, const CObject* cable) {
+    const Ends ends(cable);
+    return ends.from && ends.to && ends.from->comp != comp && ends.to->comp != comp &&
+           firstPort(comp, ends.midi, false) && firstPort(comp, ends.midi, true) &&
+           comp->type != compAudioOut && comp->type != compSeq;
+}
+
+void insertComp(CQV* host, CComp* comp, CObject* cable, CPoint at) {
+    if (!ownerOf(host, cable) || !fitsInto(comp, cable)) return;
+    CUndo* step = host->undoStart("Insert", host, rewired);
+    recordPlace(step, comp, at);
+    leadThrough(step, comp, cable);
+    host->undoEnd(step, true);
+}
+
+namespace {
+
+struct Through {
+    std::vector<CObject*> in, out;
+};
+
+Through cablesThrough(CQV* host, const CComp* comp, bool midi) {
+    Through found;
+    eachCabled(host, [&](CComp* owner) {
+        for (auto* cable : each<CObject>(cablesOf(owner, midi))) {
+            const Ends ends(cable);
+            if (ends.to->comp == comp) found.in.push_back(cable);
+            if (ends.from->comp == comp) found.out.push_back(cable);
+        }
+    });
+    return found;
+}
+
+bool leadsThrough(const Through& through) {
+    return !through.in.empty() && !through.out.empty();
+}
+
+} // namespace
+
+bool canPullOut(CQV* host, CComp* comp) {
+    return comp->type != compSeq && (leadsThrough(cablesThrough(host, comp, true)) ||
+                                     leadsThrough(cablesThrough(host, comp, false)));
+}
+
+void pullOutComp(CQV* host, CComp* comp, CPoint by) {
+    if (!canPullOut(host, comp)) return;
+    CUndo* step = host->undoStart("Pull out", host, rewired);
+    for (const bool midi : {true, false}) {
+        const Through through = cablesThrough(host, comp, midi);
+        if (!leadsThrough(through)) continue;
+        std::vector<std::pair<CIO*, CIO*>> made;
+        for (const CObject* in : through.in)
+            for (const CObject* out : through.out) {
+                const std::pair join{Ends(in).from, Ends(out).to};
+                const bool known = std::ranges::find(made, join) != made.end();
+                if (known || join.first->comp == comp || join.second->comp == comp ||
+                    cableBetween(join.first, join.second))
+                    continue;
+                made.push_back(join);
+                addCable(step, join.first, join.second);
+            }
+        for (CObject* cable : through.in) step->asRemove(cable, &cablesOf(comp, midi));
+        for (CObject* cable : through.out)
+            if (Ends(cable).to->comp != comp)
+                step->asRemove(cable, &cablesOf(Ends(cable).to->comp, midi));
+    }
+    recordPlace(step, comp, asPoint(comp->posX + by.x, comp->posY + by.y));
+    host->undoEnd(step, true);
+}

@@ -1,0 +1,58 @@
+#include "modular/GraphNames.h"
+
+#include "base/Numbers.h"
+#include "engine/CComp.h"
+#include "engine/Cables.h"
+#include "modular/CompGlyphs.h"
+
+namespace {
+
+const CList& listOf(const CComp* comp, PortKind kind) {
+    switch (kind) {
+    case PortKind::midiIn:
+        return comp->inPorts;
+    case PortKind::midiOut:
+        return comp->outPorts;
+    case PortKind::audioIn:
+        return comp->inputs;
+    default:
+        return comp->outputs;
+    }
+}
+
+CStr endName(const GraphModel& model, int port) {
+    const auto& p = model.ports[size_t(port)];
+    CComp* comp = model.boxes[size_t(p.box)].comp;
+    if (const CComp* track = comp->getComp(p.io)) return track->id;
+    const bool several = listOf(comp, p.kind).getCount() > 1;
+    return several ? boxName(comp) + ", " + portName(model, port) : boxName(comp);
+}
+
+} // namespace
+
+CStr boxName(const CComp* comp) {
+    return comp->id.empty() ? CStr(compKindName(comp->type)) : comp->id;
+}
+
+CStr portName(const GraphModel& model, int port) {
+    const auto& p = model.ports[size_t(port)];
+    CComp* comp = model.boxes[size_t(p.box)].comp;
+    const CStr plain = CStr(isMidi(p.kind) ? "MIDI " : "") + (isOutput(p.kind) ? "out" : "in");
+    if (const CComp* track = comp->getComp(p.io)) return track->id + " " + plain;
+    const CList& list = listOf(comp, p.kind);
+    return list.getCount() > 1 ? plain + " " + asStr(list.indexed(p.io) + 1) : plain;
+}
+
+CStr fullPortName(const GraphModel& model, int port) {
+    const auto& p = model.ports[size_t(port)];
+    return boxName(model.boxes[size_t(p.box)].comp) + ", " + portName(model, port);
+}
+
+CStr portKindName(PortKind kind) {
+    return CStr(isMidi(kind) ? "MIDI " : "audio ") + (isOutput(kind) ? "output" : "input");
+}
+
+CStr cableName(const GraphModel& model, int cable) {
+    const auto& c = model.cables[size_t(cable)];
+    return endName(model, c.from) + " to " + endName(model, c.to);
+}

@@ -1,0 +1,264 @@
+#include "modular/GraphPainter.h"
+
+#include "base/Numbers.h"
+#include "engine/CComp.h"
+#include "gui/CGraphic.h"
+#include "gui/Colours.h"
+#include "gui/Fonts.h"
+#include "gui/GuiItem.h"
+#include "gui/Palette.h"
+#include "gui/PixelPaper.h"
+#include "gui/Shapes.h"
+#include "instruments/CSynthProg.h"
+#include "modular/CompGlyphs.h"
+#include "modular/GraphEdits.h"
+#include "modular/GraphNames.h"
+#include "ui/ProgramItems.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace {
+
+constexpr double midiWidth = 1.4, audioWidth = 2.0, litExtra = 1.2; ///< of cables, at any zoom
+constexpr double faint = 0.18, aside = 0.35;                        ///< how much of a cable is left
+constexpr double dashOn = 7, dashOff = 5; ///< of cables that close loops, in pixels
+constexpr int curvePieces = 40;
+constexpr double leastForNames = 0.4, leastForDetails = 0.75, leastForLarge = 1.5;
+constexpr int glyphSide = 20, glyphInset = 10, textGap = 8, loadWidth = 44;
+constexpr int levelWidth = 24, levelHeight = 5; ///< of the meter on a cable
+constexpr double dotRadius = 3.5; ///< of the light on a MIDI cable
+constexpr int marksHeight = 16, marksReach = 80;
+constexpr int halo = 4;                         ///< around a box, of its focus
+constexpr int grey = 128;
+
+TextLook nameLook(double zoom) {
+    return {zoom >= leastForLarge   ? TextSize::large
+            : zoom >= leastForDetails ? TextSize::normal
+                                      : TextSize::small,
+            true};
+}
+
+TextLook detailLook(double zoom) {
+    return {zoom >= leastForLarge ? TextSize::normal : TextSize::small};
+}
+
+CStr detailOf(CComp* comp) {
+    CProgram* program = comp->numProgs() > 0 ? comp->getProgram(-1) : nullptr;
+    const CStr name = program ? comp->getProgName(comp->curProg) : CStr();
+    return name.empty() || name == comp->id ? CStr(compKindName(comp->type)) : name;
+}
+
+} // namespace
+
+CRect GraphPainter::scaled(CRect area, double zoom) {
+    return asRect(asInt(std::floor(area.left * zoom)), asInt(std::floor(area.top * zoom)),
+                  asInt(std::ceil(area.right * zoom)), asInt(std::ceil(area.bottom * zoom)));
+}
+
+CRect GraphPainter::boxArea(int box) const {
+    const CRect& area = model.boxes[size_t(box)].area;
+    return sizeRect(scaled(sizeRect(area, 0, -GraphModel::portsAbove, 0,
+                                    GraphModel::portsBelow + GraphModel::portSide),
+                           shown.zoom),
+                    -halo, -halo, halo, halo);
+}
+
+CableCurve GraphPainter::curve(const GraphModel::Cable& cable) const {
+    CableCurve c = curveOf(model, cable);
+    for (CableCurve::Point* p : {&c.start, &c.bend1, &c.bend2, &c.end}) {
+        p->x *= shown.zoom;
+        p->y *= shown.zoom;
+    }
+    return c;
+}
+
+/// With the meter and the delay in its middle.
+CRect GraphPainter::cableArea(int cable) const {
+    constexpr int line = 4;
+    const CRect bounds = curve(model.cables[size_t(cable)]).bounds();
+    return unite(sizeRect(bounds, -line, -line, line, line), marksArea(cable));
+}
+
+CRect GraphPainter::marksArea(int cable) const {
+    const CableCurve::Point middle = curve(model.cables[size_t(cable)]).at(0.5);
+    const int x = asRound(middle.x), y = asRound(middle.y);
+    return asRect(x - levelWidth / 2, y - marksHeight / 2, x + marksReach, y + marksHeight / 2);
+}
+
+CRect GraphPainter::linkArea() const {
+    if (shown.fromPort < 0) return {};
+    CRect around = model.ports[size_t(shown.fromPort)].area();
+    if (shown.toPort >= 0) around = unite(around, model.ports[size_t(shown.toPort)].area());
+    return sizeRect(scaled(around, shown.zoom), -halo, -halo, halo, halo);
+}
+
+void GraphPainter::paint(CGraphic* g, CRect asked) const {
+    paintCables(g, asked);
+    // What is hit first lies on top.
+    for (int i = int(model.boxes.size()) - 1; i >= 0; i--)
+        if (g->wants(boxArea(i))) paintBox(g, i);
+    paintLink(g);
+}
+
+// Cables.
+
+int GraphPainter::lineColour(const GraphModel::Cable& cable) const {
+    return cable.midi ? clCompsMidi.fillCol : clCompsAudio.fillCol;
+}
+
+void GraphPainter::paintCables(CGraphic* g, CRect asked) const {
+    std::vector<int> wanted;
+    for (size_t i = 0; i < model.cables.size(); i++)
+        if (g->wants(cableArea(int(i)))) wanted.push_back(int(i));
+    if (wanted.empty()) return;
+    {
+        PixelPaper paper(g, asked);
+        for (const int i : wanted) paintCable(paper, i);
+    }
+    for (const int i : wanted) paintMarks(g, i);
+}
+
+void GraphPainter::paintCable(PixelPaper& paper, int index) const {
+    const GraphModel::Cable& cable = model.cables[size_t(index)];
+    const bool path = !shown.litCables.empty(), lit = path && shown.litCables[size_t(index)];
+    const bool away = !shown.faintCables.empty() && shown.faintCables[size_t(index)];
+    const bool chosen = lit || shown.focus == cable.cable || shown.intoCable == index;
+    const double width = (cable.midi ? midiWidth : audioWidth) * std::sqrt(shown.zoom) +
+                         (chosen ? litExtra : 0);
+    const double strength = chosen ? 1.0 : away ? faint : path ? aside : 0.8;
+    const CableCurve c = curve(cable);
+    CPath line;
+    if (!cable.loops) {
+        line.moveTo(c.start.x, c.start.y);
+        line.curveTo(c.bend1.x, c.bend1.y, c.bend2.x, c.bend2.y, c.end.x, c.end.y);
+    } else {
+        bool on = true;
+        double left = dashOn;
+        CableCurve::Point from = c.start;
+        line.moveTo(from.x, from.y);
+        for (int i = 1; i <= curvePieces; i++) {
+            const CableCurve::Point to = c.at(double(i) / curvePieces);
+            left -= std::hypot(to.x - from.x, to.y - from.y);
+            if (on) line.lineTo(to.x, to.y);
+            if (left <= 0) {
+                on = !on;
+                left = on ? dashOn : dashOff;
+                if (on) line.moveTo(to.x, to.y);
+            }
+            from = to;
+        }
+    }
+    const int colour = shown.focus == cable.cable || shown.intoCable == index
+                           ? palette.text
+                           : lineColour(cable);
+    paper.stroke(colour, line, width, strength);
+}
+
+/// What a cable carries at present, and how late it is.
+void GraphPainter::paintMarks(CGraphic* g, int index) const {
+    const auto at = size_t(index);
+    const float level = at < shown.levels.size() ? shown.levels[at] : 0;
+    const bool told = at < shown.delays.size() && !shown.delays[at].empty();
+    if ((level <= 0 && !told) || shown.zoom < leastForNames) return;
+    const GraphModel::Cable& cable = model.cables[at];
+    const CableCurve::Point middle = curve(cable).at(0.5);
+    const int x = asRound(middle.x), y = asRound(middle.y);
+    if (level > 0 && cable.midi) {
+        CPath dot;
+        dot.arc(middle.x, middle.y, dotRadius, 0, 2 * std::numbers::pi);
+        dot.close();
+        fillPath(g, dot, palette.text, double(level));
+    } else if (level > 0) {
+        const CRect bar = asRect(x - levelWidth / 2, y - levelHeight / 2 - 1, x + levelWidth / 2,
+                                 y + levelHeight / 2 + 2);
+        g->fillRect(palette.window, bar);
+        const int long_ = asRound(float(levelWidth - 2) * level);
+        const int colour = palette.meter[level >= 1 ? 2 : level > 0.9f ? 1 : 0];
+        g->fillRect(colour, asRect(bar.left + 1, bar.top + 1, bar.left + 1 + long_,
+                                   bar.bottom - 1));
+    }
+    if (!told) return;
+    const TextScope small(g, {TextSize::small});
+    const CRect room = asRect(x + levelWidth / 2 + 4, y - marksHeight / 2, x + marksReach,
+                              y + marksHeight / 2);
+    g->drawText(palette.dimText, shown.delays[at], room, textLeft);
+}
+
+// Boxes.
+
+void GraphPainter::paintBox(CGraphic* g, int index) const {
+    const GraphModel::Box& box = model.boxes[size_t(index)];
+    const bool chosen = box.comp->hasFlag(compSelected);
+    const CGuiItem2& look = chosen ? clCompsItemsSelected : clCompsItems;
+    const CRect area = scaled(box.area, shown.zoom);
+    drawGuiItem(g, area, &look);
+    if (!shown.litBoxes.empty() && shown.litBoxes[size_t(index)] && !chosen)
+        g->frameRound(palette.accent, area);
+    if (shown.focus == box.comp)
+        g->frameRound(palette.accent, sizeRect(area, -2, -2, 2, 2));
+    const double side = glyphSide * shown.zoom;
+    const int left = asRound(area.left + glyphInset * shown.zoom);
+    const int top = area.top + asRound((area.height() - side) / 2);
+    const int ink = box.comp->enabled ? look.textCol : palette.dimText;
+    drawCompGlyph(g, box.comp->type, asRect(left, top, left + asRound(side), top + asRound(side)),
+                  ink);
+    if (shown.zoom >= leastForNames) paintNames(g, box, area);
+    paintPorts(g, box);
+}
+
+void GraphPainter::paintNames(CGraphic* g, const GraphModel::Box& box, CRect area) const {
+    const double zoom = shown.zoom;
+    const auto index = size_t(&box - model.boxes.data());
+    const bool chosen = box.comp->hasFlag(compSelected);
+    const CGuiItem2& look = chosen ? clCompsItemsSelected : clCompsItems;
+    const bool details = zoom >= leastForDetails;
+    const int left = area.left + asRound((glyphInset + glyphSide + textGap) * zoom);
+    const int right = area.right - asRound(textGap * zoom);
+    const int middle = (area.top + area.bottom) / 2;
+    {
+        const TextScope name(g, nameLook(zoom));
+        const CRect room = asRect(left, area.top, right,
+                                  details ? middle + asRound(2 * zoom) : area.bottom);
+        const CStr text = textFace(nameLook(zoom))->shortened(boxName(box.comp), room.width());
+        g->drawText(look.textCol, text, sizeRect(room, 0, details ? asRound(4 * zoom) : 0, 0, 0),
+                    textLeft);
+    }
+    if (!details) return;
+    const TextScope detail(g, detailLook(zoom));
+    const int ink = chosen ? look.textCol : palette.dimText;
+    const CRect row = asRect(left, middle, right, area.bottom - asRound(4 * zoom));
+    const bool measured = index < shown.loads.size() && !shown.loads[index].empty();
+    const int wide = measured ? asRound(loadWidth * zoom) : 0;
+    const CStr text =
+        textFace(detailLook(zoom))->shortened(detailOf(box.comp), row.width() - wide);
+    g->drawText(ink, text, sizeRect(row, 0, 0, -wide, 0), textLeft);
+    if (measured) g->drawText(ink, shown.loads[index], row, textRight);
+}
+
+/// Framed in the colour of their kind, and filled where a cable ends.
+void GraphPainter::paintPorts(CGraphic* g, const GraphModel::Box& box) const {
+    for (int i = box.firstPort; i < box.firstPort + box.portCount; i++) {
+        const GraphModel::Port& port = model.ports[size_t(i)];
+        const int colour = isMidi(port.kind) ? clCompsMidi.fillCol : clCompsAudio.fillCol;
+        const CRect square = scaled(port.area(), shown.zoom);
+        g->fillRect(model.joined(i) ? colour : clComps.fillCol, square);
+        g->frameRect(colour, square);
+        if (i == shown.hotPort || shown.focus == port.io)
+            g->frameRect(palette.text, sizeRect(square, -1, -1, 1, 1));
+    }
+}
+
+/// The cable that would be made.
+void GraphPainter::paintLink(CGraphic* g) const {
+    if (shown.fromPort < 0 || shown.toPort < 0) return;
+    const int colour = asColor(grey, grey, grey);
+    const GraphModel::Port &from = model.ports[size_t(shown.fromPort)],
+                           &to = model.ports[size_t(shown.toPort)];
+    CPath line;
+    line.moveTo(from.centre().x * shown.zoom, from.centre().y * shown.zoom);
+    line.lineTo(to.centre().x * shown.zoom, to.centre().y * shown.zoom);
+    strokePath(g, line, 2, colour);
+    for (const GraphModel::Port* port : {&from, &to})
+        g->fillRect(colour, sizeRect(scaled(port->area(), shown.zoom), -1, -1, 1, 1));
+}

@@ -1,0 +1,250 @@
+#include "modular/ModularPage.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/Cables.h"
+#include "engine/CompTypes.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/GuiItem.h"
+#include "gui/Selections.h"
+#include "gui/controls/CScrollbar.h"
+#include "modular/GraphEdits.h"
+#include "modular/ModularView.h"
+#include "ui/Invitation.h"
+#include "ui/NameField.h"
+#include "ui/ProgramItems.h"
+#include "ui/Song.h"
+#include "ui/Workspace.h"
+
+namespace {
+
+constexpr int barSize = 16, inviteHeight = 132;
+constexpr double zoomStep = 1.25;
+
+/// What a host has before anything is added.
+bool isBare(CQV* host) {
+    for (const auto* comp : each<CComp>(host->comps))
+        if (comp->type != compMIDIIn && comp->type != compMIDIOut && comp->type != compAudioIn &&
+            comp->type != compAudioOut)
+            return false;
+    return true;
+}
+
+} // namespace
+
+ModularPage::ModularPage(CWin* owner, Workspace& space)
+    : CGroup(owner, "modularpage", 0, 0, 1, 1), workspace(space),
+      view(new ModularView(owner, space)),
+      across(new CScrollbar(owner, "graph-across", 0, 0, 1, barSize)),
+      down(new CScrollbar(owner, "graph-down", 0, 0, barSize, 1)),
+      empty(new Invitation(owner, space, "desk")), graphMenus(space, *view),
+      actions(space.commands()) {
+    across->vertical = false;
+    across->spokenName = "Scroll the graph across";
+    down->spokenName = "Scroll the graph down";
+    empty->visible = false;
+    empty->set("No song", "There is no song here. Begin one, or open a project.",
+               {{"new", "New..."}, {"open", "Open..."}, {"openlast", "Open last"}});
+    for (CCtrl* ctrl : {static_cast<CCtrl*>(empty), static_cast<CCtrl*>(view),
+                        static_cast<CCtrl*>(across), static_cast<CCtrl*>(down)})
+        addControl(ctrl);
+    for (CScrollbar* bar : {across, down})
+        wire(bar->onChange, new _COnChange<ModularPage>(this, &ModularPage::scrolled));
+    view->onScrolled = [this] { updateScrollbars(); };
+    view->onMenu = [this](CPoint at, CObject* item) { graphMenus.show(at, item); };
+    wire(view->onDrop, new _COnMouse<ModularPage>(this, &ModularPage::dropped));
+    wire(view->onDragOver, new _COnMouse<ModularPage>(this, &ModularPage::dragged));
+    links = {space.notices().on({.host = HostNotice::graph | HostNotice::step}, [this] {
+        view->rebuild();
+        showInvitation();
+    })};
+    bindActions();
+}
+
+ModularPage::~ModularPage() = default;
+
+void ModularPage::bindActions() {
+    CQV* host = workspace.host();
+    const auto any = [host] { return !host->comps.empty(); };
+    const auto one = [host] { return selectedComps(host).size() == 1; };
+    // What the song would do with its parts, which do not show here.
+    for (const char* name : {"cut", "copy", "paste"})
+        actions.preempt(name, [] {}, [] { return false; });
+    actions.preempt(
+        "selectAll",
+        [this, host] {
+            for (auto* comp : each<CComp>(host->comps)) comp->setFlag(compSelected, true);
+            view->redraw();
+        },
+        any);
+    actions.bind("rename", [this] { rename(); }, one);
+    actions.bind("delete", [this] { deleteChosen(); }, [this] { return canDelete(); });
+    actions.preempt(
+        "edit", [host] { selectedComps(host).front()->edit(true); },
+        [this, host] {
+            const auto comps = selectedComps(host);
+            return comps.size() == 1 && workspace.hasEditor(comps.front());
+        });
+    actions.preempt(
+        "duplicate",
+        [this, host] {
+            constexpr int beside = 24;
+            duplicateComps(host, selectedComps(host), asPoint(beside, beside));
+            view->rebuild();
+        },
+        [host] {
+            for (const auto* comp : selectedComps(host))
+                if (mayDuplicate(comp)) return true;
+            return false;
+        });
+    actions.bind(
+        "pullout",
+        [this, host] {
+            pullOutComp(host, selectedComps(host).front(), {});
+            view->rebuild();
+        },
+        [host, one] { return one() && canPullOut(host, selectedComps(host).front()); });
+    actions.bind(
+        "tidygraph",
+        [this, host] {
+            tidyComps(host);
+            view->rebuild();
+        },
+        any);
+    actions.bind("fitgraph", [this] { view->zoomToFit(); }, any);
+    const auto zoom = [this](double by) {
+        view->zoomTo(view->zoom() * by, asPoint(view->width / 2, view->height / 2));
+    };
+    actions.bind("zoomin", [zoom] { zoom(zoomStep); });
+    actions.bind("zoomout", [zoom] { zoom(1 / zoomStep); });
+}
+
+// Layout.
+
+void ModularPage::resized() {
+    const int from = invites ? inviteHeight : 0;
+    empty->setBounds(0, 0, width, from);
+    empty->visible = invites;
+    view->setBounds(0, from, asMax(1, width - barSize), asMax(1, height - from - barSize));
+    across->setBounds(0, height - barSize, asMax(1, width - barSize), barSize);
+    down->setBounds(width - barSize, from, barSize, asMax(1, height - from - barSize));
+    CGroup::resized();
+    view->scroll(view->scrollX, view->scrollY);
+    updateScrollbars();
+}
+
+void ModularPage::paint(CGraphic* g, CRect rect) {
+    drawGuiItem(g, asRect(width - barSize, height - barSize, width, height), &clComps);
+    CGroup::paint(g, rect);
+}
+
+void ModularPage::updateScrollbars() {
+    const CRect all = view->plain();
+    across->setRange(all.right, view->width);
+    across->setPos(view->scrollX);
+    down->setRange(all.bottom, view->height);
+    down->setPos(view->scrollY);
+    across->redraw();
+    down->redraw();
+}
+
+void ModularPage::scrolled(CObject*) {
+    view->scroll(across->pos, down->pos);
+}
+
+void ModularPage::showInvitation() {
+    const bool wanted = !songOf(workspace.host()) && isBare(workspace.host());
+    if (wanted == invites) return;
+    invites = wanted;
+    resized();
+    redraw();
+}
+
+void ModularPage::describe(Description& d, int) const {
+    d.role = Role::group;
+    d.name = "Modular";
+}
+
+// The project.
+
+void ModularPage::idle() {
+    NameField::dropLeft(field);
+    view->follow();
+    showInvitation();
+    if (!fitWanted || !CCtrl::shown() || view->graph().boxes.empty()) return;
+    fitWanted = false;
+    view->zoomToFit();
+}
+
+void ModularPage::forget() {
+    view->forget();
+}
+
+void ModularPage::opened() {
+    fitWanted = true;
+    view->rebuild();
+    resized();
+}
+
+void ModularPage::takeKeys() {
+    win->setKeyCtrl(view);
+}
+
+bool ModularPage::keyInside(int key, int mods) {
+    return CGroup::keyInside(key, mods);
+}
+
+// What is done with what is selected.
+
+void ModularPage::rename() {
+    CComp* comp = selectedComps(workspace.host()).front();
+    const int box = view->graph().boxOf(comp);
+    if (box < 0) return;
+    view->reveal(view->graph().boxes[size_t(box)].area);
+    const CRect area = view->graph().boxes[size_t(box)].area;
+    const CPoint corner = view->toControl(asPoint(area.left, area.top));
+    constexpr int wide = 160, high = 24;
+    NameField::dropLeft(field);
+    field = new NameField(this,
+                          asRect(view->left + corner.x, view->top + corner.y,
+                                 view->left + corner.x + wide, view->top + corner.y + high),
+                          comp->id, "Name", view);
+    field->onName = [this, comp](const CStr& name) {
+        if (workspace.host()->comps.contains(comp)) renameComp(comp, name);
+        view->rebuild();
+    };
+}
+
+bool ModularPage::canDelete() const {
+    const CObject* item = view->item();
+    if (item && item->category == categoryCable) return true;
+    for (const auto* comp : selectedComps(workspace.host()))
+        if (mayDelete(workspace.host(), comp)) return true;
+    return false;
+}
+
+void ModularPage::deleteChosen() {
+    CObject* item = view->item();
+    if (item && item->category == categoryCable)
+        deleteCable(workspace.host(), item);
+    else
+        deleteComps(workspace.host(), selectedComps(workspace.host()));
+    view->rebuild();
+}
+
+// Drops.
+
+void ModularPage::dragged(CObject*, int, int, int) {
+}
+
+void ModularPage::dropped(CObject*, int x, int y, int) {
+    if (workspace.takesDrop()) return;
+    std::vector<CStr> presets;
+    for (const auto* item : each<CDropItem>(*win->app->dragList))
+        if (item->type == dropFile && presetType(item->path) != 0) presets.push_back(item->path);
+    if (presets.empty()) return;
+    addPresets(workspace.host(), presets, view->toGraph(asPoint(x, y)));
+    view->rebuild();
+}

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "gui/CGroup.h"
+#include "modular/GraphMenus.h"
+#include "ui/NoticeRouter.h"
+#include "ui/OwnActions.h"
+
+#include <vector>
+
+class CScrollbar;
+class Invitation;
+class ModularView;
+class NameField;
+class Workspace;
+
+/// The first page of the main window: the canvas of the graph with its bars, and while there is no
+/// song, how to begin one. Interface thread.
+class ModularPage : public CGroup {
+public:
+    ModularPage(CWin* win, Workspace& workspace);
+    ~ModularPage() override;
+
+    void paint(CGraphic* g, CRect rect) override;
+    void resized() override;
+    bool keyInside(int key, int mods) override;
+    void describe(Description& d, int part) const override;
+
+    GraphMenus& menus() { return graphMenus; }
+    const OwnActions& ownActions() const { return actions; }
+    void idle();   ///< follows what has no notice; interface tick
+    void forget(); ///< the project is about to go
+    void opened(); ///< a project has come
+    void takeKeys(); ///< it has come to the front
+
+private:
+    void bindActions();
+    void updateScrollbars();
+    void scrolled(CObject* sender);
+    void showInvitation();
+    void rename();
+    void deleteChosen();
+    bool canDelete() const;
+    void dropped(CObject* sender, int x, int y, int btn);
+    void dragged(CObject* sender, int x, int y, int btn);
+
+    Workspace& workspace;
+    ModularView* view;
+    CScrollbar *across, *down;
+    Invitation* empty;
+    NameField* field = nullptr; ///< for a name
+    bool invites = false;
+    bool fitWanted = true; ///< all is to be seen, once it is in front
+    GraphMenus graphMenus;
+    OwnActions actions;
+    std::vector<NoticeLink> links;
+};
