@@ -1,10 +1,12 @@
 #include "engine/CompBlocks.h"
 
 #include "base/CStream.h"
+#include "base/Numbers.h"
 #include "engine/CKeptComp.h"
 
 namespace {
 
+constexpr int mostPlace = 32767; ///< of a component in the graph, pixels
 constexpr unsigned busyBit = 16; ///< once a state of processing; nobody sets it any more
 
 int typeInFiles(const CComp* c) {
@@ -37,8 +39,8 @@ CompHead readCompHead(CStream* stream, bool full) {
     head.category = stream->readByte();
     head.type = stream->readByte();
     head.listKind = stream->readByte();
-    head.posX = stream->readInt();
-    head.posY = stream->readInt();
+    head.posX = asMinMax(stream->readInt(), 0, mostPlace);
+    head.posY = asMinMax(stream->readInt(), 0, mostPlace);
     head.id = stream->readStr();
     if (!full) return head;
     head.enabled = stream->readInt() ? 1 : 0;

@@ -38,15 +38,14 @@ BandDrag::BandDrag(ModularView& over, CPoint at, bool adds)
 
 void BandDrag::select(CRect meets) {
     for (const auto& box : view.graph().boxes)
-        box.comp->setFlag(compSelected,
-                          has(kept, box.comp) || !intersect(box.area, meets).empty());
+        box.comp->setFlag(compSelected, has(kept, box.comp) || !intersect(box.area, meets).empty());
     view.redraw();
 }
 
 void BandDrag::dragMove(const DragPoint& point) {
     const CPoint at = view.toGraph(point.at);
-    const CRect area = asRect(asMin(start.x, at.x), asMin(start.y, at.y),
-                              asMax(start.x, at.x) + 1, asMax(start.y, at.y) + 1);
+    const CRect area = asRect(asMin(start.x, at.x), asMin(start.y, at.y), asMax(start.x, at.x) + 1,
+                              asMax(start.y, at.y) + 1);
     if (at == start) return;
     view.showBand(area);
     select(area);
@@ -91,7 +90,7 @@ void BoxDrag::dragMove(const DragPoint& point) {
     view.shiftSelected(shift(point));
     const int into = pullsOut ? -1 : cableUnder();
     view.showInto(into);
-    view.tell(into >= 0 ? "Comes into the cable " + cableName(view.graph(), into)
+    view.tell(into >= 0  ? "Comes into the cable " + cableName(view.graph(), into)
               : pullsOut ? CStr("Is pulled out: what fed it feeds what it fed")
                          : CStr());
 }
@@ -106,8 +105,8 @@ void BoxDrag::dragEnd(const DragPoint& point) {
     CQV* host = view.host();
     const std::vector<CComp*> comps = selectedComps(host);
     if (cable)
-        insertComp(host, comps.front(), cable, addPos(by, asPoint(comps.front()->posX,
-                                                                  comps.front()->posY)));
+        insertComp(host, comps.front(), cable,
+                   addPos(by, asPoint(comps.front()->posX, comps.front()->posY)));
     else if (pullsOut && comps.size() == 1 && canPullOut(host, comps.front()))
         pullOutComp(host, comps.front(), by);
     else

@@ -81,9 +81,7 @@ void drawSynthesizer(Pen& pen) {
 }
 
 void drawEffect(Pen& pen) {
-    constexpr struct {
-        double x, y;
-    } knobs[] = {{4, 13}, {10, 6}, {16, 10}};
+    constexpr struct { double x, y; } knobs[] = {{4, 13}, {10, 6}, {16, 10}};
     for (const auto& knob : knobs) {
         pen.line({{knob.x, 3}, {knob.x, 17}});
         pen.disc(knob.x, knob.y, 2.4);
@@ -115,7 +113,8 @@ void drawMidi(Pen& pen, bool in) {
     drawPlug(pen);
     const double tip = in ? 19 : 14;
     pen.line({{10, 13}, {10, 19}});
-    pen.line({{7.5, in ? tip - 2.5 : tip + 2.0}, {10, in ? tip : tip - 0.5},
+    pen.line({{7.5, in ? tip - 2.5 : tip + 2.0},
+              {10, in ? tip : tip - 0.5},
               {12.5, in ? tip - 2.5 : tip + 2.0}});
 }
 

@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cstring>
 #include <unordered_set>
 
 namespace {
@@ -99,8 +100,8 @@ CList* ownerOf(CQV* host, CObject* cable) {
 }
 
 CIO* firstPort(const CComp* comp, bool midi, bool output) {
-    const CList& list = midi ? (output ? comp->outPorts : comp->inPorts)
-                             : (output ? comp->outputs : comp->inputs);
+    const CList& list =
+        midi ? (output ? comp->outPorts : comp->inPorts) : (output ? comp->outputs : comp->inputs);
     return static_cast<CIO*>(list.items(0));
 }
 
@@ -196,8 +197,12 @@ CStr freeCompName(CQV* host, const CStr& name, const CUndo* step) {
                                [&](const CComp* c) { found = found || c->id == wanted; });
         return found;
     };
-    CStr free = name;
-    for (int i = 2; taken(free); i++) free = name + " " + asStr(i);
+    if (!taken(name)) return name;
+    CStr stem = name;
+    const char* number = std::strrchr(stem.asChar(), ' ');
+    if (number && strAsInt(number + 1) > 1) stem = stem.sub(0, int(number - stem.asChar()));
+    CStr free = stem;
+    for (int i = 2; taken(free); i++) free = stem + " " + asStr(i);
     return free;
 }
 
@@ -366,9 +371,8 @@ void deleteComps(CQV* host, std::vector<CComp*> comps) {
     std::erase_if(comps, [&](const CComp* comp) { return !mayDelete(host, comp); });
     int outs = 0;
     for (const auto* comp : each<CComp>(host->comps)) outs += comp->type == compAudioOut;
-    std::erase_if(comps, [&](const CComp* comp) {
-        return comp->type == compAudioOut && --outs == 0;
-    });
+    std::erase_if(comps,
+                  [&](const CComp* comp) { return comp->type == compAudioOut && --outs == 0; });
     if (comps.empty()) return;
     const CompSet gone(comps.begin(), comps.end());
     if (host->recording) host->endTake();

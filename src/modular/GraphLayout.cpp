@@ -64,8 +64,8 @@ struct Node {
 
 /// A piece of a cable from a node to one of the next row.
 struct Piece {
-    int from, to;         ///< nodes
-    double fromX, toX;    ///< from their left edges
+    int from, to;      ///< nodes
+    double fromX, toX; ///< from their left edges
 };
 
 class Layers {
@@ -97,10 +97,10 @@ private:
 
     const LayoutGraph& graph;
     const LayoutGaps gaps;
-    std::vector<bool> cabled;   ///< by box
-    std::vector<int> rowOf;     ///< by box
+    std::vector<bool> cabled; ///< by box
+    std::vector<int> rowOf;   ///< by box
     std::vector<Node> nodes;
-    std::vector<int> nodeOf;    ///< by box, -1 without cables
+    std::vector<int> nodeOf; ///< by box, -1 without cables
     std::vector<Piece> pieces;
     std::vector<std::vector<int>> above, below; ///< pieces of each node
     std::vector<std::vector<int>> rows;         ///< nodes from left to right

@@ -19,10 +19,10 @@ struct LayoutGraph {
 
 /// The space that a layout leaves, in pixels.
 struct LayoutGaps {
-    int beside = 24;              ///< between the boxes of a row
-    int between = 64;             ///< between rows, ports included
-    int left = 32, top = 32;      ///< before the first ones
-    int mostWidth = 1280;         ///< of rows of boxes without cables
+    int beside = 24;         ///< between the boxes of a row
+    int between = 64;        ///< between rows, ports included
+    int left = 32, top = 32; ///< before the first ones
+    int mostWidth = 1280;    ///< of rows of boxes without cables
 };
 
 /// Tidy places: boxes in rows, so that cables lead downwards, but for those that close a loop, and

@@ -8,6 +8,7 @@
 #include "gui/CApp.h"
 #include "gui/CWin.h"
 #include "gui/controls/CPopup.h"
+#include "modular/AskGraph.h"
 #include "modular/GraphEdits.h"
 #include "modular/GraphNames.h"
 #include "modular/ModularView.h"
@@ -68,8 +69,8 @@ void GraphMenus::show(CPoint at, CObject* item) {
         fillPort(popup, graph.portOf(static_cast<CIO*>(item)));
     CPoint screen = app->menuPoint();
     if (app->menuCtrl)
-        screen = addPos(addPos(view.win->getPos(true), view.win->controlPos(&view)),
-                        view.toControl(at));
+        screen =
+            addPos(addPos(view.win->getPos(true), view.win->controlPos(&view)), view.toControl(at));
     popup->popup(screen.x, screen.y, app->menuCtrl);
 }
 
@@ -100,7 +101,7 @@ void GraphMenus::fillComp(CPopup* popup, CComp* comp) {
     view.redraw();
     for (const char* name : {"edit", "rename", "duplicate", "pullout", "delete"})
         addAction(popup, name);
-    popup->addSeparator();
+    fillAsk(popup, comp);
     fillPorts(popup, comp);
     if (!windowMenu || !workspace.isOpen(comp)) return;
     popup->addSeparator();
@@ -123,6 +124,7 @@ void GraphMenus::fillPorts(CPopup* popup, CComp* comp) {
     Shared<int>* device = deviceOf(comp);
     CAAM* driver = view.host()->aam;
     if (!device) return;
+    popup->addSeparator();
     const bool in = comp->type == compMIDIIn;
     CPopup* sub = popup->addSub(in ? "Input" : "Output");
     const int count = !driver ? 0 : in ? driver->getMIDIInCount() : driver->getMIDIOutCount();
@@ -135,8 +137,7 @@ void GraphMenus::fillPorts(CPopup* popup, CComp* comp) {
             *device == index;
     };
     entry("All", -1);
-    for (int i = 0; i < count; i++)
-        entry(in ? driver->midiInName(i) : driver->midiOutName(i), i);
+    for (int i = 0; i < count; i++) entry(in ? driver->midiInName(i) : driver->midiOutName(i), i);
 }
 
 void GraphMenus::fillPort(CPopup* popup, int port) {
@@ -153,6 +154,7 @@ void GraphMenus::fillPort(CPopup* popup, int port) {
         });
     }
     if (!any) add(popup, "No cables", {})->enabled = false;
+    fillAsk(popup, graph.ports[size_t(port)].io);
 }
 
 void GraphMenus::fillCable(CPopup* popup, int cable) {
@@ -160,4 +162,12 @@ void GraphMenus::fillCable(CPopup* popup, int cable) {
     view.setItem(object);
     addAction(popup, "delete");
     fillNew(popup->addSub("Insert"), object);
+    fillAsk(popup, object);
+}
+
+void GraphMenus::fillAsk(CPopup* popup, CObject* about) {
+    popup->addSeparator();
+    for (const GraphQuestion question : {GraphQuestion::whySilent, GraphQuestion::whyLate,
+                                         GraphQuestion::whyLoud, GraphQuestion::whatCosts})
+        add(popup, questionText(question), [this, question, about] { onAsk(question, about); });
 }

@@ -11,6 +11,7 @@ class CMenuItem;
 class CPopup;
 class ModularView;
 class Workspace;
+enum class GraphQuestion;
 
 /// The context menus of the canvas: what can be added, what can be done with a component, and the
 /// cables of a port. Interface thread.
@@ -18,6 +19,8 @@ class GraphMenus : public CObject {
 public:
     /// Adds what the caption of a component's open window offers; nothing without one.
     std::function<void(CPopup* popup, CComp* comp)> windowMenu;
+
+    std::function<void(GraphQuestion question, CObject* about)> onAsk;
 
     GraphMenus(Workspace& workspace, ModularView& view);
 
@@ -30,6 +33,7 @@ private:
     void fillPorts(CPopup* popup, CComp* comp);
     void fillPort(CPopup* popup, int port);
     void fillCable(CPopup* popup, int cable);
+    void fillAsk(CPopup* popup, CObject* about);
     void addAction(CPopup* popup, const char* name);
     CMenuItem* add(CPopup* popup, const CStr& text, std::function<void()> chosen);
 

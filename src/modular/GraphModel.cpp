@@ -24,8 +24,7 @@ int portsAcross(const CComp* comp) {
 } // namespace
 
 CPoint boxSize(const CComp* comp) {
-    const int forPorts =
-        (portsAcross(comp) - 1) * GraphModel::portStep + GraphModel::portSide;
+    const int forPorts = (portsAcross(comp) - 1) * GraphModel::portStep + GraphModel::portSide;
     return asPoint(asMax(asMax(comp->iconW, int(GraphModel::boxWidth)), forPorts),
                    asMax(comp->iconH, int(GraphModel::boxHeight)));
 }
@@ -43,9 +42,8 @@ void GraphModel::addBox(CComp* comp) {
     const int box = int(boxes.size());
     const CPoint size = boxSize(comp);
     indexes[comp] = box;
-    boxes.push_back({comp, asRect(comp->posX, comp->posY, comp->posX + size.x,
-                                  comp->posY + size.y),
-                     int(ports.size()), 0});
+    boxes.push_back({comp, asRect(comp->posX, comp->posY, comp->posX + size.x, comp->posY + size.y),
+                     asPoint(comp->posX, comp->posY), int(ports.size()), 0});
     const auto add = [&](const CList& list, PortKind kind) {
         for (auto* io : each<CIO>(list)) {
             indexes[io] = int(ports.size());
@@ -88,6 +86,20 @@ void GraphModel::addCables(CComp* comp, bool midi) {
             add(cable, cable->fromChannel, cable->toChannel);
 }
 
+bool GraphModel::same(const GraphModel& other) const {
+    const auto box = [](const Box& a, const Box& b) {
+        return a.comp == b.comp && a.place == b.place && a.area.width() == b.area.width() &&
+               a.area.height() == b.area.height() && a.portCount == b.portCount;
+    };
+    const auto port = [](const Port& a, const Port& b) { return a.io == b.io && a.kind == b.kind; };
+    const auto cable = [](const Cable& a, const Cable& b) {
+        return a.cable == b.cable && a.from == b.from && a.to == b.to;
+    };
+    return std::ranges::equal(boxes, other.boxes, box) &&
+           std::ranges::equal(ports, other.ports, port) &&
+           std::ranges::equal(cables, other.cables, cable);
+}
+
 void GraphModel::shiftSelected(CPoint by) {
     for (size_t i = 0; i < boxes.size(); i++) {
         Box& box = boxes[i];
@@ -101,8 +113,7 @@ void GraphModel::shiftSelected(CPoint by) {
 
 CRect GraphModel::extent() const {
     CRect all = asRect(0, 0, 1, 1);
-    for (const Box& box : boxes)
-        all = unite(all, sizeRect(box.area, 0, 0, margin, margin));
+    for (const Box& box : boxes) all = unite(all, sizeRect(box.area, 0, 0, margin, margin));
     return all;
 }
 
@@ -207,7 +218,8 @@ double CableCurve::distance(CPoint to) const {
     for (int i = 1; i <= curveSteps; i++) {
         const Point next = at(double(i) / curveSteps);
         const double dx = next.x - from.x, dy = next.y - from.y, length = dx * dx + dy * dy;
-        const double along = length > 0 ? ((to.x - from.x) * dx + (to.y - from.y) * dy) / length : 0;
+        const double along =
+            length > 0 ? ((to.x - from.x) * dx + (to.y - from.y) * dy) / length : 0;
         const double t = std::clamp(along, 0.0, 1.0);
         least = std::min(least, std::hypot(from.x + t * dx - to.x, from.y + t * dy - to.y));
         from = next;

@@ -32,13 +32,15 @@ constexpr bool fits(PortKind a, PortKind b) {
 class GraphModel {
 public:
     static constexpr int portSide = 8, portStep = 10;
-    static constexpr int portsAbove = 12, portsBelow = 4; ///< from the box to the ports' upper edges
-    static constexpr int boxWidth = 144, boxHeight = 40;  ///< at least
-    static constexpr int mostPlace = 32767;               ///< of a box
+    static constexpr int portsAbove = 12,
+                         portsBelow = 4;                 ///< from the box to the ports' upper edges
+    static constexpr int boxWidth = 144, boxHeight = 40; ///< at least
+    static constexpr int mostPlace = 32767;              ///< of a box
 
     struct Box {
         CComp* comp;
         CRect area;
+        CPoint place; ///< of the component, wherever a drag shows the box
         int firstPort = 0, portCount = 0;
     };
     struct Port {
@@ -54,7 +56,7 @@ public:
     struct Cable {
         CObject* cable; ///< CMIDICable or CAudioCable
         bool midi;
-        int from, to; ///< ports
+        int from, to;       ///< ports
         bool loops = false; ///< it closes a loop
     };
 
@@ -65,6 +67,8 @@ public:
     GraphModel() = default;
     explicit GraphModel(CQV* host);
 
+    /// Whether both show the same components, at the same places, with the same ports and cables.
+    bool same(const GraphModel& other) const;
     /// Moves the selected boxes as a drag does, none below 0; from where their components are.
     void shiftSelected(CPoint by);
     CRect extent() const; ///< around everything, from (0, 0) on

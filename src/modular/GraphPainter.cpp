@@ -27,13 +27,13 @@ constexpr int curvePieces = 40;
 constexpr double leastForNames = 0.4, leastForDetails = 0.75, leastForLarge = 1.5;
 constexpr int glyphSide = 20, glyphInset = 10, textGap = 8, loadWidth = 44;
 constexpr int levelWidth = 24, levelHeight = 5; ///< of the meter on a cable
-constexpr double dotRadius = 3.5; ///< of the light on a MIDI cable
+constexpr double dotRadius = 3.5;               ///< of the light on a MIDI cable
 constexpr int marksHeight = 16, marksReach = 80;
-constexpr int halo = 4;                         ///< around a box, of its focus
+constexpr int halo = 4; ///< around a box, of its focus
 constexpr int grey = 128;
 
 TextLook nameLook(double zoom) {
-    return {zoom >= leastForLarge   ? TextSize::large
+    return {zoom >= leastForLarge     ? TextSize::large
             : zoom >= leastForDetails ? TextSize::normal
                                       : TextSize::small,
             true};
@@ -43,10 +43,13 @@ TextLook detailLook(double zoom) {
     return {zoom >= leastForLarge ? TextSize::normal : TextSize::small};
 }
 
+/// Its program where that has another name, else what it is.
 CStr detailOf(CComp* comp) {
     CProgram* program = comp->numProgs() > 0 ? comp->getProgram(-1) : nullptr;
     const CStr name = program ? comp->getProgName(comp->curProg) : CStr();
-    return name.empty() || name == comp->id ? CStr(compKindName(comp->type)) : name;
+    if (!name.empty() && name != comp->id) return name;
+    const CStr kind = compKindName(comp->type);
+    return kind.sub(0, 1).upperCase() + kind.sub(1, -1);
 }
 
 } // namespace
@@ -124,8 +127,8 @@ void GraphPainter::paintCable(PixelPaper& paper, int index) const {
     const bool path = !shown.litCables.empty(), lit = path && shown.litCables[size_t(index)];
     const bool away = !shown.faintCables.empty() && shown.faintCables[size_t(index)];
     const bool chosen = lit || shown.focus == cable.cable || shown.intoCable == index;
-    const double width = (cable.midi ? midiWidth : audioWidth) * std::sqrt(shown.zoom) +
-                         (chosen ? litExtra : 0);
+    const double width =
+        (cable.midi ? midiWidth : audioWidth) * std::sqrt(shown.zoom) + (chosen ? litExtra : 0);
     const double strength = chosen ? 1.0 : away ? faint : path ? aside : 0.8;
     const CableCurve c = curve(cable);
     CPath line;
@@ -149,9 +152,8 @@ void GraphPainter::paintCable(PixelPaper& paper, int index) const {
             from = to;
         }
     }
-    const int colour = shown.focus == cable.cable || shown.intoCable == index
-                           ? palette.text
-                           : lineColour(cable);
+    const int colour =
+        shown.focus == cable.cable || shown.intoCable == index ? palette.text : lineColour(cable);
     paper.stroke(colour, line, width, strength);
 }
 
@@ -172,16 +174,15 @@ void GraphPainter::paintMarks(CGraphic* g, int index) const {
     } else if (level > 0) {
         const CRect bar = asRect(x - levelWidth / 2, y - levelHeight / 2 - 1, x + levelWidth / 2,
                                  y + levelHeight / 2 + 2);
-        g->fillRect(palette.window, bar);
-        const int long_ = asRound(float(levelWidth - 2) * level);
+        g->fillRect(palette.frame, bar);
+        const int wide = asRound(float(levelWidth - 2) * level);
         const int colour = palette.meter[level >= 1 ? 2 : level > 0.9f ? 1 : 0];
-        g->fillRect(colour, asRect(bar.left + 1, bar.top + 1, bar.left + 1 + long_,
-                                   bar.bottom - 1));
+        g->fillRect(colour, asRect(bar.left + 1, bar.top + 1, bar.left + 1 + wide, bar.bottom - 1));
     }
     if (!told) return;
     const TextScope small(g, {TextSize::small});
-    const CRect room = asRect(x + levelWidth / 2 + 4, y - marksHeight / 2, x + marksReach,
-                              y + marksHeight / 2);
+    const CRect room =
+        asRect(x + levelWidth / 2 + 4, y - marksHeight / 2, x + marksReach, y + marksHeight / 2);
     g->drawText(palette.dimText, shown.delays[at], room, textLeft);
 }
 
@@ -195,8 +196,7 @@ void GraphPainter::paintBox(CGraphic* g, int index) const {
     drawGuiItem(g, area, &look);
     if (!shown.litBoxes.empty() && shown.litBoxes[size_t(index)] && !chosen)
         g->frameRound(palette.accent, area);
-    if (shown.focus == box.comp)
-        g->frameRound(palette.accent, sizeRect(area, -2, -2, 2, 2));
+    if (shown.focus == box.comp) g->frameRound(palette.accent, sizeRect(area, -2, -2, 2, 2));
     const double side = glyphSide * shown.zoom;
     const int left = asRound(area.left + glyphInset * shown.zoom);
     const int top = area.top + asRound((area.height() - side) / 2);
@@ -218,8 +218,8 @@ void GraphPainter::paintNames(CGraphic* g, const GraphModel::Box& box, CRect are
     const int middle = (area.top + area.bottom) / 2;
     {
         const TextScope name(g, nameLook(zoom));
-        const CRect room = asRect(left, area.top, right,
-                                  details ? middle + asRound(2 * zoom) : area.bottom);
+        const CRect room =
+            asRect(left, area.top, right, details ? middle + asRound(2 * zoom) : area.bottom);
         const CStr text = textFace(nameLook(zoom))->shortened(boxName(box.comp), room.width());
         g->drawText(look.textCol, text, sizeRect(room, 0, details ? asRound(4 * zoom) : 0, 0, 0),
                     textLeft);
@@ -230,8 +230,7 @@ void GraphPainter::paintNames(CGraphic* g, const GraphModel::Box& box, CRect are
     const CRect row = asRect(left, middle, right, area.bottom - asRound(4 * zoom));
     const bool measured = index < shown.loads.size() && !shown.loads[index].empty();
     const int wide = measured ? asRound(loadWidth * zoom) : 0;
-    const CStr text =
-        textFace(detailLook(zoom))->shortened(detailOf(box.comp), row.width() - wide);
+    const CStr text = textFace(detailLook(zoom))->shortened(detailOf(box.comp), row.width() - wide);
     g->drawText(ink, text, sizeRect(row, 0, 0, -wide, 0), textLeft);
     if (measured) g->drawText(ink, shown.loads[index], row, textRight);
 }

@@ -10,7 +10,7 @@ struct CPalette;
 
 /// What is shown of a graph beside its places. Lists are by the indexes of the model.
 struct GraphShown {
-    double zoom = 1; ///< 0.25 to 3
+    double zoom = 1;                       ///< 0.25 to 3
     std::vector<bool> litCables, litBoxes; ///< of the path under the pointer; empty without one
     std::vector<bool> faintCables;         ///< of kinds that are not wanted now; empty for none
     std::vector<float> levels;             ///< of what cables carry, 0 to 1, as it is shown
@@ -35,7 +35,7 @@ public:
     CRect boxArea(int box) const;
     CRect cableArea(int cable) const;
     CRect marksArea(int cable) const; ///< of what is told in its middle
-    CRect linkArea() const; ///< of the cable that is being drawn; empty without one
+    CRect linkArea() const;           ///< of the cable that is being drawn; empty without one
 
 private:
     void paintCables(CGraphic* g, CRect asked) const;

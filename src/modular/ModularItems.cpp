@@ -5,9 +5,9 @@
 #include "gui/CApp.h"
 #include "gui/CWin.h"
 #include "gui/Keys.h"
+#include "modular/CompGlyphs.h"
 #include "modular/GraphEdits.h"
 #include "modular/GraphNames.h"
-#include "modular/CompGlyphs.h"
 #include "modular/ModularView.h"
 
 #include <algorithm>
@@ -121,8 +121,8 @@ void ModularView::describe(Description& d, int part) const {
     d.set(stateFocusable, true);
     d.set(stateFocused, hasKeyFocus() && part == focusedPart());
     d.set(stateSelectable, part < int(model.boxes.size()));
-    d.set(stateSelected, part < int(model.boxes.size()) &&
-                             model.boxes[size_t(part)].comp->hasFlag(compSelected));
+    d.set(stateSelected,
+          part < int(model.boxes.size()) && model.boxes[size_t(part)].comp->hasFlag(compSelected));
 }
 
 bool ModularView::pressPart(int part) {
@@ -289,8 +289,7 @@ bool ModularView::itemKey(int key, int mods) {
     if (mods != 0 || !now || partOf(now) < 0) return false;
     const bool box = now->category == categoryComp, cable = now->category == categoryCable;
     if (key == keyEscape) {
-        setItem(box || cable ? nullptr
-                             : model.boxes[size_t(partAround(partOf(now)))].comp);
+        setItem(box || cable ? nullptr : model.boxes[size_t(partAround(partOf(now)))].comp);
         return true;
     }
     if (key == 'p' && box) {

@@ -4,13 +4,18 @@
 #include "engine/CQV.h"
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
+#include "engine/GraphProbe.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/GuiItem.h"
 #include "gui/Selections.h"
 #include "gui/controls/CScrollbar.h"
+#include "modular/AnswerList.h"
+#include "modular/AskGraph.h"
+#include "modular/FindField.h"
 #include "modular/GraphEdits.h"
+#include "modular/GraphSide.h"
 #include "modular/ModularView.h"
 #include "ui/Invitation.h"
 #include "ui/NameField.h"
@@ -21,6 +26,8 @@
 namespace {
 
 constexpr int barSize = 16, inviteHeight = 132;
+constexpr int leastBeside = 560; ///< the width from which on there is room for the side
+constexpr int ticksApart = 12;   ///< from one question to the probe to the next
 constexpr double zoomStep = 1.25;
 
 /// What a host has before anything is added.
@@ -39,7 +46,10 @@ ModularPage::ModularPage(CWin* owner, Workspace& space)
       view(new ModularView(owner, space)),
       across(new CScrollbar(owner, "graph-across", 0, 0, 1, barSize)),
       down(new CScrollbar(owner, "graph-down", 0, 0, barSize, 1)),
-      empty(new Invitation(owner, space, "desk")), graphMenus(space, *view),
+      empty(new Invitation(owner, space, "desk")), side(new GraphSide(owner, *view)),
+      sideShown(space.host(), "graph-side", 1), midiShown(space.host(), "graph-midi", 1),
+      audioShown(space.host(), "graph-audio", 1), otherShown(space.host(), "graph-others", 1),
+      probe(std::make_unique<GraphProbe>(space.host())), graphMenus(space, *view),
       actions(space.commands()) {
     across->vertical = false;
     across->spokenName = "Scroll the graph across";
@@ -47,20 +57,45 @@ ModularPage::ModularPage(CWin* owner, Workspace& space)
     empty->visible = false;
     empty->set("No song", "There is no song here. Begin one, or open a project.",
                {{"new", "New..."}, {"open", "Open..."}, {"openlast", "Open last"}});
-    for (CCtrl* ctrl : {static_cast<CCtrl*>(empty), static_cast<CCtrl*>(view),
-                        static_cast<CCtrl*>(across), static_cast<CCtrl*>(down)})
+    for (CCtrl* ctrl :
+         {static_cast<CCtrl*>(empty), static_cast<CCtrl*>(view), static_cast<CCtrl*>(across),
+          static_cast<CCtrl*>(down), static_cast<CCtrl*>(side)})
         addControl(ctrl);
     for (CScrollbar* bar : {across, down})
         wire(bar->onChange, new _COnChange<ModularPage>(this, &ModularPage::scrolled));
     view->onScrolled = [this] { updateScrollbars(); };
+    graphMenus.onAsk = [this](GraphQuestion question, CObject* about) { ask(question, about); };
+    sideShown.onChange = [this] {
+        resized();
+        redraw();
+    };
+    for (Option* option : {&midiShown, &audioShown, &otherShown})
+        option->onChange = [this] { showKinds(); };
     view->onMenu = [this](CPoint at, CObject* item) { graphMenus.show(at, item); };
     wire(view->onDrop, new _COnMouse<ModularPage>(this, &ModularPage::dropped));
     wire(view->onDragOver, new _COnMouse<ModularPage>(this, &ModularPage::dragged));
-    links = {space.notices().on({.host = HostNotice::graph | HostNotice::step}, [this] {
-        view->rebuild();
-        showInvitation();
-    })};
+    links = {
+        space.notices().on({.host = HostNotice::graph | HostNotice::step}, [this] { changed(); })};
     bindActions();
+}
+
+void ModularPage::changed() {
+    const GraphModel before = view->graph();
+    view->rebuild();
+    if (!before.same(view->graph())) side->graphChanged();
+    showKinds();
+    showInvitation();
+}
+
+void ModularPage::showKinds() {
+    view->showKinds(midiShown.on(), audioShown.on(), otherShown.on());
+}
+
+void ModularPage::ask(GraphQuestion question, const CObject* about) {
+    const AskGraph answers(workspace.host(), view->graph(), *probe);
+    if (!sideShown.on()) sideShown.set(1);
+    side->answers()->set(answers.title(question, about), answers.ask(question, about));
+    win->setKeyCtrl(side->answers());
 }
 
 ModularPage::~ModularPage() = default;
@@ -71,7 +106,8 @@ void ModularPage::bindActions() {
     const auto one = [host] { return selectedComps(host).size() == 1; };
     // What the song would do with its parts, which do not show here.
     for (const char* name : {"cut", "copy", "paste"})
-        actions.preempt(name, [] {}, [] { return false; });
+        actions.preempt(
+            name, [] {}, [] { return false; });
     actions.preempt(
         "selectAll",
         [this, host] {
@@ -79,8 +115,10 @@ void ModularPage::bindActions() {
             view->redraw();
         },
         any);
-    actions.bind("rename", [this] { rename(); }, one);
-    actions.bind("delete", [this] { deleteChosen(); }, [this] { return canDelete(); });
+    actions.bind(
+        "rename", [this] { rename(); }, one);
+    actions.bind(
+        "delete", [this] { deleteChosen(); }, [this] { return canDelete(); });
     actions.preempt(
         "edit", [host] { selectedComps(host).front()->edit(true); },
         [this, host] {
@@ -113,7 +151,18 @@ void ModularPage::bindActions() {
             view->rebuild();
         },
         any);
-    actions.bind("fitgraph", [this] { view->zoomToFit(); }, any);
+    for (auto [name, option] : {std::pair{"graphside", &sideShown},
+                                {"midicables", &midiShown},
+                                {"audiocables", &audioShown},
+                                {"othercables", &otherShown}})
+        actions.bind(
+            name, [option] { option->toggle(); }, {}, [option] { return option->on(); });
+    actions.bind("find", [this] {
+        if (!sideShown.on()) sideShown.set(1);
+        side->find()->begin();
+    });
+    actions.bind(
+        "fitgraph", [this] { view->zoomToFit(); }, any);
     const auto zoom = [this](double by) {
         view->zoomTo(view->zoom() * by, asPoint(view->width / 2, view->height / 2));
     };
@@ -125,18 +174,22 @@ void ModularPage::bindActions() {
 
 void ModularPage::resized() {
     const int from = invites ? inviteHeight : 0;
+    const int beside = sideShown.on() && width > leastBeside ? int(GraphSide::sideWidth) : 0;
+    const int wide = width - beside;
     empty->setBounds(0, 0, width, from);
     empty->visible = invites;
-    view->setBounds(0, from, asMax(1, width - barSize), asMax(1, height - from - barSize));
-    across->setBounds(0, height - barSize, asMax(1, width - barSize), barSize);
-    down->setBounds(width - barSize, from, barSize, asMax(1, height - from - barSize));
+    view->setBounds(0, from, asMax(1, wide - barSize), asMax(1, height - from - barSize));
+    across->setBounds(0, height - barSize, asMax(1, wide - barSize), barSize);
+    down->setBounds(wide - barSize, from, barSize, asMax(1, height - from - barSize));
+    side->visible = beside > 0;
+    side->setBounds(wide, from, beside, asMax(1, height - from));
     CGroup::resized();
     view->scroll(view->scrollX, view->scrollY);
     updateScrollbars();
 }
 
 void ModularPage::paint(CGraphic* g, CRect rect) {
-    drawGuiItem(g, asRect(width - barSize, height - barSize, width, height), &clComps);
+    drawGuiItem(g, asRect(0, height - barSize, width, height), &clComps);
     CGroup::paint(g, rect);
 }
 
@@ -148,6 +201,7 @@ void ModularPage::updateScrollbars() {
     down->setPos(view->scrollY);
     across->redraw();
     down->redraw();
+    side->viewChanged();
 }
 
 void ModularPage::scrolled(CObject*) {
@@ -173,13 +227,22 @@ void ModularPage::idle() {
     NameField::dropLeft(field);
     view->follow();
     showInvitation();
+    showMeasured();
     if (!fitWanted || !CCtrl::shown() || view->graph().boxes.empty()) return;
     fitWanted = false;
     view->zoomToFit();
 }
 
+void ModularPage::showMeasured() {
+    if (probe->take()) view->showMeasured(*probe);
+    if (!CCtrl::shown() || ++ticks < ticksApart) return;
+    ticks = 0;
+    probe->ask();
+}
+
 void ModularPage::forget() {
     view->forget();
+    side->graphChanged();
 }
 
 void ModularPage::opened() {

@@ -3,15 +3,20 @@
 #include "gui/CGroup.h"
 #include "modular/GraphMenus.h"
 #include "ui/NoticeRouter.h"
+#include "ui/Options.h"
 #include "ui/OwnActions.h"
 
+#include <memory>
 #include <vector>
 
 class CScrollbar;
+class GraphProbe;
+class GraphSide;
 class Invitation;
 class ModularView;
 class NameField;
 class Workspace;
+enum class GraphQuestion;
 
 /// The first page of the main window: the canvas of the graph with its bars, and while there is no
 /// song, how to begin one. Interface thread.
@@ -25,11 +30,13 @@ public:
     bool keyInside(int key, int mods) override;
     void describe(Description& d, int part) const override;
 
+    /// Asks about a component, port or cable, and shows the answer beside the canvas.
+    void ask(GraphQuestion question, const CObject* about);
     GraphMenus& menus() { return graphMenus; }
     const OwnActions& ownActions() const { return actions; }
-    void idle();   ///< follows what has no notice; interface tick
-    void forget(); ///< the project is about to go
-    void opened(); ///< a project has come
+    void idle();     ///< follows what has no notice; interface tick
+    void forget();   ///< the project is about to go
+    void opened();   ///< a project has come
     void takeKeys(); ///< it has come to the front
 
 private:
@@ -37,6 +44,9 @@ private:
     void updateScrollbars();
     void scrolled(CObject* sender);
     void showInvitation();
+    void showMeasured();
+    void showKinds();
+    void changed();
     void rename();
     void deleteChosen();
     bool canDelete() const;
@@ -47,6 +57,10 @@ private:
     ModularView* view;
     CScrollbar *across, *down;
     Invitation* empty;
+    GraphSide* side;
+    Option sideShown, midiShown, audioShown, otherShown;
+    const std::unique_ptr<GraphProbe> probe;
+    int ticks = 0;              ///< of the interface, to the next question to the probe
     NameField* field = nullptr; ///< for a name
     bool invites = false;
     bool fitWanted = true; ///< all is to be seen, once it is in front

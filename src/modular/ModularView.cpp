@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
+#include "engine/GraphProbe.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -20,13 +21,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 namespace {
 
 constexpr int revealMargin = 32;
 constexpr int modifiedWidth = 96, modifiedHeight = 20, modifiedInset = 8;
 constexpr double bandStrength = 0.3;
-constexpr int levelSteps = 12; ///< that a meter on a cable shows
+constexpr double leastDelay = 0.05; ///< ms that are told
+constexpr double leastLoad = 0.1;   ///< percent that are told
+constexpr float lowestDb = -48;     ///< where the meter of a cable begins
+constexpr int levelSteps = 12;      ///< that a meter on a cable shows
 
 constexpr const char* freeHint = "Drag selects; the right button adds components";
 constexpr const char* boxHint = "Drag moves, Ctrl copies, Alt pulls out of its cables; double "
@@ -42,9 +47,16 @@ float levelOf(const GraphModel::Cable& cable) {
         level = static_cast<const CMIDICable*>(cable.cable)->fromPort->hasData;
     } else {
         const COutputChannel* ch = static_cast<const CAudioCable*>(cable.cable)->fromChannel;
-        level = std::max<float>(ch->peakL, ch->peakR);
+        const float peak = std::max<float>(ch->peakL, ch->peakR);
+        level = peak > 0 ? 1 + 20 * std::log10(peak) / -lowestDb : 0;
     }
     return std::ceil(std::clamp(level, 0.0f, 1.0f) * levelSteps - 0.1f) / levelSteps;
+}
+
+CStr withDigits(double value, const char* unit) {
+    char text[32];
+    std::snprintf(text, sizeof text, value < 10 ? "%.1f%s" : "%.0f%s", value, unit);
+    return text;
 }
 
 } // namespace
@@ -74,16 +86,19 @@ bool ModularView::stale() const {
     return host()->hostNotices.raised(changes[0] | changes[1]);
 }
 
+/// A drag, or a cable that the keys lead, goes on where nothing that shows has changed.
 void ModularView::rebuild() {
+    GraphModel fresh(host());
+    if (fresh.same(model)) return redraw();
     if (win->app->drag.of(this)) win->app->drag.cancel();
-    model = GraphModel(host());
+    model = std::move(fresh);
     const CObject* item = shown.focus;
     const double zoomNow = shown.zoom;
     shown = GraphShown();
     shown.zoom = zoomNow;
-    const bool there = item && (model.boxOf(static_cast<const CComp*>(item)) >= 0 ||
-                                model.portOf(static_cast<const CIO*>(item)) >= 0 ||
-                                model.cableOf(item) >= 0);
+    const bool there =
+        item && (model.boxOf(static_cast<const CComp*>(item)) >= 0 ||
+                 model.portOf(static_cast<const CIO*>(item)) >= 0 || model.cableOf(item) >= 0);
     if (there) shown.focus = const_cast<CObject*>(item);
     linking = false;
     hovered = nullptr;
@@ -114,8 +129,8 @@ void ModularView::follow() {
 /// What is followed may be gone once the graph has changed.
 bool ModularView::onFrame() {
     if (model.boxes.empty() || !CCtrl::shown()) return false;
-    if (stale()) return rebuild(), true;
-    bool any = false;
+    bool any = stale();
+    if (any) rebuild();
     shown.levels.resize(model.cables.size(), 0);
     for (size_t i = 0; i < model.cables.size(); i++) {
         const float level = levelOf(model.cables[i]);
@@ -127,6 +142,50 @@ bool ModularView::onFrame() {
     return any;
 }
 
+void ModularView::showKinds(bool midi, bool audio, bool others) {
+    midiStrong = midi;
+    audioStrong = audio;
+    othersStrong = others;
+    redraw();
+}
+
+void ModularView::fadeCables() {
+    shown.faintCables.assign(model.cables.size(), false);
+    const auto chosen = [this](int port) {
+        return model.boxes[size_t(model.ports[size_t(port)].box)].comp->hasFlag(compSelected);
+    };
+    const bool any = !othersStrong && !selectedComps(host()).empty();
+    for (size_t i = 0; i < model.cables.size(); i++) {
+        const GraphModel::Cable& cable = model.cables[i];
+        const bool other = any && !chosen(cable.from) && !chosen(cable.to);
+        shown.faintCables[i] = other || !(cable.midi ? midiStrong : audioStrong);
+    }
+}
+
+/// Only what has changed is painted.
+void ModularView::showMeasured(const GraphProbe& probe) {
+    shown.delays.resize(model.cables.size());
+    shown.loads.resize(model.boxes.size());
+    const double perMs = double(host()->rate) / 1000;
+    for (size_t i = 0; i < model.cables.size(); i++) {
+        const GraphProbe::Delay delay = probe.delayOf(model.cables[i].cable);
+        const double ms = (delay.path + delay.added) / perMs;
+        const CStr text = ms >= leastDelay ? withDigits(ms, " ms") : CStr();
+        if (text == shown.delays[i]) continue;
+        shown.delays[i] = text;
+        contentChanged(painter().marksArea(int(i)));
+    }
+    for (size_t i = 0; i < model.boxes.size(); i++) {
+        const double block = probe.blockNs();
+        const double mean = double(probe.workOf(model.boxes[i].comp).mean);
+        const double share = block > 0 ? mean / block * 100 : 0;
+        const CStr text = share >= leastLoad ? withDigits(share, " %") : CStr();
+        if (text == shown.loads[i]) continue;
+        shown.loads[i] = text;
+        contentChanged(painter().boxArea(int(i)));
+    }
+}
+
 CRect ModularView::modifiedArea() const {
     return asRect(width - modifiedWidth - modifiedInset, modifiedInset, width - modifiedInset,
                   modifiedInset + modifiedHeight);
@@ -134,6 +193,7 @@ CRect ModularView::modifiedArea() const {
 
 void ModularView::paintContent(CGraphic* g, CRect asked) {
     drawGuiItem(g, inView(), &clComps);
+    fadeCables();
     const GraphPainter paints = painter();
     if (!band.empty()) {
         const CRect area = GraphPainter::scaled(band, shown.zoom);
@@ -150,8 +210,8 @@ void ModularView::paintContent(CGraphic* g, CRect asked) {
 // Where it is seen.
 
 CRect ModularView::plain() const {
-    CRect all = GraphPainter::scaled(model.extent(), shown.zoom);
-    return unite(all, asRect(0, 0, width, height));
+    const CRect all = GraphPainter::scaled(model.extent(), shown.zoom);
+    return unite(all, asRect(0, 0, asMax(width, scrollX + width), asMax(height, scrollY + height)));
 }
 
 void ModularView::scroll(int x, int y) {
@@ -183,17 +243,16 @@ void ModularView::zoomTo(double factor, CPoint around) {
     shown.zoom = std::clamp(factor, leastZoom, mostZoom);
     if (shown.zoom == before) return;
     const double x = (scrollX + around.x) / before, y = (scrollY + around.y) / before;
-    const CRect all = plain();
-    scrollX = asMinMax(asRound(x * shown.zoom - around.x), 0, all.right - width);
-    scrollY = asMinMax(asRound(y * shown.zoom - around.y), 0, all.bottom - height);
+    scrollX = asMax(asRound(x * shown.zoom - around.x), 0);
+    scrollY = asMax(asRound(y * shown.zoom - around.y), 0);
     if (onScrolled) onScrolled();
     redraw();
 }
 
 void ModularView::zoomToFit() {
     const CRect all = model.extent();
-    const double fits = std::min(double(width) / asMax(all.right, 1),
-                                 double(height) / asMax(all.bottom, 1));
+    const double fits =
+        std::min(double(width) / asMax(all.right, 1), double(height) / asMax(all.bottom, 1));
     zoomTo(std::min(fits, 1.0), {});
     scroll(0, 0);
 }
@@ -211,10 +270,10 @@ CPoint ModularView::toControl(CPoint ofGraph) const {
 void ModularView::reveal(CRect ofGraph) {
     const CRect area = sizeRect(GraphPainter::scaled(ofGraph, shown.zoom), -revealMargin,
                                 -revealMargin, revealMargin, revealMargin);
-    const int x = area.left < scrollX           ? area.left
+    const int x = area.left < scrollX            ? area.left
                   : area.right > scrollX + width ? asMin(area.right - width, area.left)
                                                  : scrollX;
-    const int y = area.top < scrollY              ? area.top
+    const int y = area.top < scrollY               ? area.top
                   : area.bottom > scrollY + height ? asMin(area.bottom - height, area.top)
                                                    : scrollY;
     scroll(x, y);
@@ -300,7 +359,7 @@ void ModularView::mouseDown(int x, int y, int btn) {
         return beginDrag(std::make_unique<BandDrag>(*this, at, false), at, btn);
     }
     CComp* comp = model.boxes[size_t(box)].comp;
-    if (btn & modDouble) return comp->edit(true);
+    if ((btn & modDouble) && workspace.hasEditor(comp)) return comp->edit(true);
     if (!comp->hasFlag(compSelected)) selectOnly(host(), comp);
     setItem(comp);
     redraw();
@@ -349,8 +408,7 @@ void ModularView::hover(CPoint at) {
     CObject* over = inside(at.x, at.y) ? itemAt(toGraph(at)) : nullptr;
     if (over == hovered) return;
     hovered = over;
-    const bool port =
-        over && over->category != categoryComp && over->category != categoryCable;
+    const bool port = over && over->category != categoryComp && over->category != categoryCable;
     shown.hotPort = port ? model.portOf(static_cast<CIO*>(over)) : -1;
     hint = hintOf(over);
     win->app->updateHint(this);

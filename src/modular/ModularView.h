@@ -11,6 +11,7 @@
 
 class CQV;
 class DragHandler;
+class GraphProbe;
 class Workspace;
 
 constexpr double cableReach = 6; ///< pixels around a cable that count as the cable
@@ -21,7 +22,7 @@ class ModularView : public CCanvas, private ZoomView {
 public:
     static constexpr double leastZoom = 0.25, mostZoom = 3.0;
 
-    std::function<void()> onScrolled;       ///< another part is seen, or its size
+    std::function<void()> onScrolled; ///< another part is seen, or its size
     /// A context menu is asked for, at a point of the graph, for what `itemAt` gives.
     std::function<void(CPoint at, CObject* item)> onMenu;
 
@@ -53,7 +54,7 @@ public:
     double zoom() const { return shown.zoom; }
     void zoomTo(double factor, CPoint around); ///< what is at a point of the control stays there
     void zoomToFit();                          ///< all of it, at most 100 %
-    CRect plain() const;                       ///< of the content, at this zoom
+    CRect plain() const;                       ///< of the content at this zoom, and of what is seen
     void scroll(int x, int y);                 ///< as far as there is content
     CPoint toGraph(CPoint inControl) const;
     CPoint toControl(CPoint ofGraph) const;
@@ -66,6 +67,10 @@ public:
     CObject* item() const { return shown.focus; }
     /// A component as item, selected alone and in view.
     void goTo(CComp* comp);
+
+    /// Cables of these kinds, and those of what is not selected, are strong or faint.
+    void showKinds(bool midi, bool audio, bool others);
+    void showMeasured(const GraphProbe& probe); ///< delays on cables, and work in boxes
 
     // For drags, which show what their release would do.
     void showLink(int from, int to);
@@ -85,6 +90,7 @@ private:
     bool stale() const;
     void hover(CPoint at);
     void lightPath(const CObject* from);
+    void fadeCables();
     void showLit(std::vector<bool> cables, std::vector<bool> boxes);
     void beginDrag(std::unique_ptr<DragHandler> drag, CPoint at, int btn);
     CRect selectedArea() const;
@@ -111,4 +117,5 @@ private:
     const CObject* hovered = nullptr;  ///< only to be compared
     bool linking = false;              ///< a cable is being led by the keys
     bool modified = false;             ///< as it is told
+    bool midiStrong = true, audioStrong = true, othersStrong = true;
 };

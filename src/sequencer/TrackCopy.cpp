@@ -12,6 +12,7 @@
 #include "sequencer/CSeq.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/Pending.h"
+#include "sequencer/TrackInstrument.h"
 #include "sequencer/TrackRouting.h"
 
 #include <cstring>
@@ -41,6 +42,7 @@ CComp* copySynth(CComp* source, CTrack* onto, CUndo* undo) {
     CComp* twin = source->copy();
     twin->id = host->autoNameComp(source->id);
     twin->setRate(double(host->rate));
+    placeInstrument(twin, onto->seq, undo);
     undo->asAdd(twin, &host->comps);
     if (auto* notes = createMIDICable(twin, onto->outPort(), nullptr))
         undo->asAdd(notes, &twin->midiCables);

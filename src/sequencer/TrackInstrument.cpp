@@ -1,5 +1,6 @@
 #include "sequencer/TrackInstrument.h"
 
+#include "base/Geometry.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 #include "engine/Cables.h"
@@ -9,13 +10,44 @@
 #include "instruments/CSynthProg.h"
 #include "instruments/DrumKit.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/Pending.h"
 #include "sequencer/Scales.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <vector>
+
+namespace {
+
+// Of the canvas of the graph, in pixels: boxes with the gaps that a tidy graph has.
+constexpr int graphLeft = 32, acrossBoxes = 168, downBoxes = 104, boxesInRow = 10;
+
+} // namespace
+
+void placeInstrument(CComp* instrument, const CComp* song, const CUndo* undo) {
+    std::vector<CPoint> taken;
+    eachWithPending<CComp>(undo, &instrument->host->comps, [&](const CComp* c) {
+        if (c != instrument) taken.push_back({c->posX, c->posY});
+    });
+    const auto isFree = [&](CPoint at) {
+        return std::ranges::none_of(taken, [at](CPoint t) {
+            return std::abs(t.x - at.x) < acrossBoxes && std::abs(t.y - at.y) < downBoxes;
+        });
+    };
+    CPoint at;
+    for (int i = 0; i == 0 || !isFree(at); i++)
+        at = {graphLeft + i % boxesInRow * acrossBoxes,
+              song->posY + downBoxes + i / boxesInRow * downBoxes};
+    instrument->posX = at.x;
+    instrument->posY = at.y;
+}
 
 void linkInstrument(CComp* instrument, CTrack* track, CUndo* undo) {
     CQV* host = track->host;
     CComp* out = host->getAudioOut();
     CMIDICable* midi = createMIDICable(instrument, track->outPort(), nullptr);
     CAudioCable* audio = out ? createAudioCable(out, instrument->output(), nullptr) : nullptr;
+    placeInstrument(instrument, track->seq, undo);
     if (undo) {
         undo->asAdd(instrument, &host->comps);
         if (midi) undo->asAdd(midi, &instrument->midiCables);

@@ -202,6 +202,7 @@ bool CMainWin::handleKeyDown(CObject* sender, int& key, int mods) {
     if (key == keyHome && target && from->keyTarget()->keyDown(key, mods)) return true;
     if (const char* name = fixedAction(key)) return onAction(getAction(name));
     if (key != keyEscape || from != this || !keyCtrl) return false;
+    if (keyCtrl->keyDown(key, mods)) return true;
     setKeyCtrl(nullptr);
     return true;
 }
@@ -336,7 +337,7 @@ void CMainWin::showSong() {
     const bool placed = record.page > 0 || record.visible;
     const bool otherFront = placed && pages->waits();
     updateDocker();
-    if (!otherFront || !pages->current()) openEditor(seq);
+    if (!otherFront || (!pages->current() && !pages->firstInFront())) openEditor(seq);
 }
 
 void CMainWin::forgetSong() {

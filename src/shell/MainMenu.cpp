@@ -154,11 +154,14 @@ void MainMenu::fillView(CPopup* popup) {
         page->fillCaptionMenu(popup->addSub("Page"));
         addAction(popup, "closeall");
     }
-    addGroups(popup, {{"tidygraph", "fitgraph"},
-                      {"zoomin", "zoomout", "zoomselection", "zoomsong", "zoomback"},
-                      {"rowshigher", "rowslower"},
-                      {"autoscroll", "glide"},
-                      {"spectrum", "hints", "ribbon"}});
+    if (window->pages->firstInFront())
+        addGroups(popup, {{"tidygraph", "fitgraph", "zoomin", "zoomout", "find"},
+                          {"graphside", "midicables", "audiocables", "othercables"}});
+    else
+        addGroups(popup, {{"zoomin", "zoomout", "zoomselection", "zoomsong", "zoomback"},
+                          {"rowshigher", "rowslower"},
+                          {"autoscroll", "glide"}});
+    addGroups(popup, {{"spectrum", "hints", "ribbon"}});
 }
 
 void MainMenu::fillHelp(CPopup* popup) {

@@ -337,7 +337,8 @@ void Pages::read(const WindowRecords& records) {
         if (r.page < 1 || r.page >= count) r.page = -1;
         r.pageItem = asMinMax(r.pageItem, 0, mostSide);
     });
-    wantedPage = records.modularPage ? 0 : asMinMax(records.currentPage, 0, count - 1);
+    const int page = asMin(records.currentPage, count - 1);
+    wantedPage = records.modularPage ? 0 : page > 0 ? page : -1;
 }
 
 void Pages::clear() {

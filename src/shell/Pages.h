@@ -50,7 +50,7 @@ public:
     void nextDock(int by);
     void showTabs(bool always);                     ///< else only with more than one page
     bool canTurn() const;                           ///< there is more than one page to turn to
-    bool waits() const { return wantedPage > 0; }   ///< for the page that a project had in front
+    bool waits() const { return wantedPage >= 0; }  ///< for the page that a project had in front
     CCompEditor* current() const;                   ///< the editor in front on a page, or null
     CCompEditor* editorOf(const CComp* comp) const; ///< that is open; null without one
     void bringToFront(CCompEditor* editor);

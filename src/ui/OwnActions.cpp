@@ -9,8 +9,7 @@ void OwnActions::bind(const char* name, std::function<void()> run, std::function
     enter(name, {std::move(run), std::move(ready), std::move(on)});
 }
 
-void OwnActions::preempt(const char* name, std::function<void()> run,
-                         std::function<bool()> ready) {
+void OwnActions::preempt(const char* name, std::function<void()> run, std::function<bool()> ready) {
     enter(name, {std::move(run), std::move(ready), {}});
 }
 

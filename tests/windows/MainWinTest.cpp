@@ -135,7 +135,7 @@ TEST_F(MainWinTest, PartsAreSafeFromWhoWrites) {
     win->addControl(field);
     seq()->selectAll();
     win->setKeyCtrl(field);
-    for (const char* k : {"x", "Delete", "ctrl+d", "ctrl+q", "ctrl+x", "F1"}) key(k);
+    for (const char* k : {"x", "Delete", "ctrl+d", "ctrl+q", "ctrl+x", "F1", "F2"}) key(k);
     EXPECT_TRUE(host->undoText().empty());
     win->setKeyCtrl(nullptr);
     key("ctrl+d");

@@ -173,8 +173,6 @@ TEST_F(PagesTest, TheBarTurnsPages) {
     for (auto* c : each<CCtrl>(win->clientGroup->controls))
         if (c->id == "dockbar") bar = c;
     ASSERT_NE(bar, nullptr);
-    EXPECT_FALSE(bar->visible);
-    EXPECT_FALSE(win->getAction("nextpage")->isReady());
     auto* field = new CEdit(edits[0].get(), "field", 20, 20, 100, 20);
     edits[0]->addControl(field);
     openBoth();
@@ -188,7 +186,7 @@ TEST_F(PagesTest, TheBarTurnsPages) {
         act({"mousemove", std::to_string(corner.x + in.x + x), std::to_string(corner.y + in.y + y),
              "click", "1"});
     };
-    const std::pair<const char*, int> keys[] = {{"F2", 1}, {"F2", 2}, {"F1", 1}, {"F1", 3}};
+    const std::pair<const char*, int> keys[] = {{"F2", 0}, {"F2", 1}, {"F1", 0}, {"F1", 3}};
     for (const auto& [name, page] : keys) {
         key(name);
         EXPECT_EQ(docker->activeIndex, page) << name;
@@ -205,8 +203,11 @@ TEST_F(PagesTest, TheBarTurnsPages) {
     click(win.get(), bar, bar->width - 10, 9); // the button that closes
     EXPECT_FALSE(edits[0]->visible);
     EXPECT_EQ(docker->activeIndex, 1);
-    edits[1]->hide();
+    EXPECT_TRUE(win->getAction("nextpage")->isReady());
+    win->pages->closeDocked();
+    EXPECT_EQ(docker->activeIndex, 0);
     EXPECT_FALSE(bar->visible);
+    EXPECT_FALSE(win->getAction("nextpage")->isReady());
 }
 
 /// A component is edited in the window that is entered for its type: one, which is kept.
@@ -258,12 +259,9 @@ TEST_F(PagesTest, TheSongIsOnAPage) {
     EXPECT_STREQ(host->undoText().asChar(), "") << "unseen";
     ASSERT_TRUE(win->flows->saveClicked());
     ASSERT_TRUE(load(kindFile, path));
-    EXPECT_TRUE(songPage() && front() == songPage()) << "nothing else would be open";
-    songPage()->hide();
-    key("Tab");
-    while (win->keyCtrl && win->keyCtrl->id != "arrangement") key("Tab");
-    key("Return");
-    EXPECT_TRUE(pumpUntil([&] { return songPage() && front() == songPage(); })) << "by its button";
+    EXPECT_TRUE(!songPage() && win->pages->firstInFront()) << "as it was saved";
+    key("F8");
+    EXPECT_TRUE(pumpUntil([&] { return songPage() && front() == songPage(); })) << "by its key";
 
     win->dockWin(songPage(), -2, false);
     EXPECT_TRUE(pumpUntil([&] { return songPage()->hasFocus(); }));

@@ -12,6 +12,7 @@
 #include "engine/ValueDoor.h"
 #include "gui/controls/CMenu.h"
 #include "gui/controls/CPopup.h"
+#include "modular/GraphEdits.h"
 #include "project/ProjectFile.h"
 #include "sequencer/CSubTrack.h"
 #include "sequencer/CTrack.h"
@@ -340,7 +341,14 @@ private:
             host->idle();
         }
     }
+    /// The song and the keyboard, which the test itself works with, are not to be deleted.
+    void spareWhatIsNeeded() {
+        for (auto* comp : each<CComp>(host->comps))
+            if (comp->type == compSeq || comp->type == compMIDIIn)
+                comp->setFlag(compSelected, false);
+    }
     void act(const Use& what) {
+        spareWhatIsNeeded();
         const std::string before = content();
         const int index = host->undoIndex;
         what.second();

@@ -360,6 +360,7 @@ TEST_F(SetupWinTest, ChoicesAreWrittenAtOnce) {
     }
     EXPECT_EQ(host->settings.getInt("rndTrackCol", 0), 1);
     EXPECT_EQ(host->recBits, 24);
+    win->pages->closeDocked();
     EXPECT_EQ(win->pages->docker->tabCount(), 1);
     EXPECT_FALSE(win->options().hints.on());
     typeInto("rec-latency", "321");

@@ -121,9 +121,10 @@ bool CDocker::hasTab(const CDock* dock) const {
     return true;
 }
 
+/// The first page itself only where no other one is open.
 CDock* CDocker::firstTab() const {
     for (CDock* dock : each<CDock>(docks))
-        if (hasTab(dock)) return dock;
+        if (isOpen(dock)) return dock;
     return getDock(0);
 }
 
@@ -135,7 +136,7 @@ int CDocker::tabCount() const {
 }
 
 void CDocker::setActive(int index) {
-    CDock* wanted = getDock(asMax(index, 0));
+    CDock* wanted = index < 0 ? nullptr : getDock(index);
     active = wanted && hasTab(wanted) ? wanted : firstTab();
     updateDocks();
 }
