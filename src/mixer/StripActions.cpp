@@ -61,7 +61,7 @@ void CMixerPanel::deleteSelected() {
     for (const MixerStrip& s : state.selection()) {
         if (s.ownsTrack())
             tracks.push_back(s.track);
-        else
+        else if (s.comp->type != compSeq)
             comps.push_back(s.comp);
     }
     if (song && !tracks.empty()) deleteTracks(song, tracks);

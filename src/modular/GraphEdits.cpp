@@ -4,21 +4,17 @@
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
-#include "engine/CFreezeItem.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
-#include "engine/EditorHooks.h"
 #include "modular/GraphModel.h"
-#include "sequencer/CEditorComp.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/Pending.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cstring>
-#include <unordered_set>
 
 namespace {
 
@@ -308,82 +304,6 @@ void chooseDevice(CComp* comp, Shared<int>& device, int index) {
     step->asInt(device.address());
     device = index;
     comp->host->undoEnd(step, true);
-}
-
-void renameComp(CComp* comp, const CStr& name) {
-    CQV* host = comp->host;
-    if (name == comp->id) return;
-    CUndo* step = host->undoStart("Rename", host, {.host = HostNotice::graph});
-    step->asName(&comp->id);
-    comp->setId(name);
-    host->undoEnd(step, true);
-}
-
-// Deleting.
-
-bool mayDelete(CQV* host, const CComp* comp) {
-    if (comp->type != compAudioOut) return host->comps.contains(comp);
-    int outs = 0;
-    for (const auto* other : each<CComp>(host->comps)) outs += other->type == compAudioOut;
-    return outs > 1;
-}
-
-namespace {
-
-using CompSet = std::unordered_set<const CComp*>;
-
-void closeWindows(CComp* comp) {
-    editorHooks()->hideEditors(comp);
-    if (comp->type == compSeq)
-        editorHooks()->hideEditors(static_cast<CSeq*>(comp)->editorComp.get());
-}
-
-void removeCablesOf(CQV* host, const CompSet& gone, CUndo* step) {
-    const auto touches = [&](const CObject* cable) {
-        const Ends ends(cable);
-        return (ends.from && gone.count(ends.from->comp)) || (ends.to && gone.count(ends.to->comp));
-    };
-    eachCabled(host, [&](CComp* comp) {
-        for (CList* list : {&comp->midiCables, &comp->audioCables})
-            for (auto* cable : each<CObject>(*list))
-                if (touches(cable)) step->asRemove(cable, list);
-    });
-}
-
-void unfreeze(CQV* host, const CompSet& gone, CUndo* step) {
-    for (auto* comp : each<CComp>(host->comps)) {
-        if (comp->type != compSeq || gone.count(comp)) continue;
-        for (auto* prog : each<CSeqProg>(comp->progs))
-            for (auto* track : each<CSongTrack>(prog->tracks)) {
-                bool uses = false;
-                for (const auto* item : each<CFreezeItem>(track->freezeItems))
-                    uses = uses || gone.count(item->comp);
-                if (!uses) continue;
-                for (auto* item : each<CFreezeItem>(track->freezeItems))
-                    step->asRemove(item, &track->freezeItems);
-            }
-    }
-}
-
-} // namespace
-
-void deleteComps(CQV* host, std::vector<CComp*> comps) {
-    std::erase_if(comps, [&](const CComp* comp) { return !mayDelete(host, comp); });
-    int outs = 0;
-    for (const auto* comp : each<CComp>(host->comps)) outs += comp->type == compAudioOut;
-    std::erase_if(comps,
-                  [&](const CComp* comp) { return comp->type == compAudioOut && --outs == 0; });
-    if (comps.empty()) return;
-    const CompSet gone(comps.begin(), comps.end());
-    if (host->recording) host->endTake();
-    const bool song = std::ranges::any_of(comps, [](auto* c) { return c->type == compSeq; });
-    if (song && host->playing) host->stop();
-    for (CComp* comp : comps) closeWindows(comp);
-    CUndo* step = host->undoStart("Delete", host, rewired);
-    removeCablesOf(host, gone, step);
-    unfreeze(host, gone, step);
-    for (CComp* comp : comps) step->asRemove(comp, &host->comps);
-    host->undoEnd(step, true);
 }
 
 // Duplicating.

@@ -40,13 +40,7 @@ int presetType(const CStr& path);
 /// Adds a component for each preset, named after its file, one beside the other. What cannot be
 /// read is left out, after a message.
 void addPresets(CQV* host, const std::vector<CStr>& paths, CPoint at);
-void renameComp(CComp* comp, const CStr& name);
 
-/// All but the last audio output.
-bool mayDelete(CQV* host, const CComp* comp);
-/// Deletes those that may go, with their cables; their windows close, and what was frozen of them
-/// plays live again. A take ends before.
-void deleteComps(CQV* host, std::vector<CComp*> comps);
 bool mayDuplicate(const CComp* comp); ///< not devices and songs
 /// Duplicates those that can be, so far from where they are; the copies come to be selected. Cables
 /// between two of them join the copies, those to and from others are repeated.

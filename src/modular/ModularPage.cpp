@@ -17,6 +17,7 @@
 #include "modular/GraphEdits.h"
 #include "modular/GraphSide.h"
 #include "modular/ModularView.h"
+#include "sequencer/StripEdits.h"
 #include "ui/Invitation.h"
 #include "ui/NameField.h"
 #include "ui/ProgramItems.h"
@@ -284,7 +285,7 @@ bool ModularPage::canDelete() const {
     const CObject* item = view->item();
     if (item && item->category == categoryCable) return true;
     for (const auto* comp : selectedComps(workspace.host()))
-        if (mayDelete(workspace.host(), comp)) return true;
+        if (mayDeleteComp(workspace.host(), comp)) return true;
     return false;
 }
 

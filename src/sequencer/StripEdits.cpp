@@ -6,6 +6,8 @@
 #include "engine/CUndo.h"
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
+#include "engine/EditorHooks.h"
+#include "sequencer/CEditorComp.h"
 #include "sequencer/CSeq.h"
 
 #include <algorithm>
@@ -42,7 +44,7 @@ bool unfreeze(CQV* host, const std::vector<CComp*>& gone, CUndo* step) {
     };
     bool any = false;
     for (auto* comp : each<CComp>(host->comps)) {
-        if (comp->type != compSeq) continue;
+        if (comp->type != compSeq || has(gone, comp)) continue;
         for (auto* prog : each<CSeqProg>(comp->progs))
             for (auto* track : each<CSongTrack>(prog->tracks)) {
                 if (!uses(track)) continue;
@@ -149,11 +151,21 @@ void renameComp(CComp* comp, const CStr& name) {
 
 bool mayDeleteComp(CQV* host, const CComp* comp) {
     if (host->sends.contains(comp)) return true;
-    if (!host->comps.contains(comp) || comp->type == compSeq) return false;
+    if (!host->comps.contains(comp)) return false;
     int outs = 0;
     for (const auto* c : each<CComp>(host->comps)) outs += isOut(c);
     return !isOut(comp) || outs > 1;
 }
+
+namespace {
+
+void closeWindows(CComp* comp) {
+    editorHooks()->hideEditors(comp);
+    if (comp->type == compSeq)
+        editorHooks()->hideEditors(static_cast<CSeq*>(comp)->editorComp.get());
+}
+
+} // namespace
 
 void deleteComps(CQV* host, const std::vector<CComp*>& comps) {
     std::vector<CComp*> going;
@@ -164,6 +176,9 @@ void deleteComps(CQV* host, const std::vector<CComp*>& comps) {
             going.push_back(c);
     if (going.empty()) return;
     if (host->recording) host->endTake();
+    const bool song = std::ranges::any_of(going, [](const CComp* c) { return c->type == compSeq; });
+    if (song && host->playing) host->stop();
+    for (CComp* c : going) closeWindows(c);
     CUndo* step = host->undoStart("Delete", host, rewired);
     step->effects.song = unfreeze(host, going, step);
     removeCables(host, going, step);

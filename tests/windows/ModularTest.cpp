@@ -5,6 +5,7 @@
 #include "modular/GraphPaths.h"
 #include "project/PresetFiles.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/StripEdits.h"
 
 namespace {
 
