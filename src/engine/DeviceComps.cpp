@@ -79,6 +79,7 @@ void CAudioIn::process(int frames) {
 CAudioOut::CAudioOut(CQV* root) : CDeviceAudio(root) {
     type = compAudioOut;
     id = "Audio Out";
+    loudness.setRate(root->rate);
 }
 
 void CAudioOut::init() {
@@ -102,6 +103,16 @@ void CAudioOut::process(int frames) {
     if (!in || !out) return;
     std::memcpy(out->bufL, in->bufL, sizeof(float) * size_t(frames));
     std::memcpy(out->bufR, in->bufR, sizeof(float) * size_t(frames));
+}
+
+void CAudioOut::mix(int frames) {
+    CDeviceAudio::mix(frames);
+    if (const COutputChannel* out = output()) loudness.process(out->bufL, out->bufR, frames);
+}
+
+void CAudioOut::setRate(double rate) {
+    CDeviceAudio::setRate(rate);
+    loudness.setRate(rate);
 }
 
 CMIDIIn::CMIDIIn(CQV* root) : CComp(root) {

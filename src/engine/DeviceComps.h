@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Ring.h"
+#include "common/Loudness.h"
 #include "engine/CComp.h"
 
 constexpr int maxDeviceChannels = 32;
@@ -33,10 +34,14 @@ public:
 /// Outputs of the device, where the traversal begins.
 class CAudioOut : public CDeviceAudio {
 public:
+    Loudness loudness; ///< of what leaves its strip, while it is asked to measure
+
     explicit CAudioOut(CQV* root);
     void init() override;
     void planRender(PlanBuilder& plan) override;
     void process(int frames) override;
+    void mix(int frames) override;
+    void setRate(double rate) override;
 };
 
 /// MIDI inputs of the device; `libio` fills its port. Adds the notes of an on-screen keyboard, with

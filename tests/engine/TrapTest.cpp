@@ -36,6 +36,7 @@ TEST(RtTrap, BlocksAreClean) {
     CGroupCh* bus = t.addBus();
     t.addInsert(signal->output(), new GainComp(q));
     signal->latency = 300;
+    t.out->loudness.measure(true);
     auto* map = new CMap;
     map->target = signal->output();
     map->cc = 7;

@@ -2,6 +2,8 @@
 
 #include "base/Numbers.h"
 
+#include <algorithm>
+
 CCompressor::CCompressor(float hz, int frames) : CFX(hz, frames) {
     id = "Compressor";
     type = fxCompressor;
@@ -18,6 +20,7 @@ void CCompressor::setRate(float hz) {
 
 void CCompressor::clear() {
     unit.initRuntime();
+    reduction = 0.0f;
 }
 
 void CCompressor::takeSettings() {
@@ -35,4 +38,5 @@ void CCompressor::takeSettings() {
 void CCompressor::process(float* inL, float* inR, float* outL, float* outR, long frames) {
     takeSettings();
     unit.process(inL, inR, outL, outR, frames);
+    reduction = float(std::max(unit.envdB * (1.0 - unit.getRatio()), 0.0));
 }

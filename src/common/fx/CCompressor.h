@@ -12,6 +12,8 @@ public:
     Stored<float> attack{10.0f}, release{100.0f}; ///< ms
     Stored<float> gain{6.0f};                     ///< dB
     Stored<int> limiter{0};                       ///< 1: a hard limit takes the place of `ratio`
+    Shared<float> reduction{
+        0.0f}; ///< dB by which it lowers at the end of the last block, `gain` aside
 
     CCompressor(float hz, int frames);
 
