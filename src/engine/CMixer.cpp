@@ -1,9 +1,11 @@
 #include "engine/CMixer.h"
 
 #include "base/BlockView.h"
+#include "base/Numbers.h"
 #include "base/OpenBlock.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
+#include "engine/MixScene.h"
 
 #include <algorithm>
 
@@ -27,6 +29,10 @@ CMixer::CMixer(CQV* root) : CComp(root) {
     id = "Mixer";
 }
 
+CMixer::~CMixer() {
+    deleteAll<CMixScene>(scenes);
+}
+
 void CMixer::init() {
     progs.add(new CMixProg);
 }
@@ -36,6 +42,7 @@ void CMixer::clear() {
         progs.del(0);
         delete prog;
     }
+    deleteAll<CMixScene>(scenes);
 }
 
 CMixProg* CMixer::getProg(int index) {
@@ -95,6 +102,51 @@ void CMixer::renameProg(const CStr& name) {
     host->undoEnd(step, true);
 }
 
+// Scenes.
+
+CMixScene* CMixer::sceneAt(int index) const {
+    return static_cast<CMixScene*>(scenes.items(index));
+}
+
+void CMixer::addScene() {
+    auto* scene = new CMixScene;
+    scene->id = "Scene " + asStr(scenes.getCount() + 1);
+    scene->take(host);
+    CUndo* step = host->undoStart("Add scene", this);
+    step->asAdd(scene, &scenes);
+    host->undoEnd(step, true);
+}
+
+void CMixer::updateScene(CMixScene* scene) {
+    const int at = scenes.indexed(scene);
+    if (at < 0) return;
+    CMixScene* now = scene->copy();
+    now->take(host);
+    CUndo* step = host->undoStart("Update scene", this);
+    step->asRemove(scene, &scenes);
+    step->asAdd(now, &scenes, at);
+    host->undoEnd(step, true);
+}
+
+void CMixer::deleteScene(CMixScene* scene) {
+    if (!scenes.contains(scene)) return;
+    CUndo* step = host->undoStart("Delete scene", this);
+    step->asRemove(scene, &scenes);
+    host->undoEnd(step, true);
+}
+
+void CMixer::renameScene(CMixScene* scene, const CStr& name) {
+    if (!scenes.contains(scene) || scene->id == name) return;
+    CUndo* step = host->undoStart("Rename", this);
+    step->asName(&scene->id);
+    scene->id = name;
+    host->undoEnd(step, true);
+}
+
+void CMixer::bindScenes() {
+    for (auto* scene : each<CMixScene>(scenes)) scene->bind(host);
+}
+
 void CMixer::read(CStream* stream, int end) {
     clear();
     eachBlock(stream, end, [this](const CStr& name, BlockView& item) { readItem(item, name); });
@@ -104,7 +156,11 @@ void CMixer::read(CStream* stream, int end) {
 
 void CMixer::readItem(BlockView& item, const CStr& name) {
     if (!item.has(intBytes)) return;
-    if (name == "prog") {
+    if (name == "scene") {
+        auto* scene = new CMixScene;
+        scene->read(item);
+        scenes.add(scene);
+    } else if (name == "prog") {
         auto* prog = new CMixProg;
         prog->id = item.readStr();
         progs.add(prog);
@@ -124,5 +180,9 @@ void CMixer::write(CStream* stream) {
         stream->writeId("prog", prog->id.length() + intBytes);
         stream->writeStr(prog->id);
         writeIntBlock(stream, "sh", prog->sh);
+    }
+    for (const auto* scene : each<CMixScene>(scenes)) {
+        const OpenBlock block(stream, "scene");
+        scene->write(stream, host);
     }
 }

@@ -3,6 +3,7 @@
 #include "engine/CComp.h"
 
 class BlockView;
+class CMixScene;
 
 /// A choice of the sections that the mixer shows.
 class CMixProg : public CProgram {
@@ -18,9 +19,13 @@ public:
 /// What a project keeps of the mixer view. Held by whoever shows or saves it; no part of the graph.
 class CMixer : public CComp {
 public:
-    int mxv = 7; ///< flags of the view
+    int mxv = 7;  ///< flags of the view
+    CList scenes; ///< of CMixScene, owned
 
     explicit CMixer(CQV* root);
+    ~CMixer() override;
+    CMixer(const CMixer&) = delete;
+    CMixer& operator=(const CMixer&) = delete;
 
     void init() override;
     void clear() override;
@@ -38,6 +43,15 @@ public:
     void duplicateProg(); ///< the current one, as the current one
     void deleteProg();    ///< the current one, unless it is the last
     void renameProg(const CStr& name);
+
+    // The same for scenes, of which null is none.
+    CMixScene* sceneAt(int index) const;
+    void addScene();                    ///< of how the strips are set now
+    void updateScene(CMixScene* scene); ///< to how they are now
+    void deleteScene(CMixScene* scene);
+    void renameScene(CMixScene* scene, const CStr& name);
+    /// Scenes that were read find their strips, once all of the project is there.
+    void bindScenes();
 
 private:
     void insertProg(CMixProg* prog, const CStr& title);

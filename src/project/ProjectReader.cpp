@@ -298,6 +298,7 @@ void Reading::finish() {
     if (host->maps.empty()) host->maps.add(new CMapProg);
     host->curMap = std::clamp(int(host->curMap), 0, host->maps.getCount() - 1);
     if (project.mixer->progs.empty()) project.mixer->init();
+    project.mixer->bindScenes();
     warnOfMissing();
     warnOfLeftOut();
     host->damaged = sourceDamaged || budget.damaged() || !budget.leftOut().empty();

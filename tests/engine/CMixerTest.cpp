@@ -1,5 +1,6 @@
 #include "engine/CMixer.h"
 #include "base/CStream.h"
+#include "engine/MixScene.h"
 #include "support/TestHost.h"
 
 #include <gtest/gtest.h>
@@ -21,6 +22,7 @@ TEST(CMixer, ReadsWhatItWritesAndSurvivesDamage) {
     from.getProg(1)->id = "Drums";
     from.curProg = 1;
     from.mxv = 3;
+    from.addScene();
     from.write(&stream);
     const int size = stream.getPos();
     stream.writeInt(77); // of the next block
@@ -35,6 +37,10 @@ TEST(CMixer, ReadsWhatItWritesAndSurvivesDamage) {
     };
     for (int cut = 0; cut <= size; ++cut) read(cut);
     ASSERT_EQ(mixer.progs.getCount(), 2);
+    ASSERT_EQ(mixer.scenes.getCount(), 1);
+    mixer.bindScenes();
+    EXPECT_EQ(mixer.sceneAt(0)->count(), from.sceneAt(0)->count());
+    EXPECT_GT(mixer.sceneAt(0)->count(), 0);
     EXPECT_TRUE(mixer.mxv == 3 && mixer.getProg(0)->sh == 5 && mixer.getProg(-1)->id == "Drums");
     EXPECT_TRUE(mixer.notices.raised(CompNotice::program));
     for (int at = 0; at < size; ++at) {
