@@ -1,6 +1,7 @@
 #include "effects/Inserts.h"
 
 #include "base/CStream.h"
+#include "common/fx/CCompressor.h"
 #include "effects/CEffect.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
@@ -102,6 +103,17 @@ bool moveInsert(COutputChannel* from, CComp* insert, COutputChannel* to, int ind
     host->undoEnd(step, true);
     insert->ownerChannel = to; // the next block would find that too
     return true;
+}
+
+float gainReductionDb(CComp* insert) {
+    if (insert->type != compEffect || !insert->enabled) return 0.0f;
+    const CEffectProg* prog = static_cast<CEffect*>(insert)->getProg();
+    float sum = 0.0f;
+    if (prog)
+        for (const auto* fx : each<CFX>(prog->effects))
+            if (fx->type == fxCompressor && fx->enabled)
+                sum += static_cast<const CCompressor*>(fx)->reduction;
+    return sum;
 }
 
 CComp* copyInsert(CComp* insert, COutputChannel* to, int index) {

@@ -18,5 +18,7 @@ CComp* replaceInsert(COutputChannel* ch, int index, int kind);
 void removeInsert(COutputChannel* ch, CComp* insert);
 /// To a place, counted before the move, of the same or another strip. False where it stays.
 bool moveInsert(COutputChannel* from, CComp* insert, COutputChannel* to, int index);
+/// By how many dB the compressors that are on in an insert lower the sound now; 0 without any.
+float gainReductionDb(CComp* insert);
 /// A duplicate comes there instead. Null for what cannot be duplicated, after a message.
 CComp* copyInsert(CComp* insert, COutputChannel* to, int index);

@@ -18,7 +18,7 @@ constexpr int margin = 8, gap = 4, columnGap = 12, viewHeight = 220, column = 11
 constexpr int rowHeight = 20, powerWidth = 28;
 constexpr int viewWidth = 4 * column + 3 * columnGap;
 constexpr int content = 3 * margin + viewHeight + rowHeight + 3 * (rowHeight + gap);
-constexpr int windowStyle = winCaption | winEscape | winCentre;
+constexpr int windowStyle = winCaption | winEscape | winCentre | winKeysToOwner;
 /// In the order of `EqType`, of those that the list offers.
 constexpr const char* forms[] = {"LSH", "PEQ", "HSH", "LPF", "HPF"};
 
@@ -46,6 +46,7 @@ CEqWin::CEqWin(CWin* owner, CQV* host)
       qv(host), view(new CEqView(this, "curve", margin, margin, viewWidth, viewHeight)) {
     addControl(view);
     view->spokenName = "Curve";
+    view->onChange = new _COnChange<CEqWin>(this, &CEqWin::curveChanged);
     for (int i = 0; i < int(bands.size()); i++) makeBand(i);
     setSizeFromControls(0, 0);
 }
@@ -84,6 +85,7 @@ void CEqWin::makeBand(int index) {
         bar->usual = look.usual;
         bar->origin = look.origin;
         bar->logarithmic = look.logarithmic;
+        bar->alwaysTold = true;
         bar->value = [this, index, &look]() -> std::optional<StoredValue> {
             return strip.channel ? std::optional(look.of(strip.channel, index)) : std::nullopt;
         };
@@ -102,10 +104,8 @@ void CEqWin::open(const MixerStrip& shownStrip) {
     view->setRate(qv->rate);
     view->setStrip(strip.channel);
     refresh();
-    if (!visible)
-        show(true);
-    else
-        raise(true);
+    if (!visible) show(true);
+    raise(true);
 }
 
 void CEqWin::refresh() {
@@ -124,6 +124,13 @@ void CEqWin::refresh() {
         for (ValueBar* bar : band.values) changed = bar->refresh() || changed;
     }
     if (changed) view->curve.Invalidate();
+}
+
+/// What is moved is meant to be heard.
+void CEqWin::curveChanged(CObject*) {
+    if (view->current >= 0 && strip.channel->eq[view->current]->active != 1)
+        qv->values->set(eqPowerOf(strip.channel, view->current), 1.0);
+    refresh();
 }
 
 void CEqWin::powerClicked(CObject* sender) {

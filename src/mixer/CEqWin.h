@@ -28,6 +28,7 @@ private:
         std::array<ValueBar*, 3> values{};
     };
     void makeBand(int index);
+    void curveChanged(CObject* sender);
     void powerClicked(CObject* sender);
     void formChosen(CObject* sender);
 

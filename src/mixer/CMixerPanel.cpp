@@ -116,6 +116,8 @@ void CMixerPanel::dropStrip(CMixerStrip* strip) {
 /// Strips that stay are kept, so that what is done on one goes on.
 void CMixerPanel::reconcile(const std::vector<MixerStrip>& wanted) {
     state.keepTo(wanted);
+    shownBy.keepTo(wanted);
+    scenes.follow();
     std::erase_if(made, [&](CMixerStrip* s) {
         const bool stays = std::ranges::any_of(wanted, [s](const MixerStrip& w) {
             return w.channel == s->strip().channel && w.comp == s->strip().comp;
@@ -135,6 +137,21 @@ void CMixerPanel::show(StripSection section, bool on) {
     CMixProg* prog = state.mixer.getProg(-1);
     if (!prog || shows(section) == on) return;
     state.door()->set(sectionsOf(prog), prog->sh ^ bitOf(section));
+    layout();
+}
+
+bool CMixerPanel::setFilter(StripFilter::Kind kind) {
+    const std::vector<MixerStrip> selected = state.selection();
+    const bool about = kind == StripFilter::routed || kind == StripFilter::chosen;
+    if (about && selected.empty()) return false;
+    shownBy.set(kind, selected);
+    layout();
+    return true;
+}
+
+void CMixerPanel::setNameFilter(const CStr& part) {
+    if (shownBy.namePart() == part.lowerCase()) return;
+    shownBy.setName(part);
     layout();
 }
 
@@ -176,7 +193,7 @@ void CMixerPanel::layout() {
     const Place focus = focusPlace();
     state.shown.clear();
     for (const MixerStrip& s : all)
-        if (shows(s.section)) state.shown.push_back(s);
+        if (shows(s.section) && shownBy.passes(state.qv, s)) state.shown.push_back(s);
     const CMixProg* prog = state.mixer.getProg(-1);
     shownMask = prog ? int(prog->sh) : -1;
     makePlan();
@@ -312,7 +329,9 @@ void CMixerPanel::refresh() {
     const bool other =
         std::clamp(most + 1, leastSlots, std::max(most, mostSlots)) != state.plan.slots;
     const CMixProg* prog = state.mixer.getProg(-1);
-    if (other || (prog && prog->sh != shownMask)) layout();
+    const bool sounds =
+        shownBy.listen(all, asTimeInMS()) && shownBy.kind() == StripFilter::sounding;
+    if (other || sounds || (prog && prog->sh != shownMask)) layout();
     for (CMixerStrip* s : made) {
         if (s->visibleRect().empty()) continue;
         s->refresh();

@@ -2,6 +2,8 @@
 
 #include "gui/CGroup.h"
 #include "mixer/MixerState.h"
+#include "mixer/SceneMenu.h"
+#include "mixer/StripFilter.h"
 #include "mixer/StripMenus.h"
 
 #include <memory>
@@ -24,6 +26,7 @@ public:
 
     MixerState state;
     StripMenus menus{*this};
+    SceneMenu scenes{*this};
 
     CMixerPanel(CWin* win, Workspace& workspace, CMixer& mixer);
     ~CMixerPanel() override;
@@ -44,6 +47,10 @@ public:
     void refresh();                         ///< follows what has no notice; every 40 ms
     bool shows(StripSection section) const; ///< it is switched on
     void show(StripSection section, bool on);
+    const StripFilter& filter() const { return shownBy; }
+    /// Of the selected strips, where it is about some; false where none is.
+    bool setFilter(StripFilter::Kind kind);
+    void setNameFilter(const CStr& part);
     bool showsRows(int rows) const; ///< StripRows
     void showRows(int rows, bool on);
     const std::vector<CMixerStrip*>& strips() const { return made; } ///< from left to right
@@ -97,9 +104,10 @@ private:
     void markStops();
 
     std::vector<MixerStrip> all; ///< as they were listed last
+    StripFilter shownBy;
     std::vector<CMixerStrip*> made;
     std::vector<SectionTitle*> titles; ///< by StripSection
-    int shownMask = -1; ///< of sections
+    int shownMask = -1;                ///< of sections
     Row *moving, *fixed;
     CScrollbar *across, *down;
     CMixerStrip* marked = nullptr;     ///< that Tab stops at; among `made`

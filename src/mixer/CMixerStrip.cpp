@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/DeviceComps.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
@@ -13,6 +14,7 @@
 #include "mixer/CMixerPanel.h"
 #include "mixer/EqSection.h"
 #include "mixer/InsertSlot.h"
+#include "mixer/LoudnessLabel.h"
 #include "mixer/MixerState.h"
 #include "mixer/StripControls.h"
 #include "mixer/ValueBar.h"
@@ -53,6 +55,11 @@ CMixerStrip::CMixerStrip(CMixerPanel& around, const MixerStrip& shownStrip)
                                                   fader, scale, meter})
         addControl(c);
     for (StripSwitch* s : switches) addControl(s);
+    if (!meterOfOutput()) return;
+    loudness = new LoudnessLabel(*this, LoudnessLabel::integrated);
+    truePeak = new LoudnessLabel(*this, LoudnessLabel::truePeak);
+    addControl(loudness);
+    addControl(truePeak);
 }
 
 ValueBar* CMixerStrip::newBar(const char* name,
@@ -129,6 +136,10 @@ void CMixerStrip::place(const MixerStrip& now, const StripPlan& plan, bool wide)
                                        at.switches.top, wideSwitch, at.switches.height());
     if (of.comp->type == compSeq || of.comp->numProgs() == 0) source->visible = false;
     if (of.section == StripSection::outputs) target->visible = false;
+    if (loudness) {
+        setPlace(loudness, at.source);
+        setPlace(truePeak, at.target);
+    }
     switches[size_t(MixSwitch::arm)]->visible = switchOf(MixSwitch::arm, of).has_value();
     shown = Shown();
     refresh();
@@ -149,6 +160,10 @@ void CMixerStrip::nameControls() {
                 {gain, "Decibels"},  {peak, "Peak"},     {fader, "Volume"},
                 {meter, "Level"}};
     for (const auto& row : rows) row.ctrl->spokenName = row.spoken + CStr(", ") + shown.name;
+    if (loudness) {
+        loudness->spokenName = "Loudness, " + shown.name;
+        truePeak->spokenName = "True peak, " + shown.name;
+    }
     for (int i = 0; i < mixSwitches; i++)
         switches[size_t(i)]->spokenName = spokenOf(MixSwitch(i)) + CStr(", ") + shown.name;
     hint = shown.name + ": " + kindOf(of) + ". Press to select, twice to rename";
@@ -184,11 +199,39 @@ void CMixerStrip::refresh() {
     if (target->visible) target->refresh();
     for (CStoredCtrl* c : std::initializer_list<CStoredCtrl*>{trim, pan, gain, fader}) follow(c);
     for (StripSwitch* s : switches) s->refresh();
+    followLoudness();
 }
 
 bool CMixerStrip::followSound() {
     const bool level = meter->refresh();
     return (peak->visible && peak->refresh()) || level;
+}
+
+// Loudness.
+
+Loudness* CMixerStrip::meterOfOutput() const {
+    auto* out = of.section == StripSection::outputs ? dynamic_cast<CAudioOut*>(of.comp) : nullptr;
+    return out ? &out->loudness : nullptr;
+}
+
+/// From the first time on the output measures.
+void CMixerStrip::followLoudness() {
+    Loudness* levels = meterOfOutput();
+    if (!levels || !loudness->visible) return;
+    const bool begins = !levels->measures();
+    if (begins) levels->measure(true);
+    if (!levels->follow() && !begins) return;
+    const Loudness::Levels now = levels->levels();
+    loudness->show(now);
+    truePeak->show(now);
+}
+
+void CMixerStrip::resetLoudness() {
+    Loudness* levels = meterOfOutput();
+    if (!levels) return;
+    levels->reset();
+    loudness->show({});
+    truePeak->show({});
 }
 
 void CMixerStrip::paint(CGraphic* g, CRect rect) {
@@ -249,10 +292,12 @@ std::vector<CCtrl*> CMixerStrip::stops() {
     const auto add = [&all](CCtrl* c) {
         if (c->visible && c->enabled) all.push_back(c);
     };
-    for (CCtrl* c : std::initializer_list<CCtrl*>{source, trim, mode, eq}) add(c);
+    for (CCtrl* c : std::initializer_list<CCtrl*>{source, loudness, trim, mode, eq})
+        if (c) add(c);
     for (CCtrl* c : slots) add(c);
     for (CCtrl* c : sends) add(c);
-    for (CCtrl* c : std::initializer_list<CCtrl*>{target, pan, gain, peak, fader}) add(c);
+    for (CCtrl* c : std::initializer_list<CCtrl*>{target, truePeak, pan, gain, peak, fader})
+        if (c) add(c);
     for (CCtrl* c : switches) add(c);
     return all;
 }

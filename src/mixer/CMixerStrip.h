@@ -18,6 +18,8 @@ class CVolFader;
 class DbScale;
 class EqSection;
 class InsertSlot;
+class Loudness;
+class LoudnessLabel;
 class NameField;
 class PeakLabel;
 class ValueBar;
@@ -54,6 +56,7 @@ public:
     void swipe(MixSwitch which, const CCtrl* from, int x, int y, int btn);
     void toggle(MixSwitch which);
     void clearPeaks();
+    void resetLoudness();    ///< of an output
     int faderTravel() const; ///< pixels
     void showEq(bool on);
     void openEq();
@@ -80,6 +83,8 @@ private:
     void fit(const StripPlan& plan);
     void nameControls();
     void follow(CStoredCtrl* ctrl) const;
+    Loudness* meterOfOutput() const; ///< null for what is none
+    void followLoudness();
 
     CMixerPanel& panel;
     MixerStrip of;
@@ -95,6 +100,7 @@ private:
     PeakLabel* peak;
     CVolFader* fader;
     DbScale* scale;
+    LoudnessLabel *loudness = nullptr, *truePeak = nullptr; ///< of an output, else null
     CAudioLed* meter;
     std::array<StripSwitch*, mixSwitches> switches;
     NameField* field = nullptr; ///< while it is renamed

@@ -20,7 +20,7 @@ namespace {
 
 constexpr const char* title = "Mixer";
 constexpr int windowWidth = 1000, windowHeight = 560; ///< of the screen, when it is no page
-constexpr int leastWidth = 320, leastHeight = 240;
+constexpr int leastWidth = 320, leastHeight = 160;
 constexpr int windowStyle = winCaption | winSizable | winMaxButton | winDockable;
 
 } // namespace
@@ -62,6 +62,7 @@ void CMixerWin::bindOwn() {
     own.bind("widestrips", [this] { panel->setWide(true); });
     own.bind("addgroup", [this] { workspace.host()->addGroupClicked(); });
     own.bind("addsend", [this] { workspace.host()->addSendClicked(); });
+    own.bind("find", [this] { bar->find(); });
     own.bind(
         "groupstrips", [this] { panel->groupSelected(); }, some);
 }
@@ -168,7 +169,21 @@ void CMixerWin::sectionsClicked(CObject* sender) {
         item->tag = i;
         item->checked = panel->shows(StripSection(i));
     }
+    popup->addSeparator();
+    for (const auto& [text, rows] : {std::pair{"Inserts", rowsInserts},
+                                     {"Sends of strips", rowsSends},
+                                     {"Routing", rowsRouting}}) {
+        CMenuItem* item =
+            popup->add(text, new _COnChange<CMixerWin>(this, &CMixerWin::showRowsClicked));
+        item->tag = rows;
+        item->checked = panel->showsRows(rows);
+    }
     addActionItems(popup, workspace, {"priorprog", "nextprog"});
+}
+
+void CMixerWin::showRowsClicked(CObject* sender) {
+    const int rows = static_cast<CMenuItem*>(sender)->tag;
+    panel->showRows(rows, !panel->showsRows(rows));
 }
 
 void CMixerWin::showSectionClicked(CObject* sender) {

@@ -41,6 +41,7 @@ private:
     void menuClicked(CObject* sender);
     void sectionsClicked(CObject* sender);
     void showSectionClicked(CObject* sender);
+    void showRowsClicked(CObject* sender);
     void programChanged();
 
     Workspace& workspace;

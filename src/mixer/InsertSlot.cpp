@@ -1,6 +1,7 @@
 #include "mixer/InsertSlot.h"
 
 #include "base/Numbers.h"
+#include "effects/Inserts.h"
 #include "engine/CQV.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
@@ -51,6 +52,7 @@ bool InsertSlot::refresh() {
         now.name = in->id;
         now.on = in->enabled != 0;
         now.percent = asRound(double(in->wet) * 100);
+        now.lowered = loweredWidth(gainReductionDb(in));
     }
     spokenName = "Insert " + asStr(index + 1) + ", " + owner.name();
     hint = insert() ? CStr("Press for its window or menu, on the light to switch it; drag it to "
@@ -60,6 +62,12 @@ bool InsertSlot::refresh() {
     shown = now;
     redraw();
     return true;
+}
+
+/// So that 24 dB fill the slot.
+int InsertSlot::loweredWidth(float db) const {
+    constexpr double most = 24.0;
+    return asRound(std::clamp(double(db) / most, 0.0, 1.0) * (width - 4));
 }
 
 void InsertSlot::showMark(bool on) {
@@ -90,6 +98,8 @@ void InsertSlot::paint(CGraphic* g, CRect rect) {
         if (shown.percent < 100)
             g->fillRect(shown.on ? colours.accent : colours.dimText,
                         asRect(2, rect.bottom - 3, 2 + wet, rect.bottom - 1));
+        if (shown.lowered > 0)
+            g->fillRect(colours.mute, asRect(rect.right - 2 - shown.lowered, 1, rect.right - 2, 3));
         paintFocus(g, rect, fillColour());
     }
     if (shown.mark) g->fillRect(colours.accent, asRect(0, 0, rect.right, 2));

@@ -37,10 +37,12 @@ private:
         CStr name;
         bool on = false;
         int percent = 100;
+        int lowered = 0; ///< pixels that tell the gain reduction
         bool mark = false;
         bool operator==(const Shown&) const = default;
     };
     void dragAway(CObject*);
+    int loweredWidth(float db) const;
     void togglePower();
     void setWet(double share, bool run);
     void dragOver(CObject*, int x, int y, int btn);

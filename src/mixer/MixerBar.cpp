@@ -7,7 +7,9 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Colours.h"
+#include "gui/Drawing.h"
 #include "gui/Fonts.h"
+#include "gui/controls/CEdit.h"
 #include "gui/controls/CPopup.h"
 #include "gui/controls/CToolbarButton.h"
 #include "gui/dialogs/CTextWin.h"
@@ -15,10 +17,16 @@
 #include "ui/ProgramItems.h"
 #include "ui/RoundButton.h"
 
+#include <iterator>
+
 namespace {
 
-constexpr int gap = 2, groupGap = 12, high = 20, textMargin = 16;
-constexpr int programsWidth = 96;
+constexpr int gap = 2, groupGap = 8, high = 20, wordMargin = 16, leftMargin = 6;
+constexpr int programsWidth = 80, scenesWidth = 72, filterWidth = 80, nameWidth = 80;
+constexpr int soloWidth = 62;
+constexpr const char* filterNames[] = {"All", "Sounding", "Routed to", "Selected"};
+constexpr const char* filterTexts[] = {"All strips", "Sounding", "Routed to the selected",
+                                       "The selected"};
 
 constexpr struct {
     const char *name, *text, *hint;
@@ -49,6 +57,19 @@ public:
     }
 };
 
+/// A field that says what it is for while nothing stands in it.
+class FindField : public CEdit {
+public:
+    using CEdit::CEdit;
+
+    void paint(CGraphic* g, CRect rect) override {
+        CEdit::paint(g, rect);
+        if (text.empty() && !hasKeyFocus())
+            g->drawText(win->app->gui->palette.dimText, "Find", sizeRect(rect, textMargin, 0, 0, 0),
+                        textLeft);
+    }
+};
+
 } // namespace
 
 MixerBar::MixerBar(CWin* owner, CMixerPanel& below)
@@ -56,45 +77,154 @@ MixerBar::MixerBar(CWin* owner, CMixerPanel& below)
     arrowsWalk = true;
     for (int i = 0; i < stripSections; i++) {
         const CStr title = titleOf(StripSection(i));
-        sections.push_back(add("section", title, "Show " + title, 0, &MixerBar::sectionClicked));
-        sections.back()->tag = i;
+        addSwitch(sections, "section", title, "Show " + title, i, &MixerBar::sectionClicked);
     }
-    nextX += groupGap;
-    for (const auto& r : rowButtons) {
-        rows.push_back(add(r.name, r.text, r.hint, 0, &MixerBar::rowsClicked));
-        rows.back()->tag = r.bit;
+    for (const auto& r : rowButtons)
+        addSwitch(rows, r.name, r.text, r.hint, r.bit, &MixerBar::rowsClicked);
+    programs = addButton(choices, "programs", "", "Choices of sections: choose, add or delete one",
+                         programsWidth, &MixerBar::programsClicked);
+    scenes = addButton(choices, "scenes", "Scenes",
+                       "Scenes of the whole mixer: recall, add, update or delete one", scenesWidth,
+                       &MixerBar::scenesClicked);
+    for (int i = 0; i < 2; i++) {
+        const char* text = i ? "B" : "A";
+        states[i] =
+            addButton(choices, "state", text, CStr("Compare: state ") + text + " of the mixer",
+                      high, &MixerBar::stateClicked);
+        states[i]->tag = i;
     }
-    nextX += groupGap;
-    programs = add("programs", "", "Choices of sections: choose, add or delete one", programsWidth,
-                   &MixerBar::programsClicked);
-    nextX += groupGap;
-    solo = add("unsolo", "Un-solo", "Take solo off all strips", 0, &MixerBar::soloClicked);
+    filter = addButton(search, "filter", "",
+                       "Which strips show: all, sounding, routed to the selected, selected",
+                       filterWidth, &MixerBar::filterClicked);
+    part = new FindField(win, "find", 0, 0, nameWidth, high);
+    part->spokenName = part->hint = "Show strips with this in their names";
+    enter(search, part);
+    solo = addButton(ends, "unsolo", "Un-solo", "Take solo off all strips", soloWidth,
+                     &MixerBar::soloClicked);
     solo->litSkin = &clMixSoloPushed;
+    for (CButton* b : {programs, scenes, filter})
+        b->onPaint = new _COnPaint<MixerBar>(this, &MixerBar::paintChoice);
 }
 
-CButton* MixerBar::add(const char* name, const CStr& text, const CStr& told, int wide,
-                       void (MixerBar::*clicked)(CObject*)) {
-    const bool word = clicked == &MixerBar::sectionClicked || clicked == &MixerBar::rowsClicked;
-    if (wide == 0) wide = textFace({})->textWidth(text) + textMargin;
-    const int y = (barHeight - high) / 2;
-    CButton* made =
-        word ? static_cast<CButton*>(new WordSwitch(win, name, text, nextX, y, wide, high))
-             : new RoundButton(win, name, text, nextX, y, wide, high);
+void MixerBar::enter(Group& group, CCtrl* made) {
+    made->top = (barHeight - high) / 2;
+    addControl(made);
+    group.push_back(made);
+}
+
+CButton* MixerBar::addSwitch(Group& group, const char* name, const CStr& text, const CStr& told,
+                             int number, Clicked clicked) {
+    const int wide = textFace({})->textWidth(text) + wordMargin;
+    auto* made = new WordSwitch(win, name, text, 0, 0, wide, high);
+    made->hint = made->spokenName = told;
+    made->tag = number;
+    made->onChange = new _COnChange<MixerBar>(this, clicked);
+    enter(group, made);
+    return made;
+}
+
+CButton* MixerBar::addButton(Group& group, const char* name, const CStr& text, const CStr& told,
+                             int wide, Clicked clicked) {
+    auto* made = new RoundButton(win, name, text, 0, 0, wide, high);
     made->hint = made->spokenName = told;
     made->skin = &clTrackControls;
     made->litSkin = &clTrackControlsPushed;
     made->onChange = new _COnChange<MixerBar>(this, clicked);
-    addControl(made);
-    nextX += wide + gap;
+    enter(group, made);
     return made;
 }
 
+int MixerBar::widthOf(const Group& group) {
+    int wide = groupGap - gap;
+    for (const CCtrl* c : group) wide += c->width + gap;
+    return wide;
+}
+
+void MixerBar::resized() {
+    int over = leftMargin - width;
+    for (const Group* g : {&sections, &rows, &choices, &search, &ends}) over += widthOf(*g);
+    for (Group* g : {&rows, &sections}) {
+        for (CCtrl* c : *g) c->visible = over <= 0;
+        if (over > 0) over -= widthOf(*g);
+    }
+    int x = leftMargin;
+    for (const Group* g : {&sections, &rows, &choices, &search, &ends}) {
+        if (!g->front()->visible) continue;
+        for (CCtrl* c : *g) {
+            c->left = x;
+            x += c->width + gap;
+        }
+        x += groupGap - gap;
+    }
+    redraw();
+}
+
+/// With a mark that tells of a menu.
+void MixerBar::paintChoice(CObject* sender, CGraphic* g, CRect rect) {
+    const auto* button = static_cast<CButton*>(static_cast<CCtrl*>(sender));
+    const int colour = button->lit ? button->faceColour() : win->app->gui->palette.text;
+    constexpr int arrowRoom = 14, arrowReach = 3, margin = 6;
+    const CRect box = asRect(margin, 0, rect.right - arrowRoom, rect.bottom);
+    g->drawText(colour, textFace({})->shortened(button->text, box.width()), box, textLeft);
+    const int x = rect.right - arrowRoom / 2 - 1, y = rect.bottom / 2;
+    drawArrow(g, colour, asRect(x - arrowReach, y - 2, x + arrowReach + 1, y + 2), dirDown,
+              arrowReach);
+}
+
 void MixerBar::refresh() {
-    for (CButton* b : sections) b->setLit(panel.shows(StripSection(b->tag)));
-    for (CButton* b : rows) b->setLit(panel.showsRows(b->tag));
-    CMixer& mixer = panel.state.mixer;
-    programs->setText(mixer.getProgName(mixer.curProg));
+    for (CCtrl* c : sections) static_cast<CButton*>(c)->setLit(panel.shows(StripSection(c->tag)));
+    for (CCtrl* c : rows) static_cast<CButton*>(c)->setLit(panel.showsRows(c->tag));
+    const CMixer& mixer = panel.state.mixer;
+    programs->setText(panel.state.mixer.getProgName(mixer.curProg));
     solo->setLit(panel.anySolo());
+    for (int i = 0; i < 2; i++) states[i]->setLit(panel.scenes.state() == i);
+    filter->setText(filterNames[panel.filter().kind()]);
+    filter->setLit(panel.filter().kind() != StripFilter::all);
+    panel.setNameFilter(part->text.trim());
+}
+
+void MixerBar::find() {
+    win->setKeyCtrl(part);
+    part->selectAll();
+}
+
+CPopup* MixerBar::newPopup() {
+    auto* popup = new CPopup(win->app, win);
+    popup->autoDelete = true;
+    return popup;
+}
+
+void MixerBar::popupBelow(CButton* button, CPopup* popup) {
+    const CPoint corner = win->getPos(true), in = win->controlPos(button);
+    popup->popup(corner.x + in.x, corner.y + in.y + button->height, button->hasKeyFocus());
+}
+
+void MixerBar::scenesClicked(CObject*) {
+    CPopup* popup = newPopup();
+    panel.scenes.fill(popup);
+    popupBelow(scenes, popup);
+}
+
+void MixerBar::stateClicked(CObject* sender) {
+    panel.scenes.compare(static_cast<CCtrl*>(sender)->tag);
+    refresh();
+}
+
+void MixerBar::filterClicked(CObject*) {
+    CPopup* popup = newPopup();
+    for (int i = 0; i < int(std::size(filterTexts)); i++) {
+        CMenuItem* item =
+            popup->add(filterTexts[i], new _COnChange<MixerBar>(this, &MixerBar::filterChosen));
+        item->tag = i;
+        item->checked = i == panel.filter().kind();
+    }
+    popupBelow(filter, popup);
+}
+
+void MixerBar::filterChosen(CObject* sender) {
+    if (!panel.setFilter(StripFilter::Kind(static_cast<CMenuItem*>(sender)->tag)))
+        panel.state.tell("Select the strips first that it is about");
+    refresh();
 }
 
 void MixerBar::paint(CGraphic* g, CRect rect) {
@@ -129,8 +259,7 @@ void MixerBar::soloClicked(CObject*) {
 
 void MixerBar::programsClicked(CObject*) {
     CMixer& mixer = panel.state.mixer;
-    auto* popup = new CPopup(win->app, win);
-    popup->autoDelete = true;
+    CPopup* popup = newPopup();
     for (int i = 0; i < mixer.progs.getCount(); i++) {
         CMenuItem* item = popup->add(mixer.getProgName(i),
                                      new _COnChange<MixerBar>(this, &MixerBar::progChanged));
@@ -145,8 +274,7 @@ void MixerBar::programsClicked(CObject*) {
     entry("Duplicate program", &MixerBar::duplicateProgClicked);
     entry("Rename...", &MixerBar::renameProgClicked);
     entry("Delete program", &MixerBar::deleteProgClicked)->enabled = mixer.progs.getCount() > 1;
-    const CPoint corner = win->getPos(true), in = win->controlPos(programs);
-    popup->popup(corner.x + in.x, corner.y + in.y + programs->height, programs->hasKeyFocus());
+    popupBelow(programs, popup);
 }
 
 void MixerBar::progChanged(CObject* sender) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 class CButton;
+class CEdit;
 class CMixerPanel;
 class CPopup;
 
@@ -18,14 +19,31 @@ public:
 
     void paint(CGraphic* g, CRect rect) override;
     void describe(Description& d, int part) const override;
+    void resized() override; ///< what has no room, and stands in a menu too, is left out
     void refresh();
+    void find(); ///< the keys go to the field for a name
 
 private:
-    CButton* add(const char* name, const CStr& text, const CStr& hint, int width,
-                 void (MixerBar::*clicked)(CObject*));
+    using Clicked = void (MixerBar::*)(CObject*);
+    using Group = std::vector<CCtrl*>;
+
+    void enter(Group& group, CCtrl* made);
+    CButton* addSwitch(Group& group, const char* name, const CStr& text, const CStr& hint, int tag,
+                       Clicked clicked);
+    CButton* addButton(Group& group, const char* name, const CStr& text, const CStr& hint,
+                       int width, Clicked clicked);
+    static int widthOf(const Group& group);
+    CPopup* newPopup();
+    void popupBelow(CButton* button, CPopup* popup);
+
+    void paintChoice(CObject* sender, CGraphic* g, CRect rect);
     void sectionClicked(CObject* sender);
     void rowsClicked(CObject* sender);
     void programsClicked(CObject* sender);
+    void scenesClicked(CObject* sender);
+    void stateClicked(CObject* sender);
+    void filterClicked(CObject* sender);
+    void filterChosen(CObject* sender);
     void soloClicked(CObject* sender);
     void progChanged(CObject* sender);
     void addProgClicked(CObject*);
@@ -34,7 +52,8 @@ private:
     void deleteProgClicked(CObject*);
 
     CMixerPanel& panel;
-    std::vector<CButton*> sections, rows;
-    CButton *programs, *solo;
-    int nextX = 6;
+    Group sections, rows, choices, search, ends; ///< from left to right, among `controls`
+    CButton *programs, *scenes, *filter, *solo;
+    CButton* states[2]; ///< A and B
+    CEdit* part;        ///< of names
 };

@@ -15,6 +15,6 @@ MixerRoom::MixerRoom(Workspace& space, EditorTable& editors, CMixer& mixer) {
         "mixer", [&space, &mixer] { space.openEditor(&mixer); }, {},
         [&space, &mixer] { return space.isOpen(&mixer); });
     for (const char* name : {"mixmute", "mixsolo", "unsolo", "narrowstrips", "widestrips",
-                             "addgroup", "addsend", "groupstrips"})
+                             "addgroup", "addsend", "groupstrips", "find"})
         commands.leave(name);
 }

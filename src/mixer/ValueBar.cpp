@@ -41,7 +41,7 @@ void ValueBar::paint(CGraphic* g, CRect) {
     const TextScope small(g, {.size = TextSize::small});
     const bool figures = width > 2 * valueRoom;
     const TextFace* face = textFace({.size = TextSize::small});
-    const bool moved = shownValue() != origin;
+    const bool moved = alwaysTold || shownValue() != origin;
     const int room = width - 2 * margin - (figures && moved ? valueRoom : 0);
     g->drawText(moved ? colours.text : colours.dimText, face->shortened(label, room),
                 sizeRect(clientRect(), margin, 0, -margin, 0), textLeft);

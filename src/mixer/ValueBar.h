@@ -9,6 +9,7 @@ CStr fittedFigure(const CStr& text, int width);
 class ValueBar : public CStoredCtrl {
 public:
     CStr label;
+    bool alwaysTold = false; ///< its figure shows at its origin too
 
     ValueBar(CWin* win, const char* name, ValueDoor* door);
     void paint(CGraphic* g, CRect rect) override;

@@ -40,6 +40,9 @@ bool RoundButton::paintRound(CGraphic* g, CRect rect) {
 
 void RoundButton::paint(CGraphic* g, CRect rect) {
     if (!paintRound(g, rect)) return;
-    g->drawText(faceColour(), text, rect, 0);
+    if (onPaint)
+        CCtrl::paint(g, rect);
+    else
+        g->drawText(faceColour(), text, rect, 0);
     paintFocus(g, rect, fillColour());
 }

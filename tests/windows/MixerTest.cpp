@@ -1,7 +1,11 @@
 #include "MixerFixture.h"
 
+#include "common/fx/CEQ.h"
 #include "effects/CEffect.h"
+#include "effects/Inserts.h"
 #include "engine/CMixer.h"
+#include "engine/DeviceComps.h"
+#include "engine/MixScene.h"
 #include "gui/access/LiveTree.h"
 #include "gui/controls/CButton.h"
 #include "mixer/StripControls.h"
@@ -329,6 +333,189 @@ TEST_F(MixerTest, WheelsAndKeysGoAlongTheStrips) {
             << stop->id.asChar() << ": " << name;
     }
     EXPECT_EQ(tree.describe(tree.idOf(on("q", "volume"))).name, "Volume, q");
+}
+
+TEST_F(MixerTest, FiltersShowWhatIsMeant) {
+    startWith(3);
+    addTrackInstrument(seq(), seq()->addTrack(trackMIDI, seq()->getProg(), nullptr)->track,
+                       nullptr);
+    static_cast<CTrack*>(seq()->tracks.last())->id = "keys";
+    seq()->songNotices.raise(SeqNotice::tracks);
+    host->addSendClicked();
+    const auto show = [&](const std::vector<std::string>& keys, const std::string& wanted) {
+        inMenu(keys);
+        clickOn(button("filter"));
+        EXPECT_TRUE(pumpUntil([&] { return names() == wanted; })) << names();
+    };
+    const std::string all = "Audio In a b c keys Send Audio Out ";
+    ASSERT_TRUE(pumpUntil([&] { return names() == all; }));
+    key("ctrl+f");
+    act({"type", "--delay", "2", "E"});
+    EXPECT_TRUE(pumpUntil([&] { return names() == "keys Send Audio Out "; })) << names();
+    key("BackSpace");
+    key("Escape");
+    EXPECT_TRUE(pumpUntil([&] { return names() == all; }));
+    panel()->choose(*strip("a"), 0);
+    panel()->choose(*strip("keys"), modControl);
+    key("ctrl+g");
+    ASSERT_TRUE(pumpUntil([&] { return strip("Group") != nullptr; }));
+    host->values->set(levelOf(out("b")->sendLevels[0]), 0.5);
+    panel()->choose(*strip("Group"), 0);
+    show({"End", "Up", "Return"}, "a keys Group Audio Out ");
+    show({"Home", "Return"}, "Audio In a b c keys Group Send Audio Out ");
+    panel()->choose(*strip("Send"), 0);
+    show({"End", "Up", "Return"}, "b Send Audio Out ");
+    panel()->choose(*strip("b"), 0);
+    show({"End", "Return"}, "b Audio Out ");
+    show({"Home", "Down", "Return"}, "Audio Out ");
+    for (auto* t : each<CTrack>(seq()->tracks))
+        if (t->id == "c") t->output()->peakL = 0.5f;
+    EXPECT_TRUE(pumpUntil([&] { return names() == "c Audio Out "; })) << names();
+}
+
+TEST_F(MixerTest, ScenesBringBackWhatIsAsked) {
+    startWith(2);
+    host->addSendClicked();
+    ASSERT_TRUE(pumpUntil([&] { return strip("Send") != nullptr; }));
+    auto* rack = static_cast<CEffect*>(addInsert(out("a"), fxChorus, -1));
+    ValueDoor& door = *host->values;
+    const auto set = [&](double to) {
+        door.set(faderOf(out("a")), {to, 1.0});
+        door.set(panOf(out("b")), to);
+        door.set(muteOf(out("b")), 1.0);
+        door.set(levelOf(out("a")->sendLevels[0]), to);
+        door.set(eqGainOf(out("b"), 2), to * 10);
+        door.set(parameterOf(rack, paramWet), to);
+    };
+    const auto now = [&] {
+        return std::vector<double>{
+            double(out("a")->vol),         double(out("b")->pan),
+            double(out("b")->mute),        double(out("a")->sendLevels[0]->level),
+            double(out("b")->eq[2]->gain), double(rack->wet)};
+    };
+    const auto usual = now();
+    set(0.25);
+    const auto kept = now();
+    inMenu({"Home", "Return"});
+    clickOn(button("scenes"));
+    ASSERT_EQ(mixer().scenes.getCount(), 1);
+    set(0.5);
+    door.set(muteOf(out("b")), 0.0);
+    auto other = now();
+    const int before = steps();
+    inMenu({"Home", "Return"});
+    clickOn(button("scenes"));
+    EXPECT_EQ(now(), kept);
+    EXPECT_EQ(steps(), before + 1);
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return now() == other; }));
+    // Levels alone, of the selected strips alone.
+    panel()->choose(*strip("a"), 0);
+    for (const auto& keys : {std::vector<std::string>{"End", "Return"},
+                             {"End", "Up", "Right", "Down", "Return"},
+                             {"End", "Up", "Right", "Down", "Down", "Return"},
+                             {"End", "Up", "Right", "Down", "Down", "Down", "Return"},
+                             {"End", "Up", "Right", "Down", "Down", "Down", "Down", "Return"},
+                             {"Home", "Return"}}) {
+        inMenu(keys);
+        clickOn(button("scenes"));
+    }
+    other[0] = kept[0];
+    EXPECT_EQ(now(), other) << "only the fader of a";
+    // Two states to compare.
+    clickOn(button("state", 1));
+    EXPECT_EQ(now(), other);
+    set(0.75);
+    const auto second = now();
+    clickOn(button("state", 0));
+    EXPECT_EQ(now(), other);
+    clickOn(button("state", 1));
+    EXPECT_EQ(now(), second);
+    // Scenes are of the project, and forget strips that have gone for good.
+    const std::string path = at("scenes.qv");
+    std::ofstream(path) << "old";
+    host->projectFile = path.c_str();
+    ASSERT_TRUE(win->flows->saveClicked());
+    ASSERT_TRUE(load(kindFile, path.c_str()));
+    ASSERT_TRUE(pumpUntil([&] { return page() && strip("a") && strip("b"); }));
+    ASSERT_EQ(mixer().scenes.getCount(), 1);
+    rack = static_cast<CEffect*>(out("a")->inserts.first());
+    mixer().sceneAt(0)->recall(host.get(), sceneAll, {}, "All");
+    EXPECT_EQ(now(), kept);
+    const int strips = mixer().sceneAt(0)->count();
+    deleteTracks(seq(), {static_cast<CTrack*>(seq()->tracks.items(0))});
+    panel()->follow();
+    EXPECT_EQ(mixer().sceneAt(0)->count(), strips) << "it may come back";
+    host->undoClear();
+    panel()->scenes.follow();
+    EXPECT_EQ(mixer().sceneAt(0)->count(), strips - 1);
+    EXPECT_NE(usual, kept);
+}
+
+TEST_F(MixerTest, EqualiserOpensLarge) {
+    startWith(2);
+    for (const char* name : {"a", "b"}) {
+        mouseTo(on(name, "mode"), on(name, "mode")->width - 5, 5);
+        act({"click", "1"});
+    }
+    ASSERT_TRUE(pumpUntil([&] { return on("b", "eq")->visible; }));
+    clickOn(on("b", "eq"), "3");
+    for (const auto* band : out("b")->eq) EXPECT_EQ(band->active, 1);
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return out("b")->eq[0]->active == 0; })) << "all in one step";
+    clickOn(on("b", "eq"));
+    CWin* eq = nullptr;
+    ASSERT_TRUE(pumpUntil([&] {
+        for (auto* w : each<CWin>(app->windows))
+            if (w->id == "Equaliser, b") eq = w;
+        return eq && eq->hasFocus();
+    }));
+    const auto part = [&](const char* id, int number) {
+        for (auto* c : each<CCtrl>(eq->clientGroup->controls))
+            if (c->id == id && number-- == 0) return c;
+        return static_cast<CCtrl*>(nullptr);
+    };
+    clickOn(part("power", 1));
+    EXPECT_EQ(out("b")->eq[1]->active, 1);
+    focus(part("freq", 1));
+    for (const char* k : {"4", "4", "0", "Return"}) key(k);
+    EXPECT_FLOAT_EQ(out("b")->eq[1]->frequency, 440.0f);
+    // Equal ways are equal ratios.
+    CCtrl* freq = part("freq", 2);
+    drag(freq, freq, freq->width / 3, 0);
+    EXPECT_NEAR(out("b")->eq[2]->frequency,
+                800.0 * std::pow(1000.0, double(freq->width / 3) / freq->width), 1.0);
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return out("b")->eq[2]->frequency == 800.0f; }));
+    // A band that is moved is meant to be heard.
+    CCtrl* curve = part("curve", 0);
+    curve->win->setKeyCtrl(curve);
+    for (const char* k : {"3", "Up"}) key(k);
+    EXPECT_EQ(out("b")->eq[2]->active, 1);
+    EXPECT_GT(out("b")->eq[2]->gain, 0.0f);
+    deleteTracks(seq(), {strip("b")->strip().track});
+    EXPECT_TRUE(pumpUntil([&] { return !strip("b") && !app->windows.contains(eq); }))
+        << "it goes with its strip";
+}
+
+TEST_F(MixerTest, LoudnessOfTheOutputIsToldAndReset) {
+    startWith(1);
+    auto* output = static_cast<CAudioOut*>(host->getAudioOut());
+    ASSERT_TRUE(pumpUntil([&] { return output->loudness.measures(); }));
+    std::vector<float> tone(44100);
+    for (size_t i = 0; i < tone.size(); i++)
+        tone[i] = float(0.1 * std::sin(2 * 3.14159265 * 1000.0 * double(i) / 44100));
+    output->loudness.process(tone.data(), tone.data(), int(tone.size()));
+    const auto told = [&](const char* id) {
+        Description d;
+        on("Audio Out", id)->describe(d, Accessible::wholeCtrl);
+        return d.text;
+    };
+    EXPECT_TRUE(pumpUntil([&] { return told("loudness") == "-20.0 LUFS"; })) << told("loudness");
+    EXPECT_EQ(told("truepeak"), "-20.0 dBTP");
+    clickOn(on("Audio Out", "loudness"));
+    EXPECT_EQ(told("loudness"), "-inf LUFS");
+    EXPECT_EQ(told("truepeak"), "-inf dBTP");
 }
 
 TEST_F(MixerTest, ProgramsKeepSectionsAndTheProjectKeepsAll) {
