@@ -6,6 +6,7 @@
 #include "engine/CQV.h"
 #include "engine/Cables.h"
 #include "engine/DeviceComps.h"
+#include "engine/Mixing.h"
 #include "instruments/CSampleClip.h"
 #include "instruments/CSampler.h"
 #include "instruments/CSynthProg.h"
@@ -100,9 +101,9 @@ Causes AskSilence::stripCauses(CComp* comp, COutputChannel* strip) const {
     if (strip->mute) found.push_back({blame, name + " is muted."});
     if (strip->vol <= 0.0f) found.push_back({blame, "The fader of " + name + " is at zero."});
     const CComp* other = soloed();
-    if (strip->anySolo && !strip->solo && other)
+    if (!stripOpen(comp, strip) && !strip->mute && other)
         found.push_back({const_cast<CComp*>(other),
-                         boxName(other) + " is soloed: " + name + " is silent as long as it is."});
+                         boxName(other) + " is soloed: all else is silent as long as it is."});
     return found;
 }
 

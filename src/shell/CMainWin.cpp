@@ -237,7 +237,8 @@ bool CMainWin::onAction(CAction* action) {
 
 bool CMainWin::canRun(const CAction* action) const {
     const CCompEditor* editor = asked();
-    if (graphAsked() && graph->ownActions().isReady(action)) return true;
+    if (graphAsked() && graph->ownActions().has(action))
+        return graph->ownActions().isReady(action);
     return (editor && editor->canRun(action)) || action->isReady();
 }
 

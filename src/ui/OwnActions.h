@@ -18,6 +18,7 @@ public:
     void preempt(const char* name, std::function<void()> run, std::function<bool()> ready = {});
     /// Carries it out if it is ready; false for one that the window does not have.
     bool run(const CAction* action) const;
+    bool has(const CAction* action) const { return find(action) != nullptr; }
     bool isReady(const CAction* action) const;
     bool isOn(const CAction* action) const;
 

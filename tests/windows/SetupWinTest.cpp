@@ -421,12 +421,13 @@ TEST_F(SetupWinTest, FunctionKeysArePressedIntoTheField) {
     start();
     openPage("Shortcuts");
     auto* tree = find<CTree>("actions");
-    tree->select(static_cast<CTreeNode*>(
-        static_cast<CTreeNode*>(tree->root.children.first())->children.first()));
+    auto* first = static_cast<CTreeNode*>(
+        static_cast<CTreeNode*>(tree->root.children.first())->children.first());
+    tree->select(first);
     (*tree->onChange)(tree);
     setup->setKeyCtrl(find<CCtrl>("key"));
     key("Page_Up");
-    EXPECT_EQ(setting("shortcuts", "setup"), "0,-12");
+    EXPECT_EQ(setting("shortcuts", static_cast<CAction*>(first->data)->name.asChar()), "0,-12");
     for (auto* group : each<CTreeNode>(tree->root.children))
         for (auto* node : each<CTreeNode>(group->children))
             EXPECT_TRUE(static_cast<CAction*>(node->data)->bound()) << node->text.asChar();
