@@ -101,11 +101,21 @@ void GraphMenus::fillComp(CPopup* popup, CComp* comp) {
     view.redraw();
     for (const char* name : {"edit", "rename", "duplicate", "pullout", "delete"})
         addAction(popup, name);
+    fillStrip(popup, comp);
     fillAsk(popup, comp);
     fillPorts(popup, comp);
     if (!windowMenu || !workspace.isOpen(comp)) return;
     popup->addSeparator();
     windowMenu(popup, comp);
+}
+
+/// What silences it, where it has a single strip.
+void GraphMenus::fillStrip(CPopup* popup, CComp* comp) {
+    COutputChannel* strip = comp->output();
+    if (comp->outputs.getCount() != 1) return;
+    popup->addSeparator();
+    add(popup, "Mute", [strip] { strip->toggleMute(); })->checked = strip->mute;
+    add(popup, "Solo", [strip] { strip->toggleSolo(); })->checked = strip->solo;
 }
 
 namespace {

@@ -9,10 +9,10 @@
 #include "gui/Palette.h"
 #include "gui/PixelPaper.h"
 #include "gui/Shapes.h"
-#include "instruments/CSynthProg.h"
 #include "modular/CompGlyphs.h"
 #include "modular/GraphEdits.h"
 #include "modular/GraphNames.h"
+#include "sequencer/CSeq.h"
 #include "ui/ProgramItems.h"
 
 #include <cmath>
@@ -25,7 +25,7 @@ constexpr double faint = 0.18, aside = 0.35;                        ///< how muc
 constexpr double dashOn = 7, dashOff = 5; ///< of cables that close loops, in pixels
 constexpr int curvePieces = 40;
 constexpr double leastForNames = 0.4, leastForDetails = 0.75, leastForLarge = 1.5;
-constexpr int glyphSide = 20, glyphInset = 10, textGap = 8, loadWidth = 44;
+constexpr int glyphSide = 20, glyphInset = 10, textGap = 8;
 constexpr int levelWidth = 24, levelHeight = 5; ///< of the meter on a cable
 constexpr double dotRadius = 3.5;               ///< of the light on a MIDI cable
 constexpr int marksHeight = 16, marksReach = 80;
@@ -43,8 +43,12 @@ TextLook detailLook(double zoom) {
     return {zoom >= leastForLarge ? TextSize::normal : TextSize::small};
 }
 
-/// Its program where that has another name, else what it is.
+/// The tracks of a song, a program that has another name, else what it is.
 CStr detailOf(CComp* comp) {
+    if (comp->type == compSeq) {
+        const int tracks = static_cast<const CSeq*>(comp)->tracks.getCount();
+        return tracks == 1 ? CStr("1 track") : asStr(tracks) + " tracks";
+    }
     CProgram* program = comp->numProgs() > 0 ? comp->getProgram(-1) : nullptr;
     const CStr name = program ? comp->getProgName(comp->curProg) : CStr();
     if (!name.empty() && name != comp->id) return name;
@@ -106,8 +110,14 @@ void GraphPainter::paint(CGraphic* g, CRect asked) const {
 
 // Cables.
 
-int GraphPainter::lineColour(const GraphModel::Cable& cable) const {
-    return cable.midi ? clCompsMidi.fillCol : clCompsAudio.fillCol;
+/// The colour of a kind, brought so far from that of the canvas that a thin line can be seen.
+int GraphPainter::kindColour(bool midi) const {
+    constexpr double least = 3, step = 0.1;
+    const int colour = midi ? clCompsMidi.fillCol : clCompsAudio.fillCol;
+    double share = 0;
+    while (share < 1 && contrast(fadeCol(colour, palette.text, share), clComps.fillCol) < least)
+        share += step;
+    return fadeCol(colour, palette.text, std::min(share, 1.0));
 }
 
 void GraphPainter::paintCables(CGraphic* g, CRect asked) const {
@@ -152,8 +162,9 @@ void GraphPainter::paintCable(PixelPaper& paper, int index) const {
             from = to;
         }
     }
-    const int colour =
-        shown.focus == cable.cable || shown.intoCable == index ? palette.text : lineColour(cable);
+    const int colour = shown.focus == cable.cable || shown.intoCable == index
+                           ? palette.text
+                           : kindColour(cable.midi);
     paper.stroke(colour, line, width, strength);
 }
 
@@ -229,7 +240,8 @@ void GraphPainter::paintNames(CGraphic* g, const GraphModel::Box& box, CRect are
     const int ink = chosen ? look.textCol : palette.dimText;
     const CRect row = asRect(left, middle, right, area.bottom - asRound(4 * zoom));
     const bool measured = index < shown.loads.size() && !shown.loads[index].empty();
-    const int wide = measured ? asRound(loadWidth * zoom) : 0;
+    const int wide =
+        measured ? textFace(detailLook(zoom))->textWidth(shown.loads[index]) + textGap : 0;
     const CStr text = textFace(detailLook(zoom))->shortened(detailOf(box.comp), row.width() - wide);
     g->drawText(ink, text, sizeRect(row, 0, 0, -wide, 0), textLeft);
     if (measured) g->drawText(ink, shown.loads[index], row, textRight);
@@ -239,7 +251,7 @@ void GraphPainter::paintNames(CGraphic* g, const GraphModel::Box& box, CRect are
 void GraphPainter::paintPorts(CGraphic* g, const GraphModel::Box& box) const {
     for (int i = box.firstPort; i < box.firstPort + box.portCount; i++) {
         const GraphModel::Port& port = model.ports[size_t(i)];
-        const int colour = isMidi(port.kind) ? clCompsMidi.fillCol : clCompsAudio.fillCol;
+        const int colour = kindColour(isMidi(port.kind));
         const CRect square = scaled(port.area(), shown.zoom);
         g->fillRect(model.joined(i) ? colour : clComps.fillCol, square);
         g->frameRect(colour, square);

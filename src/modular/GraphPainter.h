@@ -45,7 +45,7 @@ private:
     void paintNames(CGraphic* g, const GraphModel::Box& box, CRect area) const;
     void paintPorts(CGraphic* g, const GraphModel::Box& box) const;
     void paintLink(CGraphic* g) const;
-    int lineColour(const GraphModel::Cable& cable) const;
+    int kindColour(bool midi) const;
     CableCurve curve(const GraphModel::Cable& cable) const;
 
     const GraphModel& model;

@@ -75,7 +75,8 @@ protected:
     }
     static std::string said(const GraphAnswer& answer) {
         std::string all;
-        for (const GraphCause& cause : answer.causes) all += std::string(cause.text.asChar()) + "\n";
+        for (const GraphCause& cause : answer.causes)
+            all += std::string(cause.text.asChar()) + "\n";
         return all + answer.note.asChar();
     }
 
@@ -118,49 +119,93 @@ TEST_F(AskGraphTest, FindsEachPlantedFault) {
         std::vector<GraphCause> causes;
     };
     const Fault faults[] = {
-        {"strip muted", [&] { bass->output()->toggleMute(); }, [&] { bass->output()->toggleMute(); },
-         bass, {{bass, "Bass synth is muted."}}},
-        {"fader", [&] { rack->output()->moveFader(0); }, [&] { rack->output()->moveFader(1); }, bass,
+        {"strip muted",
+         [&] { bass->output()->toggleMute(); },
+         [&] { bass->output()->toggleMute(); },
+         bass,
+         {{bass, "Bass synth is muted."}}},
+        {"fader",
+         [&] { rack->output()->moveFader(0); },
+         [&] { rack->output()->moveFader(1); },
+         bass,
          {{rack, "The fader of Rack is at zero."}}},
-        {"solo elsewhere", [&] { lead->output()->toggleSolo(); },
-         [&] { lead->output()->toggleSolo(); }, rack,
+        {"solo elsewhere",
+         [&] { lead->output()->toggleSolo(); },
+         [&] { lead->output()->toggleSolo(); },
+         rack,
          {{lead, "Lead synth is soloed: all else is silent as long as it is."}}},
-        {"switched off", [&] { rack->enable(0); }, [&] { rack->enable(1); }, rack,
+        {"switched off",
+         [&] { rack->enable(0); },
+         [&] { rack->enable(1); },
+         rack,
          {{rack, "Rack is switched off."}}},
-        {"asleep", [&] { rack->sleeping = 1; }, [&] { rack->sleeping = 0; }, bass,
+        {"asleep",
+         [&] { rack->sleeping = 1; },
+         [&] { rack->sleeping = 0; },
+         bass,
          {{rack, "Rack sleeps."}}},
-        {"no cable out", cut(rack->output(), out()->input()), cut(rack->output(), out()->input()),
-         bass, {{rack->output(), "Nothing is cabled to Rack, out."}}},
-        {"no cable in", cut(bass->output(), rack->input()), cut(bass->output(), rack->input()), rack,
+        {"no cable out",
+         cut(rack->output(), out()->input()),
+         cut(rack->output(), out()->input()),
+         bass,
+         {{rack->output(), "Nothing is cabled to Rack, out."}}},
+        {"no cable in",
+         cut(bass->output(), rack->input()),
+         cut(bass->output(), rack->input()),
+         rack,
          {{rack, "Nothing is cabled to the audio input of Rack."}}},
-        {"no notes", cut(bassPort, bass->inPort()), cut(bassPort, bass->inPort()), bass,
+        {"no notes",
+         cut(bassPort, bass->inPort()),
+         cut(bassPort, bass->inPort()),
+         bass,
          {{bass, "Nothing is cabled to the MIDI input of Bass synth."}}},
-        {"track muted", [&] { songTrack("Bass")->setMuted(true); },
-         [&] { songTrack("Bass")->setMuted(false); }, bass,
+        {"track muted",
+         [&] { songTrack("Bass")->setMuted(true); },
+         [&] { songTrack("Bass")->setMuted(false); },
+         bass,
          {{bassPort, "The track Bass is muted."}}},
-        {"track soloed", [&] { songTrack("Lead")->setSoloed(true); },
-         [&] { songTrack("Lead")->setSoloed(false); }, rack,
+        {"track soloed",
+         [&] { songTrack("Lead")->setSoloed(true); },
+         [&] { songTrack("Lead")->setSoloed(false); },
+         rack,
          {{track("Lead")->outPort(),
            "The track Lead is soloed: Bass is silent as long as it is."}}},
-        {"parts muted", [&] { part->setMuted(true); },
-         [&] { part->setMuted(false); }, bass,
+        {"parts muted",
+         [&] { part->setMuted(true); },
+         [&] { part->setMuted(false); },
+         bass,
          {{bassPort, "All parts of the track Bass are muted."}}},
-        {"wrong channel", [&] { bass->mch = 4; },
-         [&] { bass->mch = -1; }, bass,
+        {"wrong channel",
+         [&] { bass->mch = 4; },
+         [&] { bass->mch = -1; },
+         bass,
          {{bass, "Bass synth hears channel 5, and Bass plays on channel 1."}}},
-        {"sounds muted", [&] { muteSounds(bass, 1); }, [&] { muteSounds(bass, 0); }, bass,
+        {"sounds muted",
+         [&] { muteSounds(bass, 1); },
+         [&] { muteSounds(bass, 0); },
+         bass,
          {{bass, "All sounds of Bass synth are muted."}}},
-        {"not armed", [] {}, [] {}, voicePort,
+        {"not armed",
+         [] {},
+         [] {},
+         voicePort,
          {{voicePort, "The track Voice has no parts, and its input is not heard: it is not armed "
                       "or monitored."}}},
-        {"sample missing", [&] { addLost(); }, [&] { dropLost(); }, voicePort,
+        {"sample missing",
+         [&] { addLost(); },
+         [&] { dropLost(); },
+         voicePort,
          {{voicePort, "The sample of Lost on the track Voice is missing."}}},
-        {"speakers", [&] { host->listenVolume = 0; }, [&] { host->listenVolume = 1; }, bass,
+        {"speakers",
+         [&] { host->listenVolume = 0; },
+         [&] { host->listenVolume = 1; },
+         bass,
          {{out(), "The volume of your speakers, below the meter, is at zero."}}},
         // Two at once.
         {"mute and fader",
          [&] { bass->output()->toggleMute(), rack->output()->moveFader(0); },
-         [&] { bass->output()->toggleMute(), rack->output()->moveFader(1); }, bass,
+         [&] { bass->output()->toggleMute(), rack->output()->moveFader(1); },
+         bass,
          {{bass, "Bass synth is muted."}, {rack, "The fader of Rack is at zero."}}},
         {"track and strip",
          [&] {
@@ -171,7 +216,8 @@ TEST_F(AskGraphTest, FindsEachPlantedFault) {
              songTrack("Bass")->setMuted(false);
              bass->output()->toggleMute();
          },
-         bass, {{bass, "Bass synth is muted."}, {bassPort, "The track Bass is muted."}}},
+         bass,
+         {{bass, "Bass synth is muted."}, {bassPort, "The track Bass is muted."}}},
         {"both cables",
          [&] {
              toggleCable(bassPort, bass->inPort());
@@ -184,8 +230,10 @@ TEST_F(AskGraphTest, FindsEachPlantedFault) {
          bass,
          {{bass, "Nothing is cabled to the MIDI input of Bass synth."},
           {rack->output(), "Nothing is cabled to Rack, out."}}},
-        {"off and asleep", [&] { rack->enable(0), rack->sleeping = 1; },
-         [&] { rack->enable(1), rack->sleeping = 0; }, rack,
+        {"off and asleep",
+         [&] { rack->enable(0), rack->sleeping = 1; },
+         [&] { rack->enable(1), rack->sleeping = 0; },
+         rack,
          {{rack, "Rack is switched off."}, {rack, "Rack sleeps."}}},
         {"channel and mute",
          [&] {
@@ -254,7 +302,9 @@ TEST_F(AskGraphTest, TellsWhatIsLateAndLoud) {
     ASSERT_EQ(waits.causes.size(), 1u) << said(waits);
     EXPECT_EQ(waits.causes[0].blame, audioCable(synth("Lead"), out()));
 
-    const auto loud = [&](const CObject* about) { return said(ask(GraphQuestion::whyLoud, about)); };
+    const auto loud = [&](const CObject* about) {
+        return said(ask(GraphQuestion::whyLoud, about));
+    };
     rack->output()->trim = 0.5f;
     EXPECT_EQ(loud(rack), "The trim of Rack is up.\n");
     rack->output()->trim = 0.0f;
@@ -285,8 +335,8 @@ TEST_F(AskGraphTest, TheMenuAsksAndTheButtonGoesThere) {
     refresh();
     view()->zoomTo(1, {});
     view()->goTo(synth("Bass"));
-    // Behind rename, duplicate and delete.
-    menuAt(middleOf(synth("Bass")), {"Down", "Down", "Down", "Down", "Return"});
+    // Behind rename, duplicate, delete, mute and solo.
+    menuAt(middleOf(synth("Bass")), {"Down", "Down", "Down", "Down", "Down", "Down", "Return"});
     auto* answers = find<AnswerList>("answers");
     ASSERT_EQ(answers->accessParts(), 1);
     Description d;
