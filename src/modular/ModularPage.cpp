@@ -27,6 +27,7 @@
 namespace {
 
 constexpr int barSize = 16, inviteHeight = 132;
+constexpr int frame = 1; ///< around the canvas, while it has the keys
 constexpr int leastBeside = 560; ///< the width from which on there is room for the side
 constexpr int ticksApart = 12;   ///< from one question to the probe to the next
 constexpr double zoomStep = 1.25;
@@ -179,7 +180,8 @@ void ModularPage::resized() {
     const int wide = width - beside;
     empty->setBounds(0, 0, width, from);
     empty->visible = invites;
-    view->setBounds(0, from, asMax(1, wide - barSize), asMax(1, height - from - barSize));
+    view->setBounds(frame, from + frame, asMax(1, wide - barSize - 2 * frame),
+                    asMax(1, height - from - barSize - 2 * frame));
     across->setBounds(0, height - barSize, asMax(1, wide - barSize), barSize);
     down->setBounds(wide - barSize, from, barSize, asMax(1, height - from - barSize));
     side->visible = beside > 0;
@@ -191,6 +193,8 @@ void ModularPage::resized() {
 
 void ModularPage::paint(CGraphic* g, CRect rect) {
     drawGuiItem(g, asRect(0, height - barSize, width, height), &clComps);
+    const CRect around = sizeRect(ctrlBounds(view), -frame, -frame, frame, frame);
+    g->frameRect(view->hasKeyFocus() ? win->app->gui->palette.accent : clComps.fillCol, around);
     CGroup::paint(g, rect);
 }
 

@@ -204,7 +204,6 @@ void ModularView::paintContent(CGraphic* g, CRect asked) {
     paints.paint(g, asked);
     const CRect corner = sizeRect(modifiedArea(), scrollX, scrollY, scrollX, scrollY);
     if (modified) g->drawText(asColor(128, 128, 128), "(Modified)", corner, textRight | textTop);
-    if (hasKeyFocus() && !shown.focus) g->frameRect(win->app->gui->palette.accent, inView());
 }
 
 // Where it is seen.
@@ -224,7 +223,6 @@ void ModularView::scroll(int x, int y) {
         redraw(modifiedArea());
         redraw(sizeRect(modifiedArea(), dx, dy, dx, dy));
     }
-    if (hasKeyFocus() && !shown.focus) redraw();
     if (onScrolled) onScrolled();
 }
 
@@ -449,5 +447,5 @@ bool ModularView::contextMenu() {
 
 void ModularView::setFocus(bool on) {
     CCtrl::setFocus(on);
-    redraw();
+    parent->redraw();
 }
