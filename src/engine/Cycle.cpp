@@ -67,8 +67,11 @@ void receive(CMIDIIn* c, const DeviceBlock& block) {
     CMIDIQ* port = c->outPort();
     if (!port) return;
     const int device = c->device;
-    for (const AamEvent& e : block.in)
-        if (device == -1 || e.device == device) port->addMidiEvent(0.0, e.data);
+    for (const AamEvent& e : block.in) {
+        if (device != -1 && e.device != device) continue;
+        port->insert(std::clamp(e.frame, 0, block.frames - 1), e.data, eventMidi, 0.0f, 0, nullptr,
+                     nullptr);
+    }
 }
 
 void receive(CAudioIn* c, const DeviceBlock& block) {

@@ -11,15 +11,21 @@ constexpr int pedalDown = 64; ///< and above
 
 } // namespace
 
-void DeviceMidi::keep(std::span<const AamEvent> in) {
+void DeviceMidi::append(std::span<const AamEvent> in) {
     const size_t count = std::min(in.size(), kept.size() - size_t(numKept));
     std::copy_n(in.begin(), count, kept.begin() + numKept);
     numKept += int(count);
 }
 
+void DeviceMidi::keep(std::span<const AamEvent> in) {
+    const int before = numKept;
+    append(in);
+    for (int i = before; i < numKept; ++i) kept[size_t(i)].frame = 0;
+}
+
 std::span<const AamEvent> DeviceMidi::take(std::span<const AamEvent> in) {
     if (numKept == 0) return in;
-    keep(in);
+    append(in);
     const std::span<const AamEvent> all(kept.data(), size_t(numKept));
     numKept = 0;
     return all;

@@ -17,8 +17,8 @@ public:
 
     DeviceMidi() : kept(aamMaxEvents) {}
 
-    /// Keeps the messages of a block that cannot run for the next one that does. Those that there
-    /// is no room for are lost.
+    /// Keeps the messages of a block that cannot run for the start of the next one that does. Those
+    /// that there is no room for are lost.
     void keep(std::span<const AamEvent> in);
     /// What was kept, with the messages of this block behind; valid until the next call.
     std::span<const AamEvent> take(std::span<const AamEvent> in);
@@ -38,6 +38,7 @@ public:
 private:
     static constexpr int devices = 129, channels = 16, keys = 128; ///< device -1 is place 0
 
+    void append(std::span<const AamEvent> in);
     void set(std::size_t at, bool on);
 
     std::vector<AamEvent> kept; ///< room for `aamMaxEvents`

@@ -272,6 +272,6 @@ void CComp::passEvents(CMIDIQ* from, CMIDIQ* to) {
     for (CMIDIBytes* e = from->first(); e; e = e->next) {
         const bool controller = e->kind == eventMidi && statusByte(e->data) == midiController;
         if (controller && host->midiMapped(this, to, e)) continue;
-        to->push(e->time, e->data, e->kind, e->value, e->param, e->owner, e->extra);
+        to->insert(e->time, e->data, e->kind, e->value, e->param, e->owner, e->extra);
     }
 }

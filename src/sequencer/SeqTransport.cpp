@@ -121,7 +121,7 @@ void echoMidi(const ProgBlock& b, CSongTrack* t) {
             continue;
         const int msg = e->kind == eventMidi ? track->setVel(track->setCh(e->data)) : e->data;
         if (heard) {
-            out->push(e->time, msg, e->kind, e->value, e->param, e->owner, e->extra);
+            out->insert(e->time, msg, e->kind, e->value, e->param, e->owner, e->extra);
             out->hasData = 1.0f;
         }
         if (e->kind != eventMidi) continue;
@@ -195,8 +195,8 @@ void takeSources(const ProgBlock& b, CTrack* track) {
     for (CMIDICable* cable : each<CMIDICable>(track->midiCables)) {
         for (CMIDIBytes* e = cable->fromPort->first(); e; e = e->next)
             if (!host->midiMapped(track, cable->toPort, e))
-                cable->toPort->push(e->time, e->data, e->kind, e->value, e->param, e->owner,
-                                    e->extra);
+                cable->toPort->insert(e->time, e->data, e->kind, e->value, e->param, e->owner,
+                                      e->extra);
     }
 }
 

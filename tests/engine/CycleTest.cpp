@@ -94,27 +94,30 @@ TEST(Cycle, MidiComesInAndGoesOut) {
         for (CComp* from : std::initializer_list<CComp*>{t.midiIn, s})
             t.connectMIDI(from, t.midiOut);
         s->moves = {{1, s, 0, 0.5f}};
-        for (const double time : {-3.0, 17.9, 255.99, 256.0, 1e12})
+        for (const double time : {0.0, 17.9, 255.99, 256.0, 1e12})
             s->messages.emplace_back(time, asData(midiNoteOn, 62, 100));
         t.midiIn->device = filter;
         t.midiOut->device = 2;
-        t.send(asData(midiNoteOn, 60, 100), 0);
-        t.send(asData(midiNoteOn, 61, 100), 3);
+        t.send(asData(midiNoteOn, 60, 100), 0, -3);
+        t.send(asData(midiNoteOn, 61, 100), 3, 100);
+        t.send(asData(midiNoteOn, 63, 100), filter, 1 << 30);
+        t.send(asData(midiNoteOn, 64, 100), filter, 200);
         t.block(256);
         EXPECT_EQ(t.host->midiActivity, 1.0f);
         std::vector<std::pair<int, int>> notes;
         for (const AamEvent& e : t.sent) notes.emplace_back(asByte1(e.data), e.frame);
-        std::vector<std::pair<int, int>> expected = {
-            {62, 0}, {62, 17}, {62, 255}, {62, 255}, {62, 255}};
-        if (filter != 0) expected.insert(expected.begin(), {61, 0});
+        std::vector<std::pair<int, int>> expected = {{62, 0},   {62, 17},  {64, 200}, {63, 255},
+                                                     {62, 255}, {62, 255}, {62, 255}};
+        if (filter != 0) expected.insert(expected.begin() + 2, {61, 100});
         if (filter != 3) expected.insert(expected.begin(), {60, 0});
         EXPECT_EQ(notes, expected) << filter;
         EXPECT_EQ(t.sent[0].device, 2);
     }
 }
 
-/// What comes in while the interface has the graph for a moment comes with the next block, in its
-/// order; what comes in during an offline operation is void, and so is what was kept before it.
+/// What comes in while the interface has the graph for a moment comes at the start of the next
+/// block, in its order; what comes in during an offline operation is void, and so is what was kept
+/// before it.
 TEST(Cycle, MidiOfAHeldBlockIsKept) {
     const int on = asData(midiNoteOn, 60, 100), off = asData(midiNoteOff, 60, 0);
     for (const bool offline : {false, true}) {
@@ -124,21 +127,23 @@ TEST(Cycle, MidiOfAHeldBlockIsKept) {
         {
             const GraphHold hold(t.host);
             rtReset();
-            t.send(on);
+            t.send(on, 0, 70);
             t.block();
-            t.send(off);
+            t.send(off, 0, 50);
             t.block();
             EXPECT_TRUE(t.sent.empty());
         }
         t.host->renderMode = offline;
         if (offline) t.block();
         t.host->renderMode = 0;
-        t.send(on);
+        t.send(on, 0, 30);
         t.block();
         EXPECT_EQ(rtViolations(), 0);
-        std::vector<int> got;
-        for (const AamEvent& e : t.sent) got.push_back(e.data);
-        EXPECT_EQ(got, offline ? std::vector{on} : (std::vector{on, off, on}));
+        std::vector<std::pair<int, int>> got;
+        for (const AamEvent& e : t.sent) got.emplace_back(e.data, e.frame);
+        std::vector<std::pair<int, int>> expected = {{on, 30}};
+        if (!offline) expected.insert(expected.begin(), {{on, 0}, {off, 0}});
+        EXPECT_EQ(got, expected);
         t.block();
         EXPECT_TRUE(t.sent.empty());
     }

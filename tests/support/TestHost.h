@@ -98,7 +98,9 @@ public:
         host->settle();
     }
     /// A message that comes in with the next block.
-    void send(int data, int device = 0) { waiting.push_back({data, int8_t(device), {}, 0}); }
+    void send(int data, int device = 0, int frame = 0) {
+        waiting.push_back({data, int8_t(device), {}, frame});
+    }
 
     /// Takes a component into the graph, with channels, ports and buffers; owned there.
     template <class T>
