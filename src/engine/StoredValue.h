@@ -26,6 +26,8 @@ struct StoredValue {
         int (*param)(int index) = nullptr;
         /// Appends the values that this one stands for, if it stands for others; null: it does not.
         void (*parts)(CObject* object, int index, std::vector<StoredValue>& all) = nullptr;
+        /// Takes the memory that a number may need, ahead of `set`; null: none. Interface thread.
+        void (*prepare)(CObject* object, int index) = nullptr;
     };
 
     const Kind* kind;

@@ -18,6 +18,7 @@ void ValueDoor::begin(const CStr& title) {
 template <class F>
 void ValueDoor::change(const StoredValue& value, F&& write) {
     assert(isInterfaceThread());
+    if (value.kind->prepare) value.kind->prepare(value.object, value.index);
     std::vector<Moved> moved;
     for (const StoredValue& part : value.parts()) moved.push_back({part, part.get()});
     write();

@@ -19,10 +19,11 @@ int stageFrames(const CEnvStage* stage, float setting, int maxTimeMs) {
 
 } // namespace
 
+const char* const targetNames[targetCount] = {"None", "Pitch", "Volume", "Pan",      "Cutoff",
+                                              "Q",    "OscFB", "ModFB",  "PhaseMod", "Detune"};
+
 CStr paramAsStr(int target) {
-    static const char* const names[targetCount] = {"",  "Pitch", "Volume", "Pan",      "Cutoff",
-                                                   "Q", "OscFB", "ModFB",  "PhaseMod", "Detune"};
-    return target >= 0 && target < targetCount ? names[target] : "";
+    return target > targetNone && target < targetCount ? targetNames[target] : "";
 }
 
 void CEnvStage::go(int newStage, float a, float b, int frames) {

@@ -28,7 +28,8 @@ constexpr bool isAdditive(int target) {
     return target == targetPitch || target == targetPan;
 }
 
-/// The name of a target, empty outside the list.
+extern const char* const targetNames[targetCount]; ///< "None" first
+/// The name of a target, empty outside the list and for none.
 CStr paramAsStr(int target);
 
 constexpr int modSlots = 4;      ///< destinations of each modulator

@@ -44,32 +44,6 @@ CStr dragText(CSeq* seq, int from, int delta) {
     return placeText(seq, from + delta) + "   " + deltaText(seq, delta);
 }
 
-CStr keyName(int key) {
-    constexpr int keys = 12;
-    constexpr const char* names[keys] = {"C",  "C#", "D",  "D#", "E",  "F",
-                                         "F#", "G",  "G#", "A",  "A#", "B"};
-    return names[(key % keys + keys) % keys];
-}
-
-CStr noteToStr(int key) {
-    return keyName(key) + asStr(key / 12 - 1);
-}
-
-int keyOf(const CStr& name) {
-    constexpr int steps[] = {9, 11, 0, 2, 4, 5, 7}; // from A on
-    const char* at = name.asChar();
-    const int letter = (*at | 0x20) - 'a';
-    if (letter < 0 || letter > 6) return -1;
-    int key = steps[letter];
-    at++;
-    for (; *at == '#' || *at == 'b'; at++) key += *at == '#' ? 1 : -1;
-    char* end = nullptr;
-    const long octave = std::strtol(at, &end, 10);
-    if (end == at || *end || octave < -1 || octave > 9) return -1;
-    key += (int(octave) + 1) * 12;
-    return key >= 0 && key < 128 ? key : -1;
-}
-
 CStr lengthText(CSeq* seq, int ticks) {
     const int beat = 4 * quarterTicks / seq->options.den(), bar = seq->options.num() * beat;
     const auto count = [](int n, const char* what) {

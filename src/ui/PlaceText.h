@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/CStr.h"
+#include "engine/KeyNames.h"
 
 class CSeq;
 
@@ -15,8 +15,5 @@ CStr deltaText(CSeq* seq, int ticks);
 int spanOf(CSeq* seq, const CStr& text);
 /// Where something is that stood at `from`, and how far it has come.
 CStr dragText(CSeq* seq, int from, int delta);
-CStr noteToStr(int key);     ///< 60 is "C4"
-CStr keyName(int key);       ///< of any octave, "C#"
-int keyOf(const CStr& name); ///< of such a name, "Db4" too; -1 for none
 /// A length as "4 bars".
 CStr lengthText(CSeq* seq, int ticks);

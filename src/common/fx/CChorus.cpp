@@ -70,12 +70,9 @@ CChorus::~CChorus() {
     delete lineR.load();
 }
 
-void CChorus::setEnabled(int on) {
-    if (on) {
-        if (!lineL) lineL.storeRelease(new EchoLine(bufferFrames));
-        if (!lineR) lineR.storeRelease(new EchoLine(bufferFrames));
-    }
-    CFX::setEnabled(on);
+void CChorus::takeRoom() {
+    if (!lineL) lineL.storeRelease(new EchoLine(bufferFrames));
+    if (!lineR) lineR.storeRelease(new EchoLine(bufferFrames));
 }
 
 void CChorus::clear() {

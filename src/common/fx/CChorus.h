@@ -27,7 +27,7 @@ public:
     CChorus(const CChorus&) = delete;
     CChorus& operator=(const CChorus&) = delete;
 
-    void setEnabled(int on) override;
+    void takeRoom() override;
     /// Nothing while there are no lines.
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;

@@ -59,12 +59,10 @@ void CDelay::setSharedLines(EchoLine* left, EchoLine* right) {
     lineR.storeRelease(right);
 }
 
-void CDelay::setEnabled(int on) {
-    if (on && !shared) {
-        if (!lineL) lineL.storeRelease(new EchoLine(bufferFrames));
-        if (!lineR) lineR.storeRelease(new EchoLine(bufferFrames));
-    }
-    CFX::setEnabled(on);
+void CDelay::takeRoom() {
+    if (shared) return;
+    if (!lineL) lineL.storeRelease(new EchoLine(bufferFrames));
+    if (!lineR) lineR.storeRelease(new EchoLine(bufferFrames));
 }
 
 void CDelay::clear() {

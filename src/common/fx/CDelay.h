@@ -30,7 +30,7 @@ public:
     /// Plays in lines of `bufferFrames` each that outlive the effect and stay the caller's. Before
     /// the effect is first enabled.
     void setSharedLines(EchoLine* left, EchoLine* right);
-    void setEnabled(int on) override;
+    void takeRoom() override;
     /// Nothing while there are no lines.
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;

@@ -41,6 +41,7 @@ void CFX::process(float*, float*, float*, float*, long) {
 }
 
 void CFX::setEnabled(int on) {
+    if (on) takeRoom();
     enabled = on;
 }
 

@@ -43,7 +43,10 @@ public:
     /// 0 frames or more; a signal gives the same however it is cut into blocks. The output may be
     /// the input. Whether it is added to or overwritten is told by each effect. Audio thread.
     virtual void process(float* inL, float* inR, float* outL, float* outR, long frames);
-    /// Interface thread: the first 1 may allocate, and only then shows in `enabled`.
+    /// Takes the memory that it works in, unless it has it. Interface thread.
+    virtual void takeRoom() {}
+    /// The first 1 takes room, and only then shows in `enabled`: interface thread, unless the
+    /// effect has it already.
     virtual void setEnabled(int on);
     /// Forgets the past. Holder of the graph only.
     virtual void clear();
