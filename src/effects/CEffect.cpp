@@ -9,6 +9,7 @@
 #include "engine/GraphWorkers.h"
 #include "engine/ParamUnit.h"
 #include "engine/PlanBuilder.h"
+#include "engine/ProgramEdits.h"
 
 #include <algorithm>
 
@@ -17,14 +18,6 @@ namespace {
 /// Moves all that `from` holds to the end of `to`, without allocation.
 void moveAll(CList& from, CList& to) {
     while (void* p = from.getFirst()) to.move(&from, p, -1);
-}
-
-/// Where the current program stands after one has left place `left` and come to place `arrived`,
-/// -1 for neither. One that comes from outside becomes current.
-int followCurrent(int current, int left, int arrived) {
-    if (left == current || left < 0) return arrived < 0 ? current : arrived;
-    if (left < current) current--;
-    return arrived >= 0 && arrived <= current ? current + 1 : current;
 }
 
 } // namespace
@@ -221,13 +214,7 @@ CFX* CEffect::addEffect(CEffectProg* prog, int kind, CUndo* step, int index) {
 
 void CEffect::perform(CUndoItem* item, int) {
     const CObject* prog = item->object;
-    if (!prog || prog->category != categoryEffectProg || !item->touches(&progs)) return;
-    const int arrived = progs.indexed(prog);
-    const bool within = item->addTo == item->removeFrom;
-    const int left = arrived < 0 || within ? item->index : -1;
-    const int current = followCurrent(curProg, left, arrived);
-    curProg = asMinMax(current, 0, std::max(0, progs.getCount() - 1));
-    notices.raise(CompNotice::program);
+    if (prog && prog->category == categoryEffectProg) followProgram(this, *item);
 }
 
 CStr CEffect::getProgName(int index) {

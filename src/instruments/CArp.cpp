@@ -5,6 +5,7 @@
 #include "base/Random.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
+#include "engine/ProgramEdits.h"
 #include "instruments/ArpFiles.h"
 
 #include <algorithm>
@@ -54,8 +55,7 @@ void CArp::perform(CUndoItem* item, int) {
     if (!item->touches(&progs)) return;
     deleteAllVoices();
     if (item->held()) static_cast<CArpProg*>(item->object)->removeAllKeys();
-    curProg = asMinMax(curProg, 0, std::max(0, progs.getCount() - 1));
-    notices.raise(CompNotice::program);
+    followProgram(this, *item);
 }
 
 CComp* CArp::copy() {

@@ -6,7 +6,7 @@
 
 Rooms::Rooms(Workspace& space, CMixer& mixer)
     : arrange(space, editors), workspace(space), render(space), notes(space, editors),
-      mixing(space, editors, mixer) {
+      mixing(space, editors, mixer), panels(editors) {
     workspace.commands().bind("setup", [this] { openSetup(); });
 }
 

@@ -3,6 +3,7 @@
 #include "arrange/ArrangeRoom.h"
 #include "mixer/MixerRoom.h"
 #include "notes/NoteCommands.h"
+#include "panels/PanelsRoom.h"
 #include "render/RenderCommands.h"
 #include "ui/EditorTable.h"
 
@@ -31,4 +32,5 @@ private:
     const RenderCommands render;
     const NoteCommands notes;
     const MixerRoom mixing;
+    const PanelsRoom panels;
 };

@@ -66,10 +66,15 @@ bool CStoredCtrl::held() const {
     return win->app->drag.of(this) || isHovered();
 }
 
-void CStoredCtrl::paintTyping(CGraphic* g) const {
+double CStoredCtrl::stepOf(double share, int mods) const {
+    const double step = share * span() * (mods & modShift ? fine : 1.0);
+    return whole ? std::max(1.0, std::round(step)) : step;
+}
+
+void CStoredCtrl::paintTyping(CGraphic* g, const CRect& at) const {
     const CPalette& colours = win->app->gui->palette;
-    g->fillRect(colours.window, clientRect());
-    g->drawText(colours.text, typed.shown(), clientRect(), 0);
+    g->fillRect(colours.window, at);
+    g->drawText(colours.text, typed.shown(), at, 0);
 }
 
 void CStoredCtrl::mouseDown(int x, int y, int btn) {
@@ -166,8 +171,7 @@ void CStoredCtrl::moveAll(double by) {
 bool CStoredCtrl::mouseWheel(int x, int y, int btn, int dy, int dx) {
     if (CCtrl::mouseWheel(x, y, btn, dy, dx)) return true;
     if (!(btn & modControl) || nothing) return false;
-    const double by = (dy ? dy : dx) > 0 ? wheelShare : -wheelShare;
-    const double step = by * span() * (btn & modShift ? fine : 1.0);
+    const double size = stepOf(wheelShare, btn), step = (dy ? dy : dx) > 0 ? size : -size;
     collect();
     if (taken.size() > 1) {
         moveAll(step);
@@ -188,7 +192,7 @@ bool CStoredCtrl::keyDown(int key, int mods) {
 }
 
 bool CStoredCtrl::stepKey(int key, int mods) {
-    const double step = keyShare * span() * (mods & modShift ? fine : 1.0);
+    const double step = stepOf(keyShare, mods);
     if (key == keyPageUp || key == keyPageDown)
         moveAll(key == keyPageUp ? step : -step);
     else if (mods)

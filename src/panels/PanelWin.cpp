@@ -1,0 +1,42 @@
+#include "panels/PanelWin.h"
+
+#include "engine/CQV.h"
+#include "panels/PanelBody.h"
+#include "ui/Commands.h"
+#include "ui/Workspace.h"
+
+namespace {
+
+constexpr int leastWidth = 360, leastHeight = 200;
+constexpr int windowStyle = winCaption | winSizable | winMaxButton | winDockable;
+
+} // namespace
+
+PanelWin::PanelWin(Workspace& space, CComp& edited, const CRect& place, ProgramBar::Deeds deeds)
+    : CCompEditor(space.mainWindow()->app, space.mainWindow(), edited.id, place.left, place.top,
+                  place.width(), place.height(), windowStyle, &edited, &space.commands()),
+      workspace(space), body(new PanelBody(this, "settings", 0, ProgramBar::usualHeight, 1, 1)),
+      bar(new ProgramBar(this, space, &edited, std::move(deeds))) {
+    minWidth = leastWidth;
+    minHeight = leastHeight;
+    bar->setAlign(alignWidth, 0, 0);
+    addControl(bar);
+    body->setAlign(alignWidth | alignHeight, 0, 0);
+    body->arrange = [this](int wide) { arrange(wide); };
+    addControl(body);
+}
+
+void PanelWin::follow() {
+    std::vector<const void*> now = shape();
+    if (now == shown) return;
+    shown = std::move(now);
+    body->inner->clear();
+    build();
+    body->resized();
+}
+
+void PanelWin::idle() {
+    bar->refresh();
+    follow();
+    refresh();
+}

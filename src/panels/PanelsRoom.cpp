@@ -1,0 +1,16 @@
+#include "panels/PanelsRoom.h"
+
+#include "effects/CEffect.h"
+#include "instruments/CArp.h"
+#include "panels/arp/CArpWin.h"
+#include "panels/rack/CEffectWin.h"
+#include "ui/EditorTable.h"
+
+PanelsRoom::PanelsRoom(EditorTable& editors) {
+    editors.enter(compEffect, [](Workspace& space, CComp& comp) {
+        return std::make_unique<CEffectWin>(space, static_cast<CEffect&>(comp));
+    });
+    editors.enter(compArp, [](Workspace& space, CComp& comp) {
+        return std::make_unique<CArpWin>(space, static_cast<CArp&>(comp));
+    });
+}

@@ -1,0 +1,55 @@
+#include "panels/arp/CArpWin.h"
+
+#include "base/CStream.h"
+#include "engine/CQV.h"
+#include "engine/ProgramEdits.h"
+#include "gui/controls/CPopup.h"
+#include "instruments/ArpEdits.h"
+#include "instruments/ArpFiles.h"
+#include "instruments/ArpSettings.h"
+#include "instruments/CArp.h"
+#include "panels/PanelBody.h"
+#include "ui/SettingPanel.h"
+
+namespace {
+
+const CRect usualPlace = asRect(140, 140, 140 + 640, 140 + 380);
+
+} // namespace
+
+CArpWin::CArpWin(Workspace& space, CArp& edited)
+    : PanelWin(space, edited, usualPlace, deeds(edited)), arp(edited) {
+    follow();
+}
+
+ProgramBar::Deeds CArpWin::deeds(CArp& of) {
+    ProgramBar::Deeds can;
+    can.add = [&of] { addArpProgram(&of); };
+    can.open = [&of](const CStr& path) { of.openProg(path); };
+    can.save = [&of](const CStr& path) {
+        CFileStream stream(path, 1);
+        writeProgram(&stream, *of.getProg());
+    };
+    can.extension = ".qva";
+    return can;
+}
+
+std::vector<const void*> CArpWin::shape() const {
+    return {arp.getProg()};
+}
+
+void CArpWin::build() {
+    settings = new SettingPanel(this, "settings", arp.host->values.get());
+    std::vector<SettingPanel::Section> sections = {{arpSettings(), &arp, -1, "", {}, {}}};
+    if (arp.getProg()) sections.push_back({arpProgSettings(), &arp, arp.curProg, "", {}, {}});
+    settings->show(sections);
+    body->inner->addControl(settings);
+}
+
+void CArpWin::arrange(int wide) {
+    if (settings) settings->fit(wide);
+}
+
+void CArpWin::refresh() {
+    if (settings) settings->refresh();
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "panels/PanelWin.h"
+
+class CArp;
+class SettingPanel;
+
+/// The window of an arpeggiator. Interface thread.
+class CArpWin : public PanelWin {
+public:
+    CArpWin(Workspace& workspace, CArp& arp);
+
+private:
+    std::vector<const void*> shape() const override;
+    void build() override;
+    void arrange(int wide) override;
+    void refresh() override;
+    static ProgramBar::Deeds deeds(CArp& of);
+
+    CArp& arp;
+    SettingPanel* settings = nullptr; ///< among the controls
+};

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "panels/PanelWin.h"
+
+class CButton;
+class CEffect;
+class CEffectProg;
+class EffectBox;
+
+/// The window of a rack: the effects of its current program below each other, in the order in which
+/// they sound. Interface thread.
+class CEffectWin : public PanelWin {
+public:
+    CEffectWin(Workspace& workspace, CEffect& rack);
+
+private:
+    std::vector<const void*> shape() const override;
+    void build() override;
+    void arrange(int wide) override;
+    void refresh() override;
+    ProgramBar::Deeds deeds(CEffect& of);
+    void addKinds(CPopup* popup, void (CEffectWin::*chosen)(CObject*));
+    void addClicked(CObject*);
+    void effectChosen(CObject* sender);
+    void programChosen(CObject* sender);
+    void addBox(CEffectProg* prog, int index);
+
+    CEffect& rack;
+    std::vector<EffectBox*> boxes; ///< among the controls, as the next
+    CButton* add = nullptr;
+};

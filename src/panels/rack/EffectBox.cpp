@@ -1,0 +1,124 @@
+#include "panels/rack/EffectBox.h"
+
+#include "common/fx/CFX.h"
+#include "effects/EffectKinds.h"
+#include "engine/EffectSettings.h"
+#include "engine/ValueDoor.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/Drawing.h"
+#include "gui/Fonts.h"
+#include "gui/Keys.h"
+#include "gui/controls/CButton.h"
+#include "ui/ProgramItems.h"
+#include "ui/SettingPanel.h"
+
+namespace {
+
+constexpr int gap = 8, headHeight = 32, side = 20, powerWidth = 44;
+
+} // namespace
+
+EffectBox::EffectBox(CWin* owner, ValueDoor* through, CFX* of, std::function<bool()> lives)
+    : CGroup(owner, effectName(of->type), 0, 0, 1, 1), fx(of), door(through),
+      alive(std::move(lives)), power(addButton("Power", &EffectBox::powerClicked)),
+      up(addButton("Move up", &EffectBox::placeClicked)),
+      down(addButton("Move down", &EffectBox::placeClicked)),
+      remove(addButton("Remove", &EffectBox::removeClicked)),
+      settings(new SettingPanel(owner, "settings", through)) {
+    arrowsWalk = true;
+    for (CButton* b : {up, down, remove})
+        b->onPaint = new _COnPaint<EffectBox>(this, &EffectBox::paintSign);
+    settings->setBounds(0, headHeight, 1, 1);
+    addControl(settings);
+    const Settings all = settingsOf(*fx);
+    if (!all.empty()) settings->show({{all.subspan(1), fx, -1, "", {}, alive}});
+    refresh();
+}
+
+CButton* EffectBox::addButton(const char* what, void (EffectBox::*clicked)(CObject*)) {
+    auto* made = new CButton(win, what, "", 0, (headHeight - side) / 2, side, side);
+    made->hint = what;
+    made->spokenName = CStr(what) + ", " + effectName(fx->type);
+    made->skin = &clTrackControls;
+    made->litSkin = &clTrackControlsPushed;
+    made->tabStop = true;
+    made->onChange = new _COnChange<EffectBox>(this, clicked);
+    addControl(made);
+    return made;
+}
+
+void EffectBox::fit(int wide) {
+    settings->fit(wide);
+    setBounds(left, top, wide, headHeight + settings->height);
+    int x = wide - gap;
+    for (CButton* b : {remove, down, up}) {
+        x -= side;
+        b->setBounds(x, b->top, side, side);
+        x -= gap / 2;
+    }
+    power->setBounds(gap, power->top, powerWidth, side);
+}
+
+void EffectBox::refresh() {
+    if (!alive()) return;
+    settings->refresh();
+    const bool on = fx->enabled != 0;
+    if (on == power->lit && !power->text.empty()) return;
+    power->setLit(on);
+    power->setText(on ? "On" : "Off");
+}
+
+void EffectBox::powerClicked(CObject*) {
+    if (!alive()) return;
+    door->set(effectPower().of(fx), fx->enabled ? 0.0 : 1.0);
+    refresh();
+}
+
+void EffectBox::placeClicked(CObject* sender) {
+    if (alive()) onMove(static_cast<CCtrl*>(sender) == up ? -1 : 1);
+}
+
+void EffectBox::removeClicked(CObject*) {
+    if (alive()) onRemove();
+}
+
+bool EffectBox::keyInside(int key, int mods) {
+    if (!alive()) return false;
+    if (mods == modControl && (key == ::keyUp || key == ::keyDown)) {
+        onMove(key == ::keyUp ? -1 : 1);
+        return true;
+    }
+    if (mods == modControl && key == keyDelete) {
+        onRemove();
+        return true;
+    }
+    return CGroup::keyInside(key, mods);
+}
+
+void EffectBox::paintSign(CObject* sender, CGraphic* g, CRect rect) {
+    const auto* b = static_cast<CButton*>(static_cast<CCtrl*>(sender));
+    if (b == remove)
+        drawCloseButton(g, rect, b->faceColour());
+    else
+        drawArrow(g, b->faceColour(), rect, b == up ? dirUp : dirDown, 3);
+}
+
+void EffectBox::paint(CGraphic* g, CRect rect) {
+    const CPalette& colours = win->app->gui->palette;
+    g->fillRound(colours.panel, clientRect());
+    g->frameRound(colours.frame, clientRect());
+    {
+        const TextScope bold(g, {.bold = true});
+        const int from = gap + powerWidth + gap;
+        g->drawText(power->lit ? colours.text : colours.dimText, effectName(fx->type),
+                    asRect(from, 0, up->left - gap, headHeight), textLeft);
+    }
+    CGroup::paint(g, rect);
+}
+
+void EffectBox::describe(Description& d, int) const {
+    d.role = Role::group;
+    d.name = effectName(fx->type).asChar();
+}
