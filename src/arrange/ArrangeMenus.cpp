@@ -98,6 +98,7 @@ void ArrangeMenus::fillTrack(CPopup* popup) {
                       {"rename", "trackcolour", "foldtrack", "sumfolder"},
                       {"showtouched", "addpoint", "showtakes"},
                       {"trackup", "trackdown", "duplicatetrack", "deletetrack"},
+                      {"opencomp", "trackarp"},
                       {"freeze", "bounce"}});
     popup->addSeparator();
     view.addTargets(popup);

@@ -6,6 +6,7 @@
 #include "engine/CQV.h"
 #include "engine/CSnap.h"
 #include "engine/ValueDoor.h"
+#include "instruments/CArp.h"
 #include "sequencer/BarEdits.h"
 #include "sequencer/CRender.h"
 #include "sequencer/CSeq.h"
@@ -183,6 +184,9 @@ void SongCommands::bindAll() {
     workspace.commands().bind(
         "opencomp", [this] { openComp(); },
         [this] { return prog() && workspace.hasEditor(shownComp()); });
+    workspace.commands().bind(
+        "trackarp", [this] { workspace.openEditor(shownTrack()->arp.get()); },
+        [this] { return prog() && shownTrack() && shownTrack()->kind == trackMIDI; });
 }
 
 void SongCommands::bindParts() {
@@ -432,10 +436,14 @@ void SongCommands::addFolder() {
     addTrack(trackFolder);
 }
 
-CComp* SongCommands::shownComp() const {
+CTrack* SongCommands::shownTrack() const {
     const auto* songTrack = static_cast<CSongTrack*>(seq()->selectedTracks.getFirst());
-    if (!songTrack) return nullptr;
-    CTrack* track = songTrack->track;
+    return songTrack ? songTrack->track : nullptr;
+}
+
+CComp* SongCommands::shownComp() const {
+    CTrack* track = shownTrack();
+    if (!track) return nullptr;
     for (auto* comp : each<CComp>(qv->comps))
         if (fedBy(comp, track->outPort()) || fedBy(comp, track->output())) return comp;
     return nullptr;

@@ -6,6 +6,7 @@
 class CComp;
 class CQV;
 class CSeq;
+class CTrack;
 class CSeqProg;
 class CSongTrack;
 class SongRange;
@@ -64,6 +65,7 @@ private:
     void stepProg(int by);
     void stepMarker(int by);
     int beatTicks(int tick) const;
+    CTrack* shownTrack() const; ///< the first that is selected; null without one
     CComp* shownComp() const; ///< what the first selected track plays through, or null
 
     Workspace& workspace;

@@ -40,6 +40,7 @@ bool moveEffect(CEffect* rack, CEffectProg* prog, CFX* fx, int index) {
 
 void addRackProgram(CEffect* rack, int kind) {
     CUndo* step = rack->host->undoStart("Add program", rack, chainChanged);
+    step->asInt(rack->curProg.address()); // undone last
     rack->addProg(kind, step);
     rack->host->undoEnd(step, true);
 }

@@ -21,6 +21,7 @@ void removeProgram(CComp* comp, int index) {
     CProgram* prog = comp->getProgram(index);
     if (index < 0 || !prog || comp->progs.getCount() < 2) return;
     CUndo* step = comp->host->undoStart("Delete program", comp, {.comp = CompNotice::program});
+    step->asInt(comp->curProg.address()); // undone last
     step->asRemove(prog, &comp->progs);
     comp->host->undoEnd(step, true);
 }

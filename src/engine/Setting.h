@@ -38,7 +38,7 @@ struct Setting {
 };
 using Settings = std::span<const Setting>;
 
-/// The setting of that name; null without one.
+/// The first setting of that name; null without one.
 const Setting* findSetting(Settings all, const char* name);
 
 // Kinds of values for tables. A number that is not finite leaves the field as it is.

@@ -70,12 +70,16 @@ const SettingUnit msUnit{[](const CObject*, double v) {
 const SettingUnit degreeUnit{[](const CObject*, double v) { return asStrFormat(v, "%.0f deg"); },
                              asEntered};
 const SettingUnit semitoneUnit{[](const CObject*, double v) {
-                                   return asStrFormat(v,
-                                                      v == std::floor(v) ? "%+.0f st" : "%+.2f st");
+                                   const bool whole = v == std::floor(v);
+                                   if (v == 0.0) return CStr("0 st");
+                                   return asStrFormat(v, whole ? "%+.0f st" : "%+.2f st");
                                },
                                asEntered};
 const SettingUnit centUnit{
-    [](const CObject*, double v) { return asStrFormat(v * centsPerSemitone, "%+.0f ct"); },
+    [](const CObject*, double v) {
+        const int cents = asRound(v * centsPerSemitone);
+        return cents == 0 ? CStr("0 ct") : asStrFormat(cents, "%+d ct");
+    },
     [](const CObject*, double entered) { return entered / centsPerSemitone; }};
 const SettingUnit panUnit{pan, ofPercent};
 const SettingUnit ratioUnit{

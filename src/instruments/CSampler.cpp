@@ -179,10 +179,14 @@ int CSampler::factoryProg(CUndo* undo, int index, CStr& name, bool build) {
     if (!build) return 1;
     CSynthProg* prog = buildFactoryProg(host, this, index);
     if (undo)
-        undo->asAdd(prog, &progs)->tag = kindArrives;
+        addProg(undo, prog);
     else
         progs.add(prog);
     return 1;
+}
+
+void CSampler::addProg(CUndo* undo, CSynthProg* prog) {
+    undo->asAdd(prog, &progs)->tag = kindArrives;
 }
 
 CSynthProg* CSampler::createProg() {

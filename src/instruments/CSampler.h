@@ -79,6 +79,8 @@ public:
 
     /// A program of one default synthesizer sound, owned by the caller.
     CSynthProg* createProg();
+    /// A program, owned from now on, comes to the end of the list by a step, and is current then.
+    void addProg(CUndo* undo, CSynthProg* prog);
 
     // Files. Interface thread.
     /// Writes a program; `clipList` gives its clips their numbers.

@@ -58,7 +58,7 @@ constexpr std::array strip = {
 };
 
 constexpr StoredValue::Kind inverted = {
-    "Invert right",
+    "Invert",
     [](const CObject* o, int) {
         return Numbers{static_cast<const COSCSound*>(o)->oscInv < 0.0f ? 1.0 : 0.0};
     },
@@ -79,8 +79,8 @@ constexpr std::array operators = {
     fieldSetting<&COSCSound::modRing, 0.0, 1.0>("Modulator", "Shape", 0.0, shareUnit),
     fieldSetting<&COSCSound::detune, 0.0, 1.0>("Stereo", "Detune", 0.0, shareUnit),
     fieldSetting<&COSCSound::width, 0.0, 1.0>("Stereo", "Width", 0.0, shareUnit),
-    fieldSetting<&COSCSound::phase, 0.0, 1.0>("Stereo", "Carrier phase", 0.0, shareUnit),
-    fieldSetting<&COSCSound::phase2, 0.0, 1.0>("Stereo", "Modulator phase", 0.0, shareUnit),
+    fieldSetting<&COSCSound::phase, 0.0, 1.0>("Stereo", "Phase", 0.0, shareUnit),
+    fieldSetting<&COSCSound::phase2, 0.0, 1.0>("Stereo", "Mod. phase", 0.0, shareUnit),
     Setting{"Stereo", inverted, 0.0, 1.0, 0.0, &onOffUnit, Setting::onOff},
 };
 
@@ -128,9 +128,9 @@ constexpr std::array envelope = {
     fieldSetting<&CEnv::sustain, 0.0, 1.0>("Levels", "Sustain", 1.0, shareUnit),
     fieldSetting<&CEnv::release, 0.0, 1.0>("Times", "Release", 0.0, stageUnit),
     fieldSetting<&CEnv::maxTime, 1.0, 60000.0>("Times", "Longest", 5000.0, msUnit, Setting::ratio),
-    fieldSetting<&CEnv::ac, -1.0, 1.0>("Curves", "Attack curve", 0.0, shareUnit),
-    fieldSetting<&CEnv::dc, -1.0, 1.0>("Curves", "Decay curve", 0.0, shareUnit),
-    fieldSetting<&CEnv::rc, -1.0, 1.0>("Curves", "Release curve", 0.0, shareUnit),
+    fieldSetting<&CEnv::ac, -1.0, 1.0>("Curves", "Attack", 0.0, shareUnit),
+    fieldSetting<&CEnv::dc, -1.0, 1.0>("Curves", "Decay", 0.0, shareUnit),
+    fieldSetting<&CEnv::rc, -1.0, 1.0>("Curves", "Release", 0.0, shareUnit),
 };
 
 constexpr const char* waves[] = {"Sine", "Triangle", "Saw", "Pulse", "Random"};
@@ -212,7 +212,7 @@ std::vector<Setting> makeSlots(int targets) {
     return all;
 }
 
-constexpr std::array layer = {switchSetting<&CLayer::editAll>("Layer", "Edit all sounds")};
+constexpr std::array layer = {switchSetting<&CLayer::editAll>("Layer", "Edit all")};
 constexpr std::array sampler = {fieldSetting<&CSampler::mch, -1.0, 15.0>(
     "Instrument", "MIDI channel", -1.0, channelUnit, Setting::whole)};
 

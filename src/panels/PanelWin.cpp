@@ -10,10 +10,16 @@ namespace {
 constexpr int leastWidth = 360, leastHeight = 200;
 constexpr int windowStyle = winCaption | winSizable | winMaxButton | winDockable;
 
+/// With the strip of an insert.
+CStr titleOf(const CComp& comp) {
+    const COutputChannel* ch = comp.ownerChannel;
+    return ch && ch->comp ? comp.id + " (" + ch->comp->id + ")" : comp.id;
+}
+
 } // namespace
 
 PanelWin::PanelWin(Workspace& space, CComp& edited, const CRect& place, ProgramBar::Deeds deeds)
-    : CCompEditor(space.mainWindow()->app, space.mainWindow(), edited.id, place.left, place.top,
+    : CCompEditor(space.mainWindow()->app, space.mainWindow(), titleOf(edited), place.left, place.top,
                   place.width(), place.height(), windowStyle, &edited, &space.commands()),
       workspace(space), body(new PanelBody(this, "settings", 0, ProgramBar::usualHeight, 1, 1)),
       bar(new ProgramBar(this, space, &edited, std::move(deeds))) {

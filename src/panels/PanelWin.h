@@ -23,10 +23,10 @@ protected:
 
     /// The objects that the content is made of, to be compared only.
     virtual std::vector<const void*> shape() const = 0;
-    virtual void build() = 0;            ///< fills the inner group of the body, which is empty
+    virtual void build() = 0;           ///< fills the inner group of the body, which is empty
     virtual void arrange(int wide) = 0; ///< lays that out
-    virtual void refresh() = 0;          ///< takes the present values
-    void follow();                       ///< makes the content anew if its shape has changed
+    virtual void refresh() = 0;         ///< takes the present values
+    void follow();                      ///< makes the content anew if its shape has changed
 
 private:
     ProgramBar* bar;

@@ -69,6 +69,7 @@ constexpr Row rows[] = {
     {"zoomin", "Zoom in", groupGlobal, '+'},
     {"zoomout", "Zoom out", groupGlobal, '-'},
     {"opencomp", "Show track comp", groupArrange, ' ', control},
+    {"trackarp", "Arpeggiator", groupArrange, 'a', controlShift},
     {"editexternal", "Edit external", groupArrange, 'e', controlShift},
     {"splitatcursor", "Split at cursor", groupArrange, 'k', control},
     {"insertbars", "Insert bars", groupArrange, 'i', shift},

@@ -27,16 +27,17 @@ void SettingPanel::show(const std::vector<Section>& sections) {
     knobs.clear();
     buttons.clear();
     for (const Section& section : sections)
-        for (const Setting& setting : section.table) add(section, setting);
+        for (const Setting& setting : section.table)
+            add(section, setting, !section.title.empty() && &setting == section.table.data());
     redraw();
 }
 
-SettingPanel::Frame& SettingPanel::frameOf(const CStr& title) {
+SettingPanel::Frame& SettingPanel::frameOf(const CStr& title, bool first) {
     const auto known = std::ranges::find(frames, title, &Frame::title);
-    return known == frames.end() ? frames.emplace_back(Frame{title, {}, {}}) : *known;
+    return known == frames.end() ? frames.emplace_back(Frame{title, {}, {}, first}) : *known;
 }
 
-void SettingPanel::add(const Section& section, const Setting& setting) {
+void SettingPanel::add(const Section& section, const Setting& setting, bool first) {
     const CStr group = setting.group;
     const bool alone = section.title.empty() || section.title == group;
     const CStr title = alone ? group : section.title + ": " + group;
@@ -49,7 +50,7 @@ void SettingPanel::add(const Section& section, const Setting& setting) {
     else
         made = knobs.emplace_back(new SettingKnob(win, door, place));
     addControl(made);
-    frameOf(title).controls.push_back(made);
+    frameOf(title, first).controls.push_back(made);
 }
 
 /// On as many lines as it takes.
@@ -68,7 +69,7 @@ void SettingPanel::fit(int wide) {
     const int most = std::max(wide - 2 * gap, SettingButton::choiceWidth + 2 * pad);
     for (Frame& frame : frames) {
         const int own = widthOf(frame, most);
-        if (x > gap && x + own > wide - gap) {
+        if (x > gap && (frame.first || x + own > wide - gap)) {
             x = gap;
             y += deepest + gap;
             deepest = 0;

@@ -37,10 +37,11 @@ private:
         CStr title;
         std::vector<CCtrl*> controls; ///< owned by the group
         CRect bounds;
+        bool first = false; ///< of a section with a title, which begins a line
     };
 
-    Frame& frameOf(const CStr& title);
-    void add(const Section& section, const Setting& setting);
+    Frame& frameOf(const CStr& title, bool first);
+    void add(const Section& section, const Setting& setting, bool first);
     int widthOf(const Frame& frame, int most) const;
 
     ValueDoor* door;

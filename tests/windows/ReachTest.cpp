@@ -1,5 +1,6 @@
 #include "MainFixture.h"
 
+#include "effects/CEffect.h"
 #include "gui/XConnection.h"
 #include "gui/access/LiveTree.h"
 #include "gui/controls/CButton.h"
@@ -9,6 +10,12 @@
 #include "gui/dialogs/CColourWin.h"
 #include "gui/dialogs/CFileWin.h"
 #include "gui/dialogs/CTextWin.h"
+#include "instruments/CArp.h"
+#include "instruments/CSampler.h"
+#include "panels/PageRow.h"
+#include "panels/arp/CArpWin.h"
+#include "panels/rack/CEffectWin.h"
+#include "panels/sampler/CSamplerWin.h"
 #include "render/CRenderWin.h"
 #include "sequencer/CRender.h"
 #include "sequencer/CSeq.h"
@@ -116,6 +123,7 @@ protected:
     void checkShown(CWin& window, const std::string& name) {
         if (HasFatalFailure()) return;
         window.show(true);
+        if (window.style & winSizable) window.move(0, 0, 780, 560);
         settle();
         window.setFocus(true);
         check(&window, name);
@@ -187,4 +195,28 @@ TEST_F(ReachTest, EverythingInTheOtherWindows) {
     checkShown(folders, "folder");
     CTextWin text(win.get(), "Name", "text");
     checkShown(text, "text");
+}
+
+TEST_F(ReachTest, EverythingInThePanels) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    auto* sampler = static_cast<CSampler*>(host->firstOfType(compSampler));
+    CSamplerWin sounds(*win, *sampler);
+    PageRow* pages = nullptr;
+    for (CCtrl* c : each<CCtrl>(sounds.clientGroup->controls))
+        if (c->id == "pages") pages = static_cast<PageRow*>(c);
+    ASSERT_NE(pages, nullptr);
+    for (int page = 0; page < 4; page++) {
+        pages->turn(page);
+        checkShown(sounds, "sampler, page " + std::to_string(page));
+    }
+    CArp arp(host.get());
+    arp.init();
+    CArpWin pattern(*win, arp);
+    checkShown(pattern, "arpeggiator");
+    CEffect rack(host.get());
+    rack.init();
+    for (const int kind : {fxReverb, fxChorus, fxFilter}) rack.addProg(kind);
+    CEffectWin chain(*win, rack);
+    checkShown(chain, "rack");
 }

@@ -1,14 +1,13 @@
 #include "panels/arp/CArpWin.h"
 
-#include "base/CStream.h"
 #include "engine/CQV.h"
 #include "engine/ProgramEdits.h"
 #include "gui/controls/CPopup.h"
 #include "instruments/ArpEdits.h"
-#include "instruments/ArpFiles.h"
 #include "instruments/ArpSettings.h"
 #include "instruments/CArp.h"
 #include "panels/PanelBody.h"
+#include "project/PresetFiles.h"
 #include "ui/SettingPanel.h"
 
 namespace {
@@ -26,10 +25,7 @@ ProgramBar::Deeds CArpWin::deeds(CArp& of) {
     ProgramBar::Deeds can;
     can.add = [&of] { addArpProgram(&of); };
     can.open = [&of](const CStr& path) { of.openProg(path); };
-    can.save = [&of](const CStr& path) {
-        CFileStream stream(path, 1);
-        writeProgram(&stream, *of.getProg());
-    };
+    can.save = [&of](const CStr& path) { saveProgram(&of, path); };
     can.extension = ".qva";
     return can;
 }

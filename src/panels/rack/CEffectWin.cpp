@@ -1,6 +1,5 @@
 #include "panels/rack/CEffectWin.h"
 
-#include "base/CStream.h"
 #include "effects/CEffect.h"
 #include "effects/RackEdits.h"
 #include "engine/CQV.h"
@@ -9,6 +8,7 @@
 #include "gui/controls/CPopup.h"
 #include "panels/PanelBody.h"
 #include "panels/rack/EffectBox.h"
+#include "project/PresetFiles.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
 
@@ -32,10 +32,7 @@ ProgramBar::Deeds CEffectWin::deeds(CEffect& of) {
     ProgramBar::Deeds can;
     can.addKinds = [this](CPopup* popup) { addKinds(popup, &CEffectWin::programChosen); };
     can.open = [&of](const CStr& path) { of.openProg(path); };
-    can.save = [&of](const CStr& path) {
-        CFileStream stream(path, 1);
-        of.saveProg(&stream, of.getProg());
-    };
+    can.save = [&of](const CStr& path) { saveProgram(&of, path); };
     can.extension = ".qve";
     return can;
 }

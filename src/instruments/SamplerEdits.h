@@ -1,0 +1,23 @@
+#pragma once
+
+class CLayer;
+class CSampler;
+class CSound;
+class CStr;
+
+// What a user does to the programs of a sampler and what they are made of. Each is one step of the
+// history, carried out on return; what comes is current then. Interface thread.
+
+void addDefaultProgram(CSampler* sampler);            ///< one synthesizer sound
+void addFactoryProgram(CSampler* sampler, int index); ///< of `factoryName`
+/// The programs of a .qvs, or the presets of a SoundFont. False after a message, or without any.
+bool openPrograms(CSampler* sampler, const CStr& path);
+
+CLayer* addLayer(CSampler* sampler);                ///< to the current program; null without one
+void removeLayer(CSampler* sampler, CLayer* layer); ///< unless it is the last
+CSound* addSynthSound(CSampler* sampler, CLayer* layer);
+/// A sound that plays a file; null for one that cannot be read.
+CSound* addSampleSound(CSampler* sampler, CLayer* layer, const CStr& path);
+/// Another file in place of that of a sample sound. False for one that cannot be read.
+bool replaceSample(CSampler* sampler, CSound* sound, const CStr& path);
+void removeSound(CSampler* sampler, CLayer* layer, CSound* sound);

@@ -1,0 +1,292 @@
+#include "MainFixture.h"
+
+#include "common/fx/CDelay.h"
+#include "common/fx/CReverb.h"
+#include "effects/CEffect.h"
+#include "effects/Inserts.h"
+#include "gui/controls/CButton.h"
+#include "gui/controls/CListbox.h"
+#include "instruments/CArp.h"
+#include "instruments/CSampler.h"
+#include "shell/Pages.h"
+
+#include <algorithm>
+
+/// Panels of instruments and effects under the mouse and the keys: what is left in the component.
+class PanelsTest : public MainWinTest {
+protected:
+    template <class T = CCtrl>
+    T* find(const char* id, int number = 0) {
+        return static_cast<T*>(search(page->clientGroup, id, number));
+    }
+    static CCtrl* search(CGroup* in, const char* id, int& number) {
+        for (auto* c : each<CCtrl>(in->controls)) {
+            if (!c->visible) continue;
+            if (c->id == id && number-- == 0) return c;
+            if (c->category != catGroup && c->category != catGroupLike) continue;
+            if (CCtrl* found = search(static_cast<CGroup*>(c), id, number)) return found;
+        }
+        return nullptr;
+    }
+    void mouseTo(CCtrl* c, int x, int y) {
+        settle();
+        const CPoint screen = c->win->getPos(true), in = c->win->controlPos(c);
+        act({"mousemove", std::to_string(screen.x + in.x + x),
+             std::to_string(screen.y + in.y + y)});
+    }
+    void click(const char* id, int number = 0) {
+        CCtrl* c = find(id, number);
+        ASSERT_NE(c, nullptr) << id;
+        mouseTo(c, c->width / 2, c->height / 2);
+        act({"click", "1"});
+        ASSERT_TRUE(loaded());
+    }
+    void drag(CCtrl* c, CPoint from, CPoint to, bool escape = false) {
+        mouseTo(c, from.x, from.y);
+        act({"mousedown", "1"});
+        mouseTo(c, (from.x + to.x) / 2, (from.y + to.y) / 2);
+        mouseTo(c, to.x, to.y);
+        if (escape) key("Escape");
+        act({"mouseup", "1"});
+        ASSERT_TRUE(loaded());
+    }
+    /// Opens a menu by a button and takes the entry that so many keys lead to.
+    void choose(const char* id, std::vector<std::string> keys) {
+        inMenu(keys);
+        click(id);
+    }
+    void undo() {
+        key("ctrl+z");
+        ASSERT_TRUE(loaded());
+    }
+    void open(CComp* comp) {
+        win->move(0, 0, 800, 590);
+        win->openEditor(comp);
+        ASSERT_TRUE(pumpUntil([&] { return win->pages->editorOf(comp) != nullptr; }));
+        ASSERT_TRUE(loaded());
+        page = win->pages->editorOf(comp);
+        settle();
+    }
+    CSampler* sampler() { return static_cast<CSampler*>(host->firstOfType(compSampler)); }
+    CSound* sound(int index = 0) {
+        return static_cast<CSound*>(sampler()->getLayer()->sounds.items(index));
+    }
+    CEffect* rack() {
+        CSampler* s = sampler();
+        auto* made = static_cast<CEffect*>(addInsert(s->output(), fxDelay, -1));
+        EXPECT_TRUE(loaded());
+        return made;
+    }
+
+    CCompEditor* page = nullptr;
+};
+
+TEST_F(PanelsTest, KnobsAndButtonsSetASound) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    open(sampler());
+    CSound* s = sound();
+    const float before = s->cutoff;
+    CCtrl* cutoff = find("Cutoff");
+    drag(cutoff, asPoint(32, 36), asPoint(32, 36 + 40));
+    EXPECT_NEAR(s->cutoff, before - 0.25f, 0.02f); // 160 pixels are all of the way
+    const float set = s->cutoff;
+    drag(cutoff, asPoint(18, 30), asPoint(48, 30), true);
+    EXPECT_EQ(s->cutoff, set) << "Escape";
+    cutoff->win->setKeyCtrl(cutoff);
+    for (const char* k : {"2", "5", "Return"}) key(k);
+    EXPECT_FLOAT_EQ(s->cutoff, 0.25f);
+    key("Home");
+    EXPECT_EQ(s->cutoff, 0.0f);
+    key("Delete");
+    EXPECT_EQ(s->cutoff, 1.0f);
+    for (const float former : {0.0f, 0.25f, set, before}) {
+        undo();
+        EXPECT_EQ(s->cutoff, former);
+    }
+    // A whole number moves by one at least, a switch and a choice by a press.
+    CCtrl* coarse = find("Coarse");
+    mouseTo(coarse, 32, 36);
+    act({"keydown", "ctrl"});
+    act({"click", "4"});
+    act({"keyup", "ctrl"});
+    EXPECT_EQ(std::fabs(s->coarse), 2.0f) << "a fiftieth of 96";
+    click("Mute");
+    EXPECT_EQ(s->mute, 1);
+    choose("Kind", {"Down", "Down", "Return"});
+    EXPECT_NE(s->filter, filterLow);
+    undo();
+    EXPECT_EQ(s->filter, filterLow);
+    undo();
+    EXPECT_EQ(s->mute, 0);
+    EXPECT_TRUE(host->modified());
+}
+
+TEST_F(PanelsTest, SoundsAndLayersComeAndGo) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    open(sampler());
+    CLayer* layer = sampler()->getLayer();
+    const int sounds = layer->sounds.getCount();
+    CSound* first = sound();
+    choose("Add", {"Down", "Return"});
+    ASSERT_EQ(layer->sounds.getCount(), sounds + 1);
+    CSound* second = sound(sounds);
+    EXPECT_EQ(layer->sound, second) << "what comes is shown";
+    // What is set now is of the second alone, then of both.
+    find("Volume")->win->setKeyCtrl(find("Volume"));
+    key("Home");
+    EXPECT_EQ(second->volume, 0.0f);
+    EXPECT_NE(first->volume, 0.0f);
+    undo();
+    click("Keys");
+    click("Edit all");
+    EXPECT_EQ(layer->editAll, 1);
+    click("Sound");
+    find("Pan")->win->setKeyCtrl(find("Pan"));
+    key("End");
+    EXPECT_EQ(first->pan, 1.0f);
+    EXPECT_EQ(second->pan, 1.0f);
+    undo();
+    EXPECT_EQ(first->pan, 0.0f);
+    EXPECT_EQ(second->pan, 0.0f);
+    click("Delete");
+    EXPECT_EQ(layer->sounds.getCount(), sounds);
+    EXPECT_EQ(layer->sound, sound(sounds - 1));
+    undo();
+    EXPECT_EQ(layer->sounds.getCount(), sounds + 1);
+    EXPECT_EQ(layer->sound, second);
+    choose("Add", {"Down", "Down", "Down", "Return"});
+    EXPECT_EQ(sampler()->getProg()->layers.getCount(), 2);
+    EXPECT_NE(sampler()->getLayer(), layer);
+    click("Delete");
+    EXPECT_EQ(sampler()->getProg()->layers.getCount(), 1);
+    EXPECT_EQ(sampler()->getLayer(), layer);
+}
+
+TEST_F(PanelsTest, CurvesAndZonesAreDragged) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    open(sampler());
+    CSound* s = sound();
+    click("Modulators");
+    CCtrl* curve = find("envelope");
+    const CEnv* amp = s->envelope[0].get();
+    // The margin of 10 around it; a quarter of the rest stands for the longest attack.
+    const double room = (curve->width - 20) / 4.0;
+    const float attack = amp->attack;
+    const CPoint peak = asPoint(10 + int(std::lround(double(attack) * room)), 10);
+    drag(curve, peak, asPoint(10 + int(room / 2), 10));
+    EXPECT_NEAR(amp->attack, 0.5f, 0.02f);
+    undo();
+    EXPECT_EQ(amp->attack, attack);
+    curve->win->setKeyCtrl(curve);
+    const float sustain = amp->sustain;
+    for (const char* k : {"3", "Down"}) key(k);
+    EXPECT_NEAR(amp->sustain, sustain - 0.02f, 1e-5f);
+
+    click("Keys");
+    CCtrl* zones = find("zones");
+    const auto x = [&](int k) { return 8 + k * (zones->width - 16) / 128; };
+    drag(zones, asPoint(x(128) - 2, 16), asPoint(x(60) + 1, 16));
+    EXPECT_EQ(s->hiKey, 60);
+    zones->win->setKeyCtrl(zones);
+    for (const char* k : {"Right", "Right"}) key(k);
+    EXPECT_EQ(s->lowKey, 2);
+    key("shift+Left");
+    EXPECT_EQ(s->hiKey, 59);
+    for (int i = 0; i < 4; i++) undo();
+    EXPECT_EQ(s->hiKey, 127);
+    EXPECT_EQ(s->lowKey, 0);
+    // A key sounds as long as it is pressed.
+    mouseTo(zones, x(60) + 1, zones->height - 12);
+    act({"mousedown", "1"});
+    EXPECT_EQ(sampler()->guiQueue.empty(), false);
+    act({"mouseup", "1"});
+}
+
+TEST_F(PanelsTest, ProgramsAreAddedNamedAndRemoved) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    CSampler* s = sampler();
+    open(s);
+    const int count = s->progs.getCount(), current = s->curProg;
+    // Up from the end of the menu: save, open, delete, rename, add with its own menu.
+    std::vector<std::string> keys(count > 1 ? 5 : 4, "Up");
+    for (const char* k : {"Right", "Return"}) keys.push_back(k);
+    choose("program", keys);
+    ASSERT_EQ(s->progs.getCount(), count + 1);
+    EXPECT_EQ(s->curProg, count);
+    click("before");
+    EXPECT_EQ(s->curProg, count - 1);
+    undo();
+    EXPECT_EQ(s->curProg, count);
+    choose("program", {"Up", "Up", "Up", "Up", "Return"});
+    act({"type", "Mine"});
+    key("Return");
+    ASSERT_TRUE(loaded());
+    EXPECT_STREQ(s->getProgName(count).asChar(), "Mine");
+    choose("program", {"Up", "Up", "Up", "Return"});
+    EXPECT_EQ(s->progs.getCount(), count);
+    for (int i = 0; i < 3; i++) undo();
+    EXPECT_EQ(s->progs.getCount(), count);
+    EXPECT_EQ(s->curProg, current);
+}
+
+TEST_F(PanelsTest, ChainsOfEffects) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    CEffect* r = rack();
+    open(r);
+    CList& chain = r->getProg()->effects;
+    auto* delay = static_cast<CDelay*>(chain.getFirst());
+    find("Feedback")->win->setKeyCtrl(find("Feedback"));
+    key("End");
+    EXPECT_EQ(delay->feedback, 1.0f);
+    choose("add", {"Down", "Down", "Return"});
+    ASSERT_EQ(chain.getCount(), 2);
+    auto* reverb = static_cast<CReverb*>(chain.items(1));
+    ASSERT_EQ(reverb->type, fxReverb);
+    click("Move up", 1);
+    EXPECT_EQ(chain.getFirst(), reverb);
+    undo();
+    EXPECT_EQ(chain.getFirst(), delay);
+    click("Power", 1);
+    EXPECT_EQ(reverb->enabled, 0);
+    undo();
+    EXPECT_EQ(reverb->enabled, 1);
+    click("Remove", 0);
+    EXPECT_EQ(chain.getCount(), 1);
+    EXPECT_EQ(chain.getFirst(), reverb);
+    undo();
+    EXPECT_EQ(chain.getFirst(), delay);
+    // What has left under the hands of the panel is not touched any more.
+    key("ctrl+z");
+    find("Time", 2)->win->setKeyCtrl(find("Time", 2));
+    key("Home");
+    ASSERT_TRUE(loaded());
+    EXPECT_EQ(chain.getCount(), 1);
+}
+
+TEST_F(PanelsTest, TheArpeggiatorOfATrack) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    auto* songTrack = static_cast<CSongTrack*>(seq()->getProg()->tracks.getFirst());
+    seq()->selectTrack(songTrack, true);
+    CArp* arp = songTrack->track->arp.get();
+    win->move(0, 0, 800, 590);
+    key("ctrl+shift+a");
+    ASSERT_TRUE(pumpUntil([&] { return win->pages->editorOf(arp) != nullptr; }));
+    page = win->pages->editorOf(arp);
+    click("Power");
+    EXPECT_EQ(arp->enabled, 1);
+    choose("Mode", {"Down", "Down", "Return"});
+    EXPECT_NE(arp->getProg()->mode, arpAsPlayed);
+    find("Octaves")->win->setKeyCtrl(find("Octaves"));
+    key("Prior");
+    EXPECT_EQ(arp->getProg()->octaves, 2);
+    for (int i = 0; i < 3; i++) undo();
+    EXPECT_EQ(arp->enabled, 0);
+    EXPECT_EQ(arp->getProg()->mode, arpAsPlayed);
+    EXPECT_EQ(arp->getProg()->octaves, 1);
+}
