@@ -28,6 +28,9 @@ leave
 playing 1 main.png
 keys F9
 shot "$images/mixer.png"
+keys F12
+sleep 1
+shot "$images/modular.png"
 keys F8
 keys ctrl+n
 of Welcome welcome.png

@@ -31,6 +31,7 @@ constexpr double dotRadius = 3.5;               ///< of the light on a MIDI cabl
 constexpr int marksHeight = 16, marksReach = 80;
 constexpr int halo = 4; ///< around a box, of its focus
 constexpr int grey = 128;
+constexpr int tagMargin = 8, tagHeight = 22; ///< of what is told beside a cable's end
 
 TextLook nameLook(double zoom) {
     return {zoom >= leastForLarge     ? TextSize::large
@@ -97,7 +98,15 @@ CRect GraphPainter::linkArea() const {
     if (shown.fromPort < 0) return {};
     CRect around = model.ports[size_t(shown.fromPort)].area();
     if (shown.toPort >= 0) around = unite(around, model.ports[size_t(shown.toPort)].area());
-    return sizeRect(scaled(around, shown.zoom), -halo, -halo, halo, halo);
+    return unite(sizeRect(scaled(around, shown.zoom), -halo, -halo, halo, halo), tagArea());
+}
+
+CRect GraphPainter::tagArea() const {
+    if (shown.toPort < 0) return {};
+    const CRect port = scaled(model.ports[size_t(shown.toPort)].area(), shown.zoom);
+    const int wide = textFace({})->textWidth(shown.linkText) + 2 * tagMargin;
+    const int x = port.right + tagMargin, y = (port.top + port.bottom) / 2 - tagHeight / 2;
+    return asRect(x, y, x + wide, y + tagHeight);
 }
 
 void GraphPainter::paint(CGraphic* g, CRect asked) const {
@@ -242,7 +251,12 @@ void GraphPainter::paintNames(CGraphic* g, const GraphModel::Box& box, CRect are
     const bool measured = index < shown.loads.size() && !shown.loads[index].empty();
     const int wide =
         measured ? textFace(detailLook(zoom))->textWidth(shown.loads[index]) + textGap : 0;
-    const CStr text = textFace(detailLook(zoom))->shortened(detailOf(box.comp), row.width() - wide);
+    const TextFace* face = textFace(detailLook(zoom));
+    CStr text = detailOf(box.comp);
+    // Beside a figure what it is would be cut short for nothing.
+    const bool plain = sameText(text, compKindName(box.comp->type));
+    if (plain && measured && face->textWidth(text) > row.width() - wide) text = "";
+    text = face->shortened(text, row.width() - wide);
     g->drawText(ink, text, sizeRect(row, 0, 0, -wide, 0), textLeft);
     if (measured) g->drawText(ink, shown.loads[index], row, textRight);
 }
@@ -272,4 +286,8 @@ void GraphPainter::paintLink(CGraphic* g) const {
     strokePath(g, line, 2, colour);
     for (const GraphModel::Port* port : {&from, &to})
         g->fillRect(colour, sizeRect(scaled(port->area(), shown.zoom), -1, -1, 1, 1));
+    const CRect tag = tagArea();
+    g->fillRound(palette.raised, tag);
+    g->frameRound(palette.frame, tag);
+    g->drawText(palette.text, shown.linkText, tag, 0);
 }

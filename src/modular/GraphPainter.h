@@ -19,6 +19,7 @@ struct GraphShown {
     int hotPort = -1;                      ///< under the pointer
     CObject* focus = nullptr;              ///< component, port or cable that the keys act on
     int fromPort = -1, toPort = -1;        ///< of a cable that is being drawn
+    CStr linkText;                         ///< told beside its end
     int intoCable = -1;                    ///< that a box would come into
 };
 
@@ -45,6 +46,7 @@ private:
     void paintNames(CGraphic* g, const GraphModel::Box& box, CRect area) const;
     void paintPorts(CGraphic* g, const GraphModel::Box& box) const;
     void paintLink(CGraphic* g) const;
+    CRect tagArea() const; ///< of what is told of that cable
     int kindColour(bool midi) const;
     CableCurve curve(const GraphModel::Cable& cable) const;
 

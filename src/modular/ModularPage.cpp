@@ -24,10 +24,13 @@
 #include "ui/Song.h"
 #include "ui/Workspace.h"
 
+#include <set>
+#include <utility>
+
 namespace {
 
 constexpr int barSize = 16, inviteHeight = 132;
-constexpr int frame = 1; ///< around the canvas, while it has the keys
+constexpr int frame = 1;         ///< around the canvas, while it has the keys
 constexpr int leastBeside = 560; ///< the width from which on there is room for the side
 constexpr int ticksApart = 12;   ///< from one question to the probe to the next
 constexpr double zoomStep = 1.25;
@@ -39,6 +42,13 @@ bool isBare(CQV* host) {
             comp->type != compAudioOut)
             return false;
     return true;
+}
+
+bool anyCovered(CQV* host) {
+    std::set<std::pair<int, int>> places;
+    for (const auto* comp : each<CComp>(host->comps))
+        if (!places.emplace(comp->posX, comp->posY).second) return true;
+    return false;
 }
 
 } // namespace
@@ -66,6 +76,7 @@ ModularPage::ModularPage(CWin* owner, Workspace& space)
     for (CScrollbar* bar : {across, down})
         wire(bar->onChange, new _COnChange<ModularPage>(this, &ModularPage::scrolled));
     view->onScrolled = [this] { updateScrollbars(); };
+    view->onRedraw = [this] { side->viewChanged(); };
     graphMenus.onAsk = [this](GraphQuestion question, CObject* about) { ask(question, about); };
     sideShown.onChange = [this] {
         resized();
@@ -250,8 +261,10 @@ void ModularPage::forget() {
     side->graphChanged();
 }
 
+/// Components that a song brings without places of their own all stand at the same one.
 void ModularPage::opened() {
     fitWanted = true;
+    if (anyCovered(workspace.host())) tidyNewGraph(workspace.host());
     view->rebuild();
     resized();
 }

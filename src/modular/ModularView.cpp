@@ -283,6 +283,9 @@ void ModularView::showLink(int from, int to) {
     contentChanged(painter().linkArea());
     shown.fromPort = from;
     shown.toPort = to;
+    shown.linkText =
+        to < 0 ? CStr()
+               : fullPortName(model, to) + " (" + portKindName(model.ports[size_t(to)].kind) + ")";
     contentChanged(painter().linkArea());
 }
 
@@ -443,6 +446,11 @@ bool ModularView::contextMenu() {
     }
     onMenu(at, shown.focus);
     return true;
+}
+
+void ModularView::redraw() {
+    CCanvas::redraw();
+    if (onRedraw) onRedraw();
 }
 
 void ModularView::setFocus(bool on) {

@@ -22,6 +22,7 @@ class ModularView : public CCanvas, private ZoomView {
 public:
     static constexpr double leastZoom = 0.25, mostZoom = 3.0;
 
+    std::function<void()> onRedraw;   ///< more of it looks different
     std::function<void()> onScrolled; ///< another part is seen, or its size
     /// A context menu is asked for, at a point of the graph, for what `itemAt` gives.
     std::function<void(CPoint at, CObject* item)> onMenu;
@@ -38,6 +39,8 @@ public:
     bool contextMenu() override;
     bool onFrame() override;
     void setFocus(bool on) override;
+    using CCanvas::redraw;
+    void redraw() override;
     void describe(Description& d, int part) const override;
     int accessParts() const override; ///< boxes, then ports, then cables
     int partAround(int part) const override;
@@ -73,7 +76,7 @@ public:
     void showMeasured(const GraphProbe& probe); ///< delays on cables, and work in boxes
 
     // For drags, which show what their release would do.
-    void showLink(int from, int to);
+    void showLink(int from, int to); ///< ports of a cable that would be made; -1 for none
     void showInto(int cable);
     void showBand(CRect ofGraph); ///< empty for none
     void shiftSelected(CPoint by);

@@ -9,6 +9,7 @@
 #include "engine/EditorHooks.h"
 #include "sequencer/CEditorComp.h"
 #include "sequencer/CSeq.h"
+#include "sequencer/TrackInstrument.h"
 
 #include <algorithm>
 #include <set>
@@ -121,12 +122,11 @@ bool setStripTargets(CQV* host, const std::vector<COutputChannel*>& strips, CCom
 }
 
 CComp* groupStrips(CQV* host, const std::vector<COutputChannel*>& strips) {
-    constexpr int place = 128; // of a new group in the graph
     CUndo* step = host->undoStart("Add Group", host, rewired);
     auto* group = new CGroupCh(host);
     group->init();
     group->createBuffers(host->frames);
-    group->posX = group->posY = place;
+    placeInstrument(group, host->firstOfType(compSeq), step);
     step->asAdd(group, &host->comps);
     if (CComp* out = host->getAudioOut())
         if (auto* cable = createAudioCable(out, group->output(), nullptr))

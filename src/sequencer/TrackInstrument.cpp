@@ -20,7 +20,7 @@
 namespace {
 
 // Of the canvas of the graph, in pixels: boxes with the gaps that a tidy graph has.
-constexpr int graphLeft = 32, acrossBoxes = 168, downBoxes = 104, boxesInRow = 10;
+constexpr int graphLeft = 32, graphTop = 32, acrossBoxes = 168, downBoxes = 104, boxesInRow = 10;
 
 } // namespace
 
@@ -37,7 +37,7 @@ void placeInstrument(CComp* instrument, const CComp* song, const CUndo* undo) {
     CPoint at;
     for (int i = 0; i == 0 || !isFree(at); i++)
         at = {graphLeft + i % boxesInRow * acrossBoxes,
-              song->posY + downBoxes + i / boxesInRow * downBoxes};
+              (song ? song->posY : graphTop) + downBoxes + i / boxesInRow * downBoxes};
     instrument->posX = at.x;
     instrument->posY = at.y;
 }

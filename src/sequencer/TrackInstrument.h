@@ -15,8 +15,8 @@ class CUndo;
 /// Puts an instrument that is complete and linked nowhere into the graph: the track plays it, and
 /// it is heard at the first audio out. The host owns it.
 void linkInstrument(CComp* instrument, CTrack* track, CUndo* undo);
-/// Gives an instrument a free place in the graph, in a row below the song. `undo` may be about to
-/// add others, or null.
+/// Gives a component a free place in the graph, in a row below the song; null for below the top.
+/// `undo` may be about to add others, or null.
 void placeInstrument(CComp* instrument, const CComp* song, const CUndo* undo);
 /// A synthesizer with all its factory programs, linked like that.
 CComp* addTrackInstrument(CSeq* seq, CTrack* track, CUndo* undo);

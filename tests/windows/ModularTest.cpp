@@ -1,11 +1,20 @@
 #include "ModularFixture.h"
+#include "ProjectMask.h"
+#include "SentEvents.h"
 
 #include "effects/CEffect.h"
 #include "engine/CGroupCh.h"
 #include "modular/GraphPaths.h"
+#include "modular/MiniMap.h"
 #include "project/PresetFiles.h"
+#include "project/ProjectFile.h"
 #include "sequencer/CSeq.h"
 #include "sequencer/StripEdits.h"
+
+#include <algorithm>
+#include <array>
+#include <random>
+#include <set>
 
 namespace {
 
@@ -307,6 +316,157 @@ TEST_F(ModularTest, ZoomKeepsWhatIsUnderThePointer) {
         view()->zoomTo(wanted, {});
         EXPECT_EQ(view()->zoom(), wanted < 1 ? 0.25 : 3.0);
     }
+}
+
+/// A component from the menu of a cable comes into it; the strong and the faint are chosen in the
+/// menu, and change nothing of the project.
+TEST_F(ModularTest, CablesHaveAMenuAndCanBeDimmed) {
+    startModular();
+    CComp* synth = add(compSampler, 300, 60);
+    out()->posX = 300, out()->posY = 400;
+    view()->rebuild();
+    CObject* cable = static_cast<CObject*>(out()->audioCables.items(0));
+    menuAt(cableAt(cable), {"Down", "Down", "Right", "Return"}); // Insert, the multi effect
+    CComp* effect = comp("Multi Effect");
+    ASSERT_TRUE(effect);
+    EXPECT_TRUE(areJoined(synth->output(), effect->input()));
+    EXPECT_TRUE(areJoined(effect->output(), out()->input()));
+    EXPECT_FALSE(areJoined(synth->output(), out()->input()));
+
+    const int before = host->undoIndex;
+    const auto faint = [this] {
+        app->paintFrame();
+        std::string all;
+        const auto& graph = view()->graph();
+        for (size_t i = 0; i < graph.cables.size(); i++)
+            all += std::string(graph.cables[i].midi ? "m" : "a") +
+                   (view()->shownNow().faintCables[i] ? "-" : "+");
+        return all;
+    };
+    EXPECT_EQ(faint(), "m+a+a+");
+    for (const auto& [action, shown] : {std::pair{"midicables", "m-a+a+"},
+                                        {"audiocables", "m-a-a-"},
+                                        {"midicables", "m+a-a-"},
+                                        {"audiocables", "m+a+a+"}}) {
+        win->runAction(win->getAction(action));
+        EXPECT_EQ(faint(), shown) << action;
+    }
+    selectOnly(host.get(), synth);
+    win->runAction(win->getAction("othercables"));
+    EXPECT_EQ(faint(), "m+a-a+") << "that from the effect is of neither";
+    EXPECT_EQ(host->undoIndex, before);
+}
+
+TEST_F(ModularTest, TheMapBringsPlacesIntoView) {
+    startModular();
+    CComp* far = add(compGroupCh, 3000, 2000);
+    auto* map = find<MiniMap>("minimap");
+    ASSERT_TRUE(map && map->shown());
+    const CPoint screen = win->getPos(true), in = win->controlPos(map);
+    const auto mapTo = [&](int x, int y) {
+        act({"mousemove", std::to_string(screen.x + in.x + x),
+             std::to_string(screen.y + in.y + y)});
+    };
+    view()->scroll(0, 0);
+    mapTo(map->width - 12, map->height - 12);
+    act({"mousedown", "1"});
+    EXPECT_GT(view()->scrollX, 1000);
+    key("Escape");
+    EXPECT_EQ(asPoint(view()->scrollX, view()->scrollY), asPoint(0, 0));
+    act({"mouseup", "1"});
+    view()->goTo(far);
+    EXPECT_GT(view()->scrollY, 1000);
+    win->runAction(win->getAction("fitgraph"));
+    EXPECT_LT(view()->zoom(), 0.5);
+    win->runAction(win->getAction("graphside"));
+    EXPECT_FALSE(map->shown());
+}
+
+/// A project whose components all stand at one place is laid out as it comes; others stay.
+TEST_F(ModularTest, ProjectsWithoutPlacesAreLaidOut) {
+    startModular();
+    add(compGroupCh, 500, 300);
+    const CStr path = folder.write("graph.qv", "");
+    for (const bool stacked : {false, true}) {
+        if (stacked)
+            for (auto* c : each<CComp>(host->comps)) c->posX = c->posY = 32;
+        ProjectUi plain;
+        ASSERT_TRUE(saveProject({host.get(), &win->flows->mixer, &plain}, path));
+        ASSERT_TRUE(load(kindFile, path));
+        EXPECT_EQ(asPoint(comp("Group")->posX, comp("Group")->posY) == asPoint(500, 300), !stacked);
+        std::set<std::pair<int, int>> places;
+        for (auto* c : each<CComp>(host->comps)) places.emplace(c->posX, c->posY);
+        EXPECT_EQ(int(places.size()), host->comps.getCount());
+        EXPECT_FALSE(host->modified());
+    }
+}
+
+/// Presses, drags, keys and commands of any kind, given up or not: every way back leads to the
+/// bytes that were there.
+TEST_F(ModularTest, RandomGesturesCanBeUndone) {
+    startModular();
+    std::mt19937 chance(11);
+    const auto upTo = [&](int limit) { return int(chance() % unsigned(limit)); };
+    for (int i = 0; i < 4; i++)
+        add(std::array{compSampler, compEffect, compGroupCh, compArp}[size_t(i)], 60 + 160 * i,
+            100 + 80 * i);
+    host->undoClear();
+    const auto content = [this] { return projectContent(host.get(), &win->flows->mixer); };
+    const auto where = [&](const std::string& wanted) {
+        const std::string now = content();
+        const auto at = std::mismatch(now.begin(), now.end(), wanted.begin(), wanted.end()).first;
+        return blockAt(now, size_t(at - now.begin()));
+    };
+    const std::string first = content();
+    const CPoint in = win->controlPos(view());
+    const auto place = [&] {
+        const auto& graph = view()->graph();
+        CPoint at = asPoint(upTo(view()->width), upTo(view()->height));
+        if (upTo(4) && !graph.ports.empty())
+            at = view()->toControl(graph.ports[size_t(upTo(int(graph.ports.size())))].centre());
+        else if (upTo(2) && !graph.boxes.empty())
+            at = view()->toControl(
+                middleOf(graph.boxes[size_t(upTo(int(graph.boxes.size())))].comp));
+        return addPos(in, asPoint(asMinMax(at.x, 0, view()->width - 1),
+                                  asMinMax(at.y, 0, view()->height - 1)));
+    };
+    const KeySym keys[] = {XK_Delete, XK_Left, XK_Down, XK_Return, XK_p, XK_Escape, XK_u, XK_Right};
+    const unsigned held[] = {0, 0, 0, ShiftMask, ControlMask, Mod1Mask};
+    constexpr int gestures = 250;
+    for (int i = 0; i < gestures && !HasFailure(); i++) {
+        SentEvents hand(app.get());
+        hand.held = held[upTo(6)];
+        const int what = upTo(12);
+        if (what < 6) {
+            hand.press(win.get(), place(), Button1);
+            for (int k = upTo(3); k >= 0; k--) hand.move(win.get(), place());
+            if (upTo(5) == 0) hand.key(win.get(), XK_Escape);
+            hand.release(win.get(), place(), Button1);
+        } else if (what < 8) {
+            hand.key(win.get(), keys[upTo(8)]);
+        } else if (what < 9) {
+            hand.held = ControlMask;
+            hand.wheel(win.get(), place(), upTo(2) ? Button4 : Button5);
+        } else if (what < 10) {
+            duplicateComps(host.get(), selectedComps(host.get()), asPoint(upTo(90), upTo(90)));
+        } else {
+            win->runAction(win->getAction(upTo(3) ? "undo" : upTo(2) ? "redo" : "tidygraph"));
+        }
+        if (host->comps.getCount() > 24) win->runAction(win->getAction("undo"));
+        host->settle();
+        host->idle();
+        app->paintFrame();
+    }
+    view()->zoomTo(1, {});
+    const std::string last = content();
+    const int end = host->undoIndex;
+    while (host->undoIndex >= 0) host->undoClicked(), host->settle();
+    host->idle();
+    EXPECT_TRUE(content() == first) << where(first);
+    while (host->undoIndex < end) host->redoClicked(), host->settle();
+    host->idle();
+    EXPECT_TRUE(content() == last) << where(last);
+    EXPECT_GT(host->undoList.getCount(), 10) << "hardly anything was done";
 }
 
 /// In the song a path follows one track, elsewhere it goes through the component.
