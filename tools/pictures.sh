@@ -32,6 +32,11 @@ keys F12
 sleep 1
 shot "$images/modular.png"
 keys F8
+at 230 300 # the head of the pad
+xdotool click 1
+keys ctrl+space
+shot "$images/sampler.png"
+keys F8
 keys ctrl+n
 of Welcome welcome.png
 keys F5

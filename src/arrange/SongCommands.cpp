@@ -443,7 +443,7 @@ CTrack* SongCommands::shownTrack() const {
 
 CComp* SongCommands::shownComp() const {
     CTrack* track = shownTrack();
-    if (!track) return nullptr;
+    if (!track || track->kind == trackDrum) return track;
     for (auto* comp : each<CComp>(qv->comps))
         if (fedBy(comp, track->outPort()) || fedBy(comp, track->output())) return comp;
     return nullptr;

@@ -66,7 +66,8 @@ private:
     void stepMarker(int by);
     int beatTicks(int tick) const;
     CTrack* shownTrack() const; ///< the first that is selected; null without one
-    CComp* shownComp() const; ///< what the first selected track plays through, or null
+    CComp* shownComp()
+        const; ///< what the first selected track plays through, itself for a drum track; or null
 
     Workspace& workspace;
     SongRange& range;

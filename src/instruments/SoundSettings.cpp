@@ -32,29 +32,40 @@ constexpr Setting sendSetting(const char* name) {
             &squaredUnit};
 }
 
-constexpr std::array strip = {
+constexpr std::array level = {
     fieldSetting<&CSound::volume, 0.0, 1.0>("Level", "Volume", 1.0, squaredUnit),
     fieldSetting<&CSound::pan, -1.0, 1.0>("Level", "Pan", 0.0, panUnit),
-    switchSetting<&CSound::mute>("Level", "Mute"),
-    sendSetting<0>("Reverb"),
-    sendSetting<1>("Delay"),
+};
+constexpr std::array mute = {
+    switchSetting<&CSound::mute>("Level", "Mute")}; ///< of a drum in its row
+constexpr std::array tuning = {
     fieldSetting<&CSound::coarse, -mostSemitones, mostSemitones>("Pitch", "Coarse", 0.0,
                                                                  semitoneUnit, Setting::whole),
     fieldSetting<&CSound::fine, -1.0, 1.0>("Pitch", "Fine", 0.0, centUnit),
+};
+constexpr std::array filter = {
+    choiceSetting<&CSound::filter, filterKinds>("Filter", "Kind"),
+    fieldSetting<&CSound::cutoff, 0.0, 1.0>("Filter", "Cutoff", 1.0, shareUnit),
+    fieldSetting<&CSound::q, 0.0, 1.0>("Filter", "Resonance", 0.0, shareUnit),
+};
+constexpr std::array choke = {
+    fieldSetting<&CSound::group, 0.0, 255.0>("Zone", "Choke group", 0.0, plainUnit, Setting::whole),
+};
+/// What does not count for a drum, which plays at its own key, dry.
+constexpr std::array sends = {sendSetting<0>("Reverb"), sendSetting<1>("Delay")};
+constexpr std::array playing = {
     fieldSetting<&CSound::bendRange, 0.0, mostSemitones>("Pitch", "Bend range", 12.0, semitoneUnit,
                                                          Setting::whole),
     fieldSetting<&CSound::glide, 0.0, 500.0>("Pitch", "Glide", 0.0, msUnit),
     choiceSetting<&CSound::mode, modes>("Pitch", "Voices"),
-    choiceSetting<&CSound::filter, filterKinds>("Filter", "Kind"),
-    fieldSetting<&CSound::cutoff, 0.0, 1.0>("Filter", "Cutoff", 1.0, shareUnit),
-    fieldSetting<&CSound::q, 0.0, 1.0>("Filter", "Resonance", 0.0, shareUnit),
+};
+constexpr std::array zone = {
     fieldSetting<&CSound::lowKey, 0.0, lastKey>("Zone", "Lowest key", 0.0, keyUnit, Setting::whole),
     fieldSetting<&CSound::hiKey, 0.0, lastKey>("Zone", "Highest key", lastKey, keyUnit,
                                                Setting::whole),
     fieldSetting<&CSound::lowVel, 0.0, lastKey>("Zone", "Softest", 0.0, plainUnit, Setting::whole),
     fieldSetting<&CSound::hiVel, 0.0, lastKey>("Zone", "Loudest", lastKey, plainUnit,
                                                Setting::whole),
-    fieldSetting<&CSound::group, 0.0, 255.0>("Zone", "Choke group", 0.0, plainUnit, Setting::whole),
 };
 
 constexpr StoredValue::Kind inverted = {
@@ -84,15 +95,17 @@ constexpr std::array operators = {
     Setting{"Stereo", inverted, 0.0, 1.0, 0.0, &onOffUnit, Setting::onOff},
 };
 
-template <size_t a, size_t b>
-constexpr std::array<Setting, a + b> joined(const std::array<Setting, a>& first,
-                                            const std::array<Setting, b>& second) {
-    std::array<Setting, a + b> all;
-    std::copy(first.begin(), first.end(), all.begin());
-    std::copy(second.begin(), second.end(), all.begin() + a);
+/// The rows of several tables.
+template <size_t... sizes>
+constexpr auto joined(const std::array<Setting, sizes>&... tables) {
+    std::array<Setting, (sizes + ...)> all;
+    auto to = all.begin();
+    ((to = std::copy(tables.begin(), tables.end(), to)), ...);
     return all;
 }
-constexpr auto oscSound = joined(strip, operators);
+constexpr auto drumSound = joined(level, tuning, filter, choke);
+constexpr auto waveSound = joined(level, mute, sends, tuning, playing, filter, zone, choke);
+constexpr auto oscSound = joined(waveSound, operators);
 
 constexpr const char* loopModes[] = {"Once", "Loop"};
 int loopOf(const CObject* o) {
@@ -219,11 +232,12 @@ constexpr std::array sampler = {fieldSetting<&CSampler::mch, -1.0, 15.0>(
 } // namespace
 
 Settings settingsOf(const CSound& sound) {
-    return sound.type == typeOscSound ? Settings(oscSound) : Settings(strip);
+    if (sound.type == typeOscSound) return oscSound;
+    return sound.reserved ? Settings(drumSound) : Settings(waveSound);
 }
 
-Settings clipSettings() {
-    return clip;
+Settings clipSettings(const CSound& sound) {
+    return sound.reserved ? Settings(clip).last(1) : Settings(clip);
 }
 
 Settings envelopeSettings() {

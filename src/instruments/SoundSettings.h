@@ -6,12 +6,13 @@ class CSound;
 
 // What is set of the instruments and stored with them.
 
-/// Of a sound: its strip, its tuning, its zone, and the operators of a synthesizer sound. The
-/// effects of a sound and of a program have their own (EffectSettings.h).
+/// Of a sound: its level, its tuning, its zone, and the operators of a synthesizer sound; of a drum
+/// what counts there and stands in a song. The effects of a sound and of a program have their own
+/// (EffectSettings.h).
 Settings settingsOf(const CSound& sound);
-Settings clipSettings();     ///< of a CSampleClip
-Settings envelopeSettings(); ///< of a CEnv
-Settings lfoSettings();      ///< of a CLFO
+Settings clipSettings(const CSound& sound); ///< of the CSampleClip that it plays
+Settings envelopeSettings();                ///< of a CEnv
+Settings lfoSettings();                     ///< of a CLFO
 /// Of a CMod of a sound: where it leads to and by how much, for each of its destinations. The
 /// amount is a share of what is possible there, which for the pitch are four octaves.
 Settings slotSettings(const CSound& sound);

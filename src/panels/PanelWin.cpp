@@ -18,22 +18,27 @@ CStr titleOf(const CComp& comp) {
 
 } // namespace
 
-PanelWin::PanelWin(Workspace& space, CComp& edited, const CRect& place, ProgramBar::Deeds deeds)
-    : CCompEditor(space.mainWindow()->app, space.mainWindow(), titleOf(edited), place.left, place.top,
-                  place.width(), place.height(), windowStyle, &edited, &space.commands()),
-      workspace(space), body(new PanelBody(this, "settings", 0, ProgramBar::usualHeight, 1, 1)),
-      bar(new ProgramBar(this, space, &edited, std::move(deeds))) {
+PanelWin::PanelWin(Workspace& space, CComp& edited, const CRect& place,
+                   std::optional<ProgramBar::Deeds> deeds)
+    : CCompEditor(space.mainWindow()->app, space.mainWindow(), titleOf(edited), place.left,
+                  place.top, place.width(), place.height(), windowStyle, &edited,
+                  &space.commands()),
+      workspace(space),
+      body(new PanelBody(this, "settings", 0, deeds ? ProgramBar::usualHeight : 0, 1, 1)) {
     minWidth = leastWidth;
     minHeight = leastHeight;
-    bar->setAlign(alignWidth, 0, 0);
-    addControl(bar);
+    if (deeds) {
+        bar = new ProgramBar(this, space, &edited, std::move(*deeds));
+        bar->setAlign(alignWidth, 0, 0);
+        addControl(bar);
+    }
     body->setAlign(alignWidth | alignHeight, 0, 0);
     body->arrange = [this](int wide) { arrange(wide); };
     addControl(body);
 }
 
 void PanelWin::follow() {
-    std::vector<const void*> now = shape();
+    Shape now = shape();
     if (now == shown) return;
     shown = std::move(now);
     body->inner->clear();
@@ -42,7 +47,7 @@ void PanelWin::follow() {
 }
 
 void PanelWin::idle() {
-    bar->refresh();
+    if (bar) bar->refresh();
     follow();
     refresh();
 }

@@ -3,32 +3,41 @@
 #include "panels/ProgramBar.h"
 #include "ui/CCompEditor.h"
 
+#include <optional>
 #include <vector>
 
 class PanelBody;
 class Workspace;
 
 /// A window that edits the settings of a component: the bar of its programs, and below what the
-/// current one is made of. What it shows is made anew when something of that comes or goes.
-/// Interface thread.
+/// current one, or the component itself, is made of. What it shows is made anew when something of
+/// that comes or goes. Interface thread.
 class PanelWin : public CCompEditor {
 public:
-    PanelWin(Workspace& workspace, CComp& comp, const CRect& place, ProgramBar::Deeds deeds);
+    /// Without `deeds` it has no bar.
+    PanelWin(Workspace& workspace, CComp& comp, const CRect& place,
+             std::optional<ProgramBar::Deeds> deeds);
 
     void idle() override;
 
 protected:
+    /// What the content is made of, to be compared only.
+    struct Shape {
+        std::vector<const void*> objects;
+        std::vector<int> choices; ///< of pages
+        bool operator==(const Shape&) const = default;
+    };
+
     Workspace& workspace;
     PanelBody* body;
 
-    /// The objects that the content is made of, to be compared only.
-    virtual std::vector<const void*> shape() const = 0;
+    virtual Shape shape() const = 0;
     virtual void build() = 0;           ///< fills the inner group of the body, which is empty
     virtual void arrange(int wide) = 0; ///< lays that out
     virtual void refresh() = 0;         ///< takes the present values
     void follow();                      ///< makes the content anew if its shape has changed
 
 private:
-    ProgramBar* bar;
-    std::vector<const void*> shown;
+    ProgramBar* bar = nullptr; ///< among the controls
+    Shape shown;
 };

@@ -4,8 +4,10 @@
 #include "instruments/CArp.h"
 #include "instruments/CSampler.h"
 #include "panels/arp/CArpWin.h"
+#include "panels/drums/CDrumWin.h"
 #include "panels/rack/CEffectWin.h"
 #include "panels/sampler/CSamplerWin.h"
+#include "sequencer/CTrack.h"
 #include "ui/EditorTable.h"
 
 PanelsRoom::PanelsRoom(EditorTable& editors) {
@@ -15,6 +17,12 @@ PanelsRoom::PanelsRoom(EditorTable& editors) {
     editors.enter(compSampler, [](Workspace& space, CComp& comp) {
         return std::make_unique<CSamplerWin>(space, static_cast<CSampler&>(comp));
     });
+    editors.enter(
+        compTrack,
+        [](Workspace& space, CComp& comp) {
+            return std::make_unique<CDrumWin>(space, static_cast<CTrack&>(comp));
+        },
+        [](const CComp& comp) { return static_cast<const CTrack&>(comp).kind == trackDrum; });
     editors.enter(compArp, [](Workspace& space, CComp& comp) {
         return std::make_unique<CArpWin>(space, static_cast<CArp&>(comp));
     });

@@ -7,7 +7,9 @@ const EditorTable::Maker* EditorTable::find(const CComp& comp) const {
     const auto own = single.find(&comp);
     if (own != single.end()) return &own->second;
     const auto ofType = makers.find(comp.type);
-    return ofType == makers.end() ? nullptr : &ofType->second;
+    if (ofType == makers.end()) return nullptr;
+    const Entry& entry = ofType->second;
+    return entry.fits && !entry.fits(comp) ? nullptr : &entry.make;
 }
 
 bool EditorTable::has(const CComp& comp) const {

@@ -146,7 +146,7 @@ TEST(SoundSettings, OfSamplesAreStored) {
     CWavSound* s = b.addWav({0.5f, -0.5f, 0.25f, 0.125f});
     EXPECT_FALSE(controls(b, s).empty());
     EXPECT_FALSE(
-        reached(clipSettings(), s->clips[0].load(), [&] { return written(b.sampler); }).empty());
+        reached(clipSettings(*s), s->clips[0].load(), [&] { return written(b.sampler); }).empty());
 }
 
 TEST(SoundSettings, OfArpeggiatorsAreWhatIsStored) {

@@ -7,6 +7,7 @@
 #include "gui/controls/CButton.h"
 #include "gui/controls/CListbox.h"
 #include "instruments/CArp.h"
+#include "instruments/CDrumSound.h"
 #include "instruments/CSampler.h"
 #include "shell/Pages.h"
 
@@ -289,4 +290,32 @@ TEST_F(PanelsTest, TheArpeggiatorOfATrack) {
     EXPECT_EQ(arp->enabled, 0);
     EXPECT_EQ(arp->getProg()->mode, arpAsPlayed);
     EXPECT_EQ(arp->getProg()->octaves, 1);
+}
+
+TEST_F(PanelsTest, TheDrumsOfAKit) {
+    start();
+    ASSERT_TRUE(load(kindDrumAndBass));
+    CSongTrack* drums = nullptr;
+    for (auto* t : each<CSongTrack>(seq()->getProg()->tracks))
+        if (t->track->kind == trackDrum) drums = t;
+    ASSERT_NE(drums, nullptr);
+    seq()->unselectTracks();
+    seq()->selectTrack(drums, true);
+    win->move(0, 0, 800, 590);
+    key("ctrl+space");
+    ASSERT_TRUE(pumpUntil([&] { return win->pages->editorOf(drums->track) != nullptr; }));
+    page = win->pages->editorOf(drums->track);
+    settle();
+    auto* list = find<CListbox>("drums");
+    EXPECT_EQ(list->items.getCount(), drums->track->drumLayer()->sounds.getCount());
+    mouseTo(list, 40, 30); // the second
+    act({"click", "1"});
+    ASSERT_TRUE(pumpUntil([&] { return list->index == 1; }));
+    CDrumSound* second = drums->track->drumSound(1);
+    find("Cutoff")->win->setKeyCtrl(find("Cutoff"));
+    key("Home");
+    EXPECT_EQ(second->cutoff, 0.0f);
+    EXPECT_EQ(drums->track->drumSound(0)->cutoff, 1.0f);
+    undo();
+    EXPECT_EQ(second->cutoff, 1.0f);
 }

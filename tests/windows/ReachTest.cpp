@@ -14,6 +14,7 @@
 #include "instruments/CSampler.h"
 #include "panels/PageRow.h"
 #include "panels/arp/CArpWin.h"
+#include "panels/drums/CDrumWin.h"
 #include "panels/rack/CEffectWin.h"
 #include "panels/sampler/CSamplerWin.h"
 #include "render/CRenderWin.h"
@@ -219,4 +220,8 @@ TEST_F(ReachTest, EverythingInThePanels) {
     for (const int kind : {fxReverb, fxChorus, fxFilter}) rack.addProg(kind);
     CEffectWin chain(*win, rack);
     checkShown(chain, "rack");
+    CTrack* drums = seq()->addTrack(trackDrum, seq()->getProg(), nullptr)->track;
+    seq()->addStandardKit(drums);
+    CDrumWin kit(*win, *drums);
+    checkShown(kit, "kit");
 }

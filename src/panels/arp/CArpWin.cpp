@@ -30,8 +30,8 @@ ProgramBar::Deeds CArpWin::deeds(CArp& of) {
     return can;
 }
 
-std::vector<const void*> CArpWin::shape() const {
-    return {arp.getProg()};
+PanelWin::Shape CArpWin::shape() const {
+    return {{arp.getProg()}, {}};
 }
 
 void CArpWin::build() {

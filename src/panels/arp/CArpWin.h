@@ -11,7 +11,7 @@ public:
     CArpWin(Workspace& workspace, CArp& arp);
 
 private:
-    std::vector<const void*> shape() const override;
+    Shape shape() const override;
     void build() override;
     void arrange(int wide) override;
     void refresh() override;

@@ -37,12 +37,12 @@ ProgramBar::Deeds CEffectWin::deeds(CEffect& of) {
     return can;
 }
 
-std::vector<const void*> CEffectWin::shape() const {
+PanelWin::Shape CEffectWin::shape() const {
     CEffectProg* prog = rack.getProg();
-    std::vector<const void*> all = {prog};
+    Shape now{{prog}, {}};
     if (prog)
-        for (const auto* fx : each<CFX>(prog->effects)) all.push_back(fx);
-    return all;
+        for (const auto* fx : each<CFX>(prog->effects)) now.objects.push_back(fx);
+    return now;
 }
 
 void CEffectWin::build() {

@@ -14,7 +14,7 @@ public:
     CEffectWin(Workspace& workspace, CEffect& rack);
 
 private:
-    std::vector<const void*> shape() const override;
+    Shape shape() const override;
     void build() override;
     void arrange(int wide) override;
     void refresh() override;

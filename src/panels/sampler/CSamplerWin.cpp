@@ -1,11 +1,8 @@
 #include "panels/sampler/CSamplerWin.h"
 
 #include "base/Numbers.h"
-#include "common/fx/CFX.h"
 #include "engine/CQV.h"
-#include "engine/EffectSettings.h"
 #include "gui/controls/CPopup.h"
-#include "instruments/CSampleClip.h"
 #include "instruments/CSampler.h"
 #include "instruments/CWavSound.h"
 #include "instruments/FactoryPrograms.h"
@@ -13,7 +10,6 @@
 #include "instruments/SoundSettings.h"
 #include "panels/PageRow.h"
 #include "panels/PanelBody.h"
-#include "panels/sampler/EnvelopeView.h"
 #include "panels/sampler/SoundList.h"
 #include "panels/sampler/ZoneView.h"
 #include "project/PresetFiles.h"
@@ -23,36 +19,19 @@
 namespace {
 
 constexpr int gap = 8, listWidth = 200;
-constexpr int pageWidth = 92, modulatorWidth = 62;
+constexpr int pageWidth = 92;
 const CRect usualPlace = asRect(100, 80, 100 + 960, 80 + 600);
-
-/// In the order of the buttons; behind them the velocity.
-constexpr int firstLfo = envelopeCount, velocity = firstLfo + lfoCount;
-constexpr int fixedEnvelopes = 2; ///< which lead to the level and the filter alone
-
-CMod* modulatorOf(const CSound* sound, int number) {
-    if (number < firstLfo) return sound->envelope[number].get();
-    return number < velocity ? static_cast<CMod*>(sound->lfo[number - firstLfo].get())
-                             : sound->vel.get();
-}
-
-std::vector<CStr> modulatorTitles() {
-    std::vector<CStr> all = {"Amp", "Filter"};
-    for (int i = fixedEnvelopes; i < envelopeCount; i++) all.push_back("Env " + asStr(i + 1));
-    for (int i = 0; i < lfoCount; i++) all.push_back("LFO " + asStr(i + 1));
-    all.push_back("Velocity");
-    return all;
-}
 
 } // namespace
 
 CSamplerWin::CSamplerWin(Workspace& space, CSampler& edited)
     : PanelWin(space, edited, usualPlace, deeds(edited)), sampler(edited),
-      list(new SoundList(this, space, edited)),
+      content(this, edited.host->values.get()), list(new SoundList(this, space, edited)),
       pages(new PageRow(this, "pages", {"Sound", "Modulators", "Effects", "Keys"}, pageWidth)) {
     constexpr int below = ProgramBar::usualHeight;
     list->setBounds(0, below, listWidth, 1);
     list->setAlign(alignHeight, 0, 0);
+    content.onTurned = [this] { follow(); };
     list->onChosen = [this] { follow(); };
     addControl(list);
     pages->setBounds(listWidth, below, 1, PageRow::usualHeight);
@@ -92,17 +71,15 @@ void CSamplerWin::factoryChosen(CObject* sender) {
     follow();
 }
 
-std::vector<const void*> CSamplerWin::shape() const {
+PanelWin::Shape CSamplerWin::shape() const {
     CSynthProg* prog = sampler.getProg();
     const CSound* sound = list->sound();
-    std::vector<const void*> all = {prog, sound};
+    Shape now{{prog, sound}, {pages->page(), content.modulator()}};
     if (sound && sound->type == typeWavSound)
-        all.push_back(static_cast<const CWavSound*>(sound)->clips[0].load());
+        now.objects.push_back(static_cast<const CWavSound*>(sound)->clips[0].load());
     if (pages->page() == pageKeys && prog)
-        prog->eachSound([&](const CSound* s) { all.push_back(s); });
-    all.push_back(pages + pages->page());
-    all.push_back(this + shownModulator);
-    return all;
+        prog->eachSound([&](const CSound* s) { now.objects.push_back(s); });
+    return now;
 }
 
 bool CSamplerWin::alive(const CSound* wanted) const {
@@ -123,85 +100,17 @@ std::vector<CSound*> CSamplerWin::along() const {
 }
 
 void CSamplerWin::build() {
-    modulators = nullptr;
-    envelope = nullptr;
+    content.clear();
     zones = nullptr;
-    settings = new SettingPanel(this, "settings", sampler.host->values.get());
+    settings = nullptr;
     CSound* sound = list->sound();
-    if (pages->page() == pageKeys)
-        buildKeys();
-    else if (sound && pages->page() == pageSound)
-        buildSound(sound);
-    else if (sound && pages->page() == pageModulators)
-        buildModulators(sound);
-    else if (sound)
-        buildEffects(sound);
-    body->inner->addControl(settings);
-}
-
-void CSamplerWin::buildSound(CSound* sound) {
-    const auto lives = [this, sound] { return alive(sound); };
-    std::vector<SettingPanel::Section> sections;
-    const auto others = [this] {
-        const std::vector<CSound*> sounds = along();
-        return std::vector<CObject*>(sounds.begin(), sounds.end());
-    };
-    sections.push_back({settingsOf(*sound), sound, -1, "", others, lives});
-    if (sound->type == typeWavSound)
-        if (CSampleClip* clip = static_cast<CWavSound*>(sound)->clips[0])
-            sections.push_back({clipSettings(), clip, -1, "", {}, lives});
-    settings->show(sections);
-}
-
-CMod* CSamplerWin::modulator(CSound* sound) const {
-    return modulatorOf(sound, shownModulator);
-}
-
-void CSamplerWin::buildModulators(CSound* sound) {
-    modulators = new PageRow(this, "modulators", modulatorTitles(), modulatorWidth);
-    modulators->turn(shownModulator);
-    modulators->onTurned = [this] {
-        shownModulator = modulators->page();
-        follow();
-    };
-    body->inner->addControl(modulators);
-    const int number = shownModulator;
-    CMod* mod = modulator(sound);
-    const auto lives = [this, sound] { return alive(sound); };
-    const auto others = [this, number] {
-        std::vector<CObject*> all;
-        for (CSound* s : along()) all.push_back(modulatorOf(s, number));
-        return all;
-    };
-    std::vector<SettingPanel::Section> sections;
-    if (number < firstLfo) {
-        envelope = new EnvelopeView(this, sampler.host->values.get());
-        envelope->show(static_cast<CEnv*>(mod), lives, others);
-        body->inner->addControl(envelope);
-        sections.push_back({envelopeSettings(), mod, -1, "", others, lives});
-    } else if (number < velocity) {
-        sections.push_back({lfoSettings(), mod, -1, "", others, lives});
-    }
-    if (number >= fixedEnvelopes)
-        sections.push_back({slotSettings(*sound), mod, -1, "", others, lives});
-    settings->show(sections);
-}
-
-void CSamplerWin::buildEffects(CSound* sound) {
-    const auto lives = [this, sound] { return alive(sound); };
-    std::vector<SettingPanel::Section> sections;
-    for (int i = 0; i < 2; i++) {
-        CFX* fx = sound->fx[i].get();
-        const auto others = [this, i] {
-            std::vector<CObject*> all;
-            for (CSound* s : along()) all.push_back(s->fx[i].get());
-            return all;
-        };
-        sections.push_back({settingsOf(*fx), fx, -1, fx->id, others, lives});
-    }
-    for (const auto& fx : sound->layer->prog->fx)
-        sections.push_back({settingsOf(*fx), fx.get(), -1, "Program " + fx->id, {}, lives});
-    settings->show(sections);
+    if (pages->page() == pageKeys) return buildKeys();
+    if (!sound) return;
+    const SoundContent::Subject subject{sound, [this, sound] { return alive(sound); },
+                                        [this] { return along(); }};
+    if (pages->page() == pageSound) content.buildSound(body->inner, subject);
+    if (pages->page() == pageModulators) content.buildModulators(body->inner, subject);
+    if (pages->page() == pageEffects) content.buildEffects(body->inner, subject);
 }
 
 void CSamplerWin::buildKeys() {
@@ -216,32 +125,24 @@ void CSamplerWin::buildKeys() {
         };
         sections.push_back({layerSettings(), layer, -1, "", {}, lives});
     }
+    settings = new SettingPanel(this, "settings", sampler.host->values.get());
     settings->show(sections);
+    body->inner->addControl(settings);
 }
 
 void CSamplerWin::arrange(int wide) {
-    int y = 0;
-    if (modulators) {
-        modulators->fit(wide);
-        y = modulators->height;
-    }
-    if (envelope) {
-        envelope->setBounds(gap, y, wide - 2 * gap, EnvelopeView::usualHeight);
-        y += EnvelopeView::usualHeight;
-    }
-    if (zones) {
-        zones->setBounds(gap, gap, zones->width, zones->height);
-        zones->fit(wide - 2 * gap);
-        y = gap + zones->height;
-    }
-    if (!settings) return;
-    settings->setBounds(0, y, settings->width, settings->height);
+    content.arrange(wide);
+    if (!zones) return;
+    zones->setBounds(gap, gap, zones->width, zones->height);
+    zones->fit(wide - 2 * gap);
+    settings->setBounds(0, gap + zones->height, settings->width, settings->height);
     settings->fit(wide);
 }
 
 void CSamplerWin::refresh() {
     list->refresh();
-    if (settings) settings->refresh();
-    if (envelope) envelope->refresh();
-    if (zones) zones->refresh();
+    content.refresh();
+    if (!zones) return;
+    zones->refresh();
+    settings->refresh();
 }

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+class CGroup;
+class CMod;
+class CObject;
+class CSound;
+class CWin;
+class EnvelopeView;
+class PageRow;
+class SettingPanel;
+class ValueDoor;
+
+/// What a page about a sound is made of: the settings of the sound, of one of its modulators, or of
+/// its effects. Interface thread.
+class SoundContent {
+public:
+    /// The sound that is edited. What it refers to is only touched while it is alive.
+    struct Subject {
+        CSound* sound = nullptr;
+        std::function<bool()> alive;
+        std::function<std::vector<CSound*>()> along; ///< sounds of its class that are set with it
+    };
+
+    std::function<void()> onTurned; ///< another modulator is to show
+
+    SoundContent(CWin* owner, ValueDoor* through) : win(owner), door(through) {}
+
+    // Make the controls of a page, in a group that is empty.
+    void buildSound(CGroup* in, const Subject& subject);
+    void buildModulators(CGroup* in, const Subject& subject);
+    void buildEffects(CGroup* in, const Subject& subject);
+    void clear(); ///< forgets them: the group has dropped them
+
+    void arrange(int width); ///< lays them out below each other
+    void refresh();
+    int modulator() const { return shownModulator; } ///< that is shown, from 0 on
+
+private:
+    SettingPanel* addSettings(CGroup* in);
+
+    CWin* win;
+    ValueDoor* door;
+    // Of the page that shows; null where it has none.
+    PageRow* modulators = nullptr;
+    EnvelopeView* envelope = nullptr;
+    SettingPanel* settings = nullptr;
+    int shownModulator = 0;
+};
