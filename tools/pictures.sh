@@ -32,7 +32,7 @@ keys F12
 sleep 1
 shot "$images/modular.png"
 keys F8
-at 230 300 # the head of the pad
+at 110 309 # the head of the pad
 xdotool click 1
 keys ctrl+space
 shot "$images/sampler.png"
