@@ -90,3 +90,5 @@ const SettingUnit keyUnit{[](const CObject*, double v) { return noteToStr(asRoun
 const SettingUnit channelUnit{
     [](const CObject*, double v) { return v < 0.0 ? CStr("All") : asStr(asRound(v) + 1); },
     [](const CObject*, double entered) { return entered - 1.0; }};
+const SettingUnit controllerUnit{
+    [](const CObject*, double v) { return v < 0.0 ? CStr("None") : asStr(asRound(v)); }, asEntered};

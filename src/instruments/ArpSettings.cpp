@@ -89,10 +89,6 @@ constexpr StoredValue::Kind power = {
     [](const CObject* o, int) { return Numbers{static_cast<const CArp*>(o)->enabled ? 1.0 : 0.0}; },
     [](CObject* o, int, const Numbers& to) { static_cast<CArp*>(o)->enable(to[0] != 0.0); }};
 
-const SettingUnit controllerUnit{
-    [](const CObject*, double v) { return v < 0.0 ? CStr("None") : asStr(asRound(v)); },
-    [](const CObject*, double entered) { return entered; }};
-
 constexpr std::array arpTable = {
     Setting{"Arpeggiator", power, 0.0, 1.0, 1.0, &onOffUnit, Setting::onOff},
     Setting{"Arpeggiator", latch, 0.0, 1.0, 0.0, &onOffUnit, Setting::onOff},

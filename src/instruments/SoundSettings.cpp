@@ -225,6 +225,55 @@ std::vector<Setting> makeSlots(int targets) {
     return all;
 }
 
+// Controllers.
+
+CSound* sound(CObject* o) {
+    return static_cast<CSound*>(o);
+}
+const CSound* sound(const CObject* o) {
+    return static_cast<const CSound*>(o);
+}
+
+/// What one controller moves.
+const StoredValue::Kind moved = {
+    "Controller",
+    [](const CObject* o, int number) { return Numbers{double(sound(o)->ccMap[number])}; },
+    [](CObject* o, int number, const Numbers& to) { sound(o)->ccMap[number] = asRound(to[0]); }};
+
+Numbers controllerOf(const CObject* o, int target) {
+    const auto& map = sound(o)->ccMap;
+    const auto* found = std::find(std::begin(map), std::end(map), target);
+    return {found == std::end(map) ? -1.0 : double(found - std::begin(map))};
+}
+
+void setController(CObject* o, int target, const Numbers& to) {
+    if (!std::isfinite(to[0])) return;
+    for (auto& other : sound(o)->ccMap)
+        if (other == target) other = targetNone;
+    const int number = asRound(std::min(to[0], lastKey));
+    if (number >= 0) sound(o)->ccMap[number] = target;
+}
+
+/// All controllers: what is set takes them from each other.
+void listControllers(CObject* o, int, std::vector<StoredValue>& all) {
+    for (int i = 0; i < int(std::size(sound(o)->ccMap)); i++) all.push_back({&moved, o, i});
+}
+
+std::vector<Setting> makeControllers(int targets) {
+    std::vector<Setting> all;
+    for (int target = targetPitch; target < targets; target++)
+        all.push_back({"Controllers",
+                       {targetNames[target], controllerOf, setController, nullptr, listControllers},
+                       -1.0,
+                       lastKey,
+                       -1.0,
+                       &controllerUnit,
+                       Setting::whole,
+                       {},
+                       target});
+    return all;
+}
+
 constexpr std::array layer = {switchSetting<&CLayer::editAll>("Layer", "Edit all")};
 constexpr std::array sampler = {fieldSetting<&CSampler::mch, -1.0, 15.0>(
     "Instrument", "MIDI channel", -1.0, channelUnit, Setting::whole)};
@@ -252,6 +301,12 @@ Settings slotSettings(const CSound& sound) {
     static const std::vector<Setting> ofSynth = makeSlots(targetCount);
     static const std::vector<Setting> ofSample = makeSlots(sampleTargetCount);
     return sound.type == typeOscSound ? ofSynth : ofSample;
+}
+
+Settings controllerSettings(const CSound& of) {
+    static const std::vector<Setting> ofSynth = makeControllers(targetCount);
+    static const std::vector<Setting> ofSample = makeControllers(sampleTargetCount);
+    return of.type == typeOscSound ? ofSynth : ofSample;
 }
 
 Settings layerSettings() {

@@ -16,5 +16,8 @@ Settings lfoSettings();                     ///< of a CLFO
 /// Of a CMod of a sound: where it leads to and by how much, for each of its destinations. The
 /// amount is a share of what is possible there, which for the pitch are four octaves.
 Settings slotSettings(const CSound& sound);
+/// Of a sound: the MIDI controller that moves each of its values, -1 none. Where several move one
+/// the first counts, until another is set.
+Settings controllerSettings(const CSound& sound);
 Settings layerSettings();   ///< of a CLayer
 Settings samplerSettings(); ///< of a CSampler

@@ -5,6 +5,7 @@
 #include "base/CStream.h"
 #include "common/fx/CFX.h"
 #include "engine/EffectSettings.h"
+#include "engine/ValueDoor.h"
 #include "instruments/ArpSettings.h"
 #include "instruments/CArp.h"
 #include "support/StoredPlaces.h"
@@ -92,7 +93,6 @@ StoredPlaces withoutControl(SoundBench& b, CSound* s) {
     }
     eachSlot(*s->vel, false);
     eachSlot(*s->cp, true);
-    for (auto& target : s->ccMap) through(target, {0, 1, 3, 9, 44, 128, 255});
     through(s->solo, {0, 1}); // on drum tracks only, in their rows
     for (int v = 0; v < 256; v++) {
         s->reserved = (unsigned char)v;
@@ -119,6 +119,14 @@ StoredPlaces controls(SoundBench& b, CSound* s) {
         add(slotSettings(*s), l.get());
     }
     add(slotSettings(*s), s->vel.get());
+    for (const Setting& c : controllerSettings(*s)) { // any controller, to any target
+        for (int number = 0; number < 128; number++) {
+            const std::string before = written(b.sampler);
+            c.kind.set(s, c.index, {double(number)});
+            all.merge(differing(before, written(b.sampler)));
+        }
+        c.kind.set(s, c.index, {-1.0});
+    }
     for (auto& fx : s->fx) add(settingsOf(*fx), fx.get());
     for (auto& fx : b.prog->fx) add(settingsOf(*fx), fx.get());
     return all;
@@ -183,4 +191,24 @@ TEST(SoundSettings, DestinationsFitTheirAmounts) {
     EXPECT_STREQ(amount.text(lfo, 1.0).asChar(), "100 %");
     target.kind.set(lfo, target.index, before);
     EXPECT_EQ(lfo->params[1].amount, 24.0f);
+}
+
+/// A value has one controller, a controller one value; undo gives back those that were taken.
+TEST(SoundSettings, ControllersAreTakenAndGivenBack) {
+    SoundBench b;
+    COSCSound* s = b.addOsc();
+    s->ccMap[74] = targetCutoff;
+    s->ccMap[20] = targetQ;
+    s->ccMap[71] = targetQ;
+    const auto* q = findSetting(controllerSettings(*s), "Q");
+    EXPECT_EQ(q->of(s).get()[0], 20.0);
+    b.host.host->values->set(q->of(s), 74.0);
+    EXPECT_EQ(s->ccMap[74], targetQ);
+    EXPECT_EQ(s->ccMap[20], targetNone);
+    EXPECT_EQ(s->ccMap[71], targetNone);
+    EXPECT_EQ(findSetting(controllerSettings(*s), "Cutoff")->of(s).get()[0], -1.0);
+    b.host.undo();
+    EXPECT_EQ(s->ccMap[74], targetCutoff);
+    EXPECT_EQ(s->ccMap[20], targetQ);
+    EXPECT_EQ(s->ccMap[71], targetQ);
 }

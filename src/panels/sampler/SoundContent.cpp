@@ -15,8 +15,8 @@ namespace {
 
 constexpr int gap = 8, modulatorWidth = 62;
 
-/// In the order of the buttons; behind them the velocity.
-constexpr int firstLfo = envelopeCount, velocity = firstLfo + lfoCount;
+/// In the order of the buttons; behind them the velocity, and the controllers, which have none.
+constexpr int firstLfo = envelopeCount, velocity = firstLfo + lfoCount, controllers = velocity + 1;
 constexpr int fixedEnvelopes = 2; ///< which lead to the level and the filter alone
 
 CMod* modulatorOf(const CSound* sound, int number) {
@@ -30,6 +30,7 @@ std::vector<CStr> modulatorTitles() {
     for (int i = fixedEnvelopes; i < envelopeCount; i++) all.push_back("Env " + asStr(i + 1));
     for (int i = 0; i < lfoCount; i++) all.push_back("LFO " + asStr(i + 1));
     all.push_back("Velocity");
+    all.push_back("MIDI");
     return all;
 }
 
@@ -71,6 +72,12 @@ void SoundContent::buildModulators(CGroup* in, const Subject& subject) {
         if (onTurned) onTurned();
     };
     in->addControl(modulators);
+    if (shownModulator == controllers) {
+        const auto sounds = ofOthers(subject, [](CSound* s) -> CObject* { return s; });
+        addSettings(in)->show(
+            {{controllerSettings(*subject.sound), subject.sound, -1, "", sounds, subject.alive}});
+        return;
+    }
     const int number = shownModulator;
     CMod* mod = modulatorOf(subject.sound, number);
     const auto others =

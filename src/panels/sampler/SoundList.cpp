@@ -97,11 +97,14 @@ std::vector<SoundList::Row> SoundList::present() const {
     int number = 0;
     for (CLayer* l : each<CLayer>(prog->layers)) {
         all.push_back({l, nullptr, CStr("Layer ") + asStr(++number)});
+        int place = 0;
         for (CSound* s : each<CSound>(l->sounds)) {
             const bool whole = s->lowKey <= 0 && s->hiKey >= 127;
             const CStr zone =
                 whole ? CStr() : "   " + noteToStr(s->lowKey) + " to " + noteToStr(s->hiKey);
-            all.push_back({l, s, "    " + s->id + (s->mute ? " (muted)" : "") + zone});
+            all.push_back(
+                {l, s,
+                 "    " + asStr(++place) + "  " + s->id + (s->mute ? " (muted)" : "") + zone});
         }
     }
     return all;
