@@ -16,12 +16,6 @@ CPoint minus(CPoint a, CPoint b) {
     return asPoint(a.x - b.x, a.y - b.y);
 }
 
-CPoint scrollView(ModularView& view, CPoint by) {
-    const CPoint before = asPoint(view.scrollX, view.scrollY);
-    view.scroll(before.x + by.x, before.y + by.y);
-    return minus(asPoint(view.scrollX, view.scrollY), before);
-}
-
 bool has(const std::vector<CComp*>& comps, const CComp* comp) {
     return std::ranges::find(comps, comp) != comps.end();
 }
@@ -62,7 +56,7 @@ void BandDrag::dragCancel() {
 }
 
 CPoint BandDrag::dragScroll(CPoint by) {
-    return scrollView(view, by);
+    return view.scrollBy(by);
 }
 
 // Moving.
@@ -121,7 +115,7 @@ void BoxDrag::dragCancel() {
 }
 
 CPoint BoxDrag::dragScroll(CPoint by) {
-    return scrollView(view, by);
+    return view.scrollBy(by);
 }
 
 // Copying.
@@ -152,7 +146,7 @@ void CopyDrag::dragCancel() {
 }
 
 CPoint CopyDrag::dragScroll(CPoint by) {
-    return scrollView(view, by);
+    return view.scrollBy(by);
 }
 
 // The menu.

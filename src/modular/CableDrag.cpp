@@ -36,7 +36,5 @@ void CableDrag::dragCancel() {
 }
 
 CPoint CableDrag::dragScroll(CPoint by) {
-    const CPoint before = {view.scrollX, view.scrollY};
-    view.scroll(before.x + by.x, before.y + by.y);
-    return {view.scrollX - before.x, view.scrollY - before.y};
+    return view.scrollBy(by);
 }

@@ -22,6 +22,11 @@ void FindField::begin() {
     selectAll();
 }
 
+void FindField::forget() {
+    found = {};
+    told = "";
+}
+
 void FindField::paint(CGraphic* g, CRect rect) {
     CEdit::paint(g, rect);
     if (!text.empty() || hasKeyFocus()) return;

@@ -18,6 +18,7 @@ public:
     void describe(Description& d, int part) const override;
     bool enterText(const std::string& to) override; ///< carries it out
     void begin();                                   ///< takes the keys, for a new text
+    void forget();                                  ///< what was found may be gone
     std::function<void()> onTold;
 
 private:

@@ -65,6 +65,7 @@ void GraphSide::describe(Description& d, int) const {
 
 void GraphSide::graphChanged() {
     list->clear();
+    field->forget();
     map->redraw();
 }
 

@@ -71,7 +71,9 @@ CRect ModularView::partArea(int part) const {
     return asRect(x - cableBox / 2, y - cableBox / 2, x + cableBox / 2, y + cableBox / 2);
 }
 
+/// None for as long as they may be gone.
 int ModularView::accessParts() const {
+    if (stale()) return 0;
     return int(model.boxes.size() + model.ports.size() + model.cables.size());
 }
 
@@ -82,7 +84,7 @@ int ModularView::partAround(int part) const {
 }
 
 int ModularView::focusedPart() const {
-    return partOf(shown.focus);
+    return stale() ? wholeCtrl : partOf(shown.focus);
 }
 
 CStr ModularView::spoken(int part) const {
@@ -156,6 +158,7 @@ void ModularView::goTo(CComp* comp) {
 // Keys.
 
 bool ModularView::keyDown(int key, int mods) {
+    if (closed) return false;
     if (stale()) rebuild();
     return (linking && linkKey(key, mods)) || moveKey(key, mods) || itemKey(key, mods) ||
            CCanvas::keyDown(key, mods);

@@ -86,40 +86,44 @@ bool ModularView::stale() const {
     return host()->hostNotices.raised(changes[0] | changes[1]);
 }
 
-/// A drag, or a cable that the keys lead, goes on where nothing that shows has changed.
-void ModularView::rebuild() {
-    GraphModel fresh(host());
-    if (fresh.same(model)) return redraw();
-    if (win->app->drag.of(this)) win->app->drag.cancel();
-    model = std::move(fresh);
-    const CObject* item = shown.focus;
+/// Shows another graph. What was under way was about the former one, which may be gone.
+void ModularView::take(GraphModel fresh) {
+    CObject* item = shown.focus;
     const double zoomNow = shown.zoom;
+    model = std::move(fresh);
     shown = GraphShown();
     shown.zoom = zoomNow;
     const bool there =
-        item && (model.boxOf(static_cast<const CComp*>(item)) >= 0 ||
-                 model.portOf(static_cast<const CIO*>(item)) >= 0 || model.cableOf(item) >= 0);
-    if (there) shown.focus = const_cast<CObject*>(item);
+        item && (model.boxOf(static_cast<CComp*>(item)) >= 0 ||
+                 model.portOf(static_cast<CIO*>(item)) >= 0 || model.cableOf(item) >= 0);
+    if (there) shown.focus = item;
     linking = false;
     hovered = nullptr;
+    if (win->app->drag.of(this)) win->app->drag.cancel();
+    band = {};
+    redraw();
+}
+
+/// A drag, or a cable that the keys lead, goes on where nothing that shows has changed.
+void ModularView::rebuild() {
+    if (closed) return;
+    GraphModel fresh(host());
+    if (fresh.same(model)) return redraw();
+    take(std::move(fresh));
     scroll(scrollX, scrollY);
     if (onScrolled) onScrolled();
-    redraw();
 }
 
 void ModularView::forget() {
-    if (win->app->drag.of(this)) win->app->drag.cancel();
-    model = GraphModel();
-    const double zoomNow = shown.zoom;
-    shown = GraphShown();
-    shown.zoom = zoomNow;
-    band = {};
-    linking = false;
-    hovered = nullptr;
-    redraw();
+    closed = true;
+    take({});
 }
 
 void ModularView::follow() {
+    if (closed) {
+        closed = false;
+        rebuild();
+    }
     if (stale()) return;
     if (modified == host()->modified()) return;
     modified = !modified;
@@ -226,10 +230,15 @@ void ModularView::scroll(int x, int y) {
     if (onScrolled) onScrolled();
 }
 
-CPoint ModularView::panBy(CPoint pixels) {
+CPoint ModularView::scrollBy(CPoint by) {
     const CPoint before = asPoint(scrollX, scrollY);
-    scroll(before.x - pixels.x, before.y - pixels.y);
-    return asPoint(before.x - scrollX, before.y - scrollY);
+    scroll(before.x + by.x, before.y + by.y);
+    return asPoint(scrollX - before.x, scrollY - before.y);
+}
+
+CPoint ModularView::panBy(CPoint pixels) {
+    const CPoint by = scrollBy(asPoint(-pixels.x, -pixels.y));
+    return asPoint(-by.x, -by.y);
 }
 
 void ModularView::zoomAt(CPoint at, double factor, bool) {
@@ -338,6 +347,7 @@ void ModularView::beginDrag(std::unique_ptr<DragHandler> begun, CPoint at, int b
 
 void ModularView::mouseDown(int x, int y, int btn) {
     CCtrl::mouseDown(x, y, btn);
+    if (closed) return;
     if (stale()) rebuild();
     if (panZoom.press(x, y, btn)) return;
     win->setKeyCtrl(this);
@@ -438,7 +448,8 @@ bool ModularView::touch(int x, int y, int btn, const TouchStep& step) {
 }
 
 bool ModularView::contextMenu() {
-    if (!onMenu) return false;
+    if (!onMenu || closed) return false;
+    if (stale()) rebuild();
     CPoint at = toGraph(asPoint(width / 2, height / 2));
     if (const int i = partOf(shown.focus); i >= 0) {
         const CRect area = partArea(i);

@@ -51,7 +51,7 @@ public:
     const GraphModel& graph() const { return model; }
     const GraphShown& shownNow() const { return shown; }
     void rebuild(); ///< after the graph has changed
-    void forget();  ///< it is about to be taken down
+    void forget();  ///< it is about to be taken down: nothing is shown until the next tick
     void follow();  ///< what changes without a notice; interface tick
 
     double zoom() const { return shown.zoom; }
@@ -59,6 +59,7 @@ public:
     void zoomToFit();                          ///< all of it, at most 100 %
     CRect plain() const;                       ///< of the content at this zoom, and of what is seen
     void scroll(int x, int y);                 ///< as far as there is content
+    CPoint scrollBy(CPoint by);                ///< the same; how far it has been
     CPoint toGraph(CPoint inControl) const;
     CPoint toControl(CPoint ofGraph) const;
     void reveal(CRect ofGraph);
@@ -91,6 +92,7 @@ private:
     GraphPainter painter() const;
     CRect modifiedArea() const; ///< of the control
     bool stale() const;
+    void take(GraphModel fresh);
     void hover(CPoint at);
     void lightPath(const CObject* from);
     void fadeCables();
@@ -118,6 +120,7 @@ private:
     CRect band;                        ///< of the graph; empty without one
     std::unique_ptr<DragHandler> drag; ///< the latest; null before the first
     const CObject* hovered = nullptr;  ///< only to be compared
+    bool closed = false;               ///< the graph is being taken down and built
     bool linking = false;              ///< a cable is being led by the keys
     bool modified = false;             ///< as it is told
     bool midiStrong = true, audioStrong = true, othersStrong = true;

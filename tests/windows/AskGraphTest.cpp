@@ -335,8 +335,7 @@ TEST_F(AskGraphTest, TheMenuAsksAndTheButtonGoesThere) {
     refresh();
     view()->zoomTo(1, {});
     view()->goTo(synth("Bass"));
-    // Behind rename, duplicate, delete, mute and solo.
-    menuAt(middleOf(synth("Bass")), {"Down", "Down", "Down", "Down", "Down", "Down", "Return"});
+    menuAt(middleOf(synth("Bass")), {"w", "Return"}); // the first entry that begins so
     auto* answers = find<AnswerList>("answers");
     ASSERT_EQ(answers->accessParts(), 1);
     Description d;

@@ -206,6 +206,48 @@ TEST_F(ModularTest, TheSongCanBeDeletedAndComesBack) {
     EXPECT_FALSE(win->isOpen(song));
 }
 
+/// A double click opens what has a window; on what has none it is two clicks.
+TEST_F(ModularTest, DoubleClicksOpenWindows) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    win->move(0, 0, 900, 640);
+    win->runAction(win->getAction("modular"));
+    refresh();
+    for (CComp* c : {host->getMIDIIn(), static_cast<CComp*>(seq())}) {
+        mouseTo(middleOf(c));
+        act({"click", "--repeat", "2", "--delay", "20", "1"});
+        refresh();
+        EXPECT_EQ(win->inFront(seq()), c == seq());
+    }
+}
+
+/// Undo and loading in mid drag end the drag, and neither box nor cable is left behind.
+TEST_F(ModularTest, DragsEndWhenTheGraphChanges) {
+    startModular();
+    CComp* a = add(compGroupCh, 100, 150);
+    for (const CPoint from : {middleOf(a), portAt(a->output())}) {
+        host->redoClicked();
+        refresh();
+        mouseTo(from);
+        act({"mousedown", "1"});
+        mouseTo(addPos(from, asPoint(40, 60)));
+        host->undoClicked();
+        refresh();
+        EXPECT_FALSE(app->drag.of(view()));
+        act({"mouseup", "1"});
+        EXPECT_EQ(host->comps.getCount(), 4);
+        EXPECT_EQ(view()->shownNow().toPort, -1);
+    }
+    mouseTo(middleOf(out()));
+    act({"mousedown", "1"});
+    mouseTo(addPos(middleOf(out()), asPoint(40, 60)));
+    ASSERT_TRUE(load(kindModular));
+    act({"mouseup", "1"});
+    refresh();
+    EXPECT_EQ(host->undoIndex, -1);
+    EXPECT_EQ(view()->graph().boxes.size(), size_t(host->comps.getCount()));
+}
+
 TEST_F(ModularTest, WhatIsDroppedOnACableComesIntoItAndOutAgain) {
     startModular();
     CComp* synth = add(compSampler, 300, 60);
@@ -453,6 +495,7 @@ TEST_F(ModularTest, RandomGesturesCanBeUndone) {
             win->runAction(win->getAction(upTo(3) ? "undo" : upTo(2) ? "redo" : "tidygraph"));
         }
         if (host->comps.getCount() > 24) win->runAction(win->getAction("undo"));
+        win->pages->closeAll(); // windows that were opened by a double click
         host->settle();
         host->idle();
         app->paintFrame();
