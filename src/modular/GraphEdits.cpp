@@ -137,6 +137,7 @@ void placeComps(CQV* host, std::span<CComp* const> comps, std::span<const CPoint
 void moveComps(CQV* host, CPoint by) {
     const std::vector<CComp*> comps = selectedComps(host);
     std::vector<CPoint> places;
+    places.reserve(comps.size());
     for (const CComp* comp : comps) places.push_back(asPoint(comp->posX + by.x, comp->posY + by.y));
     placeComps(host, comps, places, "Move");
 }

@@ -233,6 +233,7 @@ int64_t Layers::crossingsBelow(int row) const {
         }
     std::sort(ends.begin(), ends.end());
     std::vector<double> sorted;
+    sorted.reserve(ends.size());
     for (const auto& end : ends) sorted.push_back(end.second);
     std::sort(sorted.begin(), sorted.end());
     sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());

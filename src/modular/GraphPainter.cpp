@@ -51,13 +51,55 @@ CStr detailOf(CComp* comp) {
         return tracks == 1 ? CStr("1 track") : asStr(tracks) + " tracks";
     }
     CProgram* program = comp->numProgs() > 0 ? comp->getProgram(-1) : nullptr;
-    const CStr name = program ? comp->getProgName(comp->curProg) : CStr();
+    CStr name = program ? comp->getProgName(comp->curProg) : CStr();
     if (!name.empty() && name != comp->id) return name;
     const CStr kind = compKindName(comp->type);
     return kind.sub(0, 1).upperCase() + kind.sub(1, -1);
 }
 
+CPath smooth(const CableCurve& c) {
+    CPath line;
+    line.moveTo(c.start.x, c.start.y);
+    line.curveTo(c.bend1.x, c.bend1.y, c.bend2.x, c.bend2.y, c.end.x, c.end.y);
+    return line;
+}
+
+CPath dashed(const CableCurve& c) {
+    CPath line;
+    bool on = true;
+    double left = dashOn;
+    CableCurve::Point from = c.start;
+    line.moveTo(from.x, from.y);
+    for (int i = 1; i <= curvePieces; i++) {
+        const CableCurve::Point to = c.at(double(i) / curvePieces);
+        left -= std::hypot(to.x - from.x, to.y - from.y);
+        if (on) line.lineTo(to.x, to.y);
+        if (left <= 0) {
+            on = !on;
+            left = on ? dashOn : dashOff;
+            if (on) line.moveTo(to.x, to.y);
+        }
+        from = to;
+    }
+    return line;
+}
+
+/// A colour brought so far towards that of texts that a thin line in it can be seen.
+int visible(int colour, int text) {
+    constexpr double least = 3, step = 0.1;
+    double share = 0;
+    while (share < 1 && contrast(fadeCol(colour, text, share), clComps.fillCol) < least)
+        share += step;
+    return fadeCol(colour, text, std::min(share, 1.0));
+}
+
 } // namespace
+
+GraphPainter::GraphPainter(const GraphModel& graph, const GraphShown& look, const CPalette& colours)
+    : model(graph), shown(look), palette(colours),
+      midiColour(visible(clCompsMidi.fillCol, colours.text)),
+      audioColour(visible(clCompsAudio.fillCol, colours.text)) {
+}
 
 CRect GraphPainter::scaled(CRect area, double zoom) {
     return asRect(asInt(std::floor(area.left * zoom)), asInt(std::floor(area.top * zoom)),
@@ -119,16 +161,6 @@ void GraphPainter::paint(CGraphic* g, CRect asked) const {
 
 // Cables.
 
-/// The colour of a kind, brought so far from that of the canvas that a thin line can be seen.
-int GraphPainter::kindColour(bool midi) const {
-    constexpr double least = 3, step = 0.1;
-    const int colour = midi ? clCompsMidi.fillCol : clCompsAudio.fillCol;
-    double share = 0;
-    while (share < 1 && contrast(fadeCol(colour, palette.text, share), clComps.fillCol) < least)
-        share += step;
-    return fadeCol(colour, palette.text, std::min(share, 1.0));
-}
-
 void GraphPainter::paintCables(CGraphic* g, CRect asked) const {
     std::vector<int> wanted;
     for (size_t i = 0; i < model.cables.size(); i++)
@@ -150,27 +182,7 @@ void GraphPainter::paintCable(PixelPaper& paper, int index) const {
         (cable.midi ? midiWidth : audioWidth) * std::sqrt(shown.zoom) + (chosen ? litExtra : 0);
     const double strength = chosen ? 1.0 : away ? faint : path ? aside : 0.8;
     const CableCurve c = curve(cable);
-    CPath line;
-    if (!cable.loops) {
-        line.moveTo(c.start.x, c.start.y);
-        line.curveTo(c.bend1.x, c.bend1.y, c.bend2.x, c.bend2.y, c.end.x, c.end.y);
-    } else {
-        bool on = true;
-        double left = dashOn;
-        CableCurve::Point from = c.start;
-        line.moveTo(from.x, from.y);
-        for (int i = 1; i <= curvePieces; i++) {
-            const CableCurve::Point to = c.at(double(i) / curvePieces);
-            left -= std::hypot(to.x - from.x, to.y - from.y);
-            if (on) line.lineTo(to.x, to.y);
-            if (left <= 0) {
-                on = !on;
-                left = on ? dashOn : dashOff;
-                if (on) line.moveTo(to.x, to.y);
-            }
-            from = to;
-        }
-    }
+    const CPath line = cable.loops ? dashed(c) : smooth(c);
     const int colour = shown.focus == cable.cable || shown.intoCable == index
                            ? palette.text
                            : kindColour(cable.midi);

@@ -26,8 +26,7 @@ struct GraphShown {
 /// Draws a graph on a canvas whose origin is that of the graph. Interface thread.
 class GraphPainter {
 public:
-    GraphPainter(const GraphModel& graph, const GraphShown& look, const CPalette& colours)
-        : model(graph), shown(look), palette(colours) {}
+    GraphPainter(const GraphModel& graph, const GraphShown& look, const CPalette& colours);
 
     void paint(CGraphic* g, CRect asked) const;
 
@@ -47,10 +46,11 @@ private:
     void paintPorts(CGraphic* g, const GraphModel::Box& box) const;
     void paintLink(CGraphic* g) const;
     CRect tagArea() const; ///< of what is told of that cable
-    int kindColour(bool midi) const;
+    int kindColour(bool midi) const { return midi ? midiColour : audioColour; }
     CableCurve curve(const GraphModel::Cable& cable) const;
 
     const GraphModel& model;
     const GraphShown& shown;
     const CPalette& palette;
+    const int midiColour, audioColour;
 };

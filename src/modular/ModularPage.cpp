@@ -86,7 +86,6 @@ ModularPage::ModularPage(CWin* owner, Workspace& space)
         option->onChange = [this] { showKinds(); };
     view->onMenu = [this](CPoint at, CObject* item) { graphMenus.show(at, item); };
     wire(view->onDrop, new _COnMouse<ModularPage>(this, &ModularPage::dropped));
-    wire(view->onDragOver, new _COnMouse<ModularPage>(this, &ModularPage::dragged));
     links = {
         space.notices().on({.host = HostNotice::graph | HostNotice::step}, [this] { changed(); })};
     bindActions();
@@ -164,12 +163,19 @@ void ModularPage::bindActions() {
             view->rebuild();
         },
         any);
-    for (auto [name, option] : {std::pair{"graphside", &sideShown},
-                                {"midicables", &midiShown},
-                                {"audiocables", &audioShown},
-                                {"othercables", &otherShown}})
+    bindView();
+}
+
+void ModularPage::bindView() {
+    const auto any = [this] { return !workspace.host()->comps.empty(); };
+    const auto bindOption = [this](const char* name, Option& option) {
         actions.bind(
-            name, [option] { option->toggle(); }, {}, [option] { return option->on(); });
+            name, [&option] { option.toggle(); }, {}, [&option] { return option.on(); });
+    };
+    bindOption("graphside", sideShown);
+    bindOption("midicables", midiShown);
+    bindOption("audiocables", audioShown);
+    bindOption("othercables", otherShown);
     actions.bind("find", [this] {
         if (!sideShown.on()) sideShown.set(1);
         side->find()->begin();
@@ -273,10 +279,6 @@ void ModularPage::takeKeys() {
     win->setKeyCtrl(view);
 }
 
-bool ModularPage::keyInside(int key, int mods) {
-    return CGroup::keyInside(key, mods);
-}
-
 // What is done with what is selected.
 
 void ModularPage::rename() {
@@ -317,15 +319,15 @@ void ModularPage::deleteChosen() {
 
 // Drops.
 
-void ModularPage::dragged(CObject*, int, int, int) {
-}
-
 void ModularPage::dropped(CObject*, int x, int y, int) {
     if (workspace.takesDrop()) return;
     std::vector<CStr> presets;
     for (const auto* item : each<CDropItem>(*win->app->dragList))
         if (item->type == dropFile && presetType(item->path) != 0) presets.push_back(item->path);
-    if (presets.empty()) return;
+    if (presets.empty()) { // what is for the song goes there, as beside every window
+        if (win->app->onStrayDrop) (*win->app->onStrayDrop)(this);
+        return;
+    }
     addPresets(workspace.host(), presets, view->toGraph(asPoint(x, y)));
     view->rebuild();
 }

@@ -27,7 +27,6 @@ public:
 
     void paint(CGraphic* g, CRect rect) override;
     void resized() override;
-    bool keyInside(int key, int mods) override;
     void describe(Description& d, int part) const override;
 
     /// Asks about a component, port or cable, and shows the answer beside the canvas.
@@ -41,6 +40,7 @@ public:
 
 private:
     void bindActions();
+    void bindView();
     void updateScrollbars();
     void scrolled(CObject* sender);
     void showInvitation();
@@ -51,7 +51,6 @@ private:
     void deleteChosen();
     bool canDelete() const;
     void dropped(CObject* sender, int x, int y, int btn);
-    void dragged(CObject* sender, int x, int y, int btn);
 
     Workspace& workspace;
     ModularView* view;

@@ -95,6 +95,16 @@ protected:
         if (!held.empty()) act({"keyup", held});
         refresh();
     }
+    void dropAFile(const std::string& path, CPoint inView) {
+        app->startDrag(nullptr);
+        auto* item = new CDropItem("", dropFile);
+        item->path = path.c_str();
+        app->dragList->add(item);
+        const CPoint in = win->controlPos(view());
+        win->dropAt(in.x + inView.x, in.y + inView.y, modLeft);
+        app->endDrag();
+        refresh();
+    }
     int audioCables(CComp* to) { return to->audioCables.getCount(); }
     int midiCables(CComp* to) { return to->midiCables.getCount(); }
     CComp* out() { return host->getAudioOut(); }

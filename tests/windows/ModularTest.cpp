@@ -325,19 +325,24 @@ TEST_F(ModularTest, PresetsCanBeDropped) {
     rack.init();
     const std::string path = at("Hall.qve");
     ASSERT_TRUE(saveProgram(&rack, path.c_str()));
-    app->startDrag(nullptr);
-    auto* item = new CDropItem("", dropFile);
-    item->path = path.c_str();
-    app->dragList->add(item);
-    const CPoint in = win->controlPos(view());
-    win->dropAt(in.x + 200, in.y + 150, modLeft);
-    app->endDrag();
-    refresh();
+    dropAFile(path, asPoint(200, 150));
     CComp* made = comp("Hall");
     ASSERT_TRUE(made);
     EXPECT_EQ(made->type, compEffect);
     EXPECT_EQ(asPoint(made->posX, made->posY), asPoint(200, 150));
     EXPECT_EQ(undoName(), "Drop Hall.qve");
+}
+
+/// What is for the song comes into it.
+TEST_F(ModularTest, OtherFilesComeIntoTheSong) {
+    start();
+    ASSERT_TRUE(load(kindEmpty));
+    win->runAction(win->getAction("modular"));
+    refresh();
+    const std::string path = at("tone.wav");
+    ASSERT_EQ(runCommand({"sox", "-n", "-r", "44100", path, "synth", "0.2", "sine", "440"}), 0);
+    dropAFile(path, asPoint(200, 150));
+    EXPECT_TRUE(pumpUntil([this] { return tracks() == 1; }));
 }
 
 TEST_F(ModularTest, ZoomKeepsWhatIsUnderThePointer) {
