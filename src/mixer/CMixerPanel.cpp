@@ -35,7 +35,9 @@ constexpr double notchPixels = 48.0; ///< of a touchpad
 class SectionTitle : public CCtrl {
 public:
     SectionTitle(CWin* owner, StripSection which)
-        : CCtrl(owner, "section", 0, 0, 1, CMixerPanel::titleHeight), section(which) {}
+        : CCtrl(owner, "section", 0, 0, 1, CMixerPanel::titleHeight), section(which) {
+        enabled = false;
+    }
 
     int count = 0; ///< strips
 

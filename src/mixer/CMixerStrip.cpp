@@ -18,6 +18,7 @@
 #include "mixer/MixerState.h"
 #include "mixer/StripControls.h"
 #include "mixer/ValueBar.h"
+#include "sequencer/CTrack.h"
 #include "ui/NameField.h"
 #include "ui/ProgramItems.h"
 
@@ -134,7 +135,9 @@ void CMixerStrip::place(const MixerStrip& now, const StripPlan& plan, bool wide)
     for (int i = 0; i < mixSwitches; i++)
         switches[size_t(i)]->setBounds(at.switches.left + i * (wideSwitch + switchGap),
                                        at.switches.top, wideSwitch, at.switches.height());
-    if (of.comp->type == compSeq || of.comp->numProgs() == 0) source->visible = false;
+    const bool records = of.ownsTrack() && of.track->kind == trackAudio;
+    const bool plays = of.comp->type != compSeq && of.comp->numProgs() > 0;
+    if (!records && !plays) source->visible = false;
     if (of.section == StripSection::outputs) target->visible = false;
     if (loudness) {
         setPlace(loudness, at.source);
@@ -155,9 +158,15 @@ void CMixerStrip::nameControls() {
     const struct {
         CCtrl* ctrl;
         const char* spoken;
-    } rows[] = {{source, "Program"}, {trim, "Trim"},     {mode, "Inserts or equaliser"},
-                {eq, "Equaliser"},   {target, "Output"}, {pan, "Pan"},
-                {gain, "Decibels"},  {peak, "Peak"},     {fader, "Volume"},
+    } rows[] = {{source, of.ownsTrack() ? "Input" : "Program"},
+                {trim, "Trim"},
+                {mode, "Inserts or equaliser"},
+                {eq, "Equaliser"},
+                {target, "Output"},
+                {pan, "Pan"},
+                {gain, "Decibels"},
+                {peak, "Peak"},
+                {fader, "Volume"},
                 {meter, "Level"}};
     for (const auto& row : rows) row.ctrl->spokenName = row.spoken + CStr(", ") + shown.name;
     if (loudness) {
@@ -296,7 +305,7 @@ std::vector<CCtrl*> CMixerStrip::stops() {
         if (c) add(c);
     for (CCtrl* c : slots) add(c);
     for (CCtrl* c : sends) add(c);
-    for (CCtrl* c : std::initializer_list<CCtrl*>{target, truePeak, pan, gain, peak, fader})
+    for (CCtrl* c : std::initializer_list<CCtrl*>{target, truePeak, pan, gain, peak, fader, meter})
         if (c) add(c);
     for (CCtrl* c : switches) add(c);
     return all;
@@ -357,6 +366,10 @@ void CMixerStrip::openEq() {
 
 void CMixerStrip::offerTargets(CCtrl* from) {
     panel.menus.offerTargets(from, of);
+}
+
+void CMixerStrip::offerSources(CCtrl* from) {
+    panel.menus.offerSources(from, of);
 }
 
 void CMixerStrip::offerPrograms(CCtrl* from) {

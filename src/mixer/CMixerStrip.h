@@ -61,6 +61,7 @@ public:
     void showEq(bool on);
     void openEq();
     void offerTargets(CCtrl* from);
+    void offerSources(CCtrl* from);
     void offerPrograms(CCtrl* from);
     void offerEffects(InsertSlot* slot);
     bool openInsert(CComp* insert);

@@ -159,7 +159,13 @@ bool CMixerPanel::takesInsertDrop() const {
     return false;
 }
 
+/// What is no insert goes where it would without the slot.
 void CMixerPanel::dropInserts(const MixerStrip& strip, int index, int btn) {
+    if (state.workspace.takesDrop()) return;
+    if (!takesInsertDrop()) {
+        if (win->app->onStrayDrop) (*win->app->onStrayDrop)(win->app);
+        return;
+    }
     for (const auto* item : each<CDropItem>(*win->app->dragList)) {
         if (item->type == dropInsert) {
             auto* insert = static_cast<CComp*>(item->object);

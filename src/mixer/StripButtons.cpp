@@ -12,8 +12,10 @@
 #include "gui/Keys.h"
 #include "mixer/CMixerStrip.h"
 #include "mixer/MixerState.h"
+#include "sequencer/CSeq.h"
 #include "sequencer/CTrack.h"
 #include "sequencer/StripEdits.h"
+#include "sequencer/TrackRouting.h"
 #include "sequencer/TrackValues.h"
 #include "ui/ProgramItems.h"
 
@@ -92,14 +94,20 @@ CStr StripChoice::present() const {
         const CComp* to = stripTarget(s.comp->host, s.channel);
         return to ? to->id : CStr("None");
     }
-    return s.comp->getProgName(s.comp->curProg);
+    if (!s.ownsTrack()) return s.comp->getProgName(s.comp->curProg);
+    const COutputChannel* from = trackSource(s.track->seq, s.track);
+    if (!from) return "No input";
+    return from->comp->id + (s.track->recChs == 1 ? ", mono" : "");
 }
 
 bool StripChoice::refresh() {
     const CStr now = present();
     if (now == shown) return false;
     shown = now;
-    hint = CStr(kind == target ? "Output: " : "Program: ") + shown + ". Press for another one";
+    const char* what = kind == target              ? "Output: "
+                       : owner.strip().ownsTrack() ? "Input: "
+                                                   : "Program: ";
+    hint = what + shown + ". Press for another one";
     redraw();
     return true;
 }
@@ -119,6 +127,8 @@ void StripChoice::paint(CGraphic* g, CRect rect) {
 void StripChoice::click() {
     if (kind == target)
         owner.offerTargets(this);
+    else if (owner.strip().ownsTrack())
+        owner.offerSources(this);
     else
         owner.offerPrograms(this);
 }

@@ -30,7 +30,7 @@ private:
     const MixSwitch kind;
 };
 
-/// What a strip plays, or leads to: its name, and a press offers others.
+/// What a strip records or plays, or leads to: its name, and a press offers others.
 class StripChoice : public RoundButton {
 public:
     enum Kind { source, target };

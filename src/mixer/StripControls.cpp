@@ -1,7 +1,7 @@
 #include "mixer/StripControls.h"
 
 #include "base/Numbers.h"
-#include "engine/COutputChannel.h"
+#include "engine/CQV.h"
 #include "engine/StripValues.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
@@ -203,6 +203,11 @@ bool PeakLabel::refresh() {
     const CStr now = level > 0.0f ? decibelText(level) : CStr();
     const bool isOver = level >= 1.0f;
     if (now == shown && isOver == over) return false;
+    CQV* host = owner.strip().comp->host;
+    if (isOver && !over) clippedAt = host->playing ? double(host->pos) : -1.0;
+    hint = "Highest level so far; a press clears it";
+    if (isOver && clippedAt >= 0.0)
+        hint += ", with Control it goes to where it has first been over 0 dB";
     shown = now;
     over = isOver;
     redraw();
@@ -225,11 +230,23 @@ void PeakLabel::clear() {
 
 void PeakLabel::mouseDown(int x, int y, int btn) {
     CCtrl::mouseDown(x, y, btn);
-    if (btn & modLeft) clear();
+    if (!(btn & modLeft)) return;
+    if (btn & modControl)
+        goToClip();
+    else
+        clear();
+}
+
+void PeakLabel::goToClip() {
+    if (over && clippedAt >= 0.0) owner.strip().comp->host->setPos(clippedAt);
 }
 
 bool PeakLabel::keyDown(int key, int mods) {
     if (CCtrl::keyDown(key, mods)) return true;
+    if (key == keyReturn && mods == modControl) {
+        goToClip();
+        return true;
+    }
     if (mods || (key != keyReturn && key != keyDelete)) return false;
     clear();
     return true;
@@ -249,6 +266,7 @@ bool PeakLabel::pressPart(int) {
 // The meter.
 
 CAudioLed::CAudioLed(CMixerStrip& strip) : CCtrl(strip.win, "meter", 0, 0, 1, 1), owner(strip) {
+    tabStop = true;
     hint = "Level; a press clears the peak and the light";
 }
 
@@ -316,6 +334,14 @@ void CAudioLed::paintColumn(CGraphic* g, CRect at, const Level& level) const {
 void CAudioLed::paint(CGraphic* g, CRect) {
     for (int i = 0; i < 2; i++)
         if (g->wants(column(i))) paintColumn(g, column(i), shown[i]);
+    paintFocusOn(g, this);
+}
+
+bool CAudioLed::keyDown(int key, int mods) {
+    if (CCtrl::keyDown(key, mods)) return true;
+    if (mods || (key != keyReturn && key != keyDelete)) return false;
+    owner.clearPeaks();
+    return true;
 }
 
 void CAudioLed::mouseDown(int, int, int btn) {

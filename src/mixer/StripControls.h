@@ -55,7 +55,8 @@ private:
     double travel() const override;
 };
 
-/// The highest level so far in decibels; a press clears it.
+/// The highest level so far in decibels; a press clears it, with Control it goes to where it has
+/// first been over 0 dB.
 class PeakLabel : public CCtrl {
 public:
     explicit PeakLabel(CMixerStrip& strip);
@@ -69,10 +70,12 @@ public:
 
 private:
     void clear();
+    void goToClip();
 
     CMixerStrip& owner;
     CStr shown;
     bool over = false;
+    double clippedAt = -1.0; ///< ticks, of the first level over 0 dB; below 0: not while playing
 };
 
 /// A stereo meter in two columns, whose scale is that of the fader beside it, with a light on top
@@ -83,6 +86,7 @@ public:
 
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
+    bool keyDown(int key, int mods) override; ///< Return and Delete clear the peak
     void describe(Description& d, int part) const override;
     bool refresh(); ///< asks for a repaint of what has changed alone; whether anything has
 

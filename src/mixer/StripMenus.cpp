@@ -13,7 +13,10 @@
 #include "gui/dialogs/CFileWin.h"
 #include "mixer/CMixerPanel.h"
 #include "project/PresetFiles.h"
+#include "sequencer/CSeq.h"
 #include "sequencer/StripEdits.h"
+#include "sequencer/TrackRouting.h"
+#include "sequencer/TrackValues.h"
 #include "ui/ActionItems.h"
 #include "ui/Workspace.h"
 
@@ -77,6 +80,49 @@ void StripMenus::targetChosen(CObject* sender) {
     std::vector<COutputChannel*> led;
     for (const MixerStrip& s : panel.state.together(strip)) led.push_back(s.channel);
     setStripTargets(host, led, to);
+}
+
+void StripMenus::offerSources(CCtrl* from, const MixerStrip& of) {
+    strip = of;
+    CSeq* seq = of.track->seq;
+    const std::vector<COutputChannel*> sources = trackSources(seq);
+    const COutputChannel* now = trackSource(seq, of.track);
+    CPopup* popup = newPopup(from);
+    const auto entry = [&](const CStr& text, void (StripMenus::*chosen)(CObject*), int tag,
+                           bool on) {
+        CMenuItem* item = popup->add(text, new _COnChange<StripMenus>(this, chosen));
+        item->tag = tag;
+        item->checked = on;
+    };
+    for (size_t i = 0; i < sources.size(); i++)
+        entry(sources[i]->comp->id, &StripMenus::sourceChosen, int(i), sources[i] == now);
+    popup->addSeparator();
+    entry("None", &StripMenus::sourceChosen, tagNone, !now);
+    popup->addSeparator();
+    entry("Stereo", &StripMenus::channelsChosen, 2, of.track->recChs == 2);
+    entry("Mono", &StripMenus::channelsChosen, 1, of.track->recChs == 1);
+    popupBelow(from, popup);
+}
+
+void StripMenus::sourceChosen(CObject* sender) {
+    if (!stands()) return;
+    CSeq* seq = strip.track->seq;
+    const std::vector<COutputChannel*> sources = trackSources(seq);
+    const int tag = tagOf(sender);
+    if (tag >= int(sources.size())) return;
+    std::vector<CTrack*> tracks;
+    for (const MixerStrip& s : panel.state.together(strip))
+        if (s.ownsTrack()) tracks.push_back(s.track);
+    setTrackSources(seq, tracks, tag == tagNone ? nullptr : sources[size_t(tag)]);
+}
+
+void StripMenus::channelsChosen(CObject* sender) {
+    if (!stands()) return;
+    panel.state.door()->begin();
+    for (const MixerStrip& s : panel.state.together(strip))
+        if (s.ownsTrack() && s.track->kind == trackAudio)
+            panel.state.door()->set(recChannelsOf(s.track), tagOf(sender));
+    panel.state.door()->end();
 }
 
 void StripMenus::offerPrograms(CCtrl* from, const MixerStrip& of) {

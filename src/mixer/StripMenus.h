@@ -7,13 +7,14 @@ class CMixerPanel;
 class CObject;
 class CPopup;
 
-/// The menus of strips: where they lead, what they play, effects, and what is done to whole strips.
-/// Outlives the menus that it has filled. Interface thread.
+/// The menus of strips: where they lead, what they record or play, effects, and what is done to
+/// whole strips. Outlives the menus that it has filled. Interface thread.
 class StripMenus {
 public:
     explicit StripMenus(CMixerPanel& of) : panel(of) {}
 
     void offerTargets(CCtrl* from, const MixerStrip& strip);
+    void offerSources(CCtrl* from, const MixerStrip& strip); ///< of an audio track
     void offerPrograms(CCtrl* from, const MixerStrip& strip);
     void offerEffects(CCtrl* from, const MixerStrip& strip, int index);
     void fillStrips(CPopup* popup); ///< about the selected strips
@@ -29,6 +30,8 @@ private:
     bool stands() const; ///< the strip of the menu is still there
 
     void targetChosen(CObject* sender);
+    void sourceChosen(CObject* sender);
+    void channelsChosen(CObject* sender);
     void programChosen(CObject* sender);
     void addChosen(CObject* sender);
     void replaceChosen(CObject* sender);

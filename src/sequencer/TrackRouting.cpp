@@ -83,3 +83,38 @@ bool setTrackTargets(CSeq* seq, const std::vector<CTrack*>& tracks, CComp* to) {
     if (undo) seq->host->undoEnd(undo, true);
     return undo;
 }
+
+std::vector<COutputChannel*> trackSources(CSeq* seq) {
+    std::vector<COutputChannel*> sources;
+    for (auto* comp : each<CComp>(seq->host->comps))
+        if (comp->type == compAudioIn)
+            for (auto* ch : each<COutputChannel>(comp->outputs)) sources.push_back(ch);
+    return sources;
+}
+
+COutputChannel* trackSource(CSeq* seq, CTrack* track) {
+    for (COutputChannel* from : trackSources(seq))
+        if (track->input() && getAudioCable(seq, from, track->input())) return from;
+    return nullptr;
+}
+
+bool setTrackSources(CSeq* seq, const std::vector<CTrack*>& tracks, COutputChannel* from) {
+    CUndo* undo = nullptr;
+    const auto step = [&] {
+        if (!undo) undo = seq->host->undoStart("Input", seq, {.graph = true});
+        return undo;
+    };
+    for (CTrack* track : tracks) {
+        if (track->kind != trackAudio || !track->input()) continue;
+        for (COutputChannel* source : trackSources(seq)) {
+            CAudioCable* cable = getAudioCable(seq, source, track->input());
+            if ((cable != nullptr) == (source == from)) continue;
+            if (cable)
+                step()->asRemove(cable, &seq->audioCables);
+            else
+                step()->asAdd(createAudioCable(seq, from, track->input()), &seq->audioCables);
+        }
+    }
+    if (undo) seq->host->undoEnd(undo, true);
+    return undo;
+}

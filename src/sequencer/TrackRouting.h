@@ -3,6 +3,7 @@
 #include <vector>
 
 class CComp;
+class COutputChannel;
 class CSeq;
 class CTrack;
 
@@ -18,3 +19,13 @@ CComp* trackTarget(CSeq* seq, CTrack* track);
 bool setTrackTarget(CSeq* seq, CTrack* track, CComp* to);
 /// The same for several, in one step; those that cannot lead there stay as they are.
 bool setTrackTargets(CSeq* seq, const std::vector<CTrack*>& tracks, CComp* to);
+
+// Where an audio track records from.
+
+/// The audio inputs of the project, in their order.
+std::vector<COutputChannel*> trackSources(CSeq* seq);
+/// The first of these that a cable leads from, null when there is none.
+COutputChannel* trackSource(CSeq* seq, CTrack* track);
+/// One step, "Input": of these, audio tracks among `tracks` record `from` alone, none if that is
+/// null. False where nothing changes.
+bool setTrackSources(CSeq* seq, const std::vector<CTrack*>& tracks, COutputChannel* from);

@@ -11,6 +11,7 @@
 #include "mixer/StripControls.h"
 #include "sequencer/StripEdits.h"
 #include "sequencer/TrackEdits.h"
+#include "sequencer/TrackRouting.h"
 
 #include <cmath>
 #include <fstream>
@@ -242,6 +243,29 @@ TEST_F(MixerTest, InsertsComeGoMoveAndAreCopied) {
     EXPECT_TRUE(pumpUntil([&] { return inserts("a") == "Reverb Compressor "; }));
 }
 
+TEST_F(MixerTest, InputsOfTracksAreChosen) {
+    startWith(2);
+    const auto source = [&](const char* name) {
+        return trackSource(seq(), strip(name)->strip().track);
+    };
+    const auto choose = [&](const std::vector<std::string>& keys) {
+        inMenu(keys);
+        clickOn(on("a", "source"));
+    };
+    COutputChannel* in = host->getAudioIn()->output();
+    EXPECT_EQ(source("a"), in);
+    panel()->choose(*strip("a"), 0);
+    panel()->choose(*strip("b"), modControl);
+    choose({"Home", "Down", "Return"});
+    EXPECT_EQ(source("a"), nullptr);
+    EXPECT_EQ(source("b"), nullptr);
+    choose({"End", "Return"});
+    EXPECT_EQ(strip("b")->strip().track->recChs, 1);
+    for (int i = 0; i < 2; i++) key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return source("a") == in && source("b") == in; }));
+    EXPECT_EQ(strip("b")->strip().track->recChs, 2);
+}
+
 TEST_F(MixerTest, SendsRoutesGroupsAndNames) {
     startWith(3);
     host->addSendClicked();
@@ -318,7 +342,7 @@ TEST_F(MixerTest, WheelsAndKeysGoAlongTheStrips) {
     win->move(0, 0, wide, high);
     settle();
     focus(strip("a"));
-    for (const char* k : {"Down", "Down", "Right"}) key(k);
+    for (const char* k : {"Down", "Down", "Down", "Right"}) key(k);
     EXPECT_EQ(page()->keyCtrl, on("b", "mode"));
     for (int i = 0; i < 15; i++) key("Right");
     EXPECT_EQ(page()->keyCtrl, on("q", "mode"));

@@ -1,6 +1,7 @@
 #include "MainFixture.h"
 
 #include "effects/CEffect.h"
+#include "effects/Inserts.h"
 #include "gui/XConnection.h"
 #include "gui/access/LiveTree.h"
 #include "gui/controls/CButton.h"
@@ -12,6 +13,9 @@
 #include "gui/dialogs/CTextWin.h"
 #include "instruments/CArp.h"
 #include "instruments/CSampler.h"
+#include "mixer/CMixerPanel.h"
+#include "mixer/CMixerStrip.h"
+#include "mixer/CMixerWin.h"
 #include "panels/PageRow.h"
 #include "panels/arp/CArpWin.h"
 #include "panels/drums/CDrumWin.h"
@@ -23,6 +27,7 @@
 #include "setup/CImageListWin.h"
 #include "setup/CSetupWin.h"
 #include "shell/CWelcomeWin.h"
+#include "shell/Pages.h"
 #include "ui/CProgressWin.h"
 
 #include <algorithm>
@@ -163,6 +168,33 @@ TEST_F(ReachTest, EverythingInTheMainWindow) {
     check(win.get(), "main", byArrows);
     key("Escape");
     EXPECT_EQ(win->keyTarget(), nullptr) << "the keys are the song's again";
+}
+
+TEST_F(ReachTest, EverythingInTheMixer) {
+    start();
+    ASSERT_TRUE(load(kindSequencer));
+    host->addSendClicked();
+    addInsert(host->getAudioOut()->output(), fxCompressor, 0);
+    win->move(0, 0, 800, 600);
+    key("F9");
+    ASSERT_TRUE(pumpUntil([this] { return win->pages->editorOf(&win->flows->mixer); }));
+    settle();
+    auto* panel = static_cast<CMixerWin*>(win->pages->editorOf(&win->flows->mixer))->strips();
+    Controls byArrows; // along a strip, and from strip to strip
+    panel->win->setKeyCtrl(panel->strips().front());
+    for (size_t i = 0; i < panel->strips().size(); i++) {
+        CMixerStrip* strip = panel->strips()[i];
+        EXPECT_EQ(panel->win->keyCtrl, strip);
+        const std::vector<CCtrl*> stops = strip->stops();
+        for (const CCtrl* stop : stops) {
+            EXPECT_EQ(panel->win->keyCtrl, stop) << "strip " << i;
+            byArrows.insert(panel->win->keyCtrl);
+            if (stop != stops.back()) key("Down");
+        }
+        panel->win->setKeyCtrl(strip);
+        key("Right");
+    }
+    check(win.get(), "mixer", byArrows);
 }
 
 TEST_F(ReachTest, EverythingInTheOtherWindows) {
