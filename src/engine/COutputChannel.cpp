@@ -277,6 +277,7 @@ void COutputChannel::copySettings(COutputChannel* src) {
     pan = float(src->pan);
     mute = static_cast<unsigned char>(src->mute);
     solo = static_cast<unsigned char>(src->solo);
+    soloSafe = static_cast<unsigned char>(src->soloSafe);
     for (int i = 0; i < maxSends; ++i) copySend(src, i);
 }
 

@@ -38,12 +38,16 @@ public:
     float panL = 1.0f, panR = 1.0f, panLStep = 0.0f, panRStep = 0.0f, panTarget = 0.0f;
     int panRamp = 0;
     Stored<unsigned char> mute{0}, solo{0};
+    Stored<unsigned char> soloSafe{0}; ///< no solo elsewhere silences the strip
     Shared<int> anySolo{0}; ///< 1: a solo elsewhere silences this strip; see `spreadSolo`
     Shared<int> channels{2};
     float* bufL = nullptr; ///< owned, `frames` of the host
     float* bufR = nullptr; ///< owned
     Shared<float> peakL{0.0f}, peakR{0.0f};
     Shared<float> holdL{0.0f}, holdR{0.0f};
+    /// Mean squares over about 0.3 s, while somebody wants them; raised and let fall by the block.
+    Shared<float> powerL{0.0f}, powerR{0.0f};
+    Shared<unsigned char> powerWanted{0};
     int sections[4] = {-1, -1, -1, -1}; ///< which sections the mixer shows
     CSend* sendLevels[maxSends] = {};   ///< owned, one per possible bus
     CList inserts;                      ///< of CComp, owned

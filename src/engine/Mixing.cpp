@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <cmath>
 #include <cstring>
 #include <span>
 
@@ -99,6 +100,19 @@ void mixSegment(COutputChannel* ch, int frames, int offset, bool unscaled, Peaks
     peaks.right = scaleAndMeter(right, frames, factorR, peaks.right);
 }
 
+/// Lets both means come nearer to those of these frames.
+void followPower(COutputChannel* ch, int frames, int offset) {
+    constexpr float seconds = 0.3f;
+    const float share = 1.0f - std::exp(-float(frames) / (seconds * float(ch->comp->host->rate)));
+    const auto follow = [&](const float* buf, Shared<float>& power) {
+        const float mean = sumOfSquares(buf + offset, frames) / float(frames);
+        const float now = power + (mean - power) * share;
+        power = now > 1e-12f ? now : 0.0f;
+    };
+    follow(ch->bufL, ch->powerL);
+    follow(ch->bufR, ch->powerR);
+}
+
 void mixStrip(CComp* c, COutputChannel* ch, int frames, int offset) {
     followControls(c, ch);
     const bool unscaled = c->host->renderMode == 1 && c->host->renderFreeze;
@@ -111,6 +125,7 @@ void mixStrip(CComp* c, COutputChannel* ch, int frames, int offset) {
     }
     storePeak(peaks.left, ch->peakL, ch->holdL);
     storePeak(peaks.right, ch->peakR, ch->holdR);
+    if (ch->powerWanted && frames > 0) followPower(ch, frames, offset);
 }
 
 } // namespace
@@ -193,6 +208,19 @@ float scaleAndMeter(float* buf, int frames, float factor, float peak) {
     even.joinTo(peak);
     odd.joinTo(peak);
     return peak;
+}
+
+float sumOfSquares(const float* buf, int frames) {
+    Lanes even{}, odd{};
+    float rest = 0.0f;
+    const auto pair = [&](int i) {
+        const Lanes x = load(buf + i), y = load(buf + i + laneCount);
+        even += x * x;
+        odd += y * y;
+    };
+    inLanes(frames, pair, [&](int i) { rest += buf[i] * buf[i]; });
+    for (int k = 0; k < laneCount; ++k) rest += even[k] + odd[k];
+    return std::isfinite(rest) ? rest : 0.0f;
 }
 
 void storePeak(float peak, Shared<float>& live, Shared<float>& hold) {

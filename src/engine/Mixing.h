@@ -14,6 +14,8 @@ class COutputChannel;
 float highest(const float* buf, int frames, float peak);
 /// Scales in place and returns what `highest` gives for the result.
 float scaleAndMeter(float* buf, int frames, float factor, float peak);
+/// The sum of the squares of `frames` samples; what is not a number counts as 0.
+float sumOfSquares(const float* buf, int frames);
 /// Ends a block's metering: the hold keeps the overshoot, the live meter ends at full scale.
 void storePeak(float peak, Shared<float>& live, Shared<float>& hold);
 /// Adds `from` times `amount` to `to`; the two do not overlap.

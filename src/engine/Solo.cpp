@@ -55,7 +55,8 @@ void spreadSolo(CQV* host) {
     for (const CList* list : {&host->comps, &host->sends})
         eachStrip(*list, [&solo](CComp*, const COutputChannel* ch) { solo |= ch->solo ? 1 : 0; });
     for (const CList* list : {&host->comps, &host->sends})
-        eachStrip(*list, [solo](CComp*, COutputChannel* ch) { ch->anySolo = solo; });
+        eachStrip(*list,
+                  [solo](CComp*, COutputChannel* ch) { ch->anySolo = ch->soloSafe ? 0 : solo; });
     if (!solo) return;
     Spread spread(host);
     for (const CList* list : {&host->comps, &host->sends})

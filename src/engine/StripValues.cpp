@@ -54,6 +54,9 @@ const StoredValue::Kind mute = {
 const StoredValue::Kind solo = {
     "Solo", [](const CObject* o, int) { return Numbers{strip(o)->solo ? 1.0 : 0.0}; },
     [](CObject* o, int, const Numbers& to) { strip(o)->solo = on(to); }};
+const StoredValue::Kind soloSafe = {
+    "Solo safe", [](const CObject* o, int) { return Numbers{strip(o)->soloSafe ? 1.0 : 0.0}; },
+    [](CObject* o, int, const Numbers& to) { strip(o)->soloSafe = on(to); }};
 const StoredValue::Kind trim = {
     "Trim", [](const CObject* o, int) { return Numbers{double(strip(o)->trim)}; },
     [](CObject* o, int, const Numbers& to) { strip(o)->trim = fLimit(float(to[0]), -1.0f, 1.0f); }};
@@ -132,6 +135,10 @@ StoredValue muteOf(COutputChannel* ch) {
 
 StoredValue soloOf(COutputChannel* ch) {
     return {&solo, ch};
+}
+
+StoredValue soloSafeOf(COutputChannel* ch) {
+    return {&soloSafe, ch};
 }
 
 StoredValue trimOf(COutputChannel* ch) {

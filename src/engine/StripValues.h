@@ -11,11 +11,12 @@ class CSend;
 // The values of strips, sends, components and the host that a user sets through `CQV::values`.
 // Numbers are in the unit of the field, so that a step brings back exactly what was there.
 
-StoredValue faderOf(COutputChannel* ch); ///< 0 to 1, and whether the mixer shows the fader
-StoredValue panOf(COutputChannel* ch);   ///< -1 to 1
-StoredValue muteOf(COutputChannel* ch);  ///< 0 or 1
-StoredValue soloOf(COutputChannel* ch);  ///< 0 or 1
-StoredValue trimOf(COutputChannel* ch);  ///< -1 to 1, a power of 4
+StoredValue faderOf(COutputChannel* ch);    ///< 0 to 1, and whether the mixer shows the fader
+StoredValue panOf(COutputChannel* ch);      ///< -1 to 1
+StoredValue muteOf(COutputChannel* ch);     ///< 0 or 1
+StoredValue soloOf(COutputChannel* ch);     ///< 0 or 1
+StoredValue soloSafeOf(COutputChannel* ch); ///< 0 or 1
+StoredValue trimOf(COutputChannel* ch);     ///< -1 to 1, a power of 4
 
 // Bands 0 to 3 of the equaliser.
 StoredValue eqPowerOf(COutputChannel* ch, int band);     ///< 0 or 1

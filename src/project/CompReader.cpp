@@ -75,6 +75,7 @@ const CompReader::Kind CompReader::kinds[] = {
     {"compedi", ofInsert, &CompReader::insertEditor},
     {"strip", ofStrip, &CompReader::oldStrip},
     {"strip2", ofStrip, &CompReader::strip},
+    {"soloSafe", ofStrip, &CompReader::soloSafe},
     {"eq", ofStrip, &CompReader::eq},
     {"eq2", ofStrip, &CompReader::eq2},
     {"sends", ofSource, &CompReader::sends},
@@ -224,6 +225,10 @@ void CompReader::oldStrip(ItemView& item) {
 
 void CompReader::strip(ItemView& item) {
     readStrip(&item, output);
+}
+
+void CompReader::soloSafe(ItemView& item) {
+    output->soloSafe = item.readInt() != 0 ? 1 : 0;
 }
 
 void CompReader::eq(ItemView& item) {

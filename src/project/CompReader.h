@@ -69,6 +69,7 @@ private:
     void insertEditor(ItemView& item) { readEditorStruct(item, insert->editorStruct); }
     void oldStrip(ItemView& item);
     void strip(ItemView& item);
+    void soloSafe(ItemView& item);
     void eq(ItemView& item);
     void eq2(ItemView& item);
     void sends(ItemView& item);

@@ -66,6 +66,7 @@ void writeControllers(CStream* stream, CQV* host, const GraphIndex& index) {
 /// An output of a component that the mixer has a strip for.
 void writeStripItems(CStream* stream, int listKind, COutputChannel* ch) {
     writeStrip(stream, ch);
+    if (ch->soloSafe) writeIntBlock(stream, "soloSafe", 1);
     writeEq(stream, ch);
     writeEq2(stream, ch);
     if (listKind != listSends) writeSends(stream, ch, ch->comp->host->sends.getCount());

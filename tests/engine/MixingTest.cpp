@@ -136,6 +136,38 @@ TEST(Mixing, SoloKeepsWhatFeedsIt) {
     }
 }
 
+/// A strip that is safe goes on in the solo of others; what feeds it does not.
+TEST(Mixing, SoloSafeStripsGoOn) {
+    StripFixture f;
+    SignalComp *safe = f.addSignal(), *other = f.addSignal(), *soloed = f.addSignal();
+    safe->output()->soloSafe = 1;
+    soloed->output()->solo = 1;
+    f.run(3);
+    EXPECT_NE(safe->output()->bufL[0], 0.0f);
+    EXPECT_EQ(other->output()->bufL[0], 0.0f);
+    EXPECT_NE(soloed->output()->bufL[0], 0.0f);
+    safe->output()->mute = 1;
+    f.run(3);
+    EXPECT_EQ(safe->output()->bufL[0], 0.0f) << "mute is another thing";
+}
+
+/// The mean of a steady signal is reached in some tenths of a second, and nothing is measured that
+/// nobody wants.
+TEST(Mixing, MeansAreMeasuredOnDemand) {
+    StripFixture f;
+    SignalComp* source = f.addSignal();
+    f.run(100);
+    EXPECT_EQ(source->output()->powerL, 0.0f);
+    source->output()->powerWanted = 1;
+    f.run(100);
+    const float level = std::abs(source->output()->bufL[0]);
+    EXPECT_NEAR(std::sqrt(source->output()->powerL), level, 0.01f * level);
+    const float squares[] = {1, -2, 3, -4, 5, -6, 7, -8, 9, -10, 11};
+    EXPECT_EQ(sumOfSquares(squares, 11), 506.0f);
+    EXPECT_EQ(sumOfSquares(squares, 3), 14.0f);
+    EXPECT_EQ(sumOfSquares(squares, 0), 0.0f);
+}
+
 /// The tap is behind the fader and waits for the latest of the sources, both levels count squared,
 /// a muted send gets nothing, and a bus beyond the 32nd is out of reach.
 TEST(Mixing, SendsTapBehindTheFader) {
