@@ -26,8 +26,10 @@ of() { # TITLE FILE: a dialog that is open, which is left
 playing 0 main-light.png
 leave
 playing 1 main.png
-keys F9
+keys F9 Home space
+sleep 8
 shot "$images/mixer.png"
+keys space
 keys F12
 sleep 1
 shot "$images/modular.png"

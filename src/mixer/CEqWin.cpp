@@ -41,14 +41,30 @@ const ValueLook looks[] = {
 
 } // namespace
 
-CEqWin::CEqWin(CWin* owner, CQV* host)
+CEqWin::CEqWin(CWin* owner, CQV* host, const std::function<void()>& follow)
     : CWin(owner->app, owner, "Equaliser", 0, 0, viewWidth + 2 * margin, content, windowStyle),
-      qv(host), view(new CEqView(this, "curve", margin, margin, viewWidth, viewHeight)) {
+      qv(host), followStrips(follow),
+      view(new CEqView(this, "curve", margin, margin, viewWidth, viewHeight)) {
     addControl(view);
     view->spokenName = "Curve";
     view->onChange = new _COnChange<CEqWin>(this, &CEqWin::curveChanged);
     for (int i = 0; i < int(bands.size()); i++) makeBand(i);
     setSizeFromControls(0, 0);
+}
+
+void CEqWin::mouseDown(int x, int y, int btn) {
+    followStrips();
+    if (visible) CWin::mouseDown(x, y, btn);
+}
+
+void CEqWin::mouseMove(int x, int y, int btn) {
+    followStrips();
+    if (visible) CWin::mouseMove(x, y, btn);
+}
+
+bool CEqWin::keyDown(int key, int mods) {
+    followStrips();
+    return visible && CWin::keyDown(key, mods);
 }
 
 void CEqWin::makeBand(int index) {

@@ -4,6 +4,7 @@
 #include "mixer/StripModel.h"
 
 #include <array>
+#include <functional>
 
 class CButton;
 class CDropdown;
@@ -15,7 +16,12 @@ class ValueBar;
 /// form, frequency, gain and width. Interface thread.
 class CEqWin : public CWin {
 public:
-    CEqWin(CWin* owner, CQV* host);
+    /// `follow` is called before anything is done: it may hide the window, as the strip has gone.
+    CEqWin(CWin* owner, CQV* host, const std::function<void()>& follow);
+
+    void mouseDown(int x, int y, int btn) override;
+    void mouseMove(int x, int y, int btn) override;
+    bool keyDown(int key, int mods) override;
 
     void open(const MixerStrip& strip); ///< shows it, in place of the one before
     const MixerStrip& shown() const { return strip; }
@@ -33,6 +39,7 @@ private:
     void formChosen(CObject* sender);
 
     CQV* qv;
+    const std::function<void()> followStrips;
     MixerStrip strip{};
     CEqView* view;
     std::array<Band, 4> bands;

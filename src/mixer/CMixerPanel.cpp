@@ -101,6 +101,10 @@ void CMixerPanel::follow() {
     layout();
 }
 
+void CMixerPanel::followIfStale() {
+    if (isStale()) follow();
+}
+
 CMixerStrip* CMixerPanel::stripOf(const COutputChannel* ch) const {
     const auto found =
         std::ranges::find_if(made, [ch](const CMixerStrip* s) { return s->strip().channel == ch; });
@@ -344,7 +348,9 @@ void CMixerPanel::refresh() {
 }
 
 void CMixerPanel::openEq(const MixerStrip& strip) {
-    if (!eqWin) eqWin = std::make_unique<CEqWin>(state.workspace.mainWindow(), state.qv);
+    if (!eqWin)
+        eqWin = std::make_unique<CEqWin>(state.workspace.mainWindow(), state.qv,
+                                         [this] { followIfStale(); });
     eqWin->open(strip);
 }
 

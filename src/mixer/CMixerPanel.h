@@ -40,9 +40,10 @@ public:
     bool contextMenu() override;
     void describe(Description& d, int part) const override;
 
-    /// Follows the strips that there are. To be called before anything uses one: what has left the
-    /// graph may be freed from the next step on.
-    void follow();
+    void follow(); ///< the strips that there are
+    /// The same if the graph has changed and the notices of it are still to come: before anything
+    /// uses a strip, as what has left the graph may be freed from the next step on.
+    void followIfStale();
     void layout();                          ///< by the strips and what of them is to be seen
     void refresh();                         ///< follows what has no notice; every 40 ms
     bool shows(StripSection section) const; ///< it is switched on
@@ -64,6 +65,7 @@ public:
     void setWide(bool wide);
     void toggleSelected(MixSwitch which);
     void toggle(MixSwitch which, const MixerStrip& strip);
+    void toggleSafe(const MixerStrip& strip); ///< from the solo of others
     bool anySolo() const;
     void unSolo();
     void clearPeaks(const MixerStrip& strip);

@@ -347,6 +347,10 @@ void CMixerStrip::toggle(MixSwitch which) {
     panel.toggle(which, of);
 }
 
+void CMixerStrip::toggleSafe() {
+    panel.toggleSafe(of);
+}
+
 void CMixerStrip::clearPeaks() {
     panel.clearPeaks(of);
 }

@@ -55,6 +55,7 @@ public:
     std::vector<MixerStrip> together() const;
     void swipe(MixSwitch which, const CCtrl* from, int x, int y, int btn);
     void toggle(MixSwitch which);
+    void toggleSafe();
     void clearPeaks();
     void resetLoudness();    ///< of an output
     int faderTravel() const; ///< pixels

@@ -57,6 +57,12 @@ void CMixerWin::bindOwn() {
     own.bind(
         "mixsolo", [this] { panel->toggleSelected(MixSwitch::solo); }, some);
     own.bind(
+        "solosafe", [this] { panel->toggleSafe(panel->state.selection().front()); }, some,
+        [this] {
+            const auto selected = panel->state.selection();
+            return !selected.empty() && selected.front().channel->soloSafe;
+        });
+    own.bind(
         "unsolo", [this] { panel->unSolo(); }, [this] { return panel->anySolo(); });
     own.bind("narrowstrips", [this] { panel->setWide(false); });
     own.bind("widestrips", [this] { panel->setWide(true); });
@@ -85,27 +91,27 @@ bool CMixerWin::runOnStrips(const CStr& name) {
 // What comes in.
 
 void CMixerWin::mouseDown(int x, int y, int btn) {
-    panel->follow();
+    panel->followIfStale();
     CCompEditor::mouseDown(x, y, btn);
 }
 
 void CMixerWin::mouseMove(int x, int y, int btn) {
-    panel->follow();
+    panel->followIfStale();
     CCompEditor::mouseMove(x, y, btn);
 }
 
 void CMixerWin::mouseUp(int x, int y, int btn) {
-    panel->follow();
+    panel->followIfStale();
     CCompEditor::mouseUp(x, y, btn);
 }
 
 bool CMixerWin::mouseWheel(int x, int y, int btn, int dy, int dx) {
-    panel->follow();
+    panel->followIfStale();
     return CCompEditor::mouseWheel(x, y, btn, dy, dx);
 }
 
 bool CMixerWin::keyDown(int key, int mods) {
-    panel->follow();
+    panel->followIfStale();
     return CCompEditor::keyDown(key, mods);
 }
 
@@ -134,7 +140,7 @@ bool CMixerWin::isOn(const CAction* action) const {
 }
 
 bool CMixerWin::onAction(CAction* action) {
-    panel->follow();
+    panel->followIfStale();
     return runOnStrips(action->name) || own.run(action) || workspace.commands().run(action);
 }
 

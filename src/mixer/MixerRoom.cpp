@@ -14,7 +14,7 @@ MixerRoom::MixerRoom(Workspace& space, EditorTable& editors, CMixer& mixer) {
     commands.bind(
         "mixer", [&space, &mixer] { space.openEditor(&mixer); }, {},
         [&space, &mixer] { return space.isOpen(&mixer); });
-    for (const char* name : {"mixmute", "mixsolo", "unsolo", "narrowstrips", "widestrips",
-                             "addgroup", "addsend", "groupstrips", "find"})
+    for (const char* name : {"mixmute", "mixsolo", "solosafe", "unsolo", "narrowstrips",
+                             "widestrips", "addgroup", "addsend", "groupstrips", "find"})
         commands.leave(name);
 }

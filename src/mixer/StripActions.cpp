@@ -96,6 +96,14 @@ void CMixerPanel::toggle(MixSwitch which, const MixerStrip& strip) {
     state.door()->end();
 }
 
+void CMixerPanel::toggleSafe(const MixerStrip& strip) {
+    const double to = strip.channel->soloSafe ? 0.0 : 1.0;
+    state.door()->begin();
+    for (const MixerStrip& s : state.together(strip)) state.door()->set(soloSafeOf(s.channel), to);
+    state.door()->end();
+    refresh();
+}
+
 void CMixerPanel::toggleSelected(MixSwitch which) {
     const std::vector<MixerStrip> selected = state.selection();
     if (!selected.empty()) toggle(which, selected.front());
@@ -161,7 +169,11 @@ bool CMixerPanel::takesInsertDrop() const {
 
 /// What is no insert goes where it would without the slot.
 void CMixerPanel::dropInserts(const MixerStrip& strip, int index, int btn) {
+    const COutputChannel* onto = strip.channel;
     if (state.workspace.takesDrop()) return;
+    followIfStale();
+    if (std::ranges::none_of(all, [onto](const MixerStrip& s) { return s.channel == onto; }))
+        return;
     if (!takesInsertDrop()) {
         if (win->app->onStrayDrop) (*win->app->onStrayDrop)(win->app);
         return;

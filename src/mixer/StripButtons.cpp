@@ -30,7 +30,8 @@ struct SwitchLook {
 const SwitchLook looks[mixSwitches] = {
     {"mute", "M", "Mute", "Mute; drag over other strips to switch many", &clMixMute,
      &clMixMutePushed},
-    {"solo", "S", "Solo", "Hear only what has solo; drag over other strips to switch many",
+    {"solo", "S", "Solo",
+     "Hear only what has solo; drag over others to switch many; Ctrl: safe from their solo",
      &clMixSolo, &clMixSoloPushed},
     {"arm", "R", "Record", "Record on the track; drag over other strips to switch many",
      &clTrackArm, &clTrackArmPushed},
@@ -67,13 +68,33 @@ StripSwitch::StripSwitch(CMixerStrip& strip, MixSwitch which)
 bool StripSwitch::refresh() {
     const auto value = switchOf(kind, owner.strip());
     const bool on = value && value->get()[0] != 0.0;
-    if (on == lit) return false;
+    const bool nowSafe = kind == MixSwitch::solo && owner.strip().channel->soloSafe;
+    if (on == lit && nowSafe == safe) return false;
+    safe = nowSafe;
     setLit(on);
+    redraw();
     return true;
 }
 
+/// What is safe is underlined.
+void StripSwitch::paint(CGraphic* g, CRect rect) {
+    RoundButton::paint(g, rect);
+    if (safe)
+        g->fillRect(lit ? textOn(fillColour()) : win->app->gui->palette.solo,
+                    asRect(4, rect.bottom - 4, rect.right - 4, rect.bottom - 2));
+}
+
 void StripSwitch::mouseDown(int x, int y, int btn) {
-    if (btn & modLeft) owner.swipe(kind, this, x, y, btn);
+    if (!(btn & modLeft)) return;
+    if ((btn & modControl) && kind == MixSwitch::solo)
+        owner.toggleSafe();
+    else
+        owner.swipe(kind, this, x, y, btn);
+}
+
+void StripSwitch::describe(Description& d, int part) const {
+    RoundButton::describe(d, part);
+    if (safe) d.text = "solo safe";
 }
 
 void StripSwitch::click() {

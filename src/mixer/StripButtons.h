@@ -16,18 +16,23 @@ std::optional<StoredValue> switchOf(MixSwitch which, const MixerStrip& strip);
 const char* spokenOf(MixSwitch which); ///< "Mute"
 
 /// A switch of a strip: a press switches it and what is selected with the strip, and a drag over
-/// those of other strips brings all of them to the same state.
+/// those of other strips brings all of them to the same state. A press with Control on solo makes
+/// the strip safe from the solo of others.
 class StripSwitch : public RoundButton {
 public:
     StripSwitch(CMixerStrip& strip, MixSwitch which);
 
-    void mouseDown(int x, int y, int btn) override;
+    void paint(CGraphic* g, CRect rect) override;
+    void mouseDown(int x, int y, int btn) override; ///< all that a press does begins here
+    void mouseUp(int, int, int) override { redraw(); }
     void click() override;
+    void describe(Description& d, int part) const override;
     bool refresh();
 
 private:
     CMixerStrip& owner;
     const MixSwitch kind;
+    bool safe = false; ///< of a solo switch: no solo elsewhere silences the strip
 };
 
 /// What a strip records or plays, or leads to: its name, and a press offers others.

@@ -28,6 +28,7 @@ constexpr int capHeight = StripLayout::capHeight, clipHeight = StripLayout::clip
 constexpr int slotWidth = 4, capWidth = 18;
 constexpr double hoverShare = 0.2, trackShare = 0.45;
 constexpr double knobTravel = 128.0;
+constexpr double peakFade = 0.4; ///< of a meter's peak above the mean, towards the ground
 constexpr double scaleDbs[] = {0, -6, -12, -18, -24, -36, -48};
 constexpr int figureRoom = 10; ///< that a figure of the scale needs of its height
 
@@ -280,9 +281,11 @@ CRect CAudioLed::column(int index) const {
     return asRect(x, 0, x + wide, height);
 }
 
-CAudioLed::Level CAudioLed::levelOf(float peak, float hold) const {
-    return {asRound(placeOfLevel(peak) * (scaleLength() - 1)),
-            asRound(placeOfLevel(hold) * (scaleLength() - 1)), hold >= 1.0f};
+CAudioLed::Level CAudioLed::levelOf(float peak, float power, float hold) const {
+    const auto rows = [this](float level) {
+        return asRound(placeOfLevel(level) * (scaleLength() - 1));
+    };
+    return {rows(peak), std::min(rows(std::sqrt(power)), rows(peak)), rows(hold), hold >= 1.0f};
 }
 
 void CAudioLed::redrawBetween(int index, const Level& a, const Level& b) {
@@ -292,6 +295,7 @@ void CAudioLed::redrawBetween(int index, const Level& a, const Level& b) {
                       height - std::min(from, to)));
     };
     if (a.bar != b.bar) rows(a.bar, b.bar);
+    if (a.body != b.body) rows(a.body, b.body);
     if (a.hold != b.hold) {
         rows(a.hold, a.hold);
         rows(b.hold, b.hold);
@@ -300,8 +304,10 @@ void CAudioLed::redrawBetween(int index, const Level& a, const Level& b) {
 }
 
 bool CAudioLed::refresh() {
-    const COutputChannel* ch = owner.strip().channel;
-    const Level now[] = {levelOf(ch->peakL, ch->holdL), levelOf(ch->peakR, ch->holdR)};
+    COutputChannel* ch = owner.strip().channel;
+    if (!ch->powerWanted) ch->powerWanted = 1;
+    const Level now[] = {levelOf(ch->peakL, ch->powerL, ch->holdL),
+                         levelOf(ch->peakR, ch->powerR, ch->holdR)};
     bool changed = false;
     for (int i = 0; i < 2; i++) {
         if (now[i] == shown[i]) continue;
@@ -321,11 +327,16 @@ void CAudioLed::paintColumn(CGraphic* g, CRect at, const Level& level) const {
     const int length = scaleLength();
     const int high = asRound(placeOfDb(-9.0) * length), over = asRound(placeOfDb(-0.5) * length);
     const int edges[] = {0, high, over, length};
-    for (int i = 0; i < 3; i++)
-        if (level.bar > edges[i])
-            g->fillRect(colours.meter[i],
-                        asRect(at.left, height - std::min(level.bar, edges[i + 1]), at.right,
-                               height - edges[i]));
+    const auto fill = [&](int from, int to, double faded) {
+        for (int i = 0; i < 3; i++) {
+            const int low = std::max(from, edges[i]), upper = std::min(to, edges[i + 1]);
+            if (upper > low)
+                g->fillRect(fadeCol(colours.meter[i], ground, faded),
+                            asRect(at.left, height - upper, at.right, height - low));
+        }
+    };
+    fill(0, level.body, 0.0);
+    fill(level.body, level.bar, peakFade);
     if (level.hold <= 0) return;
     const int mark = level.hold > over ? colours.meter[2] : colours.text;
     g->fillLine(mark, asRect(at.left, height - level.hold - 1, at.right, height - level.hold));

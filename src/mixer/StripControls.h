@@ -78,8 +78,9 @@ private:
     double clippedAt = -1.0; ///< ticks, of the first level over 0 dB; below 0: not while playing
 };
 
-/// A stereo meter in two columns, whose scale is that of the fader beside it, with a light on top
-/// that tells of levels beyond full scale until a press clears it.
+/// A stereo meter in two columns, whose scale is that of the fader beside it: the peak, in it the
+/// mean as a brighter body, and the highest peak as a line; with a light on top that tells of
+/// levels beyond full scale until a press clears it.
 class CAudioLed : public CCtrl {
 public:
     explicit CAudioLed(CMixerStrip& strip);
@@ -93,11 +94,11 @@ public:
 private:
     /// In pixels of the scale.
     struct Level {
-        int bar = 0, hold = 0;
+        int bar = 0, body = 0, hold = 0; ///< `body` is the mean of about 0.3 s
         bool clipped = false;
         bool operator==(const Level&) const = default;
     };
-    Level levelOf(float peak, float hold) const;
+    Level levelOf(float peak, float power, float hold) const;
     int scaleLength() const;
     CRect column(int index) const;
     void redrawBetween(int index, const Level& a, const Level& b);

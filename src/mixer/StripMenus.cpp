@@ -249,7 +249,7 @@ void StripMenus::moveChosen(CObject* sender) {
 void StripMenus::fillStrips(CPopup* popup) {
     Workspace& space = panel.state.workspace;
     addActionItem(popup, space, "rename", "Rename...");
-    addActionItems(popup, space, {"mixmute", "mixsolo", "unsolo"});
+    addActionItems(popup, space, {"mixmute", "mixsolo", "solosafe", "unsolo"});
     addActionItems(popup, space, {"narrowstrips", "widestrips"});
     addActionItems(popup, space, {"addgroup", "addsend", "groupstrips"});
     addActionItems(popup, space, {"delete"});

@@ -173,6 +173,7 @@ constexpr Row rows[] = {
     {"steprec", "Step record", groupArrange, functionKey(4)},
     {"mixmute", "Mute", groupMixer, 'm'},
     {"mixsolo", "Solo", groupMixer, 's'},
+    {"solosafe", "Solo safe", groupMixer, 's', control | modAlt},
     {"unsolo", "Un-solo all", groupMixer, 's', shift},
     {"narrowstrips", "Narrow strips", groupMixer, 'n'},
     {"widestrips", "Wide strips", groupMixer, 'w'},

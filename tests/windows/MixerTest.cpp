@@ -189,6 +189,15 @@ TEST_F(MixerTest, SwitchesOfOneSeveralAndASwipe) {
     }
     clickOn(button("unsolo"));
     for (const char* name : {"a", "b", "c", "d"}) EXPECT_EQ(out(name)->solo, 0);
+    // Safe from solos: by a press with Control, and from the menu.
+    act({"keydown", "ctrl"});
+    clickOn(on("d", "solo"));
+    act({"keyup", "ctrl"});
+    EXPECT_EQ(out("d")->soloSafe, 1);
+    EXPECT_EQ(out("d")->solo, 0);
+    panel()->choose(*strip("d"), 0);
+    key("ctrl+alt+s");
+    EXPECT_EQ(out("d")->soloSafe, 0);
     // The same by keys, for what is selected.
     panel()->choose(*strip("b"), 0);
     panel()->choose(*strip("c"), modControl);
@@ -558,6 +567,7 @@ TEST_F(MixerTest, ProgramsKeepSectionsAndTheProjectKeepsAll) {
     EXPECT_EQ(mixer().progs.getCount(), 2);
     key("ctrl+z");
     EXPECT_TRUE(pumpUntil([&] { return mixer().progs.getCount() == 3; }));
+    host->values->set(soloSafeOf(out("a")), 1.0);
     panel()->choose(*strip("b"), 0);
     key("n");
     EXPECT_LT(strip("b")->width, strip("a")->width);
@@ -579,4 +589,6 @@ TEST_F(MixerTest, ProgramsKeepSectionsAndTheProjectKeepsAll) {
     EXPECT_LT(strip("b")->width, strip("a")->width);
     EXPECT_TRUE(on("a", "eq")->visible);
     EXPECT_FALSE(on("b", "eq")->visible);
+    EXPECT_EQ(out("a")->soloSafe, 1);
+    EXPECT_EQ(out("b")->soloSafe, 0);
 }
