@@ -73,10 +73,10 @@ constexpr std::array progTable = {
     progSetting<&CArpProg::triplets, 0.0, 1.0>("Time", "Triplets", 0.0, onOffUnit, Setting::onOff),
     progSetting<&CArpProg::swing, 0.0, 1.0>("Time", "Swing", 0.0, shareUnit),
     progSetting<&CArpProg::gate, double(CArpProg::minShare), 1.0>("Notes", "Gate", 1.0, shareUnit),
-    progSetting<&CArpProg::prob, double(CArpProg::minShare), 1.0>("Notes", "Chance", 1.0,
+    progSetting<&CArpProg::prob, double(CArpProg::minShare), 1.0>("Chance", "Steps", 1.0,
                                                                   shareUnit),
-    progSetting<&CArpProg::rndGate, 0.0, 1.0>("Notes", "Random length", 0.0, shareUnit),
-    progSetting<&CArpProg::rndVelocity, 0.0, 1.0>("Notes", "Random velocity", 0.0, shareUnit),
+    progSetting<&CArpProg::rndGate, 0.0, 1.0>("Chance", "Length", 0.0, shareUnit),
+    progSetting<&CArpProg::rndVelocity, 0.0, 1.0>("Chance", "Velocity", 0.0, shareUnit),
 };
 
 /// The keys that only the latch keeps end with it.

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int gap = 8, pad = 8, titleHeight = 20;
+constexpr int gap = 8, pad = 8, titleHeight = 20, cellGap = 4;
 constexpr int lineHeight = SettingKnob::usualHeight + 4;
 
 } // namespace
@@ -60,6 +60,7 @@ int SettingPanel::widthOf(const Frame& frame, int most) const {
         if (line + c->width > most && line > 2 * pad) line = 2 * pad;
         line += c->width;
         widest = std::max(widest, line);
+        line += cellGap;
     }
     return widest;
 }
@@ -81,7 +82,7 @@ void SettingPanel::fit(int wide) {
                 line += lineHeight;
             }
             c->setBounds(at, line, c->width, c->height);
-            at += c->width;
+            at += c->width + cellGap;
         }
         frame.bounds = asRect(x, y, x + own, line + lineHeight);
         deepest = std::max(deepest, frame.bounds.bottom - y);
