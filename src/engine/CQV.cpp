@@ -210,6 +210,7 @@ void CQV::idle() {
     if (preview) preview->idle();
     makeStretcher();
     values->idle(asTimeInMS());
+    plans->idle();
     workers->followPriority();
     idleTake();
     idleRender();

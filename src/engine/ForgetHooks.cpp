@@ -2,6 +2,7 @@
 
 #include "engine/CMap.h"
 #include "engine/CQV.h"
+#include "engine/GraphPlan.h"
 #include "engine/ValueDoor.h"
 
 #include <algorithm>
@@ -48,6 +49,7 @@ void forgetObjects(CQV* host, const ForgetSet& gone) {
             return false;
         });
         dropCables(host, gone);
+        host->plans->forget(gone);
     }
     for (const CObject* object : gone.all()) host->values->forget(object);
     for (int i = 0; i < numHooks; ++i) hooks[i](host, gone);

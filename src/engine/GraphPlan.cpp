@@ -1,6 +1,8 @@
 #include "engine/GraphPlan.h"
 
+#include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/ForgetHooks.h"
 #include "engine/GraphWorkers.h"
 #include "engine/Mixing.h"
 #include "engine/PlanBuilder.h"
@@ -18,13 +20,13 @@ constexpr unsigned measuredBlocks = 8;
 
 } // namespace
 
-void PlanArrival::addTo(CInputChannel* to, int frames) const {
+void PlanArrival::addTo(CInputChannel* to, int frames) {
     if (kind == strips)
         sender->tap->feed(sender->comp, bus, to, frames);
     else if (kind == parts)
         sender->comp->sendParts(bus, to, frames);
-    else if (from->fromComp->canProcess() && from->fromChannel && from->toChannel)
-        addStereo(from->toChannel, from->fromChannel, frames);
+    else if (!fade.over() && from->fromComp->canProcess() && from->fromChannel && from->toChannel)
+        addStereo(from->toChannel, from->fromChannel, frames, fade);
 }
 
 GraphPlan::GraphPlan(CQV* root) : host(root), madeFor(root->frames) {
@@ -79,11 +81,12 @@ void GraphPlan::runLate(int frames) {
     for (size_t i = late; i < steps.size(); ++i) runStep(steps[i], frames);
 }
 
-void GraphPlan::runStep(const PlanStep& step, int frames) const {
+void GraphPlan::runStep(PlanStep& step, int frames) const {
     CComp* c = step.node->comp;
     c->planned = step.node;
     if (step.work & PlanStep::sum)
-        for (const CAudioCable* cable : step.cables) addToOut(cable, host->blocks, frames);
+        for (PlanSum& sum : step.sums)
+            if (!sum.fade.over()) addToOut(sum.cable, host->blocks, frames, sum.fade);
     if (step.work & PlanStep::render) c->process(frames);
     if (step.work & PlanStep::sound) c->sound(frames);
     const bool leftOut = host->renderMode != 0 && (host->renderMode != 1 || host->renderDry);
@@ -117,12 +120,42 @@ void GraphPlans::refresh() {
 void GraphPlans::prepare(const UndoPlan& step, bool first) {
     PlanLists lists(host, step, first);
     next = nullptr; // of a step that did not come to pass: no thread has seen it
-    if (!now || now->dependsOn(lists)) next = PlanBuilder(host, std::move(lists)).build();
+    if (now && !now->dependsOn(lists)) return;
+    next = PlanBuilder(host, lists).build();
+    if (now) next = PlanBuilder(host, std::move(lists), *now, *next).build();
+    passing = next->isPassing();
+    madeAt = asTimeInMS();
 }
 
 void GraphPlans::adopt() {
     assert(host->heldByThread());
     if (next && next->confirm()) std::swap(now, next);
+}
+
+void GraphPlans::idle() {
+    constexpr int patienceMs = 200; // a step may wait for a block before its fades begin
+    if (!passing || asTimeInMS() - madeAt < patienceMs) return;
+    passing = false;
+    const GraphHold hold(host);
+    auto made = PlanBuilder(host, PlanLists()).build();
+    host->workers->settle();
+    now = std::move(made);
+}
+
+void GraphPlan::forget(const ForgetSet& gone) {
+    const auto end = [&gone](const CAudioCable* cable, PlanFade& fade) {
+        if (fade.leaving && gone.has(cable)) fade.left = 0;
+    };
+    for (PlanStep& step : steps)
+        for (PlanSum& sum : step.sums) end(sum.cable, sum.fade);
+    for (const auto& node : nodes)
+        for (PlanArrival& arrival : node->arrivals) end(arrival.from, arrival.fade);
+}
+
+void GraphPlans::forget(const ForgetSet& gone) {
+    assert(host->heldByThread());
+    for (GraphPlan* plan : {now.get(), next.get()})
+        if (plan) plan->forget(gone);
 }
 
 void GraphPlans::settle() {

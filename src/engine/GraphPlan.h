@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/PlanFade.h"
 #include "engine/PlanLists.h"
 #include "engine/SendTap.h"
 #include "engine/WorkTimes.h"
@@ -12,6 +13,7 @@ class CComp;
 class CInputChannel;
 class CMIDICable;
 class CQV;
+class ForgetSet;
 class PlanNode;
 
 /// Something that is added to the inputs of a component.
@@ -25,8 +27,15 @@ struct PlanArrival {
     const CAudioCable* from = nullptr; ///< for `cable`
     const PlanNode* sender = nullptr;  ///< for the others
     int bus = 0;                       ///< the same
+    PlanFade fade{};                   ///< of a cable
 
-    void addTo(CInputChannel* bus, int frames) const;
+    void addTo(CInputChannel* bus, int frames);
+};
+
+/// A cable into an audio out.
+struct PlanSum {
+    const CAudioCable* cable;
+    PlanFade fade{};
 };
 
 /// A component in a plan. Made on the interface thread, then the graph holder's.
@@ -44,7 +53,8 @@ public:
     bool takesMidi = true;             ///< false too many cables back
     std::vector<PlanArrival> arrivals; ///< in the order in which they are summed
     std::vector<Midi> midi;
-    std::unique_ptr<SendTap> tap; ///< null without buses
+    std::vector<const CAudioCable*> cables; ///< that arrive, but for those that leave
+    std::unique_ptr<SendTap> tap;           ///< null without buses
 };
 
 /// A piece of work of a block: what a component does, in this order.
@@ -58,13 +68,14 @@ struct PlanStep {
     };
     PlanNode* node;
     unsigned work;
-    std::vector<const CAudioCable*> cables; ///< of `sum`
+    std::vector<PlanSum> sums; ///< of `sum`
     int level = 0; ///< it needs what steps of lower levels make, and nothing of its own level
     WorkTimes times{};
 };
 
 /// How a block is worked out: a list of steps, each behind what it needs. Sums have the order of
-/// the plan, so that the sound does not depend on who takes which step. Made by `PlanBuilder`.
+/// the plan, so that the sound does not depend on who takes which step. A plan that takes over from
+/// another lets the cables that come and go fade. Made by `PlanBuilder`.
 class GraphPlan {
 public:
     explicit GraphPlan(CQV* root);
@@ -80,10 +91,12 @@ public:
     /// The same for one that was made ahead of a step, once that has been carried out.
     bool confirm();
 
+    void forget(const ForgetSet& gone);           ///< see `GraphPlans`
     bool dependsOn(const PlanLists& lists) const; ///< whether a list that changes is one of them
 
     const std::vector<PlanStep>& allSteps() const { return steps; }
-    size_t firstLate() const { return late; } ///< step where `runLate` begins
+    size_t firstLate() const { return late; }  ///< step where `runLate` begins
+    bool isPassing() const { return passing; } ///< it works out what is only there to leave
 
     // By levels, for several threads. Steps are numbered in the order of their levels.
     int widest() const { return mostOfLevel; } ///< steps of a level, at most
@@ -97,13 +110,14 @@ private:
     friend class PlanBuilder;
     void findOrder();
     void runMeasured(int frames);
-    void runStep(const PlanStep& step, int frames) const;
+    void runStep(PlanStep& step, int frames) const;
 
     CQV* host;
     int madeFor; ///< frames
     std::vector<std::unique_ptr<PlanNode>> nodes;
     std::vector<PlanStep> steps;
     size_t late = 0;
+    bool passing = false;
     std::vector<unsigned> order; ///< of the steps before `late`, by level
     std::vector<int> ends;       ///< of each level in `order`
     int mostOfLevel = 0;
@@ -123,6 +137,11 @@ public:
     void prepare(const UndoPlan& step, bool first);
     /// The step has been carried out: takes its plan. Graph holder.
     void adopt();
+    /// Objects are about to be freed: cables among them that leave are not heard any more. Graph
+    /// holder.
+    void forget(const ForgetSet& gone);
+    /// Puts a plain plan in place of one whose fades are over. Interface thread, now and then.
+    void idle();
     /// Frees what the step has left over, and corrects what could not be foreseen. Interface
     /// thread, once the step is known to be done.
     void settle();
@@ -131,4 +150,6 @@ private:
     CQV* host;
     std::unique_ptr<GraphPlan> now;
     std::unique_ptr<GraphPlan> next; ///< until the step is carried out; then the former plan
+    bool passing = false;            ///< the plan made last is; interface thread
+    int madeAt = 0;                  ///< asTimeInMS
 };

@@ -130,31 +130,41 @@ void mixStrip(CComp* c, COutputChannel* ch, int frames, int offset) {
 
 } // namespace
 
-void addStereo(CInputChannel* to, const COutputChannel* from, int frames) {
-    addScaled(to->bufL, from->bufL, frames, 1.0f);
-    addScaled(to->bufR, from->bufR, frames, 1.0f);
+void addStereo(CInputChannel* to, const COutputChannel* from, int frames, PlanFade& fade) {
+    if (!fade.running()) {
+        addScaled(to->bufL, from->bufL, frames, 1.0f);
+        addScaled(to->bufR, from->bufR, frames, 1.0f);
+        return;
+    }
+    for (int i = 0; i < frames; ++i) {
+        to->bufL[i] += from->bufL[i] * fade.at(i);
+        to->bufR[i] += from->bufR[i] * fade.at(i);
+    }
+    fade.advance(frames);
 }
 
 namespace {
 
-void addDelayed(CInputChannel* to, const COutputChannel* from, CPDC* pdc, int frames) {
+void addDelayed(CInputChannel* to, const COutputChannel* from, CPDC* pdc, int frames,
+                PlanFade& fade) {
     for (int i = 0; i < frames; ++i) {
         float l = 0.0f, r = 0.0f;
         pdc->exchange(from->bufL[i], from->bufR[i], l, r);
-        to->bufL[i] += l;
-        to->bufR[i] += r;
+        to->bufL[i] += l * fade.at(i);
+        to->bufR[i] += r * fade.at(i);
     }
+    fade.advance(frames);
 }
 
 } // namespace
 
-void addToOut(const CAudioCable* cable, unsigned block, int frames) {
+void addToOut(const CAudioCable* cable, unsigned block, int frames, PlanFade& fade) {
     CInputChannel* to = cable->toChannel;
     if (cable->pdc->delay >= 1) {
         cable->pdc->enter(block);
-        addDelayed(to, cable->fromChannel, cable->pdc, frames);
+        addDelayed(to, cable->fromChannel, cable->pdc, frames, fade);
     } else {
-        addStereo(to, cable->fromChannel, frames);
+        addStereo(to, cable->fromChannel, frames, fade);
     }
     storePeak(highest(to->bufL, frames, to->peakL), to->peakL, to->holdL);
     storePeak(highest(to->bufR, frames, to->peakR), to->peakR, to->holdR);
@@ -268,7 +278,7 @@ void CComp::fx(int frames) {
 void CComp::mergeAudio(int frames) {
     assert(heldByThread());
     if (!planned) return;
-    for (const PlanArrival& arrival : planned->arrivals) arrival.addTo(input(), frames);
+    for (PlanArrival& arrival : planned->arrivals) arrival.addTo(input(), frames);
 }
 
 namespace {

@@ -3,6 +3,7 @@
 #include "engine/CQV.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -12,11 +13,19 @@ constexpr size_t sumsAtOnce = 8;
 } // namespace
 
 PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted)
-    : host(root), lists(std::move(wanted)), plan(std::make_unique<GraphPlan>(root)) {
+    : host(root), lists(std::move(wanted)), plan(std::make_unique<GraphPlan>(root)),
+      fadeFrames(std::max(1, root->framesInMs * PlanFade::ms)) {
+}
+
+PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted, const GraphPlan& before,
+                         const GraphPlan& plain)
+    : PlanBuilder(root, std::move(wanted)) {
+    for (const auto& node : before.nodes) former[node->comp] = node.get();
+    for (const PlanStep& step : plain.steps) staying.insert(step.node->comp);
 }
 
 const std::vector<CObject*>& PlanBuilder::read(const CList& list) {
-    const auto [entry, fresh] = known.try_emplace(&list);
+    const auto [entry, fresh] = contentsOf.try_emplace(&list);
     if (fresh) {
         entry->second = lists.of(list);
         plan->sources.emplace_back(list, entry->second);
@@ -47,6 +56,7 @@ std::unique_ptr<GraphPlan> PlanBuilder::build() {
     for (CComp* out : rings) place(out).busy = true;
     for (const ListKind kind : {listComps, listSends})
         for (CComp* out : outs) takeSources(out, kind);
+    for (CComp* out : outs) takeLeaving(out);
     for (CComp* out : rings) place(out).busy = false;
     for (CComp* c : comps) {
         if (c->type == compMIDIOut) need(c);
@@ -66,8 +76,88 @@ void PlanBuilder::takeSources(CComp* out, ListKind kind) {
         if (from->type == compAudioOut || kindOf(from) != kind) continue;
         need(from);
         from->planStrip(*this);
-        place(out).sums.push_back(cable);
+        place(out).node->cables.push_back(cable);
+        place(out).sums.push_back({cable, fadeOf(out, cable)});
         if (place(out).sums.size() == sumsAtOnce) flushSums(out);
+    }
+}
+
+// Cables that come and go.
+
+/// What comes to the graph together with its cable begins by itself.
+PlanFade PlanBuilder::fadeOf(CComp* c, const CAudioCable* cable) {
+    const auto before = former.find(c);
+    if (before == former.end()) return {};
+    const auto& had = before->second->cables;
+    if (std::ranges::find(had, cable) != had.end()) return {};
+    CComp* from = cable->fromComp;
+    const bool sounded = (host->comps.contains(from) || host->sends.contains(from)) &&
+                         from->outputs.contains(cable->fromChannel);
+    return sounded ? PlanFade::in(fadeFrames) : PlanFade();
+}
+
+/// Those into `c` that the plan before had, as far as what they come from stays.
+std::vector<const CAudioCable*> PlanBuilder::leaving(CComp* c) {
+    std::vector<const CAudioCable*> all;
+    const auto before = former.find(c);
+    if (before == former.end()) return all;
+    const auto& has = place(c).node->cables;
+    for (const CAudioCable* cable : before->second->cables) {
+        const bool stays = std::ranges::find(comps, cable->fromComp) != comps.end() ||
+                           std::ranges::find(buses, cable->fromComp) != buses.end();
+        if (stays && std::ranges::find(has, cable) == has.end()) all.push_back(cable);
+    }
+    return all;
+}
+
+/// Whether `c`, which only cables that leave lead to sound, needs nothing that has not been worked
+/// out yet and stays, and waits for nothing that waits for it.
+bool PlanBuilder::endsHere(CComp* c, std::unordered_set<const CComp*>& path) {
+    if (staying.contains(c)) return place(c).rendered && place(c).stripped;
+    if (place(c).rendered) return true;
+    if (place(c).busy || !path.insert(c).second) return false;
+    for (const auto* cable : contents<CAudioCable>(c->audioCables))
+        if (!endsHere(cable->fromComp, path)) return false;
+    for (const auto* cable : contents<CMIDICable>(c->midiCables)) {
+        CComp* from = cable->fromComp;
+        if (from && !(staying.contains(from) ? place(from).rendered : endsHere(from, path)))
+            return false;
+    }
+    path.erase(c);
+    return true;
+}
+
+/// Whether a cable can be heard a little longer without a change to what stays.
+bool PlanBuilder::mayLeave(const CAudioCable* cable) {
+    std::unordered_set<const CComp*> path;
+    return cable->fromComp->type != compAudioOut && endsHere(cable->fromComp, path);
+}
+
+/// Its source, which feeds no bus, unless it stays for other reasons.
+void PlanBuilder::needLeaving(const CAudioCable* cable) {
+    const bool before = std::exchange(onlyLeaving, true);
+    need(cable->fromComp);
+    cable->fromComp->planStrip(*this);
+    onlyLeaving = before;
+    plan->passing = true;
+}
+
+/// Behind all sources that stay, as the next.
+void PlanBuilder::takeLeaving(CComp* out) {
+    for (const CAudioCable* cable : leaving(out)) {
+        if (!mayLeave(cable)) continue;
+        needLeaving(cable);
+        place(out).sums.push_back({cable, PlanFade::out(fadeFrames)});
+    }
+}
+
+void PlanBuilder::takeLeavingInto(CComp* c) {
+    for (const CAudioCable* cable : leaving(c)) {
+        if (!mayLeave(cable)) continue;
+        needLeaving(cable);
+        place(c).node->arrivals.push_back(
+            {PlanArrival::cable, cable, nullptr, 0, PlanFade::out(fadeFrames)});
+        place(c).reads.push_back(cable->fromChannel);
     }
 }
 
@@ -93,7 +183,9 @@ void PlanBuilder::finishOut(CComp* out) {
         for (const auto* cable : contents<CAudioCable>(out->audioCables)) {
             if (cable->fromComp->type != compAudioOut) continue;
             finishOut(cable->fromComp);
-            if (place(cable->fromComp).rendered) place(out).sums.push_back(cable);
+            if (!place(cable->fromComp).rendered) continue;
+            place(out).node->cables.push_back(cable);
+            place(out).sums.push_back({cable, fadeOf(out, cable)});
         }
         place(out).busy = false;
     }
@@ -135,9 +227,12 @@ void PlanBuilder::needAudio(CComp* c) {
             if (!from || place(from).busy) continue;
             need(from);
             from->planStrip(*this);
-            place(c).node->arrivals.push_back({PlanArrival::cable, cable});
+            place(c).node->cables.push_back(cable);
+            place(c).node->arrivals.push_back(
+                {PlanArrival::cable, cable, nullptr, 0, fadeOf(c, cable)});
             place(c).reads.push_back(cable->fromChannel);
         }
+        takeLeavingInto(c);
     }
     --depth;
 }
@@ -175,6 +270,7 @@ void PlanBuilder::strip(CComp* c) {
 
 /// What comes too late for a bus is lost.
 void PlanBuilder::feedBuses(PlanNode* from, PlanArrival::Kind kind) {
+    if (onlyLeaving) return;
     const int count = std::min(int(buses.size()), maxSends);
     if (count == 0) return;
     const int channels = int(read(from->comp->outputs).size());
@@ -183,7 +279,7 @@ void PlanBuilder::feedBuses(PlanNode* from, PlanArrival::Kind kind) {
     for (int k = 0; k < count; ++k) {
         Place& bus = place(buses[size_t(k)]);
         if (bus.rendered) continue;
-        bus.node->arrivals.push_back({kind, nullptr, from, k});
+        bus.node->arrivals.push_back({kind, nullptr, from, k, {}});
         for (const CObject* ch : read(from->comp->outputs)) bus.reads.push_back(ch);
         bus.reads.push_back(from);
     }
@@ -192,10 +288,10 @@ void PlanBuilder::feedBuses(PlanNode* from, PlanArrival::Kind kind) {
 void PlanBuilder::flushSums(CComp* out) {
     Place& p = place(out);
     if (p.sums.empty()) return;
-    for (const CAudioCable* cable : p.sums) p.reads.push_back(cable->fromChannel);
+    for (const PlanSum& sum : p.sums) p.reads.push_back(sum.cable->fromChannel);
     const auto inputs = contents<const void>(out->inputs);
     PlanStep& step = add(out, PlanStep::sum, {inputs.begin(), inputs.end()});
-    step.cables = std::move(place(out).sums);
+    step.sums = std::move(place(out).sums);
     place(out).sums.clear();
 }
 

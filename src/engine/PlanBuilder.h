@@ -12,6 +12,9 @@
 class PlanBuilder {
 public:
     PlanBuilder(CQV* root, PlanLists wanted);
+    /// For a plan that takes over from another one; `plain` is the new one as it is by itself,
+    /// which it sounds like once all fades are over.
+    PlanBuilder(CQV* root, PlanLists wanted, const GraphPlan& former, const GraphPlan& plain);
     std::unique_ptr<GraphPlan> build();
 
     // For `CComp::planRender` and `planStrip`, which tell what a component needs before it can
@@ -44,8 +47,8 @@ private:
     struct Place {
         PlanNode* node = nullptr;
         bool busy = false, rendered = false, stripped = false;
-        std::vector<const CAudioCable*> sums; ///< of an audio out: to be added before it works
-        std::vector<const void*> reads;       ///< of its next step
+        std::vector<PlanSum> sums;      ///< of an audio out: to be added before it works
+        std::vector<const void*> reads; ///< of its next step
     };
     /// The latest levels that wrote and read something.
     struct Use {
@@ -55,6 +58,13 @@ private:
     const std::vector<CObject*>& read(const CList& list);
     Place& place(CComp* c);
     void takeSources(CComp* out, ListKind kind);
+    void takeLeaving(CComp* out);
+    void takeLeavingInto(CComp* c);
+    bool endsHere(CComp* c, std::unordered_set<const CComp*>& path);
+    bool mayLeave(const CAudioCable* cable);
+    void needLeaving(const CAudioCable* cable);
+    PlanFade fadeOf(CComp* c, const CAudioCable* cable);
+    std::vector<const CAudioCable*> leaving(CComp* c);
     ListKind kindOf(CComp* c);
     bool inRing(CComp* out);
     bool isBehind(CComp* c, const CComp* wanted, std::unordered_set<const CComp*>& met, int depth);
@@ -67,7 +77,11 @@ private:
     PlanLists lists;
     std::unique_ptr<GraphPlan> plan;
     std::vector<CComp*> comps, buses;
-    std::unordered_map<const CList*, std::vector<CObject*>> known;
+    std::unordered_map<const CList*, std::vector<CObject*>> contentsOf;
+    std::unordered_map<const CComp*, const PlanNode*> former; ///< of the plan before
+    std::unordered_set<const CComp*> staying; ///< what sounds without the cables that leave
+    bool onlyLeaving = false;
+    int fadeFrames;
     std::unordered_map<const CComp*, Place> places;
     std::unordered_map<const void*, Use> uses;
     int depth = 0;

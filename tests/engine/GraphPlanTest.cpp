@@ -1,6 +1,7 @@
 #include "StripFixture.h"
 
 #include "engine/GraphWorkers.h"
+#include "engine/PlanFade.h"
 
 #include <csignal>
 #include <pthread.h>
@@ -27,10 +28,15 @@ public:
         host->workers->setCount(count);
         host->workers->eager = true;
     }
-    /// One cable more or less, at a place of its list; by a step that a block carries out.
+    /// One cable more or less, at a place of its list; by a step that a block carries out. What
+    /// fades with it has come and gone then.
     void edit() {
         const auto [from, to] = anyEnds();
         step([&](CUndo* u) { record(u, from, to); });
+        settle();
+    }
+    void settle() {
+        for (int done = 0; done <= host->framesInMs * PlanFade::ms; done += frames) block(frames);
     }
     /// Runs a block and tells whether it is what the plain numbers give.
     bool blockIsRight() {
@@ -136,7 +142,9 @@ TEST(GraphPlan, SumsAsTheCablesLead) {
         for (int i = 0; i < 8; ++i) {
             ASSERT_TRUE(net.blockIsRight()) << "graph " << seed << ", after edits: " << i;
             net.edit();
-            if (i % 3 == 2) net.undo();
+            if (i % 3 != 2) continue;
+            net.undo();
+            net.settle();
         }
         EXPECT_EQ(rtViolations(), 0);
         messageHooks().pumpIdle = nullptr;
@@ -158,6 +166,51 @@ TEST(GraphPlan, ThreadsChangeNothing) {
         }
         EXPECT_EQ(rtViolations(), 0) << helpers << " threads";
         messageHooks().pumpIdle = nullptr;
+    }
+}
+
+/// Cables that come and go while the graph plays: what they bring rises and falls in straight
+/// lines, into an out as into a group, and what they do not touch stays as it is.
+TEST(GraphPlan, CablesFade) {
+    constexpr float own = 0.5f, other = 0.25f;
+    for (const bool grouped : {false, true}) {
+        StripFixture f(64);
+        const auto constant = [&f](float level) {
+            auto* s = f.add(new SignalComp(f.host));
+            s->left = s->right = [level](long) { return level; };
+            return s;
+        };
+        SignalComp* source = constant(own);
+        f.connect(constant(other));
+        CComp* to = f.out;
+        if (grouped) f.connect(to = f.add(new CGroupCh(f.host)));
+        std::vector<float> heard;
+        const auto listen = [&](int blocks) {
+            for (int i = 0; i < blocks; ++i) {
+                f.block(64);
+                const float* got = f.out->output()->bufL;
+                heard.insert(heard.end(), got, got + 64);
+            }
+        };
+        listen(2);
+        rtReset();
+        for (const bool there : {true, false, true}) {
+            CUndo* u = f.host->undoStart("Cable", f.host, {.graph = true});
+            if (there)
+                u->asAdd(createAudioCable(to, source->output(), nullptr), &to->audioCables);
+            else
+                u->asRemove(getAudioCable(to, source->output(), nullptr), &to->audioCables);
+            f.host->undoEnd(u, false);
+            listen(10);
+            EXPECT_EQ(heard.back(), there ? own + other : other) << grouped;
+        }
+        EXPECT_EQ(rtViolations(), 0);
+        const float most = own / float(f.host->framesInMs * PlanFade::ms) + 1e-6f;
+        float steepest = 0.0f;
+        for (size_t i = 1; i < heard.size(); ++i)
+            steepest = std::max(steepest, std::fabs(heard[i] - heard[i - 1]));
+        EXPECT_LE(steepest, most) << grouped;
+        EXPECT_EQ(heard.front(), other);
     }
 }
 
