@@ -10,6 +10,7 @@ namespace {
 
 constexpr double side = 20; ///< of the squares that the glyphs are drawn in
 constexpr double lineWidth = 1.4;
+constexpr double nearlyRound = 2 * std::numbers::pi - 0.1; ///< a straight line closes it
 
 /// Lines and discs in a square of `side`.
 class Pen {
@@ -41,7 +42,7 @@ public:
     }
     void disc(double cx, double cy, double radius) {
         CPath path;
-        path.arc(x(cx), y(cy), radius * scale, 0, 2 * std::numbers::pi);
+        path.arc(x(cx), y(cy), radius * scale, 0, nearlyRound);
         path.close();
         fillPath(g, path, color);
     }

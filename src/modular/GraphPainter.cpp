@@ -200,7 +200,7 @@ void GraphPainter::paintMarks(CGraphic* g, int index) const {
     const int x = asRound(middle.x), y = asRound(middle.y);
     if (level > 0 && cable.midi) {
         CPath dot;
-        dot.arc(middle.x, middle.y, dotRadius, 0, 2 * std::numbers::pi);
+        dot.arc(middle.x, middle.y, dotRadius, 0, 2 * std::numbers::pi - 0.1);
         dot.close();
         fillPath(g, dot, palette.text, double(level));
     } else if (level > 0) {

@@ -1,5 +1,8 @@
 #include "StripFixture.h"
+#include "base/CStream.h"
+#include "engine/CompBlocks.h"
 
+#include <climits>
 #include <memory>
 
 TEST(Cables, AddingTwiceIsAToggle) {
@@ -66,4 +69,24 @@ TEST(Cables, EveryOneThatTouchesAComponentIsFound) {
     f.undo();
     listCables(&none, &none, f.host, mid, nullptr);
     EXPECT_EQ(none.getCount(), 6);
+}
+
+/// Places of a file may be any numbers: those beyond the canvas come to its edge.
+TEST(CComp, PlacesAreKeptOnTheCanvas) {
+    StripFixture f;
+    const struct {
+        int stored, read;
+    } cases[] = {{0, 0}, {7, 7}, {32767, 32767}, {32768, 32767}, {-1, 0}, {INT_MIN, 0}};
+    for (const auto& c : cases) {
+        CGroupCh group(f.host);
+        group.posX = group.posY = c.stored;
+        CMemoryStream stream;
+        writeCompChunk(&stream, &group, listComps, "comp2");
+        const int size = stream.getPos();
+        stream.seek(0, seekStart);
+        stream.readStr();
+        stream.readInt(); // the size of the block
+        const std::unique_ptr<CComp> read(readCompChunk(f.host, &stream, size));
+        EXPECT_TRUE(read->posX == c.read && read->posY == c.read) << c.stored;
+    }
 }

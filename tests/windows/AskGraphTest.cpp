@@ -16,6 +16,8 @@
 #include "sequencer/CPart.h"
 #include "sequencer/MoveEdits.h"
 
+#include <chrono>
+
 namespace {
 
 /// A component that takes its time.
@@ -23,6 +25,18 @@ class LateComp : public CGroupCh {
 public:
     using CGroupCh::CGroupCh;
     int getDelay() override { return 441; }
+};
+
+/// A component whose work takes an eighth of a block at least.
+class BusyComp : public CGroupCh {
+public:
+    using CGroupCh::CGroupCh;
+    void process(int frames) override {
+        const std::chrono::duration<double> share(frames / double(host->rate) / 8);
+        const auto end = std::chrono::steady_clock::now() + share;
+        while (std::chrono::steady_clock::now() < end) continue;
+        CGroupCh::process(frames);
+    }
 };
 
 /// A song of two instrument tracks, "Bass" and "Lead", with a part and a synthesizer each, and one
@@ -80,6 +94,15 @@ protected:
         return all + answer.note.asChar();
     }
 
+    template <class T>
+    T* link(T* made, const char* name) {
+        made->init();
+        made->createBuffers(host->frames);
+        made->setId(name);
+        GraphHold hold(host.get());
+        host->comps.add(made);
+        return made;
+    }
     static void muteSounds(CSampler* sampler, int on) {
         static_cast<CSynthProg*>(sampler->getProgram(-1))->eachSound([on](CSound* sound) {
             sound->mute = static_cast<unsigned char>(on);
@@ -283,14 +306,7 @@ TEST_F(AskGraphTest, FindsNothingWrongWithAHealthyGraph) {
 
 TEST_F(AskGraphTest, TellsWhatIsLateAndLoud) {
     begin();
-    auto* late = new LateComp(host.get());
-    late->init();
-    late->createBuffers(host->frames);
-    late->setId("Lookahead");
-    {
-        GraphHold hold(host.get());
-        host->comps.add(late);
-    }
+    auto* late = link(new LateComp(host.get()), "Lookahead");
     toggleCable(rack->output(), out()->input());
     toggleCable(rack->output(), late->input());
     toggleCable(late->output(), out()->input());
@@ -322,6 +338,23 @@ TEST_F(AskGraphTest, TellsWhatIsLateAndLoud) {
     toggleCable(late->output(), rack->input());
     again();
     EXPECT_EQ(loud(rack), "The cable Lookahead to Rack feeds back.\n");
+}
+
+TEST_F(AskGraphTest, TellsWhatCostsTime) {
+    begin();
+    auto* busy = link(new BusyComp(host.get()), "Busy");
+    toggleCable(synth("Lead")->output(), busy->input());
+    toggleCable(busy->output(), out()->input());
+    runBlocks(host.get(), 16); // not all are measured
+    for (const CObject* about :
+         {static_cast<const CObject*>(synth("Lead")), static_cast<const CObject*>(busy)}) {
+        const GraphAnswer answer = ask(GraphQuestion::whatCosts, about);
+        ASSERT_FALSE(answer.causes.empty()) << said(answer);
+        EXPECT_EQ(answer.causes[0].blame, busy) << said(answer);
+        EXPECT_EQ(std::string(answer.causes[0].text.asChar()).find("Busy takes "), 0u);
+    }
+    for (const GraphCause& cause : ask(GraphQuestion::whatCosts, rack).causes)
+        EXPECT_NE(cause.blame, busy) << "it is not on that path";
 }
 
 /// The answer stands beside the canvas, and its button goes to what is to blame.
