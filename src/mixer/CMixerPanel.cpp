@@ -347,6 +347,17 @@ void CMixerPanel::refresh() {
     if (eqWin && eqWin->visible) eqWin->refresh();
 }
 
+void CMixerPanel::followLoudness() {
+    if (isStale()) return;
+    for (CMixerStrip* s : made)
+        if (s->strip().section == StripSection::outputs) s->followLoudness();
+}
+
+void CMixerPanel::stopMeasuring() {
+    followIfStale();
+    for (CMixerStrip* s : made) s->stopMeasuring();
+}
+
 void CMixerPanel::openEq(const MixerStrip& strip) {
     if (!eqWin)
         eqWin = std::make_unique<CEqWin>(state.workspace.mainWindow(), state.qv,

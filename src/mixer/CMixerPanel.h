@@ -44,8 +44,10 @@ public:
     /// The same if the graph has changed and the notices of it are still to come: before anything
     /// uses a strip, as what has left the graph may be freed from the next step on.
     void followIfStale();
-    void layout();                          ///< by the strips and what of them is to be seen
-    void refresh();                         ///< follows what has no notice; every 40 ms
+    void layout();         ///< by the strips and what of them is to be seen
+    void refresh();        ///< follows what has no notice; every 40 ms
+    void followLoudness(); ///< on another page too, as what is measured waits for a while only
+    void stopMeasuring();
     bool shows(StripSection section) const; ///< it is switched on
     void show(StripSection section, bool on);
     const StripFilter& filter() const { return shownBy; }

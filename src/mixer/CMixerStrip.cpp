@@ -208,7 +208,6 @@ void CMixerStrip::refresh() {
     if (target->visible) target->refresh();
     for (CStoredCtrl* c : std::initializer_list<CStoredCtrl*>{trim, pan, gain, fader}) follow(c);
     for (StripSwitch* s : switches) s->refresh();
-    followLoudness();
 }
 
 bool CMixerStrip::followSound() {
@@ -223,7 +222,11 @@ Loudness* CMixerStrip::meterOfOutput() const {
     return out ? &out->loudness : nullptr;
 }
 
-/// From the first time on the output measures.
+void CMixerStrip::stopMeasuring() {
+    of.channel->powerWanted = 0;
+    if (Loudness* levels = meterOfOutput()) levels->measure(false);
+}
+
 void CMixerStrip::followLoudness() {
     Loudness* levels = meterOfOutput();
     if (!levels || !loudness->visible) return;

@@ -44,9 +44,11 @@ public:
     const CStr& name() const { return shown.name; }
     /// It has another place among the strips, or less or more to show.
     void place(const MixerStrip& now, const StripPlan& plan, bool wide);
-    void refresh();     ///< follows all values
-    bool followSound(); ///< follows the level; whether that shows
-    void rename();      ///< opens a field in place of the name
+    void refresh();        ///< follows all values
+    bool followSound();    ///< follows the level; whether that shows
+    void followLoudness(); ///< of an output, which measures from the first time on
+    void stopMeasuring();  ///< what is measured for the mixer alone
+    void rename();         ///< opens a field in place of the name
     std::vector<CCtrl*> stops();
 
     // For what is on it.
@@ -80,13 +82,12 @@ private:
         bool operator==(const Shown&) const = default;
     };
     Shown present() const;
+    Loudness* meterOfOutput() const; ///< null for what is none
     ValueBar* newBar(const char* name,
                      const std::function<StoredValue(const MixerStrip&)>& valueOf);
     void fit(const StripPlan& plan);
     void nameControls();
     void follow(CStoredCtrl* ctrl) const;
-    Loudness* meterOfOutput() const; ///< null for what is none
-    void followLoudness();
 
     CMixerPanel& panel;
     MixerStrip of;

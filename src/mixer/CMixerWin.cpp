@@ -120,10 +120,16 @@ void CMixerWin::show(bool activate) {
     CCompEditor::show(activate);
 }
 
+void CMixerWin::hide() {
+    if (visible) panel->stopMeasuring();
+    CCompEditor::hide();
+}
+
 void CMixerWin::idle() {
     if (mixer.notices.take(CompNotice::program)) programChanged();
     bar->refresh();
     if (mapped) panel->refresh();
+    panel->followLoudness();
 }
 
 // Actions.

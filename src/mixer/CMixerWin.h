@@ -25,6 +25,7 @@ public:
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool keyDown(int key, int mods) override;
     void show(bool activate) override;
+    void hide() override; ///< nothing is measured any more
 
     bool canRun(const CAction* action) const override;
     bool isOn(const CAction* action) const override;

@@ -549,6 +549,11 @@ TEST_F(MixerTest, LoudnessOfTheOutputIsToldAndReset) {
     clickOn(on("Audio Out", "loudness"));
     EXPECT_EQ(told("loudness"), "-inf LUFS");
     EXPECT_EQ(told("truepeak"), "-inf dBTP");
+    EXPECT_TRUE(pumpUntil([&] { return out("a")->powerWanted != 0; }));
+    COutputChannel* shown = out("a");
+    page()->hide();
+    EXPECT_FALSE(output->loudness.measures()) << "for nobody";
+    EXPECT_EQ(shown->powerWanted, 0);
 }
 
 TEST_F(MixerTest, ProgramsKeepSectionsAndTheProjectKeepsAll) {
