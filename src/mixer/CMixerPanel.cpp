@@ -336,7 +336,7 @@ void CMixerPanel::refresh() {
         std::clamp(most + 1, leastSlots, std::max(most, mostSlots)) != state.plan.slots;
     const CMixProg* prog = state.mixer.getProg(-1);
     const bool sounds =
-        shownBy.listen(all, asTimeInMS()) && shownBy.kind() == StripFilter::sounding;
+        shownBy.kind() == StripFilter::sounding && shownBy.listen(all, asTimeInMS());
     if (other || sounds || (prog && prog->sh != shownMask)) layout();
     for (CMixerStrip* s : made) {
         if (s->visibleRect().empty()) continue;

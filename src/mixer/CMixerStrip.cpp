@@ -145,6 +145,7 @@ void CMixerStrip::place(const MixerStrip& now, const StripPlan& plan, bool wide)
     }
     switches[size_t(MixSwitch::arm)]->visible = switchOf(MixSwitch::arm, of).has_value();
     shown = Shown();
+    turns = 0;
     refresh();
 }
 
@@ -169,6 +170,8 @@ void CMixerStrip::nameControls() {
                 {fader, "Volume"},
                 {meter, "Level"}};
     for (const auto& row : rows) row.ctrl->spokenName = row.spoken + CStr(", ") + shown.name;
+    for (InsertSlot* s : slots) s->spokenName = "Insert " + asStr(s->index + 1) + ", " + shown.name;
+    for (ValueBar* s : sends) s->spokenName = "Send to " + s->label + ", " + shown.name;
     if (loudness) {
         loudness->spokenName = "Loudness, " + shown.name;
         truePeak->spokenName = "True peak, " + shown.name;
@@ -195,17 +198,21 @@ void CMixerStrip::refresh() {
     for (size_t i = 0; i < sends.size(); i++) {
         const auto* bus = static_cast<const CComp*>(buses.items(int(i)));
         const CStr label = bus ? bus->id : CStr();
-        if (!(sends[i]->label == label) || sends[i]->spokenName.empty()) {
+        if (!(sends[i]->label == label)) {
             sends[i]->label = label;
+            sends[i]->spokenName = "Send to " + label + ", " + shown.name;
             sends[i]->redraw();
         }
-        sends[i]->spokenName = "Send to " + label + ", " + shown.name;
         follow(sends[i]);
     }
     for (InsertSlot* s : slots) s->refresh();
     if (eq->visible) eq->refresh();
-    if (source->visible) source->refresh();
-    if (target->visible) target->refresh();
+    // Where it leads takes a walk through the cables.
+    constexpr int rarely = 8;
+    if (turns++ % rarely == 0) {
+        if (source->visible) source->refresh();
+        if (target->visible) target->refresh();
+    }
     for (CStoredCtrl* c : std::initializer_list<CStoredCtrl*>{trim, pan, gain, fader}) follow(c);
     for (StripSwitch* s : switches) s->refresh();
 }

@@ -107,4 +107,5 @@ private:
     CAudioLed* meter;
     std::array<StripSwitch*, mixSwitches> switches;
     NameField* field = nullptr; ///< while it is renamed
+    unsigned turns = 0;         ///< of `refresh`, since it was placed
 };

@@ -54,11 +54,10 @@ bool InsertSlot::refresh() {
         now.percent = asRound(double(in->wet) * 100);
         now.lowered = loweredWidth(gainReductionDb(in));
     }
-    spokenName = "Insert " + asStr(index + 1) + ", " + owner.name();
-    hint = insert() ? CStr("Press for its window or menu, on the light to switch it; drag it to "
-                           "another place, with Control a copy")
-                    : CStr("Press to choose an effect");
-    if (now == shown) return false;
+    if (now == shown && !hint.empty()) return false;
+    hint = now.name.empty() ? "Press to choose an effect"
+                            : "Press for its window or menu, on the light to switch it; drag it to "
+                              "another place, with Control a copy";
     shown = now;
     redraw();
     return true;
