@@ -143,9 +143,11 @@ void CPath::curveTo(double x1, double y1, double x2, double y2, double x, double
 }
 
 void CPath::arc(double x, double y, double radius, double from, double to) {
-    const int pieces = 2 * piecesFor(std::abs(to - from) * radius);
+    constexpr double whole = 2.0 * std::numbers::pi;
+    const double way = std::clamp(to - from, -whole, whole);
+    const int pieces = 2 * piecesFor(std::abs(way) * radius);
     for (int i = 0; i <= pieces; i++) {
-        const double angle = from + (to - from) * i / pieces;
+        const double angle = from + way * i / pieces;
         lineTo(x + radius * std::cos(angle), y + radius * std::sin(angle));
     }
 }

@@ -25,8 +25,8 @@ public:
     void lineTo(double x, double y);
     /// A cubic curve that leaves towards the first point and comes from the second.
     void curveTo(double x1, double y1, double x2, double y2, double x, double y);
-    /// Part of a circle, clockwise from the angle `from` to `to`, in radians, 0 to the right; a
-    /// line leads to its start.
+    /// Part of a circle, clockwise from the angle `from` to `to`, in radians, 0 to the right, one
+    /// turn at most; a line leads to its start.
     void arc(double x, double y, double radius, double from, double to);
     void close(); ///< leads back to the start
 };

@@ -10,16 +10,15 @@
 #include "gui/Fonts.h"
 #include "gui/ItemStates.h"
 #include "gui/Keys.h"
-#include "gui/Shapes.h"
 #include "mixer/CMixerStrip.h"
 #include "mixer/StripLayout.h"
 #include "mixer/ValueBar.h"
+#include "ui/KnobFace.h"
 #include "ui/LevelText.h"
 #include "ui/ProgramItems.h"
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 namespace {
 
@@ -131,30 +130,11 @@ double CPanValue::travel() const {
 
 void CPanValue::paint(CGraphic* g, CRect) {
     const CPalette& colours = paletteOf(this);
-    constexpr double pi = std::numbers::pi, sweep = 0.75 * pi, up = -0.5 * pi, line = 2.5;
     const int side = height - 2;
     const bool wide = width > 2 * side;
     const double x = wide ? 4 + side / 2.0 : width / 2.0, y = height / 2.0 + 1.5;
-    const double radius = side / 2.0 - 2;
-    const double angle = up + shownValue() * sweep;
-    CPath ring;
-    ring.arc(x, y, radius, up - sweep, up + sweep);
-    strokePath(g, ring, line, clTrackLed.fillCol);
-    if (shownValue() != 0.0) {
-        CPath turned;
-        turned.arc(x, y, radius, std::min(up, angle), std::max(up, angle));
-        strokePath(g, turned, line, colours.accent);
-    }
-    CPath knob;
-    knob.arc(x, y, radius - 3.5, 0, 2 * pi);
-    knob.close();
-    fillPath(g, knob,
-             held() ? fadeCol(colours.raised, colours.accent, hoverShare)
-                    : fadeCol(colours.raised, colours.text, 0.08));
-    CPath hand;
-    hand.moveTo(x + std::cos(angle) * 2, y + std::sin(angle) * 2);
-    hand.lineTo(x + std::cos(angle) * (radius - 4), y + std::sin(angle) * (radius - 4));
-    strokePath(g, hand, 2, held() ? colours.accent : colours.text);
+    KnobFace{x, y, side / 2.0 - 2, shareOf(shownValue()), shareOf(origin), held()}.paint(g,
+                                                                                         colours);
     if (wide) {
         const TextScope small(g, {.size = TextSize::small});
         g->drawText(shownValue() == 0.0 ? colours.dimText : colours.text, told(),

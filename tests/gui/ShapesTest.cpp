@@ -96,6 +96,14 @@ TEST_P(ShapesTest, CoverTheirAreas) {
              fillPath(g, path, white);
          },
          pi * 900, 2 * pi * 30},
+        {"more than a circle",
+         [&](CGraphic* g) {
+             CPath path;
+             path.arc(60, 50, 30, 0, 6.3);
+             path.close();
+             fillPath(g, path, white);
+         },
+         pi * 900, 2 * pi * 30},
         {"star", [&](CGraphic* g) { fillPath(g, star(60, 50, 40, 16), white); }, starArea, 300},
         {"half clear star", [&](CGraphic* g) { fillPath(g, star(60, 50, 40, 16), white, 0.5); },
          starArea / 2, 300},
