@@ -252,6 +252,17 @@ TEST_F(PanelsTest, ChainsOfEffects) {
     EXPECT_EQ(chain.getFirst(), reverb);
     undo();
     EXPECT_EQ(chain.getFirst(), delay);
+    find("Feedback")->win->setKeyCtrl(find("Feedback"));
+    key("ctrl+Down");
+    ASSERT_TRUE(loaded());
+    EXPECT_EQ(chain.getFirst(), reverb);
+    find("Feedback")->win->setKeyCtrl(find("Feedback"));
+    key("ctrl+Delete");
+    ASSERT_TRUE(loaded());
+    EXPECT_EQ(chain.getCount(), 1);
+    undo();
+    undo();
+    EXPECT_EQ(chain.getFirst(), delay);
     click("Power", 1);
     EXPECT_EQ(reverb->enabled, 0);
     undo();
