@@ -77,6 +77,8 @@ public:
     int boxAt(CPoint at) const; ///< -1 for none
     int portAt(CPoint at) const;
     int cableAt(CPoint at, double reach) const; ///< the nearest within so many pixels
+    /// Whether it shows a thing, which may be gone: it is only compared.
+    bool has(const CObject* thing) const { return indexes.contains(thing); }
     int boxOf(const CComp* comp) const;
     int portOf(const CIO* io) const;
     int cableOf(const CObject* cable) const;

@@ -93,10 +93,7 @@ void ModularView::take(GraphModel fresh) {
     model = std::move(fresh);
     shown = GraphShown();
     shown.zoom = zoomNow;
-    const bool there =
-        item && (model.boxOf(static_cast<CComp*>(item)) >= 0 ||
-                 model.portOf(static_cast<CIO*>(item)) >= 0 || model.cableOf(item) >= 0);
-    if (there) shown.focus = item;
+    if (model.has(item)) shown.focus = item;
     linking = false;
     hovered = nullptr;
     if (win->app->drag.of(this)) win->app->drag.cancel();
