@@ -9,6 +9,7 @@
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
 
+#include <array>
 #include <memory>
 
 namespace {
@@ -31,6 +32,15 @@ constexpr Kind kinds[effectKindCount] = {
     {make<CCompressor>, 1.0f, false}, {make<CGuitarAmp>, 1.0f, false},
 };
 
+/// An effect names itself, so one of each kind is made once.
+std::array<CStr, effectKindCount> namesOfKinds() {
+    constexpr float anyRate = 44100.0f;
+    std::array<CStr, effectKindCount> names;
+    for (int kind = 0; kind < effectKindCount; kind++)
+        names[kind] = std::unique_ptr<CFX>(makeEffect(kind, anyRate, 0))->id;
+    return names;
+}
+
 } // namespace
 
 CFX* makeEffect(int kind, float hz, int frames) {
@@ -41,9 +51,8 @@ CFX* makeEffect(int kind, float hz, int frames) {
 }
 
 CStr effectName(int kind) {
-    constexpr float anyRate = 44100.0f;
-    const std::unique_ptr<CFX> one(makeEffect(kind, anyRate, 0));
-    return one->id;
+    static const std::array<CStr, effectKindCount> names = namesOfKinds();
+    return isEffectKind(kind) ? names[kind] : CStr();
 }
 
 CFX* makeNewEffect(int kind, float hz, int frames) {

@@ -3,7 +3,6 @@
 class CEffect;
 class CEffectProg;
 class CFX;
-class CStr;
 
 // What a user does to a rack's programs and their chains: each is one step of the history, carried
 // out on return. An index beyond the end, or below 0, means the end. Interface thread.

@@ -6,6 +6,7 @@
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 #include "engine/MixScene.h"
+#include "engine/ProgramEdits.h"
 
 #include <algorithm>
 
@@ -55,8 +56,7 @@ CStr CMixer::getProgName(int index) {
 }
 
 void CMixer::perform(CUndoItem* item, int) {
-    if (item->touches(&progs))
-        curProg = std::clamp(int(curProg), 0, std::max(progs.getCount() - 1, 0));
+    followProgram(this, *item);
     notices.raise(CompNotice::program);
 }
 
@@ -85,21 +85,11 @@ void CMixer::duplicateProg() {
 }
 
 void CMixer::deleteProg() {
-    CMixProg* now = getProg(-1);
-    if (!now || progs.getCount() < 2) return;
-    CUndo* step = host->undoStart("Delete program", this);
-    step->asInt(curProg.address());
-    step->asRemove(now, &progs);
-    host->undoEnd(step, true);
+    removeProgram(this, curProg);
 }
 
 void CMixer::renameProg(const CStr& name) {
-    CMixProg* now = getProg(-1);
-    if (!now || now->id == name) return;
-    CUndo* step = host->undoStart("Rename", this, {.comp = CompNotice::program});
-    step->asName(&now->id);
-    now->id = name;
-    host->undoEnd(step, true);
+    renameProgram(this, curProg, name);
 }
 
 // Scenes.

@@ -194,15 +194,10 @@ CPopup* MixerBar::newPopup() {
     return popup;
 }
 
-void MixerBar::popupBelow(CButton* button, CPopup* popup) {
-    const CPoint corner = win->getPos(true), in = win->controlPos(button);
-    popup->popup(corner.x + in.x, corner.y + in.y + button->height, button->hasKeyFocus());
-}
-
 void MixerBar::scenesClicked(CObject*) {
     CPopup* popup = newPopup();
     panel.scenes.fill(popup);
-    popupBelow(scenes, popup);
+    popup->popupBelow(scenes);
 }
 
 void MixerBar::stateClicked(CObject* sender) {
@@ -218,7 +213,7 @@ void MixerBar::filterClicked(CObject*) {
         item->tag = i;
         item->checked = i == panel.filter().kind();
     }
-    popupBelow(filter, popup);
+    popup->popupBelow(filter);
 }
 
 void MixerBar::filterChosen(CObject* sender) {
@@ -274,7 +269,7 @@ void MixerBar::programsClicked(CObject*) {
     entry("Duplicate program", &MixerBar::duplicateProgClicked);
     entry("Rename...", &MixerBar::renameProgClicked);
     entry("Delete program", &MixerBar::deleteProgClicked)->enabled = mixer.progs.getCount() > 1;
-    popupBelow(programs, popup);
+    popup->popupBelow(programs);
 }
 
 void MixerBar::progChanged(CObject* sender) {

@@ -34,7 +34,6 @@ private:
                        int width, Clicked clicked);
     static int widthOf(const Group& group);
     CPopup* newPopup();
-    void popupBelow(CButton* button, CPopup* popup);
 
     void paintChoice(CObject* sender, CGraphic* g, CRect rect);
     void sectionClicked(CObject* sender);

@@ -38,11 +38,6 @@ CPopup* StripMenus::newPopup(CCtrl* from) {
     return popup;
 }
 
-void StripMenus::popupBelow(CCtrl* from, CPopup* popup) {
-    const CPoint corner = from->win->getPos(true), in = from->win->controlPos(from);
-    popup->popup(corner.x + in.x, corner.y + in.y + from->height, from->hasKeyFocus());
-}
-
 bool StripMenus::stands() const {
     for (const MixerStrip& s : listStrips(panel.state.qv))
         if (s.channel == strip.channel) return true;
@@ -69,7 +64,7 @@ void StripMenus::offerTargets(CCtrl* from, const MixerStrip& of) {
     for (size_t i = 0; i < targets.size(); i++) entry(targets[i]->id, int(i), targets[i] == now);
     popup->addSeparator();
     entry("None", tagNone, !now);
-    popupBelow(from, popup);
+    popup->popupBelow(from);
 }
 
 void StripMenus::targetChosen(CObject* sender) {
@@ -101,7 +96,7 @@ void StripMenus::offerSources(CCtrl* from, const MixerStrip& of) {
     popup->addSeparator();
     entry("Stereo", &StripMenus::channelsChosen, 2, of.track->recChs == 2);
     entry("Mono", &StripMenus::channelsChosen, 1, of.track->recChs == 1);
-    popupBelow(from, popup);
+    popup->popupBelow(from);
 }
 
 void StripMenus::sourceChosen(CObject* sender) {
@@ -134,7 +129,7 @@ void StripMenus::offerPrograms(CCtrl* from, const MixerStrip& of) {
         item->tag = i;
         item->checked = i == of.comp->curProg;
     }
-    popupBelow(from, popup);
+    popup->popupBelow(from);
 }
 
 void StripMenus::programChosen(CObject* sender) {
@@ -159,7 +154,7 @@ void StripMenus::offerEffects(CCtrl* from, const MixerStrip& of, int at) {
         fillKinds(popup, &StripMenus::addChosen);
         popup->add("Open preset...", new _COnChange<StripMenus>(this, &StripMenus::presetChosen));
     }
-    popupBelow(from, popup);
+    popup->popupBelow(from);
 }
 
 void StripMenus::fillInsert(CPopup* popup, CComp* present) {

@@ -22,7 +22,6 @@ public:
     void openAt(void (StripMenus::*fill)(CPopup*));
 
 private:
-    void popupBelow(CCtrl* from, CPopup* popup);
     CPopup* newPopup(CCtrl* from);
     void fillInsert(CPopup* popup, CComp* insert);
     void fillKinds(CPopup* popup, void (StripMenus::*chosen)(CObject*));

@@ -196,21 +196,24 @@ Causes AskSilence::channelCauses(const GraphModel::Cable& cable) const {
                          " plays on channel " + asStr(track->channel + 1) + "."}};
 }
 
+std::optional<Causes> AskSilence::cabledCauses(int first, int count, bool midi) {
+    std::optional<Causes> all;
+    for (const auto& cable : model.cables) {
+        const bool here = cable.to >= first && cable.to < first + count;
+        if (!here || cable.midi != midi) continue;
+        if (!all) all.emplace();
+        Causes one = channelCauses(cable);
+        addCauses(one, atOutput(cable.from));
+        if (one.empty()) return Causes();
+        addCauses(*all, one);
+    }
+    return all;
+}
+
 /// All that is cabled to the inputs of a kind.
 Causes AskSilence::fedBy(int box, bool midi) {
     const auto& b = model.boxes[size_t(box)];
-    Causes all;
-    bool any = false;
-    for (const auto& cable : model.cables) {
-        const bool here = cable.to >= b.firstPort && cable.to < b.firstPort + b.portCount;
-        if (!here || cable.midi != midi) continue;
-        any = true;
-        Causes one = channelCauses(cable);
-        addCauses(one, atOutput(cable.from));
-        if (one.empty()) return {};
-        addCauses(all, one);
-    }
-    if (any) return all;
+    if (const auto found = cabledCauses(b.firstPort, b.portCount, midi)) return *found;
     return {{b.comp, CStr("Nothing is cabled to the ") + (midi ? "MIDI" : "audio") + " input of " +
                          boxName(b.comp) + "."}};
 }
@@ -255,17 +258,8 @@ Causes AskSilence::atOutput(int port) {
 }
 
 Causes AskSilence::atInput(int port) {
-    Causes all;
-    bool any = false;
-    for (const auto& cable : model.cables) {
-        if (cable.to != port) continue;
-        any = true;
-        Causes one = channelCauses(cable);
-        addCauses(one, atOutput(cable.from));
-        if (one.empty()) return {};
-        addCauses(all, one);
-    }
-    if (any) return all;
+    if (const auto found = cabledCauses(port, 1, isMidi(model.ports[size_t(port)].kind)))
+        return *found;
     return {
         {model.ports[size_t(port)].io, "Nothing is cabled to " + fullPortName(model, port) + "."}};
 }

@@ -2,6 +2,8 @@
 
 #include "modular/AskGraph.h"
 
+#include <optional>
+
 class COutputChannel;
 class CSampler;
 class CSongTrack;
@@ -28,6 +30,8 @@ private:
     Causes sourceCauses(int output);
     Causes trackCauses(CTrack* track, int output);
     Causes samplerCauses(CSampler* sampler);
+    /// Of what is cabled to `count` ports from `first` on; none where nothing is.
+    std::optional<Causes> cabledCauses(int first, int count, bool midi);
     Causes fedBy(int box, bool midi);
     Causes channelCauses(const GraphModel::Cable& cable) const;
     Causes alongCable(const GraphModel::Cable& cable);

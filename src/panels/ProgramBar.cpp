@@ -117,8 +117,7 @@ void ProgramBar::nameClicked(CObject*) {
     popup->addSeparator();
     if (deeds.open) addMenuEntry(popup, "Open preset...", &ProgramBar::openClicked);
     if (deeds.save && count > 0) addMenuEntry(popup, "Save preset...", &ProgramBar::saveClicked);
-    const CPoint corner = win->getPos(true), in = win->controlPos(name);
-    popup->popup(corner.x + in.x, corner.y + in.y + name->height, name->hasKeyFocus());
+    popup->popupBelow(name);
 }
 
 void ProgramBar::addClicked(CObject*) {

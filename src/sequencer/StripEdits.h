@@ -28,6 +28,6 @@ void renameComp(CComp* comp, const CStr& name);
 /// Whether a component may go: all but the last audio output.
 bool mayDeleteComp(CQV* host, const CComp* comp);
 /// "Delete": components and send buses leave with their cables; what was frozen of them plays live
-/// again. Their windows close, and stay closed when they come back. A take ends before, and with the
-/// song playing stops. Those that may not go stay.
+/// again. Their windows close, and stay closed when they come back. A take ends before, and with
+/// the song playing stops. Those that may not go stay.
 void deleteComps(CQV* host, const std::vector<CComp*>& comps);

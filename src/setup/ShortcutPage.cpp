@@ -20,12 +20,9 @@ struct Group {
     const char* name;
     int group;
 };
-constexpr Group groups[] = {{"Common", groupGlobal},
-                            {"File", groupFile},
-                            {"Edit", groupEdit},
-                            {"Transporter", groupTransport},
-                            {"Sequencer", groupArrange},
-                            {"Modular", groupModular}};
+constexpr Group groups[] = {{"Common", groupGlobal},     {"File", groupFile},
+                            {"Edit", groupEdit},         {"Transporter", groupTransport},
+                            {"Sequencer", groupArrange}, {"Modular", groupModular}};
 
 /// Whether both are active in one window.
 bool meet(const CAction* a, const CAction* b) {

@@ -52,8 +52,9 @@ CMainWin::CMainWin(CApp* application, CQV* host)
     : ProgramTables(host), CCompEditor(application, nullptr, windowTitle, host->editorStruct.left,
                                        host->editorStruct.top, host->editorStruct.width,
                                        host->editorStruct.height, mainStyle, host, &table),
-      flows(std::make_unique<ProjectFlows>(this, host)), rooms(std::make_unique<Rooms>(*this, flows->mixer)),
-      theme(application, host), mainCommands(std::make_unique<MainCommands>(this)) {
+      flows(std::make_unique<ProjectFlows>(this, host)),
+      rooms(std::make_unique<Rooms>(*this, flows->mixer)), theme(application, host),
+      mainCommands(std::make_unique<MainCommands>(this)) {
     minWidth = asMin(smallestWidth, screenWidth());
     minHeight = smallestHeight;
     table.readShortcuts();
@@ -237,8 +238,7 @@ bool CMainWin::onAction(CAction* action) {
 
 bool CMainWin::canRun(const CAction* action) const {
     const CCompEditor* editor = asked();
-    if (graphAsked() && graph->ownActions().has(action))
-        return graph->ownActions().isReady(action);
+    if (graphAsked() && graph->ownActions().has(action)) return graph->ownActions().isReady(action);
     return (editor && editor->canRun(action)) || action->isReady();
 }
 

@@ -27,8 +27,8 @@ class Pages : public CObject {
 public:
     const std::unique_ptr<CDocker> docker;
 
-    /// `first` is the page that is no editor's window, from `top` in the window's content on, down to
-    /// `below` pixels from the bottom. It is in front at first.
+    /// `first` is the page that is no editor's window, from `top` in the window's content on, down
+    /// to `below` pixels from the bottom. It is in front at first.
     Pages(CMainWin* window, CQV* host, CCtrl* first, int top, int below);
     ~Pages() override;
     Pages(const Pages&) = delete;

@@ -12,17 +12,18 @@
 class ValueDoor;
 
 /// Shows the first number of a stored value and sets it, along with the same value of others: a
-/// slider, a fader, a knob. A drag moves all by as much, until the first of them is at its end, with
-/// Shift a tenth of that, and is one step that Escape takes back; so is a number that is typed,
-/// which all take. The wheel turns it while Control is held, with Shift finely. A double click and
-/// Delete give the usual value, Page Up and Page Down step it, Home and End are its ends. Interface
-/// thread.
+/// slider, a fader, a knob. A drag moves all by as much, until the first of them is at its end,
+/// with Shift a tenth of that, and is one step that Escape takes back; so is a number that is
+/// typed, which all take. The wheel turns it while Control is held, with Shift finely. A double
+/// click and Delete give the usual value, Page Up and Page Down step it, Home and End are its ends.
+/// Interface thread.
 class CStoredCtrl : public CCtrl, private DragHandler {
 public:
     double least = 0.0, most = 1.0, usual = 1.0;
     double origin = 0.0;       ///< where what shows of it begins
     bool proportional = false; ///< several keep their ratio, as gains their distance in decibels
-    bool logarithmic = false;  ///< equal ways are equal ratios, as those of frequencies; `least` is above 0
+    /// Equal ways are equal ratios, as those of frequencies; `least` is above 0.
+    bool logarithmic = false;
     bool whole = false; ///< whole numbers: keys and the wheel move by one at least
     std::function<std::optional<StoredValue>()> value; ///< that is shown; none: it shows nothing
     std::function<std::vector<StoredValue>()> values;  ///< that a gesture moves; empty: that one
@@ -71,7 +72,7 @@ private:
     double present() const;
     double toScale(double number) const;
     double fromScale(double place) const;
-    double span() const; ///< of the scale
+    double span() const;                         ///< of the scale
     double stepOf(double share, int mods) const; ///< of the scale
 
     ValueDoor* door;

@@ -81,8 +81,7 @@ void SettingButton::openMenu() {
         item->tag = i;
         item->checked = i == now;
     }
-    const CPoint corner = win->getPos(true), in = win->controlPos(this);
-    popup->popup(corner.x + in.x, corner.y + in.y + height, hasKeyFocus());
+    popup->popupBelow(this);
 }
 
 void SettingButton::chosen(CObject* sender) {

@@ -27,8 +27,7 @@ void SongMenuButton::clicked(CObject*) {
     auto* popup = new CPopup(win->app, win);
     popup->autoDelete = true;
     fill(popup, seq);
-    const CPoint corner = win->getPos(true), in = win->controlPos(this);
-    popup->popup(corner.x + in.x, corner.y + in.y + height, hasKeyFocus());
+    popup->popupBelow(this);
 }
 
 void SongMenuButton::tell(const CStr& now, const CStr& spoken) {

@@ -52,8 +52,8 @@ public:
     /// Whether a page can be brought to the front: the first, and each with an open window.
     bool hasTab(const CDock* dock) const;
     int tabCount() const; ///< 0 when no tabs are shown
-    /// Brings a page to the front; one without a tab gives way to the first behind the first page that
-    /// has one.
+    /// Brings a page to the front; one without a tab gives way to the first behind the first page
+    /// that has one.
     void setActive(int index);
     void nextDock(int by); ///< to a tab next to it, around the end
     /// Shows what the list of docks asks for, after it has been changed from outside.

@@ -144,6 +144,11 @@ void CPopup::popup(int x, int y, bool fromKeys) {
     showMenu();
 }
 
+void CPopup::popupBelow(CCtrl* ctrl) {
+    const CPoint corner = ctrl->win->getPos(true), in = ctrl->win->controlPos(ctrl);
+    popup(corner.x + in.x, corner.y + in.y + ctrl->height, ctrl->hasKeyFocus());
+}
+
 void CPopup::show(bool activate) {
     measure();
     resized();

@@ -35,6 +35,7 @@ public:
     /// Opens it with its corner at a point of the screen; returns at once inside another menu, else
     /// when it has been closed. `fromKeys`: the first entry is selected.
     void popup(int x, int y, bool fromKeys = false);
+    void popupBelow(CCtrl* ctrl); ///< from its lower left corner, by keys where it has the focus
     void show(bool activate) override;
     bool keyDown(int key, int mods) override; ///< a letter selects the next line it begins
     void onTimer() override;

@@ -7,8 +7,8 @@ class CDrumSound;
 class CListbox;
 class CTrack;
 
-/// The window of a drum track's kit: its sounds at the left, of which a press plays one and shows what
-/// is set of it. Interface thread.
+/// The window of a drum track's kit: its sounds at the left, of which a press plays one and shows
+/// what is set of it. Interface thread.
 class CDrumWin : public PanelWin {
 public:
     CDrumWin(Workspace& workspace, CTrack& track);

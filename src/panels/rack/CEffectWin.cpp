@@ -99,8 +99,7 @@ void CEffectWin::addClicked(CObject*) {
     auto* popup = new CPopup(app, this);
     popup->autoDelete = true;
     addKinds(popup, &CEffectWin::effectChosen);
-    const CPoint corner = getPos(true), in = controlPos(add);
-    popup->popup(corner.x + in.x, corner.y + in.y + add->height, add->hasKeyFocus());
+    popup->popupBelow(add);
 }
 
 void CEffectWin::effectChosen(CObject* sender) {

@@ -151,8 +151,7 @@ void SoundList::addClicked(CObject*) {
         popup->addSeparator();
         popup->add("Replace sample...", new _COnChange<SoundList>(this, &SoundList::replaceChosen));
     }
-    const CPoint corner = win->getPos(true), in = win->controlPos(add);
-    popup->popup(corner.x + in.x, corner.y + in.y + add->height, add->hasKeyFocus());
+    popup->popupBelow(add);
 }
 
 void SoundList::synthChosen(CObject*) {
