@@ -5,13 +5,13 @@
 #include "engine/DeviceComps.h"
 #include "engine/ForgetHooks.h"
 #include "engine/MidiBytes.h"
-#include "sequencer/BarEdits.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/PartActions.h"
-#include "sequencer/PartClipboard.h"
-#include "sequencer/PartMerge.h"
-#include "sequencer/Quantize.h"
-#include "sequencer/Ripple.h"
+#include "sequencer/edit/BarEdits.h"
+#include "sequencer/edit/PartActions.h"
+#include "sequencer/edit/PartClipboard.h"
+#include "sequencer/edit/PartMerge.h"
+#include "sequencer/edit/Quantize.h"
+#include "sequencer/edit/Ripple.h"
+#include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -6,9 +6,9 @@
 #include "gui/access/Accessible.h"
 #include "notes/LaneView.h"
 #include "notes/NoteGrid.h"
-#include "sequencer/CEditorComp.h"
-#include "sequencer/PartEdits.h"
-#include "sequencer/Quantize.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/edit/Quantize.h"
+#include "sequencer/song/CEditorComp.h"
 #include "shell/Pages.h"
 #include "ui/CCompEditor.h"
 

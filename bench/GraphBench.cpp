@@ -3,11 +3,11 @@
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
 #include "engine/DeviceComps.h"
-#include "engine/GraphPlan.h"
-#include "engine/GraphWorkers.h"
 #include "engine/MidiBytes.h"
+#include "engine/plan/GraphPlan.h"
+#include "engine/plan/GraphWorkers.h"
 #include "instruments/CSampler.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <benchmark/benchmark.h>
 #include <memory>

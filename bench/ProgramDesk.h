@@ -8,7 +8,7 @@
 #include "gui/CGroup.h"
 #include "gui/XConnection.h"
 #include "project/CompTable.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "shell/AppHooks.h"
 #include "shell/CMainWin.h"
 #include "shell/Pages.h"

@@ -6,8 +6,8 @@
 #include "project/ProjectFile.h"
 #include "project/ProjectUi.h"
 #include "project/SongSounds.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/CSubTrack.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/CSubTrack.h"
 
 #include <benchmark/benchmark.h>
 #include <filesystem>

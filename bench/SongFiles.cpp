@@ -5,8 +5,8 @@
 #include "project/ProjectFile.h"
 #include "project/ProjectUi.h"
 #include "project/SongSounds.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/MidiExport.h"
+#include "sequencer/midi/MidiExport.h"
+#include "sequencer/song/CSeq.h"
 
 #include <cmath>
 #include <cstdio>

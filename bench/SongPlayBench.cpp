@@ -2,9 +2,9 @@
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
 #include "engine/DeviceComps.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/CSubTrack.h"
-#include "sequencer/Points.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/CSubTrack.h"
+#include "sequencer/song/Points.h"
 
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -4,8 +4,8 @@
 #include "audiofiles/WavFile.h"
 #include "gui/Keys.h"
 #include "notes/WaveView.h"
-#include "sequencer/CEditorComp.h"
-#include "sequencer/PartEdits.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/song/CEditorComp.h"
 #include "ui/CCompEditor.h"
 
 #include <cmath>

@@ -6,7 +6,7 @@
 #include "project/ClipFiles.h"
 #include "project/ClipPreview.h"
 #include "project/SongSounds.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <cstdlib>
 #include <cstring>

@@ -1,10 +1,10 @@
 #include "FuzzHost.h"
 #include "base/CStream.h"
 #include "project/SongSounds.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/MidiExport.h"
-#include "sequencer/MidiImport.h"
-#include "sequencer/MidiLength.h"
+#include "sequencer/midi/MidiExport.h"
+#include "sequencer/midi/MidiImport.h"
+#include "sequencer/midi/MidiLength.h"
+#include "sequencer/song/CSeq.h"
 
 #include <cstdlib>
 #include <string>

@@ -7,7 +7,7 @@
 #include "instruments/CSampler.h"
 #include "instruments/DrumKit.h"
 #include "project/SongSounds.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <cstdlib>
 

@@ -5,7 +5,7 @@
 #include "engine/Cycle.h"
 #include "project/ProjectFile.h"
 #include "project/ProjectUi.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <cstdlib>
 

@@ -2,7 +2,7 @@
 #include "base/CStream.h"
 #include "effects/CEffect.h"
 #include "engine/CQV.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 // The blocks of a song: any bytes are read, tied to what they name, and written again.
 

@@ -3,7 +3,7 @@
 #include "base/CStringList.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
-#include "sequencer/CRender.h"
+#include "sequencer/render/CRender.h"
 
 #include <cmath>
 #include <cstdlib>

@@ -3,11 +3,11 @@
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/MidiExport.h"
-#include "sequencer/Points.h"
-#include "sequencer/RenderExport.h"
-#include "sequencer/TempoMap.h"
+#include "sequencer/midi/MidiExport.h"
+#include "sequencer/render/RenderExport.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/Points.h"
+#include "sequencer/song/TempoMap.h"
 #include "tools/RenderOptions.h"
 
 #include <algorithm>

@@ -4,7 +4,7 @@
 #include "data/demosong/Score.h"
 #include "data/demosong/SongBuilder.h"
 #include "engine/CQV.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <iterator>
 #include <span>

@@ -5,7 +5,7 @@
 #include "instruments/CSampler.h"
 #include "instruments/CSynthProg.h"
 #include "project/SongSounds.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 namespace {
 

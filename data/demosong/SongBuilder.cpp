@@ -4,9 +4,9 @@
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
 #include "project/SongSounds.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/CSubTrack.h"
-#include "sequencer/Points.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/CSubTrack.h"
+#include "sequencer/song/Points.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sequencer/Events.h"
+#include "sequencer/song/Events.h"
 
 #include <initializer_list>
 

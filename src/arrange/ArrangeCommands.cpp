@@ -4,10 +4,10 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/ValueDoor.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/CSubTrack.h"
-#include "sequencer/EventEdits.h"
-#include "sequencer/ParamLanes.h"
+#include "sequencer/edit/EventEdits.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/CSubTrack.h"
+#include "sequencer/song/ParamLanes.h"
 #include "ui/Workspace.h"
 
 /// The range that is chosen, else points of automation, if any are selected, else parts.

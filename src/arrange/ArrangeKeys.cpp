@@ -7,8 +7,8 @@
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "gui/Keys.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/MoveEdits.h"
+#include "sequencer/edit/MoveEdits.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/Workspace.h"
 
 #include <cstdlib>

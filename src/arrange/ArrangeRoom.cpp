@@ -1,7 +1,7 @@
 #include "arrange/ArrangeRoom.h"
 
 #include "arrange/CSeqWin.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/Commands.h"
 #include "ui/EditorTable.h"
 #include "ui/Song.h"

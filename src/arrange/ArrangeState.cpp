@@ -1,7 +1,7 @@
 #include "arrange/ArrangeState.h"
 
 #include "base/Messages.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/DragSnap.h"
 #include "ui/Options.h"
 #include "ui/Song.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "arrange/RowLayout.h"
-#include "sequencer/Ripple.h"
+#include "sequencer/edit/Ripple.h"
 #include "ui/CMouseEdit.h"
 #include "ui/EventIndexes.h"
 #include "ui/OwnActions.h"

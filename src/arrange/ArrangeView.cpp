@@ -19,8 +19,8 @@
 #include "gui/CWin.h"
 #include "gui/Keys.h"
 #include "gui/controls/CRangebar.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/TempoMap.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/TempoMap.h"
 #include "ui/Invitation.h"
 #include "ui/Workspace.h"
 

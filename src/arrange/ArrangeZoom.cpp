@@ -9,8 +9,8 @@
 #include "gui/CApp.h"
 #include "gui/CWin.h"
 #include "gui/Keys.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/CSubTrack.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/CSubTrack.h"
 #include "ui/Workspace.h"
 
 #include <algorithm>

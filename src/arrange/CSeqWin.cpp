@@ -5,7 +5,7 @@
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/Keys.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/Commands.h"
 #include "ui/Workspace.h"
 

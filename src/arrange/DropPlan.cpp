@@ -3,7 +3,7 @@
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "gui/Selections.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 #include <map>

@@ -5,7 +5,7 @@
 #include "arrange/LanePress.h"
 #include "arrange/SongRange.h"
 #include "gui/Keys.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/Options.h"
 #include "ui/Workspace.h"
 

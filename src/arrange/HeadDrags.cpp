@@ -9,9 +9,9 @@
 #include "engine/ValueDoor.h"
 #include "gui/CDrag.h"
 #include "gui/Keys.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/CSubTrack.h"
-#include "sequencer/TrackEdits.h"
+#include "sequencer/edit/TrackEdits.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/CSubTrack.h"
 
 #include <algorithm>
 #include <vector>

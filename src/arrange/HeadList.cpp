@@ -19,9 +19,9 @@
 #include "gui/Keys.h"
 #include "gui/controls/CPopup.h"
 #include "gui/dialogs/CColourWin.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/CSubTrack.h"
-#include "sequencer/TrackValues.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/CSubTrack.h"
+#include "sequencer/song/TrackValues.h"
 #include "ui/Workspace.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "arrange/HeadSigns.h"
 
-#include "sequencer/CTrack.h"
+#include "sequencer/song/CTrack.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 #include "gui/CWin.h"
 #include "gui/GuiItem.h"
 #include "gui/Keys.h"
-#include "sequencer/CSongTrack.h"
-#include "sequencer/CTrack.h"
-#include "sequencer/SongValues.h"
-#include "sequencer/TrackValues.h"
+#include "sequencer/song/CSongTrack.h"
+#include "sequencer/song/CTrack.h"
+#include "sequencer/song/SongValues.h"
+#include "sequencer/song/TrackValues.h"
 #include "ui/ProgramItems.h"
 
 namespace {

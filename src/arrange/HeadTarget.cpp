@@ -8,8 +8,8 @@
 #include "gui/CWin.h"
 #include "gui/Drawing.h"
 #include "gui/controls/CPopup.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/TrackRouting.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/TrackRouting.h"
 #include "ui/ProgramItems.h"
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include "arrange/ArrangeState.h"
 #include "base/Numbers.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 namespace {
 

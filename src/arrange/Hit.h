@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Geometry.h"
-#include "sequencer/EventFind.h"
+#include "sequencer/song/EventFind.h"
 
 class ArrangeState;
 class CPart;

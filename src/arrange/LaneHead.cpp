@@ -13,11 +13,11 @@
 #include "gui/Drawing.h"
 #include "gui/Keys.h"
 #include "gui/controls/CButton.h"
-#include "sequencer/CSongTrack.h"
-#include "sequencer/CSubTrack.h"
-#include "sequencer/CTrack.h"
-#include "sequencer/LaneUnit.h"
-#include "sequencer/TrackValues.h"
+#include "sequencer/song/CSongTrack.h"
+#include "sequencer/song/CSubTrack.h"
+#include "sequencer/song/CTrack.h"
+#include "sequencer/song/LaneUnit.h"
+#include "sequencer/song/TrackValues.h"
 #include "ui/ProgramItems.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/CStr.h"
-#include "sequencer/EventEdits.h"
+#include "sequencer/edit/EventEdits.h"
 
 #include <optional>
 #include <vector>

@@ -8,8 +8,8 @@
 #include "arrange/gestures/PointGesture.h"
 #include "base/Numbers.h"
 #include "gui/Keys.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/CSubTrack.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/CSubTrack.h"
 
 #include <utility>
 

@@ -10,7 +10,7 @@
 #include "gui/Drawing.h"
 #include "gui/Keys.h"
 #include "instruments/CDrumSound.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
 

@@ -10,7 +10,7 @@
 #include "gui/Keys.h"
 #include "gui/Shapes.h"
 #include "gui/TouchStep.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/ProgramItems.h"
 
 #include <algorithm>

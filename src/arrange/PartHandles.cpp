@@ -3,8 +3,8 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/Hit.h"
 #include "base/Numbers.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/PartEdits.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/song/CSeq.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include "arrange/PartSketch.h"
 
 #include "engine/MidiBytes.h"
-#include "sequencer/CPart.h"
-#include "sequencer/Takes.h"
+#include "sequencer/song/CPart.h"
+#include "sequencer/take/Takes.h"
 
 #include <algorithm>
 

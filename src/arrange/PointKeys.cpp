@@ -3,8 +3,8 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/LanePoints.h"
 #include "gui/Keys.h"
-#include "sequencer/AutomationEdits.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/edit/AutomationEdits.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/Workspace.h"
 
 namespace {

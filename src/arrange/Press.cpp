@@ -21,8 +21,8 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "gui/Keys.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/TempoMap.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/TempoMap.h"
 
 namespace {
 

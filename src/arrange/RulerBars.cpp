@@ -10,7 +10,7 @@
 #include "gui/CWin.h"
 #include "gui/Drawing.h"
 #include "gui/controls/CPopup.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/ActionItems.h"
 #include "ui/Commands.h"
 #include "ui/ProgramItems.h"

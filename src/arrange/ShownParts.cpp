@@ -5,7 +5,7 @@
 #include "arrange/LanePress.h"
 #include "arrange/TakeRows.h"
 #include "arrange/TrackNotes.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 namespace {
 

@@ -8,10 +8,10 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Fonts.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/PointEdits.h"
-#include "sequencer/Points.h"
-#include "sequencer/SongValues.h"
+#include "sequencer/edit/PointEdits.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/Points.h"
+#include "sequencer/song/SongValues.h"
 #include "ui/ProgramItems.h"
 
 #include <cstdio>

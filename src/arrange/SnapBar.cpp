@@ -6,7 +6,7 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/controls/CButton.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/DragSnap.h"
 #include "ui/GridCommands.h"
 #include "ui/Options.h"

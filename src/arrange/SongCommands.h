@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/CStr.h"
-#include "sequencer/PointClipboard.h"
+#include "sequencer/edit/PointClipboard.h"
 
 class CComp;
 class CQV;

@@ -7,7 +7,7 @@
 #include "engine/CQV.h"
 #include "engine/CSnap.h"
 #include "gui/dialogs/CFileWin.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/CProgressWin.h"
 #include "ui/Commands.h"
 #include "ui/Song.h"

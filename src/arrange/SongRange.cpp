@@ -1,6 +1,6 @@
 #include "arrange/SongRange.h"
 
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 void SongRange::setTool(bool on) {
     toolOn = on;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sequencer/RangeEdits.h"
+#include "sequencer/edit/RangeEdits.h"
 
 #include <functional>
 

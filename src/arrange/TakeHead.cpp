@@ -10,8 +10,8 @@
 #include "gui/Drawing.h"
 #include "gui/Keys.h"
 #include "gui/controls/CButton.h"
-#include "sequencer/CSongTrack.h"
-#include "sequencer/CTrack.h"
+#include "sequencer/song/CSongTrack.h"
+#include "sequencer/song/CTrack.h"
 #include "ui/ProgramItems.h"
 
 namespace {

@@ -5,9 +5,9 @@
 #include "engine/CQV.h"
 #include "engine/ValueDoor.h"
 #include "gui/controls/CPopup.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/SongValues.h"
-#include "sequencer/Takes.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/SongValues.h"
+#include "sequencer/take/Takes.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
 

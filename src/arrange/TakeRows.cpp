@@ -6,8 +6,8 @@
 #include "engine/CQV.h"
 #include "gui/CDrag.h"
 #include "gui/Keys.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/Takes.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/take/Takes.h"
 #include "ui/PlaceText.h"
 
 #include <algorithm>

@@ -2,8 +2,8 @@
 
 #include "engine/CQV.h"
 #include "gui/controls/CPopup.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/TrackRouting.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/TrackRouting.h"
 #include "ui/Song.h"
 
 namespace {

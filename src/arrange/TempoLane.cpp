@@ -9,10 +9,10 @@
 #include "gui/CWin.h"
 #include "gui/Shapes.h"
 #include "gui/controls/CPopup.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/PointEdits.h"
-#include "sequencer/Points.h"
-#include "sequencer/SongValues.h"
+#include "sequencer/edit/PointEdits.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/Points.h"
+#include "sequencer/song/SongValues.h"
 #include "ui/ProgramItems.h"
 
 #include <algorithm>

@@ -5,12 +5,12 @@
 #include "arrange/TrackNotes.h"
 #include "engine/CQV.h"
 #include "engine/ValueDoor.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/FolderSum.h"
-#include "sequencer/SongValues.h"
-#include "sequencer/Takes.h"
-#include "sequencer/TrackEdits.h"
-#include "sequencer/TrackValues.h"
+#include "sequencer/edit/TrackEdits.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/FolderSum.h"
+#include "sequencer/song/SongValues.h"
+#include "sequencer/song/TrackValues.h"
+#include "sequencer/take/Takes.h"
 
 #include <algorithm>
 #include <vector>

@@ -6,10 +6,10 @@
 #include "effects/RackFiles.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
-#include "engine/GraphWorkers.h"
 #include "engine/ParamUnit.h"
-#include "engine/PlanBuilder.h"
 #include "engine/ProgramEdits.h"
+#include "engine/plan/GraphWorkers.h"
+#include "engine/plan/PlanBuilder.h"
 
 #include <algorithm>
 

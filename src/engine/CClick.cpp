@@ -5,7 +5,7 @@
 #include "base/Numbers.h"
 #include "base/Random.h"
 #include "engine/CQV.h"
-#include "engine/GraphWorkers.h"
+#include "engine/plan/GraphWorkers.h"
 
 #include <algorithm>
 #include <cassert>

@@ -6,8 +6,8 @@
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 #include "engine/EditorHooks.h"
-#include "engine/PlanBuilder.h"
 #include "engine/SendOrder.h"
+#include "engine/plan/PlanBuilder.h"
 
 #include <algorithm>
 #include <cassert>

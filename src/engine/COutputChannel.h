@@ -2,8 +2,8 @@
 
 #include "base/CList.h"
 #include "engine/CIO.h"
-#include "engine/CPDC.h"
 #include "engine/CSend.h"
+#include "engine/plan/CPDC.h"
 
 struct CMIDIBytes;
 struct ParamUnit;

@@ -17,13 +17,13 @@
 #include "engine/DeviceComps.h"
 #include "engine/DeviceMidi.h"
 #include "engine/EditorHooks.h"
-#include "engine/GraphPlan.h"
-#include "engine/GraphWorkers.h"
 #include "engine/Solo.h"
 #include "engine/SpectrumTap.h"
 #include "engine/TransportRing.h"
 #include "engine/ValueDoor.h"
 #include "engine/Workers.h"
+#include "engine/plan/GraphPlan.h"
+#include "engine/plan/GraphWorkers.h"
 
 #include <algorithm>
 #include <cassert>

@@ -5,7 +5,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/ForgetHooks.h"
-#include "engine/GraphWorkers.h"
+#include "engine/plan/GraphWorkers.h"
 
 #include <cmath>
 #include <memory>

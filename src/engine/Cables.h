@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/CObject.h"
-#include "engine/CPDC.h"
+#include "engine/plan/CPDC.h"
 
 class CComp;
 class CInputChannel;

@@ -8,10 +8,10 @@
 #include "engine/CQV.h"
 #include "engine/DeviceComps.h"
 #include "engine/DeviceMidi.h"
-#include "engine/GraphPlan.h"
-#include "engine/GraphWorkers.h"
 #include "engine/SpectrumTap.h"
 #include "engine/TransportRing.h"
+#include "engine/plan/GraphPlan.h"
+#include "engine/plan/GraphWorkers.h"
 
 #include "driver/libaam.h"
 

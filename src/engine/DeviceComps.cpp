@@ -5,7 +5,7 @@
 #include "base/OpenBlock.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
-#include "engine/PlanBuilder.h"
+#include "engine/plan/PlanBuilder.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,8 +2,8 @@
 
 #include "engine/CMap.h"
 #include "engine/CQV.h"
-#include "engine/GraphPlan.h"
 #include "engine/ValueDoor.h"
+#include "engine/plan/GraphPlan.h"
 
 #include <algorithm>
 #include <cassert>

@@ -2,7 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/GraphPlan.h"
+#include "engine/plan/GraphPlan.h"
 
 namespace {
 

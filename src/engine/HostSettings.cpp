@@ -4,7 +4,7 @@
 #include "base/Paths.h"
 #include "engine/CClick.h"
 #include "engine/CQV.h"
-#include "engine/GraphWorkers.h"
+#include "engine/plan/GraphWorkers.h"
 
 #include <algorithm>
 

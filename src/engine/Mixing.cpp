@@ -2,9 +2,9 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/GraphPlan.h"
 #include "engine/MidiBytes.h"
 #include "engine/StripEvents.h"
+#include "engine/plan/GraphPlan.h"
 
 #include <algorithm>
 #include <cassert>

@@ -10,7 +10,7 @@ class CObject;
 
 /// A value of the project that the user sets: one number, or up to four that belong together. Its
 /// kind tells how it is read and written, `object` and `index` where it lies. Which values there
-/// are is told by StripValues.h and, for songs, sequencer/SongValues.h; set one through
+/// are is told by StripValues.h and, for songs, sequencer/song/SongValues.h; set one through
 /// `CQV::values` only. Good for as long as `object` lives.
 struct StoredValue {
     static constexpr int most = 4;

@@ -5,9 +5,9 @@
 #include "engine/CQV.h"
 #include "engine/EditorHooks.h"
 #include "engine/ForgetHooks.h"
-#include "engine/GraphPlan.h"
 #include "engine/SendOrder.h"
 #include "engine/ValueDoor.h"
+#include "engine/plan/GraphPlan.h"
 
 #include <algorithm>
 #include <cassert>

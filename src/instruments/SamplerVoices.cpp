@@ -2,9 +2,9 @@
 #include "common/fx/CFX.h"
 #include "engine/CFreezeItem.h"
 #include "engine/CQV.h"
-#include "engine/GraphWorkers.h"
 #include "engine/MidiBytes.h"
 #include "engine/Mixing.h"
+#include "engine/plan/GraphWorkers.h"
 #include "instruments/CSampler.h"
 
 #include <algorithm>

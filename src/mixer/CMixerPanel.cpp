@@ -16,7 +16,7 @@
 #include "mixer/CMixerStrip.h"
 #include "mixer/InsertSlot.h"
 #include "mixer/MixerDrags.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
 

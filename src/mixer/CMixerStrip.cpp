@@ -18,7 +18,7 @@
 #include "mixer/MixerState.h"
 #include "mixer/StripControls.h"
 #include "mixer/ValueBar.h"
-#include "sequencer/CTrack.h"
+#include "sequencer/song/CTrack.h"
 #include "ui/NameField.h"
 #include "ui/ProgramItems.h"
 

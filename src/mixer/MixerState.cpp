@@ -3,7 +3,7 @@
 #include "engine/CMixer.h"
 #include "engine/CQV.h"
 #include "gui/Keys.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
 

@@ -12,11 +12,11 @@
 #include "gui/Keys.h"
 #include "mixer/CMixerStrip.h"
 #include "mixer/MixerState.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/CTrack.h"
-#include "sequencer/StripEdits.h"
-#include "sequencer/TrackRouting.h"
-#include "sequencer/TrackValues.h"
+#include "sequencer/edit/StripEdits.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/CTrack.h"
+#include "sequencer/song/TrackRouting.h"
+#include "sequencer/song/TrackValues.h"
 #include "ui/ProgramItems.h"
 
 namespace {

@@ -3,8 +3,8 @@
 #include "engine/CQV.h"
 #include "engine/Mixing.h"
 #include "gui/Colours.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/FolderSum.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/FolderSum.h"
 #include "ui/Song.h"
 #include "ui/TrackPalette.h"
 

@@ -4,11 +4,11 @@
 #include "common/fx/CEQ.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
-#include "engine/GraphProbe.h"
+#include "engine/plan/GraphProbe.h"
 #include "modular/AskSilence.h"
 #include "modular/GraphNames.h"
 #include "modular/GraphPaths.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/LevelText.h"
 #include "ui/Song.h"
 

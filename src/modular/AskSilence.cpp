@@ -13,7 +13,7 @@
 #include "instruments/CWavSound.h"
 #include "modular/GraphNames.h"
 #include "modular/GraphPaths.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 

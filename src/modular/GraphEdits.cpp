@@ -9,8 +9,8 @@
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
 #include "modular/GraphModel.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/Pending.h"
+#include "sequencer/edit/Pending.h"
+#include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 #include <atomic>

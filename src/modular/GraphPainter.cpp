@@ -12,7 +12,7 @@
 #include "modular/CompGlyphs.h"
 #include "modular/GraphEdits.h"
 #include "modular/GraphNames.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/ProgramItems.h"
 
 #include <cmath>

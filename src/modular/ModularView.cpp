@@ -3,7 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
-#include "engine/GraphProbe.h"
+#include "engine/plan/GraphProbe.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"

@@ -11,9 +11,9 @@
 #include "notes/EventCells.h"
 #include "notes/EventChange.h"
 #include "notes/NoteState.h"
-#include "sequencer/Audition.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/PartEdits.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/play/Audition.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/NameField.h"
 #include "ui/ProgramItems.h"
 

@@ -7,7 +7,7 @@
 #include "gui/controls/CButton.h"
 #include "notes/EditedPart.h"
 #include "notes/EditorBody.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/Commands.h"
 #include "ui/GridButton.h"
 #include "ui/PlaceText.h"

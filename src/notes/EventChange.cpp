@@ -3,10 +3,10 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "notes/NoteState.h"
-#include "sequencer/Audition.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/EventActions.h"
-#include "sequencer/PartEdits.h"
+#include "sequencer/edit/EventActions.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/play/Audition.h"
+#include "sequencer/song/CSeq.h"
 
 #include <functional>
 

@@ -3,9 +3,9 @@
 #include "base/Numbers.h"
 #include "engine/MidiBytes.h"
 #include "notes/EventCells.h"
-#include "sequencer/Bars.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/PartEdits.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/song/Bars.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/NotePlace.h"
 #include "ui/PlaceText.h"
 

@@ -9,8 +9,8 @@
 #include "gui/PanZoom.h"
 #include "notes/NoteEdits.h"
 #include "notes/NoteState.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/TrackInstrument.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/TrackInstrument.h"
 #include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
 

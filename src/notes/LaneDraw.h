@@ -1,7 +1,7 @@
 #pragma once
 
 #include "notes/NoteGesture.h"
-#include "sequencer/EventIndex.h"
+#include "sequencer/song/EventIndex.h"
 
 #include <vector>
 

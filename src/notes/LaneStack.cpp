@@ -12,7 +12,7 @@
 #include "gui/controls/CSplit.h"
 #include "notes/LaneView.h"
 #include "notes/NoteState.h"
-#include "sequencer/CPart.h"
+#include "sequencer/song/CPart.h"
 #include "ui/ProgramItems.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "gui/CGroup.h"
-#include "sequencer/EventLanes.h"
+#include "sequencer/song/EventLanes.h"
 
 #include <vector>
 

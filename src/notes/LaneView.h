@@ -2,7 +2,7 @@
 
 #include "gui/CCtrl.h"
 #include "gui/PanZoom.h"
-#include "sequencer/EventLanes.h"
+#include "sequencer/song/EventLanes.h"
 
 #include <memory>
 

@@ -4,8 +4,8 @@
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
 #include "notes/NoteState.h"
-#include "sequencer/Audition.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/play/Audition.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/Workspace.h"
 
 namespace {

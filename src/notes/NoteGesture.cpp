@@ -1,7 +1,7 @@
 #include "notes/NoteGesture.h"
 
 #include "notes/NoteState.h"
-#include "sequencer/CPart.h"
+#include "sequencer/song/CPart.h"
 #include "ui/NoteDrawing.h"
 #include "ui/Workspace.h"
 

@@ -12,7 +12,7 @@
 #include "notes/NoteKeys.h"
 #include "notes/NoteState.h"
 #include "notes/RowEndDrag.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/GridLines.h"
 #include "ui/NoteDrawing.h"
 #include "ui/Options.h"

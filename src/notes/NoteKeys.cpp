@@ -4,8 +4,8 @@
 #include "gui/Keys.h"
 #include "notes/NoteEdits.h"
 #include "notes/NoteState.h"
-#include "sequencer/CEditorComp.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CEditorComp.h"
+#include "sequencer/song/CSeq.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "notes/EventChange.h"
 #include "notes/NoteEdits.h"
 #include "notes/NoteState.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/NameField.h"
 #include "ui/ProgramItems.h"
 

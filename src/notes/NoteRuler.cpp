@@ -9,7 +9,7 @@
 #include "gui/Keys.h"
 #include "gui/PanZoom.h"
 #include "notes/NoteState.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/GridLines.h"
 #include "ui/ProgramItems.h"
 

@@ -1,6 +1,6 @@
 #include "notes/NoteState.h"
 
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 

@@ -3,9 +3,9 @@
 #include "base/Numbers.h"
 #include "instruments/CDrumSound.h"
 #include "notes/NoteState.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/RowLoops.h"
-#include "sequencer/TempoMap.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/RowLoops.h"
+#include "sequencer/song/TempoMap.h"
 #include "ui/PlaceText.h"
 
 #include <cstdlib>

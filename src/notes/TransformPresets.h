@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/CStr.h"
-#include "sequencer/Transform.h"
+#include "sequencer/edit/Transform.h"
 
 #include <vector>
 

@@ -13,9 +13,9 @@
 #include "notes/WaveRuler.h"
 #include "notes/WaveTexts.h"
 #include "notes/WaveView.h"
-#include "sequencer/CEditorComp.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/PartEdits.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/song/CEditorComp.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/ActionItems.h"
 
 #include <algorithm>

@@ -10,10 +10,10 @@
 #include "gui/CWin.h"
 #include "gui/controls/CPopup.h"
 #include "notes/WaveState.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/ClipEdits.h"
-#include "sequencer/PartEdits.h"
-#include "sequencer/Slicing.h"
+#include "sequencer/edit/ClipEdits.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/edit/Slicing.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/ActionItems.h"
 
 #include <algorithm>

@@ -4,8 +4,8 @@
 #include "base/Numbers.h"
 #include "gui/Keys.h"
 #include "notes/WaveState.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/ClipEdits.h"
+#include "sequencer/edit/ClipEdits.h"
+#include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 

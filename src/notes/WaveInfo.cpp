@@ -10,7 +10,7 @@
 #include "gui/Shapes.h"
 #include "notes/WaveState.h"
 #include "notes/WaveTexts.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 #include <cmath>

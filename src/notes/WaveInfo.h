@@ -2,7 +2,7 @@
 
 #include "base/CStr.h"
 #include "gui/CCtrl.h"
-#include "sequencer/PartRange.h"
+#include "sequencer/edit/PartRange.h"
 
 #include <vector>
 

@@ -4,7 +4,7 @@
 #include "base/Numbers.h"
 #include "gui/Keys.h"
 #include "notes/WaveState.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 #include <vector>

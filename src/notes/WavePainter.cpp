@@ -11,7 +11,7 @@
 #include "gui/Shapes.h"
 #include "notes/WaveState.h"
 #include "notes/WaveView.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/ProgramItems.h"
 #include "ui/WaveColumns.h"
 

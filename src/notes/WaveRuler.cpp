@@ -12,7 +12,7 @@
 #include "gui/PanZoom.h"
 #include "notes/WavePainter.h"
 #include "notes/WaveState.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/ProgramItems.h"
 
 #include <cmath>

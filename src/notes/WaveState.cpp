@@ -6,12 +6,12 @@
 #include "engine/CQV.h"
 #include "engine/CSamplePreview.h"
 #include "engine/CSnap.h"
-#include "sequencer/AudioVoices.h"
-#include "sequencer/Bars.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/ClipRange.h"
-#include "sequencer/ClipTimes.h"
-#include "sequencer/TempoMap.h"
+#include "sequencer/play/AudioVoices.h"
+#include "sequencer/song/Bars.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/ClipRange.h"
+#include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/TempoMap.h"
 
 #include <algorithm>
 #include <cmath>

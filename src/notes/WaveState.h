@@ -2,7 +2,7 @@
 
 #include "notes/EditedPart.h"
 #include "notes/FrameAxis.h"
-#include "sequencer/SampleEdits.h"
+#include "sequencer/edit/SampleEdits.h"
 
 #include <functional>
 #include <optional>

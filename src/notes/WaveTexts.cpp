@@ -5,7 +5,7 @@
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "notes/WaveState.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/LevelText.h"
 #include "ui/PlaceText.h"
 

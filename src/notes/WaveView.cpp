@@ -13,7 +13,7 @@
 #include "notes/WavePainter.h"
 #include "notes/WaveState.h"
 #include "notes/WaveTexts.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
 

@@ -7,7 +7,7 @@
 #include "panels/drums/CDrumWin.h"
 #include "panels/rack/CEffectWin.h"
 #include "panels/sampler/CSamplerWin.h"
-#include "sequencer/CTrack.h"
+#include "sequencer/song/CTrack.h"
 #include "ui/EditorTable.h"
 
 PanelsRoom::PanelsRoom(EditorTable& editors) {

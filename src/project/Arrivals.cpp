@@ -18,8 +18,8 @@
 #include "project/NewTracks.h"
 #include "project/PresetFiles.h"
 #include "project/SongSounds.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/TrackInstrument.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/TrackInstrument.h"
 
 #include <string>
 

@@ -6,8 +6,8 @@
 #include "project/Arrivals.h"
 #include "project/NewTracks.h"
 #include "project/SongSounds.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/Templates.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/Templates.h"
 
 #include <memory>
 #include <set>

@@ -6,8 +6,8 @@
 #include "instruments/DrumKit.h"
 #include "project/ItemView.h"
 #include "project/SampleBlocks.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/SongReading.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/songfile/SongReading.h"
 
 #include <algorithm>
 

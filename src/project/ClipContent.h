@@ -2,7 +2,7 @@
 
 #include "base/CList.h"
 #include "base/CStr.h"
-#include "sequencer/CPart.h"
+#include "sequencer/song/CPart.h"
 
 #include <memory>
 #include <vector>

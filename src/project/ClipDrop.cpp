@@ -10,8 +10,8 @@
 #include "instruments/CSampler.h"
 #include "project/ClipContent.h"
 #include "project/KitDrop.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/TrackInstrument.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/TrackInstrument.h"
 
 #include <unordered_set>
 

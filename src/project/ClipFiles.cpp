@@ -10,8 +10,8 @@
 #include "project/ClipContent.h"
 #include "project/PresetFiles.h"
 #include "project/SampleBlocks.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/SongWriting.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/songfile/SongWriting.h"
 
 #include <unordered_set>
 

@@ -3,9 +3,9 @@
 #include "audiofiles/CSample.h"
 #include "base/BlockView.h"
 #include "base/Numbers.h"
-#include "sequencer/AudioVoices.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/ClipTimes.h"
+#include "sequencer/play/AudioVoices.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/ClipTimes.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include "project/ClipContent.h"
 #include "project/ClipDrop.h"
 #include "project/SongSounds.h"
-#include "sequencer/AudioVoices.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/play/AudioVoices.h"
+#include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 #include <cmath>

@@ -6,7 +6,7 @@
 #include "engine/DeviceComps.h"
 #include "instruments/CArp.h"
 #include "instruments/CSampler.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "audiofiles/AudioImport.h"
 #include "project/ClipLength.h"
-#include "sequencer/MidiLength.h"
+#include "sequencer/midi/MidiLength.h"
 
 FileFacts factsOf(const CStr& path, bool byName) {
     FileFacts facts;

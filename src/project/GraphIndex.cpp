@@ -1,7 +1,7 @@
 #include "project/GraphIndex.h"
 
 #include "engine/CQV.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 namespace {
 

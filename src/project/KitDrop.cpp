@@ -8,7 +8,7 @@
 #include "instruments/DrumKit.h"
 #include "instruments/SamplerFiles.h"
 #include "project/ClipContent.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <string>
 #include <unordered_map>

@@ -2,9 +2,9 @@
 
 #include "engine/CUndo.h"
 #include "project/BringIn.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/Pending.h"
-#include "sequencer/TrackEdits.h"
+#include "sequencer/edit/Pending.h"
+#include "sequencer/edit/TrackEdits.h"
+#include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 

@@ -8,11 +8,11 @@
 #include "instruments/CDrumSound.h"
 #include "project/ClipContent.h"
 #include "project/KitDrop.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/KitEdits.h"
-#include "sequencer/MidiImport.h"
-#include "sequencer/PartEdits.h"
-#include "sequencer/Points.h"
+#include "sequencer/edit/KitEdits.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/midi/MidiImport.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/Points.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include "instruments/DrumKit.h"
 #include "instruments/SamplerFiles.h"
 #include "project/KitDrop.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include "engine/CFreezeItem.h"
 #include "engine/CQV.h"
 #include "project/Percent.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 

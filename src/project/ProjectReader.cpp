@@ -18,7 +18,7 @@
 #include "project/ProjectUi.h"
 #include "project/SampleBlocks.h"
 #include "project/SeqChannels.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 #include <cmath>

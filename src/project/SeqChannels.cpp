@@ -2,7 +2,7 @@
 
 #include "engine/CQV.h"
 #include "engine/ForgetHooks.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 namespace {
 

@@ -7,11 +7,11 @@
 #include "instruments/CSampler.h"
 #include "instruments/CSynthProg.h"
 #include "instruments/SynthDrums.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/MidiImport.h"
-#include "sequencer/Pending.h"
-#include "sequencer/Templates.h"
-#include "sequencer/TrackInstrument.h"
+#include "sequencer/edit/Pending.h"
+#include "sequencer/midi/MidiImport.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/Templates.h"
+#include "sequencer/song/TrackInstrument.h"
 
 #include <cmath>
 #include <memory>

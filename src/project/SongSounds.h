@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sequencer/MidiImport.h"
+#include "sequencer/midi/MidiImport.h"
 
 class CQV;
 class CSampler;

@@ -4,8 +4,8 @@
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "gui/dialogs/CFileWin.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/MidiExport.h"
+#include "sequencer/midi/MidiExport.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/Workspace.h"
 
 namespace {

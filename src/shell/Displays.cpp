@@ -7,10 +7,10 @@
 #include "gui/CWin.h"
 #include "gui/Keys.h"
 #include "gui/controls/CPopup.h"
-#include "sequencer/Bars.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/Points.h"
-#include "sequencer/SongValues.h"
+#include "sequencer/song/Bars.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/Points.h"
+#include "sequencer/song/SongValues.h"
 #include "ui/Song.h"
 
 #include <algorithm>

@@ -4,8 +4,8 @@
 #include "engine/CQV.h"
 #include "modular/GraphEdits.h"
 #include "project/SongSounds.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/Templates.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/Templates.h"
 
 namespace {
 

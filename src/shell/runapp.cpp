@@ -12,7 +12,7 @@
 #include "gui/CApp.h"
 #include "gui/Monitors.h"
 #include "project/CompTable.h"
-#include "sequencer/Templates.h"
+#include "sequencer/song/Templates.h"
 #include "shell/AppHooks.h"
 #include "shell/AppIcon.h"
 #include "shell/CMainWin.h"

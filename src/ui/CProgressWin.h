@@ -1,7 +1,7 @@
 #pragma once
 
 #include "gui/dialogs/CDialogWin.h"
-#include "sequencer/RenderExport.h"
+#include "sequencer/render/RenderExport.h"
 
 #include <memory>
 

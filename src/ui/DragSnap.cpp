@@ -2,7 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CSnap.h"
-#include "sequencer/TempoMap.h"
+#include "sequencer/song/TempoMap.h"
 #include "ui/Options.h"
 #include "ui/TimeAxis.h"
 

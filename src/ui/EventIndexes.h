@@ -1,6 +1,6 @@
 #pragma once
 
-#include "sequencer/EventIndex.h"
+#include "sequencer/song/EventIndex.h"
 
 #include <map>
 

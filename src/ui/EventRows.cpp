@@ -3,8 +3,8 @@
 #include "base/Numbers.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
-#include "sequencer/CPart.h"
-#include "sequencer/CTrack.h"
+#include "sequencer/song/CPart.h"
+#include "sequencer/song/CTrack.h"
 
 #include <algorithm>
 

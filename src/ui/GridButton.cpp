@@ -2,7 +2,7 @@
 
 #include "engine/CSnap.h"
 #include "gui/controls/CPopup.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/ActionItems.h"
 #include "ui/GridCommands.h"
 #include "ui/Options.h"

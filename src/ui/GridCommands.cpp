@@ -5,8 +5,8 @@
 #include "engine/CQV.h"
 #include "engine/CSnap.h"
 #include "engine/ValueDoor.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/SongValues.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/SongValues.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include "base/Numbers.h"
 #include "gui/CGraphic.h"
 #include "gui/Colours.h"
-#include "sequencer/Bars.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/Bars.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/ProgramItems.h"
 #include "ui/TimeAxis.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/CStr.h"
-#include "sequencer/EventActions.h"
+#include "sequencer/edit/EventActions.h"
 #include "ui/NotePlace.h"
 
 #include <functional>

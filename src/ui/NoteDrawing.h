@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Geometry.h"
-#include "sequencer/Scales.h"
+#include "sequencer/song/Scales.h"
 
 class CGraphic;
 class CPart;

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "sequencer/EventActions.h"
-#include "sequencer/EventDraft.h"
-#include "sequencer/EventFind.h"
+#include "sequencer/edit/EventActions.h"
+#include "sequencer/edit/EventDraft.h"
+#include "sequencer/song/EventFind.h"
 #include "ui/CMouseEdit.h"
 #include "ui/NotePlace.h"
 

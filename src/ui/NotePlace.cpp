@@ -3,8 +3,8 @@
 #include "base/Numbers.h"
 #include "engine/MidiBytes.h"
 #include "instruments/CDrumSound.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/PartEdits.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/PlaceText.h"
 #include "ui/TimeAxis.h"
 

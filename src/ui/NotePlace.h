@@ -2,9 +2,9 @@
 
 #include "base/CStr.h"
 #include "base/Geometry.h"
-#include "sequencer/EventFind.h"
-#include "sequencer/EventIndex.h"
-#include "sequencer/Events.h"
+#include "sequencer/song/EventFind.h"
+#include "sequencer/song/EventIndex.h"
+#include "sequencer/song/Events.h"
 #include "ui/DragSnap.h"
 #include "ui/EventRows.h"
 

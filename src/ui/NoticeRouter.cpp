@@ -1,7 +1,7 @@
 #include "ui/NoticeRouter.h"
 
 #include "engine/CQV.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/Song.h"
 
 #include <utility>

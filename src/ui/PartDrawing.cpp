@@ -3,8 +3,8 @@
 #include "base/Numbers.h"
 #include "gui/PixelPaper.h"
 #include "gui/Scale.h"
-#include "sequencer/PartEdits.h"
-#include "sequencer/SongPlayback.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/play/SongPlayback.h"
 #include "ui/PartMouse.h"
 
 namespace {

@@ -4,12 +4,12 @@
 #include "engine/CSnap.h"
 #include "engine/ParamUnit.h"
 #include "gui/Keys.h"
-#include "sequencer/Bars.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/EventEdits.h"
-#include "sequencer/LaneUnit.h"
-#include "sequencer/PartEdits.h"
-#include "sequencer/TempoMap.h"
+#include "sequencer/edit/EventEdits.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/song/Bars.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/LaneUnit.h"
+#include "sequencer/song/TempoMap.h"
 #include "ui/DragSnap.h"
 
 #include <cstdlib>

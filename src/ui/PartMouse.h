@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/Geometry.h"
-#include "sequencer/EventFind.h"
-#include "sequencer/EventLanes.h"
+#include "sequencer/song/EventFind.h"
+#include "sequencer/song/EventLanes.h"
 #include "ui/CMouseEdit.h"
 
 #include <memory>

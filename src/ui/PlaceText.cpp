@@ -1,8 +1,8 @@
 #include "ui/PlaceText.h"
 
 #include "base/Numbers.h"
-#include "sequencer/Bars.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/Bars.h"
+#include "sequencer/song/CSeq.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/CStr.h"
-#include "sequencer/Scales.h"
+#include "sequencer/song/Scales.h"
 #include "ui/SongMenuButton.h"
 
 // The scale of a song and kinds of chords, as views tell and offer them. Interface thread.

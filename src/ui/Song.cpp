@@ -1,7 +1,7 @@
 #include "ui/Song.h"
 
 #include "engine/CQV.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 CSeq* songOf(CQV* host) {
     return static_cast<CSeq*>(host->firstOfType(compSeq));

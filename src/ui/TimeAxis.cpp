@@ -1,6 +1,6 @@
 #include "ui/TimeAxis.h"
 
-#include "sequencer/TempoMap.h"
+#include "sequencer/song/TempoMap.h"
 
 #include <algorithm>
 #include <cmath>

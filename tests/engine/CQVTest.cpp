@@ -4,8 +4,8 @@
 #include "engine/CClick.h"
 #include "engine/CMap.h"
 #include "engine/EditorHooks.h"
-#include "engine/GraphWorkers.h"
 #include "engine/StripFixture.h"
+#include "engine/plan/GraphWorkers.h"
 #include "support/Places.h"
 
 #include <cmath>

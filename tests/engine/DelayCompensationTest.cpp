@@ -1,4 +1,4 @@
-#include "engine/DelayCompensation.h"
+#include "engine/plan/DelayCompensation.h"
 #include "engine/SeqStub.h"
 #include "engine/StripFixture.h"
 #include "support/Rows.h"

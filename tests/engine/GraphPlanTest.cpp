@@ -1,7 +1,7 @@
 #include "StripFixture.h"
 
-#include "engine/GraphWorkers.h"
-#include "engine/PlanFade.h"
+#include "engine/plan/GraphWorkers.h"
+#include "engine/plan/PlanFade.h"
 
 #include <csignal>
 #include <pthread.h>

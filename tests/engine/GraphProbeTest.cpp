@@ -1,4 +1,4 @@
-#include "engine/GraphProbe.h"
+#include "engine/plan/GraphProbe.h"
 #include "engine/StripFixture.h"
 
 namespace {

@@ -18,8 +18,8 @@ public:
                                   "#include \"engine/StripValues.h\"\n"
                                   "#include \"engine/ValueDoor.h\"\n"
                                   "#include \"instruments/CSound.h\"\n"
-                                  "#include \"sequencer/CSeq.h\"\n"
-                                  "#include \"sequencer/CSongTrack.h\"\n"
+                                  "#include \"sequencer/song/CSeq.h\"\n"
+                                  "#include \"sequencer/song/CSongTrack.h\"\n"
                                   "void f(CQV* host, COutputChannel* strip, CComp* comp, CSeq* seq,"
                                   " CSound* sound, CSongTrack* track) {\n" +
                                       statements + "\n}\n");

@@ -7,7 +7,7 @@
 #include "instruments/CArp.h"
 #include "instruments/FactoryPrograms.h"
 #include "project/PresetFiles.h"
-#include "sequencer/TrackInstrument.h"
+#include "sequencer/song/TrackInstrument.h"
 #include "support/Rows.h"
 
 #include <algorithm>

@@ -10,7 +10,7 @@
 #include "project/CompTable.h"
 #include "project/ProjectFile.h"
 #include "project/ProjectUi.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "support/TestHost.h"
 
 #include <bit>

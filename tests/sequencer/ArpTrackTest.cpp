@@ -3,7 +3,7 @@
 #include "audiofiles/CSample.h"
 #include "base/TempFolder.h"
 #include "instruments/CArp.h"
-#include "sequencer/RenderExport.h"
+#include "sequencer/render/RenderExport.h"
 
 #include <bitset>
 #include <functional>

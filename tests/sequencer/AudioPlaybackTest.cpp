@@ -4,8 +4,8 @@
 #include "effects/CEffect.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
-#include "sequencer/AudioVoices.h"
-#include "sequencer/ClipTimes.h"
+#include "sequencer/play/AudioVoices.h"
+#include "sequencer/song/ClipTimes.h"
 #include "support/Rows.h"
 
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "sequencer/Bars.h"
+#include "sequencer/song/Bars.h"
 
 #include "SongFixture.h"
 

@@ -1,4 +1,4 @@
-#include "sequencer/CRender.h"
+#include "sequencer/render/CRender.h"
 
 #include "SongFixture.h"
 #include "audiofiles/CSample.h"

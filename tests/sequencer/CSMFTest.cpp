@@ -1,9 +1,9 @@
-#include "sequencer/CSMF.h"
+#include "sequencer/midi/CSMF.h"
 
 #include "SongFixture.h"
 #include "base/TempFolder.h"
-#include "sequencer/MidiExport.h"
-#include "sequencer/MidiImport.h"
+#include "sequencer/midi/MidiExport.h"
+#include "sequencer/midi/MidiImport.h"
 
 #include <algorithm>
 #include <sstream>

@@ -2,8 +2,8 @@
 
 #include "audiofiles/CSample.h"
 #include "effects/CEffect.h"
-#include "sequencer/PartEdits.h"
-#include "sequencer/TrackRouting.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/song/TrackRouting.h"
 
 #include <algorithm>
 #include <random>

@@ -1,7 +1,7 @@
-#include "sequencer/ClipEdits.h"
+#include "sequencer/edit/ClipEdits.h"
 #include "EditsFixture.h"
 #include "base/Numbers.h"
-#include "sequencer/AudioVoices.h"
+#include "sequencer/play/AudioVoices.h"
 
 namespace {
 

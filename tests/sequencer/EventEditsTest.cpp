@@ -1,7 +1,7 @@
-#include "sequencer/EventEdits.h"
+#include "sequencer/edit/EventEdits.h"
 #include "EditsFixture.h"
-#include "sequencer/EventFind.h"
-#include "sequencer/EventIndex.h"
+#include "sequencer/song/EventFind.h"
+#include "sequencer/song/EventIndex.h"
 
 #include <utility>
 

@@ -1,10 +1,10 @@
 #include "EditsFixture.h"
 
 #include "engine/CQV.h"
-#include "sequencer/EventDraft.h"
-#include "sequencer/EventIndex.h"
-#include "sequencer/EventShift.h"
-#include "sequencer/PartEdits.h"
+#include "sequencer/edit/EventDraft.h"
+#include "sequencer/edit/EventShift.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/song/EventIndex.h"
 
 #include <random>
 

@@ -1,4 +1,4 @@
-#include "sequencer/Freezing.h"
+#include "sequencer/render/Freezing.h"
 
 #include "SongFixture.h"
 #include "base/Deadline.h"
@@ -8,8 +8,8 @@
 #include "effects/CEffect.h"
 #include "engine/CFreezeItem.h"
 #include "instruments/CSampler.h"
-#include "sequencer/AudioVoices.h"
-#include "sequencer/SilentGraph.h"
+#include "sequencer/play/AudioVoices.h"
+#include "sequencer/render/SilentGraph.h"
 
 #include <algorithm>
 #include <cmath>

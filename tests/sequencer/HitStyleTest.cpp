@@ -6,13 +6,13 @@
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "instruments/CSampleClip.h"
-#include "sequencer/CRender.h"
-#include "sequencer/EventEdits.h"
-#include "sequencer/PartEdits.h"
-#include "sequencer/PartMerge.h"
-#include "sequencer/PartSplit.h"
-#include "sequencer/Quantize.h"
-#include "sequencer/RowLoops.h"
+#include "sequencer/edit/EventEdits.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/edit/PartMerge.h"
+#include "sequencer/edit/PartSplit.h"
+#include "sequencer/edit/Quantize.h"
+#include "sequencer/render/CRender.h"
+#include "sequencer/song/RowLoops.h"
 
 #include <algorithm>
 #include <set>

@@ -1,5 +1,5 @@
-#include "sequencer/MidiImport.h"
-#include "sequencer/MidiLength.h"
+#include "sequencer/midi/MidiImport.h"
+#include "sequencer/midi/MidiLength.h"
 
 #include "SongFixture.h"
 #include "base/Numbers.h"

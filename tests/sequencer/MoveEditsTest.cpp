@@ -1,4 +1,4 @@
-#include "sequencer/MoveEdits.h"
+#include "sequencer/edit/MoveEdits.h"
 #include "EditsFixture.h"
 #include "base/Numbers.h"
 

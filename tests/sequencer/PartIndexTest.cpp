@@ -1,7 +1,7 @@
 #include "SongFixture.h"
 
-#include "sequencer/LiveEdits.h"
-#include "sequencer/PartEdits.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/take/LiveEdits.h"
 
 #include <functional>
 

@@ -1,8 +1,8 @@
 #include "PlayFixture.h"
 
 #include "engine/ValueDoor.h"
-#include "sequencer/SongPlayback.h"
-#include "sequencer/SongValues.h"
+#include "sequencer/play/SongPlayback.h"
+#include "sequencer/song/SongValues.h"
 
 /// Each note starts and ends at the frame of its tick, whatever the block size and rate. Notes end
 /// with their part, what lies outside is silent, an offset moves the content; a ghost plays the

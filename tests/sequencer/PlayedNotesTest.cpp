@@ -1,4 +1,4 @@
-#include "sequencer/PlayedNotes.h"
+#include "sequencer/play/PlayedNotes.h"
 #include "TakeFixture.h"
 
 namespace {

@@ -5,14 +5,14 @@
 #include "base/Random.h"
 #include "base/TempFolder.h"
 #include "engine/CSnap.h"
-#include "sequencer/AudioProcess.h"
-#include "sequencer/Flatten.h"
-#include "sequencer/MidiProcess.h"
-#include "sequencer/PartClipboard.h"
-#include "sequencer/ProcessMenus.h"
-#include "sequencer/Remix.h"
-#include "sequencer/Slicing.h"
-#include "sequencer/Takes.h"
+#include "sequencer/edit/AudioProcess.h"
+#include "sequencer/edit/Flatten.h"
+#include "sequencer/edit/MidiProcess.h"
+#include "sequencer/edit/PartClipboard.h"
+#include "sequencer/edit/ProcessMenus.h"
+#include "sequencer/edit/Remix.h"
+#include "sequencer/edit/Slicing.h"
+#include "sequencer/take/Takes.h"
 
 #include <algorithm>
 #include <filesystem>

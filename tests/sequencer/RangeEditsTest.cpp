@@ -1,6 +1,6 @@
-#include "sequencer/RangeEdits.h"
+#include "sequencer/edit/RangeEdits.h"
 #include "EditsFixture.h"
-#include "sequencer/AudioVoices.h"
+#include "sequencer/play/AudioVoices.h"
 
 #include <functional>
 

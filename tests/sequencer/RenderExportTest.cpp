@@ -1,4 +1,4 @@
-#include "sequencer/RenderExport.h"
+#include "sequencer/render/RenderExport.h"
 
 #include "SongFixture.h"
 #include "audiofiles/CSample.h"
@@ -6,7 +6,7 @@
 #include "base/FullDisk.h"
 #include "base/Paths.h"
 #include "base/TempFolder.h"
-#include "sequencer/CSoundCloudAddOn.h"
+#include "sequencer/render/CSoundCloudAddOn.h"
 #include "support/Rows.h"
 
 #include <cmath>

@@ -1,6 +1,6 @@
-#include "sequencer/Ripple.h"
+#include "sequencer/edit/Ripple.h"
 #include "EditsFixture.h"
-#include "sequencer/RangeEdits.h"
+#include "sequencer/edit/RangeEdits.h"
 
 #include <map>
 

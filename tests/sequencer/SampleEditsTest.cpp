@@ -1,9 +1,9 @@
-#include "sequencer/SampleEdits.h"
+#include "sequencer/edit/SampleEdits.h"
 
 #include "EditsFixture.h"
 #include "base/FullDisk.h"
 #include "base/TempFolder.h"
-#include "sequencer/Takes.h"
+#include "sequencer/take/Takes.h"
 
 #include <filesystem>
 

@@ -1,4 +1,4 @@
-#include "sequencer/Scales.h"
+#include "sequencer/song/Scales.h"
 
 #include <gtest/gtest.h>
 

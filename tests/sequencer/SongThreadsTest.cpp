@@ -1,7 +1,7 @@
 #include "SongFixture.h"
 
 #include "engine/CGroupCh.h"
-#include "engine/GraphWorkers.h"
+#include "engine/plan/GraphWorkers.h"
 #include "instruments/CSampler.h"
 
 namespace {

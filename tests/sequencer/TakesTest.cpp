@@ -1,4 +1,4 @@
-#include "sequencer/Takes.h"
+#include "sequencer/take/Takes.h"
 #include "SongFileFixture.h"
 #include "TakeFixture.h"
 

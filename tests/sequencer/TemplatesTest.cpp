@@ -1,4 +1,4 @@
-#include "sequencer/Templates.h"
+#include "sequencer/song/Templates.h"
 
 #include "SongFixture.h"
 #include "engine/CompTypes.h"

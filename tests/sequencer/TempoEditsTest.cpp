@@ -1,11 +1,11 @@
-#include "sequencer/TempoEdits.h"
+#include "sequencer/edit/TempoEdits.h"
 #include "SongFileFixture.h"
 #include "base/TempFolder.h"
 #include "engine/ValueDoor.h"
-#include "sequencer/MidiExport.h"
-#include "sequencer/PointEdits.h"
-#include "sequencer/SongValues.h"
-#include "sequencer/TempoMap.h"
+#include "sequencer/edit/PointEdits.h"
+#include "sequencer/midi/MidiExport.h"
+#include "sequencer/song/SongValues.h"
+#include "sequencer/song/TempoMap.h"
 
 #include <sstream>
 

@@ -1,4 +1,4 @@
-#include "sequencer/TempoMap.h"
+#include "sequencer/song/TempoMap.h"
 
 #include "SongFixture.h"
 

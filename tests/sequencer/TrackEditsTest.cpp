@@ -1,12 +1,12 @@
-#include "sequencer/TrackEdits.h"
+#include "sequencer/edit/TrackEdits.h"
 #include "EditsFixture.h"
 #include "engine/CompTypes.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "instruments/CSampler.h"
-#include "sequencer/CSubTrack.h"
-#include "sequencer/FolderSum.h"
-#include "sequencer/TrackRouting.h"
+#include "sequencer/song/CSubTrack.h"
+#include "sequencer/song/FolderSum.h"
+#include "sequencer/song/TrackRouting.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
-#include "sequencer/TrackValues.h"
+#include "sequencer/song/TrackValues.h"
 #include "SongFileFixture.h"
 #include "TakeFixture.h"
 #include "engine/ValueDoor.h"
-#include "sequencer/SongValues.h"
+#include "sequencer/song/SongValues.h"
 
 #include <filesystem>
 

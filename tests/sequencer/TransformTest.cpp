@@ -1,8 +1,8 @@
-#include "sequencer/Transform.h"
+#include "sequencer/edit/Transform.h"
 
 #include "engine/MidiBytes.h"
-#include "sequencer/CPart.h"
-#include "sequencer/PartEdits.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/song/CPart.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include "engine/CAAM.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "shell/CMainWin.h"
 #include "shell/ProjectFlows.h"
 #include "shell/runapp.h"

@@ -5,7 +5,7 @@
 #include "project/CompTable.h"
 #include "project/ProjectFile.h"
 #include "project/ProjectUi.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <csignal>
 #include <cstdio>

@@ -4,7 +4,7 @@
 
 #include "audiofiles/CSample.h"
 #include "engine/DeviceComps.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <cstdlib>
 #include <vector>

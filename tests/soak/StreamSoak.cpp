@@ -9,7 +9,7 @@
 #include "base/Messages.h"
 #include "base/Random.h"
 #include "engine/Cycle.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <chrono>
 #include <cstdio>

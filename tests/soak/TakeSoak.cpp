@@ -10,7 +10,7 @@
 #include "base/Messages.h"
 #include "engine/CClick.h"
 #include "engine/Cycle.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 
 #include <sys/mman.h>
 #include <sys/wait.h>

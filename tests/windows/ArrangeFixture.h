@@ -9,7 +9,7 @@
 #include "arrange/TrackHead.h"
 #include "gui/Peer.h"
 #include "gui/Selections.h"
-#include "sequencer/MoveEdits.h"
+#include "sequencer/edit/MoveEdits.h"
 #include "shell/Pages.h"
 
 #include <thread>

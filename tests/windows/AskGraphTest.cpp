@@ -5,7 +5,7 @@
 #include "common/fx/CEQ.h"
 #include "effects/CEffect.h"
 #include "engine/CGroupCh.h"
-#include "engine/GraphProbe.h"
+#include "engine/plan/GraphProbe.h"
 #include "instruments/CSampler.h"
 #include "instruments/CSynthProg.h"
 #include "modular/AnswerList.h"
@@ -13,8 +13,8 @@
 #include "modular/FindField.h"
 #include "modular/FindGraph.h"
 #include "project/SongSounds.h"
-#include "sequencer/CPart.h"
-#include "sequencer/MoveEdits.h"
+#include "sequencer/edit/MoveEdits.h"
+#include "sequencer/song/CPart.h"
 
 #include <chrono>
 

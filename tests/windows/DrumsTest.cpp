@@ -9,9 +9,9 @@
 #include "instruments/CLayer.h"
 #include "instruments/CSampleClip.h"
 #include "notes/DrumStrip.h"
-#include "sequencer/EventLanes.h"
-#include "sequencer/KitEdits.h"
-#include "sequencer/RowLoops.h"
+#include "sequencer/edit/KitEdits.h"
+#include "sequencer/song/EventLanes.h"
+#include "sequencer/song/RowLoops.h"
 
 #include <cmath>
 #include <filesystem>

@@ -3,7 +3,7 @@
 #include "arrange/LaneHead.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
-#include "sequencer/CSubTrack.h"
+#include "sequencer/song/CSubTrack.h"
 
 /// Points of automation by mouse and keys, in the lane of a track's volume under it.
 class LaneTest : public ArrangeFixture {

@@ -7,7 +7,7 @@
 #include "gui/controls/CButton.h"
 #include "gui/controls/CListbox.h"
 #include "render/CRenderWin.h"
-#include "sequencer/CRender.h"
+#include "sequencer/render/CRender.h"
 #include "setup/CSetupWin.h"
 #include "shell/CWelcomeWin.h"
 

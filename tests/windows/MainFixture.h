@@ -6,7 +6,7 @@
 #include "gui/Keys.h"
 #include "gui/TestServer.h"
 #include "project/CompTable.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "shell/AppHooks.h"
 #include "shell/CMainWin.h"
 #include "shell/ProjectFlows.h"

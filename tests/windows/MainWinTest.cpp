@@ -5,7 +5,7 @@
 #include "gui/controls/CEdit.h"
 #include "gui/controls/CMenu.h"
 #include "gui/controls/CPopup.h"
-#include "sequencer/Points.h"
+#include "sequencer/song/Points.h"
 #include "setup/CSetupWin.h"
 #include "shell/Rooms.h"
 

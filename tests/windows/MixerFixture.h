@@ -7,7 +7,7 @@
 #include "mixer/CMixerPanel.h"
 #include "mixer/CMixerStrip.h"
 #include "mixer/CMixerWin.h"
-#include "sequencer/TrackInstrument.h"
+#include "sequencer/song/TrackInstrument.h"
 #include "shell/Pages.h"
 
 /// The mixer on its page, under the mouse and the keys of a user.

@@ -11,9 +11,9 @@
 #include "gui/access/LiveTree.h"
 #include "gui/controls/CButton.h"
 #include "mixer/StripControls.h"
-#include "sequencer/StripEdits.h"
-#include "sequencer/TrackEdits.h"
-#include "sequencer/TrackRouting.h"
+#include "sequencer/edit/StripEdits.h"
+#include "sequencer/edit/TrackEdits.h"
+#include "sequencer/song/TrackRouting.h"
 
 #include <cmath>
 #include <fstream>

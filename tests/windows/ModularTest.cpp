@@ -8,8 +8,8 @@
 #include "modular/MiniMap.h"
 #include "project/PresetFiles.h"
 #include "project/ProjectFile.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/StripEdits.h"
+#include "sequencer/edit/StripEdits.h"
+#include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 #include <array>

@@ -7,8 +7,8 @@
 #include "notes/CEditorWin.h"
 #include "notes/LaneView.h"
 #include "notes/NoteGrid.h"
-#include "sequencer/CEditorComp.h"
-#include "sequencer/PartEdits.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/song/CEditorComp.h"
 #include "shell/Pages.h"
 #include "ui/NotePlace.h"
 

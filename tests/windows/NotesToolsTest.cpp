@@ -8,8 +8,8 @@
 #include "notes/KeyStrip.h"
 #include "notes/LaneStack.h"
 #include "notes/NoteObjects.h"
-#include "sequencer/Scales.h"
-#include "sequencer/TrackInstrument.h"
+#include "sequencer/song/Scales.h"
+#include "sequencer/song/TrackInstrument.h"
 #include "ui/Options.h"
 #include "ui/ScaleItems.h"
 

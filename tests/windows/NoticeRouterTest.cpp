@@ -1,6 +1,6 @@
 #include "ui/NoticeRouter.h"
 #include "engine/GraphHold.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "support/TestHost.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include "engine/MidiBytes.h"
 #include "project/ProjectUi.h"
 #include "project/ProjectWriter.h"
-#include "sequencer/CEditorComp.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CEditorComp.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/Song.h"
 
 #include <cstdint>
@@ -151,17 +151,17 @@ void maskMixer(Cursor& in) {
 }
 
 const std::map<std::string, Mask> masks = {
-    {"mixer", maskMixer},     {"strip2", maskStrip},
-    {"audiodir", maskAll},    {"page", maskAll},         {"pagei", maskAll},
-    {"pageModular", maskAll}, {"modsb", maskAll},        {"comped", maskAll},
-    {"compedi", maskAll},     {"mixed", maskAll},        {"cmed", maskAll},
-    {"trackRow", maskAll},    {"tracked", maskAll},      {"arped", maskAll},
-    {"editored", maskAll},    {"edopt", maskAll},        {"ed-noteh", maskAll},
-    {"editorpp", maskAll},    {"amarker", maskAll},      {"comp2", maskComp},
-    {"insert2", maskComp},    {"track", maskTrack},      {"sub", maskLane},
-    {"prog", maskProgram},    {"ptrack", maskSongTrack}, {"part", maskPart},
-    {"options", maskOptions}, {"mevents", maskNotes},    {"devents", maskDrums},
-    {"aevents2", maskClips},  {"aevents", maskOldClips}, {"amevents", maskPoints}};
+    {"mixer", maskMixer},      {"strip2", maskStrip},   {"audiodir", maskAll},
+    {"page", maskAll},         {"pagei", maskAll},      {"pageModular", maskAll},
+    {"modsb", maskAll},        {"comped", maskAll},     {"compedi", maskAll},
+    {"mixed", maskAll},        {"cmed", maskAll},       {"trackRow", maskAll},
+    {"tracked", maskAll},      {"arped", maskAll},      {"editored", maskAll},
+    {"edopt", maskAll},        {"ed-noteh", maskAll},   {"editorpp", maskAll},
+    {"amarker", maskAll},      {"comp2", maskComp},     {"insert2", maskComp},
+    {"track", maskTrack},      {"sub", maskLane},       {"prog", maskProgram},
+    {"ptrack", maskSongTrack}, {"part", maskPart},      {"options", maskOptions},
+    {"mevents", maskNotes},    {"devents", maskDrums},  {"aevents2", maskClips},
+    {"aevents", maskOldClips}, {"amevents", maskPoints}};
 
 void maskBlocks(Cursor in);
 

@@ -14,8 +14,8 @@
 #include "gui/controls/CPopup.h"
 #include "modular/GraphEdits.h"
 #include "project/ProjectFile.h"
-#include "sequencer/CSubTrack.h"
-#include "sequencer/CTrack.h"
+#include "sequencer/song/CSubTrack.h"
+#include "sequencer/song/CTrack.h"
 #include "shell/Pages.h"
 #include "ui/Commands.h"
 

@@ -1,7 +1,7 @@
 #include "ArrangeFixture.h"
 
 #include "audiofiles/CSample.h"
-#include "sequencer/Points.h"
+#include "sequencer/song/Points.h"
 
 #include <filesystem>
 

@@ -5,7 +5,7 @@
 #include "gui/controls/CDropdown.h"
 #include "gui/controls/CListbox.h"
 #include "render/CRenderWin.h"
-#include "sequencer/CSoundCloudAddOn.h"
+#include "sequencer/render/CSoundCloudAddOn.h"
 
 #include <X11/Xlib.h>
 

@@ -5,9 +5,9 @@
 #include "gui/Selections.h"
 #include "gui/controls/CMenu.h"
 #include "gui/controls/CPopup.h"
-#include "sequencer/CRender.h"
-#include "sequencer/CSMF.h"
-#include "sequencer/Points.h"
+#include "sequencer/midi/CSMF.h"
+#include "sequencer/render/CRender.h"
+#include "sequencer/song/Points.h"
 #include "ui/CMeter.h"
 
 #include <cmath>

@@ -3,8 +3,8 @@
 #include "base/Numbers.h"
 #include "engine/CSnap.h"
 #include "engine/ValueDoor.h"
-#include "sequencer/Points.h"
-#include "sequencer/SongValues.h"
+#include "sequencer/song/Points.h"
+#include "sequencer/song/SongValues.h"
 
 #include <cmath>
 

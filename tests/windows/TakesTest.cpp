@@ -1,6 +1,6 @@
 #include "ArrangeFixture.h"
 
-#include "sequencer/Takes.h"
+#include "sequencer/take/Takes.h"
 #include "shell/Rooms.h"
 
 /// An audio part of two takes, of which it plays the second.

@@ -10,8 +10,8 @@
 #include "engine/MidiBytes.h"
 #include "gui/controls/CButton.h"
 #include "instruments/CDrumSound.h"
-#include "sequencer/Events.h"
-#include "sequencer/Points.h"
+#include "sequencer/song/Events.h"
+#include "sequencer/song/Points.h"
 
 /// The ruler with its lanes, and the overview, under the mouse and the keys: what is left in the
 /// song.

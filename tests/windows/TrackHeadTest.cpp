@@ -4,12 +4,12 @@
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "gui/dialogs/CColourWin.h"
-#include "sequencer/CSubTrack.h"
-#include "sequencer/FolderSum.h"
-#include "sequencer/TrackEdits.h"
-#include "sequencer/TrackInstrument.h"
-#include "sequencer/TrackRouting.h"
-#include "sequencer/TrackValues.h"
+#include "sequencer/edit/TrackEdits.h"
+#include "sequencer/song/CSubTrack.h"
+#include "sequencer/song/FolderSum.h"
+#include "sequencer/song/TrackInstrument.h"
+#include "sequencer/song/TrackRouting.h"
+#include "sequencer/song/TrackValues.h"
 
 /// Heads of tracks under the mouse and the keys: what is left in the song.
 class TrackHeadTest : public ArrangeFixture {

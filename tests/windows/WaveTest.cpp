@@ -6,7 +6,7 @@
 #include "gui/controls/CRangebar.h"
 #include "notes/WaveInfo.h"
 #include "notes/WaveView.h"
-#include "sequencer/CEditorComp.h"
+#include "sequencer/song/CEditorComp.h"
 #include "shell/Pages.h"
 
 #include <algorithm>

@@ -6,10 +6,10 @@
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
 #include "engine/ParamUnit.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/CSubTrack.h"
-#include "sequencer/LaneUnit.h"
-#include "sequencer/TempoMap.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/CSubTrack.h"
+#include "sequencer/song/LaneUnit.h"
+#include "sequencer/song/TempoMap.h"
 #include "ui/Workspace.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 
 #include "arrange/RowLayout.h"
 #include "arrange/gestures/ArrangeGesture.h"
-#include "sequencer/AutomationEdits.h"
+#include "sequencer/edit/AutomationEdits.h"
 
 #include <map>
 #include <memory>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "arrange/gestures/ArrangeGesture.h"
-#include "sequencer/MoveEdits.h"
+#include "sequencer/edit/MoveEdits.h"
 
 class CSongTrack;
 

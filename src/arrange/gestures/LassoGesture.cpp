@@ -3,7 +3,7 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/Hit.h"
 #include "arrange/LanePress.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/NoteDrawing.h"
 
 void LassoGesture::dragMove(const DragPoint& point) {

@@ -3,8 +3,8 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/ClipEdits.h"
+#include "sequencer/edit/ClipEdits.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/Workspace.h"
 
 LoopGesture::LoopGesture(ArrangeGrid& over, ArrangeState& shared, CPart* pressed)

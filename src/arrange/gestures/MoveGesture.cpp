@@ -7,9 +7,9 @@
 #include "base/Numbers.h"
 #include "engine/CSnap.h"
 #include "gui/Keys.h"
-#include "sequencer/Bars.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/MoveEdits.h"
+#include "sequencer/edit/MoveEdits.h"
+#include "sequencer/song/Bars.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 

@@ -1,7 +1,7 @@
 #include "arrange/gestures/NotesGesture.h"
 
 #include "arrange/ArrangeState.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/NoteDrawing.h"
 #include "ui/Workspace.h"
 

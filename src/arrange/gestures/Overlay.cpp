@@ -5,7 +5,7 @@
 #include "base/Numbers.h"
 #include "gui/CGraphic.h"
 #include "gui/Keys.h"
-#include "sequencer/CSeq.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
 

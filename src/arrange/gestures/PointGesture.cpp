@@ -2,8 +2,8 @@
 
 #include "arrange/ArrangeState.h"
 #include "arrange/gestures/Overlay.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/CSubTrack.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/CSubTrack.h"
 #include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 

@@ -5,8 +5,8 @@
 #include "arrange/SongRange.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/TempoMap.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/TempoMap.h"
 #include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "arrange/gestures/ArrangeGesture.h"
-#include "sequencer/RangeEdits.h"
+#include "sequencer/edit/RangeEdits.h"
 
 /// Chooses time and tracks from the press to the pointer, by the grid.
 class ChooseRangeGesture : public ArrangeGesture {

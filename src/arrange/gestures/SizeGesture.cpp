@@ -3,8 +3,8 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/MoveEdits.h"
+#include "sequencer/edit/MoveEdits.h"
+#include "sequencer/song/CSeq.h"
 #include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 

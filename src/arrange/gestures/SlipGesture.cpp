@@ -3,7 +3,7 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
-#include "sequencer/ClipEdits.h"
+#include "sequencer/edit/ClipEdits.h"
 #include "ui/DragSnap.h"
 #include "ui/PlaceText.h"
 #include "ui/Workspace.h"

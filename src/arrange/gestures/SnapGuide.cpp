@@ -3,8 +3,8 @@
 #include "arrange/ArrangeState.h"
 #include "base/Numbers.h"
 #include "gui/CGraphic.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/Points.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/Points.h"
 #include "ui/ProgramItems.h"
 
 #include <algorithm>

@@ -3,9 +3,9 @@
 #include "arrange/ArrangeState.h"
 #include "arrange/gestures/Overlay.h"
 #include "base/Numbers.h"
-#include "sequencer/CSeq.h"
-#include "sequencer/Takes.h"
-#include "sequencer/TempoMap.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/TempoMap.h"
+#include "sequencer/take/Takes.h"
 #include "ui/PlaceText.h"
 #include "ui/Workspace.h"
 

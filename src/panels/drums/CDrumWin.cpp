@@ -6,7 +6,7 @@
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "panels/PanelBody.h"
-#include "sequencer/CTrack.h"
+#include "sequencer/song/CTrack.h"
 
 namespace {
 

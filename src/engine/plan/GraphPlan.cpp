@@ -1,0 +1,166 @@
+#include "engine/plan/GraphPlan.h"
+
+#include "base/Numbers.h"
+#include "engine/CQV.h"
+#include "engine/ForgetHooks.h"
+#include "engine/Mixing.h"
+#include "engine/plan/GraphWorkers.h"
+#include "engine/plan/PlanBuilder.h"
+
+#include <algorithm>
+#include <cassert>
+#include <numeric>
+#include <utility>
+
+namespace {
+
+/// Of so many blocks one is measured while a thread works alone: the clock costs as much as an
+/// empty step.
+constexpr unsigned measuredBlocks = 8;
+
+} // namespace
+
+void PlanArrival::addTo(CInputChannel* to, int frames) {
+    if (kind == strips)
+        sender->tap->feed(sender->comp, bus, to, frames);
+    else if (kind == parts)
+        sender->comp->sendParts(bus, to, frames);
+    else if (!fade.over() && from->fromComp->canProcess() && from->fromChannel && from->toChannel)
+        addStereo(from->toChannel, from->fromChannel, frames, fade);
+}
+
+GraphPlan::GraphPlan(CQV* root) : host(root), madeFor(root->frames) {
+}
+
+GraphPlan::~GraphPlan() = default;
+
+void GraphPlan::run(int frames) {
+    if (host->workers->helpWith(*this)) return host->workers->run(*this, frames);
+    if (host->blocks % measuredBlocks == 0) return runMeasured(frames);
+    for (size_t i = 0; i < late; ++i) runStep(steps[i], frames);
+}
+
+void GraphPlan::runMeasured(int frames) {
+    StopWatch watch;
+    unsigned all = 0;
+    for (size_t i = 0; i < late; ++i) {
+        runStep(steps[i], frames);
+        const unsigned ns = watch.lap();
+        steps[i].times.note(ns);
+        all += ns;
+    }
+    times.note(all);
+}
+
+void GraphPlan::findOrder() {
+    order.resize(late);
+    std::iota(order.begin(), order.end(), 0u);
+    std::ranges::stable_sort(order, {}, [this](unsigned i) { return steps[i].level; });
+    for (size_t i = 0; i < late; ++i) {
+        const bool last = i + 1 == late || steps[order[i + 1]].level != steps[order[i]].level;
+        if (!last) continue;
+        mostOfLevel = std::max(mostOfLevel, int(i) + 1 - (ends.empty() ? 0 : ends.back()));
+        ends.push_back(int(i) + 1);
+    }
+}
+
+int GraphPlan::endOfLevelAfter(int step) const {
+    return *std::ranges::upper_bound(ends, step);
+}
+
+unsigned GraphPlan::runOrdered(unsigned step, int frames) {
+    PlanStep& s = steps[order[step]];
+    StopWatch watch;
+    runStep(s, frames);
+    const unsigned ns = watch.lap();
+    s.times.note(ns);
+    return ns;
+}
+
+void GraphPlan::runLate(int frames) {
+    for (size_t i = late; i < steps.size(); ++i) runStep(steps[i], frames);
+}
+
+void GraphPlan::runStep(PlanStep& step, int frames) const {
+    CComp* c = step.node->comp;
+    c->planned = step.node;
+    if (step.work & PlanStep::sum)
+        for (PlanSum& sum : step.sums)
+            if (!sum.fade.over()) addToOut(sum.cable, host->blocks, frames, sum.fade);
+    if (step.work & PlanStep::render) c->process(frames);
+    if (step.work & PlanStep::sound) c->sound(frames);
+    const bool leftOut = host->renderMode != 0 && (host->renderMode != 1 || host->renderDry);
+    if (step.work & PlanStep::strip || (step.work & PlanStep::master && !leftOut)) {
+        c->fx(frames);
+        c->mix(frames);
+    }
+    c->planned = nullptr;
+}
+
+bool GraphPlan::fresh() const {
+    return madeFor == host->frames && std::ranges::none_of(sources, &PlanSource::changed);
+}
+
+bool GraphPlan::dependsOn(const PlanLists& lists) const {
+    return std::ranges::any_of(sources, [&](const auto& s) { return lists.changes(s.list); });
+}
+
+bool GraphPlan::confirm() {
+    return madeFor == host->frames && std::ranges::all_of(sources, &PlanSource::confirm);
+}
+
+void GraphPlans::refresh() {
+    assert(host->heldByThread());
+    if (now && now->fresh()) return;
+    auto made = PlanBuilder(host, PlanLists()).build();
+    if (now) host->workers->settle();
+    now = std::move(made);
+}
+
+void GraphPlans::prepare(const UndoPlan& step, bool first) {
+    PlanLists lists(host, step, first);
+    next = nullptr; // of a step that did not come to pass: no thread has seen it
+    if (now && !now->dependsOn(lists)) return;
+    next = PlanBuilder(host, lists).build();
+    if (now) next = PlanBuilder(host, std::move(lists), *now, *next).build();
+    passing = next->isPassing();
+    madeAt = asTimeInMS();
+}
+
+void GraphPlans::adopt() {
+    assert(host->heldByThread());
+    if (next && next->confirm()) std::swap(now, next);
+}
+
+void GraphPlans::idle() {
+    constexpr int patienceMs = 200; // a step may wait for a block before its fades begin
+    if (!passing || asTimeInMS() - madeAt < patienceMs) return;
+    passing = false;
+    const GraphHold hold(host);
+    auto made = PlanBuilder(host, PlanLists()).build();
+    host->workers->settle();
+    now = std::move(made);
+}
+
+void GraphPlan::forget(const ForgetSet& gone) {
+    const auto end = [&gone](const CAudioCable* cable, PlanFade& fade) {
+        if (fade.leaving && gone.has(cable)) fade.left = 0;
+    };
+    for (PlanStep& step : steps)
+        for (PlanSum& sum : step.sums) end(sum.cable, sum.fade);
+    for (const auto& node : nodes)
+        for (PlanArrival& arrival : node->arrivals) end(arrival.from, arrival.fade);
+}
+
+void GraphPlans::forget(const ForgetSet& gone) {
+    assert(host->heldByThread());
+    for (GraphPlan* plan : {now.get(), next.get()})
+        if (plan) plan->forget(gone);
+}
+
+void GraphPlans::settle() {
+    if (next) host->workers->settle();
+    next = nullptr;
+    if (now && now->fresh()) return;
+    const GraphHold hold(host); // which looks for changes at its end
+}

@@ -1,0 +1,155 @@
+#pragma once
+
+#include "engine/SendTap.h"
+#include "engine/WorkTimes.h"
+#include "engine/plan/PlanFade.h"
+#include "engine/plan/PlanLists.h"
+
+#include <memory>
+#include <vector>
+
+class CAudioCable;
+class CComp;
+class CInputChannel;
+class CMIDICable;
+class CQV;
+class ForgetSet;
+class PlanNode;
+
+/// Something that is added to the inputs of a component.
+struct PlanArrival {
+    enum Kind {
+        cable,  ///< the end of a cable
+        strips, ///< what the strips of a component send to a bus
+        parts,  ///< the same of the parts of one, before its strips
+    };
+    Kind kind;
+    const CAudioCable* from = nullptr; ///< for `cable`
+    const PlanNode* sender = nullptr;  ///< for the others
+    int bus = 0;                       ///< the same
+    PlanFade fade{};                   ///< of a cable
+
+    void addTo(CInputChannel* bus, int frames);
+};
+
+/// A cable into an audio out.
+struct PlanSum {
+    const CAudioCable* cable;
+    PlanFade fade{};
+};
+
+/// A component in a plan. Made on the interface thread, then the graph holder's.
+class PlanNode {
+public:
+    explicit PlanNode(CComp* c) : comp(c) {}
+
+    /// A MIDI cable that arrives; one that closes a loop brings nothing.
+    struct Midi {
+        CMIDICable* cable;
+        bool cut;
+    };
+
+    CComp* const comp;
+    bool takesMidi = true;             ///< false too many cables back
+    std::vector<PlanArrival> arrivals; ///< in the order in which they are summed
+    std::vector<Midi> midi;
+    std::vector<const CAudioCable*> cables; ///< that arrive, but for those that leave
+    std::unique_ptr<SendTap> tap;           ///< null without buses
+};
+
+/// A piece of work of a block: what a component does, in this order.
+struct PlanStep {
+    enum Work : unsigned {
+        sum = 1,    ///< adds cables to the inputs of an audio out
+        render = 2, ///< `CComp::process`
+        sound = 4,  ///< `CComp::sound`
+        strip = 8,  ///< `CComp::fx` and `CComp::mix`
+        master = 16 ///< the same of an audio out, unless a render leaves it out
+    };
+    PlanNode* node;
+    unsigned work;
+    std::vector<PlanSum> sums; ///< of `sum`
+    int level = 0; ///< it needs what steps of lower levels make, and nothing of its own level
+    WorkTimes times{};
+};
+
+/// How a block is worked out: a list of steps, each behind what it needs. Sums have the order of
+/// the plan, so that the sound does not depend on who takes which step. A plan that takes over from
+/// another lets the cables that come and go fade. Made by `PlanBuilder`.
+class GraphPlan {
+public:
+    explicit GraphPlan(CQV* root);
+    ~GraphPlan();
+    GraphPlan(const GraphPlan&) = delete;
+    GraphPlan& operator=(const GraphPlan&) = delete;
+
+    // Graph holder.
+    void run(int frames);     ///< up to the audio outs
+    void runLate(int frames); ///< sequencers that nothing listens to
+    /// Whether the lists are still those that it was made from.
+    bool fresh() const;
+    /// The same for one that was made ahead of a step, once that has been carried out.
+    bool confirm();
+
+    void forget(const ForgetSet& gone);           ///< see `GraphPlans`
+    bool dependsOn(const PlanLists& lists) const; ///< whether a list that changes is one of them
+
+    const std::vector<PlanStep>& allSteps() const { return steps; }
+    size_t firstLate() const { return late; }  ///< step where `runLate` begins
+    bool isPassing() const { return passing; } ///< it works out what is only there to leave
+
+    // By levels, for several threads. Steps are numbered in the order of their levels.
+    int widest() const { return mostOfLevel; } ///< steps of a level, at most
+    float work() const { return times.mean; }  ///< nanoseconds of a block
+    int endOfLevel(int level) const { return ends.empty() ? 0 : ends[size_t(level)]; }
+    int endOfLevelAfter(int step) const;            ///< the first end behind a step
+    unsigned runOrdered(unsigned step, int frames); ///< returns its nanoseconds
+    WorkTimes times;                                ///< of all steps
+
+private:
+    friend class PlanBuilder;
+    void findOrder();
+    void runMeasured(int frames);
+    void runStep(PlanStep& step, int frames) const;
+
+    CQV* host;
+    int madeFor; ///< frames
+    std::vector<std::unique_ptr<PlanNode>> nodes;
+    std::vector<PlanStep> steps;
+    size_t late = 0;
+    bool passing = false;
+    std::vector<unsigned> order; ///< of the steps before `late`, by level
+    std::vector<int> ends;       ///< of each level in `order`
+    int mostOfLevel = 0;
+    std::vector<PlanSource> sources; ///< what leads to a list stands before it
+};
+
+/// The plan in force, and the one that a step brings with it.
+class GraphPlans {
+public:
+    explicit GraphPlans(CQV* root) : host(root) {}
+
+    /// The plan in force. Graph holder.
+    GraphPlan& current() { return *now; }
+    /// Makes a new one if lists have changed. A holder of the graph that may allocate.
+    void refresh();
+    /// Makes the plan that a step on its way needs, if it needs another one. Interface thread.
+    void prepare(const UndoPlan& step, bool first);
+    /// The step has been carried out: takes its plan. Graph holder.
+    void adopt();
+    /// Objects are about to be freed: cables among them that leave are not heard any more. Graph
+    /// holder.
+    void forget(const ForgetSet& gone);
+    /// Puts a plain plan in place of one whose fades are over. Interface thread, now and then.
+    void idle();
+    /// Frees what the step has left over, and corrects what could not be foreseen. Interface
+    /// thread, once the step is known to be done.
+    void settle();
+
+private:
+    CQV* host;
+    std::unique_ptr<GraphPlan> now;
+    std::unique_ptr<GraphPlan> next; ///< until the step is carried out; then the former plan
+    bool passing = false;            ///< the plan made last is; interface thread
+    int madeAt = 0;                  ///< asTimeInMS
+};

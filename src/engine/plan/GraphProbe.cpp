@@ -1,0 +1,119 @@
+#include "engine/plan/GraphProbe.h"
+
+#include "base/Delegates.h"
+#include "engine/CQV.h"
+#include "engine/plan/GraphPlan.h"
+
+#include <algorithm>
+#include <cassert>
+#include <vector>
+
+namespace {
+
+constexpr size_t spare = 64; ///< places, for what comes while a question is on its way
+constexpr double nsPerSecond = 1e9;
+
+/// The song, for a track, whose ports are the song's.
+const CComp* shownAs(CComp* comp) {
+    if (comp->type != compTrack) return comp;
+    const CIO* port = comp->inPort();
+    if (!port) port = comp->output();
+    return port ? port->comp : comp;
+}
+
+} // namespace
+
+/// The interface thread makes the room, and the graph holder fills it in.
+class GraphProbe::Answer {
+public:
+    struct Step {
+        const CComp* comp;
+        float mean;
+        unsigned worst;
+    };
+    struct Cable {
+        const CObject* cable;
+        Delay delay;
+    };
+
+    Answer(size_t steps, size_t cables) {
+        works.reserve(steps);
+        delays.reserve(cables);
+    }
+
+    /// Graph holder: takes no memory, and leaves out what finds no room.
+    void fill(CQV* host) {
+        assert(host->heldByThread());
+        for (const PlanStep& step : host->plans->current().allSteps())
+            if (works.size() < works.capacity())
+                works.push_back({shownAs(step.node->comp), step.times.mean, step.times.worst});
+        for (const CList* list : {&host->comps, &host->sends})
+            for (const auto* comp : each<CComp>(*list))
+                for (const auto* cable : each<CAudioCable>(comp->audioCables))
+                    if (delays.size() < delays.capacity())
+                        delays.push_back({cable, {cable->pdc->base, cable->pdc->delay}});
+        done.storeRelease(true);
+    }
+
+    std::vector<Step> works;
+    std::vector<Cable> delays;
+    Shared<bool> done{false};
+};
+
+GraphProbe::GraphProbe(CQV* host) : qv(host) {
+}
+
+GraphProbe::~GraphProbe() = default;
+
+namespace {
+
+template <class T>
+class FillAnswer : public COnChange {
+public:
+    FillAnswer(CQV* root, std::shared_ptr<T> of) : host(root), answer(std::move(of)) {}
+    void operator()(CObject*) override { answer->fill(host); }
+
+private:
+    CQV* host;
+    std::shared_ptr<T> answer; ///< the task is freed by the interface thread
+};
+
+} // namespace
+
+void GraphProbe::ask() {
+    if (answer || qv->tasks->full()) return;
+    size_t cables = spare, steps = spare;
+    for (const CList* list : {&qv->comps, &qv->sends})
+        for (const auto* comp : each<CComp>(*list)) {
+            cables += size_t(comp->audioCables.getCount());
+            // A song has a few steps for each track, and a track a port of its own.
+            steps += 4 + 4 * size_t(comp->inPorts.getCount() + comp->outputs.getCount());
+        }
+    answer = std::make_shared<Answer>(steps, cables);
+    if (!qv->addTask(new FillAnswer<Answer>(qv, answer), nullptr)) answer.reset();
+}
+
+bool GraphProbe::take() {
+    if (!answer || !answer->done.loadAcquire()) return false;
+    work.clear();
+    delays.clear();
+    for (const Answer::Step& step : answer->works) {
+        Work& sum = work[step.comp];
+        sum.mean += step.mean;
+        sum.worst += step.worst;
+    }
+    for (const Answer::Cable& cable : answer->delays) delays[cable.cable] = cable.delay;
+    answer.reset();
+    blockTime = double(qv->frames) / double(qv->rate) * nsPerSecond;
+    return true;
+}
+
+GraphProbe::Work GraphProbe::workOf(const CObject* comp) const {
+    const auto found = work.find(comp);
+    return found == work.end() ? Work() : found->second;
+}
+
+GraphProbe::Delay GraphProbe::delayOf(const CObject* cable) const {
+    const auto found = delays.find(cable);
+    return found == delays.end() ? Delay() : found->second;
+}

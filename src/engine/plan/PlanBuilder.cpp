@@ -1,0 +1,317 @@
+#include "engine/plan/PlanBuilder.h"
+
+#include "engine/CQV.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+/// Cables that an out takes in at once, as long as what they bring is in the processor's cache.
+constexpr size_t sumsAtOnce = 8;
+
+} // namespace
+
+PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted)
+    : host(root), lists(std::move(wanted)), plan(std::make_unique<GraphPlan>(root)),
+      fadeFrames(std::max(1, root->framesInMs * PlanFade::ms)) {
+}
+
+PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted, const GraphPlan& before,
+                         const GraphPlan& plain)
+    : PlanBuilder(root, std::move(wanted)) {
+    for (const auto& node : before.nodes) former[node->comp] = node.get();
+    for (const PlanStep& step : plain.steps) staying.insert(step.node->comp);
+}
+
+const std::vector<CObject*>& PlanBuilder::read(const CList& list) {
+    const auto [entry, fresh] = contentsOf.try_emplace(&list);
+    if (fresh) {
+        entry->second = lists.of(list);
+        plan->sources.emplace_back(list, entry->second);
+    }
+    return entry->second;
+}
+
+PlanBuilder::Place& PlanBuilder::place(CComp* c) {
+    Place& p = places[c];
+    if (!p.node) p.node = plan->nodes.emplace_back(std::make_unique<PlanNode>(c)).get();
+    return p;
+}
+
+ListKind PlanBuilder::kindOf(CComp* c) {
+    if (std::ranges::find(buses, c) != buses.end()) return listSends;
+    return listComps;
+}
+
+std::unique_ptr<GraphPlan> PlanBuilder::build() {
+    comps = contents<CComp>(host->comps);
+    buses = contents<CComp>(host->sends);
+    place(host).busy = true;
+    std::vector<CComp*> outs, rings;
+    for (CComp* c : comps)
+        if (c->type == compAudioOut) outs.push_back(c);
+    // An out that feeds itself must not be taken before all that arrives at it is there.
+    std::ranges::copy_if(outs, std::back_inserter(rings), [&](CComp* c) { return inRing(c); });
+    for (CComp* out : rings) place(out).busy = true;
+    for (const ListKind kind : {listComps, listSends})
+        for (CComp* out : outs) takeSources(out, kind);
+    for (CComp* out : outs) takeLeaving(out);
+    for (CComp* out : rings) place(out).busy = false;
+    for (CComp* c : comps) {
+        if (c->type == compMIDIOut) need(c);
+        if (c->type == compAudioOut) finishOut(c);
+    }
+    for (CComp* out : outs) flushSums(out);
+    plan->late = plan->steps.size();
+    for (CComp* c : comps)
+        if (c->type == compSeq) need(c);
+    plan->findOrder();
+    return std::move(plan);
+}
+
+void PlanBuilder::takeSources(CComp* out, ListKind kind) {
+    for (const auto* cable : contents<CAudioCable>(out->audioCables)) {
+        CComp* from = cable->fromComp;
+        if (from->type == compAudioOut || kindOf(from) != kind) continue;
+        need(from);
+        from->planStrip(*this);
+        place(out).node->cables.push_back(cable);
+        place(out).sums.push_back({cable, fadeOf(out, cable)});
+        if (place(out).sums.size() == sumsAtOnce) flushSums(out);
+    }
+}
+
+// Cables that come and go.
+
+/// What comes to the graph together with its cable begins by itself.
+PlanFade PlanBuilder::fadeOf(CComp* c, const CAudioCable* cable) {
+    const auto before = former.find(c);
+    if (before == former.end()) return {};
+    const auto& had = before->second->cables;
+    if (std::ranges::find(had, cable) != had.end()) return {};
+    CComp* from = cable->fromComp;
+    const bool sounded = (host->comps.contains(from) || host->sends.contains(from)) &&
+                         from->outputs.contains(cable->fromChannel);
+    return sounded ? PlanFade::in(fadeFrames) : PlanFade();
+}
+
+/// Those into `c` that the plan before had, as far as what they come from stays.
+std::vector<const CAudioCable*> PlanBuilder::leaving(CComp* c) {
+    std::vector<const CAudioCable*> all;
+    const auto before = former.find(c);
+    if (before == former.end()) return all;
+    const auto& has = place(c).node->cables;
+    for (const CAudioCable* cable : before->second->cables) {
+        const bool stays = std::ranges::find(comps, cable->fromComp) != comps.end() ||
+                           std::ranges::find(buses, cable->fromComp) != buses.end();
+        if (stays && std::ranges::find(has, cable) == has.end()) all.push_back(cable);
+    }
+    return all;
+}
+
+/// Whether `c`, which only cables that leave lead to sound, needs nothing that has not been worked
+/// out yet and stays, and waits for nothing that waits for it.
+bool PlanBuilder::endsHere(CComp* c, std::unordered_set<const CComp*>& path) {
+    if (staying.contains(c)) return place(c).rendered && place(c).stripped;
+    if (place(c).rendered) return true;
+    if (place(c).busy || !path.insert(c).second) return false;
+    for (const auto* cable : contents<CAudioCable>(c->audioCables))
+        if (!endsHere(cable->fromComp, path)) return false;
+    for (const auto* cable : contents<CMIDICable>(c->midiCables)) {
+        CComp* from = cable->fromComp;
+        if (from && !(staying.contains(from) ? place(from).rendered : endsHere(from, path)))
+            return false;
+    }
+    path.erase(c);
+    return true;
+}
+
+/// Whether a cable can be heard a little longer without a change to what stays.
+bool PlanBuilder::mayLeave(const CAudioCable* cable) {
+    std::unordered_set<const CComp*> path;
+    return cable->fromComp->type != compAudioOut && endsHere(cable->fromComp, path);
+}
+
+/// Its source, which feeds no bus, unless it stays for other reasons.
+void PlanBuilder::needLeaving(const CAudioCable* cable) {
+    const bool before = std::exchange(onlyLeaving, true);
+    need(cable->fromComp);
+    cable->fromComp->planStrip(*this);
+    onlyLeaving = before;
+    plan->passing = true;
+}
+
+/// Behind all sources that stay, as the next.
+void PlanBuilder::takeLeaving(CComp* out) {
+    for (const CAudioCable* cable : leaving(out)) {
+        if (!mayLeave(cable)) continue;
+        needLeaving(cable);
+        place(out).sums.push_back({cable, PlanFade::out(fadeFrames)});
+    }
+}
+
+void PlanBuilder::takeLeavingInto(CComp* c) {
+    for (const CAudioCable* cable : leaving(c)) {
+        if (!mayLeave(cable)) continue;
+        needLeaving(cable);
+        place(c).node->arrivals.push_back(
+            {PlanArrival::cable, cable, nullptr, 0, PlanFade::out(fadeFrames)});
+        place(c).reads.push_back(cable->fromChannel);
+    }
+}
+
+bool PlanBuilder::inRing(CComp* out) {
+    std::unordered_set<const CComp*> met;
+    return isBehind(out, out, met, 0);
+}
+
+/// Whether cables lead from `wanted` to `c`.
+bool PlanBuilder::isBehind(CComp* c, const CComp* wanted, std::unordered_set<const CComp*>& met,
+                           int cables) {
+    if (cables == maxPullDepth || !met.insert(c).second) return false;
+    for (const auto* cable : contents<CAudioCable>(c->audioCables))
+        if (cable->fromComp == wanted || isBehind(cable->fromComp, wanted, met, cables + 1))
+            return true;
+    return false;
+}
+
+void PlanBuilder::finishOut(CComp* out) {
+    if (place(out).busy) return;
+    if (!place(out).rendered) {
+        place(out).busy = true;
+        for (const auto* cable : contents<CAudioCable>(out->audioCables)) {
+            if (cable->fromComp->type != compAudioOut) continue;
+            finishOut(cable->fromComp);
+            if (!place(cable->fromComp).rendered) continue;
+            place(out).node->cables.push_back(cable);
+            place(out).sums.push_back({cable, fadeOf(out, cable)});
+        }
+        place(out).busy = false;
+    }
+    need(out);
+    if (place(out).stripped) return;
+    place(out).stripped = true;
+    const auto channels = contents<const void>(out->outputs);
+    add(out, PlanStep::master, {channels.begin(), channels.end()});
+    feedBuses(place(out).node, PlanArrival::strips);
+}
+
+void PlanBuilder::need(CComp* c) {
+    if (place(c).busy || place(c).rendered) return;
+    place(c).busy = true;
+    c->planRender(*this);
+    place(c).busy = false;
+    place(c).rendered = true;
+}
+
+void PlanBuilder::needMidi(CComp* c) {
+    PlanNode* node = place(c).node;
+    node->takesMidi = ++depth <= maxPullDepth;
+    for (auto* cable : contents<CMIDICable>(c->midiCables)) {
+        if (!node->takesMidi || !cable->toPort) continue;
+        const bool cut = !cable->fromComp || place(cable->fromComp).busy;
+        if (!cut) {
+            need(cable->fromComp);
+            if (cable->fromPort) listen(c, cable->fromPort);
+        }
+        node->midi.push_back({cable, cut});
+    }
+    --depth;
+}
+
+void PlanBuilder::needAudio(CComp* c) {
+    if (++depth <= maxPullDepth) {
+        for (const auto* cable : contents<CAudioCable>(c->audioCables)) {
+            CComp* from = cable->fromComp;
+            if (!from || place(from).busy) continue;
+            need(from);
+            from->planStrip(*this);
+            place(c).node->cables.push_back(cable);
+            place(c).node->arrivals.push_back(
+                {PlanArrival::cable, cable, nullptr, 0, fadeOf(c, cable)});
+            place(c).reads.push_back(cable->fromChannel);
+        }
+        takeLeavingInto(c);
+    }
+    --depth;
+}
+
+void PlanBuilder::listen(CComp* c, const CMIDIQ* port) {
+    place(c).reads.push_back(port);
+}
+
+void PlanBuilder::render(CComp* c) {
+    if (c->type == compAudioOut) flushSums(c);
+    std::vector<const void*> writes;
+    for (const CList* list : {&c->outputs, &c->outPorts, &c->inPorts})
+        for (const CObject* io : read(*list)) writes.push_back(io);
+    if (c->type == compAudioOut)
+        for (const CObject* in : read(c->inputs)) place(c).reads.push_back(in);
+    add(c, PlanStep::render, writes);
+}
+
+void PlanBuilder::sound(CComp* part, CComp* whole,
+                        const std::vector<const COutputChannel*>& others) {
+    place(part).reads.push_back(place(whole).node);
+    std::vector<const void*> writes(others.begin(), others.end());
+    for (const CObject* ch : read(part->outputs)) writes.push_back(ch);
+    add(part, PlanStep::sound, writes);
+    feedBuses(place(part).node, PlanArrival::parts);
+}
+
+void PlanBuilder::strip(CComp* c) {
+    if (place(c).stripped) return;
+    place(c).stripped = true;
+    const auto channels = contents<const void>(c->outputs);
+    add(c, PlanStep::strip, {channels.begin(), channels.end()});
+    feedBuses(place(c).node, PlanArrival::strips);
+}
+
+/// What comes too late for a bus is lost.
+void PlanBuilder::feedBuses(PlanNode* from, PlanArrival::Kind kind) {
+    if (onlyLeaving) return;
+    const int count = std::min(int(buses.size()), maxSends);
+    if (count == 0) return;
+    const int channels = int(read(from->comp->outputs).size());
+    if (kind == PlanArrival::strips)
+        from->tap = std::make_unique<SendTap>(channels, count, host->frames);
+    for (int k = 0; k < count; ++k) {
+        Place& bus = place(buses[size_t(k)]);
+        if (bus.rendered) continue;
+        bus.node->arrivals.push_back({kind, nullptr, from, k, {}});
+        for (const CObject* ch : read(from->comp->outputs)) bus.reads.push_back(ch);
+        bus.reads.push_back(from);
+    }
+}
+
+void PlanBuilder::flushSums(CComp* out) {
+    Place& p = place(out);
+    if (p.sums.empty()) return;
+    for (const PlanSum& sum : p.sums) p.reads.push_back(sum.cable->fromChannel);
+    const auto inputs = contents<const void>(out->inputs);
+    PlanStep& step = add(out, PlanStep::sum, {inputs.begin(), inputs.end()});
+    step.sums = std::move(place(out).sums);
+    place(out).sums.clear();
+}
+
+/// A component's works that follow each other are one step.
+PlanStep& PlanBuilder::add(CComp* c, unsigned work, const std::vector<const void*>& writes) {
+    Place& p = place(c);
+    std::vector<const void*> touched = writes;
+    touched.push_back(p.node);
+    int level = 0;
+    for (const void* what : p.reads) level = std::max(level, uses[what].written + 1);
+    const bool goesOn = !plan->steps.empty() && plan->steps.back().node == p.node &&
+                        plan->steps.back().level >= level && plan->late != plan->steps.size();
+    if (goesOn) level = plan->steps.back().level;
+    if (!goesOn)
+        for (const void* what : touched)
+            level = std::max({level, uses[what].written + 1, uses[what].read + 1});
+    for (const void* what : p.reads) uses[what].read = std::max(uses[what].read, level);
+    for (const void* what : touched) uses[what].written = level;
+    p.reads.clear();
+    if (!goesOn) plan->steps.push_back({p.node, 0, {}, level});
+    plan->steps.back().work |= work;
+    return plan->steps.back();
+}

@@ -1,0 +1,88 @@
+#pragma once
+
+#include "engine/CComp.h"
+#include "engine/plan/GraphPlan.h"
+
+#include <unordered_map>
+#include <unordered_set>
+
+/// Makes a plan: follows the cables back from the audio outs, and notes in which order components
+/// are needed. A component that is met again on its own way back is not waited for: there a loop is
+/// cut. Interface thread, or whoever holds the graph and may allocate.
+class PlanBuilder {
+public:
+    PlanBuilder(CQV* root, PlanLists wanted);
+    /// For a plan that takes over from another one; `plain` is the new one as it is by itself,
+    /// which it sounds like once all fades are over.
+    PlanBuilder(CQV* root, PlanLists wanted, const GraphPlan& former, const GraphPlan& plain);
+    std::unique_ptr<GraphPlan> build();
+
+    // For `CComp::planRender` and `planStrip`, which tell what a component needs before it can
+    // work, and what its work is.
+
+    /// The contents of a list that the plan depends on.
+    template <class T>
+    std::vector<T*> contents(const CList& list) {
+        std::vector<T*> objects;
+        for (CObject* object : read(list)) objects.push_back(static_cast<T*>(object));
+        return objects;
+    }
+    /// `c` is needed: it comes before what is added to the plan from now on.
+    void need(CComp* c);
+    /// The sources of the cables that arrive at `c` are needed.
+    void needMidi(CComp* c);
+    void needAudio(CComp* c);
+    /// `c` reads a port in its next work.
+    void listen(CComp* c, const CMIDIQ* port);
+    /// Work of `c`: `process`, which fills its channels and ports.
+    void render(CComp* c);
+    /// Work of a part of `whole`, behind that of the whole: `sound`, which fills the channels of
+    /// the part and `others`.
+    void sound(CComp* part, CComp* whole, const std::vector<const COutputChannel*>& others);
+    /// Work of `c`: its strips, which feed the buses.
+    void strip(CComp* c);
+
+private:
+    /// A component on the way back.
+    struct Place {
+        PlanNode* node = nullptr;
+        bool busy = false, rendered = false, stripped = false;
+        std::vector<PlanSum> sums;      ///< of an audio out: to be added before it works
+        std::vector<const void*> reads; ///< of its next step
+    };
+    /// The latest levels that wrote and read something.
+    struct Use {
+        int written = -1, read = -1;
+    };
+
+    const std::vector<CObject*>& read(const CList& list);
+    Place& place(CComp* c);
+    void takeSources(CComp* out, ListKind kind);
+    void takeLeaving(CComp* out);
+    void takeLeavingInto(CComp* c);
+    bool endsHere(CComp* c, std::unordered_set<const CComp*>& path);
+    bool mayLeave(const CAudioCable* cable);
+    void needLeaving(const CAudioCable* cable);
+    PlanFade fadeOf(CComp* c, const CAudioCable* cable);
+    std::vector<const CAudioCable*> leaving(CComp* c);
+    ListKind kindOf(CComp* c);
+    bool inRing(CComp* out);
+    bool isBehind(CComp* c, const CComp* wanted, std::unordered_set<const CComp*>& met, int depth);
+    void finishOut(CComp* out);
+    void flushSums(CComp* out);
+    void feedBuses(PlanNode* from, PlanArrival::Kind kind);
+    PlanStep& add(CComp* c, unsigned work, const std::vector<const void*>& writes);
+
+    CQV* host;
+    PlanLists lists;
+    std::unique_ptr<GraphPlan> plan;
+    std::vector<CComp*> comps, buses;
+    std::unordered_map<const CList*, std::vector<CObject*>> contentsOf;
+    std::unordered_map<const CComp*, const PlanNode*> former; ///< of the plan before
+    std::unordered_set<const CComp*> staying; ///< what sounds without the cables that leave
+    bool onlyLeaving = false;
+    int fadeFrames;
+    std::unordered_map<const CComp*, Place> places;
+    std::unordered_map<const void*, Use> uses;
+    int depth = 0;
+};

@@ -1,0 +1,30 @@
+#include "sequencer/play/Audition.h"
+
+#include "base/Numbers.h"
+#include "engine/MidiBytes.h"
+#include "sequencer/song/CSeq.h"
+
+namespace {
+
+constexpr int topVelocity = 127;
+
+void play(CTrack* track, const CPart* part, const CBaseEvent* event, int transpose) {
+    if (part->type == partDrum) {
+        const auto* hit = static_cast<const CDrumEvent*>(event);
+        const int velocity = asMinMax(asRound(double(hit->velocity) * topVelocity), 1, topVelocity);
+        if (track->drumSound(hit->sound + transpose))
+            track->preview.addNote(firstDrumKey + hit->sound + transpose, velocity);
+    } else if (part->type == partMIDI) {
+        const int data = static_cast<const CMIDIEvent*>(event)->data;
+        if (noteOn(data)) track->preview.addNote(asByte1(data) + transpose, asByte2(data));
+    }
+}
+
+} // namespace
+
+void playEvent(CTrack* track, CPart* part, const CBaseEvent* event, int transpose) {
+    if (!track->seq->preview) return;
+    if (event) return play(track, part, event, transpose);
+    for (const CBaseEvent* e = part->getEvents(); e; e = e->next)
+        if (isSelected(e)) play(track, part, e, transpose);
+}

@@ -1,0 +1,75 @@
+#include "sequencer/render/SilentGraph.h"
+
+#include "common/fx/CEQ.h"
+#include "effects/CEffect.h"
+#include "engine/CQV.h"
+#include "engine/plan/CPDC.h"
+#include "instruments/CArp.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CSampler.h"
+#include "sequencer/song/CSeq.h"
+
+namespace {
+
+void silence(CComp* c);
+
+void silenceStrip(COutputChannel* ch) {
+    for (CEQ* band : ch->eq)
+        if (band) band->clear();
+    ch->pdc.clear();
+    for (CComp* insert : each<CComp>(ch->inserts)) silence(insert);
+}
+
+void silenceProgram(CSynthProg* prog) {
+    for (const auto& send : prog->fx)
+        if (send) send->clear();
+    prog->eachSound([](CSound* sound) {
+        for (const auto& insert : sound->fx)
+            if (insert) insert->clear();
+    });
+}
+
+void silenceTrack(CTrack* track) {
+    track->arp->deleteAllVoices();
+    for (auto* ch : each<COutputChannel>(track->outputs)) silenceStrip(ch);
+    if (!track->synthProg) return;
+    silenceProgram(track->synthProg.get());
+    for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds))
+        silenceStrip(sound->output.get());
+}
+
+void silenceContent(CComp* c) {
+    switch (c->type) {
+    case compEffect:
+        for (auto* prog : each<CEffectProg>(c->progs))
+            for (auto* fx : each<CFX>(prog->effects)) fx->clear();
+        break;
+    case compSampler:
+        static_cast<CSampler*>(c)->allNotesOff();
+        for (auto* prog : each<CSynthProg>(c->progs)) silenceProgram(prog);
+        break;
+    case compArp:
+        static_cast<CArp*>(c)->deleteAllVoices();
+        break;
+    case compSeq:
+        static_cast<CSeq*>(c)->dropVoices();
+        for (auto* track : each<CTrack>(static_cast<CSeq*>(c)->tracks)) silenceTrack(track);
+        break;
+    default:
+        break;
+    }
+}
+
+void silence(CComp* c) {
+    silenceContent(c);
+    for (auto* ch : each<COutputChannel>(c->outputs)) silenceStrip(ch);
+    for (auto* cable : each<CAudioCable>(c->audioCables)) cable->pdc->clear();
+    for (auto* child : each<CComp>(c->comps)) silence(child);
+}
+
+} // namespace
+
+void silenceGraph(CQV* host) {
+    silence(host);
+    for (auto* bus : each<CComp>(host->sends)) silence(bus);
+}

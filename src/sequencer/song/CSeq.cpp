@@ -1,0 +1,390 @@
+#include "sequencer/song/CSeq.h"
+
+#include "audiofiles/CSample.h"
+#include "base/CIniFile.h"
+#include "base/Numbers.h"
+#include "engine/CFreezeItem.h"
+#include "engine/CQV.h"
+#include "engine/CSnap.h"
+#include "engine/ForgetHooks.h"
+#include "engine/UndoPlan.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CSampleClip.h"
+#include "sequencer/edit/PartClipboard.h"
+#include "sequencer/edit/PartEdits.h"
+#include "sequencer/play/AudioVoices.h"
+#include "sequencer/song/CEditorComp.h"
+#include "sequencer/song/CSubTrack.h"
+#include "sequencer/song/OrderPlan.h"
+#include "sequencer/song/PartOrder.h"
+#include "sequencer/song/Points.h"
+#include "sequencer/song/SampleUse.h"
+#include "sequencer/song/TempoMap.h"
+#include "sequencer/songfile/SongLinks.h"
+
+#include <cassert>
+
+namespace {
+
+const char* const settingsSection = "sequencer";
+
+/// The questions of `getSync`.
+enum SyncQuestion : int { syncPos = 1, syncLoop = 2, syncLoopStart = 3, syncLoopEnd = 4 };
+
+/// Whether an object of automation is, or belongs to, a component, channel or send that goes.
+bool liesIn(const CObject* part, const ForgetSet& gone) {
+    if (gone.has(part)) return true;
+    if (part->asType(categoryChannel, channelOutput))
+        return gone.has(static_cast<const COutputChannel*>(part)->comp);
+    if (part->category == 0 && part->type == typeSend) {
+        auto* send = static_cast<const CSend*>(part);
+        return gone.has(send->channel) || gone.has(send->comp);
+    }
+    if (part->category != categoryComp) return false;
+    const COutputChannel* channel = static_cast<const CComp*>(part)->ownerChannel;
+    return channel && (gone.has(channel) || gone.has(channel->comp));
+}
+
+void forgetInSongs(CQV* host, const ForgetSet& gone) {
+    for (auto* c : each<CComp>(host->comps))
+        if (c->type == compSeq) static_cast<CSeq*>(c)->forget(gone);
+}
+
+template <class T>
+void removeGone(CList& list, const ForgetSet& gone) {
+    std::vector<T*> found;
+    for (auto* object : each<T>(list))
+        if (gone.has(object)) found.push_back(object);
+    for (T* object : found) list.remove(object);
+}
+
+void dropVoicesOf(AudioVoices& voices, const ForgetSet& gone) {
+    for (const AudioVoice& v : voices.voices) {
+        if (!v.active) continue; // it may remember what is freed already
+        const CObject* uses[] = {v.sample, v.part, v.sound, v.out, v.out->comp};
+        for (const CObject* object : uses)
+            if (gone.has(object)) voices.drop(object);
+    }
+}
+
+void purgeMarkers(CSeqProg* prog, const ForgetSet& gone) {
+    for (const CObject* marker : {prog->activeMarker.load(), prog->playingMarker.load()})
+        if (gone.has(marker)) prog->purgeMarker(marker);
+    for (int i = prog->session.count() - 1; i >= 0; i--)
+        if (i < prog->session.count() && gone.has(prog->session.at(i)))
+            prog->purgeMarker(prog->session.at(i));
+}
+
+} // namespace
+
+Shared<int> useMarkersMIDINoteTrigger{0};
+
+CSeq::CSeq(CQV* root)
+    : CComp(root), snap(std::make_unique<CSnap>()), editorComp(std::make_unique<CEditorComp>(root)),
+      edits(root) {
+    id = "Sequencer";
+    type = compSeq;
+    preview = iniReadInt(settingsSection, "preview", 1);
+    autoQuantize = iniReadInt(settingsSection, "autoq", 0);
+    loopTakes = iniReadInt(settingsSection, "looptakes", 1);
+    loopNoteTakes = iniReadInt(settingsSection, "notetakes", 0) != 0;
+}
+
+CSeq::~CSeq() {
+    recThread.finish();
+    edits.settle();
+    clearCopies();
+    deleteAll<CObject>(progs);
+    deleteAll<CPart>(masterParts);
+    deleteAll<CTrack>(tracks);
+    deleteAll<CSampleClip>(drumClips);
+}
+
+void CSeq::init() {
+    progs.add(createProgram());
+}
+
+void CSeq::idle() {
+    CComp::idle();
+    editorComp->idle();
+    purgeSelection();
+    idleTake();
+    for (auto* track : each<CTrack>(tracks)) track->idle();
+}
+
+void CSeq::doUpdate(int code) {
+    if (code != updateSong) return;
+    const auto order = [this](CList& parts, PartBefore isBefore) {
+        if (inOrder(parts, isBefore, this)) return;
+        const GraphHold hold(host);
+        sortParts(parts, isBefore, this);
+    };
+    for (auto* prog : each<CSeqProg>(progs)) {
+        for (auto* songTrack : each<CSongTrack>(prog->tracks)) order(songTrack->parts, partBefore);
+        order(prog->timesigs, earlier);
+        order(prog->tempos, earlier);
+    }
+    updateGhostCount();
+    tempoChanged();
+    songNotices.raise(SeqNotice::parts);
+}
+
+bool CSeq::takesWhole(const CUndoItem* item) {
+    const CObject* object = item->object;
+    return object && object->category == categoryPart && object->type != partMarker &&
+           (item->replaced || item->moves());
+}
+
+void CSeq::planStep(UndoPlan& plan, CUndo* step) {
+    if (step->effects.song) planOrder(this, plan, step);
+    stepMarks.collect(this, plan, step);
+    tempoRooms.clear();
+    const std::vector<CList*> changed = plan.lists();
+    for (auto* prog : each<CSeqProg>(progs))
+        if (std::ranges::find(changed, &prog->tempos) != changed.end())
+            tempoRooms.emplace_back(prog, TempoMap::roomFor(plan.contents(&prog->tempos).size()));
+}
+
+void CSeq::performPlan() {
+    assert(heldByThread());
+    stepMarks.serve();
+    for (auto& [prog, room] : tempoRooms) prog->takeTempoRoom(room);
+    clipChanges.fetchAdd(1);
+    tempoChanges.fetchAdd(1);
+}
+
+void CSeq::perform(CUndoItem* item, int op) {
+    assert(heldByThread());
+    constexpr int opDone = 1;
+    CObject* object = item->object;
+    if (!object || !item->moves()) return;
+    for (const CList* list : {item->addTo, item->removeFrom}) {
+        if (!list) continue;
+        if (object->category == categoryPart)
+            markerMoved(object, list);
+        else
+            songTrackMoved(object, list);
+        lanesMoved(list);
+        freezeMoved(item, list, op != opDone);
+    }
+}
+
+/// A freeze file comes or goes. One that was taken out dies with the history, one that comes back
+/// may be what the saved project plays.
+void CSeq::freezeMoved(CUndoItem* step, const CList* list, bool back) {
+    eachSongTrack([&](CSongTrack* songTrack) {
+        if (list != &songTrack->freezeItems) return;
+        CSample* sample = static_cast<CFreezeItem*>(step->object)->sample;
+        if (step->held()) sample->keep = false;
+        if (!step->held() && back) sample->keep = true;
+        if (songTrack->voices) songTrack->voices->drop(sample);
+        songTrack->requests.ask(requestSetup | requestFlush);
+    });
+}
+
+void CSeq::markerMoved(CObject* marker, const CList* list) {
+    for (auto* prog : each<CSeqProg>(progs))
+        if (list == &prog->markers && !list->contains(marker)) prog->purgeMarker(marker);
+}
+
+void CSeq::songTrackMoved(CObject* object, const CList* list) {
+    for (auto* prog : each<CSeqProg>(progs))
+        if (list == &prog->tracks)
+            static_cast<CSongTrack*>(object)->requests.ask(requestSetup | requestFlush);
+}
+
+void CSeq::lanesMoved(const CList* list) {
+    for (auto* track : each<CTrack>(tracks))
+        if (list == &track->subTracks) lanesChanged(track);
+}
+
+void CSeq::lanesChanged(const CTrack* track) {
+    assert(heldByThread());
+    eachSongTrack([track](CSongTrack* songTrack) {
+        if (songTrack->track != track) return;
+        for (auto* part : each<CPart>(songTrack->parts)) part->dropLanePlay();
+        songTrack->requests.ask(requestLanes);
+    });
+}
+
+void CSeq::del(CObject* object) {
+    forget(ForgetSet(object));
+}
+
+void CSeq::forget(const ForgetSet& gone) {
+    edits.settle();
+    removeGone<CSongTrack>(selectedTracks, gone);
+    if (gone.has(editorComp->part())) editorComp->setPart(nullptr);
+    releaseCopies(this, gone);
+    const GraphHold hold(host);
+    eachSongTrack([&gone](CSongTrack* songTrack) {
+        if (songTrack->voices) dropVoicesOf(*songTrack->voices, gone);
+        for (auto* item : each<CFreezeItem>(songTrack->freezeItems)) {
+            if (!item->channel || !liesIn(item->channel, gone)) continue;
+            item->comp = nullptr;
+            item->channel = nullptr;
+        }
+    });
+    for (auto* prog : each<CSeqProg>(progs)) purgeMarkers(prog, gone);
+    for (auto* track : each<CTrack>(tracks)) {
+        removeGone<CSubTrack>(track->editLanes, gone);
+        track->take.purge(gone);
+        bool known = false;
+        for (auto* lane : each<CSubTrack>(track->subTracks)) {
+            if (!lane->object || !liesIn(lane->object, gone)) continue;
+            lane->object = nullptr;
+            known = true;
+        }
+        if (known) lanesChanged(track);
+    }
+}
+
+double CSeq::getSync(int question) {
+    CSeqProg* prog = getProg();
+    if (!prog) return sync;
+    switch (question) {
+    case syncPos:
+        return prog->pos;
+    case syncLoop:
+        return prog->loop;
+    case syncLoopStart:
+        return prog->leftLocator;
+    case syncLoopEnd:
+        return prog->rightLocator;
+    default:
+        return sync;
+    }
+}
+
+void CSeq::setLoop(ToStore<int> on) {
+    if (CSeqProg* prog = getProg()) prog->loop = on != 0;
+}
+
+int CSeq::getLoop() {
+    CSeqProg* prog = getProg();
+    return prog ? int(prog->loop) : 0;
+}
+
+void CSeq::getLoopSection(int& from, int& to) {
+    CSeqProg* prog = getProg();
+    if (!prog) return CComp::getLoopSection(from, to);
+    from = prog->leftLocator;
+    to = prog->rightLocator;
+}
+
+void CSeq::setLoopSection(ToStore<int> from, ToStore<int> to) {
+    CSeqProg* prog = getProg();
+    if (!prog) return;
+    prog->leftLocator = limitTicks(from);
+    prog->rightLocator = limitTicks(to);
+}
+
+double CSeq::getPos() {
+    CSeqProg* prog = getProg();
+    return prog ? double(prog->pos) : CComp::getPos();
+}
+
+void CSeq::getTimeSig(int& num, int& den) {
+    num = options.num();
+    den = options.den();
+}
+
+int CSeq::freezed(COutputChannel* channel) {
+    CSeqProg* prog = getProg();
+    if (!prog || host->renderMode) return 0; // a render plays what was frozen itself
+    for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+        if (songTrack->track->output() != channel) continue;
+        for (auto* item : each<CFreezeItem>(songTrack->freezeItems))
+            if (item->sample) return 1;
+    }
+    return 0;
+}
+
+int CSeq::renderDuration() {
+    CSeqProg* prog = getProg();
+    return prog ? prog->duration() : 0;
+}
+
+CComp* CSeq::getComp(CObject* io) {
+    for (auto* track : each<CTrack>(tracks))
+        for (const CList* list :
+             {&track->outputs, &track->inputs, &track->outPorts, &track->inPorts})
+            if (list->contains(io)) return track;
+    return nullptr;
+}
+
+void CSeq::getTempoMap(CMIDIQ* queue) {
+    CSeqProg* prog = getProg();
+    if (!prog) return;
+    const int from = asInt(getPos());
+    for (auto* point : each<CTempoPart>(prog->tempos))
+        if (point->pos >= from)
+            queue->push(double(point->pos) - from, 0, eventMidi, point->getTempo(), 0, nullptr,
+                        nullptr);
+}
+
+CSeqProg* CSeq::getProg() {
+    return static_cast<CSeqProg*>(getProgram(-1));
+}
+
+CSeqProg* CSeq::createProgram() {
+    auto* prog = new CSeqProg(this);
+    prog->id = getDefaultProgramName();
+    for (auto* track : each<CTrack>(tracks)) prog->tracks.add(new CSongTrack(prog, track));
+    return prog;
+}
+
+CStr CSeq::getDefaultProgramName() {
+    return CStr("Mix ") + asStr(++programCount);
+}
+
+/// What holds before the first tempo point; without one the tempo of this block.
+float CSeq::tempoBefore(const CSeqProg* prog) const {
+    return prog->tempos.empty() ? host->tempoNow : host->songTempo;
+}
+
+double CSeq::framesToTicks(double ticks, double frames, int rate) {
+    CSeqProg* prog = getProg();
+    if (!prog) return host->framesToTicks(frames);
+    return prog->tempoMap().framesToTicks(tempoBefore(prog), ticks, frames, rate);
+}
+
+double CSeq::ticksToFrames(int from, int ticks, int rate) {
+    CSeqProg* prog = getProg();
+    if (!prog) return host->ticksToFrames(ticks);
+    return prog->tempoMap().ticksToFrames(tempoBefore(prog), from, ticks, rate);
+}
+
+CTempoPart* CSeq::getTempoAtPos(int tick) {
+    CSeqProg* prog = getProg();
+    return prog ? prog->tempoMap().lastAt(tick) : nullptr;
+}
+
+CTempoPart* CSeq::getNextTempoChange(int tick) {
+    CSeqProg* prog = getProg();
+    return prog ? prog->tempoMap().nextAfter(tick) : nullptr;
+}
+
+int CSeq::ticksToNextTempoChange(double tick) {
+    CSeqProg* prog = getProg();
+    const int64_t from = asInt64(tick);
+    const CTempoPart* next = prog ? prog->tempoMap().nextFrom(double(from)) : nullptr;
+    return next ? int(next->pos - from) : -1;
+}
+
+void CSeq::onGetSnap(CObject* sender) {
+    static_cast<CSnap*>(sender)->setBar(options.num(), options.den());
+}
+
+void CSeq::writeSettings() {
+    CIniFile file(inifile);
+    file.writeInteger(settingsSection, "autoq", autoQuantize);
+    file.writeInteger(settingsSection, "looptakes", loopTakes);
+    file.writeInteger(settingsSection, "notetakes", loopNoteTakes);
+}
+
+void enterSequencer() {
+    enterCompType(compSeq, [](CQV* host) -> CComp* { return new CSeq(host); });
+    enterForgetHook(forgetInSongs);
+    enterForgetHook(forgetSamples);
+}

@@ -1,0 +1,208 @@
+#include "audiofiles/CSample.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "engine/CFreezeItem.h"
+#include "engine/CQV.h"
+#include "engine/GraphHold.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CLayer.h"
+#include "instruments/CSampleClip.h"
+#include "sequencer/play/AudioVoices.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/CSubTrack.h"
+#include "sequencer/songfile/SongLinks.h"
+
+#include <filesystem>
+#include <memory>
+#include <utility>
+
+// How a song is tied to what is around it: the ports and channels of its tracks, and what its
+// blocks name by index.
+
+namespace {
+
+/// Moves what tracks have to the front of a list, in their order.
+void orderLike(const CList& tracks, CList& list, CList CComp::*of) {
+    CList ordered;
+    for (auto* t : each<CTrack>(tracks))
+        for (auto* io : each<CObject>(t->*of)) ordered.move(&list, io, -1);
+    while (void* rest = list.getFirst()) ordered.move(&list, rest, -1);
+    while (void* io = ordered.getFirst()) list.move(&ordered, io, -1);
+}
+
+/// Whether `orderLike` would leave all as it is.
+bool isLike(const CList& tracks, const CList& list, CList CComp::*of) {
+    CListItem* it = nullptr;
+    for (auto* t : each<CTrack>(tracks))
+        for (const auto* io : each<CObject>(t->*of))
+            if (nextOf<CObject>(list, it) != io) return false;
+    return true;
+}
+
+constexpr CList CComp::*ends[] = {&CComp::inPorts, &CComp::outPorts, &CComp::inputs,
+                                  &CComp::outputs};
+
+void countClips(CSeq* seq) {
+    for (auto* clip : each<CSampleClip>(seq->drumClips)) clip->useCount = 0;
+    for (auto* t : each<CTrack>(seq->tracks)) {
+        const CLayer* layer = t->drumLayer();
+        if (!layer) continue;
+        for (auto* sound : each<CDrumSound>(layer->sounds))
+            for (int i = 0; i < sound->clipCount; i++) sound->clips[i]->useCount++;
+    }
+}
+
+/// Deletes what `unused` picks from a list.
+template <class T, class F>
+void deleteUnused(CList& list, F unused) {
+    CList kept;
+    while (auto* object = static_cast<T*>(list.getFirst())) {
+        if (unused(object)) {
+            list.del(0);
+            delete object;
+        } else {
+            kept.move(&list, object, -1);
+        }
+    }
+    while (void* object = kept.getFirst()) list.move(&kept, object, -1);
+}
+
+/// The file that plays instead of a frozen track, from the project's audio folder; null without.
+std::unique_ptr<CSample> openFrozen(CQV* host, const CStr& file) {
+    const CStr folder = host->getAudioFolder(false, false, false);
+    const CStr name = extractFileName(file);
+    if (folder.empty() || name.empty()) return nullptr;
+    const CStr path = addSep(folder) + name;
+    std::error_code failed;
+    if (!std::filesystem::is_regular_file(path.asChar(), failed)) return nullptr;
+    auto sample = std::make_unique<CSample>();
+    sample->streamed = 1;
+    sample->keep = true;
+    return sample->open(path) ? std::move(sample) : nullptr;
+}
+
+COutputChannel* frozenChannel(CSeq* seq, const SongLinks::Freeze& f, CComp*& comp) {
+    if (f.comp == -1) {
+        comp = seq;
+        return f.songTrack->track->output();
+    }
+    comp = static_cast<CComp*>(seq->host->comps.items(f.comp));
+    return comp ? comp->output(f.channel) : nullptr;
+}
+
+void bindFrozen(CSeq* seq, const SongLinks::Freeze& f) {
+    CComp* comp = nullptr;
+    COutputChannel* channel = frozenChannel(seq, f, comp);
+    std::unique_ptr<CSample> sample = channel ? openFrozen(seq->host, f.file) : nullptr;
+    if (!sample || sample->frames < 1) return;
+    auto* item = new CFreezeItem;
+    item->comp = comp;
+    item->channel = channel;
+    item->songTrack = f.songTrack;
+    item->setSample(sample.release());
+    if (!f.songTrack->voices)
+        f.songTrack->voices = std::make_unique<AudioVoices>(f.songTrack, false);
+    f.songTrack->freezeItems.add(item);
+}
+
+void bindSource(CSeq* seq, const SongLinks::Source& s) {
+    auto* from = static_cast<CTrack*>(seq->tracks.items(s.index));
+    if (!from || from == s.track || !from->outPort()) return;
+    if (auto* cable = createMIDICable(s.track, from->outPort(), s.track->inPort()))
+        s.track->midiCables.add(cable);
+}
+
+/// What stands at the same place in a duplicate of a sequencer.
+CObject* twinOf(CSeq* seq, CSeq* twin, CObject* object) {
+    const auto sameChannel = [&](COutputChannel* channel) {
+        auto* owner = static_cast<CTrack*>(seq->getComp(channel));
+        auto* other = static_cast<CTrack*>(twin->tracks.items(seq->tracks.indexed(owner)));
+        return other ? other->output() : nullptr;
+    };
+    if (object->asType(categoryChannel, channelOutput)) {
+        auto* channel = static_cast<COutputChannel*>(object);
+        return channel->comp == seq ? sameChannel(channel) : object;
+    }
+    int index = -1;
+    CObject* owner = seq->host->objectToOwner(object, index);
+    if (!owner || !owner->asType(categoryChannel, channelOutput)) return object;
+    auto* channel = static_cast<COutputChannel*>(owner);
+    if (channel->comp != seq) return object;
+    COutputChannel* same = sameChannel(channel);
+    if (!same || index < 0) return nullptr;
+    if (object->category == 0) return index < maxSends ? same->sendLevels[index] : nullptr;
+    return static_cast<CObject*>(same->inserts.items(index));
+}
+
+} // namespace
+
+CSeqProg* CSeq::addProgram(const CStr& name) {
+    auto* prog = new CSeqProg(this);
+    prog->id = name;
+    programCount++;
+    progs.add(prog);
+    return prog;
+}
+
+void CSeq::saving() {
+    CComp::saving();
+    // Projects are copied while they play: a block is given up only for what was really moved.
+    for (const auto of : ends) {
+        if (isLike(tracks, this->*of, of)) continue;
+        const GraphHold hold(host);
+        orderLike(tracks, this->*of, of);
+    }
+}
+
+void CSeq::bindLinks() {
+    const std::unique_ptr<SongLinks> read = std::move(links);
+    if (read) {
+        for (const auto& l : read->lanes) l.lane->object = l.link.resolve(host);
+        for (const auto& s : read->sources) bindSource(this, s);
+        for (const auto& f : read->frozen) bindFrozen(this, f);
+    }
+    countClips(this);
+    deleteUnused<CSampleClip>(drumClips, [](const CSampleClip* c) { return c->useCount == 0; });
+    updateGhostCount();
+    deleteUnused<CPart>(masterParts, [](const CPart* p) { return p->ghostCount == 0; });
+    CSeqProg* current = getProg();
+    if (!current) return;
+    for (auto* t : each<CSongTrack>(current->tracks))
+        if (t->track->selected()) selectedTracks.add(t);
+}
+
+void CSeq::afterRead() {
+    {
+        const GraphHold hold(host);
+        bindLinks();
+    }
+    host->setPos(getPos());
+}
+
+void CSeq::linkEnds(CTrack* track) {
+    for (const auto of : ends)
+        for (auto* io : each<CObject>(track->*of)) (this->*of).addUnique(io);
+}
+
+void CSeq::addAudioPorts(CTrack* track) {
+    makePorts(track);
+    linkEnds(track);
+}
+
+CComp* CSeq::copy() {
+    auto* twin = new CSeq(host);
+    twin->copyData(this);
+    CListItem* it = nullptr;
+    for (auto* track : each<CTrack>(twin->tracks)) {
+        auto* original = nextOf<CTrack>(tracks, it);
+        if (track->inPorts.empty()) twin->makePorts(track);
+        twin->makeChannels(track);
+        if (track->output()) track->output()->copySettings(original->output());
+        twin->linkEnds(track);
+    }
+    twin->bindLinks();
+    for (auto* track : each<CTrack>(twin->tracks))
+        for (auto* lane : each<CSubTrack>(track->subTracks))
+            if (lane->object) lane->object = twinOf(this, twin, lane->object);
+    return twin;
+}
