@@ -1,9 +1,9 @@
 #pragma once
 
 #include "engine/SendTap.h"
-#include "engine/WorkTimes.h"
 #include "engine/plan/PlanFade.h"
 #include "engine/plan/PlanLists.h"
+#include "engine/plan/WorkTimes.h"
 
 #include <memory>
 #include <vector>

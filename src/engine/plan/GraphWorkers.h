@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/CThread.h"
-#include "engine/WorkTimes.h"
+#include "engine/plan/WorkTimes.h"
 
 #include <memory>
 #include <vector>
