@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/CStr.h"
 #include "base/Random.h"
 #include "engine/CProgram.h"
 #include "instruments/CLayer.h"
@@ -11,6 +12,14 @@ class CReverb;
 class CSampler;
 
 constexpr int progSends = 2;
+constexpr int progMacros = 8;
+
+/// A knob of a program: a name for what one controller moves on its sounds, by their `ccMap`. The
+/// number of the controller is that of the sampler's parameter too.
+struct ProgMacro {
+    CStr name;
+    int controller = -1; ///< -1: the knob is not used
+};
 
 /// A program of the sampler: layers of sounds, and two send effects that all of them share.
 class CSynthProg : public CProgram {
@@ -20,6 +29,9 @@ public:
     CList layers;                       ///< of CLayer, owned
     Shared<CLayer*> layer{nullptr};     ///< the one that the editor shows
     std::unique_ptr<CFX> fx[progSends]; ///< a CReverb, on, and a CDelay, off
+    CStr family; ///< its category, empty when nothing told; interface thread, as the two below
+    CStr words;  ///< what else it may be looked for by, apart by spaces
+    ProgMacro macros[progMacros];
     Random chance; ///< of its own, so that others and threads change nothing. Graph holder.
 
     /// The delay plays in the memory that all programs of the sampler share.

@@ -11,6 +11,7 @@
 #include "engine/CQV.h"
 #include "instruments/COSCSound.h"
 #include "instruments/CSampleClip.h"
+#include "instruments/CSampler.h"
 #include "instruments/CSynthProg.h"
 #include "instruments/CWavSound.h"
 
@@ -156,6 +157,19 @@ void readSendEffects(CStream& s, CSynthProg& prog) {
     readSetting(s, d, &CDelay::setTimeRight);
 }
 
+void readTags(CStream& s, CSynthProg& prog) {
+    prog.family = s.readStr();
+    prog.words = s.readStr();
+}
+
+void readMacros(CStream& s, CSynthProg& prog) {
+    for (ProgMacro& m : prog.macros) {
+        if (s.left() < int64_t(sizeof(int))) return;
+        m.controller = asMinMax(s.readInt(), -1, CSampler::controllers - 1);
+        m.name = s.readStr();
+    }
+}
+
 void readStrip(CStream& s, CSound& sound) {
     readByte(s, sound.mode, soundPoly, soundMono);
     readByte(s, sound.group, 0, 255);
@@ -249,6 +263,8 @@ void SamplerContent::readHeadBlock(const CStr& name, CStream& body) {
     if (name == "laex" && layer) readByte(body, layer->editAll, 0, 1);
     if (name == "progfx") readSendEffects(body, *prog);
     if (name == "reverbSize") readSetting(body, *prog->reverb(), &CReverb::setSize);
+    if (name == "progwords") readTags(body, *prog);
+    if (name == "progmacros") readMacros(body, *prog);
     if (name == "layeri") {
         auto* wanted = static_cast<CLayer*>(prog->layers.items(body.readInt()));
         if (wanted) prog->layer = wanted;

@@ -10,6 +10,8 @@
 #include "instruments/CSynthProg.h"
 #include "instruments/CWavSound.h"
 
+#include <algorithm>
+
 namespace {
 
 void writeZeroBytes(CStream* s, int bytes) {
@@ -122,6 +124,22 @@ void writeSendEffects(CStream* s, const CSynthProg& prog) {
     writeZeros(s, 4);
 }
 
+/// What this program's own readers know: only where something was told.
+void writeTags(CStream* s, const CSynthProg& prog) {
+    if (!prog.family.empty() || !prog.words.empty()) {
+        OpenBlock block(s, "progwords");
+        s->writeStr(prog.family);
+        s->writeStr(prog.words);
+    }
+    const auto used = [](const ProgMacro& m) { return m.controller >= 0; };
+    if (std::none_of(std::begin(prog.macros), std::end(prog.macros), used)) return;
+    OpenBlock block(s, "progmacros");
+    for (const ProgMacro& m : prog.macros) {
+        s->writeInt(m.controller);
+        s->writeStr(m.name);
+    }
+}
+
 } // namespace
 
 void writeFiletype(CStream* stream) {
@@ -198,4 +216,5 @@ void writeProgram(CStream* s, CSynthProg* prog, const CList& clips) {
     writeSendEffects(s, *prog);
     writeIntBlock(s, "reverbSize", prog->reverb()->getRevTime());
     writeIntBlock(s, "layeri", prog->layers.indexed(prog->layer.load()));
+    writeTags(s, *prog);
 }

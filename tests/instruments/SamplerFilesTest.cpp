@@ -83,6 +83,9 @@ void fill(SoundBench& b) {
         s->chorus()->setDelay(7.0f);
     }
     b.prog->id = "My program";
+    b.prog->family = "Bass";
+    b.prog->words = "deep round";
+    b.prog->macros[7] = {"Growl", 127};
     b.layer->editAll = 1;
     b.prog->addLayer()->addSound(new COSCSound(b.prog->layer, b.host.host));
     b.prog->layer = b.layer;
@@ -118,6 +121,17 @@ TEST(SamplerFiles, RoundTrip) {
     EXPECT_EQ(int(other.curProg), 1);
     auto* prog = static_cast<CSynthProg*>(other.progs.items(0));
     EXPECT_EQ(prog->id, "My program");
+    EXPECT_EQ(prog->family + "," + prog->words, "Bass,deep round");
+    EXPECT_EQ(prog->macros[7].name, "Growl");
+    EXPECT_EQ(prog->macros[7].controller, 127);
+    EXPECT_EQ(prog->macros[0].controller, -1);
+    // A program without such things keeps the bytes that it had before there were any.
+    for (const char* block : {"progwords", "progmacros"}) {
+        const std::string told = block;
+        const auto found = std::search(first.begin(), first.end(), told.begin(), told.end());
+        ASSERT_NE(found, first.end());
+        EXPECT_EQ(std::search(found + 1, first.end(), told.begin(), told.end()), first.end());
+    }
     EXPECT_EQ(prog->layers.indexed(prog->layer.load()), 0);
     EXPECT_EQ(prog->reverb()->getRevTime(), 4321);
     const std::unique_ptr<CSampler> twin(static_cast<CSampler*>(b.sampler.copy()));
