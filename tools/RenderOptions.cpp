@@ -3,6 +3,7 @@
 #include "base/CStringList.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
+#include "instruments/FactoryPrograms.h"
 #include "sequencer/render/CRender.h"
 
 #include <cmath>
@@ -42,6 +43,8 @@ const NumberOption numberOptions[] = {
     {"--rate", 8000, 192000, true, [](RenderOptions& o, double v) { o.rate = int(v); }},
     {"--block", 1, 16384, true, [](RenderOptions& o, double v) { o.block = int(v); }},
     {"--workers", 0, 63, true, [](RenderOptions& o, double v) { o.workers = int(v); }},
+    {"--factory", 0, factoryCount - 1, true,
+     [](RenderOptions& o, double v) { o.factory = int(v); }},
     {"--bits", 16, 32, true, [](RenderOptions& o, double v) { o.bits = int(v); }},
     {"--bitrate", 32, 320, true, [](RenderOptions& o, double v) { o.bitrate = int(v); }},
     {"--start", 0, maxTicks, false, [](RenderOptions& o, double v) { o.start = v; }},
@@ -105,7 +108,8 @@ bool checked(const RenderOptions& options, CStr& error) {
 } // namespace
 
 const char* usage() {
-    return "usage: sondrava-render [--rate N] [--block N] [--workers N] [--bits 16|24|32] [--start "
+    return "usage: sondrava-render [--rate N] [--block N] [--workers N] [--bits 16|24|32] "
+           "[--factory N] [--start "
            "TICKS] "
            "[--length TICKS] [--tail SECONDS|auto] [--mono] [--bitrate N] [--tracks] [--stats] "
            "[--save "

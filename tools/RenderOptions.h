@@ -9,6 +9,7 @@ struct RenderOptions {
     int workers = -1; ///< threads that help, below 0 as many as the machine has processors for
     int bits = 16;
     int chs = 2;
+    int factory = -1;     ///< the factory program of all tracks of a MIDI file, -1 as they ask for
     int bitrate = 128;    ///< of MP3, kilobits per second
     double start = 0.0;   ///< ticks
     double length = -1.0; ///< ticks, below 0 to the end of the song

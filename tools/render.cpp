@@ -98,8 +98,8 @@ void printStats(const Figures& f) {
                 double(f.peakRight), usage.ru_maxrss);
 }
 
-CStr openMidi(CQV* host, const CStr& path) {
-    return problem(openMidiSong(addSequencer(host), path));
+CStr openMidi(CQV* host, const RenderOptions& options) {
+    return problem(openMidiSong(addSequencer(host), options.input, options.factory));
 }
 
 /// A project that was read in spite of damage goes on after a line about that.
@@ -119,7 +119,7 @@ CStr openSong(const Project& project, const RenderOptions& options) {
     }
     const bool midi = extractFileExt(options.input).lowerCase() != ".qv";
     const CStr wrong =
-        midi ? openMidi(project.host, options.input) : openProjectFile(project, options.input);
+        midi ? openMidi(project.host, options) : openProjectFile(project, options.input);
     return wrong.empty() ? wrong : options.input + ": " + wrong;
 }
 

@@ -122,7 +122,10 @@ const char* factoryName(int index) {
 }
 
 CSynthProg* buildFactoryProg(CQV* host, CSampler* sampler, int index) {
-    const Program& row = programs[index];
+    return buildProgram(host, sampler, programs[index]);
+}
+
+CSynthProg* factory::buildProgram(CQV* host, CSampler* sampler, const Program& row) {
     auto* prog = new CSynthProg(host, sampler);
     prog->id = row.name;
     CLayer* layer = prog->addLayer();

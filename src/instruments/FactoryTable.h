@@ -89,4 +89,7 @@ struct Program {
 
 extern const Program programs[factoryCount];
 
+/// A new program from a row, owned by the caller.
+CSynthProg* buildProgram(CQV* host, CSampler* sampler, const Program& row);
+
 } // namespace factory

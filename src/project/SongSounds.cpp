@@ -73,7 +73,7 @@ bool feedsInStep(CTrack* track, CUndo* undo) {
 }
 
 /// Gives a track an instrument if a step brings notes to it that would reach nothing; else null.
-CSampler* giveSound(CSeq* seq, CSongTrack* songTrack, CUndo* undo) {
+CSampler* giveSound(CSeq* seq, CSongTrack* songTrack, int factory, CUndo* undo) {
     CTrack* track = songTrack->track;
     bool notes = false;
     int program = -1;
@@ -82,14 +82,15 @@ CSampler* giveSound(CSeq* seq, CSongTrack* songTrack, CUndo* undo) {
         if (program < 0) program = firstProgram(part);
     });
     if (!notes || feedsAnything(track) || feedsInStep(track, undo)) return nullptr;
+    if (factory >= 0) return addSynthesizer(seq, track, factory, undo);
     if (track->channel == drumChannel) return addSynthDrums(seq, track, undo);
     return addSynthesizer(seq, track, std::max(0, program), undo);
 }
 
-std::vector<CSampler*> makeInstruments(CSeq* seq, CUndo* undo) {
+std::vector<CSampler*> makeInstruments(CSeq* seq, int factory, CUndo* undo) {
     std::vector<CSampler*> instruments;
     for (CSongTrack* songTrack : songTracks(seq, undo))
-        if (CSampler* made = giveSound(seq, songTrack, undo)) instruments.push_back(made);
+        if (CSampler* made = giveSound(seq, songTrack, factory, undo)) instruments.push_back(made);
     return instruments;
 }
 
@@ -172,20 +173,20 @@ MidiSongResult addMidiFile(CSeq* seq, const CStr& path, CSongTrack* onto, int ti
     return resultOf(openMIDIFile(seq, onto, path, step, tick, way));
 }
 
-bool giveSounds(CSeq* seq, CUndo* step) {
-    const std::vector<CSampler*> instruments = makeInstruments(seq, step);
+bool giveSounds(CSeq* seq, CUndo* step, int factory) {
+    const std::vector<CSampler*> instruments = makeInstruments(seq, factory, step);
     setLevels(instruments);
-    playDry(instruments);
+    if (factory < 0) playDry(instruments);
     return bringsNotes(seq, step);
 }
 
-MidiSongResult openMidiSong(CSeq* seq, const CStr& path) {
+MidiSongResult openMidiSong(CSeq* seq, const CStr& path, int factory) {
     CQV* host = seq->host;
     CSeqProg* prog = seq->getProg();
     const bool begins = !hasContent(prog);
     CUndo* step = host->undoStart("Import", seq, {.graph = true, .song = true});
     const MidiSongResult result = addMidiFile(seq, path, nullptr, 0, {MidiTracks::byChannel}, step);
-    const bool notes = giveSounds(seq, step);
+    const bool notes = giveSounds(seq, step, factory);
     host->undoEnd(step, true);
     if (begins && hasContent(prog)) frameSong(seq);
     return result == MidiSongResult::good && !notes ? MidiSongResult::silent : result;

@@ -39,15 +39,17 @@ enum class MidiSongResult {
 /// Imports a MIDI file into a song that has a program, from tick `tick` on, as one step of the
 /// history. A track of several channels becomes one for each, and each whose notes would reach
 /// nothing comes with an instrument, as by `giveSounds`. A song that held nothing is framed as a
-/// new one is. What was readable of a broken file stays.
-MidiSongResult openMidiSong(CSeq* seq, const CStr& path);
+/// new one is. What was readable of a broken file stays. `factory` of 0 or more: a factory program
+/// that every track plays whatever it asks for, with its effects.
+MidiSongResult openMidiSong(CSeq* seq, const CStr& path, int factory = -1);
 
 /// The same as part of a step, without the instruments.
 MidiSongResult addMidiFile(CSeq* seq, const CStr& path, CSongTrack* onto, int tick,
                            const MidiWay& way, CUndo* step);
 /// Gives the tracks that a step brings notes to, and whose notes would reach nothing, instruments:
 /// the factory program of the first program change, else the first; the drum program on channel 10;
-/// without send effects. False when the step brings no notes.
-bool giveSounds(CSeq* seq, CUndo* step);
+/// without send effects; or all of them the factory program `factory` as it is. False when the step
+/// brings no notes.
+bool giveSounds(CSeq* seq, CUndo* step, int factory = -1);
 /// Whether anything stands in the parts of a program.
 bool hasContent(CSeqProg* prog);

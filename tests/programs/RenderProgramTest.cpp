@@ -91,6 +91,7 @@ TEST(RenderProgram, RefusesInOneLine) {
         {"bits", {"--bits", "12", good, output}, "--bits"},
         {"not a whole number", {"--block", "1.5", good, output}, "--block"},
         {"below the range", {"--start", "-1", good, output}, "--start"},
+        {"no such program", {"--factory", "32", good, output}, "--factory"},
         {"number missing", {good, output, "--tail"}, "--tail"},
         {"unknown option", {"--loud", good, output}, "--loud"},
         {"one name too many", {good, output, output}, "usage"},

@@ -18,8 +18,8 @@ std::string midiFile(int firstChannel, int secondChannel) {
 }
 
 struct ImportFixture : ClipFixture {
-    MidiSongResult import(const std::string& content) {
-        return openMidiSong(seq, put("a.mid", content));
+    MidiSongResult import(const std::string& content, int factory = -1) {
+        return openMidiSong(seq, put("a.mid", content), factory);
     }
     /// The tracks from one on: name, and what the sampler that it feeds is called.
     std::string tracks(int from) {
@@ -67,4 +67,12 @@ TEST(SongSounds, EveryImportIsHeard) {
             EXPECT_EQ(f.samplers(), made);
             EXPECT_TRUE(f.sounds());
         }
+}
+
+/// A bank is judged by any file: all of its tracks play the program, drums too.
+TEST(SongSounds, OneProgramPlaysAllTracks) {
+    ImportFixture f;
+    EXPECT_EQ(f.import(midiFile(0, 9), 4), MidiSongResult::good);
+    EXPECT_EQ(f.tracks(0), "instrument-1:Up-right bass Drums:Up-right bass ");
+    EXPECT_TRUE(f.sounds());
 }

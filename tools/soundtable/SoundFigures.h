@@ -1,0 +1,80 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+// What a program of an instrument sounds like, in figures: it plays a row of notes, and what comes
+// out is measured. The row is the same for all, so that banks of any kind can be compared.
+
+namespace soundtable {
+
+constexpr int probeRate = 44100;
+
+/// One place of the row. Key 0 stands for the chord of C4, E4 and G4.
+struct ProbeNote {
+    int key, velocity;
+};
+
+/// The row: octaves of C at one velocity, C4 at others, a chord.
+constexpr std::array<ProbeNote, 11> probeNotes = {{{36, 100},
+                                                   {48, 100},
+                                                   {60, 100},
+                                                   {72, 100},
+                                                   {84, 100},
+                                                   {96, 100},
+                                                   {60, 20},
+                                                   {60, 64},
+                                                   {60, 127},
+                                                   {0, 100},
+                                                   {48, 127}}};
+constexpr int probeOctaves = 6, probeC3 = 1, probeC4 = 2, probeSoft = 6, probeLoud = 8,
+              probeChord = 9;
+
+constexpr double noteSeconds = 2.5; ///< from note to note
+constexpr double heldSeconds = 1.2; ///< how long a key is held
+
+/// Stereo sound of one note.
+struct Sound {
+    std::vector<float> left, right;
+};
+
+/// 32 bands of a third octave and less in 8 slices of time, dB of the whole sound.
+constexpr int bandCount = 32, sliceCount = 8;
+using Shape = std::array<float, bandCount * sliceCount>;
+
+struct Figures {
+    std::string name;
+    double chordLufs = 0.0, chordPeak = 0.0; ///< loudest 0.4 s; dB of full scale
+    double worstDc = 0.0;                    ///< dB of the signal, the worst from C2 to C7
+    double above2k = 0.0, above5k = 0.0;     ///< dB of the signal, C4
+    double velocitySpan = 0.0;               ///< dB from velocity 20 to 127
+    double velocityColour = 0.0;             ///< dB that the share above 1 kHz grows by then
+    double range = 0.0;                      ///< dB between loudest and softest octave
+    double width = 0.0;                      ///< dB of the difference of both sides to their sum
+    int voices = 0;                          ///< of one note; 0 unknown
+    Shape low{}, middle{};                   ///< of C3 and C4
+    double nearest = 0.0;                    ///< dB to the nearest other program
+    std::string neighbour;
+};
+
+/// A spectrum of `size` values (a power of 2) from `from` on, mean of both sides, Hann window:
+/// power of `size` / 2 bins.
+std::vector<double> powerSpectrum(const Sound& s, size_t from, size_t size);
+
+/// Mean over root mean square without it, dB, of the steady part of a note.
+double dcOf(const Sound& s);
+/// LUFS of the loudest 0.4 s.
+double loudnessOf(const Sound& s);
+/// Share of the power above `hz` in the first `seconds`, dB.
+double shareAbove(const Sound& s, double hz, double from, double seconds);
+
+/// The figures of one program; the sounds are those of `probeNotes`.
+Figures measure(const std::string& name, const std::vector<Sound>& sounds);
+
+/// How far two programs are apart: dB, the root of the mean square over bands and slices.
+double distanceOf(const Figures& a, const Figures& b);
+/// Fills in the nearest of each.
+void findNearest(std::vector<Figures>& bank);
+
+} // namespace soundtable

@@ -1,0 +1,76 @@
+#include "tools/soundtable/SoundProbe.h"
+
+#include "engine/CQV.h"
+#include "engine/GraphHold.h"
+#include "engine/MidiBytes.h"
+#include "instruments/CSampler.h"
+
+#include <algorithm>
+
+namespace soundtable {
+
+namespace {
+
+/// A sampler that hangs nowhere, with one program.
+struct Player {
+    Player(CQV* root, CSynthProg* (*make)(CQV*, CSampler*, int), int index)
+        : host(root), sampler(root) {
+        sampler.createChannels();
+        sampler.createBuffers(host->frames);
+        sampler.setRate(double(host->rate));
+        sampler.listKind = listComps;
+        sampler.progs.add(make(host, &sampler, index));
+    }
+
+    void send(int status, const ProbeNote& note) {
+        const int velocity = status == midiNoteOn ? note.velocity : 0;
+        if (note.key != 0) {
+            sampler.inPort()->addMidiEvent(0, asData(status, note.key, velocity));
+            return;
+        }
+        for (const int key : {60, 64, 67})
+            sampler.inPort()->addMidiEvent(0, asData(status, key, velocity));
+    }
+
+    int sounding() const {
+        return int(std::count_if(std::begin(sampler.voices), std::end(sampler.voices),
+                                 [](const CVoice& v) { return v.state == CVoice::sounding; }));
+    }
+
+    CQV* host;
+    CSampler sampler;
+};
+
+Sound playNote(Player& player, const ProbeNote& note, int& voices) {
+    const int block = player.host->frames;
+    const auto blocksOf = [&](double seconds) { return int(seconds * probeRate / block); };
+    Sound sound;
+    const int release = blocksOf(heldSeconds), blocks = blocksOf(noteSeconds);
+    for (int i = 0; i < blocks; i++) {
+        player.sampler.prepare(block);
+        if (i == 0) player.send(midiNoteOn, note);
+        if (i == release) player.send(midiNoteOff, note);
+        player.sampler.process(block);
+        if (i == 0) voices = player.sounding();
+        const COutputChannel* out = player.sampler.output();
+        sound.left.insert(sound.left.end(), out->bufL, out->bufL + block);
+        sound.right.insert(sound.right.end(), out->bufR, out->bufR + block);
+    }
+    return sound;
+}
+
+} // namespace
+
+std::vector<Sound> playProbe(CQV* host, MakeProgram make, int index, int& voices) {
+    const GraphHold hold(host);
+    std::vector<Sound> sounds;
+    for (size_t i = 0; i < probeNotes.size(); i++) {
+        Player player(host, make, index);
+        int used = 0;
+        sounds.push_back(playNote(player, probeNotes[i], used));
+        if (int(i) == probeC4) voices = used;
+    }
+    return sounds;
+}
+
+} // namespace soundtable
