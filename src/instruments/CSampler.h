@@ -5,6 +5,7 @@
 #include "engine/CComp.h"
 #include "instruments/CSynthProg.h"
 #include "instruments/CVoice.h"
+#include "instruments/SustainPedal.h"
 
 #include <memory>
 
@@ -105,11 +106,13 @@ public:
 
 private:
     EchoLine delays[2];
+    SustainPedal pedal;
 
     void complain(const SamplerContent& content);
     bool feedsFrozen();
     void takeGuiKeys();
     bool hears(const CMIDIBytes& event) const;
+    void movePedal(int data);
     void noteOff(int note);
     void noteOn(CSound* sound, int data);
     int findVoice(CSound* sound, unsigned char group, CVoice*& previous);

@@ -38,7 +38,7 @@ public:
     Stored<float> volume{1.0f};             ///< 0 to 1, squared when applied
     Stored<float> pan{0.0f};                ///< -1 to 1
     Stored<int> filter{filterLow};          ///< counts at note on
-    Stored<float> cutoff{1.0f};             ///< 0 to 1, squared: the filter's coefficient
+    Stored<float> cutoff{1.0f};             ///< 0 to 1, squared: the coefficient at 44100 Hz
     Stored<float> q{0.0f};                  ///< 0 to 1
     Stored<unsigned char> dist{0};          ///< distortion, on synthesizer sounds
     Stored<float> coarse{0.0f};             ///< semitones, -48 to 48

@@ -142,9 +142,10 @@ void CSampler::doMapping(CMIDIBytes* event) {
     }
     const int data = event->data;
     if (::noteOff(data)) {
-        noteOff(asByte1(data));
+        if (!pedal.holds(chByte(data), asByte1(data))) noteOff(asByte1(data));
         return;
     }
+    movePedal(data);
     CSynthProg* prog = getProg();
     if (!prog) return;
     const int controller = asByte1(data) & 127;
@@ -166,6 +167,12 @@ void CSampler::doMapping(CMIDIBytes* event) {
     default:
         break;
     }
+}
+
+void CSampler::movePedal(int data) {
+    if (::noteOn(data)) pedal.press(chByte(data), asByte1(data));
+    if (statusByte(data) == midiController && asByte1(data) == SustainPedal::controller)
+        pedal.move(chByte(data), asByte2(data), [this](int key) { noteOff(key); });
 }
 
 void CSampler::noteOff(int note) {
@@ -259,6 +266,7 @@ void CSampler::allNotesOff() {
     assert(mayRewire());
     for (CVoice& v : voices) v.state = CVoice::free;
     std::memset(held, 0, sizeof held);
+    pedal.clear();
 }
 
 void CSampler::muteSound(CSound* sound) {

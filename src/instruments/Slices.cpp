@@ -12,6 +12,7 @@ namespace {
 
 constexpr int tableMask = 0xFFFF;
 constexpr double tableSteps = 65535.0;
+constexpr double cutoffRate = 44100.0; ///< at which a cutoff is the root of the coefficient
 constexpr float qMax = 0.97f;
 constexpr double tailSeconds = 0.01;
 constexpr double maxSemitones = 240.0;
@@ -34,6 +35,7 @@ SlicePlan::SlicePlan(CSound* s, const CVoice* any, float gain, bool wholeWraps)
     : sound(s), truncateWraps(wholeWraps) {
     const double rate = double(any->rate);
     sliceMax = asMinMax(asRound(rate * 0.001), 1, longest);
+    cutScale = float(cutoffRate / rate);
     limit = float(1.0 / (rate * 6.2831855 * 0.001));
     base[targetPitch] = s->bend() * float(int(s->bendRange));
     base[targetVolume] = s->volume * gain;
@@ -181,7 +183,8 @@ void StripRamps::begin(CVoice* v, const SlicePlan& plan, int n) {
     const float right = level * (pan >= 0.0f ? pan * 0.5f + 1.0f : pan + 1.0f);
     gainL = rampTo(v->gainL, left, plan, v->first, n);
     gainR = rampTo(v->gainR, right, plan, v->first, n);
-    cut = rampTo(v->cut2, cur[targetCutoff] * cur[targetCutoff], plan, v->first, n);
+    const float coefficient = cur[targetCutoff] * cur[targetCutoff] * plan.cutScale;
+    cut = rampTo(v->cut2, std::min(coefficient, 1.0f), plan, v->first, n);
     damp = 1.0f - cur[targetQ];
 }
 

@@ -12,8 +12,9 @@ public:
     /// Longest slice in frames, at the highest rate there is.
     static constexpr int longest = 192;
 
-    int sliceMax; ///< frames
-    float limit;  ///< most that a ramped value may change in a frame
+    int sliceMax;   ///< frames
+    float limit;    ///< most that a ramped value may change in a frame
+    float cutScale; ///< of the filter's coefficient, so that a cutoff is one frequency at all rates
     float base[targetCount] = {};
 
     /// `wholeWraps`: the rest of an LFO's cycle is truncated to frames, else rounded.

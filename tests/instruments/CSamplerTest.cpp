@@ -170,6 +170,36 @@ TEST(CSampler, ControllersBendAndParameters) {
     }
 }
 
+/// While a pedal is down, keys of its channel sound on; one that is pressed again is the finger's.
+TEST(CSampler, PedalHoldsTheKeysOfItsChannel) {
+    SoundBench b;
+    b.addOsc();
+    const auto released = [&](int note) {
+        return voiceOf(b.sampler, note)->stages[0].stage == phaseRelease;
+    };
+    b.event(asData(cc | 2, 64, 63));
+    for (int note : {50, 51, 52, 53}) b.event(asData(on | 2, note, 100));
+    b.event(asData(off | 2, 50, 0));
+    EXPECT_TRUE(released(50)) << "not far enough down";
+    b.event(asData(cc | 2, 64, 64));
+    for (int note : {51, 52}) b.event(asData(off | 2, note, 0));
+    b.event(asData(off | 3, 53, 0));
+    EXPECT_TRUE(!released(51) && !released(52));
+    EXPECT_TRUE(released(53)) << "another channel";
+    b.event(asData(on | 2, 52, 100));
+    b.event(asData(cc | 3, 64, 0));
+    EXPECT_FALSE(released(51));
+    b.event(asData(cc | 2, 64, 0));
+    EXPECT_TRUE(released(51));
+    EXPECT_FALSE(released(52));
+
+    b.event(asData(cc | 2, 64, 127));
+    b.event(asData(cc, ccAllNotesOff, 0));
+    b.event(asData(on | 2, 60, 100));
+    b.event(asData(off | 2, 60, 0));
+    EXPECT_TRUE(released(60)) << "the pedal is up again";
+}
+
 /// Events act at their frame, those out of the block at its ends, foreign ones not at all.
 TEST(CSampler, EventsAreSampleExact) {
     struct Case {
