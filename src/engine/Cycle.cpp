@@ -141,6 +141,11 @@ long sendAll(const DeviceBlock& block) {
     return long(sent);
 }
 
+unsigned ofWholeBlock(unsigned ns, int frames) {
+    return unsigned(
+        std::min(uint64_t(ns) * uint64_t(qv->frames) / uint64_t(frames), uint64_t(~0u)));
+}
+
 long endOutside(std::span<AamEvent> room) {
     qv->deviceMidi->forgetKept();
     return qv->deviceMidi->endNotes(room);
@@ -167,6 +172,7 @@ long libio(float** ins, float** outs, long numIns, long numOuts, long frames, vo
     const std::span in = room.first(size_t(std::clamp(numEvents, 0, int(room.size()))));
     qv->deviceMidi->calls.fetchAdd(1);
     if (offline()) return endOutside(room);
+    StopWatch watch;
     const CallbackTurn turn;
     if (!turn.ok || offline() || qv->busy || frames < 1 || frames > qv->frames) {
         qv->deviceMidi->keep(in);
@@ -178,7 +184,9 @@ long libio(float** ins, float** outs, long numIns, long numOuts, long frames, vo
     if (!block.in.empty()) qv->midiActivity = 1.0f;
     receiveAll(block);
     qv->process(block.frames);
-    return offline() ? 0 : sendAll(block);
+    const long sent = offline() ? 0 : sendAll(block);
+    qv->workers->calls.note(ofWholeBlock(watch.lap(), block.frames));
+    return sent;
 }
 
 void CQV::process(int n) {

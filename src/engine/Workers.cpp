@@ -3,16 +3,19 @@
 #include "audiofiles/CSample.h"
 #include "audiofiles/CSampleReader.h"
 #include "engine/CQV.h"
+#include "engine/plan/GraphWorkers.h"
 
 void CDiskThread::execute() {
     while (!terminated) {
         checkPark();
+        StopWatch watch;
         for (CSample* sample : each<CSample>(qv->samples)) {
             if (shallPause()) break;
             if (sample->reader) sample->reader->serve();
         }
         for (CComp* c : each<CComp>(qv->comps))
             if (c->type == compSeq) c->diskRead();
+        qv->workers->reads.note(watch.lap());
         suspend(pauseMs);
     }
 }

@@ -5,6 +5,7 @@
 #include "engine/CQV.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
+#include "engine/plan/GraphProbe.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -68,7 +69,8 @@ public:
 CMixerPanel::CMixerPanel(CWin* owner, Workspace& space, CMixer& mixer)
     : CGroup(owner, "mixer", 0, 0, 1, 1), state(space, mixer), moving(new Row(owner, "strips")),
       fixed(new Row(owner, "outputs")), across(new CScrollbar(owner, "across", 0, 0, 1, barSize)),
-      down(new CScrollbar(owner, "down", 0, 0, barSize, 1)) {
+      down(new CScrollbar(owner, "down", 0, 0, barSize, 1)),
+      probe(std::make_unique<GraphProbe>(space.host())) {
     across->vertical = false;
     across->spokenName = "Scroll along the strips";
     down->spokenName = "Scroll the strips up and down";
@@ -344,7 +346,18 @@ void CMixerPanel::refresh() {
         s->followSound();
     }
     markStops();
+    followLoad();
     if (eqWin && eqWin->visible) eqWin->refresh();
+}
+
+void CMixerPanel::followLoad() {
+    constexpr int turnsApart = 12;
+    if (!showsRows(rowsLoad)) return;
+    if (probe->take())
+        for (CMixerStrip* s : made) s->showLoad(*probe);
+    if (++turns < turnsApart) return;
+    turns = 0;
+    probe->ask();
 }
 
 void CMixerPanel::followLoudness() {

@@ -13,6 +13,7 @@ class CEqWin;
 class CMixerStrip;
 class CScrollbar;
 class DragHandler;
+class GraphProbe;
 class SectionTitle;
 enum class MixSwitch;
 
@@ -102,6 +103,7 @@ private:
     void placeSections();
     void scrolled(CObject*);
     void scrollTo(int x, int y);
+    void followLoad();
     bool isStale() const;
     Place focusPlace() const;
     void focusOn(const Place& place);
@@ -114,7 +116,9 @@ private:
     int shownMask = -1;                ///< of sections
     Row *moving, *fixed;
     CScrollbar *across, *down;
-    CMixerStrip* marked = nullptr;     ///< that Tab stops at; among `made`
+    CMixerStrip* marked = nullptr; ///< that Tab stops at; among `made`
+    const std::unique_ptr<GraphProbe> probe;
+    int turns = 0;                     ///< of `refresh`, to the next question to the probe
     std::unique_ptr<CEqWin> eqWin;     ///< null until it is opened first
     std::unique_ptr<DragHandler> drag; ///< the latest; null before the first
 };

@@ -14,6 +14,7 @@
 #include "mixer/CMixerPanel.h"
 #include "mixer/EqSection.h"
 #include "mixer/InsertSlot.h"
+#include "mixer/LoadLabel.h"
 #include "mixer/LoudnessLabel.h"
 #include "mixer/MixerState.h"
 #include "mixer/StripControls.h"
@@ -41,7 +42,8 @@ CMixerStrip::CMixerStrip(CMixerPanel& around, const MixerStrip& shownStrip)
       trim(newBar("trim", [](const MixerStrip& s) { return trimOf(s.channel); })),
       mode(new ModeButton(*this)), eq(new EqSection(*this)), pan(new CPanValue(*this)),
       gain(new CDBLabel(*this)), peak(new PeakLabel(*this)), fader(new CVolFader(*this)),
-      scale(new DbScale(*this)), meter(new CAudioLed(*this)), switches{} {
+      scale(new DbScale(*this)), meter(new CAudioLed(*this)),
+      load(new LoadLabel(around.win)), switches{} {
     tabStop = true;
     constexpr double trimDb = 12.04; // 4 to the power of 1
     trim->label = "Trim";
@@ -53,7 +55,7 @@ CMixerStrip::CMixerStrip(CMixerPanel& around, const MixerStrip& shownStrip)
     for (int i = 0; i < mixSwitches; i++)
         switches[size_t(i)] = new StripSwitch(*this, MixSwitch(i));
     for (CCtrl* c : std::initializer_list<CCtrl*>{source, trim, mode, eq, target, pan, gain, peak,
-                                                  fader, scale, meter})
+                                                  fader, scale, meter, load})
         addControl(c);
     for (StripSwitch* s : switches) addControl(s);
     if (!meterOfOutput()) return;
@@ -131,6 +133,7 @@ void CMixerStrip::place(const MixerStrip& now, const StripPlan& plan, bool wide)
     setPlace(fader, at.fader);
     setPlace(scale, at.scale);
     setPlace(meter, at.meter);
+    setPlace(load, at.load);
     const int wideSwitch = (at.switches.width() - 2 * switchGap) / mixSwitches;
     for (int i = 0; i < mixSwitches; i++)
         switches[size_t(i)]->setBounds(at.switches.left + i * (wideSwitch + switchGap),
@@ -168,7 +171,8 @@ void CMixerStrip::nameControls() {
                 {gain, "Decibels"},
                 {peak, "Peak"},
                 {fader, "Volume"},
-                {meter, "Level"}};
+                {meter, "Level"},
+                {load, "Load"}};
     for (const auto& row : rows) row.ctrl->spokenName = row.spoken + CStr(", ") + shown.name;
     for (InsertSlot* s : slots) s->spokenName = "Insert " + asStr(s->index + 1) + ", " + shown.name;
     for (ValueBar* s : sends) s->spokenName = "Send to " + s->label + ", " + shown.name;
@@ -220,6 +224,16 @@ void CMixerStrip::refresh() {
 bool CMixerStrip::followSound() {
     const bool level = meter->refresh();
     return (peak->visible && peak->refresh()) || level;
+}
+
+/// With the component behind it, whose work is that of all its strips.
+void CMixerStrip::showLoad(const GraphProbe& probe) {
+    if (!load->visible) return;
+    const CComp* behind = of.ownsTrack() ? static_cast<const CComp*>(of.track) : of.comp;
+    int late = of.comp->enabled ? of.comp->getDelay() : 0;
+    for (auto* insert : each<CComp>(of.channel->inserts))
+        if (insert->enabled) late += insert->getDelay();
+    load->show(probe.workOf(behind), probe.blockNs(), late * 1000.0 / double(of.comp->host->rate));
 }
 
 // Loudness.
@@ -318,6 +332,7 @@ std::vector<CCtrl*> CMixerStrip::stops() {
     for (CCtrl* c : std::initializer_list<CCtrl*>{target, truePeak, pan, gain, peak, fader, meter})
         if (c) add(c);
     for (CCtrl* c : switches) add(c);
+    add(load);
     return all;
 }
 

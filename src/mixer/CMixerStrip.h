@@ -17,7 +17,9 @@ class CStoredCtrl;
 class CVolFader;
 class DbScale;
 class EqSection;
+class GraphProbe;
 class InsertSlot;
+class LoadLabel;
 class Loudness;
 class LoudnessLabel;
 class NameField;
@@ -47,8 +49,9 @@ public:
     void refresh();        ///< follows all values
     bool followSound();    ///< follows the level; whether that shows
     void followLoudness(); ///< of an output, which measures from the first time on
-    void stopMeasuring();  ///< what is measured for the mixer alone
-    void rename();         ///< opens a field in place of the name
+    void showLoad(const GraphProbe& probe);
+    void stopMeasuring(); ///< what is measured for the mixer alone
+    void rename();        ///< opens a field in place of the name
     std::vector<CCtrl*> stops();
 
     // For what is on it.
@@ -105,6 +108,7 @@ private:
     DbScale* scale;
     LoudnessLabel *loudness = nullptr, *truePeak = nullptr; ///< of an output, else null
     CAudioLed* meter;
+    LoadLabel* load;
     std::array<StripSwitch*, mixSwitches> switches;
     NameField* field = nullptr; ///< while it is renamed
     unsigned turns = 0;         ///< of `refresh`, since it was placed

@@ -184,7 +184,8 @@ void CMixerWin::sectionsClicked(CObject* sender) {
     popup->addSeparator();
     for (const auto& [text, rows] : {std::pair{"Inserts", rowsInserts},
                                      {"Sends of strips", rowsSends},
-                                     {"Routing", rowsRouting}}) {
+                                     {"Routing", rowsRouting},
+                                     {"Load", rowsLoad}}) {
         CMenuItem* item =
             popup->add(text, new _COnChange<CMixerWin>(this, &CMixerWin::showRowsClicked));
         item->tag = rows;

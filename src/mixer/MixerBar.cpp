@@ -35,6 +35,7 @@ constexpr struct {
     {"inserts", "FX", "Show inserts or the equaliser on the strips", rowsInserts},
     {"sends", "Send", "Show the sends on the strips", rowsSends},
     {"routing", "Route", "Show program, trim and output on the strips", rowsRouting},
+    {"loads", "Load", "Show on the strips what they cost", rowsLoad},
 };
 
 /// A word that is underlined while what it stands for shows.

@@ -34,7 +34,11 @@ StripLayout::StripLayout(const StripPlan& plan, bool wide) : width(wide ? wideSt
     if (plan.rows & rowsRouting) target = take(rowHeight, gap);
     pan = take(panHeight, gap);
     const CRect figures = take(figureHeight, 2);
-    const int bottom = std::max(plan.height, leastHeight(plan)) - margin;
+    int bottom = std::max(plan.height, leastHeight(plan)) - margin;
+    if (plan.rows & rowsLoad) {
+        load = asRect(left, bottom - figureHeight, right, bottom);
+        bottom = load.top - gap;
+    }
     switches = asRect(left, bottom - switchHeight, right, bottom);
     const int end = switches.top - gap;
     const int inner = faderWidth + (wide ? scaleWidth : 2) + meterWidth;
@@ -52,6 +56,7 @@ int StripLayout::leastHeight(const StripPlan& plan) {
     if (plan.rows & rowsRouting) high += rowHeight + hair + trimHeight + gap + rowHeight + gap;
     if (plan.rows & rowsInserts) high += modeHeight + hair + plan.slots * slotHeight + gap;
     if ((plan.rows & rowsSends) && plan.sends > 0) high += plan.sends * sendHeight + gap;
+    if (plan.rows & rowsLoad) high += figureHeight + gap;
     return high;
 }
 

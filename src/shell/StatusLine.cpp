@@ -8,6 +8,7 @@
 #include "gui/CWin.h"
 #include "gui/Fonts.h"
 #include "gui/controls/CButton.h"
+#include "shell/LoadDisplay.h"
 #include "ui/DeviceSettings.h"
 
 #include <cstdio>
@@ -15,18 +16,20 @@
 namespace {
 
 constexpr int margin = 8;
+constexpr int leastMessage = 280;                    ///< pixels that stay for a message
 constexpr const char* silentDevice = "Silent clock"; ///< of the driver, for machines without sound
 
 } // namespace
 
 StatusLine::StatusLine(CWin* owner, CQV* host, int t, int w, COnChange* devicePressed)
-    : CGroup(owner, "status", 0, t, w, lineHeight), qv(host),
+    : CGroup(owner, "status", 0, t, w, lineHeight), qv(host), load(new LoadDisplay(owner, host)),
       deviceButton(new CButton(owner, "device", "", 0, 1, 1, lineHeight - 1)) {
     setAlign(alignWidth | alignBottom, 0, 0);
     deviceButton->hint = "What plays: a press opens Setup";
     deviceButton->tabStop = true;
     deviceButton->onChange = devicePressed;
     deviceButton->onPaint = new _COnPaint<StatusLine>(this, &StatusLine::paintDevice);
+    addControl(load);
     addControl(deviceButton);
 }
 
@@ -34,7 +37,7 @@ void StatusLine::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
     g->fillRect(colours.panel, clientRect());
     g->fillRect(colours.frame, asRect(0, 0, width, 1));
-    const CRect room = asRect(margin, 1, deviceButton->left, height);
+    const CRect room = asRect(margin, 1, load->left, height);
     g->drawText(colours.dimText, textFace({})->shortened(text, room.width()), room, textLeft);
     CGroup::paint(g, rect);
 }
@@ -61,6 +64,11 @@ void StatusLine::devicesChanged() {
 }
 
 void StatusLine::refresh() {
+    followDevice();
+    load->refresh();
+}
+
+void StatusLine::followDevice() {
     CAAM* bridge = qv->aam;
     DeviceState now;
     if (bridge && bridge->opened) now = {bridge->device, bridge->frames, bridge->rate};
@@ -69,10 +77,22 @@ void StatusLine::refresh() {
     warning = !bridge || !bridge->opened || bridge->audioName(bridge->device) == silentDevice;
     device = deviceText();
     deviceButton->spokenName = "Device: " + device;
+    placeButtons();
+    redraw();
+}
+
+/// Without a device nothing is worked out by the clock, so there is no load to tell.
+void StatusLine::placeButtons() {
     const int wide = textFace({})->textWidth(device) + 2 * margin;
     deviceButton->setBounds(width - wide, 1, wide, lineHeight - 1);
-    deviceButton->setAlign(alignRight, 0, 0);
-    redraw();
+    const int beside = LoadDisplay::displayWidth(), from = deviceButton->left - beside;
+    load->visible = qv->aam && qv->aam->opened && from >= leastMessage;
+    load->setBounds(load->visible ? from : deviceButton->left, 1, beside, lineHeight - 1);
+}
+
+void StatusLine::resized() {
+    CGroup::resized();
+    placeButtons();
 }
 
 CStr StatusLine::deviceText() const {

@@ -5,9 +5,10 @@
 class CButton;
 class COnChange;
 class CQV;
+class LoadDisplay;
 
-/// The line at the bottom: a hint or message at the left, the state of the device at the right,
-/// which can be pressed.
+/// The line at the bottom: a hint or message at the left, at the right what the work costs and the
+/// state of the device, both of which can be pressed.
 class StatusLine : public CGroup {
 public:
     static constexpr int lineHeight = 24;
@@ -15,8 +16,9 @@ public:
     /// `devicePressed` is taken over.
     StatusLine(CWin* win, CQV* host, int top, int width, COnChange* devicePressed);
     void paint(CGraphic* g, CRect rect) override;
+    void resized() override; ///< the load is told where there is room beside a message
     void setText(const CStr& text);
-    /// Brings the device up to date. Interface tick.
+    /// Brings load and device up to date. Interface tick.
     void refresh();
     void devicesChanged(); ///< may have another name
     void describe(Description& d, int part) const override;
@@ -31,9 +33,12 @@ private:
     static constexpr DeviceState nothingTold{-2, 0, 0.0f};
 
     CStr deviceText() const;
+    void followDevice();
+    void placeButtons();
     void paintDevice(CObject* sender, CGraphic* g, CRect rect);
 
     CQV* qv;
+    LoadDisplay* load;
     CButton* deviceButton;
     DeviceState shown = nothingTold;
     CStr text, device;

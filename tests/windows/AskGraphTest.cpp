@@ -1,10 +1,10 @@
 #include "Blocks.h"
+#include "BusyComp.h"
 #include "ModularFixture.h"
 
 #include "audiofiles/CSample.h"
 #include "common/fx/CEQ.h"
 #include "effects/CEffect.h"
-#include "engine/CGroupCh.h"
 #include "engine/plan/GraphProbe.h"
 #include "instruments/CSampler.h"
 #include "instruments/CSynthProg.h"
@@ -16,8 +16,6 @@
 #include "sequencer/edit/MoveEdits.h"
 #include "sequencer/song/CPart.h"
 
-#include <chrono>
-
 namespace {
 
 /// A component that takes its time.
@@ -25,18 +23,6 @@ class LateComp : public CGroupCh {
 public:
     using CGroupCh::CGroupCh;
     int getDelay() override { return 441; }
-};
-
-/// A component whose work takes an eighth of a block at least.
-class BusyComp : public CGroupCh {
-public:
-    using CGroupCh::CGroupCh;
-    void process(int frames) override {
-        const std::chrono::duration<double> share(frames / double(host->rate) / 8);
-        const auto end = std::chrono::steady_clock::now() + share;
-        while (std::chrono::steady_clock::now() < end) continue;
-        CGroupCh::process(frames);
-    }
 };
 
 /// A song of two instrument tracks, "Bass" and "Lead", with a part and a synthesizer each, and one

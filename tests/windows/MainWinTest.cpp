@@ -2,11 +2,13 @@
 
 #include "engine/CClick.h"
 #include "engine/CSnap.h"
+#include "engine/plan/GraphWorkers.h"
 #include "gui/controls/CEdit.h"
 #include "gui/controls/CMenu.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/song/Points.h"
 #include "setup/CSetupWin.h"
+#include "shell/LoadDisplay.h"
 #include "shell/Rooms.h"
 
 namespace {
@@ -243,4 +245,20 @@ TEST_F(MainWinTest, TheDeviceLeadsToSetup) {
          std::to_string(corner.y + win->height - 14)});
     act({"click", "1"});
     EXPECT_TRUE(pumpUntil([&] { return win->rooms->setup && win->rooms->setup->visible; }));
+}
+
+/// Half a block of work, once a whole one.
+TEST_F(MainWinTest, TheLoadIsToldAndItsWorstForgotten) {
+    start();
+    const double blockNs = host->frames / double(host->rate) * 1e9;
+    host->workers->calls.note(unsigned(blockNs));
+    for (int i = 0; i < 2000; i++) host->workers->calls.note(unsigned(blockNs / 2));
+    auto* load = new LoadDisplay(win.get(), host.get());
+    win->addControl(load);
+    load->click();
+    const auto told = [load] { return std::string(load->text.asChar()).substr(0, 18); };
+    EXPECT_EQ(told(), "CPU 50 %, peak 0 %");
+    host->workers->calls.note(unsigned(blockNs * 0.75));
+    for (int i = 0; i < 100; i++) load->refresh();
+    EXPECT_EQ(told(), "CPU 50 %, peak 75 ");
 }

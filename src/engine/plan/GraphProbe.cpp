@@ -27,7 +27,7 @@ const CComp* shownAs(CComp* comp) {
 class GraphProbe::Answer {
 public:
     struct Step {
-        const CComp* comp;
+        const CComp *comp, *owner;
         float mean;
         unsigned worst;
     };
@@ -46,7 +46,8 @@ public:
         assert(host->heldByThread());
         for (const PlanStep& step : host->plans->current().allSteps())
             if (works.size() < works.capacity())
-                works.push_back({shownAs(step.node->comp), step.times.mean, step.times.worst});
+                works.push_back(
+                    {step.node->comp, shownAs(step.node->comp), step.times.mean, step.times.worst});
         for (const CList* list : {&host->comps, &host->sends})
             for (const auto* comp : each<CComp>(*list))
                 for (const auto* cable : each<CAudioCable>(comp->audioCables))
@@ -97,10 +98,14 @@ bool GraphProbe::take() {
     if (!answer || !answer->done.loadAcquire()) return false;
     work.clear();
     delays.clear();
-    for (const Answer::Step& step : answer->works) {
-        Work& sum = work[step.comp];
+    const auto add = [this](const CComp* comp, const Answer::Step& step) {
+        Work& sum = work[comp];
         sum.mean += step.mean;
         sum.worst += step.worst;
+    };
+    for (const Answer::Step& step : answer->works) {
+        add(step.comp, step);
+        if (step.owner != step.comp) add(step.owner, step);
     }
     for (const Answer::Cable& cable : answer->delays) delays[cable.cable] = cable.delay;
     answer.reset();

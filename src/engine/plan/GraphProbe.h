@@ -10,7 +10,8 @@ class CQV;
 /// without a stop. Interface thread.
 class GraphProbe {
 public:
-    /// Of a component, with its strips; nanoseconds per block. A song counts with its tracks.
+    /// Of a component, with its strips; nanoseconds per block. A song counts with its tracks, of
+    /// which each is told by itself as well.
     struct Work {
         float mean = 0.0f;
         unsigned worst = 0;

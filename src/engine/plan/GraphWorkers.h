@@ -54,6 +54,8 @@ public:
     GraphScratch& scratch() const;
 
     WorkTimes busy[most + 1]; ///< time in steps per block; first that of the graph's holder
+    WorkTimes calls;          ///< of the driver, each as if it had brought a whole block
+    WorkTimes reads;          ///< of the disk thread, between two of its pauses
 
 private:
     class Thread;
