@@ -38,6 +38,7 @@ void* map(std::size_t bytes) {
     void* pages =
         ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (pages == MAP_FAILED) throw std::bad_alloc();
+    ::madvise(pages, bytes, MADV_NOHUGEPAGE); // a byte written is not to cost two megabytes
     return pages;
 }
 

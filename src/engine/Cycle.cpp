@@ -199,7 +199,7 @@ void CQV::process(int n) {
     flushDenormals();
     if (!insideCallback()) plans->refresh();
     assert(plans->current().fresh());
-    if (hostNotices.take(HostNotice::delays)) calcPDC();
+    plans->followLatency(bool(hostNotices.take(HostNotice::delays)));
     if (!processed) runBlock(n);
     busy = false;
 }

@@ -5,6 +5,7 @@
 #include "engine/MidiBytes.h"
 #include "engine/StripEvents.h"
 #include "engine/plan/GraphPlan.h"
+#include "engine/plan/GraphWorkers.h"
 
 #include <algorithm>
 #include <cassert>
@@ -130,42 +131,24 @@ void mixStrip(CComp* c, COutputChannel* ch, int frames, int offset) {
 
 } // namespace
 
-void addStereo(CInputChannel* to, const COutputChannel* from, int frames, PlanFade& fade) {
+void addStereo(CInputChannel* to, const float* left, const float* right, int frames,
+               PlanFade& fade) {
     if (!fade.running()) {
-        addScaled(to->bufL, from->bufL, frames, 1.0f);
-        addScaled(to->bufR, from->bufR, frames, 1.0f);
+        addScaled(to->bufL, left, frames, 1.0f);
+        addScaled(to->bufR, right, frames, 1.0f);
         return;
     }
     for (int i = 0; i < frames; ++i) {
-        to->bufL[i] += from->bufL[i] * fade.at(i);
-        to->bufR[i] += from->bufR[i] * fade.at(i);
+        to->bufL[i] += left[i] * fade.at(i);
+        to->bufR[i] += right[i] * fade.at(i);
     }
     fade.advance(frames);
 }
 
-namespace {
-
-void addDelayed(CInputChannel* to, const COutputChannel* from, CPDC* pdc, int frames,
-                PlanFade& fade) {
-    for (int i = 0; i < frames; ++i) {
-        float l = 0.0f, r = 0.0f;
-        pdc->exchange(from->bufL[i], from->bufR[i], l, r);
-        to->bufL[i] += l * fade.at(i);
-        to->bufR[i] += r * fade.at(i);
-    }
-    fade.advance(frames);
-}
-
-} // namespace
-
-void addToOut(const CAudioCable* cable, unsigned block, int frames, PlanFade& fade) {
-    CInputChannel* to = cable->toChannel;
-    if (cable->pdc->delay >= 1) {
-        cable->pdc->enter(block);
-        addDelayed(to, cable->fromChannel, cable->pdc, frames, fade);
-    } else {
-        addStereo(to, cable->fromChannel, frames, fade);
-    }
+void addToOut(PlanArrival& cable, int frames, GraphScratch& scratch) {
+    if (cable.fade.over()) return;
+    CInputChannel* to = cable.from->toChannel;
+    cable.addTo(to, frames, scratch);
     storePeak(highest(to->bufL, frames, to->peakL), to->peakL, to->holdL);
     storePeak(highest(to->bufR, frames, to->peakR), to->peakR, to->holdR);
 }
@@ -261,7 +244,7 @@ void CComp::subMix(int frames, int offset) {
     int index = 0;
     for (auto* ch : each<COutputChannel>(outputs)) {
         mixStrip(this, ch, frames, offset);
-        if (tap) tap->take(ch, index++, host->blocks, frames, offset);
+        if (tap) tap->take(ch, index++);
     }
     if (tap) tap->endPiece();
 }
@@ -278,7 +261,7 @@ void CComp::fx(int frames) {
 void CComp::mergeAudio(int frames) {
     assert(heldByThread());
     if (!planned) return;
-    for (PlanArrival& arrival : planned->arrivals) arrival.addTo(input(), frames);
+    for (PlanArrival& arrival : planned->arrivals) arrival.addTo(input(), frames, host->scratch());
 }
 
 namespace {

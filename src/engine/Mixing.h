@@ -2,10 +2,11 @@
 
 #include "base/Atomic.h"
 
-class CAudioCable;
 class CComp;
 class CInputChannel;
 class COutputChannel;
+struct GraphScratch;
+struct PlanArrival;
 struct PlanFade;
 
 /// Sums and meters of the mix: plain loops over one channel's buffer, any thread. A frame that is
@@ -22,11 +23,11 @@ void storePeak(float peak, Shared<float>& live, Shared<float>& hold);
 /// Adds `from` times `amount` to `to`; the two do not overlap.
 void addScaled(float* to, const float* from, int frames, float amount);
 
-/// Adds a channel's block to another's, and moves the fade on.
-void addStereo(CInputChannel* to, const COutputChannel* from, int frames, PlanFade& fade);
-/// Adds what a cable brings in a block to its end, delayed as it is told to, and meters the sum
-/// there. Graph holder.
-void addToOut(const CAudioCable* cable, unsigned block, int frames, PlanFade& fade);
+/// Adds a block to that of a channel, and moves the fade on.
+void addStereo(CInputChannel* to, const float* left, const float* right, int frames,
+               PlanFade& fade);
+/// Adds what a cable brings in a block to its end, and meters the sum there. Graph holder.
+void addToOut(PlanArrival& cable, int frames, GraphScratch& scratch);
 
 /// Whether no solo elsewhere silences the channel.
 bool heardInSolo(const COutputChannel* ch);

@@ -4,6 +4,7 @@
 #include "common/fx/CDelay.h"
 #include "engine/StripFixture.h"
 #include "engine/ValueDoor.h"
+#include "engine/plan/GraphPlan.h"
 
 #include <memory>
 #include <numeric>
@@ -180,6 +181,6 @@ TEST(CEffect, ItsLatencyIsCompensated) {
         static_cast<CFX*>(rack->getProg()->effects.getFirst())->setEnabled(on);
         t.host->idle();
         t.run(2);
-        EXPECT_EQ(t.host->pdcInDelay, on ? 23 : 0);
+        EXPECT_EQ(t.host->plans->latency(), on ? 23 : 0);
     }
 }

@@ -42,6 +42,15 @@ protected:
     int latency = 0; ///< frames that a take is to be moved by
 };
 
+/// Silent, and late.
+class Late : public TestInstrument {
+public:
+    using TestInstrument::TestInstrument;
+    static constexpr int frames = 37;
+    int getDelay() override { return frames; }
+    void play(int) override {}
+};
+
 /// Runs blocks on a thread of their own, as fast as they go, with idle passes meanwhile.
 void runApart(TakeFixture& f, int blocks) {
     std::atomic<int> done{0};
@@ -83,9 +92,11 @@ TEST_F(RecordingTest, TakesEqualTheFeed) {
         CSongTrack* t = f.track(trackAudio);
         t->track->recChs = static_cast<unsigned char>(way.chs);
         f.seq->selectTrack(t, true);
+        f.device.connect(f.device.add(new Late(&f.host)));
         f.idle();
         const std::string empty = dump(f.seq);
         feed(f, 600);
+        latency += Late::frames;
         if (way.before) f.host.start();
         f.play(way.before);
         f.host.rec();
@@ -94,9 +105,6 @@ TEST_F(RecordingTest, TakesEqualTheFeed) {
             f.play(1);
             played += other->track->outPort()->count;
         }
-        f.host.pdcInDelay = 30; // as if the graph had delays
-        f.host.pdcSendDelay = 7;
-        latency += 37;
         if (way.before) f.host.rec();
         f.play(way.before);
         f.end();

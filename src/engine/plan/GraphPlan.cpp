@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/Cycle.h"
 #include "engine/ForgetHooks.h"
 #include "engine/Mixing.h"
 #include "engine/plan/GraphWorkers.h"
@@ -20,24 +21,20 @@ constexpr unsigned measuredBlocks = 8;
 
 } // namespace
 
-void PlanArrival::addTo(CInputChannel* to, int frames) {
-    if (kind == strips)
-        sender->tap->feed(sender->comp, bus, to, frames);
-    else if (kind == parts)
-        sender->comp->sendParts(bus, to, frames);
-    else if (!fade.over() && from->fromComp->canProcess() && from->fromChannel && from->toChannel)
-        addStereo(from->toChannel, from->fromChannel, frames, fade);
-}
-
 GraphPlan::GraphPlan(CQV* root) : host(root), madeFor(root->frames) {
 }
 
 GraphPlan::~GraphPlan() = default;
 
 void GraphPlan::run(int frames) {
-    if (host->workers->helpWith(*this)) return host->workers->run(*this, frames);
-    if (host->blocks % measuredBlocks == 0) return runMeasured(frames);
-    for (size_t i = 0; i < late; ++i) runStep(steps[i], frames);
+    if (host->workers->helpWith(*this))
+        host->workers->run(*this, frames);
+    else if (host->blocks % measuredBlocks == 0)
+        runMeasured(frames);
+    else
+        for (size_t i = 0; i < late; ++i) runStep(steps[i], frames);
+    lateness.finishOuts(frames);
+    heard = true;
 }
 
 void GraphPlan::runMeasured(int frames) {
@@ -85,8 +82,7 @@ void GraphPlan::runStep(PlanStep& step, int frames) const {
     CComp* c = step.node->comp;
     c->planned = step.node;
     if (step.work & PlanStep::sum)
-        for (PlanSum& sum : step.sums)
-            if (!sum.fade.over()) addToOut(sum.cable, host->blocks, frames, sum.fade);
+        for (PlanArrival& sum : step.sums) addToOut(sum, frames, host->scratch());
     if (step.work & PlanStep::render) c->process(frames);
     if (step.work & PlanStep::sound) c->sound(frames);
     const bool leftOut = host->renderMode != 0 && (host->renderMode != 1 || host->renderDry);
@@ -101,6 +97,24 @@ bool GraphPlan::fresh() const {
     return madeFor == host->frames && std::ranges::none_of(sources, &PlanSource::changed);
 }
 
+bool GraphPlan::workOutLatency() {
+    latencyKnown = true;
+    return lateness.workOut(host->framesInMs * PlanFade::ms);
+}
+
+bool GraphPlan::hasCablesOf(const GraphPlan& other) const {
+    std::unordered_map<const CComp*, const std::vector<const CAudioCable*>*> others;
+    for (const auto& node : other.nodes)
+        if (!node->cables.empty()) others[node->comp] = &node->cables;
+    for (const auto& node : nodes) {
+        if (node->cables.empty()) continue;
+        const auto found = others.find(node->comp);
+        if (found == others.end() || *found->second != node->cables) return false;
+        others.erase(found);
+    }
+    return others.empty();
+}
+
 bool GraphPlan::dependsOn(const PlanLists& lists) const {
     return std::ranges::any_of(sources, [&](const auto& s) { return lists.changes(s.list); });
 }
@@ -111,18 +125,30 @@ bool GraphPlan::confirm() {
 
 void GraphPlans::refresh() {
     assert(host->heldByThread());
-    if (now && now->fresh()) return;
-    auto made = PlanBuilder(host, PlanLists()).build();
+    if (now && now->fresh() && !linesWanted) return;
+    linesWanted = false;
+    auto made = PlanBuilder(host, PlanLists(), now.get()).build();
     if (now) host->workers->settle();
     now = std::move(made);
+}
+
+void GraphPlans::followLatency(bool changed) {
+    if (!changed && !now->latencyUnknown()) return;
+    linesWanted = !now->workOutLatency();
+    if (linesWanted && !insideCallback()) {
+        refresh();
+        now->workOutLatency();
+    }
+    total = now->latency().total();
 }
 
 void GraphPlans::prepare(const UndoPlan& step, bool first) {
     PlanLists lists(host, step, first);
     next = nullptr; // of a step that did not come to pass: no thread has seen it
     if (now && !now->dependsOn(lists)) return;
-    next = PlanBuilder(host, lists).build();
-    if (now) next = PlanBuilder(host, std::move(lists), *now, *next).build();
+    next = PlanBuilder(host, lists, now.get()).build();
+    if (now && !next->hasCablesOf(*now))
+        next = PlanBuilder(host, std::move(lists), now.get(), next.get()).build();
     passing = next->isPassing();
     madeAt = asTimeInMS();
 }
@@ -134,10 +160,11 @@ void GraphPlans::adopt() {
 
 void GraphPlans::idle() {
     constexpr int patienceMs = 200; // a step may wait for a block before its fades begin
+    if (linesWanted) const GraphHold hold(host); // which makes them at its end
     if (!passing || asTimeInMS() - madeAt < patienceMs) return;
     passing = false;
     const GraphHold hold(host);
-    auto made = PlanBuilder(host, PlanLists()).build();
+    auto made = PlanBuilder(host, PlanLists(), now.get()).build();
     host->workers->settle();
     now = std::move(made);
 }
@@ -147,7 +174,7 @@ void GraphPlan::forget(const ForgetSet& gone) {
         if (fade.leaving && gone.has(cable)) fade.left = 0;
     };
     for (PlanStep& step : steps)
-        for (PlanSum& sum : step.sums) end(sum.cable, sum.fade);
+        for (PlanArrival& sum : step.sums) end(sum.from, sum.fade);
     for (const auto& node : nodes)
         for (PlanArrival& arrival : node->arrivals) end(arrival.from, arrival.fade);
 }

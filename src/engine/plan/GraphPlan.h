@@ -2,41 +2,17 @@
 
 #include "engine/SendTap.h"
 #include "engine/plan/PlanFade.h"
+#include "engine/plan/PlanLatency.h"
 #include "engine/plan/PlanLists.h"
 #include "engine/plan/WorkTimes.h"
 
 #include <memory>
 #include <vector>
 
-class CAudioCable;
 class CComp;
-class CInputChannel;
 class CMIDICable;
 class CQV;
 class ForgetSet;
-class PlanNode;
-
-/// Something that is added to the inputs of a component.
-struct PlanArrival {
-    enum Kind {
-        cable,  ///< the end of a cable
-        strips, ///< what the strips of a component send to a bus
-        parts,  ///< the same of the parts of one, before its strips
-    };
-    Kind kind;
-    const CAudioCable* from = nullptr; ///< for `cable`
-    const PlanNode* sender = nullptr;  ///< for the others
-    int bus = 0;                       ///< the same
-    PlanFade fade{};                   ///< of a cable
-
-    void addTo(CInputChannel* bus, int frames);
-};
-
-/// A cable into an audio out.
-struct PlanSum {
-    const CAudioCable* cable;
-    PlanFade fade{};
-};
 
 /// A component in a plan. Made on the interface thread, then the graph holder's.
 class PlanNode {
@@ -55,6 +31,7 @@ public:
     std::vector<Midi> midi;
     std::vector<const CAudioCable*> cables; ///< that arrive, but for those that leave
     std::unique_ptr<SendTap> tap;           ///< null without buses
+    int latency = 0; ///< of what arrives, in frames, once it has been worked out
 };
 
 /// A piece of work of a block: what a component does, in this order.
@@ -68,7 +45,7 @@ struct PlanStep {
     };
     PlanNode* node;
     unsigned work;
-    std::vector<PlanSum> sums; ///< of `sum`
+    std::vector<PlanArrival> sums; ///< of `sum`
     int level = 0; ///< it needs what steps of lower levels make, and nothing of its own level
     WorkTimes times{};
 };
@@ -93,6 +70,16 @@ public:
 
     void forget(const ForgetSet& gone);           ///< see `GraphPlans`
     bool dependsOn(const PlanLists& lists) const; ///< whether a list that changes is one of them
+
+    /// Works out how late everything is, and what has to wait. Graph holder; to be done before the
+    /// first block, and when something that runs has become later or earlier.
+    /// False when something has to wait that has no line to wait in.
+    bool workOutLatency();
+    bool latencyUnknown() const { return !latencyKnown; }
+    PlanLatency& latency() { return lateness; }
+    const PlanLatency& latency() const { return lateness; }
+    /// Whether the same cables arrive at the same components.
+    bool hasCablesOf(const GraphPlan& other) const;
 
     const std::vector<PlanStep>& allSteps() const { return steps; }
     size_t firstLate() const { return late; }  ///< step where `runLate` begins
@@ -122,6 +109,9 @@ private:
     std::vector<int> ends;       ///< of each level in `order`
     int mostOfLevel = 0;
     std::vector<PlanSource> sources; ///< what leads to a list stands before it
+    PlanLatency lateness;
+    bool latencyKnown = false;
+    Shared<bool> heard{false}; ///< a block has been worked out, or by a plan before it
 };
 
 /// The plan in force, and the one that a step brings with it.
@@ -145,9 +135,16 @@ public:
     /// Frees what the step has left over, and corrects what could not be foreseen. Interface
     /// thread, once the step is known to be done.
     void settle();
+    /// Frames from the song to what the device gets. Any thread.
+    int latency() const { return total; }
+    /// Works the latency out, where the plan is new or `changed` tells of another one. Graph
+    /// holder.
+    void followLatency(bool changed);
 
 private:
     CQV* host;
+    Shared<int> total{0};
+    Shared<bool> linesWanted{false};
     std::unique_ptr<GraphPlan> now;
     std::unique_ptr<GraphPlan> next; ///< until the step is carried out; then the former plan
     bool passing = false;            ///< the plan made last is; interface thread

@@ -48,11 +48,10 @@ public:
             if (works.size() < works.capacity())
                 works.push_back(
                     {step.node->comp, shownAs(step.node->comp), step.times.mean, step.times.worst});
-        for (const CList* list : {&host->comps, &host->sends})
-            for (const auto* comp : each<CComp>(*list))
-                for (const auto* cable : each<CAudioCable>(comp->audioCables))
-                    if (delays.size() < delays.capacity())
-                        delays.push_back({cable, {cable->pdc->base, cable->pdc->delay}});
+        for (const auto& meeting : host->plans->current().latency().all())
+            for (const PlanArrival* a : meeting.arrivals)
+                if (a->from && a->origin && delays.size() < delays.capacity())
+                    delays.push_back({a->from, {a->origin->latency, a->delay()}});
         done.storeRelease(true);
     }
 

@@ -24,8 +24,9 @@ constexpr int sleepMs = 1;
 } // namespace
 
 GraphScratch::GraphScratch(int frames)
-    : left(size_t(frames)), right(size_t(frames)),
+    : left(size_t(frames)), right(size_t(frames)), arrival(nullptr),
       source(std::make_unique_for_overwrite<unsigned char[]>(sampleScratchBytes)) {
+    arrival.createBuffers(frames);
 }
 
 /// One of the threads.

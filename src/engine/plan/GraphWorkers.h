@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/CThread.h"
+#include "engine/CIO.h"
 #include "engine/plan/WorkTimes.h"
 
 #include <memory>
@@ -13,6 +14,7 @@ class GraphPlan;
 struct GraphScratch {
     explicit GraphScratch(int frames);
     std::vector<float> left, right; ///< `frames` of the host
+    CInputChannel arrival;          ///< of what is added to an input
     /// For source frames while they are rendered, of `sampleScratchBytes`.
     std::unique_ptr<unsigned char[]> source;
 };

@@ -12,16 +12,18 @@ constexpr size_t sumsAtOnce = 8;
 
 } // namespace
 
-PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted)
+PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted, const GraphPlan* before,
+                         const GraphPlan* plain)
     : host(root), lists(std::move(wanted)), plan(std::make_unique<GraphPlan>(root)),
       fadeFrames(std::max(1, root->framesInMs * PlanFade::ms)) {
-}
-
-PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted, const GraphPlan& before,
-                         const GraphPlan& plain)
-    : PlanBuilder(root, std::move(wanted)) {
-    for (const auto& node : before.nodes) former[node->comp] = node.get();
-    for (const PlanStep& step : plain.steps) staying.insert(step.node->comp);
+    if (!before) return;
+    plan->heard = before->heard.load();
+    for (const auto& meeting : before->lateness.all())
+        for (const PlanArrival* arrival : meeting.arrivals) lines[keyOf(*arrival)] = arrival->line;
+    for (const auto& end : before->lateness.ends()) endLines[end.out->channel] = end.line;
+    if (!plain) return;
+    for (const auto& node : before->nodes) former[node->comp] = node.get();
+    for (const PlanStep& step : plain->steps) staying.insert(step.node->comp);
 }
 
 const std::vector<CObject*>& PlanBuilder::read(const CList& list) {
@@ -67,6 +69,7 @@ std::unique_ptr<GraphPlan> PlanBuilder::build() {
     for (CComp* c : comps)
         if (c->type == compSeq) need(c);
     plan->findOrder();
+    linkLatency();
     return std::move(plan);
 }
 
@@ -77,7 +80,7 @@ void PlanBuilder::takeSources(CComp* out, ListKind kind) {
         need(from);
         from->planStrip(*this);
         place(out).node->cables.push_back(cable);
-        place(out).sums.push_back({cable, fadeOf(out, cable)});
+        place(out).sums.push_back(arrivalOf(out, cable));
         if (place(out).sums.size() == sumsAtOnce) flushSums(out);
     }
 }
@@ -147,7 +150,7 @@ void PlanBuilder::takeLeaving(CComp* out) {
     for (const CAudioCable* cable : leaving(out)) {
         if (!mayLeave(cable)) continue;
         needLeaving(cable);
-        place(out).sums.push_back({cable, PlanFade::out(fadeFrames)});
+        place(out).sums.push_back(leavingOf(out, cable));
     }
 }
 
@@ -155,8 +158,7 @@ void PlanBuilder::takeLeavingInto(CComp* c) {
     for (const CAudioCable* cable : leaving(c)) {
         if (!mayLeave(cable)) continue;
         needLeaving(cable);
-        place(c).node->arrivals.push_back(
-            {PlanArrival::cable, cable, nullptr, 0, PlanFade::out(fadeFrames)});
+        place(c).node->arrivals.push_back(leavingOf(c, cable));
         place(c).reads.push_back(cable->fromChannel);
     }
 }
@@ -185,7 +187,7 @@ void PlanBuilder::finishOut(CComp* out) {
             finishOut(cable->fromComp);
             if (!place(cable->fromComp).rendered) continue;
             place(out).node->cables.push_back(cable);
-            place(out).sums.push_back({cable, fadeOf(out, cable)});
+            place(out).sums.push_back(arrivalOf(out, cable));
         }
         place(out).busy = false;
     }
@@ -193,6 +195,7 @@ void PlanBuilder::finishOut(CComp* out) {
     if (place(out).stripped) return;
     place(out).stripped = true;
     const auto channels = contents<const void>(out->outputs);
+    makes(out);
     add(out, PlanStep::master, {channels.begin(), channels.end()});
     feedBuses(place(out).node, PlanArrival::strips);
 }
@@ -228,8 +231,7 @@ void PlanBuilder::needAudio(CComp* c) {
             need(from);
             from->planStrip(*this);
             place(c).node->cables.push_back(cable);
-            place(c).node->arrivals.push_back(
-                {PlanArrival::cable, cable, nullptr, 0, fadeOf(c, cable)});
+            place(c).node->arrivals.push_back(arrivalOf(c, cable));
             place(c).reads.push_back(cable->fromChannel);
         }
         takeLeavingInto(c);
@@ -257,15 +259,97 @@ void PlanBuilder::sound(CComp* part, CComp* whole,
     std::vector<const void*> writes(others.begin(), others.end());
     for (const CObject* ch : read(part->outputs)) writes.push_back(ch);
     add(part, PlanStep::sound, writes);
+    makes(part);
+    if (!place(part).parts)
+        place(part).parts =
+            plan->lateness.addOrigin({part, nullptr, place(part).node, {}}, place(part).node);
     feedBuses(place(part).node, PlanArrival::parts);
 }
 
 void PlanBuilder::strip(CComp* c) {
     if (place(c).stripped) return;
     place(c).stripped = true;
+    makes(c);
     const auto channels = contents<const void>(c->outputs);
     add(c, PlanStep::strip, {channels.begin(), channels.end()});
     feedBuses(place(c).node, PlanArrival::strips);
+}
+
+/// A channel of a part is told by the component that has its parts.
+void PlanBuilder::makes(CComp* c) {
+    PlanNode* node = place(c).node;
+    plan->lateness.meetingAt(node);
+    for (auto* ch : contents<COutputChannel>(c->outputs))
+        if (!plan->lateness.originOf(ch))
+            plan->lateness.addOrigin({ch->comp, ch, node, contents<CComp>(ch->inserts)}, node);
+}
+
+PlanArrival PlanBuilder::arrivalOf(CComp* c, const CAudioCable* cable) {
+    CComp* const part = c->type == compSeq ? c->getComp(cable->toChannel) : nullptr;
+    PlanArrival arrival{PlanArrival::cable, cable};
+    arrival.fade = fadeOf(c, cable);
+    arrival.at = place(part ? part : c).node;
+    return arrival;
+}
+
+/// Nothing waits for it, and it does not wait for anything else than before.
+PlanArrival PlanBuilder::leavingOf(CComp* c, const CAudioCable* cable) {
+    PlanArrival arrival{PlanArrival::cable, cable};
+    arrival.fade = PlanFade::out(fadeFrames);
+    arrival.at = place(c).node;
+    if (const auto found = lines.find(keyOf(arrival)); found != lines.end())
+        arrival.line = found->second;
+    return arrival;
+}
+
+PlanArrival PlanBuilder::sendOf(const PlanNode* from, PlanArrival::Kind kind, int channel,
+                                int bus) {
+    PlanArrival arrival{kind, nullptr, from, bus, channel};
+    arrival.at = place(buses[size_t(bus)]).node;
+    return arrival;
+}
+
+PlanBuilder::LineKey PlanBuilder::keyOf(const PlanArrival& a) {
+    if (a.kind == PlanArrival::cable) return {a.kind, a.from, 0, nullptr};
+    return {a.kind, a.sender->comp, a.channel, a.at->comp};
+}
+
+/// What arrives already goes on in its line, or has to get used to one.
+std::shared_ptr<DelayLine> PlanBuilder::lineOf(const PlanArrival& arrival) const {
+    const auto found = lines.find(keyOf(arrival));
+    if (found != lines.end() && found->second) return found->second;
+    return std::make_shared<DelayLine>(plan->heard && found != lines.end());
+}
+
+void PlanBuilder::linkLatency() {
+    PlanLatency& lateness = plan->lateness;
+    const auto link = [&](PlanArrival& a) {
+        if (a.fade.leaving) return;
+        const CComp* sender = a.sender ? a.sender->comp : nullptr;
+        if (a.kind == PlanArrival::cable)
+            a.origin = lateness.originOf(a.from->fromChannel);
+        else if (a.kind == PlanArrival::strips)
+            a.origin =
+                lateness.originOf(contents<COutputChannel>(sender->outputs)[size_t(a.channel)]);
+        else
+            a.origin = place(a.sender->comp).parts;
+        lateness.meetingAt(a.at).arrivals.push_back(&a);
+    };
+    for (const auto& node : plan->nodes)
+        for (PlanArrival& a : node->arrivals) link(a);
+    for (PlanStep& step : plan->steps)
+        for (PlanArrival& a : step.sums) link(a);
+    for (CComp* c : comps)
+        if (const COutputChannel* ch = c->output(); ch && c->type == compAudioOut)
+            if (const PlanOrigin* out = lateness.originOf(ch)) lateness.addEnd(out);
+    lateness.giveLines([this](PlanArrival& a) { a.line = lineOf(a); },
+                       [this](PlanLatency::End& end) {
+                           const auto found = endLines.find(end.out->channel);
+                           const bool known = found != endLines.end();
+                           end.line = known && found->second
+                                          ? found->second
+                                          : std::make_shared<DelayLine>(plan->heard && known);
+                       });
 }
 
 /// What comes too late for a bus is lost.
@@ -274,12 +358,12 @@ void PlanBuilder::feedBuses(PlanNode* from, PlanArrival::Kind kind) {
     const int count = std::min(int(buses.size()), maxSends);
     if (count == 0) return;
     const int channels = int(read(from->comp->outputs).size());
-    if (kind == PlanArrival::strips)
-        from->tap = std::make_unique<SendTap>(channels, count, host->frames);
+    if (kind == PlanArrival::strips) from->tap = std::make_unique<SendTap>(channels, count);
     for (int k = 0; k < count; ++k) {
         Place& bus = place(buses[size_t(k)]);
         if (bus.rendered) continue;
-        bus.node->arrivals.push_back({kind, nullptr, from, k, {}});
+        for (int ch = 0; ch < (kind == PlanArrival::strips ? channels : 1); ++ch)
+            bus.node->arrivals.push_back(sendOf(from, kind, ch, k));
         for (const CObject* ch : read(from->comp->outputs)) bus.reads.push_back(ch);
         bus.reads.push_back(from);
     }
@@ -288,7 +372,7 @@ void PlanBuilder::feedBuses(PlanNode* from, PlanArrival::Kind kind) {
 void PlanBuilder::flushSums(CComp* out) {
     Place& p = place(out);
     if (p.sums.empty()) return;
-    for (const PlanSum& sum : p.sums) p.reads.push_back(sum.cable->fromChannel);
+    for (const PlanArrival& sum : p.sums) p.reads.push_back(sum.from->fromChannel);
     const auto inputs = contents<const void>(out->inputs);
     PlanStep& step = add(out, PlanStep::sum, {inputs.begin(), inputs.end()});
     step.sums = std::move(place(out).sums);

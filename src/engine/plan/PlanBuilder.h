@@ -3,6 +3,8 @@
 #include "engine/CComp.h"
 #include "engine/plan/GraphPlan.h"
 
+#include <map>
+#include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -11,10 +13,11 @@
 /// cut. Interface thread, or whoever holds the graph and may allocate.
 class PlanBuilder {
 public:
-    PlanBuilder(CQV* root, PlanLists wanted);
-    /// For a plan that takes over from another one; `plain` is the new one as it is by itself,
-    /// which it sounds like once all fades are over.
-    PlanBuilder(CQV* root, PlanLists wanted, const GraphPlan& former, const GraphPlan& plain);
+    /// `before`: the plan that is in force until then, if any, whose lines go on. With `plain` what
+    /// comes and goes fades; that is the new plan as it is by itself, which the one that is made
+    /// sounds like once all fades are over.
+    PlanBuilder(CQV* root, PlanLists wanted, const GraphPlan* before,
+                const GraphPlan* plain = nullptr);
     std::unique_ptr<GraphPlan> build();
 
     // For `CComp::planRender` and `planStrip`, which tell what a component needs before it can
@@ -47,7 +50,8 @@ private:
     struct Place {
         PlanNode* node = nullptr;
         bool busy = false, rendered = false, stripped = false;
-        std::vector<PlanSum> sums;      ///< of an audio out: to be added before it works
+        PlanOrigin* parts = nullptr;    ///< of what its parts give before its strips
+        std::vector<PlanArrival> sums;  ///< of an audio out: to be added before it works
         std::vector<const void*> reads; ///< of its next step
     };
     /// The latest levels that wrote and read something.
@@ -71,6 +75,12 @@ private:
     void finishOut(CComp* out);
     void flushSums(CComp* out);
     void feedBuses(PlanNode* from, PlanArrival::Kind kind);
+    PlanArrival arrivalOf(CComp* c, const CAudioCable* cable);
+    PlanArrival leavingOf(CComp* c, const CAudioCable* cable);
+    PlanArrival sendOf(const PlanNode* from, PlanArrival::Kind kind, int channel, int bus);
+    void makes(CComp* c);
+    void linkLatency();
+    std::shared_ptr<DelayLine> lineOf(const PlanArrival& arrival) const;
     PlanStep& add(CComp* c, unsigned work, const std::vector<const void*>& writes);
 
     CQV* host;
@@ -78,7 +88,11 @@ private:
     std::unique_ptr<GraphPlan> plan;
     std::vector<CComp*> comps, buses;
     std::unordered_map<const CList*, std::vector<CObject*>> contentsOf;
-    std::unordered_map<const CComp*, const PlanNode*> former; ///< of the plan before
+    std::unordered_map<const CComp*, const PlanNode*> former; ///< of the plan before, if it fades
+    using LineKey = std::tuple<int, const void*, int, const void*>;
+    std::map<LineKey, std::shared_ptr<DelayLine>> lines; ///< of the plan before, also null
+    static LineKey keyOf(const PlanArrival& arrival);
+    std::unordered_map<const COutputChannel*, std::shared_ptr<DelayLine>> endLines;
     std::unordered_set<const CComp*> staying; ///< what sounds without the cables that leave
     bool onlyLeaving = false;
     int fadeFrames;

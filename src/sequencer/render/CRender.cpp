@@ -7,7 +7,7 @@
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "engine/DeviceMidi.h"
-#include "engine/plan/DelayCompensation.h"
+#include "engine/plan/GraphPlan.h"
 #include "sequencer/render/SilentGraph.h"
 #include "sequencer/song/CSeq.h"
 
@@ -150,13 +150,14 @@ void CRender::setTarget(COutputChannel* channel, CSample* file) {
 }
 
 int64_t CRender::hostLatency() const {
-    return int64_t(qv->pdcInDelay) + qv->pdcSendDelay;
+    return qv->plans->latency();
 }
 
-/// The outs of the host are compensated to the longest path; other channels lag by their own.
+/// The outs of the host wait for the latest of them; other channels lag by their own.
 int64_t CRender::latencyOf(COutputChannel* channel) const {
     if (channel->comp->type == compAudioOut) return hostLatency();
-    return sumDelay(channel->comp, channel);
+    const PlanOrigin* origin = qv->plans->current().latency().originOf(channel);
+    return origin ? origin->latency : 0;
 }
 
 void CRender::runBlock(int n) {

@@ -3,7 +3,7 @@
 #include "common/fx/CEQ.h"
 #include "effects/CEffect.h"
 #include "engine/CQV.h"
-#include "engine/plan/CPDC.h"
+#include "engine/plan/GraphPlan.h"
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CSampler.h"
@@ -16,7 +16,6 @@ void silence(CComp* c);
 void silenceStrip(COutputChannel* ch) {
     for (CEQ* band : ch->eq)
         if (band) band->clear();
-    ch->pdc.clear();
     for (CComp* insert : each<CComp>(ch->inserts)) silence(insert);
 }
 
@@ -63,7 +62,6 @@ void silenceContent(CComp* c) {
 void silence(CComp* c) {
     silenceContent(c);
     for (auto* ch : each<COutputChannel>(c->outputs)) silenceStrip(ch);
-    for (auto* cable : each<CAudioCable>(c->audioCables)) cable->pdc->clear();
     for (auto* child : each<CComp>(c->comps)) silence(child);
 }
 
@@ -72,4 +70,5 @@ void silence(CComp* c) {
 void silenceGraph(CQV* host) {
     silence(host);
     for (auto* bus : each<CComp>(host->sends)) silence(bus);
+    host->plans->current().latency().silence();
 }

@@ -5,6 +5,7 @@
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
+#include "engine/plan/GraphPlan.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/TempoMap.h"
@@ -28,8 +29,7 @@ constexpr int viewFoot = 21;   ///< pixels more at the bottom
 } // namespace
 
 int64_t recordLatency(const CQV* host) {
-    return std::max<int64_t>(
-        int64_t(host->pdcInDelay) + host->pdcSendDelay + std::max(0, host->recLatency), 0);
+    return int64_t(host->plans->latency()) + std::max(0, host->recLatency);
 }
 
 CDrumEvent* drumHit(int msg) {
