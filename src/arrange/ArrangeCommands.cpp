@@ -33,7 +33,7 @@ bool ArrangeView::canShowTouched() const {
 
 /// The lane of the control that was moved last.
 void ArrangeView::showTouched() {
-    const ValueDoor::Touched touched = qv->values->touched();
+    const ParamRef touched = qv->values->touched();
     const CSubTrack* lane = showParamLane(seq(), touched.object, touched.param);
     rowsChanged();
     for (const ArrangeRow& row : rows.all()) {

@@ -4,8 +4,10 @@
 #include "base/Numbers.h"
 #include "base/OpenBlock.h"
 #include "effects/RackFiles.h"
+#include "effects/RackParams.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
+#include "engine/Macros.h"
 #include "engine/ParamUnit.h"
 #include "engine/ProgramEdits.h"
 #include "engine/plan/GraphWorkers.h"
@@ -163,22 +165,37 @@ bool CEffect::isMapped(const CMIDIBytes* event) const {
 
 void CEffect::doMapping(const CMIDIBytes* event) {
     if (event->param == paramPower) enable(asRound(double(event->value)) > 0);
-    if (event->param == paramWet) setParam(paramWet, event->value);
+    if (event->param == paramWet || event->param >= 0) setParam(event->param, event->value);
 }
 
 void CEffect::setParam(int index, ToStore<float> value) {
     if (index == paramPower) enable(value > 0.0f);
     if (index == paramWet) wet = fLimit(value, 0.0f, 1.0f);
+    const RackSetting moved = rackSettingOf(*this, index);
+    if (moved.fx)
+        moved.setting->kind.set(moved.fx, moved.setting->index,
+                                {moved.setting->atShare(double(float(value)))});
+}
+
+/// In their own unit, which a share may not hold exactly.
+void CEffect::listParam(int index, std::vector<StoredValue>& parts) {
+    const RackSetting moved = rackSettingOf(*this, index);
+    if (moved.fx) parts.push_back(moved.setting->of(moved.fx));
 }
 
 CStr CEffect::paramName(int index) {
     if (index == paramPower) return "Power";
-    return index == paramWet ? CStr("Wet level") : CComp::paramName(index);
+    if (index == paramWet) return "Wet level";
+    const RackSetting moved = rackSettingOf(*this, index);
+    return moved.fx ? moved.fx->id + ": " + moved.setting->name() : CComp::paramName(index);
 }
 
 CStr CEffect::paramText(int index) {
     if (index == paramPower) return enabled ? "On" : "Off";
-    return index == paramWet ? percentUnit.text(wet) : CStr();
+    if (index == paramWet) return percentUnit.text(wet);
+    const RackSetting moved = rackSettingOf(*this, index);
+    if (!moved.fx) return CStr();
+    return moved.setting->text(moved.fx, moved.setting->of(moved.fx).get()[0]);
 }
 
 const ParamUnit* CEffect::paramUnit(int index) {
@@ -189,7 +206,10 @@ const ParamUnit* CEffect::paramUnit(int index) {
 
 float CEffect::param(int index) {
     if (index == paramPower) return enabled ? 1.0f : 0.0f;
-    return index == paramWet ? float(wet) : 0.0f;
+    if (index == paramWet) return wet;
+    const RackSetting moved = rackSettingOf(*this, index);
+    if (!moved.fx) return 0.0f;
+    return float(moved.setting->shareOf(moved.setting->of(moved.fx).get()[0]));
 }
 
 // Programs.
@@ -231,6 +251,7 @@ void CEffect::setProgName(int index, const CStr& name) {
 void CEffect::write(CStream* stream) {
     writeIntBlock(stream, "progi", curProg);
     for (auto* prog : each<CEffectProg>(progs)) saveProg(stream, prog);
+    writeMacros(stream, *this);
 }
 
 void CEffect::saveProg(CStream* stream, CEffectProg* prog) {
@@ -248,6 +269,7 @@ void CEffect::read(CStream* stream, int end) {
         curProg = asMinMax(content.progIndex, 0, std::max(0, progs.getCount() - 1));
     }
     deleteAll<CEffectProg>(old);
+    takeMacros(*this, content.macros);
     notices.raise(CompNotice::program);
 }
 

@@ -32,8 +32,9 @@ public:
     /// That of the effects that are on in the current program.
     int getDelay() override;
     void idle() override;
-    /// `paramPower` and `paramWet` alone; `numParams` does not count them.
+    /// `paramPower`, `paramWet` and those of RackParams.h; `numParams` does not count them.
     void setParam(int index, ToStore<float> value) override;
+    void listParam(int index, std::vector<StoredValue>& parts) override;
     CStr paramName(int index) override;
     CStr paramText(int index) override;
     const ParamUnit* paramUnit(int index) override;

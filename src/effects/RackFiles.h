@@ -2,6 +2,7 @@
 
 #include "base/CList.h"
 #include "base/CStr.h"
+#include "engine/Macros.h"
 
 #include <cstdint>
 
@@ -23,6 +24,7 @@ public:
 
     CList progs;       ///< of CEffectProg, owned until somebody takes them
     int progIndex = 0; ///< as stored
+    MacroNumbers macros = noMacros();
 
     /// Effects are made for `hz` frames a second and blocks of `frames`.
     RackContent(float hz, int frames) : rate(hz), blockFrames(frames) {}

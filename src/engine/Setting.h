@@ -35,6 +35,9 @@ struct Setting {
     StoredValue of(CObject* object) const { return {&kind, object, index}; }
     StoredValue of(CObject* object, int at) const { return {&kind, object, at}; }
     CStr text(const CObject* object, double v) const; ///< of a number that it may have
+    /// Its place on the way from `least` to `most`, 0 to 1, as a knob turns, and back.
+    double shareOf(double v) const;
+    double atShare(double share) const;
 };
 using Settings = std::span<const Setting>;
 

@@ -26,14 +26,23 @@ void ValueDoor::change(const StoredValue& value, F&& write) {
     if (moved.empty()) return;
     qv->countChange();
     if (value.kind->param) {
-        const int param = value.kind->param(value.index);
-        latest = {value.object, param};
-        qv->paramMoved(value.object, param, paramShare(value.object, param)); // may make a step
+        const ParamRef by{value.object, value.kind->param(value.index)};
+        movedBy(by, paramShare(by.object, by.param)); // may make a step
     }
     for (const Moved& m : moved)
         if (std::ranges::find(entries, m.value, &Moved::value) == entries.end())
             entries.push_back(m);
     if (!open) settle();
+}
+
+void ValueDoor::touch(const ParamRef& by) {
+    latest = by;
+    touchCount++;
+}
+
+void ValueDoor::movedBy(const ParamRef& by, float share) {
+    touch(by);
+    qv->paramMoved(by.object, by.param, share);
 }
 
 void ValueDoor::set(const StoredValue& value, const Numbers& to) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/ParamRef.h"
 #include "engine/StoredValue.h"
 
 #include <optional>
@@ -39,12 +40,14 @@ public:
     void nudge(const StoredValue& value, const Numbers& to);
     void nudge(const StoredValue& value, double to) { nudge(value, Numbers{to}); }
 
+    /// What has just been set is what a parameter moves, and now stands at `share`, 0 to 1: it
+    /// counts as if that had been set.
+    void movedBy(const ParamRef& by, float share);
+    /// A parameter is what the user is about, though it is not set.
+    void touch(const ParamRef& by);
     /// The parameter that was set last, for as long as what it belongs to lives.
-    struct Touched {
-        CObject* object = nullptr; ///< CComp, COutputChannel or CSend; null: none yet
-        int param = 0;
-    };
-    const Touched& touched() const { return latest; }
+    const ParamRef& touched() const { return latest; }
+    unsigned touches() const { return touchCount; } ///< grows when a parameter is set
 
     /// Whether something has been moved that is not in the history yet.
     bool moved() const;
@@ -68,6 +71,7 @@ private:
     CStr name;
     std::vector<Moved> entries;         ///< since the last step
     std::optional<StoredValue> running; ///< of the nudges
-    Touched latest;
+    ParamRef latest;
+    unsigned touchCount = 0;
     int lastNudge = 0; ///< asTimeInMS
 };

@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr float synthGain = 0.6f;
 constexpr double feedbackDepth = 0.2 * OscLanes::cycle; ///< of full feedback
 constexpr double lowestHz = 13.75;                      ///< of the note 9 semitones up
 constexpr double lowestNote = 9.0;
@@ -24,7 +23,7 @@ struct OscPlan : SlicePlan {
     float width;
     float inv; ///< +1 or -1: sign of the right pair
 
-    OscPlan(COSCSound* s, const CVoice* any) : SlicePlan(s, any, synthGain, false) {
+    OscPlan(COSCSound* s, const CVoice* any) : SlicePlan(s, any, COSCSound::ownGain, false) {
         base[targetFeed1] = s->feed1;
         base[targetFeed2] = s->feed2;
         base[targetPhaseMod] = s->phaseMod;

@@ -8,6 +8,7 @@
 class COSCSound : public CSound {
 public:
     static constexpr int maxPmMul = 32;
+    static constexpr float ownGain = 0.6f; ///< of its volume, before it is modulated
 
     Stored<float> feed1{0.0f};  ///< feedback of the carrier; 0 to 1 as all here unless told
     Stored<float> detune{0.0f}; ///< 1: half a semitone either way

@@ -115,6 +115,16 @@ void CSampler::listParam(int index, std::vector<StoredValue>& parts) {
     });
 }
 
+int CSampler::getMacroParam(int index) {
+    const CSynthProg* prog = getProg();
+    return prog && index >= 0 && index < progMacros ? prog->macros[index].controller : -1;
+}
+
+void CSampler::setMacroParam(int index, int param) {
+    CSynthProg* prog = getProg();
+    if (prog && index >= 0 && index < progMacros) prog->macros[index].controller = param;
+}
+
 CStr CSampler::paramName(int index) {
     return CStr("CC-") + asStr(index);
 }

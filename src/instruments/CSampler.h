@@ -50,6 +50,9 @@ public:
     CStr paramText(int index) override;
     const ParamUnit* paramUnit(int index) override;
     float param(int index) override;
+    // Macros are those of the current program; its names for them stay as they are.
+    int getMacroParam(int index) override;
+    void setMacroParam(int index, int param) override;
     void perform(CUndoItem* item, int op) override;
     /// Voices of the program before go on.
     void setProg(ToStore<int> index) override;

@@ -67,6 +67,19 @@ bool openPrograms(CSampler* sampler, const CStr& path) {
     return whole;
 }
 
+void setProgramMacro(CSampler* sampler, int macro, int controller, const CStr& name) {
+    CSynthProg* prog = sampler->getProg();
+    if (!prog || macro < 0 || macro >= progMacros) return;
+    ProgMacro& to = prog->macros[macro];
+    if (to.controller == controller && to.name == name) return;
+    step(sampler, "Macro", [&](CUndo* undo) {
+        undo->asInt(&to.controller);
+        undo->asName(&to.name);
+        to.controller = controller;
+        to.name = name;
+    });
+}
+
 CLayer* addLayer(CSampler* sampler) {
     CSynthProg* prog = sampler->getProg();
     if (!prog) return nullptr;

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "base/CStr.h"
+
 class CLayer;
 class CSampler;
 class CSound;
-class CStr;
 
 // What a user does to the programs of a sampler and what they are made of. Each is one step of the
 // history, carried out on return; what comes is current then. Interface thread.
@@ -12,6 +13,9 @@ void addDefaultProgram(CSampler* sampler);            ///< one synthesizer sound
 void addFactoryProgram(CSampler* sampler, int index); ///< of `factoryName`
 /// The programs of a .qvs, or the presets of a SoundFont. False after a message, or without any.
 bool openPrograms(CSampler* sampler, const CStr& path);
+
+/// A knob of the current program stands for another controller, -1 none; what is told now calls it.
+void setProgramMacro(CSampler* sampler, int macro, int controller, const CStr& name = CStr());
 
 CLayer* addLayer(CSampler* sampler);                ///< to the current program; null without one
 void removeLayer(CSampler* sampler, CLayer* layer); ///< unless it is the last

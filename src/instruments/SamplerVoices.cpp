@@ -107,6 +107,7 @@ void CSampler::renderSound(CSound* sound, CVoice** list, int count, int frames, 
     std::fill_n(left, frames, 0.0f);
     std::fill_n(right, frames, 0.0f);
     sound->processVoices(list, count, left, right, frames);
+    for (int i = 0; i < targetCount; i++) sound->curShown[i] = sound->cur[i];
     for (auto& insert : sound->fx) {
         if (!insert->enabled) continue;
         insert->tempo = host->tempoNow;

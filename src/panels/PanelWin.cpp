@@ -19,19 +19,27 @@ CStr titleOf(const CComp& comp) {
 } // namespace
 
 PanelWin::PanelWin(Workspace& space, CComp& edited, const CRect& place,
-                   std::optional<ProgramBar::Deeds> deeds)
+                   std::optional<ProgramBar::Deeds> deeds, std::optional<MacroLook> look)
     : CCompEditor(space.mainWindow()->app, space.mainWindow(), titleOf(edited), place.left,
                   place.top, place.width(), place.height(), windowStyle, &edited,
                   &space.commands()),
-      workspace(space),
-      body(new PanelBody(this, "settings", 0, deeds ? ProgramBar::usualHeight : 0, 1, 1)) {
+      workspace(space), body(new PanelBody(this, "settings", 0, 0, 1, 1)) {
     minWidth = leastWidth;
     minHeight = leastHeight;
     if (deeds) {
         bar = new ProgramBar(this, space, &edited, std::move(*deeds));
         bar->setAlign(alignWidth, 0, 0);
         addControl(bar);
+        contentFrom += ProgramBar::usualHeight;
     }
+    if (look) {
+        macros = new MacroRow(this, space, edited, std::move(*look));
+        macros->setBounds(0, contentFrom, 1, MacroRow::usualHeight);
+        macros->setAlign(alignWidth, 0, 0);
+        addControl(macros);
+        contentFrom += MacroRow::usualHeight;
+    }
+    body->setBounds(0, contentFrom, 1, 1);
     body->setAlign(alignWidth | alignHeight, 0, 0);
     body->arrange = [this](int wide) { arrange(wide); };
     addControl(body);
@@ -48,6 +56,7 @@ void PanelWin::follow() {
 
 void PanelWin::idle() {
     if (bar) bar->refresh();
+    if (macros) macros->refresh();
     follow();
     refresh();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "panels/MacroRow.h"
 #include "panels/ProgramBar.h"
 #include "ui/CCompEditor.h"
 
@@ -14,9 +15,9 @@ class Workspace;
 /// that comes or goes. Interface thread.
 class PanelWin : public CCompEditor {
 public:
-    /// Without `deeds` it has no bar.
+    /// Without `deeds` it has no bar, and without `macros` none of these.
     PanelWin(Workspace& workspace, CComp& comp, const CRect& place,
-             std::optional<ProgramBar::Deeds> deeds);
+             std::optional<ProgramBar::Deeds> deeds, std::optional<MacroLook> macros = {});
 
     void idle() override;
 
@@ -30,6 +31,9 @@ protected:
 
     Workspace& workspace;
     PanelBody* body;
+    MacroRow* macros = nullptr; ///< among the controls; null without
+
+    int contentTop() const { return contentFrom; } ///< below the bar and the macros
 
     virtual Shape shape() const = 0;
     virtual void build() = 0;           ///< fills the inner group of the body, which is empty
@@ -39,5 +43,6 @@ protected:
 
 private:
     ProgramBar* bar = nullptr; ///< among the controls
+    int contentFrom = 0;
     Shape shown;
 };

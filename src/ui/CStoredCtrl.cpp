@@ -6,6 +6,8 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Keys.h"
+#include "gui/controls/CPopup.h"
+#include "ui/MenuDeed.h"
 
 #include <algorithm>
 #include <cmath>
@@ -86,6 +88,26 @@ void CStoredCtrl::mouseDown(int x, int y, int btn) {
         win->app->drag.start(this, this, asPoint(x, y), btn, 1);
 }
 
+void CStoredCtrl::mouseUp(int x, int y, int btn) {
+    CCtrl::mouseUp(x, y, btn);
+    if ((btn & modRight) && inside(x, y)) contextMenu();
+}
+
+bool CStoredCtrl::contextMenu() {
+    if (!menu || nothing) return false;
+    auto* popup = new CPopup(win->app, win);
+    popup->autoDelete = true;
+    addDeed(popup, "Type a value...", [this] {
+        win->setKeyCtrl(this);
+        typed.begin();
+        redraw();
+    });
+    addDeed(popup, "Default", [this] { setAll(usual); });
+    menu(popup);
+    popup->popupBelow(this);
+    return true;
+}
+
 // What a gesture moves.
 
 void CStoredCtrl::collect() {
@@ -119,6 +141,11 @@ void CStoredCtrl::moveCollected(double by) {
         to[0] = std::clamp(fromScale(moved(toScale(to[0]), by)), least, most);
         door->set(taken[i], to);
     }
+    tell();
+}
+
+void CStoredCtrl::tell() {
+    if (onSet) onSet();
     refresh();
     if (onTold) onTold(toldText);
 }
@@ -153,8 +180,7 @@ void CStoredCtrl::setAll(double to) {
         door->set(taken[i], numbers);
     }
     door->end();
-    refresh();
-    if (onTold) onTold(toldText);
+    tell();
 }
 
 void CStoredCtrl::moveAll(double by) {
@@ -180,8 +206,7 @@ bool CStoredCtrl::mouseWheel(int x, int y, int btn, int dy, int dx) {
     StoredValue::Numbers to = before.front();
     to[0] = std::clamp(fromScale(toScale(to[0]) + step), least, most);
     door->nudge(taken.front(), to);
-    refresh();
-    if (onTold) onTold(toldText);
+    tell();
     return true;
 }
 

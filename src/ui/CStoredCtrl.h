@@ -9,6 +9,7 @@
 #include <optional>
 #include <vector>
 
+class CPopup;
 class ValueDoor;
 
 /// Shows the first number of a stored value and sets it, along with the same value of others: a
@@ -16,7 +17,7 @@ class ValueDoor;
 /// with Shift a tenth of that, and is one step that Escape takes back; so is a number that is
 /// typed, which all take. The wheel turns it while Control is held, with Shift finely. A double
 /// click and Delete give the usual value, Page Up and Page Down step it, Home and End are its ends.
-/// Interface thread.
+/// Where it has a menu, the right button and the keys for menus open it. Interface thread.
 class CStoredCtrl : public CCtrl, private DragHandler {
 public:
     double least = 0.0, most = 1.0, usual = 1.0;
@@ -30,11 +31,15 @@ public:
     std::function<CStr()> text;                        ///< of what is shown, with its unit
     std::function<double(double)> typedValue;          ///< of a number that was typed
     std::function<void(const CStr& shown)> onTold;     ///< during a gesture
+    std::function<void()> onSet;                       ///< a value has been set, maybe in a drag
+    std::function<void(CPopup* popup)> menu; ///< adds entries to its own; empty: it has no menu
 
     CStoredCtrl(CWin* win, const CStr& name, ValueDoor* door, int left, int top, int width,
                 int height);
 
     void mouseDown(int x, int y, int btn) override;
+    void mouseUp(int x, int y, int btn) override;
+    bool contextMenu() override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
@@ -66,6 +71,7 @@ private:
     void dragEnd(const DragPoint& point) override;
     void dragCancel() override;
     void collect();
+    void tell(); ///< what has been set
     void moveCollected(double by);
     double moved(double from, double by) const;
     bool stepKey(int key, int mods);

@@ -11,6 +11,12 @@ struct KnobFace {
     double origin = 0.0; ///< the same: from where on the ring is filled
     bool held = false;   ///< or the pointer is over it
     bool enabled = true;
+    // What moves the value by itself: an arc around the ring, with a dot where it is now.
+    double movedFrom = 0.0, movedTo = 0.0; ///< as `share`; equal: nothing does
+    double now = -1.0;                     ///< below 0: it is not heard
 
     void paint(CGraphic* g, const CPalette& colours) const;
+
+private:
+    void paintMoved(CGraphic* g, const CPalette& colours) const;
 };

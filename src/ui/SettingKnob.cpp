@@ -44,11 +44,26 @@ double SettingKnob::travel() const {
     return wholeTravel;
 }
 
+bool SettingKnob::refresh() {
+    const ModulatedValue now =
+        place.modulation && place.there() ? place.modulation() : ModulatedValue();
+    const bool changed = now != moved;
+    moved = now;
+    if (changed) redraw();
+    return CStoredCtrl::refresh() || changed;
+}
+
 void SettingKnob::paint(CGraphic* g, CRect) {
     const CPalette& colours = win->app->gui->palette;
     paintSettingName(g, colours, place.setting->name(), width);
-    KnobFace{width / 2.0, height / 2.0 + 1, radius, shareOf(shownValue()), shareOf(origin), held()}
-        .paint(g, colours);
+    KnobFace face{width / 2.0,           height / 2.0 + 1, radius,
+                  shareOf(shownValue()), shareOf(origin),  held()};
+    if (moved.moved) {
+        face.movedFrom = shareOf(moved.low);
+        face.movedTo = shareOf(moved.high);
+        if (moved.sounding) face.now = shareOf(moved.now);
+    }
+    face.paint(g, colours);
     const CRect below = asRect(0, height - textHeight, width, height);
     if (typing()) {
         paintTyping(g, below);

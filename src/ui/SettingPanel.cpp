@@ -1,11 +1,15 @@
 #include "ui/SettingPanel.h"
 
+#include "engine/CQV.h"
+#include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Fonts.h"
+#include "ui/ParamMenu.h"
 #include "ui/SettingButton.h"
 #include "ui/SettingKnob.h"
+#include "ui/Workspace.h"
 
 #include <algorithm>
 
@@ -16,8 +20,8 @@ constexpr int lineHeight = SettingKnob::usualHeight + 4;
 
 } // namespace
 
-SettingPanel::SettingPanel(CWin* owner, const CStr& name, ValueDoor* through)
-    : CGroup(owner, name, 0, 0, 1, 1), door(through) {
+SettingPanel::SettingPanel(CWin* owner, const CStr& name, Workspace& space)
+    : CGroup(owner, name, 0, 0, 1, 1), workspace(space) {
     arrowsWalk = true;
 }
 
@@ -37,20 +41,49 @@ SettingPanel::Frame& SettingPanel::frameOf(const CStr& title, bool first) {
     return known == frames.end() ? frames.emplace_back(Frame{title, {}, {}, first}) : *known;
 }
 
-void SettingPanel::add(const Section& section, const Setting& setting, bool first) {
+SettingPlace SettingPanel::placeOf(const Section& section, const Setting& setting) const {
     const CStr group = setting.group;
     const bool alone = section.title.empty() || section.title == group;
-    const CStr title = alone ? group : section.title + ": " + group;
-    const SettingPlace place{
-        &setting, section.object, section.index < 0 ? setting.index : section.index,
-        title,    section.others, section.alive};
+    SettingPlace place{&setting,
+                       section.object,
+                       section.index < 0 ? setting.index : section.index,
+                       alone ? group : section.title + ": " + group,
+                       section.others,
+                       section.alive};
+    if (section.param)
+        place.param = [of = section.param, &setting](bool assign) { return of(setting, assign); };
+    if (section.paramComp) place.paramComp = section.paramComp(setting);
+    if (section.modulation)
+        place.modulation = [of = section.modulation, &setting] { return of(setting); };
+    return place;
+}
+
+/// What is set by a control that has a parameter counts as set by that.
+void SettingPanel::wireParam(CStoredCtrl* ctrl, const SettingPlace& place) const {
+    ctrl->menu = [&space = workspace, place](CPopup* popup) {
+        addParamItems(popup, space, place.param, place.paramComp);
+    };
+    if (!place.param) return;
+    ctrl->onSet = [door = workspace.host()->values.get(), place] {
+        if (!place.there()) return;
+        if (const ParamRef by = place.param(false))
+            door->movedBy(by, float(place.setting->shareOf(place.number())));
+    };
+}
+
+void SettingPanel::add(const Section& section, const Setting& setting, bool first) {
+    const SettingPlace place = placeOf(section, setting);
+    ValueDoor* door = workspace.host()->values.get();
     CCtrl* made = nullptr;
-    if (setting.form == Setting::onOff || setting.form == Setting::choice)
+    if (setting.form == Setting::onOff || setting.form == Setting::choice) {
         made = buttons.emplace_back(new SettingButton(win, door, place));
-    else
-        made = knobs.emplace_back(new SettingKnob(win, door, place));
+    } else {
+        SettingKnob* knob = knobs.emplace_back(new SettingKnob(win, door, place));
+        wireParam(knob, place);
+        made = knob;
+    }
     addControl(made);
-    frameOf(title, first).controls.push_back(made);
+    frameOf(place.title, first).controls.push_back(made);
 }
 
 /// On as many lines as it takes.

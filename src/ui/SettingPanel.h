@@ -5,9 +5,10 @@
 
 #include <vector>
 
+class CStoredCtrl;
 class SettingButton;
 class SettingKnob;
-class ValueDoor;
+class Workspace;
 
 /// Settings of objects as knobs and buttons, in frames with a title that stand beside each other
 /// and below: one frame for each group of a table. Interface thread.
@@ -21,9 +22,14 @@ public:
         CStr title;      ///< of its frames, before the groups of the table; empty: these alone
         std::function<std::vector<CObject*>()> others; ///< set along with it
         std::function<bool()> alive; ///< the object is still there; empty: it always is
+        /// The parameter behind a setting; with `assign` one is made where there can be one.
+        std::function<ParamRef(const Setting&, bool assign)> param = {};
+        /// The component that has it, or may get one; null where there can be none.
+        std::function<CComp*(const Setting&)> paramComp = {};
+        std::function<ModulatedValue(const Setting&)> modulation = {};
     };
 
-    SettingPanel(CWin* win, const CStr& name, ValueDoor* door);
+    SettingPanel(CWin* win, const CStr& name, Workspace& workspace);
 
     void paint(CGraphic* g, CRect rect) override;
 
@@ -42,9 +48,11 @@ private:
 
     Frame& frameOf(const CStr& title, bool first);
     void add(const Section& section, const Setting& setting, bool first);
+    SettingPlace placeOf(const Section& section, const Setting& setting) const;
+    void wireParam(CStoredCtrl* ctrl, const SettingPlace& place) const;
     int widthOf(const Frame& frame, int most) const;
 
-    ValueDoor* door;
+    Workspace& workspace;
     std::vector<Frame> frames;
     std::vector<SettingKnob*> knobs;
     std::vector<SettingButton*> buttons;

@@ -1,9 +1,13 @@
 #pragma once
 
+#include "engine/ParamRef.h"
 #include "engine/Setting.h"
+#include "instruments/SoundModulation.h"
 
 #include <functional>
 #include <vector>
+
+class CComp;
 
 /// A setting of one object, as a control shows it. Interface thread.
 struct SettingPlace {
@@ -14,6 +18,10 @@ struct SettingPlace {
     /// Other objects of the class that are set along with it; empty: none.
     std::function<std::vector<CObject*>()> others;
     std::function<bool()> alive; ///< the object is still there; empty: it always is
+    /// The parameter that moves it; with `assign` one is made where there can be one.
+    std::function<ParamRef(bool assign)> param = {};
+    CComp* paramComp = nullptr; ///< has it, or may get one; null: there can be none
+    std::function<ModulatedValue()> modulation = {}; ///< how far it is moved by others; empty: not at all
 
     bool there() const { return !alive || alive(); }
 

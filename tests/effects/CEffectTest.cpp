@@ -2,10 +2,13 @@
 
 #include "common/fx/CBitcrusher.h"
 #include "common/fx/CDelay.h"
+#include "effects/RackParams.h"
+#include "engine/EffectSettings.h"
 #include "engine/StripFixture.h"
 #include "engine/ValueDoor.h"
 #include "engine/plan/GraphPlan.h"
 
+#include <cmath>
 #include <memory>
 #include <numeric>
 #include <random>
@@ -36,6 +39,12 @@ struct Studio : StripFixture {
     CEffect* rack = new CEffect(host);
     CComp* heard;
 };
+
+/// Of the first effect of the chain.
+int paramOf(CEffect* rack, const char* setting) {
+    const auto* fx = static_cast<CFX*>(rack->getProg()->effects.getFirst());
+    return rackParamOf(*rack, *fx, *findSetting(settingsOf(*fx), setting)).param;
+}
 
 } // namespace
 
@@ -125,7 +134,7 @@ TEST(CEffect, PassesOverWhatItDoesNotKnow) {
 TEST(CEffect, ParametersAreUndone) {
     Studio f(true);
     f.host->tasks->audioStopped();
-    for (const int param : {int(paramPower), int(paramWet)}) {
+    for (const int param : {int(paramPower), int(paramWet), paramOf(f.rack, "Feedback")}) {
         const float before = f.rack->param(param);
         f.host->values->setParam(f.rack, param, before > 0.5f ? 0.0f : 1.0f);
         f.host->settle();
@@ -134,6 +143,25 @@ TEST(CEffect, ParametersAreUndone) {
         f.host->settle();
         EXPECT_EQ(f.rack->param(param), before) << param;
     }
+}
+
+/// A setting of the chain moves with an event, in its own scale; macros go with a copy.
+TEST(CEffect, SettingsOfItsChainAreParameters) {
+    Studio f(false);
+    const auto* delay = static_cast<CDelay*>(f.rack->getProg()->effects.getFirst());
+    const int time = paramOf(f.rack, "Time");
+    f.player->moves = {
+        {10.0, f.rack, time, 0.5f}, {20.0, f.rack, 31, 1.0f}, {30.0, f.rack, 32, 1.0f}};
+    rtReset();
+    f.block();
+    EXPECT_EQ(rtViolations(), 0);
+    EXPECT_NEAR(delay->timeLeft, std::sqrt(5000.0f), 0.1f) << "1 to 5000 ms by ratio";
+    EXPECT_NEAR(f.rack->param(time), 0.5f, 1e-5f);
+    EXPECT_EQ(f.rack->paramName(time), "Delay: Time");
+    f.rack->setMacroParam(3, time);
+    const std::unique_ptr<CEffect> twin(static_cast<CEffect*>(f.rack->copy()));
+    EXPECT_EQ(twin->getMacroParam(3), time);
+    EXPECT_EQ(twin->getMacroParam(2), -1);
 }
 
 /// Whatever program goes where while blocks run, the current one stays current; one that arrives

@@ -4,6 +4,7 @@
 #include "common/fx/CReverb.h"
 #include "effects/CEffect.h"
 #include "effects/Inserts.h"
+#include "engine/MapEdits.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CListbox.h"
 #include "instruments/CArp.h"
@@ -121,6 +122,49 @@ TEST_F(PanelsTest, KnobsAndButtonsSetASound) {
     undo();
     EXPECT_EQ(s->mute, 0);
     EXPECT_TRUE(host->modified());
+}
+
+/// What a menu of a knob leads to its parameter: a controller, a macro, a lane.
+TEST_F(PanelsTest, KnobsAreLearnedAndAutomated) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    CSampler* s = sampler();
+    open(s);
+    constexpr int usualCutoff = 74, usualQ = 71;
+    const auto menu = [&](const char* id, std::vector<std::string> keys) {
+        CCtrl* c = find(id);
+        c->win->setKeyCtrl(c);
+        inMenu(keys);
+        key("shift+F10");
+        ASSERT_TRUE(loaded());
+    };
+    std::vector<std::string> down(2, "Down"); // from the first entry
+    down.push_back("Return");
+    menu("Cutoff", down);
+    EXPECT_EQ(sound()->ccMap[usualCutoff], targetCutoff);
+    const ParamRef cutoff{s, usualCutoff};
+    EXPECT_EQ(controllerOf(host.get(), cutoff).number, LeadingController::awaited);
+    down.insert(down.begin(), "Down");
+    menu("Cutoff", down);
+    EXPECT_EQ(controllerOf(host.get(), cutoff).number, LeadingController::none);
+
+    // A macro that waits takes what is turned next, at the release.
+    click("macro2");
+    drag(find("Resonance"), asPoint(32, 36), asPoint(32, 20));
+    ASSERT_TRUE(pumpUntil([&] { return s->getMacroParam(1) == usualQ; }));
+    EXPECT_NEAR(sound()->q, 0.1f, 0.02f);
+    find("macro2")->win->setKeyCtrl(find("macro2"));
+    key("End");
+    EXPECT_EQ(sound()->q, 1.0f);
+    undo();
+    EXPECT_NEAR(sound()->q, 0.1f, 0.02f);
+    undo();
+    EXPECT_EQ(s->getMacroParam(1), -1);
+
+    menu("Cutoff", {"Up", "Return"});
+    CTrack* track = static_cast<CSongTrack*>(seq()->getProg()->tracks.getFirst())->track;
+    EXPECT_NE(track->findLane(s, usualCutoff), nullptr);
+    EXPECT_TRUE(win->inFront(seq()));
 }
 
 TEST_F(PanelsTest, SoundsAndLayersComeAndGo) {

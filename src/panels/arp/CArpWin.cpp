@@ -35,7 +35,7 @@ PanelWin::Shape CArpWin::shape() const {
 }
 
 void CArpWin::build() {
-    settings = new SettingPanel(this, "settings", arp.host->values.get());
+    settings = new SettingPanel(this, "settings", workspace);
     std::vector<SettingPanel::Section> sections = {{arpSettings(), &arp, -1, "", {}, {}}};
     if (arp.getProg()) sections.push_back({arpProgSettings(), &arp, arp.curProg, "", {}, {}});
     settings->show(sections);

@@ -17,7 +17,7 @@ const CRect usualPlace = asRect(120, 100, 120 + 900, 120 + 520);
 
 CDrumWin::CDrumWin(Workspace& space, CTrack& of)
     : PanelWin(space, of, usualPlace, std::nullopt), track(of),
-      content(this, of.host->values.get()), list(new CListbox(this, "drums", gap, gap, 1, 1)) {
+      content(this, space), list(new CListbox(this, "drums", gap, gap, 1, 1)) {
     list->itemHeight = rowHeight;
     list->tabStop = true;
     list->spokenName = "Drums";
@@ -63,7 +63,7 @@ void CDrumWin::build() {
     CDrumSound* current = sound();
     if (!current) return;
     const SoundContent::Subject subject{
-        current, [this, current] { return track.drumLayer()->sounds.contains(current); }, {}};
+        current, [this, current] { return track.drumLayer()->sounds.contains(current); }, {}, {}};
     content.buildSound(body->inner, subject);
 }
 

@@ -3,6 +3,7 @@
 #include "effects/CEffect.h"
 #include "effects/RackEdits.h"
 #include "engine/CQV.h"
+#include "engine/StripValues.h"
 #include "gui/CApp.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CPopup.h"
@@ -24,7 +25,7 @@ int chosenKind(CObject* sender) {
 } // namespace
 
 CEffectWin::CEffectWin(Workspace& space, CEffect& edited)
-    : PanelWin(space, edited, usualPlace, deeds(edited)), rack(edited) {
+    : PanelWin(space, edited, usualPlace, deeds(edited), look(edited)), rack(edited) {
     follow();
 }
 
@@ -35,6 +36,11 @@ ProgramBar::Deeds CEffectWin::deeds(CEffect& of) {
     can.save = [&of](const CStr& path) { saveProgram(&of, path); };
     can.extension = ".qve";
     return can;
+}
+
+MacroLook CEffectWin::look(CEffect& of) {
+    return {[&of](int param) { return parameterOf(&of, param); },
+            [&of](int, int param) { return of.paramName(param); }};
 }
 
 PanelWin::Shape CEffectWin::shape() const {
@@ -62,7 +68,7 @@ void CEffectWin::addBox(CEffectProg* prog, int index) {
     const auto alive = [this, prog, fx] {
         return rack.progs.contains(prog) && prog->effects.contains(fx);
     };
-    auto* box = new EffectBox(this, rack.host->values.get(), fx, alive);
+    auto* box = new EffectBox(this, workspace, rack, fx, alive);
     box->onMove = [this, prog, fx](int by) {
         const int at = prog->effects.indexed(fx), to = by < 0 ? at - 1 : at + 2;
         if (to >= 0 && to <= prog->effects.getCount()) moveEffect(&rack, prog, fx, to);

@@ -19,6 +19,7 @@ private:
     void arrange(int wide) override;
     void refresh() override;
     ProgramBar::Deeds deeds(CEffect& of);
+    static MacroLook look(CEffect& of);
     void addKinds(CPopup* popup, void (CEffectWin::*chosen)(CObject*));
     void addClicked(CObject*);
     void effectChosen(CObject* sender);

@@ -1,7 +1,10 @@
 #include "panels/rack/EffectBox.h"
 
 #include "common/fx/CFX.h"
+#include "effects/CEffect.h"
 #include "effects/EffectKinds.h"
+#include "effects/RackParams.h"
+#include "engine/CQV.h"
 #include "engine/EffectSettings.h"
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
@@ -20,20 +23,26 @@ constexpr int gap = 8, headHeight = 32, side = 20, powerWidth = 44;
 
 } // namespace
 
-EffectBox::EffectBox(CWin* owner, ValueDoor* through, CFX* of, std::function<bool()> lives)
-    : CGroup(owner, effectName(of->type), 0, 0, 1, 1), fx(of), door(through),
+EffectBox::EffectBox(CWin* owner, Workspace& space, CEffect& rack, CFX* of,
+                     std::function<bool()> lives)
+    : CGroup(owner, effectName(of->type), 0, 0, 1, 1), fx(of), door(rack.host->values.get()),
       alive(std::move(lives)), power(addButton("Power", &EffectBox::powerClicked)),
       up(addButton("Move up", &EffectBox::placeClicked)),
       down(addButton("Move down", &EffectBox::placeClicked)),
       remove(addButton("Remove", &EffectBox::removeClicked)),
-      settings(new SettingPanel(owner, "settings", through)) {
+      settings(new SettingPanel(owner, "settings", space)) {
     arrowsWalk = true;
     for (CButton* b : {up, down, remove})
         b->onPaint = new _COnPaint<EffectBox>(this, &EffectBox::paintSign);
     settings->setBounds(0, headHeight, 1, 1);
     addControl(settings);
     const Settings all = settingsOf(*fx);
-    if (!all.empty()) settings->show({{all.subspan(1), fx, -1, "", {}, alive}});
+    if (!all.empty()) {
+        SettingPanel::Section section{all.subspan(1), fx, -1, "", {}, alive};
+        section.param = [&rack, of](const Setting& s, bool) { return rackParamOf(rack, *of, s); };
+        section.paramComp = [&rack](const Setting&) { return &rack; };
+        settings->show({section});
+    }
     refresh();
 }
 

@@ -5,10 +5,12 @@
 #include <functional>
 
 class CButton;
+class CEffect;
 class CFX;
 class SettingButton;
 class SettingPanel;
 class ValueDoor;
+class Workspace;
 
 /// One effect of a chain: a line with its name, its power and its place, and its settings below.
 /// Interface thread.
@@ -18,7 +20,8 @@ public:
     std::function<void(int by)> onMove; ///< up, -1, or down
     std::function<void()> onRemove;
 
-    EffectBox(CWin* win, ValueDoor* door, CFX* fx, std::function<bool()> alive);
+    EffectBox(CWin* win, Workspace& workspace, CEffect& rack, CFX* fx,
+              std::function<bool()> alive);
 
     void paint(CGraphic* g, CRect rect) override;
     bool keyInside(int key, int mods) override; ///< Delete removes it, Control with arrows moves it

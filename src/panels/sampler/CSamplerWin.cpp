@@ -7,6 +7,7 @@
 #include "instruments/CWavSound.h"
 #include "instruments/FactoryPrograms.h"
 #include "instruments/SamplerEdits.h"
+#include "instruments/SoundParams.h"
 #include "instruments/SoundSettings.h"
 #include "panels/PageRow.h"
 #include "panels/PanelBody.h"
@@ -25,10 +26,10 @@ const CRect usualPlace = asRect(100, 80, 100 + 960, 80 + 600);
 } // namespace
 
 CSamplerWin::CSamplerWin(Workspace& space, CSampler& edited)
-    : PanelWin(space, edited, usualPlace, deeds(edited)), sampler(edited),
-      content(this, edited.host->values.get()), list(new SoundList(this, space, edited)),
+    : PanelWin(space, edited, usualPlace, deeds(edited), look(edited)), sampler(edited),
+      content(this, space), list(new SoundList(this, space, edited)),
       pages(new PageRow(this, "pages", {"Sound", "Modulators", "Effects", "Keys"}, pageWidth)) {
-    constexpr int below = ProgramBar::usualHeight;
+    const int below = contentTop();
     list->setBounds(0, below, listWidth, 1);
     list->setAlign(alignHeight, 0, 0);
     content.onTurned = [this] { follow(); };
@@ -50,6 +51,15 @@ ProgramBar::Deeds CSamplerWin::deeds(CSampler& of) {
     can.save = [&of](const CStr& path) { saveProgram(&of, path); };
     can.extension = ".qvs|.sf2";
     return can;
+}
+
+MacroLook CSamplerWin::look(CSampler& of) {
+    return {[&of](int param) { return soundParameter(of, param); },
+            [&of](int macro, int param) {
+                const CSynthProg* prog = of.getProg();
+                const CStr own = prog ? prog->macros[macro].name : CStr();
+                return own.empty() ? soundParamName(of, param) : own;
+            }};
 }
 
 void CSamplerWin::addPrograms(CPopup* popup) {
@@ -106,8 +116,11 @@ void CSamplerWin::build() {
     CSound* sound = list->sound();
     if (pages->page() == pageKeys) return buildKeys();
     if (!sound) return;
-    const SoundContent::Subject subject{sound, [this, sound] { return alive(sound); },
-                                        [this] { return along(); }};
+    SoundContent::Subject subject{
+        sound, [this, sound] { return alive(sound); }, [this] { return along(); }, {}};
+    subject.param = [this, sound](const Setting& setting, bool assign) {
+        return soundParamOf(sampler, *sound, setting, assign || macros->learning() >= 0, along());
+    };
     if (pages->page() == pageSound) content.buildSound(body->inner, subject);
     if (pages->page() == pageModulators) content.buildModulators(body->inner, subject);
     if (pages->page() == pageEffects) content.buildEffects(body->inner, subject);
@@ -125,7 +138,7 @@ void CSamplerWin::buildKeys() {
         };
         sections.push_back({layerSettings(), layer, -1, "", {}, lives});
     }
-    settings = new SettingPanel(this, "settings", sampler.host->values.get());
+    settings = new SettingPanel(this, "settings", workspace);
     settings->show(sections);
     body->inner->addControl(settings);
 }

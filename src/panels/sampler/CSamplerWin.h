@@ -24,6 +24,7 @@ private:
     void arrange(int wide) override;
     void refresh() override;
     ProgramBar::Deeds deeds(CSampler& of);
+    static MacroLook look(CSampler& of);
     void addPrograms(CPopup* popup);
     void factoryChosen(CObject* sender);
     void defaultChosen(CObject*);

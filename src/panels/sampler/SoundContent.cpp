@@ -2,14 +2,18 @@
 
 #include "base/Numbers.h"
 #include "common/fx/CFX.h"
+#include "engine/CQV.h"
 #include "engine/EffectSettings.h"
+#include "engine/ValueDoor.h"
 #include "instruments/CSampleClip.h"
-#include "instruments/CSynthProg.h"
+#include "instruments/CSampler.h"
 #include "instruments/CWavSound.h"
+#include "instruments/SoundParams.h"
 #include "instruments/SoundSettings.h"
 #include "panels/PageRow.h"
 #include "panels/sampler/EnvelopeView.h"
 #include "ui/SettingPanel.h"
+#include "ui/Workspace.h"
 
 namespace {
 
@@ -48,7 +52,7 @@ std::function<std::vector<CObject*>()> ofOthers(const SoundContent::Subject& sub
 } // namespace
 
 SettingPanel* SoundContent::addSettings(CGroup* in) {
-    settings = new SettingPanel(win, "settings", door);
+    settings = new SettingPanel(win, "settings", workspace);
     in->addControl(settings);
     return settings;
 }
@@ -57,7 +61,15 @@ void SoundContent::buildSound(CGroup* in, const Subject& subject) {
     CSound* sound = subject.sound;
     std::vector<SettingPanel::Section> sections;
     const auto others = ofOthers(subject, [](CSound* s) -> CObject* { return s; });
-    sections.push_back({settingsOf(*sound), sound, -1, "", others, subject.alive});
+    SettingPanel::Section own{settingsOf(*sound), sound, -1, "", others, subject.alive};
+    if (subject.param) {
+        own.param = subject.param;
+        own.paramComp = [sound](const Setting& s) -> CComp* {
+            return sound->target(targetOfSetting(s)) ? sound->layer->prog->owner : nullptr;
+        };
+        own.modulation = [sound](const Setting& s) { return modulationOf(*sound, s); };
+    }
+    sections.push_back(own);
     if (sound->type == typeWavSound)
         if (CSampleClip* clip = static_cast<CWavSound*>(sound)->clips[0])
             sections.push_back({clipSettings(*sound), clip, -1, "", {}, subject.alive});
@@ -84,7 +96,7 @@ void SoundContent::buildModulators(CGroup* in, const Subject& subject) {
         ofOthers(subject, [number](CSound* s) -> CObject* { return modulatorOf(s, number); });
     std::vector<SettingPanel::Section> sections;
     if (number < firstLfo) {
-        envelope = new EnvelopeView(win, door);
+        envelope = new EnvelopeView(win, workspace.host()->values.get());
         envelope->show(static_cast<CEnv*>(mod), subject.alive, others);
         in->addControl(envelope);
         sections.push_back({envelopeSettings(), mod, -1, "", others, subject.alive});

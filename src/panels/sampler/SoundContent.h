@@ -1,5 +1,7 @@
 #pragma once
 
+#include "engine/ParamRef.h"
+
 #include <functional>
 #include <vector>
 
@@ -11,7 +13,8 @@ class CWin;
 class EnvelopeView;
 class PageRow;
 class SettingPanel;
-class ValueDoor;
+class Workspace;
+struct Setting;
 
 /// What a page about a sound is made of: the settings of the sound, of one of its modulators, or of
 /// its effects. Interface thread.
@@ -22,11 +25,12 @@ public:
         CSound* sound = nullptr;
         std::function<bool()> alive;
         std::function<std::vector<CSound*>()> along; ///< sounds of its class that are set with it
+        std::function<ParamRef(const Setting&, bool assign)> param; ///< see SettingPanel
     };
 
     std::function<void()> onTurned; ///< another modulator is to show
 
-    SoundContent(CWin* owner, ValueDoor* through) : win(owner), door(through) {}
+    SoundContent(CWin* owner, Workspace& space) : win(owner), workspace(space) {}
 
     // Make the controls of a page, in a group that is empty.
     void buildSound(CGroup* in, const Subject& subject);
@@ -42,7 +46,7 @@ private:
     SettingPanel* addSettings(CGroup* in);
 
     CWin* win;
-    ValueDoor* door;
+    Workspace& workspace;
     // Of the page that shows; null where it has none.
     PageRow* modulators = nullptr;
     EnvelopeView* envelope = nullptr;
