@@ -36,9 +36,15 @@ protected:
         act({"mousemove", std::to_string(screen.x + in.x + x),
              std::to_string(screen.y + in.y + y)});
     }
+    static void comeIntoView(CCtrl* c) {
+        if (c->visibleRect().height() == c->height) return;
+        c->win->setKeyCtrl(c);
+        c->win->setKeyCtrl(nullptr);
+    }
     void click(const char* id, int number = 0) {
         CCtrl* c = find(id, number);
         ASSERT_NE(c, nullptr) << id;
+        comeIntoView(c);
         mouseTo(c, c->width / 2, c->height / 2);
         act({"click", "1"});
         ASSERT_TRUE(loaded());
@@ -315,6 +321,25 @@ TEST_F(PanelsTest, ChainsOfEffects) {
     EXPECT_EQ(chain.getCount(), 1);
     EXPECT_EQ(chain.getFirst(), reverb);
     undo();
+    EXPECT_EQ(chain.getFirst(), delay);
+    // By its head an effect goes to where it is dropped; Escape leaves it.
+    CCtrl* echo = find("Delay");
+    CCtrl* hall = find("Reverb");
+    const int up = hall->top - (echo->top + echo->height / 2 - 8);
+    comeIntoView(find("Time", 2));
+    for (const bool escape : {true, false}) {
+        drag(hall, asPoint(200, 16), asPoint(200, -up), escape);
+        EXPECT_EQ(chain.getFirst(), escape ? static_cast<CFX*>(delay) : reverb);
+    }
+    undo();
+    // The way of the sound: a box is switched by two presses.
+    CCtrl* way = find("chain");
+    comeIntoView(way);
+    mouseTo(way, 150, 48);
+    act({"click", "--repeat", "2", "--delay", "60", "1"});
+    EXPECT_EQ(delay->enabled, 0);
+    undo();
+    EXPECT_EQ(delay->enabled, 1);
     EXPECT_EQ(chain.getFirst(), delay);
     // What has left under the hands of the panel is not touched any more.
     key("ctrl+z");

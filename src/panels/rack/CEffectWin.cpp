@@ -3,19 +3,25 @@
 #include "effects/CEffect.h"
 #include "effects/RackEdits.h"
 #include "engine/CQV.h"
+#include "engine/EffectSettings.h"
 #include "engine/StripValues.h"
+#include "engine/ValueDoor.h"
 #include "gui/CApp.h"
+#include "gui/CGraphic.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CPopup.h"
 #include "panels/PanelBody.h"
+#include "panels/rack/ChainView.h"
 #include "panels/rack/EffectBox.h"
 #include "project/PresetFiles.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
 
+#include <algorithm>
+
 namespace {
 
-constexpr int gap = 8, addWidth = 120, addHeight = 26;
+constexpr int gap = 8, addWidth = 120, addHeight = 26, markHeight = 4;
 const CRect usualPlace = asRect(120, 120, 120 + 720, 120 + 520);
 
 int chosenKind(CObject* sender) {
@@ -54,6 +60,18 @@ PanelWin::Shape CEffectWin::shape() const {
 void CEffectWin::build() {
     boxes.clear();
     CEffectProg* prog = rack.getProg();
+    chain = new ChainView(this, rack);
+    chain->visible = prog != nullptr;
+    chain->onChosen = [this](const CFX* fx) {
+        for (EffectBox* box : boxes)
+            if (box->fx == fx) body->reveal(box);
+    };
+    chain->onSwitched = [this](CFX* fx) { switchPower(fx); };
+    body->inner->addControl(chain);
+    mark = new CCtrl(this, "mark", 0, 0, 1, markHeight);
+    mark->visible = false;
+    mark->onPaint = new _COnPaint<CEffectWin>(this, &CEffectWin::paintMark);
+    body->inner->addControl(mark);
     for (int i = 0; prog && i < prog->effects.getCount(); i++) addBox(prog, i);
     add = new CButton(this, "add", "Add effect", 0, 0, addWidth, addHeight);
     add->skin = &clTrackControls;
@@ -78,12 +96,47 @@ void CEffectWin::addBox(CEffectProg* prog, int index) {
         removeEffect(&rack, prog, fx);
         follow();
     };
+    box->onDragged = [this, prog, fx](int y, bool drop) { drag(prog, fx, y, drop); };
+    box->onDragLeft = [this] {
+        mark->visible = false;
+        body->redraw();
+    };
     boxes.push_back(box);
     body->inner->addControl(box);
 }
 
+int CEffectWin::placeAt(int y) const {
+    const auto below = [y](const EffectBox* box) { return y < box->top + box->height / 2; };
+    return int(std::ranges::find_if(boxes, below) - boxes.begin());
+}
+
+void CEffectWin::drag(CEffectProg* prog, CFX* fx, int y, bool drop) {
+    const int to = placeAt(y);
+    if (drop) {
+        moveEffect(&rack, prog, fx, to);
+        return follow();
+    }
+    const int above = to > 0 ? boxes[size_t(to - 1)]->top + boxes[size_t(to - 1)]->height : 0;
+    const int at = to > 0 ? above + (gap - markHeight) / 2 : boxes.front()->top - markHeight - 2;
+    if (mark->visible && mark->top == at) return;
+    mark->setBounds(gap, at, boxes.front()->width, markHeight);
+    mark->visible = true;
+    body->redraw();
+}
+
+void CEffectWin::paintMark(CObject*, CGraphic* g, CRect rect) {
+    g->fillRect(app->gui->palette.accent, rect);
+}
+
+void CEffectWin::switchPower(CFX* fx) {
+    rack.host->values->set(effectPower().of(fx), fx->enabled ? 0.0 : 1.0);
+    refresh();
+}
+
 void CEffectWin::arrange(int wide) {
-    int y = gap;
+    if (!chain) return;
+    chain->setBounds(gap, gap, wide - 2 * gap, ChainView::usualHeight);
+    int y = gap + ChainView::usualHeight + gap;
     for (EffectBox* box : boxes) {
         box->setBounds(gap, y, box->width, box->height);
         box->fit(wide - 2 * gap);
@@ -93,6 +146,7 @@ void CEffectWin::arrange(int wide) {
 }
 
 void CEffectWin::refresh() {
+    if (chain) chain->refresh();
     for (EffectBox* box : boxes) box->refresh();
 }
 

@@ -5,10 +5,13 @@
 class CButton;
 class CEffect;
 class CEffectProg;
+class CFX;
+class ChainView;
 class EffectBox;
 
-/// The window of a rack: the effects of its current program below each other, in the order in which
-/// they sound. Interface thread.
+/// The window of a rack: the way of the sound, and the effects of its current program below each
+/// other, in the order in which they sound; one is dragged to another place by its head. Interface
+/// thread.
 class CEffectWin : public PanelWin {
 public:
     CEffectWin(Workspace& workspace, CEffect& rack);
@@ -25,8 +28,14 @@ private:
     void effectChosen(CObject* sender);
     void programChosen(CObject* sender);
     void addBox(CEffectProg* prog, int index);
+    void drag(CEffectProg* prog, CFX* fx, int y, bool drop);
+    int placeAt(int y) const; ///< between the boxes, of an effect that is dropped there
+    void paintMark(CObject*, CGraphic* g, CRect rect);
+    void switchPower(CFX* fx);
 
     CEffect& rack;
     std::vector<EffectBox*> boxes; ///< among the controls, as the next
     CButton* add = nullptr;
+    ChainView* chain = nullptr;
+    CCtrl* mark = nullptr; ///< where a drag leads to
 };

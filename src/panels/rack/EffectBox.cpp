@@ -14,12 +14,15 @@
 #include "gui/Fonts.h"
 #include "gui/Keys.h"
 #include "gui/controls/CButton.h"
+#include "panels/rack/EffectPicture.h"
 #include "ui/ProgramItems.h"
 #include "ui/SettingPanel.h"
 
 namespace {
 
 constexpr int gap = 8, headHeight = 32, side = 20, powerWidth = 44;
+constexpr int leastBeside = 560; ///< so wide that the picture stands beside the settings
+constexpr int cursorPlain = 1, cursorUpDown = 11;
 
 } // namespace
 
@@ -30,11 +33,13 @@ EffectBox::EffectBox(CWin* owner, Workspace& space, CEffect& rack, CFX* of,
       up(addButton("Move up", &EffectBox::placeClicked)),
       down(addButton("Move down", &EffectBox::placeClicked)),
       remove(addButton("Remove", &EffectBox::removeClicked)),
+      picture(new EffectPicture(owner, of, alive,
+                                [host = rack.host] { return double(host->tempoNow); })),
       settings(new SettingPanel(owner, "settings", space)) {
     arrowsWalk = true;
     for (CButton* b : {up, down, remove})
         b->onPaint = new _COnPaint<EffectBox>(this, &EffectBox::paintSign);
-    settings->setBounds(0, headHeight, 1, 1);
+    addControl(picture);
     addControl(settings);
     const Settings all = settingsOf(*fx);
     if (!all.empty()) {
@@ -59,8 +64,14 @@ CButton* EffectBox::addButton(const char* what, void (EffectBox::*clicked)(CObje
 }
 
 void EffectBox::fit(int wide) {
-    settings->fit(wide);
-    setBounds(left, top, wide, headHeight + settings->height);
+    picture->visible = !picture->empty();
+    const bool beside = picture->visible && wide >= leastBeside;
+    const int from = beside ? picture->width + gap : 0;
+    const int below = picture->visible && !beside ? picture->height : 0;
+    picture->setBounds(gap, headHeight + gap, picture->width, picture->height);
+    settings->setBounds(from, headHeight + below, 1, 1);
+    settings->fit(wide - from);
+    setBounds(left, top, wide, headHeight + below + settings->height);
     int x = wide - gap;
     for (CButton* b : {remove, down, up}) {
         x -= side;
@@ -73,6 +84,7 @@ void EffectBox::fit(int wide) {
 void EffectBox::refresh() {
     if (!alive()) return;
     settings->refresh();
+    picture->refresh();
     const bool on = fx->enabled != 0;
     if (on == power->lit && !power->text.empty()) return;
     power->setLit(on);
@@ -91,6 +103,30 @@ void EffectBox::placeClicked(CObject* sender) {
 
 void EffectBox::removeClicked(CObject*) {
     if (alive()) onRemove();
+}
+
+void EffectBox::mouseDown(int x, int y, int btn) {
+    CGroup::mouseDown(x, y, btn);
+    if ((btn & modLeft) && y < headHeight && alive())
+        win->app->drag.start(this, this, asPoint(x, y), btn);
+}
+
+void EffectBox::mouseMove(int x, int y, int btn) {
+    CGroup::mouseMove(x, y, btn);
+    cursor = y < headHeight ? cursorUpDown : cursorPlain;
+}
+
+void EffectBox::dragMove(const DragPoint& point) {
+    if (alive()) onDragged(top + point.at.y, false);
+}
+
+void EffectBox::dragEnd(const DragPoint& point) {
+    onDragLeft();
+    if (alive()) onDragged(top + point.at.y, true);
+}
+
+void EffectBox::dragCancel() {
+    onDragLeft();
 }
 
 bool EffectBox::keyInside(int key, int mods) {
