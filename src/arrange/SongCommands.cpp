@@ -68,7 +68,7 @@ bool twoAudio(CSeq* seq) {
 }
 
 bool anySelectedTrack(CSeq* seq) {
-    return !seq->selectedTracks.empty();
+    return !seq->selection.tracks.empty();
 }
 
 bool hasPriorProg(CSeq* seq) {
@@ -88,7 +88,7 @@ bool onMarker(CSeq* seq) {
 }
 
 bool anyCopy(CSeq* seq) {
-    return !seq->copies.empty();
+    return !seq->clipboard.parts.empty();
 }
 
 bool anySpan(CSeq* seq) {
@@ -151,19 +151,21 @@ void SongCommands::bindAll() {
         "punch", [this] { flip(punchOf(seq())); }, [this] { return prog() && !recording(); },
         [this] { return prog() && punchOf(seq()).get()[0] != 0.0; });
     // How takes are recorded, which the settings file keeps.
-    const auto bindSwitch = [this](const char* name, auto field) {
+    const auto bindSwitch = [this](const char* name, auto of) {
         workspace.commands().bind(
             name,
-            [this, field] {
-                seq()->*field = !(seq()->*field);
+            [this, of] {
+                of(seq()) = !of(seq());
                 seq()->writeSettings();
             },
-            [this] { return prog() && !recording(); },
-            [this, field] { return prog() && seq()->*field; });
+            [this] { return prog() && !recording(); }, [this, of] { return prog() && of(seq()); });
     };
-    bindSwitch("takesinloops", &CSeq::loopTakes);
-    bindSwitch("notetakes", &CSeq::loopNoteTakes);
-    bindSwitch("quantizetakes", &CSeq::autoQuantize);
+    bindSwitch(
+        "takesinloops", [](CSeq * s) -> auto& { return s->recorder.loopTakes; });
+    bindSwitch(
+        "notetakes", [](CSeq * s) -> auto& { return s->recorder.loopNoteTakes; });
+    bindSwitch(
+        "quantizetakes", [](CSeq * s) -> auto& { return s->autoQuantize; });
     workspace.commands().bind(
         "remix",
         [this] {
@@ -389,7 +391,7 @@ void SongCommands::flip(const StoredValue& value) {
 
 /// A switch of the selected tracks: all on, unless all are.
 void SongCommands::toggle(StoredValue (*valueOf)(CSongTrack*)) {
-    const auto& tracks = seq()->selectedTracks;
+    const auto& tracks = seq()->selection.tracks;
     bool all = true;
     for (auto* t : each<CSongTrack>(tracks)) all = all && valueOf(t).get()[0] != 0.0;
     qv->values->begin();
@@ -437,7 +439,7 @@ void SongCommands::addFolder() {
 }
 
 CTrack* SongCommands::shownTrack() const {
-    const auto* songTrack = static_cast<CSongTrack*>(seq()->selectedTracks.getFirst());
+    const auto* songTrack = static_cast<CSongTrack*>(seq()->selection.tracks.getFirst());
     return songTrack ? songTrack->track : nullptr;
 }
 

@@ -44,7 +44,7 @@ CSeq* SongImports::seq() const {
 }
 
 CSongTrack* SongImports::selectedTrack() const {
-    return static_cast<CSongTrack*>(seq()->selectedTracks.getFirst());
+    return static_cast<CSongTrack*>(seq()->selection.tracks.getFirst());
 }
 
 // By the menu.

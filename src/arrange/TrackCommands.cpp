@@ -109,7 +109,8 @@ void TrackCommands::bindSwitches() {
     const auto ofSelected = [this](auto&& is) {
         bool any = false;
         if (state.seq())
-            for (const auto* t : each<CSongTrack>(state.seq()->selectedTracks)) any = any || is(t);
+            for (const auto* t : each<CSongTrack>(state.seq()->selection.tracks))
+                any = any || is(t);
         return any;
     };
     state.actions.bind(
@@ -124,7 +125,7 @@ void TrackCommands::bindSwitches() {
 }
 
 bool TrackCommands::anyTrack() const {
-    return state.seq() && !state.seq()->selectedTracks.empty();
+    return state.seq() && !state.seq()->selection.tracks.empty();
 }
 
 bool TrackCommands::all(StoredValue (*valueOf)(CTrack*)) const {
@@ -150,9 +151,9 @@ void TrackCommands::showTakes() {
 /// Of the selected tracks that have some.
 void TrackCommands::showNotes() {
     bool all = true;
-    for (const auto* t : each<CSongTrack>(state.seq()->selectedTracks))
+    for (const auto* t : each<CSongTrack>(state.seq()->selection.tracks))
         all = all && (!hasNotes(t) || state.rows.showsNotes(t->track));
-    for (const auto* t : each<CSongTrack>(state.seq()->selectedTracks))
+    for (const auto* t : each<CSongTrack>(state.seq()->selection.tracks))
         if (hasNotes(t)) state.rows.showNotes(t->track, !all);
     state.rowsChanged();
 }

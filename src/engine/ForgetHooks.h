@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/CList.h"
+
 #include <unordered_set>
 #include <vector>
 
@@ -23,6 +25,15 @@ private:
     std::vector<CObject*> objects;
     std::unordered_set<const CObject*> known;
 };
+
+/// Takes the objects of a set out of a list of T.
+template <class T>
+void removeGone(CList& list, const ForgetSet& gone) {
+    std::vector<T*> found;
+    for (auto* object : each<T>(list))
+        if (gone.has(object)) found.push_back(object);
+    for (T* object : found) list.remove(object);
+}
 
 /// Ends everything in the graph that refers to one of the objects or to something in it: voices,
 /// play pointers, markers. Called once for all that is freed, on the interface thread with the

@@ -34,8 +34,8 @@ NoteCommands::NoteCommands(Workspace& space, EditorTable& editors)
         workspace.commands().leave(name);
     workspace.commands().bind(
         "steprec", [this] { toggleSteps(); },
-        [this] { return seq() && (seq()->stepRec.getPart() || stepPart()); },
-        [this] { return seq() && seq()->stepRec.getPart(); });
+        [this] { return seq() && (seq()->recorder.stepRec.getPart() || stepPart()); },
+        [this] { return seq() && seq()->recorder.stepRec.getPart(); });
     workspace.commands().bind(
         "computerkeys", [this] { computerKeys.set(!computerKeys.on()); }, [] { return true; },
         [this] { return computerKeys.on(); });
@@ -55,9 +55,9 @@ CPart* NoteCommands::stepPart() const {
 
 /// Steps show in the editor.
 void NoteCommands::toggleSteps() {
-    CPart* part = seq()->stepRec.getPart() ? nullptr : stepPart();
-    seq()->recordSteps(part);
-    const bool begun = part && seq()->stepRec.getPart() == part;
+    CPart* part = seq()->recorder.stepRec.getPart() ? nullptr : stepPart();
+    seq()->recorder.recordSteps(part);
+    const bool begun = part && seq()->recorder.stepRec.getPart() == part;
     if (begun) workspace.openPart(part);
     workspace.setStatus(!part    ? "Step record off"
                         : !begun ? "The part can't be recorded: its track is locked"

@@ -15,8 +15,8 @@ constexpr const char* insertName = "insertnote";
 /// Behind what is selected, else at the position, else where the part begins.
 void insertNote(NoteState& state) {
     CSeq* seq = state.seq();
-    if (seq->stepRec.getPart() == state.part) {
-        const int row = seq->stepRec.note;
+    if (seq->recorder.stepRec.getPart() == state.part) {
+        const int row = seq->recorder.stepRec.note;
         recordStep(state, row, state.edit.eventVelocity);
         return recordStep(state, row, 0);
     }
@@ -58,9 +58,9 @@ bool editAction(NoteState& state, const CStr& name) {
 
 void recordStep(NoteState& state, int row, int velocity) {
     CSeq* seq = state.seq();
-    if (row < 0 || !state.part || !seq || seq->stepRec.getPart() != state.part) return;
+    if (row < 0 || !state.part || !seq || seq->recorder.stepRec.getPart() != state.part) return;
     const int key = state.part->type == partDrum ? firstDrumKey + row : row;
-    seq->stepRec.play(seq, asData(midiNoteOn, key, velocity));
+    seq->recorder.stepRec.play(seq, asData(midiNoteOn, key, velocity));
 }
 
 void showEvent(NoteState& state, const NoteEvent& shown) {

@@ -153,7 +153,7 @@ bool NoteGrid::pressOther(CPoint at, int btn) {
 
 /// Where the next chord of a recording in steps goes.
 void NoteGrid::paintStep(CGraphic* g, CRect asked) const {
-    const CStepRec& steps = state.seq()->stepRec;
+    const CStepRec& steps = state.seq()->recorder.stepRec;
     if (steps.getPart() != state.part) return;
     const double from = double(state.part->pos) + steps.getPos();
     const int x = state.axis().xOf(from);
@@ -195,7 +195,7 @@ void NoteGrid::mouseDown(int x, int y, int btn) {
     CCtrl::mouseDown(x, y, btn);
     if (panZoom.press(x, y, btn) || !state.part || !state.seq()) return;
     const CPoint at = asPoint(x, y);
-    if (!state.seq()->stepRec.getPart() && pressOther(at, btn)) return;
+    if (!state.seq()->recorder.stepRec.getPart() && pressOther(at, btn)) return;
     if (pressRowEnd(at, btn)) return;
     auto mouse = std::make_unique<NoteMouse>(state.edit, state.place(), state.placesAlong());
     state.edit.kind = state.part->type == partDrum ? kindDrums : kindNotes;
@@ -226,7 +226,7 @@ bool NoteGrid::pressRowEnd(CPoint at, int btn) {
     const NotePlace place = state.place();
     const int row = RowEndDrag::rowAt(place, state.edit, at);
     if ((btn & ~modDouble) != modLeft || row < 0 || state.track->locked ||
-        state.seq()->stepRec.getPart() || NoteMouse::eventAt(place, state.edit, at).event)
+        state.seq()->recorder.stepRec.getPart() || NoteMouse::eventAt(place, state.edit, at).event)
         return false;
     gesture = std::make_unique<RowEndDrag>(state, row);
     state.edit.editEvents = state.part->getEvents();

@@ -12,7 +12,7 @@ namespace {
 /// While the part is recorded in steps.
 bool stepKey(NoteState& state, int key, int mods) {
     CSeq* seq = state.seq();
-    CStepRec& steps = seq->stepRec;
+    CStepRec& steps = seq->recorder.stepRec;
     const int along = (key == keyRight) - (key == keyLeft);
     const int up = (key == ::keyUp) - (key == ::keyDown);
     if (along > 0 && mods == modControl) return steps.tie(seq), true;
@@ -26,14 +26,14 @@ bool stepKey(NoteState& state, int key, int mods) {
         return true;
     }
     if (key == keyBackspace) return steps.takeBack(seq), true;
-    if (key == keyEscape) return seq->recordSteps(nullptr), true;
+    if (key == keyEscape) return seq->recorder.recordSteps(nullptr), true;
     return false;
 }
 
 /// Back to the pointer.
 bool leavesTool(NoteState& state) {
     int& tool = state.seq()->editorComp->tool;
-    const bool other = tool != toolPointer && !state.seq()->stepRec.getPart();
+    const bool other = tool != toolPointer && !state.seq()->recorder.stepRec.getPart();
     if (other) tool = toolPointer;
     return other;
 }
@@ -42,7 +42,7 @@ bool leavesTool(NoteState& state) {
 
 bool noteKey(NoteState& state, int key, int mods) {
     if (state.seq() && key == keyEscape && !mods && leavesTool(state)) return true;
-    if (state.part && state.seq() && state.seq()->stepRec.getPart() == state.part &&
+    if (state.part && state.seq() && state.seq()->recorder.stepRec.getPart() == state.part &&
         stepKey(state, key, mods))
         return true;
     return state.part && state.seq() &&

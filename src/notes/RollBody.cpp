@@ -233,7 +233,7 @@ void RollBody::transformClosed(CObject*) {
 }
 
 void RollBody::scrollInViewStepCursor() {
-    const CStepRec& steps = seq()->stepRec;
+    const CStepRec& steps = seq()->recorder.stepRec;
     const int now = steps.getPart() == part ? steps.getPos() : -1;
     if (now == shownStep) return;
     shownStep = now;

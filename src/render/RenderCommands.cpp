@@ -27,7 +27,7 @@ RenderCommands::RenderCommands(Workspace& space) : workspace(space), qv(space.ho
         "exportmidi", [this] { exportMidi(); }, ready);
     commands.bind(
         "freeze", [this] { freeze(); },
-        [this, ready] { return ready() && !seq()->selectedTracks.empty(); },
+        [this, ready] { return ready() && !seq()->selection.tracks.empty(); },
         [this] { return frozen(); });
     commands.bind(
         "bounce", [this] { bounce(); }, ready);

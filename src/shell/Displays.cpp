@@ -250,7 +250,7 @@ StoredValue CTempoDisplay::value() const {
 
 CStr CTempoDisplay::figures() const {
     CSeq* seq = songOf(qv);
-    return formatted("%.1f", seq ? seq->tempoHere() : value().get()[0]);
+    return formatted("%.1f", seq ? seq->tempo.here() : value().get()[0]);
 }
 
 void CTempoDisplay::mouseDown(int x, int y, int btn) {

@@ -111,8 +111,8 @@ int NoteMouse::pressRight(const Hit& hit, CPoint at, int btn) {
 
 /// Where the next step goes, and on which row.
 int NoteMouse::placeStep(CPoint at) {
-    CStepRec& steps = place.seq->stepRec;
-    if (steps.getPart() != place.part) place.seq->recordSteps(place.part);
+    CStepRec& steps = place.seq->recorder.stepRec;
+    if (steps.getPart() != place.part) place.seq->recorder.recordSteps(place.part);
     steps.moveTo(place.seq, tickAt(at, false) - place.part->pos);
     if (place.rows.count() > 0) steps.setNote(rowAt(at.y));
     return editIdle;
@@ -120,7 +120,7 @@ int NoteMouse::placeStep(CPoint at) {
 
 int NoteMouse::pressLeft(const Hit& hit, CPoint at, int btn) {
     const CBaseEvent* event = hit.found.event;
-    if (place.seq->stepRec.getPart()) return placeStep(at);
+    if (place.seq->recorder.stepRec.getPart()) return placeStep(at);
     alt = btn & modAlt;
     if (!(btn & (modShift | modAlt | modControl)))
         if (const int mode = pressTool(hit, at); mode >= 0) return mode;

@@ -219,5 +219,5 @@ TEST_F(CSeqTest, FreedObjectsAreForgotten) {
     step([&](CUndo* u) { seq->selectTrack(seq->addTrack(trackMIDI, prog(), u), true); });
     undo();
     host.idle();
-    EXPECT_TRUE(seq->selectedTracks.empty()) << "a track that left is not selected";
+    EXPECT_TRUE(seq->selection.tracks.empty()) << "a track that left is not selected";
 }

@@ -312,7 +312,7 @@ TEST(HitStyle, EditsAndFilesKeepThem) {
     for (CBaseEvent* e = part->getEvents(); e; e = e->next) select(e, true);
     f.seq->copyToClipboard(part);
     f.step([&](CUndo* undo) {
-        f.seq->pasteData(undo, static_cast<CPart*>(f.seq->copies.getFirst()), part, 2000);
+        f.seq->pasteData(undo, static_cast<CPart*>(f.seq->clipboard.parts.getFirst()), part, 2000);
     });
     EXPECT_EQ(stylesOf(part), (std::vector{all, none, all, none}));
 }

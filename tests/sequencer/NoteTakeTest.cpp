@@ -202,17 +202,17 @@ TEST(NoteTake, StepsWriteChords) {
     for (bool alone : {false, true}) {
         second->setSelected(!alone);
         f.seq->stepRecClicked();
-        ASSERT_EQ(f.seq->stepRec.getPart(), alone ? part : nullptr);
+        ASSERT_EQ(f.seq->recorder.stepRec.getPart(), alone ? part : nullptr);
     }
     const std::string empty = dump(f.seq);
     f.play(30, script("0+60 1+64 2-60 3+67 4-64 5-67"));
     EXPECT_EQ(text(part), "1920-600 0:67+240 0:64+240 0:60+240");
-    EXPECT_EQ(f.seq->stepRec.getPos(), 240);
+    EXPECT_EQ(f.seq->recorder.stepRec.getPos(), 240);
     f.expectOneStep(empty);
     f.play(10, script("0+61 1-61 2+62 3-62"));
     EXPECT_EQ(text(part), "1920-600 0:67+240 0:64+240 0:60+240 240:61+240 360:62+240");
-    EXPECT_EQ(f.seq->stepRec.getPos(), 360) << "600 - 240 is the last";
-    EXPECT_EQ(f.seq->stepRec.note, 62);
+    EXPECT_EQ(f.seq->recorder.stepRec.getPos(), 360) << "600 - 240 is the last";
+    EXPECT_EQ(f.seq->recorder.stepRec.note, 62);
     f.seq->stepRecClicked();
     f.play(5, script("0+70 1-70"));
     EXPECT_EQ(f.host.undoIndex, 2);

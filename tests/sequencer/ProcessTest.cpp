@@ -264,9 +264,9 @@ TEST(Process, AudioIntoNewFiles) {
             const FullDisk disk(5000);
             EXPECT_EQ(processAudio(e.seq, a.mode, range), "Could not write file");
         }
-        EXPECT_TRUE(e.bytes() == start && e.folderEmpty() && e.seq->copies.empty());
+        EXPECT_TRUE(e.bytes() == start && e.folderEmpty() && e.seq->clipboard.parts.empty());
         copyPartRange(e.seq, range);
-        const auto* copy = static_cast<CPart*>(e.seq->copies.getFirst());
+        const auto* copy = static_cast<CPart*>(e.seq->clipboard.parts.getFirst());
         EXPECT_EQ(copy->length, a.to ? a.to - a.from : 1920);
         EXPECT_EQ(processAudio(e.seq, a.mode, range), "");
         e.host.settle();
@@ -282,7 +282,7 @@ TEST(Process, AudioIntoNewFiles) {
             EXPECT_NEAR(value, a.values[i], 0.001f) << frames[i];
         }
         if (a.mode == processCut) {
-            auto* copied = static_cast<CPart*>(e.seq->copies.getFirst());
+            auto* copied = static_cast<CPart*>(e.seq->clipboard.parts.getFirst());
             ASSERT_NE(copied, nullptr);
             const auto* gone = static_cast<CAudioEvent*>(copied->getEvents());
             EXPECT_EQ(
@@ -352,7 +352,7 @@ TEST(Process, RemixIsASong) {
     Edits e;
     e.addAudio(0, {{0, clip(e.sample)}});
     static_cast<CTempoPart*>(e.prog()->tempos.getFirst())->ramp = 1; // 100 to 140, 960 to 2880
-    e.seq->tempoChanged();
+    e.seq->tempo.changed();
     std::vector<CMarkerPart*> markers;
     for (const auto& [pos, length] : {std::pair{1920, 1920}, {3840, 960}}) {
         markers.push_back(new CMarkerPart);

@@ -88,7 +88,7 @@ TEST_F(RecordingTest, TakesEqualTheFeed) {
         f.host.click->enabled = way.countIn > 0;
         f.host.click->beats = 1;
         if (way.loopEnd) f.loop(0, way.loopEnd);
-        f.seq->loopTakes = 0;
+        f.seq->recorder.loopTakes = 0;
         CSongTrack* t = f.track(trackAudio);
         t->track->recChs = static_cast<unsigned char>(way.chs);
         f.seq->selectTrack(t, true);
@@ -152,7 +152,7 @@ TEST_F(RecordingTest, AudioThreadOnlyMovesNumbers) {
     CSongTrack* notes = f.ready(trackMIDI);
     CSongTrack* t = f.ready(trackAudio);
     f.loop(0, 960);
-    f.seq->loopTakes = 0;
+    f.seq->recorder.loopTakes = 0;
     feed(f, 700); // less than waits in memory, however late the disk is
     f.device.send(asData(midiNoteOn, 60, 100));
     f.begin(0);

@@ -81,13 +81,13 @@ TEST(SampleEdits, ClipsPlayWhatIsLeft) {
             const ClipPlace place{e.part, 0};
             if (c.run == pasteOverFrames) copyFrames(e.seq, place, middle);
             const std::string start = e.bytes();
-            const int copies = e.seq->copies.getCount();
+            const int copies = e.seq->clipboard.parts.getCount();
             {
                 const FullDisk disk(5000);
                 EXPECT_EQ(c.run(e.seq, place, c.frames), "Could not write file");
             }
             EXPECT_TRUE(e.bytes() == start && e.folderEmpty());
-            EXPECT_EQ(e.seq->copies.getCount(), copies);
+            EXPECT_EQ(e.seq->clipboard.parts.getCount(), copies);
             EXPECT_EQ(c.run(e.seq, place, c.frames), "");
             e.host.settle();
             EXPECT_STREQ(e.host.undoText().asChar(), c.title);
@@ -99,7 +99,7 @@ TEST(SampleEdits, ClipsPlayWhatIsLeft) {
                 EXPECT_NEAR(frameOf(now->sample, c.at[i]), c.from[i], 2) << c.at[i];
             if (c.run == cutFrames) {
                 const auto* gone = static_cast<const CAudioEvent*>(
-                    static_cast<CPart*>(e.seq->copies.getFirst())->getEvents());
+                    static_cast<CPart*>(e.seq->clipboard.parts.getFirst())->getEvents());
                 EXPECT_EQ(std::tuple(gone->sample, gone->start, gone->end),
                           std::tuple(e.ramp, 0, 13999));
             }

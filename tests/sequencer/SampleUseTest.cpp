@@ -31,7 +31,7 @@ TEST(SampleUse, DeletedSampleLeavesEveryPart) {
     stays->addPart(parts[0], nullptr);
     removed->addPart(parts[1], nullptr);
     song.seq->masterParts.add(parts[2]);
-    song.seq->copies.add(parts[3]);
+    song.seq->clipboard.parts.add(parts[3]);
     song.step([&](CUndo* u) { song.seq->removeTrack(removed->track, u); });
     song.step([&](CUndo* u) { u->asSwap(parts[0], parts[4]); });
     song.step([&](CUndo* u) { u->asAdd(parts[5], &stays->parts); });

@@ -65,7 +65,7 @@ struct TakeFixture : SongFixture {
         host.tasks->audioStopped();
         host.idle();
         host.settle();
-        seq->edits.settle();
+        seq->recorder.edits.settle();
     }
     /// Runs blocks with an idle pass after each; `script` tells what is played in which.
     void play(int blocks, const std::multimap<int, int>& script = {}) {

@@ -214,7 +214,7 @@ TEST(Takes, HoldNotesOfLoops) {
             t->addPart(part, nullptr);
         }
         f.loop(0, 960);
-        f.seq->loopNoteTakes = true;
+        f.seq->recorder.loopNoteTakes = true;
         const std::string before = dump(f.seq);
         f.begin(0);
         f.play(320, script(way.played));

@@ -22,7 +22,7 @@ struct Tempos : SongFileFixture {
         tempoAt(3840, 60.0f);
         tempoAt(11520, 240.0f);
         point(0)->ramp = 1;
-        seq->tempoChanged();
+        seq->tempo.changed();
         host.undoClear();
     }
     /// "960@100/" is a point that begins a line.

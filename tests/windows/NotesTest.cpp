@@ -223,9 +223,9 @@ TEST_F(NotesTest, StepsAreRecordedFromKeysAndTheMouse) {
     row(0)->track->setSelected(true);
     key("F4");
     const auto stepAt = [&](int wanted) {
-        return pumpUntil([&] { return seq()->stepRec.getPos() == wanted; });
+        return pumpUntil([&] { return seq()->recorder.stepRec.getPos() == wanted; });
     };
-    ASSERT_TRUE(pumpUntil([&] { return seq()->stepRec.getPart() == edited; }));
+    ASSERT_TRUE(pumpUntil([&] { return seq()->recorder.stepRec.getPart() == edited; }));
     key("n");
     EXPECT_TRUE(holds("0:60:240:100* ")) << "the row that is shown";
     EXPECT_TRUE(stepAt(240));
@@ -242,7 +242,7 @@ TEST_F(NotesTest, StepsAreRecordedFromKeysAndTheMouse) {
     EXPECT_TRUE(holds("0:60:240:100* 480:61:480:100* 960:64:240:100* ")) << "the strip";
     click(place(2000, 67));
     EXPECT_TRUE(stepAt(1920)) << "the press places the step";
-    EXPECT_EQ(seq()->stepRec.note, 67);
+    EXPECT_EQ(seq()->recorder.stepRec.note, 67);
     key("Left");
     key("Left");
     key("Left");
@@ -263,9 +263,9 @@ TEST_F(NotesTest, StepsAreRecordedFromKeysAndTheMouse) {
     EXPECT_TRUE(has("960:55:240:100"));
     key("Escape");
     EXPECT_EQ(app->keyPlayer, nullptr);
-    ASSERT_EQ(seq()->stepRec.getPart(), edited) << "the keyboard was ended, not the steps";
+    ASSERT_EQ(seq()->recorder.stepRec.getPart(), edited) << "the keyboard was ended, not the steps";
     key("Escape");
-    EXPECT_TRUE(pumpUntil([&] { return !seq()->stepRec.getPart(); }));
+    EXPECT_TRUE(pumpUntil([&] { return !seq()->recorder.stepRec.getPart(); }));
 }
 
 TEST_F(NotesTest, NotesAreEditedInTheirTrack) {

@@ -126,8 +126,7 @@ private:
     void fillClipboard() {
         seq->clearCopies();
         for (const Result& r : results) {
-            seq->copyTracks.push_back(r.placed.row);
-            seq->copies.add(partOfFrames(seq, r.placed.part, r.frames).release());
+            seq->clipboard.add(partOfFrames(seq, r.placed.part, r.frames).release(), r.placed.row);
         }
     }
 };

@@ -88,11 +88,13 @@ public:
         seq->unselectParts();
         const int shift = trackShift();
         int first = maxTicks;
-        for (auto* part : each<CPart>(seq->copies)) first = std::min(first, int(part->pos));
+        for (auto* part : each<CPart>(seq->clipboard.parts))
+            first = std::min(first, int(part->pos));
         PartChange change;
         int index = 0;
-        for (auto* copied : each<CPart>(seq->copies)) {
-            CSongTrack* songTrack = trackFor(copied, seq->copyTracks[size_t(index++)] + shift);
+        for (auto* copied : each<CPart>(seq->clipboard.parts)) {
+            CSongTrack* songTrack =
+                trackFor(copied, seq->clipboard.tracks[size_t(index++)] + shift);
             if (!songTrack) continue;
             std::unique_ptr<CPart> part = fromClipboard(seq, copied);
             part->pos = limitTicks(int64_t(tick) + copied->pos - first);
@@ -108,7 +110,7 @@ private:
     CUndo* undo;
 
     int trackShift() const {
-        const std::vector<int>& from = seq->copyTracks;
+        const std::vector<int>& from = seq->clipboard.tracks;
         int index = 0, firstSelected = -1;
         for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
             if (songTrack->track->selected()) {
@@ -145,16 +147,15 @@ void addCopy(CSeq* seq, CPart* part, int trackIndex, const PartRange& range) {
     else
         copied.reset(part->copy(0));
     copied->colour = -1;
-    seq->copyTracks.push_back(trackIndex);
-    seq->copies.add(copied.release());
+    seq->clipboard.add(copied.release(), trackIndex);
 }
 
 bool pasteIntoEdited(CSeq* seq, CUndo* undo, int tick) {
     CPart* target = seq->getEditPart();
-    if (!target || seq->isLocked(target) || seq->copies.getCount() != 1) return false;
+    if (!target || seq->isLocked(target) || seq->clipboard.parts.getCount() != 1) return false;
     const int64_t into = int64_t(tick) - target->pos;
     if (into < 0 || into >= seq->getTicks(target)) return false;
-    return seq->pasteData(undo, static_cast<CPart*>(seq->copies.getFirst()), target, tick);
+    return seq->pasteData(undo, static_cast<CPart*>(seq->clipboard.parts.getFirst()), target, tick);
 }
 
 } // namespace
@@ -202,7 +203,7 @@ void cutParts(CSeq* seq) {
 }
 
 void pasteParts(CSeq* seq) {
-    if (!seq->getProg() || seq->copies.empty()) return;
+    if (!seq->getProg() || seq->clipboard.parts.empty()) return;
     CUndo* undo = seq->host->undoStart("Paste", seq, {.song = true, .seq = SeqNotice::parts});
     const int tick = asInt(seq->getPos());
     if (!pasteIntoEdited(seq, undo, tick)) Paste(seq, undo).run(tick);
@@ -210,7 +211,7 @@ void pasteParts(CSeq* seq) {
 }
 
 void releaseCopies(CSeq* seq, const ForgetSet& masters) {
-    for (auto* copied : each<CPart>(seq->copies)) {
+    for (auto* copied : each<CPart>(seq->clipboard.parts)) {
         if (!masters.has(copied->ghostOf)) continue;
         const std::unique_ptr<CPart> own(ownCopy(copied));
         copied->ghostOf = nullptr;

@@ -4,7 +4,7 @@ class CSeq;
 class ForgetSet;
 struct PartRange;
 
-/// The song's clipboard, `CSeq::copies`; see also `CSeq::copyToClipboard` and `CSeq::pasteData`.
+/// The song's clipboard, `CSeq::clipboard`; see also `CSeq::copyToClipboard` and `CSeq::pasteData`.
 /// Interface thread.
 
 /// The selected parts of the current program come into the clipboard, in place of what was there;

@@ -130,13 +130,13 @@ CStr removeFrames(CSeq* seq, const ClipPlace& place, const char* title, const Fr
 void takeCopy(CSeq* seq, CPart* like, std::unique_ptr<CPart> copied) {
     seq->clearCopies();
     copied->setSelected(false);
-    seq->copyTracks.push_back(asMax(0, seq->getProg()->tracks.indexed(seq->partToSongTrack(like))));
-    seq->copies.add(copied.release());
+    seq->clipboard.add(copied.release(),
+                       asMax(0, seq->getProg()->tracks.indexed(seq->partToSongTrack(like))));
 }
 
 const CAudioEvent* copiedClip(CSeq* seq) {
-    auto* part = static_cast<CPart*>(seq->copies.getFirst());
-    if (seq->copies.getCount() != 1 || part->type != partAudio) return nullptr;
+    auto* part = static_cast<CPart*>(seq->clipboard.parts.getFirst());
+    if (seq->clipboard.parts.getCount() != 1 || part->type != partAudio) return nullptr;
     const auto* clip = static_cast<const CAudioEvent*>(part->getEvents());
     return hasFrames(clip) ? clip : nullptr;
 }

@@ -52,7 +52,7 @@ private:
         const StoredValue tempo = tempoHereOf(seq);
         const StoredValue::Numbers before = tempo.get();
         seq->host->setTempo(float(bpm));
-        seq->tempoChanged();
+        seq->tempo.changed();
         undo->asValue(tempo, before);
     }
 

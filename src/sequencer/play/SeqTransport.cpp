@@ -20,7 +20,6 @@ namespace {
 
 /// So long before the end of a loop a note counts as the first of the next pass, and before a take
 /// as its first.
-constexpr double upbeatTicks = 240.0;
 /// Song tracks whose parts are looked through in a block at most, while the transport stands.
 constexpr int tracksPrepared = 4;
 
@@ -88,7 +87,7 @@ void followHostLoop(CSeqProg* prog) {
 
 /// Whether a track records what is played, heard or not.
 bool takesNotes(const CSeq* seq, const CSongTrack* t) {
-    if (seq->stepRec.takesFrom(t)) return true;
+    if (seq->recorder.stepRec.takesFrom(t)) return true;
     return seq->host->recording && (t->track->armed || t->track->wantsTake());
 }
 
@@ -140,7 +139,7 @@ void echoDrums(const ProgBlock& b, CSongTrack* t) {
     const bool taken = heard || takesNotes(seq, t);
     for (const CMIDIBytes* e = in->first(); e; e = e->next) {
         if (e->kind != eventMidi || e->time < b.offset || e->time >= b.offset + b.frames) continue;
-        if (noteOff(e->data) && seq->stepRec.takesFrom(t)) receive(b, t, e->time, e->data);
+        if (noteOff(e->data) && seq->recorder.stepRec.takesFrom(t)) receive(b, t, e->time, e->data);
         CDrumSound* sound = track->drumSound(asByte1(e->data) - firstDrumKey);
         if (!noteOn(e->data) || !sound) continue;
         const int msg = track->setVel(e->data);
@@ -164,7 +163,7 @@ void echoAudio(const ProgBlock& b, CTrack* track) {
 /// Hands the input of an armed audio track to the take.
 void recordAudio(const ProgBlock& b, CTrack* track) {
     const CInputChannel* in = track->input();
-    if (!in || !b.prog->seq->takeRuns() || !track->armed || !track->takesAudio) return;
+    if (!in || !b.prog->seq->recorder.runs() || !track->armed || !track->takesAudio) return;
     track->recSample->writeFrames(b.frames, in->bufL + b.offset, in->bufR + b.offset, true);
 }
 
@@ -241,16 +240,16 @@ void advance(const ProgBlock& b) {
     prog->pos = prog->pos + b.frames * tpf;
     prog->samplePos = prog->samplePos + b.frames;
     CSeq* seq = prog->seq;
-    if (b.current && seq->takeRuns()) seq->passes.recorded += b.frames;
+    if (b.current && seq->recorder.runs()) seq->recorder.passes.recorded += b.frames;
     if (!prog->looping) return;
     const double reached = prog->pos;
     if (!wrapMarkers(prog) || !wrapLoop(prog)) {
         if (prog->pos == reached) return;
         prog->loopCount += 1;
     }
-    if (b.current && seq->takeRuns()) {
+    if (b.current && seq->recorder.runs()) {
         const double over = host->ticksToFrames(prog->pos - double(prog->leftLocator));
-        seq->passes.note(seq->passes.recorded - asRound(over), prog->leftLocator);
+        seq->recorder.passes.note(seq->recorder.passes.recorded - asRound(over), prog->leftLocator);
     }
     if (seq->recording) prog->punchPos = double(prog->leftLocator);
     prog->samplePos = asInt64(seq->ticksToFrames(0, asInt(prog->pos), asInt(double(host->rate))));
@@ -342,24 +341,18 @@ void CSeqProg::midiReceived(CSongTrack* songTrack, double tick, int msg, void*, 
     const CQV* host = seq->host;
     CTrack* track = songTrack->track;
     if (track->kind == trackMIDI) msg = track->setCh(msg);
-    RecEvent e{tick, tick, msg, seq->passes.count};
-    if (looping && noteOn(msg) && tick >= double(rightLocator) - upbeatTicks) {
+    RecEvent e{tick, tick, msg, seq->recorder.passes.count};
+    if (looping && noteOn(msg) && tick >= double(rightLocator) - TakeRecorder::upbeatTicks) {
         const CPart* part = track->recPart;
         e.tick = part ? asMax(part->pos, leftLocator) : leftLocator;
         e.pass++;
     }
-    const bool inSteps = seq->stepRec.takesFrom(songTrack) && (noteOn(msg) || noteOff(msg));
+    const bool inSteps =
+        seq->recorder.stepRec.takesFrom(songTrack) && (noteOn(msg) || noteOff(msg));
     const bool soon = host->framesToTicks(host->click->countIn) <= quarterTicks;
-    if (!inSteps) e.tick = seq->tickInTake(e.tick, msg);
+    if (!inSteps) e.tick = seq->recorder.tickInTake(e.tick, msg);
     if (inSteps || (record && host->recording && soon && e.tick >= 0.0)) track->recQueue->push(e);
     if (track->kind == trackMIDI) track->addRemovePlayingNote(msg);
-}
-
-double CSeq::tickInTake(double tick, int msg) const {
-    const double from = recFrom, to = recTo;
-    if (!recording && tick < from) return noteOn(msg) && tick >= from - upbeatTicks ? from : -1.0;
-    if (to < 0.0 || tick < to) return tick;
-    return noteOff(msg) ? to : -1.0;
 }
 
 void CSeq::start() {
@@ -368,7 +361,7 @@ void CSeq::start() {
     playing = 1;
     playedTime.run++;
     if (CSeqProg* prog = getProg()) prog->play();
-    followTempo(host->frames);
+    tempo.follow(host->frames);
     songNotices.raise(SeqNotice::transport);
 }
 
@@ -380,14 +373,8 @@ void CSeq::stop() {
         playing = 0;
         playedTime.run++;
     }
-    stopTake();
+    recorder.stop();
     songNotices.raise(SeqNotice::transport);
-}
-
-/// What is played from here on does not belong to the take any more.
-void CSeq::stopTake() {
-    if (recording) takeEnd = recTo < 0.0 ? getPos() : fLimit(getPos(), 0.0, double(recTo));
-    recording = 0;
 }
 
 void CSeq::setPos(double ticks) {
@@ -397,7 +384,7 @@ void CSeq::setPos(double ticks) {
     jumpTo(prog, fLimit(ticks, 0.0, double(maxTicks)));
     playedTime.run++;
     prog->samplePos = asInt64(ticksToFrames(0, asInt(prog->pos), asInt(double(host->rate))));
-    followTempo(host->frames);
+    tempo.follow(host->frames);
     if (prog->playing)
         prog->requests.ask(requestSetup);
     else
@@ -419,56 +406,11 @@ void CSeq::process(int frames) {
     if (allNotesOff && !host->playing) silenceArps(tracks);
     mergeMIDI(frames);
     mergeAudio(frames);
-    punchOut();
-    if (!host->recording) stopTake();
-    noticeArmed();
-    if (playing && host->recording && !recording && recReady.loadAcquire() && reachesTake(frames)) {
-        recording = 1;
-        rec(0);
-    }
+    recorder.follow(frames);
     for (CSeqProg* prog : each<CSeqProg>(progs)) prog->process(frames, 0);
     if (playing) songTicks += host->framesToTicks(frames);
     playedTime.frames += frames;
     playedTime.ticks += host->framesToTicks(frames);
-    followTempo(frames);
+    tempo.follow(frames);
     for (CTrack* track : each<CTrack>(tracks)) track->arpeggiate(frames);
-}
-
-void CSeq::followTempo(int frames) {
-    CSeqProg* prog = getProg();
-    if (!prog) return;
-    host->tempo = float(prog->tempoMap().blockBpm(host->songTempo, prog->pos, frames,
-                                                  double(host->rate), double(host->tempoNow)));
-}
-
-CTempoPart* CSeq::tempoPointHere() {
-    CSeqProg* prog = getProg();
-    if (!prog) return nullptr;
-    return prog->tempoMap().ofBlock(prog->pos, host->frames, double(host->rate),
-                                    double(host->tempoNow));
-}
-
-double CSeq::tempoHere() {
-    const CTempoPart* point = tempoPointHere();
-    if (!point) return double(host->songTempo);
-    if (!point->ramp) return double(point->getTempo());
-    CSeqProg* prog = getProg();
-    return prog->tempoMap().bpmAt(host->songTempo, asMax(double(prog->pos), double(point->pos)));
-}
-
-CTimesigPart* CSeq::timesigHere() {
-    CSeqProg* prog = getProg();
-    return prog ? prog->timesigInForce(asInt(getPos())) : nullptr;
-}
-
-void CSeq::tempoChanged() {
-    clipChanges.fetchAdd(1);
-    tempoChanges.fetchAdd(1);
-    TransportCall call;
-    call.target = this;
-    call.act = [](CObject* target, double, void*) {
-        auto* seq = static_cast<CSeq*>(target);
-        seq->followTempo(seq->host->frames);
-    };
-    host->onTransport(call);
 }

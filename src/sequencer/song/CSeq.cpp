@@ -50,14 +50,6 @@ void forgetInSongs(CQV* host, const ForgetSet& gone) {
         if (c->type == compSeq) static_cast<CSeq*>(c)->forget(gone);
 }
 
-template <class T>
-void removeGone(CList& list, const ForgetSet& gone) {
-    std::vector<T*> found;
-    for (auto* object : each<T>(list))
-        if (gone.has(object)) found.push_back(object);
-    for (T* object : found) list.remove(object);
-}
-
 void dropVoicesOf(AudioVoices& voices, const ForgetSet& gone) {
     for (const AudioVoice& v : voices.voices) {
         if (!v.active) continue; // it may remember what is freed already
@@ -80,19 +72,18 @@ void purgeMarkers(CSeqProg* prog, const ForgetSet& gone) {
 Shared<int> useMarkersMIDINoteTrigger{0};
 
 CSeq::CSeq(CQV* root)
-    : CComp(root), snap(std::make_unique<CSnap>()), editorComp(std::make_unique<CEditorComp>(root)),
-      edits(root) {
+    : CComp(root), tempo(this), selection(this), recorder(this), snap(std::make_unique<CSnap>()),
+      editorComp(std::make_unique<CEditorComp>(root)) {
     id = "Sequencer";
     type = compSeq;
     preview = iniReadInt(settingsSection, "preview", 1);
     autoQuantize = iniReadInt(settingsSection, "autoq", 0);
-    loopTakes = iniReadInt(settingsSection, "looptakes", 1);
-    loopNoteTakes = iniReadInt(settingsSection, "notetakes", 0) != 0;
+    recorder.readSettings();
 }
 
 CSeq::~CSeq() {
-    recThread.finish();
-    edits.settle();
+    recorder.recThread.finish();
+    recorder.edits.settle();
     clearCopies();
     deleteAll<CObject>(progs);
     deleteAll<CPart>(masterParts);
@@ -107,8 +98,8 @@ void CSeq::init() {
 void CSeq::idle() {
     CComp::idle();
     editorComp->idle();
-    purgeSelection();
-    idleTake();
+    selection.purge();
+    recorder.idle();
     for (auto* track : each<CTrack>(tracks)) track->idle();
 }
 
@@ -125,7 +116,7 @@ void CSeq::doUpdate(int code) {
         order(prog->tempos, earlier);
     }
     updateGhostCount();
-    tempoChanged();
+    tempo.changed();
     songNotices.raise(SeqNotice::parts);
 }
 
@@ -138,19 +129,14 @@ bool CSeq::takesWhole(const CUndoItem* item) {
 void CSeq::planStep(UndoPlan& plan, CUndo* step) {
     if (step->effects.song) planOrder(this, plan, step);
     stepMarks.collect(this, plan, step);
-    tempoRooms.clear();
-    const std::vector<CList*> changed = plan.lists();
-    for (auto* prog : each<CSeqProg>(progs))
-        if (std::ranges::find(changed, &prog->tempos) != changed.end())
-            tempoRooms.emplace_back(prog, TempoMap::roomFor(plan.contents(&prog->tempos).size()));
+    tempo.planRooms(plan);
 }
 
 void CSeq::performPlan() {
     assert(heldByThread());
     stepMarks.serve();
-    for (auto& [prog, room] : tempoRooms) prog->takeTempoRoom(room);
+    tempo.takeRooms();
     clipChanges.fetchAdd(1);
-    tempoChanges.fetchAdd(1);
 }
 
 void CSeq::perform(CUndoItem* item, int op) {
@@ -212,8 +198,8 @@ void CSeq::del(CObject* object) {
 }
 
 void CSeq::forget(const ForgetSet& gone) {
-    edits.settle();
-    removeGone<CSongTrack>(selectedTracks, gone);
+    recorder.edits.settle();
+    selection.forget(gone);
     if (gone.has(editorComp->part())) editorComp->setPart(nullptr);
     releaseCopies(this, gone);
     const GraphHold hold(host);
@@ -338,38 +324,8 @@ CStr CSeq::getDefaultProgramName() {
     return CStr("Mix ") + asStr(++programCount);
 }
 
-/// What holds before the first tempo point; without one the tempo of this block.
-float CSeq::tempoBefore(const CSeqProg* prog) const {
-    return prog->tempos.empty() ? host->tempoNow : host->songTempo;
-}
-
-double CSeq::framesToTicks(double ticks, double frames, int rate) {
-    CSeqProg* prog = getProg();
-    if (!prog) return host->framesToTicks(frames);
-    return prog->tempoMap().framesToTicks(tempoBefore(prog), ticks, frames, rate);
-}
-
-double CSeq::ticksToFrames(int from, int ticks, int rate) {
-    CSeqProg* prog = getProg();
-    if (!prog) return host->ticksToFrames(ticks);
-    return prog->tempoMap().ticksToFrames(tempoBefore(prog), from, ticks, rate);
-}
-
-CTempoPart* CSeq::getTempoAtPos(int tick) {
-    CSeqProg* prog = getProg();
-    return prog ? prog->tempoMap().lastAt(tick) : nullptr;
-}
-
-CTempoPart* CSeq::getNextTempoChange(int tick) {
-    CSeqProg* prog = getProg();
-    return prog ? prog->tempoMap().nextAfter(tick) : nullptr;
-}
-
-int CSeq::ticksToNextTempoChange(double tick) {
-    CSeqProg* prog = getProg();
-    const int64_t from = asInt64(tick);
-    const CTempoPart* next = prog ? prog->tempoMap().nextFrom(double(from)) : nullptr;
-    return next ? int(next->pos - from) : -1;
+int CSeq::gridTicks() const {
+    return snap ? snap->getTicks() : CSnap().getTicks();
 }
 
 void CSeq::onGetSnap(CObject* sender) {
@@ -379,8 +335,7 @@ void CSeq::onGetSnap(CObject* sender) {
 void CSeq::writeSettings() {
     CIniFile file(inifile);
     file.writeInteger(settingsSection, "autoq", autoQuantize);
-    file.writeInteger(settingsSection, "looptakes", loopTakes);
-    file.writeInteger(settingsSection, "notetakes", loopNoteTakes);
+    recorder.writeSettings(file);
 }
 
 void enterSequencer() {

@@ -2,17 +2,17 @@
 
 #include "base/Numbers.h"
 #include "engine/CComp.h"
+#include "sequencer/edit/SongClipboard.h"
 #include "sequencer/play/PlayedNotes.h"
 #include "sequencer/song/CPart.h"
 #include "sequencer/song/CSeqProg.h"
 #include "sequencer/song/CSongTrack.h"
 #include "sequencer/song/CTrack.h"
 #include "sequencer/song/SongOptions.h"
+#include "sequencer/song/SongSelection.h"
 #include "sequencer/song/StepMarks.h"
-#include "sequencer/take/CRecThread.h"
-#include "sequencer/take/CStepRec.h"
-#include "sequencer/take/TakeEdits.h"
-#include "sequencer/take/Takes.h"
+#include "sequencer/song/TempoView.h"
+#include "sequencer/take/TakeRecorder.h"
 
 #include <functional>
 #include <memory>
@@ -26,25 +26,6 @@ class DrumKit;
 class ForgetSet;
 struct SongLinks;
 
-/// Where a take went back to the beginning of the loop. The graph holder notes, and while the take
-/// is put away the interface reads.
-struct LoopPasses {
-    static constexpr int most = Takes::most - 1;
-    Shared<int64_t> recorded{0}; ///< frames, from the block on in which the take began
-    Shared<int> count{0};        ///< wraps
-    Shared<int> frame[most];     ///< of each wrap, of those recorded
-    Shared<int> tick[most];      ///< of the song, that it went on at
-
-    void clear() { recorded = count = 0; }
-    void note(int64_t at, int songTick) {
-        const int i = count;
-        if (i == most) return;
-        frame[i] = saturate(at);
-        tick[i] = songTick;
-        count = i + 1;
-    }
-};
-
 /// What becomes of the two sides of a cut.
 enum SplitMode : int {
     splitApart = 1,     ///< the right side moves on by the gap
@@ -56,20 +37,6 @@ enum SplitMode : int {
 /// With it on, and the arranger, note-ons at the MIDI input choose markers and reach no track.
 extern Shared<int> useMarkersMIDINoteTrigger;
 
-/// What the selection holds; menus are built from it.
-struct CPartSummary {
-    int parts = 0;      ///< on selected tracks
-    int selected = 0;   ///< parts
-    int audio = 0;      ///< selected audio parts
-    int multiclip = 0;  ///< of these
-    int midi = 0;       ///< selected MIDI parts
-    int drum = 0;       ///< selected drum parts
-    int ghosts = 0;     ///< selected ghosts
-    int monoEvents = 0; ///< events with a mono sample, among selected audio parts
-    int stereoEvents = 0;
-    int selStart = 0, selEnd = 0; ///< ticks selected in the part that a view edits; set by the view
-};
-
 /// The song as a component: tracks, programs (arrangements over the same tracks), parts, events.
 /// It owns the ports and channels of its tracks.
 ///
@@ -79,32 +46,22 @@ class CSeq : public CComp {
 public:
     CList tracks; ///< of CTrack, owned
     Shared<unsigned char> playing{0}, recording{0};
-    Shared<unsigned char> recReady{1}; ///< 0 from the beginning of a take until all of it is placed
-    Shared<double> songTicks{0.0};     ///< played since start
-    uint64_t starts = 0;               ///< of playback, by the user; graph holder
+    Shared<double> songTicks{0.0}; ///< played since start
+    uint64_t starts = 0;           ///< of playback, by the user; graph holder
     PlayedTime playedTime;
-    Shared<bool> anyArmed{false}; ///< a track is switched to be armed; as of the last block
     Stored<int> maxVoices{6};
     Shared<int> preview{1};      ///< notes sound when they are edited
     Shared<int> autoQuantize{0}; ///< of recorded notes
     CList masterParts;           ///< of CPart, owned: what ghosts share
     CList drumClips;             ///< of CSampleClip, owned: what the drums of all tracks play
     SongOptions options;
-    Notices<SeqNotice> songNotices;    ///< to the views
-    CList selectedTracks;              ///< of CSongTrack: selected in the arrangement
-    CList copies;                      ///< of CPart, owned: the clipboard
-    std::vector<int> copyTracks;       ///< of each of `copies`: index of the track it came from
-    const std::unique_ptr<CSnap> snap; ///< the grid of the view that edits
+    TempoView tempo;         ///< of the current program
+    SongSelection selection; ///< in the arrangement
+    SongClipboard clipboard;
+    TakeRecorder recorder;
+    Notices<SeqNotice> songNotices;                ///< to the views
+    const std::unique_ptr<CSnap> snap;             ///< the grid of the view that edits
     const std::unique_ptr<CEditorComp> editorComp; ///< the editor's window
-    TakeEdits edits;                               ///< on their way into the song
-    CRecThread recThread;
-    CStepRec stepRec;
-    Shared<double> takeStart{0.0}; ///< ticks, where the take began
-    Shared<double> takeEnd{0.0};   ///< ticks, where the latest take ended
-    LoopPasses passes;             ///< of the take that runs
-    Shared<int> loopTakes{1};      ///< passes of a loop become takes of the recorded sound
-    bool loopNoteTakes = false;    ///< and of recorded notes; interface thread
-    Shared<int> takeLead{0};       ///< frames of sound that were recorded before `takeStart`
     /// Takes begin at the left locator, and but for a loop end at the right one.
     Stored<unsigned char> punch{0};
     static constexpr int mostPreRoll = 16;
@@ -127,32 +84,17 @@ public:
     void process(int frames) override;
     void planRender(PlanBuilder& plan) override;
     void planStrip(PlanBuilder& plan) override;
-    /// Adopts the tempo of a point that lies in the coming block; before the first one the song's
-    /// own. Part of `process`.
-    void followTempo(int frames);
 
-    // Takes (Recording.cpp). A take begins with the block that finds the host recording; its notes,
-    // sound and automation go into one step.
-    /// Arms the tracks that want a take, and those with a selected lane. Graph holder.
-    void rec(int) override;
-    double planTake(double ticks, bool running) override;
-    bool leadsIntoTake() override { return getPos() < recFrom; }
-    /// Where what is played at a tick counts in the take that runs or is about to; below 0 when it
-    /// does not: a note-on just before the take begins with it, all else that is out of it is not
-    /// in it. Graph holder.
-    double tickInTake(double tick, int msg) const;
-    /// Closes what the idle pass has not closed yet.
-    void afterRec() override;
+    // Takes: what the host asks, and what views do.
+    void rec(int) override { recorder.arm(); }
+    double planTake(double ticks, bool running) override { return recorder.plan(ticks, running); }
+    bool leadsIntoTake() override { return recorder.leadsIn(); }
+    void afterRec() override { recorder.finish(); }
     /// A control was moved: while the track that it sounds through is armed, a point is recorded.
     void recParam(CObject* object, int param, float value) override;
     /// Switches step recording of the part that is edited on or off.
-    void stepRecClicked(CObject* = nullptr); ///< `recordSteps` for the part that is edited, or off
-    /// Begins to record a MIDI or drum part in steps; null ends it.
-    void recordSteps(CPart* part);
-    /// Whether the input of an armed track belongs to the take. Graph holder.
-    bool takeRuns() const;
-    double takeLimit() const { return recTo; } ///< ticks, where it ends by itself; below 0 nowhere
-    int gridTicks() const;                     ///< of `snap`
+    void stepRecClicked(CObject* = nullptr);
+    int gridTicks() const; ///< of `snap`
 
     // The rest of CComp.
     void setFrames(int frames) override;
@@ -216,20 +158,21 @@ public:
     CSongTrack* partToSongTrack(const CPart* part);
     CTrack* partToTrack(const CPart* part);
     bool isLocked(const CPart* part); ///< whether its track is: no edit reaches it
-    void selectTrack(CSongTrack* songTrack, bool on);
-    void unselectTracks();
+
+    // What is selected, by `selection`.
+    void selectTrack(CSongTrack* songTrack, bool on) { selection.selectTrack(songTrack, on); }
+    void unselectTracks() { selection.unselectTracks(); }
+    CPart* getEditPart();
+    CPart* getEditPartAndTrack(CTrack*& track) { return selection.editPart(track); }
+    CPart* getFirstSelectedPart(int partType, CSongTrack** songTrack) {
+        return selection.firstPart(partType, songTrack);
+    }
+    void unselectParts() { selection.unselectParts(); }
+    void selectAll() { selection.selectAll(); }
+    void getPartSummary(CPartSummary& summary) { selection.summarize(summary); }
 
     // Parts.
-    /// The only selected part of the selected tracks, when its track is open; else null.
-    CPart* getEditPart();
-    CPart* getEditPartAndTrack(CTrack*& track);
-    /// The first selected part of a class (PartType, 0 any) in the current program.
-    CPart* getFirstSelectedPart(int type, CSongTrack** songTrack);
-    void unselectParts();
-    /// Selects every part of the current program.
-    void selectAll();
-    void getPartSummary(CPartSummary& summary);
-    void clearCopies();
+    void clearCopies() { clipboard.clear(); }
     /// Orders by position, at one position the longer part first: every list with `all`, else `a`
     /// and `b`, which may be null. Allocates nothing. Graph holder.
     void orderParts(CList* a, CList* b, bool all);
@@ -257,7 +200,7 @@ public:
     void splitAtCursorClicked(CObject* = nullptr);
     /// One step: fades the first two selected audio parts over the time in which both play.
     void crossfadeClicked(CObject* = nullptr);
-    /// Appends a copy to `copies`: of the selected notes, drums or clips when there are any, and
+    /// Appends a copy to `clipboard`: of the selected notes, drums or clips when there are any, and
     /// then from the first of them on, else of the whole part.
     void copyToClipboard(CPart* part);
     /// Records that the events of a copied part come into another of its class, the first at
@@ -282,20 +225,16 @@ public:
     /// Ends everything that sounds on audio and drum tracks at once. Graph holder.
     void dropVoices();
 
-    // Tempo. All fall back on the host's constant tempo while there is no program.
-    /// The point whose tempo is in force at the position; null before the first, where
-    /// `CQV::songTempo` is. Interface thread.
-    CTempoPart* tempoPointHere();
-    double tempoHere();               ///< beats per minute at the position. Interface thread
-    Shared<unsigned> tempoChanges{0}; ///< counts what may have changed tempos besides their lists
-    CTimesigPart* timesigHere();      ///< the last one at the position or before, or null
-    /// One of them was changed: what is in force is heard from the next block on. Any thread.
-    void tempoChanged();
-    double framesToTicks(double ticks, double frames, int rate);
-    double ticksToFrames(int from, int ticks, int rate);
-    CTempoPart* getTempoAtPos(int tick);
-    CTempoPart* getNextTempoChange(int tick);
-    int ticksToNextTempoChange(double tick);
+    // Ticks and frames, by `tempo`.
+    double framesToTicks(double ticks, double frames, int rate) {
+        return tempo.framesToTicks(ticks, frames, rate);
+    }
+    double ticksToFrames(int from, int ticks, int rate) {
+        return tempo.ticksToFrames(from, ticks, rate);
+    }
+    CTempoPart* getTempoAtPos(int tick) { return tempo.pointAt(tick); }
+    CTempoPart* getNextTempoChange(int tick) { return tempo.pointAfter(tick); }
+    int ticksToNextTempoChange(double tick) { return tempo.ticksToNext(tick); }
 
     /// Hands the song's time signature to the grid of a view. `sender` is a CSnap.
     void onGetSnap(CObject* sender);
@@ -328,28 +267,9 @@ public:
 
 private:
     int programCount = 0;
-    StepMarks stepMarks;                                          ///< of the step on its way
-    std::vector<std::pair<CSeqProg*, TempoMap::Room>> tempoRooms; ///< for its points of tempo
+    StepMarks stepMarks;             ///< of the step on its way
     Shared<unsigned> clipChanges{0}; ///< counts what may have changed how long clips last
-    unsigned purgedLists = 0;      ///< versions of the lists that `purgeSelection` has been through
-    Shared<bool> takeBegun{false}; ///< by the graph, for the idle pass
-    bool warned = false;           ///< of sound that is lost, during this take
-    CStr warning;                  ///< for the end of the idle pass; empty if there is none
 
-    Shared<double> recFrom{0.0}, recTo{-1.0}; ///< ticks; of the take that is asked for, or runs
-    int barTicksAt(int tick);
-    bool reachesTake(int frames);
-    void punchOut();
-    void noticeArmed();
-    void arm(CSongTrack* songTrack);
-    void idleTake();
-    void beginTake();
-    void beginFiles();
-    void closeTake();
-    void disarm(CTrack* track);
-    void warnOnce(const CStr& text);
-    void noticeLoss();
-    void tellWarning();
     void eachDrum(const std::function<void(CDrumSound*)>& visit);
     struct NewTrack;
     void makePorts(CTrack* track);
@@ -361,9 +281,6 @@ private:
     void songTrackMoved(CObject* object, const CList* list);
     void lanesMoved(const CList* list);
     void freezeMoved(CUndoItem* step, const CList* list, bool back);
-    void purgeSelection();
-    float tempoBefore(const CSeqProg* prog) const;
-    void stopTake();
     void bindLinks();
     void linkEnds(CTrack* track);
 };

@@ -193,7 +193,7 @@ void CSeqProg::addTempo(CTempoPart* point, CUndo* undo) {
 
 const TempoMap& CSeqProg::tempoMap() {
     TempoMap& map = seq->heldByThread() ? heldTempos : shownTempos;
-    map.refresh(tempos, seq->tempoChanges);
+    map.refresh(tempos, seq->tempo.changes);
     return map;
 }
 

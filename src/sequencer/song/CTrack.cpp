@@ -137,7 +137,7 @@ void CTrack::addRemovePlayingNote(int msg) {
 }
 
 bool CTrack::wantsTake() const {
-    return !locked && (seq->anyArmed ? recArm != 0 : selected());
+    return !locked && (seq->recorder.anyArmed ? recArm != 0 : selected());
 }
 
 int CTrack::getRowHeight() const {

@@ -23,7 +23,7 @@ public:
         else if (auto* prog = dynamic_cast<CSeqProg*>(object))
             visitAll(prog->tracks);
         else if (auto* seq = dynamic_cast<CSeq*>(object))
-            for (const CList* list : {&seq->progs, &seq->masterParts, &seq->copies})
+            for (const CList* list : {&seq->progs, &seq->masterParts, &seq->clipboard.parts})
                 visitAll(*list);
     }
 

@@ -228,7 +228,7 @@ void CSeq::removeTrack(CTrack* track, CUndo* undo) {
     }
     eachSongTrack([&](CSongTrack* songTrack) {
         if (songTrack->track != track) return;
-        selectedTracks.remove(songTrack);
+        selection.tracks.remove(songTrack);
         undo->asRemove(songTrack, &songTrack->prog->tracks);
     });
     undo->asRemove(track, &tracks);

@@ -114,7 +114,7 @@ const StoredValue::Kind pointTempo = {
     [](const CObject* o, int) { return Numbers{double(static_cast<const CTempoPart*>(o)->tempo)}; },
     [](CObject* o, int, const Numbers& to) {
         static_cast<CTempoPart*>(o)->setTempo(float(to[0]));
-        if (CSeq* seq = songOfHost()) seq->tempoChanged();
+        if (CSeq* seq = songOfHost()) seq->tempo.changed();
     }};
 
 const StoredValue::Kind ramp = {"Tempo ramp",
@@ -124,14 +124,14 @@ const StoredValue::Kind ramp = {"Tempo ramp",
                                 },
                                 [](CObject* o, int, const Numbers& to) {
                                     static_cast<CTempoPart*>(o)->ramp = to[0] != 0.0;
-                                    if (CSeq* seq = songOfHost()) seq->tempoChanged();
+                                    if (CSeq* seq = songOfHost()) seq->tempo.changed();
                                 }};
 
 const StoredValue::Kind songTempo = {
     "Tempo", [](const CObject* o, int) { return Numbers{double(song(o)->host->songTempo)}; },
     [](CObject* o, int, const Numbers& to) {
         song(o)->host->setTempo(float(to[0]));
-        song(o)->tempoChanged();
+        song(o)->tempo.changed();
     }};
 
 const StoredValue::Kind option = {
@@ -197,7 +197,7 @@ StoredValue signatureOf(CTimesigPart* point) {
 }
 
 StoredValue signatureHereOf(CSeq* seq) {
-    CTimesigPart* point = seq->timesigHere();
+    CTimesigPart* point = seq->tempo.signatureHere();
     return point ? StoredValue{&pointSignature, point} : StoredValue{&signature, seq};
 }
 
@@ -206,7 +206,7 @@ StoredValue gridOf(CSeq* seq) {
 }
 
 StoredValue tempoHereOf(CSeq* seq) {
-    CTempoPart* point = seq->tempoPointHere();
+    CTempoPart* point = seq->tempo.pointHere();
     return point ? tempoOf(point) : StoredValue{&songTempo, seq};
 }
 

@@ -168,7 +168,7 @@ void CSeq::bindLinks() {
     CSeqProg* current = getProg();
     if (!current) return;
     for (auto* t : each<CSongTrack>(current->tracks))
-        if (t->track->selected()) selectedTracks.add(t);
+        if (t->track->selected()) selection.tracks.add(t);
 }
 
 void CSeq::afterRead() {

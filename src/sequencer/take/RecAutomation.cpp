@@ -102,7 +102,7 @@ CSubTrack* TrackTake::laneOf(const Param& p, CUndo* step) {
     step->add2(lane, &track->subTracks, nullptr);
     auto staging = std::make_shared<CList>();
     staging->add(lane);
-    seq()->edits.add([on = track, lane, staging] {
+    seq()->recorder.edits.add([on = track, lane, staging] {
         on->subTracks.move(staging.get(), lane, -1);
         on->seq->lanesChanged(on);
     });
@@ -136,6 +136,7 @@ void TrackTake::recordAutomation(int tick, CSubTrack* lane, float value, CUndo* 
     write->replace = first;
     write->cutFrom = punch - origin;
     write->cutTo = end;
-    seq()->edits.add([on = track->recSongTrack.load(), write] { addLivePoint(on, *write); });
+    seq()->recorder.edits.add(
+        [on = track->recSongTrack.load(), write] { addLivePoint(on, *write); });
     seq()->songNotices.raise(SeqNotice::parts);
 }

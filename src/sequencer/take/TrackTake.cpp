@@ -51,7 +51,7 @@ void TrackTake::begin() {
     forget();
     active = true;
     pass = prog()->loopCount;
-    punch = seq()->takeStart;
+    punch = seq()->recorder.takeStart;
     if (CPart* part = track->recPart) part->setSelected(true);
 }
 
@@ -74,7 +74,7 @@ void TrackTake::idle(CUndo* step) {
     }
     if (!step) return;
     if (track->kind == trackAudio) {
-        if (track->takesAudio) attachAudio(step, seq()->recThread.fileOf(track));
+        if (track->takesAudio) attachAudio(step, seq()->recorder.recThread.fileOf(track));
     } else {
         if (!track->recQueue->empty() || !params.empty()) attachNotes(step);
         if (track->recAttached) addEvents(step);
@@ -102,7 +102,7 @@ void TrackTake::link(CPart* part, CUndo* step) {
     auto staging = std::make_shared<CList>();
     staging->add(part);
     auto room = std::make_shared<PartIndex::Room>(PartIndex::roomFor(on->parts.getCount() + 1));
-    seq()->edits.add([on, part, staging, room] {
+    seq()->recorder.edits.add([on, part, staging, room] {
         on->parts.move(staging.get(), part, -1);
         on->prog->seq->orderParts(&on->parts, nullptr, false);
         on->index.takeRoom(*room);
@@ -144,9 +144,9 @@ void TrackTake::attachNotes(CUndo* step) {
     }
     CPart* part = track->kind == trackDrum ? static_cast<CPart*>(new CDrumPart) : new CMIDIPart;
     part->id = track->id;
-    part->pos = asInt(seq()->takeStart) / quarterTicks * quarterTicks;
+    part->pos = asInt(seq()->recorder.takeStart) / quarterTicks * quarterTicks;
     part->length = newPartTicks;
-    if (prog()->looping && seq()->takeStart >= prog()->leftLocator) {
+    if (prog()->looping && seq()->recorder.takeStart >= prog()->leftLocator) {
         part->pos = prog()->leftLocator.load();
         part->length = prog()->rightLocator - prog()->leftLocator;
     }
@@ -206,14 +206,14 @@ void TrackTake::endNote(const RecEvent& e) {
 
 /// What is still held ends where the take did.
 void TrackTake::endHeldNotes() {
-    const double end = seq()->takeEnd;
+    const double end = seq()->recorder.takeEnd;
     while (!pendingNotes.empty()) endNote({end, end, pendingNotes.front().event->data});
 }
 
 void TrackTake::addToPart(int tick, CBaseEvent* event, int ofPass) {
     CPart* part = track->recPart;
     if (keepsPasses()) played.push_back({ofPass, tick, copyEvent(part->type, event)});
-    seq()->edits.add([on = track->recSongTrack.load(), part, tick, event] {
+    seq()->recorder.edits.add([on = track->recSongTrack.load(), part, tick, event] {
         addLiveEvent(on, part, tick, event);
     });
     seq()->songNotices.raise(SeqNotice::parts);
@@ -222,7 +222,7 @@ void TrackTake::addToPart(int tick, CBaseEvent* event, int ofPass) {
 // Takes of notes.
 
 bool TrackTake::keepsPasses() const {
-    return seq()->loopNoteTakes && track->kind != trackAudio;
+    return seq()->recorder.loopNoteTakes && track->kind != trackAudio;
 }
 
 /// What was played in a pass that goes from tick to tick of the part.
@@ -240,7 +240,7 @@ Takes::Take TrackTake::passTake(int index, int from, int to) const {
 
 /// The part plays the last whole pass; what it had where the passes were is a take as well.
 void TrackTake::placeNoteTakes() {
-    const LoopPasses& passes = seq()->passes;
+    const LoopPasses& passes = seq()->recorder.passes;
     if (!keepsPasses() || played.empty() || passes.count < 1) return;
     CPart* part = track->recPart;
     CPart* content = part->content();
@@ -248,9 +248,9 @@ void TrackTake::placeNoteTakes() {
     if (const Takes* known = takesOf(part)) takes->takes = known->takes;
     const size_t before = takes->takes.size();
     for (int i = 0; i <= passes.count && takes->takes.size() < Takes::most; i++) {
-        const int from = tickOf(i ? passes.tick[i - 1] : seq()->takeStart.load());
-        const int to =
-            tickOf(i < passes.count ? double(prog()->rightLocator) : seq()->takeEnd.load());
+        const int from = tickOf(i ? passes.tick[i - 1] : seq()->recorder.takeStart.load());
+        const int to = tickOf(i < passes.count ? double(prog()->rightLocator)
+                                               : seq()->recorder.takeEnd.load());
         if (to <= from) continue;
         const Takes::Take take = passTake(i, from, to);
         if (take.notes) takes->takes.push_back(take);
@@ -271,7 +271,7 @@ void TrackTake::placeNoteTakes() {
     for (const Takes::Piece& piece : takes->comp)
         playNotes(built.get(), takes->takes[size_t(piece.take)], piece.from, piece.to);
     delete built->takes.exchange(takes.release());
-    seq()->edits.add([content, built, on = track->recSongTrack.load()] {
+    seq()->recorder.edits.add([content, built, on = track->recSongTrack.load()] {
         built->events = content->events.exchange(built->events);
         built->takes = content->takes.exchange(built->takes);
         on->index.expire();
@@ -299,12 +299,12 @@ void TrackTake::attachAudio(CUndo* step, RecFile* file) {
     sample->takePending = true;
     CAudioEvent* event = createAudioEvent();
     event->sample = sample;
-    event->start = std::min(int(seq()->takeLead), frames - 1);
+    event->start = std::min(int(seq()->recorder.takeLead), frames - 1);
     event->end = frames - 1;
     auto* part = new CAudioPart;
     part->id = extractFileName(sample->filename);
     part->chs = sample->chs;
-    part->pos = asInt(seq()->takeStart);
+    part->pos = asInt(seq()->recorder.takeStart);
     part->addEvent(0, event);
     link(part, step);
     step->asAdd(sample, &track->host->samples);
@@ -312,7 +312,7 @@ void TrackTake::attachAudio(CUndo* step, RecFile* file) {
 
 /// Of sound, until the take ends by itself.
 int64_t TrackTake::wantedFrames() const {
-    const double from = seq()->takeStart, to = seq()->takeLimit();
+    const double from = seq()->recorder.takeStart, to = seq()->recorder.limit();
     if (to < 0.0) return INT_MAX;
     const int rate = asRound(double(track->host->rate));
     return asRound64(seq()->ticksToFrames(asInt(from), asRound(to - from), rate));
@@ -320,9 +320,9 @@ int64_t TrackTake::wantedFrames() const {
 
 /// The passes of a loop, in time from where the take began; null when there is one alone.
 std::unique_ptr<Takes> TrackTake::loopTakes(int first, int last) const {
-    const LoopPasses& passes = seq()->passes;
-    if (!seq()->loopTakes || passes.count < 1) return nullptr;
-    const int begin = asInt(seq()->takeStart), latency = first - seq()->takeLead;
+    const LoopPasses& passes = seq()->recorder.passes;
+    if (!seq()->recorder.loopTakes || passes.count < 1) return nullptr;
+    const int begin = asInt(seq()->recorder.takeStart), latency = first - seq()->recorder.takeLead;
     const int shortest = asRound(double(track->host->rate) * shortestTake);
     auto made = std::make_unique<Takes>();
     for (int i = 0; i <= passes.count; i++) {
@@ -332,7 +332,7 @@ std::unique_ptr<Takes> TrackTake::loopTakes(int first, int last) const {
         const bool whole = i < passes.count;
         t.end = std::min(whole ? passes.frame[i] + latency - 1 : last, last);
         t.ticks = asRound(whole ? double(prog()->rightLocator) - begin - t.at
-                                : seq()->takeEnd - begin - t.at);
+                                : seq()->recorder.takeEnd - begin - t.at);
         if (t.end - t.start >= shortest && t.ticks > 0) made->takes.push_back(t);
     }
     made->chooseLast();
@@ -355,7 +355,7 @@ void TrackTake::placeTakes(std::unique_ptr<Takes> takes) {
     built->offset = -from;
     built->length = to - from;
     playComp(seq(), built.get(), begin);
-    seq()->edits.add([part, built, on = track->recSongTrack.load()] {
+    seq()->recorder.edits.add([part, built, on = track->recSongTrack.load()] {
         auto* audio = static_cast<CAudioPart*>(part);
         built->events = audio->events.exchange(built->events);
         built->takes = audio->takes.exchange(built->takes);
@@ -371,7 +371,7 @@ void TrackTake::placeTakes(std::unique_ptr<Takes> takes) {
 
 void TrackTake::growAudio(int frames) {
     CPart* part = track->recPart;
-    seq()->edits.add([part, frames] {
+    seq()->recorder.edits.add([part, frames] {
         if (CBaseEvent* event = part->getEvents())
             static_cast<CAudioEvent*>(event)->end = frames - 1;
     });
@@ -379,7 +379,7 @@ void TrackTake::growAudio(int frames) {
 }
 
 void TrackTake::closeAudio(CUndo* step, RecFile* file) {
-    seq()->recThread.make(*file);
+    seq()->recorder.recThread.make(*file);
     if (file->state != RecFile::made) return;
     CSample* sample = file->sample;
     sample->flushBuffers(true);
@@ -393,10 +393,10 @@ void TrackTake::closeAudio(CUndo* step, RecFile* file) {
     track->recSample = nullptr; // the step's from now on
     sample->takePending = false;
     const int64_t end = int64_t(sample->frames) - 1;
-    const int first = int(std::min(recordLatency(track->host) + seq()->takeLead, end));
+    const int first = int(std::min(recordLatency(track->host) + seq()->recorder.takeLead, end));
     const int last = int(std::clamp<int64_t>(first + wantedFrames() - 1, first, end));
     if (std::unique_ptr<Takes> takes = loopTakes(first, last)) return placeTakes(std::move(takes));
-    seq()->edits.add([part = track->recPart.load(), first, last] {
+    seq()->recorder.edits.add([part = track->recPart.load(), first, last] {
         auto* event = static_cast<CAudioEvent*>(part->getEvents());
         if (!event) return;
         event->start = first;

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "base/CList.h"
+
+#include <vector>
+
+class CPart;
+
+/// Copies of parts, for pasting. Interface thread.
+class SongClipboard {
+public:
+    CList parts;             ///< of CPart, owned
+    std::vector<int> tracks; ///< of each: index of the track it came from
+
+    SongClipboard() = default;
+    ~SongClipboard() { clear(); }
+    SongClipboard(const SongClipboard&) = delete;
+    SongClipboard& operator=(const SongClipboard&) = delete;
+
+    /// Takes the part over.
+    void add(CPart* part, int track);
+    void clear();
+};
