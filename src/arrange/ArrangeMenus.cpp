@@ -93,7 +93,7 @@ void ArrangeMenus::fillTrack(CPopup* popup) {
     CPopup* kinds = popup->addSub("Add track");
     for (const auto& choice : trackChoices)
         addActionItem(kinds, workspace, choice.action, choice.text);
-    addGroups(popup, {{"mute", "solo", "armtrack", "locktrack"},
+    addGroups(popup, {{"mute", "solo", "armtrack", "locktrack", "livetrack"},
                       {"muteall", "soloall"},
                       {"rename", "trackcolour", "foldtrack", "sumfolder"},
                       {"showtouched", "addpoint", "showtakes"},

@@ -5,6 +5,7 @@
 #include "base/Numbers.h"
 #include "base/Random.h"
 #include "engine/CQV.h"
+#include "engine/Mixing.h"
 #include "engine/plan/GraphWorkers.h"
 
 #include <algorithm>
@@ -86,6 +87,24 @@ bool CClick::audible() const {
 
 void CClick::render(int frames) {
     assert(host->heldByThread());
+    CComp* out = host->getAudioOut();
+    const COutputChannel* ch = out ? out->output() : nullptr;
+    const bool late = !line.idle();
+    if (!late) line.skip();
+    const CInputChannel& room = host->scratch().arrival;
+    toL = late ? room.bufL : ch ? ch->bufL : nullptr;
+    toR = late ? room.bufR : ch ? ch->bufR : nullptr;
+    if (late)
+        for (float* side : {toL, toR}) std::fill_n(side, frames, 0.0f);
+    playBlock(frames);
+    if (!late) return;
+    line.process(toL, toR, toL, toR, frames);
+    if (!ch) return;
+    addScaled(ch->bufL, toL, frames, 1.0f);
+    addScaled(ch->bufR, toR, frames, 1.0f);
+}
+
+void CClick::playBlock(int frames) {
     if (!host->playing && !host->recording) return;
     const std::optional<Jump> jump = findJump(frames);
     play(0, jump ? jump->frame : frames);
@@ -109,8 +128,6 @@ std::optional<CClick::Jump> CClick::findJump(int frames) const {
 }
 
 void CClick::play(int from, int to) {
-    CComp* out = host->getAudioOut();
-    COutputChannel* ch = out ? out->output() : nullptr;
     for (int done = from, n = 0; done < to; done += n) {
         n = to - done;
         const double left = beatTicks - tickPos;
@@ -118,21 +135,21 @@ void CClick::play(int from, int to) {
         if (due) n = std::clamp(asRound(host->ticksToFrames(left)), 0, n);
         const double fit = (double(sound->frames) - samplePos) / double(speed);
         const int sounding = std::min(n, asInt(fit));
-        if (ch && sounding >= 1 && audible()) mix(ch, done, sounding);
+        if (toL && sounding >= 1 && audible()) mix(done, sounding);
         samplePos = due ? 0.0 : samplePos + n * double(speed);
         tickPos += host->framesToTicks(n) - (due ? beatTicks : 0);
         countIn = std::max(countIn - n, 0);
     }
 }
 
-void CClick::mix(COutputChannel* ch, int offset, int frames) {
-    float* left = host->scratch().left.data();
-    float* right = host->scratch().right.data();
-    if (!render_2(*sound, samplePos, double(speed), frames, left, right)) return;
+void CClick::mix(int offset, int frames) {
+    float* soundL = host->scratch().left.data();
+    float* soundR = host->scratch().right.data();
+    if (!render_2(*sound, samplePos, double(speed), frames, soundL, soundR)) return;
     const float level = volume;
     const float factor = level * loudness * level;
     for (int i = 0; i < frames; ++i) {
-        ch->bufL[offset + i] += left[i] * factor;
-        ch->bufR[offset + i] += right[i] * factor;
+        toL[offset + i] += soundL[i] * factor;
+        toR[offset + i] += soundR[i] * factor;
     }
 }

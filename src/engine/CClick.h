@@ -2,10 +2,10 @@
 
 #include "base/Atomic.h"
 #include "base/CObject.h"
+#include "engine/plan/DelayLine.h"
 
 #include <optional>
 
-class COutputChannel;
 class CQV;
 class CSample;
 
@@ -43,6 +43,9 @@ public:
     /// The transport starts before the count-in is over: none is left, and the clicks go on from
     /// there.
     void endCountIn(double ticks);
+    /// The song is heard so many frames later than it is played, and so are its clicks; another
+    /// latency takes over within a fade. Graph holder.
+    void setLatency(int late, int fadeFrames) { line.setDelay(late, fadeFrames); }
     /// Makes the built-in sound: a decaying rough tick of 4096 frames.
     void defaultSound();
 
@@ -54,8 +57,12 @@ private:
     };
     /// Of the block that has just been run. None where the clicks lie as before.
     std::optional<Jump> findJump(int frames) const;
+    void playBlock(int frames);
     /// The clicks between two frames of the block.
     void play(int from, int to);
     bool audible() const;
-    void mix(COutputChannel* ch, int offset, int frames);
+    void mix(int offset, int frames);
+
+    DelayLine line;
+    float *toL = nullptr, *toR = nullptr; ///< of the block that the clicks are added to
 };

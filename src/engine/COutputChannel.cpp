@@ -8,6 +8,8 @@
 #include "engine/Mixing.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
+#include "engine/plan/GraphPlan.h"
+#include "engine/plan/GraphWorkers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -47,8 +49,7 @@ void blend(float* wet, const float* dry, int frames, float share) {
 
 /// Blends what went into an insert into what came out, from frame to frame by the wet share that
 /// holds there: `share` at first, then that of each event.
-void blendInsert(CComp* insert, float share, int frames) {
-    const CInputChannel* in = insert->input();
+void blendInsert(CComp* insert, const CInputChannel* in, float share, int frames) {
     const COutputChannel* out = insert->output();
     int done = 0;
     const auto blendTo = [&](int end) {
@@ -63,6 +64,27 @@ void blendInsert(CComp* insert, float share, int frames) {
         share = fLimit(e->value, 0.0f, 1.0f);
     }
     blendTo(frames);
+}
+
+void passEvents(const CMIDIBytes* events, CMIDIQ* port, const PlanInsert* late, int frames) {
+    EventLine* const line = late ? late->events.get() : nullptr;
+    for (const CMIDIBytes* e = events; e; e = e->next) {
+        if (line)
+            line->take(*e, late->wait);
+        else
+            port->push(e->time, e->data, e->kind, e->value, e->param, e->owner, e->extra);
+    }
+    if (line) line->serve(port, frames);
+}
+
+/// What goes past an insert that is late.
+CInputChannel* delayedDry(const PlanInsert& late, CInputChannel* in, int frames) {
+    DelayLine* const line = late.dry.get();
+    if (line && line->idle()) line->skip();
+    if (!line || line->idle()) return in;
+    CInputChannel& room = late.comp->host->scratch().arrival;
+    line->process(in->bufL, in->bufR, room.bufL, room.bufR, frames);
+    return &room;
 }
 
 void copyStereo(float* toL, float* toR, const COutputChannel* from, int frames) {
@@ -241,12 +263,13 @@ void COutputChannel::runInsert(CComp* insert, COutputChannel*& src, CMIDIBytes* 
     if (!in || !out) return;
     insert->prepare(frames);
     copyStereo(in->bufL, in->bufR, src, frames);
-    if (CMIDIQ* port = insert->inPort())
-        for (const CMIDIBytes* e = events; e; e = e->next)
-            port->push(e->time, e->data, e->kind, e->value, e->param, e->owner, e->extra);
+    const PlanInsert* late =
+        comp ? comp->host->plans->current().latency().insertOf(insert) : nullptr;
+    if (CMIDIQ* port = insert->inPort()) passEvents(events, port, late, frames);
+    CInputChannel* const dry = late ? delayedDry(*late, in, frames) : in;
     const float share = fLimit(insert->wet, 0.0f, 1.0f);
     insert->process(frames);
-    blendInsert(insert, share, frames);
+    blendInsert(insert, dry, share, frames);
     src = out;
     out->udpatePeaks(frames);
 }

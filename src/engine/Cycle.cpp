@@ -212,6 +212,7 @@ void CQV::runBlock(int n) {
     }
     if (recording && !playing && click->countIn == 0 && sync == 0) startNow();
     handleMIDIIn();
+    plans->noteTime(n);
     plans->current().run(n);
     if (playing) advance(n);
     if (spectrumOn) spectrum->leave(getAudioOut(), n);

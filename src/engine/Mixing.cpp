@@ -230,8 +230,12 @@ void CComp::mix(int frames) {
     if (mixed) return;
     SendTap* tap = planned ? planned->tap.get() : nullptr;
     if (tap) tap->begin();
+    if (planned && planned->events && planned->events->strips)
+        planned->events->serveStrips(*planned, host->plans->current().latency(), frames);
+    CMIDIQ* port = inPort();
+    const CMIDIBytes* first = planned ? planned->stripEvents() : port ? port->first() : nullptr;
     const auto piece = [&](int n, int offset) { subMix(n, offset); };
-    eachStripEvent(this, frames, piece, [&](const StripTarget& target, const CMIDIBytes* e) {
+    eachStripEvent(this, first, frames, piece, [&](const StripTarget& target, const CMIDIBytes* e) {
         if (tap) tap->beforeEvents(this);
         apply(target, e);
     });
@@ -273,20 +277,29 @@ void silenceChannels(CMIDIQ* port) {
 
 } // namespace
 
-void CComp::mergeMIDI(int) {
+void CComp::mergeMIDI(int frames) {
     assert(heldByThread());
     if (planned && !planned->takesMidi) return;
+    PlanEvents* const late = planned ? planned->events.get() : nullptr;
+    const auto hold = [&](const PlanNode* from) {
+        if (late) late->hold(planned->latency - (from ? from->midiLatency : 0));
+    };
+    hold(nullptr); // what the song, or a controller, has put there
     if (planned) {
-        for (const auto& [cable, cut] : planned->midi) {
+        for (const auto& [cable, cut, from] : planned->midi) {
             if (!cut && cable->fromPort) passEvents(cable->fromPort, cable->toPort);
             if (allNotesOff) silenceChannels(cable->toPort);
             allNotesOff = 0;
+            hold(from);
         }
     }
     // What lost its last cable would else go on for good.
-    if (!allNotesOff || !inPort()) return;
-    silenceChannels(inPort());
-    allNotesOff = 0;
+    if (allNotesOff && inPort()) {
+        silenceChannels(inPort());
+        allNotesOff = 0;
+        hold(nullptr);
+    }
+    if (late) late->serve(frames);
 }
 
 void CComp::passEvents(CMIDIQ* from, CMIDIQ* to) {

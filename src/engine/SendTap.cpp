@@ -4,6 +4,7 @@
 #include "engine/CQV.h"
 #include "engine/Mixing.h"
 #include "engine/StripEvents.h"
+#include "engine/plan/GraphPlan.h"
 
 #include <algorithm>
 
@@ -40,8 +41,8 @@ void SendTap::take(const COutputChannel* ch, int index) {
     heard[size_t(index)][size_t(pieces)] = !ch->mute && heardInSolo(ch);
 }
 
-void SendTap::feed(CComp* c, int index, int bus, CInputChannel* to, int frames) const {
-    const COutputChannel* ch = c->output(index);
+void SendTap::feed(const PlanNode& from, int index, int bus, CInputChannel* to, int frames) const {
+    const COutputChannel* ch = from.comp->output(index);
     if (!ch || index >= int(heard.size())) return;
     const auto& open = heard[size_t(index)];
     const CSend* send = ch->sendLevels[bus];
@@ -53,7 +54,7 @@ void SendTap::feed(CComp* c, int index, int bus, CInputChannel* to, int frames) 
     float level = levels[size_t(index) * size_t(buses) + size_t(bus)];
     size_t piece = 0;
     eachStripEvent(
-        c, frames,
+        from.comp, from.stripEvents(), frames,
         [&](int n, int offset) {
             if (open[piece++]) feedPiece(ch, level, to, n, offset);
         },

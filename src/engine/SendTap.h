@@ -6,6 +6,7 @@
 class CComp;
 class CInputChannel;
 class COutputChannel;
+class PlanNode;
 
 /// What the strips of a component leave for the send buses in a block. Each bus fetches it by
 /// itself, so that its sum has one order, whoever works out the strips. Graph holder, but for
@@ -21,8 +22,8 @@ public:
     /// Takes down a piece of the block, mixed already, of channel number `index`.
     void take(const COutputChannel* ch, int index);
     void endPiece() { ++pieces; }
-    /// Adds what channel number `index` of the component sends to bus number `bus` in this block.
-    void feed(CComp* c, int index, int bus, CInputChannel* to, int frames) const;
+    /// Adds what channel number `index` of a component sends to bus number `bus` in this block.
+    void feed(const PlanNode& from, int index, int bus, CInputChannel* to, int frames) const;
 
 private:
     static constexpr int mostPieces = 512; ///< as many as a queue has events, and one more

@@ -11,13 +11,13 @@ struct StripTarget {
 
 StripTarget stripTarget(const CComp* c, const void* owner);
 
-/// Goes through the parameter events of the strips of `c` in a block: calls `piece(frames, offset)`
-/// for each piece that they cut it into, and at each cut `move(target, event)`. Graph holder.
+/// Goes through the parameter events of the strips of `c` in a block, from `first` on: calls
+/// `piece(frames, offset)` for each piece that they cut it into, and at each cut
+/// `move(target, event)`. Graph holder.
 template <class Piece, class Move>
-void eachStripEvent(CComp* c, int frames, Piece&& piece, Move&& move) {
+void eachStripEvent(CComp* c, const CMIDIBytes* first, int frames, Piece&& piece, Move&& move) {
     int last = 0;
-    CMIDIQ* port = c->inPort();
-    for (const CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
+    for (const CMIDIBytes* e = first; e; e = e->next) {
         if (e->kind != eventParam) continue;
         const StripTarget target = stripTarget(c, e->owner);
         if (!target) continue;

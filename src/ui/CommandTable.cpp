@@ -85,6 +85,7 @@ constexpr Row rows[] = {
     {"addfolder", "Add folder", groupArrange},
     {"armtrack", "Arm track", groupArrange},
     {"locktrack", "Lock track", groupArrange},
+    {"livetrack", "Play live without delay", groupArrange},
     {"showtouched", "Show what was touched", groupArrange, 'a'},
     {"addpoint", "Add automation point", groupArrange, 'a', shift},
     {"foldtrack", "Open or close track", groupArrange},

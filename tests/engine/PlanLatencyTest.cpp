@@ -1,9 +1,13 @@
+#include "audiofiles/CSample.h"
+#include "engine/CClick.h"
 #include "engine/SeqStub.h"
 #include "engine/StripFixture.h"
 #include "engine/plan/PlanBuilder.h"
 #include "support/Rows.h"
 
+#include <cstdlib>
 #include <limits>
+#include <numeric>
 #include <random>
 
 namespace {
@@ -102,47 +106,172 @@ TEST(PlanLatency, ImpulsesMeetWhateverIsInTheirWay) {
     }
 }
 
-/// What is late into one track leaves the others in time.
+namespace {
+
+/// A part of a song, with an impulse of its own at the first frame.
+class TrackStub : public SignalComp {
+public:
+    using SignalComp::SignalComp;
+    Stored<unsigned char> live{0};
+    Shared<int> takeLatency{0};
+    Shared<unsigned char> fromDevice{1};
+    void sound(int frames) override {
+        for (int i = 0; i < frames; ++i) output()->bufL[i] += at++ == 0 ? 1.0f : 0.0f;
+    }
+    void prepare(int) override { processed = mixed = fxDone = false; }
+};
+
+class SongStub : public SeqStub {
+public:
+    using SeqStub::SeqStub;
+    std::vector<TrackStub*> tracks;
+    CComp* getComp(CObject* io) override {
+        for (TrackStub* track : tracks)
+            if (track->outputs.contains(io) || track->inputs.contains(io)) return track;
+        return nullptr;
+    }
+    void planRender(PlanBuilder& plan) override {
+        CComp::planRender(plan);
+        for (TrackStub* track : tracks) {
+            plan.sound(track, this, {});
+            plan.note(track, {&track->live, &track->takeLatency, &track->fromDevice});
+        }
+    }
+    void planStrip(PlanBuilder& plan) override {
+        for (TrackStub* track : tracks) plan.strip(track);
+    }
+    void prepare(int frames) override {
+        CComp::prepare(frames);
+        for (TrackStub* track : tracks) {
+            track->prepare(frames);
+            for (float* side : {track->output()->bufL, track->output()->bufR})
+                std::fill_n(side, frames, 0.0f);
+        }
+    }
+};
+
+} // namespace
+
+/// What is late into one track leaves the others in time. What the tracks play themselves is heard
+/// with what they take in, and with each other; of a live one at once.
 TEST(PlanLatency, ATrackIsAsLateAsWhatArrivesAtIt) {
-    struct Tracks : SeqStub {
-        using SeqStub::SeqStub;
-        SignalComp *first = nullptr, *second = nullptr;
-        CComp* getComp(CObject* io) override {
-            for (SignalComp* track : {first, second})
-                if (track->outputs.contains(io) || track->inputs.contains(io)) return track;
-            return nullptr;
+    for (const bool live : {false, true}) {
+        StripFixture t;
+        auto* seq = t.made(new SongStub(t.host));
+        for (const int latency : {100, 30}) {
+            auto* track = t.made(new TrackStub(t.host));
+            track->output()->comp = track->input()->comp = seq;
+            seq->tracks.push_back(track);
+            auto* late = t.add(new SignalComp(t.host));
+            late->latency = latency;
+            late->left = late->right = [](long) { return 0.0f; };
+            seq->audioCables.add(createAudioCable(seq, late->output(), track->input()));
         }
-        void planRender(PlanBuilder& plan) override {
-            CComp::planRender(plan);
-            for (SignalComp* track : {first, second}) plan.sound(track, this, {});
+        seq->tracks[1]->live = live;
+        {
+            const GraphHold hold(t.host);
+            t.host->comps.add(seq);
+            for (TrackStub* track : seq->tracks)
+                t.out->audioCables.add(createAudioCable(t.out, track->output(), nullptr));
         }
-    };
-    StripFixture t;
-    auto* seq = t.made(new Tracks(t.host));
-    SignalComp** const tracks[] = {&seq->first, &seq->second};
-    for (SignalComp** track : tracks) {
-        *track = t.made(new SignalComp(t.host));
-        (*track)->output()->comp = (*track)->input()->comp = seq;
-    }
-    for (const int latency : {100, 30}) {
-        auto* late = t.add(new SignalComp(t.host));
-        late->latency = latency;
-        seq->audioCables.add(
-            createAudioCable(seq, late->output(), (*tracks[latency == 30])->input()));
-    }
-    {
+        t.run();
+        for (const int i : {0, 1}) {
+            const PlanLatency& latency = t.host->plans->current().latency();
+            const TrackStub* track = seq->tracks[size_t(i)];
+            EXPECT_EQ(latency.originOf(seq->tracks[size_t(i)]->output())->latency, i ? 30 : 100);
+            EXPECT_EQ(track->takeLatency, i ? 30 : 100);
+            EXPECT_FALSE(track->fromDevice);
+        }
+        for (int i = 0; i < int(t.left.size()); ++i) {
+            const float heard = live ? float(i == 30) + float(i == 100) : i == 100 ? 2.0f : 0.0f;
+            ASSERT_EQ(t.left[size_t(i)], heard > 1.0f ? 1.0f : heard) << i << live;
+        }
         const GraphHold hold(t.host);
-        t.host->comps.add(seq);
+        for (CAudioCable* cable; (cable = static_cast<CAudioCable*>(t.out->audioCables.first()));
+             delete cable)
+            t.out->audioCables.del(0);
+        t.host->comps.remove(seq);
+        t.host->plans->refresh();
+        for (TrackStub* track : seq->tracks) delete track;
+        delete seq;
     }
-    t.run();
-    const PlanLatency& latency = t.host->plans->current().latency();
-    EXPECT_EQ(latency.originOf(seq->first->output())->latency, 100);
-    EXPECT_EQ(latency.originOf(seq->second->output())->latency, 30);
-    const GraphHold hold(t.host);
-    t.host->comps.remove(seq);
-    t.host->plans->refresh();
-    delete seq;
-    for (SignalComp** track : tracks) delete *track;
+}
+
+namespace {
+
+/// Takes down when its events come, and when the song is that it is told of.
+class Listener : public LateInsert {
+public:
+    using LateInsert::LateInsert;
+    std::vector<double> times;
+    std::vector<double> told; ///< ticks, of each block
+    int blocks = 0;
+    void process(int frames) override {
+        for (const CMIDIBytes* e = inPort()->first(); e; e = e->next)
+            times.push_back(e->time + blocks * frames);
+        ++blocks;
+        told.push_back(host->plans->timeOf(this).ticks);
+        LateInsert::process(frames);
+    }
+};
+
+} // namespace
+
+/// A fader and two inserts of a group that sound comes to late follow the events of the song with
+/// that sound: 300 frames late at the first insert, 350 at the second, 420 at the fader. What goes
+/// past an insert waits for what goes through it.
+TEST(PlanLatency, EventsComeWithTheirSound) {
+    for (const int frames : {32, 128}) {
+        StripFixture t(frames);
+        SignalComp* source = t.add(new SignalComp(t.host));
+        source->output()->setVol(1.0f, false);
+        auto* late = t.add(new SignalComp(t.host));
+        late->latency = 300;
+        late->left = late->right = [](long) { return 0.0f; };
+        auto* group = t.add(new CGroupCh(t.host));
+        for (CComp* c : {static_cast<CComp*>(source), static_cast<CComp*>(late)})
+            t.connect(c, group);
+        t.connect(group);
+        t.connectMIDI(source, group);
+        Listener* inserts[] = {t.addInsert(group->output(), new Listener(t.host, 50)),
+                               t.addInsert(group->output(), new Listener(t.host, 70))};
+        inserts[0]->wet = 0.25f;
+        t.host->start();
+        source->moves = {{17, group->output(), 0, 0.0f}};
+        t.run(2048 / frames);
+        EXPECT_EQ(inserts[0]->times, std::vector<double>{317});
+        EXPECT_EQ(inserts[1]->times, std::vector<double>{367});
+        EXPECT_NEAR(inserts[1]->told.back(), t.host->framesToTicks(2048 - frames - 350), 1e-6);
+        for (int i = 0; i < 2048; ++i) {
+            const float x = t.left[size_t(i)];
+            const float before = i > 0 ? t.left[size_t(i - 1)] : 0.0f;
+            const bool falls = i > 437 && i < 500;
+            ASSERT_TRUE(falls ? x < before : x == (i >= 420 && i <= 437) || i > 437)
+                << i << ": " << x;
+        }
+    }
+}
+
+/// The metronome is heard with the song.
+TEST(PlanLatency, ClicksWaitForTheSong) {
+    std::vector<float> heard[2];
+    for (const int late : {0, 700}) {
+        StripFixture t;
+        t.host->click->enabled = 1;
+        t.host->click->mode = clickPlay;
+        auto* data = static_cast<short*>(std::malloc(100 * sizeof(short)));
+        std::iota(data, data + 100, short(1000));
+        t.host->click->sound->close();
+        t.host->click->sound->setFormat(44100, 16, 1);
+        t.host->click->sound->takeData(reinterpret_cast<unsigned char*>(data), 100);
+        addLateSource(t, t.out, late)->left = [](long) { return 0.0f; };
+        t.host->start();
+        t.run(40);
+        heard[late != 0] = t.left;
+    }
+    ASSERT_GT(*std::ranges::max_element(heard[0]), 0.01f);
+    for (size_t i = 0; i + 700 < heard[0].size(); ++i)
+        ASSERT_EQ(heard[1][i + 700], heard[0][i]) << i;
 }
 
 /// By whatever way a component is switched; once is enough.

@@ -116,7 +116,7 @@ void build(SongFileFixture& song) {
     drums->addPart(hits, nullptr);
     song.tempoAt(960, 90.0f);
     static_cast<CTempoPart*>(song.prog()->tempos.getFirst())->ramp = 1;
-    notes->track->locked = drums->track->recArm = song.seq->punch = 1;
+    notes->track->locked = notes->track->live = drums->track->recArm = song.seq->punch = 1;
     notes->track->setRowHeight(100);
     song.seq->preRoll = 2;
     song.seq->progs.add(song.seq->createProgram());

@@ -21,6 +21,7 @@ const Case cases[] = {
     {"Track colour", colourOf, {-7}, {-1}},
     {"Lock", lockedOf, {1}, {1}},
     {"Arm", armOf, {1}, {1}},
+    {"Live", liveOf, {1}, {1}},
     {"Monitor", monitorOf, {1}, {1}},
     {"MIDI channel", channelOf, {99}, {15}},
     {"Sensitivity", sensitivityOf, {40}, {40}},

@@ -1,6 +1,7 @@
 #include "engine/plan/GraphPlan.h"
 
 #include "base/Numbers.h"
+#include "engine/CClick.h"
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
 #include "engine/ForgetHooks.h"
@@ -20,6 +21,28 @@ namespace {
 constexpr unsigned measuredBlocks = 8;
 
 } // namespace
+
+CMIDIBytes* PlanNode::stripEvents() const {
+    if (events && events->strips) return events->dueAtStrips();
+    CMIDIQ* port = comp->inPort();
+    return port ? port->first() : nullptr;
+}
+
+void PlanNode::makeSound(int frames, GraphScratch& scratch) {
+    DelayLine* const line = own ? own->line.get() : nullptr;
+    const COutputChannel* ch = comp->output();
+    if (!line || line->idle() || !ch) {
+        if (line) line->skip();
+        return comp->sound(frames);
+    }
+    std::copy_n(ch->bufL, frames, scratch.arrival.bufL);
+    std::copy_n(ch->bufR, frames, scratch.arrival.bufR);
+    for (float* side : {ch->bufL, ch->bufR}) std::fill_n(side, frames, 0.0f);
+    comp->sound(frames);
+    line->process(ch->bufL, ch->bufR, ch->bufL, ch->bufR, frames);
+    addScaled(ch->bufL, scratch.arrival.bufL, frames, 1.0f);
+    addScaled(ch->bufR, scratch.arrival.bufR, frames, 1.0f);
+}
 
 GraphPlan::GraphPlan(CQV* root) : host(root), madeFor(root->frames) {
 }
@@ -84,7 +107,7 @@ void GraphPlan::runStep(PlanStep& step, int frames) const {
     if (step.work & PlanStep::sum)
         for (PlanArrival& sum : step.sums) addToOut(sum, frames, host->scratch());
     if (step.work & PlanStep::render) c->process(frames);
-    if (step.work & PlanStep::sound) c->sound(frames);
+    if (step.work & PlanStep::sound) step.node->makeSound(frames, host->scratch());
     const bool leftOut = host->renderMode != 0 && (host->renderMode != 1 || host->renderDry);
     if (step.work & PlanStep::strip || (step.work & PlanStep::master && !leftOut)) {
         c->fx(frames);
@@ -132,6 +155,21 @@ void GraphPlans::refresh() {
     now = std::move(made);
 }
 
+void GraphPlans::noteTime(int frames) {
+    CComp* const seq = host->masterSeq;
+    const double ticks = seq ? seq->getPos() : double(host->pos);
+    times.note({ticks, host->tempoNow, host->playing != 0}, frames);
+}
+
+SongTime GraphPlans::timeOf(const CComp* comp) const {
+    int late = 0;
+    if (comp->planned)
+        late = comp->planned->latency;
+    else if (const PlanInsert* insert = now->latency().insertOf(comp))
+        late = insert->at;
+    return times.before(late, host->framesToTicks(1.0) / double(host->tempoNow));
+}
+
 void GraphPlans::followLatency(bool changed) {
     if (!changed && !now->latencyUnknown()) return;
     linesWanted = !now->workOutLatency();
@@ -140,6 +178,7 @@ void GraphPlans::followLatency(bool changed) {
         now->workOutLatency();
     }
     total = now->latency().total();
+    host->click->setLatency(total, host->framesInMs * PlanFade::ms);
 }
 
 void GraphPlans::prepare(const UndoPlan& step, bool first) {
@@ -175,8 +214,10 @@ void GraphPlan::forget(const ForgetSet& gone) {
     };
     for (PlanStep& step : steps)
         for (PlanArrival& sum : step.sums) end(sum.from, sum.fade);
-    for (const auto& node : nodes)
+    for (const auto& node : nodes) {
         for (PlanArrival& arrival : node->arrivals) end(arrival.from, arrival.fade);
+        if (node->events) node->events->clear(); // they may be about what goes
+    }
 }
 
 void GraphPlans::forget(const ForgetSet& gone) {

@@ -1,18 +1,29 @@
 #pragma once
 
+#include "base/Stored.h"
 #include "engine/SendTap.h"
+#include "engine/plan/PlanEvents.h"
 #include "engine/plan/PlanFade.h"
 #include "engine/plan/PlanLatency.h"
 #include "engine/plan/PlanLists.h"
+#include "engine/plan/SongTimes.h"
 #include "engine/plan/WorkTimes.h"
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class CComp;
 class CMIDICable;
 class CQV;
 class ForgetSet;
+
+/// What a part of a song and the plan tell each other.
+struct PartWords {
+    const Stored<unsigned char>* live; ///< 1: what it plays waits for nothing
+    Shared<int>* takeLatency;          ///< frames by which what it takes in is late
+    Shared<unsigned char>* fromDevice; ///< 1: that comes from a device, at least in part
+};
 
 /// A component in a plan. Made on the interface thread, then the graph holder's.
 class PlanNode {
@@ -23,6 +34,7 @@ public:
     struct Midi {
         CMIDICable* cable;
         bool cut;
+        const PlanNode* from = nullptr; ///< null of one that is cut
     };
 
     CComp* const comp;
@@ -31,7 +43,21 @@ public:
     std::vector<Midi> midi;
     std::vector<const CAudioCable*> cables; ///< that arrive, but for those that leave
     std::unique_ptr<SendTap> tap;           ///< null without buses
-    int latency = 0; ///< of what arrives, in frames, once it has been worked out
+    std::unique_ptr<PlanEvents> events;     ///< null where nothing is late
+    std::unique_ptr<PlanArrival> own;       ///< of a part that takes in sound: what it makes itself
+    bool part = false;                      ///< of a song
+    std::optional<PartWords> words;         ///< of one that has them
+    bool live = false;       ///< what it plays waits for nothing, as all that it is made of
+    bool fromDevice = false; ///< an audio in, or something that takes in what comes from one
+    // In frames, once it has been worked out.
+    int latency = 0;     ///< of what arrives
+    int midiLatency = 0; ///< of what leaves its ports
+
+    /// Of what stands in its ports when its strips work.
+    int eventLatency() const { return part ? 0 : latency; }
+    /// The first event in this block of those that move its strips.
+    CMIDIBytes* stripEvents() const;
+    void makeSound(int frames, GraphScratch& scratch); ///< of a part, on time with what it takes in
 };
 
 /// A piece of work of a block: what a component does, in this order.
@@ -137,6 +163,10 @@ public:
     void settle();
     /// Frames from the song to what the device gets. Any thread.
     int latency() const { return total; }
+    /// When the sound was played that a component, or an insert, takes in with this block: what it
+    /// may be told of the song. Graph holder, while it works.
+    SongTime timeOf(const CComp* comp) const;
+    void noteTime(int frames); ///< a block begins
     /// Works the latency out, where the plan is new or `changed` tells of another one. Graph
     /// holder.
     void followLatency(bool changed);
@@ -149,4 +179,5 @@ private:
     std::unique_ptr<GraphPlan> next; ///< until the step is carried out; then the former plan
     bool passing = false;            ///< the plan made last is; interface thread
     int madeAt = 0;                  ///< asTimeInMS
+    SongTimes times;
 };

@@ -21,6 +21,9 @@ PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted, const GraphPlan* before,
     for (const auto& meeting : before->lateness.all())
         for (const PlanArrival* arrival : meeting.arrivals) lines[keyOf(*arrival)] = arrival->line;
     for (const auto& end : before->lateness.ends()) endLines[end.out->channel] = end.line;
+    insertLines = before->lateness.lateInserts();
+    for (const auto& node : before->nodes)
+        if (node->events) formerEvents[node->comp] = node->events.get();
     if (!plain) return;
     for (const auto& node : before->nodes) former[node->comp] = node.get();
     for (const PlanStep& step : plain->steps) staying.insert(step.node->comp);
@@ -218,7 +221,10 @@ void PlanBuilder::needMidi(CComp* c) {
             need(cable->fromComp);
             if (cable->fromPort) listen(c, cable->fromPort);
         }
-        node->midi.push_back({cable, cut});
+        CComp* from = cable->fromComp;
+        if (from && from->type == compSeq)
+            if (CComp* part = from->getComp(cable->fromPort)) from = part;
+        node->midi.push_back({cable, cut, cut ? nullptr : place(from).node});
     }
     --depth;
 }
@@ -244,6 +250,7 @@ void PlanBuilder::listen(CComp* c, const CMIDIQ* port) {
 }
 
 void PlanBuilder::render(CComp* c) {
+    plan->lateness.meetingAt(place(c).node);
     if (c->type == compAudioOut) flushSums(c);
     std::vector<const void*> writes;
     for (const CList* list : {&c->outputs, &c->outPorts, &c->inPorts})
@@ -260,10 +267,17 @@ void PlanBuilder::sound(CComp* part, CComp* whole,
     for (const CObject* ch : read(part->outputs)) writes.push_back(ch);
     add(part, PlanStep::sound, writes);
     makes(part);
+    PlanNode* node = place(part).node;
+    node->part = true;
     if (!place(part).parts)
-        place(part).parts =
-            plan->lateness.addOrigin({part, nullptr, place(part).node, {}}, place(part).node);
+        place(part).parts = plan->lateness.addOrigin({part, nullptr, node, {}}, node);
+    node->own = std::make_unique<PlanArrival>(PlanArrival{PlanArrival::own, nullptr, node});
+    node->own->at = node;
     feedBuses(place(part).node, PlanArrival::parts);
+}
+
+void PlanBuilder::note(CComp* part, const PartWords& words) {
+    place(part).node->words = words;
 }
 
 void PlanBuilder::strip(CComp* c) {
@@ -279,9 +293,12 @@ void PlanBuilder::strip(CComp* c) {
 void PlanBuilder::makes(CComp* c) {
     PlanNode* node = place(c).node;
     plan->lateness.meetingAt(node);
-    for (auto* ch : contents<COutputChannel>(c->outputs))
-        if (!plan->lateness.originOf(ch))
-            plan->lateness.addOrigin({ch->comp, ch, node, contents<CComp>(ch->inserts)}, node);
+    for (auto* ch : contents<COutputChannel>(c->outputs)) {
+        if (plan->lateness.originOf(ch)) continue;
+        PlanOrigin origin{ch->comp, ch, node, {}};
+        for (CComp* insert : contents<CComp>(ch->inserts)) origin.inserts.push_back({insert});
+        plan->lateness.addOrigin(std::move(origin), node);
+    }
 }
 
 PlanArrival PlanBuilder::arrivalOf(CComp* c, const CAudioCable* cable) {
@@ -342,7 +359,10 @@ void PlanBuilder::linkLatency() {
     for (CComp* c : comps)
         if (const COutputChannel* ch = c->output(); ch && c->type == compAudioOut)
             if (const PlanOrigin* out = lateness.originOf(ch)) lateness.addEnd(out);
+    for (const auto& node : plan->nodes)
+        if (node->own) link(*node->own);
     lateness.giveLines([this](PlanArrival& a) { a.line = lineOf(a); },
+                       [this](PlanInsert& insert) { giveLines(insert); },
                        [this](PlanLatency::End& end) {
                            const auto found = endLines.find(end.out->channel);
                            const bool known = found != endLines.end();
@@ -350,6 +370,37 @@ void PlanBuilder::linkLatency() {
                                           ? found->second
                                           : std::make_shared<DelayLine>(plan->heard && known);
                        });
+    const bool anyLate = lateness.total() > 0;
+    for (const auto& meeting : lateness.all())
+        if (anyLate) giveLines(meeting);
+}
+
+void PlanBuilder::giveLines(PlanInsert& insert) {
+    const auto found = insertLines.find(insert.comp);
+    if (found != insertLines.end()) {
+        insert.dry = found->second.dry;
+        insert.events = found->second.events;
+    }
+    if (insert.own > 0 && !insert.dry) insert.dry = std::make_shared<DelayLine>(plan->heard);
+    if (insert.wait > 0 && !insert.events) insert.events = std::make_shared<EventLine>();
+}
+
+/// Lets events of what may be late wait. What has no sound of its own past it needs no more.
+void PlanBuilder::giveLines(const PlanLatency::Meeting& m) {
+    PlanNode& node = *m.node;
+    auto events = std::make_unique<PlanEvents>();
+    const auto found = formerEvents.find(node.comp);
+    const PlanEvents* before = found == formerEvents.end() ? nullptr : found->second;
+    const bool late = node.latency > 0 || node.comp->type == compMIDIOut;
+    if (late && !node.part)
+        for (CMIDIQ* port : contents<CMIDIQ>(node.comp->inPorts))
+            events->ports.push_back({port, std::make_shared<EventLine>()});
+    const auto lateStrip = [&](const PlanOrigin* o) {
+        return o->channel && o->latency > node.eventLatency();
+    };
+    if (std::ranges::any_of(m.outputs, lateStrip)) events->strips = std::make_shared<EventLine>();
+    if (before) events->follow(*before);
+    if (!events->ports.empty() || events->strips) node.events = std::move(events);
 }
 
 /// What comes too late for a bus is lost.

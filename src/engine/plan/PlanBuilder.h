@@ -42,6 +42,7 @@ public:
     /// Work of a part of `whole`, behind that of the whole: `sound`, which fills the channels of
     /// the part and `others`.
     void sound(CComp* part, CComp* whole, const std::vector<const COutputChannel*>& others);
+    void note(CComp* part, const PartWords& words);
     /// Work of `c`: its strips, which feed the buses.
     void strip(CComp* c);
 
@@ -80,6 +81,8 @@ private:
     PlanArrival sendOf(const PlanNode* from, PlanArrival::Kind kind, int channel, int bus);
     void makes(CComp* c);
     void linkLatency();
+    void giveLines(PlanInsert& insert);
+    void giveLines(const PlanLatency::Meeting& meeting);
     std::shared_ptr<DelayLine> lineOf(const PlanArrival& arrival) const;
     PlanStep& add(CComp* c, unsigned work, const std::vector<const void*>& writes);
 
@@ -93,6 +96,8 @@ private:
     std::map<LineKey, std::shared_ptr<DelayLine>> lines; ///< of the plan before, also null
     static LineKey keyOf(const PlanArrival& arrival);
     std::unordered_map<const COutputChannel*, std::shared_ptr<DelayLine>> endLines;
+    std::unordered_map<const CComp*, PlanInsert> insertLines;
+    std::unordered_map<const CComp*, const PlanEvents*> formerEvents;
     std::unordered_set<const CComp*> staying; ///< what sounds without the cables that leave
     bool onlyLeaving = false;
     int fadeFrames;

@@ -14,20 +14,9 @@ constexpr int maxReported = 1 << 20;
 /// And all in a row to this, so that no sum runs over.
 constexpr int maxSum = 1 << 30;
 
-int plus(int sum, CComp* c, bool possible) {
-    if (!possible && c->enabled != 1) return sum;
-    return std::min(sum + std::clamp(c->getDelay(), 0, maxReported), maxSum);
-}
-
-/// What leaves a component, of what arrives at it.
-int latencyOf(const PlanOrigin& origin, bool possible) {
-    COutputChannel* const ch = origin.channel;
-    if (!ch) return origin.node->latency;
-    // What plays instead of it has been made in time.
-    if (!possible && origin.comp->freezed(ch)) return 0;
-    int sum = plus(origin.node->latency, origin.comp, possible);
-    for (CComp* insert : origin.inserts) sum = plus(sum, insert, possible);
-    return sum;
+int ownLatency(CComp* c, bool possible) {
+    if (!possible && c->enabled != 1) return 0;
+    return std::clamp(c->getDelay(), 0, maxReported);
 }
 
 void addLine(DelayLine& line, const float* left, const float* right, CInputChannel* to, int frames,
@@ -56,10 +45,15 @@ void PlanArrival::addTo(CInputChannel* to, int frames, GraphScratch& scratch) {
         for (float* side : {room.bufL, room.bufR}) std::fill_n(side, frames, 0.0f);
     CInputChannel* const into = through ? to : &room;
     if (kind == strips)
-        sender->tap->feed(sender->comp, channel, bus, into, frames);
+        sender->tap->feed(*sender, channel, bus, into, frames);
     else
         sender->comp->sendParts(bus, into, frames);
     if (!through) addLine(*line, room.bufL, room.bufR, to, frames, fade, room);
+}
+
+int PlanArrival::wait() const {
+    if (kind != own && origin->node->live) return 0;
+    return at->latency - origin->latency;
 }
 
 PlanLatency::Meeting& PlanLatency::meetingAt(PlanNode* node) {
@@ -83,14 +77,65 @@ PlanOrigin* PlanLatency::originOf(const COutputChannel* channel) const {
 int PlanLatency::latest(const Meeting& m) {
     int most = 0;
     for (const PlanArrival* a : m.arrivals)
-        if (a->origin) most = std::max(most, a->origin->latency);
+        if (a->origin && (m.node->live || !a->origin->node->live))
+            most = std::max(most, a->origin->latency);
     return most;
+}
+
+/// What the sound of a component is made of.
+void PlanLatency::takeIn(const Meeting& m) {
+    PlanNode& node = *m.node;
+    bool any = false, all = true;
+    node.fromDevice = node.comp->type == compAudioIn;
+    for (const PlanArrival* a : m.arrivals) {
+        if (!a->origin || a->kind == PlanArrival::own) continue;
+        any = true;
+        all = all && a->origin->node->live;
+        node.fromDevice = node.fromDevice || a->origin->node->fromDevice;
+    }
+    for (const PlanNode::Midi& midi : node.midi) {
+        any = any || midi.from;
+        all = all && midi.from && midi.from->live;
+    }
+    node.live = node.words ? *node.words->live != 0 : any && all && node.comp->type != compAudioOut;
+}
+
+const PlanInsert* PlanLatency::insertOf(const CComp* comp) const {
+    const auto found = byInsert.find(comp);
+    return found == byInsert.end() ? nullptr : found->second;
+}
+
+std::unordered_map<const CComp*, PlanInsert> PlanLatency::lateInserts() const {
+    std::unordered_map<const CComp*, PlanInsert> all;
+    for (const auto& [comp, insert] : byInsert) all[comp] = *insert;
+    return all;
+}
+
+/// What leaves a component, of what arrives at it.
+void PlanLatency::follow(PlanOrigin& origin, bool possible) {
+    int& late = origin.latency;
+    late = 0;
+    if (!origin.channel) return; // the song is on time
+    // What plays instead of it has been made in time.
+    const bool frozen = !possible && origin.comp->freezed(origin.channel);
+    if (!frozen) late = std::min(origin.node->latency + ownLatency(origin.comp, possible), maxSum);
+    for (PlanInsert& insert : origin.inserts) {
+        insert.at = late;
+        insert.wait = late - origin.node->eventLatency();
+        insert.own = frozen ? 0 : ownLatency(insert.comp, possible);
+        late = std::min(late + insert.own, maxSum);
+    }
 }
 
 int PlanLatency::walk(bool possible) {
     for (Meeting& m : meetings) {
-        m.node->latency = latest(m);
-        for (PlanOrigin* origin : m.outputs) origin->latency = latencyOf(*origin, possible);
+        PlanNode& node = *m.node;
+        takeIn(m);
+        node.latency = latest(m);
+        for (const PlanNode::Midi& midi : node.midi)
+            if (midi.from) node.latency = std::max(node.latency, midi.from->midiLatency);
+        node.midiLatency = std::min(node.latency + ownLatency(node.comp, possible), maxSum);
+        for (PlanOrigin* origin : m.outputs) follow(*origin, possible);
     }
     int most = 0;
     for (const End& end : outs) most = std::max(most, end.out->latency);
@@ -106,9 +151,23 @@ bool PlanLatency::workOut(int fadeFrames) {
     };
     for (Meeting& m : meetings)
         for (PlanArrival* a : m.arrivals)
-            if (a->origin) set(a->line.get(), m.node->latency - a->origin->latency);
+            if (a->origin) set(a->line.get(), a->wait());
     for (const End& end : outs) set(end.line.get(), sum - end.out->latency);
+    for (const auto& origin : origins)
+        for (const PlanInsert& insert : origin->inserts) set(insert.dry.get(), insert.own);
+    for (Meeting& m : meetings)
+        if (m.node->comp->type == compMIDIOut) m.node->latency = std::max(m.node->latency, sum);
+    tellParts();
     return complete;
+}
+
+void PlanLatency::tellParts() const {
+    for (const Meeting& m : meetings) {
+        const PlanNode& node = *m.node;
+        if (!node.words) continue;
+        *node.words->takeLatency = node.latency + (node.fromDevice ? sum : 0);
+        *node.words->fromDevice = node.fromDevice;
+    }
 }
 
 void PlanLatency::finishOuts(int frames) {
@@ -128,4 +187,10 @@ void PlanLatency::silence() {
             if (a->line) a->line->clear();
     for (const End& end : outs)
         if (end.line) end.line->clear();
+    for (const auto& [comp, insert] : byInsert) {
+        if (insert->dry) insert->dry->clear();
+        if (insert->events) insert->events->clear();
+    }
+    for (Meeting& m : meetings)
+        if (m.node->events) m.node->events->clear();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/plan/DelayLine.h"
+#include "engine/plan/EventLine.h"
 #include "engine/plan/PlanFade.h"
 
 #include <memory>
@@ -15,15 +16,24 @@ class CQV;
 class PlanNode;
 struct GraphScratch;
 
+/// An insert of a strip.
+struct PlanInsert {
+    CComp* comp;
+    int at = 0;                       ///< frames of latency up to it
+    int wait = 0;                     ///< frames that events for it have to wait
+    int own = 0;                      ///< frames that it adds
+    std::shared_ptr<DelayLine> dry{}; ///< for what is blended in beside it; null: on time
+    std::shared_ptr<EventLine> events{};
+};
+
 /// Where a signal comes from: a channel behind its strip or, without `channel`, what the parts of a
 /// component give before it.
 struct PlanOrigin {
     CComp* comp;
     COutputChannel* channel;
     const PlanNode* node; ///< that takes in what the sound is made of
-    std::vector<CComp*> inserts;
-    int latency = 0;   ///< frames
-    bool live = false; ///< does not wait for others
+    std::vector<PlanInsert> inserts;
+    int latency = 0; ///< frames
 };
 
 /// Something that is added to the inputs of a component.
@@ -32,6 +42,7 @@ struct PlanArrival {
         cable,  ///< the end of a cable
         strips, ///< what a strip of a component sends to a bus
         parts,  ///< the same of the parts of one, before its strips
+        own,    ///< the sound of a part, beside what it takes in
     };
     Kind kind;
     const CAudioCable* from = nullptr; ///< for `cable`
@@ -43,12 +54,14 @@ struct PlanArrival {
     std::shared_ptr<DelayLine> line{}; ///< where it waits; null: it never does
 
     void addTo(CInputChannel* bus, int frames, GraphScratch& scratch);
+    int wait() const; ///< frames, for what it meets, once all latencies are known
     int delay() const { return line ? line->delay() : 0; }
 };
 
 /// How late everything in a plan is, by one rule: wherever signals meet, all wait for the latest of
 /// them. What meets at a component, its own latency and that of its running inserts make what
-/// leaves it. Audio outs wait for the latest of them at their very end.
+/// leaves it. Audio outs wait for the latest of them at their very end. What is live waits for
+/// nothing, and nothing waits for it, as far as it meets only what is live as well.
 class PlanLatency {
 public:
     /// Signals that meet, and what is made of them.
@@ -67,17 +80,23 @@ public:
     Meeting& meetingAt(PlanNode* node);
     PlanOrigin* addOrigin(PlanOrigin origin, PlanNode* node);
     PlanOrigin* originOf(const COutputChannel* channel) const; ///< null for none
+    const PlanInsert* insertOf(const CComp* comp) const;       ///< one that is late, or null
     void addEnd(const PlanOrigin* out) { outs.push_back({out, nullptr}); }
     /// Calls `make(arrival)` for all that may have to wait, and `makeEnd(end)`, by what components
     /// would report if all of them were on.
-    template <class Make, class MakeEnd>
-    void giveLines(Make&& make, MakeEnd&& makeEnd) {
+    template <class Make, class MakeInsert, class MakeEnd>
+    void giveLines(Make&& make, MakeInsert&& makeInsert, MakeEnd&& makeEnd) {
         const int most = walk(true);
+        for (const auto& origin : origins)
+            for (PlanInsert& insert : origin->inserts)
+                if (insert.own > 0 || insert.wait > 0)
+                    makeInsert(*(byInsert[insert.comp] = &insert));
         for (Meeting& m : meetings)
             for (PlanArrival* a : m.arrivals)
                 if (latest(m) > 0) make(*a);
         for (End& end : outs)
             if (most > 0 && outs.size() > 1) makeEnd(end);
+        sum = most;
     }
 
     // Graph holder.
@@ -89,15 +108,20 @@ public:
     int total() const { return sum; } ///< frames up to the ends of the audio outs
     const std::vector<Meeting>& all() const { return meetings; }
     const std::vector<End>& ends() const { return outs; }
+    std::unordered_map<const CComp*, PlanInsert> lateInserts() const;
 
 private:
     int walk(bool possible);
+    static void takeIn(const Meeting& m);
+    void tellParts() const;
+    void follow(PlanOrigin& origin, bool possible);
     static int latest(const Meeting& m);
 
     std::vector<Meeting> meetings;
     std::unordered_map<const PlanNode*, size_t> places;
     std::vector<std::unique_ptr<PlanOrigin>> origins;
     std::unordered_map<const COutputChannel*, PlanOrigin*> byChannel;
+    std::unordered_map<const CComp*, PlanInsert*> byInsert; ///< those that are late
     std::vector<End> outs;
     int sum = 0;
 };

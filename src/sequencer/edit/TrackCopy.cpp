@@ -97,6 +97,7 @@ private:
         made->laneStack = int(source->laneStack);
         made->activeLane = int(source->activeLane);
         made->monitor = static_cast<unsigned char>(source->monitor);
+        made->live = static_cast<unsigned char>(source->live);
         made->locked = static_cast<unsigned char>(source->locked);
         made->folder = source->folder.load();
         if (source->ownRowHeight()) made->setRowHeight(source->getRowHeight());

@@ -33,8 +33,10 @@ void CSeq::planRender(PlanBuilder& plan) {
             plan.listen(this, cable->fromPort);
         }
     plan.render(this);
-    for (auto* track : plan.contents<CTrack>(tracks))
+    for (auto* track : plan.contents<CTrack>(tracks)) {
         plan.sound(track, this, frozenChannels(plan, this, track));
+        plan.note(track, {&track->live, &track->takeLatency, &track->fromDevice});
+    }
 }
 
 void CSeq::planStrip(PlanBuilder& plan) {

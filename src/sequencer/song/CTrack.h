@@ -57,6 +57,7 @@ public:
     Stored<unsigned char> monitor{0}; ///< the input monitor switch
     Stored<unsigned char> recArm{0};  ///< the switch that readies the track for takes
     Stored<unsigned char> locked{0};  ///< its parts stay as and where they are
+    Stored<unsigned char> live{0};    ///< what it plays waits for nothing that is later
     Shared<CTrack*> folder{nullptr};  ///< the folder track that holds this one, not owned
     Shared<int> activeLane{0};        ///< index into `editLanes`
     CList subTracks;                  ///< of CSubTrack, owned: the lanes
@@ -71,6 +72,8 @@ public:
     const std::unique_ptr<CSynthProg> synthProg; ///< of a drum track: its kit; else null
 
     // Recording (Recording.cpp). Set by the graph when a take begins, and given back at its end.
+    Shared<int> takeLatency{0};          ///< frames by which the plan has its input come later
+    Shared<unsigned char> fromDevice{1}; ///< that comes from a device
     Shared<unsigned char> armed{0};      ///< takes part in a take
     Shared<unsigned char> takesAudio{0}; ///< and writes its input into `recSample`
     Shared<CPart*> recPart{nullptr};     ///< recorded into; null until there is one

@@ -32,6 +32,12 @@ constexpr StoredValue::Kind whole(const char* name) {
 }
 constexpr StoredValue::Kind colour = whole<&CTrack::colour, -1, mostColour>("Track colour");
 constexpr StoredValue::Kind locked = whole<&CTrack::locked, 0, 1>("Lock");
+constexpr StoredValue::Kind liveSwitch = whole<&CTrack::live, 0, 1>("Live");
+const StoredValue::Kind live = {liveSwitch.name, liveSwitch.get,
+                                [](CObject* o, int index, const Numbers& to) {
+                                    liveSwitch.set(o, index, to);
+                                    track(o)->host->hostNotices.raise(HostNotice::delays);
+                                }};
 constexpr StoredValue::Kind arm = whole<&CTrack::recArm, 0, 1>("Arm");
 constexpr StoredValue::Kind monitor = whole<&CTrack::monitor, 0, 1>("Monitor");
 constexpr StoredValue::Kind channel = whole<&CTrack::channel, -1, lastChannel>("MIDI channel");
@@ -97,6 +103,10 @@ StoredValue colourOf(CTrack* of) {
 
 StoredValue colourOf(CPart* of) {
     return {&partColour, of};
+}
+
+StoredValue liveOf(CTrack* of) {
+    return {&live, of};
 }
 
 StoredValue lockedOf(CTrack* of) {

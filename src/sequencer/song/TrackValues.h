@@ -15,6 +15,7 @@ class CTrack;
 StoredValue colourOf(CTrack* track);      ///< 0xRRGGBB, -1 the theme's
 StoredValue colourOf(CPart* part);        ///< 0xRRGGBB, -1 the track's
 StoredValue lockedOf(CTrack* track);      ///< 0 or 1
+StoredValue liveOf(CTrack* track);        ///< 0 or 1: what it plays waits for nothing
 StoredValue armOf(CTrack* track);         ///< 0 or 1: takes are recorded here, selected or not
 StoredValue monitorOf(CTrack* track);     ///< 0 or 1, of use in the manual monitor mode
 StoredValue channelOf(CTrack* track);     ///< 0 to 15, -1 leaves messages on theirs

@@ -142,6 +142,13 @@ bool readLock(SongReading& r, int) {
     return true;
 }
 
+bool readLive(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    const int live = r.in.readInt() != 0;
+    if (r.track) r.track->live = (unsigned char)live;
+    return true;
+}
+
 bool readArm(SongReading& r, int) {
     if (!r.in.has(intBytes)) return false;
     const int armed = r.in.readInt() != 0;
@@ -160,7 +167,7 @@ constexpr SongBlock blocks[] = {
     {"track", readTrack},         {"trackCol", readColour},    {"trackInSens", readSensitivity},
     {"tracked", readTrackWindow}, {"trackGroove", readGroove}, {"arp", readArp},
     {"arped", readArpWindow},     {"trackmc", readSource},     {"trackLock", readLock},
-    {"trackArm", readArm},        {"trackRow", readRow}};
+    {"trackArm", readArm}, {"trackRow", readRow}, {"trackLive", readLive}};
 
 void writeHead(SongWriting& w, const CTrack* track) {
     CStream* s = w.out;
@@ -203,6 +210,7 @@ void writeSources(SongWriting& w, const CTrack* track) {
 void writeOwn(CStream* s, const CTrack* track) {
     if (track->locked) writeIntBlock(s, "trackLock", 1);
     if (track->recArm) writeIntBlock(s, "trackArm", 1);
+    if (track->live) writeIntBlock(s, "trackLive", 1);
     if (track->ownRowHeight()) writeIntBlock(s, "trackRow", track->getRowHeight());
 }
 

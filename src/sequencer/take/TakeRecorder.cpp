@@ -148,7 +148,10 @@ void TakeRecorder::punchOut() {
     CQV* host = seq->host;
     const CSeqProg* prog = seq->getProg();
     if (!seq->recording || recTo < 0.0 || !prog || !host->recording) return;
-    if (prog->pos < recTo + host->framesToTicks(double(recordLatency(host)))) return;
+    int64_t latest = 0;
+    for (const auto* track : each<CTrack>(seq->tracks))
+        if (track->armed) latest = std::max(latest, recordLatency(track));
+    if (prog->pos < recTo + host->framesToTicks(double(latest))) return;
     host->recording = 0;
     host->hostNotices.raise(HostNotice::transport);
 }

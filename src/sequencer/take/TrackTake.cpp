@@ -5,7 +5,6 @@
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
-#include "engine/plan/GraphPlan.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/TempoMap.h"
@@ -28,8 +27,9 @@ constexpr int viewFoot = 21;   ///< pixels more at the bottom
 
 } // namespace
 
-int64_t recordLatency(const CQV* host) {
-    return int64_t(host->plans->latency()) + std::max(0, host->recLatency);
+int64_t recordLatency(const CTrack* track) {
+    const int outside = track->fromDevice ? std::max(0, track->host->recLatency) : 0;
+    return int64_t(track->takeLatency) + outside;
 }
 
 CDrumEvent* drumHit(int msg) {
@@ -393,7 +393,7 @@ void TrackTake::closeAudio(CUndo* step, RecFile* file) {
     track->recSample = nullptr; // the step's from now on
     sample->takePending = false;
     const int64_t end = int64_t(sample->frames) - 1;
-    const int first = int(std::min(recordLatency(track->host) + seq()->recorder.takeLead, end));
+    const int first = int(std::min(recordLatency(track) + seq()->recorder.takeLead, end));
     const int last = int(std::clamp<int64_t>(first + wantedFrames() - 1, first, end));
     if (std::unique_ptr<Takes> takes = loopTakes(first, last)) return placeTakes(std::move(takes));
     seq()->recorder.edits.add([part = track->recPart.load(), first, last] {
