@@ -85,27 +85,52 @@ double decibels(float level) {
     return level > 0.0f ? std::max(silence, 20.0 * std::log10(double(level))) : silence;
 }
 
-int zeroCrossing(const CSample& sample, int frame, int reach) {
-    const int first = std::max(0, frame - reach - 1);
-    const int end = std::min(int(sample.frames), frame + reach + 1);
-    if (!sample.valid || sample.chs < 1 || end - first < 2) return frame;
-    std::vector<float> values(size_t(end - first) * size_t(sample.chs));
-    sample.readFrames(first, end - first, values.data());
-    const auto mean = [&](int at) {
+namespace {
+
+/// Where the mean of all channels comes to zero or crosses it, around a frame.
+class Crossings {
+public:
+    Crossings(const CSample& of, int frame, int reach)
+        : sample(of), first(std::max(0, frame - reach - 1)),
+          end(std::min(int(of.frames), frame + reach + 1)) {
+        if (!sample.valid || sample.chs < 1 || end - first < 2) return;
+        values.resize(size_t(end - first) * size_t(sample.chs));
+        sample.readFrames(first, end - first, values.data());
+    }
+    bool at(int frame) const {
+        if (values.empty() || frame < first || frame >= end) return false;
+        const float now = mean(frame);
+        return now == 0.0f || (frame > first && (mean(frame - 1) < 0.0f) != (now < 0.0f));
+    }
+
+private:
+    float mean(int frame) const {
         float sum = 0.0f;
         for (int c = 0; c < sample.chs; c++)
-            sum += values[size_t(at - first) * size_t(sample.chs) + size_t(c)];
+            sum += values[size_t(frame - first) * size_t(sample.chs) + size_t(c)];
         return sum;
-    };
-    const auto crosses = [&](int at) {
-        if (at < first || at >= end) return false;
-        const float now = mean(at);
-        return now == 0.0f || (at > first && (mean(at - 1) < 0.0f) != (now < 0.0f));
-    };
+    }
+
+    const CSample& sample;
+    const int first, end;
+    std::vector<float> values;
+};
+
+} // namespace
+
+int zeroCrossing(const CSample& sample, int frame, int reach) {
+    const Crossings crossings(sample, frame, reach);
     for (int away = 0; away <= reach; away++)
         for (const int at : {frame - away, frame + away})
-            if (crosses(at)) return at;
+            if (crossings.at(at)) return at;
     return frame;
+}
+
+int nextZeroCrossing(const CSample& sample, int frame, int way, int reach) {
+    const Crossings crossings(sample, frame, reach);
+    for (int away = 1; away <= reach; away++)
+        if (crossings.at(frame + way * away)) return frame + way * away;
+    return frame + way;
 }
 
 std::vector<float> spectrumOf(const CSample& sample, int from, int to, int bands) {

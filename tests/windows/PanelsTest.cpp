@@ -9,7 +9,10 @@
 #include "gui/controls/CListbox.h"
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
+#include "instruments/CSampleClip.h"
 #include "instruments/CSampler.h"
+#include "instruments/CWavSound.h"
+#include "instruments/SamplerEdits.h"
 #include "shell/Pages.h"
 
 #include <algorithm>
@@ -50,6 +53,7 @@ protected:
         ASSERT_TRUE(loaded());
     }
     void drag(CCtrl* c, CPoint from, CPoint to, bool escape = false) {
+        if (c->tabStop) comeIntoView(c);
         mouseTo(c, from.x, from.y);
         act({"mousedown", "1"});
         mouseTo(c, (from.x + to.x) / 2, (from.y + to.y) / 2);
@@ -114,6 +118,7 @@ TEST_F(PanelsTest, KnobsAndButtonsSetASound) {
     }
     // A whole number moves by one at least, a switch and a choice by a press.
     CCtrl* coarse = find("Coarse");
+    comeIntoView(coarse);
     mouseTo(coarse, 32, 36);
     act({"keydown", "ctrl"});
     act({"click", "4"});
@@ -254,6 +259,53 @@ TEST_F(PanelsTest, CurvesAndZonesAreDragged) {
     act({"mousedown", "1"});
     EXPECT_EQ(sampler()->guiQueue.empty(), false);
     act({"mouseup", "1"});
+}
+
+/// The lines over a sample's wave, by mouse, keys and numbers, and the curve of an oscillator.
+TEST_F(PanelsTest, SamplesAndOscillatorsAreDragged) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    CSampler* s = sampler();
+    ASSERT_EQ(runCommand({"sox", "-r", "44100", "-n", "-c", "1", at("square.wav"), "synth", "4000s",
+                          "square", "220.5"}),
+              0); // it changes sides every 100 frames
+    auto* wav = static_cast<CWavSound*>(addSampleSound(s, s->getLayer(), at("square.wav").c_str()));
+    ASSERT_NE(wav, nullptr);
+    CSampleClip* clip = wav->clips[0];
+    open(s);
+    CCtrl* wave = find("wave");
+    const double perPixel = 4000.0 / (wave->width - 16);
+    const auto x = [&](double frame) { return 8 + int(std::lround(frame / perPixel)); };
+    drag(wave, asPoint(x(0), 60), asPoint(x(1030), 60));
+    EXPECT_EQ(clip->start % 100, 0) << "where the wave crosses zero";
+    EXPECT_NEAR(clip->start, 1030, 80);
+    const int begun = clip->start;
+    drag(wave, asPoint(x(3999), 60), asPoint(x(2222), 60), true);
+    EXPECT_EQ(clip->end, 3999) << "Escape";
+    wave->win->setKeyCtrl(wave);
+    for (const char* k : {"1", "Right"}) key(k);
+    EXPECT_EQ(clip->start, begun + 100);
+    key("shift+Left");
+    EXPECT_EQ(clip->start, begun + 99);
+    find("End")->win->setKeyCtrl(find("End"));
+    for (const char* k : {"3", "3", "3", "3", "Return"}) key(k);
+    EXPECT_EQ(clip->end, 3333);
+    for (const int former : {begun + 99, begun + 100, begun, 0}) {
+        undo();
+        EXPECT_EQ(clip->start, former);
+    }
+    EXPECT_EQ(clip->end, 3999);
+
+    click("Modulators");
+    click("LFO 1");
+    const CLFO* lfo = wav->lfo[0].get();
+    const float rate = lfo->rate;
+    drag(find("lfo"), asPoint(200, 60), asPoint(280, 60));
+    EXPECT_NEAR(lfo->rate, rate / 2, 0.01f * rate) << "80 pixels double a cycle";
+    drag(find("lfo"), asPoint(10, 60), asPoint(10 + (find("lfo")->width - 20) / 4, 60));
+    EXPECT_NEAR(lfo->delay, 500, 10) << "of two seconds";
+    undo();
+    EXPECT_EQ(lfo->delay, 0);
 }
 
 TEST_F(PanelsTest, ProgramsAreAddedNamedAndRemoved) {

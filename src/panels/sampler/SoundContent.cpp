@@ -5,6 +5,7 @@
 #include "engine/CQV.h"
 #include "engine/EffectSettings.h"
 #include "engine/ValueDoor.h"
+#include "instruments/COSCSound.h"
 #include "instruments/CSampleClip.h"
 #include "instruments/CSampler.h"
 #include "instruments/CWavSound.h"
@@ -12,6 +13,9 @@
 #include "instruments/SoundSettings.h"
 #include "panels/PageRow.h"
 #include "panels/sampler/EnvelopeView.h"
+#include "panels/sampler/LfoView.h"
+#include "panels/sampler/OperatorView.h"
+#include "panels/sampler/SampleBox.h"
 #include "ui/SettingPanel.h"
 #include "ui/Workspace.h"
 
@@ -73,7 +77,20 @@ void SoundContent::buildSound(CGroup* in, const Subject& subject) {
     if (sound->type == typeWavSound)
         if (CSampleClip* clip = static_cast<CWavSound*>(sound)->clips[0])
             sections.push_back({clipSettings(*sound), clip, -1, "", {}, subject.alive});
+    addPicture(in, subject);
     addSettings(in)->show(sections);
+}
+
+void SoundContent::addPicture(CGroup* in, const Subject& subject) {
+    if (subject.sound->type == typeOscSound) {
+        operators =
+            new OperatorView(win, static_cast<const COSCSound*>(subject.sound), subject.alive);
+        return in->addControl(operators);
+    }
+    CSampleClip* clip = static_cast<CWavSound*>(subject.sound)->clips[0];
+    if (!clip) return;
+    sample = new SampleBox(win, workspace, clip, subject.alive, !subject.sound->reserved);
+    in->addControl(sample);
 }
 
 void SoundContent::buildModulators(CGroup* in, const Subject& subject) {
@@ -101,6 +118,10 @@ void SoundContent::buildModulators(CGroup* in, const Subject& subject) {
         in->addControl(envelope);
         sections.push_back({envelopeSettings(), mod, -1, "", others, subject.alive});
     } else if (number < velocity) {
+        lfo =
+            new LfoView(win, workspace.host()->values.get(), static_cast<CLFO*>(mod), subject.alive,
+                        others, [host = workspace.host()] { return double(host->tempoNow); });
+        in->addControl(lfo);
         sections.push_back({lfoSettings(), mod, -1, "", others, subject.alive});
     }
     if (number >= fixedEnvelopes)
@@ -125,6 +146,9 @@ void SoundContent::buildEffects(CGroup* in, const Subject& subject) {
 void SoundContent::clear() {
     modulators = nullptr;
     envelope = nullptr;
+    lfo = nullptr;
+    operators = nullptr;
+    sample = nullptr;
     settings = nullptr;
 }
 
@@ -134,10 +158,15 @@ void SoundContent::arrange(int wide) {
         modulators->fit(wide);
         y = modulators->height;
     }
-    if (envelope) {
-        envelope->setBounds(gap, y, wide - 2 * gap, EnvelopeView::usualHeight);
-        y += EnvelopeView::usualHeight;
-    }
+    const auto put = [&](CCtrl* picture, int high) {
+        picture->setBounds(gap, y, wide - 2 * gap, high);
+        y += high;
+    };
+    if (operators || sample) y += gap;
+    if (envelope) put(envelope, EnvelopeView::usualHeight);
+    if (lfo) put(lfo, LfoView::usualHeight);
+    if (operators) put(operators, OperatorView::usualHeight);
+    if (sample) put(sample, sample->height), sample->resized();
     if (!settings) return;
     settings->setBounds(0, y, settings->width, settings->height);
     settings->fit(wide);
@@ -146,4 +175,7 @@ void SoundContent::arrange(int wide) {
 void SoundContent::refresh() {
     if (settings) settings->refresh();
     if (envelope) envelope->refresh();
+    if (lfo) lfo->refresh();
+    if (operators) operators->refresh();
+    if (sample) sample->refresh();
 }

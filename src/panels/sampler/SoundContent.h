@@ -11,7 +11,10 @@ class CObject;
 class CSound;
 class CWin;
 class EnvelopeView;
+class LfoView;
+class OperatorView;
 class PageRow;
+class SampleBox;
 class SettingPanel;
 class Workspace;
 struct Setting;
@@ -43,6 +46,7 @@ public:
     int modulator() const { return shownModulator; } ///< that is shown, from 0 on
 
 private:
+    void addPicture(CGroup* in, const Subject& subject);
     SettingPanel* addSettings(CGroup* in);
 
     CWin* win;
@@ -50,6 +54,9 @@ private:
     // Of the page that shows; null where it has none.
     PageRow* modulators = nullptr;
     EnvelopeView* envelope = nullptr;
+    LfoView* lfo = nullptr;
+    OperatorView* operators = nullptr;
+    SampleBox* sample = nullptr;
     SettingPanel* settings = nullptr;
     int shownModulator = 0;
 };
