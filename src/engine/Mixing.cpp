@@ -265,7 +265,8 @@ void CComp::fx(int frames) {
 void CComp::mergeAudio(int frames) {
     assert(heldByThread());
     if (!planned) return;
-    for (PlanArrival& arrival : planned->arrivals) arrival.addTo(input(), frames, host->scratch());
+    for (PlanArrival& arrival : planned->arrivals)
+        if (!arrival.outside) arrival.addTo(input(), frames, host->scratch());
 }
 
 namespace {

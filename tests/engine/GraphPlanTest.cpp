@@ -11,9 +11,8 @@ namespace {
 
 constexpr int frames = 16, buses = 3;
 
-/// A random graph with loops, and the same as plain numbers: what arrives at a unit is summed in
-/// the order of its cables and of the strips that send to it, and nobody waits for a unit that is
-/// waiting itself.
+/// A random graph, and the same as plain numbers: what arrives at a unit is summed in
+/// the order of its cables and of the strips that send to it.
 class Net : public StripFixture {
 public:
     explicit Net(unsigned seed) : StripFixture(frames), random(seed) {
@@ -73,10 +72,11 @@ private:
     }
     float beat() const { return float(1 + host->blocks % 7); }
     int pick(int n) { return int(random() % unsigned(n)); }
+    /// Cables lead from one unit to a later one.
     std::pair<size_t, size_t> anyEnds() {
         const size_t from = size_t(pick(int(units.size()) - 1));
-        const bool toOut = pick(3) == 0;
-        return {from, toOut ? units.size() - 1 : size_t(pick(int(units.size())))};
+        const size_t last = units.size() - 1;
+        return {from, pick(3) == 0 ? last : from + 1 + size_t(pick(int(last - from)))};
     }
     void record(CUndo* u, size_t from, size_t to) {
         CComp* c = units[to].comp;

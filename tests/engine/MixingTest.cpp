@@ -205,7 +205,7 @@ TEST(Mixing, SourcesRunOnceHoweverTheyArePulled) {
         f.connectMIDI(from, to);
     }
     a->output()->vol = 0.5f;
-    b->left = [](long) { return 0.0f; };
+    b->output()->vol = 0.0f;
     f.block();
     f.block();
     EXPECT_EQ(a->at, 512);

@@ -327,7 +327,8 @@ TEST(PlanLatency, HostileGraphs) {
         for (const int latency : {1, 2}) t.connect(top, addLateSource(t, left, latency));
         left = top;
     }
-    t.connect(s, left); // and a loop around them all
+    t.connect(s, left); // and a loop around them all, that sound comes into from outside
+    t.connect(t.add(new SignalComp(t.host)), left);
     EXPECT_EQ(sum(), 1 + 40 * 2);
 }
 

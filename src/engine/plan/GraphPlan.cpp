@@ -8,6 +8,7 @@
 #include "engine/Mixing.h"
 #include "engine/plan/GraphWorkers.h"
 #include "engine/plan/PlanBuilder.h"
+#include "engine/plan/PlanLoop.h"
 
 #include <algorithm>
 #include <cassert>
@@ -102,6 +103,7 @@ void GraphPlan::runLate(int frames) {
 }
 
 void GraphPlan::runStep(PlanStep& step, int frames) const {
+    if (step.loop) return step.loop->run(*this, host, frames);
     CComp* c = step.node->comp;
     c->planned = step.node;
     if (step.work & PlanStep::sum)
@@ -114,6 +116,11 @@ void GraphPlan::runStep(PlanStep& step, int frames) const {
         c->mix(frames);
     }
     c->planned = nullptr;
+}
+
+std::span<PlanStep> GraphPlan::stepsWithin(PlanStep& step) {
+    if (!step.loop) return {};
+    return step.loop->steps;
 }
 
 bool GraphPlan::fresh() const {
@@ -167,6 +174,7 @@ SongTime GraphPlans::timeOf(const CComp* comp) const {
         late = comp->planned->latency;
     else if (const PlanInsert* insert = now->latency().insertOf(comp))
         late = insert->at;
+    if (comp->planned) late -= comp->planned->offset;
     return times.before(late, host->framesToTicks(1.0) / double(host->tempoNow));
 }
 
@@ -212,8 +220,9 @@ void GraphPlan::forget(const ForgetSet& gone) {
     const auto end = [&gone](const CAudioCable* cable, PlanFade& fade) {
         if (fade.leaving && gone.has(cable)) fade.left = 0;
     };
-    for (PlanStep& step : steps)
+    eachStep([&](PlanStep& step) {
         for (PlanArrival& sum : step.sums) end(sum.from, sum.fade);
+    });
     for (const auto& node : nodes) {
         for (PlanArrival& arrival : node->arrivals) end(arrival.from, arrival.fade);
         if (node->events) node->events->clear(); // they may be about what goes

@@ -11,12 +11,14 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <vector>
 
 class CComp;
 class CMIDICable;
 class CQV;
 class ForgetSet;
+class PlanLoop;
 
 /// What a part of a song and the plan tell each other.
 struct PartWords {
@@ -51,6 +53,7 @@ public:
     bool fromDevice = false; ///< an audio in, or something that takes in what comes from one
     // In frames, once it has been worked out.
     int latency = 0;     ///< of what arrives
+    int offset = 0;      ///< frames from the begin of the block to that of its piece, in a loop
     int midiLatency = 0; ///< of what leaves its ports
 
     /// Of what stands in its ports when its strips work.
@@ -74,6 +77,7 @@ struct PlanStep {
     std::vector<PlanArrival> sums; ///< of `sum`
     int level = 0; ///< it needs what steps of lower levels make, and nothing of its own level
     WorkTimes times{};
+    std::shared_ptr<PlanLoop> loop{}; ///< all of its work, then
 };
 
 /// How a block is worked out: a list of steps, each behind what it needs. Sums have the order of
@@ -121,9 +125,14 @@ public:
 
 private:
     friend class PlanBuilder;
+    friend class PlanLoop;
     void findOrder();
     void runMeasured(int frames);
     void runStep(PlanStep& step, int frames) const;
+    /// Also of those in loops.
+    template <class F>
+    void eachStep(F&& visit);
+    static std::span<PlanStep> stepsWithin(PlanStep& step);
 
     CQV* host;
     int madeFor; ///< frames
@@ -139,6 +148,14 @@ private:
     bool latencyKnown = false;
     Shared<bool> heard{false}; ///< a block has been worked out, or by a plan before it
 };
+
+template <class F>
+void GraphPlan::eachStep(F&& visit) {
+    for (PlanStep& step : steps) {
+        visit(step);
+        for (PlanStep& inner : stepsWithin(step)) visit(inner);
+    }
+}
 
 /// The plan in force, and the one that a step brings with it.
 class GraphPlans {

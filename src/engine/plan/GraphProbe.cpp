@@ -50,8 +50,11 @@ public:
                     {step.node->comp, shownAs(step.node->comp), step.times.mean, step.times.worst});
         for (const auto& meeting : host->plans->current().latency().all())
             for (const PlanArrival* a : meeting.arrivals)
-                if (a->from && a->origin && delays.size() < delays.capacity())
-                    delays.push_back({a->from, {a->origin->latency, a->delay()}});
+                if (a->from && (a->origin || a->loop) && delays.size() < delays.capacity())
+                    delays.push_back(
+                        {a->from,
+                         {a->origin ? a->origin->latency : 0,
+                          a->loop ? LoopLine::delay : a->delay(), a->loop != nullptr}});
         done.storeRelease(true);
     }
 

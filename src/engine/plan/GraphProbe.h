@@ -18,8 +18,9 @@ public:
     };
     /// Of an audio cable, in frames.
     struct Delay {
-        int path = 0;  ///< latency of what leads to it
-        int added = 0; ///< so that it arrives with what is later
+        int path = 0;      ///< latency of what leads to it
+        int added = 0;     ///< so that it arrives with what is later
+        bool loop = false; ///< it closes a loop, and is late by 64 for that
     };
 
     explicit GraphProbe(CQV* host);

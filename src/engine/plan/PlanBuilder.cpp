@@ -19,14 +19,17 @@ PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted, const GraphPlan* before,
     if (!before) return;
     plan->heard = before->heard.load();
     for (const auto& meeting : before->lateness.all())
-        for (const PlanArrival* arrival : meeting.arrivals) lines[keyOf(*arrival)] = arrival->line;
+        for (const PlanArrival* arrival : meeting.arrivals) {
+            lines[keyOf(*arrival)] = arrival->line;
+            if (arrival->loop) loopLines[arrival->from] = arrival->loop;
+        }
     for (const auto& end : before->lateness.ends()) endLines[end.out->channel] = end.line;
     insertLines = before->lateness.lateInserts();
     for (const auto& node : before->nodes)
         if (node->events) formerEvents[node->comp] = node->events.get();
     if (!plain) return;
     for (const auto& node : before->nodes) former[node->comp] = node.get();
-    for (const PlanStep& step : plain->steps) staying.insert(step.node->comp);
+    for (const auto& node : plain->nodes) staying.insert(node->comp);
 }
 
 const std::vector<CObject*>& PlanBuilder::read(const CList& list) {
@@ -53,16 +56,13 @@ std::unique_ptr<GraphPlan> PlanBuilder::build() {
     comps = contents<CComp>(host->comps);
     buses = contents<CComp>(host->sends);
     place(host).busy = true;
-    std::vector<CComp*> outs, rings;
+    findRings();
+    std::vector<CComp*> outs;
     for (CComp* c : comps)
         if (c->type == compAudioOut) outs.push_back(c);
-    // An out that feeds itself must not be taken before all that arrives at it is there.
-    std::ranges::copy_if(outs, std::back_inserter(rings), [&](CComp* c) { return inRing(c); });
-    for (CComp* out : rings) place(out).busy = true;
     for (const ListKind kind : {listComps, listSends})
         for (CComp* out : outs) takeSources(out, kind);
     for (CComp* out : outs) takeLeaving(out);
-    for (CComp* out : rings) place(out).busy = false;
     for (CComp* c : comps) {
         if (c->type == compMIDIOut) need(c);
         if (c->type == compAudioOut) finishOut(c);
@@ -77,9 +77,11 @@ std::unique_ptr<GraphPlan> PlanBuilder::build() {
 }
 
 void PlanBuilder::takeSources(CComp* out, ListKind kind) {
+    bool& taken = kind == listSends ? place(out).busesTaken : place(out).sourcesTaken;
+    if (std::exchange(taken, true)) return;
     for (const auto* cable : contents<CAudioCable>(out->audioCables)) {
         CComp* from = cable->fromComp;
-        if (from->type == compAudioOut || kindOf(from) != kind) continue;
+        if (from->type == compAudioOut || kindOf(from) != kind || sameRing(from, out)) continue;
         need(from);
         from->planStrip(*this);
         place(out).node->cables.push_back(cable);
@@ -166,24 +168,9 @@ void PlanBuilder::takeLeavingInto(CComp* c) {
     }
 }
 
-bool PlanBuilder::inRing(CComp* out) {
-    std::unordered_set<const CComp*> met;
-    return isBehind(out, out, met, 0);
-}
-
-/// Whether cables lead from `wanted` to `c`.
-bool PlanBuilder::isBehind(CComp* c, const CComp* wanted, std::unordered_set<const CComp*>& met,
-                           int cables) {
-    if (cables == maxPullDepth || !met.insert(c).second) return false;
-    for (const auto* cable : contents<CAudioCable>(c->audioCables))
-        if (cable->fromComp == wanted || isBehind(cable->fromComp, wanted, met, cables + 1))
-            return true;
-    return false;
-}
-
 void PlanBuilder::finishOut(CComp* out) {
     if (place(out).busy) return;
-    if (!place(out).rendered) {
+    if (!place(out).rendered && !ringOf.contains(out)) {
         place(out).busy = true;
         for (const auto* cable : contents<CAudioCable>(out->audioCables)) {
             if (cable->fromComp->type != compAudioOut) continue;
@@ -195,6 +182,10 @@ void PlanBuilder::finishOut(CComp* out) {
         place(out).busy = false;
     }
     need(out);
+    planMaster(out);
+}
+
+void PlanBuilder::planMaster(CComp* out) {
     if (place(out).stripped) return;
     place(out).stripped = true;
     const auto channels = contents<const void>(out->outputs);
@@ -205,6 +196,8 @@ void PlanBuilder::finishOut(CComp* out) {
 
 void PlanBuilder::need(CComp* c) {
     if (place(c).busy || place(c).rendered) return;
+    if (const auto ring = ringOf.find(c); ring != ringOf.end() && !ringOpen)
+        return planRing(rings[ring->second]);
     place(c).busy = true;
     c->planRender(*this);
     place(c).busy = false;
@@ -233,7 +226,11 @@ void PlanBuilder::needAudio(CComp* c) {
     if (++depth <= maxPullDepth) {
         for (const auto* cable : contents<CAudioCable>(c->audioCables)) {
             CComp* from = cable->fromComp;
-            if (!from || place(from).busy) continue;
+            if (!from) continue;
+            if (place(from).busy) {
+                if (sameRing(from, c)) place(c).node->arrivals.push_back(closingOf(c, cable));
+                continue;
+            }
             need(from);
             from->planStrip(*this);
             place(c).node->cables.push_back(cable);
@@ -246,6 +243,7 @@ void PlanBuilder::needAudio(CComp* c) {
 }
 
 void PlanBuilder::listen(CComp* c, const CMIDIQ* port) {
+    if (ringOpen) heardOutside.push_back(port);
     place(c).reads.push_back(port);
 }
 
@@ -342,6 +340,7 @@ void PlanBuilder::linkLatency() {
     PlanLatency& lateness = plan->lateness;
     const auto link = [&](PlanArrival& a) {
         if (a.fade.leaving) return;
+        if (a.loop) return lateness.meetingAt(a.at).arrivals.push_back(&a);
         const CComp* sender = a.sender ? a.sender->comp : nullptr;
         if (a.kind == PlanArrival::cable)
             a.origin = lateness.originOf(a.from->fromChannel);
@@ -354,8 +353,9 @@ void PlanBuilder::linkLatency() {
     };
     for (const auto& node : plan->nodes)
         for (PlanArrival& a : node->arrivals) link(a);
-    for (PlanStep& step : plan->steps)
+    plan->eachStep([&](PlanStep& step) {
         for (PlanArrival& a : step.sums) link(a);
+    });
     for (CComp* c : comps)
         if (const COutputChannel* ch = c->output(); ch && c->type == compAudioOut)
             if (const PlanOrigin* out = lateness.originOf(ch)) lateness.addEnd(out);
@@ -370,6 +370,7 @@ void PlanBuilder::linkLatency() {
                                           ? found->second
                                           : std::make_shared<DelayLine>(plan->heard && known);
                        });
+    linkRings();
     const bool anyLate = lateness.total() > 0;
     for (const auto& meeting : lateness.all())
         if (anyLate) giveLines(meeting);
@@ -435,10 +436,18 @@ PlanStep& PlanBuilder::add(CComp* c, unsigned work, const std::vector<const void
     Place& p = place(c);
     std::vector<const void*> touched = writes;
     touched.push_back(p.node);
+    if (ringOpen) {
+        ringReads.insert(ringReads.end(), p.reads.begin(), p.reads.end());
+        ringWrites.insert(ringWrites.end(), touched.begin(), touched.end());
+        p.reads.clear();
+        plan->steps.push_back({p.node, work, {}, 0});
+        return plan->steps.back();
+    }
     int level = 0;
     for (const void* what : p.reads) level = std::max(level, uses[what].written + 1);
     const bool goesOn = !plan->steps.empty() && plan->steps.back().node == p.node &&
-                        plan->steps.back().level >= level && plan->late != plan->steps.size();
+                        !plan->steps.back().loop && plan->steps.back().level >= level &&
+                        plan->late != plan->steps.size();
     if (goesOn) level = plan->steps.back().level;
     if (!goesOn)
         for (const void* what : touched)

@@ -51,7 +51,8 @@ private:
     struct Place {
         PlanNode* node = nullptr;
         bool busy = false, rendered = false, stripped = false;
-        PlanOrigin* parts = nullptr;    ///< of what its parts give before its strips
+        bool sourcesTaken = false, busesTaken = false; ///< of an audio out
+        PlanOrigin* parts = nullptr;                   ///< of what its parts give before its strips
         std::vector<PlanArrival> sums;  ///< of an audio out: to be added before it works
         std::vector<const void*> reads; ///< of its next step
     };
@@ -71,8 +72,16 @@ private:
     PlanFade fadeOf(CComp* c, const CAudioCable* cable);
     std::vector<const CAudioCable*> leaving(CComp* c);
     ListKind kindOf(CComp* c);
-    bool inRing(CComp* out);
-    bool isBehind(CComp* c, const CComp* wanted, std::unordered_set<const CComp*>& met, int depth);
+    bool sameRing(const CComp* a, const CComp* b) const;
+    void findRings();
+    void planRing(const std::vector<CComp*>& members);
+    void needOutside(const std::vector<CComp*>& members);
+    std::vector<CComp*> ringOrder(const std::vector<CComp*>& members);
+    void planOut(CComp* out);
+    void planMaster(CComp* out);
+    void linkRings();
+    void closeRing(const std::vector<CComp*>& members, size_t firstStep);
+    PlanArrival closingOf(CComp* c, const CAudioCable* cable);
     void finishOut(CComp* out);
     void flushSums(CComp* out);
     void feedBuses(PlanNode* from, PlanArrival::Kind kind);
@@ -104,4 +113,12 @@ private:
     std::unordered_map<const CComp*, Place> places;
     std::unordered_map<const void*, Use> uses;
     int depth = 0;
+
+    /// Components that wait for each other, in the order of the lists; found before all else.
+    std::vector<std::vector<CComp*>> rings;
+    std::unordered_map<const CComp*, size_t> ringOf; ///< of those in one: its number
+    std::map<const CAudioCable*, std::shared_ptr<LoopLine>> loopLines; ///< of the plan before
+    std::vector<const void*> ringReads, ringWrites; ///< of the ring that is being planned
+    bool ringOpen = false;
+    std::vector<const CMIDIQ*> heardOutside; ///< ports of others that its members listen to
 };

@@ -33,6 +33,10 @@ void PlanArrival::addTo(CInputChannel* to, int frames, GraphScratch& scratch) {
         to = from->toChannel;
         if (!to || !from->fromChannel || !from->fromComp->canProcess()) return;
     }
+    if (loop) {
+        loop->read(scratch.arrival.bufL, scratch.arrival.bufR, frames);
+        return addStereo(to, scratch.arrival.bufL, scratch.arrival.bufR, frames, fade);
+    }
     const bool through = !line || line->idle();
     if (line && through) line->skip();
     if (kind == cable) {
@@ -44,11 +48,20 @@ void PlanArrival::addTo(CInputChannel* to, int frames, GraphScratch& scratch) {
     if (!through)
         for (float* side : {room.bufL, room.bufR}) std::fill_n(side, frames, 0.0f);
     CInputChannel* const into = through ? to : &room;
-    if (kind == strips)
-        sender->tap->feed(*sender, channel, bus, into, frames);
-    else
-        sender->comp->sendParts(bus, into, frames);
+    if (carried) {
+        addScaled(into->bufL, carried->bufL, frames, 1.0f);
+        addScaled(into->bufR, carried->bufR, frames, 1.0f);
+    } else {
+        feed(into, frames);
+    }
     if (!through) addLine(*line, room.bufL, room.bufR, to, frames, fade, room);
+}
+
+void PlanArrival::feed(CInputChannel* to, int frames) const {
+    if (kind == strips)
+        sender->tap->feed(*sender, channel, bus, to, frames);
+    else
+        sender->comp->sendParts(bus, to, frames);
 }
 
 int PlanArrival::wait() const {
@@ -184,7 +197,10 @@ void PlanLatency::finishOuts(int frames) {
 void PlanLatency::silence() {
     for (Meeting& m : meetings)
         for (PlanArrival* a : m.arrivals)
-            if (a->line) a->line->clear();
+            if (a->line)
+                a->line->clear();
+            else if (a->loop)
+                a->loop->clear();
     for (const End& end : outs)
         if (end.line) end.line->clear();
     for (const auto& [comp, insert] : byInsert) {

@@ -2,6 +2,7 @@
 
 #include "engine/plan/DelayLine.h"
 #include "engine/plan/EventLine.h"
+#include "engine/plan/LoopLine.h"
 #include "engine/plan/PlanFade.h"
 
 #include <memory>
@@ -45,15 +46,19 @@ struct PlanArrival {
         own,    ///< the sound of a part, beside what it takes in
     };
     Kind kind;
-    const CAudioCable* from = nullptr; ///< for `cable`
-    const PlanNode* sender = nullptr;  ///< for the others
-    int bus = 0, channel = 0;          ///< numbers, for the others
-    PlanFade fade{};                   ///< of a cable
-    PlanNode* at = nullptr;            ///< where it meets others
-    PlanOrigin* origin = nullptr;      ///< null: nothing waits for it
-    std::shared_ptr<DelayLine> line{}; ///< where it waits; null: it never does
+    const CAudioCable* from = nullptr;        ///< for `cable`
+    const PlanNode* sender = nullptr;         ///< for the others
+    int bus = 0, channel = 0;                 ///< numbers, for the others
+    PlanFade fade{};                          ///< of a cable
+    PlanNode* at = nullptr;                   ///< where it meets others
+    PlanOrigin* origin = nullptr;             ///< null: nothing waits for it
+    std::shared_ptr<LoopLine> loop{};         ///< of a cable that closes a loop
+    bool outside = false;                     ///< comes into a loop from outside it
+    std::shared_ptr<CInputChannel> carried{}; ///< what leaves a loop, piece by piece
+    std::shared_ptr<DelayLine> line{};        ///< where it waits; null: it never does
 
     void addTo(CInputChannel* bus, int frames, GraphScratch& scratch);
+    void feed(CInputChannel* to, int frames) const; ///< what is sent to a bus
     int wait() const; ///< frames, for what it meets, once all latencies are known
     int delay() const { return line ? line->delay() : 0; }
 };
