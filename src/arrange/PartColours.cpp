@@ -42,6 +42,7 @@ PartColours partColours(const CPalette& palette, int own, bool heard) {
             header,
             shown(fadeCol(palette.window, mark, outlineShare)),
             shown(mark),
+            shown(fadeCol(body, mark, mutedShare)),
             shown(fadeCol(body, mark, peakShare)),
             textOver(header)};
 }

@@ -8,6 +8,7 @@ struct PartColours {
 
     int body, header, outline;
     int mark; ///< notes, hits, and the body of waves
+    int mute; ///< notes and hits that do not play
     int peak; ///< of waves
     int name; ///< on the header
 };

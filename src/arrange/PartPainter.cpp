@@ -77,8 +77,8 @@ void PartPainter::part(const ArrangeRow& row, CPart* part, bool heard) {
     frame(part, box, header, c);
     CRect room = asRect(box.left, header.bottom + contentGap, box.right, box.bottom - contentGap);
     const double start = double(part->pos) + part->offset;
-    if (part->type == partMIDI) notes(sketches.of(part), start, room, c.mark);
-    if (part->type == partDrum) hits(sketches.of(part), start, room, c.mark);
+    if (part->type == partMIDI) notes(sketches.of(part), start, room, c);
+    if (part->type == partDrum) hits(sketches.of(part), start, room, c);
     if (part->type == partAudio) {
         clips(part, room, c);
         fades(part, room, palette.text);
@@ -126,7 +126,7 @@ void PartPainter::seam(CRect header, int colour) {
 }
 
 /// Notes lie within the range of the part's own keys.
-void PartPainter::notes(const PartSketch& s, double start, CRect room, int colour) {
+void PartPainter::notes(const PartSketch& s, double start, CRect room, const PartColours& c) {
     if (s.marks.empty() || room.height() < 2) return;
     const CRect device = paper.deviceRect(room);
     const int rows = asMax(fewestRows, s.highest - s.lowest + 1);
@@ -146,13 +146,14 @@ void PartPainter::notes(const PartSketch& s, double start, CRect room, int colou
         const int right = asMin(asInt(deviceX(start + m->tick + m->length)), cut.right);
         const int y = device.bottom - asInt((m->row - s.lowest + spare + 1) * rowHeight);
         if (asInt(from) >= device.left || right > device.left)
-            paper.fillDevice(colour, asRect(left, y, asMax(right, left + lineThickness()),
-                                            asMin(y + thick, device.bottom)));
+            paper.fillDevice(m->muted ? c.mute : c.mark,
+                             asRect(left, y, asMax(right, left + lineThickness()),
+                                    asMin(y + thick, device.bottom)));
     }
 }
 
 /// A hit is a diamond in the row of its sound, from the top; where there is no room a dot.
-void PartPainter::hits(const PartSketch& s, double start, CRect room, int colour) {
+void PartPainter::hits(const PartSketch& s, double start, CRect room, const PartColours& c) {
     if (s.marks.empty() || room.height() < 2) return;
     const CRect device = paper.deviceRect(room);
     const CRect cut = intersect(device, askedDevice);
@@ -168,7 +169,7 @@ void PartPainter::hits(const PartSketch& s, double start, CRect room, int colour
         const int y = device.top + asInt((m.row + 0.5) * rowHeight);
         for (int i = -reach; i <= reach; i++) {
             const int half = reach - std::abs(i);
-            paper.fillDevice(colour,
+            paper.fillDevice(m.muted ? c.mute : c.mark,
                              intersect(asRect(x - half, y + i, x + half + 1, y + i + 1), device));
         }
     }
@@ -221,9 +222,9 @@ void PartPainter::takeContent(CPart* part, const Takes& takes, int index, CRect 
     const double start = double(part->pos) + part->offset + take.at;
     room = sizeRect(room, 0, contentGap, 0, -contentGap);
     if (take.notes && take.notes->type == partMIDI)
-        notes(sketches.of(*take.notes), start, room, c.mark);
+        notes(sketches.of(*take.notes), start, room, c);
     else if (take.notes)
-        hits(sketches.of(*take.notes), start, room, c.mark);
+        hits(sketches.of(*take.notes), start, room, c);
     const auto* like = static_cast<const CAudioEvent*>(part->getEvents());
     if (part->type != partAudio || !like) return;
     CAudioEvent clip = *like;

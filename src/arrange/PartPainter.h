@@ -48,8 +48,8 @@ private:
     void frame(const CPart* part, CRect box, CRect header, const PartColours& c);
     void seam(CRect header, int colour);
     static std::array<CStr, 2> kindOf(const Name& n);
-    void notes(const PartSketch& s, double start, CRect room, int colour);
-    void hits(const PartSketch& s, double start, CRect room, int colour);
+    void notes(const PartSketch& s, double start, CRect room, const PartColours& c);
+    void hits(const PartSketch& s, double start, CRect room, const PartColours& c);
     void takeContent(CPart* part, const Takes& takes, int index, CRect room, const PartColours& c);
     void clips(CPart* part, CRect room, const PartColours& c);
     void fades(CPart* part, CRect room, int colour);

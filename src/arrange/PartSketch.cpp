@@ -15,9 +15,12 @@ PartSketch sketch(int type, const CBaseEvent* list) {
         tick += e->delta;
         if (type == partMIDI) {
             const auto* note = static_cast<const CMIDIEvent*>(e);
-            if (noteOn(note->data)) s.marks.push_back({tick, note->length, asByte1(note->data)});
+            if (noteOn(note->data))
+                s.marks.push_back(
+                    {tick, note->length, asByte1(note->data), note->style.muted != 0});
         } else if (type == partDrum) {
-            s.marks.push_back({tick, 0, static_cast<const CDrumEvent*>(e)->sound});
+            const auto* hit = static_cast<const CDrumEvent*>(e);
+            s.marks.push_back({tick, 0, hit->sound, hit->style.muted != 0});
         }
     }
     if (s.marks.empty()) return s;

@@ -13,6 +13,7 @@ struct PartSketch {
         int tick;   ///< from the list's start
         int length; ///< 0 for a hit
         int row;    ///< key or sound
+        bool muted;
     };
     std::vector<Mark> marks;     ///< in order of time
     int lowest = 0, highest = 0; ///< rows, among the marks

@@ -52,8 +52,13 @@ void PixelPaper::fillDevice(int color, CRect device) {
         return graphic->fillRect(color, sizeRect(in, -graphic->originX, -graphic->originY,
                                                  -graphic->originX, -graphic->originY));
     }
-    for (int y = in.top; y < in.bottom; y++)
-        std::fill_n(row(y) + in.left, in.width(), static_cast<uint32_t>(color));
+    const auto value = static_cast<uint32_t>(color);
+    if (in.width() == 1) { // a column of a wave
+        uint32_t* at = row(in.top) + in.left;
+        for (int y = in.top; y < in.bottom; y++, at += perRow) *at = value;
+        return;
+    }
+    for (int y = in.top; y < in.bottom; y++) std::fill_n(row(y) + in.left, in.width(), value);
 }
 
 void PixelPaper::fill(int color, CRect rect) {

@@ -203,6 +203,7 @@ TEST(PartColours, MarksStandOutOnTheirPart) {
             const PartColours c = partColours(palette, own, true);
             EXPECT_GE(contrast(c.mark, c.body), 3.0) << std::hex << own;
             EXPECT_GE(contrast(c.name, c.header), 4.5) << std::hex << own;
+            EXPECT_LT(contrast(c.mute, c.body), contrast(c.mark, c.body)) << std::hex << own;
         }
 }
 
