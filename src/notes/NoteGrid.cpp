@@ -105,7 +105,14 @@ void NoteGrid::paint(CGraphic* g, CRect) {
 
 void NoteGrid::paintGround(CGraphic* g, CRect asked) const {
     const NotePlace place = state.place();
-    drawPianoroll(g, asked, place.rows, state.edit.scrollY, scaleOfSong(place.seq));
+    const SongScales& scales = place.seq->scales;
+    CRect stretch = asked;
+    for (; stretch.left < asked.right; stretch.left = stretch.right) {
+        const double tick = std::max(0.0, state.axis().ticksAt(stretch.left + 1));
+        const int next = scales.nextAfter(tick);
+        stretch.right = asMinMax(state.axis().xOf(next), stretch.left + 1, asked.right);
+        drawPianoroll(g, stretch, place.rows, state.edit.scrollY, scales.at(tick));
+    }
     drawGridLines(g, GridLines(place.seq, state.axis(), asked.left, asked.right, state.shownGrid()),
                   asked);
 }

@@ -151,9 +151,14 @@ void TransformBar::apply() {
     const PartList parts = state.parts();
     const bool all = !anySelected(parts);
     const void* before = state.qv->undoList.last();
+    const auto scaleAt = [seq](const CPart* part) {
+        return [seq, origin = double(part->pos) + part->offset](int tick) {
+            return seq->scales.at(origin + tick);
+        };
+    };
     changeParts(seq, parts, transformShapes()[size_t(kind)].title, [&](CPart* part, CPart* draft) {
         if (all || hasSelectedEvents(draft))
-            transformEvents(draft, kind, values(), {grid, -part->offset, most, scaleOfSong(seq)});
+            transformEvents(draft, kind, values(), {grid, -part->offset, most, scaleAt(part)});
     });
     auto* after = static_cast<CUndo*>(state.qv->undoList.last());
     if (after != before) done = after;

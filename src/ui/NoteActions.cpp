@@ -90,17 +90,20 @@ void splitAtPosition(const HeldNotes& hand) {
 }
 
 void selectOutOfScale(const HeldNotes& hand) {
-    const Scale scale = scaleOfSong(hand.place.seq);
+    const SongScales& scales = hand.place.seq->scales;
     int found = 0;
-    for (CPart* part : hand.parts)
-        for (CBaseEvent* e = part->getEvents(); e; e = e->next) {
+    for (CPart* part : hand.parts) {
+        const double origin = double(part->pos) + part->offset;
+        eachEvent(part->getEvents(), [&](CBaseEvent* e, int tick) {
             const int row = rowOf(part, e);
+            const Scale scale = scales.at(origin + tick);
             const bool wanted = part->type == partMIDI && row >= 0 && !scale.has(row);
             select(e, wanted);
             found += wanted;
-        }
-    hand.workspace.setStatus(!scale.any() ? CStr("The song has no scale")
-                                          : asStr(found) + " out of " + scaleText(scale));
+        });
+    }
+    hand.workspace.setStatus(!scales.any() ? CStr("The song has no scale")
+                                           : asStr(found) + " out of the scale");
 }
 
 constexpr struct {

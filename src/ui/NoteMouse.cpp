@@ -201,14 +201,14 @@ void NoteMouse::glue(CPart* part, const FoundEvent& found) {
     glueEvents(place.seq, {part});
 }
 
-int NoteMouse::inScale(int row) const {
+int NoteMouse::inScale(int row, int own) const {
     if (!place.seq->editorComp->snapsToScale || place.rows.drums()) return row;
-    return scaleOfSong(place.seq).nearest(row);
+    return place.seq->scales.at(songTick(own)).nearest(row);
 }
 
 /// The keys of the chord that is put in over one.
-std::vector<int> NoteMouse::stampRows(int row) const {
-    row = inScale(row);
+std::vector<int> NoteMouse::stampRows(int row, int own) const {
+    row = inScale(row, own);
     const int kind = place.seq->editorComp->chord;
     if (place.rows.drums() || kind < 0 || kind >= int(chordKinds().size())) return {row};
     std::vector<int> keys;
@@ -218,7 +218,7 @@ std::vector<int> NoteMouse::stampRows(int row) const {
 }
 
 void NoteMouse::stamp(CPart* into, int own, int row, int length) {
-    for (const int key : stampRows(row)) {
+    for (const int key : stampRows(row, own)) {
         CBaseEvent* event = place.newEvent(key, length, edit.eventVelocity);
         select(event, true);
         into->addEvent(own, event);
@@ -266,7 +266,7 @@ void NoteMouse::paintRun(CPoint at) {
 
 /// Unless something sounds there.
 void NoteMouse::putInRun(int tick, int row) {
-    const int own = tick - place.part->pos - place.part->offset, first = inScale(row);
+    const int own = tick - place.part->pos - place.part->offset, first = inScale(row, own);
     const int within = tick - place.part->pos;
     if (own < 0 || within < 0 || within >= place.seq->getTicks(place.part)) return;
     if (findEvent(place.part, *place.events, own, first, 0).event) return;
@@ -338,7 +338,8 @@ void NoteMouse::drag(CPoint at, CPoint from, int btn) {
 /// Where the scale holds, the note under the pointer comes to it.
 int NoteMouse::pitched(CPoint at, CPoint from) const {
     const int wanted = settled.pitch + rowAt(at.y) - rowAt(from.y);
-    const int to = wanted == 0 ? 0 : inScale(held.row + wanted) - held.row;
+    const int there = held.tick + delta().ticks;
+    const int to = wanted == 0 ? 0 : inScale(held.row + wanted, there) - held.row;
     return asMinMax(to, range.minPitch, range.maxPitch);
 }
 

@@ -75,8 +75,9 @@ private:
     void paintRun(CPoint at);
     void putInRun(int tick, int row);
     void stamp(CPart* into, int own, int row, int length);
-    std::vector<int> stampRows(int row) const;
-    int inScale(int row) const;
+    // Of a note at a tick of the part's own time.
+    std::vector<int> stampRows(int row, int own) const;
+    int inScale(int row, int own) const;
     int placeStep(CPoint at);
     void split(CPart* part, const FoundEvent& found, CPoint at);
     void glue(CPart* part, const FoundEvent& found);

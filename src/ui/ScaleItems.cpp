@@ -4,6 +4,7 @@
 #include "engine/CQV.h"
 #include "engine/ValueDoor.h"
 #include "gui/controls/CPopup.h"
+#include "sequencer/song/Bars.h"
 #include "sequencer/song/CEditorComp.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/SongValues.h"
@@ -15,15 +16,24 @@ namespace {
 
 constexpr int scaleWidth = 84, chordWidth = 52;
 
-void setScale(CSeq* seq, const Scale& to) {
-    seq->host->values->set(scaleOf(seq), {double(to.root), double(to.kind)});
+/// The start of the bar that plays.
+int barHere(CSeq* seq) {
+    return tickOf(seq, {.bar = barPlace(seq, asInt(seq->getPos())).bar});
 }
+
+/// That which holds at the song's position, with the numbers that tell it.
+struct ScaleHere {
+    StoredValue value;
+    StoredValue::Numbers numbers;
+
+    explicit ScaleHere(CSeq* seq)
+        : value(scaleOf(seq, seq->scales.indexAt(seq->getPos()))), numbers(value.get()) {}
+    void set(CSeq* seq) const { seq->host->values->set(value, numbers); }
+    bool isFirst() const { return value.index == 0; }
+    int from() const { return asInt(numbers[2]); }
+};
 
 } // namespace
-
-Scale scaleOfSong(const CSeq* seq) {
-    return {seq->scaleRoot, seq->scaleKind};
-}
 
 CStr scaleText(const Scale& scale) {
     return scale.any() ? keyName(scale.root) + " " + scaleName(scale.kind) : CStr(scaleName(0));
@@ -38,20 +48,21 @@ CStr chordText(const FoundChord& of) {
 // The scale.
 
 ScaleButton::ScaleButton(CWin* owner, Workspace& space, int l, int t, int h)
-    : SongMenuButton(owner, space, "scale", "The scale of the song: press to choose another",
+    : SongMenuButton(owner, space, "scale",
+                     "The scale at the song's position: press to choose another",
                      asRect(l, t, l + scaleWidth, t + h)) {
 }
 
 void ScaleButton::refresh() {
-    const CSeq* seq = song();
+    CSeq* seq = song();
     if (!seq) return;
     setLit(seq->editorComp->snapsToScale);
-    const CStr now = scaleText(scaleOfSong(seq));
+    const CStr now = scaleText(seq->scales.at(seq->getPos()));
     tell(now, "Scale " + now);
 }
 
 void ScaleButton::fill(CPopup* popup, CSeq* seq) {
-    const Scale scale = scaleOfSong(seq);
+    const Scale scale = seq->scales.at(seq->getPos());
     CPopup* roots = popup->addSub("Root");
     for (int root = 0; root < octaveKeys; root++) {
         CMenuItem* item =
@@ -66,16 +77,54 @@ void ScaleButton::fill(CPopup* popup, CSeq* seq) {
         item->tag = kind;
         item->checked = scale.kind == kind;
     }
+    popup->addSeparator();
+    const ScaleHere here(seq);
+    const auto addChange = [&](const char* title, int tick, void (ScaleButton::*run)(CObject*)) {
+        popup->add(CStr(title) + asStr(barPlace(seq, tick).bar),
+                   new _COnChange<ScaleButton>(this, run));
+    };
+    if (barHere(seq) > here.from() && seq->scales.unused() >= 0)
+        addChange("Another one from bar ", barHere(seq), &ScaleButton::changeAdded);
+    if (!here.isFirst())
+        addChange("None of its own from bar ", here.from(), &ScaleButton::changeDropped);
     addActionItems(popup, workspace, {"scalesnap", "outofscale"});
 }
 
 void ScaleButton::rootChosen(CObject* sender) {
-    if (CSeq* seq = song()) setScale(seq, {chosenTag(sender), seq->scaleKind});
+    CSeq* seq = song();
+    if (!seq) return;
+    ScaleHere here(seq);
+    here.numbers[0] = chosenTag(sender);
+    here.set(seq);
     refresh();
 }
 
 void ScaleButton::kindChosen(CObject* sender) {
-    if (CSeq* seq = song()) setScale(seq, {seq->scaleRoot, chosenTag(sender)});
+    CSeq* seq = song();
+    if (!seq) return;
+    ScaleHere here(seq);
+    here.numbers[1] = chosenTag(sender);
+    here.set(seq);
+    refresh();
+}
+
+/// With the scale that holds there so far.
+void ScaleButton::changeAdded(CObject*) {
+    CSeq* seq = song();
+    const int change = seq ? seq->scales.unused() : -1;
+    if (change < 0) return;
+    StoredValue::Numbers numbers = ScaleHere(seq).numbers;
+    numbers[2] = barHere(seq);
+    seq->host->values->set(scaleOf(seq, change), numbers);
+    refresh();
+}
+
+void ScaleButton::changeDropped(CObject*) {
+    CSeq* seq = song();
+    if (!seq) return;
+    ScaleHere here(seq);
+    here.numbers[2] = SongScales::never;
+    if (!here.isFirst()) here.set(seq);
     refresh();
 }
 

@@ -6,11 +6,11 @@
 
 // The scale of a song and kinds of chords, as views tell and offer them. Interface thread.
 
-Scale scaleOfSong(const CSeq* seq);
 CStr scaleText(const Scale& scale);   ///< "A Minor", "No scale"
 CStr chordText(const FoundChord& of); ///< "Am7", "C/E"; empty for none
 
-/// Tells the song's scale, and offers others in a menu, with what helps to keep to it.
+/// Tells the scale at the song's position, and offers others in a menu, with what helps to keep to
+/// it; from the bar of the position on it can be another one.
 class ScaleButton : public SongMenuButton {
 public:
     ScaleButton(CWin* win, Workspace& workspace, int left, int top, int height);
@@ -20,6 +20,8 @@ private:
     void fill(CPopup* popup, CSeq* seq) override;
     void rootChosen(CObject* sender);
     void kindChosen(CObject* sender);
+    void changeAdded(CObject* sender);
+    void changeDropped(CObject* sender);
 };
 
 /// Tells which chord a drawn note becomes, and offers others.

@@ -119,6 +119,8 @@ void build(SongFileFixture& song) {
     notes->track->locked = notes->track->live = drums->track->recArm = song.seq->punch = 1;
     notes->track->setRowHeight(100);
     song.seq->preRoll = 2;
+    song.seq->scales.changes[3].tick = 3840;
+    song.seq->scales.changes[3].kind = scaleMinor;
     song.seq->progs.add(song.seq->createProgram());
     const GraphHold hold(&song.host);
     dropCables(&song.host, ForgetSet(song.seq)); // those are no blocks of the song

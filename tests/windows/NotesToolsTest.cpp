@@ -170,6 +170,26 @@ TEST_F(NotesTools, TheScaleHelps) {
     EXPECT_TRUE(holds("480:65:240:100* ")) << "the key below, as near as that above";
     click(place(1000, 68), "1", 2);
     EXPECT_TRUE(holds("480:65:240:100 960:67:240:100* "));
+    // Another scale from the bar of the position on, and back.
+    const auto choose = [&](const std::vector<std::string>& keys, const char* text) {
+        focus(scale);
+        inMenu(keys);
+        key("Return");
+        EXPECT_TRUE(pumpUntil([&] { return scale->text == text; })) << text;
+    };
+    host->setPos(barTicks);
+    choose({"Up", "Up", "Up", "Return"}, "C Major");
+    choose({"m", "m", "Return"}, "C Minor");
+    EXPECT_EQ(seq()->scales.at(barTicks - 1).kind, scaleMajor);
+    focus(notes());
+    click(place(1440, 64), "1", 2);
+    EXPECT_TRUE(holds("480:65:240:100 960:67:240:100 1440:63:240:100* "));
+    key("Delete");
+    host->setPos(0);
+    EXPECT_TRUE(pumpUntil([&] { return scale->text == "C Major"; }));
+    host->setPos(barTicks);
+    choose({"Up", "Up", "Up", "Return"}, "C Major");
+    EXPECT_EQ(seq()->scales.at(barTicks).kind, scaleMajor);
     // Chords.
     auto* chord = childOf<CButton>(child<CGroup>("editorbar"), "chord");
     focus(chord);

@@ -17,6 +17,10 @@ public:
           right(prog->rightLocator), span(limitTicks(int64_t(right) - left)) {}
 
     void insert() {
+        eachScale([this](SongScales::Change& c) {
+            if (c.tick >= left)
+                undo->asGrow(seq, c.tick, limitTicks(int64_t(c.tick) + span) - c.tick);
+        });
         eachPart([this](CSongTrack* t, CPart* part) { insertInto(t, part); });
         for (const CList* points : {&prog->tempos, &prog->timesigs})
             for (auto* point : each<CPart>(*points))
@@ -30,6 +34,11 @@ public:
     }
 
     void remove() {
+        eachScale([this](SongScales::Change& c) {
+            if (c.tick < left) return;
+            const int to = c.tick >= right ? c.tick - span : SongScales::never;
+            undo->asGrow(seq, c.tick, to - c.tick);
+        });
         eachPart([this](CSongTrack* t, CPart* part) { removeFrom(t, part); });
         removeFrom(prog->tempos);
         removeFrom(prog->timesigs);
@@ -50,6 +59,12 @@ private:
             for (auto* part : each<CPart>(songTrack->parts)) edit(songTrack, part);
         }
         change.record(undo);
+    }
+
+    template <class F>
+    void eachScale(F edit) {
+        for (SongScales::Change& c : seq->scales.changes)
+            if (&c != seq->scales.changes && c.tick != SongScales::never) edit(c);
     }
 
     void cut(CSongTrack* songTrack, CPart* part, int tick, int gap, int mode) {

@@ -144,7 +144,7 @@ int notBeforeSong(const TimeRange& range, int ticks) {
 }
 
 /// Scales ticks, `from` of which become `to`.
-struct Scale {
+struct TimeScale {
     int64_t from, to;
     int of(int64_t ticks) const {
         return limitTicks(asRound64(double(ticks) * double(to) / double(from)));
@@ -152,7 +152,7 @@ struct Scale {
     int length(int64_t ticks) const { return asMax(of(ticks), 1); }
 };
 
-void stretchEvent(CSeq* seq, CPart* part, const Scale& scale, CBaseEvent* event, int tick) {
+void stretchEvent(CSeq* seq, CPart* part, const TimeScale& scale, CBaseEvent* event, int tick) {
     if (part->type != partAudio) {
         if (int* length = eventLength(part->type, event)) *length = scale.length(*length);
         return;
@@ -164,7 +164,7 @@ void stretchEvent(CSeq* seq, CPart* part, const Scale& scale, CBaseEvent* event,
 }
 
 /// An own copy of a part, with all its time scaled from its start on.
-std::unique_ptr<CPart> stretched(CSeq* seq, CPart* part, const Scale& scale) {
+std::unique_ptr<CPart> stretched(CSeq* seq, CPart* part, const TimeScale& scale) {
     std::unique_ptr<CPart> made = ownCopy(part);
     if (takesOf(made.get())) // they are as they were recorded
         delete made->takes.exchange(nullptr);
@@ -269,7 +269,7 @@ CStr muteRange(CSeq* seq, const TimeRange& range) {
 }
 
 CStr stretchRange(CSeq* seq, const TimeRange& range, int ticks) {
-    const Scale scale{int64_t(range.to) - range.from, asMax(ticks, 1)};
+    const TimeScale scale{int64_t(range.to) - range.from, asMax(ticks, 1)};
     if (scale.from == scale.to) return "";
     if (int64_t(range.from) + scale.to > maxTicks) return songTooLong;
     RangeEdit edit(seq, range);

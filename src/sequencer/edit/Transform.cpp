@@ -228,7 +228,7 @@ void strum(Notes& notes, const TransformValues& v, const TransformScope&) {
 
 void moveDegrees(Notes& notes, const TransformValues& v, const TransformScope& scope) {
     if (notes.front().partType == partDrum) return;
-    for (const Note& n : notes) n.setRow(scope.scale.moved(n.row(), v[0]), scope.topRow);
+    for (const Note& n : notes) n.setRow(scope.scale(n.tick).moved(n.row(), v[0]), scope.topRow);
 }
 
 /// A turn that would leave the keys is none.

@@ -3,6 +3,7 @@
 #include "sequencer/song/Scales.h"
 
 #include <array>
+#include <functional>
 #include <span>
 
 class CPart;
@@ -50,7 +51,7 @@ struct TransformScope {
     int grid = 240;
     int firstTick = 0; ///< in the part's own time
     int topRow = 127;
-    Scale scale{};
+    std::function<Scale(int tick)> scale = [](int) { return Scale(); }; ///< at a note's own tick
 };
 void transformEvents(CPart* draft, int kind, const TransformValues& values,
                      const TransformScope& scope);

@@ -9,6 +9,7 @@
 #include "sequencer/song/CSongTrack.h"
 #include "sequencer/song/CTrack.h"
 #include "sequencer/song/SongOptions.h"
+#include "sequencer/song/SongScales.h"
 #include "sequencer/song/SongSelection.h"
 #include "sequencer/song/StepMarks.h"
 #include "sequencer/song/TempoView.h"
@@ -65,9 +66,8 @@ public:
     /// Takes begin at the left locator, and but for a loop end at the right one.
     Stored<unsigned char> punch{0};
     static constexpr int mostPreRoll = 16;
-    Stored<int> preRoll{0};   ///< bars that a song that stands plays before it records
-    Stored<int> scaleRoot{0}; ///< 0 for C to 11
-    Stored<int> scaleKind{0}; ///< ScaleKind
+    Stored<int> preRoll{0}; ///< bars that a song that stands plays before it records
+    SongScales scales;
 
     explicit CSeq(CQV* root);
     ~CSeq() override;

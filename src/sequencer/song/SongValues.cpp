@@ -155,16 +155,20 @@ const StoredValue::Kind preRoll = {
         song(o)->songNotices.raise(SeqNotice::transport);
     }};
 
-const StoredValue::Kind scale = {
-    "Scale",
-    [](const CObject* o, int) {
-        return Numbers{double(song(o)->scaleRoot), double(song(o)->scaleKind)};
-    },
-    [](CObject* o, int, const Numbers& to) {
-        song(o)->scaleRoot = asMinMax(asInt(to[0]), 0, octaveKeys - 1);
-        song(o)->scaleKind = asMinMax(asInt(to[1]), 0, scaleCount - 1);
-        song(o)->songNotices.raise(SeqNotice::parts);
-    }};
+const StoredValue::Kind scale = {"Scale",
+                                 [](const CObject* o, int index) {
+                                     const SongScales::Change& c = song(o)->scales.changes[index];
+                                     return Numbers{double(c.root), double(c.kind), double(c.tick)};
+                                 },
+                                 [](CObject* o, int index, const Numbers& to) {
+                                     SongScales::Change& c = song(o)->scales.changes[index];
+                                     c.root = asMinMax(asInt(to[0]), 0, octaveKeys - 1);
+                                     c.kind = asMinMax(asInt(to[1]), 0, scaleCount - 1);
+                                     if (index > 0)
+                                         c.tick = to[2] < 0 ? SongScales::never
+                                                            : limitTicks(asInt64(to[2]));
+                                     song(o)->songNotices.raise(SeqNotice::parts);
+                                 }};
 
 } // namespace
 
@@ -226,8 +230,8 @@ StoredValue preRollOf(CSeq* seq) {
     return {&preRoll, seq};
 }
 
-StoredValue scaleOf(CSeq* seq) {
-    return {&scale, seq};
+StoredValue scaleOf(CSeq* seq, int change) {
+    return {&scale, seq, change};
 }
 
 StoredValue optionOf(CSeq* seq, SongOptions::Index index) {

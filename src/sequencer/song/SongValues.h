@@ -32,7 +32,9 @@ StoredValue tempoOf(CTempoPart* point); ///< beats per minute
 StoredValue rampOf(CTempoPart* point);
 StoredValue punchOf(CSeq* seq);   ///< 0 or 1: takes go from the left to the right locator
 StoredValue preRollOf(CSeq* seq); ///< bars, 0 to 16
-StoredValue scaleOf(CSeq* seq);   ///< the root, 0 for C to 11, and a ScaleKind
+/// Of a change of the song's scale: root, ScaleKind, and tick, or SongScales::never to drop it; the
+/// first one keeps to tick 0.
+StoredValue scaleOf(CSeq* seq, int change = 0);
 StoredValue optionOf(CSeq* seq, SongOptions::Index index); ///< a byte
 
 /// Tells the views of the song, if there is one, of a value of what does not know it: a part, a

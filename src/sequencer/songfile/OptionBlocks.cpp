@@ -112,25 +112,58 @@ bool readPreRoll(SongReading& r, int) {
     return true;
 }
 
+void readScaleInto(CStream& in, SongScales::Change& c) {
+    c.root = readLimited(in, 0, octaveKeys - 1);
+    c.kind = readLimited(in, 0, scaleCount - 1);
+}
+
 bool readScale(SongReading& r, int) {
     if (!r.in.has(2 * intBytes)) return false;
-    r.seq->scaleRoot = readLimited(r.in, 0, octaveKeys - 1);
-    r.seq->scaleKind = readLimited(r.in, 0, scaleCount - 1);
+    readScaleInto(r.in, r.seq->scales.changes[0]);
+    return true;
+}
+
+bool readScaleChanges(SongReading& r, int) {
+    for (int i = 1; i < SongScales::most && r.in.has(3 * intBytes); i++) {
+        SongScales::Change& c = r.seq->scales.changes[i];
+        c.tick = limitTicks(asMax(0, r.in.readInt()));
+        readScaleInto(r.in, c);
+    }
     return true;
 }
 
 constexpr SongBlock blocks[] = {
-    {"scale", readScale},        {"punch", readPunch},         {"preRoll", readPreRoll},
-    {"options", readOptions},    {"sync", readSync},           {"mxv", readVoices},
-    {"snap", readSnap},          {"progi", readCurProg},       {"trackPos", readTrackPos},
-    {"editored", readEditor},    {"edopt", readEditorOptions}, {"ed-noteh", readRowHeight},
-    {"editorpp", readEditedPart}};
+    {"scale", readScale},        {"scales", readScaleChanges}, {"punch", readPunch},
+    {"preRoll", readPreRoll},    {"options", readOptions},     {"sync", readSync},
+    {"mxv", readVoices},         {"snap", readSnap},           {"progi", readCurProg},
+    {"trackPos", readTrackPos},  {"editored", readEditor},     {"edopt", readEditorOptions},
+    {"ed-noteh", readRowHeight}, {"editorpp", readEditedPart}};
 
 } // namespace
 
 std::span<const SongBlock> optionBlocks() {
     return blocks;
 }
+
+namespace {
+
+void writeScales(CStream* s, const SongScales& scales) {
+    const SongScales::Change& first = scales.changes[0];
+    if (first.kind != scaleNone) {
+        s->writeId("scale", 2 * intBytes);
+        s->writeInt(first.root);
+        s->writeInt(first.kind);
+    }
+    std::vector<const SongScales::Change*> later;
+    for (const SongScales::Change& c : scales.changes)
+        if (&c != &first && c.tick != SongScales::never) later.push_back(&c);
+    if (later.empty()) return;
+    s->writeId("scales", int(later.size()) * 3 * intBytes);
+    for (const SongScales::Change* c : later)
+        for (const int value : {c->tick.load(), c->root.load(), c->kind.load()}) s->writeInt(value);
+}
+
+} // namespace
 
 void writeOptions(SongWriting& w) {
     CStream* s = w.out;
@@ -145,10 +178,7 @@ void writeOptions(SongWriting& w) {
     s->writeInt(snap.asIndex());
     if (w.seq->punch) writeIntBlock(s, "punch", 1);
     if (w.seq->preRoll) writeIntBlock(s, "preRoll", w.seq->preRoll);
-    if (w.seq->scaleKind == scaleNone) return;
-    s->writeId("scale", 2 * intBytes);
-    s->writeInt(w.seq->scaleRoot);
-    s->writeInt(w.seq->scaleKind);
+    writeScales(s, w.seq->scales);
 }
 
 void writeEditor(SongWriting& w) {
