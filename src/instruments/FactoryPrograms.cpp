@@ -8,6 +8,7 @@
 #include "instruments/COSCSound.h"
 #include "instruments/CSynthProg.h"
 #include "instruments/FactoryTable.h"
+#include "instruments/ProgramKnobs.h"
 
 #include <cmath>
 
@@ -15,8 +16,8 @@ using namespace factory;
 
 namespace {
 
-constexpr int modEnvelope = 2; ///< the envelope that moves what a patch wants moved
-constexpr int velCutoffSlot = 2, velFreeSlot = 3;
+constexpr int modEnvelope = 2; ///< the first that moves what a patch wants moved
+constexpr int velFeedSlot = 1, velCutoffSlot = 2, velPhaseModSlot = 3;
 
 /// The setting of an envelope time.
 float asSetting(float ms) {
@@ -80,7 +81,30 @@ void setInserts(CSound& s, const Patch& p) {
     }
 }
 
+void setModEnvelope(CEnv& e, const ModEnv& row) {
+    if (row.target == targetNone) return;
+    setEnvelope(e, row.env);
+    e.setSlot(0, row.target, row.amount);
+}
+
+void setVelocity(CVel& v, const Patch& p) {
+    v.params[0].amount = p.velVolume;
+    v.params[velCutoffSlot].amount = p.velCutoff;
+    if (p.velPhaseMod > 0.0f) v.setSlot(velPhaseModSlot, targetPhaseMod, p.velPhaseMod);
+    if (p.velFeed > 0.0f) v.setSlot(velFeedSlot, targetFeed1, p.velFeed);
+}
+
+void setZone(CSound& s, const Patch& p) {
+    s.lowKey = p.lowKey;
+    s.hiKey = p.hiKey;
+    s.lowVel = p.lowVel;
+    s.hiVel = p.hiVel;
+    s.group = static_cast<unsigned char>(p.group);
+    s.bendRange = p.bend;
+}
+
 void setPatch(COSCSound& s, const Patch& p) {
+    s.id = p.name;
     setOperators(s, p.osc);
     s.pan = p.pan;
     s.coarse = p.coarse;
@@ -93,15 +117,12 @@ void setPatch(COSCSound& s, const Patch& p) {
     s.glide = p.glide;
     setEnvelope(*s.envelope[0], p.amp);
     setEnvelope(*s.envelope[1], p.filterEnv);
-    if (p.mod.target != targetNone) {
-        setEnvelope(*s.envelope[modEnvelope], p.mod.env);
-        s.envelope[modEnvelope]->setSlot(0, p.mod.target, p.mod.amount);
-    }
+    setModEnvelope(*s.envelope[modEnvelope], p.mod);
+    setModEnvelope(*s.envelope[modEnvelope + 1], p.mod2);
     for (int i = 0; i < lfoCount; i++)
         if (p.lfos[i].target != targetNone) setLfo(*s.lfo[i], p.lfos[i]);
-    s.vel->params[0].amount = p.velVolume;
-    s.vel->params[velCutoffSlot].amount = p.velCutoff;
-    if (p.velPhaseMod > 0.0f) s.vel->setSlot(velFreeSlot, targetPhaseMod, p.velPhaseMod);
+    setVelocity(*s.vel, p);
+    setZone(s, p);
     s.sends[0] = p.reverb;
     s.sends[1] = p.delay;
     setInserts(s, p);
@@ -121,6 +142,14 @@ const char* factoryName(int index) {
     return programs[index].name;
 }
 
+const char* factoryFamily(int index) {
+    return programs[index].family;
+}
+
+const char* factoryWords(int index) {
+    return programs[index].words;
+}
+
 CSynthProg* buildFactoryProg(CQV* host, CSampler* sampler, int index) {
     return buildProgram(host, sampler, programs[index]);
 }
@@ -128,14 +157,18 @@ CSynthProg* buildFactoryProg(CQV* host, CSampler* sampler, int index) {
 CSynthProg* factory::buildProgram(CQV* host, CSampler* sampler, const Program& row) {
     auto* prog = new CSynthProg(host, sampler);
     prog->id = row.name;
+    prog->family = row.family;
+    prog->words = row.words;
     CLayer* layer = prog->addLayer();
     for (const Patch& patch : row.patches) {
         auto* sound = new COSCSound(layer, host);
         setPatch(*sound, patch);
+        mapControllers(*sound);
         sound->setVolume(patch.volume * row.level);
         layer->addSound(sound);
     }
     layer->sound = static_cast<CSound*>(layer->sounds.getFirst());
+    nameMacros(*prog);
     prog->reverb()->setSize(row.reverbMs);
     setEcho(*prog->delay(), row.echo);
     return prog;

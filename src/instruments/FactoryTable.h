@@ -15,6 +15,9 @@ struct Env {
     float initial = 0.0f, attackCurve = 0.0f, decayCurve = 0.0f;
 };
 
+/// Of the volume by the velocity: 19 dB from 20 to 127.
+constexpr float usualVelocity = 0.78f;
+
 /// The operators: see COSCSound.
 struct Osc {
     float feed = 0.0f;
@@ -35,10 +38,10 @@ struct Lfo {
     int wave = 1; ///< LfoWave, the triangle
     int delay = 0;
     int restart = restartPoly;
-    int beatDiv = 0; ///< above 0: that many cycles a beat
+    int beatDiv = 0; ///< above 0: that many cycles a beat, locked to the tempo
 };
 
-/// A third envelope and what it moves. Its release of 5000 ms holds it after the note.
+/// A further envelope and what it moves. Its release of 5000 ms holds it after the note.
 struct ModEnv {
     int target = targetNone;
     float amount = 0.0f;
@@ -55,7 +58,9 @@ struct Phaser {
     float hz = 0.2f, feedback = 0.5f, low = 300.0f, high = 4000.0f, phase = 60.0f;
 };
 
+/// One sound of a program.
 struct Patch {
+    const char* name = "Tone"; ///< names the knob of its level
     float volume = 1.0f, pan = 0.0f;
     Osc osc = {};
     float coarse = 0.0f, fine = 0.0f;
@@ -65,12 +70,14 @@ struct Patch {
     int glide = 0;
     Env amp = {};
     Env filterEnv = {.release = 5000.0f};
-    ModEnv mod = {};
+    ModEnv mod = {}, mod2 = {};
     Lfo lfos[lfoCount] = {};
-    float velVolume = 0.0f, velCutoff = 0.0f, velPhaseMod = 0.0f;
+    float velVolume = usualVelocity, velCutoff = 0.0f, velPhaseMod = 0.0f, velFeed = 0.0f;
     float reverb = 0.0f, delay = 0.0f; ///< send levels
     Chorus chorus = {};
     Phaser phaser = {};
+    int lowKey = 0, hiKey = 127, lowVel = 0, hiVel = 127, group = 0;
+    int bend = 12; ///< semitones
 };
 
 /// The echo of a program in beats, `mul` / `div` on each side.
@@ -81,6 +88,8 @@ struct Echo {
 
 struct Program {
     const char* name;
+    const char* family; ///< its category
+    const char* words;  ///< to look for it by
     std::span<const Patch> patches;
     float level = 1.0f; ///< of all volumes: makes the programs alike in loudness
     int reverbMs = 2000;

@@ -104,14 +104,14 @@ double peakOf(const Sound& s) {
     return decibels(double(peak) * double(peak));
 }
 
-/// The most by which the share above 1 kHz grows, in the attack or in what follows.
+/// The most by which the share above 1 or 3 kHz grows, in the attack or in what follows.
 double colourOf(const Sound& soft, const Sound& loud) {
     double most = 0.0;
-    for (const double from : {0.0, 0.1}) {
-        const double growth =
-            shareAbove(loud, 1000.0, from, 0.4) - shareAbove(soft, 1000.0, from, 0.4);
-        if (std::fabs(growth) > std::fabs(most)) most = growth;
-    }
+    for (const double hz : {1000.0, 3000.0})
+        for (const double from : {0.0, 0.1}) {
+            const double growth = shareAbove(loud, hz, from, 0.4) - shareAbove(soft, hz, from, 0.4);
+            if (std::fabs(growth) > std::fabs(most)) most = growth;
+        }
     return most;
 }
 

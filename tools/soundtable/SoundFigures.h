@@ -49,7 +49,7 @@ struct Figures {
     double worstDc = 0.0;                    ///< dB of the signal, the worst from C2 to C7
     double above2k = 0.0, above5k = 0.0;     ///< dB of the signal, C4
     double velocitySpan = 0.0;               ///< dB from velocity 20 to 127
-    double velocityColour = 0.0;             ///< dB that the share above 1 kHz grows by then
+    double velocityColour = 0.0;             ///< dB that the share above 1 or 3 kHz grows by then
     double range = 0.0;                      ///< dB between loudest and softest octave
     double width = 0.0;                      ///< dB of the difference of both sides to their sum
     int voices = 0;                          ///< of one note; 0 unknown
