@@ -3,6 +3,6 @@
 class CSampler;
 class CSynthProg;
 
-/// A drum kit out of synthesizer sounds on the keys of General MIDI, 27 to 87. The program is owned
-/// by the caller, who adds it to `sampler`. Interface thread.
+/// A new program with the built-in kit on the keys 27 to 87 of General MIDI, owned by the caller:
+/// the clips of `loadResource` where there are some, which come to the sampler, synthesis else.
 CSynthProg* synthDrumKit(CSampler* sampler);

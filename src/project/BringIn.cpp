@@ -5,6 +5,7 @@
 #include "engine/CQV.h"
 #include "project/Arrivals.h"
 #include "project/NewTracks.h"
+#include "project/SongSends.h"
 #include "project/SongSounds.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/Templates.h"
@@ -83,8 +84,10 @@ void link(CSeq* seq, const Arrivals& arrivals, const CStr& title) {
             if (arrival->hasTime() == time) arrival->link(tracks, step);
             midi = midi || songFileOf(arrival->path) == SongFile::midi;
         }
-    if (midi) giveSounds(seq, step);
+    SongSends sends(host, step);
+    if (midi) giveSounds(seq, step, sends);
     host->undoEnd(step, true);
+    sends.settle();
     host->updatePeaks();
     if (midi && begins && hasContent(seq->getProg())) frameSong(seq);
 }

@@ -6,7 +6,10 @@
 #include "engine/MidiBytes.h"
 #include "instruments/CSampler.h"
 #include "instruments/CSynthProg.h"
+#include "instruments/SoundSet.h"
 #include "instruments/SynthDrums.h"
+#include "project/ChannelMix.h"
+#include "project/SongSends.h"
 #include "sequencer/edit/Pending.h"
 #include "sequencer/midi/MidiImport.h"
 #include "sequencer/song/CSeq.h"
@@ -31,7 +34,6 @@ CSampler* link(std::unique_ptr<CSampler> made, CSeq* seq, CTrack* track, CUndo* 
 
 /// The program that a part asks for first, -1 when it asks for none.
 int firstProgram(CPart* part) {
-    if (part->type != partMIDI) return -1;
     for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
         const int data = static_cast<const CMIDIEvent*>(e)->data;
         if (statusByte(data) == midiProgram) return asByte1(data);
@@ -72,40 +74,86 @@ bool feedsInStep(CTrack* track, CUndo* undo) {
     return false;
 }
 
-/// Gives a track an instrument if a step brings notes to it that would reach nothing; else null.
-CSampler* giveSound(CSeq* seq, CSongTrack* songTrack, int factory, CUndo* undo) {
-    CTrack* track = songTrack->track;
-    bool notes = false;
-    int program = -1;
-    eachPending<CPart>(undo, &songTrack->parts, [&](CPart* part) {
-        notes = notes || hasNotes(part);
-        if (program < 0) program = firstProgram(part);
-    });
-    if (!notes || feedsAnything(track) || feedsInStep(track, undo)) return nullptr;
-    if (factory >= 0) return addSynthesizer(seq, track, factory, undo);
-    if (track->channel == drumChannel) return addSynthDrums(seq, track, undo);
-    return addSynthesizer(seq, track, std::max(0, program), undo);
-}
+/// What comes to the tracks of a song with a step.
+class Sounding {
+public:
+    Sounding(CSeq* song, int program, const CStr& setFolder, CUndo* step, SongSends& buses)
+        : seq(song), factory(program), set(listSoundSet(setFolder)), undo(step), sends(buses) {}
 
-std::vector<CSampler*> makeInstruments(CSeq* seq, int factory, CUndo* undo) {
-    std::vector<CSampler*> instruments;
-    for (CSongTrack* songTrack : songTracks(seq, undo))
-        if (CSampler* made = giveSound(seq, songTrack, factory, undo)) instruments.push_back(made);
-    return instruments;
-}
+    void giveAll() {
+        for (CSongTrack* songTrack : songTracks(seq, undo)) collect(songTrack);
+        const float headroom = headroomOf(wanting.size());
+        if (factory >= 0) {
+            for (const Wanting& w : wanting)
+                setStrip(addSynthesizer(seq, w.track, factory, undo), headroom, 0.0f);
+            return;
+        }
+        for (const Wanting& w : wanting) {
+            CSampler* instrument = instrumentFor(w.track, w.program);
+            playDry(instrument);
+            w.mix.apply(instrument, w.track, headroom, undo);
+            sends.send(instrument, w.mix.reverb, w.mix.chorus);
+        }
+    }
 
-/// Leaves room for many instruments that sound together: their power adds up, so each gets the root
-/// of its share. The fader counts squared.
-void setLevels(const std::vector<CSampler*>& instruments) {
-    const float fader = std::pow(float(instruments.size()), -0.25f);
-    for (CSampler* s : instruments) setStrip(s, fader, 0.0f);
-}
+private:
+    /// A track that gets an instrument, and what its parts tell about it.
+    struct Wanting {
+        CTrack* track;
+        int program;
+        ChannelMix mix;
+    };
 
-/// Turns the send effects off: a hall per instrument would cost more than the notes.
-void playDry(const std::vector<CSampler*>& instruments) {
-    for (CSampler* s : instruments)
+    /// Whether the step brings notes to the track that would reach nothing.
+    void collect(CSongTrack* songTrack) {
+        CTrack* track = songTrack->track;
+        std::vector<CPart*> parts;
+        bool notes = false;
+        int program = -1;
+        eachPending<CPart>(undo, &songTrack->parts, [&](CPart* part) {
+            if (part->type != partMIDI) return;
+            parts.push_back(part);
+            notes = notes || hasNotes(part);
+            if (program < 0) program = firstProgram(part);
+        });
+        if (!notes || feedsAnything(track) || feedsInStep(track, undo)) return;
+        wanting.push_back({track, std::max(0, program), ChannelMix(parts)});
+    }
+
+    CSampler* instrumentFor(CTrack* track, int program) {
+        if (track->channel == drumChannel) return addSynthDrums(seq, track, undo);
+        for (const SetProgram& p : set)
+            if (p.number == program)
+                if (CSampler* read = addSetProgram(track, p)) return read;
+        return addSynthesizer(seq, track, program, undo);
+    }
+
+    CSampler* addSetProgram(CTrack* track, const SetProgram& program) {
+        auto sampler = std::make_unique<CSampler>(seq->host);
+        sampler->createChannels();
+        if (!readPrograms(sampler.get(), program.path)) return nullptr;
+        sampler->setId(program.name);
+        return link(std::move(sampler), seq, track, undo);
+    }
+
+    /// Leaves room for many instruments that sound together: their power adds up, so each gets the
+    /// root of its share. The fader counts squared.
+    static float headroomOf(size_t instruments) {
+        return std::pow(float(std::max<size_t>(1, instruments)), -0.25f);
+    }
+
+    /// Turns the send effects off: all instruments share the halls of the song.
+    static void playDry(CSampler* s) {
         for (const auto& effect : s->getProg()->fx) effect->setEnabled(0);
-}
+    }
+
+    CSeq* seq;
+    int factory;
+    std::vector<SetProgram> set;
+    CUndo* undo;
+    SongSends& sends;
+    std::vector<Wanting> wanting;
+};
 
 MidiSongResult resultOf(MidiImport import) {
     switch (import) {
@@ -173,21 +221,29 @@ MidiSongResult addMidiFile(CSeq* seq, const CStr& path, CSongTrack* onto, int ti
     return resultOf(openMIDIFile(seq, onto, path, step, tick, way));
 }
 
-bool giveSounds(CSeq* seq, CUndo* step, int factory) {
-    const std::vector<CSampler*> instruments = makeInstruments(seq, factory, step);
-    setLevels(instruments);
-    if (factory < 0) playDry(instruments);
+bool giveSounds(CSeq* seq, CUndo* step, SongSends& sends, int factory, const CStr& setFolder) {
+    Sounding(seq, factory, setFolder, step, sends).giveAll();
     return bringsNotes(seq, step);
 }
 
-MidiSongResult openMidiSong(CSeq* seq, const CStr& path, int factory) {
+bool giveSounds(CSeq* seq, CUndo* step, SongSends& sends) {
+    return giveSounds(seq, step, sends, -1, soundSetFolder());
+}
+
+MidiSongResult openMidiSong(CSeq* seq, const CStr& path, int factory, const CStr& setFolder) {
     CQV* host = seq->host;
     CSeqProg* prog = seq->getProg();
     const bool begins = !hasContent(prog);
     CUndo* step = host->undoStart("Import", seq, {.graph = true, .song = true});
     const MidiSongResult result = addMidiFile(seq, path, nullptr, 0, {MidiTracks::byChannel}, step);
-    const bool notes = giveSounds(seq, step, factory);
+    SongSends sends(host, step);
+    const bool notes = giveSounds(seq, step, sends, factory, setFolder);
     host->undoEnd(step, true);
+    sends.settle();
     if (begins && hasContent(prog)) frameSong(seq);
     return result == MidiSongResult::good && !notes ? MidiSongResult::silent : result;
+}
+
+MidiSongResult openMidiSong(CSeq* seq, const CStr& path, int factory) {
+    return openMidiSong(seq, path, factory, soundSetFolder());
 }

@@ -89,7 +89,9 @@ TEST(FactoryPrograms, KeepTheFiguresOfTheirTable) {
     std::vector<soundtable::Figures> bank;
     for (int p = 0; p < factoryCount; p++) {
         int voices = 0;
-        const auto sounds = soundtable::playProbe(host.host, buildFactoryProg, p, voices);
+        const auto sounds = soundtable::playProbe(
+            host.host, [&](CQV* root, CSampler* s) { return buildFactoryProg(root, s, p); },
+            voices);
         bank.push_back(soundtable::measure(factoryName(p), sounds));
         EXPECT_LE(voices, 3) << factoryName(p);
     }

@@ -11,7 +11,9 @@ namespace soundtable {
 
 constexpr int probeRate = 44100;
 
-/// One place of the row. Key 0 stands for the chord of C4, E4 and G4.
+constexpr int chordKey = -1; ///< stands for C4, E4 and G4 together
+
+/// One place of the row.
 struct ProbeNote {
     int key, velocity;
 };
@@ -26,7 +28,7 @@ constexpr std::array<ProbeNote, 11> probeNotes = {{{36, 100},
                                                    {60, 20},
                                                    {60, 64},
                                                    {60, 127},
-                                                   {0, 100},
+                                                   {chordKey, 100},
                                                    {48, 127}}};
 constexpr int probeOctaves = 6, probeC3 = 1, probeC4 = 2, probeSoft = 6, probeLoud = 8,
               probeChord = 9;

@@ -13,18 +13,17 @@ namespace {
 
 /// A sampler that hangs nowhere, with one program.
 struct Player {
-    Player(CQV* root, CSynthProg* (*make)(CQV*, CSampler*, int), int index)
-        : host(root), sampler(root) {
+    Player(CQV* root, const MakeProgram& make) : host(root), sampler(root) {
         sampler.createChannels();
         sampler.createBuffers(host->frames);
         sampler.setRate(double(host->rate));
         sampler.listKind = listComps;
-        sampler.progs.add(make(host, &sampler, index));
+        sampler.progs.add(make(host, &sampler));
     }
 
     void send(int status, const ProbeNote& note) {
         const int velocity = status == midiNoteOn ? note.velocity : 0;
-        if (note.key != 0) {
+        if (note.key != chordKey) {
             sampler.inPort()->addMidiEvent(0, asData(status, note.key, velocity));
             return;
         }
@@ -41,8 +40,12 @@ struct Player {
     CSampler sampler;
 };
 
-Sound playNote(Player& player, const ProbeNote& note, int& voices) {
-    const int block = player.host->frames;
+} // namespace
+
+Sound playNote(CQV* host, const MakeProgram& make, const ProbeNote& note, int& voices) {
+    const GraphHold hold(host);
+    Player player(host, make);
+    const int block = host->frames;
     const auto blocksOf = [&](double seconds) { return int(seconds * probeRate / block); };
     Sound sound;
     const int release = blocksOf(heldSeconds), blocks = blocksOf(noteSeconds);
@@ -59,15 +62,11 @@ Sound playNote(Player& player, const ProbeNote& note, int& voices) {
     return sound;
 }
 
-} // namespace
-
-std::vector<Sound> playProbe(CQV* host, MakeProgram make, int index, int& voices) {
-    const GraphHold hold(host);
+std::vector<Sound> playProbe(CQV* host, const MakeProgram& make, int& voices) {
     std::vector<Sound> sounds;
     for (size_t i = 0; i < probeNotes.size(); i++) {
-        Player player(host, make, index);
         int used = 0;
-        sounds.push_back(playNote(player, probeNotes[i], used));
+        sounds.push_back(playNote(host, make, probeNotes[i], used));
         if (int(i) == probeC4) voices = used;
     }
     return sounds;

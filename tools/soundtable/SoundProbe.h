@@ -2,17 +2,23 @@
 
 #include "tools/soundtable/SoundFigures.h"
 
+#include <functional>
+
 class CQV;
-class CSynthProg;
 class CSampler;
+class CSynthProg;
 
 namespace soundtable {
 
 /// Makes a program, owned by the caller, for a sampler.
-using MakeProgram = CSynthProg* (*)(CQV* host, CSampler* sampler, int index);
+using MakeProgram = std::function<CSynthProg*(CQV* host, CSampler* sampler)>;
 
-/// Plays the row of notes on a program, each in a sampler of its own. `voices` becomes the number
-/// that one note takes. The host has the rate of the probe; interface thread.
-std::vector<Sound> playProbe(CQV* host, MakeProgram make, int index, int& voices);
+// The host has the rate of the probe; interface thread.
+
+/// Plays a note in a sampler of its own. `voices` becomes the number that it takes.
+Sound playNote(CQV* host, const MakeProgram& make, const ProbeNote& note, int& voices);
+
+/// Plays the row of notes; `voices` is that of C4.
+std::vector<Sound> playProbe(CQV* host, const MakeProgram& make, int& voices);
 
 } // namespace soundtable

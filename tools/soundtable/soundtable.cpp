@@ -1,5 +1,6 @@
 #include "audiofiles/CSample.h"
 #include "base/Denormals.h"
+#include "data/generalmidi/GeneralMidi.h"
 #include "engine/CQV.h"
 #include "instruments/FactoryPrograms.h"
 #include "tools/soundtable/SoundPicture.h"
@@ -10,23 +11,36 @@
 #include <filesystem>
 #include <memory>
 
-// sondrava-sounds [--picture FILE.svg] factory|FILE.wav...
+// sondrava-sounds [--picture FILE.svg] factory|gm|FILE.wav...
 //
-// Prints a table of what programs sound like. `factory` is the bank of the synthesizer; a WAV file
+// Prints a table of what programs sound like. `factory` is the bank of the synthesizer, `gm` the
+// General MIDI set; a WAV file
 // holds the row of notes of SoundFigures.h, played by anything, one every 2.5 s from its start.
 
 namespace {
 
 using namespace soundtable;
 
-std::vector<Figures> measureFactory(CQV* host) {
-    std::vector<Figures> bank;
-    for (int i = 0; i < factoryCount; i++) {
-        int voices = 0;
-        bank.push_back(measure(factoryName(i), playProbe(host, buildFactoryProg, i, voices)));
-        bank.back().voices = voices;
-    }
-    return bank;
+Figures measureProgram(CQV* host, const char* name, const MakeProgram& make) {
+    int voices = 0;
+    Figures f = measure(name, playProbe(host, make, voices));
+    f.voices = voices;
+    return f;
+}
+
+void measureFactory(CQV* host, std::vector<Figures>& bank) {
+    for (int i = 0; i < factoryCount; i++)
+        bank.push_back(measureProgram(host, factoryName(i), [&](CQV* root, CSampler* sampler) {
+            return buildFactoryProg(root, sampler, i);
+        }));
+}
+
+void measureGeneralMidi(CQV* host, std::vector<Figures>& bank) {
+    for (const gm::Family& family : gm::allFamilies())
+        for (const gm::Program& program : family.programs)
+            bank.push_back(measureProgram(host, program.name, [&](CQV* root, CSampler* sampler) {
+                return gm::buildGmProgram(root, sampler, family, program);
+            }));
 }
 
 /// The notes of a file; empty if it cannot be read.
@@ -65,18 +79,20 @@ void printTable(const std::vector<Figures>& bank) {
 
 int main(int argc, char** argv) {
     flushDenormals();
+    const auto host = std::make_unique<CQV>();
+    qv = host.get();
+    host->settingsEnabled = false;
+    host->setFrames(256);
+    host->setRate(probeRate);
     std::vector<Figures> bank;
     const char* picture = nullptr;
     for (int i = 1; i < argc; i++) {
         if (std::strcmp(argv[i], "--picture") == 0 && i + 1 < argc) {
             picture = argv[++i];
         } else if (std::strcmp(argv[i], "factory") == 0) {
-            const auto host = std::make_unique<CQV>();
-            qv = host.get();
-            host->settingsEnabled = false;
-            host->setFrames(256);
-            host->setRate(probeRate);
-            bank = measureFactory(host.get());
+            measureFactory(host.get(), bank);
+        } else if (std::strcmp(argv[i], "gm") == 0) {
+            measureGeneralMidi(host.get(), bank);
         } else if (const auto sounds = readProbe(argv[i]); !sounds.empty()) {
             bank.push_back(measure(std::filesystem::path(argv[i]).stem().string(), sounds));
         } else {

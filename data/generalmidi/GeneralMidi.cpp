@@ -1,0 +1,82 @@
+#include "data/generalmidi/GeneralMidi.h"
+
+#include "base/CStream.h"
+#include "base/Paths.h"
+#include "instruments/CSampler.h"
+#include "tools/soundtable/SoundProbe.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <string_view>
+
+namespace gm {
+
+namespace {
+
+constexpr double chordLufs = -17.0, lowNoteLufs = -20.0;
+
+factory::Program rowOf(const Family& family, const Program& program, float level) {
+    return {.name = program.name,
+            .family = family.name,
+            .words = program.words,
+            .patches = program.patches,
+            .level = level,
+            .reverbMs = 1800,
+            .echo = {0.4f, 3, 4, 1, 2}};
+}
+
+/// The level that makes the program as loud as told, in hundredths, so that the last digit of a
+/// measurement changes no file.
+float evenLevel(CQV* host, const Family& family, const Program& program) {
+    const bool low = std::string_view(family.name) == "Bass";
+    const auto make = [&](CQV* root, CSampler* owner) {
+        return factory::buildProgram(root, owner, rowOf(family, program, 0.7f));
+    };
+    int voices = 0;
+    const soundtable::ProbeNote note = {low ? 36 : soundtable::chordKey, 100};
+    const double lufs = loudnessOf(soundtable::playNote(host, make, note, voices));
+    const double wanted = 0.7 * std::pow(10.0, ((low ? lowNoteLufs : chordLufs) - lufs) / 40.0);
+    float loudest = 0.0f;
+    for (const Patch& p : program.patches) loudest = std::max(loudest, p.volume);
+    return std::min(std::round(float(wanted) * 100.0f) / 100.0f, 1.0f / loudest);
+}
+
+} // namespace
+
+std::vector<Family> allFamilies() {
+    std::vector<Family> all;
+    for (const auto& some : {keys(), strings(), winds(), synths(), percussion()})
+        all.insert(all.end(), some.begin(), some.end());
+    return all;
+}
+
+CSynthProg* buildGmProgram(CQV* host, CSampler* sampler, const Family& family,
+                           const Program& program) {
+    const float level = evenLevel(host, family, program);
+    return factory::buildProgram(host, sampler, rowOf(family, program, level));
+}
+
+bool writeSoundSet(CQV* host, const CStr& folder) {
+    int number = 0;
+    for (const Family& family : allFamilies()) {
+        const CStr inside = addSep(folder) + family.name;
+        if (!createDir(inside)) return false;
+        for (const Program& program : family.programs) {
+            char name[80];
+            std::snprintf(name, sizeof name, "%03d %s.qvs", ++number, program.name);
+            CSampler sampler(host);
+            const std::unique_ptr<CSynthProg> made(buildGmProgram(host, &sampler, family, program));
+            CMemoryStream out;
+            sampler.writeToStream(&out, made.get());
+            CFileStream file(addSep(inside) + name, 1);
+            if (!file.isOpen() || file.write(out.data, int(out.getPos())) != int(out.getPos()) ||
+                !file.flush())
+                return false;
+        }
+    }
+    return true;
+}
+
+} // namespace gm

@@ -1,0 +1,150 @@
+#include "data/generalmidi/GmPieces.h"
+
+namespace gm {
+
+namespace {
+
+Patches lead(const Osc& osc, float second, float secondCoarse) {
+    return {swaying(held("Lead", 0.9f, osc, 2, 90), 0.14f, 5.6f, 350),
+            swaying(held("Second", second, spread(osc, 0.2f, 0.8f), 3, 90, secondCoarse), 0.14f,
+                    5.6f, 350)};
+}
+
+Patch slow(const char* name, float volume, const Osc& osc, float attack, float coarse = 0.0f) {
+    Patch p = doubled(held(name, volume, osc, attack, 900, coarse), 0.45f, 22, 0.2f, 0.4f);
+    p.reverb = 0.4f;
+    return p;
+}
+
+Patches vowelPad(float band, float attack) {
+    return {swaying(through(slow("Voices", 1.0f, spread(rich(0.92f, 0.4f), 0.4f, 1.0f), attack),
+                            filterBand, band, 0.6f),
+                    0.1f, 4.8f, 300),
+            slow("Air", 0.3f, spread(fm(0.4f, 12), 0.3f, 1.0f), attack * 1.5f, 12)};
+}
+
+// A bell in front, a pad behind.
+Patches bellPad(float ratio, float depth, float decay, float padDepth, float padCoarse) {
+    Patches p = {struck("Bell", 0.7f, spread(fm(depth, ratio), 0.1f), decay, 900, 12),
+                 slow("Pad", 0.7f, spread(fm(padDepth, 12, 0.4f), 0.36f, 1.0f), 320, padCoarse)};
+    p[0].reverb = 0.4f;
+    return p;
+}
+
+Patch wandering(Patch p, float cutoff, float amount, float hz) {
+    p = through(p, filterLow, cutoff, 0.5f);
+    p.lfos[3] = {.target = targetCutoff, .amount = amount, .hz = hz, .wave = lfoSin};
+    return p;
+}
+
+Family leads() {
+    return {"Synth lead",
+            {{"Square lead", "hollow chip", lead(hollow(0.45f), 0.4f, 12)},
+             {"Saw lead", "bright analog", lead(brightSaw(), 0.6f, 0.04f)},
+             {"Calliope",
+              "steam organ whistle",
+              {held("Pipe", 0.9f, spread(fm(0.26f), 0.1f), 25, 90),
+               held("Octave", 0.5f, spread(fm(0.2f), 0.1f), 30, 90, 12),
+               breath("Steam", 0.4f, 0.65f, 0.4f, 120, 0.3f, 10)}},
+             {"Chiff lead",
+              "breath short attack",
+              {held("Tone", 0.9f, spread(hollow(0.36f), 0.1f), 10, 120),
+               struck("Chiff", 0.9f, edge(0.9f), 90, 60, 12), breath("Air", 0.6f, 0.7f, 0.3f, 70)}},
+             {"Charang",
+              "guitar distorted lead",
+              {driven(held("Drive", 0.9f, spread(hollow(0.9f), 0.06f, 0.6f), 2, 120)),
+               held("Saw", 0.5f, spread(brightSaw(), 0.1f, 0.8f), 2, 120, 12)}},
+             {"Voice lead",
+              "vocal solo",
+              {swaying(through(held("Throat", 1.0f, spread(rich(0.9f, 0.5f), 0.06f), 50, 140),
+                               filterBand, 0.36f, 0.6f),
+                       0.16f, 5.2f, 200),
+               held("Tone", 0.5f, fm(0.3f), 50, 140)}},
+             {"Fifths lead",
+              "parallel power",
+              {held("Saw", 0.8f, spread(brightSaw(), 0.1f, 0.7f), 2, 110),
+               held("Fifth", 0.7f, spread(brightSaw(), 0.1f, 0.7f), 2, 110, 7)}},
+             {"Bass and lead",
+              "fat octave",
+              {single(held("Lead", 0.8f, spread(edge(0.8f), 0.08f, 0.6f), 2, 90), 30),
+               single(held("Bass", 0.9f, rich(0.9f, 0.4f), 2, 90, -12), 30)}}}};
+}
+
+Family padsFamily() {
+    return {"Synth pad",
+            {{"New age pad", "bell soft fantasia", bellPad(24, 0.5f, 2400, 0.4f, 0)},
+             {"Warm pad",
+              "analog soft slow",
+              {slow("Saws", 0.9f, spread(rich(0.66f, 0.3f), 0.4f, 1.0f), 420),
+               slow("Ground", 0.5f, fm(0.3f), 380, -12)}},
+             {"Polysynth pad",
+              "analog bright",
+              {slow("Saws", 0.8f, spread(brightSaw(), 0.42f, 1.0f), 60),
+               slow("Pulse", 0.6f, pulsePair(0.3f, 0.5f, 0.9f, 0.3f), 80)}},
+             {"Choir pad", "voices space", vowelPad(0.36f, 260)},
+             {"Bowed pad",
+              "glass rubbed",
+              {slow("Glass", 0.9f, spread(fm(0.42f, 19), 0.2f, 1.0f), 700),
+               slow("Rim", 0.3f, spread(fm(0.5f, 36), 0.3f, 1.0f), 1000)}},
+             {"Metallic pad",
+              "metal shimmer",
+              {slow("Metal", 0.7f, spread(fm(0.66f, 21.35f, 0.3f), 0.2f, 1.0f), 160),
+               slow("Ground", 0.7f, spread(hollow(0.3f), 0.2f, 1.0f), 200)}},
+             {"Halo pad", "voices air high", vowelPad(0.55f, 500)},
+             {"Sweep pad", "filter moving", [] {
+                  Patch p = slow("Saws", 1.0f, pulsePair(0.4f, 0.4f, 0.95f, 0.45f), 300);
+                  p = through(p, filterLow, 1.0f, 0.6f);
+                  p.filterEnv = {.attack = 2200,
+                                 .decay = 2600,
+                                 .sustain = 0.45f,
+                                 .release = hold,
+                                 .initial = 0.2f};
+                  return Patches{p, slow("Ground", 0.4f, fm(0.3f), 300)};
+              }()}}};
+}
+
+Family effects() {
+    Patch drop = struck("Drop", 0.7f, spread(fm(0.4f, 24), 0.1f), 700, 500, 12);
+    drop.delay = 0.5f;
+    Patch echo = struck("Echo", 0.8f, spread(hollow(0.7f), 0.1f), 600, 300);
+    echo.delay = 0.7f;
+    return {"Synth effects",
+            {{"Rain",
+              "drops glass",
+              {drop, slow("Mist", 0.4f, spread(fm(0.5f, 31, 0.5f), 0.4f, 1.0f), 500)}},
+             {"Soundtrack",
+              "film fifth wide",
+              {slow("Saws", 0.8f, spread(rich(0.85f, 0.4f), 0.42f, 1.0f), 380),
+               slow("Fifth", 0.6f, spread(rich(0.8f, 0.4f), 0.4f, 1.0f), 600, 7)}},
+             {"Crystal",
+              "bell ice",
+              {struck("Crystal", 0.8f, spread(fm(0.62f, 33), 0.1f), 2200, 900, 12),
+               struck("Ice", 0.4f, spread(fm(0.5f, 21.4f), 0.2f), 900, 700, 24)}},
+             {"Atmosphere",
+              "guitar pad nylon",
+              {struck("String", 0.8f, spread(rich(0.8f, 0.5f), 0.1f), 1900, 700),
+               slow("Air", 0.6f, spread(rich(0.7f, 0.3f), 0.42f, 1.0f), 450)}},
+             {"Brightness",
+              "shine digital",
+              {struck("Glass", 0.7f, spread(fm(0.7f, 24, 0.5f), 0.14f), 2600, 800),
+               slow("Shine", 0.6f, spread(edge(0.8f), 0.3f, 1.0f), 120)}},
+             {"Goblins",
+              "dark moving",
+              {wandering(slow("Cave", 1.0f, spread(fm(0.7f, 6.2f, 0.5f), 0.5f, 1.0f), 600), 0.7f,
+                         0.6f, 0.6f),
+               slow("Ground", 0.7f, fm(0.4f), 500)}},
+             {"Echoes", "delay drops", {echo, slow("Tail", 0.3f, fm(0.4f, 12), 300)}},
+             {"Sci-fi",
+              "space star theme",
+              {wandering(slow("Saws", 1.0f, pulsePair(0.36f, 0.5f, 0.95f, 0.45f), 120), 0.9f, 0.5f,
+                         3.4f),
+               struck("Star", 0.5f, spread(fm(0.6f, 21.35f), 0.1f), 1500, 900, 24)}}}};
+}
+
+} // namespace
+
+std::vector<Family> synths() {
+    return {leads(), padsFamily(), effects()};
+}
+
+} // namespace gm
