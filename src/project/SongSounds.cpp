@@ -139,7 +139,8 @@ private:
     /// Leaves room for many instruments that sound together: their power adds up, so each gets the
     /// root of its share. The fader counts squared.
     static float headroomOf(size_t instruments) {
-        return std::pow(float(std::max<size_t>(1, instruments)), -0.25f);
+        constexpr float forTheHall = 0.9f;
+        return forTheHall * std::pow(float(std::max<size_t>(1, instruments)), -0.25f);
     }
 
     /// Turns the send effects off: all instruments share the halls of the song.
