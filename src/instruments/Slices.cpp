@@ -166,6 +166,13 @@ void SlicePlan::advance(CVoice* v, int n) const {
     }
 }
 
+float SlicePlan::coefficient(float cutoff) const {
+    const float f = cutoff * cutoff;
+    if (cutScale == 1.0f) return f;
+    const float f4 = f * f * f * f;
+    return std::min(f * cutScale + std::max(0.0f, 1.0f - cutScale) * f4 * f4, 1.0f);
+}
+
 Ramp rampTo(float& value, float target, const SlicePlan& plan, bool jump, int n) {
     if (jump) value = target;
     if (value == target) return {value, 0.0f};
@@ -183,8 +190,7 @@ void StripRamps::begin(CVoice* v, const SlicePlan& plan, int n) {
     const float right = level * (pan >= 0.0f ? pan * 0.5f + 1.0f : pan + 1.0f);
     gainL = rampTo(v->gainL, left, plan, v->first, n);
     gainR = rampTo(v->gainR, right, plan, v->first, n);
-    const float coefficient = cur[targetCutoff] * cur[targetCutoff] * plan.cutScale;
-    cut = rampTo(v->cut2, std::min(coefficient, 1.0f), plan, v->first, n);
+    cut = rampTo(v->cut2, plan.coefficient(cur[targetCutoff]), plan, v->first, n);
     damp = 1.0f - cur[targetQ];
 }
 

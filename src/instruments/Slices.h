@@ -14,11 +14,16 @@ public:
 
     int sliceMax;   ///< frames
     float limit;    ///< most that a ramped value may change in a frame
-    float cutScale; ///< of the filter's coefficient, so that a cutoff is one frequency at all rates
+    float cutScale; ///< 44100 over the rate
     float base[targetCount] = {};
 
     /// `wholeWraps`: the rest of an LFO's cycle is truncated to frames, else rounded.
     SlicePlan(CSound* s, const CVoice* any, float gain, bool wholeWraps);
+
+    /// The filter's coefficient for a cutoff of 0 to 1: its square at 44100 Hz, and at other rates
+    /// so much of it that the cutoff is the same frequency. One that is fully open passes all at
+    /// any rate, and the way there is smooth.
+    float coefficient(float cutoff) const;
 
     /// First step of a slice: loads `s->cur`, and cuts `n` frames so that no modulation event falls
     /// inside. 0 is possible.
