@@ -5,6 +5,7 @@
 #include "common/fx/CCompressor.h"
 #include "common/fx/CDelay.h"
 #include "common/fx/CFilterFX.h"
+#include "common/fx/CGate.h"
 #include "common/fx/CGuitarAmp.h"
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
@@ -30,6 +31,7 @@ constexpr Kind kinds[effectKindCount] = {
     {make<CChorus>, 0.5f, false},     {make<CPhaser>, 0.5f, false},
     {make<CBitcrusher>, 1.0f, false}, {make<CFilterFX>, 1.0f, false},
     {make<CCompressor>, 1.0f, false}, {make<CGuitarAmp>, 1.0f, false},
+    {make<CGate>, 1.0f, false},
 };
 
 /// An effect names itself, so one of each kind is made once.

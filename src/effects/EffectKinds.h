@@ -6,7 +6,7 @@
 constexpr int categoryEffect = 64;
 constexpr int categoryEffectProg = 128;
 
-constexpr int effectKindCount = fxGuitarAmp + 1;
+constexpr int effectKindCount = fxGate + 1;
 
 /// Of a kind that this program can make. Other kinds come from files: each is a plain `CFX`, which
 /// a chain passes over.

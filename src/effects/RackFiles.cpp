@@ -9,6 +9,7 @@
 #include "common/fx/CCompressor.h"
 #include "common/fx/CDelay.h"
 #include "common/fx/CFilterFX.h"
+#include "common/fx/CGate.h"
 #include "common/fx/CGuitarAmp.h"
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
@@ -126,6 +127,15 @@ void settings(Pass&& p, CCompressor& fx) {
     p.setting(fx, &CCompressor::getGain, &CCompressor::setGain);
 }
 
+template <class Pass>
+void settings(Pass&& p, CGate& fx) {
+    p.setting(fx, &CGate::getThreshold, &CGate::setThreshold);
+    p.setting(fx, &CGate::getAttack, &CGate::setAttack);
+    p.setting(fx, &CGate::getHold, &CGate::setHold);
+    p.setting(fx, &CGate::getRelease, &CGate::setRelease);
+    p.setting(fx, &CGate::getRange, &CGate::setRange);
+}
+
 /// All but the second channel's drive, for which there was no room.
 template <class Pass>
 void settings(Pass&& p, CGuitarAmp& fx) {
@@ -167,6 +177,8 @@ void settingsByKind(Pass&& p, CFX& fx) {
         return settings(p, static_cast<CCompressor&>(fx));
     case fxGuitarAmp:
         return settings(p, static_cast<CGuitarAmp&>(fx));
+    case fxGate:
+        return settings(p, static_cast<CGate&>(fx));
     default:
         return;
     }

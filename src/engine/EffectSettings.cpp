@@ -5,6 +5,7 @@
 #include "common/fx/CCompressor.h"
 #include "common/fx/CDelay.h"
 #include "common/fx/CFilterFX.h"
+#include "common/fx/CGate.h"
 #include "common/fx/CGuitarAmp.h"
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
@@ -142,9 +143,18 @@ const Setting amps[] = {
     knob<&Amp::getVolume3, &Amp::setVolume3>("Dirty", "Volume", 0.5),
 };
 
+const Setting gates[] = {
+    power,
+    fieldSetting<&CGate::threshold, -100.0, 0.0>("Level", "Threshold", -40.0, decibelUnit),
+    fieldSetting<&CGate::range, -100.0, 0.0>("Level", "Range", -80.0, decibelUnit),
+    fieldSetting<&CGate::attack, 0.1, 500.0>("Time", "Attack", 1.0, msUnit, Setting::ratio),
+    fieldSetting<&CGate::hold, 0.0, 5000.0>("Time", "Hold", 50.0, msUnit),
+    fieldSetting<&CGate::release, 0.1, 5000.0>("Time", "Release", 100.0, msUnit, Setting::ratio),
+};
+
 /// By kind.
-const Settings tables[] = {delays,      reverbs, choruses,    phasers,
-                           bitcrushers, filters, compressors, amps};
+const Settings tables[] = {delays,  reverbs,     choruses, phasers, bitcrushers,
+                           filters, compressors, amps,     gates};
 
 /// The echo of an instrument, whose files have no room for the last one.
 Settings ofSharedDelay() {

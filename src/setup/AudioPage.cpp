@@ -5,6 +5,7 @@
 #include "engine/CAAM.h"
 #include "engine/CQV.h"
 #include "engine/DeviceChannels.h"
+#include "engine/plan/GraphWorkers.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CDropdown.h"
 #include "gui/controls/CTabs.h"
@@ -14,6 +15,7 @@
 #include "setup/PortList.h"
 #include "ui/DeviceSettings.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <iterator>
 
@@ -36,6 +38,7 @@ AudioPage::AudioPage(CSetupWin* window, CRect place) : SetupPage(window, place),
     addHeading("Device");
     addDevice();
     if (bridge) addStream();
+    addHelpers();
     addRecording();
     addTempFolder();
     if (bridge && bridge->opened) addChannels();
@@ -214,6 +217,23 @@ void AudioPage::applyClicked(CObject*) {
     bridge->needReopen = true;
     applyButton->setLit(false);
     reopened();
+}
+
+/// First as many as there are processors to help, then numbers from 0 on.
+void AudioPage::addHelpers() {
+    const int stored = std::min(iniReadInt(section, "workers", -1), GraphWorkers::most);
+    helpers = addField("Helpers", new CDropdown(win, "workers", 0, 0, numberWidth, fieldHeight));
+    helpers->add("Usual");
+    for (int i = 0; i <= std::max(GraphWorkers::usual(), stored); i++) helpers->add(asStr(i));
+    helpers->setIndex(std::max(stored, -1) + 1);
+    wire(helpers->onChange, new _COnChange<AudioPage>(this, &AudioPage::helpersChanged));
+    addNote("Threads beside the audio thread, usually " + asStr(GraphWorkers::usual()));
+}
+
+void AudioPage::helpersChanged(CObject*) {
+    const int wanted = helpers->index - 1;
+    write(section, "workers", wanted);
+    qv->workers->setCount(wanted < 0 ? GraphWorkers::usual() : wanted);
 }
 
 // Takes.

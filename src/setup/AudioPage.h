@@ -20,6 +20,7 @@ private:
     void addDevice();
     CDropdown* addDeviceList(const char* label, const char* name);
     void addStream();
+    void addHelpers();
     CDropdown* addNumber(const char* label, const char* name, int value, const int* choices,
                          int count);
     void addRecording();
@@ -39,6 +40,7 @@ private:
     void applyClicked(CObject* sender);
     void bitsChanged(CObject* sender);
     void latencyChanged(CObject* sender);
+    void helpersChanged(CObject* sender);
     void tempAudioFolderClicked(CObject* sender);
     void audioInChecked(CObject* sender);
     void audioOutChecked(CObject* sender);
@@ -46,7 +48,8 @@ private:
 
     CAAM* bridge;                                                         ///< null without one
     CDropdown *driver = nullptr, *device = nullptr, *deviceRec = nullptr; ///< null: no choice
-    CDropdown *frames = nullptr, *rate = nullptr, *bits = nullptr;
+    CDropdown *frames = nullptr, *rate = nullptr, *bits = nullptr,
+              *helpers = nullptr;
     CButton* applyButton = nullptr;
     CValue* latency = nullptr;
     CLabel* tempFolder = nullptr;

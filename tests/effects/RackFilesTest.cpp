@@ -35,6 +35,7 @@ std::string everything() {
     f.fx(fxPhaser, 0, 0.7f, 0.8f, 0.5f, 0.25f, 90.0f, 300.0f, 5000.0f);
     f.prog("").prog("Third program").fx(fxBitcrusher, 1, 1, 1, 9, 17);
     f.fx(fxFilter, 1, 1, 1, 2, 0.5f, 0.75f);
+    f.fx(fxGate, 1, 1, 1, -30.0f, 2.0f, 70.0f, 345.0f, -60.0f);
     f.fx(fxCompressor, 0, 1, 1, -30.0f, 0.25f, 12.0f, 345.0f, -3.0f);
     f.fx(fxGuitarAmp, 1, 1, 1, 2, 0.1f, 0.2f, 0.3f, 0.4f, 0.15f, 0.25f, 0.35f, 0.45f, 0.55f, 0.65f,
          0.75f, 0.85f, 0.95f, 0.05f, 0.125f);

@@ -91,7 +91,10 @@ TEST_F(MixerMetersTest, StripsTellWhatTheyCost) {
     auto* busy = new BusyComp(host.get());
     busy->init();
     busy->createBuffers(host->frames);
-    out("a")->inserts.add(busy);
+    {
+        const GraphHold hold(host.get());
+        out("a")->inserts.add(busy);
+    }
     const auto told = [&](const char* name) {
         Description d;
         on(name, "stripload")->describe(d, Accessible::wholeCtrl);

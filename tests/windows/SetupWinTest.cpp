@@ -5,6 +5,7 @@
 #include "engine/CAAM.h"
 #include "engine/Cycle.h"
 #include "engine/DeviceComps.h"
+#include "engine/plan/GraphWorkers.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CDocker.h"
 #include "gui/controls/CDropdown.h"
@@ -349,6 +350,7 @@ TEST_F(SetupWinTest, ChoicesAreWrittenAtOnce) {
         {"Global", "font-size", 4, "options", "font-size", "11"},
         {"Global", "scale", 3, "options", "scale", "150"},
         {"Global", "scale", 0, "options", "scale", "0"},
+        {"Audio", "workers", 1, "audio", "workers", "0"},
         {"Audio", "recbits", 1, "audio", "recbits", "24"}};
     for (const auto& c : cases) {
         openPage(c.page);
@@ -360,6 +362,7 @@ TEST_F(SetupWinTest, ChoicesAreWrittenAtOnce) {
     }
     EXPECT_EQ(host->settings.getInt("rndTrackCol", 0), 1);
     EXPECT_EQ(host->recBits, 24);
+    EXPECT_EQ(host->workers->count(), 0);
     win->pages->closeDocked();
     EXPECT_EQ(win->pages->docker->tabCount(), 1);
     EXPECT_FALSE(win->options().hints.on());

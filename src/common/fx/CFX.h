@@ -12,7 +12,8 @@ enum FxKind {
     fxBitcrusher = 4,
     fxFilter = 5,
     fxCompressor = 6,
-    fxGuitarAmp = 7
+    fxGuitarAmp = 7,
+    fxGate = 8
 };
 
 /// Base of every built-in effect: stereo blocks in, stereo blocks out. A plain one is a
