@@ -133,9 +133,28 @@ void CEffect::subProcess(int frames, int offset) {
     const bool on = enabled;
     const CEffectProg* prog = getProg();
     if (!in || !out || (on && !prog)) return;
-    const bool ran = on && runChain(*prog, frames, offset);
+    const float to = on ? 1.0f : 0.0f;
+    if (heard < 0.0f || !prog) heard = to;
+    const bool fades = heard != to;
+    const bool ran = (on || fades) && prog && runChain(*prog, frames, offset);
+    if (fades && ran) return fade(to, frames, offset);
+    heard = to;
     std::copy_n(ran ? host->scratch().left.data() : in->bufL + offset, frames, out->bufL + offset);
     std::copy_n(ran ? host->scratch().right.data() : in->bufR + offset, frames, out->bufR + offset);
+}
+
+/// What the chain has left takes the place of the input, or gives it back.
+void CEffect::fade(float to, int frames, int offset) {
+    const float step = 1.0f / float(std::max(1, host->framesInMs * PlanFade::ms));
+    const float* left = host->scratch().left.data();
+    const float* right = host->scratch().right.data();
+    const CInputChannel* in = input();
+    const COutputChannel* ch = output();
+    for (int i = 0, at = offset; i < frames; ++i, ++at) {
+        heard = to > heard ? std::min(heard + step, to) : std::max(heard - step, to);
+        ch->bufL[at] = in->bufL[at] + (left[i] - in->bufL[at]) * heard;
+        ch->bufR[at] = in->bufR[at] + (right[i] - in->bufR[at]) * heard;
+    }
 }
 
 /// Leaves the sound in the first two scratch buffers; false when no effect is on.

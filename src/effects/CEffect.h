@@ -52,6 +52,8 @@ public:
 
     void createIO();
     CEffectProg* getProg(); ///< the current one, or null
+    /// The next block begins as the switch stands, without a fade. Graph holder.
+    void restart() { heard = -1.0f; }
     /// Runs the chain over `frames` frames from `offset` on. Graph holder.
     void subProcess(int frames, int offset);
     /// Whether a parameter event is for this rack.
@@ -80,8 +82,12 @@ public:
 
 private:
     int declaredDelay = 0; ///< that the delay compensation was last asked for
+    /// How much of the chain is heard: 1 on, 0 off, between them while one fades to the other;
+    /// below 0 before the first block.
+    float heard = -1.0f;
 
     template <class F>
     void eachEffect(F&& visit);
+    void fade(float to, int frames, int offset);
     bool runChain(const CEffectProg& prog, int frames, int offset);
 };

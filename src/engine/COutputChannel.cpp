@@ -77,6 +77,16 @@ void passEvents(const CMIDIBytes* events, CMIDIQ* port, const PlanInsert* late, 
     if (line) line->serve(port, frames);
 }
 
+/// Lets an insert that comes or goes take its part of what it stands in the way of.
+void fadeInsert(COutputChannel* out, const CInputChannel* in, PlanFade& fade, int frames) {
+    for (int i = 0; i < frames; ++i) {
+        const float share = fade.at(i);
+        out->bufL[i] = in->bufL[i] + (out->bufL[i] - in->bufL[i]) * share;
+        out->bufR[i] = in->bufR[i] + (out->bufR[i] - in->bufR[i]) * share;
+    }
+    fade.advance(frames);
+}
+
 /// What goes past an insert that is late.
 CInputChannel* delayedDry(const PlanInsert& late, CInputChannel* in, int frames) {
     DelayLine* const line = late.dry.get();
@@ -244,7 +254,13 @@ void COutputChannel::processFX(CMIDIBytes* events, int frames) {
     }
     equalise(frames);
     COutputChannel* src = this;
-    for (auto* insert : each<CComp>(inserts)) runInsert(insert, src, events, frames);
+    const GraphPlan* plan = comp ? &comp->host->plans->current() : nullptr;
+    if (const auto* all = plan && plan->isPassing() ? plan->latency().changing(this) : nullptr) {
+        for (const PlanInsert& insert : *all)
+            if (!insert.fade.over()) runInsert(insert.comp, src, events, frames);
+    } else {
+        for (auto* insert : each<CComp>(inserts)) runInsert(insert, src, events, frames);
+    }
     if (src != this) copyStereo(bufL, bufR, src, frames);
 }
 
@@ -263,13 +279,13 @@ void COutputChannel::runInsert(CComp* insert, COutputChannel*& src, CMIDIBytes* 
     if (!in || !out) return;
     insert->prepare(frames);
     copyStereo(in->bufL, in->bufR, src, frames);
-    const PlanInsert* late =
-        comp ? comp->host->plans->current().latency().insertOf(insert) : nullptr;
+    PlanInsert* late = comp ? comp->host->plans->current().latency().insertOf(insert) : nullptr;
     if (CMIDIQ* port = insert->inPort()) passEvents(events, port, late, frames);
     CInputChannel* const dry = late ? delayedDry(*late, in, frames) : in;
     const float share = fLimit(insert->wet, 0.0f, 1.0f);
     insert->process(frames);
     blendInsert(insert, dry, share, frames);
+    if (late && late->fade.running()) fadeInsert(out, dry, late->fade, frames);
     src = out;
     out->udpatePeaks(frames);
 }

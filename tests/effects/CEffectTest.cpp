@@ -89,7 +89,8 @@ TEST(CEffect, RunsItsChainInOrder) {
     }
 }
 
-/// The power and, of an insert, the wet level move in mid block; an event of another is none.
+/// The power, which fades in 10 ms, and, of an insert, the wet level move in mid block; an event of
+/// another is none.
 TEST(CEffect, EventsAreExactToTheFrame) {
     for (const bool insert : {false, true}) {
         Studio f(insert);
@@ -103,11 +104,14 @@ TEST(CEffect, EventsAreExactToTheFrame) {
                            {150.5, f.rack, paramPower, 0.5f},
                            {220.0, f.rack, paramWet, 7.0f}};
         f.block();
+        const float step = 1.0f / float(10 * f.host->framesInMs);
+        float share = 1.0f;
         for (int i = 0; i < 256; ++i) {
             const bool on = i < 37 || i >= 151;
-            const float wet = !on ? 0.0f : insert && i >= 100 && i < 220 ? 0.25f : 1.0f;
+            share = std::clamp(share + (on ? step : -step), 0.0f, 1.0f);
+            const float wet = share * (insert && i >= 100 && i < 220 ? 0.25f : 1.0f);
             const float x = noise(i), crushed = std::floor(x * 2 + 0.5f) / 2;
-            ASSERT_NEAR(f.heard->output()->bufL[i], crushed * wet + x * (1 - wet), 1e-6) << i;
+            ASSERT_NEAR(f.heard->output()->bufL[i], crushed * wet + x * (1 - wet), 1e-5) << i;
         }
     }
 }

@@ -214,6 +214,58 @@ TEST(GraphPlan, CablesFade) {
     }
 }
 
+/// Inserts that come, go and change places while the graph plays: in straight lines, back and
+/// forth, and a path beside them stays as it is, bit by bit.
+TEST(GraphPlan, InsertsFade) {
+    constexpr float own = 0.5f;
+    StripFixture f(64);
+    SignalComp* source = f.addSignal();
+    source->left = source->right = [](long) { return own; };
+    SignalComp* beside = f.add(new SignalComp(f.host));
+    beside->left = beside->right = [](long at) { return float(at % 97); };
+    auto* group = f.add(new CGroupCh(f.host));
+    f.connect(beside, group);
+    f.connect(group);
+    group->output()->setVol(0.0f, false);
+    group->output()->vol = 0.0f;
+    auto* halves = f.made(new GainComp(f.host, 0.5f));
+    auto* doubles = f.made(new GainComp(f.host, 2.0f, 0.25f));
+    std::vector<float> heard;
+    const auto listen = [&](int blocks) {
+        for (int i = 0; i < blocks; ++i) {
+            f.block(64);
+            const float* got = f.out->output()->bufL;
+            heard.insert(heard.end(), got, got + 64);
+            for (int k = 0; k < 64; ++k)
+                ASSERT_EQ(group->input()->bufL[k], float((beside->at - 64 + k) % 97));
+        }
+    };
+    const auto edit = [&](auto&& record, float wanted) {
+        CUndo* u = f.host->undoStart("Insert", f.host, {.graph = true});
+        record(u);
+        f.host->undoEnd(u, false);
+        listen(10);
+        EXPECT_EQ(heard.back(), wanted);
+    };
+    listen(2);
+    rtReset();
+    CList* const list = &source->output()->inserts;
+    edit([&](CUndo* u) { u->asAdd(halves, list); }, own * 0.5f);
+    edit([&](CUndo* u) { u->asAdd(doubles, list); }, own + 0.25f);
+    edit([&](CUndo* u) { u->asRemove(halves, list); }, own * 2 + 0.25f);
+    f.host->undoClicked();
+    listen(10);
+    EXPECT_EQ(heard.back(), own + 0.25f);
+    f.host->undoClicked();
+    f.host->settle();
+    listen(10);
+    EXPECT_EQ(heard.back(), own * 0.5f);
+    EXPECT_EQ(rtViolations(), 0);
+    const float most = 1.0f / float(f.host->framesInMs * PlanFade::ms);
+    for (size_t i = 1; i < heard.size(); ++i)
+        ASSERT_LE(std::fabs(heard[i] - heard[i - 1]), most) << i;
+}
+
 namespace {
 
 std::atomic<bool> stuck{false}, released{false};

@@ -132,7 +132,8 @@ bool GraphPlan::workOutLatency() {
     return lateness.workOut(host->framesInMs * PlanFade::ms);
 }
 
-bool GraphPlan::hasCablesOf(const GraphPlan& other) const {
+bool GraphPlan::leadsAs(const GraphPlan& other) const {
+    if (!lateness.hasInsertsOf(other.lateness)) return false;
     std::unordered_map<const CComp*, const std::vector<const CAudioCable*>*> others;
     for (const auto& node : other.nodes)
         if (!node->cables.empty()) others[node->comp] = &node->cables;
@@ -157,9 +158,7 @@ void GraphPlans::refresh() {
     assert(host->heldByThread());
     if (now && now->fresh() && !linesWanted) return;
     linesWanted = false;
-    auto made = PlanBuilder(host, PlanLists(), now.get()).build();
-    if (now) host->workers->settle();
-    now = std::move(made);
+    replace();
 }
 
 void GraphPlans::noteTime(int frames) {
@@ -194,7 +193,7 @@ void GraphPlans::prepare(const UndoPlan& step, bool first) {
     next = nullptr; // of a step that did not come to pass: no thread has seen it
     if (now && !now->dependsOn(lists)) return;
     next = PlanBuilder(host, lists, now.get()).build();
-    if (now && !next->hasCablesOf(*now))
+    if (now && !next->leadsAs(*now))
         next = PlanBuilder(host, std::move(lists), now.get(), next.get()).build();
     passing = next->isPassing();
     madeAt = asTimeInMS();
@@ -205,15 +204,23 @@ void GraphPlans::adopt() {
     if (next && next->confirm()) std::swap(now, next);
 }
 
+void GraphPlans::endFades() {
+    if (now->isPassing()) replace();
+}
+
+void GraphPlans::replace() {
+    auto made = PlanBuilder(host, PlanLists(), now.get()).build();
+    if (now) host->workers->settle();
+    now = std::move(made);
+}
+
 void GraphPlans::idle() {
     constexpr int patienceMs = 200; // a step may wait for a block before its fades begin
     if (linesWanted) const GraphHold hold(host); // which makes them at its end
     if (!passing || asTimeInMS() - madeAt < patienceMs) return;
     passing = false;
     const GraphHold hold(host);
-    auto made = PlanBuilder(host, PlanLists(), now.get()).build();
-    host->workers->settle();
-    now = std::move(made);
+    replace();
 }
 
 void GraphPlan::forget(const ForgetSet& gone) {
@@ -223,6 +230,7 @@ void GraphPlan::forget(const ForgetSet& gone) {
     eachStep([&](PlanStep& step) {
         for (PlanArrival& sum : step.sums) end(sum.from, sum.fade);
     });
+    lateness.forget(gone);
     for (const auto& node : nodes) {
         for (PlanArrival& arrival : node->arrivals) end(arrival.from, arrival.fade);
         if (node->events) node->events->clear(); // they may be about what goes

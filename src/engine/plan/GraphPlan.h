@@ -108,8 +108,8 @@ public:
     bool latencyUnknown() const { return !latencyKnown; }
     PlanLatency& latency() { return lateness; }
     const PlanLatency& latency() const { return lateness; }
-    /// Whether the same cables arrive at the same components.
-    bool hasCablesOf(const GraphPlan& other) const;
+    /// Whether the same cables arrive at the same components, and strips have the same inserts.
+    bool leadsAs(const GraphPlan& other) const;
 
     const std::vector<PlanStep>& allSteps() const { return steps; }
     size_t firstLate() const { return late; }  ///< step where `runLate` begins
@@ -173,6 +173,9 @@ public:
     /// Objects are about to be freed: cables among them that leave are not heard any more. Graph
     /// holder.
     void forget(const ForgetSet& gone);
+    /// Puts a plain plan in place of one that fades, at once. A holder of the graph that may
+    /// allocate.
+    void endFades();
     /// Puts a plain plan in place of one whose fades are over. Interface thread, now and then.
     void idle();
     /// Frees what the step has left over, and corrects what could not be foreseen. Interface
@@ -189,6 +192,8 @@ public:
     void followLatency(bool changed);
 
 private:
+    void replace();
+
     CQV* host;
     Shared<int> total{0};
     Shared<bool> linesWanted{false};

@@ -28,6 +28,7 @@ PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted, const GraphPlan* before,
     for (const auto& node : before->nodes)
         if (node->events) formerEvents[node->comp] = node->events.get();
     if (!plain) return;
+    formerLatency = &before->lateness;
     for (const auto& node : before->nodes) former[node->comp] = node.get();
     for (const auto& node : plain->nodes) staying.insert(node->comp);
 }
@@ -295,7 +296,39 @@ void PlanBuilder::makes(CComp* c) {
         if (plan->lateness.originOf(ch)) continue;
         PlanOrigin origin{ch->comp, ch, node, {}};
         for (CComp* insert : contents<CComp>(ch->inserts)) origin.inserts.push_back({insert});
+        fadeInserts(origin);
         plan->lateness.addOrigin(std::move(origin), node);
+    }
+}
+
+/// Those that come rise; those that go stay behind what they stood behind, and fall.
+void PlanBuilder::fadeInserts(PlanOrigin& origin) {
+    const PlanOrigin* before = formerLatency ? formerLatency->originOf(origin.channel) : nullptr;
+    if (!before) return;
+    std::vector<PlanInsert>& all = origin.inserts;
+    const auto sounded = [&](const CComp* comp) {
+        const auto had = std::ranges::find(before->inserts, comp, &PlanInsert::comp);
+        return had != before->inserts.end() && !had->fade.leaving;
+    };
+    for (PlanInsert& insert : all) {
+        if (sounded(insert.comp)) continue;
+        insert.fade = PlanFade::in(fadeFrames);
+        plan->passing = true;
+    }
+    size_t place = 0;
+    for (const PlanInsert& had : before->inserts) {
+        if (const auto stays = std::ranges::find(all, had.comp, &PlanInsert::comp);
+            stays != all.end()) {
+            place = size_t(stays - all.begin()) + 1;
+            continue;
+        }
+        if (had.fade.leaving) continue;
+        PlanInsert leaving{had.comp};
+        leaving.dry = had.dry;
+        leaving.events = had.events;
+        leaving.fade = PlanFade::out(fadeFrames);
+        all.insert(all.begin() + long(place++), leaving);
+        plan->passing = true;
     }
 }
 

@@ -89,6 +89,7 @@ private:
     PlanArrival leavingOf(CComp* c, const CAudioCable* cable);
     PlanArrival sendOf(const PlanNode* from, PlanArrival::Kind kind, int channel, int bus);
     void makes(CComp* c);
+    void fadeInserts(PlanOrigin& origin);
     void linkLatency();
     void giveLines(PlanInsert& insert);
     void giveLines(const PlanLatency::Meeting& meeting);
@@ -113,6 +114,7 @@ private:
     std::unordered_map<const CComp*, Place> places;
     std::unordered_map<const void*, Use> uses;
     int depth = 0;
+    const PlanLatency* formerLatency = nullptr; ///< of the plan before, if it fades
 
     /// Components that wait for each other, in the order of the lists; found before all else.
     std::vector<std::vector<CComp*>> rings;

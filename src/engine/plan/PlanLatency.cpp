@@ -1,6 +1,7 @@
 #include "engine/plan/PlanLatency.h"
 
 #include "engine/CComp.h"
+#include "engine/ForgetHooks.h"
 #include "engine/Mixing.h"
 #include "engine/plan/GraphPlan.h"
 #include "engine/plan/GraphWorkers.h"
@@ -113,15 +114,42 @@ void PlanLatency::takeIn(const Meeting& m) {
     node.live = node.words ? *node.words->live != 0 : any && all && node.comp->type != compAudioOut;
 }
 
-const PlanInsert* PlanLatency::insertOf(const CComp* comp) const {
+PlanInsert* PlanLatency::insertOf(const CComp* comp) const {
     const auto found = byInsert.find(comp);
     return found == byInsert.end() ? nullptr : found->second;
 }
 
 std::unordered_map<const CComp*, PlanInsert> PlanLatency::lateInserts() const {
     std::unordered_map<const CComp*, PlanInsert> all;
-    for (const auto& [comp, insert] : byInsert) all[comp] = *insert;
+    for (const auto& [comp, insert] : byInsert) {
+        PlanInsert& lines = all.try_emplace(comp, PlanInsert{insert->comp}).first->second;
+        lines.dry = insert->dry;
+        lines.events = insert->events;
+    }
     return all;
+}
+
+bool PlanLatency::hasInsertsOf(const PlanLatency& other) const {
+    return std::ranges::all_of(byChannel, [&](const auto& entry) {
+        const PlanOrigin* before = other.originOf(entry.first);
+        const auto same = [](const PlanInsert& a, const PlanInsert& b) {
+            return a.comp == b.comp && a.fade.leaving == b.fade.leaving;
+        };
+        return !before || std::ranges::equal(entry.second->inserts, before->inserts, same);
+    });
+}
+
+const std::vector<PlanInsert>* PlanLatency::changing(const COutputChannel* channel) const {
+    const PlanOrigin* origin = originOf(channel);
+    if (!origin || std::ranges::none_of(origin->inserts, &PlanFade::leaving, &PlanInsert::fade))
+        return nullptr;
+    return &origin->inserts;
+}
+
+void PlanLatency::forget(const ForgetSet& gone) {
+    for (const auto& origin : origins)
+        for (PlanInsert& insert : origin->inserts)
+            if (insert.fade.leaving && gone.has(insert.comp)) insert.fade.left = 0;
 }
 
 /// What leaves a component, of what arrives at it.
@@ -135,7 +163,8 @@ void PlanLatency::follow(PlanOrigin& origin, bool possible) {
     for (PlanInsert& insert : origin.inserts) {
         insert.at = late;
         insert.wait = late - origin.node->eventLatency();
-        insert.own = frozen ? 0 : ownLatency(insert.comp, possible);
+        const bool counts = !frozen && !insert.fade.leaving;
+        insert.own = counts ? ownLatency(insert.comp, possible) : 0;
         late = std::min(late + insert.own, maxSum);
     }
 }

@@ -14,12 +14,14 @@ class CComp;
 class CInputChannel;
 class COutputChannel;
 class CQV;
+class ForgetSet;
 class PlanNode;
 struct GraphScratch;
 
 /// An insert of a strip.
 struct PlanInsert {
     CComp* comp;
+    PlanFade fade{};                  ///< how much of it is heard, while it comes or goes
     int at = 0;                       ///< frames of latency up to it
     int wait = 0;                     ///< frames that events for it have to wait
     int own = 0;                      ///< frames that it adds
@@ -85,7 +87,12 @@ public:
     Meeting& meetingAt(PlanNode* node);
     PlanOrigin* addOrigin(PlanOrigin origin, PlanNode* node);
     PlanOrigin* originOf(const COutputChannel* channel) const; ///< null for none
-    const PlanInsert* insertOf(const CComp* comp) const;       ///< one that is late, or null
+    PlanInsert* insertOf(const CComp* comp) const; ///< one that is late or fades, or null
+    void forget(const ForgetSet& gone);
+    /// Whether the strips that both have hold the same inserts.
+    bool hasInsertsOf(const PlanLatency& other) const;
+    /// The inserts of a strip that some leave; null where none does.
+    const std::vector<PlanInsert>* changing(const COutputChannel* channel) const;
     void addEnd(const PlanOrigin* out) { outs.push_back({out, nullptr}); }
     /// Calls `make(arrival)` for all that may have to wait, and `makeEnd(end)`, by what components
     /// would report if all of them were on.
@@ -94,7 +101,7 @@ public:
         const int most = walk(true);
         for (const auto& origin : origins)
             for (PlanInsert& insert : origin->inserts)
-                if (insert.own > 0 || insert.wait > 0)
+                if (insert.own > 0 || insert.wait > 0 || insert.fade.running())
                     makeInsert(*(byInsert[insert.comp] = &insert));
         for (Meeting& m : meetings)
             for (PlanArrival* a : m.arrivals)
@@ -113,7 +120,7 @@ public:
     int total() const { return sum; } ///< frames up to the ends of the audio outs
     const std::vector<Meeting>& all() const { return meetings; }
     const std::vector<End>& ends() const { return outs; }
-    std::unordered_map<const CComp*, PlanInsert> lateInserts() const;
+    std::unordered_map<const CComp*, PlanInsert> lateInserts() const; ///< with their lines alone
 
 private:
     int walk(bool possible);

@@ -40,6 +40,7 @@ void silenceTrack(CTrack* track) {
 void silenceContent(CComp* c) {
     switch (c->type) {
     case compEffect:
+        static_cast<CEffect*>(c)->restart();
         for (auto* prog : each<CEffectProg>(c->progs))
             for (auto* fx : each<CFX>(prog->effects)) fx->clear();
         break;
@@ -70,5 +71,6 @@ void silence(CComp* c) {
 void silenceGraph(CQV* host) {
     silence(host);
     for (auto* bus : each<CComp>(host->sends)) silence(bus);
+    host->plans->endFades();
     host->plans->current().latency().silence();
 }
