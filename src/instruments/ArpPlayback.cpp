@@ -4,13 +4,12 @@
 #include "engine/MidiBytes.h"
 #include "instruments/CArp.h"
 
-#include <cmath>
+#include <algorithm>
 
 // What an arpeggiator does in a block.
 
 namespace {
 
-constexpr int semitones = 12;
 /// Frames by which a step may miss the half of a frame and still count as on it, so that how the
 /// signal is cut into blocks does not decide which way it is rounded.
 constexpr double halfSlack = 1e-6;
@@ -40,44 +39,9 @@ size_t noteIndex(int msg) {
     return size_t(chByte(msg) * 128 + keyOf(msg));
 }
 
-/// Goes on to the next octave.
-void turnOctave(CArpVoice& v) {
-    const int range = asMinMax(v.prog->octaves, 1, CArpProg::maxOctaves) * semitones;
-    v.played = 0;
-    if (!v.prog->transposeMode) v.octaveDir = 1;
-    v.octave += v.octaveDir * semitones;
-    if (!v.prog->transposeMode) {
-        if (v.octave >= range) v.octave = 0;
-    } else if (v.octaveDir > 0) {
-        if (v.octave >= range - semitones) v.octaveDir = -1;
-    } else if (v.octave < 1) {
-        v.octaveDir = 1;
-    }
-}
-
-/// Share of its step that the next one takes, by the swing of the pair.
-double swungShare(const CArpVoice& v) {
-    return 1.0 - v.swing + v.swing * CArp::swing[(v.swingPhase + 1) & 1];
-}
-
-/// Ticks from a step to its note-off. The product is rounded as a float, so that a gate of 0.7 is
-/// 0.7 and no trifle less.
-int gateTicks(const CArpVoice& v, double chance) {
-    const double rnd = double(v.prog->rndGate);
-    const double length = v.prog->getStepInTicks() * swungShare(v) * (1.0 - rnd + rnd * chance);
-    const float gated = float(length) * v.prog->gate;
-    return asMax(asInt(double(gated) - 1.0), 1);
-}
-
 int chanceVelocity(const CArpVoice& v, int velocity, double chance) {
     const double rnd = double(v.prog->rndVelocity);
     return asMax(1, asRound((1.0 - rnd + rnd * chance) * velocity));
-}
-
-void advance(CArpVoice& v) {
-    v.nextTick += v.prog->getStepInTicks() * swungShare(v);
-    v.swingPhase = (v.swingPhase + 1) & 1;
-    if (v.swingPhase == 0) v.swing = v.prog->getSwing();
 }
 
 } // namespace
@@ -107,6 +71,23 @@ void CArp::process(int frames) {
         if (mapped) doMapping(e);
     }
     if (offset < frames) processBlock(frames - offset, offset, out);
+    show();
+}
+
+/// Only what differs from what was told last.
+void CArp::show() {
+    const CArpProg* prog = getProg();
+    const CArpVoice* voice = activeVoice();
+    const int keys = prog && voice ? prog->keyCount : 0, taken = voice ? voice->taken : 0;
+    const auto same = [](const CArpKey& a, const CArpKey& b) { return a.key == b.key; };
+    if (taken == told.taken && keys == told.keyCount &&
+        (!keys || std::equal(prog->keys, prog->keys + keys, told.keys, same)))
+        return;
+    told.taken = taken;
+    told.keyCount = keys;
+    if (keys) std::copy_n(prog->keys, keys, told.keys);
+    sight.draft() = told;
+    sight.publish();
 }
 
 void CArp::pass(const CMIDIBytes* e, CMIDIQ* out) {
@@ -200,7 +181,7 @@ CArpVoice* CArp::addVoice(int note, int channel) {
     v.channel = channel;
     v.active = true;
     v.nextTick = 0.0;
-    v.count = v.step = v.swingPhase = v.played = v.octave = 0;
+    v.count = v.step = v.swingPhase = v.played = v.octave = v.taken = 0;
     v.octaveDir = 1;
     v.prog = getProg();
     v.swing = v.prog->getSwing();
@@ -236,22 +217,15 @@ void CArp::runVoice(CArpVoice& v, int frames, int offset, CMIDIQ* out) {
     int at = 0;
     while ((at = frameOf(v.nextTick)) < frames) {
         playStep(v, asMax(at, 0) + offset, out);
-        advance(v);
+        v.advance();
     }
     v.nextTick -= host->framesToTicks(frames);
 }
 
 void CArp::playStep(CArpVoice& v, int frame, CMIDIQ* out) {
     const double drawn = chance.unit();
-    const bool chord = v.prog->mode == arpChord;
-    if (!chord && v.step >= v.count) {
-        v.step = 0;
-        if (v.prog->mode == arpRandom) v.prog->buildPattern(&v, chance);
-    }
-    if (v.count < 1) return;
-    if (v.prog->octaves && v.played >= (chord ? 1 : v.count)) turnOctave(v);
-    v.played++;
-    const int first = chord ? 0 : v.step++, last = chord ? v.count - 1 : first;
+    int first = 0, last = 0;
+    if (!v.takeStep(chance, first, last)) return;
     // Each note takes a place now and one at its end, which every pending note-off has kept free.
     const int places = out->count + noteOffs->count + 2 * (last - first + 1);
     if (double(v.prog->prob) < drawn || places > CMIDIQ::maxEvents) return;
@@ -264,7 +238,7 @@ void CArp::playNote(const CArpVoice& v, const CArpKey& key, double drawn, int fr
     const int velocity = chanceVelocity(v, key.velocity, drawn);
     out->insert(frame, asData(midiNoteOn | v.channel, note, velocity), eventMidi, 0.0f, 0, nullptr,
                 nullptr);
-    noteOffs->addMidiEvent(v.nextTick + gateTicks(v, drawn),
+    noteOffs->addMidiEvent(v.nextTick + v.gateTicks(drawn),
                            asData(midiNoteOff | v.channel, note, 0));
 }
 

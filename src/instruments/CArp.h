@@ -1,7 +1,9 @@
 #pragma once
 
+#include "base/Newest.h"
 #include "base/Random.h"
 #include "engine/CComp.h"
+#include "instruments/ArpSteps.h"
 #include "instruments/CArpVoice.h"
 
 #include <bitset>
@@ -75,6 +77,8 @@ public:
     void start() override; ///< draws what it drew at the start before
     Random chance;         ///< of its own, so that others and threads change nothing
 
+    Newest<ArpSight> sight; ///< what plays, to the interface
+
 private:
     /// Requests of other threads, served at the top of `process`, at once while no blocks come.
     enum Request : unsigned { requestClear = 1, requestRelease = 2, requestSeed = 4 };
@@ -82,6 +86,7 @@ private:
     void ask(unsigned bits);
     void serveRequests();
     void reseed();
+    void show();
     CArpVoice* activeVoice();
     void releaseLatched();
     CArpVoice* keyPressed(int msg);
@@ -98,6 +103,7 @@ private:
 
     Shared<unsigned> requests{0};
     Shared<unsigned> seed{0};
+    ArpSight told;                 ///< last to the interface; graph holder
     bool wasOn = false;            ///< in the block before; graph holder
     std::bitset<16 * 128> through; ///< notes by channel and key that went through and sound
 };

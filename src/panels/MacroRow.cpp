@@ -70,7 +70,7 @@ void MacroKnob::mouseDown(int x, int y, int btn) {
 
 bool MacroKnob::keyDown(int key, int mods) {
     if (CStoredCtrl::keyDown(key, mods)) return true;
-    if (mods || (key != keyReturn && key != ' ')) return false;
+    if (mods || key != keyReturn) return false;
     row.learn(shownLearning ? -1 : number);
     return true;
 }

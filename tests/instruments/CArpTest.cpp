@@ -97,6 +97,35 @@ void expectSteps(const std::string& name, const std::function<void(Bench&)>& set
 
 } // namespace
 
+/// The steps that a picture shows are those that sound, and it is told how far they are.
+TEST(CArp, StepsAreDrawnAsTheySound) {
+    for (int mode = arpAsPlayed; mode <= arpChord; mode++)
+        for (const int octaves : {1, 3}) {
+            Bench b;
+            b.arp.setMode(mode);
+            b.arp.setOctaveRng(octaves);
+            b.prog->setSwing(0.4f);
+            b.prog->setGate(0.6f);
+            b.arp.setTransposeMode(mode % 2);
+            b.play(60000, 0, {{0, on(67)}, {0, on(60, 90)}, {0, on(64)}});
+            ASSERT_TRUE(b.arp.sight.take());
+            const ArpSight& sight = b.arp.sight.taken();
+            const std::vector<CArpKey> keys(sight.keys, sight.keys + sight.keyCount);
+            const int period = arpPeriod(*b.prog, keys);
+            const std::vector<ArpStep> steps = arpSteps(*b.prog, keys, sight.taken);
+            Events drawn;
+            for (const ArpStep& step : steps)
+                for (const CArpKey& note : step.notes)
+                    drawn.emplace_back(std::lround(step.tick * 22.96875),
+                                       on(note.key + CArpKey::middle, note.velocity));
+            std::erase_if(b.heard, [](const auto& e) { return !noteOn(e.second); });
+            EXPECT_EQ(b.heard, drawn) << mode;
+            for (size_t i = 0; i + size_t(period) < steps.size(); i++)
+                EXPECT_EQ(steps[i].notes.front().key, steps[i + size_t(period)].notes.front().key)
+                    << mode << ", " << octaves << " octaves, step " << i;
+        }
+}
+
 /// Steps are separated by blanks, the keys of a chord by plus signs.
 TEST(CArp, PatternsFollowTheTables) {
     struct Case {

@@ -4,15 +4,16 @@
 #include "common/fx/CReverb.h"
 #include "effects/CEffect.h"
 #include "effects/Inserts.h"
+#include "engine/GraphHold.h"
 #include "engine/MapEdits.h"
 #include "gui/controls/CButton.h"
-#include "gui/controls/CListbox.h"
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CSampleClip.h"
 #include "instruments/CSampler.h"
 #include "instruments/CWavSound.h"
 #include "instruments/SamplerEdits.h"
+#include "panels/drums/DrumPads.h"
 #include "shell/Pages.h"
 
 #include <algorithm>
@@ -88,6 +89,17 @@ protected:
         auto* made = static_cast<CEffect*>(addInsert(s->output(), fxDelay, -1));
         EXPECT_TRUE(loaded());
         return made;
+    }
+
+    /// Whether a note is on its way to a track, or sounds there.
+    bool heard(CTrack* track) {
+        CMIDIQ queue(track);
+        const GraphHold hold(host.get());
+        track->preview.process(&queue, 1.0, 20.0);
+        const bool any = queue.count > 0;
+        track->preview.mute();
+        track->preview.process(&queue, 1.0, 20.0);
+        return any;
     }
 
     CCompEditor* page = nullptr;
@@ -438,12 +450,22 @@ TEST_F(PanelsTest, TheDrumsOfAKit) {
     ASSERT_TRUE(pumpUntil([&] { return win->pages->editorOf(drums->track) != nullptr; }));
     page = win->pages->editorOf(drums->track);
     settle();
-    auto* list = find<CListbox>("drums");
-    EXPECT_EQ(list->items.getCount(), drums->track->drumLayer()->sounds.getCount());
-    mouseTo(list, 40, 30); // the second
+    auto* pads = find<DrumPads>("pads");
+    EXPECT_EQ(pads->accessParts(), drums->track->drumLayer()->sounds.getCount());
+    Description d;
+    pads->describe(d, 1);
+    mouseTo(pads, d.bounds.left + 20, d.bounds.top + 20); // the second
     act({"click", "1"});
-    ASSERT_TRUE(pumpUntil([&] { return list->index == 1; }));
+    ASSERT_TRUE(pumpUntil([&] { return pads->index() == 1; }));
     CDrumSound* second = drums->track->drumSound(1);
+    EXPECT_TRUE(heard(drums->track)) << "a press plays";
+    pads->win->setKeyCtrl(pads);
+    for (const char* k : {"Right", "Left", "Return"}) key(k);
+    EXPECT_TRUE(heard(drums->track)) << "and a key";
+    click("Mute drum");
+    EXPECT_EQ(second->mute, 1);
+    undo();
+    EXPECT_EQ(second->mute, 0);
     find("Cutoff")->win->setKeyCtrl(find("Cutoff"));
     key("Home");
     EXPECT_EQ(second->cutoff, 0.0f);

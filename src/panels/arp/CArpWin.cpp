@@ -7,11 +7,13 @@
 #include "instruments/ArpSettings.h"
 #include "instruments/CArp.h"
 #include "panels/PanelBody.h"
+#include "panels/arp/ArpView.h"
 #include "project/PresetFiles.h"
 #include "ui/SettingPanel.h"
 
 namespace {
 
+constexpr int gap = 8;
 const CRect usualPlace = asRect(140, 140, 140 + 640, 140 + 380);
 
 } // namespace
@@ -39,13 +41,20 @@ void CArpWin::build() {
     std::vector<SettingPanel::Section> sections = {{arpSettings(), &arp, -1, "", {}, {}}};
     if (arp.getProg()) sections.push_back({arpProgSettings(), &arp, arp.curProg, "", {}, {}});
     settings->show(sections);
+    steps = arp.getProg() ? new ArpView(this, arp) : nullptr;
+    if (steps) body->inner->addControl(steps);
     body->inner->addControl(settings);
 }
 
 void CArpWin::arrange(int wide) {
-    if (settings) settings->fit(wide);
+    if (!settings) return;
+    const int below = steps ? gap + ArpView::usualHeight : 0;
+    if (steps) steps->setBounds(gap, gap, wide - 2 * gap, ArpView::usualHeight);
+    settings->setBounds(0, below, 1, 1);
+    settings->fit(wide);
 }
 
 void CArpWin::refresh() {
     if (settings) settings->refresh();
+    if (steps) steps->refresh();
 }

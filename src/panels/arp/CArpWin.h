@@ -2,6 +2,7 @@
 
 #include "panels/PanelWin.h"
 
+class ArpView;
 class CArp;
 class SettingPanel;
 
@@ -18,5 +19,6 @@ private:
     static ProgramBar::Deeds deeds(CArp& of);
 
     CArp& arp;
-    SettingPanel* settings = nullptr; ///< among the controls
+    SettingPanel* settings = nullptr; ///< among the controls, as the next
+    ArpView* steps = nullptr;
 };

@@ -2,55 +2,71 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "gui/controls/CListbox.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
+#include "panels/PageRow.h"
 #include "panels/PanelBody.h"
+#include "panels/drums/DrumPads.h"
+#include "sequencer/edit/KitEdits.h"
 #include "sequencer/song/CTrack.h"
 
 namespace {
 
-constexpr int gap = 8, listWidth = 200, rowHeight = 20;
-const CRect usualPlace = asRect(120, 100, 120 + 900, 120 + 520);
+constexpr int gap = 8, padsWidth = 400, pageWidth = 64, pageHeight = PageRow::usualHeight;
+const CRect usualPlace = asRect(120, 100, 120 + 1040, 120 + 520);
+
+/// What a drum has in its row of the note editor as well.
+Settings rowSettings() {
+    static const Setting table[] = {
+        {"Level", *muteOf(nullptr).kind, 0.0, 1.0, 0.0, &onOffUnit, Setting::onOff},
+        {"Level", *soloOf(nullptr).kind, 0.0, 1.0, 0.0, &onOffUnit, Setting::onOff}};
+    return table;
+}
 
 } // namespace
 
 CDrumWin::CDrumWin(Workspace& space, CTrack& of)
-    : PanelWin(space, of, usualPlace, std::nullopt), track(of),
-      content(this, space), list(new CListbox(this, "drums", gap, gap, 1, 1)) {
-    list->itemHeight = rowHeight;
-    list->tabStop = true;
-    list->spokenName = "Drums";
-    list->onChange = new _COnChange<CDrumWin>(this, &CDrumWin::rowChosen);
-    list->setBounds(gap, gap, listWidth - 2 * gap, height - 2 * gap);
-    list->setAlign(alignHeight, 0, gap);
-    addControl(list);
-    body->setBounds(listWidth, 0, width - listWidth, height);
-    listSounds();
+    : PanelWin(space, of, usualPlace, std::nullopt), track(of), content(this, space),
+      pads(new DrumPads(this, of)) {
+    pads->onChosen = [this] {
+        if (pages) pages->turn(pads->shownPage());
+        follow();
+    };
+    pads->onPlayed = [this](int velocity) {
+        track.preview.mute();
+        if (sound()) track.preview.addNote(firstDrumKey + pads->index(), velocity);
+    };
+    pads->setBounds(gap, gap, padsWidth - 2 * gap, height - 2 * gap);
+    pads->setAlign(alignHeight, 0, gap);
+    addControl(pads);
+    body->setBounds(padsWidth, 0, width - padsWidth, height);
+    followKit();
     follow();
 }
 
 CDrumSound* CDrumWin::sound() const {
-    return track.drumSound(list->index);
+    return track.drumSound(pads->index());
 }
 
-void CDrumWin::listSounds() {
-    std::vector<CStr> now;
-    for (const auto* s : each<CDrumSound>(track.drumLayer()->sounds)) now.push_back(s->getId());
-    if (now == names) return;
-    names = std::move(now);
-    const int current = list->index;
-    list->clearRows();
-    for (size_t i = 0; i < names.size(); i++) list->add(asStr(int(i) + 1) + "  " + names[i]);
-    list->setIndex(asMinMax(current, names.empty() ? -1 : 0, int(names.size()) - 1));
-    list->redraw();
-}
-
-void CDrumWin::rowChosen(CObject*) {
-    follow();
-    constexpr int velocity = 100;
-    track.preview.mute();
-    if (sound()) track.preview.addNote(firstDrumKey + list->index, velocity);
+void CDrumWin::followKit() {
+    pads->refresh();
+    if (pads->pages() == pageCount) return;
+    pageCount = pads->pages();
+    if (pages) pages->visible = false; // it goes with the window
+    pages = nullptr;
+    const int below = pageCount > 1 ? pageHeight : 0;
+    if (pageCount > 1) {
+        std::vector<CStr> titles;
+        for (int i = 0; i < pageCount; i++)
+            titles.push_back(asStr(i * DrumPads::padsOnPage + 1) + " to " +
+                             asStr((i + 1) * DrumPads::padsOnPage));
+        pages = new PageRow(this, "pages", titles, pageWidth);
+        pages->setBounds(0, 0, padsWidth, pageHeight);
+        pages->onTurned = [this] { pads->turn(pages->page()); };
+        addControl(pages);
+    }
+    pads->setBounds(gap, gap + below, padsWidth - 2 * gap, clientGroup->height - 2 * gap - below);
+    redraw();
 }
 
 PanelWin::Shape CDrumWin::shape() const {
@@ -62,8 +78,9 @@ void CDrumWin::build() {
     content.clear();
     CDrumSound* current = sound();
     if (!current) return;
-    const SoundContent::Subject subject{
+    SoundContent::Subject subject{
         current, [this, current] { return track.drumLayer()->sounds.contains(current); }, {}, {}};
+    subject.more = rowSettings();
     content.buildSound(body->inner, subject);
 }
 
@@ -72,6 +89,6 @@ void CDrumWin::arrange(int wide) {
 }
 
 void CDrumWin::refresh() {
-    listSounds();
+    followKit();
     content.refresh();
 }

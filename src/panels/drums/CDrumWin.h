@@ -4,11 +4,12 @@
 #include "panels/sampler/SoundContent.h"
 
 class CDrumSound;
-class CListbox;
 class CTrack;
+class DrumPads;
+class PageRow;
 
-/// The window of a drum track's kit: its sounds at the left, of which a press plays one and shows
-/// what is set of it. Interface thread.
+/// The window of a drum track's kit: its sounds at the left as pads, of which a press plays one and
+/// shows what is set of it. Interface thread.
 class CDrumWin : public PanelWin {
 public:
     CDrumWin(Workspace& workspace, CTrack& track);
@@ -18,12 +19,12 @@ private:
     void build() override;
     void arrange(int wide) override;
     void refresh() override;
-    void listSounds();
-    void rowChosen(CObject*);
+    void followKit();          ///< as many buttons as there are pages of pads
     CDrumSound* sound() const; ///< that is chosen; null without any
 
     CTrack& track;
     SoundContent content;
-    CListbox* list;
-    std::vector<CStr> names; ///< as listed
+    DrumPads* pads;
+    PageRow* pages = nullptr; ///< among the controls; null with one page
+    int pageCount = 1;
 };

@@ -155,7 +155,7 @@ bool ChainView::keyDown(int key, int mods) {
     const int by = (key == keyRight) - (key == keyLeft);
     if (by != 0)
         choose(std::clamp(current + by, 0, int(boxes.size()) - 1));
-    else if ((key == keyReturn || key == ' ') && onSwitched && there(boxes[size_t(current)]))
+    else if (key == keyReturn && onSwitched && there(boxes[size_t(current)]))
         onSwitched(boxes[size_t(current)].fx);
     else
         return false;

@@ -105,7 +105,7 @@ void SampleView::paint(CGraphic* g, CRect) {
     if (alive() && shape.frames > 0) {
         paintWave(g);
         for (const int mark : {int(sampleLoop), int(sampleStart), int(sampleEnd)})
-            if (mark != sampleLoop || shape.loops) paintMark(g, mark);
+            if (editable && (mark != sampleLoop || shape.loops)) paintMark(g, mark);
     }
     g->frameRound(hasKeyFocus() ? colours.accent : colours.frame, clientRect());
 }

@@ -74,6 +74,8 @@ void SoundContent::buildSound(CGroup* in, const Subject& subject) {
         own.modulation = [sound](const Setting& s) { return modulationOf(*sound, s); };
     }
     sections.push_back(own);
+    if (!subject.more.empty())
+        sections.push_back({subject.more, sound, -1, "", others, subject.alive});
     if (sound->type == typeWavSound)
         if (CSampleClip* clip = static_cast<CWavSound*>(sound)->clips[0])
             sections.push_back({clipSettings(*sound), clip, -1, "", {}, subject.alive});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/ParamRef.h"
+#include "engine/Setting.h"
 
 #include <functional>
 #include <vector>
@@ -17,7 +18,6 @@ class PageRow;
 class SampleBox;
 class SettingPanel;
 class Workspace;
-struct Setting;
 
 /// What a page about a sound is made of: the settings of the sound, of one of its modulators, or of
 /// its effects. Interface thread.
@@ -29,6 +29,7 @@ public:
         std::function<bool()> alive;
         std::function<std::vector<CSound*>()> along; ///< sounds of its class that are set with it
         std::function<ParamRef(const Setting&, bool assign)> param; ///< see SettingPanel
+        Settings more = {}; ///< of the sound, behind its own
     };
 
     std::function<void()> onTurned; ///< another modulator is to show
