@@ -8,6 +8,7 @@
 #include "instruments/CSampler.h"
 #include "instruments/CWavSound.h"
 #include "instruments/DrumKit.h"
+#include "instruments/FactoryPrograms.h"
 
 namespace {
 
@@ -54,6 +55,19 @@ void addFactoryProgram(CSampler* sampler, int index) {
         undo->asInt(sampler->curProg.address()); // undone last
         sampler->factoryProg(undo, index, name, true);
     });
+}
+
+void takeFactoryProgram(CSampler* sampler, int index) {
+    CSynthProg* former = sampler->getProg();
+    if (!former) return addFactoryProgram(sampler, index);
+    const int place = sampler->curProg;
+    step(sampler, "Take program", [&](CUndo* undo) {
+        undo->asInt(sampler->curProg.address()); // undone last
+        undo->asRemove(former, &sampler->progs);
+        undo->asAdd(buildFactoryProg(sampler->host, sampler, index), &sampler->progs, place);
+        undo->asInt(sampler->curProg.address()); // redone last
+    });
+    sampler->setProg(place);
 }
 
 bool openPrograms(CSampler* sampler, const CStr& path) {

@@ -1,6 +1,7 @@
 #include "panels/PanelWin.h"
 
 #include "engine/CQV.h"
+#include "engine/ValueDoor.h"
 #include "panels/PanelBody.h"
 #include "ui/Commands.h"
 #include "ui/Workspace.h"
@@ -45,6 +46,13 @@ PanelWin::PanelWin(Workspace& space, CComp& edited, const CRect& place,
     addControl(body);
 }
 
+void PanelWin::compare(Compare::Values values, std::function<const void*()> subject) {
+    constexpr int gap = 8, high = 24, y = (ProgramBar::usualHeight - high) / 2;
+    comparing = new CompareBar(this, *comp->host->values, std::move(values), std::move(subject));
+    comparing->setBounds(ProgramBar::contentWidth + gap, y, CompareBar::usualWidth, high);
+    bar->addControl(comparing);
+}
+
 void PanelWin::follow() {
     Shape now = shape();
     if (now == shown) return;
@@ -55,7 +63,10 @@ void PanelWin::follow() {
 }
 
 void PanelWin::idle() {
+    const CStr title = titleOf(*comp);
+    if (title != id) setCaption(title);
     if (bar) bar->refresh();
+    if (comparing) comparing->refresh();
     if (macros) macros->refresh();
     follow();
     refresh();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "panels/CompareBar.h"
 #include "panels/MacroRow.h"
 #include "panels/ProgramBar.h"
 #include "ui/CCompEditor.h"
@@ -40,9 +41,12 @@ protected:
     virtual void arrange(int wide) = 0; ///< lays that out
     virtual void refresh() = 0;         ///< takes the present values
     void follow();                      ///< makes the content anew if its shape has changed
+    /// Offers two states of these settings to compare, as long as they are of the same `subject`.
+    void compare(Compare::Values values, std::function<const void*()> subject);
 
 private:
-    ProgramBar* bar = nullptr; ///< among the controls
+    ProgramBar* bar = nullptr; ///< among the controls, as the next
+    CompareBar* comparing = nullptr;
     int contentFrom = 0;
     Shape shown;
 };

@@ -15,6 +15,7 @@ class Workspace;
 class ProgramBar : public CGroup {
 public:
     static constexpr int usualHeight = 36;
+    static constexpr int contentWidth = 312; ///< that its own controls take
 
     /// What the component can do beside what all can; what is empty is not offered.
     struct Deeds {

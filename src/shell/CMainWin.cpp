@@ -141,6 +141,7 @@ void CMainWin::idle() {
     bar->refresh();
     mainMenu->refresh();
     status->refresh();
+    pages->followNames();
 }
 
 /// What the displays follow may be gone once the graph has changed, which the next tick tells them.

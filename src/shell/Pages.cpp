@@ -238,6 +238,7 @@ void Pages::editorHidden(CObject* sender) {
     store(editor);
     editor->dock->visible = 0;
     window->editors.remove(editor);
+    names.erase(editor);
 }
 
 void Pages::closeDocked() {
@@ -276,6 +277,22 @@ void Pages::layout() {
     if (now == wanted) return;
     docker->move(wanted.left, wanted.top, wanted.width(), wanted.height());
     docker->resized();
+}
+
+void Pages::followNames() {
+    bool any = false;
+    for (CCompEditor* editor : inOrder()) {
+        const auto [known, fresh] = names.try_emplace(editor, editor->id);
+        if (fresh || known->second == editor->id) continue;
+        CDock* dock = docker->dockOf(editor);
+        const bool follows = dock && dock->name == known->second;
+        if (follows) dock->name = editor->id;
+        any = any || follows;
+        known->second = editor->id;
+    }
+    if (!any) return;
+    bar->refresh();
+    bar->redraw();
 }
 
 void Pages::showFirst() {

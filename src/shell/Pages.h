@@ -1,8 +1,10 @@
 #pragma once
 
 #include "base/CObject.h"
+#include "base/CStr.h"
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -54,6 +56,8 @@ public:
     CCompEditor* current() const;                   ///< the editor in front on a page, or null
     CCompEditor* editorOf(const CComp* comp) const; ///< that is open; null without one
     void bringToFront(CCompEditor* editor);
+    /// A page that was called as a window on it is called as that is now. Interface tick.
+    void followNames();
     void closeDocked(); ///< all editors on pages
     void closeAll();    ///< all editors
 
@@ -85,5 +89,6 @@ private:
     CCtrl* first;
     DockBar* bar;
     const int top, below;
-    int wantedPage = -1; ///< of a project that was read, -1 none
+    int wantedPage = -1;                      ///< of a project that was read, -1 none
+    std::map<const CCompEditor*, CStr> names; ///< of the open editors, as they were last
 };

@@ -7,11 +7,14 @@
 #include "engine/GraphHold.h"
 #include "engine/MapEdits.h"
 #include "gui/controls/CButton.h"
+#include "gui/controls/CDocker.h"
+#include "gui/controls/CListbox.h"
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CSampleClip.h"
 #include "instruments/CSampler.h"
 #include "instruments/CWavSound.h"
+#include "instruments/FactoryPrograms.h"
 #include "instruments/SamplerEdits.h"
 #include "panels/drums/DrumPads.h"
 #include "shell/Pages.h"
@@ -346,6 +349,57 @@ TEST_F(PanelsTest, ProgramsAreAddedNamedAndRemoved) {
     for (int i = 0; i < 3; i++) undo();
     EXPECT_EQ(s->progs.getCount(), count);
     EXPECT_EQ(s->curProg, current);
+}
+
+/// The list of the factory's programs, two states to compare, and the name of the page.
+TEST_F(PanelsTest, ProgramsAreFoundHeardAndCompared) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    CSampler* s = sampler();
+    open(s);
+    const CStr former = s->getProgName(s->curProg);
+    const int count = s->progs.getCount();
+    click("Programs");
+    auto* list = find<CListbox>("list");
+    EXPECT_EQ(list->items.getCount(), factoryCount);
+    find("find")->win->setKeyCtrl(find("find"));
+    const std::string wanted = factoryName(5);
+    act({"type", wanted});
+    ASSERT_TRUE(pumpUntil([&] { return list->items.getCount() == 1; }));
+    list->win->setKeyCtrl(list);
+    key("Home");
+    ASSERT_TRUE(loaded());
+    EXPECT_EQ(s->getProgName(s->curProg), wanted.c_str());
+    EXPECT_EQ(s->progs.getCount(), count) << "in the place of the former one";
+    EXPECT_FALSE(s->guiQueue.empty()) << "heard";
+    undo();
+    EXPECT_EQ(s->getProgName(s->curProg), former);
+
+    click("Sound");
+    CSound* one = sound();
+    const float cutoff = one->cutoff;
+    const auto set = [&](const char* k) {
+        find("Cutoff")->win->setKeyCtrl(find("Cutoff"));
+        key(k);
+    };
+    click("B");
+    set("Home");
+    click("A");
+    EXPECT_EQ(one->cutoff, cutoff);
+    click("B");
+    EXPECT_EQ(one->cutoff, 0.0f);
+    CCtrl* morph = find("morph");
+    drag(morph, asPoint(morph->width - 4, 12),
+         asPoint(morph->width - 4 - (morph->width - 4) / 4, 12));
+    EXPECT_NEAR(one->cutoff, cutoff / 4, 0.02f);
+    undo();
+    EXPECT_EQ(one->cutoff, 0.0f);
+
+    CUndo* step = host->undoStart("Rename", s);
+    step->asName(&s->id);
+    s->id = "Renamed";
+    host->undoEnd(step, true);
+    ASSERT_TRUE(pumpUntil([&] { return win->pages->docker->dockOf(page)->name == "Renamed"; }));
 }
 
 TEST_F(PanelsTest, ChainsOfEffects) {

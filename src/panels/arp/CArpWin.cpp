@@ -20,6 +20,15 @@ const CRect usualPlace = asRect(140, 140, 140 + 640, 140 + 380);
 
 CArpWin::CArpWin(Workspace& space, CArp& edited)
     : PanelWin(space, edited, usualPlace, deeds(edited)), arp(edited) {
+    compare(
+        [this] {
+            std::vector<SettingValue> all;
+            if (arp.getProg())
+                for (const Setting& s : arpProgSettings())
+                    all.push_back({&s, s.of(&arp, arp.curProg)});
+            return all;
+        },
+        [this] { return arp.getProg(); });
     follow();
 }
 

@@ -32,6 +32,7 @@ int chosenKind(CObject* sender) {
 
 CEffectWin::CEffectWin(Workspace& space, CEffect& edited)
     : PanelWin(space, edited, usualPlace, deeds(edited), look(edited)), rack(edited) {
+    compare([this] { return settingsOfChain(); }, [this] { return rack.getProg(); });
     follow();
 }
 
@@ -47,6 +48,14 @@ ProgramBar::Deeds CEffectWin::deeds(CEffect& of) {
 MacroLook CEffectWin::look(CEffect& of) {
     return {[&of](int param) { return parameterOf(&of, param); },
             [&of](int, int param) { return of.paramName(param); }};
+}
+
+std::vector<SettingValue> CEffectWin::settingsOfChain() {
+    std::vector<SettingValue> all;
+    if (CEffectProg* prog = rack.getProg())
+        for (auto* fx : each<CFX>(prog->effects))
+            for (const Setting& s : settingsOf(*fx)) all.push_back({&s, s.of(fx)});
+    return all;
 }
 
 PanelWin::Shape CEffectWin::shape() const {

@@ -23,6 +23,7 @@ private:
     void refresh() override;
     ProgramBar::Deeds deeds(CEffect& of);
     static MacroLook look(CEffect& of);
+    std::vector<SettingValue> settingsOfChain();
     void addKinds(CPopup* popup, void (CEffectWin::*chosen)(CObject*));
     void addClicked(CObject*);
     void effectChosen(CObject* sender);

@@ -11,6 +11,8 @@
 #include "instruments/SoundSettings.h"
 #include "panels/PageRow.h"
 #include "panels/PanelBody.h"
+#include "panels/sampler/ProgramList.h"
+#include "panels/sampler/ProgramSettings.h"
 #include "panels/sampler/SoundList.h"
 #include "panels/sampler/ZoneView.h"
 #include "project/PresetFiles.h"
@@ -28,7 +30,8 @@ const CRect usualPlace = asRect(100, 80, 100 + 960, 80 + 600);
 CSamplerWin::CSamplerWin(Workspace& space, CSampler& edited)
     : PanelWin(space, edited, usualPlace, deeds(edited), look(edited)), sampler(edited),
       content(this, space), list(new SoundList(this, space, edited)),
-      pages(new PageRow(this, "pages", {"Sound", "Modulators", "Effects", "Keys"}, pageWidth)) {
+      pages(new PageRow(this, "pages", {"Sound", "Modulators", "Effects", "Keys", "Programs"},
+                        pageWidth)) {
     const int below = contentTop();
     list->setBounds(0, below, listWidth, 1);
     list->setAlign(alignHeight, 0, 0);
@@ -39,6 +42,12 @@ CSamplerWin::CSamplerWin(Workspace& space, CSampler& edited)
     pages->setAlign(alignWidth, 0, 0);
     pages->onTurned = [this] { follow(); };
     addControl(pages);
+    compare(
+        [this] {
+            CSynthProg* prog = sampler.getProg();
+            return prog ? settingsOfProgram(*prog) : std::vector<SettingValue>();
+        },
+        [this] { return sampler.getProg(); });
     const int from = below + PageRow::usualHeight;
     body->setBounds(listWidth, from, width - listWidth, height - from);
     follow();
@@ -84,7 +93,9 @@ void CSamplerWin::factoryChosen(CObject* sender) {
 PanelWin::Shape CSamplerWin::shape() const {
     CSynthProg* prog = sampler.getProg();
     const CSound* sound = list->sound();
-    Shape now{{prog, sound}, {pages->page(), content.modulator()}};
+    Shape now{{}, {pages->page(), content.modulator()}};
+    if (pages->page() == pagePrograms) return now; // whatever is heard there
+    now.objects = {prog, sound};
     if (sound && sound->type == typeWavSound)
         now.objects.push_back(static_cast<const CWavSound*>(sound)->clips[0].load());
     if (pages->page() == pageKeys && prog)
@@ -112,7 +123,13 @@ std::vector<CSound*> CSamplerWin::along() const {
 void CSamplerWin::build() {
     content.clear();
     zones = nullptr;
+    programs = nullptr;
     settings = nullptr;
+    if (pages->page() == pagePrograms) {
+        programs = new ProgramList(this, workspace, sampler);
+        body->inner->addControl(programs);
+        return;
+    }
     CSound* sound = list->sound();
     if (pages->page() == pageKeys) return buildKeys();
     if (!sound) return;
@@ -145,6 +162,7 @@ void CSamplerWin::buildKeys() {
 
 void CSamplerWin::arrange(int wide) {
     content.arrange(wide);
+    if (programs) programs->fit(wide, body->height);
     if (!zones) return;
     zones->setBounds(gap, gap, zones->width, zones->height);
     zones->fit(wide - 2 * gap);
@@ -155,6 +173,7 @@ void CSamplerWin::arrange(int wide) {
 void CSamplerWin::refresh() {
     list->refresh();
     content.refresh();
+    if (programs) programs->refresh();
     if (!zones) return;
     zones->refresh();
     settings->refresh();

@@ -6,18 +6,20 @@
 class CSampler;
 class CSound;
 class PageRow;
+class ProgramList;
 class SettingPanel;
 class SoundList;
 class ZoneView;
 
 /// The window of a sampler: its layers and sounds at the left, and of the one that is chosen there
-/// the sound itself, its modulators, its effects or the keys, a page each. Interface thread.
+/// the sound itself, its modulators, its effects or the keys, a page each, or programs to take.
+/// Interface thread.
 class CSamplerWin : public PanelWin {
 public:
     CSamplerWin(Workspace& workspace, CSampler& sampler);
 
 private:
-    enum Page : int { pageSound, pageModulators, pageEffects, pageKeys };
+    enum Page : int { pageSound, pageModulators, pageEffects, pageKeys, pagePrograms };
 
     Shape shape() const override;
     void build() override;
@@ -37,7 +39,8 @@ private:
     CSampler& sampler;
     SoundContent content;
     SoundList* list;
-    PageRow* pages; ///< which page shows
+    PageRow* pages;                  ///< which page shows
+    ProgramList* programs = nullptr; ///< of its page, among the controls; else null
     // Of the page of the keys, among the controls; else null.
     ZoneView* zones = nullptr;
     SettingPanel* settings = nullptr;
