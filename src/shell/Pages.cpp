@@ -5,6 +5,7 @@
 #include "gui/CApp.h"
 #include "gui/XConnection.h"
 #include "gui/controls/CDocker.h"
+#include "instruments/CArp.h"
 #include "sequencer/song/CEditorComp.h"
 #include "sequencer/song/CSeq.h"
 #include "shell/CMainWin.h"
@@ -84,7 +85,14 @@ void Pages::eachRecord(const std::function<void(CEditorStruct&)>& visit) const {
         }
     visit(qv->mapStruct);
     visit(window->flows->mixer.editorStruct);
-    if (const CSeq* seq = songOf(qv)) visit(seq->editorComp->editorStruct);
+    const CSeq* seq = songOf(qv);
+    if (!seq) return;
+    visit(seq->editorComp->editorStruct);
+    for (auto* track : each<CTrack>(seq->tracks)) {
+        own(track);
+        track->eachInsert(own);
+        if (track->arp) own(track->arp.get());
+    }
 }
 
 /// The open editors by page and place.

@@ -497,12 +497,19 @@ TEST_F(PanelsTest, TheDrumsOfAKit) {
     for (auto* t : each<CSongTrack>(seq()->getProg()->tracks))
         if (t->track->kind == trackDrum) drums = t;
     ASSERT_NE(drums, nullptr);
+    open(sampler());
     seq()->unselectTracks();
     seq()->selectTrack(drums, true);
-    win->move(0, 0, 800, 590);
     key("ctrl+space");
     ASSERT_TRUE(pumpUntil([&] { return win->pages->editorOf(drums->track) != nullptr; }));
+    // Its page moves up when one before it goes.
+    const int place = drums->track->editorStruct.page;
+    win->pages->dockWin(page, -2, false);
+    ASSERT_TRUE(loaded());
+    EXPECT_EQ(drums->track->editorStruct.page, place - 1);
+    page->hide();
     page = win->pages->editorOf(drums->track);
+    EXPECT_TRUE(win->inFront(drums->track));
     settle();
     auto* pads = find<DrumPads>("pads");
     EXPECT_EQ(pads->accessParts(), drums->track->drumLayer()->sounds.getCount());
