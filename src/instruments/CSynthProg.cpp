@@ -81,3 +81,9 @@ CLayer* CSynthProg::addLayer() {
     layer = l;
     return l;
 }
+
+bool CSynthProg::hasSound(const CSound* wanted) const {
+    for (const CLayer* l : each<CLayer>(layers))
+        if (l->sounds.contains(wanted)) return true;
+    return false;
+}

@@ -57,6 +57,7 @@ public:
     /// Calls `visit(CSound*)` for every sound of every layer.
     template <class F>
     void eachSound(F&& visit);
+    bool hasSound(const CSound* wanted) const; ///< which may be gone; any layer
 
 private:
     CQV* host;

@@ -27,7 +27,10 @@ constexpr Named named[] = {
     {"Pitch", "Coarse", targetPitch},
 };
 
+/// The usual one before others, such as the wheel, which a player has for himself.
 int controllerTo(const CSound& sound, int target) {
+    const int usual = usualControllers[target];
+    if (usual >= 0 && sound.ccMap[usual] == target) return usual;
     for (int i = 0; i < int(std::size(sound.ccMap)); i++)
         if (sound.ccMap[i] == target) return i;
     return -1;
@@ -125,5 +128,5 @@ CStr soundParamName(CSampler& sampler, int param) {
     eachMoved(sampler, param, [&](CSound*, int target) {
         if (moved == targetNone) moved = target;
     });
-    return moved == targetNone ? sampler.paramName(param) : CStr(targetNames[moved]);
+    return moved == targetNone ? sampler.paramName(param) : paramAsStr(moved);
 }

@@ -13,10 +13,10 @@ class CSound;
 /// The pitch is that of the coarse tuning.
 int targetOfSetting(const Setting& setting);
 
-/// The parameter that moves a setting of a sound of that sampler: the first controller that leads
-/// there. Without one `assign` leads one there, for the sound and for those of `along` that have
-/// none, by a step: the usual one, or another that moves nothing yet in the program. None for a
-/// setting that controllers cannot move.
+/// The parameter that moves a setting of a sound of that sampler: the usual controller if it leads
+/// there, else the first that does. Without one `assign` leads one there, for the sound and for
+/// those of `along` that have none, by a step: the usual one, or another that moves nothing yet in
+/// the program. None for a setting that controllers cannot move.
 ParamRef soundParamOf(CSampler& sampler, CSound& sound, const Setting& setting, bool assign,
                       const std::vector<CSound*>& along = {});
 

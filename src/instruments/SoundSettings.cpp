@@ -37,7 +37,8 @@ constexpr std::array level = {
     fieldSetting<&CSound::pan, -1.0, 1.0>("Level", "Pan", 0.0, panUnit),
 };
 constexpr std::array mute = {
-    switchSetting<&CSound::mute>("Level", "Mute")}; ///< of a drum in its row
+    /// A drum's is set by its track (sequencer/edit/KitEdits.h), whose views it tells.
+    switchSetting<&CSound::mute>("Level", "Mute")};
 constexpr std::array tuning = {
     fieldSetting<&CSound::coarse, -mostSemitones, mostSemitones>("Pitch", "Coarse", 0.0,
                                                                  semitoneUnit, Setting::whole),

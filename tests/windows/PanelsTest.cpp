@@ -155,6 +155,7 @@ TEST_F(PanelsTest, KnobsAreLearnedAndAutomated) {
     start();
     ASSERT_TRUE(load(kindDefault));
     CSampler* s = sampler();
+    setProgramMacro(s, 1, -1);
     open(s);
     constexpr int usualCutoff = 74, usualQ = 71;
     const auto menu = [&](const char* id, std::vector<std::string> keys) {
@@ -498,18 +499,18 @@ TEST_F(PanelsTest, TheDrumsOfAKit) {
         if (t->track->kind == trackDrum) drums = t;
     ASSERT_NE(drums, nullptr);
     open(sampler());
+    key("F8");
     seq()->unselectTracks();
     seq()->selectTrack(drums, true);
     key("ctrl+space");
     ASSERT_TRUE(pumpUntil([&] { return win->pages->editorOf(drums->track) != nullptr; }));
     // Its page moves up when one before it goes.
     const int place = drums->track->editorStruct.page;
-    win->pages->dockWin(page, -2, false);
+    win->pages->dockWin(page, seq()->editorStruct.page, true);
     ASSERT_TRUE(loaded());
     EXPECT_EQ(drums->track->editorStruct.page, place - 1);
-    page->hide();
     page = win->pages->editorOf(drums->track);
-    EXPECT_TRUE(win->inFront(drums->track));
+    win->openEditor(drums->track);
     settle();
     auto* pads = find<DrumPads>("pads");
     EXPECT_EQ(pads->accessParts(), drums->track->drumLayer()->sounds.getCount());

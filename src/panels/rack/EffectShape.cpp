@@ -5,6 +5,7 @@
 #include "common/fx/CChorus.h"
 #include "common/fx/CCompressor.h"
 #include "common/fx/CDelay.h"
+#include "common/fx/CGate.h"
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
 #include "effects/EffectKinds.h"
@@ -156,21 +157,32 @@ EffectShape stepsOf(const CBitcrusher& fx) {
     return made;
 }
 
-/// How loud comes out what goes in, in decibels.
-EffectShape lawOf(const CCompressor& fx) {
+/// How loud comes out what goes in, by what `gain` makes of a level, all in decibels.
+template <class F>
+EffectShape levelLaw(F&& gain) {
     constexpr double quietest = -60.0, loudest = 6.0;
-    const auto place = [](double db) { return (db - quietest) / (loudest - quietest); };
     EffectShape made;
     made.lines.push_back({{{0.0, 0.0}, {1.0, 1.0}}, true});
     made.lines.push_back(curve([&](double share) {
         const double in = quietest + share * (loudest - quietest);
-        const double over = std::max(0.0, in - double(fx.getThreshold()));
-        return place(in - over * (1.0 - double(fx.getRatio())) + double(fx.getGain()));
+        return (in + gain(in) - quietest) / (loudest - quietest);
     }));
     made.from = "-60 dB";
     made.to = "6 dB";
     made.spoken = "Level out by level in";
     return made;
+}
+
+EffectShape lawOf(const CCompressor& fx) {
+    return levelLaw([&](double in) {
+        const double over = std::max(0.0, in - double(fx.getThreshold()));
+        return double(fx.getGain()) - over * (1.0 - double(fx.getRatio()));
+    });
+}
+
+EffectShape lawOf(const CGate& fx) {
+    return levelLaw(
+        [&](double in) { return in < double(fx.getThreshold()) ? double(fx.getRange()) : 0.0; });
 }
 
 } // namespace
@@ -194,6 +206,8 @@ EffectShape EffectShaper::shapeOf(const CFX& fx, double tempo) {
         return response(fx, 24.0, -48.0, "Level by frequency");
     case fxCompressor:
         return lawOf(static_cast<const CCompressor&>(fx));
+    case fxGate:
+        return lawOf(static_cast<const CGate&>(fx));
     case fxGuitarAmp:
         return response(fx, 60.0, -20.0, "Tone: level by frequency");
     default:

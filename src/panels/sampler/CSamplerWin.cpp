@@ -104,10 +104,8 @@ PanelWin::Shape CSamplerWin::shape() const {
 }
 
 bool CSamplerWin::alive(const CSound* wanted) const {
-    bool found = false;
-    if (CSynthProg* prog = sampler.getProg())
-        prog->eachSound([&](const CSound* s) { found = found || s == wanted; });
-    return found;
+    const CSynthProg* prog = sampler.getProg();
+    return prog && prog->hasSound(wanted);
 }
 
 std::vector<CSound*> CSamplerWin::along() const {

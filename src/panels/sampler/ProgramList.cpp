@@ -65,11 +65,9 @@ ProgramList::~ProgramList() {
 void ProgramList::readEntries() {
     std::vector<CStr> all(std::begin(everything), std::end(everything));
     for (int i = 0; i < factoryCount; i++) {
-        const std::unique_ptr<CSynthProg> prog(buildFactoryProg(sampler.host, &sampler, i));
-        const Entry entry{prog->id, prog->family, prog->words,
-                          iniReadInt(section, prog->id, 0) != 0};
-        if (!entry.family.empty() && std::ranges::find(all, entry.family) == all.end())
-            all.push_back(entry.family);
+        const Entry entry{factoryName(i), factoryFamily(i), factoryWords(i),
+                          iniReadInt(section, factoryName(i), 0) != 0};
+        if (std::ranges::find(all, entry.family) == all.end()) all.push_back(entry.family);
         entries.push_back(entry);
     }
     std::sort(all.begin() + std::size(everything), all.end(),

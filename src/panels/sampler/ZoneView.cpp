@@ -103,10 +103,8 @@ void ZoneView::paint(CGraphic* g, CRect) {
 }
 
 bool ZoneView::there(const CSound* wanted) const {
-    bool found = false;
-    if (CSynthProg* prog = sampler.getProg())
-        prog->eachSound([&](const CSound* s) { found = found || s == wanted; });
-    return found;
+    const CSynthProg* prog = sampler.getProg();
+    return prog && prog->hasSound(wanted);
 }
 
 ZoneView::Hit ZoneView::hitAt(int x, int y) const {
