@@ -25,6 +25,16 @@ of() { # TITLE FILE: a dialog that is open, which is left
 
 playing 0 main-light.png
 leave
+begin startwith=2 look=1
+keys ctrl+n
+sleep 1
+keys Home Down Down Return # drums and a bass
+sleep 2
+at 60 225
+xdotool click 1
+keys ctrl+space
+shot "$images/drums.png"
+leave
 playing 1 main.png
 keys F9 Home space
 sleep 8
@@ -38,6 +48,22 @@ at 110 309 # the head of the pad
 xdotool click 1
 keys ctrl+space
 shot "$images/sampler.png"
+keys F8 ctrl+shift+a
+shot "$images/arp.png"
+keys F9
+sleep 1
+at 405 262 # the first insert of the pluck
+xdotool click 1
+sleep 0.5
+keys Down Return
+sleep 1
+xdotool click --repeat 2 --delay 60 1
+sleep 1
+at 70 470 # another effect
+xdotool click 1
+sleep 0.5
+keys Down Down Return
+shot "$images/rack.png"
 keys F8
 keys ctrl+n
 of Welcome welcome.png

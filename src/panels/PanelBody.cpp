@@ -2,7 +2,8 @@
 
 namespace {
 
-constexpr int barRoom = 18; ///< of the scroll bar, which may be needed or not
+/// Of the scroll bar, which may be needed or not, and of the margin that a scroll panel adds.
+constexpr int barRoom = 24;
 
 } // namespace
 

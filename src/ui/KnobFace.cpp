@@ -36,10 +36,10 @@ void KnobFace::paintMoved(CGraphic* g, const CPalette& colours) const {
     const double around = radius + movedGap;
     CPath reach;
     reach.arc(x, y, around, angleOf(movedFrom), angleOf(movedTo));
-    strokePath(g, reach, movedWidth, colours.solo);
+    strokePath(g, reach, movedWidth, colours.meter[1]);
     if (now < 0.0) return;
     const double at = angleOf(now);
-    fillDot(g, x + std::cos(at) * around, y + std::sin(at) * around, dotRadius, colours.solo);
+    fillDot(g, x + std::cos(at) * around, y + std::sin(at) * around, dotRadius, colours.meter[1]);
 }
 
 void KnobFace::paint(CGraphic* g, const CPalette& colours) const {

@@ -209,7 +209,7 @@ EffectShape EffectShaper::shapeOf(const CFX& fx, double tempo) {
     case fxGate:
         return lawOf(static_cast<const CGate&>(fx));
     case fxGuitarAmp:
-        return response(fx, 60.0, -20.0, "Tone: level by frequency");
+        return response(fx, 50.0, -30.0, "Tone: level by frequency");
     default:
         return {};
     }
