@@ -1,6 +1,7 @@
 #include "engine/CFreezeItem.h"
 
 #include "audiofiles/CSample.h"
+#include "engine/CQV.h"
 
 CFreezeItem::~CFreezeItem() {
     delete sample;
@@ -10,4 +11,15 @@ void CFreezeItem::setSample(CSample* s) {
     sample = s;
     start = 0;
     end = s->getFrames() - 1;
+}
+
+bool playsFrozen(const CComp* comp) {
+    if (comp->host->renderMode) return false;
+    for (auto* cable : each<CMIDICable>(comp->midiCables)) {
+        const CList* items = cable->fromPort ? cable->fromPort->freezeItems : nullptr;
+        if (!items) continue;
+        for (auto* item : each<CFreezeItem>(*items))
+            if (item->comp == comp && item->sample) return true;
+    }
+    return false;
 }

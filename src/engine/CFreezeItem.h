@@ -24,3 +24,7 @@ public:
     /// The whole of `s`, which the item owns from now on.
     void setSample(CSample* s);
 };
+
+/// Whether a track that feeds a component by MIDI plays a file in its place. Not in a render, which
+/// plays what was frozen itself. Graph holder.
+bool playsFrozen(const CComp* comp);

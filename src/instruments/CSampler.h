@@ -112,7 +112,6 @@ private:
     SustainPedal pedal;
 
     void complain(const SamplerContent& content);
-    bool feedsFrozen();
     void takeGuiKeys();
     bool hears(const CMIDIBytes& event) const;
     void movePedal(int data);

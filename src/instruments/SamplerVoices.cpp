@@ -20,19 +20,7 @@ constexpr int pianoVelocity = 80;
 } // namespace
 
 int CSampler::freezed(COutputChannel*) {
-    return feedsFrozen();
-}
-
-/// A render plays what was frozen itself.
-bool CSampler::feedsFrozen() {
-    if (host->renderMode) return false;
-    for (auto* cable : each<CMIDICable>(midiCables)) {
-        const CList* items = cable->fromPort ? cable->fromPort->freezeItems : nullptr;
-        if (!items) continue;
-        for (auto* item : each<CFreezeItem>(*items))
-            if (item->comp == this && item->sample) return true;
-    }
-    return false;
+    return playsFrozen(this);
 }
 
 void CSampler::takeGuiKeys() {
@@ -52,7 +40,7 @@ void CSampler::process(int frames) {
     if (!guard.enter) return;
     mergeMIDI(frames);
     takeGuiKeys();
-    frozen = feedsFrozen();
+    frozen = playsFrozen(this);
     if (frozen) {
         allNotesOff();
         fxDone = true; // the file holds them
