@@ -68,13 +68,14 @@ void intern(Display* display, Atoms& atoms, std::span<const AtomName> names, boo
     for (size_t i = 0; i < names.size(); i++) atoms.*names[i].slot = found[i];
 }
 
-int noteError(Display*, XErrorEvent* event) {
-    xerror = event->error_code;
+// Others in the process may have connections of their own, whose errors are theirs.
+int noteError(Display* display, XErrorEvent* event) {
+    if (display == xConnection().display) xerror = event->error_code;
     return 0;
 }
 
-int noteLoss(Display*) {
-    xConnection().lost = true;
+int noteLoss(Display* display) {
+    if (display == xConnection().display) xConnection().lost = true;
     return 0;
 }
 
@@ -99,14 +100,18 @@ bool syncSucceeded() {
     return liveDisplay() && xerror == 0;
 }
 
+void takeErrors() {
+    XSetErrorHandler(noteError);
+    XSetIOErrorHandler(noteLoss);
+}
+
 bool XConnection::open() {
     if (display) return !lost;
     XInitThreads();
     display = XOpenDisplay(nullptr);
     if (!display) return false;
     lost = false;
-    XSetErrorHandler(noteError);
-    XSetIOErrorHandler(noteLoss);
+    takeErrors();
     XSetIOErrorExitHandler(display, stayAlive, nullptr);
     screen = DefaultScreen(display);
     root = RootWindow(display, screen);

@@ -58,6 +58,9 @@ _XDisplay* liveDisplay();
 /// Waits until the server has carried out all that was sent, and tells whether it met an error in
 /// between: `xerror` is cleared first by the caller.
 bool syncSucceeded();
+/// The errors of the server come to this program again, after code of somebody else ran, which may
+/// have taken them to itself.
+void takeErrors();
 
 CPoint mousePos(); ///< of the pointer on the screen
 void setMousePos(int x, int y);
