@@ -28,8 +28,6 @@ std::unique_ptr<CEffect> emptyRack(COutputChannel* ch) {
     auto rack = std::make_unique<CEffect>(host);
     rack->createIO();
     rack->createBuffers(host->frames);
-    rack->listKind = listInsert;
-    rack->ownerChannel = ch;
     return rack;
 }
 
@@ -41,21 +39,21 @@ std::unique_ptr<CEffect> rackOf(COutputChannel* ch, int kind) {
     return rack;
 }
 
-CComp* link(std::unique_ptr<CEffect> rack, COutputChannel* ch, int index, const CStr& title) {
-    CQV* host = ch->comp->host;
-    CUndo* step = host->undoStart(title, host, rewired);
-    CComp* made = rack.release();
-    step->asAdd(made, &ch->inserts, placeIn(ch, index));
-    host->undoEnd(step, true);
-    return made;
-}
-
 } // namespace
 
+CComp* addInsert(COutputChannel* ch, std::unique_ptr<CComp> made, int index) {
+    CQV* host = ch->comp->host;
+    CUndo* step = host->undoStart("Add " + made->id, host, rewired);
+    CComp* added = made.release();
+    added->listKind = listInsert;
+    added->ownerChannel = ch;
+    step->asAdd(added, &ch->inserts, placeIn(ch, index));
+    host->undoEnd(step, true);
+    return added;
+}
+
 CComp* addInsert(COutputChannel* ch, int kind, int index) {
-    std::unique_ptr<CEffect> rack = rackOf(ch, kind);
-    const CStr title = "Add " + rack->id;
-    return link(std::move(rack), ch, index, title);
+    return addInsert(ch, rackOf(ch, kind), index);
 }
 
 CComp* addInsertFile(COutputChannel* ch, const CStr& path, int index) {
@@ -65,21 +63,25 @@ CComp* addInsertFile(COutputChannel* ch, const CStr& path, int index) {
     if (!rack->getProg()) return nullptr;
     rack->setRate(double(ch->comp->host->rate));
     rack->id = rack->getProg()->id;
-    const CStr title = "Add " + rack->id;
-    return link(std::move(rack), ch, index, title);
+    return addInsert(ch, std::move(rack), index);
+}
+
+CComp* replaceInsert(COutputChannel* ch, int index, std::unique_ptr<CComp> made) {
+    auto* former = static_cast<CComp*>(ch->inserts.items(index));
+    if (!former) return addInsert(ch, std::move(made), index);
+    CQV* host = ch->comp->host;
+    CUndo* step = host->undoStart("Replace " + former->id, host, rewired);
+    step->asRemove(former, &ch->inserts);
+    CComp* added = made.release();
+    added->listKind = listInsert;
+    added->ownerChannel = ch;
+    step->asAdd(added, &ch->inserts, index);
+    host->undoEnd(step, true);
+    return added;
 }
 
 CComp* replaceInsert(COutputChannel* ch, int index, int kind) {
-    auto* former = static_cast<CComp*>(ch->inserts.items(index));
-    if (!former) return addInsert(ch, kind, index);
-    CQV* host = ch->comp->host;
-    std::unique_ptr<CEffect> rack = rackOf(ch, kind);
-    CUndo* step = host->undoStart("Replace " + former->id, host, rewired);
-    step->asRemove(former, &ch->inserts);
-    CComp* made = rack.release();
-    step->asAdd(made, &ch->inserts, index);
-    host->undoEnd(step, true);
-    return made;
+    return replaceInsert(ch, index, rackOf(ch, kind));
 }
 
 void removeInsert(COutputChannel* ch, CComp* insert) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 class CComp;
 class COutputChannel;
 class CStr;
@@ -11,6 +13,9 @@ class CStr;
 /// A rack with one effect (FxKind) comes to a place, with a share of it that leaves the sound
 /// itself to be heard. The rack.
 CComp* addInsert(COutputChannel* ch, int kind, int index);
+/// A component that is complete and linked nowhere comes to a place, or in place of what is there.
+CComp* addInsert(COutputChannel* ch, std::unique_ptr<CComp> made, int index);
+CComp* replaceInsert(COutputChannel* ch, int index, std::unique_ptr<CComp> made);
 /// A rack that a file (.qve) tells. Null, and nothing happens, where it has none.
 CComp* addInsertFile(COutputChannel* ch, const CStr& path, int index);
 /// Another effect in place of the one at `index`, or of nothing.

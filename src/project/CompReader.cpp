@@ -3,10 +3,10 @@
 #include "base/BlockSearch.h"
 #include "base/LoadBudget.h"
 #include "base/Numbers.h"
-#include "engine/CKeptComp.h"
 #include "engine/CQV.h"
 #include "engine/CompBlocks.h"
 #include "engine/StripBlocks.h"
+#include "plugins/CVST.h"
 #include "project/ItemView.h"
 
 #include <algorithm>
@@ -126,8 +126,7 @@ void CompReader::fill(CComp* c, ItemView& item, const CompHead& head) {
     applyHead(c, head);
     c->read(&item, saturate(item.getSize()));
     item.tooShort = false; // what is missing in its own content is the component's affair
-    const auto* kept = dynamic_cast<CKeptComp*>(c);
-    if (kept && kept->storedType == compVST) notLoaded.push_back(c->id);
+    if (c->type == compVST && !static_cast<CVST*>(c)->opened()) notLoaded.push_back(c->id);
 }
 
 void CompReader::readComp(ItemView& item, bool full) {

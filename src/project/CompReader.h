@@ -26,7 +26,7 @@ public:
     static void addNames(BlockNames& names); ///< those of its items
 
     CComp* current() const { return io ? io->comp : nullptr; }
-    std::vector<CStr> notLoaded; ///< names of plug-ins that this program has not got
+    std::vector<CStr> notLoaded; ///< names of plug-ins that are not there, or did not open
 
 private:
     /// Strips stand at outputs, but for those of the host; sends at strips, but for those of buses.

@@ -6,6 +6,7 @@
 #include "engine/DeviceComps.h"
 #include "instruments/CArp.h"
 #include "instruments/CSampler.h"
+#include "plugins/CVST.h"
 #include "sequencer/song/CSeq.h"
 
 namespace {
@@ -18,6 +19,7 @@ CComp* make(CQV* qv) {
 } // namespace
 
 void enterCompTypes() {
+    enterCompType(compVST, make<CVST>);
     enterCompType(compSampler, make<CSampler>);
     enterCompType(compArp, make<CArp>);
     enterCompType(compEffect, make<CEffect>);

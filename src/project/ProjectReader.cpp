@@ -10,6 +10,7 @@
 #include "engine/CQV.h"
 #include "engine/Mixing.h"
 #include "engine/Solo.h"
+#include "plugins/CVST.h"
 #include "project/CableBlocks.h"
 #include "project/CompReader.h"
 #include "project/ItemView.h"
@@ -78,6 +79,7 @@ private:
     CStr name() const;
     void showProgress();
     void fillDevices();
+    void fillPlugins();
     void closeSilenced();
     void warnOfMissing() const;
     void warnOfLeftOut() const;
@@ -285,6 +287,7 @@ void Reading::finish() {
     for (const CompIO& io : index.comps)
         if (io.comp->type == compSeq) bindSeqChannels(static_cast<CSeq*>(io.comp), io);
     fillDevices();
+    fillPlugins();
     host->createBuffers(host->frames);
     for (auto* list : {&host->comps, &host->sends}) {
         for (auto* c : each<CComp>(*list)) {
@@ -309,6 +312,19 @@ void Reading::fillDevices() {
         if (c->type != compAudioOut) continue;
         if (c->outputs.empty()) c->outputs.add(new COutputChannel(c));
         if (c->inPorts.empty()) c->inPorts.add(new CInputPort(c));
+    }
+}
+
+/// A plug-in may have got more channels since the project was saved.
+void Reading::fillPlugins() {
+    const auto fill = [](CComp* c) {
+        if (c->type == compVST) static_cast<CVST*>(c)->fixChannels();
+    };
+    for (auto* list : {&host->comps, &host->sends}) {
+        for (auto* c : each<CComp>(*list)) {
+            fill(c);
+            c->eachInsert(fill);
+        }
     }
 }
 

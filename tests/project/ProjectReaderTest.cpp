@@ -77,7 +77,8 @@ TEST(ProjectReader, DamageIsToldAndReadAround) {
          comp("comp2", 9, 0, "N") + item("aout", number(2)) + comp("comp2", 9, 4, "N") +
              comp("comp2", 4, 3, "S") + item("aout", number(2)),
          ""},
-        {"plug-in", comp("comp2", 2, 1, "A", "x") + comp("comp2", 2, 1, "B"),
+        {"plug-in",
+         comp("comp2", 2, 1, "A", item("filename", text("/none/a.so"))) + comp("comp2", 2, 1, "B"),
          "VST: Failed to open A, B"},
         {"odd numbers",
          group + item("strip2", real(NAN) + real(9) + std::string(44, 0)) +

@@ -7,6 +7,7 @@
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CSampler.h"
+#include "plugins/CVST.h"
 #include "sequencer/song/CSeq.h"
 
 namespace {
@@ -47,6 +48,9 @@ void silenceContent(CComp* c) {
     case compSampler:
         static_cast<CSampler*>(c)->allNotesOff();
         for (auto* prog : each<CSynthProg>(c->progs)) silenceProgram(prog);
+        break;
+    case compVST:
+        static_cast<CVST*>(c)->resetSound();
         break;
     case compArp:
         static_cast<CArp*>(c)->deleteAllVoices();

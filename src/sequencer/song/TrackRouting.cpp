@@ -4,6 +4,7 @@
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/TrackInstrument.h"
 
 #include <algorithm>
 
@@ -82,6 +83,24 @@ bool setTrackTargets(CSeq* seq, const std::vector<CTrack*>& tracks, CComp* to) {
     }
     if (undo) seq->host->undoEnd(undo, true);
     return undo;
+}
+
+void setTrackInstrument(CSeq* seq, const std::vector<CTrack*>& tracks,
+                        std::unique_ptr<CComp> instrument) {
+    CUndo* undo = seq->host->undoStart("Instrument", seq, {.graph = true});
+    CComp* to = instrument.release();
+    to->id = seq->host->autoNameComp(to->id);
+    for (CTrack* track : tracks) {
+        const Way way(track);
+        if (!way.notes) continue;
+        for (CComp* former : trackTargets(seq, track))
+            if (way.leadsTo(former)) way.record(undo, former, false);
+        if (track == tracks.front())
+            linkInstrument(to, track, undo);
+        else
+            way.record(undo, to, true);
+    }
+    seq->host->undoEnd(undo, true);
 }
 
 std::vector<COutputChannel*> trackSources(CSeq* seq) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 class CComp;
@@ -19,6 +20,11 @@ CComp* trackTarget(CSeq* seq, CTrack* track);
 bool setTrackTarget(CSeq* seq, CTrack* track, CComp* to);
 /// The same for several, in one step; those that cannot lead there stay as they are.
 bool setTrackTargets(CSeq* seq, const std::vector<CTrack*>& tracks, CComp* to);
+
+/// An instrument that is complete and linked nowhere comes into the graph; instrument tracks among
+/// `tracks`, of which the first is one, play it, all in one step.
+void setTrackInstrument(CSeq* seq, const std::vector<CTrack*>& tracks,
+                        std::unique_ptr<CComp> instrument);
 
 // Where an audio track records from.
 

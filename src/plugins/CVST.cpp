@@ -1,0 +1,246 @@
+#include "plugins/CVST.h"
+
+#include "base/BlockView.h"
+#include "base/CStream.h"
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "base/OpenBlock.h"
+#include "base/Paths.h"
+#include "engine/CQV.h"
+#include "plugins/PluginHooks.h"
+#include "plugins/PluginPlaces.h"
+#include "plugins/vst2/Vst2Plugin.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr const char* title = "VST";
+
+} // namespace
+
+CVST::CVST(CQV* root) : PluginComp(root) {
+    id = "VST";
+    type = compVST;
+}
+
+// Opening.
+
+bool CVST::open(bool setup) {
+    const CStr name = extractFileName(fileName);
+    id = changeFileExt(name, "");
+    if (!find()) return false;
+    if (!load(fileName)) {
+        if (setup) showMsg(nullptr, title, "Failed to open " + id);
+        return false;
+    }
+    if (setup) setupIO();
+    return true;
+}
+
+/// Until it is found, or nobody names another folder.
+bool CVST::find() {
+    for (;;) {
+        const CStr path = allowedPlugin(host, fileName);
+        if (!path.empty()) {
+            fileName = path;
+            return true;
+        }
+        if (!pluginHooks()->askFolders(id)) return false;
+    }
+}
+
+bool CVST::load(const CStr& path) {
+    folder = extractFilePath(path);
+    CStr why;
+    std::unique_ptr<Plugin> made = Vst2Plugin::load(path, asHost(), why);
+    if (!made) {
+        showStr(path + ": " + why);
+        return false;
+    }
+    take(std::move(made));
+    return true;
+}
+
+bool CVST::locate(const CStr& path) {
+    if (opened()) return false;
+    allowPlugin(path);
+    const CStr name = id, former = fileName;
+    const GraphHold hold(host);
+    if (!load(path)) {
+        showMsg(nullptr, title, "Failed to open " + extractFileName(path));
+        return false;
+    }
+    CMemoryStream stream;
+    stream.write(kept.data(), int(kept.size()));
+    stream.seek(0, seekStart);
+    bool sawBank = false;
+    eachBlock(&stream, stream.size, [&](const CStr& block, BlockView& body) {
+        if (block != "filename") readBlock(block, body, int(body.left()), sawBank);
+    });
+    fileName = path;
+    id = name;
+    kept.clear();
+    fixChannels();
+    createBuffers(host->frames);
+    host->hostNotices.raise(HostNotice::graph | HostNotice::delays);
+    host->setModified();
+    return true;
+}
+
+void CVST::clear() {
+    PluginComp::clear();
+    bank = {};
+    kept.clear();
+    fileName = chunkPath = "";
+}
+
+CComp* CVST::copy() {
+    auto* twin = new CVST(host);
+    twin->copyData(this);
+    twin->copyIO(this);
+    return twin;
+}
+
+// Projects.
+
+void CVST::write(CStream* stream) {
+    if (!opened() && !kept.empty()) {
+        stream->write(kept.data(), int(kept.size()));
+        return;
+    }
+    const auto text = [stream](const char* block, const CStr& content) {
+        stream->writeId(block, content.length() + int(sizeof(int)));
+        stream->writeStr(content);
+    };
+    text("filename", fileName);
+    text("chunkpath", chunkPath);
+    if (Plugin* p = loaded()) {
+        const OpenBlock block(stream, "chunk2");
+        writeBank(stream, *p, bank, WordOrder::file);
+    }
+    if (Plugin* p = loaded()) {
+        const OpenBlock block(stream, "chunk");
+        writeBank(stream, *p, bank, WordOrder::block);
+    }
+    writeIntBlock(stream, "mch", mch);
+    writeIntBlock(stream, "prog", pendingProg >= 0 ? int(pendingProg) : getProg());
+    stream->writeId("macro", int(sizeof(int)) * (1 + macroCount));
+    stream->writeInt(macroCount);
+    for (const int param : macroParams) stream->writeInt(param);
+}
+
+void CVST::read(CStream* stream, int end) {
+    clear();
+    const int64_t from = stream->getPos();
+    std::vector<unsigned char> content(size_t(std::clamp<int64_t>(end - from, 0, stream->left())));
+    stream->read(content.data(), int(content.size()));
+    stream->seek(from, seekStart);
+    const CStr name = id;
+    bool sawBank = false;
+    eachBlock(stream, end, [&](const CStr& block, BlockView& body) {
+        if (block != "filename") return readBlock(block, body, int(body.left()), sawBank);
+        fileName = body.readStr();
+        open(false);
+        deleteAll<CObject>(outPorts); // those of the project follow
+        id = name;
+    });
+    if (!opened()) kept = std::move(content);
+}
+
+void CVST::readBlock(const CStr& name, CStream& body, int size, bool& sawBank) {
+    if (name == "chunkpath") chunkPath = body.readStr();
+    if (name == "mch") mch = std::clamp(body.readInt(), -1, 15);
+    if (name == "prog") setProg(body.readInt());
+    if (name == "macro") {
+        const int count = std::clamp(body.readInt(), 0, int(macroCount));
+        for (int i = 0; i < count; i++) setMacroParam(i, body.readInt());
+    }
+    if (name != "chunk2" && (name != "chunk" || sawBank)) return;
+    const bool newer = name == "chunk2";
+    sawBank = sawBank || newer;
+    CMemoryStream content;
+    content.copy(&body, size);
+    readState(content, newer ? WordOrder::file : WordOrder::block, newer ? "chunk2" : "chunk");
+}
+
+void CVST::readState(CStream& body, WordOrder order, const char* block) {
+    if (!opened()) return;
+    BankResult result = BankResult::good;
+    changeWhole([&](Plugin& p) {
+        int size = 0;
+        result = readBank(&body, p, order, size);
+        bank.takeCurrent(p);
+    });
+    if (result != BankResult::good)
+        showMsg(nullptr, title, "'" + fileName + "' caused an error reading data " + block);
+}
+
+// Banks and programs.
+
+template <class F>
+bool CVST::readFile(const CStr& path, F&& reader) {
+    CFileStream stream(path, 0);
+    if (!opened() || !stream.isOpen()) return false;
+    if (loaded()->uniqueId() == 0) {
+        showMsg(nullptr, title, path + " - Plugin id doesn't match id in file");
+        return false;
+    }
+    BankResult result = BankResult::good;
+    int size = 0;
+    changeWhole([&](Plugin& p) {
+        result = reader(stream, p, size);
+        bank.takeCurrent(p);
+    });
+    if (result == BankResult::good) {
+        host->setModified();
+        return true;
+    }
+    showMsg(nullptr, title, "Error opening chunk " + asStr(size) + " " + path);
+    return false;
+}
+
+bool CVST::openBank(const CStr& path) {
+    const bool good = readFile(path, [](CStream& stream, Plugin& p, int& size) {
+        return readBank(&stream, p, WordOrder::file, size);
+    });
+    if (good) chunkPath = path;
+    return good;
+}
+
+bool CVST::openProgram(const CStr& path) {
+    return readFile(
+        path, [](CStream& stream, Plugin& p, int& size) { return readProgram(&stream, p, size); });
+}
+
+template <class F>
+bool CVST::writeFile(const CStr& path, F&& writer) {
+    if (!opened()) return false;
+    CMemoryStream stream;
+    writer(stream, *loaded());
+    if (stream.saveToFile(path)) return true;
+    showMsg(nullptr, "Error", "Could not write file " + path);
+    return false;
+}
+
+bool CVST::saveBank(const CStr& path) {
+    return writeFile(
+        path, [this](CStream& stream, Plugin& p) { writeBank(&stream, p, bank, WordOrder::file); });
+}
+
+bool CVST::saveProgram(const CStr& path) {
+    return writeFile(path, [](CStream& stream, Plugin& p) { writeProgram(&stream, p); });
+}
+
+void CVST::saveFXPToStream(CStream* stream) {
+    if (Plugin* p = loaded()) writeProgram(stream, *p);
+}
+
+std::unique_ptr<CVST> newPlugin(CQV* host, const CStr& path) {
+    auto made = std::make_unique<CVST>(host);
+    made->init();
+    made->fileName = path;
+    if (!made->open(true)) return nullptr;
+    made->createBuffers(host->frames);
+    return made;
+}

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "plugins/PluginComp.h"
+#include "plugins/vst2/BankFiles.h"
+
+#include <vector>
+
+/// A VST 2 plug-in, "VST" until one is opened. A project keeps its file, its state, and, where the
+/// file cannot be loaded, all that it had of it, byte for byte. Interface thread.
+class CVST : public PluginComp {
+public:
+    CStr fileName;  ///< of the library; empty at first
+    CStr chunkPath; ///< of the bank that the user opened last
+
+    explicit CVST(CQV* root);
+
+    /// Opens the plug-in that `fileName` stands for, after a look in the folders, and names the
+    /// component after it. With `setup` it gets channels. False when that fails, with `setup` after
+    /// a message: what a project misses its reader tells.
+    bool open(bool setup);
+    /// For a component whose plug-in was not found: opens this file with what the project had of
+    /// it. In the graph.
+    bool locate(const CStr& path);
+
+    void clear() override;
+    void read(CStream* stream, int end) override;
+    void write(CStream* stream) override;
+    CComp* copy() override;
+
+    // Banks (.fxb) and programs (.fxp). False after a message.
+    bool openBank(const CStr& path);
+    bool openProgram(const CStr& path);
+    bool saveBank(const CStr& path);
+    bool saveProgram(const CStr& path);
+    void saveFXPToStream(CStream* stream); ///< nothing without a plug-in
+
+protected:
+    void readPrograms(Plugin& made) override { bank.takeAll(made); }
+    void leavesProgram(Plugin& left) override { bank.takeCurrent(left); }
+
+private:
+    bool load(const CStr& path);
+    bool find();
+    void readBlock(const CStr& name, CStream& body, int size, bool& sawBank);
+    void readState(CStream& body, WordOrder order, const char* block);
+    template <class F>
+    bool readFile(const CStr& path, F&& reader);
+    template <class F>
+    bool writeFile(const CStr& path, F&& writer);
+
+    ProgramBank bank;
+    std::vector<unsigned char> kept; ///< the content of a project, while the plug-in is missing
+};
+
+/// A component of the plug-in in a file, with channels, ports and buffers, linked nowhere; null,
+/// after a message, where it cannot be opened.
+std::unique_ptr<CVST> newPlugin(CQV* host, const CStr& path);

@@ -1,0 +1,198 @@
+#include "base/Messages.h"
+#include "base/Numbers.h"
+#include "engine/CFreezeItem.h"
+#include "engine/CQV.h"
+#include "engine/MidiBytes.h"
+#include "plugins/PluginComp.h"
+
+#include <algorithm>
+#include <cmath>
+
+// The part of a plug-in in a block.
+
+namespace {
+
+enum : int { dozing = 1, awake = 2 };
+constexpr double quietPower = 1e-10, dozeSeconds = 2.0;
+
+double power(const float* samples, int frames) {
+    double sum = 0.0;
+    for (int i = 0; i < frames; i++) sum += double(samples[i]) * double(samples[i]);
+    return sum;
+}
+
+template <class Channel>
+double powerOf(const CList& channels, int frames) {
+    double sum = 0.0;
+    for (auto* channel : each<Channel>(channels))
+        sum += power(channel->bufL, frames) + power(channel->bufR, frames);
+    return sum;
+}
+
+} // namespace
+
+void PluginComp::process(int frames) {
+    const ProcessGuard guard(this);
+    if (!guard.enter) return;
+    mergeMIDI(frames);
+    if (playsFrozen(this)) {
+        fxDone = true; // the file holds the strips
+        return;
+    }
+    mergeAudio(frames);
+    mine = claim.tryRender();
+    CComp* song = sourceSeq ? sourceSeq.load() : host->masterSeq.load();
+    startTicks = blockStart(song, frames);
+    const bool effect = listKind == listSends || listKind == listInsert;
+    const bool folds = effect || listKind == listComps;
+    if (folds) foldInputs(frames);
+    if (effect && !wakesUp()) {
+        passThrough(frames, 0);
+    } else {
+        renderPieces(frames);
+        if (folds) spreadOutputs(frames);
+        if (effect) doze(frames);
+    }
+    if (mine) claim.leave();
+    mine = false;
+}
+
+/// A channel of one pin hears both sides of what is cabled to it.
+void PluginComp::foldInputs(int frames) const {
+    for (auto* channel : each<CInputChannel>(inputs)) {
+        if (channel->channels != 1) continue;
+        for (int i = 0; i < frames; i++)
+            channel->bufL[i] = (channel->bufL[i] + channel->bufR[i]) * 0.5f;
+    }
+}
+
+void PluginComp::spreadOutputs(int frames) const {
+    for (auto* channel : each<COutputChannel>(outputs))
+        if (channel->channels == 1) std::copy_n(channel->bufL, frames, channel->bufR);
+}
+
+bool PluginComp::wakesUp() {
+    if (idleState != dozing) return true;
+    if (powerOf<CInputChannel>(inputs, host->frames) <= quietPower) return false;
+    idleState = awake;
+    silence = 0;
+    return true;
+}
+
+/// An effect that has been silent for a while costs nothing until something comes in.
+void PluginComp::doze(int frames) {
+    if (powerOf<COutputChannel>(outputs, frames) >= quietPower) {
+        silence = 0;
+        return;
+    }
+    silence += frames;
+    if (silence >= asInt(double(host->rate) * dozeSeconds)) idleState = dozing;
+}
+
+void PluginComp::renderPieces(int frames) {
+    int done = 0;
+    CMIDIQ* port = inPort();
+    for (const CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
+        if (!isMapped(e)) continue;
+        const int at = CMIDIQ::frameOf(e, done, frames);
+        if (at > done) subProcess(at - done, done);
+        done = at;
+        doMapping(e);
+    }
+    if (frames > done) subProcess(frames - done, done);
+}
+
+void PluginComp::subProcess(int frames, int offset) {
+    if (enabled && mine && plugin && running && runPlugin(frames, offset)) return;
+    if (!enabled || !isInstrument()) passThrough(frames, offset);
+}
+
+/// False where nothing of its output can be used.
+bool PluginComp::runPlugin(int frames, int offset) {
+    pieceStart = offset;
+    for (auto* port : each<CMIDIQ>(outPorts))
+        if (offset == 0) port->clear();
+    pins.take(inputs, frames, offset);
+    pins.clearOutputs(frames);
+    addNotes(frames, offset);
+    rendering = true;
+    const bool whole = plugin->process(pins.in(), pins.out(), frames);
+    rendering = false;
+    const bool numbers = pins.mendOutputs(frames);
+    if (!whole || !numbers) faults.fetchAdd(1);
+    if (whole) pins.give(outputs, frames, offset);
+    return whole;
+}
+
+/// Of a send bus nothing is passed on: what it was sent is heard elsewhere already.
+void PluginComp::passThrough(int frames, int offset) const {
+    const auto* in = static_cast<const CInputChannel*>(inputs.items(0));
+    auto* out = static_cast<COutputChannel*>(outputs.items(0));
+    if (listKind == listSends || !in || !out) return;
+    std::copy_n(in->bufL + offset, frames, out->bufL + offset);
+    std::copy_n((in->channels == 1 ? in->bufL : in->bufR) + offset, frames, out->bufR + offset);
+}
+
+void PluginComp::addNotes(int frames, int offset) {
+    CMIDIQ* port = inPort();
+    const int heard = mch;
+    for (const CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
+        const int at = asRound(e->time) - offset;
+        const bool ours = e->kind == eventMidi && (!e->owner || e->owner == port);
+        if (!ours || at < 0 || at >= frames) continue;
+        if (heard == -1 || heard == chByte(e->data)) plugin->addMidi(at, e->data);
+    }
+}
+
+bool PluginComp::isMapped(const CMIDIBytes* event) const {
+    return event->kind == eventParam && event->owner == static_cast<const void*>(this);
+}
+
+void PluginComp::doMapping(const CMIDIBytes* event) {
+    if (event->param == paramPower)
+        CComp::enable(asRound(double(event->value)) > 0);
+    else if (event->param == paramWet)
+        setParam(paramWet, event->value);
+    else if (mine)
+        setParam(event->param, event->value);
+}
+
+// Where the song is.
+
+/// Ticks at the start of the block, also where the sequencer has been through it already.
+double PluginComp::blockStart(CComp* song, int frames) const {
+    if (!song) return host->pos;
+    const double at = song->getPos();
+    if (!host->playing || !song->processed) return at;
+    const double before = at - host->framesToTicks(frames);
+    int from = 0, to = 0;
+    song->getLoopSection(from, to);
+    const bool wrapped = song->getLoop() && to > from && at >= from && before < from &&
+                         startTicks >= from && !host->positionJumped;
+    return std::max(wrapped ? before + to - from : before, 0.0);
+}
+
+PluginTime PluginComp::songTime() const {
+    constexpr double beat = 960.0;
+    CComp* song = sourceSeq ? sourceSeq.load() : host->masterSeq.load();
+    int from = host->loopStart, to = host->loopEnd;
+    PluginTime now;
+    if (song) {
+        song->getTimeSig(now.numerator, now.denominator);
+        song->getLoopSection(from, to);
+    }
+    const double place = song ? song->getPos() : double(host->pos);
+    now.beats = (rendering ? double(startTicks) : place) / beat;
+    const double bar = 4.0 * now.numerator / std::max(now.denominator, 1);
+    if (bar > 0.0) now.barStart = std::floor(now.beats / bar) * bar;
+    now.looping = (song ? song->getLoop() : int(host->loop)) != 0;
+    now.loopStart = from / beat;
+    now.loopEnd = to / beat;
+    now.frames = double(host->framesPlayed.load());
+    now.rate = sampleRate();
+    now.tempo = double(host->tempoNow);
+    now.playing = host->playing;
+    now.recording = host->recording;
+    now.jumped = rendering && host->positionJumped;
+    return now;
+}

@@ -1,0 +1,145 @@
+#include "plugins/scan/PluginScan.h"
+
+#include "base/Numbers.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <spawn.h>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using Clock = std::chrono::steady_clock;
+
+/// A process that looks at one file, and what it writes.
+class PluginScan::Child {
+public:
+    const CStr file;
+    const FileMark mark;
+
+    Child(const CStr& path, const FileMark& known) : file(path), mark(known) {}
+    ~Child() {
+        if (pid > 0) {
+            kill(pid, SIGKILL);
+            waitpid(pid, nullptr, 0);
+        }
+        if (output >= 0) close(output);
+    }
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    bool start(const CStr& program) {
+        int ends[2];
+        if (pipe2(ends, O_CLOEXEC) != 0) return false;
+        output = ends[0];
+        fcntl(output, F_SETFL, O_NONBLOCK);
+        CStr name = program, option = "--scan", path = file;
+        char* argv[] = {name.buffer(), option.buffer(), path.buffer(), nullptr};
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+        const bool started =
+            posix_spawn(&pid, program.asChar(), &actions, nullptr, argv, environ) == 0;
+        posix_spawn_file_actions_destroy(&actions);
+        close(ends[1]);
+        if (!started) pid = 0;
+        return started;
+    }
+
+    /// Whether it has come to its end; `why` tells what went wrong, empty for nothing.
+    bool ended(std::chrono::milliseconds limit, CStr& why) {
+        take();
+        int status = 0;
+        if (waitpid(pid, &status, WNOHANG) == pid) {
+            pid = 0;
+            take();
+            if (WIFSIGNALED(status))
+                why = CStr("It crashed (") + strsignal(WTERMSIG(status)) + ").";
+            else if (WEXITSTATUS(status) != 0)
+                why = said.empty() ? CStr("It could not be loaded.") : CStr(said.c_str()).trim();
+            return true;
+        }
+        if (Clock::now() - began < limit) return false;
+        why = "It took longer than " + asStr(int(limit.count() / 1000)) + " seconds.";
+        return true;
+    }
+    CStr text() const { return CStr(said.c_str()).trim(); }
+
+private:
+    void take() {
+        char room[1024];
+        constexpr size_t most = 65536;
+        for (ssize_t n; (n = read(output, room, sizeof room)) > 0;)
+            if (said.size() < most) said.append(room, size_t(n));
+    }
+
+    pid_t pid = 0;
+    int output = -1;
+    std::string said;
+    const Clock::time_point began = Clock::now();
+};
+
+PluginScan::PluginScan(PluginList& to, const CStr& helperProgram)
+    : helper(helperProgram), list(to) {
+}
+
+PluginScan::~PluginScan() = default;
+
+void PluginScan::add(const std::vector<CStr>& files) {
+    if (!busy()) finished = 0;
+    for (const CStr& file : files)
+        if (std::ranges::find(waiting, file) == waiting.end()) waiting.push_back(file);
+}
+
+void PluginScan::cancel() {
+    waiting.clear();
+    running.clear();
+}
+
+bool PluginScan::start(const CStr& file) {
+    const auto mark = FileMark::of(file);
+    if (!mark) return false;
+    auto child = std::make_unique<Child>(file, *mark);
+    if (child->start(helper)) {
+        running.push_back(std::move(child));
+        return false;
+    }
+    note(file, *mark, "", "The program that looks at plug-ins does not start.");
+    return true;
+}
+
+bool PluginScan::poll() {
+    bool changed = false;
+    for (size_t i = 0; i < running.size();) {
+        CStr why;
+        Child& child = *running[i];
+        if (!child.ended(limit, why)) {
+            i++;
+            continue;
+        }
+        note(child.file, child.mark, child.text(), why);
+        running.erase(running.begin() + long(i));
+        changed = true;
+    }
+    while (int(running.size()) < together && !waiting.empty()) {
+        const CStr next = waiting.front();
+        waiting.pop_front();
+        changed = start(next) || changed;
+    }
+    return changed;
+}
+
+void PluginScan::note(const CStr& file, const FileMark& mark, const CStr& said, const CStr& why) {
+    PluginList::Entry entry{file, mark, {}, why};
+    const auto facts = PluginFacts::fromLine(said);
+    if (why.empty() && facts)
+        entry.facts = *facts;
+    else if (why.empty())
+        entry.why = "It told nothing of itself.";
+    list.put(std::move(entry));
+    finished++;
+}
