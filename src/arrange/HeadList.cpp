@@ -239,7 +239,8 @@ void HeadList::addTargets(CPopup* popup) {
     for (auto* t : each<CTrack>(state.seq()->tracks))
         if (t->selected() && *TargetMenu::nameFor(t)) chosen.push_back(t);
     if (chosen.empty()) return;
-    targets.fill(popup->addSub(TargetMenu::nameFor(chosen.front())), state.seq(), chosen);
+    targets.fill(popup->addSub(TargetMenu::nameFor(chosen.front())), state.workspace, state.seq(),
+                 chosen);
 }
 
 void HeadList::askColour() {

@@ -64,7 +64,7 @@ void HeadTarget::click() {
         if (t != track) tracks.push_back(t->track);
     auto* popup = new CPopup(win->app, win);
     popup->autoDelete = true;
-    list.targets.fill(popup, seq, tracks);
+    list.targets.fill(popup, list.state.workspace, seq, tracks);
     const CPoint corner = win->getPos(true), in = win->controlPos(this);
     popup->popup(corner.x + in.x, corner.y + in.y + height, hasKeyFocus());
 }

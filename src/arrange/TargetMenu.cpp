@@ -4,6 +4,7 @@
 #include "gui/controls/CPopup.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/TrackRouting.h"
+#include "ui/PluginMenu.h"
 #include "ui/Song.h"
 
 namespace {
@@ -16,7 +17,8 @@ const char* TargetMenu::nameFor(const CTrack* track) {
     return track->kind == trackFolder ? "" : track->kind == trackMIDI ? "Instrument" : "Output";
 }
 
-void TargetMenu::fill(CPopup* popup, CSeq* seq, const std::vector<CTrack*>& tracks) {
+void TargetMenu::fill(CPopup* popup, Workspace& workspace, CSeq* seq,
+                      const std::vector<CTrack*>& tracks) {
     song = seq;
     led = tracks;
     targets = trackTargets(seq, tracks.front());
@@ -28,7 +30,17 @@ void TargetMenu::fill(CPopup* popup, CSeq* seq, const std::vector<CTrack*>& trac
     };
     for (size_t i = 0; i < targets.size(); i++) entry(targets[i]->id, int(i), targets[i] == now);
     popup->addSeparator();
+    if (tracks.front()->kind == trackMIDI)
+        fillPluginMenu(popup->addSub("Plug-in"), workspace, PluginUse::instrument,
+                       [this](std::unique_ptr<CComp> made) { play(std::move(made)); });
     entry("None", tagNone, !now);
+}
+
+/// The first of the tracks plays it, and then the others, all in one step.
+void TargetMenu::play(std::unique_ptr<CComp> made) {
+    if (songOf(qv) != song) return;
+    std::erase_if(led, [this](CTrack* t) { return !song->tracks.contains(t); });
+    if (!led.empty()) setTrackInstrument(song, led, std::move(made));
 }
 
 void TargetMenu::chosen(CObject* sender) {

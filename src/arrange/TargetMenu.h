@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 class CComp;
@@ -7,6 +8,7 @@ class CObject;
 class CPopup;
 class CSeq;
 class CTrack;
+class Workspace;
 
 /// The entries of a menu that lead tracks somewhere: to an instrument, or an output. Outlives the
 /// menus that it has filled. Interface thread.
@@ -15,11 +17,12 @@ public:
     /// "Instrument", "Output", or empty for a track that leads nowhere.
     static const char* nameFor(const CTrack* track);
     /// What the first of the tracks may lead to, and "None"; where it leads is checked. A choice
-    /// takes all of them there that can go, in one step.
-    void fill(CPopup* popup, CSeq* seq, const std::vector<CTrack*>& tracks);
+    /// takes all of them there that can go, in one step. Instrument tracks can be given a plug-in.
+    void fill(CPopup* popup, Workspace& workspace, CSeq* seq, const std::vector<CTrack*>& tracks);
 
 private:
     void chosen(CObject* sender);
+    void play(std::unique_ptr<CComp> made);
 
     CSeq* song = nullptr; ///< not owned, nor are the next; only used while they are in it
     std::vector<CTrack*> led;

@@ -18,6 +18,7 @@
 #include "sequencer/song/TrackRouting.h"
 #include "sequencer/song/TrackValues.h"
 #include "ui/ActionItems.h"
+#include "ui/PluginMenu.h"
 #include "ui/Workspace.h"
 
 namespace {
@@ -144,6 +145,15 @@ void StripMenus::fillKinds(CPopup* popup, void (StripMenus::*chosen)(CObject*)) 
     popup->addSeparator();
 }
 
+void StripMenus::fillPlugins(CPopup* popup,
+                             const std::function<void(std::unique_ptr<CComp>)>& chosen) {
+    fillPluginMenu(popup->addSub("Plug-in"), panel.state.workspace, PluginUse::effect,
+                   [this, chosen](std::unique_ptr<CComp> made) {
+                       if (stands()) chosen(std::move(made));
+                   });
+    popup->addSeparator();
+}
+
 void StripMenus::offerEffects(CCtrl* from, const MixerStrip& of, int at) {
     strip = of;
     index = at;
@@ -152,6 +162,9 @@ void StripMenus::offerEffects(CCtrl* from, const MixerStrip& of, int at) {
         fillInsert(popup, present);
     } else {
         fillKinds(popup, &StripMenus::addChosen);
+        fillPlugins(popup, [this](std::unique_ptr<CComp> made) {
+            addInsert(strip.channel, std::move(made), index);
+        });
         popup->add("Open preset...", new _COnChange<StripMenus>(this, &StripMenus::presetChosen));
     }
     popup->popupBelow(from);
@@ -171,8 +184,16 @@ void StripMenus::fillInsert(CPopup* popup, CComp* present) {
     for (const int choice : wetChoices)
         add(wet, asStr(choice) + "%", &StripMenus::wetChosen, choice)->checked = choice == percent;
     popup->addSeparator();
-    fillKinds(popup->addSub("Replace by"), &StripMenus::replaceChosen);
-    fillKinds(popup->addSub("Insert before"), &StripMenus::addChosen);
+    CPopup* other = popup->addSub("Replace by");
+    fillKinds(other, &StripMenus::replaceChosen);
+    fillPlugins(other, [this](std::unique_ptr<CComp> made) {
+        replaceInsert(strip.channel, index, std::move(made));
+    });
+    CPopup* before = popup->addSub("Insert before");
+    fillKinds(before, &StripMenus::addChosen);
+    fillPlugins(before, [this](std::unique_ptr<CComp> made) {
+        addInsert(strip.channel, std::move(made), index);
+    });
     add(popup, "Move up", &StripMenus::moveChosen, -1)->enabled = index > 0;
     add(popup, "Move down", &StripMenus::moveChosen, 1)->enabled =
         index + 1 < strip.channel->inserts.getCount();

@@ -2,6 +2,9 @@
 
 #include "mixer/StripModel.h"
 
+#include <functional>
+#include <memory>
+
 class CCtrl;
 class CMixerPanel;
 class CObject;
@@ -25,6 +28,8 @@ private:
     CPopup* newPopup(CCtrl* from);
     void fillInsert(CPopup* popup, CComp* insert);
     void fillKinds(CPopup* popup, void (StripMenus::*chosen)(CObject*));
+    /// The plug-ins that a strip can run through; none is chosen once the strip has gone.
+    void fillPlugins(CPopup* popup, const std::function<void(std::unique_ptr<CComp>)>& chosen);
     CComp* insert() const;
     bool stands() const; ///< the strip of the menu is still there
 

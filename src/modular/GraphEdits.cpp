@@ -205,7 +205,8 @@ CStr freeCompName(CQV* host, const CStr& name, const CUndo* step) {
 
 void cableToDevices(CUndo* step, CComp* comp) {
     CQV* host = comp->host;
-    const bool instrument = comp->type == compSampler;
+    const bool instrument =
+        comp->type == compSampler || (comp->type == compVST && comp->inputs.empty());
     CComp *keys = host->getMIDIIn(), *out = host->getAudioOut();
     if (instrument && keys) addCable(step, keys->outPort(), comp->inPort());
     const bool sounds = instrument || comp->type == compGroupCh;
@@ -233,9 +234,14 @@ void link(CUndo* step, CComp* comp, CPoint at) {
 } // namespace
 
 CComp* addComp(CQV* host, int type, CPoint at, CObject* into) {
-    CComp* comp = createComp(host, categoryComp, static_cast<unsigned char>(type));
-    comp->init();
-    makeReady(comp);
+    std::unique_ptr<CComp> made(createComp(host, categoryComp, static_cast<unsigned char>(type)));
+    made->init();
+    makeReady(made.get());
+    return addComp(host, std::move(made), at, into);
+}
+
+CComp* addComp(CQV* host, std::unique_ptr<CComp> made, CPoint at, CObject* into) {
+    CComp* comp = made.release();
     CUndo* step = host->undoStart("Add comp", host, rewired);
     link(step, comp, at);
     if (into && ownerOf(host, into) && fitsInto(comp, into))
@@ -310,7 +316,7 @@ void chooseDevice(CComp* comp, Shared<int>& device, int index) {
 // Duplicating.
 
 bool mayDuplicate(const CComp* comp) {
-    for (const int type : {compSampler, compEffect, compArp, compGroupCh})
+    for (const int type : {compSampler, compEffect, compVST, compArp, compGroupCh})
         if (comp->type == type) return true;
     return false;
 }

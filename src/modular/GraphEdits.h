@@ -4,6 +4,7 @@
 #include "base/CStr.h"
 #include "base/Geometry.h"
 
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -35,6 +36,8 @@ void deleteCable(CQV* host, CObject* cable);
 /// A new component of a type (CompType), selected alone; instruments come cabled to the first MIDI
 /// input and the first audio output. With a cable it comes into that instead, if it can.
 CComp* addComp(CQV* host, int type, CPoint at, CObject* into = nullptr);
+/// The same with a component that is complete and linked nowhere.
+CComp* addComp(CQV* host, std::unique_ptr<CComp> made, CPoint at, CObject* into = nullptr);
 /// The type of component that opens a preset, by the ending of the file's name; 0 for none.
 int presetType(const CStr& path);
 /// Adds a component for each preset, named after its file, one beside the other. What cannot be

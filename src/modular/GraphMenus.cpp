@@ -13,6 +13,8 @@
 #include "modular/GraphNames.h"
 #include "modular/ModularView.h"
 #include "ui/ActionItems.h"
+#include "ui/Deed.h"
+#include "ui/PluginMenu.h"
 #include "ui/Workspace.h"
 
 #include <utility>
@@ -26,15 +28,6 @@ constexpr struct {
              {"Arpeggiator", compArp},  {"Group", compGroupCh},       {"MIDI In", compMIDIIn},
              {"MIDI Out", compMIDIOut}, {"Audio In", compAudioIn},    {"Audio Out", compAudioOut}};
 
-class Chosen : public COnChange {
-public:
-    explicit Chosen(std::function<void()> deed) : run(std::move(deed)) {}
-    void operator()(CObject*) override { run(); }
-
-private:
-    std::function<void()> run;
-};
-
 /// Whether a new component of a type has an input and an output for a cable.
 bool goesInto(int type, const CObject* cable) {
     return cable->type == cableMidi ? type == compArp : type == compEffect || type == compGroupCh;
@@ -46,7 +39,7 @@ GraphMenus::GraphMenus(Workspace& space, ModularView& shown) : workspace(space),
 }
 
 CMenuItem* GraphMenus::add(CPopup* popup, const CStr& text, std::function<void()> chosen) {
-    return popup->add(text, new Chosen(std::move(chosen)));
+    return popup->add(text, new Deed(std::move(chosen)));
 }
 
 void GraphMenus::addAction(CPopup* popup, const char* name) {
@@ -90,6 +83,14 @@ void GraphMenus::fillNew(CPopup* popup, CObject* into) {
             view.goTo(comp);
         });
     }
+    if (!into || into->type == cableAudio)
+        fillPluginMenu(popup->addSub("Plug-in"), workspace,
+                       into ? PluginUse::effect : PluginUse::any,
+                       [this, into](std::unique_ptr<CComp> made) {
+                           CComp* comp = addComp(view.host(), std::move(made), place, into);
+                           view.rebuild();
+                           view.goTo(comp);
+                       });
     if (into) return;
     popup->addSeparator();
     for (const char* name : {"selectAll", "tidygraph", "fitgraph"}) addAction(popup, name);

@@ -5,14 +5,19 @@
 #include "instruments/CSampler.h"
 #include "panels/arp/CArpWin.h"
 #include "panels/drums/CDrumWin.h"
+#include "panels/plugins/CVSTWin.h"
 #include "panels/rack/CEffectWin.h"
 #include "panels/sampler/CSamplerWin.h"
+#include "plugins/CVST.h"
 #include "sequencer/song/CTrack.h"
 #include "ui/EditorTable.h"
 
 PanelsRoom::PanelsRoom(EditorTable& editors) {
     editors.enter(compEffect, [](Workspace& space, CComp& comp) {
         return std::make_unique<CEffectWin>(space, static_cast<CEffect&>(comp));
+    });
+    editors.enter(compVST, [](Workspace& space, CComp& comp) {
+        return std::make_unique<CVSTWin>(space, static_cast<CVST&>(comp));
     });
     editors.enter(compSampler, [](Workspace& space, CComp& comp) {
         return std::make_unique<CSamplerWin>(space, static_cast<CSampler&>(comp));

@@ -113,7 +113,8 @@ void ProgramBar::nameClicked(CObject*) {
     if (deeds.addKinds) deeds.addKinds(popup->addSub("Add program"));
     const int count = comp->numProgs();
     if (count > 0) addMenuEntry(popup, "Rename...", &ProgramBar::renameClicked);
-    if (count > 1) addMenuEntry(popup, "Delete program", &ProgramBar::removeClicked);
+    if (count > 1 && !deeds.rename)
+        addMenuEntry(popup, "Delete program", &ProgramBar::removeClicked);
     popup->addSeparator();
     if (deeds.open) addMenuEntry(popup, "Open preset...", &ProgramBar::openClicked);
     if (deeds.save && count > 0) addMenuEntry(popup, "Save preset...", &ProgramBar::saveClicked);
@@ -130,7 +131,10 @@ void ProgramBar::renameClicked(CObject*) {
     field = new NameField(this, ctrlBounds(name), comp->getProgName(comp->curProg),
                           "Name of the program", name);
     field->onName = [this](const CStr& to) {
-        renameProgram(comp, comp->curProg, to);
+        if (deeds.rename)
+            deeds.rename(to);
+        else
+            renameProgram(comp, comp->curProg, to);
         refresh();
     };
 }

@@ -23,6 +23,9 @@ public:
         std::function<void(CPopup*)> addKinds; ///< adds entries that each make one
         std::function<void(const CStr&path)> open, save;
         const char* extension = ""; ///< of files, with its point
+        /// Renames the current one; empty: a program of `CComp::progs` is renamed, and can be
+        /// deleted.
+        std::function<void(const CStr& name)> rename;
     };
 
     ProgramBar(CWin* win, Workspace& workspace, CComp* comp, Deeds deeds);

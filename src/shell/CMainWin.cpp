@@ -136,6 +136,7 @@ void CMainWin::idle() {
     if (!pages || flows->loading()) return;
     router.serve();
     flows->mixer.idle();
+    rooms->plugins.idle();
     setCaptionText();
     graph->idle();
     bar->refresh();

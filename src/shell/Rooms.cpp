@@ -5,8 +5,8 @@
 #include "ui/Workspace.h"
 
 Rooms::Rooms(Workspace& space, CMixer& mixer)
-    : arrange(space, editors), workspace(space), render(space), notes(space, editors),
-      mixing(space, editors, mixer), panels(editors) {
+    : plugins(space.host()), arrange(space, editors), workspace(space), render(space),
+      notes(space, editors), mixing(space, editors, mixer), panels(editors), pluginFolders(space) {
     workspace.commands().bind("setup", [this] { openSetup(); });
 }
 

@@ -5,7 +5,9 @@
 #include "notes/NoteCommands.h"
 #include "panels/PanelsRoom.h"
 #include "render/RenderCommands.h"
+#include "setup/PluginFoldersWin.h"
 #include "ui/EditorTable.h"
+#include "ui/PluginShelf.h"
 
 #include <memory>
 
@@ -22,6 +24,7 @@ public:
     Rooms& operator=(const Rooms&) = delete;
 
     EditorTable editors;
+    PluginShelf plugins;
     ArrangeRoom arrange;
     std::unique_ptr<CSetupWin> setup; ///< null until it is opened first
 
@@ -33,4 +36,5 @@ private:
     const NoteCommands notes;
     const MixerRoom mixing;
     const PanelsRoom panels;
+    const AskPluginFolders pluginFolders;
 };

@@ -11,12 +11,14 @@
 #include "engine/Cycle.h"
 #include "gui/CApp.h"
 #include "gui/Monitors.h"
+#include "plugins/vst2/Vst2Plugin.h"
 #include "project/CompTable.h"
 #include "sequencer/song/Templates.h"
 #include "shell/AppHooks.h"
 #include "shell/AppIcon.h"
 #include "shell/CMainWin.h"
 #include "shell/ProjectFlows.h"
+#include "shell/Rooms.h"
 #include "shell/TextAndScale.h"
 #include "ui/DeviceSettings.h"
 
@@ -82,6 +84,7 @@ bool ProgramRun::open() {
     app = std::make_unique<CApp>();
     if (!app->open()) return false;
     app->icon = appIcon();
+    app->isPluginCode = &Vst2Plugin::isCode;
     enterCompTypes();
     host = std::make_unique<CQV>();
     qv = host.get();
@@ -109,6 +112,7 @@ void ProgramRun::run() {
     startUnlooped(qv);
     window->init();
     window->flows->start();
+    window->rooms->plugins.refresh();
     if (qv->editorStruct.maximized) window->maximize();
     app->run(window.get());
 }

@@ -1,0 +1,236 @@
+#include "panels/plugins/CVSTWin.h"
+
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "engine/CQV.h"
+#include "engine/Setting.h"
+#include "engine/StripValues.h"
+#include "engine/ValueDoor.h"
+#include "gui/CApp.h"
+#include "gui/XConnection.h"
+#include "gui/controls/CButton.h"
+#include "gui/controls/CPopup.h"
+#include "gui/dialogs/CFileWin.h"
+#include "panels/plugins/EditorFrame.h"
+#include "panels/plugins/ParamList.h"
+#include "plugins/CVST.h"
+#include "ui/Commands.h"
+#include "ui/ProgramItems.h"
+#include "ui/Workspace.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr int gap = 8, high = 24, barTop = (ProgramBar::usualHeight - high) / 2;
+constexpr int programsWidth = 312, powerWidth = 40, channelWidth = 64, listWidth = 88,
+              keysWidth = 64;
+constexpr int leastWidth = 640, leastHeight = 160;
+constexpr int midiChannels = 16;
+constexpr int windowStyle = winCaption | winSizable | winMaxButton | winDockable;
+const CRect usualPlace = asRect(120, 120, 120 + leastWidth, 120 + 420);
+
+CStr titleOf(const CVST& plugin) {
+    const COutputChannel* ch = plugin.ownerChannel;
+    const CStr name = ch && ch->comp ? plugin.id + " (" + ch->comp->id + ")" : plugin.id;
+    const unsigned faults = plugin.faults;
+    return faults == 0 ? name : name + ", " + asStr(faults) + (faults == 1 ? " fault" : " faults");
+}
+
+bool isProgramFile(const CStr& path) {
+    return sameText(extractFileExt(path), ".fxp");
+}
+
+} // namespace
+
+CVSTWin::CVSTWin(Workspace& space, CVST& of)
+    : CCompEditor(space.mainWindow()->app, space.mainWindow(), titleOf(of), usualPlace.left,
+                  usualPlace.top, usualPlace.width(), usualPlace.height(), windowStyle, &of,
+                  &space.commands()),
+      workspace(space), plugin(of), programs(new ProgramBar(this, space, &of, deeds())),
+      listed(!of.hasEditor()) {
+    minWidth = leastWidth;
+    minHeight = leastHeight;
+    if (dock->page < 0) dock->visible = 1; // a window of its own until the user docks it
+    programs->setAlign(alignWidth, 0, 0);
+    addControl(programs);
+    power = addButton("power", "On", "The plug-in is on", powerWidth, &CVSTWin::powerClicked);
+    channel = addButton("channel", "", "MIDI channel that it hears", channelWidth,
+                        &CVSTWin::channelClicked);
+    list = addButton("list", "Parameters", "All parameters in place of its own window", listWidth,
+                     &CVSTWin::listClicked);
+    keys = addButton("keys", "Keys", "Gives all keys to the plug-in, Space and F1 to F12 too",
+                     keysWidth, &CVSTWin::keysClicked);
+    locate = addButton("locate", "Locate...", "Its file was not found: choose it", listWidth,
+                       &CVSTWin::locateClicked);
+    layBar();
+}
+
+CVSTWin::~CVSTWin() {
+    empty();
+}
+
+CButton* CVSTWin::addButton(const char* name, const CStr& text, const char* help, int wide,
+                            void (CVSTWin::*clicked)(CObject*)) {
+    auto* made = new CButton(this, name, text, 0, barTop, wide, high);
+    made->skin = &clTrackControls;
+    made->litSkin = &clTrackControlsPushed;
+    made->hint = help;
+    made->tabStop = true;
+    made->onChange = new _COnChange<CVSTWin>(this, clicked);
+    programs->addControl(made);
+    return made;
+}
+
+// What it shows.
+
+/// The buttons that mean something for the plug-in, beside each other.
+void CVSTWin::layBar() {
+    const bool there = plugin.opened();
+    power->visible = channel->visible = there;
+    list->visible = keys->visible = there && plugin.hasEditor();
+    locate->visible = !there;
+    int x = programsWidth + gap;
+    for (CButton* b : {power, channel, list, keys, locate}) {
+        if (!b->visible) continue;
+        b->setBounds(x, barTop, b->width, high);
+        x += b->width + gap;
+    }
+    redraw();
+}
+
+void CVSTWin::fill() {
+    empty();
+    CGroup* made = nullptr;
+    if (plugin.hasEditor() && !listed) {
+        made = editor = new EditorFrame(this, plugin);
+        editor->keysToPlugin = keys->lit;
+        editor->onChange = new _COnChange<CVSTWin>(this, &CVSTWin::fitEditor);
+    } else {
+        made = params = new ParamList(this, plugin);
+    }
+    made->setBounds(0, barHeight, clientGroup->width, clientGroup->height - barHeight);
+    made->setAlign(alignWidth | alignHeight, 0, 0);
+    addControl(made);
+    made->resized();
+    if (editor) fitEditor(nullptr);
+    redraw();
+}
+
+/// The plug-in has closed its editor when this returns.
+void CVSTWin::empty() {
+    if (editor) editor->close();
+    for (CCtrl* shown : {static_cast<CCtrl*>(editor), static_cast<CCtrl*>(params)}) {
+        if (!shown) continue;
+        clientGroup->controls.remove(shown);
+        app->deleteLater(shown);
+    }
+    editor = nullptr;
+    params = nullptr;
+}
+
+/// As large as the editor, as far as the screen allows; a page keeps its size.
+void CVSTWin::fitEditor(CObject*) {
+    if (!editor || isPage() || hasStyle(winMaximized)) return;
+    const CPoint content = editor->content();
+    const int around = width - clientGroup->width, above = height - clientGroup->height;
+    const CRect screen = getDesktopBounds();
+    const int wide = std::clamp(content.x + around, minWidth, screen.width());
+    const int tall = std::clamp(content.y + barHeight + above, minHeight, screen.height());
+    if (wide != width || tall != height) setSize(wide, tall);
+}
+
+void CVSTWin::show(bool activate) {
+    if (!editor && !params) fill();
+    CCompEditor::show(activate);
+}
+
+void CVSTWin::hide() {
+    CCompEditor::hide();
+    empty();
+}
+
+void CVSTWin::idle() {
+    if (!editor && !params) return;
+    plugin.notices.take(CompNotice::program);
+    programs->refresh();
+    power->setLit(plugin.enabled != 0);
+    const CStr heard = "Ch " + plugin.channelSetting().text(&plugin, double(plugin.mch));
+    if (heard != channel->text) {
+        channel->setText(heard);
+        channel->spokenName = "MIDI channel, " + heard;
+    }
+    list->setLit(listed);
+    if (const CStr title = titleOf(plugin); !(title == id)) setCaption(title);
+    if (editor) editor->refresh();
+    if (params) params->refresh();
+}
+
+// Programs and files.
+
+ProgramBar::Deeds CVSTWin::deeds() {
+    ProgramBar::Deeds can;
+    can.rename = [this](const CStr& name) {
+        plugin.setProgName(plugin.curProg, name);
+        plugin.host->setModified();
+    };
+    can.extension = ".fxp|.fxb";
+    can.open = [this](const CStr& path) { openFile(path); };
+    can.save = [this](const CStr& path) { saveFile(path); };
+    return can;
+}
+
+void CVSTWin::openFile(const CStr& path) {
+    isProgramFile(path) ? plugin.openProgram(path) : plugin.openBank(path);
+}
+
+void CVSTWin::saveFile(const CStr& path) {
+    isProgramFile(path) ? plugin.saveProgram(path) : plugin.saveBank(path);
+}
+
+// The bar.
+
+void CVSTWin::powerClicked(CObject*) {
+    plugin.host->values->set(parameterOf(&plugin, paramPower), plugin.enabled ? 0.0 : 1.0);
+    idle();
+}
+
+void CVSTWin::channelClicked(CObject*) {
+    auto* popup = new CPopup(app, this);
+    popup->autoDelete = true;
+    const Setting& heard = plugin.channelSetting();
+    for (int i = -1; i < midiChannels; i++) {
+        CMenuItem* item = popup->add(heard.text(&plugin, double(i)),
+                                     new _COnChange<CVSTWin>(this, &CVSTWin::channelChosen));
+        item->tag = i;
+        item->checked = i == plugin.mch;
+    }
+    popup->popupBelow(channel);
+}
+
+void CVSTWin::channelChosen(CObject* sender) {
+    const int to = static_cast<CMenuItem*>(static_cast<CCtrl*>(sender))->tag;
+    plugin.host->values->set(plugin.channelSetting().of(&plugin), double(to));
+    idle();
+}
+
+void CVSTWin::listClicked(CObject*) {
+    listed = !listed;
+    fill();
+    idle();
+}
+
+void CVSTWin::keysClicked(CObject*) {
+    keys->setLit(!keys->lit);
+    if (editor) editor->keysToPlugin = keys->lit;
+}
+
+void CVSTWin::locateClicked(CObject*) {
+    CFileWin dialog(this, "Locate plug-in", ".so", workspace.dialogFolder(),
+                    extractFileName(plugin.fileName), false);
+    dialog.showModal();
+    if (!dialog.result || !plugin.locate(dialog.path)) return;
+    listed = !plugin.hasEditor();
+    layBar();
+    fill();
+}

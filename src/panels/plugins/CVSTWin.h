@@ -1,0 +1,51 @@
+#pragma once
+
+#include "panels/ProgramBar.h"
+#include "ui/CCompEditor.h"
+
+class CButton;
+class CVST;
+class EditorFrame;
+class ParamList;
+class SettingButton;
+class Workspace;
+
+/// The window of a plug-in: a bar with its programs and what the host sets of it, and below either
+/// its own editor or its parameters as a list. The plug-in has its editor open only while the
+/// window is shown. Interface thread.
+class CVSTWin : public CCompEditor {
+public:
+    CVSTWin(Workspace& workspace, CVST& plugin);
+    ~CVSTWin() override;
+
+    void show(bool activate) override;
+    void hide() override;
+    void idle() override;
+
+private:
+    static constexpr int barHeight = ProgramBar::usualHeight;
+
+    ProgramBar::Deeds deeds();
+    CButton* addButton(const char* name, const CStr& text, const char* help, int wide,
+                       void (CVSTWin::*clicked)(CObject*));
+    void layBar();
+    void fill();
+    void empty();
+    void fitEditor(CObject*);
+    void openFile(const CStr& path);
+    void saveFile(const CStr& path);
+    void powerClicked(CObject*);
+    void channelClicked(CObject*);
+    void channelChosen(CObject* sender);
+    void listClicked(CObject*);
+    void keysClicked(CObject*);
+    void locateClicked(CObject*);
+
+    Workspace& workspace;
+    CVST& plugin;
+    ProgramBar* programs;
+    CButton *power, *channel, *list, *keys, *locate;
+    EditorFrame* editor = nullptr; ///< among the controls, as the next: one of them, while shown
+    ParamList* params = nullptr;
+    bool listed; ///< the user wants the parameters
+};

@@ -1,0 +1,186 @@
+#include "MainFixture.h"
+
+#include "effects/Inserts.h"
+#include "gui/controls/CButton.h"
+#include "gui/controls/CPopup.h"
+#include "panels/plugins/CVSTWin.h"
+#include "plugins/CVST.h"
+#include "plugins/MadePlugin.h"
+#include "shell/Pages.h"
+#include "shell/Rooms.h"
+#include "support/Places.h"
+#include "ui/PluginMenu.h"
+#include "ui/PluginShelf.h"
+
+#include <dlfcn.h>
+#include <filesystem>
+#include <fstream>
+
+/// Plug-ins under the mouse and the keys, with copies of the made one in a folder of the user's.
+class PluginWinTest : public MainWinTest {
+protected:
+    void SetUp() override {
+        MainWinTest::SetUp();
+        set("VSTFolders", "0", at("").c_str());
+    }
+    void TearDown() override {
+        page = nullptr;
+        MainWinTest::TearDown();
+    }
+    std::string file(const std::string& name) {
+        const std::string path = at(name + ".so");
+        if (!std::filesystem::exists(path))
+            std::filesystem::copy_file(builtFile("tests/made_plugin.so"), path);
+        return path;
+    }
+    MadePlugin* seen(const std::string& name) {
+        void* library = dlopen(file(name).c_str(), RTLD_LAZY);
+        return reinterpret_cast<MadePlugin* (*)()>(dlsym(library, "latestMade"))();
+    }
+    COutputChannel* strip() { return host->getAudioOut()->output(); }
+    /// An insert of the master, with its window open.
+    CVST* open(const std::string& name) {
+        auto* c =
+            static_cast<CVST*>(addInsert(strip(), newPlugin(host.get(), file(name).c_str()), -1));
+        win->openEditor(c);
+        page = win->pages->editorOf(c);
+        EXPECT_TRUE(pumpUntil([this] { return page->mapped; }));
+        settle();
+        return c;
+    }
+    CCtrl* find(CGroup* in, const char* id) {
+        for (auto* c : each<CCtrl>(in->controls)) {
+            if (!c->visible) continue;
+            if (c->id == id) return c;
+            if (c->category != catGroup && c->category != catGroupLike) continue;
+            if (CCtrl* found = find(static_cast<CGroup*>(c), id)) return found;
+        }
+        return nullptr;
+    }
+    void mouseTo(const char* id, int x, int y) {
+        settle();
+        CCtrl* c = find(page->clientGroup, id);
+        ASSERT_NE(c, nullptr) << id;
+        const CPoint screen = page->getPos(true), in = page->controlPos(c);
+        act({"mousemove", std::to_string(screen.x + in.x + x),
+             std::to_string(screen.y + in.y + y)});
+    }
+    void click(const char* id, int x = 8, int y = 8) {
+        mouseTo(id, x, y);
+        act({"click", "1"});
+        ASSERT_TRUE(loaded());
+    }
+
+    CCompEditor* page = nullptr;
+};
+
+/// Without an own window each parameter is a line: what a drag shows is what stays, in one step.
+TEST_F(PluginWinTest, LinesSetParameters) {
+    start();
+    CVST* c = open("gain");
+    CCtrl* row = find(page->clientGroup, "parameter 0");
+    ASSERT_NE(row, nullptr);
+    const int middle = row->width / 2;
+    mouseTo("parameter 0", middle, 8);
+    act({"mousedown", "1"});
+    mouseTo("parameter 0", middle + 20, 8);
+    mouseTo("parameter 0", middle + 40, 8);
+    const float shown = c->param(0);
+    act({"mouseup", "1"});
+    EXPECT_GT(c->param(0), 0.5f);
+    EXPECT_EQ(c->param(0), shown);
+    const float set = c->param(0);
+    mouseTo("parameter 0", middle - 40, 8); // no double click
+    act({"mousedown", "1"});
+    mouseTo("parameter 0", middle - 20, 8);
+    mouseTo("parameter 0", middle, 8);
+    EXPECT_NE(c->param(0), set);
+    key("Escape");
+    act({"mouseup", "1"});
+    EXPECT_EQ(c->param(0), set) << "Escape";
+    page->setFocus(true);
+    page->setKeyCtrl(row);
+    ASSERT_TRUE(pumpUntil([this] { return page->hasFocus(); }));
+    for (const char* k : {"2", "5", "Return"}) key(k);
+    EXPECT_FLOAT_EQ(c->param(0), 0.25f);
+    for (const float former : {set, 0.5f}) {
+        host->undoClicked();
+        ASSERT_TRUE(loaded());
+        EXPECT_EQ(c->param(0), former);
+    }
+    Description d;
+    row->describe(d, Accessible::wholeCtrl);
+    EXPECT_EQ(d.role, Role::slider);
+    EXPECT_EQ(d.text, "0.50 x");
+    click("power");
+    EXPECT_EQ(c->enabled, 0);
+    EXPECT_FALSE(seen("gain")->running);
+}
+
+/// Its own window lies in ours, gets the keys that are not the song's, and is closed before it.
+TEST_F(PluginWinTest, ShowsTheWindowOfAPlugin) {
+    start();
+    CVST* c = open("drawn");
+    MadePlugin* p = seen("drawn");
+    ASSERT_NE(p->editor, nullptr);
+    ASSERT_TRUE(pumpUntil([&] { return find(page->clientGroup, "plug-in")->width == 300; }));
+    click("plug-in", 50, 50);
+    const auto keysOf = [&](const char* name) {
+        const int before = p->editor->keys;
+        key(name);
+        loaded();
+        return p->editor->keys - before;
+    };
+    EXPECT_EQ(keysOf("x"), 1);
+    EXPECT_EQ(keysOf("space"), 0);
+    EXPECT_TRUE(pumpUntil([&] { return host->playing != 0; })) << "the song's key";
+    host->stop();
+    click("keys");
+    click("plug-in", 50, 50);
+    EXPECT_EQ(keysOf("space"), 1);
+    EXPECT_EQ(host->playing, 0);
+    p->effect.dispatcher(&p->effect, 50, 5, 500, nullptr, 350.0f);
+    ASSERT_TRUE(pumpUntil([&] { return find(page->clientGroup, "plug-in")->width == 500; }));
+    EXPECT_TRUE(pumpUntil([&] { return page->clientGroup->height >= 350; }));
+    click("list");
+    EXPECT_EQ(p->editor, nullptr);
+    EXPECT_NE(find(page->clientGroup, "parameter 2"), nullptr);
+    click("list");
+    ASSERT_NE(p->editor, nullptr);
+    removeInsert(strip(), c);
+    ASSERT_TRUE(loaded());
+    EXPECT_EQ(p->editor, nullptr);
+    host->undoClicked();
+    ASSERT_TRUE(loaded());
+    EXPECT_NE(p->editor, nullptr) << "it was open";
+    page = nullptr;
+    stop();
+    EXPECT_EQ(seen("drawn"), nullptr) << "closed with its project";
+}
+
+/// From the menu of an insert, by keys alone; what is chosen comes first the next time.
+TEST_F(PluginWinTest, InsertsFromTheMenu) {
+    start();
+    std::ofstream(at("broken.so")) << "no library";
+    PluginShelf& shelf = win->rooms->plugins;
+    shelf.scan.helper = builtFile("bin/sondrava-plugins").c_str();
+    for (const char* name : {"gain", "drawn", "synth", "broken"})
+        shelf.scan.add({file(name).c_str()});
+    ASSERT_TRUE(pumpUntil([&] { return !shelf.scan.busy(); }));
+    EXPECT_EQ(shelf.list.usable().size(), 3u);
+    const auto choose = [&](const std::vector<std::string>& keys) {
+        inMenu(keys);
+        const int before = strip()->inserts.getCount();
+        auto* popup = new CPopup(app.get(), win.get());
+        popup->autoDelete = true;
+        fillPluginMenu(popup, *win, PluginUse::effect,
+                       [this](auto made) { addInsert(strip(), std::move(made), -1); });
+        popup->popup(10, 10, true);
+        EXPECT_TRUE(loaded());
+        return strip()->inserts.getCount() > before
+                   ? static_cast<CComp*>(strip()->inserts.last())->id
+                   : CStr();
+    };
+    EXPECT_EQ(choose({"Right", "Down", "Return"}), "gain"); // "Test makers": drawn, gain
+    EXPECT_EQ(choose({"Return"}), "gain") << "the latest first";
+}
