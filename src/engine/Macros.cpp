@@ -29,7 +29,7 @@ const StoredValue::Kind kind = {
 } // namespace
 
 bool hasMacros(const CComp& of) {
-    return of.type == compSampler || of.type == compEffect;
+    return of.type == compSampler || of.type == compEffect || of.type == compVST;
 }
 
 StoredValue macroOf(CComp* of, int macro) {

@@ -9,7 +9,7 @@
 
 using MacroNumbers = std::array<int, CComp::macroCount>; ///< of the parameters, -1 for none
 
-/// Whether a component stores macros: instruments and racks do.
+/// Whether a component stores macros: instruments, racks and plug-ins do.
 bool hasMacros(const CComp& comp);
 /// The number of the parameter that a macro turns, -1 for none. Where programs have macros of their
 /// own it is that of the current one.

@@ -13,6 +13,7 @@
 #include "instruments/CWavSound.h"
 #include "modular/GraphNames.h"
 #include "modular/GraphPaths.h"
+#include "plugins/CVST.h"
 #include "sequencer/song/CSeq.h"
 
 #include <algorithm>
@@ -231,6 +232,10 @@ Causes AskSilence::sourceCauses(int output) {
         addCauses(found, fedBy(port.box, true));
         return found;
     }
+    case compVST:
+        if (!static_cast<CVST*>(comp)->opened())
+            return {{comp, "The plug-in of " + boxName(comp) + " was not found."}};
+        return fedBy(port.box, comp->inputs.empty());
     case compArp:
         return fedBy(port.box, true);
     case compEffect:

@@ -13,7 +13,7 @@
 #include "modular/GraphNames.h"
 #include "modular/ModularView.h"
 #include "ui/ActionItems.h"
-#include "ui/Deed.h"
+#include "ui/MenuDeed.h"
 #include "ui/PluginMenu.h"
 #include "ui/Workspace.h"
 
@@ -39,7 +39,7 @@ GraphMenus::GraphMenus(Workspace& space, ModularView& shown) : workspace(space),
 }
 
 CMenuItem* GraphMenus::add(CPopup* popup, const CStr& text, std::function<void()> chosen) {
-    return popup->add(text, new Deed(std::move(chosen)));
+    return addDeed(popup, text, std::move(chosen));
 }
 
 void GraphMenus::addAction(CPopup* popup, const char* name) {

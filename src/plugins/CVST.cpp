@@ -7,6 +7,7 @@
 #include "base/OpenBlock.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
+#include "engine/CUndo.h"
 #include "plugins/PluginHooks.h"
 #include "plugins/PluginPlaces.h"
 #include "plugins/vst2/Vst2Plugin.h"
@@ -151,7 +152,7 @@ void CVST::read(CStream* stream, int end) {
 void CVST::readBlock(const CStr& name, CStream& body, int size, bool& sawBank) {
     if (name == "chunkpath") chunkPath = body.readStr();
     if (name == "mch") mch = std::clamp(body.readInt(), -1, 15);
-    if (name == "prog") setProg(body.readInt());
+    if (name == "prog") readProgramNumber(body.readInt());
     if (name == "macro") {
         const int count = std::clamp(body.readInt(), 0, int(macroCount));
         for (int i = 0; i < count; i++) setMacroParam(i, body.readInt());
@@ -164,12 +165,20 @@ void CVST::readBlock(const CStr& name, CStream& body, int size, bool& sawBank) {
     readState(content, newer ? WordOrder::file : WordOrder::block, newer ? "chunk2" : "chunk");
 }
 
+/// Behind the state in files: it goes to the plug-in at once, as a change of the program would
+/// forget what the state has made of it.
+void CVST::readProgramNumber(int index) {
+    if (index < 0 || index >= numProgs()) return;
+    changeWhole([this, index](Plugin& p) { bank.play(p, index); });
+    curProg = index;
+}
+
 void CVST::readState(CStream& body, WordOrder order, const char* block) {
     if (!opened()) return;
     BankResult result = BankResult::good;
     changeWhole([&](Plugin& p) {
         int size = 0;
-        result = readBank(&body, p, order, size);
+        result = readBank(&body, p, bank, order, size);
         bank.takeCurrent(p);
     });
     if (result != BankResult::good)
@@ -177,6 +186,37 @@ void CVST::readState(CStream& body, WordOrder order, const char* block) {
 }
 
 // Banks and programs.
+
+/// The number of its program, and a bank.
+PluginState::Bytes CVST::present() {
+    CMemoryStream stream;
+    stream.writeInt(getProg());
+    writeBank(&stream, *loaded(), bank, WordOrder::file);
+    return {stream.data, stream.data + stream.getPos()};
+}
+
+void CVST::restore(const PluginState::Bytes& bytes) {
+    CMemoryStream stream;
+    stream.write(bytes.data(), int(bytes.size()));
+    stream.seek(0, seekStart);
+    changeWhole([&](Plugin& p) {
+        int size = 0;
+        const int program = stream.readInt();
+        readBank(&stream, p, bank, WordOrder::file, size);
+        bank.play(p, program);
+    });
+}
+
+/// When a step is taken back or done again; at first the plug-in has the state already.
+void CVST::perform(CUndoItem* item, int op) {
+    constexpr int firstTime = 1;
+    if (item->object == &state && op != firstTime) stateAsked = true;
+}
+
+void CVST::idle() {
+    if (stateAsked.exchange(false) && opened() && state.held()) restore(*state.held());
+    PluginComp::idle();
+}
 
 template <class F>
 bool CVST::readFile(const CStr& path, F&& reader) {
@@ -188,12 +228,16 @@ bool CVST::readFile(const CStr& path, F&& reader) {
     }
     BankResult result = BankResult::good;
     int size = 0;
+    PluginState::Bytes before = present();
     changeWhole([&](Plugin& p) {
         result = reader(stream, p, size);
         bank.takeCurrent(p);
     });
     if (result == BankResult::good) {
-        host->setModified();
+        state.hold(std::move(before));
+        CUndo* step = host->undoStart("Open", this, {.comp = CompNotice::program});
+        step->asSwap(&state, new PluginState(present()));
+        host->undoEnd(step, true);
         return true;
     }
     showMsg(nullptr, title, "Error opening chunk " + asStr(size) + " " + path);
@@ -201,8 +245,8 @@ bool CVST::readFile(const CStr& path, F&& reader) {
 }
 
 bool CVST::openBank(const CStr& path) {
-    const bool good = readFile(path, [](CStream& stream, Plugin& p, int& size) {
-        return readBank(&stream, p, WordOrder::file, size);
+    const bool good = readFile(path, [this](CStream& stream, Plugin& p, int& size) {
+        return readBank(&stream, p, bank, WordOrder::file, size);
     });
     if (good) chunkPath = path;
     return good;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plugins/PluginComp.h"
+#include "plugins/PluginState.h"
 #include "plugins/vst2/BankFiles.h"
 
 #include <vector>
@@ -23,11 +24,13 @@ public:
     bool locate(const CStr& path);
 
     void clear() override;
+    void idle() override;
+    void perform(CUndoItem* item, int op) override;
     void read(CStream* stream, int end) override;
     void write(CStream* stream) override;
     CComp* copy() override;
 
-    // Banks (.fxb) and programs (.fxp). False after a message.
+    // Banks (.fxb) and programs (.fxp). Opening one is a step. False after a message.
     bool openBank(const CStr& path);
     bool openProgram(const CStr& path);
     bool saveBank(const CStr& path);
@@ -39,9 +42,12 @@ protected:
     void leavesProgram(Plugin& left) override { bank.takeCurrent(left); }
 
 private:
+    PluginState::Bytes present();
+    void restore(const PluginState::Bytes& bytes);
     bool load(const CStr& path);
     bool find();
     void readBlock(const CStr& name, CStream& body, int size, bool& sawBank);
+    void readProgramNumber(int index);
     void readState(CStream& body, WordOrder order, const char* block);
     template <class F>
     bool readFile(const CStr& path, F&& reader);
@@ -49,6 +55,8 @@ private:
     bool writeFile(const CStr& path, F&& writer);
 
     ProgramBank bank;
+    PluginState state;               ///< of the plug-in, as far as a step has to do with it
+    Shared<bool> stateAsked{false};  ///< the plug-in does not have it yet
     std::vector<unsigned char> kept; ///< the content of a project, while the plug-in is missing
 };
 

@@ -13,30 +13,28 @@
 
 namespace {
 
-/// Widths of the channels that the pins of a plug-in ask for: pairs that belong together, and two
-/// pins that say nothing.
-std::vector<int> channelWidths(Plugin& plugin, bool input) {
+/// Widths of the channels that the pins from number `first` on ask for: pairs that belong together,
+/// and two pins that are all and say nothing.
+std::vector<int> channelWidths(Plugin& plugin, bool input, int first) {
     const int pins = std::min(input ? plugin.inputs() : plugin.outputs(), int(Plugin::mostPins));
     std::vector<int> widths;
-    for (int i = 0; i < pins; i += widths.back())
+    for (int i = first; i < pins; i += widths.back())
         widths.push_back(i + 1 < pins && plugin.stereoPair(input, i) ? 2 : 1);
-    if (widths == std::vector<int>{1, 1}) widths = {2};
+    if (first == 0 && widths == std::vector<int>{1, 1}) widths = {2};
     return widths;
 }
 
+/// The channels that a list lacks, linked nowhere.
 template <class Channel>
-Channel* newChannel(CComp* comp, int width) {
-    auto* made = new Channel(comp);
-    made->channels = width;
+std::vector<Channel*> missingChannels(CComp* comp, Plugin& plugin, const CList& list) {
+    int covered = 0;
+    for (const auto* ch : each<Channel>(list)) covered += ch->channels;
+    std::vector<Channel*> made;
+    for (const int width : channelWidths(plugin, std::is_same_v<Channel, CInputChannel>, covered)) {
+        made.push_back(new Channel(comp));
+        made.back()->channels = width;
+    }
     return made;
-}
-
-template <class Channel>
-CList& channelsOf(CComp* comp) {
-    if constexpr (std::is_same_v<Channel, CInputChannel>)
-        return comp->inputs;
-    else
-        return comp->outputs;
 }
 
 const ParamUnit powerUnit{[](float share) { return CStr(share > 0.0f ? "On" : "Off"); },
@@ -84,14 +82,6 @@ void PluginComp::createChannels() {
     inPorts.add(new CInputPort(this));
 }
 
-template <class Channel>
-void PluginComp::makeChannels(bool input) {
-    CList& list = channelsOf<Channel>(this);
-    const std::vector<int> widths = channelWidths(*plugin, input);
-    for (size_t i = size_t(list.getCount()); i < widths.size(); i++)
-        list.add(newChannel<Channel>(this, widths[i]));
-}
-
 void PluginComp::setupIO() {
     assert(mayRewire());
     deleteAll<CObject>(inputs);
@@ -102,8 +92,8 @@ void PluginComp::setupIO() {
 void PluginComp::fixChannels() {
     assert(mayRewire());
     if (!plugin) return;
-    makeChannels<CInputChannel>(true);
-    makeChannels<COutputChannel>(false);
+    for (auto* ch : missingChannels<CInputChannel>(this, *plugin, inputs)) inputs.add(ch);
+    for (auto* ch : missingChannels<COutputChannel>(this, *plugin, outputs)) outputs.add(ch);
 }
 
 /// The plug-in has other pins than before: channels come in a step of their own, none goes.
@@ -113,17 +103,14 @@ void PluginComp::rebuildChannels() {
         makeBuffers();
     }
     CUndo* step = host->undoStart("Channels of " + id, host, {.graph = true});
-    const auto add = [&]<class Channel>(Channel*, bool input) {
-        const std::vector<int> widths = channelWidths(*plugin, input);
-        CList& list = channelsOf<Channel>(this);
-        for (size_t i = size_t(list.getCount()); i < widths.size(); i++) {
-            auto* made = newChannel<Channel>(this, widths[i]);
-            made->createBuffers(host->frames);
-            step->asAdd(made, &list);
+    const auto add = [&](auto made, CList& list) {
+        for (auto* ch : made) {
+            ch->createBuffers(host->frames);
+            step->asAdd(ch, &list);
         }
     };
-    add(static_cast<CInputChannel*>(nullptr), true);
-    add(static_cast<COutputChannel*>(nullptr), false);
+    add(missingChannels<CInputChannel>(this, *plugin, inputs), inputs);
+    add(missingChannels<COutputChannel>(this, *plugin, outputs), outputs);
     host->undoEnd(step, false);
 }
 

@@ -131,8 +131,6 @@ private:
     void addNotes(int frames, int offset);
     bool isMapped(const CMIDIBytes* event) const;
     void doMapping(const CMIDIBytes* event);
-    template <class Channel>
-    void makeChannels(bool input);
 
     std::unique_ptr<Plugin> plugin; ///< replaced under the claim
     PluginClaim claim;

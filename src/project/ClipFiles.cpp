@@ -7,6 +7,7 @@
 #include "instruments/CSampleClip.h"
 #include "instruments/CSampler.h"
 #include "instruments/SamplerFiles.h"
+#include "plugins/CVST.h"
 #include "project/ClipContent.h"
 #include "project/PresetFiles.h"
 #include "project/SampleBlocks.h"
@@ -60,13 +61,24 @@ void writeSampler(CStream* stream, CSampler* sampler) {
     sampler->writeToStream(stream, prog);
 }
 
-/// The synthesizers that a port feeds, each once.
-void writeSamplers(CStream* stream, CQV* host, CMIDIQ* port) {
-    CList cables, samplers;
+void writePlugin(CStream* stream, CVST* plugin) {
+    if (!plugin->opened()) return;
+    stream->writeId("device", int(sizeof(char) + sizeof(int)) + plugin->fileName.length());
+    stream->writeByte(devicePlugin);
+    stream->writeStr(plugin->fileName);
+    const OpenBlock data(stream, "data");
+    plugin->saveFXPToStream(stream);
+}
+
+/// The instruments that a port feeds, each once.
+void writeInstruments(CStream* stream, CQV* host, CMIDIQ* port) {
+    CList cables, fed;
     if (port) listOutput(host, port, &cables);
-    for (const auto* cable : each<CMIDICable>(cables))
-        if (cable->toComp->type == compSampler) samplers.addUnique(cable->toComp);
-    for (auto* sampler : each<CSampler>(samplers)) writeSampler(stream, sampler);
+    for (const auto* cable : each<CMIDICable>(cables)) fed.addUnique(cable->toComp);
+    for (auto* comp : each<CComp>(fed)) {
+        if (comp->type == compSampler) writeSampler(stream, static_cast<CSampler*>(comp));
+        if (comp->type == compVST) writePlugin(stream, static_cast<CVST*>(comp));
+    }
 }
 
 } // namespace
@@ -83,7 +95,7 @@ void writeClipFile(CStream* stream, CSeq* seq, CPart* part) {
     }
     SongWriting writing(seq, stream, samples);
     writePart(writing, twin.get(), true);
-    if (twin->type == partMIDI && track) writeSamplers(stream, seq->host, track->outPort());
+    if (twin->type == partMIDI && track) writeInstruments(stream, seq->host, track->outPort());
 }
 
 bool saveClip(CSeq* seq, CPart* part, const CStr& path) {

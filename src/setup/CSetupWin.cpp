@@ -14,6 +14,7 @@
 #include "setup/GlobalPage.h"
 #include "setup/LooksPanel.h"
 #include "setup/MidiPage.h"
+#include "setup/PluginPage.h"
 #include "setup/ProjectPage.h"
 #include "setup/ShortcutPage.h"
 #include "ui/Workspace.h"
@@ -47,9 +48,10 @@ CGroup* makeLooks(CSetupWin* window, CRect place) {
 }
 
 constexpr Tab tabNames[] = {
-    {"Project", make<ProjectPage>},    {"Global", make<GlobalPage>},  {"Audio", make<AudioPage>},
-    {"MIDI", make<MidiPage>},          {"Browser", make<FolderPage>}, {"Looks", makeLooks},
-    {"Shortcuts", make<ShortcutPage>},
+    {"Project", make<ProjectPage>}, {"Global", make<GlobalPage>},
+    {"Audio", make<AudioPage>},     {"MIDI", make<MidiPage>},
+    {"Browser", make<FolderPage>},  {"Plug-ins", make<PluginPage>},
+    {"Looks", makeLooks},           {"Shortcuts", make<ShortcutPage>},
 };
 
 CCtrl* findField(CGroup* group, const CStr& name) {

@@ -5,7 +5,7 @@
 #include "gui/dialogs/CFileWin.h"
 #include "plugins/CVST.h"
 #include "plugins/PluginPlaces.h"
-#include "ui/Deed.h"
+#include "ui/MenuDeed.h"
 #include "ui/PluginShelf.h"
 #include "ui/Workspace.h"
 
@@ -30,9 +30,8 @@ void make(Workspace& workspace, const CStr& path, const Chosen& chosen) {
 
 void addEntry(CPopup* popup, Workspace& workspace, const PluginList::Entry& entry,
               const Chosen& chosen) {
-    popup->add(entry.facts.name, new Deed([&workspace, path = entry.path, chosen] {
-                   make(workspace, path, chosen);
-               }));
+    addDeed(popup, entry.facts.name,
+            [&workspace, path = entry.path, chosen] { make(workspace, path, chosen); });
 }
 
 void addByMaker(CPopup* popup, Workspace& workspace, const PluginShelf& shelf, PluginUse use,
@@ -72,5 +71,5 @@ void fillPluginMenu(CPopup* popup, Workspace& workspace, PluginUse use, const Ch
                       nullptr)
                 ->enabled = false;
     }
-    popup->add("Open file...", new Deed([&workspace, chosen] { openFile(workspace, chosen); }));
+    addDeed(popup, "Open file...", [&workspace, chosen] { openFile(workspace, chosen); });
 }

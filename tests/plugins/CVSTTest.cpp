@@ -1,6 +1,7 @@
 #include "plugins/CVST.h"
 
 #include "engine/MidiBytes.h"
+#include "engine/SeqStub.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "plugins/PluginFixture.h"
@@ -181,7 +182,7 @@ TEST(CVST, WaitsForNobodyInABlock) {
 
 /// State and what the project knows besides come back, whether the plug-in keeps chunks or not.
 TEST(CVST, ComesBackFromAProject) {
-    for (const char* name : {"gain", "synth"}) {
+    for (const char* name : {"gain", "gain-presets", "synth"}) {
         PluginFixture f;
         const std::unique_ptr<CVST> c(f.plug(name));
         MadePlugin* p = f.seen(name);
@@ -285,11 +286,54 @@ TEST(CVST, LatencyIsMadeUpFor) {
     SignalComp *fed = f.add(new SignalComp(f.host)), *dry = f.addSignal();
     f.connect(fed, c);
     fed->left = fed->right = [](long) { return 0.0f; };
-    dry->left = dry->right = [](long at) { return at == 512 ? 0.5f : 0.0f; };
+    dry->left = dry->right = [](long at) { return at == 2048 ? 0.5f : 0.0f; };
     c->setParam(1, 480.0f / 4096.0f);
-    f.block();
-    f.host->idle();
-    f.run(8);
+    for (int i = 0; i < 8; i++) {
+        f.block();
+        f.host->idle();
+    }
+    f.forget();
+    f.run(4);
     const auto at = std::ranges::find_if(f.left, [](float v) { return v > 0.1f; });
-    EXPECT_EQ(at - f.left.begin(), 512 + 480);
+    EXPECT_EQ(at - f.left.begin(), 480);
+}
+
+/// Positions are those of the block's start, though the song has been moved on already, also in its
+/// second piece and where the block ends behind the end of the loop.
+TEST(CVST, KnowsWhereTheSongIs) {
+    struct Song : SeqStub {
+        using SeqStub::SeqStub;
+        int getLoop() override { return 1; }
+        void getLoopSection(int& from, int& to) override { from = 0, to = 9600; }
+        void getTimeSig(int& num, int& den) override { num = 3, den = 4; }
+    };
+    PluginFixture f(882); // a tick is 22.97 frames at 120
+    CVST* c = f.addPlug("synth");
+    auto* song = f.add(new Song(f.host));
+    f.connectMIDI(song, c);
+    MadePlugin* p = f.seen("synth");
+    p->timeMask = ppqPosValid | barsValid | timeSigValid;
+    song->at = 4800.0;
+    f.host->start();
+    const double blockTicks = f.host->framesToTicks(882);
+    for (int i = 0; i < 3; i++) {
+        f.block(882);
+        EXPECT_NEAR(p->time.ppqPos, (4800.0 + i * blockTicks) / 960.0, 1e-9) << i;
+    }
+    EXPECT_EQ(p->time.barStartPos, 3.0); // three quarters to the bar
+    EXPECT_EQ(p->time.timeSigNumerator, 3);
+    EXPECT_EQ(p->time.tempo, 120.0);
+    EXPECT_EQ(p->time.cycleEndPos, 10.0);
+    EXPECT_EQ(p->time.sampleRate, 44100.0);
+    EXPECT_EQ(p->time.samplePos, 2 * 882.0);
+    EXPECT_EQ(p->time.flags, ppqPosValid | tempoValid | barsValid | timeSigValid | cycleActive |
+                                 cyclePosValid | transportPlaying);
+    song->at = 10.0 - blockTicks; // it will have come round the loop within the block
+    f.block(882);
+    EXPECT_NEAR(p->time.ppqPos, (9610.0 - blockTicks) / 960.0, 1e-9);
+    p->timeMask = barsValid;
+    f.host->stop();
+    f.block(882);
+    EXPECT_EQ(p->time.timeSigNumerator, 4);
+    EXPECT_EQ(p->time.flags & (transportPlaying | ppqPosValid), 0);
 }

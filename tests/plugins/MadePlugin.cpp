@@ -1,6 +1,8 @@
 #include "plugins/MadePlugin.h"
 
+#include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -8,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <unistd.h>
 
 // The plug-in of the tests, of which copies under other names behave in other ways.
 
@@ -212,6 +215,8 @@ intptr_t dispatch(Effect* effect, int32_t opcode, int32_t index, intptr_t value,
         return 1;
     case effSetProgram:
         p.program = int(value);
+        if (is(p, "gain-presets")) // it begins each anew
+            for (int i = 0; i < MadePlugin::params; i++) p.now()[i] = i == 0 ? 0.5f : 0.0f;
         return 1;
     case effGetProgram:
         return p.program;
@@ -281,6 +286,10 @@ extern "C" __attribute__((visibility("default"))) Effect* VSTPluginMain(Dispatch
     const std::string name = ownName();
     if (name == "bad-null") return nullptr;
     if (name == "bad-throws-main") fail();
+    if (name == "bad-crashes") raise(SIGSEGV);
+    if (name == "bad-aborts") std::abort();
+    if (name == "bad-prints") std::puts("line\tafter\tline");
+    while (name == "bad-hangs") sleep(1);
     auto* p = latest = new MadePlugin;
     p->host = host;
     std::snprintf(p->kind, sizeof p->kind, "%s", name.c_str());

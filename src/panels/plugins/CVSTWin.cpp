@@ -107,7 +107,7 @@ void CVSTWin::fill() {
         editor->keysToPlugin = keys->lit;
         editor->onChange = new _COnChange<CVSTWin>(this, &CVSTWin::fitEditor);
     } else {
-        made = params = new ParamList(this, plugin);
+        made = params = new ParamList(this, workspace, plugin);
     }
     made->setBounds(0, barHeight, clientGroup->width, clientGroup->height - barHeight);
     made->setAlign(alignWidth | alignHeight, 0, 0);

@@ -16,8 +16,8 @@ int countOf(CComp& comp) {
 
 } // namespace
 
-ParamList::ParamList(CWin* owner, CComp& of)
-    : PanelBody(owner, "parameters", 0, 0, 1, 1), comp(of) {
+ParamList::ParamList(CWin* owner, Workspace& space, CComp& of)
+    : PanelBody(owner, "parameters", 0, 0, 1, 1), workspace(space), comp(of) {
     spokenName = "Parameters";
     arrange = [this](int wide) {
         int y = margin;
@@ -33,7 +33,7 @@ void ParamList::build() {
     inner->clear();
     rows.clear();
     for (int i = 0; i < countOf(comp); i++) {
-        rows.push_back(new ParamRow(win, comp, i));
+        rows.push_back(new ParamRow(win, workspace, comp, i));
         inner->addControl(rows.back());
     }
     resized();

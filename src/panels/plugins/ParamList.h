@@ -6,11 +6,12 @@
 
 class CComp;
 class ParamRow;
+class Workspace;
 
 /// All parameters of a component, one below the other. Interface thread.
 class ParamList : public PanelBody {
 public:
-    ParamList(CWin* win, CComp& comp);
+    ParamList(CWin* win, Workspace& workspace, CComp& comp);
 
     void refresh(); ///< takes the values of those that are seen, and all rows anew if their number
                     ///< is another
@@ -18,6 +19,7 @@ public:
 private:
     void build();
 
+    Workspace& workspace;
     CComp& comp;
     std::vector<ParamRow*> rows; ///< among the controls
 };

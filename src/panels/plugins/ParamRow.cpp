@@ -8,6 +8,7 @@
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
+#include "ui/ParamMenu.h"
 
 namespace {
 
@@ -16,7 +17,7 @@ constexpr int nameShare = 36, valueShare = 28; // percent of the width
 
 } // namespace
 
-ParamRow::ParamRow(CWin* owner, CComp& of, int number)
+ParamRow::ParamRow(CWin* owner, Workspace& workspace, CComp& of, int number)
     : CStoredCtrl(owner, "parameter " + asStr(number), of.host->values.get(), 0, 0, 1, usualHeight),
       name(of.paramName(number)), comp(of), param(number) {
     spokenName = name;
@@ -24,7 +25,15 @@ ParamRow::ParamRow(CWin* owner, CComp& of, int number)
     value = [this] { return parameterOf(&comp, param); };
     text = [this] { return comp.paramText(param); };
     typedValue = [](double percent) { return double(percentUnit.share(percent)); };
-    hint = name + ": drag, turn the wheel with Ctrl, or type percent";
+    menu = [this, &workspace](CPopup* popup) {
+        addParamItems(
+            popup, workspace,
+            [this](bool) {
+                return ParamRef{&comp, param};
+            },
+            &comp);
+    };
+    hint = name + ": drag, turn the wheel with Ctrl, or type percent; the right button for more";
     refresh();
 }
 

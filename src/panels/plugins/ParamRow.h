@@ -3,6 +3,7 @@
 #include "ui/CStoredCtrl.h"
 
 class CComp;
+class Workspace;
 
 /// A parameter of a component as a line: its name, a slider, and what the component tells of its
 /// value. Interface thread.
@@ -10,7 +11,7 @@ class ParamRow : public CStoredCtrl {
 public:
     static constexpr int usualHeight = 20;
 
-    ParamRow(CWin* win, CComp& comp, int param);
+    ParamRow(CWin* win, Workspace& workspace, CComp& comp, int param);
 
     void paint(CGraphic* g, CRect rect) override;
     bool refresh() override; ///< also the text, which may change by itself

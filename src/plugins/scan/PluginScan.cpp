@@ -64,7 +64,8 @@ public:
             return true;
         }
         if (Clock::now() - began < limit) return false;
-        why = "It took longer than " + asStr(int(limit.count() / 1000)) + " seconds.";
+        why = "It took longer than " + asStr(int(limit.count() / 1000)) +
+              (limit.count() < 2000 ? " second." : " seconds.");
         return true;
     }
     CStr text() const { return CStr(said.c_str()).trim(); }

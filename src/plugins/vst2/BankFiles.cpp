@@ -144,6 +144,12 @@ void ProgramBank::takeCurrent(Plugin& plugin) {
     if (now >= 0 && size_t(now) < programs.size()) programs[size_t(now)] = currentProgram(plugin);
 }
 
+void ProgramBank::play(Plugin& plugin, int index) const {
+    if (plugin.program() != index) plugin.setProgram(index);
+    if (!plugin.hasChunks() && index >= 0 && size_t(index) < programs.size())
+        tell(plugin, programs[size_t(index)]);
+}
+
 void writeBank(CStream* stream, Plugin& plugin, ProgramBank& bank, WordOrder order) {
     Words words(stream, order);
     const bool chunks = plugin.hasChunks();
@@ -163,7 +169,8 @@ void writeProgram(CStream* stream, Plugin& plugin) {
     words.putChunk(plugin, false);
 }
 
-BankResult readBank(CStream* stream, Plugin& plugin, WordOrder order, int& size) {
+BankResult readBank(CStream* stream, Plugin& plugin, ProgramBank& bank, WordOrder order,
+                    int& size) {
     Words words(stream, order);
     int count = 0;
     const int kind = getHead(words, count);
@@ -177,8 +184,10 @@ BankResult readBank(CStream* stream, Plugin& plugin, WordOrder order, int& size)
     for (size_t i = 0; i < read.programs.size(); i++) {
         plugin.setProgram(int(i));
         tell(plugin, read.programs[i]);
+        if (i < bank.programs.size()) bank.programs[i] = currentProgram(plugin);
     }
     plugin.setProgram(0);
+    bank.play(plugin, 0);
     return BankResult::good;
 }
 

@@ -18,6 +18,8 @@ struct ProgramBank {
 
     void takeAll(Plugin& plugin);     ///< nothing of one that has chunks; changes its program
     void takeCurrent(Plugin& plugin); ///< that which it plays
+    /// The plug-in plays a program, as it is here: many begin one anew when they are led to it.
+    void play(Plugin& plugin, int index) const;
 };
 
 /// How the words of a bank lie: as the files have it, or as an older block of projects.
@@ -34,6 +36,6 @@ enum class BankResult {
 
 void writeBank(CStream* stream, Plugin& plugin, ProgramBank& bank, WordOrder order);
 void writeProgram(CStream* stream, Plugin& plugin);
-/// `size` becomes that of a chunk, as far as it was read.
-BankResult readBank(CStream* stream, Plugin& plugin, WordOrder order, int& size);
+/// `size` becomes that of a chunk, as far as it was read; `bank` what the plug-in has then.
+BankResult readBank(CStream* stream, Plugin& plugin, ProgramBank& bank, WordOrder order, int& size);
 BankResult readProgram(CStream* stream, Plugin& plugin, int& size);

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "plugins/scan/PluginList.h"
+#include "setup/SetupPage.h"
+
+#include <vector>
+
+class CListbox;
+
+/// What is known of the plug-ins in the folders: those that can be used, and why the others cannot.
+class PluginPage : public SetupPage {
+public:
+    PluginPage(CSetupWin* window, CRect place);
+    ~PluginPage() override;
+    PluginPage(const PluginPage&) = delete;
+    PluginPage& operator=(const PluginPage&) = delete;
+
+private:
+    void fill();
+    void tellCount();
+    CStr chosen() const; ///< the path of the line; empty without one
+    void rowChosen(CObject*);
+    void newClicked(CObject*);
+    void againClicked(CObject*);
+    void allClicked(CObject*);
+    void stopClicked(CObject*);
+
+    CListbox* list;
+    CLabel *count, *about;
+    CButton *again, *stop;
+    std::vector<CStr> paths; ///< of the lines
+};

@@ -1,0 +1,65 @@
+#include "engine/ValueDoor.h"
+#include "plugins/PluginFixture.h"
+
+#include <memory>
+#include <xmmintrin.h>
+
+/// What can be contained in one process: the strip plays on, other strips hear nothing of it, and
+/// the project can be saved.
+TEST(HostilePlugin, StripsPlayOn) {
+    struct Case {
+        const char* kind;
+        float left, right; ///< of the last frame, for 0.5 and 0.25
+        bool faulty;
+    };
+    const Case cases[] = {
+        {"throws-open", 0.5f, 0.25f, false},   {"throws-set", 0.5f, 0.25f, false},
+        {"throws-get", 0.5f, 0.25f, false},    {"throws-idle", 0.5f, 0.25f, false},
+        {"throws-process", 0.5f, 0.25f, true}, {"nan", 0.0f, 0.25f, true},
+        {"infinite", 0.5f, 0.0f, true},        {"overruns", 0.5f, 0.5f, false},
+        {"rounding", 0.5f, 0.25f, false},      {"long-texts", 0.5f, 0.25f, false},
+        {"throws-chunk", 0.5f, 0.25f, false},  {"echoes", 0.5f, 0.25f, false}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.kind);
+        PluginFixture f;
+        CVST* plug = f.insert(std::string("bad-") + c.kind);
+        ASSERT_NE(plug, nullptr);
+        f.signal->right = [](long) { return 0.25f; };
+        f.signal->left = [](long) { return 0.5f; };
+        SignalComp* other = f.addSignal();
+        const unsigned mode = _mm_getcsr();
+        for (int i = 0; i < 3; i++) {
+            f.block();
+            f.host->idle();
+        }
+        EXPECT_EQ(_mm_getcsr(), mode);
+        EXPECT_EQ(plug->output()->bufL[255], c.left);
+        EXPECT_EQ(plug->output()->bufR[255], c.right);
+        EXPECT_EQ(plug->faults > 0, c.faulty);
+        EXPECT_EQ(other->output()->bufL[255], 1.0f);
+        f.host->values->setParam(plug, 0, 0.5f);
+        EXPECT_LE(plug->paramName(0).length(), 255);
+        EXPECT_LE(plug->paramText(0).length(), 511); // two of them
+        EXPECT_GE(plug->param(0), 0.0f);
+        EXPECT_FALSE(f.bytesOf(plug).empty());
+    }
+}
+
+/// A plug-in that comes to have more outputs gets channels for them, in a step of its own.
+TEST(HostilePlugin, PinsMayChange) {
+    PluginFixture f;
+    CVST* plug = f.addPlug("gain");
+    f.hand(f.seen("gain"), 4, 5);
+    f.block();
+    f.host->idle();
+    f.block();
+    EXPECT_EQ(plug->outputs.getCount(), 4); // the pair that was there, and three
+    EXPECT_EQ(f.host->undoList.getCount(), 1);
+    f.block();
+    f.undo();
+    EXPECT_EQ(plug->outputs.getCount(), 1);
+    f.hand(f.seen("gain"), 4, 100000);
+    f.host->idle();
+    f.block();
+    EXPECT_EQ(plug->outputs.getCount(), 127);
+}
