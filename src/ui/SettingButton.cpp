@@ -7,6 +7,7 @@
 #include "gui/CWin.h"
 #include "gui/Keys.h"
 #include "gui/controls/CPopup.h"
+#include "ui/MenuDeed.h"
 #include "ui/ProgramItems.h"
 #include "ui/SettingName.h"
 
@@ -60,7 +61,23 @@ void SettingButton::set(double to) {
         door->set(other, numbers);
     }
     door->end();
+    if (onSet) onSet();
     refresh();
+}
+
+void SettingButton::mouseUp(int x, int y, int btn) {
+    CButton::mouseUp(x, y, btn);
+    if ((btn & modRight) && inside(x, y)) contextMenu();
+}
+
+bool SettingButton::contextMenu() {
+    if (!menu || !place.there()) return false;
+    auto* popup = new CPopup(win->app, win);
+    popup->autoDelete = true;
+    addDeed(popup, "Default", [this] { set(place.setting->usual); });
+    menu(popup);
+    popup->popupBelow(this);
+    return true;
 }
 
 void SettingButton::click() {

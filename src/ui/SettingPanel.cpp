@@ -58,13 +58,16 @@ SettingPlace SettingPanel::placeOf(const Section& section, const Setting& settin
     return place;
 }
 
-/// What is set by a control that has a parameter counts as set by that.
-void SettingPanel::wireParam(CStoredCtrl* ctrl, const SettingPlace& place) const {
-    ctrl->menu = [&space = workspace, place](CPopup* popup) {
+std::function<void(CPopup*)> SettingPanel::menuOf(const SettingPlace& place) const {
+    return [&space = workspace, place](CPopup* popup) {
         addParamItems(popup, space, place.param, place.paramComp);
     };
-    if (!place.param) return;
-    ctrl->onSet = [door = workspace.host()->values.get(), place] {
+}
+
+/// What is set by a control that has a parameter counts as set by that.
+std::function<void()> SettingPanel::tellerOf(const SettingPlace& place) const {
+    if (!place.param) return {};
+    return [door = workspace.host()->values.get(), place] {
         if (!place.there()) return;
         if (const ParamRef by = place.param(false))
             door->movedBy(by, float(place.setting->shareOf(place.number())));
@@ -76,10 +79,14 @@ void SettingPanel::add(const Section& section, const Setting& setting, bool firs
     ValueDoor* door = workspace.host()->values.get();
     CCtrl* made = nullptr;
     if (setting.form == Setting::onOff || setting.form == Setting::choice) {
-        made = buttons.emplace_back(new SettingButton(win, door, place));
+        SettingButton* button = buttons.emplace_back(new SettingButton(win, door, place));
+        button->menu = menuOf(place);
+        button->onSet = tellerOf(place);
+        made = button;
     } else {
         SettingKnob* knob = knobs.emplace_back(new SettingKnob(win, door, place));
-        wireParam(knob, place);
+        knob->menu = menuOf(place);
+        knob->onSet = tellerOf(place);
         made = knob;
     }
     addControl(made);

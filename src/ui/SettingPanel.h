@@ -5,7 +5,7 @@
 
 #include <vector>
 
-class CStoredCtrl;
+class CPopup;
 class SettingButton;
 class SettingKnob;
 class Workspace;
@@ -49,7 +49,8 @@ private:
     Frame& frameOf(const CStr& title, bool first);
     void add(const Section& section, const Setting& setting, bool first);
     SettingPlace placeOf(const Section& section, const Setting& setting) const;
-    void wireParam(CStoredCtrl* ctrl, const SettingPlace& place) const;
+    std::function<void(CPopup*)> menuOf(const SettingPlace& place) const;
+    std::function<void()> tellerOf(const SettingPlace& place) const;
     int widthOf(const Frame& frame, int most) const;
 
     Workspace& workspace;

@@ -4,6 +4,8 @@
 #include "common/fx/CReverb.h"
 #include "effects/CEffect.h"
 #include "effects/Inserts.h"
+#include "effects/RackParams.h"
+#include "engine/EffectSettings.h"
 #include "engine/GraphHold.h"
 #include "engine/MapEdits.h"
 #include "gui/controls/CButton.h"
@@ -450,6 +452,15 @@ TEST_F(PanelsTest, ChainsOfEffects) {
         drag(hall, asPoint(200, 16), asPoint(200, -up), escape);
         EXPECT_EQ(chain.getFirst(), escape ? static_cast<CFX*>(delay) : reverb);
     }
+    undo();
+    // A switch has a menu as well.
+    CCtrl* sync = find("Sync");
+    sync->win->setKeyCtrl(sync);
+    inMenu({"Down", "Return"});
+    key("shift+F10");
+    ASSERT_TRUE(loaded());
+    const ParamRef synced = rackParamOf(*r, *delay, *findSetting(settingsOf(*delay), "Sync"));
+    EXPECT_EQ(controllerOf(host.get(), synced).number, LeadingController::awaited);
     undo();
     // The way of the sound: a box is switched by two presses.
     CCtrl* way = find("chain");
