@@ -164,9 +164,10 @@ bool CEffect::runChain(const CEffectProg& prog, int frames, int offset) {
     std::fill_n(left, frames, 0.0f);
     std::fill_n(right, frames, 0.0f);
     bool ran = false;
+    const float tempo = host->plans->timeOf(this).bpm;
     for (auto* fx : each<CFX>(prog.effects)) {
         if (!fx->enabled || !isEffectKind(fx->type)) continue;
-        fx->tempo = host->tempoNow;
+        fx->tempo = tempo;
         if (ran)
             fx->process(left, right, left, right, frames);
         else

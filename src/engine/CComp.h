@@ -77,9 +77,8 @@ public:
     CList outputs; ///< of COutputChannel, owned
     CList inputs;  ///< of CInputChannel, owned
     int curOutput = 0;
-    CList outPorts;           ///< of COutputPort (CKeyboard: a plain CMIDIQ), owned
-    CList inPorts;            ///< of CInputPort, owned
-    bool summing = false;     ///< its latency is being worked out; graph holder
+    CList outPorts; ///< of COutputPort (CKeyboard: a plain CMIDIQ), owned
+    CList inPorts;  ///< of CInputPort, owned
     bool processed = false, mixed = false, fxDone = false; ///< of this block; graph holder
     Shared<bool> busy{false};                              ///< inside `process`
     CList audioCables;                                     ///< of CAudioCable, owned in-edges

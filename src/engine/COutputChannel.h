@@ -3,7 +3,6 @@
 #include "base/CList.h"
 #include "engine/CIO.h"
 #include "engine/CSend.h"
-#include "engine/plan/CPDC.h"
 
 struct CMIDIBytes;
 struct ParamUnit;
@@ -55,9 +54,6 @@ public:
     int eqState = 0;
     Shared<int> eqChangeTime{0}; ///< asTimeInMS of the latest change of the equaliser
     int eqPage = 6;
-    unsigned delayRound = 0; ///< the working-out of latency that `delaySum` is of; graph holder
-    int delaySum = 0;        ///< latency up to here, in frames
-    CPDC pdc;                ///< of the send tap
 
     /// Allocates the arrays, cleared, and those of the inserts; frees what was there.
     void createBuffers(int frames);

@@ -42,9 +42,6 @@ constexpr float usualTempo = 120.0f;
 /// and for a thread that holds the graph, they act at once, so that a getter sees the result.
 class CQV : public CComp, public UndoHost, public SamplePool {
 public:
-    /// Largest latency, in frames, of the paths into the send buses, and from these to the audio
-    /// outs.
-    Shared<int> pdcInDelay{0}, pdcSendDelay{0};
     Shared<bool> renderPending{false};
     bool settingsEnabled = true;
     COnChange* renderCallback = nullptr; ///< owned until called
@@ -93,7 +90,6 @@ public:
     int recBits = 16;                 ///< of recorded files
     int recLatency = 0;               ///< frames
     Shared<int> requestedProgram{-1}; ///< program change on its way to the file mapper, -1 none
-    unsigned delayRounds = 0;         ///< counts the workings-out of latency; graph holder
     unsigned blocks = 0;              ///< counts those that ran; graph holder
     const std::unique_ptr<DeviceMidi> deviceMidi; ///< for the driver's callback
 
@@ -204,7 +200,6 @@ public:
     GraphScratch& scratch() const; ///< of the calling thread, which runs a step; graph holder
 
     // For the cycle (Cycle.cpp). Graph holder.
-    void calcPDC();
     void handleMIDIIn();
     /// Offers a controller to the maps of one component; true when it is consumed.
     bool midiMapped(CComp* c, CMIDIQ* queue, CMIDIBytes* e);

@@ -63,13 +63,9 @@ void dropWhere(CList& list, Question&& ends) {
 
 } // namespace
 
-CAudioCable::CAudioCable() : pdc(new CPDC) {
+CAudioCable::CAudioCable() {
     category = categoryCable;
     type = cableAudio;
-}
-
-CAudioCable::~CAudioCable() {
-    delete pdc;
 }
 
 CMIDICable::CMIDICable() {

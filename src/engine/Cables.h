@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/CObject.h"
-#include "engine/plan/CPDC.h"
 
 class CComp;
 class CInputChannel;
@@ -19,11 +18,7 @@ constexpr int maxPullDepth = 256;
 class CAudioCable : public CObject {
 public:
     CAudioCable();
-    ~CAudioCable() override;
-    CAudioCable(const CAudioCable&) = delete;
-    CAudioCable& operator=(const CAudioCable&) = delete;
 
-    CPDC* pdc; ///< owned
     CComp* fromComp = nullptr;
     CComp* toComp = nullptr;
     CInputChannel* toChannel = nullptr;

@@ -161,10 +161,13 @@ void GraphPlans::refresh() {
     replace();
 }
 
-void GraphPlans::noteTime(int frames) {
+SongTime GraphPlans::timeNow() const {
     CComp* const seq = host->masterSeq;
-    const double ticks = seq ? seq->getPos() : double(host->pos);
-    times.note({ticks, host->tempoNow, host->playing != 0}, frames);
+    return {seq ? seq->getPos() : double(host->pos), host->tempoNow, host->playing != 0};
+}
+
+void GraphPlans::noteTime(int frames) {
+    times.note(timeNow(), frames);
 }
 
 SongTime GraphPlans::timeOf(const CComp* comp) const {
@@ -174,6 +177,7 @@ SongTime GraphPlans::timeOf(const CComp* comp) const {
     else if (const PlanInsert* insert = now->latency().insertOf(comp))
         late = insert->at;
     if (comp->planned) late -= comp->planned->offset;
+    if (times.empty()) return timeNow();
     return times.before(late, host->framesToTicks(1.0) / double(host->tempoNow));
 }
 

@@ -193,6 +193,7 @@ public:
 
 private:
     void replace();
+    SongTime timeNow() const;
 
     CQV* host;
     Shared<int> total{0};

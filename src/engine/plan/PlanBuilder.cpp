@@ -139,6 +139,8 @@ bool PlanBuilder::endsHere(CComp* c, std::unordered_set<const CComp*>& path) {
 /// Whether a cable can be heard a little longer without a change to what stays.
 bool PlanBuilder::mayLeave(const CAudioCable* cable) {
     std::unordered_set<const CComp*> path;
+    // What a loop takes in has to be there before it.
+    if (ringOpen && !place(cable->fromComp).rendered) return false;
     return cable->fromComp->type != compAudioOut && endsHere(cable->fromComp, path);
 }
 

@@ -19,6 +19,8 @@ public:
     /// per minute.
     SongTime before(int frames, double ticksPerFrame) const;
 
+    bool empty() const { return count == 0; }
+
 private:
     static constexpr unsigned most = 8192; ///< blocks, a power of two
     struct Block {
