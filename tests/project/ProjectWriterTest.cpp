@@ -50,6 +50,22 @@ void addHits(CSeq* seq, CSongTrack* track) {
     track->addPart(part, nullptr);
 }
 
+/// Three groups, of which the one in the middle and either other feed each other.
+void addLoops(TestHost& d, CComp* source) {
+    CGroupCh* groups[3];
+    for (CGroupCh*& group : groups) {
+        group = d.add(new CGroupCh(d.host));
+        group->output()->moveFader(0.6f);
+        group->output()->setVol(0.6f, false);
+    }
+    d.connect(source, groups[0]);
+    for (const int i : {0, 1}) {
+        d.connect(groups[i], groups[i + 1]);
+        d.connect(groups[i + 1], groups[i]);
+    }
+    d.connect(groups[2]);
+}
+
 /// What the project plays from its start, with a chord from outside.
 std::vector<float> play(ProjectFixture& f) {
     f.host->setPos(0);
@@ -90,6 +106,7 @@ Saved::Saved() {
     d.connect(group, rack);
     d.connect(rack);
     d.connect(at<CComp>(host->sends, 1), at<CComp>(host->sends, 0));
+    addLoops(d, group);
 
     COutputChannel* ch = sampler->output();
     ch->moveFader(0.7f);
