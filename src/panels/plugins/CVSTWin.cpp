@@ -23,8 +23,7 @@
 namespace {
 
 constexpr int gap = 8, high = 24, barTop = (ProgramBar::usualHeight - high) / 2;
-constexpr int programsWidth = 312, powerWidth = 40, channelWidth = 64, listWidth = 88,
-              keysWidth = 64;
+constexpr int powerWidth = 40, channelWidth = 64, listWidth = 88, keysWidth = 64;
 constexpr int leastWidth = 640, leastHeight = 160;
 constexpr int midiChannels = 16;
 constexpr int windowStyle = winCaption | winSizable | winMaxButton | winDockable;
@@ -90,7 +89,7 @@ void CVSTWin::layBar() {
     power->visible = channel->visible = there;
     list->visible = keys->visible = there && plugin.hasEditor();
     locate->visible = !there;
-    int x = programsWidth + gap;
+    int x = ProgramBar::contentWidth + gap;
     for (CButton* b : {power, channel, list, keys, locate}) {
         if (!b->visible) continue;
         b->setBounds(x, barTop, b->width, high);
