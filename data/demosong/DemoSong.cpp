@@ -34,7 +34,7 @@ private:
                  const ScoreChord& chord);
     void arpBar(PartBuilder& part, int bar, const ScoreChord& chord, int transpose);
     void melody(PartBuilder& part, Line line, int transpose = 0);
-    void drumBar(PartBuilder& part, int bar, std::span<const DrumLine> lines);
+    void drumBar(PartBuilder& kit, PartBuilder& rest, int bar, std::span<const DrumLine> lines);
 
     SongBuilder song;
     DemoSounds sounds;
@@ -64,21 +64,24 @@ void DemoSong::melody(PartBuilder& part, Line line, int transpose) {
         part.note(n.bar, n.step, n.length, n.note + transpose, n.velocity);
 }
 
-void DemoSong::drumBar(PartBuilder& part, int bar, std::span<const DrumLine> lines) {
+void DemoSong::drumBar(PartBuilder& kit, PartBuilder& rest, int bar,
+                       std::span<const DrumLine> lines) {
     for (const DrumLine& line : lines)
-        for (int step = 0; step < stepsPerBar; step++)
-            if (const int velocity = stepVelocity(line.steps[step]); velocity > 0)
-                part.note(bar, step, 1, line.key, velocity);
+        for (int step = 0; step < stepsPerBar; step++) {
+            const int velocity = stepVelocity(line.steps[step]), sound = kitSoundOf(line.key);
+            if (velocity > 0 && sound >= 0) kit.hit(bar, step, sound, velocity);
+            if (velocity > 0 && sound < 0) rest.note(bar, step, 1, line.key, velocity);
+        }
 }
 
 void DemoSong::drums() {
     constexpr int phrase = 4;
     auto section = [this](int from, int to, std::span<const DrumLine> lines,
                           std::span<const DrumLine> turn, bool crash) {
-        PartBuilder part(song.part(sounds.drums, from, to));
+        PartBuilder kit(song.part(sounds.kit, from, to)), rest(song.part(sounds.drums, from, to));
         for (int bar = 0; bar < to - from; bar++)
-            drumBar(part, bar, bar % phrase == phrase - 1 ? turn : lines);
-        if (crash) part.note(0, 0, 4, keyCrash, 112);
+            drumBar(kit, rest, bar, bar % phrase == phrase - 1 ? turn : lines);
+        if (crash) rest.note(0, 0, 4, keyCrash, 112);
     };
     section(barGroove, barGroove + phrase, drumHats, drumHats, false);
     section(barGroove + phrase, barVerse, drumVerse, drumVerseTurn, true);
@@ -87,11 +90,12 @@ void DemoSong::drums() {
     section(barChorus, barChorus2, drumChorus, drumChorusTurn, true);
     section(barChorus2, barOutro, drumChorus, drumChorusTurn, true);
 
-    PartBuilder build(song.part(sounds.drums, barBuild, barChorus));
-    for (int bar = 0; bar < int(std::size(drumBuild)); bar++)
-        drumBar(build, bar, std::span(&drumBuild[bar], 1));
+    PartBuilder roll(song.part(sounds.kit, barBuild, barChorus));
     PartBuilder end(song.part(sounds.drums, barOutro, barOutro + phrase));
-    for (int bar = 0; bar < phrase; bar++) drumBar(end, bar, drumHats);
+    PartBuilder endKit(song.part(sounds.kit, barOutro, barOutro + phrase));
+    for (int bar = 0; bar < int(std::size(drumBuild)); bar++)
+        drumBar(roll, end, bar, std::span(&drumBuild[bar], 1));
+    for (int bar = 0; bar < phrase; bar++) drumBar(endKit, end, bar, drumHats);
     end.note(0, 0, 4, keyCrash, 108);
 }
 
@@ -154,17 +158,17 @@ void DemoSong::lead() {
 
 void DemoSong::automation() {
     constexpr float ease = 0.35f;
-    sounds.padCutoff.curve(barIntro, barGroove, {{0, 0, 0.12f}, {4, 0, 0.55f, ease}});
-    sounds.padCutoff.curve(barBreak, barChorus, {{0, 0, 0.35f}, {4, 0, 0.3f}, {8, 0, 0.85f, ease}});
-    sounds.padCutoff.curve(barChorus, barChorus2, {{0, 0, 0.62f}});
-    sounds.padCutoff.curve(barOutro, barEnd, {{0, 0, 0.6f}, {6, 0, 0.15f, -ease}});
+    sounds.padCutoff.curve(barIntro, barGroove, {{0, 0, 0.5f}, {4, 0, 0.8f, ease}});
+    sounds.padCutoff.curve(barBreak, barChorus, {{0, 0, 0.6f}, {4, 0, 0.6f}, {8, 0, 0.95f, ease}});
+    sounds.padCutoff.curve(barChorus, barChorus2, {{0, 0, 0.88f}});
+    sounds.padCutoff.curve(barOutro, barEnd, {{0, 0, 0.85f}, {6, 0, 0.5f, -ease}});
     sounds.padVolume.curve(barIntro, barGroove, {{0, 0, 0.35f}, {3, 0, 0.8f, ease}});
     sounds.padVolume.curve(barOutro, barEnd, {{0, 0, 0.8f}, {3, 0, 0.78f}, {6, 0, 0.0f, -ease}});
     sounds.pluckPan.curve(
         barGroove, barVerse,
         {{0, 0, 0.5f}, {2, 0, 0.32f}, {4, 0, 0.68f}, {6, 0, 0.32f}, {8, 0, 0.5f}});
-    sounds.pluckCutoff.curve(barBreak, barChorus, {{0, 0, 0.3f}, {8, 0, 0.95f, ease}});
-    sounds.pluckCutoff.curve(barChorus2, barOutro, {{0, 0, 0.6f}});
+    sounds.pluckCutoff.curve(barBreak, barChorus, {{0, 0, 0.5f}, {8, 0, 1.0f, ease}});
+    sounds.pluckCutoff.curve(barChorus2, barOutro, {{0, 0, 0.9f}});
 }
 
 void DemoSong::points() {

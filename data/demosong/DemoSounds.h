@@ -4,6 +4,9 @@
 
 class CSampler;
 
+/// The sound of the kit that plays a key of `DrumKey`, -1 where it has none.
+int kitSoundOf(int key);
+
 /// An automation lane of the song, ready to take points.
 struct DemoLane {
     SongBuilder* song = nullptr;
@@ -21,7 +24,8 @@ class DemoSounds {
 public:
     explicit DemoSounds(SongBuilder& song);
 
-    CTrack* drums;
+    CTrack* kit;   ///< a drum track: what the clips of the built-in kit play
+    CTrack* drums; ///< the rest of the drums
     CTrack* bass;
     CTrack* pad;
     CTrack* pluck;
@@ -30,9 +34,11 @@ public:
     DemoLane padCutoff, padVolume, pluckCutoff, pluckPan;
 
 private:
+    void mix();
     CSampler* instrument(CTrack* track, int program, float volume, float pan);
     DemoLane channelLane(CTrack* track, CSampler* source, const char* name, int param);
-    DemoLane cutoffLane(CTrack* track, CSampler* source);
+    DemoLane brightnessLane(CTrack* track, CSampler* source);
 
     SongBuilder& song;
+    CSampler* players[6] = {}; ///< in the order of the tracks, drums first
 };

@@ -41,6 +41,14 @@ void PartBuilder::note(int bar, int step, int length, int key, int velocity) {
     events.add(ticksAt(bar, step), event);
 }
 
+void PartBuilder::hit(int bar, int step, int sound, int velocity) {
+    CDrumEvent* event = createDrumEvent();
+    event->sound = sound;
+    event->velocity = float(velocity) / 127.0f;
+    event->length = demoStepTicks;
+    events.add(ticksAt(bar, step), event);
+}
+
 void PartBuilder::close() {
     if (!events.empty()) part->setEvents(events.takeList());
 }
@@ -62,8 +70,16 @@ CSongTrack* SongBuilder::songTrackOf(CTrack* track) {
     return seq->getProg()->songTrackOf(track);
 }
 
-CMIDIPart* SongBuilder::part(CTrack* track, int fromBar, int toBar) {
-    auto* made = new CMIDIPart;
+CTrack* SongBuilder::drumTrack(const CStr& name) {
+    const GraphHold hold(host);
+    CTrack* made = seq->addTrack(trackDrum, seq->getProg(), nullptr)->track;
+    made->setId(name);
+    seq->addStandardKit(made);
+    return made;
+}
+
+CPart* SongBuilder::part(CTrack* track, int fromBar, int toBar) {
+    CPart* made = track->kind == trackDrum ? static_cast<CPart*>(new CDrumPart) : new CMIDIPart;
     made->id = track->id;
     made->pos = ticksAt(fromBar);
     made->length = ticksAt(toBar - fromBar);

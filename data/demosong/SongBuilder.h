@@ -4,7 +4,6 @@
 
 #include <initializer_list>
 
-class CMIDIPart;
 class CObject;
 class CPart;
 class CQV;
@@ -20,19 +19,21 @@ int stepVelocity(char c);
 /// Collects the notes of one part in bars and steps; the part gets them when this dies.
 class PartBuilder {
 public:
-    explicit PartBuilder(CMIDIPart* target) : part(target) {}
+    explicit PartBuilder(CPart* target) : part(target) {}
     ~PartBuilder();
     PartBuilder(const PartBuilder&) = delete;
     PartBuilder& operator=(const PartBuilder&) = delete;
 
     /// Bar and step within the part; length in steps.
     void note(int bar, int step, int length, int key, int velocity);
-    CMIDIPart* getPart() const { return part; }
+    /// A hit of a sound of the kit in the part of a drum track; velocity as that of notes.
+    void hit(int bar, int step, int sound, int velocity);
+    CPart* getPart() const { return part; }
     /// Hands the notes over now.
     void close();
 
 private:
-    CMIDIPart* part; ///< linked to its track, not owned
+    CPart* part; ///< linked to its track, not owned
     EventCollector events;
 };
 
@@ -50,8 +51,10 @@ public:
 
     /// A new instrument track.
     CTrack* track(const CStr& name);
+    /// A new drum track with the built-in kit.
+    CTrack* drumTrack(const CStr& name);
     /// A part of a track from bar to bar.
-    CMIDIPart* part(CTrack* track, int fromBar, int toBar);
+    CPart* part(CTrack* track, int fromBar, int toBar);
     /// A linked copy of a part, at another bar.
     void ghost(CTrack* track, PartBuilder& original, int atBar);
     /// A lane of a track that moves parameter `param` of `object`.

@@ -6,8 +6,6 @@
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 
-#include <memory>
-
 namespace {
 
 const StepEffects rewired = {.graph = true};
@@ -32,9 +30,7 @@ std::unique_ptr<CEffect> emptyRack(COutputChannel* ch) {
 }
 
 std::unique_ptr<CEffect> rackOf(COutputChannel* ch, int kind) {
-    std::unique_ptr<CEffect> rack = emptyRack(ch);
-    rack->addProg(kind);
-    rack->id = rack->getProg()->id;
+    std::unique_ptr<CEffect> rack = makeInsert(ch, kind);
     rack->wet = usualWet(kind);
     return rack;
 }
@@ -50,6 +46,19 @@ CComp* addInsert(COutputChannel* ch, std::unique_ptr<CComp> made, int index) {
     step->asAdd(added, &ch->inserts, placeIn(ch, index));
     host->undoEnd(step, true);
     return added;
+}
+
+std::unique_ptr<CEffect> makeInsert(COutputChannel* ch, int kind) {
+    std::unique_ptr<CEffect> rack = emptyRack(ch);
+    rack->addProg(kind);
+    rack->id = rack->getProg()->id;
+    rack->listKind = listInsert;
+    rack->ownerChannel = ch;
+    return rack;
+}
+
+CFX* effectOf(CEffect* rack) {
+    return static_cast<CFX*>(rack->getProg()->effects.getFirst());
 }
 
 CComp* addInsert(COutputChannel* ch, int kind, int index) {

@@ -3,12 +3,19 @@
 #include <memory>
 
 class CComp;
+class CEffect;
+class CFX;
 class COutputChannel;
 class CStr;
 
 // The effects that a mixer strip runs through, in their order; each edit is one step of the
 // history. Interface thread; the step has been carried out on return. An index beyond the end, or
 // below 0, means the end.
+
+/// A new rack with one effect (FxKind), complete and linked nowhere, to be an insert of a channel.
+std::unique_ptr<CEffect> makeInsert(COutputChannel* ch, int kind);
+/// The effect of such a rack.
+CFX* effectOf(CEffect* rack);
 
 /// A rack with one effect (FxKind) comes to a place, with a share of it that leaves the sound
 /// itself to be heard. The rack.

@@ -3,6 +3,7 @@
 #include "common/fx/CChorus.h"
 #include "common/fx/CReverb.h"
 #include "effects/CEffect.h"
+#include "effects/Inserts.h"
 #include "engine/CGroupCh.h"
 #include "engine/CQV.h"
 #include "engine/CSend.h"
@@ -21,19 +22,13 @@ constexpr int hallMs = 2200;
 constexpr float reverbShare = 0.55f, chorusShare = 0.7f;
 
 /// The effect alone, without what goes into it.
-CEffect* wetRack(CQV* host, COutputChannel* channel, int kind) {
-    auto* rack = new CEffect(host);
-    rack->createIO();
-    rack->addProg(kind);
-    rack->id = rack->getProg()->id;
-    rack->createBuffers(host->frames);
-    rack->listKind = listInsert;
-    rack->ownerChannel = channel;
-    auto* effect = static_cast<CFX*>(rack->getProg()->effects.getFirst());
+CEffect* wetRack(COutputChannel* channel, int kind) {
+    std::unique_ptr<CEffect> rack = makeInsert(channel, kind);
+    CFX* effect = effectOf(rack.get());
     effect->setDry(0.0f);
     effect->setWet(1.0f);
     if (kind == fxReverb) static_cast<CReverb*>(effect)->setSize(hallMs);
-    return rack;
+    return rack.release();
 }
 
 CGroupCh* makeBus(CQV* host, const char* name, int effect) {
@@ -42,7 +37,7 @@ CGroupCh* makeBus(CQV* host, const char* name, int effect) {
     bus->id = name;
     bus->createBuffers(host->frames);
     COutputChannel* out = bus->output();
-    out->inserts.add(wetRack(host, out, effect));
+    out->inserts.add(wetRack(out, effect));
     return bus;
 }
 

@@ -11,6 +11,7 @@ constexpr int columns = 8, cell = 4, gap = 16, textHeight = 16;
 constexpr int sliceWidth = 3 * cell;
 constexpr int wide = sliceCount * sliceWidth, high = bandCount * cell / 2;
 constexpr float darkest = 0.0f, lightest = -50.0f; ///< dB
+constexpr float faintest = 0.04f;
 
 std::string escaped(const std::string& text) {
     std::string out;
@@ -23,7 +24,7 @@ void drawShape(std::ostream& out, const Shape& shape, int x, int y) {
         for (int band = 0; band < bandCount; band++) {
             const float db = shape[size_t(slice * bandCount + band)];
             const float dark = std::clamp((db - lightest) / (darkest - lightest), 0.0f, 1.0f);
-            if (dark <= 0.0f) continue;
+            if (dark < faintest) continue;
             out << "<rect x='" << x + slice * sliceWidth << "' y='"
                 << y + high - (band + 1) * cell / 2 << "' width='" << sliceWidth << "' height='"
                 << cell / 2 << "' fill-opacity='" << dark << "'/>\n";
@@ -34,6 +35,7 @@ void drawShape(std::ostream& out, const Shape& shape, int x, int y) {
 
 bool writePicture(const char* path, const std::vector<Figures>& bank) {
     std::ofstream out(path);
+    out.precision(2);
     const int rows = (int(bank.size()) + columns - 1) / columns;
     out << "<svg xmlns='http://www.w3.org/2000/svg' width='" << gap + columns * (wide + gap)
         << "' height='" << gap + rows * (high + textHeight + gap)

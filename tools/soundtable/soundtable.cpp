@@ -1,21 +1,26 @@
 #include "audiofiles/CSample.h"
 #include "base/Denormals.h"
+#include "common/Loudness.h"
 #include "data/generalmidi/GeneralMidi.h"
 #include "engine/CQV.h"
 #include "instruments/FactoryPrograms.h"
 #include "tools/soundtable/SoundPicture.h"
 #include "tools/soundtable/SoundProbe.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 
 // sondrava-sounds [--picture FILE.svg] factory|gm|FILE.wav...
+// sondrava-sounds --songs FILE.wav...
 //
 // Prints a table of what programs sound like. `factory` is the bank of the synthesizer, `gm` the
 // General MIDI set; a WAV file
-// holds the row of notes of SoundFigures.h, played by anything, one every 2.5 s from its start.
+// holds the row of notes of SoundFigures.h, played by anything, one every 2.5 s from its start. Of
+// songs it tells how loud they are, whether they survive mono, and what they hold of the highest
+// and of no frequency.
 
 namespace {
 
@@ -75,6 +80,44 @@ void printTable(const std::vector<Figures>& bank) {
             f.voices);
 }
 
+/// One line on a finished song.
+bool printSong(const char* path) {
+    constexpr int step = 4410;
+    CSample sample;
+    if (!sample.open(path) || sample.chs != 2) return false;
+    Loudness meter;
+    meter.setRate(double(sample.rate));
+    meter.measure(true);
+    std::vector<float> in(size_t(step) * 2);
+    Sound block{std::vector<float>(step), std::vector<float>(step)};
+    double sum = 0.0, power = 1e-20, mid = 1e-20, air = 0.0, all = 1e-20;
+    for (int64_t at = 0; at + step <= sample.frames; at += step) {
+        sample.readFrames(at, step, in.data());
+        for (size_t i = 0; i < size_t(step); i++) {
+            const float left = block.left[i] = in[2 * i], right = block.right[i] = in[2 * i + 1];
+            sum += double(left) + double(right);
+            power += double(left) * double(left) + double(right) * double(right);
+            mid += double(left + right) * double(left + right) * 0.5;
+        }
+        meter.process(block.left.data(), block.right.data(), step);
+        meter.follow();
+        const auto bins = powerSpectrum(block, 0, 4096);
+        for (size_t i = 1; i < bins.size(); i++) {
+            all += bins[i];
+            if (double(i) * double(sample.rate) / 4096 > 10000.0) air += bins[i];
+        }
+    }
+    const double mean = sum / (2.0 * double(sample.frames)),
+                 square = power / (2.0 * double(sample.frames));
+    const Loudness::Levels told = meter.levels();
+    std::printf(
+        "| %s | %.1f LUFS | %.1f dBTP | mono %.1f dB | offset %.0f dB | above 10 kHz %.0f dB |\n",
+        std::filesystem::path(path).stem().c_str(), told.integrated, told.truePeak,
+        10.0 * std::log10(mid / power), 10.0 * std::log10(mean * mean / square + 1e-20),
+        10.0 * std::log10(air / all));
+    return true;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -86,6 +129,10 @@ int main(int argc, char** argv) {
     host->setRate(probeRate);
     std::vector<Figures> bank;
     const char* picture = nullptr;
+    const bool songs = argc > 1 && std::strcmp(argv[1], "--songs") == 0;
+    for (int i = 2; songs && i < argc; i++)
+        if (!printSong(argv[i])) return 1;
+    if (songs) return 0;
     for (int i = 1; i < argc; i++) {
         if (std::strcmp(argv[i], "--picture") == 0 && i + 1 < argc) {
             picture = argv[++i];

@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "effects/CEffect.h"
+#include "effects/Inserts.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
 #include "engine/GraphHold.h"
@@ -34,19 +35,6 @@ CSongTrack* drumTrack(CSeq* seq) {
     seq->addStandardKit(songTrack->track);
     addBar(songTrack, new CDrumPart);
     return songTrack;
-}
-
-/// A rack with one effect at the end of a channel's inserts.
-void addInsert(COutputChannel* channel, int kind) {
-    CQV* host = channel->comp->host;
-    auto* rack = new CEffect(host);
-    rack->createIO();
-    rack->addProg(kind);
-    rack->id = rack->getProg()->id;
-    rack->createBuffers(host->frames);
-    rack->listKind = listInsert;
-    rack->ownerChannel = channel;
-    channel->inserts.add(rack);
 }
 
 } // namespace
@@ -107,8 +95,8 @@ void createGuitaristProject(CSeq* seq) {
     seq->options.bytes[templateOption] = 1;
     drumTrack(seq);
     COutputChannel* channel = track(seq, trackAudio, "Guitar")->track->output();
-    addInsert(channel, fxGuitarAmp);
-    addInsert(channel, fxReverb);
+    for (const int kind : {fxGuitarAmp, fxReverb})
+        channel->inserts.add(makeInsert(channel, kind).release());
 }
 
 void startUnlooped(CQV* host) {
