@@ -159,7 +159,7 @@ TEST_F(PanelsTest, KnobsAreLearnedAndAutomated) {
     CSampler* s = sampler();
     setProgramMacro(s, 1, -1);
     open(s);
-    constexpr int usualCutoff = 74, usualQ = 71;
+    constexpr int usualCutoff = 74;
     const auto menu = [&](const char* id, std::vector<std::string> keys) {
         CCtrl* c = find(id);
         c->win->setKeyCtrl(c);
@@ -181,7 +181,8 @@ TEST_F(PanelsTest, KnobsAreLearnedAndAutomated) {
     for (ProgMacro& m : s->getProg()->macros) m.controller = -1;
     click("macro2");
     drag(find("Resonance"), asPoint(32, 36), asPoint(32, 20));
-    ASSERT_TRUE(pumpUntil([&] { return s->getMacroParam(1) == usualQ; }));
+    ASSERT_TRUE(pumpUntil([&] { return s->getMacroParam(1) >= 0; }));
+    EXPECT_EQ(sound()->ccMap[s->getMacroParam(1)], targetQ);
     EXPECT_NEAR(sound()->q, 0.1f, 0.02f);
     find("macro2")->win->setKeyCtrl(find("macro2"));
     key("End");
