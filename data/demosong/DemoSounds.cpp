@@ -106,7 +106,7 @@ void DemoSounds::mix() {
     players[1]->output()->trim = 0.4f; // 4.8 dB
     setChannel(kit->output(), 0.52f);
     compress(kit->output(), {-32.0f, 0.3f, 1.0f, 90.0f, 7.0f});
-    compress(song.host->getAudioOut()->output(), {-20.0f, 0.45f, 1.0f, 140.0f, 5.3f});
+    compress(song.host->getAudioOut()->output(), {-20.0f, 0.45f, 1.0f, 140.0f, 5.1f});
 }
 
 CSampler* DemoSounds::instrument(CTrack* track, int program, float volume, float pan) {

@@ -59,7 +59,7 @@ Family ethnic() {
              {"Shanai",
               "india reed loud",
               {swaying(through(held("Reeds", 1.0f, spread(edge(1.0f), 0.03f, 0.5f), 25, 70),
-                               filterHigh, 0.34f, 0.5f),
+                               filterHigh, 0.2f, 0.2f),
                        0.3f, 5.6f, 150),
                held("Ground", 0.4f, rich(0.8f), 25, 70)}}}};
 }
@@ -68,26 +68,26 @@ Family percussive() {
     Patch reverse = wind("Cymbal", 1.0f, filterHigh, 0.75f, 0.2f, 1600, 20);
     reverse.amp.sustain = 0.0f;
     reverse.amp.decay = 30;
-    return {
-        "Percussive",
-        {{"Tinkle bell",
-          "small high",
-          {struck("Bell", 0.9f, spread(fm(0.5f, 29.6f), 0.06f), 900, 600, 12)}},
-         {"Agogo",
-          "latin metal",
-          {through(struck("Bell", 0.9f, fm(0.55f, 6.6f, 0.4f), 260, 160), filterBand, 0.6f, 0.4f)}},
-         {"Steel drums",
-          "caribbean metal",
-          {struck("Pan", 0.9f, spread(fm(0.42f, 12), 0.08f), 800, 260),
-           struck("Ring", 0.5f, spread(fm(0.5f, 19.02f), 0.1f), 420, 200, 12)}},
-         {"Woodblock",
-          "wood dry",
-          {falling(struck("Block", 0.9f, fm(0.36f, 9.1f), 80, 50), 4, 12),
-           breath("Knock", 0.5f, 0.6f, 0.4f, 18)}},
-         {"Taiko", "japan big drum", drum(7, 120, 900, 0.8f, 0.35f)},
-         {"Melodic tom", "drum tuned", drum(9, 90, 480, 0.5f, 0.45f)},
-         {"Synth drum", "eighties falling", drum(24, 320, 420, 0.4f, 0.6f)},
-         {"Reverse cymbal", "swell backwards", {reverse}}}};
+    return {"Percussive",
+            {{"Tinkle bell",
+              "small high",
+              {struck("Bell", 0.9f, spread(fm(0.5f, 29.6f), 0.06f), 900, 600, 12)}},
+             {"Agogo",
+              "latin metal",
+              {struck("Bell", 0.9f, spread(fm(0.6f, 6.6f, 0.4f), 0.04f), 300, 160),
+               struck("Ring", 0.6f, spread(fm(0.5f, 19.1f), 0.08f), 420, 200, 12)}},
+             {"Steel drums",
+              "caribbean metal",
+              {struck("Pan", 0.9f, spread(fm(0.42f, 12), 0.08f), 800, 260),
+               struck("Ring", 0.5f, spread(fm(0.5f, 19.02f), 0.1f), 420, 200, 12)}},
+             {"Woodblock",
+              "wood dry",
+              {falling(struck("Block", 0.9f, fm(0.36f, 9.1f), 80, 50), 4, 12),
+               breath("Knock", 0.5f, 0.6f, 0.4f, 18)}},
+             {"Taiko", "japan big drum", drum(7, 120, 900, 0.8f, 0.35f)},
+             {"Melodic tom", "drum tuned", drum(9, 90, 480, 0.5f, 0.45f)},
+             {"Synth drum", "eighties falling", drum(24, 320, 420, 0.4f, 0.6f)},
+             {"Reverse cymbal", "swell backwards", {reverse}}}};
 }
 
 Family soundEffects() {

@@ -55,7 +55,10 @@ Patches voices(float first, float second, float attack) {
                     0.5f, 20, 0.2f, 0.6f),
             0.12f, 5.0f, 300);
     };
-    return {part("Throat", 0.9f, first), part("Mouth", 0.7f, second),
+    return {part("Throat", 0.8f, first), part("Mouth", 0.7f, second),
+            // Notes beyond the bands keep their strength.
+            doubled(held("Chest", 0.5f, spread(fm(0.36f), 0.3f, 1.0f), attack, 320), 0.5f, 20, 0.2f,
+                    0.6f),
             breath("Air", 0.14f, 0.8f, 0.1f, 400, 0.6f, attack)};
 }
 

@@ -20,7 +20,8 @@ Patches vowelPad(float band, float attack) {
     return {swaying(through(slow("Voices", 1.0f, spread(rich(0.92f, 0.4f), 0.4f, 1.0f), attack),
                             filterBand, band, 0.6f),
                     0.1f, 4.8f, 300),
-            slow("Air", 0.3f, spread(fm(0.4f, 12), 0.3f, 1.0f), attack * 1.5f, 12)};
+            slow("Air", 0.5f, spread(fm(0.4f, 12), 0.3f, 1.0f), attack * 1.5f, 12),
+            slow("Chest", 0.5f, spread(fm(0.36f), 0.3f, 1.0f), attack)};
 }
 
 // A bell in front, a pad behind.

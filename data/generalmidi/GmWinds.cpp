@@ -40,7 +40,7 @@ Patches doubleReed(float depth, float highPass, float attack) {
     return {swaying(through(held("Reeds", 0.9f, spread(edge(depth), 0.03f, 0.5f), attack, 80),
                             filterHigh, highPass, 0.4f),
                     0.14f, 5.3f, 300),
-            held("Ground", 0.45f, fm(0.36f), attack, 80)};
+            held("Ground", 0.6f, fm(0.36f), attack, 80)};
 }
 
 // A tube that air blows over: nearly a sine, the air, and the tongue.
@@ -58,7 +58,7 @@ Family brasses() {
              {"Muted trumpet", "solo nasal jazz",
               [] {
                   Patches p = brass(0.95f, 28, 0.6f, 0.16f);
-                  p[0] = through(p[0], filterHigh, 0.36f, 0.5f);
+                  p[0] = through(p[0], filterHigh, 0.24f, 0.1f);
                   return p;
               }()},
              {"French horn", "solo soft far", brass(0.62f, 65, 0.25f, 0.06f)},
@@ -73,8 +73,8 @@ Family reedsFamily() {
              {"Alto sax", "solo jazz", sax(0.86f, 0.4f, 38, 0.26f)},
              {"Tenor sax", "solo jazz warm", sax(0.82f, 0.33f, 42, 0.34f)},
              {"Baritone sax", "solo deep", sax(0.9f, 0.26f, 45, 0.3f)},
-             {"Oboe", "solo nasal", doubleReed(0.86f, 0.3f, 40)},
-             {"English horn", "solo dark pastoral", doubleReed(0.72f, 0.22f, 48)},
+             {"Oboe", "solo nasal", doubleReed(0.86f, 0.22f, 40)},
+             {"English horn", "solo dark pastoral", doubleReed(0.72f, 0.17f, 48)},
              {"Bassoon", "solo low", doubleReed(0.6f, 0.13f, 42)},
              {"Clarinet",
               "solo hollow",

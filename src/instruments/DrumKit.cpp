@@ -23,8 +23,6 @@ namespace {
 
 constexpr int resourceRate = 44100;
 constexpr int hatGroup = 1;
-constexpr int velocityCutoff = 2; ///< the slot that moves it
-constexpr float softerIsDuller = 0.4f;
 constexpr int clipChannels = 2; ///< that a sound can play
 
 struct Resource {
@@ -123,7 +121,6 @@ void DrumKit::addStandard() {
         auto* clip = new CSampleClip;
         loadResource(clip, resource);
         CSound* made = addClip(clip);
-        made->vel->setSlot(velocityCutoff, targetCutoff, softerIsDuller);
         if (resource == drumHatClosed || resource == drumHatOpen) made->group = hatGroup;
     }
 }

@@ -126,7 +126,6 @@ TEST(CDrumSound, HitsPlayTheClipThroughTheStrip) {
     CDrumSound* s = b.sound(0);
     s->clips[0]->setOrgKey(36);
     s->group = 7;
-    for (CMod::Param& p : s->vel->params) p.amount = 0.0f; // else soft hits are duller
     CVoice v;
     b.sound(4)->startHit(&v, b.host.host, NAN, NAN, NAN);
     for (const auto& [velocity, pan, tune, left, right, speed] :

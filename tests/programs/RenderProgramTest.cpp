@@ -146,7 +146,7 @@ TEST(RenderProgram, MidiFilesKeepTheDemoSong) {
     Program reader({"midicsv", first});
     EXPECT_EQ(reader.wait(), 0);
     EXPECT_EQ(reader.err(), "");
-    for (const char* name : {"Drums", "Bass", "Pad", "Pluck", "Lead", "Harmony"})
+    for (const char* name : {"Kit", "Percussion", "Bass", "Pad", "Pluck", "Lead", "Harmony"})
         EXPECT_NE(reader.out().find("Title_t, \"" + std::string(name)), std::string::npos) << name;
 }
 
