@@ -264,11 +264,11 @@ void CComp::copyCables(CComp* src, CUndo* undo) {
     for (auto* cable : each<CAudioCable>(src->audioCables))
         if (CInputChannel* to = input(src->inputs.indexed(cable->toChannel)))
             if (auto* twin = createAudioCable(this, cable->fromChannel, to))
-                undo->asAdd(twin, &audioCables);
+                addTwin(undo, twin, &audioCables, cable);
     for (auto* cable : each<CMIDICable>(src->midiCables))
         if (CMIDIQ* to = inPort(src->inPorts.indexed(cable->toPort)))
             if (auto* twin = createMIDICable(this, cable->fromPort, to))
-                undo->asAdd(twin, &midiCables);
+                addTwin(undo, twin, &midiCables, cable);
     for (auto* dest : each<CComp>(host->comps)) {
         copyAudioTo(dest, src, undo);
         copyMIDITo(dest, src, undo);
@@ -280,7 +280,7 @@ void CComp::copyAudioTo(CComp* dest, CComp* src, CUndo* undo) {
     for (auto* cable : each<CAudioCable>(dest->audioCables)) {
         COutputChannel* from = output(src->outputs.indexed(cable->fromChannel));
         if (auto* twin = from ? createAudioCable(dest, from, cable->toChannel) : nullptr)
-            undo->asAdd(twin, &dest->audioCables);
+            addTwin(undo, twin, &dest->audioCables, cable);
     }
 }
 
@@ -288,7 +288,7 @@ void CComp::copyMIDITo(CComp* dest, CComp* src, CUndo* undo) {
     for (auto* cable : each<CMIDICable>(dest->midiCables)) {
         CMIDIQ* from = outPort(src->outPorts.indexed(cable->fromPort));
         if (auto* twin = from ? createMIDICable(dest, from, cable->toPort) : nullptr)
-            undo->asAdd(twin, &dest->midiCables);
+            addTwin(undo, twin, &dest->midiCables, cable);
     }
 }
 

@@ -6,6 +6,7 @@
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
 #include "engine/Mixing.h"
+#include "engine/StripMeters.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "engine/plan/GraphPlan.h"
@@ -14,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <memory>
 
 namespace {
 
@@ -127,6 +129,16 @@ COutputChannel::~COutputChannel() {
     for (CSend* send : sendLevels) delete send;
     for (CEQ* band : eq) delete band;
     destroyStereo(bufL, bufR);
+    delete measures.load();
+}
+
+StripMeters& COutputChannel::meters() {
+    if (!measures) {
+        auto made = std::make_unique<StripMeters>();
+        made->loudness.setRate(comp->host->rate);
+        measures.storeRelease(made.release());
+    }
+    return *measures;
 }
 
 void COutputChannel::createBuffers(int frames) {
@@ -147,6 +159,7 @@ void COutputChannel::setFrames(int frames) {
 void COutputChannel::setRate(double rate) {
     for (CEQ* band : eq) band->setRate(float(rate));
     for (auto* insert : each<CComp>(inserts)) insert->setRate(rate);
+    if (StripMeters* made = measured()) made->loudness.setRate(rate);
 }
 
 int COutputChannel::rampFrames() const {
@@ -270,6 +283,7 @@ void COutputChannel::equalise(int frames) {
     for (CEQ* band : eq)
         if (band->active == 1) bands[count++] = band->ready();
     if (count > 0) runBands(bands, count, bufL, bufR, frames);
+    if (StripMeters* to = measured()) to->takeEqualised(bufL, bufR, frames);
 }
 
 void COutputChannel::runInsert(CComp* insert, COutputChannel*& src, CMIDIBytes* events,

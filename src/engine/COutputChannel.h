@@ -8,6 +8,7 @@ struct CMIDIBytes;
 struct ParamUnit;
 class CEQ;
 class CQV;
+class StripMeters;
 
 constexpr int maxSends = 32;
 constexpr int eqBandCount = 4;
@@ -110,8 +111,14 @@ public:
     void copySettings(COutputChannel* src);
     void idle();
 
+    /// What measures the strip; made at the first call. Interface thread.
+    StripMeters& meters();
+    /// The same, null as long as nobody has asked. Graph holder.
+    StripMeters* measured() const { return measures.loadAcquire(); }
+
 private:
     int rampFrames() const;   ///< 1 or more
+    Shared<StripMeters*> measures{nullptr}; ///< owned
     Shared<int> eqChanged{0}; ///< in a block: the time is still to be taken
 
     void equalise(int frames);

@@ -73,6 +73,30 @@ CMIDICable::CMIDICable() {
     type = cableMidi;
 }
 
+bool isMuted(const CObject* cable) {
+    return cable->type == cableMidi ? static_cast<const CMIDICable*>(cable)->muted != 0
+                                    : static_cast<const CAudioCable*>(cable)->muted != 0;
+}
+
+void setCableMute(CObject* cable, ToStore<bool> muted) {
+    if (cable->type == cableMidi) {
+        static_cast<CMIDICable*>(cable)->muted = muted;
+        return;
+    }
+    auto* audio = static_cast<CAudioCable*>(cable);
+    audio->muted = muted;
+    audio->gate = PlanFade::still(muted);
+}
+
+void muteAs(CObject* made, const CObject* other) {
+    setCableMute(made, isMuted(other));
+}
+
+void addTwin(CUndo* undo, CObject* made, CList* list, const CObject* other) {
+    muteAs(made, other);
+    undo->asAdd(made, list);
+}
+
 CAudioCable* createAudioCable(CComp* to, COutputChannel* from, CInputChannel* toCh) {
     if (!toCh) toCh = to->input();
     if (!from || !toCh) return nullptr;

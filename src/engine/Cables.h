@@ -1,6 +1,8 @@
 #pragma once
 
 #include "base/CObject.h"
+#include "base/Stored.h"
+#include "engine/plan/PlanFade.h"
 
 class CComp;
 class CInputChannel;
@@ -23,6 +25,11 @@ public:
     CComp* toComp = nullptr;
     CInputChannel* toChannel = nullptr;
     COutputChannel* fromChannel = nullptr;
+    Stored<unsigned char> muted{0}; ///< brings nothing
+
+    /// Leaves out the way to and from silence. Nothing plays, or the graph is held.
+    void settleMute() { gate = PlanFade::still(muted != 0); }
+    mutable PlanFade gate; ///< follows `muted`; whoever runs the step that reads the cable
 };
 
 /// A MIDI in-edge: stored with its destination, which owns it.
@@ -34,7 +41,17 @@ public:
     CComp* toComp = nullptr;
     CMIDIQ* toPort = nullptr;
     CMIDIQ* fromPort = nullptr;
+    Stored<unsigned char> muted{0}; ///< brings nothing
 };
+
+// Of a cable of either kind.
+bool isMuted(const CObject* cable);
+/// Of one that is not played yet; for others there is `muteOfCable`.
+void setCableMute(CObject* cable, ToStore<bool> muted);
+/// For a new one that stands beside another, or in its place: muted as that is.
+void muteAs(CObject* made, const CObject* other);
+/// Records a new one like that as added to a list.
+void addTwin(CUndo* undo, CObject* made, CList* list, const CObject* other);
 
 /// Makes a cable into `to`, not linked yet and owned by the caller, who links it with
 /// `CUndo::asAdd` to `&to->audioCables` (or `add` while nothing runs). A null `toCh` means the

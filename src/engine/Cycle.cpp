@@ -217,6 +217,8 @@ void CQV::runBlock(int n) {
     if (playing) advance(n);
     if (spectrumOn) spectrum->leave(getAudioOut(), n);
     plans->current().runLate(n);
+    if (auto* out = static_cast<CAudioOut*>(getAudioOut()); out && renderMode == 0)
+        out->playListened(n);
     tasks->exec(false);
     if (renderPending) {
         renderPending = false;

@@ -4,6 +4,7 @@
 #include "base/Numbers.h"
 #include "base/OpenBlock.h"
 #include "engine/CQV.h"
+#include "engine/ForgetHooks.h"
 #include "engine/MidiBytes.h"
 #include "engine/plan/PlanBuilder.h"
 
@@ -79,7 +80,6 @@ void CAudioIn::process(int frames) {
 CAudioOut::CAudioOut(CQV* root) : CDeviceAudio(root) {
     type = compAudioOut;
     id = "Audio Out";
-    loudness.setRate(root->rate);
 }
 
 void CAudioOut::init() {
@@ -105,14 +105,48 @@ void CAudioOut::process(int frames) {
     std::memcpy(out->bufR, in->bufR, sizeof(float) * size_t(frames));
 }
 
-void CAudioOut::mix(int frames) {
-    CDeviceAudio::mix(frames);
-    if (const COutputChannel* out = output()) loudness.process(out->bufL, out->bufR, frames);
+namespace {
+
+/// Whether a strip was worked out in this block, and holds nothing of an earlier one.
+bool workedOut(const COutputChannel* ch) {
+    CComp* part = ch->comp->getComp(const_cast<COutputChannel*>(ch));
+    return (part ? part : ch->comp)->mixed;
 }
 
-void CAudioOut::setRate(double rate) {
-    CDeviceAudio::setRate(rate);
-    loudness.setRate(rate);
+bool goesWith(const ForgetSet& gone, const COutputChannel* ch) {
+    if (gone.has(ch)) return true;
+    return std::ranges::any_of(gone.all(), [ch](const CObject* o) {
+        return o->category == categoryComp && static_cast<const CComp*>(o)->outputs.contains(ch);
+    });
+}
+
+} // namespace
+
+/// The mix comes back before something else is listened to, so that nothing clicks.
+void CAudioOut::playListened(int frames) {
+    const COutputChannel* wanted = listened.loadAcquire();
+    const bool rests = !mixFade.running();
+    if (rests && !mixFade.leaving) heard = wanted;
+    const bool away = heard && heard == wanted;
+    if (away != mixFade.leaving) mixFade.turn(away, std::max(host->framesInMs * PlanFade::ms, 1));
+    COutputChannel* out = output();
+    if (!out || !heard) return;
+    const bool sounds = workedOut(heard);
+    for (int i = 0; i < frames; ++i) {
+        const float share = mixFade.at(i), other = sounds ? 1.0f - share : 0.0f;
+        out->bufL[i] = out->bufL[i] * share + heard->bufL[i] * other;
+        out->bufR[i] = out->bufR[i] * share + heard->bufR[i] * other;
+    }
+    mixFade.advance(frames);
+}
+
+void CAudioOut::forget(const ForgetSet& gone) {
+    for (const COutputChannel* ch : {listened.load(), heard}) {
+        if (!ch || !goesWith(gone, ch)) continue;
+        listened = nullptr;
+        heard = nullptr;
+        mixFade = PlanFade();
+    }
 }
 
 CMIDIIn::CMIDIIn(CQV* root) : CComp(root) {

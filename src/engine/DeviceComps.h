@@ -1,8 +1,9 @@
 #pragma once
 
 #include "base/Ring.h"
-#include "common/Loudness.h"
 #include "engine/CComp.h"
+
+class ForgetSet;
 
 constexpr int maxDeviceChannels = 32;
 
@@ -34,14 +35,22 @@ public:
 /// Outputs of the device, where the traversal begins.
 class CAudioOut : public CDeviceAudio {
 public:
-    Loudness loudness; ///< of what leaves its strip, while it is asked to measure
+    /// What is heard in place of what arrives, as it leaves a strip; null for none. Interface
+    /// thread, which lets go of it before it leaves the graph; blocks read it.
+    Shared<const COutputChannel*> listened{nullptr};
 
     explicit CAudioOut(CQV* root);
     void init() override;
     void planRender(PlanBuilder& plan) override;
     void process(int frames) override;
-    void mix(int frames) override;
-    void setRate(double rate) override;
+    /// Puts what is listened to in place of the output; behind all other work of a block, and not
+    /// in a render. Graph holder.
+    void playListened(int frames);
+    void forget(const ForgetSet& gone); ///< listens to nothing of it. Graph holder
+
+private:
+    const COutputChannel* heard = nullptr; ///< fades in or out, or is all that is heard
+    PlanFade mixFade;                      ///< of what arrives
 };
 
 /// MIDI inputs of the device; `libio` fills its port. Adds the notes of an on-screen keyboard, with

@@ -4,6 +4,7 @@
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
 #include "engine/StripEvents.h"
+#include "engine/StripMeters.h"
 #include "engine/plan/GraphPlan.h"
 #include "engine/plan/GraphWorkers.h"
 
@@ -127,22 +128,25 @@ void mixStrip(CComp* c, COutputChannel* ch, int frames, int offset) {
     storePeak(peaks.left, ch->peakL, ch->holdL);
     storePeak(peaks.right, ch->peakR, ch->holdR);
     if (ch->powerWanted && frames > 0) followPower(ch, frames, offset);
+    if (StripMeters* meters = ch->measured())
+        meters->loudness.process(ch->bufL + offset, ch->bufR + offset, frames);
 }
 
 } // namespace
 
 void addStereo(CInputChannel* to, const float* left, const float* right, int frames,
-               PlanFade& fade) {
-    if (!fade.running()) {
+               CableShare share) {
+    if (share.none()) return;
+    if (share.all()) {
         addScaled(to->bufL, left, frames, 1.0f);
         addScaled(to->bufR, right, frames, 1.0f);
         return;
     }
     for (int i = 0; i < frames; ++i) {
-        to->bufL[i] += left[i] * fade.at(i);
-        to->bufR[i] += right[i] * fade.at(i);
+        to->bufL[i] += left[i] * share.at(i);
+        to->bufR[i] += right[i] * share.at(i);
     }
-    fade.advance(frames);
+    share.advance(frames);
 }
 
 void addToOut(PlanArrival& cable, int frames, GraphScratch& scratch) {
@@ -288,7 +292,8 @@ void CComp::mergeMIDI(int frames) {
     hold(nullptr); // what the song, or a controller, has put there
     if (planned) {
         for (const auto& [cable, cut, from] : planned->midi) {
-            if (!cut && cable->fromPort) passEvents(cable->fromPort, cable->toPort);
+            if (!cut && cable->fromPort && !cable->muted)
+                passEvents(cable->fromPort, cable->toPort);
             if (allNotesOff) silenceChannels(cable->toPort);
             allNotesOff = 0;
             hold(from);

@@ -5,9 +5,9 @@
 class CComp;
 class CInputChannel;
 class COutputChannel;
+class CableShare;
 struct GraphScratch;
 struct PlanArrival;
-struct PlanFade;
 
 /// Sums and meters of the mix: plain loops over one channel's buffer, any thread. A frame that is
 /// not a number raises no meter.
@@ -23,9 +23,9 @@ void storePeak(float peak, Shared<float>& live, Shared<float>& hold);
 /// Adds `from` times `amount` to `to`; the two do not overlap.
 void addScaled(float* to, const float* from, int frames, float amount);
 
-/// Adds a block to that of a channel, and moves the fade on.
+/// Adds a block to that of a channel, and moves the fades on.
 void addStereo(CInputChannel* to, const float* left, const float* right, int frames,
-               PlanFade& fade);
+               CableShare share);
 /// Adds what a cable brings in a block to its end, and meters the sum there. Graph holder.
 void addToOut(PlanArrival& cable, int frames, GraphScratch& scratch);
 

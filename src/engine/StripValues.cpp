@@ -96,6 +96,18 @@ const StoredValue::Kind program = {
         comp->setProg(std::clamp(asInt(to[0]), 0, std::max(comp->numProgs() - 1, 0)));
     }};
 
+/// What it fed does not go on sounding.
+const StoredValue::Kind midiCableMute = {
+    "Mute cable", [](const CObject* o, int) { return Numbers{isMuted(o) ? 1.0 : 0.0}; },
+    [](CObject* o, int, const Numbers& to) {
+        auto* cable = static_cast<CMIDICable*>(o);
+        cable->muted = on(to);
+        if (cable->muted && cable->toComp) cable->toComp->allNotesOff = 1;
+    }};
+const StoredValue::Kind audioCableMute = {
+    "Mute cable", midiCableMute.get,
+    [](CObject* o, int, const Numbers& to) { static_cast<CAudioCable*>(o)->muted = on(to); }};
+
 const StoredValue::Kind sections = {
     "Sections",
     [](const CObject* o, int) { return Numbers{double(static_cast<const CMixProg*>(o)->sh)}; },
@@ -167,6 +179,10 @@ StoredValue eqTypeOf(COutputChannel* ch, int band) {
 
 StoredValue levelOf(CSend* send) {
     return {&share, send};
+}
+
+StoredValue muteOfCable(CObject* cable) {
+    return {cable->type == cableMidi ? &midiCableMute : &audioCableMute, cable};
 }
 
 StoredValue parameterOf(CObject* target, int param) {

@@ -27,6 +27,8 @@ StoredValue eqTypeOf(COutputChannel* ch, int band); ///< EqType
 
 StoredValue levelOf(CSend* send); ///< 0 to 1
 
+StoredValue muteOfCable(CObject* cable); ///< 0 or 1, of either kind
+
 /// Any parameter of a component, strip or send by its number: of a component 0 to 1 as `param`
 /// tells it, of a strip or send the same value as above. For the user's 0 to 1 there is
 /// `ValueDoor::setParam`.

@@ -9,6 +9,8 @@
 
 #include <cmath>
 
+static_assert(StripSpectrum::lowest == EqCurve::leastSpectrum);
+
 CEqView::CEqView(CWin* owner, const CStr& name, int l, int t, int w, int h)
     : CCtrl(owner, name, l, t, w, h), curve(this) {
     tabStop = true;
@@ -19,6 +21,8 @@ CEqView::CEqView(CWin* owner, const CStr& name, int l, int t, int w, int h)
 void CEqView::setStrip(COutputChannel* shown) {
     drag(false);
     strip = shown;
+    spectrum.setStrip(strip);
+    curve.spectrum = strip ? &spectrum.levels() : nullptr;
     for (int i = 0; i < EqCurve::numHandles; i++) {
         curve.handles[i]->strip = strip;
         curve.handles[i]->band = i;
@@ -35,6 +39,10 @@ void CEqView::drag(bool on) {
 void CEqView::setRate(double hz) {
     curve.SetSamplerate(hz);
     curve.Invalidate();
+}
+
+void CEqView::followSound() {
+    if (spectrum.follow(curve.freqs, curve.rate)) redraw();
 }
 
 void CEqView::paint(CGraphic* g, CRect) {

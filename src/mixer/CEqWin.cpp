@@ -107,7 +107,8 @@ void CEqWin::makeBand(int index) {
         };
         bar->typedValue = [](double number_) { return number_; };
         bar->text = [this, index, &look] {
-            return strip.channel->paramText(look.param + index * paramsPerBand);
+            return strip.channel ? strip.channel->paramText(look.param + index * paramsPerBand)
+                                 : CStr();
         };
         band.values[i] = bar;
         addControl(bar);
@@ -140,6 +141,13 @@ void CEqWin::refresh() {
         for (ValueBar* bar : band.values) changed = bar->refresh() || changed;
     }
     if (changed) view->curve.Invalidate();
+    view->followSound();
+}
+
+void CEqWin::hide() {
+    view->setStrip(nullptr);
+    strip = {};
+    CWin::hide();
 }
 
 /// What is moved is meant to be heard.

@@ -25,7 +25,8 @@ public:
 
     void open(const MixerStrip& strip); ///< shows it, in place of the one before
     const MixerStrip& shown() const { return strip; }
-    void refresh(); ///< follows the bands
+    void refresh();       ///< follows the bands and the sound; interface tick
+    void hide() override; ///< lets go of the strip, which is still there
 
 private:
     struct Band {

@@ -114,8 +114,10 @@ CMixerStrip* CMixerPanel::stripOf(const COutputChannel* ch) const {
 }
 
 void CMixerPanel::dropStrip(CMixerStrip* strip) {
-    if (eqWin && eqWin->shown().channel == strip->strip().channel)
+    if (eqWin && eqWin->shown().channel == strip->strip().channel) {
+        eqWin->hide();
         win->app->deleteLater(eqWin.release());
+    }
     win->app->drag.cancel(); // it may be of something on it
     (strip->parent == fixed ? fixed : moving)->controls.remove(strip);
     win->app->deleteLater(strip);
@@ -214,8 +216,11 @@ void CMixerPanel::layout() {
         }
         wanted.push_back(strip);
     }
-    for (CMixerStrip* s : made)
-        if (std::ranges::find(wanted, s) == wanted.end()) dropStrip(s);
+    for (CMixerStrip* s : made) {
+        if (std::ranges::find(wanted, s) != wanted.end()) continue;
+        s->stopMeasuring();
+        dropStrip(s);
+    }
     made = std::move(wanted);
     placeSections();
     if (focus.found && !focusPlace().found) focusOn(focus);
@@ -362,8 +367,7 @@ void CMixerPanel::followLoad() {
 
 void CMixerPanel::followLoudness() {
     if (isStale()) return;
-    for (CMixerStrip* s : made)
-        if (s->strip().section == StripSection::outputs) s->followLoudness();
+    for (CMixerStrip* s : made) s->followLoudness();
 }
 
 void CMixerPanel::stopMeasuring() {

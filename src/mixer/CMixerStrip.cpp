@@ -2,7 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/DeviceComps.h"
+#include "engine/StripMeters.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
@@ -42,7 +42,8 @@ CMixerStrip::CMixerStrip(CMixerPanel& around, const MixerStrip& shownStrip)
       trim(newBar("trim", [](const MixerStrip& s) { return trimOf(s.channel); })),
       mode(new ModeButton(*this)), eq(new EqSection(*this)), pan(new CPanValue(*this)),
       gain(new CDBLabel(*this)), peak(new PeakLabel(*this)), fader(new CVolFader(*this)),
-      scale(new DbScale(*this)), meter(new CAudioLed(*this)),
+      scale(new DbScale(*this)), loudness(new LoudnessLabel(*this, LoudnessLabel::integrated)),
+      truePeak(new LoudnessLabel(*this, LoudnessLabel::truePeak)), meter(new CAudioLed(*this)),
       load(new LoadLabel(around.win)), switches{} {
     tabStop = true;
     constexpr double trimDb = 12.04; // 4 to the power of 1
@@ -55,14 +56,9 @@ CMixerStrip::CMixerStrip(CMixerPanel& around, const MixerStrip& shownStrip)
     for (int i = 0; i < mixSwitches; i++)
         switches[size_t(i)] = new StripSwitch(*this, MixSwitch(i));
     for (CCtrl* c : std::initializer_list<CCtrl*>{source, trim, mode, eq, target, pan, gain, peak,
-                                                  fader, scale, meter, load})
+                                                  fader, scale, loudness, truePeak, meter, load})
         addControl(c);
     for (StripSwitch* s : switches) addControl(s);
-    if (!meterOfOutput()) return;
-    loudness = new LoudnessLabel(*this, LoudnessLabel::integrated);
-    truePeak = new LoudnessLabel(*this, LoudnessLabel::truePeak);
-    addControl(loudness);
-    addControl(truePeak);
 }
 
 ValueBar* CMixerStrip::newBar(const char* name,
@@ -142,10 +138,11 @@ void CMixerStrip::place(const MixerStrip& now, const StripPlan& plan, bool wide)
     const bool plays = of.comp->type != compSeq && of.comp->numProgs() > 0;
     if (!records && !plays) source->visible = false;
     if (of.section == StripSection::outputs) target->visible = false;
-    if (loudness) {
-        setPlace(loudness, at.source);
-        setPlace(truePeak, at.target);
-    }
+    // An output has room for it where others have what they play and where they lead.
+    const bool inRoute = of.section == StripSection::outputs && !at.source.empty();
+    setPlace(loudness, inRoute ? at.source : at.loudness);
+    setPlace(truePeak, inRoute ? at.target : at.truePeak);
+    if (!loudness->visible) stopLoudness();
     switches[size_t(MixSwitch::arm)]->visible = switchOf(MixSwitch::arm, of).has_value();
     shown = Shown();
     turns = 0;
@@ -176,10 +173,8 @@ void CMixerStrip::nameControls() {
     for (const auto& row : rows) row.ctrl->spokenName = row.spoken + CStr(", ") + shown.name;
     for (InsertSlot* s : slots) s->spokenName = "Insert " + asStr(s->index + 1) + ", " + shown.name;
     for (ValueBar* s : sends) s->spokenName = "Send to " + s->label + ", " + shown.name;
-    if (loudness) {
-        loudness->spokenName = "Loudness, " + shown.name;
-        truePeak->spokenName = "True peak, " + shown.name;
-    }
+    loudness->spokenName = "Loudness, " + shown.name;
+    truePeak->spokenName = "True peak, " + shown.name;
     for (int i = 0; i < mixSwitches; i++)
         switches[size_t(i)]->spokenName = spokenOf(MixSwitch(i)) + CStr(", ") + shown.name;
     hint = shown.name + ": " + kindOf(of) + ". Press to select, twice to rename";
@@ -238,33 +233,38 @@ void CMixerStrip::showLoad(const GraphProbe& probe) {
 
 // Loudness.
 
-Loudness* CMixerStrip::meterOfOutput() const {
-    auto* out = of.section == StripSection::outputs ? dynamic_cast<CAudioOut*>(of.comp) : nullptr;
-    return out ? &out->loudness : nullptr;
+Loudness* CMixerStrip::measured() const {
+    StripMeters* meters = of.channel->measured();
+    return meters ? &meters->loudness : nullptr;
+}
+
+void CMixerStrip::stopLoudness() {
+    if (Loudness* levels = measured()) levels->measure(false);
 }
 
 void CMixerStrip::stopMeasuring() {
     of.channel->powerWanted = 0;
-    if (Loudness* levels = meterOfOutput()) levels->measure(false);
+    stopLoudness();
 }
 
 void CMixerStrip::followLoudness() {
-    Loudness* levels = meterOfOutput();
-    if (!levels || !loudness->visible) return;
-    const bool begins = !levels->measures();
-    if (begins) levels->measure(true);
-    if (!levels->follow() && !begins) return;
-    const Loudness::Levels now = levels->levels();
-    loudness->show(now);
-    truePeak->show(now);
+    if (!loudness->visible) return;
+    Loudness& levels = of.channel->meters().loudness;
+    const bool begins = !levels.measures();
+    if (begins) levels.measure(true);
+    if (levels.follow() || begins) showLoudness(levels.levels());
 }
 
 void CMixerStrip::resetLoudness() {
-    Loudness* levels = meterOfOutput();
+    Loudness* levels = measured();
     if (!levels) return;
     levels->reset();
-    loudness->show({});
-    truePeak->show({});
+    showLoudness({});
+}
+
+void CMixerStrip::showLoudness(const Loudness::Levels& levels) {
+    loudness->show(levels);
+    truePeak->show(levels);
 }
 
 void CMixerStrip::paint(CGraphic* g, CRect rect) {
@@ -325,13 +325,16 @@ std::vector<CCtrl*> CMixerStrip::stops() {
     const auto add = [&all](CCtrl* c) {
         if (c->visible && c->enabled) all.push_back(c);
     };
-    for (CCtrl* c : std::initializer_list<CCtrl*>{source, loudness, trim, mode, eq})
-        if (c) add(c);
+    const bool inRoute = loudness->top < fader->top;
+    if (inRoute) add(loudness);
+    for (CCtrl* c : std::initializer_list<CCtrl*>{source, trim, mode, eq}) add(c);
     for (CCtrl* c : slots) add(c);
     for (CCtrl* c : sends) add(c);
-    for (CCtrl* c : std::initializer_list<CCtrl*>{target, truePeak, pan, gain, peak, fader, meter})
-        if (c) add(c);
+    if (inRoute) add(truePeak);
+    for (CCtrl* c : std::initializer_list<CCtrl*>{target, pan, gain, peak, fader, meter}) add(c);
     for (CCtrl* c : switches) add(c);
+    if (!inRoute)
+        for (CCtrl* c : {loudness, truePeak}) add(c);
     add(load);
     return all;
 }

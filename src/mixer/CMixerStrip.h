@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/CStr.h"
+#include "common/Loudness.h"
 #include "gui/CGroup.h"
 #include "mixer/StripButtons.h"
 #include "mixer/StripModel.h"
@@ -20,7 +21,6 @@ class EqSection;
 class GraphProbe;
 class InsertSlot;
 class LoadLabel;
-class Loudness;
 class LoudnessLabel;
 class NameField;
 class PeakLabel;
@@ -48,7 +48,7 @@ public:
     void place(const MixerStrip& now, const StripPlan& plan, bool wide);
     void refresh();        ///< follows all values
     bool followSound();    ///< follows the level; whether that shows
-    void followLoudness(); ///< of an output, which measures from the first time on
+    void followLoudness(); ///< where that shows, which measures from the first time on
     void showLoad(const GraphProbe& probe);
     void stopMeasuring(); ///< what is measured for the mixer alone
     void rename();        ///< opens a field in place of the name
@@ -85,7 +85,9 @@ private:
         bool operator==(const Shown&) const = default;
     };
     Shown present() const;
-    Loudness* meterOfOutput() const; ///< null for what is none
+    Loudness* measured() const; ///< null as long as nobody has asked
+    void stopLoudness();
+    void showLoudness(const Loudness::Levels& levels);
     ValueBar* newBar(const char* name,
                      const std::function<StoredValue(const MixerStrip&)>& valueOf);
     void fit(const StripPlan& plan);
@@ -106,7 +108,7 @@ private:
     PeakLabel* peak;
     CVolFader* fader;
     DbScale* scale;
-    LoudnessLabel *loudness = nullptr, *truePeak = nullptr; ///< of an output, else null
+    LoudnessLabel *loudness, *truePeak;
     CAudioLed* meter;
     LoadLabel* load;
     std::array<StripSwitch*, mixSwitches> switches;

@@ -185,6 +185,7 @@ void CMixerWin::sectionsClicked(CObject* sender) {
     for (const auto& [text, rows] : {std::pair{"Inserts", rowsInserts},
                                      {"Sends of strips", rowsSends},
                                      {"Routing", rowsRouting},
+                                     {"Loudness", rowsLoudness},
                                      {"Load", rowsLoad}}) {
         CMenuItem* item =
             popup->add(text, new _COnChange<CMixerWin>(this, &CMixerWin::showRowsClicked));

@@ -208,6 +208,17 @@ void EqCurve::paintGrid(CGraphic* g, int paper) const {
     }
 }
 
+void EqCurve::paintSpectrum(CGraphic* g, int paper) const {
+    constexpr double share = 0.3; // of the accent
+    const int fill = fadeCol(paper, ctrl->win->app->gui->palette.accent, share);
+    const int bottom = 2 * height;
+    for (int x = 0; x < asMin(width, int(spectrum->size())); x++) {
+        const double high = 1 - (*spectrum)[std::size_t(x)] / leastSpectrum;
+        const int tall = asMinMax(asRound(high * bottom), 0, bottom);
+        if (tall > 0) g->fillRect(fill, asRect(x, bottom - tall, x + 1, bottom));
+    }
+}
+
 void EqCurve::paintHandles(CGraphic* g, int paper) const {
     constexpr double offShare = 0.4; // of its colour in a band that is off
     for (int i = 0; i < numHandles; i++) {
@@ -222,6 +233,7 @@ void EqCurve::Paint(CGraphic* g, CRect rect) {
     const CPalette& colours = ctrl->win->app->gui->palette;
     const int paper = colour < 0 ? colours.panel : colour;
     g->fillRect(paper, rect);
+    if (spectrum) paintSpectrum(g, paper);
     paintGrid(g, paper);
     paintHandles(g, paper);
     g->setLineCol(colours.text);

@@ -74,6 +74,11 @@ public:
     double ScreenToGain(int y) const;
     double ScreenToQ(int y) const;
 
+    /// Painted behind the curve: dB of full scale of each column, of which 0 stands at the top and
+    /// `leastSpectrum` at the bottom. Not owned; null for none.
+    const std::vector<double>* spectrum = nullptr;
+    static constexpr double leastSpectrum = -90.0;
+
     void CalcCurve(); ///< after a change of the handles
     void Paint(CGraphic* g, CRect rect);
     void Invalidate(); ///< works the curve out and asks for a repaint
@@ -83,6 +88,7 @@ public:
 
 private:
     int curveY(int column) const;
+    void paintSpectrum(CGraphic* g, int paper) const;
     void paintGrid(CGraphic* g, int paper) const;
     void paintHandles(CGraphic* g, int paper) const;
 };

@@ -26,8 +26,7 @@ LoudnessLabel::LoudnessLabel(CMixerStrip& strip, Kind what)
 
 bool LoudnessLabel::show(const Loudness::Levels& now) {
     over = now.truePeak > 0.0;
-    const CStr text =
-        kind == integrated ? figure(now.integrated) + " LUFS" : figure(now.truePeak) + " dBTP";
+    const CStr text = figure(kind == integrated ? now.integrated : now.truePeak);
     hint = "Loudness after EBU R 128: " + figure(now.integrated) + " LUFS, short-term " +
            figure(now.shortTerm) + ", momentary " + figure(now.momentary) + ", range " +
            asStrFormat(now.range, "%.1f") + " LU, true peak " + figure(now.truePeak) +
@@ -38,13 +37,20 @@ bool LoudnessLabel::show(const Loudness::Levels& now) {
     return true;
 }
 
+/// With its unit, which narrow strips have no room for.
+CStr LoudnessLabel::told() const {
+    return shown + (kind == integrated ? " LUFS" : " dBTP");
+}
+
 void LoudnessLabel::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
     const TextScope small(g, {.size = TextSize::small});
     const bool red = over && kind == truePeak;
     const int ground = red ? colours.meter[2] : colours.window;
     g->fillRound(ground, rect);
-    g->drawText(red ? textOn(ground) : colours.text, shown, rect, 0);
+    const CStr full = told();
+    const bool fits = textFace({.size = TextSize::small})->textWidth(full) < rect.width() - 2;
+    g->drawText(red ? textOn(ground) : colours.text, fits ? full : shown, rect, 0);
     if (hasKeyFocus() || isHovered())
         g->frameRound(colours.accent, rect);
     else
@@ -65,7 +71,7 @@ bool LoudnessLabel::keyDown(int key, int mods) {
 void LoudnessLabel::describe(Description& d, int) const {
     d.role = Role::button;
     d.action = "reset";
-    d.text = shown.asChar();
+    d.text = told().asChar();
 }
 
 bool LoudnessLabel::pressPart(int) {

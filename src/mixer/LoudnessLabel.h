@@ -5,7 +5,7 @@
 
 class CMixerStrip;
 
-/// How loud an output is, after EBU R 128: of all since the last reset, or its true peak. The hint
+/// How loud a strip is, after EBU R 128: of all since the last reset, or its true peak. The hint
 /// tells the rest; a press resets what both tell.
 class LoudnessLabel : public CCtrl {
 public:
@@ -21,6 +21,8 @@ public:
     bool show(const Loudness::Levels& now); ///< whether that is something else
 
 private:
+    CStr told() const;
+
     CMixerStrip& owner;
     const Kind kind;
     CStr shown;

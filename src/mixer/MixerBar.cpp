@@ -35,6 +35,8 @@ constexpr struct {
     {"inserts", "FX", "Show inserts or the equaliser on the strips", rowsInserts},
     {"sends", "Send", "Show the sends on the strips", rowsSends},
     {"routing", "Route", "Show program, trim and output on the strips", rowsRouting},
+    {"loudnesses", "LUFS", "Show on the strips how loud they are, and their true peaks",
+     rowsLoudness},
     {"loads", "Load", "Show on the strips what they cost", rowsLoad},
 };
 

@@ -39,6 +39,11 @@ StripLayout::StripLayout(const StripPlan& plan, bool wide) : width(wide ? wideSt
         load = asRect(left, bottom - figureHeight, right, bottom);
         bottom = load.top - gap;
     }
+    if (plan.rows & rowsLoudness) {
+        truePeak = asRect(left, bottom - rowHeight, right, bottom);
+        loudness = asRect(left, truePeak.top - hair - rowHeight, right, truePeak.top - hair);
+        bottom = loudness.top - gap;
+    }
     switches = asRect(left, bottom - switchHeight, right, bottom);
     const int end = switches.top - gap;
     const int inner = faderWidth + (wide ? scaleWidth : 2) + meterWidth;
@@ -57,6 +62,7 @@ int StripLayout::leastHeight(const StripPlan& plan) {
     if (plan.rows & rowsInserts) high += modeHeight + hair + plan.slots * slotHeight + gap;
     if ((plan.rows & rowsSends) && plan.sends > 0) high += plan.sends * sendHeight + gap;
     if (plan.rows & rowsLoad) high += figureHeight + gap;
+    if (plan.rows & rowsLoudness) high += 2 * rowHeight + hair + gap;
     return high;
 }
 

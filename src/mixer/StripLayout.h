@@ -12,11 +12,18 @@ struct StripPlan {
 };
 
 /// Rows that can be hidden: bits of `CMixer::mxv`.
-enum StripRows : int { rowsInserts = 1, rowsSends = 2, rowsRouting = 4, rowsLoad = 8 };
+enum StripRows : int {
+    rowsInserts = 1,
+    rowsSends = 2,
+    rowsRouting = 4,
+    rowsLoad = 8,
+    rowsLoudness = 16
+};
 
 /// Where the parts of a strip stand, from its corner: from top to bottom the name, what it plays,
 /// trim, the choice of inserts or equaliser and what is chosen, sends, where it leads, pan, the
-/// figures, fader and meter, switches, what it costs. What is hidden is empty.
+/// figures, fader and meter, switches, how loud it is and what it costs. What is
+/// hidden is empty.
 struct StripLayout {
     static constexpr int wideStrip = 88, narrowStrip = 56;
     static constexpr int slotHeight = 18, sendHeight = 16, leastFader = 104;
@@ -31,7 +38,7 @@ struct StripLayout {
     CRect send(int index) const;
 
     CRect name, source, trim, mode, inserts, sends, target, pan, gain, peak, fader, scale, meter,
-        switches, load;
+        switches, loudness, truePeak, load;
 
 private:
     int width;

@@ -47,13 +47,6 @@ void eachStripOf(const GraphModel& model, const std::vector<bool>& boxes, F&& vi
     }
 }
 
-CStr nameOf(const GraphModel& model, const CObject* about) {
-    if (about->category == categoryComp) return boxName(static_cast<const CComp*>(about));
-    if (about->category == categoryCable)
-        return "the cable " + cableName(model, model.cableOf(about));
-    return fullPortName(model, model.portOf(static_cast<const CIO*>(about)));
-}
-
 } // namespace
 
 const char* questionText(GraphQuestion question) {
@@ -83,7 +76,7 @@ GraphAnswer AskGraph::ask(GraphQuestion question, const CObject* about) const {
 }
 
 CStr AskGraph::title(GraphQuestion question, const CObject* about) const {
-    return CStr(questionText(question)) + " " + nameOf(model, about);
+    return CStr(questionText(question)) + " " + itemName(model, about);
 }
 
 std::vector<int> AskGraph::portsOf(const CObject* about) const {
@@ -120,7 +113,7 @@ GraphAnswer AskGraph::whySilent(const CObject* about) const {
         addCauses(all, one);
     }
     if (!open && !all.empty()) return {all, {}};
-    CStr note = "Nothing keeps " + nameOf(model, about) + " silent";
+    CStr note = "Nothing keeps " + itemName(model, about) + " silent";
     CSeq* song = songOf(qv);
     if (song && !qv->playing)
         note += "; the song stands still";
@@ -158,7 +151,7 @@ GraphAnswer AskGraph::whyLate(const CObject* about) const {
     std::ranges::stable_sort(found, std::greater(), [](const auto& f) { return f.first; });
     GraphAnswer answer;
     for (auto& [frames, cause] : found) answer.causes.push_back(cause);
-    answer.note = found.empty() ? nameOf(model, about) + " is not late."
+    answer.note = found.empty() ? itemName(model, about) + " is not late."
                                 : "In all " + milliseconds(total, rate) + ".";
     return answer;
 }
@@ -196,7 +189,7 @@ GraphAnswer AskGraph::whyLoud(const CObject* about) const {
                 answer.causes.push_back(
                     {box.comp, boxName(box.comp) + " reaches the output by several ways."});
     }
-    if (answer.causes.empty()) answer.note = nameOf(model, about) + " is not loud.";
+    if (answer.causes.empty()) answer.note = itemName(model, about) + " is not loud.";
     return answer;
 }
 

@@ -127,7 +127,9 @@ Causes AskSilence::masterCauses(int box) const {
     if (!comp->enabled) found.push_back({comp, boxName(comp) + " is switched off."});
     if (qv->listenVolume <= 0.0f)
         found.push_back({comp, "The volume of your speakers, below the meter, is at zero."});
-    const auto* device = static_cast<const CDeviceAudio*>(comp);
+    const auto* device = static_cast<const CAudioOut*>(comp);
+    if (const COutputChannel* only = device->listened)
+        found.push_back({only->comp, "You listen to " + boxName(only->comp) + " alone."});
     if (qv->aam && qv->aam->opened && device->chs == 0)
         found.push_back({comp, boxName(comp) + " stands for no channel of the device."});
     return found;
@@ -184,8 +186,11 @@ Causes AskSilence::trackCauses(CTrack* track, int output) {
     return found;
 }
 
-/// What a cable brings is not heard where it arrives.
-Causes AskSilence::channelCauses(const GraphModel::Cable& cable) const {
+/// A cable brings nothing, or what is not heard where it arrives.
+Causes AskSilence::ofCable(const GraphModel::Cable& cable) const {
+    if (isMuted(cable.cable))
+        return {{cable.cable,
+                 "The cable " + cableName(model, model.cableOf(cable.cable)) + " is muted."}};
     if (!cable.midi) return {};
     const auto &from = model.ports[size_t(cable.from)], &to = model.ports[size_t(cable.to)];
     CComp *source = model.boxes[size_t(from.box)].comp, *target = model.boxes[size_t(to.box)].comp;
@@ -203,7 +208,7 @@ std::optional<Causes> AskSilence::cabledCauses(int first, int count, bool midi) 
         const bool here = cable.to >= first && cable.to < first + count;
         if (!here || cable.midi != midi) continue;
         if (!all) all.emplace();
-        Causes one = channelCauses(cable);
+        Causes one = ofCable(cable);
         addCauses(one, atOutput(cable.from));
         if (one.empty()) return Causes();
         addCauses(*all, one);
@@ -294,7 +299,7 @@ Causes AskSilence::fromInput(int input) {
 }
 
 Causes AskSilence::alongCable(const GraphModel::Cable& cable) {
-    Causes found = channelCauses(cable);
+    Causes found = ofCable(cable);
     addCauses(found, fromInput(cable.to));
     return found;
 }

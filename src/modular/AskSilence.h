@@ -33,7 +33,7 @@ private:
     /// Of what is cabled to `count` ports from `first` on; none where nothing is.
     std::optional<Causes> cabledCauses(int first, int count, bool midi);
     Causes fedBy(int box, bool midi);
-    Causes channelCauses(const GraphModel::Cable& cable) const;
+    Causes ofCable(const GraphModel::Cable& cable) const;
     Causes alongCable(const GraphModel::Cable& cable);
     Causes masterCauses(int box) const;
     const CComp* soloed() const;

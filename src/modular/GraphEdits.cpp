@@ -8,6 +8,8 @@
 #include "engine/CUndo.h"
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
+#include "engine/StripValues.h"
+#include "engine/ValueDoor.h"
 #include "modular/GraphModel.h"
 #include "sequencer/edit/Pending.h"
 #include "sequencer/song/CSeq.h"
@@ -80,9 +82,12 @@ struct Ends {
     }
 };
 
-void addCable(CUndo* step, CIO* from, CIO* to) {
-    if (from && to)
-        step->asAdd(newCable(from, to), &cablesOf(to->comp, from->category == categoryPort));
+/// Muted as another one is that it stands for.
+void addCable(CUndo* step, CIO* from, CIO* to, const CObject* like = nullptr) {
+    if (!from || !to) return;
+    CObject* made = newCable(from, to);
+    if (like) muteAs(made, like);
+    step->asAdd(made, &cablesOf(to->comp, from->category == categoryPort));
 }
 
 /// The list that owns a cable; null when it is in none any more.
@@ -182,6 +187,22 @@ void deleteCable(CQV* host, CObject* cable) {
     host->undoEnd(step, true);
 }
 
+std::optional<StoredValue> muteOfItem(CObject* item) {
+    if (!item) return std::nullopt;
+    if (item->category == categoryCable) return muteOfCable(item);
+    if (item->asType(categoryChannel, channelOutput))
+        return muteOf(static_cast<COutputChannel*>(item));
+    if (item->category != categoryComp) return std::nullopt;
+    const auto* comp = static_cast<CComp*>(item);
+    if (comp->outputs.getCount() != 1) return std::nullopt;
+    return muteOf(static_cast<COutputChannel*>(comp->outputs.items(0)));
+}
+
+void toggleMute(CQV* host, CObject* item) {
+    if (const auto value = muteOfItem(item))
+        host->values->set(*value, value->get()[0] != 0.0 ? 0.0 : 1.0);
+}
+
 // New components.
 
 namespace {
@@ -219,7 +240,7 @@ void leadThrough(CUndo* step, CComp* comp, CObject* cable) {
     step->asRemove(cable, &cablesOf(ends.to->comp, ends.midi));
     CIO *in = firstPort(comp, ends.midi, false), *out = firstPort(comp, ends.midi, true);
     if (!cableBetween(ends.from, in)) addCable(step, ends.from, in);
-    if (!cableBetween(out, ends.to)) addCable(step, out, ends.to);
+    if (!cableBetween(out, ends.to)) addCable(step, out, ends.to, cable);
 }
 
 void link(CUndo* step, CComp* comp, CPoint at) {
@@ -368,7 +389,7 @@ void duplicateComps(CQV* host, const std::vector<CComp*>& comps, CPoint by) {
             for (const auto* cable : each<CObject>(*list)) {
                 const Ends ends(cable);
                 CIO *from = twins.of(ends.from), *to = twins.of(ends.to);
-                if (from || to) addCable(step, from ? from : ends.from, to ? to : ends.to);
+                if (from || to) addCable(step, from ? from : ends.from, to ? to : ends.to, cable);
             }
     });
     host->undoEnd(step, true);

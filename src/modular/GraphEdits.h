@@ -3,8 +3,10 @@
 #include "base/Atomic.h"
 #include "base/CStr.h"
 #include "base/Geometry.h"
+#include "engine/StoredValue.h"
 
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -62,6 +64,10 @@ void pullOutComp(CQV* host, CComp* comp, CPoint by);
 void tidyComps(CQV* host);
 /// The same at once and without a step, for a project that is being made.
 void tidyNewGraph(CQV* host);
+
+/// The mute of a cable, an output, or the single output of a component; none for what has none.
+std::optional<StoredValue> muteOfItem(CObject* item);
+void toggleMute(CQV* host, CObject* item);
 
 /// The device that a MIDI component stands for, -1 all.
 void chooseDevice(CComp* comp, Shared<int>& device, int index);

@@ -102,7 +102,7 @@ void GraphMenus::fillComp(CPopup* popup, CComp* comp) {
     view.redraw();
     for (const char* name : {"edit", "rename", "duplicate", "pullout", "delete"})
         addAction(popup, name);
-    fillStrip(popup, comp);
+    fillSound(popup, comp);
     fillAsk(popup, comp);
     fillPorts(popup, comp);
     if (!windowMenu || !workspace.isOpen(comp)) return;
@@ -110,13 +110,17 @@ void GraphMenus::fillComp(CPopup* popup, CComp* comp) {
     windowMenu(popup, comp);
 }
 
-/// What silences it, where it has a single strip.
-void GraphMenus::fillStrip(CPopup* popup, CComp* comp) {
-    COutputChannel* strip = comp->output();
-    if (comp->outputs.getCount() != 1) return;
+/// What can be done with what sounds there: at a cable or output, or where a component has one.
+void GraphMenus::fillSound(CPopup* popup, CObject* item) {
+    const bool comp = item->category == categoryComp;
+    if (!muteOfItem(item)) return;
     popup->addSeparator();
-    add(popup, "Mute", [strip] { strip->toggleMute(); })->checked = strip->mute;
-    add(popup, "Solo", [strip] { strip->toggleSolo(); })->checked = strip->solo;
+    addAction(popup, "graphmute");
+    if (COutputChannel* strip = comp ? GraphWatch::soundOf(item) : nullptr)
+        add(popup, "Solo", [strip] { strip->toggleSolo(); })->checked = strip->solo;
+    if (!view.canWatch(item)) return;
+    addAction(popup, "graphlisten");
+    addAction(popup, "graphmeter");
 }
 
 namespace {
@@ -165,6 +169,7 @@ void GraphMenus::fillPort(CPopup* popup, int port) {
         });
     }
     if (!any) add(popup, "No cables", {})->enabled = false;
+    fillSound(popup, graph.ports[size_t(port)].io);
     fillAsk(popup, graph.ports[size_t(port)].io);
 }
 
@@ -173,6 +178,7 @@ void GraphMenus::fillCable(CPopup* popup, int cable) {
     view.setItem(object);
     addAction(popup, "delete");
     fillNew(popup->addSub("Insert"), object);
+    fillSound(popup, object);
     fillAsk(popup, object);
 }
 

@@ -30,7 +30,7 @@ public:
 private:
     void fillNew(CPopup* popup, CObject* into);
     void fillComp(CPopup* popup, CComp* comp);
-    void fillStrip(CPopup* popup, CComp* comp);
+    void fillSound(CPopup* popup, CObject* item);
     void fillPorts(CPopup* popup, CComp* comp);
     void fillPort(CPopup* popup, int port);
     void fillCable(CPopup* popup, int cable);

@@ -56,3 +56,10 @@ CStr cableName(const GraphModel& model, int cable) {
     const auto& c = model.cables[size_t(cable)];
     return endName(model, c.from) + " to " + endName(model, c.to);
 }
+
+CStr itemName(const GraphModel& model, const CObject* item) {
+    if (item->category == categoryComp) return boxName(static_cast<const CComp*>(item));
+    if (item->category == categoryCable)
+        return "the cable " + cableName(model, model.cableOf(item));
+    return fullPortName(model, model.portOf(static_cast<const CIO*>(item)));
+}

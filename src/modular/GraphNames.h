@@ -14,3 +14,5 @@ CStr fullPortName(const GraphModel& model, int port);
 CStr portKindName(PortKind kind); ///< "audio output"
 /// "Bass to Delay", with the ports where there is a choice.
 CStr cableName(const GraphModel& model, int cable);
+/// Of a component, port or cable of the model: "the cable Bass to Delay".
+CStr itemName(const GraphModel& model, const CObject* item);

@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CComp.h"
+#include "engine/Cables.h"
 #include "gui/CGraphic.h"
 #include "gui/Colours.h"
 #include "gui/Fonts.h"
@@ -12,6 +13,7 @@
 #include "modular/CompGlyphs.h"
 #include "modular/GraphEdits.h"
 #include "modular/GraphNames.h"
+#include "modular/GraphWatch.h"
 #include "sequencer/song/CSeq.h"
 #include "ui/ProgramItems.h"
 
@@ -28,7 +30,9 @@ constexpr double leastForNames = 0.4, leastForDetails = 0.75, leastForLarge = 1.
 constexpr int glyphSide = 20, glyphInset = 10, textGap = 8;
 constexpr int levelWidth = 24, levelHeight = 5; ///< of the meter on a cable
 constexpr double dotRadius = 3.5;               ///< of the light on a MIDI cable
-constexpr int marksHeight = 16, marksReach = 80;
+constexpr int marksHeight = 16, marksReach = 128;
+constexpr int tagWide = 14, tagHigh = 14, tagGap = 2; ///< of letters
+constexpr int figureWide = 64;
 constexpr int halo = 4; ///< around a box, of its focus
 constexpr int grey = 128;
 constexpr int tagMargin = 8, tagHeight = 22; ///< of what is told beside a cable's end
@@ -95,8 +99,9 @@ int visible(int colour, int text) {
 
 } // namespace
 
-GraphPainter::GraphPainter(const GraphModel& graph, const GraphShown& look, const CPalette& colours)
-    : model(graph), shown(look), palette(colours),
+GraphPainter::GraphPainter(const GraphModel& graph, const GraphShown& look,
+                           const GraphWatch& watched, const CPalette& colours)
+    : model(graph), shown(look), watch(watched), palette(colours),
       midiColour(visible(clCompsMidi.fillCol, colours.text)),
       audioColour(visible(clCompsAudio.fillCol, colours.text)) {
 }
@@ -111,7 +116,7 @@ CRect GraphPainter::boxArea(int box) const {
     return sizeRect(scaled(sizeRect(area, 0, -GraphModel::portsAbove, 0,
                                     GraphModel::portsBelow + GraphModel::portSide),
                            shown.zoom),
-                    -halo, -halo, halo, halo);
+                    -halo, -halo, halo, halo + tagHigh / 2);
 }
 
 CableCurve GraphPainter::curve(const GraphModel::Cable& cable) const {
@@ -133,7 +138,8 @@ CRect GraphPainter::cableArea(int cable) const {
 CRect GraphPainter::marksArea(int cable) const {
     const CableCurve::Point middle = curve(model.cables[size_t(cable)]).at(0.5);
     const int x = asRound(middle.x), y = asRound(middle.y);
-    return asRect(x - levelWidth / 2, y - marksHeight / 2, x + marksReach, y + marksHeight / 2);
+    constexpr int before = levelWidth / 2 + 2 * (tagWide + tagGap) + tagGap;
+    return asRect(x - before, y - marksHeight / 2, x + marksReach, y + marksHeight / 2);
 }
 
 CRect GraphPainter::linkArea() const {
@@ -180,7 +186,8 @@ void GraphPainter::paintCable(PixelPaper& paper, int index) const {
     const bool chosen = lit || shown.focus == cable.cable || shown.intoCable == index;
     const double width =
         (cable.midi ? midiWidth : audioWidth) * std::sqrt(shown.zoom) + (chosen ? litExtra : 0);
-    const double strength = chosen ? 1.0 : away ? faint : path ? aside : 0.8;
+    const bool mute = isMuted(cable.cable);
+    const double strength = chosen ? 1.0 : away ? faint : path || mute ? aside : 0.8;
     const CableCurve c = curve(cable);
     const CPath line = cable.loops ? dashed(c) : smooth(c);
     const int colour = shown.focus == cable.cable || shown.intoCable == index
@@ -193,11 +200,15 @@ void GraphPainter::paintCable(PixelPaper& paper, int index) const {
 void GraphPainter::paintMarks(CGraphic* g, int index) const {
     const auto at = size_t(index);
     const float level = at < shown.levels.size() ? shown.levels[at] : 0;
-    const bool told = at < shown.delays.size() && !shown.delays[at].empty();
-    if ((level <= 0 && !told) || shown.zoom < leastForNames) return;
     const GraphModel::Cable& cable = model.cables[at];
+    CStr told = watch.figureOf(cable.cable);
+    if (at < shown.delays.size() && !shown.delays[at].empty())
+        told += (told.empty() ? CStr() : CStr("  ")) + shown.delays[at];
+    const unsigned char tags = at < shown.cableTags.size() ? shown.cableTags[at] : 0;
+    if ((level <= 0 && told.empty() && !tags) || shown.zoom < leastForNames) return;
     const CableCurve::Point middle = curve(cable).at(0.5);
     const int x = asRound(middle.x), y = asRound(middle.y);
+    paintTags(g, tags, asPoint(x - levelWidth / 2 - tagGap, y - tagHigh / 2));
     if (level > 0 && cable.midi) {
         CPath dot;
         dot.arc(middle.x, middle.y, dotRadius, 0, 2 * std::numbers::pi - 0.1);
@@ -211,11 +222,31 @@ void GraphPainter::paintMarks(CGraphic* g, int index) const {
         const int colour = palette.meter[level >= 1 ? 2 : level > 0.9f ? 1 : 0];
         g->fillRect(colour, asRect(bar.left + 1, bar.top + 1, bar.left + 1 + wide, bar.bottom - 1));
     }
-    if (!told) return;
+    if (told.empty()) return;
     const TextScope small(g, {TextSize::small});
     const CRect room =
         asRect(x + levelWidth / 2 + 4, y - marksHeight / 2, x + marksReach, y + marksHeight / 2);
-    g->drawText(palette.dimText, shown.delays[at], room, textLeft);
+    g->drawText(palette.dimText, told, room, textLeft);
+}
+
+/// Letters one before the other, the last of which ends at a point.
+void GraphPainter::paintTags(CGraphic* g, unsigned char tags, CPoint end) const {
+    const struct {
+        unsigned char bit;
+        const char* letter;
+        int colour;
+    } all[] = {{tagHeard, "L", palette.accent},
+               {tagSolo, "S", palette.solo},
+               {tagMuted, "M", palette.mute}};
+    const TextScope small(g, {TextSize::small, true});
+    int right = end.x;
+    for (const auto& tag : all) {
+        if (!(tags & tag.bit)) continue;
+        const CRect plate = asRect(right - tagWide, end.y, right, end.y + tagHigh);
+        g->fillRound(tag.colour, plate);
+        g->drawText(textOn(tag.colour), tag.letter, plate, 0);
+        right -= tagWide + tagGap;
+    }
 }
 
 // Boxes.
@@ -237,6 +268,25 @@ void GraphPainter::paintBox(CGraphic* g, int index) const {
                   ink);
     if (shown.zoom >= leastForNames) paintNames(g, box, area);
     paintPorts(g, box);
+    const auto at = size_t(index);
+    if (shown.zoom < leastForNames) return;
+    if (at < shown.boxTags.size())
+        paintTags(g, shown.boxTags[at], asPoint(area.right - tagGap, area.top - tagHigh / 2));
+    paintFigure(g, box);
+}
+
+/// Below the box, beside its outputs.
+void GraphPainter::paintFigure(CGraphic* g, const GraphModel::Box& box) const {
+    CStr figure = watch.figureOf(box.comp);
+    for (int i = box.firstPort; i < box.firstPort + box.portCount && figure.empty(); i++)
+        figure = watch.figureOf(model.ports[size_t(i)].io);
+    if (figure.empty()) return;
+    const TextScope small(g, {TextSize::small});
+    const CRect area = scaled(box.area, shown.zoom);
+    const CRect plate =
+        asRect(area.right - figureWide, area.bottom + 1, area.right, area.bottom + 1 + tagHigh);
+    g->fillRect(clComps.fillCol, plate);
+    g->drawText(palette.dimText, figure, plate, textRight);
 }
 
 void GraphPainter::paintNames(CGraphic* g, const GraphModel::Box& box, CRect area) const {

@@ -5,8 +5,12 @@
 #include <vector>
 
 class CGraphic;
+class GraphWatch;
 class PixelPaper;
 struct CPalette;
+
+/// What is told of a cable or box by a letter.
+enum GraphTag : unsigned char { tagMuted = 1, tagSolo = 2, tagHeard = 4 };
 
 /// What is shown of a graph beside its places. Lists are by the indexes of the model.
 struct GraphShown {
@@ -15,18 +19,20 @@ struct GraphShown {
     std::vector<bool> faintCables;         ///< of kinds that are not wanted now; empty for none
     std::vector<float> levels;             ///< of what cables carry, 0 to 1, as it is shown
     std::vector<CStr> delays;              ///< of cables, told beside them; empty for none
-    std::vector<CStr> loads;               ///< of boxes; empty for none
-    int hotPort = -1;                      ///< under the pointer
-    CObject* focus = nullptr;              ///< component, port or cable that the keys act on
-    int fromPort = -1, toPort = -1;        ///< of a cable that is being drawn
-    CStr linkText;                         ///< told beside its end
-    int intoCable = -1;                    ///< that a box would come into
+    std::vector<unsigned char> cableTags, boxTags; ///< bits of `GraphTag`
+    std::vector<CStr> loads;                       ///< of boxes; empty for none
+    int hotPort = -1;                              ///< under the pointer
+    CObject* focus = nullptr;       ///< component, port or cable that the keys act on
+    int fromPort = -1, toPort = -1; ///< of a cable that is being drawn
+    CStr linkText;                  ///< told beside its end
+    int intoCable = -1;             ///< that a box would come into
 };
 
 /// Draws a graph on a canvas whose origin is that of the graph. Interface thread.
 class GraphPainter {
 public:
-    GraphPainter(const GraphModel& graph, const GraphShown& look, const CPalette& colours);
+    GraphPainter(const GraphModel& graph, const GraphShown& look, const GraphWatch& watched,
+                 const CPalette& colours);
 
     void paint(CGraphic* g, CRect asked) const;
 
@@ -41,7 +47,9 @@ private:
     void paintCables(CGraphic* g, CRect asked) const;
     void paintCable(PixelPaper& paper, int index) const;
     void paintMarks(CGraphic* g, int index) const;
+    void paintTags(CGraphic* g, unsigned char tags, CPoint end) const;
     void paintBox(CGraphic* g, int index) const;
+    void paintFigure(CGraphic* g, const GraphModel::Box& box) const;
     void paintNames(CGraphic* g, const GraphModel::Box& box, CRect area) const;
     void paintPorts(CGraphic* g, const GraphModel::Box& box) const;
     void paintLink(CGraphic* g) const;
@@ -51,6 +59,7 @@ private:
 
     const GraphModel& model;
     const GraphShown& shown;
+    const GraphWatch& watch;
     const CPalette& palette;
     const int midiColour, audioColour;
 };

@@ -97,7 +97,8 @@ CStr ModularView::spoken(int part) const {
         const int cable = part - boxes - ports;
         const auto& c = model.cables[size_t(cable)];
         return CStr(c.midi ? "MIDI" : "Audio") + " cable " + cableName(model, cable) +
-               (c.loops ? ", closes a loop" : "");
+               (c.loops ? ", closes a loop" : "") + (isMuted(c.cable) ? ", muted" : "") +
+               (watch.listened() == c.cable ? ", listened to" : "");
     }
     const int port = part - boxes;
     int joined = 0;

@@ -163,7 +163,26 @@ void ModularPage::bindActions() {
             view->rebuild();
         },
         any);
+    bindItem();
     bindView();
+}
+
+/// What is done with what the keys act on, be it a box, a port or a cable.
+void ModularPage::bindItem() {
+    const auto watchable = [this] { return view->canWatch(view->item()); };
+    actions.bind(
+        "graphmute", [this] { toggleMute(workspace.host(), view->item()); },
+        [this] { return muteOfItem(view->item()).has_value(); },
+        [this] {
+            const auto value = muteOfItem(view->item());
+            return value && value->get()[0] != 0.0;
+        });
+    actions.bind(
+        "graphlisten", [this] { view->listenTo(view->item()); }, watchable,
+        [this] { return view->item() && view->watched().listened() == view->item(); });
+    actions.bind(
+        "graphmeter", [this] { view->toggleMeter(view->item()); }, watchable,
+        [this] { return view->watched().isMetered(view->item()); });
 }
 
 void ModularPage::bindView() {

@@ -40,6 +40,7 @@ public:
 
 private:
     void bindActions();
+    void bindItem();
     void bindView();
     void updateScrollbars();
     void scrolled(CObject* sender);

@@ -36,12 +36,14 @@ constexpr int levelSteps = 12;      ///< that a meter on a cable shows
 constexpr const char* freeHint = "Drag selects; the right button adds components";
 constexpr const char* boxHint = "Drag moves, Ctrl copies, Alt pulls out of its cables; double "
                                 "click opens; right click for more";
+constexpr const char* cableHint = ": M mutes it, H lets it be heard alone, V meters it";
 constexpr const char* portHint = ": drag leads a cable; right click lists its cables";
 
 const HostNotice changes[] = {HostNotice::graph, HostNotice::step};
 
 /// In steps that can be told apart.
 float levelOf(const GraphModel::Cable& cable) {
+    if (isMuted(cable.cable)) return 0;
     float level;
     if (cable.midi) {
         level = static_cast<const CMIDICable*>(cable.cable)->fromPort->hasData;
@@ -53,6 +55,19 @@ float levelOf(const GraphModel::Cable& cable) {
     return std::ceil(std::clamp(level, 0.0f, 1.0f) * levelSteps - 0.1f) / levelSteps;
 }
 
+/// The strip of a box with a single one, and what is listened to there.
+template <class F>
+unsigned char boxTags(const GraphModel& model, const GraphModel::Box& box, F&& heard) {
+    int tags = heard(box.comp);
+    for (int i = box.firstPort; i < box.firstPort + box.portCount; i++)
+        tags |= heard(model.ports[size_t(i)].io);
+    if (box.comp->outputs.getCount() == 1) {
+        const COutputChannel* strip = box.comp->output();
+        tags |= (strip->mute ? tagMuted : 0) | (strip->solo ? tagSolo : 0);
+    }
+    return static_cast<unsigned char>(tags);
+}
+
 CStr withDigits(double value, const char* unit) {
     char text[32];
     std::snprintf(text, sizeof text, value < 10 ? "%.1f%s" : "%.0f%s", value, unit);
@@ -62,7 +77,8 @@ CStr withDigits(double value, const char* unit) {
 } // namespace
 
 ModularView::ModularView(CWin* owner, Workspace& space)
-    : CCanvas(owner, "modular", 0, 0, 1, 1), workspace(space), panZoom(this, this) {
+    : CCanvas(owner, "modular", 0, 0, 1, 1), workspace(space), panZoom(this, this),
+      watch(space.host()) {
     tabStop = true;
     hooverable = true;
     hint = freeHint;
@@ -77,7 +93,7 @@ CQV* ModularView::host() const {
 }
 
 GraphPainter ModularView::painter() const {
-    return {model, shown, win->app->gui->palette};
+    return {model, shown, watch, win->app->gui->palette};
 }
 
 // What is shown.
@@ -94,6 +110,7 @@ void ModularView::take(GraphModel fresh) {
     shown = GraphShown();
     shown.zoom = zoomNow;
     if (model.has(item)) shown.focus = item;
+    watch.keepTo(model);
     linking = false;
     hovered = nullptr;
     if (win->app->drag.of(this)) win->app->drag.cancel();
@@ -121,6 +138,7 @@ void ModularView::follow() {
         closed = false;
         rebuild();
     }
+    if (!CCtrl::shown()) watch.listenTo(nullptr);
     if (stale()) return;
     if (modified == host()->modified()) return;
     modified = !modified;
@@ -132,6 +150,13 @@ bool ModularView::onFrame() {
     if (model.boxes.empty() || !CCtrl::shown()) return false;
     bool any = stale();
     if (any) rebuild();
+    any = followLevels() || any;
+    any = followTags() || any;
+    return followMeters() || any;
+}
+
+bool ModularView::followLevels() {
+    bool any = false;
     shown.levels.resize(model.cables.size(), 0);
     for (size_t i = 0; i < model.cables.size(); i++) {
         const float level = levelOf(model.cables[i]);
@@ -141,6 +166,63 @@ bool ModularView::onFrame() {
         any = true;
     }
     return any;
+}
+
+bool ModularView::followTags() {
+    bool any = false;
+    shown.cableTags.resize(model.cables.size());
+    shown.boxTags.resize(model.boxes.size());
+    const auto follow = [&](unsigned char& tags, unsigned char now, auto area) {
+        if (tags == now) return;
+        tags = now;
+        contentChanged(area());
+        any = true;
+    };
+    const auto heard = [this](const CObject* item) {
+        return watch.listened() == item ? int(tagHeard) : 0;
+    };
+    for (size_t i = 0; i < model.cables.size(); i++) {
+        const CObject* cable = model.cables[i].cable;
+        const int tags = heard(cable) | (isMuted(cable) ? tagMuted : 0);
+        follow(shown.cableTags[i], static_cast<unsigned char>(tags),
+               [&] { return painter().cableArea(int(i)); });
+    }
+    for (size_t i = 0; i < model.boxes.size(); i++)
+        follow(shown.boxTags[i], boxTags(model, model.boxes[i], heard),
+               [&] { return painter().boxArea(int(i)); });
+    return any;
+}
+
+bool ModularView::followMeters() {
+    bool any = false;
+    for (size_t i = 0; i < watch.meterCount(); i++) {
+        if (!watch.follow(i)) continue;
+        redrawItem(watch.metered(i));
+        any = true;
+    }
+    return any;
+}
+
+/// The cable, or the box that it belongs to.
+void ModularView::redrawItem(const CObject* item) {
+    if (item->category == categoryCable)
+        return contentChanged(painter().marksArea(model.cableOf(item)));
+    const int box = item->category == categoryComp
+                        ? model.boxOf(static_cast<const CComp*>(item))
+                        : model.ports[size_t(model.portOf(static_cast<const CIO*>(item)))].box;
+    contentChanged(painter().boxArea(box));
+}
+
+void ModularView::listenTo(CObject* item) {
+    watch.listenTo(watch.listened() == item ? nullptr : item);
+    tell(watch.listened() ? "You hear " + itemName(model, watch.listened()) +
+                                " alone; H or another page ends that"
+                          : CStr());
+}
+
+void ModularView::toggleMeter(CObject* item) {
+    watch.toggleMeter(item);
+    redrawItem(item);
 }
 
 void ModularView::showKinds(bool midi, bool audio, bool others) {
@@ -408,7 +490,7 @@ CStr ModularView::hintOf(const CObject* over) const {
     if (!over) return freeHint;
     if (over->category == categoryComp)
         return boxName(static_cast<const CComp*>(over)) + ": " + boxHint;
-    if (over->category == categoryCable) return cableName(model, model.cableOf(over));
+    if (over->category == categoryCable) return cableName(model, model.cableOf(over)) + cableHint;
     return fullPortName(model, model.portOf(static_cast<const CIO*>(over))) + portHint;
 }
 

@@ -4,6 +4,7 @@
 #include "gui/PanZoom.h"
 #include "modular/GraphModel.h"
 #include "modular/GraphPainter.h"
+#include "modular/GraphWatch.h"
 
 #include <functional>
 #include <memory>
@@ -76,6 +77,12 @@ public:
     void showKinds(bool midi, bool audio, bool others);
     void showMeasured(const GraphProbe& probe); ///< delays on cables, and work in boxes
 
+    // What is watched in the graph: the item of the keys.
+    bool canWatch(const CObject* item) const { return GraphWatch::soundOf(item) != nullptr; }
+    void listenTo(CObject* item); ///< or no more, where that is what is listened to
+    void toggleMeter(CObject* item);
+    const GraphWatch& watched() const { return watch; }
+
     // For drags, which show what their release would do.
     void showLink(int from, int to); ///< ports of a cable that would be made; -1 for none
     void showInto(int cable);
@@ -91,6 +98,10 @@ private:
     void zoomAt(CPoint at, double factor, bool across) override;
     GraphPainter painter() const;
     CRect modifiedArea() const; ///< of the control
+    bool followLevels();
+    bool followTags();
+    bool followMeters();
+    void redrawItem(const CObject* item);
     bool stale() const;
     void take(GraphModel fresh);
     void hover(CPoint at);
@@ -117,6 +128,7 @@ private:
     PanZoom panZoom;
     GraphModel model;
     GraphShown shown;
+    GraphWatch watch;
     CRect band;                        ///< of the graph; empty without one
     std::unique_ptr<DragHandler> drag; ///< the latest; null before the first
     const CObject* hovered = nullptr;  ///< only to be compared

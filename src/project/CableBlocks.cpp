@@ -1,6 +1,7 @@
 #include "project/CableBlocks.h"
 
 #include "base/LoadBudget.h"
+#include "base/OpenBlock.h"
 #include "engine/CQV.h"
 #include "project/ItemView.h"
 
@@ -15,13 +16,14 @@ void writeEnd(CStream* stream, const FilePlace& end) {
     stream->writeByte(static_cast<unsigned char>(end.io));
 }
 
-void writeCable(CStream* stream, const char* id, const CIO* from, const CIO* to,
+void writeCable(CStream* stream, const char* id, const CIO* from, const CIO* to, bool muted,
                 const GraphIndex& index) {
     const FilePlace *source = index.placeOf(from), *dest = index.placeOf(to);
     if (!source || !dest || source->io > highestIndex || dest->io > highestIndex) return;
     stream->writeId(id, cableBytes);
     writeEnd(stream, *source);
     writeEnd(stream, *dest);
+    if (muted) writeIntBlock(stream, "cableMute", 1);
 }
 
 /// One end of a cable; `io` is a number without meaning when there is no component.
@@ -45,9 +47,9 @@ T* pick(const std::vector<T*>& ios, size_t index) {
 
 void writeCables(CStream* stream, CComp* c, const GraphIndex& index) {
     for (auto* cable : each<CAudioCable>(c->audioCables))
-        writeCable(stream, "ac", cable->fromChannel, cable->toChannel, index);
+        writeCable(stream, "ac", cable->fromChannel, cable->toChannel, cable->muted, index);
     for (auto* cable : each<CMIDICable>(c->midiCables))
-        writeCable(stream, "mc", cable->fromPort, cable->toPort, index);
+        writeCable(stream, "mc", cable->fromPort, cable->toPort, cable->muted, index);
     for (auto* child : each<CComp>(c->comps)) writeCables(stream, child, index);
     if (c != c->host) return;
     for (auto* bus : each<CComp>(c->host->sends)) writeCables(stream, bus, index);
@@ -61,21 +63,29 @@ bool CableReader::isNew(const CIO* from, const CIO* to) {
 }
 
 void CableReader::readAudio(ItemView& item) {
+    newest = nullptr;
     const CableEnd from = readEnd(item, index), to = readEnd(item, index);
     if (item.tooShort || !from.comp || !to.comp) return;
     COutputChannel* source = pick(from.comp->outputs, from.io);
     CInputChannel* dest = pick(to.comp->inputs, to.io);
     if (!isNew(source, dest)) return;
     CComp* c = to.comp->comp;
-    c->audioCables.add(createAudioCable(c, source, dest));
+    newest = createAudioCable(c, source, dest);
+    c->audioCables.add(newest);
 }
 
 void CableReader::readMIDI(ItemView& item) {
+    newest = nullptr;
     const CableEnd from = readEnd(item, index), to = readEnd(item, index);
     if (item.tooShort || !from.comp || !to.comp) return;
     CMIDIQ* source = pick(from.comp->outPorts, from.io);
     CMIDIQ* dest = pick(to.comp->inPorts, to.io);
     if (!isNew(source, dest)) return;
     CComp* c = to.comp->comp;
-    c->midiCables.add(createMIDICable(c, source, dest));
+    newest = createMIDICable(c, source, dest);
+    c->midiCables.add(newest);
+}
+
+void CableReader::readMute(ItemView& item) {
+    if (newest) setCableMute(newest, item.readInt() != 0);
 }

@@ -98,6 +98,7 @@ private:
     void mixerEditor(ItemView& item) { readEditorStruct(item, project.mixer->editorStruct); }
     void audioCable(ItemView& item) { cables.readAudio(item); }
     void midiCable(ItemView& item) { cables.readMIDI(item); }
+    void cableMute(ItemView& item) { cables.readMute(item); }
     void controller(Shared<int>& to, ItemView& item);
     void ctrlStart(ItemView& item) { controller(host->ctrlStart, item); }
     void ctrlStop(ItemView& item) { controller(host->ctrlStop, item); }
@@ -125,6 +126,7 @@ const Reading::Kind Reading::kinds[] = {
     {"mixed", &Reading::mixerEditor},
     {"ac", &Reading::audioCable},
     {"mc", &Reading::midiCable},
+    {"cableMute", &Reading::cableMute},
     {"ccplay", &Reading::ctrlStart},
     {"ccstop", &Reading::ctrlStop},
     {"ccrew", &Reading::ctrlRewind},

@@ -4,6 +4,7 @@
 #include "engine/MidiComps.h"
 #include "engine/SeqStub.h"
 #include "engine/StripFixture.h"
+#include "engine/StripMeters.h"
 #include "support/RtTrap.h"
 
 /// Else the tests that look for violations could not fail.
@@ -36,7 +37,9 @@ TEST(RtTrap, BlocksAreClean) {
     CGroupCh* bus = t.addBus();
     t.addInsert(signal->output(), new GainComp(q));
     signal->latency = 300;
-    t.out->loudness.measure(true);
+    StripMeters& meters = t.out->output()->meters();
+    meters.loudness.measure(true);
+    meters.samples = 1;
     auto* map = new CMap;
     map->target = signal->output();
     map->cc = 7;
@@ -59,6 +62,9 @@ TEST(RtTrap, BlocksAreClean) {
             t.send(asData(midiProgram, number, 0));
             t.midiIn->playNote(60 + number, value > 0);
             t.midiIn->setAutoq(number % 2 ? 16 : -1);
+            for (auto* cable : each<CObject>(t.out->audioCables))
+                setCableMute(cable, number % 2 != 0);
+            t.out->listened = number % 3 ? nullptr : signal->output();
             t.run(20);
         }
     q->hostNotices.raise(HostNotice::delays);

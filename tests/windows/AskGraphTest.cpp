@@ -61,7 +61,7 @@ protected:
     CSampler* synth(const char* name) {
         return static_cast<CSampler*>(comp((std::string(name) + " synth").c_str()));
     }
-    CObject* audioCable(CComp* from, CComp* to) {
+    CAudioCable* audioCable(CComp* from, CComp* to) {
         return getAudioCable(to, from->output(), nullptr);
     }
     GraphAnswer ask(GraphQuestion question, const CObject* about) {
@@ -120,6 +120,7 @@ TEST_F(AskGraphTest, FindsEachPlantedFault) {
     CSampler *bass = synth("Bass"), *lead = synth("Lead");
     CIO *bassPort = track("Bass")->outPort(), *voicePort = track("Voice")->output();
     auto* part = static_cast<CPart*>(songTrack("Bass")->parts.items(0));
+    auto* notes = static_cast<CObject*>(bass->midiCables.first());
     const auto cut = [](CIO* from, CIO* to) { return [=] { toggleCable(from, to); }; };
     struct Fault {
         const char* name;
@@ -128,6 +129,16 @@ TEST_F(AskGraphTest, FindsEachPlantedFault) {
         std::vector<GraphCause> causes;
     };
     const Fault faults[] = {
+        {"muted cable on",
+         [&] { toggleMute(host.get(), audioCable(rack, out())); },
+         [&] { toggleMute(host.get(), audioCable(rack, out())); },
+         rack,
+         {{audioCable(rack, out()), "The cable Rack to Audio Out is muted."}}},
+        {"muted cable in",
+         [&] { toggleMute(host.get(), notes); },
+         [&] { toggleMute(host.get(), notes); },
+         bass,
+         {{notes, "The cable Bass to Bass synth is muted."}}},
         {"strip muted",
          [&] { bass->output()->toggleMute(); },
          [&] { bass->output()->toggleMute(); },

@@ -3,7 +3,8 @@
 #include "MixerFixture.h"
 
 #include "common/fx/CEQ.h"
-#include "engine/DeviceComps.h"
+#include "engine/StripMeters.h"
+#include "mixer/CEqView.h"
 #include "sequencer/edit/TrackEdits.h"
 
 #include <cmath>
@@ -59,12 +60,12 @@ TEST_F(MixerMetersTest, EqualiserOpensLarge) {
 
 TEST_F(MixerMetersTest, LoudnessOfTheOutputIsToldAndReset) {
     startWith(1);
-    auto* output = static_cast<CAudioOut*>(host->getAudioOut());
-    ASSERT_TRUE(pumpUntil([&] { return output->loudness.measures(); }));
+    Loudness& loudness = host->getAudioOut()->output()->meters().loudness;
+    ASSERT_TRUE(pumpUntil([&] { return loudness.measures(); }));
     std::vector<float> tone(44100);
     for (size_t i = 0; i < tone.size(); i++)
         tone[i] = float(0.1 * std::sin(2 * 3.14159265 * 1000.0 * double(i) / 44100));
-    output->loudness.process(tone.data(), tone.data(), int(tone.size()));
+    loudness.process(tone.data(), tone.data(), int(tone.size()));
     const auto told = [&](const char* id) {
         Description d;
         on("Audio Out", id)->describe(d, Accessible::wholeCtrl);
@@ -77,8 +78,21 @@ TEST_F(MixerMetersTest, LoudnessOfTheOutputIsToldAndReset) {
     EXPECT_EQ(told("truepeak"), "-inf dBTP");
     EXPECT_TRUE(pumpUntil([&] { return out("a")->powerWanted != 0; }));
     COutputChannel* shown = out("a");
+    // Of another strip only where that is asked for.
+    EXPECT_EQ(shown->measured(), nullptr);
+    panel()->showRows(rowsLoudness, true);
+    ASSERT_TRUE(pumpUntil([&] { return shown->measured() != nullptr; }));
+    shown->meters().loudness.process(tone.data(), tone.data(), int(tone.size()));
+    EXPECT_TRUE(pumpUntil([&] {
+        Description d;
+        on("a", "loudness")->describe(d, Accessible::wholeCtrl);
+        return d.text == "-20.0 LUFS";
+    }));
+    panel()->showRows(rowsLoudness, false);
+    EXPECT_FALSE(shown->meters().loudness.measures());
+    EXPECT_TRUE(loudness.measures());
     page()->hide();
-    EXPECT_FALSE(output->loudness.measures()) << "for nobody";
+    EXPECT_FALSE(loudness.measures()) << "for nobody";
     EXPECT_EQ(shown->powerWanted, 0);
 }
 
@@ -105,4 +119,32 @@ TEST_F(MixerMetersTest, StripsTellWhatTheyCost) {
         return told("a") >= 12.4;
     })) << told("a");
     EXPECT_LT(told("b"), told("a") / 2);
+}
+
+/// A tone stands out in the large equaliser at its place, until the window is closed.
+TEST_F(MixerMetersTest, TheLargeEqualiserShowsTheSpectrum) {
+    startWith(1);
+    panel()->openEq(strip("a")->strip());
+    settle();
+    StripMeters& meters = out("a")->meters();
+    ASSERT_EQ(meters.samples, 1);
+    std::vector<float> tone(4096);
+    for (size_t i = 0; i < tone.size(); i++)
+        tone[i] = float(0.5 * std::sin(2 * 3.14159265 * 1000.0 * double(i) / 44100));
+    meters.takeEqualised(tone.data(), tone.data(), int(tone.size()));
+    const auto* view = static_cast<CEqView*>(nullptr);
+    for (auto* w : each<CWin>(app->windows))
+        for (auto* c : each<CCtrl>(w->clientGroup->controls))
+            if (c->id == "curve") view = static_cast<CEqView*>(c);
+    ASSERT_TRUE(view);
+    const auto level = [&](double hz) { // of the columns on both sides of it
+        const auto& levels = *view->curve.spectrum;
+        const size_t at = size_t(view->curve.FreqToScreen(hz));
+        return at < levels.size() ? std::max(levels[at - 1], levels[at]) : -200.0;
+    };
+    EXPECT_TRUE(pumpUntil([&] { return level(1000) > -9.0; })) << level(1000); // 20 lg 0.5 is -6
+    EXPECT_LT(level(1000), -6.0 + 0.1);
+    EXPECT_LT(level(4000), -60.0);
+    view->win->hide();
+    EXPECT_EQ(meters.samples, 0);
 }

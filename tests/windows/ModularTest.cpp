@@ -4,6 +4,7 @@
 
 #include "effects/CEffect.h"
 #include "engine/CGroupCh.h"
+#include "engine/DeviceComps.h"
 #include "modular/GraphPaths.h"
 #include "modular/MiniMap.h"
 #include "project/PresetFiles.h"
@@ -402,6 +403,56 @@ TEST_F(ModularTest, CablesHaveAMenuAndCanBeDimmed) {
     win->runAction(win->getAction("othercables"));
     EXPECT_EQ(faint(), "m+a-a+") << "that from the effect is of neither";
     EXPECT_EQ(host->undoIndex, before);
+}
+
+/// A cable is muted by a key in one step that a project keeps; what is listened to and metered is
+/// no part of it, and ends with the page and the cable.
+TEST_F(ModularTest, CablesAreMutedListenedToAndMetered) {
+    startModular();
+    CComp* synth = add(compSampler, 300, 60);
+    out()->posX = 300, out()->posY = 400;
+    view()->rebuild();
+    auto* cable = static_cast<CAudioCable*>(out()->audioCables.first());
+    auto* notes = static_cast<CObject*>(synth->midiCables.first());
+    auto* speaker = static_cast<CAudioOut*>(out());
+    click(cableAt(cable));
+    ASSERT_EQ(view()->item(), cable);
+    key("m");
+    EXPECT_EQ(cable->muted, 1);
+    EXPECT_EQ(undoName(), "Mute cable");
+    view()->setItem(notes);
+    key("m");
+    ASSERT_TRUE(isMuted(notes));
+    const std::string path = at("muted.qv");
+    ProjectUi plain;
+    ASSERT_TRUE(saveProject({host.get(), &win->flows->mixer, &plain}, path.c_str()));
+    undo();
+    EXPECT_FALSE(isMuted(notes));
+    undo();
+    EXPECT_EQ(cable->muted, 0);
+    click(cableAt(cable));
+    const int before = host->undoIndex;
+    key("h");
+    key("v");
+    EXPECT_EQ(speaker->listened.load(), synth->output());
+    ASSERT_TRUE(view()->watched().isMetered(cable));
+    EXPECT_TRUE(pumpUntil([&] {
+        synth->output()->peakL = 0.5f; // which falls by itself
+        return view()->watched().figureOf(cable) == "-6.0 dB";
+    }));
+    EXPECT_EQ(host->undoIndex, before);
+    win->runAction(win->getAction("mixer"));
+    EXPECT_TRUE(pumpUntil([&] { return speaker->listened.load() == nullptr; })) << "another page";
+    win->runAction(win->getAction("modular"));
+    key("h");
+    EXPECT_TRUE(pumpUntil([&] { return speaker->listened.load() != nullptr; }));
+    key("Delete");
+    EXPECT_TRUE(pumpUntil([&] { return speaker->listened.load() == nullptr; })) << "it is gone";
+    EXPECT_EQ(view()->watched().meterCount(), 0u);
+    ASSERT_TRUE(load(kindFile, path.c_str()));
+    int muted = 0;
+    for (const auto& c : view()->graph().cables) muted += isMuted(c.cable);
+    EXPECT_EQ(muted, 2);
 }
 
 TEST_F(ModularTest, TheMapBringsPlacesIntoView) {

@@ -1,6 +1,6 @@
 #include "engine/plan/PlanLatency.h"
 
-#include "engine/CComp.h"
+#include "engine/CQV.h"
 #include "engine/ForgetHooks.h"
 #include "engine/Mixing.h"
 #include "engine/plan/GraphPlan.h"
@@ -21,9 +21,17 @@ int ownLatency(CComp* c, bool possible) {
 }
 
 void addLine(DelayLine& line, const float* left, const float* right, CInputChannel* to, int frames,
-             PlanFade& fade, CInputChannel& room) {
+             CableShare share, CInputChannel& room) {
     line.process(left, right, room.bufL, room.bufR, frames);
-    addStereo(to, room.bufL, room.bufR, frames, fade);
+    addStereo(to, room.bufL, room.bufR, frames, share);
+}
+
+/// The fade of a cable's mute, on its way to where the user has put that.
+PlanFade& gateOf(const CAudioCable& cable) {
+    const bool away = cable.muted != 0;
+    const int fadeFrames = std::max(cable.toComp->host->framesInMs * PlanFade::ms, 1);
+    if (away != cable.gate.leaving) cable.gate.turn(away, fadeFrames);
+    return cable.gate;
 }
 
 } // namespace
@@ -34,16 +42,18 @@ void PlanArrival::addTo(CInputChannel* to, int frames, GraphScratch& scratch) {
         to = from->toChannel;
         if (!to || !from->fromChannel || !from->fromComp->canProcess()) return;
     }
+    PlanFade open;
+    const CableShare share(fade, kind == cable ? gateOf(*from) : open);
     if (loop) {
         loop->read(scratch.arrival.bufL, scratch.arrival.bufR, frames);
-        return addStereo(to, scratch.arrival.bufL, scratch.arrival.bufR, frames, fade);
+        return addStereo(to, scratch.arrival.bufL, scratch.arrival.bufR, frames, share);
     }
     const bool through = !line || line->idle();
     if (line && through) line->skip();
     if (kind == cable) {
         const COutputChannel* ch = from->fromChannel;
-        if (through) return addStereo(to, ch->bufL, ch->bufR, frames, fade);
-        return addLine(*line, ch->bufL, ch->bufR, to, frames, fade, scratch.arrival);
+        if (through) return addStereo(to, ch->bufL, ch->bufR, frames, share);
+        return addLine(*line, ch->bufL, ch->bufR, to, frames, share, scratch.arrival);
     }
     CInputChannel& room = scratch.arrival;
     if (!through)
@@ -55,7 +65,7 @@ void PlanArrival::addTo(CInputChannel* to, int frames, GraphScratch& scratch) {
     } else {
         feed(into, frames);
     }
-    if (!through) addLine(*line, room.bufL, room.bufR, to, frames, fade, room);
+    if (!through) addLine(*line, room.bufL, room.bufR, to, frames, share, room);
 }
 
 void PlanArrival::feed(CInputChannel* to, int frames) const {

@@ -33,7 +33,7 @@ void copyOutputs(CComp* at, CComp* source, CComp* twin, CUndo* undo) {
         if (!source->outputs.contains(cable->fromChannel)) continue;
         COutputChannel* from = twin->output(source->outputs.indexed(cable->fromChannel));
         if (auto* made = createAudioCable(at, from, cable->toChannel))
-            undo->asAdd(made, &at->audioCables);
+            addTwin(undo, made, &at->audioCables, cable);
     }
 }
 

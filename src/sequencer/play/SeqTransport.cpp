@@ -192,6 +192,7 @@ void takeSources(const ProgBlock& b, CTrack* track) {
     if (track->kind != trackAudio && track->kind != trackDrum) return;
     CQV* host = b.prog->seq->host;
     for (CMIDICable* cable : each<CMIDICable>(track->midiCables)) {
+        if (cable->muted) continue;
         for (CMIDIBytes* e = cable->fromPort->first(); e; e = e->next)
             if (!host->midiMapped(track, cable->toPort, e))
                 cable->toPort->insert(e->time, e->data, e->kind, e->value, e->param, e->owner,

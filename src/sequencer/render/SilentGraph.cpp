@@ -67,6 +67,7 @@ void silenceContent(CComp* c) {
 void silence(CComp* c) {
     silenceContent(c);
     for (auto* ch : each<COutputChannel>(c->outputs)) silenceStrip(ch);
+    for (auto* cable : each<CAudioCable>(c->audioCables)) cable->settleMute();
     for (auto* child : each<CComp>(c->comps)) silence(child);
 }
 

@@ -177,7 +177,7 @@ void twinCables(CComp* at, const CTrack* source, const CTrack* twin, CUndo* undo
         if (!from && !to) continue;
         CMIDICable* made =
             createMIDICable(at, from ? from : cable->fromPort, to ? to : cable->toPort);
-        if (made) undo->asAdd(made, &at->midiCables);
+        if (made) addTwin(undo, made, &at->midiCables, cable);
     }
     for (auto* cable : each<CAudioCable>(at->audioCables)) {
         COutputChannel* from = twinOf(cable->fromChannel, source->outputs, twin->outputs);
@@ -185,7 +185,7 @@ void twinCables(CComp* at, const CTrack* source, const CTrack* twin, CUndo* undo
         if (!from && !to) continue;
         CAudioCable* made =
             createAudioCable(at, from ? from : cable->fromChannel, to ? to : cable->toChannel);
-        if (made) undo->asAdd(made, &at->audioCables);
+        if (made) addTwin(undo, made, &at->audioCables, cable);
     }
 }
 

@@ -108,8 +108,10 @@ void bindFrozen(CSeq* seq, const SongLinks::Freeze& f) {
 void bindSource(CSeq* seq, const SongLinks::Source& s) {
     auto* from = static_cast<CTrack*>(seq->tracks.items(s.index));
     if (!from || from == s.track || !from->outPort()) return;
-    if (auto* cable = createMIDICable(s.track, from->outPort(), s.track->inPort()))
-        s.track->midiCables.add(cable);
+    auto* cable = createMIDICable(s.track, from->outPort(), s.track->inPort());
+    if (!cable) return;
+    cable->muted = s.muted;
+    s.track->midiCables.add(cable);
 }
 
 /// What stands at the same place in a duplicate of a sequencer.

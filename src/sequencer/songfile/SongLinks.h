@@ -18,6 +18,7 @@ struct SongLinks {
     struct Source {
         CTrack* track; ///< that listens
         int index;     ///< of the track whose notes it gets
+        bool muted = false;
     };
     struct Freeze {
         CSongTrack* songTrack;

@@ -135,6 +135,15 @@ bool readSource(SongReading& r, int) {
     return true;
 }
 
+bool readSourceMute(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    const bool muted = r.in.readInt() != 0;
+    auto& sources = r.links->sources;
+    if (r.track && !sources.empty() && sources.back().track == r.track)
+        sources.back().muted = muted;
+    return true;
+}
+
 bool readLock(SongReading& r, int) {
     if (!r.in.has(intBytes)) return false;
     const int locked = r.in.readInt() != 0;
@@ -164,10 +173,11 @@ bool readRow(SongReading& r, int) {
 }
 
 constexpr SongBlock blocks[] = {
-    {"track", readTrack},         {"trackCol", readColour},    {"trackInSens", readSensitivity},
-    {"tracked", readTrackWindow}, {"trackGroove", readGroove}, {"arp", readArp},
-    {"arped", readArpWindow},     {"trackmc", readSource},     {"trackLock", readLock},
-    {"trackArm", readArm}, {"trackRow", readRow}, {"trackLive", readLive}};
+    {"track", readTrack},          {"trackCol", readColour},    {"trackInSens", readSensitivity},
+    {"tracked", readTrackWindow},  {"trackGroove", readGroove}, {"arp", readArp},
+    {"arped", readArpWindow},      {"trackmc", readSource},     {"trackLock", readLock},
+    {"trackArm", readArm},         {"trackRow", readRow},       {"trackLive", readLive},
+    {"sourceMute", readSourceMute}};
 
 void writeHead(SongWriting& w, const CTrack* track) {
     CStream* s = w.out;
@@ -202,7 +212,9 @@ void writeSources(SongWriting& w, const CTrack* track) {
     if (track->kind != trackAudio && track->kind != trackDrum) return;
     for (auto* cable : each<CMIDICable>(track->midiCables)) {
         const int source = w.sourceIndex(cable->fromPort);
-        if (source >= 0) writeIntBlock(w.out, "trackmc", source);
+        if (source < 0) continue;
+        writeIntBlock(w.out, "trackmc", source);
+        if (cable->muted) writeIntBlock(w.out, "sourceMute", 1);
     }
 }
 
