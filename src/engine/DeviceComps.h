@@ -63,8 +63,8 @@ public:
     explicit CMIDIIn(CQV* root);
 
     int lastNote = -1;          ///< key held on the on-screen keyboard; interface thread
-    Shared<int> sens{fullSens}; ///< velocity sensitivity in percent; from 127 on velocities stay
-    Shared<int> autoq{-1};      ///< 16, 8, 4: notes wait for that part of a whole note; -1 off
+    Stored<int> sens{fullSens}; ///< velocity sensitivity in percent; from 127 on velocities stay
+    Stored<int> autoq{-1};      ///< 16, 8, 4: notes wait for that part of a whole note; -1 off
     Shared<int> device{-1};     ///< index of the device's MIDI input, -1 all
     double pos = 0.0;           ///< ticks; graph holder
 

@@ -1,11 +1,16 @@
 #include "panels/PanelsRoom.h"
 
 #include "effects/CEffect.h"
+#include "engine/DeviceComps.h"
 #include "instruments/CArp.h"
 #include "instruments/CSampler.h"
 #include "panels/arp/CArpWin.h"
 #include "panels/drums/CDrumWin.h"
+<<<<<<< HEAD
 #include "panels/plugins/CVSTWin.h"
+=======
+#include "panels/midiin/CMIDIInWin.h"
+>>>>>>> 5820862 (Give MIDI inputs a window with a keyboard)
 #include "panels/rack/CEffectWin.h"
 #include "panels/sampler/CSamplerWin.h"
 #include "plugins/CVST.h"
@@ -28,6 +33,9 @@ PanelsRoom::PanelsRoom(EditorTable& editors) {
             return std::make_unique<CDrumWin>(space, static_cast<CTrack&>(comp));
         },
         [](const CComp& comp) { return static_cast<const CTrack&>(comp).kind == trackDrum; });
+    editors.enter(compMIDIIn, [](Workspace& space, CComp& comp) {
+        return std::make_unique<CMIDIInWin>(space, static_cast<CMIDIIn&>(comp));
+    });
     editors.enter(compArp, [](Workspace& space, CComp& comp) {
         return std::make_unique<CArpWin>(space, static_cast<CArp&>(comp));
     });

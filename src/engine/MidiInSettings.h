@@ -1,0 +1,6 @@
+#pragma once
+
+#include "engine/Setting.h"
+
+/// What is set of a CMIDIIn.
+Settings midiInSettings();
