@@ -3,6 +3,7 @@
 #include "base/CStream.h"
 #include "common/fx/CCompressor.h"
 #include "effects/CEffect.h"
+#include "effects/ChainPlaces.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 
@@ -14,11 +15,6 @@ const StepEffects rewired = {.graph = true};
 float usualWet(int kind) {
     constexpr float added = 0.3f;
     return kind == fxDelay || kind == fxReverb ? added : 1.0f;
-}
-
-int placeIn(const COutputChannel* ch, int index) {
-    const int count = ch->inserts.getCount();
-    return index < 0 || index >= count ? -1 : index;
 }
 
 std::unique_ptr<CEffect> emptyRack(COutputChannel* ch) {
@@ -43,7 +39,7 @@ CComp* addInsert(COutputChannel* ch, std::unique_ptr<CComp> made, int index) {
     CComp* added = made.release();
     added->listKind = listInsert;
     added->ownerChannel = ch;
-    step->asAdd(added, &ch->inserts, placeIn(ch, index));
+    step->asAdd(added, &ch->inserts, placeIn(ch->inserts, index));
     host->undoEnd(step, true);
     return added;
 }
@@ -103,11 +99,8 @@ void removeInsert(COutputChannel* ch, CComp* insert) {
 
 bool moveInsert(COutputChannel* from, CComp* insert, COutputChannel* to, int index) {
     if (!from->inserts.contains(insert)) return false;
-    const int at = from->inserts.indexed(insert), last = from->inserts.getCount() - 1;
-    const int before = placeIn(to, index);
-    const bool stays =
-        from == to && (before == at || before == at + 1 || (before < 0 && at == last));
-    if (stays) return false;
+    const int before = placeIn(to->inserts, index);
+    if (from == to && staysAt(to->inserts, insert, before)) return false;
     CQV* host = to->comp->host;
     CUndo* step = host->undoStart("Move " + insert->id, host, rewired);
     step->asMove(insert, &from->inserts, &to->inserts, before);
@@ -138,7 +131,7 @@ CComp* copyInsert(CComp* insert, COutputChannel* to, int index) {
     twin->ownerChannel = to;
     twin->createBuffers(host->frames);
     CUndo* step = host->undoStart("Copy " + insert->id, host, rewired);
-    step->asAdd(twin, &to->inserts, placeIn(to, index));
+    step->asAdd(twin, &to->inserts, placeIn(to->inserts, index));
     host->undoEnd(step, true);
     return twin;
 }

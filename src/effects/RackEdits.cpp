@@ -1,16 +1,13 @@
 #include "effects/RackEdits.h"
 
 #include "effects/CEffect.h"
+#include "effects/ChainPlaces.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 
 namespace {
 
 const StepEffects chainChanged = {.comp = CompNotice::program};
-
-int placeIn(const CList& list, int index) {
-    return index < 0 || index >= list.getCount() ? -1 : index;
-}
 
 } // namespace
 
@@ -29,9 +26,8 @@ void removeEffect(CEffect* rack, CEffectProg* prog, CFX* fx) {
 
 bool moveEffect(CEffect* rack, CEffectProg* prog, CFX* fx, int index) {
     CList& chain = prog->effects;
-    const int from = chain.indexed(fx), to = placeIn(chain, index);
-    const int last = chain.getCount() - 1;
-    if (from < 0 || to == from || to == from + 1 || (to < 0 && from == last)) return false;
+    const int to = placeIn(chain, index);
+    if (!chain.contains(fx) || staysAt(chain, fx, to)) return false;
     CUndo* step = rack->host->undoStart("Move " + effectName(fx->type), rack, chainChanged);
     step->asMove(fx, &chain, &chain, to);
     rack->host->undoEnd(step, true);

@@ -6,11 +6,8 @@
 #include "instruments/CSampler.h"
 #include "panels/arp/CArpWin.h"
 #include "panels/drums/CDrumWin.h"
-<<<<<<< HEAD
-#include "panels/plugins/CVSTWin.h"
-=======
 #include "panels/midiin/CMIDIInWin.h"
->>>>>>> 5820862 (Give MIDI inputs a window with a keyboard)
+#include "panels/plugins/CVSTWin.h"
 #include "panels/rack/CEffectWin.h"
 #include "panels/sampler/CSamplerWin.h"
 #include "plugins/CVST.h"
