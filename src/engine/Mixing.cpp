@@ -134,6 +134,15 @@ void mixStrip(CComp* c, COutputChannel* ch, int frames, int offset) {
 
 } // namespace
 
+void meterPart(COutputChannel* ch, int frames) {
+    if (ch->powerWanted && frames > 0) {
+        storePeak(highest(ch->bufL, frames, ch->peakL), ch->peakL, ch->holdL);
+        storePeak(highest(ch->bufR, frames, ch->peakR), ch->peakR, ch->holdR);
+        followPower(ch, frames, 0);
+    }
+    if (StripMeters* meters = ch->measured()) meters->loudness.process(ch->bufL, ch->bufR, frames);
+}
+
 void addStereo(CInputChannel* to, const float* left, const float* right, int frames,
                CableShare share) {
     if (share.none()) return;

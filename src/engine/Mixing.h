@@ -29,6 +29,9 @@ void addStereo(CInputChannel* to, const float* left, const float* right, int fra
 /// Adds what a cable brings in a block to its end, and meters the sum there. Graph holder.
 void addToOut(PlanArrival& cable, int frames, GraphScratch& scratch);
 
+/// Meters a part's channel, which no fader of its own follows, for those who want it. Graph holder.
+void meterPart(COutputChannel* ch, int frames);
+
 /// Whether no solo elsewhere silences the channel.
 bool heardInSolo(const COutputChannel* ch);
 /// Whether a strip of the component is heard: neither muted nor silenced by a solo elsewhere, as

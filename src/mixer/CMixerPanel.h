@@ -72,6 +72,7 @@ public:
     bool anySolo() const;
     void unSolo();
     void clearPeaks(const MixerStrip& strip);
+    void foldDrums(const MixerStrip& strip); ///< shows strips for its sounds, or no more
     void openEq(const MixerStrip& strip);
     bool openInsert(CComp* insert); ///< false where it has no window
     void addPreset(const MixerStrip& strip, const CStr& path, int index);

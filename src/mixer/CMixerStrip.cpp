@@ -9,6 +9,7 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Colours.h"
+#include "gui/Drawing.h"
 #include "gui/Fonts.h"
 #include "gui/Keys.h"
 #include "mixer/CMixerPanel.h"
@@ -25,8 +26,9 @@
 
 namespace {
 
+constexpr int foldWidth = 16, foldReach = 4; ///< of the sign that unfolds a kit
 constexpr int nameMargin = 4, switchGap = 3, stripeHeight = 3;
-constexpr double silentShare = 0.55, selectedShare = 0.12;
+constexpr double silentShare = 0.55, selectedShare = 0.12, drumShare = 0.3;
 
 void setPlace(CCtrl* ctrl, CRect at) {
     ctrl->visible = !at.empty();
@@ -135,9 +137,10 @@ void CMixerStrip::place(const MixerStrip& now, const StripPlan& plan, bool wide)
         switches[size_t(i)]->setBounds(at.switches.left + i * (wideSwitch + switchGap),
                                        at.switches.top, wideSwitch, at.switches.height());
     const bool records = of.ownsTrack() && of.track->kind == trackAudio;
-    const bool plays = of.comp->type != compSeq && of.comp->numProgs() > 0;
+    const bool plays = !of.drum && of.comp->type != compSeq && of.comp->numProgs() > 0;
     if (!records && !plays) source->visible = false;
-    if (of.section == StripSection::outputs) target->visible = false;
+    if (of.drum || of.section == StripSection::outputs) target->visible = false;
+    if (of.drum) load->visible = false; // it is that of the kit
     // An output has room for it where others have what they play and where they lead.
     const bool inRoute = of.section == StripSection::outputs && !at.source.empty();
     setPlace(loudness, inRoute ? at.source : at.loudness);
@@ -275,18 +278,26 @@ void CMixerStrip::paint(CGraphic* g, CRect rect) {
     g->fillLine(colours.frame, asRect(width - 1, 0, width, height));
     const StripLayout at(panel.state.plan, panel.state.isWide(of));
     const int own = shown.colour < 0 ? colours.raised : shown.colour;
-    const int plate = shown.heard ? own : fadeCol(own, ground, silentShare);
+    const int base = of.drum ? fadeCol(own, ground, drumShare) : own;
+    const int plate = shown.heard ? base : fadeCol(base, ground, silentShare);
     g->fillRect(plate, at.name);
     if (shown.selected) g->fillRect(colours.text, asRect(0, 0, at.name.right, stripeHeight));
     if (!field || !field->visible) {
         const TextScope bold(g, {.bold = true});
+        const int before = of.hasDrums() ? int(foldWidth) : nameMargin;
         const CRect box =
-            sizeRect(at.name, nameMargin, shown.selected ? stripeHeight : 0, -nameMargin, 0);
+            sizeRect(at.name, before, shown.selected ? stripeHeight : 0, -nameMargin, 0);
         const TextFace* face = textFace({.bold = true});
         const CStr text = face->shortened(shown.name, box.width());
         const bool roomy = face->textWidth(text) < box.width();
         g->drawText(shown.colour < 0 && shown.heard ? colours.text : textOn(plate), text, box,
                     roomy ? 0 : textLeft);
+    }
+    if (of.hasDrums()) {
+        const int x = foldWidth / 2 + 1, y = at.name.bottom / 2;
+        drawArrow(g, textOn(plate),
+                  asRect(x - foldReach, y - foldReach, x + foldReach, y + foldReach),
+                  drumsUnfolded(of) ? dirLeft : dirRight, foldReach);
     }
     if (hasKeyFocus()) g->frameRect(colours.accent, at.name);
     CGroup::paint(g, rect);
@@ -302,6 +313,7 @@ void CMixerStrip::mouseDown(int x, int y, int btn) {
     }
     if (!(btn & modLeft)) return;
     const StripLayout at(panel.state.plan, panel.state.isWide(of));
+    if (of.hasDrums() && at.name.contains(x, y) && x < foldWidth) return panel.foldDrums(of);
     if ((btn & modDouble) && at.name.contains(x, y)) return rename();
     panel.choose(*this, btn);
 }

@@ -16,6 +16,8 @@
 #include "ui/MenuTags.h"
 #include "ui/Workspace.h"
 
+#include <optional>
+
 namespace {
 
 constexpr const char* title = "Mixer";
@@ -64,6 +66,18 @@ void CMixerWin::bindOwn() {
         });
     own.bind(
         "unsolo", [this] { panel->unSolo(); }, [this] { return panel->anySolo(); });
+    const auto kit = [this]() -> std::optional<MixerStrip> {
+        for (const MixerStrip& s : panel->state.selection())
+            if (s.hasDrums()) return s;
+        return std::nullopt;
+    };
+    own.bind(
+        "drumstrips", [this, kit] { panel->foldDrums(*kit()); },
+        [kit] { return kit().has_value(); },
+        [kit] {
+            const auto strip = kit();
+            return strip && drumsUnfolded(*strip);
+        });
     own.bind("narrowstrips", [this] { panel->setWide(false); });
     own.bind("widestrips", [this] { panel->setWide(true); });
     own.bind("addgroup", [this] { workspace.host()->addGroupClicked(); });

@@ -191,14 +191,8 @@ void MixerBar::find() {
     part->selectAll();
 }
 
-CPopup* MixerBar::newPopup() {
-    auto* popup = new CPopup(win->app, win);
-    popup->autoDelete = true;
-    return popup;
-}
-
 void MixerBar::scenesClicked(CObject*) {
-    CPopup* popup = newPopup();
+    CPopup* popup = StripMenus::newPopup(this);
     panel.scenes.fill(popup);
     popup->popupBelow(scenes);
 }
@@ -209,7 +203,7 @@ void MixerBar::stateClicked(CObject* sender) {
 }
 
 void MixerBar::filterClicked(CObject*) {
-    CPopup* popup = newPopup();
+    CPopup* popup = StripMenus::newPopup(this);
     for (int i = 0; i < int(std::size(filterTexts)); i++) {
         CMenuItem* item =
             popup->add(filterTexts[i], new _COnChange<MixerBar>(this, &MixerBar::filterChosen));
@@ -257,7 +251,7 @@ void MixerBar::soloClicked(CObject*) {
 
 void MixerBar::programsClicked(CObject*) {
     CMixer& mixer = panel.state.mixer;
-    CPopup* popup = newPopup();
+    CPopup* popup = StripMenus::newPopup(this);
     for (int i = 0; i < mixer.progs.getCount(); i++) {
         CMenuItem* item = popup->add(mixer.getProgName(i),
                                      new _COnChange<MixerBar>(this, &MixerBar::progChanged));

@@ -33,7 +33,6 @@ private:
     CButton* addButton(Group& group, const char* name, const CStr& text, const CStr& hint,
                        int width, Clicked clicked);
     static int widthOf(const Group& group);
-    CPopup* newPopup();
 
     void paintChoice(CObject* sender, CGraphic* g, CRect rect);
     void sectionClicked(CObject* sender);

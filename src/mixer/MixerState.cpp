@@ -15,6 +15,11 @@ namespace {
 enum Section : int { sectionEq, sectionWidth };
 enum Choice : int { choiceNo = 1, choiceYes = 2 }; // 0 is kept for none at all
 
+/// It is selected along with its track; a single sound of a kit is not.
+bool goesWithTrack(const MixerStrip& strip) {
+    return strip.track && !strip.drum;
+}
+
 bool holds(const std::vector<MixerStrip>& strips, const COutputChannel* ch) {
     return std::ranges::any_of(strips, [ch](const MixerStrip& s) { return s.channel == ch; });
 }
@@ -36,8 +41,8 @@ void MixerState::tell(const CStr& text) const {
 // Selection.
 
 bool MixerState::selected(const MixerStrip& strip) const {
-    return strip.track ? strip.track->selected()
-                       : std::ranges::find(chosen, strip.channel) != chosen.end();
+    return goesWithTrack(strip) ? strip.track->selected()
+                                : std::ranges::find(chosen, strip.channel) != chosen.end();
 }
 
 std::vector<MixerStrip> MixerState::selection() const {
@@ -56,7 +61,7 @@ CSongTrack* MixerState::songTrackOf(const MixerStrip& strip) const {
 }
 
 void MixerState::select(const MixerStrip& strip, bool on) {
-    if (strip.track) {
+    if (goesWithTrack(strip)) {
         if (CSongTrack* t = songTrackOf(strip)) songOf(qv)->selectTrack(t, on);
         return;
     }

@@ -13,8 +13,10 @@
 #include "gui/CWin.h"
 #include "gui/Keys.h"
 #include "gui/Selections.h"
+#include "instruments/CDrumSound.h"
 #include "mixer/CMixerStrip.h"
 #include "mixer/InsertSlot.h"
+#include "mixer/StripLevels.h"
 #include "sequencer/edit/StripEdits.h"
 #include "sequencer/edit/TrackEdits.h"
 #include "sequencer/song/CSeq.h"
@@ -47,7 +49,9 @@ bool CMixerPanel::renameSelected() {
 
 void CMixerPanel::renameStrip(const MixerStrip& strip, const CStr& name) {
     CSeq* song = songOf(state.qv);
-    if (song && strip.named)
+    if (song && strip.drum)
+        renameObject(song, strip.drum, name);
+    else if (song && strip.named)
         renameObject(song, strip.track, name);
     else
         renameComp(strip.comp, name);
@@ -59,6 +63,7 @@ void CMixerPanel::deleteSelected() {
     std::vector<CTrack*> tracks;
     std::vector<CComp*> comps;
     for (const MixerStrip& s : state.selection()) {
+        if (s.drum) continue; // it goes from the kit
         if (s.ownsTrack())
             tracks.push_back(s.track);
         else if (s.comp->type != compSeq)
@@ -72,7 +77,7 @@ void CMixerPanel::deleteSelected() {
 void CMixerPanel::groupSelected() {
     std::vector<COutputChannel*> led;
     for (const MixerStrip& s : state.selection())
-        if (s.section == StripSection::tracks || s.section == StripSection::groups)
+        if (!s.drum && (s.section == StripSection::tracks || s.section == StripSection::groups))
             led.push_back(s.channel);
     if (led.empty()) return;
     groupStrips(state.qv, led);
@@ -99,7 +104,8 @@ void CMixerPanel::toggle(MixSwitch which, const MixerStrip& strip) {
 void CMixerPanel::toggleSafe(const MixerStrip& strip) {
     const double to = strip.channel->soloSafe ? 0.0 : 1.0;
     state.door()->begin();
-    for (const MixerStrip& s : state.together(strip)) state.door()->set(soloSafeOf(s.channel), to);
+    for (const MixerStrip& s : state.together(strip))
+        if (!s.drum) state.door()->set(soloSafeOf(s.channel), to);
     state.door()->end();
     refresh();
 }
@@ -109,15 +115,21 @@ void CMixerPanel::toggleSelected(MixSwitch which) {
     if (!selected.empty()) toggle(which, selected.front());
 }
 
+void CMixerPanel::foldDrums(const MixerStrip& strip) {
+    if (!strip.hasDrums()) return;
+    unfoldDrums(strip, !drumsUnfolded(strip));
+    follow();
+}
+
 bool CMixerPanel::anySolo() const {
     for (const MixerStrip& s : all)
-        if (s.channel->solo) return true;
+        if (stripSolo(s).get()[0] != 0.0) return true;
     return false;
 }
 
 void CMixerPanel::unSolo() {
     state.door()->begin("Un-solo all");
-    for (const MixerStrip& s : all) state.door()->set(soloOf(s.channel), 0.0);
+    for (const MixerStrip& s : all) state.door()->set(stripSolo(s), 0.0);
     state.door()->end();
 }
 

@@ -12,6 +12,7 @@
 #include "gui/Keys.h"
 #include "mixer/CMixerStrip.h"
 #include "mixer/MixerState.h"
+#include "mixer/StripLevels.h"
 #include "sequencer/edit/StripEdits.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/CTrack.h"
@@ -44,11 +45,11 @@ constexpr int arrowRoom = 12, arrowReach = 3, margin = 4;
 std::optional<StoredValue> switchOf(MixSwitch which, const MixerStrip& strip) {
     switch (which) {
     case MixSwitch::mute:
-        return muteOf(strip.channel);
+        return stripMute(strip);
     case MixSwitch::solo:
-        return soloOf(strip.channel);
+        return stripSolo(strip);
     default:
-        if (!strip.track || strip.track->kind == trackFolder) return std::nullopt;
+        if (!strip.track || strip.drum || strip.track->kind == trackFolder) return std::nullopt;
         return armOf(strip.track);
     }
 }

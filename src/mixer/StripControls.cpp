@@ -2,7 +2,6 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
-#include "engine/StripValues.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -12,6 +11,7 @@
 #include "gui/Keys.h"
 #include "mixer/CMixerStrip.h"
 #include "mixer/StripLayout.h"
+#include "mixer/StripLevels.h"
 #include "mixer/ValueBar.h"
 #include "ui/KnobFace.h"
 #include "ui/LevelText.h"
@@ -22,7 +22,6 @@
 
 namespace {
 
-enum StripParam { paramVolume, paramPan };
 constexpr int capHeight = StripLayout::capHeight, clipHeight = StripLayout::clipHeight;
 constexpr int slotWidth = 4, capWidth = 18;
 constexpr double hoverShare = 0.2, trackShare = 0.45;
@@ -67,10 +66,10 @@ StripValue::StripValue(CMixerStrip& strip, const char* name, Of of)
 // The fader.
 
 CVolFader::CVolFader(CMixerStrip& strip)
-    : StripValue(strip, "volume", [](const MixerStrip& s) { return faderOf(s.channel); }) {
+    : StripValue(strip, "volume", [](const MixerStrip& s) { return stripFader(s); }) {
     proportional = true;
     typedValue = faderOfDb;
-    text = [this] { return owner.strip().channel->paramText(paramVolume); };
+    text = [this] { return faderText(owner.strip()); };
     hint = "Volume: drag, with Shift finely, or type decibels; a double click gives 0 dB";
     onTold = [this](const CStr& now) {
         owner.clearPeaks();
@@ -110,13 +109,13 @@ void CVolFader::paint(CGraphic* g, CRect) {
 // The pan.
 
 CPanValue::CPanValue(CMixerStrip& strip)
-    : StripValue(strip, "pan", [](const MixerStrip& s) { return panOf(s.channel); }) {
+    : StripValue(strip, "pan", [](const MixerStrip& s) { return stripPan(s); }) {
     constexpr double steps = 64.0;
     least = -1.0;
     usual = 0.0;
     origin = 0.0;
     typedValue = [](double number) { return number / steps; };
-    text = [this] { return owner.strip().channel->paramText(paramPan); };
+    text = [this] { return panText(owner.strip()); };
     hint = "Pan: drag, with Shift finely, or type -64 to 64; a double click gives the middle";
 }
 
@@ -147,10 +146,10 @@ void CPanValue::paint(CGraphic* g, CRect) {
 // The figures.
 
 CDBLabel::CDBLabel(CMixerStrip& strip)
-    : StripValue(strip, "gain", [](const MixerStrip& s) { return faderOf(s.channel); }) {
+    : StripValue(strip, "gain", [](const MixerStrip& s) { return stripFader(s); }) {
     proportional = true;
     typedValue = faderOfDb;
-    text = [this] { return owner.strip().channel->paramText(paramVolume); };
+    text = [this] { return faderText(owner.strip()); };
     hint = "Volume in decibels: type it, or drag up and down";
 }
 

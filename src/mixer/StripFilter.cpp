@@ -1,6 +1,7 @@
 #include "mixer/StripFilter.h"
 
 #include "engine/CQV.h"
+#include "sequencer/song/CTrack.h"
 
 #include <algorithm>
 #include <set>
@@ -55,11 +56,13 @@ bool StripFilter::passes(CQV* host, const MixerStrip& strip) const {
             return false;
     }
     std::set<const COutputChannel*> seen;
+    // The sound of a kit goes as the kit does.
+    const COutputChannel* leads = strip.drum ? strip.track->output() : strip.channel;
     switch (how) {
     case sounding:
-        return sounds(strip.channel);
+        return sounds(leads);
     case routed:
-        return reaches(host, strip.channel, meant, seen);
+        return reaches(host, leads, meant, seen);
     case chosen:
         return has(meant, strip.channel);
     default:

@@ -33,7 +33,7 @@ int tagOf(CObject* sender) {
 
 } // namespace
 
-CPopup* StripMenus::newPopup(CCtrl* from) {
+CPopup* StripMenus::newPopup(const CCtrl* from) {
     auto* popup = new CPopup(from->win->app, from->win);
     popup->autoDelete = true;
     return popup;
@@ -74,7 +74,8 @@ void StripMenus::targetChosen(CObject* sender) {
     CQV* host = panel.state.qv;
     if (!stands() || (to && !host->comps.contains(to))) return;
     std::vector<COutputChannel*> led;
-    for (const MixerStrip& s : panel.state.together(strip)) led.push_back(s.channel);
+    for (const MixerStrip& s : panel.state.together(strip))
+        if (!s.drum) led.push_back(s.channel);
     setStripTargets(host, led, to);
 }
 
@@ -266,7 +267,7 @@ void StripMenus::fillStrips(CPopup* popup) {
     Workspace& space = panel.state.workspace;
     addActionItem(popup, space, "rename", "Rename...");
     addActionItems(popup, space, {"mixmute", "mixsolo", "solosafe", "unsolo"});
-    addActionItems(popup, space, {"narrowstrips", "widestrips"});
+    addActionItems(popup, space, {"narrowstrips", "widestrips", "drumstrips"});
     addActionItems(popup, space, {"addgroup", "addsend", "groupstrips"});
     addActionItems(popup, space, {"delete"});
     if (popup->items.empty()) popup->add("Empty", nullptr)->enabled = false;
@@ -275,8 +276,7 @@ void StripMenus::fillStrips(CPopup* popup) {
 void StripMenus::openAt(void (StripMenus::*fill)(CPopup*)) {
     CApp* app = panel.win->app;
     const CPoint at = app->menuPoint();
-    auto* popup = new CPopup(app, panel.win);
-    popup->autoDelete = true;
+    CPopup* popup = newPopup(&panel);
     (this->*fill)(popup);
     popup->popup(at.x, at.y, app->menuCtrl != nullptr);
 }

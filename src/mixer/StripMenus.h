@@ -24,8 +24,9 @@ public:
     /// At the pointer, or below what has the keys.
     void openAt(void (StripMenus::*fill)(CPopup*));
 
+    static CPopup* newPopup(const CCtrl* from); ///< frees itself
+
 private:
-    CPopup* newPopup(CCtrl* from);
     void fillInsert(CPopup* popup, CComp* insert);
     void fillKinds(CPopup* popup, void (StripMenus::*chosen)(CObject*));
     /// The plug-ins that a strip can run through; none is chosen once the strip has gone.

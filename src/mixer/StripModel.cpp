@@ -3,6 +3,8 @@
 #include "engine/CQV.h"
 #include "engine/Mixing.h"
 #include "gui/Colours.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CLayer.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/FolderSum.h"
 #include "ui/Song.h"
@@ -12,6 +14,9 @@
 #include <array>
 
 namespace {
+
+/// Place in `COutputChannel::sections`, and what stands there once somebody has chosen.
+constexpr int sectionDrums = 2, choiceNo = 1, choiceYes = 2;
 
 class Collector {
 public:
@@ -56,14 +61,20 @@ private:
         if (!song) return;
         int row = 0;
         for (auto* t : each<CTrack>(song->tracks)) {
-            for (auto* ch : each<COutputChannel>(t->outputs))
+            for (auto* ch : each<COutputChannel>(t->outputs)) {
                 add(ch, t, row, StripSection::tracks, true);
+                if (strips.back().channel == ch && drumsUnfolded(strips.back())) addDrums(t, row);
+            }
             if (t->kind == trackMIDI)
                 for (auto* c : each<CComp>(host->comps))
                     if (!isEdge(c) && fedBy(c, t->outPort()))
                         addAll(c, t, row, StripSection::tracks);
             row++;
         }
+    }
+    void addDrums(CTrack* t, int row) {
+        for (auto* sound : each<CDrumSound>(t->drumLayer()->sounds))
+            strips.push_back({sound->output.get(), t, t, row, StripSection::tracks, false, sound});
     }
     /// Those of folders in the order of the song.
     void addGroups() {
@@ -95,11 +106,24 @@ bool MixerStrip::ownsTrack() const {
     return track && track->outputs.contains(channel);
 }
 
+bool MixerStrip::hasDrums() const {
+    return ownsTrack() && track->kind == trackDrum && track->drumLayer();
+}
+
+bool drumsUnfolded(const MixerStrip& strip) {
+    return strip.hasDrums() && strip.channel->sections[sectionDrums] == choiceYes;
+}
+
+void unfoldDrums(const MixerStrip& strip, bool on) {
+    strip.channel->sections[sectionDrums] = on ? choiceYes : choiceNo;
+}
+
 std::vector<MixerStrip> listStrips(CQV* host) {
     return Collector(host).collect();
 }
 
 CStr nameOf(const MixerStrip& strip) {
+    if (strip.drum) return strip.drum->getId();
     if (strip.named) return strip.track->id;
     const CList& outputs = strip.comp->outputs;
     if (outputs.getCount() < 2) return strip.comp->id;
@@ -107,6 +131,7 @@ CStr nameOf(const MixerStrip& strip) {
 }
 
 CStr kindOf(const MixerStrip& strip) {
+    if (strip.drum) return "Sound of " + strip.track->id;
     switch (strip.section) {
     case StripSection::inputs:
         return "Audio input";
@@ -131,5 +156,7 @@ int colourOf(const MixerStrip& strip) {
 }
 
 bool isHeard(const MixerStrip& strip) {
+    if (strip.drum && strip.drum->layer->soundMuted(strip.drum)) return false;
+    if (strip.drum) return stripOpen(strip.comp, strip.track->output());
     return stripOpen(strip.comp, strip.channel);
 }

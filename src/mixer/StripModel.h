@@ -6,6 +6,7 @@
 
 class CComp;
 class COutputChannel;
+class CDrumSound;
 class CQV;
 class CTrack;
 
@@ -28,14 +29,20 @@ struct MixerStrip {
     int row;   ///< of the track in the song, -1 none
     StripSection section;
     bool named; ///< after the track: it is its own, or that of an instrument of this one alone
+    /// A single sound of the track's kit, whose level and switches it has; null for all others.
+    CDrumSound* drum = nullptr;
 
     bool operator==(const MixerStrip&) const = default;
     bool ownsTrack() const; ///< it is the track's own, no instrument's
+    bool hasDrums() const;  ///< it is that of a kit, whose sounds have strips as well
 };
 
 /// All strips of a project: the inputs, tracks with their instruments in the order of the song and
-/// then what no track plays, groups, send buses, outputs. Interface thread, as all below.
+/// then what no track plays, groups, send buses, outputs. Behind that of a kit come those of its
+/// sounds, where they are unfolded. Interface thread, as all below.
 std::vector<MixerStrip> listStrips(CQV* host);
+bool drumsUnfolded(const MixerStrip& strip);
+void unfoldDrums(const MixerStrip& strip, bool on);
 /// What the user has called it: the track, or the component, with a number if that has several.
 CStr nameOf(const MixerStrip& strip);
 /// What a tooltip tells beside the name: "Instrument of Bass".

@@ -226,6 +226,8 @@ void GraphPainter::paintMarks(CGraphic* g, int index) const {
     const TextScope small(g, {TextSize::small});
     const CRect room =
         asRect(x + levelWidth / 2 + 4, y - marksHeight / 2, x + marksReach, y + marksHeight / 2);
+    const int wide = textFace({TextSize::small})->textWidth(told);
+    g->fillRect(clComps.fillCol, sizeRect(room, -2, 2, wide - room.width() + 2, -2));
     g->drawText(palette.dimText, told, room, textLeft);
 }
 
@@ -283,8 +285,8 @@ void GraphPainter::paintFigure(CGraphic* g, const GraphModel::Box& box) const {
     if (figure.empty()) return;
     const TextScope small(g, {TextSize::small});
     const CRect area = scaled(box.area, shown.zoom);
-    const CRect plate =
-        asRect(area.right - figureWide, area.bottom + 1, area.right, area.bottom + 1 + tagHigh);
+    const CRect plate = asRect(area.right - figureWide, area.bottom + halo, area.right,
+                               area.bottom + halo + tagHigh);
     g->fillRect(clComps.fillCol, plate);
     g->drawText(palette.dimText, figure, plate, textRight);
 }

@@ -181,6 +181,7 @@ constexpr Row rows[] = {
     {"unsolo", "Un-solo all", groupMixer, 's', shift},
     {"narrowstrips", "Narrow strips", groupMixer, 'n'},
     {"widestrips", "Wide strips", groupMixer, 'w'},
+    {"drumstrips", "Strips of the kit's sounds", groupMixer, 'd'},
     {"addgroup", "Add Group", groupMixer, 'g', controlShift},
     {"addsend", "Add Send", groupMixer, 'e', controlShift},
     {"groupstrips", "Group selected strips", groupMixer, 'g', control},

@@ -214,7 +214,7 @@ TEST_F(ModularTest, DoubleClicksOpenWindows) {
     win->move(0, 0, 900, 640);
     win->runAction(win->getAction("modular"));
     refresh();
-    for (CComp* c : {host->getMIDIIn(), static_cast<CComp*>(seq())}) {
+    for (CComp* c : {host->getAudioOut(), static_cast<CComp*>(seq())}) {
         mouseTo(middleOf(c));
         act({"click", "--repeat", "2", "--delay", "20", "1"});
         refresh();
@@ -449,6 +449,7 @@ TEST_F(ModularTest, CablesAreMutedListenedToAndMetered) {
     key("Delete");
     EXPECT_TRUE(pumpUntil([&] { return speaker->listened.load() == nullptr; })) << "it is gone";
     EXPECT_EQ(view()->watched().meterCount(), 0u);
+    win->options().savePrompt.set(0);
     ASSERT_TRUE(load(kindFile, path.c_str()));
     int muted = 0;
     for (const auto& c : view()->graph().cables) muted += isMuted(c.cable);

@@ -370,6 +370,7 @@ void finishDrumStrips(CTrack* track, int frames) {
     if (track->kind != trackDrum || !out) return;
     for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds)) {
         sound->output->processFX(nullptr, frames);
+        meterPart(sound->output.get(), frames);
         sound->addStrip(out, frames);
     }
 }

@@ -100,6 +100,11 @@ void CTrack::idle() {
     fadeLights(inPorts);
     fadeLights(outPorts);
     arp->idle();
+    if (const CLayer* kit = kind == trackDrum ? drumLayer() : nullptr)
+        for (auto* sound : each<CDrumSound>(kit->sounds)) {
+            sound->output->idle();
+            sound->output->peakFadeout();
+        }
 }
 
 void CTrack::sleep(int on) {
