@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# Whether all files are as clang-format writes them, and what clang-tidy finds in the sources that
+# differ from a commit.
+set -eu
+cd "$(dirname "$0")/.."
+status=0
+git ls-files '*.cpp' '*.h' | xargs -n 50 clang-format --dry-run -Werror || status=1
+
+changed=$(git diff --name-only --diff-filter=d "$1" -- 'src/*.cpp' 'driver/*.cpp' 'tools/*.cpp')
+[ -n "$changed" ] || exit "$status"
+# The compiler's precompiled headers mean nothing to it.
+cmake -B build/style -G Ninja -DSONDRAVA_PRECOMPILED=OFF -DSONDRAVA_TESTS=OFF >/dev/null
+echo "$changed" | xargs -P "$(nproc)" -n 1 clang-tidy -p build/style --quiet --warnings-as-errors='*' \
+    2>/dev/null || status=1
+exit "$status"
