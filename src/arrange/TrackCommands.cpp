@@ -97,9 +97,9 @@ void TrackCommands::bindSwitches() {
     const auto ready = [this] { return anyTrack(); };
     const auto withSong = [this] { return state.seq() != nullptr; };
     using ValueOf = StoredValue (*)(CTrack*);
-    for (const auto& [name, valueOf] :
-         {std::pair<const char*, ValueOf>{"armtrack", armOf}, {"locktrack", lockedOf},
-          {"livetrack", liveOf}})
+    for (const auto& [name, valueOf] : {std::pair<const char*, ValueOf>{"armtrack", armOf},
+                                        {"locktrack", lockedOf},
+                                        {"livetrack", liveOf}})
         state.actions.bind(
             name, [this, of = valueOf] { toggle(of); }, ready,
             [this, of = valueOf] { return anyTrack() && all(of); });

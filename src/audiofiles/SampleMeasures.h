@@ -20,8 +20,8 @@ double decibels(float level);
 /// The frame nearest to one at which the mean of all channels comes to zero or crosses it, not more
 /// than `reach` frames away; `frame` itself where there is none.
 int zeroCrossing(const CSample& sample, int frame, int reach);
-/// The first such frame behind `frame`, or before it for a `way` of -1; `frame + way` where there is
-/// none within reach.
+/// The first such frame behind `frame`, or before it for a `way` of -1; `frame + way` where there
+/// is none within reach.
 int nextZeroCrossing(const CSample& sample, int frame, int way, int reach);
 
 /// The mean power spectrum of a stretch in `bands` bands of equal width from 0 to half the rate, in

@@ -117,9 +117,9 @@ public:
     StripMeters* measured() const { return measures.loadAcquire(); }
 
 private:
-    int rampFrames() const;   ///< 1 or more
+    int rampFrames() const;                 ///< 1 or more
     Shared<StripMeters*> measures{nullptr}; ///< owned
-    Shared<int> eqChanged{0}; ///< in a block: the time is still to be taken
+    Shared<int> eqChanged{0};               ///< in a block: the time is still to be taken
 
     void equalise(int frames);
     void runInsert(CComp* insert, COutputChannel*& src, CMIDIBytes* events, int frames);

@@ -28,11 +28,11 @@ public:
     CLayer* layer; ///< not owned
     Stored<unsigned char> mode{soundPoly};
     Stored<unsigned char> mute{0};
-    Stored<unsigned char> solo{0}; ///< counts on drum tracks only
-    unsigned char reserved = 0;    ///< a byte of the file that is kept as read
-    float cur[targetCount] = {};   ///< modulated values of the present slice; audio thread
+    Stored<unsigned char> solo{0};       ///< counts on drum tracks only
+    unsigned char reserved = 0;          ///< a byte of the file that is kept as read
+    float cur[targetCount] = {};         ///< modulated values of the present slice; audio thread
     Shared<float> curShown[targetCount]; ///< those of the voice that sounded last, for views
-    int voicesRendered = 0;        ///< of this pass of `CSampler::render`; audio thread
+    int voicesRendered = 0;              ///< of this pass of `CSampler::render`; audio thread
     Stored<int> colour{-1};
     Shared<float> peakL{0.0f}, peakR{0.0f}; ///< meters, falling in `afteridle`
     Shared<float> holdL{0.0f}, holdR{0.0f}; ///< highest peaks so far, of sample sounds only

@@ -48,8 +48,7 @@ private:
 
     CAAM* bridge;                                                         ///< null without one
     CDropdown *driver = nullptr, *device = nullptr, *deviceRec = nullptr; ///< null: no choice
-    CDropdown *frames = nullptr, *rate = nullptr, *bits = nullptr,
-              *helpers = nullptr;
+    CDropdown *frames = nullptr, *rate = nullptr, *bits = nullptr, *helpers = nullptr;
     CButton* applyButton = nullptr;
     CValue* latency = nullptr;
     CLabel* tempFolder = nullptr;

@@ -21,7 +21,8 @@ struct SettingPlace {
     /// The parameter that moves it; with `assign` one is made where there can be one.
     std::function<ParamRef(bool assign)> param = {};
     CComp* paramComp = nullptr; ///< has it, or may get one; null: there can be none
-    std::function<ModulatedValue()> modulation = {}; ///< how far it is moved by others; empty: not at all
+    std::function<ModulatedValue()> modulation =
+        {}; ///< how far it is moved by others; empty: not at all
 
     bool there() const { return !alive || alive(); }
 

@@ -50,8 +50,8 @@ TEST_F(CableMuteTest, FadesAndLeavesTheRestAlone) {
     EXPECT_EQ(restAt(1000), 0.25f);
 }
 
-/// Another cable elsewhere makes a new plan: what is muted stays silent, and comes back on time with
-/// what is later.
+/// Another cable elsewhere makes a new plan: what is muted stays silent, and comes back on time
+/// with what is later.
 TEST_F(CableMuteTest, OutlastsChangesOfTheGraph) {
     mute(cable, true);
     run(2);

@@ -124,7 +124,9 @@ const Case cases[] = {
 TEST(Transform, DoesWhatItsFormulaTells) {
     for (const Case& c : cases) {
         const std::unique_ptr<CPart> part = partOf(chordAndNote);
-        transformEvents(part.get(), c.kind, c.values, {240, 0, 127, [](int) { return Scale{9, scaleMinor}; }});
+        transformEvents(part.get(), c.kind, c.values, {240, 0, 127, [](int) {
+                                                           return Scale{9, scaleMinor};
+                                                       }});
         EXPECT_EQ(told(part.get()), c.becomes) << c.name;
     }
 }

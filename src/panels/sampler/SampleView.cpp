@@ -89,7 +89,9 @@ void SampleView::paintMark(CGraphic* g, int mark) const {
     const int x = asRound(xOf(shape.marks[size_t(mark)]));
     if (x < 0 || x >= width) return;
     const bool marked = mark == held || (hasKeyFocus() && mark == current);
-    const int colour = marked ? colours.text : mark == sampleLoop ? colours.meter[1] : colours.accent;
+    const int colour = marked               ? colours.text
+                       : mark == sampleLoop ? colours.meter[1]
+                                            : colours.accent;
     g->fillLine(colour, asRect(x, 0, x + 1, height));
     const int side = mark == sampleEnd ? x - flagWidth : x + 1;
     const int y = mark == sampleLoop ? height - flagHeight : 0;
