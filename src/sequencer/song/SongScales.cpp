@@ -2,6 +2,10 @@
 
 #include <limits>
 
+SongScales::SongScales() {
+    changes[0].tick = 0;
+}
+
 Scale SongScales::at(double tick) const {
     const Change& c = changes[indexAt(tick)];
     return {c.root, c.kind};

@@ -16,6 +16,8 @@ public:
     };
     Change changes[most]; ///< in no order, but for the first: it is that of tick 0
 
+    SongScales();
+
     Scale at(double tick) const;
     int indexAt(double tick) const;   ///< of the change in force
     int nextAfter(double tick) const; ///< the tick of the next change, or one behind all songs
