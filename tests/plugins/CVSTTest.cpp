@@ -208,6 +208,7 @@ TEST(CVST, ComesBackFromAProject) {
         EXPECT_EQ(back->id, "My own");
         EXPECT_EQ(back->chunkPath, "/banks/a.fxb");
         EXPECT_EQ(f.bytesOf(back.get()), saved) << name;
+        f.host->settle(); // what it asked for, before it goes
     }
 }
 
