@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Channel messages as bytes on a wire and as packed words, status in the low byte. Messages of
-/// the system (exclusive, clock, sensing) do not pass the module.
+/// Channel messages as bytes on a wire and as packed words, status in the low byte. System
+/// messages (exclusive, clock, sensing) do not pass the module.
 
 constexpr int maxMessageBytes = 3;
 

@@ -34,8 +34,7 @@ public:
     virtual int pos(); ///< `getPos` as an int
     virtual int64_t getPos() { return 0; }
     virtual int64_t getSize() { return size; }
-    /// Stores the number of bytes behind the 4-byte placeholder at `start` in it, and returns to
-    /// the end.
+    /// Stores in the 4 bytes at `start` how many bytes stand behind them, and returns to the end.
     virtual void writeBlockSize(int64_t start);
     virtual bool eof() { return getPos() >= size; }
 

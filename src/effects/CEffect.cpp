@@ -10,6 +10,7 @@
 #include "engine/Macros.h"
 #include "engine/ParamUnit.h"
 #include "engine/ProgramEdits.h"
+#include "engine/StripEvents.h"
 #include "engine/plan/GraphWorkers.h"
 #include "engine/plan/PlanBuilder.h"
 
@@ -115,16 +116,9 @@ void CEffect::process(int frames) {
     if (!guard.enter) return;
     mergeAudio(frames);
     mergeMIDI(frames);
-    int done = 0;
-    CMIDIQ* port = inPort();
-    for (const CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
-        if (!isMapped(e)) continue;
-        const int at = CMIDIQ::frameOf(e, done, frames);
-        if (at > done) subProcess(at - done, done);
-        done = at;
-        doMapping(e);
-    }
-    if (frames > done) subProcess(frames - done, done);
+    eachOwnEvent(
+        this, inPort(), frames, [this](int count, int offset) { subProcess(count, offset); },
+        [this](const CMIDIBytes* e) { doMapping(e); });
 }
 
 void CEffect::subProcess(int frames, int offset) {
@@ -178,10 +172,6 @@ bool CEffect::runChain(const CEffectProg& prog, int frames, int offset) {
 }
 
 // Parameters.
-
-bool CEffect::isMapped(const CMIDIBytes* event) const {
-    return event->kind == eventParam && event->owner == static_cast<const void*>(this);
-}
 
 void CEffect::doMapping(const CMIDIBytes* event) {
     if (event->param == paramPower) enable(asRound(double(event->value)) > 0);

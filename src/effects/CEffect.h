@@ -57,7 +57,6 @@ public:
     /// Runs the chain over `frames` frames from `offset` on. Graph holder.
     void subProcess(int frames, int offset);
     /// Whether a parameter event is for this rack.
-    bool isMapped(const CMIDIBytes* event) const;
     void doMapping(const CMIDIBytes* event);
 
     /// A program named after the one effect in it, by a step that makes it current, or, without

@@ -11,20 +11,36 @@ struct StripTarget {
 
 StripTarget stripTarget(const CComp* c, const void* owner);
 
-/// Goes through the parameter events of the strips of `c` in a block, from `first` on: calls
-/// `piece(frames, offset)` for each piece that they cut it into, and at each cut
-/// `move(target, event)`. Graph holder.
-template <class Piece, class Move>
-void eachStripEvent(CComp* c, const CMIDIBytes* first, int frames, Piece&& piece, Move&& move) {
+/// Goes through the parameter events of a block from `first` on that are `wanted(event)`: calls
+/// `piece(frames, offset)` for each piece that they cut it into, and at each cut `move(event)`.
+/// Graph holder.
+template <class Wanted, class Piece, class Move>
+void eachParamEvent(const CMIDIBytes* first, int frames, Wanted&& wanted, Piece&& piece,
+                    Move&& move) {
     int last = 0;
     for (const CMIDIBytes* e = first; e; e = e->next) {
-        if (e->kind != eventParam) continue;
-        const StripTarget target = stripTarget(c, e->owner);
-        if (!target) continue;
+        if (e->kind != eventParam || !wanted(e)) continue;
         const int at = CMIDIQ::frameOf(e, last, frames);
         if (at > last) piece(at - last, last);
         last = at;
-        move(target, e);
+        move(e);
     }
     if (frames > last) piece(frames - last, last);
+}
+
+/// The same for those of the strips of `c`, with `move(target, event)`.
+template <class Piece, class Move>
+void eachStripEvent(CComp* c, const CMIDIBytes* first, int frames, Piece&& piece, Move&& move) {
+    StripTarget target;
+    eachParamEvent(
+        first, frames, [&](const CMIDIBytes* e) { return bool(target = stripTarget(c, e->owner)); },
+        piece, [&](const CMIDIBytes* e) { move(target, e); });
+}
+
+/// The same for those of `c` itself that come in at `port`, which may be null.
+template <class Piece, class Move>
+void eachOwnEvent(const CComp* c, CMIDIQ* port, int frames, Piece&& piece, Move&& move) {
+    eachParamEvent(
+        port ? port->first() : nullptr, frames,
+        [c](const CMIDIBytes* e) { return e->owner == static_cast<const void*>(c); }, piece, move);
 }

@@ -204,7 +204,9 @@ void CApp::handleEvent(const XEvent& raw) {
         return;
     }
     const HandlerScope scope(this);
-    if (touch && touch->handle(raw)) return;
+    if ((raw.type >= KeyPress && raw.type <= MotionNotify) || raw.type == ConfigureNotify)
+        frames.ask();
+    if (touch && touch->handle(raw)) return frames.ask();
     CWin* win = windowOf(raw.xany.window);
     if (!win) {
         strangersEvent(raw);

@@ -145,11 +145,6 @@ bool AnswerList::pressPart(int part) {
     return blame != nullptr;
 }
 
-void AnswerList::setFocus(bool on) {
-    CCtrl::setFocus(on);
-    redraw();
-}
-
 int AnswerList::focusedPart() const {
     return accessParts() > 0 ? chosen : wholeCtrl;
 }

@@ -20,7 +20,6 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override;
-    void setFocus(bool on) override;
     void describe(Description& d, int part) const override;
     int accessParts() const override { return int(answer.causes.size()); }
     int focusedPart() const override;

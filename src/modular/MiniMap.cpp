@@ -107,11 +107,6 @@ bool MiniMap::keyDown(int key, int mods) {
     return true;
 }
 
-void MiniMap::setFocus(bool on) {
-    CCtrl::setFocus(on);
-    redraw();
-}
-
 void MiniMap::describe(Description& d, int) const {
     d.role = Role::picture;
 }

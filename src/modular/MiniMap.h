@@ -16,7 +16,6 @@ public:
     void mouseDown(int x, int y, int btn) override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool keyDown(int key, int mods) override;
-    void setFocus(bool on) override;
     void describe(Description& d, int part) const override;
 
 private:

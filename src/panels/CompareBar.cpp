@@ -64,10 +64,6 @@ public:
         refresh();
         return true;
     }
-    void setFocus(bool on) override {
-        CCtrl::setFocus(on);
-        redraw();
-    }
     void describe(Description& d, int) const override {
         d.role = Role::slider;
         d.text = (asStr(asRound(shown * percent)) + " %").asChar();

@@ -13,6 +13,7 @@
 #include "plugins/vst2/Vst2Plugin.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -117,12 +118,12 @@ void CVST::write(CStream* stream) {
     text("filename", fileName);
     text("chunkpath", chunkPath);
     if (Plugin* p = loaded()) {
-        const OpenBlock block(stream, "chunk2");
-        writeBank(stream, *p, bank, WordOrder::file);
-    }
-    if (Plugin* p = loaded()) {
-        const OpenBlock block(stream, "chunk");
-        writeBank(stream, *p, bank, WordOrder::block);
+        const Plugin::Bytes chunk = presentBank(*p, bank);
+        for (const auto& [block, order] :
+             {std::pair{"chunk2", WordOrder::file}, std::pair{"chunk", WordOrder::block}}) {
+            const OpenBlock open(stream, block);
+            writeBank(stream, *p, bank, chunk, order);
+        }
     }
     writeIntBlock(stream, "mch", mch);
     writeIntBlock(stream, "prog", pendingProg >= 0 ? int(pendingProg) : getProg());
@@ -191,7 +192,8 @@ void CVST::readState(CStream& body, WordOrder order, const char* block) {
 PluginState::Bytes CVST::present() {
     CMemoryStream stream;
     stream.writeInt(getProg());
-    writeBank(&stream, *loaded(), bank, WordOrder::file);
+    const Plugin::Bytes chunk = presentBank(*loaded(), bank);
+    writeBank(&stream, *loaded(), bank, chunk, WordOrder::file);
     return {stream.data, stream.data + stream.getPos()};
 }
 
@@ -268,8 +270,10 @@ bool CVST::writeFile(const CStr& path, F&& writer) {
 }
 
 bool CVST::saveBank(const CStr& path) {
-    return writeFile(
-        path, [this](CStream& stream, Plugin& p) { writeBank(&stream, p, bank, WordOrder::file); });
+    return writeFile(path, [this](CStream& stream, Plugin& p) {
+        const Plugin::Bytes chunk = presentBank(p, bank);
+        writeBank(&stream, p, bank, chunk, WordOrder::file);
+    });
 }
 
 bool CVST::saveProgram(const CStr& path) {

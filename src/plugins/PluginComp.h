@@ -129,7 +129,6 @@ private:
     bool runPlugin(int frames, int offset);
     void passThrough(int frames, int offset) const;
     void addNotes(int frames, int offset);
-    bool isMapped(const CMIDIBytes* event) const;
     void doMapping(const CMIDIBytes* event);
 
     std::unique_ptr<Plugin> plugin; ///< replaced under the claim

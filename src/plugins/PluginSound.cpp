@@ -3,6 +3,7 @@
 #include "engine/CFreezeItem.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
+#include "engine/StripEvents.h"
 #include "plugins/PluginComp.h"
 
 #include <algorithm>
@@ -90,16 +91,9 @@ void PluginComp::doze(int frames) {
 }
 
 void PluginComp::renderPieces(int frames) {
-    int done = 0;
-    CMIDIQ* port = inPort();
-    for (const CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
-        if (!isMapped(e)) continue;
-        const int at = CMIDIQ::frameOf(e, done, frames);
-        if (at > done) subProcess(at - done, done);
-        done = at;
-        doMapping(e);
-    }
-    if (frames > done) subProcess(frames - done, done);
+    eachOwnEvent(
+        this, inPort(), frames, [this](int count, int offset) { subProcess(count, offset); },
+        [this](const CMIDIBytes* e) { doMapping(e); });
 }
 
 void PluginComp::subProcess(int frames, int offset) {
@@ -142,10 +136,6 @@ void PluginComp::addNotes(int frames, int offset) {
         if (!ours || at < 0 || at >= frames) continue;
         if (heard == -1 || heard == chByte(e->data)) plugin->addMidi(at, e->data);
     }
-}
-
-bool PluginComp::isMapped(const CMIDIBytes* event) const {
-    return event->kind == eventParam && event->owner == static_cast<const void*>(this);
 }
 
 void PluginComp::doMapping(const CMIDIBytes* event) {

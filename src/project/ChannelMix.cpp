@@ -27,7 +27,7 @@ enum Controller : int {
     ccRegisteredHigh = 101,
 };
 
-// Where a file tells nothing, by the General MIDI specification.
+// Where a file tells nothing, as General MIDI has it.
 constexpr int usualVolume = 100, usualReverb = 40;
 constexpr float most = 127.0f;
 

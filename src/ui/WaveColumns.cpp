@@ -2,6 +2,7 @@
 
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
+#include "gui/CGraphic.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,6 +13,12 @@ constexpr int mostFrames = 1 << 20; ///< that are read for a picture
 constexpr double leastForPower = 8; ///< frames of a column
 
 } // namespace
+
+void paintColumn(CGraphic* g, int colour, const WaveColumn& column, int x, int middle, int high) {
+    const int upper = middle - asRound(double(column.high) * high);
+    const int lower = middle - asRound(double(column.low) * high);
+    g->fillLine(colour, asRect(x, upper, x + 1, std::max(upper + 1, lower)));
+}
 
 WaveColumns::WaveColumns(const CSample* of, double from, double to, double perColumn)
     : sample(of), width(perColumn) {

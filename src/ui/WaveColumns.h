@@ -2,6 +2,7 @@
 
 #include <vector>
 
+class CGraphic;
 class CSample;
 
 /// What a column of a waveform's picture shows.
@@ -9,6 +10,9 @@ struct WaveColumn {
     float low = 0.0f, high = 0.0f;
     float rms = 0.0f; ///< 0 where there are too few frames for it
 };
+
+/// One pixel wide at `x`, with full level `high` pixels above `middle`; at least a point.
+void paintColumn(CGraphic* g, int colour, const WaveColumn& column, int x, int middle, int high);
 
 /// The columns of a stretch of a sample's picture: from the image of its peaks, or where a column
 /// has fewer frames than an entry of that, from the frames themselves, with a line between them

@@ -301,6 +301,37 @@ TEST(FrameClock, SixtyFramesASecond) {
     }
 }
 
+/// What the user does is shown at once behind a frame that moved by itself, and there are sixty a
+/// second all the same.
+TEST(FrameClock, AnswersBeforeItMoves) {
+    using namespace std::chrono_literals;
+    const FrameClock::Time start = FrameClock::Time() + 100s;
+    for (const auto between : {3000us, 17000us, 26000us, 41000us}) {
+        FrameClock clock;
+        int frames = 0;
+        auto event = start, since = start;
+        bool asked = false;
+        std::chrono::microseconds longest{0};
+        for (auto at = start; at < start + 10s; at += 100us) {
+            if (at >= event) {
+                clock.ask();
+                if (!asked) since = at;
+                asked = true;
+                event += between;
+            }
+            if (!clock.due(at)) continue;
+            if (asked && between > FrameClock::period)
+                longest = std::max(
+                    longest, std::chrono::duration_cast<std::chrono::microseconds>(at - since));
+            asked = false;
+            clock.made(at);
+            frames++;
+        }
+        EXPECT_LE(frames, 602) << between.count();
+        EXPECT_LT(longest, FrameClock::period / 2) << between.count();
+    }
+}
+
 /// Between frames only the last motion counts, and what the user did before a press comes before
 /// it.
 TEST_F(CanvasTest, MotionsComeOncePerFrame) {

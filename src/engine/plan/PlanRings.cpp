@@ -140,7 +140,6 @@ void PlanBuilder::findRings() {
         if (const auto known = numbers.find(from); known != numbers.end())
             sources[to].push_back(known->second);
     };
-    bool anySound = false;
     for (size_t i = 0; i < all.size(); ++i) {
         for (const auto* cable : contents<CAudioCable>(all[i]->audioCables))
             lead(i, cable->fromComp);
@@ -150,7 +149,7 @@ void PlanBuilder::findRings() {
         std::vector<CComp*>& ring = rings.emplace_back();
         for (const size_t i : circle) ring.push_back(all[i]);
         // Messages do not go round: a cable that would close such a loop brings nothing.
-        anySound = std::ranges::any_of(ring, [&](CComp* c) {
+        const bool anySound = std::ranges::any_of(ring, [&](CComp* c) {
             return std::ranges::any_of(
                 contents<CAudioCable>(c->audioCables), [&](const CAudioCable* cable) {
                     return std::ranges::find(ring, cable->fromComp) != ring.end();

@@ -91,13 +91,9 @@ void DrumPads::paintWave(CGraphic* g, const Pad& pad, const CRect& at) const {
     const double perColumn = double(pad.clip->frames) / at.width();
     const WaveColumns columns(pad.clip, 0.0, double(pad.clip->frames), perColumn);
     const int middle = (at.top + at.bottom) / 2, high = at.height() / 2;
-    for (int x = at.left; x < at.right; x++) {
-        const WaveColumn c = columns.at((x - at.left) * perColumn);
-        const int upper = middle - asRound(double(c.high) * high);
-        const int lower = middle - asRound(double(c.low) * high);
-        g->fillLine(pad.muted ? colours.dimText : colours.accent,
-                    asRect(x, upper, x + 1, std::max(upper + 1, lower)));
-    }
+    const int colour = pad.muted ? colours.dimText : colours.accent;
+    for (int x = at.left; x < at.right; x++)
+        paintColumn(g, colour, columns.at((x - at.left) * perColumn), x, middle, high);
 }
 
 void DrumPads::paintPad(CGraphic* g, int index) const {
@@ -163,11 +159,6 @@ bool DrumPads::keyDown(int key, int mods) {
     if (by == 0) return false;
     choose(asMinMax(chosen + by, 0, int(pads.size()) - 1));
     return true;
-}
-
-void DrumPads::setFocus(bool on) {
-    CCtrl::setFocus(on);
-    redraw();
 }
 
 int DrumPads::accessParts() const {

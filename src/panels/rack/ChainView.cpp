@@ -162,11 +162,6 @@ bool ChainView::keyDown(int key, int mods) {
     return true;
 }
 
-void ChainView::setFocus(bool on) {
-    CCtrl::setFocus(on);
-    redraw();
-}
-
 int ChainView::accessParts() const {
     return int(boxes.size());
 }

@@ -24,7 +24,6 @@ public:
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override;
-    void setFocus(bool on) override;
     void describe(Description& d, int part) const override;
     int accessParts() const override;
     int focusedPart() const override { return current; }

@@ -158,11 +158,6 @@ void EnvelopeView::mouseOver(bool enter, int x, int y) {
     redraw();
 }
 
-void EnvelopeView::setFocus(bool on) {
-    CCtrl::setFocus(on);
-    redraw();
-}
-
 bool EnvelopeView::keyDown(int key, int mods) {
     if (CCtrl::keyDown(key, mods)) return true;
     if (mods || !there()) return false;

@@ -30,7 +30,6 @@ public:
     void mouseMove(int x, int y, int btn) override;
     void mouseOver(bool enter, int x, int y) override;
     bool keyDown(int key, int mods) override;
-    void setFocus(bool on) override;
     void describe(Description& d, int part) const override;
 
 private:

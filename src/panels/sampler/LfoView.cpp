@@ -189,11 +189,6 @@ bool LfoView::keyDown(int key, int mods) {
     return true;
 }
 
-void LfoView::setFocus(bool on) {
-    CCtrl::setFocus(on);
-    redraw();
-}
-
 void LfoView::describe(Description& d, int) const {
     d.role = Role::picture;
     d.name = "Low oscillator";

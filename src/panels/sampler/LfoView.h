@@ -26,7 +26,6 @@ public:
     void mouseDown(int x, int y, int btn) override;
     void mouseMove(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override;
-    void setFocus(bool on) override;
     void describe(Description& d, int part) const override;
     bool refresh(); ///< takes the present values; whether that shows
 

@@ -64,9 +64,10 @@ ProgramList::~ProgramList() {
 
 void ProgramList::readEntries() {
     std::vector<CStr> all(std::begin(everything), std::end(everything));
+    CIniFile settings(inifile);
     for (int i = 0; i < factoryCount; i++) {
         const Entry entry{factoryName(i), factoryFamily(i), factoryWords(i),
-                          iniReadInt(section, factoryName(i), 0) != 0};
+                          settings.readInteger(section, factoryName(i), 0) != 0};
         if (std::ranges::find(all, entry.family) == all.end()) all.push_back(entry.family);
         entries.push_back(entry);
     }

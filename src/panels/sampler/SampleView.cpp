@@ -75,12 +75,8 @@ void SampleView::paintWave(CGraphic* g) const {
     for (int x = std::max(pad, asked.left); x < std::min(width - pad, asked.right); x++) {
         const double frame = frameAt(x);
         if (frame < 0.0 || frame >= shape.frames) continue;
-        const WaveColumn column = columns.at(frame);
         const bool played = frame >= shape.marks[sampleStart] && frame <= shape.marks[sampleEnd];
-        const int upper = middle - asRound(double(column.high) * high);
-        const int lower = middle - asRound(double(column.low) * high);
-        g->fillLine(played ? colours.accent : dim,
-                    asRect(x, upper, x + 1, std::max(upper + 1, lower)));
+        paintColumn(g, played ? colours.accent : dim, columns.at(frame), x, middle, high);
     }
 }
 
@@ -200,11 +196,6 @@ bool SampleView::keyDown(int key, int mods) {
                  : mods & modShift ? now + way
                                    : nextFrame(now, way));
     return true;
-}
-
-void SampleView::setFocus(bool on) {
-    CCtrl::setFocus(on);
-    redraw();
 }
 
 void SampleView::dragBegin(const DragPoint&) {

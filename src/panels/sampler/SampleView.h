@@ -32,7 +32,6 @@ public:
     void mouseMove(int x, int y, int btn) override;
     bool mouseWheel(int x, int y, int btn, int dy, int dx) override;
     bool keyDown(int key, int mods) override;
-    void setFocus(bool on) override;
     void describe(Description& d, int part) const override;
     bool refresh(); ///< takes the present places; whether that shows
     /// Where a line may go that is wanted at a frame.

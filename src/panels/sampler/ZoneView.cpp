@@ -168,11 +168,6 @@ void ZoneView::setEnd(const Bar& bar, bool lower, int key) {
     refresh();
 }
 
-void ZoneView::setFocus(bool on) {
-    CCtrl::setFocus(on);
-    redraw();
-}
-
 bool ZoneView::keyDown(int key, int mods) {
     if (CCtrl::keyDown(key, mods)) return true;
     const auto chosen = std::ranges::find_if(bars, &Bar::chosen);

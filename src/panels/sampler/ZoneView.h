@@ -27,7 +27,6 @@ public:
     void mouseMove(int x, int y, int btn) override;
     void mouseUp(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override;
-    void setFocus(bool on) override;
     void describe(Description& d, int part) const override;
 
 private:

@@ -40,8 +40,7 @@ public:
              {container, fileByteSize, kind, version, int(plugin.uniqueId()), version, count})
             put(word);
     }
-    void putChunk(Plugin& plugin, bool whole) {
-        const Plugin::Bytes bytes = plugin.chunk(whole);
+    void putChunk(const Plugin::Bytes& bytes) {
         put(int(bytes.size()));
         stream->write(bytes.data(), int(bytes.size()));
     }
@@ -150,14 +149,19 @@ void ProgramBank::play(Plugin& plugin, int index) const {
         tell(plugin, programs[size_t(index)]);
 }
 
-void writeBank(CStream* stream, Plugin& plugin, ProgramBank& bank, WordOrder order) {
+Plugin::Bytes presentBank(Plugin& plugin, ProgramBank& bank) {
+    bank.takeCurrent(plugin);
+    return plugin.hasChunks() ? plugin.chunk(true) : Plugin::Bytes();
+}
+
+void writeBank(CStream* stream, Plugin& plugin, const ProgramBank& bank, const Plugin::Bytes& chunk,
+               WordOrder order) {
     Words words(stream, order);
     const bool chunks = plugin.hasChunks();
-    bank.takeCurrent(plugin);
     words.putHead(chunks ? chunkBank : plainBank, plugin,
                   chunks ? plugin.numPrograms() : int(bank.programs.size()));
     words.putZeros(reservedWords);
-    if (chunks) return words.putChunk(plugin, true);
+    if (chunks) return words.putChunk(chunk);
     for (const auto& program : bank.programs) putProgram(words, plugin, program);
 }
 
@@ -166,7 +170,7 @@ void writeProgram(CStream* stream, Plugin& plugin) {
     if (!plugin.hasChunks()) return putProgram(words, plugin, currentProgram(plugin));
     words.putHead(chunkProgram, plugin, plugin.numParams());
     words.putZeros(nameWords);
-    words.putChunk(plugin, false);
+    words.putChunk(plugin.chunk(false));
 }
 
 BankResult readBank(CStream* stream, Plugin& plugin, ProgramBank& bank, WordOrder order,

@@ -1,11 +1,10 @@
 #pragma once
 
-#include "base/CStr.h"
+#include "plugins/Plugin.h"
 
 #include <vector>
 
 class CStream;
-class Plugin;
 
 /// What the programs of a plug-in without chunks hold. Its own walk through them would be heard, so
 /// it is made once, before it runs. Interface thread.
@@ -34,7 +33,12 @@ enum class BankResult {
 // read is checked against the bytes there are, and against what the plug-in has, before the plug-in
 // is told. Interface thread; for reading, with the plug-in claimed.
 
-void writeBank(CStream* stream, Plugin& plugin, ProgramBank& bank, WordOrder order);
+/// The whole state of a plug-in that has chunks, asked of it; for another one `bank` takes what it
+/// plays.
+Plugin::Bytes presentBank(Plugin& plugin, ProgramBank& bank);
+/// A bank as a plug-in has it at present, in one order or in both.
+void writeBank(CStream* stream, Plugin& plugin, const ProgramBank& bank, const Plugin::Bytes& chunk,
+               WordOrder order);
 void writeProgram(CStream* stream, Plugin& plugin);
 /// `size` becomes that of a chunk, as far as it was read; `bank` what the plug-in has then.
 BankResult readBank(CStream* stream, Plugin& plugin, ProgramBank& bank, WordOrder order, int& size);

@@ -34,10 +34,6 @@ Effect* makeEffect(Entry entry) {
     }
 }
 
-} // namespace
-
-namespace {
-
 /// Where the libraries lie in memory that have been loaded, each by the address of its beginning.
 std::set<const void*>& libraries() {
     static std::set<const void*> loaded;
@@ -295,7 +291,8 @@ bool Vst2Plugin::process(float** in, float** out, int frames) {
 
 intptr_t Vst2Plugin::answer(Effect* effect, int32_t opcode, int32_t index, intptr_t value,
                             void* data, float number) {
-    static constexpr const char *vendor = "Sondrava", *product = "Sondrava";
+    static constexpr char name[] = "Sondrava";
+    static_assert(sizeof name <= 64, "the room that the interface grants for vendor and product");
     static constexpr const char* deeds[] = {"sizeWindow", "sendVstMidiEvent", "receiveVstMidiEvent",
                                             "sendVstTimeInfo", "acceptIOChanges"};
     constexpr intptr_t interfaceVersion = 2300, ownVersion = 2000;
@@ -304,8 +301,7 @@ intptr_t Vst2Plugin::answer(Effect* effect, int32_t opcode, int32_t index, intpt
         return interfaceVersion;
     case hostGetVendorString:
     case hostGetProductString:
-        if (data)
-            std::strcpy(static_cast<char*>(data), opcode == hostGetVendorString ? vendor : product);
+        if (data) std::memcpy(data, name, sizeof name);
         return 1;
     case hostGetVendorVersion:
         return ownVersion;
