@@ -16,6 +16,17 @@ void futexWake(Shared<int>& word, int count) {
     syscall(SYS_futex, word.address(), FUTEX_WAKE_PRIVATE, count);
 }
 
+void sharedFutexWait(Shared<int>& word, int value, int64_t ns) {
+    constexpr int64_t nsInSecond = 1000000000;
+    if (ns <= 0) return;
+    const timespec most{ns / nsInSecond, ns % nsInSecond};
+    syscall(SYS_futex, word.address(), FUTEX_WAIT, value, &most);
+}
+
+void sharedFutexWake(Shared<int>& word, int count) {
+    syscall(SYS_futex, word.address(), FUTEX_WAKE, count);
+}
+
 void spinPause() {
 #if defined(__x86_64__) || defined(__i386__)
     __builtin_ia32_pause();

@@ -10,7 +10,6 @@
 #include "engine/CUndo.h"
 #include "plugins/PluginHooks.h"
 #include "plugins/PluginPlaces.h"
-#include "plugins/vst2/Vst2Plugin.h"
 
 #include <algorithm>
 #include <utility>
@@ -55,7 +54,7 @@ bool CVST::find() {
 bool CVST::load(const CStr& path) {
     folder = extractFilePath(path);
     CStr why;
-    std::unique_ptr<Plugin> made = Vst2Plugin::load(path, asHost(), why);
+    std::unique_ptr<Plugin> made = pluginHooks()->load(path, asHost(), why);
     if (!made) {
         showStr(path + ": " + why);
         return false;

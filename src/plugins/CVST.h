@@ -40,6 +40,8 @@ public:
 protected:
     void readPrograms(Plugin& made) override { bank.takeAll(made); }
     void leavesProgram(Plugin& left) override { bank.takeCurrent(left); }
+    void keepState() override { lost = present(); }
+    void giveState() override { restore(lost); }
 
 private:
     PluginState::Bytes present();
@@ -57,6 +59,7 @@ private:
     ProgramBank bank;
     PluginState state;               ///< of the plug-in, as far as a step has to do with it
     Shared<bool> stateAsked{false};  ///< the plug-in does not have it yet
+    PluginState::Bytes lost;         ///< state of a plug-in that has failed
     std::vector<unsigned char> kept; ///< the content of a project, while the plug-in is missing
 };
 

@@ -4,6 +4,7 @@
 #include "base/Geometry.h"
 
 #include <cstdint>
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -33,6 +34,8 @@ public:
     virtual CStr libraryFolder() const = 0;
     /// The plug-in has moved a parameter by itself, or its user has.
     virtual void parameterMoved(int index, float share) = 0;
+    /// It has by itself, as told on a thread that may not act on it.
+    virtual void parameterDrifted(int index, float share) = 0;
     virtual void gestureBegins(int index) = 0;
     virtual void gestureEnds(int index) = 0;
     /// A message from inside `process`; those from elsewhere are dropped.
@@ -41,6 +44,14 @@ public:
     virtual void idleEditor() = 0;
     virtual void channelsChanged() = 0; ///< their number, or the latency
     virtual void displayChanged() = 0;  ///< names, programs, values
+
+    // Of one that runs elsewhere.
+    virtual unsigned blockNumber() const = 0; ///< changes with every block
+    /// Calls it while no block is in the plug-in.
+    virtual void betweenBlocks(const std::function<void()>& change) = 0;
+    virtual void pluginLost() = 0;     ///< what it is asked is answered by what was heard last
+    virtual void pluginReturns() = 0;  ///< the last time that it is
+    virtual void pluginReturned() = 0; ///< anew, and has to be told all
 
 protected:
     ~PluginHost() = default;
@@ -103,4 +114,12 @@ public:
     virtual void closeEditor() = 0;
     virtual void idleEditor() = 0;
     virtual void idle() = 0;
+
+    // Of one that runs in another process.
+    /// It was not there for the latest `process`, or not in time. Whoever renders.
+    virtual bool missedBlock() const { return false; }
+    virtual bool isolated() const { return false; }
+    virtual bool failed() const { return false; } ///< that process has ended: it plays nothing
+    virtual CStr whyFailed() const { return ""; }
+    virtual void restart() {} ///< after it has failed: loads it anew
 };

@@ -33,6 +33,10 @@ void PluginComp::parameterMoved(int index, float share) {
         values.leave(index, share);
 }
 
+void PluginComp::parameterDrifted(int index, float share) {
+    if (!quiet) values.leave(index, fLimit(share, 0.0f, 1.0f));
+}
+
 /// Moves that follow each other without a gesture of the plug-in's own are one step, as turns of a
 /// wheel.
 void PluginComp::tellMoved(int index, float share) {
@@ -77,6 +81,29 @@ void PluginComp::idleEditor() {
         editorIdleAsked = true;
     else if (editorOpen)
         plugin->idleEditor();
+}
+
+// Of a plug-in that runs in another process.
+
+unsigned PluginComp::blockNumber() const {
+    return host->blocks;
+}
+
+void PluginComp::betweenBlocks(const std::function<void()>& change) {
+    const PluginHold hold(claim);
+    change();
+}
+
+void PluginComp::pluginReturned() {
+    {
+        const PluginHold hold(claim);
+        plugin->setRate(sampleRate());
+        plugin->setBlock(blockFrames());
+    }
+    giveState();
+    const PluginHold hold(claim);
+    if (running) plugin->setRunning(true);
+    notices.raise(CompNotice::program);
 }
 
 /// What has come since from threads that may not act on it themselves.

@@ -30,6 +30,7 @@ public:
 
     bool opened() const { return plugin != nullptr; }
     bool isInstrument() const { return plugin && plugin->isInstrument(); }
+    bool failed() const { return plugin && plugin->failed(); } ///< its process has ended
     /// For its editor and files; null when it is not opened. Interface thread.
     Plugin* loaded() const { return plugin.get(); }
 
@@ -82,6 +83,8 @@ protected:
     /// The plug-in is loaded, and does not run yet.
     virtual void readPrograms(Plugin&) {}
     virtual void leavesProgram(Plugin&) {} ///< for another one
+    virtual void keepState() {} ///< the plug-in is to come back: it tells what was heard last
+    virtual void giveState() {} ///< it is back, and knows nothing of what was kept
     /// A change of the plug-in as a whole, which no block may meet; what it tells meanwhile of its
     /// parameters is not the user's doing.
     template <class F>
@@ -109,6 +112,12 @@ private:
     void gestureEnds(int index) override;
     void sendMidi(int frame, int data) override;
     void sizeEditor(CPoint logical) override;
+    void parameterDrifted(int index, float share) override;
+    unsigned blockNumber() const override;
+    void betweenBlocks(const std::function<void()>& change) override;
+    void pluginLost() override { notices.raise(CompNotice::program); }
+    void pluginReturns() override { keepState(); }
+    void pluginReturned() override;
     void channelsChanged() override { channelsAsked = true; }
     void displayChanged() override { displayAsked = true; }
 

@@ -113,7 +113,7 @@ bool PluginComp::runPlugin(int frames, int offset) {
     const bool whole = plugin->process(pins.in(), pins.out(), frames);
     rendering = false;
     const bool numbers = pins.mendOutputs(frames);
-    if (!whole || !numbers) faults.fetchAdd(1);
+    if ((!whole && !plugin->missedBlock()) || !numbers) faults.fetchAdd(1);
     if (whole) pins.give(outputs, frames, offset);
     return whole;
 }

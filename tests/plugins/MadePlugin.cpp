@@ -1,6 +1,7 @@
 #include "plugins/MadePlugin.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
@@ -96,7 +97,17 @@ void gain(MadePlugin& p, float** in, float** out, int frames, bool adds) {
             out[pin][i] = (adds ? out[pin][i] : 0.0f) + in[pin][i] * p.now()[0] * 2.0f;
 }
 
+/// Those that end their process do so once their last parameter is raised.
+void badEnd(MadePlugin& p) {
+    if (p.now()[2] < 0.75f) return;
+    if (bad(p, "crashes-process")) raise(SIGSEGV);
+    if (bad(p, "aborts-process")) std::abort();
+    while (bad(p, "hangs-process")) sleep(1);
+    if (bad(p, "oversleeps")) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+}
+
 void badSound(MadePlugin& p, float** in, float** out, int frames) {
+    badEnd(p);
     if (bad(p, "throws-process")) fail();
     if (bad(p, "nan")) out[0][frames / 2] = NAN;
     if (bad(p, "infinite")) out[1][0] = INFINITY;
@@ -208,6 +219,10 @@ intptr_t dispatch(Effect* effect, int32_t opcode, int32_t index, intptr_t value,
     if (opcode != effProcessEvents && p.calls < 4096) p.opcodes[p.calls++] = opcode;
     if (bad(p, "throws-open") && opcode == effOpen) fail();
     if (bad(p, "throws-idle") && opcode == effIdle) fail();
+    if (bad(p, "crashes-editor") && opcode == effEditOpen) raise(SIGSEGV);
+    if (bad(p, "crashes-state") && opcode == effGetChunk) raise(SIGSEGV);
+    if (bad(p, "crashes-close") && opcode == effClose) raise(SIGSEGV);
+    while (bad(p, "hangs-text") && opcode == effGetParamDisplay) sleep(1);
     switch (opcode) {
     case effClose:
         if (latest == &p) latest = nullptr;
@@ -308,7 +323,8 @@ extern "C" __attribute__((visibility("default"))) Effect* VSTPluginMain(Dispatch
     e.flags = is(*p, "gain-adds") ? 0 : canReplace;
     if (is(*p, "synth")) e.flags |= isSynth | programChunks;
     if (is(*p, "drawn")) e.flags |= hasEditor;
-    if (bad(*p, "throws-chunk")) e.flags |= programChunks;
+    if (bad(*p, "throws-chunk") || bad(*p, "crashes-state")) e.flags |= programChunks;
+    if (bad(*p, "crashes-editor")) e.flags |= hasEditor;
     e.uniqueID = name == "gain-noid" ? 0 : fourLetters("Test");
     e.object = p;
     for (int i = 0; i < MadePlugin::programs; i++) {

@@ -1,6 +1,10 @@
 #include "base/Paths.h"
+#include "plugins/PluginHooks.h"
 #include "plugins/scan/PluginFacts.h"
 #include "plugins/vst2/Vst2Plugin.h"
+#include "tools/plugins/PluginServer.h"
+
+#include <X11/Xlib.h>
 
 #include <csignal>
 #include <cstdio>
@@ -32,6 +36,12 @@ public:
     void idleEditor() override {}
     void channelsChanged() override {}
     void displayChanged() override {}
+    void parameterDrifted(int, float) override {}
+    unsigned blockNumber() const override { return 0; }
+    void betweenBlocks(const std::function<void()>& change) override { change(); }
+    void pluginLost() override {}
+    void pluginReturns() override {}
+    void pluginReturned() override {}
 
 private:
     const CStr folder;
@@ -67,19 +77,41 @@ int scan(const CStr& file, int output) {
     return plugin ? 0 : 1;
 }
 
+/// Its windows may be taken away from a plug-in at any time.
+int ignoreError(Display*, XErrorEvent*) {
+    return 0;
+}
+
+/// Plug-ins put in handlers of their own, that end the process.
+class KeepHandler final : public PluginHooks {
+public:
+    void called() override { XSetErrorHandler(ignoreError); }
+};
+
+[[noreturn]] void serve() {
+    static KeepHandler hooks;
+    setPluginHooks(&hooks);
+    auto* server = new PluginServer(socketFile, roomFile); // until the end, which asks nobody
+    server->run();
+    _exit(0);
+}
+
 } // namespace
 
-/// Looks at a plug-in for a program that does not want to be hurt by it: `--scan FILE` writes what
-/// it is as one line and ends with 0, or writes why it is of no use and ends with 1.
+/// Has to do with plug-ins for a program that does not want to be hurt by them. `--scan FILE`
+/// writes what one is as one line and ends with 0, or writes why it is of no use and ends with 1.
+/// `--serve` runs them for the program that has started it, and is of no use to others.
 int main(int argc, char** argv) {
-    if (argc != 3 || std::strcmp(argv[1], "--scan") != 0) {
-        std::fprintf(stderr, "usage: sondrava-plugins --scan FILE\n");
+    const bool serves = argc == 2 && std::strcmp(argv[1], "--serve") == 0;
+    if (!serves && (argc != 3 || std::strcmp(argv[1], "--scan") != 0)) {
+        std::fprintf(stderr, "usage: sondrava-plugins --scan FILE | --serve\n");
         return 2;
     }
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     const int output = dup(STDOUT_FILENO);
     const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
     dup2(nowhere, STDOUT_FILENO); // plug-ins write whatever they like
+    if (serves) serve();
     const int status = scan(argv[2], output);
     _exit(status); // their threads and destructors are not waited for
 }
