@@ -7,6 +7,7 @@
 #include "engine/CMixer.h"
 #include "engine/CQV.h"
 #include "engine/plan/GraphWorkers.h"
+#include "plugins/remote/PluginProcesses.h"
 #include "project/CompTable.h"
 #include "project/ProjectFile.h"
 #include "project/ProjectUi.h"
@@ -152,6 +153,7 @@ int main(int argc, char** argv) {
     flushDenormals();
     enterCompTypes();
 
+    const PlacePlugins isolated(std::make_shared<PluginProcesses>(pluginHelperProgram(), ""));
     auto host = std::make_unique<CQV>();
     qv = host.get();
     host->settingsEnabled = false;

@@ -9,6 +9,8 @@
 #include "setup/IniFolders.h"
 #include "ui/Workspace.h"
 
+#include <utility>
+
 namespace {
 
 constexpr int contentWide = 320, contentHigh = 240, buttonWide = 64;
@@ -66,12 +68,8 @@ void PluginFoldersWin::delClicked(CObject*) {
     fill();
 }
 
-AskPluginFolders::AskPluginFolders(Workspace& space) : workspace(space) {
-    setPluginHooks(this);
-}
-
-AskPluginFolders::~AskPluginFolders() {
-    setPluginHooks(nullptr);
+AskPluginFolders::AskPluginFolders(Workspace& space, std::shared_ptr<PluginProcesses> of)
+    : PlacePlugins(std::move(of)), workspace(space) {
 }
 
 void AskPluginFolders::called() {

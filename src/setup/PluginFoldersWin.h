@@ -1,7 +1,7 @@
 #pragma once
 
 #include "gui/dialogs/CDialogWin.h"
-#include "plugins/PluginHooks.h"
+#include "plugins/remote/PluginProcesses.h"
 
 #include <set>
 #include <string>
@@ -27,14 +27,11 @@ private:
     CButton* del;
 };
 
-/// What plug-ins ask of the windows. The user is asked where those are that are not found, once for
-/// each while the answer is no. Interface thread.
-class AskPluginFolders : public PluginHooks {
+/// Where plug-ins run, and what they ask of the windows. The user is asked where those are that are
+/// not found, once for each while the answer is no. Interface thread.
+class AskPluginFolders : public PlacePlugins {
 public:
-    explicit AskPluginFolders(Workspace& workspace);
-    ~AskPluginFolders() override;
-    AskPluginFolders(const AskPluginFolders&) = delete;
-    AskPluginFolders& operator=(const AskPluginFolders&) = delete;
+    AskPluginFolders(Workspace& workspace, std::shared_ptr<PluginProcesses> processes);
 
     bool askFolders(const CStr& name) override;
     void called() override;

@@ -8,6 +8,7 @@
 #include "gui/controls/CTabs.h"
 #include "setup/CSetupWin.h"
 #include "ui/PluginShelf.h"
+#include "ui/Workspace.h"
 
 #include <algorithm>
 
@@ -30,7 +31,8 @@ CStr factsOf(const PluginList::Entry& entry) {
 
 } // namespace
 
-PluginPage::PluginPage(CSetupWin* window, CRect place) : SetupPage(window, place) {
+PluginPage::PluginPage(CSetupWin* window, CRect place)
+    : SetupPage(window, place), shelf(window->workspace.pluginShelf()) {
     addHeading("Plug-ins");
     count = addField("", new CLabel(win, "", 0, 0, width - 2 * margin, fieldHeight));
     list = new CListbox(win, "plugins", margin, nextTop, width - 2 * margin,
@@ -59,12 +61,12 @@ PluginPage::PluginPage(CSetupWin* window, CRect place) : SetupPage(window, place
          {static_cast<CCtrl*>(about), static_cast<CCtrl*>(look), static_cast<CCtrl*>(again),
           static_cast<CCtrl*>(all), static_cast<CCtrl*>(stop)})
         low->setAlign(alignBottom, 0, height - low->top - low->height);
-    if (PluginShelf* shelf = PluginShelf::current()) shelf->onChange = [this] { fill(); };
+    shelf.onChange = [this] { fill(); };
     fill();
 }
 
 PluginPage::~PluginPage() {
-    if (PluginShelf* shelf = PluginShelf::current()) shelf->onChange = {};
+    shelf.onChange = {};
 }
 
 /// Those that cannot be used first, as somebody may look for them.
@@ -72,12 +74,10 @@ void PluginPage::fill() {
     const CStr now = chosen();
     paths.clear();
     list->clearRows();
-    const PluginShelf* shelf = PluginShelf::current();
-    if (!shelf) return;
     std::vector<const PluginList::Entry*> shown;
-    for (const PluginList::Entry& entry : shelf->list.all())
+    for (const PluginList::Entry& entry : shelf.list.all())
         if (!entry.good()) shown.push_back(&entry);
-    const auto usable = shelf->list.usable();
+    const auto usable = shelf.list.usable();
     shown.insert(shown.end(), usable.begin(), usable.end());
     for (const PluginList::Entry* entry : shown) {
         list->add(lineOf(*entry));
@@ -91,7 +91,6 @@ void PluginPage::fill() {
 }
 
 void PluginPage::tellCount() {
-    const PluginShelf& shelf = *PluginShelf::current();
     const bool busy = shelf.scan.busy();
     const int good = int(shelf.list.usable().size()), all = int(shelf.list.all().size());
     const CStr text = busy ? "Looking at plug-ins: " + asStr(shelf.scan.done()) + " of " +
@@ -107,27 +106,26 @@ CStr PluginPage::chosen() const {
 }
 
 void PluginPage::rowChosen(CObject*) {
-    const PluginShelf* shelf = PluginShelf::current();
-    const PluginList::Entry* entry = shelf ? shelf->list.find(chosen()) : nullptr;
+    const PluginList::Entry* entry = shelf.list.find(chosen());
     again->setEnabled(entry != nullptr);
     about->setText(entry ? factsOf(*entry) : CStr());
 }
 
 void PluginPage::newClicked(CObject*) {
-    PluginShelf::current()->refresh();
+    shelf.refresh();
 }
 
 void PluginPage::againClicked(CObject*) {
-    PluginShelf::current()->rescan(chosen());
+    shelf.rescan(chosen());
     tellCount();
 }
 
 void PluginPage::allClicked(CObject*) {
-    PluginShelf::current()->rescanAll();
+    shelf.rescanAll();
     tellCount();
 }
 
 void PluginPage::stopClicked(CObject*) {
-    PluginShelf::current()->scan.cancel();
+    shelf.scan.cancel();
     tellCount();
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 class CListbox;
+class PluginShelf;
 
 /// What is known of the plug-ins in the folders: those that can be used, and why the others cannot.
 class PluginPage : public SetupPage {
@@ -25,6 +26,7 @@ private:
     void allClicked(CObject*);
     void stopClicked(CObject*);
 
+    PluginShelf& shelf;
     CListbox* list;
     CLabel *count, *about;
     CButton *again, *stop;

@@ -132,6 +132,10 @@ void CMainWin::followNotices() {
              router.on({.host = HostNotice::transport}, [this] { redraw(); })};
 }
 
+PluginShelf& CMainWin::pluginShelf() {
+    return rooms->plugins;
+}
+
 void CMainWin::idle() {
     if (!pages || flows->loading()) return;
     router.serve();

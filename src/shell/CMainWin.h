@@ -76,6 +76,7 @@ public:
     CWin* mainWindow() override { return this; }
     Commands& commands() override { return table; }
     Options& options() override { return choices; }
+    PluginShelf& pluginShelf() override;
     NoticeRouter& notices() override { return router; }
     void setStatus(const CStr& text, bool atOnce = false) override;
     CStr dialogFolder() const override;

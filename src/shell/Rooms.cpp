@@ -6,7 +6,8 @@
 
 Rooms::Rooms(Workspace& space, CMixer& mixer)
     : plugins(space.host()), arrange(space, editors), workspace(space), render(space),
-      notes(space, editors), mixing(space, editors, mixer), panels(editors), pluginFolders(space) {
+      notes(space, editors), mixing(space, editors, mixer), panels(editors),
+      pluginFolders(space, plugins.processes) {
     workspace.commands().bind("setup", [this] { openSetup(); });
 }
 

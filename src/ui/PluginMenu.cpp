@@ -24,7 +24,7 @@ bool fits(const PluginFacts& facts, PluginUse use) {
 void make(Workspace& workspace, const CStr& path, const Chosen& chosen) {
     std::unique_ptr<CVST> made = newPlugin(workspace.host(), path);
     if (!made) return;
-    if (PluginShelf* shelf = PluginShelf::current()) shelf->used(path);
+    workspace.pluginShelf().used(path);
     chosen(std::move(made));
 }
 
@@ -58,18 +58,17 @@ void openFile(Workspace& workspace, const Chosen& chosen) {
 } // namespace
 
 void fillPluginMenu(CPopup* popup, Workspace& workspace, PluginUse use, const Chosen& chosen) {
-    if (const PluginShelf* shelf = PluginShelf::current()) {
-        for (const PluginList::Entry* entry : shelf->recent())
-            if (fits(entry->facts, use)) addEntry(popup, workspace, *entry, chosen);
-        popup->addSeparator();
-        addByMaker(popup, workspace, *shelf, use, chosen);
-        popup->addSeparator();
-        if (shelf->scan.busy())
-            popup
-                ->add("Looking at plug-ins: " + asStr(shelf->scan.done()) + " of " +
-                          asStr(shelf->scan.total()),
-                      nullptr)
-                ->enabled = false;
-    }
+    const PluginShelf& shelf = workspace.pluginShelf();
+    for (const PluginList::Entry* entry : shelf.recent())
+        if (fits(entry->facts, use)) addEntry(popup, workspace, *entry, chosen);
+    popup->addSeparator();
+    addByMaker(popup, workspace, shelf, use, chosen);
+    popup->addSeparator();
+    if (shelf.scan.busy())
+        popup
+            ->add("Looking at plug-ins: " + asStr(shelf.scan.done()) + " of " +
+                      asStr(shelf.scan.total()),
+                  nullptr)
+            ->enabled = false;
     addDeed(popup, "Open file...", [&workspace, chosen] { openFile(workspace, chosen); });
 }

@@ -11,28 +11,29 @@
 
 namespace {
 
-constexpr const char *cacheName = "plugins.txt", *helperName = "sondrava-plugins";
+constexpr const char *cacheName = "plugins.txt", *trustName = "plugin-trust.txt";
 constexpr const char* recentSection = "recent-plugins";
 
-PluginShelf* onlyShelf = nullptr;
-
-CStr cacheFile() {
-    return extractFilePath(inifile) + cacheName;
+/// Beside the settings.
+CStr own(const char* name) {
+    return extractFilePath(inifile) + name;
 }
 
 } // namespace
 
 PluginShelf::PluginShelf(CQV* host)
-    : list(cacheFile()), scan(list, extractFilePath(asAppname()) + helperName), qv(host) {
-    onlyShelf = this;
+    : list(own(cacheName)), scan(list, pluginHelperProgram()),
+      processes(std::make_shared<PluginProcesses>(pluginHelperProgram(), own(trustName))),
+      qv(host) {
+    processes->makerOf = [this](const CStr& path) {
+        const PluginList::Entry* known = list.find(path);
+        return known ? known->facts.vendor : CStr();
+    };
 }
 
+/// Plug-ins may outlive it.
 PluginShelf::~PluginShelf() {
-    onlyShelf = nullptr;
-}
-
-PluginShelf* PluginShelf::current() {
-    return onlyShelf;
+    processes->makerOf = {};
 }
 
 void PluginShelf::refresh() {

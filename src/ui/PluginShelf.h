@@ -1,13 +1,14 @@
 #pragma once
 
+#include "plugins/remote/PluginProcesses.h"
 #include "plugins/scan/PluginScan.h"
 
 #include <functional>
 
 class CQV;
 
-/// The plug-ins that the user can choose from, and what keeps the list of them up to date. One of
-/// them at a time. Interface thread.
+/// The plug-ins that the user can choose from, what keeps the list of them up to date, and the
+/// processes that run them. Interface thread.
 class PluginShelf {
 public:
     static constexpr int mostRecent = 8;
@@ -19,9 +20,8 @@ public:
 
     PluginList list;
     PluginScan scan;
+    const std::shared_ptr<PluginProcesses> processes;
     std::function<void()> onChange; ///< the list, or how far the scan is
-
-    static PluginShelf* current(); ///< null without one
 
     void refresh(); ///< looks at the folders; what is new or changed there is scanned
     void rescan(const CStr& path); ///< one file, whatever is known of it

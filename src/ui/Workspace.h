@@ -10,6 +10,7 @@ class CWin;
 class Commands;
 class NoticeRouter;
 class Options;
+class PluginShelf;
 
 /// What a window needs of the program that it is part of; the main window fills it in. Interface
 /// thread.
@@ -23,6 +24,7 @@ public:
     virtual Commands& commands() = 0;
     virtual Options& options() = 0;
     virtual NoticeRouter& notices() = 0;
+    virtual PluginShelf& pluginShelf() = 0;
     /// Carries an action out as its shortcut would: the window is asked first that has the keys.
     virtual bool runAction(CAction* action) = 0;
     virtual bool canRun(const CAction* action) const = 0; ///< it would do something now

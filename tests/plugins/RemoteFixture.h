@@ -1,7 +1,6 @@
 #pragma once
 
 #include "plugins/PluginFixture.h"
-#include "plugins/PluginHooks.h"
 #include "plugins/remote/PluginProcesses.h"
 #include "plugins/remote/RemotePlugin.h"
 

@@ -39,7 +39,10 @@ protected:
     }
     COutputChannel* strip() { return host->getAudioOut()->output(); }
     /// An insert of the master, with its window open.
-    CVST* open(const std::string& name) {
+    CVST* open(const std::string& name, bool trusted = true) {
+        PluginProcesses& processes = *win->rooms->plugins.processes;
+        processes.program = builtFile("bin/sondrava-plugins").c_str();
+        if (trusted) processes.trust.set(file(name).c_str(), true);
         auto* c =
             static_cast<CVST*>(addInsert(strip(), newPlugin(host.get(), file(name).c_str()), -1));
         win->openEditor(c);
@@ -163,7 +166,7 @@ TEST_F(PluginWinTest, InsertsFromTheMenu) {
     start();
     std::ofstream(at("broken.so")) << "no library";
     PluginShelf& shelf = win->rooms->plugins;
-    shelf.scan.helper = builtFile("bin/sondrava-plugins").c_str();
+    shelf.scan.helper = shelf.processes->program = builtFile("bin/sondrava-plugins").c_str();
     for (const char* name : {"gain", "drawn", "synth", "broken"})
         shelf.scan.add({file(name).c_str()});
     ASSERT_TRUE(pumpUntil([&] { return !shelf.scan.busy(); }));

@@ -2,6 +2,7 @@
 
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
+#include "base/Paths.h"
 #include "plugins/remote/RemotePlugin.h"
 #include "plugins/vst2/Vst2Plugin.h"
 
@@ -14,8 +15,12 @@ constexpr int helperSpins = 1000; ///< some 40 microseconds
 
 } // namespace
 
-PluginProcesses::PluginProcesses(const CStr& program, const CStr& trustFile)
-    : trust(trustFile), helperProgram(program) {
+CStr pluginHelperProgram() {
+    return extractFilePath(asAppname()) + "sondrava-plugins";
+}
+
+PluginProcesses::PluginProcesses(const CStr& helperProgram, const CStr& trustFile)
+    : trust(trustFile), program(helperProgram) {
 }
 
 std::unique_ptr<Plugin> PluginProcesses::load(const CStr& path, PluginHost& host, CStr& why) {
@@ -52,7 +57,7 @@ std::shared_ptr<PluginHelper> PluginProcesses::helperFor(const CStr& path) {
     std::erase_if(helpers, [](const auto& known) { return known.second.expired(); });
     auto helper = helpers[group].lock();
     if (!helper || helper->gone()) {
-        helper = PluginHelper::start(helperProgram);
+        helper = PluginHelper::start(program);
         helpers[group] = helper;
     }
     const bool roomy = int(helpers.size()) < int(std::thread::hardware_concurrency());

@@ -1,14 +1,12 @@
 #pragma once
 
+#include "plugins/PluginHooks.h"
 #include "plugins/PluginTrust.h"
 #include "plugins/remote/PluginHelper.h"
 
 #include <functional>
 #include <map>
 #include <memory>
-
-class Plugin;
-class PluginHost;
 
 /// How plug-ins that are not trusted share helpers.
 enum class PluginGroups : int { maker, format, alone };
@@ -19,11 +17,12 @@ public:
     PluginTrust trust;
     /// Who has made a plug-in, if that is known before it is loaded; else empty.
     std::function<CStr(const CStr& path)> makerOf;
+    CStr program; ///< that runs plug-ins
     /// Part of a block that all trips of it together may take; then they are late.
     Shared<float> share{0.5f};
 
-    /// `program` runs plug-ins; `trustFile` keeps which of them may run here.
-    PluginProcesses(const CStr& program, const CStr& trustFile);
+    /// `trustFile` keeps which plug-ins may run here; empty: none may.
+    PluginProcesses(const CStr& helperProgram, const CStr& trustFile);
     PluginProcesses(const PluginProcesses&) = delete;
     PluginProcesses& operator=(const PluginProcesses&) = delete;
 
@@ -42,9 +41,28 @@ public:
 private:
     std::string groupOf(const CStr& path) const;
 
-    const CStr helperProgram;
     std::map<std::string, std::weak_ptr<PluginHelper>> helpers; ///< by group
     int lonely = 0; ///< helpers that were started for one plug-in
     Shared<unsigned> clockBlock{~0u};
     Shared<int64_t> clockEnd{0};
 };
+
+/// While this stands, plug-ins are loaded where they belong. Interface thread.
+class PlacePlugins : public PluginHooks {
+public:
+    explicit PlacePlugins(std::shared_ptr<PluginProcesses> of) : processes(std::move(of)) {
+        setPluginHooks(this);
+    }
+    ~PlacePlugins() override { setPluginHooks(nullptr); }
+    PlacePlugins(const PlacePlugins&) = delete;
+    PlacePlugins& operator=(const PlacePlugins&) = delete;
+
+    std::unique_ptr<Plugin> load(const CStr& path, PluginHost& host, CStr& why) override {
+        return processes->load(path, host, why);
+    }
+
+    const std::shared_ptr<PluginProcesses> processes;
+};
+
+/// The program beside ours that runs plug-ins, and looks at them.
+CStr pluginHelperProgram();

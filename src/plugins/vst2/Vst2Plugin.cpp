@@ -7,7 +7,6 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <memory>
-#include <set>
 
 using namespace vst2;
 
@@ -34,22 +33,20 @@ Effect* makeEffect(Entry entry) {
     }
 }
 
-/// Where the libraries lie in memory that have been loaded, each by the address of its beginning.
-std::set<const void*>& libraries() {
-    static std::set<const void*> loaded;
-    return loaded;
-}
-
-const void* libraryAround(const void* address) {
-    Dl_info about{};
-    return dladdr(address, &about) ? about.dli_fbase : nullptr;
-}
-
 } // namespace
 
 bool Vst2Plugin::isCode(const void* address) {
-    const void* library = libraryAround(address);
-    return library && libraries().count(library) > 0;
+    Dl_info about{}, own{};
+    if (!dladdr(address, &about) || !about.dli_fname) return false;
+    if (!dladdr(reinterpret_cast<void*>(&Vst2Plugin::isCode), &own)) return false;
+    if (about.dli_fbase == own.dli_fbase) return false;
+    void* library = dlopen(about.dli_fname, RTLD_LAZY | RTLD_NOLOAD);
+    if (!library) return false;
+    const Entry entry = entryOf(library);
+    dlclose(library);
+    Dl_info around{};
+    return entry && dladdr(reinterpret_cast<void*>(entry), &around) &&
+           around.dli_fbase == about.dli_fbase;
 }
 
 struct Vst2Plugin::EventRoom {
@@ -70,7 +67,6 @@ std::unique_ptr<Vst2Plugin> Vst2Plugin::load(const CStr& path, PluginHost& host,
         return nullptr;
     }
     const Entry entry = entryOf(library);
-    if (entry) libraries().insert(libraryAround(reinterpret_cast<void*>(entry)));
     Effect* made = entry ? makeEffect(entry) : nullptr;
     if (!entry)
         why = "It is no VST 2 plug-in.";

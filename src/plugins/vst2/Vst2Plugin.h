@@ -48,7 +48,7 @@ public:
     void idleEditor() override;
     void idle() override;
 
-    /// Whether an address is code of a library that was loaded by this class. Interface thread.
+    /// Whether an address is code of a library that is loaded and holds a plug-in.
     static bool isCode(const void* address);
     /// What the host answers an effect, or the library of one that is not ready yet.
     static intptr_t answer(vst2::Effect* effect, int32_t opcode, int32_t index, intptr_t value,
