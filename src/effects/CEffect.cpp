@@ -3,6 +3,8 @@
 #include "base/CStream.h"
 #include "base/Numbers.h"
 #include "base/OpenBlock.h"
+#include "common/fx/CCompressor.h"
+#include "common/fx/CGate.h"
 #include "effects/RackFiles.h"
 #include "effects/RackParams.h"
 #include "engine/CQV.h"
@@ -37,6 +39,7 @@ CEffectProg::~CEffectProg() {
 CEffect::CEffect(CQV* root) : CComp(root) {
     id = "Multi Effect";
     type = compEffect;
+    key.channel.createBuffers(host->frames);
 }
 
 void CEffect::init() {
@@ -73,6 +76,7 @@ void CEffect::eachEffect(F&& visit) {
 
 void CEffect::setFrames(int frames) {
     eachEffect([frames](CFX* fx) { fx->setFrames(frames); });
+    key.channel.createBuffers(frames);
     CComp::setFrames(frames);
 }
 
@@ -151,6 +155,21 @@ void CEffect::fade(float to, int frames, int offset) {
     }
 }
 
+bool CEffect::followsKey() const {
+    const auto* prog = static_cast<const CEffectProg*>(progs.items(curProg));
+    if (prog)
+        for (const auto* fx : each<CFX>(prog->effects))
+            if (fx->type == fxCompressor || fx->type == fxGate) return true;
+    return false;
+}
+
+void CEffect::giveKey(CFX& fx, int offset) const {
+    KeySound sound;
+    if (!key.cables.empty()) sound = {key.channel.bufL + offset, key.channel.bufR + offset};
+    if (fx.type == fxCompressor) static_cast<CCompressor&>(fx).key = sound;
+    if (fx.type == fxGate) static_cast<CGate&>(fx).key = sound;
+}
+
 /// Leaves the sound in the first two scratch buffers; false when no effect is on.
 bool CEffect::runChain(const CEffectProg& prog, int frames, int offset) {
     float* left = host->scratch().left.data();
@@ -162,6 +181,7 @@ bool CEffect::runChain(const CEffectProg& prog, int frames, int offset) {
     for (auto* fx : each<CFX>(prog.effects)) {
         if (!fx->enabled || !isEffectKind(fx->type)) continue;
         fx->tempo = tempo;
+        giveKey(*fx, offset);
         if (ran)
             fx->process(left, right, left, right, frames);
         else

@@ -2,6 +2,7 @@
 
 #include "effects/EffectKinds.h"
 #include "engine/CComp.h"
+#include "engine/KeyInput.h"
 
 /// A program of the rack: a chain of effects, in the order in which they sound.
 class CEffectProg : public CProgram {
@@ -21,7 +22,7 @@ public:
 /// Once the rack is linked, its programs and their effects come by `addProg` and `addEffect`, leave
 /// by `CUndo::asRemove` and change places by `asMove`, all in a step about this rack: the lists are
 /// `progs` and `effects` of a program. Settings of an effect may change at any time.
-class CEffect : public CComp {
+class CEffect : public CComp, public Keyed {
 public:
     explicit CEffect(CQV* root);
 
@@ -50,6 +51,9 @@ public:
     CStr getProgName(int index) override;
     void setProgName(int index, const CStr& name) override;
 
+    /// What its compressors and gates follow. A project stores it, other files do not.
+    CKeyInput& keyInput() override { return key; }
+    bool followsKey() const override; ///< in the current program
     void createIO();
     CEffectProg* getProg(); ///< the current one, or null
     /// The next block begins as the switch stands, without a fade. Graph holder.
@@ -80,6 +84,7 @@ public:
     void openFromStream(CStream* stream);
 
 private:
+    CKeyInput key{this};
     int declaredDelay = 0; ///< that the delay compensation was last asked for
     /// How much of the chain is heard: 1 on, 0 off, between them while one fades to the other;
     /// below 0 before the first block.
@@ -88,5 +93,6 @@ private:
     template <class F>
     void eachEffect(F&& visit);
     void fade(float to, int frames, int offset);
+    void giveKey(CFX& fx, int offset) const;
     bool runChain(const CEffectProg& prog, int frames, int offset);
 };

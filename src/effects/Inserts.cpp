@@ -25,6 +25,13 @@ std::unique_ptr<CEffect> emptyRack(COutputChannel* ch) {
     return rack;
 }
 
+/// Not what it would wait for at its new place.
+void copyKey(CComp* from, CComp* to) {
+    const CKeyInput* key = keyInputOf(from);
+    COutputChannel* const strip = key ? key->source() : nullptr;
+    if (strip && mayKey(to, strip)) keyInputOf(to)->cables.add(makeKeyCable(to, strip));
+}
+
 std::unique_ptr<CEffect> rackOf(COutputChannel* ch, int kind) {
     std::unique_ptr<CEffect> rack = makeInsert(ch, kind);
     rack->wet = usualWet(kind);
@@ -130,6 +137,7 @@ CComp* copyInsert(CComp* insert, COutputChannel* to, int index) {
     twin->listKind = listInsert;
     twin->ownerChannel = to;
     twin->createBuffers(host->frames);
+    copyKey(insert, twin);
     CUndo* step = host->undoStart("Copy " + insert->id, host, rewired);
     step->asAdd(twin, &to->inserts, placeIn(to->inserts, index));
     host->undoEnd(step, true);

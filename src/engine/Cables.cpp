@@ -4,6 +4,7 @@
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 #include "engine/ForgetHooks.h"
+#include "engine/KeyInput.h"
 
 #include <cassert>
 
@@ -18,6 +19,16 @@ void take(CObject* cable, CList* from, CList* into, CUndo* undo) {
     if (undo) undo->asRemove(cable, from);
 }
 
+/// `visit` gets the lists of the keys of a component and of its inserts.
+template <class F>
+void eachKeyList(CComp* c, F&& visit) {
+    const auto look = [&visit](CComp* keyed) {
+        if (CKeyInput* key = keyInputOf(keyed)) visit(key->cables);
+    };
+    look(c);
+    c->eachInsert(look);
+}
+
 void listCablesInto(CList* midi, CList* audio, CComp* to, CComp* c, CUndo* undo) {
     for (auto* cable : each<CMIDICable>(to->midiCables))
         if (cable->fromComp == c || touches(cable->fromPort, cable->toPort, c))
@@ -25,6 +36,10 @@ void listCablesInto(CList* midi, CList* audio, CComp* to, CComp* c, CUndo* undo)
     for (auto* cable : each<CAudioCable>(to->audioCables))
         if (cable->fromComp == c || touches(cable->fromChannel, cable->toChannel, c))
             take(cable, &to->audioCables, audio, undo);
+    eachKeyList(to, [&](CList& keys) {
+        for (auto* cable : each<CAudioCable>(keys))
+            if (cable->fromComp == c) take(cable, &keys, audio, undo);
+    });
 }
 
 void listOutputInto(CComp* to, CObject* io, CList* cables) {
@@ -156,9 +171,13 @@ void listOutput(CComp* tree, CObject* io, CList* cables) {
 void dropCables(CComp* tree, const ForgetSet& gone) {
     assert(tree->heldByThread());
     eachBelow(tree, [&gone](CComp* to) {
-        dropWhere<CAudioCable>(to->audioCables, [&gone](const CAudioCable* c) {
-            return endsAt(c->fromComp, c->toComp, c->fromChannel, c->toChannel, gone);
-        });
+        const auto drop = [&gone](CList& cables) {
+            dropWhere<CAudioCable>(cables, [&gone](const CAudioCable* c) {
+                return endsAt(c->fromComp, c->toComp, c->fromChannel, c->toChannel, gone);
+            });
+        };
+        drop(to->audioCables);
+        eachKeyList(to, drop);
         dropWhere<CMIDICable>(to->midiCables, [&gone](const CMIDICable* c) {
             return endsAt(c->fromComp, c->toComp, c->fromPort, c->toPort, gone);
         });

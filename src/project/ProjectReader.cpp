@@ -14,6 +14,7 @@
 #include "project/CableBlocks.h"
 #include "project/CompReader.h"
 #include "project/ItemView.h"
+#include "project/KeyBlocks.h"
 #include "project/MapBlocks.h"
 #include "project/Percent.h"
 #include "project/ProjectUi.h"
@@ -99,6 +100,7 @@ private:
     void audioCable(ItemView& item) { cables.readAudio(item); }
     void midiCable(ItemView& item) { cables.readMIDI(item); }
     void cableMute(ItemView& item) { cables.readMute(item); }
+    void sideChain(ItemView& item) { readKey(item, index); }
     void controller(Shared<int>& to, ItemView& item);
     void ctrlStart(ItemView& item) { controller(host->ctrlStart, item); }
     void ctrlStop(ItemView& item) { controller(host->ctrlStop, item); }
@@ -127,6 +129,7 @@ const Reading::Kind Reading::kinds[] = {
     {"ac", &Reading::audioCable},
     {"mc", &Reading::midiCable},
     {"cableMute", &Reading::cableMute},
+    {"sidechain", &Reading::sideChain},
     {"ccplay", &Reading::ctrlStart},
     {"ccstop", &Reading::ctrlStop},
     {"ccrew", &Reading::ctrlRewind},

@@ -7,6 +7,7 @@
 #include "engine/CompBlocks.h"
 #include "engine/StripBlocks.h"
 #include "project/CableBlocks.h"
+#include "project/KeyBlocks.h"
 #include "project/MapBlocks.h"
 #include "project/ProjectUi.h"
 #include "project/SampleBlocks.h"
@@ -114,6 +115,7 @@ void writeProject(const Project& project, CStream* stream) {
     // The order of a sequencer's channels was settled as it was told that it is being saved.
     const GraphIndex index(host);
     writeCables(stream, host, index);
+    writeKeys(stream, host, index);
     writeControllers(stream, host, index);
     writeSampleMarks(stream, host);
     stream->writeId("modsb", 2 * intBytes);

@@ -37,6 +37,6 @@ void CCompressor::takeSettings() {
 
 void CCompressor::process(float* inL, float* inR, float* outL, float* outR, long frames) {
     takeSettings();
-    unit.process(inL, inR, outL, outR, frames);
+    unit.process(inL, inR, key.leftOr(inL), key.rightOr(inR), outL, outR, frames);
     reduction = float(std::max(unit.envdB * (1.0 - unit.getRatio()), 0.0));
 }

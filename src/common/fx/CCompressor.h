@@ -1,10 +1,11 @@
 #pragma once
 
 #include "common/fx/CFX.h"
+#include "common/fx/KeySound.h"
 #include "common/fx/compressor/SimpleComp.h"
 
-/// Compressor: one gain for both sides, from their average power. Overwrites its output; `dry` and
-/// `wet` stay 1 and are not used.
+/// Compressor: one gain for both sides, from the average power of them, or of the key. Overwrites
+/// its output; `dry` and `wet` stay 1 and are not used.
 class CCompressor : public CFX {
 public:
     Stored<float> threshold{-20.0f}; ///< dB
@@ -14,6 +15,8 @@ public:
     Stored<int> limiter{0};                       ///< 1: a hard limit takes the place of `ratio`
     Shared<float> reduction{
         0.0f}; ///< dB by which it lowers at the end of the last block, `gain` aside
+
+    KeySound key;
 
     CCompressor(float hz, int frames);
 

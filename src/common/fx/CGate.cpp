@@ -36,8 +36,9 @@ void CGate::process(float* inL, float* inR, float* outL, float* outR, long frame
     const double rise = poleOf(fLimit(attack, shortest, longestAttack), rate);
     const double fall = poleOf(fLimit(release, shortest, longestTime), rate);
     const long held = lround(double(fLimit(hold, 0.0f, longestTime)) * 0.001 * double(rate));
+    const float *left = key.leftOr(inL), *right = key.rightOr(inR);
     for (long i = 0; i < frames; ++i) {
-        const bool over = std::max(std::fabs(inL[i]), std::fabs(inR[i])) >= level;
+        const bool over = std::max(std::fabs(left[i]), std::fabs(right[i])) >= level;
         if (over) openLeft = held + 1;
         if (openLeft > 0) {
             --openLeft;

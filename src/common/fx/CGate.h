@@ -1,9 +1,10 @@
 #pragma once
 
 #include "common/fx/CFX.h"
+#include "common/fx/KeySound.h"
 
-/// Gate: lets sound through while the louder side is at the threshold or over it, and so long
-/// after; else lowers it by the range. Open, its gain is
+/// Gate: lets sound through while the louder side, of it or of the key, is at the threshold or over
+/// it, and so long after; else lowers it by the range. Open, its gain is
 ///     g[n] = 1 + (g[n-1] - 1) exp(-1000 / (attack rate)),
 /// and closed the same towards the range, with the release. Overwrites its output; `dry` and `wet`
 /// stay 1 and are not used.
@@ -19,6 +20,8 @@ public:
     static constexpr float lowest = -100.0f; ///< dB, of threshold and range
     static constexpr float longestAttack = 500.0f, longestTime = 5000.0f; ///< ms
     static constexpr float shortest = 0.1f;
+
+    KeySound key;
 
     CGate(float hz, int frames);
 

@@ -29,6 +29,18 @@ CMIDIBytes* PlanNode::stripEvents() const {
     return port ? port->first() : nullptr;
 }
 
+void PlanNode::takeKeys(bool ofInserts, int frames, GraphScratch& scratch) {
+    for (PlanArrival& key : keys)
+        if (!key.outside && (key.insert != nullptr) == ofInserts) key.bring(frames, scratch);
+}
+
+void PlanNode::fillTaps(int frames) {
+    for (const auto& [strip, sound] : taps) {
+        std::copy_n(strip->bufL, frames, sound->bufL);
+        std::copy_n(strip->bufR, frames, sound->bufR);
+    }
+}
+
 void PlanNode::makeSound(int frames, GraphScratch& scratch) {
     DelayLine* const line = own ? own->line.get() : nullptr;
     const COutputChannel* ch = comp->output();
@@ -108,11 +120,16 @@ void GraphPlan::runStep(PlanStep& step, int frames) const {
     c->planned = step.node;
     if (step.work & PlanStep::sum)
         for (PlanArrival& sum : step.sums) addToOut(sum, frames, host->scratch());
-    if (step.work & PlanStep::render) c->process(frames);
+    if (step.work & PlanStep::render) {
+        step.node->takeKeys(false, frames, host->scratch());
+        c->process(frames);
+    }
     if (step.work & PlanStep::sound) step.node->makeSound(frames, host->scratch());
     const bool leftOut = host->renderMode != 0 && (host->renderMode != 1 || host->renderDry);
     if (step.work & PlanStep::strip || (step.work & PlanStep::master && !leftOut)) {
+        step.node->takeKeys(true, frames, host->scratch());
         c->fx(frames);
+        step.node->fillTaps(frames);
         c->mix(frames);
     }
     c->planned = nullptr;

@@ -20,6 +20,12 @@ class CQV;
 class ForgetSet;
 class PlanLoop;
 
+/// What a strip is before its fader, for the side chains that it is the key of.
+struct KeyTap {
+    const COutputChannel* strip;
+    std::unique_ptr<CInputChannel> sound;
+};
+
 /// What a part of a song and the plan tell each other.
 struct PartWords {
     const Stored<unsigned char>* live; ///< 1: what it plays waits for nothing
@@ -46,9 +52,11 @@ public:
     std::vector<const CAudioCable*> cables; ///< that arrive, but for those that leave
     std::unique_ptr<SendTap> tap;           ///< null without buses
     std::unique_ptr<PlanEvents> events;     ///< null where nothing is late
-    std::unique_ptr<PlanArrival> own;       ///< of a part that takes in sound: what it makes itself
-    bool part = false;                      ///< of a song
-    std::optional<PartWords> words;         ///< of one that has them
+    std::vector<PlanArrival> keys;          ///< of the component, and of the inserts of its strips
+    std::vector<KeyTap> taps;
+    std::unique_ptr<PlanArrival> own; ///< of a part that takes in sound: what it makes itself
+    bool part = false;                ///< of a song
+    std::optional<PartWords> words;   ///< of one that has them
     bool live = false;       ///< what it plays waits for nothing, as all that it is made of
     bool fromDevice = false; ///< an audio in, or something that takes in what comes from one
     // In frames, once it has been worked out.
@@ -60,6 +68,9 @@ public:
     int eventLatency() const { return part ? 0 : latency; }
     /// The first event in this block of those that move its strips.
     CMIDIBytes* stripEvents() const;
+    /// Brings the keys of the inserts, or those of the component itself, into the next work.
+    void takeKeys(bool ofInserts, int frames, GraphScratch& scratch);
+    void fillTaps(int frames);                         ///< behind the inserts
     void makeSound(int frames, GraphScratch& scratch); ///< of a part, on time with what it takes in
 };
 

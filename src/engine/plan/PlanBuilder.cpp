@@ -61,8 +61,9 @@ std::unique_ptr<GraphPlan> PlanBuilder::build() {
     std::vector<CComp*> outs;
     for (CComp* c : comps)
         if (c->type == compAudioOut) outs.push_back(c);
-    for (const ListKind kind : {listComps, listSends})
-        for (CComp* out : outs) takeSources(out, kind);
+    for (CComp* out : outs) takeSources(out, listComps);
+    for (CComp* bus : buses) needKeys(bus); // what they are keyed by may send to them
+    for (CComp* out : outs) takeSources(out, listSends);
     for (CComp* out : outs) takeLeaving(out);
     for (CComp* c : comps) {
         if (c->type == compMIDIOut) need(c);
@@ -191,8 +192,10 @@ void PlanBuilder::finishOut(CComp* out) {
 void PlanBuilder::planMaster(CComp* out) {
     if (place(out).stripped) return;
     place(out).stripped = true;
+    needKeys(out);
     const auto channels = contents<const void>(out->outputs);
     makes(out);
+    takeKeys(out);
     add(out, PlanStep::master, {channels.begin(), channels.end()});
     feedBuses(place(out).node, PlanArrival::strips);
 }
@@ -202,6 +205,7 @@ void PlanBuilder::need(CComp* c) {
     if (const auto ring = ringOf.find(c); ring != ringOf.end() && !ringOpen)
         return planRing(rings[ring->second]);
     place(c).busy = true;
+    needKey(c, c);
     c->planRender(*this);
     place(c).busy = false;
     place(c).rendered = true;
@@ -258,6 +262,7 @@ void PlanBuilder::render(CComp* c) {
         for (const CObject* io : read(*list)) writes.push_back(io);
     if (c->type == compAudioOut)
         for (const CObject* in : read(c->inputs)) place(c).reads.push_back(in);
+    takeKey(c, c, nullptr);
     add(c, PlanStep::render, writes);
 }
 
@@ -284,10 +289,13 @@ void PlanBuilder::note(CComp* part, const PartWords& words) {
 void PlanBuilder::strip(CComp* c) {
     if (place(c).stripped) return;
     place(c).stripped = true;
+    needKeys(c);
     makes(c);
+    takeKeys(c);
     const auto channels = contents<const void>(c->outputs);
     add(c, PlanStep::strip, {channels.begin(), channels.end()});
     feedBuses(place(c).node, PlanArrival::strips);
+    place(c).leftStrip = true;
 }
 
 /// A channel of a part is told by the component that has its parts.
@@ -360,7 +368,7 @@ PlanArrival PlanBuilder::sendOf(const PlanNode* from, PlanArrival::Kind kind, in
 }
 
 PlanBuilder::LineKey PlanBuilder::keyOf(const PlanArrival& a) {
-    if (a.kind == PlanArrival::cable) return {a.kind, a.from, 0, nullptr};
+    if (a.from) return {a.kind, a.from, 0, nullptr};
     return {a.kind, a.sender->comp, a.channel, a.at->comp};
 }
 
@@ -377,7 +385,7 @@ void PlanBuilder::linkLatency() {
         if (a.fade.leaving) return;
         if (a.loop) return lateness.meetingAt(a.at).arrivals.push_back(&a);
         const CComp* sender = a.sender ? a.sender->comp : nullptr;
-        if (a.kind == PlanArrival::cable)
+        if (a.from)
             a.origin = lateness.originOf(a.from->fromChannel);
         else if (a.kind == PlanArrival::strips)
             a.origin =
@@ -387,7 +395,8 @@ void PlanBuilder::linkLatency() {
         lateness.meetingAt(a.at).arrivals.push_back(&a);
     };
     for (const auto& node : plan->nodes)
-        for (PlanArrival& a : node->arrivals) link(a);
+        for (std::vector<PlanArrival>* all : {&node->arrivals, &node->keys})
+            for (PlanArrival& a : *all) link(a);
     plan->eachStep([&](PlanStep& step) {
         for (PlanArrival& a : step.sums) link(a);
     });

@@ -2,6 +2,7 @@
 
 #include "engine/CComp.h"
 #include "engine/plan/GraphPlan.h"
+#include "engine/plan/Upstream.h"
 
 #include <map>
 #include <tuple>
@@ -51,6 +52,7 @@ private:
     struct Place {
         PlanNode* node = nullptr;
         bool busy = false, rendered = false, stripped = false;
+        bool leftStrip = false; ///< its strips are worked out, and not only on the way to be
         bool sourcesTaken = false, busesTaken = false; ///< of an audio out
         PlanOrigin* parts = nullptr;                   ///< of what its parts give before its strips
         std::vector<PlanArrival> sums;  ///< of an audio out: to be added before it works
@@ -90,6 +92,17 @@ private:
     PlanArrival sendOf(const PlanNode* from, PlanArrival::Kind kind, int channel, int bus);
     void makes(CComp* c);
     void fadeInserts(PlanOrigin& origin);
+    void needKeys(CComp* c);
+    void needKey(CComp* c, CComp* keyed);
+    void needStrip(CComp* c);
+    void needOthers(const CComp* c, const CComp* keyed);
+    void takeKeys(CComp* c);
+    void takeKey(CComp* c, CComp* keyed, const PlanInsert* insert);
+    bool waitsFor(const Upstream& key, const CComp* c, const CComp* keyed) const;
+    CInputChannel* tapOf(PlanNode& from, const COutputChannel* strip) const;
+    ListReader reader() {
+        return [this](const CList& list) { return read(list); };
+    }
     void linkLatency();
     void giveLines(PlanInsert& insert);
     void giveLines(const PlanLatency::Meeting& meeting);

@@ -34,26 +34,32 @@ PlanFade& gateOf(const CAudioCable& cable) {
     return cable.gate;
 }
 
+/// What is live waits for no key.
+bool waitsLive(const PlanArrival& arrival) {
+    return arrival.kind != PlanArrival::key || arrival.origin->node->live;
+}
+
 } // namespace
 
 void PlanArrival::addTo(CInputChannel* to, int frames, GraphScratch& scratch) {
     if (fade.over()) return;
-    if (kind == cable) {
+    if (from) {
         to = from->toChannel;
         if (!to || !from->fromChannel || !from->fromComp->canProcess()) return;
     }
     PlanFade open;
-    const CableShare share(fade, kind == cable ? gateOf(*from) : open);
+    const CableShare share(fade, from ? gateOf(*from) : open);
     if (loop) {
         loop->read(scratch.arrival.bufL, scratch.arrival.bufR, frames);
         return addStereo(to, scratch.arrival.bufL, scratch.arrival.bufR, frames, share);
     }
     const bool through = !line || line->idle();
     if (line && through) line->skip();
-    if (kind == cable) {
-        const COutputChannel* ch = from->fromChannel;
-        if (through) return addStereo(to, ch->bufL, ch->bufR, frames, share);
-        return addLine(*line, ch->bufL, ch->bufR, to, frames, share, scratch.arrival);
+    if (from) {
+        const float* left = tap ? tap->bufL : from->fromChannel->bufL;
+        const float* right = tap ? tap->bufR : from->fromChannel->bufR;
+        if (through) return addStereo(to, left, right, frames, share);
+        return addLine(*line, left, right, to, frames, share, scratch.arrival);
     }
     CInputChannel& room = scratch.arrival;
     if (!through)
@@ -68,6 +74,12 @@ void PlanArrival::addTo(CInputChannel* to, int frames, GraphScratch& scratch) {
     if (!through) addLine(*line, room.bufL, room.bufR, to, frames, share, room);
 }
 
+void PlanArrival::bring(int frames, GraphScratch& scratch) {
+    CInputChannel* to = from->toChannel;
+    for (float* side : {to->bufL, to->bufR}) std::fill_n(side, frames, 0.0f);
+    addTo(to, frames, scratch);
+}
+
 void PlanArrival::feed(CInputChannel* to, int frames) const {
     if (kind == strips)
         sender->tap->feed(*sender, channel, bus, to, frames);
@@ -77,13 +89,26 @@ void PlanArrival::feed(CInputChannel* to, int frames) const {
 
 int PlanArrival::wait() const {
     if (kind != own && origin->node->live) return 0;
+    if (kind == key) return std::max(heardAt() - origin->latency, 0);
     return at->latency - origin->latency;
+}
+
+int PlanArrival::heardAt() const {
+    return insert ? insert->at : at->latency;
 }
 
 PlanLatency::Meeting& PlanLatency::meetingAt(PlanNode* node) {
     const auto [place, fresh] = places.try_emplace(node, meetings.size());
     if (fresh) meetings.push_back({node, {}, {}});
     return meetings[place->second];
+}
+
+void PlanLatency::putLast(const PlanNode* node) {
+    const auto place = places.find(node);
+    if (place == places.end()) return;
+    const size_t at = place->second;
+    std::rotate(meetings.begin() + long(at), meetings.begin() + long(at) + 1, meetings.end());
+    for (size_t i = at; i < meetings.size(); ++i) places[meetings[i].node] = i;
 }
 
 PlanOrigin* PlanLatency::addOrigin(PlanOrigin made, PlanNode* node) {
@@ -101,7 +126,7 @@ PlanOrigin* PlanLatency::originOf(const COutputChannel* channel) const {
 int PlanLatency::latest(const Meeting& m) {
     int most = 0;
     for (const PlanArrival* a : m.arrivals)
-        if (a->origin && (m.node->live || !a->origin->node->live))
+        if (a->origin && (m.node->live ? waitsLive(*a) : !a->origin->node->live))
             most = std::max(most, a->origin->latency);
     return most;
 }
@@ -112,7 +137,7 @@ void PlanLatency::takeIn(const Meeting& m) {
     bool any = false, all = true;
     node.fromDevice = node.comp->type == compAudioIn;
     for (const PlanArrival* a : m.arrivals) {
-        if (!a->origin || a->kind == PlanArrival::own) continue;
+        if (!a->origin || a->kind == PlanArrival::own || a->kind == PlanArrival::key) continue;
         any = true;
         all = all && a->origin->node->live;
         node.fromDevice = node.fromDevice || a->origin->node->fromDevice;

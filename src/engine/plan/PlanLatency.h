@@ -46,6 +46,7 @@ struct PlanArrival {
         strips, ///< what a strip of a component sends to a bus
         parts,  ///< the same of the parts of one, before its strips
         own,    ///< the sound of a part, beside what it takes in
+        key,    ///< of a side chain: a strip before its fader
     };
     Kind kind;
     const CAudioCable* from = nullptr;        ///< for `cable`
@@ -58,11 +59,15 @@ struct PlanArrival {
     bool outside = false;                     ///< comes into a loop from outside it
     std::shared_ptr<CInputChannel> carried{}; ///< what leaves a loop, piece by piece
     std::shared_ptr<DelayLine> line{};        ///< where it waits; null: it never does
+    CInputChannel* tap = nullptr;             ///< of a key: where its source leaves it
+    const PlanInsert* insert = nullptr;       ///< of a key: what hears it; null: the component
 
     void addTo(CInputChannel* bus, int frames, GraphScratch& scratch);
+    void bring(int frames, GraphScratch& scratch);  ///< a key, to where it is heard
     void feed(CInputChannel* to, int frames) const; ///< what is sent to a bus
     int wait() const; ///< frames, for what it meets, once all latencies are known
     int delay() const { return line ? line->delay() : 0; }
+    int heardAt() const; ///< frames of latency where it is heard
 };
 
 /// How late everything in a plan is, by one rule: wherever signals meet, all wait for the latest of
@@ -85,6 +90,7 @@ public:
 
     // While the plan is made, in the order in which everything is worked out.
     Meeting& meetingAt(PlanNode* node);
+    void putLast(const PlanNode* node); ///< it waits for what has come since its meeting
     PlanOrigin* addOrigin(PlanOrigin origin, PlanNode* node);
     PlanOrigin* originOf(const COutputChannel* channel) const; ///< null for none
     PlanInsert* insertOf(const CComp* comp) const; ///< one that is late or fades, or null
@@ -105,7 +111,7 @@ public:
                     makeInsert(*(byInsert[insert.comp] = &insert));
         for (Meeting& m : meetings)
             for (PlanArrival* a : m.arrivals)
-                if (latest(m) > 0) make(*a);
+                if (latest(m) > 0 || (a->kind == PlanArrival::key && a->heardAt() > 0)) make(*a);
         for (End& end : outs)
             if (most > 0 && outs.size() > 1) makeEnd(end);
         sum = most;

@@ -38,9 +38,12 @@ void PlanLoop::run(const GraphPlan& plan, CQV* host, int frames) {
 void PlanLoop::begin(CQV* host, int frames) {
     for (const PlanArrival* a : carried)
         for (float* side : {a->carried->bufL, a->carried->bufR}) std::fill_n(side, frames, 0.0f);
-    for (PlanNode* node : nodes)
+    for (PlanNode* node : nodes) {
         for (PlanArrival& a : node->arrivals)
             if (a.outside) a.addTo(node->comp->input(), frames, host->scratch());
+        for (PlanArrival& key : node->keys)
+            if (key.outside) key.bring(frames, host->scratch());
+    }
     for (const Port& p : ports) {
         if (p.out)
             p.whole->clear();

@@ -16,6 +16,7 @@ public:
     // Once all steps are there.
     void addMember(PlanNode* node, const std::vector<COutputChannel*>& channels,
                    const std::vector<CInputChannel*>& inputs);
+    void addBuffers(CInputChannel& channel) { buffers.push_back({channel.bufL, channel.bufR}); }
     void addOwnPort(CMIDIQ* port, bool out) { ports.emplace_back(port, out); }
     /// A port of a component outside, that is listened to: it shows what is due in the piece.
     void addSource(CMIDIQ* port) { ports.emplace_back(port, false); }

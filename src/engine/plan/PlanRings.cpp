@@ -1,6 +1,7 @@
 #include "engine/CQV.h"
 #include "engine/plan/PlanBuilder.h"
 #include "engine/plan/PlanLoop.h"
+#include "engine/plan/Upstream.h"
 
 #include <algorithm>
 #include <utility>
@@ -169,6 +170,8 @@ void PlanBuilder::needOutside(const std::vector<CComp*>& members) {
     for (CComp* c : comps)
         if (c->type == compMIDIIn && !isMember(c)) need(c);
     for (CComp* c : members) {
+        needKey(c, c);
+        needKeys(c);
         if (c->type == compAudioOut) {
             for (const ListKind kind : {listComps, listSends}) takeSources(c, kind);
             flushSums(c);
@@ -301,6 +304,13 @@ void PlanBuilder::linkRings() {
         const CComp* member = step.node->comp;
         for (const auto& node : plan->nodes) {
             const bool within = loop.has(node.get());
+            for (PlanArrival& key : node->keys) {
+                if (!within) break;
+                key.outside = !sameRing(wholeOf(stripOwner(key.from->fromChannel)), member);
+                loop.addBuffers(*key.from->toChannel);
+            }
+            for (const KeyTap& tap : node->taps)
+                if (within) loop.addBuffers(*tap.sound);
             for (PlanArrival& a : node->arrivals) {
                 const bool fromWithin = a.kind == PlanArrival::cable
                                             ? sameRing(a.from->fromComp, member)

@@ -7,6 +7,7 @@
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
 #include "engine/EditorHooks.h"
+#include "engine/KeyInput.h"
 #include "sequencer/song/CEditorComp.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/TrackInstrument.h"
@@ -75,6 +76,7 @@ void removeCables(CQV* host, const std::vector<CComp*>& gone, CUndo* step) {
             if (c->type != compSeq) continue;
             for (auto* track : each<CTrack>(static_cast<CSeq*>(c)->tracks)) strip(track);
         }
+    removeKeys(host, step, [&](const COutputChannel* key) { return has(gone, key->comp); });
 }
 
 bool isOut(const CComp* c) {

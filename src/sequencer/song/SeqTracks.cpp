@@ -5,6 +5,7 @@
 #include "engine/CQV.h"
 #include "engine/Cables.h"
 #include "engine/GraphHold.h"
+#include "engine/KeyInput.h"
 #include "sequencer/edit/Pending.h"
 #include "sequencer/song/CSubTrack.h"
 
@@ -220,6 +221,7 @@ void CSeq::removeTrack(CTrack* track, CUndo* undo) {
     };
     eachComp(host, strip);
     for (auto* bus : each<CComp>(host->sends)) strip(bus);
+    removeKeys(host, undo, [track](COutputChannel* key) { return track->outputs.contains(key); });
     for (auto* other : each<CTrack>(tracks)) {
         if (other != track) strip(other);
         if (other->folder != track) continue;

@@ -147,8 +147,8 @@ void SimpleCompRms::chooseRatio() {
     ratio = limitRatio;
 }
 
-void SimpleCompRms::process(const float* inL, const float* inR, float* outL, float* outR,
-                            long frames) {
+void SimpleCompRms::process(const float* inL, const float* inR, const float* keyL,
+                            const float* keyR, float* outL, float* outR, long frames) {
     chooseRatio();
     const float threshold = float(threshdB * octavesPerDb);
     const float octaves = float((ratio - 1.0) * octavesPerDb / 2); // of amplitude, for each dB
@@ -156,7 +156,7 @@ void SimpleCompRms::process(const float* inL, const float* inR, float* outL, flo
     float gain[piece], scaled[piece];
     for (long done = 0; done < frames; done += piece) {
         const int count = int(std::min<long>(piece, frames - done));
-        findPower(inL + done, inR + done, count, level);
+        findPower(keyL + done, keyR + done, count, level);
         for (int i = 0; i < count; i++) {
             rms.run(level[i], envSq);
             level[i] = envSq;

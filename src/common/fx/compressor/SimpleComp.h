@@ -1,9 +1,9 @@
 #pragma once
 
-/// A compressor of linked stereo, driven by the power of both sides: an average of the power, its
-/// level in decibels, what of it lies over the threshold smoothed by attack and release, and a gain
-/// that takes away a part of that. All state is in doubles, since a slow release moves by less than
-/// the last bit of a float.
+/// A compressor of linked stereo, driven by the power of both sides of a key: an average of the
+/// power, its level in decibels, what of it lies over the threshold smoothed by attack and release,
+/// and a gain that takes away a part of that. All state is in doubles, since a slow release moves
+/// by less than the last bit of a float.
 namespace comp {
 
 /// ln(x) times this is decibels of an amplitude.
@@ -80,7 +80,9 @@ public:
     void setWindow(double ms); ///< of the average, above 0; 5 at first
     /// Overwrites the output, which may be the input. Having limited once, the window of the
     /// average stays at `limitWindow`.
-    void process(const float* inL, const float* inR, float* outL, float* outR, long frames);
+    /// `keyL` and `keyR` are what drives it, which may be the input as well.
+    void process(const float* inL, const float* inR, const float* keyL, const float* keyR,
+                 float* outL, float* outR, long frames);
 
     static constexpr double limitWindow = 0.001; ///< ms
 

@@ -1,0 +1,60 @@
+#include "project/KeyBlocks.h"
+
+#include "engine/CQV.h"
+#include "engine/KeyInput.h"
+#include "project/GraphIndex.h"
+#include "project/ItemView.h"
+
+namespace {
+
+constexpr int keyBytes = 16, highestIndex = 255, ofItself = -1;
+
+void writeEnd(CStream* stream, const FilePlace& end) {
+    stream->writeByte(static_cast<unsigned char>(end.list));
+    stream->writeInt(end.comp);
+    stream->writeByte(static_cast<unsigned char>(end.io));
+}
+
+void writeKey(CStream* stream, const CIO* from, const CObject* to, int place,
+              const GraphIndex& index) {
+    const FilePlace *source = index.placeOf(from), *dest = index.placeOf(to);
+    if (!source || !dest || source->io > highestIndex || dest->io > highestIndex) return;
+    stream->writeId("sidechain", keyBytes);
+    writeEnd(stream, *source);
+    writeEnd(stream, *dest);
+    stream->writeInt(place);
+}
+
+/// A strip, or null; its component at least is in the file.
+COutputChannel* readEnd(ItemView& item, GraphIndex& index, CompIO*& of) {
+    const int list = static_cast<signed char>(item.readByte());
+    of = index.at(list, item.readInt());
+    const auto io = size_t(item.readByte());
+    return of && io < of->outputs.size() ? of->outputs[io] : nullptr;
+}
+
+} // namespace
+
+void writeKeys(CStream* stream, CQV* host, const GraphIndex& index) {
+    eachKeyed(host, [&](CComp* keyed, const CKeyInput& key) {
+        const COutputChannel* strip = keyed->ownerChannel;
+        if (!key.source()) return;
+        if (strip)
+            writeKey(stream, key.source(), strip, strip->inserts.indexed(keyed), index);
+        else
+            writeKey(stream, key.source(), keyed, ofItself, index);
+    });
+}
+
+void readKey(ItemView& item, GraphIndex& index) {
+    CompIO *source = nullptr, *dest = nullptr;
+    COutputChannel* from = readEnd(item, index, source);
+    const COutputChannel* strip = readEnd(item, index, dest);
+    const int place = item.readInt();
+    if (item.tooShort || !from || !dest || from->comp->type == compAudioOut) return;
+    CComp* keyed = dest->comp;
+    if (place != ofItself)
+        keyed = strip ? static_cast<CComp*>(strip->inserts.items(place)) : nullptr;
+    CKeyInput* key = keyInputOf(keyed);
+    if (key && key->cables.empty()) key->cables.add(makeKeyCable(keyed, from));
+}
