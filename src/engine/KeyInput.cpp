@@ -13,6 +13,12 @@ CComp* waitingFor(CComp* keyed) {
     return strip ? stripOwner(strip) : keyed;
 }
 
+/// The strips of single drums are worked out by their track, which knows no keys.
+bool standsInPlan(const CComp* comp) {
+    const COutputChannel* strip = comp->ownerChannel;
+    return !strip || (strip->comp && stripOwner(strip)->outputs.contains(strip));
+}
+
 bool closesCircle(CComp* keyed, COutputChannel* from) {
     const Upstream up(stripOwner(from), listContents);
     CComp* const c = waitingFor(keyed);
@@ -33,6 +39,16 @@ COutputChannel* CKeyInput::source() const {
 CKeyInput* keyInputOf(CComp* comp) {
     auto* keyed = dynamic_cast<Keyed*>(comp);
     return keyed ? &keyed->keyInput() : nullptr;
+}
+
+CKeyInput* keyOf(const CIO* input) {
+    CKeyInput* key = input ? keyInputOf(input->comp) : nullptr;
+    return key && &key->channel == input ? key : nullptr;
+}
+
+bool offersKey(CComp* comp) {
+    const auto* keyed = dynamic_cast<Keyed*>(comp);
+    return keyed && standsInPlan(comp) && (keyed->followsKey() || keyInputOf(comp)->source());
 }
 
 CAudioCable* makeKeyCable(CComp* keyed, COutputChannel* from) {

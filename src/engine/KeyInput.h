@@ -42,6 +42,10 @@ protected:
 
 /// Null for a component that has none, as for null.
 CKeyInput* keyInputOf(CComp* comp);
+/// The same by where it is heard; null for another input.
+CKeyInput* keyOf(const CIO* input);
+/// Whether the user may want to choose one. Strips of single drums take none.
+bool offersKey(CComp* comp);
 
 // Interface thread.
 

@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "effects/Inserts.h"
 #include "engine/CQV.h"
+#include "engine/KeyInput.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
@@ -53,11 +54,14 @@ bool InsertSlot::refresh() {
         now.on = in->enabled != 0;
         now.percent = asRound(double(in->wet) * 100);
         now.lowered = loweredWidth(gainReductionDb(in));
+        const CKeyInput* key = keyInputOf(in);
+        if (key && key->source()) now.key = stripName(key->source());
     }
     if (now == shown && !hint.empty()) return false;
     hint = now.name.empty() ? "Press to choose an effect"
                             : "Press for its window or menu, on the light to switch it; drag it to "
                               "another place, with Control a copy";
+    if (!now.key.empty()) hint += ". It follows " + now.key;
     shown = now;
     redraw();
     return true;
@@ -220,7 +224,8 @@ void InsertSlot::describe(Description& d, int part) const {
         d.text = "empty";
         return;
     }
-    d.text = (shown.name + (shown.on ? ", on" : ", off")).asChar();
+    const CStr key = shown.key.empty() ? CStr() : ", follows " + shown.key;
+    d.text = (shown.name + (shown.on ? ", on" : ", off") + key).asChar();
     d.range = Description::Range{double(shown.percent), 0.0, 100.0, 1.0};
     d.set(statePressed, shown.on);
 }

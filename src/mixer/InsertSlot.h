@@ -39,6 +39,7 @@ private:
         int percent = 100;
         int lowered = 0; ///< pixels that tell the gain reduction
         bool mark = false;
+        CStr key; ///< what it follows; empty for its own sound
         bool operator==(const Shown&) const = default;
     };
     void dragAway(CObject*);

@@ -5,6 +5,7 @@
 #include "effects/CEffect.h"
 #include "effects/Inserts.h"
 #include "engine/CQV.h"
+#include "engine/KeyInput.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
@@ -18,6 +19,7 @@
 #include "sequencer/song/TrackRouting.h"
 #include "sequencer/song/TrackValues.h"
 #include "ui/ActionItems.h"
+#include "ui/KeyMenu.h"
 #include "ui/PluginMenu.h"
 #include "ui/Workspace.h"
 
@@ -184,6 +186,9 @@ void StripMenus::fillInsert(CPopup* popup, CComp* present) {
     const int percent = asRound(double(present->wet) * 100);
     for (const int choice : wetChoices)
         add(wet, asStr(choice) + "%", &StripMenus::wetChosen, choice)->checked = choice == percent;
+    if (offersKey(present))
+        fillKeyMenu(popup->addSub("Follow"),
+                    [this, present] { return insert() == present ? present : nullptr; });
     popup->addSeparator();
     CPopup* other = popup->addSub("Replace by");
     fillKinds(other, &StripMenus::replaceChosen);

@@ -199,7 +199,7 @@ int AskGraph::waysToOut(int output, int depth) const {
     if (depth > deepest) return 0;
     int ways = 0;
     for (const auto& cable : model.cables) {
-        if (cable.from != output || cable.loops || ways >= most) continue;
+        if (cable.from != output || cable.loops || model.toKey(cable) || ways >= most) continue;
         const auto& box = model.boxes[size_t(model.ports[size_t(cable.to)].box)];
         if (box.comp->type == compAudioOut) ways++;
         for (int i = box.firstPort; i < box.firstPort + box.portCount; i++)

@@ -2,10 +2,13 @@
 
 #include "audiofiles/CSample.h"
 #include "base/Numbers.h"
+#include "common/fx/CGate.h"
+#include "effects/CEffect.h"
 #include "engine/CAAM.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
 #include "engine/DeviceComps.h"
+#include "engine/KeyInput.h"
 #include "engine/Mixing.h"
 #include "instruments/CSampleClip.h"
 #include "instruments/CSampler.h"
@@ -86,6 +89,24 @@ void addCauses(Causes& to, const Causes& more) {
 
 // Of one component.
 
+/// A gate that follows another strip lets nothing through as long as that is silent.
+Causes AskSilence::gateCauses(CComp* insert, const CStr& of) const {
+    CKeyInput* key = keyInputOf(insert);
+    const CEffectProg* prog = key ? static_cast<CEffect*>(insert)->getProg() : nullptr;
+    auto* cable = key ? static_cast<CAudioCable*>(key->cables.getFirst()) : nullptr;
+    if (!prog || !cable || !insert->enabled) return {};
+    constexpr float closed = 0.001f;
+    const CStr source = stripName(cable->fromChannel);
+    for (const auto* fx : each<CFX>(prog->effects)) {
+        if (fx->type != fxGate || !fx->enabled) continue;
+        if (static_cast<const CGate*>(fx)->gain > closed) continue;
+        const CStr why = keyWaitsForItself(insert) ? " waits for itself." : " is too soft.";
+        return {
+            {cable, "The gate of " + of + " is closed: " + source + ", which it follows," + why}};
+    }
+    return {};
+}
+
 const CComp* AskSilence::soloed() const {
     for (const CList* list : {&qv->comps, &qv->sends})
         for (const auto* comp : each<CComp>(*list))
@@ -101,6 +122,7 @@ Causes AskSilence::stripCauses(CComp* comp, COutputChannel* strip) const {
     CObject* blame = track ? static_cast<CObject*>(strip) : comp;
     if (strip->mute) found.push_back({blame, name + " is muted."});
     if (strip->vol <= 0.0f) found.push_back({blame, "The fader of " + name + " is at zero."});
+    for (auto* insert : each<CComp>(strip->inserts)) addCauses(found, gateCauses(insert, name));
     const CComp* other = soloed();
     if (!stripOpen(comp, strip) && !strip->mute && other)
         found.push_back({const_cast<CComp*>(other),
@@ -206,7 +228,7 @@ std::optional<Causes> AskSilence::cabledCauses(int first, int count, bool midi) 
     std::optional<Causes> all;
     for (const auto& cable : model.cables) {
         const bool here = cable.to >= first && cable.to < first + count;
-        if (!here || cable.midi != midi) continue;
+        if (!here || cable.midi != midi || model.toKey(cable)) continue;
         if (!all) all.emplace();
         Causes one = ofCable(cable);
         addCauses(one, atOutput(cable.from));
@@ -314,6 +336,11 @@ Causes AskSilence::onward(int output) {
     for (const auto& cable : model.cables) {
         if (cable.from != output) continue;
         any = true;
+        if (model.toKey(cable)) {
+            addCauses(all, {{cable.cable, fullPortName(model, output) + " is only followed, by " +
+                                              portName(model, cable.to) + "."}});
+            continue;
+        }
         const Causes one = alongCable(cable);
         if (one.empty()) return {};
         addCauses(all, one);

@@ -27,6 +27,7 @@ public:
 private:
     Causes ownCauses(int output) const;
     Causes stripCauses(CComp* comp, COutputChannel* strip) const;
+    Causes gateCauses(CComp* insert, const CStr& of) const;
     Causes sourceCauses(int output);
     Causes trackCauses(CTrack* track, int output);
     Causes samplerCauses(CSampler* sampler);

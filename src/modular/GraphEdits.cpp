@@ -8,6 +8,7 @@
 #include "engine/CUndo.h"
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
+#include "engine/KeyInput.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "modular/GraphModel.h"
@@ -57,6 +58,8 @@ CObject* newCable(CIO* from, CIO* to) {
 }
 
 CObject* cableBetween(CIO* from, CIO* to) {
+    if (const CKeyInput* key = keyOf(to))
+        return key->source() == from ? static_cast<CObject*>(key->cables.getFirst()) : nullptr;
     if (from->category == categoryPort)
         return getMIDICable(to->comp, static_cast<CMIDIQ*>(from), static_cast<CMIDIQ*>(to));
     return getAudioCable(to->comp, static_cast<COutputChannel*>(from),
@@ -96,6 +99,9 @@ CList* ownerOf(CQV* host, CObject* cable) {
     eachCabled(host, [&](CComp* comp) {
         for (CList* list : {&comp->midiCables, &comp->audioCables})
             if (list->contains(cable)) found = list;
+    });
+    eachKeyed(host, [&](CComp*, CKeyInput& key) {
+        if (key.cables.contains(cable)) found = &key.cables;
     });
     return found;
 }
@@ -171,6 +177,12 @@ bool areJoined(CIO* a, CIO* b) {
 void toggleCable(CIO* a, CIO* b) {
     CIO *from = isOutputPort(a) ? a : b, *to = isOutputPort(a) ? b : a;
     CQV* host = to->comp->host;
+    if (keyOf(to)) {
+        auto* strip = static_cast<COutputChannel*>(from);
+        const bool joined = areJoined(a, b);
+        if (joined || mayKey(to->comp, strip)) setKey(to->comp, joined ? nullptr : strip);
+        return;
+    }
     CUndo* step = host->undoStart("Connection", host, rewired);
     if (CObject* cable = cableBetween(from, to))
         step->asRemove(cable, &cablesOf(to->comp, from->category == categoryPort));
@@ -399,9 +411,9 @@ void duplicateComps(CQV* host, const std::vector<CComp*>& comps, CPoint by) {
 
 bool fitsInto(const CComp* comp, const CObject* cable) {
     const Ends ends(cable);
-    return ends.from && ends.to && ends.from->comp != comp && ends.to->comp != comp &&
-           firstPort(comp, ends.midi, false) && firstPort(comp, ends.midi, true) &&
-           comp->type != compAudioOut && comp->type != compSeq;
+    return ends.from && ends.to && !keyOf(ends.to) && ends.from->comp != comp &&
+           ends.to->comp != comp && firstPort(comp, ends.midi, false) &&
+           firstPort(comp, ends.midi, true) && comp->type != compAudioOut && comp->type != compSeq;
 }
 
 void insertComp(CQV* host, CComp* comp, CObject* cable, CPoint at) {

@@ -177,7 +177,8 @@ void GraphMenus::fillCable(CPopup* popup, int cable) {
     CObject* object = view.graph().cables[size_t(cable)].cable;
     view.setItem(object);
     addAction(popup, "delete");
-    fillNew(popup->addSub("Insert"), object);
+    if (!view.graph().toKey(view.graph().cables[size_t(cable)]))
+        fillNew(popup->addSub("Insert"), object);
     fillSound(popup, object);
     fillAsk(popup, object);
 }

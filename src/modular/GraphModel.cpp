@@ -3,10 +3,12 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
+#include "engine/KeyInput.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace {
 
@@ -36,6 +38,7 @@ GraphModel::GraphModel(CQV* host) {
         for (auto* comp : each<CComp>(host->comps)) addCables(comp, midi);
     const std::vector<bool> loops = loopCables(layout());
     for (size_t i = 0; i < cables.size(); i++) cables[i].loops = loops[i];
+    for (auto* comp : each<CComp>(host->comps)) addKeyCables(comp);
 }
 
 void GraphModel::addBox(CComp* comp) {
@@ -53,16 +56,36 @@ void GraphModel::addBox(CComp* comp) {
     add(comp->inPorts, PortKind::midiIn);
     add(comp->outPorts, PortKind::midiOut);
     add(comp->inputs, PortKind::audioIn);
+    addKeys(comp);
     if (comp->type != compAudioOut) add(comp->outputs, PortKind::audioOut);
     boxes.back().portCount = int(ports.size()) - boxes.back().firstPort;
     placePorts(box);
 }
 
+/// Its own where it has one, and those of its strips that are in use.
+void GraphModel::addKeys(CComp* comp) {
+    const auto add = [this, comp](CComp* keyed) {
+        CInputChannel& key = keyInputOf(keyed)->channel;
+        indexes[&key] = int(ports.size());
+        ports.push_back({&key, boxOf(comp), PortKind::key, {}});
+    };
+    if (offersKey(comp)) add(comp);
+    comp->eachInsert([&](CComp* insert) {
+        const CKeyInput* key = keyInputOf(insert);
+        if (key && key->source()) add(insert);
+    });
+}
+
 void GraphModel::placePorts(int index) {
     const Box& box = boxes[size_t(index)];
-    int above = box.area.left, below = box.area.left;
+    int above = box.area.left, below = box.area.left, beside = box.area.top + portsBelow;
     for (int i = box.firstPort; i < box.firstPort + box.portCount; i++) {
         Port& port = ports[size_t(i)];
+        if (port.kind == PortKind::key) {
+            port.corner = asPoint(box.area.left - keysLeft, beside);
+            beside += portStep;
+            continue;
+        }
         int& x = isOutput(port.kind) ? below : above;
         port.corner = asPoint(x, isOutput(port.kind) ? box.area.bottom + portsBelow
                                                      : box.area.top - portsAbove);
@@ -71,19 +94,38 @@ void GraphModel::placePorts(int index) {
 }
 
 void GraphModel::addCables(CComp* comp, bool midi) {
-    const auto add = [&](CObject* cable, const CIO* from, const CIO* to) {
-        const int out = portOf(from), in = portOf(to);
-        if (out < 0 || in < 0) return;
-        indexes[cable] = int(cables.size());
-        cables.push_back({cable, midi, out, in});
-        joinedPorts[size_t(out)] = joinedPorts[size_t(in)] = true;
-    };
     if (midi)
         for (auto* cable : each<CMIDICable>(comp->midiCables))
-            add(cable, cable->fromPort, cable->toPort);
+            addCable(cable, midi, cable->fromPort, cable->toPort);
     else
         for (auto* cable : each<CAudioCable>(comp->audioCables))
-            add(cable, cable->fromChannel, cable->toChannel);
+            addCable(cable, midi, cable->fromChannel, cable->toChannel);
+}
+
+void GraphModel::addCable(CObject* cable, bool midi, const CIO* from, const CIO* to) {
+    const int out = portOf(from), in = portOf(to);
+    if (out < 0 || in < 0) return;
+    indexes[cable] = int(cables.size());
+    cables.push_back({cable, midi, out, in});
+    joinedPorts[size_t(out)] = joinedPorts[size_t(in)] = true;
+}
+
+void GraphModel::addKeyCables(CComp* comp) {
+    const auto add = [this](CComp* keyed) {
+        CKeyInput* key = keyInputOf(keyed);
+        if (!key) return;
+        for (auto* cable : each<CAudioCable>(key->cables)) {
+            const size_t before = cables.size();
+            addCable(cable, false, cable->fromChannel, cable->toChannel);
+            if (cables.size() > before) cables.back().loops = keyWaitsForItself(keyed);
+        }
+    };
+    add(comp);
+    comp->eachInsert(add);
+}
+
+bool GraphModel::noteLoop(int cable, bool closes) {
+    return std::exchange(cables[size_t(cable)].loops, closes) != closes;
 }
 
 bool GraphModel::same(const GraphModel& other) const {
@@ -159,12 +201,19 @@ int GraphModel::cableOf(const CObject* cable) const {
     return found == indexes.end() ? -1 : found->second;
 }
 
+/// Whether a cable that may lead to a key can do so.
+bool GraphModel::takesKey(const Port& a, const Port& b) {
+    const Port &from = isOutput(a.kind) ? a : b, &to = isOutput(a.kind) ? b : a;
+    return to.kind != PortKind::key || mayKey(to.io->comp, static_cast<COutputChannel*>(from.io));
+}
+
 int GraphModel::portNear(int port, CPoint at) const {
     const Port& source = ports[size_t(port)];
     int nearest = -1, least = 0;
     for (size_t i = 0; i < ports.size(); i++) {
         const Port& other = ports[i];
         if (other.box == source.box || !fits(source.kind, other.kind)) continue;
+        if (!takesKey(source, other)) continue;
         const int distance = std::abs(at.x - portSide / 2 - other.corner.x) +
                              std::abs(at.y - portSide / 2 - other.corner.y);
         if (nearest >= 0 && distance >= least) continue;
@@ -178,6 +227,7 @@ LayoutGraph GraphModel::layout() const {
     LayoutGraph graph;
     for (const Box& box : boxes) graph.boxes.push_back({box.area.width(), box.area.height()});
     for (const Cable& cable : cables) {
+        if (toKey(cable)) break;
         const Port &from = ports[size_t(cable.from)], &to = ports[size_t(cable.to)];
         graph.cables.push_back({from.box, to.box,
                                 from.centre().x - boxes[size_t(from.box)].area.left,
@@ -188,13 +238,13 @@ LayoutGraph GraphModel::layout() const {
 
 // Curves.
 
-CableCurve::CableCurve(CPoint from, CPoint to)
+CableCurve::CableCurve(CPoint from, CPoint to, bool aside)
     : start{double(from.x), double(from.y)}, end{double(to.x), double(to.y)} {
     const double down = end.y - start.y;
     const double wish = down > 0 ? down * 0.5 : leastBend + std::abs(down) * 0.3;
     const double bend = std::clamp(wish, std::min(leastBend, std::abs(down) + 6), mostBend);
     bend1 = {start.x, start.y + bend};
-    bend2 = {end.x, end.y - bend};
+    bend2 = aside ? Point{end.x - bend, end.y} : Point{end.x, end.y - bend};
 }
 
 CableCurve::Point CableCurve::at(double t) const {
@@ -228,5 +278,6 @@ double CableCurve::distance(CPoint to) const {
 }
 
 CableCurve curveOf(const GraphModel& model, const GraphModel::Cable& cable) {
-    return {model.ports[size_t(cable.from)].centre(), model.ports[size_t(cable.to)].centre()};
+    return {model.ports[size_t(cable.from)].centre(), model.ports[size_t(cable.to)].centre(),
+            model.toKey(cable)};
 }

@@ -13,7 +13,8 @@ class CObject;
 class CQV;
 
 /// The rows of ports, in the order in which they are hit.
-enum class PortKind { midiIn, midiOut, audioIn, audioOut };
+/// A key is what compressors and gates of the component, or in its strips, follow.
+enum class PortKind { midiIn, midiOut, audioIn, key, audioOut };
 
 constexpr bool isOutput(PortKind kind) {
     return kind == PortKind::midiOut || kind == PortKind::audioOut;
@@ -34,6 +35,7 @@ public:
     static constexpr int portSide = 8, portStep = 10;
     static constexpr int portsAbove = 12,
                          portsBelow = 4;                 ///< from the box to the ports' upper edges
+    static constexpr int keysLeft = 12;                  ///< from the box to the left edges of keys
     static constexpr int boxWidth = 144, boxHeight = 40; ///< at least
     static constexpr int mostPlace = 32767;              ///< of a box
 
@@ -62,7 +64,7 @@ public:
 
     std::vector<Box> boxes; ///< in the order of the host's list
     std::vector<Port> ports;
-    std::vector<Cable> cables; ///< those of MIDI first
+    std::vector<Cable> cables; ///< those of MIDI first, those to keys last
 
     GraphModel() = default;
     explicit GraphModel(CQV* host);
@@ -72,6 +74,7 @@ public:
     /// Moves the selected boxes as a drag does, none below 0; from where their components are.
     void shiftSelected(CPoint by);
     CRect extent() const; ///< around everything, from (0, 0) on
+    bool toKey(const Cable& cable) const { return ports[size_t(cable.to)].kind == PortKind::key; }
     bool joined(int port) const { return joinedPorts[size_t(port)]; } ///< a cable ends there
 
     int boxAt(CPoint at) const; ///< -1 for none
@@ -86,12 +89,18 @@ public:
     /// of another component. -1 without any.
     int portNear(int port, CPoint at) const;
 
-    LayoutGraph layout() const; ///< for tidying
+    LayoutGraph layout() const; ///< for tidying, without cables to keys
+    /// What a block has shown: whether a cable of sound closes a loop. True if that is new.
+    bool noteLoop(int cable, bool closes);
 
 private:
     void addBox(CComp* comp);
     void addCables(CComp* comp, bool midi);
+    void addCable(CObject* cable, bool midi, const CIO* from, const CIO* to);
+    void addKeys(CComp* comp);
+    void addKeyCables(CComp* comp);
     void placePorts(int box);
+    static bool takesKey(const Port& a, const Port& b);
 
     std::vector<bool> joinedPorts;
     std::unordered_map<const CObject*, int> indexes; ///< of components, ports and cables
@@ -101,7 +110,8 @@ private:
 CPoint boxSize(const CComp* comp);
 /// How a cable runs: a curve that leaves downwards and arrives from above.
 struct CableCurve {
-    CableCurve(CPoint from, CPoint to);
+    /// `aside`: it arrives from the left.
+    CableCurve(CPoint from, CPoint to, bool aside = false);
     struct Point {
         double x, y;
     };

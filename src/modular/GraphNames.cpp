@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/CComp.h"
 #include "engine/Cables.h"
+#include "engine/KeyInput.h"
 #include "modular/CompGlyphs.h"
 
 namespace {
@@ -14,15 +15,23 @@ const CList& listOf(const CComp* comp, PortKind kind) {
     case PortKind::midiOut:
         return comp->outPorts;
     case PortKind::audioIn:
+    case PortKind::key:
         return comp->inputs;
     default:
         return comp->outputs;
     }
 }
 
+/// "Compressor of Bass" for an insert.
+CStr keyedName(const CComp* keyed) {
+    const COutputChannel* strip = keyed->ownerChannel;
+    return strip ? keyed->id + " of " + stripName(strip) : boxName(keyed);
+}
+
 CStr endName(const GraphModel& model, int port) {
     const auto& p = model.ports[size_t(port)];
     CComp* comp = model.boxes[size_t(p.box)].comp;
+    if (p.kind == PortKind::key) return "the key of " + keyedName(p.io->comp);
     if (const CComp* track = comp->getComp(p.io)) return track->id;
     const bool several = listOf(comp, p.kind).getCount() > 1;
     return several ? boxName(comp) + ", " + portName(model, port) : boxName(comp);
@@ -37,6 +46,7 @@ CStr boxName(const CComp* comp) {
 CStr portName(const GraphModel& model, int port) {
     const auto& p = model.ports[size_t(port)];
     CComp* comp = model.boxes[size_t(p.box)].comp;
+    if (p.kind == PortKind::key) return "key of " + keyedName(p.io->comp);
     const CStr plain = CStr(isMidi(p.kind) ? "MIDI " : "") + (isOutput(p.kind) ? "out" : "in");
     if (const CComp* track = comp->getComp(p.io)) return track->id + " " + plain;
     const CList& list = listOf(comp, p.kind);
@@ -49,6 +59,7 @@ CStr fullPortName(const GraphModel& model, int port) {
 }
 
 CStr portKindName(PortKind kind) {
+    if (kind == PortKind::key) return "side chain";
     return CStr(isMidi(kind) ? "MIDI " : "audio ") + (isOutput(kind) ? "output" : "input");
 }
 

@@ -25,6 +25,7 @@ namespace {
 constexpr double midiWidth = 1.4, audioWidth = 2.0, litExtra = 1.2; ///< of cables, at any zoom
 constexpr double faint = 0.18, aside = 0.35;                        ///< how much of a cable is left
 constexpr double dashOn = 7, dashOff = 5; ///< of cables that close loops, in pixels
+constexpr double dotOn = 2, dotOff = 4;   ///< of those to keys
 constexpr int curvePieces = 40;
 constexpr double leastForNames = 0.4, leastForDetails = 0.75, leastForLarge = 1.5;
 constexpr int glyphSide = 20, glyphInset = 10, textGap = 8;
@@ -68,20 +69,26 @@ CPath smooth(const CableCurve& c) {
     return line;
 }
 
-CPath dashed(const CableCurve& c) {
+CPath dashed(const CableCurve& c, double on, double off) {
     CPath line;
-    bool on = true;
-    double left = dashOn;
+    bool drawn = true;
+    double left = on;
     CableCurve::Point from = c.start;
     line.moveTo(from.x, from.y);
     for (int i = 1; i <= curvePieces; i++) {
         const CableCurve::Point to = c.at(double(i) / curvePieces);
-        left -= std::hypot(to.x - from.x, to.y - from.y);
-        if (on) line.lineTo(to.x, to.y);
-        if (left <= 0) {
-            on = !on;
-            left = on ? dashOn : dashOff;
-            if (on) line.moveTo(to.x, to.y);
+        const double length = std::hypot(to.x - from.x, to.y - from.y);
+        for (double at = 0; at < length;) {
+            const double piece = std::min(left, length - at);
+            at += piece;
+            left -= piece;
+            const double x = from.x + (to.x - from.x) * at / length;
+            const double y = from.y + (to.y - from.y) * at / length;
+            if (drawn) line.lineTo(x, y);
+            if (left > 0) continue;
+            drawn = !drawn;
+            left = drawn ? on : off;
+            if (drawn) line.moveTo(x, y);
         }
         from = to;
     }
@@ -113,7 +120,7 @@ CRect GraphPainter::scaled(CRect area, double zoom) {
 
 CRect GraphPainter::boxArea(int box) const {
     const CRect& area = model.boxes[size_t(box)].area;
-    return sizeRect(scaled(sizeRect(area, 0, -GraphModel::portsAbove, 0,
+    return sizeRect(scaled(sizeRect(area, -GraphModel::keysLeft, -GraphModel::portsAbove, 0,
                                     GraphModel::portsBelow + GraphModel::portSide),
                            shown.zoom),
                     -halo, -halo, halo, halo + tagHigh / 2);
@@ -189,7 +196,9 @@ void GraphPainter::paintCable(PixelPaper& paper, int index) const {
     const bool mute = isMuted(cable.cable);
     const double strength = chosen ? 1.0 : away ? faint : path || mute ? aside : 0.8;
     const CableCurve c = curve(cable);
-    const CPath line = cable.loops ? dashed(c) : smooth(c);
+    const CPath line = model.toKey(cable) ? dashed(c, dotOn, dotOff)
+                       : cable.loops      ? dashed(c, dashOn, dashOff)
+                                          : smooth(c);
     const int colour = shown.focus == cable.cable || shown.intoCable == index
                            ? palette.text
                            : kindColour(cable.midi);
@@ -331,11 +340,26 @@ void GraphPainter::paintPorts(CGraphic* g, const GraphModel::Box& box) const {
         const GraphModel::Port& port = model.ports[size_t(i)];
         const int colour = kindColour(isMidi(port.kind));
         const CRect square = scaled(port.area(), shown.zoom);
-        g->fillRect(model.joined(i) ? colour : clComps.fillCol, square);
-        g->frameRect(colour, square);
+        if (port.kind == PortKind::key) {
+            paintKey(g, square, colour, model.joined(i));
+        } else {
+            g->fillRect(model.joined(i) ? colour : clComps.fillCol, square);
+            g->frameRect(colour, square);
+        }
         if (i == shown.hotPort || shown.focus == port.io)
             g->frameRect(palette.text, sizeRect(square, -1, -1, 1, 1));
     }
+}
+
+/// A wedge that points into the box from its side.
+void GraphPainter::paintKey(CGraphic* g, CRect square, int colour, bool joined) const {
+    CPath wedge;
+    wedge.moveTo(square.left, square.top);
+    wedge.lineTo(square.right, (square.top + square.bottom) / 2.0);
+    wedge.lineTo(square.left, square.bottom);
+    wedge.close();
+    fillPath(g, wedge, joined ? colour : clComps.fillCol);
+    strokePath(g, wedge, 1.2, colour);
 }
 
 /// The cable that would be made.

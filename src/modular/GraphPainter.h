@@ -52,6 +52,7 @@ private:
     void paintFigure(CGraphic* g, const GraphModel::Box& box) const;
     void paintNames(CGraphic* g, const GraphModel::Box& box, CRect area) const;
     void paintPorts(CGraphic* g, const GraphModel::Box& box) const;
+    void paintKey(CGraphic* g, CRect square, int colour, bool joined) const;
     void paintLink(CGraphic* g) const;
     CRect tagArea() const; ///< of what is told of that cable
     int kindColour(bool midi) const { return midi ? midiColour : audioColour; }

@@ -6,6 +6,10 @@ bool passes(const GraphModel& model, int in, int out) {
     const auto &from = model.ports[size_t(in)], &to = model.ports[size_t(out)];
     if (from.box != to.box) return false;
     CComp* comp = model.boxes[size_t(from.box)].comp;
+    if (from.kind == PortKind::key) {
+        const COutputChannel* strip = from.io->comp->ownerChannel;
+        return !strip || strip == to.io;
+    }
     const CComp* track = comp->getComp(from.io);
     return !track || track == comp->getComp(to.io);
 }

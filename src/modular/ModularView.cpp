@@ -252,6 +252,8 @@ void ModularView::showMeasured(const GraphProbe& probe) {
     const double perMs = double(host()->rate) / 1000;
     for (size_t i = 0; i < model.cables.size(); i++) {
         const GraphProbe::Delay delay = probe.delayOf(model.cables[i].cable);
+        const bool told = probe.knows(model.cables[i].cable) && !model.toKey(model.cables[i]);
+        if (told && model.noteLoop(int(i), delay.loop)) contentChanged(painter().cableArea(int(i)));
         const double ms = (delay.path + delay.added) / perMs;
         const CStr text = ms >= leastDelay ? withDigits(ms, " ms") : CStr();
         if (text == shown.delays[i]) continue;

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int keyBytes = 16, highestIndex = 255, ofItself = -1;
+constexpr int keyBytes = 20, highestIndex = 255, ofItself = -1;
 
 void writeEnd(CStream* stream, const FilePlace& end) {
     stream->writeByte(static_cast<unsigned char>(end.list));
@@ -15,14 +15,15 @@ void writeEnd(CStream* stream, const FilePlace& end) {
     stream->writeByte(static_cast<unsigned char>(end.io));
 }
 
-void writeKey(CStream* stream, const CIO* from, const CObject* to, int place,
+void writeKey(CStream* stream, const CAudioCable* cable, const CObject* to, int place,
               const GraphIndex& index) {
-    const FilePlace *source = index.placeOf(from), *dest = index.placeOf(to);
+    const FilePlace *source = index.placeOf(cable->fromChannel), *dest = index.placeOf(to);
     if (!source || !dest || source->io > highestIndex || dest->io > highestIndex) return;
     stream->writeId("sidechain", keyBytes);
     writeEnd(stream, *source);
     writeEnd(stream, *dest);
     stream->writeInt(place);
+    stream->writeInt(cable->muted);
 }
 
 /// A strip, or null; its component at least is in the file.
@@ -38,11 +39,11 @@ COutputChannel* readEnd(ItemView& item, GraphIndex& index, CompIO*& of) {
 void writeKeys(CStream* stream, CQV* host, const GraphIndex& index) {
     eachKeyed(host, [&](CComp* keyed, const CKeyInput& key) {
         const COutputChannel* strip = keyed->ownerChannel;
-        if (!key.source()) return;
-        if (strip)
-            writeKey(stream, key.source(), strip, strip->inserts.indexed(keyed), index);
-        else
-            writeKey(stream, key.source(), keyed, ofItself, index);
+        for (const auto* cable : each<CAudioCable>(key.cables))
+            if (strip)
+                writeKey(stream, cable, strip, strip->inserts.indexed(keyed), index);
+            else
+                writeKey(stream, cable, keyed, ofItself, index);
     });
 }
 
@@ -51,10 +52,13 @@ void readKey(ItemView& item, GraphIndex& index) {
     COutputChannel* from = readEnd(item, index, source);
     const COutputChannel* strip = readEnd(item, index, dest);
     const int place = item.readInt();
+    const bool muted = item.readInt() != 0;
     if (item.tooShort || !from || !dest || from->comp->type == compAudioOut) return;
     CComp* keyed = dest->comp;
     if (place != ofItself)
         keyed = strip ? static_cast<CComp*>(strip->inserts.items(place)) : nullptr;
     CKeyInput* key = keyInputOf(keyed);
-    if (key && key->cables.empty()) key->cables.add(makeKeyCable(keyed, from));
+    if (!key || !key->cables.empty()) return;
+    key->cables.add(makeKeyCable(keyed, from));
+    setCableMute(static_cast<CObject*>(key->cables.getFirst()), muted);
 }

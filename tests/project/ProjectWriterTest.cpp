@@ -16,7 +16,7 @@ T* at(const CList& list, int index) {
     return static_cast<T*>(list.items(index));
 }
 
-void addRack(COutputChannel* ch, CQV* host, float wet) {
+CEffect* addRack(COutputChannel* ch, CQV* host, float wet) {
     auto* rack = new CEffect(host);
     rack->init();
     rack->addChorus();
@@ -26,6 +26,7 @@ void addRack(COutputChannel* ch, CQV* host, float wet) {
     rack->ownerChannel = ch;
     rack->outPorts.add(new COutputPort(rack));
     ch->inserts.add(rack);
+    return rack;
 }
 
 void addNotes(CSongTrack* track) {
@@ -48,6 +49,18 @@ void addHits(CSeq* seq, CSongTrack* track) {
         part->addEvent(sound * 300, event);
     }
     track->addPart(part, nullptr);
+}
+
+/// A strip that is gated by another one, and a rack that would follow a bus, were that not muted.
+void addKeys(CComp* gated, COutputChannel* by, CEffect* rack, CComp* bus) {
+    const GraphHold hold(gated->host);
+    CEffect* gate = addRack(gated->output(), gated->host, 1.0f);
+    gate->addProg(fxGate);
+    gate->setProg(gate->progs.getCount() - 1);
+    for (const auto& [keyed, strip] : {std::pair{gate, by}, {rack, bus->output()}})
+        keyed->keyInput().cables.add(makeKeyCable(keyed, strip));
+    rack->addProg(fxCompressor);
+    setCableMute(static_cast<CObject*>(rack->keyInput().cables.getFirst()), true);
 }
 
 /// Three groups, of which the one in the middle and either other feed each other.
@@ -117,6 +130,7 @@ Saved::Saved() {
     at<CComp>(host->sends, 1)->output()->mute = 1;
     addNotes(at<CSongTrack>(seq->getProg()->tracks, 0));
     addHits(seq, at<CSongTrack>(seq->getProg()->tracks, 3));
+    addKeys(group, seq->output(1), rack, at<CComp>(host->sends, 0));
     d.run(1);
     bytes = f.save();
     sound = play(f);

@@ -1,11 +1,23 @@
 #include "MixerFixture.h"
 
 #include "effects/CEffect.h"
+#include "modular/GraphEdits.h"
+#include "modular/GraphNames.h"
 #include "sequencer/edit/StripEdits.h"
 #include "sequencer/song/TrackRouting.h"
 
 /// Where the sound of strips comes from and goes, and what it goes through.
-class MixerRoutesTest : public MixerFixture {};
+class MixerRoutesTest : public MixerFixture {
+protected:
+    static CCtrl* inGroup(CGroup* group, const char* id) {
+        for (auto* c : each<CCtrl>(group->controls)) {
+            if (c->id == id) return c;
+            const bool holds = c->category == catGroup || c->category == catGroupLike;
+            if (CCtrl* found = holds ? inGroup(static_cast<CGroup*>(c), id) : nullptr) return found;
+        }
+        return nullptr;
+    }
+};
 
 TEST_F(MixerRoutesTest, InsertsComeGoMoveAndAreCopied) {
     startWith(2);
@@ -48,6 +60,41 @@ TEST_F(MixerRoutesTest, InsertsComeGoMoveAndAreCopied) {
     EXPECT_TRUE(pumpUntil([&] { return inserts("a") == "Compressor "; })) << inserts("a");
     key("ctrl+z");
     EXPECT_TRUE(pumpUntil([&] { return inserts("a") == "Reverb Compressor "; }));
+}
+
+/// By the menu of the slot, the button of the rack's panel and a cable in the graph.
+TEST_F(MixerRoutesTest, CompressorsFollowOtherStrips) {
+    startWith(3);
+    inMenu({"c", "c", "Return"});
+    clickOn(on("b", "insert"));
+    inMenu({"f", "Right", "a", "a", "Return"}); // behind the audio in
+    clickOn(on("b", "insert"), "3");
+    auto* rack = static_cast<CEffect*>(out("b")->inserts.first());
+    ASSERT_EQ(rack->keyInput().source(), out("a"));
+    const GraphModel graph(host.get());
+    const int cable = graph.cableOf(static_cast<CObject*>(rack->keyInput().cables.getFirst()));
+    ASSERT_GE(cable, 0);
+    EXPECT_EQ(cableName(graph, cable), "a to the key of Compressor of b");
+    Description d;
+    on("b", "insert")->describe(d, CCtrl::wholeCtrl);
+    EXPECT_EQ(d.text, "Compressor, on, follows a");
+    settle();
+    win->openEditor(rack);
+    ASSERT_TRUE(loaded());
+    CWin* panelWin = win->pages->editorOf(rack);
+    CCtrl* button = panelWin ? inGroup(panelWin->clientGroup, "Follow") : nullptr;
+    ASSERT_NE(button, nullptr);
+    inMenu({"c", "Return"});
+    clickOn(button);
+    EXPECT_EQ(rack->keyInput().source(), out("c"));
+    toggleCable(out("a"), &rack->keyInput().channel);
+    EXPECT_EQ(rack->keyInput().source(), out("a"));
+    toggleCable(out("b"), &rack->keyInput().channel);
+    EXPECT_EQ(rack->keyInput().source(), out("a")) << "it would wait for itself";
+    for (COutputChannel* before : {out("c"), out("a"), static_cast<COutputChannel*>(nullptr)}) {
+        key("ctrl+z");
+        EXPECT_TRUE(pumpUntil([&] { return rack->keyInput().source() == before; }));
+    }
 }
 
 TEST_F(MixerRoutesTest, InputsOfTracksAreChosen) {

@@ -35,6 +35,8 @@ public:
 
     Work workOf(const CObject* comp) const; ///< as of the answer that was taken last
     Delay delayOf(const CObject* cable) const;
+    /// Whether that is told of a cable: it was part of the block.
+    bool knows(const CObject* cable) const { return delays.contains(cable); }
     double blockNs() const { return blockTime; } ///< that a block may take
 
 private:

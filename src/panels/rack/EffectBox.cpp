@@ -14,22 +14,24 @@
 #include "gui/Fonts.h"
 #include "gui/Keys.h"
 #include "gui/controls/CButton.h"
+#include "gui/controls/CPopup.h"
 #include "panels/rack/EffectPicture.h"
+#include "ui/KeyMenu.h"
 #include "ui/ProgramItems.h"
 #include "ui/SettingPanel.h"
 
 namespace {
 
-constexpr int gap = 8, headHeight = 32, side = 20, powerWidth = 44;
+constexpr int gap = 8, headHeight = 32, side = 20, powerWidth = 44, keyWidth = 180;
 constexpr int leastBeside = 560; ///< so wide that the picture stands beside the settings
 constexpr int cursorPlain = 1, cursorUpDown = 11;
 
 } // namespace
 
-EffectBox::EffectBox(CWin* owner, Workspace& space, CEffect& rack, CFX* of,
+EffectBox::EffectBox(CWin* owner, Workspace& space, CEffect& whole, CFX* of,
                      std::function<bool()> lives)
-    : CGroup(owner, effectName(of->type), 0, 0, 1, 1), fx(of), door(rack.host->values.get()),
-      alive(std::move(lives)), power(addButton("Power", &EffectBox::powerClicked)),
+    : CGroup(owner, effectName(of->type), 0, 0, 1, 1), fx(of), door(whole.host->values.get()),
+      alive(std::move(lives)), rack(whole), power(addButton("Power", &EffectBox::powerClicked)),
       up(addButton("Move up", &EffectBox::placeClicked)),
       down(addButton("Move down", &EffectBox::placeClicked)),
       remove(addButton("Remove", &EffectBox::removeClicked)),
@@ -39,13 +41,14 @@ EffectBox::EffectBox(CWin* owner, Workspace& space, CEffect& rack, CFX* of,
     arrowsWalk = true;
     for (CButton* b : {up, down, remove})
         b->onPaint = new _COnPaint<EffectBox>(this, &EffectBox::paintSign);
+    if (fx->type == fxCompressor || fx->type == fxGate) addKeyButton();
     addControl(picture);
     addControl(settings);
     const Settings all = settingsOf(*fx);
     if (!all.empty()) {
         SettingPanel::Section section{all.subspan(1), fx, -1, "", {}, alive};
-        section.param = [&rack, of](const Setting& s, bool) { return rackParamOf(rack, *of, s); };
-        section.paramComp = [&rack](const Setting&) { return &rack; };
+        section.param = [&whole, of](const Setting& s, bool) { return rackParamOf(whole, *of, s); };
+        section.paramComp = [&whole](const Setting&) { return &whole; };
         settings->show({section});
     }
     refresh();
@@ -61,6 +64,19 @@ CButton* EffectBox::addButton(const char* what, void (EffectBox::*clicked)(CObje
     made->onChange = new _COnChange<EffectBox>(this, clicked);
     addControl(made);
     return made;
+}
+
+void EffectBox::addKeyButton() {
+    follow = addButton("Follow", &EffectBox::keyClicked);
+    follow->hint = "Choose the strip that it follows in place of its own sound (side chain)";
+}
+
+void EffectBox::keyClicked(CObject*) {
+    if (!alive()) return;
+    auto* popup = new CPopup(win->app, win);
+    popup->autoDelete = true;
+    fillKeyMenu(popup, [this]() -> CComp* { return alive() ? &rack : nullptr; });
+    popup->popupBelow(follow);
 }
 
 void EffectBox::fit(int wide) {
@@ -79,12 +95,17 @@ void EffectBox::fit(int wide) {
         x -= gap / 2;
     }
     power->setBounds(gap, power->top, powerWidth, side);
+    if (follow) follow->setBounds(x - keyWidth, follow->top, keyWidth, side);
 }
 
 void EffectBox::refresh() {
     if (!alive()) return;
     settings->refresh();
     picture->refresh();
+    if (follow) {
+        follow->setText("Follows " + keyText(&rack));
+        follow->setLit(rack.keyInput().source() != nullptr);
+    }
     const bool on = fx->enabled != 0;
     if (on == power->lit && !power->text.empty()) return;
     power->setLit(on);
@@ -158,7 +179,7 @@ void EffectBox::paint(CGraphic* g, CRect rect) {
         const TextScope bold(g, {.bold = true});
         const int from = gap + powerWidth + gap;
         g->drawText(power->lit ? colours.text : colours.dimText, effectName(fx->type),
-                    asRect(from, 0, up->left - gap, headHeight), textLeft);
+                    asRect(from, 0, (follow ? follow : up)->left - gap, headHeight), textLeft);
     }
     CGroup::paint(g, rect);
 }

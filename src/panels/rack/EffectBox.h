@@ -41,6 +41,8 @@ private:
     void dragEnd(const DragPoint& point) override;
     void dragCancel() override;
     CButton* addButton(const char* what, void (EffectBox::*clicked)(CObject*));
+    void addKeyButton();
+    void keyClicked(CObject*);
     void powerClicked(CObject*);
     void placeClicked(CObject* sender);
     void removeClicked(CObject*);
@@ -48,7 +50,10 @@ private:
 
     ValueDoor* door;
     std::function<bool()> alive;
+    CEffect& rack;
     CButton *power, *up, *down, *remove;
+    CButton* follow =
+        nullptr;            ///< chooses what the effect follows; null for one that follows nothing
     EffectPicture* picture; ///< among the controls, as the settings
     SettingPanel* settings;
 };

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "base/CStr.h"
+
+#include <functional>
+
+class CComp;
+class CPopup;
+
+// The choice of what compressors and gates follow. Interface thread.
+
+/// Offers the strips that a component may follow, and its own sound; the choice is a step of the
+/// history. `keyed` gives the component, or null once it has gone.
+void fillKeyMenu(CPopup* popup, const std::function<CComp*()>& keyed);
+
+/// "Kick", or "its own sound".
+CStr keyText(CComp* keyed);
