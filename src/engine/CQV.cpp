@@ -207,7 +207,7 @@ void CQV::idle() {
     if (idling) return;
     idling = true;
     CComp::idle();
-    if (preview) preview->idle();
+    for (CPreviewBase* p = preview; p; p = p->next) p->idle();
     makeStretcher();
     values->idle(asTimeInMS());
     plans->idle();

@@ -15,17 +15,16 @@ namespace {
 constexpr double rounding = 1e-6; ///< of a frame, which is no frame of its own
 
 void forgetPreviewed(CQV* host, const ForgetSet& gone) {
-    if (auto* preview = dynamic_cast<CSamplePreview*>(host->preview.load())) preview->forget(gone);
+    if (auto* preview = playerIn<CSamplePreview>(host->preview)) preview->forget(gone);
 }
 
 } // namespace
 
 CSamplePreview* CSamplePreview::of(CQV* host) {
-    if (!host->preview) {
-        auto made = std::make_unique<CSamplePreview>(host);
-        host->preview.storeRelease(made.release());
-    }
-    return dynamic_cast<CSamplePreview*>(host->preview.load());
+    if (auto* known = playerIn<CSamplePreview>(host->preview)) return known;
+    auto made = std::make_unique<CSamplePreview>(host);
+    made->join(host);
+    return made.release();
 }
 
 CSamplePreview::CSamplePreview(CQV* root) : host(root) {
@@ -46,6 +45,12 @@ void CSamplePreview::ask(Span span) {
     requests.draft() = span;
     requests.publish();
     asked = span.number;
+}
+
+void CSamplePreview::settle() {
+    if (settled()) return;
+    const GraphHold hold(host);
+    takeRequest();
 }
 
 void CSamplePreview::takeRequest() {
@@ -71,7 +76,9 @@ void CSamplePreview::process(float* left, float* right, float* tmpLeft, float* t
                              int frames) {
     takeRequest();
     if (!played.sample) return;
+    const float loud = gain;
     const double speed = double(played.sample->rate) / double(host->rate.load());
+    if (!(speed > 0.0)) return begin({});
     for (int done = 0; done < frames;) {
         const int ahead = asInt(std::ceil((played.to - pos) / speed - rounding));
         if (ahead <= 0) {
@@ -84,8 +91,8 @@ void CSamplePreview::process(float* left, float* right, float* tmpLeft, float* t
                     host->scratch().source.get(), ReadMode::live))
             return begin({});
         for (int i = 0; i < n; i++) {
-            left[done + i] += tmpLeft[i];
-            right[done + i] += tmpRight[i];
+            left[done + i] += tmpLeft[i] * loud;
+            right[done + i] += tmpRight[i] * loud;
         }
         pos += n * speed;
         done += n;

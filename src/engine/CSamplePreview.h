@@ -12,9 +12,10 @@ class ForgetSet;
 /// sample's own rate; the graph's share is free of locks.
 class CSamplePreview : public CPreviewBase {
 public:
-    /// That of the host, which is made where there is none. Null while another player has the
-    /// place. Interface thread.
+    /// That of the host, which is made where there is none. Interface thread.
     static CSamplePreview* of(CQV* host);
+
+    Shared<float> gain{1.0f};
 
     explicit CSamplePreview(CQV* root);
 
@@ -26,11 +27,14 @@ public:
     /// The frame that is heard; -1 when nothing plays any more, or not yet.
     int frame() const { return heard; }
     /// Whether something plays, or will with the next block.
-    bool isOn() const { return wanted && (sounding || served != asked); }
+    bool isOn() const { return wanted && getsBlocks(); }
+    /// Whether the graph has let go of all that was played before the last request.
+    bool settled() const { return served == asked; }
+    void settle();                      ///< sees to it, with the graph held if it has to be
     void forget(const ForgetSet& gone); ///< samples that are about to die are not played any more
 
     void idle() override {}
-    bool getPlaying() override { return sounding || served != asked; } ///< it wants blocks
+    bool getPlaying() override { return getsBlocks(); }
     void process(float* left, float* right, float* tmpLeft, float* tmpRight, int frames) override;
 
 private:
@@ -41,6 +45,7 @@ private:
         int number = 0; ///< of the request
     };
 
+    bool getsBlocks() const { return sounding || !settled(); }
     void ask(Span span);
     void takeRequest();
     void begin(const Span& span);

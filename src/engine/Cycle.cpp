@@ -231,10 +231,13 @@ void CQV::runBlock(int n) {
 }
 
 void CQV::runPreview(int n) {
-    if (renderMode == 1 || !preview || !preview->getPlaying()) return;
-    CComp* out = getAudioOut();
+    CPreviewBase* first = renderMode == 1 ? nullptr : preview.loadAcquire();
+    CComp* out = first ? getAudioOut() : nullptr;
     COutputChannel* ch = out ? out->output() : nullptr;
-    if (ch) preview->process(ch->bufL, ch->bufR, scratch().left.data(), scratch().right.data(), n);
+    if (!ch) return;
+    for (CPreviewBase* p = first; p; p = p->next.loadAcquire())
+        if (p->getPlaying())
+            p->process(ch->bufL, ch->bufR, scratch().left.data(), scratch().right.data(), n);
 }
 
 void CQV::advance(int n) {
