@@ -4,6 +4,7 @@
 #include "common/fx/CCompressor.h"
 #include "effects/CEffect.h"
 #include "effects/ChainPlaces.h"
+#include "engine/CGroupCh.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
 
@@ -68,14 +69,38 @@ CComp* addInsert(COutputChannel* ch, int kind, int index) {
     return addInsert(ch, rackOf(ch, kind), index);
 }
 
-CComp* addInsertFile(COutputChannel* ch, const CStr& path, int index) {
+namespace {
+
+/// Null where a file has none.
+std::unique_ptr<CEffect> rackOfFile(COutputChannel* ch, const CStr& path) {
     std::unique_ptr<CEffect> rack = emptyRack(ch);
     CFileStream stream(path, 0);
     rack->read(&stream, int(stream.getSize()));
     if (!rack->getProg()) return nullptr;
     rack->setRate(double(ch->comp->host->rate));
     rack->id = rack->getProg()->id;
-    return addInsert(ch, std::move(rack), index);
+    return rack;
+}
+
+} // namespace
+
+CComp* addInsertFile(COutputChannel* ch, const CStr& path, int index) {
+    std::unique_ptr<CEffect> rack = rackOfFile(ch, path);
+    return rack ? addInsert(ch, std::move(rack), index) : nullptr;
+}
+
+bool addSendFile(CQV* host, const CStr& path) {
+    auto bus = std::make_unique<CGroupCh>(host);
+    bus->init();
+    COutputChannel* ch = bus->output();
+    std::unique_ptr<CEffect> rack = rackOfFile(ch, path);
+    if (!rack) return false;
+    bus->id = rack->id;
+    rack->listKind = listInsert;
+    rack->ownerChannel = ch;
+    ch->inserts.add(rack.release());
+    addSendBus(std::move(bus));
+    return true;
 }
 
 CComp* replaceInsert(COutputChannel* ch, int index, std::unique_ptr<CComp> made) {

@@ -6,6 +6,7 @@ class CComp;
 class CEffect;
 class CFX;
 class COutputChannel;
+class CQV;
 class CStr;
 
 // The effects that a mixer strip runs through, in their order; each edit is one step of the
@@ -25,6 +26,9 @@ CComp* addInsert(COutputChannel* ch, std::unique_ptr<CComp> made, int index);
 CComp* replaceInsert(COutputChannel* ch, int index, std::unique_ptr<CComp> made);
 /// A rack that a file (.qve) tells. Null, and nothing happens, where it has none.
 CComp* addInsertFile(COutputChannel* ch, const CStr& path, int index);
+/// "Add Send": a new send bus, called after that rack, which it runs through. False, and nothing
+/// happens, where the file has none.
+bool addSendFile(CQV* host, const CStr& path);
 /// Another effect in place of the one at `index`, or of nothing.
 CComp* replaceInsert(COutputChannel* ch, int index, int kind);
 void removeInsert(COutputChannel* ch, CComp* insert);

@@ -13,7 +13,7 @@ constexpr int newGroupPos = 128;
 /// A step that adds `bus` to `list` and leads its output to the audio out.
 void addBus(CQV* host, CGroupCh* bus, CList* list, const CStr& title) {
     CUndo* u = host->undoStart(title, host, {.graph = true});
-    bus->init();
+    if (bus->outputs.empty()) bus->init();
     bus->createBuffers(host->frames);
     u->asAdd(bus, list);
     CComp* out = host->getAudioOut();
@@ -66,14 +66,20 @@ CComp* CGroupCh::copy() {
     return twin;
 }
 
-void CQV::addSendClicked(CObject*) {
-    if (sends.getCount() >= maxSends) {
+bool addSendBus(std::unique_ptr<CGroupCh> bus) {
+    CQV* host = bus->host;
+    if (host->sends.getCount() >= maxSends) {
         showMsg(nullptr, "Error", "Too many sends");
-        return;
+        return false;
     }
-    auto* bus = new CGroupCh(this);
+    addBus(host, bus.release(), &host->sends, "Add Send");
+    return true;
+}
+
+void CQV::addSendClicked(CObject*) {
+    auto bus = std::make_unique<CGroupCh>(this);
     bus->id = "Send";
-    addBus(this, bus, &sends, "Add Send");
+    addSendBus(std::move(bus));
 }
 
 void CQV::addGroupClicked(CObject*) {

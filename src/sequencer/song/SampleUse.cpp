@@ -2,18 +2,20 @@
 
 #include "audiofiles/CSample.h"
 #include "engine/CQV.h"
+#include "engine/CUndo.h"
 #include "engine/ForgetHooks.h"
 #include "sequencer/song/CSeq.h"
 
 #include <algorithm>
+#include <functional>
+#include <unordered_set>
 
 namespace {
 
-/// Walks whatever may hold audio parts, and finds the events of samples that go.
-class SampleSearch {
+/// Walks whatever may hold audio parts, and shows the events in them.
+class EventWalk {
 public:
-    explicit SampleSearch(const ForgetSet& samples) : gone(samples) {}
-    std::vector<CAudioEvent*> found;
+    explicit EventWalk(std::function<void(CAudioEvent*)> call) : show(std::move(call)) {}
 
     void visit(CObject* object) {
         if (object->category == categoryPart && object->type == partAudio)
@@ -33,12 +35,10 @@ private:
     }
 
     void visitPart(CPart* part) {
-        for (CBaseEvent* e = part->events; e; e = e->next)
-            if (auto* event = static_cast<CAudioEvent*>(e); gone.has(event->sample))
-                found.push_back(event);
+        for (CBaseEvent* e = part->events; e; e = e->next) show(static_cast<CAudioEvent*>(e));
     }
 
-    const ForgetSet& gone;
+    std::function<void(CAudioEvent*)> show;
 };
 
 } // namespace
@@ -46,9 +46,31 @@ private:
 void forgetSamples(CQV* host, const ForgetSet& gone) {
     const auto isSample = [](CObject* object) { return dynamic_cast<CSample*>(object) != nullptr; };
     if (std::ranges::none_of(gone.all(), isSample)) return;
-    SampleSearch search(gone);
-    for (auto* c : each<CComp>(host->comps)) search.visit(c);
-    host->eachHeld([&search](CObject* held) { search.visit(held); });
+    std::vector<CAudioEvent*> found;
+    EventWalk walk([&](CAudioEvent* event) {
+        if (gone.has(event->sample)) found.push_back(event);
+    });
+    for (auto* c : each<CComp>(host->comps)) walk.visit(c);
+    host->eachHeld([&walk](CObject* held) { walk.visit(held); });
     const GraphHold hold(host);
-    for (CAudioEvent* event : search.found) event->sample = nullptr;
+    for (CAudioEvent* event : found) event->sample = nullptr;
+}
+
+std::vector<CSample*> unusedSamples(CQV* host) {
+    std::unordered_set<const CSample*> used;
+    EventWalk walk([&used](const CAudioEvent* event) { used.insert(event->sample); });
+    for (auto* c : each<CComp>(host->comps)) walk.visit(c);
+    std::vector<CSample*> unused;
+    for (auto* sample : each<CSample>(host->samples))
+        if (!used.contains(sample) && !sample->takePending) unused.push_back(sample);
+    return unused;
+}
+
+int removeUnusedSamples(CQV* host) {
+    const std::vector<CSample*> unused = unusedSamples(host);
+    if (unused.empty()) return 0;
+    CUndo* step = host->undoStart("Remove unused", host, {.host = HostNotice::pool});
+    for (CSample* sample : unused) step->asRemove(sample, &host->samples);
+    host->undoEnd(step, true);
+    return int(unused.size());
 }
