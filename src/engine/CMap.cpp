@@ -3,6 +3,15 @@
 #include "base/Numbers.h"
 #include "engine/CComp.h"
 #include "engine/MidiBytes.h"
+#include "engine/StoredValue.h"
+
+#include <cmath>
+
+namespace {
+
+constexpr float mapStep = 0.007874016f; ///< 1 / 127
+
+} // namespace
 
 CMapProg::~CMapProg() {
     deleteAll<CMap>(items);
@@ -15,15 +24,63 @@ bool CMap::learn(const CMIDIBytes* e) {
     return true;
 }
 
-void CMap::serve(CMIDIQ* queue, const CMIDIBytes* e) {
-    constexpr float step = 0.007874016f; // 1 / 127
-    const int v = asByte2(e->data);
-    if (lastValue == v) return;
-    lastValue = v;
-    changed = true;
+void CMap::takeRow(const CMap& row) {
+    cc = row.cc;
+    min = row.min;
+    max = row.max;
+    mode = row.mode;
+    learning = row.learning || row.cc == 0;
+}
+
+float CMap::shareOf(int value) const {
     const float low = float(min), high = float(max);
-    const float value = fLimit((low + float(v) * step * (high - low)) * step, 0.0f, 1.0f);
+    return fLimit((low + float(value) * mapStep * (high - low)) * mapStep, 0.0f, 1.0f);
+}
+
+void CMap::serve(CMIDIQ* queue, const CMIDIBytes* e) {
+    const int v = asByte2(e->data);
+    const bool steps = mode == mapRelative || mode == mapOffset;
+    if (lastValue == v && !steps) return;
+    const float value = follow(v);
+    lastValue = v;
+    if (value == none) return;
+    changed = true;
+    left = value;
     queue->insert(e->time, 0, eventParam, value, param, target, nullptr);
+}
+
+float CMap::follow(int value) {
+    if (mode == mapJump) return shareOf(value);
+    const float now = paramShare(target, param);
+    if (mode == mapPickup) return pickedUp(value, now);
+    return mode == mapScale ? scaled(value, now) : stepped(value, now);
+}
+
+/// Also when it has been moved by somebody else meanwhile.
+float CMap::pickedUp(int value, float now) {
+    constexpr float near = 1.5f * mapStep;
+    const float wanted = shareOf(value);
+    const bool held = left != none && std::fabs(now - left) <= near;
+    const bool passes = lastValue >= 0 && (shareOf(lastValue) - now) * (wanted - now) <= 0.0f;
+    waiting = !held && !passes && std::fabs(wanted - now) > near;
+    return waiting ? none : wanted;
+}
+
+float CMap::scaled(int value, float now) const {
+    constexpr int highest = 127;
+    const int before = lastValue;
+    if (before < 0) return none;
+    const float end = shareOf(value > before ? highest : 0);
+    const int room = value > before ? highest - before : before;
+    return room < 1 ? now : now + (end - now) * float(std::abs(value - before)) / float(room);
+}
+
+float CMap::stepped(int value, float now) const {
+    constexpr int middle = 64, around = 128;
+    const int by = mode == mapOffset ? value - middle : value < middle ? value : value - around;
+    const float low = shareOf(0), high = shareOf(around - 1);
+    const float to = now + float(max < min ? -by : by) * mapStep;
+    return fLimit(to, std::min(low, high), std::max(low, high));
 }
 
 bool CMap::forget(const CObject* gone) {

@@ -10,6 +10,16 @@ class CMIDIQ;
 class COutputChannel;
 struct CMIDIBytes;
 
+/// What the values of a controller do with a parameter. Files have these numbers.
+enum MapMode : int {
+    mapJump = 0,     ///< it takes each value
+    mapPickup = 1,   ///< it stays until the controller has come to where it is
+    mapScale = 2,    ///< it moves by the share of the way that is left in that direction
+    mapRelative = 3, ///< 1 to 63 are steps up, 127 to 65 steps down
+    mapOffset = 4,   ///< 65 and more are steps up, 63 and less steps down
+    mapModes = 5
+};
+
 /// Leads one controller to one parameter. Fields in atomics are read by the graph while the map
 /// window changes them.
 class CMap : public CObject {
@@ -21,6 +31,8 @@ public:
     Shared<int> cc{0};                      ///< controller number
     Shared<int> param{0};                   ///< parameter of `target`
     Shared<int> min{0}, max{127};           ///< range that a controller sweeps, in steps of 1/127
+    Shared<int> mode{mapJump};              ///< MapMode
+    Shared<bool> waiting{false};            ///< to be picked up: values come, and it stays
     Shared<int> lastValue{-1};              ///< last data byte served
     Shared<bool> changed{false};            ///< set when a value was passed on; lights its row
     Shared<bool> learning{false};           ///< the next controller sets `cc`
@@ -28,10 +40,23 @@ public:
     /// Takes the number of controller event `e` when it is learning. Graph holder.
     bool learn(const CMIDIBytes* e);
     /// Inserts the parameter event of controller event `e` into `queue`, unless the value is the
-    /// one that was served last. Graph holder.
+    /// one that was served last, or the mode leaves the parameter where it is. Graph holder.
     void serve(CMIDIQ* queue, const CMIDIBytes* e);
+    /// Takes over what an empty row has: its controller, unless that still has to be learned.
+    void takeRow(const CMap& row);
     /// Loses the target, when it or what holds it is `gone`; true then.
     bool forget(const CObject* gone);
+
+private:
+    static constexpr float none = -1.0f;
+
+    float shareOf(int value) const; ///< of the parameter, that a value of the controller means
+    float follow(int value);        ///< the share that the parameter takes, or `none`
+    float pickedUp(int value, float now);
+    float scaled(int value, float now) const;
+    float stepped(int value, float now) const;
+
+    float left = none; ///< the share that it was given last; graph holder
 };
 
 /// A list of maps, one of which is in force: the host's `curMap`.

@@ -1,8 +1,12 @@
 #pragma once
 
 #include "engine/ParamRef.h"
+#include "engine/StoredValue.h"
 
+class CMap;
+class CMapProg;
 class CQV;
+class CStr;
 
 // Controllers of MIDI that lead to parameters, by the list of maps that is in force. Interface
 // thread.
@@ -17,3 +21,17 @@ LeadingController controllerOf(CQV* host, const ParamRef& to);
 /// step "Add".
 void learnController(CQV* host, const ParamRef& to);
 void forgetController(CQV* host, const ParamRef& to); ///< "Forget controller", a step
+
+// The lists of maps themselves, each change a step.
+
+/// What a row of a list has that the user sets.
+enum class MapField { controller, min, max, mode };
+StoredValue mapValue(CMap* map, MapField field);
+void addEmptyMap(CQV* host); ///< to the list in force
+void deleteMap(CQV* host, CMap* map);
+void addMapProg(CQV* host); ///< an empty list, which is in force from then on
+/// The list in force, or of the only one what is in it: an empty one takes its place.
+void deleteMapProg(CQV* host);
+void renameMapProg(CQV* host, CMapProg* prog, const CStr& name);
+/// Puts another list in force; an index beyond the lists means the nearest.
+void chooseMapProg(CQV* host, int index);

@@ -72,8 +72,8 @@ void CQV::serveMaps(CMIDIBytes* e) {
     CMapProg* program = currentMaps(this);
     if (!program) return;
     for (CMap* map : each<CMap>(program->items)) {
-        if (!map->target) continue;
         map->learn(e);
+        if (!map->target) continue;
         if (map->cc != asByte1(e->data)) continue;
         if (CMIDIQ* queue = queueOfTarget(map->target)) map->serve(queue, e);
         setModified(); // a controller in the user's hands, unlike those that a song plays
@@ -137,6 +137,13 @@ CMap* findMap(const CMapProg* program, const CObject* target, int param) {
     return nullptr;
 }
 
+/// A row that leads nowhere yet.
+CMap* emptyMap(const CMapProg* program) {
+    for (CMap* map : each<CMap>(program->items))
+        if (!map->target) return map;
+    return nullptr;
+}
+
 } // namespace
 
 void CQV::addMap(CObject* target, int param, float value) {
@@ -159,9 +166,13 @@ void CQV::paramMoved(CObject* target, int param, float value) {
     CUndo* step = undoStart("Add", this, {.comp = CompNotice::maps});
     auto* map = new CMap;
     map->target = target;
+    map->learning = true;
+    if (CMap* empty = emptyMap(program)) {
+        map->takeRow(*empty);
+        step->asRemove(empty, &program->items);
+    }
     if (!findPlace(map, comps)) findPlace(map, sends);
     map->param = param;
-    map->learning = true;
     step->asAdd(map, &program->items);
     undoEnd(step, true);
 }

@@ -55,7 +55,7 @@ void writeMap(CStream* stream, const CMap* map, const GraphIndex& index) {
     stream->writeInt(ref.kind);
     for (const int i : ref.index) stream->writeInt(i);
     for (const int v : {map->ch.load(), map->param.load(), map->cc.load(), map->min.load(),
-                        map->max.load(), 0, 0})
+                        map->max.load(), map->mode.load(), 0})
         stream->writeInt(v);
 }
 
@@ -135,7 +135,8 @@ void readMap(ItemView& item, CMapProg* prog, GraphIndex& index) {
     auto map = std::make_unique<CMap>();
     for (Shared<int>* v : {&map->ch, &map->param, &map->cc, &map->min, &map->max})
         *v = item.readInt();
-    item.readInt();
+    const int mode = item.readInt();
+    if (mode > 0 && mode < mapModes) map->mode = mode;
     item.readInt();
     if (item.tooShort || !hasLegalValues(*map)) return;
     aim(*map, ref, index);

@@ -96,6 +96,42 @@ TEST(MidiRouting, MapsSweepTheirRange) {
 }
 
 /// The channels of a sequencer have their events at the track.
+/// A strip at half its volume, and where each value in turn leads it; -1: it stays.
+TEST(MidiRouting, ModesMindWhereTheParameterIs) {
+    struct Case {
+        MapMode mode;
+        int low, high;
+        std::vector<std::pair<int, double>> turns;
+    };
+    const double start = 0.5, step = 1.0 / 127;
+    const Case cases[] = {
+        {mapJump, 0, 127, {{10, 10 * step}, {127, 1.0}}},
+        {mapPickup, 0, 127, {{10, -1}, {40, -1}, {90, 90 * step}, {91, 91 * step}, {0, 0.0}}},
+        {mapPickup, 0, 127, {{127, -1}, {64, 64 * step}, {127, 1.0}}},
+        {mapPickup, 127, 0, {{10, -1}, {63, 64 * step}}},
+        {mapScale, 0, 127, {{27, -1}, {77, 0.75}, {0, 0.0}}},
+        {mapRelative, 0, 127, {{1, start + step}, {1, start + 2 * step}, {127, start + step}}},
+        {mapRelative, 0, 64, {{63, 64 * step}, {65, step}}},
+        {mapOffset, 0, 127, {{65, start + step}, {63, start}, {0, 0.0}}},
+        {mapOffset, 127, 0, {{65, start - step}}}};
+    for (const Case& c : cases) {
+        Fixture t;
+        COutputChannel* strip = t.target->output();
+        CMap* map = t.addMap(strip, 20, 0);
+        map->mode = c.mode;
+        map->min = c.low;
+        map->max = c.high;
+        strip->vol = float(start);
+        for (const auto& [value, share] : c.turns) {
+            const CMIDIBytes* e = t.turn(20, value);
+            ASSERT_EQ(e != nullptr, share >= 0) << c.mode << ": " << value;
+            if (!e) continue;
+            EXPECT_NEAR(double(e->value), share, 1e-4) << c.mode << ": " << value;
+            strip->vol = e->value;
+        }
+    }
+}
+
 TEST(MidiRouting, TargetsWithinATrackAndWithoutPorts) {
     Fixture t;
     auto* seq = t.add(new SeqStub(t.host));
