@@ -6,7 +6,7 @@
 #include "gui/controls/CListbox.h"
 #include "gui/dialogs/CFileWin.h"
 #include "setup/CSetupWin.h"
-#include "setup/IniFolders.h"
+#include "ui/IniFolders.h"
 
 namespace {
 

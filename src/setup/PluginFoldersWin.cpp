@@ -6,7 +6,7 @@
 #include "gui/controls/CButton.h"
 #include "gui/controls/CListbox.h"
 #include "gui/dialogs/CFileWin.h"
-#include "setup/IniFolders.h"
+#include "ui/IniFolders.h"
 #include "ui/Workspace.h"
 
 #include <utility>

@@ -4,8 +4,8 @@
 #include "base/UserFolders.h"
 #include "gui/CApp.h"
 #include "gui/dialogs/CFileWin.h"
-#include "setup/IniFolders.h"
 #include "shell/RecentFiles.h"
+#include "ui/IniFolders.h"
 
 namespace {
 

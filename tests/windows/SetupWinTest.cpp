@@ -14,9 +14,9 @@
 #include "gui/controls/CTree.h"
 #include "gui/controls/CValue.h"
 #include "setup/CSetupWin.h"
-#include "setup/IniFolders.h"
 #include "shell/Pages.h"
 #include "ui/DeviceSettings.h"
+#include "ui/IniFolders.h"
 
 #include <algorithm>
 #include <cmath>

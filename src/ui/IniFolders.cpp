@@ -1,4 +1,4 @@
-#include "setup/IniFolders.h"
+#include "ui/IniFolders.h"
 
 #include "base/CIniFile.h"
 #include "base/CStringList.h"
