@@ -1,0 +1,61 @@
+#pragma once
+
+class CStr;
+
+/// What a node of the browser stands for.
+enum NodeKind : int {
+    nodeFile = 0,
+    nodeDisks = 1,
+    nodeProjects = 2,
+    nodeSamples = 3,
+    nodeClips = 4,
+    nodePlugins = 5,
+    nodeComponents = 6,
+    nodePresets = 7,
+    nodeFolder = 8,
+    nodePool = 9,
+    nodePoolSample = 10,
+    nodePluginFolder = 14,
+    nodePluginFile = 15,
+    nodeFavourites = 20,
+    nodeRecent = 21,
+    nodeComponent = 22,
+    nodeAction = 23,
+    nodeNote = 24, ///< a line that only tells something
+};
+
+/// A node at the top of the tree.
+struct BrowserKind {
+    NodeKind kind;
+    const char* title;
+    int folders;        ///< FolderMode of the folders below it; 0 for none
+    const char* filter; ///< of the files in those, as `readDir` takes it
+};
+
+constexpr const char* everyFile = ".*";
+
+/// In the order of the tree.
+constexpr BrowserKind browserKinds[] = {
+    {nodeFavourites, "Favourites", 0, everyFile},
+    {nodeRecent, "Recent", 0, everyFile},
+    {nodeDisks, "Disks", 0, everyFile},
+    {nodeProjects, "Projects", 11, ".QV"},
+    {nodeSamples, "Samples", 12,
+     ".WAV|.RX2|.AIF|.AIFF|.MP3|.SF2|.AIFC|.FLAC|.OGG|.OGA|.OPUS|.CAF|.AU|.W64"},
+    {nodeClips, "Loops & clips", 21,
+     ".QVC|.RX2|.WAV|.MP3|.MID|.AIF|.AIFF|.MIDI|.KAR|.AIFC|.FLAC|.OGG|.OGA|.OPUS"},
+    {nodePlugins, "Plugins", 13, ".SO"},
+    {nodeComponents, "Components", 0, everyFile},
+    {nodePresets, "Presets", 20, ".QVS|.QVE|.QVA|.QVD|.FXB|.FXP|.SF2"},
+    {nodePool, "Audio pool", 0, everyFile},
+};
+
+/// Null for a kind that is not at the top.
+constexpr const BrowserKind* topKind(int kind) {
+    for (const BrowserKind& k : browserKinds)
+        if (k.kind == kind) return &k;
+    return nullptr;
+}
+
+/// Whether a file can be listened to, by the ending of its name.
+bool canPreview(const CStr& path);

@@ -1,0 +1,130 @@
+#include "browser/CBrowserPreview.h"
+
+#include "audiofiles/AudioImport.h"
+#include "audiofiles/CSample.h"
+#include "base/CFileManager.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "engine/CQV.h"
+#include "project/BringIn.h"
+#include "project/ClipPreview.h"
+
+CBrowserPreview* CBrowserPreview::of(CQV* host) {
+    if (auto* known = playerIn<CBrowserPreview>(host->preview)) return known;
+    auto made = std::make_unique<CBrowserPreview>(host);
+    made->join(host);
+    return made.release();
+}
+
+CBrowserPreview::CBrowserPreview(CQV* root) : host(root), voice(root) {
+    setVolume(loudness);
+}
+
+CBrowserPreview::~CBrowserPreview() = default;
+
+void CBrowserPreview::setVolume(float volume) {
+    loudness = fLimit(volume, 0.0f, 1.0f);
+    voice.gain = loudness * loudness;
+}
+
+void CBrowserPreview::setLoop(bool on) {
+    looped = on;
+    if (voice.isOn()) playFrom(asMax(voice.frame(), 0));
+}
+
+bool CBrowserPreview::play(const CStr& path) {
+    if (!fileExists(path)) return false;
+    stop();
+    info.clear();
+    name = path;
+    open(path);
+    tell();
+    return true;
+}
+
+void CBrowserPreview::stop() {
+    if (importer) info.clear();
+    importer.reset();
+    if (voice.isOn()) voice.stop();
+}
+
+void CBrowserPreview::playFrom(int frame) {
+    if (!sample) return;
+    const int end = sample->getFrames();
+    voice.play(sample.get(), asMinMax(frame, 0, end - 1), end, looped);
+    wasOn = true;
+}
+
+void CBrowserPreview::open(const CStr& path) {
+    if (getFileSize(path) > mostBytes) return fail("Too large to be played here");
+    if (songFileOf(path) == SongFile::clip) return show(createFromQVC(host, path));
+    auto opened = std::make_unique<CSample>();
+    if (opened->open(path) && opened->chs <= 2) return show(std::move(opened));
+    const CStr temp = getTempFolder();
+    if (temp.empty()) return fail("There is no folder for temporary files");
+    importer = std::make_unique<CAudioImport>(ImportWish{.path = path, .folder = temp});
+    importer->start();
+    show(nullptr);
+}
+
+void CBrowserPreview::finishImport() {
+    const std::unique_ptr<CAudioImport> done = std::move(importer);
+    const std::vector<CStr>& files = done->files();
+    auto opened = std::make_unique<CSample>();
+    const bool read =
+        done->result() == ImportResult::good && files.size() == 1 && opened->open(files.front());
+    for (const CStr& made : files)
+        if (!samePlace(made, name)) CFileManager().deleteFile(made);
+    show(read ? std::move(opened) : nullptr);
+}
+
+void CBrowserPreview::fail(const char* why) {
+    show(nullptr);
+    info.clear();
+    info.append(why);
+}
+
+void CBrowserPreview::show(std::unique_ptr<CSample> opened) {
+    if (sample) former.push_back(std::move(sample));
+    sample = std::move(opened);
+    if (!sample) {
+        info.append(importer ? "Reading..." : "Cannot be played");
+        return freeFormer();
+    }
+    info.clear();
+    sample->peakfile();
+    const int seconds10 = asRound(10.0 * sample->getFrames() / double(sample->rate));
+    info.append(CStr(sample->chs == 2 ? "Stereo " : "Mono ") + asStr(sample->bits) + "bit " +
+                asStr(asRound(double(sample->rate))) + "Hz");
+    info.append(asStr(seconds10 / 10) + "." + asStr(seconds10 % 10) + " s");
+    playFrom(0);
+    freeFormer();
+}
+
+/// Without audio nobody else would let the graph see that it has to let go.
+void CBrowserPreview::freeFormer() {
+    if (former.empty()) return;
+    if (!voice.settled() && !host->mustQueue()) voice.settle();
+    if (voice.settled()) former.clear();
+}
+
+void CBrowserPreview::tell() const {
+    if (onChanged) onChanged();
+}
+
+void CBrowserPreview::idle() {
+    if (importer && importer->finished()) {
+        finishImport();
+        tell();
+    }
+    freeFormer();
+    const bool on = voice.isOn();
+    if (on == wasOn) return;
+    wasOn = on;
+    tell();
+}
+
+void CBrowserPreview::process(float* left, float* right, float* tmpLeft, float* tmpRight,
+                              int frames) {
+    voice.process(left, right, tmpLeft, tmpRight, frames);
+}

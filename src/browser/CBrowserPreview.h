@@ -1,0 +1,67 @@
+#pragma once
+
+#include "base/CStringList.h"
+#include "engine/CSamplePreview.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class CAudioImport;
+class CSample;
+
+/// Plays a file from the disk through the audio outs, beside the song, which it never disturbs: of
+/// the graph it takes only what is left over. Audio plays as it is, a clip at the song's tempo.
+/// Interface thread, but for `process`.
+class CBrowserPreview : public CPreviewBase {
+public:
+    static constexpr int64_t mostBytes = 512LL << 20; ///< of a file; larger ones are not played
+
+    CStringList info;                ///< of the file: its format, or why it does not play
+    std::function<void()> onChanged; ///< another file, or it has come to its end
+
+    /// That of the host, which is made where there is none.
+    static CBrowserPreview* of(CQV* host);
+
+    explicit CBrowserPreview(CQV* root);
+    ~CBrowserPreview() override;
+    CBrowserPreview(const CBrowserPreview&) = delete;
+    CBrowserPreview& operator=(const CBrowserPreview&) = delete;
+
+    /// Plays a file from its start, in place of what plays; at the next tick if it has to be
+    /// converted first. False, and nothing changes, unless it exists.
+    bool play(const CStr& path);
+    void playFrom(int frame); ///< of the file that was played last
+    void stop();
+    /// 0 to 1; what is heard is its square.
+    void setVolume(float volume);
+    float getVolume() const { return loudness; }
+    void setLoop(bool on);
+    bool loops() const { return looped; }
+
+    const CStr& getFilename() const { return name; }          ///< empty before the first
+    const CSample* getSample() const { return sample.get(); } ///< null without one
+    int frame() const { return voice.frame(); }               ///< that is heard; -1 for nothing
+    bool isOn() const { return voice.isOn() || importer; }
+
+    void idle() override;
+    bool getPlaying() override { return voice.getPlaying(); }
+    void process(float* left, float* right, float* tmpLeft, float* tmpRight, int frames) override;
+
+private:
+    void open(const CStr& path);
+    void show(std::unique_ptr<CSample> opened);
+    void finishImport();
+    void fail(const char* why);
+    void freeFormer();
+    void tell() const;
+
+    CQV* host;
+    CSamplePreview voice; ///< it gets its blocks from here
+    float loudness = 0.9f;
+    bool looped = false, wasOn = false;
+    CStr name;
+    std::unique_ptr<CSample> sample;
+    std::unique_ptr<CAudioImport> importer;       ///< null while nothing is converted
+    std::vector<std::unique_ptr<CSample>> former; ///< the graph may still be at them
+};

@@ -1,0 +1,119 @@
+#include "browser/CPreviewPanel.h"
+
+#include "base/CIniFile.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
+#include "browser/CBrowserPreview.h"
+#include "browser/PreviewWave.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CWin.h"
+#include "gui/controls/CButton.h"
+#include "gui/controls/CTabs.h"
+#include "gui/controls/CValue.h"
+
+namespace {
+
+constexpr int margin = 8, gap = 4, lineHeight = 16, fieldHeight = 20;
+constexpr int buttonWide = 48, volumeWide = 48, usualVolume = 90;
+constexpr const char *section = "browser", *volumeKey = "previewVolume";
+
+} // namespace
+
+CPreviewPanel::CPreviewPanel(CWin* owner, CBrowserPreview* player)
+    : CGroup(owner, "preview", 0, 0, 1, 1), preview(player),
+      name(new CLabel(owner, "", 0, 0, 1, lineHeight)),
+      format(new CLabel(owner, "", 0, 0, 1, lineHeight)),
+      volumeName(new CLabel(owner, "Volume", 0, 0, volumeWide, fieldHeight)),
+      wave(new PreviewWave(owner, player)),
+      volume(new CValue(owner, "volume", 0, 0, volumeWide, fieldHeight)) {
+    play = addButton("play", "Play", "Plays and stops the file", &CPreviewPanel::playClicked);
+    loop = addButton("loop", "Loop", "Plays it over and over", &CPreviewPanel::loopClicked);
+    volume->hint = "Volume of what is listened to, in percent";
+    volume->spokenName = "Preview volume";
+    volume->tabStop = true;
+    volume->resetValue = usualVolume;
+    volume->showValue(iniReadInt(section, volumeKey, usualVolume));
+    keptVolume = volume->value;
+    volumeChanged(volume);
+    wire(volume->onChange, new _COnChange<CPreviewPanel>(this, &CPreviewPanel::volumeChanged));
+    for (CCtrl* c : std::initializer_list<CCtrl*>{name, format, volumeName, wave, volume})
+        addControl(c);
+    volumeName->field = volume;
+    preview->onChanged = [this] { fileShown(); };
+    fileShown();
+}
+
+CPreviewPanel::~CPreviewPanel() {
+    preview->onChanged = nullptr;
+}
+
+CButton* CPreviewPanel::addButton(const char* key, const char* text, const char* hintText,
+                                  void (CPreviewPanel::*clicked)(CObject*)) {
+    auto* button = new CButton(win, key, text, 0, 0, buttonWide, fieldHeight);
+    button->hint = hintText;
+    button->tabStop = button->hooverable = true;
+    wire(button->onChange, new _COnChange<CPreviewPanel>(this, clicked));
+    addControl(button);
+    return button;
+}
+
+void CPreviewPanel::resized() {
+    const int wide = asMax(width - 2 * margin, 1);
+    name->setBounds(margin, margin, wide, lineHeight);
+    format->setBounds(margin, margin + lineHeight, wide, lineHeight);
+    const int below = height - margin - fieldHeight, waveTop = margin + 2 * lineHeight + gap;
+    wave->setBounds(margin, waveTop, wide, asMax(below - gap - waveTop, 1));
+    play->setBounds(margin, below, buttonWide, fieldHeight);
+    loop->setBounds(margin + buttonWide + gap, below, buttonWide, fieldHeight);
+    volume->setBounds(width - margin - volumeWide, below, volumeWide, fieldHeight);
+    volumeName->setBounds(volume->left - gap - volumeWide, below, volumeWide, fieldHeight);
+    volumeName->visible = volumeName->left >= loop->left + buttonWide + gap;
+}
+
+void CPreviewPanel::paint(CGraphic* g, CRect rect) {
+    g->fillRect(win->app->gui->palette.panel, clientRect());
+    CGroup::paint(g, rect);
+}
+
+void CPreviewPanel::describe(Description& d, int) const {
+    d.role = Role::group;
+    d.name = "Preview";
+}
+
+void CPreviewPanel::idle() {
+    wave->idle();
+    if (volume->value == keptVolume || volume->isPushed()) return;
+    keptVolume = volume->value;
+    CIniFile(inifile).writeInteger(section, volumeKey, keptVolume);
+}
+
+void CPreviewPanel::fileShown() {
+    CStr told;
+    for (int i = 0; i < preview->info.count(); i++)
+        told += (i ? CStr("  ") : CStr()) + preview->info.get(i);
+    const CStr file = extractFileName(preview->getFilename());
+    name->setText(file.empty() ? CStr("Choose a file to listen to it") : file);
+    format->setText(told);
+    play->setText(preview->isOn() ? "Stop" : "Play");
+    play->setEnabled(preview->getSample() || preview->isOn());
+    loop->setLit(preview->loops());
+    wave->redraw();
+}
+
+void CPreviewPanel::playClicked(CObject*) {
+    if (preview->isOn())
+        preview->stop();
+    else
+        preview->playFrom(0);
+    fileShown();
+}
+
+void CPreviewPanel::loopClicked(CObject*) {
+    preview->setLoop(!preview->loops());
+    fileShown();
+}
+
+void CPreviewPanel::volumeChanged(CObject*) {
+    preview->setVolume(float(volume->value) / 100.0f);
+}
