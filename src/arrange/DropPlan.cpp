@@ -107,7 +107,7 @@ private:
 std::vector<CStr> filesAmong(const CList& items) {
     std::vector<CStr> paths;
     for (const auto* item : each<CDropItem>(items))
-        if (item->type == dropFile) paths.push_back(item->path);
+        if (item->type == dropFile || item->type == dropSample) paths.push_back(item->path);
     return paths;
 }
 

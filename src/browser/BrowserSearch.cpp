@@ -9,6 +9,7 @@
 #include "ui/IniFolders.h"
 #include "ui/PluginShelf.h"
 #include "ui/Shortcuts.h"
+#include "ui/Workspace.h"
 
 #include <algorithm>
 #include <map>
@@ -61,7 +62,7 @@ void BrowserSearch::readFolders() {
     std::vector<FileIndex::Root> roots;
     for (const NodeKind kind : searched) {
         CStringList paths;
-        readIniFolders(qv, modeToSection(topKind(kind)->folders), &paths);
+        readIniFolders(workspace.host(), modeToSection(topKind(kind)->folders), &paths);
         for (int i = 0; i < paths.count(); i++) {
             std::string path = paths.get(i).asChar();
             while (path.size() > 1 && path.back() == folderSeparator) path.pop_back();
@@ -96,10 +97,8 @@ void BrowserSearch::addFiles(CTree& tree, const Words& words) const {
 }
 
 void BrowserSearch::addPlugins(CTree& tree, const Words& words) const {
-    const PluginShelf* shelf = PluginShelf::current();
-    if (!shelf) return;
     Group group(tree, topKind(nodePlugins)->title);
-    for (const PluginList::Entry* entry : shelf->list.usable())
+    for (const PluginList::Entry* entry : workspace.pluginShelf().list.usable())
         if (holds(entry->facts.name + " " + entry->facts.vendor, words))
             group.add(entry->facts.name + " (" + entry->facts.vendor + ")", nodePluginFile,
                       entry->path);
@@ -107,7 +106,7 @@ void BrowserSearch::addPlugins(CTree& tree, const Words& words) const {
 
 void BrowserSearch::addSamples(CTree& tree, const Words& words) const {
     Group group(tree, topKind(nodePool)->title);
-    for (const auto* sample : each<CSample>(qv->samples)) {
+    for (const auto* sample : each<CSample>(workspace.host()->samples)) {
         const CStr name = extractFileName(sample->filename);
         if (holds(name, words)) group.add(name, nodePoolSample, sample->filename);
     }
@@ -115,7 +114,7 @@ void BrowserSearch::addSamples(CTree& tree, const Words& words) const {
 
 void BrowserSearch::addActions(CTree& tree, const Words& words) const {
     Group group(tree, "Actions");
-    for (auto* action : each<CAction>(table.actions)) {
+    for (auto* action : each<CAction>(workspace.commands().actions)) {
         if (!action->bound() || !holds(action->label, words)) continue;
         const CStr key = shortcutToStr(action->key, action->mods);
         group.add(action->label + (key.empty() ? CStr() : " (" + key + ")"), nodeAction, "")->data =

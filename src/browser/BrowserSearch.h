@@ -3,8 +3,7 @@
 #include "browser/FileIndex.h"
 #include "gui/controls/CTree.h"
 
-class CQV;
-class Commands;
+class Workspace;
 
 /// Looks for a text in the names of files, plug-ins, samples of the project and actions, and shows
 /// what has it in a tree. Interface thread.
@@ -12,7 +11,7 @@ class BrowserSearch {
 public:
     static constexpr int mostHits = 10000; ///< files
 
-    BrowserSearch(CQV* host, Commands& commands) : qv(host), table(commands) {}
+    explicit BrowserSearch(Workspace& space) : workspace(space) {}
 
     void readFolders(); ///< the user's folders are others, or may be
     /// Takes up what the disk has told; true when there may be other hits. Interface tick.
@@ -29,7 +28,6 @@ private:
     void addSamples(CTree& tree, const Words& words) const;
     void addActions(CTree& tree, const Words& words) const;
 
-    CQV* qv;
-    Commands& table;
+    Workspace& workspace;
     FileIndex index;
 };

@@ -33,7 +33,7 @@ constexpr const char *section = "browser", *previewKey = "previewHeight";
 
 CBrowser::CBrowser(CWin* owner, Workspace& space, BrowserDeeds known)
     : CGroup(owner, "browser", 0, 0, usualWidth, 1), workspace(space), qv(space.host()),
-      deeds(std::move(known)), search(qv, space.commands()), preview(CBrowserPreview::of(qv)),
+      deeds(std::move(known)), search(space), preview(CBrowserPreview::of(qv)),
       tree(nullptr), results(nullptr), split(new CSplit(owner, "split", 0, 0, 1, splitHeight)),
       panel(new CPreviewPanel(owner, preview)) {
     addTop();

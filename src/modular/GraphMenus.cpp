@@ -21,12 +21,10 @@
 
 namespace {
 
-constexpr struct {
-    const char* text;
-    int type;
-} kinds[] = {{"Sequencer", compSeq},    {"Synthesizer", compSampler}, {"Multi Effect", compEffect},
-             {"Arpeggiator", compArp},  {"Group", compGroupCh},       {"MIDI In", compMIDIIn},
-             {"MIDI Out", compMIDIOut}, {"Audio In", compAudioIn},    {"Audio Out", compAudioOut}};
+constexpr AddedKind kinds[] = {
+    {"Sequencer", compSeq},    {"Synthesizer", compSampler}, {"Multi Effect", compEffect},
+    {"Arpeggiator", compArp},  {"Group", compGroupCh},       {"MIDI In", compMIDIIn},
+    {"MIDI Out", compMIDIOut}, {"Audio In", compAudioIn},    {"Audio Out", compAudioOut}};
 
 /// Whether a new component of a type has an input and an output for a cable.
 bool goesInto(int type, const CObject* cable) {
@@ -34,6 +32,10 @@ bool goesInto(int type, const CObject* cable) {
 }
 
 } // namespace
+
+std::span<const AddedKind> addedKinds() {
+    return kinds;
+}
 
 GraphMenus::GraphMenus(Workspace& space, ModularView& shown) : workspace(space), view(shown) {
 }
@@ -74,7 +76,7 @@ void GraphMenus::fillNew(CPopup* popup, CObject* into) {
         addAction(popup, "redo");
         popup->addSeparator();
     }
-    for (const auto& kind : kinds) {
+    for (const AddedKind& kind : kinds) {
         const int made = kind.type;
         if (into && !goesInto(made, into)) continue;
         add(popup, kind.text, [this, made, into] {

@@ -4,6 +4,7 @@
 #include "base/Geometry.h"
 
 #include <functional>
+#include <span>
 #include <vector>
 
 class CComp;
@@ -12,6 +13,13 @@ class CPopup;
 class ModularView;
 class Workspace;
 enum class GraphQuestion;
+
+/// A type of component that can be added.
+struct AddedKind {
+    const char* text;
+    int type; ///< CompType
+};
+std::span<const AddedKind> addedKinds();
 
 /// The context menus of the canvas: what can be added, what can be done with a component, and the
 /// cables of a port. Interface thread.

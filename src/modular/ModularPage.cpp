@@ -1,6 +1,7 @@
 #include "modular/ModularPage.h"
 
 #include "base/Numbers.h"
+#include "base/Paths.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
@@ -20,6 +21,7 @@
 #include "sequencer/edit/StripEdits.h"
 #include "ui/Invitation.h"
 #include "ui/NameField.h"
+#include "ui/PluginMenu.h"
 #include "ui/ProgramItems.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
@@ -336,17 +338,44 @@ void ModularPage::deleteChosen() {
     view->rebuild();
 }
 
+// What comes from elsewhere.
+
+CPoint ModularPage::middle() const {
+    return view->toGraph(asPoint(view->width / 2, view->height / 2));
+}
+
+void ModularPage::show(CComp* added) {
+    view->rebuild();
+    view->goTo(added);
+}
+
+void ModularPage::add(int kind) {
+    show(addComp(workspace.host(), kind, middle()));
+}
+
+void ModularPage::addPlugin(const CStr& path) {
+    if (std::unique_ptr<CComp> made = makePlugin(workspace, path))
+        show(addComp(workspace.host(), std::move(made), middle()));
+}
+
 // Drops.
 
 void ModularPage::dropped(CObject*, int x, int y, int) {
     if (workspace.takesDrop()) return;
-    std::vector<CStr> presets;
-    for (const auto* item : each<CDropItem>(*win->app->dragList))
-        if (item->type == dropFile && presetType(item->path) != 0) presets.push_back(item->path);
+    std::vector<CStr> presets, plugins;
+    for (const auto* item : each<CDropItem>(*win->app->dragList)) {
+        if (item->type != dropFile) continue;
+        if (presetType(item->path) != 0) presets.push_back(item->path);
+        if (sameText(extractFileExt(item->path), ".so")) plugins.push_back(item->path);
+    }
+    const CPoint at = view->toGraph(asPoint(x, y));
+    for (const CStr& path : plugins)
+        if (std::unique_ptr<CComp> made = makePlugin(workspace, path))
+            show(addComp(workspace.host(), std::move(made), at));
     if (presets.empty()) { // what is for the song goes there, as beside every window
-        if (win->app->onStrayDrop) (*win->app->onStrayDrop)(this);
+        if (plugins.empty() && win->app->onStrayDrop) (*win->app->onStrayDrop)(this);
         return;
     }
-    addPresets(workspace.host(), presets, view->toGraph(asPoint(x, y)));
+    addPresets(workspace.host(), presets, at);
     view->rebuild();
 }

@@ -9,7 +9,9 @@
 #include <memory>
 #include <vector>
 
+class CComp;
 class CScrollbar;
+class CStr;
 class GraphProbe;
 class GraphSide;
 class Invitation;
@@ -33,10 +35,12 @@ public:
     void ask(GraphQuestion question, const CObject* about);
     GraphMenus& menus() { return graphMenus; }
     const OwnActions& ownActions() const { return actions; }
-    void idle();     ///< follows what has no notice; interface tick
-    void forget();   ///< the project is about to go
-    void opened();   ///< a project has come
-    void takeKeys(); ///< it has come to the front
+    void idle();                      ///< follows what has no notice; interface tick
+    void forget();                    ///< the project is about to go
+    void opened();                    ///< a project has come
+    void takeKeys();                  ///< it has come to the front
+    void add(int kind);               ///< a component (CompType), in the middle of what is seen
+    void addPlugin(const CStr& path); ///< the same; nothing for what is none, after a message
 
 private:
     void bindActions();
@@ -51,6 +55,8 @@ private:
     void rename();
     void deleteChosen();
     bool canDelete() const;
+    CPoint middle() const;
+    void show(CComp* added);
     void dropped(CObject* sender, int x, int y, int btn);
 
     Workspace& workspace;

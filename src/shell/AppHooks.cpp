@@ -7,6 +7,7 @@
 #include "shell/CMainWin.h"
 #include "shell/DialogPlaces.h"
 #include "shell/Pages.h"
+#include "surfaces/CMIDIMapWin.h"
 
 namespace {
 
@@ -65,6 +66,14 @@ void AppHooks::deleteEditors(CComp* comp) {
 
 bool AppHooks::editorVisible(CComp* comp) {
     return editorOf(comp) != nullptr;
+}
+
+void AppHooks::editMap(CComp* host) {
+    showEditor(host, !editorVisible(host));
+}
+
+void AppHooks::refreshMap(CComp* host) {
+    if (auto* window = dynamic_cast<CMIDIMapWin*>(editorOf(host))) window->rebuild();
 }
 
 void AppHooks::idle(CComp* comp) {

@@ -25,6 +25,9 @@ public:
     void hideEditors(CComp* comp) override;
     bool editorVisible(CComp* comp) override;
     void deleteEditors(CComp* comp) override;
+    void editMap(CComp* host) override;
+    void refreshMap(CComp* host) override;
+    void deleteMap(CComp* host) override { deleteEditors(host); }
     void idle(CComp* comp) override;
 
 private:

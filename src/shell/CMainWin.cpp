@@ -13,6 +13,7 @@
 #include "sequencer/song/CEditorComp.h"
 #include "sequencer/song/CSeq.h"
 #include "setup/CSetupWin.h"
+#include "shell/BrowserSide.h"
 #include "shell/MainCommands.h"
 #include "shell/MainMenu.h"
 #include "shell/Pages.h"
@@ -53,8 +54,9 @@ CMainWin::CMainWin(CApp* application, CQV* host)
                                        host->editorStruct.top, host->editorStruct.width,
                                        host->editorStruct.height, mainStyle, host, &table),
       flows(std::make_unique<ProjectFlows>(this, host)),
-      rooms(std::make_unique<Rooms>(*this, flows->mixer)), theme(application, host),
-      mainCommands(std::make_unique<MainCommands>(this)) {
+      rooms(std::make_unique<Rooms>(
+          *this, flows->mixer, [this](const CStr& path) { flows->newProject(kindFile, path); })),
+      theme(application, host), mainCommands(std::make_unique<MainCommands>(this)) {
     minWidth = asMin(smallestWidth, screenWidth());
     minHeight = smallestHeight;
     table.readShortcuts();
@@ -99,9 +101,12 @@ void CMainWin::init() {
     const int below = Toolbar::barHeight;
     addGraph();
     pages = std::make_unique<Pages>(this, qv, graph, below, int(StatusLine::lineHeight));
+    browser = std::make_unique<BrowserSide>(this, graph);
+    resized();
     followNotices();
     idle();
     redraw();
+    rooms->playlist.begin();
 }
 
 void CMainWin::addGraph() {
@@ -123,6 +128,7 @@ void CMainWin::onTimer() {
     if (!flows->loading()) qv->idle();
     if (!pumping) flows->tick();
     if (!flows->loading()) rooms->arrange.imports.serve();
+    if (!pumping && !flows->coming()) rooms->playlist.serve();
 }
 
 void CMainWin::followNotices() {
@@ -147,6 +153,7 @@ void CMainWin::idle() {
     mainMenu->refresh();
     status->refresh();
     pages->followNames();
+    browser->idle();
 }
 
 /// What the displays follow may be gone once the graph has changed, which the next tick tells them.
@@ -168,7 +175,9 @@ void CMainWin::hide() {
 
 void CMainWin::resized() {
     CCompEditor::resized();
-    if (pages) pages->layout();
+    if (!pages) return;
+    if (browser) pages->leaveRoom(browser->layout(Toolbar::barHeight, StatusLine::lineHeight));
+    pages->layout();
 }
 
 // Pages.
@@ -388,8 +397,8 @@ void CMainWin::openEditor(CComp* edited) {
         if (known->comp == edited) return pages->open(known.get());
     if (!hasEditor(edited)) return;
     made.push_back(rooms->editors.make(*this, *edited));
-    if (edited->editorStruct.page < 0 && !edited->editorStruct.visible)
-        pages->addPage(made.back().get());
+    const CEditorStruct& place = *made.back()->dock;
+    if (place.page < 0 && !place.visible) pages->addPage(made.back().get());
     pages->open(made.back().get());
 }
 
@@ -456,4 +465,6 @@ void CMainWin::writeSettings() {
     ini.writeInteger("editor", "width", place.width);
     ini.writeInteger("editor", "height", place.height);
     if (bar) bar->writeSettings(ini);
+    if (browser) browser->writeSettings();
+    rooms->playlist.writeSettings();
 }

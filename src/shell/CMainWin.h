@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+class BrowserSide;
 class CQV;
 class CUndo;
 class MainCommands;
@@ -126,6 +127,7 @@ private:
     const ThemeLink theme;
     const std::unique_ptr<MainCommands> mainCommands;
     std::unique_ptr<MainMenu> mainMenu;
+    std::unique_ptr<BrowserSide> browser; ///< null until `init`
     Toolbar* bar = nullptr;
     ModularPage* graph = nullptr; ///< the first page
     StatusLine* status = nullptr;

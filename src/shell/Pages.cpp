@@ -271,16 +271,21 @@ void Pages::docksChanged(CObject*) {
     window->mdiChanged();
 }
 
+void Pages::leaveRoom(int wide) {
+    left = wide;
+}
+
 void Pages::layout() {
     const CGroup* client = window->clientGroup;
     const int from = bar->visible ? top + DockBar::barHeight : top;
     const int h = client->height - from - below;
-    bar->setBounds(0, top, client->width, DockBar::barHeight);
+    const int wide = asMax(client->width - left, 1);
+    bar->setBounds(left, top, wide, DockBar::barHeight);
     bar->resized();
-    first->setBounds(0, from, client->width, h);
+    first->setBounds(left, from, wide, h);
     if (first->category == catGroup) static_cast<CGroup*>(first)->resized();
     const CRect now = ctrlBounds(docker.get());
-    const CRect wanted = asRect(client->left, client->top + from, client->left + client->width,
+    const CRect wanted = asRect(client->left + left, client->top + from, client->left + left + wide,
                                 client->top + from + h);
     if (now == wanted) return;
     docker->move(wanted.left, wanted.top, wanted.width(), wanted.height());

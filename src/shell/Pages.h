@@ -36,6 +36,8 @@ public:
     Pages(const Pages&) = delete;
     Pages& operator=(const Pages&) = delete;
 
+    /// Leaves so many pixels at the left of the window to others.
+    void leaveRoom(int wide);
     /// Gives an editor that has no place yet a page of its own, for `open`. No step.
     void addPage(CCompEditor* editor);
     /// Shows an editor that its component owns, where its record tells: on its page, in front, or
@@ -89,6 +91,7 @@ private:
     CCtrl* first;
     DockBar* bar;
     const int top, below;
+    int left = 0;                             ///< pixels at the left that belong to others
     int wantedPage = -1;                      ///< of a project that was read, -1 none
     std::map<const CCompEditor*, CStr> names; ///< of the open editors, as they were last
 };

@@ -41,6 +41,7 @@ public:
     /// The share of projects in the window's timer, behind the host's idle.
     void tick();
     bool loading() const { return loadNeeded; }
+    bool coming() const { return loadNeeded || queued || asking || requested; } ///< another project
 
     void newClicked();  ///< the window "Welcome"
     void openClicked(); ///< a file dialog

@@ -4,10 +4,10 @@
 #include "ui/Commands.h"
 #include "ui/Workspace.h"
 
-Rooms::Rooms(Workspace& space, CMixer& mixer)
-    : plugins(space.host()), arrange(space, editors), workspace(space), render(space),
-      notes(space, editors), mixing(space, editors, mixer), panels(editors),
-      pluginFolders(space, plugins.processes) {
+Rooms::Rooms(Workspace& space, CMixer& mixer, PlaylistRoom::Open open)
+    : plugins(space.host()), arrange(space, editors), playlist(space, std::move(open)),
+      workspace(space), render(space), notes(space, editors), mixing(space, editors, mixer),
+      panels(editors), surfaces(space, editors), pluginFolders(space, plugins.processes) {
     workspace.commands().bind("setup", [this] { openSetup(); });
 }
 

@@ -18,6 +18,9 @@ struct Row {
 constexpr Row rows[] = {
     {"mixer", "Mixer", groupGlobal, functionKey(9)},
     {"browser", "Browser", groupGlobal, functionKey(3)},
+    {"searchall", "Search everything", groupGlobal, functionKey(3), shift},
+    {"playlist", "Playlist", groupGlobal, 'l', controlShift},
+    {"maps", "MIDI controllers", groupGlobal, 'm', controlShift},
     {"setup", "Setup", groupGlobal, functionKey(6)},
     {"find", "Find", groupGlobal, 'f', control},
     {"edit", "Edit", groupGlobal, 'e', control},

@@ -22,10 +22,7 @@ bool fits(const PluginFacts& facts, PluginUse use) {
 }
 
 void make(Workspace& workspace, const CStr& path, const Chosen& chosen) {
-    std::unique_ptr<CVST> made = newPlugin(workspace.host(), path);
-    if (!made) return;
-    workspace.pluginShelf().used(path);
-    chosen(std::move(made));
+    if (std::unique_ptr<CComp> made = makePlugin(workspace, path)) chosen(std::move(made));
 }
 
 void addEntry(CPopup* popup, Workspace& workspace, const PluginList::Entry& entry,
@@ -56,6 +53,12 @@ void openFile(Workspace& workspace, const Chosen& chosen) {
 }
 
 } // namespace
+
+std::unique_ptr<CComp> makePlugin(Workspace& workspace, const CStr& path) {
+    std::unique_ptr<CVST> made = newPlugin(workspace.host(), path);
+    if (made) workspace.pluginShelf().used(path);
+    return made;
+}
 
 void fillPluginMenu(CPopup* popup, Workspace& workspace, PluginUse use, const Chosen& chosen) {
     const PluginShelf& shelf = workspace.pluginShelf();

@@ -5,6 +5,7 @@
 
 class CComp;
 class CPopup;
+class CStr;
 class Workspace;
 
 /// What a place in the graph can take.
@@ -19,3 +20,7 @@ enum class PluginUse {
 /// nowhere. Interface thread.
 void fillPluginMenu(CPopup* popup, Workspace& workspace, PluginUse use,
                     const std::function<void(std::unique_ptr<CComp>)>& chosen);
+
+/// A plug-in that the user has chosen, linked nowhere; it counts as one that was used. Null for
+/// what cannot be one, after a message.
+std::unique_ptr<CComp> makePlugin(Workspace& workspace, const CStr& path);

@@ -1,0 +1,225 @@
+#include "ArrangeFixture.h"
+
+#include "audiofiles/CSample.h"
+#include "browser/BrowserTree.h"
+#include "browser/CBrowserPreview.h"
+#include "browser/FileIndex.h"
+#include "browser/FileNames.h"
+#include "browser/ListedFiles.h"
+#include "engine/CGroupCh.h"
+#include "engine/DeviceComps.h"
+#include "gui/controls/CEdit.h"
+#include "sequencer/song/SampleUse.h"
+#include "support/Rows.h"
+#include "ui/IniFolders.h"
+
+#include <cmath>
+#include <filesystem>
+
+namespace {
+
+/// The browser beside a song of one audio track, over a folder of samples with one below it.
+class BrowserTest : public ArrangeFixture {
+protected:
+    void begin() {
+        std::filesystem::create_directories(at("sounds/deep"));
+        for (const char* name : {"sounds/kick.wav", "sounds/Snare.wav", "sounds/deep/kick two.wav"})
+            tone(name);
+        folder.write("sounds/read me.txt", "text");
+        set("SampleFolders", "0", at("sounds").c_str());
+        startWith({trackAudio});
+        key("F3");
+        ASSERT_TRUE(pumpUntil([this] { return tree() && tree()->shown(); }));
+    }
+    template <class T>
+    T* within(const char* id, const char* group = "browser") {
+        for (auto* c : each<CCtrl>(win->clientGroup->controls)) {
+            if (c->id != group) continue;
+            for (auto* inside : each<CCtrl>(static_cast<CGroup*>(c)->controls))
+                if (inside->id == id) return static_cast<T*>(inside);
+        }
+        return nullptr;
+    }
+    BrowserTree* tree() { return within<BrowserTree>("tree"); }
+    BrowserTree* results() { return within<BrowserTree>("results"); }
+    CBrowserPreview* player() { return CBrowserPreview::of(host.get()); }
+    static CTreeNode* child(CTreeNode* of, const std::string& text) {
+        for (auto* node : each<CTreeNode>(of->children))
+            if (node->text == text.c_str()) return node;
+        return nullptr;
+    }
+    CTreeNode* top(const std::string& text) { return child(&tree()->root, text); }
+    /// The lines that show below a node, those of lower levels indented.
+    static std::string lines(const CTreeNode* of, const std::string& indent = "") {
+        std::string text;
+        for (const auto* node : each<CTreeNode>(of->children))
+            text += indent + node->text.asChar() + ";" + lines(node, indent + ".");
+        return text;
+    }
+    void clickNode(BrowserTree* in, const CTreeNode* node, bool box = false) {
+        const CRect row = in->nodeRect(node);
+        const int x = row.left + node->indent + (box ? CTree::boxWidth / 2 : CTree::boxWidth + 30);
+        mouseTo(in, x, (row.top + row.bottom) / 2);
+        act({"click", "1"});
+        settle();
+    }
+    void openSamples() {
+        clickNode(tree(), top("Samples"), true);
+        clickNode(tree(), child(top("Samples"), "sounds"), true);
+    }
+    CTreeNode* sound(const char* name) { return child(child(top("Samples"), "sounds"), name); }
+};
+
+} // namespace
+
+/// Folders first, then what a folder of samples is for; what comes, goes or is renamed on the disk
+/// does so here, and what was open stays open.
+TEST_F(BrowserTest, TreeFollowsTheDisk) {
+    begin();
+    EXPECT_EQ(lines(&tree()->root), "Favourites;Recent;Disks;Projects;Samples;Loops & clips;"
+                                    "Plugins;Components;Presets;Audio pool;");
+    openSamples();
+    const auto shows = [this](const char* wanted) {
+        return pumpUntil([&] { return lines(top("Samples")) == wanted; });
+    };
+    EXPECT_TRUE(shows("sounds;.deep;.kick.wav;.Snare.wav;")) << lines(top("Samples"));
+    clickNode(tree(), sound("deep"), true);
+    std::filesystem::rename(at("sounds/kick.wav"), at("sounds/a.wav"));
+    EXPECT_TRUE(shows("sounds;.deep;..kick two.wav;.a.wav;.Snare.wav;")) << lines(top("Samples"));
+    std::filesystem::remove_all(at("sounds/deep"));
+    EXPECT_TRUE(shows("sounds;.a.wav;.Snare.wav;")) << lines(top("Samples"));
+    key("F3");
+    EXPECT_FALSE(tree()->shown());
+}
+
+/// A press and the arrows play what they come to, whatever played before; what cannot be played
+/// lets it go on, and Escape ends it.
+TEST_F(BrowserTest, WhatIsChosenIsHeard) {
+    begin();
+    openSamples();
+    clickNode(tree(), sound("kick.wav"));
+    EXPECT_EQ(player()->getFilename(), at("sounds/kick.wav").c_str());
+    EXPECT_TRUE(player()->isOn());
+    key("Down");
+    EXPECT_EQ(player()->getFilename(), at("sounds/Snare.wav").c_str());
+    ASSERT_TRUE(pumpUntil([this] { return player()->getSample() != nullptr; }));
+    clickNode(tree(), top("Audio pool"));
+    EXPECT_TRUE(player()->isOn());
+    key("Escape");
+    EXPECT_FALSE(player()->isOn());
+    CCtrl* wave = nullptr;
+    for (auto* c : each<CCtrl>(within<CGroup>("preview")->controls))
+        if (c->id == "wave") wave = c;
+    mouseTo(wave, wave->width / 2, 5);
+    act({"click", "1"});
+    const GraphHold hold(host.get());
+    std::vector<float> left(64), right(64), scratch(64);
+    player()->process(left.data(), right.data(), scratch.data(), right.data(), 64);
+    EXPECT_NEAR(player()->frame(), 22050 + 64, 400) << "a second of sound, from its middle on";
+}
+
+/// A file comes to the song by a double click or by being dragged there, and is remembered.
+TEST_F(BrowserTest, FilesComeToTheSong) {
+    begin();
+    openSamples();
+    CTreeNode* kick = sound("kick.wav");
+    const CRect row = tree()->nodeRect(kick);
+    mouseTo(tree(), row.left + kick->indent + 40, row.top + 9);
+    act({"click", "--repeat", "2", "--delay", "60", "1"});
+    ASSERT_TRUE(pumpUntil([this] { return tracks() == 2; }));
+    mouseTo(tree(), row.left + kick->indent + 40, row.top + 9);
+    act({"mousedown", "1"});
+    mouseTo(tree(), row.left + kick->indent + 60, row.top + 20);
+    mouseTo(asPoint(100, yOf(0)));
+    mouseTo(asPoint(104, yOf(0)));
+    act({"mouseup", "1"});
+    ASSERT_TRUE(pumpUntil([this] { return parts(0) == 1; }));
+    EXPECT_STREQ(host->undoText().asChar(), "Drop kick.wav");
+    CStringList recent;
+    readShelf(FileShelf::recent, &recent);
+    EXPECT_EQ(recent.count(), 1);
+    EXPECT_EQ(recent.get(0), at("sounds/kick.wav").c_str());
+}
+
+/// One box finds files by any of their words, and actions, which Return carries out.
+TEST_F(BrowserTest, OneSearchFindsAll) {
+    begin();
+    key("shift+F3");
+    act({"type", "KI"});
+    const auto finds = [this](const std::string& wanted) {
+        return pumpUntil([&] { return lines(&results()->root).find(wanted) != std::string::npos; });
+    };
+    EXPECT_TRUE(finds("Samples;.kick two.wav (" + at("sounds/deep") + ");.kick.wav (" +
+                      at("sounds") + ");"))
+        << lines(&results()->root);
+    EXPECT_FALSE(tree()->visible);
+    act({"type", " TWO"});
+    EXPECT_EQ(lines(&results()->root), "Samples;.kick two.wav (" + at("sounds/deep") + ");");
+    tone("sounds/two kilo.wav");
+    EXPECT_TRUE(finds("two kilo.wav")) << lines(&results()->root);
+    key("Escape");
+    EXPECT_TRUE(tree()->visible);
+    key("shift+F3");
+    act({"type", "no such thing"});
+    EXPECT_EQ(lines(&results()->root), "<no items found>;");
+    key("ctrl+a");
+    act({"type", "metronome"});
+    const bool before = win->getAction("metronome")->isOn();
+    key("Return");
+    key("Return");
+    EXPECT_NE(win->getAction("metronome")->isOn(), before);
+}
+
+/// A file never takes the place of another, and what plays it in the project finds it again.
+TEST_F(BrowserTest, RenamesKeepFilesAndSamples) {
+    begin();
+    ASSERT_EQ(runCommand({"sox", at("sounds/kick.wav"), "-b", "16", at("k.wav")}), 0);
+    std::filesystem::rename(at("k.wav"), at("sounds/kick.wav"));
+    CSample* used = host->addSample(at("sounds/kick.wav").c_str(), 1);
+    ASSERT_TRUE(used);
+    const auto bytes = std::filesystem::file_size(at("sounds/Snare.wav"));
+    for (const char* bad : {"Snare.wav", "", "a/b.wav", "deep", ".hidden"})
+        EXPECT_FALSE(renameFile(host.get(), at("sounds/kick.wav").c_str(), bad).empty()) << bad;
+    EXPECT_EQ(std::filesystem::file_size(at("sounds/Snare.wav")), bytes);
+    EXPECT_TRUE(renameFile(host.get(), at("sounds/kick.wav").c_str(), "low.wav").empty());
+    EXPECT_EQ(used->filename, at("sounds/low.wav").c_str());
+    EXPECT_TRUE(host->modified());
+    EXPECT_EQ(unusedSamples(host.get()).size(), 1u);
+    EXPECT_EQ(removeUnusedSamples(host.get()), 1);
+    ASSERT_TRUE(loaded());
+    EXPECT_EQ(host->samples.getCount(), 0);
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([this] { return host->samples.getCount() == 1; }));
+}
+
+/// Links in a circle end, a folder that goes takes its files along, and one kind of a name does not
+/// hide another.
+TEST(FileIndex, FollowsFoldersOnce) {
+    const TempFolder folder;
+    const std::string base = folder.file("").asChar(), root = base.substr(0, base.size() - 1);
+    namespace fs = std::filesystem;
+    fs::create_directories(root + "/a/b");
+    fs::create_directory_symlink(root, root + "/a/again");
+    for (const char* name : {"/one.wav", "/a/one.wav", "/a/b/three.wav", "/a/other.txt"})
+        folder.write(name + 1, "x");
+    FileIndex index;
+    index.setRoots({{1, root, ".WAV"}, {2, root, ".TXT"}});
+    const auto counts = [&](int wanted) {
+        for (int i = 0; i < 3000 && (index.count() != wanted || index.busy()); i++) {
+            index.take();
+            usleep(1000);
+        }
+        return index.count();
+    };
+    EXPECT_EQ(counts(4), 4);
+    EXPECT_EQ(index.find({"one"}, 100).size(), 2u);
+    EXPECT_EQ(index.find({"e", "o", "n"}, 1).size(), 1u);
+    EXPECT_EQ(index.find({"other"}, 100).at(0).kind, 2);
+    fs::create_directories(root + "/c/d");
+    folder.write("c/d/new.wav", "x");
+    EXPECT_EQ(counts(5), 5);
+    fs::remove_all(root + "/a");
+    EXPECT_EQ(counts(2), 2);
+    index.setRoots({{2, root, ".TXT"}});
+    EXPECT_EQ(index.count(), 0);
+}
