@@ -24,6 +24,13 @@ void DeviceMidi::keep(std::span<const AamEvent> in) {
 }
 
 std::span<const AamEvent> DeviceMidi::take(std::span<const AamEvent> in) {
+    const std::span<const AamEvent> all = withKept(in);
+    if (copies)
+        for (const AamEvent& e : all) copied.push(e.data);
+    return all;
+}
+
+std::span<const AamEvent> DeviceMidi::withKept(std::span<const AamEvent> in) {
     if (numKept == 0) return in;
     append(in);
     const std::span<const AamEvent> all(kept.data(), size_t(numKept));

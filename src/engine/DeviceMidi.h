@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Atomic.h"
+#include "base/Ring.h"
 
 #include "driver/libaam.h"
 
@@ -14,6 +15,11 @@
 class DeviceMidi {
 public:
     Shared<unsigned> calls{0}; ///< of the driver, whether with the graph or not
+
+    /// Copies of the messages that come in, packed, for who is not in the graph; while `copies` is
+    /// set. What there is no room for is lost.
+    Ring<int, 1024> copied;
+    Shared<bool> copies{false};
 
     DeviceMidi() : kept(aamMaxEvents) {}
 
@@ -38,6 +44,7 @@ public:
 private:
     static constexpr int devices = 129, channels = 16, keys = 128; ///< device -1 is place 0
 
+    std::span<const AamEvent> withKept(std::span<const AamEvent> in);
     void append(std::span<const AamEvent> in);
     void set(std::size_t at, bool on);
 

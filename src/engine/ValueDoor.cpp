@@ -55,13 +55,23 @@ void ValueDoor::setParam(CObject* target, int param, float share) {
     change(parameterOf(target, param), [&] { setParamShare(target, param, share); });
 }
 
-void ValueDoor::nudge(const StoredValue& value, const Numbers& to) {
+void ValueDoor::run(const StoredValue& value) {
     if (!running || !(*running == value)) {
         begin();
         running = value;
     }
     lastNudge = asTimeInMS();
+}
+
+void ValueDoor::nudge(const StoredValue& value, const Numbers& to) {
+    run(value);
     change(value, [&] { value.set(to); });
+}
+
+void ValueDoor::nudgeParam(CObject* target, int param, float share) {
+    const StoredValue value = parameterOf(target, param);
+    run(value);
+    change(value, [&] { setParamShare(target, param, share); });
 }
 
 void ValueDoor::end() {

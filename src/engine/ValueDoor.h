@@ -39,6 +39,7 @@ public:
     /// A turn of the wheel or a key: joins those of the last second on the same value.
     void nudge(const StoredValue& value, const Numbers& to);
     void nudge(const StoredValue& value, double to) { nudge(value, Numbers{to}); }
+    void nudgeParam(CObject* target, int param, float share); ///< 0 to 1
 
     /// What has just been set is what a parameter moves, and now stands at `share`, 0 to 1: it
     /// counts as if that had been set.
@@ -63,6 +64,7 @@ private:
         StoredValue value;
         Numbers before;
     };
+    void run(const StoredValue& value);
     template <class F>
     void change(const StoredValue& value, F&& write);
 
