@@ -1,11 +1,36 @@
 #pragma once
 
+#include "surfaces/CCS.h"
+
+#include <functional>
+#include <memory>
+
+class CComp;
+class CConfigWin;
 class EditorTable;
 class Workspace;
 
-/// The windows of controllers. Interface thread.
+/// The windows of controllers, and the controller whose definition is open. Interface thread.
 class SurfacesRoom {
 public:
-    /// Enters the map window and binds its command.
-    SurfacesRoom(Workspace& workspace, EditorTable& editors);
+    /// Enters the map window, binds the commands, and opens the definition of the settings. `front`
+    /// tells which component the user has in front, null none.
+    SurfacesRoom(Workspace& workspace, EditorTable& editors, std::function<CComp*()> front);
+    ~SurfacesRoom();
+    SurfacesRoom(const SurfacesRoom&) = delete;
+    SurfacesRoom& operator=(const SurfacesRoom&) = delete;
+
+    CCS surface;
+
+    /// A file that was dropped on the program; it is kept for the next start. False for no
+    /// definition.
+    bool openFile(const CStr& path);
+    void idle(); ///< interface tick
+    void writeSettings() const;
+
+private:
+    void showConfig();
+
+    Workspace& workspace;
+    std::unique_ptr<CConfigWin> window; ///< null until it shows first
 };
