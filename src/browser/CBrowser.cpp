@@ -33,8 +33,8 @@ constexpr const char *section = "browser", *previewKey = "previewHeight";
 
 CBrowser::CBrowser(CWin* owner, Workspace& space, BrowserDeeds known)
     : CGroup(owner, "browser", 0, 0, usualWidth, 1), workspace(space), qv(space.host()),
-      deeds(std::move(known)), search(space), preview(CBrowserPreview::of(qv)),
-      tree(nullptr), results(nullptr), split(new CSplit(owner, "split", 0, 0, 1, splitHeight)),
+      deeds(std::move(known)), search(space), preview(CBrowserPreview::of(qv)), tree(nullptr),
+      results(nullptr), split(new CSplit(owner, "split", 0, 0, 1, splitHeight)),
       panel(new CPreviewPanel(owner, preview)) {
     addTop();
     tree = addTree("tree");

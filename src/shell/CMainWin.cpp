@@ -55,7 +55,8 @@ CMainWin::CMainWin(CApp* application, CQV* host)
                                        host->editorStruct.height, mainStyle, host, &table),
       flows(std::make_unique<ProjectFlows>(this, host)),
       rooms(std::make_unique<Rooms>(
-          *this, flows->mixer, [this](const CStr& path) { flows->newProject(kindFile, path); })),
+          *this, flows->mixer, [this](const CStr& path) { flows->newProject(kindFile, path); },
+          [this] { return frontComp(); })),
       theme(application, host), mainCommands(std::make_unique<MainCommands>(this)) {
     minWidth = asMin(smallestWidth, screenWidth());
     minHeight = smallestHeight;
@@ -154,6 +155,7 @@ void CMainWin::idle() {
     status->refresh();
     pages->followNames();
     browser->idle();
+    rooms->surfaces.idle();
 }
 
 /// What the displays follow may be gone once the graph has changed, which the next tick tells them.
@@ -239,6 +241,12 @@ CCompEditor* CMainWin::asked() const {
     return pages ? pages->current() : nullptr;
 }
 
+/// That the window is about which has the keys, or the page in front; null without any.
+CComp* CMainWin::frontComp() const {
+    const CCompEditor* editor = asked();
+    return editor && editor->comp != qv ? editor->comp : nullptr;
+}
+
 /// The first page is in front, and no window on the screen has the keys.
 bool CMainWin::graphAsked() const {
     return graph && pages && pages->firstInFront() && !asked();
@@ -287,6 +295,7 @@ bool CMainWin::takesDrop() {
             flows->newProject(kindFile, item->path);
             return true;
         }
+        if (rooms->surfaces.openFile(item->path)) return true;
         if (!sameText(ext, ".qvl")) continue;
         openTheme(app, qv, item->path);
         return true;
@@ -467,4 +476,5 @@ void CMainWin::writeSettings() {
     if (bar) bar->writeSettings(ini);
     if (browser) browser->writeSettings();
     rooms->playlist.writeSettings();
+    rooms->surfaces.writeSettings();
 }

@@ -115,6 +115,7 @@ private:
     void mainDrop(CObject* sender);
     void deviceClicked(CObject* sender);
     CCompEditor* asked() const;
+    CComp* frontComp() const;
     void addGraph();
     bool graphAsked() const;
     void writeSettings();

@@ -148,7 +148,7 @@ void MainMenu::fillEdit(CPopup* popup) {
 }
 
 void MainMenu::fillView(CPopup* popup) {
-    for (const char* page : {"modular", "arrangement", "browser", "searchall", "mixer", "maps",
+    for (const char* page : {"modular", "arrangement", "browser", "searchall", "mixer", "maps", "surface",
                              "playlist", "priorpage", "nextpage"})
         addAction(popup, page);
     if (CCompEditor* page = window->pages->current()) {

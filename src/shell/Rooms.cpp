@@ -4,10 +4,12 @@
 #include "ui/Commands.h"
 #include "ui/Workspace.h"
 
-Rooms::Rooms(Workspace& space, CMixer& mixer, PlaylistRoom::Open open)
+Rooms::Rooms(Workspace& space, CMixer& mixer, PlaylistRoom::Open open,
+             std::function<CComp*()> front)
     : plugins(space.host()), arrange(space, editors), playlist(space, std::move(open)),
-      workspace(space), render(space), notes(space, editors), mixing(space, editors, mixer),
-      panels(editors), surfaces(space, editors), pluginFolders(space, plugins.processes) {
+      surfaces(space, editors, std::move(front)), workspace(space), render(space),
+      notes(space, editors), mixing(space, editors, mixer), panels(editors),
+      pluginFolders(space, plugins.processes) {
     workspace.commands().bind("setup", [this] { openSetup(); });
 }
 

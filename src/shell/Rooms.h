@@ -11,6 +11,7 @@
 #include "ui/EditorTable.h"
 #include "ui/PluginShelf.h"
 
+#include <functional>
 #include <memory>
 
 class CSetupWin;
@@ -19,8 +20,10 @@ class CSetupWin;
 /// and enters its editors. Interface thread.
 class Rooms {
 public:
-    /// `mixer` is that of the project, and outlives them; `open` opens another project.
-    Rooms(Workspace& workspace, CMixer& mixer, PlaylistRoom::Open open);
+    /// `mixer` is that of the project, and outlives them; `open` opens another project, and
+    /// `front` tells the component that the user has in front.
+    Rooms(Workspace& workspace, CMixer& mixer, PlaylistRoom::Open open,
+          std::function<CComp*()> front);
     ~Rooms();
     Rooms(const Rooms&) = delete;
     Rooms& operator=(const Rooms&) = delete;
@@ -29,6 +32,7 @@ public:
     PluginShelf plugins;
     ArrangeRoom arrange;
     PlaylistRoom playlist;
+    SurfacesRoom surfaces;
     std::unique_ptr<CSetupWin> setup; ///< null until it is opened first
 
 private:
@@ -39,6 +43,5 @@ private:
     const NoteCommands notes;
     const MixerRoom mixing;
     const PanelsRoom panels;
-    const SurfacesRoom surfaces;
     const AskPluginFolders pluginFolders;
 };

@@ -20,6 +20,7 @@ constexpr Row rows[] = {
     {"browser", "Browser", groupGlobal, functionKey(3)},
     {"searchall", "Search everything", groupGlobal, functionKey(3), shift},
     {"playlist", "Playlist", groupGlobal, 'l', controlShift},
+    {"surface", "Control surface", groupGlobal},
     {"maps", "MIDI controllers", groupGlobal, 'm', controlShift},
     {"setup", "Setup", groupGlobal, functionKey(6)},
     {"find", "Find", groupGlobal, 'f', control},
