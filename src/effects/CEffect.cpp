@@ -155,6 +155,11 @@ void CEffect::fade(float to, int frames, int offset) {
     }
 }
 
+std::optional<MacroStyle> CEffect::macroStyle(int macro) {
+    if (macro < 0 || macro >= macroCount) return std::nullopt;
+    return looks.of(macro);
+}
+
 bool CEffect::followsKey() const {
     const auto* prog = static_cast<const CEffectProg*>(progs.items(curProg));
     if (prog)
@@ -282,6 +287,10 @@ void CEffect::write(CStream* stream) {
     writeIntBlock(stream, "progi", curProg);
     for (auto* prog : each<CEffectProg>(progs)) saveProg(stream, prog);
     writeMacros(stream, *this);
+    const auto style = [this](int i) { return looks.of(i); };
+    if (!anyMacroStyle(style)) return;
+    const OpenBlock block(stream, "macrolooks");
+    writeMacroStyles(stream, style);
 }
 
 void CEffect::saveProg(CStream* stream, CEffectProg* prog) {
@@ -300,6 +309,7 @@ void CEffect::read(CStream* stream, int end) {
     }
     deleteAll<CEffectProg>(old);
     takeMacros(*this, content.macros);
+    looks = content.looks;
     notices.raise(CompNotice::program);
 }
 

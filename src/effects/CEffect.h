@@ -3,6 +3,7 @@
 #include "effects/EffectKinds.h"
 #include "engine/CComp.h"
 #include "engine/KeyInput.h"
+#include "engine/Macros.h"
 
 /// A program of the rack: a chain of effects, in the order in which they sound.
 class CEffectProg : public CProgram {
@@ -22,7 +23,7 @@ public:
 /// Once the rack is linked, its programs and their effects come by `addProg` and `addEffect`, leave
 /// by `CUndo::asRemove` and change places by `asMove`, all in a step about this rack: the lists are
 /// `progs` and `effects` of a program. Settings of an effect may change at any time.
-class CEffect : public CComp, public Keyed {
+class CEffect : public CComp, public Keyed, public StyledMacros {
 public:
     explicit CEffect(CQV* root);
 
@@ -54,6 +55,7 @@ public:
     /// What its compressors and gates follow. A project stores it, other files do not.
     CKeyInput& keyInput() override { return key; }
     bool followsKey() const override; ///< in the current program
+    std::optional<MacroStyle> macroStyle(int macro) override;
     void createIO();
     CEffectProg* getProg(); ///< the current one, or null
     /// The next block begins as the switch stands, without a fade. Graph holder.
@@ -85,6 +87,7 @@ public:
 
 private:
     CKeyInput key{this};
+    MacroLooks looks;
     int declaredDelay = 0; ///< that the delay compensation was last asked for
     /// How much of the chain is heard: 1 on, 0 off, between them while one fades to the other;
     /// below 0 before the first block.

@@ -232,6 +232,7 @@ void RackContent::readBlock(const CStr& name, CStream& body) {
     if (name == "fx") return readEffect(body);
     if (body.left() < int64_t(sizeof(int))) return;
     if (name == "macros") macros = readMacros(body);
+    if (name == "macrolooks") readMacroStyles(body, [this](int i) { return looks.of(i); });
     if (name == "progi") progIndex = body.readInt();
     if (name == "reverbSize" && last && last->type == fxReverb)
         static_cast<CReverb*>(last)->setSize(body.readInt());

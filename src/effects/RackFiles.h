@@ -25,6 +25,7 @@ public:
     CList progs;       ///< of CEffectProg, owned until somebody takes them
     int progIndex = 0; ///< as stored
     MacroNumbers macros = noMacros();
+    MacroLooks looks;
 
     /// Effects are made for `hz` frames a second and blocks of `frames`.
     RackContent(float hz, int frames) : rate(hz), blockFrames(frames) {}

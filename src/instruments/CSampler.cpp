@@ -14,6 +14,7 @@
 #include "instruments/FactoryPrograms.h"
 #include "instruments/SamplerContent.h"
 #include "instruments/SamplerFiles.h"
+#include "instruments/SoundParams.h"
 
 #include <algorithm>
 #include <cassert>
@@ -125,8 +126,15 @@ void CSampler::setMacroParam(int index, int param) {
     if (prog && index >= 0 && index < progMacros) prog->macros[index].controller = param;
 }
 
+std::optional<MacroStyle> CSampler::macroStyle(int macro) {
+    CSynthProg* prog = getProg();
+    if (!prog || macro < 0 || macro >= progMacros) return std::nullopt;
+    ProgMacro& m = prog->macros[macro];
+    return MacroStyle{&m.name, &m.low, &m.high};
+}
+
 CStr CSampler::paramName(int index) {
-    return CStr("CC-") + asStr(index);
+    return soundParamName(*this, index);
 }
 
 CStr CSampler::paramText(int index) {

@@ -3,6 +3,7 @@
 #include "base/Ring.h"
 #include "common/fx/EchoLine.h"
 #include "engine/CComp.h"
+#include "engine/Macros.h"
 #include "instruments/CSynthProg.h"
 #include "instruments/CVoice.h"
 #include "instruments/SustainPedal.h"
@@ -15,7 +16,7 @@ class SamplerContent;
 
 /// The built-in instrument: a MIDI input, a stereo output, a list of programs of which the current
 /// one sounds, and 64 voices that all of its sounds share.
-class CSampler : public CComp {
+class CSampler : public CComp, public StyledMacros {
 public:
     static constexpr int voiceCount = 64;
     static constexpr int controllers = 128;
@@ -46,7 +47,8 @@ public:
     int numParams() override { return controllers; }
     void setParam(int index, ToStore<float> value) override;
     void listParam(int index, std::vector<StoredValue>& parts) override;
-    CStr paramName(int index) override;
+    std::optional<MacroStyle> macroStyle(int macro) override; ///< of the current program
+    CStr paramName(int index) override; ///< what it moves, else the number of the controller
     CStr paramText(int index) override;
     const ParamUnit* paramUnit(int index) override;
     float param(int index) override;

@@ -18,7 +18,8 @@ constexpr int progMacros = 8;
 /// number of the controller is that of the sampler's parameter too.
 struct ProgMacro {
     CStr name;
-    int controller = -1; ///< -1: the knob is not used
+    int controller = -1;           ///< -1: the knob is not used
+    float low = 0.0f, high = 1.0f; ///< from where to where it turns
 };
 
 /// A program of the sampler: layers of sounds, and two send effects that all of them share.

@@ -141,6 +141,9 @@ public:
     Stored<int> delay{0};       ///< milliseconds, 0 to 5000
     Stored<int> inv{1};         ///< stored, without effect
     Stored<int> restart{restartPoly};
+    /// Where it stands in the voice that sounded last, for views: 0 to 1 of a cycle, and what it
+    /// gives.
+    Shared<float> shownPhase{0.0f}, shownValue{0.5f};
 
     explicit CLFO(int number);
 

@@ -170,6 +170,16 @@ void readMacros(CStream& s, CSynthProg& prog) {
     }
 }
 
+void readMacroRanges(CStream& s, CSynthProg& prog) {
+    for (ProgMacro& m : prog.macros) {
+        if (s.left() < 2 * int64_t(sizeof(float))) return;
+        const float low = s.readFloat(), high = s.readFloat();
+        if (!(low >= 0.0f && low < high && high <= 1.0f)) continue;
+        m.low = low;
+        m.high = high;
+    }
+}
+
 void readStrip(CStream& s, CSound& sound) {
     readByte(s, sound.mode, soundPoly, soundMono);
     readByte(s, sound.group, 0, 255);
@@ -265,6 +275,7 @@ void SamplerContent::readHeadBlock(const CStr& name, CStream& body) {
     if (name == "reverbSize") readSetting(body, *prog->reverb(), &CReverb::setSize);
     if (name == "progwords") readTags(body, *prog);
     if (name == "progmacros") readMacros(body, *prog);
+    if (name == "macrorange") readMacroRanges(body, *prog);
     if (name == "layeri") {
         auto* wanted = static_cast<CLayer*>(prog->layers.items(body.readInt()));
         if (wanted) prog->layer = wanted;

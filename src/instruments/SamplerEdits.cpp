@@ -1,5 +1,6 @@
 #include "instruments/SamplerEdits.h"
 
+#include "base/CStream.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
@@ -9,6 +10,7 @@
 #include "instruments/CWavSound.h"
 #include "instruments/DrumKit.h"
 #include "instruments/FactoryPrograms.h"
+#include "instruments/SamplerContent.h"
 
 namespace {
 
@@ -68,6 +70,55 @@ void takeFactoryProgram(CSampler* sampler, int index) {
         undo->asInt(sampler->curProg.address()); // redone last
     });
     sampler->setProg(place);
+}
+
+namespace {
+
+/// Of sounds that play files.
+void listClips(CSynthProg& prog, CList& clips) {
+    prog.eachSound([&](CSound* s) {
+        if (s->type != typeWavSound) return;
+        const auto* wav = static_cast<const CWavSound*>(s);
+        for (int i = 0; i < wav->clipCount; i++) clips.addUnique(wav->clips[i]);
+    });
+}
+
+/// The clips that nothing but a program that goes has played go with it.
+void removeClips(CSampler* sampler, CSynthProg* leaver, CUndo* undo) {
+    CList gone, stay;
+    listClips(*leaver, gone);
+    for (auto* prog : each<CSynthProg>(sampler->progs))
+        if (prog != leaver) listClips(*prog, stay);
+    for (auto* clip : each<CSampleClip>(gone))
+        if (!stay.contains(clip) && sampler->clips.contains(clip))
+            undo->asRemove(clip, &sampler->clips);
+}
+
+} // namespace
+
+bool takeProgramFile(CSampler* sampler, const CStr& path) {
+    CSynthProg* former = sampler->getProg();
+    if (!former) return openPrograms(sampler, path);
+    CFileStream file(path, 0);
+    SamplerContent content(sampler->host, sampler);
+    if (file.isOpen()) content.read(&file, file.getSize());
+    auto* made = static_cast<CSynthProg*>(content.progs.getFirst());
+    if (!made) return false;
+    const int place = sampler->curProg;
+    step(sampler, "Take program", [&](CUndo* undo) {
+        undo->asInt(sampler->curProg.address()); // undone last
+        removeClips(sampler, former, undo);
+        undo->asRemove(former, &sampler->progs);
+        while (auto* clip = static_cast<CSampleClip*>(content.clips.getFirst())) {
+            content.clips.del(0);
+            undo->asAdd(clip, &sampler->clips);
+        }
+        content.progs.del(0);
+        undo->asAdd(made, &sampler->progs, place);
+        undo->asInt(sampler->curProg.address()); // redone last
+    });
+    sampler->setProg(place);
+    return true;
 }
 
 bool openPrograms(CSampler* sampler, const CStr& path) {

@@ -13,6 +13,8 @@ void addDefaultProgram(CSampler* sampler);            ///< one synthesizer sound
 void addFactoryProgram(CSampler* sampler, int index); ///< of `factoryName`
 /// A factory program comes in the place of the current one.
 void takeFactoryProgram(CSampler* sampler, int index);
+/// The first program of a .qvs comes in its place; false for a file without any.
+bool takeProgramFile(CSampler* sampler, const CStr& path);
 /// The programs of a .qvs, or the presets of a SoundFont. False after a message, or without any.
 bool openPrograms(CSampler* sampler, const CStr& path);
 

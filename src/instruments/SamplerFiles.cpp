@@ -133,10 +133,19 @@ void writeTags(CStream* s, const CSynthProg& prog) {
     }
     const auto used = [](const ProgMacro& m) { return m.controller >= 0; };
     if (std::none_of(std::begin(prog.macros), std::end(prog.macros), used)) return;
-    OpenBlock block(s, "progmacros");
+    {
+        OpenBlock block(s, "progmacros");
+        for (const ProgMacro& m : prog.macros) {
+            s->writeInt(m.controller);
+            s->writeStr(m.name);
+        }
+    }
+    const auto limited = [](const ProgMacro& m) { return m.low != 0.0f || m.high != 1.0f; };
+    if (std::none_of(std::begin(prog.macros), std::end(prog.macros), limited)) return;
+    OpenBlock block(s, "macrorange");
     for (const ProgMacro& m : prog.macros) {
-        s->writeInt(m.controller);
-        s->writeStr(m.name);
+        s->writeFloat(m.low);
+        s->writeFloat(m.high);
     }
 }
 

@@ -96,6 +96,11 @@ void CSampler::renderSound(CSound* sound, CVoice** list, int count, int frames, 
     std::fill_n(right, frames, 0.0f);
     sound->processVoices(list, count, left, right, frames);
     for (int i = 0; i < targetCount; i++) sound->curShown[i] = sound->cur[i];
+    for (int i = 0; i < lfoCount; i++) {
+        const CLFOStage& stage = list[count - 1]->lfoStages[i];
+        sound->lfo[i]->shownPhase = float(stage.phase);
+        sound->lfo[i]->shownValue = stage.value;
+    }
     for (auto& insert : sound->fx) {
         if (!insert->enabled) continue;
         insert->tempo = host->tempoNow;

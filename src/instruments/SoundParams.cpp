@@ -5,6 +5,7 @@
 #include "instruments/CSampler.h"
 #include "instruments/SoundSettings.h"
 
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -124,9 +125,10 @@ StoredValue soundParameter(CSampler& sampler, int param) {
 }
 
 CStr soundParamName(CSampler& sampler, int param) {
-    int moved = targetNone;
-    eachMoved(sampler, param, [&](CSound*, int target) {
-        if (moved == targetNone) moved = target;
-    });
-    return moved == targetNone ? sampler.paramName(param) : paramAsStr(moved);
+    std::set<int> moved;
+    eachMoved(sampler, param, [&](CSound*, int target) { moved.insert(target); });
+    CStr names;
+    for (const int target : moved)
+        names += (names.empty() ? CStr() : CStr(", ")) + paramAsStr(target);
+    return names.empty() ? CStr("CC-") + asStr(param) : names;
 }

@@ -25,5 +25,5 @@ ParamRef soundParamOf(CSampler& sampler, CSound& sound, const Setting& setting, 
 float soundParamShare(CSampler& sampler, int param);
 /// That as a value of the user, which moves all of them.
 StoredValue soundParameter(CSampler& sampler, int param);
-/// What it moves, "Cutoff"; where it moves nothing its own name.
+/// What it moves in the current program, "Cutoff" or "Pan, Cutoff"; where it moves nothing the controller, "CC-71".
 CStr soundParamName(CSampler& sampler, int param);

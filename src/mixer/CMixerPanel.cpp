@@ -140,7 +140,7 @@ void CMixerPanel::reconcile(const std::vector<MixerStrip>& wanted) {
 
 bool CMixerPanel::shows(StripSection section) const {
     const CMixProg* prog = state.mixer.getProg(-1);
-    return !prog || (prog->sh & bitOf(section));
+    return everySection || !prog || (prog->sh & bitOf(section));
 }
 
 void CMixerPanel::show(StripSection section, bool on) {
@@ -157,6 +157,13 @@ bool CMixerPanel::setFilter(StripFilter::Kind kind) {
     shownBy.set(kind, selected);
     layout();
     return true;
+}
+
+void CMixerPanel::showRouted(const COutputChannel* to) {
+    everySection = true;
+    for (const MixerStrip& s : all)
+        if (s.channel == to) shownBy.set(StripFilter::routed, {s});
+    layout();
 }
 
 void CMixerPanel::setNameFilter(const CStr& part) {

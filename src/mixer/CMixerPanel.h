@@ -55,6 +55,8 @@ public:
     /// Of the selected strips, where it is about some; false where none is.
     bool setFilter(StripFilter::Kind kind);
     void setNameFilter(const CStr& part);
+    /// From now on shows all that leads to a strip, whatever sections are switched on.
+    void showRouted(const COutputChannel* to);
     bool showsRows(int rows) const; ///< StripRows
     void showRows(int rows, bool on);
     const std::vector<CMixerStrip*>& strips() const { return made; } ///< from left to right
@@ -112,6 +114,7 @@ private:
 
     std::vector<MixerStrip> all; ///< as they were listed last
     StripFilter shownBy;
+    bool everySection = false;
     std::vector<CMixerStrip*> made;
     std::vector<SectionTitle*> titles; ///< by StripSection
     int shownMask = -1;                ///< of sections

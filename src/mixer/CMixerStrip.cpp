@@ -275,8 +275,15 @@ void CMixerStrip::paint(CGraphic* g, CRect rect) {
     const int ground =
         shown.selected ? fadeCol(colours.panel, colours.accent, selectedShare) : colours.panel;
     g->fillRect(ground, asRect(0, 0, width - 1, height));
-    g->fillLine(colours.frame, asRect(width - 1, 0, width, height));
+    const CRect edge = asRect(width - 1, 0, width, height);
+    if (g->wants(edge)) g->fillLine(colours.frame, edge);
     const StripLayout at(panel.state.plan, panel.state.isWide(of));
+    if (g->wants(at.name)) paintName(g, at, ground);
+    CGroup::paint(g, rect);
+}
+
+void CMixerStrip::paintName(CGraphic* g, const StripLayout& at, int ground) {
+    const CPalette& colours = win->app->gui->palette;
     const int own = shown.colour < 0 ? colours.raised : shown.colour;
     const int base = of.drum ? fadeCol(own, ground, drumShare) : own;
     const int plate = shown.heard ? base : fadeCol(base, ground, silentShare);
@@ -300,7 +307,6 @@ void CMixerStrip::paint(CGraphic* g, CRect rect) {
                   drumsUnfolded(of) ? dirLeft : dirRight, foldReach);
     }
     if (hasKeyFocus()) g->frameRect(colours.accent, at.name);
-    CGroup::paint(g, rect);
 }
 
 // The mouse.

@@ -29,6 +29,8 @@ class ValueDoor;
 struct CPalette;
 struct StripPlan;
 
+struct StripLayout;
+
 /// One strip of the mixer: the name in the colour of its track, and what `StripLayout` tells below
 /// it. A press on the name selects it, with Control besides others, with Shift up to it; a double
 /// click renames. Interface thread.
@@ -77,6 +79,7 @@ public:
     void dropInserts(int index, int btn);
 
 private:
+    void paintName(CGraphic* g, const StripLayout& at, int ground);
     /// What is painted beside the controls.
     struct Shown {
         CStr name;

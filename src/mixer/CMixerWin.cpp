@@ -27,20 +27,30 @@ constexpr int windowStyle = winCaption | winSizable | winMaxButton | winDockable
 
 } // namespace
 
-CMixerWin::CMixerWin(Workspace& space, CMixer& kept)
-    : CCompEditor(space.mainWindow()->app, space.mainWindow(), title, 120, 120, windowWidth,
-                  windowHeight, windowStyle, &kept, &space.commands()),
+CMixerWin::CMixerWin(Workspace& space, CMixer& kept) : CMixerWin(space, kept, kept, title, true) {
+}
+
+CMixerWin::CMixerWin(Workspace& space, CMixer& kept, CComp& edited, const CStr& name)
+    : CMixerWin(space, kept, edited, name, false) {
+}
+
+CMixerWin::CMixerWin(Workspace& space, CMixer& kept, CComp& edited, const CStr& name, bool whole)
+    : CCompEditor(space.mainWindow()->app, space.mainWindow(), name, 120, 120, windowWidth,
+                  windowHeight, windowStyle, &edited, &space.commands()),
       workspace(space), mixer(kept), panel(new CMixerPanel(this, space, kept)),
-      bar(new MixerBar(this, *panel)), own(space.commands()) {
+      bar(whole ? new MixerBar(this, *panel) : nullptr), own(space.commands()) {
     editorType = groupMixer;
     minWidth = leastWidth;
     minHeight = leastHeight;
     const int w = clientGroup->width, h = clientGroup->height;
-    bar->setBounds(0, 0, w, MixerBar::barHeight);
-    bar->setAlign(alignWidth, 0, 0);
-    panel->setBounds(0, MixerBar::barHeight, w, h - MixerBar::barHeight);
+    const int from = bar ? MixerBar::barHeight : 0;
+    if (bar) {
+        bar->setBounds(0, 0, w, from);
+        bar->setAlign(alignWidth, 0, 0);
+        addControl(bar);
+    }
+    panel->setBounds(0, from, w, h - from);
     panel->setAlign(alignWidth | alignHeight, 0, 0);
-    addControl(bar);
     addControl(panel);
     bindOwn();
     links = {space.notices().on(
@@ -82,7 +92,7 @@ void CMixerWin::bindOwn() {
     own.bind("widestrips", [this] { panel->setWide(true); });
     own.bind("addgroup", [this] { workspace.host()->addGroupClicked(); });
     own.bind("addsend", [this] { workspace.host()->addSendClicked(); });
-    own.bind("find", [this] { bar->find(); });
+    if (bar) own.bind("find", [this] { bar->find(); });
     own.bind(
         "groupstrips", [this] { panel->groupSelected(); }, some);
 }
@@ -140,8 +150,10 @@ void CMixerWin::hide() {
 }
 
 void CMixerWin::idle() {
-    if (mixer.notices.take(CompNotice::program)) programChanged();
-    bar->refresh();
+    if (bar) {
+        if (mixer.notices.take(CompNotice::program)) programChanged();
+        bar->refresh();
+    }
     if (mapped) panel->refresh();
     panel->followLoudness();
 }

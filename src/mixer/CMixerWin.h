@@ -35,7 +35,12 @@ public:
 
     CMixerPanel* strips() const { return panel; }
 
+protected:
+    /// As the window of another component, without the bar.
+    CMixerWin(Workspace& workspace, CMixer& mixer, CComp& edited, const CStr& name);
+
 private:
+    CMixerWin(Workspace& workspace, CMixer& mixer, CComp& edited, const CStr& name, bool whole);
     void bindOwn();
     bool runOnStrips(const CStr& name);
     void stepProg(int by);
@@ -48,7 +53,7 @@ private:
     Workspace& workspace;
     CMixer& mixer;
     CMixerPanel* panel;
-    MixerBar* bar;
+    MixerBar* bar; ///< null without one
     OwnActions own;
     std::vector<NoticeLink> links;
 };

@@ -300,9 +300,11 @@ bool CAudioLed::refresh() {
 void CAudioLed::paintColumn(CGraphic* g, CRect at, const Level& level) const {
     const CPalette& colours = paletteOf(this);
     const int ground = clTrackLed.fillCol;
-    g->fillRect(level.clipped ? colours.meter[2] : ground,
-                asRect(at.left, 0, at.right, clipHeight - 1));
-    g->fillRect(ground, asRect(at.left, clipHeight, at.right, height));
+    const auto put = [g](int colour, const CRect& area) { // the few rows that have changed
+        if (g->wants(area)) g->fillRect(colour, area);
+    };
+    put(level.clipped ? colours.meter[2] : ground, asRect(at.left, 0, at.right, clipHeight - 1));
+    put(ground, asRect(at.left, clipHeight, at.right, height - level.bar));
     const int length = scaleLength();
     const int high = asRound(placeOfDb(-9.0) * length), over = asRound(placeOfDb(-0.5) * length);
     const int edges[] = {0, high, over, length};
@@ -310,15 +312,16 @@ void CAudioLed::paintColumn(CGraphic* g, CRect at, const Level& level) const {
         for (int i = 0; i < 3; i++) {
             const int low = std::max(from, edges[i]), upper = std::min(to, edges[i + 1]);
             if (upper > low)
-                g->fillRect(fadeCol(colours.meter[i], ground, faded),
-                            asRect(at.left, height - upper, at.right, height - low));
+                put(fadeCol(colours.meter[i], ground, faded),
+                    asRect(at.left, height - upper, at.right, height - low));
         }
     };
     fill(0, level.body, 0.0);
     fill(level.body, level.bar, peakFade);
     if (level.hold <= 0) return;
     const int mark = level.hold > over ? colours.meter[2] : colours.text;
-    g->fillLine(mark, asRect(at.left, height - level.hold - 1, at.right, height - level.hold));
+    const CRect line = asRect(at.left, height - level.hold - 1, at.right, height - level.hold);
+    if (g->wants(line)) g->fillLine(mark, line);
 }
 
 void CAudioLed::paint(CGraphic* g, CRect) {

@@ -12,6 +12,7 @@
 #include "gui/controls/CPopup.h"
 #include "ui/KnobFace.h"
 #include "ui/MenuDeed.h"
+#include "ui/NameField.h"
 #include "ui/ParamMenu.h"
 #include "ui/SettingName.h"
 #include "ui/Workspace.h"
@@ -20,7 +21,7 @@ namespace {
 
 constexpr int gap = 8, mostWidth = 80, noParam = -1;
 constexpr double radius = 12.0, wholeTravel = 160.0, percent = 100.0;
-constexpr int textHeight = 14;
+constexpr int textHeight = 14, fieldHeight = 22;
 
 } // namespace
 
@@ -44,7 +45,9 @@ MacroKnob::MacroKnob(MacroRow& in, int which)
 
 CStr MacroKnob::name() const {
     const int param = row.param(number);
-    return param == noParam ? "Macro " + asStr(number + 1) : row.look.name(number, param);
+    if (param == noParam) return "Macro " + asStr(number + 1);
+    const std::optional<MacroStyle> style = macroStyleOf(row.comp, number);
+    return style && !style->name->empty() ? *style->name : row.look.name(number, param);
 }
 
 bool MacroKnob::refresh() {
@@ -56,9 +59,19 @@ bool MacroKnob::refresh() {
     spokenName = "Macro " + asStr(number + 1);
     hint = empty() ? CStr("Press, then touch a control: this turns it from then on") : now;
     if (other) redraw();
+    takeRange();
     const bool changed = CStoredCtrl::refresh();
     enabled = true; // to be pressed
     return changed || other;
+}
+
+void MacroKnob::takeRange() {
+    const std::optional<MacroStyle> style = macroStyleOf(row.comp, number);
+    const double from = style ? double(*style->low) : 0.0, to = style ? double(*style->high) : 1.0;
+    if (from == least && to == most) return;
+    least = from;
+    most = to;
+    redraw();
 }
 
 void MacroKnob::mouseDown(int x, int y, int btn) {
@@ -94,9 +107,25 @@ void MacroKnob::addOwnItems(CPopup* popup) {
     addDeed(popup, "Learn what it turns", [this] { row.learn(number); })->checked = shownLearning;
     addDeed(popup, "Turn nothing", [this] { row.empty(number); })->enabled = !empty();
     if (empty()) return;
+    addRangeItems(popup);
     const ParamRef turned{&row.comp, row.param(number)};
     addParamItems(
         popup, row.workspace, [turned](bool) { return turned; }, &row.comp);
+}
+
+void MacroKnob::addRangeItems(CPopup* popup) {
+    const std::optional<MacroStyle> style = macroStyleOf(row.comp, number);
+    if (!style) return;
+    const auto limit = [this, name = *style->name](float low, float high) {
+        setMacroStyle(row.comp, number, name, low, high);
+        row.refresh();
+    };
+    const float low = *style->low, high = *style->high, now = float(value()->get()[0]);
+    addDeed(popup, "Rename...", [this] { row.rename(*this); });
+    addDeed(popup, "Begin its range here", [=] { limit(now, high); })->enabled = now < high;
+    addDeed(popup, "End its range here", [=] { limit(low, now); })->enabled = low < now;
+    addDeed(popup, "Whole range", [=] { limit(0.0f, 1.0f); })->enabled = low > 0.0f || high < 1.0f;
+    popup->addSeparator();
 }
 
 double MacroKnob::along(const DragPoint& point) const {
@@ -150,6 +179,19 @@ void MacroRow::empty(int macro) {
     refresh();
 }
 
+void MacroRow::rename(const MacroKnob& knob) {
+    NameField::dropLeft(field);
+    const std::optional<MacroStyle> style = macroStyleOf(comp, knob.number);
+    if (!style) return;
+    const CRect over = asRect(knob.left, knob.top, knob.left + knob.width, knob.top + fieldHeight);
+    field = new NameField(this, over, knob.shownText(), "Name of the macro");
+    field->onName = [this, macro = knob.number](const CStr& name) {
+        const std::optional<MacroStyle> now = macroStyleOf(comp, macro);
+        if (now) setMacroStyle(comp, macro, name, *now->low, *now->high);
+        refresh();
+    };
+}
+
 void MacroRow::learn(int macro) {
     learner = macro;
     touches = comp.host->values->touches();
@@ -168,6 +210,7 @@ void MacroRow::refresh() {
         }
     }
     for (MacroKnob* k : knobs) k->refresh();
+    NameField::dropLeft(field);
 }
 
 void MacroRow::resized() {

@@ -7,6 +7,7 @@
 
 class CComp;
 class MacroRow;
+class NameField;
 class Workspace;
 
 /// How a macro tells the parameter that it turns.
@@ -29,6 +30,8 @@ public:
     bool pressPart(int part) override;
     bool refresh() override;
 
+    const CStr& shownText() const { return shownName; }
+
     const int number; ///< from 0 on
 
 private:
@@ -36,6 +39,8 @@ private:
     double travel() const override;
     CStr name() const;
     void addOwnItems(CPopup* popup);
+    void addRangeItems(CPopup* popup);
+    void takeRange();
 
     MacroRow& row;
     CStr shownName;
@@ -59,6 +64,7 @@ public:
     void learn(int macro); ///< -1 ends it
     int param(int macro) const;
     void empty(int macro);
+    void rename(const MacroKnob& knob); ///< by a field in its place
 
     Workspace& workspace;
     CComp& comp;
@@ -66,6 +72,7 @@ public:
 
 private:
     std::vector<MacroKnob*> knobs; ///< among the controls
+    NameField* field = nullptr;    ///< the same, while a name is typed
     int learner = -1;
     unsigned touches = 0; ///< of the door, when it began
 };

@@ -70,6 +70,23 @@ TEST(RackFiles, LayoutAndRoundTrip) {
     EXPECT_EQ(written(static_cast<CEffect&>(*twin)), everything());
 }
 
+/// What a macro is called and how far it turns, also where a file has no range.
+TEST(RackFiles, MacrosKeepNamesAndRanges) {
+    TestHost f;
+    CEffect rack(f.host), again(f.host);
+    rack.init();
+    const std::string plain = written(rack);
+    setMacroStyle(rack, 2, "Space", 0.25f, 0.5f);
+    setMacroStyle(rack, 5, "", 0.5f, 0.5f);
+    read(again, written(rack));
+    const MacroStyle space = *again.macroStyle(2), none = *again.macroStyle(5);
+    EXPECT_TRUE(*space.name == "Space" && *space.low == 0.25f && *space.high == 0.5f);
+    EXPECT_TRUE(none.name->empty() && *none.low == 0.0f && *none.high == 1.0f);
+    EXPECT_EQ(written(again), written(rack));
+    for (int i = 0; i < 2; i++) f.undo();
+    EXPECT_EQ(written(rack), plain);
+}
+
 /// Of an unknown kind four fields survive. What no program takes, and foreign blocks, are skipped;
 /// settings out of range are clamped, those that are missing or no number keep their default.
 TEST(RackFiles, UnknownAndWildBlocks) {

@@ -331,7 +331,7 @@ TEST(CSampler, ParametersAreUndoneSoundBySound) {
     l.host.host->tasks->audioStopped();
     l.host.host->values->setParam(l.sampler, 74, 0.25f);
     EXPECT_TRUE(moved(0.25f, -0.5f));
-    EXPECT_STREQ(l.host.host->undoText().asChar(), "CC-74");
+    EXPECT_STREQ(l.host.host->undoText().asChar(), "Pan, Cutoff");
     l.host.host->undoClicked();
     EXPECT_TRUE(moved(0.8f, 0.3f)) << l.sound->cutoff << ", " << other->pan;
     l.host.host->redoClicked();

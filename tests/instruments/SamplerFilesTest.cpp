@@ -85,7 +85,7 @@ void fill(SoundBench& b) {
     b.prog->id = "My program";
     b.prog->family = "Bass";
     b.prog->words = "deep round";
-    b.prog->macros[7] = {"Growl", 127};
+    b.prog->macros[7] = {"Growl", 127, 0.25f, 0.75f};
     b.layer->editAll = 1;
     b.prog->addLayer()->addSound(new COSCSound(b.prog->layer, b.host.host));
     b.prog->layer = b.layer;
@@ -124,6 +124,8 @@ TEST(SamplerFiles, RoundTrip) {
     EXPECT_EQ(prog->family + "," + prog->words, "Bass,deep round");
     EXPECT_EQ(prog->macros[7].name, "Growl");
     EXPECT_EQ(prog->macros[7].controller, 127);
+    EXPECT_TRUE(prog->macros[7].low == 0.25f && prog->macros[7].high == 0.75f);
+    EXPECT_TRUE(prog->macros[6].low == 0.0f && prog->macros[6].high == 1.0f);
     EXPECT_EQ(prog->macros[0].controller, -1);
     // A program without such things keeps the bytes that it had before there were any.
     for (const char* block : {"progwords", "progmacros"}) {

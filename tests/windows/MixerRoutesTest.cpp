@@ -141,6 +141,16 @@ TEST_F(MixerRoutesTest, SendsRoutesGroupsAndNames) {
     EXPECT_EQ(leads("b"), host->getAudioOut());
     EXPECT_EQ(leads("c"), group);
     EXPECT_EQ(leads("Group"), host->getAudioOut());
+    // Its window shows what comes to it.
+    win->openEditor(group);
+    ASSERT_TRUE(loaded());
+    std::string around;
+    for (const CMixerStrip* s :
+         static_cast<CMixerWin*>(win->pages->editorOf(group))->strips()->strips())
+        around += s->name().asChar() + std::string(" ");
+    EXPECT_EQ(around, "a c Group Audio Out ");
+    win->openEditor(&mixer());
+    ASSERT_TRUE(loaded());
     // One of them elsewhere, both as they are selected.
     inMenu({"Home", "Return"});
     clickOn(on("c", "target"));

@@ -1,5 +1,7 @@
 #include "MainFixture.h"
 
+#include "base/CIniFile.h"
+#include "base/Paths.h"
 #include "common/fx/CDelay.h"
 #include "common/fx/CReverb.h"
 #include "effects/CEffect.h"
@@ -19,6 +21,7 @@
 #include "instruments/FactoryPrograms.h"
 #include "instruments/SamplerEdits.h"
 #include "panels/drums/DrumPads.h"
+#include "project/PresetFiles.h"
 #include "shell/Pages.h"
 
 #include <algorithm>
@@ -182,11 +185,24 @@ TEST_F(PanelsTest, KnobsAreLearnedAndAutomated) {
     drag(find("Resonance"), asPoint(32, 36), asPoint(32, 20));
     ASSERT_TRUE(pumpUntil([&] { return s->getMacroParam(1) == usualQ; }));
     EXPECT_NEAR(sound()->q, 0.1f, 0.02f);
+    // Its range begins there, and its name is the user's.
+    const float q = sound()->q;
+    menu("macro2", {"b", "Return"});
+    ASSERT_TRUE(pumpUntil([&] { return *s->macroStyle(1)->low == q; }));
+    menu("macro2", {"r", "Return"});
+    act({"type", "Bite"});
+    key("Return");
+    ASSERT_TRUE(pumpUntil([&] { return *s->macroStyle(1)->name == "Bite"; }));
     find("macro2")->win->setKeyCtrl(find("macro2"));
     key("End");
     EXPECT_EQ(sound()->q, 1.0f);
+    key("Home");
+    EXPECT_EQ(sound()->q, q);
+    for (int i = 0; i < 3; i++) undo();
+    EXPECT_TRUE(s->macroStyle(1)->name->empty() && *s->macroStyle(1)->low == q);
     undo();
-    EXPECT_NEAR(sound()->q, 0.1f, 0.02f);
+    EXPECT_EQ(*s->macroStyle(1)->low, 0.0f);
+    EXPECT_EQ(sound()->q, q);
     undo();
     EXPECT_EQ(s->getMacroParam(1), -1);
 
@@ -362,9 +378,13 @@ TEST_F(PanelsTest, ProgramsAreFoundHeardAndCompared) {
     open(s);
     const CStr former = s->getProgName(s->curProg);
     const int count = s->progs.getCount();
+    const std::string presets = at("mine");
+    ASSERT_TRUE(createDir(presets.c_str()));
+    CIniFile(inifile).writeString("PresetFolders", "mine", presets.c_str());
+    saveProgram(s, (presets + "/Own Bell.qvs").c_str());
     click("Programs");
     auto* list = find<CListbox>("list");
-    EXPECT_EQ(list->items.getCount(), factoryCount);
+    EXPECT_EQ(list->items.getCount(), factoryCount + 1);
     find("find")->win->setKeyCtrl(find("find"));
     const std::string wanted = factoryName(5);
     act({"type", wanted});
@@ -375,6 +395,21 @@ TEST_F(PanelsTest, ProgramsAreFoundHeardAndCompared) {
     EXPECT_EQ(s->getProgName(s->curProg), wanted.c_str());
     EXPECT_EQ(s->progs.getCount(), count) << "in the place of the former one";
     EXPECT_FALSE(s->guiQueue.empty()) << "heard";
+    // One of a file comes in its place.
+    find("find")->win->setKeyCtrl(find("find"));
+    key("ctrl+a");
+    act({"type", "own bell"});
+    const auto first = [list] {
+        return std::string(list->row(0) ? list->row(0)->id.asChar() : "");
+    };
+    ASSERT_TRUE(pumpUntil([&] { return first().starts_with("Own Bell"); })) << first();
+    list->win->setKeyCtrl(list);
+    key("Home");
+    ASSERT_TRUE(loaded());
+    EXPECT_EQ(s->getProgName(s->curProg), former);
+    EXPECT_EQ(s->progs.getCount(), count);
+    undo();
+    EXPECT_EQ(s->getProgName(s->curProg), wanted.c_str());
     undo();
     EXPECT_EQ(s->getProgName(s->curProg), former);
 

@@ -6,8 +6,11 @@
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "driver/libaam.h"
+#include "effects/CEffect.h"
+#include "effects/Inserts.h"
 #include "engine/CClick.h"
 #include "engine/DeviceComps.h"
+#include "engine/KeyInput.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "gui/controls/CMenu.h"
@@ -68,7 +71,8 @@ protected:
         constexpr std::array kinds = {kindSequencer, kindDemo,        kindDefault,
                                       kindGuitarist, kindPortaStudio, kindDrumAndBass};
         start();
-        ASSERT_TRUE(load(byHand ? kindDemo : kinds[seed % kinds.size()]));
+        ASSERT_TRUE(load(where == anywhere ? kinds[seed % kinds.size()] : kindDemo));
+        if (where == rooms) addComps();
         messageHooks().showMsg = [](CWin*, const CStr&, const CStr&, int flags) {
             return answerOfEscape(flags);
         };
@@ -83,6 +87,8 @@ protected:
         for (int i = 0; i < count && !HasFailure(); i++) {
             const Use what = pick();
             SCOPED_TRACE(std::to_string(i) + ": " + what.first);
+            fprintf(stderr, "%d %s undo %d %s\n", i, what.first.c_str(), host->undoIndex,
+                    host->undoText().asChar());
             act(what);
         }
     }
@@ -144,7 +150,7 @@ private:
 
     // What is done.
     Use pick() {
-        if (byHand) return anyGesture();
+        if (where != anywhere) return anyGesture();
         if (host->recording && upTo(5) == 0) return {"stop", [this] { run("stop"); }};
         const int choice = upTo(100);
         if (choice < 45) return anyAction();
@@ -241,9 +247,15 @@ private:
         const int choice = upTo(100);
         if (choice < 10) return {"undo", [this] { run("undo"); }};
         if (choice < 17) return {"redo", [this] { run("redo"); }};
-        if (choice < 20) return {"song", [this] { win->openEditor(seq()); }};
-        if (choice < 24) return {"open", [this] { win->openPart(anyPart()); }};
-        if (choice < 32) {
+        if (where == rooms) {
+            if (choice < 30) return anyRoom();
+            if (choice < 34) return anyInsert();
+        } else if (choice < 20) {
+            return {"song", [this] { win->openEditor(seq()); }};
+        } else if (choice < 24) {
+            return {"open", [this] { win->openPart(anyPart()); }};
+        }
+        if (where == song && choice < 32) {
             CAction* action = win->getAction(handActions[size_t(upTo(int(handActions.size())))]);
             if (action) return {action->name.asChar(), [this, action] { win->runAction(action); }};
         }
@@ -257,6 +269,45 @@ private:
         const std::vector<CCtrl*>& some = !views.empty() && upTo(4) ? views : all;
         if (some.empty()) return anyAction();
         return gestureOn(page, some[size_t(upTo(int(some.size())))]);
+    }
+    /// One of each kind that has a panel, besides what the song has.
+    void addComps() {
+        for (const int type : {compArp, compEffect, compGroupCh, compSampler})
+            addComp(host.get(), type, asPoint(40, 40));
+        host->addSendClicked();
+        host->settle();
+        host->undoClear();
+    }
+    /// The graph, the mixer, or the panel of a component, an insert or a kit.
+    Use anyRoom() {
+        if (upTo(4) == 0) return {"graph", [this] { win->runAction(win->getAction("modular")); }};
+        if (upTo(4) == 0) return {"mixer", [this] { win->openEditor(&win->flows->mixer); }};
+        std::vector<CComp*> all;
+        const auto add = [&](CComp* c) {
+            if (c != seq() && win->hasEditor(c)) all.push_back(c);
+        };
+        for (const CList* list : {&host->comps, &host->sends})
+            for (auto* c : each<CComp>(*list)) {
+                add(c);
+                c->eachInsert(add);
+            }
+        for (auto* track : each<CTrack>(seq()->tracks)) add(track);
+        CComp* one = all[size_t(upTo(int(all.size())))];
+        return {std::string("panel ") + one->id.asChar(), [this, one] { win->openEditor(one); }};
+    }
+    /// It comes to a strip, or goes from there; some follow another strip.
+    Use anyInsert() {
+        std::vector<COutputChannel*> strips;
+        for (auto* c : each<CComp>(host->comps))
+            for (auto* ch : each<COutputChannel>(c->outputs)) strips.push_back(ch);
+        COutputChannel* ch = strips[size_t(upTo(int(strips.size())))];
+        COutputChannel* other = strips[size_t(upTo(int(strips.size())))];
+        auto* there = static_cast<CComp*>(ch->inserts.getFirst());
+        if (!there) return {"insert", [this, ch] { addInsert(ch, upTo(effectKindCount), -1); }};
+        if (upTo(3) == 0) return {"no insert", [ch, there] { removeInsert(ch, there); }};
+        return {"key", [there, other] {
+                    if (offersKey(there) && mayKey(there, other)) setKey(there, other);
+                }};
     }
     CPart* anyPart() {
         std::vector<CPart*> parts;
@@ -426,8 +477,8 @@ private:
     }
 
 protected:
-    bool byHand = false; ///< gestures alone
-    int stepsMade = 0;   ///< since it began
+    enum { anywhere, song, rooms } where = anywhere; ///< gestures alone, but for the first
+    int stepsMade = 0;                               ///< since it began
 private:
     static constexpr int lost = -2;
     static constexpr unsigned seen = 1u << 30; ///< of a step: no flag of the program
@@ -453,21 +504,24 @@ TEST_F(RandomUseTest, ModifiedTellsWhetherTheFileWouldDiffer) {
     }
 }
 
-/// The same of gestures over the song and its notes. SONDRAVA_GESTURES tells how many.
+/// The same of gestures over the song and its notes, and over the graph, the mixer and panels.
+/// SONDRAVA_GESTURES tells how many of each.
 TEST_F(RandomUseTest, GesturesLeadBackToTheBytesOfTheStart) {
     const int first = fromEnvironment("SONDRAVA_SEED", 0);
     const int gestures = fromEnvironment("SONDRAVA_GESTURES", gesturesPerSeed);
     const int inOneGo = fromEnvironment("SONDRAVA_IN_ONE_GO", gesturesPerSeed);
-    byHand = true;
-    for (int seed = first, done = 0; done < gestures && !HasFailure(); seed++) {
-        SCOPED_TRACE("SONDRAVA_SEED=" + std::to_string(seed));
-        begin(unsigned(seed));
-        use(inOneGo);
-        EXPECT_GT(stepsMade, inOneGo / 20) << "few of them changed the song";
-        walkTheHistory();
-        stop();
-        done += inOneGo;
-    }
+    for (const auto place : {song, rooms})
+        for (int seed = first, done = 0; done < gestures && !HasFailure(); seed++) {
+            where = place;
+            SCOPED_TRACE((place == song ? "song, SONDRAVA_SEED=" : "rooms, SONDRAVA_SEED=") +
+                         std::to_string(seed));
+            begin(unsigned(seed));
+            use(inOneGo);
+            EXPECT_GT(stepsMade, inOneGo / 20) << "few of them changed anything";
+            walkTheHistory();
+            stop();
+            done += inOneGo;
+        }
 }
 
 TEST(ProjectMask, IsTheListOfTheDocument) {

@@ -72,7 +72,8 @@ void PlanBuilder::needOthers(const CComp* c, const CComp* keyed) {
 void PlanBuilder::takeKeys(CComp* c) {
     for (const auto* strip : contents<COutputChannel>(c->outputs))
         if (const PlanOrigin* origin = plan->lateness.originOf(strip))
-            for (const PlanInsert& insert : origin->inserts) takeKey(c, insert.comp, &insert);
+            for (const PlanInsert& insert : origin->inserts)
+                if (!insert.fade.leaving) takeKey(c, insert.comp, &insert); // it may be freed soon
 }
 
 /// One whose source is not worked out before brings nothing.

@@ -24,6 +24,9 @@ constexpr double lineWidth = 2.0, thinWidth = 1.0, fillAlphaShare = 0.14;
 constexpr double doubling = 80.0; ///< pixels that make a cycle twice as long
 constexpr double keyPixels = 8.0, keySeconds = 0.02;
 constexpr double msPerSecond = 1000.0;
+constexpr int dotRadius = 4;
+constexpr double slowest = 0.01; ///< Hz
+constexpr CPoint nowhere{-100, -100};
 constexpr double mostShown = 120.0; ///< cycles; more are a smear
 
 /// A turn of a wave, -1 to 1, at 0 to 1; of the random one something that looks like it.
@@ -53,9 +56,11 @@ double randomStep(int cycle) {
 } // namespace
 
 LfoView::LfoView(CWin* owner, ValueDoor* through, CLFO* of, std::function<bool()> lives,
-                 std::function<std::vector<CObject*>()> along, std::function<double()> beats)
+                 std::function<std::vector<CObject*>()> along, std::function<double()> beats,
+                 std::function<bool()> sounds)
     : CCtrl(owner, "lfo", 0, 0, 1, usualHeight), door(through), lfo(of), alive(std::move(lives)),
-      others(std::move(along)), tempo(std::move(beats)) {
+      others(std::move(along)), tempo(std::move(beats)), sounding(std::move(sounds)) {
+    dot = nowhere;
     hooverable = tabStop = true;
     hint = "Drag across for the rate, the line at the start for the delay";
     refresh();
@@ -65,10 +70,31 @@ LfoView::Shape LfoView::present() const {
     return {lfo->wave, lfo->frequency(float(tempo())), lfo->delay / msPerSecond, lfo->sync != 0};
 }
 
+CRect LfoView::dotArea() const {
+    return asRect(dot.x - dotRadius - 1, dot.y - dotRadius - 1, dot.x + dotRadius + 2,
+                  dot.y + dotRadius + 2);
+}
+
+/// Within the first cycle, which may reach further than what shows.
+bool LfoView::followDot() {
+    CPoint now = nowhere;
+    const double begin = std::min(shape.delay, seconds);
+    const double at = begin + double(lfo->shownPhase) / std::max(shape.hertz, slowest);
+    if (sounding() && at <= seconds) {
+        const double swing = 2.0 * double(lfo->shownValue) - 1.0;
+        now = asPoint(asRound(xOf(at)), asRound(height / 2.0 - swing * (height / 2.0 - margin)));
+    }
+    if (now == dot) return false;
+    redraw(dotArea());
+    dot = now;
+    redraw(dotArea());
+    return true;
+}
+
 bool LfoView::refresh() {
     if (!alive()) return false;
     const Shape now = present();
-    if (now == shape) return false;
+    if (now == shape) return followDot();
     shape = now;
     redraw();
     return true;
@@ -117,6 +143,12 @@ void LfoView::paint(CGraphic* g, CRect) {
     start.moveTo(xOf(begin), margin);
     start.lineTo(xOf(begin), height - margin);
     strokePath(g, start, thinWidth, colours.text);
+    if (dot.x >= 0) {
+        CPath mark;
+        mark.arc(dot.x + 0.5, dot.y + 0.5, dotRadius, 0, 2.0 * std::numbers::pi);
+        mark.close();
+        fillPath(g, mark, colours.text);
+    }
     const TextScope small(g, {.size = TextSize::small});
     g->drawText(colours.dimText, "2 s",
                 asRect(0, height - textHeight - 2, width - margin, height - 2), textRight);

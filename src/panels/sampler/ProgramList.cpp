@@ -1,6 +1,9 @@
 #include "panels/sampler/ProgramList.h"
 
 #include "base/CIniFile.h"
+#include "base/CStringList.h"
+#include "base/Numbers.h"
+#include "base/Paths.h"
 #include "engine/CQV.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CEdit.h"
@@ -8,10 +11,12 @@
 #include "instruments/CSampler.h"
 #include "instruments/FactoryPrograms.h"
 #include "instruments/SamplerEdits.h"
+#include "instruments/SoundSet.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
 
 #include <algorithm>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -21,7 +26,9 @@ constexpr int gap = 8, high = 24, rowHeight = 20, familyWidth = 152, textWidth =
 constexpr int hearWidth = 112, leastHeight = 160;
 constexpr int middleKey = 60, lowKey = 36, soundTicks = 12; ///< a tick is 40 ms
 constexpr const char* section = "favourites";
-constexpr const char* everything[] = {"All", "Favourites"};
+constexpr const char* everything[] = {"All", "Favourites", "Factory", "General MIDI", "Presets"};
+constexpr int rowAll = 0, rowFavourites = 1, rowFactory = 2, rowSet = 3, rowPresets = 4,
+              rowFamilies = 5;
 
 } // namespace
 
@@ -63,25 +70,46 @@ ProgramList::~ProgramList() {
 }
 
 void ProgramList::readEntries() {
-    std::vector<CStr> all(std::begin(everything), std::end(everything));
-    CIniFile settings(inifile);
-    for (int i = 0; i < factoryCount; i++) {
-        const Entry entry{factoryName(i), factoryFamily(i), factoryWords(i),
-                          settings.readInteger(section, factoryName(i), 0) != 0};
-        if (std::ranges::find(all, entry.family) == all.end()) all.push_back(entry.family);
-        entries.push_back(entry);
-    }
-    std::sort(all.begin() + std::size(everything), all.end(),
-              [](const CStr& a, const CStr& b) { return std::string(a.asChar()) < b.asChar(); });
-    for (const CStr& family : all) families->add(family);
-    families->setIndex(0);
+    for (int i = 0; i < factoryCount; i++)
+        entries.push_back(
+            {factoryName(i), factoryFamily(i), factoryWords(i), CStr(), i, rowFactory});
+    readSet();
+    CStringList names, folders;
+    workspace.host()->getFolders("PresetFolders", &names, &folders);
+    for (int i = 0; i < folders.getCount(); i++) readPresets(folders.get(i));
+    for (Entry& entry : entries) entry.favourite = iniReadInt(section, entry.key(), 0) != 0;
+    listFamilies();
+}
+
+void ProgramList::readSet() {
+    for (const SetProgram& p : listSoundSet(soundSetFolder()))
+        entries.push_back({p.name, p.family, "GM " + asStr(p.number + 1), p.path, -1, rowSet});
+}
+
+void ProgramList::readPresets(const CStr& folder) {
+    CStringList files;
+    if (!readDir(folder, ".qvs", nullptr, &files, true)) return;
+    for (int i = 0; i < files.getCount(); i++)
+        entries.push_back({changeFileExt(files.get(i), ""), CStr(), CStr(),
+                           addSep(folder) + files.get(i), -1, rowPresets});
+}
+
+/// First where they are from, as far as there are any.
+void ProgramList::listFamilies() {
+    std::set<std::string> all;
+    for (const Entry& entry : entries)
+        if (!entry.family.empty()) all.insert(entry.family.asChar());
+    for (const char* row : everything) families->add(row);
+    for (const std::string& family : all) families->add(family.c_str());
+    families->setIndex(rowAll);
 }
 
 /// Each word that is typed is in the name, the family or the words.
 bool ProgramList::fits(const Entry& entry) const {
     const int family = families->index;
-    if (family == 1 && !entry.favourite) return false;
-    if (family > 1 && families->row(family)->id != entry.family) return false;
+    if (family == rowFavourites && !entry.favourite) return false;
+    if (family > rowFavourites && family < rowFamilies && family != entry.origin) return false;
+    if (family >= rowFamilies && families->row(family)->id != entry.family) return false;
     const std::string all =
         (entry.name + " " + entry.family + " " + entry.words).upperCase().asChar();
     std::istringstream typed(shownText.upperCase().asChar());
@@ -137,11 +165,17 @@ void ProgramList::familyChosen(CObject*) {
 
 void ProgramList::programChosen(CObject*) {
     if (programs->index < 0 || programs->index >= int(shown.size())) return;
-    const int number = shown[size_t(programs->index)];
-    takeFactoryProgram(&sampler, number);
+    const Entry& entry = entries[size_t(shown[size_t(programs->index)])];
+    if (!take(entry)) return workspace.setStatus("No program could be read from " + entry.path);
     if (!hear->lit) return;
-    const bool low = entries[size_t(number)].family.upperCase() == "BASS";
+    const bool low = entry.family.upperCase() == "BASS";
     sound(low ? lowKey : middleKey);
+}
+
+bool ProgramList::take(const Entry& entry) {
+    if (!entry.path.empty()) return takeProgramFile(&sampler, entry.path);
+    takeFactoryProgram(&sampler, entry.number);
+    return true;
 }
 
 void ProgramList::favouriteChanged(CObject*) {
@@ -151,7 +185,7 @@ void ProgramList::favouriteChanged(CObject*) {
         if (now == entry.favourite) continue;
         entry.favourite = now;
         if (workspace.host()->settingsEnabled)
-            CIniFile(inifile).writeInteger(section, entry.name, now);
+            CIniFile(inifile).writeInteger(section, entry.key(), now);
     }
 }
 

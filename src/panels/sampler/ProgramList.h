@@ -10,7 +10,8 @@ class CListbox;
 class CSampler;
 class Workspace;
 
-/// The factory programs by family and by what is typed, with boxes for favourites. One that is
+/// The programs of the factory, of the General MIDI set and of the user's folders of presets, by
+/// where they are from, by family and by what is typed, with boxes for favourites. One that is
 /// chosen comes in the place of the sampler's current program, as a step, and sounds at once.
 /// Interface thread.
 class ProgramList : public CGroup {
@@ -24,10 +25,18 @@ public:
 private:
     struct Entry {
         CStr name, family, words;
+        CStr path;       ///< of a file; empty for the factory's
+        int number = -1; ///< of the factory's
+        int origin = 0;  ///< of what it is a part, as a row of the families
         bool favourite = false;
+        CStr key() const { return path.empty() ? name : path; } ///< that favourites are kept by
     };
 
     void readEntries();
+    void readSet();
+    void readPresets(const CStr& folder);
+    void listFamilies();
+    bool take(const Entry& entry);
     void list(); ///< those that family and text leave
     bool fits(const Entry& entry) const;
     void familyChosen(CObject*);
@@ -38,9 +47,9 @@ private:
 
     Workspace& workspace;
     CSampler& sampler;
-    std::vector<Entry> entries; ///< by the number of the factory program
-    std::vector<int> shown;     ///< those of the list
-    CEdit* text;                ///< among the controls, as the rest
+    std::vector<Entry> entries;
+    std::vector<int> shown; ///< those of the list
+    CEdit* text;            ///< among the controls, as the rest
     CButton* hear;
     CListbox *families, *programs;
     CStr shownText;

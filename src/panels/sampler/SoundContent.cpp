@@ -120,9 +120,10 @@ void SoundContent::buildModulators(CGroup* in, const Subject& subject) {
         in->addControl(envelope);
         sections.push_back({envelopeSettings(), mod, -1, "", others, subject.alive});
     } else if (number < velocity) {
-        lfo =
-            new LfoView(win, workspace.host()->values.get(), static_cast<CLFO*>(mod), subject.alive,
-                        others, [host = workspace.host()] { return double(host->tempoNow); });
+        lfo = new LfoView(
+            win, workspace.host()->values.get(), static_cast<CLFO*>(mod), subject.alive, others,
+            [host = workspace.host()] { return double(host->tempoNow); },
+            [sound = subject.sound] { return sound->peakL > 0.0f || sound->peakR > 0.0f; });
         in->addControl(lfo);
         sections.push_back({lfoSettings(), mod, -1, "", others, subject.alive});
     }
