@@ -132,7 +132,7 @@ void receiveAll(const DeviceBlock& block) {
 long sendAll(const DeviceBlock& block) {
     const float g = qv->listenVolume * qv->listenVolume;
     const size_t ended = size_t(qv->deviceMidi->endNotes(block.room));
-    size_t sent = ended;
+    size_t sent = ended + size_t(qv->deviceMidi->sendOutside(block.room.subspan(ended)));
     for (CComp* c : each<CComp>(qv->comps)) {
         if (c->type == compAudioOut) send(static_cast<CAudioOut*>(c), block, g);
         if (c->type == compMIDIOut) sent = send(static_cast<CMIDIOut*>(c), block, sent);

@@ -57,6 +57,12 @@ void DeviceMidi::follow(std::span<const AamEvent> out) {
     }
 }
 
+int DeviceMidi::sendOutside(std::span<AamEvent> room) {
+    size_t count = 0;
+    while (count < room.size() && outside.pop(room[count])) count++;
+    return int(count);
+}
+
 int DeviceMidi::endNotes(std::span<AamEvent> room) {
     if (!asked) return 0;
     size_t count = 0;

@@ -21,6 +21,9 @@ public:
     Ring<int, 1024> copied;
     Shared<bool> copies{false};
 
+    /// Messages of the interface thread that go out with the next block; `frame` is 0.
+    Ring<AamEvent, 256> outside;
+
     DeviceMidi() : kept(aamMaxEvents) {}
 
     /// Keeps the messages of a block that cannot run for the start of the next one that does. Those
@@ -29,6 +32,9 @@ public:
     /// What was kept, with the messages of this block behind; valid until the next call.
     std::span<const AamEvent> take(std::span<const AamEvent> in);
     void forgetKept() { numKept = 0; }
+
+    /// Writes what waits in `outside` and answers the count. `room` is the driver's array.
+    int sendOutside(std::span<AamEvent> room);
 
     /// Takes down which notes begin and end with the messages that go out.
     void follow(std::span<const AamEvent> out);

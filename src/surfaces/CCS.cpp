@@ -4,12 +4,14 @@
 #include "engine/CQV.h"
 #include "engine/DeviceMidi.h"
 #include "engine/MidiBytes.h"
+#include "engine/StoredValue.h"
 #include "engine/ValueDoor.h"
 
 namespace {
 
 constexpr float highest = 127;
 constexpr int mostBanks = 1000;
+constexpr int restMs = 500; ///< after a hand has moved a control, nothing moves it
 
 } // namespace
 
@@ -25,6 +27,7 @@ bool CCS::open(const CStr& file) {
     if (!read.open(file)) return false;
     def = std::move(read);
     path = file;
+    changed = false;
     bank = 0;
     editGroup = def.groups.empty() ? -1 : 0;
     listen();
@@ -32,9 +35,17 @@ bool CCS::open(const CStr& file) {
     return true;
 }
 
+bool CCS::save(const CStr& file) {
+    if (!def.save(file)) return false;
+    path = file;
+    changed = false;
+    return true;
+}
+
 void CCS::close() {
     def = SurfaceDef();
     path = "";
+    changed = false;
     bank = 0;
     editGroup = -1;
     listen();
@@ -52,6 +63,29 @@ void CCS::listen() {
 void CCS::idle() {
     listen();
     for (int message = 0; qv->deviceMidi->copied.pop(message);) handleMIDIIn(message);
+    if (feedback >= 0) syncMidiValues();
+}
+
+/// Sends what parameters are now to the controls that show them, unless a hand is on them.
+void CCS::syncMidiValues() {
+    const int shift = bank * paramsOnPages();
+    for (CControlPages& section : def.sections)
+        if (const CControlSectionPage* page = section.page())
+            for (const CControlMap& map : page->maps) syncMap(map, shift);
+}
+
+void CCS::syncMap(const CControlMap& map, int shift) {
+    if (map.mode != surfaceParam || map.group < 0 || !target) return;
+    CHWCtrlGroup& group = def.groups[size_t(map.group)];
+    for (int i = 0; i < group.numCtrls(); i++) {
+        CHWCtrl& ctrl = *group.getCtrl(i);
+        const ParamRef to = target(map.param + i + shift);
+        if (!to || asTimeInMS() - ctrl.touched < restMs) continue;
+        const int now = asRound(double(paramShare(to.object, to.param) * highest));
+        if (now == ctrl.val) continue;
+        const AamEvent event{asData(midiController, ctrl.cc, now), int8_t(feedback), {}, 0};
+        if (qv->deviceMidi->outside.push(event)) ctrl.val = now;
+    }
 }
 
 // What comes in.
@@ -72,7 +106,9 @@ void CCS::handleMIDIIn(int message) {
 void CCS::teach(int cc) {
     if (editGroup < 0 || editGroup >= int(def.groups.size())) return;
     CHWCtrlGroup& group = def.groups[size_t(editGroup)];
-    if (!group.hasCC(cc)) group.addCtrl("cc", cc);
+    if (group.hasCC(cc) || group.numCtrls() >= SurfaceDef::mostCtrls) return;
+    group.addCtrl("cc", cc);
+    changed = true;
 }
 
 /// True when it has turned a page.
@@ -87,7 +123,7 @@ bool CCS::handleMIDIMap(CControlMap& map, int section, int message) {
             ctrl.val = asByte1(message);
         if (statusByte(message) != midiController || asByte1(message) != ctrl.cc) continue;
         ctrl.val = asByte2(message);
-        ctrl.changed = true;
+        ctrl.touched = asTimeInMS();
         serve(map, section, ctrl, i);
         if (def.sections[size_t(section)].current != before) return true;
     }

@@ -17,6 +17,8 @@ public:
     bool editing = false; ///< knobs that move become part of `editGroup`
     int editGroup = -1;   ///< index
     int bank = 0;         ///< of parameters; as many as the current pages show make one
+    int feedback = -1;    ///< MIDI output that the values are sent back to; -1 none
+    bool changed = false; ///< the definition is not as its file has it
     int lastEvent = 0;    ///< packed; 0 none yet
     /// What parameter `index` of what the user is at is; none without one.
     std::function<ParamRef(int index)> target;
@@ -28,7 +30,8 @@ public:
     CCS(const CCS&) = delete;
     CCS& operator=(const CCS&) = delete;
 
-    bool open(const CStr& file); ///< false without the file; else nothing plays the former one
+    bool open(const CStr& file); ///< false, and nothing changes, without the file
+    bool save(const CStr& file); ///< which it belongs to from then on; false if that fails
     void close();                ///< without a definition
     bool isOpen() const { return !def.sections.empty() || !def.groups.empty(); }
     void idle(); ///< serves what has come; interface tick
@@ -46,6 +49,8 @@ private:
     void teach(int cc);
     bool handleMIDIMap(CControlMap& map, int section, int message);
     void serve(CControlMap& map, int section, CHWCtrl& ctrl, int index);
+    void syncMidiValues();
+    void syncMap(const CControlMap& map, int shift);
     void setObjectParam(const ParamRef& to, int value);
     int paramsOnPages();
     void tell() const;

@@ -1,8 +1,11 @@
 #include "surfaces/CConfigWin.h"
 
+#include "base/CIniFile.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
+#include "engine/CAAM.h"
+#include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CDropdown.h"
@@ -18,7 +21,7 @@ namespace {
 constexpr int winWide = 560, winHigh = 420, leastWide = 420, leastHigh = 280;
 constexpr int winStyle = winCaption | winSizable | winKeysToOwner | winCentre;
 constexpr int margin = 8, gap = 4, high = 20, barHeight = 36, footHigh = 28;
-constexpr int fieldsWide = 240, labelWide = 80, highest = 127, mostParams = 9999;
+constexpr int fieldsWide = 240, labelWide = 80, outsWide = 160, highest = 127, mostParams = 9999;
 constexpr const char* surfaceExt = ".qcs";
 
 /// What a node of the tree stands for.
@@ -69,6 +72,16 @@ CConfigWin::CConfigWin(Workspace& space, CCS& edited)
     addFields();
     heard = new CLabel(this, "", 0, 0, 1, high);
     addControl(heard);
+    outs = new CDropdown(this, "feedback", 0, 0, outsWide, high);
+    outs->spokenName = "Feedback to";
+    outs->hint = "The MIDI output of the device: its lights and motors show the parameters";
+    outs->tabStop = true;
+    wire(outs->onChange, new _COnChange<CConfigWin>(this, &CConfigWin::outChanged));
+    outsLabel = new CLabel(this, "Feedback to", 0, 0, labelWide, high);
+    outsLabel->field = outs;
+    addControl(outsLabel);
+    addControl(outs);
+    fillOuts();
     rebuild();
     CConfigWin::resized();
 }
@@ -139,7 +152,10 @@ void CConfigWin::resized() {
     file->setBounds(file->left, margin, asMax(w - margin - file->left, 1), high);
     tree->setBounds(margin, barHeight, asMax(left0 - 2 * margin, 1), asMax(treeHigh, 1));
     tree->resized();
-    heard->setBounds(margin, h - footHigh + gap, w - 2 * margin, high);
+    const int foot = h - footHigh + gap;
+    outs->setBounds(w - margin - outsWide, foot, outsWide, high);
+    outsLabel->setBounds(outs->left - labelWide, foot, labelWide, high);
+    heard->setBounds(margin, foot, asMax(outsLabel->left - 2 * margin, 1), high);
     const int y = barHeight + high + margin;
     addTo->setBounds(left0, barHeight, addTo->width, high);
     del->setBounds(left0 + addTo->width + gap, barHeight, del->width, high);
@@ -291,6 +307,7 @@ void CConfigWin::showFields() {
 }
 
 void CConfigWin::changed() {
+    surface.changed = true;
     rebuild();
     follow();
 }
@@ -311,6 +328,7 @@ void CConfigWin::sysexChanged(CObject*) {
     if (!c) return;
     c->sysexText = sysex->text.asChar();
     c->sysex.fromStr(sysex->text, false);
+    surface.changed = true;
 }
 
 void CConfigWin::modeChanged(CObject*) {
@@ -356,6 +374,7 @@ void CConfigWin::addClicked(CObject*) {
         what = {ofMap, what.a, what.b, last(page()->maps)};
     }
     }
+    surface.changed = true;
     rebuild();
     choose(what);
 }
@@ -393,14 +412,21 @@ void CConfigWin::deleteClicked(CObject*) {
 
 // The file, and what comes in.
 
+bool CConfigWin::mayDrop() {
+    return !surface.changed ||
+           showMsg(this, "Control surface", "Discard what is not saved?", mbYes | mbNo) == mbYes;
+}
+
 void CConfigWin::openClicked(CObject*) {
+    if (!mayDrop()) return;
     CFileWin dialog(this, "Open", surfaceExt, folder, "", false);
     dialog.showModal();
     if (!dialog.result) return;
     folder = dialog.folder;
     if (!surface.open(dialog.path))
         showMsg(this, "Error", "Could not read " + extractFileName(dialog.path));
-    changed();
+    rebuild();
+    follow();
 }
 
 void CConfigWin::saveClicked(CObject*) {
@@ -410,16 +436,16 @@ void CConfigWin::saveClicked(CObject*) {
     dialog.showModal();
     if (!dialog.result) return;
     folder = dialog.folder;
-    if (surface.def.save(dialog.path))
-        surface.path = dialog.path;
-    else
+    if (!surface.save(dialog.path))
         showMsg(this, "Error", "There was an error saving " + dialog.path);
     follow();
 }
 
 void CConfigWin::closeClicked(CObject*) {
+    if (!mayDrop()) return;
     surface.close();
-    changed();
+    rebuild();
+    follow();
 }
 
 void CConfigWin::teachClicked(CObject*) {
@@ -427,13 +453,32 @@ void CConfigWin::teachClicked(CObject*) {
     if (surface.editing && surface.def.groups.empty()) {
         surface.def.groups.push_back({"Group 1", {}});
         surface.editGroup = 0;
+        surface.changed = true;
         rebuild();
     }
     follow();
 }
 
+// Feedback.
+
+void CConfigWin::fillOuts() {
+    CAAM* driver = workspace.host()->aam;
+    outs->items.clear();
+    outs->add("None");
+    for (int i = 0; driver && i < driver->getMIDIOutCount(); i++) outs->add(driver->midiOutName(i));
+    outs->setIndex(surface.feedback + 1);
+}
+
+void CConfigWin::outChanged(CObject*) {
+    surface.feedback = outs->index - 1;
+    CIniFile(inifile).writeString("options", "surfaceout",
+                                  surface.feedback < 0 ? CStr() : outs->getItemText(outs->index));
+}
+
 void CConfigWin::follow() {
-    file->setText(surface.path.empty() ? CStr() : extractFileName(surface.path));
+    const CStr star = surface.changed ? " *" : "";
+    file->setText(surface.path.empty() ? (surface.changed ? CStr("Not saved *") : CStr())
+                                       : extractFileName(surface.path) + star);
     teach->setLit(surface.editing);
     CStr text = surface.getLastEventStr();
     for (int i = 0; i < int(surface.def.sections.size()); i++) {

@@ -69,6 +69,9 @@ private:
     void modeChanged(CObject* sender);
     void groupChanged(CObject* sender);
     void changed();
+    bool mayDrop(); ///< asks about changes that are in no file
+    void fillOuts();
+    void outChanged(CObject* sender);
 
     Workspace& workspace;
     CCS& surface;
@@ -77,7 +80,8 @@ private:
     CButton *teach = nullptr, *addTo = nullptr, *del = nullptr, *save = nullptr;
     CEdit *name = nullptr, *sysex = nullptr;
     CValue *cc = nullptr, *param = nullptr;
-    CDropdown *mode = nullptr, *leads = nullptr;
+    CDropdown *mode = nullptr, *leads = nullptr, *outs = nullptr;
+    CLabel* outsLabel = nullptr;
     std::vector<CCtrl*> fields;  ///< all of these that show what is chosen
     std::vector<CLabel*> labels; ///< of each of them
     int nextLeft = 0;

@@ -124,7 +124,7 @@ private:
         def.groups.push_back({text(end).c_str(), {}});
     }
     void control(int64_t end) {
-        if (def.groups.empty()) return;
+        if (def.groups.empty() || def.groups.back().numCtrls() >= SurfaceDef::mostCtrls) return;
         parts++;
         const std::string name = text(end);
         def.groups.back().addCtrl(name.c_str(), number(end));

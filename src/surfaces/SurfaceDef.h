@@ -42,8 +42,8 @@ struct CHWCtrl {
     CSysexData sysex;
     std::string sysexText;
     int mode = surfaceParam; ///< that of the map which served it last; not in files
-    int val = 0;             ///< that came last, 0 to 127; not in files
-    bool changed = false;    ///< a value has come
+    int val = 0;             ///< that the device has, 0 to 127; not in files
+    int touched = 0;         ///< when it was moved last, as `asTimeInMS`
 };
 
 /// Knobs that belong together, such as a row of faders.
@@ -90,8 +90,8 @@ struct CControlPages {
 /// The definition of a controller: its knobs, and what they do on which page. Interface thread.
 class SurfaceDef {
 public:
-    static constexpr int mostParts =
-        65536;                             ///< groups, controls, sections, pages and maps of a file
+    static constexpr int mostParts = 4096; ///< groups, controls, sections, pages, maps of a file
+    static constexpr int mostCtrls = 128;  ///< of a group
     static constexpr int mostItems = 4096; ///< texts of a map
 
     SurfaceImage background, logo;

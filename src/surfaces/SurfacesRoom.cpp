@@ -2,6 +2,7 @@
 
 #include "base/CIniFile.h"
 #include "base/Paths.h"
+#include "engine/CAAM.h"
 #include "engine/CQV.h"
 #include "surfaces/CConfigWin.h"
 #include "surfaces/CMIDIMapWin.h"
@@ -30,6 +31,7 @@ SurfacesRoom::SurfacesRoom(Workspace& space, EditorTable& editors, std::function
     surface.target = [host, front](int index) { return surfaceParamOf(host, front(), index); };
     surface.stepTrack = [host](int by) { stepSelectedTrack(host, by); };
     surface.open(iniReadString(section, surfaceKey, ""));
+    feedbackName = iniReadString(section, "surfaceout", "");
 }
 
 SurfacesRoom::~SurfacesRoom() = default;
@@ -48,11 +50,22 @@ void SurfacesRoom::showConfig() {
     window->show(true);
 }
 
+/// Outputs are known by their names, once the driver has told them.
+void SurfacesRoom::findFeedback() {
+    CAAM* driver = workspace.host()->aam;
+    for (int i = 0; driver && i < driver->getMIDIOutCount(); i++)
+        if (driver->midiOutName(i) == feedbackName) surface.feedback = i;
+    if (surface.feedback >= 0) feedbackName = "";
+}
+
 void SurfacesRoom::idle() {
+    if (!feedbackName.empty()) findFeedback();
     surface.idle();
     if (window && window->visible) window->idle();
 }
 
-void SurfacesRoom::writeSettings() const {
+/// What is in no file yet is kept beside the settings.
+void SurfacesRoom::writeSettings() {
+    if (surface.changed) surface.save(extractFilePath(inifile) + "surface.qcs");
     CIniFile(inifile).writeString(section, surfaceKey, surface.path);
 }

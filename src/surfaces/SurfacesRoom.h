@@ -26,11 +26,13 @@ public:
     /// definition.
     bool openFile(const CStr& path);
     void idle(); ///< interface tick
-    void writeSettings() const;
+    void writeSettings();
 
 private:
     void showConfig();
+    void findFeedback();
 
     Workspace& workspace;
+    CStr feedbackName; ///< of the output to be found; empty when it has been, or there is none
     std::unique_ptr<CConfigWin> window; ///< null until it shows first
 };

@@ -105,9 +105,10 @@ TEST_F(PlaylistTest, ListsAreKept) {
     begin();
     const std::string a = project("a.qv"), b = project("b.qv");
     drop(a);
-    EXPECT_EQ(mapper().numProjects(), 0) << "without a list";
+    EXPECT_EQ(mapper().getFilemap(-1), "Playlist") << "the first project makes the first list";
+    EXPECT_EQ(projects(), "a.qv ");
     ASSERT_TRUE(mapper().newMap("gig"));
-    list()->setCurrentMap(0);
+    list()->setCurrentMap(1);
     EXPECT_EQ(setting("file mapper", "map"), "gig");
     drop(a);
     drop(b);
@@ -138,6 +139,8 @@ TEST_F(PlaylistTest, ListsAreKept) {
     std::filesystem::remove(mapper().mapFile.asChar());
     mapper().saveMap();
     EXPECT_FALSE(std::filesystem::exists(mapper().mapFile.asChar()));
+    mapper().deleteMap(1);
+    EXPECT_EQ(mapper().getIndex(), 0);
     mapper().deleteMap(0);
     EXPECT_EQ(mapper().getIndex(), -1);
     EXPECT_EQ(mapper().numProjects(), 0);

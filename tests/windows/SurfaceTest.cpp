@@ -1,8 +1,11 @@
 #include "ModularFixture.h"
 
 #include "base/CStream.h"
-#include "engine/CompTypes.h"
+#include "base/Numbers.h"
+#include "engine/Cycle.h"
+#include "engine/DeviceMidi.h"
 #include "engine/MidiBytes.h"
+#include "engine/ValueDoor.h"
 #include "gui/controls/CDropdown.h"
 #include "gui/controls/CEdit.h"
 #include "gui/controls/CTree.h"
@@ -10,9 +13,6 @@
 #include "shell/Rooms.h"
 #include "support/Rows.h"
 #include "surfaces/CConfigWin.h"
-
-#include "driver/libaam.h"
-#include "engine/Cycle.h"
 
 namespace {
 
@@ -138,6 +138,32 @@ TEST_F(SurfaceTest, PagesTurnParameters) {
     }
     EXPECT_NE(strip->pan, now);
     EXPECT_EQ(strip->vol, before);
+}
+
+/// What a parameter becomes by others is sent to the control that shows it, but not while a hand is
+/// on that.
+TEST_F(SurfaceTest, ValuesGoBack) {
+    ASSERT_TRUE(example().save(at("knobs.qcs").c_str()));
+    surface().open(at("knobs.qcs").c_str());
+    surface().feedback = 2;
+    const auto sent = [this](int cc) {
+        std::vector<AamEvent> room(16);
+        int value = -1;
+        for (int i = host->deviceMidi->sendOutside(room) - 1; i >= 0; i--)
+            if (asByte1(room[size_t(i)].data) == cc && room[size_t(i)].device == 2)
+                value = asByte2(room[size_t(i)].data);
+        return value;
+    };
+    host->values->setParam(strip, 0, 1.0f);
+    EXPECT_TRUE(pumpUntil([&] { return sent(20) == 127; }));
+    send({turned(20, 64)});
+    host->values->setParam(strip, 1, 1.0f);
+    EXPECT_TRUE(pumpUntil([&] { return sent(21) == 127; }));
+    surface().def.groups[0].ctrls[0].touched = asTimeInMS() + 100000;
+    host->values->setParam(strip, 0, 0.0f);
+    host->values->setParam(strip, 1, 0.0f);
+    EXPECT_TRUE(pumpUntil([&] { return surface().def.groups[0].ctrls[1].val == 0; }));
+    EXPECT_EQ(surface().def.groups[0].ctrls[0].val, 64);
 }
 
 /// The window makes a definition: knobs that are moved come to the group, once each.

@@ -73,8 +73,7 @@ void CFileMapperWin::setup() {
          new _COnChange<CFileMapperWin>(this, &CFileMapperWin::mapsMenuClicked));
     addControl(mapsDropdown);
     constexpr int addWide = 32, removeWide = 52;
-    CButton* add = addButton("add", "Add", "Add a project", addWide, &CFileMapperWin::addClicked);
-    add->setEnabled(mapper->getIndex() >= 0);
+    addButton("add", "Add", "Add a project", addWide, &CFileMapperWin::addClicked);
     CButton* del = addButton("remove", "Remove", "Remove the project", removeWide,
                              &CFileMapperWin::deleteClicked);
     CButton* up = addButton("up", "", "Move up", rowHeight, &CFileMapperWin::upClicked);
@@ -153,6 +152,18 @@ void CFileMapperWin::deleteMapClicked(CObject*) {
 
 // Projects.
 
+/// The first project makes the first list.
+bool CFileMapperWin::needsList() {
+    if (mapper->getIndex() >= 0) return true;
+    createDir(CFileMapper::getRootFolder());
+    if (!mapper->newMap("Playlist")) {
+        showMsg(this, "Error", "Could not create folder: " + CFileMapper::getRootFolder());
+        return false;
+    }
+    CIniFile(inifile).writeString(section, "map", mapper->getFilemap(-1));
+    return true;
+}
+
 void CFileMapperWin::addProject(const CStr& path) {
     if (!CFileMapper::canStore(path)) {
         showMsg(this, "Error", "This name cannot be stored in a playlist");
@@ -166,6 +177,7 @@ void CFileMapperWin::addClicked(CObject*) {
     dialog.showModal();
     if (!dialog.result) return;
     folder = dialog.folder;
+    if (!needsList()) return;
     addProject(dialog.path);
     mapper->setProgram(mapper->numProjects() - 1, false);
     mapper->saveMap();
@@ -213,7 +225,7 @@ void CFileMapperWin::fileDrop(CObject*, int, int, int) {
         if (item->type == dropFile && sameText(extractFileExt(item->path), ".QV"))
             taken.push_back(item);
     for (CDropItem* item : taken) {
-        if (mapper->getIndex() >= 0) addProject(item->path);
+        if (needsList()) addProject(item->path);
         app->dragList->remove(item);
         delete item;
     }

@@ -29,6 +29,7 @@ public:
 private:
     CButton* addButton(const char* name, const char* text, const char* told, int wide,
                        void (CFileMapperWin::*clicked)(CObject*));
+    bool needsList();
     void addProject(const CStr& path);
     void mapsChanged(CObject* sender);
     void mapsMenuClicked(CObject* sender);
