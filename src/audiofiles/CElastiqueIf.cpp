@@ -17,7 +17,9 @@ namespace {
 constexpr int maxFeed = 1024;    // source frames that the library gets at once
 constexpr int feedResult = 8192; // stretched frames that one piece of source should come to
 constexpr int spareFrames = 4 * feedResult;
-constexpr int sourceMargin = 64; // beyond what is worked out: the library takes in whole hops
+/// Source frames that are wanted at a time. Always as many, so that what comes out does not depend
+/// on how much of it is asked for at once.
+constexpr int feedFrames = 256;
 
 /// The library's pitch shift allocates while it runs, so its result is stretched further by the
 /// factor of the pitch and then read at that speed.
@@ -134,9 +136,7 @@ int CElastiqueIf::framesNeeded(int frames) {
     e.forget();
     e.drain();
     const int last = int(std::ceil(e.pos + (frames - 1) * e.pitch)) + sincReach(e.pitch);
-    const int missing = last + 1 - e.held + e.toDrop;
-    if (missing <= 0) return 0;
-    return int(e.library.getSamplesRequired()) + int(std::ceil(missing / e.ratio())) + sourceMargin;
+    return last < e.held - e.toDrop ? 0 : feedFrames;
 }
 
 void CElastiqueIf::feed(const float* left, const float* right, int count) {

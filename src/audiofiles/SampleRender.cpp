@@ -6,6 +6,7 @@
 #include "base/Numbers.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -265,6 +266,13 @@ void renderStreamed(const CSample& sample, const SampleSpan& span, int count, fl
 }
 
 } // namespace
+
+double wholeSteps(double placeOrSpeed, int frames) {
+    constexpr int exactBits = 52, most = 30;
+    const int bits = exactBits - std::min(most, int(std::bit_width(unsigned(frames) | 0xFFFFFu)));
+    const double unit = 1.0 / double(std::int64_t(1) << bits);
+    return std::nearbyint(placeOrSpeed / unit) * unit;
+}
 
 int renderMemory(const CSample& sample, double pos, double speed, int count, float* left,
                  float* right) {

@@ -26,6 +26,11 @@ struct StretchSpan {
     int start = 0, end = 0;
 };
 
+/// A place in a sample of `frames` frames, or a speed, rounded so that places are sums of speeds
+/// without an error: then a voice reads the same, in however many calls. The last frame is less
+/// than two frames off.
+double wholeSteps(double placeOrSpeed, int frames);
+
 /// The hot path: `count` frames of a sample in memory, forward from `pos` at `speed`, interpolated
 /// by the cubic through four neighbours. A mono sample fills `left` only. Returns how many sides it
 /// filled: 0 for a sample that is not in memory or has more than two channels. Frames outside the

@@ -9,7 +9,7 @@
 namespace {
 
 /// Feeds of one block at most; each brings it nearer, unless the sample is no use.
-constexpr int maxFeeds = 64;
+constexpr int maxFeeds = 256;
 
 /// Interleaved frames to both inputs of the stretcher, the last first with `reverse`.
 void deinterleave(const float* in, int chs, int count, bool reverse, float* left, float* right) {

@@ -12,7 +12,9 @@
 #include "engine/Macros.h"
 #include "engine/ParamUnit.h"
 #include "engine/ProgramEdits.h"
+#include "engine/SongClock.h"
 #include "engine/StripEvents.h"
+#include "engine/plan/GraphPlan.h"
 #include "engine/plan/GraphWorkers.h"
 #include "engine/plan/PlanBuilder.h"
 
@@ -109,6 +111,11 @@ void CEffect::idle() {
     host->hostNotices.raise(HostNotice::delays);
 }
 
+void CEffect::start() {
+    for (auto* prog : each<CEffectProg>(progs))
+        for (auto* fx : each<CFX>(prog->effects)) fx->start();
+}
+
 void CEffect::planRender(PlanBuilder& plan) {
     plan.needAudio(this);
     plan.needMidi(this);
@@ -177,6 +184,7 @@ void CEffect::giveKey(CFX& fx, int offset) const {
 
 /// Leaves the sound in the first two scratch buffers; false when no effect is on.
 bool CEffect::runChain(const CEffectProg& prog, int frames, int offset) {
+    const bool settles = host->clock->ends(pieceStart(this) + offset + frames);
     float* left = host->scratch().left.data();
     float* right = host->scratch().right.data();
     std::fill_n(left, frames, 0.0f);
@@ -187,6 +195,7 @@ bool CEffect::runChain(const CEffectProg& prog, int frames, int offset) {
         if (!fx->enabled || !isEffectKind(fx->type)) continue;
         fx->tempo = tempo;
         giveKey(*fx, offset);
+        fx->settles = settles;
         if (ran)
             fx->process(left, right, left, right, frames);
         else

@@ -31,6 +31,7 @@ public:
     void setRate(double rate) override;
     void planRender(PlanBuilder& plan) override; ///< audio first
     void process(int frames) override;
+    void start() override;
     /// That of the effects that are on in the current program.
     int getDelay() override;
     void idle() override;

@@ -6,6 +6,7 @@
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
 #include "engine/Mixing.h"
+#include "engine/SongClock.h"
 #include "engine/StripMeters.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
@@ -27,16 +28,6 @@ constexpr struct {
     float hz;
 } newBands[eqBandCount] = {
     {eqHighShelf, 10000.0f}, {eqPeaking, 2000.0f}, {eqPeaking, 800.0f}, {eqLowShelf, 100.0f}};
-
-struct Sides {
-    float left, right;
-};
-
-/// Centre is unity on both sides; a side that is turned to gains up to a half.
-Sides panLaw(float p) {
-    if (p >= 0.0f) return {1.0f - p, 1.0f + p * 0.5f};
-    return {1.0f - p * 0.5f, 1.0f + p};
-}
 
 void scale(float* buf, int frames, float factor) {
     for (int i = 0; i < frames; ++i) buf[i] *= factor;
@@ -193,17 +184,19 @@ void COutputChannel::setPan(float p, bool ramp) {
     panRStep = (to.right - panR) / float(panRamp);
 }
 
+// Counted from where the ramp ends, so that it goes the same way in any pieces.
 void COutputChannel::advanceRamps(int frames) {
     if (gainRamp > 0) {
-        gain += gainStep * float(frames);
-        gainRamp -= frames;
-        if (gainRamp <= 0) setVol(gainTarget, false);
+        gainRamp = std::max(gainRamp - frames, 0);
+        gain = gainTarget - gainStep * float(gainRamp);
+        if (gainRamp == 0) setVol(gainTarget, false);
     }
     if (panRamp > 0) {
-        panL += panLStep * float(frames);
-        panR += panRStep * float(frames);
-        panRamp -= frames;
-        if (panRamp <= 0) setPan(panTarget, false);
+        panRamp = std::max(panRamp - frames, 0);
+        const Sides to = panLaw(panTarget);
+        panL = to.left - panLStep * float(panRamp);
+        panR = to.right - panRStep * float(panRamp);
+        if (panRamp == 0) setPan(panTarget, false);
     }
 }
 
@@ -278,11 +271,21 @@ void COutputChannel::processFX(CMIDIBytes* events, int frames) {
 }
 
 void COutputChannel::equalise(int frames) {
+    const SongClock& clock = *comp->host->clock;
+    const int from = pieceStart(comp);
     EqBand* bands[eqBandCount];
     int count = 0;
-    for (CEQ* band : eq)
-        if (band->active == 1) bands[count++] = band->ready();
-    if (count > 0) runBands(bands, count, bufL, bufR, frames);
+    for (CEQ* band : eq) {
+        if (clock.begins() && from == 0) {
+            band->runs = band->active == 1;
+            band->ready();
+        }
+        if (band->runs) bands[count++] = band;
+    }
+    if (count > 0) {
+        runBands(bands, count, bufL, bufR, frames);
+        if (clock.ends(from + frames)) settleBands(bands, count);
+    }
     if (StripMeters* to = measured()) to->takeEqualised(bufL, bufR, frames);
 }
 

@@ -18,6 +18,7 @@
 #include "engine/DeviceMidi.h"
 #include "engine/EditorHooks.h"
 #include "engine/Solo.h"
+#include "engine/SongClock.h"
 #include "engine/SpectrumTap.h"
 #include "engine/TransportRing.h"
 #include "engine/ValueDoor.h"
@@ -40,8 +41,8 @@ constexpr float activityFall = 0.33f;
 
 CQV::CQV()
     : CComp(this), UndoHost(this), SamplePool(this), values(std::make_unique<ValueDoor>(this)),
-      deviceMidi(std::make_unique<DeviceMidi>()), plans(std::make_unique<GraphPlans>(this)),
-      workers(std::make_unique<GraphWorkers>(this)) {
+      deviceMidi(std::make_unique<DeviceMidi>()), clock(std::make_unique<SongClock>()),
+      plans(std::make_unique<GraphPlans>(this)), workers(std::make_unique<GraphWorkers>(this)) {
     type = compQV;
     id = "sondrava";
     tasks = new CTasks(this);

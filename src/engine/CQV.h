@@ -23,6 +23,7 @@ class CThread;
 class DeviceMidi;
 class GraphPlans;
 class GraphWorkers;
+class SongClock;
 class SpectrumTap;
 class TransportRing;
 class ValueDoor;
@@ -92,6 +93,7 @@ public:
     Shared<int> requestedProgram{-1}; ///< program change on its way to the file mapper, -1 none
     unsigned blocks = 0;              ///< counts those that ran; graph holder
     const std::unique_ptr<DeviceMidi> deviceMidi; ///< for the driver's callback
+    const std::unique_ptr<SongClock> clock;       ///< what rates of control count from
 
     CQV();
     ~CQV() override;
@@ -142,6 +144,8 @@ public:
     /// At the constant tempo of this block.
     double framesToTicks(double f) const;
     double ticksToFrames(double ticks) const;
+    /// The same for a frame, as playback counts it; see `SongClock::exact`. Graph holder.
+    double ticksPerFrame() const;
     void createTempoMap();
 
     // Deferred and exclusive work.

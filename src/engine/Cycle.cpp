@@ -8,6 +8,7 @@
 #include "engine/CQV.h"
 #include "engine/DeviceComps.h"
 #include "engine/DeviceMidi.h"
+#include "engine/SongClock.h"
 #include "engine/SpectrumTap.h"
 #include "engine/TransportRing.h"
 #include "engine/plan/GraphPlan.h"
@@ -27,14 +28,16 @@ namespace {
 
 thread_local bool inCallback = false;
 
-/// The buffers of one call of the driver.
+/// The buffers of one call of the driver, and the part of them that is worked out.
 struct DeviceBlock {
     float** ins;
     float** outs;
     long numIns, numOuts;
-    int frames;
-    std::span<const AamEvent> in; ///< MIDI; void as soon as `room` is written to
+    int whole;                    ///< frames of the call
+    std::span<const AamEvent> in; ///< MIDI
     std::span<AamEvent> room;     ///< for MIDI that goes out
+    int frames = 0, from = 0;     ///< of the part
+    size_t sent = 0;              ///< events of `room` that are filled
 };
 
 /// The audio thread's turn on the graph.
@@ -69,8 +72,9 @@ void receive(CMIDIIn* c, const DeviceBlock& block) {
     const int device = c->device;
     for (const AamEvent& e : block.in) {
         if (device != -1 && e.device != device) continue;
-        port->insert(std::clamp(e.frame, 0, block.frames - 1), e.data, eventMidi, 0.0f, 0, nullptr,
-                     nullptr);
+        const int frame = std::clamp(e.frame, 0, block.whole - 1) - block.from;
+        if (frame < 0 || frame >= block.frames) continue;
+        port->insert(frame, e.data, eventMidi, 0.0f, 0, nullptr, nullptr);
     }
 }
 
@@ -79,8 +83,8 @@ void receive(CAudioIn* c, const DeviceBlock& block) {
     if (!ch || c->chs < 1) return;
     const int first = c->dev0, second = c->chs == 1 ? c->dev0 : c->dev1;
     if (first < 0 || first >= block.numIns || second < 0 || second >= block.numIns) return;
-    std::memcpy(ch->bufL, block.ins[first], sizeof(float) * size_t(block.frames));
-    std::memcpy(ch->bufR, block.ins[second], sizeof(float) * size_t(block.frames));
+    std::copy_n(block.ins[first] + block.from, block.frames, ch->bufL);
+    std::copy_n(block.ins[second] + block.from, block.frames, ch->bufR);
 }
 
 float deviceSample(float value) {
@@ -99,27 +103,25 @@ void send(CAudioOut* c, const DeviceBlock& block, float g) {
     const int first = c->dev0, second = c->dev1;
     if (first < 0 || first >= block.numOuts) return;
     if (c->chs == 1) {
-        float* out = block.outs[first];
+        float* out = block.outs[first] + block.from;
         for (int i = 0; i < block.frames; ++i)
             out[i] = deviceSample((out[i] + (ch->bufL[i] + ch->bufR[i]) * 0.5f) * g);
         return;
     }
     if (second < 0 || second >= block.numOuts) return;
-    add(block.outs[first], ch->bufL, g, block.frames);
-    add(block.outs[second], ch->bufR, g, block.frames);
+    add(block.outs[first] + block.from, ch->bufL, g, block.frames);
+    add(block.outs[second] + block.from, ch->bufR, g, block.frames);
 }
 
-/// Returns the count of records, from `sent` on.
-size_t send(CMIDIOut* c, const DeviceBlock& block, size_t sent) {
+void send(CMIDIOut* c, DeviceBlock& block) {
     CMIDIQ* port = c->inPort();
     const int device = c->device;
     for (const CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
         if (e->kind != eventMidi) continue;
-        if (sent == block.room.size()) break;
+        if (block.sent == block.room.size()) break;
         const int frame = std::clamp(asInt(e->time), 0, block.frames - 1);
-        block.room[sent++] = {e->data, int8_t(device), {}, frame};
+        block.room[block.sent++] = {e->data, int8_t(device), {}, block.from + frame};
     }
-    return sent;
 }
 
 void receiveAll(const DeviceBlock& block) {
@@ -129,16 +131,31 @@ void receiveAll(const DeviceBlock& block) {
     }
 }
 
-long sendAll(const DeviceBlock& block) {
+void sendAll(DeviceBlock& block) {
     const float g = qv->listenVolume * qv->listenVolume;
-    const size_t ended = size_t(qv->deviceMidi->endNotes(block.room));
-    size_t sent = ended + size_t(qv->deviceMidi->sendOutside(block.room.subspan(ended)));
+    if (block.from == 0) block.sent = size_t(qv->deviceMidi->endNotes(block.room));
+    const size_t ended = block.sent;
+    if (block.from == 0)
+        block.sent += size_t(qv->deviceMidi->sendOutside(block.room.subspan(ended)));
     for (CComp* c : each<CComp>(qv->comps)) {
         if (c->type == compAudioOut) send(static_cast<CAudioOut*>(c), block, g);
-        if (c->type == compMIDIOut) sent = send(static_cast<CMIDIOut*>(c), block, sent);
+        if (c->type == compMIDIOut) send(static_cast<CMIDIOut*>(c), block);
     }
-    qv->deviceMidi->follow(block.room.subspan(ended, sent - ended));
-    return long(sent);
+    qv->deviceMidi->follow(block.room.subspan(ended, block.sent - ended));
+}
+
+/// Works out the next part of a block, which ends with a stride of the song at the latest; false
+/// when the graph went to an operation that leaves nothing of what sounds.
+bool runPart(DeviceBlock& block) {
+    qv->serveTransport();
+    block.frames = std::min(block.whole - block.from, qv->clock->room());
+    qv->prepare(block.frames);
+    receiveAll(block);
+    qv->process(block.frames);
+    if (offline()) return false;
+    sendAll(block);
+    block.from += block.frames;
+    return true;
 }
 
 unsigned ofWholeBlock(unsigned ns, int frames) {
@@ -178,22 +195,19 @@ long libio(float** ins, float** outs, long numIns, long numOuts, long frames, vo
         qv->deviceMidi->keep(in);
         return qv->deviceMidi->endNotes(room);
     }
-    const DeviceBlock block{ins, outs, numIns, numOuts, int(frames), qv->deviceMidi->take(in),
-                            room};
-    qv->prepare(block.frames);
+    DeviceBlock block{ins, outs, numIns, numOuts, int(frames), qv->deviceMidi->take(in), room};
     if (!block.in.empty()) qv->midiActivity = 1.0f;
-    receiveAll(block);
-    qv->process(block.frames);
-    const long sent = offline() ? 0 : sendAll(block);
-    qv->workers->calls.note(ofWholeBlock(watch.lap(), block.frames));
-    return sent;
+    while (block.from < block.whole)
+        if (!runPart(block)) break;
+    qv->workers->calls.note(ofWholeBlock(watch.lap(), block.whole));
+    return block.from < block.whole ? 0 : long(block.sent);
 }
 
 void CQV::process(int n) {
     assert(heldByThread());
     transport->drain();
     const bool counting = recording && click->countIn >= 1;
-    if (!counting) tempoNow = tempo;
+    if (!counting && (clock->due() || !playing)) tempoNow = tempo;
     if (busy) return;
     busy = true;
     flushDenormals();
@@ -210,7 +224,11 @@ void CQV::runBlock(int n) {
         transportChanged = false;
         positionJumped = true;
     }
-    if (recording && !playing && click->countIn == 0 && sync == 0) startNow();
+    if (recording && !playing && click->countIn == 0 && sync == 0) {
+        startNow();
+        tempoNow = tempo;
+    }
+    if (clock->due()) clock->begin();
     handleMIDIIn();
     plans->noteTime(n);
     plans->current().run(n);
@@ -226,6 +244,7 @@ void CQV::runBlock(int n) {
     }
     runPreview(n);
     if (renderMode == 0) click->render(n);
+    clock->advance(n);
     positionJumped = false;
     processed = true;
 }
@@ -242,7 +261,7 @@ void CQV::runPreview(int n) {
 
 void CQV::advance(int n) {
     framesPlayed = framesPlayed + n;
-    double at = pos + framesToTicks(n);
+    double at = clock->exact(pos) + n * ticksPerFrame();
     const int from = loopStart, end = loopEnd;
     if (sync == 1 && loop && end > from && at >= end) at = from + std::fmod(at - from, end - from);
     pos = at;

@@ -31,7 +31,6 @@ std::span<const AamEvent> DeviceMidi::take(std::span<const AamEvent> in) {
 }
 
 std::span<const AamEvent> DeviceMidi::withKept(std::span<const AamEvent> in) {
-    if (numKept == 0) return in;
     append(in);
     const std::span<const AamEvent> all(kept.data(), size_t(numKept));
     numKept = 0;

@@ -29,7 +29,8 @@ public:
     /// Keeps the messages of a block that cannot run for the start of the next one that does. Those
     /// that there is no room for are lost.
     void keep(std::span<const AamEvent> in);
-    /// What was kept, with the messages of this block behind; valid until the next call.
+    /// What was kept, with the messages of this block behind; valid until the next call, whatever
+    /// becomes of `in`.
     std::span<const AamEvent> take(std::span<const AamEvent> in);
     void forgetKept() { numKept = 0; }
 

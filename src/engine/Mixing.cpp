@@ -76,10 +76,18 @@ int segmentLength(const COutputChannel* ch, int frames) {
     return frames;
 }
 
-void scaleByRamp(float* buf, int frames, float side, float sideStep, float gain, float gainStep) {
+/// A straight line that has so many frames to go; counted from its end, so that it goes the same
+/// way in any pieces.
+struct Line {
+    float end, step;
+    int left;
+    float at(int i) const { return end - step * float(left - i); }
+};
+
+void scaleByRamp(float* buf, int frames, const Line& side, const Line& gain) {
     for (int i = 0; i < frames; ++i) {
-        const float g = gain + gainStep * float(i);
-        buf[i] = buf[i] * (side + sideStep * float(i)) * g * g;
+        const float g = gain.at(i);
+        buf[i] = buf[i] * side.at(i) * g * g;
     }
 }
 
@@ -92,8 +100,10 @@ void mixSegment(COutputChannel* ch, int frames, int offset, bool unscaled, Peaks
     float* right = ch->bufR + offset;
     float factorL = 1.0f, factorR = 1.0f;
     if (!unscaled && (ch->gainRamp > 0 || ch->panRamp > 0)) {
-        scaleByRamp(left, frames, ch->panL, ch->panLStep, ch->gain, ch->gainStep);
-        scaleByRamp(right, frames, ch->panR, ch->panRStep, ch->gain, ch->gainStep);
+        const Sides to = panLaw(ch->panTarget);
+        const Line gain{ch->gainTarget, ch->gainStep, ch->gainRamp};
+        scaleByRamp(left, frames, {to.left, ch->panLStep, ch->panRamp}, gain);
+        scaleByRamp(right, frames, {to.right, ch->panRStep, ch->panRamp}, gain);
     } else if (!unscaled) {
         factorL = ch->panL * ch->gain * ch->gain;
         factorR = ch->panR * ch->gain * ch->gain;
@@ -164,6 +174,11 @@ void addToOut(PlanArrival& cable, int frames, GraphScratch& scratch) {
     cable.addTo(to, frames, scratch);
     storePeak(highest(to->bufL, frames, to->peakL), to->peakL, to->holdL);
     storePeak(highest(to->bufR, frames, to->peakR), to->peakR, to->holdR);
+}
+
+Sides panLaw(float p) {
+    if (p >= 0.0f) return {1.0f - p, 1.0f + p * 0.5f};
+    return {1.0f - p * 0.5f, 1.0f + p};
 }
 
 StripTarget stripTarget(const CComp* c, const void* owner) {

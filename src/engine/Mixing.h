@@ -23,6 +23,13 @@ void storePeak(float peak, Shared<float>& live, Shared<float>& hold);
 /// Adds `from` times `amount` to `to`; the two do not overlap.
 void addScaled(float* to, const float* from, int frames, float amount);
 
+/// What a pan of -1 to 1 makes of both sides: at the centre nothing, a side that is turned to gains
+/// up to a half.
+struct Sides {
+    float left, right;
+};
+Sides panLaw(float pan);
+
 /// Adds a block to that of a channel, and moves the fades on.
 void addStereo(CInputChannel* to, const float* left, const float* right, int frames,
                CableShare share);

@@ -2,6 +2,7 @@
 #include "base/Numbers.h"
 #include "engine/CClick.h"
 #include "engine/CQV.h"
+#include "engine/SongClock.h"
 #include "engine/TransportRing.h"
 
 #include <cassert>
@@ -14,6 +15,11 @@ constexpr float minTempo = 10.0f, maxTempo = 250.0f;
 constexpr int ticksPerQuarter = 960;
 /// Ticks a second at one beat a minute.
 constexpr double ticksPerBeatSecond = ticksPerQuarter / 60.0;
+
+void startComp(CComp* c) {
+    c->start();
+    c->eachInsert([](CComp* insert) { insert->start(); });
+}
 
 CQV* asHost(CObject* target) {
     return static_cast<CQV*>(target);
@@ -63,6 +69,7 @@ void CQV::setLoop(ToStore<int> on) {
 void CQV::setTempo(ToStore<float> bpm) {
     songTempo = fLimit(bpm, minTempo, maxTempo);
     tempo = songTempo.load();
+    clock->askCut();
 }
 
 void CQV::startSynced() {
@@ -89,6 +96,10 @@ double CQV::ticksToFrames(double ticks) const {
     return double(rate) * ticks / (double(tempoNow) * ticksPerBeatSecond);
 }
 
+double CQV::ticksPerFrame() const {
+    return clock->exact(ticksPerBeatSecond * double(tempoNow) / double(rate));
+}
+
 void CQV::createTempoMap() {
     inQueue->clear();
     if (masterSeq) masterSeq->getTempoMap(inQueue);
@@ -103,7 +114,9 @@ void CQV::startNow() {
     if (click->countIn > 0) click->endCountIn(startPos);
     playing = 1;
     transportChanged = true;
-    for (CComp* c : each<CComp>(comps)) c->start();
+    clock->restart();
+    for (CComp* c : each<CComp>(comps)) startComp(c);
+    for (CComp* bus : each<CComp>(sends)) startComp(bus);
     hostNotices.raise(HostNotice::transport);
     createTempoMap();
 }
@@ -126,6 +139,7 @@ void CQV::setPosNow(double ticks) {
     assert(heldByThread());
     if (recording) return;
     const double at = fLimit(ticks, 0.0, double(maxTicks));
+    clock->cut();
     pos = at;
     for (CComp* c : each<CComp>(comps)) c->setPos(at);
     click->setPos(at);

@@ -9,14 +9,17 @@ void CDiskThread::execute() {
     while (!terminated) {
         checkPark();
         StopWatch watch;
+        bool mayRead = qv->playing != 0;
         for (CSample* sample : each<CSample>(qv->samples)) {
             if (shallPause()) break;
-            if (sample->reader) sample->reader->serve();
+            if (!sample->reader) continue;
+            mayRead = true;
+            sample->reader->serve();
         }
         for (CComp* c : each<CComp>(qv->comps))
             if (c->type == compSeq) c->diskRead();
         qv->workers->reads.note(watch.lap());
-        suspend(pauseMs);
+        suspend(mayRead ? pauseMs : restMs);
     }
 }
 

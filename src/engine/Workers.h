@@ -10,6 +10,7 @@ class CDiskThread : public CThread {
 public:
     static constexpr int priority = 10;
     static constexpr int pauseMs = 10;
+    static constexpr int restMs = 50; ///< while nothing plays, and no sample lies on disk
 
     explicit CDiskThread(CQV* host) : qv(host) {}
     ~CDiskThread() override { finish(); }

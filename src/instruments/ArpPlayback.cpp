@@ -202,7 +202,7 @@ double CArp::getSync() {
 }
 
 int CArp::frameOf(double ticks) const {
-    return asRound(host->ticksToFrames(ticks) + halfSlack);
+    return asRound(ticks / host->ticksPerFrame() + halfSlack);
 }
 
 void CArp::processBlock(int frames, int offset, CMIDIQ* out) {
@@ -219,7 +219,7 @@ void CArp::runVoice(CArpVoice& v, int frames, int offset, CMIDIQ* out) {
         playStep(v, asMax(at, 0) + offset, out);
         v.advance();
     }
-    v.nextTick -= host->framesToTicks(frames);
+    v.nextTick -= frames * host->ticksPerFrame();
 }
 
 void CArp::playStep(CArpVoice& v, int frame, CMIDIQ* out) {
@@ -244,7 +244,7 @@ void CArp::playNote(const CArpVoice& v, const CArpKey& key, double drawn, int fr
 
 /// A note-off that finds no place waits for the next block.
 void CArp::playNoteOffs(int frames, int offset, CMIDIQ* out) {
-    const double end = host->framesToTicks(frames);
+    const double end = frames * host->ticksPerFrame();
     noteOffsTmp->clear();
     for (const CMIDIBytes* e = noteOffs->first(); e; e = e->next) {
         const int at = frameOf(e->time);

@@ -74,7 +74,8 @@ struct OscBatch {
     }
 
     void add(CVoice* v, bool stereo) {
-        voices[count++] = {v, lanes, stereo};
+        if (v->state != CVoice::sounding) return leaveEmpty(stereo ? 2 : 1);
+        LaneVoice& lv = voices[count++] = {v, lanes, stereo};
         loadOperators(lanes, v->carL, v->modL);
         s.strip.load(lanes, *v, 0);
         if (stereo) {
@@ -90,6 +91,11 @@ struct OscBatch {
             s.cross[lanes] = 0.0f;
         }
         lanes++;
+        if (v->held.left > 0) resume(lv);
+    }
+
+    void leaveEmpty(int width) {
+        for (; width > 0; width--) s.strip.leaveEmpty(lanes++);
     }
 
     void loadOperators(int lane, const COscState& car, const COscState& mod) {
@@ -109,11 +115,19 @@ struct OscBatch {
             plan.advance(v, 0);
         }
         lv.slice = n;
-        StripRamps ramps;
-        ramps.begin(v, plan, n);
-        setLevels(lv, n);
+        for (int lane = lv.lane; lane <= lv.rightLane(); lane++) s.setBack(lane);
+        setStrip(lv, stripRamps(v, plan, n));
+        HeldSlice& held = v->held;
+        held.feed1 = level(v->feed1Sq, targetFeed1, v, n);
+        held.feed2 = level(v->feed2Sq, targetFeed2, v, n);
+        held.phaseMod = level(v->phaseModSq, targetPhaseMod, v, n);
+        setLevels(lv);
         setPitches(lv);
         v->first = false;
+        return true;
+    }
+
+    void setStrip(const LaneVoice& lv, const StripRamps& ramps) {
         s.strip.setSlice(lv.lane, ramps, true, !lv.stereo);
         if (lv.stereo) {
             s.strip.setSlice(lv.lane + 1, ramps, false, true);
@@ -121,7 +135,6 @@ struct OscBatch {
             s.strip.gainR[lv.lane] *= plan.inv;
             s.strip.gainRStep[lv.lane] *= plan.inv;
         }
-        return true;
     }
 
     Ramp level(float& value, int target, const CVoice* v, int n) const {
@@ -129,21 +142,52 @@ struct OscBatch {
         return rampTo(value, x * x, plan, v->first, n);
     }
 
-    void setLevels(const LaneVoice& lv, int n) {
-        CVoice* v = lv.voice;
-        const Ramp feed1 = level(v->feed1Sq, targetFeed1, v, n);
-        const Ramp feed2 = level(v->feed2Sq, targetFeed2, v, n);
-        const Ramp phaseMod = level(v->phaseModSq, targetPhaseMod, v, n);
+    void setLevels(const LaneVoice& lv) {
+        const HeldSlice& held = lv.voice->held;
         const double depth = plan.pmMul * OscLanes::cycle;
-        const int end = lv.lane + (lv.stereo ? 2 : 1);
-        for (int lane = lv.lane; lane < end; lane++) {
-            s.feed1[lane] = double(feed1.value) * feedbackDepth;
-            s.feed1Step[lane] = double(feed1.step) * feedbackDepth;
-            s.feed2[lane] = double(feed2.value) * feedbackDepth;
-            s.feed2Step[lane] = double(feed2.step) * feedbackDepth;
-            s.phaseMod[lane] = double(phaseMod.value) * depth;
-            s.phaseModStep[lane] = double(phaseMod.step) * depth;
+        for (int lane = lv.lane; lane <= lv.rightLane(); lane++) {
+            s.feed1[lane] = double(held.feed1.value) * feedbackDepth;
+            s.feed1Step[lane] = double(held.feed1.step) * feedbackDepth;
+            s.feed2[lane] = double(held.feed2.value) * feedbackDepth;
+            s.feed2Step[lane] = double(held.feed2.step) * feedbackDepth;
+            s.phaseMod[lane] = double(held.phaseMod.value) * depth;
+            s.phaseModStep[lane] = double(held.phaseMod.step) * depth;
         }
+    }
+
+    /// Goes on with a slice that the end of a call has cut off.
+    void resume(LaneVoice& lv) {
+        const CVoice* v = lv.voice;
+        const HeldSlice& held = v->held;
+        lv.slice = held.frames;
+        lv.left = held.left;
+        setStrip(lv, held.strip);
+        setLevels(lv);
+        for (int lane = lv.lane; lane <= lv.rightLane(); lane++) {
+            s.strip.at[lane] = float(held.frames - held.left);
+            s.feed1[lane] = held.feed1Now;
+            s.feed2[lane] = held.feed2Now;
+            s.phaseMod[lane] = held.modNow;
+        }
+        s.carIncr[lv.lane] = v->carL.incr;
+        s.modIncr[lv.lane] = v->modL.incr;
+        if (!lv.stereo) return;
+        s.carIncr[lv.lane + 1] = v->carR.incr;
+        s.modIncr[lv.lane + 1] = v->modR.incr;
+    }
+
+    /// Keeps what is left of a slice for the next call.
+    void hold(const LaneVoice& lv) const {
+        HeldSlice& held = lv.voice->held;
+        held.frames = lv.slice;
+        held.strip = s.strip.slice(lv.lane, lv.rightLane());
+        if (!lv.stereo) {
+            held.strip.gainR.value *= plan.inv;
+            held.strip.gainR.step *= plan.inv;
+        }
+        held.feed1Now = s.feed1[lv.lane];
+        held.feed2Now = s.feed2[lv.lane];
+        held.modNow = s.phaseMod[lv.lane];
     }
 
     void setPitches(const LaneVoice& lv) {
@@ -164,7 +208,7 @@ struct OscBatch {
     }
 
     bool endSlice(LaneVoice& lv) {
-        plan.advance(lv.voice, lv.slice);
+        SlicePlan::advance(lv.voice, lv.slice);
         return true;
     }
 
@@ -179,16 +223,17 @@ struct OscBatch {
 
     /// Renders what was added and empties the batch.
     void flush(CSound* sound, int frames) {
-        runBatch(*this, frames);
+        runBatch(*this, frames, sound->ahead);
         for (int i = 0; i < count; i++) {
             CVoice& v = *voices[i].voice;
+            const int rightLane = voices[i].rightLane();
             storeOperators(voices[i].lane, v.carL, v.modL);
             s.strip.store(voices[i].lane, v, 0);
-            const bool stereo = voices[i].stereo;
-            const int rightLane = voices[i].lane + (stereo ? 1 : 0);
             storeOperators(rightLane, v.carR, v.modR);
-            s.strip.store(rightLane, v, 1, stereo ? 1.0f : plan.inv);
-            guardVoice(&v);
+            s.strip.store(rightLane, v, 1, voices[i].stereo ? 1.0f : plan.inv);
+            v.held.left = voices[i].alive ? voices[i].left : 0;
+            if (v.held.left > 0) hold(voices[i]);
+            if (sound->ahead == 0) guardVoice(&v);
         }
         s.strip.meter(sound);
         for (int lane = 0; lane < lanes; lane++) s.strip.mute(lane);
@@ -210,16 +255,6 @@ bool atRest(const CVoice& v) {
     const CEnvStage& amp = v.stages[0];
     return v.live() && !v.first && v.gainL == 0.0f && v.gainR == 0.0f &&
            amp.stage >= phaseSustain && amp.value == 0.0f && amp.to == 0.0f;
-}
-
-/// Spends the rest of its release, without a sound.
-void passRest(CVoice* v, int frames) {
-    CEnvStage& amp = v->stages[0];
-    if (!amp.active) return;
-    amp.remaining -= frames;
-    if (amp.remaining > 0) return;
-    v->mods[0]->next(&amp);
-    startTail(v);
 }
 
 } // namespace
@@ -257,29 +292,24 @@ void COSCSound::process(float* left, float* right, CVoice* voice, int frames) {
 }
 
 void COSCSound::processVoices(CVoice** voices, int count, float* left, float* right, int frames) {
-    CVoice* heard[CSampler::voiceCount];
-    int n = 0;
     const bool mayRest = canRest(*this);
-    for (int i = 0; i < count; i++) {
-        if (mayRest && atRest(*voices[i]))
-            passRest(voices[i], frames);
-        else
-            heard[n++] = voices[i];
-    }
-    eachLive(heard, n, frames,
-             [&](CVoice** live, int k) { renderLive(live, k, left, right, frames); });
+    eachSeated(
+        voices, count, frames, [&](const CVoice& v) { return mayRest && atRest(v); },
+        [&](CVoice** seated, int n) { renderSeated(seated, n, left, right, frames); });
 }
 
-void COSCSound::renderLive(CVoice** voices, int count, float* left, float* right, int frames) {
+void COSCSound::renderSeated(CVoice** voices, int count, float* left, float* right, int frames) {
     const OscPlan plan(this, voices[0]);
-    bool stereo[maxBatchVoices];
-    for (int i = 0; i < count; i++) stereo[i] = !channelsEqual(*voices[i], plan);
+    for (int i = 0; i < count; i++)
+        if (voices[i]->seat == Seat::none)
+            voices[i]->seat = channelsEqual(*voices[i], plan) ? Seat::mono : Seat::stereo;
     OscBatch batch(plan, *this, left, right);
-    for (const bool pass : {true, false}) {
+    for (const Seat seat : {Seat::stereo, Seat::mono}) {
+        const bool stereo = seat == Seat::stereo;
         for (int i = 0; i < count; i++) {
-            if (stereo[i] != pass) continue;
-            if (batch.lanes + (pass ? 2 : 1) > maxLanes) batch.flush(this, frames);
-            batch.add(voices[i], pass);
+            if (voices[i]->seat != seat) continue;
+            if (batch.lanes + (stereo ? 2 : 1) > maxLanes) batch.flush(this, frames);
+            batch.add(voices[i], stereo);
         }
     }
     batch.flush(this, frames);

@@ -31,5 +31,5 @@ public:
     Stored<float>* target(int number) override;
 
 private:
-    void renderLive(CVoice** voices, int count, float* left, float* right, int frames);
+    void renderSeated(CVoice** voices, int count, float* left, float* right, int frames);
 };

@@ -14,6 +14,7 @@
 #include "instruments/FactoryPrograms.h"
 #include "instruments/SamplerContent.h"
 #include "instruments/SamplerFiles.h"
+#include "instruments/Slices.h"
 #include "instruments/SoundParams.h"
 
 #include <algorithm>
@@ -58,7 +59,7 @@ void CSampler::afteridle() {
 
 void CSampler::start() {
     unsigned number = unsigned(host->comps.indexed(this)) << 8;
-    for (auto* prog : each<CSynthProg>(progs)) prog->chance.seed(number++);
+    for (auto* prog : each<CSynthProg>(progs)) prog->start(number++);
 }
 
 void CSampler::prepare(int frames) {
@@ -238,9 +239,9 @@ void CSampler::del(CObject* object) {
 void CSampler::muteAll(CObject* object) {
     assert(mayRewire());
     for (CVoice& v : voices) {
-        if (v.state != CVoice::sounding) continue;
+        if (v.state != CVoice::sounding && v.seat == Seat::none) continue;
         const CSound* s = v.sound;
-        if (s == object || s->layer == object || s->layer->prog == object) v.state = CVoice::free;
+        if (s == object || s->layer == object || s->layer->prog == object) endVoice(&v);
     }
 }
 

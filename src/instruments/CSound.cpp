@@ -5,6 +5,7 @@
 #include "common/fx/CChorus.h"
 #include "common/fx/CPhaser.h"
 #include "engine/CQV.h"
+#include "engine/SongClock.h"
 #include "instruments/CSynthProg.h"
 
 #include <algorithm>
@@ -48,6 +49,11 @@ void CSound::processVoices(CVoice** voices, int count, float* left, float* right
 
 void CSound::initVoice(CVoice* voice) {
     voice->first = true;
+    voice->held.left = 0;
+    Random& chance = layer->prog->chance;
+    voice->chance = chance; // the rest of the program's goes on elsewhere
+    chance.seed(unsigned(chance.integer()));
+    voice->seat = Seat::none;
     voice->sound = this;
     voice->gainMul = 1.0f;
     voice->panAdd = 0.0f;
@@ -76,7 +82,7 @@ void CSound::initMods(CVoice* voice) {
         const int restart = l->restart;
         if (restart == restartFree) {
             const double incr = l->frequency(voice->host->tempoNow) / double(voice->rate);
-            const double cycles = double(int64_t(voice->host->framesPlayed)) * incr;
+            const double cycles = double(voice->host->clock->strideStart()) * incr;
             stage.phase = cycles - std::floor(cycles);
         } else if (restart == restartMono && voice->previous) {
             stage.phase = voice->previous->lfoStages[i].phase;

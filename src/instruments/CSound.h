@@ -33,6 +33,7 @@ public:
     float cur[targetCount] = {};         ///< modulated values of the present slice; audio thread
     Shared<float> curShown[targetCount]; ///< those of the voice that sounded last, for views
     int voicesRendered = 0;              ///< of this pass of `CSampler::render`; audio thread
+    int ahead = 0; ///< frames of the stride behind the call that comes; set by who makes it
     Stored<int> colour{-1};
     Shared<float> peakL{0.0f}, peakR{0.0f}; ///< meters, falling in `afteridle`
     Shared<float> holdL{0.0f}, holdR{0.0f}; ///< highest peaks so far, of sample sounds only

@@ -3,6 +3,8 @@
 #include "common/fx/CDelay.h"
 #include "common/fx/CReverb.h"
 #include "engine/CQV.h"
+#include "engine/SongClock.h"
+#include "engine/plan/GraphPlan.h"
 #include "instruments/CSampler.h"
 
 #include <algorithm>
@@ -49,8 +51,21 @@ void CSynthProg::process(float* left, float* right, int frames, int offset) {
     for (auto& f : fx) {
         if (!f->enabled) continue;
         f->tempo = host->tempoNow;
+        f->settles = host->clock->ends((owner ? pieceStart(owner) : 0) + offset + frames);
         f->process(f->bufL, f->bufR, left + offset, right + offset, frames);
     }
+}
+
+void CSynthProg::start(unsigned number) {
+    chance.seed(number);
+    const auto start = [](const std::unique_ptr<CFX>& f) {
+        if (f->enabled) f->start();
+    };
+    std::ranges::for_each(fx, start);
+    eachSound([&](CSound* s) {
+        s->lastNote = -1.0f;
+        std::ranges::for_each(s->fx, start);
+    });
 }
 
 void CSynthProg::clearSends(int frames) {

@@ -44,6 +44,9 @@ public:
     CReverb* reverb() const;
     CDelay* delay() const;
 
+    /// The song starts: chance begins with a number of its own, and effects as `CFX::start` says.
+    /// Graph holder.
+    void start(unsigned number);
     /// Runs the send effects from their inputs and adds them into the channel. Graph holder.
     void process(float* left, float* right, int frames, int offset);
     /// Silences the inputs of the send effects.

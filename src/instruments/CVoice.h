@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Random.h"
 #include "instruments/Modulators.h"
 
 #include <limits>
@@ -16,6 +17,37 @@ struct COscState {
     double pitch = std::numeric_limits<double>::quiet_NaN(); ///< that `incr` was worked out for
 
     void start(double firstPhase) { *this = COscState{firstPhase}; }
+};
+
+/// Straight lines of a slice: the value at its first frame and what each frame adds.
+struct Ramp {
+    float value = 0.0f, step = 0.0f;
+};
+
+/// What every slice ramps, on top of the generator's own.
+struct StripRamps {
+    Ramp gainL, gainR, cut;
+    float damp = 1.0f; ///< 1 - q
+};
+
+/// What a voice has in the lanes that its sound's voices share, until these are given out anew: a
+/// voice that ends keeps its own till then, so that the sum of all is made in one order.
+enum class Seat : unsigned char {
+    none,
+    mono,    ///< one lane for both channels
+    stereo,  ///< two lanes
+    resting, ///< none, as nothing is heard of it
+    ended    ///< as resting; its tail begins when lanes are given out anew
+};
+
+/// A slice that the end of a block has cut off, to be gone on with in the next one.
+struct HeldSlice {
+    int frames = 0;                   ///< of the slice
+    int left = 0;                     ///< of these, to come; 0 while no slice is held
+    bool ends = false, jumps = false; ///< what a clip does behind it
+    StripRamps strip;
+    Ramp feed1, feed2, phaseMod;                         ///< of an operator voice
+    double feed1Now = 0.0, feed2Now = 0.0, modNow = 0.0; ///< of its lanes, at the frame to come
 };
 
 /// One playing note of one sound, of whichever kind: a plain record, embedded in its owner, so that
@@ -62,6 +94,9 @@ struct CVoice {
     CVoice* previous = nullptr; ///< last voice of the same sound when this one started, or none
 
     COscState carL, carR, modL, modR;
+    Random chance; ///< of its own, so that it does not matter in which order voices are worked out
+    Seat seat = Seat::none;
+    HeldSlice held;
 
     bool live() const { return state == sounding && tail < 1; }
 };

@@ -35,10 +35,54 @@ struct WavBatch {
           right(r) {}
 
     void add(CVoice* v, bool stereo) {
+        if (v->state != CVoice::sounding) return leaveEmpty(stereo ? 2 : 1);
         jumped[count] = false;
-        voices[count++] = {v, lanes, stereo};
+        LaneVoice& lv = voices[count++] = {v, lanes, stereo};
         s.strip.load(lanes++, *v, 0);
         if (stereo) s.strip.load(lanes++, *v, 1);
+        if (v->held.left > 0) resume(lv);
+    }
+
+    void leaveEmpty(int width) {
+        for (; width > 0; width--) s.strip.leaveEmpty(lanes++);
+    }
+
+    /// Goes on with a slice that the end of a call has cut off.
+    void resume(LaneVoice& lv) {
+        const CVoice* v = lv.voice;
+        const HeldSlice& held = v->held;
+        lv.slice = held.frames;
+        lv.left = held.left;
+        endings[&lv - voices] = held.ends ? Ending::stop : held.jumps ? Ending::jump : Ending::none;
+        setStrip(lv, held.strip);
+        for (int lane = lv.lane; lane <= lv.rightLane(); lane++)
+            s.strip.at[lane] = float(held.frames - held.left);
+        read(lv, v->pos - held.left * v->speed, held.left);
+    }
+
+    /// Keeps what is left of a slice for the next call.
+    void hold(const LaneVoice& lv) const {
+        HeldSlice& held = lv.voice->held;
+        const Ending ending = endings[&lv - voices];
+        held.frames = lv.slice;
+        held.ends = ending == Ending::stop;
+        held.jumps = ending == Ending::jump;
+        held.strip = s.strip.slice(lv.lane, lv.rightLane());
+    }
+
+    void setStrip(const LaneVoice& lv, const StripRamps& ramps) {
+        s.strip.setSlice(lv.lane, ramps, true, !lv.stereo);
+        if (lv.stereo) s.strip.setSlice(lv.lane + 1, ramps, false, true);
+    }
+
+    /// Brings `n` frames of the clip into the lanes.
+    void read(const LaneVoice& lv, double pos, int n) {
+        const CVoice* v = lv.voice;
+        float l[SlicePlan::longest], r[SlicePlan::longest];
+        const int sides = renderMemory(*v->clip, pos, v->speed, n, l, r);
+        if (sides < 1) std::fill_n(l, n, 0.0f);
+        s.put(lv.lane, frame, l, n);
+        if (lv.stereo) s.put(lv.lane + 1, frame, sides == 2 ? r : l, n);
     }
 
     /// Cuts a slice at the end of the clip, by the speed of the slice before.
@@ -50,7 +94,7 @@ struct WavBatch {
     }
 
     static bool stop(CVoice* v) {
-        v->state = CVoice::free;
+        v->state = CVoice::free; // the seat stays
         return false;
     }
 
@@ -85,26 +129,20 @@ struct WavBatch {
 
     void startSlice(LaneVoice& lv) {
         CVoice* v = lv.voice;
-        StripRamps ramps;
-        ramps.begin(v, plan, lv.slice);
+        setStrip(lv, stripRamps(v, plan, lv.slice));
         v->first = false;
-        s.strip.setSlice(lv.lane, ramps, true, !lv.stereo);
-        if (lv.stereo) s.strip.setSlice(lv.lane + 1, ramps, false, true);
-
         const int keyOffset = v->note > -1 ? v->note - v->clip->orgKey : 0;
         const double semitones = double(v->sound->cur[targetPitch]) + keyOffset +
                                  double(v->pitch - float(v->note)) + tuning;
-        v->speed = fLimit(pitchRatio(semitones) * double(v->sourceRatio), slowest, fastest);
-        float l[SlicePlan::longest], r[SlicePlan::longest];
-        const int sides = renderMemory(*v->clip, v->pos, v->speed, lv.slice, l, r);
-        if (sides < 1) std::fill_n(l, lv.slice, 0.0f);
-        s.put(lv.lane, frame, l, lv.slice);
-        if (lv.stereo) s.put(lv.lane + 1, frame, sides == 2 ? r : l, lv.slice);
+        const double ratio = pitchRatio(semitones) * double(v->sourceRatio);
+        v->speed = wholeSteps(fLimit(ratio, slowest, fastest), v->clip->frames);
+        v->pos = wholeSteps(v->pos, v->clip->frames);
+        read(lv, v->pos, lv.slice);
         v->pos += lv.slice * v->speed;
     }
 
     bool endSlice(LaneVoice& lv) {
-        plan.advance(lv.voice, lv.slice);
+        SlicePlan::advance(lv.voice, lv.slice);
         return follow(&lv - voices);
     }
 
@@ -116,12 +154,14 @@ struct WavBatch {
     /// Renders what was added and empties the batch.
     void flush(CSound* sound, int frames) {
         frame = 0;
-        runBatch(*this, frames);
+        runBatch(*this, frames, sound->ahead);
         for (int i = 0; i < count; i++) {
             CVoice& v = *voices[i].voice;
             s.strip.store(voices[i].lane, v, 0);
-            s.strip.store(voices[i].lane + (voices[i].stereo ? 1 : 0), v, 1);
-            guardVoice(&v);
+            s.strip.store(voices[i].rightLane(), v, 1);
+            v.held.left = voices[i].alive ? voices[i].left : 0;
+            if (v.held.left > 0) hold(voices[i]);
+            if (sound->ahead == 0) guardVoice(&v);
         }
         s.strip.meter(sound);
         for (int lane = 0; lane < lanes; lane++) s.strip.mute(lane);
@@ -129,7 +169,7 @@ struct WavBatch {
     }
 };
 
-void hold(Shared<float>& highest, Shared<float>& peak) {
+void raise(Shared<float>& highest, Shared<float>& peak) {
     if (peak > highest) highest = float(peak);
     if (peak > 1.0f) peak = 1.0f;
 }
@@ -161,19 +201,22 @@ void CWavSound::process(float* left, float* right, CVoice* voice, int frames) {
 }
 
 void CWavSound::processVoices(CVoice** voices, int count, float* left, float* right, int frames) {
-    eachLive(voices, count, frames,
-             [&](CVoice** live, int n) { renderLive(live, n, left, right, frames); });
-    hold(holdL, peakL);
-    hold(holdR, peakR);
+    eachSeated(
+        voices, count, frames, [](const CVoice&) { return false; },
+        [&](CVoice** seated, int n) { renderSeated(seated, n, left, right, frames); });
+    raise(holdL, peakL);
+    raise(holdR, peakR);
 }
 
-void CWavSound::renderLive(CVoice** voices, int count, float* left, float* right, int frames) {
+void CWavSound::renderSeated(CVoice** voices, int count, float* left, float* right, int frames) {
     const SlicePlan plan(this, voices[0], 1.0f, true);
     WavBatch batch(plan, *this, left, right);
-    for (const bool stereo : {true, false}) {
+    for (const Seat seat : {Seat::stereo, Seat::mono}) {
+        const bool stereo = seat == Seat::stereo;
         for (int i = 0; i < count; i++) {
             CVoice* v = voices[i];
-            if ((v->clip->chs == 2) != stereo) continue;
+            if (v->seat == Seat::none) v->seat = v->clip->chs == 2 ? Seat::stereo : Seat::mono;
+            if (v->seat != seat) continue;
             if (batch.lanes + (stereo ? 2 : 1) > maxLanes) batch.flush(this, frames);
             batch.add(v, stereo);
         }

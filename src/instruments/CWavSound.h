@@ -24,5 +24,5 @@ public:
     void startVoice(CVoice* voice) override;
 
 private:
-    void renderLive(CVoice** voices, int count, float* left, float* right, int frames);
+    void renderSeated(CVoice** voices, int count, float* left, float* right, int frames);
 };

@@ -53,7 +53,7 @@ constexpr Patch tremoloPadRows[] = {
 // Unrelated partials that wander, a whisper, and a tone that keeps the pitch.
 constexpr Patch scaryRows[] = {
     {.name = "Ghosts",
-     .volume = 0.7f,
+     .volume = 0.55f,
      .osc = {.feed = 0.3f,
              .phaseMod = 0.8f,
              .modCoarse = 6.2f,
@@ -87,7 +87,7 @@ constexpr Patch scaryRows[] = {
      .velCutoff = 0.4f,
      .reverb = 0.8f},
     {.name = "Ground",
-     .volume = 0.6f,
+     .volume = 0.75f,
      .osc = {.phaseMod = 0.35f},
      .amp = {.attack = 500, .sustain = 1.0f, .release = 950},
      .velPhaseMod = 0.3f,

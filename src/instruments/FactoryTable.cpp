@@ -25,7 +25,7 @@ const Program programs[factoryCount] = {
     {"Digital", "Keys", "electric piano tine bell", digital, 0.933f, 1500},
     {"Klang", "Bell", "metal gong strange", klang, 0.769f, 3000},
     {"Amplified", "Lead", "guitar distorted rock", amplified, 0.756f, 1300, {0.35f, 3, 4, 1, 1}},
-    {"Scary", "Effect", "dark film ghost", scary, 0.643f, 4500},
+    {"Scary", "Effect", "dark film ghost", scary, 0.57f, 4500},
     {"Lead on!", "Lead", "mono sync bright glide", leadOn, 0.851f, 1500, {0.42f, 1, 2, 3, 4}},
     {"Arpeggio", "Pluck", "short hollow echo sequence", arpeggio, 0.982f, 1600, {0.5f, 3, 4, 1, 2}},
     {"Flute", "Wind", "soft breath solo", flute, 0.757f, 2200},

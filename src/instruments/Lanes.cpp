@@ -21,6 +21,7 @@ void StripLanes::store(int lane, CVoice& v, int side, float sign) const {
 }
 
 void StripLanes::setSlice(int lane, const StripRamps& r, bool toLeft, bool toRight) {
+    at[lane] = 0.0f;
     cut[lane] = r.cut.value;
     cutStep[lane] = r.cut.step;
     damp[lane] = r.damp;
@@ -30,8 +31,20 @@ void StripLanes::setSlice(int lane, const StripRamps& r, bool toLeft, bool toRig
     gainRStep[lane] = toRight ? r.gainR.step : 0.0f;
 }
 
+StripRamps StripLanes::slice(int lane, int right) const {
+    return {{gainL[lane], gainLStep[lane]},
+            {gainR[right], gainRStep[right]},
+            {cut[lane], cutStep[lane]},
+            damp[lane]};
+}
+
 void StripLanes::mute(int lane) {
-    setSlice(lane, StripRamps{{}, {}, {}, 1.0f}, false, false);
+    setSlice(lane, StripRamps{}, false, false);
+}
+
+void StripLanes::leaveEmpty(int lane) {
+    mute(lane);
+    tapLow[lane] = tapBand[lane] = tapHigh[lane] = 0;
 }
 
 void StripLanes::meter(CSound* s) {

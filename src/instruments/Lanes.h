@@ -3,6 +3,8 @@
 #include "base/Clones.h"
 #include "instruments/Slices.h"
 
+#include <algorithm>
+
 // Voices side by side. A voice waits for its own feedback most of the time, so several in step
 // take little longer than one. A lane is one channel of a voice; a voice whose channels are equal
 // takes one lane for both.
@@ -37,6 +39,7 @@ SONDRAVA_INLINE void storeLanes(const V& v, void* to) {
 struct alignas(64) StripLanes {
     float low[maxLanes] = {}, band[maxLanes] = {}, high[maxLanes] = {};
     int tapLow[maxLanes] = {}, tapBand[maxLanes] = {}, tapHigh[maxLanes] = {}; ///< all bits or none
+    float at[maxLanes] = {}; ///< frames since the slice began, which all ramps count from
     float cut[maxLanes] = {}, cutStep[maxLanes] = {}, damp[maxLanes] = {};
     float gainL[maxLanes] = {}, gainLStep[maxLanes] = {}; ///< to the left output
     float gainR[maxLanes] = {}, gainRStep[maxLanes] = {}; ///< to the right output
@@ -47,7 +50,11 @@ struct alignas(64) StripLanes {
     void store(int lane, CVoice& v, int side, float sign = 1.0f) const;
     /// A slice: the lane of a left or right channel, or of both with `toLeft` and `toRight`.
     void setSlice(int lane, const StripRamps& ramps, bool toLeft, bool toRight);
+    /// Gives the ramps of the lanes of a voice back: `right` is that of its right channel.
+    StripRamps slice(int lane, int right) const;
     void mute(int lane);
+    /// A lane that nobody sounds in, but that counts in the sum.
+    void leaveEmpty(int lane);
     /// Raises a sound's meters by what has passed since the last call.
     void meter(CSound* s);
 };
@@ -63,7 +70,8 @@ struct StripRegisters {
     Floats cut, cutStep, damp, gainL, gainLStep, gainR, gainRStep;
     Ints tapLow, tapBand, tapHigh;
 
-    SONDRAVA_INLINE explicit StripRegisters(const StripLanes& s) : at{} {
+    SONDRAVA_INLINE explicit StripRegisters(const StripLanes& s) {
+        loadLanes(at, s.at);
         loadLanes(low, s.low);
         loadLanes(band, s.band);
         loadLanes(high, s.high);
@@ -81,16 +89,14 @@ struct StripRegisters {
         loadLanes(tapHigh, s.tapHigh);
     }
 
-    /// Writes back what has changed; the ramps go on behind the segment.
+    /// Writes back what has changed.
     SONDRAVA_INLINE void store(StripLanes& s) const {
         storeLanes(low, s.low);
         storeLanes(band, s.band);
         storeLanes(high, s.high);
         storeLanes(peakL, s.peakL);
         storeLanes(peakR, s.peakR);
-        storeLanes(Floats(cut + at * cutStep), s.cut);
-        storeLanes(Floats(gainL + at * gainLStep), s.gainL);
-        storeLanes(Floats(gainR + at * gainRStep), s.gainR);
+        storeLanes(at, s.at);
     }
 
     /// The state-variable filter; leaves the tapped output in `x`.
@@ -135,20 +141,22 @@ private:
 
 constexpr int maxBatchVoices = 64; ///< that are rendered at a time
 
-/// Lets the tails among some voices run out, and calls `render(voices, n)` for those that sound, up
-/// to `maxBatchVoices` at a time.
-template <class F>
-void eachLive(CVoice** voices, int count, int frames, F&& render) {
-    CVoice* live[maxBatchVoices];
+/// Calls `render(voices, n)` for those of some voices that have lanes, or are to have some, up to
+/// `maxBatchVoices` at a time; and lets the silent tails of others run out. `rests(voice)` tells
+/// whether nothing is heard of one that sounds.
+template <class Rests, class F>
+void eachSeated(CVoice** voices, int count, int frames, Rests&& rests, F&& render) {
+    CVoice* seated[maxBatchVoices];
     int n = 0;
     for (int i = 0; i < count; i++) {
         CVoice* v = voices[i];
-        if (v->live())
-            live[n++] = v;
-        else if (v->state == CVoice::sounding)
-            runTail(v, frames);
+        if (v->seat == Seat::none && (!v->live() || rests(*v))) v->seat = Seat::resting;
+        if (v->seat == Seat::mono || v->seat == Seat::stereo || v->seat == Seat::none)
+            seated[n++] = v;
+        else if (v->seat == Seat::resting && v->state == CVoice::sounding)
+            passRest(v, frames);
         if (n < maxBatchVoices && i + 1 < count) continue;
-        if (n > 0) render(live, n);
+        if (n > 0) render(seated, n);
         n = 0;
     }
 }
@@ -161,6 +169,8 @@ struct LaneVoice {
     int left = 0;        ///< frames left of its slice
     int slice = 0;       ///< frames of its slice
     bool alive = true;   ///< still sounds
+
+    int rightLane() const { return stereo ? lane + 1 : lane; }
 };
 
 /// Takes the lanes of a voice that has ended out of the sum.
@@ -170,16 +180,16 @@ void silence(Batch& batch, const LaneVoice& v) {
     if (v.stereo) batch.s.strip.mute(v.lane + 1);
 }
 
-/// Begins the slices that are due; the frames that all voices can then run together, 0 when none
-/// sounds any more.
+/// Begins the slices that are due, of up to `reach` frames; the frames that all voices can then run
+/// together, at most `most`, and 0 when none sounds any more.
 template <class Batch>
-int beginSlices(Batch& batch, int most) {
+int beginSlices(Batch& batch, int most, int reach) {
     int segment = 0;
     for (int i = 0; i < batch.count; i++) {
         LaneVoice& v = batch.voices[i];
         if (!v.alive) continue;
         if (v.left == 0) {
-            v.alive = batch.beginSlice(v, most);
+            v.alive = batch.beginSlice(v, reach);
             v.left = v.slice;
         }
         if (!v.alive)
@@ -187,7 +197,7 @@ int beginSlices(Batch& batch, int most) {
         else if (segment == 0 || v.left < segment)
             segment = v.left;
     }
-    return segment;
+    return std::min(segment, most);
 }
 
 /// Takes `n` frames off all slices and ends those that are through.
@@ -204,14 +214,14 @@ void endSlices(Batch& batch, int n) {
 }
 
 /// Runs the voices of a batch through `frames` frames: each begins and ends its own slices, and all
-/// run together from one such place to the next. Batch has `voices`, `count`, `s.strip`,
-/// `bool beginSlice(LaneVoice&, int most)`, which sets `slice` to 1 to `most`, and
-/// `bool endSlice(LaneVoice&)`: both false when the voice has ended; and `void run(int from, int
-/// n)`.
+/// run together from one such place to the next. Slices may go on `ahead` frames behind the call.
+/// Batch has `voices`, `count`, `s.strip`, `bool beginSlice(LaneVoice&, int most)`, which sets
+/// `slice` to 1 to `most`, and `bool endSlice(LaneVoice&)`: both false when the voice has ended;
+/// and `void run(int from, int n)`.
 template <class Batch>
-void runBatch(Batch& batch, int frames) {
+void runBatch(Batch& batch, int frames, int ahead) {
     for (int done = 0; done < frames;) {
-        const int segment = beginSlices(batch, frames - done);
+        const int segment = beginSlices(batch, frames - done, frames - done + ahead);
         if (segment == 0) return;
         batch.run(done, segment);
         endSlices(batch, segment);

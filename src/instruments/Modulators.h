@@ -71,6 +71,7 @@ struct CLFOStage {
     double incr = 0.0;  ///< cycles per frame
     int delayLeft = 0;  ///< frames
     int toWrap = 0;     ///< frames to the end of the cycle, as far as a slice reaches
+    bool waits = false; ///< through this slice: its delay is not over
     const double* table = nullptr;
 };
 

@@ -18,9 +18,10 @@ constexpr int tableMask = waveTableSize - 1;
 /// Once around the table, in cycles: places that lie turns apart are the same.
 constexpr double turn = waveTableSize / tableSteps;
 /// Cycles from which on a phase is set back by whole turns, and those that are left to it then. It
-/// stays above what feedback and phase modulation can take away, 1100, and their sum below what is
-/// still a place in 32 bits, 32768.
-constexpr double setBackFrom = 8192.0, setBackTo = 2048.0, runsTo = 31000.0;
+/// stays above what feedback and phase modulation can take away, 1100, and their sum, with the
+/// 15,000 cycles that the highest pitch makes in a slice, below what is still a place in 32 bits,
+/// 32768.
+constexpr double setBackFrom = 8192.0, setBackTo = 2048.0;
 
 /// The sine at a place in steps of the table, 65535 a cycle, within 32 bits.
 SONDRAVA_INLINE void sine(double& steps) {
@@ -205,18 +206,15 @@ SONDRAVA_CLONES void run4Ringed(OscLanes& s, float* left, float* right, int n) {
 SONDRAVA_CLONES void run8Ringed(OscLanes& s, float* left, float* right, int n) {
     runLanes<8, true>(s, left, right, n);
 }
-void setBack(double* phases, int lanes) {
-    for (int i = 0; i < lanes; i++)
-        if (phases[i] >= setBackFrom)
-            phases[i] -= std::floor((phases[i] - setBackTo) / turn) * turn;
+void setBackPhase(double& phase) {
+    if (phase >= setBackFrom) phase -= std::floor((phase - setBackTo) / turn) * turn;
 }
 
 } // namespace
 
-int OscLanes::framesInReach(int lanes, int most) const {
-    double fastest = 0.0;
-    for (int i = 0; i < lanes; i++) fastest = std::max({fastest, carIncr[i], modIncr[i]});
-    return fastest * most < runsTo - setBackFrom ? most : int((runsTo - setBackFrom) / fastest);
+void OscLanes::setBack(int lane) {
+    setBackPhase(carPhase[lane]);
+    setBackPhase(modPhase[lane]);
 }
 
 void OscLanes::run(int lanes, float* left, float* right, int n) {
@@ -225,11 +223,5 @@ void OscLanes::run(int lanes, float* left, float* right, int n) {
                          rings[] = {run2Ringed, run4Ringed, run8Ringed};
     const int width = lanes <= 2 ? 0 : lanes <= 4 ? 1 : 2;
     const bool ringed = modRing != 0.0 || oscRing != 0.0;
-    const Run choice = ringed ? rings[width] : plain[width];
-    for (int done = 0, count = 0; done < n; done += count) {
-        setBack(carPhase, lanes);
-        setBack(modPhase, lanes);
-        count = framesInReach(lanes, n - done);
-        choice(*this, left + done, right + done, count);
-    }
+    (ringed ? rings : plain)[width](*this, left, right, n);
 }

@@ -24,9 +24,8 @@ struct alignas(64) OscLanes {
     double modRing = 0.0, oscRing = 0.0; ///< of the sound
     bool dist = false;                   ///< tanh behind the filter
 
+    /// Sets the phases of a lane back: before each slice, which lasts a millisecond at most.
+    void setBack(int lane);
     /// Adds `n` frames of lanes 0 to `lanes` - 1, 4 or 8, to both outputs.
     void run(int lanes, float* left, float* right, int n);
-
-private:
-    int framesInReach(int lanes, int most) const;
 };

@@ -4,8 +4,11 @@
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
 #include "engine/Mixing.h"
+#include "engine/SongClock.h"
+#include "engine/plan/GraphPlan.h"
 #include "engine/plan/GraphWorkers.h"
 #include "instruments/CSampler.h"
+#include "instruments/Slices.h"
 
 #include <algorithm>
 #include <cassert>
@@ -16,6 +19,11 @@
 namespace {
 
 constexpr int pianoVelocity = 80;
+
+/// Whether a voice sounds, or has kept its place among those that do.
+bool takesPart(const CVoice& v) {
+    return v.state == CVoice::sounding || v.seat != Seat::none;
+}
 
 } // namespace
 
@@ -47,6 +55,9 @@ void CSampler::process(int frames) {
         return;
     }
 
+    const int from = pieceStart(this);
+    strideLeft = host->clock->left(from + frames) - from;
+    if (host->clock->begins() && from == 0) cutVoices();
     int offset = 0;
     CMIDIQ* port = inPort();
     for (int i = 0; port && i < port->count; i++) {
@@ -55,12 +66,18 @@ void CSampler::process(int frames) {
         const int at = CMIDIQ::frameOf(&event, offset, frames);
         if (at > offset) subProcess(at - offset, offset);
         offset = at;
+        cutVoices();
         doMapping(&event);
     }
     if (offset < frames) subProcess(frames - offset, offset);
     COutputChannel* channel = output();
     if (CSynthProg* prog = getProg(); prog && channel && channel->bufL)
         prog->process(channel->bufL, channel->bufR, frames, 0);
+}
+
+void CSampler::cutVoices() {
+    for (CVoice& v : voices)
+        if (v.seat != Seat::none) cutVoice(&v);
 }
 
 void CSampler::subProcess(int frames, int offset) {
@@ -70,11 +87,11 @@ void CSampler::subProcess(int frames, int offset) {
 
 void CSampler::render(int frames, int offset) {
     for (CVoice& v : voices)
-        if (v.state == CVoice::sounding) v.sound->voicesRendered = 0;
+        if (takesPart(v)) v.sound->voicesRendered = 0;
     CVoice* list[voiceCount];
     for (int i = 0; i < voiceCount; i++) {
         CSound* sound = voices[i].sound;
-        if (voices[i].state != CVoice::sounding || sound->voicesRendered > 0) continue;
+        if (!takesPart(voices[i]) || sound->voicesRendered > 0) continue;
         renderSound(sound, list, gather(i, list), frames, offset);
     }
 }
@@ -83,8 +100,7 @@ int CSampler::gather(int from, CVoice** found) {
     CSound* sound = voices[from].sound;
     int count = 0;
     for (int i = from; i < voiceCount; i++)
-        if (voices[i].state == CVoice::sounding && voices[i].sound == sound)
-            found[count++] = &voices[i];
+        if (takesPart(voices[i]) && voices[i].sound == sound) found[count++] = &voices[i];
     sound->voicesRendered = count;
     return count;
 }
@@ -94,6 +110,7 @@ void CSampler::renderSound(CSound* sound, CVoice** list, int count, int frames, 
     float* right = host->scratch().right.data();
     std::fill_n(left, frames, 0.0f);
     std::fill_n(right, frames, 0.0f);
+    sound->ahead = std::max(0, strideLeft - offset - frames);
     sound->processVoices(list, count, left, right, frames);
     for (int i = 0; i < targetCount; i++) sound->curShown[i] = sound->cur[i];
     for (int i = 0; i < lfoCount; i++) {
@@ -104,6 +121,7 @@ void CSampler::renderSound(CSound* sound, CVoice** list, int count, int frames, 
     for (auto& insert : sound->fx) {
         if (!insert->enabled) continue;
         insert->tempo = host->tempoNow;
+        insert->settles = sound->ahead == 0;
         insert->process(left, right, left, right, frames);
     }
     CSynthProg* prog = getProg();
@@ -258,7 +276,7 @@ void CSampler::startVoice(CVoice* v, CSound* sound, int data, unsigned char grou
 
 void CSampler::allNotesOff() {
     assert(mayRewire());
-    for (CVoice& v : voices) v.state = CVoice::free;
+    for (CVoice& v : voices) endVoice(&v);
     std::memset(held, 0, sizeof held);
     pedal.clear();
 }

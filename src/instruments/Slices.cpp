@@ -18,11 +18,19 @@ constexpr double tailSeconds = 0.01;
 constexpr double maxSemitones = 240.0;
 constexpr float mostGain = 16.0f; ///< far beyond what the controls give
 constexpr float denormal = 1e-10f;
+constexpr int farWrap = 1 << 30; ///< beyond any slice
 
 /// Place of a phase in a table: rounded, modulo its length; a phase stays within -1 to 2.
 int tableIndex(double phase) {
     constexpr double lift = 65536.0; // keeps the number positive, so that truncation rounds down
     return int(int64_t(phase * tableSteps + (lift + 0.5)) & tableMask);
+}
+
+/// The value of an envelope `n` frames on.
+void follow(CEnvStage& s, int n) {
+    if (s.active && s.total > 0)
+        s.value =
+            envelopePoint(s.from, s.to, float(s.total - s.remaining + n) / float(s.total), s.curve);
 }
 
 void flush(float& v) {
@@ -100,7 +108,8 @@ int SlicePlan::begin(CVoice* v, int n) const {
 
 void SlicePlan::modulateLfo(CVoice* v, int i, int n) const {
     CLFOStage& stage = v->lfoStages[i];
-    if (stage.delayLeft > 0) {
+    stage.waits = stage.delayLeft > 0;
+    if (stage.waits) {
         stage.value = 0.5f;
         stage.delayLeft -= n;
         return;
@@ -114,9 +123,7 @@ void SlicePlan::modulate(CVoice* v, int n) const {
     float source[sources];
     for (int i = 0; i < stageCount; i++) {
         CEnvStage& s = v->stages[i];
-        if (s.active && s.total > 0)
-            s.value = envelopePoint(s.from, s.to, float(s.total - s.remaining + n) / float(s.total),
-                                    s.curve);
+        follow(s, n);
         source[i] = s.value;
     }
     for (int i = 0; i < lfoCount; i++) {
@@ -138,7 +145,7 @@ void SlicePlan::modulate(CVoice* v, int n) const {
     cur[targetQ] = fLimit(cur[targetQ], 0.0f, qMax);
 }
 
-void SlicePlan::advance(CVoice* v, int n) const {
+void SlicePlan::advance(CVoice* v, int n) {
     if (v->glideLeft > 0) {
         v->glideLeft -= n;
         v->pitch += v->glideStep * float(n);
@@ -155,14 +162,13 @@ void SlicePlan::advance(CVoice* v, int n) const {
             return;
         }
     }
-    Random& chance = v->sound->layer->prog->chance;
     for (int i = 0; i < lfoCount; i++) {
         CLFOStage& s = v->lfoStages[i];
         if (s.toWrap == farWrap) continue;
         s.toWrap -= n;
         if (s.toWrap > 0) continue;
         s.phase -= 1.0;
-        if (randomWave[i]) s.value = float(chance.unit());
+        if (v->lfos[i]->wave == lfoRandom) s.value = float(v->chance.unit());
     }
 }
 
@@ -182,16 +188,15 @@ Ramp rampTo(float& value, float target, const SlicePlan& plan, bool jump, int n)
     return ramp;
 }
 
-void StripRamps::begin(CVoice* v, const SlicePlan& plan, int n) {
+StripRamps stripRamps(CVoice* v, const SlicePlan& plan, int n) {
     const float* cur = v->sound->cur;
     const float pan = fLimit(cur[targetPan], -1.0f, 1.0f);
     const float level = fLimit(cur[targetVolume] * cur[targetVolume], 0.0f, mostGain);
     const float left = level * (pan >= 0.0f ? 1.0f - pan : pan * -0.5f + 1.0f);
     const float right = level * (pan >= 0.0f ? pan * 0.5f + 1.0f : pan + 1.0f);
-    gainL = rampTo(v->gainL, left, plan, v->first, n);
-    gainR = rampTo(v->gainR, right, plan, v->first, n);
-    cut = rampTo(v->cut2, plan.coefficient(cur[targetCutoff]), plan, v->first, n);
-    damp = 1.0f - cur[targetQ];
+    const float cut = plan.coefficient(cur[targetCutoff]);
+    return {rampTo(v->gainL, left, plan, v->first, n), rampTo(v->gainR, right, plan, v->first, n),
+            rampTo(v->cut2, cut, plan, v->first, n), 1.0f - cur[targetQ]};
 }
 
 double pitchRatio(double semitones) {
@@ -202,7 +207,17 @@ void startTail(CVoice* v) {
     v->tail = asInt(double(v->rate) * tailSeconds);
 }
 
-void runTail(CVoice* v, int frames) {
+void passRest(CVoice* v, int frames) {
+    CEnvStage& amp = v->stages[0];
+    if (v->tail < 1) {
+        if (!amp.active) return;
+        amp.remaining -= frames;
+        if (amp.remaining > 0) return;
+        v->mods[0]->next(&amp);
+        startTail(v);
+        v->seat = Seat::ended;
+        return;
+    }
     v->tail -= frames;
     if (v->tail <= 0) v->state = CVoice::free;
 }
@@ -216,4 +231,48 @@ void guardVoice(CVoice* v) {
     flush(v->gainL);
     flush(v->gainR);
     flush(v->cut2);
+}
+
+namespace {
+
+float valueAt(const Ramp& ramp, int frame) {
+    return ramp.value + ramp.step * float(frame);
+}
+
+/// Takes back what a slice has done ahead for the frames that it does not come to.
+void shortenSlice(CVoice* v) {
+    const HeldSlice& held = v->held;
+    const int done = held.frames - held.left;
+    v->gainL = valueAt(held.strip.gainL, done);
+    v->gainR = valueAt(held.strip.gainR, done);
+    v->cut2 = valueAt(held.strip.cut, done);
+    v->feed1Sq = valueAt(held.feed1, done);
+    v->feed2Sq = valueAt(held.feed2, done);
+    v->phaseModSq = valueAt(held.phaseMod, done);
+    v->pos -= held.left * v->speed;
+    for (CEnvStage& s : v->stages) follow(s, done);
+    for (CLFOStage& s : v->lfoStages) {
+        if (s.waits)
+            s.delayLeft += held.left;
+        else
+            s.phase -= s.incr * held.left;
+    }
+    SlicePlan::advance(v, done);
+}
+
+} // namespace
+
+void cutVoice(CVoice* v) {
+    if (v->state == CVoice::sounding) {
+        if (v->held.left > 0) shortenSlice(v);
+        guardVoice(v);
+    }
+    v->held.left = 0;
+    v->seat = Seat::none;
+}
+
+void endVoice(CVoice* v) {
+    v->state = CVoice::free;
+    v->held.left = 0;
+    v->seat = Seat::none;
 }

@@ -31,11 +31,10 @@ public:
     /// Second step: brings the modulators to the end of a slice of `n` frames and applies them.
     void modulate(CVoice* v, int n) const;
     /// Last step: moves glide, stages and LFOs on.
-    void advance(CVoice* v, int n) const;
+    static void advance(CVoice* v, int n);
 
 private:
     static constexpr int sources = velocityIndex + 1;
-    static constexpr int farWrap = 1 << 30; ///< beyond any slice
 
     struct Route {
         unsigned char source, target;
@@ -55,19 +54,9 @@ private:
     void modulateLfo(CVoice* v, int i, int n) const;
 };
 
-/// Straight lines of a slice: the value at its first frame and what each frame adds.
-struct Ramp {
-    float value = 0.0f, step = 0.0f;
-};
-
-/// What every slice ramps. The voice's own values are at the end of the slice already.
-struct StripRamps {
-    Ramp gainL, gainR, cut;
-    float damp; ///< 1 - q
-
-    /// Reads `cur` of the voice's sound for a slice of `n` frames, 1 or more.
-    void begin(CVoice* v, const SlicePlan& plan, int n);
-};
+/// The ramps of a slice of `n` frames, 1 or more, by `cur` of the voice's sound. The voice's own
+/// values are at the end of the slice then.
+StripRamps stripRamps(CVoice* v, const SlicePlan& plan, int n);
 
 /// Takes `value` of a voice to `target` within the slice, not faster than the plan allows.
 Ramp rampTo(float& value, float target, const SlicePlan& plan, bool jump, int n);
@@ -77,9 +66,16 @@ double pitchRatio(double semitones);
 
 /// The amp envelope of a voice has ended: its silent tail begins.
 void startTail(CVoice* v);
-/// Takes `frames` off the silent tail of a voice; at its end the voice is free.
-void runTail(CVoice* v, int frames);
+/// Spends `frames` of a voice that sounds, but of which nothing is heard: of what its release has
+/// left, and then of its tail, at the end of which it is free.
+void passRest(CVoice* v, int frames);
 
-/// End of a call for a voice that still sounds: what has died away becomes 0, and a filter that has
-/// left the numbers starts anew.
+/// For a voice that still sounds, at the end of a stride: what has died away becomes 0, and a
+/// filter that has left the numbers starts anew.
 void guardVoice(CVoice* v);
+
+/// Ends a held slice at the frame that it has come to, and gives back the seat: before an event,
+/// and where a stride begins.
+void cutVoice(CVoice* v);
+/// Free at once.
+void endVoice(CVoice* v);

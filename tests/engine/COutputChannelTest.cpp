@@ -1,4 +1,5 @@
 #include "StripFixture.h"
+#include "engine/SongClock.h"
 
 #include "base/Numbers.h"
 #include "common/fx/CEQ.h"
@@ -74,7 +75,8 @@ TEST(COutputChannel, StripRunsInItsOrder) {
                                                          {bus->input()->bufL[9], left * 0.25}})
         EXPECT_NEAR(got, wanted, 1e-4);
     triples->wet = 0.0f;
-    ch->setEqPower(3, false);
+    ch->setEqPower(3, false); // with the next stride of the song
+    while (!f.host->clock->due()) f.block();
     f.block();
     EXPECT_NEAR(ch->bufL[9], (2 + 1) * 0.25 * 0.5, 1e-4) << "a dry insert leaves the sound";
 }

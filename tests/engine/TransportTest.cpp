@@ -28,7 +28,8 @@ TEST(Transport, WaitsForTheNextBlockWhileBlocksCome) {
     EXPECT_TRUE(t.host->pos == 0.0 && !t.host->playing);
     t.run();
     EXPECT_EQ(t.seq->log, (Log{"pos 960", "start"}));
-    EXPECT_DOUBLE_EQ(t.host->pos, 960.0 + t.host->framesToTicks(1024)) << "the block has advanced";
+    EXPECT_DOUBLE_EQ(t.host->pos, 960.0 + 1024 * t.host->ticksPerFrame())
+        << "the block has advanced";
     EXPECT_TRUE(t.seq->jumped);
     t.run();
     EXPECT_TRUE(!t.seq->jumped && t.host->framesPlayed == 2048);

@@ -1,4 +1,6 @@
 #include "SoundFixture.h"
+
+#include "engine/SongClock.h"
 #include "support/Rows.h"
 
 #include <complex>
@@ -225,7 +227,8 @@ TEST(CLFO, WavesFollowTheirPhase) {
 
 TEST(CLFO, RestartChoosesItsPhase) {
     SoundBench b;
-    b.host.host->framesPlayed = 44100 * 3 + 4410;
+    b.host.host->clock->advance(44100 * 3 + 4410);
+    b.host.host->clock->cut();
     COSCSound* s = b.addOsc();
     for (int i = 0; i < 3; i++) {
         s->lfo[i]->restart = i;

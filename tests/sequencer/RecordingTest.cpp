@@ -120,11 +120,12 @@ TEST_F(RecordingTest, TakesEqualTheFeed) {
 /// What is punched in by the locators begins and ends with their very frames, whatever the blocks
 /// and the delay of what comes in, and lies at the left one.
 TEST_F(RecordingTest, PunchesByTheLocators) {
-    for (const int end : {1234, 1239}) {
+    constexpr int from = 335;
+    for (const int end : {1235, 1240}) {
         TakeFixture f;
         f.readsDisk = true;
         CSongTrack* t = f.ready(trackAudio);
-        f.loop(333, end);
+        f.loop(from, end);
         f.host.loop = f.prog()->loop = 0;
         f.seq->punch = 1;
         feed(f, 300);
@@ -133,15 +134,17 @@ TEST_F(RecordingTest, PunchesByTheLocators) {
         EXPECT_TRUE(f.host.playing && !f.host.recording);
         f.end();
         ASSERT_EQ(t->parts.getCount(), 1);
-        EXPECT_EQ(f.partOf(t)->pos, 333);
+        EXPECT_EQ(f.partOf(t)->pos, from);
         const auto* event = static_cast<CAudioEvent*>(f.partOf(t)->getEvents());
-        constexpr int frames = f.block / f.blockTicks; // to the tick
-        EXPECT_EQ(event->end - event->start + 1, (end - 333) * frames);
+        const auto frames = [](int ticks) { // all whole
+            return ticks * TakeFixture::block / TakeFixture::blockTicks;
+        };
+        EXPECT_EQ(event->end - event->start + 1, frames(end - from));
         std::vector<float> taken(size_t(2 * event->sample->frames));
         event->sample->readFrames(0, event->sample->frames, taken.data());
         for (int i : {0, event->end - event->start})
             EXPECT_NEAR(taken[size_t(2 * (event->start + i))],
-                        left[size_t(333 * frames + latency + i)], 1e-4);
+                        left[size_t(frames(from) + latency + i)], 1e-4);
     }
 }
 

@@ -39,9 +39,10 @@ inline std::string text(CPart* part) {
     return out.str();
 }
 
-/// A song that records; at 120 beats a minute and 48000 Hz a block lasts ten ticks to the frame.
+/// A song that records; at 120 beats a minute and this rate a block lasts ten ticks to the frame,
+/// and a stride of the song four blocks.
 struct TakeFixture : SongFixture {
-    static constexpr int rate = 48000, block = 250, blockTicks = 10;
+    static constexpr int rate = 49152, block = 256, blockTicks = 10;
     std::string folder = "/tmp/takesXXXXXX";
 
     TakeFixture() {

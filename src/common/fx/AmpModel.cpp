@@ -45,6 +45,7 @@ private:
     void amplify(Sides* x, int count);
     void runTone(Sides* x, int count);
     void runPower(Sides* x, int count);
+    void settle();
 
     const AmpVoicing& voicing;
     int inPiece = 0; ///< frames since the piece began
@@ -88,9 +89,21 @@ void Amp::process(const float* const* in, float* const* out, int channels, int f
         runPower(x, count);
         for (int c = 0; c < channels; c++)
             for (int i = 0; i < count; i++) out[c][at + i] = float(x[i][c]);
-        inPiece = (inPiece + count) % piece;
+        inPiece += count;
         at += count;
+        if (inPiece < piece) continue;
+        inPiece = 0;
+        settle();
     }
+}
+
+/// At the end of a piece: what has died away goes.
+void Amp::settle() {
+    cutTiny(input.low);
+    cutTiny(shelf.low);
+    for (int i = 0; i < voicing.stages; i++) stages[i].settle();
+    tone.settle();
+    cabinet.settle();
 }
 
 double tame(float x) {
@@ -100,7 +113,6 @@ double tame(float x) {
 void Amp::read(const float* const* in, int channels, int at, int count, Sides* x) {
     const float *left = in[0] + at, *right = in[channels - 1] + at;
     for (int i = 0; i < count; i++) x[i] = input.next(Sides{tame(left[i]), tame(right[i])});
-    cutTiny(input.low);
 }
 
 void Amp::amplify(Sides* x, int count) {
@@ -125,7 +137,6 @@ void Amp::runPower(Sides* x, int count) {
         x[i] += (start.shelf + step.shelf * n) * shelf.next(x[i]);
         x[i] *= start.volume + step.volume * n;
     }
-    cutTiny(shelf.low);
     cabinet.process(x, count);
 }
 

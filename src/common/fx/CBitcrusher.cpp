@@ -42,6 +42,10 @@ void CBitcrusher::clear() {
     holdL = holdR = 0.0f;
 }
 
+void CBitcrusher::start() {
+    if (holdL == 0.0f && holdR == 0.0f) hold = 0;
+}
+
 void CBitcrusher::process(float* inL, float* inR, float* outL, float* outR, long frames) {
     const int depth = asMinMax(bits, 1, maxBits);
     const int period = asMinMax(degrade, 1, maxDegrade);

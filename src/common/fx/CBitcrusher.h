@@ -17,6 +17,7 @@ public:
 
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
+    void start() override;
 
     void setBits(ToStore<int> n) { store(bits, n, 1, maxBits); }
     void setDegrade(ToStore<int> n) { store(degrade, n, 1, maxDegrade); }

@@ -82,6 +82,16 @@ void CChorus::clear() {
         if (line) line->clear();
 }
 
+void CChorus::start() {
+    const EchoLine *left = lineL.load(), *right = lineR.load();
+    const auto quiet = [](const EchoLine& line, int write) {
+        for (int i = 1; i <= piece; i++)
+            if (line.data()[(write - i) & mask] != 0.0f) return false;
+        return true;
+    };
+    if (!left || !right || (quiet(*left, writeL) && quiet(*right, writeR))) phasePos = 0.0;
+}
+
 struct CChorus::Block {
     const float* wave;
     Sweep sweep;
@@ -119,7 +129,7 @@ void CChorus::process(float* inL, float* inR, float* outL, float* outR, long fra
         done += count;
         if (phasePos >= lfoFar) phasePos = std::fmod(phasePos, double(lfoTableSize));
     }
-    phasePos = std::fmod(phasePos, double(lfoTableSize));
+    if (settles) phasePos = std::fmod(phasePos, double(lfoTableSize));
 }
 
 void CChorus::runSide(const Block& b, EchoLine& line, int& write, const double* places,

@@ -31,6 +31,7 @@ public:
     /// Nothing while there are no lines.
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
+    void start() override;
 
     void setFrequency(ToStore<float> hz) { store(frequency, hz, 0.0f, 100.0f); }
     void setDelay(ToStore<float> ms) { store(delay, ms, 1.0f, 300.0f); }

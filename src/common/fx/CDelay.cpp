@@ -66,8 +66,16 @@ void CDelay::takeRoom() {
 }
 
 void CDelay::clear() {
+    posL = posR = 0;
     for (EchoLine* line : {lineL.load(), lineR.load()})
         if (line) line->clear();
+}
+
+void CDelay::start() {
+    const EchoLine *left = lineL.load(), *right = lineR.load();
+    if (!left || !right) return;
+    const Block block = prepare();
+    if (left->quiet(block.lengthL) && right->quiet(block.lengthR)) posL = posR = 0;
 }
 
 void CDelay::setTicksLeft(ToStore<int> mul, ToStore<int> div) {

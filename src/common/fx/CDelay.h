@@ -34,6 +34,7 @@ public:
     /// Nothing while there are no lines.
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
+    void start() override;
 
     void setFeedback(ToStore<float> v) { store(feedback, v, 0.0f, 1.0f); }
     void setTimeLeft(ToStore<float> ms) { store(timeLeft, ms, 1.0f, 5000.0f); }

@@ -106,4 +106,5 @@ void CEQ::process(float* inL, float* inR, float* outL, float* outR, long frames)
     if (outR != inR) std::memcpy(outR, inR, bytes);
     EqBand* band = ready();
     runBands(&band, 1, outL, outR, frames);
+    if (settles) settleBands(&band, 1);
 }

@@ -46,6 +46,7 @@ public:
     void clear() override { silence(); }
     /// The band with its newest filter, to be run next. Audio thread.
     EqBand* ready();
+    bool runs = false; ///< whether it was `active` when the strip looked last; graph holder
 
     void setFilterType(ToStore<int> form);
     void setGain(ToStore<float> db);

@@ -48,6 +48,9 @@ void CFX::setEnabled(int on) {
 void CFX::clear() {
 }
 
+void CFX::start() {
+}
+
 void CFX::store(Stored<float>& field, float value, float low, float high) {
     if (std::isfinite(value)) field = fLimit(value, low, high);
 }

@@ -26,10 +26,14 @@ class CFX : public CObject {
 public:
     Stored<float> dry{1.0f}, wet{1.0f}; ///< gains of the input and of the effect
     float tempo = 120.0f;               ///< beats a minute; its owner writes it before `process`
-    float rate = 44100.0f;              ///< frames a second
-    float* bufL = nullptr;              ///< owned; input of a send effect: the owner sums into it
-    float* bufR = nullptr;              ///< owned; both of the length given to `setFrames`, or null
-    Stored<int> enabled{0};             ///< tested by the owner, not by `process`
+    /// Whether what has died away is dropped behind this block, so that nothing is worked out in
+    /// numbers that are slow: at places of the song, and not where blocks happen to end. Its owner
+    /// writes it, too.
+    bool settles = true;
+    float rate = 44100.0f;  ///< frames a second
+    float* bufL = nullptr;  ///< owned; input of a send effect: the owner sums into it
+    float* bufR = nullptr;  ///< owned; both of the length given to `setFrames`, or null
+    Stored<int> enabled{0}; ///< tested by the owner, not by `process`
 
     /// `hz` frames a second, above 0. `frames` is the block size, for `bufL` and `bufR`.
     explicit CFX(float hz = 44100.0f, int frames = 0);
@@ -51,6 +55,9 @@ public:
     virtual void setEnabled(int on);
     /// Forgets the past. Holder of the graph only.
     virtual void clear();
+    /// The song starts: what runs by itself begins as after `clear`, unless the effect sounds.
+    /// Holder of the graph only.
+    virtual void start();
     /// Frames by which the output is late.
     virtual int latency() const { return 0; }
 

@@ -78,6 +78,7 @@ void CFilterFX::setEnabled(int on) {
 void CFilterFX::clear() {
     std::fill_n(lows, 2, 0.0);
     std::fill_n(bands, 2, 0.0);
+    partOf = -1.0;
 }
 
 void CFilterFX::process(float* inL, float* inR, float* outL, float* outR, long frames) {
@@ -98,7 +99,7 @@ void CFilterFX::process(float* inL, float* inR, float* outL, float* outR, long f
         drive.advance(count);
         done += count;
     }
-    settle();
+    if (settles) settle();
 }
 
 namespace {
@@ -107,10 +108,10 @@ namespace {
 /// gathered, so that one frame waits for two operations of the one before instead of six:
 ///     band += f (in - low - d band)  =  band (1 - f f - f d) + f in - f low.
 template <int mode, class Frame, class Put>
-[[gnu::always_inline]] inline void filter(Pair& low, Pair& band, double f, double d, long count,
-                                          const Frame& frame, const Put& put) {
+[[gnu::always_inline]] inline void filter(Pair& low, Pair& band, Pair& part, double f, double d,
+                                          long count, const Frame& frame, const Put& put) {
     const double square = f * f, kept = 1.0 - square - f * d;
-    Pair lows = low, bands = band, lowPart = f * lows;
+    Pair lows = low, bands = band, lowPart = part;
     for (long i = 0; i < count; i++) {
         const Pair in = frame(i);
         lows += f * bands;
@@ -122,6 +123,7 @@ template <int mode, class Frame, class Put>
     }
     low = lows;
     band = bands;
+    part = lowPart;
 }
 
 } // namespace
@@ -129,16 +131,19 @@ template <int mode, class Frame, class Put>
 void CFilterFX::runSteady(const Block& b, long from, long count) {
     Pair l = pairOf(lows), m = pairOf(bands);
     const double f = cutoff.value * cutoff.value;
+    Pair part = partOf == f ? pairOf(lowParts) : f * l;
     const auto frame = [&b, from](long i) { return frameOf(b.inL, b.inR, from + i); };
     const auto put = [&b, from](long i, const Pair& tap) { b.put(from + i, tap); };
     if (b.mode == high)
-        filter<high>(l, m, f, b.damping, count, frame, put);
+        filter<high>(l, m, part, f, b.damping, count, frame, put);
     else if (b.mode == band)
-        filter<band>(l, m, f, b.damping, count, frame, put);
+        filter<band>(l, m, part, f, b.damping, count, frame, put);
     else
-        filter<low>(l, m, f, b.damping, count, frame, put);
+        filter<low>(l, m, part, f, b.damping, count, frame, put);
     savePair(lows, l);
     savePair(bands, m);
+    savePair(lowParts, part);
+    partOf = f;
 }
 
 void CFilterFX::runMoving(const Block& b, long from, long count) {
@@ -155,6 +160,7 @@ void CFilterFX::runMoving(const Block& b, long from, long count) {
     }
     savePair(lows, l);
     savePair(bands, m);
+    partOf = -1.0;
 }
 
 /// What has died away is cut off, and so is what is no number.
@@ -163,4 +169,5 @@ void CFilterFX::settle() {
         dropRest(lows[side]);
         dropRest(bands[side]);
     }
+    partOf = -1.0;
 }

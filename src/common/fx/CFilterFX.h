@@ -30,6 +30,8 @@ public:
     Stored<float> driveRequest{0.0f};  ///< 0 to 1, heard through `drive`
     Ramp cutoff{1.0f}, drive{0.0f};
     double lows[2] = {}, bands[2] = {}; ///< of left and right
+    double lowParts[2] = {};            ///< `lows` times a cutoff that stands: the square of it,
+    double partOf = -1.0;               ///< below 0 when they are to be worked out
 
     CFilterFX(float hz, int frames);
 

@@ -14,6 +14,11 @@ void gate(float* x, float threshold, long frames) {
     for (long i = 0; i < frames; i++) x[i] = std::fabs(x[i]) > threshold ? x[i] : 0.0f;
 }
 
+bool isQuiet(const float* x, long frames) {
+    constexpr float level = 1e-6f;
+    return std::all_of(x, x + frames, [](float v) { return std::fabs(v) < level; });
+}
+
 } // namespace
 
 CGuitarAmp::CGuitarAmp(float hz, int frames) : CFX(hz, frames) {
@@ -47,6 +52,7 @@ void CGuitarAmp::process(float* inL, float* inR, float* outL, float* outR, long 
     const int wanted = channel;
     if (wanted < 0 || wanted >= ampTypes) return;
     if (wanted != playing && fadeLeft == 0) changeChannel(wanted);
+    quiet = isQuiet(inL, frames) && isQuiet(inR, frames);
     for (long done = 0; done < frames;) {
         const float* in[] = {inL + done, inR + done};
         float* out[] = {outL + done, outR + done};
@@ -59,6 +65,11 @@ void CGuitarAmp::process(float* inL, float* inR, float* outL, float* outR, long 
             Overloud_process(amps[playing], in, out, 2, count);
         done += count;
     }
+    quiet = quiet && isQuiet(outL, frames) && isQuiet(outR, frames);
+}
+
+void CGuitarAmp::start() {
+    if (quiet) clear();
 }
 
 /// The new one knows nothing of what was played when it was last heard.

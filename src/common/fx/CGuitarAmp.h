@@ -22,6 +22,7 @@ public:
     /// input with the output afterwards.
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
+    void start() override;
     int latency() const override { return ampLatency; }
 
     void setChannel(ToStore<int> value) { store(channel, value, 0, ampTypes - 1); }
@@ -75,4 +76,5 @@ private:
 
     int playing = -1, leaving = -1; ///< the channel heard, and the one that it takes over from
     int fadeLeft = 0;               ///< frames until it has
+    bool quiet = true;              ///< nothing went in or came out in the last block
 };

@@ -44,8 +44,8 @@ struct Sections {
     }
 
     void store(float* state, float& fedBack) const {
-        for (int s = 0; s < stages; s++) state[s] = std::fabs(z[s]) < restLevel ? 0.0f : z[s];
-        fedBack = std::fabs(last) < floorLevel ? 0.0f : last;
+        std::copy_n(z, stages, state);
+        fedBack = last;
     }
 };
 
@@ -87,6 +87,22 @@ void CPhaser::clear() {
     std::fill_n(zR, maxStages, 0.0f);
 }
 
+void CPhaser::start() {
+    const auto quiet = [](float v) { return v == 0.0f; };
+    if (std::all_of(zL, zL + maxStages, quiet) && std::all_of(zR, zR + maxStages, quiet))
+        phasePos = 0.0;
+}
+
+/// The place in the wave goes back where what follows is the same in any blocks, too.
+void CPhaser::settle() {
+    phasePos = std::fmod(phasePos, double(lfoTableSize));
+    for (float* z : {zL, zR})
+        for (int s = 0; s < maxStages; s++)
+            if (std::fabs(z[s]) < restLevel) z[s] = 0.0f;
+    for (float* last : {&lastL, &lastR})
+        if (std::fabs(*last) < floorLevel) *last = 0.0f;
+}
+
 void CPhaser::process(float* inL, float* inR, float* outL, float* outR, long frames) {
     const Sweep sweep = sweepOf(*this);
     const int shape = waveform;
@@ -111,5 +127,5 @@ void CPhaser::process(float* inL, float* inR, float* outL, float* outR, long fra
         }
         if (phasePos >= lfoFar) phasePos = std::fmod(phasePos, double(lfoTableSize));
     }
-    phasePos = std::fmod(phasePos, double(lfoTableSize));
+    if (settles) settle();
 }

@@ -20,7 +20,7 @@ constexpr int phaseStep = 45;           // degrees between the modulations of tw
 constexpr double decayRatio = 2.4;      // how much faster the top decays
 constexpr float mixGain = -0.16666667f; // -2 / 12: the reflection that keeps the energy
 constexpr float outGain = 0.167f;
-constexpr double silentPower = 1e-10; // sum of squares of a block that counts as silence
+constexpr double silentPower = 1e-10; // sum of squares between two settlings: silence
 
 constexpr int four = 4; // lines that are filtered in step, and frames that are turned at a time
 constexpr int groups = lines / four;
@@ -173,6 +173,15 @@ void CReverb::suspend() {
 void CReverb::clear() {
     suspend();
     startModulation();
+    state = 1;
+    sinceSettled = 0;
+    heard = arrived = 0.0;
+    rings = false;
+}
+
+void CReverb::start() {
+    if (state == 1 || !(rings || heard >= silentPower)) clear();
+    sinceSettled = 0;
 }
 
 void CReverb::setSize(ToStore<int> ms) {
@@ -218,21 +227,20 @@ void CReverb::calculateFilter(int mode, float frequency) {
 
 void CReverb::process(float* inL, float* inR, float* outL, float* outR, long frames) {
     if (clearRequest && clearRequest.exchange(0)) suspend();
-    if (state == 1) {
-        if (!(power(inL, inR, frames) > silentPower)) return;
-        state = 2;
-        silence = 0;
-    }
     const int pd = asMinMax(asInt(double(rate) * preDelay * 0.001), 0, preDelayFrames);
     const int most = std::min(chunk, preDelayLine.size - pd);
     const float wetGain = wet, dryGain = dry;
-    double heard = 0.0;
     Chunk c; // NOLINT(cppcoreguidelines-pro-type-member-init): filled before it is read
     for (int i = modCount; i < sweptGroups * four; i++) {
         std::fill_n(c.next[i], chunk, 0.0f);
         std::fill_n(c.fraction[i], chunk, 0.0f);
     }
     for (long done = 0; done < frames;) {
+        if (state == 1) {
+            done += toFirstSound(inL + done, inR + done, frames - done);
+            if (done == frames) break;
+            wake(sinceSettled + int(done));
+        }
         const int count = int(std::min<long>(most, frames - done));
         std::copy_n(inL + done, count, c.inL);
         std::copy_n(inR + done, count, c.inR);
@@ -249,10 +257,37 @@ void CReverb::process(float* inL, float* inR, float* outL, float* outR, long fra
         heard += power(c.accL, c.accR, count);
         done += count;
     }
-    if (heard < silentPower) {
-        silence += int(frames);
+    sinceSettled += int(frames);
+    if (settles) settle();
+}
+
+/// Frames before the one with which what arrives is no silence any more.
+long CReverb::toFirstSound(const float* inL, const float* inR, long frames) {
+    if (power(inL, inR, frames) == 0.0) return frames;
+    for (long i = 0; i < frames; i++) {
+        arrived += square(inL[i]) + square(inR[i]);
+        if (arrived > silentPower) return i;
+    }
+    return frames;
+}
+
+/// The modulation goes on from so many frames ago, since a stretch that is not silent counts whole.
+void CReverb::wake(int framesAgo) {
+    state = 2;
+    silence = 0;
+    heard = 0.0;
+    for (MSVRAP1ModDelayLine& line : modLines) line.movePhase(line.phase + framesAgo * line.incr);
+}
+
+/// Rests when nothing has been heard for long enough.
+void CReverb::settle() {
+    rings = state == 2 && heard >= silentPower;
+    if (state == 2 && heard < silentPower) {
+        silence += sinceSettled;
         if (double(silence) >= double(rate) * bypasstreshold) state = 1;
     }
+    sinceSettled = 0;
+    heard = arrived = 0.0;
 }
 
 void CReverb::readLines(Chunk& c, int count) {

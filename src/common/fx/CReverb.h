@@ -35,6 +35,7 @@ public:
     void setEnabled(int on) override;
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
+    void start() override;
     /// Forgets the tail at once; its modulation goes on. Holder of the graph only.
     void suspend();
 
@@ -51,8 +52,14 @@ public:
 private:
     struct Chunk;
     void startModulation();
+    long toFirstSound(const float* inL, const float* inR, long frames);
+    void wake(int framesAgo);
+    void settle();
 
     Shared<int> clearRequest{0};
+    double heard = 0.0, arrived = 0.0; ///< sums of squares since the latest settling
+    bool rings = false;                ///< it was heard before that
+    int sinceSettled = 0;              ///< frames
 
     void setDecay(ToStore<int> ms);
     void calculateFilter(int mode, float frequency);

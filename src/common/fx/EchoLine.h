@@ -12,6 +12,12 @@ public:
 
     float* data() const { return values.get(); }
     void wroteTo(int end) { reach = std::max(reach, end); } ///< no frame from `end` on
+    /// Whether the first `frames` are zeros.
+    bool quiet(int frames) const {
+        const float* first = values.get();
+        return std::all_of(first, first + std::min(frames, reach),
+                           [](float v) { return v == 0.0f; });
+    }
     void clear() {
         std::fill_n(values.get(), reach, 0.0f);
         reach = 0;

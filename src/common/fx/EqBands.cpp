@@ -98,7 +98,6 @@ struct Pipeline {
     void save(int lane, EqBand& b) const {
         left.save(lane, b.x1L, b.x2L, b.y1L, b.y2L);
         right.save(lane, b.x1R, b.x2R, b.y1R, b.y2R);
-        settle(b);
     }
 
     [[gnu::always_inline]] void edge(long step, float* l, float* r, long frames) {
@@ -177,7 +176,6 @@ struct PairBand {
         b.y1R = y1[1];
         b.y2L = y2[0];
         b.y2R = y2[1];
-        settle(b);
     }
 };
 
@@ -192,6 +190,10 @@ void runBands(EqBand* const* bands, int count, float* left, float* right, long f
         runInLanes(bands, count, left, right, frames);
     else
         runBandsInPairs(bands, count, left, right, frames);
+}
+
+void settleBands(EqBand* const* bands, int count) {
+    for (int k = 0; k < count; k++) settle(*bands[k]);
 }
 
 void runBandsInPairs(EqBand* const* bands, int count, float* left, float* right, long frames) {

@@ -20,9 +20,10 @@ struct EqBand : EqCoeffs {
 constexpr int maxEqBands = 4;
 
 /// Runs a signal in place through `count` bands in a row, 1 to `maxEqBands` of them. However it is
-/// cut into blocks it gives the same, but that outputs below 1e-10 are forgotten behind a block, as
-/// is what is no number. Audio thread.
+/// cut into blocks it gives the same. Audio thread.
 void runBands(EqBand* const* bands, int count, float* left, float* right, long frames);
+/// Forgets outputs below 1e-10, and what is no number: from time to time.
+void settleBands(EqBand* const* bands, int count);
 
 /// The form of it for machines without registers of four doubles, the same bits; for tests.
 void runBandsInPairs(EqBand* const* bands, int count, float* left, float* right, long frames);

@@ -23,6 +23,11 @@ constexpr unsigned measuredBlocks = 8;
 
 } // namespace
 
+int pieceStart(const CComp* c) {
+    if (const COutputChannel* of = c->ownerChannel; of && of->comp) c = of->comp;
+    return c->planned ? c->planned->offset : 0;
+}
+
 CMIDIBytes* PlanNode::stripEvents() const {
     if (events && events->strips) return events->dueAtStrips();
     CMIDIQ* port = comp->inPort();

@@ -74,6 +74,10 @@ public:
     void makeSound(int frames, GraphScratch& scratch); ///< of a part, on time with what it takes in
 };
 
+/// Frames from the begin of the block to where a component, or an insert, is at work: not 0 in a
+/// loop alone. Graph holder.
+int pieceStart(const CComp* c);
+
 /// A piece of work of a block: what a component does, in this order.
 struct PlanStep {
     enum Work : unsigned {

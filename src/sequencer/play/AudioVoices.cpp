@@ -6,10 +6,12 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/Mixing.h"
+#include "engine/SongClock.h"
 #include "engine/plan/GraphWorkers.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "instruments/CVoice.h"
+#include "instruments/Slices.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipTimes.h"
 #include "sequencer/song/TempoMap.h"
@@ -22,8 +24,9 @@ namespace {
 
 constexpr double semitonesPerOctave = 12.0;
 constexpr double slowest = 1.0 / 1024, fastest = 1024.0; ///< source frames per output frame
-constexpr float runOut = 0.999f;                         ///< of the last frame, frame by frame
-constexpr int drumFade = 256;                            ///< frames in which a drum is silenced
+constexpr double speedNoise = 1e-6; ///< frames by which a rounded speed may fall short of the end
+constexpr float runOut = 0.999f;    ///< of the last frame, frame by frame
+constexpr int drumFade = 256;       ///< frames in which a drum is silenced
 
 double ratio(double semitones) {
     return std::exp2(semitones / semitonesPerOctave);
@@ -66,7 +69,9 @@ bool plays(const AudioVoice& v, const VoiceStart& s) {
 
 /// Source frame that is reached `frames` further on.
 double sourceAt(const AudioVoice& v, double frames) {
-    return v.pos + (v.mode == playStretch ? frames / v.stretch : frames * v.speed);
+    const double step =
+        v.mode == playStretch ? wholeSteps(1.0 / v.stretch, v.sample->frames) : v.speed;
+    return v.pos + frames * step;
 }
 
 /// At the level of the track that it belongs to.
@@ -100,11 +105,27 @@ AudioVoice* AudioVoices::findSlot(unsigned char group) {
     AudioVoice* found = nullptr;
     for (AudioVoice& v : voices) {
         if (group && v.active && v.group == group) return &v;
-        if (v.active) continue;
+        if (v.active || v.spent) continue;
         found = &v;
         if (!group) break;
     }
     return found;
+}
+
+void AudioVoices::beginStride() {
+    for (AudioVoice& v : voices) v.spent = false;
+}
+
+void AudioVoices::ask(const VoiceStart& s) {
+    if (numAsked == count) return;
+    int i = numAsked++;
+    for (; i > 0 && asked[i - 1].delay > s.delay; i--) asked[i] = asked[i - 1];
+    asked[i] = s;
+}
+
+void AudioVoices::admit() {
+    for (int i = 0; i < numAsked; i++) add(asked[i]);
+    numAsked = 0;
 }
 
 AudioVoice* AudioVoices::add(const VoiceStart& s) {
@@ -148,6 +169,7 @@ bool AudioVoices::place(AudioVoice& v, const VoiceStart& s) const {
         v.pos += sourceFramesInto(s, v.pitch);
         if (v.speed == 1.0) v.pos = std::floor(v.pos + 0.5); // as a voice from its start stands
     }
+    v.pos = wholeSteps(v.pos, s.sample->frames);
     return v.pos <= v.end;
 }
 
@@ -184,6 +206,7 @@ void AudioVoices::begin(AudioVoice& v, const VoiceStart& s) {
 void AudioVoices::release(AudioVoice& v) {
     if (v.stretcher) v.stretcher->end();
     v.stretcher = nullptr;
+    v.spent = v.active;
     v.active = false;
 }
 
@@ -192,10 +215,10 @@ void AudioVoices::refresh(AudioVoice& v) const {
     const double tempo = double(host()->tempoNow);
     if (v.event) v.pitch = v.event->semitones + double(v.event->fine);
     if (v.mode == playResample) {
-        v.speed = speedLimit(tempo * v.tempoSpeed);
+        v.speed = wholeSteps(speedLimit(tempo * v.tempoSpeed), v.sample->frames);
         return;
     }
-    v.speed = speedLimit(ratio(v.pitch) * v.rate);
+    v.speed = wholeSteps(speedLimit(ratio(v.pitch) * v.rate), v.sample->frames);
     if (v.mode != playStretch) return;
     if (v.sample->fixedPitch) v.speed = 1.0;
     v.stretch = 1.0 / speedLimit(tempo * v.tempoSpeed);
@@ -203,38 +226,50 @@ void AudioVoices::refresh(AudioVoice& v) const {
 }
 
 void AudioVoices::render(int frames, int offset) {
+    const SongClock& clock = *host()->clock;
+    const int ahead = clock.left(offset + frames) - offset - frames;
     for (AudioVoice& v : voices)
-        if (v.active && !v.sound) renderVoice(v, frames, offset);
+        if (v.active && !v.sound) renderVoice(v, frames, offset, ahead);
     for (AudioVoice& v : voices)
-        if (v.active && v.sound) renderDrum(v, frames, offset);
+        if (v.active && v.sound) renderDrum(v, frames, offset, ahead);
 }
 
-void AudioVoices::renderVoice(AudioVoice& v, int frames, int offset) {
+void AudioVoices::renderVoice(AudioVoice& v, int frames, int offset, int ahead) {
     int done = std::min(v.delay, frames);
     v.delay -= done;
     while (done < frames && v.active) {
         const int left = frames - done, at = offset + done;
-        done += v.tail > 0 ? playTail(v, left, at) : playSlice(v, left, at);
+        if (v.sliceLeft == 0 && !v.runsOut && v.tail == 0) beginSlice(v, left + ahead);
+        if (v.sliceLeft == 0 && std::exchange(v.runsOut, false)) v.tail = tailFrames;
+        done += v.sliceLeft > 0 ? playSlice(v, left, at) : playTail(v, left, at);
     }
 }
 
-/// Plays up to `left` frames at one gain; returns how many it were.
-int AudioVoices::playSlice(AudioVoice& v, int left, int at) {
-    int slice = left;
+/// Plans what can be played of the next `most` frames at one gain.
+void AudioVoices::beginSlice(AudioVoice& v, int most) {
+    int slice = most;
     refresh(v);
     if (v.leaving > 0) slice = std::min(slice, v.leaving);
     const float gain = fadeGain(v, slice);
     cutAtEnd(v, slice);
-    if (slice < 1) return 0;
-    fillScratch(v, slice);
-    crossScratch(v, slice);
-    v.pos = sourceAt(v, slice);
-    addScratch(v, slice, at, gain * gain);
-    v.fadeInPos += slice;
-    if (v.fadeInPos >= v.fadeInLen) v.fadeInLen = 0;
-    if (v.fadeOutPos >= 0) v.fadeOutPos += slice;
-    if (v.leaving > 0 && (v.leaving -= slice) == 0) release(v);
-    return slice;
+    v.sliceLeft = std::max(0, slice);
+    v.sliceGain = gain * gain;
+}
+
+/// Plays up to `left` frames of the slice; returns how many it were.
+int AudioVoices::playSlice(AudioVoice& v, int left, int at) {
+    const int n = std::min(left, v.sliceLeft);
+    fillScratch(v, n);
+    crossScratch(v, n);
+    v.pos = sourceAt(v, n);
+    addScratch(v, n, at, v.sliceGain);
+    v.sliceLeft -= n;
+    if (v.sliceLeft == 0 && std::exchange(v.runsOut, false)) v.tail = tailFrames;
+    v.fadeInPos += n;
+    if (v.sliceLeft == 0 && v.fadeInPos >= v.fadeInLen) v.fadeInLen = 0;
+    if (v.fadeOutPos >= 0) v.fadeOutPos += n;
+    if (v.leaving > 0 && (v.leaving -= n) == 0) release(v);
+    return n;
 }
 
 /// The gain of the fades, before it is squared; they cut the slice.
@@ -265,9 +300,9 @@ void AudioVoices::cutAtEnd(AudioVoice& v, int& slice) const {
         slice = v.stretchLeft;
     } else {
         if (asInt(v.pos + slice * v.speed) <= v.stop) return;
-        slice = std::max(0, asInt((v.stop - v.pos) / v.speed));
+        slice = std::max(0, asInt((v.stop - v.pos) / v.speed + speedNoise));
     }
-    v.tail = tailFrames;
+    v.runsOut = true;
 }
 
 void AudioVoices::fillScratch(AudioVoice& v, int slice) {
@@ -332,11 +367,13 @@ int AudioVoices::playTail(AudioVoice& v, int left, int at) {
     return slice;
 }
 
-void AudioVoices::renderDrum(AudioVoice& v, int frames, int offset) {
+void AudioVoices::renderDrum(AudioVoice& v, int frames, int offset, int ahead) {
     const int wait = std::min(v.delay, frames);
     v.delay -= wait;
     if (wait == frames) return;
     CVoice& drum = drums[&v - voices];
+    if (host()->clock->begins() && wait == 0) cutVoice(&drum);
+    v.sound->ahead = ahead;
     const COutputChannel* strip = v.sound->output.get();
     float* toL = strip->bufL + offset + wait;
     float* toR = strip->bufR + offset + wait;
@@ -401,7 +438,10 @@ void AudioVoices::join(VoiceStart s) {
 
 void AudioVoices::endRebuild() {
     for (AudioVoice& v : voices)
-        if (std::exchange(v.orphan, false)) v.leaving = crossFrames();
+        if (std::exchange(v.orphan, false)) {
+            v.leaving = crossFrames();
+            v.sliceLeft = std::min(v.sliceLeft, v.leaving);
+        }
 }
 
 void AudioVoices::flush(int frame, bool force) {
@@ -415,6 +455,7 @@ void AudioVoices::flush(int frame, bool force) {
         const double reached = sourceAt(v, std::max(0, frame - v.delay));
         v.stop = std::min(v.stop, asRound(reached));
         v.flushed = true;
+        if (v.sliceLeft > 0) cutAtEnd(v, v.sliceLeft);
     }
 }
 

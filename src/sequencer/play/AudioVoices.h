@@ -64,6 +64,10 @@ struct AudioVoice {
     int tick = 0, ticks = 0; ///< as it was started
     int stretchPos = 0;      ///< source frame that the stretcher takes next
     int stretchLeft = 0;     ///< output frames left through the stretcher
+    int sliceLeft = 0;       ///< frames left of what is played at one gain
+    float sliceGain = 1.0f;
+    bool runsOut = false; ///< its tail comes behind the slice
+    bool spent = false; ///< it has ended in this stride, so its slot stays free until the next one
     int fadeInLen = 0, fadeInPos = 0, fadeOutLen = 0; ///< frames
     int fadeOutPos = -1;                              ///< -1 until it begins
     float fadeInMs = 0.0f, fadeOutMs = 0.0f;          ///< of the event at the start
@@ -95,6 +99,13 @@ public:
     AudioVoices(const AudioVoices&) = delete;
     AudioVoices& operator=(const AudioVoices&) = delete;
 
+    /// Before all else of a stride of the song.
+    void beginStride();
+    /// Has a voice start with the block that comes. Of a block's voices the first to be heard gets
+    /// its slot first, so that the sum of all is made in one order.
+    void ask(const VoiceStart& start);
+    /// Starts what was asked for.
+    void admit();
     /// Starts a voice; null when it cannot sound, or no slot is free.
     AudioVoice* add(const VoiceStart& start);
     // A rebuild of play pointers: between the two calls `join` is asked for every clip that is on
@@ -122,6 +133,8 @@ public:
 
 private:
     CSongTrack* songTrack;
+    VoiceStart asked[count]; ///< in the order of their delays
+    int numAsked = 0;
     std::unique_ptr<CVoice[]> drums; ///< beside each slot, or null
 
     CQV* host() const;
@@ -131,7 +144,8 @@ private:
     void begin(AudioVoice& v, const VoiceStart& start);
     void release(AudioVoice& v);
     void refresh(AudioVoice& v) const;
-    void renderVoice(AudioVoice& v, int frames, int offset);
+    void renderVoice(AudioVoice& v, int frames, int offset, int ahead);
+    void beginSlice(AudioVoice& v, int most);
     int playSlice(AudioVoice& v, int left, int at);
     float fadeGain(AudioVoice& v, int& slice) const;
     void cutAtEnd(AudioVoice& v, int& slice) const;
@@ -140,7 +154,7 @@ private:
     int crossFrames() const;
     void addScratch(AudioVoice& v, int slice, int at, float gain);
     int playTail(AudioVoice& v, int left, int at);
-    void renderDrum(AudioVoice& v, int frames, int offset);
+    void renderDrum(AudioVoice& v, int frames, int offset, int ahead);
 };
 
 // The strips of the drums of a track, around all that its voices add to them in a block: silence

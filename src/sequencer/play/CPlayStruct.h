@@ -26,6 +26,8 @@ struct CPlayStruct {
     float curve = 0.0f;            ///< of the present segment
     double rampLength = 0.0;       ///< ticks
     double rampPos = 0.0;          ///< ticks from the segment's start
+    int swing = 0;                 ///< ticks by which all events of this stride are moved
+    bool swung = false;            ///< whether `swing` is that of this stride
     CBaseEvent* head = nullptr;    ///< the list that is played, a master's for a ghost
     CBaseEvent* current = nullptr; ///< the event that is due next, null when done
 };

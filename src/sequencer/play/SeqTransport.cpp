@@ -3,9 +3,11 @@
 #include "engine/CClick.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
+#include "engine/SongClock.h"
 #include "engine/TransportRing.h"
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
+#include "instruments/CLayer.h"
 #include "instruments/CSynthProg.h"
 #include "sequencer/play/AudioVoices.h"
 #include "sequencer/song/CSeq.h"
@@ -236,7 +238,7 @@ bool wrapLoop(CSeqProg* prog) {
 void advance(const ProgBlock& b) {
     CSeqProg* prog = b.prog;
     CQV* host = prog->seq->host;
-    const double tpf = double(host->tempoNow) * ticksPerSecondPerBpm / double(host->rate);
+    const double tpf = host->ticksPerFrame();
     prog->prevPos = prog->pos.load();
     prog->pos = prog->pos + b.frames * tpf;
     prog->samplePos = prog->samplePos + b.frames;
@@ -294,6 +296,7 @@ void CSeqProg::process(int frames, int offset) {
         followHostLoop(this);
         askAudible(this);
     }
+    if (seq->host->clock->begins()) pos = seq->host->clock->exact(pos);
     b.jumped = requests.take(requestSetup);
     if (!playing) prepareStart(this);
     for (CSongTrack* t : each<CSongTrack>(tracks)) processTrack(b, t);
@@ -320,14 +323,12 @@ void CSeqProg::play() {
         jumpTo(this, section->pos);
         session.add(section);
     }
-    // What chance decides is new at each start, but the same in every render.
-    const uint64_t start = host->renderMode ? 0 : ++seq->starts;
-    uint64_t row = 0;
+    uint64_t row = 0; // what chance decides is the same at each start
     for (CSongTrack* t : each<CSongTrack>(tracks)) {
         t->pos = pos;
         t->track->arp->chance.seed(unsigned(row));
-        if (CSynthProg* kit = t->track->synthProg.get()) kit->chance.seed(unsigned(row));
-        t->chance.start(start << 32 | row++);
+        if (CSynthProg* kit = t->track->synthProg.get()) kit->start(unsigned(row));
+        t->chance.start(row++);
         t->requests.ask(requestSetup);
     }
     playing = 1;
@@ -356,13 +357,27 @@ void CSeqProg::midiReceived(CSongTrack* songTrack, double tick, int msg, void*, 
     if (track->kind == trackMIDI) track->addRemovePlayingNote(msg);
 }
 
+namespace {
+
+/// The song starts for the inserts of a track and of its drums.
+void startStrips(CTrack* track) {
+    const auto start = [](CComp* insert) { insert->start(); };
+    track->eachInsert(start);
+    if (track->kind != trackDrum) return;
+    for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds))
+        for (auto* insert : each<CComp>(sound->output->inserts)) start(insert);
+}
+
+} // namespace
+
 void CSeq::start() {
     assert(heldByThread());
     if (playing) return;
     playing = 1;
     playedTime.run++;
     if (CSeqProg* prog = getProg()) prog->play();
-    tempo.follow(host->frames);
+    for (CTrack* track : each<CTrack>(tracks)) startStrips(track);
+    tempo.follow();
     songNotices.raise(SeqNotice::transport);
 }
 
@@ -385,7 +400,7 @@ void CSeq::setPos(double ticks) {
     jumpTo(prog, fLimit(ticks, 0.0, double(maxTicks)));
     playedTime.run++;
     prog->samplePos = asInt64(ticksToFrames(0, asInt(prog->pos), asInt(double(host->rate))));
-    tempo.follow(host->frames);
+    tempo.follow();
     if (prog->playing)
         prog->requests.ask(requestSetup);
     else
@@ -409,9 +424,9 @@ void CSeq::process(int frames) {
     mergeAudio(frames);
     recorder.follow(frames);
     for (CSeqProg* prog : each<CSeqProg>(progs)) prog->process(frames, 0);
-    if (playing) songTicks += host->framesToTicks(frames);
+    if (playing) songTicks += host->ticksPerFrame() * frames;
     playedTime.frames += frames;
     playedTime.ticks += host->framesToTicks(frames);
-    tempo.follow(frames);
+    if (host->clock->ends(frames)) tempo.follow();
     for (CTrack* track : each<CTrack>(tracks)) track->arpeggiate(frames);
 }

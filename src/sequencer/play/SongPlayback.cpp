@@ -5,6 +5,7 @@
 #include "engine/CFreezeItem.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
+#include "engine/SongClock.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "instruments/CSampleClip.h"
@@ -32,20 +33,28 @@ struct Block {
     CSongTrack* songTrack;
     CMIDIQ* port;    ///< of notes; may be null
     CMIDIQ* control; ///< of automation; may be null
-    double tpf, fpt; ///< ticks per frame, frames per tick
+    double tpf;      ///< ticks per frame
     int frames, offset;
-    int done = 0; ///< frames of the block that lie behind
+    int passed, left; ///< frames of the stride before the block, and from its start on
+    int done = 0;     ///< frames of the block that lie behind
     double loopStart = 0.0, loopEnd = 0.0;
     bool looping = false;
     bool wraps = false; ///< at `loopEnd` the song goes on at `loopStart`
     double until = 0.0; ///< tick at which the slice ends, to the frame
 
     CTrack* track() const { return songTrack->track; }
+    double framesOf(double ticks) const { return ticks / tpf; }
+    /// Frames of the slice that lie before a tick, rounded.
+    int frameAt(double tick) const;
     /// Whether a tick lies behind the end of the running pass.
     bool pastLoop(double tick) const { return looping && loopStart != loopEnd && tick >= loopEnd; }
     double ticksIn(int ms) const { return ms * tpf * double(songTrack->track->host->rate) / 1000; }
     int swing(double tick) const { return groove(&songTrack->track->groove, int(tick)); }
 };
+
+int Block::frameAt(double tick) const {
+    return asRound(framesOf(tick - songTrack->pos));
+}
 
 /// Where the pass that is running ends, and where the next one begins.
 void takeLoop(Block& b, bool wrapped) {
@@ -63,16 +72,16 @@ void takeLoop(Block& b, bool wrapped) {
     b.wraps = b.looping && section->length > 0 && b.loopEnd != b.loopStart;
 }
 
-/// Sends a note at tick `at`, which ends at tick `off`.
+/// Sends a note at tick `at`, which ends at tick `off`, but not before it has begun.
 void strikeKey(const Block& b, int data, double at, double off) {
     if (!b.port) return;
     const int msg = b.track()->setCh(data);
     const bool note = noteOn(msg);
     if (note && b.songTrack->noteOffs->count >= CMIDIQ::maxEvents) return;
-    const double frame = (at - b.songTrack->pos) * b.fpt + b.done + b.offset;
+    const double frame = b.framesOf(at - b.songTrack->pos) + b.done + b.offset;
     b.port->insert(frame, msg, eventMidi, 0.0f, 0, nullptr, nullptr);
     b.port->hasData = 1.0f;
-    const double due = off - b.songTrack->pos + b.done * b.tpf;
+    const double due = std::max(off, at + b.tpf) - b.songTrack->pos + b.done * b.tpf;
     if (note) b.songTrack->noteOffs->addMidiEvent(due, msg & 0xFFFF);
 }
 
@@ -80,14 +89,14 @@ void strikeKey(const Block& b, int data, double at, double off) {
 void playClip(CSongTrack* songTrack, CPart* part, CAudioEvent* e, int tick, double songPos,
               int delay) {
     if (e->sample == songTrack->track->recSample) return; // it is being recorded
-    songTrack->voices->add(clipStart(songTrack, part, e, tick, songPos, delay));
+    songTrack->voices->ask(clipStart(songTrack, part, e, tick, songPos, delay));
 }
 
 void strikeDrum(const Block& b, CPart* part, const Strike& s, double at) {
     CTrack* track = b.track();
     CDrumSound* sound = track->drumSound(s.sound);
     if (!sound || track->drumLayer()->soundMuted(sound)) return;
-    const int delay = b.done + std::max(0, asRound((at - b.songTrack->pos) * b.fpt));
+    const int delay = b.done + std::max(0, b.frameAt(at));
     b.songTrack->hitDrum(sound, part, s.velocity, s.pan, s.tune, delay);
 }
 
@@ -138,7 +147,7 @@ void playRepeats(const Block& b, int slice) {
     b.songTrack->repeats.keep([&](Repeats& r) {
         for (; r.next < r.count; r.next++) {
             const double at = r.moved + r.start(r.next);
-            if (asRound((at - b.songTrack->pos) * b.fpt) >= slice) return true;
+            if (b.frameAt(at) >= slice) return true;
             if (at >= r.partEnd || b.pastLoop(at)) return false;
             const double end = std::min(r.tick + double(r.start(r.next + 1)), r.partEnd);
             strike(b, nullptr, r.strike, at, end - 1.0);
@@ -193,21 +202,28 @@ void playRows(const Block& b, CPart* part, const CPlayStruct& p, const RowLoops&
     });
 }
 
+/// Ticks by which the swing moves all events of a main list in this stride: that of the first.
+int swingOf(const Block& b, CPlayStruct& p) {
+    if (!p.swung || b.passed + b.done == 0) p.swing = b.swing(double(p.current->delta) + p.pos);
+    p.swung = true;
+    return p.swing;
+}
+
 /// Plays what is due in the next `slice` frames of a main list.
 void playEvents(const Block& b, CPart* part, CPlayStruct& p, const RowLoops* rows, int slice) {
     if (!p.current) return;
     if (p.kind != PlayKind::audio) playFlams(b, part, p, rows);
-    const int g = b.swing(double(p.current->delta) + p.pos);
+    const int g = swingOf(b, p);
     const double partEnd = double(part->pos) + b.track()->seq->playedTicks(part);
     while (p.current) {
         const int tick = p.current->delta + p.pos;
         const double moved = double(tick) + g;
-        if (asRound((moved - b.songTrack->pos) * b.fpt) >= slice) return;
+        if (b.frameAt(moved) >= slice) return;
         if (moved >= partEnd || b.pastLoop(moved)) {
             p.current = nullptr;
             return;
         }
-        const int delay = b.done + std::max(0, asRound((moved - b.songTrack->pos) * b.fpt));
+        const int delay = b.done + std::max(0, b.frameAt(moved));
         if (p.kind == PlayKind::audio)
             playClip(b.songTrack, part, static_cast<CAudioEvent*>(p.current), tick, moved, delay);
         else if (!leftOut(part, p.current, rows, tick))
@@ -242,34 +258,46 @@ float rampValue(const CPlayStruct& p) {
     return getPoint(shape, p.rampFrom, p.rampTo, float(t), p.curve);
 }
 
-/// Plays the next `slice` frames of an envelope, in steps.
+/// Frames of an envelope's step that lie before a frame of the slice, at tick `at`. Steps count
+/// from the start of the stride, of the part, or from a point, whatever came last.
+int stepPassed(const Block& b, const CPart* part, const CPlayStruct& p, int frame, double at) {
+    int since = b.passed + b.done + frame;
+    if (at >= part->pos) since = std::min(since, asRound(b.framesOf(at - part->pos)));
+    if (p.state == RampState::between) since = std::min(since, asRound(b.framesOf(p.rampPos)));
+    return since % envelopeStep;
+}
+
+/// Plays the next `slice` frames of an envelope, in steps; the last one may end behind them.
 void playEnvelope(const Block& b, CPart* part, CPlayStruct& p, int slice) {
     const double partEnd = double(part->pos) + b.track()->seq->playedTicks(part);
     double at = b.songTrack->pos;
-    int stepDone = 0;
+    int done = 0;
     if (at < part->pos) { // what lies before the part has no say yet
-        stepDone = std::min(slice, asRound((part->pos - at) * b.fpt));
-        at += stepDone * b.tpf;
+        done = std::min(slice, b.frameAt(part->pos));
+        at += done * b.tpf;
     }
-    while (p.current && stepDone < slice) {
-        int step = std::min(slice - stepDone, envelopeStep);
+    while (p.current && done < slice) {
+        const int passed = stepPassed(b, part, p, done, at);
+        const int step = std::min(envelopeStep - passed, b.left - b.done - done);
+        int n = std::min(step, slice - done);
         const double tick = double(p.current->delta) + p.pos;
-        const double distance = (tick - at) * b.fpt;
-        if (asRound(distance) >= step) {
+        const double distance = b.framesOf(tick - at);
+        if (asRound(distance) >= n) {
             if (p.state != RampState::beforeFirst) {
-                sendLane(b, p, b.done + stepDone, rampValue(p));
-                p.rampPos += step * b.tpf;
+                if (passed == 0 && asRound(distance) >= step)
+                    sendLane(b, p, b.done + done, rampValue(p));
+                p.rampPos += n * b.tpf;
             }
         } else if (tick >= part->pos && tick < partEnd) {
             const auto* point = static_cast<CEnvEvent*>(p.current);
-            step = std::max(0, asRound(distance));
-            sendLane(b, p, b.done + stepDone + std::max(0.0, distance), point->value);
+            n = std::max(0, asRound(distance));
+            sendLane(b, p, b.done + done + std::max(0.0, distance), point->value);
             loadRamp(p, point);
         } else {
             p.current = nullptr;
         }
-        at += step * b.tpf;
-        stepDone += step;
+        at += n * b.tpf;
+        done += n;
     }
 }
 
@@ -322,7 +350,7 @@ void playBlock(Block& b) {
         int slice = left;
         bool wrapNow = false;
         if (b.wraps && songTrack->pos + slice * b.tpf > b.loopEnd) {
-            slice = asMinMax(asInt((b.loopEnd - songTrack->pos) * b.fpt), wrapped ? 1 : 0, left);
+            slice = asMinMax(asInt(b.framesOf(b.loopEnd - songTrack->pos)), wrapped ? 1 : 0, left);
             wrapNow = wrapped = true;
         }
         playSlice(b, slice);
@@ -344,7 +372,7 @@ void playNoteOffs(const Block& b) {
     std::swap(songTrack->noteOffs, songTrack->noteOffsNext);
     songTrack->noteOffs->clear();
     for (const CMIDIBytes* e = songTrack->noteOffsNext->first(); e; e = e->next) {
-        const int frame = std::max(0, asRound(e->time * b.fpt));
+        const int frame = std::max(0, asRound(b.framesOf(e->time)));
         if (frame >= b.frames)
             songTrack->noteOffs->addMidiEvent(e->time - b.frames * b.tpf, e->data);
         else if (b.port)
@@ -431,16 +459,19 @@ void CSongTrack::process(int frames, int offset) {
     assert(track->heldByThread());
     CSeq* seq = track->seq;
     CQV* host = seq->host;
-    const double tpf = double(host->tempoNow) * ticksPerSecondPerBpm / double(host->rate);
+    const double tpf = host->ticksPerFrame();
     const bool toInput = track->kind == trackAudio || track->kind == trackDrum;
     CMIDIQ* control = toInput ? track->inPort() : track->outPort();
-    Block block{this, track->outPort(), control, tpf, 1.0 / tpf, frames, offset};
+    const SongClock& clock = *host->clock;
+    Block block{this,   track->outPort(), control,        tpf,
+                frames, offset,           clock.passed(), clock.left(frames)};
 
     if (prog == seq->getProg()) {
         track->preview.assignCh(track->channel);
-        track->preview.process(control, frames * block.tpf, block.fpt);
+        track->preview.process(control, frames * block.tpf, 1.0 / block.tpf);
         if (!track->selected() && control) endLiveNotes(track, control);
     }
+    if (voices && clock.begins()) voices->beginStride();
     if (prog->playing) {
         if (requests.take(requestFlush)) flush(0, false);
         if (requests.take(requestSetup)) setup(pos, 0.0, false);
@@ -450,7 +481,9 @@ void CSongTrack::process(int frames, int offset) {
         playNoteOffs(block);
     }
     if (!freezeItems.empty() && !host->renderMode) track->fxDone = true;
-    if (voices) track->willSound(this);
+    if (!voices) return;
+    voices->admit();
+    track->willSound(this);
 }
 
 void CSongTrack::hitDrum(CDrumSound* sound, CPart* part, float velocity, float pan, float tune,
@@ -468,7 +501,7 @@ void CSongTrack::hitDrum(CDrumSound* sound, CPart* part, float velocity, float p
     start.pan = pan;
     start.tune = tune;
     start.out = track->output();
-    voices->add(start);
+    voices->ask(start);
 }
 
 void CSongTrack::flush(int frame, bool force) {

@@ -7,9 +7,11 @@
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "engine/DeviceMidi.h"
+#include "engine/SongClock.h"
 #include "engine/plan/GraphPlan.h"
 #include "sequencer/render/SilentGraph.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/TempoMap.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,8 +20,8 @@ namespace {
 
 constexpr const char* rangeNames[] = {"All tracks and parts", "Left - Right locator",
                                       "Selected parts only"};
-/// Frames by which a sum of ticks may fall short of what it stands for.
-constexpr double countNoise = 1e-6;
+/// Frames by which what is left of a sum of ticks may fall short of what it stands for.
+constexpr double countNoise = 0.01;
 constexpr float quietLevel = 1.6e-5f; ///< -96 dB
 /// Quiet for so long nothing more comes: the longest echo takes less.
 constexpr double quietSeconds = 6.0, mostTailSeconds = 30.0;
@@ -210,15 +212,22 @@ std::span<CRender::Target> CRender::writers(const Job& job) {
     return std::span(targets).first(job.mix ? 1 : targets.size());
 }
 
+/// Whole frames of so many ticks, at the tempo of the coming block.
+int CRender::framesIn(double ticks) const {
+    const float tempo = qv->clock->due() ? qv->tempo : qv->tempoNow;
+    return asInt(ticks * rate / (double(tempo) * ticksPerSecondPerBpm) + countNoise);
+}
+
 /// Plays the range. What it brings lags behind by the latency.
 void CRender::runRange(double lengthTicks, const Job& job) {
-    double rest = lengthTicks;
-    while (asInt(rest) > 0 && !cancelled) {
-        const int n = asMinMax(asInt(qv->ticksToFrames(rest) + countNoise), 1, qv->frames);
+    double rest = asInt(lengthTicks) > 0 ? lengthTicks : 0.0;
+    while (!cancelled) {
+        const int n = std::min(framesIn(rest), std::min(qv->frames, qv->clock->room()));
+        if (n < 1) break;
         runBlock(n);
         framesWritten += n;
         captureAll(n, job);
-        rest -= qv->framesToTicks(n);
+        rest -= n * qv->ticksPerFrame();
         progress = float((lengthTicks - rest) / lengthTicks);
         if (job.follower && !job.follower->onRender(progress)) cancelled = true;
     }
@@ -250,8 +259,9 @@ void CRender::runRest(bool stop, const Job& job) {
         return job.captured->indexed(t.channel) >= 0 && t.written < framesWritten;
     };
     while (!cancelled && std::ranges::any_of(writers(job), owes)) {
-        runBlock(qv->frames);
-        captureAll(qv->frames, job);
+        const int n = std::min(qv->frames, qv->clock->room());
+        runBlock(n);
+        captureAll(n, job);
         if (tailMs == tailAuto && hasDiedAway(rangeEnd, job)) break;
         if (job.follower && !job.follower->onRender(progress)) cancelled = true;
     }

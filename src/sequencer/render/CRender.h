@@ -107,6 +107,7 @@ private:
     int64_t hostLatency() const;
     int64_t latencyOf(COutputChannel* channel) const;
     std::span<Target> writers(const Job& job);
+    int framesIn(double ticks) const;
     void run(double startTick, double lengthTicks, const Job& job);
     void runRange(double lengthTicks, const Job& job);
     void runRest(bool stop, const Job& job);

@@ -19,12 +19,11 @@ constexpr float runOutFactor = 0.999f;
 constexpr double fastest = 1024.0; ///< source frames per output frame, and the other way round
 constexpr double mostStretch = 10.0;
 
-/// The mean tempo of so many frames from a tick on.
-double tempoOf(CSeq* seq, double tick, int frames, int rate) {
+/// A stretch at one tempo from a tick on, of so many frames at most.
+TempoMap::Stride strideFrom(CSeq* seq, double tick, int frames, int rate) {
     CSeqProg* prog = seq->getProg();
     const float before = prog->tempos.empty() ? seq->host->tempo : seq->host->songTempo;
-    const TempoMap& map = prog->tempoMap();
-    return map.blockBpm(before, tick, frames, rate, map.bpmAt(before, tick));
+    return prog->tempoMap().stride(before, tick, frames, rate);
 }
 
 double fadeFrames(float ms) {
@@ -72,18 +71,15 @@ int ClipRender::play(float* left, float* right, int frames) {
             stretcher->start();
         }
     }
-    int count = std::min(frames, blockFrames);
-    const int change = seq->ticksToNextTempoChange(tick + 1.0);
-    const double now = tempoOf(seq, tick, 1, rate) * ticksPerSecondPerBpm / rate;
-    if (change >= 0) count = std::min(count, asMax(1, asInt(std::ceil(change / now))));
-    const double ticksPerFrame = tempoOf(seq, tick, count, rate) * ticksPerSecondPerBpm / rate;
+    const auto [bpm, most] = strideFrom(seq, tick, std::min(frames, blockFrames), rate);
+    const double ticksPerFrame = bpm * ticksPerSecondPerBpm / rate;
     const double range = double(clip->end) - clip->start;
     const double speed = speedOf(clip, ticksPerFrame, rate);
     const double stretch =
         fLimit(clip->ticks / std::max(range * ticksPerFrame, 1e-9), 1 / mostStretch, mostStretch);
     const double perFrame = clip->mode == playStretch ? 1 / stretch : speed;
     const double ahead = (clip->end - pos) / perFrame; // output frames
-    count = std::min(count, asInt(std::min(ahead, double(blockFrames))));
+    const int count = std::min(most, asInt(std::min(ahead, double(blockFrames))));
     if (count < 1) {
         finish();
         return 0;

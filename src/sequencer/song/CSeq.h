@@ -48,7 +48,6 @@ public:
     CList tracks; ///< of CTrack, owned
     Shared<unsigned char> playing{0}, recording{0};
     Shared<double> songTicks{0.0}; ///< played since start
-    uint64_t starts = 0;           ///< of playback, by the user; graph holder
     PlayedTime playedTime;
     Stored<int> maxVoices{6};
     Shared<int> preview{1};      ///< notes sound when they are edited

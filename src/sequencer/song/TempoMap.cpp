@@ -129,27 +129,27 @@ double TempoMap::framesToTicks(float before, double from, double frames, int rat
     }
 }
 
-/// How many points hold for a block: those before it, and those that lie in it.
-size_t TempoMap::begunInBlock(double from, int frames, double rate, double told) const {
-    const double at = double(asInt64(from));
-    const TempoStretch now{told, 0.0};
-    size_t count = passed(at);
-    while (count < points.size() && now.frames(points[count].tick - at, rate) < frames) count++;
-    return count;
-}
+namespace {
 
-double TempoMap::blockBpm(float before, double from, int frames, double rate, double told) const {
-    const size_t here = begun(from);
-    if (here == 0 || points[here - 1].on.slope == 0.0 || frames < 1 || rate < 1.0)
-        return stretch(before, begunInBlock(from, frames, rate, told), from).bpm;
-    double at = from, left = frames;
-    for (size_t next = here; left > 0.0; next++) {
-        const TempoStretch now = stretch(before, next, at);
-        const double whole = next < points.size() ? now.frames(points[next].tick - at, rate) : left;
-        at = whole < left ? points[next].tick : at + now.ticks(left, rate);
-        left -= whole;
+/// Frames of a stride on a line, so that it is never further off than a fraction of a frame.
+constexpr int mostOnLine = 256;
+
+} // namespace
+
+TempoMap::Stride TempoMap::stride(float before, double from, int most, double rate) const {
+    size_t next = begun(from);
+    TempoStretch now = stretch(before, next, from);
+    if (rate < 1.0) return {now.bpm, most};
+    if (now.slope != 0.0) most = std::min(most, mostOnLine);
+    int frames = most;
+    for (; next < points.size(); now = stretch(before, ++next, from)) {
+        const int whole = asRound(now.frames(points[next].tick - from, rate));
+        frames = std::min(most, whole);
+        if (whole > 0) break; // else it is nearer than half a frame, and holds from here on
     }
-    return (at - from) * rate / (frames * ticksPerSecondPerBpm);
+    frames = std::max(1, next < points.size() ? frames : most);
+    if (now.slope == 0.0) return {now.bpm, frames};
+    return {now.ticks(frames, rate) * rate / (frames * ticksPerSecondPerBpm), frames};
 }
 
 CTempoPart* TempoMap::lastAt(double tick) const {
@@ -165,9 +165,4 @@ CTempoPart* TempoMap::nextAfter(double tick) const {
 CTempoPart* TempoMap::nextFrom(double tick) const {
     const size_t next = passed(tick);
     return next < points.size() ? points[next].part : nullptr;
-}
-
-CTempoPart* TempoMap::ofBlock(double from, int frames, double rate, double told) const {
-    const size_t count = begunInBlock(from, frames, rate, told);
-    return count ? points[count - 1].part : nullptr;
 }

@@ -61,22 +61,22 @@ public:
     double ticksToFrames(float before, double from, double ticks, int rate) const;
     /// Ticks that `frames` take, as a whole number: every stretch is cut to whole frames and ticks.
     double framesToTicks(float before, double from, double frames, int rate) const;
-    /// The tempo of a block from tick `from` on, which is constant in it. `told` is the tempo of
-    /// the block before. A point that lies in the block holds for all of it; the block of a line
-    /// gets the mean, so that it ends where the line does.
-    double blockBpm(float before, double from, int frames, double rate, double told) const;
+    /// A stride of playback from a tick on, in which the tempo is constant: that of the tick, or of
+    /// a line the mean, so that it ends where the line does.
+    struct Stride {
+        double bpm;
+        int frames; ///< 1 to `most`: to the next point at the latest
+    };
+    Stride stride(float before, double from, int most, double rate) const;
 
     // Points, null when there is none.
     CTempoPart* lastAt(double tick) const;    ///< at or before the tick
     CTempoPart* nextAfter(double tick) const; ///< after it
     CTempoPart* nextFrom(double tick) const;  ///< at or after it
-    /// That whose tempo holds for such a block: see `blockBpm`.
-    CTempoPart* ofBlock(double from, int frames, double rate, double told) const;
 
 private:
     size_t begun(double tick) const;  ///< how many stand at or before it
     size_t passed(double tick) const; ///< how many stand before it
-    size_t begunInBlock(double from, int frames, double rate, double told) const;
     TempoStretch stretch(float before, size_t begunPoints, double tick) const;
 
     Room points;

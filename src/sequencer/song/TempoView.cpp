@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/SongClock.h"
 #include "engine/TransportRing.h"
 #include "engine/UndoPlan.h"
 #include "sequencer/song/CSeq.h"
@@ -45,9 +46,7 @@ int TempoView::ticksToNext(double tick) const {
 CTempoPart* TempoView::pointHere() const {
     CSeqProg* prog = seq->getProg();
     if (!prog) return nullptr;
-    const CQV* host = seq->host;
-    return prog->tempoMap().ofBlock(prog->pos, host->frames, double(host->rate),
-                                    double(host->tempoNow));
+    return prog->tempoMap().lastAt(prog->pos + seq->host->framesToTicks(0.5));
 }
 
 double TempoView::here() const {
@@ -64,12 +63,44 @@ CTimesigPart* TempoView::signatureHere() const {
     return prog ? prog->timesigInForce(asInt(seq->getPos())) : nullptr;
 }
 
-void TempoView::follow(int frames) {
+namespace {
+
+/// Where a loop turns, and how far it goes back there.
+struct Turn {
+    double at = 0.0, back = 0.0; ///< ticks; none goes back nowhere
+};
+
+Turn nextTurn(CSeqProg* prog) {
+    if (!prog->playing || !prog->isLooping()) return {};
+    const CMarkerPart* here = prog->playingMarker;
+    const CMarkerPart* next = prog->activeMarker;
+    if (prog->seq->options.useMarkers() && here && next)
+        return {double(here->endTick()), double(here->endTick()) - next->pos};
+    const double left = prog->leftLocator, right = prog->rightLocator;
+    return {right, std::max(0.0, right - left)};
+}
+
+} // namespace
+
+void TempoView::follow() {
     CSeqProg* prog = seq->getProg();
     if (!prog) return;
     CQV* host = seq->host;
-    host->tempo = float(prog->tempoMap().blockBpm(host->songTempo, prog->pos, frames,
-                                                  double(host->rate), double(host->tempoNow)));
+    const double rate = double(host->rate);
+    double from = prog->pos;
+    Turn turn = nextTurn(prog);
+    // What is nearer to the turn than a frame goes on behind it.
+    if (turn.back > 0.0 && from <= turn.at && from + host->ticksPerFrame() > turn.at) {
+        from -= turn.back;
+        turn = {};
+    }
+    const auto [bpm, frames] =
+        prog->tempoMap().stride(host->songTempo, from, SongClock::strideFrames, rate);
+    host->tempo = float(bpm);
+    const double tpf = double(host->tempo) * ticksPerSecondPerBpm / rate;
+    const double toTurn = turn.back > 0.0 ? (turn.at - from) / tpf : double(frames);
+    const int whole = toTurn > 0.0 ? asInt(toTurn) : frames;
+    host->clock->limit(std::min(frames, whole), from + frames * tpf);
 }
 
 void TempoView::changed() {
@@ -78,7 +109,8 @@ void TempoView::changed() {
     call.target = seq;
     call.act = [](CObject* target, double, void*) {
         auto* song = static_cast<CSeq*>(target);
-        song->tempo.follow(song->host->frames);
+        song->host->clock->cut();
+        song->tempo.follow();
     };
     seq->host->onTransport(call);
 }

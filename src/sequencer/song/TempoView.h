@@ -35,9 +35,9 @@ public:
     double here() const;                 ///< beats per minute
     CTimesigPart* signatureHere() const; ///< the last one at the position or before, or null
 
-    /// Adopts the tempo of a point that lies in the coming block; before the first one the song's
-    /// own. Graph holder.
-    void follow(int frames);
+    /// Has the host adopt the tempo of the coming stride, which ends at the next tempo point, or
+    /// where the loop turns; before the first point the song's own. Graph holder.
+    void follow();
     /// Something was changed: what is in force is heard from the next block on. Any thread.
     void changed();
 

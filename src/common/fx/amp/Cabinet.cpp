@@ -48,5 +48,8 @@ void Cabinet::process(Sides* x, int frames) {
         }
         x[i] = v;
     }
+}
+
+void Cabinet::settle() {
     for (Section& s : rows) cutTiny(s.s1, s.s2);
 }

@@ -24,6 +24,7 @@ public:
     void clear();
     /// In place.
     void process(Sides* x, int frames);
+    void settle(); ///< what has died away becomes 0
 
     struct Section {
         double b0, b1, b2, a1, a2;

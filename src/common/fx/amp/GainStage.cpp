@@ -56,6 +56,9 @@ void GainStage::clear() {
 
 void GainStage::process(Floats8* x, int groups) {
     amplify(run, x, groups);
+}
+
+void GainStage::settle() {
     cutTiny(run.lastHigh);
     cutTiny(run.lastLow);
 }

@@ -47,6 +47,7 @@ public:
     void clear();
     /// In place, groups of four samples a side.
     void process(Floats8* x, int groups);
+    void settle(); ///< what has died away becomes 0
 
     struct Run {
         OnePole high, low; ///< the corners `highHz` and `lowHz`

@@ -74,5 +74,8 @@ void ToneStack::process(Sides* x, int frames, const ToneStackCoeffs& start,
         s3 = c.b[3] * in - c.a[3] * out;
         x[i] = out;
     }
+}
+
+void ToneStack::settle() {
     cutTiny(s1, s2, s3);
 }

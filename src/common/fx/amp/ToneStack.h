@@ -28,6 +28,7 @@ public:
     /// In place. The first frame takes `start` + `first` `step`, each further one a step more.
     void process(Sides* x, int frames, const ToneStackCoeffs& start, const ToneStackCoeffs& step,
                  int first);
+    void settle(); ///< what has died away becomes 0
 
 private:
     Sides s1 = {}, s2 = {}, s3 = {};
