@@ -6,6 +6,7 @@
 #include "base/Random.h"
 #include "engine/CQV.h"
 #include "engine/Mixing.h"
+#include "engine/SongClock.h"
 #include "engine/plan/GraphWorkers.h"
 
 #include <algorithm>
@@ -57,19 +58,19 @@ void CClick::defaultSound() {
 
 void CClick::setPos(double ticks) {
     tickPos = std::fmod(ticks, beatTicks);
-    samplePos = host->ticksToFrames(tickPos);
+    samplePos = framesOf(tickPos);
+}
+
+double CClick::framesOf(double ticks) const {
+    return ticks / host->ticksPerFrame();
 }
 
 void CClick::init() {
     assert(host->heldByThread());
     countIn = 0;
     if (!enabled || !(mode & clickCountIn)) return;
-    const int length = asRound(host->ticksToFrames(double(beatTicks) * beats));
-    if (length < 1) return;
-    const int over = length % host->frames;
-    const int added = over ? host->frames - over : 0;
-    countIn = length + added;
-    tickPos += beatTicks - host->framesToTicks(added);
+    countIn = asRound(framesOf(double(beatTicks) * beats));
+    tickPos += beatTicks;
     samplePos = sound->frames - silentTail;
 }
 
@@ -106,6 +107,7 @@ void CClick::render(int frames) {
 
 void CClick::playBlock(int frames) {
     if (!host->playing && !host->recording) return;
+    if (host->clock->begins()) tickPos = host->clock->exact(tickPos);
     const std::optional<Jump> jump = findJump(frames);
     play(0, jump ? jump->frame : frames);
     if (!jump) return;
@@ -117,27 +119,28 @@ std::optional<CClick::Jump> CClick::findJump(int frames) const {
     if (!host->playing) return {};
     CComp* const seq = host->masterSeq;
     const double reached = seq ? seq->getPos() : double(host->pos);
-    const double expected = tickPos + host->framesToTicks(frames);
-    const double frame = host->framesToTicks(1);
+    const double frame = host->ticksPerFrame();
+    const double expected = tickPos + frames * frame;
     if (std::fabs(std::remainder(reached - expected, beatTicks)) < frame) return {};
     int left = host->loopStart, right = host->loopEnd;
     if (seq) seq->getLoopSection(left, right);
     const double since = reached - left;
-    if (!(since >= 0.0 && since <= host->framesToTicks(frames) + frame)) return {};
-    return Jump{std::clamp(frames - asRound(host->ticksToFrames(since)), 0, frames), double(left)};
+    if (!(since >= 0.0 && since <= (frames + 1) * frame)) return {};
+    return Jump{std::clamp(frames - asRound(framesOf(since)), 0, frames), double(left)};
 }
 
 void CClick::play(int from, int to) {
+    const double frame = host->ticksPerFrame();
     for (int done = from, n = 0; done < to; done += n) {
         n = to - done;
         const double left = beatTicks - tickPos;
-        const bool due = host->framesToTicks(n) >= left;
-        if (due) n = std::clamp(asRound(host->ticksToFrames(left)), 0, n);
+        const bool due = n * frame >= left;
+        if (due) n = std::clamp(asRound(framesOf(left)), 0, n);
         const double fit = (double(sound->frames) - samplePos) / double(speed);
         const int sounding = std::min(n, asInt(fit));
         if (toL && sounding >= 1 && audible()) mix(done, sounding);
         samplePos = due ? 0.0 : samplePos + n * double(speed);
-        tickPos += host->framesToTicks(n) - (due ? beatTicks : 0);
+        tickPos += n * frame - (due ? beatTicks : 0);
         countIn = std::max(countIn - n, 0);
     }
 }

@@ -38,7 +38,7 @@ public:
     void render(int frames);
     /// A click that sounds at that position is continued.
     void setPos(double ticks);
-    /// Lays out the count-in, in whole blocks, so that its end falls on the border of a block.
+    /// Lays out the count-in, which ends on its frame: a part of a block ends there.
     void init();
     /// The transport starts before the count-in is over: none is left, and the clicks go on from
     /// there.
@@ -57,6 +57,7 @@ private:
     };
     /// Of the block that has just been run. None where the clicks lie as before.
     std::optional<Jump> findJump(int frames) const;
+    double framesOf(double ticks) const;
     void playBlock(int frames);
     /// The clicks between two frames of the block.
     void play(int from, int to);

@@ -144,11 +144,17 @@ void sendAll(DeviceBlock& block) {
     qv->deviceMidi->follow(block.room.subspan(ended, block.sent - ended));
 }
 
-/// Works out the next part of a block, which ends with a stride of the song at the latest; false
-/// when the graph went to an operation that leaves nothing of what sounds.
+/// Most frames of the next part of a block: a stride of the song, and a count-in, end with one.
+int mostOfPart() {
+    const int room = qv->clock->room(), countIn = qv->click->countIn;
+    return countIn > 0 ? std::min(room, countIn) : room;
+}
+
+/// Works out the next part of a block; false when the graph went to an operation that leaves
+/// nothing of what sounds.
 bool runPart(DeviceBlock& block) {
     qv->serveTransport();
-    block.frames = std::min(block.whole - block.from, qv->clock->room());
+    block.frames = std::min(block.whole - block.from, mostOfPart());
     qv->prepare(block.frames);
     receiveAll(block);
     qv->process(block.frames);

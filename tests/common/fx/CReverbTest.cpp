@@ -53,7 +53,7 @@ TEST(CReverb, RestsInSilence) {
         runFx(*unit, burst, out, 512);
         for (int i = 0; unit->state == 2 && i < 5 * 44100 / 512; i++)
             runFx(*unit, silence, out, 512);
-        EXPECT_EQ(unit->silence, 87 * 1024) << "the first 1,024 frames at or past two seconds";
+        EXPECT_EQ(unit->silence, 88576) << "the first whole block at or past two seconds";
         ASSERT_EQ(unit->state, 1);
     }
     for (int i = 0; i < 20; i++) runFx(longer, silence, written, 512);
