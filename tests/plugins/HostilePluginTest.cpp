@@ -1,11 +1,12 @@
 #include "engine/ValueDoor.h"
-#include "plugins/PluginFixture.h"
+#include "plugins/RemoteFixture.h"
 
+#include <csignal>
 #include <memory>
 #include <xmmintrin.h>
 
-/// What can be contained in one process: the strip plays on, other strips hear nothing of it, and
-/// the project can be saved.
+/// What can be contained in one process, and in another: the strip plays on, other strips hear
+/// nothing of it, and the project can be saved.
 TEST(HostilePlugin, StripsPlayOn) {
     struct Case {
         const char* kind;
@@ -19,16 +20,18 @@ TEST(HostilePlugin, StripsPlayOn) {
         {"infinite", 0.5f, 0.0f, true},        {"overruns", 0.5f, 0.5f, false},
         {"rounding", 0.5f, 0.25f, false},      {"long-texts", 0.5f, 0.25f, false},
         {"throws-chunk", 0.5f, 0.25f, false},  {"echoes", 0.5f, 0.25f, false}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.kind);
-        PluginFixture f;
+    for (size_t i = 0; i < 2 * std::size(cases); i++) {
+        const Case& c = cases[i / 2];
+        SCOPED_TRACE(std::string(c.kind) + (i % 2 ? ", isolated" : ""));
+        RemoteFixture f;
+        f.isolates = i % 2 == 1;
         CVST* plug = f.insert(std::string("bad-") + c.kind);
         ASSERT_NE(plug, nullptr);
         f.signal->right = [](long) { return 0.25f; };
         f.signal->left = [](long) { return 0.5f; };
         SignalComp* other = f.addSignal();
         const unsigned mode = _mm_getcsr();
-        for (int i = 0; i < 3; i++) {
+        for (int k = 0; k < 3; k++) {
             f.block();
             f.host->idle();
         }
@@ -43,6 +46,24 @@ TEST(HostilePlugin, StripsPlayOn) {
         EXPECT_GE(plug->param(0), 0.0f);
         EXPECT_FALSE(f.bytesOf(plug).empty());
     }
+}
+
+/// The program handles its signals as before, whatever a plug-in has put in their place.
+TEST(HostilePlugin, HandlesNoSignals) {
+    PluginFixture f;
+    const auto handlerOf = [](int number) {
+        struct sigaction now {};
+        sigaction(number, nullptr, &now);
+        return now.sa_handler;
+    };
+    const int numbers[] = {SIGSEGV, SIGCHLD, SIGTERM};
+    std::vector<void (*)(int)> before, behind;
+    for (const int number : numbers) before.push_back(handlerOf(number));
+    std::unique_ptr<CVST> plug(f.plug("bad-signals"));
+    plug->loaded()->openEditor(0);
+    plug.reset();
+    for (const int number : numbers) behind.push_back(handlerOf(number));
+    EXPECT_EQ(behind, before);
 }
 
 /// A plug-in that comes to have more outputs gets channels for them, in a step of its own.

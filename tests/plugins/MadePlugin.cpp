@@ -34,6 +34,12 @@ bool bad(const MadePlugin& p, const char* way) {
     return is(p, "bad-") && std::strcmp(p.kind + 4, way) == 0;
 }
 
+[[noreturn]] void crash() {
+    std::raise(SIGSEGV);
+    std::raise(SIGSEGV); // whoever has handled it may be back
+    std::abort();
+}
+
 [[noreturn]] void fail() {
     throw std::runtime_error("made to fail");
 }
@@ -100,7 +106,7 @@ void gain(MadePlugin& p, float** in, float** out, int frames, bool adds) {
 /// Those that end their process do so once their last parameter is raised.
 void badEnd(MadePlugin& p) {
     if (p.now()[2] < 0.75f) return;
-    if (bad(p, "crashes-process")) raise(SIGSEGV);
+    if (bad(p, "crashes-process")) crash();
     if (bad(p, "aborts-process")) std::abort();
     while (bad(p, "hangs-process")) sleep(1);
     if (bad(p, "oversleeps")) std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -212,16 +218,21 @@ intptr_t vendorSpecific(MadePlugin& p, int32_t index, intptr_t value, float numb
     return 1;
 }
 
+void handled(int) {
+}
+
 intptr_t dispatch(Effect* effect, int32_t opcode, int32_t index, intptr_t value, void* data,
                   float number) {
     constexpr int32_t effVendorSpecific = 50;
     MadePlugin& p = of(effect);
     if (opcode != effProcessEvents && p.calls < 4096) p.opcodes[p.calls++] = opcode;
     if (bad(p, "throws-open") && opcode == effOpen) fail();
+    if (bad(p, "signals") && (opcode == effOpen || opcode == effEditOpen || opcode == effClose))
+        for (const int which : {SIGSEGV, SIGCHLD, SIGTERM}) std::signal(which, handled);
     if (bad(p, "throws-idle") && opcode == effIdle) fail();
-    if (bad(p, "crashes-editor") && opcode == effEditOpen) raise(SIGSEGV);
-    if (bad(p, "crashes-state") && opcode == effGetChunk) raise(SIGSEGV);
-    if (bad(p, "crashes-close") && opcode == effClose) raise(SIGSEGV);
+    if (bad(p, "crashes-editor") && opcode == effEditOpen) crash();
+    if (bad(p, "crashes-state") && opcode == effGetChunk) crash();
+    if (bad(p, "crashes-close") && opcode == effClose) crash();
     while (bad(p, "hangs-text") && opcode == effGetParamDisplay) sleep(1);
     switch (opcode) {
     case effClose:
@@ -301,7 +312,10 @@ extern "C" __attribute__((visibility("default"))) Effect* VSTPluginMain(Dispatch
     const std::string name = ownName();
     if (name == "bad-null") return nullptr;
     if (name == "bad-throws-main") fail();
-    if (name == "bad-crashes") raise(SIGSEGV);
+    if (name == "bad-crashes") {
+        std::signal(SIGSEGV, SIG_DFL); // by the signal itself, whoever handles it
+        crash();
+    }
     if (name == "bad-aborts") std::abort();
     if (name == "bad-prints") std::puts("line\tafter\tline");
     while (name == "bad-hangs") sleep(1);

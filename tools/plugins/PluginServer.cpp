@@ -4,6 +4,7 @@
 #include "base/Futex.h"
 
 #include <chrono>
+#include <csignal>
 #include <sched.h>
 #include <thread>
 #include <utility>
@@ -12,11 +13,28 @@ namespace {
 
 constexpr int editorPauseMs = 30, usualPauseMs = 100;
 
-/// Marks the plug-in at which this process may die.
+Shared<int>* culprit = nullptr; ///< for `tellCulprit`, which nothing else can tell where it is
+thread_local int workingAt = 0;
+
+/// In a handler of the signals that this process dies of.
+void tellCulprit(int) {
+    *culprit = workingAt;
+}
+
+void watchSignals(Shared<int>& told) {
+    culprit = &told;
+    struct sigaction act {};
+    act.sa_handler = tellCulprit;
+    act.sa_flags = int(SA_RESETHAND); // it comes again, and ends the process
+    for (const int number : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
+        sigaction(number, &act, nullptr);
+}
+
+/// Marks the plug-in at which this thread works.
 class AtWork {
 public:
-    AtWork(Shared<int>& mark, int number) : word(mark) { word = number; }
-    ~AtWork() { word = 0; }
+    AtWork(Shared<int>& mark, int number) : word(mark) { word = workingAt = number; }
+    ~AtWork() { word = workingAt = 0; }
     AtWork(const AtWork&) = delete;
     AtWork& operator=(const AtWork&) = delete;
 
@@ -38,6 +56,7 @@ PluginServer::PluginServer(int socketFile, int roomFile) : socket(socketFile), r
 }
 
 void PluginServer::run() {
+    watchSignals(room->culprit);
     std::thread([this] { makeTrips(); }).detach();
     using Clock = std::chrono::steady_clock;
     using Ms = std::chrono::milliseconds;

@@ -72,8 +72,9 @@ void PluginHelper::end() {
     if (!gone()) kill(pid, SIGKILL);
 }
 
-void PluginHelper::endHanging() {
+void PluginHelper::endHanging(bool inTrip) {
     hung = true;
+    hungAt = inTrip ? room().inTrip : room().inCall;
     end();
 }
 
@@ -110,8 +111,7 @@ void PluginHelper::leave(int number) {
 }
 
 int PluginHelper::culprit() const {
-    const int inTrip = room().inTrip, inCall = room().inCall;
-    return hung || status != 0 ? (inTrip ? inTrip : inCall) : 0;
+    return hung ? hungAt : int(room().culprit);
 }
 
 /// The thread that works out trips gets the priority of the one that waits for them.
@@ -181,7 +181,7 @@ void PluginHelper::poll() {
     while (const auto message = socket.receive()) take(*message);
     const auto now = Clock::now();
     for (const auto& [turn, p] : pending)
-        if (now > p.until && !gone()) endHanging();
+        if (now > p.until && !gone() && !hung) endHanging(false);
     if (!gone() && !socket.closed()) return;
     end();
     for (auto all = std::exchange(pending, {}); auto& [turn, p] : all)

@@ -36,8 +36,8 @@ public:
     bool gone() const { return dead.loadAcquire(); }
     CStr why() const; ///< it is gone
     void end();       ///< at once
-    /// Ends it, as a plug-in does not come back.
-    void endHanging();
+    /// Ends it, as a plug-in does not come back, from a trip or a call.
+    void endHanging(bool inTrip);
     int process() const { return pid; }
 
     /// Takes in a plug-in: its number, from 1; 0 when there are too many.
@@ -76,6 +76,7 @@ private:
     const int pid;
     Shared<bool> dead{false}, scheduled{false};
     bool hung = false;
+    int hungAt = 0; ///< number of the plug-in
     int status = 0; ///< of its end
     unsigned turns = 0;
     std::map<unsigned, Pending> pending; ///< by turn

@@ -102,6 +102,7 @@ struct HelperRoom {
     Shared<int> spins{0};        ///< how often it looks before it goes to sleep
     Shared<int> policy{0};       ///< of its thread, as the system has them
     Shared<int> priority{0};
-    Shared<int> inTrip{0}; ///< number of the plug-in that is at work; 0 none
-    Shared<int> inCall{0}; ///< the same for what the interface asks
+    Shared<int> inTrip{0};  ///< number of the plug-in that is at work; 0 none
+    Shared<int> culprit{0}; ///< at which it has crashed
+    Shared<int> inCall{0};  ///< the same for what the interface asks
 };

@@ -88,7 +88,7 @@ HelperMessage RemotePlugin::loading() const {
 bool RemotePlugin::takeFacts(const HelperMessage* answer, CStr& why) {
     if (!answer) {
         why = helper->gone() ? helper->why() : CStr("It did not come back.");
-        if (!helper->gone()) helper->endHanging();
+        if (!helper->gone()) helper->endHanging(false);
         return false;
     }
     const size_t end = std::min(answer->bytes.find('\0'), answer->bytes.size());
@@ -160,7 +160,7 @@ CStr RemotePlugin::paramText(int index) {
 void RemotePlugin::setParam(int index, float share) {
     if (!isParam(index)) return;
     here().want(index, share);
-    stateOld = true;
+    noteMove(index);
 }
 
 float RemotePlugin::param(int index) {
@@ -181,6 +181,7 @@ int RemotePlugin::program() {
 
 void RemotePlugin::setProgram(int index) {
     callWhole(HelperCall::setProgram, index);
+    forgetMoves();
     stateOld = true;
 }
 
@@ -207,8 +208,28 @@ Plugin::Bytes RemotePlugin::chunk(bool whole) {
 bool RemotePlugin::setChunk(const Bytes& data, bool whole) {
     if (!callWhole(HelperCall::setChunk, whole, 0.0, {data.begin(), data.end()})) return false;
     chunks[whole] = data;
+    forgetMoves();
     stateOld = true;
     return true;
+}
+
+// What has moved since the state was taken is in none yet.
+
+void RemotePlugin::noteMove(int index) {
+    movedSince[index / PluginRoom::wordBits].fetchOr(1u << index % PluginRoom::wordBits);
+    stateOld = true;
+}
+
+void RemotePlugin::forgetMoves() {
+    for (Shared<unsigned>& word : movedSince) word = 0;
+}
+
+std::vector<std::pair<int, float>> RemotePlugin::movesSince() const {
+    std::vector<std::pair<int, float>> moves;
+    for (int i = 0; i < numParams(); i++)
+        if (movedSince[i / PluginRoom::wordBits].load() >> i % PluginRoom::wordBits & 1u)
+            moves.emplace_back(i, here().value(i));
+    return moves;
 }
 
 /// Takes the state while it works, so that it is there when it does not.
@@ -218,12 +239,17 @@ void RemotePlugin::keepState() {
     if (!hasChunks() || stateAsked || (!stateOld && !window) || now - keptAt < pause) return;
     stateAsked = true;
     stateOld = false;
-    helper->post(message(HelperCall::chunk, 1), mine([this, now](const HelperMessage* answer) {
-                     stateAsked = false;
-                     keptAt = Clock::now();
-                     keeping = keptAt - now;
-                     if (answer) chunks[1].assign(answer->bytes.begin(), answer->bytes.end());
-                 }));
+    const auto taken = [this, now, moves = movesSince()](const HelperMessage* answer) {
+        stateAsked = false;
+        keptAt = Clock::now();
+        keeping = keptAt - now;
+        if (answer)
+            chunks[1].assign(answer->bytes.begin(), answer->bytes.end());
+        else
+            for (const auto& [index, share] : moves) noteMove(index);
+    };
+    forgetMoves();
+    helper->post(message(HelperCall::chunk, 1), mine(taken));
 }
 
 template <class F>
@@ -371,6 +397,7 @@ void RemotePlugin::serve(const PluginRoom::Event& event) {
     stateOld = true;
     switch (event.kind) {
     case Event::moved:
+        if (isParam(event.index)) noteMove(event.index);
         return host.parameterMoved(event.index, value);
     case Event::drifted:
         return host.parameterDrifted(event.index, value);
@@ -393,7 +420,8 @@ void RemotePlugin::serve(const PluginRoom::Event& event) {
 void RemotePlugin::watchHelper() {
     if (phase == Phase::lost || !helper) return;
     const int64_t late = lateSince;
-    if (late != 0 && !answered() && steadyNs() - late > hangsAfterNs) helper->endHanging();
+    if (phase == Phase::good && late != 0 && !answered() && steadyNs() - late > hangsAfterNs)
+        helper->endHanging(true);
     if (!helper->gone()) {
         if (answerLoaded) comeBack();
         return;
@@ -436,12 +464,14 @@ void RemotePlugin::beginAnew() {
 
 void RemotePlugin::comeBack() {
     answerLoaded = false;
+    const auto moves = movesSince();
     host.pluginReturns();
     host.betweenBlocks([this] { takeRoom(); });
     phase = Phase::good;
     fault = "";
     stateAsked = false;
     host.pluginReturned();
+    for (const auto& [index, share] : moves) setParam(index, share);
     if (window) helper->post(message(HelperCall::openEditor, 0, double(window)));
     serving = true;
 }

@@ -4,6 +4,8 @@
 #include "plugins/remote/PluginHelper.h"
 
 #include <memory>
+#include <utility>
+#include <vector>
 
 class PluginProcesses;
 
@@ -102,6 +104,9 @@ private:
     void beginAnew();
     void comeBack();
     void keepState();
+    void noteMove(int index);
+    void forgetMoves();
+    std::vector<std::pair<int, float>> movesSince() const;
     void countHours();
     /// An answer that comes only while this lives.
     template <class F>
@@ -129,6 +134,8 @@ private:
     std::string currentName;
     Bytes chunks[2]; ///< of the current program, of all
     Shared<bool> stateOld{false};
+    /// A bit for each parameter that has moved since the state was taken.
+    Shared<unsigned> movedSince[PluginRoom::mostParams / PluginRoom::wordBits + 1];
     bool stateAsked = false;
     Clock::time_point keptAt{};
     Clock::duration keeping{}; ///< how long that took

@@ -3,7 +3,9 @@
 #include "base/Messages.h"
 #include "plugins/PluginHooks.h"
 
+#include <array>
 #include <clocale>
+#include <csignal>
 #include <string>
 #include <xmmintrin.h>
 
@@ -19,8 +21,27 @@ private:
     const unsigned mode;
 };
 
-/// The same for calls that open something, which may also change how numbers are written, and
-/// who gets the errors of the display. Not while rendering.
+/// Around calls in which a plug-in may come to handle signals, which are the program's own: they
+/// are afterwards handled as before.
+class KeepSignals {
+public:
+    KeepSignals() {
+        for (int i = 1; i <= last; i++) sigaction(i, nullptr, &before[size_t(i)]);
+    }
+    ~KeepSignals() {
+        for (int i = 1; i <= last; i++)
+            if (i != SIGKILL && i != SIGSTOP) sigaction(i, &before[size_t(i)], nullptr);
+    }
+    KeepSignals(const KeepSignals&) = delete;
+    KeepSignals& operator=(const KeepSignals&) = delete;
+
+private:
+    static constexpr int last = 31; ///< those that are not of real time
+    std::array<struct sigaction, last + 1> before{};
+};
+
+/// As `ForeignCall` for calls that open something, which may also change how numbers are written,
+/// and who gets the errors of the display. Not while rendering.
 class ForeignOpening : public ForeignCall {
 public:
     ForeignOpening() : locale(std::setlocale(LC_ALL, nullptr)) {}

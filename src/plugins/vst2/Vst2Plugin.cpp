@@ -60,6 +60,7 @@ struct Vst2Plugin::EventRoom {
 
 std::unique_ptr<Vst2Plugin> Vst2Plugin::load(const CStr& path, PluginHost& host, CStr& why) {
     const ForeignOpening foreign;
+    const KeepSignals signals;
     // It is never unloaded: a thread that it has started would go on in nothing.
     void* library = dlopen(path.asChar(), RTLD_LAZY | RTLD_LOCAL | RTLD_NODELETE);
     if (!library) {
@@ -86,10 +87,12 @@ Vst2Plugin::Vst2Plugin(Effect* made, PluginHost& answers)
     : effect(made), host(answers), folder(answers.libraryFolder()),
       events(std::make_unique<EventRoom>()) {
     effect->resvd1 = reinterpret_cast<intptr_t>(this);
+    const KeepSignals signals;
     call(effOpen);
 }
 
 Vst2Plugin::~Vst2Plugin() {
+    const KeepSignals signals;
     call(effClose);
 }
 
@@ -233,6 +236,7 @@ void Vst2Plugin::idle() {
 // The editor.
 
 CPoint Vst2Plugin::openEditor(unsigned long window) {
+    const KeepSignals signals;
     call(effEditOpen, 0, 0, reinterpret_cast<void*>(window));
     Rect* rect = nullptr;
     call(effEditGetRect, 0, 0, &rect);
@@ -240,6 +244,7 @@ CPoint Vst2Plugin::openEditor(unsigned long window) {
 }
 
 void Vst2Plugin::closeEditor() {
+    const KeepSignals signals;
     call(effEditClose);
 }
 
