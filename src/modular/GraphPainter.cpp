@@ -246,7 +246,8 @@ void GraphPainter::paintTags(CGraphic* g, unsigned char tags, CPoint end) const 
         unsigned char bit;
         const char* letter;
         int colour;
-    } all[] = {{tagHeard, "L", palette.accent},
+    } all[] = {{tagFailed, "!", palette.record},
+               {tagHeard, "L", palette.accent},
                {tagSolo, "S", palette.solo},
                {tagMuted, "M", palette.mute}};
     const TextScope small(g, {TextSize::small, true});
@@ -270,6 +271,9 @@ void GraphPainter::paintBox(CGraphic* g, int index) const {
     drawGuiItem(g, area, &look);
     if (!shown.litBoxes.empty() && shown.litBoxes[size_t(index)] && !chosen)
         g->frameRound(palette.accent, area);
+    const auto at = size_t(index);
+    const unsigned char tags = at < shown.boxTags.size() ? shown.boxTags[at] : 0;
+    if (tags & tagFailed) g->frameRound(palette.record, area);
     if (shown.focus == box.comp) g->frameRound(palette.accent, sizeRect(area, -2, -2, 2, 2));
     const double side = glyphSide * shown.zoom;
     const int left = asRound(area.left + glyphInset * shown.zoom);
@@ -279,10 +283,8 @@ void GraphPainter::paintBox(CGraphic* g, int index) const {
                   ink);
     if (shown.zoom >= leastForNames) paintNames(g, box, area);
     paintPorts(g, box);
-    const auto at = size_t(index);
     if (shown.zoom < leastForNames) return;
-    if (at < shown.boxTags.size())
-        paintTags(g, shown.boxTags[at], asPoint(area.right - tagGap, area.top - tagHigh / 2));
+    paintTags(g, tags, asPoint(area.right - tagGap, area.top - tagHigh / 2));
     paintFigure(g, box);
 }
 

@@ -10,7 +10,7 @@ class PixelPaper;
 struct CPalette;
 
 /// What is told of a cable or box by a letter.
-enum GraphTag : unsigned char { tagMuted = 1, tagSolo = 2, tagHeard = 4 };
+enum GraphTag : unsigned char { tagMuted = 1, tagSolo = 2, tagHeard = 4, tagFailed = 8 };
 
 /// What is shown of a graph beside its places. Lists are by the indexes of the model.
 struct GraphShown {

@@ -16,6 +16,7 @@
 #include "modular/GraphEdits.h"
 #include "modular/GraphNames.h"
 #include "modular/GraphPaths.h"
+#include "plugins/CVST.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
 
@@ -55,10 +56,17 @@ float levelOf(const GraphModel::Cable& cable) {
     return std::ceil(std::clamp(level, 0.0f, 1.0f) * levelSteps - 0.1f) / levelSteps;
 }
 
-/// The strip of a box with a single one, and what is listened to there.
+bool isFailedPlugin(const CComp* comp) {
+    return comp->type == compVST && static_cast<const CVST*>(comp)->failed();
+}
+
+/// Of a plug-in that has failed, also in a strip, the strip of a box with a single one, and what is
+/// listened to there.
 template <class F>
 unsigned char boxTags(const GraphModel& model, const GraphModel::Box& box, F&& heard) {
-    int tags = heard(box.comp);
+    int tags = heard(box.comp) | (isFailedPlugin(box.comp) ? tagFailed : 0);
+    box.comp->eachInsert(
+        [&](const CComp* insert) { tags |= isFailedPlugin(insert) ? tagFailed : 0; });
     for (int i = box.firstPort; i < box.firstPort + box.portCount; i++)
         tags |= heard(model.ports[size_t(i)].io);
     if (box.comp->outputs.getCount() == 1) {

@@ -89,6 +89,13 @@ bool CVST::locate(const CStr& path) {
     return true;
 }
 
+bool CVST::reload() {
+    CStr why;
+    std::unique_ptr<Plugin> made = pluginHooks()->load(fileName, asHost(), why);
+    if (made) replace(std::move(made));
+    return opened() && why.empty();
+}
+
 void CVST::clear() {
     PluginComp::clear();
     bank = {};

@@ -23,6 +23,10 @@ public:
     /// it. In the graph.
     bool locate(const CStr& path);
 
+    /// Loads it anew, where it is to run now, with its state. False, and it stays as it is, where
+    /// that fails.
+    bool reload();
+
     void clear() override;
     void idle() override;
     void perform(CUndoItem* item, int op) override;

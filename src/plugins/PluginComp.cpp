@@ -70,6 +70,17 @@ void PluginComp::take(std::unique_ptr<Plugin> made) {
     makeBuffers();
 }
 
+void PluginComp::replace(std::unique_ptr<Plugin> made) {
+    closeEditor();
+    keepState();
+    {
+        const PluginHold hold(claim);
+        plugin.swap(made);
+    }
+    faults = 0;
+    pluginReturned();
+}
+
 void PluginComp::clear() {
     closeEditor();
     const PluginHold hold(claim);

@@ -79,6 +79,8 @@ public:
 protected:
     /// Makes the plug-in ready for the graph, running as `enabled` says.
     void take(std::unique_ptr<Plugin> made);
+    /// Puts another one of the same in its place, and gives it what that has.
+    void replace(std::unique_ptr<Plugin> made);
     PluginHost& asHost() { return *this; }
     /// The plug-in is loaded, and does not run yet.
     virtual void readPrograms(Plugin&) {}

@@ -4,6 +4,7 @@
 #include "base/Paths.h"
 #include "gui/CApp.h"
 #include "gui/controls/CButton.h"
+#include "gui/controls/CDropdown.h"
 #include "gui/controls/CListbox.h"
 #include "gui/controls/CTabs.h"
 #include "setup/CSetupWin.h"
@@ -14,7 +15,8 @@
 
 namespace {
 
-constexpr int belowList = 2 * (SetupPage::fieldHeight + SetupPage::gap) + SetupPage::margin;
+constexpr int belowList = 3 * (SetupPage::fieldHeight + SetupPage::gap) + SetupPage::margin;
+constexpr int groupsWidth = 200;
 
 CStr lineOf(const PluginList::Entry& entry) {
     if (!entry.good()) return extractFileName(entry.path) + ": " + entry.why;
@@ -35,6 +37,13 @@ PluginPage::PluginPage(CSetupWin* window, CRect place)
     : SetupPage(window, place), shelf(window->workspace.pluginShelf()) {
     addHeading("Plug-ins");
     count = addField("", new CLabel(win, "", 0, 0, width - 2 * margin, fieldHeight));
+    groups = addField("Processes", new CDropdown(win, "processes", 0, 0, groupsWidth, fieldHeight));
+    for (const char* choice : {"One for each maker", "One for each format", "One for each plug-in"})
+        groups->add(choice);
+    groups->setIndex(int(shelf.processes->groups()));
+    groups->spokenName = "Processes of plug-ins";
+    wire(groups->onChange, new _COnChange<PluginPage>(this, &PluginPage::groupsChosen));
+    addNote("Of those not trusted, from the next one on");
     list = new CListbox(win, "plugins", margin, nextTop, width - 2 * margin,
                         height - nextTop - belowList);
     list->spokenName = "Plug-ins";
@@ -46,6 +55,11 @@ PluginPage::PluginPage(CSetupWin* window, CRect place)
     count->id = "count";
     about->id = "about";
     about->textCol = win->app->gui->palette.dimText;
+    trusted = addField("", new CCheckbox(win, "trusted", "Trusted: runs in the program", 0, 0,
+                                         width - 2 * margin, fieldHeight));
+    trusted->hint =
+        "A crash of it takes the program along; from the next time on that it is loaded";
+    wire(trusted->onChange, new _COnChange<PluginPage>(this, &PluginPage::trustClicked));
     CButton* look =
         newButton("Look for new ones", new _COnChange<PluginPage>(this, &PluginPage::newClicked));
     look->hint = "Looks at the files of the folders that are new or changed";
@@ -58,8 +72,8 @@ PluginPage::PluginPage(CSetupWin* window, CRect place)
     addField("", look);
     for (CButton* b : {again, all, stop}) addBeside(b);
     for (CCtrl* low :
-         {static_cast<CCtrl*>(about), static_cast<CCtrl*>(look), static_cast<CCtrl*>(again),
-          static_cast<CCtrl*>(all), static_cast<CCtrl*>(stop)})
+         {static_cast<CCtrl*>(about), static_cast<CCtrl*>(trusted), static_cast<CCtrl*>(look),
+          static_cast<CCtrl*>(again), static_cast<CCtrl*>(all), static_cast<CCtrl*>(stop)})
         low->setAlign(alignBottom, 0, height - low->top - low->height);
     shelf.onChange = [this] { fill(); };
     fill();
@@ -109,6 +123,17 @@ void PluginPage::rowChosen(CObject*) {
     const PluginList::Entry* entry = shelf.list.find(chosen());
     again->setEnabled(entry != nullptr);
     about->setText(entry ? factsOf(*entry) : CStr());
+    trusted->setEnabled(entry && entry->good());
+    trusted->checked = entry && shelf.processes->trust.trusted(entry->path);
+    trusted->redraw();
+}
+
+void PluginPage::trustClicked(CObject*) {
+    shelf.processes->trust.set(chosen(), trusted->checked);
+}
+
+void PluginPage::groupsChosen(CObject*) {
+    shelf.processes->setGroups(PluginGroups(groups->index));
 }
 
 void PluginPage::newClicked(CObject*) {

@@ -5,6 +5,8 @@
 
 #include <vector>
 
+class CCheckbox;
+class CDropdown;
 class CListbox;
 class PluginShelf;
 
@@ -21,6 +23,8 @@ private:
     void tellCount();
     CStr chosen() const; ///< the path of the line; empty without one
     void rowChosen(CObject*);
+    void trustClicked(CObject*);
+    void groupsChosen(CObject*);
     void newClicked(CObject*);
     void againClicked(CObject*);
     void allClicked(CObject*);
@@ -30,5 +34,7 @@ private:
     CListbox* list;
     CLabel *count, *about;
     CButton *again, *stop;
+    CCheckbox* trusted;
+    CDropdown* groups;
     std::vector<CStr> paths; ///< of the lines
 };

@@ -2,16 +2,19 @@
 
 #include "effects/Inserts.h"
 #include "gui/controls/CButton.h"
+#include "gui/controls/CForeign.h"
 #include "gui/controls/CPopup.h"
 #include "panels/plugins/CVSTWin.h"
 #include "plugins/CVST.h"
 #include "plugins/MadePlugin.h"
+#include "plugins/remote/RemotePlugin.h"
 #include "shell/Pages.h"
 #include "shell/Rooms.h"
 #include "support/Places.h"
 #include "ui/PluginMenu.h"
 #include "ui/PluginShelf.h"
 
+#include <csignal>
 #include <dlfcn.h>
 #include <filesystem>
 #include <fstream>
@@ -159,6 +162,49 @@ TEST_F(PluginWinTest, ShowsTheWindowOfAPlugin) {
     page = nullptr;
     stop();
     EXPECT_EQ(seen("drawn"), nullptr) << "closed with its project";
+}
+
+/// Of one in a process of its own: its window lies in ours, it is told when the process ends, comes
+/// back once with its window, then by a click; and it goes into the program when the user says so.
+TEST_F(PluginWinTest, RestartsWhatHasFailed) {
+    start();
+    CVST* c = open("drawn", false);
+    const auto guest = [&] {
+        auto* place = static_cast<CForeign*>(find(page->clientGroup, "plug-in"));
+        return place ? place->guest() : 0;
+    };
+    const auto process = [c] { return static_cast<RemotePlugin*>(c->loaded())->helperProcess(); };
+    ASSERT_TRUE(pumpUntil([&] { return find(page->clientGroup, "plug-in")->width == 300; }));
+    click("list");
+    mouseTo("parameter 0", find(page->clientGroup, "parameter 0")->width / 2, 8);
+    act({"mousedown", "1"});
+    mouseTo("parameter 0", find(page->clientGroup, "parameter 0")->width / 2 + 40, 8);
+    act({"mouseup", "1"});
+    const float set = c->param(0);
+    EXPECT_GT(set, 0.5f);
+    click("list");
+    for (int ends = 0; ends < 2; ends++) {
+        ASSERT_TRUE(pumpUntil([&] { return guest() != 0; }));
+        const int before = process();
+        kill(before, SIGKILL);
+        ASSERT_TRUE(ends == 1 || pumpUntil([&] { return process() != before && !c->failed(); }));
+    }
+    ASSERT_TRUE(pumpUntil([&] { return c->failed(); }));
+    ASSERT_TRUE(pumpUntil([&] { return find(page->clientGroup, "again") != nullptr; }));
+    EXPECT_EQ(page->id, "drawn (Audio Out): It crashed (Killed).");
+    click("again");
+    ASSERT_TRUE(pumpUntil([&] { return guest() != 0; }));
+    EXPECT_EQ(c->param(0), set);
+    EXPECT_TRUE(pumpUntil([&] { return find(page->clientGroup, "again") == nullptr; }));
+    page->setFocus(true);
+    page->setKeyCtrl(find(page->clientGroup, "more"));
+    ASSERT_TRUE(pumpUntil([this] { return page->hasFocus(); }));
+    inMenu({"Down", "Return"});
+    key("Return");
+    ASSERT_TRUE(pumpUntil([&] { return !c->loaded()->isolated(); }));
+    EXPECT_TRUE(win->rooms->plugins.processes->trust.trusted(c->fileName));
+    EXPECT_EQ(c->param(0), set);
+    EXPECT_NE(seen("drawn")->editor, nullptr);
 }
 
 /// From the menu of an insert, by keys alone; what is chosen comes first the next time.

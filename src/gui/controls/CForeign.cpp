@@ -109,6 +109,10 @@ void CForeign::adopt(unsigned long window) {
 void CForeign::lost() {
     inner = 0;
     taken = false;
+    if (Display* display = liveDisplay(); display && frame) { // else its picture would stay
+        XSetWindowBackground(display, frame, unsigned(win->app->gui->palette.window));
+        XClearWindow(display, frame);
+    }
     redraw();
     if (onChange) (*onChange)(this);
 }

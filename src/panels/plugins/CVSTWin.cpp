@@ -15,6 +15,7 @@
 #include "panels/plugins/ParamList.h"
 #include "plugins/CVST.h"
 #include "ui/Commands.h"
+#include "ui/PluginShelf.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
 
@@ -23,7 +24,8 @@
 namespace {
 
 constexpr int gap = 8, high = 24, barTop = (ProgramBar::usualHeight - high) / 2;
-constexpr int powerWidth = 40, channelWidth = 64, listWidth = 88, keysWidth = 64;
+constexpr int powerWidth = 40, channelWidth = 64, listWidth = 88, keysWidth = 64, moreWidth = 24;
+enum : int { inProgram, inHelper, loadAgain }; ///< entries of the menu
 constexpr int leastWidth = 640, leastHeight = 160;
 constexpr int midiChannels = 16;
 constexpr int windowStyle = winCaption | winSizable | winMaxButton | winDockable;
@@ -32,6 +34,7 @@ const CRect usualPlace = asRect(120, 120, 120 + leastWidth, 120 + 420);
 CStr titleOf(const CVST& plugin) {
     const COutputChannel* ch = plugin.ownerChannel;
     const CStr name = ch && ch->comp ? plugin.id + " (" + ch->comp->id + ")" : plugin.id;
+    if (plugin.failed()) return name + ": " + plugin.loaded()->whyFailed();
     const unsigned faults = plugin.faults;
     return faults == 0 ? name : name + ", " + asStr(faults) + (faults == 1 ? " fault" : " faults");
 }
@@ -62,6 +65,9 @@ CVSTWin::CVSTWin(Workspace& space, CVST& of)
                      keysWidth, &CVSTWin::keysClicked);
     locate = addButton("locate", "Locate...", "Its file was not found: choose it", listWidth,
                        &CVSTWin::locateClicked);
+    again = addButton("again", "Restart", "Loads it anew, as it was", listWidth,
+                      &CVSTWin::restartClicked);
+    more = addButton("more", "...", "Where it runs", moreWidth, &CVSTWin::moreClicked);
     layBar();
 }
 
@@ -87,10 +93,13 @@ CButton* CVSTWin::addButton(const char* name, const CStr& text, const char* help
 void CVSTWin::layBar() {
     const bool there = plugin.opened();
     power->visible = channel->visible = there;
-    list->visible = keys->visible = there && plugin.hasEditor();
+    failed = plugin.failed();
+    list->visible = keys->visible = there && plugin.hasEditor() && !failed;
     locate->visible = !there;
+    again->visible = failed;
+    more->visible = there;
     int x = ProgramBar::contentWidth + gap;
-    for (CButton* b : {power, channel, list, keys, locate}) {
+    for (CButton* b : {power, channel, list, keys, locate, again, more}) {
         if (!b->visible) continue;
         b->setBounds(x, barTop, b->width, high);
         x += b->width + gap;
@@ -160,6 +169,7 @@ void CVSTWin::idle() {
         channel->spokenName = "MIDI channel, " + heard;
     }
     list->setLit(listed);
+    if (failed != plugin.failed()) layBar();
     if (const CStr title = titleOf(plugin); !(title == id)) setCaption(title);
     if (editor) editor->refresh();
     if (params) params->refresh();
@@ -222,6 +232,41 @@ void CVSTWin::listClicked(CObject*) {
 void CVSTWin::keysClicked(CObject*) {
     keys->setLit(!keys->lit);
     if (editor) editor->keysToPlugin = keys->lit;
+}
+
+// Where it runs.
+
+void CVSTWin::restartClicked(CObject*) {
+    plugin.loaded()->restart();
+    idle();
+}
+
+void CVSTWin::moreClicked(CObject*) {
+    auto* popup = new CPopup(app, this);
+    popup->autoDelete = true;
+    const auto add = [&](int place, const CStr& text, bool checked) {
+        CMenuItem* item = popup->add(text, new _COnChange<CVSTWin>(this, &CVSTWin::placeChosen));
+        item->tag = place;
+        item->checked = checked;
+    };
+    const bool apart = plugin.loaded()->isolated();
+    add(inHelper, "In a process of its own", apart);
+    add(inProgram, "In the program: trusted", !apart);
+    popup->addSeparator();
+    add(loadAgain, "Load anew", false);
+    popup->popupBelow(more);
+}
+
+/// The user's word holds for the plug-in wherever it is loaded from now on.
+void CVSTWin::placeChosen(CObject* sender) {
+    const int place = static_cast<CMenuItem*>(static_cast<CCtrl*>(sender))->tag;
+    if (place != loadAgain)
+        workspace.pluginShelf().processes->trust.set(plugin.fileName, place == inProgram);
+    empty();
+    plugin.reload();
+    layBar();
+    fill();
+    idle();
 }
 
 void CVSTWin::locateClicked(CObject*) {

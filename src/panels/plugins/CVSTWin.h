@@ -40,12 +40,16 @@ private:
     void listClicked(CObject*);
     void keysClicked(CObject*);
     void locateClicked(CObject*);
+    void restartClicked(CObject*);
+    void moreClicked(CObject*);
+    void placeChosen(CObject* sender);
 
     Workspace& workspace;
     CVST& plugin;
     ProgramBar* programs;
-    CButton *power, *channel, *list, *keys, *locate;
+    CButton *power, *channel, *list, *keys, *locate, *again, *more;
     EditorFrame* editor = nullptr; ///< among the controls, as the next: one of them, while shown
     ParamList* params = nullptr;
-    bool listed; ///< the user wants the parameters
+    bool listed;         ///< the user wants the parameters
+    bool failed = false; ///< as the bar shows it
 };

@@ -99,9 +99,12 @@ bool getPrograms(Words& words, const Plugin& plugin, int count, ProgramBank& ban
     return true;
 }
 
+/// What it has already is not told again: some that are told the very value that they show sound
+/// another way from then on.
 void tell(Plugin& plugin, const ProgramBank::Program& program) {
     plugin.renameProgram(program.name);
-    for (size_t i = 0; i < program.values.size(); i++) plugin.setParam(int(i), program.values[i]);
+    for (size_t i = 0; i < program.values.size(); i++)
+        if (plugin.param(int(i)) != program.values[i]) plugin.setParam(int(i), program.values[i]);
 }
 
 BankResult tellChunk(Plugin& plugin, const Plugin::Bytes& bytes, bool whole) {
