@@ -105,6 +105,8 @@ public:
     // Whoever renders.
     /// For the coming `process`, in order of time: frames from its start.
     virtual void addMidi(int frame, int data) = 0;
+    /// Begins what the coming `process` of the same does, where that is done elsewhere.
+    virtual void begin(float** /*in*/, int /*frames*/) {}
     /// The outputs are cleared before. False where it threw.
     virtual bool process(float** in, float** out, int frames) = 0;
 

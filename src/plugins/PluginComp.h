@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/CComp.h"
+#include "engine/plan/AheadWork.h"
 #include "plugins/PinBuffers.h"
 #include "plugins/Plugin.h"
 #include "plugins/PluginClaim.h"
@@ -17,7 +18,7 @@ struct Setting;
 ///
 /// The interface thread calls the plug-in when it pleases, but for calls that must not meet a
 /// block: these take the claim, and blocks meanwhile do without the plug-in.
-class PluginComp : public CComp, private PluginHost {
+class PluginComp : public CComp, public AheadWork, private PluginHost {
 public:
     Stored<int> mch{-1};         ///< MIDI channel that is heard, -1 all
     Shared<int> pendingProg{-1}; ///< program that the next `idle` sets, -1 none
@@ -42,6 +43,7 @@ public:
     void setRate(double rate) override;
     void clear() override; ///< closes the plug-in
     void process(int frames) override;
+    void beginAhead(int frames) override;
     /// On the interface thread the plug-in is told at once, else with the next `idle`.
     void enable(ToStore<int> on) override;
     void sleep(int on) override;
@@ -130,7 +132,9 @@ private:
     void serveRequests();
     void followLatency();
     void rebuildChannels();
-    double blockStart(CComp* source, int frames) const;
+    void takeIn(int frames);
+    void takePiece(int frames, int offset);
+    double blockStart(int frames) const;
     bool wakesUp();
     void doze(int frames);
     void foldInputs(int frames) const;
@@ -150,6 +154,8 @@ private:
     Shared<bool> renewed{false};    ///< it comes back to the graph, and begins afresh
     Shared<bool> quiet{false};      ///< the host itself moves parameters
     Shared<bool> rendering{false};  ///< the thread that has the graph is inside the plug-in
+    bool takenIn = false;           ///< of this block, ahead of `process`; graph holder
+    bool begun = false;             ///< the plug-in is at work on it; graph holder
     bool mine = false;              ///< the claim, in this block; graph holder
     int pieceStart = 0;             ///< of the piece that is rendered; graph holder
     Shared<double> startTicks{0.0}; ///< of the block, in the song

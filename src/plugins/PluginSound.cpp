@@ -4,6 +4,7 @@
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
 #include "engine/StripEvents.h"
+#include "engine/plan/GraphPlan.h"
 #include "plugins/PluginComp.h"
 
 #include <algorithm>
@@ -35,27 +36,48 @@ double powerOf(const CList& channels, int frames) {
 void PluginComp::process(int frames) {
     const ProcessGuard guard(this);
     if (!guard.enter) return;
-    mergeMIDI(frames);
+    if (!takenIn) takeIn(frames);
+    takenIn = false;
     if (playsFrozen(this)) {
         fxDone = true; // the file holds the strips
         return;
     }
-    mergeAudio(frames);
-    mine = claim.tryRender();
-    CComp* song = sourceSeq ? sourceSeq.load() : host->masterSeq.load();
-    startTicks = blockStart(song, frames);
     const bool effect = listKind == listSends || listKind == listInsert;
-    const bool folds = effect || listKind == listComps;
-    if (folds) foldInputs(frames);
     if (effect && !wakesUp()) {
         passThrough(frames, 0);
     } else {
         renderPieces(frames);
-        if (folds) spreadOutputs(frames);
+        if (effect || listKind == listComps) spreadOutputs(frames);
         if (effect) doze(frames);
     }
     if (mine) claim.leave();
     mine = false;
+}
+
+/// All that arrives in a block, up to where the plug-in takes over.
+void PluginComp::takeIn(int frames) {
+    mergeMIDI(frames);
+    if (playsFrozen(this)) return;
+    mergeAudio(frames);
+    mine = claim.tryRender();
+    startTicks = blockStart(frames);
+    if (listKind != listNone) foldInputs(frames);
+}
+
+/// Only whole blocks: where parameters cut one, its pieces follow each other.
+void PluginComp::beginAhead(int frames) {
+    if (processed || busy || !plugin || !plugin->isolated() || listKind != listComps) return;
+    takeIn(frames);
+    takenIn = true;
+    bool whole = enabled && mine && running;
+    eachOwnEvent(
+        this, inPort(), frames, [](int, int) {}, [&whole](const CMIDIBytes*) { whole = false; });
+    if (!whole) return;
+    takePiece(frames, 0);
+    rendering = true;
+    plugin->begin(pins.in(), frames);
+    rendering = false;
+    begun = true;
 }
 
 /// A channel of one pin hears both sides of what is cabled to it.
@@ -97,18 +119,24 @@ void PluginComp::renderPieces(int frames) {
 }
 
 void PluginComp::subProcess(int frames, int offset) {
-    if (enabled && mine && plugin && running && runPlugin(frames, offset)) return;
+    const bool runs = begun || (enabled && mine && plugin && running);
+    if (runs && runPlugin(frames, offset)) return;
     if (!enabled || !isInstrument()) passThrough(frames, offset);
 }
 
-/// False where nothing of its output can be used.
-bool PluginComp::runPlugin(int frames, int offset) {
+void PluginComp::takePiece(int frames, int offset) {
     pieceStart = offset;
     for (auto* port : each<CMIDIQ>(outPorts))
         if (offset == 0) port->clear();
     pins.take(inputs, frames, offset);
     pins.clearOutputs(frames);
     addNotes(frames, offset);
+}
+
+/// False where nothing of its output can be used.
+bool PluginComp::runPlugin(int frames, int offset) {
+    if (!begun) takePiece(frames, offset);
+    begun = false;
     rendering = true;
     const bool whole = plugin->process(pins.in(), pins.out(), frames);
     rendering = false;
@@ -149,9 +177,11 @@ void PluginComp::doMapping(const CMIDIBytes* event) {
 
 // Where the song is.
 
-/// Ticks at the start of the block, also where the sequencer has been through it already.
-double PluginComp::blockStart(CComp* song, int frames) const {
-    if (!song) return host->pos;
+/// Ticks of the first frame that it works on: what comes late from others is earlier in the song.
+/// Another sequencer than the song's may have been through the block already.
+double PluginComp::blockStart(int frames) const {
+    CComp* song = sourceSeq;
+    if (!song || song == host->masterSeq) return std::max(host->plans->timeOf(this).ticks, 0.0);
     const double at = song->getPos();
     if (!host->playing || !song->processed) return at;
     const double before = at - host->framesToTicks(frames);

@@ -299,6 +299,24 @@ TEST(CVST, LatencyIsMadeUpFor) {
     EXPECT_EQ(at - f.left.begin(), 480);
 }
 
+/// What comes late from another plug-in was earlier in the song.
+TEST(CVST, KnowsWhereLateSoundWas) {
+    PluginFixture f(480);
+    CVST *late = f.insert("late480"), *next = f.plug("gain");
+    {
+        const GraphHold hold(f.host);
+        f.signal->output()->inserts.add(next);
+        f.host->hostNotices.raise(HostNotice::delays);
+    }
+    EXPECT_EQ(late->getDelay(), 480);
+    MadePlugin *first = f.seen("late480"), *second = f.seen("gain");
+    first->timeMask = second->timeMask = ppqPosValid;
+    f.host->start();
+    for (int i = 0; i < 4; i++) f.block(480);
+    EXPECT_GT(second->time.ppqPos, 0.0);
+    EXPECT_NEAR(first->time.ppqPos - second->time.ppqPos, f.host->framesToTicks(480) / 960.0, 1e-9);
+}
+
 /// Positions are those of the block's start, though the song has been moved on already, also in its
 /// second piece and where the block ends behind the end of the loop.
 TEST(CVST, KnowsWhereTheSongIs) {
@@ -329,7 +347,7 @@ TEST(CVST, KnowsWhereTheSongIs) {
     EXPECT_EQ(p->time.samplePos, 2 * 882.0);
     EXPECT_EQ(p->time.flags, ppqPosValid | tempoValid | barsValid | timeSigValid | cycleActive |
                                  cyclePosValid | transportPlaying);
-    song->at = 10.0 - blockTicks; // it will have come round the loop within the block
+    song->at = 9610.0 - blockTicks; // it comes to the end of the loop within the block
     f.block(882);
     EXPECT_NEAR(p->time.ppqPos, (9610.0 - blockTicks) / 960.0, 1e-9);
     p->timeMask = barsValid;

@@ -112,6 +112,15 @@ void badEnd(MadePlugin& p) {
     if (bad(p, "oversleeps")) std::this_thread::sleep_for(std::chrono::milliseconds(20));
 }
 
+void delay(MadePlugin& p, float** in, float** out, int frames) {
+    for (int pin = 0; pin < 2; pin++) {
+        std::vector<float>& line = p.line[pin];
+        line.insert(line.end(), in[pin], in[pin] + frames);
+        std::copy_n(line.begin(), frames, out[pin]);
+        line.erase(line.begin(), line.begin() + frames);
+    }
+}
+
 void badSound(MadePlugin& p, float** in, float** out, int frames) {
     badEnd(p);
     if (bad(p, "throws-process")) fail();
@@ -136,6 +145,7 @@ void process(Effect* effect, float** in, float** out, int32_t frames, bool adds)
     gain(p, in, out, frames, adds);
     if (is(p, "synth"))
         for (int pin = 0; pin < 2; pin++) std::fill_n(out[pin], frames, p.level);
+    if (is(p, "late")) delay(p, in, out, frames);
     badSound(p, in, out, frames);
 }
 
@@ -259,6 +269,7 @@ intptr_t dispatch(Effect* effect, int32_t opcode, int32_t index, intptr_t value,
         return tellText(p, opcode, index, data);
     case effMainsChanged:
         p.running = value != 0;
+        for (std::vector<float>& line : p.line) line.assign(size_t(effect->initialDelay), 0.0f);
         return 1;
     case effGetChunk:
         *static_cast<void**>(data) = p.values;
@@ -333,6 +344,7 @@ extern "C" __attribute__((visibility("default"))) Effect* VSTPluginMain(Dispatch
     e.numParams = MadePlugin::params;
     e.numInputs = is(*p, "synth") ? 0 : 2;
     e.numOutputs = 2;
+    if (is(*p, "late")) std::sscanf(p->kind, "late%d", &e.initialDelay);
     if (is(*p, "pins")) std::sscanf(p->kind, "pins%d_%d", &e.numInputs, &e.numOutputs);
     e.flags = is(*p, "gain-adds") ? 0 : canReplace;
     if (is(*p, "synth")) e.flags |= isSynth | programChunks;

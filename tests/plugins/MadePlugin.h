@@ -4,16 +4,17 @@
 #include "plugins/vst2/Vst2Abi.h"
 
 #include <memory>
+#include <vector>
 
 /// What a plug-in made for the tests has seen and is to do; each instance has one, and the
 /// library's `latestMade` gives that of the last. How it behaves else is told by the name of its
 /// file, so that copies of the one library are different plug-ins:
 ///
 ///     gain*      2 in, 2 out: times parameter 0, which is twice its share; 3 programs, no chunk
-///     drawn      a gain with a window of its own
-///     synth*     2 out: the velocity of the note that is held; chunks; answers each note an octave
-///     up pinsI_O    I in, O out; pins 2 and 3 belong together bad-X      a gain that does X: see
-///     MadePlugin.cpp
+///     lateN      2 in, 2 out: delays by N frames, and says so drawn      a gain with a window of
+///     its own synth*     2 out: the velocity of the note that is held; chunks; answers each note
+///     an octave up pinsI_O    I in, O out; pins 2 and 3 belong together bad-X      a gain that
+///     does X: see MadePlugin.cpp
 struct MadePlugin {
     static constexpr int most = 256, params = 3, programs = 3;
 
@@ -41,6 +42,7 @@ struct MadePlugin {
     int program = 0;
     int note = -1;
     float level = 0.0f;
+    std::vector<float> line[2]; ///< what is on its way
 
     float* now() { return values[program]; }
 };

@@ -4,6 +4,7 @@
 #include "engine/MidiBytes.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
+#include "engine/plan/GraphWorkers.h"
 #include "plugins/RemoteFixture.h"
 
 #include <chrono>
@@ -20,24 +21,30 @@ struct Heard {
     bool operator==(const Heard&) const = default;
 };
 
-Heard playAll(const char* name, bool isolated) {
+Heard playAll(const char* name, bool isolated, int workers = 0) {
     RemoteFixture f;
     f.isolates = isolated;
+    f.host->workers->setCount(workers);
+    f.host->workers->eager = true;
     Heard heard;
-    CVST* c = f.addPlug(name);
+    CVST *c = f.addPlug(name), *beside = f.addPlug("gain"), *behind = f.addPlug("gain");
     auto* player = f.add(new SignalComp(f.host));
     f.connectMIDI(player, c);
     if (!c->inputs.empty()) f.connect(player, c);
+    f.connect(player, beside);
+    f.connect(beside, behind);
+    if (!c->outputs.empty()) f.connect(c, behind);
     player->left = [](long at) { return float(at % 100) / 100.0f; };
     player->right = [](long at) { return float(at % 37) / -37.0f; };
     for (int i = 0; i < 3; i++) {
         player->messages = {{10.4 + i, asData(midiNoteOn, 60 + i, 100)},
                             {130.0, asData(midiNoteOn, 60 + i, 0)}};
-        player->moves = {{64.0, c, 0, 0.25f * float(i)}, {200.0, c, 0, 0.125f}};
+        if (i != 1) player->moves = {{64.0, c, 0, 0.25f * float(i)}, {200.0, c, 0, 0.125f}};
         f.block();
-        for (auto* out : each<COutputChannel>(c->outputs))
-            for (const float* side : {out->bufL, out->bufR})
-                heard.sound.insert(heard.sound.end(), side, side + 256);
+        for (const CVST* one : {c, behind})
+            for (auto* out : each<COutputChannel>(one->outputs))
+                for (const float* side : {out->bufL, out->bufR})
+                    heard.sound.insert(heard.sound.end(), side, side + 256);
         if (const CMIDIQ* port = c->outPort())
             for (int k = 0; k < port->count; k++)
                 heard.messages.insert(heard.messages.end(),
@@ -54,16 +61,20 @@ Heard playAll(const char* name, bool isolated) {
 
 } // namespace
 
-/// In a helper a plug-in is what it is in the program's own process, to the last bit.
+/// In a helper a plug-in is what it is in the program's own process, to the last bit, beside others
+/// and behind others, and whoever works out the block.
 TEST(RemotePlugin, IsAsInProcess) {
     for (const char* name : {"gain", "gain-adds", "synth", "pins2_1", "pins3_4"}) {
-        const Heard expected = playAll(name, false), heard = playAll(name, true);
-        EXPECT_EQ(heard.sound, expected.sound) << name;
-        EXPECT_EQ(heard.messages, expected.messages) << name;
-        EXPECT_EQ(heard.told, expected.told) << name;
-        EXPECT_EQ(heard.state.substr(heard.state.find("chunk2")),
-                  expected.state.substr(expected.state.find("chunk2")))
-            << name;
+        const Heard expected = playAll(name, false);
+        for (const int workers : {0, 1}) {
+            const Heard heard = playAll(name, true, workers);
+            EXPECT_EQ(heard.sound, expected.sound) << name;
+            EXPECT_EQ(heard.messages, expected.messages) << name;
+            EXPECT_EQ(heard.told, expected.told) << name;
+            EXPECT_EQ(heard.state.substr(heard.state.find("chunk2")),
+                      expected.state.substr(expected.state.find("chunk2")))
+                << name;
+        }
     }
 }
 

@@ -6,6 +6,7 @@
 #include "engine/Cycle.h"
 #include "engine/ForgetHooks.h"
 #include "engine/Mixing.h"
+#include "engine/plan/AheadWork.h"
 #include "engine/plan/GraphWorkers.h"
 #include "engine/plan/PlanBuilder.h"
 #include "engine/plan/PlanLoop.h"
@@ -72,6 +73,8 @@ void GraphPlan::run(int frames) {
         host->workers->run(*this, frames);
     else if (host->blocks % measuredBlocks == 0)
         runMeasured(frames);
+    else if (anyAhead)
+        runByLevels(frames);
     else
         for (size_t i = 0; i < late; ++i) runStep(steps[i], frames);
     lateness.finishOuts(frames);
@@ -90,10 +93,17 @@ void GraphPlan::runMeasured(int frames) {
     times.note(all);
 }
 
+/// What begins ahead comes last in its level, so that it has time.
 void GraphPlan::findOrder() {
     order.resize(late);
     std::iota(order.begin(), order.end(), 0u);
-    std::ranges::stable_sort(order, {}, [this](unsigned i) { return steps[i].level; });
+    for (PlanStep& step : steps)
+        if (step.work & PlanStep::render && !step.loop)
+            step.ahead = dynamic_cast<AheadWork*>(step.node->comp);
+    anyAhead = std::ranges::any_of(steps, &PlanStep::ahead);
+    std::ranges::stable_sort(order, {}, [this](unsigned i) {
+        return std::pair(steps[i].level, steps[i].ahead != nullptr);
+    });
     for (size_t i = 0; i < late; ++i) {
         const bool last = i + 1 == late || steps[order[i + 1]].level != steps[order[i]].level;
         if (!last) continue;
@@ -104,6 +114,25 @@ void GraphPlan::findOrder() {
 
 int GraphPlan::endOfLevelAfter(int step) const {
     return *std::ranges::upper_bound(ends, step);
+}
+
+void GraphPlan::beginLevel(int first, int frames) {
+    if (!anyAhead || first >= int(late)) return;
+    for (int i = first; i < endOfLevelAfter(first); ++i) {
+        const PlanStep& step = steps[order[size_t(i)]];
+        if (!step.ahead) continue;
+        step.node->comp->planned = step.node;
+        step.ahead->beginAhead(frames);
+        step.node->comp->planned = nullptr;
+    }
+}
+
+void GraphPlan::runByLevels(int frames) {
+    int first = 0;
+    for (const int end : ends) {
+        beginLevel(first, frames);
+        for (; first < end; ++first) runStep(steps[order[size_t(first)]], frames);
+    }
 }
 
 unsigned GraphPlan::runOrdered(unsigned step, int frames) {

@@ -14,6 +14,7 @@
 #include <span>
 #include <vector>
 
+class AheadWork;
 class CComp;
 class CMIDICable;
 class CQV;
@@ -93,6 +94,7 @@ struct PlanStep {
     int level = 0; ///< it needs what steps of lower levels make, and nothing of its own level
     WorkTimes times{};
     std::shared_ptr<PlanLoop> loop{}; ///< all of its work, then
+    AheadWork* ahead = nullptr;       ///< of `render`: begins before the steps of its level
 };
 
 /// How a block is worked out: a list of steps, each behind what it needs. Sums have the order of
@@ -136,12 +138,14 @@ public:
     int endOfLevel(int level) const { return ends.empty() ? 0 : ends[size_t(level)]; }
     int endOfLevelAfter(int step) const;            ///< the first end behind a step
     unsigned runOrdered(unsigned step, int frames); ///< returns its nanoseconds
+    void beginLevel(int first, int frames);         ///< before the first step of a level is run
     WorkTimes times;                                ///< of all steps
 
 private:
     friend class PlanBuilder;
     friend class PlanLoop;
     void findOrder();
+    void runByLevels(int frames);
     void runMeasured(int frames);
     void runStep(PlanStep& step, int frames) const;
     /// Also of those in loops.
@@ -158,6 +162,7 @@ private:
     std::vector<unsigned> order; ///< of the steps before `late`, by level
     std::vector<int> ends;       ///< of each level in `order`
     int mostOfLevel = 0;
+    bool anyAhead = false;
     std::vector<PlanSource> sources; ///< what leads to a list stands before it
     PlanLatency lateness;
     bool latencyKnown = false;

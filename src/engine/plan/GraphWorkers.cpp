@@ -126,6 +126,7 @@ void GraphWorkers::run(GraphPlan& p, int n) {
     done = 0;
     gate = p.endOfLevel(0);
     total = unsigned(p.firstLate());
+    p.beginLevel(0, n);
     turn.storeRelease(uint64_t(++runs) << 32);
     wakeUps.fetchAdd(1);
     futexWake(wakeUps, std::min(count(), p.widest() - 1));
@@ -163,7 +164,10 @@ void GraphWorkers::take(unsigned step, int place) {
     spent[place] += p->runOrdered(step, frames);
     const int finished = done.fetchAdd(1) + 1;
     if (finished < open) return;
-    if (finished < all) gate.exchange(p->endOfLevelAfter(finished));
+    if (finished < all) {
+        p->beginLevel(finished, frames);
+        gate.exchange(p->endOfLevelAfter(finished));
+    }
     if (waiting.fetchAdd(0) == 0) return;
     futexWake(gate, most);
     futexWake(done, 1);

@@ -295,10 +295,16 @@ void RemotePlugin::addMidi(int frame, int data) {
     if (notes.size() < size_t(PluginRoom::mostMidi)) notes.push_back({frame, data});
 }
 
+void RemotePlugin::begin(float** in, int frames) {
+    begun = true;
+    wentOut = serving && !helper->gone() && send(in, frames);
+    if (!wentOut) keepNoteEnds();
+}
+
 bool RemotePlugin::process(float** in, float** out, int frames) {
-    const bool sent = serving && !helper->gone() && send(in, frames);
-    if (!sent) keepNoteEnds();
-    away = !sent || !await();
+    if (!begun) begin(in, frames);
+    begun = false;
+    away = !wentOut || !await();
     return !away && receive(out);
 }
 

@@ -46,6 +46,7 @@ public:
     void setBlock(int frames) override;
     void setRunning(bool on) override;
     void addMidi(int frame, int data) override;
+    void begin(float** in, int frames) override;
     bool process(float** in, float** out, int frames) override;
     bool hasEditor() const override { return has(hasWindow); }
     /// Its size is told later, as one that the plug-in asks for.
@@ -148,6 +149,7 @@ private:
     const std::shared_ptr<Shared<int>> wholeCalls = std::make_shared<Shared<int>>(0);
     std::vector<PluginRoom::Midi> notes;
     Shared<int> trip{0};
+    bool begun = false, wentOut = false; ///< the trip of the coming `process`
     int sentOut = 0, sentFrames = 0, sentIn = 0;
     Shared<int64_t> lateSince{0}; ///< of a trip that was not waited for any longer; 0 none
 };
