@@ -1,15 +1,20 @@
 #include "sequencer/render/Freezing.h"
 
 #include "SongFixture.h"
+#include "base/CIniFile.h"
 #include "base/Deadline.h"
 #include "base/FullDisk.h"
+#include "base/Paths.h"
 #include "base/Random.h"
 #include "base/TempFolder.h"
 #include "effects/CEffect.h"
 #include "engine/CFreezeItem.h"
 #include "instruments/CSampler.h"
+#include "plugins/CVST.h"
+#include "plugins/remote/PluginProcesses.h"
 #include "sequencer/play/AudioVoices.h"
 #include "sequencer/render/SilentGraph.h"
+#include "support/Places.h"
 
 #include <algorithm>
 #include <cmath>
@@ -90,6 +95,38 @@ struct FreezeFixture : SongFixture, Told {
     }
 };
 
+/// A folder of plug-ins that delay by some frames, and where they run.
+class PluginPlace {
+public:
+    PluginPlace(FreezeFixture& of, int late, bool isolated) : f(of) {
+        path = f.folder.file(("late" + std::to_string(late) + ".so").c_str());
+        std::filesystem::copy_file(builtFile("tests/made_plugin.so"), path.asChar());
+        inifile = f.folder.file("settings.ini");
+        CIniFile(inifile).writeString("VSTFolders", "0", extractFilePath(path));
+        placing.processes->share = 1000.0f;
+        placing.processes->trust.set(path, !isolated);
+    }
+    ~PluginPlace() { inifile = former; }
+    PluginPlace(const PluginPlace&) = delete;
+    PluginPlace& operator=(const PluginPlace&) = delete;
+
+    void insertAt(COutputChannel* strip) const {
+        CVST* made = newPlugin(&f.host, path).release();
+        ASSERT_NE(made, nullptr);
+        made->setParam(0, 0.5f); // at unity
+        const GraphHold hold(&f.host);
+        strip->inserts.add(made);
+        f.host.hostNotices.raise(HostNotice::delays);
+    }
+
+private:
+    FreezeFixture& f;
+    const CStr former = inifile;
+    CStr path;
+    const PlacePlugins placing{std::make_shared<PluginProcesses>(
+        builtFile("bin/sondrava-plugins").c_str(), f.folder.file("trust"))};
+};
+
 double largest(const std::vector<float>& a) {
     const auto [low, high] = std::ranges::minmax(a);
     return double(std::max(-low, high));
@@ -142,6 +179,31 @@ TEST(Freezing, SoundsTheSame) {
     f.redo();
     f.host.undoClear();
     EXPECT_EQ(f.files(), 0);
+}
+
+/// Whatever latency the plug-ins of tracks, instruments and groups have, and wherever they run: a
+/// render has every frame at its place, and so has what is frozen.
+TEST(Freezing, TakesPluginsAlong) {
+    std::string expected;
+    for (const int late : {0, 480, 4096})
+        for (const bool isolated : {false, true}) {
+            SCOPED_TRACE(late);
+            FreezeFixture f;
+            const PluginPlace plugins(f, late, isolated);
+            plugins.insertAt(f.audio->track->output());
+            const std::string rendered = f.rendered();
+            if (expected.empty()) expected = rendered;
+            EXPECT_TRUE(rendered == expected);
+            plugins.insertAt(f.synth->output());
+            plugins.insertAt(f.host.getAudioOut()->output());
+            EXPECT_TRUE(f.rendered() == expected);
+            std::vector<float> live = f.heard();
+            EXPECT_GT(largest(live), 0.05);
+            ASSERT_EQ(freezeTracks(f.seq, nullptr), RenderResult::good);
+            const std::vector<float> frozen = f.heard(); // waits for one plug-in less
+            live.erase(live.begin(), live.begin() + late);
+            EXPECT_LE(difference(live, frozen), 2 * (1 + largest(live)) / 32768);
+        }
 }
 
 /// A file that is entered in its middle plays on from the same frame.
