@@ -326,7 +326,7 @@ TEST(CVST, KnowsWhereTheSongIs) {
         void getLoopSection(int& from, int& to) override { from = 0, to = 9600; }
         void getTimeSig(int& num, int& den) override { num = 3, den = 4; }
     };
-    PluginFixture f(882); // a tick is 22.97 frames at 120
+    PluginFixture f(512); // a tick is 22.97 frames at 120
     CVST* c = f.addPlug("synth");
     auto* song = f.add(new Song(f.host));
     f.connectMIDI(song, c);
@@ -334,9 +334,9 @@ TEST(CVST, KnowsWhereTheSongIs) {
     p->timeMask = ppqPosValid | barsValid | timeSigValid;
     song->at = 4800.0;
     f.host->start();
-    const double blockTicks = f.host->framesToTicks(882);
+    const double blockTicks = f.host->framesToTicks(512);
     for (int i = 0; i < 3; i++) {
-        f.block(882);
+        f.block(512);
         EXPECT_NEAR(p->time.ppqPos, (4800.0 + i * blockTicks) / 960.0, 1e-9) << i;
     }
     EXPECT_EQ(p->time.barStartPos, 3.0); // three quarters to the bar
@@ -344,15 +344,15 @@ TEST(CVST, KnowsWhereTheSongIs) {
     EXPECT_EQ(p->time.tempo, 120.0);
     EXPECT_EQ(p->time.cycleEndPos, 10.0);
     EXPECT_EQ(p->time.sampleRate, 44100.0);
-    EXPECT_EQ(p->time.samplePos, 2 * 882.0);
+    EXPECT_EQ(p->time.samplePos, 2 * 512.0);
     EXPECT_EQ(p->time.flags, ppqPosValid | tempoValid | barsValid | timeSigValid | cycleActive |
                                  cyclePosValid | transportPlaying);
     song->at = 9610.0 - blockTicks; // it comes to the end of the loop within the block
-    f.block(882);
+    f.block(512);
     EXPECT_NEAR(p->time.ppqPos, (9610.0 - blockTicks) / 960.0, 1e-9);
     p->timeMask = barsValid;
     f.host->stop();
-    f.block(882);
+    f.block(512);
     EXPECT_EQ(p->time.timeSigNumerator, 4);
     EXPECT_EQ(p->time.flags & (transportPlaying | ppqPosValid), 0);
 }
