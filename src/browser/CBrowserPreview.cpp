@@ -5,6 +5,7 @@
 #include "base/CFileManager.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
+#include "browser/PreviewStretch.h"
 #include "engine/CQV.h"
 #include "project/BringIn.h"
 #include "project/ClipPreview.h"
@@ -43,8 +44,9 @@ bool CBrowserPreview::play(const CStr& path) {
 }
 
 void CBrowserPreview::stop() {
-    if (importer) info.clear();
+    if (importer || stretching) info.clear();
     importer.reset();
+    stretching.reset();
     if (voice.isOn()) voice.stop();
 }
 
@@ -59,7 +61,10 @@ void CBrowserPreview::open(const CStr& path) {
     if (getFileSize(path) > mostBytes) return fail("Too large to be played here");
     if (songFileOf(path) == SongFile::clip) return show(createFromQVC(host, path));
     auto opened = std::make_unique<CSample>();
-    if (opened->open(path) && opened->chs <= 2) return show(std::move(opened));
+    if (opened->open(path) && opened->chs <= 2) {
+        if (!stretch(opened)) show(std::move(opened));
+        return;
+    }
     const CStr temp = getTempFolder();
     if (temp.empty()) return fail("There is no folder for temporary files");
     importer = std::make_unique<CAudioImport>(ImportWish{.path = path, .folder = temp});
@@ -75,7 +80,15 @@ void CBrowserPreview::finishImport() {
         done->result() == ImportResult::good && files.size() == 1 && opened->open(files.front());
     for (const CStr& made : files)
         if (!samePlace(made, name)) CFileManager().deleteFile(made);
-    show(read ? std::move(opened) : nullptr);
+    if (!read || !stretch(opened)) show(read ? std::move(opened) : nullptr);
+}
+
+bool CBrowserPreview::stretch(std::unique_ptr<CSample>& opened) {
+    const float tempo = inTempo ? tempoOfName(name) : 0.0f, wanted = host->tempoNow;
+    if (!(tempo > 0.0f) || !(wanted > 0.0f) || tempo == wanted) return false;
+    stretching = std::make_unique<PreviewStretch>(std::move(opened), tempo / wanted);
+    show(nullptr);
+    return true;
 }
 
 void CBrowserPreview::fail(const char* why) {
@@ -88,7 +101,9 @@ void CBrowserPreview::show(std::unique_ptr<CSample> opened) {
     if (sample) former.push_back(std::move(sample));
     sample = std::move(opened);
     if (!sample) {
-        info.append(importer ? "Reading..." : "Cannot be played");
+        info.append(importer     ? "Reading..."
+                    : stretching ? "Coming to the tempo..."
+                                 : "Cannot be played");
         return freeFormer();
     }
     info.clear();
@@ -115,6 +130,11 @@ void CBrowserPreview::tell() const {
 void CBrowserPreview::idle() {
     if (importer && importer->finished()) {
         finishImport();
+        tell();
+    }
+    if (stretching && stretching->finished()) {
+        const std::unique_ptr<PreviewStretch> done = std::move(stretching);
+        show(done->result());
         tell();
     }
     freeFormer();

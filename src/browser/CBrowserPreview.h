@@ -9,6 +9,7 @@
 
 class CAudioImport;
 class CSample;
+class PreviewStretch;
 
 /// Plays a file from the disk through the audio outs, beside the song, which it never disturbs: of
 /// the graph it takes only what is left over. Audio plays as it is, a clip at the song's tempo.
@@ -38,11 +39,14 @@ public:
     float getVolume() const { return loudness; }
     void setLoop(bool on);
     bool loops() const { return looped; }
+    /// From the next file on: one whose name tells its tempo plays at that of the song.
+    void setInTempo(bool on) { inTempo = on; }
+    bool playsInTempo() const { return inTempo; }
 
     const CStr& getFilename() const { return name; }          ///< empty before the first
     const CSample* getSample() const { return sample.get(); } ///< null without one
     int frame() const { return voice.frame(); }               ///< that is heard; -1 for nothing
-    bool isOn() const { return voice.isOn() || importer; }
+    bool isOn() const { return voice.isOn() || importer || stretching; }
 
     void idle() override;
     bool getPlaying() override { return voice.getPlaying(); }
@@ -52,6 +56,8 @@ private:
     void open(const CStr& path);
     void show(std::unique_ptr<CSample> opened);
     void finishImport();
+    /// Begins to bring it to the song's tempo; false where there is nothing to do.
+    bool stretch(std::unique_ptr<CSample>& opened);
     void fail(const char* why);
     void freeFormer();
     void tell() const;
@@ -59,9 +65,10 @@ private:
     CQV* host;
     CSamplePreview voice; ///< it gets its blocks from here
     float loudness = 0.9f;
-    bool looped = false, wasOn = false;
+    bool looped = false, inTempo = false, wasOn = false;
     CStr name;
     std::unique_ptr<CSample> sample;
     std::unique_ptr<CAudioImport> importer;       ///< null while nothing is converted
+    std::unique_ptr<PreviewStretch> stretching;   ///< the same
     std::vector<std::unique_ptr<CSample>> former; ///< the graph may still be at them
 };

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int margin = 8, gap = 4, lineHeight = 16, fieldHeight = 20;
 constexpr int buttonWide = 48, volumeWide = 48, usualVolume = 90;
-constexpr const char *section = "browser", *volumeKey = "previewVolume";
+constexpr const char *section = "browser", *volumeKey = "previewVolume", *tempoKey = "previewTempo";
 
 } // namespace
 
@@ -29,6 +29,10 @@ CPreviewPanel::CPreviewPanel(CWin* owner, CBrowserPreview* player)
       volume(new CValue(owner, "volume", 0, 0, volumeWide, fieldHeight)) {
     play = addButton("play", "Play", "Plays and stops the file", &CPreviewPanel::playClicked);
     loop = addButton("loop", "Loop", "Plays it over and over", &CPreviewPanel::loopClicked);
+    tempo = addButton("tempo", "Tempo",
+                      "A file whose name tells its tempo, as \"120 bpm\", plays at the song's",
+                      &CPreviewPanel::tempoClicked);
+    preview->setInTempo(iniReadInt(section, tempoKey, 0) != 0);
     volume->hint = "Volume of what is listened to, in percent";
     volume->spokenName = "Preview volume";
     volume->tabStop = true;
@@ -66,9 +70,10 @@ void CPreviewPanel::resized() {
     wave->setBounds(margin, waveTop, wide, asMax(below - gap - waveTop, 1));
     play->setBounds(margin, below, buttonWide, fieldHeight);
     loop->setBounds(margin + buttonWide + gap, below, buttonWide, fieldHeight);
+    tempo->setBounds(loop->left + buttonWide + gap, below, buttonWide, fieldHeight);
     volume->setBounds(width - margin - volumeWide, below, volumeWide, fieldHeight);
     volumeName->setBounds(volume->left - gap - volumeWide, below, volumeWide, fieldHeight);
-    volumeName->visible = volumeName->left >= loop->left + buttonWide + gap;
+    volumeName->visible = volumeName->left >= tempo->left + buttonWide + gap;
 }
 
 void CPreviewPanel::paint(CGraphic* g, CRect rect) {
@@ -98,6 +103,7 @@ void CPreviewPanel::fileShown() {
     play->setText(preview->isOn() ? "Stop" : "Play");
     play->setEnabled(preview->getSample() || preview->isOn());
     loop->setLit(preview->loops());
+    tempo->setLit(preview->playsInTempo());
     wave->redraw();
 }
 
@@ -111,6 +117,14 @@ void CPreviewPanel::playClicked(CObject*) {
 
 void CPreviewPanel::loopClicked(CObject*) {
     preview->setLoop(!preview->loops());
+    fileShown();
+}
+
+/// What was chosen last plays anew.
+void CPreviewPanel::tempoClicked(CObject*) {
+    preview->setInTempo(!preview->playsInTempo());
+    CIniFile(inifile).writeInteger(section, tempoKey, preview->playsInTempo());
+    if (!preview->getFilename().empty()) preview->play(preview->getFilename());
     fileShown();
 }
 

@@ -29,12 +29,13 @@ private:
                        void (CPreviewPanel::*clicked)(CObject*));
     void playClicked(CObject* sender);
     void loopClicked(CObject* sender);
+    void tempoClicked(CObject* sender);
     void volumeChanged(CObject* sender);
 
     CBrowserPreview* preview; ///< the host's
     CLabel *name, *format, *volumeName;
     PreviewWave* wave;
-    CButton *play, *loop;
+    CButton *play, *loop, *tempo;
     CValue* volume;
     int keptVolume = 0; ///< in the settings
 };

@@ -1,4 +1,5 @@
 #include "ArrangeFixture.h"
+#include "Blocks.h"
 
 #include "audiofiles/CSample.h"
 #include "browser/BrowserTree.h"
@@ -6,14 +7,15 @@
 #include "browser/FileIndex.h"
 #include "browser/FileNames.h"
 #include "browser/ListedFiles.h"
-#include "engine/CGroupCh.h"
-#include "engine/DeviceComps.h"
-#include "gui/controls/CEdit.h"
+#include "browser/PreviewStretch.h"
+#include "common/fx/CFX.h"
+#include "effects/CEffect.h"
+#include "effects/Inserts.h"
+#include "project/PresetFiles.h"
 #include "sequencer/song/SampleUse.h"
 #include "support/Rows.h"
-#include "ui/IniFolders.h"
 
-#include <cmath>
+#include <algorithm>
 #include <filesystem>
 
 namespace {
@@ -112,10 +114,49 @@ TEST_F(BrowserTest, WhatIsChosenIsHeard) {
         if (c->id == "wave") wave = c;
     mouseTo(wave, wave->width / 2, 5);
     act({"click", "1"});
-    const GraphHold hold(host.get());
-    std::vector<float> left(64), right(64), scratch(64);
-    player()->process(left.data(), right.data(), scratch.data(), right.data(), 64);
-    EXPECT_NEAR(player()->frame(), 22050 + 64, 400) << "a second of sound, from its middle on";
+    runBlocks(host.get(), 1);
+    const auto& sum = host->getAudioOut()->output()->bufL;
+    EXPECT_GT(*std::max_element(&sum[0], &sum[host->frames]), 0.1f) << "with the song standing";
+    EXPECT_NEAR(player()->frame(), 22050 + host->frames, 400) << "from the middle of a second on";
+}
+
+/// A loop whose name tells its tempo lasts as long as its beats do in the song, and sounds as high.
+TEST_F(BrowserTest, LoopsComeToTheTempo) {
+    begin();
+    for (const auto& [name, tempo] : Rows<const char*, float>{{"a 120 bpm.wav", 120.0f},
+                                                              {"/x/b_93.5BPM.wav", 93.5f},
+                                                              {"120 a.wav", 0.0f},
+                                                              {"bpm.wav", 0.0f},
+                                                              {"9999bpm.wav", 0.0f}})
+        EXPECT_EQ(tempoOfName(name), tempo) << name;
+    const std::string path = tone("loop 60bpm.wav");
+    player()->setInTempo(true);
+    ASSERT_TRUE(player()->play(path.c_str()));
+    ASSERT_TRUE(pumpUntil([this] { return player()->getSample() != nullptr; }));
+    const CSample* loop = player()->getSample();
+    EXPECT_EQ(loop->getFrames(), 22050) << "a beat at 120";
+    std::vector<float> frames(size_t(2 * 8820));
+    loop->readFrames(4410, 8820, frames.data());
+    int rises = 0;
+    for (int i = 1; i < 8820; i++)
+        rises += frames[size_t(2 * i - 2)] < 0.0f && frames[size_t(2 * i)] >= 0.0f;
+    EXPECT_NEAR(rises, 88, 2) << "440 Hz";
+}
+
+/// An effect becomes a send by one step.
+TEST_F(BrowserTest, PresetsBecomeSends) {
+    begin();
+    COutputChannel* out = host->getAudioOut()->output();
+    const std::unique_ptr<CEffect> rack = makeInsert(out, fxDelay);
+    ASSERT_TRUE(saveProgram(rack.get(), at("echo.qve").c_str()));
+    EXPECT_FALSE(addSendFile(host.get(), at("sounds/kick.wav").c_str()));
+    ASSERT_TRUE(addSendFile(host.get(), at("echo.qve").c_str()));
+    ASSERT_TRUE(loaded());
+    ASSERT_EQ(host->sends.getCount(), 1);
+    auto* bus = static_cast<CComp*>(host->sends.items(0));
+    EXPECT_EQ(bus->output()->inserts.getCount(), 1);
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([this] { return host->sends.empty(); }));
 }
 
 /// A file comes to the song by a double click or by being dragged there, and is remembered.
