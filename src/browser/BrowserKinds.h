@@ -27,8 +27,8 @@ enum NodeKind : int {
 /// A node at the top of the tree.
 struct BrowserKind {
     NodeKind kind;
+    int folders; ///< FolderMode of the folders below it; 0 for none
     const char* title;
-    int folders;        ///< FolderMode of the folders below it; 0 for none
     const char* filter; ///< of the files in those, as `readDir` takes it
 };
 
@@ -36,18 +36,18 @@ constexpr const char* everyFile = ".*";
 
 /// In the order of the tree.
 constexpr BrowserKind browserKinds[] = {
-    {nodeFavourites, "Favourites", 0, everyFile},
-    {nodeRecent, "Recent", 0, everyFile},
-    {nodeDisks, "Disks", 0, everyFile},
-    {nodeProjects, "Projects", 11, ".QV"},
-    {nodeSamples, "Samples", 12,
+    {nodeFavourites, 0, "Favourites", everyFile},
+    {nodeRecent, 0, "Recent", everyFile},
+    {nodeDisks, 0, "Disks", everyFile},
+    {nodeProjects, 11, "Projects", ".QV"},
+    {nodeSamples, 12, "Samples",
      ".WAV|.RX2|.AIF|.AIFF|.MP3|.SF2|.AIFC|.FLAC|.OGG|.OGA|.OPUS|.CAF|.AU|.W64"},
-    {nodeClips, "Loops & clips", 21,
+    {nodeClips, 21, "Loops & clips",
      ".QVC|.RX2|.WAV|.MP3|.MID|.AIF|.AIFF|.MIDI|.KAR|.AIFC|.FLAC|.OGG|.OGA|.OPUS"},
-    {nodePlugins, "Plugins", 13, ".SO"},
-    {nodeComponents, "Components", 0, everyFile},
-    {nodePresets, "Presets", 20, ".QVS|.QVE|.QVA|.QVD|.FXB|.FXP|.SF2"},
-    {nodePool, "Audio pool", 0, everyFile},
+    {nodePlugins, 13, "Plugins", ".SO"},
+    {nodeComponents, 0, "Components", everyFile},
+    {nodePresets, 20, "Presets", ".QVS|.QVE|.QVA|.QVD|.FXB|.FXP|.SF2"},
+    {nodePool, 0, "Audio pool", everyFile},
 };
 
 /// Null for a kind that is not at the top.

@@ -24,6 +24,8 @@ public:
 
     CBrowser(CWin* win, Workspace& workspace, BrowserDeeds deeds);
     ~CBrowser() override;
+    CBrowser(const CBrowser&) = delete;
+    CBrowser& operator=(const CBrowser&) = delete;
 
     void resized() override;
     void paint(CGraphic* g, CRect rect) override;

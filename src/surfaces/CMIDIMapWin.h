@@ -19,6 +19,8 @@ class CMIDIMapWin : public CCompEditor {
 public:
     CMIDIMapWin(Workspace& workspace, CQV& host);
     ~CMIDIMapWin() override;
+    CMIDIMapWin(const CMIDIMapWin&) = delete;
+    CMIDIMapWin& operator=(const CMIDIMapWin&) = delete;
 
     void idle() override;
     void resized() override;
