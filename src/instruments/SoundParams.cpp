@@ -106,6 +106,12 @@ float soundParamShare(CSampler& sampler, int param) {
     return share;
 }
 
+bool soundParamMoves(CSampler& sampler, int param) {
+    bool any = false;
+    eachMoved(sampler, param, [&any](CSound*, int) { any = true; });
+    return any;
+}
+
 StoredValue soundParameter(CSampler& sampler, int param) {
     static const StoredValue::Kind kind = {
         nullptr,

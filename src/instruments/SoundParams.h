@@ -23,6 +23,8 @@ ParamRef soundParamOf(CSampler& sampler, CSound& sound, const Setting& setting, 
 /// What a parameter of a sampler stands at in the first sound that it moves, 0 to 1; where it moves
 /// none what it was set to last.
 float soundParamShare(CSampler& sampler, int param);
+/// Whether it moves anything in the current program.
+bool soundParamMoves(CSampler& sampler, int param);
 /// That as a value of the user, which moves all of them.
 StoredValue soundParameter(CSampler& sampler, int param);
 /// What it moves in the current program, "Cutoff" or "Pan, Cutoff"; where it moves nothing the controller, "CC-71".

@@ -55,13 +55,14 @@ bool InsertSlot::refresh() {
         now.percent = asRound(double(in->wet) * 100);
         now.lowered = loweredWidth(gainReductionDb(in));
         const CKeyInput* key = keyInputOf(in);
-        if (key && key->source()) now.key = stripName(key->source());
+        now.key = key ? key->source() : nullptr;
     }
     if (now == shown && !hint.empty()) return false;
     hint = now.name.empty() ? "Press to choose an effect"
                             : "Press for its window or menu, on the light to switch it; drag it to "
                               "another place, with Control a copy";
-    if (!now.key.empty()) hint += ". It follows " + now.key;
+    followed = now.key ? nameOfStrip(owner.strip().comp->host, now.key) : CStr();
+    if (now.key) hint += ". It follows " + followed;
     shown = now;
     redraw();
     return true;
@@ -224,7 +225,7 @@ void InsertSlot::describe(Description& d, int part) const {
         d.text = "empty";
         return;
     }
-    const CStr key = shown.key.empty() ? CStr() : ", follows " + shown.key;
+    const CStr key = followed.empty() ? CStr() : ", follows " + followed;
     d.text = (shown.name + (shown.on ? ", on" : ", off") + key).asChar();
     d.range = Description::Range{double(shown.percent), 0.0, 100.0, 1.0};
     d.set(statePressed, shown.on);

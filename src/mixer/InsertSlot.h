@@ -39,7 +39,7 @@ private:
         int percent = 100;
         int lowered = 0; ///< pixels that tell the gain reduction
         bool mark = false;
-        CStr key; ///< what it follows; empty for its own sound
+        const COutputChannel* key = nullptr; ///< that it follows; only compared
         bool operator==(const Shown&) const = default;
     };
     void dragAway(CObject*);
@@ -52,4 +52,5 @@ private:
     CMixerStrip& owner;
     TypedText typed;
     Shown shown;
+    CStr followed; ///< the name of what it follows, empty for its own sound
 };

@@ -187,8 +187,10 @@ void StripMenus::fillInsert(CPopup* popup, CComp* present) {
     for (const int choice : wetChoices)
         add(wet, asStr(choice) + "%", &StripMenus::wetChosen, choice)->checked = choice == percent;
     if (offersKey(present))
-        fillKeyMenu(popup->addSub("Follow"),
-                    [this, present] { return insert() == present ? present : nullptr; });
+        fillKeyMenu(
+            popup->addSub("Follow"),
+            [this, present] { return insert() == present ? present : nullptr; },
+            [this](const COutputChannel* s) { return nameOfStrip(panel.state.qv, s); });
     popup->addSeparator();
     CPopup* other = popup->addSub("Replace by");
     fillKinds(other, &StripMenus::replaceChosen);

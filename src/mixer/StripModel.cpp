@@ -1,6 +1,7 @@
 #include "mixer/StripModel.h"
 
 #include "engine/CQV.h"
+#include "engine/KeyInput.h"
 #include "engine/Mixing.h"
 #include "gui/Colours.h"
 #include "instruments/CDrumSound.h"
@@ -128,6 +129,12 @@ CStr nameOf(const MixerStrip& strip) {
     const CList& outputs = strip.comp->outputs;
     if (outputs.getCount() < 2) return strip.comp->id;
     return strip.comp->id + " " + asStr(outputs.indexed(strip.channel) + 1);
+}
+
+CStr nameOfStrip(CQV* host, const COutputChannel* channel) {
+    for (const MixerStrip& s : listStrips(host))
+        if (s.channel == channel) return nameOf(s);
+    return stripName(channel);
 }
 
 CStr kindOf(const MixerStrip& strip) {

@@ -45,6 +45,8 @@ bool drumsUnfolded(const MixerStrip& strip);
 void unfoldDrums(const MixerStrip& strip, bool on);
 /// What the user has called it: the track, or the component, with a number if that has several.
 CStr nameOf(const MixerStrip& strip);
+/// The same by the channel; what the graph calls it for one that has no strip.
+CStr nameOfStrip(CQV* host, const COutputChannel* channel);
 /// What a tooltip tells beside the name: "Instrument of Bass".
 CStr kindOf(const MixerStrip& strip);
 /// The colour of its track as a pixel; -1 for what has none.

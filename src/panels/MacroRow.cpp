@@ -105,7 +105,8 @@ bool MacroKnob::contextMenu() {
 void MacroKnob::addOwnItems(CPopup* popup) {
     popup->addSeparator();
     addDeed(popup, "Learn what it turns", [this] { row.learn(number); })->checked = shownLearning;
-    addDeed(popup, "Turn nothing", [this] { row.empty(number); })->enabled = !empty();
+    addDeed(popup, "Turn nothing", [this] { row.empty(number); })->enabled =
+        row.param(number) != noParam;
     if (empty()) return;
     addRangeItems(popup);
     const ParamRef turned{&row.comp, row.param(number)};

@@ -12,7 +12,7 @@ class Workspace;
 
 /// How a macro tells the parameter that it turns.
 struct MacroLook {
-    std::function<StoredValue(int param)> value; ///< 0 to 1
+    std::function<std::optional<StoredValue>(int param)> value; ///< 0 to 1; none: it turns nothing
     std::function<CStr(int macro, int param)> name;
 };
 

@@ -1,6 +1,5 @@
 #include "ui/KeyMenu.h"
 
-#include "engine/KeyInput.h"
 #include "gui/controls/CPopup.h"
 #include "ui/MenuDeed.h"
 
@@ -12,7 +11,8 @@ constexpr const char* ownSound = "its own sound";
 
 } // namespace
 
-void fillKeyMenu(CPopup* popup, const std::function<CComp*()>& keyed) {
+void fillKeyMenu(CPopup* popup, const std::function<CComp*()>& keyed,
+                 const std::function<CStr(const COutputChannel*)>& name) {
     CComp* now = keyed();
     const COutputChannel* source = keyInputOf(now)->source();
     const auto entry = [&](const CStr& text, COutputChannel* strip) {
@@ -24,7 +24,7 @@ void fillKeyMenu(CPopup* popup, const std::function<CComp*()>& keyed) {
     };
     entry("Its own sound", nullptr);
     popup->addSeparator();
-    for (COutputChannel* strip : keySources(now)) entry(stripName(strip), strip);
+    for (COutputChannel* strip : keySources(now)) entry(name(strip), strip);
 }
 
 CStr keyText(CComp* keyed) {

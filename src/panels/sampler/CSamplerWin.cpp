@@ -63,8 +63,11 @@ ProgramBar::Deeds CSamplerWin::deeds(CSampler& of) {
 }
 
 MacroLook CSamplerWin::look(CSampler& of) {
-    return {[&of](int param) { return soundParameter(of, param); },
-            [&of](int macro, int param) {
+    const auto value = [&of](int param) -> std::optional<StoredValue> {
+        if (!soundParamMoves(of, param)) return std::nullopt;
+        return soundParameter(of, param);
+    };
+    return {value, [&of](int macro, int param) {
                 const CSynthProg* prog = of.getProg();
                 const CStr own = prog ? prog->macros[macro].name : CStr();
                 return own.empty() ? soundParamName(of, param) : own;
