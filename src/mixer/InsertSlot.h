@@ -5,6 +5,7 @@
 
 class CComp;
 class CMixerStrip;
+class COutputChannel;
 
 /// A place for an insert: its name, a light that switches it, and a line that tells how much of it
 /// is heard. A press opens its window or a menu, on an empty place what can come there; a drag

@@ -5,6 +5,10 @@
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
+#include "gui/CApp.h"
+#include "gui/CGraphic.h"
+#include "gui/CGui.h"
+#include "gui/CWin.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CEdit.h"
 #include "gui/controls/CListbox.h"
@@ -26,9 +30,25 @@ constexpr int gap = 8, high = 24, rowHeight = 20, familyWidth = 152, textWidth =
 constexpr int hearWidth = 112, leastHeight = 160;
 constexpr int middleKey = 60, lowKey = 36, soundTicks = 12; ///< a tick is 40 ms
 constexpr const char* section = "favourites";
-constexpr const char* everything[] = {"All", "Favourites", "Factory", "General MIDI", "Presets"};
-constexpr int rowAll = 0, rowFavourites = 1, rowFactory = 2, rowSet = 3, rowPresets = 4,
-              rowFamilies = 5;
+
+/// What a row of the families stands for.
+enum Group { groupAll, groupFavourites, groupFactory, groupSet, groupPresets, groupFamily };
+constexpr const char* groupNames[] = {"All", "Favourites", "Factory", "General MIDI", "Presets"};
+
+/// Programs with their families at the right.
+class ProgramRows : public CListbox {
+public:
+    using CListbox::CListbox;
+
+protected:
+    void paintRow(CGraphic* g, CRect rect, CListRow* line, const CGuiItem2& look) override {
+        CListbox::paintRow(g, rect, line, look);
+        const bool strong = &look == &clListboxSelected;
+        const int ink = strong ? look.textCol : win->app->gui->palette.dimText;
+        g->drawText(ink, *static_cast<const CStr*>(line->data), sizeRect(rect, 0, 0, -gap, 0),
+                    textRight);
+    }
+};
 
 } // namespace
 
@@ -37,7 +57,7 @@ ProgramList::ProgramList(CWin* owner, Workspace& space, CSampler& of)
       text(new CEdit(owner, "find", 0, 0, textWidth, high)),
       hear(new CButton(owner, "hear", "Hear at once", 0, 0, hearWidth, high)),
       families(new CListbox(owner, "families", 0, 0, familyWidth, 1)),
-      programs(new CListbox(owner, "list", 0, 0, 1, 1)) {
+      programs(new ProgramRows(owner, "list", 0, 0, 1, 1)) {
     text->spokenName = "Find programs";
     text->hint = "Type a part of a name, a family or another word";
     text->tabStop = true;
@@ -72,7 +92,7 @@ ProgramList::~ProgramList() {
 void ProgramList::readEntries() {
     for (int i = 0; i < factoryCount; i++)
         entries.push_back(
-            {factoryName(i), factoryFamily(i), factoryWords(i), CStr(), i, rowFactory});
+            {factoryName(i), factoryFamily(i), factoryWords(i), CStr(), i, groupFactory});
     readSet();
     CStringList names, folders;
     workspace.host()->getFolders("PresetFolders", &names, &folders);
@@ -83,7 +103,7 @@ void ProgramList::readEntries() {
 
 void ProgramList::readSet() {
     for (const SetProgram& p : listSoundSet(soundSetFolder()))
-        entries.push_back({p.name, p.family, "GM " + asStr(p.number + 1), p.path, -1, rowSet});
+        entries.push_back({p.name, p.family, "GM " + asStr(p.number + 1), p.path, -1, groupSet});
 }
 
 void ProgramList::readPresets(const CStr& folder) {
@@ -91,25 +111,35 @@ void ProgramList::readPresets(const CStr& folder) {
     if (!readDir(folder, ".qvs", nullptr, &files, true)) return;
     for (int i = 0; i < files.getCount(); i++)
         entries.push_back({changeFileExt(files.get(i), ""), CStr(), CStr(),
-                           addSep(folder) + files.get(i), -1, rowPresets});
+                           addSep(folder) + files.get(i), -1, groupPresets});
 }
 
 /// First where they are from, as far as there are any.
 void ProgramList::listFamilies() {
     std::set<std::string> all;
-    for (const Entry& entry : entries)
+    std::set<int> origins{groupAll, groupFavourites};
+    for (const Entry& entry : entries) {
+        origins.insert(entry.origin);
         if (!entry.family.empty()) all.insert(entry.family.asChar());
-    for (const char* row : everything) families->add(row);
-    for (const std::string& family : all) families->add(family.c_str());
-    families->setIndex(rowAll);
+    }
+    for (const int origin : origins) {
+        families->add(groupNames[origin]);
+        groups.push_back(origin);
+    }
+    for (const std::string& family : all) {
+        families->add(family.c_str());
+        groups.push_back(groupFamily);
+    }
+    families->setIndex(0);
 }
 
 /// Each word that is typed is in the name, the family or the words.
 bool ProgramList::fits(const Entry& entry) const {
     const int family = families->index;
-    if (family == rowFavourites && !entry.favourite) return false;
-    if (family > rowFavourites && family < rowFamilies && family != entry.origin) return false;
-    if (family >= rowFamilies && families->row(family)->id != entry.family) return false;
+    const int group = family < 0 ? groupAll : groups[size_t(family)];
+    if (group == groupFavourites && !entry.favourite) return false;
+    if (group > groupFavourites && group < groupFamily && group != entry.origin) return false;
+    if (group == groupFamily && families->row(family)->id != entry.family) return false;
     const std::string all =
         (entry.name + " " + entry.family + " " + entry.words).upperCase().asChar();
     std::istringstream typed(shownText.upperCase().asChar());
@@ -125,7 +155,9 @@ void ProgramList::list() {
         const Entry& entry = entries[size_t(i)];
         if (!fits(entry)) continue;
         shown.push_back(i);
-        programs->add(entry.name + "   " + entry.family)->checked = entry.favourite;
+        CListRow* row = programs->add(entry.name);
+        row->checked = entry.favourite;
+        row->data = &entries[size_t(i)].family;
     }
     programs->setIndex(-1);
     programs->resized();

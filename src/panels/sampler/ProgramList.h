@@ -27,7 +27,7 @@ private:
         CStr name, family, words;
         CStr path;       ///< of a file; empty for the factory's
         int number = -1; ///< of the factory's
-        int origin = 0;  ///< of what it is a part, as a row of the families
+        int origin = 0;  ///< of what it is a part
         bool favourite = false;
         CStr key() const { return path.empty() ? name : path; } ///< that favourites are kept by
     };
@@ -48,8 +48,9 @@ private:
     Workspace& workspace;
     CSampler& sampler;
     std::vector<Entry> entries;
-    std::vector<int> shown; ///< those of the list
-    CEdit* text;            ///< among the controls, as the rest
+    std::vector<int> groups; ///< what the rows of the families stand for
+    std::vector<int> shown;  ///< those of the list
+    CEdit* text;             ///< among the controls, as the rest
     CButton* hear;
     CListbox *families, *programs;
     CStr shownText;
