@@ -131,7 +131,7 @@ void ArrangeView::idle() {
     drops.idle();
     ruler->idle();
     snapBar->refresh();
-    if (objectBar->shown()) objectBar->refresh(); // it walks the parts of the song
+    if (objectBar->CCtrl::shown()) objectBar->refresh(); // it walks the parts of the song
     grid->idle();
     heads->refresh();
 }

@@ -108,13 +108,13 @@ void CSampler::listParam(int index, std::vector<StoredValue>& parts) {
         },
         [](int i) { return i; }};
     if (index < 0 || index >= controllers) return;
-    const size_t before = parts.size();
-    if (CSynthProg* prog = getProg())
-        prog->eachSound([&](CSound* s) {
-            const int target = s->ccMap[index];
-            if (s->target(target)) parts.push_back(targetOf(s, target));
-        });
-    if (parts.size() == before) parts.push_back({&told, this, index}); // it tells nothing else
+    parts.push_back({&told, this, index});
+    CSynthProg* prog = getProg();
+    if (!prog) return;
+    prog->eachSound([&](CSound* s) {
+        const int target = s->ccMap[index];
+        if (s->target(target)) parts.push_back(targetOf(s, target));
+    });
 }
 
 int CSampler::getMacroParam(int index) {

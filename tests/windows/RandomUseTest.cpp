@@ -87,8 +87,6 @@ protected:
         for (int i = 0; i < count && !HasFailure(); i++) {
             const Use what = pick();
             SCOPED_TRACE(std::to_string(i) + ": " + what.first);
-            fprintf(stderr, "%d %s undo %d %s\n", i, what.first.c_str(), host->undoIndex,
-                    host->undoText().asChar());
             act(what);
         }
     }
@@ -130,11 +128,13 @@ private:
     /// Whether a step sets nothing but values of what lanes move, which the project that is
     /// compared leaves out: and it did set them, unless automation may have moved them back.
     bool onlyAutomated(int index) {
-        const auto moved = [this](const CObject* object) {
+        const std::vector<KeptValue> lanes = automated(); // of a sampler: its sounds
+        const auto moved = [&](const CObject* object) {
             for (auto* track : each<CTrack>(seq()->tracks))
                 for (auto* lane : each<CSubTrack>(track->subTracks))
                     if (lane->automation() && lane->object == object) return true;
-            return false;
+            return std::ranges::any_of(
+                lanes, [object](const KeptValue& v) { return v.value.object == object; });
         };
         const auto* step = static_cast<CUndo*>(host->undoList.items(index));
         bool changed = host->playing;
