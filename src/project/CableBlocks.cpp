@@ -10,19 +10,13 @@ namespace {
 constexpr int cableBytes = 12, highestIndex = 255;
 constexpr size_t maxCables = 4096;
 
-void writeEnd(CStream* stream, const FilePlace& end) {
-    stream->writeByte(static_cast<unsigned char>(end.list));
-    stream->writeInt(end.comp);
-    stream->writeByte(static_cast<unsigned char>(end.io));
-}
-
 void writeCable(CStream* stream, const char* id, const CIO* from, const CIO* to, bool muted,
                 const GraphIndex& index) {
     const FilePlace *source = index.placeOf(from), *dest = index.placeOf(to);
     if (!source || !dest || source->io > highestIndex || dest->io > highestIndex) return;
     stream->writeId(id, cableBytes);
-    writeEnd(stream, *source);
-    writeEnd(stream, *dest);
+    writePlace(stream, *source);
+    writePlace(stream, *dest);
     if (muted) writeIntBlock(stream, "cableMute", 1);
 }
 

@@ -1,5 +1,6 @@
 #include "project/GraphIndex.h"
 
+#include "base/CStream.h"
 #include "engine/CQV.h"
 #include "sequencer/song/CSeq.h"
 
@@ -32,6 +33,12 @@ CompIO fileIO(CComp* c) {
     append(io.inPorts, c->inPorts);
     append(io.outPorts, c->outPorts);
     return io;
+}
+
+void writePlace(CStream* stream, const FilePlace& place) {
+    stream->writeByte(static_cast<unsigned char>(place.list));
+    stream->writeInt(place.comp);
+    stream->writeByte(static_cast<unsigned char>(place.io));
 }
 
 GraphIndex::GraphIndex(CQV* root) : host(fileIO(root)) {

@@ -5,6 +5,8 @@
 #include <unordered_map>
 #include <vector>
 
+class CStream;
+
 /// How files number what cables and maps point to. Lists as in a cable item.
 enum FileList : int { fileHost = -1, fileComps = 0, fileSends = 2 };
 
@@ -23,6 +25,9 @@ CompIO fileIO(CComp* c);
 struct FilePlace {
     int list = fileHost, comp = 0, io = -1;
 };
+
+/// As the end of a cable.
+void writePlace(CStream* stream, const FilePlace& place);
 
 /// The components of a project by their numbers, to be filled while one is read, or from the whole
 /// host in order to write. Valid as long as none of them changes.

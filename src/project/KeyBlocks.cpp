@@ -9,19 +9,13 @@ namespace {
 
 constexpr int keyBytes = 20, highestIndex = 255, ofItself = -1;
 
-void writeEnd(CStream* stream, const FilePlace& end) {
-    stream->writeByte(static_cast<unsigned char>(end.list));
-    stream->writeInt(end.comp);
-    stream->writeByte(static_cast<unsigned char>(end.io));
-}
-
 void writeKey(CStream* stream, const CAudioCable* cable, const CObject* to, int place,
               const GraphIndex& index) {
     const FilePlace *source = index.placeOf(cable->fromChannel), *dest = index.placeOf(to);
     if (!source || !dest || source->io > highestIndex || dest->io > highestIndex) return;
     stream->writeId("sidechain", keyBytes);
-    writeEnd(stream, *source);
-    writeEnd(stream, *dest);
+    writePlace(stream, *source);
+    writePlace(stream, *dest);
     stream->writeInt(place);
     stream->writeInt(cable->muted);
 }
