@@ -27,6 +27,19 @@ constexpr StoredValue::Kind kindOf(const char* name) {
             }};
 }
 
+constexpr Shared<int> CQV::*transportFields[] = {&CQV::ctrlStart, &CQV::ctrlStop, &CQV::ctrlRewind,
+                                                 &CQV::ctrlRecord, &CQV::ctrlTempo};
+
+constexpr StoredValue::Kind transportKind = {
+    "Controller",
+    [](const CObject* host, int index) {
+        return StoredValue::Numbers{double(static_cast<const CQV*>(host)->*transportFields[index])};
+    },
+    [](CObject* host, int index, const StoredValue::Numbers& to) {
+        static_cast<CQV*>(host)->*transportFields[index] =
+            asMinMax(asInt(to[0]), int(LeadingController::awaited), 127);
+    }};
+
 constexpr StoredValue::Kind kinds[] = {kindOf<&CMap::cc>("Controller"), kindOf<&CMap::min>("Range"),
                                        kindOf<&CMap::max>("Range"), kindOf<&CMap::mode>("Mode")};
 
@@ -36,10 +49,14 @@ bool leads(const CMap* map, const ParamRef& to) {
 
 } // namespace
 
+StoredValue transportController(CQV* host, int index) {
+    return {&transportKind, host, index};
+}
+
 LeadingController controllerOf(CQV* host, const ParamRef& to) {
     LeadingController found;
     if (const CMapProg* program = currentMaps(host))
-        for (const auto* map : each<CMap>(program->items))
+        for (const auto* map : program->items)
             if (leads(map, to)) found.number = map->learning ? found.awaited : int(map->cc);
     return found;
 }
@@ -54,7 +71,7 @@ void forgetController(CQV* host, const ParamRef& to) {
     CMapProg* program = currentMaps(host);
     if (!program) return;
     CUndo* step = host->undoStart("Forget controller", host, {.comp = CompNotice::maps});
-    for (auto* map : each<CMap>(program->items))
+    for (auto* map : program->items)
         if (leads(map, to)) step->asRemove(map, &program->items);
     host->undoEnd(step, true);
 }

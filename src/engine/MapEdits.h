@@ -22,6 +22,10 @@ LeadingController controllerOf(CQV* host, const ParamRef& to);
 void learnController(CQV* host, const ParamRef& to);
 void forgetController(CQV* host, const ParamRef& to); ///< "Forget controller", a step
 
+/// Which controller starts, stops, rewinds, records (0 to 3) or sets the tempo (4): its number, or
+/// as LeadingController has it.
+StoredValue transportController(CQV* host, int index);
+
 // The lists of maps themselves, each change a step.
 
 /// What a row of a list has that the user sets.

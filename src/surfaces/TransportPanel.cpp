@@ -2,6 +2,8 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/MapEdits.h"
+#include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -10,16 +12,15 @@
 namespace {
 
 constexpr int margin = 8, gap = 4, wide = 92, high = 20, titleHigh = 16;
-constexpr int unbound = -1, awaited = -2, unknown = -3;
+constexpr int unbound = LeadingController::none, awaited = LeadingController::awaited, unknown = -3;
 
 constexpr struct {
     const char *key, *text, *spoken;
-    Shared<int> CQV::*field;
-} bindings[] = {{"play", "Play", "Play", &CQV::ctrlStart},
-                {"stop", "Stop", "Stop", &CQV::ctrlStop},
-                {"rew", "Rew", "Rewind", &CQV::ctrlRewind},
-                {"rec", "Rec", "Record", &CQV::ctrlRecord},
-                {"tempo", "Tempo", "Tempo", &CQV::ctrlTempo}};
+} bindings[] = {{"play", "Play", "Play"},
+                {"stop", "Stop", "Stop"},
+                {"rew", "Rew", "Rewind"},
+                {"rec", "Rec", "Record"},
+                {"tempo", "Tempo", "Tempo"}};
 
 } // namespace
 
@@ -39,8 +40,8 @@ TransportPanel::TransportPanel(CWin* owner, CQV* root)
     refresh();
 }
 
-Shared<int>& TransportPanel::binding(int index) const {
-    return host->*bindings[index].field;
+int TransportPanel::binding(int index) const {
+    return asInt(transportController(host, index).get()[0]);
 }
 
 void TransportPanel::refresh() {
@@ -58,9 +59,9 @@ void TransportPanel::refresh() {
 }
 
 void TransportPanel::clicked(CObject* sender) {
-    Shared<int>& which = binding(static_cast<CButton*>(sender)->tag);
-    which = which == awaited ? unbound : awaited;
-    host->setModified();
+    const int which = static_cast<CButton*>(sender)->tag;
+    host->values->set(transportController(host, which),
+                      binding(which) == awaited ? unbound : awaited);
     refresh();
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "base/Atomic.h"
 #include "gui/CGroup.h"
 
 class CButton;
@@ -21,7 +20,7 @@ public:
 private:
     static constexpr int count = 5;
 
-    Shared<int>& binding(int index) const;
+    int binding(int index) const;
     void clicked(CObject* sender);
 
     CQV* host;
