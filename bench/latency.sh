@@ -31,12 +31,12 @@ latency() {
 }
 
 echo "60 tracks with 96,000 notes, window of 1560 x 940"
-ours=(--window 1560,940 --canvas 260,200,1270,680 --part 500,260)
+ours=(--window 1560,940 --canvas 240,200,1290,680 --part 500,260)
 latency --name ours --folder "$room/notes" --titled notes "${ours[@]}" -- ./sondrava
 [ $# -eq 0 ] || latency --name peer --titled notes "${@//SONG/$room/notes.mid}"
 
 echo "232 tracks with 500,000 notes and 16 hours of audio, window of 1600 x 1000"
-ours=(--window 1600,1000 --canvas 260,200,1310,740 --part 300,260)
+ours=(--window 1600,1000 --canvas 240,200,1330,740 --part 300,260)
 latency --name large --folder "$room/large" --titled large "${ours[@]}" --play space -- ./sondrava
 echo "The same, all of its parts dragged"
 latency --name all --folder "$room/large" --titled large "${ours[@]}" --keys ctrl+a --only drag \
