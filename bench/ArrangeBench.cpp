@@ -116,8 +116,8 @@ void dragThousand(benchmark::State& state) {
     showBars(p, int(state.range(0)));
     int count = 0;
     p.seq()->unselectParts();
-    for (auto* track : each<CSongTrack>(p.seq()->getProg()->tracks))
-        for (auto* part : each<CPart>(track->parts))
+    for (auto* track : p.seq()->getProg()->tracks)
+        for (auto* part : track->parts)
             if (count++ < 1000) part->setSelected(true);
     ArrangeGrid* grid = p.grid();
     grid->mouseDown(100, 20, modLeft);

@@ -80,7 +80,7 @@ private:
     }
     template <class T>
     static T* below(CGroup* group) {
-        for (auto* c : each<CCtrl>(group->controls)) {
+        for (auto* c : group->controls) {
             if (auto* found = dynamic_cast<T*>(c)) return found;
             T* inner = c->category == catGroup ? below<T>(static_cast<CGroup*>(c)) : nullptr;
             if (inner) return inner;

@@ -137,7 +137,7 @@ void moveAllFaders(benchmark::State& state) {
     p.panel()->state.selectAll();
     measure(state, [](Program& q, int i) {
         const CMixerStrip* first = q.panel()->strips()[1];
-        for (auto* c : each<CCtrl>(first->controls))
+        for (auto* c : first->controls)
             if (c->id == "volume") c->enterNumber(Accessible::wholeCtrl, 0.3 + i % 50 * 0.01);
         q.panel()->refresh();
     });

@@ -76,8 +76,8 @@ void plugins(benchmark::State& state) {
     Rig rig(int(state.range(0)), int(state.range(1)), Place(state.range(2)));
     rig.block();
     for (auto _ : state) rig.block();
-    state.counters["us each"] =
-        benchmark::Counter(double(state.range(0)) * 1e-6, benchmark::Counter::kIsIterationInvariantRate |
+    state.counters["us each"] = benchmark::Counter(double(state.range(0)) * 1e-6,
+                                                   benchmark::Counter::kIsIterationInvariantRate |
                                                        benchmark::Counter::kInvert);
 }
 

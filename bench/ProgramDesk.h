@@ -62,7 +62,7 @@ public:
     CGroup* songPage() { return win->pages->editorOf(seq())->clientGroup; } ///< of the arrangement
     template <class T>
     static T* find(const char* id, CGroup* group) {
-        for (auto* c : each<CCtrl>(group->controls))
+        for (auto* c : group->controls)
             if (c->id == id) return static_cast<T*>(c);
         return nullptr;
     }

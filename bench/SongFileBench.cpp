@@ -70,7 +70,7 @@ CSeq* makeSong(CQV* host, int tracks, bool audioAlone) {
     for (int i = 0; i < buses; i++) host->addSendClicked();
     host->settle();
     CSeq* seq = addSequencer(host);
-    auto* sample = static_cast<CSample*>(host->samples.getFirst());
+    auto* sample = host->samples.getFirst();
     const int kinds[] = {trackMIDI, trackAudio, trackMIDI, trackMIDI, trackDrum, trackMIDI};
     for (int i = 0; i < tracks; i++) {
         const int kind = audioAlone ? trackAudio : kinds[i % 6];

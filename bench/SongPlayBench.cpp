@@ -131,8 +131,8 @@ public:
     }
     double idle() {
         use();
-        seq->selectTrack(static_cast<CSongTrack*>(seq->getProg()->tracks.first()), true);
-        for (auto* t : each<CSongTrack>(seq->getProg()->tracks)) seq->selectTrack(t, true);
+        seq->selectTrack(seq->getProg()->tracks.first(), true);
+        for (auto* t : seq->getProg()->tracks) seq->selectTrack(t, true);
         const double from = now();
         seq->idle();
         return now() - from;

@@ -46,7 +46,7 @@ void choose(CRender& render, CSeq* seq, const RenderOptions& options) {
     render.multiTrack = 1;
     render.format = renderWav;
     render.folder = options.output;
-    for (auto* t : each<CSongTrack>(seq->getProg()->tracks)) seq->selectTrack(t, true);
+    for (auto* t : seq->getProg()->tracks) seq->selectTrack(t, true);
 }
 
 } // namespace
@@ -69,7 +69,7 @@ CStr exportByOptions(CSeq* seq, const RenderOptions& options, RenderUi* ui, Figu
     if (result != RenderResult::good) return lastMessage;
     figures.frames = render.framesWritten;
     figures.audioSeconds = double(render.framesWritten) / render.rate;
-    for (auto* ch : each<COutputChannel>(render.outputs)) {
+    for (auto* ch : render.outputs) {
         figures.peakLeft = std::max(figures.peakLeft, float(ch->holdL));
         figures.peakRight = std::max(figures.peakRight, float(ch->holdR));
     }

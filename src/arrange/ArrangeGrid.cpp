@@ -82,7 +82,7 @@ void ArrangeGrid::namesMoved(int dx) {
         const int y = row.top - state.edit.scrollY;
         if (y >= height) break;
         if (!row.ofTrack() || y + row.height <= 0) continue;
-        for (auto* part : each<CPart>(row.songTrack->parts)) {
+        for (auto* part : row.songTrack->parts) {
             if (state.axis().xOf(part->pos.load()) >= asMax(0, dx)) break;
             const CRect box = partBox(state, row, part);
             if (box.right <= 0) continue;
@@ -102,8 +102,7 @@ ArrangeGrid::Heard ArrangeGrid::heardNow() const {
     now.loop = seq->getLoop();
     now.step = seq->snap->active ? state.stepTicks() : 0;
     const bool anySolo = state.anySolo();
-    for (const auto* t : each<CSongTrack>(seq->getProg()->tracks))
-        now.tracks.push_back(heardAmong(t, anySolo));
+    for (const auto* t : seq->getProg()->tracks) now.tracks.push_back(heardAmong(t, anySolo));
     return now;
 }
 
@@ -183,7 +182,7 @@ void ArrangeGrid::paintParts(CGraphic* g, CRect asked) {
         }
         if (row.notes) continue;
         if (row.take >= 0) {
-            for (auto* part : each<CPart>(row.songTrack->parts)) {
+            for (auto* part : row.songTrack->parts) {
                 const bool drags = gesture && win->app->drag.of(this);
                 const Takes* draft = drags ? gesture->draftTakes(part->content()) : nullptr;
                 painter.take(row, part, draft ? draft : takesOf(part));
@@ -192,7 +191,7 @@ void ArrangeGrid::paintParts(CGraphic* g, CRect asked) {
         }
         const bool audible =
             heard.tracks.size() > size_t(row.track) && heard.tracks[size_t(row.track)];
-        for (auto* part : each<CPart>(row.songTrack->parts)) {
+        for (auto* part : row.songTrack->parts) {
             if (state.axis().xOf(part->pos.load()) >= asked.right) break;
             painter.part(row, part, audible);
         }

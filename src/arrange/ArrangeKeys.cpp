@@ -69,9 +69,9 @@ Place selectedPlace(const ArrangeState& state, Way way) {
 /// On the same row the next one, else on the next row with any the one that begins nearest.
 Place nextPlace(const ArrangeState& state, Place from, Way way) {
     if (way.along != 0) {
-        const CList& parts = from.row->songTrack->parts;
+        const auto& parts = from.row->songTrack->parts;
         const int index = parts.indexed(from.part) + way.along;
-        return {from.row, static_cast<CPart*>(parts.items(index))};
+        return {from.row, parts.items(index)};
     }
     const auto& rows = state.rows.all();
     for (int i = int(from.row - rows.data()) + way.across; i >= 0 && i < int(rows.size());
@@ -84,7 +84,7 @@ Place nextPlace(const ArrangeState& state, Place from, Way way) {
         };
         for (const LanePoint& point : pointsOf(state, row)) consider({&row, point.part, point});
         if (row.ofTrack())
-            for (auto* part : each<CPart>(row.songTrack->parts)) consider({&row, part});
+            for (auto* part : row.songTrack->parts) consider({&row, part});
         if (best) return best;
     }
     return {};
@@ -92,7 +92,7 @@ Place nextPlace(const ArrangeState& state, Place from, Way way) {
 
 Place firstPlace(const ArrangeState& state) {
     for (const ArrangeRow& row : state.rows.all())
-        if (auto* part = static_cast<CPart*>(row.songTrack->parts.getFirst())) return {&row, part};
+        if (auto* part = row.songTrack->parts.getFirst()) return {&row, part};
     return {};
 }
 

@@ -14,7 +14,7 @@ ArrangeState::ArrangeState(Workspace& space, SongRange& songRange)
 bool ArrangeState::anySolo() const {
     bool any = false;
     if (CSeq* song = seq())
-        for (const auto* t : each<CSongTrack>(song->getProg()->tracks)) any = any || t->soloed();
+        for (const auto* t : song->getProg()->tracks) any = any || t->soloed();
     return any;
 }
 

@@ -113,7 +113,7 @@ void ArrangeView::zoomToSelection() {
     bool any = false;
     for (const ArrangeRow& row : rows.all()) {
         if (!row.ofTrack()) continue;
-        for (auto* part : each<CPart>(row.songTrack->parts)) {
+        for (auto* part : row.songTrack->parts) {
             if (!part->selected()) continue;
             if (!any) y = asMinMax(y, row.bottom() - gridHeight(), row.top);
             any = true;

@@ -173,7 +173,7 @@ private:
     }
     TrackTarget behind(const ArrangeRow& row) const {
         CTrack* over = row.songTrack->track;
-        const CList& all = list.state.seq()->tracks;
+        const auto& all = list.state.seq()->tracks;
         auto* next = static_cast<CTrack*>(all.next(over));
         const bool first = over->kind == trackFolder && over->open();
         if (first || over->kind != trackFolder) return {next, first ? over : over->folder.load()};

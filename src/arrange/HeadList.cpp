@@ -141,7 +141,7 @@ void HeadList::tell(const CStr& text) {
 
 std::vector<CSongTrack*> HeadList::together(const CSongTrack* track) const {
     std::vector<CSongTrack*> all;
-    for (auto* t : each<CSongTrack>(state.seq()->getProg()->tracks))
+    for (auto* t : state.seq()->getProg()->tracks)
         if (t == track || (track->track->selected() && t->track->selected())) all.push_back(t);
     return all;
 }
@@ -152,7 +152,7 @@ bool HeadList::heard(const CSongTrack* track) const {
 
 bool HeadList::folds(const CSongTrack* track) {
     if (track->track->kind == trackFolder) return true;
-    for (const auto* lane : each<CSubTrack>(track->track->subTracks))
+    for (const auto* lane : track->track->subTracks)
         if (lane->visible && lane->automation()) return true;
     return false;
 }
@@ -236,7 +236,7 @@ bool HeadList::renameSelected() {
 
 void HeadList::addTargets(CPopup* popup) {
     std::vector<CTrack*> chosen;
-    for (auto* t : each<CTrack>(state.seq()->tracks))
+    for (auto* t : state.seq()->tracks)
         if (t->selected() && *TargetMenu::nameFor(t)) chosen.push_back(t);
     if (chosen.empty()) return;
     targets.fill(popup->addSub(TargetMenu::nameFor(chosen.front())), state.workspace, state.seq(),

@@ -30,7 +30,7 @@ CRect partBox(const ArrangeState& state, const ArrangeRow& row, CPart* part) {
 
 PartHit partAtPos(const ArrangeState& state, const ArrangeRow& row, int x) {
     PartHit hit;
-    for (auto* part : each<CPart>(row.songTrack->parts)) {
+    for (auto* part : row.songTrack->parts) {
         const CRect box = partBox(state, row, part);
         if (x < box.left || x >= box.right) continue;
         if (hit.part && part->layer < hit.part->layer) continue;

@@ -27,7 +27,7 @@ void paintLane(const ArrangeState& state, const ArrangeRow& row, const ArrangeGe
     const int own = trackColourOf(row);
     const double strength = row.lane->bypass ? bypassShare : lineShare;
     const PointColours colours{fadeCol(palette.window, own, strength), own, palette.text};
-    for (auto* part : each<CPart>(row.songTrack->parts)) {
+    for (auto* part : row.songTrack->parts) {
         const CRect strip = partBox(state, row, part);
         if (strip.left >= asked.right) break;
         if (intersect(strip, asked).empty()) continue;

@@ -52,7 +52,7 @@ void scrollToPoint(ArrangeState& state, const LanePoint& point) {
 std::vector<LanePoint> pointsOf(const ArrangeState& state, const ArrangeRow& row) {
     std::vector<LanePoint> found;
     if (!row.lane) return found;
-    for (auto* part : each<CPart>(row.songTrack->parts)) {
+    for (auto* part : row.songTrack->parts) {
         const int start = part->pos, end = saturate(int64_t(start) + state.seq()->getTicks(part));
         eachEvent(part->getParam(row.lane->slot), [&](CBaseEvent* e, int tick) {
             const int at = saturate(int64_t(start) + part->offset + tick);
@@ -76,7 +76,7 @@ std::vector<PartSlot> selectedPoints(const ArrangeState& state) {
     std::vector<PartSlot> found;
     for (const ArrangeRow& row : state.rows.all()) {
         if (!row.lane) continue;
-        for (auto* part : each<CPart>(row.songTrack->parts)) {
+        for (auto* part : row.songTrack->parts) {
             bool any = false;
             eachEvent(part->getParam(row.lane->slot),
                       [&](const CBaseEvent* e, int) { any = any || isSelected(e); });
@@ -97,8 +97,7 @@ std::vector<LanePoint> selectedLanePoints(const ArrangeState& state) {
 void unselectPoints(const ArrangeState& state) {
     for (const ArrangeRow& row : state.rows.all())
         if (row.lane)
-            for (auto* part : each<CPart>(row.songTrack->parts))
-                PartMouse::unselect(laneOf(state, row, part));
+            for (auto* part : row.songTrack->parts) PartMouse::unselect(laneOf(state, row, part));
 }
 
 void choosePoint(ArrangeState& state, const LanePoint& point, bool beside) {

@@ -32,7 +32,7 @@ void NotesHead::show(const ArrangeRow& row) {
 }
 
 CPart* NotesHead::anyPart() const {
-    for (auto* part : each<CPart>(track->parts))
+    for (auto* part : track->parts)
         if (part->type != partAudio) return part;
     return nullptr;
 }

@@ -251,7 +251,7 @@ void ObjectBar::paint(CGraphic* g, CRect rect) {
     g->fillRect(palette.panel, clientRect());
     g->fillLine(palette.frame, asRect(0, height - 1, width, height));
     int right = width;
-    for (const auto* c : each<CCtrl>(controls))
+    for (const auto* c : controls)
         if (c->visible) right = asMin(right, c->left - (c == length ? lengthLabel : 0));
     const CRect room = asRect(margin, 0, right - margin, height - 1);
     g->drawText(palette.dimText, textFace({})->shortened(shown, room.width()), room, textLeft);

@@ -54,7 +54,7 @@ void Overview::sketch() {
         if (!row.ofTrack()) continue;
         const int first = row.track * rowsShown / tracks;
         const int bottom = asMax(first + 1, (row.track + 1) * rowsShown / tracks - (tracks < 5));
-        for (auto* part : each<CPart>(row.songTrack->parts)) {
+        for (auto* part : row.songTrack->parts) {
             const double from = part->pos, to = from + seq->getTicks(part);
             const int x = asMinMax(asInt(from / total() * width), 0, width);
             const int right = asMinMax(asInt(to / total() * width), x, width);

@@ -39,7 +39,7 @@ bool showsLanes(const CTrack* track) {
 int shownTakes(const CSongTrack* songTrack) {
     size_t most = 0;
     if (songTrack->track->takesShown)
-        for (auto* part : each<CPart>(songTrack->parts))
+        for (auto* part : songTrack->parts)
             if (const Takes* takes = takesOf(part)) most = std::max(most, takes->takes.size());
     return int(most);
 }
@@ -51,7 +51,7 @@ constexpr int mostKeyHeight = 12, spareKeys = 2; ///< above the highest and belo
 std::pair<int, int> keysOf(CSongTrack* songTrack) {
     constexpr int usualLow = 48, usualHigh = 72;
     int low = EventRows::keys, high = -1;
-    for (auto* part : each<CPart>(songTrack->parts))
+    for (auto* part : songTrack->parts)
         if (part->type == partMIDI)
             eachEvent(part->getEvents(), [&](CBaseEvent* e, int tick) {
                 const NoteFacts facts = factsOf(part, e, tick);
@@ -117,7 +117,7 @@ void RowLayout::build(CSeq* seq) {
         top += height;
         rows.push_back(row);
     };
-    for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks)) {
+    for (auto* songTrack : seq->getProg()->tracks) {
         index++;
         const CTrack* track = songTrack->track;
         const Nesting nesting = nestingOf(track);
@@ -136,7 +136,7 @@ void RowLayout::build(CSeq* seq) {
             add(notes, notesHeightOf(songTrack));
         }
         if (!showsLanes(track)) continue;
-        for (auto* lane : each<CSubTrack>(track->subTracks))
+        for (auto* lane : track->subTracks)
             if (lane->visible && lane->automation())
                 add({.songTrack = songTrack, .lane = lane, .track = index, .depth = nesting.depth},
                     asMinMax(lane->height.load(), CTrack::leastRow, CTrack::mostRow));

@@ -67,7 +67,7 @@ int RulerBars::wantedHeight() const {
 
 void RulerBars::resized() {
     int y = 0;
-    for (CCtrl* bar : each<CCtrl>(controls)) {
+    for (CCtrl* bar : controls) {
         bar->setBounds(0, y, width, bar->height);
         if (bar->visible) y += bar->height;
     }

@@ -25,7 +25,7 @@ void addPoints(const ArrangeState& state, const ArrangeRow& row, CRect view,
 
 void addTakes(const ArrangeState& state, const ArrangeRow& row, CRect view,
               std::vector<ShownPart>& found) {
-    for (auto* part : each<CPart>(row.songTrack->parts)) {
+    for (auto* part : row.songTrack->parts) {
         const TakeSpan span = takeSpan(state, row, part);
         CRect box = rowBox(state, row);
         box.left = state.axis().xOf(span.from);
@@ -38,7 +38,7 @@ void addTakes(const ArrangeState& state, const ArrangeRow& row, CRect view,
 void addNotes(const ArrangeState& state, const ArrangeRow& row, CRect view,
               std::vector<ShownPart>& found) {
     size_t room = mostNotes;
-    for (auto* part : each<CPart>(row.songTrack->parts)) {
+    for (auto* part : row.songTrack->parts) {
         const CRect within = intersect(notesBox(state, row, part), view);
         if (part->type == partAudio || within.empty()) continue;
         const NotePlace place = notesOf(state, row, part);
@@ -77,7 +77,7 @@ std::vector<ShownPart> partsInView(const ArrangeState& state) {
             addPoints(state, row, view, found);
             continue;
         }
-        for (auto* part : each<CPart>(row.songTrack->parts)) {
+        for (auto* part : row.songTrack->parts) {
             const CRect box = partBox(state, row, part);
             if (box.left >= view.right) break;
             if (box.right > view.left) found.push_back({row.songTrack, part, box, {}, nullptr});

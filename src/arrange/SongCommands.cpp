@@ -43,9 +43,9 @@ bool anySelected(CSeq* seq) {
 template <class F>
 bool more(CSeq* seq, int count, bool together, F fits) {
     int found = 0;
-    for (const auto* songTrack : each<CSongTrack>(seq->getProg()->tracks)) {
+    for (const auto* songTrack : seq->getProg()->tracks) {
         if (!together) found = 0;
-        for (auto* part : each<CPart>(songTrack->parts))
+        for (auto* part : songTrack->parts)
             if (part->selected() && fits(part) && ++found > count) return true;
     }
     return false;
@@ -351,11 +351,11 @@ bool SongCommands::locateSelection() {
         qv->values->set(locatorsOf(prog()), {double(chosen->from), double(chosen->to)});
         return true;
     }
-    CList parts;
+    ListOf<CPart> parts;
     prog()->getSelectedParts(&parts);
     if (parts.empty()) return false;
     int from = maxTicks, to = 0;
-    for (auto* part : each<CPart>(parts)) {
+    for (auto* part : parts) {
         from = asMin(from, part->pos);
         to = asMax(to, part->pos + seq()->getTicks(part));
     }
@@ -393,9 +393,9 @@ void SongCommands::flip(const StoredValue& value) {
 void SongCommands::toggle(StoredValue (*valueOf)(CSongTrack*)) {
     const auto& tracks = seq()->selection.tracks;
     bool all = true;
-    for (auto* t : each<CSongTrack>(tracks)) all = all && valueOf(t).get()[0] != 0.0;
+    for (auto* t : tracks) all = all && valueOf(t).get()[0] != 0.0;
     qv->values->begin();
-    for (auto* t : each<CSongTrack>(tracks)) qv->values->set(valueOf(t), all ? 0.0 : 1.0);
+    for (auto* t : tracks) qv->values->set(valueOf(t), all ? 0.0 : 1.0);
     qv->values->end();
 }
 
@@ -439,14 +439,14 @@ void SongCommands::addFolder() {
 }
 
 CTrack* SongCommands::shownTrack() const {
-    const auto* songTrack = static_cast<CSongTrack*>(seq()->selection.tracks.getFirst());
+    const auto* songTrack = seq()->selection.tracks.getFirst();
     return songTrack ? songTrack->track : nullptr;
 }
 
 CComp* SongCommands::shownComp() const {
     CTrack* track = shownTrack();
     if (!track || track->kind == trackDrum) return track;
-    for (auto* comp : each<CComp>(qv->comps))
+    for (auto* comp : qv->comps)
         if (fedBy(comp, track->outPort()) || fedBy(comp, track->output())) return comp;
     return nullptr;
 }
@@ -488,7 +488,7 @@ void SongCommands::deleteMarker() {
 void SongCommands::stepMarker(int by) {
     const int now = asInt(seq()->getPos());
     int target = -1;
-    for (auto* m : each<CMarkerPart>(prog()->markers)) {
+    for (auto* m : prog()->markers) {
         const int tick = m->pos;
         const bool ahead = by > 0 ? tick > now : tick < now;
         const bool nearer = target < 0 || (by > 0 ? tick < target : tick > target);

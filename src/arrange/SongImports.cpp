@@ -21,7 +21,7 @@ namespace {
 constexpr auto quiet = std::chrono::milliseconds(300); ///< work that shows no progress
 
 bool freeFrom(CSeq* seq, const CSongTrack* songTrack, int tick) {
-    for (auto* part : each<CPart>(songTrack->parts))
+    for (auto* part : songTrack->parts)
         if (part->pos + seq->getTicks(part) > tick) return false;
     return true;
 }
@@ -44,7 +44,7 @@ CSeq* SongImports::seq() const {
 }
 
 CSongTrack* SongImports::selectedTrack() const {
-    return static_cast<CSongTrack*>(seq()->selection.tracks.getFirst());
+    return seq()->selection.tracks.getFirst();
 }
 
 // By the menu.

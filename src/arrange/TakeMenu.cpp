@@ -15,9 +15,9 @@ namespace {
 
 /// The selected part, if it is the only one.
 CPart* onlyPart(CSeq* seq) {
-    CList parts;
+    ListOf<CPart> parts;
     seq->getProg()->getSelectedParts(&parts);
-    return parts.getCount() == 1 ? static_cast<CPart*>(parts.getFirst()) : nullptr;
+    return parts.getCount() == 1 ? parts.getFirst() : nullptr;
 }
 
 } // namespace

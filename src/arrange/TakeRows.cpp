@@ -24,7 +24,7 @@ TakeSpan takeSpan(const ArrangeState& state, const ArrangeRow& row, CPart* part)
 
 CPart* takePartAt(const ArrangeState& state, const ArrangeRow& row, int x) {
     CPart* found = nullptr;
-    for (auto* part : each<CPart>(row.songTrack->parts)) {
+    for (auto* part : row.songTrack->parts) {
         const TakeSpan span = takeSpan(state, row, part);
         if (!span.empty() && x >= state.axis().xOf(span.from) && x < state.axis().xOf(span.to))
             found = part;
@@ -56,7 +56,7 @@ void useTake(const ArrangeState& state, CSongTrack* track, int take) {
     CSeq* seq = state.seq();
     if (state.qv->recording || state.qv->recUndo) return;
     std::vector<CPart*> parts;
-    for (auto* part : each<CPart>(track->parts))
+    for (auto* part : track->parts)
         if (takesOf(part)) parts.push_back(part);
     const auto chosen = [](const CPart* part) { return part->selected(); };
     if (std::ranges::any_of(parts, chosen)) std::erase_if(parts, std::not_fn(chosen));

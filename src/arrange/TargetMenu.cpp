@@ -3,9 +3,11 @@
 #include "engine/CQV.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/TrackInstrument.h"
 #include "sequencer/song/TrackRouting.h"
 #include "ui/PluginMenu.h"
 #include "ui/Song.h"
+#include "ui/Workspace.h"
 
 namespace {
 
@@ -22,7 +24,7 @@ void TargetMenu::fill(CPopup* popup, Workspace& workspace, CSeq* seq,
     song = seq;
     led = tracks;
     targets = trackTargets(seq, tracks.front());
-    const CComp* now = trackTarget(seq, tracks.front());
+    CComp* now = trackTarget(seq, tracks.front());
     const auto entry = [&](const CStr& text, int tag, bool checked) {
         CMenuItem* item = popup->add(text, new _COnChange<TargetMenu>(this, &TargetMenu::chosen));
         item->tag = tag;
@@ -30,10 +32,24 @@ void TargetMenu::fill(CPopup* popup, Workspace& workspace, CSeq* seq,
     };
     for (size_t i = 0; i < targets.size(); i++) entry(targets[i]->id, int(i), targets[i] == now);
     popup->addSeparator();
-    if (tracks.front()->kind == trackMIDI)
+    if (tracks.front()->kind == trackMIDI) {
+        popup->add("Add synthesizer", new _COnChange<TargetMenu>(this, &TargetMenu::addClicked));
         fillPluginMenu(popup->addSub("Plug-in"), workspace, PluginUse::instrument,
                        [this](std::unique_ptr<CComp> made) { play(std::move(made)); });
+    }
     entry("None", tagNone, !now);
+    if (!now || !workspace.hasEditor(now)) return;
+    popup->addSeparator();
+    popup->add("Open " + now->id, new _COnChange<TargetMenu>(this, &TargetMenu::openClicked));
+}
+
+void TargetMenu::addClicked(CObject*) {
+    play(newSynthesizer(qv));
+}
+
+void TargetMenu::openClicked(CObject*) {
+    if (songOf(qv) != song || !song->tracks.contains(led.front())) return;
+    if (CComp* now = trackTarget(song, led.front())) now->edit(true);
 }
 
 /// The first of the tracks plays it, and then the others, all in one step.

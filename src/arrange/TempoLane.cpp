@@ -49,7 +49,7 @@ const CList& TempoLane::points(CSeq* seq) const {
 TempoLane::Scale TempoLane::scale() const {
     CSeq* seq = state.seq();
     double low = double(seq->host->songTempo), high = low;
-    for (const auto* p : each<CTempoPart>(seq->getProg()->tempos)) {
+    for (const auto* p : seq->getProg()->tempos) {
         low = std::min(low, double(p->getTempo()));
         high = std::max(high, double(p->getTempo()));
     }
@@ -98,7 +98,7 @@ void TempoLane::paintGround(CGraphic* g, CRect asked) {
         if (!line) path.lineTo(asMin(toX, width + 1), yOf(toBpm) + 0.5);
         strokePath(g, path, 1, colour);
     };
-    for (const auto* p : each<CTempoPart>(seq->getProg()->tempos)) {
+    for (const auto* p : seq->getProg()->tempos) {
         const int at = xOf(double(p->pos) + shiftOf(p).ticks);
         const double to = bpmOf(p, shiftOf(p));
         if (at >= 0 && x <= width) stretch(at, to);
@@ -108,7 +108,7 @@ void TempoLane::paintGround(CGraphic* g, CRect asked) {
     }
     line = false;
     if (x <= width) stretch(width + 1, bpm);
-    const auto* opening = static_cast<CTempoPart*>(seq->getProg()->tempos.getFirst());
+    const auto* opening = seq->getProg()->tempos.getFirst();
     if (opening && opening->pos == 0) return;
     const double own = double(seq->host->songTempo);
     const int y = asMax(0, yOf(own) - textHeight);
@@ -155,7 +155,7 @@ std::vector<double> TempoLane::look(const CPart* point) const {
 void TempoLane::fillMenu(CPopup* popup, CPart* point) {
     popup->addSeparator();
     addEntry(popup, "In a line to the next", tagRamp);
-    static_cast<CMenuItem*>(popup->items.last())->checked = tempo(point)->ramp != 0;
+    popup->items.last()->checked = tempo(point)->ramp != 0;
 }
 
 void TempoLane::chosenEntry(CSeq*, CPart* point, int) {

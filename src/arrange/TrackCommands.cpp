@@ -22,7 +22,7 @@ using Tracks = std::vector<CTrack*>;
 /// In the order of the song.
 Tracks chosen(CSeq* seq) {
     Tracks all;
-    for (auto* t : each<CTrack>(seq->tracks))
+    for (auto* t : seq->tracks)
         if (t->selected()) all.push_back(t);
     return all;
 }
@@ -41,20 +41,20 @@ bool isSummed(const CTrack* track) {
 
 /// In the current program.
 bool hasTakes(const CTrack* track) {
-    for (const auto* t : each<CSongTrack>(track->seq->getProg()->tracks))
+    for (const auto* t : track->seq->getProg()->tracks)
         if (t->track == track)
-            for (auto* part : each<CPart>(t->parts))
+            for (auto* part : t->parts)
                 if (takesOf(part)) return true;
     return false;
 }
 
 void toggleAll(CSeq* seq, StoredValue (*valueOf)(CSongTrack*), const char* step) {
     bool any = false;
-    const CList& tracks = seq->getProg()->tracks;
-    for (auto* t : each<CSongTrack>(tracks)) any = any || valueOf(t).get()[0] != 0.0;
+    const auto& tracks = seq->getProg()->tracks;
+    for (auto* t : tracks) any = any || valueOf(t).get()[0] != 0.0;
     ValueDoor& door = *seq->host->values;
     door.begin(step);
-    for (auto* t : each<CSongTrack>(tracks)) door.set(valueOf(t), any ? 0.0 : 1.0);
+    for (auto* t : tracks) door.set(valueOf(t), any ? 0.0 : 1.0);
     door.end();
 }
 
@@ -110,8 +110,7 @@ void TrackCommands::bindSwitches() {
     const auto ofSelected = [this](auto&& is) {
         bool any = false;
         if (state.seq())
-            for (const auto* t : each<CSongTrack>(state.seq()->selection.tracks))
-                any = any || is(t);
+            for (const auto* t : state.seq()->selection.tracks) any = any || is(t);
         return any;
     };
     state.actions.bind(
@@ -152,9 +151,9 @@ void TrackCommands::showTakes() {
 /// Of the selected tracks that have some.
 void TrackCommands::showNotes() {
     bool all = true;
-    for (const auto* t : each<CSongTrack>(state.seq()->selection.tracks))
+    for (const auto* t : state.seq()->selection.tracks)
         all = all && (!hasNotes(t) || state.rows.showsNotes(t->track));
-    for (const auto* t : each<CSongTrack>(state.seq()->selection.tracks))
+    for (const auto* t : state.seq()->selection.tracks)
         if (hasNotes(t)) state.rows.showNotes(t->track, !all);
     state.rowsChanged();
 }
@@ -175,8 +174,8 @@ void TrackCommands::fold() {
 }
 
 bool TrackCommands::canStep(int by) const {
-    const CList& tracks = state.seq()->tracks;
-    return !static_cast<CTrack*>(by < 0 ? tracks.getFirst() : tracks.last())->selected();
+    const auto& tracks = state.seq()->tracks;
+    return !(by < 0 ? tracks.getFirst() : tracks.last())->selected();
 }
 
 /// Over the neighbour, whose folder they join.
@@ -185,13 +184,13 @@ void TrackCommands::step(int by) {
     const Tracks tracks = chosen(seq);
     CTrack* edge = by < 0 ? tracks.front() : tracks.back();
     const int at = seq->tracks.indexed(edge);
-    auto* over = static_cast<CTrack*>(seq->tracks.items(at + by));
-    while (over && isInside(over, edge)) over = static_cast<CTrack*>(seq->tracks.next(over));
+    auto* over = seq->tracks.items(at + by);
+    while (over && isInside(over, edge)) over = seq->tracks.next(over);
     if (!over) return;
     TrackTarget target{over, over->folder};
     if (by > 0) {
         const bool into = over->kind == trackFolder && over->open();
-        target = {static_cast<CTrack*>(seq->tracks.next(over)), into ? over : over->folder.load()};
+        target = {seq->tracks.next(over), into ? over : over->folder.load()};
     }
     moveTracksTo(seq, tracks, target);
 }

@@ -50,7 +50,7 @@ COutputChannel* soundOf(CQV* qv, CTrack* track) {
         CComp* group = folderGroup(track->seq, track);
         return group ? group->output() : nullptr;
     }
-    for (CComp* c : each<CComp>(qv->comps))
+    for (CComp* c : qv->comps)
         if (c->output() && fedBy(c, track->outPort())) return c->output();
     return nullptr;
 }
@@ -192,7 +192,7 @@ void TrackHead::findSound() {
 
 std::vector<CCtrl*> TrackHead::stops() {
     std::vector<CCtrl*> all = {this};
-    for (CCtrl* c : each<CCtrl>(controls))
+    for (CCtrl* c : controls)
         if (c->visible && c->enabled) all.push_back(c);
     return all;
 }

@@ -59,7 +59,7 @@ CRect notesBox(const ArrangeState& state, const ArrangeRow& row, CPart* part) {
 void paintNotes(const ArrangeState& state, const ArrangeRow& row, const ArrangeGesture* gesture,
                 CGraphic* g, CRect asked) {
     const NoteLook look{clEvent.fillCol, clEventSelected.fillCol, clGrid.fillCol};
-    for (auto* part : each<CPart>(row.songTrack->parts)) {
+    for (auto* part : row.songTrack->parts) {
         const CRect box = intersect(notesBox(state, row, part), asked);
         if (box.empty() || part->type == partAudio) continue;
         const NotePlace place = notesOf(state, row, part);

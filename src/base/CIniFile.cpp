@@ -61,7 +61,7 @@ private:
 };
 
 void IniText::locate(const CStr& section) {
-    for (const CStringItem* item : each<CStringItem>(lines().list)) {
+    for (const CStringItem* item : lines().list) {
         const CStr name = strToSection(item->text);
         if (!name.empty() && head >= 0) return;
         if (!name.empty() && sameText(name, section)) head = end;
@@ -71,7 +71,7 @@ void IniText::locate(const CStr& section) {
 
 int IniText::find(const CStr& key) const {
     int at = 0;
-    for (const CStringItem* item : each<CStringItem>(lines().list)) {
+    for (const CStringItem* item : lines().list) {
         if (at >= end) return -1;
         const CStr& line = item->text;
         if (head >= 0 && at > head && line.pos("=") >= 0 && sameText(strToIdent(line), key))
@@ -126,7 +126,7 @@ void CIniFile::readSection(const CStr& section, CStringList* lines) {
     const IniText text(path, section);
     if (text.head < 0) return;
     int at = 0;
-    for (const CStringItem* item : each<CStringItem>(text.lines().list)) {
+    for (const CStringItem* item : text.lines().list) {
         if (at > text.head && at < text.end && !item->text.empty()) lines->add(item->text);
         ++at;
     }

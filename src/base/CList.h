@@ -2,8 +2,10 @@
 
 #include "base/Atomic.h"
 
+#include <array>
 #include <cstddef>
 #include <iterator>
+#include <type_traits>
 
 /// An item of a CList.
 struct CListItem {
@@ -129,6 +131,39 @@ CListRange<T> each(const CList& list) {
     return CListRange<T>(list);
 }
 
+/// A list of one class, which is read back as what was stored; for the rest a CList, and whoever
+/// knows it as that only has to keep to the class.
+template <class T>
+class ListOf : public CList {
+public:
+    T* items(int i) const { return typed(CList::items(i)); }
+    T* getItem(int i) const { return items(i); }
+    T* getFirst() const { return items(0); }
+    T* first() { return typed(CList::first()); }
+    T* next_old() { return typed(CList::next_old()); }
+    T* next(const T* p) const { return typed(CList::next(p)); }
+    T* last() const { return typed(CList::last()); }
+    T* pop() { return typed(CList::pop()); }
+    void add(T* p) { CList::add(p); }
+    void addUnique(T* p) { CList::addUnique(p); }
+    void addLast(T* p) { CList::addLast(p); }
+    void insert(int i, T* p) { CList::insert(i, p); }
+    void replace(const T* a, T* b) { CList::replace(a, b); }
+
+    auto begin() const { return CListRange<T>(*this).begin(); } ///< the walk of `each`
+    auto end() const { return CListRange<T>(*this).end(); }
+
+private:
+    static T* typed(void* p) { return static_cast<T*>(p); }
+};
+
+/// Lists of several classes, for a loop that knows what they have in common.
+template <class... L>
+auto listsOf(L&... lists) {
+    using Any = std::conditional_t<(std::is_const_v<L> || ...), const CList, CList>;
+    return std::array<Any*, sizeof...(L)>{&lists...};
+}
+
 /// Empties a list whose contents the caller owns, and deletes them.
 template <class T>
 void deleteAll(CList& list) {
@@ -137,4 +172,9 @@ void deleteAll(CList& list) {
         list.del(0);
         delete object;
     }
+}
+
+template <class T>
+void deleteAll(ListOf<T>& list) {
+    deleteAll<T>(static_cast<CList&>(list));
 }

@@ -28,5 +28,5 @@ public:
     int getInt(const CStr& key, int def) const;
 
 private:
-    CList list; ///< of Item, owned
+    ListOf<Item> list; ///< owned
 };

@@ -10,7 +10,7 @@ CStringList::~CStringList() {
 void CStringList::add(const CStr& s) {
     if (!sorted) return append(s);
     int at = 0;
-    for (CStringItem* item : each<CStringItem>(list)) {
+    for (CStringItem* item : list) {
         if (compareText(item->text, s) > 0) break;
         ++at;
     }
@@ -26,17 +26,17 @@ void CStringList::insert(int i, const CStr& s) {
 }
 
 CStr CStringList::get(int i) const {
-    const auto* item = static_cast<CStringItem*>(list.items(i));
+    const auto* item = list.items(i);
     return item ? item->text : CStr();
 }
 
 void CStringList::setItem(int i, const CStr& s) {
-    if (auto* item = static_cast<CStringItem*>(list.items(i))) item->text = s;
+    if (auto* item = list.items(i)) item->text = s;
 }
 
 int CStringList::indexOf(const CStr& s) const {
     int at = 0;
-    for (CStringItem* item : each<CStringItem>(list)) {
+    for (CStringItem* item : list) {
         if (item->text == s) return at;
         ++at;
     }
@@ -44,7 +44,7 @@ int CStringList::indexOf(const CStr& s) const {
 }
 
 void CStringList::del(int i) {
-    auto* item = static_cast<CStringItem*>(list.items(i));
+    auto* item = list.items(i);
     list.del(i);
     delete item;
 }
@@ -54,7 +54,7 @@ void CStringList::exchange(int i, int j) {
 }
 
 void CStringList::clear() {
-    deleteAll<CStringItem>(list);
+    deleteAll(list);
 }
 
 bool CStringList::save(const CStr& path) const {
@@ -62,7 +62,7 @@ bool CStringList::save(const CStr& path) const {
     CFileStream* to = file.stream();
     if (!to) return false;
     const char* separator = "";
-    for (CStringItem* item : each<CStringItem>(list)) {
+    for (CStringItem* item : list) {
         const CStr line = separator + item->text;
         to->write(line.asChar(), line.length());
         separator = "\r\n";

@@ -20,8 +20,8 @@ public:
     CStringList(const CStringList&) = delete;
     CStringList& operator=(const CStringList&) = delete;
 
-    CList list;          ///< of CStringItem, owned
-    bool sorted = false; ///< `add` sorts, without regard to case; equal ones stay in order
+    ListOf<CStringItem> list; ///< owned
+    bool sorted = false;      ///< `add` sorts, without regard to case; equal ones stay in order
 
     void add(const CStr& s);           ///< sorted or at the end
     void append(const CStr& s);        ///< at the end, sorted or not

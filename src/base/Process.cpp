@@ -19,7 +19,7 @@ constexpr int exitNotFound = 127;
 /// Starts a program without our other files; false if that failed.
 bool spawn(const CStringList& argv, pid_t& pid) {
     std::vector<CStr> texts;
-    for (const CStringItem* item : each<CStringItem>(argv.list)) texts.push_back(item->text);
+    for (const CStringItem* item : argv.list) texts.push_back(item->text);
     if (texts.empty()) return false;
     std::vector<char*> args;
     args.reserve(texts.size() + 1);

@@ -106,7 +106,7 @@ void BrowserSearch::addPlugins(CTree& tree, const Words& words) const {
 
 void BrowserSearch::addSamples(CTree& tree, const Words& words) const {
     Group group(tree, topKind(nodePool)->title);
-    for (const auto* sample : each<CSample>(workspace.host()->samples)) {
+    for (const auto* sample : workspace.host()->samples) {
         const CStr name = extractFileName(sample->filename);
         if (holds(name, words)) group.add(name, nodePoolSample, sample->filename);
     }
@@ -114,7 +114,7 @@ void BrowserSearch::addSamples(CTree& tree, const Words& words) const {
 
 void BrowserSearch::addActions(CTree& tree, const Words& words) const {
     Group group(tree, "Actions");
-    for (auto* action : each<CAction>(workspace.commands().actions)) {
+    for (auto* action : workspace.commands().actions) {
         if (!action->bound() || !holds(action->label, words)) continue;
         const CStr key = shortcutToStr(action->key, action->mods);
         group.add(action->label + (key.empty() ? CStr() : " (" + key + ")"), nodeAction, "")->data =

@@ -30,7 +30,7 @@ CStr lastPart(const CStr& folder) {
 }
 
 void eachNode(const CTreeNode* below, const std::function<void(CTreeNode*)>& visit) {
-    for (auto* node : each<CTreeNode>(below->children)) {
+    for (auto* node : below->children) {
         visit(node);
         eachNode(node, visit);
     }
@@ -155,7 +155,7 @@ void BrowserTree::fillFolder(CTreeNode* node) {
 }
 
 void BrowserTree::fillPool(CTreeNode* node) {
-    for (const auto* sample : each<CSample>(host->samples)) {
+    for (const auto* sample : host->samples) {
         const char* where =
             sample->streamed ? (fileExists(sample->filename) ? "" : " (?)") : " (RAM)";
         addFile(node, sample->filename, nodePoolSample, extractFileName(sample->filename) + where);
@@ -176,8 +176,7 @@ void BrowserTree::fillShelf(CTreeNode* node) {
 void BrowserTree::fillComponents(CTreeNode* node) {
     for (const BrowserDeeds::Component& component : deeds.components) {
         addFile(node, "", nodeComponent, component.name);
-        static_cast<CTreeNode*>(node->children.last())->data =
-            const_cast<BrowserDeeds::Component*>(&component);
+        node->children.last()->data = const_cast<BrowserDeeds::Component*>(&component);
     }
 }
 
@@ -207,11 +206,11 @@ void BrowserTree::reopen(CTreeNode* node, const std::set<std::string>& open) {
     if (!open.contains(keyOf(node))) return;
     fill(node);
     node->expanded = !node->children.empty();
-    for (auto* child : each<CTreeNode>(node->children)) reopen(child, open);
+    for (auto* child : node->children) reopen(child, open);
 }
 
 void BrowserTree::refreshNode(int kind) {
-    for (auto* node : each<CTreeNode>(root.children))
+    for (auto* node : root.children)
         if (node->kind == kind) refresh(node);
 }
 

@@ -179,9 +179,9 @@ void CBrowser::searchClicked(CObject*) {
     if (!field->text.trim().empty()) look();
     BrowserTree* shows = front();
     win->setKeyCtrl(shows);
-    auto* group = static_cast<CTreeNode*>(shows->root.children.getFirst());
+    auto* group = shows->root.children.getFirst();
     if (!searching || !group) return;
-    auto* first = static_cast<CTreeNode*>(group->children.getFirst());
+    auto* first = group->children.getFirst();
     shows->select(first ? first : group);
     chosen(shows);
 }

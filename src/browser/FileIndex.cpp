@@ -187,13 +187,12 @@ void FileIndex::look(const Job& job) {
     listing.place = {job.root.kind, job.root.path};
     CStringList subfolders, names;
     listing.gone = !readDir(job.root.path.c_str(), job.root.filter, &subfolders, &names, false);
-    for (const auto* name : each<CStringItem>(names.list)) {
+    for (const auto* name : names.list) {
         if (files + waiting + int(listing.folder.names.size()) >= mostFiles) break;
         listing.folder.names.emplace_back(name->text.asChar());
         listing.folder.lower.push_back(small(listing.folder.names.back()));
     }
-    for (const auto* name : each<CStringItem>(subfolders.list))
-        listing.folders.emplace_back(name->text.asChar());
+    for (const auto* name : subfolders.list) listing.folders.emplace_back(name->text.asChar());
     noteSeen(listing);
     waiting.fetchAdd(int(listing.folder.names.size()));
     const std::lock_guard guard(mutex);

@@ -27,7 +27,7 @@ CStr renameFile(CQV* host, const CStr& path, const CStr& name) {
         return "A name has letters, and neither \"/\" nor \"\\\" in it nor \".\" in front";
     if (fileExists(to) || folderExists(to)) return name + " is there already";
     if (!moveFile(path, to)) return "Could not rename " + extractFileName(path);
-    for (auto* sample : each<CSample>(host->samples)) {
+    for (auto* sample : host->samples) {
         if (!(sample->filename == path)) continue;
         sample->filename = to;
         host->setModified();

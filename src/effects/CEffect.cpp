@@ -35,7 +35,7 @@ CEffectProg::CEffectProg() {
 }
 
 CEffectProg::~CEffectProg() {
-    deleteAll<CFX>(effects);
+    deleteAll(effects);
 }
 
 CEffect::CEffect(CQV* root) : CComp(root) {
@@ -67,7 +67,7 @@ CComp* CEffect::copy() {
 template <class F>
 void CEffect::eachEffect(F&& visit) {
     const auto eachOf = [&visit](CObject* prog) {
-        for (auto* fx : each<CFX>(static_cast<CEffectProg*>(prog)->effects)) visit(fx);
+        for (auto* fx : static_cast<CEffectProg*>(prog)->effects) visit(fx);
     };
     for (auto* prog : each<CEffectProg>(progs)) eachOf(prog);
     host->eachHeld([&](CObject* object) {
@@ -97,7 +97,7 @@ int CEffect::getDelay() {
     const CEffectProg* prog = getProg();
     if (!prog) return 0;
     int frames = 0;
-    for (const auto* fx : each<CFX>(prog->effects))
+    for (const auto* fx : prog->effects)
         if (fx->enabled) frames += fx->latency();
     return frames;
 }
@@ -113,7 +113,7 @@ void CEffect::idle() {
 
 void CEffect::start() {
     for (auto* prog : each<CEffectProg>(progs))
-        for (auto* fx : each<CFX>(prog->effects)) fx->start();
+        for (auto* fx : prog->effects) fx->start();
 }
 
 void CEffect::planRender(PlanBuilder& plan) {
@@ -170,7 +170,7 @@ std::optional<MacroStyle> CEffect::macroStyle(int macro) {
 bool CEffect::followsKey() const {
     const auto* prog = static_cast<const CEffectProg*>(progs.items(curProg));
     if (prog)
-        for (const auto* fx : each<CFX>(prog->effects))
+        for (const auto* fx : prog->effects)
             if (fx->type == fxCompressor || fx->type == fxGate) return true;
     return false;
 }
@@ -191,7 +191,7 @@ bool CEffect::runChain(const CEffectProg& prog, int frames, int offset) {
     std::fill_n(right, frames, 0.0f);
     bool ran = false;
     const float tempo = host->plans->timeOf(this).bpm;
-    for (auto* fx : each<CFX>(prog.effects)) {
+    for (auto* fx : prog.effects) {
         if (!fx->enabled || !isEffectKind(fx->type)) continue;
         fx->tempo = tempo;
         giveKey(*fx, offset);

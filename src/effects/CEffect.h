@@ -5,10 +5,12 @@
 #include "engine/KeyInput.h"
 #include "engine/Macros.h"
 
+class CFX;
+
 /// A program of the rack: a chain of effects, in the order in which they sound.
 class CEffectProg : public CProgram {
 public:
-    CList effects; ///< of CFX, owned
+    ListOf<CFX> effects; ///< owned
 
     CEffectProg();
     ~CEffectProg() override;

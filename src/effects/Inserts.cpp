@@ -62,7 +62,7 @@ std::unique_ptr<CEffect> makeInsert(COutputChannel* ch, int kind) {
 }
 
 CFX* effectOf(CEffect* rack) {
-    return static_cast<CFX*>(rack->getProg()->effects.getFirst());
+    return rack->getProg()->effects.getFirst();
 }
 
 CComp* addInsert(COutputChannel* ch, int kind, int index) {
@@ -104,7 +104,7 @@ bool addSendFile(CQV* host, const CStr& path) {
 }
 
 CComp* replaceInsert(COutputChannel* ch, int index, std::unique_ptr<CComp> made) {
-    auto* former = static_cast<CComp*>(ch->inserts.items(index));
+    auto* former = ch->inserts.items(index);
     if (!former) return addInsert(ch, std::move(made), index);
     CQV* host = ch->comp->host;
     CUndo* step = host->undoStart("Replace " + former->id, host, rewired);
@@ -146,7 +146,7 @@ float gainReductionDb(CComp* insert) {
     const CEffectProg* prog = static_cast<CEffect*>(insert)->getProg();
     float sum = 0.0f;
     if (prog)
-        for (const auto* fx : each<CFX>(prog->effects))
+        for (const auto* fx : prog->effects)
             if (fx->type == fxCompressor && fx->enabled)
                 sum += static_cast<const CCompressor*>(fx)->reduction;
     return sum;

@@ -25,7 +25,7 @@ void removeEffect(CEffect* rack, CEffectProg* prog, CFX* fx) {
 }
 
 bool moveEffect(CEffect* rack, CEffectProg* prog, CFX* fx, int index) {
-    CList& chain = prog->effects;
+    auto& chain = prog->effects;
     const int to = placeIn(chain, index);
     if (!chain.contains(fx) || staysAt(chain, fx, to)) return false;
     CUndo* step = rack->host->undoStart("Move " + effectName(fx->type), rack, chainChanged);

@@ -215,7 +215,7 @@ void writeEffectProg(CStream* s, const CEffectProg& prog) {
     s->writeId("prog", prog.id.length() + int(sizeof(int)) * (1 + progSpare));
     s->writeStr(prog.id);
     writeZeros(s, progSpare);
-    for (auto* fx : each<CFX>(prog.effects)) writeEffect(s, *fx);
+    for (auto* fx : prog.effects) writeEffect(s, *fx);
 }
 
 RackContent::~RackContent() {

@@ -22,8 +22,8 @@ public:
     static constexpr int mostProgs = 1024; ///< against files made of heads only, as those below
     static constexpr int mostInChain = 64, mostEffects = 1024;
 
-    CList progs;       ///< of CEffectProg, owned until somebody takes them
-    int progIndex = 0; ///< as stored
+    ListOf<CEffectProg> progs; ///< owned until somebody takes them
+    int progIndex = 0;         ///< as stored
     MacroNumbers macros = noMacros();
     MacroLooks looks;
 

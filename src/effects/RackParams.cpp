@@ -25,7 +25,7 @@ ParamRef rackParamOf(CEffect& rack, const CFX& fx, const Setting& setting) {
 RackSetting rackSettingOf(CEffect& rack, int param) {
     const CEffectProg* prog = rack.getProg();
     if (!prog || param < 0) return {};
-    auto* fx = static_cast<CFX*>(prog->effects.items(param / paramsOfEffect));
+    auto* fx = prog->effects.items(param / paramsOfEffect);
     if (!fx) return {};
     const Settings all = paramsOf(*fx);
     const size_t row = size_t(param % paramsOfEffect);

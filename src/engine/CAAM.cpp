@@ -37,7 +37,7 @@ CAAM::~CAAM() {
     audioClose();
     if (loaded) call(aamShutdown);
     if (handle) dlclose(handle);
-    deleteAll<CAudioDevice>(audioDevs);
+    deleteAll(audioDevs);
     delete onChange;
     if (qv && qv->aam == this) qv->aam = nullptr;
     if (aam == this) aam = nullptr;
@@ -65,7 +65,7 @@ CStr CAAM::nameFrom(AamOp op, int i) {
 }
 
 void CAAM::getAudioDeviceNames() {
-    deleteAll<CAudioDevice>(audioDevs);
+    deleteAll(audioDevs);
     const int count = int(call(aamDeviceCount));
     for (int i = 0; i < count; ++i) audioDevs.add(new CAudioDevice(nameFrom(aamDeviceName, i)));
 }
@@ -201,7 +201,7 @@ int CAAM::findLost() {
 }
 
 CStr CAAM::audioName(int i) {
-    const auto* dev = static_cast<CAudioDevice*>(audioDevs.items(i));
+    const auto* dev = audioDevs.items(i);
     return dev ? dev->name : CStr();
 }
 

@@ -31,8 +31,8 @@ public:
     CAAM(const CAAM&) = delete;
     CAAM& operator=(const CAAM&) = delete;
 
-    COnChange* onChange = nullptr; ///< owned; called when a device was opened, before it starts
-    CList audioDevs;               ///< of CAudioDevice, owned
+    COnChange* onChange = nullptr;  ///< owned; called when a device was opened, before it starts
+    ListOf<CAudioDevice> audioDevs; ///< owned
     int driverType = 0;
     bool loaded = false;
     bool opened = false;

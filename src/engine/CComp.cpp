@@ -33,8 +33,8 @@ void decay(Shared<float>& peak) {
     peak = std::max(peak - meterFall, 0.0f);
 }
 
-CComp* feedingSeq(CList& midiCables) {
-    for (auto* cable : each<CMIDICable>(midiCables))
+CComp* feedingSeq(const ListOf<CMIDICable>& midiCables) {
+    for (auto* cable : midiCables)
         if (cable->fromComp && cable->fromComp->type == compSeq) return cable->fromComp;
     return nullptr;
 }
@@ -67,17 +67,17 @@ void CComp::edit(bool show) {
 }
 
 void CComp::idle() {
-    for (auto* ch : each<COutputChannel>(outputs)) ch->idle();
+    for (auto* ch : outputs) ch->idle();
     if (notices.take(CompNotice::maps)) editorHooks()->refreshMap(this);
     editorHooks()->idle(this);
 }
 
 void CComp::afteridle() {
-    for (auto* in : each<CInputChannel>(inputs)) {
+    for (auto* in : inputs) {
         decay(in->peakL);
         decay(in->peakR);
     }
-    for (auto* ch : each<COutputChannel>(outputs)) ch->peakFadeout();
+    for (auto* ch : outputs) ch->peakFadeout();
     eachInsert([](CComp* insert) {
         if (COutputChannel* out = insert->output()) out->peakFadeout();
     });
@@ -86,12 +86,12 @@ void CComp::afteridle() {
 void CComp::prepare(int frames) {
     assert(heldByThread());
     processed = mixed = fxDone = false;
-    for (auto* in : each<CInputChannel>(inputs)) clearStereo(in->bufL, in->bufR, frames);
-    for (auto* ch : each<COutputChannel>(outputs)) clearStereo(ch->bufL, ch->bufR, frames);
+    for (auto* in : inputs) clearStereo(in->bufL, in->bufR, frames);
+    for (auto* ch : outputs) clearStereo(ch->bufL, ch->bufR, frames);
     if (listKind != listInsert) findSourceSeq();
-    for (auto* ch : each<COutputChannel>(outputs)) adoptInserts(ch);
+    for (auto* ch : outputs) adoptInserts(ch);
     for (auto* port : each<CMIDIQ>(inPorts)) port->clear();
-    for (auto* port : each<CMIDIQ>(outPorts)) {
+    for (auto* port : outPorts) {
         port->clear();
         port->freezeItems = nullptr;
     }
@@ -110,7 +110,7 @@ void CComp::planStrip(PlanBuilder& plan) {
 // A sequencer's channels make it its own source. The word is stored once: others read it meanwhile.
 void CComp::findSourceSeq() {
     CComp* found = feedingSeq(midiCables);
-    for (auto* ch : each<COutputChannel>(outputs)) {
+    for (auto* ch : outputs) {
         if (!ch->comp || ch->comp->type != compSeq) continue;
         if (ch->comp == this)
             found = this;
@@ -121,7 +121,7 @@ void CComp::findSourceSeq() {
 }
 
 void CComp::adoptInserts(COutputChannel* ch) {
-    for (auto* insert : each<CComp>(ch->inserts)) {
+    for (auto* insert : ch->inserts) {
         insert->listKind = listInsert;
         insert->ownerChannel = ch;
         insert->sourceSeq = sourceSeq;
@@ -129,12 +129,12 @@ void CComp::adoptInserts(COutputChannel* ch) {
 }
 
 void CComp::setFrames(int frames) {
-    for (auto* in : each<CInputChannel>(inputs)) in->createBuffers(frames);
-    for (auto* ch : each<COutputChannel>(outputs)) ch->setFrames(frames);
+    for (auto* in : inputs) in->createBuffers(frames);
+    for (auto* ch : outputs) ch->setFrames(frames);
 }
 
 void CComp::setRate(double rate) {
-    for (auto* ch : each<COutputChannel>(outputs)) ch->setRate(rate);
+    for (auto* ch : outputs) ch->setRate(rate);
 }
 
 void CComp::enable(ToStore<int> on) {
@@ -175,7 +175,7 @@ CComp* CComp::copy() {
 }
 
 void CComp::copySendData(CList* records) {
-    for (auto* ch : each<COutputChannel>(outputs)) records->add(new CSendRecord(ch));
+    for (auto* ch : outputs) records->add(new CSendRecord(ch));
 }
 
 CProgram* CComp::getProgram(int index) {
@@ -261,15 +261,15 @@ void CComp::copyIO(CComp* src) {
 }
 
 void CComp::copyCables(CComp* src, CUndo* undo) {
-    for (auto* cable : each<CAudioCable>(src->audioCables))
+    for (auto* cable : src->audioCables)
         if (CInputChannel* to = input(src->inputs.indexed(cable->toChannel)))
             if (auto* twin = createAudioCable(this, cable->fromChannel, to))
                 addTwin(undo, twin, &audioCables, cable);
-    for (auto* cable : each<CMIDICable>(src->midiCables))
+    for (auto* cable : src->midiCables)
         if (CMIDIQ* to = inPort(src->inPorts.indexed(cable->toPort)))
             if (auto* twin = createMIDICable(this, cable->fromPort, to))
                 addTwin(undo, twin, &midiCables, cable);
-    for (auto* dest : each<CComp>(host->comps)) {
+    for (auto* dest : host->comps) {
         copyAudioTo(dest, src, undo);
         copyMIDITo(dest, src, undo);
     }
@@ -277,7 +277,7 @@ void CComp::copyCables(CComp* src, CUndo* undo) {
 }
 
 void CComp::copyAudioTo(CComp* dest, CComp* src, CUndo* undo) {
-    for (auto* cable : each<CAudioCable>(dest->audioCables)) {
+    for (auto* cable : dest->audioCables) {
         COutputChannel* from = output(src->outputs.indexed(cable->fromChannel));
         if (auto* twin = from ? createAudioCable(dest, from, cable->toChannel) : nullptr)
             addTwin(undo, twin, &dest->audioCables, cable);
@@ -285,7 +285,7 @@ void CComp::copyAudioTo(CComp* dest, CComp* src, CUndo* undo) {
 }
 
 void CComp::copyMIDITo(CComp* dest, CComp* src, CUndo* undo) {
-    for (auto* cable : each<CMIDICable>(dest->midiCables)) {
+    for (auto* cable : dest->midiCables) {
         CMIDIQ* from = outPort(src->outPorts.indexed(cable->fromPort));
         if (auto* twin = from ? createMIDICable(dest, from, cable->toPort) : nullptr)
             addTwin(undo, twin, &dest->midiCables, cable);
@@ -301,13 +301,13 @@ void CComp::editMap(CWin*) {
 }
 
 void CComp::createBuffers(int frames) {
-    for (auto* in : each<CInputChannel>(inputs)) in->createBuffers(frames);
-    for (auto* ch : each<COutputChannel>(outputs)) ch->createBuffers(frames);
+    for (auto* in : inputs) in->createBuffers(frames);
+    for (auto* ch : outputs) ch->createBuffers(frames);
 }
 
 void CComp::destroyBuffers() {
-    for (auto* in : each<CInputChannel>(inputs)) in->destroyBuffers();
-    for (auto* ch : each<COutputChannel>(outputs)) ch->destroyBuffers();
+    for (auto* in : inputs) in->destroyBuffers();
+    for (auto* ch : outputs) ch->destroyBuffers();
 }
 
 COutputChannel* CComp::output(int index) {

@@ -17,6 +17,10 @@
 #include <cassert>
 #include <vector>
 
+class CAudioCable;
+class CInputChannel;
+class CMIDICable;
+class CMapProg;
 class CGraphic;
 class CMouseEdit;
 class CQV;
@@ -62,9 +66,9 @@ public:
     Shared<COutputChannel*> ownerChannel{nullptr}; ///< of an insert: the channel that holds it
     Shared<int> listKind{listNone};
     int idleState = 2;
-    CList comps; ///< of CComp, owned children
+    ListOf<CComp> comps; ///< owned children
     Stored<int> curProg{0};
-    CList progs; ///< of CProgram, owned
+    ListOf<CProgram> progs; ///< owned
     Stored<int> enabled{1};
     Shared<int> sleeping{0}; ///< 1 while an undo step holds the component off the graph
     int posX = 32, posY = 32, iconW = 32, iconH = 32;
@@ -74,17 +78,17 @@ public:
     Shared<CComp*> sourceSeq{nullptr};
     CEditorStruct editorStruct;
     CEditorStruct mapStruct;
-    CList outputs; ///< of COutputChannel, owned
-    CList inputs;  ///< of CInputChannel, owned
+    ListOf<COutputChannel> outputs; ///< owned
+    ListOf<CInputChannel> inputs;   ///< owned
     int curOutput = 0;
-    CList outPorts; ///< of COutputPort (CKeyboard: a plain CMIDIQ), owned
-    CList inPorts;  ///< of CInputPort, owned
+    ListOf<CMIDIQ> outPorts; ///< owned: of COutputPort, but the keyboard's
+    ListOf<CMIDIQ> inPorts;  ///< owned
     bool processed = false, mixed = false, fxDone = false; ///< of this block; graph holder
     Shared<bool> busy{false};                              ///< inside `process`
-    CList audioCables;                                     ///< of CAudioCable, owned in-edges
-    CList midiCables;                                      ///< of CMIDICable, owned in-edges
+    ListOf<CAudioCable> audioCables;                       ///< owned in-edges
+    ListOf<CMIDICable> midiCables;                         ///< owned in-edges
     Stored<float> wet{1.0f};                               ///< wet share of an insert, 0 to 1
-    CList maps;                                            ///< of CMapProg, owned; host only
+    ListOf<CMapProg> maps;                                 ///< owned; host only
     Shared<int> curMap{0};
     Shared<unsigned char> allNotesOff{0}; ///< the next `mergeMIDI` silences every channel
     Shared<int> sync{0};
@@ -241,8 +245,8 @@ public:
     /// `visit` gets each insert of each output.
     template <class F>
     void eachInsert(F&& visit) {
-        for (auto* ch : each<COutputChannel>(outputs)) {
-            for (auto* insert : each<CComp>(ch->inserts)) visit(insert);
+        for (auto* ch : outputs) {
+            for (auto* insert : ch->inserts) visit(insert);
         }
     }
 

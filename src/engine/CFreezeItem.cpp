@@ -15,7 +15,7 @@ void CFreezeItem::setSample(CSample* s) {
 
 bool playsFrozen(const CComp* comp) {
     if (comp->host->renderMode) return false;
-    for (auto* cable : each<CMIDICable>(comp->midiCables)) {
+    for (auto* cable : comp->midiCables) {
         const CList* items = cable->fromPort ? cable->fromPort->freezeItems : nullptr;
         if (!items) continue;
         for (auto* item : each<CFreezeItem>(*items))

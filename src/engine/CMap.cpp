@@ -14,7 +14,7 @@ constexpr float mapStep = 0.007874016f; ///< 1 / 127
 } // namespace
 
 CMapProg::~CMapProg() {
-    deleteAll<CMap>(items);
+    deleteAll(items);
 }
 
 bool CMap::learn(const CMIDIBytes* e) {

@@ -64,7 +64,7 @@ class CMapProg : public CObject {
 public:
     int value = 1;
     CStr name = "program";
-    CList items; ///< of CMap, owned
+    ListOf<CMap> items; ///< owned
 
     CMapProg() = default;
     ~CMapProg() override;

@@ -31,7 +31,7 @@ CMixer::CMixer(CQV* root) : CComp(root) {
 }
 
 CMixer::~CMixer() {
-    deleteAll<CMixScene>(scenes);
+    deleteAll(scenes);
 }
 
 void CMixer::init() {
@@ -43,7 +43,7 @@ void CMixer::clear() {
         progs.del(0);
         delete prog;
     }
-    deleteAll<CMixScene>(scenes);
+    deleteAll(scenes);
 }
 
 CMixProg* CMixer::getProg(int index) {
@@ -95,7 +95,7 @@ void CMixer::renameProg(const CStr& name) {
 // Scenes.
 
 CMixScene* CMixer::sceneAt(int index) const {
-    return static_cast<CMixScene*>(scenes.items(index));
+    return scenes.items(index);
 }
 
 void CMixer::addScene() {
@@ -134,7 +134,7 @@ void CMixer::renameScene(CMixScene* scene, const CStr& name) {
 }
 
 void CMixer::bindScenes() {
-    for (auto* scene : each<CMixScene>(scenes)) scene->bind(host);
+    for (auto* scene : scenes) scene->bind(host);
 }
 
 void CMixer::read(CStream* stream, int end) {
@@ -171,7 +171,7 @@ void CMixer::write(CStream* stream) {
         stream->writeStr(prog->id);
         writeIntBlock(stream, "sh", prog->sh);
     }
-    for (const auto* scene : each<CMixScene>(scenes)) {
+    for (const auto* scene : scenes) {
         const OpenBlock block(stream, "scene");
         scene->write(stream, host);
     }

@@ -19,8 +19,8 @@ public:
 /// What a project keeps of the mixer view. Held by whoever shows or saves it; no part of the graph.
 class CMixer : public CComp {
 public:
-    int mxv = 7;  ///< flags of the view
-    CList scenes; ///< of CMixScene, owned
+    int mxv = 7;              ///< flags of the view
+    ListOf<CMixScene> scenes; ///< owned
 
     explicit CMixer(CQV* root);
     ~CMixer() override;

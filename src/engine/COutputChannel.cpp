@@ -113,7 +113,7 @@ COutputChannel::COutputChannel(CComp* owner) {
 }
 
 COutputChannel::~COutputChannel() {
-    while (auto* insert = static_cast<CComp*>(inserts.first())) {
+    while (auto* insert = inserts.first()) {
         inserts.del(0);
         delete insert;
     }
@@ -134,22 +134,22 @@ StripMeters& COutputChannel::meters() {
 
 void COutputChannel::createBuffers(int frames) {
     createStereo(bufL, bufR, frames);
-    for (auto* insert : each<CComp>(inserts)) insert->createBuffers(frames);
+    for (auto* insert : inserts) insert->createBuffers(frames);
 }
 
 void COutputChannel::destroyBuffers() {
     destroyStereo(bufL, bufR);
-    for (auto* insert : each<CComp>(inserts)) insert->destroyBuffers();
+    for (auto* insert : inserts) insert->destroyBuffers();
 }
 
 void COutputChannel::setFrames(int frames) {
     createBuffers(frames);
-    for (auto* insert : each<CComp>(inserts)) insert->setFrames(frames);
+    for (auto* insert : inserts) insert->setFrames(frames);
 }
 
 void COutputChannel::setRate(double rate) {
     for (CEQ* band : eq) band->setRate(float(rate));
-    for (auto* insert : each<CComp>(inserts)) insert->setRate(rate);
+    for (auto* insert : inserts) insert->setRate(rate);
     if (StripMeters* made = measured()) made->loudness.setRate(rate);
 }
 
@@ -265,7 +265,7 @@ void COutputChannel::processFX(CMIDIBytes* events, int frames) {
         for (const PlanInsert& insert : *all)
             if (!insert.fade.over()) runInsert(insert.comp, src, events, frames);
     } else {
-        for (auto* insert : each<CComp>(inserts)) runInsert(insert, src, events, frames);
+        for (auto* insert : inserts) runInsert(insert, src, events, frames);
     }
     if (src != this) copyStereo(bufL, bufR, src, frames);
 }
@@ -343,7 +343,7 @@ void COutputChannel::copySend(const COutputChannel* src, int index) {
 }
 
 void COutputChannel::copyInserts(COutputChannel* src) {
-    for (auto* insert : each<CComp>(src->inserts)) {
+    for (auto* insert : src->inserts) {
         CComp* twin = insert->copy();
         if (!twin) continue;
         twin->wet = float(insert->wet);
@@ -357,5 +357,5 @@ void COutputChannel::copyInserts(COutputChannel* src) {
 
 void COutputChannel::idle() {
     if (eqChanged && eqChanged.exchange(0)) eqChangeTime = asTimeInMS();
-    for (auto* insert : each<CComp>(inserts)) insert->idle();
+    for (auto* insert : inserts) insert->idle();
 }

@@ -6,6 +6,7 @@
 
 struct CMIDIBytes;
 struct ParamUnit;
+class CComp;
 class CEQ;
 class CQV;
 class StripMeters;
@@ -50,7 +51,7 @@ public:
     Shared<unsigned char> powerWanted{0};
     int sections[4] = {-1, -1, -1, -1}; ///< which sections the mixer shows
     CSend* sendLevels[maxSends] = {};   ///< owned, one per possible bus
-    CList inserts;                      ///< of CComp, owned
+    ListOf<CComp> inserts;              ///< owned
     CEQ* eq[eqBandCount] = {};          ///< owned; bands that are `active` run, in this order
     int eqState = 0;
     Shared<int> eqChangeTime{0}; ///< asTimeInMS of the latest change of the equaliser

@@ -20,7 +20,6 @@
 #include "engine/Solo.h"
 #include "engine/SongClock.h"
 #include "engine/SpectrumTap.h"
-#include "engine/TransportRing.h"
 #include "engine/ValueDoor.h"
 #include "engine/Workers.h"
 #include "engine/plan/GraphPlan.h"
@@ -40,13 +39,13 @@ constexpr float activityFall = 0.33f;
 } // namespace
 
 CQV::CQV()
-    : CComp(this), UndoHost(this), SamplePool(this), values(std::make_unique<ValueDoor>(this)),
-      deviceMidi(std::make_unique<DeviceMidi>()), clock(std::make_unique<SongClock>()),
-      plans(std::make_unique<GraphPlans>(this)), workers(std::make_unique<GraphWorkers>(this)) {
+    : CComp(this), Transport(this), UndoHost(this), SamplePool(this),
+      values(std::make_unique<ValueDoor>(this)), deviceMidi(std::make_unique<DeviceMidi>()),
+      clock(std::make_unique<SongClock>()), plans(std::make_unique<GraphPlans>(this)),
+      workers(std::make_unique<GraphWorkers>(this)) {
     type = compQV;
     id = "sondrava";
     tasks = new CTasks(this);
-    transport = new TransportRing;
     spectrum = new SpectrumTap;
     spectrum->setFrames(frames);
     dft = new CDFT;
@@ -66,18 +65,17 @@ CQV::~CQV() {
     writeSettings();
     diskThread->finish();
     peakThread->finish();
-    for (CThread* thread : each<CThread>(threads)) thread->finish();
+    for (CThread* thread : threads) thread->finish();
     CQV::clear();
     delete click;
     delete tasks;
     delete diskThread;
     delete peakThread;
     delete preview.load();
-    deleteAll<CThread>(threads);
-    deleteAll<CElastiqueRender>(stretchers);
+    deleteAll(threads);
+    deleteAll(stretchers);
     delete inQueue;
     delete renderCallback;
-    delete transport;
     delete spectrum;
     delete dft;
 }
@@ -103,11 +101,11 @@ void CQV::releaseHold() {
 void CQV::parkWorkers() {
     diskThread->park();
     peakThread->park();
-    for (CThread* thread : each<CThread>(threads)) thread->park();
+    for (CThread* thread : threads) thread->park();
 }
 
 void CQV::unparkWorkers() {
-    for (CThread* thread : each<CThread>(threads)) thread->unpark();
+    for (CThread* thread : threads) thread->unpark();
     peakThread->unpark();
     diskThread->unpark();
 }
@@ -127,7 +125,7 @@ void CQV::prepare(int n) {
     CComp::prepare(n);
     spreadSolo(this);
     CComp* first = nullptr;
-    for (CComp* c : each<CComp>(comps)) {
+    for (CComp* c : comps) {
         c->listKind = listComps;
         c->prepare(n);
         if (!first && c->type == compSeq) first = c;
@@ -146,10 +144,10 @@ void CQV::setFrames(int n) {
     workers->makeScratch();
     spectrum->setFrames(n);
     CComp::setFrames(n);
-    for (CComp* c : each<CComp>(comps)) c->setFrames(n);
+    for (CComp* c : comps) c->setFrames(n);
     for (CComp* c : each<CComp>(sends)) c->setFrames(n);
     setHeldFrames(n);
-    deleteAll<CElastiqueRender>(stretchers);
+    deleteAll(stretchers);
 }
 
 bool CQV::makeStretcher() {
@@ -161,14 +159,12 @@ bool CQV::makeStretcher() {
 void CQV::setRate(double hz) {
     if (!(hz >= minRate) || float(hz) == rate) return;
     const GraphHold hold(this);
-    rate = float(hz);
-    invRate = float(1.0 / hz);
-    framesInMs = std::max(asRound(hz * 0.001), 1);
+    setClockRate(hz);
     CComp::setRate(hz);
-    for (CComp* c : each<CComp>(comps)) c->setRate(hz);
+    for (CComp* c : comps) c->setRate(hz);
     for (CComp* c : each<CComp>(sends)) c->setRate(hz);
     setHeldRate(hz);
-    deleteAll<CElastiqueRender>(stretchers);
+    deleteAll(stretchers);
 }
 
 CStr CQV::getName(CObject* io) {
@@ -182,24 +178,55 @@ CStr CQV::getName(CObject* io) {
 // Steps.
 
 void CQV::perform(CUndoItem* item, int op) {
-    for (CComp* c : each<CComp>(comps))
+    for (CComp* c : comps)
         if (c->type == compSeq) c->perform(item, op);
 }
 
 bool CQV::takesWhole(const CUndoItem* item) {
-    for (CComp* c : each<CComp>(comps))
+    for (CComp* c : comps)
         if (c->type == compSeq && c->takesWhole(item)) return true;
     return false;
 }
 
 void CQV::planStep(UndoPlan& plan, CUndo* step) {
-    for (CComp* c : each<CComp>(comps))
+    for (CComp* c : comps)
         if (c->type == compSeq) c->planStep(plan, step);
 }
 
 void CQV::performPlan() {
-    for (CComp* c : each<CComp>(comps))
+    for (CComp* c : comps)
         if (c->type == compSeq) c->performPlan();
+}
+
+// The transport.
+
+void CQV::start() {
+    askStart();
+}
+
+void CQV::stop() {
+    askStop();
+}
+
+void CQV::rec() {
+    askRec();
+}
+
+void CQV::setPos(double ticks) {
+    askPos(ticks);
+}
+
+void CQV::setLoop(ToStore<int> on) {
+    loop = on;
+}
+
+double CQV::ticksPerFrame() const {
+    return clock->exact(framesToTicks(1.0));
+}
+
+void CQV::createTempoMap() {
+    inQueue->clear();
+    if (masterSeq) masterSeq->getTempoMap(inQueue);
 }
 
 // The interface tick.
@@ -217,11 +244,11 @@ void CQV::idle() {
     idleRender();
     idleProgramChange();
     idleMessages();
-    for (CComp* c : each<CComp>(comps)) c->idle();
+    for (CComp* c : comps) c->idle();
     for (CComp* c : each<CComp>(sends)) c->idle();
     editorHooks()->mainIdle();
     midiActivity = std::max(midiActivity - activityFall, 0.0f);
-    for (CComp* c : each<CComp>(comps)) c->afteridle();
+    for (CComp* c : comps) c->afteridle();
     for (CComp* c : each<CComp>(sends)) c->afteridle();
     if (spectrumOn) spectrum->transform(*dft);
     if (aam) aam->idle();
@@ -239,11 +266,11 @@ void CQV::idleTake() {
 
 void CQV::finishTake() {
     // What the take still has in its queues belongs to this step.
-    for (CComp* c : each<CComp>(comps))
+    for (CComp* c : comps)
         if (c->type == compSeq) c->idle();
     // A take that begins now has a step of its own.
     undoEnd(std::exchange(recUndo, nullptr), false);
-    for (CComp* c : each<CComp>(comps)) c->afterRec();
+    for (CComp* c : comps) c->afterRec();
 }
 
 void CQV::endTake() {
@@ -254,7 +281,7 @@ void CQV::endTake() {
         hostNotices.raise(HostNotice::transport);
     }
     if (recUndo) return finishTake();
-    for (CComp* c : each<CComp>(comps)) c->afterRec();
+    for (CComp* c : comps) c->afterRec();
 }
 
 void CQV::idleRender() {
@@ -342,17 +369,17 @@ void CQV::emptyProject() {
     setPosNow(0.0);
     undoClear();
     markSaved(saveMark());
-    deleteAll<CMIDIQ>(outPorts);
-    deleteAll<CMIDICable>(midiCables);
-    deleteAll<CInputChannel>(inputs);
-    deleteAll<COutputChannel>(outputs);
-    deleteAll<CAudioCable>(audioCables);
-    deleteAll<CComp>(comps);
+    deleteAll(outPorts);
+    deleteAll(midiCables);
+    deleteAll(inputs);
+    deleteAll(outputs);
+    deleteAll(audioCables);
+    deleteAll(comps);
     deleteAll<CComp>(sends);
     setTempo(usualTempo);
     tempoNow = usualTempo;
     deleteSamples();
-    deleteAll<CMapProg>(maps);
+    deleteAll(maps);
     curMap = 0;
     editorHooks()->deleteMap(this);
     mapStruct = CEditorStruct();
@@ -363,7 +390,7 @@ void CQV::emptyProject() {
 // Looking up.
 
 CComp* CQV::firstOfType(int wanted) {
-    for (CComp* c : each<CComp>(comps))
+    for (CComp* c : comps)
         if (c->type == wanted) return c;
     return nullptr;
 }
@@ -386,7 +413,7 @@ CComp* CQV::getMIDIOut() {
 
 CStr CQV::autoNameComp(const CStr& name) {
     const auto taken = [this](const CStr& wanted) {
-        for (const CComp* c : each<CComp>(comps))
+        for (const CComp* c : comps)
             if (c->id == wanted) return true;
         return false;
     };

@@ -4,12 +4,16 @@
 #include "base/CSettings.h"
 #include "engine/CComp.h"
 #include "engine/CTasks.h"
+#include "engine/GraphClock.h"
 #include "engine/GraphHold.h"
 #include "engine/SamplePool.h"
+#include "engine/Transport.h"
 #include "engine/UndoHost.h"
 
 #include <memory>
 
+class CElastiqueRender;
+class CGroupCh;
 class CAAM;
 class CClick;
 class CDFT;
@@ -25,46 +29,26 @@ class GraphPlans;
 class GraphWorkers;
 class SongClock;
 class SpectrumTap;
-class TransportRing;
 class ValueDoor;
 struct GraphScratch;
-struct TransportCall;
-
-/// Slowest rate that the engine runs at.
-constexpr double minRate = 8000.0;
-/// Beats per minute of a new project.
-constexpr float usualTempo = 120.0f;
 
 /// The host: root of the graph, owner of everything that lives for the length of a run. One object,
 /// reached through `qv`.
-///
-/// Transport calls (start, stop, rec, setPos and their synced kin) may come from the interface
-/// thread: while blocks are coming they are queued and served at the start of the next one, else,
-/// and for a thread that holds the graph, they act at once, so that a getter sees the result.
-class CQV : public CComp, public UndoHost, public SamplePool {
+class CQV : public CComp, public GraphClock, public Transport, public UndoHost, public SamplePool {
 public:
     Shared<bool> renderPending{false};
     bool settingsEnabled = true;
     COnChange* renderCallback = nullptr; ///< owned until called
     Shared<float> midiActivity{0.0f};
     Shared<int> audioSuspended{0}; ///< counts suspensions; the callback then only plays silence
-    Shared<double> pos{0.0};       ///< ticks
-    Shared<float> tempoNow{usualTempo}, tempo{usualTempo}; ///< beats per minute, 10 to 250
-    Stored<float> songTempo{usualTempo}; ///< the same, in force before the song's first tempo point
-    Shared<int> playing{0}, recording{0};
-    Shared<int> renderMode{0}; ///< 1: the graph belongs to an offline operation
+    Shared<int> renderMode{0};     ///< 1: the graph belongs to an offline operation
     bool renderDry = false, renderFreeze = false;
-    Shared<int64_t> framesPlayed{0}; ///< since position 0
-    Shared<bool> transportChanged{false};
     bool damaged = false;            ///< the project's file has more than could be read of it
     Shared<unsigned> changes{0};     ///< counts what may have to be saved, undo and redo included
     Notices<HostNotice> hostNotices; ///< to the interface; `delays` to the cycle
     Shared<int> changedFolders{0};   ///< mode of the list that HostNotice `folders` is about
     static constexpr int stretcherCount = 8;
-    CList stretchers; ///< of CElastiqueRender, owned: all that can sound at one time
-    int frames = 1024;
-    Shared<float> rate{44100.0f}, invRate{1.0f / 44100.0f};
-    Shared<int> framesInMs{44};          ///< round(rate * 0.001), at least 1
+    ListOf<CElastiqueRender> stretchers; ///< owned: all that can sound at one time
     Shared<CComp*> masterSeq{nullptr};   ///< first sequencer; found in `prepare`
     CAAM* aam = nullptr;                 ///< not owned
     Shared<unsigned char> spectrumOn{1}; ///< 1: what reaches the audio out goes into `dft`
@@ -73,25 +57,20 @@ public:
     Shared<int> lastCC{0}, learned{0};
     CTasks* tasks;                           ///< owned
     const std::unique_ptr<ValueDoor> values; ///< what the user sets goes through it
-    CList sends;                             ///< of CGroupCh, owned
+    ListOf<CGroupCh> sends;                  ///< owned
     CStr presetFolder, clipFolder, sampleFolder;
-    Stored<int> loopStart{0}, loopEnd{3840}, loop{0}; ///< ticks
-    bool positionJumped = false;                      ///< during the block after a transport change
-    CClick* click;                                    ///< owned
-    Shared<CPreviewBase*> preview{nullptr};           ///< owned
-    CFileMapperBase* fileMapper = nullptr;            ///< not owned
+    CClick* click;                          ///< owned
+    Shared<CPreviewBase*> preview{nullptr}; ///< owned
+    CFileMapperBase* fileMapper = nullptr;  ///< not owned
     bool idling = false;
-    Shared<int> startTime{0};         ///< asTimeInMS of the last start
-    Shared<int> startPos{0};          ///< ticks
     Shared<float> listenVolume{1.0f}; ///< squared at the device outputs
     CSettings settings;
-    CList threads;                    ///< of CThread, owned
+    ListOf<CThread> threads;          ///< owned
     CMIDIQ* inQueue;                  ///< owned; the tempo map
     int mapLearn = 0;                 ///< 1: `addMap` makes maps
     int recBits = 16;                 ///< of recorded files
     int recLatency = 0;               ///< frames
     Shared<int> requestedProgram{-1}; ///< program change on its way to the file mapper, -1 none
-    unsigned blocks = 0;              ///< counts those that ran; graph holder
     const std::unique_ptr<DeviceMidi> deviceMidi; ///< for the driver's callback
     const std::unique_ptr<SongClock> clock;       ///< what rates of control count from
 
@@ -130,21 +109,9 @@ public:
     using CComp::rec;
     /// Recording on or off; stopped, begins with the count-in if there is one.
     void rec();
-    /// The song's own tempo, clamped; in force from the next block on, until a tempo point says
-    /// otherwise. Any thread.
-    void setTempo(ToStore<float> bpm);
-    /// Makes a call now, or at the start of the next block if that has to wait (see above).
-    void onTransport(const TransportCall& call);
     /// Ends a take at once and closes its step. Interface thread.
     void endTake();
-    void startSynced();
-    void stopSynced();
-    void setPosSynced(double ticks);
-    void setTempoSynced(float bpm);
-    /// At the constant tempo of this block.
-    double framesToTicks(double f) const;
-    double ticksToFrames(double ticks) const;
-    /// The same for a frame, as playback counts it; see `SongClock::exact`. Graph holder.
+    /// Ticks of a frame, as playback counts them; see `SongClock::exact`. Graph holder.
     double ticksPerFrame() const;
     void createTempoMap();
 
@@ -213,11 +180,6 @@ public:
     /// For the interface thread that has tried in vain: blocks stay off until it succeeds.
     void insistOnHold() { interfaceInsists = true; }
     void releaseHold();
-    /// Whether a transport call of this thread has to wait for the next block.
-    bool mustQueue() const;
-    /// Makes the transport calls that wait. Graph holder.
-    void serveTransport();
-    bool transportWaiting() const;
 
     // Workers.
     /// Has every worker stand still while content that it may be using is freed.
@@ -227,21 +189,13 @@ public:
 private:
     std::atomic<GraphOwner> owner{GraphOwner::free};
     Shared<bool> interfaceInsists{false}; ///< the next block leaves the graph to the interface
-    TransportRing* transport;             ///< owned
     SpectrumTap* spectrum;                ///< owned
     CDiskThread* diskThread;              ///< owned
     CPeakThread* peakThread;              ///< owned
 
-    void startNow();
-    void stopNow();
-    void recNow();
-    void setPosNow(double ticks);
-    void startRecording();
-
     void runBlock(int frames);
     void serveMaps(CMIDIBytes* e);
     void runPreview(int frames);
-    void advance(int frames);
 
     void emptyProject();
     void addDevice(CComp* c, int x, int y);

@@ -2,6 +2,7 @@
 
 #include "base/Delegates.h"
 #include "base/Numbers.h"
+#include "engine/GraphClock.h"
 
 #include <iterator>
 
@@ -9,7 +10,6 @@ namespace {
 
 constexpr int defaultIndex = 3, barIndex = 6;
 constexpr int fixedTicks[barIndex] = {30, 60, 120, 240, 480, 960};
-constexpr int ticksPerQuarter = 960;
 constexpr int maxBarPart = 960;
 
 bool inRange(int choice) {

@@ -131,7 +131,7 @@ CUndoItem* CUndo::asToggle(CObject* object, unsigned bits) {
 }
 
 void CUndo::asValue(const StoredValue& value, const StoredValue::Numbers& before) {
-    for (const auto* item : each<CUndoItem>(items))
+    for (const auto* item : items)
         if (item->kept && item->kept->value == value) return;
     CUndoItem* item = newItem(nullptr);
     item->kept = std::make_unique<KeptValue>(KeptValue{value, before});
@@ -140,7 +140,7 @@ void CUndo::asValue(const StoredValue& value, const StoredValue::Numbers& before
 
 void CUndo::drop(const CObject* object) {
     CList old;
-    while (auto* item = static_cast<CUndoItem*>(items.first())) {
+    while (auto* item = items.first()) {
         items.del(0);
         old.add(item);
     }

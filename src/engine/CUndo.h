@@ -6,10 +6,13 @@
 #include "engine/Notices.h"
 #include "engine/StoredValue.h"
 
+#include <cassert>
 #include <memory>
+#include <type_traits>
 #include <unordered_map>
 #include <vector>
 
+class CSendRecord;
 class CComp;
 class CUndo;
 class WordChanges;
@@ -55,7 +58,7 @@ public:
     int growth = 0;
     unsigned* toggled = nullptr; ///< flags of `object`: `toggledBits` of them change
     unsigned toggledBits = 0;
-    CList reorder;               ///< of CSendRecord, owned: send levels around a change of buses
+    ListOf<CSendRecord> reorder; ///< owned: send levels around a change of buses
     CList parts;                 ///< free list for `CComp::perform`, contents not owned
     CList* addTo = nullptr;      ///< where the object goes, in the forward direction, or null
     CList* removeFrom = nullptr; ///< where it comes from, or null
@@ -88,7 +91,7 @@ public:
     StepEffects effects;
     bool busy = false;
     bool viewOnly = false;         ///< how the project is shown: nothing that counts as a change
-    CList items;                   ///< of CUndoItem, owned
+    ListOf<CUndoItem> items;       ///< owned
     CUndoItem* lastItem = nullptr; ///< of `items`
     /// How lists stood before the step put them in another order, for who plans the way back. The
     /// objects are only good for being compared.
@@ -99,6 +102,20 @@ public:
     CUndoItem* asRemove(CObject* object, CList* from);
     /// `index` counts in `to` as it is before the move, -1 is the end.
     CUndoItem* asMove(CObject* object, CList* from, CList* to, int index = -1);
+    /// The same for lists that tell of what class they are, and take nothing else.
+    template <class T>
+    CUndoItem* asAdd(std::type_identity_t<T>* object, ListOf<T>* to, int index = -1) {
+        return asAdd(entry<T>(object), static_cast<CList*>(to), index);
+    }
+    template <class T>
+    CUndoItem* asRemove(std::type_identity_t<T>* object, ListOf<T>* from) {
+        return asRemove(entry<T>(object), static_cast<CList*>(from));
+    }
+    template <class T>
+    CUndoItem* asMove(std::type_identity_t<T>* object, ListOf<T>* from, ListOf<T>* to,
+                      int index = -1) {
+        return asMove(entry<T>(object), static_cast<CList*>(from), static_cast<CList*>(to), index);
+    }
     /// For an object that the caller has linked into `to` already, by a graph task: acts on undo
     /// and redo. A null `from` means that it was in no list before.
     CUndoItem* add2(CObject* object, CList* to, CList* from, int index = -1);
@@ -122,5 +139,12 @@ public:
     void drop(const CObject* object);
 
 private:
+    /// Steps know contents of lists as CObject: what lies elsewhere in its class cannot be moved.
+    template <class T>
+    static CObject* entry(T* object) {
+        CObject* known = object;
+        assert(static_cast<void*>(known) == static_cast<void*>(object));
+        return known;
+    }
     CUndoItem* newItem(CObject* object);
 };

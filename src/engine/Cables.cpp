@@ -30,10 +30,10 @@ void eachKeyList(CComp* c, F&& visit) {
 }
 
 void listCablesInto(CList* midi, CList* audio, CComp* to, CComp* c, CUndo* undo) {
-    for (auto* cable : each<CMIDICable>(to->midiCables))
+    for (auto* cable : to->midiCables)
         if (cable->fromComp == c || touches(cable->fromPort, cable->toPort, c))
             take(cable, &to->midiCables, midi, undo);
-    for (auto* cable : each<CAudioCable>(to->audioCables))
+    for (auto* cable : to->audioCables)
         if (cable->fromComp == c || touches(cable->fromChannel, cable->toChannel, c))
             take(cable, &to->audioCables, audio, undo);
     eachKeyList(to, [&](CList& keys) {
@@ -43,9 +43,9 @@ void listCablesInto(CList* midi, CList* audio, CComp* to, CComp* c, CUndo* undo)
 }
 
 void listOutputInto(CComp* to, CObject* io, CList* cables) {
-    for (auto* cable : each<CMIDICable>(to->midiCables))
+    for (auto* cable : to->midiCables)
         if (cable->fromPort == io) cables->add(cable);
-    for (auto* cable : each<CAudioCable>(to->audioCables))
+    for (auto* cable : to->audioCables)
         if (cable->fromChannel == io) cables->add(cable);
 }
 
@@ -53,7 +53,7 @@ void listOutputInto(CComp* to, CObject* io, CList* cables) {
 template <class F>
 void eachBelow(CComp* tree, F&& visit) {
     visit(tree);
-    for (auto* child : each<CComp>(tree->comps)) eachBelow(child, visit);
+    for (auto* child : tree->comps) eachBelow(child, visit);
     if (!tree->host || tree != tree->host) return;
     for (auto* bus : each<CComp>(tree->host->sends)) eachBelow(bus, visit);
 }
@@ -136,26 +136,26 @@ CMIDICable* createMIDICable(CComp* to, CMIDIQ* from, CMIDIQ* toPort) {
 
 CAudioCable* getAudioCable(CComp* to, COutputChannel* from, CInputChannel* toCh) {
     if (!toCh) toCh = to->input();
-    for (auto* cable : each<CAudioCable>(to->audioCables))
+    for (auto* cable : to->audioCables)
         if (cable->fromChannel == from && cable->toChannel == toCh) return cable;
     return nullptr;
 }
 
 CMIDICable* getMIDICable(CComp* to, CMIDIQ* from, CMIDIQ* toPort) {
     if (!toPort) toPort = to->inPort();
-    for (auto* cable : each<CMIDICable>(to->midiCables))
+    for (auto* cable : to->midiCables)
         if (cable->fromPort == from && cable->toPort == toPort) return cable;
     return nullptr;
 }
 
 bool fedBy(const CComp* to, const CMIDIQ* from) {
-    for (const auto* cable : each<CMIDICable>(to->midiCables))
+    for (const auto* cable : to->midiCables)
         if (from && cable->fromPort == from) return true;
     return false;
 }
 
 bool fedBy(const CComp* to, const COutputChannel* from) {
-    for (const auto* cable : each<CAudioCable>(to->audioCables))
+    for (const auto* cable : to->audioCables)
         if (from && cable->fromChannel == from) return true;
     return false;
 }

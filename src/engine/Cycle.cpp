@@ -10,7 +10,6 @@
 #include "engine/DeviceMidi.h"
 #include "engine/SongClock.h"
 #include "engine/SpectrumTap.h"
-#include "engine/TransportRing.h"
 #include "engine/plan/GraphPlan.h"
 #include "engine/plan/GraphWorkers.h"
 
@@ -125,7 +124,7 @@ void send(CMIDIOut* c, DeviceBlock& block) {
 }
 
 void receiveAll(const DeviceBlock& block) {
-    for (CComp* c : each<CComp>(qv->comps)) {
+    for (CComp* c : qv->comps) {
         if (c->type == compMIDIIn) receive(static_cast<CMIDIIn*>(c), block);
         if (c->type == compAudioIn) receive(static_cast<CAudioIn*>(c), block);
     }
@@ -137,7 +136,7 @@ void sendAll(DeviceBlock& block) {
     const size_t ended = block.sent;
     if (block.from == 0)
         block.sent += size_t(qv->deviceMidi->sendOutside(block.room.subspan(ended)));
-    for (CComp* c : each<CComp>(qv->comps)) {
+    for (CComp* c : qv->comps) {
         if (c->type == compAudioOut) send(static_cast<CAudioOut*>(c), block, g);
         if (c->type == compMIDIOut) send(static_cast<CMIDIOut*>(c), block);
     }
@@ -210,8 +209,7 @@ long libio(float** ins, float** outs, long numIns, long numOuts, long frames, vo
 }
 
 void CQV::process(int n) {
-    assert(heldByThread());
-    transport->drain();
+    serveTransport();
     const bool counting = recording && click->countIn >= 1;
     if (!counting && (clock->due() || !playing)) tempoNow = tempo;
     if (busy) return;
@@ -263,12 +261,4 @@ void CQV::runPreview(int n) {
     for (CPreviewBase* p = first; p; p = p->next.loadAcquire())
         if (p->getPlaying())
             p->process(ch->bufL, ch->bufR, scratch().left.data(), scratch().right.data(), n);
-}
-
-void CQV::advance(int n) {
-    framesPlayed = framesPlayed + n;
-    double at = clock->exact(pos) + n * ticksPerFrame();
-    const int from = loopStart, end = loopEnd;
-    if (sync == 1 && loop && end > from && at >= end) at = from + std::fmod(at - from, end - from);
-    pos = at;
 }

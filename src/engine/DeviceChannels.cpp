@@ -29,7 +29,7 @@ constexpr Direction outputs = {compAudioOut, "Audio Out", 32 + 256, make<CAudioO
 /// The first of them that `wanted` says yes to.
 template <class F>
 CDeviceAudio* find(CQV* host, const Direction& direction, F&& wanted) {
-    for (CComp* c : each<CComp>(host->comps)) {
+    for (CComp* c : host->comps) {
         auto* device = c->type == direction.type ? static_cast<CDeviceAudio*>(c) : nullptr;
         if (device && wanted(device)) return device;
     }

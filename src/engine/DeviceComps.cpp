@@ -23,7 +23,6 @@ void writeSigned(CStream* stream, int value) {
 }
 
 constexpr int autoqChoices[] = {16, 8, 4};
-constexpr int ticksPerQuarter = 960;
 constexpr double shortestTicks = 120.0; ///< of a note that was let go before it began
 
 } // namespace

@@ -19,8 +19,8 @@ int numHooks = 0;
 template <class F>
 void forgetInMaps(CQV* host, F forgets) {
     bool changed = false;
-    for (auto* prog : each<CMapProg>(host->maps))
-        for (auto* map : each<CMap>(prog->items))
+    for (auto* prog : host->maps)
+        for (auto* map : prog->items)
             if (forgets(map)) changed = true;
     if (changed) host->notices.raise(CompNotice::maps);
 }
@@ -51,7 +51,7 @@ void forgetObjects(CQV* host, const ForgetSet& gone) {
         });
         dropCables(host, gone);
         host->plans->forget(gone);
-        for (auto* c : each<CComp>(host->comps))
+        for (auto* c : host->comps)
             if (c->type == compAudioOut) static_cast<CAudioOut*>(c)->forget(gone);
     }
     for (const CObject* object : gone.all()) host->values->forget(object);

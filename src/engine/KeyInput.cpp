@@ -28,11 +28,11 @@ bool closesCircle(CComp* keyed, COutputChannel* from) {
 } // namespace
 
 CKeyInput::~CKeyInput() {
-    deleteAll<CAudioCable>(cables);
+    deleteAll(cables);
 }
 
 COutputChannel* CKeyInput::source() const {
-    const auto* cable = static_cast<const CAudioCable*>(cables.getFirst());
+    const auto* cable = cables.getFirst();
     return cable ? cable->fromChannel : nullptr;
 }
 
@@ -59,7 +59,7 @@ bool setKey(CComp* keyed, COutputChannel* from) {
     CKeyInput* key = keyInputOf(keyed);
     if (!key || key->source() == from) return false;
     CUndo* step = keyed->host->undoStart("Side chain", keyed->host, {.graph = true});
-    for (auto* cable : each<CAudioCable>(key->cables)) step->asRemove(cable, &key->cables);
+    for (auto* cable : key->cables) step->asRemove(cable, &key->cables);
     if (from) step->asAdd(makeKeyCable(keyed, from), &key->cables);
     keyed->host->undoEnd(step, true);
     return true;
@@ -68,9 +68,9 @@ bool setKey(CComp* keyed, COutputChannel* from) {
 std::vector<COutputChannel*> keySources(CComp* keyed) {
     std::vector<COutputChannel*> all;
     CQV* host = keyed->host;
-    for (const CList* list : {&host->comps, &host->sends})
+    for (const CList* list : listsOf(host->comps, host->sends))
         for (auto* c : each<CComp>(*list))
-            for (auto* strip : each<COutputChannel>(c->outputs))
+            for (auto* strip : c->outputs)
                 if (mayKey(keyed, strip)) all.push_back(strip);
     return all;
 }
@@ -94,7 +94,7 @@ void eachKeyed(CQV* host, const std::function<void(CComp*, CKeyInput&)>& visit) 
     const auto look = [&visit](CComp* c) {
         if (CKeyInput* key = keyInputOf(c)) visit(c, *key);
     };
-    for (const CList* list : {&host->comps, &host->sends})
+    for (const CList* list : listsOf(host->comps, host->sends))
         for (auto* c : each<CComp>(*list)) {
             look(c);
             c->eachInsert(look);
@@ -103,7 +103,7 @@ void eachKeyed(CQV* host, const std::function<void(CComp*, CKeyInput&)>& visit) 
 
 void removeKeys(CQV* host, CUndo* undo, const std::function<bool(COutputChannel*)>& goes) {
     eachKeyed(host, [&](CComp*, CKeyInput& key) {
-        for (auto* cable : each<CAudioCable>(key.cables))
+        for (auto* cable : key.cables)
             if (goes(cable->fromChannel)) undo->asRemove(cable, &key.cables);
     });
 }

@@ -19,8 +19,8 @@ class CUndo;
 /// member of the component. Lists as those of a component.
 class CKeyInput {
 public:
-    CList cables;          ///< of CAudioCable, owned; none, or one, into `channel`
-    CInputChannel channel; ///< what it brings in a block, silence if it brings nothing
+    ListOf<CAudioCable> cables; ///< owned; none, or one, into `channel`
+    CInputChannel channel;      ///< what it brings in a block, silence if it brings nothing
 
     explicit CKeyInput(CComp* owner) : channel(owner) {}
     ~CKeyInput();

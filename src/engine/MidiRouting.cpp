@@ -50,12 +50,12 @@ private:
 } // namespace
 
 CMapProg* currentMaps(CQV* host) {
-    return static_cast<CMapProg*>(host->maps.items(host->curMap));
+    return host->maps.items(host->curMap);
 }
 
 void CQV::handleMIDIIn() {
     assert(heldByThread());
-    for (CComp* c : each<CComp>(comps)) {
+    for (CComp* c : comps) {
         CMIDIQ* port = c->type == compMIDIIn ? c->outPort() : nullptr;
         for (CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
             if (e->kind == eventMidi && statusByte(e->data) == midiProgram)
@@ -71,7 +71,7 @@ void CQV::handleMIDIIn() {
 void CQV::serveMaps(CMIDIBytes* e) {
     CMapProg* program = currentMaps(this);
     if (!program) return;
-    for (CMap* map : each<CMap>(program->items)) {
+    for (CMap* map : program->items) {
         map->learn(e);
         if (!map->target) continue;
         if (map->cc != asByte1(e->data)) continue;
@@ -86,7 +86,7 @@ bool CQV::midiMapped(CComp* c, CMIDIQ* queue, CMIDIBytes* e) {
     CMapProg* program = currentMaps(this);
     if (!program || !isController(e)) return false;
     bool consumed = false;
-    for (CMap* map : each<CMap>(program->items)) {
+    for (CMap* map : program->items) {
         if (!map->target || (map->target != c && map->comp != c)) continue;
         if (map->learn(e)) {
             consumed = true;
@@ -120,7 +120,7 @@ bool holds(const COutputChannel* ch, const CObject* target) {
 /// Finds the top-level component in `list` that has the map's target as a channel, or within one.
 bool findPlace(CMap* map, const CList& list) {
     for (CComp* c : each<CComp>(list)) {
-        for (COutputChannel* ch : each<COutputChannel>(c->outputs)) {
+        for (COutputChannel* ch : c->outputs) {
             const bool within = holds(ch, map->target);
             if (!within && ch != map->target) continue;
             map->comp = c;
@@ -132,14 +132,14 @@ bool findPlace(CMap* map, const CList& list) {
 }
 
 CMap* findMap(const CMapProg* program, const CObject* target, int param) {
-    for (CMap* map : each<CMap>(program->items))
+    for (CMap* map : program->items)
         if (map->target == target && map->param == param) return map;
     return nullptr;
 }
 
 /// A row that leads nowhere yet.
 CMap* emptyMap(const CMapProg* program) {
-    for (CMap* map : each<CMap>(program->items))
+    for (CMap* map : program->items)
         if (!map->target) return map;
     return nullptr;
 }

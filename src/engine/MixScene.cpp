@@ -40,9 +40,9 @@ constexpr int mostNumbers = 25 + maxSends, mostInserts = 256;
 
 template <class F>
 void eachStrip(CQV* host, F&& visit) {
-    for (const CList* list : {&host->comps, &host->sends})
+    for (const CList* list : listsOf(host->comps, host->sends))
         for (auto* c : each<CComp>(*list))
-            for (auto* ch : each<COutputChannel>(c->outputs)) visit(ch);
+            for (auto* ch : c->outputs) visit(ch);
 }
 
 } // namespace
@@ -57,7 +57,7 @@ CMixScene::Strip CMixScene::taken(COutputChannel* ch, int buses) {
     for (const Row& row : rows)
         for (int i = 0; i < (row.count < 0 ? buses : row.count); i++)
             strip.numbers.push_back(row.of(ch, i).get()[0]);
-    for (auto* insert : each<CComp>(ch->inserts))
+    for (auto* insert : ch->inserts)
         strip.inserts.push_back({insert->id, double(insert->wet), insert->enabled ? 1.0 : 0.0});
     return strip;
 }
@@ -84,7 +84,7 @@ void CMixScene::set(const Strip& strip, int parts) {
         }
     int place = 0;
     for (const Insert& kept : strip.inserts) {
-        auto* insert = static_cast<CComp*>(strip.channel->inserts.items(place++));
+        auto* insert = strip.channel->inserts.items(place++);
         if (!(parts & sceneInserts) || !insert || !(insert->id == kept.name)) continue;
         door.set(parameterOf(insert, paramWet), kept.wet);
         door.set(parameterOf(insert, paramPower), kept.power);
@@ -114,7 +114,7 @@ CMixScene* CMixScene::copy() const {
 void CMixScene::keepTo(CQV* host) {
     std::vector<const COutputChannel*> known;
     const auto add = [&](CComp* c) {
-        for (auto* ch : each<COutputChannel>(c->outputs)) known.push_back(ch);
+        for (auto* ch : c->outputs) known.push_back(ch);
     };
     eachStrip(host, [&](COutputChannel* ch) { known.push_back(ch); });
     host->eachHeld([&](CObject* object) {
@@ -134,7 +134,7 @@ void CMixScene::write(CStream* stream, CQV* host) const {
     std::vector<std::pair<const Strip*, Place>> kept;
     for (const Strip& strip : strips)
         for (const int list : {0, 2}) {
-            const CList& comps = list ? host->sends : host->comps;
+            const CList& comps = *listsOf(host->comps, host->sends)[list ? 1 : 0];
             int at = 0;
             for (auto* c : each<CComp>(comps)) {
                 const int output = c->outputs.indexed(strip.channel);

@@ -183,7 +183,7 @@ Sides panLaw(float p) {
 
 StripTarget stripTarget(const CComp* c, const void* owner) {
     const int buses = std::min(c->host->sends.getCount(), maxSends);
-    for (auto* ch : each<COutputChannel>(c->outputs)) {
+    for (auto* ch : c->outputs) {
         if (ch == owner) return {ch, nullptr};
         for (int k = 0; k < buses; ++k)
             if (ch->sendLevels[k] == owner) return {nullptr, ch->sendLevels[k]};
@@ -274,7 +274,7 @@ void CComp::subMix(int frames, int offset) {
     assert(heldByThread());
     SendTap* tap = planned ? planned->tap.get() : nullptr;
     int index = 0;
-    for (auto* ch : each<COutputChannel>(outputs)) {
+    for (auto* ch : outputs) {
         mixStrip(this, ch, frames, offset);
         if (tap) tap->take(ch, index++);
     }
@@ -286,7 +286,7 @@ void CComp::fx(int frames) {
     if (fxDone) return;
     CMIDIQ* port = inPort();
     CMIDIBytes* events = port ? port->first() : nullptr;
-    for (auto* ch : each<COutputChannel>(outputs)) ch->processFX(events, frames);
+    for (auto* ch : outputs) ch->processFX(events, frames);
     fxDone = true;
 }
 

@@ -44,7 +44,7 @@ void freeSample(CSample* sample) {
 
 /// Samples of the pool, and those that steps hold outside of it.
 void SamplePool::eachSample(const std::function<void(CSample*)>& visit) {
-    for (auto* sample : each<CSample>(samples)) visit(sample);
+    for (auto* sample : samples) visit(sample);
     host->eachHeld([&visit](CObject* object) {
         if (auto* sample = dynamic_cast<CSample*>(object)) visit(sample);
     });
@@ -70,7 +70,7 @@ void SamplePool::keepFile(const CStr& name) {
 CSample* SamplePool::addSample(const CStr& name, int streamed) {
     sampleManager.restore(name);
     if (streamed)
-        for (auto* sample : each<CSample>(samples))
+        for (auto* sample : samples)
             if (sameText(sample->filename, name)) return sample;
     auto sample = std::make_unique<CSample>();
     sample->streamed = streamed ? 1 : 0;
@@ -176,7 +176,7 @@ void SamplePool::archiveAllSamles() {
     if (!folderExists(folder)) return;
     bool changed = false;
     std::vector<const CSample*> left;
-    for (auto* sample : each<CSample>(samples)) {
+    for (auto* sample : samples) {
         // What is not streamed is stored in the project's file; a take is still growing.
         if (!sample->streamed || sample->takePending || sampleArchived(sample)) continue;
         if (bringInto(sample, folder))
@@ -230,7 +230,7 @@ void SamplePool::removeSample(CSample* sample) {
 }
 
 void SamplePool::keepSamples() {
-    for (auto* sample : each<CSample>(samples)) sample->keep = true;
+    for (auto* sample : samples) sample->keep = true;
 }
 
 void SamplePool::deleteSamples() {
@@ -238,7 +238,7 @@ void SamplePool::deleteSamples() {
     imported.clear();
     sampleManager.emptyTrash();
     sampleManager.clear(); // what the project itself still uses stays
-    while (auto* sample = static_cast<CSample*>(samples.first())) {
+    while (auto* sample = samples.first()) {
         samples.del(0);
         freeSample(sample);
     }
@@ -248,7 +248,7 @@ int nomNotArchived(CQV* host) {
     if (host->projectFile.empty()) return 0;
     const CStr folder = addSep(host->expectedAudioFolder());
     int count = 0;
-    for (const auto* sample : each<CSample>(host->samples))
+    for (const auto* sample : host->samples)
         if (sample->streamed && fileExists(sample->filename) &&
             !samePlace(extractFilePath(sample->filename), folder))
             ++count;

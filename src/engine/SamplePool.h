@@ -27,7 +27,7 @@ public:
     SamplePool(const SamplePool&) = delete;
     SamplePool& operator=(const SamplePool&) = delete;
 
-    CList samples; ///< of CSample, owned
+    ListOf<CSample> samples; ///< owned
     CSampleManager sampleManager{this};
 
     /// The entry of a file: with `streamed` the one that there is, paths compared without regard

@@ -77,7 +77,7 @@ void CSendRecord::swapLevels() {
 
 void reorderSends(CUndoItem* item, int from, int to) {
     assert(item->owner->comp->heldByThread());
-    for (auto* record : each<CSendRecord>(item->reorder)) {
+    for (auto* record : item->reorder) {
         if (item->sendsStored) {
             record->swapLevels();
             continue;

@@ -31,7 +31,7 @@ void SendTap::beforeEvents(const CComp* c) {
     if (moved) return;
     moved = true;
     auto level = levels.begin();
-    for (const auto* ch : each<COutputChannel>(c->outputs))
+    for (const auto* ch : c->outputs)
         for (int k = 0; k < buses && level != levels.end(); ++k)
             *level++ = ch->sendLevels[k]->level;
 }

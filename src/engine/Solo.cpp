@@ -9,7 +9,7 @@ namespace {
 template <class F>
 void eachStrip(const CList& comps, F&& visit) {
     for (CComp* c : each<CComp>(comps))
-        for (COutputChannel* ch : each<COutputChannel>(c->outputs)) visit(c, ch);
+        for (COutputChannel* ch : c->outputs) visit(c, ch);
 }
 
 /// Spares strips, each once: one that is spared already is not followed again.
@@ -21,7 +21,7 @@ public:
         if (depth == maxPullDepth) return;
         ++depth;
         CComp* const track = c->type == compSeq ? c->getComp(ch) : nullptr;
-        for (const CAudioCable* cable : each<CAudioCable>(c->audioCables))
+        for (const CAudioCable* cable : c->audioCables)
             if (!track || track->inputs.contains(cable->toChannel))
                 spare(cable->fromComp, cable->fromChannel);
         const int bus = c->type == compGroupCh ? host->sends.indexed(c) : -1;
@@ -52,14 +52,14 @@ private:
 void spreadSolo(CQV* host) {
     assert(host->heldByThread());
     int solo = 0;
-    for (const CList* list : {&host->comps, &host->sends})
+    for (const CList* list : listsOf(host->comps, host->sends))
         eachStrip(*list, [&solo](CComp*, const COutputChannel* ch) { solo |= ch->solo ? 1 : 0; });
-    for (const CList* list : {&host->comps, &host->sends})
+    for (const CList* list : listsOf(host->comps, host->sends))
         eachStrip(*list,
                   [solo](CComp*, COutputChannel* ch) { ch->anySolo = ch->soloSafe ? 0 : solo; });
     if (!solo) return;
     Spread spread(host);
-    for (const CList* list : {&host->comps, &host->sends})
+    for (const CList* list : listsOf(host->comps, host->sends))
         eachStrip(*list, [&spread](CComp* c, COutputChannel* ch) {
             if (ch->solo) spread.spareFeeds(c, ch);
         });

@@ -1,3 +1,5 @@
+#include "engine/Transport.h"
+
 #include "base/GraphMark.h"
 #include "base/Numbers.h"
 #include "engine/CClick.h"
@@ -6,165 +8,157 @@
 #include "engine/TransportRing.h"
 
 #include <cassert>
-
-// What of the host starts, stops and places the song.
+#include <cmath>
 
 namespace {
 
 constexpr float minTempo = 10.0f, maxTempo = 250.0f;
-constexpr int ticksPerQuarter = 960;
-/// Ticks a second at one beat a minute.
-constexpr double ticksPerBeatSecond = ticksPerQuarter / 60.0;
+
+CQV* asHost(CObject* target) {
+    return static_cast<CQV*>(target);
+}
 
 void startComp(CComp* c) {
     c->start();
     c->eachInsert([](CComp* insert) { insert->start(); });
 }
 
-CQV* asHost(CObject* target) {
-    return static_cast<CQV*>(target);
-}
-
 } // namespace
 
-bool CQV::mustQueue() const {
-    return tasks->blocksComing() && !holdsGraph(this);
+Transport::Transport(CQV* host) : root(host), waiting(std::make_unique<TransportRing>()) {
 }
 
-void CQV::serveTransport() {
-    assert(heldByThread());
-    transport->drain();
+Transport::~Transport() = default;
+
+bool Transport::mustQueue() const {
+    return root->tasks->blocksComing() && !holdsGraph(root);
 }
 
-bool CQV::transportWaiting() const {
-    return !transport->empty();
+void Transport::serveTransport() {
+    assert(root->heldByThread());
+    waiting->drain();
 }
 
-void CQV::onTransport(const TransportCall& call) {
-    if (mustQueue() && transport->post(call)) return;
-    const GraphHold hold(this);
+bool Transport::transportWaiting() const {
+    return !waiting->empty();
+}
+
+void Transport::onTransport(const TransportCall& call) {
+    if (mustQueue() && waiting->post(call)) return;
+    const GraphHold hold(root);
     call.act(call.target, call.value, call.arg);
 }
 
-void CQV::start() {
-    onTransport({[](CObject* q, double, void*) { asHost(q)->startNow(); }, this});
+void Transport::askStart() {
+    onTransport({[](CObject* q, double, void*) { asHost(q)->startNow(); }, root});
 }
 
-void CQV::stop() {
-    onTransport({[](CObject* q, double, void*) { asHost(q)->stopNow(); }, this});
+void Transport::askStop() {
+    onTransport({[](CObject* q, double, void*) { asHost(q)->stopNow(); }, root});
 }
 
-void CQV::rec() {
-    onTransport({[](CObject* q, double, void*) { asHost(q)->recNow(); }, this});
+void Transport::askRec() {
+    onTransport({[](CObject* q, double, void*) { asHost(q)->recNow(); }, root});
 }
 
-void CQV::setPos(double ticks) {
-    onTransport({[](CObject* q, double at, void*) { asHost(q)->setPosNow(at); }, this, ticks});
+void Transport::askPos(double ticks) {
+    onTransport({[](CObject* q, double at, void*) { asHost(q)->setPosNow(at); }, root, ticks});
 }
 
-void CQV::setLoop(ToStore<int> on) {
-    loop = on;
-}
-
-void CQV::setTempo(ToStore<float> bpm) {
+void Transport::setTempo(ToStore<float> bpm) {
     songTempo = fLimit(bpm, minTempo, maxTempo);
     tempo = songTempo.load();
-    clock->askCut();
+    root->clock->askCut();
 }
 
-void CQV::startSynced() {
-    if (sync == 1) start();
+void Transport::startSynced() {
+    if (root->sync == 1) askStart();
 }
 
-void CQV::stopSynced() {
-    if (sync == 1) stop();
+void Transport::stopSynced() {
+    if (root->sync == 1) askStop();
 }
 
-void CQV::setPosSynced(double ticks) {
-    if (sync == 1) setPos(ticks);
+void Transport::setPosSynced(double ticks) {
+    if (root->sync == 1) askPos(ticks);
 }
 
-void CQV::setTempoSynced(float bpm) {
-    if (sync == 1) setTempo(bpm);
+void Transport::setTempoSynced(float bpm) {
+    if (root->sync == 1) setTempo(bpm);
 }
 
-double CQV::framesToTicks(double f) const {
-    return f * ticksPerBeatSecond * double(tempoNow) / double(rate);
-}
-
-double CQV::ticksToFrames(double ticks) const {
-    return double(rate) * ticks / (double(tempoNow) * ticksPerBeatSecond);
-}
-
-double CQV::ticksPerFrame() const {
-    return clock->exact(ticksPerBeatSecond * double(tempoNow) / double(rate));
-}
-
-void CQV::createTempoMap() {
-    inQueue->clear();
-    if (masterSeq) masterSeq->getTempoMap(inQueue);
-}
-
-void CQV::startNow() {
-    assert(heldByThread());
+void Transport::startNow() {
+    assert(root->heldByThread());
     if (playing) return;
-    masterSeq = firstOfType(compSeq); // the list may have changed since the latest block
+    CComp* song = root->firstOfType(compSeq); // the list may have changed since the latest block
+    root->masterSeq = song;
     startTime = asTimeInMS();
-    startPos = masterSeq ? asRound(masterSeq->getPos()) : 0;
-    if (click->countIn > 0) click->endCountIn(startPos);
+    startPos = song ? asRound(song->getPos()) : 0;
+    if (root->click->countIn > 0) root->click->endCountIn(startPos);
     playing = 1;
     transportChanged = true;
-    clock->restart();
-    for (CComp* c : each<CComp>(comps)) startComp(c);
-    for (CComp* bus : each<CComp>(sends)) startComp(bus);
-    hostNotices.raise(HostNotice::transport);
-    createTempoMap();
+    root->clock->restart();
+    for (CComp* c : root->comps) startComp(c);
+    for (CComp* bus : each<CComp>(root->sends)) startComp(bus);
+    root->hostNotices.raise(HostNotice::transport);
+    root->createTempoMap();
 }
 
-void CQV::stopNow() {
-    assert(heldByThread());
+void Transport::stopNow() {
+    assert(root->heldByThread());
     if (playing) {
         playing = 0;
         transportChanged = true;
-        for (CComp* c : each<CComp>(comps)) c->stop();
+        for (CComp* c : root->comps) c->stop();
     } else {
-        for (CComp* c : each<CComp>(comps)) c->allNotesOff = 1;
+        for (CComp* c : root->comps) c->allNotesOff = 1;
     }
-    click->countIn = 0;
+    root->click->countIn = 0;
     recording = 0;
-    hostNotices.raise(HostNotice::transport);
+    root->hostNotices.raise(HostNotice::transport);
 }
 
-void CQV::setPosNow(double ticks) {
-    assert(heldByThread());
+void Transport::setPosNow(double ticks) {
+    assert(root->heldByThread());
     if (recording) return;
     const double at = fLimit(ticks, 0.0, double(maxTicks));
-    clock->cut();
-    pos = at;
-    for (CComp* c : each<CComp>(comps)) c->setPos(at);
-    click->setPos(at);
-    if (at == 0.0) framesPlayed = 0;
+    root->clock->cut();
+    root->pos = at;
+    for (CComp* c : root->comps) c->setPos(at);
+    root->click->setPos(at);
+    if (at == 0.0) root->framesPlayed = 0;
 }
 
-void CQV::recNow() {
-    assert(heldByThread());
-    if (playing && !recording && masterSeq) masterSeq->planTake(masterSeq->getPos(), true);
+void Transport::recNow() {
+    assert(root->heldByThread());
+    CComp* song = root->masterSeq;
+    if (playing && !recording && song) song->planTake(song->getPos(), true);
     if (playing)
         recording = recording ? 0 : 1;
     else if (!recording)
         startRecording();
-    hostNotices.raise(HostNotice::transport);
+    root->hostNotices.raise(HostNotice::transport);
 }
 
-void CQV::startRecording() {
-    masterSeq = firstOfType(compSeq);
-    const double exact = masterSeq ? masterSeq->getPos() : double(pos);
+void Transport::startRecording() {
+    CComp* song = root->firstOfType(compSeq);
+    root->masterSeq = song;
+    const double exact = song ? song->getPos() : double(root->pos);
     const int quarter = asRound(exact) / ticksPerQuarter;
     const double at = quarter * ticksPerQuarter;
-    const double from = masterSeq && sync == 0 ? masterSeq->planTake(at, false) : at;
+    const double from = song && root->sync == 0 ? song->planTake(at, false) : at;
     setPosNow(from);
-    click->init();
-    if (masterSeq && masterSeq->leadsIntoTake()) click->endCountIn(from);
+    root->click->init();
+    if (song && song->leadsIntoTake()) root->click->endCountIn(from);
     recording = 1;
-    if (click->countIn == 0 && sync == 0) startNow();
+    if (root->click->countIn == 0 && root->sync == 0) startNow();
+}
+
+void Transport::advance(int frames) {
+    root->framesPlayed = root->framesPlayed + frames;
+    double at = root->clock->exact(root->pos) + frames * root->ticksPerFrame();
+    const int from = loopStart, end = loopEnd;
+    if (root->sync == 1 && loop && end > from && at >= end)
+        at = from + std::fmod(at - from, end - from);
+    root->pos = at;
 }

@@ -35,7 +35,7 @@ void silenceFed(CObject* leaving) {
 
 template <class F>
 void eachSequencer(CQV* qv, F&& visit) {
-    for (auto* c : each<CComp>(qv->comps))
+    for (auto* c : qv->comps)
         if (c->type == compSeq) visit(c);
 }
 
@@ -60,7 +60,7 @@ UndoHost::UndoHost(CQV* host) : qv(host) {
 UndoHost::~UndoHost() {
     if (running && !pending) stepPlan.finish();
     stepPlan.leave();
-    deleteAll<CUndo>(undoList);
+    deleteAll(undoList);
 }
 
 bool UndoHost::undoBusy() const {
@@ -84,7 +84,7 @@ bool UndoHost::modified() const {
     if (recUndo && !recUndo->items.empty()) return true;
     const auto [from, to] = std::minmax(savedIndex, undoIndex);
     for (int i = from + 1; i <= to; ++i)
-        if (!static_cast<CUndo*>(undoList.items(i))->viewOnly) return true;
+        if (!undoList.items(i)->viewOnly) return true;
     return false;
 }
 
@@ -134,7 +134,7 @@ void UndoHost::undoClicked(CObject*) {
     qv->values->end();
     settle();
     if (qv->recording || recUndo || undoIndex < 0) return;
-    auto* u = static_cast<CUndo*>(undoList.items(undoIndex--));
+    auto* u = undoList.items(undoIndex--);
     queue(u, opUndone);
 }
 
@@ -142,17 +142,17 @@ void UndoHost::redoClicked(CObject*) {
     qv->values->end();
     settle();
     if (qv->recording || recUndo || undoIndex + 1 >= undoList.getCount()) return;
-    auto* u = static_cast<CUndo*>(undoList.items(++undoIndex));
+    auto* u = undoList.items(++undoIndex);
     queue(u, opRedone);
 }
 
 CStr UndoHost::undoText() {
-    const auto* u = static_cast<CUndo*>(undoList.items(undoIndex));
+    const auto* u = undoList.items(undoIndex);
     return u ? u->name : CStr();
 }
 
 CStr UndoHost::redoText() {
-    const auto* u = static_cast<CUndo*>(undoList.items(undoIndex + 1));
+    const auto* u = undoList.items(undoIndex + 1);
     return u ? u->name : CStr();
 }
 
@@ -192,7 +192,7 @@ void UndoHost::undoIdle() {
     stepPlan.finish();
     qv->plans->settle();
     if (u->effects.song) eachSequencer(qv, [](CComp* seq) { seq->doUpdate(CComp::updateSong); });
-    for (auto* item : each<CUndoItem>(u->items)) {
+    for (auto* item : u->items) {
         settleEditors(item, runningOp != opUndone);
         if (runningOp == opRedone) item->exchangeName();
     }
@@ -219,16 +219,16 @@ void UndoHost::setHeldRate(double rate) {
 }
 
 void UndoHost::eachHeld(const std::function<void(CObject*)>& visit) {
-    for (const CList* steps : {&undoList, &openSteps})
+    for (const CList* steps : listsOf(undoList, openSteps))
         for (auto* u : each<CUndo>(*steps))
-            for (auto* item : each<CUndoItem>(u->items)) {
+            for (auto* item : u->items) {
                 for (auto* object : each<CObject>(item->holding)) visit(object);
                 if (item->replaced) visit(item->replaced);
             }
 }
 
 void UndoHost::forgetInSteps(const CObject* object) {
-    for (const CList* steps : {&undoList, &openSteps})
+    for (const CList* steps : listsOf(undoList, openSteps))
         for (auto* u : each<CUndo>(*steps)) u->drop(object);
     qv->values->forget(object);
 }
@@ -236,7 +236,7 @@ void UndoHost::forgetInSteps(const CObject* object) {
 void UndoHost::queue(CUndo* u, Op op) {
     qv->countChange();
     reserveSends(u);
-    for (auto* item : each<CUndoItem>(u->items))
+    for (auto* item : u->items)
         if (CComp* c = asComp(item->object); c && enters(item, op != opUndone)) c->sleep(0);
     running = u;
     runningOp = op;
@@ -259,11 +259,11 @@ void UndoHost::send() {
 
 // A task may not allocate the records itself. Channels that enter within the same step count too.
 void UndoHost::reserveSends(CUndo* u) {
-    for (auto* item : each<CUndoItem>(u->items)) {
+    for (auto* item : u->items) {
         if (!item->touches(&qv->sends) || !item->reorder.empty()) continue;
-        for (const CList* list : {&qv->comps, &qv->sends})
+        for (const CList* list : listsOf(qv->comps, qv->sends))
             for (auto* c : each<CComp>(*list)) c->copySendData(&item->reorder);
-        for (auto* other : each<CUndoItem>(u->items)) {
+        for (auto* other : u->items) {
             if (!other->held()) continue;
             if (CComp* c = asComp(other->object)) c->copySendData(&item->reorder);
             if (other->object->asType(categoryChannel, channelOutput))
@@ -278,13 +278,13 @@ void UndoHost::freeSteps(int keep) {
     if (savedIndex >= keep) savedIndex = nowhere;
     ForgetSet gone;
     for (int i = keep; i < undoList.getCount(); ++i)
-        for (auto* item : each<CUndoItem>(static_cast<CUndo*>(undoList.items(i))->items)) {
+        for (auto* item : undoList.items(i)->items) {
             if (item->held()) gone.add(item->object);
             if (item->replaced) gone.add(item->replaced);
         }
     qv->parkWorkers();
     forgetObjects(qv, gone);
-    while (undoList.getCount() > keep) delete static_cast<CUndo*>(undoList.pop());
+    while (undoList.getCount() > keep) delete undoList.pop();
     qv->unparkWorkers();
 }
 

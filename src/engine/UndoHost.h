@@ -22,7 +22,7 @@ public:
     UndoHost(const UndoHost&) = delete;
     UndoHost& operator=(const UndoHost&) = delete;
 
-    CList undoList;           ///< of CUndo, owned
+    ListOf<CUndo> undoList;   ///< owned
     int undoIndex = -1;       ///< of the step that is undone next, -1 none
     CUndo* recUndo = nullptr; ///< step of the take that is being recorded
     /// A state of the project: a place in the history, and a count of what was changed past it.
@@ -94,7 +94,7 @@ private:
     void tell(const CUndo* u);
 
     CQV* qv;
-    CList openSteps;          ///< of CUndo, not owned: started and not ended
+    ListOf<CUndo> openSteps;  ///< not owned: started and not ended
     int savedIndex = -1;      ///< where `undoIndex` was when the project was saved, or `nowhere`
     unsigned savedPast = 0;   ///< and `past`
     CUndo* running = nullptr; ///< the step on its way, and its direction; set when it is not

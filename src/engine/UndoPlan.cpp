@@ -13,7 +13,7 @@ constexpr unsigned startsRun = 1;
 
 std::vector<CUndoItem*> itemsOf(CUndo* step, bool forward, bool first) {
     std::vector<CUndoItem*> items;
-    for (auto* item : each<CUndoItem>(step->items))
+    for (auto* item : step->items)
         if (!first || !item->linked) items.push_back(item);
     if (!forward) std::reverse(items.begin(), items.end());
     return items;

@@ -10,13 +10,13 @@ void CDiskThread::execute() {
         checkPark();
         StopWatch watch;
         bool mayRead = qv->playing != 0;
-        for (CSample* sample : each<CSample>(qv->samples)) {
+        for (CSample* sample : qv->samples) {
             if (shallPause()) break;
             if (!sample->reader) continue;
             mayRead = true;
             sample->reader->serve();
         }
-        for (CComp* c : each<CComp>(qv->comps))
+        for (CComp* c : qv->comps)
             if (c->type == compSeq) c->diskRead();
         qv->workers->reads.note(watch.lap());
         suspend(mayRead ? pauseMs : restMs);
@@ -31,7 +31,7 @@ void CPeakThread::execute() {
 }
 
 bool CPeakThread::buildNext() {
-    for (CSample* sample : each<CSample>(qv->samples)) {
+    for (CSample* sample : qv->samples) {
         if (!sample->needsPeaks || !sample->valid || sample->peakBusy) continue;
         sample->peakfile(this);
         qv->hostNotices.raise(HostNotice::peaks);

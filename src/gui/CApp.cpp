@@ -152,7 +152,7 @@ int CApp::dueMs() {
 void CApp::stepTimers(int ms) {
     if (ms < 1) return;
     std::vector<CCtrl*> now;
-    for (CCtrl* ctrl : each<CCtrl>(timers)) now.push_back(ctrl);
+    for (CCtrl* ctrl : timers) now.push_back(ctrl);
     for (CCtrl* ctrl : now) {
         if (!timers.contains(ctrl)) continue; // an earlier handler has removed it
         const int64_t left = int64_t(ctrl->timerCount) - ms;
@@ -171,7 +171,7 @@ void CApp::stepTimers(int ms) {
 /// frame needs.
 void CApp::waitForEvent(int ms) {
     for (CForeign* place : foreign) place->follow();
-    for (const CCtrl* ctrl : each<CCtrl>(timers)) ms = asMin(ms, ctrl->timerCount);
+    for (const CCtrl* ctrl : timers) ms = asMin(ms, ctrl->timerCount);
     auto end = stepped + asMax(ms, 1) * oneMs;
     if (frameWanted()) end = std::min(end, frames.dueAt());
     const auto left = end - Clock::now();
@@ -366,7 +366,7 @@ void CApp::nextWin(CWin* from, int) {
     if (CWin* owner = getMDIOwner(from)) from = owner;
     const int count = windows.getCount(), at = windows.indexed(from);
     if (count < 2 || at < 0) return;
-    static_cast<CWin*>(windows.items((at + 1) % count))->setFocus(true);
+    windows.items((at + 1) % count)->setFocus(true);
 }
 
 CWin* CApp::focusedWindow() const {
@@ -390,17 +390,17 @@ void CApp::activeChanged() {
 }
 
 void CApp::killMenu(CWin* keep) {
-    while (auto* menu = static_cast<CWin*>(menus.last())) {
+    while (auto* menu = menus.last()) {
         if (menu == keep) break;
         menu->hide();
         menus.remove(menu);
     }
-    topMenu = static_cast<CWin*>(menus.last());
+    topMenu = menus.last();
 }
 
 void CApp::setCursor(int number) {
     appCursor = number;
-    for (CWin* win : each<CWin>(windows)) win->setCursor(number > 0 ? number : 1);
+    for (CWin* win : windows) win->setCursor(number > 0 ? number : 1);
     if (Display* display = liveDisplay()) XFlush(display); // what follows may take its time
 }
 
@@ -452,7 +452,7 @@ void CApp::detach(CCtrl* ctrl) {
     if (ctrl->win->mouseCtrl == ctrl) ctrl->win->mouseCtrl = nullptr;
     if (ctrl->win->keyCtrl == ctrl) ctrl->win->keyCtrl = nullptr;
     if (ctrl->category == catCtrl) return;
-    for (CCtrl* child : each<CCtrl>(static_cast<CGroup*>(ctrl)->controls)) detach(child);
+    for (CCtrl* child : static_cast<CGroup*>(ctrl)->controls) detach(child);
 }
 
 void CApp::purge() {

@@ -41,9 +41,9 @@ public:
     int appCursor = 0;  ///< above 0 it replaces every window's cursor
     bool active = true; ///< one of the windows has the focus
     bool running = false;
-    CList menus;   ///< windows that are open as menus, the last one on top
-    CList windows; ///< visible top-level windows in the order in which they were shown
-    CList timers;  ///< of CCtrl
+    ListOf<CWin> menus;   ///< windows that are open as menus, the last one on top
+    ListOf<CWin> windows; ///< visible top-level windows in the order in which they were shown
+    ListOf<CCtrl> timers;
     CWin* mainWin = nullptr;
     CWin* topMenu = nullptr;  ///< last of `menus`
     CWin* modalWin = nullptr; ///< the innermost modal window, null without one

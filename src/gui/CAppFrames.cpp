@@ -110,7 +110,7 @@ void CApp::drawNow(CWin* win, CCtrl* ctrl) {
 void CApp::redrawAll() {
     const auto redraw = [](const auto& self, CWin* win) -> void {
         win->redraw();
-        for (CWin* child : each<CWin>(win->children)) self(self, child);
+        for (CWin* child : win->children) self(self, child);
     };
-    for (CWin* win : each<CWin>(windows)) redraw(redraw, win);
+    for (CWin* win : windows) redraw(redraw, win);
 }

@@ -66,7 +66,7 @@ bool CCtrl::isCovered(const CRect& part) const {
     for (const CCtrl* c = this; c && c->category != catWin; c = c->parent) {
         const CGroup* around = c->parent ? c->parent : win;
         bool above = false;
-        for (const CCtrl* other : each<CCtrl>(around->controls)) {
+        for (const CCtrl* other : around->controls) {
             if (above && other->visible && !intersect(other->visibleRect(), part).empty())
                 return true;
             above = above || other == c;

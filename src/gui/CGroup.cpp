@@ -40,7 +40,7 @@ CGroup::CGroup(CWin* owner, const CStr& name, int l, int t, int w, int h)
 }
 
 CGroup::~CGroup() {
-    deleteAll<CCtrl>(controls);
+    deleteAll(controls);
 }
 
 void CGroup::paint(CGraphic* g, CRect rect) {
@@ -50,7 +50,7 @@ void CGroup::paint(CGraphic* g, CRect rect) {
 }
 
 void CGroup::resized() {
-    for (CCtrl* c : each<CCtrl>(controls)) {
+    for (CCtrl* c : controls) {
         alignAcross(c, width);
         alignDown(c, height);
         if (isGroup(c)) static_cast<CGroup*>(c)->resized();
@@ -68,14 +68,14 @@ void CGroup::addChild(CCtrl* ctrl, CGroup* childParent) {
 
 void CGroup::clear() {
     while (!controls.empty()) {
-        auto* ctrl = static_cast<CCtrl*>(controls.first());
+        auto* ctrl = controls.first();
         controls.del(0);
         win->app->deleteLater(ctrl);
     }
 }
 
 CCtrl* CGroup::controlAtPos(int x, int y) {
-    for (CCtrl* c : each<CCtrl>(controls))
+    for (CCtrl* c : controls)
         if (CCtrl* hit = find(c, x + scrollX, y + scrollY)) return hit;
     return nullptr;
 }
@@ -86,7 +86,7 @@ CCtrl* CGroup::find(CCtrl* ctrl, int x, int y) {
     CCtrl* hit = ctrl;
     if (!isGroup(ctrl)) return hit;
     const int innerX = x - ctrl->left + ctrl->scrollX, innerY = y - ctrl->top + ctrl->scrollY;
-    for (CCtrl* c : each<CCtrl>(static_cast<CGroup*>(ctrl)->controls))
+    for (CCtrl* c : static_cast<CGroup*>(ctrl)->controls)
         if (CCtrl* inner = find(c, innerX, innerY)) hit = inner;
     return hit;
 }
@@ -99,8 +99,7 @@ bool CGroup::keyInside(int key, int mods) {
 
 void CGroup::paintControls(CGraphic* g, CRect rect, int x, int y) {
     if (rect.empty()) return;
-    for (CCtrl* c : each<CCtrl>(controls))
-        paintCtrl(g, c, x - scrollX + c->left, y - scrollY + c->top);
+    for (CCtrl* c : controls) paintCtrl(g, c, x - scrollX + c->left, y - scrollY + c->top);
 }
 
 void CGroup::paintCtrl(CGraphic* g, CCtrl* ctrl, int x, int y) {

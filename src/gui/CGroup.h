@@ -6,7 +6,7 @@
 /// A control made of others. Interface thread.
 class CGroup : public CCtrl {
 public:
-    CList controls;          ///< of CCtrl, owned
+    ListOf<CCtrl> controls;  ///< owned
     int fillColor = -1;      ///< -1 is no fill
     bool arrowsWalk = false; ///< arrow keys lead from one tab stop inside to the next that way
 

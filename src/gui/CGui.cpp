@@ -48,7 +48,7 @@ CGui::CGui() : palette(darkPalette()) {
 
 CGui::~CGui() {
     for (int i = 0; i < count; i++) *items[i] = CGuiItem2();
-    deleteAll<CImageChunk>(images);
+    deleteAll(images);
 }
 
 void CGui::init() {
@@ -56,7 +56,7 @@ void CGui::init() {
     count = 0;
     tables.clear();
     colors.clear();
-    deleteAll<CImageChunk>(images);
+    deleteAll(images);
     int rows = 0;
     const ItemLook* table = toolkitItems(rows);
     addItems(table, rows);

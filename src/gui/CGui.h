@@ -17,10 +17,10 @@ class CGui : public CObject {
 public:
     static constexpr int maxItems = 127;
 
-    CPalette palette;        ///< of the present look
-    CStr fileName;           ///< of the theme file last opened or saved; empty for a palette
-    std::vector<int> colors; ///< the different colours in use
-    CList images;            ///< of CImageChunk, owned
+    CPalette palette;           ///< of the present look
+    CStr fileName;              ///< of the theme file last opened or saved; empty for a palette
+    std::vector<int> colors;    ///< the different colours in use
+    ListOf<CImageChunk> images; ///< owned
 
     CGui();
     ~CGui() override;

@@ -54,7 +54,7 @@ CWin::~CWin() {
     app->purgeIn(this);
     forgetHover();
     CWin::hide();
-    deleteAll<CCtrl>(controls);
+    deleteAll(controls);
     releaseChildren();
     if (CMDI* area = pageArea()) area->pageGone(this);
     if (parent && hasStyle(winChild)) static_cast<CWin*>(parent)->children.remove(this);
@@ -71,7 +71,7 @@ CWin::~CWin() {
 /// Windows inside this one would vanish with it on the server, and their owners not know.
 void CWin::releaseChildren() {
     Display* display = liveDisplay();
-    for (CWin* child : each<CWin>(children)) {
+    for (CWin* child : children) {
         child->hide();
         child->parent = nullptr;
         if (display) XReparentWindow(display, child->handle, xConnection().root, 0, 0);
@@ -287,7 +287,7 @@ void CWin::setSize(int w, int h) {
 
 void CWin::setSizeFromControls(int minW, int minH, int) {
     int w = minW, h = minH;
-    for (const CCtrl* c : each<CCtrl>(clientGroup->controls)) {
+    for (const CCtrl* c : clientGroup->controls) {
         w = asMax(w, c->left + c->width + contentMargin);
         h = asMax(h, c->top + c->height + contentMargin);
     }

@@ -69,8 +69,8 @@ public:
     int style;                           ///< WinStyle
     std::unique_ptr<CGraphic> graphic;
     CApp* app;
-    CMDI* mdi = nullptr; ///< pages inside this window, which get its keys first; null without any
-    CList children;      ///< windows inside this one by style `winChild`; not owned
+    CMDI* mdi = nullptr;   ///< pages inside this window, which get its keys first; null without any
+    ListOf<CWin> children; ///< windows inside this one by style `winChild`; not owned
     COnKey* onAccelerator = nullptr; ///< owned
     PendingPaint pending;            ///< what the next frame has to do
     bool mapped = false;             ///< as the server last told

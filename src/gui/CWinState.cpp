@@ -84,7 +84,7 @@ void CWin::hide() {
 
 void CWin::leaveLists() {
     app->menus.remove(this);
-    app->topMenu = static_cast<CWin*>(app->menus.last());
+    app->topMenu = app->menus.last();
 }
 
 void CWin::minimize() {
@@ -221,7 +221,7 @@ void CWin::showMenu() {
     const CApp::HandlerScope scope(app);
     const bool first = app->menus.empty();
     app->menus.addUnique(this);
-    app->topMenu = static_cast<CWin*>(app->menus.last());
+    app->topMenu = app->menus.last();
     if (onShowMenu) (*onShowMenu)(this);
     setCapture(false);
     show(false);
@@ -237,7 +237,7 @@ void CWin::showMenu() {
 }
 
 void CWin::menuEvent(XEvent& event) {
-    auto* last = static_cast<CWin*>(app->menus.last());
+    auto* last = app->menus.last();
     const bool wheel = event.type == ButtonPress && int(event.xbutton.button) >= wheelFirst &&
                        int(event.xbutton.button) <= wheelLast;
     if (last && (event.type == KeyPress || wheel))

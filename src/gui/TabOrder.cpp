@@ -33,8 +33,7 @@ void collectStops(CCtrl* ctrl, const CCtrl* focused, std::vector<CCtrl*>& stops)
     if (takesTab(ctrl) || ctrl == focused) stops.push_back(ctrl);
     if (!ctrl->visible || !ctrl->enabled) return;
     if (ctrl->category != catGroup && ctrl->category != catGroupLike) return;
-    for (CCtrl* c : each<CCtrl>(static_cast<CGroup*>(ctrl)->controls))
-        collectStops(c, focused, stops);
+    for (CCtrl* c : static_cast<CGroup*>(ctrl)->controls) collectStops(c, focused, stops);
 }
 
 CCtrl* neighbourOf(const CCtrl* from, CGroup* group, int key) {

@@ -225,7 +225,7 @@ void readTheme(CGui& gui, CStream& in) {
 }
 
 void writeTheme(const CGui& gui, CStream& out) {
-    for (auto* picture : each<CImageChunk>(gui.images)) writeImage(out, *picture);
+    for (auto* picture : gui.images) writeImage(out, *picture);
     for (int i = 0; i < gui.numItems(); i++) {
         const CGuiItem2& item = *gui.getItem(i);
         writeKey(out, "itemid2", item.id);

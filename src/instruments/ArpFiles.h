@@ -20,7 +20,7 @@ void writeProgram(CStream* stream, const CArpProg& prog);
 /// reading, as does a block that does not fit. Settings that the stream lacks stay as they are.
 class ArpContent {
 public:
-    CList progs; ///< of CArpProg
+    ListOf<CArpProg> progs;
     int progIndex = 0;
     int enabled, latch, ccGate, ccSwing;
 

@@ -9,13 +9,13 @@ CLayer::CLayer(CSynthProg* owner) : prog(owner) {
 }
 
 CLayer::~CLayer() {
-    deleteAll<CSound>(sounds);
+    deleteAll(sounds);
 }
 
 bool CLayer::soundMuted(CSound* s) {
     if (s->mute) return true;
     if (s->solo) return false;
-    for (CSound* other : each<CSound>(sounds))
+    for (CSound* other : sounds)
         if (other->solo) return true;
     return false;
 }

@@ -12,7 +12,7 @@ class CSynthProg;
 class CLayer : public CObject {
 public:
     CSynthProg* prog;                 ///< owner
-    CList sounds;                     ///< of CSound, owned
+    ListOf<CSound> sounds;            ///< owned
     Shared<CSound*> sound{nullptr};   ///< the one that the editor shows
     Stored<unsigned char> editAll{0}; ///< 1: a change in the panel goes to every sound
 

@@ -253,7 +253,7 @@ void CSampler::saveProg(CStream* stream, CSynthProg* prog, const CList& clipList
 
 void CSampler::write(CStream* stream) {
     writeFiletype(stream);
-    for (auto* clip : each<CSampleClip>(clips)) writeClip(stream, clip);
+    for (auto* clip : clips) writeClip(stream, clip);
     writeIntBlock(stream, "mch", mch);
     writeIntBlock(stream, "progi", curProg);
     for (auto* prog : each<CSynthProg>(progs)) saveProg(stream, prog, clips);

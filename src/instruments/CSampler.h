@@ -10,6 +10,7 @@
 
 #include <memory>
 
+class CSampleClip;
 class CStream;
 class CUndo;
 class SamplerContent;
@@ -23,7 +24,7 @@ public:
     static constexpr int optionBytes = 32;
 
     unsigned char held[128] = {};            ///< without a reader
-    CList clips;                             ///< of CSampleClip, owned: all that the programs play
+    ListOf<CSampleClip> clips;               ///< owned: all that the programs play
     CVoice voices[voiceCount];               ///< graph holder
     unsigned char options[optionBytes] = {}; ///< the editor's; stored
     Ring<int, CMIDIQ::capacity> guiQueue;    ///< packed messages from the interface thread

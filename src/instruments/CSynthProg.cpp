@@ -37,7 +37,7 @@ CSynthProg::CSynthProg(CQV* root, CSampler* sampler) : owner(sampler), host(root
 }
 
 CSynthProg::~CSynthProg() {
-    deleteAll<CLayer>(layers);
+    deleteAll(layers);
 }
 
 CReverb* CSynthProg::reverb() const {
@@ -98,7 +98,7 @@ CLayer* CSynthProg::addLayer() {
 }
 
 bool CSynthProg::hasSound(const CSound* wanted) const {
-    for (const CLayer* l : each<CLayer>(layers))
+    for (const CLayer* l : layers)
         if (l->sounds.contains(wanted)) return true;
     return false;
 }

@@ -27,7 +27,7 @@ class CSynthProg : public CProgram {
 public:
     CSampler* owner;                    ///< null for the sounds of a drum track
     Shared<float> bend[16];             ///< -1 to 1; element 0 holds for all channels
-    CList layers;                       ///< of CLayer, owned
+    ListOf<CLayer> layers;              ///< owned
     Shared<CLayer*> layer{nullptr};     ///< the one that the editor shows
     std::unique_ptr<CFX> fx[progSends]; ///< a CReverb, on, and a CDelay, off
     CStr family; ///< its category, empty when nothing told; interface thread, as the two below
@@ -69,6 +69,6 @@ private:
 
 template <class F>
 void CSynthProg::eachSound(F&& visit) {
-    for (CLayer* l : each<CLayer>(layers))
-        for (CSound* s : each<CSound>(l->sounds)) visit(s);
+    for (CLayer* l : layers)
+        for (CSound* s : l->sounds) visit(s);
 }

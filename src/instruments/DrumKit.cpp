@@ -157,7 +157,7 @@ int DrumKit::height() const {
 }
 
 void DrumKit::take(CList& drumClips, CUndo* undo) {
-    while (auto* clip = static_cast<CSampleClip*>(clips.getFirst())) {
+    while (auto* clip = clips.getFirst()) {
         clips.del(0);
         enter(clip, drumClips, undo, [&] { drumClips.add(clip); });
     }
@@ -181,7 +181,7 @@ std::unique_ptr<CSound> DrumKit::newSound(int kind) {
 
 void DrumKit::keepSound(CSound* made) {
     made->reserved = 1;
-    sounds.add(made);
+    sounds.add(static_cast<CDrumSound*>(made)); // of `newSound`
 }
 
 void writeDrumKit(CStream* stream, const CStr& name, const CLayer& layer) {
@@ -193,5 +193,5 @@ void writeDrumKit(CStream* stream, const CStr& name, const CLayer& layer) {
     stream->writeId("progid", name.length() + int(sizeof(int)));
     stream->writeStr(name);
     stream->writeId("layer", 0);
-    for (const CSound* s : each<CSound>(layer.sounds)) writeDrum(stream, *s, used);
+    for (const CSound* s : layer.sounds) writeDrum(stream, *s, used);
 }

@@ -2,6 +2,7 @@
 
 #include "instruments/SamplerContent.h"
 
+class CDrumSound;
 class CComp;
 class CREX2;
 class CSample;
@@ -16,8 +17,8 @@ class CUndo;
 /// there is no kit.
 class DrumKit : public SamplerContent {
 public:
-    CList sounds; ///< of CDrumSound, that name `target` as their layer
-    CStr name;    ///< empty when nothing told one
+    ListOf<CDrumSound> sounds; ///< that name `target` as their layer
+    CStr name;                 ///< empty when nothing told one
 
     /// `target` is the layer that the sounds will live in, `comp` the component of their strips.
     DrumKit(CQV* root, CLayer* target, CComp* comp);

@@ -167,7 +167,7 @@ CSynthProg* factory::buildProgram(CQV* host, CSampler* sampler, const Program& r
         sound->setVolume(patch.volume * row.level);
         layer->addSound(sound);
     }
-    layer->sound = static_cast<CSound*>(layer->sounds.getFirst());
+    layer->sound = layer->sounds.getFirst();
     nameMacros(*prog);
     prog->reverb()->setSize(row.reverbMs);
     setEcho(*prog->delay(), row.echo);

@@ -226,7 +226,7 @@ void readOperators(CStream& s, COSCSound& o) {
 
 SamplerContent::~SamplerContent() {
     deleteAll<CSynthProg>(progs);
-    deleteAll<CSampleClip>(clips);
+    deleteAll(clips);
 }
 
 void SamplerContent::read(CStream* stream, int64_t end) {
@@ -277,7 +277,7 @@ void SamplerContent::readHeadBlock(const CStr& name, CStream& body) {
     if (name == "progmacros") readMacros(body, *prog);
     if (name == "macrorange") readMacroRanges(body, *prog);
     if (name == "layeri") {
-        auto* wanted = static_cast<CLayer*>(prog->layers.items(body.readInt()));
+        auto* wanted = prog->layers.items(body.readInt());
         if (wanted) prog->layer = wanted;
     }
 }

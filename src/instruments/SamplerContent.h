@@ -27,8 +27,8 @@ constexpr int mostProgs = 1024, mostSounds = 32768;
 /// range of their control. A sound without a program, as in a kit, opens one.
 class SamplerContent {
 public:
-    CList progs; ///< of CSynthProg
-    CList clips; ///< of CSampleClip
+    ListOf<CSynthProg> progs;
+    ListOf<CSampleClip> clips;
     int progIndex = 0;
     int mch = -1;
     unsigned char options[sampleOptionBytes] = {};

@@ -109,7 +109,7 @@ bool takeProgramFile(CSampler* sampler, const CStr& path) {
         undo->asInt(sampler->curProg.address()); // undone last
         removeClips(sampler, former, undo);
         undo->asRemove(former, &sampler->progs);
-        while (auto* clip = static_cast<CSampleClip*>(content.clips.getFirst())) {
+        while (auto* clip = content.clips.getFirst()) {
             content.clips.del(0);
             undo->asAdd(clip, &sampler->clips);
         }

@@ -214,13 +214,13 @@ void writeProgram(CStream* s, CSynthProg* prog, const CList& clips) {
     s->writeId("prog", 0);
     s->writeId("progid", prog->id.length() + int(sizeof(int)));
     s->writeStr(prog->id);
-    for (CLayer* layer : each<CLayer>(prog->layers)) {
+    for (CLayer* layer : prog->layers) {
         s->writeId("layer", 0);
         s->writeId("laex", 32);
         s->writeByte(layer->editAll);
         writeZeroBytes(s, 3);
         writeZeros(s, 7);
-        for (CSound* sound : each<CSound>(layer->sounds)) writeSound(s, sound, clips);
+        for (CSound* sound : layer->sounds) writeSound(s, sound, clips);
     }
     writeSendEffects(s, *prog);
     writeIntBlock(s, "reverbSize", prog->reverb()->getRevTime());

@@ -18,13 +18,14 @@ constexpr int clipRate = 44100; ///< for all samples, whatever their own
 /// Turns one file into programs and clips; owns what was not taken.
 class Import {
 public:
-    CList progs, clips;
+    ListOf<CSynthProg> progs;
+    ListOf<CSampleClip> clips;
     CSF2 font;
 
     explicit Import(CSampler* s) : sampler(s) {}
     ~Import() {
-        deleteAll<CSynthProg>(progs);
-        deleteAll<CSampleClip>(clips);
+        deleteAll(progs);
+        deleteAll(clips);
     }
     Import(const Import&) = delete;
     Import& operator=(const Import&) = delete;

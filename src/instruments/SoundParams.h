@@ -27,5 +27,6 @@ float soundParamShare(CSampler& sampler, int param);
 bool soundParamMoves(CSampler& sampler, int param);
 /// That as a value of the user, which moves all of them.
 StoredValue soundParameter(CSampler& sampler, int param);
-/// What it moves in the current program, "Cutoff" or "Pan, Cutoff"; where it moves nothing the controller, "CC-71".
+/// What it moves in the current program, "Cutoff" or "Pan, Cutoff"; where it moves nothing the
+/// controller, "CC-71".
 CStr soundParamName(CSampler& sampler, int param);

@@ -1,6 +1,7 @@
 #include "mixer/CMixerStrip.h"
 
 #include "base/Numbers.h"
+#include "engine/CGroupCh.h"
 #include "engine/CQV.h"
 #include "engine/StripMeters.h"
 #include "engine/StripValues.h"
@@ -196,7 +197,7 @@ void CMixerStrip::refresh() {
         nameControls();
         redraw();
     }
-    const CList& buses = of.comp->host->sends;
+    const auto& buses = of.comp->host->sends;
     for (size_t i = 0; i < sends.size(); i++) {
         const auto* bus = static_cast<const CComp*>(buses.items(int(i)));
         const CStr label = bus ? bus->id : CStr();
@@ -229,7 +230,7 @@ void CMixerStrip::showLoad(const GraphProbe& probe) {
     if (!load->visible) return;
     const CComp* behind = of.ownsTrack() ? static_cast<const CComp*>(of.track) : of.comp;
     int late = of.comp->enabled ? of.comp->getDelay() : 0;
-    for (auto* insert : each<CComp>(of.channel->inserts))
+    for (auto* insert : of.channel->inserts)
         if (insert->enabled) late += insert->getDelay();
     load->show(probe.workOf(behind), probe.blockNs(), late * 1000.0 / double(of.comp->host->rate));
 }

@@ -43,7 +43,7 @@ InsertSlot::InsertSlot(CMixerStrip& strip, int at)
 }
 
 CComp* InsertSlot::insert() const {
-    return static_cast<CComp*>(owner.strip().channel->inserts.items(index));
+    return owner.strip().channel->inserts.items(index);
 }
 
 bool InsertSlot::refresh() {

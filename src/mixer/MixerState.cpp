@@ -55,7 +55,7 @@ std::vector<MixerStrip> MixerState::selection() const {
 CSongTrack* MixerState::songTrackOf(const MixerStrip& strip) const {
     const CSeq* song = playableSongOf(qv);
     if (!song || !strip.track) return nullptr;
-    for (auto* t : each<CSongTrack>(const_cast<CSeq*>(song)->getProg()->tracks))
+    for (auto* t : const_cast<CSeq*>(song)->getProg()->tracks)
         if (t->track == strip.track) return t;
     return nullptr;
 }

@@ -79,7 +79,7 @@ void SceneMenu::compare(int to) {
 
 void SceneMenu::follow() {
     for (CMixScene& scene : states) scene.keepTo(panel.state.qv);
-    for (auto* scene : each<CMixScene>(panel.state.mixer.scenes)) scene->keepTo(panel.state.qv);
+    for (auto* scene : panel.state.mixer.scenes) scene->keepTo(panel.state.qv);
 }
 
 void SceneMenu::recallChosen(CObject* sender) {

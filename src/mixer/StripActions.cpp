@@ -154,14 +154,13 @@ void CMixerPanel::addPreset(const MixerStrip& strip, const CStr& path, int index
 }
 
 void CMixerPanel::removeInsertAt(const MixerStrip& strip, int index) {
-    if (auto* insert = static_cast<CComp*>(strip.channel->inserts.items(index)))
-        removeInsert(strip.channel, insert);
+    if (auto* insert = strip.channel->inserts.items(index)) removeInsert(strip.channel, insert);
 }
 
 /// The keys stay with what was moved.
 void CMixerPanel::stepInsert(CMixerStrip& strip, int index, int by) {
     COutputChannel* ch = strip.strip().channel;
-    auto* insert = static_cast<CComp*>(ch->inserts.items(index));
+    auto* insert = ch->inserts.items(index);
     const int to = index + by;
     if (!insert || to < 0 || to >= ch->inserts.getCount()) return;
     moveInsert(ch, insert, ch, by < 0 ? to : to + 1);

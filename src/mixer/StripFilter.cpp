@@ -21,11 +21,11 @@ bool reaches(CQV* host, const COutputChannel* ch, const Channels& goals,
     if (has(goals, ch)) return true;
     if (!seen.insert(ch).second) return false;
     const auto through = [&](const CComp* c) {
-        for (const auto* out : each<COutputChannel>(c->outputs))
+        for (const auto* out : c->outputs)
             if (reaches(host, out, goals, seen)) return true;
         return false;
     };
-    for (const auto* c : each<CComp>(host->comps))
+    for (const auto* c : host->comps)
         if (c->type != compSeq && fedBy(c, ch) && through(c)) return true;
     int bus = 0;
     for (const auto* c : each<CComp>(host->sends)) {

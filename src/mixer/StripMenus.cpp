@@ -48,7 +48,7 @@ bool StripMenus::stands() const {
 }
 
 CComp* StripMenus::insert() const {
-    return stands() ? static_cast<CComp*>(strip.channel->inserts.items(index)) : nullptr;
+    return stands() ? strip.channel->inserts.items(index) : nullptr;
 }
 
 // Where it leads, what it plays.

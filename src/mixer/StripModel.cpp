@@ -26,7 +26,7 @@ public:
     std::vector<MixerStrip> collect() {
         addType(compAudioIn, StripSection::inputs);
         addTracks();
-        for (auto* c : each<CComp>(host->comps))
+        for (auto* c : host->comps)
             if (!isEdge(c)) addAll(c, nullptr, -1, StripSection::tracks);
         addGroups();
         for (auto* c : each<CComp>(host->sends)) addAll(c, nullptr, -1, StripSection::sends);
@@ -46,28 +46,27 @@ private:
     }
     void addAll(CComp* c, CTrack* track, int row, StripSection section) {
         const bool named = track && c->outputs.getCount() == 1 && playedByOne(c);
-        for (auto* ch : each<COutputChannel>(c->outputs)) add(ch, track, row, section, named);
+        for (auto* ch : c->outputs) add(ch, track, row, section, named);
     }
     bool playedByOne(const CComp* c) const {
         int count = 0;
-        for (auto* t : each<CTrack>(song->tracks))
-            count += t->kind == trackMIDI && fedBy(c, t->outPort());
+        for (auto* t : song->tracks) count += t->kind == trackMIDI && fedBy(c, t->outPort());
         return count == 1;
     }
     void addType(int type, StripSection section) {
-        for (auto* c : each<CComp>(host->comps))
+        for (auto* c : host->comps)
             if (c->type == type) addAll(c, nullptr, -1, section);
     }
     void addTracks() {
         if (!song) return;
         int row = 0;
-        for (auto* t : each<CTrack>(song->tracks)) {
-            for (auto* ch : each<COutputChannel>(t->outputs)) {
+        for (auto* t : song->tracks) {
+            for (auto* ch : t->outputs) {
                 add(ch, t, row, StripSection::tracks, true);
                 if (strips.back().channel == ch && drumsUnfolded(strips.back())) addDrums(t, row);
             }
             if (t->kind == trackMIDI)
-                for (auto* c : each<CComp>(host->comps))
+                for (auto* c : host->comps)
                     if (!isEdge(c) && fedBy(c, t->outPort()))
                         addAll(c, t, row, StripSection::tracks);
             row++;
@@ -81,7 +80,7 @@ private:
     void addGroups() {
         int row = 0;
         if (song)
-            for (auto* t : each<CTrack>(song->tracks)) {
+            for (auto* t : song->tracks) {
                 if (t->kind == trackFolder)
                     if (CComp* group = folderGroup(song, t))
                         addAll(group, t, row, StripSection::groups);
@@ -126,7 +125,7 @@ std::vector<MixerStrip> listStrips(CQV* host) {
 CStr nameOf(const MixerStrip& strip) {
     if (strip.drum) return strip.drum->getId();
     if (strip.named) return strip.track->id;
-    const CList& outputs = strip.comp->outputs;
+    const auto& outputs = strip.comp->outputs;
     if (outputs.getCount() < 2) return strip.comp->id;
     return strip.comp->id + " " + asStr(outputs.indexed(strip.channel) + 1);
 }

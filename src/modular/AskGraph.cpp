@@ -43,7 +43,7 @@ void eachStripOf(const GraphModel& model, const std::vector<bool>& boxes, F&& vi
     for (size_t i = 0; i < model.boxes.size(); i++) {
         if (!boxes[i]) continue;
         CComp* comp = model.boxes[i].comp;
-        for (auto* strip : each<COutputChannel>(comp->outputs)) visit(comp, strip);
+        for (auto* strip : comp->outputs) visit(comp, strip);
     }
 }
 

@@ -54,7 +54,7 @@ struct PartSummary {
     CStr missingName;
 
     explicit PartSummary(const CSongTrack* songTrack) {
-        for (auto* part : each<CPart>(songTrack->parts)) {
+        for (auto* part : songTrack->parts) {
             all++;
             if (part->muted()) {
                 muted++;
@@ -93,11 +93,11 @@ void addCauses(Causes& to, const Causes& more) {
 Causes AskSilence::gateCauses(CComp* insert, const CStr& of) const {
     CKeyInput* key = keyInputOf(insert);
     const CEffectProg* prog = key ? static_cast<CEffect*>(insert)->getProg() : nullptr;
-    auto* cable = key ? static_cast<CAudioCable*>(key->cables.getFirst()) : nullptr;
+    auto* cable = key ? key->cables.getFirst() : nullptr;
     if (!prog || !cable || !insert->enabled) return {};
     constexpr float closed = 0.001f;
     const CStr source = stripName(cable->fromChannel);
-    for (const auto* fx : each<CFX>(prog->effects)) {
+    for (const auto* fx : prog->effects) {
         if (fx->type != fxGate || !fx->enabled) continue;
         if (static_cast<const CGate*>(fx)->gain > closed) continue;
         const CStr why = keyWaitsForItself(insert) ? " waits for itself." : " is too soft.";
@@ -108,9 +108,9 @@ Causes AskSilence::gateCauses(CComp* insert, const CStr& of) const {
 }
 
 const CComp* AskSilence::soloed() const {
-    for (const CList* list : {&qv->comps, &qv->sends})
+    for (const CList* list : listsOf(qv->comps, qv->sends))
         for (const auto* comp : each<CComp>(*list))
-            for (const auto* strip : each<COutputChannel>(comp->outputs))
+            for (const auto* strip : comp->outputs)
                 if (strip->solo) return comp;
     return nullptr;
 }
@@ -122,7 +122,7 @@ Causes AskSilence::stripCauses(CComp* comp, COutputChannel* strip) const {
     CObject* blame = track ? static_cast<CObject*>(strip) : comp;
     if (strip->mute) found.push_back({blame, name + " is muted."});
     if (strip->vol <= 0.0f) found.push_back({blame, "The fader of " + name + " is at zero."});
-    for (auto* insert : each<CComp>(strip->inserts)) addCauses(found, gateCauses(insert, name));
+    for (auto* insert : strip->inserts) addCauses(found, gateCauses(insert, name));
     const CComp* other = soloed();
     if (!stripOpen(comp, strip) && !strip->mute && other)
         found.push_back({const_cast<CComp*>(other),
@@ -144,8 +144,7 @@ Causes AskSilence::ownCauses(int output) const {
 Causes AskSilence::masterCauses(int box) const {
     CComp* comp = model.boxes[size_t(box)].comp;
     Causes found;
-    for (auto* strip : each<COutputChannel>(comp->outputs))
-        addCauses(found, stripCauses(comp, strip));
+    for (auto* strip : comp->outputs) addCauses(found, stripCauses(comp, strip));
     if (!comp->enabled) found.push_back({comp, boxName(comp) + " is switched off."});
     if (qv->listenVolume <= 0.0f)
         found.push_back({comp, "The volume of your speakers, below the meter, is at zero."});
@@ -182,11 +181,10 @@ Causes AskSilence::trackCauses(CTrack* track, int output) {
     Causes found;
     if (songTrack->muted()) found.push_back({port, "The track " + track->id + " is muted."});
     CSeqProg* prog = track->seq->getProg();
-    for (const auto* other : each<CSongTrack>(prog->tracks))
+    for (const auto* other : prog->tracks)
         if (other->soloed() && !songTrack->soloed()) {
-            const CList& ends =
-                other->track->outPorts.empty() ? other->track->outputs : other->track->outPorts;
-            auto* blame = static_cast<CObject*>(ends.items(0));
+            CIO* blame = other->track->outPorts.items(0);
+            if (!blame) blame = other->track->outputs.items(0);
             found.push_back({blame, "The track " + other->track->id + " is soloed: " + track->id +
                                         " is silent as long as it is."});
             break;

@@ -42,11 +42,11 @@ void recordPlace(CUndo* step, CComp* comp, CPoint at) {
 /// Calls `visit(comp)` for all that may own cables.
 template <class F>
 void eachCabled(CQV* host, F&& visit) {
-    for (const CList* list : {&host->comps, &host->sends})
+    for (const CList* list : listsOf(host->comps, host->sends))
         for (auto* comp : each<CComp>(*list)) {
             visit(comp);
             if (comp->type != compSeq) continue;
-            for (auto* track : each<CTrack>(static_cast<CSeq*>(comp)->tracks)) visit(track);
+            for (auto* track : static_cast<CSeq*>(comp)->tracks) visit(track);
         }
 }
 
@@ -67,7 +67,7 @@ CObject* cableBetween(CIO* from, CIO* to) {
 }
 
 CList& cablesOf(CComp* comp, bool midi) {
-    return midi ? comp->midiCables : comp->audioCables;
+    return *listsOf(comp->audioCables, comp->midiCables)[midi ? 1 : 0];
 }
 
 /// A cable as the ports that it joins.
@@ -97,7 +97,7 @@ void addCable(CUndo* step, CIO* from, CIO* to, const CObject* like = nullptr) {
 CList* ownerOf(CQV* host, CObject* cable) {
     CList* found = nullptr;
     eachCabled(host, [&](CComp* comp) {
-        for (CList* list : {&comp->midiCables, &comp->audioCables})
+        for (CList* list : listsOf(comp->midiCables, comp->audioCables))
             if (list->contains(cable)) found = list;
     });
     eachKeyed(host, [&](CComp*, CKeyInput& key) {
@@ -107,9 +107,9 @@ CList* ownerOf(CQV* host, CObject* cable) {
 }
 
 CIO* firstPort(const CComp* comp, bool midi, bool output) {
-    const CList& list =
-        midi ? (output ? comp->outPorts : comp->inPorts) : (output ? comp->outputs : comp->inputs);
-    return static_cast<CIO*>(list.items(0));
+    if (midi) return (output ? comp->outPorts : comp->inPorts).items(0);
+    if (output) return comp->outputs.items(0);
+    return comp->inputs.items(0);
 }
 
 bool isOutputPort(const CIO* io) {
@@ -127,13 +127,13 @@ void makeReady(CComp* comp) {
 
 std::vector<CComp*> selectedComps(CQV* host) {
     std::vector<CComp*> chosen;
-    for (auto* comp : each<CComp>(host->comps))
+    for (auto* comp : host->comps)
         if (comp->hasFlag(compSelected)) chosen.push_back(comp);
     return chosen;
 }
 
 void selectOnly(CQV* host, CComp* comp) {
-    for (auto* other : each<CComp>(host->comps)) other->setFlag(compSelected, other == comp);
+    for (auto* other : host->comps) other->setFlag(compSelected, other == comp);
 }
 
 // Places.
@@ -155,14 +155,14 @@ void moveComps(CQV* host, CPoint by) {
 
 void tidyComps(CQV* host) {
     std::vector<CComp*> comps;
-    for (auto* comp : each<CComp>(host->comps)) comps.push_back(comp);
+    for (auto* comp : host->comps) comps.push_back(comp);
     placeComps(host, comps, layGraph(GraphModel(host).layout()), "Tidy");
 }
 
 void tidyNewGraph(CQV* host) {
     const std::vector<CPoint> places = layGraph(GraphModel(host).layout());
     size_t i = 0;
-    for (auto* comp : each<CComp>(host->comps)) {
+    for (auto* comp : host->comps) {
         comp->posX = kept(places[i].x);
         comp->posY = kept(places[i++].y);
     }
@@ -207,7 +207,7 @@ std::optional<StoredValue> muteOfItem(CObject* item) {
     if (item->category != categoryComp) return std::nullopt;
     const auto* comp = static_cast<CComp*>(item);
     if (comp->outputs.getCount() != 1) return std::nullopt;
-    return muteOf(static_cast<COutputChannel*>(comp->outputs.items(0)));
+    return muteOf(comp->outputs.items(0));
 }
 
 void toggleMute(CQV* host, CObject* item) {
@@ -397,7 +397,7 @@ void duplicateComps(CQV* host, const std::vector<CComp*>& comps, CPoint by) {
         step->asAdd(copy, &host->comps);
     }
     eachCabled(host, [&](CComp* comp) {
-        for (const CList* list : {&comp->midiCables, &comp->audioCables})
+        for (const CList* list : listsOf(comp->midiCables, comp->audioCables))
             for (const auto* cable : each<CObject>(*list)) {
                 const Ends ends(cable);
                 CIO *from = twins.of(ends.from), *to = twins.of(ends.to);

@@ -32,13 +32,13 @@ CPoint boxSize(const CComp* comp) {
 }
 
 GraphModel::GraphModel(CQV* host) {
-    for (auto* comp : each<CComp>(host->comps)) addBox(comp);
+    for (auto* comp : host->comps) addBox(comp);
     joinedPorts.assign(ports.size(), false);
     for (const bool midi : {true, false})
-        for (auto* comp : each<CComp>(host->comps)) addCables(comp, midi);
+        for (auto* comp : host->comps) addCables(comp, midi);
     const std::vector<bool> loops = loopCables(layout());
     for (size_t i = 0; i < cables.size(); i++) cables[i].loops = loops[i];
-    for (auto* comp : each<CComp>(host->comps)) addKeyCables(comp);
+    for (auto* comp : host->comps) addKeyCables(comp);
 }
 
 void GraphModel::addBox(CComp* comp) {
@@ -95,10 +95,9 @@ void GraphModel::placePorts(int index) {
 
 void GraphModel::addCables(CComp* comp, bool midi) {
     if (midi)
-        for (auto* cable : each<CMIDICable>(comp->midiCables))
-            addCable(cable, midi, cable->fromPort, cable->toPort);
+        for (auto* cable : comp->midiCables) addCable(cable, midi, cable->fromPort, cable->toPort);
     else
-        for (auto* cable : each<CAudioCable>(comp->audioCables))
+        for (auto* cable : comp->audioCables)
             addCable(cable, midi, cable->fromChannel, cable->toChannel);
 }
 
@@ -114,7 +113,7 @@ void GraphModel::addKeyCables(CComp* comp) {
     const auto add = [this](CComp* keyed) {
         CKeyInput* key = keyInputOf(keyed);
         if (!key) return;
-        for (auto* cable : each<CAudioCable>(key->cables)) {
+        for (auto* cable : key->cables) {
             const size_t before = cables.size();
             addCable(cable, false, cable->fromChannel, cable->toChannel);
             if (cables.size() > before) cables.back().loops = keyWaitsForItself(keyed);

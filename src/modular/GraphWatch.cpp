@@ -16,7 +16,7 @@ COutputChannel* GraphWatch::soundOf(const CObject* item) {
         return static_cast<COutputChannel*>(const_cast<CObject*>(item));
     if (item->category != categoryComp) return nullptr;
     const auto* comp = static_cast<const CComp*>(item);
-    return static_cast<COutputChannel*>(comp->outputs.items(0));
+    return comp->outputs.items(0);
 }
 
 void GraphWatch::listenTo(const CObject* item) {

@@ -39,7 +39,7 @@ constexpr double zoomStep = 1.25;
 
 /// What a host has before anything is added.
 bool isBare(CQV* host) {
-    for (const auto* comp : each<CComp>(host->comps))
+    for (const auto* comp : host->comps)
         if (comp->type != compMIDIIn && comp->type != compMIDIOut && comp->type != compAudioIn &&
             comp->type != compAudioOut)
             return false;
@@ -48,7 +48,7 @@ bool isBare(CQV* host) {
 
 bool anyCovered(CQV* host) {
     std::set<std::pair<int, int>> places;
-    for (const auto* comp : each<CComp>(host->comps))
+    for (const auto* comp : host->comps)
         if (!places.emplace(comp->posX, comp->posY).second) return true;
     return false;
 }
@@ -125,7 +125,7 @@ void ModularPage::bindActions() {
     actions.preempt(
         "selectAll",
         [this, host] {
-            for (auto* comp : each<CComp>(host->comps)) comp->setFlag(compSelected, true);
+            for (auto* comp : host->comps) comp->setFlag(compSelected, true);
             view->redraw();
         },
         any);

@@ -173,8 +173,8 @@ bool RollBody::showsBeside(CPart* other) const {
 PartList RollBody::selectedBeside() const {
     PartList found;
     if (!part || !seq()) return found;
-    for (const auto* t : each<CSongTrack>(seq()->getProg()->tracks))
-        for (auto* p : each<CPart>(t->parts))
+    for (const auto* t : seq()->getProg()->tracks)
+        for (auto* p : t->parts)
             if (p->selected() && p->type == part->type && p != part) found.push_back(p);
     return found;
 }
@@ -184,8 +184,8 @@ PartList RollBody::beside() const {
     constexpr size_t most = 64;
     PartList found;
     if (!part || !seq()) return found;
-    for (const auto* t : each<CSongTrack>(seq()->getProg()->tracks))
-        for (auto* p : each<CPart>(t->parts)) {
+    for (const auto* t : seq()->getProg()->tracks)
+        for (auto* p : t->parts) {
             const auto meets = [&] {
                 return p->pos < part->pos + seq()->getTicks(part) &&
                        p->pos + seq()->getTicks(p) > part->pos;

@@ -160,7 +160,7 @@ void TransformBar::apply() {
         if (all || hasSelectedEvents(draft))
             transformEvents(draft, kind, values(), {grid, -part->offset, most, scaleAt(part)});
     });
-    auto* after = static_cast<CUndo*>(state.qv->undoList.last());
+    auto* after = state.qv->undoList.last();
     if (after != before) done = after;
     state.qv->settle();
     state.track->preview.mute();

@@ -82,7 +82,7 @@ void PluginComp::beginAhead(int frames) {
 
 /// A channel of one pin hears both sides of what is cabled to it.
 void PluginComp::foldInputs(int frames) const {
-    for (auto* channel : each<CInputChannel>(inputs)) {
+    for (auto* channel : inputs) {
         if (channel->channels != 1) continue;
         for (int i = 0; i < frames; i++)
             channel->bufL[i] = (channel->bufL[i] + channel->bufR[i]) * 0.5f;
@@ -90,7 +90,7 @@ void PluginComp::foldInputs(int frames) const {
 }
 
 void PluginComp::spreadOutputs(int frames) const {
-    for (auto* channel : each<COutputChannel>(outputs))
+    for (auto* channel : outputs)
         if (channel->channels == 1) std::copy_n(channel->bufL, frames, channel->bufR);
 }
 
@@ -126,7 +126,7 @@ void PluginComp::subProcess(int frames, int offset) {
 
 void PluginComp::takePiece(int frames, int offset) {
     pieceStart = offset;
-    for (auto* port : each<CMIDIQ>(outPorts))
+    for (auto* port : outPorts)
         if (offset == 0) port->clear();
     pins.take(inputs, frames, offset);
     pins.clearOutputs(frames);
@@ -148,8 +148,8 @@ bool PluginComp::runPlugin(int frames, int offset) {
 
 /// Of a send bus nothing is passed on: what it was sent is heard elsewhere already.
 void PluginComp::passThrough(int frames, int offset) const {
-    const auto* in = static_cast<const CInputChannel*>(inputs.items(0));
-    auto* out = static_cast<COutputChannel*>(outputs.items(0));
+    const auto* in = inputs.items(0);
+    auto* out = outputs.items(0);
     if (listKind == listSends || !in || !out) return;
     std::copy_n(in->bufL + offset, frames, out->bufL + offset);
     std::copy_n((in->channels == 1 ? in->bufL : in->bufR) + offset, frames, out->bufR + offset);

@@ -197,7 +197,7 @@ protected:
 private:
     CSampler* sampler() const {
         if (!onKind(trackMIDI)) return nullptr;
-        for (auto* comp : each<CComp>(host->comps))
+        for (auto* comp : host->comps)
             if (comp->type == compSampler &&
                 getMIDICable(comp, place.onto->track->outPort(), nullptr))
                 return static_cast<CSampler*>(comp);
@@ -296,7 +296,7 @@ private:
     COutputChannel* strip() const {
         CTrack* heard = place.onto ? place.onto->track : nullptr;
         if (!heard || heard->output()) return heard ? heard->output() : nullptr;
-        for (auto* comp : each<CComp>(host->comps))
+        for (auto* comp : host->comps)
             if (comp->type == compSampler && heard->outPort() &&
                 getMIDICable(comp, heard->outPort(), nullptr))
                 return comp->output();

@@ -40,11 +40,11 @@ T* pick(const std::vector<T*>& ios, size_t index) {
 } // namespace
 
 void writeCables(CStream* stream, CComp* c, const GraphIndex& index) {
-    for (auto* cable : each<CAudioCable>(c->audioCables))
+    for (auto* cable : c->audioCables)
         writeCable(stream, "ac", cable->fromChannel, cable->toChannel, cable->muted, index);
-    for (auto* cable : each<CMIDICable>(c->midiCables))
+    for (auto* cable : c->midiCables)
         writeCable(stream, "mc", cable->fromPort, cable->toPort, cable->muted, index);
-    for (auto* child : each<CComp>(c->comps)) writeCables(stream, child, index);
+    for (auto* child : c->comps) writeCables(stream, child, index);
     if (c != c->host) return;
     for (auto* bus : each<CComp>(c->host->sends)) writeCables(stream, bus, index);
 }
@@ -64,8 +64,9 @@ void CableReader::readAudio(ItemView& item) {
     CInputChannel* dest = pick(to.comp->inputs, to.io);
     if (!isNew(source, dest)) return;
     CComp* c = to.comp->comp;
-    newest = createAudioCable(c, source, dest);
-    c->audioCables.add(newest);
+    auto* cable = createAudioCable(c, source, dest);
+    c->audioCables.add(cable);
+    newest = cable;
 }
 
 void CableReader::readMIDI(ItemView& item) {
@@ -76,8 +77,9 @@ void CableReader::readMIDI(ItemView& item) {
     CMIDIQ* dest = pick(to.comp->inPorts, to.io);
     if (!isNew(source, dest)) return;
     CComp* c = to.comp->comp;
-    newest = createMIDICable(c, source, dest);
-    c->midiCables.add(newest);
+    auto* cable = createMIDICable(c, source, dest);
+    c->midiCables.add(cable);
+    newest = cable;
 }
 
 void CableReader::readMute(ItemView& item) {

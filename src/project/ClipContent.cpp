@@ -22,7 +22,7 @@ ClipContent::ClipContent(CSeq* song) : seq(song), kit(std::make_unique<ClipKit>(
 }
 
 ClipContent::~ClipContent() {
-    deleteAll<CSample>(samples);
+    deleteAll(samples);
 }
 
 DrumKit& ClipContent::drums() {
@@ -32,7 +32,7 @@ DrumKit& ClipContent::drums() {
 bool ClipContent::read(CStream* stream) {
     if (readAll(stream)) return true;
     part.reset();
-    deleteAll<CSample>(samples);
+    deleteAll(samples);
     devices.clear();
     kit = std::make_unique<ClipKit>(seq);
     return false;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+class CSample;
 class ClipKit;
 class CSeq;
 class CStream;
@@ -37,7 +38,7 @@ public:
     static constexpr size_t mostDevices = 16;
 
     std::unique_ptr<CPart> part; ///< null until a clip was read; a MIDI, audio or drum part
-    CList samples;               ///< of CSample, in memory: what an audio part plays
+    ListOf<CSample> samples;     ///< in memory: what an audio part plays
     std::vector<ClipDevice> devices;
 
     /// For the song that the clip may come to.

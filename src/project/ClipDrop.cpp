@@ -23,7 +23,7 @@ void takeSamples(ClipContent& clip, CQV* host, CUndo* undo) {
     for (const CBaseEvent* e = clip.part->getEvents(); e; e = e->next)
         played.insert(static_cast<const CAudioEvent*>(e)->sample);
     CList rest;
-    while (auto* sample = static_cast<CSample*>(clip.samples.getFirst())) {
+    while (auto* sample = clip.samples.getFirst()) {
         clip.samples.del(0);
         if (played.count(sample))
             undo->asAdd(sample, &host->samples);

@@ -38,18 +38,18 @@ void collectSamples(CPart* part, CList& samples) {
     }
 }
 
-void writeSamples(CStream* stream, const CList& samples) {
+void writeSamples(CStream* stream, const ListOf<CSample>& samples) {
     const OpenBlock block(stream, "samples");
     stream->writeInt(samples.getCount());
-    for (const auto* sample : each<CSample>(samples)) writeWithFrames(stream, sample);
+    for (const auto* sample : samples) writeWithFrames(stream, sample);
 }
 
 void writeDrums(CStream* stream, const CLayer& layer) {
-    CList clips;
+    ListOf<CSampleClip> clips;
     for (const auto* sound : each<CDrumSound>(layer.sounds))
         for (int i = 0; i < sound->clipCount; ++i) clips.addUnique(sound->clips[i]);
-    for (const auto* clip : each<CSampleClip>(clips)) writeClip(stream, clip);
-    for (auto* sound : each<CSound>(layer.sounds)) writeSound(stream, sound, clips);
+    for (const auto* clip : clips) writeClip(stream, clip);
+    for (auto* sound : layer.sounds) writeSound(stream, sound, clips);
 }
 
 void writeSampler(CStream* stream, CSampler* sampler) {
@@ -86,7 +86,7 @@ void writeInstruments(CStream* stream, CQV* host, CMIDIQ* port) {
 void writeClipFile(CStream* stream, CSeq* seq, CPart* part) {
     const std::unique_ptr<CPart> twin = standAlone(part);
     CTrack* track = seq->partToTrack(part);
-    CList samples;
+    ListOf<CSample> samples;
     if (twin->type == partDrum && track && track->drumLayer())
         writeDrums(stream, *track->drumLayer());
     if (twin->type == partAudio) {

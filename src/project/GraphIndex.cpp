@@ -13,7 +13,7 @@ void append(std::vector<T*>& to, const CList& from) {
 
 CompIO seqIO(CSeq* seq) {
     CompIO io{seq, {}, {}, {}, {}};
-    for (auto* track : each<CTrack>(seq->tracks)) {
+    for (auto* track : seq->tracks) {
         append(io.inputs, track->inputs);
         append(io.outputs, track->outputs);
         if (track->kind == trackAudio) continue;
@@ -42,7 +42,7 @@ void writePlace(CStream* stream, const FilePlace& place) {
 }
 
 GraphIndex::GraphIndex(CQV* root) : host(fileIO(root)) {
-    for (auto* c : each<CComp>(root->comps)) comps.push_back(fileIO(c));
+    for (auto* c : root->comps) comps.push_back(fileIO(c));
     for (auto* c : each<CComp>(root->sends)) sends.push_back(fileIO(c));
     enter(host, fileHost, 0);
     for (size_t i = 0; i < comps.size(); ++i) enter(comps[i], fileComps, int(i));

@@ -33,7 +33,7 @@ COutputChannel* readEnd(ItemView& item, GraphIndex& index, CompIO*& of) {
 void writeKeys(CStream* stream, CQV* host, const GraphIndex& index) {
     eachKeyed(host, [&](CComp* keyed, const CKeyInput& key) {
         const COutputChannel* strip = keyed->ownerChannel;
-        for (const auto* cable : each<CAudioCable>(key.cables))
+        for (const auto* cable : key.cables)
             if (strip)
                 writeKey(stream, cable, strip, strip->inserts.indexed(keyed), index);
             else
@@ -49,8 +49,7 @@ void readKey(ItemView& item, GraphIndex& index) {
     const bool muted = item.readInt() != 0;
     if (item.tooShort || !from || !dest || from->comp->type == compAudioOut) return;
     CComp* keyed = dest->comp;
-    if (place != ofItself)
-        keyed = strip ? static_cast<CComp*>(strip->inserts.items(place)) : nullptr;
+    if (place != ofItself) keyed = strip ? strip->inserts.items(place) : nullptr;
     CKeyInput* key = keyInputOf(keyed);
     if (!key || !key->cables.empty()) return;
     key->cables.add(makeKeyCable(keyed, from));

@@ -18,10 +18,10 @@ namespace {
 
 /// All that makes a drum sound as it does. Equal for equal ones.
 std::string contentOf(CDrumSound* sound) {
-    CList clips;
+    ListOf<CSampleClip> clips;
     for (int i = 0; i < sound->clipCount; ++i) clips.addUnique(sound->clips[i]);
     CMemoryStream stream;
-    for (const auto* clip : each<CSampleClip>(clips)) writeClip(&stream, clip);
+    for (const auto* clip : clips) writeClip(&stream, clip);
     writeSound(&stream, sound, clips);
     return {reinterpret_cast<const char*>(stream.data), size_t(stream.getPos())};
 }
@@ -59,7 +59,7 @@ void dropSounds(DrumKit& kit, const std::vector<CDrumSound*>& sounds) {
     for (const auto* sound : each<CDrumSound>(kit.sounds))
         for (int i = 0; i < sound->clipCount; ++i) used.addUnique(sound->clips[i]);
     for (int i = kit.clips.getCount() - 1; i >= 0; --i) {
-        auto* clip = static_cast<CSampleClip*>(kit.clips.items(i));
+        auto* clip = kit.clips.items(i);
         if (used.contains(clip)) continue;
         kit.clips.del(i);
         delete clip;

@@ -71,7 +71,7 @@ void aimAtComp(CMap& map, GraphIndex& index, int list, int comp) {
 
 void aimAtInsert(CMap& map, COutputChannel* owner, int insert) {
     if (!owner) return;
-    map.target = static_cast<CComp*>(owner->inserts.items(insert));
+    map.target = owner->inserts.items(insert);
     map.owner = owner;
     map.comp = owner->comp;
 }
@@ -109,13 +109,13 @@ bool hasLegalValues(const CMap& map) {
 } // namespace
 
 void writeMaps(CStream* stream, CQV* host, const GraphIndex& index) {
-    for (auto* prog : each<CMapProg>(host->maps)) {
+    for (auto* prog : host->maps) {
         stream->writeId("cm", prog->name.length() + progBytes);
         stream->writeStr(prog->name);
         stream->writeByte(static_cast<unsigned char>(prog->value));
         for (int i = 0; i < 3; ++i) stream->writeByte(0);
         for (int i = 0; i < 3; ++i) stream->writeInt(0);
-        for (auto* map : each<CMap>(prog->items)) writeMap(stream, map, index);
+        for (auto* map : prog->items) writeMap(stream, map, index);
     }
 }
 

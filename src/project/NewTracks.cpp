@@ -21,7 +21,7 @@ bool isOfKind(const CSongTrack* songTrack, int kind) {
 }
 
 NewTracks::NewTracks(CSeq* song, CUndo* open) : seq(song), step(open) {
-    for (auto* songTrack : each<CSongTrack>(song->getProg()->tracks)) order.push_back(songTrack);
+    for (auto* songTrack : song->getProg()->tracks) order.push_back(songTrack);
 }
 
 CSongTrack* NewTracks::take(const BringPlace& place, int kind, int nth, const CStr& name) {

@@ -56,7 +56,7 @@ bool PartDrop::addMidi(const CStr& path) {
     const MidiWay asIs{.withPoints = false};
     const MidiImport read = openMIDIFile(place.seq, nullptr, path, &scratch, 0, asIs);
     if (read == MidiImport::unreadable || read == MidiImport::notMidi) return false;
-    for (auto* item : each<CUndoItem>(scratch.items)) {
+    for (auto* item : scratch.items) {
         if (!item->object || item->object->category != categoryPart) continue;
         if (item->object->type != partMIDI) continue;
         auto* part = static_cast<CPart*>(item->object);

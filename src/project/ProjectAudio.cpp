@@ -14,7 +14,7 @@
 namespace {
 
 void addFrozen(CSongTrack* songTrack, std::vector<CSample*>& to) {
-    for (const auto* item : each<CFreezeItem>(songTrack->freezeItems))
+    for (const auto* item : songTrack->freezeItems)
         if (item->sample) to.push_back(item->sample);
 }
 
@@ -37,9 +37,9 @@ void bring(CQV* host, const std::vector<CSample*>& samples, const CStr& folder, 
 
 std::vector<CSample*> filedSamples(CQV* host) {
     std::vector<CSample*> found;
-    for (auto* sample : each<CSample>(host->samples))
+    for (auto* sample : host->samples)
         if (sample->streamed && !sample->takePending) found.push_back(sample);
-    for (auto* c : each<CComp>(host->comps))
+    for (auto* c : host->comps)
         if (c->type == compSeq)
             static_cast<CSeq*>(c)->eachSongTrack([&](CSongTrack* t) { addFrozen(t, found); });
     return found;

@@ -273,7 +273,7 @@ void Reading::mapProg(ItemView& item) {
 }
 
 void Reading::map(ItemView& item) {
-    auto* prog = static_cast<CMapProg*>(host->maps.last());
+    auto* prog = host->maps.last();
     if (prog && LoadBudget::take("controller maps", smallBytes))
         readMap(item, prog, index);
     else
@@ -294,7 +294,7 @@ void Reading::finish() {
     fillDevices();
     fillPlugins();
     host->createBuffers(host->frames);
-    for (auto* list : {&host->comps, &host->sends}) {
+    for (const CList* list : listsOf(host->comps, host->sends)) {
         for (auto* c : each<CComp>(*list)) {
             c->createBuffers(host->frames);
             c->curOutput = std::clamp(c->curOutput, 0, std::max(c->outputs.getCount() - 1, 0));
@@ -313,7 +313,7 @@ void Reading::finish() {
 }
 
 void Reading::fillDevices() {
-    for (auto* c : each<CComp>(host->comps)) {
+    for (auto* c : host->comps) {
         if (c->type != compAudioOut) continue;
         if (c->outputs.empty()) c->outputs.add(new COutputChannel(c));
         if (c->inPorts.empty()) c->inPorts.add(new CInputPort(c));
@@ -325,7 +325,7 @@ void Reading::fillPlugins() {
     const auto fill = [](CComp* c) {
         if (c->type == compVST) static_cast<CVST*>(c)->fixChannels();
     };
-    for (auto* list : {&host->comps, &host->sends}) {
+    for (const CList* list : listsOf(host->comps, host->sends)) {
         for (auto* c : each<CComp>(*list)) {
             fill(c);
             c->eachInsert(fill);
@@ -337,9 +337,9 @@ void Reading::fillPlugins() {
 /// ramp if the project were played at once.
 void Reading::closeSilenced() {
     spreadSolo(host);
-    for (auto* list : {&host->comps, &host->sends})
+    for (const CList* list : listsOf(host->comps, host->sends))
         for (auto* c : each<CComp>(*list))
-            for (auto* ch : each<COutputChannel>(c->outputs))
+            for (auto* ch : c->outputs)
                 if (!stripOpen(c, ch)) ch->setVol(0.0f, false);
 }
 
@@ -412,7 +412,7 @@ void showProjectWindows(const Project& project) {
         if (c->editorStruct.visible) c->edit(true);
     };
     project.ui->showPages();
-    for (auto* list : {&host->comps, &host->sends}) {
+    for (const CList* list : listsOf(host->comps, host->sends)) {
         for (auto* c : each<CComp>(*list)) {
             open(c);
             c->eachInsert(open);

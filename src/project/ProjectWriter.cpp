@@ -71,7 +71,7 @@ void writeStripItems(CStream* stream, int listKind, COutputChannel* ch) {
     writeEq(stream, ch);
     writeEq2(stream, ch);
     if (listKind != listSends) writeSends(stream, ch, ch->comp->host->sends.getCount());
-    for (auto* insert : each<CComp>(ch->inserts)) {
+    for (auto* insert : ch->inserts) {
         writeComp(stream, listInsert, insert);
         writeFloatItem(stream, "wet", insert->wet);
     }
@@ -109,7 +109,7 @@ void writeProject(const Project& project, CStream* stream) {
     writeSamples(stream, host);
     writePages(stream, windows);
     writeComp(stream, listNone, host);
-    for (auto* c : each<CComp>(host->comps)) writeComp(stream, listComps, c);
+    for (auto* c : host->comps) writeComp(stream, listComps, c);
     for (auto* bus : each<CComp>(host->sends)) writeComp(stream, listSends, bus);
     writeMixer(stream, project.mixer);
     // The order of a sequencer's channels was settled as it was told that it is being saved.

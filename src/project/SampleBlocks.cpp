@@ -185,19 +185,19 @@ void writeSamples2(CStream* stream, CQV* host) {
     const OpenBlock block(stream, "samples2");
     stream->writeInt(host->samples.getCount());
     FolderTest own(ownFolder(host));
-    for (const auto* sample : each<CSample>(host->samples)) writeRecord2(stream, sample, own);
+    for (const auto* sample : host->samples) writeRecord2(stream, sample, own);
 }
 
 void writeSamples(CStream* stream, CQV* host) {
     const OpenBlock block(stream, "samples");
     stream->writeInt(host->samples.getCount());
-    for (const auto* sample : each<CSample>(host->samples)) writeRecord(stream, sample);
+    for (const auto* sample : host->samples) writeRecord(stream, sample);
 }
 
 void writeSampleMarks(CStream* stream, CQV* host) {
     std::vector<std::pair<int, const CSample*>> marked;
     int index = 0;
-    for (const auto* sample : each<CSample>(host->samples)) {
+    for (const auto* sample : host->samples) {
         if (!sample->marks.empty()) marked.emplace_back(index, sample);
         index++;
     }
@@ -213,7 +213,7 @@ void writeSampleMarks(CStream* stream, CQV* host) {
 
 void readSampleMarks(ItemView& item, CQV* host) {
     for (int left = item.readInt(); left > 0 && !item.tooShort; left--) {
-        auto* sample = static_cast<CSample*>(host->samples.items(item.readInt()));
+        auto* sample = host->samples.items(item.readInt());
         std::vector<int> marks;
         for (int count = item.readInt(); count > 0 && !item.tooShort; count--)
             marks.push_back(item.readInt());

@@ -29,13 +29,13 @@ void drop(CSeq* seq, CList& list, IO* io) {
     delete io;
 }
 
-/// The list of the sequencer or of a track that a kind of port or channel stands in.
-using IOList = CList CComp::*;
-
 /// One kind of port or channel of a sequencer on its way to the tracks.
 template <class Made, class IO>
 class Binding {
 public:
+    /// The list of the sequencer, or of a track, that this kind stands in.
+    using IOList = ListOf<IO> CComp::*;
+
     Binding(CSeq* song, IOList which, const std::vector<IO*>& fromFile)
         : seq(song), list(which), read(fromFile) {}
 
@@ -43,7 +43,7 @@ public:
     template <class F>
     void bind(F&& wants) {
         size_t next = 0;
-        for (auto* track : each<CTrack>(seq->tracks)) {
+        for (auto* track : seq->tracks) {
             if (!wants(track)) continue;
             IO* io = next < read.size() ? read[next++] : make();
             (track->*list).add(io);
@@ -54,7 +54,7 @@ public:
     template <class F>
     void resetUnlessFitting(F&& wants) {
         size_t wanted = 0;
-        for (auto* track : each<CTrack>(seq->tracks)) wanted += wants(track) ? 1 : 0;
+        for (auto* track : seq->tracks) wanted += wants(track) ? 1 : 0;
         if (wanted == read.size()) return;
         for (IO* io : read) drop(seq, seq->*list, io);
         read.clear();
@@ -93,6 +93,6 @@ void bindSeqChannels(CSeq* seq, const CompIO& read) {
     inputs.bind(isAudio);
     outputs.bind(sounds);
     outPorts.bind(isMIDI);
-    for (auto* track : each<CTrack>(seq->tracks))
+    for (auto* track : seq->tracks)
         if (isAudio(track)) makeAudioPorts(seq, track);
 }

@@ -67,7 +67,7 @@ bool bringsNotes(CSeq* seq, CUndo* undo) {
 /// Whether a step leads the notes of a track somewhere.
 bool feedsInStep(CTrack* track, CUndo* undo) {
     if (!undo) return false;
-    for (auto* item : each<CUndoItem>(undo->items)) {
+    for (auto* item : undo->items) {
         const auto* cable = dynamic_cast<const CMIDICable*>(item->object);
         if (cable && item->addTo && cable->fromPort == track->outPort()) return true;
     }
@@ -211,8 +211,8 @@ CSampler* addSynthDrums(CSeq* seq, CTrack* track, CUndo* undo) {
 }
 
 bool hasContent(CSeqProg* prog) {
-    for (const auto* songTrack : each<CSongTrack>(prog->tracks))
-        for (auto* part : each<CPart>(songTrack->parts))
+    for (const auto* songTrack : prog->tracks)
+        for (auto* part : songTrack->parts)
             if (part->getEvents()) return true;
     return false;
 }

@@ -40,16 +40,16 @@ CSeq* RenderCommands::seq() const {
 /// Whether a selected track is, so that freezing would end that.
 bool RenderCommands::frozen() const {
     if (!seq()) return false;
-    for (auto* t : each<CSongTrack>(seq()->getProg()->tracks))
+    for (auto* t : seq()->getProg()->tracks)
         if (t->track->selected() && !t->freezeItems.empty()) return true;
     return false;
 }
 
 /// What an offline render has played is not what the user has heard.
 void RenderCommands::clearMeters() {
-    for (const CList* list : {&qv->comps, &qv->sends})
+    for (const CList* list : listsOf(qv->comps, qv->sends))
         for (auto* comp : each<CComp>(*list))
-            for (auto* channel : each<COutputChannel>(comp->outputs))
+            for (auto* channel : comp->outputs)
                 for (Shared<float>* peak :
                      {&channel->peakL, &channel->peakR, &channel->holdL, &channel->holdR})
                     *peak = 0.0f;
@@ -74,7 +74,7 @@ void RenderCommands::freeze() {
 }
 
 void RenderCommands::bounce() {
-    CList selected;
+    ListOf<CPart> selected;
     seq()->getProg()->getSelectedParts(&selected);
     const int range = readBounceRange(qv);
     if (range == rangeSelected && selected.empty()) {

@@ -42,13 +42,13 @@ CImageListWin::CImageListWin(CWin* owner, CGui* theme, CImageChunk* chosen)
 }
 
 CImageListWin::~CImageListWin() {
-    for (auto* picture : each<CImageChunk>(gui->images)) picture->reset();
+    for (auto* picture : gui->images) picture->reset();
 }
 
 void CImageListWin::fill() {
     list->clearRows();
     list->add("None");
-    for (auto* picture : each<CImageChunk>(gui->images)) list->add(picture->id)->data = picture;
+    for (auto* picture : gui->images) list->add(picture->id)->data = picture;
 }
 
 void CImageListWin::mark(CImageChunk* wanted) {

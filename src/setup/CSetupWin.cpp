@@ -55,7 +55,7 @@ constexpr Tab tabNames[] = {
 };
 
 CCtrl* findField(CGroup* group, const CStr& name) {
-    for (CCtrl* c : each<CCtrl>(group->controls)) {
+    for (CCtrl* c : group->controls) {
         if (c->tabStop && c->id == name) return c;
         if (c->category != catGroup && c->category != catGroupLike) continue;
         if (CCtrl* found = findField(static_cast<CGroup*>(c), name)) return found;

@@ -22,7 +22,7 @@ constexpr int rowHeight = 24, treeTop = rowHeight + gap, treeWidth = 200, noteHe
 constexpr int editorWidth = 336;
 
 CTreeNode* firstItem(const CTreeNode& root) {
-    for (auto* area : each<CTreeNode>(root.children))
+    for (auto* area : root.children)
         if (area->data) return area;
     return nullptr;
 }

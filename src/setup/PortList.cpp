@@ -28,7 +28,7 @@ void PortList::toggled(CObject*) {
 
 void PortList::apply() {
     int i = 0;
-    for (const CListRow* at : each<CListRow>(items)) {
+    for (const CListRow* at : items) {
         if ((bridge->*kind.enabled)(i) != at->checked) (bridge->*kind.enable)(i, at->checked);
         i++;
     }

@@ -55,7 +55,7 @@ void ShortcutPage::setupActionTree(int treeWidth) {
 }
 
 void ShortcutPage::addActions(CTreeNode* node) {
-    for (auto* a : each<CAction>(setup->workspace.commands().actions))
+    for (auto* a : setup->workspace.commands().actions)
         if (a->bound() && a->group == node->kind) node->add(a->label)->data = a;
 }
 
@@ -108,7 +108,7 @@ CStr ShortcutPage::otherUse() const {
     const CAction* chosen = action();
     if (!chosen) return "Choose an action to see\nand change its shortcut.";
     CStr text;
-    for (const auto* a : each<CAction>(setup->workspace.commands().actions))
+    for (const auto* a : setup->workspace.commands().actions)
         if (a != chosen && a->bound() && chosen->key && upperKey(a->key) == upperKey(chosen->key) &&
             a->mods == chosen->mods && meet(a, chosen))
             text += "\n" + a->label;

@@ -68,7 +68,7 @@ CMainWin::CMainWin(CApp* application, CQV* host)
     choices.altKey.onChange = secondAlt;
     secondAlt();
     choices.outlineParts.onChange = [this] {
-        for (auto* editor : each<CCompEditor>(editors)) editor->redraw();
+        for (auto* editor : editors) editor->redraw();
     };
     choices.tabsAlways.onChange = [this] { pages->showTabs(choices.tabsAlways.on()); };
     app->follow(this);
@@ -236,7 +236,7 @@ bool CMainWin::playOrStop() {
 /// The window that menus and buttons are about: one on the screen that has the keys, or the page in
 /// front; null without any.
 CCompEditor* CMainWin::asked() const {
-    for (auto* editor : each<CCompEditor>(editors))
+    for (auto* editor : editors)
         if (!editor->isPage() && editor->hasFocus()) return editor;
     return pages ? pages->current() : nullptr;
 }

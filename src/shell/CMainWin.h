@@ -40,7 +40,7 @@ public:
     /// Of the window, as far as the screen has room.
     static constexpr int smallestWidth = 900, smallestHeight = 320;
 
-    CList editors; ///< of CCompEditor, those open besides this one, by `Pages`; not owned
+    ListOf<CCompEditor> editors; ///< those open besides this one, by `Pages`; not owned
     const std::unique_ptr<ProjectFlows> flows;
     const std::unique_ptr<Rooms> rooms;
     std::unique_ptr<Pages> pages; ///< null until `init`

@@ -47,7 +47,7 @@ void DockBar::paint(CGraphic* g, CRect rect) {
     const CPalette& colours = win->app->gui->palette;
     g->fillRect(colours.panel, clientRect());
     g->fillLine(clTabs.frameCol, asRect(0, tabHeight - 1, width, tabHeight));
-    for (const CDock* dock : each<CDock>(docker->docks)) {
+    for (const CDock* dock : docker->docks) {
         CRect tab = docker->tabRect(dock, tabHeight);
         if (tab.empty()) continue;
         const bool chosen = dock == docker->getDock(-1);
@@ -116,7 +116,7 @@ bool DockBar::keyDown(int key, int mods) {
 
 void DockBar::goToEnd(bool last) {
     int at = 0;
-    for (const CDock* dock : each<CDock>(docker->docks))
+    for (const CDock* dock : docker->docks)
         if (last && docker->hasTab(dock)) at = docker->docks.indexed(dock);
     docker->setActive(at);
 }

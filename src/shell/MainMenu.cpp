@@ -148,8 +148,8 @@ void MainMenu::fillEdit(CPopup* popup) {
 }
 
 void MainMenu::fillView(CPopup* popup) {
-    for (const char* page : {"modular", "arrangement", "browser", "searchall", "mixer", "maps", "surface",
-                             "playlist", "priorpage", "nextpage"})
+    for (const char* page : {"modular", "arrangement", "browser", "searchall", "mixer", "maps",
+                             "surface", "playlist", "priorpage", "nextpage"})
         addAction(popup, page);
     if (CCompEditor* page = window->pages->current()) {
         page->fillCaptionMenu(popup->addSub("Page"));

@@ -48,7 +48,7 @@ void MainRibbon::rebuild() {
     const CStr front = former ? former->text : CStr();
     ribbon->clearTabs();
     int tab = 0, frontTab = 0;
-    for (const auto* entry : each<CCtrl>(bar->controls)) {
+    for (const auto* entry : bar->controls) {
         if (entry->id == front) frontTab = tab;
         tab++;
         auto* builder = new _COnChange<MainRibbon>(this, &MainRibbon::fill);
@@ -63,7 +63,7 @@ void MainRibbon::rebuild() {
 /// Fills the menu of a tab as the bar would.
 void MainRibbon::fill(CObject* sender) {
     const auto* popup = static_cast<CPopup*>(static_cast<CCtrl*>(sender));
-    for (const auto* entry : each<CCtrl>(bar->controls))
+    for (const auto* entry : bar->controls)
         if (entry->tag == popup->tag && entry->onChange) (*entry->onChange)(sender);
 }
 

@@ -30,7 +30,7 @@ public:
         : CDocker(around->app, around, "docker", 0, 0, leastSide, leastSide), main(around),
           pages(owner) {}
     void dockWin(CWin* page, int where) override {
-        for (auto* editor : each<CCompEditor>(main->editors))
+        for (auto* editor : main->editors)
             if (editor == page) return pages->dockWin(editor, where, true);
     }
 
@@ -78,7 +78,7 @@ Pages::~Pages() {
 
 void Pages::eachRecord(const std::function<void(CEditorStruct&)>& visit) const {
     const auto own = [&visit](CComp* c) { visit(c->editorStruct); };
-    for (const CList* list : {&qv->comps, &qv->sends})
+    for (const CList* list : listsOf(qv->comps, qv->sends))
         for (auto* c : each<CComp>(*list)) {
             own(c);
             c->eachInsert(own);
@@ -88,7 +88,7 @@ void Pages::eachRecord(const std::function<void(CEditorStruct&)>& visit) const {
     const CSeq* seq = songOf(qv);
     if (!seq) return;
     visit(seq->editorComp->editorStruct);
-    for (auto* track : each<CTrack>(seq->tracks)) {
+    for (auto* track : seq->tracks) {
         own(track);
         track->eachInsert(own);
         if (track->arp) own(track->arp.get());
@@ -98,7 +98,7 @@ void Pages::eachRecord(const std::function<void(CEditorStruct&)>& visit) const {
 /// The open editors by page and place.
 std::vector<CCompEditor*> Pages::inOrder() const {
     std::vector<CCompEditor*> editors;
-    for (auto* editor : each<CCompEditor>(window->editors)) editors.push_back(editor);
+    for (auto* editor : window->editors) editors.push_back(editor);
     std::stable_sort(editors.begin(), editors.end(), [](const auto* a, const auto* b) {
         return std::pair(a->dock->page, a->dock->pageItem) <
                std::pair(b->dock->page, b->dock->pageItem);
@@ -330,13 +330,13 @@ bool Pages::canTurn() const {
 }
 
 CCompEditor* Pages::current() const {
-    for (auto* editor : each<CCompEditor>(window->editors))
+    for (auto* editor : window->editors)
         if (editor == docker->current) return editor;
     return nullptr;
 }
 
 CCompEditor* Pages::editorOf(const CComp* comp) const {
-    for (auto* editor : each<CCompEditor>(window->editors))
+    for (auto* editor : window->editors)
         if (editor->comp == comp) return editor;
     return nullptr;
 }

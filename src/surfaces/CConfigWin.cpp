@@ -228,13 +228,13 @@ void CConfigWin::choose(Chosen what) {
     const CStr path = asStr(what.a) + "/" + asStr(what.b) + "/" + asStr(what.c);
     CTreeNode* found = nullptr;
     const std::function<void(CTreeNode*)> look = [&](CTreeNode* below) {
-        for (auto* node : each<CTreeNode>(below->children)) {
+        for (auto* node : below->children) {
             if (node->kind == what.kind && node->path == path) found = node;
             look(node);
         }
     };
     look(&tree->root);
-    tree->select(found ? found : static_cast<CTreeNode*>(tree->root.children.getFirst()));
+    tree->select(found ? found : tree->root.children.getFirst());
     showFields();
 }
 

@@ -123,7 +123,7 @@ void CMIDIMapWin::rebuild() {
     rows.clear();
     list->inner->clear();
     if (const CMapProg* program = currentMaps(qv))
-        for (auto* map : each<CMap>(program->items)) {
+        for (auto* map : program->items) {
             const auto tell = [this](const CStr& text) { workspace.setStatus(text); };
             rows.push_back(new CMapPanel(this, qv, map, int(rows.size()) * CMapPanel::rowHeight,
                                          winWide, tell));
@@ -138,11 +138,11 @@ void CMIDIMapWin::rebuild() {
 void CMIDIMapWin::followList() {
     if (!qv->maps.empty()) chooseMapProg(qv, qv->curMap);
     CStr names;
-    for (const auto* program : each<CMapProg>(qv->maps)) names += program->name + "\n";
+    for (const auto* program : qv->maps) names += program->name + "\n";
     if (!(names == shownNames)) {
         shownNames = names;
         programs->items.clear();
-        for (const auto* program : each<CMapProg>(qv->maps)) programs->add(program->name);
+        for (const auto* program : qv->maps) programs->add(program->name);
         programs->index = -1;
     }
     if (programs->index != qv->curMap) programs->setIndex(qv->curMap);

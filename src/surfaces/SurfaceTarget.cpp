@@ -9,13 +9,13 @@
 namespace {
 
 CSongTrack* selectedTrack(CSeq* seq) {
-    return seq ? static_cast<CSongTrack*>(seq->selection.tracks.getFirst()) : nullptr;
+    return seq ? seq->selection.tracks.getFirst() : nullptr;
 }
 
 /// That makes a track heard; null for none.
 COutputChannel* stripOf(CQV* host, CTrack* track) {
     if (COutputChannel* own = track->output()) return own;
-    for (CComp* c : each<CComp>(host->comps))
+    for (CComp* c : host->comps)
         if (c->output() && fedBy(c, track->outPort())) return c->output();
     return nullptr;
 }
@@ -36,10 +36,10 @@ ParamRef surfaceParamOf(CQV* host, CComp* front, int index) {
 void stepSelectedTrack(CQV* host, int by) {
     CSeq* seq = playableSongOf(host);
     if (!seq) return;
-    const CList& tracks = seq->getProg()->tracks;
+    const auto& tracks = seq->getProg()->tracks;
     const int at = tracks.indexed(selectedTrack(seq));
     const int to = at < 0 ? 0 : asMinMax(at + by, 0, tracks.getCount() - 1);
-    auto* next = static_cast<CSongTrack*>(tracks.items(to));
+    auto* next = tracks.items(to);
     if (!next || to == at) return;
     seq->selection.unselectTracks();
     seq->selection.selectTrack(next, true);

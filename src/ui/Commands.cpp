@@ -29,7 +29,7 @@ int numberIn(const CStr& text, int def) {
 } // namespace
 
 Commands::~Commands() {
-    deleteAll<CAction>(actions);
+    deleteAll(actions);
 }
 
 void Commands::bind(const char* name, std::function<void()> run, std::function<bool()> ready,
@@ -52,7 +52,7 @@ bool Commands::run(const CAction* action) const {
 }
 
 CAction* Commands::getAction(const CStr& name) const {
-    for (auto* action : each<CAction>(actions))
+    for (auto* action : actions)
         if (action->name == name) return action;
     return nullptr;
 }
@@ -60,7 +60,7 @@ CAction* Commands::getAction(const CStr& name) const {
 CAction* Commands::find(int key, int mods, int editorType) const {
     if (key == 0) return nullptr;
     const auto first = [&](int counting) -> CAction* {
-        for (auto* action : each<CAction>(actions)) {
+        for (auto* action : actions) {
             const bool active =
                 action->bound() && (action->group < 1 || action->group == editorType);
             const bool same = upperKey(action->key) == upperKey(key);

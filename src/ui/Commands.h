@@ -58,7 +58,7 @@ private:
 /// thread.
 class Commands {
 public:
-    CList actions; ///< of CAction, owned
+    ListOf<CAction> actions; ///< owned
 
     Commands(); ///< with all names and their shortcuts by default, none bound
     ~Commands();

@@ -55,7 +55,7 @@ void cutSelected(const HeldNotes& hand) {
 void paste(const HeldNotes& hand) {
     CSeq* seq = hand.place.seq;
     CPart* part = hand.place.part;
-    auto* copied = static_cast<CPart*>(seq->clipboard.parts.getFirst());
+    auto* copied = seq->clipboard.parts.getFirst();
     if (seq->clipboard.parts.getCount() != 1 || copied->type != part->type)
         return hand.workspace.setStatus("The clipboard has no events for this part");
     if (seq->isLocked(part)) return hand.workspace.setStatus("The track is locked");

@@ -6,8 +6,7 @@ namespace {
 
 std::string joined(const CStringList& list) {
     std::string all;
-    for (const CStringItem* item : each<CStringItem>(list.list))
-        all += std::string(item->text.asChar()) + "|";
+    for (const CStringItem* item : list.list) all += std::string(item->text.asChar()) + "|";
     return all;
 }
 

@@ -116,7 +116,7 @@ TEST(Paths, FoldersAreReadInOrder) {
         CStringList folders, files;
         EXPECT_TRUE(readDir(folder.path, filter, &folders, &files, true));
         std::vector<CStr> got;
-        for (const CStringItem* item : each<CStringItem>(files.list)) got.push_back(item->text);
+        for (const CStringItem* item : files.list) got.push_back(item->text);
         EXPECT_EQ(got, wanted) << filter;
         EXPECT_EQ(folders.get(0) + "|" + folders.get(1) + "|", "apes.wav|Zoo|");
     }

@@ -42,7 +42,7 @@ struct Studio : StripFixture {
 
 /// Of the first effect of the chain.
 int paramOf(CEffect* rack, const char* setting) {
-    const auto* fx = static_cast<CFX*>(rack->getProg()->effects.getFirst());
+    const auto* fx = rack->getProg()->effects.getFirst();
     return rackParamOf(*rack, *fx, *findSetting(settingsOf(*fx), setting)).param;
 }
 
@@ -61,7 +61,7 @@ TEST(CEffect, RunsItsChainInOrder) {
         for (int i = 1; i < effectKindCount; ++i)
             prog->effects.add(makeNewEffect(kinds[i], f.host->rate, 256));
         f.rack->setProg(1);
-        for (CFX* fx : each<CFX>(prog->effects)) {
+        for (CFX* fx : prog->effects) {
             fx->setEnabled(round < 4 || random() % 3 > 0);
             if (fx->type == fxDelay) static_cast<CDelay*>(fx)->setTicksLeft(1, 32);
         }
@@ -75,7 +75,7 @@ TEST(CEffect, RunsItsChainInOrder) {
                             [at = f.player->at]() mutable { return noise(-at++); });
             f.block();
             float *fromL = inL.data(), *fromR = inR.data();
-            for (CFX* fx : each<CFX>(twin->getProg()->effects)) {
+            for (CFX* fx : twin->getProg()->effects) {
                 if (!fx->enabled) continue;
                 fx->tempo = 90;
                 fx->process(fromL, fromR, l.data(), r.data(), 256);
@@ -196,7 +196,7 @@ TEST(CEffect, IsEditedWhileItPlays) {
         ASSERT_EQ(rack->getProg(), current) << place << ", less one";
         f.host->setRate(place % 2 ? 44100 : 48000);
         f.undo();
-        ASSERT_EQ(static_cast<CFX*>(moved->effects.getFirst())->rate, float(f.host->rate));
+        ASSERT_EQ(moved->effects.getFirst()->rate, float(f.host->rate));
         ASSERT_EQ(rack->progs.getCount(), 3);
     }
     EXPECT_EQ(rtViolations(), 0) << "an edit allocates, frees or locks on the audio thread";
@@ -210,7 +210,7 @@ TEST(CEffect, ItsLatencyIsCompensated) {
     t.addInsert(t.addSignal()->output(), rack);
     rack->curProg = rack->progs.indexed(rack->addGuitarAmp());
     for (bool on : {true, false}) {
-        static_cast<CFX*>(rack->getProg()->effects.getFirst())->setEnabled(on);
+        rack->getProg()->effects.getFirst()->setEnabled(on);
         t.host->idle();
         t.run(2);
         EXPECT_EQ(t.host->plans->latency(), on ? 23 : 0);

@@ -58,7 +58,7 @@ TEST(CQV, DevicesFollowTheEnabledChannels) {
         t.host->clear();
         t.host->init();
         std::vector<CAudioOut*> outs;
-        for (CComp* comp : each<CComp>(t.host->comps))
+        for (CComp* comp : t.host->comps)
             if (comp->type == compAudioOut) outs.push_back(static_cast<CAudioOut*>(comp));
         ASSERT_EQ(int(outs.size()), c.comps) << c.enabled;
         outs.back()->setDevs();
@@ -85,7 +85,7 @@ TEST(CQV, ClearLeavesAnEmptyProject) {
     for (const float tempo : {host->songTempo.load(), host->tempo.load(), host->tempoNow.load()})
         EXPECT_EQ(tempo, 120.0f);
     for (const CList* list :
-         {&host->comps, &host->sends, &host->samples, &host->maps, &host->undoList})
+         listsOf(host->comps, host->sends, host->samples, host->maps, host->undoList))
         EXPECT_TRUE(list->empty());
     EXPECT_TRUE(host->undoIndex == -1 && !host->recUndo && host->audioFolder.empty());
     EXPECT_FALSE(host->undoBusy() || host->playing || host->recording || host->modified());

@@ -28,7 +28,7 @@ public:
     }
     static void forget(CQV* host, const ForgetSet& gone) {
         const GraphHold hold(host);
-        for (auto* c : each<CComp>(host->comps))
+        for (auto* c : host->comps)
             if (auto* p = dynamic_cast<Player*>(c); p && gone.has(p->sample)) p->sample = nullptr;
     }
 };
@@ -282,7 +282,7 @@ TEST_F(CSampleManagerTest, PoolsOutgrowTheHandles) {
     const Limit few(RLIMIT_NOFILE, handles);
     const int opened = addAll();
     EXPECT_TRUE(opened > 0 && opened < handles);
-    for (const auto* sample : each<CSample>(host->samples)) {
+    for (const auto* sample : host->samples) {
         float frame[2] = {};
         sample->reader->getData(90000, 1, frame, false, false);
         EXPECT_NEAR(frame[1], 0.25f, 1e-4f);

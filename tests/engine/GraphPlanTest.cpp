@@ -95,7 +95,7 @@ private:
         for (Unit& u : units) u = {u.comp, u.factor};
         Unit& master = units.back();
         for (const bool ofBuses : {false, true})
-            for (const auto* cable : each<CAudioCable>(out->audioCables)) {
+            for (const auto* cable : out->audioCables) {
                 Unit& from = unitOf(cable->fromComp);
                 if (isBus(from) == ofBuses) master.in += fetch(from);
             }
@@ -116,7 +116,7 @@ private:
     void work(Unit& u) {
         if (u.done || u.busy) return;
         u.busy = true;
-        for (const auto* cable : each<CAudioCable>(u.comp->audioCables))
+        for (const auto* cable : u.comp->audioCables)
             if (Unit& from = unitOf(cable->fromComp); !from.busy) u.in += fetch(from);
         const bool makesSound = dynamic_cast<SignalComp*>(u.comp);
         u.out = makesSound ? u.in + u.factor * beat() : u.in;

@@ -13,7 +13,7 @@ constexpr int controller(int number, int value) {
 
 struct Fixture : StripFixture {
     Fixture() : StripFixture(256), target(add(new SignalComp(host))) { connect(target); }
-    CList& maps() const { return static_cast<CMapProg*>(host->maps.items(0))->items; }
+    CList& maps() const { return host->maps.items(0)->items; }
     CMap* addMap(CObject* to, int cc, int param = 5) const {
         auto* map = new CMap;
         map->target = to;

@@ -187,8 +187,7 @@ TEST(PlanLatency, ATrackIsAsLateAsWhatArrivesAtIt) {
             ASSERT_EQ(t.left[size_t(i)], heard > 1.0f ? 1.0f : heard) << i << live;
         }
         const GraphHold hold(t.host);
-        for (CAudioCable* cable; (cable = static_cast<CAudioCable*>(t.out->audioCables.first()));
-             delete cable)
+        for (CAudioCable* cable; (cable = t.out->audioCables.first()); delete cable)
             t.out->audioCables.del(0);
         t.host->comps.remove(seq);
         t.host->plans->refresh();
@@ -430,7 +429,7 @@ struct LateNet : StripFixture {
         const int own = latency();
         Unit unit{made(new LateGroup(host, own)), own, 0, {}};
         const GraphHold hold(host);
-        (bus ? host->sends : host->comps).add(unit.comp);
+        listsOf(host->comps, host->sends)[bus ? 1 : 0]->add(unit.comp);
         const int index = host->sends.indexed(unit.comp);
         for (size_t i = 0; i < units.size(); ++i) {
             if (!bus && pick(4) == 0) lead(i, unit);

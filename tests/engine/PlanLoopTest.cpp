@@ -89,8 +89,7 @@ TEST(PlanLoop, InterlockedLoopsAreTheSameInEveryBlock) {
             int closing = 0;
             for (CComp* to : {static_cast<CComp*>(a), static_cast<CComp*>(b),
                               static_cast<CComp*>(c), static_cast<CComp*>(bus)})
-                for (auto* cable : each<CAudioCable>(to->audioCables))
-                    closing += probe.delayOf(cable).loop;
+                for (auto* cable : to->audioCables) closing += probe.delayOf(cable).loop;
             EXPECT_EQ(closing, 2);
         }
     EXPECT_GT(std::fabs(first[63 * 64 + 1]), 0.0f);

@@ -40,18 +40,17 @@ public:
     /// All that a step may change. With the graph.
     std::string dump() const {
         std::ostringstream text;
-        for (const CList* list : {&host->comps, &host->sends})
+        for (const CList* list : listsOf(host->comps, host->sends))
             for (auto* c : each<CComp>(*list)) {
                 text << c->id.asChar() << c->enabled << c->sleeping << "\n";
-                for (auto* cable : each<CAudioCable>(c->audioCables))
+                for (auto* cable : c->audioCables)
                     text << "  audio " << cable->fromComp->id.asChar() << "\n";
-                for (auto* cable : each<CMIDICable>(c->midiCables))
+                for (auto* cable : c->midiCables)
                     text << "  midi " << cable->fromComp->id.asChar() << "\n";
-                for (auto* ch : each<COutputChannel>(c->outputs)) {
+                for (auto* ch : c->outputs) {
                     text << "  strip " << ch->vol;
                     for (const CSend* send : ch->sendLevels) text << " " << send->level;
-                    for (auto* insert : each<CComp>(ch->inserts))
-                        text << " " << insert->id.asChar();
+                    for (auto* insert : ch->inserts) text << " " << insert->id.asChar();
                     text << "\n";
                 }
             }
@@ -108,7 +107,7 @@ private:
     void toggleCable(CUndo* u, bool audio) {
         CComp *from = anyOf(&host->comps), *to = audio && below(2) ? out : anyOf(&host->comps);
         if (!from) return;
-        CList* list = audio ? &to->audioCables : &to->midiCables;
+        CList* list = listsOf(to->midiCables, to->audioCables)[audio ? 1 : 0];
         CObject* known = audio ? static_cast<CObject*>(getAudioCable(to, from->output(), nullptr))
                                : getMIDICable(to, from->outPort(), nullptr);
         if (known) return void(u->asRemove(known, list));

@@ -5,7 +5,7 @@
 /// step.
 TEST(SendOrder, LevelsFollowTheirBuses) {
     StripFixture f;
-    CList& buses = f.host->sends;
+    auto& buses = f.host->sends;
     SignalComp* sources[] = {f.add(new SignalComp(f.host)), f.made(new SignalComp(f.host))};
     for (int k = 0; k < 3; ++k) {
         f.addBus();
@@ -21,8 +21,7 @@ TEST(SendOrder, LevelsFollowTheirBuses) {
         for (const SignalComp* s : sources) {
             Levels found;
             for (size_t k = 0; k < expected.size(); ++k) {
-                const CSend* send =
-                    static_cast<COutputChannel*>(s->outputs.getFirst())->sendLevels[k];
+                const CSend* send = s->outputs.getFirst()->sendLevels[k];
                 found.push_back(int(send->level * 100) + send->muted * 10 + send->shownLevel);
             }
             EXPECT_EQ(found, expected);
@@ -54,7 +53,7 @@ TEST(SendOrder, LevelsFollowTheirBuses) {
 
 TEST(SendOrder, BusesEndAtThirtyTwo) {
     StripFixture f;
-    CList& buses = f.host->sends;
+    auto& buses = f.host->sends;
     const Told told;
     for (int k = 0; k < maxSends; ++k) f.host->addSendClicked();
     EXPECT_TRUE(told.messages.empty());

@@ -43,7 +43,7 @@ TEST(RtTrap, BlocksAreClean) {
     auto* map = new CMap;
     map->target = signal->output();
     map->cc = 7;
-    static_cast<CMapProg*>(q->maps.items(0))->items.add(map);
+    q->maps.items(0)->items.add(map);
     q->click->enabled = 1;
     q->click->mode = clickPlay | clickRecord | clickCountIn;
     int number = 1;

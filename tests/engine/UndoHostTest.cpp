@@ -77,7 +77,7 @@ TEST_F(UndoHostTest, MovesLandInFrontOfTheirIndexAndComeBack) {
     CComp box(host);
     const auto order = [&box] {
         std::vector<int> all;
-        for (auto* c : each<CComp>(box.comps)) all.push_back(c->posX);
+        for (auto* c : box.comps) all.push_back(c->posX);
         return all;
     };
     const std::vector<int> before = {0, 1, 2, 3};
@@ -110,7 +110,7 @@ TEST_F(UndoHostTest, ComponentThatLeavesSleepsAndItsMapsLoseIt) {
     auto* map = new CMap;
     map->target = c->output();
     map->comp = c;
-    static_cast<CMapProg*>(host->maps.items(0))->items.add(map);
+    host->maps.items(0)->items.add(map);
     cut(c);
     EXPECT_EQ(c->sleeping, 1);
     EXPECT_EQ(map->target, nullptr);

@@ -204,9 +204,9 @@ TEST_F(ValueDoorTest, MovedControlIsLearned) {
     for (const float v : {0.5f, 0.4f, 0.3f}) strip->moveFader(v);
     values().end();
     EXPECT_EQ(steps(), 2) << "the map, and the gesture";
-    auto* maps = static_cast<CMapProg*>(host->maps.first());
+    auto* maps = host->maps.first();
     ASSERT_EQ(maps->items.getCount(), 1);
-    const auto* map = static_cast<CMap*>(maps->items.first());
+    const auto* map = maps->items.first();
     EXPECT_TRUE(map->target == strip && map->param == 0 && map->learning);
 }
 

@@ -58,7 +58,7 @@ protected:
         app->killTimer(clock);
     }
     static CCtrl* find(CGroup* group, const std::string& id) {
-        for (CCtrl* c : each<CCtrl>(group->controls)) {
+        for (CCtrl* c : group->controls) {
             if (c->id == id.c_str()) return c;
             CCtrl* inner = c->category == catGroup ? find(static_cast<CGroup*>(c), id) : nullptr;
             if (inner) return inner;

@@ -371,7 +371,7 @@ TEST_F(EventTest, AModalWindowMayDeleteItself) {
     auto* dialog = new CWin(app.get(), win.get(), "dialog", 400, 100, 150, 100, winNoBorder);
     dialog->addControl(new Victim(
         dialog, "timer", [&] { app->deleteLater(dialog); }, alive));
-    app->addTimer(static_cast<CCtrl*>(dialog->clientGroup->controls.items(0)), 20, false);
+    app->addTimer(dialog->clientGroup->controls.items(0), 20, false);
     dialog->showModal();
     EXPECT_EQ(alive, 0);
     EXPECT_EQ(app->modalWin, nullptr);

@@ -98,7 +98,7 @@ TEST_F(ThemeTest, SavedLooksComeBack) {
         if (i % 5 == 1) setGuiFill(it, asColor(5, 6, base));
         if (i % 5 == 2) setGuiGradient(it, asColor(base, base, 7), base, directions[i / 5 % 4]);
         if (i % 5 == 3) setGuiGlossy(it, asColor(8, base, base), float(i) / 100 - 0.3f);
-        if (i % 5 == 4) setGuiImage(it, static_cast<CImageChunk*>(gui.images.items(i / 5 % 2)));
+        if (i % 5 == 4) setGuiImage(it, gui.images.items(i / 5 % 2));
         setGuiFrame(it, i / 2 % 2, asColor(9, 10, base));
         setGuiSep(it, i / 3 % 2, asColor(base, 11, 12), it.sepSize);
         it.mode = i % 3;
@@ -113,7 +113,7 @@ TEST_F(ThemeTest, SavedLooksComeBack) {
     ASSERT_TRUE(gui.open(path));
     EXPECT_TRUE(gui.fileName == path);
     ASSERT_EQ(gui.images.getCount(), 2);
-    for (auto* picture : each<CImageChunk>(gui.images)) {
+    for (auto* picture : gui.images) {
         ASSERT_EQ(size_t(picture->getSize()), png.size());
         EXPECT_EQ(std::memcmp(picture->getData(), png.data(), png.size()), 0);
     }

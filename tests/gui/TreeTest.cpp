@@ -68,9 +68,9 @@ TEST_F(TreeTest, IsWalkedByKeys) {
                           {"Home shift+End Up", true, "a B [c]* lazy "}};
     win->setKeyCtrl(tree);
     for (const Case& c : cases) {
-        for (CTreeNode* node : each<CTreeNode>(tree->root.children)) {
+        for (CTreeNode* node : tree->root.children) {
             node->expanded = false;
-            for (CTreeNode* inner : each<CTreeNode>(node->children)) inner->expanded = false;
+            for (CTreeNode* inner : node->children) inner->expanded = false;
             if (node->text == "lazy") node->clear();
         }
         tree->select(nullptr);

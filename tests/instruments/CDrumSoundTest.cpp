@@ -13,7 +13,7 @@ namespace {
 struct DrumBench : SoundBench {
     CSynthProg drums{host.host, nullptr};
     CLayer* target = drums.addLayer();
-    CList drumClips;
+    ListOf<CSampleClip> drumClips;
 
     DrumBench() {
         DrumKit k = kit();
@@ -21,7 +21,7 @@ struct DrumBench : SoundBench {
         EXPECT_EQ(k.height(), 5 * 20);
         k.take(drumClips, nullptr);
     }
-    ~DrumBench() { deleteAll<CSampleClip>(drumClips); }
+    ~DrumBench() { deleteAll(drumClips); }
     DrumKit kit() { return {host.host, target, &sampler}; }
     CDrumSound* sound(int i) { return static_cast<CDrumSound*>(target->sounds.items(i)); }
 };

@@ -142,7 +142,7 @@ TEST(CSF2, ImportsWholeBanks) {
     int program = 0;
     for (const auto& [preset, name] : names) EXPECT_EQ(b.program(program++)->id, name) << preset;
     EXPECT_GT(b.sampler.clips.getCount(), 100);
-    for (const auto* clip : each<CSampleClip>(b.sampler.clips)) {
+    for (const auto* clip : b.sampler.clips) {
         const Bytes frames(reinterpret_cast<char*>(clip->data), 2 * size_t(clip->frames));
         EXPECT_NE(file.find(frames), Bytes::npos) << clip->filename.asChar();
     }

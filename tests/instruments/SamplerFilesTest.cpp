@@ -114,7 +114,7 @@ TEST(SamplerFiles, RoundTrip) {
     readBytes(other, first);
     EXPECT_EQ(written(other), first);
     ASSERT_EQ(other.clips.getCount(), 1);
-    auto* clip = static_cast<CSampleClip*>(other.clips.items(0));
+    auto* clip = other.clips.items(0);
     EXPECT_TRUE(clip->valid);
     EXPECT_FLOAT_EQ(clip->floatData(1)[2], 0.3f);
     EXPECT_EQ(int(clip->start), 1);

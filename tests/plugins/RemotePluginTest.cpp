@@ -42,7 +42,7 @@ Heard playAll(const char* name, bool isolated, int workers = 0) {
         if (i != 1) player->moves = {{64.0, c, 0, 0.25f * float(i)}, {200.0, c, 0, 0.125f}};
         f.block();
         for (const CVST* one : {c, behind})
-            for (auto* out : each<COutputChannel>(one->outputs))
+            for (auto* out : one->outputs)
                 for (const float* side : {out->bufL, out->bufR})
                     heard.sound.insert(heard.sound.end(), side, side + 256);
         if (const CMIDIQ* port = c->outPort())

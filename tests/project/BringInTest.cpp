@@ -23,13 +23,13 @@ struct BringFixture : ClipFixture {
         const auto put = [&text](const char* what, int count) {
             if (count > 0) text += std::string(" ") + what + std::to_string(count);
         };
-        for (auto* t : each<CSongTrack>(seq->getProg()->tracks)) {
+        for (auto* t : seq->getProg()->tracks) {
             CTrack* track = t->track;
             text += std::to_string(track->kind);
-            for (auto* part : each<CPart>(t->parts)) put("at", part->pos + 1);
+            for (auto* part : t->parts) put("at", part->pos + 1);
             put("drums", track->drumLayer() ? track->drumLayer()->sounds.getCount() : 0);
             put("inserts", track->output() ? track->output()->inserts.getCount() : 0);
-            for (auto* comp : each<CComp>(host->comps))
+            for (auto* comp : host->comps)
                 if (track->outPort() && getMIDICable(comp, track->outPort(), nullptr))
                     put("programs", comp->progs.getCount());
             text += ";";
@@ -101,7 +101,7 @@ TEST(BringIn, SoundFontsBecomePrograms) {
     ASSERT_NE(made, nullptr);
     const int presets = made->progs.getCount();
     EXPECT_GT(presets, 100);
-    CSongTrack* player = static_cast<CSongTrack*>(f.seq->getProg()->tracks.first());
+    CSongTrack* player = f.seq->getProg()->tracks.first();
     EXPECT_EQ(player->track->id, "TimGM6mb");
     f.addNotes(player);
     EXPECT_TRUE(f.sounds());
@@ -155,9 +155,7 @@ TEST(BringIn, FilesComeTogether) {
     f.host->projectFile = f.files.file("song.qv");
     f.files.write("song.qv", "");
     for (const int kind : {trackFolder, trackMIDI, trackAudio}) f.track(kind);
-    const auto row = [&](int i) {
-        return static_cast<CSongTrack*>(f.seq->getProg()->tracks.items(i));
-    };
+    const auto row = [&](int i) { return f.seq->getProg()->tracks.items(i); };
     row(1)->track->folder = row(0)->track;
     const CStr wave = f.put("a.wav", waveBytes), kit = f.put("k.qvd", kitBytes);
     const CStr midi = f.put("m.mid", std::string("MThd\0\0\0\6\0\0\0\1\3\300MTrk\0\0\0\15"

@@ -146,7 +146,7 @@ TEST(ClipFiles, JoinWhatIsThere) {
         ASSERT_TRUE(f.drop(notes.bytes, onto, tick));
         EXPECT_EQ(f.seq->tracks.getCount(), tracks + 1);
         EXPECT_EQ(f.host->comps.getCount(), comps + 2) << "the track has its instruments";
-        onto = static_cast<CSongTrack*>(f.seq->getProg()->tracks.items(tracks));
+        onto = f.seq->getProg()->tracks.items(tracks);
     }
 }
 

@@ -2,6 +2,7 @@
 #include "support/Places.h"
 
 #include "common/fx/CEQ.h"
+#include "engine/CGroupCh.h"
 
 #include <fstream>
 #include <sstream>
@@ -77,8 +78,7 @@ TEST(Format, AForeignFileArrivesAndComesBack) {
     EXPECT_TRUE(host->loop == 0 && host->audioFolder == "tune_audio" && host->id == "Host");
     EXPECT_TRUE(host->editorStruct.maximized == 1 && host->editorStruct.pageItem == 9);
     ASSERT_EQ(host->samples.getCount(), 2);
-    const auto *missing = static_cast<CSample*>(host->samples.items(0)),
-               *tone = static_cast<CSample*>(host->samples.items(1));
+    const auto *missing = host->samples.items(0), *tone = host->samples.items(1);
     EXPECT_TRUE(tone->frames == levelFrames && tone->fixedPitch && tone->data[1] == 0x20);
     EXPECT_TRUE(!missing->valid && missing->streamed && missing->bits == 24);
     EXPECT_EQ(tone->marks, (std::vector<int>{30, 500}));
@@ -93,19 +93,18 @@ TEST(Format, AForeignFileArrivesAndComesBack) {
     EXPECT_TRUE(ch->eq[3]->getFrequency() == 4000.0f && ch->eq[3]->active == 1);
     EXPECT_TRUE(ch->eq[3]->filterType == 2 && ch->eq[3]->state[1] == -1);
     EXPECT_EQ(ch->sendLevels[0]->level, 0.25f);
-    auto* insert = static_cast<CComp*>(ch->inserts.items(1));
+    auto* insert = ch->inserts.items(1);
     EXPECT_TRUE(insert->enabled == 0 && insert->wet == 0.25f && insert->editorStruct.left == 9);
     EXPECT_TRUE(insert->ownerChannel == ch && insert->output()->comp == insert);
 
     EXPECT_TRUE(f.mixer.mxv == 5 && host->mapStruct.height == 8);
     EXPECT_TRUE(host->ctrlStart == 20 && host->ctrlRecord == 23 && host->ctrlTempo == 24);
-    auto* maps = static_cast<CMapProg*>(host->maps.first());
+    auto* maps = host->maps.first();
     EXPECT_TRUE(maps->name == "Live" && maps->value == 3);
     const auto* bus = static_cast<CComp*>(host->sends.first());
     const CObject* targets[] = {group, bus, insert, f.comp(2)->output(1), ch->sendLevels[0]};
-    for (int i = 0; i < 5; ++i)
-        EXPECT_EQ(static_cast<CMap*>(maps->items.items(i))->target.load(), targets[i]) << i;
-    const auto* map = static_cast<CMap*>(maps->items.items(2));
+    for (int i = 0; i < 5; ++i) EXPECT_EQ(maps->items.items(i)->target.load(), targets[i]) << i;
+    const auto* map = maps->items.items(2);
     EXPECT_TRUE(map->owner.load() == ch && map->comp.load() == group);
     EXPECT_TRUE(map->ch == 2 && map->param == -2 && map->cc == 76 && map->max == 127);
     EXPECT_TRUE(f.ui.windows.pages.size() == 1 && f.ui.windows.sidebar[1] == 180);

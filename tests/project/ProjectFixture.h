@@ -44,7 +44,7 @@ struct ProjectFixture {
     ProjectUi ui;
     Project project{host, &mixer, &ui};
 
-    CComp* comp(int index) { return static_cast<CComp*>(host->comps.items(index)); }
+    CComp* comp(int index) { return host->comps.items(index); }
 
     std::string save() {
         CMemoryStream stream;

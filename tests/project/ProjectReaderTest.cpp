@@ -49,7 +49,7 @@ TEST(ProjectReader, WhatLeadsNowhereIsLeftOut) {
     EXPECT_EQ(float(f.host->tempo), 120.0f);
     EXPECT_EQ(f.comp(0)->audioCables.getCount(), 1) << "one twice, and two without all ends";
     EXPECT_EQ(f.comp(0)->midiCables.getCount(), 0);
-    const auto* maps = static_cast<CMapProg*>(f.host->maps.first());
+    const auto* maps = f.host->maps.first();
     EXPECT_EQ(maps->items.getCount(), 1) << "values out of their range, and no target";
 }
 

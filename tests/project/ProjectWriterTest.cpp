@@ -172,7 +172,7 @@ TEST(ProjectWriter, TracksGetTheirChannelsByPosition) {
         ASSERT_EQ(f.load(bytes), LoadResult::good);
         auto* seq = static_cast<CSeq*>(f.host->firstOfType(compSeq));
         ASSERT_TRUE(seq && seq->tracks.getCount() == 6);
-        for (auto* track : each<CTrack>(seq->tracks)) {
+        for (auto* track : seq->tracks) {
             const bool plays = track->kind != trackFolder;
             EXPECT_EQ(track->inPort() != nullptr, plays);
             EXPECT_EQ(track->output() != nullptr, plays && track->kind != trackMIDI);

@@ -63,7 +63,7 @@ struct SmallSong : Types, SongFixture {
         for (int i = 0; i < 5; i++) {
             CEnvEvent* e = createEnvEvent(nullptr, float((i + phase) % 3) * 0.4f + 0.1f);
             e->curve = 0.3f * float(i % 2);
-            static_cast<CPart*>(t->parts.getFirst())->addEventParam(100 + i * 433, e, made->slot);
+            t->parts.getFirst()->addEventParam(100 + i * 433, e, made->slot);
         }
         return made;
     }
@@ -203,7 +203,7 @@ void arpeggios(SmallSong& s) {
     s.melody(t, 300);
     CSampler* synth = addSynthesizer(s.seq, t->track, 3);
     const GraphHold hold(&s.host);
-    deleteAll<CMIDICable>(synth->midiCables);
+    deleteAll(synth->midiCables);
     alone->addMIDICable(t->track->outPort(), nullptr);
     synth->addMIDICable(alone->outPort(), nullptr);
 }
@@ -212,8 +212,7 @@ void grooves(SmallSong& s) {
     for (int i = 0; i < 4; i++) {
         CSongTrack* t = s.synth(1 + i, 97 + i * 40);
         t->track->groove.amount = 0.3f * float(i);
-        for (CBaseEvent* e = static_cast<CPart*>(t->parts.getFirst())->getEvents(); e;
-             e = e->next) {
+        for (CBaseEvent* e = t->parts.getFirst()->getEvents(); e; e = e->next) {
             e->style.repeats = static_cast<unsigned char>(1 + i);
             e->style.flamMs = static_cast<unsigned char>(9 * i);
             e->style.chance = static_cast<unsigned char>(100 - 10 * i);
@@ -257,7 +256,7 @@ void racks(SmallSong& s) {
 void tempos(SmallSong& s) {
     programs(s, 0, 3);
     clips(s);
-    for (CSongTrack* t : each<CSongTrack>(s.prog()->tracks)) {
+    for (CSongTrack* t : s.prog()->tracks) {
         if (t->track->kind != trackMIDI) continue;
         t->track->arp->enable(1);
         addInsert(s.instrument->output(), fxDelay, -1);
@@ -265,7 +264,7 @@ void tempos(SmallSong& s) {
     for (const auto& [tick, bpm] :
          {std::pair{0, 97.3f}, {333, 180.0f}, {1000, 61.0f}, {1701, 240.0f}})
         s.tempoAt(tick, bpm);
-    static_cast<CTempoPart*>(s.prog()->tempos.items(1))->ramp = 1;
+    s.prog()->tempos.items(1)->ramp = 1;
     s.seq->tempo.changed();
 }
 

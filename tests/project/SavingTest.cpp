@@ -128,7 +128,7 @@ TEST(Saving, AudioGoesAlongIntoAnotherFolder) {
     const CStr moved = to.path + "-moved/";
     fs::rename(to.path.asChar(), moved.asChar());
     ASSERT_EQ(openProject(f.project, moved + "song.qv", false), LoadResult::good);
-    const auto* found = static_cast<CSample*>(f.host->samples.first());
+    const auto* found = f.host->samples.first();
     EXPECT_EQ(found->filename, moved + "song_audio/loop.wav");
     EXPECT_TRUE(found->valid);
     fs::rename(moved.asChar(), to.path.asChar());
@@ -163,9 +163,9 @@ TEST(Saving, WhatCannotBeCopiedIsToldOnce) {
         EXPECT_NE(shown[0].find(from.file("song_audio/").asChar() + std::string(name)),
                   std::string::npos);
     ASSERT_EQ(openProject(f.project, to.file("new.qv"), false), LoadResult::good);
-    for (const auto* sample : each<CSample>(f.host->samples)) EXPECT_TRUE(sample->valid);
+    for (const auto* sample : f.host->samples) EXPECT_TRUE(sample->valid);
     seq = static_cast<CSeq*>(f.host->comps.last());
-    track = static_cast<CSongTrack*>(seq->getProg()->tracks.first());
+    track = seq->getProg()->tracks.first();
     EXPECT_EQ(track->freezeItems.getCount(), 1);
 }
 
@@ -187,7 +187,7 @@ TEST(Saving, FoldersAreWhatTheDiskSays) {
     EXPECT_TRUE(saveProject(f.project, "../other.qv"));
     fs::current_path(before);
     ASSERT_EQ(openProject(f.project, folder.file("other.qv"), false), LoadResult::good);
-    const auto* sample = static_cast<CSample*>(f.host->samples.first());
+    const auto* sample = f.host->samples.first();
     EXPECT_EQ(sample->filename, folder.file("songs/song_audio/loop.wav"));
 }
 
@@ -281,7 +281,7 @@ TEST(Saving, CachedAudioIsArchived) {
 TEST(MissingSamples, KeepTheirPathsThroughSaves) {
     ProjectFixture f;
     const TempFolder from, to, apart;
-    const auto sample = [&](int i) { return static_cast<CSample*>(f.host->samples.items(i)); };
+    const auto sample = [&](int i) { return f.host->samples.items(i); };
     writeWav(apart.file("loop.wav"), 64);
     writeWav(apart.file("other.wav"), 64);
     ASSERT_TRUE(f.host->addSample(apart.file("loop.wav"), 1));
@@ -323,7 +323,7 @@ TEST(RenderTool, SavesWhereTheAudioIs) {
         words.append(word);
     ASSERT_EQ(runProcess(words), 0);
     ASSERT_EQ(openProject(f.project, copy, false), LoadResult::good);
-    const auto* sample = static_cast<CSample*>(f.host->samples.first());
+    const auto* sample = f.host->samples.first();
     ASSERT_NE(sample, nullptr);
     EXPECT_EQ(sample->filename, here.file("song_audio/take.wav"));
     EXPECT_EQ(sample->frames, 1000);

@@ -41,9 +41,9 @@ struct ImportFixture : ClipFixture {
     std::string tracks(int from) {
         std::string text;
         for (int i = from; i < seq->tracks.getCount(); i++) {
-            auto* track = static_cast<CTrack*>(seq->tracks.items(i));
+            auto* track = seq->tracks.items(i);
             text += std::string(track->id.asChar()) + ":";
-            for (auto* comp : each<CComp>(host->comps))
+            for (auto* comp : host->comps)
                 if (getMIDICable(comp, track->outPort(), nullptr)) text += comp->id.asChar();
             text += " ";
         }
@@ -54,7 +54,7 @@ struct ImportFixture : ClipFixture {
 
     int samplers() {
         int count = 0;
-        for (auto* comp : each<CComp>(host->comps)) count += comp->type == compSampler;
+        for (auto* comp : host->comps) count += comp->type == compSampler;
         return count;
     }
 };
@@ -70,7 +70,7 @@ TEST(SongSounds, EveryImportIsHeard) {
             SCOPED_TRACE(tracks + (begun ? " in a song" : ""));
             ImportFixture f;
             if (begun) f.addNotes(f.track(trackMIDI))->pos = 0;
-            if (begun) static_cast<CTrack*>(f.seq->tracks.items(0))->id = "Mine";
+            if (begun) f.seq->tracks.items(0)->id = "Mine";
             f.host->loop = f.seq->getProg()->loop = 1;
             EXPECT_EQ(f.import(midiFile(first, second)), MidiSongResult::good);
             EXPECT_EQ(f.tracks(begun), tracks);
@@ -119,8 +119,8 @@ TEST(SongSounds, FilesMixThemselves) {
         EXPECT_EQ(int(sound->bendRange), 7);
         EXPECT_EQ(int(sound->ccMap[74]), targetNone) << "relative to a sound of the writer's";
     });
-    auto* track = static_cast<CTrack*>(f.seq->tracks.items(0));
-    auto* part = static_cast<CPart*>(f.seq->getProg()->songTrackOf(track)->parts.getFirst());
+    auto* track = f.seq->tracks.items(0);
+    auto* part = f.seq->getProg()->songTrackOf(track)->parts.getFirst();
     for (const auto& [param, value] : {std::pair(0, 0.0f), {1, 1.0f}}) {
         const CSubTrack* lane = track->findLane(f.sampler()->output(), param);
         ASSERT_NE(lane, nullptr);
@@ -147,7 +147,7 @@ TEST(SongSounds, FilesAskForTheirPrograms) {
     EXPECT_EQ(f.tracks(0), "instrument-1:Violin ");
     CSynthProg* prog = f.sampler()->getProg();
     EXPECT_EQ(prog->family, "Strings");
-    EXPECT_EQ(int(static_cast<CSound*>(prog->layer.load()->sounds.getFirst())->bendRange), 2);
+    EXPECT_EQ(int(prog->layer.load()->sounds.getFirst()->bendRange), 2);
     EXPECT_TRUE(f.sounds());
 }
 

@@ -277,8 +277,7 @@ TEST(AudioPlayback, VoicesRunOutAndStretchersToo) {
     EXPECT_EQ(f.voices(), 0);
     for (int i = 0; i < 9; i++) EXPECT_EQ(voices[i].stretcher, nullptr);
 
-    for (auto* stretcher : each<CElastiqueRender>(f.host.stretchers))
-        EXPECT_TRUE(stretcher->start()) << "free again";
+    for (auto* stretcher : f.host.stretchers) EXPECT_TRUE(stretcher->start()) << "free again";
     part->setEvents(f.clip(s, playStretch, 960));
     f.host.setPos(0);
     EXPECT_EQ(std::ranges::count(f.play(20480), 0.0f), 20480);

@@ -39,9 +39,8 @@ TEST_F(CSeqProgTest, PointsEnterInOrderOfPosition) {
         deleteAll<CPart>(prog()->tempos);
         inOneStep ? step(addAll) : addAll(nullptr);
         std::vector<int> sigs, tempos;
-        for (auto* sig : each<CTimesigPart>(prog()->timesigs)) sigs.push_back(sig->getNum());
-        for (auto* tempo : each<CTempoPart>(prog()->tempos))
-            tempos.push_back(int(tempo->getTempo()));
+        for (auto* sig : prog()->timesigs) sigs.push_back(sig->getNum());
+        for (auto* tempo : prog()->tempos) tempos.push_back(int(tempo->getTempo()));
         EXPECT_EQ(sigs, (std::vector<int>{11, 13, 14, 12, 10})) << inOneStep;
         EXPECT_EQ(tempos, (std::vector<int>{11, 13, 10, 12, 14})) << inOneStep;
     }

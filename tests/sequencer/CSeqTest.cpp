@@ -20,7 +20,7 @@ struct SeqFixture : SongFixture, testing::Test {
     void expectReversible(const std::string& before) {
         const std::string after = dump(seq);
         int borrowed = 0;
-        for (auto* t : each<CTrack>(seq->tracks)) borrowed += countIO(t);
+        for (auto* t : seq->tracks) borrowed += countIO(t);
         EXPECT_EQ(countIO(seq), borrowed) << "the sequencer has what its tracks name";
         EXPECT_NE(before, after);
         for (int round = 0; round < 2; round++) {
@@ -207,7 +207,7 @@ TEST_F(CSeqTest, StepsTellPlaybackWhatToRebuild) {
 
 TEST_F(CSeqTest, FreedObjectsAreForgotten) {
     CTrack* audio = track(trackAudio)->track;
-    auto* lane = static_cast<CSubTrack*>(audio->subTracks.getFirst());
+    auto* lane = audio->subTracks.getFirst();
     CSend* send = audio->output()->sendLevels[0];
     lane->object = send;
     CComp other(&host);

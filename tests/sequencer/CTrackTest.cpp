@@ -40,7 +40,7 @@ TEST_F(CTrackTest, LanesTakeTheLowestFreeSlotAndEndAt64) {
         EXPECT_GT(part->reservedSlots(), slot) << "room in the part";
     }
     EXPECT_EQ(newLane(), nullptr);
-    auto* third = static_cast<CSubTrack*>(midi->subTracks.items(3)); // the first is no automation
+    auto* third = midi->subTracks.items(3); // the first is no automation
     midi->subTracks.remove(third);
     delete third;
     EXPECT_EQ(newLane()->slot, 2);

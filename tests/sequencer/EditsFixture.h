@@ -62,7 +62,7 @@ struct Edits : SongFileFixture {
         event->length = length;
         return event;
     }
-    CPart* part(CSongTrack* on, int i) { return static_cast<CPart*>(on->parts.items(i)); }
+    CPart* part(CSongTrack* on, int i) { return on->parts.items(i); }
     CPart* addAudio(int pos, std::vector<std::pair<int, CAudioEvent*>> clips) {
         auto* made = new CAudioPart;
         made->pos = pos;
@@ -86,11 +86,11 @@ struct Edits : SongFileFixture {
         at(0);
         locators(0, 3840);
         seq->unselectTracks();
-        for (auto* t : each<CTrack>(seq->tracks)) t->setOpen(false);
+        for (auto* t : seq->tracks) t->setOpen(false);
     }
     std::string show(CSongTrack* on) {
         std::ostringstream out;
-        for (auto* p : each<CPart>(on->parts)) {
+        for (auto* p : on->parts) {
             out << "| " << p->pos << ':' << seq->getTicks(p) << (p->ghostOf ? " ghost" : "")
                 << (p->muted() ? " mute" : "");
             int tick = p->offset;
@@ -106,16 +106,15 @@ struct Edits : SongFileFixture {
     }
     std::string showPoints() {
         std::ostringstream out;
-        for (auto* t : each<CTempoPart>(prog()->tempos))
-            out << t->pos << '@' << t->getTempo() << ' ';
-        for (auto* m : each<CMarkerPart>(prog()->markers)) out << 'M' << m->pos << ':' << m->length;
+        for (auto* t : prog()->tempos) out << t->pos << '@' << t->getTempo() << ' ';
+        for (auto* m : prog()->markers) out << 'M' << m->pos << ':' << m->length;
         return out.str();
     }
     /// The song as it would be stored with no part selected.
     std::string bytes() {
         std::vector<std::pair<CPart*, unsigned>> flags;
         seq->eachSongTrack([&flags](CSongTrack* t) {
-            for (auto* p : each<CPart>(t->parts)) flags.emplace_back(p, p->flags);
+            for (auto* p : t->parts) flags.emplace_back(p, p->flags);
         });
         seq->unselectParts();
         std::string written = write();
@@ -165,7 +164,7 @@ inline void checkLocked(const EditCase& c) {
     c.prepare(e);
     const auto shown = [&e] { return e.show(e.midi) + e.show(e.audio) + e.show(e.drums); };
     const std::string before = shown();
-    for (auto* t : each<CTrack>(e.seq->tracks)) t->locked = 1;
+    for (auto* t : e.seq->tracks) t->locked = 1;
     c.run(e.seq);
     e.host.settle();
     EXPECT_EQ(shown(), before);
@@ -184,7 +183,7 @@ inline void checkEdit(const EditCase& c) {
     ASSERT_EQ(e.host.undoList.getCount(), steps + 1);
     EXPECT_EQ(e.show(e.*c.on), c.parts);
     EXPECT_EQ(e.showPoints(), *c.points ? c.points : points);
-    const auto* step = static_cast<CUndo*>(e.host.undoList.items(steps));
+    const auto* step = e.host.undoList.items(steps);
     EXPECT_TRUE(!c.items || step->items.getCount() == c.items);
     const std::string edited = e.bytes();
     EXPECT_NE(edited, start);

@@ -336,7 +336,7 @@ TEST(Edits, HappenWhileTheSongPlays) {
         e.locators(pick(8) * 480, 480 + pick(16) * 480);
         e.at(pick(12) * 480);
         for (auto* t : {e.midi, e.audio})
-            for (auto* p : each<CPart>(t->parts)) p->setSelected(pick(3) == 0);
+            for (auto* p : t->parts) p->setSelected(pick(3) == 0);
         if (e.midi->parts.getCount() + e.audio->parts.getCount() > 60) deleteParts(e.seq);
         if (pick(4) == 0)
             e.host.undoClicked();
@@ -360,7 +360,7 @@ TEST(PartChange, LeavesPartsInOrder) {
     Edits e;
     const auto placed = [&e] {
         std::vector<int> at;
-        for (auto* part : each<CPart>(e.midi->parts)) at.push_back(part->pos);
+        for (auto* part : e.midi->parts) at.push_back(part->pos);
         return at;
     };
     const std::function<void(CUndo*)> edits[] = {

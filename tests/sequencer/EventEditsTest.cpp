@@ -10,8 +10,7 @@ namespace {
 constexpr EventLane notes, velocities{laneVelocity, 0}, points{laneAutomation, 0};
 
 CPart* partA(CSeq* seq) {
-    return static_cast<CPart*>(
-        static_cast<CSongTrack*>(seq->getProg()->tracks.getFirst())->parts.getFirst());
+    return seq->getProg()->tracks.getFirst()->parts.getFirst();
 }
 
 void pick(CBaseEvent* list, const std::string& which) {

@@ -162,7 +162,7 @@ TEST(Freezing, SoundsTheSame) {
     // 1/32767 and read in such of 1/32768, another one at full level.
     EXPECT_LE(difference(live, frozen), 2 * (1 + largest(live)) / 32768);
     EXPECT_GT(difference(live, frozen), 0.0) << "the files are what plays";
-    CPart* clip = static_cast<CPart*>(f.audio->parts.first());
+    CPart* clip = f.audio->parts.first();
     f.step([&](CUndo* u) { swapUndoPart(u, clip, clip->copy(0)); });
     EXPECT_EQ(f.heard(), frozen) << "an edit does not wake the events";
     f.undo();
@@ -223,7 +223,7 @@ TEST(Freezing, OutlivesItsInstrument) {
     f.device.run(4);
     f.step([&](CUndo* u) { u->asRemove(f.synth, &f.host.comps); });
     f.host.undoClear();
-    const auto* item = static_cast<CFreezeItem*>(f.keys->freezeItems.first());
+    const auto* item = f.keys->freezeItems.first();
     EXPECT_TRUE(item->comp == nullptr && item->channel == nullptr);
     EXPECT_FALSE(f.keys->voices->sounding());
     f.heard();
@@ -297,9 +297,8 @@ TEST(Freezing, BouncesToANewTrack) {
     ASSERT_EQ(bounceToNewTrack(f.seq, rangeLocators, nullptr), RenderResult::good);
     ASSERT_EQ(f.seq->tracks.getCount(), 3);
     EXPECT_EQ(f.files(), 1);
-    auto* bounce = static_cast<CSongTrack*>(f.prog()->tracks.last());
-    const auto* clip =
-        static_cast<const CAudioEvent*>(static_cast<CPart*>(bounce->parts.first())->getEvents());
+    auto* bounce = f.prog()->tracks.last();
+    const auto* clip = static_cast<const CAudioEvent*>(bounce->parts.first()->getEvents());
     EXPECT_TRUE(comes([clip] {
         return clip->sample->peaks.count() == clip->sample->frames / PeakImage::framesPerEntry;
     })) << "its waveform";

@@ -231,7 +231,7 @@ TEST(HitStyle, EndlessRowsStayWhole) {
         auto* other = new CDrumPart;
         other->pos = ticks;
         f.drums->addPart(other, nullptr);
-        for (auto* p : each<CPart>(f.drums->parts)) p->setSelected(true);
+        for (auto* p : f.drums->parts) p->setSelected(true);
         glueParts(f.seq);
         f.host.settle();
         EXPECT_EQ(f.drums->parts.getCount(), writes ? 1 : 2) << ticks;
@@ -281,10 +281,10 @@ TEST(HitStyle, EditsAndFilesKeepThem) {
     const std::string changed = f.write();
     f.read(changed);
     EXPECT_EQ(f.write(), changed);
-    keys = static_cast<CSongTrack*>(f.prog()->tracks.items(0));
-    kit = static_cast<CSongTrack*>(f.prog()->tracks.items(1));
-    part = static_cast<CPart*>(keys->parts.getFirst());
-    beat = static_cast<CPart*>(kit->parts.getFirst());
+    keys = f.prog()->tracks.items(0);
+    kit = f.prog()->tracks.items(1);
+    part = keys->parts.getFirst();
+    beat = kit->parts.getFirst();
     EXPECT_EQ(stylesOf(part), (std::vector{all, none}));
     ASSERT_NE(rowLoops(beat), nullptr);
     EXPECT_EQ(rowLoops(beat)->of(0), 480);
@@ -297,14 +297,13 @@ TEST(HitStyle, EditsAndFilesKeepThem) {
     EXPECT_EQ(stylesOf(part), (std::vector{all, none, all, none}));
     EXPECT_EQ(rowLoops(beat)->of(0), 480);
     f.step([&](CUndo* undo) { f.seq->splitPart(keys, part, 600, 0, 1, undo); });
-    auto* left = static_cast<CPart*>(keys->parts.items(0));
-    auto* right = static_cast<CPart*>(keys->parts.items(1));
+    auto* left = keys->parts.items(0);
+    auto* right = keys->parts.items(1);
     left->setSelected(true);
     right->setSelected(true);
     glueParts(f.seq);
     f.host.settle();
-    EXPECT_EQ(stylesOf(static_cast<CPart*>(keys->parts.getFirst())),
-              (std::vector{all, none, all, none}));
+    EXPECT_EQ(stylesOf(keys->parts.getFirst()), (std::vector{all, none, all, none}));
     for (int i = 0; i < 5; i++) f.undo();
     f.host.settle();
     EXPECT_EQ(stylesOf(part), (std::vector{all, none}));
@@ -312,7 +311,7 @@ TEST(HitStyle, EditsAndFilesKeepThem) {
     for (CBaseEvent* e = part->getEvents(); e; e = e->next) select(e, true);
     f.seq->copyToClipboard(part);
     f.step([&](CUndo* undo) {
-        f.seq->pasteData(undo, static_cast<CPart*>(f.seq->clipboard.parts.getFirst()), part, 2000);
+        f.seq->pasteData(undo, f.seq->clipboard.parts.getFirst(), part, 2000);
     });
     EXPECT_EQ(stylesOf(part), (std::vector{all, none, all, none}));
 }

@@ -77,22 +77,21 @@ struct ImportFixture : SongFixture, Told {
     /// tick, message and length, points.
     std::string song() {
         std::ostringstream text;
-        for (auto* t : each<CSongTrack>(prog()->tracks)) {
+        for (auto* t : prog()->tracks) {
             text << t->track->id.asChar() << " " << t->track->channel;
-            for (auto* part : each<CPart>(t->parts)) write(text, part);
+            for (auto* part : t->parts) write(text, part);
             text << "; ";
         }
-        for (auto* p : each<CTempoPart>(prog()->tempos))
-            text << "tempo " << p->pos << "=" << p->getTempo() << " ";
-        for (auto* p : each<CTimesigPart>(prog()->timesigs))
+        for (auto* p : prog()->tempos) text << "tempo " << p->pos << "=" << p->getTempo() << " ";
+        for (auto* p : prog()->timesigs)
             text << "time " << p->pos << "=" << p->getNum() << "/" << p->getDen() << " ";
         return text.str();
     }
 
     int longest() {
         int ticks = 0;
-        for (auto* t : each<CSongTrack>(prog()->tracks))
-            for (auto* part : each<CPart>(t->parts)) ticks = std::max(ticks, part->length.load());
+        for (auto* t : prog()->tracks)
+            for (auto* part : t->parts) ticks = std::max(ticks, part->length.load());
         return ticks;
     }
     int told() { return midiLength(folder.file("a.mid")); }
@@ -308,9 +307,9 @@ TEST(MidiImport, ManyTracksStayBounded) {
     EXPECT_EQ(f.messages, std::vector<std::string>{"Error: Too many tracks"});
     EXPECT_EQ(f.seq->tracks.getCount(), 255);
     size_t events = 0;
-    for (auto* t : each<CSongTrack>(f.prog()->tracks)) {
+    for (auto* t : f.prog()->tracks) {
         EXPECT_EQ(t->track->channel, 3);
-        for (auto* part : each<CPart>(t->parts)) events += notesOf(part).size();
+        for (auto* part : t->parts) events += notesOf(part).size();
     }
     EXPECT_EQ(events, chunks);
 }
@@ -331,8 +330,8 @@ TEST(MidiImport, DamagedFilesGiveNothingOutOfRange) {
             content[random() % content.size()] = char(random());
         const int steps = f.host.undoIndex;
         EXPECT_TRUE(f.import(content) != MidiImport::good || !early);
-        for (auto* t : each<CSongTrack>(f.prog()->tracks))
-            for (auto* part : each<CPart>(t->parts)) {
+        for (auto* t : f.prog()->tracks)
+            for (auto* part : t->parts) {
                 EXPECT_TRUE(ticks(part->length - 1) && ticks(part->pos));
                 int64_t tick = 0;
                 for (CBaseEvent* e = part->getEvents(); e; e = e->next) {

@@ -62,15 +62,11 @@ const EditCase cases[] = {
     {"start at the song's", selecting("c"), resizingStart(-9999), "Resize",
      "| 0:9600 ghost 7780=64/240 " + noteA + ghost(3840)},
     {"insert on the grid", [](Edits& e) { e.locators(0, 480); },
-     [](CSeq* seq) {
-         insertPart(seq, static_cast<CSongTrack*>(seq->getProg()->tracks.items(2)), 700);
-     },
-     "Insert part", "| 480:3840 ", "", 1, &Edits::drums},
+     [](CSeq* seq) { insertPart(seq, seq->getProg()->tracks.items(2), 700); }, "Insert part",
+     "| 480:3840 ", "", 1, &Edits::drums},
     {"insert into the loop", [](Edits& e) { e.locators(500, 1501); },
-     [](CSeq* seq) {
-         insertPart(seq, static_cast<CSongTrack*>(seq->getProg()->tracks.items(1)), 1500);
-     },
-     "Insert part", "| 500:1001 ", "", 1, &Edits::audio},
+     [](CSeq* seq) { insertPart(seq, seq->getProg()->tracks.items(1), 1500); }, "Insert part",
+     "| 500:1001 ", "", 1, &Edits::audio},
 };
 
 /// Ticks of a clip that lasts from 1920 to 3840, in the middle of its sample.

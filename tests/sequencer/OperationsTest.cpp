@@ -49,7 +49,7 @@ struct Anything : Edits {
             linked->pos = 9600;
             audio->addPart(linked, u);
         });
-        auto* section = static_cast<CMarkerPart*>(prog()->markers.getFirst());
+        auto* section = prog()->markers.getFirst();
         prog()->session.add(section);
         host.undoClear();
     }
@@ -75,13 +75,11 @@ struct Anything : Edits {
     int pick(int n) { return int(random() % unsigned(n)); }
     int ticks() { return (pick(21) - 10) * 240 + pick(3) - 1; }
     float value() { return float(pick(101)) / 100.0f; }
-    CSongTrack* anyTrack() {
-        return static_cast<CSongTrack*>(prog()->tracks.items(pick(prog()->tracks.getCount())));
-    }
+    CSongTrack* anyTrack() { return prog()->tracks.items(pick(prog()->tracks.getCount())); }
     CPart* anyPart() {
-        CList parts;
+        ListOf<CPart> parts;
         prog()->getSelectedParts(&parts);
-        return static_cast<CPart*>(parts.items(pick(std::max(1, parts.getCount()))));
+        return parts.items(pick(std::max(1, parts.getCount())));
     }
     void onPart(const std::function<void(CPart*)>& act) {
         if (CPart* p = anyPart()) act(p);
@@ -107,7 +105,7 @@ struct Anything : Edits {
     template <class F>
     void eachPart(F visit) {
         seq->eachSongTrack([&](CSongTrack* t) {
-            for (auto* p : each<CPart>(t->parts)) visit(p);
+            for (auto* p : t->parts) visit(p);
         });
     }
     int partCount() {

@@ -145,7 +145,7 @@ struct Song : SongFixture {
         ear->now.value = -1.0f;
         seq->eachSongTrack([](CSongTrack* t) {
             t->index.expire();
-            for (auto* part : each<CPart>(t->parts)) part->clipTempo = 0.0f;
+            for (auto* part : t->parts) part->clipTempo = 0.0f;
         });
     }
 };

@@ -71,7 +71,7 @@ TEST(SongPlayback, TheTempoInForceIsChangedAsOneStep) {
     f.host.setTempo(90.0f);
     f.tempoAt(1920, 60.0f);
     const auto tempos = [&] {
-        auto* point = static_cast<CTempoPart*>(f.prog()->tempos.first());
+        auto* point = f.prog()->tempos.first();
         return std::vector<float>{f.host.songTempo, point->getTempo(), f.host.tempo};
     };
     for (const auto& [tick, before, after] :

@@ -266,7 +266,7 @@ TEST(Process, AudioIntoNewFiles) {
         }
         EXPECT_TRUE(e.bytes() == start && e.folderEmpty() && e.seq->clipboard.parts.empty());
         copyPartRange(e.seq, range);
-        const auto* copy = static_cast<CPart*>(e.seq->clipboard.parts.getFirst());
+        const auto* copy = e.seq->clipboard.parts.getFirst();
         EXPECT_EQ(copy->length, a.to ? a.to - a.from : 1920);
         EXPECT_EQ(processAudio(e.seq, a.mode, range), "");
         e.host.settle();
@@ -282,7 +282,7 @@ TEST(Process, AudioIntoNewFiles) {
             EXPECT_NEAR(value, a.values[i], 0.001f) << frames[i];
         }
         if (a.mode == processCut) {
-            auto* copied = static_cast<CPart*>(e.seq->clipboard.parts.getFirst());
+            auto* copied = e.seq->clipboard.parts.getFirst();
             ASSERT_NE(copied, nullptr);
             const auto* gone = static_cast<CAudioEvent*>(copied->getEvents());
             EXPECT_EQ(
@@ -351,7 +351,7 @@ TEST(Process, MenusFollowTheSelection) {
 TEST(Process, RemixIsASong) {
     Edits e;
     e.addAudio(0, {{0, clip(e.sample)}});
-    static_cast<CTempoPart*>(e.prog()->tempos.getFirst())->ramp = 1; // 100 to 140, 960 to 2880
+    e.prog()->tempos.getFirst()->ramp = 1; // 100 to 140, 960 to 2880
     e.seq->tempo.changed();
     std::vector<CMarkerPart*> markers;
     for (const auto& [pos, length] : {std::pair{1920, 1920}, {3840, 960}}) {
@@ -368,13 +368,11 @@ TEST(Process, RemixIsASong) {
     e.host.settle();
     ASSERT_NE(e.prog(), source);
     EXPECT_EQ(e.prog()->id, "Remix 1");
-    const auto at = [&e](int row) {
-        return e.show(static_cast<CSongTrack*>(e.prog()->tracks.items(row)));
-    };
+    const auto at = [&e](int row) { return e.show(e.prog()->tracks.items(row)); };
     const std::string section = ":960 ghost 100=64/240 ";
     EXPECT_EQ(at(0),
               "| 0" + section + "| 960:1920 -1920=60/240 -10=62/960 ~-1920 ~0 | 2880" + section);
-    EXPECT_EQ(e.part(static_cast<CSongTrack*>(e.prog()->tracks.items(1)), 1)->pos, 960);
+    EXPECT_EQ(e.part(e.prog()->tracks.items(1), 1)->pos, 960);
     EXPECT_EQ(e.showPoints(), "0@140 960@120 1920@140 ");
     const std::string edited = e.bytes();
     e.undo();

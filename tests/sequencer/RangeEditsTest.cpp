@@ -9,8 +9,7 @@ namespace {
 /// Of the tracks of those rows.
 TimeRange rangeOf(CSeq* seq, int from, int to, std::vector<int> rows = {0}, bool markers = false) {
     TimeRange range{from, to, {}, markers};
-    for (const int row : rows)
-        range.tracks.push_back(static_cast<CSongTrack*>(seq->getProg()->tracks.items(row)));
+    for (const int row : rows) range.tracks.push_back(seq->getProg()->tracks.items(row));
     return range;
 }
 
@@ -105,5 +104,5 @@ TEST(RangeEdits, AreDoneWholeOrNotAtAll) {
     EXPECT_EQ(splitRange(e.seq, both), "");
     e.host.settle();
     for (CSongTrack* t : {e.midi, e.audio})
-        for (auto* part : each<CPart>(t->parts)) EXPECT_EQ(part->selected(), part->pos == 1000);
+        for (auto* part : t->parts) EXPECT_EQ(part->selected(), part->pos == 1000);
 }

@@ -193,7 +193,7 @@ TEST_F(RecordingTest, TracksPlayFromDiskBesideATake) {
     f.begin(0);
     for (int i = 0; i < blocks; i++) {
         f.play(1);
-        for (const CSample* sample : each<CSample>(f.host.samples)) sample->reader->serve();
+        for (const CSample* sample : f.host.samples) sample->reader->serve();
     }
     const std::vector<float> heard[2] = {f.device.left, f.device.right};
     for (size_t i = 0; i < fed - 1; i++)

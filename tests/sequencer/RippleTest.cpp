@@ -16,12 +16,12 @@ std::function<void(Edits&)> selecting(const char* which) {
 
 void insertBar(CSeq* seq, Ripple ripple) {
     CPart* made = nullptr;
-    auto* on = static_cast<CSongTrack*>(seq->getProg()->tracks.getFirst());
+    auto* on = seq->getProg()->tracks.getFirst();
     EXPECT_EQ(insertPart(seq, on, {3840, 960}, ripple, made), "");
 }
 
 void deleteTime(CSeq* seq, Ripple ripple) {
-    auto* on = static_cast<CSongTrack*>(seq->getProg()->tracks.getFirst());
+    auto* on = seq->getProg()->tracks.getFirst();
     EXPECT_EQ(deleteRange(seq, {960, 4800, {on}}, ripple), "");
 }
 
@@ -94,10 +94,10 @@ TEST(Ripple, TellsBeforeWhatGoesAlong) {
         e.audio->track->locked = locked;
         std::map<CPart*, int> before;
         e.seq->eachSongTrack([&](CSongTrack* t) {
-            for (auto* p : each<CPart>(t->parts))
+            for (auto* p : t->parts)
                 if (!p->selected()) before[p] = p->pos;
         });
-        for (const CList* list : {&e.prog()->tempos, &e.prog()->markers})
+        for (const CList* list : listsOf(e.prog()->tempos, e.prog()->markers))
             for (auto* p : each<CPart>(*list)) before[p] = p->pos;
         const std::vector<RippleShift> told = rippleOfMove(e.seq, Ripple::all, 240);
         EXPECT_EQ(told.size(), locked ? 6u : 7u);

@@ -98,8 +98,8 @@ TEST(SampleEdits, ClipsPlayWhatIsLeft) {
             for (int i = 0; i < 2; i++)
                 EXPECT_NEAR(frameOf(now->sample, c.at[i]), c.from[i], 2) << c.at[i];
             if (c.run == cutFrames) {
-                const auto* gone = static_cast<const CAudioEvent*>(
-                    static_cast<CPart*>(e.seq->clipboard.parts.getFirst())->getEvents());
+                const auto* gone =
+                    static_cast<const CAudioEvent*>(e.seq->clipboard.parts.getFirst()->getEvents());
                 EXPECT_EQ(std::tuple(gone->sample, gone->start, gone->end),
                           std::tuple(e.ramp, 0, 13999));
             }
@@ -117,10 +117,10 @@ TEST(SampleEdits, OthersAreLeftAlone) {
     const ClipPlace place{e.part, 1};
     EXPECT_EQ(deleteFrames(e.seq, place, {0, fileFrames}), "Nothing would be left");
     EXPECT_EQ(pasteOverFrames(e.seq, place, {0, 0}), "The clipboard has no sound");
-    for (auto* t : each<CTrack>(e.seq->tracks)) t->locked = 1;
+    for (auto* t : e.seq->tracks) t->locked = 1;
     EXPECT_EQ(deleteFrames(e.seq, place, {14000, 26000}), "");
     EXPECT_TRUE(e.host.undoList.empty() && e.folderEmpty());
-    for (auto* t : each<CTrack>(e.seq->tracks)) t->locked = 0;
+    for (auto* t : e.seq->tracks) t->locked = 0;
     EXPECT_EQ(deleteFrames(e.seq, place, {14000, 26000}), "");
     e.host.settle();
     EXPECT_EQ((ClipPlace{e.part, 0}).clip()->sample, e.ramp);

@@ -103,9 +103,9 @@ void build(SongFileFixture& song) {
     song.step([&](CUndo* undo) { notes->addPart(song.seq->makeGhost(first, undo), undo); });
     auto* clips = new CAudioPart;
     clips->multiclip = 1;
-    for (void* sample : {song.host.samples.first(), static_cast<void*>(nullptr)}) {
+    for (CSample* sample : {song.host.samples.first(), static_cast<CSample*>(nullptr)}) {
         CAudioEvent* event = createAudioEvent();
-        event->sample = static_cast<CSample*>(sample);
+        event->sample = sample;
         event->end = 999;
         clips->addEvent(100, event);
     }
@@ -115,7 +115,7 @@ void build(SongFileFixture& song) {
     hits->addEvent(240, createDrumEvent());
     drums->addPart(hits, nullptr);
     song.tempoAt(960, 90.0f);
-    static_cast<CTempoPart*>(song.prog()->tempos.getFirst())->ramp = 1;
+    song.prog()->tempos.getFirst()->ramp = 1;
     notes->track->locked = notes->track->live = drums->track->recArm = song.seq->punch = 1;
     notes->track->setRowHeight(100);
     song.seq->preRoll = 2;
@@ -204,9 +204,9 @@ TEST(SongBlocks, PartsAndPointsThatDoNotFit) {
                block("amarker", Blocks().i(-1)) +
                block("tempo", Blocks().i(5, 9).f(900).zeros(3), 32))
                   .bytes);
-    const CList& parts = at<CSongTrack>(song.prog()->tracks, 0)->parts;
+    const auto& parts = at<CSongTrack>(song.prog()->tracks, 0)->parts;
     ASSERT_EQ(parts.getCount(), 2);
-    for (const auto* one : each<CPart>(parts)) EXPECT_EQ(one->ghostOf, nullptr);
+    for (const auto* one : parts) EXPECT_EQ(one->ghostOf, nullptr);
     EXPECT_TRUE(song.seq->masterParts.empty());
     EXPECT_EQ(notesOf(at<CPart>(parts, 0)),
               (Ticks{{-90, 0}, {(1 << 30) - 90, 0}, {(1 << 30) - 90, 0}}));
@@ -239,8 +239,7 @@ TEST(SongBlocks, FoldersHaveAnEnd) {
         all.block("track", trackBlock(kind, "t", folder, 0));
     song.read(all.bytes);
     std::vector<int> folders;
-    for (const auto* t : each<CTrack>(song.seq->tracks))
-        folders.push_back(song.seq->tracks.indexed(t->folder));
+    for (const auto* t : song.seq->tracks) folders.push_back(song.seq->tracks.indexed(t->folder));
     EXPECT_EQ(folders, (std::vector<int>{1, -1, -1, -1, 0}));
 }
 

@@ -10,9 +10,9 @@ public:
     explicit Dumper(CSeq* song) : seq(song) {}
 
     std::string text() {
-        for (auto* t : each<CTrack>(seq->tracks)) dumpTrack(t);
-        for (auto* c : each<CComp>(seq->host->comps)) dumpComp(c);
-        for (auto* master : each<CPart>(seq->masterParts)) dumpPart(master);
+        for (auto* t : seq->tracks) dumpTrack(t);
+        for (auto* c : seq->host->comps) dumpComp(c);
+        for (auto* master : seq->masterParts) dumpPart(master);
         for (auto* p : each<CSeqProg>(seq->progs)) dumpProg(p);
         return out.str();
     }
@@ -26,30 +26,35 @@ private:
         out << "track " << t->id.asChar() << " kind " << t->kind << " flags " << t->flags
             << " height " << t->height << '/' << t->openHeight << " scroll " << t->scroll
             << " folder " << seq->tracks.indexed(t->folder) << " ends";
-        for (const auto of : {&CComp::inPorts, &CComp::outPorts, &CComp::inputs, &CComp::outputs})
-            for (auto* io : each<CIO>(t->*of))
+        const auto dumpEnds = [&](auto of) {
+            for (auto* io : t->*of)
                 out << ' ' << number(io) << '@' << (seq->*of).indexed(io)
                     << (io->comp == seq ? "" : " of a stranger");
-        for (auto* lane : each<CSubTrack>(t->subTracks))
+        };
+        dumpEnds(&CComp::inPorts);
+        dumpEnds(&CComp::outPorts);
+        dumpEnds(&CComp::inputs);
+        dumpEnds(&CComp::outputs);
+        for (auto* lane : t->subTracks)
             out << "\n  lane " << lane->id.asChar() << ' ' << lane->kind << " slot " << lane->slot
                 << " param " << lane->param << " of " << number(lane->object);
         out << '\n';
     }
     void dumpComp(CComp* c) {
         out << "comp " << c->id.asChar() << ' ' << c->type;
-        for (auto* cable : each<CMIDICable>(c->midiCables))
+        for (auto* cable : c->midiCables)
             out << ' ' << number(cable->fromPort) << '>' << number(cable->toPort);
-        for (auto* cable : each<CAudioCable>(c->audioCables))
+        for (auto* cable : c->audioCables)
             out << ' ' << number(cable->fromChannel) << '>' << number(cable->toChannel);
         out << '\n';
     }
     void dumpProg(CSeqProg* p) {
         out << "program " << p->id.asChar() << '\n';
-        for (auto* t : each<CSongTrack>(p->tracks)) {
+        for (auto* t : p->tracks) {
             out << " song track " << t->track->id.asChar() << '\n';
-            for (auto* part : each<CPart>(t->parts)) dumpPart(part);
+            for (auto* part : t->parts) dumpPart(part);
         }
-        for (auto* point : each<CTempoPart>(p->tempos))
+        for (auto* point : p->tempos)
             out << " tempo " << point->pos << ' ' << point->getTempo() << '\n';
     }
     void dumpPart(CPart* part) {

@@ -36,7 +36,7 @@ struct SongFileFixture : SongFixture {
         replace(new CSeq(&host));
         seq->read(&stream, end);
         EXPECT_EQ(stream.pos(), end);
-        for (auto* t : each<CTrack>(seq->tracks)) handOut(t);
+        for (auto* t : seq->tracks) handOut(t);
         seq->afterRead();
     }
 
@@ -51,7 +51,7 @@ struct SongFileFixture : SongFixture {
 
 private:
     void handOut(CTrack* t) {
-        const auto give = [t, this](CList CComp::*list, CObject* io) {
+        const auto give = [t, this](auto list, auto* io) {
             (t->*list).add(io);
             (seq->*list).add(io);
         };

@@ -49,9 +49,7 @@ private:
     std::mt19937 random{5};
 
     int pick(int n) { return int(random() % unsigned(n)); }
-    CSongTrack* anyTrack() {
-        return static_cast<CSongTrack*>(prog()->tracks.items(pick(prog()->tracks.getCount())));
-    }
+    CSongTrack* anyTrack() { return prog()->tracks.items(pick(prog()->tracks.getCount())); }
     CPart* busyPart() {
         CPart* part = midiPart(pick(4) * 480, 480 + pick(3) * 480);
         for (int i = 0; i < 40; i++) part->addEvent(pick(1900), note(pick(128)));
@@ -69,7 +67,7 @@ private:
     }
     void edit(CUndo* u) {
         CSongTrack* on = anyTrack();
-        CPart* part = static_cast<CPart*>(on->parts.items(pick(4)));
+        CPart* part = on->parts.items(pick(4));
         const int what = pick(8);
         if (what == 0 && prog()->tracks.getCount() > 4) seq->removeTrack(on->track, u);
         if (what == 1) seq->addTrack(1 + pick(5), prog(), u, pick(4) - 1);

@@ -84,9 +84,7 @@ struct TakeFixture : SongFixture {
         host.stop();
         play(1);
     }
-    CPart* partOf(CSongTrack* on, int index = 0) {
-        return static_cast<CPart*>(on->parts.items(index));
-    }
+    CPart* partOf(CSongTrack* on, int index = 0) { return on->parts.items(index); }
     void loop(int left, int right) {
         prog()->leftLocator = left;
         prog()->rightLocator = right;

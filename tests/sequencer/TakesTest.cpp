@@ -109,7 +109,7 @@ TEST(Takes, ChoicesAreSteps) {
     f.redo();
     EXPECT_EQ(f.write(), edited);
     f.step([&](CUndo* undo) { f.seq->splitPart(f.on, f.part, 1440, 0, splitApart, undo); });
-    auto* right = static_cast<CPart*>(f.on->parts.items(1));
+    auto* right = f.on->parts.items(1);
     EXPECT_EQ(show(*takesOf(right)), "2:-1440--480 0:-480-480 2:480-2400 ");
     EXPECT_TRUE(compTake(f.seq, right, 1, 2400, 2880));
     f.host.settle();
@@ -117,9 +117,9 @@ TEST(Takes, ChoicesAreSteps) {
     const std::string whole = f.write();
     f.read(whole);
     EXPECT_EQ(f.write(), whole);
-    static_cast<CTrack*>(f.seq->tracks.getFirst())->locked = 1;
-    auto* back = static_cast<CSongTrack*>(f.prog()->tracks.getFirst());
-    EXPECT_FALSE(compTake(f.seq, static_cast<CPart*>(back->parts.items(1)), 0, 2400, 2880));
+    f.seq->tracks.getFirst()->locked = 1;
+    auto* back = f.prog()->tracks.getFirst();
+    EXPECT_FALSE(compTake(f.seq, back->parts.items(1), 0, 2400, 2880));
 }
 
 /// The comp is heard frame by frame, and from take to take without a hole.
@@ -265,8 +265,8 @@ TEST(Takes, OfNotesAreStored) {
         EXPECT_GT(whole.size(), plain.size());
         f.read(whole);
         EXPECT_EQ(f.write(), whole);
-        auto* back = static_cast<CSongTrack*>(f.prog()->tracks.getFirst());
-        auto* read = static_cast<CPart*>(back->parts.getFirst());
+        auto* back = f.prog()->tracks.getFirst();
+        auto* read = back->parts.getFirst();
         ASSERT_TRUE(takesOf(read));
         ASSERT_TRUE(takesOf(read)->takes[0].notes);
         EXPECT_EQ(takesOf(read)->takes[0].notes->list->delta, 61);

@@ -9,14 +9,13 @@ namespace {
 /// parts, lanes, drums, inserts.
 std::string tracksOf(SongFixture& song) {
     std::string text;
-    for (auto* t : each<CSongTrack>(song.prog()->tracks)) {
+    for (auto* t : song.prog()->tracks) {
         CTrack* track = t->track;
         text += std::string(track->id.asChar()) + (track->selected() ? "! " : " ");
-        for (auto* part : each<CPart>(t->parts)) text += part->selected() ? 'P' : 'p';
+        for (auto* part : t->parts) text += part->selected() ? 'P' : 'p';
         text.append(size_t(track->subTracks.getCount()), 'l');
         for (int i = 0; track->drumSound(i); i++) text += 'd';
-        for (auto* channel : each<COutputChannel>(track->outputs))
-            text.append(size_t(channel->inserts.getCount()), 'i');
+        for (auto* channel : track->outputs) text.append(size_t(channel->inserts.getCount()), 'i');
         text += "; ";
     }
     return text;
@@ -61,17 +60,16 @@ TEST(Templates, HoldWhatTheyAreNamedFor) {
         const CComp* synth = song.host.firstOfType(compSampler);
         EXPECT_EQ(synth ? synth->midiCables.getCount() : 0, c.synths) << c.tracks;
         const CComp* midiOut = song.host.getMIDIOut();
-        for (const auto* cable : each<CMIDICable>(midiOut->midiCables))
+        for (const auto* cable : midiOut->midiCables)
             EXPECT_TRUE(song.seq->outPorts.contains(cable->fromPort));
         EXPECT_EQ(midiOut->midiCables.getCount(), c.outside) << c.tracks;
-        for (int i = 0; i < c.outside; i++)
-            EXPECT_EQ(static_cast<CTrack*>(song.seq->tracks.items(i))->channel, i);
+        for (int i = 0; i < c.outside; i++) EXPECT_EQ(song.seq->tracks.items(i)->channel, i);
 
         song.seq->setLoop(1);
         song.host.setLoop(1);
         auto* far = new CMIDIPart;
         far->pos = 9 * barTicks;
-        if (c.midiIns > 0) static_cast<CSongTrack*>(song.prog()->tracks.last())->parts.add(far);
+        if (c.midiIns > 0) song.prog()->tracks.last()->parts.add(far);
         frameSong(song.seq);
         EXPECT_EQ(song.seq->getLoop() + song.host.getLoop(), 0);
         int from = -1, to = -1;

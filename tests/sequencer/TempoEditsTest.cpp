@@ -16,7 +16,7 @@ struct Tempos : SongFileFixture {
         enterSequencer();
         host.setRate(48000);
     }
-    CTempoPart* point(int i) { return static_cast<CTempoPart*>(prog()->tempos.items(i)); }
+    CTempoPart* point(int i) { return prog()->tempos.items(i); }
     /// From 60 to 240 over two bars, and on.
     void line() {
         tempoAt(3840, 60.0f);
@@ -28,7 +28,7 @@ struct Tempos : SongFileFixture {
     /// "960@100/" is a point that begins a line.
     std::string show() {
         std::ostringstream out;
-        for (auto* p : each<CTempoPart>(prog()->tempos))
+        for (auto* p : prog()->tempos)
             out << p->pos << '@' << std::lround(p->getTempo() * 100) / 100.0 << (p->ramp ? "/" : "")
                 << ' ';
         return out.str() + "song " + std::to_string(std::lround(host.songTempo));

@@ -10,7 +10,7 @@ namespace {
 
 /// A list of tempo points that owns them.
 struct Tempos {
-    CList list;
+    ListOf<CTempoPart> list;
     ~Tempos() { deleteAll<CPart>(list); }
     void add(int tick, float bpm, bool ramp = false) {
         auto* point = new CTempoPart;

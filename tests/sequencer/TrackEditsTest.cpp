@@ -11,11 +11,11 @@
 namespace {
 
 struct Duplicates : Edits {
-    CTrack* at(int i) { return static_cast<CTrack*>(seq->tracks.items(i)); }
-    CSongTrack* row(int i) { return static_cast<CSongTrack*>(prog()->tracks.items(i)); }
+    CTrack* at(int i) { return seq->tracks.items(i); }
+    CSongTrack* row(int i) { return prog()->tracks.items(i); }
     int synths() {
         int n = 0;
-        for (const auto* c : each<CComp>(host.comps)) n += c->type == compSampler;
+        for (const auto* c : host.comps) n += c->type == compSampler;
         return n;
     }
 };
@@ -75,7 +75,7 @@ TEST(TrackEdits, DuplicatesHaveAllOfTheirTracks) {
     EXPECT_EQ(twin->numProgs(), synth->numProgs());
     EXPECT_EQ(twin->output()->pan, -0.5f);
     EXPECT_EQ(trackTarget(t.seq, notes), synth);
-    EXPECT_EQ(static_cast<CSubTrack*>(bass->subTracks.last())->object, twin->output());
+    EXPECT_EQ(bass->subTracks.last()->object, twin->output());
     EXPECT_EQ(trackTarget(t.seq, tone), t.host.getAudioOut());
     ASSERT_TRUE(drums->drumSound(1));
     EXPECT_EQ(drums->drumLayer()->sounds.getCount(), kit->drumLayer()->sounds.getCount());

@@ -54,7 +54,7 @@ TEST(TrackValues, AreStepsAndComeBackFromTheFile) {
         song.undo();
         EXPECT_EQ(song.write(), start);
         song.read(edited);
-        EXPECT_EQ(c.of(static_cast<CTrack*>(song.seq->tracks.getFirst())).get(), c.kept);
+        EXPECT_EQ(c.of(song.seq->tracks.getFirst()).get(), c.kept);
         EXPECT_EQ(song.write(), edited);
     }
 }
@@ -69,7 +69,7 @@ TEST(TrackValues, RowsKeepTheirHeight) {
         const std::string bytes = song.write();
         EXPECT_EQ(bytes == usual, to == 0);
         song.read(bytes);
-        track = static_cast<CTrack*>(song.seq->tracks.getFirst());
+        track = song.seq->tracks.getFirst();
         EXPECT_EQ(track->getRowHeight(), kept);
         EXPECT_EQ(song.write(), bytes);
     }

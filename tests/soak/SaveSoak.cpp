@@ -79,8 +79,8 @@ bool isWhole(CQV* host) {
     if (!seq || seq->tracks.getCount() != tracks || host->samples.getCount() != samples)
         return false;
     int parts = 0, events = 0;
-    for (auto* track : each<CSongTrack>(seq->getProg()->tracks))
-        for (auto* part : each<CPart>(track->parts)) {
+    for (auto* track : seq->getProg()->tracks)
+        for (auto* part : track->parts) {
             ++parts;
             for (const CBaseEvent* e = part->getEvents(); e; e = e->next) ++events;
         }

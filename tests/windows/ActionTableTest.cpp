@@ -23,7 +23,7 @@ std::string found(const Commands& table, int key, int mods, int editorType) {
 /// As when every room has bound its own.
 struct BoundCommands : Commands {
     BoundCommands() {
-        for (auto* action : each<CAction>(actions)) bind(action->name.asChar(), [] {});
+        for (auto* action : actions) bind(action->name.asChar(), [] {});
     }
 };
 
@@ -75,7 +75,7 @@ TEST(ActionTable, FindsTheActionOfAKeyPress) {
 TEST(ActionTable, GivesNoKeyTwice) {
     const BoundCommands table;
     std::set<std::string> names;
-    for (auto* action : each<CAction>(table.actions)) {
+    for (auto* action : table.actions) {
         EXPECT_TRUE(names.insert(action->name.asChar()).second) << action->name.asChar();
         const int in = action->group > groupGlobal ? action->group : groupArrange;
         EXPECT_TRUE(!action->key || table.find(action->key, action->mods, in) == action)
@@ -144,6 +144,6 @@ TEST(Shortcuts, TellKeysAndUnderstandThem) {
                  {"qq", 0}};
     for (const auto& c : typed) EXPECT_EQ(strToKey(c.text), c.key) << c.text;
     const BoundCommands table;
-    for (auto* a : each<CAction>(table.actions))
+    for (auto* a : table.actions)
         EXPECT_EQ(upperKey(strToKey(keyToStr(a->key))), upperKey(a->key)) << a->name.asChar();
 }

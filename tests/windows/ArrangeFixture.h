@@ -20,7 +20,7 @@ protected:
     CCompEditor* page() { return win->pages->editorOf(seq()); }
     template <class T>
     T* find(const char* id, CGroup* group = nullptr) {
-        for (auto* c : each<CCtrl>((group ? group : page()->clientGroup)->controls)) {
+        for (auto* c : (group ? group : page()->clientGroup)->controls) {
             if (c->id == id) return static_cast<T*>(c);
             if (c->id != "song" && c->id != "heads") continue;
             if (T* found = find<T>(id, static_cast<CGroup*>(c))) return found;
@@ -29,10 +29,8 @@ protected:
     }
     ArrangeView* song() { return find<ArrangeView>("song"); }
     ArrangeGrid* grid() { return find<ArrangeGrid>("grid"); }
-    CSongTrack* row(int i) { return static_cast<CSongTrack*>(seq()->getProg()->tracks.items(i)); }
-    CPart* part(int track, int index) {
-        return static_cast<CPart*>(row(track)->parts.items(index));
-    }
+    CSongTrack* row(int i) { return seq()->getProg()->tracks.items(i); }
+    CPart* part(int track, int index) { return row(track)->parts.items(index); }
     int parts(int track) { return row(track)->parts.getCount(); }
     int selectedRow() {
         for (int i = 0; i < tracks(); i++)

@@ -53,7 +53,7 @@ protected:
         runBlocks(host.get(), 2);
     }
     CSongTrack* songTrack(const char* name) {
-        for (auto* t : each<CSongTrack>(seq()->getProg()->tracks))
+        for (auto* t : seq()->getProg()->tracks)
             if (t->track->id == name) return t;
         return nullptr;
     }
@@ -104,8 +104,8 @@ protected:
         songTrack("Voice")->linkPart(part);
     }
     void dropLost() {
-        CList& parts = songTrack("Voice")->parts;
-        auto* part = static_cast<CPart*>(parts.items(0));
+        auto& parts = songTrack("Voice")->parts;
+        auto* part = parts.items(0);
         parts.remove(part);
         delete part;
     }
@@ -119,7 +119,7 @@ TEST_F(AskGraphTest, FindsEachPlantedFault) {
     begin();
     CSampler *bass = synth("Bass"), *lead = synth("Lead");
     CIO *bassPort = track("Bass")->outPort(), *voicePort = track("Voice")->output();
-    auto* part = static_cast<CPart*>(songTrack("Bass")->parts.items(0));
+    auto* part = songTrack("Bass")->parts.items(0);
     auto* notes = static_cast<CObject*>(bass->midiCables.first());
     const auto cut = [](CIO* from, CIO* to) { return [=] { toggleCable(from, to); }; };
     struct Fault {

@@ -11,6 +11,7 @@
 #include "common/fx/CFX.h"
 #include "effects/CEffect.h"
 #include "effects/Inserts.h"
+#include "engine/CGroupCh.h"
 #include "project/PresetFiles.h"
 #include "sequencer/song/SampleUse.h"
 #include "support/Rows.h"
@@ -35,9 +36,9 @@ protected:
     }
     template <class T>
     T* within(const char* id, const char* group = "browser") {
-        for (auto* c : each<CCtrl>(win->clientGroup->controls)) {
+        for (auto* c : win->clientGroup->controls) {
             if (c->id != group) continue;
-            for (auto* inside : each<CCtrl>(static_cast<CGroup*>(c)->controls))
+            for (auto* inside : static_cast<CGroup*>(c)->controls)
                 if (inside->id == id) return static_cast<T*>(inside);
         }
         return nullptr;
@@ -46,7 +47,7 @@ protected:
     BrowserTree* results() { return within<BrowserTree>("results"); }
     CBrowserPreview* player() { return CBrowserPreview::of(host.get()); }
     static CTreeNode* child(CTreeNode* of, const std::string& text) {
-        for (auto* node : each<CTreeNode>(of->children))
+        for (auto* node : of->children)
             if (node->text == text.c_str()) return node;
         return nullptr;
     }
@@ -54,7 +55,7 @@ protected:
     /// The lines that show below a node, those of lower levels indented.
     static std::string lines(const CTreeNode* of, const std::string& indent = "") {
         std::string text;
-        for (const auto* node : each<CTreeNode>(of->children))
+        for (const auto* node : of->children)
             text += indent + node->text.asChar() + ";" + lines(node, indent + ".");
         return text;
     }
@@ -110,7 +111,7 @@ TEST_F(BrowserTest, WhatIsChosenIsHeard) {
     key("Escape");
     EXPECT_FALSE(player()->isOn());
     CCtrl* wave = nullptr;
-    for (auto* c : each<CCtrl>(within<CGroup>("preview")->controls))
+    for (auto* c : within<CGroup>("preview")->controls)
         if (c->id == "wave") wave = c;
     mouseTo(wave, wave->width / 2, 5);
     act({"click", "1"});

@@ -44,7 +44,7 @@ protected:
         std::string text;
         for (int i = 0; i < tracks(); i++) {
             text += std::to_string(row(i)->track->kind);
-            for (auto* p : each<CPart>(row(i)->parts))
+            for (auto* p : row(i)->parts)
                 text += " " + std::to_string(p->pos / 480) + "+" +
                         std::to_string((seq()->getTicks(p) + 240) / 480);
             text += ";";
@@ -103,7 +103,7 @@ TEST_F(DropTest, AudioIsBroughtToTheSong) {
                   0);
     dragFiles({odd, four}, point(10, 0));
     ASSERT_TRUE(pumpUntil([&] { return song() == "3 0+4 4+4;3 4+4;3 4+4;3 4+4;"; })) << song();
-    for (const auto* sample : each<CSample>(host->samples)) {
+    for (const auto* sample : host->samples) {
         EXPECT_EQ(sample->rate, 44100.0f);
         EXPECT_TRUE(host->sampleArchived(sample)) << sample->filename.asChar();
     }

@@ -65,7 +65,7 @@ protected:
     CCompEditor* editor() { return win->pages->editorOf(seq()->editorComp.get()); }
     template <class T>
     T* below(CGroup* group = nullptr) {
-        for (auto* c : each<CCtrl>((group ? group : editor()->clientGroup)->controls)) {
+        for (auto* c : (group ? group : editor()->clientGroup)->controls) {
             if (auto* found = dynamic_cast<T*>(c)) return found;
             T* inner = c->category == catGroup ? below<T>(static_cast<CGroup*>(c)) : nullptr;
             if (inner) return inner;

@@ -34,7 +34,7 @@ protected:
     /// Controls lie whole in what they belong to, unless that can be scrolled, and words on buttons
     /// have room.
     void checkWhole(LiveTree& tree, const CGroup* group, CRect room, const std::string& path) {
-        for (const auto* c : each<CCtrl>(group->controls)) {
+        for (const auto* c : group->controls) {
             if (!c->visible) continue;
             const std::string name = path + "/" + c->id.asChar();
             const CRect box = tree.describe(tree.idOf(c)).bounds;
@@ -65,7 +65,7 @@ protected:
     int heightOfWord(const char* word) {
         LiveTree tree(app.get());
         const CCtrl* entry = nullptr;
-        for (const auto* c : each<CCtrl>(win->menu->controls))
+        for (const auto* c : win->menu->controls)
             if (c->id == word) entry = c;
         if (!entry) return 0;
         const CRect box = tree.describe(tree.idOf(entry)).bounds;

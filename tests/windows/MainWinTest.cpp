@@ -16,7 +16,7 @@ namespace {
 /// The entries of a menu, one after the other, with their shortcuts.
 std::string entries(CPopup* popup) {
     std::string text;
-    for (auto* item : each<CMenuItem>(popup->items)) {
+    for (auto* item : popup->items) {
         if (item->kind == menuSeparator) continue;
         text += std::string(item->text.asChar()) + (item->enabled ? "\n" : " (off)\n");
         if (item->subMenu) text += "{" + entries(item->subMenu) + "}\n";
@@ -26,7 +26,7 @@ std::string entries(CPopup* popup) {
 
 /// What the menu of an entry of the bar would show.
 std::string menu(CWin* win, const char* name) {
-    for (auto* entry : each<CCtrl>(win->menu->controls)) {
+    for (auto* entry : win->menu->controls) {
         if (entry->id != name) continue;
         CPopup popup(win->app, win);
         popup.tag = entry->tag;
@@ -47,12 +47,12 @@ TEST_F(MainWinTest, KeysDoWhatTheirActionsTell) {
     start();
     ASSERT_TRUE(load(kindSequencer));
     CSeqProg* prog = seq()->getProg();
-    CTrack* first = static_cast<CSongTrack*>(prog->tracks.first())->track;
+    CTrack* first = prog->tracks.first()->track;
     const auto posIs = [&](double tick) {
         return [this, tick] { return seq()->getPos() == tick; };
     };
-    const CList& parts = prog->songTrackOf(first)->parts;
-    const auto part = [&](int i) { return static_cast<CPart*>(parts.items(i)); };
+    const auto& parts = prog->songTrackOf(first)->parts;
+    const auto part = [&](int i) { return parts.items(i); };
     const auto partsAre = [&](int count) { return parts.getCount() == count; };
     struct Case {
         const char* key;
@@ -132,7 +132,7 @@ TEST_F(MainWinTest, KeysDoWhatTheirActionsTell) {
 TEST_F(MainWinTest, PartsAreSafeFromWhoWrites) {
     start();
     ASSERT_TRUE(load(kindSequencer));
-    const CList& parts = static_cast<CSongTrack*>(seq()->getProg()->tracks.first())->parts;
+    const auto& parts = seq()->getProg()->tracks.first()->parts;
     auto* field = new CEdit(win.get(), "field", 0, 0, 80, 20);
     win->addControl(field);
     seq()->selectAll();
@@ -194,7 +194,7 @@ TEST_F(MainWinTest, MenusAreReachedByKeys) {
     inMenu({"Right", "Down", "Down", "Return"});
     key("Down");
     ASSERT_TRUE(pumpUntil([&] { return tracks() == 1; }));
-    EXPECT_EQ(static_cast<CTrack*>(seq()->tracks.first())->kind, trackDrum);
+    EXPECT_EQ(seq()->tracks.first()->kind, trackDrum);
 
     // A letter goes to the entry that begins with it.
     EXPECT_EQ(win->toolbar, nullptr);

@@ -29,7 +29,7 @@ protected:
     }
     CCompEditor* page() { return win->pages->editorOf(host.get()); }
     CGroup* list() {
-        for (auto* c : each<CCtrl>(page()->clientGroup->controls))
+        for (auto* c : page()->clientGroup->controls)
             if (c->id == "maps") return static_cast<CScrollPanel*>(c)->inner;
         return nullptr;
     }
@@ -39,7 +39,7 @@ protected:
     }
     template <class T>
     T* within(CGroup* group, const char* id) {
-        for (auto* c : each<CCtrl>(group->controls)) {
+        for (auto* c : group->controls) {
             if (c->id == id) return static_cast<T*>(c);
             if (c->id == "transporter")
                 if (T* found = within<T>(static_cast<CGroup*>(c), id)) return found;

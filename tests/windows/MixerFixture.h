@@ -45,14 +45,14 @@ protected:
     COutputChannel* out(const char* name) { return strip(name)->strip().channel; }
     /// A control of a strip; of several with that name the one with this number.
     CCtrl* on(const char* name, const char* id, int number = 0) {
-        for (auto* c : each<CCtrl>(strip(name)->controls))
+        for (auto* c : strip(name)->controls)
             if (c->id == id && number-- == 0) return c;
         return nullptr;
     }
     CButton* button(const char* id, int number = 0) {
-        for (auto* c : each<CCtrl>(page()->clientGroup->controls))
+        for (auto* c : page()->clientGroup->controls)
             if (c->id == "mixerbar")
-                for (auto* b : each<CCtrl>(static_cast<CGroup*>(c)->controls))
+                for (auto* b : static_cast<CGroup*>(c)->controls)
                     if (b->id == id && number-- == 0) return static_cast<CButton*>(b);
         return nullptr;
     }
@@ -87,7 +87,7 @@ protected:
     int steps() { return host->undoIndex + 1; }
     std::string inserts(const char* name) {
         std::string all;
-        for (auto* c : each<CComp>(out(name)->inserts)) all += c->id.asChar() + std::string(" ");
+        for (auto* c : out(name)->inserts) all += c->id.asChar() + std::string(" ");
         return all;
     }
 

@@ -26,12 +26,12 @@ TEST_F(MixerMetersTest, EqualiserOpensLarge) {
     clickOn(on("b", "eq"));
     CWin* eq = nullptr;
     ASSERT_TRUE(pumpUntil([&] {
-        for (auto* w : each<CWin>(app->windows))
+        for (auto* w : app->windows)
             if (w->id == "Equaliser, b") eq = w;
         return eq && eq->hasFocus();
     }));
     const auto part = [&](const char* id, int number) {
-        for (auto* c : each<CCtrl>(eq->clientGroup->controls))
+        for (auto* c : eq->clientGroup->controls)
             if (c->id == id && number-- == 0) return c;
         return static_cast<CCtrl*>(nullptr);
     };
@@ -133,8 +133,8 @@ TEST_F(MixerMetersTest, TheLargeEqualiserShowsTheSpectrum) {
         tone[i] = float(0.5 * std::sin(2 * 3.14159265 * 1000.0 * double(i) / 44100));
     meters.takeEqualised(tone.data(), tone.data(), int(tone.size()));
     const auto* view = static_cast<CEqView*>(nullptr);
-    for (auto* w : each<CWin>(app->windows))
-        for (auto* c : each<CCtrl>(w->clientGroup->controls))
+    for (auto* w : app->windows)
+        for (auto* c : w->clientGroup->controls)
             if (c->id == "curve") view = static_cast<CEqView*>(c);
     ASSERT_TRUE(view);
     const auto level = [&](double hz) { // of the columns on both sides of it

@@ -67,7 +67,7 @@ TEST_F(MixerRandomTest, RandomGesturesCanBeUndone) {
             hand.held = 0;
             hand.key(win.get(), keys[upTo(8)]);
         } else if (what < 13) {
-            auto* insert = static_cast<CComp*>(ch->inserts.first());
+            auto* insert = ch->inserts.first();
             auto* other = strips[size_t(upTo(int(strips.size())))]->strip().channel;
             if (!insert)
                 addInsert(ch, upTo(effectKindCount), 0);

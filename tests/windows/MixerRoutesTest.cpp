@@ -10,7 +10,7 @@
 class MixerRoutesTest : public MixerFixture {
 protected:
     static CCtrl* inGroup(CGroup* group, const char* id) {
-        for (auto* c : each<CCtrl>(group->controls)) {
+        for (auto* c : group->controls) {
             if (c->id == id) return c;
             const bool holds = c->category == catGroup || c->category == catGroupLike;
             if (CCtrl* found = holds ? inGroup(static_cast<CGroup*>(c), id) : nullptr) return found;
@@ -46,7 +46,7 @@ TEST_F(MixerRoutesTest, InsertsComeGoMoveAndAreCopied) {
     EXPECT_EQ(reverb->ownerChannel, out("b"));
     drag(on("b", "insert", 0), on("a", "insert", 0), 0, 0, "ctrl");
     EXPECT_EQ(inserts("a") + "| " + inserts("b"), "Reverb Compressor | Reverb ");
-    EXPECT_FLOAT_EQ(static_cast<CComp*>(out("a")->inserts.first())->wet, 0.65f);
+    EXPECT_FLOAT_EQ(out("a")->inserts.first()->wet, 0.65f);
     key("ctrl+z");
     EXPECT_TRUE(loaded());
     key("ctrl+z");

@@ -13,7 +13,7 @@ TEST_F(MixerTest, StripsStandBySectionAndFollowTheGraph) {
     startWith(2);
     addTrackInstrument(seq(), seq()->addTrack(trackMIDI, seq()->getProg(), nullptr)->track,
                        nullptr);
-    static_cast<CTrack*>(seq()->tracks.last())->id = "keys";
+    seq()->tracks.last()->id = "keys";
     seq()->songNotices.raise(SeqNotice::tracks);
     EXPECT_TRUE(pumpUntil([&] { return names() == "Audio In a b keys Audio Out "; })) << names();
     key("ctrl+shift+g");

@@ -57,7 +57,7 @@ TEST_F(MixerViewTest, FiltersShowWhatIsMeant) {
     startWith(3);
     addTrackInstrument(seq(), seq()->addTrack(trackMIDI, seq()->getProg(), nullptr)->track,
                        nullptr);
-    static_cast<CTrack*>(seq()->tracks.last())->id = "keys";
+    seq()->tracks.last()->id = "keys";
     seq()->songNotices.raise(SeqNotice::tracks);
     host->addSendClicked();
     const auto show = [&](const std::vector<std::string>& keys, const std::string& wanted) {
@@ -86,7 +86,7 @@ TEST_F(MixerViewTest, FiltersShowWhatIsMeant) {
     panel()->choose(*strip("b"), 0);
     show({"End", "Return"}, "b Audio Out ");
     show({"Home", "Down", "Return"}, "Audio Out ");
-    for (auto* t : each<CTrack>(seq()->tracks))
+    for (auto* t : seq()->tracks)
         if (t->id == "c") t->output()->peakL = 0.5f;
     EXPECT_TRUE(pumpUntil([&] { return names() == "c Audio Out "; })) << names();
 }
@@ -161,7 +161,7 @@ TEST_F(MixerViewTest, ScenesBringBackWhatIsAsked) {
     mixer().sceneAt(0)->recall(host.get(), sceneAll, {}, "All");
     EXPECT_EQ(now(), kept);
     const int strips = mixer().sceneAt(0)->count();
-    deleteTracks(seq(), {static_cast<CTrack*>(seq()->tracks.items(0))});
+    deleteTracks(seq(), {seq()->tracks.items(0)});
     panel()->follow();
     EXPECT_EQ(mixer().sceneAt(0)->count(), strips) << "it may come back";
     host->undoClear();

@@ -26,7 +26,7 @@ protected:
     ModularView* view() { return find<ModularView>("modular"); }
     template <class T>
     T* find(const char* id, CGroup* group = nullptr) {
-        for (auto* c : each<CCtrl>((group ? group : win->clientGroup)->controls)) {
+        for (auto* c : (group ? group : win->clientGroup)->controls) {
             if (c->id == id) return static_cast<T*>(c);
             if (c->category != catGroup) continue;
             if (T* found = find<T>(id, static_cast<CGroup*>(c))) return found;
@@ -34,7 +34,7 @@ protected:
         return nullptr;
     }
     CComp* comp(const char* name) {
-        for (auto* c : each<CComp>(host->comps))
+        for (auto* c : host->comps)
             if (c->id == name) return c;
         return nullptr;
     }

@@ -85,7 +85,7 @@ TEST_F(ModularTest, CablesAreLedFromPortToPort) {
     act({"mouseup", "1"});
     refresh();
     ASSERT_EQ(audioCables(to), 1);
-    const auto* cable = static_cast<CAudioCable*>(to->audioCables.items(0));
+    const auto* cable = to->audioCables.items(0);
     EXPECT_TRUE(cable->fromChannel == from->output() && cable->toChannel == to->input());
     EXPECT_EQ(undoName(), "Connection");
     // The other way round, from the input, it parts them.
@@ -107,7 +107,7 @@ TEST_F(ModularTest, MidiPortsTakeMidiAlone) {
     refresh();
     drag(portAt(arp->outPort()), addPos(portAt(synth->output()), asPoint(0, 40)));
     ASSERT_EQ(midiCables(synth), 1);
-    EXPECT_EQ(static_cast<CMIDICable*>(synth->midiCables.items(0))->fromPort, arp->outPort());
+    EXPECT_EQ(synth->midiCables.items(0)->fromPort, arp->outPort());
 }
 
 /// What the menu of the canvas adds stands where it was asked for, named and cabled.
@@ -120,9 +120,9 @@ TEST_F(ModularTest, TheMenuAddsComponents) {
     EXPECT_EQ(asPoint(synth->posX, synth->posY), at);
     EXPECT_EQ(undoName(), "Add comp");
     ASSERT_EQ(midiCables(synth), 1);
-    EXPECT_EQ(static_cast<CMIDICable*>(synth->midiCables.items(0))->fromComp, host->getMIDIIn());
+    EXPECT_EQ(synth->midiCables.items(0)->fromComp, host->getMIDIIn());
     ASSERT_EQ(audioCables(out()), 1);
-    EXPECT_EQ(static_cast<CAudioCable*>(out()->audioCables.items(0))->fromComp, synth);
+    EXPECT_EQ(out()->audioCables.items(0)->fromComp, synth);
     EXPECT_TRUE(add(compSampler, 0, 0) == comp("Synthesizer 2"));
     undo();
     undo();
@@ -136,7 +136,7 @@ TEST_F(ModularTest, APortListsItsCablesToDelete) {
     ASSERT_EQ(audioCables(out()), 2);
     menuAt(portAt(out()->input()), {"Down", "Down", "Return"});
     ASSERT_EQ(audioCables(out()), 1);
-    EXPECT_EQ(static_cast<CAudioCable*>(out()->audioCables.items(0))->fromComp, a);
+    EXPECT_EQ(out()->audioCables.items(0)->fromComp, a);
     EXPECT_EQ(undoName(), "Delete");
     undo();
     ASSERT_EQ(audioCables(out()), 2);
@@ -144,7 +144,7 @@ TEST_F(ModularTest, APortListsItsCablesToDelete) {
     key("Delete");
     refresh();
     ASSERT_EQ(audioCables(out()), 1);
-    EXPECT_EQ(static_cast<CAudioCable*>(out()->audioCables.items(0))->fromComp, b);
+    EXPECT_EQ(out()->audioCables.items(0)->fromComp, b);
 }
 
 /// Cables between copied boxes join the copies; those to others are repeated.
@@ -183,7 +183,7 @@ TEST_F(ModularTest, DeletingTakesTheCablesAndKeepsAnOutput) {
     key("Delete");
     refresh();
     ASSERT_EQ(host->comps.getCount(), 1);
-    EXPECT_EQ(static_cast<CComp*>(host->comps.items(0))->type, compAudioOut);
+    EXPECT_EQ(host->comps.items(0)->type, compAudioOut);
     EXPECT_EQ(audioCables(out()), 0);
     undo();
     EXPECT_EQ(host->comps.getCount(), 5);
@@ -277,7 +277,7 @@ TEST_F(ModularTest, WhatIsDroppedOnACableComesIntoItAndOutAgain) {
 TEST_F(ModularTest, KeysWalkAndConnect) {
     startModular();
     CComp *a = add(compGroupCh, 60, 150), *b = add(compGroupCh, 60, 320);
-    for (auto* c : each<CComp>(host->comps))
+    for (auto* c : host->comps)
         if (c != a && c != b) c->posX = 600;
     view()->goTo(a);
     refresh();
@@ -414,7 +414,7 @@ TEST_F(ModularTest, CablesAreMutedListenedToAndMetered) {
     CComp* synth = add(compSampler, 300, 60);
     out()->posX = 300, out()->posY = 400;
     view()->rebuild();
-    auto* cable = static_cast<CAudioCable*>(out()->audioCables.first());
+    auto* cable = out()->audioCables.first();
     auto* notes = static_cast<CObject*>(synth->midiCables.first());
     auto* speaker = static_cast<CAudioOut*>(out());
     click(cableAt(cable));
@@ -490,13 +490,13 @@ TEST_F(ModularTest, ProjectsWithoutPlacesAreLaidOut) {
     const CStr path = folder.write("graph.qv", "");
     for (const bool stacked : {false, true}) {
         if (stacked)
-            for (auto* c : each<CComp>(host->comps)) c->posX = c->posY = 32;
+            for (auto* c : host->comps) c->posX = c->posY = 32;
         ProjectUi plain;
         ASSERT_TRUE(saveProject({host.get(), &win->flows->mixer, &plain}, path));
         ASSERT_TRUE(load(kindFile, path));
         EXPECT_EQ(asPoint(comp("Group")->posX, comp("Group")->posY) == asPoint(500, 300), !stacked);
         std::set<std::pair<int, int>> places;
-        for (auto* c : each<CComp>(host->comps)) places.emplace(c->posX, c->posY);
+        for (auto* c : host->comps) places.emplace(c->posX, c->posY);
         EXPECT_EQ(int(places.size()), host->comps.getCount());
         EXPECT_FALSE(host->modified());
     }
@@ -576,7 +576,7 @@ TEST_F(ModularTest, PathsLeadFromSourceToOutput) {
     start();
     ASSERT_TRUE(load(kindDemo));
     const GraphModel graph(host.get());
-    auto* bass = static_cast<CTrack*>(seq()->tracks.items(1));
+    auto* bass = seq()->tracks.items(1);
     CList cables;
     listOutput(host.get(), bass->outPort(), &cables);
     ASSERT_EQ(cables.getCount(), 1);

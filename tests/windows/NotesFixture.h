@@ -36,7 +36,7 @@ protected:
     }
     template <class T>
     static T* childOf(CGroup* in, const char* id) {
-        for (auto* c : each<CCtrl>(in->controls)) {
+        for (auto* c : in->controls) {
             if (auto* found = c->id == id ? dynamic_cast<T*>(c) : nullptr) return found;
             auto* inner = dynamic_cast<CGroup*>(c);
             if (T* found = inner ? childOf<T>(inner, id) : nullptr) return found;

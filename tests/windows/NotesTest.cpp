@@ -278,7 +278,7 @@ TEST_F(NotesTest, NotesAreEditedInTheirTrack) {
     RowHead* head = nullptr;
     const auto headShown = [&] {
         head = nullptr;
-        for (auto* c : each<CCtrl>(find<HeadList>("heads")->controls))
+        for (auto* c : find<HeadList>("heads")->controls)
             if (c->id == "notes") head = static_cast<RowHead*>(c);
         return head != nullptr;
     };

@@ -273,7 +273,7 @@ TEST_F(NotesTools, LanesStandBelowEachOther) {
     ASSERT_TRUE(pumpUntil([&] { return stack->count() == 2; }));
     const auto lanes = [&] {
         std::vector<LaneView*> views;
-        for (auto* c : each<CCtrl>(stack->controls))
+        for (auto* c : stack->controls)
             if (auto* view = dynamic_cast<LaneView*>(c)) views.push_back(view);
         return views;
     };
@@ -284,7 +284,7 @@ TEST_F(NotesTools, LanesStandBelowEachOther) {
     EXPECT_TRUE(pumpUntil([&] { return edited->getEvents()->style.chance < mostChance; }))
         << "each edits its own";
     CSplit* edge = nullptr;
-    for (auto* c : each<CCtrl>(stack->controls))
+    for (auto* c : stack->controls)
         if (auto* found = dynamic_cast<CSplit*>(c); found && found->target == second) edge = found;
     ASSERT_NE(edge, nullptr);
     const CPoint in = addPos(editor()->getPos(true), editor()->controlPos(edge));

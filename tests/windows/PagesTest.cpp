@@ -1,6 +1,7 @@
 #include "MainFixture.h"
 
 #include "engine/CGroupCh.h"
+#include "engine/DeviceComps.h"
 #include "gui/controls/CDocker.h"
 #include "gui/controls/CEdit.h"
 #include "project/ProjectFile.h"
@@ -170,7 +171,7 @@ TEST_F(PagesTest, TheBarTurnsPages) {
     begin();
     CDocker* docker = win->pages->docker.get();
     CCtrl* bar = nullptr;
-    for (auto* c : each<CCtrl>(win->clientGroup->controls))
+    for (auto* c : win->clientGroup->controls)
         if (c->id == "dockbar") bar = c;
     ASSERT_NE(bar, nullptr);
     auto* field = new CEdit(edits[0].get(), "field", 20, 20, 100, 20);
@@ -213,24 +214,26 @@ TEST_F(PagesTest, TheBarTurnsPages) {
 /// A component is edited in the window that is entered for its type: one, which is kept.
 TEST_F(PagesTest, TheTableOfEditorsOpensThem) {
     begin();
-    EXPECT_FALSE(win->hasEditor(comps[0]));
-    comps[0]->edit(true);
-    EXPECT_EQ(win->pages->editorOf(comps[0]), nullptr);
-    win->rooms->editors.enter(comps[0]->type, [](Workspace& workspace, CComp& comp) {
+    auto* comp = new CAudioOut(qv); // a kind that has none
+    qv->comps.add(comp);
+    EXPECT_FALSE(win->hasEditor(comp));
+    comp->edit(true);
+    EXPECT_EQ(win->pages->editorOf(comp), nullptr);
+    win->rooms->editors.enter(comp->type, [](Workspace& workspace, CComp& of) {
         CWin* owner = workspace.mainWindow();
-        return std::make_unique<CCompEditor>(owner->app, owner, comp.id, 50, 50, 200, 150,
-                                             editorStyle, &comp, &workspace.commands());
+        return std::make_unique<CCompEditor>(owner->app, owner, of.id, 50, 50, 200, 150,
+                                             editorStyle, &of, &workspace.commands());
     });
-    comps[0]->edit(true);
+    comp->edit(true);
     settle();
-    const auto* editor = win->pages->editorOf(comps[0]);
+    const auto* editor = win->pages->editorOf(comp);
     ASSERT_TRUE(editor && editor->visible);
-    comps[0]->edit(false);
-    EXPECT_EQ(win->pages->editorOf(comps[0]), nullptr);
-    comps[0]->edit(true);
-    EXPECT_EQ(win->pages->editorOf(comps[0]), editor);
-    hooks->deleteEditors(comps[0]);
-    EXPECT_EQ(win->pages->editorOf(comps[0]), nullptr);
+    comp->edit(false);
+    EXPECT_EQ(win->pages->editorOf(comp), nullptr);
+    comp->edit(true);
+    EXPECT_EQ(win->pages->editorOf(comp), editor);
+    hooks->deleteEditors(comp);
+    EXPECT_EQ(win->pages->editorOf(comp), nullptr);
 }
 
 /// The song has a page whatever its project holds of pages; who closes it finds a way back, and no

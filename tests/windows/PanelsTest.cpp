@@ -34,7 +34,7 @@ protected:
         return static_cast<T*>(search(page->clientGroup, id, number));
     }
     static CCtrl* search(CGroup* in, const char* id, int& number) {
-        for (auto* c : each<CCtrl>(in->controls)) {
+        for (auto* c : in->controls) {
             if (!c->visible) continue;
             if (c->id == id && number-- == 0) return c;
             if (c->category != catGroup && c->category != catGroupLike) continue;
@@ -89,9 +89,7 @@ protected:
         settle();
     }
     CSampler* sampler() { return static_cast<CSampler*>(host->firstOfType(compSampler)); }
-    CSound* sound(int index = 0) {
-        return static_cast<CSound*>(sampler()->getLayer()->sounds.items(index));
-    }
+    CSound* sound(int index = 0) { return sampler()->getLayer()->sounds.items(index); }
     CEffect* rack() {
         CSampler* s = sampler();
         auto* made = static_cast<CEffect*>(addInsert(s->output(), fxDelay, -1));
@@ -207,7 +205,7 @@ TEST_F(PanelsTest, KnobsAreLearnedAndAutomated) {
     EXPECT_EQ(s->getMacroParam(1), -1);
 
     menu("Cutoff", {"Up", "Return"});
-    CTrack* track = static_cast<CSongTrack*>(seq()->getProg()->tracks.getFirst())->track;
+    CTrack* track = seq()->getProg()->tracks.getFirst()->track;
     EXPECT_NE(track->findLane(s, usualCutoff), nullptr);
     EXPECT_TRUE(win->inFront(seq()));
 }
@@ -445,7 +443,7 @@ TEST_F(PanelsTest, ChainsOfEffects) {
     ASSERT_TRUE(load(kindDefault));
     CEffect* r = rack();
     open(r);
-    CList& chain = r->getProg()->effects;
+    auto& chain = r->getProg()->effects;
     auto* delay = static_cast<CDelay*>(chain.getFirst());
     find("Feedback")->win->setKeyCtrl(find("Feedback"));
     key("End");
@@ -517,7 +515,7 @@ TEST_F(PanelsTest, ChainsOfEffects) {
 TEST_F(PanelsTest, TheArpeggiatorOfATrack) {
     start();
     ASSERT_TRUE(load(kindDefault));
-    auto* songTrack = static_cast<CSongTrack*>(seq()->getProg()->tracks.getFirst());
+    auto* songTrack = seq()->getProg()->tracks.getFirst();
     seq()->selectTrack(songTrack, true);
     CArp* arp = songTrack->track->arp.get();
     win->move(0, 0, 800, 590);
@@ -541,7 +539,7 @@ TEST_F(PanelsTest, TheDrumsOfAKit) {
     start();
     ASSERT_TRUE(load(kindDrumAndBass));
     CSongTrack* drums = nullptr;
-    for (auto* t : each<CSongTrack>(seq()->getProg()->tracks))
+    for (auto* t : seq()->getProg()->tracks)
         if (t->track->kind == trackDrum) drums = t;
     ASSERT_NE(drums, nullptr);
     open(sampler());

@@ -26,7 +26,7 @@ std::string decoded(const std::string& text) {
     xml.decodeStream(&stream);
     std::string told;
     const std::function<void(const CXMLNode*)> tell = [&](const CXMLNode* node) {
-        for (const auto* child : each<CXMLNode>(node->children)) {
+        for (const auto* child : node->children) {
             told += std::string(child->id.asChar()) + "=" + child->value.asChar() + "(";
             tell(child);
             told += ")";
@@ -65,7 +65,7 @@ protected:
         return all;
     }
     void click(const char* id) {
-        for (auto* c : each<CCtrl>(list()->clientGroup->controls))
+        for (auto* c : list()->clientGroup->controls)
             if (c->id == id) return static_cast<void>(c->pressPart(CCtrl::wholeCtrl));
         FAIL() << id;
     }

@@ -55,7 +55,7 @@ protected:
         return c;
     }
     CCtrl* find(CGroup* in, const char* id) {
-        for (auto* c : each<CCtrl>(in->controls)) {
+        for (auto* c : in->controls) {
             if (!c->visible) continue;
             if (c->id == id) return c;
             if (c->category != catGroup && c->category != catGroupLike) continue;
@@ -226,9 +226,7 @@ TEST_F(PluginWinTest, InsertsFromTheMenu) {
                        [this](auto made) { addInsert(strip(), std::move(made), -1); });
         popup->popup(10, 10, true);
         EXPECT_TRUE(loaded());
-        return strip()->inserts.getCount() > before
-                   ? static_cast<CComp*>(strip()->inserts.last())->id
-                   : CStr();
+        return strip()->inserts.getCount() > before ? strip()->inserts.last()->id : CStr();
     };
     EXPECT_EQ(choose({"Right", "Down", "Return"}), "gain"); // "Test makers": drawn, gain
     EXPECT_EQ(choose({"Return"}), "gain") << "the latest first";

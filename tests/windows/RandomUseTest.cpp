@@ -117,8 +117,8 @@ private:
     /// What the song's lanes move while it plays is no change: zeros for all of it.
     std::vector<KeptValue> automated() {
         std::vector<KeptValue> all;
-        for (auto* track : each<CTrack>(seq()->tracks))
-            for (auto* lane : each<CSubTrack>(track->subTracks))
+        for (auto* track : seq()->tracks)
+            for (auto* lane : track->subTracks)
                 if (lane->automation() && lane->object && lane->target == targetParam)
                     for (const StoredValue& part : parameterOf(lane->object, lane->param).parts())
                         all.push_back({part, {}});
@@ -130,15 +130,15 @@ private:
     bool onlyAutomated(int index) {
         const std::vector<KeptValue> lanes = automated(); // of a sampler: its sounds
         const auto moved = [&](const CObject* object) {
-            for (auto* track : each<CTrack>(seq()->tracks))
-                for (auto* lane : each<CSubTrack>(track->subTracks))
+            for (auto* track : seq()->tracks)
+                for (auto* lane : track->subTracks)
                     if (lane->automation() && lane->object == object) return true;
             return std::ranges::any_of(
                 lanes, [object](const KeptValue& v) { return v.value.object == object; });
         };
-        const auto* step = static_cast<CUndo*>(host->undoList.items(index));
+        const auto* step = host->undoList.items(index);
         bool changed = host->playing;
-        for (auto* item : each<CUndoItem>(step->items)) {
+        for (auto* item : step->items) {
             if (!item->kept || !moved(item->kept->value.object)) return false;
             changed = changed || item->kept->value.get() != item->kept->other;
         }
@@ -164,7 +164,7 @@ private:
     void run(const char* name) { win->onAction(win->getAction(name)); }
     Use anyAction() {
         std::vector<CAction*> all;
-        for (auto* action : each<CAction>(win->actions->actions))
+        for (auto* action : win->actions->actions)
             if (action->isReady() && !leftOut.count(action->name.asChar())) all.push_back(action);
         CAction* action = all[size_t(upTo(int(all.size())))];
         return {action->name.asChar(), [this, action] { win->onAction(action); }};
@@ -172,7 +172,7 @@ private:
     /// An entry of any menu but that of files, dialogs apart.
     Use anyEntry() {
         std::vector<CCtrl*> menus;
-        for (auto* entry : each<CCtrl>(win->menu->controls))
+        for (auto* entry : win->menu->controls)
             if (entry->id != "File") menus.push_back(entry);
         CCtrl* entry = menus[size_t(upTo(int(menus.size())))];
         const auto popup = std::make_shared<CPopup>(app.get(), win.get());
@@ -186,7 +186,7 @@ private:
                 [popup, item] { (*item->onChange)(item); }};
     }
     static void collect(CPopup* popup, std::vector<CMenuItem*>& items) {
-        for (auto* item : each<CMenuItem>(popup->items)) {
+        for (auto* item : popup->items) {
             if (item->kind == menuSeparator || !item->enabled) continue;
             if (item->subMenu)
                 collect(item->subMenu, items);
@@ -196,7 +196,7 @@ private:
         }
     }
     static void collect(CGroup* group, std::vector<CCtrl*>& found) {
-        for (auto* ctrl : each<CCtrl>(group->controls)) {
+        for (auto* ctrl : group->controls) {
             if (!ctrl->shown() || !ctrl->enabled || ctrl->id == "recent") continue;
             if (ctrl->category == catGroup) collect(static_cast<CGroup*>(ctrl), found);
             const auto* action = static_cast<const CAction*>(ctrl->userPtr);
@@ -286,23 +286,23 @@ private:
         const auto add = [&](CComp* c) {
             if (c != seq() && win->hasEditor(c)) all.push_back(c);
         };
-        for (const CList* list : {&host->comps, &host->sends})
+        for (const CList* list : listsOf(host->comps, host->sends))
             for (auto* c : each<CComp>(*list)) {
                 add(c);
                 c->eachInsert(add);
             }
-        for (auto* track : each<CTrack>(seq()->tracks)) add(track);
+        for (auto* track : seq()->tracks) add(track);
         CComp* one = all[size_t(upTo(int(all.size())))];
         return {std::string("panel ") + one->id.asChar(), [this, one] { win->openEditor(one); }};
     }
     /// It comes to a strip, or goes from there; some follow another strip.
     Use anyInsert() {
         std::vector<COutputChannel*> strips;
-        for (auto* c : each<CComp>(host->comps))
-            for (auto* ch : each<COutputChannel>(c->outputs)) strips.push_back(ch);
+        for (auto* c : host->comps)
+            for (auto* ch : c->outputs) strips.push_back(ch);
         COutputChannel* ch = strips[size_t(upTo(int(strips.size())))];
         COutputChannel* other = strips[size_t(upTo(int(strips.size())))];
-        auto* there = static_cast<CComp*>(ch->inserts.getFirst());
+        auto* there = ch->inserts.getFirst();
         if (!there) return {"insert", [this, ch] { addInsert(ch, upTo(effectKindCount), -1); }};
         if (upTo(3) == 0) return {"no insert", [ch, there] { removeInsert(ch, there); }};
         return {"key", [there, other] {
@@ -311,8 +311,8 @@ private:
     }
     CPart* anyPart() {
         std::vector<CPart*> parts;
-        for (auto* track : each<CSongTrack>(seq()->getProg()->tracks))
-            for (auto* part : each<CPart>(track->parts)) parts.push_back(part);
+        for (auto* track : seq()->getProg()->tracks)
+            for (auto* part : track->parts) parts.push_back(part);
         return parts.empty() ? nullptr : parts[size_t(upTo(int(parts.size())))];
     }
     /// One that may change its modifiers on the way, and may be given up.
@@ -394,7 +394,7 @@ private:
     }
     /// The song and the keyboard, which the test itself works with, are not to be deleted.
     void spareWhatIsNeeded() {
-        for (auto* comp : each<CComp>(host->comps))
+        for (auto* comp : host->comps)
             if (comp->type == compSeq || comp->type == compMIDIIn)
                 comp->setFlag(compSelected, false);
     }
@@ -423,7 +423,7 @@ private:
         host->values->end();
         settled();
         const bool made = lookAgain();
-        for (auto* step : each<CUndo>(host->undoList)) step->flags |= seen;
+        for (auto* step : host->undoList) step->flags |= seen;
         if (made) {
             stepsMade++;
             states.resize(size_t(index) + 2); // of several steps, only the last is known
@@ -455,13 +455,13 @@ private:
         stayed(content());
     }
     std::string nameAt(int i) {
-        const auto* step = static_cast<CUndo*>(host->undoList.items(i));
+        const auto* step = host->undoList.items(i);
         return step ? step->name.asChar() : "";
     }
     /// It moves windows, which `content` leaves out.
-    bool onlyShown(int i) { return static_cast<CUndo*>(host->undoList.items(i))->viewOnly; }
+    bool onlyShown(int i) { return host->undoList.items(i)->viewOnly; }
     bool isNew(int i) {
-        const auto* step = static_cast<CUndo*>(host->undoList.items(i));
+        const auto* step = host->undoList.items(i);
         return step && !(step->flags & seen);
     }
     void step(bool back) {

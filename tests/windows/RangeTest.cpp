@@ -11,8 +11,7 @@ class RangeTest : public ArrangeFixture {
 protected:
     std::string markers() {
         std::string text;
-        for (auto* m : each<CMarkerPart>(seq()->getProg()->markers))
-            text += std::to_string(m->pos / 240) + " ";
+        for (auto* m : seq()->getProg()->markers) text += std::to_string(m->pos / 240) + " ";
         return text;
     }
 };

@@ -57,7 +57,7 @@ void collectTakers(const CCtrl* c, Controls& takers) {
     const bool listens = c->onMouseDown || c->onMouseUp || c->onWheel;
     if (c->tabStop || listens || (!group && !onlyShows(c))) takers.insert(c);
     if (!group) return;
-    for (const CCtrl* inner : each<CCtrl>(static_cast<const CGroup*>(c)->controls))
+    for (const CCtrl* inner : static_cast<const CGroup*>(c)->controls)
         if (!c->tabStop || inner->tabStop) collectTakers(inner, takers);
 }
 
@@ -102,7 +102,7 @@ protected:
         const Controls reached = walk(window, name);
         Controls takers;
         for (const CWin* w = window; w; w = w->mdi ? w->mdi->current : nullptr)
-            for (const CCtrl* part : each<CCtrl>(w->controls)) collectTakers(part, takers);
+            for (const CCtrl* part : w->controls) collectTakers(part, takers);
         EXPECT_GT(takers.size(), 0U) << name;
         checkNames(window, name, reached);
         for (const CCtrl* c : takers)
@@ -162,7 +162,7 @@ TEST_F(ReachTest, EverythingInTheMainWindow) {
             byArrows.insert(win->keyTarget());
             key("Right");
         }
-        const auto* songTrack = static_cast<CSongTrack*>(seq()->getProg()->tracks.items(row));
+        const auto* songTrack = seq()->getProg()->tracks.items(row);
         EXPECT_TRUE(row == 0 || songTrack->track->selected());
         for (int i = 0; i < 6; i++) key("Left");
         EXPECT_EQ(win->keyTarget(), head);
@@ -239,7 +239,7 @@ TEST_F(ReachTest, EverythingInThePanels) {
     auto* sampler = static_cast<CSampler*>(host->firstOfType(compSampler));
     CSamplerWin sounds(*win, *sampler);
     PageRow* pages = nullptr;
-    for (CCtrl* c : each<CCtrl>(sounds.clientGroup->controls))
+    for (CCtrl* c : sounds.clientGroup->controls)
         if (c->id == "pages") pages = static_cast<PageRow*>(c);
     ASSERT_NE(pages, nullptr);
     for (int page = 0; page < 5; page++) {

@@ -20,7 +20,7 @@ namespace {
 constexpr const char* dialogTitle = "Export Project (wav, aif, mp3)";
 
 CCtrl* findCtrl(CGroup* group, const CStr& id) {
-    for (CCtrl* c : each<CCtrl>(group->controls)) {
+    for (CCtrl* c : group->controls) {
         if (c->id == id) return c;
         if (c->category != catGroup && c->category != catGroupLike) continue;
         if (CCtrl* found = findCtrl(static_cast<CGroup*>(c), id)) return found;
@@ -89,14 +89,14 @@ protected:
         CSeqProg* prog = seq()->getProg();
         prog->leftLocator = 960;
         prog->rightLocator = 1920;
-        songTrack = static_cast<CSongTrack*>(prog->tracks.first());
-        addNote(static_cast<CPart*>(songTrack->parts.first()));
+        songTrack = prog->tracks.first();
+        addNote(songTrack->parts.first());
         auto* part = new CMIDIPart;
         part->pos = 3840;
         part->length = 1920;
         addNote(part);
         songTrack->addPart(part, nullptr);
-        for (auto* p : each<CPart>(songTrack->parts)) p->setSelected(p == part);
+        for (auto* p : songTrack->parts) p->setSelected(p == part);
     }
     static void addNote(CPart* part) {
         CMIDIEvent* event = createMIDIEvent();
@@ -105,7 +105,7 @@ protected:
         part->addEvent(0, event);
     }
     /// Over an hour, which takes some seconds to render.
-    void lengthen() { static_cast<CPart*>(songTrack->parts.last())->length = 1 << 23; }
+    void lengthen() { songTrack->parts.last()->length = 1 << 23; }
     /// What another program reads in a file's header.
     std::string header(const std::string& name) const {
         std::string told;
@@ -172,7 +172,7 @@ TEST_F(RenderWinTest, WritesTheFileThatIsChosen) {
         saveTo("Save as", at(c.file));
         key("F5");
         EXPECT_EQ(header(c.file), c.header) << c.file;
-        CPart* last = static_cast<CPart*>(songTrack->parts.last());
+        CPart* last = songTrack->parts.last();
         last->setSelected(true); // a render of selected parts ends that
     }
     const struct {
@@ -220,7 +220,7 @@ TEST_F(RenderWinTest, WritesTracksToAFolder) {
 TEST_F(RenderWinTest, TellsWhatCannotBeExported) {
     startSong();
     songTrack->track->setSelected(false);
-    for (auto* p : each<CPart>(songTrack->parts)) p->setSelected(false);
+    for (auto* p : songTrack->parts) p->setSelected(false);
     inDialog(dialogTitle, [&] { choose("range", 2); });
     keysInDialog(dialogTitle, {"Return"});
     keysInDialog("Render", {"Return"});
@@ -316,8 +316,8 @@ TEST_F(RenderWinTest, FreezesAndBouncesAsStepsOfTheHistory) {
     stepsBack(isFree, isFrozen, "unfreeze");
     EXPECT_TRUE(run("bounce"));
     stepsBack([&] { return tracks() == 2; }, [&] { return tracks() == 1; }, "bounce");
-    auto* bounced = static_cast<CSongTrack*>(seq()->getProg()->tracks.last());
-    const auto* part = static_cast<CPart*>(bounced->parts.first());
+    auto* bounced = seq()->getProg()->tracks.last();
+    const auto* part = bounced->parts.first();
     ASSERT_NE(part, nullptr);
     EXPECT_EQ(part->pos, 3840) << "where the selected part was";
     EXPECT_EQ(part->length, 1920);

@@ -102,12 +102,12 @@ protected:
         ASSERT_EQ(setup->tab, tab);
     }
     CSetupWin* shown() {
-        for (CWin* w : each<CWin>(app->windows))
+        for (CWin* w : app->windows)
             if (w->id == "Setup") return static_cast<CSetupWin*>(w);
         return nullptr;
     }
     static CCtrl* findIn(CGroup* group, const std::string& id) {
-        for (CCtrl* c : each<CCtrl>(group->controls)) {
+        for (CCtrl* c : group->controls) {
             if (id == c->id.asChar()) return c;
             CCtrl* found = c->category == catCtrl ? nullptr : findIn(static_cast<CGroup*>(c), id);
             if (found) return found;
@@ -259,12 +259,12 @@ TEST_F(SetupWinTest, ChannelsJoinTheGraphAtOnce) {
     };
     clickThirdAndFourth();
     std::vector<CComp*> outs;
-    for (CComp* c : each<CComp>(host->comps))
+    for (CComp* c : host->comps)
         if (c->type == compAudioOut) outs.push_back(c);
     ASSERT_EQ(outs.size(), 2u);
     EXPECT_EQ(outs[0]->id, "[1+2] Audio Out");
     EXPECT_EQ(outs[1]->id, "[3+4] Audio Out");
-    for (const CAudioCable* cable : each<CAudioCable>(outs[0]->audioCables)) {
+    for (const CAudioCable* cable : outs[0]->audioCables) {
         const GraphHold hold(host.get());
         outs[1]->addAudioCable(cable->fromChannel, nullptr);
     }
@@ -394,8 +394,8 @@ TEST_F(SetupWinTest, ShortcutsAreInForceAtOnceAndKept) {
                  {"play", "Play", "", "", "16,0", ""},
                  {"play", "Play", "end", "Ctrl", "48,-6", "ctrl+shift+End"}};
     for (const auto& c : cases) {
-        for (CTreeNode* group : each<CTreeNode>(tree->root.children))
-            for (CTreeNode* node : each<CTreeNode>(group->children))
+        for (CTreeNode* group : tree->root.children)
+            for (CTreeNode* node : group->children)
                 if (node->text == c.label) tree->select(node);
         (*tree->onChange)(tree);
         typeInto("key", c.typed);
@@ -424,15 +424,14 @@ TEST_F(SetupWinTest, FunctionKeysArePressedIntoTheField) {
     start();
     openPage("Shortcuts");
     auto* tree = find<CTree>("actions");
-    auto* first = static_cast<CTreeNode*>(
-        static_cast<CTreeNode*>(tree->root.children.first())->children.first());
+    auto* first = tree->root.children.first()->children.first();
     tree->select(first);
     (*tree->onChange)(tree);
     setup->setKeyCtrl(find<CCtrl>("key"));
     key("Page_Up");
     EXPECT_EQ(setting("shortcuts", static_cast<CAction*>(first->data)->name.asChar()), "0,-12");
-    for (auto* group : each<CTreeNode>(tree->root.children))
-        for (auto* node : each<CTreeNode>(group->children))
+    for (auto* group : tree->root.children)
+        for (auto* node : group->children)
             EXPECT_TRUE(static_cast<CAction*>(node->data)->bound()) << node->text.asChar();
 }
 
@@ -503,7 +502,7 @@ TEST_F(SetupWinTest, KeysReachEverything) {
         EXPECT_EQ(setup->tab, tab);
         std::set<CCtrl*> fields, reached;
         const std::function<void(CGroup*)> collect = [&](CGroup* group) {
-            for (CCtrl* c : each<CCtrl>(group->controls)) {
+            for (CCtrl* c : group->controls) {
                 EXPECT_FALSE(c->id.empty()) << CSetupWin::tabName(tab);
                 if (c->tabStop && c->enabled) fields.insert(c);
                 if (c->category != catCtrl) collect(static_cast<CGroup*>(c));

@@ -57,7 +57,7 @@ void writeTransport(const CStr& path, const std::vector<std::string>& pictures) 
 }
 
 CCtrl* find(CGroup* in, const char* id) {
-    for (auto* ctrl : each<CCtrl>(in->controls))
+    for (auto* ctrl : in->controls)
         if (ctrl->id == id && ctrl->enabled) return ctrl; // labels have the same name
     return nullptr;
 }
@@ -226,9 +226,9 @@ TEST_F(SkinsTest, TheDefaultThemeIsALookOfItsOwn) {
 TEST_F(SkinsTest, ShownItemsAreUsed) {
     start();
     ASSERT_TRUE(load(kindDemo));
-    auto* track = static_cast<CSongTrack*>(seq()->getProg()->tracks.first());
+    auto* track = seq()->getProg()->tracks.first();
     track->setMuted(true);
-    static_cast<CSongTrack*>(seq()->getProg()->tracks.items(1))->setSoloed(true);
+    seq()->getProg()->tracks.items(1)->setSoloed(true);
     seq()->selectTrack(track, true);
     host->values->set(armOf(track->track), 1.0);
     host->values->set(monitorOf(track->track), 1.0);

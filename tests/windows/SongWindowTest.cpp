@@ -17,7 +17,7 @@
 class SongWindowTest : public ArrangeFixture {
 protected:
     static CCtrl* nameField(CWin* dialog) {
-        for (auto* c : each<CCtrl>(dialog->clientGroup->controls))
+        for (auto* c : dialog->clientGroup->controls)
             if (c->id == "name") return c;
         return nullptr;
     }
@@ -45,7 +45,7 @@ protected:
     }
     int samplers() {
         int count = 0;
-        for (auto* comp : each<CComp>(host->comps)) count += comp->type == compSampler;
+        for (auto* comp : host->comps) count += comp->type == compSampler;
         return count;
     }
 
@@ -216,9 +216,7 @@ TEST_F(SongWindowTest, AudioComesByMenuAndDrop) {
     start();
     ASSERT_TRUE(load(kindEmpty));
     host->projectFile = at("song.qv").c_str();
-    const auto partOf = [&](int i) {
-        return tracks() > i ? static_cast<CPart*>(row(i)->parts.getFirst()) : nullptr;
-    };
+    const auto partOf = [&](int i) { return tracks() > i ? row(i)->parts.getFirst() : nullptr; };
     key("6"); // a beat on
     inMenu({"i", "Return"});
     inDialog("Import audio", [this] { app->modalWin->setKeyCtrl(nameField(app->modalWin)); });
@@ -239,7 +237,7 @@ TEST_F(SongWindowTest, AudioComesByMenuAndDrop) {
     // On a track, by the grid; one step each.
     drop(tone("d.wav"), grid(), grid()->width - 1, 20);
     ASSERT_TRUE(pumpUntil([&] { return row(0)->parts.getCount() == 2; }));
-    EXPECT_EQ(static_cast<CPart*>(row(0)->parts.last())->pos % 240, 0);
+    EXPECT_EQ(row(0)->parts.last()->pos % 240, 0);
     for (int left = 4; left > 0; left--) {
         key("ctrl+z");
         ASSERT_TRUE(pumpUntil([&] { return tracks() == left && row(0)->parts.getCount() == 1; }))
@@ -254,7 +252,7 @@ TEST_F(SongWindowTest, MidiExportAsksAboutTheLoop) {
     host->projectFile = at("song.qv").c_str();
     auto* far = new CMIDIPart;
     far->pos = 4 * barTicks;
-    addNote(static_cast<CPart*>(row(0)->parts.first()));
+    addNote(row(0)->parts.first());
     addNote(far);
     row(0)->addPart(far, nullptr);
     const auto exported = [&](const std::string& name) {
@@ -280,12 +278,12 @@ TEST_F(SongWindowTest, RendersLeaveNoPeaks) {
     start();
     ASSERT_TRUE(load(kindDefault));
     host->projectFile = at("song.qv").c_str();
-    addNote(static_cast<CPart*>(row(0)->parts.first()));
+    addNote(row(0)->parts.first());
     key("ctrl+a");
     key("ctrl+b");
     ASSERT_TRUE(pumpUntil([&] { return tracks() == 2; }));
-    for (auto* comp : each<CComp>(host->comps))
-        for (auto* channel : each<COutputChannel>(comp->outputs))
+    for (auto* comp : host->comps)
+        for (auto* channel : comp->outputs)
             EXPECT_EQ(channel->holdL + channel->holdR, 0.0f) << comp->id.asChar();
 }
 

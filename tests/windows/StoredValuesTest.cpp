@@ -11,7 +11,7 @@
 namespace {
 
 CCtrl* named(CGroup* group, const char* name) {
-    for (auto* ctrl : each<CCtrl>(group->controls)) {
+    for (auto* ctrl : group->controls) {
         if (ctrl->id == name) return ctrl;
         CCtrl* inside =
             ctrl->category == catGroup ? named(static_cast<CGroup*>(ctrl), name) : nullptr;
@@ -30,7 +30,7 @@ protected:
         start();
         ASSERT_TRUE(load(kindSequencer));
         prog = seq()->getProg();
-        track = static_cast<CSongTrack*>(prog->tracks.first());
+        track = prog->tracks.first();
         host->tasks->audioStopped();
     }
     double tempo() { return tempoHereOf(seq()).get()[0]; }

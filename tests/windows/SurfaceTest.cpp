@@ -171,12 +171,12 @@ TEST_F(SurfaceTest, DefinitionsAreMade) {
     win->runAction(win->getAction("surface"));
     CWin* config = nullptr;
     ASSERT_TRUE(pumpUntil([&] {
-        for (auto* w : each<CWin>(app->windows))
+        for (auto* w : app->windows)
             if (w->id == "Control surface") config = w;
         return config != nullptr;
     }));
     const auto press = [&](const char* key) {
-        for (auto* c : each<CCtrl>(config->clientGroup->controls))
+        for (auto* c : config->clientGroup->controls)
             if (c->id == key) c->pressPart(-1);
     };
     press("teach");
@@ -187,10 +187,10 @@ TEST_F(SurfaceTest, DefinitionsAreMade) {
     EXPECT_EQ(surface().def.groups[0].numCtrls(), 2);
     EXPECT_STREQ(surface().getLastEventStr().asChar(), "Note on: 60 vel: 99");
     CTree* tree = nullptr;
-    for (auto* c : each<CCtrl>(config->clientGroup->controls))
+    for (auto* c : config->clientGroup->controls)
         if (c->id == "definition") tree = static_cast<CTree*>(c);
     const auto choose = [&](int top) {
-        tree->select(static_cast<CTreeNode*>(tree->root.children.items(top)));
+        tree->select(tree->root.children.items(top));
         (*tree->onChange)(tree);
     };
     choose(1);

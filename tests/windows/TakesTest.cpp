@@ -83,7 +83,7 @@ TEST_F(TakesTest, AreSwipedInTheirRows) {
     // The head of a row plays its take all along.
     auto* head = find<CGroup>("heads");
     CCtrl* use = nullptr;
-    for (auto* c : each<CCtrl>(head->controls))
+    for (auto* c : head->controls)
         if (c->id == "take" && c->top > CTrack::usualRow + rowHeight / 2)
             use = find<CCtrl>("use", static_cast<CGroup*>(c));
     ASSERT_TRUE(use);

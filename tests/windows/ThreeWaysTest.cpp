@@ -45,7 +45,7 @@ protected:
     /// Once a menu is open; it has a loop of its own.
     void inMenuOn(Act by, const char* name) {
         menuStep = [this, by, name] {
-            const auto* popup = static_cast<CWin*>(app->menus.last());
+            const auto* popup = app->menus.last();
             const AccessId id = find(name, app->access->idOf(popup));
             if (id) (this->*by)(id);
             return id != 0;
@@ -75,7 +75,7 @@ protected:
                  [this, by, name] { (this->*by)(find(name, app->access->idOf(app->modalWin))); });
     }
     AccessId nameField() {
-        for (auto* c : each<CCtrl>(app->modalWin->clientGroup->controls))
+        for (auto* c : app->modalWin->clientGroup->controls)
             if (c->id == "name") return app->access->idOf(c);
         return 0;
     }

@@ -29,8 +29,8 @@ protected:
         settle();
     }
     TimeRuler* ruler() { return bar<TimeRuler>("ruler"); }
-    CMarkerPart* marker(int i) { return static_cast<CMarkerPart*>(prog()->markers.items(i)); }
-    CTempoPart* tempo(int i) { return static_cast<CTempoPart*>(prog()->tempos.items(i)); }
+    CMarkerPart* marker(int i) { return prog()->markers.items(i); }
+    CTempoPart* tempo(int i) { return prog()->tempos.items(i); }
     void dragOn(CCtrl* ctrl, CPoint from, CPoint to, bool escape = false) {
         mouseTo(ctrl, from.x, from.y);
         act({"mousedown", "1"});
@@ -184,7 +184,7 @@ TEST_F(TimelineTest, TemposAndSignaturesHaveLanes) {
     // Signatures.
     doubleClick(timesigs, asPoint(xOf(7680), 10));
     ASSERT_EQ(prog()->timesigs.getCount(), 1);
-    auto* point = static_cast<CTimesigPart*>(prog()->timesigs.first());
+    auto* point = prog()->timesigs.first();
     EXPECT_EQ(point->pos, 7680);
     focus(timesigs);
     key("Return");
@@ -240,12 +240,12 @@ TEST_F(TimelineTest, TheSnapBarSetsTheGrid) {
                  {"Snap to grid on/off", "3atd"}};
     EXPECT_EQ(before, "3a");
     for (const auto& c : cases) {
-        for (auto* button : each<CCtrl>(bar->controls))
+        for (auto* button : bar->controls)
             if (button->hint == c.hint) click(button);
         EXPECT_TRUE(pumpUntil([&] { return grid() == c.after; })) << c.hint;
     }
     int index = 0;
-    for (auto* button : each<CCtrl>(bar->controls)) {
+    for (auto* button : bar->controls) {
         if (button->id != "resolution") continue;
         click(button);
         EXPECT_TRUE(pumpUntil([&] { return seq()->snap->asIndex() == index; })) << index;

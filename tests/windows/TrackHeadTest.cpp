@@ -16,13 +16,13 @@ class TrackHeadTest : public ArrangeFixture {
 protected:
     HeadList* heads() { return find<HeadList>("heads"); }
     TrackHead* head(int index) {
-        for (auto* c : each<CCtrl>(heads()->controls))
+        for (auto* c : heads()->controls)
             if (c->id == "track" && static_cast<TrackHead*>(c)->songTrack() == row(index))
                 return static_cast<TrackHead*>(c);
         return nullptr;
     }
     CCtrl* on(int index, const char* id) {
-        for (auto* c : each<CCtrl>(head(index)->controls))
+        for (auto* c : head(index)->controls)
             if (c->id == id) return c;
         return nullptr;
     }
@@ -47,7 +47,7 @@ protected:
     }
     std::string names() {
         std::string all;
-        for (auto* t : each<CTrack>(seq()->tracks)) all += std::string(t->id.asChar()) + " ";
+        for (auto* t : seq()->tracks) all += std::string(t->id.asChar()) + " ";
         return all;
     }
     std::string selection() {
@@ -231,7 +231,7 @@ TEST_F(TrackHeadTest, HeightsFoldsAndLanes) {
     clickOn(on(2, "fold"));
     const auto lane = [&] { return find<LaneHead>("lane", heads()); };
     ASSERT_TRUE(pumpUntil([&] { return lane() != nullptr; }));
-    auto* shown = static_cast<CSubTrack*>(row(2)->track->subTracks.first());
+    auto* shown = row(2)->track->subTracks.first();
     clickOn(find<CCtrl>("bypass", lane()));
     EXPECT_TRUE(pumpUntil([&] { return shown->bypass == 1; }));
     key("ctrl+z");
@@ -299,6 +299,7 @@ TEST_F(TrackHeadTest, InstrumentsAndOutputsAreChosenInPlace) {
                        addTrackInstrument(seq(), row(2)->track, step)};
     host->undoEnd(step, true);
     ASSERT_TRUE(loaded());
+    const int count = host->comps.getCount();
     const auto lead = [&](int a, int b) {
         return pumpUntil([&] {
             return trackTarget(seq(), row(1)->track) == (a < 0 ? nullptr : synths[a]) &&
@@ -330,6 +331,20 @@ TEST_F(TrackHeadTest, InstrumentsAndOutputsAreChosenInPlace) {
     key("Return");
     EXPECT_TRUE(lead(-1, -1));
     EXPECT_EQ(host->undoText(), "Instrument");
+    key("ctrl+z");
+    EXPECT_TRUE(lead(0, 1));
+    focus(on(2, "target"));
+    inMenu({"a", "Return"});
+    key("Return");
+    ASSERT_TRUE(pumpUntil([&] { return host->comps.getCount() > count; }));
+    CComp* added = host->comps.last();
+    EXPECT_TRUE(added->type == compSampler && trackTarget(seq(), row(1)->track) == added &&
+                trackTarget(seq(), row(2)->track) == added);
+    focus(on(2, "target"));
+    inMenu({"o", "Return"});
+    key("Return");
+    EXPECT_TRUE(pumpUntil([&] { return added->editorStruct.visible != 0; }));
+    key("F8");
     key("ctrl+z");
     EXPECT_TRUE(lead(0, 1));
     inMenu({"i", "Right", "n", "Return"});

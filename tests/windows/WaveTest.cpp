@@ -66,7 +66,7 @@ protected:
     CCompEditor* editor() { return win->pages->editorOf(seq()->editorComp.get()); }
     template <class T>
     T* child(const char* id, CGroup* group = nullptr) {
-        for (auto* c : each<CCtrl>((group ? group : editor()->clientGroup)->controls)) {
+        for (auto* c : (group ? group : editor()->clientGroup)->controls) {
             if (c->id == id) return dynamic_cast<T*>(c);
             if (c->id == "wavebody")
                 if (T* found = child<T>(id, static_cast<CGroup*>(c))) return found;

@@ -35,7 +35,7 @@ public:
             plugin.prepare(blockFrames);
             feed(plugin, block);
             plugin.process(blockFrames);
-            for (const auto* out : each<COutputChannel>(plugin.outputs))
+            for (const auto* out : plugin.outputs)
                 for (const float* side : {out->bufL, out->bufR})
                     heard.insert(heard.end(), side, side + blockFrames);
         }
@@ -47,7 +47,7 @@ private:
         if (CMIDIQ* port = plugin.inPort(); port && block == chordBlock)
             for (const int key : {48, 55, 60, 64})
                 port->addMidiEvent(10.0, asData(midiNoteOn, key, 100));
-        for (auto* in : each<CInputChannel>(plugin.inputs))
+        for (auto* in : plugin.inputs)
             for (int i = 0; i < blockFrames; i++)
                 in->bufL[i] = in->bufR[i] = block == 0 && i == 0 ? 0.9f
                                             : block >= noiseBlock

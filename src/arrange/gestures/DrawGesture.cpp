@@ -80,7 +80,7 @@ void DrawGesture::makeDrafts() {
     places.clear();
     drafts.clear();
     const std::vector<LanePlace> drawn = line();
-    for (auto* part : each<CPart>(row.songTrack->parts)) {
+    for (auto* part : row.songTrack->parts) {
         const int ticks = state.seq()->getTicks(part);
         const int64_t end = int64_t(part->pos) + ticks;
         if (part->pos > drawn.back().tick || end < drawn.front().tick) continue;

@@ -24,7 +24,7 @@ void LassoGesture::choose(const ArrangeRow& row, CPart* part, CRect caught) {
 void LassoGesture::apply(const DragPoint&) {
     const CRect caught = bandBetween(state.edit.start, state.edit.current);
     for (const ArrangeRow& row : state.rows.all()) {
-        for (auto* part : each<CPart>(row.songTrack->parts)) choose(row, part, caught);
+        for (auto* part : row.songTrack->parts) choose(row, part, caught);
     }
     state.gridChanged();
 }

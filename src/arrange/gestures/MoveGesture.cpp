@@ -98,7 +98,7 @@ void MoveGesture::paintOverlay(CGraphic* g, CRect asked) const {
     if (edit.mode == editMove && state.ripple != Ripple::off) paintRipple(g, asked);
     const auto& tracks = state.seq()->getProg()->tracks;
     eachSelectedPart(state, [&](const ArrangeRow& row, CPart* part) {
-        auto* target = static_cast<CSongTrack*>(tracks.items(row.track + edit.deltaY));
+        auto* target = tracks.items(row.track + edit.deltaY);
         const ArrangeRow* onto = target ? state.rows.of(target) : nullptr;
         const bool taken = target && target->acceptPart(part);
         outlinePart(g, state, taken && onto ? *onto : row, part, edit.deltaPos, 0, asked);

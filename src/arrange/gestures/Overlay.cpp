@@ -18,7 +18,7 @@ void eachSelectedPart(const ArrangeState& state,
                       const std::function<void(const ArrangeRow&, CPart*)>& visit) {
     for (const ArrangeRow& row : state.rows.all()) {
         if (!row.ofTrack()) continue;
-        for (auto* part : each<CPart>(row.songTrack->parts))
+        for (auto* part : row.songTrack->parts)
             if (part->selected()) visit(row, part);
     }
 }

@@ -61,7 +61,7 @@ int RangeGesture::tracksMoved(const DragPoint& point) const {
     const int scroll = state.edit.scrollY;
     const ArrangeRow* from = state.rows.nearest(point.anchor.y + scroll);
     const ArrangeRow* to = state.rows.nearest(point.at.y + scroll);
-    const CList& tracks = state.seq()->getProg()->tracks;
+    const auto& tracks = state.seq()->getProg()->tracks;
     const int first = tracks.indexed(before.tracks.front());
     const int last = tracks.indexed(before.tracks.back());
     return from && to ? asMinMax(to->track - from->track, -first, tracks.getCount() - 1 - last) : 0;
@@ -92,9 +92,9 @@ TimeRange RangeGesture::become() const {
     const bool whole = act == Act::move || act == Act::copy;
     if (whole || act == Act::start) range.from += delta;
     if (whole || act != Act::start) range.to += delta;
-    const CList& tracks = state.seq()->getProg()->tracks;
+    const auto& tracks = state.seq()->getProg()->tracks;
     for (CSongTrack*& track : range.tracks)
-        track = static_cast<CSongTrack*>(tracks.items(tracks.indexed(track) + state.edit.deltaY));
+        track = tracks.items(tracks.indexed(track) + state.edit.deltaY);
     return range;
 }
 

@@ -13,13 +13,13 @@
 SnapGuide::SnapGuide(const ArrangeState& state) {
     CSeq* seq = state.seq();
     CSeqProg* prog = seq->getProg();
-    for (auto* songTrack : each<CSongTrack>(prog->tracks))
-        for (auto* part : each<CPart>(songTrack->parts)) {
+    for (auto* songTrack : prog->tracks)
+        for (auto* part : songTrack->parts) {
             if (part->selected()) continue;
             places.push_back(part->pos);
             places.push_back(limitTicks(int64_t(part->pos) + seq->getTicks(part)));
         }
-    for (auto* marker : each<CMarkerPart>(prog->markers)) places.push_back(marker->pos);
+    for (auto* marker : prog->markers) places.push_back(marker->pos);
     places.push_back(prog->leftLocator);
     places.push_back(prog->rightLocator);
     std::sort(places.begin(), places.end());

@@ -65,7 +65,7 @@ void CFileMapper::openMap(const CStr& path) {
     xml.decodeStream(&stream);
     const CXMLNode* all = xml.getNode("projectList");
     if (!all) return;
-    for (const auto* node : each<CXMLNode>(all->children))
+    for (const auto* node : all->children)
         if (node->id == "project") addProject(node->value);
 }
 

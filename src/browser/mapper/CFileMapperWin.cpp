@@ -96,7 +96,7 @@ void CFileMapperWin::setup() {
     wire(projectsList->onDoubleClick,
          new _COnChange<CFileMapperWin>(this, &CFileMapperWin::playProjectClicked));
     addControl(projectsList);
-    for (auto* ctrl : each<CCtrl>(clientGroup->controls))
+    for (auto* ctrl : clientGroup->controls)
         if (!focused.empty() && ctrl->id == focused && ctrl->enabled) setKeyCtrl(ctrl);
     redraw();
 }

@@ -115,14 +115,14 @@ CXMLNode* CXMLNode::add(const CStr& name, const CStr& text) {
 }
 
 CXMLNode* CXMLNode::getNode(int i) const {
-    return static_cast<CXMLNode*>(children.items(i));
+    return children.items(i);
 }
 
 /// Level by level: a file tells how deep they lie in each other.
 void CXMLNode::clear() {
     std::vector<CXMLNode*> doomed;
     const auto gather = [&doomed](CXMLNode* from) {
-        while (auto* child = static_cast<CXMLNode*>(from->children.first())) {
+        while (auto* child = from->children.first()) {
             from->children.del(0);
             doomed.push_back(child);
         }
@@ -151,7 +151,7 @@ void CXML::decodeStream(CStream* stream) {
 }
 
 CXMLNode* CXML::getNode(const CStr& name, const CXMLNode* start) const {
-    for (auto* node : each<CXMLNode>((start ? start : root.get())->children))
+    for (auto* node : (start ? start : root.get())->children)
         if (sameText(node->id, name)) return node;
     return nullptr;
 }
@@ -166,7 +166,7 @@ void CXML::writeNode(CStringList* text, const CXMLNode* node) const {
     const bool leaf = node->children.empty(), inside = node != root.get();
     if (leaf && inside) return text->append(open + node->value + close);
     if (inside) text->append(open);
-    for (const auto* child : each<CXMLNode>(node->children)) writeNode(text, child);
+    for (const auto* child : node->children) writeNode(text, child);
     if (inside) text->append(close);
 }
 

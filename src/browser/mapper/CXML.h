@@ -14,7 +14,7 @@ class CXMLNode : public CObject {
 public:
     CXMLNode* parent = nullptr; ///< null at the root
     CStr value;                 ///< the text of an element without others inside
-    CList children;             ///< of CXMLNode, owned
+    ListOf<CXMLNode> children;  ///< owned
 
     CXMLNode() = default;
     ~CXMLNode() override;

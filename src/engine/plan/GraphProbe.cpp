@@ -86,7 +86,7 @@ private:
 void GraphProbe::ask() {
     if (answer || qv->tasks->full()) return;
     size_t cables = spare, steps = spare;
-    for (const CList* list : {&qv->comps, &qv->sends})
+    for (const CList* list : listsOf(qv->comps, qv->sends))
         for (const auto* comp : each<CComp>(*list)) {
             cables += size_t(comp->audioCables.getCount());
             // A song has a few steps for each track, and a track a port of its own.

@@ -258,7 +258,7 @@ void PlanBuilder::render(CComp* c) {
     plan->lateness.meetingAt(place(c).node);
     if (c->type == compAudioOut) flushSums(c);
     std::vector<const void*> writes;
-    for (const CList* list : {&c->outputs, &c->outPorts, &c->inPorts})
+    for (const CList* list : listsOf(c->outputs, c->outPorts, c->inPorts))
         for (const CObject* io : read(*list)) writes.push_back(io);
     if (c->type == compAudioOut)
         for (const CObject* in : read(c->inputs)) place(c).reads.push_back(in);

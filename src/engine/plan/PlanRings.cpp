@@ -282,7 +282,7 @@ void PlanBuilder::closeRing(const std::vector<CComp*>& members, size_t firstStep
                         contents<CInputChannel>(c->inputs));
         for (CMIDIQ* port : contents<CMIDIQ>(c->inPorts)) loop->addOwnPort(port, false);
         for (CMIDIQ* port : contents<CMIDIQ>(c->outPorts)) loop->addOwnPort(port, true);
-        for (const CList* list : {&c->inPorts, &c->outPorts})
+        for (const CList* list : listsOf(c->inPorts, c->outPorts))
             for (const CMIDIQ* port : contents<CMIDIQ>(*list)) own.push_back(port);
     }
     for (PlanStep& step : loop->steps)

@@ -24,7 +24,7 @@ Description describedBy(const CCtrl* ctrl, int part) {
 /// The text of the label beside it.
 std::string labelOf(const CCtrl* ctrl) {
     if (!ctrl->parent) return {};
-    for (const CCtrl* beside : each<CCtrl>(ctrl->parent->controls)) {
+    for (const CCtrl* beside : ctrl->parent->controls) {
         const auto* label = dynamic_cast<const CLabel*>(beside);
         if (label && label->field == ctrl) return label->text.asChar();
     }
@@ -114,9 +114,9 @@ Description LiveTree::look(AccessId id) {
 
 std::vector<CWin*> LiveTree::openWindows() const {
     std::vector<CWin*> open;
-    for (CWin* win : each<CWin>(app->windows))
+    for (CWin* win : app->windows)
         if (win->visible && !win->hasStyle(winFloating)) open.push_back(win);
-    for (CWin* menu : each<CWin>(app->menus))
+    for (CWin* menu : app->menus)
         if (menu->visible) open.push_back(menu);
     return open;
 }
@@ -129,12 +129,12 @@ void LiveTree::collect(CCtrl* ctrl, std::vector<AccessId>& found) {
         return;
     }
     if (const auto* area = dynamic_cast<CMDI*>(ctrl)) {
-        for (CWin* page : each<CWin>(area->pages))
+        for (CWin* page : area->pages)
             if (area->shows(page)) collect(page, found);
         return;
     }
     if (ctrl->category != catGroup && ctrl->category != catGroupLike) return;
-    for (CCtrl* child : each<CCtrl>(static_cast<CGroup*>(ctrl)->controls)) collect(child, found);
+    for (CCtrl* child : static_cast<CGroup*>(ctrl)->controls) collect(child, found);
 }
 
 std::vector<AccessId> LiveTree::inside(AccessId id) {
@@ -146,10 +146,9 @@ std::vector<AccessId> LiveTree::inside(AccessId id) {
     const Node node = nodeOf(id);
     if (!stands(node)) return found;
     if (node.part == Accessible::wholeCtrl && node.ctrl->category != catCtrl)
-        for (CCtrl* child : each<CCtrl>(static_cast<CGroup*>(node.ctrl)->controls))
-            collect(child, found);
+        for (CCtrl* child : static_cast<CGroup*>(node.ctrl)->controls) collect(child, found);
     if (node.part == Accessible::wholeCtrl && node.ctrl->category == catWin)
-        for (CWin* page : each<CWin>(static_cast<CWin*>(node.ctrl)->children)) collect(page, found);
+        for (CWin* page : static_cast<CWin*>(node.ctrl)->children) collect(page, found);
     for (int part = 0; part < node.ctrl->accessParts(); ++part)
         if (node.ctrl->partAround(part) == node.part) found.push_back(idOf(node.ctrl, part));
     return found;

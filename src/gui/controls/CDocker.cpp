@@ -21,13 +21,13 @@ CDocker::CDocker(CApp* application, CWin* owner, const CStr& name, int l, int t,
 CDocker::~CDocker() {
     disableChanges(true);
     hidePlaced();
-    deleteAll<CDock>(docks);
+    deleteAll(docks);
 }
 
 // Which window is where.
 
 CDock* CDocker::getDock(int index) const {
-    return index == -1 ? active : static_cast<CDock*>(docks.items(index));
+    return index == -1 ? active : docks.items(index);
 }
 
 CDock* CDocker::dockOf(const CWin* page) const {
@@ -97,7 +97,7 @@ void CDocker::pageGone(CWin* page) {
 void CDocker::clearDocks() {
     disableChanges(true);
     hidePlaced();
-    while (docks.getCount() > 1) delete static_cast<CDock*>(docks.pop());
+    while (docks.getCount() > 1) delete docks.pop();
     disableChanges(false);
     setActive(0);
 }
@@ -116,21 +116,21 @@ bool CDocker::isOpen(const CDock* dock) const {
 bool CDocker::hasTab(const CDock* dock) const {
     if (dock != docks.getFirst()) return isOpen(dock);
     if (firstStands) return true;
-    for (const CDock* other : each<CDock>(docks))
+    for (const CDock* other : docks)
         if (isOpen(other)) return false;
     return true;
 }
 
 /// The first page itself only where no other one is open.
 CDock* CDocker::firstTab() const {
-    for (CDock* dock : each<CDock>(docks))
+    for (CDock* dock : docks)
         if (isOpen(dock)) return dock;
     return getDock(0);
 }
 
 int CDocker::tabCount() const {
     int count = 0;
-    for (const CDock* dock : each<CDock>(docks))
+    for (const CDock* dock : docks)
         if (hasTab(dock)) count++;
     return count == 1 && !tabAlwaysShow ? 0 : count;
 }
@@ -181,7 +181,7 @@ void CDocker::pageHidden(CWin* page) {
 CRect CDocker::tabRect(const CDock* dock, int tabHeight) const {
     if (tabCount() == 0) return CRect();
     int x = 0;
-    for (const CDock* d : each<CDock>(docks)) {
+    for (const CDock* d : docks) {
         if (!hasTab(d)) continue;
         const int wanted = graphic->textWidth(d->name) + 2 * tabMargin;
         const int tabWidth = asMinMax(wanted, leastTabWidth, mostTabWidth);
@@ -192,7 +192,7 @@ CRect CDocker::tabRect(const CDock* dock, int tabHeight) const {
 }
 
 CDock* CDocker::dockAtPos(int x) const {
-    for (CDock* dock : each<CDock>(docks)) {
+    for (CDock* dock : docks) {
         const CRect tab = tabRect(dock, 1);
         if (!tab.empty() && x >= tab.left && x < tab.right) return dock;
     }

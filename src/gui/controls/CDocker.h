@@ -23,7 +23,7 @@ class CDocker : public CMDI {
 public:
     static constexpr int mostTabWidth = 180;
 
-    CList docks; ///< of CDock, owned; never without the first
+    ListOf<CDock> docks; ///< owned; never without the first
     /// The tab of the first page is there even when it is the only one.
     bool tabAlwaysShow = false;
     /// The first page has something to show. Else it stands only where no other page is open.

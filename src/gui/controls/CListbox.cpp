@@ -32,7 +32,7 @@ CListbox::CListbox(CWin* owner, const CStr& name, int l, int t, int w, int h)
 CListbox::~CListbox() {
     delete onDoubleClick;
     delete onChecked;
-    deleteAll<CListRow>(items);
+    deleteAll(items);
 }
 
 CListRow* CListbox::add(const CStr& text) {
@@ -43,7 +43,7 @@ CListRow* CListbox::add(const CStr& text) {
 }
 
 void CListbox::clearRows() {
-    deleteAll<CListRow>(items);
+    deleteAll(items);
     index = -1;
     bar->setPos(0);
     resized();
@@ -180,7 +180,7 @@ int CListbox::rowOfText(const CStr& start) const {
     const bool first = int(behind) == start.length();
     const int from = index + (first ? 1 : 0);
     int line = 0, before = -1;
-    for (const CListRow* at : each<CListRow>(items)) {
+    for (const CListRow* at : items) {
         const bool fits = beginsWith(at->id.asChar(), start.asChar());
         if (fits && line >= from) return line;
         if (fits && before < 0) before = line;
@@ -203,7 +203,7 @@ int CListbox::groundOf(int line) const {
 
 void CListbox::paintRows(CObject*, CGraphic* g, CRect rect) {
     int line = 0;
-    for (CListRow* at : each<CListRow>(items)) {
+    for (CListRow* at : items) {
         const int i = line++, y = (i - bar->pos) * itemHeight;
         if (i < bar->pos) continue;
         if (y >= rect.bottom) break;
@@ -246,7 +246,7 @@ CScrollPanel::CScrollPanel(CWin* owner, const CStr& name, int l, int t, int w, i
 
 void CScrollPanel::resized() {
     int right = 0, bottom = 0;
-    for (const auto* ctrl : each<CCtrl>(inner->controls)) {
+    for (const auto* ctrl : inner->controls) {
         right = asMax(right, ctrl->left + ctrl->width + contentMargin);
         bottom = asMax(bottom, ctrl->top + ctrl->height + contentMargin);
     }

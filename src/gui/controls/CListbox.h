@@ -18,7 +18,7 @@ public:
 /// chosen, `onDoubleClick` that one was clicked twice or that Return was pressed on it.
 class CListbox : public CGroup {
 public:
-    CList items;            ///< of CListRow, owned
+    ListOf<CListRow> items; ///< owned
     int index = -1;         ///< of the chosen line, -1 none
     bool checkable = false; ///< with a check box in front of each line
     int itemHeight = 16;    ///< pixels
@@ -28,7 +28,7 @@ public:
     ~CListbox() override;
 
     CListRow* add(const CStr& text);
-    CListRow* row(int i) const { return static_cast<CListRow*>(items.items(i)); }
+    CListRow* row(int i) const { return items.items(i); }
     void clearRows();
     /// Chooses a line, -1 none, and brings it into view; does not report.
     void setIndex(int line);

@@ -9,7 +9,7 @@ CMDI::CMDI(CApp* application, CWin* owner, const CStr& name, int l, int t, int w
 
 CMDI::~CMDI() {
     silent++;
-    while (auto* page = static_cast<CWin*>(pages.getFirst())) page->hide();
+    while (auto* page = pages.getFirst()) page->hide();
     auto* owner = static_cast<CWin*>(parent);
     if (owner && owner->mdi == this) owner->mdi = nullptr;
 }
@@ -24,7 +24,7 @@ bool CMDI::keyDown(int key, int mods) {
 
 bool CMDI::raiseLast() {
     for (int i = pages.getCount() - 1; i > 0; i--) {
-        auto* page = static_cast<CWin*>(pages.items(i));
+        auto* page = pages.items(i);
         if (!inFront(page)) continue;
         page->raise(false);
         return true;
@@ -77,7 +77,7 @@ void CMDI::pageRaised(CWin* page) {
 void CMDI::arrange() {
     CWin* former = current;
     current = nullptr;
-    for (CWin* page : each<CWin>(pages))
+    for (CWin* page : pages)
         if (!current && inFront(page)) current = page;
     for (CWin* page : shownPages())
         if (pages.contains(page)) page->setMapped(inFront(page));
@@ -91,7 +91,7 @@ void CMDI::arrange() {
 
 std::vector<CWin*> CMDI::shownPages() const {
     std::vector<CWin*> shown;
-    for (CWin* page : each<CWin>(pages)) shown.push_back(page);
+    for (CWin* page : pages) shown.push_back(page);
     return shown;
 }
 

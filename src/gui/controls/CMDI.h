@@ -13,7 +13,7 @@ class CMDI : public CWin {
 public:
     int activeIndex = 0;     ///< which group of pages is in front; this class has one
     CWin* current = nullptr; ///< the page in front, null without one
-    CList pages;             ///< of CWin, those shown, front-most first; not owned
+    ListOf<CWin> pages;      ///< those shown, front-most first; not owned
 
     /// Becomes the `mdi` of its owner, which outlives it.
     CMDI(CApp* app, CWin* owner, const CStr& name, int left, int top, int width, int height);

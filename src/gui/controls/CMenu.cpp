@@ -31,7 +31,7 @@ public:
     void mouseMove(int x, int y, int btn) override {
         CCtrl::mouseMove(x, y, btn);
         if (!bar->isOpen() || y < 0 || y >= height) return;
-        for (auto* entry : each<CCtrl>(bar->controls))
+        for (auto* entry : bar->controls)
             if (entry != bar->current() && entry->inside(left + x - entry->left, y))
                 bar->dropMenu(entry, false);
     }
@@ -65,7 +65,7 @@ CCtrl* CMenu::add(const CStr& text, COnChange* builder, int entryTag) {
     auto* entry = new Entry(this, text);
     entry->onChange = builder;
     entry->tag = entryTag;
-    const auto* before = static_cast<CCtrl*>(controls.last());
+    const auto* before = controls.last();
     entry->left = before ? before->left + before->width : 0;
     entry->width = win->graphic->textWidth(text) + 2 * textMargin;
     addControl(entry);
@@ -104,7 +104,7 @@ void CMenu::step(int by) {
     const int count = controls.getCount();
     if (count < 1) return;
     const int at = controls.indexed(marked);
-    auto* next = static_cast<CCtrl*>(controls.items(((at < 0 ? 0 : at + by) + count) % count));
+    auto* next = controls.items(((at < 0 ? 0 : at + by) + count) % count);
     if (isOpen())
         dropMenu(next, true);
     else
@@ -133,7 +133,7 @@ bool CMenu::keyDown(int key, int mods) {
 }
 
 void CMenu::setFocus(bool on) {
-    mark(on ? static_cast<CCtrl*>(controls.first()) : nullptr);
+    mark(on ? controls.first() : nullptr);
 }
 
 void CMenu::paint(CGraphic* g, CRect rect) {

@@ -32,7 +32,7 @@ CPopup::CPopup(CApp* application, CWin* owner)
 }
 
 CPopup::~CPopup() {
-    deleteAll<CMenuItem>(items);
+    deleteAll(items);
 }
 
 CCtrl* CPopup::addArea(const char* name) {
@@ -73,12 +73,12 @@ CMenuItem* CPopup::addRows(int count, COnGetText* texts, COnChange* chosen) {
 }
 
 void CPopup::addSeparator() {
-    const auto* last = static_cast<CMenuItem*>(items.last());
+    const auto* last = items.last();
     if (last && last->kind != menuSeparator) add(menuSeparator, "separator");
 }
 
 void CPopup::clearItems() {
-    while (auto* item = static_cast<CMenuItem*>(items.first())) {
+    while (auto* item = items.first()) {
         items.del(0);
         if (item->subMenu) item->subMenu->hide();
         app->deleteLater(item);
@@ -89,7 +89,7 @@ void CPopup::clearItems() {
 
 int CPopup::contentWidth() const {
     int labels = 0, shortcuts = 0;
-    for (auto* item : each<CMenuItem>(items)) {
+    for (auto* item : items) {
         labels = asMax(labels, graphic->textWidth(item->label()));
         if (item->kind == menuSeparator || item->kind == menuSub) continue;
         const CStr keys = item->shortcut();
@@ -103,7 +103,7 @@ int CPopup::contentWidth() const {
 /// Lays the entries out and gives the window its size.
 void CPopup::measure() {
     contentHeight = 0;
-    for (auto* item : each<CMenuItem>(items)) {
+    for (auto* item : items) {
         item->top = contentHeight;
         item->height = item->kind == menuSeparator ? separatorHeight
                        : item->kind == menuRows    ? item->rowCount * rowHeight
@@ -169,7 +169,7 @@ CRect CPopup::itemRect(const CMenuItem* item, int sub) const {
 bool CPopup::itemAt(int y, int& index, int& sub) const {
     index = 0;
     y += scrolled;
-    for (const auto* item : each<CMenuItem>(items)) {
+    for (const auto* item : items) {
         if (y >= item->top && y < item->top + item->height) {
             sub = item->kind == menuRows ? (y - item->top) / rowHeight : 0;
             return true;
@@ -189,7 +189,7 @@ void CPopup::markInOpener() {
     if (!opener || !opener->visible) return;
     app->killTimer(opener);
     int index = 0;
-    for (const auto* item : each<CMenuItem>(opener->items)) {
+    for (const auto* item : opener->items) {
         if (item->subMenu == this && opener->selected != index) {
             opener->selected = index;
             opener->redraw();
@@ -313,7 +313,7 @@ bool CPopup::menuKey(int key) {
 std::vector<CPopup::Line> CPopup::lines() const {
     std::vector<Line> all;
     int index = 0;
-    for (const auto* item : each<CMenuItem>(items)) {
+    for (const auto* item : items) {
         const int rows = item->kind == menuRows ? item->rowCount : 1;
         for (int row = 0; item->selectable() && row < rows; row++) all.push_back({index, row});
         index++;
@@ -404,7 +404,7 @@ void CPopup::paintGround(CObject*, CGraphic* g, CRect) {
 
 void CPopup::paintItems(CObject*, CGraphic* g, CRect) {
     int index = 0;
-    for (auto* item : each<CMenuItem>(items)) paintItem(g, item, index++);
+    for (auto* item : items) paintItem(g, item, index++);
 }
 
 void CPopup::paintItem(CGraphic* g, CMenuItem* item, int index) {

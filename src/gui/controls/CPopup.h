@@ -14,11 +14,11 @@ public:
     static constexpr int subMenuDelay = 250; ///< milliseconds
     static constexpr int commandHeight = 20, rowHeight = 16;
 
-    int selected = -1; ///< index in `items`, -1 none
-    int subIndex = 0;  ///< row of a selected block
-    CList items;       ///< of CMenuItem, owned
-    int scrollMax = 0; ///< pixels of content that do not fit
-    int scrollDir = 0; ///< 4 up, 16 down while a scroll button is held
+    int selected = -1;       ///< index in `items`, -1 none
+    int subIndex = 0;        ///< row of a selected block
+    ListOf<CMenuItem> items; ///< owned
+    int scrollMax = 0;       ///< pixels of content that do not fit
+    int scrollDir = 0;       ///< 4 up, 16 down while a scroll button is held
 
     CPopup(CApp* app, CWin* owner);
     ~CPopup() override;
@@ -30,7 +30,7 @@ public:
     CMenuItem* addRows(int count, COnGetText* texts, COnChange* chosen);
     void addSeparator(); ///< not at the top, nor behind another
     void clearItems();
-    CMenuItem* getItem(int index) const { return static_cast<CMenuItem*>(items.items(index)); }
+    CMenuItem* getItem(int index) const { return items.items(index); }
 
     /// Opens it with its corner at a point of the screen; returns at once inside another menu, else
     /// when it has been closed. `fromKeys`: the first entry is selected.

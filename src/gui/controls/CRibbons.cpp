@@ -97,7 +97,7 @@ std::vector<CRibbonItem*> CRibbons::wantedItems() {
     const CRibbonItem* front = getTab(-1);
     int x = margin, index = 0;
     bool all = true;
-    for (const auto* entry : each<CMenuItem>(front->menu->items)) {
+    for (const auto* entry : front->menu->items) {
         const auto kind = entry->kind == menuSeparator ? CRibbonItem::separator
                           : entry->kind == menuSub     ? CRibbonItem::subMenu
                                                        : CRibbonItem::command;

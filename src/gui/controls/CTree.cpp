@@ -46,7 +46,7 @@ CTree::~CTree() {
 }
 
 void CTree::layOut(CTreeNode* node, int indent) {
-    for (CTreeNode* child : each<CTreeNode>(node->children)) {
+    for (CTreeNode* child : node->children) {
         child->indent = indent;
         child->y = int(lines.size()) * rowHeight;
         lines.push_back(child);
@@ -114,7 +114,7 @@ bool CTree::onBox(const CTreeNode* node, int x) const {
 }
 
 void CTree::unselectAll(CTreeNode* below) {
-    for (CTreeNode* node : each<CTreeNode>(below->children)) {
+    for (CTreeNode* node : below->children) {
         node->selected = false;
         unselectAll(node);
     }

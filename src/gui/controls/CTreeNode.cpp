@@ -25,7 +25,7 @@ CTreeNode* CTreeNode::add(CTreeNode* node) {
 
 CTreeNode* CTreeNode::addSorted(CTreeNode* node) {
     int at = 0;
-    for (const CTreeNode* child : each<CTreeNode>(children)) {
+    for (const CTreeNode* child : children) {
         if (compareText(child->text, node->text) > 0) break;
         at++;
     }
@@ -35,7 +35,7 @@ CTreeNode* CTreeNode::addSorted(CTreeNode* node) {
 }
 
 void CTreeNode::clear() {
-    deleteAll<CTreeNode>(children);
+    deleteAll(children);
 }
 
 bool CTreeNode::isBelow(const CTreeNode* other) const {

@@ -11,7 +11,7 @@ class CTree;
 class CTreeNode : public CObject {
 public:
     CTreeNode* parent = nullptr; ///< the root's is null
-    CList children;              ///< of CTreeNode, owned
+    ListOf<CTreeNode> children;  ///< owned
     bool expanded = false;
     bool selected = false;
     bool hasChildren = false; ///< shown with a plus even before they are read

@@ -36,7 +36,7 @@ int CDialogWin::contentBottom() const {
 
 CButton* CDialogWin::addButton(const CStr& text, COnChange* clicked) {
     const int wide = asMax(buttonWidth, graphic->textWidth(text) + 2 * textPadding);
-    for (CCtrl* c : each<CCtrl>(buttons->controls)) c->alignX += wide + gap;
+    for (CCtrl* c : buttons->controls) c->alignX += wide + gap;
     auto* button = new CButton(this, text, text, 0, 0, wide, buttonHeight);
     button->tabStop = true;
     button->setAlign(alignRight, margin, 0);

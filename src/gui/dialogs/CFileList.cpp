@@ -74,8 +74,8 @@ bool CFileList::setFolder(const CStr& path, bool keep) {
     clearRows();
     folder = addSep(path);
     folderCount = folders.count();
-    for (const CStringItem* name : each<CStringItem>(folders.list)) addItem(name->text, true);
-    for (const CStringItem* name : each<CStringItem>(files.list)) addItem(name->text, false);
+    for (const CStringItem* name : folders.list) addItem(name->text, true);
+    for (const CStringItem* name : files.list) addItem(name->text, false);
     resized();
     if (!choose(former)) setIndex(-1);
     return true;
@@ -88,7 +88,7 @@ void CFileList::addItem(const CStr& name, bool isFolder) {
 
 bool CFileList::choose(const CStr& name) {
     int line = 0;
-    for (const CListRow* at : each<CListRow>(items)) {
+    for (const CListRow* at : items) {
         if (at->id == name) {
             setIndex(line);
             return true;

@@ -11,7 +11,7 @@ namespace {
 CStr beginning(const CStringList& names, const CStr& start) {
     const int length = start.length();
     CStr found;
-    for (const CStringItem* name : each<CStringItem>(names.list)) {
+    for (const CStringItem* name : names.list) {
         const CStr head = name->text.sub(0, length);
         if (head == start) return name->text;
         if (found.empty() && sameText(head, start)) found = name->text;

@@ -108,7 +108,7 @@ CMessageWin::CMessageWin(CWin* owner, const CStr& title, const WrappedText& text
 
 /// The button whose text begins with a letter; null without one.
 CButton* CMessageWin::buttonOf(int letter) const {
-    for (CCtrl* c : each<CCtrl>(buttons->controls)) {
+    for (CCtrl* c : buttons->controls) {
         auto* button = static_cast<CButton*>(c);
         if (letter > 0 && sameText(CStr(char(letter)), button->text.sub(0, 1))) return button;
     }

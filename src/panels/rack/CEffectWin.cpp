@@ -53,7 +53,7 @@ MacroLook CEffectWin::look(CEffect& of) {
 std::vector<SettingValue> CEffectWin::settingsOfChain() {
     std::vector<SettingValue> all;
     if (CEffectProg* prog = rack.getProg())
-        for (auto* fx : each<CFX>(prog->effects))
+        for (auto* fx : prog->effects)
             for (const Setting& s : settingsOf(*fx)) all.push_back({&s, s.of(fx)});
     return all;
 }
@@ -62,7 +62,7 @@ PanelWin::Shape CEffectWin::shape() const {
     CEffectProg* prog = rack.getProg();
     Shape now{{prog}, {}};
     if (prog)
-        for (const auto* fx : each<CFX>(prog->effects)) now.objects.push_back(fx);
+        for (const auto* fx : prog->effects) now.objects.push_back(fx);
     return now;
 }
 
@@ -91,7 +91,7 @@ void CEffectWin::build() {
 }
 
 void CEffectWin::addBox(CEffectProg* prog, int index) {
-    auto* fx = static_cast<CFX*>(prog->effects.items(index));
+    auto* fx = prog->effects.items(index);
     const auto alive = [this, prog, fx] {
         return rack.progs.contains(prog) && prog->effects.contains(fx);
     };

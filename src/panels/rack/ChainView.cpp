@@ -43,7 +43,7 @@ std::vector<ChainView::Box> ChainView::present() const {
     CEffectProg* prog = rack.getProg();
     if (!prog) return all;
     bool behind = false; // an effect that runs
-    for (auto* fx : each<CFX>(prog->effects)) {
+    for (auto* fx : prog->effects) {
         const bool gains = hasGains(*fx), on = fx->enabled != 0;
         const double dry = (gains ? double(fx->dry) : 0.0) + (behind && adds(*fx) ? 1.0 : 0.0);
         all.push_back({fx, on, std::min(1.0, dry), gains ? double(fx->wet) : 1.0});

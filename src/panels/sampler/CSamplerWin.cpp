@@ -116,7 +116,7 @@ std::vector<CSound*> CSamplerWin::along() const {
     const CLayer* layer = list->layer();
     const CSound* current = list->sound();
     if (!layer || !layer->editAll || !current) return all;
-    for (CSound* s : each<CSound>(layer->sounds))
+    for (CSound* s : layer->sounds)
         if (s != current && s->type == current->type) all.push_back(s);
     return all;
 }

@@ -69,19 +69,19 @@ CLayer* SoundList::layer() const {
     CSynthProg* prog = sampler.getProg();
     if (!prog) return nullptr;
     CLayer* current = prog->layer;
-    return prog->layers.contains(current) ? current : static_cast<CLayer*>(prog->layers.getFirst());
+    return prog->layers.contains(current) ? current : prog->layers.getFirst();
 }
 
 CSound* SoundList::sound() const {
     CLayer* of = layer();
     if (!of) return nullptr;
     CSound* current = of->sound;
-    return of->sounds.contains(current) ? current : static_cast<CSound*>(of->sounds.getFirst());
+    return of->sounds.contains(current) ? current : of->sounds.getFirst();
 }
 
 void SoundList::choose(CSound* wanted) {
     CSynthProg* prog = sampler.getProg();
-    for (CLayer* l : each<CLayer>(prog->layers)) {
+    for (CLayer* l : prog->layers) {
         if (!l->sounds.contains(wanted)) continue;
         prog->layer = l;
         l->sound = wanted;
@@ -95,10 +95,10 @@ std::vector<SoundList::Row> SoundList::present() const {
     CSynthProg* prog = sampler.getProg();
     if (!prog) return all;
     int number = 0;
-    for (CLayer* l : each<CLayer>(prog->layers)) {
+    for (CLayer* l : prog->layers) {
         all.push_back({l, nullptr, CStr("Layer ") + asStr(++number)});
         int place = 0;
-        for (CSound* s : each<CSound>(l->sounds)) {
+        for (CSound* s : l->sounds) {
             const bool whole = s->lowKey <= 0 && s->hiKey >= 127;
             const CStr zone =
                 whole ? CStr() : "   " + noteToStr(s->lowKey) + " to " + noteToStr(s->hiKey);

@@ -22,10 +22,10 @@ public:
                 undo->asGrow(seq, c.tick, limitTicks(int64_t(c.tick) + span) - c.tick);
         });
         eachPart([this](CSongTrack* t, CPart* part) { insertInto(t, part); });
-        for (const CList* points : {&prog->tempos, &prog->timesigs})
+        for (const CList* points : listsOf(prog->tempos, prog->timesigs))
             for (auto* point : each<CPart>(*points))
                 if (point->pos >= left) recordMove(undo, point, span);
-        for (auto* marker : each<CMarkerPart>(prog->markers)) {
+        for (auto* marker : prog->markers) {
             if (marker->pos >= left)
                 recordMove(undo, marker, span);
             else if (marker->endTick() > left)
@@ -42,7 +42,7 @@ public:
         eachPart([this](CSongTrack* t, CPart* part) { removeFrom(t, part); });
         removeFrom(prog->tempos);
         removeFrom(prog->timesigs);
-        for (auto* marker : each<CMarkerPart>(prog->markers)) shrink(marker);
+        for (auto* marker : prog->markers) shrink(marker);
     }
 
 private:
@@ -54,9 +54,9 @@ private:
 
     template <class F>
     void eachPart(F edit) {
-        for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+        for (auto* songTrack : prog->tracks) {
             if (songTrack->track->locked) continue;
-            for (auto* part : each<CPart>(songTrack->parts)) edit(songTrack, part);
+            for (auto* part : songTrack->parts) edit(songTrack, part);
         }
         change.record(undo);
     }

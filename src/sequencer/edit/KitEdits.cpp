@@ -112,7 +112,7 @@ bool setDrumSample(CSeq* seq, CDrumSound* sound, const CStr& path) {
 
 void moveDrum(CSeq* seq, CDrumSound* sound, int place) {
     step(seq, sound, "Move drum", [&](CTrack* track, CUndo* undo) {
-        CList& sounds = track->drumLayer()->sounds;
+        auto& sounds = track->drumLayer()->sounds;
         const int from = sounds.indexed(sound), last = sounds.getCount() - 1;
         const int to = asMinMax(place, 0, last);
         if (from == to) return;
@@ -134,7 +134,7 @@ void moveHits(CSeq* seq, CTrack* track, const std::vector<int>& places, CUndo* u
     std::unordered_set<const CPart*> done; // a master may have several ghosts
     seq->eachSongTrack([&](CSongTrack* songTrack) {
         if (songTrack->track != track) return;
-        for (auto* part : each<CPart>(songTrack->parts)) {
+        for (auto* part : songTrack->parts) {
             CPart* content = part->content();
             if (!done.insert(content).second) continue;
             if (std::unique_ptr<CPart> edited = withPlaces(content, places))

@@ -20,7 +20,7 @@ int limited(const MoveRange& range, int deltaTicks) {
 
 /// The song track so many rows on, if it takes the part; else null.
 CSongTrack* targetOf(CSeq* seq, const PlacedPart& placed, int deltaTracks) {
-    auto* target = static_cast<CSongTrack*>(seq->getProg()->tracks.items(placed.row + deltaTracks));
+    auto* target = seq->getProg()->tracks.items(placed.row + deltaTracks);
     return target && target->takesEdits(placed.part) ? target : nullptr;
 }
 

@@ -15,7 +15,7 @@ template <class F>
 void eachSelected(CSeq* seq, const char* title, F&& edit, PartChange* change = nullptr) {
     if (!seq->getProg()) return;
     CUndo* undo = seq->host->undoStart(title, seq, {.song = true, .seq = SeqNotice::parts});
-    for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks))
+    for (auto* songTrack : seq->getProg()->tracks)
         for (CPart* part : selectedParts(songTrack)) edit(songTrack, part, undo);
     if (change) change->record(undo);
     seq->host->undoEnd(undo, false);

@@ -88,11 +88,10 @@ public:
         seq->unselectParts();
         const int shift = trackShift();
         int first = maxTicks;
-        for (auto* part : each<CPart>(seq->clipboard.parts))
-            first = std::min(first, int(part->pos));
+        for (auto* part : seq->clipboard.parts) first = std::min(first, int(part->pos));
         PartChange change;
         int index = 0;
-        for (auto* copied : each<CPart>(seq->clipboard.parts)) {
+        for (auto* copied : seq->clipboard.parts) {
             CSongTrack* songTrack =
                 trackFor(copied, seq->clipboard.tracks[size_t(index++)] + shift);
             if (!songTrack) continue;
@@ -112,7 +111,7 @@ private:
     int trackShift() const {
         const std::vector<int>& from = seq->clipboard.tracks;
         int index = 0, firstSelected = -1;
-        for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+        for (auto* songTrack : prog->tracks) {
             if (songTrack->track->selected()) {
                 if (std::find(from.begin(), from.end(), index) != from.end()) return 0;
                 if (firstSelected < 0) firstSelected = index;
@@ -124,7 +123,7 @@ private:
 
     CSongTrack* trackFor(const CPart* part, int index) const {
         for (index = asMax(0, index); index < prog->tracks.getCount(); index++) {
-            auto* songTrack = static_cast<CSongTrack*>(prog->tracks.items(index));
+            auto* songTrack = prog->tracks.items(index);
             if (songTrack && songTrack->takesEdits(part)) return songTrack;
         }
         return nullptr;
@@ -155,7 +154,7 @@ bool pasteIntoEdited(CSeq* seq, CUndo* undo, int tick) {
     if (!target || seq->isLocked(target) || seq->clipboard.parts.getCount() != 1) return false;
     const int64_t into = int64_t(tick) - target->pos;
     if (into < 0 || into >= seq->getTicks(target)) return false;
-    return seq->pasteData(undo, static_cast<CPart*>(seq->clipboard.parts.getFirst()), target, tick);
+    return seq->pasteData(undo, seq->clipboard.parts.getFirst(), target, tick);
 }
 
 } // namespace
@@ -190,8 +189,8 @@ void copyPartRange(CSeq* seq, const PartRange& range) {
     if (!prog || !prog->getFirstSelectedPart()) return;
     seq->clearCopies();
     int index = 0;
-    for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
-        for (auto* part : each<CPart>(songTrack->parts))
+    for (auto* songTrack : prog->tracks) {
+        for (auto* part : songTrack->parts)
             if (part->selected()) addCopy(seq, part, index, range);
         index++;
     }
@@ -211,7 +210,7 @@ void pasteParts(CSeq* seq) {
 }
 
 void releaseCopies(CSeq* seq, const ForgetSet& masters) {
-    for (auto* copied : each<CPart>(seq->clipboard.parts)) {
+    for (auto* copied : seq->clipboard.parts) {
         if (!masters.has(copied->ghostOf)) continue;
         const std::unique_ptr<CPart> own(ownCopy(copied));
         copied->ghostOf = nullptr;

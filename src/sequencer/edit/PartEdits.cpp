@@ -106,14 +106,14 @@ std::unique_ptr<CPart> emptyPart(int partType) {
 std::vector<CPart*> selectedParts(const CSongTrack* songTrack) {
     std::vector<CPart*> parts;
     if (songTrack->track->locked) return parts;
-    for (auto* part : each<CPart>(songTrack->parts))
+    for (auto* part : songTrack->parts)
         if (part->selected()) parts.push_back(part);
     return parts;
 }
 
 std::vector<CPart*> selectedParts(const CSeqProg* prog) {
     std::vector<CPart*> parts;
-    for (const auto* songTrack : each<CSongTrack>(prog->tracks)) {
+    for (const auto* songTrack : prog->tracks) {
         const std::vector<CPart*> more = selectedParts(songTrack);
         parts.insert(parts.end(), more.begin(), more.end());
     }
@@ -125,7 +125,7 @@ std::vector<PlacedPart> selectedParts(CSeq* seq) {
     CSeqProg* prog = seq->getProg();
     if (!prog) return parts;
     int row = 0;
-    for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+    for (auto* songTrack : prog->tracks) {
         for (CPart* part : selectedParts(songTrack)) parts.push_back({part, songTrack, row});
         row++;
     }
@@ -137,7 +137,7 @@ std::vector<CPart*> partsShowing(CSeq* seq, CPart* part) {
     if (content == part) return {part};
     std::vector<CPart*> parts;
     seq->eachSongTrack([&](CSongTrack* songTrack) {
-        for (auto* user : each<CPart>(songTrack->parts))
+        for (auto* user : songTrack->parts)
             if (user->content() == content) parts.push_back(user);
     });
     return parts;

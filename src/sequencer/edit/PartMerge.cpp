@@ -93,7 +93,7 @@ void glueParts(CSeq* seq) {
     if (!seq->getProg()) return;
     CUndo* undo = seq->host->undoStart("Glue", seq, {.song = true, .seq = SeqNotice::parts});
     PartChange change;
-    for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks)) {
+    for (auto* songTrack : seq->getProg()->tracks) {
         const std::vector<CPart*> parts = selectedParts(songTrack);
         const auto tooLong = [seq](CPart* part) {
             return !canWriteOut(part, saturate(int64_t(seq->getTicks(part)) - part->offset));

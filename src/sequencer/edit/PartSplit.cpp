@@ -172,9 +172,9 @@ CBaseEvent* cutEvent(CSeq* seq, CPart* part, CBaseEvent* event, int tick, int at
 void splitPartsAt(CSeq* seq, int tick, PartChange& change) {
     CSeqProg* prog = seq->getProg();
     const bool all = !prog->getFirstSelectedPart();
-    for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+    for (auto* songTrack : prog->tracks) {
         if (songTrack->track->locked) continue;
-        for (auto* part : each<CPart>(songTrack->parts))
+        for (auto* part : songTrack->parts)
             if (all || part->selected())
                 cutPart(seq, songTrack, part, saturate(int64_t(tick) - part->pos), 0, splitApart,
                         change);

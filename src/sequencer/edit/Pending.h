@@ -6,7 +6,7 @@
 template <class T, class F>
 void eachPending(const CUndo* undo, const CList* list, F&& visit) {
     if (!undo) return;
-    for (auto* item : each<CUndoItem>(undo->items))
+    for (auto* item : undo->items)
         if (item->object && item->addTo == list) visit(static_cast<T*>(item->object));
 }
 

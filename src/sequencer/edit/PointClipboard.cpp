@@ -12,15 +12,15 @@ namespace {
 /// Calls `visit(songTrack, lane)` for the automation lanes that are open.
 template <class F>
 void eachShownLane(CSeq* seq, F&& visit) {
-    for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks)) {
+    for (auto* songTrack : seq->getProg()->tracks) {
         if (!songTrack->track->open()) continue;
-        for (auto* lane : each<CSubTrack>(songTrack->track->subTracks))
+        for (auto* lane : songTrack->track->subTracks)
             if (lane->visible && lane->automation()) visit(songTrack, lane);
     }
 }
 
 CSongTrack* placeOf(CSeq* seq, const CTrack* track) {
-    for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks))
+    for (auto* songTrack : seq->getProg()->tracks)
         if (songTrack->track == track) return songTrack;
     return nullptr;
 }
@@ -30,7 +30,7 @@ CSongTrack* placeOf(CSeq* seq, const CTrack* track) {
 std::vector<PartSlot> chosenPoints(CSeq* seq) {
     std::vector<PartSlot> found;
     eachShownLane(seq, [&](CSongTrack* songTrack, const CSubTrack* lane) {
-        for (auto* part : each<CPart>(songTrack->parts))
+        for (auto* part : songTrack->parts)
             for (const CBaseEvent* e = part->getParam(lane->slot); e; e = e->next)
                 if (isSelected(e)) {
                     found.push_back({part, lane->slot});
@@ -49,7 +49,7 @@ void PointClipboard::copy(CSeq* seq) {
     int first = maxTicks;
     eachShownLane(seq, [&](const CSongTrack* songTrack, CSubTrack* lane) {
         Lane one{songTrack->track, lane, {}};
-        for (auto* part : each<CPart>(songTrack->parts))
+        for (auto* part : songTrack->parts)
             eachEvent(part->getParam(lane->slot), [&](const CBaseEvent* e, int tick) {
                 const auto* point = static_cast<const CEnvEvent*>(e);
                 if (isSelected(e))
@@ -85,7 +85,7 @@ void PointClipboard::paste(CSeq* seq, int tick) const {
         if (!on || !lane) continue;
         std::vector<LanePlace> line = from.points;
         for (LanePlace& p : line) p.tick = limitTicks(int64_t(p.tick) + tick);
-        for (auto* part : each<CPart>(on->parts)) drawn.push_back({{part, lane->slot}, line});
+        for (auto* part : on->parts) drawn.push_back({{part, lane->slot}, line});
     }
     drawPoints(seq, drawn, "Paste");
 }

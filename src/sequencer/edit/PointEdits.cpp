@@ -21,9 +21,9 @@ CStr word(const CPart* point) {
 }
 
 CList& listOf(CSeqProg* prog, const CPart* point) {
-    return point->type == partTempo    ? prog->tempos
-           : point->type == partMarker ? prog->markers
-                                       : prog->timesigs;
+    if (point->type == partTempo) return prog->tempos;
+    if (point->type == partMarker) return prog->markers;
+    return prog->timesigs;
 }
 
 template <class F>

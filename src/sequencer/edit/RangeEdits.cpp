@@ -42,14 +42,14 @@ public:
     void collect(bool cut) {
         if (!ready()) return;
         int row = 0;
-        for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks)) {
+        for (auto* songTrack : seq->getProg()->tracks) {
             const bool meant = std::ranges::count(range.tracks, songTrack) > 0;
             if (meant && !songTrack->track->locked)
-                for (auto* part : each<CPart>(songTrack->parts)) add(songTrack, row, part, cut);
+                for (auto* part : songTrack->parts) add(songTrack, row, part, cut);
             row++;
         }
         if (!range.markers) return;
-        for (auto* marker : each<CMarkerPart>(seq->getProg()->markers))
+        for (auto* marker : seq->getProg()->markers)
             if (marker->pos >= range.from && marker->pos < range.to) markers.push_back(marker);
     }
     bool ready() const { return seq->getProg() && range.from < range.to; }
@@ -66,7 +66,7 @@ public:
         return "";
     }
     CSongTrack* targetOf(const Inside& in, int rows) const {
-        return static_cast<CSongTrack*>(seq->getProg()->tracks.items(in.row + rows));
+        return seq->getProg()->tracks.items(in.row + rows);
     }
 
     /// Runs `act(undo)` as a step of that title, and has what was cut follow.

@@ -40,9 +40,9 @@ public:
         const int from = section->pos, to = section->endTick();
         if (from >= to || at > maxTicks - (to - from)) return;
         int row = 0;
-        for (auto* songTrack : each<CSongTrack>(source->tracks)) {
-            auto* target = static_cast<CSongTrack*>(made->tracks.items(row++));
-            for (auto* part : each<CPart>(songTrack->parts)) addPart(target, part, from, to);
+        for (auto* songTrack : source->tracks) {
+            auto* target = made->tracks.items(row++);
+            for (auto* part : songTrack->parts) addPart(target, part, from, to);
         }
         addTempos(from, to);
         addSignatures(from, to);
@@ -89,7 +89,7 @@ private:
         const auto bpmAt = [&](int tick) { return float(map.bpmAt(seq->host->songTempo, tick)); };
         const CTempoPart* before = map.lastAt(from);
         setTempo(bpmAt(from), before && before->ramp, at);
-        for (auto* point : each<CTempoPart>(source->tempos))
+        for (auto* point : source->tempos)
             if (point->pos > from && point->pos < to)
                 setTempo(point->getTempo(), point->ramp != 0, at + point->pos - from);
         if (ramp) setTempo(bpmAt(to), false, at + to - from);
@@ -112,7 +112,7 @@ private:
         setSignature(before ? std::pair(before->getNum(), before->getDen())
                             : std::pair(seq->options.num(), seq->options.den()),
                      at);
-        for (auto* point : each<CTimesigPart>(source->timesigs))
+        for (auto* point : source->timesigs)
             if (point->pos > from && point->pos < to)
                 setSignature({point->getNum(), point->getDen()}, at + point->pos - from);
     }

@@ -28,13 +28,13 @@ Shifts collect(CSeq* seq, Ripple ripple, bool selectedStay, const ShiftOf& shift
     const auto offer = [&](CPart* part, const CSongTrack* songTrack) {
         if (const int ticks = shiftOf(songTrack, part->pos)) shifts.push_back({part, ticks});
     };
-    for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+    for (auto* songTrack : prog->tracks) {
         if (songTrack->track->locked) continue;
-        for (auto* part : each<CPart>(songTrack->parts))
+        for (auto* part : songTrack->parts)
             if (!selectedStay || !part->selected()) offer(part, songTrack);
     }
     if (ripple == Ripple::all)
-        for (const CList* points : {&prog->markers, &prog->tempos, &prog->timesigs})
+        for (const CList* points : listsOf(prog->markers, prog->tempos, prog->timesigs))
             for (auto* point : each<CPart>(*points)) offer(point, nullptr);
     return shifts;
 }
@@ -73,9 +73,9 @@ bool fits(CSeq* seq, const Shifts& shifts) {
 }
 
 bool allTaken(CSeq* seq, int rows) {
-    const CList& tracks = seq->getProg()->tracks;
+    const auto& tracks = seq->getProg()->tracks;
     return std::ranges::all_of(selectedParts(seq), [&](const PlacedPart& p) {
-        const auto* target = static_cast<CSongTrack*>(tracks.items(p.row + rows));
+        const auto* target = tracks.items(p.row + rows);
         return target && target->takesEdits(p.part);
     });
 }

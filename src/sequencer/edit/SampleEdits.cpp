@@ -135,7 +135,7 @@ void takeCopy(CSeq* seq, CPart* like, std::unique_ptr<CPart> copied) {
 }
 
 const CAudioEvent* copiedClip(CSeq* seq) {
-    auto* part = static_cast<CPart*>(seq->clipboard.parts.getFirst());
+    auto* part = seq->clipboard.parts.getFirst();
     if (seq->clipboard.parts.getCount() != 1 || part->type != partAudio) return nullptr;
     const auto* clip = static_cast<const CAudioEvent*>(part->getEvents());
     return hasFrames(clip) ? clip : nullptr;

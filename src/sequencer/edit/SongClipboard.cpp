@@ -8,6 +8,6 @@ void SongClipboard::add(CPart* part, int track) {
 }
 
 void SongClipboard::clear() {
-    deleteAll<CPart>(parts);
+    deleteAll(parts);
     tracks.clear();
 }

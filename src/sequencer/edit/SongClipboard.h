@@ -9,7 +9,7 @@ class CPart;
 /// Copies of parts, for pasting. Interface thread.
 class SongClipboard {
 public:
-    CList parts;             ///< of CPart, owned
+    ListOf<CPart> parts;     ///< owned
     std::vector<int> tracks; ///< of each: index of the track it came from
 
     SongClipboard() = default;

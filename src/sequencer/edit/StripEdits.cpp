@@ -28,8 +28,8 @@ bool takesStrips(const CComp* c) {
 bool feeds(CQV* host, const CComp* from, const CComp* to, std::set<const CComp*>& seen) {
     if (from == to) return true;
     if (!seen.insert(from).second) return false;
-    for (auto* next : each<CComp>(host->comps))
-        for (auto* ch : each<COutputChannel>(from->outputs))
+    for (auto* next : host->comps)
+        for (auto* ch : from->outputs)
             if (fedBy(next, ch) && feeds(host, next, to, seen)) return true;
     return false;
 }
@@ -40,18 +40,17 @@ bool has(const std::vector<CComp*>& comps, const CComp* c) {
 
 bool unfreeze(CQV* host, const std::vector<CComp*>& gone, CUndo* step) {
     const auto uses = [&gone](const CSongTrack* track) {
-        for (const auto* item : each<CFreezeItem>(track->freezeItems))
+        for (const auto* item : track->freezeItems)
             if (has(gone, item->comp)) return true;
         return false;
     };
     bool any = false;
-    for (auto* comp : each<CComp>(host->comps)) {
+    for (auto* comp : host->comps) {
         if (comp->type != compSeq || has(gone, comp)) continue;
         for (auto* prog : each<CSeqProg>(comp->progs))
-            for (auto* track : each<CSongTrack>(prog->tracks)) {
+            for (auto* track : prog->tracks) {
                 if (!uses(track)) continue;
-                for (auto* item : each<CFreezeItem>(track->freezeItems))
-                    step->asRemove(item, &track->freezeItems);
+                for (auto* item : track->freezeItems) step->asRemove(item, &track->freezeItems);
                 any = true;
             }
     }
@@ -65,16 +64,16 @@ void removeCables(CQV* host, const std::vector<CComp*>& gone, CUndo* step) {
             return has(gone, cable->fromComp) || has(gone, cable->toComp) ||
                    (fromIO && has(gone, fromIO->comp));
         };
-        for (auto* cable : each<CMIDICable>(to->midiCables))
+        for (auto* cable : to->midiCables)
             if (ends(cable, cable->fromPort)) step->asRemove(cable, &to->midiCables);
-        for (auto* cable : each<CAudioCable>(to->audioCables))
+        for (auto* cable : to->audioCables)
             if (ends(cable, cable->fromChannel)) step->asRemove(cable, &to->audioCables);
     };
-    for (const CList* list : {&host->comps, &host->sends})
+    for (const CList* list : listsOf(host->comps, host->sends))
         for (auto* c : each<CComp>(*list)) {
             strip(c);
             if (c->type != compSeq) continue;
-            for (auto* track : each<CTrack>(static_cast<CSeq*>(c)->tracks)) strip(track);
+            for (auto* track : static_cast<CSeq*>(c)->tracks) strip(track);
         }
     removeKeys(host, step, [&](const COutputChannel* key) { return has(gone, key->comp); });
 }
@@ -88,7 +87,7 @@ bool isOut(const CComp* c) {
 std::vector<CComp*> stripTargets(CQV* host, COutputChannel* ch) {
     std::vector<CComp*> targets;
     if (!ch->comp || ch->comp->type == compAudioOut) return targets;
-    for (auto* c : each<CComp>(host->comps)) {
+    for (auto* c : host->comps) {
         std::set<const CComp*> seen;
         const bool loops = ch->comp->type != compSeq && feeds(host, c, ch->comp, seen);
         if (takesStrips(c) && c->input() && !loops) targets.push_back(c);
@@ -97,7 +96,7 @@ std::vector<CComp*> stripTargets(CQV* host, COutputChannel* ch) {
 }
 
 CComp* stripTarget(CQV* host, COutputChannel* ch) {
-    for (auto* c : each<CComp>(host->comps))
+    for (auto* c : host->comps)
         if (takesStrips(c) && c != ch->comp && fedBy(c, ch)) return c;
     return nullptr;
 }
@@ -113,7 +112,7 @@ bool setStripTargets(CQV* host, const std::vector<COutputChannel*>& strips, CCom
         if (to && !has(targets, to)) continue;
         for (CComp* t : targets) {
             if (t == to) continue;
-            for (auto* cable : each<CAudioCable>(t->audioCables))
+            for (auto* cable : t->audioCables)
                 if (cable->fromChannel == ch) open()->asRemove(cable, &t->audioCables);
         }
         if (to && !fedBy(to, ch))
@@ -135,7 +134,7 @@ CComp* groupStrips(CQV* host, const std::vector<COutputChannel*>& strips) {
             step->asAdd(cable, &out->audioCables);
     for (COutputChannel* ch : strips) {
         for (CComp* t : stripTargets(host, ch))
-            for (auto* cable : each<CAudioCable>(t->audioCables))
+            for (auto* cable : t->audioCables)
                 if (cable->fromChannel == ch) step->asRemove(cable, &t->audioCables);
         step->asAdd(createAudioCable(group, ch, nullptr), &group->audioCables);
     }
@@ -155,7 +154,7 @@ bool mayDeleteComp(CQV* host, const CComp* comp) {
     if (host->sends.contains(comp)) return true;
     if (!host->comps.contains(comp)) return false;
     int outs = 0;
-    for (const auto* c : each<CComp>(host->comps)) outs += isOut(c);
+    for (const auto* c : host->comps) outs += isOut(c);
     return !isOut(comp) || outs > 1;
 }
 
@@ -172,7 +171,7 @@ void closeWindows(CComp* comp) {
 void deleteComps(CQV* host, const std::vector<CComp*>& comps) {
     std::vector<CComp*> going;
     int outs = 0;
-    for (const auto* c : each<CComp>(host->comps)) outs += isOut(c);
+    for (const auto* c : host->comps) outs += isOut(c);
     for (CComp* c : comps)
         if (mayDeleteComp(host, c) && !has(going, c) && (!isOut(c) || --outs > 0))
             going.push_back(c);
@@ -184,6 +183,7 @@ void deleteComps(CQV* host, const std::vector<CComp*>& comps) {
     CUndo* step = host->undoStart("Delete", host, rewired);
     step->effects.song = unfreeze(host, going, step);
     removeCables(host, going, step);
-    for (CComp* c : going) step->asRemove(c, host->sends.contains(c) ? &host->sends : &host->comps);
+    for (CComp* c : going)
+        step->asRemove(c, listsOf(host->comps, host->sends)[host->sends.contains(c) ? 1 : 0]);
     host->undoEnd(step, true);
 }

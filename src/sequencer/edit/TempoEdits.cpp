@@ -39,7 +39,7 @@ public:
         const CTempoPart* last = seq->getTempoAtPos(to);
         const double after = prog->tempoMap().bpmAt(seq->host->songTempo, to);
         bool followed = false;
-        for (auto* point : each<CTempoPart>(prog->tempos)) {
+        for (auto* point : prog->tempos) {
             followed = followed || point->pos == to;
             if (point->pos >= from && point->pos < to) undo->asRemove(point, &prog->tempos);
         }

@@ -23,13 +23,13 @@ namespace {
 CComp* ownSynth(CSeq* seq, CTrack* track) {
     CComp* synth = track->kind == trackMIDI ? trackTarget(seq, track) : nullptr;
     if (!synth || synth->type != compSampler) return nullptr;
-    for (const auto* cable : each<CMIDICable>(synth->midiCables))
+    for (const auto* cable : synth->midiCables)
         if (cable->fromPort != track->outPort()) return nullptr;
     return synth;
 }
 
 void copyOutputs(CComp* at, CComp* source, CComp* twin, CUndo* undo) {
-    for (auto* cable : each<CAudioCable>(at->audioCables)) {
+    for (auto* cable : at->audioCables) {
         if (!source->outputs.contains(cable->fromChannel)) continue;
         COutputChannel* from = twin->output(source->outputs.indexed(cable->fromChannel));
         if (auto* made = createAudioCable(at, from, cable->toChannel))
@@ -46,7 +46,7 @@ CComp* copySynth(CComp* source, CTrack* onto, CUndo* undo) {
     undo->asAdd(twin, &host->comps);
     if (auto* notes = createMIDICable(twin, onto->outPort(), nullptr))
         undo->asAdd(notes, &twin->midiCables);
-    for (auto* at : each<CComp>(host->comps)) copyOutputs(at, source, twin, undo);
+    for (auto* at : host->comps) copyOutputs(at, source, twin, undo);
     return twin;
 }
 
@@ -160,7 +160,7 @@ private:
     }
 
     void copyLanes() {
-        for (auto* lane : each<CSubTrack>(source->subTracks)) {
+        for (auto* lane : source->subTracks) {
             auto* twin = new CSubTrack(lane->id, LaneKind(int(lane->kind)));
             twin->visible = static_cast<unsigned char>(lane->visible);
             twin->height = int(lane->height);
@@ -171,9 +171,9 @@ private:
             twin->bypass = static_cast<unsigned char>(lane->bypass);
             made->subTracks.add(twin);
         }
-        for (auto* lane : each<CSubTrack>(source->editLanes))
-            if (void* twin = made->subTracks.items(source->subTracks.indexed(lane)))
-                made->editLanes.add(static_cast<CObject*>(twin));
+        for (auto* lane : source->editLanes)
+            if (CSubTrack* twin = made->subTracks.items(source->subTracks.indexed(lane)))
+                made->editLanes.add(twin);
     }
 
     void copyParts(CSeqProg* prog) {
@@ -185,7 +185,7 @@ private:
         if (!from || !to) return;
         to->setMuted(from->muted());
         to->setSoloed(from->soloed());
-        for (auto* part : each<CPart>(from->parts)) {
+        for (auto* part : from->parts) {
             CPart* twin = part->copy(0);
             twin->setSelected(false);
             to->addPart(twin, undo);

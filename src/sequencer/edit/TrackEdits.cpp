@@ -26,7 +26,7 @@ bool goesWith(const Tracks& tracks, const CTrack* track) {
 /// Those tracks and all inside, in the order of the song.
 Tracks withContents(CSeq* seq, const Tracks& tracks) {
     Tracks all;
-    for (auto* t : each<CTrack>(seq->tracks))
+    for (auto* t : seq->tracks)
         if (goesWith(tracks, t)) all.push_back(t);
     return all;
 }
@@ -34,12 +34,11 @@ Tracks withContents(CSeq* seq, const Tracks& tracks) {
 /// All tracks in their new order.
 Tracks orderAfter(CSeq* seq, const Tracks& moved, const TrackTarget& target) {
     Tracks rest;
-    for (auto* t : each<CTrack>(seq->tracks))
+    for (auto* t : seq->tracks)
         if (!among(moved, t)) rest.push_back(t);
     // What is dropped before a track that moves itself comes before what follows that.
     const CTrack* before = target.before;
-    while (before && among(moved, before))
-        before = static_cast<const CTrack*>(seq->tracks.next(before));
+    while (before && among(moved, before)) before = seq->tracks.next(before);
     auto at = std::find(rest.begin(), rest.end(), before);
     if (!target.before && target.folder) {
         at = std::find(rest.begin(), rest.end(), target.folder) + 1;
@@ -99,7 +98,7 @@ void moveTracksTo(CSeq* seq, const Tracks& tracks, const TrackTarget& target) {
     };
     size_t i = 0;
     bool same = std::none_of(tracks.begin(), tracks.end(), inOther);
-    for (auto* t : each<CTrack>(seq->tracks)) same = same && t == order[i++];
+    for (auto* t : seq->tracks) same = same && t == order[i++];
     if (same) return;
     CUndo* undo =
         seq->host->undoStart("Move track", seq, {.graph = true, .seq = SeqNotice::tracks});

@@ -74,7 +74,7 @@ void addLine(std::vector<Point<double>>& tempos, CSeq* seq, int from, int to) {
 }
 
 void writeTempos(CSMF& file, CSeq* seq, const Range& range) {
-    const CList& points = seq->getProg()->tempos;
+    const auto& points = seq->getProg()->tempos;
     if (points.empty()) return file.writeTempoTrack(asInt(double(seq->host->tempo)));
     std::vector<Point<double>> tempos;
     for (const auto* point : each<CTempoPart>(points)) {
@@ -90,7 +90,7 @@ void writeTempos(CSMF& file, CSeq* seq, const Range& range) {
 }
 
 void writeTimesigs(CSMF& file, CSeq* seq, const Range& range) {
-    const CList& points = seq->getProg()->timesigs;
+    const auto& points = seq->getProg()->timesigs;
     if (points.empty()) {
         int num = 4, den = 4;
         seq->getTimeSig(num, den);
@@ -189,7 +189,7 @@ void writeSongTrack(CSMF& file, CSongTrack* songTrack, const Range& range) {
     file.writeStartOfTrack();
     if (track->channel >= 0) file.writeMIDICh(track->channel);
     file.writeTrackName(track->id);
-    for (CPart* part : each<CPart>(songTrack->parts)) messages.add(part);
+    for (CPart* part : songTrack->parts) messages.add(part);
     messages.write(file);
     file.writeEndOfTrack();
 }
@@ -203,10 +203,10 @@ bool isExported(CSongTrack* songTrack, bool anySolo) {
 void writeSong(CSMF& file, CSeq* seq, const Range& range) {
     CSeqProg* prog = seq->getProg();
     bool anySolo = false;
-    for (const auto* t : each<CSongTrack>(prog->tracks)) anySolo = anySolo || t->soloed();
+    for (const auto* t : prog->tracks) anySolo = anySolo || t->soloed();
     writeTempos(file, seq, range);
     writeTimesigs(file, seq, range);
-    for (auto* t : each<CSongTrack>(prog->tracks))
+    for (auto* t : prog->tracks)
         if (isExported(t, anySolo)) writeSongTrack(file, t, range);
 }
 

@@ -55,8 +55,8 @@ public:
           songTrack(target && (how.ontoParts || target->parts.empty()) ? target : nullptr) {
         if (songTrack) usedTracks.push_back(songTrack);
         if (songTrack) channelTold.push_back(songTrack->track);
-        lastTempo = static_cast<CTempoPart*>(prog->tempos.last());
-        lastTimesig = static_cast<CTimesigPart*>(prog->timesigs.last());
+        lastTempo = prog->tempos.last();
+        lastTimesig = prog->timesigs.last();
     }
     MidiImport run();
 

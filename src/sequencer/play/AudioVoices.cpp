@@ -192,7 +192,7 @@ void AudioVoices::begin(AudioVoice& v, const VoiceStart& s) {
     setFades(v);
     v.stretchPos = asInt(v.pos);
     if (v.mode == playStretch)
-        for (auto* stretcher : each<CElastiqueRender>(host()->stretchers)) {
+        for (auto* stretcher : host()->stretchers) {
             if (!stretcher->start()) continue;
             v.stretcher = stretcher;
             break;

@@ -49,7 +49,7 @@ int64_t keptFrom(const CSeq* seq) {
 CSongTrack* trackToKeep(CSeq* seq) {
     CSeqProg* prog = seq->getProg();
     if (!prog) return nullptr;
-    for (auto* t : each<CSongTrack>(prog->tracks)) {
+    for (auto* t : prog->tracks) {
         const CTrack* track = t->track;
         if (track->played && track->selected() && !track->locked &&
             track->played->anySince(keptFrom(seq)))

@@ -20,8 +20,6 @@
 
 namespace {
 
-/// So long before the end of a loop a note counts as the first of the next pass, and before a take
-/// as its first.
 /// Song tracks whose parts are looked through in a block at most, while the transport stands.
 constexpr int tracksPrepared = 4;
 
@@ -67,7 +65,7 @@ void triggerMarkers(const ProgBlock& b) {
 /// Asks song tracks whose mute or solo changed for what that means.
 void askAudible(CSeqProg* prog) {
     prog->updateSolo();
-    for (CSongTrack* t : each<CSongTrack>(prog->tracks)) {
+    for (CSongTrack* t : prog->tracks) {
         const bool audible = !t->muted() && (!prog->anySolo || t->soloed());
         if (t->audible && !audible)
             t->requests.ask(requestFlush | requestSetup);
@@ -172,7 +170,7 @@ void recordAudio(const ProgBlock& b, CTrack* track) {
 /// Looks through the parts of a few song tracks, so that a start need not.
 void prepareStart(CSeqProg* prog) {
     int left = tracksPrepared;
-    for (CSongTrack* t : each<CSongTrack>(prog->tracks))
+    for (CSongTrack* t : prog->tracks)
         if (t->index.refresh(t->parts) && --left == 0) return;
 }
 
@@ -193,7 +191,7 @@ void processTrack(const ProgBlock& b, CSongTrack* t) {
 void takeSources(const ProgBlock& b, CTrack* track) {
     if (track->kind != trackAudio && track->kind != trackDrum) return;
     CQV* host = b.prog->seq->host;
-    for (CMIDICable* cable : each<CMIDICable>(track->midiCables)) {
+    for (CMIDICable* cable : track->midiCables) {
         if (cable->muted) continue;
         for (CMIDIBytes* e = cable->fromPort->first(); e; e = e->next)
             if (!host->midiMapped(track, cable->toPort, e))
@@ -259,8 +257,8 @@ void advance(const ProgBlock& b) {
 }
 
 /// The user's second stop ends patterns that the latch keeps, too.
-void silenceArps(const CList& tracks) {
-    for (CTrack* track : each<CTrack>(tracks)) track->arp->allNotesOff = 1;
+void silenceArps(const ListOf<CTrack>& tracks) {
+    for (CTrack* track : tracks) track->arp->allNotesOff = 1;
 }
 
 void jumpTo(CSeqProg* prog, double ticks) {
@@ -281,7 +279,7 @@ bool CSeqProg::isLooping() {
 
 void CSeqProg::updateSolo() {
     bool any = false;
-    for (CSongTrack* t : each<CSongTrack>(tracks)) any = any || t->soloed();
+    for (CSongTrack* t : tracks) any = any || t->soloed();
     anySolo = any;
 }
 
@@ -299,9 +297,9 @@ void CSeqProg::process(int frames, int offset) {
     if (seq->host->clock->begins()) pos = seq->host->clock->exact(pos);
     b.jumped = requests.take(requestSetup);
     if (!playing) prepareStart(this);
-    for (CSongTrack* t : each<CSongTrack>(tracks)) processTrack(b, t);
+    for (CSongTrack* t : tracks) processTrack(b, t);
     if (b.current)
-        for (CSongTrack* t : each<CSongTrack>(tracks)) takeSources(b, t->track);
+        for (CSongTrack* t : tracks) takeSources(b, t->track);
     if (playing) advance(b);
 }
 
@@ -324,7 +322,7 @@ void CSeqProg::play() {
         session.add(section);
     }
     uint64_t row = 0; // what chance decides is the same at each start
-    for (CSongTrack* t : each<CSongTrack>(tracks)) {
+    for (CSongTrack* t : tracks) {
         t->pos = pos;
         t->track->arp->chance.seed(unsigned(row));
         if (CSynthProg* kit = t->track->synthProg.get()) kit->start(unsigned(row));
@@ -336,7 +334,7 @@ void CSeqProg::play() {
 
 void CSeqProg::flush(int frame) {
     assert(seq->heldByThread());
-    for (CSongTrack* t : each<CSongTrack>(tracks)) t->flush(frame, false);
+    for (CSongTrack* t : tracks) t->flush(frame, false);
 }
 
 void CSeqProg::midiReceived(CSongTrack* songTrack, double tick, int msg, void*, bool record) {
@@ -365,7 +363,7 @@ void startStrips(CTrack* track) {
     track->eachInsert(start);
     if (track->kind != trackDrum) return;
     for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds))
-        for (auto* insert : each<CComp>(sound->output->inserts)) start(insert);
+        for (auto* insert : sound->output->inserts) start(insert);
 }
 
 } // namespace
@@ -376,7 +374,7 @@ void CSeq::start() {
     playing = 1;
     playedTime.run++;
     if (CSeqProg* prog = getProg()) prog->play();
-    for (CTrack* track : each<CTrack>(tracks)) startStrips(track);
+    for (CTrack* track : tracks) startStrips(track);
     tempo.follow();
     songNotices.raise(SeqNotice::transport);
 }
@@ -409,10 +407,10 @@ void CSeq::setPos(double ticks) {
 
 void CSeq::prepare(int frames) {
     CComp::prepare(frames);
-    for (CTrack* track : each<CTrack>(tracks)) track->prepare(frames);
+    for (CTrack* track : tracks) track->prepare(frames);
     CSeqProg* prog = getProg();
     if (!prog) return;
-    for (CSongTrack* t : each<CSongTrack>(prog->tracks))
+    for (CSongTrack* t : prog->tracks)
         if (CMIDIQ* port = t->track->outPort()) port->freezeItems = &t->freezeItems;
 }
 
@@ -428,5 +426,5 @@ void CSeq::process(int frames) {
     playedTime.frames += frames;
     playedTime.ticks += host->framesToTicks(frames);
     if (host->clock->ends(frames)) tempo.follow();
-    for (CTrack* track : each<CTrack>(tracks)) track->arpeggiate(frames);
+    for (CTrack* track : tracks) track->arpeggiate(frames);
 }

@@ -333,7 +333,7 @@ void playSlice(Block& b, int slice) {
 }
 
 void sendChase(const Block& b) {
-    for (CSubTrack* lane : each<CSubTrack>(b.track()->subTracks)) {
+    for (CSubTrack* lane : b.track()->subTracks) {
         if (!lane->chasePending) continue;
         lane->chasePending = false;
         if (lane->played())

@@ -79,7 +79,7 @@ void joinClip(CSongTrack* songTrack, CPart* part, CAudioEvent* e, int tick, doub
 
 /// The freeze files in place of the events, from a position on.
 void playFrozen(CSongTrack* songTrack, double position, int delay) {
-    for (const auto* item : each<CFreezeItem>(songTrack->freezeItems)) {
+    for (const auto* item : songTrack->freezeItems) {
         if (!item->sample || !item->channel) continue;
         VoiceStart start;
         start.sample = item->sample;
@@ -167,7 +167,7 @@ void CSongTrack::setup(double position, double offset, bool keepMain) {
     if (frozen && !keepMain) playFrozen(this, position, delay);
     seekParts(position, keepMain, delay);
     if (voices) voices->endRebuild();
-    for (CSubTrack* lane : each<CSubTrack>(track->subTracks)) chaseLane(lane, position);
+    for (CSubTrack* lane : track->subTracks) chaseLane(lane, position);
 }
 
 /// Finds the parts that play at a position; those to come follow by `admitParts`.
@@ -203,7 +203,7 @@ void CSongTrack::playPart(CPart* part, double position, bool keepMain, int delay
         p->head = part->getEvents();
     }
     if (frozen) part->play(0)->current = nullptr; // the file plays in its place
-    for (CSubTrack* lane : each<CSubTrack>(track->subTracks)) addLanePointer(part, lane);
+    for (CSubTrack* lane : track->subTracks) addLanePointer(part, lane);
     const int pointers = part->numPlay;
     for (int i = kept || frozen ? 1 : 0; i < pointers; i++)
         seekPointer(this, *part->play(i), part, position, delay);

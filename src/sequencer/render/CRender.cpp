@@ -73,7 +73,7 @@ private:
     void settle() {
         host->prepare(host->frames);
         host->process(host->frames);
-        for (CComp* c : each<CComp>(host->comps)) c->allNotesOff = 1;
+        for (CComp* c : host->comps) c->allNotesOff = 1;
         host->prepare(host->frames);
         host->process(host->frames);
     }
@@ -127,7 +127,7 @@ void CRender::chooseUsual() {
     readSettings();
     filename = changeFileExt(qv->projectFile, "");
     outputs.clear();
-    for (CComp* c : each<CComp>(qv->comps))
+    for (CComp* c : qv->comps)
         if (c->type == compAudioOut && c->output()) outputs.add(c->output());
 }
 

@@ -45,10 +45,10 @@ constexpr int renderTails[] = {tailAuto, 0, 1000, 2000, 5000, 10000};
 class CRender : public CObject {
 public:
     CQV* qv;
-    CComp* comp;            ///< what is rendered, normally the sequencer
-    CStr folder, filename;  ///< of the export: several files go to `folder`
-    CList outputs;          ///< of COutputChannel, not owned: the channels to capture
-    bool cancelled = false; ///< by the last `process`
+    CComp* comp;                    ///< what is rendered, normally the sequencer
+    CStr folder, filename;          ///< of the export: several files go to `folder`
+    ListOf<COutputChannel> outputs; ///< not owned: the channels to capture
+    bool cancelled = false;         ///< by the last `process`
     int rangeMode = rangeSong;
     int start = 0; ///< ticks
     int format = renderWav;

@@ -51,7 +51,7 @@ private:
 class Audible {
 public:
     explicit Audible(CSeqProg* prog) {
-        for (auto* t : each<CSongTrack>(prog->tracks)) {
+        for (auto* t : prog->tracks) {
             saved.push_back({t, t->muted(), t->soloed()});
             if (t->track->selected()) t->setMuted(false);
             t->setSoloed(false);
@@ -107,8 +107,8 @@ private:
 bool Freeze::plays(const COutputChannel* channel) const {
     for (const auto& item : items)
         if (item->channel == channel) return true;
-    for (auto* t : each<CSongTrack>(prog->tracks))
-        for (const auto* item : each<CFreezeItem>(t->freezeItems))
+    for (auto* t : prog->tracks)
+        for (const auto* item : t->freezeItems)
             if (item->channel == channel) return true;
     return false;
 }
@@ -159,7 +159,7 @@ RenderResult Freeze::renderItems(RenderUi* ui) {
 
 void Freeze::record(CUndo* step) {
     for (CSongTrack* t : frozen)
-        for (auto* item : each<CFreezeItem>(t->freezeItems)) step->asRemove(item, &t->freezeItems);
+        for (auto* item : t->freezeItems) step->asRemove(item, &t->freezeItems);
     for (auto& item : items) {
         if (item->channel->holdL == 0.0f && item->channel->holdR == 0.0f) continue;
         auto* songTrack = static_cast<CSongTrack*>(item->songTrack);
@@ -175,7 +175,7 @@ void Freeze::record(CUndo* step) {
 
 RenderResult Freeze::run(RenderUi* ui) {
     RenderResult result = RenderResult::good;
-    for (auto* t : each<CSongTrack>(prog->tracks)) {
+    for (auto* t : prog->tracks) {
         if (!t->track->selected()) continue;
         if (!t->freezeItems.empty())
             frozen.push_back(t);

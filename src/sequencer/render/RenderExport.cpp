@@ -88,9 +88,9 @@ void Export::addFile(COutputChannel* channel, const CStr& place) {
 }
 
 void Export::chooseMix() {
-    CList& outputs = render.outputs;
+    ListOf<COutputChannel>& outputs = render.outputs;
     if (outputs.empty())
-        for (CComp* c : each<CComp>(render.qv->comps))
+        for (CComp* c : render.qv->comps)
             if (c->type == compAudioOut && c->output()) outputs.add(c->output());
     if (outputs.empty()) return;
     if (render.upload) {
@@ -99,7 +99,7 @@ void Export::chooseMix() {
     }
     addFile(nullptr, withExtension(render.filename, extensions[render.format]));
     channels.clear();
-    for (auto* ch : each<COutputChannel>(outputs)) channels.push_back(ch);
+    for (auto* ch : outputs) channels.push_back(ch);
 }
 
 void Export::chooseTracks() {

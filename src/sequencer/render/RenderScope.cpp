@@ -37,10 +37,10 @@ public:
 
 /// From the start of the first selected part to the end of the last one.
 RenderSpan selectedSpan(CSeq* seq) {
-    CList parts;
+    ListOf<CPart> parts;
     seq->getProg()->getSelectedParts(&parts);
     int from = maxTicks, to = 0;
-    for (auto* part : each<CPart>(parts)) {
+    for (auto* part : parts) {
         from = std::min(from, int(part->pos));
         to = std::max(to, saturate(int64_t(part->pos) + seq->getTicks(part)));
     }
@@ -56,24 +56,23 @@ std::vector<std::pair<CComp*, COutputChannel*>> channelsOf(CTrack* track) {
         return found;
     }
     const CMIDIQ* port = track->outPort();
-    for (CComp* c : each<CComp>(track->host->comps)) {
+    for (CComp* c : track->host->comps) {
         if (!fedBy(c, port)) continue;
-        for (auto* ch : each<COutputChannel>(c->outputs)) found.emplace_back(c, ch);
+        for (auto* ch : c->outputs) found.emplace_back(c, ch);
     }
     return found;
 }
 
 std::vector<TrackOutput> trackOutputs(CSeq* seq) {
     Numbering numbering;
-    for (auto* songTrack : each<CSongTrack>(seq->getProg()->tracks)) {
+    for (auto* songTrack : seq->getProg()->tracks) {
         CTrack* track = songTrack->track;
         if (!track->selected() || songTrack->parts.empty()) continue;
         for (const auto& [comp, channel] : channelsOf(track))
             numbering.add(channel, "track_", track->id);
     }
     for (auto* bus : each<CComp>(seq->host->sends))
-        for (auto* channel : each<COutputChannel>(bus->outputs))
-            numbering.add(channel, "fx_", bus->id);
+        for (auto* channel : bus->outputs) numbering.add(channel, "fx_", bus->id);
     return std::move(numbering.outputs);
 }
 
@@ -98,11 +97,11 @@ CStr whyTooLong(const CRender& render, CSeq* seq, const RenderSpan& span, const 
 
 SelectedOnly::SelectedOnly(CSeq* sequencer, bool active) {
     if (!active || !sequencer->getProg()) return;
-    for (auto* t : each<CSongTrack>(sequencer->getProg()->tracks)) {
+    for (auto* t : sequencer->getProg()->tracks) {
         trackFlags.emplace_back(t, t->flags.load());
         t->setMuted(false);
         t->setSoloed(false);
-        for (auto* part : each<CPart>(t->parts)) {
+        for (auto* part : t->parts) {
             partMutes.emplace_back(part, part->muted());
             part->setMuted(!part->selected());
         }

@@ -17,7 +17,7 @@ void silence(CComp* c);
 void silenceStrip(COutputChannel* ch) {
     for (CEQ* band : ch->eq)
         if (band) band->clear();
-    for (CComp* insert : each<CComp>(ch->inserts)) silence(insert);
+    for (CComp* insert : ch->inserts) silence(insert);
 }
 
 void silenceProgram(CSynthProg* prog) {
@@ -31,7 +31,7 @@ void silenceProgram(CSynthProg* prog) {
 
 void silenceTrack(CTrack* track) {
     track->arp->deleteAllVoices();
-    for (auto* ch : each<COutputChannel>(track->outputs)) silenceStrip(ch);
+    for (auto* ch : track->outputs) silenceStrip(ch);
     if (!track->synthProg) return;
     silenceProgram(track->synthProg.get());
     for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds))
@@ -43,7 +43,7 @@ void silenceContent(CComp* c) {
     case compEffect:
         static_cast<CEffect*>(c)->restart();
         for (auto* prog : each<CEffectProg>(c->progs))
-            for (auto* fx : each<CFX>(prog->effects)) fx->clear();
+            for (auto* fx : prog->effects) fx->clear();
         break;
     case compSampler:
         static_cast<CSampler*>(c)->allNotesOff();
@@ -57,7 +57,7 @@ void silenceContent(CComp* c) {
         break;
     case compSeq:
         static_cast<CSeq*>(c)->dropVoices();
-        for (auto* track : each<CTrack>(static_cast<CSeq*>(c)->tracks)) silenceTrack(track);
+        for (auto* track : static_cast<CSeq*>(c)->tracks) silenceTrack(track);
         break;
     default:
         break;
@@ -66,9 +66,9 @@ void silenceContent(CComp* c) {
 
 void silence(CComp* c) {
     silenceContent(c);
-    for (auto* ch : each<COutputChannel>(c->outputs)) silenceStrip(ch);
-    for (auto* cable : each<CAudioCable>(c->audioCables)) cable->settleMute();
-    for (auto* child : each<CComp>(c->comps)) silence(child);
+    for (auto* ch : c->outputs) silenceStrip(ch);
+    for (auto* cable : c->audioCables) cable->settleMute();
+    for (auto* child : c->comps) silence(child);
 }
 
 } // namespace

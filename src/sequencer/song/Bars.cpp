@@ -30,7 +30,7 @@ void eachStretch(CSeq* seq, F&& visit) {
     seq->getTimeSig(num, den);
     Stretch present = stretch(0, 1, num, den);
     if (const CSeqProg* prog = seq->getProg())
-        for (const auto* point : each<CTimesigPart>(prog->timesigs)) {
+        for (const auto* point : prog->timesigs) {
             present.to = asMax(present.from, point->pos);
             const int next = present.firstBar + present.bars();
             if (present.to > present.from && !visit(present)) return;

@@ -46,7 +46,7 @@ bool liesIn(const CObject* part, const ForgetSet& gone) {
 }
 
 void forgetInSongs(CQV* host, const ForgetSet& gone) {
-    for (auto* c : each<CComp>(host->comps))
+    for (auto* c : host->comps)
         if (c->type == compSeq) static_cast<CSeq*>(c)->forget(gone);
 }
 
@@ -86,9 +86,9 @@ CSeq::~CSeq() {
     recorder.edits.settle();
     clearCopies();
     deleteAll<CObject>(progs);
-    deleteAll<CPart>(masterParts);
-    deleteAll<CTrack>(tracks);
-    deleteAll<CSampleClip>(drumClips);
+    deleteAll(masterParts);
+    deleteAll(tracks);
+    deleteAll(drumClips);
 }
 
 void CSeq::init() {
@@ -100,7 +100,7 @@ void CSeq::idle() {
     editorComp->idle();
     selection.purge();
     recorder.idle();
-    for (auto* track : each<CTrack>(tracks)) track->idle();
+    for (auto* track : tracks) track->idle();
 }
 
 void CSeq::doUpdate(int code) {
@@ -111,7 +111,7 @@ void CSeq::doUpdate(int code) {
         sortParts(parts, isBefore, this);
     };
     for (auto* prog : each<CSeqProg>(progs)) {
-        for (auto* songTrack : each<CSongTrack>(prog->tracks)) order(songTrack->parts, partBefore);
+        for (auto* songTrack : prog->tracks) order(songTrack->parts, partBefore);
         order(prog->timesigs, earlier);
         order(prog->tempos, earlier);
     }
@@ -180,7 +180,7 @@ void CSeq::songTrackMoved(CObject* object, const CList* list) {
 }
 
 void CSeq::lanesMoved(const CList* list) {
-    for (auto* track : each<CTrack>(tracks))
+    for (auto* track : tracks)
         if (list == &track->subTracks) lanesChanged(track);
 }
 
@@ -188,7 +188,7 @@ void CSeq::lanesChanged(const CTrack* track) {
     assert(heldByThread());
     eachSongTrack([track](CSongTrack* songTrack) {
         if (songTrack->track != track) return;
-        for (auto* part : each<CPart>(songTrack->parts)) part->dropLanePlay();
+        for (auto* part : songTrack->parts) part->dropLanePlay();
         songTrack->requests.ask(requestLanes);
     });
 }
@@ -205,18 +205,18 @@ void CSeq::forget(const ForgetSet& gone) {
     const GraphHold hold(host);
     eachSongTrack([&gone](CSongTrack* songTrack) {
         if (songTrack->voices) dropVoicesOf(*songTrack->voices, gone);
-        for (auto* item : each<CFreezeItem>(songTrack->freezeItems)) {
+        for (auto* item : songTrack->freezeItems) {
             if (!item->channel || !liesIn(item->channel, gone)) continue;
             item->comp = nullptr;
             item->channel = nullptr;
         }
     });
     for (auto* prog : each<CSeqProg>(progs)) purgeMarkers(prog, gone);
-    for (auto* track : each<CTrack>(tracks)) {
+    for (auto* track : tracks) {
         removeGone<CSubTrack>(track->editLanes, gone);
         track->take.purge(gone);
         bool known = false;
-        for (auto* lane : each<CSubTrack>(track->subTracks)) {
+        for (auto* lane : track->subTracks) {
             if (!lane->object || !liesIn(lane->object, gone)) continue;
             lane->object = nullptr;
             known = true;
@@ -278,9 +278,9 @@ void CSeq::getTimeSig(int& num, int& den) {
 int CSeq::freezed(COutputChannel* channel) {
     CSeqProg* prog = getProg();
     if (!prog || host->renderMode) return 0; // a render plays what was frozen itself
-    for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+    for (auto* songTrack : prog->tracks) {
         if (songTrack->track->output() != channel) continue;
-        for (auto* item : each<CFreezeItem>(songTrack->freezeItems))
+        for (auto* item : songTrack->freezeItems)
             if (item->sample) return 1;
     }
     return 0;
@@ -292,9 +292,9 @@ int CSeq::renderDuration() {
 }
 
 CComp* CSeq::getComp(CObject* io) {
-    for (auto* track : each<CTrack>(tracks))
+    for (auto* track : tracks)
         for (const CList* list :
-             {&track->outputs, &track->inputs, &track->outPorts, &track->inPorts})
+             listsOf(track->outputs, track->inputs, track->outPorts, track->inPorts))
             if (list->contains(io)) return track;
     return nullptr;
 }
@@ -303,7 +303,7 @@ void CSeq::getTempoMap(CMIDIQ* queue) {
     CSeqProg* prog = getProg();
     if (!prog) return;
     const int from = asInt(getPos());
-    for (auto* point : each<CTempoPart>(prog->tempos))
+    for (auto* point : prog->tempos)
         if (point->pos >= from)
             queue->push(double(point->pos) - from, 0, eventMidi, point->getTempo(), 0, nullptr,
                         nullptr);
@@ -316,7 +316,7 @@ CSeqProg* CSeq::getProg() {
 CSeqProg* CSeq::createProgram() {
     auto* prog = new CSeqProg(this);
     prog->id = getDefaultProgramName();
-    for (auto* track : each<CTrack>(tracks)) prog->tracks.add(new CSongTrack(prog, track));
+    for (auto* track : tracks) prog->tracks.add(new CSongTrack(prog, track));
     return prog;
 }
 

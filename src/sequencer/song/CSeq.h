@@ -19,6 +19,7 @@
 #include <memory>
 #include <vector>
 
+class CSampleClip;
 class CDrumSound;
 class CEditorComp;
 class CSample;
@@ -45,15 +46,15 @@ extern Shared<int> useMarkersMIDINoteTrigger;
 /// by single stores. Whatever has no step here acts at once and holds the graph for it.
 class CSeq : public CComp {
 public:
-    CList tracks; ///< of CTrack, owned
+    ListOf<CTrack> tracks; ///< owned
     Shared<unsigned char> playing{0}, recording{0};
     Shared<double> songTicks{0.0}; ///< played since start
     PlayedTime playedTime;
     Stored<int> maxVoices{6};
-    Shared<int> preview{1};      ///< notes sound when they are edited
-    Shared<int> autoQuantize{0}; ///< of recorded notes
-    CList masterParts;           ///< of CPart, owned: what ghosts share
-    CList drumClips;             ///< of CSampleClip, owned: what the drums of all tracks play
+    Shared<int> preview{1};        ///< notes sound when they are edited
+    Shared<int> autoQuantize{0};   ///< of recorded notes
+    ListOf<CPart> masterParts;     ///< owned: what ghosts share
+    ListOf<CSampleClip> drumClips; ///< owned: what the drums of all tracks play
     SongOptions options;
     TempoView tempo;         ///< of the current program
     SongSelection selection; ///< in the arrangement
@@ -290,5 +291,5 @@ void enterSequencer();
 template <class F>
 void CSeq::eachSongTrack(F&& visit) {
     for (auto* prog : each<CSeqProg>(progs))
-        for (auto* songTrack : each<CSongTrack>(prog->tracks)) visit(songTrack);
+        for (auto* songTrack : prog->tracks) visit(songTrack);
 }

@@ -58,7 +58,7 @@ CSeqProg::CSeqProg(CSeq* owner) : seq(owner) {
 }
 
 CSeqProg::~CSeqProg() {
-    deleteAll<CSongTrack>(tracks);
+    deleteAll(tracks);
     deleteAll<CPart>(markers);
     deleteAll<CPart>(timesigs);
     deleteAll<CPart>(tempos);
@@ -105,7 +105,7 @@ CMarkerPart* CSeqProg::noteToMarker(int note) {
     constexpr int degrees[octave] = {0, -1, 1, -1, 2, 3, -1, 4, -1, 5, -1, 6};
     if (note < 0 || degrees[note % octave] < 0) return nullptr;
     const int index = note / octave * whiteKeys + degrees[note % octave] - firstKey;
-    return static_cast<CMarkerPart*>(markers.items(index));
+    return markers.items(index);
 }
 
 void CSeqProg::purgeMarker(const CObject* marker) {
@@ -125,7 +125,7 @@ CTimesigPart* CSeqProg::getTimesigAtPos(int tick) {
 
 CTimesigPart* CSeqProg::timesigInForce(int tick) {
     CTimesigPart* found = nullptr;
-    for (auto* point : each<CTimesigPart>(timesigs)) {
+    for (auto* point : timesigs) {
         if (point->pos > tick) break;
         found = point;
     }
@@ -137,41 +137,41 @@ CTempoPart* CSeqProg::getTempoAtPos(int tick) {
 }
 
 CSongTrack* CSeqProg::songTrackOf(const CTrack* track) {
-    for (auto* songTrack : each<CSongTrack>(tracks))
+    for (auto* songTrack : tracks)
         if (songTrack->track == track) return songTrack;
     return nullptr;
 }
 
 void CSeqProg::getSelectedParts(CList* list) {
-    for (auto* songTrack : each<CSongTrack>(tracks))
-        for (auto* part : each<CPart>(songTrack->parts))
+    for (auto* songTrack : tracks)
+        for (auto* part : songTrack->parts)
             if (part->selected()) list->add(part);
 }
 
 bool CSeqProg::hasParts() const {
-    for (const auto* songTrack : each<CSongTrack>(tracks))
+    for (const auto* songTrack : tracks)
         if (!songTrack->parts.empty()) return true;
     return false;
 }
 
 CPart* CSeqProg::getFirstSelectedPart() {
-    for (auto* songTrack : each<CSongTrack>(tracks))
-        for (auto* part : each<CPart>(songTrack->parts))
+    for (auto* songTrack : tracks)
+        for (auto* part : songTrack->parts)
             if (part->selected()) return part;
     return nullptr;
 }
 
 CPart* CSeqProg::getLastSelectedPart() {
     CPart* last = nullptr;
-    for (auto* songTrack : each<CSongTrack>(tracks))
-        for (auto* part : each<CPart>(songTrack->parts))
+    for (auto* songTrack : tracks)
+        for (auto* part : songTrack->parts)
             if (part->selected()) last = part;
     return last;
 }
 
 int CSeqProg::duration() {
     int end = 0;
-    for (auto* songTrack : each<CSongTrack>(tracks)) end = asMax(end, songTrack->duration());
+    for (auto* songTrack : tracks) end = asMax(end, songTrack->duration());
     return end;
 }
 
@@ -204,14 +204,14 @@ void CSeqProg::reserveTempos(int count) {
 
 int CSeqProg::snapTo(int tick, int grid) {
     int base = 0;
-    for (auto* point : each<CTimesigPart>(timesigs))
+    for (auto* point : timesigs)
         if (point->pos <= tick) base = point->pos;
     return fromBase(base, grid, tick);
 }
 
 int CSeqProg::snapToBeat(int tick, int, int den) {
     int base = 0;
-    for (auto* point : each<CTimesigPart>(timesigs)) {
+    for (auto* point : timesigs) {
         if (point->pos > tick) break;
         base = point->pos;
         den = point->getDen();

@@ -40,15 +40,15 @@ private:
 /// its own.
 class CSeqProg : public CProgram {
 public:
-    CSeq* seq;                    ///< the owner
-    CList tracks;                 ///< of CSongTrack, owned, in the order of `CSeq::tracks`
-    CList markers;                ///< of CMarkerPart, owned
-    CList timesigs;               ///< of CTimesigPart, owned, in order of position
-    CList tempos;                 ///< of CTempoPart, owned, in order of position
-    Shared<double> pos{0.0};      ///< ticks
-    Shared<double> punchPos{0.0}; ///< ticks, where the present pass of a loop recording began
-    Shared<double> prevPos{0.0};  ///< `pos` before the last block
-    Shared<int64_t> samplePos{0}; ///< frames
+    CSeq* seq;                     ///< the owner
+    ListOf<CSongTrack> tracks;     ///< owned, in the order of `CSeq::tracks`
+    ListOf<CMarkerPart> markers;   ///< owned
+    ListOf<CTimesigPart> timesigs; ///< owned, in order of position
+    ListOf<CTempoPart> tempos;     ///< owned, in order of position
+    Shared<double> pos{0.0};       ///< ticks
+    Shared<double> punchPos{0.0};  ///< ticks, where the present pass of a loop recording began
+    Shared<double> prevPos{0.0};   ///< `pos` before the last block
+    Shared<int64_t> samplePos{0};  ///< frames
     Stored<unsigned char> loop{1};
     Stored<int> leftLocator{0}, rightLocator{3840}; ///< ticks
     Shared<unsigned char> anySolo{0};

@@ -23,8 +23,8 @@ CSongTrack::CSongTrack(CSeqProg* program, CTrack* songTrack)
 }
 
 CSongTrack::~CSongTrack() {
-    deleteAll<CPart>(parts);
-    deleteAll<CFreezeItem>(freezeItems);
+    deleteAll(parts);
+    deleteAll(freezeItems);
     delete noteOffsNext;
     delete noteOffs;
 }
@@ -78,7 +78,6 @@ CPart* CSongTrack::linkPart(CPart* part) {
 
 int CSongTrack::duration() {
     int64_t end = 0;
-    for (auto* part : each<CPart>(parts))
-        end = std::max(end, int64_t(part->pos) + prog->seq->getTicks(part));
+    for (auto* part : parts) end = std::max(end, int64_t(part->pos) + prog->seq->getTicks(part));
     return saturate(end);
 }

@@ -10,6 +10,7 @@
 
 #include <memory>
 
+class CFreezeItem;
 class AudioVoices;
 class CDrumSound;
 class CMIDIQ;
@@ -57,8 +58,8 @@ public:
     double reached = 0.0;        ///< tick before which what has no pointer is done; graph holder
     CSeqProg* prog;              ///< the owner
     CTrack* track;               ///< not owned
-    CList parts;                 ///< of CPart, owned, in the order of `CSeq::orderParts`
-    CList freezeItems;           ///< of CFreezeItem, owned
+    ListOf<CPart> parts;         ///< owned, in the order of `CSeq::orderParts`
+    ListOf<CFreezeItem> freezeItems; ///< owned
     /// What plays sound here: null but on audio and drum tracks, and where a freeze file plays.
     std::unique_ptr<AudioVoices> voices;
     CSongTrack* nextToSound = nullptr; ///< of the same track, in this block; graph holder

@@ -59,13 +59,13 @@ CTrack::CTrack(CQV* root, CSeq* owner, int trackKind)
 }
 
 CTrack::~CTrack() {
-    for (CList* borrowed : {&inPorts, &outPorts, &inputs, &outputs}) borrowed->clear();
-    deleteAll<CSubTrack>(subTracks);
+    for (CList* borrowed : listsOf(inPorts, outPorts, inputs, outputs)) borrowed->clear();
+    deleteAll(subTracks);
     delete recSample.load();
 }
 
 CLayer* CTrack::drumLayer() const {
-    return synthProg ? static_cast<CLayer*>(synthProg->layers.items(0)) : nullptr;
+    return synthProg ? synthProg->layers.items(0) : nullptr;
 }
 
 CDrumSound* CTrack::drumSound(int index) const {
@@ -158,7 +158,7 @@ int CTrack::getHeight(bool withLanes) const {
     if (kind == trackFolder || !open()) return height;
     int sum = openHeight;
     if (withLanes && laneMode == 1 && laneStack == 0)
-        for (auto* lane : each<CSubTrack>(subTracks))
+        for (auto* lane : subTracks)
             if (lane->visible) sum += lane->height;
     return sum;
 }
@@ -180,8 +180,8 @@ void CTrack::setVertZoom(int pixels) {
 }
 
 CSubTrack* CTrack::activeParam() {
-    void* lane = editLanes.items(activeLane);
-    return static_cast<CSubTrack*>(lane ? lane : editLanes.getFirst());
+    CSubTrack* lane = editLanes.items(activeLane);
+    return lane ? lane : editLanes.getFirst();
 }
 
 int CTrack::getFreeParam(const CUndo* undo) {
@@ -235,7 +235,7 @@ bool CTrack::placeLane(CSubTrack* lane, const CUndo* undo) {
 }
 
 CSubTrack* CTrack::findLane(CObject* object, int param) {
-    for (auto* lane : each<CSubTrack>(subTracks))
+    for (auto* lane : subTracks)
         if (lane->automation() && lane->object == object && lane->param == param) return lane;
     return nullptr;
 }

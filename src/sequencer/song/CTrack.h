@@ -60,8 +60,8 @@ public:
     Stored<unsigned char> live{0};    ///< what it plays waits for nothing that is later
     Shared<CTrack*> folder{nullptr};  ///< the folder track that holds this one, not owned
     Shared<int> activeLane{0};        ///< index into `editLanes`
-    CList subTracks;                  ///< of CSubTrack, owned: the lanes
-    CList editLanes;                  ///< of CSubTrack: those that the note editor shows
+    ListOf<CSubTrack> subTracks;      ///< owned: the lanes
+    ListOf<CSubTrack> editLanes;      ///< those that the note editor shows
     CGroove groove;
     /// By note: the message that ends the note that is played live on this track, 0 when silent.
     /// Graph holder.

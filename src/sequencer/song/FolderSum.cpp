@@ -25,7 +25,7 @@ bool isEnd(const CComp* comp) {
 class Sources {
 public:
     Sources(CSeq* song, const Members& members) : seq(song), isMember(members) {
-        for (auto* t : each<CTrack>(seq->tracks))
+        for (auto* t : seq->tracks)
             if (isMember(t)) addTrack(t);
         while (addNextComp()) {
         }
@@ -34,9 +34,9 @@ public:
     /// that other sound leads to as well.
     template <class F>
     void eachEnd(F&& visit) const {
-        for (auto* to : each<CComp>(seq->host->comps)) {
+        for (auto* to : seq->host->comps) {
             if (!isEnd(to) || has(to->output())) continue;
-            for (auto* cable : each<CAudioCable>(to->audioCables))
+            for (auto* cable : to->audioCables)
                 if (has(cable->fromChannel)) visit(cable, to);
         }
     }
@@ -46,26 +46,25 @@ public:
 
 private:
     void add(CComp* comp) {
-        for (auto* ch : each<COutputChannel>(comp->outputs)) all.push_back(ch);
+        for (auto* ch : comp->outputs) all.push_back(ch);
     }
     void addTrack(CTrack* track) {
         if (track->kind != trackMIDI) return add(track);
-        for (auto* synth : each<CComp>(seq->host->comps))
+        for (auto* synth : seq->host->comps)
             if (fedBy(synth, track->outPort()) && playsMembersAlone(synth) && !has(synth->output()))
                 add(synth);
     }
     bool playsMembersAlone(const CComp* synth) const {
-        for (auto* t : each<CTrack>(seq->tracks))
+        for (auto* t : seq->tracks)
             if (t->kind == trackMIDI && fedBy(synth, t->outPort()) && !isMember(t)) return false;
         return true;
     }
     bool addNextComp() {
-        for (auto* c : each<CComp>(seq->host->comps)) {
+        for (auto* c : seq->host->comps) {
             if (c->type != compEffect && c->type != compGroupCh) continue;
             if (c->audioCables.empty() || !c->output() || has(c->output())) continue;
             bool ours = true;
-            for (auto* cable : each<CAudioCable>(c->audioCables))
-                ours = ours && has(cable->fromChannel);
+            for (auto* cable : c->audioCables) ours = ours && has(cable->fromChannel);
             if (!ours) continue;
             add(c);
             if (c->type == compGroupCh) reached.push_back(c);
@@ -107,12 +106,12 @@ void insertGroup(CSeq* seq, const CTrack* folder, const Sources& sources, CUndo*
 /// Calls `visit(end)` for the audio outs and groups that a component leads to.
 template <class F>
 void eachEndOf(CSeq* seq, CComp* comp, F&& visit) {
-    for (auto* end : each<CComp>(seq->host->comps))
+    for (auto* end : seq->host->comps)
         if (isEnd(end) && fedBy(end, comp->output())) visit(end);
 }
 
 void removeGroup(CSeq* seq, CComp* group, CUndo* undo) {
-    for (auto* cable : each<CAudioCable>(group->audioCables))
+    for (auto* cable : group->audioCables)
         eachEndOf(seq, group, [&](CComp* end) { lead(undo, cable->fromChannel, end); });
     seq->host->stripCables(group, undo);
     undo->asRemove(group, &seq->host->comps);
@@ -121,7 +120,7 @@ void removeGroup(CSeq* seq, CComp* group, CUndo* undo) {
 /// `taken` are the groups of the folders inside.
 CComp* groupOf(CSeq* seq, const CTrack* folder, std::vector<CComp*>& taken, int depth = 0) {
     if (depth > mostFolderDepth) return nullptr;
-    for (auto* t : each<CTrack>(seq->tracks))
+    for (auto* t : seq->tracks)
         if (t->kind == trackFolder && t->folder == folder) groupOf(seq, t, taken, depth + 1);
     const Sources sources(seq, [folder](const CTrack* t) { return isInside(t, folder); });
     for (CComp* group : sources.groups()) {
@@ -144,7 +143,7 @@ std::vector<CComp*> groupsAround(CSeq* seq, const CTrack* folder) {
 
 CComp* folderGroup(CSeq* seq, const CTrack* folder) {
     bool any = false;
-    for (const auto* c : each<CComp>(seq->host->comps)) any = any || c->type == compGroupCh;
+    for (const auto* c : seq->host->comps) any = any || c->type == compGroupCh;
     std::vector<CComp*> taken;
     return any ? groupOf(seq, folder, taken) : nullptr;
 }
@@ -180,6 +179,6 @@ void followFolder(CSeq* seq, CTrack* track, const CTrack* from, const CTrack* to
         return sources.eachEnd([&](CAudioCable* cable, CComp* end) {
             if (end->type == compAudioOut) leadOn(cable, end);
         });
-    for (auto* cable : each<CAudioCable>(before->audioCables))
+    for (auto* cable : before->audioCables)
         if (sources.has(cable->fromChannel)) leadOn(cable, before);
 }

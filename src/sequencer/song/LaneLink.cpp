@@ -1,6 +1,7 @@
 #include "sequencer/song/LaneLink.h"
 
 #include "base/OpenBlock.h"
+#include "engine/CGroupCh.h"
 #include "engine/CQV.h"
 #include "sequencer/song/CSeq.h"
 
@@ -23,8 +24,9 @@ int asMode(const CQV* host, const CComp* c) {
 
 CComp* compAt(CQV* host, int mode, int index) {
     if (mode == modeHost || mode == modeNone) return host;
-    if (mode == modeComps || mode == 2) return static_cast<CComp*>(host->comps.items(index));
-    return mode == modeSends ? static_cast<CComp*>(host->sends.items(index)) : nullptr;
+    if (mode == modeComps || mode == 2) return host->comps.items(index);
+    if (mode == modeSends) return host->sends.items(index);
+    return nullptr;
 }
 
 /// Visits the outputs of a component in the order of files, which for a sequencer is that of its
@@ -32,10 +34,10 @@ CComp* compAt(CQV* host, int mode, int index) {
 template <class F>
 void eachOutput(CComp* owner, F visit) {
     const auto visitAll = [&visit](CComp* from) {
-        for (auto* channel : each<COutputChannel>(from->outputs)) visit(channel);
+        for (auto* channel : from->outputs) visit(channel);
     };
     if (owner->type != compSeq) return visitAll(owner);
-    for (auto* track : each<CTrack>(static_cast<CSeq*>(owner)->tracks)) visitAll(track);
+    for (auto* track : static_cast<CSeq*>(owner)->tracks) visitAll(track);
 }
 
 int indexOf(CComp* owner, const COutputChannel* channel) {
@@ -124,7 +126,7 @@ CObject* LaneLink::resolve(CQV* host) const {
     }
     case linkInsert: {
         COutputChannel* channel = channelAt(host, secondMode, third, second);
-        return channel ? static_cast<CComp*>(channel->inserts.items(first)) : nullptr;
+        return channel ? channel->inserts.items(first) : nullptr;
     }
     default:
         return compAt(host, kind, first);

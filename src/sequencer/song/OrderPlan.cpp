@@ -16,7 +16,7 @@ class PlannedParts {
 public:
     PlannedParts(CSeq* song, const UndoPlan& plan, const CUndo* step) : seq(song) {
         const int sign = plan.isForward() ? 1 : -1;
-        for (const auto* item : each<CUndoItem>(step->items)) {
+        for (const auto* item : step->items) {
             if (const int ticks = moveOf(item)) moved[item->object] += sign * ticks;
             if (const int ticks = growthOf(item)) grown[item->object] += sign * ticks;
             if (item->replaced && item->object->type == partAudio)
@@ -95,7 +95,7 @@ void planOrder(CSeq* seq, UndoPlan& plan, CUndo* step) {
         return changed.count(&list) || parts.touchesAny(list);
     };
     for (auto* prog : each<CSeqProg>(seq->progs))
-        for (CList* points : {&prog->timesigs, &prog->tempos})
+        for (CList* points : listsOf(prog->timesigs, prog->tempos))
             if (concerns(*points))
                 order(plan, step, *points,
                       [&parts](CPart* a, CPart* b) { return parts.pos(a) < parts.pos(b); });

@@ -36,12 +36,12 @@ int rankOf(const CTrack* track) {
 CTrack* trackOfParam(const CSeq* seq, CObject* object) {
     const ParamPlace place = placeOf(object);
     if (!place.comp) return nullptr;
-    for (auto* track : each<CTrack>(seq->tracks)) {
+    for (auto* track : seq->tracks) {
         const COutputChannel* out = track->output();
         if (out && (out == place.channel || fedBy(place.comp, out))) return track;
     }
     CTrack* best = nullptr;
-    for (auto* track : each<CTrack>(seq->tracks))
+    for (auto* track : seq->tracks)
         if (fedBy(place.comp, track->outPort()) && (!best || rankOf(track) > rankOf(best)))
             best = track;
     return best;

@@ -27,12 +27,12 @@ void PartIndex::takeRoom(Room& other) {
     room.swap(other);
 }
 
-bool PartIndex::refresh(const CList& parts) {
+bool PartIndex::refresh(const ListOf<CPart>& parts) {
     if (valid && version == parts.version()) return false;
     valid = true;
     version = parts.version();
     room.clear();
-    for (auto* part : each<CPart>(parts)) {
+    for (auto* part : parts) {
         assert(room.size() < room.capacity());
         if (room.size() == room.capacity()) break;
         const int pos = part->pos;

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "base/CList.h"
 #include "sequencer/song/CPart.h"
 
 #include <cstdint>
 #include <span>
 #include <vector>
 
-class CList;
+class CPart;
 
 /// The parts of a song track side by side, by position, so that a search for those at a position
 /// reaches into no others. Graph holder.
@@ -33,7 +34,7 @@ public:
     void expire() { valid = false; }
     /// Makes it anew when it has expired, or parts came or went: true. There is room for them all.
     /// Until then it may name parts that are gone.
-    bool refresh(const CList& parts);
+    bool refresh(const ListOf<CPart>& parts);
     std::span<const Entry> entries() const { return room; }
     /// How many entries begin at or before a tick.
     size_t begunAt(double tick) const;

@@ -25,7 +25,7 @@ public:
         else if (auto* prog = dynamic_cast<CSeqProg*>(object))
             visitAll(prog->tracks);
         else if (auto* seq = dynamic_cast<CSeq*>(object))
-            for (const CList* list : {&seq->progs, &seq->masterParts, &seq->clipboard.parts})
+            for (const CList* list : listsOf(seq->progs, seq->masterParts, seq->clipboard.parts))
                 visitAll(*list);
     }
 
@@ -50,7 +50,7 @@ void forgetSamples(CQV* host, const ForgetSet& gone) {
     EventWalk walk([&](CAudioEvent* event) {
         if (gone.has(event->sample)) found.push_back(event);
     });
-    for (auto* c : each<CComp>(host->comps)) walk.visit(c);
+    for (auto* c : host->comps) walk.visit(c);
     host->eachHeld([&walk](CObject* held) { walk.visit(held); });
     const GraphHold hold(host);
     for (CAudioEvent* event : found) event->sample = nullptr;
@@ -59,9 +59,9 @@ void forgetSamples(CQV* host, const ForgetSet& gone) {
 std::vector<CSample*> unusedSamples(CQV* host) {
     std::unordered_set<const CSample*> used;
     EventWalk walk([&used](const CAudioEvent* event) { used.insert(event->sample); });
-    for (auto* c : each<CComp>(host->comps)) walk.visit(c);
+    for (auto* c : host->comps) walk.visit(c);
     std::vector<CSample*> unused;
-    for (auto* sample : each<CSample>(host->samples))
+    for (auto* sample : host->samples)
         if (!used.contains(sample) && !sample->takePending) unused.push_back(sample);
     return unused;
 }

@@ -54,7 +54,7 @@ bool CSeq::openDrumBank(CTrack* track, const CStr& path, CUndo* undo) {
 }
 
 CTrack* CSeq::drumToTrack(const CDrumSound* sound) {
-    for (auto* track : each<CTrack>(tracks)) {
+    for (auto* track : tracks) {
         const CLayer* layer = track->drumLayer();
         if (layer && layer->sounds.contains(sound)) return track;
     }
@@ -82,12 +82,12 @@ void CSeq::playSound(void* sound, float velocity) {
     CTrack* track = drumToTrack(drum);
     CSeqProg* prog = getProg();
     if (!track || !prog) return;
-    for (auto* songTrack : each<CSongTrack>(prog->tracks))
+    for (auto* songTrack : prog->tracks)
         if (songTrack->track == track) songTrack->hitDrum(drum, nullptr, velocity, 0.0f, 1.0f, 0);
 }
 
 void CSeq::eachDrum(const std::function<void(CDrumSound*)>& visit) {
-    for (auto* track : each<CTrack>(tracks))
+    for (auto* track : tracks)
         if (const CLayer* layer = track->drumLayer())
             for (auto* sound : each<CDrumSound>(layer->sounds)) visit(sound);
 }
@@ -114,8 +114,8 @@ void CSeq::setRate(double rate) {
 void CSeq::diskRead() {
     for (auto* prog : each<CSeqProg>(progs)) {
         if (!prog->playing) continue;
-        for (auto* songTrack : each<CSongTrack>(prog->tracks))
-            for (const auto* item : each<CFreezeItem>(songTrack->freezeItems))
+        for (auto* songTrack : prog->tracks)
+            for (const auto* item : songTrack->freezeItems)
                 if (item->sample && item->sample->reader) item->sample->reader->serve();
     }
 }

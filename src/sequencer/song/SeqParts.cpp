@@ -83,9 +83,9 @@ int CSeq::playedTicks(CPart* part) {
 }
 
 void CSeq::updateGhostCount() {
-    for (auto* master : each<CPart>(masterParts)) master->ghostCount = 0;
+    for (auto* master : masterParts) master->ghostCount = 0;
     eachSongTrack([](CSongTrack* songTrack) {
-        for (auto* part : each<CPart>(songTrack->parts))
+        for (auto* part : songTrack->parts)
             if (part->ghostOf) ++part->ghostOf->ghostCount;
     });
 }

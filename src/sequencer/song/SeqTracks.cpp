@@ -157,7 +157,7 @@ void removeCables(CList& cables, CUndo* undo, F touches) {
 template <class F>
 void eachComp(CComp* tree, F visit) {
     visit(tree);
-    for (auto* child : each<CComp>(tree->comps)) eachComp(child, visit);
+    for (auto* child : tree->comps) eachComp(child, visit);
 }
 
 } // namespace
@@ -172,7 +172,7 @@ T* twinOf(const T* end, const CList& of, const CList& twins) {
 
 /// Records for each cable of a component that begins or ends at a track one like it for another.
 void twinCables(CComp* at, const CTrack* source, const CTrack* twin, CUndo* undo) {
-    for (auto* cable : each<CMIDICable>(at->midiCables)) {
+    for (auto* cable : at->midiCables) {
         CMIDIQ* from = twinOf(cable->fromPort, source->outPorts, twin->outPorts);
         CMIDIQ* to = twinOf(cable->toPort, source->inPorts, twin->inPorts);
         if (!from && !to) continue;
@@ -180,7 +180,7 @@ void twinCables(CComp* at, const CTrack* source, const CTrack* twin, CUndo* undo
             createMIDICable(at, from ? from : cable->fromPort, to ? to : cable->toPort);
         if (made) addTwin(undo, made, &at->midiCables, cable);
     }
-    for (auto* cable : each<CAudioCable>(at->audioCables)) {
+    for (auto* cable : at->audioCables) {
         COutputChannel* from = twinOf(cable->fromChannel, source->outputs, twin->outputs);
         CInputChannel* to = twinOf(cable->toChannel, source->inputs, twin->inputs);
         if (!from && !to) continue;
@@ -222,7 +222,7 @@ void CSeq::removeTrack(CTrack* track, CUndo* undo) {
     eachComp(host, strip);
     for (auto* bus : each<CComp>(host->sends)) strip(bus);
     removeKeys(host, undo, [track](COutputChannel* key) { return track->outputs.contains(key); });
-    for (auto* other : each<CTrack>(tracks)) {
+    for (auto* other : tracks) {
         if (other != track) strip(other);
         if (other->folder != track) continue;
         undo->asPtr(reinterpret_cast<void**>(other->folder.address()));

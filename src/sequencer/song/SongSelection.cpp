@@ -39,22 +39,22 @@ void SongSelection::selectTrack(CSongTrack* songTrack, bool on) {
 }
 
 void SongSelection::unselectTracks() {
-    for (auto* track : each<CTrack>(seq->tracks)) track->setSelected(false);
+    for (auto* track : seq->tracks) track->setSelected(false);
     tracks.clear();
 }
 
 void SongSelection::unselectParts() {
     seq->eachSongTrack([](CSongTrack* songTrack) {
-        for (auto* part : each<CPart>(songTrack->parts)) part->setSelected(false);
+        for (auto* part : songTrack->parts) part->setSelected(false);
     });
 }
 
 void SongSelection::selectAll() {
     CSeqProg* prog = seq->getProg();
     if (!prog) return;
-    for (auto* songTrack : each<CSongTrack>(prog->tracks)) {
+    for (auto* songTrack : prog->tracks) {
         selectTrack(songTrack, true);
-        for (auto* part : each<CPart>(songTrack->parts)) part->setSelected(true);
+        for (auto* part : songTrack->parts) part->setSelected(true);
     }
 }
 
@@ -62,8 +62,8 @@ CPart* SongSelection::editPart(CTrack*& track) {
     track = nullptr;
     purge();
     CPart* found = nullptr;
-    for (auto* songTrack : each<CSongTrack>(tracks))
-        for (auto* part : each<CPart>(songTrack->parts)) {
+    for (auto* songTrack : tracks)
+        for (auto* part : songTrack->parts) {
             if (!part->selected()) continue;
             if (found || !songTrack->track->open()) return nullptr;
             found = part;
@@ -75,8 +75,8 @@ CPart* SongSelection::editPart(CTrack*& track) {
 CPart* SongSelection::firstPart(int type, CSongTrack** owner) const {
     CSeqProg* prog = seq->getProg();
     if (!prog) return nullptr;
-    for (auto* songTrack : each<CSongTrack>(prog->tracks))
-        for (auto* part : each<CPart>(songTrack->parts)) {
+    for (auto* songTrack : prog->tracks)
+        for (auto* part : songTrack->parts) {
             if (!part->selected() || !part->asType(categoryPart, type)) continue;
             if (owner) *owner = songTrack;
             return part;
@@ -87,8 +87,8 @@ CPart* SongSelection::firstPart(int type, CSongTrack** owner) const {
 void SongSelection::summarize(CPartSummary& summary) {
     summary = CPartSummary();
     purge();
-    for (auto* songTrack : each<CSongTrack>(tracks))
-        for (auto* part : each<CPart>(songTrack->parts)) countPart(part, summary);
+    for (auto* songTrack : tracks)
+        for (auto* part : songTrack->parts) countPart(part, summary);
 }
 
 void SongSelection::purge() {
@@ -98,7 +98,7 @@ void SongSelection::purge() {
     std::unordered_set<const CSongTrack*> linked;
     seq->eachSongTrack([&linked](CSongTrack* songTrack) { linked.insert(songTrack); });
     std::vector<CSongTrack*> gone;
-    for (auto* songTrack : each<CSongTrack>(tracks))
+    for (auto* songTrack : tracks)
         if (!linked.count(songTrack)) gone.push_back(songTrack);
     for (CSongTrack* songTrack : gone) tracks.remove(songTrack);
     purgedLists = lists + unsigned(gone.size());

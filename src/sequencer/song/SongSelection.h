@@ -26,7 +26,7 @@ struct CPartSummary {
 /// tracks stand here as well, in the order of their selection. Interface thread.
 class SongSelection {
 public:
-    CList tracks; ///< of CSongTrack, not owned
+    ListOf<CSongTrack> tracks; ///< not owned
 
     explicit SongSelection(CSeq* of) : seq(of) {}
     SongSelection(const SongSelection&) = delete;

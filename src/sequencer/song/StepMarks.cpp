@@ -15,7 +15,7 @@ using Requests = std::unordered_map<const CObject*, unsigned>;
 Requests requestsOf(const UndoPlan& plan, const CUndo* step) {
     Requests requests;
     for (const CUndoContent* content : plan.swaps()) requests[content] |= requestLanes;
-    for (const auto* item : each<CUndoItem>(step->items))
+    for (const auto* item : step->items)
         if (item->number || item->toggled) requests[item->object] |= requestSetup | requestFlush;
     return requests;
 }
@@ -51,7 +51,7 @@ void StepMarks::collect(CSeq* seq, const UndoPlan& plan, const CUndo* step) {
     if (!requests.empty())
         seq->eachSongTrack([&](CSongTrack* t) {
             Mark* mark = markOf(&t->parts);
-            for (auto* part : each<CPart>(t->parts)) {
+            for (auto* part : t->parts) {
                 const unsigned asked = requestsFor(part) | requestsFor(part->content());
                 mark->requests |= asked;
                 if (asked & requestLanes) mark->parts.push_back(part);

@@ -84,7 +84,7 @@ void createPortaStudioProject(CSeq* seq) {
 
 void createDrumAndBassProject(CSeq* seq) {
     GraphHold hold(seq->host);
-    static_cast<CPart*>(drumTrack(seq)->parts.getFirst())->setSelected(true);
+    drumTrack(seq)->parts.getFirst()->setSelected(true);
     CSongTrack* songTrack = track(seq, trackMIDI, "Instrument");
     addBar(songTrack, new CMIDIPart);
     addTrackInstrument(seq, songTrack->track, nullptr);

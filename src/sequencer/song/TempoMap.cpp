@@ -41,13 +41,13 @@ double TempoStretch::ticks(double frames, double rate) const {
     return bpm / slope * std::expm1(frames * ticksPerSecondPerBpm * slope / rate);
 }
 
-void TempoMap::refresh(const CList& tempos, unsigned changes) {
+void TempoMap::refresh(const ListOf<CTempoPart>& tempos, unsigned changes) {
     if (made && version == tempos.version() && knownChanges == changes) return;
     made = true;
     version = tempos.version();
     knownChanges = changes;
     points.clear();
-    for (auto* part : each<CTempoPart>(tempos)) {
+    for (auto* part : tempos) {
         const double tick = part->pos, bpm = double(part->getTempo());
         double seconds = 0.0;
         if (!points.empty()) {

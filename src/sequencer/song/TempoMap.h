@@ -1,11 +1,11 @@
 #pragma once
 
+#include "base/CList.h"
 #include "base/CStr.h"
 
 #include <cstdint>
 #include <vector>
 
-class CList;
 class CTempoPart;
 
 /// Ticks and frames. A song has 960 ticks to the quarter note.
@@ -51,7 +51,7 @@ public:
 
     /// Makes it anew when the list, or the count of what else has changed, is another one. There
     /// has to be room for all, or memory is taken.
-    void refresh(const CList& tempos, unsigned changes);
+    void refresh(const ListOf<CTempoPart>& tempos, unsigned changes);
     static Room roomFor(size_t points); ///< empty
     /// Takes the larger one of its own room and `room`, which is given the other.
     void takeRoom(Room& room);

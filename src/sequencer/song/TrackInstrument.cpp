@@ -61,13 +61,17 @@ void linkInstrument(CComp* instrument, CTrack* track, CUndo* undo) {
     host->hostNotices.raise(HostNotice::delays);
 }
 
-CComp* addTrackInstrument(CSeq* seq, CTrack* track, CUndo* undo) {
-    CQV* host = seq->host;
-    CComp* synth = createComp(host, categoryComp, compSampler);
+std::unique_ptr<CComp> newSynthesizer(CQV* host) {
+    std::unique_ptr<CComp> synth(createComp(host, categoryComp, compSampler));
     synth->init();
     synth->createBuffers(host->frames);
     synth->setRate(double(host->rate));
     synth->id = host->autoNameComp(synth->id);
+    return synth;
+}
+
+CComp* addTrackInstrument(CSeq* seq, CTrack* track, CUndo* undo) {
+    CComp* synth = newSynthesizer(seq->host).release();
     linkInstrument(synth, track, undo);
     return synth;
 }

@@ -3,8 +3,10 @@
 #include "base/CStr.h"
 
 #include <map>
+#include <memory>
 
 class CComp;
+class CQV;
 class CSeq;
 class CTrack;
 class CUndo;
@@ -18,7 +20,9 @@ void linkInstrument(CComp* instrument, CTrack* track, CUndo* undo);
 /// Gives a component a free place in the graph, in a row below the song; null for below the top.
 /// `undo` may be about to add others, or null.
 void placeInstrument(CComp* instrument, const CComp* song, const CUndo* undo);
-/// A synthesizer with all its factory programs, linked like that.
+/// A synthesizer with all its factory programs, complete and linked nowhere.
+std::unique_ptr<CComp> newSynthesizer(CQV* host);
+/// The same, linked like that.
 CComp* addTrackInstrument(CSeq* seq, CTrack* track, CUndo* undo);
 /// The built-in kit, at the end of that of a drum track, as part of a step.
 void addDrums(CSeq* seq, CTrack* track, CUndo* undo);

@@ -51,7 +51,7 @@ private:
 std::vector<CComp*> trackTargets(CSeq* seq, CTrack* track) {
     const Way way(track);
     std::vector<CComp*> targets;
-    for (auto* comp : each<CComp>(seq->host->comps))
+    for (auto* comp : seq->host->comps)
         if (way.fits(comp)) targets.push_back(comp);
     return targets;
 }
@@ -105,9 +105,9 @@ void setTrackInstrument(CSeq* seq, const std::vector<CTrack*>& tracks,
 
 std::vector<COutputChannel*> trackSources(CSeq* seq) {
     std::vector<COutputChannel*> sources;
-    for (auto* comp : each<CComp>(seq->host->comps))
+    for (auto* comp : seq->host->comps)
         if (comp->type == compAudioIn)
-            for (auto* ch : each<COutputChannel>(comp->outputs)) sources.push_back(ch);
+            for (auto* ch : comp->outputs) sources.push_back(ch);
     return sources;
 }
 

@@ -144,10 +144,8 @@ constexpr SongBlock blocks[] = {{"smp", readClip},
 
 void writeInsert(CStream* s, CComp* insert) {
     writeCompChunk(s, insert, listInsert, "soInsert2");
-    for (auto* in : each<CInputChannel>(insert->inputs))
-        writeIntBlock(s, "soInsertAin", in->channels);
-    for (auto* ch : each<COutputChannel>(insert->outputs))
-        writeIntBlock(s, "soInsertAout", ch->channels);
+    for (auto* in : insert->inputs) writeIntBlock(s, "soInsertAin", in->channels);
+    for (auto* ch : insert->outputs) writeIntBlock(s, "soInsertAout", ch->channels);
     s->writeId("soInsert2wet", int(sizeof(float)));
     s->writeFloat(insert->wet);
 }
@@ -158,7 +156,7 @@ void writeDrum(SongWriting& w, const CDrumSound& sound) {
     writeSoundBlock(s, sound, w.clips);
     writeIntBlock(s, "soStyle", int(sound.flags.load()));
     writeIntBlock(s, "soParam", sound.shownParam);
-    for (auto* insert : each<CComp>(strip->inserts)) writeInsert(s, insert);
+    for (auto* insert : strip->inserts) writeInsert(s, insert);
     writeSends(s, strip, w.host->sends.getCount(), "soSends");
     writeEq2(s, strip, "soEq2");
 }
@@ -193,7 +191,7 @@ void KitReader::read(const char* block, CStream& body) {
 }
 
 void KitReader::giveClips() {
-    for (auto* clip : each<CSampleClip>(clips)) seq->drumClips.add(clip);
+    for (auto* clip : clips) seq->drumClips.add(clip);
     clips.clear();
 }
 

@@ -92,7 +92,7 @@ std::pair<int, int> editedPart(CSeq* seq) {
     CSeqProg* prog = part ? seq->getProg() : nullptr;
     if (!prog) return {-1, -1};
     int row = 0;
-    for (auto* t : each<CSongTrack>(prog->tracks)) {
+    for (auto* t : prog->tracks) {
         const int index = t->parts.indexed(part);
         if (index >= 0) return {row, index};
         row++;

@@ -69,7 +69,8 @@ void readPlace(SongReading& r, CPart* point) {
 }
 
 /// Takes a point into a list of the latest program; false without a program or room for it.
-bool addPoint(SongReading& r, CList CSeqProg::*list, std::unique_ptr<CPart> point) {
+template <class T>
+bool addPoint(SongReading& r, ListOf<T> CSeqProg::*list, std::unique_ptr<T> point) {
     if (!r.prog || !LoadBudget::take("markers", pointRoom)) return false;
     (r.prog->*list).add(point.release());
     return true;
@@ -92,7 +93,7 @@ bool readActiveMarker(SongReading& r, int) {
     if (!r.in.has(intBytes)) return false;
     const int index = r.in.readInt();
     if (!r.prog) return true;
-    auto* marker = static_cast<CMarkerPart*>(r.prog->markers.items(index));
+    auto* marker = r.prog->markers.items(index);
     r.prog->activeMarker = marker;
     r.prog->playingMarker = marker;
     return true;
@@ -156,9 +157,8 @@ void writeFreeze(SongWriting& w, const CSongTrack* songTrack, const CFreezeItem*
 void writeSongTrack(SongWriting& w, CSongTrack* songTrack) {
     w.out->writeId("ptrack", 1);
     w.out->writeByte((unsigned char)(songTrack->flags & storedFlags));
-    for (const auto* item : each<CFreezeItem>(songTrack->freezeItems))
-        writeFreeze(w, songTrack, item);
-    for (auto* part : each<CPart>(songTrack->parts)) writePart(w, part, true);
+    for (const auto* item : songTrack->freezeItems) writeFreeze(w, songTrack, item);
+    for (auto* part : songTrack->parts) writePart(w, part, true);
 }
 
 void writeMarker(CStream* s, const CMarkerPart* marker) {
@@ -209,9 +209,9 @@ void writeProg(SongWriting& w, CSeqProg* prog) {
     s->writeInt(prog->leftLocator);
     s->writeInt(prog->rightLocator);
     s->writeStr(prog->id);
-    for (auto* songTrack : each<CSongTrack>(prog->tracks)) writeSongTrack(w, songTrack);
-    for (const auto* marker : each<CMarkerPart>(prog->markers)) writeMarker(s, marker);
+    for (auto* songTrack : prog->tracks) writeSongTrack(w, songTrack);
+    for (const auto* marker : prog->markers) writeMarker(s, marker);
     writeIntBlock(s, "amarker", prog->markers.indexed(prog->activeMarker));
-    for (const auto* point : each<CTimesigPart>(prog->timesigs)) writeTimesig(s, point);
-    for (const auto* point : each<CTempoPart>(prog->tempos)) writeTempo(s, point);
+    for (const auto* point : prog->timesigs) writeTimesig(s, point);
+    for (const auto* point : prog->tempos) writeTempo(s, point);
 }

@@ -22,29 +22,35 @@
 namespace {
 
 /// Moves what tracks have to the front of a list, in their order.
-void orderLike(const CList& tracks, CList& list, CList CComp::*of) {
+template <class IO>
+void orderLike(const ListOf<CTrack>& tracks, CList& list, ListOf<IO> CComp::*of) {
     CList ordered;
-    for (auto* t : each<CTrack>(tracks))
-        for (auto* io : each<CObject>(t->*of)) ordered.move(&list, io, -1);
+    for (auto* t : tracks)
+        for (auto* io : t->*of) ordered.move(&list, io, -1);
     while (void* rest = list.getFirst()) ordered.move(&list, rest, -1);
     while (void* io = ordered.getFirst()) list.move(&ordered, io, -1);
 }
 
 /// Whether `orderLike` would leave all as it is.
-bool isLike(const CList& tracks, const CList& list, CList CComp::*of) {
+template <class IO>
+bool isLike(const ListOf<CTrack>& tracks, const CList& list, ListOf<IO> CComp::*of) {
     CListItem* it = nullptr;
-    for (auto* t : each<CTrack>(tracks))
-        for (const auto* io : each<CObject>(t->*of))
-            if (nextOf<CObject>(list, it) != io) return false;
+    for (auto* t : tracks)
+        for (const auto* io : t->*of)
+            if (nextOf<IO>(list, it) != io) return false;
     return true;
 }
 
-constexpr CList CComp::*ends[] = {&CComp::inPorts, &CComp::outPorts, &CComp::inputs,
-                                  &CComp::outputs};
+template <class IO>
+void keepLike(CSeq* seq, ListOf<IO> CComp::*of) {
+    if (isLike(seq->tracks, seq->*of, of)) return;
+    const GraphHold hold(seq->host);
+    orderLike(seq->tracks, seq->*of, of);
+}
 
 void countClips(CSeq* seq) {
-    for (auto* clip : each<CSampleClip>(seq->drumClips)) clip->useCount = 0;
-    for (auto* t : each<CTrack>(seq->tracks)) {
+    for (auto* clip : seq->drumClips) clip->useCount = 0;
+    for (auto* t : seq->tracks) {
         const CLayer* layer = t->drumLayer();
         if (!layer) continue;
         for (auto* sound : each<CDrumSound>(layer->sounds))
@@ -86,7 +92,7 @@ COutputChannel* frozenChannel(CSeq* seq, const SongLinks::Freeze& f, CComp*& com
         comp = seq;
         return f.songTrack->track->output();
     }
-    comp = static_cast<CComp*>(seq->host->comps.items(f.comp));
+    comp = seq->host->comps.items(f.comp);
     return comp ? comp->output(f.channel) : nullptr;
 }
 
@@ -106,7 +112,7 @@ void bindFrozen(CSeq* seq, const SongLinks::Freeze& f) {
 }
 
 void bindSource(CSeq* seq, const SongLinks::Source& s) {
-    auto* from = static_cast<CTrack*>(seq->tracks.items(s.index));
+    auto* from = seq->tracks.items(s.index);
     if (!from || from == s.track || !from->outPort()) return;
     auto* cable = createMIDICable(s.track, from->outPort(), s.track->inPort());
     if (!cable) return;
@@ -118,7 +124,7 @@ void bindSource(CSeq* seq, const SongLinks::Source& s) {
 CObject* twinOf(CSeq* seq, CSeq* twin, CObject* object) {
     const auto sameChannel = [&](COutputChannel* channel) {
         auto* owner = static_cast<CTrack*>(seq->getComp(channel));
-        auto* other = static_cast<CTrack*>(twin->tracks.items(seq->tracks.indexed(owner)));
+        auto* other = twin->tracks.items(seq->tracks.indexed(owner));
         return other ? other->output() : nullptr;
     };
     if (object->asType(categoryChannel, channelOutput)) {
@@ -149,11 +155,10 @@ CSeqProg* CSeq::addProgram(const CStr& name) {
 void CSeq::saving() {
     CComp::saving();
     // Projects are copied while they play: a block is given up only for what was really moved.
-    for (const auto of : ends) {
-        if (isLike(tracks, this->*of, of)) continue;
-        const GraphHold hold(host);
-        orderLike(tracks, this->*of, of);
-    }
+    keepLike(this, &CComp::inPorts);
+    keepLike(this, &CComp::outPorts);
+    keepLike(this, &CComp::inputs);
+    keepLike(this, &CComp::outputs);
 }
 
 void CSeq::bindLinks() {
@@ -169,7 +174,7 @@ void CSeq::bindLinks() {
     deleteUnused<CPart>(masterParts, [](const CPart* p) { return p->ghostCount == 0; });
     CSeqProg* current = getProg();
     if (!current) return;
-    for (auto* t : each<CSongTrack>(current->tracks))
+    for (auto* t : current->tracks)
         if (t->track->selected()) selection.tracks.add(t);
 }
 
@@ -182,8 +187,10 @@ void CSeq::afterRead() {
 }
 
 void CSeq::linkEnds(CTrack* track) {
-    for (const auto of : ends)
-        for (auto* io : each<CObject>(track->*of)) (this->*of).addUnique(io);
+    for (auto* io : track->inPorts) inPorts.addUnique(io);
+    for (auto* io : track->outPorts) outPorts.addUnique(io);
+    for (auto* io : track->inputs) inputs.addUnique(io);
+    for (auto* io : track->outputs) outputs.addUnique(io);
 }
 
 void CSeq::addAudioPorts(CTrack* track) {
@@ -195,7 +202,7 @@ CComp* CSeq::copy() {
     auto* twin = new CSeq(host);
     twin->copyData(this);
     CListItem* it = nullptr;
-    for (auto* track : each<CTrack>(twin->tracks)) {
+    for (auto* track : twin->tracks) {
         auto* original = nextOf<CTrack>(tracks, it);
         if (track->inPorts.empty()) twin->makePorts(track);
         twin->makeChannels(track);
@@ -203,8 +210,8 @@ CComp* CSeq::copy() {
         twin->linkEnds(track);
     }
     twin->bindLinks();
-    for (auto* track : each<CTrack>(twin->tracks))
-        for (auto* lane : each<CSubTrack>(track->subTracks))
+    for (auto* track : twin->tracks)
+        for (auto* lane : track->subTracks)
             if (lane->object) lane->object = twinOf(this, twin, lane->object);
     return twin;
 }

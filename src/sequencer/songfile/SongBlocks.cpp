@@ -82,7 +82,7 @@ SongReading::SongReading(CSeq* song, CStream* stream, int64_t end)
       links(std::make_unique<SongLinks>()) {
 }
 
-SongReading::SongReading(CSeq* song, CStream* stream, int64_t end, const CList& samples)
+SongReading::SongReading(CSeq* song, CStream* stream, int64_t end, const ListOf<CSample>& samples)
     : seq(song), in(stream, end), kit(song), pool(asVector<CSample>(samples)), alone(true) {
 }
 
@@ -217,9 +217,9 @@ void SongReading::makeRoom() {
     for (CTrack* t : tracks) slots.push_back(t->slotsInUse());
     for (auto* program : each<CSeqProg>(seq->progs)) {
         size_t i = 0;
-        for (auto* t : each<CSongTrack>(program->tracks)) {
+        for (auto* t : program->tracks) {
             t->index.reserve(t->parts.getCount());
-            for (auto* p : each<CPart>(t->parts)) reserveSlots(p, slots[i]);
+            for (auto* p : t->parts) reserveSlots(p, slots[i]);
             i++;
         }
     }
@@ -228,15 +228,15 @@ void SongReading::makeRoom() {
 void SongReading::showEditPart() {
     CSeqProg* current = seq->getProg();
     if (!current || editTrack < 0) return;
-    const auto* t = static_cast<CSongTrack*>(current->tracks.items(editTrack));
-    if (t) seq->editorComp->setPart(static_cast<CPart*>(t->parts.items(editPart)));
+    const auto* t = current->tracks.items(editTrack);
+    if (t) seq->editorComp->setPart(t->parts.items(editPart));
 }
 
 SongWriting::SongWriting(CSeq* song, CStream* stream) : seq(song), host(song->host), out(stream) {
     int index = 0;
-    for (auto* sample : each<CSample>(host->samples)) sampleOrder[sample] = index++;
+    for (auto* sample : host->samples) sampleOrder[sample] = index++;
     index = 0;
-    for (auto* track : each<CTrack>(seq->tracks)) {
+    for (auto* track : seq->tracks) {
         if (track->outPort()) portOrder[track->outPort()] = index;
         index++;
     }
@@ -247,10 +247,10 @@ SongWriting::SongWriting(CSeq* song, CStream* stream) : seq(song), host(song->ho
 void SongWriting::orderMasters() {
     std::unordered_set<const CPart*> used;
     seq->eachSongTrack([&used](CSongTrack* t) {
-        for (auto* part : each<CPart>(t->parts))
+        for (auto* part : t->parts)
             if (part->ghostOf) used.insert(part->ghostOf);
     });
-    for (auto* master : each<CPart>(seq->masterParts)) {
+    for (auto* master : seq->masterParts) {
         if (!used.count(master)) continue;
         masterOrder[master] = int(masters.size());
         masters.push_back(master);
@@ -259,20 +259,20 @@ void SongWriting::orderMasters() {
 
 void SongWriting::orderClips() {
     std::unordered_set<const CSampleClip*> used;
-    for (auto* track : each<CTrack>(seq->tracks)) {
+    for (auto* track : seq->tracks) {
         const CLayer* layer = track->drumLayer();
         if (!layer) continue;
         for (auto* sound : each<CDrumSound>(layer->sounds))
             used.insert(sound->clips, sound->clips + sound->clipCount);
     }
-    for (auto* clip : each<CSampleClip>(seq->drumClips))
+    for (auto* clip : seq->drumClips)
         if (used.count(clip)) clips.add(clip);
 }
 
-SongWriting::SongWriting(CSeq* song, CStream* stream, const CList& samples)
+SongWriting::SongWriting(CSeq* song, CStream* stream, const ListOf<CSample>& samples)
     : seq(song), host(song->host), out(stream) {
     int index = 0;
-    for (auto* sample : each<CSample>(samples)) sampleOrder[sample] = index++;
+    for (auto* sample : samples) sampleOrder[sample] = index++;
 }
 
 CStream& SongWriting::scratch() {
@@ -288,8 +288,8 @@ void SongWriting::writeScratch(const char* name) {
 
 void SongWriting::write() {
     writeOptions(*this);
-    for (auto* clip : each<CSampleClip>(clips)) writeClip(out, clip);
-    for (auto* track : each<CTrack>(seq->tracks)) writeTrack(*this, track);
+    for (auto* clip : clips) writeClip(out, clip);
+    for (auto* track : seq->tracks) writeTrack(*this, track);
     for (CPart* master : masters) writePart(*this, master, false);
     writeIntBlock(out, "progi", seq->curProg);
     for (auto* prog : each<CSeqProg>(seq->progs)) writeProg(*this, prog);

@@ -31,7 +31,7 @@ class SongReading {
 public:
     SongReading(CSeq* song, CStream* stream, int64_t end);
     /// Of a part by itself, whose events name their samples by the place in `samples`.
-    SongReading(CSeq* song, CStream* stream, int64_t end, const CList& samples);
+    SongReading(CSeq* song, CStream* stream, int64_t end, const ListOf<CSample>& samples);
     ~SongReading();
     SongReading(const SongReading&) = delete;
     SongReading& operator=(const SongReading&) = delete;

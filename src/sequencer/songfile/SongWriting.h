@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+class CSampleClip;
 class CComp;
 class CMIDIQ;
 class CPart;
@@ -24,14 +25,14 @@ class SongWriting {
 public:
     SongWriting(CSeq* song, CStream* stream);
     /// Of a part by itself, whose events name their samples by the place in `samples`.
-    SongWriting(CSeq* song, CStream* stream, const CList& samples);
+    SongWriting(CSeq* song, CStream* stream, const ListOf<CSample>& samples);
 
     void write();
 
     CSeq* const seq;
     CQV* const host;
     CStream* const out;
-    CList clips; ///< of CSampleClip, those in use
+    ListOf<CSampleClip> clips; ///< those in use
 
     int masterIndex(const CPart* master) const { return indexOf(masterOrder, master); }
     int sampleIndex(const CSample* sample) const { return indexOf(sampleOrder, sample); }

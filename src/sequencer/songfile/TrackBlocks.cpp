@@ -210,7 +210,7 @@ void writeGroove(CStream* s, const CGroove& groove) {
 
 void writeSources(SongWriting& w, const CTrack* track) {
     if (track->kind != trackAudio && track->kind != trackDrum) return;
-    for (auto* cable : each<CMIDICable>(track->midiCables)) {
+    for (auto* cable : track->midiCables) {
         const int source = w.sourceIndex(cable->fromPort);
         if (source < 0) continue;
         writeIntBlock(w.out, "trackmc", source);
@@ -248,7 +248,7 @@ void writeTrack(SongWriting& w, CTrack* track) {
     writeEditorBlock(s, "tracked", track->editorStruct);
     writeGroove(s, track->groove);
     if (track->kind == trackDrum) writeKit(w, track);
-    for (auto* lane : each<CSubTrack>(track->subTracks)) writeLane(w, lane);
+    for (auto* lane : track->subTracks) writeLane(w, lane);
     writeArp(s, track->arp.get());
     writeSources(w, track);
     writeOwn(s, track);

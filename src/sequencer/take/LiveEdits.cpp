@@ -16,7 +16,7 @@ void eachUser(CSongTrack* on, CPart* part, F visit) {
     const CPart* content = part->content();
     if (content == part) return visit(on, part);
     on->prog->seq->eachSongTrack([&](CSongTrack* songTrack) {
-        for (CPart* user : each<CPart>(songTrack->parts))
+        for (CPart* user : songTrack->parts)
             if (user->content() == content) visit(songTrack, user);
     });
 }

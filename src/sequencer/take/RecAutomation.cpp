@@ -40,14 +40,14 @@ void CTrack::recordAutomation(int tick, int slot, float value) {
     if (!recPart || !host->recUndo) return;
     const CSeqProg* song = recSongTrack->prog;
     if (lastRecPos == -1) take.beginPass(song->loopCount, song->punchPos);
-    for (auto* lane : each<CSubTrack>(subTracks))
+    for (auto* lane : subTracks)
         if (lane->automation() && lane->slot == slot)
             return take.recordAutomation(tick, lane, value, host->recUndo);
 }
 
 void CTrack::nextPass() {
     lastRecPos = -1;
-    for (auto* lane : each<CSubTrack>(subTracks)) lane->recorded = false;
+    for (auto* lane : subTracks) lane->recorded = false;
 }
 
 void TrackTake::addParam(CObject* object, int param, float value) {

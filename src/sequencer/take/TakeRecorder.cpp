@@ -18,13 +18,13 @@ namespace {
 const char* const settingsSection = "sequencer";
 
 bool hasSelectedLane(const CTrack* track) {
-    for (const auto* lane : each<CSubTrack>(track->subTracks))
+    for (const auto* lane : track->subTracks)
         if (lane->hasFlag(laneSelected)) return true;
     return false;
 }
 
 CPart* partAt(CSongTrack* songTrack, int tick) {
-    for (auto* part : each<CPart>(songTrack->parts))
+    for (auto* part : songTrack->parts)
         if (part->pos <= tick && tick < int64_t(part->pos) + part->length) return part;
     return nullptr;
 }
@@ -117,7 +117,7 @@ void TakeRecorder::arm() {
     takeLead = asRound(seq->host->ticksToFrames(takeStart - pos));
     prog->punchPos = takeStart.load();
     passes.clear();
-    for (auto* songTrack : each<CSongTrack>(prog->tracks)) armTrack(songTrack);
+    for (auto* songTrack : prog->tracks) armTrack(songTrack);
     takeBegun.storeRelease(true);
 }
 
@@ -149,7 +149,7 @@ void TakeRecorder::punchOut() {
     const CSeqProg* prog = seq->getProg();
     if (!seq->recording || recTo < 0.0 || !prog || !host->recording) return;
     int64_t latest = 0;
-    for (const auto* track : each<CTrack>(seq->tracks))
+    for (const auto* track : seq->tracks)
         if (track->armed) latest = std::max(latest, recordLatency(track));
     if (prog->pos < recTo + host->framesToTicks(double(latest))) return;
     host->recording = 0;
@@ -158,7 +158,7 @@ void TakeRecorder::punchOut() {
 
 void TakeRecorder::noticeArmed() {
     bool any = false;
-    for (const auto* track : each<CTrack>(seq->tracks)) any = any || track->recArm;
+    for (const auto* track : seq->tracks) any = any || track->recArm;
     anyArmed = any;
 }
 
@@ -198,7 +198,7 @@ void TakeRecorder::idle() {
     if (takeBegun.exchange(false)) begin();
     stepRec.idle(seq);
     if (!recReady && !runs()) close();
-    for (auto* track : each<CTrack>(seq->tracks)) {
+    for (auto* track : seq->tracks) {
         track->take.idle(seq->host->recUndo);
         track->readyForTake();
     }
@@ -212,7 +212,7 @@ void TakeRecorder::begin() {
     diskWriteFailed = false;
     stepRec.setPart(nullptr, nullptr);
     seq->unselectParts();
-    for (auto* track : each<CTrack>(seq->tracks))
+    for (auto* track : seq->tracks)
         if (track->armed) track->take.begin();
     beginFiles();
     seq->songNotices.raise(SeqNotice::parts);
@@ -220,7 +220,7 @@ void TakeRecorder::begin() {
 
 void TakeRecorder::beginFiles() {
     std::vector<CTrack*> audio;
-    for (auto* track : each<CTrack>(seq->tracks))
+    for (auto* track : seq->tracks)
         if (track->armed && track->takesAudio) audio.push_back(track);
     if (audio.empty()) return;
     bool temporary = false;
@@ -241,14 +241,14 @@ void TakeRecorder::close() {
     CUndo* step = host->recUndo ? host->recUndo : host->startTakeStep();
     edits.add([this] {
         stop();
-        for (auto* track : each<CTrack>(seq->tracks)) {
+        for (auto* track : seq->tracks) {
             track->armed = 0;
             track->nextPass();
         }
     });
     edits.settle();
     recThread.stopTake();
-    for (auto* track : each<CTrack>(seq->tracks)) {
+    for (auto* track : seq->tracks) {
         if (!track->take.running()) continue;
         track->take.finish(step, recThread.fileOf(track));
         disarm(track);
