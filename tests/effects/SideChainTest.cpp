@@ -5,6 +5,7 @@
 #include "engine/StripFixture.h"
 
 #include <cmath>
+#include <memory>
 #include <numbers>
 
 namespace {
@@ -118,7 +119,7 @@ TEST(SideChain, MeetsItsKeyOnTime) {
             t.kick->left = t.kick->right = [](long at) { return at >= rise ? loud : 0.0f; };
             t.kick->latency = c.kickLate;
             t.bass->latency = c.bassLate;
-            t.connect(t.bass); // away
+            const std::unique_ptr<CAudioCable> away(t.connect(t.bass));
             auto* group = t.add(new CGroupCh(t.host));
             t.connect(t.bass, group);
             t.connect(group);
