@@ -23,7 +23,6 @@
 
 namespace {
 
-constexpr int usualPreview = 136;
 constexpr const char* rackExt = ".qve";
 
 constexpr struct {

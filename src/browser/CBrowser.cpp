@@ -24,7 +24,7 @@
 namespace {
 
 constexpr int margin = 8, gap = 4, fieldHeight = 24, searchWide = 56, doneWide = 24;
-constexpr int splitHeight = 4, usualPreview = 136;
+constexpr int splitHeight = 4;
 constexpr int lookTicks = 10; ///< between two looks while files are still being found
 constexpr int rightPressed = 2;
 constexpr const char *section = "browser", *previewKey = "previewHeight";

@@ -21,6 +21,7 @@ class Workspace;
 class CBrowser : public CGroup {
 public:
     static constexpr int usualWidth = 260, leastWidth = 180;
+    static constexpr int usualPreview = 136; ///< height of the preview
 
     CBrowser(CWin* win, Workspace& workspace, BrowserDeeds deeds);
     ~CBrowser() override;

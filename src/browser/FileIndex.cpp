@@ -24,13 +24,6 @@ FileIndex::~FileIndex() {
     finish();
 }
 
-std::string FileIndex::small(const std::string& text) {
-    std::string lower = text;
-    for (char& c : lower)
-        if (c >= 'A' && c <= 'Z') c = char(c - 'A' + 'a');
-    return lower;
-}
-
 // Interface.
 
 void FileIndex::setRoots(const std::vector<Root>& wanted) {
@@ -190,7 +183,7 @@ void FileIndex::look(const Job& job) {
     for (const auto* name : names.list) {
         if (files + waiting + int(listing.folder.names.size()) >= mostFiles) break;
         listing.folder.names.emplace_back(name->text.asChar());
-        listing.folder.lower.push_back(small(listing.folder.names.back()));
+        listing.folder.lower.emplace_back(name->text.lowerCase().asChar());
     }
     for (const auto* name : subfolders.list) listing.folders.emplace_back(name->text.asChar());
     noteSeen(listing);

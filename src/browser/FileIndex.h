@@ -70,7 +70,6 @@ private:
     void noteSeen(const Listing& listing);
     void enter(const Listing& listing);
     void drop(std::map<Place, Folder>::iterator at);
-    static std::string small(const std::string& text);
 
     std::vector<Root> roots;
     std::map<Place, Folder> folders; ///< interface

@@ -11,7 +11,7 @@
 namespace {
 
 constexpr const char* section = "file mapper";
-constexpr int usualPlace = 100, leastSide = 128, usualWide = 300, usualHigh = 360;
+constexpr int usualPlace = 100;
 
 } // namespace
 
@@ -40,10 +40,11 @@ void PlaylistRoom::clicked() {
 void PlaylistRoom::show() {
     if (!window) {
         window = std::make_unique<CFileMapperWin>(&mapper, workspace.mainWindow());
+        const CPoint size = window->getSize();
         window->setPos(iniReadInt(section, "left", usualPlace),
                        iniReadInt(section, "top", usualPlace));
-        window->setSize(asMax(leastSide, iniReadInt(section, "width", usualWide)),
-                        asMax(leastSide, iniReadInt(section, "height", usualHigh)));
+        window->setSize(asMax(window->minWidth, iniReadInt(section, "width", size.x)),
+                        asMax(window->minHeight, iniReadInt(section, "height", size.y)));
     }
     window->show(true);
 }

@@ -54,12 +54,8 @@ void PreviewWave::paint(CGraphic* g, CRect) {
         const WaveColumns columns(preview->getSample(), 0, frames, step);
         for (int i = 0; i < wide; i++) {
             const int x = edge + i;
-            if (!g->wants(lineAt(x))) continue;
-            const WaveColumn c = columns.at(i * step);
-            const int half = middle - edge;
-            const int top0 = middle - asRound(double(fLimit(c.high, 0.0f, 1.0f)) * half);
-            const int bottom = middle + asRound(double(fLimit(-c.low, 0.0f, 1.0f)) * half) + 1;
-            g->fillLine(colours.accent, asRect(x, top0, x + 1, bottom));
+            if (g->wants(lineAt(x)))
+                paintColumn(g, colours.accent, columns.at(i * step), x, middle, middle - edge);
         }
     }
     if (shownX >= 0) g->fillLine(colours.text, lineAt(shownX));

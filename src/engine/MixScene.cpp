@@ -134,7 +134,7 @@ void CMixScene::write(CStream* stream, CQV* host) const {
     std::vector<std::pair<const Strip*, Place>> kept;
     for (const Strip& strip : strips)
         for (const int list : {0, 2}) {
-            const CList& comps = *listsOf(host->comps, host->sends)[list ? 1 : 0];
+            const CList& comps = list ? static_cast<const CList&>(host->sends) : host->comps;
             int at = 0;
             for (auto* c : each<CComp>(comps)) {
                 const int output = c->outputs.indexed(strip.channel);

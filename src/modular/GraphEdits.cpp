@@ -67,7 +67,8 @@ CObject* cableBetween(CIO* from, CIO* to) {
 }
 
 CList& cablesOf(CComp* comp, bool midi) {
-    return *listsOf(comp->audioCables, comp->midiCables)[midi ? 1 : 0];
+    if (midi) return comp->midiCables;
+    return comp->audioCables;
 }
 
 /// A cable as the ports that it joins.

@@ -117,7 +117,8 @@ CompIO* CompReader::place(int type, int listKind) {
     auto& list = bus ? index.sends : index.comps;
     const char* kind = bus ? "sends" : "components";
     if (!hasRoomForComp(kind, list.size(), bus ? maxSends : maxComps, type)) return nullptr;
-    CComp* c = link(newStoredComp(host, type), *listsOf(host->comps, host->sends)[bus ? 1 : 0]);
+    CList& kept = bus ? static_cast<CList&>(host->sends) : host->comps;
+    CComp* c = link(newStoredComp(host, type), kept);
     c->listKind = bus ? listSends : listComps;
     return &list.emplace_back(CompIO{c, {}, {}, {}, {}});
 }

@@ -42,10 +42,6 @@ private:
     Shared<int>& word;
 };
 
-std::string bytesOf(const CStr& text) {
-    return {text.asChar(), size_t(text.length())};
-}
-
 std::string bytesOf(const Plugin::Bytes& chunk) {
     return {chunk.begin(), chunk.end()};
 }

@@ -19,7 +19,7 @@ enum class State { text, open, close, cdata, instruction, head };
 /// The machine that the bytes of a file run through.
 class Decoder {
 public:
-    Decoder(CXML& target) : xml(target), current(target.root.get()) {}
+    explicit Decoder(CXML& target) : xml(target), current(target.root.get()) {}
 
     void take(char c) {
         if (c == 9 || c == 10 || c == 13) return;

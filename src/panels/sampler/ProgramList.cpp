@@ -97,6 +97,7 @@ void ProgramList::readEntries() {
     CStringList names, folders;
     workspace.host()->getFolders("PresetFolders", &names, &folders);
     for (int i = 0; i < folders.getCount(); i++) readPresets(folders.get(i));
+    const CIniBatch together(inifile); // reads the file once
     for (Entry& entry : entries) entry.favourite = iniReadInt(section, entry.key(), 0) != 0;
     listFamilies();
 }

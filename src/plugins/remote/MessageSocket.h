@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/CStr.h"
+
 #include <cstdint>
 #include <deque>
 #include <optional>
@@ -43,6 +45,11 @@ struct HelperMessage {
     std::string bytes{};
     int file = -1; ///< sent: not owned; received: the receiver's
 };
+
+/// A text as the bytes of a message.
+inline std::string bytesOf(const CStr& text) {
+    return {text.asChar(), size_t(text.length())};
+}
 
 /// What `load` answers in `index`, with the plug-in's id in `number`, and vendor and product with a
 /// zero between; without `loaded` the reason.

@@ -20,10 +20,6 @@ constexpr auto keepsEvery = std::chrono::milliseconds(1000);
 constexpr int keepingShare = 20; ///< keeping the state takes a 20th of the time at most
 constexpr int countsEvery = 10;  ///< seconds
 
-std::string bytesOf(const CStr& text) {
-    return {text.asChar(), size_t(text.length())};
-}
-
 CStr textOf(const std::string& bytes) {
     return bytes.c_str();
 }

@@ -183,7 +183,9 @@ void deleteComps(CQV* host, const std::vector<CComp*>& comps) {
     CUndo* step = host->undoStart("Delete", host, rewired);
     step->effects.song = unfreeze(host, going, step);
     removeCables(host, going, step);
-    for (CComp* c : going)
-        step->asRemove(c, listsOf(host->comps, host->sends)[host->sends.contains(c) ? 1 : 0]);
+    for (CComp* c : going) {
+        CList& from = host->sends.contains(c) ? static_cast<CList&>(host->sends) : host->comps;
+        step->asRemove(c, &from);
+    }
     host->undoEnd(step, true);
 }
