@@ -14,6 +14,8 @@ constexpr size_t queueBytes = CMIDIQ::capacity * sizeof(CMIDIBytes);
 CMIDIQ::CMIDIQ(CComp* owner) : events(static_cast<CMIDIBytes*>(takeZeroPages(queueBytes))) {
     category = categoryPort;
     comp = owner;
+    events[0] =
+        CMIDIBytes(); // so that the first events of a song do not all ask for a page at once
 }
 
 CMIDIQ::~CMIDIQ() {
