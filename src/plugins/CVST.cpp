@@ -8,6 +8,7 @@
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
+#include "plugins/PluginFile.h"
 #include "plugins/PluginHooks.h"
 #include "plugins/PluginPlaces.h"
 
@@ -17,6 +18,11 @@
 namespace {
 
 constexpr const char* title = "VST";
+
+/// What a plug-in is called is not told by the name of its file.
+bool manyNames(const CStr& file) {
+    return PluginFile(file).format() != PluginFormat::vst2;
+}
 
 } // namespace
 
@@ -28,14 +34,14 @@ CVST::CVST(CQV* root) : PluginComp(root) {
 // Opening.
 
 bool CVST::open(bool setup) {
-    const CStr name = extractFileName(fileName);
-    id = changeFileExt(name, "");
+    id = changeFileExt(extractFileName(PluginFile(fileName).file), "");
     if (!find()) return false;
     if (!load(fileName)) {
         if (setup) showMsg(nullptr, title, "Failed to open " + id);
         return false;
     }
     if (setup) setupIO();
+    if (const CStr name = loaded()->product(); manyNames(fileName) && !name.empty()) id = name;
     return true;
 }
 
@@ -52,7 +58,7 @@ bool CVST::find() {
 }
 
 bool CVST::load(const CStr& path) {
-    folder = extractFilePath(path);
+    folder = extractFilePath(PluginFile(path).file);
     CStr why;
     std::unique_ptr<Plugin> made = pluginHooks()->load(path, asHost(), why);
     if (!made) {
@@ -66,9 +72,9 @@ bool CVST::load(const CStr& path) {
 bool CVST::locate(const CStr& path) {
     if (opened()) return false;
     allowPlugin(path);
-    const CStr name = id, former = fileName;
+    const CStr name = id, found = PluginFile(path, PluginFile(fileName).inside).text();
     const GraphHold hold(host);
-    if (!load(path)) {
+    if (!load(found)) {
         showMsg(nullptr, title, "Failed to open " + extractFileName(path));
         return false;
     }
@@ -77,9 +83,10 @@ bool CVST::locate(const CStr& path) {
     stream.seek(0, seekStart);
     bool sawBank = false;
     eachBlock(&stream, stream.size, [&](const CStr& block, BlockView& body) {
-        if (block != "filename") readBlock(block, body, int(body.left()), sawBank);
+        if (block != "filename" && block != "plugin")
+            readBlock(block, body, int(body.left()), sawBank);
     });
-    fileName = path;
+    fileName = found;
     id = name;
     kept.clear();
     fixChannels();
@@ -121,15 +128,17 @@ void CVST::write(CStream* stream) {
         stream->writeId(block, content.length() + int(sizeof(int)));
         stream->writeStr(content);
     };
-    text("filename", fileName);
+    const bool older = PluginFile(fileName).format() == PluginFormat::vst2;
+    text(older ? "filename" : "plugin", fileName);
     text("chunkpath", chunkPath);
     if (Plugin* p = loaded()) {
         const Plugin::Bytes chunk = presentBank(*p, bank);
-        for (const auto& [block, order] :
-             {std::pair{"chunk2", WordOrder::file}, std::pair{"chunk", WordOrder::block}}) {
+        const auto put = [&](const char* block, WordOrder order) {
             const OpenBlock open(stream, block);
             writeBank(stream, *p, bank, chunk, order);
-        }
+        };
+        put("chunk2", WordOrder::file);
+        if (older) put("chunk", WordOrder::block);
     }
     writeIntBlock(stream, "mch", mch);
     writeIntBlock(stream, "prog", pendingProg >= 0 ? int(pendingProg) : getProg());
@@ -147,7 +156,8 @@ void CVST::read(CStream* stream, int end) {
     const CStr name = id;
     bool sawBank = false;
     eachBlock(stream, end, [&](const CStr& block, BlockView& body) {
-        if (block != "filename") return readBlock(block, body, int(body.left()), sawBank);
+        if (block != "filename" && block != "plugin")
+            return readBlock(block, body, int(body.left()), sawBank);
         fileName = body.readStr();
         open(false);
         deleteAll<CObject>(outPorts); // those of the project follow

@@ -6,11 +6,11 @@
 
 #include <vector>
 
-/// A VST 2 plug-in, "VST" until one is opened. A project keeps its file, its state, and, where the
-/// file cannot be loaded, all that it had of it, byte for byte. Interface thread.
+/// A plug-in of any format, "VST" until one is opened. A project keeps its file, its state, and,
+/// where the file cannot be loaded, all that it had of it, byte for byte. Interface thread.
 class CVST : public PluginComp {
 public:
-    CStr fileName;  ///< of the library; empty at first
+    CStr fileName;  ///< which plug-in, as in `PluginFile`; empty at first
     CStr chunkPath; ///< of the bank that the user opened last
 
     explicit CVST(CQV* root);
@@ -19,8 +19,8 @@ public:
     /// component after it. With `setup` it gets channels. False when that fails, with `setup` after
     /// a message: what a project misses its reader tells.
     bool open(bool setup);
-    /// For a component whose plug-in was not found: opens this file with what the project had of
-    /// it. In the graph.
+    /// For a component whose plug-in was not found: opens the one in this file with what the
+    /// project had of it. In the graph.
     bool locate(const CStr& path);
 
     /// Loads it anew, where it is to run now, with its state. False, and it stays as it is, where
@@ -67,6 +67,6 @@ private:
     std::vector<unsigned char> kept; ///< the content of a project, while the plug-in is missing
 };
 
-/// A component of the plug-in in a file, with channels, ports and buffers, linked nowhere; null,
-/// after a message, where it cannot be opened.
+/// A component of a plug-in, named as in `PluginFile`, with channels, ports and buffers, linked
+/// nowhere; null, after a message, where it cannot be opened.
 std::unique_ptr<CVST> newPlugin(CQV* host, const CStr& path);

@@ -1,6 +1,6 @@
 #include "plugins/PluginHooks.h"
 
-#include "plugins/vst2/Vst2Plugin.h"
+#include "plugins/PluginLoad.h"
 
 namespace {
 
@@ -10,7 +10,7 @@ PluginHooks* current = &nobody;
 } // namespace
 
 std::unique_ptr<Plugin> PluginHooks::load(const CStr& path, PluginHost& host, CStr& why) {
-    return Vst2Plugin::load(path, host, why);
+    return loadPlugin(path, host, why);
 }
 
 PluginHooks* pluginHooks() {

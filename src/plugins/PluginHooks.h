@@ -14,7 +14,8 @@ public:
     virtual ~PluginHooks() = default;
     /// A plug-in is not in the folders. True when the user has named others, to look there again.
     virtual bool askFolders(const CStr& /*name*/) { return false; }
-    /// Loads a plug-in, by default into this process. Null, with `why`, where that fails.
+    /// Loads a plug-in, told as in `PluginFile`, by default into this process. Null, with `why`,
+    /// where that fails.
     virtual std::unique_ptr<Plugin> load(const CStr& path, PluginHost& host, CStr& why);
     virtual void called() {} ///< code of a plug-in has run, not in a block
 };

@@ -5,6 +5,7 @@
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
+#include "plugins/PluginFile.h"
 
 #include <algorithm>
 #include <cstring>
@@ -15,7 +16,6 @@
 namespace {
 
 constexpr const char *foldersSection = "VSTFolders", *pickedSection = "VSTPicked";
-constexpr const char* libraryExt = ".so";
 constexpr int deepest = 16;
 
 using FileId = std::pair<dev_t, ino_t>;
@@ -27,8 +27,8 @@ bool idOf(const CStr& path, FileId& id) {
     return true;
 }
 
-/// Goes through a folder and those inside, each once, as links may lead in a circle. `visit` gets
-/// the path of each file of the filter and ends the walk with true.
+/// Goes through a folder and those inside, each once, as links may lead in a circle; a bundle
+/// counts as a file. `visit` gets the path of each file of the filter and ends the walk with true.
 template <class F>
 class Walk {
 public:
@@ -40,10 +40,13 @@ public:
         CStringList folders, files;
         if (!readDir(folder, filter, &folders, &files, true)) return false;
         const CStr inside = addSep(folder);
+        for (int i = 0; i < folders.count(); i++)
+            if (PluginFile::isBundle(folders.get(i))) files.append(folders.get(i));
         for (int i = 0; i < files.count(); i++)
             if (visit(inside + files.get(i))) return true;
         for (int i = 0; i < folders.count(); i++)
-            if (into(inside + folders.get(i), depth + 1)) return true;
+            if (!PluginFile::isBundle(folders.get(i)) && into(inside + folders.get(i), depth + 1))
+                return true;
         return false;
     }
 
@@ -90,12 +93,11 @@ std::vector<CStr> pluginFolders(CQV* host) {
     host->getFolders(foldersSection, &names, &own);
     std::vector<CStr> all;
     for (int i = 0; i < own.count(); i++) all.push_back(own.get(i));
-    const CStr home = addSep(getHomeFolder());
-    for (const CStr& usual :
-         {home + ".vst", home + ".lxvst", CStr("/usr/local/lib/vst"), CStr("/usr/local/lib/lxvst"),
-          CStr("/usr/lib/vst"), CStr("/usr/lib/lxvst"), CStr("/usr/lib/x86_64-linux-gnu/vst"),
-          CStr("/usr/lib/x86_64-linux-gnu/lxvst")})
-        if (folderExists(usual)) all.push_back(usual);
+    const CStr home = addSep(getHomeFolder()) + ".";
+    for (const char* kind : {"vst", "lxvst", "clap", "lv2"})
+        for (const CStr& around :
+             {home, CStr("/usr/local/lib/"), CStr("/usr/lib/"), CStr("/usr/lib/x86_64-linux-gnu/")})
+            if (folderExists(around + kind)) all.push_back(around + kind);
     return all;
 }
 
@@ -107,28 +109,31 @@ std::vector<CStr> pluginFiles(CQV* host) {
         if (idOf(path, id) && met.insert(id).second) files.push_back(path);
         return false;
     };
-    for (const CStr& folder : pluginFolders(host)) Walk(CStr(libraryExt), take).into(folder);
+    for (const CStr& folder : pluginFolders(host))
+        Walk(CStr(PluginFile::libraries), take).into(folder);
     return files;
 }
 
 CStr allowedPlugin(CQV* host, const CStr& path) {
+    const PluginFile wanted(path);
     const std::vector<CStr> folders = pluginFolders(host);
-    const bool trusted =
-        std::ranges::any_of(folders, [&path](const CStr& folder) { return liesIn(folder, path); });
-    if (fileExists(path) && (trusted || isPicked(path))) return path;
+    const bool trusted = std::ranges::any_of(
+        folders, [&wanted](const CStr& folder) { return liesIn(folder, wanted.file); });
+    if (wanted.isThere() && (trusted || isPicked(wanted.file))) return path;
     bool found = false;
-    CStr name = extractFileName(path);
+    CStr name = extractFileName(wanted.file);
     for (const CStr& folder : folders) {
         if (!name.empty()) findPlug(name, folder, found);
-        if (found) return name;
+        if (found) return PluginFile(name, wanted.inside).text();
     }
     return "";
 }
 
 void allowPlugin(const CStr& path) {
-    if (isPicked(path)) return;
+    const CStr file = PluginFile(path).file;
+    if (isPicked(file)) return;
     CStringList lines;
     CIniFile ini(inifile);
     ini.readSection(pickedSection, &lines);
-    ini.writeString(pickedSection, asStr(lines.count()), path);
+    ini.writeString(pickedSection, asStr(lines.count()), file);
 }

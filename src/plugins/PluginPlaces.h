@@ -16,10 +16,11 @@ bool hasVSTFolders();
 /// Those, or the one beside the program; behind them those of the system and of the home folder, as
 /// far as they exist.
 std::vector<CStr> pluginFolders(CQV* host);
-/// Every library in those folders, each file once, whatever links lead to it.
+/// Every library and bundle in those folders, each once, whatever links lead to it.
 std::vector<CStr> pluginFiles(CQV* host);
-/// What a path that a project names stands for: the file itself, if it lies in one of the folders
-/// or the user has picked it once, else one of that name in them. Empty when there is none.
+/// What a plug-in that a project names, as in `PluginFile`, stands for: the file itself, if it lies
+/// in one of the folders or the user has picked it once, else one of that name in them. Empty when
+/// there is none.
 CStr allowedPlugin(CQV* host, const CStr& path);
 /// The user has picked a file in a dialog.
 void allowPlugin(const CStr& path);

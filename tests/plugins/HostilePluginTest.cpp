@@ -13,13 +13,26 @@ TEST(HostilePlugin, StripsPlayOn) {
         float left, right; ///< of the last frame, for 0.5 and 0.25
         bool faulty;
     };
-    const Case cases[] = {
-        {"throws-open", 0.5f, 0.25f, false},   {"throws-set", 0.5f, 0.25f, false},
-        {"throws-get", 0.5f, 0.25f, false},    {"throws-idle", 0.5f, 0.25f, false},
-        {"throws-process", 0.5f, 0.25f, true}, {"nan", 0.0f, 0.25f, true},
-        {"infinite", 0.5f, 0.0f, true},        {"overruns", 0.5f, 0.5f, false},
-        {"rounding", 0.5f, 0.25f, false},      {"long-texts", 0.5f, 0.25f, false},
-        {"throws-chunk", 0.5f, 0.25f, false},  {"echoes", 0.5f, 0.25f, false}};
+    const Case cases[] = {{"throws-open", 0.5f, 0.25f, false},
+                          {"throws-set", 0.5f, 0.25f, false},
+                          {"throws-get", 0.5f, 0.25f, false},
+                          {"throws-idle", 0.5f, 0.25f, false},
+                          {"throws-process", 0.5f, 0.25f, true},
+                          {"nan", 0.0f, 0.25f, true},
+                          {"infinite", 0.5f, 0.0f, true},
+                          {"overruns", 0.5f, 0.5f, false},
+                          {"rounding", 0.5f, 0.25f, false},
+                          {"long-texts", 0.5f, 0.25f, false},
+                          {"throws-chunk", 0.5f, 0.25f, false},
+                          {"echoes", 0.5f, 0.25f, false},
+                          {"throws-process.lv2", 0.5f, 0.25f, true},
+                          {"throws-process.clap", 0.5f, 0.25f, true},
+                          {"nan.lv2", 0.0f, 0.0f, true},
+                          {"nan.clap", 0.0f, 0.0f, true},
+                          {"overruns.lv2", 0.5f, 0.5f, false},
+                          {"overruns.clap", 0.5f, 0.5f, false},
+                          {"long-texts.lv2", 0.5f, 0.25f, false},
+                          {"long-texts.clap", 0.5f, 0.25f, false}};
     for (size_t i = 0; i < 2 * std::size(cases); i++) {
         const Case& c = cases[i / 2];
         SCOPED_TRACE(std::string(c.kind) + (i % 2 ? ", isolated" : ""));

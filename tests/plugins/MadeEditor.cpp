@@ -23,6 +23,7 @@ void MadeEditor::idle() {
         XEvent event;
         XNextEvent(display, &event);
         keys += event.type == KeyPress;
+        clicks += event.type == ButtonPress;
         if (event.type == ButtonPress) XSetInputFocus(display, window, RevertToParent, CurrentTime);
     }
 }

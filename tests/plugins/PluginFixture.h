@@ -4,8 +4,8 @@
 #include "base/CStream.h"
 #include "engine/StripFixture.h"
 #include "plugins/CVST.h"
+#include "plugins/MadeFile.h"
 #include "plugins/MadePlugin.h"
-#include "support/Places.h"
 #include "support/Told.h"
 
 #include <cstdlib>
@@ -28,12 +28,7 @@ public:
         std::filesystem::remove_all(folder);
     }
 
-    std::string file(const std::string& name) const {
-        const std::string path = folder + "/" + name + ".so";
-        if (!std::filesystem::exists(path))
-            std::filesystem::copy_file(builtFile("tests/made_plugin.so"), path);
-        return path;
-    }
+    std::string file(const std::string& name) const { return madeFile(folder, name); }
     /// Complete, linked nowhere, owned by the caller; null where it does not open.
     CVST* plug(const std::string& name) { return newPlugin(host, file(name).c_str()).release(); }
     /// In the graph, cabled to the audio out.

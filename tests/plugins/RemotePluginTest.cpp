@@ -130,7 +130,11 @@ TEST(RemotePlugin, MayCrashAndHang) {
         const char *name, *why;
     } cases[] = {{"bad-crashes-process", "It crashed (Segmentation fault)."},
                  {"bad-aborts-process", "It crashed (Aborted)."},
-                 {"bad-hangs-process", "It did not come back."}};
+                 {"bad-hangs-process", "It did not come back."},
+                 {"bad-crashes-process.lv2", "It crashed (Segmentation fault)."},
+                 {"bad-hangs-process.lv2", "It did not come back."},
+                 {"bad-crashes-process.clap", "It crashed (Segmentation fault)."},
+                 {"bad-hangs-process.clap", "It did not come back."}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         RemoteFixture f;
@@ -191,6 +195,18 @@ TEST(RemotePlugin, AnswersWhatEndsIt) {
     }
     ASSERT_TRUE(f.until(ended)) << "at the end of the last one";
     ASSERT_TRUE(f.until(back));
+    for (const std::string format : {".lv2", ".clap"}) {
+        SCOPED_TRACE(format);
+        const std::unique_ptr<CVST> state(f.plug("bad-crashes-state" + format));
+        EXPECT_NE(f.bytesOf(state.get()).find("chunk2"), std::string::npos);
+        ASSERT_TRUE(f.until(ended) && f.until(back));
+        const std::unique_ptr<CVST> drawn(f.plug("bad-crashes-editor" + format));
+        drawn->openEditor(1);
+        ASSERT_TRUE(f.until(ended) && f.until(back));
+        drawn->closeEditor();
+        delete f.plug("bad-crashes-close" + format);
+        ASSERT_TRUE(f.until(ended) && f.until(back));
+    }
     f.block();
     EXPECT_FALSE(rtViolations());
 }

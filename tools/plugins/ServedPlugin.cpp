@@ -3,7 +3,7 @@
 #include "base/Futex.h"
 #include "base/Messages.h"
 #include "base/Numbers.h"
-#include "plugins/vst2/Vst2Plugin.h"
+#include "plugins/PluginLoad.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,7 +26,7 @@ ServedPlugin::~ServedPlugin() {
 
 bool ServedPlugin::load(const CStr& path, CStr& why) {
     obeying = true;
-    plugin = Vst2Plugin::load(path, *this, why);
+    plugin = loadPlugin(path, *this, why);
     obeying = false;
     if (!plugin) return false;
     makePins();

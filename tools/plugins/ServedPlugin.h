@@ -60,7 +60,10 @@ private:
     void channelsChanged() override;
     void displayChanged() override;
     unsigned blockNumber() const override { return 0; }
-    void betweenBlocks(const std::function<void()>& change) override { change(); }
+    void betweenBlocks(const std::function<void()>& change) override {
+        const std::scoped_lock lock(inside);
+        change();
+    }
     void pluginLost() override {}
     void pluginReturns() override {}
     void pluginReturned() override {}

@@ -1,7 +1,6 @@
 #include "base/Paths.h"
 #include "plugins/PluginHooks.h"
-#include "plugins/scan/PluginFacts.h"
-#include "plugins/vst2/Vst2Plugin.h"
+#include "plugins/PluginLoad.h"
 #include "tools/plugins/PluginServer.h"
 
 #include <X11/Xlib.h>
@@ -47,20 +46,6 @@ private:
     const CStr folder;
 };
 
-PluginFacts factsOf(Plugin& plugin, const CStr& file) {
-    PluginFacts facts;
-    facts.name = plugin.product();
-    if (facts.name.empty()) facts.name = changeFileExt(extractFileName(file), "");
-    facts.vendor = plugin.vendor();
-    facts.instrument = plugin.isInstrument();
-    facts.editor = plugin.hasEditor();
-    facts.inputs = plugin.inputs();
-    facts.outputs = plugin.outputs();
-    facts.params = plugin.numParams();
-    facts.programs = plugin.numPrograms();
-    return facts;
-}
-
 void tell(int output, const CStr& line) {
     const ssize_t written = write(output, line.asChar(), size_t(line.length()));
     static_cast<void>(written); // nobody listens any more
@@ -69,12 +54,19 @@ void tell(int output, const CStr& line) {
 int scan(const CStr& file, int output) {
     Onlooker host(file);
     CStr why;
-    const auto plugin = Vst2Plugin::load(file, host, why);
-    if (plugin)
-        tell(output, factsOf(*plugin, file).line());
-    else
+    bool any = false;
+    const bool good = lookInto(
+        file, host,
+        [&](const PluginFacts& facts) {
+            any = true;
+            tell(output, facts.line() + "\n");
+        },
+        why);
+    if (!good)
         tell(output, why);
-    return plugin ? 0 : 1;
+    else if (!any)
+        tell(output, PluginFacts::none);
+    return good ? 0 : 1;
 }
 
 /// Its windows may be taken away from a plug-in at any time.
@@ -99,7 +91,8 @@ public:
 } // namespace
 
 /// Has to do with plug-ins for a program that does not want to be hurt by them. `--scan FILE`
-/// writes what one is as one line and ends with 0, or writes why it is of no use and ends with 1.
+/// writes a line for each that the file or bundle holds and ends with 0, or writes why it is of no
+/// use and ends with 1.
 /// `--serve` runs them for the program that has started it, and is of no use to others.
 int main(int argc, char** argv) {
     const bool serves = argc == 2 && std::strcmp(argv[1], "--serve") == 0;

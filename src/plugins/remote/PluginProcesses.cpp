@@ -3,8 +3,9 @@
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
+#include "plugins/PluginFile.h"
+#include "plugins/PluginLoad.h"
 #include "plugins/remote/RemotePlugin.h"
-#include "plugins/vst2/Vst2Plugin.h"
 
 #include <chrono>
 
@@ -24,7 +25,7 @@ PluginProcesses::PluginProcesses(const CStr& helperProgram, const CStr& trustFil
 }
 
 std::unique_ptr<Plugin> PluginProcesses::load(const CStr& path, PluginHost& host, CStr& why) {
-    if (trust.trusted(path)) return Vst2Plugin::load(path, host, why);
+    if (trust.trusted(path)) return loadPlugin(path, host, why);
     return RemotePlugin::load(shared_from_this(), path, host, why);
 }
 
@@ -40,7 +41,7 @@ void PluginProcesses::setGroups(PluginGroups wanted) {
 std::string PluginProcesses::groupOf(const CStr& path) const {
     switch (groups()) {
     case PluginGroups::format:
-        return "VST 2";
+        return formatName(PluginFile(path).format());
     case PluginGroups::maker: {
         const CStr maker = makerOf ? makerOf(path) : CStr();
         return maker.empty() ? std::string() : std::string("by ") + maker.asChar();

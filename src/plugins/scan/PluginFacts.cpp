@@ -1,6 +1,9 @@
 #include "plugins/scan/PluginFacts.h"
 
+#include "base/CStringList.h"
 #include "base/Numbers.h"
+#include "base/Paths.h"
+#include "plugins/PluginFile.h"
 
 #include <algorithm>
 #include <sstream>
@@ -22,7 +25,7 @@ std::string field(const CStr& text) {
 CStr PluginFacts::line() const {
     std::ostringstream out;
     out << field(name) << '\t' << field(vendor) << '\t' << instrument << '\t' << editor << '\t'
-        << inputs << '\t' << outputs << '\t' << params << '\t' << programs;
+        << inputs << '\t' << outputs << '\t' << params << '\t' << programs << '\t' << field(inside);
     return out.str().c_str();
 }
 
@@ -34,14 +37,27 @@ std::optional<PluginFacts> PluginFacts::fromLine(const CStr& line) {
     in >> facts.instrument >> facts.editor >> facts.inputs >> facts.outputs >> facts.params >>
         facts.programs;
     if (!in) return std::nullopt;
+    in.get();
+    std::string inside;
+    std::getline(in, inside);
+    facts.inside = inside.c_str();
     facts.name = name.c_str();
     facts.vendor = vendor.c_str();
     return facts;
 }
 
 std::optional<FileMark> FileMark::of(const CStr& path) {
+    const CStr file = PluginFile(path).file;
     struct stat about {};
-    if (stat(path.asChar(), &about) != 0) return std::nullopt;
-    return FileMark{about.st_size, about.st_mtim.tv_sec, static_cast<long long>(about.st_dev),
-                    static_cast<long long>(about.st_ino)};
+    if (stat(file.asChar(), &about) != 0) return std::nullopt;
+    FileMark mark{about.st_size, about.st_mtim.tv_sec, static_cast<long long>(about.st_dev),
+                  static_cast<long long>(about.st_ino)};
+    CStringList names;
+    if (S_ISDIR(about.st_mode)) readDir(file, CStr(), nullptr, &names, false);
+    for (int i = 0; i < names.count(); i++) {
+        if (stat((addSep(file) + names.get(i)).asChar(), &about) != 0) continue;
+        mark.size += about.st_size;
+        mark.time = std::max<long long>(mark.time, about.st_mtim.tv_sec);
+    }
+    return mark;
 }

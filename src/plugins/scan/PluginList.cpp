@@ -5,13 +5,16 @@
 #include "base/SafeFile.h"
 
 #include <algorithm>
+#include <iterator>
+#include <map>
+#include <set>
 #include <sstream>
 #include <string>
 
 namespace {
 
 /// Another form of the file is read as none.
-constexpr const char* firstLine = "plug-ins 1";
+constexpr const char* firstLine = "plug-ins 2";
 
 std::string entryLine(const PluginList::Entry& e) {
     std::ostringstream out;
@@ -33,6 +36,19 @@ bool readEntry(const CStr& line, PluginList::Entry& e) {
     e.why = why.c_str();
     e.facts = *facts;
     return true;
+}
+
+/// Whether it is one more format of an effect.
+bool isSame(const PluginList::Effect& effect, const PluginList::Entry& e) {
+    const PluginFacts &known = effect.front()->facts, &facts = e.facts;
+    const bool maker =
+        sameText(known.vendor, facts.vendor) || known.vendor.empty() || facts.vendor.empty();
+    const auto hasFormat = [&e](const PluginList::Entry* one) {
+        return one->format() == e.format();
+    };
+    return maker && sameText(known.name, facts.name) && known.instrument == facts.instrument &&
+           known.inputs == facts.inputs && known.outputs == facts.outputs &&
+           std::ranges::none_of(effect, hasFormat);
 }
 
 } // namespace
@@ -68,31 +84,47 @@ std::vector<const PluginList::Entry*> PluginList::usable() const {
     return good;
 }
 
+std::vector<PluginList::Effect> PluginList::effects() const {
+    std::vector<Effect> found;
+    for (const Entry* e : usable()) {
+        // Neighbours by name: the same one is among the last.
+        const auto same = std::find_if(found.rbegin(), found.rend(), [e](const Effect& known) {
+            return !sameText(known.front()->facts.name, e->facts.name) || isSame(known, *e);
+        });
+        if (same == found.rend() || !isSame(*same, *e))
+            found.push_back({e});
+        else
+            same->push_back(e);
+    }
+    for (Effect& effect : found)
+        std::ranges::stable_sort(effect, {}, [](const Entry* e) { return e->format(); });
+    return found;
+}
+
 const PluginList::Entry* PluginList::find(const CStr& path) const {
     const auto at = std::ranges::find(entries, path, &Entry::path);
     return at == entries.end() ? nullptr : &*at;
 }
 
 std::vector<CStr> PluginList::compare(const std::vector<CStr>& files) {
-    const size_t before = entries.size();
-    std::erase_if(entries, [&files](const Entry& e) {
-        return std::ranges::find(files, e.path) == files.end();
-    });
-    if (entries.size() != before) save();
+    std::set<std::string> there;
+    for (const CStr& one : files) there.insert(one.asChar());
+    const size_t gone =
+        std::erase_if(entries, [&](const Entry& e) { return !there.count(e.file().asChar()); });
+    if (gone > 0) save();
+    std::map<std::string, FileMark> known;
+    for (const Entry& e : entries) known[e.file().asChar()] = e.mark;
     std::vector<CStr> changed;
     for (const CStr& path : files) {
-        const Entry* known = find(path);
+        const auto at = known.find(path.asChar());
         const auto mark = FileMark::of(path);
-        if (mark && (!known || !(known->mark == *mark))) changed.push_back(path);
+        if (mark && (at == known.end() || !(at->second == *mark))) changed.push_back(path);
     }
     return changed;
 }
 
-void PluginList::put(Entry entry) {
-    const auto at = std::ranges::find(entries, entry.path, &Entry::path);
-    if (at == entries.end())
-        entries.push_back(std::move(entry));
-    else
-        *at = std::move(entry);
+void PluginList::put(const CStr& holder, std::vector<Entry> found) {
+    std::erase_if(entries, [&holder](const Entry& e) { return e.file() == holder; });
+    std::ranges::move(found, std::back_inserter(entries));
     save();
 }

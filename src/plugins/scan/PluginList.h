@@ -1,5 +1,6 @@
 #pragma once
 
+#include "plugins/PluginFile.h"
 #include "plugins/scan/PluginFacts.h"
 
 #include <vector>
@@ -9,22 +10,32 @@
 class PluginList {
 public:
     struct Entry {
-        CStr path;
+        CStr path; ///< as in `PluginFile`
         FileMark mark;
-        PluginFacts facts; ///< of a file that could be loaded
+        PluginFacts facts; ///< of a file that could be loaded; without a name it holds no plug-in
         CStr why;          ///< it could not; empty: it could
-        bool good() const { return why.empty(); }
+        bool good() const { return why.empty() && !facts.name.empty(); }
+        bool broken() const { return !why.empty(); }
+        CStr file() const { return PluginFile(path).file; }
+        PluginFormat format() const { return PluginFile::formatOf(file()); }
     };
+
+    /// One effect in the formats that there are of it.
+    using Effect = std::vector<const Entry*>;
 
     explicit PluginList(const CStr& cacheFile); ///< reads it
 
     /// Those that load, by name.
     std::vector<const Entry*> usable() const;
+    /// The same, those of one name, maker and use together.
+    std::vector<Effect> effects() const;
     const std::vector<Entry>& all() const { return entries; }
-    const Entry* find(const CStr& path) const; ///< null for one that is not known
+    /// By what stands for it, as in `PluginFile`; null for one that is not known.
+    const Entry* find(const CStr& path) const;
     /// Of the files, those that are new or others than they were; forgets what is not among them.
     std::vector<CStr> compare(const std::vector<CStr>& files);
-    void put(Entry entry); ///< in place of what is known of that path
+    /// All that was found in a file or bundle, in place of what is known of it.
+    void put(const CStr& holder, std::vector<Entry> found);
 
 private:
     void save() const;

@@ -7,11 +7,18 @@
 #include <cstring>
 #include <fcntl.h>
 #include <spawn.h>
+#include <sstream>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using Clock = std::chrono::steady_clock;
+
+namespace {
+
+constexpr const char* silent = "It told nothing of itself.";
+
+} // namespace
 
 /// A process that looks at one file, and what it writes.
 class PluginScan::Child {
@@ -60,7 +67,7 @@ public:
             if (WIFSIGNALED(status))
                 why = CStr("It crashed (") + strsignal(WTERMSIG(status)) + ").";
             else if (WEXITSTATUS(status) != 0)
-                why = said.empty() ? CStr("It could not be loaded.") : CStr(said.c_str()).trim();
+                why = said.empty() ? CStr("It could not be loaded.") : lastLine();
             return true;
         }
         if (Clock::now() - began < limit) return false;
@@ -71,9 +78,14 @@ public:
     CStr text() const { return CStr(said.c_str()).trim(); }
 
 private:
+    CStr lastLine() const {
+        const CStr all = text();
+        const std::string lines = all.asChar();
+        return lines.substr(lines.rfind('\n') + 1).c_str();
+    }
     void take() {
         char room[1024];
-        constexpr size_t most = 65536;
+        constexpr size_t most = 1 << 20;
         for (ssize_t n; (n = read(output, room, sizeof room)) > 0;)
             if (said.size() < most) said.append(room, size_t(n));
     }
@@ -134,13 +146,16 @@ bool PluginScan::poll() {
     return changed;
 }
 
+/// What a file has told before its end counts.
 void PluginScan::note(const CStr& file, const FileMark& mark, const CStr& said, const CStr& why) {
-    PluginList::Entry entry{file, mark, {}, why};
-    const auto facts = PluginFacts::fromLine(said);
-    if (why.empty() && facts)
-        entry.facts = *facts;
-    else if (why.empty())
-        entry.why = "It told nothing of itself.";
-    list.put(std::move(entry));
+    std::vector<PluginList::Entry> found;
+    std::istringstream lines(said.asChar());
+    for (std::string line; std::getline(lines, line);)
+        if (const auto facts = PluginFacts::fromLine(line.c_str()))
+            found.push_back({PluginFile(file, facts->inside).text(), mark, *facts, ""});
+    const bool empty = said == PluginFacts::none;
+    if (found.empty() || !why.empty())
+        found.push_back({file, mark, {}, why.empty() && !empty ? CStr(silent) : why});
+    list.put(file, std::move(found));
     finished++;
 }

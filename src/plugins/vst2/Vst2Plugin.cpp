@@ -1,6 +1,6 @@
 #include "plugins/vst2/Vst2Plugin.h"
 
-#include "plugins/vst2/ForeignCall.h"
+#include "plugins/ForeignCall.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "base/Atomic.h"
+#include "plugins/Plugin.h"
+#include "plugins/PluginFile.h"
+#include "plugins/lv2/Lv2Instance.h"
+#include "plugins/lv2/PositionAtom.h"
+
+#include <functional>
+#include <memory>
+
+class Lv2Editor;
+struct PluginFacts;
+
+/// An LV2 plug-in. Its programs are the one that it begins with and its presets; its state is the
+/// values of its controls and what it stores itself.
+class Lv2Plugin final : public Plugin {
+public:
+    /// Null, with `why`, where that fails. `host` outlives it.
+    static std::unique_ptr<Lv2Plugin> load(const PluginFile& file, PluginHost& host, CStr& why);
+    ~Lv2Plugin() override;
+
+    CStr vendor() override;
+    CStr product() override;
+    int32_t uniqueId() const override { return id; }
+    bool isInstrument() const override;
+    bool sendsMidi() override { return ports.sendsMidi(); }
+    int inputs() const override { return int(ports.audioIn.size()); }
+    int outputs() const override { return int(ports.audioOut.size()); }
+    bool stereoPair(bool input, int index) override;
+    int latency() const override { return delay; }
+    int numParams() const override { return int(ports.params.size()); }
+    CStr paramName(int index) override;
+    CStr paramText(int index) override;
+    void setParam(int index, float share) override;
+    float param(int index) override;
+    int numPrograms() const override { return 1 + int(presets.size()); }
+    int program() override { return current; }
+    void setProgram(int index) override;
+    CStr programName(int index) override;
+    CStr currentProgramName() override { return programName(current); }
+    void renameProgram(const CStr&) override {} ///< they are the bundle's
+    bool hasChunks() const override { return true; }
+    Bytes chunk(bool whole) override;
+    bool setChunk(const Bytes& data, bool whole) override;
+    void setRate(double rate) override;
+    void setBlock(int frames) override;
+    void setRunning(bool on) override;
+    void addMidi(int frame, int data) override;
+    bool process(float** in, float** out, int frames) override;
+    bool hasEditor() const override { return drawn; }
+    CPoint openEditor(unsigned long window) override;
+    void closeEditor() override;
+    void idleEditor() override;
+    void idle() override {}
+
+private:
+    friend class Lv2Editor;
+    struct Note {
+        int frame, data;
+    };
+    static constexpr size_t mostNotes = 1024;
+
+    Lv2Plugin(std::shared_ptr<Lv2World> of, const LilvPlugin* plugin, PluginHost& answers);
+
+    bool isParam(int index) const { return index >= 0 && index < numParams(); }
+    float valueOf(int index) const { return wanted[size_t(index)]; }
+    void setValue(const char* symbol, const void* value, uint32_t size, uint32_t type);
+    void setUsual();
+    bool make(double rate, int frames, CStr& why);
+    void remake(double rate, int frames);
+    Lilv<LilvState> ownState();
+    void give(const LilvState* state);
+    void fillEvents(int frames);
+    void takeEvents();
+
+    const std::shared_ptr<Lv2World> world;
+    const LilvPlugin* const plugin; ///< the world's
+    PluginHost& host;
+    const int32_t id; ///< made of the URI
+    Lv2Ports ports;
+    std::vector<std::string> presets; ///< URIs
+    bool drawn = false, keepsOwn = false, running = false;
+    int current = 0;
+    std::vector<Shared<float>> wanted; ///< of the parameters
+    std::vector<Shared<float>> meters; ///< of what the plug-in shows, after the latest block
+    Shared<int> delay{0};
+    std::unique_ptr<Lv2Instance> instance;
+    std::unique_ptr<Lv2Editor> editor; ///< while it is open
+    unsigned long window = 0;
+
+    // Between a block and the editor. The number of a message is that of its port.
+    MessageRing toPlugin, toEditor;
+    Shared<bool> watched{false}; ///< somebody reads `toEditor`
+    std::vector<char> messageRoom = MessageRing::buffer();
+
+    // Whoever renders.
+    std::vector<Note> notes;
+    LV2_URID midiEvent, eventTransfer;
+    PositionAtom position;
+};
+
+/// Tells of the plug-ins in a bundle without starting any; their libraries have to load. False,
+/// with `why`, where one does not.
+bool lookIntoBundle(const CStr& bundle, const std::function<void(const PluginFacts&)>& found,
+                    CStr& why);

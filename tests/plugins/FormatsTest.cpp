@@ -1,0 +1,155 @@
+#include "engine/MidiBytes.h"
+#include "plugins/RemoteFixture.h"
+#include "plugins/scan/PluginScan.h"
+
+namespace {
+
+class EachFormat : public testing::TestWithParam<std::tuple<const char*, bool>> {
+protected:
+    EachFormat() { f.isolates = std::get<1>(GetParam()); }
+    std::string named(const char* stem) const {
+        return stem + std::string(std::get<0>(GetParam()));
+    }
+    static float last(CVST* c) { return c->output()->bufL[255]; }
+
+    RemoteFixture f;
+};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(PluginFormats, EachFormat,
+                         testing::Combine(testing::Values(".lv2", ".clap"), testing::Bool()));
+
+/// Parameters, their texts, latency and state are those of the plug-in, and come back with the
+/// project, which names it in a block that older readers pass over.
+TEST_P(EachFormat, IsPlayedAndKept) {
+    CVST* c = f.insert(named("gain"));
+    ASSERT_NE(c, nullptr);
+    EXPECT_EQ(c->id, "gain");
+    EXPECT_EQ(c->inputs.getCount(), 1);
+    EXPECT_EQ(c->output()->channels, 2);
+    f.signal->left = f.signal->right = [](long) { return 0.5f; };
+    ASSERT_EQ(c->numParams(), 3);
+    EXPECT_EQ(c->paramName(0), "gain");
+    EXPECT_FLOAT_EQ(c->param(0), 0.5f);
+    c->setParam(0, 0.125f);
+    c->setParam(1, 0.5f);
+    EXPECT_EQ(c->paramText(0), "0.25 x");
+    ASSERT_TRUE(f.until([&] { return last(c) == 0.125f && c->getDelay() == 2048; }));
+    const std::string state = f.bytesOf(c);
+    EXPECT_EQ(state.find("filename"), std::string::npos);
+    EXPECT_NE(state.find(f.file(named("gain"))), std::string::npos);
+    CVST twin(f.host);
+    twin.init();
+    f.read(&twin, state);
+    ASSERT_TRUE(twin.opened());
+    EXPECT_FLOAT_EQ(twin.param(0), 0.125f);
+    EXPECT_FLOAT_EQ(twin.param(1), 0.5f);
+    EXPECT_EQ(f.bytesOf(&twin), state);
+    f.read(&twin, state.substr(0, state.size() / 2));
+    f.host->setRate(48000.0f);
+    f.host->setFrames(128);
+    f.block(128);
+    EXPECT_EQ(c->output()->bufL[127], 0.125f) << "at another rate";
+    EXPECT_EQ(c->faults, 0u);
+}
+
+/// Notes come at their frame, and go out again.
+TEST_P(EachFormat, HearsNotes) {
+    CVST* c = f.addPlug(named("gain"));
+    auto* player = f.add(new SignalComp(f.host));
+    f.connectMIDI(player, c);
+    player->messages = {{10.0, asData(midiNoteOn, 60, 127)}};
+    f.block();
+    EXPECT_GE(last(c), 1.0f);
+    if (const CMIDIQ* port = c->outPort()) {
+        ASSERT_EQ(port->count, 1);
+        EXPECT_EQ(port->events[0].data, asData(midiNoteOn, 72, 127));
+        EXPECT_EQ(port->events[0].time, 10.0);
+    }
+    player->messages = {{10.0, asData(midiNoteOff, 60, 0)}};
+    f.block();
+    EXPECT_LT(last(c), 0.5f);
+}
+
+/// What a block puts off is done beside it, and is part of the state; a preset is a program.
+TEST(Lv2, WorksBesideBlocks) {
+    for (const bool isolated : {false, true}) {
+        RemoteFixture f;
+        f.isolates = isolated;
+        CVST* c = f.addPlug("gain.lv2");
+        auto* player = f.add(new SignalComp(f.host));
+        f.connectMIDI(player, c);
+        player->messages = {{0.0, asData(midiNoteOn, 60, 1)}, {1.0, asData(midiNoteOff, 60, 0)}};
+        f.block();
+        player->messages.clear();
+        const auto counted = [&] { return c->output()->bufL[255] == 0.001f; };
+        ASSERT_TRUE(f.until(counted));
+        const std::string state = f.bytesOf(c);
+        ASSERT_EQ(c->numProgs(), 2);
+        EXPECT_EQ(c->getProgName(1), "Half");
+        c->setProg(1);
+        c->idle();
+        EXPECT_FLOAT_EQ(c->param(0), 0.25f);
+        c->setProg(0);
+        ASSERT_TRUE(f.until([&] { return c->param(0) == 0.5f; }));
+        {
+            const GraphHold hold(f.host);
+            f.read(c, state);
+            c->setupIO();
+            c->createBuffers(256);
+        }
+        f.block();
+        EXPECT_TRUE(counted()) << "with what it has stored";
+    }
+}
+
+/// A file may hold several, which are found by their names; what a bundle tells without a library,
+/// or without a plug-in, spoils nothing; one effect in three formats is one line.
+TEST(PluginScan, FindsAllFormats) {
+    RemoteFixture f;
+    std::filesystem::create_directory(f.folder + "/texts.lv2");
+    std::ofstream(f.folder + "/texts.lv2/manifest.ttl") << "";
+    f.file("lost.lv2");
+    std::filesystem::remove(f.folder + "/lost.lv2/lost.so");
+    for (const char* name : {"gain", "gain.lv2", "gain.clap", "two.clap", "bad-crashes-load.clap",
+                             "bad-hangs-load.clap", "bad-crashes-open.clap", "bad-channels129.clap",
+                             "bad-channels0.clap"})
+        f.file(name);
+    PluginList list((f.folder + "/list.txt").c_str());
+    PluginScan scan(list, builtFile("bin/sondrava-plugins").c_str());
+    scan.limit = std::chrono::milliseconds(2000);
+    scan.add(list.compare({(f.folder + "/texts.lv2").c_str()}));
+    ASSERT_TRUE(comes([&] { return scan.poll(), !scan.busy(); }));
+    EXPECT_EQ(list.all().size(), 1u);
+    EXPECT_TRUE(list.usable().empty());
+    for (const auto& entry : std::filesystem::directory_iterator(f.folder))
+        if (PluginFile::formatOf(entry.path().c_str()) != PluginFormat::vst2 ||
+            entry.path().extension() == ".so")
+            scan.add({entry.path().c_str()});
+    ASSERT_TRUE(comes([&] { return scan.poll(), !scan.busy(); }));
+    const auto why = [&](const char* name) {
+        const auto* entry = list.find((f.folder + "/" + name).c_str());
+        return entry ? entry->why : CStr("none");
+    };
+    EXPECT_EQ(why("bad-crashes-load.clap"), "It crashed (Segmentation fault).");
+    EXPECT_EQ(why("bad-hangs-load.clap"), "It took longer than 2 seconds.");
+    EXPECT_EQ(why("bad-crashes-open.clap"), "It crashed (Segmentation fault).");
+    EXPECT_EQ(why("bad-channels129.clap"), "The plug-in has more than 128 inputs or outputs.");
+    EXPECT_NE(why("lost.lv2").pos("cannot open shared object file"), -1);
+    std::vector<std::string> told;
+    for (const PluginList::Effect& effect : list.effects()) {
+        std::string line = effect.front()->facts.name.asChar();
+        for (const auto* one : effect) line += std::string(", ") + formatName(one->format());
+        told.push_back(line);
+    }
+    EXPECT_EQ(told, (std::vector<std::string>{"bad-channels0, CLAP", "gain, VST 2, CLAP, LV2",
+                                              "two, CLAP", "two second, CLAP"}));
+    const std::unique_ptr<CVST> second(
+        newPlugin(f.host, (f.file("two.clap") + "::made.second.two").c_str()));
+    ASSERT_TRUE(second);
+    EXPECT_EQ(second->id, "two second");
+    EXPECT_TRUE(list.compare({f.file("gain.lv2").c_str()}).empty());
+    std::ofstream(f.file("gain.lv2") + "/gain.so", std::ios::app) << " ";
+    EXPECT_EQ(list.compare({f.file("gain.lv2").c_str()}).size(), 1u) << "its library is another";
+}
