@@ -44,7 +44,7 @@ constexpr BrowserKind browserKinds[] = {
      ".WAV|.RX2|.AIF|.AIFF|.MP3|.SF2|.AIFC|.FLAC|.OGG|.OGA|.OPUS|.CAF|.AU|.W64"},
     {nodeClips, 21, "Loops & clips",
      ".QVC|.RX2|.WAV|.MP3|.MID|.AIF|.AIFF|.MIDI|.KAR|.AIFC|.FLAC|.OGG|.OGA|.OPUS"},
-    {nodePlugins, 13, "Plugins", ".SO"},
+    {nodePlugins, 13, "Plugins", ".so|.clap"},
     {nodeComponents, 0, "Components", everyFile},
     {nodePresets, 20, "Presets", ".QVS|.QVE|.QVA|.QVD|.FXB|.FXP|.SF2"},
     {nodePool, 0, "Audio pool", everyFile},

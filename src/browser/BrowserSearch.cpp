@@ -98,10 +98,12 @@ void BrowserSearch::addFiles(CTree& tree, const Words& words) const {
 
 void BrowserSearch::addPlugins(CTree& tree, const Words& words) const {
     Group group(tree, topKind(nodePlugins)->title);
-    for (const PluginList::Entry* entry : workspace.pluginShelf().list.usable())
-        if (holds(entry->facts.name + " " + entry->facts.vendor, words))
-            group.add(entry->facts.name + " (" + entry->facts.vendor + ")", nodePluginFile,
-                      entry->path);
+    for (const PluginList::Entry* entry : workspace.pluginShelf().list.usable()) {
+        const CStr format = formatName(entry->format());
+        if (holds(entry->facts.name + " " + entry->facts.vendor + " " + format, words))
+            group.add(entry->facts.name + " (" + entry->facts.vendor + ", " + format + ")",
+                      nodePluginFile, entry->path);
+    }
 }
 
 void BrowserSearch::addSamples(CTree& tree, const Words& words) const {

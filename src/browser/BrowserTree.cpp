@@ -8,6 +8,7 @@
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/CWin.h"
+#include "plugins/PluginFile.h"
 #include "plugins/PluginPlaces.h"
 #include "project/BringIn.h"
 #include "ui/IniFolders.h"
@@ -148,7 +149,10 @@ void BrowserTree::fillFolder(CTreeNode* node) {
     watch.add(node->path.asChar());
     readDir(folder, filterOf(node), &inside, &names, true);
     for (int i = 0; i < inside.count(); i++)
-        addFolder(node, folder + inside.get(i), filterOf(node), inside.get(i));
+        if (node->kind == nodePluginFolder && PluginFile::isBundle(inside.get(i)))
+            names.append(inside.get(i));
+        else
+            addFolder(node, folder + inside.get(i), filterOf(node), inside.get(i));
     for (int i = 0; i < names.count(); i++)
         addFile(node, folder + names.get(i),
                 node->kind == nodePluginFolder ? nodePluginFile : nodeFile, names.get(i));

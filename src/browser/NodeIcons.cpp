@@ -2,6 +2,7 @@
 #include "base/Paths.h"
 #include "browser/BrowserTree.h"
 #include "gui/Shapes.h"
+#include "plugins/PluginFile.h"
 #include "project/BringIn.h"
 
 #include <initializer_list>
@@ -27,7 +28,7 @@ enum class Icon { folder, wave, notes, clip, knob, plug, sheet, box, star, clock
 Icon iconOfFile(const CStr& path) {
     const CStr ext = extractFileExt(path);
     if (sameText(ext, ".qv")) return Icon::sheet;
-    if (sameText(ext, ".so")) return Icon::plug;
+    if (PluginFile::isOne(path)) return Icon::plug;
     switch (songFileOf(path)) {
     case SongFile::audio:
         return Icon::wave;

@@ -18,6 +18,7 @@
 #include "modular/GraphEdits.h"
 #include "modular/GraphSide.h"
 #include "modular/ModularView.h"
+#include "plugins/PluginFile.h"
 #include "sequencer/edit/StripEdits.h"
 #include "ui/Invitation.h"
 #include "ui/NameField.h"
@@ -366,7 +367,7 @@ void ModularPage::dropped(CObject*, int x, int y, int) {
     for (const auto* item : each<CDropItem>(*win->app->dragList)) {
         if (item->type != dropFile) continue;
         if (presetType(item->path) != 0) presets.push_back(item->path);
-        if (sameText(extractFileExt(item->path), ".so")) plugins.push_back(item->path);
+        if (PluginFile::isOne(item->path)) plugins.push_back(item->path);
     }
     const CPoint at = view->toGraph(asPoint(x, y));
     for (const CStr& path : plugins)

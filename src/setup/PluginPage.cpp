@@ -15,20 +15,24 @@
 
 namespace {
 
-constexpr int belowList = 3 * (SetupPage::fieldHeight + SetupPage::gap) + SetupPage::margin;
-constexpr int groupsWidth = 200;
+constexpr int belowList = 4 * (SetupPage::fieldHeight + SetupPage::gap) + SetupPage::margin;
+constexpr int groupsWidth = 200, formatsWidth = 120;
 
-CStr lineOf(const PluginList::Entry& entry) {
-    if (!entry.good()) return extractFileName(entry.path) + ": " + entry.why;
-    const CStr maker = entry.facts.vendor.empty() ? CStr() : ", " + entry.facts.vendor;
-    return entry.facts.name + maker;
+CStr lineOf(const PluginList::Effect& effect) {
+    const PluginList::Entry& entry = *effect.front();
+    if (entry.broken()) return extractFileName(entry.file()) + ": " + entry.why;
+    CStr text = entry.facts.name;
+    if (!entry.facts.vendor.empty()) text += ", " + entry.facts.vendor;
+    for (const PluginList::Entry* one : effect)
+        text += (one == &entry ? ": " : ", ") + CStr(formatName(one->format()));
+    return text;
 }
 
 CStr factsOf(const PluginList::Entry& entry) {
-    if (!entry.good()) return entry.path;
+    if (entry.broken()) return entry.path;
     const PluginFacts& f = entry.facts;
     return CStr(f.instrument ? "Instrument" : "Effect") + ", " + asStr(f.inputs) + " in, " +
-           asStr(f.outputs) + " out, " + asStr(f.params) + " parameters: " + entry.path;
+           asStr(f.outputs) + " out, " + asStr(f.params) + " parameters: " + entry.file();
 }
 
 } // namespace
@@ -52,6 +56,9 @@ PluginPage::PluginPage(CSetupWin* window, CRect place)
     addControl(list);
     nextTop = height - belowList + gap;
     about = addField("", new CLabel(win, "", 0, 0, width - 2 * margin, fieldHeight));
+    formats = addField("Format", new CDropdown(win, "formats", 0, 0, formatsWidth, fieldHeight));
+    formats->spokenName = "Format of the chosen plug-in";
+    wire(formats->onChange, new _COnChange<PluginPage>(this, &PluginPage::formatChosen));
     count->id = "count";
     about->id = "about";
     about->textCol = win->app->gui->palette.dimText;
@@ -72,8 +79,9 @@ PluginPage::PluginPage(CSetupWin* window, CRect place)
     addField("", look);
     for (CButton* b : {again, all, stop}) addBeside(b);
     for (CCtrl* low :
-         {static_cast<CCtrl*>(about), static_cast<CCtrl*>(trusted), static_cast<CCtrl*>(look),
-          static_cast<CCtrl*>(again), static_cast<CCtrl*>(all), static_cast<CCtrl*>(stop)})
+         {static_cast<CCtrl*>(about), static_cast<CCtrl*>(formats), static_cast<CCtrl*>(trusted),
+          static_cast<CCtrl*>(look), static_cast<CCtrl*>(again), static_cast<CCtrl*>(all),
+          static_cast<CCtrl*>(stop)})
         low->setAlign(alignBottom, 0, height - low->top - low->height);
     shelf.onChange = [this] { fill(); };
     fill();
@@ -86,40 +94,63 @@ PluginPage::~PluginPage() {
 /// Those that cannot be used first, as somebody may look for them.
 void PluginPage::fill() {
     const CStr now = chosen();
-    paths.clear();
-    list->clearRows();
-    std::vector<const PluginList::Entry*> shown;
+    std::vector<PluginList::Effect> shown;
     for (const PluginList::Entry& entry : shelf.list.all())
-        if (!entry.good()) shown.push_back(&entry);
-    const auto usable = shelf.list.usable();
-    shown.insert(shown.end(), usable.begin(), usable.end());
-    for (const PluginList::Entry* entry : shown) {
-        list->add(lineOf(*entry));
-        paths.push_back(entry->path);
+        if (entry.broken()) shown.push_back({&entry});
+    for (PluginList::Effect& effect : shelf.list.effects()) shown.push_back(std::move(effect));
+    lines.clear();
+    list->clearRows();
+    int row = -1, format = 0;
+    for (const PluginList::Effect& effect : shown) {
+        list->add(lineOf(effect));
+        std::vector<CStr>& paths = lines.emplace_back();
+        for (const PluginList::Entry* one : effect) {
+            if (one->path == now) row = int(lines.size()) - 1, format = int(paths.size());
+            paths.push_back(one->path);
+        }
     }
-    const auto at = std::ranges::find(paths, now);
-    list->setIndex(at == paths.end() ? -1 : int(at - paths.begin()));
+    list->setIndex(row);
     rowChosen(nullptr);
+    formats->setIndex(format);
+    formatChosen(nullptr);
     tellCount();
     list->redraw();
 }
 
 void PluginPage::tellCount() {
     const bool busy = shelf.scan.busy();
-    const int good = int(shelf.list.usable().size()), all = int(shelf.list.all().size());
+    const int good = int(shelf.list.usable().size()),
+              all = int(std::ranges::count_if(shelf.list.all(), [](const PluginList::Entry&e) {
+                  return e.good() || e.broken();
+              }));
     const CStr text = busy ? "Looking at plug-ins: " + asStr(shelf.scan.done()) + " of " +
                                  asStr(shelf.scan.total())
-                           : asStr(good) + " of " + asStr(all) + " files can be used";
+                           : asStr(good) + " of " + asStr(all) + " can be used";
     if (!(text == count->text)) count->setText(text);
     stop->setEnabled(busy);
 }
 
 CStr PluginPage::chosen() const {
     const int at = list->index;
-    return at >= 0 && at < int(paths.size()) ? paths[size_t(at)] : CStr();
+    if (at < 0 || at >= int(lines.size())) return "";
+    const std::vector<CStr>& paths = lines[size_t(at)];
+    const int format = formats->index;
+    return format >= 0 && format < int(paths.size()) ? paths[size_t(format)] : paths.front();
 }
 
 void PluginPage::rowChosen(CObject*) {
+    formats->items.clear();
+    const int at = list->index;
+    if (at >= 0 && at < int(lines.size()))
+        for (const CStr& path : lines[size_t(at)])
+            formats->add(formatName(PluginFile(path).format()));
+    formats->setIndex(formats->count() > 0 ? 0 : -1);
+    formats->enabled = formats->count() > 1;
+    formats->redraw();
+    formatChosen(nullptr);
+}
+
+void PluginPage::formatChosen(CObject*) {
     const PluginList::Entry* entry = shelf.list.find(chosen());
     again->setEnabled(entry != nullptr);
     about->setText(entry ? factsOf(*entry) : CStr());

@@ -21,8 +21,9 @@ public:
 private:
     void fill();
     void tellCount();
-    CStr chosen() const; ///< the path of the line; empty without one
+    CStr chosen() const; ///< of the format that is chosen, as in `PluginFile`; empty without one
     void rowChosen(CObject*);
+    void formatChosen(CObject*);
     void trustClicked(CObject*);
     void groupsChosen(CObject*);
     void newClicked(CObject*);
@@ -35,6 +36,6 @@ private:
     CLabel *count, *about;
     CButton *again, *stop;
     CCheckbox* trusted;
-    CDropdown* groups;
-    std::vector<CStr> paths; ///< of the lines
+    CDropdown *groups, *formats;
+    std::vector<std::vector<CStr>> lines; ///< the formats of each, as in `PluginFile`
 };

@@ -42,7 +42,7 @@ void PluginShelf::refresh() {
 }
 
 void PluginShelf::rescan(const CStr& path) {
-    scan.add({path});
+    scan.add({PluginFile(path).file});
 }
 
 void PluginShelf::rescanAll() {

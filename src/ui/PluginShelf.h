@@ -24,7 +24,8 @@ public:
     std::function<void()> onChange; ///< the list, or how far the scan is
 
     void refresh(); ///< looks at the folders; what is new or changed there is scanned
-    void rescan(const CStr& path); ///< one file, whatever is known of it
+    /// The file of one, as in `PluginFile`, whatever is known of it.
+    void rescan(const CStr& path);
     void rescanAll();
     void idle();
 

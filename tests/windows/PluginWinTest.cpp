@@ -6,6 +6,7 @@
 #include "gui/controls/CPopup.h"
 #include "panels/plugins/CVSTWin.h"
 #include "plugins/CVST.h"
+#include "plugins/MadeFile.h"
 #include "plugins/MadePlugin.h"
 #include "plugins/remote/RemotePlugin.h"
 #include "shell/Pages.h"
@@ -30,12 +31,7 @@ protected:
         page = nullptr;
         MainWinTest::TearDown();
     }
-    std::string file(const std::string& name) {
-        const std::string path = at(name + ".so");
-        if (!std::filesystem::exists(path))
-            std::filesystem::copy_file(builtFile("tests/made_plugin.so"), path);
-        return path;
-    }
+    std::string file(const std::string& name) { return madeFile(at(""), name); }
     MadePlugin* seen(const std::string& name) {
         void* library = dlopen(file(name).c_str(), RTLD_LAZY);
         return reinterpret_cast<MadePlugin* (*)()>(dlsym(library, "latestMade"))();
@@ -162,6 +158,31 @@ TEST_F(PluginWinTest, ShowsTheWindowOfAPlugin) {
     page = nullptr;
     stop();
     EXPECT_EQ(seen("drawn"), nullptr) << "closed with its project";
+}
+
+/// Of other formats too, in the program and in a process of its own: what the user does there is
+/// one step.
+TEST_F(PluginWinTest, TakesTheHandOfAnyFormat) {
+    start();
+    int at = 0;
+    for (const std::string name : {"drawn.lv2", "drawn.clap", "apart.lv2", "apart.clap"}) {
+        SCOPED_TRACE(name);
+        CVST* c = open(name, at++ < 2);
+        ASSERT_TRUE(pumpUntil([&] { return find(page->clientGroup, "plug-in")->width == 300; }));
+        EXPECT_EQ(c->param(0), 0.5f);
+        auto* place = static_cast<CForeign*>(find(page->clientGroup, "plug-in"));
+        ASSERT_TRUE(pumpUntil([&] { return place->guest() != 0; }));
+        const int before = host->undoList.getCount();
+        click("plug-in", 50, 50);
+        ASSERT_TRUE(pumpUntil([&] { return c->param(0) == 0.125f; }));
+        ASSERT_TRUE(pumpUntil([&] { return host->undoList.getCount() == before + 1; }));
+        host->undoClicked();
+        EXPECT_TRUE(pumpUntil([&] { return c->param(0) == 0.5f; }));
+        click("list");
+        ASSERT_NE(find(page->clientGroup, "parameter 2"), nullptr);
+        removeInsert(strip(), c);
+        ASSERT_TRUE(loaded());
+    }
 }
 
 /// Of one in a process of its own: its window lies in ours, it is told when the process ends, comes

@@ -14,6 +14,7 @@
 #include "panels/plugins/EditorFrame.h"
 #include "panels/plugins/ParamList.h"
 #include "plugins/CVST.h"
+#include "plugins/PluginFile.h"
 #include "ui/Commands.h"
 #include "ui/PluginShelf.h"
 #include "ui/ProgramItems.h"
@@ -270,10 +271,10 @@ void CVSTWin::placeChosen(CObject* sender) {
 }
 
 void CVSTWin::locateClicked(CObject*) {
-    CFileWin dialog(this, "Locate plug-in", ".so", workspace.dialogFolder(),
-                    extractFileName(plugin.fileName), false);
+    CFileWin dialog(this, "Locate plug-in", PluginFile::pickable, workspace.dialogFolder(),
+                    extractFileName(PluginFile(plugin.fileName).file), false);
     dialog.showModal();
-    if (!dialog.result || !plugin.locate(dialog.path)) return;
+    if (!dialog.result || !plugin.locate(PluginFile::ofPicked(dialog.path))) return;
     listed = !plugin.hasEditor();
     layBar();
     fill();
