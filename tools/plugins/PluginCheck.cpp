@@ -2,9 +2,8 @@
 
 #include "base/CStream.h"
 #include "engine/CQV.h"
-#include "engine/GraphHold.h"
-#include "engine/MidiBytes.h"
 #include "plugins/CVST.h"
+#include "tools/plugins/PluginBench.h"
 
 #include <X11/Xlib.h>
 #include <algorithm>
@@ -14,49 +13,7 @@
 
 namespace {
 
-constexpr int blockFrames = 512, blocks = 200, chordBlock = 2, noiseBlock = 100;
 constexpr double audible = 1e-5, same = 1e-4;
-
-/// Some plug-ins draw random numbers; the signal that goes in is always the same.
-float noise(unsigned at) {
-    return float(at * 2654435761u >> 8) / float(1 << 24) - 0.5f;
-}
-
-/// A plug-in by itself, in a host without devices.
-class Bench {
-public:
-    explicit Bench(CQV* root) : host(root) {}
-
-    std::vector<float> play(CVST& plugin) {
-        std::vector<float> heard;
-        plugin.resetSound();
-        for (int block = 0; block < blocks; block++) {
-            const GraphHold hold(host);
-            plugin.prepare(blockFrames);
-            feed(plugin, block);
-            plugin.process(blockFrames);
-            for (const auto* out : plugin.outputs)
-                for (const float* side : {out->bufL, out->bufR})
-                    heard.insert(heard.end(), side, side + blockFrames);
-        }
-        return heard;
-    }
-
-private:
-    static void feed(CVST& plugin, int block) {
-        if (CMIDIQ* port = plugin.inPort(); port && block == chordBlock)
-            for (const int key : {48, 55, 60, 64})
-                port->addMidiEvent(10.0, asData(midiNoteOn, key, 100));
-        for (auto* in : plugin.inputs)
-            for (int i = 0; i < blockFrames; i++)
-                in->bufL[i] = in->bufR[i] = block == 0 && i == 0 ? 0.9f
-                                            : block >= noiseBlock
-                                                ? noise(unsigned(block * blockFrames + i))
-                                                : 0.0f;
-    }
-
-    CQV* host;
-};
 
 double loudest(const std::vector<float>& heard) {
     double most = 0.0;
@@ -122,16 +79,13 @@ bool windowOpens(CVST& plugin) {
 
 PluginCheck checkPlugin(const CStr& file) {
     PluginCheck found;
-    auto host = std::make_unique<CQV>();
-    qv = host.get();
-    host->settingsEnabled = false;
-    host->setFrames(blockFrames);
+    const std::unique_ptr<CQV> host = PluginBench::newHost();
     const std::unique_ptr<CVST> plugin = newPlugin(host.get(), file);
     found.loads = plugin != nullptr;
     if (!plugin) return found;
     if (plugin->numParams() > 0) plugin->setParam(0, plugin->param(0) > 0.5f ? 0.25f : 0.75f);
     plugin->idle();
-    Bench bench(host.get());
+    PluginBench bench(host.get());
     bench.play(*plugin); // some come to rest only after a first time
     const std::vector<float> heard = bench.play(*plugin), again = bench.play(*plugin);
     found.sounds = loudest(heard) > audible;
