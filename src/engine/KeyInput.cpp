@@ -55,6 +55,23 @@ CAudioCable* makeKeyCable(CComp* keyed, COutputChannel* from) {
     return createAudioCable(keyed, from, &keyInputOf(keyed)->channel);
 }
 
+void copyKeys(CComp* source, CComp* copy,
+              const std::function<COutputChannel*(COutputChannel*)>& twin) {
+    const auto keyed = [](CComp* of) {
+        std::vector<CComp*> all{of};
+        of->eachInsert([&all](CComp* insert) { all.push_back(insert); });
+        return all;
+    };
+    const std::vector<CComp*> from = keyed(source), to = keyed(copy);
+    for (size_t i = 0; i < from.size() && from.size() == to.size(); i++) {
+        CKeyInput *key = keyInputOf(from[i]), *own = keyInputOf(to[i]);
+        COutputChannel* strip = key && own ? key->source() : nullptr;
+        if (!strip) continue;
+        COutputChannel* other = twin ? twin(strip) : nullptr;
+        own->cables.add(makeKeyCable(to[i], other ? other : strip));
+    }
+}
+
 bool setKey(CComp* keyed, COutputChannel* from) {
     CKeyInput* key = keyInputOf(keyed);
     if (!key || key->source() == from) return false;

@@ -51,6 +51,10 @@ bool offersKey(CComp* comp);
 
 /// The cable from a strip into a component that is `Keyed`; owned by the caller.
 CAudioCable* makeKeyCable(CComp* keyed, COutputChannel* from);
+/// What a copy and the effects on its strips follow is what they follow of `source`, or the strip
+/// that `twin` has in its place; null for none. Before the copy is in the graph.
+void copyKeys(CComp* source, CComp* copy,
+              const std::function<COutputChannel*(COutputChannel* strip)>& twin = {});
 /// Takes another strip as key, or null for none, as a step of the history. False where nothing
 /// changes.
 bool setKey(CComp* keyed, COutputChannel* from);

@@ -385,6 +385,7 @@ private:
 void duplicateComps(CQV* host, const std::vector<CComp*>& comps, CPoint by) {
     CUndo* step = host->undoStart("Duplicate", host, rewired);
     Twins twins;
+    std::vector<std::pair<CComp*, CComp*>> copies;
     for (CComp* comp : comps) {
         CComp* copy = mayDuplicate(comp) ? comp->copy() : nullptr;
         if (!copy) continue;
@@ -395,8 +396,13 @@ void duplicateComps(CQV* host, const std::vector<CComp*>& comps, CPoint by) {
         copy->id = freeCompName(host, comp->id, step);
         copy->setFlag(compSelected, true);
         twins.add(comp, copy);
+        copies.emplace_back(comp, copy);
         step->asAdd(copy, &host->comps);
     }
+    for (const auto& [comp, copy] : copies)
+        copyKeys(comp, copy, [&twins](COutputChannel* strip) {
+            return static_cast<COutputChannel*>(twins.of(strip));
+        });
     eachCabled(host, [&](CComp* comp) {
         for (const CList* list : listsOf(comp->midiCables, comp->audioCables))
             for (const auto* cable : each<CObject>(*list)) {

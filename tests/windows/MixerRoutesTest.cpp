@@ -4,6 +4,7 @@
 #include "modular/GraphEdits.h"
 #include "modular/GraphNames.h"
 #include "sequencer/edit/StripEdits.h"
+#include "sequencer/edit/TrackEdits.h"
 #include "sequencer/song/TrackRouting.h"
 
 /// Where the sound of strips comes from and goes, and what it goes through.
@@ -91,6 +92,10 @@ TEST_F(MixerRoutesTest, CompressorsFollowOtherStrips) {
     EXPECT_EQ(rack->keyInput().source(), out("a"));
     toggleCable(out("b"), &rack->keyInput().channel);
     EXPECT_EQ(rack->keyInput().source(), out("a")) << "it would wait for itself";
+    duplicateTracks(seq(), {strip("b")->strip().track});
+    ASSERT_TRUE(pumpUntil([&] { return strip("b 2") != nullptr; })) << names();
+    EXPECT_EQ(keyInputOf(out("b 2")->inserts.getFirst())->source(), out("a"));
+    key("ctrl+z");
     for (COutputChannel* before : {out("c"), out("a"), static_cast<COutputChannel*>(nullptr)}) {
         key("ctrl+z");
         EXPECT_TRUE(pumpUntil([&] { return rack->keyInput().source() == before; }));

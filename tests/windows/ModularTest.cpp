@@ -3,8 +3,10 @@
 #include "SentEvents.h"
 
 #include "effects/CEffect.h"
+#include "effects/Inserts.h"
 #include "engine/CGroupCh.h"
 #include "engine/DeviceComps.h"
+#include "engine/KeyInput.h"
 #include "modular/GraphPaths.h"
 #include "modular/MiniMap.h"
 #include "project/PresetFiles.h"
@@ -173,6 +175,33 @@ TEST_F(ModularTest, ControlDragsDuplicate) {
     EXPECT_TRUE(twinA->hasFlag(compSelected) && !a->hasFlag(compSelected));
     undo();
     EXPECT_EQ(host->comps.getCount(), count);
+}
+
+/// A copy follows what its original follows, or the copy of that.
+TEST_F(ModularTest, CopiesHaveKeys) {
+    startModular();
+    CComp *kick = add(compGroupCh, 60, 120), *bass = add(compGroupCh, 260, 120);
+    auto* rack = static_cast<CEffect*>(add(compEffect, 60, 260));
+    rack->addProg(fxCompressor);
+    CComp* insert = addInsert(bass->output(), fxCompressor, -1);
+    ASSERT_TRUE(setKey(rack, kick->output()) && setKey(insert, rack->output()));
+    const auto copies = [&](const std::vector<CComp*>& comps) {
+        const int first = host->comps.getCount();
+        duplicateComps(host.get(), comps, asPoint(20, 20));
+        refresh();
+        std::vector<CComp*> made;
+        for (size_t i = 0; i < comps.size(); i++) made.push_back(host->comps.items(first + int(i)));
+        return made;
+    };
+    EXPECT_EQ(keyInputOf(copies({rack})[0])->source(), kick->output());
+    undo();
+    const auto all = copies({bass, rack, kick});
+    EXPECT_EQ(keyInputOf(all[1])->source(), all[2]->output());
+    auto* inserted = all[0]->output()->inserts.getFirst();
+    EXPECT_EQ(keyInputOf(inserted)->source(), all[1]->output());
+    EXPECT_EQ(keyInputOf(insert)->source(), rack->output());
+    undo();
+    EXPECT_EQ(undoName(), "Side chain");
 }
 
 TEST_F(ModularTest, DeletingTakesTheCablesAndKeepsAnOutput) {

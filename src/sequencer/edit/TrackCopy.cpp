@@ -4,6 +4,7 @@
 #include "engine/CQV.h"
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
+#include "engine/KeyInput.h"
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
@@ -75,6 +76,8 @@ public:
         made->id = freeName();
         copySettings();
         if (source->output()) made->output()->copySettings(source->output());
+        copyKeys(source, made);
+        if (synth) copyKeys(synth, madeSynth);
         made->arp->copyData(source->arp.get());
         copyGroove();
         copyKit();
