@@ -14,92 +14,121 @@ namespace {
 /// A value of a strip, or one of several of a kind.
 struct Row {
     ScenePart part;
-    StoredValue (*of)(COutputChannel* ch, int index);
+    StoredValue (*of)(const SceneStrip& strip, int index);
     int count; ///< -1: one for each bus
 };
 
-template <StoredValue (*value)(COutputChannel*)>
-StoredValue single(COutputChannel* ch, int) {
-    return value(ch);
+template <StoredValue (*value)(COutputChannel*, int)>
+StoredValue ofBand(const SceneStrip& strip, int band) {
+    return value(strip.channel, band);
 }
 
 const Row rows[] = {
-    {sceneLevels, single<faderOf>, 1},
-    {sceneLevels, single<panOf>, 1},
-    {sceneLevels, single<trimOf>, 1},
-    {sceneSwitches, single<muteOf>, 1},
-    {sceneSwitches, single<soloOf>, 1},
-    {sceneEq, eqPowerOf, eqBandCount},
-    {sceneEq, eqTypeOf, eqBandCount},
-    {sceneEq, eqFrequencyOf, eqBandCount},
-    {sceneEq, eqGainOf, eqBandCount},
-    {sceneEq, eqQOf, eqBandCount},
-    {sceneSends, [](COutputChannel* ch, int bus) { return levelOf(ch->sendLevels[bus]); }, -1},
+    {sceneLevels, [](const SceneStrip& s, int) { return s.level; }, 1},
+    {sceneLevels, [](const SceneStrip& s, int) { return s.pan; }, 1},
+    {sceneLevels, [](const SceneStrip& s, int) { return trimOf(s.channel); }, 1},
+    {sceneSwitches, [](const SceneStrip& s, int) { return s.mute; }, 1},
+    {sceneSwitches, [](const SceneStrip& s, int) { return s.solo; }, 1},
+    {sceneEq, ofBand<eqPowerOf>, eqBandCount},
+    {sceneEq, ofBand<eqTypeOf>, eqBandCount},
+    {sceneEq, ofBand<eqFrequencyOf>, eqBandCount},
+    {sceneEq, ofBand<eqGainOf>, eqBandCount},
+    {sceneEq, ofBand<eqQOf>, eqBandCount},
+    {sceneSends, [](const SceneStrip& s, int bus) { return levelOf(s.channel->sendLevels[bus]); },
+     -1},
 };
 constexpr int mostNumbers = 25 + maxSends, mostInserts = 256;
+constexpr int sendsList = 2; ///< of places
 
-template <class F>
-void eachStrip(CQV* host, F&& visit) {
-    for (const CList* list : listsOf(host->comps, host->sends))
-        for (auto* c : each<CComp>(*list))
-            for (auto* ch : c->outputs) visit(ch);
+std::vector<InnerStrips>& innerStrips() {
+    static std::vector<InnerStrips> all;
+    return all;
+}
+
+void visitOutputs(CComp* comp, SceneStrip::Place place, const VisitStrips& visit) {
+    for (auto* ch : comp->outputs) {
+        place.output++;
+        visit({ch, place, faderOf(ch), panOf(ch), muteOf(ch), soloOf(ch)});
+    }
+}
+
+/// All strips that a project has.
+std::vector<SceneStrip> listStrips(CQV* host) {
+    std::vector<SceneStrip> all;
+    const VisitStrips add = [&all](const SceneStrip& strip) { all.push_back(strip); };
+    for (const int list : {0, sendsList}) {
+        const CList& comps = list ? static_cast<const CList&>(host->sends) : host->comps;
+        int at = 0;
+        for (auto* c : each<CComp>(comps)) visitOutputs(c, {list, at++, -1}, add);
+    }
+    for (const InnerStrips inner : innerStrips()) inner(host, nullptr, add);
+    return all;
+}
+
+const SceneStrip* find(const std::vector<SceneStrip>& all, const COutputChannel* ch) {
+    const auto found = std::ranges::find(all, ch, &SceneStrip::channel);
+    return found == all.end() ? nullptr : &*found;
 }
 
 } // namespace
+
+void enterInnerStrips(InnerStrips strips) {
+    std::vector<InnerStrips>& all = innerStrips();
+    if (std::ranges::find(all, strips) == all.end()) all.push_back(strips);
+}
 
 CMixScene::CMixScene() {
     id = "Scene";
 }
 
-CMixScene::Strip CMixScene::taken(COutputChannel* ch, int buses) {
-    Strip strip;
-    strip.channel = ch;
+CMixScene::Strip CMixScene::taken(const SceneStrip& strip, int buses) {
+    Strip kept;
+    kept.channel = strip.channel;
     for (const Row& row : rows)
         for (int i = 0; i < (row.count < 0 ? buses : row.count); i++)
-            strip.numbers.push_back(row.of(ch, i).get()[0]);
-    for (auto* insert : ch->inserts)
-        strip.inserts.push_back({insert->id, double(insert->wet), insert->enabled ? 1.0 : 0.0});
-    return strip;
+            kept.numbers.push_back(row.of(strip, i).get()[0]);
+    for (auto* insert : strip.channel->inserts)
+        kept.inserts.push_back({insert->id, double(insert->wet), insert->enabled ? 1.0 : 0.0});
+    return kept;
 }
 
 void CMixScene::take(CQV* host) {
     const int buses = std::min(host->sends.getCount(), maxSends);
     strips.clear();
-    eachStrip(host, [&](COutputChannel* ch) { strips.push_back(taken(ch, buses)); });
+    for (const SceneStrip& strip : listStrips(host)) strips.push_back(taken(strip, buses));
 }
 
-void CMixScene::set(const Strip& strip, int parts) {
+void CMixScene::set(const Strip& kept, const SceneStrip& strip, int parts) {
     ValueDoor& door = *strip.channel->comp->host->values;
     size_t next = 0;
-    const int buses = int(strip.numbers.size()) - (mostNumbers - maxSends);
+    const int buses = int(kept.numbers.size()) - (mostNumbers - maxSends);
     for (const Row& row : rows)
         for (int i = 0; i < (row.count < 0 ? buses : row.count); i++) {
-            if (next == strip.numbers.size()) return;
-            const double to = strip.numbers[next++];
+            if (next == kept.numbers.size()) return;
+            const double to = kept.numbers[next++];
             if (!(parts & row.part)) continue;
-            const StoredValue value = row.of(strip.channel, i);
+            const StoredValue value = row.of(strip, i);
             StoredValue::Numbers numbers = value.get();
             numbers[0] = to;
             door.set(value, numbers);
         }
     int place = 0;
-    for (const Insert& kept : strip.inserts) {
+    for (const Insert& was : kept.inserts) {
         auto* insert = strip.channel->inserts.items(place++);
-        if (!(parts & sceneInserts) || !insert || !(insert->id == kept.name)) continue;
-        door.set(parameterOf(insert, paramWet), kept.wet);
-        door.set(parameterOf(insert, paramPower), kept.power);
+        if (!(parts & sceneInserts) || !insert || !(insert->id == was.name)) continue;
+        door.set(parameterOf(insert, paramWet), was.wet);
+        door.set(parameterOf(insert, paramPower), was.power);
     }
 }
 
 void CMixScene::recall(CQV* host, int parts, const std::vector<COutputChannel*>& only,
                        const CStr& title) const {
-    std::vector<const COutputChannel*> present;
-    eachStrip(host, [&](COutputChannel* ch) { present.push_back(ch); });
+    const std::vector<SceneStrip> present = listStrips(host);
     host->values->begin(title);
-    for (const Strip& strip : strips) {
-        const bool there = std::ranges::find(present, strip.channel) != present.end();
-        const bool meant = only.empty() || std::ranges::find(only, strip.channel) != only.end();
-        if (there && meant) set(strip, parts);
+    for (const Strip& kept : strips) {
+        const SceneStrip* strip = find(present, kept.channel);
+        const bool meant = only.empty() || std::ranges::find(only, kept.channel) != only.end();
+        if (strip && meant) set(kept, *strip, parts);
     }
     host->values->end();
 }
@@ -112,15 +141,15 @@ CMixScene* CMixScene::copy() const {
 }
 
 void CMixScene::keepTo(CQV* host) {
+    if (strips.empty()) return;
     std::vector<const COutputChannel*> known;
-    const auto add = [&](CComp* c) {
-        for (auto* ch : c->outputs) known.push_back(ch);
-    };
-    eachStrip(host, [&](COutputChannel* ch) { known.push_back(ch); });
+    const VisitStrips add = [&known](const SceneStrip& strip) { known.push_back(strip.channel); };
+    for (const SceneStrip& strip : listStrips(host)) add(strip);
     host->eachHeld([&](CObject* object) {
-        if (object->category == categoryComp) add(static_cast<CComp*>(object));
+        if (object->category == categoryComp) visitOutputs(static_cast<CComp*>(object), {}, add);
         if (object->asType(categoryChannel, channelOutput))
             known.push_back(static_cast<COutputChannel*>(object));
+        for (const InnerStrips inner : innerStrips()) inner(host, object, add);
     });
     std::erase_if(strips, [&](const Strip& s) {
         return s.channel && std::ranges::find(known, s.channel) == known.end();
@@ -131,17 +160,11 @@ void CMixScene::keepTo(CQV* host) {
 
 void CMixScene::write(CStream* stream, CQV* host) const {
     stream->writeStr(id);
-    std::vector<std::pair<const Strip*, Place>> kept;
+    const std::vector<SceneStrip> present = listStrips(host);
+    std::vector<std::pair<const Strip*, SceneStrip::Place>> kept;
     for (const Strip& strip : strips)
-        for (const int list : {0, 2}) {
-            const CList& comps = list ? static_cast<const CList&>(host->sends) : host->comps;
-            int at = 0;
-            for (auto* c : each<CComp>(comps)) {
-                const int output = c->outputs.indexed(strip.channel);
-                if (output >= 0) kept.push_back({&strip, {list, at, output}});
-                at++;
-            }
-        }
+        if (const SceneStrip* there = find(present, strip.channel))
+            kept.push_back({&strip, there->place});
     stream->writeInt(int(kept.size()));
     for (const auto& [strip, place] : kept) {
         for (const int v : {place.list, place.comp, place.output, int(strip->numbers.size())})
@@ -188,10 +211,10 @@ void CMixScene::read(BlockView& body) {
 }
 
 void CMixScene::bind(CQV* host) {
+    const std::vector<SceneStrip> present = listStrips(host);
     for (Strip& strip : strips) {
-        const CList* list = intToList(host, strip.place.list);
-        auto* comp = list ? static_cast<CComp*>(list->items(strip.place.comp)) : nullptr;
-        strip.channel = comp ? comp->output(strip.place.output) : nullptr;
+        const auto there = std::ranges::find(present, strip.place, &SceneStrip::place);
+        strip.channel = there == present.end() ? nullptr : there->channel;
     }
     std::erase_if(strips, [](const Strip& s) { return !s.channel; });
 }

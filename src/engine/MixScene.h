@@ -1,7 +1,9 @@
 #pragma once
 
 #include "base/CObject.h"
+#include "engine/StoredValue.h"
 
+#include <functional>
 #include <vector>
 
 class BlockView;
@@ -20,6 +22,28 @@ enum ScenePart : int {
     sceneAll = 31,
 };
 
+/// A strip as scenes know it. Its level, pan and switches may be those of something that plays
+/// through it alone.
+struct SceneStrip {
+    /// In files: the list, the component in it, the strip of that.
+    struct Place {
+        int list = -1, comp = -1, output = -1;
+        bool operator==(const Place&) const = default;
+    };
+    COutputChannel* channel;
+    Place place;
+    StoredValue level, pan, mute, solo;
+};
+
+using VisitStrips = std::function<void(const SceneStrip& strip)>;
+
+/// Visits strips that are no outputs of components: those of the project, or, with `held`, of an
+/// object that its history holds, whose places mean nothing.
+using InnerStrips = void (*)(CQV* host, CObject* held, const VisitStrips& visit);
+
+/// A folder above enters what it has once, at start-up; entering it again does nothing.
+void enterInnerStrips(InnerStrips strips);
+
 /// How all strips of a project are set at a moment. Interface thread.
 ///
 /// It knows its strips as long as they are in the project or in its history; the effects of a strip
@@ -28,7 +52,7 @@ class CMixScene : public CObject {
 public:
     CMixScene();
 
-    /// Takes down the strips of the host's components and sends.
+    /// Takes down the strips of the host's components and sends, and those within them.
     void take(CQV* host);
     /// Sets them so, as one step of this name; `only` these strips, or all where it is empty.
     void recall(CQV* host, int parts, const std::vector<COutputChannel*>& only,
@@ -51,17 +75,14 @@ private:
         CStr name;
         double wet = 1.0, power = 1.0;
     };
-    struct Place {
-        int list = -1, comp = -1, output = -1;
-    };
     struct Strip {
         COutputChannel* channel = nullptr; ///< not owned; null before `bind`
-        Place place;                       ///< in the file
+        SceneStrip::Place place;           ///< in the file
         std::vector<double> numbers;       ///< in the order of the table of values
         std::vector<Insert> inserts;
     };
-    static Strip taken(COutputChannel* ch, int buses);
-    static void set(const Strip& strip, int parts);
+    static Strip taken(const SceneStrip& strip, int buses);
+    static void set(const Strip& kept, const SceneStrip& strip, int parts);
 
     std::vector<Strip> strips;
 };

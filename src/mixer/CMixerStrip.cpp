@@ -141,7 +141,7 @@ void CMixerStrip::place(const MixerStrip& now, const StripPlan& plan, bool wide)
     const bool plays = !of.drum && of.comp->type != compSeq && of.comp->numProgs() > 0;
     if (!records && !plays) source->visible = false;
     if (of.drum || of.section == StripSection::outputs) target->visible = false;
-    if (of.drum) load->visible = false; // it is that of the kit
+    if (of.drum) trim->visible = load->visible = false; // they are those of the kit
     // An output has room for it where others have what they play and where they lead.
     const bool inRoute = of.section == StripSection::outputs && !at.source.empty();
     setPlace(loudness, inRoute ? at.source : at.loudness);

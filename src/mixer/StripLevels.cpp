@@ -2,10 +2,8 @@
 
 #include "base/Numbers.h"
 #include "engine/COutputChannel.h"
-#include "engine/Setting.h"
 #include "engine/StripValues.h"
 #include "instruments/CDrumSound.h"
-#include "instruments/SoundSettings.h"
 #include "sequencer/edit/KitEdits.h"
 
 #include <cmath>
@@ -14,18 +12,14 @@ namespace {
 
 enum StripParam { paramVolume, paramPan };
 
-StoredValue ofSound(const MixerStrip& strip, const char* name) {
-    return findSetting(settingsOf(*strip.drum), name)->of(strip.drum);
-}
-
 } // namespace
 
 StoredValue stripFader(const MixerStrip& strip) {
-    return strip.drum ? ofSound(strip, "Volume") : faderOf(strip.channel);
+    return strip.drum ? levelOf(strip.drum) : faderOf(strip.channel);
 }
 
 StoredValue stripPan(const MixerStrip& strip) {
-    return strip.drum ? ofSound(strip, "Pan") : panOf(strip.channel);
+    return strip.drum ? panOf(strip.drum) : panOf(strip.channel);
 }
 
 StoredValue stripMute(const MixerStrip& strip) {

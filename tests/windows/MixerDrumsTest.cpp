@@ -1,10 +1,16 @@
 #include "Blocks.h"
 #include "MixerFixture.h"
 
+#include "common/fx/CEQ.h"
 #include "effects/Inserts.h"
+#include "engine/CMixer.h"
+#include "engine/MixScene.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "sequencer/edit/KitEdits.h"
+#include "sequencer/edit/TrackEdits.h"
+
+#include <fstream>
 
 /// The strips of single sounds of a kit.
 class MixerDrumsTest : public MixerFixture {
@@ -45,7 +51,7 @@ TEST_F(MixerDrumsTest, UnfoldAndSetTheirSounds) {
     clickOn(button("unsolo"));
     EXPECT_FALSE(sound(1)->solo);
     EXPECT_FALSE(on("kick", "arm")->visible);
-    EXPECT_FALSE(on("kick", "target")->visible);
+    for (const char* id : {"target", "trim"}) EXPECT_FALSE(on("kick", id)->visible) << id;
     panel()->choose(*strip("snare"), 0);
     EXPECT_FALSE(panel()->state.selected(strip("Kit")->strip()));
     key("Delete");
@@ -76,4 +82,54 @@ TEST_F(MixerDrumsTest, HaveInsertsAndMeters) {
         return out("kick")->holdL > 0.1f;
     }));
     EXPECT_EQ(out("snare")->holdL, 0.0f);
+}
+
+/// Scenes bring them back, folded or not, all or the selected, from a file and from the history.
+TEST_F(MixerDrumsTest, AreInScenes) {
+    startWithKit();
+    ValueDoor& door = *host->values;
+    const auto set = [&](double to) {
+        door.set(levelOf(sound(0)), to);
+        door.set(panOf(sound(1)), to);
+        door.set(muteOf(sound(1)), to > 0.3 ? 0.0 : 1.0);
+        door.set(eqGainOf(sound(0)->output.get(), 2), to * 10);
+    };
+    const auto now = [&] {
+        return std::vector<double>{double(sound(0)->volume), double(sound(1)->pan),
+                                   double(sound(1)->mute), double(sound(0)->output->eq[2]->gain)};
+    };
+    set(0.25);
+    const auto kept = now();
+    mixer().addScene();
+    set(0.5);
+    auto other = now();
+    const int before = steps();
+    panel()->scenes.recall(0);
+    EXPECT_EQ(now(), kept);
+    EXPECT_EQ(steps(), before + 1);
+    key("ctrl+z");
+    EXPECT_TRUE(pumpUntil([&] { return now() == other; }));
+    mixer().sceneAt(0)->recall(host.get(), sceneLevels, {sound(1)->output.get()}, "Pan");
+    other[1] = kept[1];
+    EXPECT_EQ(now(), other);
+    const std::string path = at("kits.qv");
+    std::ofstream(path) << "old";
+    host->projectFile = path.c_str();
+    ASSERT_TRUE(win->flows->saveClicked());
+    ASSERT_TRUE(load(kindFile, path.c_str()));
+    kit = seq()->tracks.items(0);
+    EXPECT_EQ(now(), other);
+    mixer().sceneAt(0)->recall(host.get(), sceneAll, {}, "All");
+    EXPECT_EQ(now(), kept);
+    // What has left may come back, until the history forgets it.
+    const int count = mixer().sceneAt(0)->count();
+    removeDrum(seq(), sound(1));
+    panel()->scenes.follow();
+    EXPECT_EQ(mixer().sceneAt(0)->count(), count);
+    deleteTracks(seq(), {kit});
+    panel()->scenes.follow();
+    EXPECT_EQ(mixer().sceneAt(0)->count(), count);
+    host->undoClear();
+    panel()->scenes.follow();
+    EXPECT_LT(mixer().sceneAt(0)->count(), count - 2);
 }

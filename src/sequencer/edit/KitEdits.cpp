@@ -4,10 +4,12 @@
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
+#include "engine/Setting.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "instruments/CSampleClip.h"
 #include "instruments/DrumKit.h"
+#include "instruments/SoundSettings.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/Points.h"
@@ -141,6 +143,14 @@ void moveHits(CSeq* seq, CTrack* track, const std::vector<int>& places, CUndo* u
                 swapUndoPart(undo, content, edited.release());
         }
     });
+}
+
+StoredValue levelOf(CDrumSound* sound) {
+    return findSetting(settingsOf(*sound), "Volume")->of(sound);
+}
+
+StoredValue panOf(CDrumSound* sound) {
+    return findSetting(settingsOf(*sound), "Pan")->of(sound);
 }
 
 StoredValue muteOf(CDrumSound* sound) {

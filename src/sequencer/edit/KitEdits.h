@@ -33,5 +33,7 @@ bool recordSample(CSeq* seq, CDrumSound* sound, const CStr& path, CUndo* undo);
 void moveHits(CSeq* seq, CTrack* track, const std::vector<int>& places, CUndo* undo);
 
 // Set through `CQV::values`.
-StoredValue muteOf(CDrumSound* sound); ///< 0 or 1
-StoredValue soloOf(CDrumSound* sound); ///< 0 or 1
+StoredValue levelOf(CDrumSound* sound); ///< 0 to 1, squared when applied
+StoredValue panOf(CDrumSound* sound);   ///< -1 to 1
+StoredValue muteOf(CDrumSound* sound);  ///< 0 or 1
+StoredValue soloOf(CDrumSound* sound);  ///< 0 or 1

@@ -10,6 +10,7 @@
 #include "engine/UndoPlan.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CSampleClip.h"
+#include "sequencer/edit/KitStrips.h"
 #include "sequencer/edit/PartClipboard.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/play/AudioVoices.h"
@@ -342,4 +343,5 @@ void enterSequencer() {
     enterCompType(compSeq, [](CQV* host) -> CComp* { return new CSeq(host); });
     enterForgetHook(forgetInSongs);
     enterForgetHook(forgetSamples);
+    enterKitStrips();
 }

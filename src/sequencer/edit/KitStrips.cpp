@@ -1,0 +1,57 @@
+#include "sequencer/edit/KitStrips.h"
+
+#include "engine/CQV.h"
+#include "engine/CompTypes.h"
+#include "engine/MixScene.h"
+#include "instruments/CDrumSound.h"
+#include "instruments/CLayer.h"
+#include "sequencer/edit/KitEdits.h"
+#include "sequencer/song/CSeq.h"
+
+namespace {
+
+constexpr int kitsList = 64; ///< in places of files: no list of components
+
+void visitSound(CDrumSound* sound, const SceneStrip::Place& place, const VisitStrips& visit) {
+    visit({sound->output.get(), place, levelOf(sound), panOf(sound), muteOf(sound), soloOf(sound)});
+}
+
+/// `first` is the place of the first sound.
+void visitTrack(const CTrack* track, SceneStrip::Place first, const VisitStrips& visit) {
+    if (!track->drumLayer()) return;
+    for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds)) {
+        visitSound(sound, first, visit);
+        first.output++;
+    }
+}
+
+/// Songs have their tracks one after the other, each with room for the largest kit.
+void visitSong(const CSeq* song, int place, const VisitStrips& visit) {
+    int first = 0;
+    for (auto* track : song->tracks) {
+        visitTrack(track, {kitsList, place, first}, visit);
+        first += mostKitSounds;
+    }
+}
+
+void visitHeld(CObject* held, const VisitStrips& visit) {
+    if (held->asType(categoryComp, compSeq)) visitSong(static_cast<CSeq*>(held), -1, visit);
+    if (held->asType(categoryComp, compTrack)) visitTrack(static_cast<CTrack*>(held), {}, visit);
+    if (held->category != categorySampler) return;
+    if (auto* sound = dynamic_cast<CDrumSound*>(held)) visitSound(sound, {}, visit);
+}
+
+void visitKits(CQV* host, CObject* held, const VisitStrips& visit) {
+    if (held) return visitHeld(held, visit);
+    int place = 0;
+    for (auto* comp : host->comps) {
+        if (comp->type == compSeq) visitSong(static_cast<CSeq*>(comp), place, visit);
+        place++;
+    }
+}
+
+} // namespace
+
+void enterKitStrips() {
+    enterInnerStrips(visitKits);
+}
