@@ -27,35 +27,6 @@ void readBack(CComp& c, const std::string& bytes) {
     c.read(&s, int(bytes.size()));
 }
 
-/// Of a name, or of its length before it.
-bool isText(const std::string& bytes, size_t at) {
-    const auto letter = [&](size_t i) { return i < bytes.size() && std::isalnum(bytes[i]); };
-    for (size_t i = at; i <= at + 4; i++)
-        if (letter(i) && (letter(i + 1) || (i > 0 && letter(i - 1)))) return true;
-    return false;
-}
-
-/// Where what is stored can differ at all: one word after the other becomes another number,
-/// wherever none of the texts stands, and the whole is read and written.
-template <class F>
-StoredPlaces storable(const std::string& usual, F&& again) {
-    StoredPlaces all;
-    for (size_t at = 0; at + 4 <= usual.size(); at++) {
-        if (isText(usual, at)) continue;
-        for (const float number : {0.2718281f, -0.5772156f, 17.77215f}) {
-            std::string other = usual;
-            std::memcpy(&other[at], &number, sizeof number);
-            all.merge(differing(usual, again(other)));
-        }
-        for (const char byte : {0, 1, 3, 9, 44}) {
-            std::string other = usual;
-            other[at] = byte;
-            all.merge(differing(usual, again(other)));
-        }
-    }
-    return all;
-}
-
 /// What a bench stores and has no control for: it has no effect on the sound, is no number, or is
 /// chosen in a list.
 StoredPlaces withoutControl(SoundBench& b, CSound* s) {

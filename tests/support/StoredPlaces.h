@@ -3,6 +3,8 @@
 #include "engine/Setting.h"
 
 #include <algorithm>
+#include <cctype>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
@@ -39,6 +41,36 @@ StoredPlaces reached(Settings table, CObject* object, F&& write, int index = -1)
         EXPECT_FALSE(own.empty()) << s.group << ", " << s.name();
         all.merge(own);
         s.kind.set(object, at, before);
+    }
+    return all;
+}
+
+/// Of a name, or of its length before it.
+inline bool isText(const std::string& bytes, size_t at) {
+    const auto letter = [&](size_t i) { return i < bytes.size() && std::isalnum(bytes[i]); };
+    for (size_t i = at; i <= at + 4; i++)
+        if (letter(i) && (letter(i + 1) || (i > 0 && letter(i - 1)))) return true;
+    return false;
+}
+
+/// Where what is stored from a place on, up to another, can differ at all: one word after the other
+/// becomes another number, wherever none of the texts stands, and the whole is read and written.
+template <class F>
+StoredPlaces storable(const std::string& usual, F&& again, size_t from = 0,
+                      size_t to = std::string::npos) {
+    StoredPlaces all;
+    for (size_t at = from; at + 4 <= std::min(to, usual.size()); at++) {
+        if (isText(usual, at)) continue;
+        for (const float number : {0.2718281f, -0.5772156f, 17.77215f}) {
+            std::string other = usual;
+            std::memcpy(&other[at], &number, sizeof number);
+            all.merge(differing(usual, again(other)));
+        }
+        for (const char byte : {0, 1, 3, 9, 44}) {
+            std::string other = usual;
+            other[at] = byte;
+            all.merge(differing(usual, again(other)));
+        }
     }
     return all;
 }

@@ -1,9 +1,12 @@
 #include "Blocks.h"
 #include "ModularFixture.h"
 
+#include "base/CStream.h"
 #include "engine/DeviceComps.h"
 #include "engine/MidiBytes.h"
+#include "engine/MidiInSettings.h"
 #include "panels/midiin/PianoKeys.h"
+#include "support/StoredPlaces.h"
 
 /// The window of a MIDI input, opened from the graph.
 class MidiInTest : public ModularFixture {
@@ -54,4 +57,29 @@ TEST_F(MidiInTest, KeysArePlayed) {
     EXPECT_TRUE(pumpUntil([this] { return piano()->sounding() == 24; })) << "that was pressed last";
     act({"keyup", "Return"});
     EXPECT_TRUE(pumpUntil([this] { return piano()->sounding() == -1; }));
+}
+
+/// Whatever is stored of it is set in its window, or in its menu in the graph.
+TEST_F(MidiInTest, WhatIsStoredHasControls) {
+    const auto write = [](CMIDIIn& of) {
+        CMemoryStream stream;
+        of.write(&stream);
+        return std::string(stream.data, stream.data + stream.getPos());
+    };
+    const std::string usual = write(*in);
+    CMIDIIn other(host.get());
+    const StoredPlaces stored = storable(usual, [&](const std::string& bytes) {
+        CMemoryStream stream;
+        stream.write(bytes.data(), int(bytes.size()));
+        stream.setPos(0);
+        other.read(&stream, int(bytes.size()));
+        return write(other);
+    });
+    StoredPlaces controls = reached(midiInSettings(), in, [&] { return write(*in); });
+    for (const int device : {-1, 1, 44}) {
+        chooseDevice(in, in->device, device);
+        controls.merge(differing(usual, write(*in)));
+    }
+    EXPECT_FALSE(stored.empty());
+    EXPECT_EQ(missing(stored, controls), StoredPlaces());
 }

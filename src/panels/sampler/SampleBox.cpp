@@ -15,19 +15,16 @@ constexpr int gap = 8, zeroWidth = 112, zeroHeight = 24;
 
 } // namespace
 
-SampleBox::SampleBox(CWin* owner, Workspace& space, CSampleClip* clip, std::function<bool()> alive,
-                     bool editable)
-    : CGroup(owner, "sample", 0, 0, 1,
-             SampleView::usualHeight + (editable ? gap + FrameField::usualHeight : 0)),
-      wave(new SampleView(owner, space.host()->values.get(), clip, alive, editable)) {
+SampleBox::SampleBox(CWin* owner, Workspace& space, CSampleClip* clip, std::function<bool()> alive)
+    : CGroup(owner, "sample", 0, 0, 1, SampleView::usualHeight + gap + FrameField::usualHeight),
+      wave(new SampleView(owner, space.host()->values.get(), clip, alive)),
+      zero(new CButton(owner, "zero", "Zero crossings", 0, 0, zeroWidth, zeroHeight)) {
     arrowsWalk = true;
     addControl(wave);
-    if (!editable) return;
     for (int mark = 0; mark < sampleMarks; mark++) {
         ValueDoor* door = space.host()->values.get();
         addControl(fields.emplace_back(new FrameField(owner, door, clip, mark, alive)));
     }
-    zero = new CButton(owner, "zero", "Zero crossings", 0, 0, zeroWidth, zeroHeight);
     zero->hint = "Lines that are dragged go to where the wave is at zero";
     zero->skin = &clTrackControls;
     zero->litSkin = &clTrackControlsPushed;
@@ -45,7 +42,7 @@ void SampleBox::resized() {
         field->setBounds(x, y, field->width, field->height);
         x += field->width + gap;
     }
-    if (zero) zero->setBounds(x, y + settingNameHeight + 3, zeroWidth, zeroHeight);
+    zero->setBounds(x, y + settingNameHeight + 3, zeroWidth, zeroHeight);
 }
 
 void SampleBox::refresh() {

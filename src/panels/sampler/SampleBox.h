@@ -14,9 +14,8 @@ class Workspace;
 /// A sample: its wave, and below that the places in it as numbers. Interface thread.
 class SampleBox : public CGroup {
 public:
-    /// The sample is only touched while it is `alive`. Without `editable` the wave alone shows.
-    SampleBox(CWin* win, Workspace& workspace, CSampleClip* clip, std::function<bool()> alive,
-              bool editable);
+    /// The sample is only touched while it is `alive`.
+    SampleBox(CWin* win, Workspace& workspace, CSampleClip* clip, std::function<bool()> alive);
 
     void resized() override;
     void refresh(); ///< takes the present places
@@ -26,5 +25,5 @@ private:
 
     SampleView* wave; ///< among the controls, as the next
     std::vector<FrameField*> fields;
-    CButton* zero = nullptr;
+    CButton* zero;
 };

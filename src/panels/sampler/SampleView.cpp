@@ -27,12 +27,10 @@ constexpr const char* letters[sampleMarks] = {"S", "L", "E"};
 } // namespace
 
 SampleView::SampleView(CWin* owner, ValueDoor* through, CSampleClip* of,
-                       std::function<bool()> lives, bool mayEdit)
-    : CCtrl(owner, "wave", 0, 0, 1, usualHeight), door(through), clip(of), alive(std::move(lives)),
-      editable(mayEdit) {
+                       std::function<bool()> lives)
+    : CCtrl(owner, "wave", 0, 0, 1, usualHeight), door(through), clip(of), alive(std::move(lives)) {
     hooverable = tabStop = true;
-    hint = editable ? "Drag the lines: start, loop start and end; Ctrl + wheel zooms"
-                    : "Ctrl + wheel zooms";
+    hint = "Drag the lines: start, loop start and end; Ctrl + wheel zooms";
     refresh();
     shown = std::max(leastShown, double(shape.frames));
 }
@@ -103,7 +101,7 @@ void SampleView::paint(CGraphic* g, CRect) {
     if (alive() && shape.frames > 0) {
         paintWave(g);
         for (const int mark : {int(sampleLoop), int(sampleStart), int(sampleEnd)})
-            if (editable && (mark != sampleLoop || shape.loops)) paintMark(g, mark);
+            if (mark != sampleLoop || shape.loops) paintMark(g, mark);
     }
     g->frameRound(hasKeyFocus() ? colours.accent : colours.frame, clientRect());
 }
@@ -113,7 +111,7 @@ int SampleView::markAt(int x) const {
     double least = reach;
     for (const int mark : {int(sampleStart), int(sampleEnd), int(sampleLoop)}) {
         const double way = std::fabs(xOf(shape.marks[size_t(mark)]) - x);
-        if (!editable || way > least || (mark == sampleLoop && !shape.loops)) continue;
+        if (way > least || (mark == sampleLoop && !shape.loops)) continue;
         least = way;
         nearest = mark;
     }
@@ -182,7 +180,7 @@ bool SampleView::keyDown(int key, int mods) {
         zoom(key == '+' ? 1.0 / zoomStep : zoomStep, shape.marks[size_t(current)]);
         return true;
     }
-    if (!editable || (mods & ~(modControl | modShift))) return false;
+    if (mods & ~(modControl | modShift)) return false;
     if (key >= '1' && key < '1' + sampleMarks) {
         current = key - '1';
         redraw();

@@ -23,9 +23,8 @@ public:
 
     bool zeroHelp = true;
 
-    /// The sample is only touched while it is `alive`. Without `editable` its lines do not move.
-    SampleView(CWin* win, ValueDoor* door, CSampleClip* clip, std::function<bool()> alive,
-               bool editable);
+    /// The sample is only touched while it is `alive`.
+    SampleView(CWin* win, ValueDoor* door, CSampleClip* clip, std::function<bool()> alive);
 
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
@@ -64,7 +63,6 @@ private:
     ValueDoor* door;
     CSampleClip* clip;
     std::function<bool()> alive;
-    const bool editable;
     Shape shape;
     double from = 0.0, shown = 0.0; ///< frames: the first that shows, and how many
     int held = -1, current = sampleStart;

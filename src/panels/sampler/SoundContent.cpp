@@ -91,7 +91,7 @@ void SoundContent::addPicture(CGroup* in, const Subject& subject) {
     }
     CSampleClip* clip = static_cast<CWavSound*>(subject.sound)->clips[0];
     if (!clip) return;
-    sample = new SampleBox(win, workspace, clip, subject.alive, !subject.sound->reserved);
+    sample = new SampleBox(win, workspace, clip, subject.alive);
     in->addControl(sample);
 }
 
