@@ -114,6 +114,19 @@ TEST_F(PluginWinTest, LinesSetParameters) {
     row->describe(d, Accessible::wholeCtrl);
     EXPECT_EQ(d.role, Role::slider);
     EXPECT_EQ(d.text, "0.50 x");
+    // An empty macro takes the line that is touched next, and turns it.
+    click("turned");
+    click("macro1", 20, 30);
+    row = find(page->clientGroup, "parameter 0");
+    page->setKeyCtrl(row);
+    key("Home");
+    ASSERT_TRUE(pumpUntil([&] { return c->getMacroParam(0) == 0; }));
+    page->setKeyCtrl(find(page->clientGroup, "macro1"));
+    key("End");
+    EXPECT_EQ(c->param(0), 1.0f);
+    EXPECT_GE(row->win->controlPos(row).y, 100) << "below the macros";
+    click("turned");
+    EXPECT_EQ(find(page->clientGroup, "macros"), nullptr);
     click("power");
     EXPECT_EQ(c->enabled, 0);
     EXPECT_FALSE(seen("gain")->running);

@@ -11,6 +11,7 @@
 #include "gui/controls/CButton.h"
 #include "gui/controls/CPopup.h"
 #include "gui/dialogs/CFileWin.h"
+#include "panels/MacroRow.h"
 #include "panels/plugins/EditorFrame.h"
 #include "panels/plugins/ParamList.h"
 #include "plugins/CVST.h"
@@ -25,9 +26,10 @@
 namespace {
 
 constexpr int gap = 8, high = 24, barTop = (ProgramBar::usualHeight - high) / 2;
-constexpr int powerWidth = 40, channelWidth = 64, listWidth = 88, keysWidth = 64, moreWidth = 24;
+constexpr int powerWidth = 40, channelWidth = 64, listWidth = 88, keysWidth = 64, macrosWidth = 64;
+constexpr int moreWidth = 24;
 enum : int { inProgram, inHelper, loadAgain }; ///< entries of the menu
-constexpr int leastWidth = 640, leastHeight = 160;
+constexpr int leastWidth = 720, leastHeight = 160;
 constexpr int midiChannels = 16;
 constexpr int windowStyle = winCaption | winSizable | winMaxButton | winDockable;
 const CRect usualPlace = asRect(120, 120, 120 + leastWidth, 120 + 420);
@@ -38,6 +40,20 @@ CStr titleOf(const CVST& plugin) {
     if (plugin.failed()) return name + ": " + plugin.loaded()->whyFailed();
     const unsigned faults = plugin.faults;
     return faults == 0 ? name : name + ", " + asStr(faults) + (faults == 1 ? " fault" : " faults");
+}
+
+MacroLook lookOf(CVST& of) {
+    return {[&of](int param) -> std::optional<StoredValue> {
+                if (param >= of.numParams()) return std::nullopt;
+                return parameterOf(&of, param);
+            },
+            [&of](int, int param) { return of.paramName(param); }};
+}
+
+bool turnsAny(CVST& of) {
+    for (int i = 0; i < CComp::macroCount; i++)
+        if (of.getMacroParam(i) != -1) return true;
+    return false;
 }
 
 bool isProgramFile(const CStr& path) {
@@ -51,12 +67,16 @@ CVSTWin::CVSTWin(Workspace& space, CVST& of)
                   usualPlace.top, usualPlace.width(), usualPlace.height(), windowStyle, &of,
                   &space.commands()),
       workspace(space), plugin(of), programs(new ProgramBar(this, space, &of, deeds())),
-      listed(!of.hasEditor()) {
+      macros(new MacroRow(this, space, of, lookOf(of))), listed(!of.hasEditor()) {
     minWidth = leastWidth;
     minHeight = leastHeight;
     if (dock->page < 0) dock->visible = 1; // a window of its own until the user docks it
     programs->setAlign(alignWidth, 0, 0);
     addControl(programs);
+    macros->setBounds(0, barHeight, 1, MacroRow::usualHeight);
+    macros->setAlign(alignWidth, 0, 0);
+    macros->visible = turnsAny(of);
+    addControl(macros);
     power = addButton("power", "On", "The plug-in is on", powerWidth, &CVSTWin::powerClicked);
     channel = addButton("channel", "", "MIDI channel that it hears", channelWidth,
                         &CVSTWin::channelClicked);
@@ -64,6 +84,9 @@ CVSTWin::CVSTWin(Workspace& space, CVST& of)
                      &CVSTWin::listClicked);
     keys = addButton("keys", "Keys", "Gives all keys to the plug-in, Space and F1 to F12 too",
                      keysWidth, &CVSTWin::keysClicked);
+    turned = addButton("turned", "Macros", "Eight knobs that turn parameters of your choice",
+                       macrosWidth, &CVSTWin::macrosClicked);
+    turned->setLit(macros->visible);
     locate = addButton("locate", "Locate...", "Its file was not found: choose it", listWidth,
                        &CVSTWin::locateClicked);
     again = addButton("again", "Restart", "Loads it anew, as it was", listWidth,
@@ -98,9 +121,9 @@ void CVSTWin::layBar() {
     list->visible = keys->visible = there && plugin.hasEditor() && !failed;
     locate->visible = !there;
     again->visible = failed;
-    more->visible = there;
+    more->visible = turned->visible = there;
     int x = ProgramBar::contentWidth + gap;
-    for (CButton* b : {power, channel, list, keys, locate, again, more}) {
+    for (CButton* b : {power, channel, list, keys, turned, locate, again, more}) {
         if (!b->visible) continue;
         b->setBounds(x, barTop, b->width, high);
         x += b->width + gap;
@@ -118,10 +141,20 @@ void CVSTWin::fill() {
     } else {
         made = params = new ParamList(this, workspace, plugin);
     }
-    made->setBounds(0, barHeight, clientGroup->width, clientGroup->height - barHeight);
     made->setAlign(alignWidth | alignHeight, 0, 0);
     addControl(made);
-    made->resized();
+    layContent();
+}
+
+int CVSTWin::contentTop() const {
+    return barHeight + (macros->visible ? MacroRow::usualHeight : 0);
+}
+
+void CVSTWin::layContent() {
+    CGroup* content = editor ? static_cast<CGroup*>(editor) : params;
+    const int from = contentTop();
+    content->setBounds(0, from, clientGroup->width, clientGroup->height - from);
+    content->resized();
     if (editor) fitEditor(nullptr);
     redraw();
 }
@@ -145,7 +178,7 @@ void CVSTWin::fitEditor(CObject*) {
     const int around = width - clientGroup->width, above = height - clientGroup->height;
     const CRect screen = getDesktopBounds();
     const int wide = std::clamp(content.x + around, minWidth, screen.width());
-    const int tall = std::clamp(content.y + barHeight + above, minHeight, screen.height());
+    const int tall = std::clamp(content.y + contentTop() + above, minHeight, screen.height());
     if (wide != width || tall != height) setSize(wide, tall);
 }
 
@@ -163,6 +196,7 @@ void CVSTWin::idle() {
     if (!editor && !params) return;
     plugin.notices.take(CompNotice::program);
     programs->refresh();
+    if (macros->visible) macros->refresh();
     power->setLit(plugin.enabled != 0);
     const CStr heard = "Ch " + plugin.channelSetting().text(&plugin, double(plugin.mch));
     if (heard != channel->text) {
@@ -233,6 +267,14 @@ void CVSTWin::listClicked(CObject*) {
 void CVSTWin::keysClicked(CObject*) {
     keys->setLit(!keys->lit);
     if (editor) editor->keysToPlugin = keys->lit;
+}
+
+void CVSTWin::macrosClicked(CObject*) {
+    macros->visible = !macros->visible;
+    turned->setLit(macros->visible);
+    if (!macros->visible) macros->learn(-1);
+    layContent();
+    idle();
 }
 
 // Where it runs.

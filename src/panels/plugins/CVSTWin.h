@@ -6,13 +6,15 @@
 class CButton;
 class CVST;
 class EditorFrame;
+class MacroRow;
 class ParamList;
 class SettingButton;
 class Workspace;
 
-/// The window of a plug-in: a bar with its programs and what the host sets of it, and below either
-/// its own editor or its parameters as a list. The plug-in has its editor open only while the
-/// window is shown. Interface thread.
+/// The window of a plug-in: a bar with its programs and what the host sets of it, below that its
+/// macros where one turns something or the user wants them, and then either its own editor or its
+/// parameters as a list. The plug-in has its editor open only while the window is shown. Interface
+/// thread.
 class CVSTWin : public CCompEditor {
 public:
     CVSTWin(Workspace& workspace, CVST& plugin);
@@ -29,6 +31,8 @@ private:
     CButton* addButton(const char* name, const CStr& text, const char* help, int wide,
                        void (CVSTWin::*clicked)(CObject*));
     void layBar();
+    void layContent();
+    int contentTop() const;
     void fill();
     void empty();
     void fitEditor(CObject*);
@@ -39,6 +43,7 @@ private:
     void channelChosen(CObject* sender);
     void listClicked(CObject*);
     void keysClicked(CObject*);
+    void macrosClicked(CObject*);
     void locateClicked(CObject*);
     void restartClicked(CObject*);
     void moreClicked(CObject*);
@@ -47,7 +52,8 @@ private:
     Workspace& workspace;
     CVST& plugin;
     ProgramBar* programs;
-    CButton *power, *channel, *list, *keys, *locate, *again, *more;
+    MacroRow* macros;
+    CButton *power, *channel, *list, *keys, *turned, *locate, *again, *more;
     EditorFrame* editor = nullptr; ///< among the controls, as the next: one of them, while shown
     ParamList* params = nullptr;
     bool listed;         ///< the user wants the parameters
