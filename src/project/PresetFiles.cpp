@@ -5,6 +5,7 @@
 #include "base/Paths.h"
 #include "base/SafeFile.h"
 #include "effects/CEffect.h"
+#include "effects/RackFiles.h"
 #include "engine/CQV.h"
 #include "instruments/ArpFiles.h"
 #include "instruments/CArp.h"
@@ -65,6 +66,15 @@ bool saveProgram(CSampler* sampler, const CStr& path) {
 bool saveProgram(CEffect* rack, const CStr& path) {
     CEffectProg* prog = rack->getProg();
     return prog && savePreset(path, [&](CStream* s) { rack->saveProg(s, prog); });
+}
+
+bool saveEffect(CFX* fx, const CStr& path) {
+    CEffectProg alone;
+    alone.id = fx->id;
+    alone.effects.add(fx);
+    const bool saved = savePreset(path, [&](CStream* s) { writeEffectProg(s, alone); });
+    alone.effects.del(0); // which is not its own
+    return saved;
 }
 
 bool saveProgram(CArp* arp, const CStr& path) {

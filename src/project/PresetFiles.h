@@ -4,6 +4,7 @@
 
 class CArp;
 class CEffect;
+class CFX;
 class CLayer;
 class CSampler;
 class CSeq;
@@ -25,6 +26,8 @@ bool savePreset(const CStr& path, const std::function<void(CStream*)>& write);
 bool saveProgram(CSampler* sampler, const CStr& path); ///< .qvs
 bool saveProgram(CEffect* rack, const CStr& path);     ///< .qve
 bool saveProgram(CArp* arp, const CStr& path);         ///< .qva
+/// One effect, as a chain of it alone; a .qve.
+bool saveEffect(CFX* fx, const CStr& path);
 /// The kit of a drum track, a .qvs too; false for other tracks.
 bool saveKit(CTrack* track, const CStr& path);
 /// A .qvp, in which nothing stands so far.

@@ -1,3 +1,4 @@
+#include "Blocks.h"
 #include "MainFixture.h"
 
 #include "base/CIniFile.h"
@@ -6,10 +7,12 @@
 #include "common/fx/CReverb.h"
 #include "effects/CEffect.h"
 #include "effects/Inserts.h"
+#include "effects/RackEdits.h"
 #include "effects/RackParams.h"
 #include "engine/EffectSettings.h"
 #include "engine/GraphHold.h"
 #include "engine/MapEdits.h"
+#include "engine/MidiBytes.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CDocker.h"
 #include "gui/controls/CListbox.h"
@@ -340,6 +343,41 @@ TEST_F(PanelsTest, SamplesAndOscillatorsAreDragged) {
     EXPECT_EQ(lfo->delay, 0);
 }
 
+/// While a note sounds a dot stands where it has brought the oscillator.
+TEST_F(PanelsTest, ADotFollowsTheOscillator) {
+    start();
+    ASSERT_TRUE(load(kindDefault));
+    CLFO* lfo = sound()->lfo[0].get();
+    lfo->rate = 0.5f; // a cycle is all that shows
+    open(sampler());
+    click("Modulators");
+    click("LFO 1");
+    CCtrl* view = find("lfo");
+    constexpr int margin = 10, shownSeconds = 2;
+    const auto place = [&] {
+        const double at = double(lfo->shownPhase) / lfo->frequency(float(host->tempoNow));
+        const double high = view->height / 2.0, swing = 2.0 * double(lfo->shownValue) - 1.0;
+        return asPoint(margin + int(std::lround(at / shownSeconds * (view->width - 2 * margin))),
+                       int(std::lround(high - swing * (high - margin))));
+    };
+    const auto isAt = [&](CPoint at) {
+        settle();
+        const CPoint in = view->win->controlPos(view);
+        const Shot shot(view->win->handle, view->win->width, view->win->height);
+        return shot.at(in.x + at.x, in.y + at.y) == app->gui->palette.text;
+    };
+    sampler()->guiQueue.push(asData(midiNoteOn, 60, 100));
+    CPoint before;
+    for (int i = 0; i < 3; i++) {
+        runBlocks(host.get(), 4);
+        const CPoint now = place();
+        EXPECT_GT(now.x, before.x);
+        EXPECT_TRUE(pumpUntil([&] { return isAt(now); })) << now.x << ", " << now.y;
+        EXPECT_TRUE(i == 0 || !isAt(before)) << "it is still where it was";
+        before = now;
+    }
+}
+
 TEST_F(PanelsTest, ProgramsAreAddedNamedAndRemoved) {
     start();
     ASSERT_TRUE(load(kindDefault));
@@ -495,6 +533,27 @@ TEST_F(PanelsTest, ChainsOfEffects) {
     const ParamRef synced = rackParamOf(*r, *delay, *findSetting(settingsOf(*delay), "Sync"));
     EXPECT_EQ(controllerOf(host.get(), synced).number, LeadingController::awaited);
     undo();
+    // One effect has presets of its own, which leave its power and the rest of the chain alone.
+    find("Feedback")->win->setKeyCtrl(find("Feedback"));
+    for (const char* k : {"4", "0", "Return"}) key(k);
+    const float length = reverb->getRevTime(), feedback = delay->feedback;
+    const auto typed = [this](const char* dialog) {
+        keysInDialog(dialog, {"ctrl+a"});
+        typeInDialog(dialog, at("echo.qve"));
+        keysInDialog(dialog, {"Return"});
+    };
+    typed("Save preset");
+    choose("Presets", {"End", "Return"});
+    ASSERT_TRUE(pumpUntil([&] { return fileExists(at("echo.qve").c_str()); }));
+    choose("Presets", {"Home", "Return"});
+    EXPECT_NE(delay->feedback, feedback);
+    typed("Open preset");
+    choose("Presets", {"End", "Up", "Return"});
+    EXPECT_EQ(delay->feedback, feedback);
+    EXPECT_EQ(chain.getCount(), 2);
+    EXPECT_EQ(reverb->getRevTime(), length);
+    EXPECT_FALSE(openEffect(r, reverb, at("echo.qve").c_str())) << "it has none of these";
+    for (int i = 0; i < 3; i++) undo();
     // The way of the sound: a box is switched by two presses.
     CCtrl* way = find("chain");
     comeIntoView(way);

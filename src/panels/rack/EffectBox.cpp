@@ -16,6 +16,7 @@
 #include "gui/controls/CButton.h"
 #include "gui/controls/CPopup.h"
 #include "panels/rack/EffectPicture.h"
+#include "panels/rack/EffectPresets.h"
 #include "ui/KeyMenu.h"
 #include "ui/ProgramItems.h"
 #include "ui/SettingPanel.h"
@@ -23,6 +24,7 @@
 namespace {
 
 constexpr int gap = 8, headHeight = 32, side = 20, powerWidth = 44, keyWidth = 180;
+constexpr int presetsWidth = 64;
 constexpr int leastBeside = 560; ///< so wide that the picture stands beside the settings
 constexpr int cursorPlain = 1, cursorUpDown = 11;
 
@@ -31,16 +33,20 @@ constexpr int cursorPlain = 1, cursorUpDown = 11;
 EffectBox::EffectBox(CWin* owner, Workspace& space, CEffect& whole, CFX* of,
                      std::function<bool()> lives)
     : CGroup(owner, effectName(of->type), 0, 0, 1, 1), fx(of), door(whole.host->values.get()),
-      alive(std::move(lives)), rack(whole), power(addButton("Power", &EffectBox::powerClicked)),
+      alive(std::move(lives)), rack(whole), workspace(space),
+      power(addButton("Power", &EffectBox::powerClicked)),
       up(addButton("Move up", &EffectBox::placeClicked)),
       down(addButton("Move down", &EffectBox::placeClicked)),
       remove(addButton("Remove", &EffectBox::removeClicked)),
+      presets(addButton("Presets", &EffectBox::presetsClicked)),
       picture(new EffectPicture(owner, of, alive,
                                 [host = rack.host] { return double(host->tempoNow); })),
       settings(new SettingPanel(owner, "settings", space)) {
     arrowsWalk = true;
     for (CButton* b : {up, down, remove})
         b->onPaint = new _COnPaint<EffectBox>(this, &EffectBox::paintSign);
+    presets->setText("Presets");
+    presets->hint = "Other settings for this effect alone, or these as a preset";
     if (fx->type == fxCompressor || fx->type == fxGate) addKeyButton();
     addControl(picture);
     addControl(settings);
@@ -79,6 +85,13 @@ void EffectBox::keyClicked(CObject*) {
     popup->popupBelow(follow);
 }
 
+void EffectBox::presetsClicked(CObject*) {
+    auto* popup = new CPopup(win->app, win);
+    popup->autoDelete = true;
+    fillEffectPresets(popup, workspace, rack, fx, alive);
+    popup->popupBelow(presets);
+}
+
 void EffectBox::fit(int wide) {
     picture->visible = !picture->empty();
     const bool beside = picture->visible && wide >= leastBeside;
@@ -95,6 +108,9 @@ void EffectBox::fit(int wide) {
         x -= gap / 2;
     }
     power->setBounds(gap, power->top, powerWidth, side);
+    x -= presetsWidth;
+    presets->setBounds(x, presets->top, presetsWidth, side);
+    x -= gap / 2;
     if (follow) follow->setBounds(x - keyWidth, follow->top, keyWidth, side);
 }
 
@@ -179,7 +195,7 @@ void EffectBox::paint(CGraphic* g, CRect rect) {
         const TextScope bold(g, {.bold = true});
         const int from = gap + powerWidth + gap;
         g->drawText(power->lit ? colours.text : colours.dimText, effectName(fx->type),
-                    asRect(from, 0, (follow ? follow : up)->left - gap, headHeight), textLeft);
+                    asRect(from, 0, (follow ? follow : presets)->left - gap, headHeight), textLeft);
     }
     CGroup::paint(g, rect);
 }

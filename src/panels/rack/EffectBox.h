@@ -43,6 +43,7 @@ private:
     CButton* addButton(const char* what, void (EffectBox::*clicked)(CObject*));
     void addKeyButton();
     void keyClicked(CObject*);
+    void presetsClicked(CObject*);
     void powerClicked(CObject*);
     void placeClicked(CObject* sender);
     void removeClicked(CObject*);
@@ -51,7 +52,8 @@ private:
     ValueDoor* door;
     std::function<bool()> alive;
     CEffect& rack;
-    CButton *power, *up, *down, *remove;
+    Workspace& workspace;
+    CButton *power, *up, *down, *remove, *presets;
     CButton* follow =
         nullptr;            ///< chooses what the effect follows; null for one that follows nothing
     EffectPicture* picture; ///< among the controls, as the settings
