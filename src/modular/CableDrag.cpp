@@ -15,7 +15,7 @@ void CableDrag::dragMove(const DragPoint& point) {
     CIO *a = graph.ports[size_t(source)].io, *b = graph.ports[size_t(to)].io;
     const CStr verb = areJoined(a, b) ? "Parts " : "Joins ";
     view.tell(verb + fullPortName(graph, source) + " and " + fullPortName(graph, to) + " (" +
-              portKindName(graph.ports[size_t(to)].kind) + ")");
+              portKindName(graph.ports[size_t(to)]) + ")");
 }
 
 void CableDrag::dragEnd(const DragPoint&) {

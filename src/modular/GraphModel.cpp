@@ -23,6 +23,12 @@ int portsAcross(const CComp* comp) {
     return asMax(above, below);
 }
 
+bool isStereo(const CIO* io) {
+    if (io->category != categoryChannel) return false;
+    return (io->type == channelOutput ? static_cast<const COutputChannel*>(io)->channels
+                                      : static_cast<const CInputChannel*>(io)->channels) > 1;
+}
+
 } // namespace
 
 CPoint boxSize(const CComp* comp) {
@@ -50,7 +56,7 @@ void GraphModel::addBox(CComp* comp) {
     const auto add = [&](const CList& list, PortKind kind) {
         for (auto* io : each<CIO>(list)) {
             indexes[io] = int(ports.size());
-            ports.push_back({io, box, kind, {}});
+            ports.push_back({io, box, kind, {}, isStereo(io)});
         }
     };
     add(comp->inPorts, PortKind::midiIn);
@@ -67,7 +73,7 @@ void GraphModel::addKeys(CComp* comp) {
     const auto add = [this, comp](CComp* keyed) {
         CInputChannel& key = keyInputOf(keyed)->channel;
         indexes[&key] = int(ports.size());
-        ports.push_back({&key, boxOf(comp), PortKind::key, {}});
+        ports.push_back({&key, boxOf(comp), PortKind::key, {}, true});
     };
     if (offersKey(comp)) add(comp);
     comp->eachInsert([&](CComp* insert) {
@@ -132,7 +138,9 @@ bool GraphModel::same(const GraphModel& other) const {
         return a.comp == b.comp && a.place == b.place && a.area.width() == b.area.width() &&
                a.area.height() == b.area.height() && a.portCount == b.portCount;
     };
-    const auto port = [](const Port& a, const Port& b) { return a.io == b.io && a.kind == b.kind; };
+    const auto port = [](const Port& a, const Port& b) {
+        return a.io == b.io && a.kind == b.kind && a.stereo == b.stereo;
+    };
     const auto cable = [](const Cable& a, const Cable& b) {
         return a.cable == b.cable && a.from == b.from && a.to == b.to;
     };

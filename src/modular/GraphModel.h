@@ -49,7 +49,8 @@ public:
         CIO* io;
         int box;
         PortKind kind;
-        CPoint corner; ///< of its square
+        CPoint corner;       ///< of its square
+        bool stereo = false; ///< it carries two sides of sound
         CRect area() const {
             return asRect(corner.x, corner.y, corner.x + portSide, corner.y + portSide);
         }

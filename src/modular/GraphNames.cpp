@@ -58,9 +58,10 @@ CStr fullPortName(const GraphModel& model, int port) {
     return boxName(model.boxes[size_t(p.box)].comp) + ", " + portName(model, port);
 }
 
-CStr portKindName(PortKind kind) {
-    if (kind == PortKind::key) return "side chain";
-    return CStr(isMidi(kind) ? "MIDI " : "audio ") + (isOutput(kind) ? "output" : "input");
+CStr portKindName(const GraphModel::Port& port) {
+    if (port.kind == PortKind::key) return "side chain";
+    const CStr carried = isMidi(port.kind) ? "MIDI " : port.stereo ? "audio " : "mono audio ";
+    return carried + (isOutput(port.kind) ? "output" : "input");
 }
 
 CStr cableName(const GraphModel& model, int cable) {

@@ -11,7 +11,7 @@ CStr boxName(const CComp* comp);
 CStr portName(const GraphModel& model, int port);
 /// The same with its component: "Delay, in".
 CStr fullPortName(const GraphModel& model, int port);
-CStr portKindName(PortKind kind); ///< "audio output"
+CStr portKindName(const GraphModel::Port& port); ///< "audio output", "mono audio output"
 /// "Bass to Delay", with the ports where there is a choice.
 CStr cableName(const GraphModel& model, int cable);
 /// Of a component, port or cable of the model: "the cable Bass to Delay".

@@ -104,6 +104,12 @@ int visible(int colour, int text) {
     return fadeCol(colour, text, std::min(share, 1.0));
 }
 
+/// A line between the left and the right side of what a port carries.
+void paintSides(CGraphic* g, CRect square, int colour) {
+    const int middle = (square.left + square.right) / 2;
+    g->fillRect(colour, asRect(middle - 1, square.top + 1, middle + 1, square.bottom - 1));
+}
+
 } // namespace
 
 GraphPainter::GraphPainter(const GraphModel& graph, const GraphShown& look,
@@ -347,6 +353,7 @@ void GraphPainter::paintPorts(CGraphic* g, const GraphModel::Box& box) const {
         } else {
             g->fillRect(model.joined(i) ? colour : clComps.fillCol, square);
             g->frameRect(colour, square);
+            if (port.stereo) paintSides(g, square, model.joined(i) ? clComps.fillCol : colour);
         }
         if (i == shown.hotPort || shown.focus == port.io)
             g->frameRect(palette.text, sizeRect(square, -1, -1, 1, 1));

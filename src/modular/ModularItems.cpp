@@ -106,7 +106,7 @@ CStr ModularView::spoken(int part) const {
     const CStr count = joined == 0   ? CStr("no cable")
                        : joined == 1 ? CStr("1 cable")
                                      : asStr(joined) + " cables";
-    return fullPortName(model, port) + ", " + portKindName(model.ports[size_t(port)].kind) + ", " +
+    return fullPortName(model, port) + ", " + portKindName(model.ports[size_t(port)]) + ", " +
            count;
 }
 
@@ -208,7 +208,7 @@ void ModularView::stepLink(int by) {
     reveal(model.ports[size_t(to)].area());
     const bool joined = areJoined(model.ports[size_t(from)].io, model.ports[size_t(to)].io);
     tell((joined ? "Return parts it from " : "Return joins it to ") + fullPortName(model, to) +
-         " (" + portKindName(model.ports[size_t(to)].kind) + ")");
+         " (" + portKindName(model.ports[size_t(to)]) + ")");
 }
 
 /// Arrows walk from box to box, with Shift they select these too, and with Control they move what

@@ -383,7 +383,7 @@ void ModularView::showLink(int from, int to) {
     shown.toPort = to;
     shown.linkText =
         to < 0 ? CStr()
-               : fullPortName(model, to) + " (" + portKindName(model.ports[size_t(to)].kind) + ")";
+               : fullPortName(model, to) + " (" + portKindName(model.ports[size_t(to)]) + ")";
     contentChanged(painter().linkArea());
 }
 
