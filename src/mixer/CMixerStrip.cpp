@@ -11,7 +11,6 @@
 #include "gui/CWin.h"
 #include "gui/Colours.h"
 #include "gui/Drawing.h"
-#include "gui/Fonts.h"
 #include "gui/Keys.h"
 #include "mixer/CMixerPanel.h"
 #include "mixer/EqSection.h"
@@ -20,6 +19,7 @@
 #include "mixer/LoudnessLabel.h"
 #include "mixer/MixerState.h"
 #include "mixer/StripControls.h"
+#include "mixer/StripName.h"
 #include "mixer/ValueBar.h"
 #include "sequencer/song/CTrack.h"
 #include "ui/NameField.h"
@@ -291,15 +291,10 @@ void CMixerStrip::paintName(CGraphic* g, const StripLayout& at, int ground) {
     g->fillRect(plate, at.name);
     if (shown.selected) g->fillRect(colours.text, asRect(0, 0, at.name.right, stripeHeight));
     if (!field || !field->visible) {
-        const TextScope bold(g, {.bold = true});
         const int before = of.hasDrums() ? int(foldWidth) : nameMargin;
-        const CRect box =
-            sizeRect(at.name, before, shown.selected ? stripeHeight : 0, -nameMargin, 0);
-        const TextFace* face = textFace({.bold = true});
-        const CStr text = face->shortened(shown.name, box.width());
-        const bool roomy = face->textWidth(text) < box.width();
-        g->drawText(shown.colour < 0 && shown.heard ? colours.text : textOn(plate), text, box,
-                    roomy ? 0 : textLeft);
+        const int above = shown.selected ? stripeHeight : 0;
+        paintStripName(g, shown.colour < 0 && shown.heard ? colours.text : textOn(plate),
+                       shown.name, sizeRect(at.name, before, above, -nameMargin, 0));
     }
     if (of.hasDrums()) {
         const int x = foldWidth / 2 + 1, y = at.name.bottom / 2;
