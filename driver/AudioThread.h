@@ -1,8 +1,11 @@
 #pragma once
 
+#include "driver/RealtimeKit.h"
+
 #include <cstdint>
 #include <pthread.h>
 #include <sched.h>
+#include <unistd.h>
 #if defined(__SSE__)
 #include <xmmintrin.h>
 #endif
@@ -20,11 +23,13 @@ inline void flushDenormals() {
 #endif
 }
 
-/// Asks for real-time scheduling of the calling thread. Most systems refuse it to plain users, and
-/// then it stays as it is.
+/// Asks for real-time scheduling of the calling thread, before its first block. Most systems refuse
+/// it to plain users; then the desktop's service is asked, and where there is none all stays as it
+/// is.
 inline void askRealtime() {
     constexpr int priority = 60; // below the sound server's own threads
     sched_param param{};
     param.sched_priority = priority;
-    pthread_setschedparam(pthread_self(), SCHED_FIFO, &param);
+    if (pthread_setschedparam(pthread_self(), SCHED_FIFO, &param) != 0)
+        askRealtimeKit(gettid(), priority);
 }

@@ -3,6 +3,7 @@
 #include "driver/AlsaBackend.h"
 #include "driver/JackBackend.h"
 #include "driver/PulseBackend.h"
+#include "driver/RealtimeKit.h"
 #include "driver/SilentClock.h"
 
 #include <algorithm>
@@ -64,6 +65,7 @@ DriverModule::~DriverModule() {
 
 intptr_t DriverModule::perform(intptr_t op, intptr_t a, intptr_t b) {
     if (op >= aamTestCapture) return test(op, a, b);
+    if (op == aamRealtime) return askRealtimeKit(pid_t(a), int(b));
     if (op >= aamAudioInCount) return audio(op, a, b);
     if (op >= aamMidiInCount) return midi(op, a, b);
     return device(op, a, b);

@@ -81,6 +81,10 @@ enum AamOp : intptr_t {
     aamAudioOutEnable = 52,
     aamAudioOutEnabled = 53,
 
+    /// a: number of a thread of this process, b: priority, 1 to 99. Asks for real-time scheduling of
+    /// it, as the module does for its own thread. Answers 1 when it has it.
+    aamRealtime = 62,
+
     // For tests; the program itself calls none of these. They work on every device.
 
     /// a: path. What the program plays goes into a 32-bit float WAV file with a channel for each

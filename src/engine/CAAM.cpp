@@ -260,3 +260,7 @@ bool CAAM::audioInEnabled(int i) {
 bool CAAM::audioOutEnabled(int i) {
     return dawMode ? i < numAudioOuts : call(aamAudioOutEnabled, i) == 1;
 }
+
+void CAAM::askRealtime(int thread, int priority) {
+    call(aamRealtime, thread, priority);
+}

@@ -91,6 +91,10 @@ public:
     bool audioInEnabled(int i);
     bool audioOutEnabled(int i);
 
+    /// Asks the desktop for real-time scheduling of a thread of this process, by its number in the
+    /// system. May wait for the answer.
+    void askRealtime(int thread, int priority);
+
 private:
     void load(const CStr& path);
     intptr_t call(AamOp op, intptr_t a = 0, intptr_t b = 0);

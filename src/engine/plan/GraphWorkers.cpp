@@ -4,6 +4,7 @@
 #include "base/Denormals.h"
 #include "base/Futex.h"
 #include "base/GraphMark.h"
+#include "engine/CAAM.h"
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
 #include "engine/plan/GraphPlan.h"
@@ -12,6 +13,7 @@
 #include <optional>
 #include <pthread.h>
 #include <sched.h>
+#include <unistd.h>
 
 namespace {
 
@@ -44,6 +46,7 @@ public:
 
     void execute() override {
         ownPlace = place;
+        number = gettid();
         flushDenormals();
         for (int seen = 0; !terminated;) {
             inside.exchange(1);
@@ -55,6 +58,7 @@ public:
         }
     }
     Shared<int> inside{0}; ///< may be looking at a run
+    Shared<int> number{0}; ///< by which the system knows the thread
 
 private:
     GraphWorkers* owner;
@@ -111,7 +115,12 @@ void GraphWorkers::followPriority() {
     int policy = SCHED_OTHER;
     sched_param param{};
     if (pthread_getschedparam(pthread_t(now), &policy, &param) != 0) return;
-    for (const auto& thread : threads) thread->takeSchedule(policy, param.sched_priority);
+    for (const auto& thread : threads) {
+        thread->takeSchedule(policy, param.sched_priority);
+        if (param.sched_priority > 0 && host->aam &&
+            sched_getscheduler(thread->number) == SCHED_OTHER)
+            host->aam->askRealtime(thread->number, param.sched_priority);
+    }
 }
 
 bool GraphWorkers::helpWith(const GraphPlan& p) const {
