@@ -36,6 +36,9 @@ void MainCommands::bindFlows() {
     commands.bind("save", [flows] { flows->saveClicked(); });
     commands.bind("saveas", [flows] { flows->saveAsClicked(); });
     commands.bind("setdefault", [flows] { flows->setDefaultClicked(); });
+    commands.bind(
+        "collect", [flows] { flows->collectClicked(); },
+        [this] { return window->pumping == 0 && !window->flows->coming(); });
     commands.bind("exit", [this] { window->hide(); });
     commands.bind(
         "undo", [this] { qv->undoClicked(); },

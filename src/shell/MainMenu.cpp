@@ -89,8 +89,8 @@ void MainMenu::fillFile(CPopup* popup) {
     addGroups(popup, {{"save", "saveas", "setdefault"}});
     popup->addSeparator();
     addAction(popup, "render", "Export Project (wav, aif, mp3)...");
-    addAction(popup, "exportmidi");
-    addGroups(popup, {{"importaudio", "importmidi", "importsound"}});
+    for (const char* name : {"exportmidi", "exportdaw", "collect"}) addAction(popup, name);
+    addGroups(popup, {{"importaudio", "importmidi", "importdaw", "importsound"}});
     popup->addSeparator();
     addAction(popup, "setup", "Setup...");
     popup->addSeparator();

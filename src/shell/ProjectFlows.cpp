@@ -7,9 +7,12 @@
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/dialogs/CFileWin.h"
+#include "interchange/Bundle.h"
 #include "project/ProjectFile.h"
 #include "shell/CMainWin.h"
 #include "shell/CWelcomeWin.h"
+#include "ui/CListWin.h"
+#include "ui/CProgressWin.h"
 #include "ui/Song.h"
 
 namespace {
@@ -164,6 +167,28 @@ bool ProjectFlows::saveAsClicked() {
 void ProjectFlows::setDefaultClicked() {
     const CStr path = ownFile(extractFilePath(asAppname()), defaultName);
     if (saveCopy(project, path)) setStatus("Saved as the default project");
+}
+
+void ProjectFlows::collectClicked() {
+    constexpr const char* title = "Collect and pack";
+    const CStr name = changeFileExt(qv->projectFile.empty() ? CStr("untitled.qv")
+                                                            : extractFileName(qv->projectFile),
+                                    bundleExt);
+    CFileWin dialog(window, title, bundleExt, window->dialogFolder(), name, true);
+    dialog.showModal();
+    if (!dialog.result) return;
+    window->projectFolder = dialog.folder;
+    std::vector<CStr> lost;
+    DawResult result = DawResult::good;
+    {
+        CProgressWin progress(*window, title);
+        result = packProject(project, dialog.path, lost, watchBy(progress));
+    }
+    if (result == DawResult::notWritten)
+        showMsg(window, "Error", CStr("Could not write file ") + dialog.path);
+    if (result != DawResult::good) return;
+    setStatus(CStr("Packed ") + dialog.path);
+    showList(window, title, "Audio that is not there:", lost);
 }
 
 bool ProjectFlows::mayLeave() {

@@ -49,6 +49,7 @@ public:
     bool saveClicked();   ///< false when nothing was saved
     bool saveAsClicked(); ///< the same
     void setDefaultClicked();
+    void collectClicked(); ///< all that the project needs, in one file
 
     /// Asks whether to save unsaved changes. False when the project has to stay.
     bool mayLeave();

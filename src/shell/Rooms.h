@@ -5,6 +5,7 @@
 #include "mixer/MixerRoom.h"
 #include "notes/NoteCommands.h"
 #include "panels/PanelsRoom.h"
+#include "render/ExchangeCommands.h"
 #include "render/RenderCommands.h"
 #include "setup/PluginFoldersWin.h"
 #include "surfaces/SurfacesRoom.h"
@@ -40,6 +41,7 @@ private:
 
     Workspace& workspace;
     const RenderCommands render;
+    const ExchangeCommands exchange;
     const NoteCommands notes;
     const MixerRoom mixing;
     const PanelsRoom panels;

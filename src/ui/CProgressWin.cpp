@@ -64,3 +64,11 @@ bool CProgressWin::onRender(float done) {
     if (work) work->turn();
     return !cancelled;
 }
+
+std::function<bool(const CStr& what, float done)> watchBy(CProgressWin& progress) {
+    return [&progress, told = CStr()](const CStr& what, float done) mutable {
+        if (!(what == told)) progress.onStatus(what);
+        told = what;
+        return progress.onRender(done);
+    };
+}

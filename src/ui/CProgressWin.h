@@ -3,6 +3,7 @@
 #include "gui/dialogs/CDialogWin.h"
 #include "sequencer/render/RenderExport.h"
 
+#include <functional>
 #include <memory>
 
 class CLabel;
@@ -34,3 +35,7 @@ private:
     std::unique_ptr<WorkScope> work; ///< while it is shown
     bool cancelled = false;
 };
+
+/// Shows how far the work is that calls it, once it does: told what is worked on, and what part of
+/// all is done, 0 to 1; false once it is cancelled. `progress` outlives it.
+std::function<bool(const CStr& what, float done)> watchBy(CProgressWin& progress);
