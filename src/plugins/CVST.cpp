@@ -58,7 +58,7 @@ bool CVST::find() {
 }
 
 bool CVST::load(const CStr& path) {
-    folder = extractFilePath(PluginFile(path).file);
+    folder = PluginFile(path).folderOfLibrary();
     CStr why;
     std::unique_ptr<Plugin> made = pluginHooks()->load(path, asHost(), why);
     if (!made) {

@@ -5,6 +5,7 @@
 #include "plugins/clap/ClapPlugin.h"
 #include "plugins/lv2/Lv2Plugin.h"
 #include "plugins/vst2/Vst2Plugin.h"
+#include "plugins/vst3/Vst3Plugin.h"
 
 namespace {
 
@@ -32,6 +33,8 @@ std::unique_ptr<Plugin> loadPlugin(const CStr& text, PluginHost& host, CStr& why
         return Lv2Plugin::load(wanted, host, why);
     case PluginFormat::clap:
         return ClapPlugin::load(wanted, host, why);
+    case PluginFormat::vst3:
+        return Vst3Plugin::load(wanted, host, why);
     case PluginFormat::vst2:
         break;
     }
@@ -44,6 +47,7 @@ bool lookInto(const CStr& file, PluginHost& host,
     if (format == PluginFormat::lv2) return lookIntoBundle(file, found, why);
     std::vector<CStr> names{CStr()};
     if (format == PluginFormat::clap) names = ClapPlugin::inside(file, why);
+    if (format == PluginFormat::vst3) names = Vst3Plugin::inside(file, why);
     bool any = false;
     for (const CStr& name : names) {
         const PluginFile one(file, name);

@@ -94,7 +94,7 @@ std::vector<CStr> pluginFolders(CQV* host) {
     std::vector<CStr> all;
     for (int i = 0; i < own.count(); i++) all.push_back(own.get(i));
     const CStr home = addSep(getHomeFolder()) + ".";
-    for (const char* kind : {"vst", "lxvst", "clap", "lv2"})
+    for (const char* kind : {"vst", "lxvst", "vst3", "clap", "lv2"})
         for (const CStr& around :
              {home, CStr("/usr/local/lib/"), CStr("/usr/lib/"), CStr("/usr/lib/x86_64-linux-gnu/")})
             if (folderExists(around + kind)) all.push_back(around + kind);

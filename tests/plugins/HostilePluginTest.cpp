@@ -27,12 +27,16 @@ TEST(HostilePlugin, StripsPlayOn) {
                           {"echoes", 0.5f, 0.25f, false},
                           {"throws-process.lv2", 0.5f, 0.25f, true},
                           {"throws-process.clap", 0.5f, 0.25f, true},
+                          {"throws-process.vst3", 0.5f, 0.25f, true},
                           {"nan.lv2", 0.0f, 0.0f, true},
                           {"nan.clap", 0.0f, 0.0f, true},
+                          {"nan.vst3", 0.0f, 0.0f, true},
                           {"overruns.lv2", 0.5f, 0.5f, false},
                           {"overruns.clap", 0.5f, 0.5f, false},
+                          {"overruns.vst3", 0.5f, 0.5f, false},
                           {"long-texts.lv2", 0.5f, 0.25f, false},
-                          {"long-texts.clap", 0.5f, 0.25f, false}};
+                          {"long-texts.clap", 0.5f, 0.25f, false},
+                          {"long-texts.vst3", 0.5f, 0.25f, false}};
     for (size_t i = 0; i < 2 * std::size(cases); i++) {
         const Case& c = cases[i / 2];
         SCOPED_TRACE(std::string(c.kind) + (i % 2 ? ", isolated" : ""));

@@ -61,7 +61,7 @@ inline std::string madeBundleText(const std::string& name) {
 }
 
 /// A copy of the made plug-in in a folder, under a name that says how it behaves: of LV2 where it
-/// ends in ".lv2", of CLAP where in ".clap", else of VST 2. The path of it.
+/// ends in ".lv2", of CLAP where in ".clap" or ".vst3", else of VST 2. The path of it.
 inline std::string madeFile(const std::string& folder, const std::string& name) {
     namespace fs = std::filesystem;
     const fs::path wanted = fs::path(folder) / name;
@@ -70,6 +70,12 @@ inline std::string madeFile(const std::string& folder, const std::string& name) 
         if (!fs::create_directory(wanted)) return wanted;
         fs::copy_file(builtFile("tests/made_lv2.so"), wanted / (stem + ".so"));
         std::ofstream(wanted / "manifest.ttl") << madeBundleText(stem);
+        return wanted;
+    }
+    if (format == ".vst3") {
+        const fs::path inside = wanted / "Contents" / "x86_64-linux";
+        if (fs::create_directories(inside))
+            fs::copy_file(builtFile("tests/made_vst3.so"), inside / (stem + ".so"));
         return wanted;
     }
     const bool clap = format == ".clap";

@@ -134,7 +134,9 @@ TEST(RemotePlugin, MayCrashAndHang) {
                  {"bad-crashes-process.lv2", "It crashed (Segmentation fault)."},
                  {"bad-hangs-process.lv2", "It did not come back."},
                  {"bad-crashes-process.clap", "It crashed (Segmentation fault)."},
-                 {"bad-hangs-process.clap", "It did not come back."}};
+                 {"bad-hangs-process.clap", "It did not come back."},
+                 {"bad-crashes-process.vst3", "It crashed (Segmentation fault)."},
+                 {"bad-hangs-process.vst3", "It did not come back."}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         RemoteFixture f;
@@ -195,7 +197,7 @@ TEST(RemotePlugin, AnswersWhatEndsIt) {
     }
     ASSERT_TRUE(f.until(ended)) << "at the end of the last one";
     ASSERT_TRUE(f.until(back));
-    for (const std::string format : {".lv2", ".clap"}) {
+    for (const std::string format : {".lv2", ".clap", ".vst3"}) {
         SCOPED_TRACE(format);
         const std::unique_ptr<CVST> state(f.plug("bad-crashes-state" + format));
         EXPECT_NE(f.bytesOf(state.get()).find("chunk2"), std::string::npos);

@@ -53,9 +53,10 @@ std::optional<FileMark> FileMark::of(const CStr& path) {
     FileMark mark{about.st_size, about.st_mtim.tv_sec, static_cast<long long>(about.st_dev),
                   static_cast<long long>(about.st_ino)};
     CStringList names;
-    if (S_ISDIR(about.st_mode)) readDir(file, CStr(), nullptr, &names, false);
+    const CStr folder = PluginFile(path).folderOfLibrary();
+    if (S_ISDIR(about.st_mode)) readDir(folder, CStr(), nullptr, &names, false);
     for (int i = 0; i < names.count(); i++) {
-        if (stat((addSep(file) + names.get(i)).asChar(), &about) != 0) continue;
+        if (stat((folder + names.get(i)).asChar(), &about) != 0) continue;
         mark.size += about.st_size;
         mark.time = std::max<long long>(mark.time, about.st_mtim.tv_sec);
     }

@@ -1,0 +1,554 @@
+#include "plugins/vst3/Vst3Plugin.h"
+
+#include "base/Numbers.h"
+#include "plugins/ForeignCall.h"
+#include "plugins/StateText.h"
+#include "plugins/TextHash.h"
+#include "plugins/vst3/Vst3Editor.h"
+#include "plugins/vst3/Vst3Library.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+using namespace vst3;
+
+namespace {
+
+constexpr int32_t mostBuses = 64, mostParams = 16384;
+constexpr size_t mostNotes = 1024;
+constexpr const char* stateFormat = "VST 3";
+
+/// Of 16-bit units; what is not plain is a question mark.
+CStr textOf(const Text& text) {
+    std::string made;
+    for (const int16_t unit : text) {
+        if (unit == 0) break;
+        made += unit >= ' ' && unit < 127 ? char(unit) : unit == 0xb0 ? 'o' : '?';
+    }
+    return CStr(made.c_str()).trim();
+}
+
+/// Calls somebody else's code: what it throws ends here. Not while rendering.
+template <class F>
+void guarded(F&& call) {
+    const ForeignOpening foreign;
+    try {
+        call();
+    } catch (...) { // NOLINT(bugprone-empty-catch): it stays as far as it came
+    }
+}
+
+template <class T>
+T* ask(Unknown* object) {
+    void* found = nullptr;
+    if (!object || object->query(T::iid.data(), &found) != ok) return nullptr;
+    return static_cast<T*>(found);
+}
+
+} // namespace
+
+// Loading.
+
+std::unique_ptr<Vst3Plugin> Vst3Plugin::load(const PluginFile& file, PluginHost& host, CStr& why) {
+    const KeepSignals signals;
+    std::unique_ptr<Vst3Plugin> made(new Vst3Plugin(host));
+    bool good = false;
+    why = "The plug-in does not start.";
+    guarded([&] { good = made->start(file, why); });
+    return good ? std::move(made) : nullptr;
+}
+
+std::vector<CStr> Vst3Plugin::inside(const CStr& file, CStr& why) {
+    const KeepSignals signals;
+    std::vector<CStr> found;
+    guarded([&] {
+        Vst3Library library;
+        if (!library.open(file, why)) return;
+        for (const auto& kind : library.kinds()) found.push_back(kind.key);
+        if (found.empty()) why = "It holds no plug-in.";
+    });
+    return found;
+}
+
+Vst3Plugin::Vst3Plugin(PluginHost& answers) : host(answers) {
+    notes.reserve(mostNotes);
+}
+
+bool Vst3Plugin::start(const PluginFile& file, CStr& why) {
+    Vst3Library library;
+    if (!library.open(file.file, why)) return false;
+    const auto kind = library.find(file.inside);
+    if (!kind) {
+        why = "The bundle holds no such plug-in.";
+        return false;
+    }
+    name = kind->name;
+    maker = kind->vendor;
+    instrument = kind->instrument;
+    id = hashOf(kind->key.asChar());
+    component = library.make<Component>(kind->id);
+    if (!component || component->initialize(&application) != ok) return false;
+    processor = ask<Processor>(component);
+    if (!processor || !makeController(library, kind->id)) return false;
+    joinHalves(true);
+    controller->setHandler(this);
+    Vst3Stream state;
+    if (component->getState(&state) == ok) {
+        state.rewind();
+        controller->setComponentState(&state);
+    }
+    rate = host.sampleRate();
+    block = host.blockFrames();
+    readBuses();
+    readParams();
+    readControls();
+    drawn = Vst3Editor::works(*controller);
+    if (pinsFit()) return true;
+    why = "The plug-in has more than 128 inputs or outputs.";
+    return false;
+}
+
+/// In many it is an object of a class of its own, in others the component itself.
+bool Vst3Plugin::makeController(const Vst3Library& library, const Uid& own) {
+    controller = ask<Controller>(component);
+    if (controller) return true;
+    Uid other{};
+    if (component->controllerClass(other.data()) != ok || other == own) return false;
+    controller = library.make<Controller>(other);
+    ownController = controller != nullptr;
+    return controller && controller->initialize(&application) == ok;
+}
+
+void Vst3Plugin::joinHalves(bool on) {
+    if (!ownController) return;
+    auto* played = ask<ConnectionPoint>(component);
+    auto* known = ask<ConnectionPoint>(controller);
+    if (played && known) {
+        on ? played->connect(known) : played->disconnect(known);
+        on ? known->connect(played) : known->disconnect(played);
+    }
+    for (ConnectionPoint* one : {played, known})
+        if (one) one->release();
+}
+
+void Vst3Plugin::readBuses() {
+    for (const int32_t direction : {input, output}) {
+        std::vector<int>& channels = direction == input ? busesIn : busesOut;
+        channels.clear();
+        const int32_t count = std::min(component->busCount(mediaAudio, direction), mostBuses);
+        for (int32_t i = 0; i < count; i++) {
+            BusInfo info{};
+            const bool told = component->busInfo(mediaAudio, direction, i, &info) == ok;
+            channels.push_back(told ? std::clamp(info.channels, 0, mostPins + 1) : 0);
+            component->activateBus(mediaAudio, direction, i, 1);
+        }
+        (direction == input ? audioIn : audioOut).assign(channels.size(), {});
+        const int32_t events = component->busCount(mediaEvents, direction);
+        (direction == input ? hearsEvents : eventsOut) = events > 0;
+        if (events > 0) component->activateBus(mediaEvents, direction, 0, 1);
+    }
+}
+
+void Vst3Plugin::readParams() {
+    params.clear();
+    const int32_t count = std::min(controller->paramCount(), mostParams);
+    for (int32_t i = 0; i < count; i++) {
+        ParamInfo info{};
+        if (controller->paramInfo(i, &info) != ok || info.flags & (paramHidden | paramReadOnly))
+            continue;
+        params.push_back({info.id, textOf(info.title), textOf(info.units)});
+    }
+    values.start(params.size());
+    shown.assign(params.size(), 0.0);
+    constexpr size_t controllers = 64;
+    changesIn.makeRoom(params.size() + controllers);
+    changesOut.makeRoom(params.size() + controllers);
+    readValues();
+}
+
+void Vst3Plugin::readValues() {
+    for (size_t i = 0; i < params.size(); i++) {
+        const double value = controller->value(params[i].id);
+        values.learn(i, std::isfinite(value) ? std::clamp(value, 0.0, 1.0) : 0.0);
+        shown[i] = values.of(i);
+    }
+}
+
+void Vst3Plugin::readControls() {
+    for (auto& channel : controls) channel.fill(-1);
+    auto* mapping = ask<MidiMapping>(controller);
+    if (!mapping) return;
+    for (int channel = 0; channel < midiChannels; channel++)
+        for (int number = 0; number < midiControls; number++) {
+            ParamId found = 0;
+            if (mapping->controller(0, int16_t(channel), int16_t(number), &found) == ok)
+                controls[size_t(channel)][size_t(number)] = int64_t(found);
+        }
+    mapping->release();
+}
+
+Vst3Plugin::~Vst3Plugin() {
+    const KeepSignals signals;
+    closeEditor();
+    guarded([this] {
+        if (component) deactivate();
+        if (controller) {
+            joinHalves(false);
+            controller->setHandler(nullptr);
+            if (ownController) controller->terminate();
+            controller->release();
+        }
+        if (processor) processor->release();
+        if (component) {
+            component->terminate();
+            component->release();
+        }
+    });
+}
+
+// What it is.
+
+int Vst3Plugin::pinsOf(const std::vector<int>& buses) {
+    int pins = 0;
+    for (const int channels : buses) pins += channels;
+    return pins;
+}
+
+bool Vst3Plugin::stereoPair(bool input, int index) {
+    int first = 0;
+    for (const int channels : input ? busesIn : busesOut) {
+        if (index == first && channels == 2) return true;
+        first += channels;
+    }
+    return false;
+}
+
+// Parameters.
+
+int Vst3Plugin::paramOf(ParamId wanted) const {
+    const auto at = std::ranges::find(params, wanted, &Param::id);
+    return at == params.end() ? -1 : int(at - params.begin());
+}
+
+CStr Vst3Plugin::paramName(int index) {
+    return isParam(index) ? params[size_t(index)].name : CStr();
+}
+
+CStr Vst3Plugin::paramText(int index) {
+    if (!isParam(index)) return "";
+    const Param& p = params[size_t(index)];
+    const double value = values.of(size_t(index));
+    struct {
+        Text text;
+        int16_t beyond[4096];
+    } room{};
+    bool good = false;
+    guarded([&] { good = controller->paramText(p.id, value, room.text) == ok; });
+    const CStr text = good ? textOf(room.text) : asStrFormat(value, "%.2f");
+    return p.unit.empty() || text.pos(p.unit) >= 0 ? text : text + " " + p.unit;
+}
+
+void Vst3Plugin::setParam(int index, float share) {
+    if (!isParam(index)) return;
+    values.set(size_t(index), std::clamp(double(share), 0.0, 1.0));
+    showsOld = true;
+}
+
+float Vst3Plugin::param(int index) {
+    return isParam(index) ? float(values.of(size_t(index))) : 0.0f;
+}
+
+Result Vst3Plugin::beginEdit(ParamId param) {
+    if (const int index = paramOf(param); index >= 0) host.gestureBegins(index);
+    return ok;
+}
+
+Result Vst3Plugin::performEdit(ParamId param, double share) {
+    const int index = paramOf(param);
+    if (index < 0 || !std::isfinite(share)) return badArgument;
+    const double value = std::clamp(share, 0.0, 1.0);
+    values.set(size_t(index), value);
+    shown[size_t(index)] = value;
+    host.parameterMoved(index, float(value));
+    return ok;
+}
+
+Result Vst3Plugin::endEdit(ParamId param) {
+    if (const int index = paramOf(param); index >= 0) host.gestureEnds(index);
+    return ok;
+}
+
+Result Vst3Plugin::askRestart(int32_t flags) {
+    restartAsked.fetchOr(flags);
+    return ok;
+}
+
+/// The controller is told what was set, or has come from a block.
+void Vst3Plugin::showController() {
+    for (Shown told{}; toShow.pop(told);) controller->setValue(told.id, told.value);
+    if (!showsOld.exchange(false)) return;
+    for (size_t i = 0; i < params.size(); i++) {
+        const double value = values.of(i);
+        if (value == shown[i]) continue;
+        shown[i] = value;
+        controller->setValue(params[i].id, value);
+    }
+}
+
+// State.
+
+Plugin::Bytes Vst3Plugin::chunk(bool) {
+    StateText text;
+    for (size_t i = 0; i < params.size(); i++)
+        if (values.waits(i)) text.values.emplace_back(std::to_string(params[i].id), values.of(i));
+    Vst3Stream played, known;
+    guarded([&] {
+        component->getState(&played);
+        if (ownController) controller->getState(&known);
+    });
+    text.program = int(played.bytes.size()); // where the part of the controller begins
+    text.own.assign(played.bytes.begin(), played.bytes.end());
+    text.own.append(known.bytes.begin(), known.bytes.end());
+    const std::string made = text.write(stateFormat);
+    return {made.begin(), made.end()};
+}
+
+/// While no block is in it.
+bool Vst3Plugin::setChunk(const Bytes& data, bool) {
+    const auto text = StateText::read({data.begin(), data.end()}, stateFormat);
+    if (!text || text->program < 0 || size_t(text->program) > text->own.size()) return false;
+    Vst3Stream played, known;
+    played.bytes.assign(text->own.begin(), text->own.begin() + text->program);
+    known.bytes.assign(text->own.begin() + text->program, text->own.end());
+    bool good = false;
+    guarded([&] {
+        values.forgetWaiting();
+        good = played.bytes.empty() || component->setState(&played) == ok;
+        played.rewind();
+        controller->setComponentState(&played);
+        if (ownController && !known.bytes.empty()) controller->setState(&known);
+        readValues();
+    });
+    for (const auto& [key, value] : text->values)
+        if (const int at = paramOf(ParamId(std::strtoul(key.c_str(), nullptr, 10)));
+            at >= 0 && std::isfinite(value))
+            values.set(size_t(at), std::clamp(value, 0.0, 1.0));
+    showsOld = true;
+    return good;
+}
+
+// Running.
+
+void Vst3Plugin::setRate(double to) {
+    if (to == rate) return;
+    rate = to;
+    if (active) renew();
+}
+
+void Vst3Plugin::setBlock(int frames) {
+    if (frames == block) return;
+    block = frames;
+    if (active) renew();
+}
+
+void Vst3Plugin::setRunning(bool on) {
+    wantsRunning = on;
+    guarded([this, on] { on ? activate() : deactivate(); });
+}
+
+void Vst3Plugin::activate() {
+    if (active) return;
+    constexpr int32_t floats = 0;
+    ProcessSetup setup{realtime, floats, block, rate};
+    processor->setup(&setup);
+    active = component->setActive(1) == ok;
+    delay = int(std::min(processor->latency(), 1000000u));
+}
+
+void Vst3Plugin::deactivate() {
+    if (!active) return;
+    if (processing) processor->setProcessing(0);
+    processing = false;
+    component->setActive(0);
+    active = false;
+}
+
+void Vst3Plugin::renew() {
+    guarded([this] {
+        deactivate();
+        readBuses();
+        if (wantsRunning && pinsFit()) activate();
+    });
+}
+
+void Vst3Plugin::idle() {
+    const int asked = restartAsked.exchange(0);
+    if (asked & (restartComponent | restartBuses | restartLatency)) {
+        host.betweenBlocks([this] { renew(); });
+        host.channelsChanged();
+    }
+    if (asked & restartTitles) host.betweenBlocks([this] { guarded([this] { readParams(); }); });
+    if (asked & restartValues) guarded([this] { readValues(); });
+    if (asked & (restartTitles | restartValues)) host.displayChanged();
+    // Where no blocks come, nothing else brings the values across.
+    const int64_t done = framesDone;
+    if (values.waits() && active && done == framesSeen)
+        host.betweenBlocks([this] {
+            const ForeignOpening foreign;
+            render(nullptr, nullptr, 0);
+        });
+    framesSeen = done;
+    values.tellHost(host, [this](int index) { return param(index); });
+    guarded([this] {
+        showController();
+        if (editor) editor->idle();
+    });
+}
+
+// The editor.
+
+CPoint Vst3Plugin::openEditor(unsigned long window) {
+    const KeepSignals signals;
+    CPoint size{};
+    guarded([&] {
+        editor = Vst3Editor::open(*controller, host, window);
+        if (editor) size = editor->size();
+    });
+    return size;
+}
+
+void Vst3Plugin::closeEditor() {
+    const KeepSignals signals;
+    guarded([this] { editor.reset(); });
+}
+
+// Sound.
+
+void Vst3Plugin::addMidi(int frame, int data) {
+    if (notes.size() < mostNotes) notes.push_back({frame, data});
+}
+
+void Vst3Plugin::fillIn(int frames) {
+    changesIn.clear();
+    changesOut.clear();
+    eventListIn.clear();
+    eventListOut.clear();
+    values.send([this](size_t i, double value) { changesIn.put(params[i].id, 0, value); });
+    for (const Note& n : notes) {
+        const int kind = n.data & 0xf0, channel = n.data & 0xf;
+        const int first = n.data >> 8 & 0x7f, second = n.data >> 16 & 0x7f;
+        const int frame = std::clamp(n.frame, 0, std::max(frames - 1, 0));
+        const bool on = kind == 0x90 && second > 0;
+        if (kind == 0x80 || kind == 0x90) {
+            Event event{};
+            event.frame = frame;
+            event.type = on ? noteOn : noteOff;
+            const auto velocity = float(second) / 127.0f;
+            if (on)
+                event.on = {int16_t(channel), int16_t(first), 0.0f, velocity, 0, -1};
+            else
+                event.off = {int16_t(channel), int16_t(first), velocity, -1, 0.0f};
+            if (hearsEvents) eventListIn.add(&event);
+            continue;
+        }
+        constexpr int pressure = 128, bend = 129;
+        const int number = kind == 0xb0   ? first
+                           : kind == 0xd0 ? pressure
+                           : kind == 0xe0 ? bend
+                                          : -1;
+        const int64_t param = number < 0 ? -1 : controls[size_t(channel)][size_t(number)];
+        if (param < 0) continue;
+        const double share = kind == 0xe0   ? double(first | second << 7) / 16383.0
+                             : kind == 0xb0 ? second / 127.0
+                                            : first / 127.0;
+        changesIn.put(ParamId(param), frame, share);
+    }
+    notes.clear();
+}
+
+void Vst3Plugin::fillContext() {
+    const PluginTime now = host.songTime();
+    context = {};
+    context.flags = quartersValid | tempoValid | barValid | signatureValid | continuousValid |
+                    (now.playing ? playing : 0u) | (now.recording ? recording : 0u) |
+                    (now.looping ? looping | loopValid : 0u);
+    context.rate = now.rate;
+    context.songFrames = int64_t(now.beats * 60.0 / std::max(now.tempo, 1.0) * now.rate);
+    context.continuousFrames = int64_t(now.frames);
+    context.quarters = now.beats;
+    context.barStart = now.barStart;
+    context.loopStart = now.loopStart;
+    context.loopEnd = now.loopEnd;
+    context.tempo = now.tempo;
+    context.numerator = now.numerator;
+    context.denominator = now.denominator;
+}
+
+void Vst3Plugin::takeOut() {
+    for (int32_t i = 0; i < changesOut.count(); i++) {
+        Vst3Queue& queue = *changesOut.queue(i);
+        if (queue.pointCount() == 0 || !std::isfinite(queue.last())) continue;
+        toShow.push({queue.param(), queue.last()});
+        const int at = paramOf(queue.param());
+        if (at < 0) continue;
+        values.learn(size_t(at), std::clamp(queue.last(), 0.0, 1.0));
+        values.tell(SentValues::moved, at);
+    }
+    for (int32_t i = 0; i < eventListOut.count(); i++) {
+        Event event{};
+        eventListOut.get(i, &event);
+        const auto send = [&](int status, int channel, int first, float velocity) {
+            const int second = std::clamp(asRound(double(velocity) * 127.0), 0, 127);
+            host.sendMidi(event.frame,
+                          status | (channel & 0xf) | (first & 0x7f) << 8 | second << 16);
+        };
+        if (event.type == noteOn) send(0x90, event.on.channel, event.on.pitch, event.on.velocity);
+        if (event.type == noteOff)
+            send(0x80, event.off.channel, event.off.pitch, event.off.velocity);
+    }
+}
+
+void Vst3Plugin::connect(std::vector<AudioBus>& made, const std::vector<int>& buses, float** pins) {
+    for (size_t i = 0; i < made.size(); i++) {
+        made[i] = {buses[i], 0, pins};
+        pins += buses[i];
+    }
+}
+
+bool Vst3Plugin::render(AudioBus* ins, AudioBus* outs, int frames) {
+    fillIn(frames);
+    fillContext();
+    Process call{};
+    call.mode = host.level() == PluginLevel::offline ? offline : realtime;
+    call.frames = frames;
+    call.inputs = ins;
+    call.outputs = outs;
+    call.inputCount = ins ? int32_t(audioIn.size()) : 0;
+    call.outputCount = outs ? int32_t(audioOut.size()) : 0;
+    call.inParams = &changesIn;
+    call.outParams = &changesOut;
+    call.inEvents = &eventListIn;
+    call.outEvents = &eventListOut;
+    call.context = &context;
+    try {
+        if (!processing) processor->setProcessing(1);
+        processing = true;
+        if (processor->process(&call) != ok) return false;
+    } catch (...) {
+        return false;
+    }
+    takeOut();
+    return true;
+}
+
+bool Vst3Plugin::process(float** in, float** out, int frames) {
+    if (!active) return false;
+    const ForeignCall foreign;
+    connect(audioIn, busesIn, in);
+    connect(audioOut, busesOut, out);
+    framesDone = framesDone + frames;
+    return render(audioIn.data(), audioOut.data(), frames);
+}
