@@ -35,6 +35,9 @@ std::vector<float> PluginBench::play(CVST& plugin) {
         for (const auto* out : plugin.outputs)
             for (const float* side : {out->bufL, out->bufR})
                 heard.insert(heard.end(), side, side + blockFrames);
+        const CMIDIQ* notes = plugin.outPort();
+        for (int i = 0; notes && i < notes->count; i++)
+            heard.push_back(float(notes->events[i].data));
     }
     return heard;
 }

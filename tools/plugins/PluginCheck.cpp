@@ -34,6 +34,22 @@ bool equal(const std::vector<float>& a, const std::vector<float>& b,
     return std::fabs(loudest(a) - loudest(b)) <= 0.5 * loudest(a);
 }
 
+/// Sets a parameter to another value, so that there is something to keep: one that leaves it to be
+/// heard, as many begin with a switch that turns them off. It has played once then, since some come
+/// to rest only after that.
+void moveOne(CVST& plugin, PluginBench& bench) {
+    constexpr int tries = 4;
+    for (int i = 0; i < std::min(plugin.numParams(), tries); i++) {
+        const float former = plugin.param(i);
+        plugin.setParam(i, former > 0.5f ? 0.25f : 0.75f);
+        plugin.idle();
+        if (loudest(bench.play(plugin)) > audible) return;
+        plugin.setParam(i, former);
+    }
+    plugin.idle();
+    bench.play(plugin);
+}
+
 std::unique_ptr<CVST> reloaded(CQV* host, CVST& plugin) {
     CMemoryStream stream;
     plugin.write(&stream);
@@ -83,10 +99,8 @@ PluginCheck checkPlugin(const CStr& file) {
     const std::unique_ptr<CVST> plugin = newPlugin(host.get(), file);
     found.loads = plugin != nullptr;
     if (!plugin) return found;
-    if (plugin->numParams() > 0) plugin->setParam(0, plugin->param(0) > 0.5f ? 0.25f : 0.75f);
-    plugin->idle();
     PluginBench bench(host.get());
-    bench.play(*plugin); // some come to rest only after a first time
+    moveOne(*plugin, bench);
     const std::vector<float> heard = bench.play(*plugin), again = bench.play(*plugin);
     found.sounds = loudest(heard) > audible;
     const std::unique_ptr<CVST> twin = reloaded(host.get(), *plugin);

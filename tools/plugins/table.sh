@@ -15,6 +15,7 @@ listed() { # files in folders, each once: the test of find, the folders
 }
 everything() { # lines of a format and a file or bundle
     listed '-name *.so' /usr/lib/vst /usr/lib/lxvst | sed 's/^/VST_2 /'
+    listed '-name *.vst3' /usr/lib/vst3 | sed 's/^/VST_3 /'
     listed '-name *.clap' /usr/lib/clap | sed 's/^/CLAP /'
     listed '-maxdepth 1 -name *.lv2' /usr/lib/lv2 | sed 's/^/LV2 /'
 }
@@ -50,14 +51,35 @@ while read -r format package; do
         "${keeps[$row]} | ${drawn[$row]} | ${shows[$row]} |"
 done < <(printf '%s\n' "${!files[@]}" | sort)
 
+# The same effects in all formats, one after the other.
+status=0
+apart=0
+compared=0
+for clap in /usr/lib/clap/*.clap; do
+    name=$(basename "$clap" .clap)
+    formats=("$clap")
+    for other in /usr/lib/vst/"$name"-vst.so /usr/lib/vst3/"$name".vst3 /usr/lib/lv2/"$name".lv2; do
+        [ ! -e "$other" ] || formats+=("$other")
+    done
+    [ ${#formats[@]} -eq 4 ] || continue
+    now=$(timeout -k 1 300 "$check" --same "${formats[@]}" 2>/dev/null </dev/null) || now=-1
+    compared=$((compared + 1))
+    if awk -v d="$now" 'BEGIN {exit !(d < 0 || d > 1e-5)}'; then
+        echo "$name: the formats are $now apart" >&2
+        status=1
+    fi
+    apart=$(awk -v a="$apart" -v b="$now" 'BEGIN {print a > b ? a : b}')
+done
+echo
+echo "$compared effects in four formats, each parameter at its end once: $apart apart at most."
+
 sum() { # an array, a format
     local -n numbers=$1
     local total=0 row
     for row in "${!numbers[@]}"; do [[ $row != "$2 "* ]] || total=$((total + numbers[$row])); done
     echo "$total"
 }
-status=0
-for format in VST_2 CLAP LV2; do
+for format in VST_2 VST_3 CLAP LV2; do
     for done in loads sounds keeps; do
         [ "$((100 * $(sum "$done" $format)))" -ge "$((95 * $(sum files $format)))" ] || status=1
     done
