@@ -20,7 +20,8 @@ std::unique_ptr<AlsaMidi> AlsaMidi::open(MidiPorts& ports) {
 }
 
 AlsaMidi::AlsaMidi(snd_seq_t* sequencer, MidiPorts& midiPorts)
-    : seq(sequencer), ports(midiPorts), received(aamMaxEvents), waiting(aamMaxEvents) {
+    : seq(sequencer), ports(midiPorts), received(aamMaxEvents), waiting(aamMaxEvents),
+      room(size_t(aamMostMessage)) {
 }
 
 AlsaMidi::~AlsaMidi() {
@@ -137,6 +138,14 @@ void AlsaMidi::readAll() {
 }
 
 void AlsaMidi::accept(const snd_seq_event_t& event) {
+    if (event.type == SND_SEQ_EVENT_SYSEX) {
+        for (const Remote& r : sources)
+            if (r.client == event.source.client && r.port == event.source.port)
+                MidiPorts::join(ports.ins, r.index,
+                                static_cast<const unsigned char*>(event.data.ext.ptr),
+                                event.data.ext.len);
+        return;
+    }
     unsigned char bytes[maxMessageBytes];
     const long count = snd_midi_event_decode(coder, bytes, sizeof bytes, &event);
     int32_t data = 0;
@@ -158,6 +167,9 @@ void AlsaMidi::writeAll() {
     followQueue();
     Timed next{};
     while (waiting.take(next)) write(next.event, next.ns);
+    for (AamMessage message{0, 0, aamMostMessage, 0, room.data()}; messages.take(message);
+         message.length = aamMostMessage)
+        writeLong(message);
     while (snd_seq_drain_output(seq) == -EAGAIN && !ending.load()) waitForKernel();
 }
 
@@ -188,6 +200,37 @@ void AlsaMidi::write(const AamEvent& message, int64_t dueNs) {
     for (const Remote& r : sinks) {
         if (!ports.goesTo(message, r.index)) continue;
         snd_seq_ev_set_dest(&event, (unsigned char)r.client, (unsigned char)r.port);
-        while (snd_seq_event_output(seq, &event) == -EAGAIN && !ending.load()) waitForKernel();
+        output(event);
+    }
+}
+
+void AlsaMidi::output(snd_seq_event_t& event) {
+    while (snd_seq_event_output(seq, &event) == -EAGAIN && !ending.load()) waitForKernel();
+}
+
+bool AlsaMidi::send(const AamMessage& message) {
+    const bool ours = std::any_of(sinks.begin(), sinks.end(), [&](const Remote& r) {
+        return ports.goesTo(message.device, r.index);
+    });
+    if (!ours || !messages.put(message)) return false;
+    eventfd_write(wake, 1);
+    return true;
+}
+
+/// In pieces, since the kernel has room for so much alone.
+void AlsaMidi::writeLong(const AamMessage& message) {
+    constexpr int pieceBytes = 256;
+    for (const Remote& r : sinks) {
+        if (!ports.goesTo(message.device, r.index)) continue;
+        for (int at = 0; at < message.length; at += pieceBytes) {
+            snd_seq_event_t event;
+            snd_seq_ev_clear(&event);
+            snd_seq_ev_set_source(&event, (unsigned char)outPort);
+            snd_seq_ev_set_dest(&event, (unsigned char)r.client, (unsigned char)r.port);
+            snd_seq_ev_set_direct(&event);
+            snd_seq_ev_set_sysex(&event, unsigned(std::min(pieceBytes, message.length - at)),
+                                 message.bytes + at);
+            output(event);
+        }
     }
 }

@@ -40,6 +40,9 @@ public:
     /// Audio thread: sends those of the events that go to our outputs, each at its frame. Frame 0
     /// is due at `firstNs`. What does not fit is lost.
     void send(const AamEvent* events, int count, int64_t firstNs, int rate);
+    /// Interface thread: sends a system exclusive message at once, where it goes to our outputs.
+    /// False where it does not, or too much waits.
+    bool send(const AamMessage& message);
 
 private:
     /// Another client's port, and what the program knows it by.
@@ -57,6 +60,8 @@ private:
     void followQueue();
     void waitForKernel();
     void write(const AamEvent& event, int64_t dueNs);
+    void writeLong(const AamMessage& message);
+    void output(snd_seq_event_t& event);
 
     snd_seq_t* seq; ///< owned
     MidiPorts& ports;
@@ -66,6 +71,8 @@ private:
     int wake = -1;            ///< event counter that ends the thread's sleep
     std::vector<Remote> sources, sinks;
     Ring<Timed> received, waiting;
+    LongMessages messages;           ///< waiting
+    std::vector<unsigned char> room; ///< for one of them
     std::atomic<bool> ending{false};
     std::thread thread;
 };

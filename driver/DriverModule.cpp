@@ -65,6 +65,8 @@ DriverModule::~DriverModule() {
 
 intptr_t DriverModule::perform(intptr_t op, intptr_t a, intptr_t b) {
     if (op >= aamTestCapture) return test(op, a, b);
+    if (op == aamMessageSend) return send(*pointer<const AamMessage>(a));
+    if (op == aamMessageTake) return takeMessage(*pointer<AamMessage>(a));
     if (op == aamRealtime) return askRealtimeKit(pid_t(a), int(b));
     if (op >= aamAudioInCount) return audio(op, a, b);
     if (op >= aamMidiInCount) return midi(op, a, b);
@@ -181,7 +183,25 @@ intptr_t DriverModule::midi(intptr_t op, intptr_t a, intptr_t b) {
     }
 }
 
+intptr_t DriverModule::send(const AamMessage& message) {
+    if (message.length < 2 || message.length > aamMostMessage) return 0;
+    bool taken = sequencer && sequencer->send(message);
+    if (ports.goesTo(message.device, ports.jackOut)) taken = ports.toJack.put(message) || taken;
+    return taken;
+}
+
+intptr_t DriverModule::takeMessage(AamMessage& to) {
+    for (MidiPorts::Port& port : ports.ins)
+        if (port.ownMessages && port.ownMessages->take(to)) return 1;
+    return 0;
+}
+
 void DriverModule::enableMidi(MidiPorts::List& list, intptr_t index, bool on) {
+    MidiPorts::Port& port = list[size_t(index)];
+    if (on && &list == &ports.ins && !port.ownMessages) {
+        port.ownMessages = std::make_unique<LongMessages>();
+        port.messages.store(port.ownMessages.get(), std::memory_order_release);
+    }
     const bool was = list[size_t(index)].enabled.exchange(on);
     if (!sequencer || was == on) return;
     if (&list == &ports.ins)

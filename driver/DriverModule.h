@@ -47,6 +47,8 @@ private:
     intptr_t capture(const char* path);
     intptr_t feed(const char* path);
     intptr_t take(AamEvent* event, int64_t* frame);
+    intptr_t send(const AamMessage& message);
+    intptr_t takeMessage(AamMessage& to);
     void beginCapture();
 
     MidiPorts ports;

@@ -9,6 +9,8 @@
 
 namespace {
 
+constexpr int realtime = 0xF8; ///< status of the clock and what goes with it, and above
+
 JackDevice& self(void* device) {
     return *static_cast<JackDevice*>(device);
 }
@@ -184,8 +186,9 @@ void JackDevice::readMidi(jack_nframes_t count) {
     for (uint32_t i = 0; i < waiting; ++i) {
         jack_midi_event_t event;
         int32_t data = 0;
-        if (jack_midi_event_get(&event, buffer, i) == 0 &&
-            packMessage(event.buffer, event.size, data))
+        if (jack_midi_event_get(&event, buffer, i) != 0) continue;
+        if (MidiPorts::join(cycle.ports.ins, index, event.buffer, event.size)) continue;
+        if (packMessage(event.buffer, event.size, data))
             cycle.addEvent(data, index, int(event.time));
     }
 }
@@ -197,11 +200,51 @@ void JackDevice::writeMidi(int events, jack_nframes_t count) {
     for (int i = 0; i < events; ++i) {
         const AamEvent& event = cycle.events[size_t(i)];
         if (!cycle.ports.goesTo(event, cycle.ports.jackOut)) continue;
-        unsigned char bytes[maxMessageBytes];
-        const int length = unpackMessage(event.data, bytes);
-        if (length > 0)
-            jack_midi_event_write(buffer, jack_nframes_t(event.frame), bytes, size_t(length));
+        const bool whole = writeMessages(buffer, jack_nframes_t(event.frame));
+        if (whole || (event.data & 0xFF) >= realtime)
+            writeEvent(buffer, jack_nframes_t(event.frame), event);
+        else
+            held.put(event);
     }
+    writeMessages(buffer, count - 1);
+}
+
+void JackDevice::writeEvent(void* buffer, jack_nframes_t frame, const AamEvent& event) {
+    unsigned char bytes[maxMessageBytes];
+    const int length = unpackMessage(event.data, bytes);
+    if (length > 0) jack_midi_event_write(buffer, frame, bytes, size_t(length));
+}
+
+/// Writes system exclusive messages that are due up to a frame. One that the port has no room for
+/// goes on with the next block; what comes behind it waits, but for the clock: false as long as a
+/// message is cut.
+bool JackDevice::writeMessages(void* buffer, jack_nframes_t until) {
+    for (;;) {
+        if (sending.length == 0) {
+            sending = {0, 0, aamMostMessage, 0, room.data()};
+            sent = 0;
+            if (!cycle.ports.toJack.take(sending)) sending.length = 0;
+        }
+        if (sending.length == 0) break;
+        const auto frame = jack_nframes_t(std::clamp(sending.frame, 0, frames - 1));
+        if (sent == 0 && frame > until) break;
+        if (!writePiece(buffer, sent > 0 ? 0 : frame)) return sent == 0;
+        AamEvent event{};
+        while (held.take(event)) writeEvent(buffer, until, event);
+    }
+    return true;
+}
+
+/// False when there is no room for the rest.
+bool JackDevice::writePiece(void* buffer, jack_nframes_t frame) {
+    const size_t left = size_t(sending.length - sent);
+    const size_t piece = std::min(left, jack_midi_max_event_size(buffer));
+    if (piece == 0 || jack_midi_event_write(buffer, frame, sending.bytes + sent, piece) != 0)
+        return false;
+    sent += int(piece);
+    if (piece < left) return false;
+    sending.length = 0;
+    return true;
 }
 
 void JackDevice::framesChanged(int count) {

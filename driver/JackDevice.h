@@ -2,6 +2,8 @@
 
 #include "driver/Backend.h"
 #include "driver/JackWiring.h"
+#include "driver/Ring.h"
+#include "driver/libaam.h"
 
 #include <array>
 #include <cstdint>
@@ -13,7 +15,8 @@ struct MidiPorts;
 class JackDevice : public Device {
 public:
     /// `known` outlives the device.
-    JackDevice(BlockCycle& blockCycle, JackWiring& known) : cycle(blockCycle), wiring(known) {}
+    JackDevice(BlockCycle& blockCycle, JackWiring& known)
+        : cycle(blockCycle), wiring(known), room(size_t(aamMostMessage)) {}
     ~JackDevice() override;
     JackDevice(const JackDevice&) = delete;
     JackDevice& operator=(const JackDevice&) = delete;
@@ -39,6 +42,9 @@ private:
     int process(jack_nframes_t count);
     void readMidi(jack_nframes_t count);
     void writeMidi(int events, jack_nframes_t count);
+    bool writeMessages(void* buffer, jack_nframes_t until);
+    void writeEvent(void* buffer, jack_nframes_t frame, const AamEvent& event);
+    bool writePiece(void* buffer, jack_nframes_t frame);
     void framesChanged(int count);
     void rateChanged(int hz);
 
@@ -48,6 +54,10 @@ private:
     jack_client_t* client = nullptr; ///< owned
     Ports ins, outs;
     jack_port_t *midiIn = nullptr, *midiOut = nullptr;
+    Ring<AamEvent> held{256};        ///< short messages behind one that is cut
+    std::vector<unsigned char> room; ///< for the message that is sent
+    AamMessage sending{};            ///< it; no length without one
+    int sent = 0;                    ///< bytes of it that are written
     std::atomic<unsigned> cycles{0}; ///< of the server
     unsigned madeAt = 0;             ///< the cycle of the latest connection that was made here
     std::atomic<int> serverFrames{0};

@@ -21,7 +21,8 @@ constexpr int aamMaxEvents = 8192;
 constexpr int aamMinFrames = 1;
 constexpr int aamMaxFrames = 16384;
 
-/// One MIDI message on its way in or out.
+/// One MIDI message on its way in or out: of a channel, or a short one of the system (clock,
+/// start, song position and their like, but for active sensing).
 struct AamEvent {
     int32_t data;  ///< packed: status in the low byte, then the data bytes
     int8_t device; ///< index of the MIDI input or output; going out, -1 means all enabled ones
@@ -29,6 +30,16 @@ struct AamEvent {
     int32_t frame; ///< from the start of the block, 0 to frames - 1
 };
 static_assert(sizeof(AamEvent) == 12);
+
+/// A system exclusive message, from 0xF0 to 0xF7.
+struct AamMessage {
+    int32_t device; ///< index of the MIDI input or output; going out, -1 means all enabled ones
+    int32_t frame;  ///< of the next block, at which it goes out; 0 coming in
+    int32_t length; ///< bytes; to be told of one that came, those there is room for
+    int32_t pad;
+    unsigned char* bytes; ///< the caller's
+};
+constexpr int aamMostMessage = 65536; ///< bytes
 
 /// Called once per block on the module's audio thread.
 /// `ins` and `outs` hold one buffer of `frames` floats for each enabled channel of the device, in
@@ -81,8 +92,14 @@ enum AamOp : intptr_t {
     aamAudioOutEnable = 52,
     aamAudioOutEnabled = 53,
 
-    /// a: number of a thread of this process, b: priority, 1 to 99. Asks for real-time scheduling of
-    /// it, as the module does for its own thread. Answers 1 when it has it.
+    /// a: const AamMessage*, which is copied. Answers 1 if it goes out, 0 when too much waits.
+    aamMessageSend = 60,
+    /// a: AamMessage*. Takes the oldest that came at an enabled input: answers 1, or 0 without one.
+    /// 256 KB may wait at each input; what does not fit is lost, message by message.
+    aamMessageTake = 61,
+
+    /// a: number of a thread of this process, b: priority, 1 to 99. Asks for real-time scheduling
+    /// of it, as the module does for its own thread. Answers 1 when it has it.
     aamRealtime = 62,
 
     // For tests; the program itself calls none of these. They work on every device.

@@ -264,3 +264,9 @@ bool CAAM::audioOutEnabled(int i) {
 void CAAM::askRealtime(int thread, int priority) {
     call(aamRealtime, thread, priority);
 }
+
+bool CAAM::sendExclusive(int out, const std::vector<unsigned char>& bytes) {
+    std::vector<unsigned char> copy = bytes;
+    const AamMessage message{out, 0, int32_t(copy.size()), 0, copy.data()};
+    return call(aamMessageSend, reinterpret_cast<intptr_t>(&message)) == 1;
+}

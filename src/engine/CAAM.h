@@ -6,6 +6,8 @@
 
 #include "driver/libaam.h"
 
+#include <vector>
+
 class COnChange;
 
 /// An audio device as the module lists it.
@@ -90,6 +92,10 @@ public:
     void audioOutEnable(int i, int on);
     bool audioInEnabled(int i);
     bool audioOutEnabled(int i);
+
+    /// Sends a system exclusive message, 0xF0 to 0xF7, to a MIDI output, -1 all. False where it
+    /// goes nowhere, or too much waits.
+    bool sendExclusive(int device, const std::vector<unsigned char>& bytes);
 
     /// Asks the desktop for real-time scheduling of a thread of this process, by its number in the
     /// system. May wait for the answer.

@@ -121,12 +121,13 @@ TEST_F(Jack, PlaysEverySampleAndRecordsFromItsPorts) {
         ASSERT_EQ(peer.heard[i] - peer.heard[i - 1], step) << "at sample " << i;
 }
 
-TEST_F(Jack, CarriesChannelMessagesWithTheirFrames) {
+TEST_F(Jack, CarriesShortMessagesWithTheirFrames) {
     using Message = Peer::Message;
-    const std::vector<Message> passing = {
-        {0, {0x90, 60, 100}}, {17, {0xC5, 12}}, {200, {0xE3, 1, 127}}, {255, {0x80, 60, 0}}};
+    const std::vector<Message> passing = {{0, {0x90, 60, 100}},  {17, {0xC5, 12}},
+                                          {17, {0xF8}},          {18, {0xF2, 3, 4}},
+                                          {200, {0xE3, 1, 127}}, {255, {0x80, 60, 0}}};
     const std::vector<std::pair<int32_t, int32_t>> expected = {
-        {0, 0x643C90}, {17, 0x0CC5}, {200, 0x7F01E3}, {255, 0x3C80}};
+        {0, 0x643C90}, {17, 0x0CC5}, {17, 0xF8}, {18, 0x0403F2}, {200, 0x7F01E3}, {255, 0x3C80}};
     ASSERT_EQ(module.name(aamMidiInName, 0), "JACK MIDI in");
     ASSERT_EQ(module.name(aamMidiOutName, 0), "JACK MIDI out");
     module(aamMidiInEnable, 0, 1);
@@ -139,7 +140,7 @@ TEST_F(Jack, CarriesChannelMessagesWithTheirFrames) {
     ASSERT_TRUE(module.open(jack(), 256, 44100));
     Peer peer;
     peer.toSend = passing;
-    peer.toSend.insert(peer.toSend.begin() + 2, {Message{17, {0xF8}}, {99, {0xF0, 1, 2, 0xF7}}});
+    peer.toSend.insert(peer.toSend.begin() + 4, {Message{18, {0xFE}}, {99, {0xF0, 1, 2, 0xF7}}});
     ASSERT_TRUE(peer.join("peer:midi_out", "Sondrava:midi_in_1"));
     ASSERT_TRUE(peer.join("Sondrava:midi_out_1", "peer:midi_in"));
     peer.sending = true;
@@ -150,6 +151,63 @@ TEST_F(Jack, CarriesChannelMessagesWithTheirFrames) {
 
     EXPECT_EQ(got, expected);
     EXPECT_TRUE(peer.received == passing);
+}
+
+/// Messages of any length come whole: cut by the port, as the clock may cut them, and out again.
+/// One that never ends, and one that is longer than any may be, are lost alone.
+TEST_F(Jack, CarriesSystemExclusiveMessages) {
+    const auto make = [](size_t length) {
+        std::vector<unsigned char> bytes(length);
+        for (size_t i = 0; i < length; ++i) bytes[i] = (i * 7 + i / 128) & 127;
+        bytes.front() = 0xF0;
+        bytes.back() = 0xF7;
+        return bytes;
+    };
+    const std::vector<std::vector<unsigned char>> sent = {make(2), make(11), make(9000),
+                                                          make(65536)};
+    module(aamMidiInEnable, 0, 1);
+    module(aamMidiOutEnable, 0, 1);
+    ASSERT_TRUE(module.open(jack(), 256, 44100));
+    Peer peer;
+    peer.toSend = {
+        {0, {0xF0, 1, 2}}, {1, {0x90, 1, 2}}, {2, {0xF0, 9, 8}},       {3, {0xF8}},
+        {4, {7, 0xF8, 6}}, {5, {5, 0xF7}},    {6, {0xF0, 3, 4, 0xF7}}, {7, {1, 2, 3, 4, 0xF7}},
+        {8, {0xF0, 0xF7}}};
+    ASSERT_TRUE(peer.join("peer:midi_out", "Sondrava:midi_in_1"));
+    ASSERT_TRUE(peer.join("Sondrava:midi_out_1", "peer:midi_in"));
+    peer.sending = true;
+    std::vector<unsigned char> room(aamMostMessage);
+    std::vector<std::vector<unsigned char>> came;
+    const auto take = [&] {
+        AamMessage message{9, 9, aamMostMessage, 0, room.data()};
+        if (!module(aamMessageTake, &message)) return false;
+        EXPECT_TRUE(message.device == 0 && message.bytes == room.data());
+        came.emplace_back(room.begin(), room.begin() + message.length);
+        return true;
+    };
+    EXPECT_TRUE(comes([&] {
+        take();
+        return came.size() == 3;
+    }));
+    const std::vector<std::vector<unsigned char>> expected = {
+        {0xF0, 9, 8, 7, 6, 5, 0xF7}, {0xF0, 3, 4, 0xF7}, {0xF0, 0xF7}};
+    EXPECT_EQ(came, expected);
+    EXPECT_FALSE(take());
+    for (std::vector<unsigned char> bytes : sent) {
+        AamMessage message{-1, 5, int32_t(bytes.size()), 0, bytes.data()};
+        EXPECT_EQ(module(aamMessageSend, &message), 1) << bytes.size();
+        message.device = 1;
+        EXPECT_EQ(module(aamMessageSend, &message), 0) << "there is no such output";
+        message.length = aamMostMessage + 1;
+        EXPECT_EQ(module(aamMessageSend, &message), 0);
+    }
+    ASSERT_TRUE(module.waitBlocks(20));
+    module.close();
+    jack_deactivate(peer.client);
+    std::vector<unsigned char> all, wanted;
+    for (const auto& m : peer.received) all.insert(all.end(), m.bytes.begin(), m.bytes.end());
+    for (const auto& bytes : sent) wanted.insert(wanted.end(), bytes.begin(), bytes.end());
+    EXPECT_TRUE(all == wanted) << all.size() << " bytes of " << wanted.size();
 }
 
 TEST_F(Jack, AsksToBeReopenedWhenTheServerChangesItsBlock) {
