@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CComp.h"
+#include "engine/ControlSource.h"
 #include "engine/MidiBytes.h"
 #include "engine/StoredValue.h"
 
@@ -10,6 +11,7 @@
 namespace {
 
 constexpr float mapStep = 0.007874016f; ///< 1 / 127
+constexpr int fineController = 32;      ///< above the controller that it makes finer
 
 } // namespace
 
@@ -17,10 +19,16 @@ CMapProg::~CMapProg() {
     deleteAll(items);
 }
 
-bool CMap::learn(const CMIDIBytes* e) {
-    if (!learning) return false;
+bool CMap::learn(const ControlMove& move) {
+    if (choosesNumber(move.source)) return false;
+    const bool finer = fresh && move.source == firstFineSource + cc;
+    if (!learning && !finer) {
+        fresh = fresh && move.source == cc + fineController;
+        return false;
+    }
+    fresh = learning;
     learning = false;
-    cc = asByte1(e->data);
+    cc = move.source;
     return true;
 }
 
@@ -32,24 +40,23 @@ void CMap::takeRow(const CMap& row) {
     learning = row.learning || row.cc == 0;
 }
 
-float CMap::shareOf(int value) const {
+float CMap::shareOf(float value) const {
     const float low = float(min), high = float(max);
-    return fLimit((low + float(value) * mapStep * (high - low)) * mapStep, 0.0f, 1.0f);
+    return fLimit((low + value * mapStep * (high - low)) * mapStep, 0.0f, 1.0f);
 }
 
-void CMap::serve(CMIDIQ* queue, const CMIDIBytes* e) {
-    const int v = asByte2(e->data);
+void CMap::serve(CMIDIQ* queue, const ControlMove& move, double frame) {
     const bool steps = mode == mapRelative || mode == mapOffset;
-    if (lastValue == v && !steps) return;
-    const float value = follow(v);
-    lastValue = v;
+    if (lastValue == move.value && !steps) return;
+    const float value = follow(move.value);
+    lastValue = move.value;
     if (value == none) return;
     changed = true;
     left = value;
-    queue->insert(e->time, 0, eventParam, value, param, target, nullptr);
+    queue->insert(frame, 0, eventParam, value, param, target, nullptr);
 }
 
-float CMap::follow(int value) {
+float CMap::follow(float value) {
     if (mode == mapJump) return shareOf(value);
     const float now = paramShare(target, param);
     if (mode == mapPickup) return pickedUp(value, now);
@@ -57,7 +64,7 @@ float CMap::follow(int value) {
 }
 
 /// Also when it has been moved by somebody else meanwhile.
-float CMap::pickedUp(int value, float now) {
+float CMap::pickedUp(float value, float now) {
     constexpr float near = 1.5f * mapStep;
     const float wanted = shareOf(value);
     const bool held = left != none && std::fabs(now - left) <= near;
@@ -66,20 +73,20 @@ float CMap::pickedUp(int value, float now) {
     return waiting ? none : wanted;
 }
 
-float CMap::scaled(int value, float now) const {
-    constexpr int highest = 127;
-    const int before = lastValue;
+float CMap::scaled(float value, float now) const {
+    constexpr float highest = 127.0f;
+    const float before = lastValue;
     if (before < 0) return none;
-    const float end = shareOf(value > before ? highest : 0);
-    const int room = value > before ? highest - before : before;
-    return room < 1 ? now : now + (end - now) * float(std::abs(value - before)) / float(room);
+    const float end = shareOf(value > before ? highest : 0.0f);
+    const float room = value > before ? highest - before : before;
+    return room <= 0.0f ? now : now + (end - now) * std::fabs(value - before) / room;
 }
 
-float CMap::stepped(int value, float now) const {
-    constexpr int middle = 64, around = 128;
-    const int by = mode == mapOffset ? value - middle : value < middle ? value : value - around;
-    const float low = shareOf(0), high = shareOf(around - 1);
-    const float to = now + float(max < min ? -by : by) * mapStep;
+float CMap::stepped(float value, float now) const {
+    constexpr float middle = 64.0f, around = 128.0f;
+    const float by = mode == mapOffset ? value - middle : value < middle ? value : value - around;
+    const float low = shareOf(0.0f), high = shareOf(around - 1.0f);
+    const float to = now + (max < min ? -by : by) * mapStep;
     return fLimit(to, std::min(low, high), std::max(low, high));
 }
 

@@ -9,6 +9,7 @@ class CComp;
 class CMIDIQ;
 class COutputChannel;
 struct CMIDIBytes;
+struct ControlMove;
 
 /// What the values of a controller do with a parameter. Files have these numbers.
 enum MapMode : int {
@@ -28,20 +29,21 @@ public:
     Shared<COutputChannel*> owner{nullptr}; ///< its output, when `target` is an insert or a send
     Shared<CObject*> target{nullptr};       ///< a component, an output channel or a CSend
     Shared<int> ch{1};                      ///< MIDI channel, shown only
-    Shared<int> cc{0};                      ///< controller number
+    Shared<int> cc{0};                      ///< what moves it (engine/ControlSource.h)
     Shared<int> param{0};                   ///< parameter of `target`
     Shared<int> min{0}, max{127};           ///< range that a controller sweeps, in steps of 1/127
     Shared<int> mode{mapJump};              ///< MapMode
     Shared<bool> waiting{false};            ///< to be picked up: values come, and it stays
-    Shared<int> lastValue{-1};              ///< last data byte served
+    Shared<float> lastValue{-1.0f};         ///< that was served last, 0 to 127
     Shared<bool> changed{false};            ///< set when a value was passed on; lights its row
     Shared<bool> learning{false};           ///< the next controller sets `cc`
 
-    /// Takes the number of controller event `e` when it is learning. Graph holder.
-    bool learn(const CMIDIBytes* e);
-    /// Inserts the parameter event of controller event `e` into `queue`, unless the value is the
+    /// Takes the source of a move when it is learning; if the very next one makes that finer, it
+    /// takes the finer. Graph holder.
+    bool learn(const ControlMove& move);
+    /// Inserts the parameter event of a move, at its frame, into `queue`, unless the value is the
     /// one that was served last, or the mode leaves the parameter where it is. Graph holder.
-    void serve(CMIDIQ* queue, const CMIDIBytes* e);
+    void serve(CMIDIQ* queue, const ControlMove& move, double frame);
     /// Takes over what an empty row has: its controller, unless that still has to be learned.
     void takeRow(const CMap& row);
     /// Loses the target, when it or what holds it is `gone`; true then.
@@ -50,13 +52,14 @@ public:
 private:
     static constexpr float none = -1.0f;
 
-    float shareOf(int value) const; ///< of the parameter, that a value of the controller means
-    float follow(int value);        ///< the share that the parameter takes, or `none`
-    float pickedUp(int value, float now);
-    float scaled(int value, float now) const;
-    float stepped(int value, float now) const;
+    float shareOf(float value) const; ///< of the parameter, that a value of the controller means
+    float follow(float value);        ///< the share that the parameter takes, or `none`
+    float pickedUp(float value, float now);
+    float scaled(float value, float now) const;
+    float stepped(float value, float now) const;
 
-    float left = none; ///< the share that it was given last; graph holder
+    bool fresh = false; ///< it has just learned; graph holder
+    float left = none;  ///< the share that it was given last; graph holder
 };
 
 /// A list of maps, one of which is in force: the host's `curMap`.

@@ -40,7 +40,7 @@ constexpr float activityFall = 0.33f;
 
 CQV::CQV()
     : CComp(this), Transport(this), UndoHost(this), SamplePool(this),
-      values(std::make_unique<ValueDoor>(this)), deviceMidi(std::make_unique<DeviceMidi>()),
+      values(std::make_unique<ValueDoor>(this)), deviceMidi(std::make_unique<DeviceMidi>(this)),
       clock(std::make_unique<SongClock>()), plans(std::make_unique<GraphPlans>(this)),
       workers(std::make_unique<GraphWorkers>(this)) {
     type = compQV;

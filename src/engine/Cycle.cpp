@@ -68,9 +68,9 @@ bool offline() {
 void receive(CMIDIIn* c, const DeviceBlock& block) {
     CMIDIQ* port = c->outPort();
     if (!port) return;
-    const int device = c->device;
+    const int device = c->device, reserved = qv->deviceMidi->controlIn;
     for (const AamEvent& e : block.in) {
-        if (device != -1 && e.device != device) continue;
+        if (isClockMessage(e.data) || (reserved >= 0 && e.device == reserved) || (device != -1 && e.device != device)) continue;
         const int frame = std::clamp(e.frame, 0, block.whole - 1) - block.from;
         if (frame < 0 || frame >= block.frames) continue;
         port->insert(frame, e.data, eventMidi, 0.0f, 0, nullptr, nullptr);
@@ -149,16 +149,49 @@ int mostOfPart() {
     return countIn > 0 ? std::min(room, countIn) : room;
 }
 
+/// Hands in the clock of another machine where the part begins. Frames to its next message, at
+/// which a part ends: most of a block without one.
+int followClock(const DeviceBlock& block) {
+    MidiClockIn& clock = qv->deviceMidi->clockIn;
+    int next = block.whole;
+    if (clock.device == noClockDevice) return next;
+    for (const AamEvent& e : block.in) {
+        const int frame = std::clamp(e.frame, 0, block.whole - 1);
+        if (!clock.follows(e) || frame < block.from) continue;
+        if (frame == block.from)
+            clock.take(e.data);
+        else
+            next = std::min(next, frame);
+    }
+    return next - block.from;
+}
+
+double songPosition() {
+    CComp* song = qv->getMasterSeq();
+    return song ? song->getPos() : double(qv->pos);
+}
+
+/// The clock for others, of the part that was worked out; `ticks` is where it began.
+void sendClock(DeviceBlock& block, double ticks) {
+    const MidiClockOut::Part part{qv->playing != 0, ticks, qv->ticksPerFrame(), block.from,
+                                  block.frames};
+    block.sent += qv->deviceMidi->clockOut.write(part, block.room.subspan(block.sent));
+}
+
 /// Works out the next part of a block; false when the graph went to an operation that leaves
 /// nothing of what sounds.
 bool runPart(DeviceBlock& block) {
     qv->serveTransport();
-    block.frames = std::min(block.whole - block.from, mostOfPart());
+    const int untilClock = followClock(block);
+    block.frames = std::min({block.whole - block.from, mostOfPart(), untilClock});
     qv->prepare(block.frames);
     receiveAll(block);
+    const double began = songPosition();
     qv->process(block.frames);
     if (offline()) return false;
     sendAll(block);
+    sendClock(block, began);
+    qv->deviceMidi->clockIn.advance(block.frames);
     block.from += block.frames;
     return true;
 }

@@ -25,8 +25,14 @@ void DeviceMidi::keep(std::span<const AamEvent> in) {
 
 std::span<const AamEvent> DeviceMidi::take(std::span<const AamEvent> in) {
     const std::span<const AamEvent> all = withKept(in);
-    if (copies)
-        for (const AamEvent& e : all) copied.push(e.data);
+    const int reserved = controlIn;
+    for (const AamEvent& e : all) {
+        if (isClockMessage(e.data)) continue;
+        if (reserved >= 0 && e.device == reserved)
+            control.push(e);
+        else if (copies)
+            copied.push(e.data);
+    }
     return all;
 }
 

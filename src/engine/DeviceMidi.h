@@ -2,6 +2,8 @@
 
 #include "base/Atomic.h"
 #include "base/Ring.h"
+#include "engine/ControlSource.h"
+#include "engine/MidiClock.h"
 
 #include "driver/libaam.h"
 
@@ -21,10 +23,19 @@ public:
     Ring<int, 1024> copied;
     Shared<bool> copies{false};
 
+    /// The ports of a control surface, -1 none: what comes from there reaches no instrument, but
+    /// waits here. What there is no room for is lost.
+    Shared<int> controlIn{-1}, controlOut{-1};
+    Ring<AamEvent, 1024> control;
+
     /// Messages of the interface thread that go out with the next block; `frame` is 0.
     Ring<AamEvent, 256> outside;
 
-    DeviceMidi() : kept(aamMaxEvents) {}
+    ControlReader controls; ///< of what comes to the maps; graph holder
+    MidiClockOut clockOut;
+    MidiClockIn clockIn;
+
+    explicit DeviceMidi(CQV* root) : clockIn(root), kept(aamMaxEvents) {}
 
     /// Keeps the messages of a block that cannot run for the start of the next one that does. Those
     /// that there is no room for are lost.

@@ -4,6 +4,7 @@
 #include "engine/CMap.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
+#include "engine/ControlSource.h"
 #include "engine/MidiRouting.h"
 
 #include <utility>
@@ -21,9 +22,14 @@ constexpr StoredValue::Kind kindOf(const char* name) {
             },
             [](CObject* object, int, const StoredValue::Numbers& to) {
                 auto* map = static_cast<CMap*>(object);
-                map->*field = asMinMax(int(to[0]), 0, field == &CMap::mode ? mapModes - 1 : 127);
+                const int most = field == &CMap::mode ? mapModes - 1
+                                 : field == &CMap::cc ? mostSource
+                                                      : 127;
+                const int wanted = asMinMax(int(to[0]), 0, most);
+                const bool between = wanted > lastFineSource && wanted < firstNrpnSource;
+                map->*field = field == &CMap::cc && between ? lastFineSource : wanted;
                 map->learning = false;
-                map->lastValue = -1;
+                map->lastValue = -1.0f;
             }};
 }
 

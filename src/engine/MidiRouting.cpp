@@ -4,6 +4,8 @@
 #include "engine/CMap.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
+#include "engine/ControlSource.h"
+#include "engine/DeviceMidi.h"
 #include "engine/MidiBytes.h"
 
 #include <cassert>
@@ -60,24 +62,29 @@ void CQV::handleMIDIIn() {
         for (CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
             if (e->kind == eventMidi && statusByte(e->data) == midiProgram)
                 requestedProgram = asByte1(e->data);
-            if (!isController(e)) continue;
-            lastCC = e->data;
-            TransportBindings(this, e).serve();
-            serveMaps(e);
+            if (isController(e)) {
+                lastCC = e->data;
+                TransportBindings(this, e).serve();
+            }
+            if (e->kind == eventMidi) serveMaps(e);
         }
     }
 }
 
 void CQV::serveMaps(CMIDIBytes* e) {
     CMapProg* program = currentMaps(this);
+    ControlMove moves[ControlReader::most];
+    const int count = deviceMidi->controls.read(e->data, moves);
     if (!program) return;
     for (CMap* map : program->items) {
-        map->learn(e);
+        for (int i = 0; i < count; i++) map->learn(moves[i]);
         if (!map->target) continue;
-        if (map->cc != asByte1(e->data)) continue;
-        if (CMIDIQ* queue = queueOfTarget(map->target)) map->serve(queue, e);
-        setModified(); // a controller in the user's hands, unlike those that a song plays
-        e->kind = eventConsumed;
+        for (int i = 0; i < count; i++) {
+            if (map->cc != moves[i].source) continue;
+            if (CMIDIQ* queue = queueOfTarget(map->target)) map->serve(queue, moves[i], e->time);
+            setModified(); // a controller in the user's hands, unlike those that a song plays
+            e->kind = eventConsumed;
+        }
     }
 }
 
@@ -88,12 +95,13 @@ bool CQV::midiMapped(CComp* c, CMIDIQ* queue, CMIDIBytes* e) {
     bool consumed = false;
     for (CMap* map : program->items) {
         if (!map->target || (map->target != c && map->comp != c)) continue;
-        if (map->learn(e)) {
+        const ControlMove move{asByte1(e->data), float(asByte2(e->data))};
+        if (map->learn(move)) {
             consumed = true;
             setModified();
         }
-        if (!queue || map->cc != asByte1(e->data)) continue;
-        map->serve(queue, e);
+        if (!queue || map->cc != move.source) continue;
+        map->serve(queue, move, e->time);
         consumed = true;
     }
     return consumed;

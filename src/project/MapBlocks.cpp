@@ -3,6 +3,7 @@
 #include "base/CStream.h"
 #include "engine/CMap.h"
 #include "engine/CQV.h"
+#include "engine/ControlSource.h"
 #include "project/ItemView.h"
 
 #include <memory>
@@ -101,7 +102,7 @@ bool within(int v, int low, int high) {
 }
 
 bool hasLegalValues(const CMap& map) {
-    return within(map.ch, 0, highestChannel) && within(map.cc, 0, highestController) &&
+    return within(map.ch, 0, highestChannel) && within(map.cc, 0, mostSource) &&
            within(map.min, 0, highestController) && within(map.max, 0, highestController) &&
            map.param >= paramWet;
 }

@@ -102,6 +102,7 @@ bool ProgramRun::open() {
     bridge->windowHandle = window->handle;
     openAudio(ini, bridge.get());
     enableMidi(ini, bridge.get());
+    chooseMidiRoles(ini, qv);
     qv->aamChanged(nullptr);
     return true;
 }

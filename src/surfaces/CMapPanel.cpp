@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/CMap.h"
 #include "engine/CQV.h"
+#include "engine/ControlSource.h"
 #include "engine/MapEdits.h"
 #include "engine/StoredValue.h"
 #include "engine/ValueDoor.h"
@@ -22,6 +23,13 @@ constexpr const char* modeNames[mapModes] = {"Jump", "Pickup", "Scale", "Relativ
 constexpr const char* modeHints =
     "Jump: it takes each value. Pickup: it waits until the controller is where it is. Scale: it "
     "comes nearer at each turn. Relative: for knobs without an end";
+
+/// Shows what a device sends in words.
+class CSourceValue : public CValue {
+public:
+    using CValue::CValue;
+    CStr getText() const override { return controlSourceText(value); }
+};
 
 /// What an object is called in front of its parameters.
 CStr ownerText(const CMap* map) {
@@ -48,7 +56,9 @@ CStr mapTargetText(const CMap* map) {
 CMapPanel::CMapPanel(CWin* owner, CQV* root, CMap* of, int t, int w,
                      std::function<void(const CStr&)> told)
     : CGroup(owner, "map", 0, t, w, rowHeight), host(root), map(of), tell(std::move(told)),
-      controller(addValue("cc", "Controller number", "Controller", &CMapPanel::ccChanged)),
+      controller(addValue(new CSourceValue(owner, "cc", 0, 0, numberWide, fieldHeight),
+                          "Controller number, key, pressure, bend, or what else Learn finds",
+                          "Controller", &CMapPanel::ccChanged)),
       low(addValue("min", "Range: where the parameter is with the controller at its lowest", "Min",
                    &CMapPanel::minChanged)),
       high(addValue("max", "Range: where the parameter is with the controller at its highest",
@@ -64,6 +74,7 @@ CMapPanel::CMapPanel(CWin* owner, CQV* root, CMap* of, int t, int w,
     addControl(mode);
     learn->hint = "The next controller that moves leads here";
     del->hint = "Delete";
+    controller->max = mostSource;
     wire(learn->onChange, new _COnChange<CMapPanel>(this, &CMapPanel::learnClicked));
     wire(del->onChange, new _COnChange<CMapPanel>(this, &CMapPanel::deleteMapClicked));
     for (CButton* button : {learn, del}) {
@@ -76,7 +87,11 @@ CMapPanel::CMapPanel(CWin* owner, CQV* root, CMap* of, int t, int w,
 
 CValue* CMapPanel::addValue(const char* key, const char* told, const char* spoken,
                             void (CMapPanel::*changed)(CObject*)) {
-    auto* value = new CValue(win, key, 0, 0, numberWide, fieldHeight);
+    return addValue(new CValue(win, key, 0, 0, numberWide, fieldHeight), told, spoken, changed);
+}
+
+CValue* CMapPanel::addValue(CValue* value, const char* told, const char* spoken,
+                            void (CMapPanel::*changed)(CObject*)) {
     value->max = highest;
     value->hint = told;
     value->spokenName = spoken;
@@ -161,7 +176,8 @@ void CMapPanel::modeChanged(CObject*) {
 
 void CMapPanel::learnClicked(CObject*) {
     map->learning = !map->learning;
-    if (map->learning) tell("Move a controller of a MIDI device: it leads here from then on");
+    if (map->learning)
+        tell("Move a controller of a MIDI device, or press a key: it leads here from then on");
     refresh();
 }
 

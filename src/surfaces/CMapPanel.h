@@ -38,6 +38,8 @@ public:
 private:
     CValue* addValue(const char* key, const char* told, const char* spoken,
                      void (CMapPanel::*changed)(CObject*));
+    CValue* addValue(CValue* value, const char* told, const char* spoken,
+                     void (CMapPanel::*changed)(CObject*));
     void ccChanged(CObject* sender);
     void minChanged(CObject* sender);
     void maxChanged(CObject* sender);

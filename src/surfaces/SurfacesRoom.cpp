@@ -4,8 +4,10 @@
 #include "base/Paths.h"
 #include "engine/CAAM.h"
 #include "engine/CQV.h"
+#include "engine/DeviceMidi.h"
 #include "surfaces/CConfigWin.h"
 #include "surfaces/CMIDIMapWin.h"
+#include "surfaces/Mackie.h"
 #include "surfaces/SurfaceTarget.h"
 #include "ui/Commands.h"
 #include "ui/EditorTable.h"
@@ -61,7 +63,27 @@ void SurfacesRoom::findFeedback() {
 void SurfacesRoom::idle() {
     if (!feedbackName.empty()) findFeedback();
     surface.idle();
+    serveControl();
     if (window && window->visible) window->idle();
+}
+
+/// The surface with a protocol of its own, on the ports that the setup tells.
+void SurfacesRoom::serveControl() {
+    CQV* host = workspace.host();
+    DeviceMidi& midi = *host->deviceMidi;
+    if (midi.controlIn < 0 || !host->aam) return control.reset();
+    if (!control)
+        control = std::make_unique<Mackie>(
+            host,
+            [&midi](int message) {
+                if (midi.controlOut >= 0)
+                    midi.outside.push({message, int8_t(int(midi.controlOut)), {}, 0});
+            },
+            [&midi, host](const std::vector<unsigned char>& bytes) {
+                if (midi.controlOut >= 0) host->aam->sendExclusive(midi.controlOut, bytes);
+            });
+    for (AamEvent event{}; midi.control.pop(event);) control->receive(event.data);
+    control->idle();
 }
 
 /// What is in no file yet is kept beside the settings.

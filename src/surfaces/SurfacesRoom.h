@@ -7,6 +7,7 @@
 
 class CComp;
 class CConfigWin;
+class Mackie;
 class EditorTable;
 class Workspace;
 
@@ -34,5 +35,7 @@ private:
 
     Workspace& workspace;
     CStr feedbackName; ///< of the output to be found; empty when it has been, or there is none
+    void serveControl();
+    std::unique_ptr<Mackie> control;    ///< while a port is chosen for it
     std::unique_ptr<CConfigWin> window; ///< null until it shows first
 };

@@ -4,6 +4,8 @@
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "engine/CAAM.h"
+#include "engine/CQV.h"
+#include "engine/DeviceMidi.h"
 
 #include <algorithm>
 #include <vector>
@@ -174,4 +176,60 @@ void savePorts(CAAM* bridge, const PortKind& kind) {
 CStr missingDevice(CIniFile& ini, CAAM* bridge) {
     const CStr name = ini.readString(audio, deviceNameKey, "");
     return chosenDevice(ini, bridge) == noDevice ? name : CStr();
+}
+
+namespace {
+
+constexpr const char *clockSection = "MIDI clock", *controlSection = "control surface";
+constexpr const char* allPorts = "*";
+
+/// The place of a port by name.
+int portOf(CAAM* bridge, const PortKind& kind, const CStr& name) {
+    if (name == allPorts) return anyClockDevice;
+    for (int i = 0; !name.empty() && i < kind.count(bridge); i++)
+        if ((bridge->*kind.name)(i) == name) return i;
+    return noClockDevice;
+}
+
+void saveRole(CAAM* bridge, const PortKind& kind, const char* section, const char* key,
+              int device) {
+    const CStr name = device == anyClockDevice ? CStr(allPorts)
+                      : device >= 0            ? (bridge->*kind.name)(device)
+                                               : CStr();
+    CIniFile(inifile).writeString(section, key, name);
+}
+
+} // namespace
+
+void chooseMidiRoles(CIniFile& ini, CQV* host) {
+    DeviceMidi& midi = *host->deviceMidi;
+    midi.clockOut.device = portOf(host->aam, midiOutputs, ini.readString(clockSection, "to", ""));
+    midi.clockIn.device = portOf(host->aam, midiInputs, ini.readString(clockSection, "from", ""));
+    host->sync = midi.clockIn.device != noClockDevice;
+    const auto control = [&](const PortKind& kind, const char* key) {
+        return std::max(portOf(host->aam, kind, ini.readString(controlSection, key, "")), -1);
+    };
+    midi.controlIn = control(midiInputs, "from");
+    midi.controlOut = control(midiOutputs, "to");
+}
+
+void saveControlIn(CQV* host, int device) {
+    host->deviceMidi->controlIn = device;
+    saveRole(host->aam, midiInputs, controlSection, "from", device < 0 ? noClockDevice : device);
+}
+
+void saveControlOut(CQV* host, int device) {
+    host->deviceMidi->controlOut = device;
+    saveRole(host->aam, midiOutputs, controlSection, "to", device < 0 ? noClockDevice : device);
+}
+
+void saveClockOut(CQV* host, int device) {
+    host->deviceMidi->clockOut.device = device;
+    saveRole(host->aam, midiOutputs, clockSection, "to", device);
+}
+
+void saveClockIn(CQV* host, int device) {
+    host->deviceMidi->clockIn.device = device;
+    host->sync = device != noClockDevice;
+    saveRole(host->aam, midiInputs, clockSection, "from", device);
 }

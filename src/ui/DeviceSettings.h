@@ -4,6 +4,7 @@
 
 class CAAM;
 class CIniFile;
+class CQV;
 
 // The devices as the settings tell, and back. A device and a MIDI port are kept by index and by
 // name: where both tell something else, since the list has changed, the name holds.
@@ -27,6 +28,18 @@ extern const PortKind audioInputs, audioOutputs, midiInputs, midiOutputs;
 void openAudio(CIniFile& ini, CAAM* bridge);
 /// Enables the ports of the sections "MIDI inputs" and "MIDI outputs".
 void enableMidi(CIniFile& ini, CAAM* bridge);
+
+/// The ports that MIDI clock goes to and comes from (engine/MidiClock.h), and those of a control
+/// surface, all kept by name; a port that is not there now stays in the settings, and counts as
+/// none.
+void chooseMidiRoles(CIniFile& ini, CQV* host);
+void saveClockOut(CQV* host, int device);
+/// The song follows the clock as long as there is a port.
+void saveClockIn(CQV* host, int device);
+
+/// The ports of a control surface, -1 none (DeviceMidi::controlIn), in the same way.
+void saveControlIn(CQV* host, int device);
+void saveControlOut(CQV* host, int device);
 
 /// Keeps the device that is chosen, -1 for none.
 void saveDevice(CAAM* bridge);

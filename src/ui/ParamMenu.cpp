@@ -1,6 +1,7 @@
 #include "ui/ParamMenu.h"
 
 #include "base/Numbers.h"
+#include "engine/ControlSource.h"
 #include "engine/CQV.h"
 #include "engine/Macros.h"
 #include "engine/MapEdits.h"
@@ -27,7 +28,7 @@ void addLearning(CPopup* popup, Workspace& workspace, const ParamOf& param, cons
         workspace.setStatus("Move a controller of a MIDI device: it turns this from then on");
     });
     learn->checked = awaited;
-    const CStr which = known.number >= 0 ? " " + asStr(known.number) : CStr();
+    const CStr which = known.number >= 0 ? " " + controlSourceText(known.number) : CStr();
     CMenuItem* forget =
         addDeed(popup, "Forget controller" + which, [host, now] { forgetController(host, now); });
     forget->enabled = awaited || known.number >= 0;

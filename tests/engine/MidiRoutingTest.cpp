@@ -1,5 +1,6 @@
 #include "engine/CFileMapperBase.h"
 #include "engine/CMap.h"
+#include "engine/ControlSource.h"
 #include "engine/MidiBytes.h"
 #include "engine/SeqStub.h"
 #include "engine/StripFixture.h"
@@ -243,4 +244,73 @@ TEST(MidiRouting, LearningMakesOneMapForEachParameter) {
     t.host->curMap = 5;
     t.host->addMap(t.target, 99, 0.5f);
     EXPECT_EQ(t.maps().getCount(), count) << "no program, no map";
+}
+
+/// Maps learn and follow keys, pressure, bends, fine pairs and chosen numbers, each by all its
+/// bits; the values of one source move no other.
+TEST(MidiRouting, MapsFollowAnySource) {
+    const auto cc = [](int ch, int number, int value) {
+        return asData(midiController | ch, number, value);
+    };
+    const struct {
+        const char* name;
+        std::vector<int> learns, moves;
+        int source;
+        double share;
+    } cases[] = {
+        {"1", {cc(0, 1, 9)}, {cc(3, 1, 127)}, 1, 1.0},
+        {"Key 60", {asData(midiNoteOn, 60, 1)}, {asData(midiNoteOn | 2, 60, 127)}, 188, 1.0},
+        {"Key 61", {asData(midiNoteOn, 61, 1)}, {asData(midiNoteOff, 61, 64)}, 189, 0.0},
+        {"Press.", {asData(midiPressure, 5, 0)}, {asData(midiPressure, 127, 0)}, 256, 1.0},
+        {"Bend",
+         {asData(midiPitchBend, 1, 10)},
+         {asData(midiPitchBend, 1, 64)},
+         257,
+         8193.0 / 16383},
+        {"7+39",
+         {cc(1, 7, 3), cc(1, 39, 1)},
+         {cc(1, 7, 64), cc(0, 39, 5), cc(1, 39, 1)},
+         265,
+         8193.0 / 16383},
+        {"N300",
+         {cc(0, 99, 2), cc(0, 98, 44), cc(0, 6, 1)},
+         {cc(1, 99, 2), cc(1, 98, 44), cc(1, 6, 64), cc(1, 38, 2)},
+         firstNrpnSource + 300,
+         8194.0 / 16383},
+    };
+    for (const auto& c : cases) {
+        Fixture t;
+        CMap* map = t.addMap(t.target, 50);
+        CMap* other = t.addMap(t.target, 51, 6);
+        map->learning = true;
+        for (const int message : c.learns) t.send(message);
+        t.run();
+        EXPECT_EQ(map->cc, c.source) << c.name;
+        EXPECT_EQ(std::string(controlSourceText(map->cc).asChar()), c.name);
+        double share = -1.0;
+        for (const int message : c.moves) {
+            t.send(message);
+            t.run();
+            for (const CMIDIBytes* e = t.target->inPort()->first(); e; e = e->next)
+                if (e->kind == eventParam) share = double(e->value);
+        }
+        EXPECT_NEAR(share, c.share, 1e-6) << c.name;
+        EXPECT_EQ(other->lastValue, -1.0f);
+    }
+}
+
+/// Numbers are chosen by controllers that a map must not learn by themselves.
+TEST(MidiRouting, LearnsTheNumberAndNotItsChoice) {
+    Fixture t;
+    CMap* map = t.addMap(t.target, 50);
+    map->learning = true;
+    for (const auto& [number, value] : Rows<int, int>{{99, 2}, {98, 44}}) t.turn(number, value);
+    EXPECT_TRUE(map->learning);
+    t.turn(6, 10);
+    EXPECT_EQ(map->cc, firstNrpnSource + 300);
+    map->learning = true;
+    t.turn(7, 1);
+    t.turn(9, 1);
+    t.turn(39, 1);
+    EXPECT_EQ(map->cc, 7) << "others came between";
 }

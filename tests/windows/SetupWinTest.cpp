@@ -5,6 +5,7 @@
 #include "engine/CAAM.h"
 #include "engine/Cycle.h"
 #include "engine/DeviceComps.h"
+#include "engine/DeviceMidi.h"
 #include "engine/plan/GraphWorkers.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CDocker.h"
@@ -318,6 +319,13 @@ TEST_F(SetupWinTest, PortsAreFoundByTheirNames) {
     ASSERT_EQ(bridge->midiInName(0), "JACK MIDI in");
     EXPECT_TRUE(bridge->midiInEnabled(0));
     openPage("MIDI");
+    choose("clock-in", 2); // behind nobody and all
+    choose("clock-out", 1);
+    EXPECT_EQ(setting("MIDI clock", "from") + setting("MIDI clock", "to"), "JACK MIDI in*");
+    EXPECT_TRUE(qv->deviceMidi->clockIn.device == 0 && qv->sync == 1);
+    EXPECT_EQ(qv->deviceMidi->clockOut.device, anyClockDevice);
+    choose("clock-in", 0);
+    EXPECT_EQ(qv->sync, 0);
     clickRow("midi-inputs", 0);
     EXPECT_FALSE(bridge->midiInEnabled(0));
     const int ports = bridge->numMidiIns;
