@@ -114,7 +114,7 @@ const char* usage() {
            "[--length TICKS] [--tail SECONDS|auto] [--mono] [--bitrate N] [--tracks] [--stats] "
            "[--save "
            "FILE.qv] "
-           "INPUT.qv|INPUT.mid|--demo [OUTPUT.wav|.aif|.mp3|.mid]";
+           "INPUT.qv|INPUT.mid|--demo|--waltz [OUTPUT.wav|.aif|.mp3|.mid]";
 }
 
 bool parseOptions(int argc, char** argv, RenderOptions& options, CStr& error) {
@@ -138,6 +138,8 @@ bool parseOptions(int argc, char** argv, RenderOptions& options, CStr& error) {
             options.stats = true;
         } else if (std::strcmp(word, "--demo") == 0) {
             options.demo = true;
+        } else if (std::strcmp(word, "--waltz") == 0) {
+            options.demo = options.waltz = true;
         } else if (word[0] == '-' || !takeName(word, options)) {
             error = word[0] == '-' ? CStr("unknown option ") + word : CStr(usage());
             return false;

@@ -16,6 +16,7 @@ struct RenderOptions {
     int tailMs = 0;       ///< after the end, or `tailAuto`
     bool stats = false;
     bool demo = false;
+    bool waltz = false;  ///< the second demo song, with `demo`
     bool tracks = false; ///< a file for each track; `output` is a folder
     // Full paths.
     CStr input, output; ///< `output` may be empty where there is something to save

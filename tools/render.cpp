@@ -4,6 +4,7 @@
 #include "base/Paths.h"
 #include "base/Process.h"
 #include "data/demosong/DemoSong.h"
+#include "data/demosong/WaltzSong.h"
 #include "engine/CMixer.h"
 #include "engine/CQV.h"
 #include "engine/plan/GraphWorkers.h"
@@ -115,7 +116,7 @@ CStr openProjectFile(const Project& project, const CStr& path) {
 
 CStr openSong(const Project& project, const RenderOptions& options) {
     if (options.demo) {
-        buildDemoSong(project.host);
+        (options.waltz ? buildWaltzSong : buildDemoSong)(project.host);
         return "";
     }
     const bool midi = extractFileExt(options.input).lowerCase() != ".qv";

@@ -3,6 +3,6 @@
 class CQV;
 class CSeq;
 
-/// Builds the demo song in the host's empty project: a sequencer with seven tracks, their
-/// instruments, automation and markers. About two minutes. Interface thread.
+/// Builds the demo song in the host's empty project: a sequencer with ten tracks, their
+/// instruments, two of sound, a group, automation, sections. About two minutes. Interface thread.
 CSeq* buildDemoSong(CQV* host);

@@ -3,6 +3,8 @@
 #include "common/fx/CCompressor.h"
 #include "common/fx/CEQ.h"
 #include "data/demosong/Score.h"
+#include "data/presets/PartText.h"
+#include "data/presets/TrackPresets.h"
 #include "effects/CEffect.h"
 #include "effects/Inserts.h"
 #include "engine/CQV.h"
@@ -10,10 +12,12 @@
 #include "instruments/CSampler.h"
 #include "project/SongSends.h"
 #include "project/SongSounds.h"
+#include "sequencer/edit/StripEdits.h"
 #include "sequencer/song/CSeq.h"
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 namespace {
 
@@ -22,6 +26,7 @@ enum Program : int {
     programBass = 1,
     programPads = 3,
     programPluck = 6,
+    programGuitar = 13,
     programLead = 15,
     programHarmony = 27,
 };
@@ -30,9 +35,12 @@ constexpr int paramVolume = 0;
 constexpr int paramPan = 1;
 constexpr int brightness = 74; ///< the MIDI controller of that name
 
-void setChannel(COutputChannel* strip, float fader) {
-    strip->vol = fader;
-    strip->setVol(fader, false);
+void cutLows(COutputChannel* strip, float hz, float db) {
+    constexpr int lowBand = 3;
+    CEQ* low = strip->eq[lowBand];
+    low->setFrequency(hz);
+    low->setGain(db);
+    low->active = 1;
 }
 
 struct Squeeze {
@@ -66,15 +74,23 @@ DemoSounds::DemoSounds(SongBuilder& builder) : song(builder) {
     pluck = song.track("Pluck");
     lead = song.track("Lead");
     harmony = song.track("Harmony");
+    guitar = song.track("Guitar");
+    beat = song.audioTrack("Beat");
+    voices = song.audioTrack("Voices");
+    beatLoop = loop("Funky break");
+    voiceLoop = loop("Chopped chords");
 
     players[0] = addSynthDrums(song.seq, drums);
-    setStrip(players[0], 0.72f, 0.0f);
+    setStrip(players[0], 0.9f, 0.0f);
     players[1] = instrument(bass, programBass, 1.0f, 0.0f);
     players[2] = instrument(pad, programPads, 1.0f, 0.0f);
     players[3] = instrument(pluck, programPluck, 1.0f, 0.0f);
     players[4] = instrument(lead, programLead, 0.96f, 0.06f);
     players[5] = instrument(harmony, programHarmony, 0.95f, -0.12f);
+    players[6] = instrument(guitar, programGuitar, 0.8f, -0.25f);
+    presets::giveArpeggio(pluck, "There and back, short");
     mix();
+    group();
 
     padCutoff = brightnessLane(pad, players[2]);
     padVolume = channelLane(pad, players[2], "Volume", paramVolume);
@@ -85,28 +101,46 @@ DemoSounds::DemoSounds(SongBuilder& builder) : song(builder) {
 /// A hall that all share, room for the bass below the chords, and a master that holds the beat
 /// and the rest together.
 void DemoSounds::mix() {
-    constexpr float rooms[] = {0.12f, 0.0f, 0.4f, 0.3f, 0.35f, 0.4f};
+    constexpr float rooms[] = {0.12f, 0.0f, 0.4f, 0.3f, 0.35f, 0.4f, 0.15f};
     SongSends sends(song.host, nullptr);
     for (size_t i = 0; i < std::size(players); i++) sends.send(players[i], rooms[i], 0.0f);
     sends.settle();
 
     const GraphHold hold(song.host);
-    constexpr int lowBand = 3, highBand = 0;
-    for (CSampler* chords : {players[2], players[5]}) {
-        CEQ* low = chords->output()->eq[lowBand];
-        low->setFrequency(180.0f);
-        low->setGain(-5.0f);
-        low->active = 1;
-    }
+    constexpr int highBand = 0;
+    for (CSampler* chords : {players[2], players[5]}) cutLows(chords->output(), 180.0f, -5.0f);
     CEQ* air = players[2]->output()->eq[highBand];
     air->setFrequency(9000.0f);
     air->setGain(3.0f);
     air->active = 1;
 
-    players[1]->output()->trim = 0.4f; // 4.8 dB
-    setChannel(kit->output(), 0.52f);
-    compress(kit->output(), {-32.0f, 0.3f, 1.0f, 90.0f, 7.0f});
-    compress(song.host->getAudioOut()->output(), {-20.0f, 0.45f, 1.0f, 140.0f, 5.1f});
+    // The trim is a power of 4.
+    players[1]->output()->trim = 0.25f;
+    players[3]->output()->trim = 0.25f;
+    presets::setLevel(kit->output(), 0.78f, 0.0f);
+    compress(kit->output(), {-20.0f, 0.4f, 8.0f, 90.0f, 3.0f});
+    presets::setLevel(beat->output(), 0.78f, 0.0f);
+    presets::setLevel(voices->output(), 0.85f, 0.0f);
+    cutLows(beat->output(), 350.0f, -14.0f);
+    cutLows(voices->output(), 250.0f, -8.0f);
+    presets::addRack(players[6]->output(), "Crunch rhythm");
+    compress(song.host->getAudioOut()->output(), {-18.0f, 0.5f, 4.0f, 140.0f, 2.0f});
+    compress(song.host->getAudioOut()->output(), {-9.0f, 0.05f, 1.0f, 60.0f, 0.0f});
+}
+
+/// What drums and beat have in common.
+void DemoSounds::group() {
+    CComp* drumGroup =
+        groupStrips(song.host, {kit->output(), players[0]->output(), beat->output()});
+    drumGroup->setId("Drums");
+    const GraphHold hold(song.host);
+    compress(drumGroup->output(), {-18.0f, 0.5f, 12.0f, 120.0f, 1.5f});
+}
+
+CSample* DemoSounds::loop(const char* name) {
+    for (const presets::SoundLoop& of : presets::soundLoops())
+        if (std::string_view(of.name) == name) return presets::poolSample(song.host, of);
+    return nullptr;
 }
 
 CSampler* DemoSounds::instrument(CTrack* track, int program, float volume, float pan) {

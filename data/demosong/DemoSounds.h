@@ -2,6 +2,7 @@
 
 #include "data/demosong/SongBuilder.h"
 
+class CSample;
 class CSampler;
 
 /// The sound of the kit that plays a key of `DrumKey`, -1 where it has none.
@@ -31,14 +32,21 @@ public:
     CTrack* pluck;
     CTrack* lead;
     CTrack* harmony;
+    CTrack* guitar;
+    CTrack* beat; ///< an audio track, as the next
+    CTrack* voices;
+    CSample *beatLoop, *voiceLoop; ///< two bars and four, of the pool
     DemoLane padCutoff, padVolume, pluckCutoff, pluckPan;
 
 private:
     void mix();
+    void group();
     CSampler* instrument(CTrack* track, int program, float volume, float pan);
     DemoLane channelLane(CTrack* track, CSampler* source, const char* name, int param);
     DemoLane brightnessLane(CTrack* track, CSampler* source);
 
     SongBuilder& song;
-    CSampler* players[6] = {}; ///< in the order of the tracks, drums first
+    CSample* loop(const char* name);
+
+    CSampler* players[7] = {}; ///< in the order of the tracks, drums first
 };

@@ -1,7 +1,8 @@
 #pragma once
 
-/// The music of the demo song, apart from how it is built: 4/4 at 116, in A minor. A step is a
-/// sixteenth note; sections are counted in bars of sixteen steps.
+/// The music of the demo song, apart from how it is built: 4/4 at 116, in A minor, with one bar of
+/// 2/4 to take breath in. A step is a sixteenth note; sections are counted in bars of sixteen
+/// steps.
 
 constexpr float demoBpm = 116.0f;
 constexpr int demoStepTicks = 240;
@@ -36,9 +37,10 @@ constexpr ScoreChord chorusChords[] = {
     {36, {55, 60, 64, 67, 72}}, {28, {56, 59, 62, 64, 71}},
 };
 
-/// Root movement within a bar: step, length, and octaves above the root.
+/// Root movement within a bar: step, length, octaves above the root, and semitones above that.
 struct BassStep {
     int step, length, octave, velocity;
+    int above = 0;
 };
 
 constexpr BassStep bassVerse[] = {
@@ -50,10 +52,22 @@ constexpr BassStep bassChorus[] = {
     {10, 1, 1, 76}, {11, 2, 0, 100}, {14, 1, 1, 102}, {15, 1, 1, 80},
 };
 
-/// Which voice of the chord the arpeggio takes on each step, and how hard.
-constexpr int arpVoice[stepsPerBar] = {0, 2, 4, 3, 1, 3, 4, 2, 0, 3, 4, 2, 1, 4, 3, 2};
-constexpr int arpVelocity[stepsPerBar] = {100, 62, 78, 66, 92, 60, 84, 64,
-                                          98,  62, 80, 66, 88, 70, 76, 60};
+/// The last bar of four: by the fifth to the next root.
+constexpr BassStep bassVerseTurn[] = {
+    {0, 3, 0, 112},    {3, 2, 0, 84},     {6, 2, 1, 96},      {8, 3, 0, 106},
+    {11, 1, 0, 82, 7}, {12, 2, 0, 98, 7}, {14, 2, 0, 102, 2},
+};
+
+constexpr BassStep bassChorusTurn[] = {
+    {0, 2, 0, 116}, {2, 1, 0, 72},  {3, 2, 1, 98},      {6, 2, 0, 104},      {8, 2, 0, 112},
+    {10, 1, 1, 76}, {11, 1, 0, 96}, {12, 2, 0, 104, 7}, {14, 1, 1, 100, -2}, {15, 1, 1, 84},
+};
+
+/// Steps of the guitar, which strikes root and fifth: short ones are damped.
+constexpr BassStep guitarChorus[] = {
+    {0, 3, 1, 104}, {3, 1, 1, 78},  {4, 1, 1, 70},  {6, 2, 1, 98},
+    {8, 3, 1, 102}, {11, 1, 1, 76}, {12, 1, 1, 70}, {14, 2, 1, 96},
+};
 
 // The first theme, eight bars over the verse.
 constexpr ScoreNote themeA[] = {
@@ -140,6 +154,13 @@ constexpr DrumLine drumChorusTurn[] = {
     {keyTomLow, "...............X"},
 };
 
+/// The first half of each is the bar of 2/4.
+constexpr DrumLine drumBreath[] = {
+    {keyKick, "X..x...........x"},    {keySnare, "..o.xxXX........"},
+    {keyTomHigh, "....x..........."}, {keyTomMid, "......x........."},
+    {keyTomLow, ".......x........"},
+};
+
 constexpr DrumLine drumBuild[] = {
     {keySnare, "o...o...o...o..."},
     {keySnare, "o...o...x...x..."},
@@ -156,7 +177,13 @@ enum Section : int {
     barBreak = 28,
     barBuild = 32,
     barChorus = 36,
-    barChorus2 = 44,
-    barOutro = 52,
-    barEnd = 58,
+    barTurn = 44, ///< half a bar
+    barChorus2 = 45,
+    barOutro = 53,
+    barEnd = 59,
 };
+
+/// Where a bar begins, in ticks.
+constexpr int songTick(int bar) {
+    return bar * demoBarTicks - (bar > barTurn ? demoBarTicks / 2 : 0);
+}

@@ -1,6 +1,7 @@
 #include "data/demosong/SongBuilder.h"
 
 #include "data/demosong/Score.h"
+#include "data/presets/PartText.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
 #include "project/SongSounds.h"
@@ -15,6 +16,7 @@ constexpr int noteGapTicks = 20;
 /// Pixels that show the whole song, in the smallest window too.
 constexpr int wholeWidth = 640;
 
+/// Of a place in a part.
 int ticksAt(int bar, int step = 0) {
     return bar * demoBarTicks + step * demoStepTicks;
 }
@@ -49,6 +51,10 @@ void PartBuilder::hit(int bar, int step, int sound, int velocity) {
     events.add(ticksAt(bar, step), event);
 }
 
+int PartBuilder::steps() const {
+    return part->length / demoStepTicks;
+}
+
 void PartBuilder::close() {
     if (!events.empty()) part->setEvents(events.takeList());
 }
@@ -81,17 +87,30 @@ CTrack* SongBuilder::drumTrack(const CStr& name) {
 CPart* SongBuilder::part(CTrack* track, int fromBar, int toBar) {
     CPart* made = track->kind == trackDrum ? static_cast<CPart*>(new CDrumPart) : new CMIDIPart;
     made->id = track->id;
-    made->pos = ticksAt(fromBar);
-    made->length = ticksAt(toBar - fromBar);
+    made->pos = songTick(fromBar);
+    made->length = songTick(toBar) - songTick(fromBar);
     songTrackOf(track)->addPart(made, nullptr);
     return made;
 }
 
-void SongBuilder::ghost(CTrack* track, PartBuilder& original, int atBar) {
-    original.close();
+CTrack* SongBuilder::audioTrack(const CStr& name) {
+    CTrack* made = seq->addTrack(trackAudio, seq->getProg(), nullptr)->track;
+    made->setId(name);
+    return made;
+}
+
+CPart* SongBuilder::clip(CTrack* track, CSample* sample, int fromBar, int toBar) {
+    CPart* made = presets::soundPart(sample, toBar - fromBar).release();
+    made->id = track->id;
+    made->pos = songTick(fromBar);
+    songTrackOf(track)->addPart(made, nullptr);
+    return made;
+}
+
+void SongBuilder::ghost(CTrack* track, CPart* original, int atBar) {
     CUndo* step = host->undoStart("Ghost", seq, {.song = true});
-    CPart* made = seq->makeGhost(original.getPart(), step);
-    made->pos = ticksAt(atBar);
+    CPart* made = seq->makeGhost(original, step);
+    made->pos = songTick(atBar);
     songTrackOf(track)->addPart(made, step);
     host->undoEnd(step, true);
 }
@@ -105,7 +124,7 @@ CSubTrack* SongBuilder::lane(CTrack* track, const CStr& name, CObject* object, i
 
 CPart* SongBuilder::partAt(CTrack* track, int bar) {
     for (CPart* p : each<CPart>(songTrackOf(track)->parts))
-        if (p->pos == ticksAt(bar)) return p;
+        if (p->pos == songTick(bar)) return p;
     return nullptr;
 }
 
@@ -122,16 +141,22 @@ void SongBuilder::curve(CTrack* track, CSubTrack* lane, int fromBar, int toBar,
 
 void SongBuilder::tempo(int bar, float bpm) {
     auto* point = new CTempoPart;
-    point->pos = ticksAt(bar);
+    point->pos = songTick(bar);
     point->setTempo(bpm);
     seq->getProg()->addTempo(point, nullptr);
+}
+
+void SongBuilder::signature(int bar, int beats, int unit) {
+    auto* point = new CTimesigPart(beats, unit);
+    point->pos = songTick(bar);
+    seq->getProg()->addTimesig(point, nullptr);
 }
 
 void SongBuilder::marker(int fromBar, int toBar, const CStr& name) {
     auto* made = new CMarkerPart;
     made->id = name;
-    made->pos = ticksAt(fromBar);
-    made->length = ticksAt(toBar - fromBar);
+    made->pos = songTick(fromBar);
+    made->length = songTick(toBar) - songTick(fromBar);
     seq->getProg()->addMarker(made, nullptr);
 }
 
@@ -140,9 +165,9 @@ CSeq* SongBuilder::finish(int endBar) {
     seq->orderParts(nullptr, nullptr, true);
     CSeqProg* prog = seq->getProg();
     prog->leftLocator = 0;
-    prog->rightLocator = ticksAt(endBar);
+    prog->rightLocator = songTick(endBar);
     prog->loop = 0;
-    seq->options.setZoom(float(wholeWidth) * quarterTicks / float(ticksAt(endBar)));
+    seq->options.setZoom(float(wholeWidth) * quarterTicks / float(songTick(endBar)));
     host->loop = 0;
     host->setTempo(demoBpm);
     host->undoClear();

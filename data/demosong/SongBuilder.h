@@ -7,6 +7,7 @@
 class CObject;
 class CPart;
 class CQV;
+class CSample;
 class CSeq;
 class CSongTrack;
 class CStr;
@@ -29,6 +30,7 @@ public:
     /// A hit of a sound of the kit in the part of a drum track; velocity as that of notes.
     void hit(int bar, int step, int sound, int velocity);
     CPart* getPart() const { return part; }
+    int steps() const; ///< sixteenths that the part lasts
     /// Hands the notes over now.
     void close();
 
@@ -56,7 +58,11 @@ public:
     /// A part of a track from bar to bar.
     CPart* part(CTrack* track, int fromBar, int toBar);
     /// A linked copy of a part, at another bar.
-    void ghost(CTrack* track, PartBuilder& original, int atBar);
+    void ghost(CTrack* track, CPart* original, int atBar);
+    /// A new audio track.
+    CTrack* audioTrack(const CStr& name);
+    /// A part of an audio track that stretches all of a sample to the bars there.
+    CPart* clip(CTrack* track, CSample* sample, int fromBar, int toBar);
     /// A lane of a track that moves parameter `param` of `object`.
     CSubTrack* lane(CTrack* track, const CStr& name, CObject* object, int param);
     /// Points of a lane, in the part of its track that starts at `fromBar`, which is made when
@@ -64,6 +70,7 @@ public:
     void curve(CTrack* track, CSubTrack* lane, int fromBar, int toBar,
                std::initializer_list<CurvePoint> points);
     void tempo(int bar, float bpm);
+    void signature(int bar, int beats, int unit);
     void marker(int fromBar, int toBar, const CStr& name);
     /// Puts everything in order and sets the locators around the song.
     CSeq* finish(int endBar);

@@ -93,13 +93,16 @@ void ArrangeMenus::fillTrack(CPopup* popup) {
     CPopup* kinds = popup->addSub("Add track");
     for (const auto& choice : trackChoices)
         addActionItem(kinds, workspace, choice.action, choice.text);
+    room.imports.fillNewTracks(kinds);
     addGroups(popup, {{"mute", "solo", "armtrack", "locktrack", "livetrack"},
                       {"muteall", "soloall"},
                       {"rename", "trackcolour", "foldtrack", "sumfolder"},
                       {"showtouched", "addpoint", "showtakes"},
-                      {"trackup", "trackdown", "duplicatetrack", "deletetrack"},
+                      {"trackup", "trackdown", "duplicatetrack", "deletetrack", "savetrack"},
                       {"opencomp", "trackarp"},
                       {"freeze", "bounce"}});
+    popup->addSeparator();
+    room.imports.fillForTrack(popup);
     popup->addSeparator();
     view.addTargets(popup);
     fillBounce(popup->addSub("Bounce range"));

@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr int ownTrack = -1; ///< no track there is takes it
+
 /// The kind of the track that takes a file; 0 where the file alone tells, or none is needed.
 int kindFor(SongFile kind) {
     switch (kind) {
@@ -22,6 +24,8 @@ int kindFor(SongFile kind) {
         return trackMIDI;
     case SongFile::kit:
         return trackDrum;
+    case SongFile::track:
+        return ownTrack;
     default:
         return 0;
     }

@@ -7,9 +7,11 @@
 #include "engine/CQV.h"
 #include "engine/CSnap.h"
 #include "gui/dialogs/CFileWin.h"
+#include "project/TrackPreset.h"
 #include "sequencer/song/CSeq.h"
 #include "ui/CProgressWin.h"
 #include "ui/Commands.h"
+#include "ui/PresetMenu.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
 
@@ -37,6 +39,9 @@ SongImports::SongImports(Workspace& space) : workspace(space), qv(space.host()) 
         "importmidi", [this] { midiClicked(); }, ready);
     commands.bind(
         "importsound", [this] { soundClicked(); }, ready);
+    commands.bind(
+        "savetrack", [this] { saveTrackClicked(); },
+        [this] { return seq() && selectedTrack() && selectedTrack()->track->kind != trackFolder; });
 }
 
 CSeq* SongImports::seq() const {
@@ -74,6 +79,38 @@ void SongImports::midiClicked() {
 void SongImports::soundClicked() {
     const CStr path = ask("Import sound or clip", soundFileExt);
     if (!path.empty()) bring({{path, {selectedTrack(), asInt(seq()->getPos())}}}, "Import");
+}
+
+// Out of the presets.
+
+void SongImports::addPresets(CPopup* popup, const char* title, const char* endings,
+                             const char* verb) {
+    addPresetMenu(popup, title, qv, endings, [this, verb](const CStr& path) {
+        if (seq()) bring({{path, {selectedTrack()}}}, verb);
+    });
+}
+
+void SongImports::fillForTrack(CPopup* popup) {
+    const CSongTrack* of = seq() ? selectedTrack() : nullptr;
+    if (!of || of->track->locked) return;
+    const int kind = of->track->kind;
+    if (kind == trackDrum) addPresets(popup, "Kit", ".qvd", "Load");
+    if (kind == trackMIDI) addPresets(popup, "Arpeggio", ".qva", "Load");
+    if (kind != trackFolder) addPresets(popup, "Effects", ".qve", "Add");
+}
+
+void SongImports::fillNewTracks(CPopup* popup) {
+    if (seq()) addPresets(popup, "From preset", ".qvp", "Add");
+}
+
+void SongImports::saveTrackClicked() {
+    CTrack* const track = selectedTrack()->track;
+    CFileWin dialog(workspace.mainWindow(), "Save track as preset", ".qvp",
+                    workspace.dialogFolder(), track->id, true);
+    dialog.showModal();
+    if (!dialog.result || !seq() || !seq()->tracks.contains(track)) return;
+    workspace.projectFolder = dialog.folder;
+    saveTrack(track, dialog.path);
 }
 
 // By dropping.

@@ -5,6 +5,7 @@
 #include <vector>
 
 class CList;
+class CPopup;
 class Workspace;
 class CQV;
 class CSeq;
@@ -24,6 +25,12 @@ public:
     void droppedBeside(const CList& items);
     void serve();
 
+    /// Submenus of what lies among the presets: kits, arpeggios and effects for the first selected
+    /// track, as far as it takes them.
+    void fillForTrack(CPopup* popup);
+    void fillNewTracks(CPopup* popup); ///< tracks, which come below it
+    void saveTrackClicked(); ///< the same track as a preset, after a question for the file
+
 private:
     /// Onto the selected audio track, where nothing stands from the position on, else onto a new
     /// one.
@@ -33,6 +40,7 @@ private:
     void soundClicked();
 
     CSeq* seq() const; ///< null without a song
+    void addPresets(CPopup* popup, const char* title, const char* endings, const char* verb);
     CStr ask(const char* title, const char* ext) const;
     /// `verb` is what the step is called, in front of the names.
     void bring(const std::vector<BringFile>& files, const char* verb);

@@ -46,7 +46,7 @@ constexpr BrowserKind browserKinds[] = {
      ".QVC|.RX2|.WAV|.MP3|.MID|.AIF|.AIFF|.MIDI|.KAR|.AIFC|.FLAC|.OGG|.OGA|.OPUS"},
     {nodePlugins, 13, "Plugins", ".so|.clap"},
     {nodeComponents, 0, "Components", everyFile},
-    {nodePresets, 20, "Presets", ".QVS|.QVE|.QVA|.QVD|.FXB|.FXP|.SF2"},
+    {nodePresets, 20, "Presets", ".QVS|.QVE|.QVA|.QVD|.QVP|.FXB|.FXP|.SF2"},
     {nodePool, 0, "Audio pool", everyFile},
 };
 

@@ -62,16 +62,19 @@ bool openConverted(CSampleClip* clip, const CStr& path) {
 
 } // namespace
 
-void loadResource(CSample* sample, int resource) {
-    if (resource < 0 || resource >= int(std::size(resources))) return;
-    const std::vector<float> values = resources[resource].synthesize();
+void takeValues(CSample* sample, const CStr& name, const std::vector<float>& values) {
     auto* data = static_cast<short*>(std::malloc(values.size() * sizeof(short)));
     if (!data) return;
     for (size_t i = 0; i < values.size(); i++)
         data[i] = short(std::lround(fLimit(values[i], -1.0f, 1.0f) * 32767.0f));
-    sample->filename = resources[resource].name;
+    sample->filename = name;
     sample->setFormat(resourceRate, 16, 1);
     sample->takeData(reinterpret_cast<unsigned char*>(data), int(values.size()));
+}
+
+void loadResource(CSample* sample, int resource) {
+    if (resource < 0 || resource >= int(std::size(resources))) return;
+    takeValues(sample, resources[resource].name, resources[resource].synthesize());
 }
 
 void getKick(CSample* sample) {

@@ -60,6 +60,10 @@ std::unique_ptr<CSampleClip> openClip(const CStr& path);
 /// strip of a sound and the effects on it, which belong to the song.
 void writeDrumKit(CStream* stream, const CStr& name, const CLayer& layer);
 
+/// Fills a sample with a sound that was worked out, within -1 to 1: one channel of 16 bits at
+/// 44100 Hz.
+void takeValues(CSample* sample, const CStr& name, const std::vector<float>& values);
+
 /// Resources of `loadResource`.
 enum DrumResource : int {
     drumKick = 0,

@@ -21,6 +21,7 @@
 #include "ui/ActionItems.h"
 #include "ui/KeyMenu.h"
 #include "ui/PluginMenu.h"
+#include "ui/PresetMenu.h"
 #include "ui/Workspace.h"
 
 namespace {
@@ -168,6 +169,7 @@ void StripMenus::offerEffects(CCtrl* from, const MixerStrip& of, int at) {
         fillPlugins(popup, [this](std::unique_ptr<CComp> made) {
             addInsert(strip.channel, std::move(made), index);
         });
+        fillPresets(popup);
         popup->add("Open preset...", new _COnChange<StripMenus>(this, &StripMenus::presetChosen));
     }
     popup->popupBelow(from);
@@ -206,6 +208,7 @@ void StripMenus::fillInsert(CPopup* popup, CComp* present) {
     add(popup, "Move down", &StripMenus::moveChosen, 1)->enabled =
         index + 1 < strip.channel->inserts.getCount();
     popup->addSeparator();
+    fillPresets(popup);
     add(popup, "Open preset...", &StripMenus::presetChosen);
     if (present->type == compEffect) add(popup, "Save as preset...", &StripMenus::saveChosen);
     popup->addSeparator();
@@ -220,17 +223,26 @@ void StripMenus::replaceChosen(CObject* sender) {
     if (stands()) replaceInsert(strip.channel, index, tagOf(sender));
 }
 
-/// In place of what the insert holds; on an empty place a new one.
+void StripMenus::fillPresets(CPopup* popup) {
+    addPresetMenu(popup, "Presets", panel.state.qv, presetExt,
+                  [this](const CStr& path) { takePreset(path); });
+}
+
 void StripMenus::presetChosen(CObject*) {
     Workspace& space = panel.state.workspace;
     CFileWin dialog(space.mainWindow(), "Open preset", presetExt, space.dialogFolder(), "", false);
     dialog.showModal();
-    if (!dialog.result || !stands()) return;
+    if (dialog.result) takePreset(dialog.path);
+}
+
+/// In place of what the insert holds; on an empty place a new one.
+void StripMenus::takePreset(const CStr& path) {
+    if (!stands()) return;
     CComp* present = insert();
     if (present && present->type == compEffect)
-        static_cast<CEffect*>(present)->openProg(dialog.path);
+        static_cast<CEffect*>(present)->openProg(path);
     else
-        panel.addPreset(strip, dialog.path, index);
+        panel.addPreset(strip, path, index);
 }
 
 void StripMenus::saveChosen(CObject*) {

@@ -40,6 +40,8 @@ private:
     void programChosen(CObject* sender);
     void addChosen(CObject* sender);
     void replaceChosen(CObject* sender);
+    void fillPresets(CPopup* popup);
+    void takePreset(const CStr& path);
     void presetChosen(CObject* sender);
     void saveChosen(CObject* sender);
     void powerChosen(CObject* sender);

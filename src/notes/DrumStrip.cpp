@@ -31,6 +31,7 @@
 #include "sequencer/song/TrackValues.h"
 #include "ui/NameField.h"
 #include "ui/PlaceText.h"
+#include "ui/PresetMenu.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
 
@@ -383,10 +384,15 @@ void DrumStrip::openKit() {
     CFileWin dialog(state.workspace.mainWindow(), "Load kit", kitExt,
                     state.workspace.dialogFolder(), "", false);
     dialog.showModal();
-    if (!dialog.result || !state.part || state.track->locked) return;
+    if (!dialog.result) return;
     state.workspace.projectFolder = dialog.folder;
-    if (countKitSounds(dialog.path) == 0) return tellUnread(dialog.path.asChar());
-    loadPreset(state.seq(), state.track->drumLayer(), state.track, dialog.path);
+    takeKit(dialog.path);
+}
+
+void DrumStrip::takeKit(const CStr& path) {
+    if (!state.part || state.track->locked) return;
+    if (countKitSounds(path) == 0) return tellUnread(path.asChar());
+    loadPreset(state.seq(), state.track->drumLayer(), state.track, path);
 }
 
 void DrumStrip::saveKitAs() {
@@ -414,6 +420,9 @@ void DrumStrip::fillMenu(CPopup* menu) {
     const CDrumSound* of = sound(chosen);
     for (const EntryText& e : entries) {
         if (e.behindLine) menu->addSeparator();
+        if (e.entry == loadKit && !state.track->locked)
+            addPresetMenu(menu, "Kits", state.qv, ".qvd",
+                          [this](const CStr& path) { takeKit(path); });
         CMenuItem* item =
             menu->add(e.text, new _COnChange<DrumStrip>(this, &DrumStrip::menuChosen));
         item->tag = e.entry;

@@ -66,6 +66,7 @@ private:
     void chooseSample();
     void newSounds();
     void openKit();
+    void takeKit(const CStr& path);
     void saveKitAs();
     void tellUnread(const char* path) const;
 

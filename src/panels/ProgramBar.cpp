@@ -13,6 +13,7 @@
 #include "gui/controls/CPopup.h"
 #include "gui/dialogs/CFileWin.h"
 #include "ui/NameField.h"
+#include "ui/PresetMenu.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
 
@@ -116,7 +117,13 @@ void ProgramBar::nameClicked(CObject*) {
     if (count > 1 && !deeds.rename)
         addMenuEntry(popup, "Delete program", &ProgramBar::removeClicked);
     popup->addSeparator();
-    if (deeds.open) addMenuEntry(popup, "Open preset...", &ProgramBar::openClicked);
+    if (deeds.open) {
+        addPresetMenu(popup, "Presets", comp->host, deeds.extension, [this](const CStr& path) {
+            deeds.open(path);
+            refresh();
+        });
+        addMenuEntry(popup, "Open preset...", &ProgramBar::openClicked);
+    }
     if (deeds.save && count > 0) addMenuEntry(popup, "Save preset...", &ProgramBar::saveClicked);
     popup->popupBelow(name);
 }

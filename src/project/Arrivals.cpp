@@ -18,6 +18,7 @@
 #include "project/NewTracks.h"
 #include "project/PresetFiles.h"
 #include "project/SongSounds.h"
+#include "project/TrackPreset.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/TrackInstrument.h"
 
@@ -268,6 +269,24 @@ public:
     }
 };
 
+/// Always a new track.
+class TrackArrival : public Arrival {
+public:
+    TrackArrival(CSeq* into, const BringFile& file)
+        : Arrival(into, file), kind(trackPresetKind(file.path)) {}
+
+    int trackKind() const override { return kind; }
+    bool takesPlace() const override { return false; }
+    bool prepare(const SamplePool::ImportWatch&) override { return kind != 0 || unread(); }
+    void link(NewTracks& tracks, CUndo* step) override {
+        if (CSongTrack* to = tracks.make(place.onto, kind, stem()))
+            fillTrack(to->track, path, step);
+    }
+
+private:
+    const int kind;
+};
+
 class EffectArrival : public Arrival {
 public:
     EffectArrival(CSeq* into, const BringFile& file)
@@ -345,6 +364,8 @@ std::unique_ptr<Arrival> Arrival::make(CSeq* seq, const BringFile& file) {
         return std::make_unique<EffectArrival>(seq, file);
     case SongFile::arpeggio:
         return std::make_unique<ArpeggioArrival>(seq, file);
+    case SongFile::track:
+        return std::make_unique<TrackArrival>(seq, file);
     case SongFile::none:
         break;
     }

@@ -101,9 +101,9 @@ SongFile songFileOf(const CStr& path) {
     static const struct {
         const char* ext;
         SongFile kind;
-    } kinds[] = {{".qvc", SongFile::clip},    {".sf2", SongFile::font},
-                 {".qvs", SongFile::program}, {".qvd", SongFile::kit},
-                 {".qve", SongFile::effect},  {".qva", SongFile::arpeggio}};
+    } kinds[] = {{".qvc", SongFile::clip}, {".sf2", SongFile::font},   {".qvs", SongFile::program},
+                 {".qvd", SongFile::kit},  {".qve", SongFile::effect}, {".qva", SongFile::arpeggio},
+                 {".qvp", SongFile::track}};
     for (const auto& k : kinds)
         if (ext == k.ext) return k.kind;
     return SongFile::none;

@@ -9,15 +9,15 @@ class CSeq;
 class CSongTrack;
 
 // How files come into a song: audio, MIDI files, clips, SoundFonts, programs of the sampler, kits,
-// effects, arpeggios. Interface thread.
+// effects, arpeggios, tracks. Interface thread.
 
 /// What a file is to a song, by the ending of its name.
-enum class SongFile { none, audio, midi, clip, font, program, kit, effect, arpeggio };
+enum class SongFile { none, audio, midi, clip, font, program, kit, effect, arpeggio, track };
 SongFile songFileOf(const CStr& path);
 
 // Endings as filters of file dialogs; those of audio are `audioFileExt`.
 constexpr const char* midiFileExt = ".mid|.midi|.kar";
-constexpr const char* soundFileExt = ".qvc|.sf2|.qvs|.qvd|.qve|.qva";
+constexpr const char* soundFileExt = ".qvc|.sf2|.qvs|.qvd|.qve|.qva|.qvp";
 
 /// Where a file goes: to the song track, if it suits what comes, else to a new one below it. Null
 /// for new ones behind all others.

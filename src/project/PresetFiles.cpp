@@ -88,10 +88,6 @@ bool saveKit(CTrack* track, const CStr& path) {
     return layer && savePreset(path, write);
 }
 
-bool saveTrackAsPreset(const CStr& path) {
-    return savePreset(path, [](CStream*) {});
-}
-
 int getFiletype(const CStr& path) {
     int type = -1;
     CFileStream stream(path, 0);

@@ -30,8 +30,6 @@ bool saveProgram(CArp* arp, const CStr& path);         ///< .qva
 bool saveEffect(CFX* fx, const CStr& path);
 /// The kit of a drum track, a .qvs too; false for other tracks.
 bool saveKit(CTrack* track, const CStr& path);
-/// A .qvp, in which nothing stands so far.
-bool saveTrackAsPreset(const CStr& path);
 
 /// The number in the block "filetype", 3 for a program of the sampler; -1 without that block.
 int getFiletype(const CStr& path);

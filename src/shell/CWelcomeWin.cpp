@@ -21,7 +21,11 @@ constexpr int contentWidth = 640, contentHeight = 424;
 constexpr int titleHeight = 22;
 constexpr int kindsWidth = 304;
 constexpr int switchWidth = 160;
-constexpr const char *demoName = "Demo song", *demoDetail = "What the program can do";
+constexpr struct {
+    int kind;
+    const char *name, *detail;
+} demos[] = {{kindWaltz, "Waltz", "A second demo song, for a small band"},
+             {kindDemo, "Demo song", "What the program can do"}};
 
 /// Its folder, with "~" for the home folder, and its date.
 CStr detailOf(const CStr& path) {
@@ -86,7 +90,7 @@ void CWelcomeWin::fill(int chosenKind) {
     for (int i = 0; i < recentPaths.count(); i++)
         files->addCard(kindFile, changeFileExt(extractFileName(recentPaths.get(i)), ""),
                        detailOf(recentPaths.get(i)));
-    files->addCard(kindDemo, demoName, demoDetail);
+    for (const auto& demo : demos) files->addCard(demo.kind, demo.name, demo.detail);
     kinds->setIndex(chosenKind >= 0 && chosenKind < offeredKinds ? chosenKind : kindDefault);
 }
 
@@ -129,7 +133,8 @@ void CWelcomeWin::opened(CObject*) {
 void CWelcomeWin::accept() {
     const int file = files->index;
     if (file < 0 && kinds->index < 0) return;
-    kind = file < 0 ? kinds->index : file < recentPaths.count() ? kindFile : kindDemo;
+    const int demo = file - recentPaths.count();
+    kind = file < 0 ? kinds->index : demo < 0 ? kindFile : demos[demo].kind;
     path = kind == kindFile ? recentPaths.get(file) : CStr();
     CDialogWin::accept();
 }

@@ -103,7 +103,9 @@ void MainMenu::fillNew(CPopup* popup) {
     popup->addSeparator();
     for (int kind = 0; kind < offeredKinds; kind++)
         add(popup, projectKindName(kind), &MainMenu::kindClicked, kind);
+    popup->addSeparator();
     add(popup, "Demo song", &MainMenu::kindClicked, kindDemo);
+    add(popup, "Second demo song: Waltz", &MainMenu::kindClicked, kindWaltz);
 }
 
 void MainMenu::fillRecent(CPopup* popup) {

@@ -1,6 +1,8 @@
 #include "shell/ProjectKinds.h"
 
 #include "data/demosong/DemoSong.h"
+#include "data/demosong/Starters.h"
+#include "data/demosong/WaltzSong.h"
 #include "engine/CQV.h"
 #include "modular/GraphEdits.h"
 #include "project/SongSounds.h"
@@ -21,6 +23,9 @@ constexpr Kind kinds[offeredKinds] = {
     {"Multi-track recorder", "8 audio tracks, ready to record", createPortaStudioProject},
     {"Guitar Project", "Drums, and an amplifier to play through", createGuitaristProject},
     {"Modular setup", "Components without a song", nullptr},
+    {"Beat", "Club drums, a bass and chords that play", createBeatProject},
+    {"Band", "Drums, bass, piano and strings that play", createBandProject},
+    {"Late night", "Brushes, upright bass and piano that play", createLateNightProject},
 };
 
 } // namespace
@@ -38,6 +43,8 @@ void createProject(CQV* host, int kind) {
     startUnlooped(host);
     if (kind == kindDemo)
         buildDemoSong(host);
+    else if (kind == kindWaltz)
+        buildWaltzSong(host);
     else if (kind >= 0 && kind < offeredKinds && kinds[kind].create) {
         CSeq* seq = addSequencer(host);
         kinds[kind].create(seq);

@@ -12,9 +12,13 @@ enum ProjectKind : int {
     kindPortaStudio = 4,
     kindGuitarist = 5,
     kindModular = 6, ///< no song, only components
-    kindDemo = 7,    ///< the demo song
+    kindBeat = 7,    ///< these three have something that plays
+    kindBand = 8,
+    kindLateNight = 9,
+    kindWaltz = 10, ///< the second demo song
+    kindDemo = 11,  ///< the demo song
 };
-constexpr int offeredKinds = 7; ///< that the user can choose, from `kindEmpty` on
+constexpr int offeredKinds = 10; ///< that the user can choose, from `kindEmpty` on
 
 /// Of an offered kind, as the user reads it.
 const char* projectKindName(int kind);

@@ -100,6 +100,7 @@ constexpr Row rows[] = {
     {"trackcolour", "Track colour...", groupArrange},
     {"trackup", "Move track up", groupArrange},
     {"trackdown", "Move track down", groupArrange},
+    {"savetrack", "Save track as preset...", groupArrange},
     {"duplicatetrack", "Duplicate track", groupArrange, 'd', controlShift},
     {"deletetrack", "Delete track", groupArrange},
     {"muteall", "(Un)mute all tracks", groupArrange},
