@@ -9,6 +9,7 @@
 #include "effects/Inserts.h"
 #include "engine/CQV.h"
 #include "engine/GraphHold.h"
+#include "engine/KeyInput.h"
 #include "instruments/CSampler.h"
 #include "project/SongSends.h"
 #include "project/SongSounds.h"
@@ -47,7 +48,7 @@ struct Squeeze {
     float thresholdDb, ratio, attackMs, releaseMs, gainDb;
 };
 
-void compress(COutputChannel* strip, const Squeeze& s) {
+CEffect* compress(COutputChannel* strip, const Squeeze& s) {
     auto rack = makeInsert(strip, fxCompressor);
     auto* unit = static_cast<CCompressor*>(effectOf(rack.get()));
     unit->setThreshold(s.thresholdDb);
@@ -55,7 +56,13 @@ void compress(COutputChannel* strip, const Squeeze& s) {
     unit->setAttack(s.attackMs);
     unit->setRelease(s.releaseMs);
     unit->setGain(s.gainDb);
-    strip->inserts.add(rack.release());
+    strip->inserts.add(rack.get());
+    return rack.release();
+}
+
+/// Gives way to the sound of another strip.
+void duck(COutputChannel* strip, COutputChannel* before) {
+    setKey(compress(strip, {-14.0f, 0.45f, 1.0f, 110.0f, 0.0f}), before);
 }
 
 } // namespace
@@ -81,16 +88,17 @@ DemoSounds::DemoSounds(SongBuilder& builder) : song(builder) {
     voiceLoop = loop("Chopped chords");
 
     players[0] = addSynthDrums(song.seq, drums);
-    setStrip(players[0], 0.9f, 0.0f);
+    setStrip(players[0], 0.84f, 0.0f);
     players[1] = instrument(bass, programBass, 1.0f, 0.0f);
     players[2] = instrument(pad, programPads, 1.0f, 0.0f);
     players[3] = instrument(pluck, programPluck, 1.0f, 0.0f);
-    players[4] = instrument(lead, programLead, 0.96f, 0.06f);
+    players[4] = instrument(lead, programLead, 0.86f, 0.06f);
     players[5] = instrument(harmony, programHarmony, 0.95f, -0.12f);
     players[6] = instrument(guitar, programGuitar, 0.8f, -0.25f);
     presets::giveArpeggio(pluck, "There and back, short");
     mix();
     group();
+    duckBehindDrums();
 
     padCutoff = brightnessLane(pad, players[2]);
     padVolume = channelLane(pad, players[2], "Volume", paramVolume);
@@ -115,17 +123,16 @@ void DemoSounds::mix() {
     air->active = 1;
 
     // The trim is a power of 4.
-    players[1]->output()->trim = 0.25f;
+    players[1]->output()->trim = 0.14f;
     players[3]->output()->trim = 0.25f;
-    presets::setLevel(kit->output(), 0.78f, 0.0f);
-    compress(kit->output(), {-20.0f, 0.4f, 8.0f, 90.0f, 3.0f});
-    presets::setLevel(beat->output(), 0.78f, 0.0f);
+    presets::setLevel(kit->output(), 0.52f, 0.0f);
+    presets::setLevel(beat->output(), 0.55f, 0.0f);
     presets::setLevel(voices->output(), 0.85f, 0.0f);
     cutLows(beat->output(), 350.0f, -14.0f);
     cutLows(voices->output(), 250.0f, -8.0f);
     presets::addRack(players[6]->output(), "Crunch rhythm");
-    compress(song.host->getAudioOut()->output(), {-18.0f, 0.5f, 4.0f, 140.0f, 2.0f});
-    compress(song.host->getAudioOut()->output(), {-9.0f, 0.05f, 1.0f, 60.0f, 0.0f});
+    compress(song.host->getAudioOut()->output(), {-22.0f, 0.5f, 1.0f, 90.0f, 5.9f});
+    compress(song.host->getAudioOut()->output(), {-13.0f, 0.05f, 1.0f, 90.0f, -0.1f});
 }
 
 /// What drums and beat have in common.
@@ -134,7 +141,11 @@ void DemoSounds::group() {
         groupStrips(song.host, {kit->output(), players[0]->output(), beat->output()});
     drumGroup->setId("Drums");
     const GraphHold hold(song.host);
-    compress(drumGroup->output(), {-18.0f, 0.5f, 12.0f, 120.0f, 1.5f});
+    compress(drumGroup->output(), {-20.0f, 0.5f, 3.0f, 120.0f, 1.5f});
+}
+
+void DemoSounds::duckBehindDrums() {
+    for (const int i : {1, 2, 3, 4, 6}) duck(players[i]->output(), kit->output());
 }
 
 CSample* DemoSounds::loop(const char* name) {

@@ -41,6 +41,7 @@ public:
 private:
     void mix();
     void group();
+    void duckBehindDrums();
     CSampler* instrument(CTrack* track, int program, float volume, float pan);
     DemoLane channelLane(CTrack* track, CSampler* source, const char* name, int param);
     DemoLane brightnessLane(CTrack* track, CSampler* source);

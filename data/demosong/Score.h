@@ -129,26 +129,26 @@ constexpr DrumLine drumHats[] = {
 };
 
 constexpr DrumLine drumVerse[] = {
-    {keyKick, "X...X...X...X..."},
+    {keyKick, "X...x...X...x..."},
     {keyClap, "....x.......x..."},
     {keyHatClosed, "o.xoo.xoo.xoo.xo"},
     {keyShaker, "o.x.o.x.o.x.o.x."},
 };
 
 constexpr DrumLine drumVerseTurn[] = {
-    {keyKick, "X...X...X...X.x."},      {keyClap, "....x.......x..o"},
+    {keyKick, "X...x...X...x.o."},      {keyClap, "....x.......x..o"},
     {keyHatClosed, "o.xoo.xoo.xoo..."}, {keyHatOpen, "..............x."},
     {keyTomHigh, "............x..."},   {keyTomMid, "..............x."},
 };
 
 constexpr DrumLine drumChorus[] = {
-    {keyKick, "X...X...X...X..x"},    {keySnare, "....X.......X..."},
+    {keyKick, "X...x...X...x..o"},    {keySnare, "....x.......x..."},
     {keyClap, "....x.......x..."},    {keyHatClosed, "xo.oxo.oxo.oxo.o"},
     {keyHatOpen, "..x...x...x...x."}, {keyRide, "x...x...x...x..."},
 };
 
 constexpr DrumLine drumChorusTurn[] = {
-    {keyKick, "X...X...X...X.X."},      {keySnare, "....X.......X.xX"},
+    {keyKick, "X...x...X...x.x."},      {keySnare, "....x.......x.xX"},
     {keyHatClosed, "xo.oxo.oxo.o...."}, {keyHatOpen, "..x...x...x....."},
     {keyTomHigh, "............Xx.."},   {keyTomMid, "..............x."},
     {keyTomLow, "...............X"},

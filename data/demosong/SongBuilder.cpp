@@ -30,7 +30,7 @@ int stepVelocity(char c) {
     case 'x':
         return 92;
     case 'X':
-        return 116;
+        return 112;
     default:
         return 0;
     }

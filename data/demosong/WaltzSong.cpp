@@ -98,6 +98,8 @@ public:
         play("Strings", "Strings", 0.72f, 0.0f, 0.4f,
              {{bridge, bridgeStrings}, {last, lastStrings}, {tag, tagStrings}});
         sends.settle();
+        presets::addRack(song.host->getAudioOut()->output(), "Glue");
+        presets::setLevel(song.host->getAudioOut()->output(), 0.97f, 0.0f);
         sections();
         return song.finish(end * barSteps, bpm);
     }

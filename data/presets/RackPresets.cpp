@@ -156,7 +156,7 @@ std::vector<RackPreset> drums() {
     constexpr const char* use = "Drums";
     return {
         {use, "Drum bus", {squeeze(-22, 3, 12, 110, 4)}},
-        {use, "Pump", {squeeze(-40, 12, 1, 260, 16)}},
+        {use, "Pump", {squeeze(-36, 12, 4, 320, 11)}},
         {use, "Snap", {squeeze(-34, 6, 45, 60, 8)}},
         {use, "Tight gate", {gate(-30, -80, 0.2, 35, 40)}},
         {use, "Small room", {room(1, 0.3, 1000, 5)}},
@@ -199,10 +199,10 @@ std::vector<RackPreset> guitars() {
          {squeeze(-28, 5, 4, 100, 7), cleanAmp(0.4, 0.55, 0.75, 0.5), slap(1, 0.4, 0.1, 105, 105)}},
         {use, "Blues", {crunchAmp(0.4, 0.55, 0.5, 0.35, 0.5), room(1, 0.18, 1500, 10)}},
         {use, "Crunch rhythm", {crunchAmp(0.65, 0.5, 0.6, 0.25, 0.5)}},
-        {use, "Garage", {crunchAmp(0.95, 0.35, 0.75, 0.1, 0.45), room(1, 0.3, 1000, 0)}},
+        {use, "Garage", {crunchAmp(0.95, 0.35, 0.75, 0.1, 0.3), room(1, 0.3, 1000, 0)}},
         {use,
          "Solo",
-         {dirtyAmp(0.7, 0.45, 0.7, 0.55, 0.45, 0.45), echo(1, 0.35, 0.35, 1, 1, 3, 4),
+         {dirtyAmp(0.7, 0.45, 0.7, 0.55, 0.45, 0.32), echo(1, 0.35, 0.35, 1, 1, 3, 4),
           room(1, 0.2, 2400, 20)}},
         {use, "Wall", {gate(-50, -80, 0.5, 60, 60), dirtyAmp(0.85, 0.7, 0.25, 0.6, 0.5, 0.45)}},
         {use, "Chug", {gate(-40, -80, 0.2, 25, 25), dirtyAmp(1, 0.6, 0.45, 0.5, 0.35, 0.4)}},
@@ -241,8 +241,8 @@ std::vector<RackPreset> sends() {
         {use, "Chamber", {room(0, 1, 1400, 12)}},
         {use, "Hall", {room(0, 1, 2800, 35)}},
         {use, "Cathedral", {room(0, 1, 8500, 70)}},
-        {use, "Dark hall", {filter(lowPass, 0.5, 0), room(0, 1, 3600, 30)}},
-        {use, "Bright plate", {filter(highPass, 0.27, 0), room(0, 1, 2000, 5)}},
+        {use, "Dark hall", {room(0, 1, 3600, 30), filter(lowPass, 0.5, 0)}},
+        {use, "Bright plate", {room(0, 1, 2000, 5), filter(highPass, 0.27, 0)}},
         {use, "Quarter echo", {echo(0, 1, 0.45, 1, 1, 1, 1)}},
         {use, "Dotted echo", {echo(0, 1, 0.5, 3, 4, 3, 4, 1)}},
         {use, "Eighths left and right", {echo(0, 1, 0.55, 1, 2, 1, 1)}},
@@ -258,7 +258,7 @@ std::vector<RackPreset> masters() {
         {use, "Glue", {squeeze(-18, 2, 30, 180, 2)}},
         {use, "Louder", {squeeze(-20, 4, 10, 120, 6), squeeze(-8, 12, 1, 60, 2)}},
         {use, "Ceiling", {squeeze(-6, 20, 1, 80, 0)}},
-        {use, "Night listening", {squeeze(-44, 5, 5, 400, 16)}},
+        {use, "Night listening", {squeeze(-44, 5, 5, 700, 11)}},
         {use, "Small speaker", {filter(highPass, 0.17, 0), filter(lowPass, 0.85, 0)}},
     };
 }
@@ -271,7 +271,7 @@ std::vector<RackPreset> special() {
          {filter(lowPass, 0.22, 0.4), voices(0.3, 0.9, 45, 0.4, 0.3), room(0.6, 0.6, 3000, 0)}},
         {use, "Eight bits", {crush(5, 8)}},
         {use, "Two bits", {crush(2, 2), filter(lowPass, 0.75, 0.1)}},
-        {use, "Metal tube", {voices(0.3, 0.9, 5, 0, 0, 0.92, 0), room(0.8, 0.4, 1600, 0)}},
+        {use, "Metal tube", {voices(0.2, 0.45, 5, 0, 0, 0.92, 0), room(0.8, 0.4, 1600, 0)}},
         {use, "Swarm", {voices(0.2, 0.9, 60, 0.9, 2.4, 0.4), notches(0.5, 0.8, 0.7, 300, 8000, 3)}},
         {use,
          "Broken radio",
@@ -280,6 +280,15 @@ std::vector<RackPreset> special() {
         {use, "Alien", {notches(0.1, 1, 0.9, 150, 3000, 7), voices(0.4, 0.8, 9, 0.5, 5, 0.6)}},
         {use, "Stutter", {echo(0.8, 0.9, 0.75, 1, 8, 1, 8)}},
     };
+}
+
+/// Behind others these add to the sound that stands there already, all of it.
+bool addsToSound(int kind) {
+    return kind == fxDelay || kind == fxReverb;
+}
+
+bool isDry(const Knob& knob) {
+    return std::strcmp(knob.name, "Dry") == 0;
 }
 
 } // namespace
@@ -299,6 +308,7 @@ std::string fillRack(CEffect* rack, const RackPreset& preset) {
     rack->progs.add(prog);
     for (const Unit& unit : preset.chain) {
         CFX* fx = makeNewEffect(unit.kind, float(rack->host->rate), rack->host->frames);
+        const bool behind = addsToSound(unit.kind) && !prog->effects.empty();
         prog->effects.add(fx);
         for (const Knob& knob : unit.knobs) {
             const Setting* found = nullptr;
@@ -306,7 +316,8 @@ std::string fillRack(CEffect* rack, const RackPreset& preset) {
                 if (std::strcmp(s.group, knob.group) == 0 && std::strcmp(s.name(), knob.name) == 0)
                     found = &s;
             if (found)
-                found->kind.set(fx, found->index, {knob.value});
+                found->kind.set(fx, found->index,
+                                {behind && isDry(knob) ? knob.value - 1.0 : knob.value});
             else if (missing.empty())
                 missing = std::string(knob.group) + " / " + knob.name;
         }

@@ -9,7 +9,8 @@ class CEffect;
 
 namespace presets {
 
-/// A setting by the name and the group that a panel shows it under, in its own unit.
+/// A setting by the name and the group that a panel shows it under, in its own unit. "Dry" is how
+/// much of what comes to the effect goes on; behind others echoes and rooms let all of it through.
 struct Knob {
     const char *group, *name;
     double value;

@@ -11,6 +11,7 @@
 #include "instruments/CSampler.h"
 #include "instruments/CSynthProg.h"
 #include "instruments/DrumKit.h"
+#include "project/ItemView.h"
 #include "project/PresetFiles.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/TrackInstrument.h"
@@ -149,6 +150,8 @@ int trackPresetKind(const CStr& path) {
 void fillTrack(CTrack* track, const CStr& path, CUndo* step) {
     Filling filling(track, step);
     CFileStream stream(path, 0);
-    eachBlock(&stream, stream.getSize(),
-              [&filling](const CStr& name, BlockView& body) { filling.take(name, body); });
+    eachBlock(&stream, stream.getSize(), [&](const CStr& name, BlockView& body) {
+        ItemView item(&stream, body.left());
+        filling.take(name, item);
+    });
 }

@@ -59,6 +59,8 @@ void addSide(std::vector<double>& power, const std::vector<float>& side, size_t 
     for (size_t i = 0; i < power.size(); i++) power[i] += 0.5 * std::norm(x[i]);
 }
 
+} // namespace
+
 /// Powers of the whole of a sound, slice by slice, into bands.
 Shape shapeOf(const Sound& s) {
     constexpr double lowest = 40.0, highest = 18000.0;
@@ -82,11 +84,15 @@ Shape shapeOf(const Sound& s) {
     return shape;
 }
 
+namespace {
+
 double meanSquareApart(const Shape& a, const Shape& b) {
     double sum = 0.0;
     for (size_t i = 0; i < a.size(); i++) sum += double(a[i] - b[i]) * double(a[i] - b[i]);
     return sum / double(a.size());
 }
+
+} // namespace
 
 double widthOf(const Sound& s) {
     double side = nothing, mid = nothing;
@@ -103,6 +109,8 @@ double peakOf(const Sound& s) {
         for (const float v : *side) peak = std::max(peak, std::fabs(v));
     return decibels(double(peak) * double(peak));
 }
+
+namespace {
 
 /// The most by which the share above 1 or 3 kHz grows, in the attack or in what follows.
 double colourOf(const Sound& soft, const Sound& loud) {

@@ -71,6 +71,13 @@ double loudnessOf(const Sound& s);
 /// Share of the power above `hz` in the first `seconds`, dB.
 double shareAbove(const Sound& s, double hz, double from, double seconds);
 
+/// Difference of the sides over their sum while the key is held, and the highest sample, dB.
+double widthOf(const Sound& s);
+double peakOf(const Sound& s);
+
+/// Of the first `heldSeconds` of a sound, as loud as any other.
+Shape shapeOf(const Sound& s);
+
 /// The figures of one program; the sounds are those of `probeNotes`.
 Figures measure(const std::string& name, const std::vector<Sound>& sounds);
 

@@ -4,6 +4,7 @@
 #include "data/generalmidi/GeneralMidi.h"
 #include "engine/CQV.h"
 #include "instruments/FactoryPrograms.h"
+#include "tools/soundtable/PresetProbe.h"
 #include "tools/soundtable/SoundPicture.h"
 #include "tools/soundtable/SoundProbe.h"
 
@@ -13,14 +14,14 @@
 #include <filesystem>
 #include <memory>
 
-// sondrava-sounds [--picture FILE.svg] factory|gm|FILE.wav...
+// sondrava-sounds [--picture FILE.svg] factory|gm|racks|kits|FILE.wav...
 // sondrava-sounds --songs FILE.wav...
 //
 // Prints a table of what programs sound like. `factory` is the bank of the synthesizer, `gm` the
-// General MIDI set; a WAV file
-// holds the row of notes of SoundFigures.h, played by anything, one every 2.5 s from its start. Of
-// songs it tells how loud they are, whether they survive mono, and what they hold of the highest
-// and of no frequency.
+// General MIDI set, `racks` and `kits` the presets of effects and drums, of which fewer columns
+// count; a WAV file holds the row of notes of SoundFigures.h, played by anything, one every 2.5 s
+// from its start. Of songs it tells how loud they are, whether they survive mono, and what they
+// hold of the highest and of no frequency.
 
 namespace {
 
@@ -140,6 +141,11 @@ int main(int argc, char** argv) {
             measureFactory(host.get(), bank);
         } else if (std::strcmp(argv[i], "gm") == 0) {
             measureGeneralMidi(host.get(), bank);
+        } else if (std::strcmp(argv[i], "racks") == 0) {
+            for (const presets::RackPreset& preset : presets::rackPresets())
+                bank.push_back(measureRack(host.get(), preset));
+        } else if (std::strcmp(argv[i], "kits") == 0) {
+            for (const presets::Kit& kit : presets::kits()) bank.push_back(measureKit(kit));
         } else if (const auto sounds = readProbe(argv[i]); !sounds.empty()) {
             bank.push_back(measure(std::filesystem::path(argv[i]).stem().string(), sounds));
         } else {
