@@ -1,6 +1,5 @@
 #include "ArrangeFixture.h"
 
-#include "arrange/TrackHead.h"
 #include "base/CIniFile.h"
 #include "base/Paths.h"
 #include "common/fx/CEQ.h"
@@ -26,13 +25,12 @@ protected:
         CIniFile(inifile).writeString("PresetFolders", "mine", all.c_str());
         return inside + "/";
     }
+    /// In the menu "Track", of which the first entry is marked.
     void chooseForTrack(int index, const std::vector<std::string>& keys) {
-        auto* heads = find<HeadList>("heads");
-        for (auto* c : heads->controls)
-            if (c->id == "track" && static_cast<TrackHead*>(c)->songTrack() == row(index))
-                focus(c);
+        seq()->selectTrack(row(index), true);
         inMenu(keys);
-        key("Menu");
+        for (const char* k : {"F10", "Right", "Right", "Right", "Right", "Down"}) key(k);
+        ASSERT_TRUE(pumpUntil([&] { return app->menus.empty(); }));
         ASSERT_TRUE(loaded());
     }
     CSampler* synth(int index) {
@@ -78,7 +76,7 @@ TEST_F(PresetMenuTest, TracksAreSavedAndMadeAnew) {
         ASSERT_TRUE(pumpUntil([&] { return fileExists(to.c_str()); }));
     };
     save(path);
-    chooseForTrack(0, {"a", "Right", "f", "f", "Right", "m", "Return"});
+    chooseForTrack(0, {"Right", "f", "f", "Right", "m", "Return"});
     ASSERT_TRUE(pumpUntil([&] { return tracks() == 2; }));
     EXPECT_EQ(sight(1), wanted);
     EXPECT_NE(synth(1), synth(0));
