@@ -69,9 +69,7 @@ CStr exportByOptions(CSeq* seq, const RenderOptions& options, RenderUi* ui, Figu
     if (result != RenderResult::good) return lastMessage;
     figures.frames = render.framesWritten;
     figures.audioSeconds = double(render.framesWritten) / render.rate;
-    for (auto* ch : render.outputs) {
-        figures.peakLeft = std::max(figures.peakLeft, float(ch->holdL));
-        figures.peakRight = std::max(figures.peakRight, float(ch->holdR));
-    }
+    figures.peakLeft = render.peakLeft;
+    figures.peakRight = render.peakRight;
     return "";
 }

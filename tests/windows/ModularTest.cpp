@@ -605,7 +605,7 @@ TEST_F(ModularTest, PathsLeadFromSourceToOutput) {
     start();
     ASSERT_TRUE(load(kindDemo));
     const GraphModel graph(host.get());
-    auto* bass = seq()->tracks.items(1);
+    auto* bass = seq()->tracks.items(2);
     CList cables;
     listOutput(host.get(), bass->outPort(), &cables);
     ASSERT_EQ(cables.getCount(), 1);

@@ -84,9 +84,16 @@ private:
     int oldMode;
 };
 
-float clipped(float v) {
-    if (!std::isfinite(v)) return 0.0f;
-    return v >= 1.0f ? 1.0f : (v <= -1.0f ? -1.0f : v);
+float finite(float v) {
+    return std::isfinite(v) ? v : 0.0f;
+}
+
+/// Keeps what a file takes, and raises `peak` to what it was.
+void clip(float* side, int count, float& peak) {
+    for (int i = 0; i < count; i++) {
+        peak = std::max(peak, std::fabs(side[i]));
+        side[i] = std::clamp(side[i], -1.0f, 1.0f);
+    }
 }
 
 } // namespace
@@ -167,7 +174,7 @@ void CRender::runBlock(int n) {
     qv->process(n);
 }
 
-/// Adds (`mix`) or copies a channel's block to the buffers, narrowed to what its file takes.
+/// Adds (`mix`) or copies a channel's block to the buffers.
 void CRender::capture(const Target& target, int n, bool mix) {
     const COutputChannel* ch = target.channel;
     const bool mono = target.file->chs == 1;
@@ -175,8 +182,8 @@ void CRender::capture(const Target& target, int n, bool mix) {
         const float middle = (ch->bufL[i] + ch->bufR[i]) * 0.5f;
         const float l = mono ? middle : ch->bufL[i];
         const float r = mono ? middle : ch->bufR[i];
-        left[size_t(i)] = clipped(mix ? left[size_t(i)] + l : l);
-        right[size_t(i)] = clipped(mix ? right[size_t(i)] + r : r);
+        left[size_t(i)] = finite(mix ? left[size_t(i)] + l : l);
+        right[size_t(i)] = finite(mix ? right[size_t(i)] + r : r);
     }
 }
 
@@ -186,7 +193,9 @@ void CRender::write(Target& target, int n) {
     target.skip -= from;
     const int count = int(std::min<int64_t>(n - from, framesWritten - target.written));
     if (count < 1) return;
-    const float *l = left.data() + from, *r = right.data() + from;
+    float *l = left.data() + from, *r = right.data() + from;
+    clip(l, count, peakLeft);
+    clip(r, count, peakRight);
     target.file->writeFrames(count, l, r);
     for (int i = count; i-- > 0;)
         if (std::fabs(l[i]) > quietLevel || std::fabs(r[i]) > quietLevel) {

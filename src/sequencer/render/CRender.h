@@ -64,8 +64,9 @@ public:
     bool keepPart = true; ///< what was cancelled stays as far as it got, unless it replaces a file
     bool upload = false;  ///< the file goes to `addOn` afterwards; never with `multiTrack`
     CStr songName;        ///< of the upload
-    CSoundCloudAddOn* addOn = nullptr; ///< null while none is loaded; not owned
-    int64_t framesWritten = 0;         ///< of each file, by the last `process`
+    CSoundCloudAddOn* addOn = nullptr;       ///< null while none is loaded; not owned
+    int64_t framesWritten = 0;               ///< of each file, by the last `process`
+    float peakLeft = 0.0f, peakRight = 0.0f; ///< of all that was written, before it was clipped
 
     CRender(CQV* host, CComp* component);
 
