@@ -58,8 +58,8 @@ TEST_F(ProjectFlowsTest, EachKindBringsItsSong) {
     const struct {
         int kind, tracks;
     } cases[] = {{kindEmpty, 0},       {kindDefault, 1},   {kindDrumAndBass, 2}, {kindSequencer, 8},
-                 {kindPortaStudio, 8}, {kindGuitarist, 2}, {kindModular, -1},   {kindBeat, 4},
-                 {kindBand, 4}, {kindLateNight, 3}, {kindWaltz, 6}, {kindDemo, 10}};
+                 {kindPortaStudio, 8}, {kindGuitarist, 2}, {kindModular, -1},    {kindBeat, 4},
+                 {kindBand, 4},        {kindLateNight, 3}, {kindWaltz, 6},       {kindDemo, 10}};
     for (const auto& c : cases) {
         ASSERT_TRUE(load(c.kind)) << c.kind;
         EXPECT_EQ(tracks(), c.tracks) << c.kind;
@@ -273,9 +273,9 @@ TEST_F(ProjectFlowsTest, StartsAsTheSettingsTell) {
         int tracks;
         bool welcome;
     };
-    const Case cases[] = {{"0", true, 1, false},  {"1", true, -1, false}, {"2", true, 4, false},
+    const Case cases[] = {{"0", true, 1, false},   {"1", true, -1, false}, {"2", true, 4, false},
                           {"2", false, 10, false}, {"-1", true, 0, true},  {"-1", false, 10, true},
-                          {"3", true, 0, true},   {"-2", true, -1, false}};
+                          {"3", true, 0, true},    {"-2", true, -1, false}};
     for (const Case& c : cases) {
         titles.clear();
         set("last", "project", c.hasLast ? last.c_str() : "");
@@ -299,7 +299,7 @@ TEST_F(ProjectFlowsTest, WelcomeChoosesKindOrProject) {
     const Case cases[] = {{{"Down", "Down", "Return"}, 8, "3"}, // from the default on
                           {{"Return"}, 8, "3"},
                           {{"Tab", "Down", "Return"}, 2, "3"}, // the recent project
-                          {{"Tab", "End", "Return"}, 10, "3"},  // the demo song behind it
+                          {{"Tab", "End", "Return"}, 10, "3"}, // the demo song behind it
                           {{"Home", "Return"}, 0, "0"}};
     for (const Case& c : cases) {
         keysInDialog("Welcome", c.keys);
