@@ -59,11 +59,16 @@ struct SingleEvent {
     int tick = 0;
 };
 
+/// Of what a MIDI part has, notes alone.
+bool isTold(const CPart* part, const CBaseEvent* event) {
+    return part->type != partMIDI || noteOn(static_cast<const CMIDIEvent*>(event)->data);
+}
+
 SingleEvent singleEvent(CPart* part) {
     SingleEvent found;
     int count = 0;
     eachEvent(part->getEvents(), [&](CBaseEvent* e, int tick) {
-        if (!(e->flags & eventSelected) || count++ > 0) return;
+        if (!(e->flags & eventSelected) || !isTold(part, e) || count++ > 0) return;
         found = {e, tick};
     });
     return count == 1 ? found : SingleEvent();

@@ -267,6 +267,10 @@ void PartPainter::wave(const CAudioEvent* clip, CRect room, double fromX, double
     const int left = asMax(cut.left, asInt(std::ceil(fromX))), right = asMin(cut.right, asInt(toX));
     if (right <= left) return;
     const auto frameAt = [&](int x) {
+        const double share = (x - fromX) / (toX - fromX);
+        if (isPinned(clip))
+            return clip->reverse ? clip->end + 1 - framesPerPixel - framesAtShare(clip, share)
+                                 : clip->start + framesAtShare(clip, share);
         return clip->start + (clip->reverse ? toX - 1 - x : x - fromX) * framesPerPixel;
     };
     const double a = frameAt(left), b = frameAt(right - 1);

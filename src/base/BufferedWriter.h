@@ -18,6 +18,7 @@ public:
     void writeShort(short v) { put(v); }
     void writeInt(int v) { put(v); }
     void writeFloat(float v) { put(v); }
+    void writeDouble(double v) { put(v); }
     void flush() {
         stream->write(window, used);
         used = 0;

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int left = 32 + 192, step = 16; // of the icons
+constexpr int left = 32 + 224, step = 16; // of the icons: beside those for MIDI
 
 struct Direction {
     int type;

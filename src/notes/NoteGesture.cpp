@@ -7,21 +7,6 @@
 
 // All of them.
 
-void NoteGesture::dragEnd(const DragPoint& point) {
-    dragMove(point);
-    apply(point);
-    finish();
-}
-
-void NoteGesture::dragClick(const DragPoint& point) {
-    click(point);
-    finish();
-}
-
-void NoteGesture::dragCancel() {
-    finish();
-}
-
 void NoteGesture::finish() {
     state.edit.done();
     state.shownChanged();
@@ -32,10 +17,7 @@ bool NoteGesture::stands() const {
 }
 
 CPoint NoteGesture::dragScroll(CPoint by) {
-    const int64_t x = state.axis().scroll();
-    const int y = state.edit.scrollY;
-    state.scrollTo(x + by.x, alongOnly ? y : y + by.y);
-    return asPoint(int(state.axis().scroll() - x), state.edit.scrollY - y);
+    return scrollView(state, alongOnly ? asPoint(by.x, 0) : by);
 }
 
 // Notes.

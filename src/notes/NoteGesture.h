@@ -1,7 +1,7 @@
 #pragma once
 
-#include "gui/CDrag.h"
 #include "ui/NoteMouse.h"
+#include "ui/ViewGesture.h"
 
 #include <functional>
 #include <memory>
@@ -10,7 +10,7 @@ class CGraphic;
 class NoteState;
 
 /// What a press over the part's content begins, in the grid and in the lane below it.
-class NoteGesture : public DragHandler {
+class NoteGesture : public ViewGesture {
 public:
     bool alongOnly = false; ///< at an edge of the view it scrolls along, and not the rows
 
@@ -22,19 +22,13 @@ public:
     virtual bool stands() const;
     virtual void paintOverlay(CGraphic*, CRect) const {}
 
-    void dragEnd(const DragPoint& point) final;
-    void dragClick(const DragPoint& point) final;
-    void dragCancel() final;
     CPoint dragScroll(CPoint by) override;
 
 protected:
-    virtual void apply(const DragPoint&) {} ///< released: the song changes
-    virtual void click(const DragPoint&) {} ///< released where it was pressed
-
     NoteState& state;
 
 private:
-    void finish();
+    void finish() override;
 };
 
 /// A drag of notes or hits.

@@ -9,6 +9,7 @@
 #include "gui/CApp.h"
 #include "gui/CWin.h"
 #include "gui/controls/CPopup.h"
+#include "notes/StretchMenu.h"
 #include "notes/WaveState.h"
 #include "sequencer/edit/ClipEdits.h"
 #include "sequencer/edit/PartEdits.h"
@@ -248,7 +249,9 @@ constexpr Entry audioEntries[] = {
     {"Mark the cue points of the file", markCues, withCues},
     {"Clear marks", clearMarks, withMarks},
     {"Slice at the marks", slice, sliceable},
-    {nullptr},
+};
+
+constexpr Entry viewEntries[] = {
     {"Loop the range", [](WaveState& state) { state.looped = !state.looped; }, always,
      [](const WaveState& state) { return state.looped; }},
     {"Zoom to samples", zoomSamples},
@@ -305,6 +308,9 @@ bool waveAction(WaveState& state, const CStr& name) {
 void fillWaveMenu(CPopup* popup, WaveState& state) {
     popup->addSeparator();
     fill(popup, state, audioEntries);
+    fillStretchMenu(popup->addSub("Stretch markers"), state);
+    popup->addSeparator();
+    fill(popup, state, viewEntries);
     popup->addSeparator();
     constexpr struct {
         const char *action, *text;

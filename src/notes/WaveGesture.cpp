@@ -5,7 +5,10 @@
 #include "gui/Keys.h"
 #include "notes/WaveState.h"
 #include "sequencer/edit/ClipEdits.h"
+#include "sequencer/edit/PinEdits.h"
 #include "sequencer/song/CSeq.h"
+#include "ui/PlaceText.h"
+#include "ui/Workspace.h"
 
 #include <algorithm>
 
@@ -63,6 +66,40 @@ void MarkDrag::dragEnd(const DragPoint&) {
 
 void MarkDrag::dragCancel() {
     put(before);
+}
+
+// Stretch markers.
+
+PinDrag::PinDrag(WaveState& shared, int number) : WaveGesture(shared), pin(number) {
+}
+
+double PinDrag::shareMeant(const DragPoint& point) const {
+    const double tick = state.tickOf(state.frameMeant(point.at.x, isFree(point)));
+    return limitPinShare(state.place(), pin, state.pinShare(tick));
+}
+
+void PinDrag::dragMove(const DragPoint& point) {
+    const CAudioEvent* clip = state.clip();
+    if (!state.sample() || pin >= clip->pins.count) return;
+    const double share = shareMeant(point);
+    const double into = framesAtShare(clip, clip->reverse ? 1.0 - share : share);
+    state.heldPin = pin;
+    state.pinTarget = clip->reverse ? clip->end + 1.0 - into : clip->start + into;
+    const double tick = state.tickOf(state.pinTarget);
+    state.workspace.setStatus("To " + placeText(state.seq(), asRound(tick)));
+    state.shownChanged();
+}
+
+void PinDrag::dragEnd(const DragPoint& point) {
+    if (!state.sample()) return dragCancel();
+    const double share = shareMeant(point);
+    dragCancel();
+    movePin(state.seq(), state.place(), pin, share);
+}
+
+void PinDrag::dragCancel() {
+    state.heldPin = -1;
+    state.shownChanged();
 }
 
 // Fades.

@@ -49,6 +49,22 @@ private:
     const int before;
 };
 
+/// Moves a stretch marker to where its frame comes to be heard, which the release applies.
+class PinDrag : public WaveGesture {
+public:
+    PinDrag(WaveState& state, int pin);
+
+    void dragMove(const DragPoint& point) override;
+    void dragEnd(const DragPoint& point) override;
+    void dragCancel() override;
+    void dragClick(const DragPoint&) override { dragCancel(); }
+
+private:
+    double shareMeant(const DragPoint& point) const;
+
+    const int pin;
+};
+
 /// Draws one of the fades of the clip longer or shorter, which the release applies.
 class FadeDrag : public WaveGesture {
 public:

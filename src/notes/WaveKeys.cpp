@@ -15,6 +15,7 @@ namespace {
 std::vector<int> stops(const WaveState& state) {
     const FrameRange all = state.heard();
     std::vector<int> frames = state.marks;
+    for (const ClipPin& pin : state.clip()->pins) frames.push_back(pin.frame);
     for (const AudioCue& cue : state.sample()->cues) frames.push_back(cue.frame);
     for (const int end : {0, all.from, all.to, state.frames()}) frames.push_back(end);
     std::ranges::sort(frames);

@@ -59,6 +59,7 @@ void WavePainter::paint(int playX) {
     range();
     fades();
     marks();
+    pins();
     const CRect shadow =
         asRect(playX - shadowReach, view.top, playX + shadowReach + 1, view.bottom);
     if (playX < 0 || intersect(shadow, asked).empty()) return;
@@ -230,4 +231,36 @@ void WavePainter::marks() {
                           asRect(x, view.top, x + nameWidth, view.top + WaveView::stripHeight),
                           textLeft);
     }
+}
+
+CRect WavePainter::pinHandle(const WaveState& state, CRect view, double frame) {
+    const int x = state.axis.xOf(frame);
+    return asRect(x - handleSize / 2, view.bottom - handleSize, x + handleSize / 2 + 1,
+                  view.bottom);
+}
+
+void WavePainter::pinHead(double frame, float pitch) {
+    const CRect handle = pinHandle(state, view, frame);
+    const int x = state.axis.xOf(frame);
+    if (x < asked.left - nameWidth || x > asked.right + handleSize) return;
+    graphic->fillLine(palette.mute, asRect(x, view.top, x + 1, view.bottom));
+    graphic->fillRect(palette.mute, intersect(handle, asked));
+    if (pitch == 0.0f) return;
+    const TextScope small(graphic, {TextSize::small});
+    graphic->drawText(
+        palette.text, asStrFormat(double(pitch), "%+g"),
+        asRect(handle.right + 2, handle.top - 3, handle.right + nameWidth, view.bottom), textLeft);
+}
+
+void WavePainter::pins() {
+    const CAudioEvent* clip = state.clip();
+    if (!isPinned(clip)) return;
+    for (int i = 0; i < clip->pins.count; i++)
+        if (i != state.heldPin) pinHead(clip->pins.list[i].frame, clip->pins.list[i].pitch);
+    if (state.heldPin < 0 || state.heldPin >= clip->pins.count) return;
+    const ClipPin& held = clip->pins.list[state.heldPin];
+    const int from = state.axis.xOf(held.frame), to = state.axis.xOf(state.pinTarget);
+    const CRect way = asRect(asMin(from, to), view.bottom - 2, asMax(from, to), view.bottom);
+    graphic->fillRect(palette.mute, intersect(way, asked));
+    pinHead(state.pinTarget, held.pitch);
 }

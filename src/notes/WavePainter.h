@@ -24,6 +24,8 @@ public:
     static CRect channelBox(CRect view, int channel, int channels);
     /// The square by which a fade is taken hold of.
     static CRect fadeHandle(const WaveState& state, CRect view, bool in);
+    /// The square at the bottom by which a stretch marker is taken hold of.
+    static CRect pinHandle(const WaveState& state, CRect view, double frame);
 
 private:
     struct Inks {
@@ -39,6 +41,8 @@ private:
     void range();
     void fades();
     void marks();
+    void pins();
+    void pinHead(double frame, float pitch);
     void mark(int frame, int colour, const CRect& head);
     double yOf(CRect box, float value) const;
     void readFew();

@@ -51,6 +51,7 @@ double WaveState::tickOf(double frame) const {
     const CAudioEvent* shown = clip();
     const double into = shown->reverse ? shown->end + 1.0 - frame : frame - shown->start;
     const int from = clipTick();
+    if (isPinned(shown)) return from + shareAt(shown, into) * shown->ticks;
     if (shown->mode != playRepitch) return from + into * shown->ticks / asMax(1, frameCount(shown));
     const int rate = clipRate(shown);
     if (into < 0) return from + into * seq()->framesToTicks(from, rate, rate) / rate;
@@ -62,6 +63,7 @@ double WaveState::frameOf(double tick) const {
     const int from = clipTick();
     const double ticks = tick - from;
     double into = ticks * frameCount(shown) / asMax(1, shown->ticks);
+    if (isPinned(shown)) into = framesAtShare(shown, ticks / asMax(1, shown->ticks));
     if (shown->mode == playRepitch) {
         const int whole = asInt(std::floor(ticks)), rate = clipRate(shown);
         const auto framesIn = [&](int count) {
@@ -72,6 +74,18 @@ double WaveState::frameOf(double tick) const {
         into = low + (high - low) * (ticks - whole);
     }
     return shown->reverse ? shown->end + 1.0 - into : shown->start + into;
+}
+
+int WaveState::pinHere() const {
+    const CAudioEvent* shown = clip();
+    for (int i = 0; shown && i < shown->pins.count; i++)
+        if (shown->pins.list[i].frame == range.from) return i;
+    return -1;
+}
+
+double WaveState::pinShare(double tick) const {
+    const double share = (tick - clipTick()) / asMax(1, clip()->ticks);
+    return clip()->reverse ? 1.0 - share : share;
 }
 
 FrameRange WaveState::heard() const {

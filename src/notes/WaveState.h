@@ -27,6 +27,8 @@ public:
     bool looped = false;    ///< the range is heard over and over
     std::vector<int> marks; ///< frames, rising: where slices begin
     bool spectrum = false;  ///< of the range is shown
+    int heldPin = -1;       ///< the stretch marker that is dragged
+    double pinTarget = 0.;  ///< the frame where what is heard now comes to be its sound
     /// What shows once the edit that was begun last has brought another file.
     struct After {
         FrameRange range;
@@ -56,6 +58,9 @@ public:
     /// on at the speed of its start.
     double tickOf(double frame) const;
     double frameOf(double tick) const;
+    int pinHere() const; ///< the stretch marker at the place, -1 for none
+    /// The share of the clip's ticks, while it plays forward, that ends at a tick of the song.
+    double pinShare(double tick) const;
     /// The frame that sounds, of the range alone or of the song; -1 for none.
     double playFrame() const;
     CSamplePreview* preview() const; ///< null while another player has its place

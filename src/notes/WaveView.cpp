@@ -13,7 +13,9 @@
 #include "notes/WavePainter.h"
 #include "notes/WaveState.h"
 #include "notes/WaveTexts.h"
+#include "sequencer/edit/PinEdits.h"
 #include "sequencer/song/CSeq.h"
+#include "ui/PlaceText.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
 
@@ -28,6 +30,7 @@ constexpr int rangeParts = 2;  ///< its start, with all that there is to tell of
 constexpr const char* freeHint = "Drag selects, with Shift from where the range is, with Ctrl off "
                                  "the grid; double click takes what lies between two marks";
 constexpr const char* markHint = "Drag moves the mark, right click takes it away";
+constexpr const char* pinHint = "Drag to where this is to be heard, right click for more";
 constexpr const char* stripHint = "A double click marks the place";
 constexpr const char* edgeHint = "Drag moves this end of the range";
 constexpr const char* fadeHint = "Drag makes the fade longer or shorter";
@@ -82,6 +85,11 @@ WaveView::Held WaveView::heldAt(CPoint at) const {
     };
     for (size_t i = 0; at.y < stripHeight && i < state.marks.size(); i++)
         if (near(state.marks[i])) return {WaveGrip::mark, int(i)};
+    const CAudioEvent* clip = state.clip();
+    for (int i = 0; isPinned(clip) && i < clip->pins.count; i++)
+        if (WavePainter::pinHandle(state, clientRect(), clip->pins.list[i].frame)
+                .contains(at.x, at.y))
+            return {WaveGrip::pin, i};
     for (const bool in : {true, false})
         if (WavePainter::fadeHandle(state, clientRect(), in).contains(at.x, at.y))
             return {in ? WaveGrip::fadeIn : WaveGrip::fadeOut};
@@ -97,6 +105,10 @@ void WaveView::mouseDown(int x, int y, int btn) {
     const CPoint at = asPoint(x, y);
     const Held held = heldAt(at);
     if (btn & modRight) {
+        if (held.grip == WaveGrip::pin) { // the menu is about this one
+            const int frame = state.clip()->pins.list[held.index].frame;
+            state.setRange(frame, frame);
+        }
         if (held.grip == WaveGrip::mark) {
             state.marks.erase(state.marks.begin() + held.index);
             return state.keepMarks();
@@ -107,10 +119,13 @@ void WaveView::mouseDown(int x, int y, int btn) {
     }
     if (!(btn & modLeft)) return;
     const int frame = state.frameMeant(x, btn & modControl);
-    if (btn & modDouble && held.grip != WaveGrip::mark)
+    const bool onMark = held.grip == WaveGrip::mark || held.grip == WaveGrip::pin;
+    if (btn & modDouble && !onMark)
         return y < stripHeight ? addMarks(state, {frame}) : choosePiece(x);
     if (held.grip == WaveGrip::mark)
         gesture = std::make_unique<MarkDrag>(state, held.index);
+    else if (held.grip == WaveGrip::pin)
+        gesture = std::make_unique<PinDrag>(state, held.index);
     else if (held.grip == WaveGrip::fadeIn || held.grip == WaveGrip::fadeOut)
         gesture = std::make_unique<FadeDrag>(state, held.grip == WaveGrip::fadeIn);
     else
@@ -147,6 +162,7 @@ void WaveView::hover(CPoint at) {
     const Held held = heldAt(at);
     cursor = held.grip == WaveGrip::none ? cursorPlain : cursorSideways;
     const char* text = held.grip == WaveGrip::mark     ? markHint
+                       : held.grip == WaveGrip::pin    ? pinHint
                        : held.grip >= WaveGrip::fadeIn ? fadeHint
                        : held.grip != WaveGrip::none   ? edgeHint
                        : at.y < stripHeight            ? stripHint
@@ -195,7 +211,12 @@ bool WaveView::contextMenu() {
 // What it tells.
 
 int WaveView::accessParts() const {
-    return state.sample() && state.seq() ? rangeParts + int(state.marks.size()) : 0;
+    if (!state.sample() || !state.seq()) return 0;
+    return firstPin() + (isPinned(state.clip()) ? state.clip()->pins.count : 0);
+}
+
+int WaveView::firstPin() const {
+    return rangeParts + int(state.marks.size());
 }
 
 int WaveView::focusedPart() const {
@@ -204,6 +225,7 @@ int WaveView::focusedPart() const {
 
 int WaveView::frameOfPart(int part) const {
     if (part < rangeParts) return part == 0 ? state.range.from : state.range.to;
+    if (part >= firstPin()) return state.clip()->pins.list[part - firstPin()].frame;
     return state.marks[size_t(part - rangeParts)];
 }
 
@@ -219,6 +241,7 @@ void WaveView::describe(Description& d, int part) const {
         d.text = sampleText(*sample).asChar();
         return;
     }
+    if (part >= firstPin()) return describePin(d, part - firstPin());
     const int frame = frameOfPart(part), x = state.axis.xOf(frame);
     const CStr time = timeText(frame, double(sample->rate));
     const CStr name = part == 0           ? rangeText(state)
@@ -235,12 +258,26 @@ void WaveView::describe(Description& d, int part) const {
                   clientRect());
 }
 
-/// A mark chooses what lies between it and the next one.
+void WaveView::describePin(Description& d, int index) const {
+    const ClipPin& pin = state.clip()->pins.list[index];
+    const double tick = state.tickOf(pin.frame);
+    d.name = ("Stretch marker " + asStr(index + 1)).asChar();
+    d.text = (placeText(state.seq(), asRound(tick)) + ", " +
+              asStrFormat(double(pin.pitch), "%+g semitones"))
+                 .asChar();
+    d.action = "select";
+    d.range = {tick, 0.0, double(maxTicks), 1.0};
+    d.bounds = intersect(WavePainter::pinHandle(state, clientRect(), pin.frame), clientRect());
+}
+
+/// A mark chooses what lies between it and the next one, a stretch marker is the place.
 bool WaveView::pressPart(int part) {
     if (part < 0 || part >= accessParts()) return false;
     win->setKeyCtrl(this);
-    if (part >= rangeParts) {
-        const bool last = part + 1 == accessParts();
+    if (part >= firstPin()) {
+        state.setRange(frameOfPart(part), frameOfPart(part));
+    } else if (part >= rangeParts) {
+        const bool last = part + 1 == firstPin();
         state.setRange(frameOfPart(part), last ? state.heard().to : frameOfPart(part + 1));
     }
     state.scrollInView(frameOfPart(part));
@@ -249,6 +286,8 @@ bool WaveView::pressPart(int part) {
 
 bool WaveView::enterNumber(int part, double to) {
     if (part < 0 || part >= accessParts()) return false;
+    if (part >= firstPin())
+        return movePin(state.seq(), state.place(), part - firstPin(), state.pinShare(to));
     const int frame = asMinMax(asRound(to), 0, state.frames());
     if (part >= rangeParts) {
         state.marks.erase(state.marks.begin() + (part - rangeParts));

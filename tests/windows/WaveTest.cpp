@@ -330,6 +330,48 @@ TEST_F(WaveTest, FadesAreDraggedAndTheRangeIsHeardAlone) {
     EXPECT_TRUE(pumpUntil([&] { return !preview->isOn(); })) << "another page is in front";
 }
 
+/// By the menu, the mouse and the accessible tree; each is a step.
+TEST_F(WaveTest, StretchMarkersMoveTheSoundInTime) {
+    open();
+    mouse(xAt(4000));
+    act({"click", "1"});
+    const auto onMarker = [&](const std::vector<std::string>& keys) {
+        std::vector<std::string> letters{"s", "s", "Right"};
+        letters.insert(letters.end(), keys.begin(), keys.end());
+        menu(letters);
+    };
+    const auto pin = [&] { return clip()->pins.list[0]; };
+    const auto lies = [&](double share) {
+        return pumpUntil([&] { return std::fabs(pin().share - share) < 0.002; });
+    };
+    onMarker({"Return"});
+    ASSERT_TRUE(pumpUntil([&] { return clip()->pins.count == 1; }));
+    const int frame = frameAt(xAt(4000));
+    EXPECT_EQ(pin().frame, frame);
+    EXPECT_EQ(clip()->mode, 2);
+    EXPECT_TRUE(lies(double(frame) / frames)) << "where it was";
+
+    const int low = view()->height - 4;
+    press(xAt(frame), xAt(6000), "Escape", low);
+    EXPECT_TRUE(lies(double(frame) / frames));
+    press(xAt(frame), xAt(6000), "", low);
+    EXPECT_TRUE(lies(frameAt(xAt(6000)) / double(frames))) << pin().share;
+    key("ctrl+z");
+    EXPECT_TRUE(lies(double(frame) / frames));
+
+    Description d;
+    ASSERT_EQ(view()->accessParts(), 3);
+    view()->describe(d, 2);
+    EXPECT_EQ(d.name, "Stretch marker 1");
+    EXPECT_TRUE(view()->enterNumber(2, edited->pos + seq()->getTicks(edited) * 0.25));
+    EXPECT_TRUE(lies(0.25));
+    EXPECT_TRUE(view()->pressPart(2)); // the place, which the menu is about
+    onMarker({"a", "a", "a", "a", "Return"});
+    EXPECT_TRUE(pumpUntil([&] { return pin().pitch == 1.0f; })) << pin().pitch;
+    onMarker({"d", "Return"});
+    EXPECT_TRUE(pumpUntil([&] { return clip()->pins.count == 0; }));
+}
+
 /// A file that is not there, one without frames, and a part without a clip.
 TEST_F(WaveTest, ShowsWhatCannotBeHeard) {
     open();

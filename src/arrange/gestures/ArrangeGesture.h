@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/CStr.h"
-#include "gui/CDrag.h"
+#include "ui/ViewGesture.h"
 
 class ArrangeGrid;
 class ArrangeState;
@@ -11,7 +11,7 @@ class Takes;
 
 /// What a press in the grid begins. The state of the mouse follows the drag, an overlay shows what
 /// would become of it, and the song changes at the release.
-class ArrangeGesture : public DragHandler {
+class ArrangeGesture : public ViewGesture {
 public:
     ArrangeGesture(ArrangeGrid& over, ArrangeState& shared) : grid(over), state(shared) {}
 
@@ -25,14 +25,9 @@ public:
     /// What it shows, over the rows.
     virtual void paintOverlay(CGraphic*, CRect) const {}
 
-    void dragEnd(const DragPoint& point) final;
-    void dragClick(const DragPoint& point) final;
-    void dragCancel() final;
     CPoint dragScroll(CPoint by) override;
 
 protected:
-    virtual void apply(const DragPoint& point) = 0; ///< released: the song changes
-    virtual void click(const DragPoint&) {}         ///< released where it was pressed
     /// The pointer is there: `text` comes to be told beside it.
     void tellAt(const DragPoint& point, const CStr& text);
 
@@ -40,7 +35,7 @@ protected:
     ArrangeState& state;
 
 private:
-    void finish();
+    void finish() override;
 
     CStr tag;
 };

@@ -107,11 +107,22 @@ private:
             clip->start = asMin(clip->start, clip->end);
             clip->sample = r.sample.get();
             if (mode == processCut && clip->mode != playRepitch)
-                shorten(undo, r.placed.part, clip, double(before - r.frames.count()) / before);
+                shorten(undo, r.placed.part, clip, timeLeft(clip, r.frames, before));
             undo->asAdd(r.sample.release(), &seq->host->samples);
             swapUndoPart(undo, content, edited);
         }
         seq->host->undoEnd(undo, false);
+    }
+
+    /// The share of its time that a clip keeps without those of its `before` frames.
+    static double timeLeft(CAudioEvent* clip, const FrameRange& cut, int before) {
+        const double left = double(before - cut.count()) / before;
+        if (!isPinned(clip)) return left;
+        CAudioEvent whole = *clip;
+        whole.end = clip->start + before - 1;
+        return movePins(clip, &whole, [&](int frame) {
+            return int64_t(frame) - std::clamp(frame - cut.from, 0, cut.count());
+        });
     }
 
     void shorten(CUndo* undo, CPart* part, CAudioEvent* clip, double left) const {

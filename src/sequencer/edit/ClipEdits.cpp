@@ -246,6 +246,7 @@ void slipParts(CSeq* seq, int ticks) {
             auto* moved = static_cast<CAudioEvent*>(edited->events.load());
             moved->start += frames;
             moved->end += frames;
+            recutPins(moved, clip);
             swapUndoPart(undo, p.part->content(), edited);
         }
     }

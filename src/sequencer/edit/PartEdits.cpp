@@ -33,7 +33,7 @@ auto fieldsOf(const CDrumEvent* e) {
 auto fieldsOf(const CAudioEvent* e) {
     return std::tie(e->sample, e->gain, e->pan, e->mode, e->reverse, e->start, e->end, e->ticks,
                     e->semitones, e->fine, e->slice, e->fadeInMs, e->fadeInCurve, e->fadeOutMs,
-                    e->fadeOutCurve);
+                    e->fadeOutCurve, e->pins);
 }
 
 auto fieldsOf(const CEnvEvent* e) {

@@ -9,7 +9,9 @@ namespace {
 
 int share(int ticks, const FrameRange& frames, const CAudioEvent* of) {
     const double whole = double(of->end) - of->start + 1;
-    return asMax(limitTicks(asRound64(ticks * (frames.count() / whole))), 1);
+    const double part =
+        isPinned(of) ? shareOfFrames(of, frames.from, frames.to) : frames.count() / whole;
+    return asMax(limitTicks(asRound64(ticks * part)), 1);
 }
 
 } // namespace
@@ -33,6 +35,7 @@ std::unique_ptr<CPart> partOfFrames(CSeq* seq, CPart* part, const FrameRange& fr
     CAudioEvent* clip = createAudioEvent(whole);
     clip->start = frames.from;
     clip->end = asMax(frames.to - 1, frames.from);
+    recutPins(clip, whole);
     clip->ticks = share(whole->ticks, frames, whole);
     made->length = share(ticks, frames, whole);
     made->offset = 0;

@@ -99,9 +99,11 @@ CAudioEvent* Piece::clipPiece(const CAudioEvent* clip, int tick) const {
     CAudioEvent* piece = createAudioEvent(clip);
     const int start = clip->start, end = clip->end;
     if (goesOn) keepFront(piece, endFrame, to - tick);
-    if (!begun) return piece;
-    keepBack(piece, frame, (goesOn ? to : tick + ticks) - from);
-    if (clip->reverse) piece->end = end - frame + start;
+    if (begun) {
+        keepBack(piece, frame, (goesOn ? to : tick + ticks) - from);
+        if (clip->reverse) piece->end = end - frame + start;
+    }
+    recutPins(piece, clip);
     return piece;
 }
 
@@ -154,9 +156,11 @@ CBaseEvent* cutEvent(CSeq* seq, CPart* part, CBaseEvent* event, int tick, int at
         const int frame = frameInClip(seq, clip, songTick, at);
         const int ticks = sampleAsTicks2(seq, clip, songTick);
         if (ticks <= at || !inside(clip, frame)) return nullptr;
+        const CAudioEvent whole = *clip;
         CAudioEvent* right = createAudioEvent(clip);
         keepFront(clip, frame, at);
         keepBack(right, frame, ticks - at);
+        for (CAudioEvent* half : {clip, right}) recutPins(half, &whole);
         return right;
     }
     int* length = eventLength(part->type, event);

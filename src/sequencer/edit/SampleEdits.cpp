@@ -89,13 +89,16 @@ void record(CSeq* seq, const ClipPlace& place, const CStr& title, std::unique_pt
     CPart* content = place.part->content();
     CPart* edited = content->copy(0);
     CAudioEvent* clip = clipOf(edited, place.index);
-    const int before = frameCount(clip), last = asMax(0, file->frames - 1);
+    const CAudioEvent* former = place.clip();
+    const int last = asMax(0, file->frames - 1);
     const int64_t behind = shift(saturate(int64_t(clip->end) + 1));
     clip->start = asMinMax(saturate(shift(clip->start)), 0, last);
     clip->end = asMinMax(saturate(behind - 1), clip->start, last);
     clip->sample = file.get();
     if (!isMulticlip(content)) moveTakes(edited, shift, file->frames);
-    resize(seq, undo, place, clip, double(frameCount(clip)) / before);
+    const double longer = isPinned(former) ? movePins(clip, former, shift)
+                                           : double(frameCount(clip)) / frameCount(former);
+    resize(seq, undo, place, clip, longer);
     undo->asAdd(file.release(), &seq->host->samples);
     swapUndoPart(undo, content, edited);
     seq->host->undoEnd(undo, false);

@@ -79,9 +79,13 @@ bool pasteFrames(CSeq* seq, CUndo* undo, CPart* source, CPart* target, int tick)
 
     CPart* edited = content->copy(0);
     auto* grown = static_cast<CAudioEvent*>(edited->events.load());
-    const double share = double(added->end - added->start + 1) / (clip->end - clip->start + 1);
-    grown->end =
-        std::min(saturate(int64_t(clip->end) + added->end - added->start + 1), file->frames - 1);
+    const int count = added->end - added->start + 1;
+    double share = double(count) / (clip->end - clip->start + 1);
+    if (isPinned(clip))
+        share =
+            movePins(grown, clip, [&](int at) { return at < frame ? at : int64_t(at) + count; }) -
+            1;
+    grown->end = std::min(saturate(int64_t(clip->end) + count), file->frames - 1);
     grown->ticks = limitTicks(asRound64(clip->ticks * (1.0 + share)));
     grown->sample = file.get();
     if (clip->mode != playRepitch) {

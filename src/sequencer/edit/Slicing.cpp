@@ -113,9 +113,11 @@ private:
 
     std::unique_ptr<CPart> make(CPart* part, const Slice& slice) const {
         std::unique_ptr<CPart> made = uncheckedPiece(seq, part, slice.from, slice.to);
-        CAudioEvent* clip = createAudioEvent(static_cast<const CAudioEvent*>(part->getEvents()));
+        const auto* whole = static_cast<const CAudioEvent*>(part->getEvents());
+        CAudioEvent* clip = createAudioEvent(whole);
         clip->start = slice.first;
         clip->end = slice.last;
+        recutPins(clip, whole);
         clip->ticks = slice.to - slice.from;
         clip->fadeInMs = clip->fadeOutMs = 0.0f;
         made->setEvents(nullptr);
@@ -150,7 +152,7 @@ std::optional<std::vector<Slice>> slicesAt(CSeq* seq, CPart* part, const CAudioE
         const double range = double(clip->end) - clip->start + 1;
         if (clip->mode == playRepitch)
             return asMin(asRound(seq->framesToTicks(part->pos, frames, clipRate(clip))), length);
-        return asRound(frames * length / range);
+        return asRound(length * (isPinned(clip) ? shareAt(clip, frames) : frames / range));
     };
     std::vector<Slice> slices;
     for (size_t i = 0; i + 1 < cuts.size(); i++) {

@@ -17,6 +17,7 @@
 #include "sequencer/song/TempoMap.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <utility>
 
@@ -54,6 +55,19 @@ SampleSpan spanOf(const AudioVoice& v) {
     return {v.pos, v.speed, v.reverse, v.start, v.end};
 }
 
+/// A number that differs, as good as surely, for other markers; 0 for none.
+std::uint64_t markOf(const CAudioEvent* e) {
+    if (!e || !isPinned(e)) return 0;
+    std::uint64_t mark = std::uint64_t(e->pins.count);
+    const auto mix = [&](std::uint64_t word) { mark = (mark ^ word) * 0x100000001B3; };
+    for (const ClipPin& pin : e->pins) {
+        mix(std::uint64_t(pin.frame));
+        mix(std::bit_cast<std::uint32_t>(pin.pitch));
+        mix(std::bit_cast<std::uint64_t>(pin.share));
+    }
+    return mark;
+}
+
 /// Whether the voice plays what the start asks for, but perhaps at another pitch or to another end.
 bool plays(const AudioVoice& v, const VoiceStart& s) {
     if (v.part != s.part || v.sample != s.sample || v.out != s.out) return false;
@@ -64,7 +78,8 @@ bool plays(const AudioVoice& v, const VoiceStart& s) {
         v.mode == playRepitch && !v.reverse && v.fadeOutLen == 0 && s.end > v.pos;
     return v.tick == s.tick && v.mode == s.mode && v.reverse == s.reverse && v.ticks == s.ticks &&
            v.start == asMinMax(s.start, 0, std::max(last, 0)) && (sameEnd || endMayMove) &&
-           v.fadeInMs == s.event->fadeInMs && v.fadeOutMs == s.event->fadeOutMs;
+           v.pins == markOf(s.event) && v.fadeInMs == s.event->fadeInMs &&
+           v.fadeOutMs == s.event->fadeOutMs;
 }
 
 /// Source frame that is reached `frames` further on.
@@ -161,15 +176,17 @@ bool AudioVoices::place(AudioVoice& v, const VoiceStart& s) const {
         if (s.ticks < 1 || length < 1) return false;
         v.tempoSpeed = length * ticksPerSecondPerBpm / (double(s.ticks) * double(root->rate));
     }
+    v.pins = markOf(s.event);
+    v.pos = v.pieceEnd = v.start;
     refresh(v);
-    v.pos = v.start;
     if (s.into > 0.0 && v.mode != playRepitch) {
-        v.pos += s.into / s.ticks * (length + 1.0);
+        const double share = s.into / s.ticks;
+        v.pos += v.pins ? framesAtShare(s.event, share) : share * (length + 1.0);
     } else if (s.into > 0.0) {
         v.pos += sourceFramesInto(s, v.pitch);
         if (v.speed == 1.0) v.pos = std::floor(v.pos + 0.5); // as a voice from its start stands
     }
-    v.pos = wholeSteps(v.pos, s.sample->frames);
+    v.pos = v.pieceEnd = wholeSteps(v.pos, s.sample->frames);
     return v.pos <= v.end;
 }
 
@@ -214,6 +231,7 @@ void AudioVoices::release(AudioVoice& v) {
 void AudioVoices::refresh(AudioVoice& v) const {
     const double tempo = double(host()->tempoNow);
     if (v.event) v.pitch = v.event->semitones + double(v.event->fine);
+    if (v.event && v.pins) followPins(v);
     if (v.mode == playResample) {
         v.speed = wholeSteps(speedLimit(tempo * v.tempoSpeed), v.sample->frames);
         return;
@@ -222,7 +240,25 @@ void AudioVoices::refresh(AudioVoice& v) const {
     if (v.mode != playStretch) return;
     if (v.sample->fixedPitch) v.speed = 1.0;
     v.stretch = 1.0 / speedLimit(tempo * v.tempoSpeed);
-    v.stretchLeft = std::max(0, asInt((v.stop - v.pos) * v.stretch));
+    v.stretchLeft = std::max(0, asInt(outputUpTo(v, v.stop)));
+}
+
+/// Speed and pitch of the piece between two markers that it is in.
+void AudioVoices::followPins(AudioVoice& v) const {
+    const ClipPiece piece = pieceAt(v.event, v.pos - v.start);
+    const double ticks = v.event->ticks * (piece.shareTo - piece.shareFrom);
+    v.tempoSpeed = (piece.to - piece.from) * ticksPerSecondPerBpm / (ticks * double(host()->rate));
+    v.pieceEnd = v.start + piece.to;
+    v.pitch += double(piece.pitch);
+}
+
+/// Frames that a stretched voice lasts from where it stands to another place.
+double AudioVoices::outputUpTo(const AudioVoice& v, double pos) const {
+    if (!v.event || !v.pins || pos <= v.pieceEnd) return (pos - v.pos) * v.stretch;
+    const double ticksPerFrame =
+        double(host()->tempoNow) * ticksPerSecondPerBpm / double(host()->rate);
+    const double share = shareAt(v.event, pos - v.start) - shareAt(v.event, v.pos - v.start);
+    return share * v.event->ticks / ticksPerFrame;
 }
 
 void AudioVoices::render(int frames, int offset) {
@@ -251,6 +287,8 @@ void AudioVoices::beginSlice(AudioVoice& v, int most) {
     refresh(v);
     if (v.leaving > 0) slice = std::min(slice, v.leaving);
     const float gain = fadeGain(v, slice);
+    if (v.event && v.pins)
+        slice = std::min(slice, std::max(1, asInt(std::ceil((v.pieceEnd - v.pos) * v.stretch))));
     cutAtEnd(v, slice);
     v.sliceLeft = std::max(0, slice);
     v.sliceGain = gain * gain;
@@ -280,8 +318,9 @@ float AudioVoices::fadeGain(AudioVoice& v, int& slice) const {
         gain *= float(v.fadeInPos) / float(v.fadeInLen);
     }
     if (v.fadeOutLen > 0 && v.fadeOutPos < 0) {
-        const double source = v.end - v.pos;
-        const int remain = asInt(v.mode == playStretch ? source * v.stretch : source / v.speed);
+        const double left =
+            v.mode == playStretch ? outputUpTo(v, v.end) : (v.end - v.pos) / v.speed;
+        const int remain = asInt(left);
         if (v.fadeOutLen >= remain)
             v.fadeOutPos = v.fadeOutLen - remain;
         else if (v.fadeOutLen + slice > remain)

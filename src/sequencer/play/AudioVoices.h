@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 /// Of a fade, at any rate.
@@ -54,6 +55,7 @@ struct AudioVoice {
     double pos = 0.0;        ///< source frame, counted forward in a reversed one too
     double speed = 1.0;      ///< source frames per output frame
     double tempoSpeed = 0.0; ///< of that, for each beat per minute
+    double pieceEnd = 0.0;   ///< `pos` up to which that holds, in a clip with markers
     double stretch = 1.0;    ///< output frames per source frame
     double pitch = 0.0;      ///< semitones
     double rate = 1.0;       ///< of the sample over that of the engine
@@ -64,6 +66,7 @@ struct AudioVoice {
     int tick = 0, ticks = 0; ///< as it was started
     int stretchPos = 0;      ///< source frame that the stretcher takes next
     int stretchLeft = 0;     ///< output frames left through the stretcher
+    std::uint64_t pins = 0;  ///< tells the event's markers from others
     int sliceLeft = 0;       ///< frames left of what is played at one gain
     float sliceGain = 1.0f;
     bool runsOut = false; ///< its tail comes behind the slice
@@ -144,6 +147,8 @@ private:
     void begin(AudioVoice& v, const VoiceStart& start);
     void release(AudioVoice& v);
     void refresh(AudioVoice& v) const;
+    void followPins(AudioVoice& v) const;
+    double outputUpTo(const AudioVoice& v, double pos) const;
     void renderVoice(AudioVoice& v, int frames, int offset, int ahead);
     void beginSlice(AudioVoice& v, int most);
     int playSlice(AudioVoice& v, int left, int at);

@@ -31,14 +31,21 @@ double fadeFrames(float ms) {
 }
 
 /// Source frames per output frame of a clip, or of its pitch alone in the stretched mode.
-double speedOf(const CAudioEvent* clip, double ticksPerFrame, int rate) {
+double speedOf(const CAudioEvent* clip, double morePitch, double ticksPerFrame, int rate) {
     double speed = clip->sample->fixedPitch && clip->mode == playStretch
                        ? 1.0
-                       : std::exp2((clip->semitones + double(clip->fine)) / 12) *
+                       : std::exp2((clip->semitones + double(clip->fine) + morePitch) / 12) *
                              double(clip->sample->rate) / rate;
     if (clip->mode == playResample)
         speed = (double(clip->end) - clip->start) * ticksPerFrame / clip->ticks;
     return fLimit(speed, 1.0 / fastest, fastest);
+}
+
+/// Output frames per source frame in the stretched mode.
+double stretchOf(const CAudioEvent* clip, const ClipPiece& piece, double ticksPerFrame) {
+    const double ticks = clip->ticks * (piece.shareTo - piece.shareFrom);
+    return fLimit(ticks / std::max((piece.to - piece.from) * ticksPerFrame, 1e-9), 1 / mostStretch,
+                  mostStretch);
 }
 
 } // namespace
@@ -60,6 +67,12 @@ void ClipRender::add(float* left, float* right, int64_t from, int frames) {
                         : runOut(left + done, right + done, frames - done);
 }
 
+/// All of the clip without markers.
+ClipPiece ClipRender::pieceNow() const {
+    if (isPinned(clip)) return pieceAt(clip, pos - clip->start);
+    return {0.0, double(clip->end) - clip->start};
+}
+
 /// Plays up to a block at one tempo; returns how many frames it were, 0 at the end.
 int ClipRender::play(float* left, float* right, int frames) {
     if (bufL.empty()) {
@@ -73,13 +86,16 @@ int ClipRender::play(float* left, float* right, int frames) {
     }
     const auto [bpm, most] = strideFrom(seq, tick, std::min(frames, blockFrames), rate);
     const double ticksPerFrame = bpm * ticksPerSecondPerBpm / rate;
-    const double range = double(clip->end) - clip->start;
-    const double speed = speedOf(clip, ticksPerFrame, rate);
-    const double stretch =
-        fLimit(clip->ticks / std::max(range * ticksPerFrame, 1e-9), 1 / mostStretch, mostStretch);
+    const ClipPiece piece = pieceNow();
+    const double speed = speedOf(clip, double(piece.pitch), ticksPerFrame, rate);
+    const double stretch = stretchOf(clip, piece, ticksPerFrame);
     const double perFrame = clip->mode == playStretch ? 1 / stretch : speed;
-    const double ahead = (clip->end - pos) / perFrame; // output frames
-    const int count = std::min(most, asInt(std::min(ahead, double(blockFrames))));
+    const double share = isPinned(clip) ? 1.0 - shareAt(clip, pos - clip->start) : 0.0;
+    const double ahead = share > 0.0 ? share * clip->ticks / ticksPerFrame
+                                     : (clip->end - pos) / perFrame; // output frames
+    const double inPiece = std::ceil((clip->start + piece.to - pos) / perFrame);
+    int count = std::min(most, asInt(std::min(ahead, double(blockFrames))));
+    if (isPinned(clip)) count = std::min(count, std::max(1, asInt(inPiece)));
     if (count < 1) {
         finish();
         return 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sequencer/song/ClipPins.h"
+
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -39,6 +41,7 @@ private:
     std::unique_ptr<CElastiqueRender> stretcher; ///< while it plays in that mode
     std::vector<float> scratch, bufL, bufR;      ///< while it plays
 
+    ClipPiece pieceNow() const;
     int play(float* left, float* right, int frames);
     int runOut(float* left, float* right, int frames);
     float gain(int frame, double left) const;

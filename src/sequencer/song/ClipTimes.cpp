@@ -70,7 +70,9 @@ int sampleAsTicks2(CSeq* seq, const CAudioEvent* e, int tick) {
 }
 
 int posAsFrames2(const CAudioEvent* e, int ticks, int total) {
-    return frameAt(e, total > 0 ? range(e) * ticks / total : 0.0);
+    if (total < 1) return frameAt(e, 0.0);
+    return frameAt(e, isPinned(e) ? framesAtShare(e, double(ticks) / total)
+                                  : range(e) * ticks / total);
 }
 
 int posAsFrames3(const CAudioEvent* e, int ticks, int total, float tempo) {

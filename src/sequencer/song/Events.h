@@ -1,5 +1,7 @@
 #pragma once
 
+#include "sequencer/song/ClipPins.h"
+
 #include <vector>
 
 class CSample;
@@ -55,6 +57,7 @@ struct CAudioEvent : CBaseEvent {
     float fine; ///< semitones
     int slice;
     float fadeInMs, fadeInCurve, fadeOutMs, fadeOutCurve;
+    ClipPins pins; ///< in mode 2
 };
 
 struct CDrumEvent : CBaseEvent {

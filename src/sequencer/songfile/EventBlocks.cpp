@@ -21,7 +21,7 @@ constexpr int audioBytes = 80, shortAudioBytes = 69, oldAudioBytes = 51;
 constexpr int drumBytes = 11, drumParamBytes = 5;
 constexpr int pointBytes = 14;
 constexpr int mostSounds = 256; ///< that the hits of files can name
-constexpr int styleBytes = 7, rowBytes = 2 * intBytes;
+constexpr int styleBytes = 7, rowBytes = 2 * intBytes, pinBytes = 4 * intBytes;
 constexpr int dataBits = 0x7F7FFF; ///< of a message
 constexpr float mostFade = 600000.0f;
 constexpr float mostGain = 16.0f, mostTune = 16.0f;
@@ -293,6 +293,30 @@ bool readMuted(SongReading& r, int) {
     return count >= 0;
 }
 
+/// Of the latest part: the stretch markers of clips, by their place in the list.
+bool readPins(SongReading& r, int) {
+    if (!r.in.has(intBytes)) return false;
+    const int count = r.in.readInt();
+    CBaseEvent* event = r.part && r.part->type == partAudio ? r.part->getEvents() : nullptr;
+    for (int i = 0, at = 0; i < count; i++) {
+        if (!r.in.has(2 * intBytes)) return false;
+        const int index = r.in.readInt(), pins = r.in.readInt();
+        if (index < at || pins < 0 || pins > ClipPins::most || !r.in.has(pins * pinBytes))
+            return false;
+        for (; event && at < index; at++) event = event->next;
+        ClipPins read;
+        for (; read.count < pins; read.count++) {
+            ClipPin& pin = read.list[read.count];
+            pin.frame = asMax(r.in.readInt(), 0);
+            pin.pitch = readFloat(r.in, -ClipPins::mostPitch, ClipPins::mostPitch, 0.0f);
+            const double share = r.in.readDouble();
+            pin.share = std::isfinite(share) ? share : 0.0;
+        }
+        if (event) static_cast<CAudioEvent*>(event)->pins = read;
+    }
+    return count >= 0;
+}
+
 bool readRows(SongReading& r, int) {
     if (!r.in.has(intBytes)) return false;
     const int count = r.in.readInt();
@@ -306,10 +330,11 @@ bool readRows(SongReading& r, int) {
     return count >= 0;
 }
 
-constexpr SongBlock blocks[] = {
-    {"mevents", readMidi},     {"aevents2", readAudio},   {"aevents", readOldAudio},
-    {"devents", readDrums},    {"amevents", readPoints},  {"takeNotes", readTakeNotes},
-    {"hitStyles", readStyles}, {"mutedNotes", readMuted}, {"rowLoops", readRows}};
+constexpr SongBlock blocks[] = {{"mevents", readMidi},     {"aevents2", readAudio},
+                                {"aevents", readOldAudio}, {"devents", readDrums},
+                                {"amevents", readPoints},  {"takeNotes", readTakeNotes},
+                                {"hitStyles", readStyles}, {"mutedNotes", readMuted},
+                                {"rowLoops", readRows},    {"stretchMarkers", readPins}};
 
 int countEvents(const CBaseEvent* list) {
     int count = 0;
@@ -420,6 +445,21 @@ void writeStyles(SongWriting& w, const CBaseEvent* list) {
     writePlaces(w, "mutedNotes", list, muted, [](BufferedWriter&, const CBaseEvent*) {});
 }
 
+void writePins(SongWriting& w, const CBaseEvent* list) {
+    const auto pinsOf = [](const CBaseEvent* e) -> const ClipPins& {
+        return static_cast<const CAudioEvent*>(e)->pins;
+    };
+    const auto pinned = [&](const CBaseEvent* e) { return pinsOf(e).count > 0; };
+    writePlaces(w, "stretchMarkers", list, pinned, [&](BufferedWriter& s, const CBaseEvent* e) {
+        s.writeInt(pinsOf(e).count);
+        for (const ClipPin& pin : pinsOf(e)) {
+            s.writeInt(pin.frame);
+            s.writeFloat(pin.pitch);
+            s.writeDouble(pin.share);
+        }
+    });
+}
+
 void writeRows(SongWriting& w, CPart* part) {
     const RowLoops* loops = rowLoops(part);
     if (!loops) return;
@@ -455,6 +495,7 @@ void writeEvents(SongWriting& w, CPart* part) {
                                [&w](BufferedWriter& s, const CAudioEvent* event) {
                                    writeOldAudio(s, event, w.sampleIndex(event->sample));
                                });
+        writePins(w, list);
     }
     for (int slot = 0; slot < part->reservedSlots(); slot++)
         if (CEnvEvent* points = part->getParam(slot))
