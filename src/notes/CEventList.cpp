@@ -136,14 +136,14 @@ void CEventList::paintRow(CGraphic* g, int row) const {
     const Row& at = rows()[size_t(row)];
     const bool selected = isSelected(at.event);
     const CRect line = asRect(0, cellBox(row, 0).top, width - barSize, cellBox(row, 0).bottom);
-    if (selected) g->fillRect(clEventSelected.fillCol, line);
+    if (selected) g->fillRect(clListboxSelected.fillCol, line);
     const NotePlace place = state.place();
     const auto columns = eventColumns(state.part->type);
     for (size_t i = 0; i < columns.size(); i++) {
         CRect box = cellBox(row, int(i));
         if (row == current && int(i) == column && hasKeyFocus()) g->frameRect(palette.accent, box);
         box.left += margin;
-        g->drawText(selected ? clEventSelected.textCol : palette.text,
+        g->drawText(selected ? clListboxSelected.textCol : palette.text,
                     cellText(place, at.event, at.tick, columns[i]), box, textLeft);
     }
 }

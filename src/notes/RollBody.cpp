@@ -357,7 +357,9 @@ void RollBody::layout() {
     down->setBounds(gridLeft + wide, gridTop, barWidth, high);
     lanes->setBeside(beside);
     lanes->setBounds(listed, gridTop + high, beside + wide, below);
-    lanes->resized();
+    for (CGroup* group : {static_cast<CGroup*>(objects), static_cast<CGroup*>(transform),
+                          static_cast<CGroup*>(list), static_cast<CGroup*>(lanes)})
+        group->resized();
     across->setBounds(gridLeft, height - barWidth, wide, barWidth);
     moveTo(edit.axis.scroll(), edit.scrollY);
 }

@@ -187,6 +187,7 @@ TEST_F(NotesTest, TheListTypesAndStepsCells) {
     type("9x");
     EXPECT_TRUE(holds("0:62:240:100 2400:64:240:50* 2880:67:480:50* ")) << "not understood";
 
+    EXPECT_GT(child<CEdit>("rule")->width, 100) << "it can be pressed and read";
     const auto counts = [&](const char* rule, int wanted) {
         child<CEdit>("rule")->enterText(rule);
         return pumpUntil([&] { return list->accessParts() == wanted; });

@@ -7,6 +7,7 @@
 namespace {
 
 constexpr int topVelocity = 127;
+constexpr int chordReach = 60; ///< ticks within which a strummed chord begins
 
 void play(CTrack* track, const CPart* part, const CBaseEvent* event, int transpose) {
     if (part->type == partDrum) {
@@ -25,6 +26,12 @@ void play(CTrack* track, const CPart* part, const CBaseEvent* event, int transpo
 void playEvent(CTrack* track, CPart* part, const CBaseEvent* event, int transpose) {
     if (!track->seq->preview) return;
     if (event) return play(track, part, event, transpose);
-    for (const CBaseEvent* e = part->getEvents(); e; e = e->next)
-        if (isSelected(e)) play(track, part, e, transpose);
+    int64_t tick = 0, first = -1;
+    for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
+        tick += e->delta;
+        if (!isSelected(e)) continue;
+        if (first < 0) first = tick;
+        if (tick - first > chordReach) return;
+        play(track, part, e, transpose);
+    }
 }
