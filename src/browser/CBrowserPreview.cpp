@@ -10,6 +10,36 @@
 #include "project/BringIn.h"
 #include "project/ClipPreview.h"
 
+namespace {
+
+/// The factor that brings the first seconds of a sample to a common loudness: of what is not
+/// silence there, the mean square. It brings no peak over full scale.
+float matchOf(const CSample& sample) {
+    constexpr int seconds = 10, piecesInSecond = 10;
+    constexpr double target = 0.01, silence = 1e-5; // mean squares: -20 and -50 dB
+    constexpr double most = 8.0;
+    const int piece = asMax(asRound(double(sample.rate)) / piecesInSecond, 1), chs = sample.chs;
+    std::vector<float> values(size_t(piece) * size_t(chs));
+    double sum = 0.0, peak = 0.0;
+    int count = 0;
+    for (int i = 0; i < seconds * piecesInSecond && i * int64_t(piece) < sample.frames; i++) {
+        sample.readFrames(i * int64_t(piece), piece, values.data());
+        double square = 0.0;
+        for (const float v : values) {
+            square += double(v) * double(v);
+            peak = std::max(peak, double(std::fabs(v)));
+        }
+        square /= double(values.size());
+        if (square < silence) continue;
+        sum += square;
+        count++;
+    }
+    if (count == 0) return 1.0f;
+    return float(std::min({std::sqrt(target * count / sum), 1.0 / peak, most}));
+}
+
+} // namespace
+
 CBrowserPreview* CBrowserPreview::of(CQV* host) {
     if (auto* known = playerIn<CBrowserPreview>(host->preview)) return known;
     auto made = std::make_unique<CBrowserPreview>(host);
@@ -25,7 +55,16 @@ CBrowserPreview::~CBrowserPreview() = default;
 
 void CBrowserPreview::setVolume(float volume) {
     loudness = fLimit(volume, 0.0f, 1.0f);
-    voice.gain = loudness * loudness;
+    setGain();
+}
+
+void CBrowserPreview::setMatched(bool on) {
+    matched = on;
+    setGain();
+}
+
+void CBrowserPreview::setGain() {
+    voice.gain = loudness * loudness * (matched ? match : 1.0f);
 }
 
 void CBrowserPreview::setLoop(bool on) {
@@ -108,6 +147,8 @@ void CBrowserPreview::show(std::unique_ptr<CSample> opened) {
     }
     info.clear();
     sample->peakfile();
+    match = matchOf(*sample);
+    setGain();
     const int seconds10 = asRound(10.0 * sample->getFrames() / double(sample->rate));
     info.append(CStr(sample->chs == 2 ? "Stereo " : "Mono ") + asStr(sample->bits) + "bit " +
                 asStr(asRound(double(sample->rate))) + "Hz");

@@ -37,6 +37,10 @@ public:
     /// 0 to 1; what is heard is its square.
     void setVolume(float volume);
     float getVolume() const { return loudness; }
+    /// Every file sounds about as loud as the others: those that are soft come up as far as their
+    /// peak allows.
+    void setMatched(bool on);
+    bool isMatched() const { return matched; }
     void setLoop(bool on);
     bool loops() const { return looped; }
     /// From the next file on: one whose name tells its tempo plays at that of the song.
@@ -58,6 +62,7 @@ private:
     void finishImport();
     /// Begins to bring it to the song's tempo; false where there is nothing to do.
     bool stretch(std::unique_ptr<CSample>& opened);
+    void setGain();
     void fail(const char* why);
     void freeFormer();
     void tell() const;
@@ -65,6 +70,8 @@ private:
     CQV* host;
     CSamplePreview voice; ///< it gets its blocks from here
     float loudness = 0.9f;
+    float match = 1.0f; ///< factor that brings the sample to the loudness of all
+    bool matched = false;
     bool looped = false, inTempo = false, wasOn = false;
     CStr name;
     std::unique_ptr<CSample> sample;

@@ -15,8 +15,9 @@
 namespace {
 
 constexpr int margin = 8, gap = 4, lineHeight = 16, fieldHeight = 20;
-constexpr int buttonWide = 48, volumeWide = 48, usualVolume = 90;
-constexpr const char *section = "browser", *volumeKey = "previewVolume", *tempoKey = "previewTempo";
+constexpr int buttonWide = 44, volumeWide = 48, usualVolume = 90;
+constexpr const char *section = "browser", *volumeKey = "previewVolume", *tempoKey = "previewTempo",
+                     *matchKey = "previewMatch";
 
 } // namespace
 
@@ -32,6 +33,9 @@ CPreviewPanel::CPreviewPanel(CWin* owner, CBrowserPreview* player)
     tempo = addButton("tempo", "Tempo",
                       "A file whose name tells its tempo, as \"120 bpm\", plays at the song's",
                       &CPreviewPanel::tempoClicked);
+    match = addButton("match", "Match", "Files that are loud and files that are soft sound alike",
+                      &CPreviewPanel::matchClicked);
+    preview->setMatched(iniReadInt(section, matchKey, 0) != 0);
     preview->setInTempo(iniReadInt(section, tempoKey, 0) != 0);
     volume->hint = "Volume of what is listened to, in percent";
     volume->spokenName = "Preview volume";
@@ -71,9 +75,11 @@ void CPreviewPanel::resized() {
     play->setBounds(margin, below, buttonWide, fieldHeight);
     loop->setBounds(margin + buttonWide + gap, below, buttonWide, fieldHeight);
     tempo->setBounds(loop->left + buttonWide + gap, below, buttonWide, fieldHeight);
+    match->setBounds(tempo->left + buttonWide + gap, below, buttonWide, fieldHeight);
     volume->setBounds(width - margin - volumeWide, below, volumeWide, fieldHeight);
     volumeName->setBounds(volume->left - gap - volumeWide, below, volumeWide, fieldHeight);
-    volumeName->visible = volumeName->left >= tempo->left + buttonWide + gap;
+    volume->visible = volume->left >= match->left + buttonWide + gap;
+    volumeName->visible = volumeName->left >= match->left + buttonWide + gap;
 }
 
 void CPreviewPanel::paint(CGraphic* g, CRect rect) {
@@ -104,6 +110,7 @@ void CPreviewPanel::fileShown() {
     play->setEnabled(preview->getSample() || preview->isOn());
     loop->setLit(preview->loops());
     tempo->setLit(preview->playsInTempo());
+    match->setLit(preview->isMatched());
     wave->redraw();
 }
 
@@ -125,6 +132,12 @@ void CPreviewPanel::tempoClicked(CObject*) {
     preview->setInTempo(!preview->playsInTempo());
     CIniFile(inifile).writeInteger(section, tempoKey, preview->playsInTempo());
     if (!preview->getFilename().empty()) preview->play(preview->getFilename());
+    fileShown();
+}
+
+void CPreviewPanel::matchClicked(CObject*) {
+    preview->setMatched(!preview->isMatched());
+    CIniFile(inifile).writeInteger(section, matchKey, preview->isMatched());
     fileShown();
 }
 

@@ -30,12 +30,13 @@ private:
     void playClicked(CObject* sender);
     void loopClicked(CObject* sender);
     void tempoClicked(CObject* sender);
+    void matchClicked(CObject* sender);
     void volumeChanged(CObject* sender);
 
     CBrowserPreview* preview; ///< the host's
     CLabel *name, *format, *volumeName;
     PreviewWave* wave;
-    CButton *play, *loop, *tempo;
+    CButton *play, *loop, *tempo, *match;
     CValue* volume;
     int keptVolume = 0; ///< in the settings
 };

@@ -21,7 +21,8 @@ constexpr const char* aboutText =
 
 } // namespace
 
-MainCommands::MainCommands(CMainWin* mainWin) : window(mainWin), qv(mainWin->host()) {
+MainCommands::MainCommands(CMainWin* mainWin)
+    : window(mainWin), qv(mainWin->host()), online(mainWin) {
     bindFlows();
     bindTransport();
     bindWindow();
@@ -78,6 +79,9 @@ void MainCommands::bindWindow() {
                                 {"ribbon", &options.ribbon}})
         commands.bind(
             name, [option] { option->toggle(); }, {}, [option] { return option->on(); });
+    if (online.isThere())
+        commands.bind(
+            "checkupdates", [this] { online.run(); }, [this] { return window->pumping == 0; });
     commands.bind("about", [this] { showMsg(window, "About", aboutText); });
 }
 

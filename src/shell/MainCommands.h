@@ -1,5 +1,7 @@
 #pragma once
 
+#include "shell/OnlineCheck.h"
+
 class CMainWin;
 class CQV;
 
@@ -22,4 +24,5 @@ private:
 
     CMainWin* window;
     CQV* qv;
+    OnlineCheck online;
 };

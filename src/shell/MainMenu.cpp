@@ -168,5 +168,6 @@ void MainMenu::fillView(CPopup* popup) {
 }
 
 void MainMenu::fillHelp(CPopup* popup) {
+    addAction(popup, "checkupdates");
     addAction(popup, "about");
 }

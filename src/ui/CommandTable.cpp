@@ -38,6 +38,7 @@ constexpr Row rows[] = {
     {"spectrum", "Spectrum", groupGlobal},
     {"hints", "Hints", groupGlobal},
     {"ribbon", "Ribbon", groupGlobal},
+    {"checkupdates", "Check for updates...", groupGlobal},
     {"about", "About...", groupGlobal},
     {"computerkeys", "Computer keyboard", groupGlobal, 'k', controlShift},
     {"metronome", "Metronome", groupGlobal, 'c'},

@@ -17,6 +17,7 @@
 #include "support/Rows.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 
 namespace {
@@ -119,6 +120,37 @@ TEST_F(BrowserTest, WhatIsChosenIsHeard) {
     const auto& sum = host->getAudioOut()->output()->bufL;
     EXPECT_GT(*std::max_element(&sum[0], &sum[host->frames]), 0.1f) << "with the song standing";
     EXPECT_NEAR(player()->frame(), 22050 + host->frames, 400) << "from the middle of a second on";
+}
+
+/// With "Match" on a soft file sounds as loud as a loud one, within what its peak allows.
+TEST_F(BrowserTest, SoftFilesSoundAsLoudAsLoudOnes) {
+    begin();
+    const auto energyOf = [this](float level) {
+        const std::string path = at("level.wav");
+        CSample file;
+        file.setFormat(44100, 24, 1);
+        file.create(path.c_str());
+        std::vector<float> wave;
+        for (int i = 0; i < 44100; i++) wave.push_back(level * std::sin(float(i) * 0.1f));
+        file.writeFrames(int(wave.size()), wave.data(), wave.data());
+        file.writeHeader();
+        file.close();
+        EXPECT_TRUE(player()->play(path.c_str()));
+        double sum = 0.0;
+        for (int block = 0; block < 8; block++) {
+            runBlocks(host.get(), 1);
+            const float* out = host->getAudioOut()->output()->bufL;
+            for (int i = 0; i < host->frames && block > 0; i++)
+                sum += double(out[i]) * double(out[i]);
+        }
+        return sum;
+    };
+    const double loud = energyOf(0.9f), soft = energyOf(0.09f);
+    EXPECT_NEAR(std::sqrt(loud / soft), 10.0, 0.1);
+    player()->setMatched(true);
+    const double loudNow = energyOf(0.9f), softNow = energyOf(0.09f);
+    EXPECT_NEAR(std::sqrt(loudNow / softNow), 1.0, 0.01);
+    EXPECT_NEAR(std::sqrt(softNow / soft), 0.1 * std::sqrt(2.0) / 0.09, 0.02) << "-20 dB";
 }
 
 /// A loop whose name tells its tempo lasts as long as its beats do in the song, and sounds as high.
