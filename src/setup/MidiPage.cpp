@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int listWidth = 280;
+constexpr int listWidth = 240;
 
 }
 
@@ -19,14 +19,14 @@ MidiPage::MidiPage(CSetupWin* window, CRect place) : SetupPage(window, place) {
     addHeading("Clock");
     clockOut = addPortList("Send clock to", "clock-out", midi.clockOut.device - noClockDevice,
                            qv->aam->getMIDIOutCount(), &CAAM::midiOutName, true);
-    addNote("While the song plays: start, stop, position");
+    addNote("Start, stop, position and beats");
     clockIn = addPortList("Follow clock of", "clock-in", midi.clockIn.device - noClockDevice,
                           qv->aam->getMIDIInCount(), &CAAM::midiInName, true);
-    addNote("It starts, stops and places the song, and leads its tempo");
+    addNote("It leads the song and its tempo");
     addHeading("Control surface with the Mackie protocol");
     controlIn = addPortList("Comes from", "control-in", midi.controlIn + 1,
                             qv->aam->getMIDIInCount(), &CAAM::midiInName);
-    addNote("Its keys and faders play no instrument");
+    addNote("It plays no instrument");
     controlOut = addPortList("Goes to", "control-out", midi.controlOut + 1,
                              qv->aam->getMIDIOutCount(), &CAAM::midiOutName);
     wire(controlIn->onChange, new _COnChange<MidiPage>(this, &MidiPage::controlInChanged));
