@@ -26,7 +26,7 @@ namespace {
 constexpr int cursorPlain = 1, cursorSideways = 5;
 constexpr int shadowReach = 1;                             ///< of the play line to each side
 constexpr int mostTold = 2000;                             ///< notes in the accessible tree
-constexpr double beyond = 0.35;                            ///< how dark it is where the part is not
+constexpr double beyond = 0.5;                             ///< how dark it is where the part is not
 constexpr double otherStrength = 0.4, alongStrength = 0.8; ///< of notes of other parts
 constexpr double stepShade = 0.25;
 constexpr double behind = 0.35; ///< of notes whose copies are dragged
@@ -123,7 +123,7 @@ void NoteGrid::paintBounds(CGraphic* g, CRect asked) const {
     const CRect before = asRect(asked.left, asked.top, from, asked.bottom);
     const CRect after = asRect(to, asked.top, asked.right, asked.bottom);
     for (const CRect& dark : {intersect(before, asked), intersect(after, asked)})
-        if (!dark.empty()) fillAlpha(g, dark, hexColor(0), beyond);
+        if (!dark.empty()) fillAlpha(g, dark, win->app->gui->palette.frame, beyond);
 }
 
 /// In the colours of their tracks.

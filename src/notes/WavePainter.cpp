@@ -24,7 +24,7 @@ constexpr double pointsFrom = 3;  ///< pixels of a frame from which frames are p
 constexpr double dotsFrom = 7;    ///< and are drawn as dots
 constexpr double valuesFrom = 44; ///< and are told as numbers
 constexpr double peakShare = 0.55, lineShare = 0.35;
-constexpr double beyond = 0.4; ///< how dark it is where the part does not play
+constexpr double beyond = 0.5; ///< how dark it is where the part does not play
 constexpr double rangeShare = 0.22;
 constexpr int shadowReach = 1, handleSize = 9, valueHigh = 12, nameWidth = 120;
 constexpr int fadeSteps = 24;
@@ -172,7 +172,7 @@ void WavePainter::dim() {
     const CRect before = asRect(view.left, view.top, state.axis.xOf(all.from), view.bottom);
     const CRect behind = asRect(state.axis.xOf(all.to), view.top, view.right, view.bottom);
     for (const CRect& dark : {intersect(before, asked), intersect(behind, asked)})
-        if (!dark.empty()) fillAlpha(graphic, dark, hexColor(0), beyond);
+        if (!dark.empty()) fillAlpha(graphic, dark, palette.frame, beyond);
 }
 
 void WavePainter::range() {
