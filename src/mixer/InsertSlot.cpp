@@ -16,6 +16,7 @@
 #include "gui/Shapes.h"
 #include "mixer/CMixerStrip.h"
 #include "mixer/MixerState.h"
+#include "plugins/CVST.h"
 #include "ui/ProgramItems.h"
 
 #include <algorithm>
@@ -52,6 +53,7 @@ bool InsertSlot::refresh() {
     if (CComp* in = insert()) {
         now.name = in->id;
         now.on = in->enabled != 0;
+        now.failed = isFailedPlugin(in);
         now.percent = asRound(double(in->wet) * 100);
         now.lowered = loweredWidth(gainReductionDb(in));
         const CKeyInput* key = keyInputOf(in);
@@ -61,6 +63,7 @@ bool InsertSlot::refresh() {
     hint = now.name.empty() ? "Press to choose an effect"
                             : "Press for its window or menu, on the light to switch it; drag it to "
                               "another place, with Control a copy";
+    if (now.failed) hint = "It has failed: its window has Restart";
     followed = now.key ? nameOfStrip(owner.strip().comp->host, now.key) : CStr();
     if (now.key) hint += ". It follows " + followed;
     shown = now;
@@ -93,7 +96,11 @@ void InsertSlot::paint(CGraphic* g, CRect rect) {
         CPath light;
         light.arc(margin + 3.5, rect.bottom / 2.0, 3, 0, 2 * std::numbers::pi);
         light.close();
-        fillPath(g, light, shown.on ? colours.accent : colours.frame);
+        fillPath(g, light,
+                 shown.failed ? colours.record
+                 : shown.on   ? colours.accent
+                              : colours.frame);
+        if (shown.failed) g->frameRound(colours.record, rect);
         const CRect box = asRect(nameLeft, 0, rect.right - margin, rect.bottom);
         g->drawText(shown.on ? faceColour() : colours.dimText,
                     textFace({.size = TextSize::small})->shortened(shown.name, box.width()), box,
@@ -226,7 +233,12 @@ void InsertSlot::describe(Description& d, int part) const {
         return;
     }
     const CStr key = followed.empty() ? CStr() : ", follows " + followed;
-    d.text = (shown.name + (shown.on ? ", on" : ", off") + key).asChar();
+    d.text = (shown.name +
+              (shown.failed ? ", failed"
+               : shown.on   ? ", on"
+                            : ", off") +
+              key)
+                 .asChar();
     d.range = Description::Range{double(shown.percent), 0.0, 100.0, 1.0};
     d.set(statePressed, shown.on);
 }

@@ -37,6 +37,7 @@ private:
     struct Shown {
         CStr name;
         bool on = false;
+        bool failed = false; ///< a plug-in whose process has ended
         int percent = 100;
         int lowered = 0; ///< pixels that tell the gain reduction
         bool mark = false;

@@ -56,10 +56,6 @@ float levelOf(const GraphModel::Cable& cable) {
     return std::ceil(std::clamp(level, 0.0f, 1.0f) * levelSteps - 0.1f) / levelSteps;
 }
 
-bool isFailedPlugin(const CComp* comp) {
-    return comp->type == compVST && static_cast<const CVST*>(comp)->failed();
-}
-
 /// Of a plug-in that has failed, also in a strip, the strip of a box with a single one, and what is
 /// listened to there.
 template <class F>

@@ -13,6 +13,8 @@
 #include "plugins/PluginPlaces.h"
 
 #include <algorithm>
+#include <map>
+#include <string>
 #include <utility>
 
 namespace {
@@ -57,15 +59,56 @@ bool CVST::find() {
     }
 }
 
-bool CVST::load(const CStr& path) {
+std::unique_ptr<Plugin> CVST::make(const CStr& path) {
+    const CStr former = folder;
     folder = PluginFile(path).folderOfLibrary();
     CStr why;
     std::unique_ptr<Plugin> made = pluginHooks()->load(path, asHost(), why);
+    if (made) return made;
+    folder = former;
+    showStr(path + ": " + why);
+    return nullptr;
+}
+
+bool CVST::load(const CStr& path) {
+    std::unique_ptr<Plugin> made = make(path);
+    if (!made) return false;
+    take(std::move(made));
+    return true;
+}
+
+/// It is loaded before blocks have to wait.
+bool CVST::exchange(const CStr& path) {
+    std::unique_ptr<Plugin> made = make(path);
     if (!made) {
-        showStr(path + ": " + why);
+        showMsg(nullptr, title, "Failed to open " + extractFileName(PluginFile(path).file));
         return false;
     }
-    take(std::move(made));
+    closeEditor();
+    {
+        const GraphHold hold(host);
+        take(std::move(made));
+        fileName = path;
+        fixChannels();
+        createBuffers(host->frames);
+    }
+    host->hostNotices.raise(HostNotice::graph | HostNotice::delays);
+    return true;
+}
+
+bool CVST::become(const CStr& path) {
+    if (!opened()) return false;
+    PluginState::Bytes before = present();
+    std::map<std::string, float> shares;
+    for (int i = 0; i < numParams(); i++) shares[paramName(i).upperCase().asChar()] = param(i);
+    if (!exchange(path)) return false;
+    for (int i = 0; i < numParams(); i++)
+        if (const auto at = shares.find(paramName(i).upperCase().asChar()); at != shares.end())
+            setParam(i, at->second);
+    state.hold(std::move(before));
+    CUndo* step = host->undoStart("Format of " + id, this, {.comp = CompNotice::program});
+    step->asSwap(&state, new PluginState(present()));
+    host->undoEnd(step, true);
     return true;
 }
 
@@ -204,9 +247,10 @@ void CVST::readState(CStream& body, WordOrder order, const char* block) {
 
 // Banks and programs.
 
-/// The number of its program, and a bank.
+/// Which plug-in it is, the number of its program, and a bank.
 PluginState::Bytes CVST::present() {
     CMemoryStream stream;
+    stream.writeStr(fileName);
     stream.writeInt(getProg());
     const Plugin::Bytes chunk = presentBank(*loaded(), bank);
     writeBank(&stream, *loaded(), bank, chunk, WordOrder::file);
@@ -217,6 +261,7 @@ void CVST::restore(const PluginState::Bytes& bytes) {
     CMemoryStream stream;
     stream.write(bytes.data(), int(bytes.size()));
     stream.seek(0, seekStart);
+    if (const CStr file = stream.readStr(); !(file == fileName) && !exchange(file)) return;
     changeWhole([&](Plugin& p) {
         int size = 0;
         const int program = stream.readInt();
@@ -298,6 +343,10 @@ bool CVST::saveProgram(const CStr& path) {
 
 void CVST::saveFXPToStream(CStream* stream) {
     if (Plugin* p = loaded()) writeProgram(stream, *p);
+}
+
+bool isFailedPlugin(const CComp* comp) {
+    return comp->type == compVST && static_cast<const CVST*>(comp)->failed();
 }
 
 std::unique_ptr<CVST> newPlugin(CQV* host, const CStr& path) {

@@ -23,6 +23,11 @@ public:
     /// project had of it. In the graph.
     bool locate(const CStr& path);
 
+    /// Puts another plug-in, named as in `PluginFile`, in the place of this one, as a step: it gets
+    /// the values of the parameters that have the same names. False, and it stays as it is, after a
+    /// message.
+    bool become(const CStr& path);
+
     /// Loads it anew, where it is to run now, with its state. False, and it stays as it is, where
     /// that fails.
     bool reload();
@@ -50,7 +55,9 @@ protected:
 private:
     PluginState::Bytes present();
     void restore(const PluginState::Bytes& bytes);
+    std::unique_ptr<Plugin> make(const CStr& path);
     bool load(const CStr& path);
+    bool exchange(const CStr& path);
     bool find();
     void readBlock(const CStr& name, CStream& body, int size, bool& sawBank);
     void readProgramNumber(int index);
@@ -66,6 +73,9 @@ private:
     PluginState::Bytes lost;         ///< state of a plug-in that has failed
     std::vector<unsigned char> kept; ///< the content of a project, while the plug-in is missing
 };
+
+/// Whether a component is a plug-in whose process has ended.
+bool isFailedPlugin(const CComp* comp);
 
 /// A component of a plug-in, named as in `PluginFile`, with channels, ports and buffers, linked
 /// nowhere; null, after a message, where it cannot be opened.

@@ -55,7 +55,7 @@ const Setting& PluginComp::channelSetting() {
 // Loading.
 
 void PluginComp::take(std::unique_ptr<Plugin> made) {
-    if (made->sendsMidi()) outPorts.add(new COutputPort(this));
+    if (outPorts.getCount() == 0 && made->sendsMidi()) outPorts.add(new COutputPort(this));
     made->setProgram(0);
     made->setRate(sampleRate());
     made->setBlock(blockFrames());

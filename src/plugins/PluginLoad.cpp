@@ -13,7 +13,7 @@ PluginFacts factsOf(Plugin& plugin, const PluginFile& where) {
     PluginFacts facts;
     facts.name = plugin.product();
     if (facts.name.empty()) facts.name = changeFileExt(extractFileName(where.file), "");
-    facts.vendor = plugin.vendor();
+    facts.vendor = PluginFacts::makerAlone(plugin.vendor());
     facts.inside = where.inside;
     facts.instrument = plugin.isInstrument();
     facts.editor = plugin.hasEditor();

@@ -5,6 +5,7 @@
 #include "base/SafeFile.h"
 
 #include <algorithm>
+#include <cctype>
 #include <chrono>
 #include <sstream>
 
@@ -29,6 +30,10 @@ PluginTrust::PluginTrust(const CStr& place) : clock(steadySeconds), file(place) 
         std::string path;
         in >> e.word >> e.seconds >> e.mark.size >> e.mark.time >> e.mark.device >> e.mark.inode;
         in.get();
+        if (std::isdigit(in.peek())) { // older files have no such number
+            in >> e.crashes;
+            in.get();
+        }
         if (std::getline(in, path)) entries[path] = e;
     }
     savedAt = clock();
@@ -43,7 +48,7 @@ void PluginTrust::save() {
     std::ostringstream out;
     for (const auto& [path, e] : entries)
         out << e.word << '\t' << e.seconds << '\t' << e.mark.size << '\t' << e.mark.time << '\t'
-            << e.mark.device << '\t' << e.mark.inode << '\t' << path << '\n';
+            << e.mark.device << '\t' << e.mark.inode << '\t' << e.crashes << '\t' << path << '\n';
     const std::string text = out.str();
     SafeFile place(file);
     if (CFileStream* stream = place.stream()) {
@@ -63,7 +68,7 @@ bool PluginTrust::trusted(const CStr& path) const {
 PluginTrust::Entry& PluginTrust::entry(const CStr& path) {
     Entry& e = entries[path.asChar()];
     const FileMark now = FileMark::of(path).value_or(FileMark());
-    if (!(e.mark == now)) e = {now, e.word == no ? no : none, 0, -1};
+    if (!(e.mark == now)) e = {now, e.word == no ? no : none, 0, -1, 0};
     return e;
 }
 
@@ -81,6 +86,14 @@ void PluginTrust::works(const CStr& path) {
 }
 
 void PluginTrust::failed(const CStr& path) {
-    entry(path).seconds = 0;
+    Entry& e = entry(path);
+    e.seconds = 0;
+    e.crashes++;
     save();
+}
+
+int PluginTrust::crashes(const CStr& path) const {
+    const auto at = entries.find(path.asChar());
+    const auto mark = FileMark::of(path);
+    return at != entries.end() && mark && *mark == at->second.mark ? at->second.crashes : 0;
 }

@@ -29,7 +29,8 @@ public:
     /// It works: the time since it was told the last time counts, once for all that are loaded of
     /// one file.
     void works(const CStr& path);
-    void failed(const CStr& path); ///< its hours begin anew
+    void failed(const CStr& path);       ///< its hours begin anew
+    int crashes(const CStr& path) const; ///< of this library so far
 
 private:
     enum Word : int { none = 0, yes = 1, no = 2 }; ///< of the user
@@ -37,6 +38,7 @@ private:
         FileMark mark;
         int word = none;
         int64_t seconds = 0, seen = -1;
+        int crashes = 0;
     };
 
     Entry& entry(const CStr& path);

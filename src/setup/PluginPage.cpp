@@ -28,11 +28,14 @@ CStr lineOf(const PluginList::Effect& effect) {
     return text;
 }
 
-CStr factsOf(const PluginList::Entry& entry) {
+CStr factsOf(const PluginList::Entry& entry, int crashes) {
     if (entry.broken()) return entry.path;
     const PluginFacts& f = entry.facts;
+    const CStr ended =
+        crashes == 0 ? CStr() : ", " + asStr(crashes) + (crashes == 1 ? " crash" : " crashes");
     return CStr(f.instrument ? "Instrument" : "Effect") + ", " + asStr(f.inputs) + " in, " +
-           asStr(f.outputs) + " out, " + asStr(f.params) + " parameters: " + entry.file();
+           asStr(f.outputs) + " out, " + asStr(f.params) + " parameters" + ended + ": " +
+           entry.file();
 }
 
 } // namespace
@@ -153,7 +156,7 @@ void PluginPage::rowChosen(CObject*) {
 void PluginPage::formatChosen(CObject*) {
     const PluginList::Entry* entry = shelf.list.find(chosen());
     again->setEnabled(entry != nullptr);
-    about->setText(entry ? factsOf(*entry) : CStr());
+    about->setText(entry ? factsOf(*entry, shelf.processes->trust.crashes(entry->path)) : CStr());
     trusted->setEnabled(entry && entry->good());
     trusted->checked = entry && shelf.processes->trust.trusted(entry->path);
     trusted->redraw();

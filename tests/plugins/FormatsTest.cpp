@@ -73,6 +73,24 @@ TEST_P(EachFormat, HearsNotes) {
     EXPECT_LT(last(c), 0.5f);
 }
 
+/// Another format takes its place with the values that have the same names, and goes again with the
+/// step.
+TEST_P(EachFormat, BecomesAnother) {
+    CVST* c = f.insert("gain.clap");
+    f.signal->left = f.signal->right = [](long) { return 0.5f; };
+    c->setParam(0, 0.125f);
+    const CStr former = c->fileName, other = f.file(named("gain")).c_str();
+    EXPECT_FALSE(c->become(f.file("bad-null.clap").c_str()));
+    EXPECT_EQ(c->fileName, former);
+    ASSERT_TRUE(c->become(other));
+    EXPECT_EQ(c->fileName, other);
+    ASSERT_TRUE(f.until([&] { return last(c) == 0.125f; }));
+    c->setParam(0, 0.5f);
+    f.undo();
+    ASSERT_TRUE(f.until([&] { return c->fileName == former && last(c) == 0.125f; }));
+    EXPECT_EQ(c->faults, 0u);
+}
+
 /// What a block puts off is done beside it, and is part of the state; a preset is a program.
 TEST(Lv2, WorksBesideBlocks) {
     for (const bool isolated : {false, true}) {

@@ -239,6 +239,7 @@ TEST(RemotePlugin, IsTrustedInTime) {
     f.killHelper(plug);
     ASSERT_TRUE(f.until([&] { return plug->failed(); }));
     EXPECT_FALSE(trusted());
+    EXPECT_EQ(PluginTrust((f.folder + "/trust.txt").c_str()).crashes(file), 1) << "kept";
     f.processes->trust.set(file, true);
     EXPECT_TRUE(trusted());
     EXPECT_TRUE(PluginTrust((f.folder + "/trust.txt").c_str()).trusted(file)) << "kept";

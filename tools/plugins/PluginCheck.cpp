@@ -59,6 +59,7 @@ std::unique_ptr<CVST> reloaded(CQV* host, CVST& plugin) {
     twin->init();
     twin->read(&stream, size);
     twin->setupIO();
+    if (plugin.outPort()) twin->outPorts.add(new COutputPort(twin.get())); // as the project would
     twin->createBuffers(host->frames);
     return twin;
 }

@@ -10,9 +10,19 @@
 
 namespace {
 
+/// VST 2 cuts names short.
+bool isNamed(const CStr& name, const CStr& longer) {
+    constexpr int shortest = 8;
+    const int length = name.length();
+    return sameText(name, longer) || (length >= shortest && sameText(longer.sub(0, length), name));
+}
+
 int paramNamed(CVST& plugin, const CStr& name) {
-    for (int i = 0; i < plugin.numParams(); i++)
-        if (sameText(plugin.paramName(i), name)) return i;
+    for (const bool whole : {true, false})
+        for (int i = 0; i < plugin.numParams(); i++) {
+            const CStr own = plugin.paramName(i);
+            if (whole ? sameText(own, name) : isNamed(own, name)) return i;
+        }
     return -1;
 }
 

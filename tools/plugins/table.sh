@@ -68,7 +68,7 @@ for clap in /usr/lib/clap/*.clap; do
         echo "$name: the formats are $now apart" >&2
         status=1
     fi
-    apart=$(awk -v a="$apart" -v b="$now" 'BEGIN {print a > b ? a : b}')
+    apart=$(awk -v a="$apart" -v b="$now" 'BEGIN {print (a > b ? a : b)}')
 done
 echo
 echo "$compared effects in four formats, each parameter at its end once: $apart apart at most."

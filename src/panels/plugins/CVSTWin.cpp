@@ -17,6 +17,7 @@
 #include "plugins/CVST.h"
 #include "plugins/PluginFile.h"
 #include "ui/Commands.h"
+#include "ui/MenuDeed.h"
 #include "ui/PluginShelf.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
@@ -133,6 +134,7 @@ void CVSTWin::layBar() {
 
 void CVSTWin::fill() {
     empty();
+    shownFile = plugin.fileName;
     CGroup* made = nullptr;
     if (plugin.hasEditor() && !listed) {
         made = editor = new EditorFrame(this, plugin);
@@ -194,6 +196,10 @@ void CVSTWin::hide() {
 
 void CVSTWin::idle() {
     if (!editor && !params) return;
+    if (!(shownFile == plugin.fileName)) { // by a step of the history
+        empty();
+        return refill();
+    }
     plugin.notices.take(CompNotice::program);
     programs->refresh();
     if (macros->visible) macros->refresh();
@@ -297,7 +303,35 @@ void CVSTWin::moreClicked(CObject*) {
     add(inProgram, "In the program: trusted", !apart);
     popup->addSeparator();
     add(loadAgain, "Load anew", false);
+    addFormats(popup);
     popup->popupBelow(more);
+}
+
+/// The other formats that there are of it.
+void CVSTWin::addFormats(CPopup* popup) {
+    using Entry = PluginList::Entry;
+    popup->addSeparator();
+    for (const PluginList::Effect& effect : workspace.pluginShelf().list.effects()) {
+        if (std::ranges::find(effect, plugin.fileName, &Entry::path) == effect.end()) continue;
+        for (const Entry* other : effect)
+            if (!(other->path == plugin.fileName))
+                addDeed(popup, CStr("As ") + formatName(other->format()),
+                        [this, path = other->path] { become(path); });
+    }
+}
+
+void CVSTWin::become(const CStr& path) {
+    empty();
+    plugin.become(path);
+    refill();
+}
+
+/// It is another plug-in than before, or runs elsewhere.
+void CVSTWin::refill() {
+    listed = !plugin.hasEditor();
+    layBar();
+    fill();
+    idle();
 }
 
 /// The user's word holds for the plug-in wherever it is loaded from now on.

@@ -4,6 +4,7 @@
 #include "ui/CCompEditor.h"
 
 class CButton;
+class CPopup;
 class CVST;
 class EditorFrame;
 class MacroRow;
@@ -48,6 +49,9 @@ private:
     void restartClicked(CObject*);
     void moreClicked(CObject*);
     void placeChosen(CObject* sender);
+    void addFormats(CPopup* popup);
+    void become(const CStr& path);
+    void refill();
 
     Workspace& workspace;
     CVST& plugin;
@@ -58,4 +62,5 @@ private:
     ParamList* params = nullptr;
     bool listed;         ///< the user wants the parameters
     bool failed = false; ///< as the bar shows it
+    CStr shownFile;      ///< the plug-in as it is shown
 };

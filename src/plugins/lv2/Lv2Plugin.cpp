@@ -166,8 +166,7 @@ CStr Lv2Plugin::product() {
 }
 
 bool Lv2Plugin::isInstrument() const {
-    return isInstrumentOf(plugin) ||
-           (ports.hearsMidi() && ports.audioIn.empty() && !ports.audioOut.empty());
+    return isInstrumentOf(plugin) || ports.isPlayed();
 }
 
 bool Lv2Plugin::stereoPair(bool input, int index) {
@@ -398,10 +397,10 @@ bool lookIntoBundle(const CStr& bundle, const std::function<void(const PluginFac
         }
         PluginFacts facts;
         facts.name = nameOf(plugin);
-        facts.vendor = makerOf(plugin);
+        facts.vendor = PluginFacts::makerAlone(makerOf(plugin));
         facts.inside = lilv_node_as_uri(lilv_plugin_get_uri(plugin));
         if (facts.name.empty()) facts.name = facts.inside;
-        facts.instrument = isInstrumentOf(plugin);
+        facts.instrument = isInstrumentOf(plugin) || ports.isPlayed();
         facts.editor = !Lv2Editor::uiOf(world, plugin).empty();
         facts.inputs = int(ports.audioIn.size());
         facts.outputs = int(ports.audioOut.size());

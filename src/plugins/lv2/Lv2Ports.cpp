@@ -227,6 +227,10 @@ bool Lv2Ports::hearsMidi() const {
     return std::ranges::any_of(eventsIn, &Events::midi);
 }
 
+bool Lv2Ports::isPlayed() const {
+    return hearsMidi() && audioIn.empty() && !audioOut.empty();
+}
+
 bool Lv2Ports::sendsMidi() const {
     return std::ranges::any_of(eventsOut, &Events::midi);
 }

@@ -44,6 +44,7 @@ struct Lv2Ports {
     int paramOf(uint32_t port) const;             ///< its index; -1 none
     int paramOf(const std::string& symbol) const; ///< the same
     bool hearsMidi() const;
+    bool isPlayed() const; ///< by notes alone
     bool sendsMidi() const;
 
 private:

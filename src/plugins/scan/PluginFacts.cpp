@@ -22,6 +22,14 @@ std::string field(const CStr& text) {
 
 } // namespace
 
+CStr PluginFacts::makerAlone(const CStr& told) {
+    for (const char* format : {" VST", " VST2", " VST3", " CLAP", " LV2"}) {
+        const int length = CStr(format).length(), rest = told.length() - length;
+        if (rest > 0 && sameText(told.sub(rest, length), format)) return told.sub(0, rest);
+    }
+    return told;
+}
+
 CStr PluginFacts::line() const {
     std::ostringstream out;
     out << field(name) << '\t' << field(vendor) << '\t' << instrument << '\t' << editor << '\t'

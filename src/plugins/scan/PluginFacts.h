@@ -13,6 +13,9 @@ struct PluginFacts {
 
     static constexpr const char* none = "no plug-in"; ///< in place of lines
 
+    /// A maker without the format that some tell along.
+    static CStr makerAlone(const CStr& told);
+
     CStr line() const; ///< as one line of text
     static std::optional<PluginFacts> fromLine(const CStr& line);
 };

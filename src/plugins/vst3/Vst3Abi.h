@@ -315,7 +315,11 @@ protected:
     ~ComponentHandler() = default;
 };
 
-enum ParamFlag : int32_t { paramReadOnly = 1 << 1, paramHidden = 1 << 4 };
+enum ParamFlag : int32_t {
+    paramReadOnly = 1 << 1,
+    paramHidden = 1 << 4,
+    paramProgram = 1 << 15, ///< it changes all others
+};
 struct ParamInfo {
     ParamId id;
     Text title, shortTitle, units;

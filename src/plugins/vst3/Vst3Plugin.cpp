@@ -159,7 +159,8 @@ void Vst3Plugin::readParams() {
         ParamInfo info{};
         if (controller->paramInfo(i, &info) != ok || info.flags & (paramHidden | paramReadOnly))
             continue;
-        params.push_back({info.id, textOf(info.title), textOf(info.units)});
+        params.push_back(
+            {info.id, textOf(info.title), textOf(info.units), (info.flags & paramProgram) != 0});
     }
     values.start(params.size());
     shown.assign(params.size(), 0.0);
@@ -337,6 +338,7 @@ bool Vst3Plugin::setChunk(const Bytes& data, bool) {
             at >= 0 && std::isfinite(value))
             values.set(size_t(at), std::clamp(value, 0.0, 1.0));
     showsOld = true;
+    tellsAll = true;
     return good;
 }
 
@@ -393,14 +395,6 @@ void Vst3Plugin::idle() {
     if (asked & restartTitles) host.betweenBlocks([this] { guarded([this] { readParams(); }); });
     if (asked & restartValues) guarded([this] { readValues(); });
     if (asked & (restartTitles | restartValues)) host.displayChanged();
-    // Where no blocks come, nothing else brings the values across.
-    const int64_t done = framesDone;
-    if (values.waits() && active && done == framesSeen)
-        host.betweenBlocks([this] {
-            const ForeignOpening foreign;
-            render(nullptr, nullptr, 0);
-        });
-    framesSeen = done;
     values.tellHost(host, [this](int index) { return param(index); });
     guarded([this] {
         showController();
@@ -436,6 +430,10 @@ void Vst3Plugin::fillIn(int frames) {
     changesOut.clear();
     eventListIn.clear();
     eventListOut.clear();
+    // Some take what they have read for themselves only when it is told as a change.
+    if (tellsAll.exchange(false))
+        for (size_t i = 0; i < params.size(); i++)
+            if (!params[i].program) changesIn.put(params[i].id, 0, values.of(i));
     values.send([this](size_t i, double value) { changesIn.put(params[i].id, 0, value); });
     for (const Note& n : notes) {
         const int kind = n.data & 0xf0, channel = n.data & 0xf;
@@ -518,16 +516,16 @@ void Vst3Plugin::connect(std::vector<AudioBus>& made, const std::vector<int>& bu
     }
 }
 
-bool Vst3Plugin::render(AudioBus* ins, AudioBus* outs, int frames) {
+bool Vst3Plugin::render(int frames) {
     fillIn(frames);
     fillContext();
     Process call{};
     call.mode = host.level() == PluginLevel::offline ? offline : realtime;
     call.frames = frames;
-    call.inputs = ins;
-    call.outputs = outs;
-    call.inputCount = ins ? int32_t(audioIn.size()) : 0;
-    call.outputCount = outs ? int32_t(audioOut.size()) : 0;
+    call.inputs = audioIn.data();
+    call.outputs = audioOut.data();
+    call.inputCount = int32_t(audioIn.size());
+    call.outputCount = int32_t(audioOut.size());
     call.inParams = &changesIn;
     call.outParams = &changesOut;
     call.inEvents = &eventListIn;
@@ -549,6 +547,5 @@ bool Vst3Plugin::process(float** in, float** out, int frames) {
     const ForeignCall foreign;
     connect(audioIn, busesIn, in);
     connect(audioOut, busesOut, out);
-    framesDone = framesDone + frames;
-    return render(audioIn.data(), audioOut.data(), frames);
+    return render(frames);
 }

@@ -60,6 +60,7 @@ private:
     struct Param {
         vst3::ParamId id = 0;
         CStr name, unit;
+        bool program = false; ///< it changes all others
     };
     struct Note {
         int frame, data;
@@ -97,7 +98,7 @@ private:
     void fillIn(int frames);
     void fillContext();
     void takeOut();
-    bool render(vst3::AudioBus* ins, vst3::AudioBus* outs, int frames);
+    bool render(int frames);
     static void connect(std::vector<vst3::AudioBus>& made, const std::vector<int>& buses,
                         float** pins);
 
@@ -121,9 +122,8 @@ private:
     double rate = 0.0;
     int block = 0;
     bool active = false, wantsRunning = false;
-    int64_t framesSeen = 0;
-    Shared<int64_t> framesDone{0};
-    Shared<int> restartAsked{0}; ///< flags
+    Shared<bool> tellsAll{false}; ///< the next block tells all values
+    Shared<int> restartAsked{0};  ///< flags
     std::unique_ptr<Vst3Editor> editor;
 
     // Whoever renders.
