@@ -106,8 +106,7 @@ void Exporter::addTimes() {
     for (const auto* s : each<CTimesigPart>(prog->timesigs))
         song.signatures.push_back({toBeats(s->pos), s->getNum(), s->getDen()});
     // Others begin with what stands at the head, whatever points there are.
-    if (!song.tempos.empty() && song.tempos.front().time <= 0.0)
-        song.bpm = song.tempos.front().bpm;
+    if (!song.tempos.empty() && song.tempos.front().time <= 0.0) song.bpm = song.tempos.front().bpm;
     if (!song.signatures.empty() && song.signatures.front().time <= 0.0)
         song.num = song.signatures.front().num, song.den = song.signatures.front().den;
     for (auto* m : each<CMarkerPart>(prog->markers))
@@ -117,7 +116,8 @@ void Exporter::addTimes() {
 /// What an instrument track plays.
 CComp* Exporter::instrumentOf(CTrack* track) const {
     CComp* to = track->kind == trackMIDI ? trackTarget(seq, track) : nullptr;
-    return to && to->output() && (to->type == compSampler || to->type == compVST) ? to : nullptr;
+    const bool device = to && (to->type == compMIDIOut || to->type == compMIDIChs);
+    return to && to->output() && !device ? to : nullptr;
 }
 
 void Exporter::addStrip(DawTrack& t, COutputChannel* strip) {
@@ -153,8 +153,12 @@ bool Exporter::addDevices(DawTrack& t, CComp* instrument, COutputChannel* strip)
                          const std::function<bool(const CStr&)>& save) {
         return addState(t, {"BuiltinDevice", text(comp->id), id, role, ""}, ext, save);
     };
+    // Others know the state of this format alone by what this program writes of it.
     const auto addPlugin = [&](CVST* plugin, const char* role) {
-        return addState(
+        if (!plugin->opened() || plugin->failed() ||
+            !sameText(extractFileExt(plugin->fileName), ".so"))
+            return lose("Plug-in " + plugin->id);
+        addState(
             t, {"Vst2Plugin", text(plugin->id), text(extractFileName(plugin->fileName)), role, ""},
             ".fxb", [&](const CStr& path) { return plugin->saveBank(path); });
     };
@@ -165,8 +169,10 @@ bool Exporter::addDevices(DawTrack& t, CComp* instrument, COutputChannel* strip)
         if (sampler->getProg())
             add(sampler, "instrument", dawSampler, ".qvs",
                 [&](const CStr& path) { return saveProgram(sampler, path); });
-    } else if (instrument) {
+    } else if (instrument && instrument->type == compVST) {
         addPlugin(static_cast<CVST*>(instrument), "instrument");
+    } else if (instrument) {
+        lose("What is set in " + instrument->id);
     }
     if (!strip) return good;
     for (auto* insert : strip->inserts) {
@@ -177,6 +183,8 @@ bool Exporter::addDevices(DawTrack& t, CComp* instrument, COutputChannel* strip)
                 [&](const CStr& path) { return saveProgram(static_cast<CEffect*>(insert), path); });
         else if (insert->type == compVST)
             addPlugin(static_cast<CVST*>(insert), "audioFX");
+        else
+            lose("What is set in " + insert->id);
     }
     return good;
 }
