@@ -80,6 +80,23 @@ void fadeInsert(COutputChannel* out, const CInputChannel* in, PlanFade& fade, in
     fade.advance(frames);
 }
 
+/// Brings a fade on by a block.
+void followFade(const PlanInsert& insert, COutputChannel* out, const CInputChannel* in,
+                int frames) {
+    const CQV* host = insert.comp->host;
+    PlanFade& fade = insert.fade->fade;
+    fade.follow(insert.leaving, fadeFrames(host));
+    if (fade.running()) fadeInsert(out, in, fade, frames);
+    insert.fade->overAt = fade.over() ? host->blocks : 0;
+}
+
+/// Whether an insert of a strip that changes works in this block. Where one has gone, it does not
+/// come elsewhere in the same block.
+bool isHeard(const PlanInsert& insert, unsigned block) {
+    if (insert.leaving) return !insert.ended && !insert.fade->isOver();
+    return !insert.after || (insert.after->isOver() && insert.after->overAt != block);
+}
+
 /// What goes past an insert that is late.
 CInputChannel* delayedDry(const PlanInsert& late, CInputChannel* in, int frames) {
     DelayLine* const line = late.dry.get();
@@ -261,11 +278,14 @@ void COutputChannel::processFX(CMIDIBytes* events, int frames) {
     equalise(frames);
     COutputChannel* src = this;
     const GraphPlan* plan = comp ? &comp->host->plans->current() : nullptr;
-    if (const auto* all = plan && plan->isPassing() ? plan->latency().changing(this) : nullptr) {
-        for (const PlanInsert& insert : *all)
-            if (!insert.fade.over()) runInsert(insert.comp, src, events, frames);
+    if (auto* all = plan && plan->isPassing() ? plan->latency().changing(this) : nullptr) {
+        for (PlanInsert& insert : *all)
+            if (isHeard(insert, comp->host->blocks))
+                runInsert(insert.comp, &insert, src, events, frames);
     } else {
-        for (auto* insert : inserts) runInsert(insert, src, events, frames);
+        for (auto* insert : inserts)
+            runInsert(insert, plan ? plan->latency().insertOf(insert) : nullptr, src, events,
+                      frames);
     }
     if (src != this) copyStereo(bufL, bufR, src, frames);
 }
@@ -289,20 +309,19 @@ void COutputChannel::equalise(int frames) {
     if (StripMeters* to = measured()) to->takeEqualised(bufL, bufR, frames);
 }
 
-void COutputChannel::runInsert(CComp* insert, COutputChannel*& src, CMIDIBytes* events,
-                               int frames) {
+void COutputChannel::runInsert(CComp* insert, PlanInsert* late, COutputChannel*& src,
+                               CMIDIBytes* events, int frames) {
     CInputChannel* in = insert->input();
     COutputChannel* out = insert->output();
     if (!in || !out) return;
     insert->prepare(frames);
     copyStereo(in->bufL, in->bufR, src, frames);
-    PlanInsert* late = comp ? comp->host->plans->current().latency().insertOf(insert) : nullptr;
     if (CMIDIQ* port = insert->inPort()) passEvents(events, port, late, frames);
     CInputChannel* const dry = late ? delayedDry(*late, in, frames) : in;
     const float share = fLimit(insert->wet, 0.0f, 1.0f);
     insert->process(frames);
     blendInsert(insert, dry, share, frames);
-    if (late && late->fade.running()) fadeInsert(out, dry, late->fade, frames);
+    if (late && late->fade) followFade(*late, out, dry, frames);
     src = out;
     out->udpatePeaks(frames);
 }

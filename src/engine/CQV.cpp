@@ -135,6 +135,7 @@ void CQV::prepare(int n) {
         c->listKind = listSends;
         c->prepare(n);
     }
+    plans->current().prepareLeaving(n);
 }
 
 void CQV::setFrames(int n) {

@@ -154,22 +154,22 @@ void meterPart(COutputChannel* ch, int frames) {
 }
 
 void addStereo(CInputChannel* to, const float* left, const float* right, int frames,
-               CableShare share) {
-    if (share.none()) return;
-    if (share.all()) {
+               PlanFade& fade) {
+    if (fade.over()) return;
+    if (!fade.running()) {
         addScaled(to->bufL, left, frames, 1.0f);
         addScaled(to->bufR, right, frames, 1.0f);
         return;
     }
     for (int i = 0; i < frames; ++i) {
-        to->bufL[i] += left[i] * share.at(i);
-        to->bufR[i] += right[i] * share.at(i);
+        to->bufL[i] += left[i] * fade.at(i);
+        to->bufR[i] += right[i] * fade.at(i);
     }
-    share.advance(frames);
+    fade.advance(frames);
 }
 
 void addToOut(PlanArrival& cable, int frames, GraphScratch& scratch) {
-    if (cable.fade.over()) return;
+    if (cable.hasGone()) return;
     CInputChannel* to = cable.from->toChannel;
     cable.addTo(to, frames, scratch);
     storePeak(highest(to->bufL, frames, to->peakL), to->peakL, to->holdL);
@@ -324,7 +324,7 @@ void CComp::mergeMIDI(int frames) {
         }
     }
     // What lost its last cable would else go on for good.
-    if (allNotesOff && inPort()) {
+    if (allNotesOff && inPort() && !(planned && planned->leaving)) {
         silenceChannels(inPort());
         allNotesOff = 0;
         hold(nullptr);

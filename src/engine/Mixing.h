@@ -5,9 +5,9 @@
 class CComp;
 class CInputChannel;
 class COutputChannel;
-class CableShare;
 struct GraphScratch;
 struct PlanArrival;
+struct PlanFade;
 
 /// Sums and meters of the mix: plain loops over one channel's buffer, any thread. A frame that is
 /// not a number raises no meter.
@@ -30,9 +30,9 @@ struct Sides {
 };
 Sides panLaw(float pan);
 
-/// Adds a block to that of a channel, and moves the fades on.
+/// Adds a block to that of a channel, and moves the fade on.
 void addStereo(CInputChannel* to, const float* left, const float* right, int frames,
-               CableShare share);
+               PlanFade& fade);
 /// Adds what a cable brings in a block to its end, and meters the sum there. Graph holder.
 void addToOut(PlanArrival& cable, int frames, GraphScratch& scratch);
 

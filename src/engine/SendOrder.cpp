@@ -11,16 +11,20 @@ namespace {
 struct SendValues {
     float level = 0.0f;
     int muted = 0, shownLevel = -1;
+    PlanFade gate{};
+    bool settled = false;
 };
 
 SendValues get(const CSend* send) {
-    return {send->level, send->muted, send->shownLevel};
+    return {send->level, send->muted, send->shownLevel, send->gate, send->settled};
 }
 
 void set(CSend* send, const SendValues& v) {
     send->level = v.level;
     send->muted = v.muted;
     send->shownLevel = v.shownLevel;
+    send->gate = v.gate;
+    send->settled = v.settled;
 }
 
 SendValues takeOut(COutputChannel* ch, int at) {
@@ -60,10 +64,17 @@ CSendRecord::CSendRecord(COutputChannel* ch) : channel(ch) {
 
 void CSendRecord::store() {
     for (int k = 0; k < maxSends; ++k) {
-        const SendValues v = get(channel->sendLevels[k]);
-        level[k] = v.level;
-        muted[k] = v.muted;
-        shownLevel[k] = v.shownLevel;
+        const CSend* send = channel->sendLevels[k];
+        level[k] = send->level;
+        muted[k] = send->muted;
+        shownLevel[k] = send->shownLevel;
+    }
+}
+
+void CSendRecord::storeGates() {
+    for (int k = 0; k < maxSends; ++k) {
+        gate[k] = channel->sendLevels[k]->gate;
+        settled[k] = channel->sendLevels[k]->settled;
     }
 }
 
@@ -72,6 +83,8 @@ void CSendRecord::swapLevels() {
         exchange(channel->sendLevels[k]->level.written(), level[k]);
         exchange(channel->sendLevels[k]->muted, muted[k]);
         exchange(channel->sendLevels[k]->shownLevel, shownLevel[k]);
+        std::swap(channel->sendLevels[k]->gate, gate[k]);
+        std::swap(channel->sendLevels[k]->settled, settled[k]);
     }
 }
 
@@ -83,6 +96,7 @@ void reorderSends(CUndoItem* item, int from, int to) {
             continue;
         }
         record->store();
+        record->storeGates();
         shiftSends(record->channel, from, to);
     }
     item->sendsStored = true;

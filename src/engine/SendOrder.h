@@ -13,8 +13,11 @@ public:
     float level[maxSends] = {};
     int muted[maxSends] = {};
     int shownLevel[maxSends] = {};
+    PlanFade gate[maxSends];
+    bool settled[maxSends] = {};
 
     void store();
+    void storeGates(); ///< graph holder
     /// Exchanges the stored levels with the channel's.
     void swapLevels();
 };

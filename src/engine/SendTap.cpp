@@ -10,10 +10,37 @@
 
 namespace {
 
-void feedPiece(const COutputChannel* ch, float level, CInputChannel* to, int frames, int offset) {
+/// A stretch of the block that goes to a bus at one level.
+struct SendPiece {
+    const COutputChannel* ch;
+    CInputChannel* to;
+    int frames, offset;
+};
+
+void feedPiece(const SendPiece& p, float level) {
     if (level == 0.0f) return;
-    addScaled(to->bufL + offset, ch->bufL + offset, frames, level * level);
-    addScaled(to->bufR + offset, ch->bufR + offset, frames, level * level);
+    addScaled(p.to->bufL + p.offset, p.ch->bufL + p.offset, p.frames, level * level);
+    addScaled(p.to->bufR + p.offset, p.ch->bufR + p.offset, p.frames, level * level);
+}
+
+void fadePiece(const SendPiece& p, float level, PlanFade& gate) {
+    for (int i = 0; i < p.frames; ++i) {
+        const float amount = level * level * gate.at(i);
+        p.to->bufL[p.offset + i] += p.ch->bufL[p.offset + i] * amount;
+        p.to->bufR[p.offset + i] += p.ch->bufR[p.offset + i] * amount;
+    }
+    gate.advance(p.frames);
+}
+
+/// `away`: nothing of it is to be heard, or no more.
+void feedThrough(CSend* send, const SendPiece& p, float level, bool away) {
+    if (!send->settled || level == 0.0f) send->gate = PlanFade::still(away);
+    send->settled = true;
+    send->gate.follow(away, fadeFrames(send->comp->host));
+    if (send->gate.running())
+        fadePiece(p, level, send->gate);
+    else if (!send->gate.over())
+        feedPiece(p, level);
 }
 
 } // namespace
@@ -45,20 +72,17 @@ void SendTap::feed(const PlanNode& from, int index, int bus, CInputChannel* to, 
     const COutputChannel* ch = from.comp->output(index);
     if (!ch || index >= int(heard.size())) return;
     const auto& open = heard[size_t(index)];
-    const CSend* send = ch->sendLevels[bus];
-    if (send->muted) return;
-    if (!moved) {
-        if (open[0]) feedPiece(ch, send->level, to, frames, 0);
-        return;
-    }
+    CSend* const send = ch->sendLevels[bus];
+    const bool away = send->muted != 0;
+    if (!moved) return feedThrough(send, {ch, to, frames, 0}, send->level, away || !open[0]);
     float level = levels[size_t(index) * size_t(buses) + size_t(bus)];
     size_t piece = 0;
     eachStripEvent(
         from.comp, from.stripEvents(), frames,
         [&](int n, int offset) {
-            if (open[piece++]) feedPiece(ch, level, to, n, offset);
+            feedThrough(send, {ch, to, n, offset}, level, away || !open[piece++]);
         },
-        [&](const StripTarget& target, const CMIDIBytes* e) {
-            if (target.send == send && e->param == 0) level = fLimit(e->value, 0.0f, 1.0f);
+        [&](const StripTarget& strip, const CMIDIBytes* e) {
+            if (strip.send == send && e->param == 0) level = fLimit(e->value, 0.0f, 1.0f);
         });
 }

@@ -6,6 +6,7 @@
 #include "engine/CQV.h"
 #include "engine/SongClock.h"
 #include "engine/TransportRing.h"
+#include "engine/plan/GraphPlan.h"
 
 #include <cassert>
 #include <cmath>
@@ -98,6 +99,7 @@ void Transport::startNow() {
     playing = 1;
     transportChanged = true;
     root->clock->restart();
+    root->plans->current().latency().settleFades();
     for (CComp* c : root->comps) startComp(c);
     for (CComp* bus : each<CComp>(root->sends)) startComp(bus);
     root->hostNotices.raise(HostNotice::transport);

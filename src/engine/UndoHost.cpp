@@ -39,19 +39,6 @@ void eachSequencer(CQV* qv, F&& visit) {
         if (c->type == compSeq) visit(c);
 }
 
-void settleEditors(CUndoItem* item, bool forward) {
-    CComp* c = asComp(item->object);
-    if (!c) return;
-    if (leaves(item, forward)) {
-        c->sleep(1);
-        item->editorShown = editorHooks()->editorVisible(c);
-        editorHooks()->hideEditors(c);
-    } else if (enters(item, forward) && item->editorShown) {
-        editorHooks()->showEditor(c, true);
-        item->editorShown = false;
-    }
-}
-
 } // namespace
 
 UndoHost::UndoHost(CQV* host) : qv(host) {
@@ -60,6 +47,7 @@ UndoHost::UndoHost(CQV* host) : qv(host) {
 UndoHost::~UndoHost() {
     if (running && !pending) stepPlan.finish();
     stepPlan.leave();
+    deleteAll(dying);
     deleteAll(undoList);
 }
 
@@ -126,6 +114,11 @@ void UndoHost::undoClear() {
         recUndo = nullptr;
     }
     freeSteps(0);
+    {
+        const GraphHold hold(qv);
+        qv->plans->endFades();
+    }
+    endFaded();
     undoIndex = -1;
     savedIndex = unsaved ? nowhere : undoIndex;
 }
@@ -184,6 +177,11 @@ void UndoHost::settle() {
 }
 
 void UndoHost::undoIdle() {
+    settleStep();
+    endFaded();
+}
+
+void UndoHost::settleStep() {
     if (!running) return;
     if (outdated.loadAcquire()) send();
     if (pending.loadAcquire()) return;
@@ -193,11 +191,24 @@ void UndoHost::undoIdle() {
     qv->plans->settle();
     if (u->effects.song) eachSequencer(qv, [](CComp* seq) { seq->doUpdate(CComp::updateSong); });
     for (auto* item : u->items) {
-        settleEditors(item, runningOp != opUndone);
+        settleComp(item, runningOp != opUndone);
         if (runningOp == opRedone) item->exchangeName();
     }
     if (runningOp != opUndone) return;
     for (CUndoItem* item = u->lastItem; item; item = item->previous) item->exchangeName();
+}
+
+void UndoHost::settleComp(CUndoItem* item, bool forward) {
+    CComp* c = asComp(item->object);
+    if (!c) return;
+    if (leaves(item, forward)) {
+        tired.push_back(c);
+        item->editorShown = editorHooks()->editorVisible(c);
+        editorHooks()->hideEditors(c);
+    } else if (enters(item, forward) && item->editorShown) {
+        editorHooks()->showEditor(c, true);
+        item->editorShown = false;
+    }
 }
 
 void UndoHost::setHeldFrames(int frames) {
@@ -219,7 +230,7 @@ void UndoHost::setHeldRate(double rate) {
 }
 
 void UndoHost::eachHeld(const std::function<void(CObject*)>& visit) {
-    for (const CList* steps : listsOf(undoList, openSteps))
+    for (const CList* steps : listsOf(undoList, openSteps, dying))
         for (auto* u : each<CUndo>(*steps))
             for (auto* item : u->items) {
                 for (auto* object : each<CObject>(item->holding)) visit(object);
@@ -228,7 +239,7 @@ void UndoHost::eachHeld(const std::function<void(CObject*)>& visit) {
 }
 
 void UndoHost::forgetInSteps(const CObject* object) {
-    for (const CList* steps : listsOf(undoList, openSteps))
+    for (const CList* steps : listsOf(undoList, openSteps, dying))
         for (auto* u : each<CUndo>(*steps)) u->drop(object);
     qv->values->forget(object);
 }
@@ -237,7 +248,7 @@ void UndoHost::queue(CUndo* u, Op op) {
     qv->countChange();
     reserveSends(u);
     for (auto* item : u->items)
-        if (CComp* c = asComp(item->object); c && enters(item, op != opUndone)) c->sleep(0);
+        if (CComp* c = asComp(item->object); c && enters(item, op != opUndone)) wake(c);
     running = u;
     runningOp = op;
     u->busy = true;
@@ -272,19 +283,41 @@ void UndoHost::reserveSends(CUndo* u) {
     }
 }
 
+void UndoHost::wake(CComp* c) {
+    std::erase(tired, c);
+    c->sleep(0);
+}
+
 /// Frees all steps but the first `keep`, the latest first, and what they hold.
 void UndoHost::freeSteps(int keep) {
-    if (undoList.getCount() <= keep) return;
     if (savedIndex >= keep) savedIndex = nowhere;
+    while (undoList.getCount() > keep) dying.add(undoList.pop());
+    endFaded();
+}
+
+/// What has left goes to rest, or dies, where a plan without it has taken over.
+void UndoHost::endFaded() {
+    if ((tired.empty() && dying.empty()) || running) return;
+    qv->plans->idle();
+    if (qv->plans->fading()) return;
+    for (CComp* c : std::exchange(tired, {})) c->sleep(1);
+    freeDying();
+}
+
+void UndoHost::freeDying() {
+    if (dying.empty()) return;
     ForgetSet gone;
-    for (int i = keep; i < undoList.getCount(); ++i)
-        for (auto* item : undoList.items(i)->items) {
+    for (auto* step : dying)
+        for (auto* item : step->items) {
             if (item->held()) gone.add(item->object);
             if (item->replaced) gone.add(item->replaced);
         }
     qv->parkWorkers();
     forgetObjects(qv, gone);
-    while (undoList.getCount() > keep) delete undoList.pop();
+    while (auto* step = dying.first()) {
+        dying.del(0);
+        delete step;
+    }
     qv->unparkWorkers();
 }
 
@@ -337,7 +370,6 @@ void UndoHost::changing(CUndo* u, CUndoItem* item) {
     if (asComp(item->object) && item->touches(&qv->comps))
         eachSequencer(qv, [](CComp* seq) { seq->raiseSong(SeqNotice::tracks); });
     if (leaves(item, runningOp != opUndone)) {
-        if (CComp* c = asComp(item->object)) c->sleeping = 1;
         silenceFed(item->object);
         forgetMaps(qv, item->object);
     }

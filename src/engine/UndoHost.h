@@ -84,6 +84,11 @@ private:
     void send();
     void reserveSends(CUndo* u);
     void freeSteps(int keep);
+    void freeDying();
+    void endFaded();
+    void settleStep();
+    void settleComp(CUndoItem* item, bool forward);
+    void wake(CComp* c);
 
     // Graph holder.
     void doStep(CObject* step);
@@ -94,10 +99,13 @@ private:
     void tell(const CUndo* u);
 
     CQV* qv;
-    ListOf<CUndo> openSteps;  ///< not owned: started and not ended
-    int savedIndex = -1;      ///< where `undoIndex` was when the project was saved, or `nowhere`
-    unsigned savedPast = 0;   ///< and `past`
-    CUndo* running = nullptr; ///< the step on its way, and its direction; set when it is not
+    ListOf<CUndo> openSteps; ///< not owned: started and not ended
+    /// Owned: forgotten, but what they hold off the graph may still be heard.
+    ListOf<CUndo> dying;
+    std::vector<CComp*> tired; ///< off the graph, and to sleep once they are not heard any more
+    int savedIndex = -1;       ///< where `undoIndex` was when the project was saved, or `nowhere`
+    unsigned savedPast = 0;    ///< and `past`
+    CUndo* running = nullptr;  ///< the step on its way, and its direction; set when it is not
     Op runningOp = opDone;
     UndoPlan stepPlan;           ///< of that step; the graph's while it is pending and not outdated
     Shared<bool> pending{false}; ///< set when a step is queued, cleared (release) when it is done

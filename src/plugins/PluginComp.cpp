@@ -155,10 +155,13 @@ void PluginComp::enable(ToStore<int> on) {
     if (isInterfaceThread() && !rendering) setRunning();
 }
 
-/// Steps of the history call this in a block, so the plug-in hears of it later.
+/// The plug-in hears of it later.
 void PluginComp::sleep(int on) {
-    if (on && !sleeping) wasEnabled = enabled;
-    if (!on && sleeping) renewed = true;
+    if (on == sleeping) return;
+    if (on)
+        wasEnabled = enabled;
+    else
+        renewed = true;
     CComp::enable(on ? 0 : wasEnabled);
     CComp::sleep(on);
 }

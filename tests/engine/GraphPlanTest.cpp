@@ -257,7 +257,6 @@ TEST(GraphPlan, InsertsFade) {
     listen(10);
     EXPECT_EQ(heard.back(), own + 0.25f);
     f.host->undoClicked();
-    f.host->settle();
     listen(10);
     EXPECT_EQ(heard.back(), own * 0.5f);
     EXPECT_EQ(rtViolations(), 0);

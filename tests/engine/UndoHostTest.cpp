@@ -111,15 +111,28 @@ TEST_F(UndoHostTest, ComponentThatLeavesSleepsAndItsMapsLoseIt) {
     map->target = c->output();
     map->comp = c;
     host->maps.items(0)->items.add(map);
-    cut(c);
-    EXPECT_EQ(c->sleeping, 1);
+    connect(c);
+    block(64);
+    step([&](CUndo* u) {
+        host->stripCables(c, u);
+        u->asRemove(c, &host->comps);
+    });
+    EXPECT_EQ(c->sleeping, 0) << "while it fades";
+    const auto sleeps = [&] {
+        host->undoIdle();
+        return c->sleeping == 1;
+    };
+    EXPECT_TRUE(runUntil(sleeps));
     EXPECT_EQ(map->target, nullptr);
     EXPECT_TRUE(host->notices.raised(CompNotice::maps));
     undo();
     EXPECT_EQ(c->sleeping, 0);
     EXPECT_EQ(map->target, nullptr) << "for good";
     undo();
-    EXPECT_EQ(c->sleeping, 1);
+    redo();
+    EXPECT_FALSE(runUntil(sleeps));
+    undo();
+    EXPECT_TRUE(runUntil(sleeps));
     redo();
     EXPECT_EQ(c->sleeping, 0);
 }

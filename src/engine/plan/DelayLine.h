@@ -23,6 +23,9 @@ public:
     void skip();
     /// Delays a block, of 65536 frames at most. What comes out may take the place of what goes in.
     void process(const float* inL, const float* inR, float* outL, float* outR, int frames);
+    /// What came out last.
+    float latestLeft() const { return filled > now ? tap(next - 1, now).left : 0.0f; }
+    float latestRight() const { return filled > now ? tap(next - 1, now).right : 0.0f; }
     /// Forgets all that went in.
     void clear();
 

@@ -68,6 +68,19 @@ GraphPlan::GraphPlan(CQV* root) : host(root), madeFor(root->frames) {
 
 GraphPlan::~GraphPlan() = default;
 
+void GraphPlan::prepareLeaving(int frames) {
+    if (!passing) return;
+    for (const auto& node : nodes)
+        if (node->leaving && !node->ended) node->comp->prepare(frames);
+}
+
+void GraphPlan::beginFades(int frames) {
+    eachArrival([&](PlanArrival& a) {
+        if (a.last) a.last->take(frames, host->scratch());
+    });
+    for (const CAudioCable* cable : coming) cable->gate = PlanFade::still(true);
+}
+
 void GraphPlan::run(int frames) {
     if (host->workers->helpWith(*this))
         host->workers->run(*this, frames);
@@ -150,6 +163,7 @@ void GraphPlan::runLate(int frames) {
 
 void GraphPlan::runStep(PlanStep& step, int frames) const {
     if (step.loop) return step.loop->run(*this, host, frames);
+    if (step.node->ended) return;
     CComp* c = step.node->comp;
     c->planned = step.node;
     if (step.work & PlanStep::sum)
@@ -218,6 +232,8 @@ SongTime GraphPlans::timeNow() const {
 }
 
 void GraphPlans::noteTime(int frames) {
+    blockFrames = frames;
+    framesSince = framesSince + unsigned(frames);
     times.note(timeNow(), frames);
 }
 
@@ -246,17 +262,24 @@ void GraphPlans::followLatency(bool changed) {
 void GraphPlans::prepare(const UndoPlan& step, bool first) {
     PlanLists lists(host, step, first);
     next = nullptr; // of a step that did not come to pass: no thread has seen it
+    withFades = nullptr;
     if (now && !now->dependsOn(lists)) return;
     next = PlanBuilder(host, lists, now.get()).build();
-    if (now && !next->leadsAs(*now))
-        next = PlanBuilder(host, std::move(lists), now.get(), next.get()).build();
-    passing = next->isPassing();
-    madeAt = asTimeInMS();
+    if (now && (now->isPassing() || !next->leadsAs(*now)))
+        withFades = PlanBuilder(host, std::move(lists), now.get(), next.get()).build();
 }
 
 void GraphPlans::adopt() {
     assert(host->heldByThread());
-    if (next && next->confirm()) std::swap(now, next);
+    const bool heard = insideCallback();
+    std::unique_ptr<GraphPlan>& made = heard && withFades ? withFades : next;
+    if (!made || !made->confirm()) return;
+    std::swap(now, made);
+    framesSince = 0;
+    if (heard)
+        now->beginFades(blockFrames);
+    else
+        now->latency().settleFades();
 }
 
 void GraphPlans::endFades() {
@@ -266,41 +289,49 @@ void GraphPlans::endFades() {
 void GraphPlans::replace() {
     auto made = PlanBuilder(host, PlanLists(), now.get()).build();
     if (now) host->workers->settle();
+    withFades = nullptr; // it knows what is about to be freed
     now = std::move(made);
 }
 
+bool GraphPlans::fading() const {
+    return now->isPassing() && host->tasks->blocksComing();
+}
+
+/// An insert that is moved falls and rises, and begins to rise with a block.
 void GraphPlans::idle() {
-    constexpr int patienceMs = 200; // a step may wait for a block before its fades begin
     if (linesWanted) const GraphHold hold(host); // which makes them at its end
-    if (!passing || asTimeInMS() - madeAt < patienceMs) return;
-    passing = false;
+    if (host->stepOnItsWay() || !now->isPassing()) return;
+    const int longest = 3 * fadeFrames(host) + 2 * host->frames;
+    if (fading() && framesSince < unsigned(longest)) return;
+    auto made = PlanBuilder(host, PlanLists(), now.get()).build();
     const GraphHold hold(host);
-    replace();
+    if (!made->fresh()) return; // something has changed meanwhile, and is looked at by the hold
+    host->workers->settle();
+    std::swap(now, made);
 }
 
 void GraphPlan::forget(const ForgetSet& gone) {
-    const auto end = [&gone](const CAudioCable* cable, PlanFade& fade) {
-        if (fade.leaving && gone.has(cable)) fade.left = 0;
-    };
-    eachStep([&](PlanStep& step) {
-        for (PlanArrival& sum : step.sums) end(sum.from, sum.fade);
+    eachArrival([&gone](PlanArrival& a) {
+        const CComp* from = a.sender ? a.sender->comp : nullptr;
+        if (a.leaving && (gone.has(a.from) || gone.has(from))) a.ended = true;
     });
     lateness.forget(gone);
     for (const auto& node : nodes) {
-        for (PlanArrival& arrival : node->arrivals) end(arrival.from, arrival.fade);
+        if (node->leaving && gone.has(node->comp)) node->ended = true;
         if (node->events) node->events->clear(); // they may be about what goes
     }
 }
 
 void GraphPlans::forget(const ForgetSet& gone) {
     assert(host->heldByThread());
-    for (GraphPlan* plan : {now.get(), next.get()})
+    for (GraphPlan* plan : {now.get(), next.get(), withFades.get()})
         if (plan) plan->forget(gone);
 }
 
 void GraphPlans::settle() {
     if (next) host->workers->settle();
     next = nullptr;
+    withFades = nullptr;
     if (now && now->fresh()) return;
     const GraphHold hold(host); // which looks for changes at its end
 }

@@ -57,9 +57,11 @@ public:
     std::vector<KeyTap> taps;
     std::unique_ptr<PlanArrival> own; ///< of a part that takes in sound: what it makes itself
     bool part = false;                ///< of a song
-    std::optional<PartWords> words;   ///< of one that has them
-    bool live = false;       ///< what it plays waits for nothing, as all that it is made of
-    bool fromDevice = false; ///< an audio in, or something that takes in what comes from one
+    bool leaving = false; ///< off the graph already, and heard till what it feeds has faded
+    bool ended = false;   ///< it is not there any more
+    std::optional<PartWords> words; ///< of one that has them
+    bool live = false;              ///< what it plays waits for nothing, as all that it is made of
+    bool fromDevice = false;        ///< an audio in, or something that takes in what comes from one
     // In frames, once it has been worked out.
     int latency = 0;     ///< of what arrives
     int offset = 0;      ///< frames from the begin of the block to that of its piece, in a loop
@@ -108,8 +110,12 @@ public:
     GraphPlan& operator=(const GraphPlan&) = delete;
 
     // Graph holder.
-    void run(int frames);     ///< up to the audio outs
-    void runLate(int frames); ///< sequencers that nothing listens to
+    void prepareLeaving(int frames); ///< `CComp::prepare` of what is off the graph already
+    void run(int frames);            ///< up to the audio outs
+    void runLate(int frames);        ///< sequencers that nothing listens to
+    /// What comes with this plan begins from silence, what breaks off from the last frame of a
+    /// block of so many.
+    void beginFades(int frames);
     /// Whether the lists are still those that it was made from.
     bool fresh() const;
     /// The same for one that was made ahead of a step, once that has been carried out.
@@ -152,6 +158,14 @@ private:
     template <class F>
     void eachStep(F&& visit);
     static std::span<PlanStep> stepsWithin(PlanStep& step);
+    template <class F>
+    void eachArrival(F&& visit) {
+        for (const auto& node : nodes)
+            for (PlanArrival& a : node->arrivals) visit(a);
+        eachStep([&](PlanStep& step) {
+            for (PlanArrival& a : step.sums) visit(a);
+        });
+    }
 
     CQV* host;
     int madeFor; ///< frames
@@ -163,7 +177,8 @@ private:
     std::vector<int> ends;       ///< of each level in `order`
     int mostOfLevel = 0;
     bool anyAhead = false;
-    std::vector<PlanSource> sources; ///< what leads to a list stands before it
+    std::vector<const CAudioCable*> coming; ///< that were not heard before
+    std::vector<PlanSource> sources;        ///< what leads to a list stands before it
     PlanLatency lateness;
     bool latencyKnown = false;
     Shared<bool> heard{false}; ///< a block has been worked out, or by a plan before it
@@ -188,7 +203,8 @@ public:
     void refresh();
     /// Makes the plan that a step on its way needs, if it needs another one. Interface thread.
     void prepare(const UndoPlan& step, bool first);
-    /// The step has been carried out: takes its plan. Graph holder.
+    /// The step has been carried out: takes its plan. Where no block does it, nobody hears what it
+    /// changes, and nothing fades. Graph holder.
     void adopt();
     /// Objects are about to be freed: cables among them that leave are not heard any more. Graph
     /// holder.
@@ -198,6 +214,8 @@ public:
     void endFades();
     /// Puts a plain plan in place of one whose fades are over. Interface thread, now and then.
     void idle();
+    /// Whether something that has left may still be heard. Interface thread, no step on its way.
+    bool fading() const;
     /// Frees what the step has left over, and corrects what could not be foreseen. Interface
     /// thread, once the step is known to be done.
     void settle();
@@ -219,8 +237,10 @@ private:
     Shared<int> total{0};
     Shared<bool> linesWanted{false};
     std::unique_ptr<GraphPlan> now;
-    std::unique_ptr<GraphPlan> next; ///< until the step is carried out; then the former plan
-    bool passing = false;            ///< the plan made last is; interface thread
-    int madeAt = 0;                  ///< asTimeInMS
+    // Until the step is carried out; then one of them is the former plan.
+    std::unique_ptr<GraphPlan> next;      ///< as the step leaves the graph
+    std::unique_ptr<GraphPlan> withFades; ///< the same as it fades there; null: at once
+    Shared<unsigned> framesSince{0};      ///< that a step brought `now`
+    int blockFrames = 0;                  ///< of the block that runs; graph holder
     SongTimes times;
 };

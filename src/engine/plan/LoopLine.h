@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 
 /// What a cable that closes a loop brings: the sound of so many frames ago. Graph holder.
@@ -20,10 +21,14 @@ public:
             left[next % delay] = fromL[i];
             right[next % delay] = fromR[i];
         }
+        missing = std::max(missing - frames, 0);
     }
+    /// Nothing has gone round yet: what comes next is silence.
+    bool fresh() const { return missing > 0; }
     void clear() { *this = {}; }
 
 private:
     std::array<float, delay> left{}, right{};
     unsigned next = 0;
+    int missing = delay; ///< frames
 };

@@ -1,6 +1,7 @@
 #include "engine/plan/PlanBuilder.h"
 
 #include "engine/CQV.h"
+#include "engine/plan/PlanLoop.h"
 
 #include <algorithm>
 #include <utility>
@@ -14,8 +15,7 @@ constexpr size_t sumsAtOnce = 8;
 
 PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted, const GraphPlan* before,
                          const GraphPlan* plain)
-    : host(root), lists(std::move(wanted)), plan(std::make_unique<GraphPlan>(root)),
-      fadeFrames(std::max(1, root->framesInMs * PlanFade::ms)) {
+    : host(root), lists(std::move(wanted)), plan(std::make_unique<GraphPlan>(root)) {
     if (!before) return;
     plan->heard = before->heard.load();
     for (const auto& meeting : before->lateness.all())
@@ -26,10 +26,24 @@ PlanBuilder::PlanBuilder(CQV* root, PlanLists wanted, const GraphPlan* before,
     for (const auto& end : before->lateness.ends()) endLines[end.out->channel] = end.line;
     insertLines = before->lateness.lateInserts();
     for (const auto& node : before->nodes)
-        if (node->events) formerEvents[node->comp] = node->events.get();
+        if (node->events && !node->ended) formerEvents[node->comp] = node->events.get();
     if (!plain) return;
     formerLatency = &before->lateness;
-    for (const auto& node : before->nodes) former[node->comp] = node.get();
+    for (const auto& node : before->nodes)
+        if (!node->ended) former[node->comp] = node.get();
+    const auto know = [this](const PlanArrival& a) {
+        if (a.kind != PlanArrival::cable) return;
+        if (!a.leaving)
+            broughtBefore[a.from] = &a;
+        else if (!a.ended && !*a.silent)
+            goingBefore[a.at->comp].push_back(&a);
+    };
+    for (const auto& node : before->nodes) std::ranges::for_each(node->arrivals, know);
+    for (const PlanStep& step : before->steps) {
+        std::ranges::for_each(step.sums, know);
+        if (!step.loop) continue;
+        for (const PlanStep& inner : step.loop->steps) std::ranges::for_each(inner.sums, know);
+    }
     for (const auto& node : plain->nodes) staying.insert(node->comp);
 }
 
@@ -37,7 +51,7 @@ const std::vector<CObject*>& PlanBuilder::read(const CList& list) {
     const auto [entry, fresh] = contentsOf.try_emplace(&list);
     if (fresh) {
         entry->second = lists.of(list);
-        plan->sources.emplace_back(list, entry->second);
+        if (!offGraph) plan->sources.emplace_back(list, entry->second);
     }
     return entry->second;
 }
@@ -63,6 +77,7 @@ std::unique_ptr<GraphPlan> PlanBuilder::build() {
         if (c->type == compAudioOut) outs.push_back(c);
     for (CComp* out : outs) takeSources(out, listComps);
     for (CComp* bus : buses) needKeys(bus); // what they are keyed by may send to them
+    for (CComp* out : outs) takeEarlyLeaving(out);
     for (CComp* out : outs) takeSources(out, listSends);
     for (CComp* out : outs) takeLeaving(out);
     for (CComp* c : comps) {
@@ -85,90 +100,10 @@ void PlanBuilder::takeSources(CComp* out, ListKind kind) {
         CComp* from = cable->fromComp;
         if (from->type == compAudioOut || kindOf(from) != kind || sameRing(from, out)) continue;
         need(from);
-        from->planStrip(*this);
+        stripsOf(from);
         place(out).node->cables.push_back(cable);
         place(out).sums.push_back(arrivalOf(out, cable));
         if (place(out).sums.size() == sumsAtOnce) flushSums(out);
-    }
-}
-
-// Cables that come and go.
-
-/// What comes to the graph together with its cable begins by itself.
-PlanFade PlanBuilder::fadeOf(CComp* c, const CAudioCable* cable) {
-    const auto before = former.find(c);
-    if (before == former.end()) return {};
-    const auto& had = before->second->cables;
-    if (std::ranges::find(had, cable) != had.end()) return {};
-    CComp* from = cable->fromComp;
-    const bool sounded = (host->comps.contains(from) || host->sends.contains(from)) &&
-                         from->outputs.contains(cable->fromChannel);
-    return sounded ? PlanFade::in(fadeFrames) : PlanFade();
-}
-
-/// Those into `c` that the plan before had, as far as what they come from stays.
-std::vector<const CAudioCable*> PlanBuilder::leaving(CComp* c) {
-    std::vector<const CAudioCable*> all;
-    const auto before = former.find(c);
-    if (before == former.end()) return all;
-    const auto& has = place(c).node->cables;
-    for (const CAudioCable* cable : before->second->cables) {
-        const bool stays = std::ranges::find(comps, cable->fromComp) != comps.end() ||
-                           std::ranges::find(buses, cable->fromComp) != buses.end();
-        if (stays && std::ranges::find(has, cable) == has.end()) all.push_back(cable);
-    }
-    return all;
-}
-
-/// Whether `c`, which only cables that leave lead to sound, needs nothing that has not been worked
-/// out yet and stays, and waits for nothing that waits for it.
-bool PlanBuilder::endsHere(CComp* c, std::unordered_set<const CComp*>& path) {
-    if (staying.contains(c)) return place(c).rendered && place(c).stripped;
-    if (place(c).rendered) return true;
-    if (place(c).busy || !path.insert(c).second) return false;
-    for (const auto* cable : contents<CAudioCable>(c->audioCables))
-        if (!endsHere(cable->fromComp, path)) return false;
-    for (const auto* cable : contents<CMIDICable>(c->midiCables)) {
-        CComp* from = cable->fromComp;
-        if (from && !(staying.contains(from) ? place(from).rendered : endsHere(from, path)))
-            return false;
-    }
-    path.erase(c);
-    return true;
-}
-
-/// Whether a cable can be heard a little longer without a change to what stays.
-bool PlanBuilder::mayLeave(const CAudioCable* cable) {
-    std::unordered_set<const CComp*> path;
-    // What a loop takes in has to be there before it.
-    if (ringOpen && !place(cable->fromComp).rendered) return false;
-    return cable->fromComp->type != compAudioOut && endsHere(cable->fromComp, path);
-}
-
-/// Its source, which feeds no bus, unless it stays for other reasons.
-void PlanBuilder::needLeaving(const CAudioCable* cable) {
-    const bool before = std::exchange(onlyLeaving, true);
-    need(cable->fromComp);
-    cable->fromComp->planStrip(*this);
-    onlyLeaving = before;
-    plan->passing = true;
-}
-
-/// Behind all sources that stay, as the next.
-void PlanBuilder::takeLeaving(CComp* out) {
-    for (const CAudioCable* cable : leaving(out)) {
-        if (!mayLeave(cable)) continue;
-        needLeaving(cable);
-        place(out).sums.push_back(leavingOf(out, cable));
-    }
-}
-
-void PlanBuilder::takeLeavingInto(CComp* c) {
-    for (const CAudioCable* cable : leaving(c)) {
-        if (!mayLeave(cable)) continue;
-        needLeaving(cable);
-        place(c).node->arrivals.push_back(leavingOf(c, cable));
-        place(c).reads.push_back(cable->fromChannel);
     }
 }
 
@@ -211,6 +146,11 @@ void PlanBuilder::need(CComp* c) {
     place(c).rendered = true;
 }
 
+void PlanBuilder::stripsOf(CComp* c) {
+    c->planStrip(*this);
+    place(c).stripped = true;
+}
+
 void PlanBuilder::needMidi(CComp* c) {
     PlanNode* node = place(c).node;
     node->takesMidi = ++depth <= maxPullDepth;
@@ -239,7 +179,7 @@ void PlanBuilder::needAudio(CComp* c) {
                 continue;
             }
             need(from);
-            from->planStrip(*this);
+            stripsOf(from);
             place(c).node->cables.push_back(cable);
             place(c).node->arrivals.push_back(arrivalOf(c, cable));
             place(c).reads.push_back(cable->fromChannel);
@@ -311,52 +251,11 @@ void PlanBuilder::makes(CComp* c) {
     }
 }
 
-/// Those that come rise; those that go stay behind what they stood behind, and fall.
-void PlanBuilder::fadeInserts(PlanOrigin& origin) {
-    const PlanOrigin* before = formerLatency ? formerLatency->originOf(origin.channel) : nullptr;
-    if (!before) return;
-    std::vector<PlanInsert>& all = origin.inserts;
-    const auto sounded = [&](const CComp* comp) {
-        const auto had = std::ranges::find(before->inserts, comp, &PlanInsert::comp);
-        return had != before->inserts.end() && !had->fade.leaving;
-    };
-    for (PlanInsert& insert : all) {
-        if (sounded(insert.comp)) continue;
-        insert.fade = PlanFade::in(fadeFrames);
-        plan->passing = true;
-    }
-    size_t place = 0;
-    for (const PlanInsert& had : before->inserts) {
-        if (const auto stays = std::ranges::find(all, had.comp, &PlanInsert::comp);
-            stays != all.end()) {
-            place = size_t(stays - all.begin()) + 1;
-            continue;
-        }
-        if (had.fade.leaving) continue;
-        PlanInsert leaving{had.comp};
-        leaving.dry = had.dry;
-        leaving.events = had.events;
-        leaving.fade = PlanFade::out(fadeFrames);
-        all.insert(all.begin() + long(place++), leaving);
-        plan->passing = true;
-    }
-}
-
 PlanArrival PlanBuilder::arrivalOf(CComp* c, const CAudioCable* cable) {
     CComp* const part = c->type == compSeq ? c->getComp(cable->toChannel) : nullptr;
     PlanArrival arrival{PlanArrival::cable, cable};
-    arrival.fade = fadeOf(c, cable);
+    beginFade(c, cable);
     arrival.at = place(part ? part : c).node;
-    return arrival;
-}
-
-/// Nothing waits for it, and it does not wait for anything else than before.
-PlanArrival PlanBuilder::leavingOf(CComp* c, const CAudioCable* cable) {
-    PlanArrival arrival{PlanArrival::cable, cable};
-    arrival.fade = PlanFade::out(fadeFrames);
-    arrival.at = place(c).node;
-    if (const auto found = lines.find(keyOf(arrival)); found != lines.end())
-        arrival.line = found->second;
     return arrival;
 }
 
@@ -364,6 +263,7 @@ PlanArrival PlanBuilder::sendOf(const PlanNode* from, PlanArrival::Kind kind, in
                                 int bus) {
     PlanArrival arrival{kind, nullptr, from, bus, channel};
     arrival.at = place(buses[size_t(bus)]).node;
+    if (kind == PlanArrival::strips) beginFade(arrival, buses[size_t(bus)]);
     return arrival;
 }
 
@@ -380,9 +280,10 @@ std::shared_ptr<DelayLine> PlanBuilder::lineOf(const PlanArrival& arrival) const
 }
 
 void PlanBuilder::linkLatency() {
+    dropVainWaits();
     PlanLatency& lateness = plan->lateness;
     const auto link = [&](PlanArrival& a) {
-        if (a.fade.leaving) return;
+        if (a.leaving) return;
         if (a.loop) return lateness.meetingAt(a.at).arrivals.push_back(&a);
         const CComp* sender = a.sender ? a.sender->comp : nullptr;
         if (a.from)
@@ -450,7 +351,6 @@ void PlanBuilder::giveLines(const PlanLatency::Meeting& m) {
 
 /// What comes too late for a bus is lost.
 void PlanBuilder::feedBuses(PlanNode* from, PlanArrival::Kind kind) {
-    if (onlyLeaving) return;
     const int count = std::min(int(buses.size()), maxSends);
     if (count == 0) return;
     const int channels = int(read(from->comp->outputs).size());
@@ -458,6 +358,10 @@ void PlanBuilder::feedBuses(PlanNode* from, PlanArrival::Kind kind) {
     for (int k = 0; k < count; ++k) {
         Place& bus = place(buses[size_t(k)]);
         if (bus.rendered) continue;
+        if (onlyLeaving) {
+            keepSends(from, bus);
+            continue;
+        }
         for (int ch = 0; ch < (kind == PlanArrival::strips ? channels : 1); ++ch)
             bus.node->arrivals.push_back(sendOf(from, kind, ch, k));
         for (const CObject* ch : read(from->comp->outputs)) bus.reads.push_back(ch);

@@ -66,13 +66,24 @@ private:
     const std::vector<CObject*>& read(const CList& list);
     Place& place(CComp* c);
     void takeSources(CComp* out, ListKind kind);
+    void takeEarlyLeaving(CComp* out);
     void takeLeaving(CComp* out);
     void takeLeavingInto(CComp* c);
+    void takeKeptSends(CComp* bus);
+    void keepSends(const PlanNode* from, Place& bus);
+    void beginFade(PlanArrival& send, const CComp* bus);
     bool endsHere(CComp* c, std::unordered_set<const CComp*>& path);
     bool mayLeave(const CAudioCable* cable);
     void needLeaving(const CAudioCable* cable);
-    PlanFade fadeOf(CComp* c, const CAudioCable* cable);
-    std::vector<const CAudioCable*> leaving(CComp* c);
+    void stripsOf(CComp* c); ///< all, as its parts may have some
+    bool staysInGraph(const CComp* c) const;
+    bool sounds(const CAudioCable* cable);
+    void beginFade(CComp* c, const CAudioCable* cable);
+    bool hadTurned(const CAudioCable* cable) const;
+    std::vector<PlanArrival> leaving(CComp* c);
+    PlanArrival breakOff(PlanArrival leaving);
+    void breakOffSends(CComp* bus);
+    bool isSent(const PlanArrival& had) const;
     ListKind kindOf(CComp* c);
     bool sameRing(const CComp* a, const CComp* b) const;
     void findRings();
@@ -88,10 +99,15 @@ private:
     void flushSums(CComp* out);
     void feedBuses(PlanNode* from, PlanArrival::Kind kind);
     PlanArrival arrivalOf(CComp* c, const CAudioCable* cable);
-    PlanArrival leavingOf(CComp* c, const CAudioCable* cable);
+    PlanArrival leavingOf(CComp* c, const CAudioCable* cable) const;
+    void takeOver(PlanArrival& arrival);
     PlanArrival sendOf(const PlanNode* from, PlanArrival::Kind kind, int channel, int bus);
     void makes(CComp* c);
     void fadeInserts(PlanOrigin& origin);
+    bool keepLeaving(PlanOrigin& origin, const PlanInsert& had, size_t place);
+    const PlanInsert* placeBefore(const CComp* insert) const;
+    std::shared_ptr<InsertFade> fadeOf(const PlanInsert& had);
+    void dropVainWaits();
     void needKeys(CComp* c);
     void needKey(CComp* c, CComp* keyed);
     void needStrip(CComp* c);
@@ -99,6 +115,7 @@ private:
     void takeKeys(CComp* c);
     void takeKey(CComp* c, CComp* keyed, const PlanInsert* insert);
     bool waitsFor(const Upstream& key, const CComp* c, const CComp* keyed) const;
+    const Upstream& upstreamOf(CComp* strip); ///< walked once
     CInputChannel* tapOf(PlanNode& from, const COutputChannel* strip) const;
     ListReader reader() {
         return [this](const CList& list) { return read(list); };
@@ -123,11 +140,30 @@ private:
     std::unordered_map<const CComp*, const PlanEvents*> formerEvents;
     std::unordered_set<const CComp*> staying; ///< what sounds without the cables that leave
     bool onlyLeaving = false;
-    int fadeFrames;
+    /// While it stands: what is planned has left.
+    struct OffGraph {
+        OffGraph(PlanBuilder& of, const CComp* c) : builder(of), before(of.offGraph) {
+            of.offGraph = !of.staysInGraph(c);
+        }
+        ~OffGraph() { builder.offGraph = before; }
+        OffGraph(const OffGraph&) = delete;
+        OffGraph& operator=(const OffGraph&) = delete;
+        PlanBuilder& builder;
+        const bool before;
+    };
+    bool offGraph = false; ///< what is planned has left: its lists do not matter to the plan
+    /// Of the plan before, if it fades: what is on its way out of the inputs of a component.
+    std::unordered_map<const CComp*, std::vector<const PlanArrival*>> goingBefore;
+    /// Of the same: what cables that did not leave bring.
+    std::unordered_map<const CAudioCable*, const PlanArrival*> broughtBefore;
+    std::unordered_set<const CAudioCable*> closings; ///< cables that close a loop now
     std::unordered_map<const CComp*, Place> places;
+    std::unordered_map<const CComp*, Upstream> upstreams; ///< by the owner of a strip
     std::unordered_map<const void*, Use> uses;
     int depth = 0;
     const PlanLatency* formerLatency = nullptr; ///< of the plan before, if it fades
+    /// Of its inserts that were heard whole, and are on their way out now.
+    std::unordered_map<const PlanInsert*, std::shared_ptr<InsertFade>> insertFades;
 
     /// Components that wait for each other, in the order of the lists; found before all else.
     std::vector<std::vector<CComp*>> rings;

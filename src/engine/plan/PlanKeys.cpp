@@ -19,8 +19,13 @@ bool holds(const std::vector<CComp*>& list, const CComp* c) {
 bool PlanBuilder::waitsFor(const Upstream& key, const CComp* c, const CComp* keyed) const {
     if (c == keyed ? key.hasWork(c) : key.hasStrip(c)) return true;
     CComp* const whole = wholeOf(const_cast<CComp*>(c));
+    if (!ringOf.contains(whole)) return false;
     return std::ranges::any_of(key.allWorks(),
                                [&](const CComp* work) { return sameRing(work, whole); });
+}
+
+const Upstream& PlanBuilder::upstreamOf(CComp* strip) {
+    return upstreams.try_emplace(strip, strip, reader()).first->second;
 }
 
 /// Those of the inserts of `c`, or of its parts, are needed.
@@ -39,7 +44,7 @@ void PlanBuilder::needKey(CComp* c, CComp* keyed) {
         CComp* const from = stripOwner(cable->fromChannel);
         CComp* const whole = wholeOf(from);
         if ((!holds(comps, whole) && !holds(buses, whole)) || place(from).leftStrip) continue;
-        const Upstream up(from, reader());
+        const Upstream& up = upstreamOf(from);
         if (waitsFor(up, c, keyed)) continue;
         const auto open = [&](CComp* bus) { return up.hasWork(bus) && !place(bus).rendered; };
         if (std::ranges::any_of(buses, open)) needOthers(c, keyed);
@@ -52,7 +57,7 @@ void PlanBuilder::needStrip(CComp* c) {
     need(whole);
     if (!place(whole).rendered) return;
     if (whole == c)
-        c->planStrip(*this);
+        stripsOf(c);
     else
         strip(c);
 }
@@ -64,7 +69,7 @@ void PlanBuilder::needOthers(const CComp* c, const CComp* keyed) {
         if (other->type == compAudioOut || place(other).busy) continue;
         for (const auto* channel : contents<COutputChannel>(other->outputs)) {
             CComp* const owner = stripOwner(channel);
-            if (!waitsFor(Upstream(owner, reader()), c, keyed)) needStrip(owner);
+            if (!waitsFor(upstreamOf(owner), c, keyed)) needStrip(owner);
         }
     }
 }
@@ -73,7 +78,7 @@ void PlanBuilder::takeKeys(CComp* c) {
     for (const auto* strip : contents<COutputChannel>(c->outputs))
         if (const PlanOrigin* origin = plan->lateness.originOf(strip))
             for (const PlanInsert& insert : origin->inserts)
-                if (!insert.fade.leaving) takeKey(c, insert.comp, &insert); // it may be freed soon
+                if (!insert.leaving) takeKey(c, insert.comp, &insert); // it may be freed soon
 }
 
 /// One whose source is not worked out before brings nothing.
@@ -90,7 +95,7 @@ void PlanBuilder::takeKey(CComp* c, CComp* keyed, const PlanInsert* insert) {
             arrival.tap = tapOf(*source->second.node, cable->fromChannel);
             place(c).reads.push_back(cable->fromChannel);
         } else {
-            arrival.fade = PlanFade::still(true);
+            arrival.leaving = arrival.ended = true;
         }
         place(c).node->keys.push_back(std::move(arrival));
     }

@@ -7,6 +7,8 @@
 #include "engine/plan/GraphWorkers.h"
 
 #include <algorithm>
+#include <tuple>
+#include <utility>
 
 namespace {
 
@@ -21,16 +23,14 @@ int ownLatency(CComp* c, bool possible) {
 }
 
 void addLine(DelayLine& line, const float* left, const float* right, CInputChannel* to, int frames,
-             CableShare share, CInputChannel& room) {
+             PlanFade& fade, CInputChannel& room) {
     line.process(left, right, room.bufL, room.bufR, frames);
-    addStereo(to, room.bufL, room.bufR, frames, share);
+    addStereo(to, room.bufL, room.bufR, frames, fade);
 }
 
-/// The fade of a cable's mute, on its way to where the user has put that.
-PlanFade& gateOf(const CAudioCable& cable) {
-    const bool away = cable.muted != 0;
-    const int fadeFrames = std::max(cable.toComp->host->framesInMs * PlanFade::ms, 1);
-    if (away != cable.gate.leaving) cable.gate.turn(away, fadeFrames);
+/// The fade of a cable, on its way to where it belongs.
+PlanFade& gateOf(const CAudioCable& cable, bool leaving) {
+    cable.gate.follow(leaving || cable.muted, fadeFrames(cable.toComp->host));
     return cable.gate;
 }
 
@@ -41,14 +41,64 @@ bool waitsLive(const PlanArrival& arrival) {
 
 } // namespace
 
+int fadeFrames(const CQV* host) {
+    return std::max(host->framesInMs * PlanFade::ms, 1);
+}
+
+void PlanRest::take(int frames, GraphScratch& scratch) {
+    const PlanArrival* const former = std::exchange(of, nullptr);
+    if (!former || frames < 1) return;
+    std::tie(left, right) = former->lastFrame(frames, scratch);
+    fade = {};
+    fade.turn(true, fadeFrames(former->at->comp->host));
+}
+
+void PlanRest::addTo(CInputChannel* to, int frames) {
+    for (int i = 0; i < frames; ++i) {
+        to->bufL[i] += left * fade.at(i);
+        to->bufR[i] += right * fade.at(i);
+    }
+    fade.advance(frames);
+}
+
+bool PlanArrival::hasGone() const {
+    if (!leaving) return false;
+    const bool gone = ended || (last ? last->over() : from && from->gate.over());
+    if (gone && silent) *silent = true;
+    return gone;
+}
+
+std::pair<float, float> PlanArrival::lastFrame(int frames, GraphScratch& scratch) const {
+    if (hasGone()) return {};
+    if (last) return {last->left * last->fade.at(0), last->right * last->fade.at(0)};
+    const float share = from ? from->gate.at(0) : fade ? fade->at(0) : 1.0f;
+    if (line && !line->idle()) return {share * line->latestLeft(), share * line->latestRight()};
+    if (loop) {
+        float left = 0.0f, right = 0.0f;
+        loop->read(&left, &right, 1); // the next: that is no further
+        return {share * left, share * right};
+    }
+    const size_t end = size_t(frames) - 1;
+    if (from) return {share * from->fromChannel->bufL[end], share * from->fromChannel->bufR[end]};
+    if (carried) return {share * carried->bufL[end], share * carried->bufR[end]};
+    CInputChannel& room = scratch.arrival;
+    for (float* side : {room.bufL, room.bufR}) std::fill_n(side, frames, 0.0f);
+    feed(&room, frames);
+    return {share * room.bufL[end], share * room.bufR[end]};
+}
+
 void PlanArrival::addTo(CInputChannel* to, int frames, GraphScratch& scratch) {
-    if (fade.over()) return;
+    if (hasGone()) return;
+    if (last) return last->addTo(from ? from->toChannel : to, frames);
     if (from) {
         to = from->toChannel;
         if (!to || !from->fromChannel || !from->fromComp->canProcess()) return;
     }
+    if (loop && loop->fresh()) return; // its fade begins with its sound
     PlanFade open;
-    const CableShare share(fade, from ? gateOf(*from) : open);
+    if (fade) fade->follow(leaving, fadeFrames(at->comp->host));
+    PlanFade& share = from ? gateOf(*from, leaving) : fade ? *fade : open;
+    if (fade && fade->over()) return;
     if (loop) {
         loop->read(scratch.arrival.bufL, scratch.arrival.bufR, frames);
         return addStereo(to, scratch.arrival.bufL, scratch.arrival.bufR, frames, share);
@@ -62,16 +112,19 @@ void PlanArrival::addTo(CInputChannel* to, int frames, GraphScratch& scratch) {
         return addLine(*line, left, right, to, frames, share, scratch.arrival);
     }
     CInputChannel& room = scratch.arrival;
-    if (!through)
+    const bool direct = through && !share.running();
+    if (!direct)
         for (float* side : {room.bufL, room.bufR}) std::fill_n(side, frames, 0.0f);
-    CInputChannel* const into = through ? to : &room;
+    CInputChannel* const into = direct ? to : &room;
     if (carried) {
         addScaled(into->bufL, carried->bufL, frames, 1.0f);
         addScaled(into->bufR, carried->bufR, frames, 1.0f);
     } else {
         feed(into, frames);
     }
-    if (!through) addLine(*line, room.bufL, room.bufR, to, frames, share, room);
+    if (direct) return;
+    if (through) return addStereo(to, room.bufL, room.bufR, frames, share);
+    addLine(*line, room.bufL, room.bufR, to, frames, share, room);
 }
 
 void PlanArrival::bring(int frames, GraphScratch& scratch) {
@@ -81,10 +134,28 @@ void PlanArrival::bring(int frames, GraphScratch& scratch) {
 }
 
 void PlanArrival::feed(CInputChannel* to, int frames) const {
-    if (kind == strips)
+    if (kept >= 0.0f)
+        feedKept(to, frames);
+    else if (kind == strips)
         sender->tap->feed(*sender, channel, bus, to, frames);
     else
         sender->comp->sendParts(bus, to, frames);
+}
+
+void PlanArrival::feedKept(CInputChannel* to, int frames) const {
+    const COutputChannel* ch = sender->comp->output(channel);
+    if (!ch || ch->mute || !heardInSolo(ch)) return;
+    addScaled(to->bufL, ch->bufL, frames, kept * kept);
+    addScaled(to->bufR, ch->bufR, frames, kept * kept);
+}
+
+void PlanArrival::settle() const {
+    if (from) {
+        from->gate = PlanFade::still(from->muted != 0);
+        return;
+    }
+    if (const COutputChannel* ch = kind == strips ? sender->comp->output(channel) : nullptr)
+        ch->sendLevels[bus]->settled = false;
 }
 
 int PlanArrival::wait() const {
@@ -157,6 +228,7 @@ PlanInsert* PlanLatency::insertOf(const CComp* comp) const {
 std::unordered_map<const CComp*, PlanInsert> PlanLatency::lateInserts() const {
     std::unordered_map<const CComp*, PlanInsert> all;
     for (const auto& [comp, insert] : byInsert) {
+        if (insert->ended) continue;
         PlanInsert& lines = all.try_emplace(comp, PlanInsert{insert->comp}).first->second;
         lines.dry = insert->dry;
         lines.events = insert->events;
@@ -168,23 +240,22 @@ bool PlanLatency::hasInsertsOf(const PlanLatency& other) const {
     return std::ranges::all_of(byChannel, [&](const auto& entry) {
         const PlanOrigin* before = other.originOf(entry.first);
         const auto same = [](const PlanInsert& a, const PlanInsert& b) {
-            return a.comp == b.comp && a.fade.leaving == b.fade.leaving;
+            return a.comp == b.comp && a.leaving == b.leaving;
         };
         return !before || std::ranges::equal(entry.second->inserts, before->inserts, same);
     });
 }
 
-const std::vector<PlanInsert>* PlanLatency::changing(const COutputChannel* channel) const {
-    const PlanOrigin* origin = originOf(channel);
-    if (!origin || std::ranges::none_of(origin->inserts, &PlanFade::leaving, &PlanInsert::fade))
-        return nullptr;
-    return &origin->inserts;
+std::vector<PlanInsert>* PlanLatency::changing(const COutputChannel* channel) const {
+    PlanOrigin* origin = originOf(channel);
+    const auto changes = [](const PlanInsert& i) { return i.leaving || i.after; };
+    return origin && std::ranges::any_of(origin->inserts, changes) ? &origin->inserts : nullptr;
 }
 
 void PlanLatency::forget(const ForgetSet& gone) {
     for (const auto& origin : origins)
         for (PlanInsert& insert : origin->inserts)
-            if (insert.fade.leaving && gone.has(insert.comp)) insert.fade.left = 0;
+            if (insert.leaving && gone.has(insert.comp)) insert.ended = true;
 }
 
 /// What leaves a component, of what arrives at it.
@@ -198,7 +269,7 @@ void PlanLatency::follow(PlanOrigin& origin, bool possible) {
     for (PlanInsert& insert : origin.inserts) {
         insert.at = late;
         insert.wait = late - origin.node->eventLatency();
-        const bool counts = !frozen && !insert.fade.leaving;
+        const bool counts = !frozen && !insert.leaving;
         insert.own = counts ? ownLatency(insert.comp, possible) : 0;
         late = std::min(late + insert.own, maxSum);
     }
@@ -207,6 +278,7 @@ void PlanLatency::follow(PlanOrigin& origin, bool possible) {
 int PlanLatency::walk(bool possible) {
     for (Meeting& m : meetings) {
         PlanNode& node = *m.node;
+        if (node.ended) continue;
         takeIn(m);
         node.latency = latest(m);
         for (const PlanNode::Midi& midi : node.midi)
@@ -233,7 +305,8 @@ bool PlanLatency::workOut(int fadeFrames) {
     for (const auto& origin : origins)
         for (const PlanInsert& insert : origin->inserts) set(insert.dry.get(), insert.own);
     for (Meeting& m : meetings)
-        if (m.node->comp->type == compMIDIOut) m.node->latency = std::max(m.node->latency, sum);
+        if (!m.node->ended && m.node->comp->type == compMIDIOut)
+            m.node->latency = std::max(m.node->latency, sum);
     tellParts();
     return complete;
 }
@@ -258,13 +331,18 @@ void PlanLatency::finishOuts(int frames) {
     }
 }
 
-void PlanLatency::silence() {
+void PlanLatency::settleFades() {
     for (Meeting& m : meetings)
-        for (PlanArrival* a : m.arrivals)
-            if (a->line)
-                a->line->clear();
-            else if (a->loop)
-                a->loop->clear();
+        for (const PlanArrival* a : m.arrivals) a->settle();
+}
+
+void PlanLatency::silence() {
+    settleFades();
+    for (Meeting& m : meetings)
+        for (PlanArrival* a : m.arrivals) {
+            if (a->line) a->line->clear();
+            if (a->loop) a->loop->clear();
+        }
     for (const End& end : outs)
         if (end.line) end.line->clear();
     for (const auto& [comp, insert] : byInsert) {

@@ -186,7 +186,7 @@ void PlanBuilder::needOutside(const std::vector<CComp*>& members) {
                 finishOut(from);
             else
                 need(from);
-            from->planStrip(*this);
+            stripsOf(from);
         }
     }
 }
@@ -215,6 +215,7 @@ std::vector<CComp*> PlanBuilder::ringOrder(const std::vector<CComp*>& ring) {
 }
 
 PlanArrival PlanBuilder::closingOf(CComp* c, const CAudioCable* cable) {
+    closings.insert(cable);
     PlanArrival arrival = arrivalOf(c, cable);
     const auto before = loopLines.find(cable);
     arrival.loop = before != loopLines.end() ? before->second : std::make_shared<LoopLine>();
@@ -251,7 +252,7 @@ void PlanBuilder::planRing(const std::vector<CComp*>& members) {
         } else {
             c->planRender(*this);
             place(c).rendered = true;
-            c->planStrip(*this);
+            stripsOf(c);
         }
         place(c).busy = false;
     }
