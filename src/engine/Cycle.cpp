@@ -1,6 +1,7 @@
 #include "engine/Cycle.h"
 
 #include "base/Denormals.h"
+#include "base/Futex.h"
 #include "base/GraphMark.h"
 #include "base/Numbers.h"
 #include "engine/CClick.h"
@@ -39,10 +40,27 @@ struct DeviceBlock {
     size_t sent = 0;              ///< events of `room` that are filled
 };
 
+/// The graph belongs to an operation that leaves nothing of what sounds now.
+bool offline() {
+    return qv->audioSuspended || qv->renderMode == 1;
+}
+
+/// Waits for an interface that has the graph for a moment, a quarter of the block at most: a block
+/// that is left out is heard.
+bool takeGraph(long frames) {
+    const double mostNs = 1e9 * double(frames) / double(qv->rate) / 4;
+    StopWatch watch;
+    for (double waited = 0; !qv->tryHold(GraphOwner::audio); waited += watch.lap()) {
+        if (waited > mostNs || offline()) return false;
+        spinPause();
+    }
+    return true;
+}
+
 /// The audio thread's turn on the graph.
 class CallbackTurn {
 public:
-    CallbackTurn() : ok(qv->tryHold(GraphOwner::audio)) {
+    explicit CallbackTurn(long frames) : ok(takeGraph(frames)) {
         if (ok) mark.emplace(qv);
         inCallback = ok;
     }
@@ -59,11 +77,6 @@ public:
 private:
     std::optional<GraphMark> mark;
 };
-
-/// The graph belongs to an operation that leaves nothing of what sounds now.
-bool offline() {
-    return qv->audioSuspended || qv->renderMode == 1;
-}
 
 void receive(CMIDIIn* c, const DeviceBlock& block) {
     CMIDIQ* port = c->outPort();
@@ -228,7 +241,7 @@ long libio(float** ins, float** outs, long numIns, long numOuts, long frames, vo
     qv->deviceMidi->calls.fetchAdd(1);
     if (offline()) return endOutside(room);
     StopWatch watch;
-    const CallbackTurn turn;
+    const CallbackTurn turn(frames);
     if (!turn.ok || offline() || qv->busy || frames < 1 || frames > qv->frames) {
         qv->deviceMidi->keep(in);
         return qv->deviceMidi->endNotes(room);

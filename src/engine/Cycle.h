@@ -3,7 +3,7 @@
 /// The block callback of the driver module. `ins` and `outs` are the buffers of the enabled device
 /// channels; `events` holds room for `aamMaxEvents` records: `numEvents` that came in, then those
 /// to send, whose count it returns. The outputs are silent when the graph is off, or held by the
-/// interface, or made for smaller blocks. Audio thread.
+/// interface for longer than a quarter of the block, or made for smaller blocks. Audio thread.
 long libio(float** ins, float** outs, long numIns, long numOuts, long frames, void* events,
            int numEvents);
 
