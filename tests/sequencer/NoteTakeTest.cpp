@@ -1,7 +1,7 @@
 #include "TakeFixture.h"
 
-/// What is played, as events worked out by hand. A take begins on a quarter; of the count-in only
-/// the last quarter counts.
+/// What is played, as events worked out by hand, in time with what is heard. A take begins on a
+/// quarter; of the count-in only the last quarter counts.
 TEST(NoteTake, PlayedNotesBecomeEvents) {
     struct Case {
         double from;
@@ -26,9 +26,10 @@ TEST(NoteTake, PlayedNotesBecomeEvents) {
         // drums by their sounds, quantized
         {0, drum, 0, 1, 0, "5+36 5+38 30+36 31+99", "0-1920 0:0*100 0:2*100 240:0*100"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.played);
+    const auto play = [](const Case& c, int late) {
+        SCOPED_TRACE(c.played + std::string(" late by ") + std::to_string(late));
         TakeFixture f;
+        f.device.connect(f.device.add(new Late(&f.host, late * f.block)));
         CSongTrack* t = f.ready(c.kind);
         if (c.kind == trackDrum) f.seq->addStandardKit(t->track);
         f.seq->options.bytes[SongOptions::midiMonitor] = c.kind != trackDrum; // heard or not
@@ -38,12 +39,14 @@ TEST(NoteTake, PlayedNotesBecomeEvents) {
         f.host.click->beats = c.countIn;
         const std::string before = dump(f.seq);
         f.begin(c.from);
-        f.play(260, script(c.played));
+        f.play(260 + late, script(c.played, late));
         f.end();
         ASSERT_EQ(t->parts.getCount(), 1);
         EXPECT_EQ(text(f.partOf(t)), c.expected);
         f.expectOneStep(before);
-    }
+    };
+    for (const Case& c : cases)
+        for (const int late : {0, 3}) play(c, late);
 }
 
 /// A take that begins before the loop has all of it in one part, and a note that is held at the end

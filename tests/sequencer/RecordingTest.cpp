@@ -42,14 +42,7 @@ protected:
     int latency = 0; ///< frames that a take is to be moved by
 };
 
-/// Silent, and late.
-class Late : public TestInstrument {
-public:
-    using TestInstrument::TestInstrument;
-    static constexpr int frames = 37;
-    int getDelay() override { return frames; }
-    void play(int) override {}
-};
+constexpr int lateFrames = 37; ///< of a component
 
 /// Runs blocks on a thread of their own, as fast as they go, with idle passes meanwhile.
 void runApart(TakeFixture& f, int blocks) {
@@ -92,11 +85,11 @@ TEST_F(RecordingTest, TakesEqualTheFeed) {
         CSongTrack* t = f.track(trackAudio);
         t->track->recChs = static_cast<unsigned char>(way.chs);
         f.seq->selectTrack(t, true);
-        f.device.connect(f.device.add(new Late(&f.host)));
+        f.device.connect(f.device.add(new Late(&f.host, lateFrames)));
         f.idle();
         const std::string empty = dump(f.seq);
         feed(f, 600);
-        latency += Late::frames;
+        latency += lateFrames;
         if (way.before) f.host.start();
         f.play(way.before);
         f.host.rec();

@@ -8,14 +8,24 @@
 #include <map>
 #include <sstream>
 
-/// What is played in which block: "24+60 48-60 50c7", a key goes down or up, a controller comes.
-inline std::multimap<int, int> script(const std::string& text) {
+/// Silent, and late.
+class Late : public TestInstrument {
+public:
+    Late(CQV* root, int delay) : TestInstrument(root), frames(delay) {}
+    const int frames;
+    int getDelay() override { return frames; }
+    void play(int) override {}
+};
+
+/// What is played in which block: "24+60 48-60 50c7", a key goes down or up, a controller comes; so
+/// many blocks later.
+inline std::multimap<int, int> script(const std::string& text, int late = 0) {
     std::multimap<int, int> made;
     std::istringstream in(text);
     int at = 0, number = 0;
     for (char what = 0; in >> at >> what >> number;) {
         const int status = what == '+' ? midiNoteOn : what == '-' ? midiNoteOff : midiController;
-        made.emplace(at, asData(status, number, 100));
+        made.emplace(at + late, asData(status, number, 100));
     }
     return made;
 }

@@ -244,8 +244,12 @@ SongTime GraphPlans::timeOf(const CComp* comp) const {
     else if (const PlanInsert* insert = now->latency().insertOf(comp))
         late = insert->at;
     if (comp->planned) late -= comp->planned->offset;
+    return timeBefore(late);
+}
+
+SongTime GraphPlans::timeBefore(int frames) const {
     if (times.empty()) return timeNow();
-    return times.before(late, host->framesToTicks(1.0) / double(host->tempoNow));
+    return times.before(frames, host->framesToTicks(1.0) / double(host->tempoNow));
 }
 
 void GraphPlans::followLatency(bool changed) {

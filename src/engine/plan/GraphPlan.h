@@ -55,13 +55,14 @@ public:
     std::unique_ptr<PlanEvents> events;     ///< null where nothing is late
     std::vector<PlanArrival> keys;          ///< of the component, and of the inserts of its strips
     std::vector<KeyTap> taps;
-    std::unique_ptr<PlanArrival> own; ///< of a part that takes in sound: what it makes itself
-    bool part = false;                ///< of a song
+    std::unique_ptr<PlanArrival> own;     ///< of a part that takes in sound: what it makes itself
+    bool part = false;                    ///< of a song
+    std::vector<const PlanNode*> players; ///< of a part: what its messages come from
     bool leaving = false; ///< off the graph already, and heard till what it feeds has faded
     bool ended = false;   ///< it is not there any more
     std::optional<PartWords> words; ///< of one that has them
     bool live = false;              ///< what it plays waits for nothing, as all that it is made of
-    bool fromDevice = false;        ///< an audio in, or something that takes in what comes from one
+    bool fromDevice = false;        ///< an in, or something that takes in what comes from one
     // In frames, once it has been worked out.
     int latency = 0;     ///< of what arrives
     int offset = 0;      ///< frames from the begin of the block to that of its piece, in a loop
@@ -224,6 +225,8 @@ public:
     /// When the sound was played that a component, or an insert, takes in with this block: what it
     /// may be told of the song. Graph holder, while it works.
     SongTime timeOf(const CComp* comp) const;
+    /// So many frames before the block that runs, below 0 in it. Graph holder, while it runs.
+    SongTime timeBefore(int frames) const;
     void noteTime(int frames); ///< a block begins
     /// Works the latency out, where the plan is new or `changed` tells of another one. Graph
     /// holder.

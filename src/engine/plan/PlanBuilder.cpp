@@ -215,6 +215,10 @@ void PlanBuilder::sound(CComp* part, CComp* whole,
     makes(part);
     PlanNode* node = place(part).node;
     node->part = true;
+    const auto ports = contents<CMIDIQ>(part->inPorts);
+    for (const auto& [cable, cut, from] : place(whole).node->midi)
+        if (from && std::ranges::find(ports, cable->toPort) != ports.end())
+            node->players.push_back(from);
     if (!place(part).parts)
         place(part).parts = plan->lateness.addOrigin({part, nullptr, node, {}}, node);
     node->own = std::make_unique<PlanArrival>(PlanArrival{PlanArrival::own, nullptr, node});

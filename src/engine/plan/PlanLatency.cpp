@@ -206,7 +206,7 @@ int PlanLatency::latest(const Meeting& m) {
 void PlanLatency::takeIn(const Meeting& m) {
     PlanNode& node = *m.node;
     bool any = false, all = true;
-    node.fromDevice = node.comp->type == compAudioIn;
+    node.fromDevice = node.comp->type == compAudioIn || node.comp->type == compMIDIIn;
     for (const PlanArrival* a : m.arrivals) {
         if (!a->origin || a->kind == PlanArrival::own || a->kind == PlanArrival::key) continue;
         any = true;
@@ -216,7 +216,12 @@ void PlanLatency::takeIn(const Meeting& m) {
     for (const PlanNode::Midi& midi : node.midi) {
         any = any || midi.from;
         all = all && midi.from && midi.from->live;
+        // What a song plays is not told from what it passes on.
+        if (midi.from && midi.from->comp->type != compSeq && !midi.from->part)
+            node.fromDevice = node.fromDevice || midi.from->fromDevice;
     }
+    for (const PlanNode* player : node.players)
+        node.fromDevice = node.fromDevice || player->fromDevice;
     node.live = node.words ? *node.words->live != 0 : any && all && node.comp->type != compAudioOut;
 }
 

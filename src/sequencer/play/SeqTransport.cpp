@@ -5,6 +5,7 @@
 #include "engine/MidiBytes.h"
 #include "engine/SongClock.h"
 #include "engine/TransportRing.h"
+#include "engine/plan/GraphPlan.h"
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
@@ -91,18 +92,29 @@ bool takesNotes(const CSeq* seq, const CSongTrack* t) {
     return seq->host->recording && (t->track->armed || t->track->wantsTake());
 }
 
+/// Who plays follows what is heard, and that comes late.
 void receive(const ProgBlock& b, CSongTrack* t, double frame, int msg) {
-    const CQV* host = b.prog->seq->host;
-    const double tick = b.prog->pos + host->framesToTicks(frame);
-    b.prog->midiReceived(t, tick, msg, nullptr, host->recording != 0);
+    const CSeq* seq = b.prog->seq;
+    const CQV* host = seq->host;
+    const bool taken = host->recording != 0;
+    const double now = b.prog->pos + host->framesToTicks(frame);
+    const int late = int(recordLatency(t->track));
+    if (late == 0 || host->masterSeq != seq)
+        return b.prog->midiReceived(t, now, msg, nullptr, taken);
+    const double heard = host->plans->timeBefore(late - asInt(frame)).ticks;
+    b.prog->midiReceived(t, heard, msg, nullptr, taken, heard > now ? 1 : 0);
 }
 
 /// Has the track know what was played, whether it is taken or not.
 void remember(const ProgBlock& b, CSongTrack* t, double frame, int msg) {
+    const CQV* host = b.prog->seq->host;
     const PlayedTime& time = b.prog->seq->playedTime;
-    const double ticks = b.prog->seq->host->framesToTicks(frame);
-    t->track->played->note({time.frames + asInt64(frame), time.ticks + ticks,
-                            b.prog->playing ? b.prog->pos + ticks : -1.0, time.run, msg});
+    const double ticks = host->framesToTicks(frame);
+    const double late = host->framesToTicks(double(recordLatency(t->track)));
+    const double where = b.prog->pos + ticks - late;
+    const double ahead = b.prog->playing ? std::max(-where, 0.0) : 0.0; // of the song's start
+    t->track->played->note({time.frames + asInt64(frame), time.ticks + ticks + ahead,
+                            b.prog->playing ? std::max(where, 0.0) : -1.0, time.run, msg});
 }
 
 /// Hands what arrives at an instrument track to its output, as the monitor mode says, and to the
@@ -337,11 +349,14 @@ void CSeqProg::flush(int frame) {
     for (CSongTrack* t : tracks) t->flush(frame, false);
 }
 
-void CSeqProg::midiReceived(CSongTrack* songTrack, double tick, int msg, void*, bool record) {
+void CSeqProg::midiReceived(CSongTrack* songTrack, double tick, int msg, void*, bool record,
+                            int passesAgo) {
     const CQV* host = seq->host;
     CTrack* track = songTrack->track;
     if (track->kind == trackMIDI) msg = track->setCh(msg);
-    RecEvent e{tick, tick, msg, seq->recorder.passes.count};
+    const int pass = seq->recorder.passes.count - passesAgo;
+    if (pass < 0) tick = seq->recorder.takeStart;
+    RecEvent e{tick, tick, msg, asMax(pass, 0)};
     if (looping && noteOn(msg) && tick >= double(rightLocator) - TakeRecorder::upbeatTicks) {
         const CPart* part = track->recPart;
         e.tick = part ? asMax(part->pos, leftLocator) : leftLocator;

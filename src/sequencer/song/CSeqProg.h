@@ -73,8 +73,10 @@ public:
     void flush(int frame);
     bool isLooping();
     void updateSolo();
-    /// A message arrived at a track; `tick` is the song position, `record` whether a take runs.
-    void midiReceived(CSongTrack* songTrack, double tick, int msg, void* source, bool record);
+    /// A message arrived at a track; `tick` is the song position that it belongs to, in the pass of
+    /// a loop that runs or in one before, `record` whether a take runs.
+    void midiReceived(CSongTrack* songTrack, double tick, int msg, void* source, bool record,
+                      int passesAgo = 0);
 
     // Marker arranger. A call of the interface thread waits for the next block while blocks come.
     /// Chooses the section that plays next; the first one also jumps there.

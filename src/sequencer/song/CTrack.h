@@ -72,7 +72,7 @@ public:
     const std::unique_ptr<CSynthProg> synthProg; ///< of a drum track: its kit; else null
 
     // Recording (Recording.cpp). Set by the graph when a take begins, and given back at its end.
-    Shared<int> takeLatency{0};          ///< frames by which the plan has its input come later
+    Shared<int> takeLatency{0}; ///< frames by which its input comes later than what is heard
     Shared<unsigned char> fromDevice{1}; ///< that comes from a device
     Shared<unsigned char> armed{0};      ///< takes part in a take
     Shared<unsigned char> takesAudio{0}; ///< and writes its input into `recSample`

@@ -188,6 +188,7 @@ double TakeRecorder::tickInTake(double tick, int msg) const {
     const double from = recFrom, to = recTo;
     if (!seq->recording && tick < from)
         return noteOn(msg) && tick >= from - upbeatTicks ? from : -1.0;
+    if (seq->recording && passes.count == 0) tick = std::max(tick, takeStart.load());
     if (to < 0.0 || tick < to) return tick;
     return noteOff(msg) ? to : -1.0;
 }

@@ -204,9 +204,12 @@ void TrackTake::endNote(const RecEvent& e) {
     if (track->open()) showRow(asByte1(note.event->data));
 }
 
-/// What is still held ends where the take did.
+/// What is still held ends with what was heard last of the take.
 void TrackTake::endHeldNotes() {
-    const double end = seq()->recorder.takeEnd;
+    double end = seq()->recorder.takeEnd;
+    const double limit = seq()->recorder.limit();
+    const double late = track->host->framesToTicks(double(recordLatency(track)));
+    if (limit < 0.0 || end < limit) end = std::max(end - late, seq()->recorder.takeStart.load());
     while (!pendingNotes.empty()) endNote({end, end, pendingNotes.front().event->data});
 }
 

@@ -22,7 +22,7 @@ struct RecFile;
 
 /// What a key, a note-on, plays on a drum track; owned by the caller.
 CDrumEvent* drumHit(int msg);
-/// Frames by which what an audio track records comes later than what was heard with it.
+/// Frames by which what a track records comes later than what was heard with it.
 int64_t recordLatency(const CTrack* track);
 
 /// The interface's side of a take on one track: makes parts, notes and points of automation of what
