@@ -63,15 +63,22 @@ SONDRAVA_INLINE void softClip(typename Vectors<N>::Floats& x) {
     x = 1.0f - 2.0f / (x + 1.0f);
 }
 
-/// The operators of one lane (D is double) or four (Doubles) in registers. Without `ringed`, both
-/// shapers only invert.
+/// What operators do: what stays at 0 for a slice is left out, and the sound is the same.
+struct Use {
+    bool ringed = false; ///< else both shapers only invert
+    bool carrierFed = true, modulatorFed = true;
+    bool modulates = true; ///< else the modulator is not heard
+};
+
+/// The operators of one lane (D is double) or four (Doubles) in registers.
 ///
 /// What feeds back is the longest way through a frame: it is kept short by adding the phases, which
 /// are known long before, first.
-template <class D, bool ringed>
+template <class D, Use use>
 struct Operators {
     D carPhase, carIncr, carLast, modPhase, modIncr, modLast;
     D feed1, feed1Step, feed2, feed2Step, phaseMod, phaseModStep;
+    D modBefore; ///< phase of the latest frame
     double modRing, oscRing;
 
     SONDRAVA_INLINE void load(const OscLanes& s, int lane) {
@@ -102,7 +109,7 @@ struct Operators {
     }
 
     SONDRAVA_INLINE static void shape(D& x, double ring) {
-        if constexpr (ringed)
+        if constexpr (use.ringed)
             x *= (ring - 1.0) + ring * x;
         else
             x = -x;
@@ -110,12 +117,19 @@ struct Operators {
 
     /// Leaves the carrier of the next frame in `carLast`.
     SONDRAVA_INLINE void next() {
-        D m = modPhase * tableSteps + feed2 * modLast;
-        sine(m);
-        modLast = m;
+        D c = carPhase * tableSteps;
+        if constexpr (use.modulates) {
+            D m = modPhase * tableSteps;
+            if constexpr (use.modulatorFed) m += feed2 * modLast;
+            sine(m);
+            modLast = m;
+            shape(m, modRing);
+            c += phaseMod * m;
+        } else {
+            modBefore = modPhase;
+        }
         modPhase += modIncr;
-        shape(m, modRing);
-        D c = (carPhase * tableSteps + phaseMod * m) + feed1 * carLast;
+        if constexpr (use.carrierFed) c += feed1 * carLast;
         sine(c);
         carPhase += carIncr;
         shape(c, oscRing);
@@ -124,10 +138,18 @@ struct Operators {
         feed2 += feed2Step;
         phaseMod += phaseModStep;
     }
+
+    /// Behind the last frame.
+    SONDRAVA_INLINE void finish() {
+        if constexpr (!use.modulates) {
+            modLast = modBefore * tableSteps;
+            sine(modLast);
+        }
+    }
 };
 
 /// All operators of up to N lanes; the strip that follows is four or eight wide.
-template <int N, bool ringed>
+template <int N, Use use>
 struct Bank {
     static constexpr int stripLanes = std::max(N, 4);
     static constexpr int perGroup = N < 4 ? 1 : 4;
@@ -135,13 +157,16 @@ struct Bank {
     using D = std::conditional_t < N<4, double, Doubles>;
     using Floats = typename Vectors<stripLanes>::Floats;
 
-    Operators<D, ringed> ops[groups];
+    Operators<D, use> ops[groups];
 
     SONDRAVA_INLINE explicit Bank(const OscLanes& s) {
         for (int g = 0; g < groups; g++) ops[g].load(s, g * perGroup);
     }
-    SONDRAVA_INLINE void store(OscLanes& s) const {
-        for (int g = 0; g < groups; g++) ops[g].store(s, g * perGroup);
+    SONDRAVA_INLINE void store(OscLanes& s) {
+        for (int g = 0; g < groups; g++) {
+            ops[g].finish();
+            ops[g].store(s, g * perGroup);
+        }
     }
     SONDRAVA_INLINE void next(Floats& out) {
         for (int g = 0; g < groups; g++) ops[g].next();
@@ -165,9 +190,9 @@ SONDRAVA_INLINE void swapNeighbours(const typename Vectors<N>::Floats& v,
         out = __builtin_shufflevector(v, v, 1, 0, 3, 2);
 }
 
-template <int N, bool ringed>
+template <int N, Use use>
 SONDRAVA_INLINE void runLanes(OscLanes& s, float* left, float* right, int n) {
-    using Bank = Bank<N, ringed>;
+    using Bank = Bank<N, use>;
     constexpr int width = Bank::stripLanes;
     Bank bank(s);
     StripRegisters<width> strip(s.strip);
@@ -188,24 +213,46 @@ SONDRAVA_INLINE void runLanes(OscLanes& s, float* left, float* right, int n) {
     strip.store(s.strip);
 }
 
-SONDRAVA_CLONES void run2(OscLanes& s, float* left, float* right, int n) {
-    runLanes<2, false>(s, left, right, n);
+constexpr Use full{}, ringed{.ringed = true}, carrierFed{.modulatorFed = false},
+    unfed{.carrierFed = false, .modulatorFed = false},
+    alone{.modulatorFed = false, .modulates = false},
+    bare{.carrierFed = false, .modulatorFed = false, .modulates = false};
+
+template <Use use>
+struct Runs {
+    static SONDRAVA_CLONES void run2(OscLanes& s, float* left, float* right, int n) {
+        runLanes<2, use>(s, left, right, n);
+    }
+    static SONDRAVA_CLONES void run4(OscLanes& s, float* left, float* right, int n) {
+        runLanes<4, use>(s, left, right, n);
+    }
+    static SONDRAVA_CLONES void run8(OscLanes& s, float* left, float* right, int n) {
+        runLanes<8, use>(s, left, right, n);
+    }
+};
+
+using Run = void (*)(OscLanes&, float*, float*, int);
+
+template <Use use>
+Run runOf(int lanes) {
+    if (lanes <= 2) return Runs<use>::run2;
+    return lanes <= 4 ? Runs<use>::run4 : Runs<use>::run8;
 }
-SONDRAVA_CLONES void run4(OscLanes& s, float* left, float* right, int n) {
-    runLanes<4, false>(s, left, right, n);
+
+bool isNothing(const double* values, const double* steps, int lanes) {
+    const auto zero = [](double x) { return x == 0.0; };
+    return std::all_of(values, values + lanes, zero) && std::all_of(steps, steps + lanes, zero);
 }
-SONDRAVA_CLONES void run8(OscLanes& s, float* left, float* right, int n) {
-    runLanes<8, false>(s, left, right, n);
+
+Run runFor(const OscLanes& s, int lanes) {
+    if (s.modRing != 0.0 || s.oscRing != 0.0) return runOf<ringed>(lanes);
+    if (!isNothing(s.feed2, s.feed2Step, lanes)) return runOf<full>(lanes);
+    const bool fed = !isNothing(s.feed1, s.feed1Step, lanes);
+    if (isNothing(s.phaseMod, s.phaseModStep, lanes))
+        return fed ? runOf<alone>(lanes) : runOf<bare>(lanes);
+    return fed ? runOf<carrierFed>(lanes) : runOf<unfed>(lanes);
 }
-SONDRAVA_CLONES void run2Ringed(OscLanes& s, float* left, float* right, int n) {
-    runLanes<2, true>(s, left, right, n);
-}
-SONDRAVA_CLONES void run4Ringed(OscLanes& s, float* left, float* right, int n) {
-    runLanes<4, true>(s, left, right, n);
-}
-SONDRAVA_CLONES void run8Ringed(OscLanes& s, float* left, float* right, int n) {
-    runLanes<8, true>(s, left, right, n);
-}
+
 void setBackPhase(double& phase) {
     if (phase >= setBackFrom) phase -= std::floor((phase - setBackTo) / turn) * turn;
 }
@@ -218,10 +265,6 @@ void OscLanes::setBack(int lane) {
 }
 
 void OscLanes::run(int lanes, float* left, float* right, int n) {
-    using Run = void (*)(OscLanes&, float*, float*, int);
-    static constexpr Run plain[] = {run2, run4, run8},
-                         rings[] = {run2Ringed, run4Ringed, run8Ringed};
-    const int width = lanes <= 2 ? 0 : lanes <= 4 ? 1 : 2;
-    const bool ringed = modRing != 0.0 || oscRing != 0.0;
-    (ringed ? rings : plain)[width](*this, left, right, n);
+    const int wide = lanes <= 2 ? 2 : lanes <= 4 ? 4 : 8;
+    if (n > 0) runFor(*this, wide)(*this, left, right, n);
 }
