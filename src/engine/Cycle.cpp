@@ -83,7 +83,9 @@ void receive(CMIDIIn* c, const DeviceBlock& block) {
     if (!port) return;
     const int device = c->device, reserved = qv->deviceMidi->controlIn;
     for (const AamEvent& e : block.in) {
-        if (isClockMessage(e.data) || (reserved >= 0 && e.device == reserved) || (device != -1 && e.device != device)) continue;
+        if (isClockMessage(e.data) || (reserved >= 0 && e.device == reserved) ||
+            (device != -1 && e.device != device))
+            continue;
         const int frame = std::clamp(e.frame, 0, block.whole - 1) - block.from;
         if (frame < 0 || frame >= block.frames) continue;
         port->insert(frame, e.data, eventMidi, 0.0f, 0, nullptr, nullptr);

@@ -1,14 +1,13 @@
-#include "audiofiles/CSample.h"
 #include "base/CStream.h"
 #include "base/Paths.h"
 #include "effects/CEffect.h"
 #include "engine/CGroupCh.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
-#include "engine/MidiBytes.h"
 #include "instruments/CSampler.h"
 #include "interchange/DawClock.h"
 #include "interchange/DawFiles.h"
+#include "interchange/DawParts.h"
 #include "interchange/DawUnits.h"
 #include "interchange/DawXml.h"
 #include "interchange/ScratchFolder.h"
@@ -31,28 +30,9 @@ enum StripParam : int { paramVolume = 0, paramPan = 1, paramMute = 2 };
 constexpr int64_t mostXmlBytes = int64_t(64) << 20;
 constexpr int64_t mostAudioBytes = int64_t(4) << 30;
 constexpr int64_t mostDeviceBytes = int64_t(256) << 20;
-constexpr size_t mostEvents = 4'000'000; ///< that loops are written out to
 
 CStr text(const std::string& s) {
     return s.c_str();
-}
-
-/// A piece of a clip: what stands in the content from `content` on sounds at `at`, both in quarter
-/// notes, the latter from the clip's start.
-struct Piece {
-    double at, content, length;
-};
-
-std::vector<Piece> piecesOf(const DawClip& clip) {
-    const double turn = clip.loopEnd - clip.loopStart;
-    if (turn <= 1.0 / ticksPerBeat || clip.playStart + clip.duration <= clip.loopEnd)
-        return {{0.0, clip.playStart, clip.duration}};
-    std::vector<Piece> pieces;
-    double at = std::max(clip.loopEnd - clip.playStart, 0.0);
-    if (at > 0.0) pieces.push_back({0.0, clip.playStart, at});
-    for (; at < clip.duration && pieces.size() < mostEvents; at += turn)
-        pieces.push_back({at, clip.loopStart, std::min(turn, clip.duration - at)});
-    return pieces;
 }
 
 /// Brings one song in.
@@ -75,40 +55,23 @@ private:
         bool audio;
     };
 
-    /// What a part of clips gets.
-    struct Audio {
-        EventCollector events;
-        int chs = 0, count = 0;
-    };
-
-    static void listAudio(const std::vector<DawClip>& clips, std::map<std::string, bool>& names);
     bool bring(const std::string& name, bool external, const DawWatch& watch);
     bool haveRoom() const;
     std::vector<int> kindsOf(const DawTrack& t) const;
     void addTimes();
-    void addTrack(size_t index);
+    void addTrack(size_t index, DawParts& parts);
     void addBuses();
     CComp* addInstrument(const DawTrack& t, CTrack* track);
     void setStrip(const DawTrack& t, COutputChannel* strip);
     void addInserts(const DawTrack& t, COutputChannel* strip);
     std::string stateOf(const DawDevice& device);
-    CPart* partOf(const DawClip& clip, CTrack* track);
-    CPart* audioPartOf(const DawClip& clip);
-    void fillNotes(CPart* part, const DawClip& clip, bool drums);
-    void addRow(EventCollector& events, const DawPoints& row, const Piece& piece);
-    void addClips(Audio& to, const DawClip& clip, double start, const Piece& piece);
-    void addAudio(Audio& to, const DawClip& clip, double start, Piece piece);
-    void addEvent(Audio& to, const DawClip& clip, CSample* sample, const Piece& piece,
-                  double fromSeconds, double toSeconds);
-    double sourceAt(const DawClip& clip, double start, double content) const;
-    static void setClip(CAudioEvent* event, const DawClip& clip);
     CObject* targetOf(const DawPoints& row, int& param, bool& squared) const;
     CSubTrack* laneOf(CTrack* track, const DawPoints& row, bool& squared);
     std::vector<CPart*> partsOf(CSongTrack* songTrack) const;
     void coverPoints(const Made& into, const DawPoints& row);
     void addLane(const Made& into, const DawPoints& row);
     void settleSends() const;
-    void lose(const CStr& what);
+    void lose(const CStr& what) { addLine(lost, what); }
 
     CSeq* seq;
     CQV* host;
@@ -119,27 +82,14 @@ private:
     const bool begins;
     const ScratchFolder scratch;
     CUndo* step = nullptr;
-    BeatClock clock;                         ///< of the song that it comes into
-    std::map<std::string, CSample*> samples; ///< by name in the archive
+    BeatClock clock; ///< of the song that it comes into
+    DawSamples samples;
     std::map<size_t, std::vector<Made>> made;
     std::map<std::string, int> buses; ///< place among the sends, by channel id
-    size_t eventCount = 0;
+    int states = 0;                   ///< files of devices that were taken out of the archive
 };
 
-void Importer::lose(const CStr& what) {
-    for (const CStr& known : lost)
-        if (known == what) return;
-    lost.push_back(what);
-}
-
 // Files.
-
-void Importer::listAudio(const std::vector<DawClip>& clips, std::map<std::string, bool>& names) {
-    for (const DawClip& c : clips) {
-        for (const DawAudio& a : c.audio) names.try_emplace(a.file, a.external);
-        listAudio(c.clips, names);
-    }
-}
 
 /// Into a folder of its own under its plain name, which the new file in the project bears too.
 bool Importer::bring(const std::string& name, bool external, const DawWatch& watch) {
@@ -253,7 +203,7 @@ void Importer::addTimes() {
 /// The file of a device's state, empty without one.
 std::string Importer::stateOf(const DawDevice& device) {
     if (device.state.empty() || !isPlainEntry(device.state)) return "";
-    const std::string path = scratch.file("device" + std::to_string(eventCount++) +
+    const std::string path = scratch.file("device" + std::to_string(states++) +
                                           extractFileExt(text(device.state)).asChar());
     if (zip.extract(device.state, mostDeviceBytes, path)) return path;
     lose("What is set in " + text(device.name) + ": it is not in the file, or damaged");
@@ -332,7 +282,7 @@ short channelOf(const DawTrack& t) {
     return short(std::max(common, 0));
 }
 
-void Importer::addTrack(size_t index) {
+void Importer::addTrack(size_t index, DawParts& parts) {
     const DawTrack& t = song.tracks[index];
     for (const int kind : kindsOf(t)) {
         CSongTrack* songTrack = seq->addTrack(kind, prog, step);
@@ -354,7 +304,7 @@ void Importer::addTrack(size_t index) {
                     seq->openDrumBank(track, kit.c_str(), step);
         made[index].push_back({songTrack, strip, kind == trackAudio});
         for (const DawClip& clip : t.clips)
-            if (CPart* part = kind == trackFolder ? nullptr : partOf(clip, track))
+            if (CPart* part = kind == trackFolder ? nullptr : parts.make(clip, track))
                 songTrack->addPart(part, step);
     }
 }
@@ -392,215 +342,6 @@ void Importer::settleSends() const {
             for (const DawSend& s : song.tracks[index].sends)
                 if (const auto bus = buses.find(s.destination); m.strip && bus != buses.end())
                     m.strip->sendLevels[bus->second]->level = toFader(s.level);
-}
-
-// Parts.
-
-void Importer::addRow(EventCollector& events, const DawPoints& row, const Piece& piece) {
-    for (const DawPoint& p : row.points) {
-        if (p.time < piece.content - 1e-9 || p.time > piece.content + piece.length) continue;
-        const auto data = [&](double most) {
-            return int(std::lround(std::clamp(p.value, 0.0, 1.0) * most));
-        };
-        int message = 0;
-        switch (row.target) {
-        case DawTarget::controller:
-            message = asData(midiController | row.channel, row.number, data(127));
-            break;
-        case DawTarget::polyPressure:
-            message = asData(midiAftertouch | row.channel, row.number, data(127));
-            break;
-        case DawTarget::pressure:
-            message = asData(midiPressure | row.channel, data(127), 0);
-            break;
-        case DawTarget::program:
-            message = asData(midiProgram | row.channel,
-                             int(std::lround(std::clamp(p.value, 0.0, 127.0))), 0);
-            break;
-        case DawTarget::pitchBend:
-            message =
-                asData(midiPitchBend | row.channel, data(mostBend) & 127, data(mostBend) >> 7);
-            break;
-        default:
-            return;
-        }
-        if (eventCount++ >= mostEvents) return lose("Events beyond four million");
-        CMIDIEvent* event = createMIDIEvent();
-        event->data = message;
-        event->length = 0;
-        events.add(toTicks(piece.at + p.time - piece.content), event);
-    }
-}
-
-/// Content that is not looped keeps what stands outside of the window; ticks of it count from the
-/// content's own 0.
-void Importer::fillNotes(CPart* part, const DawClip& clip, bool drums) {
-    EventCollector events;
-    std::vector<Piece> pieces = piecesOf(clip);
-    const bool looped = pieces.size() > 1;
-    constexpr double far = 4e6;
-    if (!looped) {
-        part->offset = -toTicks(clip.playStart);
-        pieces = {{-far, -far, 2 * far}};
-    }
-    for (const Piece& piece : pieces) {
-        for (const DawNote& n : clip.notes) {
-            if (n.time < piece.content - 1e-9 || n.time >= piece.content + piece.length) continue;
-            if (eventCount++ >= mostEvents) return lose("Events beyond four million");
-            const double at = piece.at + n.time - piece.content;
-            const double length =
-                looped ? std::min(n.duration, piece.content + piece.length - n.time) : n.duration;
-            const int velocity = asMinMax(int(std::lround(n.velocity * 127)), 1, 127);
-            if (drums) {
-                CDrumEvent* hit = createDrumEvent();
-                hit->sound = std::max(n.key - firstDrumKey, 0);
-                hit->velocity = float(velocity) / 127.0f;
-                hit->length = std::max(toTicks(length), 1);
-                events.add(toTicks(at), hit);
-                continue;
-            }
-            CMIDIEvent* event = createMIDIEvent();
-            event->data = asData(midiNoteOn | n.channel, n.key, velocity);
-            event->length = std::max(toTicks(length), 1);
-            events.add(toTicks(at), event);
-        }
-        for (const DawPoints& row : clip.points) {
-            if (!drums) addRow(events, row, piece);
-            if (row.target == DawTarget::parameter) lose("Automation inside of clips");
-        }
-    }
-    part->setEvents(events.takeList());
-}
-
-CPart* Importer::partOf(const DawClip& clip, CTrack* track) {
-    CPart* part = nullptr;
-    std::map<std::string, bool> names;
-    listAudio({clip}, names);
-    if (track->kind == trackAudio) {
-        if (!names.empty()) part = audioPartOf(clip);
-    } else if (names.empty() || !clip.notes.empty()) {
-        part = track->kind == trackDrum ? static_cast<CPart*>(new CDrumPart) : new CMIDIPart;
-        fillNotes(part, clip, track->kind == trackDrum);
-    }
-    if (!part) return nullptr;
-    part->id = clip.name.empty() ? track->id : text(clip.name);
-    part->pos = std::max(toTicks(clip.time), 0);
-    part->length = std::max(toTicks(clip.time + clip.duration) - toTicks(clip.time), 1);
-    part->colour = clip.colour;
-    part->setMuted(!clip.enabled);
-    return part;
-}
-
-void Importer::setClip(CAudioEvent* event, const DawClip& clip) {
-    event->fadeInMs = float(clip.fadeInSeconds * 1000.0);
-    event->fadeOutMs = float(clip.fadeOutSeconds * 1000.0);
-    for (const DawPoints& row : clip.points) {
-        const auto value = float(row.points.empty() ? 0.0 : row.points.front().value);
-        if (row.target == DawTarget::gain) event->gain = std::clamp(value, 0.0f, 16.0f);
-        if (row.target == DawTarget::pan) event->pan = std::clamp(value * 2.0f - 1.0f, -1.0f, 1.0f);
-        if (row.target != DawTarget::transpose || row.points.empty()) continue;
-        event->semitones = int(std::lround(std::clamp(value, -48.0f, 48.0f)));
-        event->fine = std::clamp(value, -48.0f, 48.0f) - float(event->semitones);
-    }
-}
-
-/// Where in its source a clip without warps is at a place of its content, in seconds; `start` is
-/// where the clip begins in the song.
-double Importer::sourceAt(const DawClip& clip, double start, double content) const {
-    const DawAudio& a = clip.audio.front();
-    const double passed =
-        clock.toSeconds(start + content - clip.playStart) - clock.toSeconds(start);
-    return a.startSeconds + passed * a.speed;
-}
-
-void Importer::addEvent(Audio& to, const DawClip& clip, CSample* sample, const Piece& piece,
-                        double fromSeconds, double toSeconds) {
-    if (eventCount++ >= mostEvents) return lose("Events beyond four million");
-    const DawAudio& a = clip.audio.front();
-    const double last = std::max(sample->frames - 1.0, 0.0);
-    const auto frame = [&](double s) { return std::round(s * double(sample->rate)); };
-    CAudioEvent* event = createAudioEvent();
-    event->sample = sample;
-    event->start = int(std::clamp(frame(fromSeconds), 0.0, last));
-    event->end = int(std::clamp(frame(toSeconds) - 1.0, double(event->start), last));
-    event->ticks = std::max(toTicks(piece.at + piece.length) - toTicks(piece.at), 1);
-    if (a.warps.size() > 1) {
-        const bool repitch = a.algorithm.find("pitch") != std::string::npos ||
-                             a.algorithm.find("sampl") != std::string::npos;
-        event->mode = repitch ? 1 : 2;
-    }
-    setClip(event, clip);
-    if (event->mode == 0 && a.speed != 1.0 && a.speed > 0.0) {
-        const double semitones = std::clamp(12.0 * std::log2(a.speed), -96.0, 96.0);
-        event->semitones = int(std::lround(semitones));
-        event->fine = float(semitones - event->semitones);
-    }
-    to.events.add(toTicks(piece.at), event);
-    to.count++;
-    to.chs = std::max(to.chs, sample->chs);
-}
-
-/// What of a clip with a file sounds in a piece, whose `at` is the part's own time.
-void Importer::addAudio(Audio& to, const DawClip& clip, double start, Piece piece) {
-    const DawAudio& a = clip.audio.front();
-    const auto found = samples.find(a.file);
-    CSample* sample = found == samples.end() ? nullptr : found->second;
-    if (!sample) return;
-    if (a.warps.size() < 2) {
-        const double early = std::min(sourceAt(clip, start, piece.content), 0.0) / -a.speed;
-        if (early > 0.0 && a.speed > 0.0) {
-            const double at = start + piece.content - clip.playStart;
-            const double skip = clock.toBeats(clock.toSeconds(at) + early) - at;
-            piece = {piece.at + skip, piece.content + skip, piece.length - skip};
-        }
-        if (piece.length <= 0.0) return;
-        return addEvent(to, clip, sample, piece, sourceAt(clip, start, piece.content),
-                        sourceAt(clip, start, piece.content + piece.length));
-    }
-    for (size_t i = 0; i + 1 < a.warps.size(); i++) {
-        const DawWarp &left = a.warps[i], &right = a.warps[i + 1];
-        const double begin = std::max(piece.content, left.beat);
-        const double end = std::min(piece.content + piece.length, right.beat);
-        if (end - begin < 0.5 / ticksPerBeat) continue;
-        const auto seconds = [&](double beat) {
-            return left.contentSeconds + (right.contentSeconds - left.contentSeconds) *
-                                             (beat - left.beat) / (right.beat - left.beat);
-        };
-        addEvent(to, clip, sample, {piece.at + begin - piece.content, begin, end - begin},
-                 seconds(begin), seconds(end));
-    }
-}
-
-/// The clips in a clip, or its own file. `start` is where it begins in the song.
-void Importer::addClips(Audio& to, const DawClip& clip, double start, const Piece& piece) {
-    if (!clip.audio.empty()) return addAudio(to, clip, start, piece);
-    for (const DawClip& c : clip.clips) {
-        for (const Piece& in : piecesOf(c)) {
-            const double first = c.time + in.at;
-            const double begin = std::max(piece.content, first);
-            const double end = std::min(piece.content + piece.length, first + in.length);
-            if (end <= begin) continue;
-            addClips(to, c, start + c.time - clip.playStart,
-                     {piece.at + begin - piece.content, in.content + begin - first, end - begin});
-        }
-    }
-}
-
-/// The only clip of a part, from its start on, is one at its own speed, or a part of several.
-CPart* Importer::audioPartOf(const DawClip& clip) {
-    auto part = std::make_unique<CAudioPart>();
-    Audio to;
-    const std::vector<Piece> pieces = piecesOf(clip);
-    const bool own = !clip.audio.empty() && pieces.size() == 1;
-    if (pieces.size() == 1 && !own) part->offset = -toTicks(clip.playStart);
-    for (const Piece& piece : pieces) {
-        const double at = own || pieces.size() > 1 ? piece.at : piece.content;
-        addClips(to, clip, clip.time, {at, piece.content, piece.length});
-    }
-    part->multiclip = !own || to.count != 1;
-    part->chs = std::max(to.chs, 1);
-    part->setEvents(to.events.takeList());
-    return part.release();
 }
 
 // Automation.
@@ -740,10 +481,10 @@ void Importer::link() {
                             .song = true,
                             .host = HostNotice::pool,
                             .seq = SeqNotice::tracks | SeqNotice::parts});
-    clock = begins ? clockOf(song) : clockOf(seq);
     addTimes();
     seq->unselectParts();
-    for (size_t i = 0; i < song.tracks.size(); i++) addTrack(i);
+    DawParts parts(begins ? clockOf(song) : clockOf(seq), samples, lost);
+    for (size_t i = 0; i < song.tracks.size(); i++) addTrack(i, parts);
     addBuses();
     for (const auto& [index, all] : made)
         for (const DawPoints& row : song.tracks[index].points)

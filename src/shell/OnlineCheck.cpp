@@ -23,7 +23,8 @@ CStr text(const std::string& s) {
 CStr sizeText(int64_t bytes) {
     constexpr double kilo = 1024.0;
     const double size = double(bytes) / kilo;
-    return size < kilo ? asStrFormat(std::ceil(size), "%0.0f KB") : asStrFormat(size / kilo, "%0.1f MB");
+    return size < kilo ? asStrFormat(std::ceil(size), "%0.0f KB")
+                       : asStrFormat(size / kilo, "%0.1f MB");
 }
 
 /// Where things go that are fetched: in the user's folder.

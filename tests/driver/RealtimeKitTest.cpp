@@ -25,7 +25,8 @@ public:
                "\"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">"
                "<busconfig><listen>unix:path="
             << folder.file("bus")
-            << "</listen><policy context=\"default\"><allow user=\"*\"/><allow own=\"*\"/><allow eavesdrop=\"true\"/><allow "
+            << "</listen><policy context=\"default\"><allow user=\"*\"/><allow own=\"*\"/><allow "
+               "eavesdrop=\"true\"/><allow "
                "send_destination=\"*\" eavesdrop=\"true\"/></policy></busconfig>";
         bus = std::make_unique<Child>(std::vector<std::string>{
             "dbus-daemon", "--nofork", "--config-file=" + folder.file("bus.conf")});
