@@ -95,13 +95,15 @@ void CSampler::setParam(int index, ToStore<float> value) {
         prog->eachSound([&](CSound* s) { setValue(s, s->ccMap[index], value); });
 }
 
-/// The sounds, which need not agree, and what the parameter itself tells.
+/// The sounds, which need not agree, and what the parameter itself tells: where it moves sounds the
+/// first of these, so that setting it to where they stand already is no change.
 void CSampler::listParam(int index, std::vector<StoredValue>& parts) {
     using Numbers = StoredValue::Numbers;
     static const StoredValue::Kind told = {
         nullptr,
         [](const CObject* o, int i) {
-            return Numbers{double(static_cast<const CSampler*>(o)->paramValues[i])};
+            auto* s = const_cast<CSampler*>(static_cast<const CSampler*>(o));
+            return Numbers{double(soundParamShare(*s, i))};
         },
         [](CObject* o, int i, const Numbers& to) {
             static_cast<CSampler*>(o)->paramValues[i] = float(to[0]);

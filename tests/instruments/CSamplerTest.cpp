@@ -336,6 +336,10 @@ TEST(CSampler, ParametersAreUndoneSoundBySound) {
     EXPECT_TRUE(moved(0.8f, 0.3f)) << l.sound->cutoff << ", " << other->pan;
     l.host.host->redoClicked();
     EXPECT_TRUE(moved(0.25f, -0.5f));
+    l.sound->setCutoff(1.0f);
+    other->setPan(1.0f);
+    l.host.host->values->setParam(l.sampler, 74, 1.0f);
+    EXPECT_EQ(l.host.host->undoIndex, 0) << "where it had them go they stand already";
 }
 
 /// Blocks full of notes of both kinds, effects and all, allocate nothing and lock nothing.

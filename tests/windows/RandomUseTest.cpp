@@ -474,7 +474,7 @@ private:
         if (host->undoIndex == index + 1) {
             EXPECT_TRUE(now != before || onlyShown(host->undoIndex) ||
                         onlyAutomated(host->undoIndex))
-                << "a step that changes nothing";
+                << "a step that changes nothing: " << toldOf(host->undoIndex);
         }
         states.back() = now;
     }
@@ -493,6 +493,17 @@ private:
         std::string& then = states[size_t(host->undoIndex) + 1];
         if (then.empty()) then = content();
         stayed(content());
+    }
+    /// What a step sets, and from where.
+    std::string toldOf(int i) {
+        std::string text = nameAt(i);
+        for (auto* item : host->undoList.items(i)->items)
+            if (item->kept)
+                text += std::string("; ") + item->kept->value.name().asChar() + " of " +
+                        item->kept->value.object->id.asChar() + ": " +
+                        std::to_string(item->kept->other[0]) + " to " +
+                        std::to_string(item->kept->value.get()[0]);
+        return text;
     }
     std::string nameAt(int i) {
         const auto* step = host->undoList.items(i);
