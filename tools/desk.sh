@@ -4,6 +4,7 @@
 desk() { # BUILD_DIR DISPLAY_NUMBER SIZE
     programs=$(cd "$1" && pwd)/bin
     size=$3
+    zoom=${zoom:-100}
     room=$(mktemp -d)
     trap 'kill $(jobs -p) 2>/dev/null; wait 2>/dev/null; rm -rf "$room"' EXIT
     mkdir -p "$room/home" "$room/run"
@@ -16,8 +17,8 @@ desk() { # BUILD_DIR DISPLAY_NUMBER SIZE
     for _ in $(seq 50); do xdotool getdisplaygeometry >/dev/null 2>&1 && break; sleep 0.1; done
 }
 
-begin() { # OPTION=VALUE ...: starts the program with these, over all of the screen
-    printf '%s\n' '[options]' scale=100 "$@" > "$room/Sondrava.ini"
+begin() { # OPTION=VALUE ...: starts the program with these at $zoom percent, over all of the screen
+    printf '%s\n' '[options]' scale="$zoom" "$@" > "$room/Sondrava.ini"
     (cd "$room" && exec ./sondrava) >/dev/null 2>&1 &
     program=$!
     window=
@@ -30,9 +31,10 @@ begin() { # OPTION=VALUE ...: starts the program with these, over all of the scr
     sleep 2
 }
 
-leave() { # ends it; nothing is kept
+leave() { # ends it; nothing is kept, nor brought back at the next start
     kill "$program"
     wait "$program" 2>/dev/null || true
+    find "$room" -type f ! -name "*.so" ! -name sondrava ! -name alsa -delete
 }
 
 shot() { # FILE [WINDOW]: a picture of it, else of the screen
@@ -42,4 +44,4 @@ shot() { # FILE [WINDOW]: a picture of it, else of the screen
 
 dialog() { xdotool search --onlyvisible --name "$1" | tail -1; } # that is called so
 keys() { for k in "$@"; do xdotool key "$k"; sleep 0.25; done; }
-at() { xdotool mousemove "$1" "$2"; sleep 0.2; }
+at() { xdotool mousemove $(($1 * zoom / 100)) $(($2 * zoom / 100)); sleep 0.2; } # at 100 %

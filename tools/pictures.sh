@@ -1,5 +1,5 @@
 #!/bin/bash
-# Makes the other pictures of the manual and the README anew, with the demo song, on a display of its
+# Makes the other pictures of the manual and the README anew, with the demo song, on displays of its
 # own. Needs what desk.sh does.
 #
 #   tools/pictures.sh BUILD_DIR [DISPLAY_NUMBER]
@@ -7,71 +7,97 @@ set -eu
 here=$(cd "$(dirname "$0")/.." && pwd)
 images=$here/docs/images
 . "$here/tools/desk.sh"
-desk "$1" "${2:-98}" 1120x640
+build=$1 display=${2:-98}
 
-playing() { # LOOK FILE: the song, heard from its start for some bars
+playing() { # LOOK: the demo song, heard from its start for some bars
     begin startwith=2 look="$1"
     at 700 560
     keys space
     sleep 8
-    shot "$images/$2"
-    keys space
 }
 of() { # TITLE FILE: a dialog that is open, which is left
     sleep 1
     shot "$images/$2" "$(dialog "$1")"
     keys Escape
 }
+kit() { # LOOK FILE
+    begin startwith=2 look="$1"
+    keys ctrl+n
+    sleep 1
+    keys Home Down Down Return # drums and a bass
+    sleep 2
+    at 60 225
+    xdotool click 1
+    keys ctrl+space
+    shot "$images/$2"
+    leave
+}
+rooms() { # ENDING: mixer, graph and panels of the demo song, which is open
+    keys F9 Home space
+    sleep 8
+    shot "$images/mixer$1.png"
+    keys space
+    keys F12
+    sleep 1
+    shot "$images/modular$1.png"
+    keys F8
+    at 110 353 # the head of the pad
+    xdotool click 1
+    keys ctrl+space
+    shot "$images/sampler$1.png"
+    keys F8 ctrl+shift+a
+    shot "$images/arp$1.png"
+    keys F9
+    sleep 1
+    at 405 262 # the first insert of the pad
+    xdotool click 1
+    sleep 0.5
+    keys Down Return
+    sleep 1
+    xdotool click --repeat 2 --delay 60 1
+    sleep 1
+    at 70 470 # another effect
+    xdotool click 1
+    sleep 0.5
+    keys Down Down Return
+    shot "$images/rack$1.png"
+}
 
-playing 0 main-light.png
-leave
-begin startwith=2 look=1
-keys ctrl+n
-sleep 1
-keys Home Down Down Return # drums and a bass
-sleep 2
-at 60 225
-xdotool click 1
-keys ctrl+space
-shot "$images/drums.png"
-leave
-playing 1 main.png
-keys F9 Home space
-sleep 8
-shot "$images/mixer.png"
-keys space
-keys F12
-sleep 1
-shot "$images/modular.png"
-keys F8
-at 110 309 # the head of the pad
-xdotool click 1
-keys ctrl+space
-shot "$images/sampler.png"
-keys F8 ctrl+shift+a
-shot "$images/arp.png"
-keys F9
-sleep 1
-at 405 262 # the first insert of the pluck
-xdotool click 1
-sleep 0.5
-keys Down Return
-sleep 1
-xdotool click --repeat 2 --delay 60 1
-sleep 1
-at 70 470 # another effect
-xdotool click 1
-sleep 0.5
-keys Down Down Return
-shot "$images/rack.png"
-keys F8
-keys ctrl+n
-of Welcome welcome.png
-keys F5
-of Export export.png
-keys F6
-of Setup setup.png
-at 330 250 # the first part of the bass
-xdotool click --repeat 2 --delay 60 1
-sleep 1.5
-shot "$images/notes.png"
+(
+    desk "$build" "$display" 1120x640
+    kit 1 drums.png
+    playing 0
+    shot "$images/main-light.png"
+    keys space
+    rooms -light
+    leave
+    kit 0 drums-light.png
+    playing 1
+    shot "$images/main.png"
+    keys space
+    rooms ""
+    keys F8
+    keys ctrl+n
+    of Welcome welcome.png
+    keys F5
+    of Export export.png
+    keys F6
+    of Setup setup.png
+    at 330 250 # the first part of the bass
+    xdotool click --repeat 2 --delay 60 1
+    sleep 1.5
+    shot "$images/notes.png"
+)
+( # the same at 200 %, for docs/looks.md
+    zoom=200
+    desk "$build" "$((display + 1))" 2240x1280
+    for look in 1 0; do
+        ending=-200
+        [ "$look" = 1 ] || ending=-light-200
+        kit "$look" "drums$ending.png"
+        playing "$look"
+        keys space
+        rooms "$ending"
+        leave
+    done
+)
