@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr std::int64_t littlePixels = 4096; ///< less than a paint of its own costs
+constexpr std::int64_t littlePixels = 1024; ///< less than a paint of its own costs
 
 std::int64_t pixels(const CRect& r) {
     return r.empty() ? 0 : std::int64_t(r.width()) * r.height();
