@@ -438,8 +438,16 @@ private:
             if (comp->type == compSeq || comp->type == compMIDIIn)
                 comp->setFlag(compSelected, false);
     }
+    /// As a window manager does when the window that had the keys has gone.
+    void keepFocus() {
+        Window focused = 0;
+        int revert = 0;
+        XGetInputFocus(liveDisplay(), &focused, &revert);
+        if (focused == None || focused == PointerRoot) win->setFocus(true);
+    }
     void act(const Use& what) {
         spareWhatIsNeeded();
+        keepFocus();
         const std::string before = content();
         const int index = host->undoIndex;
         what.second();
