@@ -5,6 +5,7 @@
 
 double ParamRange::value(float share) const {
     const double part = std::clamp(double(share), 0.0, 1.0);
+    if (part == 1.0) return high;
     const double made = logarithmic ? low * std::pow(high / low, part) : low + part * (high - low);
     return whole ? std::round(made) : made;
 }

@@ -20,11 +20,11 @@ struct Setting;
 /// block: these take the claim, and blocks meanwhile do without the plug-in.
 class PluginComp : public CComp, public AheadWork, private PluginHost {
 public:
-    Stored<int> mch{-1};         ///< MIDI channel that is heard, -1 all
-    Shared<int> pendingProg{-1}; ///< program that the next `idle` sets, -1 none
-    bool editorOpen = false;     ///< interface thread
-    Shared<int> silence{0};      ///< frames that an effect has been silent for
-    Shared<unsigned> faults{0};  ///< pieces of a block in which it threw, or gave no numbers
+    Stored<int> mch{-1};            ///< MIDI channel that is heard, -1 all
+    Shared<int> pendingProg{-1};    ///< program that the next `idle` sets, -1 none
+    Shared<bool> editorOpen{false}; ///< it does not doze then
+    Shared<int> silence{0};         ///< frames that an effect has been silent for
+    Shared<unsigned> faults{0};     ///< pieces of a block in which it threw, or gave no numbers
 
     explicit PluginComp(CQV* root) : CComp(root) {}
     ~PluginComp() override;

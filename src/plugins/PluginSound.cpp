@@ -43,7 +43,7 @@ void PluginComp::process(int frames) {
         return;
     }
     const bool effect = listKind == listSends || listKind == listInsert;
-    if (effect && !wakesUp()) {
+    if (effect && !editorOpen && !wakesUp()) {
         passThrough(frames, 0);
     } else {
         renderPieces(frames);

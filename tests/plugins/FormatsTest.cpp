@@ -91,6 +91,17 @@ TEST_P(EachFormat, BecomesAnother) {
     EXPECT_EQ(c->faults, 0u);
 }
 
+/// What counts is the number that both tell, where a share means another one in another format.
+TEST(OtherFormat, KeepsNumbers) {
+    PluginFixture f;
+    CVST* c = f.insert("gain.clap");
+    c->setParam(0, 0.125f);
+    ASSERT_EQ(c->paramText(0), "0.25 x");
+    ASSERT_TRUE(c->become(f.file("gain").c_str()));
+    EXPECT_EQ(c->paramText(0), "0.25 x");
+    EXPECT_NEAR(c->param(0), 0.25, 0.005);
+}
+
 /// What a block puts off is done beside it, and is part of the state; a preset is a program.
 TEST(Lv2, WorksBesideBlocks) {
     for (const bool isolated : {false, true}) {

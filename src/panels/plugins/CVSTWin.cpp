@@ -175,7 +175,7 @@ void CVSTWin::empty() {
 
 /// As large as the editor, as far as the screen allows; a page keeps its size.
 void CVSTWin::fitEditor(CObject*) {
-    if (!editor || isPage() || hasStyle(winMaximized)) return;
+    if (!editor || !editor->isSized() || isPage() || hasStyle(winMaximized)) return;
     const CPoint content = editor->content();
     const int around = width - clientGroup->width, above = height - clientGroup->height;
     const CRect screen = getDesktopBounds();

@@ -47,6 +47,7 @@ CPoint EditorFrame::content() const {
 
 void EditorFrame::take(CPoint plugin) {
     if (plugin.x <= 0 || plugin.y <= 0) return;
+    known = true;
     place->setBounds(0, 0, sideOf(plugin.x), sideOf(plugin.y));
     resized();
     if (onChange) (*onChange)(this);
@@ -54,6 +55,7 @@ void EditorFrame::take(CPoint plugin) {
 
 /// The window inside has given itself a size.
 void EditorFrame::sized(CObject*) {
+    known = true;
     resized();
     if (onChange) (*onChange)(this);
 }

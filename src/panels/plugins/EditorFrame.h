@@ -19,6 +19,7 @@ public:
     void close();           ///< the plug-in's part of the end; nothing follows
     void refresh();         ///< lets the plug-in draw, and takes the size that it asks for
     CPoint content() const; ///< the size that shows all of it
+    bool isSized() const { return known; } ///< the plug-in has told how large that is
 
 private:
     void take(CPoint plugin); ///< in its own pixels; below 1 changes nothing
@@ -26,5 +27,5 @@ private:
 
     PluginComp& comp;
     CForeign* place; ///< one of the controls inside
-    bool open = true;
+    bool open = true, known = false;
 };
