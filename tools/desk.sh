@@ -43,5 +43,12 @@ shot() { # FILE [WINDOW]: a picture of it, else of the screen
 }
 
 dialog() { xdotool search --onlyvisible --name "$1" | tail -1; } # that is called so
+opened() { # TITLE: waits for a dialog that has been asked for
+    for _ in $(seq 100); do
+        [ -z "$(dialog "$1")" ] || break
+        sleep 0.1
+    done
+    sleep 1
+}
 keys() { for k in "$@"; do xdotool key "$k"; sleep 0.25; done; }
 at() { xdotool mousemove $(($1 * zoom / 100)) $(($2 * zoom / 100)); sleep 0.2; } # at 100 %

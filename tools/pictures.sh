@@ -15,17 +15,17 @@ playing() { # LOOK: the demo song, heard from its start for some bars
     keys space
     sleep 8
 }
-of() { # TITLE FILE: a dialog that is open, which is left
-    sleep 1
+of() { # TITLE FILE: a dialog that opens, which is left
+    opened "$1"
     shot "$images/$2" "$(dialog "$1")"
     keys Escape
 }
 kit() { # LOOK FILE
     begin startwith=2 look="$1"
     keys ctrl+n
-    sleep 1
+    opened Welcome
     keys Home Down Down Return # drums and a bass
-    sleep 2
+    sleep 5
     at 60 225
     xdotool click 1
     keys ctrl+space
@@ -83,7 +83,7 @@ rooms() { # ENDING: mixer, graph and panels of the demo song, which is open
     of Export export.png
     keys F6
     of Setup setup.png
-    at 330 250 # the first part of the bass
+    at 330 309 # the first part of the bass
     xdotool click --repeat 2 --delay 60 1
     sleep 1.5
     shot "$images/notes.png"
