@@ -123,7 +123,7 @@ private:
     int block = 0;
     bool active = false, wantsRunning = false;
     Shared<bool> tellsAll{false}; ///< the next block tells all values
-    Shared<int> restartAsked{0}; ///< flags
+    Shared<int> restartAsked{0};  ///< flags
     std::unique_ptr<Vst3Editor> editor;
 
     // Whoever renders.
