@@ -28,7 +28,7 @@ begin() { # OPTION=VALUE ...: starts the program with these at $zoom percent, ov
         sleep 0.1
     done
     xdotool windowsize "$window" "${size%x*}" "${size#*x}" windowmove "$window" 0 0
-    sleep 2
+    sleep 8 # until the song is there, on a busy machine too
 }
 
 leave() { # ends it; nothing is kept, nor brought back at the next start
