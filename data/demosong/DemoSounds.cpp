@@ -132,7 +132,7 @@ void DemoSounds::mix() {
     cutLows(voices->output(), 250.0f, -8.0f);
     presets::addRack(players[6]->output(), "Crunch rhythm");
     compress(song.host->getAudioOut()->output(), {-22.0f, 0.5f, 1.0f, 90.0f, 5.9f});
-    compress(song.host->getAudioOut()->output(), {-13.0f, 0.05f, 1.0f, 90.0f, -0.1f});
+    compress(song.host->getAudioOut()->output(), {-16.0f, 0.1f, 1.0f, 40.0f, 1.2f});
 }
 
 /// What drums and beat have in common.

@@ -27,8 +27,16 @@ factory::Program rowOf(const Family& family, const Program& program, float level
             .echo = {0.4f, 3, 4, 1, 2}};
 }
 
-/// The level that makes the program as loud as told, in hundredths, so that the last digit of a
-/// measurement changes no file.
+} // namespace
+
+std::vector<Family> allFamilies() {
+    std::vector<Family> all;
+    for (const auto& some : {keys(), strings(), winds(), synths(), percussion()})
+        all.insert(all.end(), some.begin(), some.end());
+    return all;
+}
+
+/// In hundredths, so that the last digit of a measurement changes no file.
 float evenLevel(CQV* host, const Family& family, const Program& program) {
     const bool low = std::string_view(family.name) == "Bass";
     const auto make = [&](CQV* root, CSampler* owner) {
@@ -43,18 +51,8 @@ float evenLevel(CQV* host, const Family& family, const Program& program) {
     return std::min(std::round(float(wanted) * 100.0f) / 100.0f, 1.0f / loudest);
 }
 
-} // namespace
-
-std::vector<Family> allFamilies() {
-    std::vector<Family> all;
-    for (const auto& some : {keys(), strings(), winds(), synths(), percussion()})
-        all.insert(all.end(), some.begin(), some.end());
-    return all;
-}
-
 CSynthProg* buildGmProgram(CQV* host, CSampler* sampler, const Family& family,
-                           const Program& program) {
-    const float level = evenLevel(host, family, program);
+                           const Program& program, float level) {
     return factory::buildProgram(host, sampler, rowOf(family, program, level));
 }
 
@@ -67,7 +65,8 @@ bool writeSoundSet(CQV* host, const CStr& folder) {
             char name[80];
             std::snprintf(name, sizeof name, "%03d %s.qvs", ++number, program.name);
             CSampler sampler(host);
-            const std::unique_ptr<CSynthProg> made(buildGmProgram(host, &sampler, family, program));
+            const std::unique_ptr<CSynthProg> made(
+                buildGmProgram(host, &sampler, family, program, evenLevel(host, family, program)));
             CMemoryStream out;
             sampler.writeToStream(&out, made.get());
             CFileStream file(addSep(inside) + name, 1);

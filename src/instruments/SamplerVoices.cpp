@@ -19,6 +19,7 @@
 namespace {
 
 constexpr int pianoVelocity = 80;
+constexpr int ccWheel = 1; ///< pressure of the whole keyboard does what it does
 
 /// Whether a voice sounds, or has kept its place among those that do.
 bool takesPart(const CVoice& v) {
@@ -160,18 +161,23 @@ void CSampler::doMapping(CMIDIBytes* event) {
     movePedal(data);
     CSynthProg* prog = getProg();
     if (!prog) return;
-    const int controller = asByte1(data) & 127;
+    const auto control = [prog](int controller, int value) {
+        prog->eachSound(
+            [&](CSound* s) { setValue(s, s->ccMap[controller], float(value) / 127.0f); });
+    };
+    const int first = asByte1(data) & 127;
     switch (statusByte(data)) {
     case midiNoteOn:
         prog->eachSound([&](CSound* s) { noteOn(s, data); });
         break;
     case midiController:
-        if (controller == ccAllNotesOff)
+        if (first == ccAllNotesOff)
             allNotesOff();
         else
-            prog->eachSound([&](CSound* s) {
-                setValue(s, s->ccMap[controller], float(asByte2(data)) / 127.0f);
-            });
+            control(first, asByte2(data));
+        break;
+    case midiPressure:
+        control(ccWheel, first);
         break;
     case midiPitchBend:
         prog->bend[0] = float(asByte2(data) * 128 + asByte1(data) - 8192) / 8192.0f;

@@ -124,7 +124,7 @@ TEST(FactoryPrograms, KeepTheFiguresOfTheirTable) {
     }
 }
 
-/// The wheel, brightness and the knobs of each program change what is heard; a wheel at rest, which
+/// The wheel, pressure, brightness and the knobs of each program change what is heard; a wheel at rest, which
 /// keyboards send without being asked, does not.
 TEST(FactoryPrograms, FollowTheirControllers) {
     TestHost host(block);
@@ -138,6 +138,11 @@ TEST(FactoryPrograms, FollowTheirControllers) {
         EXPECT_EQ(with(1, 0).left, plain.left);
         for (int controller : {1, 74})
             EXPECT_NE(with(controller, 50).left, plain.left) << controller;
+        const auto pressed = [&](int value) {
+            return play(host, p, {60}, 0.3, 0.35, 100, asData(midiPressure, value, 0));
+        };
+        EXPECT_EQ(pressed(0).left, plain.left);
+        EXPECT_EQ(pressed(50).left, with(1, 50).left);
         CSampler sampler(host.host);
         const std::unique_ptr<CSynthProg> prog(buildFactoryProg(host.host, &sampler, p));
         for (const ProgMacro& m : prog->macros) {

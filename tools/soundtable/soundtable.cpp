@@ -43,10 +43,12 @@ void measureFactory(CQV* host, std::vector<Figures>& bank) {
 
 void measureGeneralMidi(CQV* host, std::vector<Figures>& bank) {
     for (const gm::Family& family : gm::allFamilies())
-        for (const gm::Program& program : family.programs)
+        for (const gm::Program& program : family.programs) {
+            const float level = gm::evenLevel(host, family, program);
             bank.push_back(measureProgram(host, program.name, [&](CQV* root, CSampler* sampler) {
-                return gm::buildGmProgram(root, sampler, family, program);
+                return gm::buildGmProgram(root, sampler, family, program, level);
             }));
+        }
 }
 
 /// The notes of a file; empty if it cannot be read.

@@ -1,0 +1,71 @@
+#include "data/generalmidi/GeneralMidi.h"
+#include "engine/CQV.h"
+#include "instruments/CSampler.h"
+#include "instruments/CSynthProg.h"
+#include "support/TestHost.h"
+#include "tools/soundtable/SoundProbe.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+
+using namespace soundtable;
+
+namespace {
+
+/// A program played by one key, softly and hard, and a chord.
+struct Heard {
+    Figures figures;
+    double span = 0.0, dc = 0.0;
+};
+
+Heard hear(CQV* host, const gm::Family& family, const gm::Program& program) {
+    const float level = gm::evenLevel(host, family, program);
+    const auto make = [&](CQV* root, CSampler* owner) {
+        return gm::buildGmProgram(root, owner, family, program, level);
+    };
+    int voices = 0;
+    const Sound middle = playNote(host, make, {60, 100}, voices);
+    const Sound soft = playNote(host, make, {60, 20}, voices);
+    const Sound loud = playNote(host, make, {60, 127}, voices);
+    Heard heard;
+    heard.figures.name = program.name;
+    heard.figures.low = heard.figures.middle = shapeOf(middle);
+    heard.figures.chordPeak = peakOf(playNote(host, make, {chordKey, 100}, voices));
+    heard.span = loudnessOf(loud) - loudnessOf(soft);
+    heard.dc = dcOf(middle);
+    return heard;
+}
+
+} // namespace
+
+/// All sound at once, none has an offset that counts or clips with a chord, velocity is heard, and
+/// no two are the same.
+TEST(GeneralMidi, KeepsTheFiguresOfItsTable) {
+    TestHost host(256);
+    std::vector<Figures> bank;
+    size_t families = 0;
+    for (const gm::Family& family : gm::allFamilies()) {
+        families++;
+        EXPECT_EQ(family.programs.size(), 8u) << family.name;
+        const bool bass = std::string(family.name) == "Bass";
+        const bool noises = std::string(family.name) == "Sound effects";
+        for (const gm::Program& program : family.programs) {
+            const Heard heard = hear(host.host, family, program);
+            SCOPED_TRACE(program.name);
+            EXPECT_LT(heard.dc, noises ? -20 : -35);
+            EXPECT_GT(heard.span, 15);
+            EXPECT_LT(heard.span, 25);
+            EXPECT_LT(heard.figures.chordPeak, bass ? 3 : 0);
+            bank.push_back(heard.figures);
+        }
+    }
+    EXPECT_EQ(families, 16u);
+    findNearest(bank);
+    std::vector<double> nearest;
+    for (const Figures& f : bank) {
+        EXPECT_GT(f.nearest, 1.5) << f.name << " is " << f.neighbour;
+        nearest.push_back(f.nearest);
+    }
+    std::ranges::sort(nearest);
+    EXPECT_GT(nearest[nearest.size() / 2], 5.0);
+}
