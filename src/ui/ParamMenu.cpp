@@ -1,8 +1,8 @@
 #include "ui/ParamMenu.h"
 
 #include "base/Numbers.h"
-#include "engine/ControlSource.h"
 #include "engine/CQV.h"
+#include "engine/ControlSource.h"
 #include "engine/Macros.h"
 #include "engine/MapEdits.h"
 #include "engine/ValueDoor.h"

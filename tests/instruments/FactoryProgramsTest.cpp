@@ -124,8 +124,8 @@ TEST(FactoryPrograms, KeepTheFiguresOfTheirTable) {
     }
 }
 
-/// The wheel, pressure, brightness and the knobs of each program change what is heard; a wheel at rest, which
-/// keyboards send without being asked, does not.
+/// The wheel, pressure, brightness and the knobs of each program change what is heard; a wheel at
+/// rest, which keyboards send without being asked, does not.
 TEST(FactoryPrograms, FollowTheirControllers) {
     TestHost host(block);
     const GraphMark mark(host.host);
