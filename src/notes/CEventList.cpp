@@ -265,6 +265,10 @@ void CEventList::dropField() {
     NameField::dropLeft(field);
 }
 
+void CEventList::callOff() {
+    if (field) field->callOff();
+}
+
 void CEventList::openField() {
     const EventColumn at = eventColumns(state.part->type)[size_t(column)];
     const Row& row = rows()[size_t(current)];

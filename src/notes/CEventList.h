@@ -39,6 +39,7 @@ public:
 
     void contentChanged(); ///< other events, or none
     void dropField();      ///< one that was left
+    void callOff();        ///< what is being typed is about nothing any more
 
 private:
     struct Row {

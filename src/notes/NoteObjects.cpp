@@ -70,6 +70,10 @@ void NoteObjects::dropField() {
     NameField::dropLeft(field);
 }
 
+void NoteObjects::callOff() {
+    if (field) field->callOff();
+}
+
 void NoteObjects::clicked(CObject* sender) {
     auto* cell = static_cast<CButton*>(static_cast<CCtrl*>(sender));
     if (cell->text.empty()) return;

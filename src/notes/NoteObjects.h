@@ -23,6 +23,7 @@ public:
     void describe(Description& d, int part) const override;
     void refresh();   ///< the selection, or what is selected, has changed
     void dropField(); ///< one that was left
+    void callOff();   ///< what is being typed is about nothing any more
 
 private:
     void rebuild();

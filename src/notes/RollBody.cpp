@@ -124,7 +124,11 @@ bool RollBody::shows(const CPart* wanted) const {
 void RollBody::setPart(CPart* wanted, CTrack* on) {
     if (drags()) win->app->drag.cancel();
     const bool stays = wanted && std::ranges::find(others, wanted) != others.end();
-    if (wanted != part && transform->visible) transformClosed(nullptr);
+    if (wanted != part) {
+        if (transform->visible) transformClosed(nullptr);
+        objects->callOff();
+        list->callOff();
+    }
     part = wanted;
     track = on;
     forgetOthers();

@@ -17,6 +17,7 @@ public:
 
     bool keyDown(int key, int mods) override;
     void setFocus(bool on) override;
+    void callOff() { cancelled = true; } ///< what it is about has gone: `onName` is not called
     /// Deletes a field that has been left and makes the pointer null.
     static void dropLeft(NameField*& field);
 
