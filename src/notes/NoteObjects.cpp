@@ -27,6 +27,7 @@ void NoteObjects::rebuild() {
     partType = state.part->type;
     NameField::dropLeft(field);
     clear();
+    field = nullptr; // it was one of them
     cells.clear();
     int x = gap;
     for (const EventColumn column : noteColumns(partType)) {
