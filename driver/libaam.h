@@ -21,8 +21,8 @@ constexpr int aamMaxEvents = 8192;
 constexpr int aamMinFrames = 1;
 constexpr int aamMaxFrames = 16384;
 
-/// One MIDI message on its way in or out: of a channel, or a short one of the system (clock,
-/// start, song position and their like, but for active sensing).
+/// One MIDI message on its way in or out: of a channel, or a short one of the system such as
+/// clock, start and song position, but for active sensing.
 struct AamEvent {
     int32_t data;  ///< packed: status in the low byte, then the data bytes
     int8_t device; ///< index of the MIDI input or output; going out, -1 means all enabled ones

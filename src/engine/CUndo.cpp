@@ -30,8 +30,9 @@ void CUndoItem::exchangeValues() {
     if (kept) kept->exchange();
 }
 
-void CUndoItem::exchangeName() {
+void CUndoItem::exchangeNotes() {
     if (nameField) std::swap(*nameField, nameValue);
+    if (listField) std::swap(*listField, listValue);
 }
 
 CUndo::CUndo(const CStr& title, CComp* about, const StepEffects& stepEffects)
@@ -107,6 +108,13 @@ CUndoItem* CUndo::asName(CStr* field) {
     CUndoItem* item = newItem(nullptr);
     item->nameField = field;
     item->nameValue = *field;
+    return item;
+}
+
+CUndoItem* CUndo::asNumbers(CObject* object, std::vector<int>* field) {
+    CUndoItem* item = newItem(object);
+    item->listField = field;
+    item->listValue = *field;
     return item;
 }
 

@@ -52,6 +52,8 @@ public:
     float floatValue = 0.0f;
     CStr* nameField = nullptr;
     CStr nameValue;
+    std::vector<int>* listField = nullptr; ///< of `object`
+    std::vector<int> listValue;
     std::unique_ptr<KeptValue> kept; ///< of a value of the user, or null
     int tag = 0;                     ///< for `CComp::perform`
     int* number = nullptr;           ///< of `object`: grows by `growth`
@@ -73,8 +75,8 @@ public:
     bool held() const { return !holding.empty(); }
     /// Exchanges the stored values with those of the fields.
     void exchangeValues();
-    /// The same for the name. Interface thread, which is the only one that reads names.
-    void exchangeName();
+    /// The same for the name and the list of numbers. Interface thread, which alone reads them.
+    void exchangeNotes();
 };
 
 /// An edit, recorded by the interface thread and carried out at the end of a block. Record makers
@@ -124,8 +126,10 @@ public:
     CUndoItem* asPtr(void** field);
     CUndoItem* asInt(int* field);
     CUndoItem* asFloat(float* field);
-    /// The same for a name, which changes a little later, with the interface's share of the step.
+    /// The same for a name, or for numbers of an object that nobody else reads, which change a
+    /// little later, with the interface's share of the step.
     CUndoItem* asName(CStr* field);
+    CUndoItem* asNumbers(CObject* object, std::vector<int>* field);
     /// Content of `object` is exchanged with `edited`, which the item owns from now on.
     CUndoItem* asSwap(CUndoContent* object, CUndoContent* edited);
     /// A number of an object, which outlives the step, grows by so much when it is carried out.

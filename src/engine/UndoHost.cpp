@@ -192,10 +192,10 @@ void UndoHost::settleStep() {
     if (u->effects.song) eachSequencer(qv, [](CComp* seq) { seq->doUpdate(CComp::updateSong); });
     for (auto* item : u->items) {
         settleComp(item, runningOp != opUndone);
-        if (runningOp == opRedone) item->exchangeName();
+        if (runningOp == opRedone) item->exchangeNotes();
     }
     if (runningOp != opUndone) return;
-    for (CUndoItem* item = u->lastItem; item; item = item->previous) item->exchangeName();
+    for (CUndoItem* item = u->lastItem; item; item = item->previous) item->exchangeNotes();
 }
 
 void UndoHost::settleComp(CUndoItem* item, bool forward) {

@@ -117,7 +117,7 @@ void WaveBody::followSample() {
         axis = known->second.axis;
     if (after) {
         setPlaces(after->range, after->marks);
-        keepMarks();
+        if (now) clip()->sample->marks = marks; // came with the file, and goes with it
         after.reset();
     } else {
         setPlaces(range, now ? now->marks : std::vector<int>());

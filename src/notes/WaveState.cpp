@@ -189,10 +189,7 @@ void WaveState::eachBeat(int fromX, int toX,
 }
 
 void WaveState::keepMarks() {
-    CSample* marked = clip() ? clip()->sample : nullptr;
-    if (!marked || marked->marks == marks) return;
-    marked->marks = marks;
-    workspace.host()->setModified();
+    setMarks(seq(), place(), marks);
     shownChanged();
 }
 

@@ -72,7 +72,7 @@ public:
     void eachBeat(int fromX, int toX,
                   const std::function<void(int x, int bar, int beat)>& visit) const;
 
-    void keepMarks(); ///< they were changed: the song keeps them with the sample
+    void keepMarks(); ///< they were changed: a step, and the song keeps them with the sample
 
     void setRange(int from, int to); ///< in either order, cut to the sample; the second one moves
     int movingEnd() const { return forward ? range.to : range.from; }

@@ -220,3 +220,12 @@ CStr pasteOverFrames(CSeq* seq, const ClipPlace& place, const FrameRange& asked)
     return replace(seq, place, "Paste", frames,
                    {source->sample, {source->start, saturate(int64_t(source->end) + 1)}});
 }
+
+void setMarks(CSeq* seq, const ClipPlace& place, std::vector<int> marks) {
+    CSample* sample = place.clip() ? place.clip()->sample : nullptr;
+    if (!sample || sample->marks == marks) return;
+    CUndo* undo = seq->host->undoStart("Marks", seq, {.seq = SeqNotice::parts});
+    undo->asNumbers(sample, &sample->marks);
+    sample->marks = std::move(marks);
+    seq->host->undoEnd(undo, false);
+}

@@ -3,6 +3,8 @@
 #include "base/CStr.h"
 #include "sequencer/edit/PartRange.h"
 
+#include <vector>
+
 class CPart;
 class CSample;
 class CSeq;
@@ -39,3 +41,5 @@ void copyFrames(CSeq* seq, const ClipPlace& place, const FrameRange& frames);
 CStr pasteOverFrames(CSeq* seq, const ClipPlace& place, const FrameRange& frames);
 /// How many frames that would be; 0 when the clipboard has no such clip.
 int framesToPaste(CSeq* seq);
+/// The frames stay: one step, "Marks", of where the user has marked them, rising.
+void setMarks(CSeq* seq, const ClipPlace& place, std::vector<int> marks);
