@@ -344,6 +344,10 @@ TEST_F(TimelineTest, TheObjectBarTellsSingleEvents) {
         e->flags = chosen ? eventSelected : 0;
         return e;
     };
+    CMIDIEvent* program = createMIDIEvent(); // selected as well, but no note
+    program->data = asData(midiProgram, 5, 0);
+    program->flags = eventSelected;
+    notes->addEvent(0, program);
     notes->addEvent(960, note(61, true));
     notes->addEvent(1920, note(64, false));
     CDrumEvent* hit = createDrumEvent();
@@ -364,7 +368,7 @@ TEST_F(TimelineTest, TheObjectBarTellsSingleEvents) {
     key("Return");
     typeOver("0.1");
     EXPECT_TRUE(pumpUntil([&] {
-        auto* first = static_cast<CMIDIEvent*>(part(0, 0)->getEvents());
+        auto* first = static_cast<CMIDIEvent*>(part(0, 0)->getEvents()->next);
         return first->length == 960 && static_cast<CMIDIEvent*>(first->next)->length == 480;
     }));
     seq()->unselectParts();
