@@ -55,3 +55,21 @@ public:
 private:
     const std::string locale;
 };
+
+/// Calls somebody else's code: what it throws ends here. False where it has thrown.
+template <class F>
+bool contained(F&& call) {
+    try {
+        call();
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+/// The same for a call that is like opening something. Not while rendering.
+template <class F>
+bool guarded(F&& call) {
+    const ForeignOpening foreign;
+    return contained(call);
+}

@@ -87,12 +87,13 @@ public:
     virtual void setParam(int index, float share) = 0; ///< any thread, as the next
     virtual float param(int index) = 0;
 
-    virtual int numPrograms() const = 0;
-    virtual int program() = 0;
-    virtual void setProgram(int index) = 0;
-    virtual CStr programName(int index) = 0;
-    virtual CStr currentProgramName() = 0;
-    virtual void renameProgram(const CStr& name) = 0; ///< the current one
+    // Many formats have no programs, or some that cannot be renamed.
+    virtual int numPrograms() const { return 0; }
+    virtual int program() { return 0; }
+    virtual void setProgram(int /*index*/) {}
+    virtual CStr programName(int /*index*/) { return ""; }
+    virtual CStr currentProgramName() { return programName(program()); }
+    virtual void renameProgram(const CStr& /*name*/) {} ///< the current one
 
     virtual bool hasChunks() const = 0;
     virtual Bytes chunk(bool whole) = 0; ///< of all programs, or of the current one
@@ -124,4 +125,13 @@ public:
     virtual bool failed() const { return false; } ///< that process has ended: it plays nothing
     virtual CStr whyFailed() const { return ""; }
     virtual void restart() {} ///< after it has failed: loads it anew
+
+protected:
+    bool isParam(int index) const { return index >= 0 && index < numParams(); }
+    /// False, with `why`, for a number of pins that nothing here has room for.
+    static bool pinsFit(int in, int out, CStr& why) {
+        if (in >= 0 && in <= mostPins && out >= 0 && out <= mostPins) return true;
+        why = "The plug-in has more than 128 inputs or outputs.";
+        return false;
+    }
 };

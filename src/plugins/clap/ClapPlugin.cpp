@@ -1,7 +1,6 @@
 #include "plugins/clap/ClapPlugin.h"
 
 #include "base/Numbers.h"
-#include "plugins/ForeignCall.h"
 #include "plugins/StateText.h"
 #include "plugins/TextHash.h"
 #include "plugins/clap/ClapLibrary.h"
@@ -9,7 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -17,9 +15,8 @@ using namespace clapabi;
 
 namespace {
 
-constexpr size_t longestText = 255, mostNotes = 1024;
+constexpr size_t longestText = 255;
 constexpr const char* stateFormat = "CLAP";
-constexpr uint32_t mostPorts = 64, mostParams = 16384;
 
 /// The plug-in that the calling thread renders.
 thread_local const ClapPlugin* renderedHere = nullptr;
@@ -40,16 +37,6 @@ CStr textOf(const char* text) {
     return text ? CStr(text, strnlen(text, longestText)).trim() : CStr();
 }
 
-/// Calls somebody else's code: what it throws ends here. Not while rendering.
-template <class F>
-void guarded(F&& call) {
-    const ForeignOpening foreign;
-    try {
-        call();
-    } catch (...) { // NOLINT(bugprone-empty-catch): it stays as far as it came
-    }
-}
-
 } // namespace
 
 bool ClapPlugin::onAudio() const {
@@ -59,12 +46,7 @@ bool ClapPlugin::onAudio() const {
 // Loading.
 
 std::unique_ptr<ClapPlugin> ClapPlugin::load(const PluginFile& file, PluginHost& host, CStr& why) {
-    const KeepSignals signals;
-    std::unique_ptr<ClapPlugin> made(new ClapPlugin(host));
-    bool good = false;
-    why = "The plug-in does not start.";
-    guarded([&] { good = made->start(file, why); });
-    return good ? std::move(made) : nullptr;
+    return started(std::unique_ptr<ClapPlugin>(new ClapPlugin(host)), file, why);
 }
 
 std::vector<CStr> ClapPlugin::inside(const CStr& file, CStr& why) {
@@ -77,8 +59,7 @@ std::vector<CStr> ClapPlugin::inside(const CStr& file, CStr& why) {
     return found;
 }
 
-ClapPlugin::ClapPlugin(PluginHost& answers) : host(answers) {
-    notes.reserve(mostNotes);
+ClapPlugin::ClapPlugin(PluginHost& answers) : PortPlugin(answers) {
     ClapOffers::fill(offered, this);
     outEvents = {this, [](const OutEvents* to, const EventHeader* event) {
                      if (!event || event->space != 0) return false;
@@ -103,9 +84,7 @@ bool ClapPlugin::start(const PluginFile& file, CStr& why) {
     drawn = guiExt && guiExt->isSupported(plugin, x11Api, false);
     readPorts();
     readParams();
-    if (pinsFit()) return true;
-    why = "The plug-in has more than 128 inputs or outputs.";
-    return false;
+    return pinsFit(inputs(), outputs(), why);
 }
 
 void ClapPlugin::readPorts() {
@@ -135,10 +114,12 @@ void ClapPlugin::readParams() {
         ParamInfo info{};
         if (!paramsExt->info(plugin, i, &info)) continue;
         if (info.flags & (paramHidden | paramReadOnly)) continue;
-        Param p{info.id, info.cookie, textOf(info.name), {}, info.usual};
-        p.range.low = info.low;
-        p.range.high = info.high;
-        p.range.whole = info.flags & paramStepped;
+        Param p;
+        p.id = info.id;
+        p.name = textOf(info.name);
+        p.range = {info.low, info.high, false, (info.flags & paramStepped) != 0};
+        p.usual = info.usual;
+        p.cookie = info.cookie;
         params.push_back(std::move(p));
     }
     values.start(params.size());
@@ -180,31 +161,7 @@ bool ClapPlugin::isInstrument() const {
     return false;
 }
 
-int ClapPlugin::pinsOf(const std::vector<int>& ports) {
-    int pins = 0;
-    for (const int channels : ports) pins += channels;
-    return pins;
-}
-
-bool ClapPlugin::stereoPair(bool input, int index) {
-    int first = 0;
-    for (const int channels : input ? portsIn : portsOut) {
-        if (index == first && channels == 2) return true;
-        first += channels;
-    }
-    return false;
-}
-
 // Parameters.
-
-int ClapPlugin::paramOf(Id wanted) const {
-    const auto at = std::ranges::find(params, wanted, &Param::id);
-    return at == params.end() ? -1 : int(at - params.begin());
-}
-
-CStr ClapPlugin::paramName(int index) {
-    return isParam(index) ? params[size_t(index)].name : CStr();
-}
 
 CStr ClapPlugin::paramText(int index) {
     if (!isParam(index)) return "";
@@ -216,15 +173,6 @@ CStr ClapPlugin::paramText(int index) {
     guarded([&] { good = paramsExt->text(plugin, p.id, value, text, uint32_t(longestText)); });
     text[room - 1] = 0;
     return good ? textOf(text) : asStrFormat(value, "%.2f");
-}
-
-void ClapPlugin::setParam(int index, float share) {
-    if (!isParam(index)) return;
-    values.set(size_t(index), params[size_t(index)].range.value(share));
-}
-
-float ClapPlugin::param(int index) {
-    return isParam(index) ? params[size_t(index)].range.share(values.of(size_t(index))) : 0.0f;
 }
 
 /// The values that it does not know yet, as events.
@@ -273,9 +221,8 @@ void ClapPlugin::take(const EventHeader* event) {
     case eventNoteOn:
     case eventNoteOff: {
         const auto* note = reinterpret_cast<const NoteEvent*>(event);
-        const int status = (event->type == eventNoteOn ? 0x90 : 0x80) | (note->channel & 0xf);
-        const int velocity = std::clamp(asRound(note->velocity * 127.0), 0, 127);
-        host.sendMidi(int(event->time), status | (note->key & 0x7f) << 8 | velocity << 16);
+        sendNote(int(event->time), event->type == eventNoteOn, note->channel, note->key,
+                 note->velocity);
         return;
     }
     default:
@@ -287,9 +234,7 @@ void ClapPlugin::take(const EventHeader* event) {
 
 ClapPlugin::Bytes ClapPlugin::chunk(bool) {
     StateText text;
-    for (size_t i = 0; i < params.size(); i++)
-        if (!stateExt || values.waits(i))
-            text.values.emplace_back(std::to_string(params[i].id), values.of(i));
+    keepValues(text, !stateExt);
     if (stateExt) {
         const OutStream to = {
             &text.own, [](const OutStream* stream, const void* data, uint64_t size) {
@@ -328,32 +273,12 @@ bool ClapPlugin::setChunk(const Bytes& data, bool) {
             readValues();
         });
     }
-    for (const auto& [name, value] : text->values) {
-        const int at = paramOf(Id(std::strtoul(name.c_str(), nullptr, 10)));
-        if (at >= 0 && std::isfinite(value)) values.set(size_t(at), value);
-    }
+    setKept(*text);
     flush();
     return good;
 }
 
 // Running.
-
-void ClapPlugin::setRate(double to) {
-    if (to == rate) return;
-    rate = to;
-    if (active) restart();
-}
-
-void ClapPlugin::setBlock(int frames) {
-    if (frames == block) return;
-    block = frames;
-    if (active) restart();
-}
-
-void ClapPlugin::setRunning(bool on) {
-    wantsRunning = on;
-    guarded([this, on] { on ? activate() : deactivate(); });
-}
 
 void ClapPlugin::activate() {
     if (active) return;
@@ -373,17 +298,9 @@ void ClapPlugin::deactivate() {
     active = false;
 }
 
-void ClapPlugin::restart() {
-    guarded([this] {
-        deactivate();
-        readPorts();
-        if (wantsRunning && pinsFit()) activate();
-    });
-}
-
 void ClapPlugin::idle() {
     if (restartAsked.exchange(false)) {
-        host.betweenBlocks([this] { restart(); });
+        host.betweenBlocks([this] { renew(); });
         host.channelsChanged();
     }
     if (paramsAsked.exchange(false)) {
@@ -443,10 +360,6 @@ void ClapPlugin::closeEditor() {
 
 // Sound.
 
-void ClapPlugin::addMidi(int frame, int data) {
-    if (notes.size() < mostNotes) notes.push_back({frame, data});
-}
-
 void ClapPlugin::connect(std::vector<AudioBuffer>& buffers, const std::vector<int>& ports,
                          float** pins) {
     for (size_t i = 0; i < buffers.size(); i++) {
@@ -495,12 +408,10 @@ bool ClapPlugin::process(float** in, float** out, int frames) {
                           events.list(),
                           &outEvents};
     bool whole = false;
-    try {
+    contained([&] {
         if (!processing) processing = plugin->startProcessing(plugin);
         whole = processing && plugin->process(plugin, &call) != processError;
-    } catch (...) {
-        whole = false;
-    }
+    });
     framesDone = framesDone + frames;
     return whole;
 }

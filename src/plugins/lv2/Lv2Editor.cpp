@@ -123,12 +123,10 @@ bool Lv2Editor::start(const LV2UI_Descriptor* made, const std::string& folder,
         static_cast<Lv2Editor*>(of)->write(port, size, protocol, data);
     };
     const char* uri = lilv_node_as_uri(lilv_plugin_get_uri(plugin.plugin));
-    try {
+    contained([&] {
         handle = descriptor->instantiate(descriptor, uri, folder.c_str(), writes, this, &widget,
                                          list.data());
-    } catch (...) {
-        handle = nullptr;
-    }
+    });
     opening = false;
     if (!handle) return false;
     if (descriptor->extension_data)
@@ -143,12 +141,8 @@ bool Lv2Editor::start(const LV2UI_Descriptor* made, const std::string& folder,
 Lv2Editor::~Lv2Editor() {
     plugin.watched = false;
     if (!handle || !descriptor->cleanup) return;
-    const ForeignOpening foreign;
     const KeepSignals signals;
-    try {
-        descriptor->cleanup(handle);
-    } catch (...) { // NOLINT(bugprone-empty-catch): it ends in any case
-    }
+    guarded([this] { descriptor->cleanup(handle); });
 }
 
 void Lv2Editor::write(uint32_t port, uint32_t size, uint32_t protocol, const void* data) {
@@ -178,20 +172,20 @@ void Lv2Editor::showFloat(uint32_t port, float value, float& shown) {
     descriptor->port_event(handle, port, sizeof value, 0, &value);
 }
 
+void Lv2Editor::showAll() {
+    for (size_t i = 0; i < shownParams.size(); i++)
+        showFloat(plugin.ports.params[i].port, plugin.wanted[i], shownParams[i]);
+    for (size_t i = 0; i < shownMeters.size(); i++)
+        showFloat(plugin.ports.shown[i], plugin.meters[i], shownMeters[i]);
+    uint32_t port = 0;
+    while (plugin.toEditor.pop(port, room))
+        descriptor->port_event(handle, port, uint32_t(room.size()), plugin.eventTransfer,
+                               room.data());
+}
+
 void Lv2Editor::idle() {
-    const ForeignOpening foreign;
-    try {
-        if (descriptor->port_event) {
-            for (size_t i = 0; i < shownParams.size(); i++)
-                showFloat(plugin.ports.params[i].port, plugin.wanted[i], shownParams[i]);
-            for (size_t i = 0; i < shownMeters.size(); i++)
-                showFloat(plugin.ports.shown[i], plugin.meters[i], shownMeters[i]);
-            uint32_t port = 0;
-            while (plugin.toEditor.pop(port, room))
-                descriptor->port_event(handle, port, uint32_t(room.size()), plugin.eventTransfer,
-                                       room.data());
-        }
+    guarded([this] { // after a throw it goes on with the next pass
+        if (descriptor->port_event) showAll();
         if (idling && idling->idle) idling->idle(handle);
-    } catch (...) { // NOLINT(bugprone-empty-catch): it goes on with the next pass
-    }
+    });
 }

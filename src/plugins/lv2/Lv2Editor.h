@@ -31,6 +31,7 @@ private:
     bool start(const LV2UI_Descriptor* made, const std::string& folder, unsigned long window);
     void write(uint32_t port, uint32_t size, uint32_t protocol, const void* data);
     void touch(uint32_t port, bool grabbed);
+    void showAll();
     void showFloat(uint32_t port, float value, float& shown);
 
     Lv2Plugin& plugin;

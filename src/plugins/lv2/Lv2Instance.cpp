@@ -1,6 +1,7 @@
 #include "plugins/lv2/Lv2Instance.h"
 
 #include "base/Messages.h"
+#include "plugins/ForeignCall.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -53,11 +54,9 @@ std::unique_ptr<Lv2Instance> Lv2Instance::make(Lv2World& world, const LilvPlugin
                                                const Lv2Ports& ports, double rate, int frames,
                                                CStr& why) {
     std::unique_ptr<Lv2Instance> made(new Lv2Instance(world, ports, rate, frames));
-    try {
+    contained([&] {
         made->instance.reset(lilv_plugin_instantiate(plugin, rate, made->features.data()));
-    } catch (...) {
-        made->instance = nullptr;
-    }
+    });
     if (!made->instance) {
         why = "The plug-in does not start.";
         return nullptr;
@@ -84,10 +83,7 @@ Lv2Instance::Lv2Instance(Lv2World& world, const Lv2Ports& ports, double rate, in
 }
 
 Lv2Instance::~Lv2Instance() {
-    try {
-        setRunning(false);
-    } catch (...) { // NOLINT(bugprone-empty-catch): it ends in any case
-    }
+    contained([this] { setRunning(false); });
 }
 
 void Lv2Instance::fillFeatures(Lv2World& world) {

@@ -103,10 +103,7 @@ Lv2Plugin::Lv2Plugin(std::shared_ptr<Lv2World> of, const LilvPlugin* p, PluginHo
 bool Lv2Plugin::make(double rate, int frames, CStr& why) {
     ports = {};
     if (!ports.read(*world, plugin, rate, why)) return false;
-    if (ports.audioIn.size() > mostPins || ports.audioOut.size() > mostPins) {
-        why = "The plug-in has more than 128 inputs or outputs.";
-        return false;
-    }
+    if (!pinsFit(int(ports.audioIn.size()), int(ports.audioOut.size()), why)) return false;
     wanted.resize(ports.params.size());
     meters.resize(ports.shown.size());
     instance = Lv2Instance::make(*world, plugin, ports, rate, frames, why);
@@ -147,12 +144,8 @@ void Lv2Plugin::setBlock(int frames) {
 }
 
 void Lv2Plugin::setRunning(bool on) {
-    const ForeignOpening foreign;
     running = on;
-    try {
-        if (instance) instance->setRunning(on);
-    } catch (...) { // NOLINT(bugprone-empty-catch): it stays as it is
-    }
+    if (instance) guarded([this, on] { instance->setRunning(on); });
 }
 
 // What it is.
@@ -248,23 +241,22 @@ void Lv2Plugin::give(const LilvState* state) {
                         uint32_t type) {
         static_cast<Lv2Plugin*>(of)->setValue(symbol, value, size, type);
     };
-    try {
+    contained([&] { // it stays as far as it came
         lilv_state_restore(state, instance->get(), set, this, 0, instance->forState());
-    } catch (...) { // NOLINT(bugprone-empty-catch): it stays as far as it came
-    }
+    });
 }
 
 Lilv<LilvState> Lv2Plugin::ownState() {
     const auto none = [](const char*, void*, uint32_t*, uint32_t*) -> const void* {
         return nullptr;
     };
-    try {
-        return Lilv<LilvState>(lilv_state_new_from_instance(
+    Lilv<LilvState> found;
+    contained([&] {
+        found.reset(lilv_state_new_from_instance(
             plugin, instance->get(), &world->urids.map, nullptr, nullptr, nullptr, nullptr, none,
             this, LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE, instance->forState()));
-    } catch (...) {
-        return nullptr;
-    }
+    });
+    return found;
 }
 
 Plugin::Bytes Lv2Plugin::chunk(bool) {
@@ -368,11 +360,8 @@ bool Lv2Plugin::process(float** in, float** out, int frames) {
     const ForeignCall foreign;
     for (size_t i = 0; i < wanted.size(); i++) instance->control(ports.params[i].port) = wanted[i];
     fillEvents(frames);
-    try {
-        instance->run(ports, in, out, frames, host.level() == PluginLevel::offline);
-    } catch (...) {
-        return false;
-    }
+    const bool offline = host.level() == PluginLevel::offline;
+    if (!contained([&] { instance->run(ports, in, out, frames, offline); })) return false;
     takeEvents();
     for (size_t i = 0; i < meters.size(); i++) meters[i] = instance->control(ports.shown[i]);
     if (ports.latencyPort >= 0) {

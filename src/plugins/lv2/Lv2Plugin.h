@@ -38,8 +38,6 @@ public:
     int program() override { return current; }
     void setProgram(int index) override;
     CStr programName(int index) override;
-    CStr currentProgramName() override { return programName(current); }
-    void renameProgram(const CStr&) override {} ///< they are the bundle's
     bool hasChunks() const override { return true; }
     Bytes chunk(bool whole) override;
     bool setChunk(const Bytes& data, bool whole) override;
@@ -63,7 +61,6 @@ private:
 
     Lv2Plugin(std::shared_ptr<Lv2World> of, const LilvPlugin* plugin, PluginHost& answers);
 
-    bool isParam(int index) const { return index >= 0 && index < numParams(); }
     float valueOf(int index) const { return wanted[size_t(index)]; }
     void setValue(const char* symbol, const void* value, uint32_t size, uint32_t type);
     void setUsual();

@@ -1,6 +1,7 @@
 #include "plugins/lv2/Lv2Worker.h"
 
 #include "base/Futex.h"
+#include "plugins/ForeignCall.h"
 
 namespace {
 
@@ -59,10 +60,7 @@ void Lv2Worker::serve() {
         const int rung = bell.loadAcquire();
         uint32_t kind = 0;
         if (asked.pop(kind, message)) {
-            try {
-                work(uint32_t(message.size()), message.data());
-            } catch (...) { // NOLINT(bugprone-empty-catch): the plug-in gets no answer
-            }
+            contained([&] { work(uint32_t(message.size()), message.data()); });
         } else {
             futexWait(bell, rung, pauseMs);
         }

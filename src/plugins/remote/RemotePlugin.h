@@ -80,7 +80,6 @@ private:
     static float* soundOf(PluginRoom& of) { return reinterpret_cast<float*>(&of + 1); }
     static int pins(int count);
     bool has(int flag) const { return (facts.flags & flag) != 0; }
-    bool isParam(int index) const { return index >= 0 && index < numParams(); }
     bool moveIn(CStr& why);
     void takeRoom();
     HelperMessage loading() const;

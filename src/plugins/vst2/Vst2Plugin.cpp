@@ -26,11 +26,9 @@ Entry entryOf(void* library) {
 }
 
 Effect* makeEffect(Entry entry) {
-    try {
-        return entry(&Vst2Plugin::answer);
-    } catch (...) {
-        return nullptr;
-    }
+    Effect* made = nullptr;
+    contained([&] { made = entry(&Vst2Plugin::answer); });
+    return made;
 }
 
 } // namespace
@@ -75,10 +73,7 @@ std::unique_ptr<Vst2Plugin> Vst2Plugin::load(const CStr& path, PluginHost& host,
         why = "The plug-in does not start.";
     else if (made->magic != effectMagic || !made->dispatcher)
         why = "The plug-in is damaged.";
-    else if (made->numInputs > mostPins || made->numOutputs > mostPins || made->numInputs < 0 ||
-             made->numOutputs < 0)
-        why = "The plug-in has more than 128 inputs or outputs.";
-    else
+    else if (pinsFit(made->numInputs, made->numOutputs, why))
         return std::unique_ptr<Vst2Plugin>(new Vst2Plugin(made, host));
     return nullptr;
 }
@@ -99,12 +94,9 @@ Vst2Plugin::~Vst2Plugin() {
 // Calls to the effect.
 
 intptr_t Vst2Plugin::call(int32_t opcode, int32_t index, intptr_t value, void* data, float number) {
-    const ForeignOpening foreign;
-    try {
-        return effect->dispatcher(effect, opcode, index, value, data, number);
-    } catch (...) {
-        return 0;
-    }
+    intptr_t told = 0;
+    guarded([&] { told = effect->dispatcher(effect, opcode, index, value, data, number); });
+    return told;
 }
 
 CStr Vst2Plugin::text(int32_t opcode, int32_t index) {
@@ -141,32 +133,26 @@ bool Vst2Plugin::stereoPair(bool input, int index) {
 }
 
 CStr Vst2Plugin::paramName(int index) {
-    return index >= 0 && index < numParams() ? text(effGetParamName, index) : CStr();
+    return isParam(index) ? text(effGetParamName, index) : CStr();
 }
 
 CStr Vst2Plugin::paramText(int index) {
-    if (index < 0 || index >= numParams()) return "";
+    if (!isParam(index)) return "";
     return (text(effGetParamDisplay, index) + " " + text(effGetParamLabel, index)).trim();
 }
 
 void Vst2Plugin::setParam(int index, float share) {
-    if (index < 0 || index >= numParams() || !effect->setParameter) return;
+    if (!isParam(index) || !effect->setParameter) return;
     const ForeignCall foreign;
-    try {
-        effect->setParameter(effect, index, share);
-    } catch (...) { // NOLINT(bugprone-empty-catch): the value stays as it is
-    }
+    contained([&] { effect->setParameter(effect, index, share); });
 }
 
 float Vst2Plugin::param(int index) {
-    if (index < 0 || index >= numParams() || !effect->getParameter) return 0.0f;
+    if (!isParam(index) || !effect->getParameter) return 0.0f;
     const ForeignCall foreign;
-    try {
-        const float share = effect->getParameter(effect, index);
-        return std::isfinite(share) ? share : 0.0f;
-    } catch (...) {
-        return 0.0f;
-    }
+    float share = 0.0f;
+    contained([&] { share = effect->getParameter(effect, index); });
+    return std::isfinite(share) ? share : 0.0f;
 }
 
 int Vst2Plugin::program() {
@@ -207,14 +193,10 @@ Plugin::Bytes Vst2Plugin::chunk(bool whole) {
 bool Vst2Plugin::setChunk(const Bytes& data, bool whole) {
     Bytes closed = data; // some read on to a zero that is not theirs
     closed.push_back(0);
-    const ForeignOpening foreign;
-    try {
+    return guarded([&] {
         effect->dispatcher(effect, effSetChunk, whole ? 0 : 1, intptr_t(data.size()), closed.data(),
                            0.0f);
-        return true;
-    } catch (...) {
-        return false;
-    }
+    });
 }
 
 void Vst2Plugin::setRate(double rate) {
@@ -273,16 +255,13 @@ bool Vst2Plugin::process(float** in, float** out, int frames) {
     const ForeignCall foreign;
     Events* list = events->head();
     rendering = true;
-    bool whole = true;
-    try {
+    const bool whole = contained([&] {
         effect->dispatcher(effect, effProcessEvents, 0, 0, list, 0.0f);
         const vst2::Process run = has(canReplace) && effect->processReplacing
                                       ? effect->processReplacing
                                       : effect->process;
         if (run) run(effect, in, out, frames);
-    } catch (...) {
-        whole = false;
-    }
+    });
     rendering = false;
     list->numEvents = 0;
     return whole;

@@ -26,12 +26,11 @@ std::unique_ptr<Vst3Editor> Vst3Editor::open(Controller& controller, PluginHost&
 }
 
 Vst3Editor::~Vst3Editor() {
-    try {
+    contained([this] {
         if (attached) view->removed();
         view->setFrame(nullptr);
         view->release();
-    } catch (...) { // NOLINT(bugprone-empty-catch): it ends in any case
-    }
+    });
 }
 
 CPoint Vst3Editor::size() const {

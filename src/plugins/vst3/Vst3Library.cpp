@@ -1,6 +1,7 @@
 #include "plugins/vst3/Vst3Library.h"
 
 #include "base/Paths.h"
+#include "plugins/ForeignCall.h"
 #include "plugins/PluginFile.h"
 
 #include <algorithm>
@@ -48,14 +49,12 @@ bool Vst3Library::open(const CStr& bundle, CStr& why) {
         why = dlerror();
         return false;
     }
-    try {
+    contained([&] {
         if (const auto known = begun.find(library); known != begun.end())
             factory = known->second;
         else
             factory = begun[library] = begin(library);
-    } catch (...) {
-        factory = nullptr;
-    }
+    });
     if (!factory) why = "It is no VST 3 plug-in.";
     return factory != nullptr;
 }

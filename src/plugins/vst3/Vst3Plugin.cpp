@@ -1,7 +1,6 @@
 #include "plugins/vst3/Vst3Plugin.h"
 
 #include "base/Numbers.h"
-#include "plugins/ForeignCall.h"
 #include "plugins/StateText.h"
 #include "plugins/TextHash.h"
 #include "plugins/vst3/Vst3Editor.h"
@@ -9,7 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -17,8 +15,6 @@ using namespace vst3;
 
 namespace {
 
-constexpr int32_t mostBuses = 64, mostParams = 16384;
-constexpr size_t mostNotes = 1024;
 constexpr const char* stateFormat = "VST 3";
 
 /// Of 16-bit units; what is not plain is a question mark.
@@ -29,16 +25,6 @@ CStr textOf(const Text& text) {
         made += unit >= ' ' && unit < 127 ? char(unit) : unit == 0xb0 ? 'o' : '?';
     }
     return CStr(made.c_str()).trim();
-}
-
-/// Calls somebody else's code: what it throws ends here. Not while rendering.
-template <class F>
-void guarded(F&& call) {
-    const ForeignOpening foreign;
-    try {
-        call();
-    } catch (...) { // NOLINT(bugprone-empty-catch): it stays as far as it came
-    }
 }
 
 template <class T>
@@ -53,12 +39,7 @@ T* ask(Unknown* object) {
 // Loading.
 
 std::unique_ptr<Vst3Plugin> Vst3Plugin::load(const PluginFile& file, PluginHost& host, CStr& why) {
-    const KeepSignals signals;
-    std::unique_ptr<Vst3Plugin> made(new Vst3Plugin(host));
-    bool good = false;
-    why = "The plug-in does not start.";
-    guarded([&] { good = made->start(file, why); });
-    return good ? std::move(made) : nullptr;
+    return started(std::unique_ptr<Vst3Plugin>(new Vst3Plugin(host)), file, why);
 }
 
 std::vector<CStr> Vst3Plugin::inside(const CStr& file, CStr& why) {
@@ -73,8 +54,7 @@ std::vector<CStr> Vst3Plugin::inside(const CStr& file, CStr& why) {
     return found;
 }
 
-Vst3Plugin::Vst3Plugin(PluginHost& answers) : host(answers) {
-    notes.reserve(mostNotes);
+Vst3Plugin::Vst3Plugin(PluginHost& answers) : PortPlugin(answers) {
 }
 
 bool Vst3Plugin::start(const PluginFile& file, CStr& why) {
@@ -102,13 +82,11 @@ bool Vst3Plugin::start(const PluginFile& file, CStr& why) {
     }
     rate = host.sampleRate();
     block = host.blockFrames();
-    readBuses();
+    readPorts();
     readParams();
     readControls();
     drawn = Vst3Editor::works(*controller);
-    if (pinsFit()) return true;
-    why = "The plug-in has more than 128 inputs or outputs.";
-    return false;
+    return pinsFit(inputs(), outputs(), why);
 }
 
 /// In many it is an object of a class of its own, in others the component itself.
@@ -134,11 +112,12 @@ void Vst3Plugin::joinHalves(bool on) {
         if (one) one->release();
 }
 
-void Vst3Plugin::readBuses() {
+void Vst3Plugin::readPorts() {
     for (const int32_t direction : {input, output}) {
-        std::vector<int>& channels = direction == input ? busesIn : busesOut;
+        std::vector<int>& channels = direction == input ? portsIn : portsOut;
         channels.clear();
-        const int32_t count = std::min(component->busCount(mediaAudio, direction), mostBuses);
+        const int32_t count =
+            std::min(component->busCount(mediaAudio, direction), int32_t(mostPorts));
         for (int32_t i = 0; i < count; i++) {
             BusInfo info{};
             const bool told = component->busInfo(mediaAudio, direction, i, &info) == ok;
@@ -154,13 +133,17 @@ void Vst3Plugin::readBuses() {
 
 void Vst3Plugin::readParams() {
     params.clear();
-    const int32_t count = std::min(controller->paramCount(), mostParams);
+    const int32_t count = std::min(controller->paramCount(), int32_t(mostParams));
     for (int32_t i = 0; i < count; i++) {
         ParamInfo info{};
         if (controller->paramInfo(i, &info) != ok || info.flags & (paramHidden | paramReadOnly))
             continue;
-        params.push_back(
-            {info.id, textOf(info.title), textOf(info.units), (info.flags & paramProgram) != 0});
+        Param p;
+        p.id = info.id;
+        p.name = textOf(info.title);
+        p.unit = textOf(info.units);
+        p.program = (info.flags & paramProgram) != 0;
+        params.push_back(std::move(p));
     }
     values.start(params.size());
     shown.assign(params.size(), 0.0);
@@ -210,33 +193,7 @@ Vst3Plugin::~Vst3Plugin() {
     });
 }
 
-// What it is.
-
-int Vst3Plugin::pinsOf(const std::vector<int>& buses) {
-    int pins = 0;
-    for (const int channels : buses) pins += channels;
-    return pins;
-}
-
-bool Vst3Plugin::stereoPair(bool input, int index) {
-    int first = 0;
-    for (const int channels : input ? busesIn : busesOut) {
-        if (index == first && channels == 2) return true;
-        first += channels;
-    }
-    return false;
-}
-
 // Parameters.
-
-int Vst3Plugin::paramOf(ParamId wanted) const {
-    const auto at = std::ranges::find(params, wanted, &Param::id);
-    return at == params.end() ? -1 : int(at - params.begin());
-}
-
-CStr Vst3Plugin::paramName(int index) {
-    return isParam(index) ? params[size_t(index)].name : CStr();
-}
 
 CStr Vst3Plugin::paramText(int index) {
     if (!isParam(index)) return "";
@@ -253,13 +210,8 @@ CStr Vst3Plugin::paramText(int index) {
 }
 
 void Vst3Plugin::setParam(int index, float share) {
-    if (!isParam(index)) return;
-    values.set(size_t(index), std::clamp(double(share), 0.0, 1.0));
+    PortPlugin::setParam(index, share);
     showsOld = true;
-}
-
-float Vst3Plugin::param(int index) {
-    return isParam(index) ? float(values.of(size_t(index))) : 0.0f;
 }
 
 Result Vst3Plugin::beginEdit(ParamId param) {
@@ -303,8 +255,7 @@ void Vst3Plugin::showController() {
 
 Plugin::Bytes Vst3Plugin::chunk(bool) {
     StateText text;
-    for (size_t i = 0; i < params.size(); i++)
-        if (values.waits(i)) text.values.emplace_back(std::to_string(params[i].id), values.of(i));
+    keepValues(text, false);
     Vst3Stream played, known;
     guarded([&] {
         component->getState(&played);
@@ -333,33 +284,13 @@ bool Vst3Plugin::setChunk(const Bytes& data, bool) {
         if (ownController && !known.bytes.empty()) controller->setState(&known);
         readValues();
     });
-    for (const auto& [key, value] : text->values)
-        if (const int at = paramOf(ParamId(std::strtoul(key.c_str(), nullptr, 10)));
-            at >= 0 && std::isfinite(value))
-            values.set(size_t(at), std::clamp(value, 0.0, 1.0));
+    setKept(*text);
     showsOld = true;
     tellsAll = true;
     return good;
 }
 
 // Running.
-
-void Vst3Plugin::setRate(double to) {
-    if (to == rate) return;
-    rate = to;
-    if (active) renew();
-}
-
-void Vst3Plugin::setBlock(int frames) {
-    if (frames == block) return;
-    block = frames;
-    if (active) renew();
-}
-
-void Vst3Plugin::setRunning(bool on) {
-    wantsRunning = on;
-    guarded([this, on] { on ? activate() : deactivate(); });
-}
 
 void Vst3Plugin::activate() {
     if (active) return;
@@ -376,14 +307,6 @@ void Vst3Plugin::deactivate() {
     processing = false;
     component->setActive(0);
     active = false;
-}
-
-void Vst3Plugin::renew() {
-    guarded([this] {
-        deactivate();
-        readBuses();
-        if (wantsRunning && pinsFit()) activate();
-    });
 }
 
 void Vst3Plugin::idle() {
@@ -420,10 +343,6 @@ void Vst3Plugin::closeEditor() {
 }
 
 // Sound.
-
-void Vst3Plugin::addMidi(int frame, int data) {
-    if (notes.size() < mostNotes) notes.push_back({frame, data});
-}
 
 void Vst3Plugin::fillIn(int frames) {
     changesIn.clear();
@@ -498,14 +417,12 @@ void Vst3Plugin::takeOut() {
     for (int32_t i = 0; i < eventListOut.count(); i++) {
         Event event{};
         eventListOut.get(i, &event);
-        const auto send = [&](int status, int channel, int first, float velocity) {
-            const int second = std::clamp(asRound(double(velocity) * 127.0), 0, 127);
-            host.sendMidi(event.frame,
-                          status | (channel & 0xf) | (first & 0x7f) << 8 | second << 16);
-        };
-        if (event.type == noteOn) send(0x90, event.on.channel, event.on.pitch, event.on.velocity);
+        if (event.type == noteOn)
+            sendNote(event.frame, true, event.on.channel, event.on.pitch,
+                     double(event.on.velocity));
         if (event.type == noteOff)
-            send(0x80, event.off.channel, event.off.pitch, event.off.velocity);
+            sendNote(event.frame, false, event.off.channel, event.off.pitch,
+                     double(event.off.velocity));
     }
 }
 
@@ -531,21 +448,20 @@ bool Vst3Plugin::render(int frames) {
     call.inEvents = &eventListIn;
     call.outEvents = &eventListOut;
     call.context = &context;
-    try {
+    bool whole = false;
+    contained([&] {
         if (!processing) processor->setProcessing(1);
         processing = true;
-        if (processor->process(&call) != ok) return false;
-    } catch (...) {
-        return false;
-    }
-    takeOut();
-    return true;
+        whole = processor->process(&call) == ok;
+    });
+    if (whole) takeOut();
+    return whole;
 }
 
 bool Vst3Plugin::process(float** in, float** out, int frames) {
     if (!active) return false;
     const ForeignCall foreign;
-    connect(audioIn, busesIn, in);
-    connect(audioOut, busesOut, out);
+    connect(audioIn, portsIn, in);
+    connect(audioOut, portsOut, out);
     return render(frames);
 }
