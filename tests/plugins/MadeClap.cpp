@@ -1,15 +1,13 @@
 #include "plugins/MadeEditor.h"
+#include "plugins/MadeWays.h"
 #include "plugins/clap/ClapAbi.h"
 
 #include <algorithm>
 #include <cmath>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -22,25 +20,6 @@
 using namespace clapabi;
 
 namespace {
-
-std::string ownName() {
-    static const int here = 0;
-    Dl_info about{};
-    dladdr(&here, &about);
-    const std::string path = about.dli_fname;
-    const size_t from = path.rfind('/') + 1;
-    return path.substr(from, path.rfind('.') - from);
-}
-
-bool bad(const char* way) {
-    return ownName() == std::string("bad-") + way;
-}
-
-[[noreturn]] void crash() {
-    std::raise(SIGSEGV);
-    std::raise(SIGSEGV); // whoever has handled it may be back
-    std::abort();
-}
 
 struct Made {
     Plugin plugin{};
@@ -114,7 +93,7 @@ int32_t process(const Plugin* plugin, const Process* block) {
         if (bad("crashes-process")) crash();
         while (bad("hangs-process")) sleep(1);
     }
-    if (bad("throws-process")) throw std::runtime_error("made to fail");
+    if (bad("throws-process")) fail();
     for (uint32_t side = 0; side < 2; side++) {
         float* out = block->outputs[0].data32[side];
         const float* in = block->inputs[0].data32[side];
@@ -261,7 +240,7 @@ const Descriptor* descriptorAt(uint32_t index) {
 
 const Plugin* create(const Factory*, const Host* host, const char* id) {
     if (bad("null")) return nullptr;
-    if (bad("crashes-open")) crash();
+    if (bad("crashes-open")) crashAtOnce();
     auto* m = new Made;
     m->host = host;
     m->plugin = {descriptorAt(std::strncmp(id, "made.second.", 12) ? 0 : 1),
@@ -301,7 +280,7 @@ const Factory factory = {
 extern "C" __attribute__((visibility("default"))) const Entry clap_entry = {
     version,
     [](const char*) {
-        if (bad("crashes-load")) crash();
+        if (bad("crashes-load")) crashAtOnce();
         while (bad("hangs-load")) sleep(1);
         return true;
     },

@@ -1,12 +1,11 @@
 #include "plugins/MadeEditor.h"
+#include "plugins/MadeWays.h"
 
 #include <algorithm>
 #include <cmath>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
 #include <lv2/atom/util.h>
 #include <lv2/core/lv2.h>
 #include <lv2/midi/midi.h>
@@ -14,7 +13,6 @@
 #include <lv2/ui/ui.h>
 #include <lv2/urid/urid.h>
 #include <lv2/worker/worker.h>
-#include <stdexcept>
 #include <string>
 #include <unistd.h>
 
@@ -25,25 +23,6 @@
 // state is that count.
 
 namespace {
-
-std::string ownName() {
-    static const int here = 0;
-    Dl_info about{};
-    dladdr(&here, &about);
-    const std::string path = about.dli_fname;
-    const size_t from = path.rfind('/') + 1;
-    return path.substr(from, path.rfind('.') - from);
-}
-
-bool bad(const char* way) {
-    return ownName() == std::string("bad-") + way;
-}
-
-[[noreturn]] void crash() {
-    std::raise(SIGSEGV);
-    std::raise(SIGSEGV); // whoever has handled it may be back
-    std::abort();
-}
 
 struct Made {
     void* ports[10] = {};
@@ -65,7 +44,7 @@ const T* featureOf(const LV2_Feature* const* features, const char* uri) {
 
 LV2_Handle instantiate(const LV2_Descriptor*, double, const char*,
                        const LV2_Feature* const* features) {
-    if (bad("crashes-open")) crash();
+    if (bad("crashes-open")) crashAtOnce();
     if (bad("null")) return nullptr;
     auto* made = new Made;
     const auto* map = featureOf<LV2_URID_Map>(features, LV2_URID__map);
@@ -108,7 +87,7 @@ void run(LV2_Handle of, uint32_t frames) {
         if (bad("crashes-process")) crash();
         while (bad("hangs-process")) sleep(1);
     }
-    if (bad("throws-process")) throw std::runtime_error("made to fail");
+    if (bad("throws-process")) fail();
     takeNotes(m);
     for (int side = 0; side < 2; side++) {
         const auto* in = static_cast<const float*>(m.ports[side]);
@@ -199,7 +178,7 @@ std::string uriOf(const char* kind) {
 
 extern "C" __attribute__((visibility("default"))) const LV2_Descriptor*
 lv2_descriptor(uint32_t index) {
-    if (bad("crashes-load")) crash();
+    if (bad("crashes-load")) crashAtOnce();
     static const std::string uri = uriOf("");
     static const LV2_Descriptor made = {uri.c_str(), instantiate, connect, nullptr,
                                         run,         nullptr,     cleanup, extensionData};

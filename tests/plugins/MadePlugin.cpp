@@ -1,4 +1,5 @@
 #include "plugins/MadePlugin.h"
+#include "plugins/MadeWays.h"
 
 #include <algorithm>
 #include <chrono>
@@ -7,8 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -29,21 +28,6 @@ bool is(const MadePlugin& p, const char* kind) {
     return std::strncmp(p.kind, kind, std::strlen(kind)) == 0;
 }
 
-/// A plug-in that is bad in one way.
-bool bad(const MadePlugin& p, const char* way) {
-    return is(p, "bad-") && std::strcmp(p.kind + 4, way) == 0;
-}
-
-[[noreturn]] void crash() {
-    std::raise(SIGSEGV);
-    std::raise(SIGSEGV); // whoever has handled it may be back
-    std::abort();
-}
-
-[[noreturn]] void fail() {
-    throw std::runtime_error("made to fail");
-}
-
 intptr_t ask(MadePlugin& p, HostOpcode opcode, int32_t index = 0, intptr_t value = 0,
              void* data = nullptr, float number = 0.0f) {
     return p.host(&p.effect, opcode, index, value, data, number);
@@ -56,19 +40,19 @@ void moveFrom(MadePlugin& p, int index, float to) {
 
 void setParameter(Effect* effect, int32_t index, float value) {
     MadePlugin& p = of(effect);
-    if (bad(p, "throws-set")) fail();
+    if (bad("throws-set")) fail();
     p.now()[index] = value;
     if (index == 1) { // its latency
         effect->initialDelay = int32_t(std::lround(value * 4096.0f));
         ask(p, hostIOChanged);
     }
-    if (bad(p, "echoes")) ask(p, hostAutomate, index, 0, nullptr, value);
+    if (bad("echoes")) ask(p, hostAutomate, index, 0, nullptr, value);
 }
 
 float getParameter(Effect* effect, int32_t index) {
     MadePlugin& p = of(effect);
-    if (bad(p, "throws-get")) fail();
-    return bad(p, "nan") ? NAN : p.now()[index];
+    if (bad("throws-get")) fail();
+    return bad("nan") ? NAN : p.now()[index];
 }
 
 void answerNote(MadePlugin& p, const MidiEvent& event) {
@@ -106,10 +90,10 @@ void gain(MadePlugin& p, float** in, float** out, int frames, bool adds) {
 /// Those that end their process do so once their last parameter is raised.
 void badEnd(MadePlugin& p) {
     if (p.now()[2] < 0.75f) return;
-    if (bad(p, "crashes-process")) crash();
-    if (bad(p, "aborts-process")) std::abort();
-    while (bad(p, "hangs-process")) sleep(1);
-    if (bad(p, "oversleeps")) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    if (bad("crashes-process")) crash();
+    if (bad("aborts-process")) std::abort();
+    while (bad("hangs-process")) sleep(1);
+    if (bad("oversleeps")) std::this_thread::sleep_for(std::chrono::milliseconds(20));
 }
 
 void delay(MadePlugin& p, float** in, float** out, int frames) {
@@ -123,15 +107,15 @@ void delay(MadePlugin& p, float** in, float** out, int frames) {
 
 void badSound(MadePlugin& p, float** in, float** out, int frames) {
     badEnd(p);
-    if (bad(p, "throws-process")) fail();
-    if (bad(p, "nan")) out[0][frames / 2] = NAN;
-    if (bad(p, "infinite")) out[1][0] = INFINITY;
-    if (bad(p, "overruns"))
+    if (bad("throws-process")) fail();
+    if (bad("nan")) out[0][frames / 2] = NAN;
+    if (bad("infinite")) out[1][0] = INFINITY;
+    if (bad("overruns"))
         for (int pin = 0; pin < 2; pin++) {
             std::fill_n(out[pin], 2 * frames, 0.5f);
             std::fill_n(in[pin], 2 * frames, 0.5f);
         }
-    if (bad(p, "rounding")) __builtin_ia32_ldmxcsr(__builtin_ia32_stmxcsr() | 0x6000u);
+    if (bad("rounding")) __builtin_ia32_ldmxcsr(__builtin_ia32_stmxcsr() | 0x6000u);
 }
 
 void process(Effect* effect, float** in, float** out, int32_t frames, bool adds) {
@@ -163,7 +147,7 @@ void write(void* to, const std::string& text) {
 
 /// The name of a parameter, and so on, at most as long as the interface grants.
 intptr_t tellText(MadePlugin& p, int32_t opcode, int32_t index, void* data) {
-    if (bad(p, "long-texts")) return write(data, std::string(1024, 'x')), 1;
+    if (bad("long-texts")) return write(data, std::string(1024, 'x')), 1;
     static const char* const names[] = {"Gain", "Delay", "Other"};
     char number[32];
     std::snprintf(number, sizeof number, "%.2f", double(p.now()[index]));
@@ -186,7 +170,7 @@ intptr_t tellText(MadePlugin& p, int32_t opcode, int32_t index, void* data) {
 }
 
 intptr_t setChunk(MadePlugin& p, const void* data, intptr_t size) {
-    if (bad(p, "throws-chunk")) fail();
+    if (bad("throws-chunk")) fail();
     if (size != sizeof p.values) return 0;
     std::memcpy(p.values, data, sizeof p.values);
     for (int i = 0; i < MadePlugin::params; i++) // as some do for all that they hold
@@ -236,14 +220,14 @@ intptr_t dispatch(Effect* effect, int32_t opcode, int32_t index, intptr_t value,
     constexpr int32_t effVendorSpecific = 50;
     MadePlugin& p = of(effect);
     if (opcode != effProcessEvents && p.calls < 4096) p.opcodes[p.calls++] = opcode;
-    if (bad(p, "throws-open") && opcode == effOpen) fail();
-    if (bad(p, "signals") && (opcode == effOpen || opcode == effEditOpen || opcode == effClose))
+    if (bad("throws-open") && opcode == effOpen) fail();
+    if (bad("signals") && (opcode == effOpen || opcode == effEditOpen || opcode == effClose))
         for (const int which : {SIGSEGV, SIGCHLD, SIGTERM}) std::signal(which, handled);
-    if (bad(p, "throws-idle") && opcode == effIdle) fail();
-    if (bad(p, "crashes-editor") && opcode == effEditOpen) crash();
-    if (bad(p, "crashes-state") && opcode == effGetChunk) crash();
-    if (bad(p, "crashes-close") && opcode == effClose) crash();
-    while (bad(p, "hangs-text") && opcode == effGetParamDisplay) sleep(1);
+    if (bad("throws-idle") && opcode == effIdle) fail();
+    if (bad("crashes-editor") && opcode == effEditOpen) crash();
+    if (bad("crashes-state") && opcode == effGetChunk) crash();
+    if (bad("crashes-close") && opcode == effClose) crash();
+    while (bad("hangs-text") && opcode == effGetParamDisplay) sleep(1);
     switch (opcode) {
     case effClose:
         if (latest == &p) latest = nullptr;
@@ -305,14 +289,6 @@ intptr_t dispatch(Effect* effect, int32_t opcode, int32_t index, intptr_t value,
     }
 }
 
-std::string ownName() {
-    Dl_info info{};
-    dladdr(reinterpret_cast<void*>(&dispatch), &info);
-    std::string name = info.dli_fname;
-    name = name.substr(name.rfind('/') + 1);
-    return name.substr(0, name.rfind('.'));
-}
-
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) MadePlugin* latestMade() {
@@ -320,21 +296,18 @@ extern "C" __attribute__((visibility("default"))) MadePlugin* latestMade() {
 }
 
 extern "C" __attribute__((visibility("default"))) Effect* VSTPluginMain(Dispatcher host) {
-    const std::string name = ownName();
-    if (name == "bad-null") return nullptr;
-    if (name == "bad-throws-main") fail();
-    if (name == "bad-crashes") {
-        std::signal(SIGSEGV, SIG_DFL); // by the signal itself, whoever handles it
-        crash();
-    }
-    if (name == "bad-aborts") std::abort();
-    if (name == "bad-prints") std::puts("line\tafter\tline");
-    while (name == "bad-hangs") sleep(1);
+    const std::string& name = ownName();
+    if (bad("null")) return nullptr;
+    if (bad("throws-main")) fail();
+    if (bad("crashes")) crashAtOnce();
+    if (bad("aborts")) std::abort();
+    if (bad("prints")) std::puts("line\tafter\tline");
+    while (bad("hangs")) sleep(1);
     auto* p = latest = new MadePlugin;
     p->host = host;
     std::snprintf(p->kind, sizeof p->kind, "%s", name.c_str());
     Effect& e = p->effect;
-    e.magic = name == "bad-magic" ? 1 : effectMagic;
+    e.magic = bad("magic") ? 1 : effectMagic;
     e.dispatcher = dispatch;
     e.process = adding;
     e.processReplacing = replacing;
@@ -349,8 +322,8 @@ extern "C" __attribute__((visibility("default"))) Effect* VSTPluginMain(Dispatch
     e.flags = is(*p, "gain-adds") ? 0 : canReplace;
     if (is(*p, "synth")) e.flags |= isSynth | programChunks;
     if (is(*p, "drawn")) e.flags |= hasEditor;
-    if (bad(*p, "throws-chunk") || bad(*p, "crashes-state")) e.flags |= programChunks;
-    if (bad(*p, "crashes-editor")) e.flags |= hasEditor;
+    if (bad("throws-chunk") || bad("crashes-state")) e.flags |= programChunks;
+    if (bad("crashes-editor")) e.flags |= hasEditor;
     e.uniqueID = name == "gain-noid" ? 0 : fourLetters("Test");
     e.object = p;
     for (int i = 0; i < MadePlugin::programs; i++) {

@@ -1,15 +1,13 @@
 #include "plugins/MadeEditor.h"
+#include "plugins/MadeWays.h"
 #include "plugins/vst3/Vst3Abi.h"
 
 #include <algorithm>
 #include <cmath>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <unistd.h>
 
@@ -20,25 +18,6 @@
 using namespace vst3;
 
 namespace {
-
-std::string ownName() {
-    static const int here = 0;
-    Dl_info about{};
-    dladdr(&here, &about);
-    const std::string path = about.dli_fname;
-    const size_t from = path.rfind('/') + 1;
-    return path.substr(from, path.rfind('.') - from);
-}
-
-bool bad(const char* way) {
-    return ownName() == std::string("bad-") + way;
-}
-
-[[noreturn]] void crash() {
-    std::raise(SIGSEGV);
-    std::raise(SIGSEGV); // whoever has handled it may be back
-    std::abort();
-}
 
 bool isId(const uint8_t* wanted, const Uid& of) {
     return std::memcmp(wanted, of.data(), of.size()) == 0;
@@ -232,7 +211,7 @@ Result Made::process(Process* block) {
         if (bad("crashes-process")) crash();
         while (bad("hangs-process")) sleep(1);
     }
-    if (bad("throws-process")) throw std::runtime_error("made to fail");
+    if (bad("throws-process")) fail();
     Event event{};
     for (int32_t i = 0; block->inEvents->get(i, &event) == ok; i++)
         level = event.type == noteOn ? event.on.velocity : 0.0f;
@@ -267,7 +246,7 @@ public:
         return ok;
     }
     Result create(const uint8_t*, const uint8_t*, void** made) override {
-        if (bad("crashes-open")) crash();
+        if (bad("crashes-open")) crashAtOnce();
         *made = bad("null") ? nullptr : static_cast<Component*>(new Made);
         return *made ? ok : no;
     }
@@ -276,7 +255,7 @@ public:
 } // namespace
 
 extern "C" __attribute__((visibility("default"))) Factory* GetPluginFactory() {
-    if (bad("crashes-load")) crash();
+    if (bad("crashes-load")) crashAtOnce();
     static MadeFactory factory;
     return &factory;
 }
