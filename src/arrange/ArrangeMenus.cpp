@@ -4,6 +4,7 @@
 #include "arrange/ArrangeView.h"
 #include "gui/CApp.h"
 #include "gui/CWin.h"
+#include "gui/Senders.h"
 #include "gui/controls/CMenu.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/render/CRender.h"
@@ -45,7 +46,7 @@ void ArrangeMenus::entryClicked(CObject* sender) {
                  {menuTrack, &ArrangeMenus::fillTrack},
                  {menuPart, &ArrangeMenus::fillPart},
                  {menuOptions, &ArrangeMenus::fillOptions}};
-    auto* popup = static_cast<CPopup*>(static_cast<CCtrl*>(sender));
+    auto* popup = static_cast<CPopup*>(sender);
     for (const auto& menu : menus)
         if (menu.tag == popup->tag) (this->*menu.fill)(popup);
 }
@@ -135,5 +136,5 @@ void ArrangeMenus::fillBounce(CPopup* popup) {
 }
 
 void ArrangeMenus::bounceClicked(CObject* sender) {
-    writeBounceRange(qv, static_cast<CMenuItem*>(sender)->tag);
+    writeBounceRange(qv, tagOf(sender));
 }

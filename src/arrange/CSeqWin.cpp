@@ -27,7 +27,7 @@ CSeqWin::CSeqWin(Workspace& space, ArrangeRoom& around, CSeq& seq)
     minWidth = leastWidth;
     minHeight = leastHeight;
     addControl(view);
-    wire(view->onDrop, static_cast<COnMouse*>(new _COnMouse<CSeqWin>(this, &CSeqWin::dropped)));
+    wire(view->onDrop, new _COnMouse<CSeqWin>(this, &CSeqWin::dropped));
     view->onMenus(new _COnChange<ArrangeMenus>(&menus, &ArrangeMenus::showTrack),
                   new _COnChange<ArrangeMenus>(&menus, &ArrangeMenus::showPart));
     app->follow(this);

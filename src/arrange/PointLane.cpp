@@ -8,6 +8,7 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Keys.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/edit/PointEdits.h"
 #include "sequencer/song/CSeq.h"
@@ -245,7 +246,7 @@ void PointLane::openMenu(CPart* point) {
 
 void PointLane::entryClicked(CObject* sender) {
     CSeq* seq = state.seq();
-    const int entry = static_cast<CMenuItem*>(sender)->tag;
+    const int entry = tagOf(sender);
     if (!seq) return;
     if (entry == tagAdd) return add(asInt(seq->getPos()), -1);
     if (!stands()) return;

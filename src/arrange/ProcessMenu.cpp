@@ -7,6 +7,7 @@
 #include "engine/CQV.h"
 #include "gui/CApp.h"
 #include "gui/CWin.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "gui/dialogs/CFileWin.h"
 #include "sequencer/edit/AudioProcess.h"
@@ -81,7 +82,7 @@ void ProcessMenu::addFitBars(CPopup* popup) {
 
 void ProcessMenu::fitBarsClicked(CObject* sender) {
     CPart* part = onlyAudioPart(seq());
-    if (part && !fitBars(seq(), part, static_cast<CMenuItem*>(sender)->tag))
+    if (part && !fitBars(seq(), part, tagOf(sender)))
         tell("No tempo from 10 to 250 makes this recording last so long");
 }
 
@@ -91,11 +92,11 @@ void ProcessMenu::tell(const CStr& failure) const {
 }
 
 void ProcessMenu::midiClicked(CObject* sender) {
-    tell(processMIDI(seq(), static_cast<CMenuItem*>(sender)->tag));
+    tell(processMIDI(seq(), tagOf(sender)));
 }
 
 void ProcessMenu::audioClicked(CObject* sender) {
-    const int mode = static_cast<CMenuItem*>(sender)->tag;
+    const int mode = tagOf(sender);
     if (mode == entryOpenWith) return openExternalClicked();
     if (mode == entryOpenOther) return openExternalBrowseClicked();
     if (mode == entryCrossfade) return seq()->crossfadeClicked();

@@ -9,6 +9,7 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Drawing.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/song/CSeq.h"
 #include "ui/ActionItems.h"
@@ -133,7 +134,7 @@ void RulerBars::fillMenu(CPopup* popup) {
 }
 
 void RulerBars::modeClicked(CObject* sender) {
-    clock.set(static_cast<CMenuItem*>(sender)->tag);
+    clock.set(tagOf(sender));
     ruler->clock = clock.on();
     ruler->redraw();
 }

@@ -5,6 +5,7 @@
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
+#include "gui/Senders.h"
 #include "gui/controls/CButton.h"
 #include "sequencer/song/CSeq.h"
 #include "ui/DragSnap.h"
@@ -55,7 +56,7 @@ CButton* SnapBar::add(const char* name, const char* text, const char* told, int 
 void SnapBar::clicked(CObject* sender) {
     CSeq* seq = state.seq();
     if (!seq) return;
-    const int index = static_cast<CButton*>(static_cast<CCtrl*>(sender))->tag;
+    const int index = tagOf(sender);
     Options& options = state.workspace.options();
     if (index == switchRelative) return options.relativeSnap.toggle();
     if (index == switchAdaptive) return options.adaptiveGrid.toggle();

@@ -4,6 +4,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/ValueDoor.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/SongValues.h"
@@ -49,7 +50,7 @@ void TakeMenu::takeClicked(CObject* sender) {
         from = chosen->from;
         to = chosen->to;
     }
-    compTake(seq(), part, static_cast<CMenuItem*>(sender)->tag, from, to);
+    compTake(seq(), part, tagOf(sender), from, to);
 }
 
 void TakeMenu::fillPreRoll(CPopup* popup) {
@@ -65,5 +66,5 @@ void TakeMenu::fillPreRoll(CPopup* popup) {
 }
 
 void TakeMenu::preRollClicked(CObject* sender) {
-    qv->values->set(preRollOf(seq()), double(static_cast<CMenuItem*>(sender)->tag));
+    qv->values->set(preRollOf(seq()), double(tagOf(sender)));
 }

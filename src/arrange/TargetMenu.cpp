@@ -1,6 +1,7 @@
 #include "arrange/TargetMenu.h"
 
 #include "engine/CQV.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/TrackInstrument.h"
@@ -60,7 +61,7 @@ void TargetMenu::play(std::unique_ptr<CComp> made) {
 }
 
 void TargetMenu::chosen(CObject* sender) {
-    const int tag = static_cast<CMenuItem*>(sender)->tag;
+    const int tag = tagOf(sender);
     CComp* to = tag == tagNone ? nullptr : targets[size_t(tag)];
     if (songOf(qv) != song || (to && !qv->comps.contains(to))) return;
     std::erase_if(led, [this](CTrack* t) { return !song->tracks.contains(t); });

@@ -4,6 +4,7 @@
 #include "base/Numbers.h"
 #include "gui/CApp.h"
 #include "gui/Keys.h"
+#include "gui/Senders.h"
 #include "gui/TouchStep.h"
 #include "gui/XConnection.h"
 #include "gui/controls/CMDI.h"
@@ -175,7 +176,7 @@ void CWin::fillCaptionMenu(CPopup* popup) {
 }
 
 void CWin::captionMenu(CObject* sender) {
-    switch (static_cast<CCtrl*>(sender)->tag) {
+    switch (tagOf(sender)) {
     case tagSize:
         toggleMaximized();
         break;

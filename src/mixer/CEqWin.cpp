@@ -6,6 +6,7 @@
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
+#include "gui/Senders.h"
 #include "gui/controls/CDropdown.h"
 #include "mixer/CEqView.h"
 #include "mixer/ValueBar.h"
@@ -158,14 +159,14 @@ void CEqWin::curveChanged(CObject*) {
 }
 
 void CEqWin::powerClicked(CObject* sender) {
-    const int band = static_cast<CCtrl*>(sender)->tag;
+    const int band = tagOf(sender);
     const StoredValue power = eqPowerOf(strip.channel, band);
     qv->values->set(power, power.get()[0] != 0.0 ? 0.0 : 1.0);
     refresh();
 }
 
 void CEqWin::formChosen(CObject* sender) {
-    const auto* form = static_cast<CDropdown*>(static_cast<CCtrl*>(sender));
+    const auto* form = static_cast<CDropdown*>(sender);
     if (form->index >= 0) qv->values->set(eqTypeOf(strip.channel, form->tag), form->index);
     refresh();
 }

@@ -6,6 +6,7 @@
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/Keys.h"
+#include "gui/Senders.h"
 #include "gui/controls/CMenu.h"
 #include "gui/controls/CPopup.h"
 #include "mixer/CMixerPanel.h"
@@ -195,11 +196,11 @@ void CMixerWin::mergeMenu(CMenu* menuBar) {
 }
 
 void CMixerWin::menuClicked(CObject* sender) {
-    panel->menus.fillStrips(static_cast<CPopup*>(static_cast<CCtrl*>(sender)));
+    panel->menus.fillStrips(static_cast<CPopup*>(sender));
 }
 
 void CMixerWin::sectionsClicked(CObject* sender) {
-    auto* popup = static_cast<CPopup*>(static_cast<CCtrl*>(sender));
+    auto* popup = static_cast<CPopup*>(sender);
     for (int i = 0; i < stripSections; i++) {
         CMenuItem* item =
             popup->add(titleOf(StripSection(i)),
@@ -222,11 +223,11 @@ void CMixerWin::sectionsClicked(CObject* sender) {
 }
 
 void CMixerWin::showRowsClicked(CObject* sender) {
-    const int rows = static_cast<CMenuItem*>(sender)->tag;
+    const int rows = tagOf(sender);
     panel->showRows(rows, !panel->showsRows(rows));
 }
 
 void CMixerWin::showSectionClicked(CObject* sender) {
-    const auto which = StripSection(static_cast<CMenuItem*>(sender)->tag);
+    const auto which = StripSection(tagOf(sender));
     panel->show(which, !panel->shows(which));
 }

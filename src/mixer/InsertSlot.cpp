@@ -37,10 +37,9 @@ InsertSlot::InsertSlot(CMixerStrip& strip, int at)
     typed.onTyped = [this](const CStr& entered) {
         setWet(std::atof(entered.asChar()) / 100, false);
     };
-    wire(onDrag, static_cast<COnChange*>(new _COnChange<InsertSlot>(this, &InsertSlot::dragAway)));
-    wire(onDragOver,
-         static_cast<COnMouse*>(new _COnMouse<InsertSlot>(this, &InsertSlot::dragOver)));
-    wire(onDrop, static_cast<COnMouse*>(new _COnMouse<InsertSlot>(this, &InsertSlot::dropped)));
+    wire(onDrag, new _COnChange<InsertSlot>(this, &InsertSlot::dragAway));
+    wire(onDragOver, new _COnMouse<InsertSlot>(this, &InsertSlot::dragOver));
+    wire(onDrop, new _COnMouse<InsertSlot>(this, &InsertSlot::dropped));
 }
 
 CComp* InsertSlot::insert() const {

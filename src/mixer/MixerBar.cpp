@@ -9,6 +9,7 @@
 #include "gui/Colours.h"
 #include "gui/Drawing.h"
 #include "gui/Fonts.h"
+#include "gui/Senders.h"
 #include "gui/controls/CEdit.h"
 #include "gui/controls/CPopup.h"
 #include "gui/controls/CToolbarButton.h"
@@ -164,7 +165,7 @@ void MixerBar::resized() {
 
 /// With a mark that tells of a menu.
 void MixerBar::paintChoice(CObject* sender, CGraphic* g, CRect rect) {
-    const auto* button = static_cast<CButton*>(static_cast<CCtrl*>(sender));
+    const auto* button = static_cast<CButton*>(sender);
     const int colour = button->lit ? button->faceColour() : win->app->gui->palette.text;
     constexpr int arrowRoom = 14, arrowReach = 3, margin = 6;
     const CRect box = asRect(margin, 0, rect.right - arrowRoom, rect.bottom);
@@ -198,7 +199,7 @@ void MixerBar::scenesClicked(CObject*) {
 }
 
 void MixerBar::stateClicked(CObject* sender) {
-    panel.scenes.compare(static_cast<CCtrl*>(sender)->tag);
+    panel.scenes.compare(tagOf(sender));
     refresh();
 }
 
@@ -214,7 +215,7 @@ void MixerBar::filterClicked(CObject*) {
 }
 
 void MixerBar::filterChosen(CObject* sender) {
-    if (!panel.setFilter(StripFilter::Kind(static_cast<CMenuItem*>(sender)->tag)))
+    if (!panel.setFilter(StripFilter::Kind(tagOf(sender))))
         panel.state.tell("Select the strips first that it is about");
     refresh();
 }
@@ -232,13 +233,13 @@ void MixerBar::describe(Description& d, int) const {
 }
 
 void MixerBar::sectionClicked(CObject* sender) {
-    const auto which = StripSection(static_cast<CCtrl*>(sender)->tag);
+    const auto which = StripSection(tagOf(sender));
     panel.show(which, !panel.shows(which));
     refresh();
 }
 
 void MixerBar::rowsClicked(CObject* sender) {
-    const int which = static_cast<CCtrl*>(sender)->tag;
+    const int which = tagOf(sender);
     panel.showRows(which, !panel.showsRows(which));
     refresh();
 }
@@ -270,8 +271,7 @@ void MixerBar::programsClicked(CObject*) {
 }
 
 void MixerBar::progChanged(CObject* sender) {
-    panel.state.door()->set(programOfComp(&panel.state.mixer),
-                            static_cast<CMenuItem*>(sender)->tag);
+    panel.state.door()->set(programOfComp(&panel.state.mixer), tagOf(sender));
 }
 
 void MixerBar::addProgClicked(CObject*) {

@@ -3,6 +3,7 @@
 #include "engine/CMixer.h"
 #include "engine/CQV.h"
 #include "gui/CWin.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "gui/dialogs/CTextWin.h"
 #include "mixer/CMixerPanel.h"
@@ -17,10 +18,6 @@ constexpr struct {
                    {"Equalisers", sceneEq},
                    {"Sends", sceneSends},
                    {"Inserts", sceneInserts}};
-
-int tagOf(CObject* sender) {
-    return static_cast<CMenuItem*>(sender)->tag;
-}
 
 } // namespace
 

@@ -10,6 +10,7 @@
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/CWin.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "gui/dialogs/CFileWin.h"
 #include "mixer/CMixerPanel.h"
@@ -29,10 +30,6 @@ namespace {
 constexpr int tagNone = -1;
 constexpr int wetChoices[] = {100, 75, 50, 30, 15, 0};
 constexpr const char* presetExt = ".qve";
-
-int tagOf(CObject* sender) {
-    return static_cast<CMenuItem*>(sender)->tag;
-}
 
 } // namespace
 

@@ -19,10 +19,6 @@ namespace {
 
 constexpr int windowWidth = 900, windowHeight = 560;
 
-CPopup* asPopup(CObject* sender) {
-    return static_cast<CPopup*>(static_cast<CCtrl*>(sender));
-}
-
 } // namespace
 
 CEditorWin::CEditorWin(Workspace& space, CEditorComp& edited)
@@ -118,11 +114,12 @@ void CEditorWin::mergeMenu(CMenu* bars) {
 }
 
 void CEditorWin::fillPart(CObject* popup) {
-    body->fillPart(asPopup(popup));
+    body->fillPart(static_cast<CPopup*>(popup));
 }
 
-void CEditorWin::fillOptions(CObject* popup) {
-    body->fillOptions(asPopup(popup));
-    addActionItems(asPopup(popup), workspace,
+void CEditorWin::fillOptions(CObject* sender) {
+    auto* popup = static_cast<CPopup*>(sender);
+    body->fillOptions(popup);
+    addActionItems(popup, workspace,
                    {"snap", "snaprelative", "snapadaptive", "snapPrior", "snapNext"});
 }

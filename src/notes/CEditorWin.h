@@ -30,7 +30,7 @@ private:
     void showPart(CPart* wanted);
     void layout();
     void fillPart(CObject* popup);
-    void fillOptions(CObject* popup);
+    void fillOptions(CObject* sender);
 
     CEditorComp& editor;
     EditorBar* bar;

@@ -15,6 +15,7 @@
 #include "gui/Colours.h"
 #include "gui/Keys.h"
 #include "gui/PanZoom.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "gui/dialogs/CFileWin.h"
 #include "instruments/CDrumSound.h"
@@ -465,7 +466,7 @@ void DrumStrip::fillLengths(CPopup* menu) {
 
 void DrumStrip::menuChosen(CObject* sender) {
     if (!state.part || !state.seq()) return;
-    switch (static_cast<CMenuItem*>(static_cast<CCtrl*>(sender))->tag) {
+    switch (tagOf(sender)) {
     case renameRow:
         return rename(chosen);
     case chooseFile:
@@ -490,13 +491,13 @@ void DrumStrip::menuChosen(CObject* sender) {
 void DrumStrip::paramChosen(CObject* sender) {
     CDrumSound* of = sound(chosen);
     if (!of) return;
-    of->shownParam = static_cast<CMenuItem*>(static_cast<CCtrl*>(sender))->tag;
+    of->shownParam = tagOf(sender);
     if (!of->opened()) of->toggleLane();
     state.shownChanged();
 }
 
 void DrumStrip::lengthChosen(CObject* sender) {
-    const auto index = size_t(static_cast<CMenuItem*>(static_cast<CCtrl*>(sender))->tag);
+    const auto index = size_t(tagOf(sender));
     if (state.part && index < lengths.size())
         setRowLoop(state.seq(), state.part, chosen, lengths[index]);
 }

@@ -79,8 +79,7 @@ CButton* EditorBar::addSwitch(const char* action, const char* text, int wide) {
 }
 
 void EditorBar::clicked(CObject* sender) {
-    shown.workspace.runAction(
-        static_cast<CAction*>(static_cast<CButton*>(static_cast<CCtrl*>(sender))->userPtr));
+    shown.workspace.runAction(static_cast<CAction*>(static_cast<CButton*>(sender)->userPtr));
     refresh();
 }
 

@@ -37,10 +37,6 @@ bool same(const EventLane& a, const EventLane& b) {
     return a.kind == b.kind && a.number == b.number;
 }
 
-CCtrl* asCtrl(CObject* sender) {
-    return static_cast<CCtrl*>(sender);
-}
-
 } // namespace
 
 LaneStack::LaneStack(CWin* owner, NoteState& shared)
@@ -226,7 +222,7 @@ int LaneStack::laneOf(const CObject* ctrl) const {
 }
 
 void LaneStack::laneChosen(CObject* sender) {
-    const int at = laneOf(asCtrl(sender));
+    const int at = laneOf(sender);
     if (at < 0) return;
     const Lane& l = lanes[size_t(at)];
     if (l.chooser->index < 0 || l.chooser->index >= int(choices.size())) return;
@@ -236,16 +232,16 @@ void LaneStack::laneChosen(CObject* sender) {
 }
 
 void LaneStack::laneMenu(CObject* sender) {
-    const int at = laneOf(asCtrl(sender));
+    const int at = laneOf(sender);
     if (at >= 0) lanes[size_t(at)].chooser->drop();
 }
 
 void LaneStack::moreClicked(CObject* sender) {
-    add(laneOf(asCtrl(sender)));
+    add(laneOf(sender));
 }
 
 void LaneStack::lessClicked(CObject* sender) {
-    removeAt(laneOf(asCtrl(sender)));
+    removeAt(laneOf(sender));
 }
 
 void LaneStack::redrawLanes() {

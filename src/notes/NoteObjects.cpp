@@ -76,7 +76,7 @@ void NoteObjects::callOff() {
 }
 
 void NoteObjects::clicked(CObject* sender) {
-    auto* cell = static_cast<CButton*>(static_cast<CCtrl*>(sender));
+    auto* cell = static_cast<CButton*>(sender);
     if (cell->text.empty()) return;
     NameField::dropLeft(field);
     const auto column = EventColumn(cell->tag);

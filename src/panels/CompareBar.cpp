@@ -7,6 +7,7 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Keys.h"
+#include "gui/Senders.h"
 #include "gui/controls/CButton.h"
 #include "ui/ProgramItems.h"
 
@@ -135,6 +136,6 @@ void CompareBar::refresh() {
 }
 
 void CompareBar::sideClicked(CObject* sender) {
-    compare.turn(static_cast<CCtrl*>(sender)->tag);
+    compare.turn(tagOf(sender));
     refresh();
 }

@@ -1,5 +1,6 @@
 #include "panels/PageRow.h"
 
+#include "gui/Senders.h"
 #include "gui/controls/CButton.h"
 #include "ui/ProgramItems.h"
 
@@ -47,5 +48,5 @@ void PageRow::turn(int page) {
 }
 
 void PageRow::clicked(CObject* sender) {
-    turn(static_cast<CCtrl*>(sender)->tag);
+    turn(tagOf(sender));
 }

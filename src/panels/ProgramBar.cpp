@@ -9,6 +9,7 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Drawing.h"
+#include "gui/Senders.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CPopup.h"
 #include "gui/dialogs/CFileWin.h"
@@ -77,7 +78,7 @@ void ProgramBar::paint(CGraphic* g, CRect rect) {
 }
 
 void ProgramBar::paintArrow(CObject* sender, CGraphic* g, CRect rect) {
-    const auto* b = static_cast<CButton*>(static_cast<CCtrl*>(sender));
+    const auto* b = static_cast<CButton*>(sender);
     drawArrow(g, b->faceColour(), rect, b == before ? dirLeft : dirRight, 4);
 }
 
@@ -92,7 +93,7 @@ void ProgramBar::stepClicked(CObject* sender) {
 }
 
 void ProgramBar::programChosen(CObject* sender) {
-    choose(static_cast<CMenuItem*>(static_cast<CCtrl*>(sender))->tag);
+    choose(tagOf(sender));
 }
 
 void ProgramBar::addMenuEntry(CPopup* popup, const char* text,

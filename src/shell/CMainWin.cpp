@@ -78,17 +78,16 @@ CMainWin::CMainWin(CApp* application, CQV* host)
         qv->undoIdle();
         return qv->stepOnItsWay();
     };
-    wire(app->onKey, static_cast<COnKey*>(new _COnKey<CMainWin>(this, &CMainWin::handleKeyDown)));
-    wire(app->onHint, static_cast<COnChange*>(new _COnChange<CMainWin>(this, &CMainWin::appHint)));
-    wire(app->onStrayDrop,
-         static_cast<COnChange*>(new _COnChange<CMainWin>(this, &CMainWin::mainDrop)));
+    wire(app->onKey, new _COnKey<CMainWin>(this, &CMainWin::handleKeyDown));
+    wire(app->onHint, new _COnChange<CMainWin>(this, &CMainWin::appHint));
+    wire(app->onStrayDrop, new _COnChange<CMainWin>(this, &CMainWin::mainDrop));
 }
 
 CMainWin::~CMainWin() {
     app->inputHeld = nullptr;
-    wire(app->onKey, static_cast<COnKey*>(nullptr));
-    wire(app->onHint, static_cast<COnChange*>(nullptr));
-    wire(app->onStrayDrop, static_cast<COnChange*>(nullptr));
+    wire(app->onKey, nullptr);
+    wire(app->onHint, nullptr);
+    wire(app->onStrayDrop, nullptr);
 }
 
 void CMainWin::init() {
@@ -202,7 +201,7 @@ bool CMainWin::keyDown(int key, int mods) {
 }
 
 bool CMainWin::handleKeyDown(CObject* sender, int& key, int mods) {
-    auto* from = static_cast<CWin*>(static_cast<CCtrl*>(sender));
+    auto* from = static_cast<CWin*>(sender);
     if (key == keyEscape && qv->values->dragging()) {
         qv->values->cancel();
         return true;

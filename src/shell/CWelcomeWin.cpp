@@ -64,10 +64,8 @@ CWelcomeWin::CWelcomeWin(CWin* owner, const CStringList& recent, int chosenKind)
     files = addList("recent", "Recent projects", right, contentWidth - margin - right);
     fill(chosenKind);
     addStartSwitch();
-    wire(kinds->onChange,
-         static_cast<COnChange*>(new _COnChange<CWelcomeWin>(this, &CWelcomeWin::kindChanged)));
-    wire(files->onChange,
-         static_cast<COnChange*>(new _COnChange<CWelcomeWin>(this, &CWelcomeWin::recentChanged)));
+    wire(kinds->onChange, new _COnChange<CWelcomeWin>(this, &CWelcomeWin::kindChanged));
+    wire(files->onChange, new _COnChange<CWelcomeWin>(this, &CWelcomeWin::recentChanged));
     startCtrl = kinds;
 }
 
@@ -78,8 +76,7 @@ CardList* CWelcomeWin::addList(const char* name, const char* title, int x, int w
     auto* list =
         new CardList(this, name, x, top0, wide, contentBottom() - fieldHeight - gap - top0);
     heading->field = list;
-    wire(list->onDoubleClick,
-         static_cast<COnChange*>(new _COnChange<CWelcomeWin>(this, &CWelcomeWin::opened)));
+    wire(list->onDoubleClick, new _COnChange<CWelcomeWin>(this, &CWelcomeWin::opened));
     addControl(list);
     return list;
 }
@@ -99,8 +96,7 @@ void CWelcomeWin::addStartSwitch() {
                             switchWidth, fieldHeight);
     atStart->setChecked(startsWith() == startAsks);
     atStart->hint = "Without it the program starts with the last project; Setup has more";
-    wire(atStart->onChange,
-         static_cast<COnChange*>(new _COnChange<CWelcomeWin>(this, &CWelcomeWin::atStartClicked)));
+    wire(atStart->onChange, new _COnChange<CWelcomeWin>(this, &CWelcomeWin::atStartClicked));
     addControl(atStart);
 }
 

@@ -27,7 +27,7 @@ DialogPlaces::~DialogPlaces() {
 }
 
 void DialogPlaces::dialogMade(CObject* sender) {
-    auto* dialog = static_cast<CFileWin*>(static_cast<CCtrl*>(sender));
+    auto* dialog = static_cast<CFileWin*>(sender);
     const struct {
         const char *key, *name;
     } kinds[] = {{"DESKTOP", "Desktop"}, {"DOCUMENTS", "Documents"}, {"MUSIC", "Music"}};

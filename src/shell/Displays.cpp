@@ -6,6 +6,7 @@
 #include "engine/ValueDoor.h"
 #include "gui/CWin.h"
 #include "gui/Keys.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/song/Bars.h"
 #include "sequencer/song/CSeq.h"
@@ -212,7 +213,7 @@ void CSignatureDisplay::set(int num, int den) {
 }
 
 void CSignatureDisplay::chosen(CObject* sender) {
-    const Signature& s = signatures[static_cast<CMenuItem*>(sender)->tag];
+    const Signature& s = signatures[tagOf(sender)];
     set(s.num, s.den);
 }
 

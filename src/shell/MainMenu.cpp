@@ -3,6 +3,7 @@
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "shell/CMainWin.h"
 #include "shell/MainRibbon.h"
@@ -54,7 +55,7 @@ void MainMenu::menuClicked(CObject* sender) {
                  {menuEdit, &MainMenu::fillEdit},
                  {menuView, &MainMenu::fillView},
                  {menuHelp, &MainMenu::fillHelp}};
-    auto* popup = static_cast<CPopup*>(static_cast<CCtrl*>(sender));
+    auto* popup = static_cast<CPopup*>(sender);
     for (const auto& menu : menus)
         if (menu.tag == popup->tag) (this->*menu.fill)(popup);
 }
@@ -126,11 +127,11 @@ void MainMenu::showRecent(int x, int y) {
 }
 
 void MainMenu::kindClicked(CObject* sender) {
-    window->flows->newProject(static_cast<CMenuItem*>(sender)->tag, "");
+    window->flows->newProject(tagOf(sender), "");
 }
 
 void MainMenu::recentClicked(CObject* sender) {
-    const int index = static_cast<CMenuItem*>(sender)->tag;
+    const int index = tagOf(sender);
     window->flows->newProject(kindFile, window->flows->recent.paths.get(index));
 }
 

@@ -62,7 +62,7 @@ void MainRibbon::rebuild() {
 
 /// Fills the menu of a tab as the bar would.
 void MainRibbon::fill(CObject* sender) {
-    const auto* popup = static_cast<CPopup*>(static_cast<CCtrl*>(sender));
+    const auto* popup = static_cast<CPopup*>(sender);
     for (const auto* entry : bar->controls)
         if (entry->tag == popup->tag && entry->onChange) (*entry->onChange)(sender);
 }

@@ -242,7 +242,7 @@ void Pages::open(CCompEditor* editor) {
 }
 
 void Pages::editorHidden(CObject* sender) {
-    auto* editor = static_cast<CCompEditor*>(static_cast<CCtrl*>(sender));
+    auto* editor = static_cast<CCompEditor*>(sender);
     store(editor);
     editor->dock->visible = 0;
     window->editors.remove(editor);

@@ -60,8 +60,7 @@ void ProjectFlows::beginLast() {
 void ProjectFlows::newClicked() {
     if (asking || window->app->modalWin) return;
     CWelcomeWin welcome(window, recent.paths, iniReadInt("last", "template", kindDefault));
-    wire(welcome.onKeyDown,
-         static_cast<COnKey*>(new _COnKey<ProjectFlows>(this, &ProjectFlows::welcomeKey)));
+    wire(welcome.onKeyDown, new _COnKey<ProjectFlows>(this, &ProjectFlows::welcomeKey));
     welcome.showModal();
     if (!welcome.result) return;
     if (welcome.kind >= 0 && welcome.kind < offeredKinds)

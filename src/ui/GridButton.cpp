@@ -1,6 +1,7 @@
 #include "ui/GridButton.h"
 
 #include "engine/CSnap.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/song/CSeq.h"
 #include "ui/ActionItems.h"
@@ -47,11 +48,11 @@ void GridButton::fill(CPopup* popup, CSeq* seq) {
 
 void GridButton::chosen(CObject* sender) {
     workspace.options().adaptiveGrid.set(0);
-    if (CSeq* seq = song()) chooseSnap(seq, chosenTag(sender));
+    if (CSeq* seq = song()) chooseSnap(seq, tagOf(sender));
     refresh();
 }
 
 void GridButton::kindChosen(CObject* sender) {
-    if (CSeq* seq = song()) toggleSnap(seq, GridNumber(chosenTag(sender)));
+    if (CSeq* seq = song()) toggleSnap(seq, GridNumber(tagOf(sender)));
     refresh();
 }

@@ -36,8 +36,7 @@ void Invitation::set(const CStr& name, const CStr& text, const std::vector<Way>&
 }
 
 void Invitation::clicked(CObject* sender) {
-    workspace.runAction(
-        workspace.commands().getAction(static_cast<CButton*>(static_cast<CCtrl*>(sender))->id));
+    workspace.runAction(workspace.commands().getAction(static_cast<CButton*>(sender)->id));
 }
 
 void Invitation::resized() {

@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/ValueDoor.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "sequencer/song/Bars.h"
 #include "sequencer/song/CEditorComp.h"
@@ -94,7 +95,7 @@ void ScaleButton::rootChosen(CObject* sender) {
     CSeq* seq = song();
     if (!seq) return;
     ScaleHere here(seq);
-    here.numbers[0] = chosenTag(sender);
+    here.numbers[0] = tagOf(sender);
     here.set(seq);
     refresh();
 }
@@ -103,7 +104,7 @@ void ScaleButton::kindChosen(CObject* sender) {
     CSeq* seq = song();
     if (!seq) return;
     ScaleHere here(seq);
-    here.numbers[1] = chosenTag(sender);
+    here.numbers[1] = tagOf(sender);
     here.set(seq);
     refresh();
 }
@@ -158,6 +159,6 @@ void ChordButton::fill(CPopup* popup, CSeq* seq) {
 }
 
 void ChordButton::chosen(CObject* sender) {
-    if (CSeq* seq = song()) seq->editorComp->chord = chosenTag(sender);
+    if (CSeq* seq = song()) seq->editorComp->chord = tagOf(sender);
     refresh();
 }

@@ -6,6 +6,7 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Keys.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "ui/MenuDeed.h"
 #include "ui/ProgramItems.h"
@@ -102,7 +103,7 @@ void SettingButton::openMenu() {
 }
 
 void SettingButton::chosen(CObject* sender) {
-    set(place.setting->least + static_cast<CMenuItem*>(static_cast<CCtrl*>(sender))->tag);
+    set(place.setting->least + tagOf(sender));
 }
 
 bool SettingButton::keyDown(int key, int mods) {

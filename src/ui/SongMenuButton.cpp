@@ -36,7 +36,3 @@ void SongMenuButton::tell(const CStr& now, const CStr& spoken) {
     spokenName = spoken;
     redraw();
 }
-
-int SongMenuButton::chosenTag(CObject* sender) {
-    return static_cast<CMenuItem*>(static_cast<CCtrl*>(sender))->tag;
-}

@@ -20,7 +20,6 @@ protected:
     virtual void fill(CPopup* popup, CSeq* seq) = 0;
     /// Shows `now`; a reader says `spoken`.
     void tell(const CStr& now, const CStr& spoken);
-    static int chosenTag(CObject* sender); ///< of the entry that was chosen
 
 private:
     void clicked(CObject*);

@@ -6,6 +6,7 @@
 #include "gui/Drawing.h"
 #include "gui/Keys.h"
 #include "gui/Monitors.h"
+#include "gui/Senders.h"
 #include "gui/Utf8.h"
 #include "gui/XConnection.h"
 
@@ -388,7 +389,7 @@ bool CPopup::itemsWheel(CObject*, int, int, int, int dy, int) {
 }
 
 void CPopup::beginScroll(CObject* sender, int, int, int) {
-    scrollDir = static_cast<CCtrl*>(sender)->tag;
+    scrollDir = tagOf(sender);
     app->addTimer(this, scrollMs, true);
     onTimer();
 }
@@ -436,7 +437,7 @@ void CPopup::paintItem(CGraphic* g, CMenuItem* item, int index) {
 }
 
 void CPopup::paintScrollButton(CObject* sender, CGraphic* g, CRect rect) {
-    drawArrow(g, clMenu.textCol, rect, static_cast<CCtrl*>(sender)->tag, arrowSize + 1);
+    drawArrow(g, clMenu.textCol, rect, tagOf(sender), arrowSize + 1);
 }
 
 int CPopup::accessParts() const {

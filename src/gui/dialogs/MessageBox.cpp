@@ -4,6 +4,7 @@
 #include "base/Numbers.h"
 #include "gui/CApp.h"
 #include "gui/Keys.h"
+#include "gui/Senders.h"
 #include "gui/XConnection.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CTabs.h"
@@ -125,7 +126,7 @@ bool CMessageWin::keyDown(int key, int mods) {
 }
 
 void CMessageWin::buttonClicked(CObject* sender) {
-    answer = static_cast<CButton*>(sender)->tag;
+    answer = tagOf(sender);
     hide();
 }
 

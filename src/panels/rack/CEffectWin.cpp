@@ -8,6 +8,7 @@
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
+#include "gui/Senders.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CPopup.h"
 #include "panels/PanelBody.h"
@@ -23,10 +24,6 @@ namespace {
 
 constexpr int gap = 8, addWidth = 120, addHeight = 26, markHeight = 4;
 const CRect usualPlace = asRect(120, 120, 120 + 720, 120 + 520);
-
-int chosenKind(CObject* sender) {
-    return static_cast<CMenuItem*>(static_cast<CCtrl*>(sender))->tag;
-}
 
 } // namespace
 
@@ -172,11 +169,11 @@ void CEffectWin::addClicked(CObject*) {
 }
 
 void CEffectWin::effectChosen(CObject* sender) {
-    if (CEffectProg* prog = rack.getProg()) insertEffect(&rack, prog, chosenKind(sender), -1);
+    if (CEffectProg* prog = rack.getProg()) insertEffect(&rack, prog, tagOf(sender), -1);
     follow();
 }
 
 void CEffectWin::programChosen(CObject* sender) {
-    addRackProgram(&rack, chosenKind(sender));
+    addRackProgram(&rack, tagOf(sender));
     follow();
 }

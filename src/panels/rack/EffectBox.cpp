@@ -180,7 +180,7 @@ bool EffectBox::keyInside(int key, int mods) {
 }
 
 void EffectBox::paintSign(CObject* sender, CGraphic* g, CRect rect) {
-    const auto* b = static_cast<CButton*>(static_cast<CCtrl*>(sender));
+    const auto* b = static_cast<CButton*>(sender);
     if (b == remove)
         drawCloseButton(g, rect, b->faceColour());
     else

@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "gui/Senders.h"
 #include "gui/controls/CPopup.h"
 #include "instruments/CSampler.h"
 #include "instruments/CWavSound.h"
@@ -89,7 +90,7 @@ void CSamplerWin::defaultChosen(CObject*) {
 }
 
 void CSamplerWin::factoryChosen(CObject* sender) {
-    addFactoryProgram(&sampler, static_cast<CMenuItem*>(static_cast<CCtrl*>(sender))->tag);
+    addFactoryProgram(&sampler, tagOf(sender));
     follow();
 }
 
