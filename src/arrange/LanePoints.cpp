@@ -54,10 +54,9 @@ std::vector<LanePoint> pointsOf(const ArrangeState& state, const ArrangeRow& row
     if (!row.lane) return found;
     for (auto* part : row.songTrack->parts) {
         const int start = part->pos, end = saturate(int64_t(start) + state.seq()->getTicks(part));
-        eachEvent(part->getParam(row.lane->slot), [&](CBaseEvent* e, int tick) {
+        eachEvent(part->getParam(row.lane->slot), [&](CEnvEvent* e, int tick) {
             const int at = saturate(int64_t(start) + part->offset + tick);
-            if (at >= start && at <= end)
-                found.push_back({&row, part, static_cast<CEnvEvent*>(e), at});
+            if (at >= start && at <= end) found.push_back({&row, part, e, at});
         });
     }
     return found;

@@ -10,6 +10,7 @@
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
 #include "gui/Fonts.h"
+#include "gui/Senders.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CPopup.h"
 #include "instruments/CDrumSound.h"
@@ -19,6 +20,7 @@
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/edit/Slicing.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/Events.h"
 #include "ui/NameField.h"
 #include "ui/PlaceText.h"
@@ -45,10 +47,6 @@ constexpr Row rows[] = {
     {"stretch", "Stretch", "Clips follow the tempo and keep their pitch", 54},
 };
 
-const CAudioEvent* firstClip(CPart* part) {
-    return part && part->type == partAudio ? static_cast<CAudioEvent*>(part->getEvents()) : nullptr;
-}
-
 const char* wordOf(const CPart* part) {
     return part->type == partAudio ? "Sample" : part->type == partDrum ? "Drum" : "Note";
 }
@@ -61,7 +59,7 @@ struct SingleEvent {
 
 /// Of what a MIDI part has, notes alone.
 bool isTold(const CPart* part, const CBaseEvent* event) {
-    return part->type != partMIDI || noteOn(static_cast<const CMIDIEvent*>(event)->data);
+    return part->type != partMIDI || isNote(part->type, event);
 }
 
 SingleEvent singleEvent(CPart* part) {
@@ -76,14 +74,14 @@ SingleEvent singleEvent(CPart* part) {
 
 CStr nameOf(const CTrack* track, const CPart* part, const CBaseEvent* event) {
     if (part->type == partAudio) {
-        const CSample* sample = static_cast<const CAudioEvent*>(event)->sample;
+        const CSample* sample = asClip(event)->sample;
         return sample ? extractFileName(sample->filename) : CStr();
     }
     if (part->type == partDrum) {
-        const CDrumSound* drum = track->drumSound(static_cast<const CDrumEvent*>(event)->sound);
+        const CDrumSound* drum = track->drumSound(asHit(event)->sound);
         return drum ? drum->getId() : CStr();
     }
-    return noteToStr(asByte1(static_cast<const CMIDIEvent*>(event)->data));
+    return noteToStr(asByte1(asMessage(event)->data));
 }
 
 /// Of what the bar is about, in ticks: of notes and hits their own, of all else that of the part.
@@ -173,11 +171,11 @@ void ObjectBar::moreClicked(CObject*) {
 }
 
 void ObjectBar::entryClicked(CObject* sender) {
-    choose(static_cast<CMenuItem*>(sender)->tag);
+    choose(tagOf(sender));
 }
 
 void ObjectBar::clicked(CObject* sender) {
-    choose(static_cast<CButton*>(static_cast<CCtrl*>(sender))->tag);
+    choose(tagOf(sender));
 }
 
 void ObjectBar::choose(int which) {

@@ -5,6 +5,7 @@
 #include "base/Numbers.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 
 namespace {
 
@@ -13,14 +14,9 @@ constexpr int leastWidth = 48, leastHeight = 32; ///< of a part with handles
 
 } // namespace
 
-const CAudioEvent* clipOf(CPart* part) {
-    if (part->type != partAudio || isMulticlip(part)) return nullptr;
-    return static_cast<const CAudioEvent*>(part->getEvents());
-}
-
 std::vector<DrawnHandle> handlesOf(CPart* part, CRect box) {
     if (!part->selected() || box.width() < leastWidth || box.height() < leastHeight ||
-        !clipOf(part))
+        !onlyClip(part))
         return {};
     const auto square = [&](PartHandle handle, int left) {
         return DrawnHandle{handle, asRect(left, box.top, left + handleSize, box.top + handleSize)};

@@ -6,13 +6,10 @@
 
 class ArrangeState;
 class CPart;
-struct CAudioEvent;
 
 /// What can be taken hold of on a selected part, where it is large enough.
 enum class PartHandle { none, fadeIn, gain, fadeOut, loop };
 
-/// The only clip of an audio part; null of others.
-const CAudioEvent* clipOf(CPart* part);
 /// The handle at a point of the view, of a part in its box.
 PartHandle handleAt(CPart* part, CRect box, CPoint at);
 /// The handles of a part that are drawn: squares at the upper corners, for fades, and between them,

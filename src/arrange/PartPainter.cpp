@@ -16,6 +16,7 @@
 #include "gui/Shapes.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/take/Takes.h"
 #include "ui/Options.h"
 #include "ui/TrackPalette.h"
@@ -180,7 +181,7 @@ void PartPainter::clips(CPart* part, CRect room, const PartColours& c) {
     int tick = part->pos + part->offset;
     for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
         tick += e->delta;
-        const auto* clip = static_cast<const CAudioEvent*>(e);
+        const auto* clip = asClip(e);
         const double from = deviceX(tick);
         wave(clip, room, from, deviceX(double(tick) + sampleAsTicks2(seq, clip, tick)), c);
     }
@@ -225,7 +226,7 @@ void PartPainter::takeContent(CPart* part, const Takes& takes, int index, CRect 
         notes(sketches.of(*take.notes), start, room, c);
     else if (take.notes)
         hits(sketches.of(*take.notes), start, room, c);
-    const auto* like = static_cast<const CAudioEvent*>(part->getEvents());
+    const auto* like = firstClip(part);
     if (part->type != partAudio || !like) return;
     CAudioEvent clip = *like;
     clip.start = take.start;
@@ -235,7 +236,7 @@ void PartPainter::takeContent(CPart* part, const Takes& takes, int index, CRect 
 
 /// Of a part with one clip.
 void PartPainter::fades(CPart* part, CRect room, int colour) {
-    const CAudioEvent* clip = clipOf(part);
+    const CAudioEvent* clip = onlyClip(part);
     if (!clip || (clip->fadeInMs <= 0.0f && clip->fadeOutMs <= 0.0f)) return;
     const double perMs = room.width() / std::max(1.0, partMilliseconds(state, part));
     const auto line = [&](double foot, double head) {

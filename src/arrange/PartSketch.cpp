@@ -2,6 +2,7 @@
 
 #include "engine/MidiBytes.h"
 #include "sequencer/song/CPart.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/take/Takes.h"
 
 #include <algorithm>
@@ -14,12 +15,12 @@ PartSketch sketch(int type, const CBaseEvent* list) {
     for (const CBaseEvent* e = list; e; e = e->next) {
         tick += e->delta;
         if (type == partMIDI) {
-            const auto* note = static_cast<const CMIDIEvent*>(e);
+            const auto* note = asMessage(e);
             if (noteOn(note->data))
                 s.marks.push_back(
                     {tick, note->length, asByte1(note->data), note->style.muted != 0});
         } else if (type == partDrum) {
-            const auto* hit = static_cast<const CDrumEvent*>(e);
+            const auto* hit = asHit(e);
             s.marks.push_back({tick, 0, hit->sound, hit->style.muted != 0});
         }
     }

@@ -18,6 +18,7 @@
 #include "modular/GraphPaths.h"
 #include "plugins/CVST.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 
@@ -41,7 +42,7 @@ bool lacksSample(const CSound* sound) {
 bool lacksSamples(CPart* part) {
     bool any = false, good = false;
     for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
-        const CSample* sample = static_cast<const CAudioEvent*>(e)->sample;
+        const CSample* sample = asClip(e)->sample;
         any = true;
         good = good || (sample && sample->valid);
     }

@@ -6,6 +6,7 @@
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/Bars.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/EventLanes.h"
 #include "ui/NotePlace.h"
 #include "ui/PlaceText.h"
@@ -33,10 +34,6 @@ constexpr Heading headings[] = {{"Position", 78}, {"Type", 68},   {"Ch", 26},   
                                 {"Value", 46},    {"Length", 62}, {"Sound", 100}, {"Vel", 38},
                                 {"Pan", 38},      {"Tune", 38},   {"Chance", 42}, {"Rep", 28},
                                 {"Flam", 32}};
-
-const CMIDIEvent* midi(const CBaseEvent* event) {
-    return static_cast<const CMIDIEvent*>(event);
-}
 
 bool ofKeys(int data) {
     return statusByte(data) == midiNoteOn || statusByte(data) == midiAftertouch;
@@ -217,7 +214,7 @@ int columnWidth(EventColumn column) {
 
 const char* eventType(int partType, const CBaseEvent* event) {
     if (partType == partDrum) return "Hit";
-    switch (statusByte(midi(event)->data)) {
+    switch (statusByte(asMessage(event)->data)) {
     case midiNoteOn:
         return "Note-on";
     case midiPressure:
@@ -250,8 +247,8 @@ CStr cellText(const NotePlace& place, const CBaseEvent* event, int tick, EventCo
         const int number = styleNumber(partType, event, lane);
         return number < 0 ? CStr() : asStr(number);
     }
-    return partType == partDrum ? hitText(place, static_cast<const CDrumEvent*>(event), column)
-                                : midiText(midi(event), column);
+    return partType == partDrum ? hitText(place, asHit(event), column)
+                                : midiText(asMessage(event), column);
 }
 
 bool setCell(const NotePlace& place, CellEvent& at, EventColumn column, const CStr& text) {
@@ -272,8 +269,8 @@ bool setCell(const NotePlace& place, CellEvent& at, EventColumn column, const CS
         const std::optional<int> number = numberOf(text);
         return number && setStyle(partType, at.event, lane, *number);
     }
-    return partType == partDrum ? setHit(place, static_cast<CDrumEvent*>(at.event), column, text)
-                                : setMidi(static_cast<CMIDIEvent*>(at.event), column, text);
+    return partType == partDrum ? setHit(place, asHit(at.event), column, text)
+                                : setMidi(asMessage(at.event), column, text);
 }
 
 void stepCell(const NotePlace& place, CellEvent& at, EventColumn column, int by) {
@@ -287,14 +284,14 @@ void stepCell(const NotePlace& place, CellEvent& at, EventColumn column, int by)
     } else if (const int lane = styleLane(column)) {
         setStyle(partType, at.event, lane, styleNumber(partType, at.event, lane) + by);
     } else if (partType == partDrum) {
-        auto* hit = static_cast<CDrumEvent*>(at.event);
+        auto* hit = asHit(at.event);
         if (column == sound)
             hit->sound = asMinMax(hit->sound + by, 0, asMax(0, place.rows.count() - 1));
         else
             setDrumParam(hit, paramOf(column),
                          drumParam(hit, paramOf(column)) + float(by / percent));
     } else if (column != type) {
-        auto* event = static_cast<CMIDIEvent*>(at.event);
+        auto* event = asMessage(at.event);
         const Data data = dataOf(event->data);
         const int now = column == channel ? chByte(event->data) + 1
                         : column == key   ? data.first

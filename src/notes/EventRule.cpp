@@ -6,6 +6,7 @@
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/Bars.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "ui/NotePlace.h"
 #include "ui/PlaceText.h"
 
@@ -79,7 +80,7 @@ std::optional<int> EventRule::fieldOf(const NotePlace& place, const CBaseEvent* 
         break;
     }
     if (place.part->type != partMIDI) return std::nullopt;
-    const auto* message = static_cast<const CMIDIEvent*>(event);
+    const auto* message = asMessage(event);
     return field == Field::channel ? messageChannel(message) : messageValue(message);
 }
 

@@ -8,6 +8,7 @@
 #include "sequencer/song/CPart.h"
 #include "sequencer/song/CSubTrack.h"
 #include "sequencer/song/CTrack.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <utility>
@@ -100,7 +101,7 @@ ChannelMix::ChannelMix(const std::vector<CPart*>& parts) {
         int tick = 0;
         for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
             tick += e->delta;
-            const int data = static_cast<const CMIDIEvent*>(e)->data;
+            const int data = asMessage(e)->data;
             sounding = sounding || noteOn(data);
             if (statusByte(data) != midiController) continue;
             const int controller = asByte1(data), value = asByte2(data) & 127;

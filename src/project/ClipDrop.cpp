@@ -11,6 +11,7 @@
 #include "project/ClipContent.h"
 #include "project/KitDrop.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/TrackInstrument.h"
 
 #include <unordered_set>
@@ -21,7 +22,7 @@ namespace {
 void takeSamples(ClipContent& clip, CQV* host, CUndo* undo) {
     std::unordered_set<const CSample*> played;
     for (const CBaseEvent* e = clip.part->getEvents(); e; e = e->next)
-        played.insert(static_cast<const CAudioEvent*>(e)->sample);
+        played.insert(asClip(e)->sample);
     CList rest;
     while (auto* sample = clip.samples.getFirst()) {
         clip.samples.del(0);

@@ -12,6 +12,7 @@
 #include "project/PresetFiles.h"
 #include "project/SampleBlocks.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/songfile/SongWriting.h"
 
 #include <unordered_set>
@@ -33,7 +34,7 @@ std::unique_ptr<CPart> standAlone(CPart* part) {
 void collectSamples(CPart* part, CList& samples) {
     std::unordered_set<const CSample*> known;
     for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
-        CSample* sample = static_cast<const CAudioEvent*>(e)->sample;
+        CSample* sample = asClip(e)->sample;
         if (sample && known.insert(sample).second) samples.add(sample);
     }
 }

@@ -10,6 +10,7 @@
 #include "project/SongSounds.h"
 #include "sequencer/play/AudioVoices.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <cmath>
@@ -45,8 +46,7 @@ public:
     void makeStretchers(CPart* part) {
         if (part->type != partAudio) return;
         for (const CBaseEvent* e = part->getEvents(); e; e = e->next)
-            if (static_cast<const CAudioEvent*>(e)->mode == playStretch && !host.makeStretcher())
-                return;
+            if (asClip(e)->mode == playStretch && !host.makeStretcher()) return;
     }
 
     int framesOf(CPart* part, double mostSeconds) {

@@ -9,6 +9,7 @@
 #include "instruments/SamplerFiles.h"
 #include "project/ClipContent.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <string>
 #include <unordered_map>
@@ -68,7 +69,7 @@ void dropSounds(DrumKit& kit, const std::vector<CDrumSound*>& sounds) {
 
 void renumber(CPart* part, const std::vector<int>& places) {
     for (CBaseEvent* e = part->getEvents(); e; e = e->next) {
-        auto* hit = static_cast<CDrumEvent*>(e);
+        auto* hit = asHit(e);
         const bool known = size_t(hit->sound) < places.size();
         hit->flags = known ? 0 : eventSelected;
         if (known) hit->sound = places[size_t(hit->sound)];

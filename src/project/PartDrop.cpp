@@ -12,6 +12,7 @@
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/midi/MidiImport.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/Points.h"
 
 namespace {
@@ -82,7 +83,7 @@ void PartDrop::addEvents(CPart* from, int shift) {
     eachEvent(from->getEvents(), [&](const CBaseEvent* e, int tick) {
         const int at = limitTicks(int64_t(tick) + shift);
         if (from->type == coming->type) return events.add(at, copyEvent(from->type, e));
-        const auto* note = static_cast<const CMIDIEvent*>(e);
+        const auto* note = asMessage(e);
         if (!toDrums || !noteOn(note->data)) return;
         CDrumEvent* hit = createDrumEvent();
         hit->sound = asByte1(note->data) - firstDrumKey;

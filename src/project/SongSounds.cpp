@@ -13,6 +13,7 @@
 #include "sequencer/edit/Pending.h"
 #include "sequencer/midi/MidiImport.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/Templates.h"
 #include "sequencer/song/TrackInstrument.h"
 
@@ -35,7 +36,7 @@ CSampler* link(std::unique_ptr<CSampler> made, CSeq* seq, CTrack* track, CUndo* 
 /// The program that a part asks for first, -1 when it asks for none.
 int firstProgram(CPart* part) {
     for (const CBaseEvent* e = part->getEvents(); e; e = e->next) {
-        const int data = static_cast<const CMIDIEvent*>(e)->data;
+        const int data = asMessage(e)->data;
         if (statusByte(data) == midiProgram) return asByte1(data);
     }
     return -1;
@@ -44,7 +45,7 @@ int firstProgram(CPart* part) {
 bool hasNotes(CPart* part) {
     if (part->type != partMIDI) return false;
     for (const CBaseEvent* e = part->getEvents(); e; e = e->next)
-        if (noteOn(static_cast<const CMIDIEvent*>(e)->data)) return true;
+        if (noteOn(asMessage(e)->data)) return true;
     return false;
 }
 

@@ -11,6 +11,7 @@
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/EventIndex.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/EventLanes.h"
 #include "sequencer/song/RowLoops.h"
 #include "ui/NoteMouse.h"
@@ -157,8 +158,7 @@ void drawEvents(PixelPaper& paper, const NotePlace& place, const EventIndex& sho
                                           : look.outline,
                         body);
         if (place.rows.drums())
-            drawParam(paper, place.track->drumSound(facts.row), static_cast<CDrumEvent*>(e), box,
-                      colour);
+            drawParam(paper, place.track->drumSound(facts.row), asHit(e), box, colour);
     };
     NarrowMarks narrow(place, edit.axis);
     place.eachNear(shown, edit.axis, asked, [&](const EventIndex::Entry& e) {

@@ -10,6 +10,7 @@
 #include "sequencer/play/Audition.h"
 #include "sequencer/song/CEditorComp.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/Scales.h"
 #include "sequencer/song/TempoMap.h"
 #include "ui/PlaceText.h"
@@ -390,7 +391,7 @@ void NoteMouse::paintParam(CPoint at) {
     const int y = at.y + edit.scrollY, top = in.rows.top(held.row);
     const double value = double(paramLane + top - y + CDrumSound::closedHeight) / double(paramLane);
     eachEvent(painted->getEvents(), [&](CBaseEvent* e, int tick) {
-        auto* hit = static_cast<CDrumEvent*>(e);
+        auto* hit = asHit(e);
         if (tick == wanted && hit->sound == held.row)
             setDrumParam(hit, sound->shownParam, float(fLimit(value, 0.0, 1.0)));
     });

@@ -5,6 +5,7 @@
 #include "instruments/CDrumSound.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "ui/PlaceText.h"
 #include "ui/TimeAxis.h"
 
@@ -15,10 +16,9 @@ NoteFacts factsOf(const CPart* part, CBaseEvent* event, int tick) {
     if (!length) return facts;
     facts.length = asMax(1, *length);
     facts.row = rowOf(part, event);
-    facts.velocity = part->type == partDrum
-                         ? asRound(double(static_cast<const CDrumEvent*>(event)->velocity) * 127)
-                         : asByte2(static_cast<const CMIDIEvent*>(event)->data);
-    if (part->type == partMIDI) facts.channel = static_cast<const CMIDIEvent*>(event)->data & 15;
+    facts.velocity = part->type == partDrum ? asRound(double(asHit(event)->velocity) * 127)
+                                            : asByte2(asMessage(event)->data);
+    if (part->type == partMIDI) facts.channel = asMessage(event)->data & 15;
     facts.style = event->style;
     return facts;
 }

@@ -62,8 +62,7 @@ void drawEvents(PixelPaper& paper, const PartLane& lane, CPart* shown, const Tim
     LinePen pen(paper, lane, axis, colours.line, asked);
     const CEnvEvent* before = nullptr;
     int beforeTick = 0;
-    eachEvent(shown->getParam(lane.lane.number), [&](CBaseEvent* e, int tick) {
-        const auto* point = static_cast<const CEnvEvent*>(e);
+    eachEvent(shown->getParam(lane.lane.number), [&](const CEnvEvent* point, int tick) {
         if (before)
             pen.segment(beforeTick, tick, before->value, point->value, point->shape, point->curve);
         before = point;
@@ -72,9 +71,9 @@ void drawEvents(PixelPaper& paper, const PartLane& lane, CPart* shown, const Tim
     if (before) // the last value stays
         pen.segment(beforeTick, lane.part->length - lane.part->offset, before->value, before->value,
                     1, 0.0f);
-    eachEvent(shown->getParam(lane.lane.number), [&](CBaseEvent* e, int tick) {
+    eachEvent(shown->getParam(lane.lane.number), [&](const CEnvEvent* e, int tick) {
         const int x = lane.xOf(axis, tick);
-        const int y = lane.yOf(static_cast<double>(static_cast<const CEnvEvent*>(e)->value));
+        const int y = lane.yOf(double(e->value));
         const CRect mark =
             asRect(x - pointReach, y - pointReach, x + pointReach + 1, y + pointReach + 1);
         if (intersect(mark, asked).empty() || x < lane.box.left - pointReach ||

@@ -8,6 +8,7 @@
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/Bars.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/LaneUnit.h"
 #include "sequencer/song/TempoMap.h"
 #include "ui/DragSnap.h"
@@ -51,9 +52,9 @@ void PartMouse::unselect(const PartLane& lane) {
 }
 
 void PartMouse::selectWithin(const PartLane& lane, const TimeAxis& axis, CRect band) {
-    eachEvent(lane.part->getParam(lane.lane.number), [&](CBaseEvent* e, int tick) {
+    eachEvent(lane.part->getParam(lane.lane.number), [&](CEnvEvent* e, int tick) {
         const int x = lane.xOf(axis, tick);
-        const int y = lane.yOf(static_cast<double>(static_cast<CEnvEvent*>(e)->value));
+        const int y = lane.yOf(double(e->value));
         if (x >= band.left && x < band.right && y >= band.top && y < band.bottom) select(e, true);
     });
 }
@@ -82,7 +83,7 @@ int PartMouse::pressPoint(CPoint at, int btn) {
         select(found.event, true);
     }
     anchorTick = nowTick = place.part->pos + place.part->offset + found.tick;
-    anchorValue = nowValue = static_cast<double>(static_cast<const CEnvEvent*>(found.event)->value);
+    anchorValue = nowValue = double(asLanePoint(found.event)->value);
     const EventRange range = eventRange(place.seq, place.part, place.lane);
     edit.minDelta = range.minTicks;
     edit.maxDelta = range.maxTicks;

@@ -6,6 +6,7 @@
 #include "gui/Shapes.h"
 #include "sequencer/edit/ClipEdits.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "ui/LevelText.h"
 #include "ui/ProgramItems.h"
 #include "ui/Workspace.h"
@@ -37,11 +38,11 @@ CStr textOf(PartHandle handle, double value) {
 ClipGesture::ClipGesture(ArrangeGrid& over, ArrangeState& shared, CPart* pressed, CRect partBox,
                          PartHandle taken)
     : ArrangeGesture(over, shared), anchor(pressed), box(partBox), handle(taken),
-      before(valueOf(clipOf(pressed), taken)), value(before) {
+      before(valueOf(onlyClip(pressed), taken)), value(before) {
 }
 
 bool ClipGesture::stands() const {
-    return state.seq() && state.seq()->partToSongTrack(anchor) && clipOf(anchor);
+    return state.seq() && state.seq()->partToSongTrack(anchor) && onlyClip(anchor);
 }
 
 double ClipGesture::perPixel() const {

@@ -12,6 +12,7 @@
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipRange.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/take/Takes.h"
 
 #include <memory>
@@ -26,10 +27,6 @@ const char* const notRead = "Could not read file";
 
 constexpr StepEffects processEffects{
     .song = true, .host = HostNotice::pool, .seq = SeqNotice::parts};
-
-CAudioEvent* firstClip(CPart* part) {
-    return part->type == partAudio ? static_cast<CAudioEvent*>(part->getEvents()) : nullptr;
-}
 
 bool playable(const CAudioEvent* clip) {
     return clip && clip->sample && clip->sample->valid && clip->sample->chs <= maxChannels &&
@@ -98,10 +95,10 @@ private:
         for (Result& r : results) {
             CPart* content = r.placed.part->content();
             CPart* edited = content->copy(0);
-            auto* clip = static_cast<CAudioEvent*>(edited->events.load());
+            auto* clip = firstClip(edited);
             const int before = frameCount(clip);
             if (mode == processCut) clip->end -= r.frames.count();
-            if (Takes* takes = static_cast<CAudioPart*>(edited)->takes; takes && mode == processCut)
+            if (Takes* takes = asAudio(edited)->takes; takes && mode == processCut)
                 cutTakes(*takes, r.frames);
             clip->end = asMinMax(clip->end, 0, asMax(r.sample->frames - 1, 0));
             clip->start = asMin(clip->start, clip->end);
@@ -167,11 +164,11 @@ void takeFile(CSeq* seq, CPart* part, std::unique_ptr<CSample> file) {
     file->peakfile();
     CUndo* undo = seq->host->undoStart("Edit", seq, processEffects);
     CPart* edited = part->content()->copy(0);
-    auto* clip = static_cast<CAudioEvent*>(edited->events.load());
+    auto* clip = firstClip(edited);
     clip->sample = file.get();
     clip->start = 0;
     clip->end = file->frames - 1;
-    if (Takes* takes = static_cast<CAudioPart*>(edited)->takes) *takes = Takes(); // of another file
+    if (Takes* takes = asAudio(edited)->takes) *takes = Takes(); // of another file
     undo->asAdd(file.release(), &seq->host->samples);
     swapUndoPart(undo, part->content(), edited);
     seq->host->undoEnd(undo, false);

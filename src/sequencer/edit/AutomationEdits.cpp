@@ -5,6 +5,7 @@
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/play/SongPlayback.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <cmath>
@@ -87,8 +88,8 @@ void changePoints(CSeq* seq, const std::vector<PartSlot>& places, const EventDel
 
 void setPoints(CSeq* seq, const std::vector<PartSlot>& places, float value) {
     edit(seq, places, "Edit", [&](const PartSlot& place, CPart* draft) {
-        eachEvent(draft->getParam(place.slot), [&](CBaseEvent* e, int) {
-            if (isSelected(e)) static_cast<CEnvEvent*>(e)->value = fLimit(value, 0.0f, 1.0f);
+        eachEvent(draft->getParam(place.slot), [&](CEnvEvent* e, int) {
+            if (isSelected(e)) e->value = fLimit(value, 0.0f, 1.0f);
         });
     });
 }
@@ -146,7 +147,7 @@ void drawPoints(CPart* draft, const PartSlot& place, int ticks,
         if (i + 1 < line.size() && line[i].tick < to && line[i + 1].tick > to)
             put({to, shareOn(line[i], line[i + 1], to)});
     }
-    draft->setParam(place.slot, static_cast<CEnvEvent*>(all.takeList()));
+    draft->setParam(place.slot, asLanePoint(all.takeList()));
 }
 
 std::vector<LanePlace> thinned(const std::vector<LanePlace>& line, float reach) {
@@ -171,7 +172,7 @@ std::vector<LanePlace> thinned(const std::vector<LanePlace>& line, float reach) 
 float pointValueAt(CPart* part, int slot, int tick, float none) {
     const CEnvEvent* before = nullptr;
     int at = 0;
-    for (CEnvEvent* e = part->getParam(slot); e; e = static_cast<CEnvEvent*>(e->next)) {
+    for (CEnvEvent* e = part->getParam(slot); e; e = asLanePoint(e->next)) {
         const int from = at;
         at += e->delta;
         if (at >= tick)

@@ -8,6 +8,7 @@
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipRange.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <functional>
@@ -97,7 +98,7 @@ template <class F>
 void eachChosen(CPart* part, CBaseEvent* list, F&& visit) {
     const bool several = isMulticlip(part);
     eachEvent(list, [&](CBaseEvent* e, int tick) {
-        if (!several || (e->flags & eventSelected)) visit(static_cast<CAudioEvent*>(e), tick);
+        if (!several || (e->flags & eventSelected)) visit(asClip(e), tick);
     });
 }
 
@@ -140,8 +141,7 @@ bool apply(CSeq* seq, ClipSetting setting, float value, bool relative) {
 
 /// The only clip of a part; null for parts of another kind, which slip by their offset.
 const CAudioEvent* singleClip(CPart* part) {
-    if (part->type != partAudio || isMulticlip(part)) return nullptr;
-    const auto* clip = static_cast<const CAudioEvent*>(part->getEvents());
+    const CAudioEvent* clip = onlyClip(part);
     return clip && clip->sample && clip->sample->valid ? clip : nullptr;
 }
 
@@ -198,8 +198,7 @@ bool setClip(CSeq* seq, const ClipPlace& place, ClipSetting setting, float value
     std::unique_ptr<CPart> draft(place.part->content()->copy(0));
     int i = 0;
     eachEvent(draft->events, [&](CBaseEvent* e, int tick) {
-        if (i++ == place.index)
-            change(seq, setting, value, place.part, static_cast<CAudioEvent*>(e), tick);
+        if (i++ == place.index) change(seq, setting, value, place.part, asClip(e), tick);
     });
     if (sameContent(draft.get(), place.part->content())) return false;
     CUndo* undo = seq->host->undoStart(titleOf(setting), seq, clipEffects);
@@ -243,7 +242,7 @@ void slipParts(CSeq* seq, int ticks) {
         } else if (done.insert(p.part->content()).second) {
             const int frames = slipFrames(seq, p.part, clip, by) * (clip->reverse ? 1 : -1);
             CPart* edited = p.part->content()->copy(0);
-            auto* moved = static_cast<CAudioEvent*>(edited->events.load());
+            auto* moved = firstClip(edited);
             moved->start += frames;
             moved->end += frames;
             recutPins(moved, clip);

@@ -2,6 +2,7 @@
 
 #include "sequencer/edit/EventShift.h"
 #include "sequencer/edit/PartEdits.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 
@@ -11,11 +12,11 @@ namespace {
 void restore(int partType, CBaseEvent* event, const CBaseEvent* original) {
     CBaseEvent* next = event->next;
     if (partType == partAudio)
-        *static_cast<CAudioEvent*>(event) = *static_cast<const CAudioEvent*>(original);
+        *asClip(event) = *asClip(original);
     else if (partType == partDrum)
-        *static_cast<CDrumEvent*>(event) = *static_cast<const CDrumEvent*>(original);
+        *asHit(event) = *asHit(original);
     else
-        *static_cast<CMIDIEvent*>(event) = *static_cast<const CMIDIEvent*>(original);
+        *asMessage(event) = *asMessage(original);
     event->next = next;
 }
 

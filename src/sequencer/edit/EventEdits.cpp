@@ -6,6 +6,7 @@
 #include "sequencer/edit/EventShift.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <map>
@@ -41,7 +42,7 @@ void rearrange(CPart* draft, const EventLane& lane, F&& each) {
         each(e, tick += e->delta, placed);
     }
     if (lane.automation())
-        draft->setParam(lane.number, static_cast<CEnvEvent*>(placed.takeList()));
+        draft->setParam(lane.number, asLanePoint(placed.takeList()));
     else
         draft->setEvents(placed.takeList());
 }
@@ -71,7 +72,7 @@ void addAftertouch(CPart* draft, int tick, float value) {
     if (draft->type != partMIDI) return;
     std::set<int> keys; // status and key
     for (const CBaseEvent* e = draft->events; e; e = e->next) {
-        const int data = static_cast<const CMIDIEvent*>(e)->data;
+        const int data = asMessage(e)->data;
         if (isSelected(e) && noteOn(data))
             keys.insert(asData(midiAftertouch | (data & 15), asByte1(data), 0));
     }
@@ -107,8 +108,8 @@ void addCopies(CSeq* seq, CPart* part, CPart* draft, const EventLane& lane,
     rearrange(draft, lane, [&](CBaseEvent* e, int tick, EventCollector& into) {
         into.add(tick, e);
         if (!change.concerns(e)) return;
-        CBaseEvent* copied = lane.automation() ? createEnvEvent(static_cast<const CEnvEvent*>(e))
-                                               : copyEvent(type, e);
+        CBaseEvent* copied =
+            lane.automation() ? createEnvEvent(asLanePoint(e)) : copyEvent(type, e);
         select(e, false);
         into.add(change.change(copied, tick), copied);
     });
@@ -190,11 +191,10 @@ void curveEvents(CSeq* seq, CPart* part, int slot, float amount, bool absolute) 
 
 void bendPoints(CPart* draft, int slot, float amount, bool absolute) {
     float before = 0.0f;
-    for (CBaseEvent* e = draft->getParam(slot); e; e = e->next) {
-        auto* point = static_cast<CEnvEvent*>(e);
-        if (isSelected(e)) bend(point, before, amount, absolute);
+    eachEvent(draft->getParam(slot), [&](CEnvEvent* point, int) {
+        if (isSelected(point)) bend(point, before, amount, absolute);
         before = point->value;
-    }
+    });
 }
 
 void lineEditParts(CSeq* seq, const std::vector<CPart*>& parts, const EventLane& lane,
@@ -245,7 +245,7 @@ void setController(CPart* draft, const EventLane& lane, int from, int to, float 
     if (!found && lane.kind == laneAftertouch) return addAftertouch(draft, from, value);
     CBaseEvent* added = found ? nullptr : newLaneEvent(lane, draft->type, value);
     if (added && lane.automation())
-        draft->addEventParam(from, static_cast<CEnvEvent*>(added), lane.number);
+        draft->addEventParam(from, asLanePoint(added), lane.number);
     else if (added)
         draft->addEvent(from, added);
 }

@@ -7,6 +7,7 @@
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipRange.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <limits>
@@ -14,10 +15,6 @@
 namespace {
 
 constexpr int topKey = 127, topVelocity = 127;
-
-bool isNote(int partType, const CBaseEvent* event) {
-    return partType == partMIDI && noteOn(static_cast<const CMIDIEvent*>(event)->data);
-}
 
 int rowsOf(CSeq* seq, CPart* part) {
     const CTrack* track = part->type == partDrum ? seq->partToTrack(part) : nullptr;
@@ -58,7 +55,7 @@ int EventShift::change(CBaseEvent* event, int tick) const {
 }
 
 int EventShift::lengthOf(CBaseEvent* event, int tick) const {
-    auto* clip = static_cast<CAudioEvent*>(event);
+    auto* clip = asClip(event);
     if (part->type == partAudio) return sampleAsTicks2(seq, clip, songTick(tick));
     const int* length = eventLength(part->type, event);
     return length ? *length : 0;
@@ -67,7 +64,7 @@ int EventShift::lengthOf(CBaseEvent* event, int tick) const {
 int EventShift::trim(CBaseEvent* event, int tick, int by) const {
     const int length = lengthOf(event, tick);
     if (length == 0) return tick;
-    auto* clip = static_cast<CAudioEvent*>(event);
+    auto* clip = asClip(event);
     const int hidden = asMin(-part->offset - tick, 0);
     int earliest = hidden;
     if (part->type == partAudio) earliest = -ticksBefore(seq, clip, songTick(tick), -hidden);
@@ -88,7 +85,7 @@ void EventShift::changeLength(CBaseEvent* event, int tick) const {
     if (length == 0) return;
     const int wanted = asMax(limitTicks(int64_t(length) + delta.length), 1);
     if (part->type == partAudio)
-        setClipTicks(seq, static_cast<CAudioEvent*>(event), songTick(tick), wanted);
+        setClipTicks(seq, asClip(event), songTick(tick), wanted);
     else
         *eventLength(part->type, event) =
             std::min(wanted, asMax(limitTicks(int64_t(maxTicks) - tick), 1));
@@ -96,10 +93,10 @@ void EventShift::changeLength(CBaseEvent* event, int tick) const {
 
 void EventShift::changePitch(CBaseEvent* event) const {
     if (part->type == partDrum) {
-        int& sound = static_cast<CDrumEvent*>(event)->sound;
+        int& sound = asHit(event)->sound;
         sound = asMinMax(saturate(int64_t(sound) + delta.pitch), 0, asMax(rows - 1, 0));
     } else if (isNote(part->type, event)) {
-        int& data = static_cast<CMIDIEvent*>(event)->data;
+        int& data = asMessage(event)->data;
         const int key = asMinMax(saturate(int64_t(asByte1(data)) + delta.pitch), 0, topKey);
         data = asData(data, key, asByte2(data));
     }
@@ -107,11 +104,11 @@ void EventShift::changePitch(CBaseEvent* event) const {
 
 void EventShift::changeVelocity(CBaseEvent* event) const {
     if (part->type == partDrum) {
-        float& velocity = static_cast<CDrumEvent*>(event)->velocity;
+        float& velocity = asHit(event)->velocity;
         const float step = 1.0f / topVelocity;
         velocity = fLimit(velocity + float(delta.velocity) * step, step, 1.0f);
     } else if (isNote(part->type, event)) {
-        int& data = static_cast<CMIDIEvent*>(event)->data;
+        int& data = asMessage(event)->data;
         const int velocity =
             asMinMax(saturate(int64_t(asByte2(data)) + delta.velocity), 1, topVelocity);
         data = asData(data, asByte1(data), velocity);
@@ -133,8 +130,8 @@ EventRange rangeOf(CSeq* seq, CPart* part, CBaseEvent* list, const EventLane& la
         if (at >= 0 && at <= last) ticks.add(at);
         if (lane.automation() || lane.values()) return;
         if (const int length = change.lengthOf(e, tick)) lengths.add(length);
-        if (part->type == partDrum) pitches.add(static_cast<CDrumEvent*>(e)->sound);
-        if (isNote(part->type, e)) pitches.add(asByte1(static_cast<CMIDIEvent*>(e)->data));
+        if (part->type == partDrum) pitches.add(asHit(e)->sound);
+        if (isNote(part->type, e)) pitches.add(asByte1(asMessage(e)->data));
     });
     EventRange range;
     if (ticks) {

@@ -7,6 +7,7 @@
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/render/ClipRender.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <memory>
@@ -23,7 +24,7 @@ public:
     Flatten(CSeq* song, CPart* of) : seq(song), part(of) {
         frames = asInt(seq->ticksToFrames(part->pos, seq->getTicks(part), fileRate));
         eachEvent(part->getEvents(), [this](const CBaseEvent* e, int eventTick) {
-            const auto* clip = static_cast<const CAudioEvent*>(e);
+            const auto* clip = asClip(e);
             const int tick = saturate(int64_t(part->offset) + eventTick);
             if (tick < 0 || tick >= seq->getTicks(part) || !clip->sample) return;
             const int begin = asInt(seq->ticksToFrames(part->pos, tick, fileRate));
@@ -41,7 +42,7 @@ public:
         sample.reset(processorFor(seq->host).createSample(like, fileRate, fileBits, chs));
         if (!sample || !write()) return nullptr;
         std::unique_ptr<CPart> made = newPartLike(part);
-        auto* audio = static_cast<CAudioPart*>(made.get());
+        auto* audio = asAudio(made.get());
         audio->multiclip = 0;
         audio->chs = chs;
         made->offset = 0;
@@ -84,11 +85,10 @@ private:
         const int slots = part->content()->reservedSlots();
         for (int slot = 0; slot < slots; slot++) {
             EventCollector points;
-            eachEvent(part->getParam(slot), [&](const CBaseEvent* e, int tick) {
-                points.add(saturate(int64_t(part->offset) + tick),
-                           createEnvEvent(static_cast<const CEnvEvent*>(e)));
+            eachEvent(part->getParam(slot), [&](const CEnvEvent* e, int tick) {
+                points.add(saturate(int64_t(part->offset) + tick), createEnvEvent(e));
             });
-            if (!points.empty()) made->setParam(slot, static_cast<CEnvEvent*>(points.takeList()));
+            putPoints(made, slot, points);
         }
     }
 };

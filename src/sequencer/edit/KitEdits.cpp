@@ -12,6 +12,7 @@
 #include "instruments/SoundSettings.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/Points.h"
 #include "sequencer/song/RowLoops.h"
 #include "sequencer/song/SongValues.h"
@@ -30,7 +31,7 @@ std::unique_ptr<CPart> withPlaces(CPart* content, const std::vector<int>& places
         return sound >= 0 && sound < int(places.size()) ? places[size_t(sound)] : sound;
     };
     for (CBaseEvent* e = edited->getEvents(); e; e = e->next) {
-        auto* hit = static_cast<CDrumEvent*>(e);
+        auto* hit = asHit(e);
         const int to = place(hit->sound);
         hit->flags = to < 0 ? eventSelected : 0;
         if (to >= 0) hit->sound = to;

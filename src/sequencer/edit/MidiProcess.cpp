@@ -7,6 +7,7 @@
 #include "engine/MidiBytes.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/TempoMap.h"
 
 #include <algorithm>
@@ -31,7 +32,7 @@ struct Placed {
 };
 
 int key(const CBaseEvent* event) {
-    return asByte1(static_cast<const CMIDIEvent*>(event)->data);
+    return asByte1(asMessage(event)->data);
 }
 
 /// The events of one part on their way through a process.
@@ -83,9 +84,6 @@ private:
     std::vector<Placed> events;
 
     bool concerns(const CBaseEvent* event) const { return all || (event->flags & eventSelected); }
-    bool isNote(const CBaseEvent* event) const {
-        return type == partMIDI && noteOn(static_cast<const CMIDIEvent*>(event)->data);
-    }
 
     void treat(Placed& p) {
         int* length = eventLength(type, p.event);
@@ -118,7 +116,7 @@ private:
         const int end = saturate(int64_t(seq->getTicks(part)) - part->offset);
         int later = end, here = end; // the next tick with a note behind that of `p`, and its own
         for (auto p = events.rbegin(); p != events.rend(); ++p) {
-            if (!isNote(p->event)) continue;
+            if (!isNote(type, p->event)) continue;
             if (p->tick != here) later = std::exchange(here, p->tick);
             if (concerns(p->event) && later > p->tick)
                 *eventLength(type, p->event) = later - p->tick;
@@ -129,7 +127,7 @@ private:
         std::vector<Placed> pieces;
         for (const Placed& p : events) {
             const int length =
-                isNote(p.event) && concerns(p.event) ? *eventLength(type, p.event) : 0;
+                isNote(type, p.event) && concerns(p.event) ? *eventLength(type, p.event) : 0;
             const int64_t count = std::max(int64_t(1), (int64_t(length) + grid - 1) / grid);
             if (int64_t(pieces.size()) + count > int64_t(events.size()) + maxPieces) {
                 for (const Placed& made : pieces) freeEvent(made.event);
@@ -150,7 +148,8 @@ private:
         std::set<std::pair<int, int>> later;
         std::vector<Placed> kept;
         for (auto p = events.rbegin(); p != events.rend(); ++p) {
-            const bool twice = isNote(p->event) && !later.insert({p->tick, key(p->event)}).second;
+            const bool twice =
+                isNote(type, p->event) && !later.insert({p->tick, key(p->event)}).second;
             if (twice && concerns(p->event))
                 freeEvent(p->event);
             else

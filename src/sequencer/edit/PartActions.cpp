@@ -4,6 +4,7 @@
 #include "engine/CQV.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 
@@ -21,15 +22,11 @@ void eachSelected(CSeq* seq, const char* title, F&& edit, PartChange* change = n
     seq->host->undoEnd(undo, false);
 }
 
-CAudioEvent* firstClip(CPart* part) {
-    return static_cast<CAudioEvent*>(part->getEvents());
-}
-
 /// The first two selected audio parts with a clip.
 std::vector<CPart*> twoAudioParts(CSeq* seq) {
     std::vector<CPart*> found;
     for (CPart* part : selectedParts(seq->getProg()))
-        if (found.size() < 2 && part->type == partAudio && firstClip(part)) found.push_back(part);
+        if (found.size() < 2 && firstClip(part)) found.push_back(part);
     return found;
 }
 

@@ -9,20 +9,17 @@
 #include "sequencer/edit/SamplePaste.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/TempoMap.h"
 
 #include <algorithm>
 
 namespace {
 
-CAudioPart* asAudio(CPart* part) {
-    return part->type == partAudio ? static_cast<CAudioPart*>(part) : nullptr;
-}
-
 /// Where a copied event of a new part ends, in its ticks.
 int endOf(CSeq* seq, CPart* part, CBaseEvent* event, int tick) {
     if (part->type == partAudio) {
-        const int ticks = sampleAsTicks(seq->host, static_cast<CAudioEvent*>(event));
+        const int ticks = sampleAsTicks(seq->host, asClip(event));
         return snapped(quarterTicks, saturate(int64_t(ticks) + tick), true);
     }
     const int* length = eventLength(part->type, event);
@@ -132,9 +129,9 @@ private:
 
 /// Whether the range is a part of what the only clip of a part plays.
 bool meets(CPart* part, const PartRange& range) {
-    if (range.part != part || range.from == range.to || part->type != partAudio) return false;
-    const auto* clip = static_cast<const CAudioEvent*>(part->getEvents());
-    return !asAudio(part->content())->multiclip && clip && clip->sample;
+    if (range.part != part || range.from == range.to) return false;
+    const CAudioEvent* clip = onlyClip(part);
+    return clip && clip->sample;
 }
 
 void addCopy(CSeq* seq, CPart* part, int trackIndex, const PartRange& range) {

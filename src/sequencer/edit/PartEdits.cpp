@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/MidiBytes.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/RowLoops.h"
 #include "sequencer/take/Takes.h"
 
@@ -65,10 +66,9 @@ std::unique_ptr<CPart> newPartLike(CPart* part) {
     made->pos = part->pos;
     made->offset = part->offset;
     made->length = part->length;
-    if (part->type == partAudio) {
-        auto* audio = static_cast<CAudioPart*>(made.get());
-        audio->chs = static_cast<CAudioPart*>(part)->getChs();
-        audio->multiclip = static_cast<CAudioPart*>(content)->multiclip;
+    if (CAudioPart* audio = asAudio(made.get())) {
+        audio->chs = asAudio(part)->getChs();
+        audio->multiclip = asAudio(content)->multiclip;
     }
     return made;
 }
@@ -144,19 +144,19 @@ std::vector<CPart*> partsShowing(CSeq* seq, CPart* part) {
 }
 
 CBaseEvent* copyEvent(int partType, const CBaseEvent* event) {
-    if (partType == partAudio) return createAudioEvent(static_cast<const CAudioEvent*>(event));
-    if (partType == partDrum) return createDrumEvent(static_cast<const CDrumEvent*>(event));
-    return createMIDIEvent(static_cast<const CMIDIEvent*>(event));
+    if (partType == partAudio) return createAudioEvent(asClip(event));
+    if (partType == partDrum) return createDrumEvent(asHit(event));
+    return createMIDIEvent(asMessage(event));
 }
 
 int* eventLength(int partType, CBaseEvent* event) {
-    if (partType == partDrum) return &static_cast<CDrumEvent*>(event)->length;
-    auto* midi = static_cast<CMIDIEvent*>(event);
-    return partType == partMIDI && noteOn(midi->data) ? &midi->length : nullptr;
+    if (partType == partDrum) return &asHit(event)->length;
+    return isNote(partType, event) ? &asMessage(event)->length : nullptr;
 }
 
 bool isMulticlip(CPart* part) {
-    return part->type == partAudio && static_cast<CAudioPart*>(part->content())->multiclip;
+    const CAudioPart* audio = asAudio(part->content());
+    return audio && audio->multiclip;
 }
 
 bool hasSelectedEvents(CPart* part) {
@@ -175,6 +175,10 @@ void takePoints(CPart* part, int slot, EventCollector& into) {
     CBaseEvent* head = part->getParam(slot);
     part->relinkParam(slot, nullptr);
     takeList(head, into);
+}
+
+void putPoints(CPart* part, int slot, EventCollector& points) {
+    if (!points.empty()) part->setParam(slot, asLanePoint(points.takeList()));
 }
 
 bool sameContent(CPart* a, CPart* b) {
@@ -231,7 +235,7 @@ void recordMuteToggle(CUndo* undo, CPart* part) {
 
 void recordMulticlip(CSeq* seq, CPart* part, CUndo* undo) {
     const auto mark = [&](CPart* user) {
-        auto* audio = static_cast<CAudioPart*>(user);
+        auto* audio = asAudio(user);
         if (audio->multiclip) return;
         seq->getTicks(audio); // the length stays that of the clip
         undo->asInt(audio->multiclip.address());

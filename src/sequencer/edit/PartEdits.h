@@ -1,7 +1,6 @@
 #pragma once
 
-#include "sequencer/song/CPart.h"
-#include "sequencer/song/Events.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <memory>
 #include <vector>
@@ -52,6 +51,12 @@ void eachEvent(CBaseEvent* head, F&& visit) {
     int tick = 0;
     for (CBaseEvent* e = head; e; e = e->next) visit(e, tick += e->delta);
 }
+/// The same for the points of a lane.
+template <class F>
+void eachEvent(CEnvEvent* head, F&& visit) {
+    eachEvent(static_cast<CBaseEvent*>(head),
+              [&visit](CBaseEvent* e, int tick) { visit(asLanePoint(e), tick); });
+}
 /// Why an edit is refused that would pass `maxTicks`.
 constexpr const char* songTooLong = "The song would become too long";
 
@@ -69,6 +74,8 @@ void moveList(CBaseEvent* head, EventCollector& into, F&& place) {
 /// collector.
 void takeEvents(CPart* part, EventCollector& into);
 void takePoints(CPart* part, int slot, EventCollector& into);
+/// Gives collected points to a slot of such a part; without any it keeps its own.
+void putPoints(CPart* part, int slot, EventCollector& points);
 
 /// Whether two parts of a class, neither a ghost, hold the same events and points at the same
 /// ticks, selected or not.

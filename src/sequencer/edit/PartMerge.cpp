@@ -4,6 +4,7 @@
 #include "engine/CQV.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/RowLoops.h"
 
 #include <algorithm>
@@ -20,9 +21,7 @@ public:
     }
     ~PartMerge() {
         to->setEvents(events.takeList());
-        for (int slot = 0; slot < maxSlots; slot++)
-            if (!points[slot].empty())
-                to->setParam(slot, static_cast<CEnvEvent*>(points[slot].takeList()));
+        for (int slot = 0; slot < maxSlots; slot++) putPoints(to, slot, points[slot]);
     }
     PartMerge(const PartMerge&) = delete;
     PartMerge& operator=(const PartMerge&) = delete;
@@ -42,15 +41,15 @@ void PartMerge::addEvent(const CBaseEvent* event, int tick) {
     CBaseEvent* copied = copyEvent(to->type, event);
     if (int* length = eventLength(to->type, copied))
         *length = std::max(1, std::min(*length, to->length - tick));
-    if (to->type == partAudio && several) static_cast<CAudioPart*>(to)->multiclip = 1;
+    if (CAudioPart* audio = asAudio(to); audio && several) audio->multiclip = 1;
     several = true;
     events.add(tick, copied);
 }
 
 void PartMerge::add(CPart* from, int offset) {
     const int length = seq->getTicks(from);
-    const auto eachInside = [&](CBaseEvent* list, auto&& visit) {
-        eachEvent(list, [&](const CBaseEvent* e, int eventTick) {
+    const auto eachInside = [&](auto* list, auto&& visit) {
+        eachEvent(list, [&](const auto* e, int eventTick) {
             const int64_t tick = int64_t(from->offset) + eventTick;
             if (tick >= 0 && tick < length) visit(e, saturate(tick + offset));
         });
@@ -59,8 +58,8 @@ void PartMerge::add(CPart* from, int offset) {
     eachInside(played.list(), [&](const CBaseEvent* e, int tick) { addEvent(e, tick); });
     const int slots = from->content()->reservedSlots();
     for (int slot = 0; slot < slots; slot++)
-        eachInside(from->getParam(slot), [&](const CBaseEvent* e, int tick) {
-            points[slot].add(tick, createEnvEvent(static_cast<const CEnvEvent*>(e)));
+        eachInside(from->getParam(slot), [&](const CEnvEvent* e, int tick) {
+            points[slot].add(tick, createEnvEvent(e));
         });
 }
 
@@ -70,7 +69,7 @@ std::unique_ptr<CPart> glued(CSeq* seq, const std::vector<CPart*>& parts) {
     made->offset = 0;
     made->length = 0;
     made->setSelected(true);
-    auto* audio = made->type == partAudio ? static_cast<CAudioPart*>(made.get()) : nullptr;
+    auto* audio = asAudio(made.get());
     if (audio) audio->multiclip = 0;
     PartMerge merge(seq, made.get());
     for (CPart* part : parts) {
@@ -78,7 +77,7 @@ std::unique_ptr<CPart> glued(CSeq* seq, const std::vector<CPart*>& parts) {
         made->length =
             std::max(int(made->length), limitTicks(int64_t(offset) + seq->getTicks(part)));
         merge.add(part, offset);
-        if (audio) audio->chs = std::max(audio->chs, static_cast<CAudioPart*>(part)->getChs());
+        if (audio) audio->chs = std::max(audio->chs, asAudio(part)->getChs());
     }
     return made;
 }

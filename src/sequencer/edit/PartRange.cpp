@@ -4,6 +4,7 @@
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/EventKinds.h"
 
 namespace {
 
@@ -17,7 +18,7 @@ int share(int ticks, const FrameRange& frames, const CAudioEvent* of) {
 } // namespace
 
 FrameRange framesOf(CSeq* seq, CPart* part, const PartRange& range) {
-    const auto* clip = static_cast<const CAudioEvent*>(part->getEvents());
+    const auto* clip = firstClip(part);
     FrameRange frames{clip->start, saturate(int64_t(clip->end) + 1)};
     const bool selected = range.part == part && range.from != range.to;
     if (!selected || !getAudioSelection(seq, part, range.from, range.to, frames.from, frames.to))
@@ -28,7 +29,7 @@ FrameRange framesOf(CSeq* seq, CPart* part, const PartRange& range) {
 
 std::unique_ptr<CPart> partOfFrames(CSeq* seq, CPart* part, const FrameRange& frames,
                                     const CAudioEvent* of) {
-    const auto* whole = of ? of : static_cast<const CAudioEvent*>(part->getEvents());
+    const auto* whole = of ? of : firstClip(part);
     const int ticks =
         isMulticlip(part) ? sampleAsTicks2(seq, whole, part->pos) : seq->getTicks(part);
     std::unique_ptr<CPart> made = newPartLike(part);

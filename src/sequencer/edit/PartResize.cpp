@@ -6,6 +6,7 @@
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipRange.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <tuple>
@@ -17,8 +18,8 @@ constexpr StepEffects resizeEffects{.song = true, .seq = SeqNotice::parts};
 
 /// The only clip of a part that lasts as long as it does; null for other parts.
 const CAudioEvent* rulingClip(CPart* part) {
-    if (part->type != partAudio || static_cast<CAudioPart*>(part)->multiclip) return nullptr;
-    const auto* clip = static_cast<const CAudioEvent*>(part->getEvents());
+    if (part->type != partAudio || asAudio(part)->multiclip) return nullptr;
+    const auto* clip = firstClip(part);
     return clip && (clip->mode != playRepitch || lengthEvent(part)) ? clip : nullptr;
 }
 
@@ -72,7 +73,7 @@ private:
     template <class F>
     void edit(CPart* part, F&& change) {
         std::unique_ptr<CPart> edited(part->content()->copy(0));
-        auto* clip = static_cast<CAudioEvent*>(edited->events.load());
+        auto* clip = firstClip(edited.get());
         const auto range = [clip] { return std::tuple(clip->start, clip->end, clip->ticks); };
         const auto before = range();
         change(clip);

@@ -8,6 +8,7 @@
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipRange.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/RowLoops.h"
 
 namespace {
@@ -39,10 +40,8 @@ bool inside(const CAudioEvent* clip, int frame) {
 }
 
 /// The only clip of a part whose length follows from it; null for other parts.
-const CAudioEvent* onlyClip(CPart* part) {
-    if (part->type != partAudio || static_cast<CAudioPart*>(part->content())->multiclip)
-        return nullptr;
-    const auto* clip = static_cast<const CAudioEvent*>(part->getEvents());
+const CAudioEvent* lengthClip(CPart* part) {
+    const CAudioEvent* clip = onlyClip(part);
     return clip && !clip->next && clip->sample ? clip : nullptr;
 }
 
@@ -50,7 +49,7 @@ const CAudioEvent* onlyClip(CPart* part) {
 /// much to be written out.
 bool cuttable(CSeq* seq, CPart* part, int at) {
     if (!canWriteOut(part, saturate(int64_t(seq->getTicks(part)) - part->offset))) return false;
-    const CAudioEvent* clip = onlyClip(part);
+    const CAudioEvent* clip = lengthClip(part);
     if (!clip) return true;
     const int64_t begin = int64_t(part->offset) + clip->delta;
     const int frame = frameInClip(seq, clip, saturate(part->pos + begin), saturate(at - begin));
@@ -113,7 +112,7 @@ void Piece::copyEvents(CPart* into) const {
     eachEvent(events.list(), [&](const CBaseEvent* e, int eventTick) {
         const int tick = partTick(eventTick);
         if (source->type == partAudio) {
-            if (CAudioEvent* piece = clipPiece(static_cast<const CAudioEvent*>(e), tick))
+            if (CAudioEvent* piece = clipPiece(asClip(e), tick))
                 copies.add(newTick(takes(tick) ? tick : from), piece);
         } else if (takes(tick)) {
             copies.add(newTick(tick), copyEvent(source->type, e));
@@ -124,12 +123,11 @@ void Piece::copyEvents(CPart* into) const {
 
 void Piece::copyPoints(CPart* into, int slot) const {
     EventCollector copies;
-    eachEvent(source->getParam(slot), [&](const CBaseEvent* e, int eventTick) {
+    eachEvent(source->getParam(slot), [&](const CEnvEvent* e, int eventTick) {
         const int tick = partTick(eventTick);
-        if (takes(tick) || tick == to)
-            copies.add(newTick(tick), createEnvEvent(static_cast<const CEnvEvent*>(e)));
+        if (takes(tick) || tick == to) copies.add(newTick(tick), createEnvEvent(e));
     });
-    if (!copies.empty()) into->setParam(slot, static_cast<CEnvEvent*>(copies.takeList()));
+    putPoints(into, slot, copies);
 }
 
 std::unique_ptr<CPart> Piece::make() const {
@@ -150,7 +148,7 @@ std::unique_ptr<CPart> Piece::make() const {
 CBaseEvent* cutEvent(CSeq* seq, CPart* part, CBaseEvent* event, int tick, int at) {
     if (at < 1) return nullptr;
     if (part->type == partAudio) {
-        auto* clip = static_cast<CAudioEvent*>(event);
+        auto* clip = asClip(event);
         if (!clip->sample) return nullptr;
         const int songTick = saturate(int64_t(part->pos) + part->offset + tick);
         const int frame = frameInClip(seq, clip, songTick, at);

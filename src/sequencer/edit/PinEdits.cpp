@@ -7,6 +7,7 @@
 #include "sequencer/play/AudioVoices.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/TempoMap.h"
 
 #include <algorithm>
@@ -17,19 +18,13 @@ namespace {
 
 constexpr StepEffects pinEffects{.song = true, .seq = SeqNotice::parts};
 
-CAudioEvent* clipIn(CPart* content, int index) {
-    CBaseEvent* event = content->events;
-    for (int i = 0; event && i < index; i++) event = event->next;
-    return static_cast<CAudioEvent*>(event);
-}
-
 /// One step: `change(clip)`, of a copy that takes the place of the part's content.
 template <class F>
 bool edit(CSeq* seq, const ClipPlace& place, F&& change) {
     if (!place.clip() || seq->isLocked(place.part)) return false;
     CPart* content = place.part->content();
     std::unique_ptr<CPart> draft(content->copy(0));
-    change(clipIn(draft.get(), place.index));
+    change(clipAt(draft.get(), place.index));
     if (sameContent(draft.get(), content)) return false;
     CUndo* undo = seq->host->undoStart("Stretch markers", seq, pinEffects);
     swapUndoPart(undo, content, draft.release());

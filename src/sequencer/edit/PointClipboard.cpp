@@ -50,9 +50,8 @@ void PointClipboard::copy(CSeq* seq) {
     eachShownLane(seq, [&](const CSongTrack* songTrack, CSubTrack* lane) {
         Lane one{songTrack->track, lane, {}};
         for (auto* part : songTrack->parts)
-            eachEvent(part->getParam(lane->slot), [&](const CBaseEvent* e, int tick) {
-                const auto* point = static_cast<const CEnvEvent*>(e);
-                if (isSelected(e))
+            eachEvent(part->getParam(lane->slot), [&](const CEnvEvent* point, int tick) {
+                if (isSelected(point))
                     one.points.push_back({saturate(int64_t(part->pos) + part->offset + tick),
                                           point->value, point->curve, point->shape});
             });

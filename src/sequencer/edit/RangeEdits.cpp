@@ -8,6 +8,7 @@
 #include "sequencer/play/AudioVoices.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/Points.h"
 #include "sequencer/take/Takes.h"
 
@@ -157,7 +158,7 @@ void stretchEvent(CSeq* seq, CPart* part, const TimeScale& scale, CBaseEvent* ev
         if (int* length = eventLength(part->type, event)) *length = scale.length(*length);
         return;
     }
-    auto* clip = static_cast<CAudioEvent*>(event);
+    auto* clip = asClip(event);
     const int songTick = saturate(int64_t(part->pos) + part->offset + tick);
     clip->ticks = scale.length(sampleAsTicks2(seq, clip, songTick));
     if (clip->mode == playRepitch) clip->mode = playStretch;
@@ -184,7 +185,7 @@ std::unique_ptr<CPart> stretched(CSeq* seq, CPart* part, const TimeScale& scale)
         CBaseEvent* first = made->getParam(slot);
         made->relinkParam(slot, nullptr);
         moveList(first, points, [&](CBaseEvent*, int tick) { return place(tick); });
-        if (!points.empty()) made->setParam(slot, static_cast<CEnvEvent*>(points.takeList()));
+        putPoints(made.get(), slot, points);
     }
     return made;
 }

@@ -9,6 +9,7 @@
 #include "sequencer/play/AudioVoices.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipRange.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/take/Takes.h"
 
 #include <functional>
@@ -23,12 +24,6 @@ const char* const nothingLeft = "Nothing would be left";
 
 constexpr StepEffects sampleEffects{
     .song = true, .host = HostNotice::pool, .seq = SeqNotice::parts};
-
-CAudioEvent* clipOf(CPart* content, int index) {
-    CBaseEvent* event = content->events;
-    for (int i = 0; event && i < index; i++) event = event->next;
-    return static_cast<CAudioEvent*>(event);
-}
 
 /// Whether an edit may reach the clip.
 bool editable(CSeq* seq, const ClipPlace& place) {
@@ -88,7 +83,7 @@ void record(CSeq* seq, const ClipPlace& place, const CStr& title, std::unique_pt
     CUndo* undo = seq->host->undoStart(title, seq, sampleEffects);
     CPart* content = place.part->content();
     CPart* edited = content->copy(0);
-    CAudioEvent* clip = clipOf(edited, place.index);
+    CAudioEvent* clip = clipAt(edited, place.index);
     const CAudioEvent* former = place.clip();
     const int last = asMax(0, file->frames - 1);
     const int64_t behind = shift(saturate(int64_t(clip->end) + 1));
@@ -140,14 +135,14 @@ void takeCopy(CSeq* seq, CPart* like, std::unique_ptr<CPart> copied) {
 const CAudioEvent* copiedClip(CSeq* seq) {
     auto* part = seq->clipboard.parts.getFirst();
     if (seq->clipboard.parts.getCount() != 1 || part->type != partAudio) return nullptr;
-    const auto* clip = static_cast<const CAudioEvent*>(part->getEvents());
+    const auto* clip = firstClip(part);
     return hasFrames(clip) ? clip : nullptr;
 }
 
 } // namespace
 
 CAudioEvent* ClipPlace::clip() const {
-    return part && part->type == partAudio ? clipOf(part->content(), index) : nullptr;
+    return part && part->type == partAudio ? clipAt(part->content(), index) : nullptr;
 }
 
 bool hasFrames(const CAudioEvent* clip) {

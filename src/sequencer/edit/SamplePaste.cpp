@@ -7,6 +7,7 @@
 #include "sequencer/play/AudioVoices.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <memory>
@@ -64,8 +65,8 @@ CSample* CSeq::cloneSampleType(CSample* like) {
 
 bool pasteFrames(CSeq* seq, CUndo* undo, CPart* source, CPart* target, int tick) {
     CPart* content = target->content();
-    const auto* clip = static_cast<const CAudioEvent*>(content->getEvents());
-    const auto* added = static_cast<const CAudioEvent*>(source->getEvents());
+    const auto* clip = firstClip(content);
+    const auto* added = firstClip(source);
     if (!usable(clip) || !usable(added) || clip->sample->rate != added->sample->rate) return false;
     const int frame = asMinMax(posAsFrames2(clip, tick - clip->delta, seq->getTicks(target)),
                                clip->start, clip->end + 1);
@@ -78,7 +79,7 @@ bool pasteFrames(CSeq* seq, CUndo* undo, CPart* source, CPart* target, int tick)
     }
 
     CPart* edited = content->copy(0);
-    auto* grown = static_cast<CAudioEvent*>(edited->events.load());
+    auto* grown = firstClip(edited);
     const int count = added->end - added->start + 1;
     double share = double(count) / (clip->end - clip->start + 1);
     if (isPinned(clip))

@@ -11,6 +11,7 @@
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipRange.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <cmath>
@@ -105,15 +106,14 @@ private:
     CSeq* seq;
 
     static const CAudioEvent* sliceable(CPart* part) {
-        if (part->type != partAudio || isMulticlip(part)) return nullptr;
-        const auto* clip = static_cast<const CAudioEvent*>(part->getEvents());
+        const CAudioEvent* clip = onlyClip(part);
         return clip && clip->sample && clip->sample->valid && clip->end > clip->start ? clip
                                                                                       : nullptr;
     }
 
     std::unique_ptr<CPart> make(CPart* part, const Slice& slice) const {
         std::unique_ptr<CPart> made = uncheckedPiece(seq, part, slice.from, slice.to);
-        const auto* whole = static_cast<const CAudioEvent*>(part->getEvents());
+        const auto* whole = firstClip(part);
         CAudioEvent* clip = createAudioEvent(whole);
         clip->start = slice.first;
         clip->end = slice.last;

@@ -4,6 +4,7 @@
 #include "engine/MidiBytes.h"
 #include "sequencer/edit/EventEdits.h"
 #include "sequencer/edit/PartEdits.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/TempoMap.h"
 
 #include <algorithm>
@@ -59,8 +60,8 @@ struct Note {
     void moveTo(double to) {
         tick = int(std::clamp(std::round(to), double(-maxTicks), double(maxTicks)));
     }
-    CMIDIEvent* midi() const { return static_cast<CMIDIEvent*>(event); }
-    CDrumEvent* hit() const { return static_cast<CDrumEvent*>(event); }
+    CMIDIEvent* midi() const { return asMessage(event); }
+    CDrumEvent* hit() const { return asHit(event); }
     int row() const { return partType == partDrum ? hit()->sound : asByte1(midi()->data); }
     double velocity() const {
         return partType == partDrum ? double(hit()->velocity) * 127 : asByte2(midi()->data);
@@ -288,11 +289,10 @@ void thin(CPart* draft, const TransformValues& v, bool all) {
     std::map<int, CBaseEvent*> last;
     std::unordered_set<CBaseEvent*> chosen, going;
     for (CBaseEvent* e = draft->getEvents(); e; e = e->next)
-        if (const Message m = messageOf(static_cast<CMIDIEvent*>(e)->data); m.key >= 0)
-            last[m.key] = e;
+        if (const Message m = messageOf(asMessage(e)->data); m.key >= 0) last[m.key] = e;
     eachEvent(draft->getEvents(), [&](CBaseEvent* e, int tick) {
         if (isSelected(e)) chosen.insert(e);
-        const Message m = messageOf(static_cast<CMIDIEvent*>(e)->data);
+        const Message m = messageOf(asMessage(e)->data);
         if (m.key < 0 || (!all && !isSelected(e))) return;
         const auto before = kept.find(m.key);
         const bool near = before != kept.end() && (tick - before->second.tick < v[0] ||
@@ -325,9 +325,8 @@ void transformEvents(CPart* draft, int kind, const TransformValues& values,
     if (kind == transformThin) return thin(draft, values, all);
     Notes notes;
     eachEvent(draft->getEvents(), [&](CBaseEvent* e, int tick) {
-        const bool sounds = eventLength(draft->type, e) &&
-                            (draft->type == partDrum || noteOn(static_cast<CMIDIEvent*>(e)->data));
-        if (sounds && (all || isSelected(e))) notes.push_back({e, draft->type, tick});
+        if (eventLength(draft->type, e) && (all || isSelected(e)))
+            notes.push_back({e, draft->type, tick});
     });
     if (notes.empty()) return;
     changes[kind](notes, values, scope);

@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/MidiBytes.h"
 #include "sequencer/song/CPart.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 
@@ -176,8 +177,7 @@ void CSMF::writeEvent(int message, int tick) {
 }
 
 void CSMF::writeTrack() {
-    for (const CBaseEvent* e = events; e; e = e->next)
-        writeEvent(static_cast<const CMIDIEvent*>(e)->data, e->delta);
+    for (const CBaseEvent* e = events; e; e = e->next) writeEvent(asMessage(e)->data, e->delta);
 }
 
 void CSMF::clearEvents() {

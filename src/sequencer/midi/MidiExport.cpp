@@ -6,6 +6,7 @@
 #include "engine/MidiBytes.h"
 #include "sequencer/midi/CSMF.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/Points.h"
 #include "sequencer/song/RowLoops.h"
 #include "sequencer/song/TempoMap.h"
@@ -166,9 +167,9 @@ void TrackMessages::add(CPart* part) {
         if (tick < std::max(int(part->pos), range.from) || tick > end) continue;
         if (e->style.chance == 0 || e->style.muted) continue;
         if (part->type == partDrum)
-            addDrum(tick, static_cast<const CDrumEvent*>(e), end);
+            addDrum(tick, asHit(e), end);
         else
-            addMessage(tick, static_cast<const CMIDIEvent*>(e), end);
+            addMessage(tick, asMessage(e), end);
     }
 }
 

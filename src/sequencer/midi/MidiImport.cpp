@@ -6,6 +6,7 @@
 #include "engine/CUndo.h"
 #include "engine/MidiBytes.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/Points.h"
 
 #include <algorithm>
@@ -351,7 +352,7 @@ void Importer::linkByChannel() {
     for (CBaseEvent *e = events.takeList(), *next = nullptr; e; e = next) {
         next = e->next;
         at += e->delta;
-        byChannel[chByte(static_cast<CMIDIEvent*>(e)->data)].add(at, e);
+        byChannel[chByte(asMessage(e)->data)].add(at, e);
     }
     const CStr name = trackName;
     const int length = part->length;

@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/MidiBytes.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 
 namespace {
 
@@ -11,12 +12,12 @@ constexpr int chordReach = 60; ///< ticks within which a strummed chord begins
 
 void play(CTrack* track, const CPart* part, const CBaseEvent* event, int transpose) {
     if (part->type == partDrum) {
-        const auto* hit = static_cast<const CDrumEvent*>(event);
+        const auto* hit = asHit(event);
         const int velocity = asMinMax(asRound(double(hit->velocity) * topVelocity), 1, topVelocity);
         if (track->drumSound(hit->sound + transpose))
             track->preview.addNote(firstDrumKey + hit->sound + transpose, velocity);
     } else if (part->type == partMIDI) {
-        const int data = static_cast<const CMIDIEvent*>(event)->data;
+        const int data = asMessage(event)->data;
         if (noteOn(data)) track->preview.addNote(asByte1(data) + transpose, asByte2(data));
     }
 }

@@ -13,6 +13,7 @@
 #include "sequencer/song/CGroove.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/CSubTrack.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/Points.h"
 #include "sequencer/song/RowLoops.h"
 #include "sequencer/song/TempoMap.h"
@@ -101,8 +102,8 @@ void strikeDrum(const Block& b, CPart* part, const Strike& s, double at) {
 }
 
 Strike strikeOf(PlayKind kind, const CBaseEvent* event) {
-    if (kind == PlayKind::midi) return {kind, static_cast<const CMIDIEvent*>(event)->data};
-    const auto* hit = static_cast<const CDrumEvent*>(event);
+    if (kind == PlayKind::midi) return {kind, asMessage(event)->data};
+    const auto* hit = asHit(event);
     return {kind, 0, hit->sound, hit->velocity, hit->pan, hit->tune};
 }
 
@@ -121,8 +122,7 @@ bool happens(const Block& b, const Strike& s, const CBaseEvent* event, int tick)
 }
 
 bool isStrike(PlayKind kind, const CBaseEvent* event) {
-    return kind == PlayKind::drum ||
-           (kind == PlayKind::midi && noteOn(static_cast<const CMIDIEvent*>(event)->data));
+    return kind == PlayKind::drum || (kind == PlayKind::midi && noteOn(asMessage(event)->data));
 }
 
 /// Plays what stands at `tick`, with the swing at `moved`: once, and its repeats follow by
@@ -134,8 +134,7 @@ void playStrike(const Block& b, CPart* part, PlayKind kind, const CBaseEvent* ev
     if (!happens(b, s, event, tick)) return;
     const int partEnd = part->pos + b.track()->seq->playedTicks(part);
     const int length =
-        std::max(1, kind == PlayKind::midi ? static_cast<const CMIDIEvent*>(event)->length
-                                           : static_cast<const CDrumEvent*>(event)->length);
+        std::max(1, kind == PlayKind::midi ? asMessage(event)->length : asHit(event)->length);
     const Repeats r{s, tick,           moved, length, std::max(1, int(event->style.repeats)),
                     1, double(partEnd)};
     strike(b, part, s, moved, tick + std::max(1, std::min(r.start(1), partEnd - tick)) - 1.0);
@@ -173,8 +172,7 @@ void playFlam(const Block& b, CPart* part, PlayKind kind, const CBaseEvent* even
 
 /// Whether a row of its own length leaves an event of a drum part out.
 bool leftOut(CPart* part, const CBaseEvent* event, const RowLoops* rows, int tick) {
-    return rows && !inRow(rows, static_cast<const CDrumEvent*>(event)->sound,
-                          tick - part->pos - part->offset);
+    return rows && !inRow(rows, asHit(event)->sound, tick - part->pos - part->offset);
 }
 
 /// The soft ones that go before events to come.
@@ -225,7 +223,7 @@ void playEvents(const Block& b, CPart* part, CPlayStruct& p, const RowLoops* row
         }
         const int delay = b.done + std::max(0, b.frameAt(moved));
         if (p.kind == PlayKind::audio)
-            playClip(b.songTrack, part, static_cast<CAudioEvent*>(p.current), tick, moved, delay);
+            playClip(b.songTrack, part, asClip(p.current), tick, moved, delay);
         else if (!leftOut(part, p.current, rows, tick))
             playStrike(b, part, p.kind, p.current, tick, moved);
         p.pos = tick;
@@ -246,7 +244,7 @@ void loadRamp(CPlayStruct& p, const CEnvEvent* point) {
     p.pos += point->delta;
     p.current = point->next;
     if (!p.current) return;
-    const auto* next = static_cast<CEnvEvent*>(p.current);
+    const auto* next = asLanePoint(p.current);
     p.rampTo = next->value;
     p.rampLength = next->delta;
     p.curve = next->curve;
@@ -254,7 +252,7 @@ void loadRamp(CPlayStruct& p, const CEnvEvent* point) {
 
 float rampValue(const CPlayStruct& p) {
     const double t = p.rampLength > 0.0 ? p.rampPos / p.rampLength : 1.0;
-    const int shape = static_cast<const CEnvEvent*>(p.current)->shape;
+    const int shape = asLanePoint(p.current)->shape;
     return getPoint(shape, p.rampFrom, p.rampTo, float(t), p.curve);
 }
 
@@ -289,7 +287,7 @@ void playEnvelope(const Block& b, CPart* part, CPlayStruct& p, int slice) {
                 p.rampPos += n * b.tpf;
             }
         } else if (tick >= part->pos && tick < partEnd) {
-            const auto* point = static_cast<CEnvEvent*>(p.current);
+            const auto* point = asLanePoint(p.current);
             n = std::max(0, asRound(distance));
             sendLane(b, p, b.done + done + std::max(0.0, distance), point->value);
             loadRamp(p, point);

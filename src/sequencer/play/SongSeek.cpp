@@ -6,6 +6,7 @@
 #include "sequencer/play/AudioVoices.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/CSubTrack.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <cassert>
@@ -21,7 +22,7 @@ template <class F>
 void eachPoint(CSongTrack* songTrack, CPart* part, int slot, F visit) {
     const double end = double(part->pos) + songTrack->track->seq->playedTicks(part);
     double tick = double(part->pos) + part->offset;
-    for (CEnvEvent* e = part->getParam(slot); e; e = static_cast<CEnvEvent*>(e->next)) {
+    for (CEnvEvent* e = part->getParam(slot); e; e = asLanePoint(e->next)) {
         tick += e->delta;
         if (tick >= end) return;
         if (tick >= part->pos && !visit(e, tick)) return;
@@ -102,7 +103,7 @@ void seekPointer(CSongTrack* songTrack, CPlayStruct& p, CPart* part, double posi
     while (e && double(p.pos) + e->delta < from) {
         p.pos += e->delta;
         if (p.kind == PlayKind::audio && p.pos >= part->pos)
-            joinClip(songTrack, part, static_cast<CAudioEvent*>(e), p.pos, position, delay);
+            joinClip(songTrack, part, asClip(e), p.pos, position, delay);
         prior = e;
         e = e->next;
     }
@@ -114,9 +115,9 @@ void seekPointer(CSongTrack* songTrack, CPlayStruct& p, CPart* part, double posi
         p.state = RampState::beforeFirst;
         return;
     }
-    p.rampFrom = static_cast<CEnvEvent*>(prior)->value;
-    p.rampTo = static_cast<CEnvEvent*>(e)->value;
-    p.curve = static_cast<CEnvEvent*>(e)->curve;
+    p.rampFrom = asLanePoint(prior)->value;
+    p.rampTo = asLanePoint(e)->value;
+    p.curve = asLanePoint(e)->curve;
     p.rampLength = e->delta;
     p.rampPos = from - p.pos;
 }

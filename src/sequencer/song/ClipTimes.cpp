@@ -5,6 +5,7 @@
 #include "engine/CQV.h"
 #include "sequencer/play/AudioVoices.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/Points.h"
 #include "sequencer/song/TempoMap.h"
 
@@ -29,7 +30,7 @@ int frameAt(const CAudioEvent* e, double framesIn) {
 
 const CAudioEvent* clipAtOwnSpeed(const CPart* part, const CPart* content) {
     if (part->type != partAudio || static_cast<const CAudioPart*>(part)->multiclip) return nullptr;
-    const auto* event = static_cast<const CAudioEvent*>(content->events.load());
+    const auto* event = asClip(content->events.load());
     return event && event->mode == playRepitch && event->sample ? event : nullptr;
 }
 
@@ -82,8 +83,8 @@ int posAsFrames3(const CAudioEvent* e, int ticks, int total, float tempo) {
 }
 
 bool getAudioSelection(CSeq* seq, CPart* part, int fromTick, int toTick, int& from, int& to) {
-    const auto* e = static_cast<const CAudioEvent*>(part->getEvents());
-    if (!e || !e->sample || part->type != partAudio) return false;
+    const auto* e = firstClip(part);
+    if (!e || !e->sample) return false;
     const auto frames = [&](int tick) {
         return frameAt(e, seq->ticksToFrames(part->pos, tick, asInt(double(e->sample->rate))));
     };

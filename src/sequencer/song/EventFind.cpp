@@ -4,6 +4,7 @@
 #include "engine/MidiBytes.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/EventIndex.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,9 +23,9 @@ double distance(const PointProbe& probe, double tick, double value) {
 } // namespace
 
 int rowOf(const CPart* part, const CBaseEvent* event) {
-    if (part->type == partDrum) return static_cast<const CDrumEvent*>(event)->sound;
+    if (part->type == partDrum) return asHit(event)->sound;
     if (part->type != partMIDI) return -1;
-    const int data = static_cast<const CMIDIEvent*>(event)->data;
+    const int data = asMessage(event)->data;
     return noteOn(data) ? asByte1(data) : -1;
 }
 
@@ -49,18 +50,17 @@ FoundEvent findPoint(CPart* part, int slot, const PointProbe& probe) {
     double nearest = 1.0;
     const CEnvEvent* before = nullptr;
     int from = 0;
-    eachEvent(part->getParam(slot), [&](CBaseEvent* e, int tick) {
-        const auto* p = static_cast<const CEnvEvent*>(e);
+    eachEvent(part->getParam(slot), [&](CEnvEvent* p, int tick) {
         const double away = distance(probe, tick, double(p->value));
         if (away <= nearest) {
             nearest = away;
-            point = {e, tick, zoneBody};
+            point = {p, tick, zoneBody};
         }
         if (before && before->shape == 0) {
             const float middle =
                 automationPoint(before->shape, before->value, p->value, 0.5f, p->curve);
             if (distance(probe, (double(from) + tick) / 2, double(middle)) <= 1.0)
-                segment = {e, tick, zoneCurve};
+                segment = {p, tick, zoneCurve};
         }
         before = p;
         from = tick;

@@ -6,13 +6,14 @@
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipTimes.h"
 #include "sequencer/song/EventFind.h"
+#include "sequencer/song/EventKinds.h"
 
 namespace {
 
 /// At least a tick.
 int ticksOf(CSeq* seq, CPart* part, CBaseEvent* event, int tick) {
     if (part->type == partAudio)
-        return asMax(1, sampleAsTicks2(seq, static_cast<CAudioEvent*>(event),
+        return asMax(1, sampleAsTicks2(seq, asClip(event),
                                        saturate(int64_t(part->pos) + part->offset + tick)));
     const int* length = eventLength(part->type, event);
     return length ? asMax(1, *length) : 1;

@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/MidiBytes.h"
 #include "sequencer/song/CPart.h"
+#include "sequencer/song/EventKinds.h"
 
 namespace {
 
@@ -91,29 +92,29 @@ bool onLane(const EventLane& lane, int partType, const CBaseEvent* event) {
     if (!lane.values()) return true;
     if (partType == partDrum) return lane.ofNotes();
     if (partType != partMIDI) return false;
-    const int data = static_cast<const CMIDIEvent*>(event)->data;
+    const int data = asMessage(event)->data;
     if (lane.ofNotes()) return noteOn(data);
     if (statusByte(data) != statusOf(lane.kind)) return false;
     return lane.kind != laneController || asByte1(data) == lane.number;
 }
 
 float laneValue(const EventLane& lane, int partType, const CBaseEvent* event) {
-    if (lane.automation()) return static_cast<const CEnvEvent*>(event)->value;
+    if (lane.automation()) return asLanePoint(event)->value;
     if (!lane.values() || !onLane(lane, partType, event)) return 0.0f;
     if (showsStyle(lane.kind)) return styleShare(lane.kind, styleNumber(lane.kind, event->style));
-    if (partType == partDrum) return static_cast<const CDrumEvent*>(event)->velocity;
-    return valueOf(lane.kind, static_cast<const CMIDIEvent*>(event)->data);
+    if (partType == partDrum) return asHit(event)->velocity;
+    return valueOf(lane.kind, asMessage(event)->data);
 }
 
 void setLaneValue(const EventLane& lane, int partType, CBaseEvent* event, float value) {
     const float kept = fLimit(value, 0.0f, 1.0f);
     if (lane.automation()) {
-        static_cast<CEnvEvent*>(event)->value = kept;
+        asLanePoint(event)->value = kept;
     } else if (lane.values() && onLane(lane, partType, event)) {
         if (showsStyle(lane.kind))
             return setStyle(lane.kind, event->style, styleOf(lane.kind, kept));
-        if (partType == partDrum) return setDrumParam(static_cast<CDrumEvent*>(event), 0, kept);
-        int& data = static_cast<CMIDIEvent*>(event)->data;
+        if (partType == partDrum) return setDrumParam(asHit(event), 0, kept);
+        int& data = asMessage(event)->data;
         data = withValue(lane.kind, data, kept);
     }
 }

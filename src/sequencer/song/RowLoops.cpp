@@ -4,6 +4,7 @@
 #include "sequencer/edit/EventEdits.h"
 #include "sequencer/edit/MidiProcess.h"
 #include "sequencer/edit/PartEdits.h"
+#include "sequencer/song/EventKinds.h"
 
 int RowLoops::longestRow() const {
     int length = 0;
@@ -34,7 +35,7 @@ bool canWriteOut(CPart* part, int end) {
     int64_t repeats = 0;
     if (!loops) return true;
     eachEvent(part->getEvents(), [&](const CBaseEvent* e, int tick) {
-        const int length = loops->of(static_cast<const CDrumEvent*>(e)->sound);
+        const int length = loops->of(asHit(e)->sound);
         if (length > 0 && tick < length && tick < end)
             repeats += (int64_t(end) - tick - 1) / length;
     });
@@ -46,7 +47,7 @@ PlayedEvents::PlayedEvents(CPart* part, int end) : own(part->getEvents()) {
     if (!loops) return;
     EventCollector hits;
     eachEvent(own, [&](const CBaseEvent* e, int tick) {
-        const auto* hit = static_cast<const CDrumEvent*>(e);
+        const auto* hit = asHit(e);
         if (inRow(loops, hit->sound, tick)) hits.add(tick, createDrumEvent(hit));
     });
     eachRepeat(own, *loops, 0, end,

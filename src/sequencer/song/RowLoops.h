@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/Events.h"
 
 #include <algorithm>
@@ -46,7 +47,7 @@ void eachRepeat(CBaseEvent* head, const RowLoops& loops, double from, double to,
     const int longest = loops.longestRow();
     int tick = 0;
     for (CBaseEvent* e = head; e && (tick += e->delta) < longest; e = e->next) {
-        auto* hit = static_cast<CDrumEvent*>(e);
+        auto* hit = asHit(e);
         const int length = loops.of(hit->sound);
         if (length == 0 || tick >= length) continue;
         const double passes = std::max(1.0, std::ceil((from - tick) / length));

@@ -5,6 +5,7 @@
 #include "engine/CUndo.h"
 #include "engine/ForgetHooks.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <functional>
@@ -35,7 +36,7 @@ private:
     }
 
     void visitPart(CPart* part) {
-        for (CBaseEvent* e = part->events; e; e = e->next) show(static_cast<CAudioEvent*>(e));
+        for (CBaseEvent* e = part->events; e; e = e->next) show(asClip(e));
     }
 
     std::function<void(CAudioEvent*)> show;

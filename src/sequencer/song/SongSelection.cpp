@@ -3,6 +3,7 @@
 #include "audiofiles/CSample.h"
 #include "engine/ForgetHooks.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <unordered_set>
 
@@ -10,7 +11,7 @@ namespace {
 
 void countEvents(CPart* part, CPartSummary& summary) {
     for (CBaseEvent* event = part->getEvents(); event; event = event->next) {
-        const CSample* sample = static_cast<CAudioEvent*>(event)->sample;
+        const CSample* sample = asClip(event)->sample;
         if (sample) (sample->chs == 1 ? summary.monoEvents : summary.stereoEvents)++;
     }
 }
@@ -22,9 +23,10 @@ void countPart(CPart* part, CPartSummary& summary) {
     summary.ghosts += part->ghostOf != nullptr;
     summary.midi += part->type == partMIDI;
     summary.drum += part->type == partDrum;
-    if (part->type != partAudio) return;
+    const CAudioPart* audio = asAudio(part);
+    if (!audio) return;
     summary.audio++;
-    summary.multiclip += static_cast<CAudioPart*>(part)->multiclip != 0;
+    summary.multiclip += audio->multiclip != 0;
     countEvents(part, summary);
 }
 

@@ -2,6 +2,7 @@
 #include "base/BufferedWriter.h"
 #include "engine/MidiBytes.h"
 #include "sequencer/song/CPart.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/RowLoops.h"
 #include "sequencer/songfile/FieldReading.h"
 #include "sequencer/songfile/SongReading.h"
@@ -312,7 +313,7 @@ bool readPins(SongReading& r, int) {
             const double share = r.in.readDouble();
             pin.share = std::isfinite(share) ? share : 0.0;
         }
-        if (event) static_cast<CAudioEvent*>(event)->pins = read;
+        if (event) asClip(event)->pins = read;
     }
     return count >= 0;
 }
@@ -446,9 +447,7 @@ void writeStyles(SongWriting& w, const CBaseEvent* list) {
 }
 
 void writePins(SongWriting& w, const CBaseEvent* list) {
-    const auto pinsOf = [](const CBaseEvent* e) -> const ClipPins& {
-        return static_cast<const CAudioEvent*>(e)->pins;
-    };
+    const auto pinsOf = [](const CBaseEvent* e) -> const ClipPins& { return asClip(e)->pins; };
     const auto pinned = [&](const CBaseEvent* e) { return pinsOf(e).count > 0; };
     writePlaces(w, "stretchMarkers", list, pinned, [&](BufferedWriter& s, const CBaseEvent* e) {
         s.writeInt(pinsOf(e).count);

@@ -1,6 +1,7 @@
 #include "base/LoadBudget.h"
 #include "base/OpenBlock.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/songfile/FieldReading.h"
 #include "sequencer/songfile/SongReading.h"
 #include "sequencer/songfile/SongWriting.h"
@@ -80,7 +81,7 @@ bool readColour(SongReading& r, int) {
 }
 
 CAudioPart* audioPart(SongReading& r) {
-    return r.part && r.part->type == partAudio ? static_cast<CAudioPart*>(r.part) : nullptr;
+    return r.part ? asAudio(r.part) : nullptr;
 }
 
 bool readChannels(SongReading& r, int) {
@@ -150,7 +151,7 @@ std::span<const SongBlock> partBlocks() {
 
 void writePart(SongWriting& w, CPart* part, bool onTrack) {
     CStream* s = w.out;
-    const CAudioPart* audio = part->type == partAudio ? static_cast<CAudioPart*>(part) : nullptr;
+    const CAudioPart* audio = asAudio(part);
     if (audio) w.seq->getTicks(part); // what its clip covers decides on its length
     s->writeId("part", partBytes + part->id.length());
     for (int v : {part->category, part->type, int(onTrack)}) s->writeByte((unsigned char)v);

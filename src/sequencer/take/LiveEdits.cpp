@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/CSubTrack.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <cassert>
@@ -69,7 +70,7 @@ void cutList(LivePoint& w) {
         }
         e = next;
     }
-    w.part->relinkParam(w.lane->slot, static_cast<CEnvEvent*>(head));
+    w.part->relinkParam(w.lane->slot, asLanePoint(head));
 }
 
 /// Puts a pointer on the first event at or after a song tick. It says nothing until it gets there:

@@ -7,6 +7,7 @@
 #include "sequencer/play/AudioVoices.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/EventKinds.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -108,7 +109,7 @@ void playNotes(CPart* part, const Takes::Take& take, int from, int to) {
 
 void playComp(CSeq* seq, CAudioPart* part, int pos) {
     const Takes* takes = part->takes;
-    const auto* like = static_cast<const CAudioEvent*>(part->getEvents());
+    const auto* like = firstClip(part);
     if (!takes || !like || !like->sample || like->sample->frames < 1) return;
     const int rate = tunedRate(like->sample, like->semitones + double(like->fine));
     const auto frames = [&](const Takes::Take& t, int tick) {
@@ -147,8 +148,7 @@ std::unique_ptr<CPart> edited(CSeq* seq, CPart* part, F&& change) {
     std::unique_ptr<CPart> copied(part->content()->copy(0));
     if (!change(*copied->takes.load())) return nullptr;
     if (copied->type == partAudio)
-        playComp(seq, static_cast<CAudioPart*>(copied.get()),
-                 saturate(int64_t(part->pos) + part->offset));
+        playComp(seq, asAudio(copied.get()), saturate(int64_t(part->pos) + part->offset));
     return copied;
 }
 

@@ -7,6 +7,7 @@
 #include "engine/MidiBytes.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
+#include "sequencer/song/EventKinds.h"
 #include "sequencer/song/TempoMap.h"
 #include "sequencer/take/CRecThread.h"
 #include "sequencer/take/LiveEdits.h"
@@ -351,7 +352,7 @@ void TrackTake::placeTakes(std::unique_ptr<Takes> takes) {
         from = std::min(from, t.at);
         to = std::max(to, t.to());
     }
-    std::shared_ptr<CAudioPart> built(static_cast<CAudioPart*>(part->copy(1)));
+    std::shared_ptr<CAudioPart> built(asAudio(part->copy(1)));
     built->takes = takes.release();
     track->takesShown = true;
     built->pos = begin + from;
@@ -359,7 +360,7 @@ void TrackTake::placeTakes(std::unique_ptr<Takes> takes) {
     built->length = to - from;
     playComp(seq(), built.get(), begin);
     seq()->recorder.edits.add([part, built, on = track->recSongTrack.load()] {
-        auto* audio = static_cast<CAudioPart*>(part);
+        auto* audio = asAudio(part);
         built->events = audio->events.exchange(built->events);
         built->takes = audio->takes.exchange(built->takes);
         audio->multiclip = 1;
@@ -375,8 +376,7 @@ void TrackTake::placeTakes(std::unique_ptr<Takes> takes) {
 void TrackTake::growAudio(int frames) {
     CPart* part = track->recPart;
     seq()->recorder.edits.add([part, frames] {
-        if (CBaseEvent* event = part->getEvents())
-            static_cast<CAudioEvent*>(event)->end = frames - 1;
+        if (CAudioEvent* clip = firstClip(part)) clip->end = frames - 1;
     });
     seq()->songNotices.raise(SeqNotice::parts);
 }
@@ -400,7 +400,7 @@ void TrackTake::closeAudio(CUndo* step, RecFile* file) {
     const int last = int(std::clamp<int64_t>(first + wantedFrames() - 1, first, end));
     if (std::unique_ptr<Takes> takes = loopTakes(first, last)) return placeTakes(std::move(takes));
     seq()->recorder.edits.add([part = track->recPart.load(), first, last] {
-        auto* event = static_cast<CAudioEvent*>(part->getEvents());
+        auto* event = firstClip(part);
         if (!event) return;
         event->start = first;
         event->end = last;
