@@ -8,16 +8,12 @@
 #include "base/Paths.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
-#include "engine/ParamUnit.h"
+#include "plugins/ParamReadings.h"
 #include "plugins/PluginFile.h"
 #include "plugins/PluginHooks.h"
 #include "plugins/PluginPlaces.h"
 
 #include <algorithm>
-#include <cmath>
-#include <map>
-#include <optional>
-#include <string>
 #include <utility>
 
 namespace {
@@ -99,39 +95,12 @@ bool CVST::exchange(const CStr& path) {
     return true;
 }
 
-/// Formats may differ in how a share becomes a number, so what both tell of it counts.
-void CVST::setAlike(int index, float share, const CStr& text) {
-    const auto numberAt = [&](float at) {
-        setParam(index, at);
-        return typedNumber(paramText(index));
-    };
-    const auto wanted = typedNumber(text), usual = numberAt(share);
-    if (!wanted || !usual) return;
-    const auto isWanted = [&](double number) {
-        return std::abs(number - *wanted) <= 1e-3 * std::max(std::abs(*wanted), 1.0);
-    };
-    const auto least = isWanted(*usual) ? std::nullopt : numberAt(0.0f), most = numberAt(1.0f);
-    float low = 0.0f, high = 1.0f;
-    for (int step = 0; least && most && step < 20; step++) {
-        const float middle = (low + high) / 2;
-        const auto number = numberAt(middle);
-        if (number && isWanted(*number)) return;
-        const bool below = number && (*number < *wanted) == (*least < *most);
-        (below ? low : high) = middle;
-    }
-    setParam(index, share);
-}
-
 bool CVST::become(const CStr& path) {
     if (!opened()) return false;
     PluginState::Bytes before = present();
-    std::map<std::string, std::pair<float, CStr>> known;
-    for (int i = 0; i < numParams(); i++)
-        known[paramName(i).upperCase().asChar()] = {param(i), paramText(i)};
+    const std::vector<ParamReading> known = readParams(*this);
     if (!exchange(path)) return false;
-    for (int i = 0; i < numParams(); i++)
-        if (const auto at = known.find(paramName(i).upperCase().asChar()); at != known.end())
-            setAlike(i, at->second.first, at->second.second);
+    setAlike(*this, known);
     state.hold(std::move(before));
     CUndo* step = host->undoStart("Format of " + id, this, {.comp = CompNotice::program});
     step->asSwap(&state, new PluginState(present()));

@@ -58,7 +58,6 @@ private:
     std::unique_ptr<Plugin> make(const CStr& path);
     bool load(const CStr& path);
     bool exchange(const CStr& path);
-    void setAlike(int index, float share, const CStr& text);
     bool find();
     void readBlock(const CStr& name, CStream& body, int size, bool& sawBank);
     void readProgramNumber(int index);

@@ -7,7 +7,9 @@
 
 namespace {
 
-constexpr int blockFrames = 512, blocks = 200, chordBlock = 2, noiseBlock = 100;
+/// Of a length that all formats know what to do with: some begin with it, whatever they are told.
+constexpr int blockFrames = 1024;
+constexpr int blocks = 200, chordBlock = 2, noiseBlock = 100;
 
 /// Some plug-ins draw random numbers; the signal that goes in is always the same.
 float noise(unsigned at) {

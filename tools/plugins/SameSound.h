@@ -4,7 +4,12 @@
 
 #include <vector>
 
-/// How far the sounds of one effect in several formats are apart at most, as it begins and with
-/// each of its parameters at its end; below 0 where one of them does not load, or knows a parameter
-/// of the first one not. In a process of its own.
-double apartIn(const std::vector<CStr>& formats);
+struct SoundsApart {
+    double most;
+    CStr param;
+};
+
+/// How far the sounds of one effect in several formats are apart at most, with the values that it
+/// begins with in the first of them, and then with each of its parameters at its end; below 0 where
+/// a format does not load, or knows a parameter not. In a process of its own.
+std::vector<SoundsApart> apartIn(const std::vector<CStr>& formats);

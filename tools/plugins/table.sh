@@ -51,10 +51,12 @@ while read -r format package; do
         "${keeps[$row]} | ${drawn[$row]} | ${shows[$row]} |"
 done < <(printf '%s\n' "${!files[@]}" | sort)
 
-# The same effects in all formats, one after the other.
+# The same effects in all formats, one after the other; but for inputs behind the first bus, which
+# these do not hear as VST 3.
 status=0
 apart=0
 compared=0
+left="ZamGate/Sidechain ZamGateX2/Sidechain"
 for clap in /usr/lib/clap/*.clap; do
     name=$(basename "$clap" .clap)
     formats=("$clap")
@@ -62,16 +64,20 @@ for clap in /usr/lib/clap/*.clap; do
         [ ! -e "$other" ] || formats+=("$other")
     done
     [ ${#formats[@]} -eq 4 ] || continue
-    now=$(timeout -k 1 300 "$check" --same "${formats[@]}" 2>/dev/null </dev/null) || now=-1
     compared=$((compared + 1))
-    if awk -v d="$now" 'BEGIN {exit !(d < 0 || d > 1e-5)}'; then
-        echo "$name: the formats are $now apart" >&2
-        status=1
-    fi
-    apart=$(awk -v a="$apart" -v b="$now" 'BEGIN {print (a > b ? a : b)}')
+    lines=$(timeout -k 1 300 "$check" --same "${formats[@]}" 2>/dev/null </dev/null) || lines=-1
+    while read -r now at; do
+        [[ " $left " != *" $name/$at "* ]] || continue
+        if awk -v d="$now" 'BEGIN {exit !(d < 0 || d > 1e-5)}'; then
+            echo "$name: the formats are $now apart${at:+ at the end of $at}" >&2
+            status=1
+        fi
+        apart=$(awk -v a="$apart" -v b="$now" 'BEGIN {print (a > b ? a : b)}')
+    done <<<"${lines:--1}"
 done
 echo
-echo "$compared effects in four formats, each parameter at its end once: $apart apart at most."
+echo "$compared effects in four formats, each parameter at its end once, but for $left:" \
+    "$apart apart at most."
 
 sum() { # an array, a format
     local -n numbers=$1
