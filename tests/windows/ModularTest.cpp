@@ -4,15 +4,18 @@
 
 #include "effects/CEffect.h"
 #include "effects/Inserts.h"
+#include "effects/RackEdits.h"
 #include "engine/CGroupCh.h"
 #include "engine/DeviceComps.h"
 #include "engine/KeyInput.h"
+#include "gui/controls/CButton.h"
 #include "modular/GraphPaths.h"
 #include "modular/MiniMap.h"
 #include "project/PresetFiles.h"
 #include "project/ProjectFile.h"
 #include "sequencer/edit/StripEdits.h"
 #include "sequencer/song/CSeq.h"
+#include "support/StoredPlaces.h"
 
 #include <algorithm>
 #include <array>
@@ -485,6 +488,55 @@ TEST_F(ModularTest, CablesAreMutedListenedToAndMetered) {
     int muted = 0;
     for (const auto& c : view()->graph().cables) muted += isMuted(c.cable);
     EXPECT_EQ(muted, 2);
+}
+
+/// Everything that a project stores of a side chain: the strip it follows, led or chosen, and its
+/// cable's mute.
+TEST_F(ModularTest, SideChainsAreStoredAsTheyAreSet) {
+    startModular();
+    CComp* kick = add(compSampler, 300, 60);
+    CComp* snare = add(compSampler, 560, 60);
+    auto* rack = static_cast<CEffect*>(add(compEffect, 300, 300));
+    insertEffect(rack, rack->getProg(), fxGate, 0);
+    refresh();
+    const auto stored = [&] {
+        const std::string all = projectContent(host.get(), &win->flows->mixer);
+        const std::string name = "sidechain";
+        const size_t block = all.find(name);
+        return block == std::string::npos ? "" : all.substr(block, name.size() + 24);
+    };
+    const auto lead = [&](CComp* from) {
+        drag(portAt(from->output()), portAt(&rack->keyInput().channel));
+        return stored();
+    };
+    EXPECT_EQ(stored(), "");
+    const std::string byKick = lead(kick);
+    EXPECT_EQ(rack->keyInput().source(), kick->output());
+    undo();
+    EXPECT_EQ(stored(), "");
+    const std::string bySnare = lead(snare);
+    EXPECT_EQ(differing(byKick, bySnare).size(), 1u) << "the other strip";
+    view()->setItem(rack->keyInput().cables.first());
+    key("m");
+    EXPECT_EQ(differing(bySnare, stored()).size(), 1u) << "the mute";
+    undo();
+    win->openEditor(rack);
+    ASSERT_TRUE(pumpUntil([&] { return win->pages->editorOf(rack) != nullptr; }));
+    auto* follow = find<CButton>("Follow", win->pages->editorOf(rack)->clientGroup);
+    ASSERT_NE(follow, nullptr);
+    const auto choose = [&](const std::vector<std::string>& keys) {
+        const CPoint screen = follow->win->getPos(true), in = follow->win->controlPos(follow);
+        inMenu(keys);
+        act({"mousemove", std::to_string(screen.x + in.x + 4), std::to_string(screen.y + in.y + 4),
+             "click", "1"});
+        EXPECT_TRUE(pumpUntil([this] { return app->menus.empty(); }));
+        refresh();
+        return stored();
+    };
+    EXPECT_EQ(choose({"End", "Up", "Return"}), byKick);
+    EXPECT_EQ(choose({"Home", "Return"}), "");
+    undo();
+    EXPECT_EQ(stored(), byKick);
 }
 
 TEST_F(ModularTest, TheMapBringsPlacesIntoView) {
