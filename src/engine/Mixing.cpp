@@ -52,6 +52,30 @@ void inLanes(int frames, Pair&& pair, Single&& single) {
     for (; i < frames; ++i) single(i);
 }
 
+/// Puts `value(read, i)`, made of what `read` finds at a place, into each frame, and returns what
+/// `highest` gives for the result.
+template <class Value>
+float putAndMeter(float* buf, int frames, float peak, Value&& value) {
+    Extremes even(peak), odd(peak);
+    const auto put = [&](int i, Extremes& seen) {
+        const Lanes x = value(load, i);
+        std::memcpy(buf + i, &x, sizeof x);
+        seen.take(x);
+    };
+    const auto pair = [&](int i) {
+        put(i, even);
+        put(i + laneCount, odd);
+    };
+    const auto rest = [&](int i) {
+        buf[i] = value([](const float* at) { return *at; }, i);
+        meter(buf[i], peak);
+    };
+    inLanes(frames, pair, rest);
+    even.joinTo(peak);
+    odd.joinTo(peak);
+    return peak;
+}
+
 constexpr int midiChannels = 16;
 
 void apply(const StripTarget& target, const CMIDIBytes* event) {
@@ -142,6 +166,11 @@ void mixStrip(CComp* c, COutputChannel* ch, int frames, int offset) {
         meters->loudness.process(ch->bufL + offset, ch->bufR + offset, frames);
 }
 
+void meterSum(CInputChannel* to, int frames) {
+    storePeak(highest(to->bufL, frames, to->peakL), to->peakL, to->holdL);
+    storePeak(highest(to->bufR, frames, to->peakR), to->peakR, to->holdR);
+}
+
 } // namespace
 
 void meterPart(COutputChannel* ch, int frames) {
@@ -153,27 +182,23 @@ void meterPart(COutputChannel* ch, int frames) {
     if (StripMeters* meters = ch->measured()) meters->loudness.process(ch->bufL, ch->bufR, frames);
 }
 
-void addStereo(CInputChannel* to, const float* left, const float* right, int frames,
-               PlanFade& fade) {
+void addStereo(CInputChannel* to, const float* left, const float* right, int frames, PlanFade& fade,
+               bool metered) {
     if (fade.over()) return;
-    if (!fade.running()) {
+    if (fade.running()) {
+        for (int i = 0; i < frames; ++i) {
+            to->bufL[i] += left[i] * fade.at(i);
+            to->bufR[i] += right[i] * fade.at(i);
+        }
+        fade.advance(frames);
+        if (metered) meterSum(to, frames);
+    } else if (metered) {
+        storePeak(addAndMeter(to->bufL, left, frames, to->peakL), to->peakL, to->holdL);
+        storePeak(addAndMeter(to->bufR, right, frames, to->peakR), to->peakR, to->holdR);
+    } else {
         addScaled(to->bufL, left, frames, 1.0f);
         addScaled(to->bufR, right, frames, 1.0f);
-        return;
     }
-    for (int i = 0; i < frames; ++i) {
-        to->bufL[i] += left[i] * fade.at(i);
-        to->bufR[i] += right[i] * fade.at(i);
-    }
-    fade.advance(frames);
-}
-
-void addToOut(PlanArrival& cable, int frames, GraphScratch& scratch) {
-    if (cable.hasGone()) return;
-    CInputChannel* to = cable.from->toChannel;
-    cable.addTo(to, frames, scratch);
-    storePeak(highest(to->bufL, frames, to->peakL), to->peakL, to->holdL);
-    storePeak(highest(to->bufR, frames, to->peakR), to->peakR, to->holdR);
 }
 
 Sides panLaw(float p) {
@@ -213,22 +238,12 @@ float highest(const float* buf, int frames, float peak) {
 }
 
 float scaleAndMeter(float* buf, int frames, float factor, float peak) {
-    Extremes even(peak), odd(peak);
-    const auto pair = [&](int i) {
-        const Lanes x = load(buf + i) * factor, y = load(buf + i + laneCount) * factor;
-        std::memcpy(buf + i, &x, sizeof x);
-        std::memcpy(buf + i + laneCount, &y, sizeof y);
-        even.take(x);
-        odd.take(y);
-    };
-    const auto rest = [&](int i) {
-        buf[i] *= factor;
-        meter(buf[i], peak);
-    };
-    inLanes(frames, pair, rest);
-    even.joinTo(peak);
-    odd.joinTo(peak);
-    return peak;
+    return putAndMeter(buf, frames, peak, [&](auto read, int i) { return read(buf + i) * factor; });
+}
+
+float addAndMeter(float* __restrict to, const float* __restrict from, int frames, float peak) {
+    return putAndMeter(to, frames, peak,
+                       [&](auto read, int i) { return read(to + i) + read(from + i); });
 }
 
 float sumOfSquares(const float* buf, int frames) {

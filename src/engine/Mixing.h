@@ -5,8 +5,6 @@
 class CComp;
 class CInputChannel;
 class COutputChannel;
-struct GraphScratch;
-struct PlanArrival;
 struct PlanFade;
 
 /// Sums and meters of the mix: plain loops over one channel's buffer, any thread. A frame that is
@@ -18,6 +16,8 @@ float highest(const float* buf, int frames, float peak);
 float scaleAndMeter(float* buf, int frames, float factor, float peak);
 /// The sum of the squares of `frames` samples; what is not a number counts as 0.
 float sumOfSquares(const float* buf, int frames);
+/// Adds `from` to `to` and returns what `highest` gives for the sum; the two do not overlap.
+float addAndMeter(float* __restrict to, const float* __restrict from, int frames, float peak);
 /// Ends a block's metering: the hold keeps the overshoot, the live meter ends at full scale.
 void storePeak(float peak, Shared<float>& live, Shared<float>& hold);
 /// Adds `from` times `amount` to `to`; the two do not overlap.
@@ -30,11 +30,10 @@ struct Sides {
 };
 Sides panLaw(float pan);
 
-/// Adds a block to that of a channel, and moves the fade on.
-void addStereo(CInputChannel* to, const float* left, const float* right, int frames,
-               PlanFade& fade);
-/// Adds what a cable brings in a block to its end, and meters the sum there. Graph holder.
-void addToOut(PlanArrival& cable, int frames, GraphScratch& scratch);
+/// Adds a block to that of a channel, whose meters see the sum if it is `metered`, and moves the
+/// fade on.
+void addStereo(CInputChannel* to, const float* left, const float* right, int frames, PlanFade& fade,
+               bool metered);
 
 /// Meters a part's channel, which no fader of its own follows, for those who want it. Graph holder.
 void meterPart(COutputChannel* ch, int frames);

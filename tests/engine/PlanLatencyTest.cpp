@@ -18,7 +18,8 @@ public:
     LateInsert(CQV* root, int frames) : GainComp(root), line(size_t(frames)) {}
     int getDelay() override { return int(line.size()); }
     void process(int frames) override {
-        for (int i = 0; i < frames; ++i) {
+        if (line.empty()) std::copy_n(input()->bufL, frames, output()->bufL);
+        for (int i = 0; i < frames && !line.empty(); ++i) {
             const float in = input()->bufL[i];
             output()->bufL[i] = enabled == 1 ? line[at] : in;
             line[at] = in;
@@ -216,8 +217,8 @@ public:
 
 } // namespace
 
-/// A fader and two inserts of a group that sound comes to late follow the events of the song with
-/// that sound: 300 frames late at the first insert, 350 at the second, 420 at the fader. What goes
+/// A fader and three inserts of a group that sound comes to late follow the events of the song with
+/// that sound: 300 frames late at the first two, 350 at the third, 420 at the fader. What goes
 /// past an insert waits for what goes through it.
 TEST(PlanLatency, EventsComeWithTheirSound) {
     for (const int frames : {32, 128}) {
@@ -232,6 +233,7 @@ TEST(PlanLatency, EventsComeWithTheirSound) {
             t.connect(c, group);
         t.connect(group);
         t.connectMIDI(source, group);
+        Listener* first = t.addInsert(group->output(), new Listener(t.host, 0));
         Listener* inserts[] = {t.addInsert(group->output(), new Listener(t.host, 50)),
                                t.addInsert(group->output(), new Listener(t.host, 70))};
         inserts[0]->wet = 0.25f;
@@ -240,6 +242,7 @@ TEST(PlanLatency, EventsComeWithTheirSound) {
         t.run(2048 / frames);
         EXPECT_EQ(inserts[0]->times, std::vector<double>{317});
         EXPECT_EQ(inserts[1]->times, std::vector<double>{367});
+        EXPECT_NEAR(first->told.back(), t.host->framesToTicks(2048 - frames - 300), 1e-6);
         EXPECT_NEAR(inserts[1]->told.back(), t.host->framesToTicks(2048 - frames - 350), 1e-6);
         for (int i = 0; i < 2048; ++i) {
             const float x = t.left[size_t(i)];

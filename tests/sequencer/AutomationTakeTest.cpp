@@ -9,6 +9,17 @@ struct MoveFixture : TakeFixture {
     CSongTrack* t = track(trackAudio);
     CObject* fader = t->track->output();
     CSubTrack* lane = t->track->findLane(fader, 0);
+    int late = 0; ///< blocks
+
+    /// What the fader moves is so late.
+    void delay(int blocks) {
+        auto* insert = device.add(new Late(&host, blocks * block));
+        const GraphHold hold(&host);
+        host.comps.remove(insert);
+        insert->ownerChannel = t->track->output();
+        t->track->output()->inserts.add(insert);
+        late = blocks;
+    }
 
     CPart* addPart(int pos, const Ticks& points) {
         auto* part = new CAudioPart;
@@ -27,13 +38,13 @@ struct MoveFixture : TakeFixture {
         int sent = 0;
         bool moved = false;
         begin(from);
-        for (int i = 0; i < blocks; i++) {
-            for (auto [it, end] = moves.equal_range(i); it != end; ++it)
+        for (int i = 0; i < blocks + late; i++) {
+            for (auto [it, end] = moves.equal_range(i - late); it != end; ++it)
                 host.addMap(fader, 0, float(it->second) / 100.0f);
             play(1);
             if (prog()->loopCount > 0) continue;
             sent += moved ? t->track->inPort()->count : 0;
-            moved = moved || moves.contains(i);
+            moved = moved || moves.contains(i - late);
         }
         end();
         return sent;
@@ -43,7 +54,8 @@ struct MoveFixture : TakeFixture {
 } // namespace
 
 /// Points on a grid of 240 ticks. A take over automation replaces it from the punch to its end, and
-/// is not contradicted by what the lane has; each pass of a loop does so anew.
+/// is not contradicted by what the lane has; each pass of a loop does so anew. A move counts where
+/// the sound is that it acts on.
 TEST(AutomationTake, MovesBecomePoints) {
     struct Case {
         double from;
@@ -52,22 +64,23 @@ TEST(AutomationTake, MovesBecomePoints) {
         Ticks had, expected;
     };
     const Moves soon{{10, 50}, {12, 51}, {13, 52}, {14, 53}, {40, 60}};
-    const Moves late{{30, 50}, {70, 60}};
-    const Moves passes{{1, 10}, {100, 20}, {193, 30}, {240, 40}};
+    const Moves behind{{30, 50}, {70, 60}};
+    const Moves passes{{1, 10}, {100, 20}, {178, 25}, {193, 30}, {240, 40}};
     const Ticks old{{0, 1}, {900, 2}, {960, 3}, {2000, 4}, {3000, 5}};
     const Case cases[] = {
         // held from the part's start
         {1920, 0, 960, soon, {}, {{0, 50}, {960, 50}, {1200, 51}, {1440, 60}}},
         // replaces from the punch on
-        {960, 0, 0, late, old, {{0, 1}, {900, 2}, {960, 50}, {1200, 50}, {1680, 60}}},
+        {960, 0, 0, behind, old, {{0, 1}, {900, 2}, {960, 50}, {1200, 50}, {1680, 60}}},
         // within a loop, pass by pass
         {0, 1920, 0, passes, {{100, 1}, {1500, 2}, {1920, 3}}, {{0, 30}, {480, 40}, {1920, 3}}},
         // nothing moved
         {960, 0, 0, {}, old, old},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(&c - cases);
+    const auto take = [&](const Case& c, int late) {
+        SCOPED_TRACE(testing::Message() << &c - cases << " late by " << late);
         MoveFixture f;
+        if (late) f.delay(late);
         CPart* part = f.addPart(c.partPos, c.had);
         if (c.loopEnd) f.loop(0, c.loopEnd);
         const std::string before = dump(f.seq);
@@ -76,7 +89,9 @@ TEST(AutomationTake, MovesBecomePoints) {
         EXPECT_EQ(f.host.undoIndex, c.moves.empty() ? -1 : 0);
         if (!c.moves.empty()) f.expectOneStep(before);
         EXPECT_TRUE(f.host.samples.empty()) << "only the lane was selected";
-    }
+    };
+    for (const Case& c : cases)
+        for (const int late : {0, 20}) take(c, late);
 }
 
 /// What is moved behind the end of the part lies in it as well.

@@ -25,27 +25,31 @@ TEST(PlayedNotes, KeepTheLatest) {
 }
 
 /// The part that is made of what was played: its place, and its notes with their lengths. It is
-/// played from a position on, along with the song or not, and once more after a stop.
+/// played from a position on, along with the song or not, and once more after a stop, to what is
+/// heard.
 TEST(PlayedNotes, BecomeAPart) {
     struct Case {
         int from;
         bool along, loop;
         const char *played, *after, *part;
     };
-    for (const Case& c :
-         {Case{1000, false, false, "10+60 14-60 40+62", "", "960-3840 40:60+40 340:62+2600"},
-          {0, true, false, "100+60 120-60 295+62", "", "960-2880 40:60+200 1990:62+50"},
-          {0, true, true, "100+60 120-60 295+62", "", "960-2880 40:60+200 1990:62+50"},
-          {0, true, false, "100+60 120-60 295+62", "5-62 6+60",
-           "960-4800 40:60+200 1990:62+100 3840:60+40"}}) {
-        SCOPED_TRACE(c.part);
+    const Case cases[] = {
+        Case{1000, false, false, "10+60 14-60 40+62", "", "960-3840 40:60+40 340:62+2600"},
+        {0, true, false, "100+60 120-60 295+62", "", "960-2880 40:60+200 1990:62+50"},
+        {0, true, true, "100+60 120-60 295+62", "", "960-2880 40:60+200 1990:62+50"},
+        {0, true, false, "100+60 120-60 295+62", "5-62 6+60",
+         "960-4800 40:60+200 1990:62+100 3840:60+40"},
+        {0, true, true, "190+60 196-60", "", "960-1920 940:60+60"}};
+    const auto keep = [](const Case& c, int late) {
+        SCOPED_TRACE(c.part + std::string(" late by ") + std::to_string(late));
         TakeFixture f;
+        f.device.connect(f.device.add(new Late(&f.host, late * f.block)));
         CSongTrack* t = f.ready(trackMIDI);
         EXPECT_FALSE(canKeepPlayed(f.seq));
         if (c.loop) f.loop(0, 1920);
         f.host.setPos(c.from);
         if (c.along) f.host.start();
-        f.play(300, script(c.played));
+        f.play(300 + late, script(c.played, late));
         if (*c.after) f.host.stop(), f.host.setPos(4800.0);
         f.play(*c.after ? 10 : 0, script(c.after));
         f.host.undoClear();
@@ -59,7 +63,9 @@ TEST(PlayedNotes, BecomeAPart) {
         EXPECT_EQ(t->parts.getCount(), 0);
         t->track->locked = 1;
         EXPECT_FALSE(canKeepPlayed(f.seq));
-    }
+    };
+    for (const Case& c : cases)
+        for (const int late : {0, 3}) keep(c, late);
 }
 
 /// Drums by their keys; what is older than a minute is not offered.

@@ -167,7 +167,7 @@ void GraphPlan::runStep(PlanStep& step, int frames) const {
     CComp* c = step.node->comp;
     c->planned = step.node;
     if (step.work & PlanStep::sum)
-        for (PlanArrival& sum : step.sums) addToOut(sum, frames, host->scratch());
+        for (PlanArrival& sum : step.sums) sum.addTo(nullptr, frames, host->scratch());
     if (step.work & PlanStep::render) {
         step.node->takeKeys(false, frames, host->scratch());
         c->process(frames);
@@ -238,13 +238,14 @@ void GraphPlans::noteTime(int frames) {
 }
 
 SongTime GraphPlans::timeOf(const CComp* comp) const {
-    int late = 0;
-    if (comp->planned)
-        late = comp->planned->latency;
-    else if (const PlanInsert* insert = now->latency().insertOf(comp))
-        late = insert->at;
-    if (comp->planned) late -= comp->planned->offset;
-    return timeBefore(late);
+    const PlanNode* node = comp->planned;
+    return timeBefore(node ? node->latency - node->offset : now->latency().latencyAt(comp));
+}
+
+int GraphPlans::latencyAt(const CObject* target) const {
+    if (total == 0) return 0;
+    const GraphHold hold(host);
+    return now->latency().latencyAt(target);
 }
 
 SongTime GraphPlans::timeBefore(int frames) const {

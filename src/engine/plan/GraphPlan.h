@@ -222,6 +222,8 @@ public:
     void settle();
     /// Frames from the song to what the device gets. Any thread.
     int latency() const { return total; }
+    /// See `PlanLatency::latencyAt`. Interface thread.
+    int latencyAt(const CObject* target) const;
     /// When the sound was played that a component, or an insert, takes in with this block: what it
     /// may be told of the song. Graph holder, while it works.
     SongTime timeOf(const CComp* comp) const;

@@ -23,9 +23,9 @@ int ownLatency(CComp* c, bool possible) {
 }
 
 void addLine(DelayLine& line, const float* left, const float* right, CInputChannel* to, int frames,
-             PlanFade& fade, CInputChannel& room) {
+             PlanFade& fade, CInputChannel& room, bool metered) {
     line.process(left, right, room.bufL, room.bufR, frames);
-    addStereo(to, room.bufL, room.bufR, frames, fade);
+    addStereo(to, room.bufL, room.bufR, frames, fade, metered);
 }
 
 /// The fade of a cable, on its way to where it belongs.
@@ -99,17 +99,18 @@ void PlanArrival::addTo(CInputChannel* to, int frames, GraphScratch& scratch) {
     if (fade) fade->follow(leaving, fadeFrames(at->comp->host));
     PlanFade& share = from ? gateOf(*from, leaving) : fade ? *fade : open;
     if (fade && fade->over()) return;
+    const bool metered = from && from->toComp->type == compAudioOut;
     if (loop) {
         loop->read(scratch.arrival.bufL, scratch.arrival.bufR, frames);
-        return addStereo(to, scratch.arrival.bufL, scratch.arrival.bufR, frames, share);
+        return addStereo(to, scratch.arrival.bufL, scratch.arrival.bufR, frames, share, metered);
     }
     const bool through = !line || line->idle();
     if (line && through) line->skip();
     if (from) {
         const float* left = tap ? tap->bufL : from->fromChannel->bufL;
         const float* right = tap ? tap->bufR : from->fromChannel->bufR;
-        if (through) return addStereo(to, left, right, frames, share);
-        return addLine(*line, left, right, to, frames, share, scratch.arrival);
+        if (through) return addStereo(to, left, right, frames, share, metered);
+        return addLine(*line, left, right, to, frames, share, scratch.arrival, metered);
     }
     CInputChannel& room = scratch.arrival;
     const bool direct = through && !share.running();
@@ -123,8 +124,8 @@ void PlanArrival::addTo(CInputChannel* to, int frames, GraphScratch& scratch) {
         feed(into, frames);
     }
     if (direct) return;
-    if (through) return addStereo(to, room.bufL, room.bufR, frames, share);
-    addLine(*line, room.bufL, room.bufR, to, frames, share, room);
+    if (through) return addStereo(to, room.bufL, room.bufR, frames, share, false);
+    addLine(*line, room.bufL, room.bufR, to, frames, share, room, false);
 }
 
 void PlanArrival::bring(int frames, GraphScratch& scratch) {
@@ -228,6 +229,20 @@ void PlanLatency::takeIn(const Meeting& m) {
 PlanInsert* PlanLatency::insertOf(const CComp* comp) const {
     const auto found = byInsert.find(comp);
     return found == byInsert.end() ? nullptr : found->second;
+}
+
+int PlanLatency::latencyAt(const CObject* target) const {
+    if (target->asType(0, typeSend)) target = static_cast<const CSend*>(target)->channel;
+    if (target->asType(categoryChannel, channelOutput)) {
+        const PlanOrigin* strip = originOf(static_cast<const COutputChannel*>(target));
+        return strip ? strip->latency : 0;
+    }
+    if (target->category != categoryComp) return 0;
+    const auto* c = static_cast<const CComp*>(target);
+    if (const PlanInsert* insert = insertOf(c)) return insert->at;
+    const COutputChannel* of = c->ownerChannel;
+    const PlanOrigin* strip = originOf(of ? of : c->outputs.items(0));
+    return strip ? strip->node->eventLatency() : 0;
 }
 
 std::unordered_map<const CComp*, PlanInsert> PlanLatency::lateInserts() const {

@@ -14,6 +14,7 @@
 class CAudioCable;
 class CComp;
 class CInputChannel;
+class CObject;
 class COutputChannel;
 class CQV;
 class ForgetSet;
@@ -133,6 +134,9 @@ public:
     PlanOrigin* addOrigin(PlanOrigin origin, PlanNode* node);
     PlanOrigin* originOf(const COutputChannel* channel) const; ///< null for none
     PlanInsert* insertOf(const CComp* comp) const; ///< one that is late or fades, or null
+    /// Frames by which the sound that a strip's fader, a send, a component or an insert acts on is
+    /// late; 0 for what is not in the plan.
+    int latencyAt(const CObject* target) const;
     void forget(const ForgetSet& gone);
     /// Whether the strips that both have hold the same inserts.
     bool hasInsertsOf(const PlanLatency& other) const;
@@ -151,9 +155,11 @@ public:
                     if (!insert.leaving || !byInsert.contains(insert.comp))
                         byInsert[insert.comp] = &insert;
                 }
-        for (Meeting& m : meetings)
+        for (Meeting& m : meetings) {
+            const bool anyLate = latest(m) > 0;
             for (PlanArrival* a : m.arrivals)
-                if (latest(m) > 0 || (a->kind == PlanArrival::key && a->heardAt() > 0)) make(*a);
+                if (anyLate || (a->kind == PlanArrival::key && a->heardAt() > 0)) make(*a);
+        }
         for (End& end : outs)
             if (most > 0 && outs.size() > 1) makeEnd(end);
         sum = most;

@@ -110,8 +110,11 @@ void remember(const ProgBlock& b, CSongTrack* t, double frame, int msg) {
     const CQV* host = b.prog->seq->host;
     const PlayedTime& time = b.prog->seq->playedTime;
     const double ticks = host->framesToTicks(frame);
-    const double late = host->framesToTicks(double(recordLatency(t->track)));
-    const double where = b.prog->pos + ticks - late;
+    const int late = int(recordLatency(t->track));
+    const double now = b.prog->pos + ticks;
+    const double heard = late > 0 ? host->plans->timeBefore(late - asInt(frame)).ticks : now;
+    const bool ledBack = b.prog->looping && heard > now; // the loop, since
+    const double where = ledBack ? heard : now - host->framesToTicks(double(late));
     const double ahead = b.prog->playing ? std::max(-where, 0.0) : 0.0; // of the song's start
     t->track->played->note({time.frames + asInt64(frame), time.ticks + ticks + ahead,
                             b.prog->playing ? std::max(where, 0.0) : -1.0, time.run, msg});

@@ -1,6 +1,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/ForgetHooks.h"
+#include "engine/plan/GraphPlan.h"
 #include "sequencer/edit/Pending.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/CSubTrack.h"
@@ -60,7 +61,22 @@ void TrackTake::addParam(CObject* object, int param, float value) {
         p.tick = song->pos;
         p.punch = song->punchPos;
     } while (p.pass != song->loopCount);
+    moveToSound(p);
     params.push_back(p);
+}
+
+/// What it acts on was played before what is played now.
+void TrackTake::moveToSound(Param& p) const {
+    const CQV* host = seq()->host;
+    const CSeqProg* song = track->recSongTrack.load()->prog;
+    const int latest = params.empty() ? pass : params.back().pass;
+    p.tick -= host->framesToTicks(double(host->plans->latencyAt(p.object)));
+    if (p.tick >= p.punch) return;
+    if (song->looping && p.pass > latest) { // the loop has led back since
+        p.tick += song->rightLocator - song->leftLocator;
+        --p.pass;
+    }
+    p.tick = std::max(p.tick, p.punch);
 }
 
 void TrackTake::purge(const ForgetSet& gone) {

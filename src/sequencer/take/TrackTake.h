@@ -95,6 +95,7 @@ private:
     CSeq* seq() const;
     CSeqProg* prog() const;
     void forget();
+    void moveToSound(Param& p) const;
     void link(CPart* part, CUndo* step);
     void keepContent(CUndo* step);
     int tickOf(double songTick) const;
