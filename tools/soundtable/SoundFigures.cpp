@@ -221,4 +221,13 @@ void findNearest(std::vector<Figures>& bank) {
     }
 }
 
+std::vector<Pair> pairsOf(const std::vector<Figures>& bank) {
+    std::vector<Pair> pairs;
+    for (size_t i = 0; i < bank.size(); i++)
+        for (size_t k = i + 1; k < bank.size(); k++)
+            pairs.push_back({&bank[i], &bank[k], distanceOf(bank[i], bank[k])});
+    std::ranges::sort(pairs, {}, &Pair::apart);
+    return pairs;
+}
+
 } // namespace soundtable

@@ -47,6 +47,7 @@ using Shape = std::array<float, bandCount * sliceCount>;
 
 struct Figures {
     std::string name;
+    std::string family;                      ///< or use; those of one may be nearer to each other
     double chordLufs = 0.0, chordPeak = 0.0; ///< loudest 0.4 s; dB of full scale
     double worstDc = 0.0;                    ///< dB of the signal, the worst from C2 to C7
     double above2k = 0.0, above5k = 0.0;     ///< dB of the signal, C4
@@ -85,5 +86,18 @@ Figures measure(const std::string& name, const std::vector<Sound>& sounds);
 double distanceOf(const Figures& a, const Figures& b);
 /// Fills in the nearest of each.
 void findNearest(std::vector<Figures>& bank);
+
+/// What programs are to be apart at least, dB.
+constexpr double familyApart = 6.0, othersApart = 10.0;
+
+/// Two programs and how far they are apart.
+struct Pair {
+    const Figures *first, *second; ///< of the bank, not owned
+    double apart;
+    bool oneFamily() const { return first->family == second->family; }
+    bool tooNear() const { return apart < (oneFamily() ? familyApart : othersApart); }
+};
+/// Every two of a bank, the nearest first.
+std::vector<Pair> pairsOf(const std::vector<Figures>& bank);
 
 } // namespace soundtable

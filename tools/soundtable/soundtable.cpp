@@ -13,42 +13,77 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <string_view>
 
 // sondrava-sounds [--picture FILE.svg] factory|gm|racks|kits|FILE.wav...
+// sondrava-sounds --pairs factory|gm|racks|kits...
 // sondrava-sounds --songs FILE.wav...
 //
 // Prints a table of what programs sound like. `factory` is the bank of the synthesizer, `gm` the
 // General MIDI set, `racks` and `kits` the presets of effects and drums, of which fewer columns
 // count; a WAV file holds the row of notes of SoundFigures.h, played by anything, one every 2.5 s
-// from its start. Of songs it tells how loud they are, whether they survive mono, and what they
-// hold of the highest and of no frequency.
+// from its start. `--pairs` prints what is too near to something else instead. Of songs it tells
+// how loud they are, whether they survive mono, and what they hold of the highest and of no
+// frequency.
 
 namespace {
 
 using namespace soundtable;
 
-Figures measureProgram(CQV* host, const char* name, const MakeProgram& make) {
+/// A bank that is measured; with `onlyPairs` just the notes that distances are made of.
+struct Measured {
+    CQV* host;
+    bool onlyPairs = false;
+    std::vector<Figures> bank = {};
+
+    void add(const char* name, const char* family, const MakeProgram& make);
+    void addFactory();
+    void addGeneralMidi();
+    void addRacks();
+    void addKits();
+    bool addFile(const char* path); ///< false if it cannot be read
+};
+
+void Measured::add(const char* name, const char* family, const MakeProgram& make) {
+    Figures f;
     int voices = 0;
-    Figures f = measure(name, playProbe(host, make, voices));
+    if (onlyPairs) {
+        f.name = name;
+        f.low = shapeOf(playNote(host, make, probeNotes[probeC3], voices));
+        f.middle = shapeOf(playNote(host, make, probeNotes[probeC4], voices));
+    } else {
+        f = measure(name, playProbe(host, make, voices));
+    }
     f.voices = voices;
-    return f;
+    f.family = family;
+    bank.push_back(f);
 }
 
-void measureFactory(CQV* host, std::vector<Figures>& bank) {
+void Measured::addFactory() {
     for (int i = 0; i < factoryCount; i++)
-        bank.push_back(measureProgram(host, factoryName(i), [&](CQV* root, CSampler* sampler) {
-            return buildFactoryProg(root, sampler, i);
-        }));
+        add(factoryName(i), factoryFamily(i),
+            [&](CQV* root, CSampler* sampler) { return buildFactoryProg(root, sampler, i); });
 }
 
-void measureGeneralMidi(CQV* host, std::vector<Figures>& bank) {
+void Measured::addGeneralMidi() {
     for (const gm::Family& family : gm::allFamilies())
         for (const gm::Program& program : family.programs) {
             const float level = gm::evenLevel(host, family, program);
-            bank.push_back(measureProgram(host, program.name, [&](CQV* root, CSampler* sampler) {
+            add(program.name, family.name, [&](CQV* root, CSampler* sampler) {
                 return gm::buildGmProgram(root, sampler, family, program, level);
-            }));
+            });
         }
+}
+
+void Measured::addRacks() {
+    for (const presets::RackPreset& preset : presets::rackPresets()) {
+        bank.push_back(measureRack(host, preset));
+        bank.back().family = preset.use;
+    }
+}
+
+void Measured::addKits() {
+    for (const presets::Kit& kit : presets::kits()) bank.push_back(measureKit(kit));
 }
 
 /// The notes of a file; empty if it cannot be read.
@@ -67,6 +102,20 @@ std::vector<Sound> readProbe(const char* path) {
         }
     }
     return sounds;
+}
+
+bool Measured::addFile(const char* path) {
+    const auto sounds = readProbe(path);
+    if (!sounds.empty())
+        bank.push_back(measure(std::filesystem::path(path).stem().string(), sounds));
+    return !sounds.empty();
+}
+
+void printPairs(const std::vector<Figures>& bank) {
+    for (const Pair& pair : pairsOf(bank))
+        if (pair.tooNear())
+            std::printf("%4.1f  %s, %s%s\n", pair.apart, pair.first->name.c_str(),
+                        pair.second->name.c_str(), pair.oneFamily() ? "" : "  (other family)");
 }
 
 void printTable(const std::vector<Figures>& bank) {
@@ -130,32 +179,36 @@ int main(int argc, char** argv) {
     host->settingsEnabled = false;
     host->setFrames(256);
     host->setRate(probeRate);
-    std::vector<Figures> bank;
+    Measured measured{host.get()};
     const char* picture = nullptr;
     const bool songs = argc > 1 && std::strcmp(argv[1], "--songs") == 0;
     for (int i = 2; songs && i < argc; i++)
         if (!printSong(argv[i])) return 1;
     if (songs) return 0;
     for (int i = 1; i < argc; i++) {
-        if (std::strcmp(argv[i], "--picture") == 0 && i + 1 < argc) {
+        const std::string_view word = argv[i];
+        if (word == "--picture" && i + 1 < argc) {
             picture = argv[++i];
-        } else if (std::strcmp(argv[i], "factory") == 0) {
-            measureFactory(host.get(), bank);
-        } else if (std::strcmp(argv[i], "gm") == 0) {
-            measureGeneralMidi(host.get(), bank);
-        } else if (std::strcmp(argv[i], "racks") == 0) {
-            for (const presets::RackPreset& preset : presets::rackPresets())
-                bank.push_back(measureRack(host.get(), preset));
-        } else if (std::strcmp(argv[i], "kits") == 0) {
-            for (const presets::Kit& kit : presets::kits()) bank.push_back(measureKit(kit));
-        } else if (const auto sounds = readProbe(argv[i]); !sounds.empty()) {
-            bank.push_back(measure(std::filesystem::path(argv[i]).stem().string(), sounds));
-        } else {
+        } else if (word == "--pairs") {
+            measured.onlyPairs = true;
+        } else if (word == "factory") {
+            measured.addFactory();
+        } else if (word == "gm") {
+            measured.addGeneralMidi();
+        } else if (word == "racks") {
+            measured.addRacks();
+        } else if (word == "kits") {
+            measured.addKits();
+        } else if (!measured.addFile(argv[i])) {
             std::fprintf(stderr, "sondrava-sounds: %s: cannot be read\n", argv[i]);
             return 1;
         }
     }
-    findNearest(bank);
-    printTable(bank);
-    return picture && !writePicture(picture, bank) ? 1 : 0;
+    if (measured.onlyPairs) {
+        printPairs(measured.bank);
+        return 0;
+    }
+    findNearest(measured.bank);
+    printTable(measured.bank);
+    return picture && !writePicture(picture, measured.bank) ? 1 : 0;
 }
