@@ -33,6 +33,8 @@ std::vector<Family> allFamilies() {
     std::vector<Family> all;
     for (const auto& some : {keys(), strings(), winds(), synths(), percussion()})
         all.insert(all.end(), some.begin(), some.end());
+    for (Family& family : all)
+        for (Program& program : family.programs) program.patches = followed(program.patches);
     return all;
 }
 
@@ -46,8 +48,10 @@ float evenLevel(CQV* host, const Family& family, const Program& program) {
     const soundtable::ProbeNote note = {low ? 36 : soundtable::chordKey, 100};
     const double lufs = loudnessOf(soundtable::playNote(host, make, note, voices));
     const double wanted = 0.7 * std::pow(10.0, ((low ? lowNoteLufs : chordLufs) - lufs) / 40.0);
+    const int key = low ? note.key : 60;
     float loudest = 0.0f;
-    for (const Patch& p : program.patches) loudest = std::max(loudest, p.volume);
+    for (const Patch& p : program.patches)
+        if (p.lowKey <= key && key <= p.hiKey) loudest = std::max(loudest, p.volume);
     return std::min(std::round(float(wanted) * 100.0f) / 100.0f, 1.0f / loudest);
 }
 

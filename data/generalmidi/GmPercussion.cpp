@@ -10,6 +10,38 @@ Patches plucked(float feed, float depth, float decay, float buzz, float pick) {
             breath("Pick", pick, 0.7f, 0.3f, 25)};
 }
 
+// A skin below the bridge: no lows, a knock, soon gone.
+Patches banjo() {
+    Patches p = plucked(0.9f, 0.8f, 380, 0.5f, 0.5f);
+    p[0] = through(p[0], filterHigh, 0.3f, 0);
+    p.push_back(breath("Skin", 0.8f, 0.34f, 0.7f, 60));
+    p.push_back(struck("Ground", 0.3f, fm(0.2f), 420, 120));
+    return p;
+}
+
+// The plectrum strikes the skin together with the string, which rattles on the neck.
+Patches shamisen() {
+    return {muffled(struck("String", 0.9f, edgePair(0.9f), 800, 120), 0.5f, 0.4f),
+            swelling(struck("Rattle", 0.6f, spread(edge(1.0f), 0.05f, 0.7f), 1100, 100, 19), 90),
+            breath("Plectrum", 0.6f, 0.46f, 0.3f, 55)};
+}
+
+// Silk on a long box: the pitch falls into its place.
+Patches koto() {
+    return {falling(struck("String", 0.9f, spread(hollow(0.4f), 0.04f, 0.5f), 1900, 300), 0.6f, 90),
+            struck("Octave", 0.4f, spread(fm(0.4f), 0.08f, 0.8f), 2600, 300, 12),
+            breath("Pick", 0.5f, 0.6f, 0.5f, 30)};
+}
+
+// Strings below those that are played go on sounding.
+Patches sitar() {
+    Patches p = plucked(0.92f, 0.95f, 2200, 0.6f, 0.3f);
+    p[1] = swelling(p[1], 160);
+    p.push_back(through(held("Others", 0.3f, spread(edge(0.9f), 0.1f, 1.0f), 420, 700, 12),
+                        filterHigh, 0.5f, 0.3f));
+    return p;
+}
+
 Patches drum(float fall, float ms, float decay, float noiseVolume, float noiseCutoff) {
     return {falling(struck("Skin", 1.0f, fm(0.25f, 7.3f), decay, decay * 0.6f), fall, ms),
             breath("Stick", noiseVolume, noiseCutoff, 0.3f, 50)};
@@ -36,26 +68,24 @@ Patch stirred(Patch p, int target, float amount, float hz, int wave) {
 }
 
 Family ethnic() {
-    Patches sitar = plucked(0.92f, 0.95f, 2600, 0.6f, 0.3f);
-    sitar[1] = swelling(sitar[1], 160);
     return {"Ethnic",
-            {{"Sitar", "india drone buzz", sitar},
-             {"Banjo", "folk bright", plucked(0.9f, 0.8f, 480, 0.4f, 0.5f)},
-             {"Shamisen", "japan plucked", plucked(0.94f, 0.9f, 700, 0.3f, 0.8f)},
-             {"Koto", "japan harp", plucked(0.86f, 0.7f, 1700, 0.25f, 0.4f)},
+            {{"Sitar", "india drone buzz", sitar()},
+             {"Banjo", "folk bright", banjo()},
+             {"Shamisen", "japan plucked", shamisen()},
+             {"Koto", "japan harp", koto()},
              {"Kalimba",
               "africa thumb piano",
               {struck("Tongue", 0.9f, spread(fm(0.2f, 12), 0.04f), 900, 250),
-               struck("Buzz", 0.4f, fm(0.5f, 28.7f), 90, 60, 12)}},
+               struck("Buzz", 0.5f, fm(0.6f, 28.7f, 0.6f), 130, 60, 12)}},
              {"Bagpipe",
               "scotland drone",
               {held("Chanter", 0.8f, spread(edge(0.92f), 0.05f, 0.7f), 25, 60),
-               held("Drone", 0.5f, spread(hollow(0.8f), 0.1f), 60, 80, -12)}},
+               held("Drone", 0.9f, spread(hollow(0.8f), 0.1f), 60, 80, -12)}},
              {"Fiddle",
               "folk violin",
-              {swaying(held("String", 0.9f, spread(brightSaw(), 0.06f, 0.6f), 40, 90), 0.16f, 5.8f,
+              {swaying(held("String", 0.9f, spread(brightSaw(), 0.06f, 0.6f), 15, 60), 0.16f, 5.8f,
                        200),
-               breath("Bow", 0.4f, 0.8f, 0.2f, 120, 0.4f, 15)}},
+               breath("Bow", 0.6f, 1.0f, 0.2f, 120, 0.4f, 5)}},
              {"Shanai",
               "india reed loud",
               {swaying(through(held("Reeds", 1.0f, spread(edge(1.0f), 0.03f, 0.5f), 25, 70),
@@ -84,8 +114,19 @@ Family percussive() {
               "wood dry",
               {falling(struck("Block", 0.9f, fm(0.36f, 9.1f), 80, 50), 4, 12),
                breath("Knock", 0.5f, 0.6f, 0.4f, 18)}},
-             {"Taiko", "japan big drum", drum(7, 120, 900, 0.8f, 0.35f)},
-             {"Melodic tom", "drum tuned", drum(9, 90, 480, 0.5f, 0.45f)},
+             {"Taiko", "japan big drum",
+              [] {
+                  Patches p = drum(7, 120, 900, 1.0f, 0.3f);
+                  p[0].osc = fm(0.1f);
+                  p.push_back(falling(struck("Boom", 0.8f, fm(0.2f), 1300, 600, -12), 5, 90));
+                  return p;
+              }()},
+             {"Melodic tom", "drum tuned",
+              [] {
+                  Patches p = drum(9, 90, 480, 0.6f, 0.6f);
+                  p.push_back(struck("Overtone", 0.5f, fm(0.4f, 5.2f), 260, 200, 8));
+                  return p;
+              }()},
              {"Synth drum", "eighties falling", drum(24, 320, 420, 0.4f, 0.6f)},
              {"Reverse cymbal", "swell backwards", {reverse}}}};
 }
@@ -96,7 +137,10 @@ Family soundEffects() {
               "guitar squeak",
               {falling(struck("Squeak", 0.6f, edge(0.9f), 160, 60, 12), -9, 150),
                breath("String", 0.8f, 0.75f, 0.6f, 160)}},
-             {"Breath noise", "air human", {wind("Breath", 1.0f, filterBand, 0.6f, 0.3f, 60, 200)}},
+             {"Breath noise",
+              "air human",
+              {wind("Breath", 1.0f, filterBand, 0.5f, 0.7f, 260, 300),
+               wind("Teeth", 0.3f, filterHigh, 0.9f, 0.1f, 420, 200)}},
              {"Seashore",
               "waves water",
               {stirred(wind("Waves", 1.0f, filterLow, 0.7f, 0.1f, 900, 1600), targetVolume, 0.8f,
@@ -118,8 +162,10 @@ Family soundEffects() {
                        lfoSaw)}},
              {"Applause",
               "crowd clapping",
-              {stirred(wind("Hands", 1.0f, filterBand, 0.55f, 0.2f, 300, 900), targetVolume, 0.6f,
-                       23.0f, lfoRandom)}},
+              {stirred(wind("Hands", 1.0f, filterBand, 0.62f, 0.1f, 60, 900), targetVolume, 0.9f,
+                       23.0f, lfoRandom),
+               stirred(wind("Palms", 0.8f, filterBand, 0.36f, 0.3f, 60, 900), targetVolume, 0.9f,
+                       17.0f, lfoRandom)}},
              {"Gunshot",
               "bang",
               {breath("Blast", 1.0f, 0.7f, 0.1f, 500), breath("Boom", 1.0f, 0.3f, 0.3f, 900),

@@ -1,5 +1,7 @@
 #include "data/generalmidi/GmPieces.h"
 
+#include <algorithm>
+
 namespace gm {
 
 namespace {
@@ -34,6 +36,13 @@ Osc spread(Osc osc, float detune, float width) {
     return osc;
 }
 
+Osc edgePair(float depth, float apart) {
+    Osc osc = edge(depth, 0, 0, apart);
+
+    osc.inverted = true;
+    return osc;
+}
+
 Osc rich(float feed, float pm) {
     return {.feed = feed, .phaseMod = pm};
 }
@@ -63,7 +72,7 @@ Patch breath(const char* name, float volume, float cutoff, float q, float decay,
     p.cutoff = cutoff;
     p.q = q;
     p.velPhaseMod = 0;
-    p.velVolume = 0.88f;
+    p.velVolume = 0.92f;
     p.amp = {
         .attack = attack, .decay = decay, .sustain = sustain, .release = 60, .decayCurve = 0.3f};
     return p;
@@ -98,6 +107,35 @@ Patch through(Patch p, int filter, float cutoff, float q) {
     p.cutoff = cutoff;
     p.q = q;
     return p;
+}
+
+Patch muffled(Patch p, float cutoff, float q) {
+    p.velCutoff = 0.25f;
+    return through(p, filterLow, cutoff, q);
+}
+
+Patches followed(const Patches& patches) {
+    // What a high-pass takes from low notes, and a low-pass from high ones, comes back as volume.
+    constexpr struct {
+        int lowKey, hiKey;
+        float cutoff, volumeHigh, volumeLow;
+    } parts[] = {{0, 35, 0.71f, 1.3f, 1.0f},
+                 {36, 47, 0.84f, 1.2f, 1.0f},
+                 {48, 71, 1.0f, 1.0f, 1.0f},
+                 {72, 83, 1.19f, 0.84f, 1.05f},
+                 {84, 127, 1.41f, 0.7f, 1.15f}};
+    Patches all;
+    for (const Patch& p : patches) {
+        const bool filtered = p.osc.times != noise.times && p.cutoff != clean && p.cutoff < 1.0f;
+        if (!filtered) all.push_back(p);
+        for (const auto& part : parts) {
+            if (!filtered || part.hiKey < p.lowKey || part.lowKey > p.hiKey) continue;
+            all.push_back(zone(p, std::max(part.lowKey, p.lowKey), std::min(part.hiKey, p.hiKey)));
+            all.back().cutoff = std::min(1.0f, p.cutoff * part.cutoff);
+            all.back().volume *= p.filter == filterLow ? part.volumeLow : part.volumeHigh;
+        }
+    }
+    return all;
 }
 
 Patch driven(Patch p) {

@@ -44,6 +44,9 @@ std::vector<Family> percussion(); ///< ethnic, percussive, sound effects
 /// Modulator depth `pm`, semitones above the carrier, its own feedback.
 Osc fm(float pm, float modCoarse = 0.0f, float modFeed = 0.0f);
 Osc spread(Osc osc, float detune, float width = 0.8f);
+/// Two of `edge` against each other, `apart` half cycles: no offset, so that a low-pass may follow.
+/// The nearer they are, the weaker the ground.
+Osc edgePair(float depth, float apart = 0.3f);
 /// With feedback of the carrier: `feed` of one radian and below.
 Osc rich(float feed, float pm = 0.0f);
 
@@ -63,6 +66,11 @@ Patch swaying(Patch p, float semitones, float hz, int delayMs); ///< vibrato
 Patch trembling(Patch p, float amount, float hz);
 Patch swelling(Patch p, float ms); ///< its colour rises from half in so long
 Patch through(Patch p, int filter, float cutoff, float q);
+/// A low-pass that a soft stroke leaves further closed.
+Patch muffled(Patch p, float cutoff, float q = 0.1f);
+/// The sounds with filters that follow the keyboard, by parts of it: a cutoff is meant for the
+/// octaves around C4, and moves by half an octave with each octave below and above.
+Patches followed(const Patches& patches);
 Patch driven(Patch p);                                                 ///< distorted
 Patch doubled(Patch p, float wet, float delay, float depth, float hz); ///< chorus
 Patch longer(Patch p, float sustain);              ///< level that a stroke keeps

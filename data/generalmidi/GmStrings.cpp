@@ -5,11 +5,18 @@ namespace gm {
 namespace {
 
 // A string that a finger or a pick leaves: bright at once, round soon after.
-Patches guitar(float feed, float pm, float decay, float pick, float pickCutoff) {
-    return {
-        zone(struck("String", 0.9f, spread(rich(feed, pm), 0.05f, 0.5f), decay * 1.5f, 110), 0, 54),
-        zone(struck("String", 0.9f, spread(rich(feed, pm), 0.05f, 0.5f), decay, 100), 55, 127),
-        breath("Pick", pick, pickCutoff, 0.3f, 30)};
+Patches guitar(const Osc& osc, float decay, float pick, float pickCutoff) {
+    return {zone(struck("String", 0.9f, spread(osc, 0.05f, 0.5f), decay * 1.5f, 110), 0, 54),
+            zone(struck("String", 0.9f, spread(osc, 0.05f, 0.5f), decay, 100), 55, 127),
+            breath("Pick", pick, pickCutoff, 0.3f, 30)};
+}
+
+// The same under a finger, or far from the bridge: the top goes through a low-pass, the knock is
+// that of the box.
+Patches softGuitar(float depth, float cutoff, float decay, float knock, float box) {
+    return {muffled(struck("String", 0.9f, edgePair(depth), decay, 110), cutoff),
+            struck("Ground", 0.6f, fm(0.2f), decay * 1.2f, 110),
+            breath("Knock", knock, box, 0.6f, 60)};
 }
 
 Patches bassString(float pm, float slap, float decay) {
@@ -25,16 +32,16 @@ Patches synthBass(const Osc& osc, float cutoff, float q, float fall) {
     return {p, held("Ground", 0.6f, fm(0.36f), 2, 70)};
 }
 
-// One bow: the string, its box, and the hair.
-Patches bow(float attack, float boxCutoff, float hair, float vibratoDepth) {
-    return {
-        swaying(swelling(held("String", 0.8f, spread(rich(0.95f, 0.45f), 0.05f, 0.5f), attack, 150),
-                         attack),
-                vibratoDepth, 5.6f, 260),
-        swaying(through(held("Box", 0.6f, plainSaw(0.03f, 0.8f), attack, 140), filterBand,
-                        boxCutoff, 0.4f),
-                vibratoDepth, 5.6f, 260),
-        breath("Bow", hair, 0.75f, 0.2f, 200, 0.4f, 40)};
+// One bow: the string, its box, and the hair. The larger the box, the lower it sings, and the less
+// of the string's top it lets through.
+Patches bow(float attack, float top, float boxCutoff, float box, float hair, float hairCutoff,
+            float vibratoDepth) {
+    const auto sung = [&](const Patch& p) { return swaying(p, vibratoDepth, 5.6f, 260); };
+    return {sung(muffled(swelling(held("String", 0.8f, edgePair(0.9f), attack, 150), attack), top)),
+            sung(through(held("Box", box, plainSaw(0.03f, 0.8f), attack, 140), filterBand,
+                         boxCutoff, 0.5f)),
+            sung(held("Ground", 0.45f, fm(0.2f), attack, 150)),
+            breath("Bow", hair, hairCutoff, 0.3f, 200, 0.5f, attack * 0.4f)};
 }
 
 // Many bows.
@@ -65,16 +72,33 @@ Patches voices(float first, float second, float attack) {
 Family guitars() {
     return {
         "Guitar",
-        {{"Nylon guitar", "acoustic classic spanish", guitar(0.74f, 0.45f, 1500, 0.3f, 0.45f)},
-         {"Steel guitar", "acoustic folk western", guitar(0.92f, 0.5f, 2000, 0.5f, 0.75f)},
-         {"Jazz guitar", "electric round soft", guitar(0.6f, 0.4f, 1700, 0.2f, 0.4f)},
-         {"Clean guitar", "electric chorus",
+        {{"Nylon guitar", "acoustic classic spanish", softGuitar(0.8f, 0.66f, 1300, 0.3f, 0.24f)},
+         {"Steel guitar", "acoustic folk western",
           [] {
-              Patches p = guitar(0.84f, 0.55f, 2400, 0.35f, 0.65f);
-              for (Patch& s : p) s = doubled(s, 0.4f, 12, 0.15f, 0.7f);
+              Patches p = guitar(rich(0.92f, 0.5f), 2000, 0.6f, 0.8f);
+              p.push_back(struck("Shine", 0.4f, spread(hollow(0.9f), 0.12f), 1100, 110, 12));
+              p.push_back(breath("Box", 0.6f, 0.22f, 0.6f, 90));
+              p.push_back(struck("Ground", 0.5f, fm(0.4f), 3000, 110));
+              p.push_back(struck("Octaves", 0.3f, spread(hollow(0.6f), 0.2f, 1.0f), 2400, 110, 24));
+              for (int i = 0; i < 2; i++) p[size_t(i)].cutoff = 0.36f;
               return p;
           }()},
-         {"Muted guitar", "electric palm short", guitar(0.8f, 0.45f, 220, 0.6f, 0.5f)},
+         {"Jazz guitar", "electric round soft", softGuitar(0.4f, 0.3f, 3600, 0.5f, 0.5f)},
+         {"Clean guitar", "electric chorus",
+          [] {
+              Patches p = guitar(pulsePair(0, 0.4f, 0.8f, 0.3f), 3200, 0.35f, 0.65f);
+              for (Patch& s : p) s = doubled(s, 0.4f, 12, 0.15f, 0.7f);
+              for (int i = 0; i < 2; i++) p[size_t(i)].cutoff = 0.3f;
+              p.push_back(longer(struck("Ground", 0.3f, fm(0.2f), 4000, 110), 0.2f));
+              p.push_back(
+                  longer(struck("Chime", 0.5f, spread(fm(0.3f, 12), 0.1f), 3000, 110, 12), 0.5f));
+              return p;
+          }()},
+         {"Muted guitar",
+          "electric palm short",
+          {muffled(struck("String", 0.9f, edgePair(0.8f), 240, 100), 0.5f, 0.3f),
+           struck("Ground", 0.5f, fm(0.3f), 150, 90), breath("Palm", 0.8f, 0.3f, 0.5f, 45),
+           breath("Pick", 0.5f, 0.8f, 0.2f, 20)}},
          {"Overdriven guitar",
           "electric rock crunch",
           {driven(
@@ -99,26 +123,38 @@ Family basses() {
         "Bass",
         {{"Acoustic bass", "upright jazz",
           [] {
-              Patches p = bassString(0.6f, 0.4f, 1900);
-              p.push_back(breath("Finger", 0.5f, 0.42f, 0.4f, 55));
+              Patches p = bassString(0.6f, 0.5f, 800);
+              p.push_back(breath("Finger", 0.8f, 0.24f, 0.6f, 110));
+              p.push_back(struck("Box", 0.5f, spread(fm(0.3f), 0.1f), 1700, 120));
               return p;
           }()},
-         {"Finger bass", "electric round", bassString(0.72f, 0.35f, 2600)},
-         {"Picked bass", "electric bright",
-          [] {
-              Patches p = bassString(0.8f, 0.6f, 2400);
-              p.push_back(breath("Pick", 0.4f, 0.7f, 0.3f, 20));
-              return p;
-          }()},
+         {"Finger bass",
+          "electric round",
+          {muffled(longer(struck("String", 0.9f, edgePair(0.9f), 1200, 80), 0.2f), 0.46f, 0.7f),
+           longer(struck("Ground", 0.8f, fm(0.3f), 1800, 80), 0.2f),
+           breath("Finger", 0.4f, 0.4f, 0.6f, 50)}},
+         {"Picked bass",
+          "electric bright",
+          {longer(struck("String", 0.9f, spread(edge(0.8f), 0.03f, 0.6f), 2400, 80), 0.12f),
+           struck("Ground", 0.5f, fm(0.3f), 2600, 80), breath("Pick", 0.6f, 0.75f, 0.3f, 30)}},
          {"Fretless bass",
           "electric singing",
           {swaying(longer(struck("String", 0.9f, fm(0.66f), 3400, 110), 0.35f), 0.12f, 4.8f, 350),
            swelling(longer(struck("Mwah", 0.5f, rich(0.8f, 0.4f), 2400, 110), 0.2f), 180)}},
-         {"Slap bass", "electric funk thumb", bassString(0.84f, 0.9f, 1900)},
+         {"Slap bass", "electric funk thumb",
+          [] {
+              Patches p = bassString(0.84f, 0.8f, 1500);
+              p.push_back(breath("Thumb", 0.5f, 0.9f, 0.1f, 50));
+              p.push_back(struck("Fret", 0.4f, hollow(0.9f), 380, 50, 24));
+              return p;
+          }()},
          {"Pop bass", "electric funk popped",
           [] {
-              Patches p = bassString(0.78f, 0.9f, 1500);
+              Patches p = bassString(0.7f, 1.0f, 1200);
+              p[0] = through(struck("String", 0.9f, pulsePair(0, 0.5f, 0.9f, 0.4f), 900, 70),
+                             filterBand, 0.46f, 0.5f);
               p[1].coarse = 12;
+              p.push_back(struck("Ground", 0.6f, fm(0.4f), 900, 70));
               return p;
           }()},
          {"Synth bass", "analog filter", synthBass(pulsePair(0.16f, 0.4f), 0.86f, 0.5f, 420)},
@@ -129,20 +165,22 @@ Family bowed() {
     Patches tremolo = section(40, 200, 0.95f, 0.5f);
     for (Patch& p : tremolo) p = trembling(p, 0.6f, 11.0f);
     return {"Strings",
-            {{"Violin", "solo bowed", bow(80, 0.4f, 0.3f, 0.24f)},
-             {"Viola", "solo bowed dark", bow(90, 0.33f, 0.26f, 0.22f)},
-             {"Cello", "solo bowed low", bow(95, 0.24f, 0.24f, 0.2f)},
-             {"Contrabass", "solo bowed deep", bow(120, 0.18f, 0.24f, 0.12f)},
+            {{"Violin", "solo bowed", bow(90, 1.0f, 0.66f, 0.8f, 0.36f, 0.9f, 0.24f)},
+             {"Viola", "solo bowed dark", bow(190, 0.42f, 0.37f, 1.0f, 0.9f, 0.48f, 0.22f)},
+             {"Cello", "solo bowed low", bow(50, 0.4f, 0.2f, 1.0f, 0.7f, 0.44f, 0.2f)},
+             {"Contrabass", "solo bowed deep", bow(200, 0.36f, 0.17f, 0.6f, 0.3f, 0.36f, 0.12f)},
              {"Tremolo strings", "ensemble shaking", tremolo},
              {"Pizzicato strings",
               "ensemble plucked",
-              {struck("Strings", 0.9f, spread(rich(0.8f, 0.5f), 0.26f), 330, 130),
-               struck("Wood", 0.5f, spread(fm(0.4f), 0.1f), 160, 90, -12),
-               breath("Finger", 0.4f, 0.5f, 0.3f, 30)}},
+              {doubled(muffled(struck("Strings", 0.9f, edgePair(0.7f), 480, 160), 0.7f), 0.5f, 18,
+                       0.2f, 0.7f),
+               struck("Wood", 0.7f, spread(fm(0.4f), 0.1f), 200, 90, -12),
+               breath("Finger", 0.4f, 0.4f, 0.5f, 40)}},
              {"Harp",
               "orchestra plucked",
-              {struck("String", 0.9f, spread(rich(0.56f, 0.46f), 0.1f), 2200, 700),
-               struck("Finger", 0.3f, fm(0.4f, 12), 90, 60, 12)}},
+              {struck("String", 0.9f, spread(rich(0.3f, 0.3f), 0.1f), 900, 700),
+               struck("Octave", 0.4f, spread(fm(0.16f), 0.2f, 1.0f), 2600, 900, 12),
+               struck("Finger", 0.4f, fm(0.6f, 12), 130, 60, 24)}},
              {"Timpani",
               "orchestra drum",
               {falling(struck("Skin", 0.95f, fm(0.3f, 7.0f), 1300, 600), 1.5f, 60),
@@ -152,13 +190,15 @@ Family bowed() {
 
 Family ensembles() {
     return {"Ensemble",
-            {{"Strings", "orchestra ensemble", section(160, 320, 0.95f, 0.5f)},
+            {{"Strings", "orchestra ensemble", section(260, 320, 0.95f, 0.5f)},
              {"Slow strings", "orchestra ensemble soft", section(420, 600, 0.85f, 0.6f)},
              {"Synth strings", "analog ensemble machine",
               [] {
                   Patches p = section(120, 420, 0.92f, 0.3f);
                   for (Patch& s : p) s = doubled(s, 0.6f, 12, 0.35f, 0.9f);
+                  p[0] = through(p[0], filterHigh, 0.7f, 0.3f);
                   p[1].coarse = 12;
+                  p.push_back(held("Ground", 0.4f, spread(fm(0.3f), 0.3f, 1.0f), 160, 420));
                   return p;
               }()},
              {"Soft synth strings", "analog ensemble warm",
@@ -169,7 +209,7 @@ Family ensembles() {
               }()},
              {"Choir aahs", "voices vowel", voices(0.34f, 0.42f, 120)},
              {"Choir oohs", "voices dark", voices(0.22f, 0.3f, 150)},
-             {"Synth voice", "vocal digital", voices(0.27f, 0.6f, 60)},
+             {"Synth voice", "vocal digital", voices(0.25f, 0.74f, 30)},
              {"Orchestra hit",
               "stab tutti",
               {struck("Tutti", 0.9f, spread(brightSaw(), 0.4f, 1.0f), 700, 250),

@@ -41,12 +41,18 @@ Patch wandering(Patch p, float cutoff, float amount, float hz) {
 Family leads() {
     return {"Synth lead",
             {{"Square lead", "hollow chip", lead(hollow(0.45f), 0.4f, 12)},
-             {"Saw lead", "bright analog", lead(brightSaw(), 0.6f, 0.04f)},
+             {"Saw lead", "bright analog",
+              [] {
+                  Patches p = lead(brightSaw(), 0.6f, 0.04f);
+                  p.push_back(held("Edge", 0.4f, spread(edge(0.95f), 0.12f, 1.0f), 2, 90, 12));
+                  return p;
+              }()},
              {"Calliope",
               "steam organ whistle",
-              {held("Pipe", 0.9f, spread(fm(0.26f), 0.1f), 25, 90),
-               held("Octave", 0.5f, spread(fm(0.2f), 0.1f), 30, 90, 12),
-               breath("Steam", 0.4f, 0.65f, 0.4f, 120, 0.3f, 10)}},
+              {held("Pipe", 0.9f, spread(fm(0.26f), 0.1f), 8, 90),
+               held("Octave", 0.6f, spread(fm(0.2f), 0.16f), 30, 90, 12),
+               held("Twelfth", 0.6f, spread(fm(0.2f), 0.2f), 35, 90, 19),
+               breath("Steam", 0.7f, 0.6f, 0.4f, 300, 0.5f, 10)}},
              {"Chiff lead",
               "breath short attack",
               {held("Tone", 0.9f, spread(hollow(0.36f), 0.1f), 10, 120),
@@ -58,9 +64,11 @@ Family leads() {
              {"Voice lead",
               "vocal solo",
               {swaying(through(held("Throat", 1.0f, spread(rich(0.9f, 0.5f), 0.06f), 50, 140),
-                               filterBand, 0.36f, 0.6f),
+                               filterBand, 0.44f, 0.85f),
                        0.16f, 5.2f, 200),
-               held("Tone", 0.5f, fm(0.3f), 50, 140)}},
+               swaying(through(held("Nose", 0.4f, edge(0.6f), 50, 140), filterBand, 0.58f, 0.85f),
+                       0.16f, 5.2f, 200),
+               held("Tone", 0.5f, fm(0.1f), 30, 140)}},
              {"Fifths lead",
               "parallel power",
               {held("Saw", 0.8f, spread(brightSaw(), 0.1f, 0.7f), 2, 110),
@@ -80,8 +88,15 @@ Family padsFamily() {
                slow("Ground", 0.5f, fm(0.3f), 380, -12)}},
              {"Polysynth pad",
               "analog bright",
-              {slow("Saws", 0.8f, spread(brightSaw(), 0.42f, 1.0f), 60),
-               slow("Pulse", 0.6f, pulsePair(0.3f, 0.5f, 0.9f, 0.3f), 80)}},
+              {[] {
+                   Patch p = muffled(slow("Pulse", 0.9f, pulsePair(0.3f, 0.5f, 0.95f, 0.4f), 160),
+                                     0.9f, 0.45f);
+                   p.filterEnv = {
+                       .decay = 900, .sustain = 0.5f, .release = hold, .decayCurve = 0.2f};
+                   return p;
+               }(),
+               slow("Octave", 0.4f, spread(edge(0.5f), 0.42f, 1.0f), 60, 24),
+               slow("Ground", 0.4f, fm(0.2f), 200)}},
              {"Choir pad", "voices space", vowelPad(0.36f, 260)},
              {"Bowed pad",
               "glass rubbed",
@@ -123,12 +138,15 @@ Family effects() {
                struck("Ice", 0.4f, spread(fm(0.5f, 21.4f), 0.2f), 900, 700, 24)}},
              {"Atmosphere",
               "guitar pad nylon",
-              {struck("String", 0.8f, spread(rich(0.8f, 0.5f), 0.1f), 1900, 700),
-               slow("Air", 0.6f, spread(rich(0.7f, 0.3f), 0.42f, 1.0f), 450)}},
+              {struck("String", 0.8f, spread(rich(0.8f, 0.5f), 0.1f), 1400, 700),
+               struck("Nail", 0.4f, spread(hollow(0.8f), 0.2f, 1.0f), 500, 400, 12),
+               slow("Air", 0.7f, spread(rich(0.7f, 0.3f), 0.42f, 1.0f), 600, 12)}},
              {"Brightness",
               "shine digital",
               {struck("Glass", 0.7f, spread(fm(0.7f, 24, 0.5f), 0.14f), 2600, 800),
-               slow("Shine", 0.6f, spread(edge(0.8f), 0.3f, 1.0f), 120)}},
+               through(slow("Shine", 0.7f, spread(edge(0.8f), 0.3f, 1.0f), 300, 12), filterHigh,
+                       0.5f, 0.2f),
+               slow("Ground", 0.3f, spread(fm(0.3f), 0.3f, 1.0f), 240)}},
              {"Goblins",
               "dark moving",
               {wandering(slow("Cave", 1.0f, spread(fm(0.7f, 6.2f, 0.5f), 0.5f, 1.0f), 600), 0.7f,
@@ -137,9 +155,10 @@ Family effects() {
              {"Echoes", "delay drops", {echo, slow("Tail", 0.3f, fm(0.4f, 12), 300)}},
              {"Sci-fi",
               "space star theme",
-              {wandering(slow("Saws", 1.0f, pulsePair(0.36f, 0.5f, 0.95f, 0.45f), 120), 0.9f, 0.5f,
+              {wandering(slow("Saws", 1.0f, pulsePair(0.36f, 0.5f, 0.95f, 0.45f), 120), 0.66f, 0.8f,
                          3.4f),
-               struck("Star", 0.5f, spread(fm(0.6f, 21.35f), 0.1f), 1500, 900, 24)}}}};
+               struck("Star", 0.8f, spread(fm(0.6f, 21.35f), 0.1f), 1700, 900, 24),
+               slow("Space", 0.3f, spread(fm(0.5f, 31, 0.5f), 0.5f, 1.0f), 900, 12)}}}};
 }
 
 } // namespace
