@@ -1,5 +1,5 @@
 #include "shell/runapp.h"
 
-int main() {
-    return runapp();
+int main(int argc, char** argv) {
+    return runapp(argc, argv);
 }

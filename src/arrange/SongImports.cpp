@@ -117,16 +117,18 @@ void SongImports::saveTrackClicked() {
 
 void SongImports::dropped(const DropPlan& plan) {
     waiting = plan.files;
+    waitingVerb = "Drop";
     if (plan.files.empty()) setStatus(plan.refusal);
 }
 
-void SongImports::droppedBeside(const CList& items) {
+void SongImports::comeBeside(const std::vector<CStr>& paths, const char* verb) {
     if (!seq()) return;
-    FactReader reader(filesAmong(items));
+    FactReader reader(paths);
     reader.waitFor();
     std::vector<FileFacts> facts;
     for (int i = 0; i < int(reader.paths.size()); i++) facts.push_back(reader.facts(i));
     dropped(planDrop(seq(), {}, reader.paths, facts, {nullptr, asInt(qv->getPos())}));
+    waitingVerb = verb;
 }
 
 void SongImports::serve() {
@@ -135,7 +137,7 @@ void SongImports::serve() {
     if (!seq()) return setStatus("There is no song to bring files into");
     for (BringFile& file : files)
         if (!seq()->getProg()->tracks.contains(file.place.onto)) file.place.onto = nullptr;
-    bring(files, "Drop");
+    bring(files, waitingVerb);
 }
 
 void SongImports::bring(const std::vector<BringFile>& files, const char* verb) {

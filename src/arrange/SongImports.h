@@ -4,7 +4,6 @@
 
 #include <vector>
 
-class CList;
 class CPopup;
 class Workspace;
 class CQV;
@@ -21,8 +20,8 @@ public:
 
     /// Takes what is dropped, which comes at the next `serve`.
     void dropped(const DropPlan& plan);
-    /// The same for what is dropped anywhere else: it comes to the position, on new tracks.
-    void droppedBeside(const CList& items);
+    /// The same for files that are dropped anywhere else: they come to the position, on new tracks.
+    void comeBeside(const std::vector<CStr>& paths, const char* verb = "Drop");
     void serve();
 
     /// Submenus of what lies among the presets: kits, arpeggios and effects for the first selected
@@ -49,4 +48,5 @@ private:
     Workspace& workspace;
     CQV* qv;
     std::vector<BringFile> waiting; ///< its tracks may be gone by then
+    const char* waitingVerb = "";   ///< what their step is called
 };

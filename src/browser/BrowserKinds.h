@@ -21,6 +21,8 @@ enum NodeKind : int {
     nodeRecent = 21,
     nodeComponent = 22,
     nodeAction = 23,
+    nodeTags = 25,
+    nodeTag = 26,
     nodeNote = 24, ///< a line that only tells something
 };
 
@@ -38,6 +40,7 @@ constexpr const char* everyFile = ".*";
 constexpr BrowserKind browserKinds[] = {
     {nodeFavourites, 0, "Favourites", everyFile},
     {nodeRecent, 0, "Recent", everyFile},
+    {nodeTags, 0, "Tags", everyFile},
     {nodeDisks, 0, "Disks", everyFile},
     {nodeProjects, 11, "Projects", ".QV"},
     {nodeSamples, 12, "Samples",

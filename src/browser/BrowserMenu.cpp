@@ -76,6 +76,8 @@ void CBrowser::fillFile(CPopup* popup, CTreeNode* node) {
     popup->addSeparator();
     addDeed(popup, "Favourite", [this, path] { toggleFavourite(path); })->checked =
         onShelf(FileShelf::favourites, path);
+    if (file && node->kind != nodePoolSample)
+        addDeed(popup, "Tags...", [this, path] { editTags(path); });
     addDeed(popup, "Show in folder",
             [path] { showFolder(folderExists(path) ? path : extractFilePath(path)); });
     if (file && node->kind != nodePluginFile)
@@ -90,6 +92,18 @@ void CBrowser::toggleFavourite(const CStr& path) {
     tree->refreshNode(nodeFavourites);
 }
 
+void CBrowser::editTags(const CStr& path) {
+    FileTags tags = readTags();
+    CTextWin dialog(workspace.mainWindow(), "Tags of " + extractFileName(path),
+                    tags[path.asChar()].c_str(), "Words to find it by");
+    dialog.mayBeEmpty = true;
+    dialog.showModal();
+    if (!dialog.result) return;
+    setTags(path, dialog.text);
+    tree->refreshNode(nodeTags);
+    if (searching) look();
+}
+
 void CBrowser::rename(CTreeNode* node) {
     const CStr former = node->path;
     CTextWin dialog(workspace.mainWindow(), "Rename", extractFileName(former), "Name");
@@ -97,6 +111,7 @@ void CBrowser::rename(CTreeNode* node) {
     if (!dialog.result) return;
     const CStr why = renameFile(qv, former, dialog.text.trim());
     if (!why.empty()) showMsg(workspace.mainWindow(), "Error", why);
+    for (const int kind : {nodeFavourites, nodeRecent, nodeTags}) tree->refreshNode(kind);
     if (searching) look();
 }
 

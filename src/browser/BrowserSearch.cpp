@@ -4,6 +4,7 @@
 #include "base/CStringList.h"
 #include "base/Paths.h"
 #include "browser/BrowserKinds.h"
+#include "browser/ListedFiles.h"
 #include "engine/CQV.h"
 #include "ui/Commands.h"
 #include "ui/IniFolders.h"
@@ -76,6 +77,7 @@ void BrowserSearch::show(CTree& tree, const CStr& text) const {
     const Words words = wordsOf(text);
     tree.root.clear();
     addPlugins(tree, words);
+    addTagged(tree, words);
     addFiles(tree, words);
     addSamples(tree, words);
     addActions(tree, words);
@@ -93,6 +95,18 @@ void BrowserSearch::addFiles(CTree& tree, const Words& words) const {
             const CStr folder = hit->folder.c_str(), name = hit->name.c_str();
             group.add(name + " (" + folder + ")", nodeFile, addSep(folder) + name);
         }
+    }
+}
+
+/// Files that have one of the words as a tag, and the others there too or in their names.
+void BrowserSearch::addTagged(CTree& tree, const Words& words) {
+    Group group(tree, topKind(nodeTags)->title);
+    for (const auto& [path, tags] : readTags()) {
+        const CStr name = extractFileName(path.c_str());
+        const bool any = std::ranges::any_of(
+            words, [&t = tags](const auto& w) { return t.find(w) != std::string::npos; });
+        if (any && holds(name + " " + tags.c_str(), words))
+            group.add(name + " (" + tags.c_str() + ")", nodeFile, path.c_str());
     }
 }
 

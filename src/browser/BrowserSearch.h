@@ -24,6 +24,7 @@ private:
     using Words = std::vector<std::string>;
 
     void addFiles(CTree& tree, const Words& words) const;
+    static void addTagged(CTree& tree, const Words& words);
     void addPlugins(CTree& tree, const Words& words) const;
     void addSamples(CTree& tree, const Words& words) const;
     void addActions(CTree& tree, const Words& words) const;

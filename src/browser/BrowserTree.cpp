@@ -14,6 +14,7 @@
 #include "ui/IniFolders.h"
 
 #include <functional>
+#include <sstream>
 #include <vector>
 
 namespace {
@@ -95,6 +96,10 @@ void BrowserTree::fill(CTreeNode* node) {
     case nodeFavourites:
     case nodeRecent:
         return fillShelf(node);
+    case nodeTags:
+        return fillTags(node);
+    case nodeTag:
+        return fillTag(node);
     case nodeFolder:
     case nodePluginFolder:
         return fillFolder(node);
@@ -147,7 +152,9 @@ void BrowserTree::fillFolder(CTreeNode* node) {
     const CStr folder = addSep(node->path);
     CStringList inside, names;
     watch.add(node->path.asChar());
-    readDir(folder, filterOf(node), &inside, &names, true);
+    if (!readDir(folder, filterOf(node), &inside, &names, true))
+        addFile(node, "", nodeNote,
+                folderExists(folder) ? "This folder cannot be read" : "This folder is not there");
     for (int i = 0; i < inside.count(); i++)
         if (node->kind == nodePluginFolder && PluginFile::isBundle(inside.get(i)))
             names.append(inside.get(i));
@@ -182,6 +189,27 @@ void BrowserTree::fillComponents(CTreeNode* node) {
         addFile(node, "", nodeComponent, component.name);
         node->children.last()->data = const_cast<BrowserDeeds::Component*>(&component);
     }
+}
+
+void BrowserTree::fillTags(CTreeNode* node) {
+    std::set<std::string> words;
+    for (const auto& [path, tags] : readTags()) {
+        std::istringstream in(tags);
+        for (std::string word; in >> word;) words.insert(word);
+    }
+    for (const std::string& word : words) {
+        CTreeNode* tag = node->add(word.c_str());
+        tag->kind = nodeTag;
+        tag->hasChildren = true;
+    }
+    if (words.empty()) addFile(node, "", nodeNote, "Right-click a file to give it tags");
+}
+
+void BrowserTree::fillTag(CTreeNode* node) {
+    const std::string wanted = std::string(" ") + node->text.asChar() + " ";
+    for (const auto& [path, tags] : readTags())
+        if ((" " + tags + " ").find(wanted) != std::string::npos)
+            addFile(node, path.c_str(), nodeFile, extractFileName(path.c_str()));
 }
 
 // Following what changes.

@@ -35,6 +35,8 @@ private:
     void fillPool(CTreeNode* node);
     void fillShelf(CTreeNode* node);
     void fillComponents(CTreeNode* node);
+    static void fillTags(CTreeNode* node);
+    static void fillTag(CTreeNode* node);
     void addFolder(CTreeNode* to, const CStr& path, const char* filter, const CStr& caption);
     static void addFile(CTreeNode* to, const CStr& path, int kind, const CStr& caption);
     void expanding(CObject* sender);

@@ -1,5 +1,6 @@
 #include "browser/CBrowser.h"
 
+#include "audiofiles/CSample.h"
 #include "base/CIniFile.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
@@ -7,6 +8,7 @@
 #include "browser/CBrowserPreview.h"
 #include "browser/CPreviewPanel.h"
 #include "browser/ListedFiles.h"
+#include "browser/PreviewWave.h"
 #include "browser/SearchField.h"
 #include "engine/CQV.h"
 #include "gui/CApp.h"
@@ -33,8 +35,8 @@ constexpr const char *section = "browser", *previewKey = "previewHeight";
 
 CBrowser::CBrowser(CWin* owner, Workspace& space, BrowserDeeds known)
     : CGroup(owner, "browser", 0, 0, usualWidth, 1), workspace(space), qv(space.host()),
-      deeds(std::move(known)), search(space), preview(CBrowserPreview::of(qv)), tree(nullptr),
-      results(nullptr), split(new CSplit(owner, "split", 0, 0, 1, splitHeight)),
+      deeds(std::move(known)), search(space), preview(CBrowserPreview::of(qv)), rangeFile(qv),
+      tree(nullptr), results(nullptr), split(new CSplit(owner, "split", 0, 0, 1, splitHeight)),
       panel(new CPreviewPanel(owner, preview)) {
     addTop();
     tree = addTree("tree");
@@ -51,6 +53,8 @@ CBrowser::CBrowser(CWin* owner, Workspace& space, BrowserDeeds known)
     split->spokenName = "Height of the preview";
     addControl(split);
     addControl(panel);
+    panel->wave->onDragOut = [this] { dragRange(); };
+    panel->wave->onBring = [this] { bring(&CBrowser::fillWithRange); };
     NoticeRouter& notices = workspace.notices();
     links = {notices.on({.host = HostNotice::folders}, [this] { foldersStale = true; }),
              notices.on({.host = HostNotice::pool}, [this] { poolStale = true; })};
@@ -138,6 +142,7 @@ void CBrowser::writeSettings() const {
 void CBrowser::idle() {
     if (!CCtrl::shown()) return;
     panel->idle();
+    if (!win->app->dragList && !win->app->modalWin) rangeFile.idle();
     found = search.idle() || found;
     sinceLook++;
     if (!win->app->menus.empty()) return;
@@ -242,13 +247,18 @@ void CBrowser::execute(CTreeNode* node) {
         deeds.addPlugin(path);
     } else if (BrowserTree::isFile(node)) {
         front()->select(node);
-        win->app->startDrag(this);
-        fillDragList();
-        if (win->app->onStrayDrop) (*win->app->onStrayDrop)(this);
-        win->app->endDrag();
+        bring(&CBrowser::fillDragList);
     } else {
         front()->expcol(node);
     }
+}
+
+/// As if it were dropped beside the song.
+void CBrowser::bring(void (CBrowser::*fill)()) {
+    win->app->startDrag(this);
+    (this->*fill)();
+    if (!win->app->dragList->empty() && win->app->onStrayDrop) (*win->app->onStrayDrop)(this);
+    win->app->endDrag();
 }
 
 // What is dragged out of it.
@@ -275,5 +285,22 @@ void CBrowser::dragged(CObject* sender) {
     if (!any) return;
     win->app->startDrag(from);
     fillDragList();
+    if (win->app->dragList->empty()) win->app->endDrag();
+}
+
+void CBrowser::fillWithRange() {
+    const CSample* sample = preview->getSample();
+    if (!sample || sample->chs > 2) return;
+    const CStr path =
+        rangeFile.write(*sample, preview->rangeFrom(), preview->rangeTo(), preview->getFilename());
+    if (path.empty()) return workspace.setStatus("The range could not be written to a file");
+    auto* item = new CDropItem(extractFileName(path), dropFile);
+    item->path = path;
+    win->app->dragList->add(item);
+}
+
+void CBrowser::dragRange() {
+    win->app->startDrag(panel->wave);
+    fillWithRange();
     if (win->app->dragList->empty()) win->app->endDrag();
 }

@@ -2,6 +2,7 @@
 
 #include "browser/BrowserDeeds.h"
 #include "browser/BrowserSearch.h"
+#include "browser/RangeFile.h"
 #include "gui/CGroup.h"
 #include "ui/NoticeRouter.h"
 
@@ -56,6 +57,9 @@ private:
     void previewStart(const CTreeNode* node);
     void previewStop();
     void fillDragList();
+    void fillWithRange();
+    void dragRange();
+    void bring(void (CBrowser::*fill)());
     void used(const CTreeNode* node);
     void foldersChanged();
 
@@ -69,6 +73,7 @@ private:
     void rename(CTreeNode* node);
     void removeUnused();
     void toggleFavourite(const CStr& path);
+    void editTags(const CStr& path);
     void togglePreview();
     int folderModeOf(CTreeNode* node) const; ///< of a folder that the user has named; 0 for others
 
@@ -77,6 +82,7 @@ private:
     const BrowserDeeds deeds;
     BrowserSearch search;
     CBrowserPreview* preview; ///< the host's
+    RangeFile rangeFile;
     SearchField* field = nullptr;
     CCtrl *searchButton = nullptr, *doneButton = nullptr;
     BrowserTree *tree, *results;

@@ -5,10 +5,13 @@
 #include "base/CFileManager.h"
 #include "base/Numbers.h"
 #include "base/Paths.h"
+#include "browser/FileFacts.h"
 #include "browser/PreviewStretch.h"
 #include "engine/CQV.h"
 #include "project/BringIn.h"
 #include "project/ClipPreview.h"
+#include "sequencer/song/CSeq.h"
+#include "ui/Song.h"
 
 namespace {
 
@@ -92,8 +95,14 @@ void CBrowserPreview::stop() {
 void CBrowserPreview::playFrom(int frame) {
     if (!sample) return;
     const int end = sample->getFrames();
-    voice.play(sample.get(), asMinMax(frame, 0, end - 1), end, looped);
+    const bool within = hasRange() && frame >= range.from && frame < range.to;
+    voice.play(sample.get(), asMinMax(frame, 0, end - 1), within ? range.to : end, looped);
     wasOn = true;
+}
+
+void CBrowserPreview::setRange(int from, int to) {
+    const int end = sample ? sample->getFrames() : 0;
+    range = {asMinMax(from, 0, end), asMinMax(to, 0, end)};
 }
 
 void CBrowserPreview::open(const CStr& path) {
@@ -122,10 +131,18 @@ void CBrowserPreview::finishImport() {
     if (!read || !stretch(opened)) show(read ? std::move(opened) : nullptr);
 }
 
+int CBrowserPreview::transposition() const {
+    CSeq* seq = songOf(host);
+    const auto key = inKey ? keyOfName(name) : std::nullopt;
+    return seq && key ? semitonesTo(seq->scales.at(seq->getPos()), *key) : 0;
+}
+
 bool CBrowserPreview::stretch(std::unique_ptr<CSample>& opened) {
     const float tempo = inTempo ? tempoOfName(name) : 0.0f, wanted = host->tempoNow;
-    if (!(tempo > 0.0f) || !(wanted > 0.0f) || tempo == wanted) return false;
-    stretching = std::make_unique<PreviewStretch>(std::move(opened), tempo / wanted);
+    const float factor = tempo > 0.0f && wanted > 0.0f ? tempo / wanted : 1.0f;
+    const int semitones = transposition();
+    if (factor == 1.0f && semitones == 0) return false;
+    stretching = std::make_unique<PreviewStretch>(std::move(opened), factor, semitones);
     show(nullptr);
     return true;
 }
@@ -139,9 +156,10 @@ void CBrowserPreview::fail(const char* why) {
 void CBrowserPreview::show(std::unique_ptr<CSample> opened) {
     if (sample) former.push_back(std::move(sample));
     sample = std::move(opened);
+    range = {};
     if (!sample) {
         info.append(importer     ? "Reading..."
-                    : stretching ? "Coming to the tempo..."
+                    : stretching ? "Coming to the song..."
                                  : "Cannot be played");
         return freeFormer();
     }

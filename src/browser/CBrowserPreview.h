@@ -33,6 +33,12 @@ public:
     /// converted first. False, and nothing changes, unless it exists.
     bool play(const CStr& path);
     void playFrom(int frame); ///< of the file that was played last
+    /// Frames of it that are meant alone: what plays from within them ends with them. An empty
+    /// range for none; another file has none.
+    void setRange(int from, int to);
+    int rangeFrom() const { return range.from; }
+    int rangeTo() const { return range.to; }
+    bool hasRange() const { return range.from < range.to; }
     void stop();
     /// 0 to 1; what is heard is its square.
     void setVolume(float volume);
@@ -46,6 +52,9 @@ public:
     /// From the next file on: one whose name tells its tempo plays at that of the song.
     void setInTempo(bool on) { inTempo = on; }
     bool playsInTempo() const { return inTempo; }
+    /// The same for one whose name tells its key, in the scale of the song.
+    void setInKey(bool on) { inKey = on; }
+    bool playsInKey() const { return inKey; }
 
     const CStr& getFilename() const { return name; }          ///< empty before the first
     const CSample* getSample() const { return sample.get(); } ///< null without one
@@ -60,20 +69,27 @@ private:
     void open(const CStr& path);
     void show(std::unique_ptr<CSample> opened);
     void finishImport();
-    /// Begins to bring it to the song's tempo; false where there is nothing to do.
+    /// By how much a file that tells its key is transposed.
+    int transposition() const;
+    /// Begins to bring it to the song's tempo and key; false where there is nothing to do.
     bool stretch(std::unique_ptr<CSample>& opened);
     void setGain();
     void fail(const char* why);
     void freeFormer();
     void tell() const;
 
+    struct Range {
+        int from = 0, to = 0; ///< frames
+    };
+
     CQV* host;
     CSamplePreview voice; ///< it gets its blocks from here
     float loudness = 0.9f;
     float match = 1.0f; ///< factor that brings the sample to the loudness of all
     bool matched = false;
-    bool looped = false, inTempo = false, wasOn = false;
+    bool looped = false, inTempo = false, inKey = false, wasOn = false;
     CStr name;
+    Range range;
     std::unique_ptr<CSample> sample;
     std::unique_ptr<CAudioImport> importer;       ///< null while nothing is converted
     std::unique_ptr<PreviewStretch> stretching;   ///< the same

@@ -15,28 +15,31 @@
 namespace {
 
 constexpr int margin = 8, gap = 4, lineHeight = 16, fieldHeight = 20;
-constexpr int buttonWide = 44, volumeWide = 48, usualVolume = 90;
+constexpr int buttonWide = 40, volumeWide = 48, usualVolume = 90;
 constexpr const char *section = "browser", *volumeKey = "previewVolume", *tempoKey = "previewTempo",
-                     *matchKey = "previewMatch";
+                     *tunedKey = "previewKey", *matchKey = "previewMatch";
 
 } // namespace
 
 CPreviewPanel::CPreviewPanel(CWin* owner, CBrowserPreview* player)
-    : CGroup(owner, "preview", 0, 0, 1, 1), preview(player),
+    : CGroup(owner, "preview", 0, 0, 1, 1), wave(new PreviewWave(owner, player)), preview(player),
       name(new CLabel(owner, "", 0, 0, 1, lineHeight)),
       format(new CLabel(owner, "", 0, 0, 1, lineHeight)),
       volumeName(new CLabel(owner, "Volume", 0, 0, volumeWide, fieldHeight)),
-      wave(new PreviewWave(owner, player)),
       volume(new CValue(owner, "volume", 0, 0, volumeWide, fieldHeight)) {
     play = addButton("play", "Play", "Plays and stops the file", &CPreviewPanel::playClicked);
     loop = addButton("loop", "Loop", "Plays it over and over", &CPreviewPanel::loopClicked);
     tempo = addButton("tempo", "Tempo",
                       "A file whose name tells its tempo, as \"120 bpm\", plays at the song's",
                       &CPreviewPanel::tempoClicked);
+    tuned = addButton("key", "Key",
+                      "A file whose name tells its key, as \"Am\", plays in the song's scale",
+                      &CPreviewPanel::keyClicked);
     match = addButton("match", "Match", "Files that are loud and files that are soft sound alike",
                       &CPreviewPanel::matchClicked);
     preview->setMatched(iniReadInt(section, matchKey, 0) != 0);
     preview->setInTempo(iniReadInt(section, tempoKey, 0) != 0);
+    preview->setInKey(iniReadInt(section, tunedKey, 0) != 0);
     volume->hint = "Volume of what is listened to, in percent";
     volume->spokenName = "Preview volume";
     volume->tabStop = true;
@@ -67,19 +70,19 @@ CButton* CPreviewPanel::addButton(const char* key, const char* text, const char*
 }
 
 void CPreviewPanel::resized() {
-    const int wide = asMax(width - 2 * margin, 1);
-    name->setBounds(margin, margin, wide, lineHeight);
-    format->setBounds(margin, margin + lineHeight, wide, lineHeight);
+    const int wide = asMax(width - 2 * margin, 1), right = width - margin;
+    const int told = asMax(wide - volumeWide - gap, 1);
+    name->setBounds(margin, margin, told, lineHeight);
+    format->setBounds(margin, margin + lineHeight, told, lineHeight);
+    volumeName->setBounds(right - volumeWide, margin, volumeWide, lineHeight);
+    volume->setBounds(right - volumeWide, margin + lineHeight, volumeWide, lineHeight);
     const int below = height - margin - fieldHeight, waveTop = margin + 2 * lineHeight + gap;
     wave->setBounds(margin, waveTop, wide, asMax(below - gap - waveTop, 1));
-    play->setBounds(margin, below, buttonWide, fieldHeight);
-    loop->setBounds(margin + buttonWide + gap, below, buttonWide, fieldHeight);
-    tempo->setBounds(loop->left + buttonWide + gap, below, buttonWide, fieldHeight);
-    match->setBounds(tempo->left + buttonWide + gap, below, buttonWide, fieldHeight);
-    volume->setBounds(width - margin - volumeWide, below, volumeWide, fieldHeight);
-    volumeName->setBounds(volume->left - gap - volumeWide, below, volumeWide, fieldHeight);
-    volume->visible = volume->left >= match->left + buttonWide + gap;
-    volumeName->visible = volumeName->left >= match->left + buttonWide + gap;
+    int x = margin;
+    for (CButton* b : {play, loop, tempo, tuned, match}) {
+        b->setBounds(x, below, buttonWide, fieldHeight);
+        x += buttonWide + gap;
+    }
 }
 
 void CPreviewPanel::paint(CGraphic* g, CRect rect) {
@@ -110,6 +113,7 @@ void CPreviewPanel::fileShown() {
     play->setEnabled(preview->getSample() || preview->isOn());
     loop->setLit(preview->loops());
     tempo->setLit(preview->playsInTempo());
+    tuned->setLit(preview->playsInKey());
     match->setLit(preview->isMatched());
     wave->redraw();
 }
@@ -127,12 +131,21 @@ void CPreviewPanel::loopClicked(CObject*) {
     fileShown();
 }
 
-/// What was chosen last plays anew.
+void CPreviewPanel::playAnew() {
+    if (!preview->getFilename().empty()) preview->play(preview->getFilename());
+    fileShown();
+}
+
 void CPreviewPanel::tempoClicked(CObject*) {
     preview->setInTempo(!preview->playsInTempo());
     CIniFile(inifile).writeInteger(section, tempoKey, preview->playsInTempo());
-    if (!preview->getFilename().empty()) preview->play(preview->getFilename());
-    fileShown();
+    playAnew();
+}
+
+void CPreviewPanel::keyClicked(CObject*) {
+    preview->setInKey(!preview->playsInKey());
+    CIniFile(inifile).writeInteger(section, tunedKey, preview->playsInKey());
+    playAnew();
 }
 
 void CPreviewPanel::matchClicked(CObject*) {

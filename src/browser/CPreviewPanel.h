@@ -13,6 +13,8 @@ class CPreviewPanel : public CGroup {
 public:
     static constexpr int leastHeight = 96;
 
+    PreviewWave* const wave;
+
     CPreviewPanel(CWin* win, CBrowserPreview* preview);
     ~CPreviewPanel() override;
     CPreviewPanel(const CPreviewPanel&) = delete;
@@ -30,13 +32,14 @@ private:
     void playClicked(CObject* sender);
     void loopClicked(CObject* sender);
     void tempoClicked(CObject* sender);
+    void keyClicked(CObject* sender);
+    void playAnew();
     void matchClicked(CObject* sender);
     void volumeChanged(CObject* sender);
 
     CBrowserPreview* preview; ///< the host's
     CLabel *name, *format, *volumeName;
-    PreviewWave* wave;
-    CButton *play, *loop, *tempo, *match;
+    CButton *play, *loop, *tempo, *tuned, *match;
     CValue* volume;
     int keptVolume = 0; ///< in the settings
 };

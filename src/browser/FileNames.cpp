@@ -2,6 +2,7 @@
 
 #include "audiofiles/CSample.h"
 #include "base/Paths.h"
+#include "browser/ListedFiles.h"
 #include "engine/CQV.h"
 
 #include <cerrno>
@@ -27,6 +28,7 @@ CStr renameFile(CQV* host, const CStr& path, const CStr& name) {
         return "A name has letters, and neither \"/\" nor \"\\\" in it nor \".\" in front";
     if (fileExists(to) || folderExists(to)) return name + " is there already";
     if (!moveFile(path, to)) return "Could not rename " + extractFileName(path);
+    moveListed(path, to);
     for (auto* sample : host->samples) {
         if (!(sample->filename == path)) continue;
         sample->filename = to;

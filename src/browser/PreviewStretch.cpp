@@ -4,36 +4,21 @@
 #include "audiofiles/CSample.h"
 #include "audiofiles/SampleRender.h"
 #include "base/Numbers.h"
-#include "base/Paths.h"
 
-#include <cctype>
+#include <cmath>
 #include <cstdlib>
-#include <string>
 #include <vector>
 
 namespace {
 
 constexpr int blockFrames = 1024;
-constexpr float slowest = 40.0f, fastest = 250.0f;
 
 } // namespace
 
-float tempoOfName(const CStr& path) {
-    const std::string name = extractFileName(path).lowerCase().asChar();
-    const size_t unit = name.find("bpm");
-    size_t end = unit == std::string::npos ? 0 : unit;
-    while (end > 0 && (name[end - 1] == ' ' || name[end - 1] == '_' || name[end - 1] == '-')) end--;
-    size_t from = end;
-    while (from > 0 &&
-           (std::isdigit(static_cast<unsigned char>(name[from - 1])) || name[from - 1] == '.'))
-        from--;
-    const float tempo = std::strtof(name.substr(from, end - from).c_str(), nullptr);
-    return tempo >= slowest && tempo <= fastest ? tempo : 0.0f;
-}
-
-PreviewStretch::PreviewStretch(std::unique_ptr<CSample> from, float times)
+PreviewStretch::PreviewStretch(std::unique_ptr<CSample> from, float times, int semitones)
     : source(std::move(from)),
-      stretcher(std::make_unique<CElastiqueRender>(blockFrames, source->rate)), factor(times) {
+      stretcher(std::make_unique<CElastiqueRender>(blockFrames, source->rate)), factor(times),
+      pitch(std::exp2(float(semitones) / 12.0f)) {
     start();
 }
 
@@ -60,7 +45,7 @@ bool PreviewStretch::stretch() {
     if (!data) return false;
     std::vector<float> left(blockFrames), right(blockFrames);
     std::vector<float> scratch(sampleScratchBytes / sizeof(float) + 1);
-    const StretchSpan span{factor, 1.0f, 0, 0, frames};
+    const StretchSpan span{factor, pitch, 0, 0, frames};
     for (int at = 0, sourcePos = 0; at < count && !terminated; at += blockFrames) {
         const int n = asMin(blockFrames, count - at);
         if (!renderStretched(*source, span, sourcePos, stretcher.get(), n, left.data(),

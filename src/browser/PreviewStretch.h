@@ -6,18 +6,14 @@
 
 class CElastiqueRender;
 class CSample;
-class CStr;
 
-/// The tempo that the name of a file tells, such as "loop 120 bpm.wav"; 0 without one.
-float tempoOfName(const CStr& path);
-
-/// Stretches a sample as a whole, on a thread of its own. Deleting it gives up.
+/// Stretches and transposes a sample as a whole, on a thread of its own. Deleting it gives up.
 class PreviewStretch : public CThread {
 public:
     static constexpr double mostSeconds = 60.0; ///< of a sample; longer ones are cut
 
-    /// `factor`: so many times as long. Begins at once. Interface thread.
-    PreviewStretch(std::unique_ptr<CSample> source, float factor);
+    /// `factor`: so many times as long; so many semitones higher. Begins at once. Interface thread.
+    PreviewStretch(std::unique_ptr<CSample> source, float factor, int semitones);
     ~PreviewStretch() override;
     PreviewStretch(const PreviewStretch&) = delete;
     PreviewStretch& operator=(const PreviewStretch&) = delete;
@@ -31,6 +27,6 @@ private:
 
     std::unique_ptr<CSample> source, made;
     const std::unique_ptr<CElastiqueRender> stretcher;
-    const float factor;
+    const float factor, pitch;
     Shared<bool> ready{false};
 };

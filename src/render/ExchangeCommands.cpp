@@ -12,6 +12,8 @@
 #include "ui/Song.h"
 #include "ui/Workspace.h"
 
+#include <utility>
+
 namespace {
 
 constexpr const char *exportTitle = "Export DAWproject", *importTitle = "Import DAWproject";
@@ -59,18 +61,35 @@ void ExchangeCommands::importDaw() {
     dialog.showModal();
     if (!dialog.result) return;
     workspace.projectFolder = dialog.folder;
+    importFile(dialog.path);
+}
+
+bool ExchangeCommands::openFile(const CStr& path) {
+    if (!sameText(extractFileExt(path), dawFileExt)) return false;
+    waiting.push_back(path);
+    return true;
+}
+
+void ExchangeCommands::serve() {
+    if (waiting.empty() || workspace.pumping) return;
+    const std::vector<CStr> paths = std::exchange(waiting, {});
+    if (!seq()) return setStatus("There is no song to bring files into");
+    if (qv->recording || qv->recUndo) return setStatus("Nothing can be imported while recording");
+    for (const CStr& path : paths) importFile(path);
+}
+
+void ExchangeCommands::importFile(const CStr& path) {
     std::vector<CStr> lost;
     DawResult result = DawResult::good;
     {
         CProgressWin progress(workspace, importTitle);
-        result = importDawProject(seq(), dialog.path, lost, watchBy(progress));
+        result = importDawProject(seq(), path, lost, watchBy(progress));
     }
     if (result == DawResult::unreadable)
-        showMsg(workspace.mainWindow(), "Error", CStr("No DAWproject, or damaged: ") + dialog.path);
+        showMsg(workspace.mainWindow(), "Error", CStr("No DAWproject, or damaged: ") + path);
     if (result == DawResult::noRoom)
-        showMsg(workspace.mainWindow(), "Error",
-                CStr("There is no room for all of ") + dialog.path);
+        showMsg(workspace.mainWindow(), "Error", CStr("There is no room for all of ") + path);
     if (result != DawResult::good) return;
-    setStatus(CStr("Imported ") + dialog.path);
+    setStatus(CStr("Imported ") + path);
     showList(workspace.mainWindow(), importTitle, "What could not be brought in:", lost);
 }

@@ -19,6 +19,7 @@
 #include "shell/Pages.h"
 #include "shell/ProjectFlows.h"
 #include "shell/Rooms.h"
+#include "shell/StartFiles.h"
 #include "shell/StatusLine.h"
 #include "shell/Toolbar.h"
 #include "ui/Shortcuts.h"
@@ -109,6 +110,11 @@ void CMainWin::init() {
     rooms->playlist.begin();
 }
 
+void CMainWin::begin(const std::vector<CStr>& files) {
+    startFiles = std::make_unique<StartFiles>(this, files);
+    startFiles->start();
+}
+
 void CMainWin::addGraph() {
     graph = new ModularPage(this, *this);
     addControl(graph);
@@ -128,7 +134,10 @@ void CMainWin::onTimer() {
     if (!flows->loading()) qv->idle();
     if (!pumping) flows->tick();
     if (!flows->loading()) rooms->arrange.imports.serve();
-    if (!pumping && !flows->coming()) rooms->playlist.serve();
+    if (pumping || flows->coming()) return;
+    if (startFiles) startFiles->serve();
+    rooms->exchange.serve();
+    rooms->playlist.serve();
 }
 
 void CMainWin::followNotices() {
@@ -284,26 +293,29 @@ void CMainWin::actionClicked(CObject* sender) {
     onAction(static_cast<CAction*>(static_cast<CCtrl*>(sender)->userPtr));
 }
 
-/// Projects and themes among what is dropped are opened, wherever it is, and nothing is taken
-/// beside a dialog; false for all else.
+/// What belongs to no song is opened, wherever it is dropped, and nothing is taken beside a dialog;
+/// false for all else.
 bool CMainWin::takesDrop() {
     if (app->modalWin) return true;
     for (auto* item : each<CDropItem>(*app->dragList)) {
-        const CStr ext = item->type == dropFile ? extractFileExt(item->path) : CStr();
-        if (sameText(ext, ".qv")) {
-            flows->newProject(kindFile, item->path);
-            return true;
-        }
-        if (rooms->surfaces.openFile(item->path)) return true;
-        if (!sameText(ext, ".qvl")) continue;
-        openTheme(app, qv, item->path);
-        return true;
+        if (item->type == dropFile && opensFile(item->path)) return true;
     }
     return false;
 }
 
+bool CMainWin::opensFile(const CStr& path) {
+    const CStr ext = extractFileExt(path);
+    if (sameText(ext, ".qv"))
+        flows->newProject(kindFile, path);
+    else if (sameText(ext, ".qvl"))
+        openTheme(app, qv, path);
+    else
+        return rooms->surfaces.openFile(path) || rooms->exchange.openFile(path);
+    return true;
+}
+
 void CMainWin::mainDrop(CObject*) {
-    if (!takesDrop()) rooms->arrange.imports.droppedBeside(*app->dragList);
+    if (!takesDrop()) rooms->arrange.imports.comeBeside(filesAmong(*app->dragList));
 }
 
 // What is shown.

@@ -19,6 +19,7 @@ class Pages;
 class ProjectFlows;
 class Rooms;
 class ModularPage;
+class StartFiles;
 class StatusLine;
 class Toolbar;
 struct CEditorStruct;
@@ -52,6 +53,8 @@ public:
 
     /// Makes the content, once the engine stands.
     void init();
+    /// Opens the project of the start, and these files, which the user has asked for.
+    void begin(const std::vector<CStr>& files);
 
     void onTimer() override;
     /// Turns changes of the engine into repaints. Called by the host's idle.
@@ -91,6 +94,9 @@ public:
     bool canOpen(const CPart* part) const override;
     void openPart(CPart* part) override;
     bool takesDrop() override;
+    /// Opens a project or a song of another program, puts on a look or a surface; false for files
+    /// of other kinds.
+    bool opensFile(const CStr& path);
     /// Lets go of the window that `openEditor` has made, as its component is about to die.
     void dropEditor(const CComp* edited);
     /// Another project is open, or it has another name.
@@ -130,7 +136,8 @@ private:
     std::unique_ptr<MainMenu> mainMenu;
     std::unique_ptr<BrowserSide> browser; ///< null until `init`
     Toolbar* bar = nullptr;
-    ModularPage* graph = nullptr; ///< the first page
+    ModularPage* graph = nullptr;           ///< the first page
+    std::unique_ptr<StartFiles> startFiles; ///< null until `begin`
     StatusLine* status = nullptr;
     bool hintShown = false; ///< what the status line tells is a hint, which goes with the pointer
     std::vector<NoticeLink> links;

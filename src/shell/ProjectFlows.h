@@ -34,6 +34,8 @@ public:
 
     /// The project that the program starts with, by the option "startwith". Once, when all stands.
     void start();
+    /// The same with a project that the user asks for: `kindFile` with its path, or a new one.
+    void startWith(int kind, const CStr& path);
     /// Asks about unsaved changes, then has the project replaced. Ignored while one is loading.
     void newProject(int kind, const CStr& path);
     /// The same for a call from inside the host's idle: the next `tick` asks.
@@ -41,7 +43,8 @@ public:
     /// The share of projects in the window's timer, behind the host's idle.
     void tick();
     bool loading() const { return loadNeeded; }
-    bool coming() const { return loadNeeded || queued || asking || requested; } ///< another project
+    /// Another project.
+    bool coming() const { return loadNeeded || queued || asking || requested || mustBegin; }
 
     void newClicked();  ///< the window "Welcome"
     void openClicked(); ///< a file dialog
@@ -72,7 +75,8 @@ private:
     LoadResult recover(const LeftCopy& left);
     bool recoverAny();
     void begin();
-    void beginWithout(); ///< a copy
+    CStr beginWith(const Request& wanted);
+    void beginWithout(); ///< a copy or a wish
     void beginLast();
 
     CMainWin* window;
@@ -81,6 +85,7 @@ private:
     const Project project;
     AutoSave autoSave;
     std::unique_ptr<Request> requested; ///< not asked about yet
+    std::unique_ptr<Request> wish;      ///< what to start with in place of what the settings say
     Request next{kindEmpty, ""};        ///< to be loaded
     Shared<bool> loadNeeded{false};     ///< set by the graph
     bool queued = false;                ///< the task that will set it

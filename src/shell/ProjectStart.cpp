@@ -10,6 +10,8 @@
 #include "shell/CWelcomeWin.h"
 #include "shell/StartWith.h"
 
+#include <utility>
+
 namespace {
 
 CStr demoSongFile() {
@@ -32,12 +34,38 @@ void ProjectFlows::start() {
         begin();
 }
 
+void ProjectFlows::startWith(int kind, const CStr& path) {
+    wish = std::make_unique<Request>(Request{kind, path});
+    start();
+}
+
 void ProjectFlows::begin() {
     const bool asked = mustBegin;
     mustBegin = false;
-    if (asked && recoverAny()) return;
-    beginWithout();
-    if (!recovered) setStatus("");
+    const auto wanted = std::exchange(wish, nullptr);
+    if (asked && recoverAny()) {
+        if (wanted && !(wanted->path == qv->projectFile))
+            requestProject(wanted->kind, wanted->path);
+        return;
+    }
+    CStr told;
+    if (wanted)
+        told = beginWith(*wanted);
+    else
+        beginWithout();
+    if (!recovered) setStatus(told);
+}
+
+/// What the user asks for, else nothing; the reason comes back.
+CStr ProjectFlows::beginWith(const Request& wanted) {
+    if (wanted.kind != kindFile) {
+        create(wanted.kind);
+        return "";
+    }
+    const LoadResult result = open(wanted.path);
+    if (result != LoadResult::notProject) return "";
+    create(kindEmpty);
+    return wanted.path + " is no project";
 }
 
 void ProjectFlows::beginWithout() {

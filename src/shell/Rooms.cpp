@@ -7,7 +7,7 @@
 Rooms::Rooms(Workspace& space, CMixer& mixer, PlaylistRoom::Open open,
              std::function<CComp*()> front)
     : plugins(space.host()), arrange(space, editors), playlist(space, std::move(open)),
-      surfaces(space, editors, std::move(front)), workspace(space), render(space), exchange(space),
+      surfaces(space, editors, std::move(front)), exchange(space), workspace(space), render(space),
       notes(space, editors), mixing(space, editors, mixer), panels(editors),
       pluginFolders(space, plugins.processes) {
     workspace.commands().bind("setup", [this] { openSetup(); });

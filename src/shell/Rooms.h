@@ -34,6 +34,7 @@ public:
     ArrangeRoom arrange;
     PlaylistRoom playlist;
     SurfacesRoom surfaces;
+    ExchangeCommands exchange;
     std::unique_ptr<CSetupWin> setup; ///< null until it is opened first
 
 private:
@@ -41,7 +42,6 @@ private:
 
     Workspace& workspace;
     const RenderCommands render;
-    const ExchangeCommands exchange;
     const NoteCommands notes;
     const MixerRoom mixing;
     const PanelsRoom panels;

@@ -17,11 +17,12 @@
 #include "shell/AppHooks.h"
 #include "shell/AppIcon.h"
 #include "shell/CMainWin.h"
-#include "shell/ProjectFlows.h"
+#include "shell/CommandLine.h"
 #include "shell/Rooms.h"
 #include "shell/TextAndScale.h"
 #include "ui/DeviceSettings.h"
 
+#include <cstdio>
 #include <memory>
 
 namespace {
@@ -107,20 +108,25 @@ bool ProgramRun::open() {
     return true;
 }
 
-void ProgramRun::run() {
+void ProgramRun::run(const std::vector<CStr>& files) {
     app->addTimer(window.get(), heartbeatMs, true);
     qv->init();
     startUnlooped(qv);
     window->init();
-    window->flows->start();
+    window->begin(files);
     window->rooms->plugins.refresh();
     if (qv->editorStruct.maximized) window->maximize();
     app->run(window.get());
 }
 
-int runapp() {
+int runapp(int argc, char** argv) {
+    const CommandLine line = readCommandLine({argv + 1, argv + argc});
+    std::fputs(line.mistake.asChar(), stderr);
+    if (!line.mistake.empty()) return 1;
+    std::fputs(line.answer.asChar(), stdout);
+    if (!line.answer.empty()) return 0;
     ProgramRun program;
     if (!program.open()) return 1;
-    program.run();
+    program.run(line.files);
     return 0;
 }

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "base/CStr.h"
+
 #include <memory>
+#include <vector>
 
 class AccessLoader;
 class AppHooks;
@@ -20,11 +23,10 @@ public:
     ProgramRun(const ProgramRun&) = delete;
     ProgramRun& operator=(const ProgramRun&) = delete;
 
-    /// Shows the main window, opens the devices of the settings and the project of the start. False
-    /// without a display.
+    /// Shows the main window, opens the devices of the settings. False without a display.
     bool open();
-    /// The event loop, until the main window is closed.
-    void run();
+    /// Opens the files, then the event loop, until the main window is closed.
+    void run(const std::vector<CStr>& files = {});
 
     CApp* application() { return app.get(); }
     CMainWin* mainWindow() { return window.get(); }
@@ -38,6 +40,6 @@ private:
     std::unique_ptr<CAAM> bridge;
 };
 
-/// Runs the program until its window closes; returns the process's exit status. Without a display
-/// it says so on standard error and returns 1.
-int runapp();
+/// Runs the program until its window closes; returns the process's exit status. Without a display,
+/// or with an option that it does not know, it says so on standard error and returns 1.
+int runapp(int argc, char** argv);

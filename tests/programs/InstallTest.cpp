@@ -66,10 +66,13 @@ TEST_F(Install, TellsDesktopsOfTheProgram) {
     EXPECT_EQ(component.wait(), 0) << component.out();
     Program types({"update-mime-database", file("share/mime")});
     EXPECT_EQ(types.wait(), 0) << types.err();
-    EXPECT_NE(contentOf(file("share/mime/globs2")).find("application/x-sondrava-project:*.qv\n"),
-              std::string::npos);
+    const std::string globs = contentOf(file("share/mime/globs2")), text = contentOf(file(app));
+    EXPECT_NE(globs.find("application/x-sondrava-project:*.qv\n"), std::string::npos);
+    const std::regex own("application/x-[a-z-]+");
+    for (std::sregex_iterator type(text.begin(), text.end(), own), end; type != end; ++type)
+        EXPECT_NE(globs.find(type->str() + ":*."), std::string::npos) << type->str();
     EXPECT_TRUE(fs::exists(file("share/icons/hicolor/scalable/apps/org.sondrava.Sondrava.svg")));
-    EXPECT_NE(contentOf(file(app)).find("\nExec=sondrava\n"), std::string::npos);
+    EXPECT_NE(text.find("\nExec=sondrava %F\n"), std::string::npos);
 }
 
 /// The manual page tells every option that the program takes, and no other.

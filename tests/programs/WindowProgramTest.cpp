@@ -117,6 +117,18 @@ TEST(WindowProgram, SaysThatThereIsNoDisplay) {
     EXPECT_EQ(contentOf(installed.settings()), "[options]\nstartwith=2\n");
 }
 
+/// What needs no window opens none.
+TEST(WindowProgram, AnswersOnTheTerminal) {
+    const Installation installed;
+    unsetenv("DISPLAY");
+    Program version({installed.program(), "--version"}),
+        strange({installed.program(), "--strange"});
+    EXPECT_EQ(version.wait(), 0);
+    EXPECT_EQ(version.out().rfind("Sondrava ", 0), 0u) << version.out();
+    EXPECT_EQ(strange.wait(), 1);
+    EXPECT_EQ(strange.err(), "sondrava: unknown option --strange\n");
+}
+
 /// With a JACK server the song goes to its first speaker, in blocks as long as the settings say.
 TEST(WindowProgram, PlaysIntoJack) {
     const JackServer jack;

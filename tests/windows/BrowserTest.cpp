@@ -2,18 +2,24 @@
 #include "Blocks.h"
 
 #include "audiofiles/CSample.h"
+#include "base/Paths.h"
 #include "browser/BrowserTree.h"
 #include "browser/CBrowserPreview.h"
+#include "browser/CPreviewPanel.h"
+#include "browser/FileFacts.h"
 #include "browser/FileIndex.h"
 #include "browser/FileNames.h"
 #include "browser/ListedFiles.h"
-#include "browser/PreviewStretch.h"
+#include "browser/PreviewWave.h"
 #include "common/fx/CFX.h"
 #include "effects/CEffect.h"
 #include "effects/Inserts.h"
 #include "engine/CGroupCh.h"
+#include "engine/ValueDoor.h"
+#include "gui/Selections.h"
 #include "project/PresetFiles.h"
 #include "sequencer/song/SampleUse.h"
+#include "sequencer/song/SongValues.h"
 #include "support/Rows.h"
 
 #include <algorithm>
@@ -71,6 +77,15 @@ protected:
         clickNode(tree(), top("Samples"), true);
         clickNode(tree(), child(top("Samples"), "sounds"), true);
     }
+    /// How often the left side of a stereo sample rises through 0 within a fifth of a second.
+    static int risesIn(const CSample* sample) {
+        std::vector<float> frames(size_t(2 * 8820));
+        sample->readFrames(4410, 8820, frames.data());
+        int rises = 0;
+        for (size_t i = 1; i < 8820; i++)
+            rises += frames[2 * i - 2] < 0.0f && frames[2 * i] >= 0.0f;
+        return rises;
+    }
     CTreeNode* sound(const char* name) { return child(child(top("Samples"), "sounds"), name); }
 };
 
@@ -80,7 +95,7 @@ protected:
 /// does so here, and what was open stays open.
 TEST_F(BrowserTest, TreeFollowsTheDisk) {
     begin();
-    EXPECT_EQ(lines(&tree()->root), "Favourites;Recent;Disks;Projects;Samples;Loops & clips;"
+    EXPECT_EQ(lines(&tree()->root), "Favourites;Recent;Tags;Disks;Projects;Samples;Loops & clips;"
                                     "Plugins;Components;Presets;Audio pool;");
     openSamples();
     const auto shows = [this](const char* wanted) {
@@ -166,14 +181,112 @@ TEST_F(BrowserTest, LoopsComeToTheTempo) {
     player()->setInTempo(true);
     ASSERT_TRUE(player()->play(path.c_str()));
     ASSERT_TRUE(pumpUntil([this] { return player()->getSample() != nullptr; }));
-    const CSample* loop = player()->getSample();
-    EXPECT_EQ(loop->getFrames(), 22050) << "a beat at 120";
-    std::vector<float> frames(size_t(2 * 8820));
-    loop->readFrames(4410, 8820, frames.data());
-    int rises = 0;
-    for (int i = 1; i < 8820; i++)
-        rises += frames[size_t(2 * i - 2)] < 0.0f && frames[size_t(2 * i)] >= 0.0f;
-    EXPECT_NEAR(rises, 88, 2) << "440 Hz";
+    EXPECT_EQ(player()->getSample()->getFrames(), 22050) << "a beat at 120";
+    EXPECT_NEAR(risesIn(player()->getSample()), 88, 2) << "440 Hz";
+}
+
+/// A file whose name tells its key comes to the song's scale by the shortest way, or to the
+/// relative key, and sounds that much higher.
+TEST_F(BrowserTest, PadsComeToTheKey) {
+    begin();
+    const auto keyIn = [](const char* name) {
+        const auto key = keyOfName(name);
+        return key ? key->root + (key->minor ? 12 : 0) : -1;
+    };
+    for (const auto& [name, key] : Rows<const char*, int>{{"pad Am 90bpm.wav", 21},
+                                                          {"F#min-riff.wav", 18},
+                                                          {"/C maj/lead_Bb_major.wav", 10},
+                                                          {"Cb.wav", 11},
+                                                          {"A take.wav", -1},
+                                                          {"Dry Gm7.wav", -1},
+                                                          {"am I.wav", -1}})
+        EXPECT_EQ(keyIn(name), key) << name;
+    const Scale cMajor{0, scaleMajor}, aMinor{9, scaleMinor};
+    EXPECT_EQ(semitonesTo(cMajor, {7, false}), 5);
+    EXPECT_EQ(semitonesTo(cMajor, {6, false}), -6);
+    EXPECT_EQ(semitonesTo(cMajor, {9, true}), 0);
+    EXPECT_EQ(semitonesTo(aMinor, {0, false}), 0);
+    EXPECT_EQ(semitonesTo({5, scaleNone}, {0, false}), 0);
+    host->values->set(scaleOf(seq(), 0), {0.0, double(scaleMajor), 0.0});
+    const std::string path = tone("tone G maj.wav");
+    player()->setInKey(true);
+    ASSERT_TRUE(player()->play(path.c_str()));
+    ASSERT_TRUE(pumpUntil([this] { return player()->getSample() != nullptr; }));
+    EXPECT_NEAR(risesIn(player()->getSample()), 88 * std::exp2(5 / 12.0), 2) << "five semitones up";
+}
+
+/// What is dragged in the wave plays alone, and goes as a file of its own wherever files go; one
+/// that nobody takes is deleted again.
+TEST_F(BrowserTest, ARangeGoesToTheSong) {
+    begin();
+    openSamples();
+    clickNode(tree(), sound("kick.wav"));
+    ASSERT_TRUE(pumpUntil([this] { return player()->getSample() != nullptr; }));
+    PreviewWave* wave = within<CPreviewPanel>("preview")->wave;
+    const auto dragTo = [&](int from, int to) {
+        mouseTo(wave, from, 8);
+        act({"mousedown", "1"});
+        mouseTo(wave, (from + to) / 2, 8);
+        mouseTo(wave, to, 8);
+    };
+    const int wide = wave->width - 4, end = player()->getSample()->getFrames();
+    dragTo(2 + wide / 4, 2 + wide / 2);
+    key("Escape");
+    act({"mouseup", "1"});
+    EXPECT_FALSE(player()->hasRange()) << "Escape";
+    dragTo(2 + wide / 2, 2 + wide / 4);
+    act({"mouseup", "1"});
+    settle();
+    EXPECT_NEAR(player()->rangeFrom(), end / 4, end / wide + 1);
+    EXPECT_NEAR(player()->rangeTo(), end / 2, end / wide + 1);
+    EXPECT_TRUE(pumpUntil([this] {
+        runBlocks(host.get(), 4);
+        return !player()->isOn();
+    })) << "it ends with the range";
+    const int length = player()->rangeTo() - player()->rangeFrom();
+    key("Return");
+    ASSERT_TRUE(pumpUntil([this] { return host->samples.getCount() == 1; }));
+    const CSample* brought = host->samples.getFirst();
+    ASSERT_EQ(brought->getFrames(), length);
+    std::vector<float> from(size_t(2 * length)), to = from;
+    player()->getSample()->readFrames(player()->rangeFrom(), length, from.data());
+    brought->readFrames(0, length, to.data());
+    EXPECT_EQ(from, to);
+    const std::string kept = brought->filename.asChar();
+    ASSERT_TRUE(pumpUntil([this] { return !app->modalWin; }));
+    mouseTo(wave, 2 + wide * 3 / 8, 8);
+    act({"mousedown", "1"});
+    mouseTo(tree(), 60, 60);
+    mouseTo(tree(), 80, 60);
+    const CList* dragged = app->dragList;
+    ASSERT_TRUE(dragged && dragged->getCount() == 1);
+    const CStr path = static_cast<const CDropItem*>(app->dragList->first())->path;
+    EXPECT_TRUE(fileExists(path));
+    key("Escape");
+    act({"mouseup", "1"});
+    EXPECT_TRUE(pumpUntil([&] { return !fileExists(path); })) << "nobody has taken it";
+    EXPECT_TRUE(fileExists(kept.c_str()));
+}
+
+/// Words that the user gives to a file list it and find it, and stay with it when it is renamed.
+TEST_F(BrowserTest, TagsFindFiles) {
+    begin();
+    openSamples();
+    clickNode(tree(), sound("kick.wav"));
+    typeInDialog("Tags of kick.wav", "Punchy, deep:house");
+    keysInDialog("Tags of kick.wav", {"Return"});
+    inMenu({"t", "Return"});
+    act({"click", "3"});
+    ASSERT_TRUE(pumpUntil([] { return !readTags().empty(); })) << testing::PrintToString(titles);
+    EXPECT_EQ(readTags().begin()->second, "punchy deep house");
+    clickNode(tree(), top("Tags"), true);
+    clickNode(tree(), child(top("Tags"), "house"), true);
+    EXPECT_EQ(lines(top("Tags")), "deep;house;.kick.wav;punchy;");
+    EXPECT_EQ(renameFile(host.get(), at("sounds/kick.wav").c_str(), "boom.wav"), "");
+    key("shift+F3");
+    act({"type", "punchy boom"});
+    ASSERT_TRUE(pumpUntil([this] { return results()->shown(); }));
+    EXPECT_EQ(lines(&results()->root), "Tags;.boom.wav (punchy deep house);");
 }
 
 /// An effect becomes a send by one step.

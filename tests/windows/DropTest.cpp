@@ -17,13 +17,6 @@ protected:
         seq()->snap->active = true;
         seq()->snap->index = 6;
     }
-    /// Notes of two bars, on a track that tells its own tempo.
-    std::string midi(const std::string& name) {
-        const char bytes[] = "MThd\0\0\0\6\0\0\0\1\3\300MTrk\0\0\0\24"
-                             "\0\xff\x51\3\7\241\x21\0\x90\x28\x64\xbc\0\x80\x28\0\0\xff\x2f\0";
-        folder.write(name.c_str(), std::string(bytes, sizeof bytes - 1));
-        return at(name);
-    }
     void dragFiles(const std::vector<std::string>& paths, CPoint to, const std::string& held = "",
                    bool drops = true, const std::function<void()>& then = {}) {
         dragTo(paths, addPos(addPos(page()->getPos(true), page()->controlPos(grid())), to), held,

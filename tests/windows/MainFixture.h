@@ -51,7 +51,7 @@ protected:
         win->addControl(clock);
         clock->onTick = [this] { tick(); };
         app->addTimer(clock, 30, true);
-        win->flows->start();
+        win->begin(calledWith);
         ASSERT_TRUE(pumpUntil([this] { return win->hasFocus(); }));
     }
     /// As a crash does, but for the memory: nothing is asked or written.
@@ -84,6 +84,13 @@ protected:
     int tracks() { return seq() ? seq()->tracks.getCount() : -1; }
     /// The path of a file in the test's folder.
     std::string at(const std::string& name) const { return folder.file(name.c_str()).asChar(); }
+    /// Notes of two bars, on a track that tells its own tempo.
+    std::string midi(const std::string& name) {
+        const char bytes[] = "MThd\0\0\0\6\0\0\0\1\3\300MTrk\0\0\0\24"
+                             "\0\xff\x51\3\7\241\x21\0\x90\x28\x64\xbc\0\x80\x28\0\0\xff\x2f\0";
+        folder.write(name.c_str(), std::string(bytes, sizeof bytes - 1));
+        return at(name);
+    }
     void key(const std::string& name) { act({"key", name}); }
 
     /// Presses keys one by one while a menu is open.
@@ -106,6 +113,7 @@ protected:
     std::unique_ptr<AppHooks> hooks;
     std::vector<std::string> titles; ///< of the modal windows that opened
     bool refusesDialogs = false;     ///< each is left by Escape
+    std::vector<CStr> calledWith;    ///< files that the program is called with
 
 private:
     struct Step {

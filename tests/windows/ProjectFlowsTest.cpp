@@ -3,8 +3,10 @@
 #include "base/Messages.h"
 #include "base/Paths.h"
 #include "engine/CClick.h"
+#include "interchange/DawFiles.h"
 #include "project/AutoSave.h"
 #include "project/ProjectFile.h"
+#include "shell/CommandLine.h"
 
 #include <filesystem>
 #include <fstream>
@@ -315,4 +317,51 @@ TEST_F(ProjectFlowsTest, WelcomeChoosesKindOrProject) {
     key("ctrl+n");
     EXPECT_TRUE(pumpUntil([&] { return host->playing && !app->modalWin; }))
         << "the song can be heard before a project is chosen";
+}
+
+/// What the program is called with decides what it starts with; the settings count where it asks
+/// for no song, and what can't be opened is told.
+TEST_F(ProjectFlowsTest, StartsWithTheFilesOfTheCall) {
+    start();
+    const std::string two = makeProject("two.qv", 2), three = makeProject("three.qv", 3);
+    std::vector<CStr> lost;
+    const std::string daw = at("song.dawproject");
+    ASSERT_EQ(exportDawProject(seq(), daw.c_str(), lost), DawResult::good);
+    stop();
+    folder.write("junk.qv", "no project");
+    folder.write("notes.txt", "no song");
+    const std::string song = midi("song.mid"), junk = at("junk.qv");
+    const struct {
+        std::vector<std::string> files;
+        int tracks;
+        std::string project;
+        Strings told;
+    } cases[] = {
+        {{two}, 2, two, {}},
+        {{song}, 1, "", {}},
+        {{two, song}, 3, two, {}},
+        {{daw}, 3, "", {}},
+        {{three, two, at("gone.mid"), at("notes.txt")}, 3, three, {"Open"}},
+        {{junk}, 0, "", {}},
+    };
+    for (const auto& c : cases) {
+        titles.clear();
+        calledWith.clear();
+        for (const std::string& file : c.files) calledWith.emplace_back(file.c_str());
+        if (!c.told.empty()) keysInDialog(c.told[0], {"Return"});
+        const std::string name = testing::PrintToString(c.files);
+        start("-1");
+        EXPECT_TRUE(pumpUntil([&] {
+            std::erase(titles, "Import DAWproject"); // while it takes its time
+            return tracks() == c.tracks && titles == c.told;
+        })) << name;
+        EXPECT_EQ(host->projectFile.asChar(), c.project) << name;
+        EXPECT_TRUE(pumpUntil([&] { return !app->modalWin && !win->pumping; })) << name;
+        stop();
+    }
+    const CommandLine line = readCommandLine({"a.qv", "--", "--help"});
+    ASSERT_EQ(line.files.size(), 2u);
+    EXPECT_EQ(line.files[0], absolutePath("a.qv"));
+    EXPECT_EQ(extractFileName(line.files[1]), "--help");
+    EXPECT_TRUE(line.answer.empty() && line.mistake.empty());
 }
