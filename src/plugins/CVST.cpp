@@ -19,6 +19,7 @@
 namespace {
 
 constexpr const char* title = "VST";
+constexpr int missingProgram = -2; ///< in a state: the plug-in was not there
 
 /// What a plug-in is called is not told by the name of its file.
 bool manyNames(const CStr& file) {
@@ -101,11 +102,50 @@ bool CVST::become(const CStr& path) {
     const std::vector<ParamReading> known = readParams(*this);
     if (!exchange(path)) return false;
     setAlike(*this, known);
+    stepTo("Format of " + id, std::move(before));
+    return true;
+}
+
+/// What was done is a step: it was so before, and is now as it stands.
+void CVST::stepTo(const CStr& name, PluginState::Bytes before) {
     state.hold(std::move(before));
-    CUndo* step = host->undoStart("Format of " + id, this, {.comp = CompNotice::program});
+    CUndo* step = host->undoStart(name, this, {.comp = CompNotice::program});
     step->asSwap(&state, new PluginState(present()));
     host->undoEnd(step, true);
+}
+
+PluginIdentity CVST::missing() const {
+    PluginIdentity found;
+    if (opened() || kept.empty()) return found;
+    CMemoryStream stream;
+    stream.write(kept.data(), int(kept.size()));
+    stream.seek(0, seekStart);
+    eachBlock(&stream, stream.size, [&found](const CStr& block, BlockView& body) {
+        if (block == PluginIdentity::block) found = PluginIdentity::read(body);
+    });
+    return found;
+}
+
+bool CVST::becomeMissing(const CStr& path) {
+    const PluginIdentity was = missing();
+    if (!was.known()) return false;
+    PluginState::Bytes before = present();
+    if (!exchange(path)) return false;
+    setAlike(*this, was.params);
+    kept.clear();
+    stepTo("Other format of " + id, std::move(before));
     return true;
+}
+
+void CVST::loseAgain(const CStr& file, std::vector<unsigned char> content) {
+    closeEditor();
+    {
+        const GraphHold hold(host);
+        PluginComp::clear();
+    }
+    fileName = file;
+    kept = std::move(content);
+    notices.raise(CompNotice::program);
 }
 
 bool CVST::locate(const CStr& path) {
@@ -184,6 +224,10 @@ void CVST::write(CStream* stream) {
     stream->writeId("macro", int(sizeof(int)) * (1 + macroCount));
     stream->writeInt(macroCount);
     for (const int param : macroParams) stream->writeInt(param);
+    if (Plugin* p = loaded()) {
+        const OpenBlock open(stream, PluginIdentity::block);
+        PluginIdentity::of(*this, *p).write(stream);
+    }
 }
 
 void CVST::read(CStream* stream, int end) {
@@ -243,11 +287,16 @@ void CVST::readState(CStream& body, WordOrder order, const char* block) {
 
 // Banks and programs.
 
-/// Which plug-in it is, the number of its program, and a bank.
+/// Which plug-in it is, the number of its program, and a bank; of a missing one the content of the
+/// project.
 PluginState::Bytes CVST::present() {
     CMemoryStream stream;
     stream.writeStr(fileName);
-    stream.writeInt(getProg());
+    stream.writeInt(opened() ? getProg() : int(missingProgram));
+    if (!opened()) {
+        stream.write(kept.data(), int(kept.size()));
+        return {stream.data, stream.data + stream.getPos()};
+    }
     const Plugin::Bytes chunk = presentBank(*loaded(), bank);
     writeBank(&stream, *loaded(), bank, chunk, WordOrder::file);
     return {stream.data, stream.data + stream.getPos()};
@@ -257,10 +306,13 @@ void CVST::restore(const PluginState::Bytes& bytes) {
     CMemoryStream stream;
     stream.write(bytes.data(), int(bytes.size()));
     stream.seek(0, seekStart);
-    if (const CStr file = stream.readStr(); !(file == fileName) && !exchange(file)) return;
+    const CStr file = stream.readStr();
+    const int program = stream.readInt();
+    if (program == missingProgram)
+        return loseAgain(file, {stream.data + stream.getPos(), stream.data + stream.size});
+    if (!(opened() && file == fileName) && !exchange(file)) return;
     changeWhole([&](Plugin& p) {
         int size = 0;
-        const int program = stream.readInt();
         readBank(&stream, p, bank, WordOrder::file, size);
         bank.play(p, program);
     });
@@ -273,7 +325,7 @@ void CVST::perform(CUndoItem* item, int op) {
 }
 
 void CVST::idle() {
-    if (stateAsked.exchange(false) && opened() && state.held()) restore(*state.held());
+    if (stateAsked.exchange(false) && state.held()) restore(*state.held());
     PluginComp::idle();
 }
 
@@ -293,10 +345,7 @@ bool CVST::readFile(const CStr& path, F&& reader) {
         bank.takeCurrent(p);
     });
     if (result == BankResult::good) {
-        state.hold(std::move(before));
-        CUndo* step = host->undoStart("Open", this, {.comp = CompNotice::program});
-        step->asSwap(&state, new PluginState(present()));
-        host->undoEnd(step, true);
+        stepTo("Open", std::move(before));
         return true;
     }
     showMsg(nullptr, title, "Error opening chunk " + asStr(size) + " " + path);

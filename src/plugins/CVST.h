@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plugins/PluginComp.h"
+#include "plugins/PluginIdentity.h"
 #include "plugins/PluginState.h"
 #include "plugins/vst2/BankFiles.h"
 
@@ -28,6 +29,12 @@ public:
     /// message.
     bool become(const CStr& path);
 
+    /// The same for one that was not found: another format of it, which gets what the project tells
+    /// of its parameters. With the step it is missing again, with all that the project had.
+    bool becomeMissing(const CStr& path);
+    /// What was told of the plug-in that was not found; not known where nothing was.
+    PluginIdentity missing() const;
+
     /// Loads it anew, where it is to run now, with its state. False, and it stays as it is, where
     /// that fails.
     bool reload();
@@ -54,6 +61,8 @@ protected:
 
 private:
     PluginState::Bytes present();
+    void stepTo(const CStr& name, PluginState::Bytes before);
+    void loseAgain(const CStr& file, std::vector<unsigned char> content);
     void restore(const PluginState::Bytes& bytes);
     std::unique_ptr<Plugin> make(const CStr& path);
     bool load(const CStr& path);

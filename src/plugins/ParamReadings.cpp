@@ -101,8 +101,10 @@ void setAlike(PluginComp& plugin, int index, const ParamReading& known) {
 
 std::vector<ParamReading> readParams(PluginComp& plugin) {
     std::vector<ParamReading> found;
-    for (int i = 0; i < plugin.numParams(); i++)
-        found.push_back({plugin.paramName(i), plugin.paramText(i), plugin.param(i)});
+    for (const CStr& text : plugin.paramTexts()) {
+        const int i = int(found.size());
+        found.push_back({plugin.paramName(i), text, plugin.param(i)});
+    }
     return found;
 }
 

@@ -9,7 +9,7 @@ class PluginComp;
 /// What a plug-in tells of a parameter.
 struct ParamReading {
     CStr name, text;
-    float share;
+    float share = 0.0f;
 };
 
 /// Of all parameters. Interface thread, as the next.

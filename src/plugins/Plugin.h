@@ -83,7 +83,12 @@ public:
 
     virtual int numParams() const = 0;
     virtual CStr paramName(int index) = 0;
-    virtual CStr paramText(int index) = 0;             ///< with its unit
+    virtual CStr paramText(int index) = 0;   ///< with its unit
+    virtual std::vector<CStr> paramTexts() { ///< of all
+        std::vector<CStr> texts;
+        for (int i = 0; i < numParams(); i++) texts.push_back(paramText(i));
+        return texts;
+    }
     virtual void setParam(int index, float share) = 0; ///< any thread, as the next
     virtual float param(int index) = 0;
 

@@ -265,6 +265,10 @@ CStr PluginComp::paramText(int index) {
     return plugin ? plugin->paramText(index) : CStr();
 }
 
+std::vector<CStr> PluginComp::paramTexts() {
+    return plugin ? plugin->paramTexts() : std::vector<CStr>();
+}
+
 const ParamUnit* PluginComp::paramUnit(int index) {
     return index == paramPower ? &powerUnit : nullptr;
 }

@@ -52,6 +52,7 @@ public:
     void listParam(int index, std::vector<StoredValue>& parts) override;
     CStr paramName(int index) override;
     CStr paramText(int index) override;
+    std::vector<CStr> paramTexts(); ///< of those of the plug-in
     const ParamUnit* paramUnit(int index) override;
     float param(int index) override;
     void setProg(ToStore<int> index) override;

@@ -91,6 +91,33 @@ TEST_P(EachFormat, BecomesAnother) {
     EXPECT_EQ(c->faults, 0u);
 }
 
+/// One that is not there is given way to by another format with the values that the project tells;
+/// with the step it is missing again, with all that was kept of it.
+TEST_P(EachFormat, StandsInForAMissingOne) {
+    CVST* made = f.insert("lost.clap");
+    made->setParam(0, 0.125f);
+    const std::string state = f.bytesOf(made);
+    const CStr other = f.file(named("gain")).c_str();
+    std::filesystem::remove(f.folder + "/lost.clap");
+    CVST* c = f.insert(named("gain"));
+    f.signal->left = f.signal->right = [](long) { return 0.5f; };
+    f.read(c, state);
+    EXPECT_FALSE(c->opened());
+    EXPECT_EQ(c->missing().name, "lost");
+    EXPECT_EQ(c->missing().vendor, "Test makers");
+    EXPECT_FALSE(c->becomeMissing(f.file("bad-null.clap").c_str()));
+    EXPECT_EQ(f.bytesOf(c), state);
+    ASSERT_TRUE(c->becomeMissing(other));
+    ASSERT_TRUE(f.until([&] { return last(c) == 0.125f; }));
+    f.undo();
+    ASSERT_TRUE(f.until([&] { return !c->opened(); }));
+    EXPECT_EQ(f.bytesOf(c), state);
+    f.redo();
+    ASSERT_TRUE(f.until([&] { return c->opened() && last(c) == 0.125f; }));
+    f.read(c, state.substr(0, state.size() - 20));
+    EXPECT_EQ(c->missing().params.size(), 0u) << "cut short";
+}
+
 /// What counts is the number that both tell, where a share means another one in another format.
 TEST(OtherFormat, KeepsNumbers) {
     PluginFixture f;

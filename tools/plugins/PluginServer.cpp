@@ -145,6 +145,11 @@ void PluginServer::serve(const HelperMessage& message, ServedPlugin& served) {
         return answer(message, 1, bytesOf(p.paramName(head.index)));
     case HelperCall::paramText:
         return answer(message, 1, bytesOf(p.paramText(head.index)));
+    case HelperCall::paramTexts: {
+        std::string all;
+        for (const CStr& one : p.paramTexts()) all += ::bytesOf(one) + '\0';
+        return answer(message, 1, std::move(all));
+    }
     case HelperCall::programName:
         return answer(message, 1, bytesOf(p.programName(head.index)));
     case HelperCall::currentProgramName:

@@ -28,7 +28,7 @@ namespace {
 
 constexpr int gap = 8, high = 24, barTop = (ProgramBar::usualHeight - high) / 2;
 constexpr int powerWidth = 40, channelWidth = 64, listWidth = 88, keysWidth = 64, macrosWidth = 64;
-constexpr int moreWidth = 24;
+constexpr int moreWidth = 24, insteadWidth = 96;
 enum : int { inProgram, inHelper, loadAgain }; ///< entries of the menu
 constexpr int leastWidth = 720, leastHeight = 160;
 constexpr int midiChannels = 16;
@@ -90,6 +90,9 @@ CVSTWin::CVSTWin(Workspace& space, CVST& of)
     turned->setLit(macros->visible);
     locate = addButton("locate", "Locate...", "Its file was not found: choose it", listWidth,
                        &CVSTWin::locateClicked);
+    instead =
+        addButton("instead", "Other format", "Its file was not found; another format of it is",
+                  insteadWidth, &CVSTWin::insteadClicked);
     again = addButton("again", "Restart", "Loads it anew, as it was", listWidth,
                       &CVSTWin::restartClicked);
     more = addButton("more", "...", "Where it runs", moreWidth, &CVSTWin::moreClicked);
@@ -121,10 +124,11 @@ void CVSTWin::layBar() {
     failed = plugin.failed();
     list->visible = keys->visible = there && plugin.hasEditor() && !failed;
     locate->visible = !there;
+    instead->visible = !there && !otherFormats().empty();
     again->visible = failed;
     more->visible = turned->visible = there;
     int x = ProgramBar::contentWidth + gap;
-    for (CButton* b : {power, channel, list, keys, turned, locate, again, more}) {
+    for (CButton* b : {power, channel, list, keys, turned, locate, instead, again, more}) {
         if (!b->visible) continue;
         b->setBounds(x, barTop, b->width, high);
         x += b->width + gap;
@@ -314,15 +318,32 @@ void CVSTWin::addFormats(CPopup* popup) {
     for (const PluginList::Effect& effect : workspace.pluginShelf().list.effects()) {
         if (std::ranges::find(effect, plugin.fileName, &Entry::path) == effect.end()) continue;
         for (const Entry* other : effect)
-            if (!(other->path == plugin.fileName))
-                addDeed(popup, CStr("As ") + formatName(other->format()),
-                        [this, path = other->path] { become(path); });
+            if (!(other->path == plugin.fileName)) addFormat(popup, *other);
     }
+}
+
+void CVSTWin::addFormat(CPopup* popup, const PluginList::Entry& other) {
+    addDeed(popup, CStr("As ") + formatName(other.format()),
+            [this, path = other.path] { become(path); });
+}
+
+/// Of one that was not found.
+std::vector<const PluginList::Entry*> CVSTWin::otherFormats() const {
+    const PluginIdentity was = plugin.missing();
+    if (!was.known()) return {};
+    return workspace.pluginShelf().list.formatsOf(was.name, was.vendor);
+}
+
+void CVSTWin::insteadClicked(CObject*) {
+    auto* popup = new CPopup(app, this);
+    popup->autoDelete = true;
+    for (const PluginList::Entry* other : otherFormats()) addFormat(popup, *other);
+    popup->popupBelow(instead);
 }
 
 void CVSTWin::become(const CStr& path) {
     empty();
-    plugin.become(path);
+    plugin.opened() ? plugin.become(path) : plugin.becomeMissing(path);
     refill();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "panels/ProgramBar.h"
+#include "plugins/scan/PluginList.h"
 #include "ui/CCompEditor.h"
 
 class CButton;
@@ -50,6 +51,9 @@ private:
     void moreClicked(CObject*);
     void placeChosen(CObject* sender);
     void addFormats(CPopup* popup);
+    void addFormat(CPopup* popup, const PluginList::Entry& other);
+    std::vector<const PluginList::Entry*> otherFormats() const;
+    void insteadClicked(CObject*);
     void become(const CStr& path);
     void refill();
 
@@ -57,7 +61,7 @@ private:
     CVST& plugin;
     ProgramBar* programs;
     MacroRow* macros;
-    CButton *power, *channel, *list, *keys, *turned, *locate, *again, *more;
+    CButton *power, *channel, *list, *keys, *turned, *locate, *instead, *again, *more;
     EditorFrame* editor = nullptr; ///< among the controls, as the next: one of them, while shown
     ParamList* params = nullptr;
     bool listed;         ///< the user wants the parameters

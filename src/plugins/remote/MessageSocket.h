@@ -17,6 +17,7 @@ enum class HelperCall : int {
     stereoPair, ///< a pin; `number` 1 of the inputs
     paramName,
     paramText,
+    paramTexts, ///< of all: each with a zero behind
     setProgram,
     programName,
     currentProgramName,

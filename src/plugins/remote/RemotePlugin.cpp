@@ -153,6 +153,19 @@ CStr RemotePlugin::paramText(int index) {
     return isParam(index) ? ask(HelperCall::paramText, index, texts[index]) : CStr();
 }
 
+std::vector<CStr> RemotePlugin::paramTexts() {
+    if (const auto answer = call(HelperCall::paramTexts)) {
+        size_t from = 0, end;
+        for (int i = 0; (end = answer->bytes.find('\0', from)) != std::string::npos; i++) {
+            texts[i] = answer->bytes.substr(from, end - from);
+            from = end + 1;
+        }
+    }
+    std::vector<CStr> known;
+    for (int i = 0; i < numParams(); i++) known.push_back(textOf(texts[i]));
+    return known;
+}
+
 void RemotePlugin::setParam(int index, float share) {
     if (!isParam(index)) return;
     here().want(index, share);

@@ -31,6 +31,7 @@ public:
     int numParams() const override;
     CStr paramName(int index) override;
     CStr paramText(int index) override;
+    std::vector<CStr> paramTexts() override;
     void setParam(int index, float share) override;
     float param(int index) override;
     int numPrograms() const override;

@@ -38,17 +38,20 @@ bool readEntry(const CStr& line, PluginList::Entry& e) {
     return true;
 }
 
+/// One of both may not tell it.
+bool isMaker(const CStr& one, const CStr& other) {
+    return sameText(one, other) || one.empty() || other.empty();
+}
+
 /// Whether it is one more format of an effect.
 bool isSame(const PluginList::Effect& effect, const PluginList::Entry& e) {
     const PluginFacts &known = effect.front()->facts, &facts = e.facts;
-    const bool maker =
-        sameText(known.vendor, facts.vendor) || known.vendor.empty() || facts.vendor.empty();
     const auto hasFormat = [&e](const PluginList::Entry* one) {
         return one->format() == e.format();
     };
-    return maker && sameText(known.name, facts.name) && known.instrument == facts.instrument &&
-           known.inputs == facts.inputs && known.outputs == facts.outputs &&
-           std::ranges::none_of(effect, hasFormat);
+    return isMaker(known.vendor, facts.vendor) && sameText(known.name, facts.name) &&
+           known.instrument == facts.instrument && known.inputs == facts.inputs &&
+           known.outputs == facts.outputs && std::ranges::none_of(effect, hasFormat);
 }
 
 } // namespace
@@ -98,6 +101,15 @@ std::vector<PluginList::Effect> PluginList::effects() const {
     }
     for (Effect& effect : found)
         std::ranges::stable_sort(effect, {}, [](const Entry* e) { return e->format(); });
+    return found;
+}
+
+std::vector<const PluginList::Entry*> PluginList::formatsOf(const CStr& name,
+                                                            const CStr& vendor) const {
+    std::vector<const Entry*> found;
+    for (const Entry* e : usable())
+        if (sameText(e->facts.name, name) && isMaker(e->facts.vendor, vendor)) found.push_back(e);
+    std::ranges::stable_sort(found, {}, &Entry::format);
     return found;
 }
 

@@ -29,6 +29,8 @@ public:
     std::vector<const Entry*> usable() const;
     /// The same, those of one name, maker and use together.
     std::vector<Effect> effects() const;
+    /// The formats of an effect of that name and maker.
+    std::vector<const Entry*> formatsOf(const CStr& name, const CStr& vendor) const;
     const std::vector<Entry>& all() const { return entries; }
     /// By what stands for it, as in `PluginFile`; null for one that is not known.
     const Entry* find(const CStr& path) const;
