@@ -58,16 +58,28 @@ bool InsertSlot::refresh() {
         const CKeyInput* key = keyInputOf(in);
         now.key = key ? key->source() : nullptr;
     }
-    if (now == shown && !hint.empty()) return false;
-    hint = now.name.empty() ? "Press to choose an effect"
-                            : "Press for its window or menu, on the light to switch it; drag it to "
-                              "another place, with Control a copy";
-    if (now.failed) hint = "It has failed: its window has Restart";
-    followed = now.key ? nameOfStrip(owner.strip().comp->host, now.key) : CStr();
-    if (now.key) hint += ". It follows " + followed;
+    if (now == shown && !hint.empty()) {
+        const CStr was = hint;
+        if (isHovered()) tellHint(); // what it costs is another with every pass
+        if (!(hint == was)) win->app->updateHint(this);
+        return false;
+    }
     shown = now;
+    tellHint();
     redraw();
     return true;
+}
+
+void InsertSlot::tellHint() {
+    hint = shown.name.empty()
+               ? "Press to choose an effect"
+               : "Press for its window or menu, on the light to switch it; drag it to "
+                 "another place, with Control a copy";
+    if (shown.failed) hint = "It has failed: its window has Restart";
+    followed = shown.key ? nameOfStrip(owner.strip().comp->host, shown.key) : CStr();
+    if (shown.key) hint += ". It follows " + followed;
+    const CStr health = insert() ? pluginHealth(insert()) : CStr();
+    if (!health.empty()) hint += ". " + health;
 }
 
 /// So that 24 dB fill the slot.

@@ -53,6 +53,7 @@ private:
 
     CMixerStrip& owner;
     TypedText typed;
+    void tellHint();
     Shown shown;
     CStr followed; ///< the name of what it follows, empty for its own sound
 };

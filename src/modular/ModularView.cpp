@@ -494,8 +494,11 @@ CObject* ModularView::itemAt(CPoint ofGraph) const {
 
 CStr ModularView::hintOf(const CObject* over) const {
     if (!over) return freeHint;
-    if (over->category == categoryComp)
-        return boxName(static_cast<const CComp*>(over)) + ": " + boxHint;
+    if (over->category == categoryComp) {
+        const auto* comp = static_cast<const CComp*>(over);
+        const CStr health = pluginHealth(comp);
+        return boxName(comp) + ": " + (health.empty() ? health : health + ". ") + boxHint;
+    }
     if (over->category == categoryCable) return cableName(model, model.cableOf(over)) + cableHint;
     return fullPortName(model, model.portOf(static_cast<const CIO*>(over))) + portHint;
 }

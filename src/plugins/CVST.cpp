@@ -394,6 +394,21 @@ bool isFailedPlugin(const CComp* comp) {
     return comp->type == compVST && static_cast<const CVST*>(comp)->failed();
 }
 
+CStr healthText(float load, int crashes, unsigned faults) {
+    const auto counted = [](int count, const char* one, const char* more) {
+        return count == 0 ? CStr() : ", " + asStr(count) + (count == 1 ? one : more);
+    };
+    return asStrFormat(double(load) * 100, "%.1f") + " % of a block" +
+           counted(crashes, " crash", " crashes") + counted(int(faults), " fault", " faults");
+}
+
+CStr pluginHealth(const CComp* comp) {
+    if (comp->type != compVST) return "";
+    const auto* plugin = static_cast<const CVST*>(comp);
+    if (!plugin->opened()) return "Its file was not found";
+    return healthText(plugin->workShare, plugin->loaded()->crashes(), plugin->faults);
+}
+
 std::unique_ptr<CVST> newPlugin(CQV* host, const CStr& path) {
     auto made = std::make_unique<CVST>(host);
     made->init();

@@ -86,6 +86,12 @@ private:
 /// Whether a component is a plug-in whose process has ended.
 bool isFailedPlugin(const CComp* comp);
 
+/// What a plug-in costs, how often its process has crashed and how often it gave what cannot be
+/// played, in a few words; empty for another component.
+CStr pluginHealth(const CComp* comp);
+/// The same of what is summed up.
+CStr healthText(float load, int crashes, unsigned faults = 0);
+
 /// A component of a plug-in, named as in `PluginFile`, with channels, ports and buffers, linked
 /// nowhere; null, after a message, where it cannot be opened.
 std::unique_ptr<CVST> newPlugin(CQV* host, const CStr& path);

@@ -126,10 +126,12 @@ public:
     // Of one that runs in another process.
     /// It was not there for the latest `process`, or not in time. Whoever renders.
     virtual bool missedBlock() const { return false; }
+    virtual int64_t workedNs() const { return -1; } ///< in that `process`; -1: as long as it took
     virtual bool isolated() const { return false; }
     virtual bool failed() const { return false; } ///< that process has ended: it plays nothing
     virtual CStr whyFailed() const { return ""; }
-    virtual void restart() {} ///< after it has failed: loads it anew
+    virtual int crashes() const { return 0; } ///< of its library so far
+    virtual void restart() {}                 ///< after it has failed: loads it anew
 
 protected:
     bool isParam(int index) const { return index >= 0 && index < numParams(); }

@@ -24,6 +24,7 @@ public:
     Shared<int> pendingProg{-1};    ///< program that the next `idle` sets, -1 none
     Shared<bool> editorOpen{false}; ///< it does not doze then
     Shared<int> silence{0};         ///< frames that an effect has been silent for
+    Shared<float> workShare{0.0f};  ///< part of a block that the plug-in works on it, of late
     Shared<unsigned> faults{0};     ///< pieces of a block in which it threw, or gave no numbers
 
     explicit PluginComp(CQV* root) : CComp(root) {}
@@ -136,6 +137,7 @@ private:
     void takeIn(int frames);
     void takePiece(int frames, int offset);
     double blockStart(int frames) const;
+    void noteLoad(int frames);
     bool wakesUp();
     void doze(int frames);
     void foldInputs(int frames) const;
@@ -158,6 +160,7 @@ private:
     bool takenIn = false;           ///< of this block, ahead of `process`; graph holder
     bool begun = false;             ///< the plug-in is at work on it; graph holder
     bool mine = false;              ///< the claim, in this block; graph holder
+    int64_t workNs = 0;             ///< of the plug-in, in the latest block; graph holder
     int pieceStart = 0;             ///< of the piece that is rendered; graph holder
     Shared<double> startTicks{0.0}; ///< of the block, in the song
     bool telling = false;           ///< a move of the plug-in goes through the door

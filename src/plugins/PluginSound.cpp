@@ -6,6 +6,7 @@
 #include "engine/StripEvents.h"
 #include "engine/plan/GraphPlan.h"
 #include "plugins/PluginComp.h"
+#include "plugins/SteadyClock.h"
 
 #include <algorithm>
 #include <cmath>
@@ -36,6 +37,7 @@ double powerOf(const CList& channels, int frames) {
 void PluginComp::process(int frames) {
     const ProcessGuard guard(this);
     if (!guard.enter) return;
+    noteLoad(frames);
     if (!takenIn) takeIn(frames);
     takenIn = false;
     if (playsFrozen(this)) {
@@ -52,6 +54,15 @@ void PluginComp::process(int frames) {
     }
     if (mine) claim.leave();
     mine = false;
+}
+
+/// Of the block before this one.
+void PluginComp::noteLoad(int frames) {
+    constexpr float seconds = 0.5f;
+    const float block = float(frames) / host->rate;
+    const float now = float(workNs) * 1e-9f / block, before = workShare;
+    workShare = before + (now - before) * std::min(block / seconds, 1.0f);
+    workNs = 0;
 }
 
 /// All that arrives in a block, up to where the plug-in takes over.
@@ -138,7 +149,10 @@ bool PluginComp::runPlugin(int frames, int offset) {
     if (!begun) takePiece(frames, offset);
     begun = false;
     rendering = true;
+    const int64_t from = steadyNs();
     const bool whole = plugin->process(pins.in(), pins.out(), frames);
+    const int64_t worked = plugin->workedNs();
+    workNs += worked >= 0 ? worked : steadyNs() - from;
     rendering = false;
     const bool numbers = pins.mendOutputs(frames);
     if ((!whole && !plugin->missedBlock()) || !numbers) faults.fetchAdd(1);

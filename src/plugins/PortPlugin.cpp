@@ -4,8 +4,8 @@
 #include "plugins/StateText.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
-#include <cstdlib>
 #include <numeric>
 #include <string>
 
@@ -60,9 +60,13 @@ void PortPlugin::keepValues(StateText& text, bool all) const {
 }
 
 void PortPlugin::setKept(const StateText& text) {
-    for (const auto& [number, value] : text.values) {
-        const int at = paramOf(uint32_t(std::strtoul(number.c_str(), nullptr, 10)));
-        if (at < 0 || !std::isfinite(value)) continue;
+    for (const auto& [name, value] : text.values) {
+        uint32_t number = 0;
+        const char* end = name.data() + name.size();
+        const auto read = std::from_chars(name.data(), end, number);
+        if (read.ec != std::errc() || read.ptr != end || !std::isfinite(value)) continue;
+        const int at = paramOf(number);
+        if (at < 0) continue;
         const ParamRange& range = params[size_t(at)].range;
         const auto [low, high] = std::minmax(range.low, range.high);
         values.set(size_t(at), std::clamp(value, low, high));

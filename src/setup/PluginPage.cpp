@@ -18,23 +18,30 @@ namespace {
 constexpr int belowList = 4 * (SetupPage::fieldHeight + SetupPage::gap) + SetupPage::margin;
 constexpr int groupsWidth = 200, formatsWidth = 120;
 
-CStr lineOf(const PluginList::Effect& effect) {
+CStr percent(float load) {
+    return asStrFormat(double(load) * 100, "%.1f") + " %";
+}
+
+/// `load`: of all its formats in the song; below 0 none is there.
+CStr lineOf(const PluginList::Effect& effect, float load) {
     const PluginList::Entry& entry = *effect.front();
     if (entry.broken()) return extractFileName(entry.file()) + ": " + entry.why;
     CStr text = entry.facts.name;
     if (!entry.facts.vendor.empty()) text += ", " + entry.facts.vendor;
     for (const PluginList::Entry* one : effect)
         text += (one == &entry ? ": " : ", ") + CStr(formatName(one->format()));
+    if (load >= 0.0f) text += " (in the song: " + percent(load) + ")";
     return text;
 }
 
-CStr factsOf(const PluginList::Entry& entry, int crashes) {
+CStr factsOf(const PluginList::Entry& entry, int crashes, float load) {
     if (entry.broken()) return entry.path;
     const PluginFacts& f = entry.facts;
     const CStr ended =
         crashes == 0 ? CStr() : ", " + asStr(crashes) + (crashes == 1 ? " crash" : " crashes");
+    const CStr works = load < 0.0f ? CStr() : ", " + percent(load) + " of a block";
     return CStr(f.instrument ? "Instrument" : "Effect") + ", " + asStr(f.inputs) + " in, " +
-           asStr(f.outputs) + " out, " + asStr(f.params) + " parameters" + ended + ": " +
+           asStr(f.outputs) + " out, " + asStr(f.params) + " parameters" + works + ended + ": " +
            entry.file();
 }
 
@@ -105,7 +112,7 @@ void PluginPage::fill() {
     list->clearRows();
     int row = -1, format = 0;
     for (const PluginList::Effect& effect : shown) {
-        list->add(lineOf(effect));
+        list->add(lineOf(effect, loadOf(effect)));
         std::vector<CStr>& paths = lines.emplace_back();
         for (const PluginList::Entry* one : effect) {
             if (one->path == now) row = int(lines.size()) - 1, format = int(paths.size());
@@ -118,6 +125,14 @@ void PluginPage::fill() {
     formatChosen(nullptr);
     tellCount();
     list->redraw();
+}
+
+float PluginPage::loadOf(const PluginList::Effect& effect) const {
+    float load = -1.0f;
+    for (const PluginList::Entry* one : effect)
+        if (const float now = shelf.loadOf(one->path); now >= 0.0f)
+            load = std::max(load, 0.0f) + now;
+    return load;
 }
 
 void PluginPage::tellCount() {
@@ -156,7 +171,9 @@ void PluginPage::rowChosen(CObject*) {
 void PluginPage::formatChosen(CObject*) {
     const PluginList::Entry* entry = shelf.list.find(chosen());
     again->setEnabled(entry != nullptr);
-    about->setText(entry ? factsOf(*entry, shelf.processes->trust.crashes(entry->path)) : CStr());
+    about->setText(entry ? factsOf(*entry, shelf.processes->trust.crashes(entry->path),
+                                   shelf.loadOf(entry->path))
+                         : CStr());
     trusted->setEnabled(entry && entry->good());
     trusted->checked = entry && shelf.processes->trust.trusted(entry->path);
     trusted->redraw();

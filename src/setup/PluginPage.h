@@ -21,6 +21,7 @@ public:
 private:
     void fill();
     void tellCount();
+    float loadOf(const PluginList::Effect& effect) const; ///< in the song; below 0: it is not there
     CStr chosen() const; ///< of the format that is chosen, as in `PluginFile`; empty without one
     void rowChosen(CObject*);
     void formatChosen(CObject*);

@@ -5,7 +5,11 @@
 #include "base/Numbers.h"
 #include "base/Paths.h"
 #include "engine/CQV.h"
+#include "plugins/CVST.h"
 #include "plugins/PluginPlaces.h"
+#include "sequencer/song/CSeq.h"
+#include "sequencer/song/CTrack.h"
+#include "ui/Song.h"
 
 #include <algorithm>
 
@@ -64,6 +68,25 @@ std::vector<const PluginList::Entry*> PluginShelf::recent() const {
         if (entry && entry->good()) found.push_back(entry);
     }
     return found;
+}
+
+float PluginShelf::loadOf(const CStr& path) const {
+    float load = -1.0f;
+    const auto add = [&](CComp* c) {
+        if (c->type != compVST) return;
+        const auto* plugin = static_cast<CVST*>(c);
+        if (plugin->opened() && plugin->fileName == path)
+            load = std::max(load, 0.0f) + plugin->workShare;
+    };
+    const auto addAll = [&add](CComp* c) {
+        add(c);
+        c->eachInsert(add);
+    };
+    for (const CList* list : listsOf(qv->comps, qv->sends))
+        for (auto* c : each<CComp>(*list)) addAll(c);
+    if (const CSeq* song = songOf(qv))
+        for (auto* track : song->tracks) addAll(track);
+    return load;
 }
 
 void PluginShelf::used(const CStr& path) {

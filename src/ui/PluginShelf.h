@@ -33,6 +33,9 @@ public:
     std::vector<const PluginList::Entry*> recent() const;
     void used(const CStr& path);
 
+    /// Part of a block that all of one in the song work on it; below 0 where it has none.
+    float loadOf(const CStr& path) const;
+
 private:
     CQV* qv;
 };

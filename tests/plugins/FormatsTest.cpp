@@ -165,6 +165,49 @@ TEST(Lv2, WorksBesideBlocks) {
     }
 }
 
+/// Preset files are programs: one of another plug-in, or that ends too early, changes nothing.
+TEST(Vst3, PlaysPresetFiles) {
+    RemoteFixture f;
+    const std::string home = std::getenv("HOME"), key = "01" + std::string(30, '0');
+    setenv("HOME", f.folder.c_str(), 1);
+    const std::string folder = f.folder + "/.vst3/presets/Test makers/gain/";
+    std::filesystem::create_directories(folder);
+    const auto preset = [&](const char* name, const std::string& of, int64_t bytes) {
+        const double values[] = {0.125, 0.5, 0.0};
+        const int64_t list = 48 + int64_t(sizeof values), at = 48;
+        const int one = 1;
+        std::ofstream out(folder + name + ".vstpreset", std::ios::binary);
+        const auto put = [&](const auto& v) {
+            out.write(reinterpret_cast<const char*>(&v), sizeof v);
+        };
+        out << "VST3", put(one), out << of, put(list);
+        out.write(reinterpret_cast<const char*>(values), sizeof values);
+        out << "List", put(one), out << "Comp", put(at), put(bytes);
+    };
+    preset("A foreign one", std::string(32, 'A'), 24);
+    preset("B damaged one", key, 1 << 20);
+    preset("Quiet", key, 24);
+    for (const bool isolated : {false, true}) {
+        f.isolates = isolated;
+        CVST* c = f.addPlug("gain.vst3");
+        ASSERT_EQ(c->numProgs(), 4);
+        EXPECT_EQ(c->getProgName(3), "Quiet");
+        const auto playsWith = [&](int program, float wanted) {
+            c->setProg(program);
+            return f.until([&] { return c->param(0) == wanted; }) ? c->getProg() : -1;
+        };
+        EXPECT_EQ(playsWith(3, 0.125f), 3);
+        EXPECT_EQ(playsWith(1, 0.125f), 3);
+        EXPECT_EQ(playsWith(2, 0.125f), 3);
+        const std::string state = f.bytesOf(c);
+        EXPECT_EQ(playsWith(0, 0.5f), 0);
+        f.read(c, state);
+        EXPECT_EQ(c->getProg(), 3);
+        EXPECT_EQ(c->param(0), 0.125f);
+    }
+    setenv("HOME", home.c_str(), 1);
+}
+
 /// A file may hold several, which are found by their names; what a bundle tells without a library,
 /// or without a plug-in, spoils nothing; one effect in three formats is one line.
 TEST(PluginScan, FindsAllFormats) {

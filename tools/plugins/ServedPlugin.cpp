@@ -131,7 +131,9 @@ bool ServedPlugin::render() {
     for (int i = 0; i < std::clamp(r.midiCount, 0, int(PluginRoom::mostMidi)); i++)
         plugin->addMidi(std::clamp(r.midi[i].frame, 0, n - 1), r.midi[i].data);
     pins.clearOutputs(n);
+    const int64_t from = steadyNs();
     const bool good = plugin->process(pins.in(), pins.out(), n);
+    r.workNs = steadyNs() - from;
     float* to = sound + stride * size_t(r.inCount);
     for (int i = 0; i < std::min(r.outCount, int(Plugin::mostPins)); i++) {
         float* pin = to + stride * size_t(i);

@@ -2,16 +2,10 @@
 
 #include "base/Atomic.h"
 #include "plugins/Plugin.h"
+#include "plugins/SteadyClock.h"
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
-
-/// Nanoseconds of the clock by which trips are late.
-inline int64_t steadyNs() {
-    using namespace std::chrono;
-    return duration_cast<nanoseconds>(steady_clock::now().time_since_epoch()).count();
-}
 
 /// What the program and a helper share of a plug-in. Either side takes nothing in it for granted:
 /// the plug-in may write anywhere. All bytes 0 is a room that nobody has used.
@@ -53,6 +47,7 @@ struct PluginRoom {
     PluginTime time;
     Midi midi[mostMidi] = {};
     int good = 0, sentCount = 0; ///< what it takes home
+    int64_t workNs = 0;          ///< that the plug-in took
     Midi sent[mostMidi] = {};
 
     // What the plug-in has told since, the latest `mostEvents` of all.

@@ -42,6 +42,7 @@ std::unique_ptr<RemotePlugin> RemotePlugin::load(std::shared_ptr<PluginProcesses
     if (!made->takeFacts(answer ? &*answer : nullptr, why)) return nullptr;
     made->takeRoom();
     made->serving = true;
+    made->crashCount = made->processes->trust.crashes(path);
     made->keptAt = Clock::now();
     return made;
 }
@@ -314,6 +315,8 @@ bool RemotePlugin::process(float** in, float** out, int frames) {
     if (!begun) begin(in, frames);
     begun = false;
     away = !wentOut || !await();
+    constexpr int64_t mostNs = 10'000'000'000;
+    worked = away ? 0 : std::clamp<int64_t>(here().workNs, 0, mostNs);
     return !away && receive(out);
 }
 
@@ -452,6 +455,7 @@ void RemotePlugin::lose(const CStr& why, bool guilty) {
     phase = Phase::lost;
     fault = why;
     if (guilty) processes->trust.failed(path);
+    crashCount = processes->trust.crashes(path);
     if (first) host.pluginLost();
     if (guilty && !std::exchange(mayReturn, false)) return;
     beginAnew();

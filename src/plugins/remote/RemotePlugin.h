@@ -60,6 +60,8 @@ public:
     bool isolated() const override { return true; }
     bool failed() const override { return phase != Phase::good; }
     CStr whyFailed() const override { return fault; }
+    int crashes() const override { return crashCount; }
+    int64_t workedNs() const override { return worked; }
     void restart() override;
 
     int helperProcess() const { return helper ? helper->process() : 0; }
@@ -124,6 +126,7 @@ private:
     Facts facts;
     Phase phase = Phase::good;
     CStr fault;
+    int crashCount = 0;
     bool mayReturn = true;     ///< by itself
     bool answerLoaded = false; ///< it is loaded anew
     unsigned heard = 0;        ///< events of the room
@@ -151,5 +154,6 @@ private:
     Shared<int> trip{0};
     bool begun = false, wentOut = false; ///< the trip of the coming `process`
     int sentOut = 0, sentFrames = 0, sentIn = 0;
+    int64_t worked = 0;           ///< nanoseconds, of the latest block
     Shared<int64_t> lateSince{0}; ///< of a trip that was not waited for any longer; 0 none
 };

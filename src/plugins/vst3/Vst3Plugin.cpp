@@ -1,6 +1,7 @@
 #include "plugins/vst3/Vst3Plugin.h"
 
 #include "base/Numbers.h"
+#include "base/Paths.h"
 #include "plugins/StateText.h"
 #include "plugins/TextHash.h"
 #include "plugins/vst3/Vst3Editor.h"
@@ -15,7 +16,7 @@ using namespace vst3;
 
 namespace {
 
-constexpr const char* stateFormat = "VST 3";
+constexpr const char *stateFormat = "VST 3", *presetKey = "preset";
 
 /// Of 16-bit units; what is not plain is a question mark.
 CStr textOf(const Text& text) {
@@ -68,7 +69,8 @@ bool Vst3Plugin::start(const PluginFile& file, CStr& why) {
     name = kind->name;
     maker = kind->vendor;
     instrument = kind->instrument;
-    id = hashOf(kind->key.asChar());
+    key = kind->key;
+    id = hashOf(key.asChar());
     component = library.make<Component>(kind->id);
     if (!component || component->initialize(&application) != ok) return false;
     processor = ask<Processor>(component);
@@ -86,6 +88,8 @@ bool Vst3Plugin::start(const PluginFile& file, CStr& why) {
     readParams();
     readControls();
     drawn = Vst3Editor::works(*controller);
+    presets = vst3Presets(maker, name);
+    if (!presets.empty()) usual = presentState();
     return pinsFit(inputs(), outputs(), why);
 }
 
@@ -253,28 +257,20 @@ void Vst3Plugin::showController() {
 
 // State.
 
-Plugin::Bytes Vst3Plugin::chunk(bool) {
-    StateText text;
-    keepValues(text, false);
+Vst3PresetState Vst3Plugin::presentState() {
     Vst3Stream played, known;
     guarded([&] {
         component->getState(&played);
         if (ownController) controller->getState(&known);
     });
-    text.program = int(played.bytes.size()); // where the part of the controller begins
-    text.own.assign(played.bytes.begin(), played.bytes.end());
-    text.own.append(known.bytes.begin(), known.bytes.end());
-    const std::string made = text.write(stateFormat);
-    return {made.begin(), made.end()};
+    return {std::move(played.bytes), std::move(known.bytes)};
 }
 
 /// While no block is in it.
-bool Vst3Plugin::setChunk(const Bytes& data, bool) {
-    const auto text = StateText::read({data.begin(), data.end()}, stateFormat);
-    if (!text || text->program < 0 || size_t(text->program) > text->own.size()) return false;
+bool Vst3Plugin::giveState(const Vst3PresetState& state) {
     Vst3Stream played, known;
-    played.bytes.assign(text->own.begin(), text->own.begin() + text->program);
-    known.bytes.assign(text->own.begin() + text->program, text->own.end());
+    played.bytes = state.played;
+    known.bytes = state.known;
     bool good = false;
     guarded([&] {
         values.forgetWaiting();
@@ -284,9 +280,48 @@ bool Vst3Plugin::setChunk(const Bytes& data, bool) {
         if (ownController && !known.bytes.empty()) controller->setState(&known);
         readValues();
     });
-    setKept(*text);
     showsOld = true;
     tellsAll = true;
+    return good;
+}
+
+CStr Vst3Plugin::programName(int index) {
+    if (index == 0) return "Default";
+    if (index < 0 || index >= numPrograms()) return "";
+    return changeFileExt(extractFileName(presets[size_t(index) - 1]), "");
+}
+
+/// While no block is in it. A file that is none leaves it as it is.
+void Vst3Plugin::setProgram(int index) {
+    if (index < 0 || index >= numPrograms()) return;
+    const auto state =
+        index == 0 ? std::optional(usual) : readVst3Preset(presets[size_t(index) - 1], key);
+    if (state && giveState(*state)) current = index;
+}
+
+Plugin::Bytes Vst3Plugin::chunk(bool) {
+    StateText text;
+    keepValues(text, false);
+    if (current > 0) text.values.emplace_back(presetKey, double(current));
+    const Vst3PresetState state = presentState();
+    text.program = int(state.played.size()); // where the part of the controller begins
+    text.own.assign(state.played.begin(), state.played.end());
+    text.own.append(state.known.begin(), state.known.end());
+    const std::string made = text.write(stateFormat);
+    return {made.begin(), made.end()};
+}
+
+/// While no block is in it.
+bool Vst3Plugin::setChunk(const Bytes& data, bool) {
+    const auto text = StateText::read({data.begin(), data.end()}, stateFormat);
+    if (!text || text->program < 0 || size_t(text->program) > text->own.size()) return false;
+    const auto split = text->own.begin() + text->program;
+    const bool good = giveState({{text->own.begin(), split}, {split, text->own.end()}});
+    setKept(*text);
+    current = 0;
+    for (const auto& [kept, value] : text->values)
+        if (kept == presetKey && value >= 0.0 && value <= double(presets.size()))
+            current = int(value);
     return good;
 }
 

@@ -2,6 +2,7 @@
 
 #include "plugins/PortPlugin.h"
 #include "plugins/vst3/Vst3Lists.h"
+#include "plugins/vst3/Vst3Presets.h"
 
 #include <array>
 #include <memory>
@@ -11,7 +12,8 @@ class Vst3Editor;
 class Vst3Library;
 
 /// A VST 3 plug-in: its component, which plays, and its controller, which knows the parameters. Its
-/// state is that of both. It has no programs.
+/// state is that of both. Its programs are the state that it begins with and its preset files; none
+/// where there is no file.
 class Vst3Plugin final : public PortPlugin, private Vst3Owned<vst3::ComponentHandler> {
 public:
     /// Null, with `why`, where that fails. `host` outlives it.
@@ -26,6 +28,10 @@ public:
     bool sendsMidi() override { return eventsOut; }
     CStr paramText(int index) override;
     void setParam(int index, float share) override;
+    int numPrograms() const override { return presets.empty() ? 0 : 1 + int(presets.size()); }
+    int program() override { return current; }
+    void setProgram(int index) override;
+    CStr programName(int index) override;
     Bytes chunk(bool whole) override;
     bool setChunk(const Bytes& data, bool whole) override;
     bool process(float** in, float** out, int frames) override;
@@ -55,6 +61,8 @@ private:
     void deactivate() override;
     bool makeController(const Vst3Library& library, const vst3::Uid& own);
     void joinHalves(bool on);
+    Vst3PresetState presentState();
+    bool giveState(const Vst3PresetState& state);
     void readParams();
     void readValues();
     void readControls();
@@ -71,7 +79,10 @@ private:
     vst3::Processor* processor = nullptr;
     vst3::Controller* controller = nullptr;
     bool ownController = false; ///< it is an object of its own
-    CStr name, maker;
+    CStr name, maker, key;
+    Vst3PresetState usual;     ///< that it begins with
+    std::vector<CStr> presets; ///< files
+    int current = 0;           ///< program
     bool instrument = false, eventsOut = false, hearsEvents = false;
     std::vector<double> shown; ///< what the controller shows
     Shared<bool> showsOld{false};
