@@ -9,40 +9,31 @@
 /// nothing of it, and the project can be saved.
 TEST(HostilePlugin, StripsPlayOn) {
     struct Case {
-        const char* kind;
+        std::string kind;
         float left, right; ///< of the last frame, for 0.5 and 0.25
         bool faulty;
     };
-    const Case cases[] = {{"throws-open", 0.5f, 0.25f, false},
-                          {"throws-set", 0.5f, 0.25f, false},
-                          {"throws-get", 0.5f, 0.25f, false},
-                          {"throws-idle", 0.5f, 0.25f, false},
-                          {"throws-process", 0.5f, 0.25f, true},
-                          {"nan", 0.0f, 0.25f, true},
-                          {"infinite", 0.5f, 0.0f, true},
-                          {"overruns", 0.5f, 0.5f, false},
-                          {"rounding", 0.5f, 0.25f, false},
-                          {"long-texts", 0.5f, 0.25f, false},
-                          {"throws-chunk", 0.5f, 0.25f, false},
-                          {"echoes", 0.5f, 0.25f, false},
-                          {"throws-process.lv2", 0.5f, 0.25f, true},
-                          {"throws-process.clap", 0.5f, 0.25f, true},
-                          {"throws-process.vst3", 0.5f, 0.25f, true},
-                          {"nan.lv2", 0.0f, 0.0f, true},
-                          {"nan.clap", 0.0f, 0.0f, true},
-                          {"nan.vst3", 0.0f, 0.0f, true},
-                          {"overruns.lv2", 0.5f, 0.5f, false},
-                          {"overruns.clap", 0.5f, 0.5f, false},
-                          {"overruns.vst3", 0.5f, 0.5f, false},
-                          {"long-texts.lv2", 0.5f, 0.25f, false},
-                          {"long-texts.clap", 0.5f, 0.25f, false},
-                          {"long-texts.vst3", 0.5f, 0.25f, false}};
-    for (size_t i = 0; i < 2 * std::size(cases); i++) {
+    std::vector<Case> cases = {
+        {"throws-open", 0.5f, 0.25f, false},   {"throws-set", 0.5f, 0.25f, false},
+        {"throws-get", 0.5f, 0.25f, false},    {"throws-idle", 0.5f, 0.25f, false},
+        {"throws-process", 0.5f, 0.25f, true}, {"nan", 0.0f, 0.25f, true},
+        {"infinite", 0.5f, 0.0f, true},        {"overruns", 0.5f, 0.5f, false},
+        {"rounding", 0.5f, 0.25f, false},      {"long-texts", 0.5f, 0.25f, false},
+        {"throws-chunk", 0.5f, 0.25f, false},  {"echoes", 0.5f, 0.25f, false}};
+    const Case ofOthers[] = {
+        {"throws-process", 0.5f, 0.25f, true}, {"nan", 0.0f, 0.0f, true},
+        {"infinite", 0.0f, 0.0f, true},        {"overruns", 0.5f, 0.5f, false},
+        {"rounding", 0.5f, 0.25f, false},      {"long-texts", 0.5f, 0.25f, false},
+        {"throws-text", 0.5f, 0.25f, false},   {"throws-state", 0.5f, 0.25f, false}};
+    for (const std::string format : {".lv2", ".clap", ".vst3"})
+        for (const Case& c : ofOthers)
+            cases.push_back({c.kind + format, c.left, c.right, c.faulty});
+    for (size_t i = 0; i < 2 * cases.size(); i++) {
         const Case& c = cases[i / 2];
-        SCOPED_TRACE(std::string(c.kind) + (i % 2 ? ", isolated" : ""));
+        SCOPED_TRACE(c.kind + (i % 2 ? ", isolated" : ""));
         RemoteFixture f;
         f.isolates = i % 2 == 1;
-        CVST* plug = f.insert(std::string("bad-") + c.kind);
+        CVST* plug = f.insert("bad-" + c.kind);
         ASSERT_NE(plug, nullptr);
         f.signal->right = [](long) { return 0.25f; };
         f.signal->left = [](long) { return 0.5f; };

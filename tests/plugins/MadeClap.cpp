@@ -89,17 +89,12 @@ int32_t process(const Plugin* plugin, const Process* block) {
     checkThread(m, true);
     takeEvents(m, block->inEvents);
     tellClick(m, block->outEvents);
-    if (m.values[2] >= 0.5) {
-        if (bad("crashes-process")) crash();
-        while (bad("hangs-process")) sleep(1);
-    }
-    if (bad("throws-process")) fail();
+    misbehave(m.values[2] >= 0.5);
     for (uint32_t side = 0; side < 2; side++) {
         float* out = block->outputs[0].data32[side];
         const float* in = block->inputs[0].data32[side];
         for (uint32_t i = 0; i < block->frames; i++) out[i] = in[i] * float(m.values[0]) + m.level;
-        if (bad("nan")) out[block->frames / 2] = NAN;
-        if (bad("overruns")) std::fill_n(out, 2 * block->frames, 0.5f);
+        spoil(out, block->frames);
     }
     return processContinue;
 }
@@ -142,6 +137,7 @@ const PluginParams params = {[](const Plugin*) -> uint32_t { return 3; },
                              },
                              [](const Plugin*, Id, double value, char* text, uint32_t room) {
                                  while (bad("hangs-text")) sleep(1);
+                                 if (bad("throws-text")) fail();
                                  if (bad("long-texts"))
                                      std::memset(text, 'x', 1024);
                                  else
@@ -159,6 +155,7 @@ const PluginState state = {
         Made& m = of(plugin);
         checkThread(m, false);
         if (bad("crashes-state")) crash();
+        if (bad("throws-state")) fail();
         return to->write(to, m.values, sizeof m.values) == int64_t(sizeof m.values);
     },
     [](const Plugin* plugin, const InStream* from) {

@@ -83,19 +83,14 @@ void takeNotes(Made& m) {
 
 void run(LV2_Handle of, uint32_t frames) {
     Made& m = *static_cast<Made*>(of);
-    if (m.triggered()) {
-        if (bad("crashes-process")) crash();
-        while (bad("hangs-process")) sleep(1);
-    }
-    if (bad("throws-process")) fail();
+    misbehave(m.triggered());
     takeNotes(m);
     for (int side = 0; side < 2; side++) {
         const auto* in = static_cast<const float*>(m.ports[side]);
         auto* out = static_cast<float*>(m.ports[2 + side]);
         for (uint32_t i = 0; i < frames; i++)
             out[i] = in[i] * m.control(4) + m.level + float(m.count) * 0.001f;
-        if (bad("nan")) out[frames / 2] = NAN;
-        if (bad("overruns")) std::fill_n(out, 2 * frames, 0.5f);
+        spoil(out, frames);
     }
     *static_cast<float*>(m.ports[7]) = bad("nan") ? NAN : m.control(5);
 }
@@ -114,6 +109,7 @@ LV2_State_Status save(LV2_Handle of, LV2_State_Store_Function store, LV2_State_H
                       const LV2_Feature* const*) {
     const Made& m = *static_cast<Made*>(of);
     if (bad("crashes-state")) crash();
+    if (bad("throws-state")) fail();
     return store(to, m.countKey, &m.count, sizeof m.count, m.number,
                  LV2_STATE_IS_POD | LV2_STATE_IS_PORTABLE);
 }

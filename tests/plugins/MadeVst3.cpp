@@ -135,6 +135,7 @@ public:
     }
     Result getState(Stream* to) override {
         if (bad("crashes-state") && started) crash();
+        if (bad("throws-state") && started) fail();
         return to->write(values, sizeof values, nullptr);
     }
 
@@ -164,6 +165,7 @@ public:
     }
     Result paramText(ParamId id, double share, int16_t* text) override {
         while (bad("hangs-text")) sleep(1);
+        if (bad("throws-text")) fail();
         if (bad("long-texts")) {
             std::fill_n(text, 1024, int16_t('x'));
             return ok;
@@ -207,11 +209,7 @@ void Made::take(ParamChanges* changes) {
 
 Result Made::process(Process* block) {
     take(block->inParams);
-    if (values[2] >= 0.5) {
-        if (bad("crashes-process")) crash();
-        while (bad("hangs-process")) sleep(1);
-    }
-    if (bad("throws-process")) fail();
+    misbehave(values[2] >= 0.5);
     Event event{};
     for (int32_t i = 0; block->inEvents->get(i, &event) == ok; i++)
         level = event.type == noteOn ? event.on.velocity : 0.0f;
@@ -219,8 +217,7 @@ Result Made::process(Process* block) {
         float* out = block->outputs[0].buffers[side];
         for (int32_t i = 0; i < block->frames; i++)
             out[i] = block->inputs[0].buffers[side][i] * float(values[0] * 2.0) + level;
-        if (bad("nan")) out[block->frames / 2] = NAN;
-        if (bad("overruns")) std::fill_n(out, 2 * block->frames, 0.5f);
+        spoil(out, size_t(block->frames));
     }
     return ok;
 }

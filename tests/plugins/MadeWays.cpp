@@ -1,9 +1,14 @@
 #include "plugins/MadeWays.h"
 
+#include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <stdexcept>
+#include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -27,6 +32,23 @@ const std::string& ownName() {
 
 bool bad(const char* way) {
     return ownName().starts_with("bad-") && ownName().compare(4, std::string::npos, way) == 0;
+}
+
+void misbehave(bool triggered) {
+    if (triggered) {
+        if (bad("crashes-process")) crash();
+        if (bad("aborts-process")) std::abort();
+        while (bad("hangs-process")) sleep(1);
+        if (bad("oversleeps")) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    if (bad("throws-process")) fail();
+    if (bad("rounding")) __builtin_ia32_ldmxcsr(__builtin_ia32_stmxcsr() | 0x6000u);
+}
+
+void spoil(float* played, size_t frames) {
+    if (bad("nan")) played[frames / 2] = NAN;
+    if (bad("infinite")) played[0] = INFINITY;
+    if (bad("overruns")) std::fill_n(played, 2 * frames, 0.5f);
 }
 
 void fail() {

@@ -81,11 +81,16 @@ TEST(RemotePlugin, IsAsInProcess) {
 /// Wherever its helper is killed: before a trip, while it is made, before it is answered, behind
 /// it. The others play on, what it was to play is passed on or silent at once, and it comes back
 /// with its state; by itself once, then when it is told to.
-TEST(RemotePlugin, ComesBackWithItsState) {
+class KilledFormat : public testing::TestWithParam<const char*> {};
+INSTANTIATE_TEST_SUITE_P(PluginFormats, KilledFormat,
+                         testing::Values("", ".lv2", ".clap", ".vst3"));
+
+TEST_P(KilledFormat, ComesBackWithItsState) {
     const char* wanted = std::getenv("SONDRAVA_KILLS");
-    const int kills = wanted ? std::atoi(wanted) : 12;
+    const int kills = wanted ? std::atoi(wanted) : 4;
     RemoteFixture f;
-    CVST *effect = f.insert("bad-oversleeps"), *synth = f.addPlug("synth");
+    CVST *effect = f.insert(std::string("bad-oversleeps") + GetParam()),
+         *synth = f.addPlug("synth");
     f.signal->left = f.signal->right = [](long) { return 0.5f; };
     SignalComp* other = f.addSignal();
     effect->setParam(0, 0.25f);

@@ -241,6 +241,42 @@ TEST_F(PluginWinTest, RestartsWhatHasFailed) {
     EXPECT_NE(seen("drawn")->editor, nullptr);
 }
 
+/// A plug-in that was not found is given way to by another format of it, which the user chooses by
+/// keys; as a step.
+TEST_F(PluginWinTest, OffersAnotherFormat) {
+    start();
+    PluginShelf& shelf = win->rooms->plugins;
+    shelf.scan.helper = shelf.processes->program = builtFile("bin/sondrava-plugins").c_str();
+    const std::string gone = file("gain.clap");
+    CMemoryStream stream;
+    newPlugin(host.get(), gone.c_str())->write(&stream);
+    std::filesystem::remove(gone);
+    shelf.scan.add({file("gain.lv2").c_str()});
+    ASSERT_TRUE(pumpUntil([&] { return !shelf.scan.busy(); }));
+    CVST* c = open("gain.lv2", false);
+    removeInsert(strip(), c);
+    auto lost = std::make_unique<CVST>(host.get());
+    lost->init();
+    const int bytes = int(stream.getPos());
+    stream.seek(0, seekStart);
+    lost->read(&stream, bytes);
+    c = static_cast<CVST*>(addInsert(strip(), std::move(lost), -1));
+    win->openEditor(c);
+    page = win->pages->editorOf(c);
+    ASSERT_TRUE(pumpUntil([this] { return page->mapped && find(page->clientGroup, "instead"); }));
+    page->setFocus(true);
+    page->setKeyCtrl(find(page->clientGroup, "instead"));
+    ASSERT_TRUE(pumpUntil([this] { return page->hasFocus(); }));
+    inMenu({"Down", "Return"});
+    key("Return");
+    ASSERT_TRUE(pumpUntil([&] { return c->opened(); }));
+    EXPECT_EQ(c->fileName, file("gain.lv2").c_str());
+    ASSERT_TRUE(pumpUntil([this] { return !find(page->clientGroup, "instead"); }));
+    host->undoClicked();
+    EXPECT_TRUE(pumpUntil([&] { return !c->opened() && find(page->clientGroup, "instead"); }));
+    EXPECT_EQ(c->fileName, gone.c_str());
+}
+
 /// From the menu of an insert, by keys alone; what is chosen comes first the next time.
 TEST_F(PluginWinTest, InsertsFromTheMenu) {
     start();
