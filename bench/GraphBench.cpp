@@ -6,6 +6,7 @@
 #include "engine/MidiBytes.h"
 #include "engine/plan/GraphPlan.h"
 #include "engine/plan/GraphWorkers.h"
+#include "engine/plan/PlanBuilder.h"
 #include "instruments/CSampler.h"
 #include "sequencer/song/CSeq.h"
 
@@ -81,6 +82,28 @@ void emptyGraph(benchmark::State& state) {
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(emptyGraph)->Arg(128)->Arg(1024);
+
+/// Says that it is late.
+class LateGroup : public CGroupCh {
+public:
+    using CGroupCh::CGroupCh;
+    int getDelay() override { return 1000; }
+};
+
+/// A plan of so many components that lead to the audio out, of which one is late.
+void planOfMany(benchmark::State& state) {
+    Bench bench(128);
+    const GraphHold hold(bench.host.get());
+    for (int i = 0; i < state.range(0); i++) {
+        CComp* comp =
+            bench.add(i ? new CGroupCh(bench.host.get()) : new LateGroup(bench.host.get()));
+        bench.out->addAudioCable(comp->output(), nullptr);
+    }
+    bench.host->plans->refresh();
+    for (auto _ : state)
+        PlanBuilder(bench.host.get(), PlanLists(), &bench.host->plans->current()).build();
+}
+BENCHMARK(planOfMany)->Arg(500)->Arg(2000)->Unit(benchmark::kMillisecond);
 
 /// The cost of an event on its way from its part to an instrument, against blocks without any.
 void songEvents(benchmark::State& state) {
