@@ -31,7 +31,7 @@ void BlockCycle::reset(int deviceRate) {
     framesRun = 0;
     lastBegunNs = 0;
     for (std::atomic<int64_t>* counter :
-         {&xruns, &blocks, &lateBlocks, &lostFrames, &worstNs, &heavyBlocks})
+         {&xruns, &blocks, &lateBlocks, &wokenLate, &lostFrames, &worstNs, &heavyBlocks})
         counter->store(0, relaxed);
 }
 
@@ -53,7 +53,8 @@ void BlockCycle::setCapture(WavCapture* wav) {
 void BlockCycle::statistics(AamStatistics& to) const {
     constexpr int64_t nsPerMicro = 1000;
     to = {blocks.load(relaxed),     lateBlocks.load(relaxed),           xruns.load(relaxed),
-          lostFrames.load(relaxed), worstNs.load(relaxed) / nsPerMicro, heavyBlocks.load(relaxed)};
+          lostFrames.load(relaxed), worstNs.load(relaxed) / nsPerMicro, heavyBlocks.load(relaxed),
+          wokenLate.load(relaxed)};
 }
 
 bool BlockCycle::take(AamEvent& event, int64_t& frame) {
@@ -167,6 +168,7 @@ void BlockCycle::measure(const DeviceBlock& block, int64_t begunNs) {
     const int64_t due = block.dueNs ? block.dueNs : begunNs + lasts;
     add(blocks, 1);
     if (ended > due) add(lateBlocks, 1);
+    if (ended > due && ended - block.lostNs <= due) add(wokenLate, 1);
     if (ended - begunNs > lasts / 2) add(heavyBlocks, 1);
     worstNs.store(std::max(worstNs.load(relaxed), ended - begunNs), relaxed);
 }

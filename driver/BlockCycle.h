@@ -19,7 +19,8 @@ struct DeviceBlock {
     float* const* ins;
     float* const* outs;
     int numIns, numOuts, frames;
-    int64_t dueNs; ///< when it should be ready; 0 means one block's length from now
+    int64_t dueNs;      ///< when it should be ready; 0 means one block's length from now
+    int64_t lostNs = 0; ///< of its time, before the system woke the device
 };
 
 /// What is done for each block whatever device it comes from: picks the enabled channels, gathers
@@ -85,5 +86,5 @@ private:
     std::atomic<AlsaMidi*> sequencer{nullptr};
     std::atomic<WavFeed*> feed{nullptr};
     std::atomic<WavCapture*> capture{nullptr};
-    std::atomic<int64_t> blocks{0}, lateBlocks{0}, lostFrames{0}, worstNs{0}, heavyBlocks{0};
+    std::atomic<int64_t> blocks{0}, lateBlocks{0}, wokenLate{0}, lostFrames{0}, worstNs{0}, heavyBlocks{0};
 };

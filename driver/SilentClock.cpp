@@ -2,7 +2,7 @@
 
 #include "driver/AudioThread.h"
 #include "driver/BlockCycle.h"
-#include "driver/Clock.h"
+#include "driver/ClockPace.h"
 
 #include <algorithm>
 #include <array>
@@ -10,8 +10,7 @@
 
 namespace {
 
-constexpr int numChannels = 2;    // each way
-constexpr int64_t blocksHeld = 3; // one that plays, two that are filled in time
+constexpr int numChannels = 2; // each way
 
 class SilentClockDevice final : public Device {
 public:
@@ -47,26 +46,18 @@ private:
     std::thread thread;
 };
 
-/// Behaves like a sound card that holds `blocksHeld` blocks: one that is computed a little late is
-/// made up for, and only counts as late when such a card would have run empty. After a longer gap,
-/// such as that of a suspended machine, the clock starts anew.
 void SilentClockDevice::tick() {
-    constexpr int64_t patienceNs = 200 * nsPerMs;
     askRealtime();
     std::array<float*, numChannels> ins{silence.data(), silence.data()};
     std::array<float*, numChannels> outs{played[0].data(), played[1].data()};
-    int64_t begunNs = nowNs();
-    int64_t framesDone = 0;
+    ClockPace pace(frames, rate, nowNs());
     while (!stopping.load(std::memory_order_relaxed)) {
-        sleepUntil(begunNs + framesToNs(framesDone, rate));
-        framesDone += frames;
-        const int64_t held = framesDone + (blocksHeld - 2) * frames;
-        const int64_t dueNs = begunNs + framesToNs(held, rate);
-        cycle.run({ins.data(), outs.data(), numChannels, numChannels, frames, dueNs});
-        if (nowNs() - dueNs < patienceNs) continue;
-        cycle.xruns.fetch_add(1, std::memory_order_relaxed);
-        begunNs = nowNs();
-        framesDone = 0;
+        const bool sleeps = nowNs() < pace.beginNs();
+        sleepUntil(pace.beginNs());
+        pace.begin(nowNs(), sleeps);
+        cycle.run(
+            {ins.data(), outs.data(), numChannels, numChannels, frames, pace.dueNs(), pace.lost()});
+        if (!pace.end(nowNs())) cycle.xruns.fetch_add(1, std::memory_order_relaxed);
     }
 }
 

@@ -130,4 +130,7 @@ struct AamStatistics {
     int64_t lostFrames;  ///< frames missing in the captured file since its writer fell behind
     int64_t worstMicros; ///< longest callback
     int64_t heavyBlocks; ///< callbacks that took longer than half of what their block lasts
+    /// Of `lateBlocks`, on the Silent clock: those that would have been in time had the system
+    /// woken it when it asked for that.
+    int64_t wokenLate;
 };

@@ -55,11 +55,12 @@ bool soak(const std::string& folder, int seconds) {
     run(soak.host, seconds);
     const AamStatistics s = askStatistics();
     soak.close();
-    std::printf("%lld blocks, %lld late, worst %lld us; frames missed: %lld behind jumps, "
+    std::printf("%lld blocks, %lld late, %lld of them woken late, worst %lld us; frames missed: "
+                "%lld behind jumps, "
                 "%lld elsewhere\n",
                 static_cast<long long>(s.blocks), static_cast<long long>(s.lateBlocks),
-                static_cast<long long>(s.worstMicros), static_cast<long long>(watch.missedAtJumps),
-                static_cast<long long>(watch.missed));
+                static_cast<long long>(s.wokenLate), static_cast<long long>(s.worstMicros),
+                static_cast<long long>(watch.missedAtJumps), static_cast<long long>(watch.missed));
     return watch.missed == 0;
 }
 
