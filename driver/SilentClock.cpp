@@ -63,7 +63,7 @@ void SilentClockDevice::tick() {
 
 /// Sleeps in short pieces, so that `stop` need not wait for a block of seconds.
 void SilentClockDevice::sleepUntil(int64_t ns) const {
-    constexpr int64_t pieceNs = 20 * nsPerMs;
+    constexpr int64_t pieceNs = 100 * nsPerMs;
     while (!stopping.load(std::memory_order_relaxed)) {
         const int64_t now = nowNs();
         if (now >= ns) return;
