@@ -3,6 +3,7 @@
 #include "SongFixture.h"
 #include "audiofiles/CSample.h"
 #include "base/TempFolder.h"
+#include "engine/CGroupCh.h"
 
 #include <cmath>
 #include <limits>
@@ -17,6 +18,7 @@ public:
     static constexpr float step = 0x1p-20f;
     int latency = 0;
     float level = 0.0f; ///< plays this instead, unless it is 0
+    int64_t next = 0;   ///< frame
 
     int getDelay() override { return latency; }
     void start() override { next = -latency; }
@@ -27,9 +29,6 @@ public:
             output()->bufR[i] = -v;
         }
     }
-
-private:
-    int64_t next = 0;
 };
 
 struct RenderFixture : SongFixture {
@@ -158,4 +157,31 @@ TEST(CRender, WritesTheRangeWithoutLatency) {
                 ASSERT_EQ(values[i], float(i / 2 + 1) * (i % 2 ? -Counter::step : Counter::step))
                     << latency << " at " << i;
         }
+}
+
+/// Of the graph only what leads to a channel that is written works; where a bus is part of that,
+/// all of it does, as anything may send to it.
+TEST(CRender, WorksOutOnlyWhatItWrites) {
+    RenderFixture f;
+    Counter* fed = f.device.add(new Counter(&f.host));
+    auto* group = f.device.add(new CGroupCh(&f.host));
+    f.device.connect(group);
+    f.device.connect(fed, group);
+    const auto expectPlayed = [&](COutputChannel* written, bool bySource, bool byFed) {
+        const auto heard = f.render({}, "a.wav", written);
+        EXPECT_EQ(f.source->next > 0, bySource);
+        EXPECT_EQ(fed->next > 0, byFed);
+        EXPECT_EQ(heard.at(2002), 1002 * Counter::step);
+    };
+    expectPlayed(f.source->output(), true, false);
+    expectPlayed(group->output(), false, true);
+    auto* bus = f.device.add(new CGroupCh(&f.host));
+    {
+        const GraphHold hold(&f.host);
+        f.host.comps.remove(bus);
+        f.host.sends.add(bus);
+    }
+    f.device.connect(bus, group);
+    expectPlayed(group->output(), true, true);
+    expectPlayed(f.source->output(), true, false);
 }

@@ -10,6 +10,7 @@
 #include "engine/plan/GraphWorkers.h"
 #include "engine/plan/PlanBuilder.h"
 #include "engine/plan/PlanLoop.h"
+#include "engine/plan/Upstream.h"
 
 #include <algorithm>
 #include <cassert>
@@ -133,7 +134,7 @@ void GraphPlan::beginLevel(int first, int frames) {
     if (!anyAhead || first >= int(late)) return;
     for (int i = first; i < endOfLevelAfter(first); ++i) {
         const PlanStep& step = steps[order[size_t(i)]];
-        if (!step.ahead) continue;
+        if (!step.ahead || step.leftOut) continue;
         step.node->comp->planned = step.node;
         step.ahead->beginAhead(frames);
         step.node->comp->planned = nullptr;
@@ -161,7 +162,32 @@ void GraphPlan::runLate(int frames) {
     for (size_t i = late; i < steps.size(); ++i) runStep(steps[i], frames);
 }
 
+bool GraphPlan::takesInBus(const Upstream& upstream) const {
+    return std::ranges::any_of(each<CComp>(host->sends),
+                               [&](const CComp* bus) { return upstream.has(bus); });
+}
+
+void GraphPlan::keepTo(const std::vector<COutputChannel*>& channels) {
+    std::vector<Upstream> kept;
+    for (const COutputChannel* ch : channels) {
+        kept.emplace_back(stripOwner(ch), listContents);
+        if (ch->comp->type != compAudioOut && !takesInBus(kept.back())) continue;
+        kept.clear();
+        break;
+    }
+    const auto needed = [&kept](const PlanStep& step) {
+        const CComp* c = step.node->comp;
+        const auto takesIn = [c](const Upstream& upstream) { return upstream.has(c); };
+        return kept.empty() || c->type == compSeq || std::ranges::any_of(kept, takesIn);
+    };
+    for (PlanStep& step : steps) {
+        const auto inner = stepsWithin(step);
+        step.leftOut = inner.empty() ? !needed(step) : std::ranges::none_of(inner, needed);
+    }
+}
+
 void GraphPlan::runStep(PlanStep& step, int frames) const {
+    if (step.leftOut) return;
     if (step.loop) return step.loop->run(*this, host, frames);
     if (step.node->ended) return;
     CComp* c = step.node->comp;

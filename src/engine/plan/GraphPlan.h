@@ -20,6 +20,7 @@ class CMIDICable;
 class CQV;
 class ForgetSet;
 class PlanLoop;
+class Upstream;
 
 /// What a strip is before its fader, for the side chains that it is the key of.
 struct KeyTap {
@@ -98,6 +99,7 @@ struct PlanStep {
     WorkTimes times{};
     std::shared_ptr<PlanLoop> loop{}; ///< all of its work, then
     AheadWork* ahead = nullptr;       ///< of `render`: begins before the steps of its level
+    bool leftOut = false;             ///< see `GraphPlan::keepTo`
 };
 
 /// How a block is worked out: a list of steps, each behind what it needs. Sums have the order of
@@ -117,6 +119,9 @@ public:
     /// What comes with this plan begins from silence, what breaks off from the last frame of a
     /// block of so many.
     void beginFades(int frames);
+    /// Works out from now on only what these channels are made of, and the song; all again for
+    /// none, and where one of them takes in a bus or is an audio out. May allocate.
+    void keepTo(const std::vector<COutputChannel*>& channels);
     /// Whether the lists are still those that it was made from.
     bool fresh() const;
     /// The same for one that was made ahead of a step, once that has been carried out.
@@ -155,6 +160,7 @@ private:
     void runByLevels(int frames);
     void runMeasured(int frames);
     void runStep(PlanStep& step, int frames) const;
+    bool takesInBus(const Upstream& upstream) const;
     /// Also of those in loops.
     template <class F>
     void eachStep(F&& visit);

@@ -28,6 +28,7 @@ public:
 
     bool hasStrip(const CComp* c) const { return strips.contains(c); }
     bool hasWork(const CComp* c) const { return works.contains(c); }
+    bool has(const CComp* c) const { return hasStrip(c) || hasWork(c); }
     const std::unordered_set<const CComp*>& allWorks() const { return works; }
 
 private:

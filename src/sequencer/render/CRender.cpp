@@ -84,6 +84,22 @@ private:
     int oldMode;
 };
 
+/// The host works out only what some channels are made of, for a while.
+class OnlyFor {
+public:
+    OnlyFor(CQV* master, const CList& channels) : host(master) {
+        std::vector<COutputChannel*> kept;
+        for (COutputChannel* ch : each<COutputChannel>(channels)) kept.push_back(ch);
+        host->plans->current().keepTo(kept);
+    }
+    ~OnlyFor() { host->plans->current().keepTo({}); }
+    OnlyFor(const OnlyFor&) = delete;
+    OnlyFor& operator=(const OnlyFor&) = delete;
+
+private:
+    CQV* host;
+};
+
 float finite(float v) {
     return std::isfinite(v) ? v : 0.0f;
 }
@@ -297,7 +313,8 @@ void CRender::process(double startTick, double lengthTicks, CList* captured, boo
     left.assign(size_t(qv->frames), 0.0f);
     right.assign(size_t(qv->frames), 0.0f);
     {
-        RenderState state(qv, rate, startTick);
+        const RenderState state(qv, rate, startTick);
+        const OnlyFor only(qv, *captured);
         for (COutputChannel* ch : each<COutputChannel>(*captured)) ch->holdL = ch->holdR = 0.0f;
         qv->start();
         run(startTick, lengthTicks, {captured, mix, follower});
