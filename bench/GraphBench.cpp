@@ -1,3 +1,4 @@
+#include "audiofiles/CSample.h"
 #include "effects/CEffect.h"
 #include "engine/CGroupCh.h"
 #include "engine/CQV.h"
@@ -8,9 +9,11 @@
 #include "engine/plan/GraphWorkers.h"
 #include "engine/plan/PlanBuilder.h"
 #include "instruments/CSampler.h"
+#include "sequencer/render/CRender.h"
 #include "sequencer/song/CSeq.h"
 
 #include <benchmark/benchmark.h>
+#include <filesystem>
 #include <memory>
 #include <vector>
 
@@ -142,7 +145,10 @@ BENCHMARK(songEvents)->Arg(0)->Arg(1);
 /// to buses of which one has a reverb. With so many threads that help.
 class BusySong : public Bench {
 public:
-    static constexpr int tracks = 64, notes = 4, buses = 2;
+    static constexpr int tracks = 64, notes = 4, buses = 2, ticksPerSecond = 1920;
+
+    COutputChannel* lastStrip = nullptr; ///< of its synthesizers
+    CSeq* seq = nullptr;
 
     explicit BusySong(int helpers) : Bench(256) {
         host->workers->setCount(helpers);
@@ -195,8 +201,8 @@ private:
             part->addEvent(n, event);
         }
         t->addPart(part, nullptr);
+        lastStrip = strip;
     }
-    CSeq* seq;
 };
 
 void busySong(benchmark::State& state) {
@@ -209,6 +215,31 @@ void busySong(benchmark::State& state) {
     state.counters["work us"] = double(bench.host->plans->current().work()) * 1e-3;
 }
 BENCHMARK(busySong)->Arg(0)->Arg(1)->UseRealTime();
+
+/// Eight seconds of it into a file: one track, or all.
+void writeFile(benchmark::State& state) {
+    BusySong bench(0);
+    bench.host->stop();
+    bench.block();
+    COutputChannel* written = state.range(0) ? bench.out->output() : bench.lastStrip;
+    CList outputs;
+    outputs.add(written);
+    const auto path = std::filesystem::temp_directory_path() / "graph_bench.wav";
+    for (auto _ : state) {
+        CSample file;
+        file.streamed = 1;
+        file.setFormat(rate, 16, 2);
+        file.create(path.c_str());
+        file.writeHeader();
+        CRender render(bench.host.get(), bench.seq);
+        render.tailMs = 0;
+        render.setTarget(written, &file);
+        render.process(0.0, 8 * BusySong::ticksPerSecond, &outputs, false, nullptr);
+    }
+    std::filesystem::remove(path);
+    state.SetLabel(state.range(0) ? "all" : "one track");
+}
+BENCHMARK(writeFile)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

@@ -59,27 +59,60 @@ int DelayLine::stretch(int done, int frames) {
     return n;
 }
 
+/// Calls `piece(frames of the ring, done, n)` for what lies there in a row, of so many from number
+/// `first` on.
+template <class Piece>
+void DelayLine::eachPiece(unsigned first, int frames, Piece&& piece) const {
+    for (int done = 0; done < frames;) {
+        const unsigned at = (first + unsigned(done)) & (size - 1);
+        const int n = std::min(frames - done, int(size - at));
+        piece(ring.get() + at, done, n);
+        done += n;
+    }
+}
+
+void DelayLine::store(const float* left, const float* right, int frames) const {
+    eachPiece(next, frames, [&](Frame* room, int done, int n) {
+        for (int i = 0; i < n; ++i) room[i] = {left[done + i], right[done + i]};
+    });
+}
+
+void DelayLine::load(unsigned first, float* left, float* right, int frames) const {
+    eachPiece(first, frames, [&](const Frame* from, int done, int n) {
+        for (int i = 0; i < n; ++i) {
+            left[done + i] = from[i].left;
+            right[done + i] = from[i].right;
+        }
+    });
+}
+
+/// From one tap to the other, the first of which may have nothing yet.
+void DelayLine::fade(unsigned first, bool silent, float* left, float* right, int frames) {
+    for (int i = 0; i < frames; ++i) {
+        const unsigned at = first + unsigned(i);
+        const Frame out = silent ? Frame{0.0f, 0.0f} : tap(at, now), other = tap(at, to);
+        const float share = float(fadeLeft--) / float(fadeLength);
+        left[i] = other.left + (out.left - other.left) * share;
+        right[i] = other.right + (out.right - other.right) * share;
+    }
+    if (fadeLeft == 0) now = to;
+}
+
 void DelayLine::process(const float* inL, const float* inR, float* outL, float* outR, int frames) {
     fresh = false;
     makeRoom(unsigned(std::max({now, to, wanted}) + frames));
-    for (int i = 0; i < frames; ++i) ring[(next + unsigned(i)) & (size - 1)] = {inL[i], inR[i]};
-    for (int done = 0; done < frames;) {
-        const int n = stretch(done, frames);
+    store(inL, inR, frames);
+    for (int done = 0, n = 0; done < frames; done += n) {
+        n = stretch(done, frames);
         const bool silent = filled + done < now;
-        for (int i = done; i < done + n; ++i) {
-            const unsigned at = next + unsigned(i);
-            Frame out = silent ? Frame{0.0f, 0.0f} : tap(at, now);
-            if (fadeLeft > 0) {
-                const Frame other = tap(at, to);
-                const float share = float(fadeLeft--) / float(fadeLength);
-                out.left = other.left + (out.left - other.left) * share;
-                out.right = other.right + (out.right - other.right) * share;
-                if (fadeLeft == 0) now = to;
-            }
-            outL[i] = out.left;
-            outR[i] = out.right;
+        const unsigned first = next + unsigned(done);
+        if (fadeLeft > 0) {
+            fade(first, silent, outL + done, outR + done, n);
+        } else if (silent) {
+            for (float* side : {outL, outR}) std::fill_n(side + done, n, 0.0f);
+        } else {
+            load(first - unsigned(now), outL + done, outR + done, n);
         }
-        done += n;
     }
     next += unsigned(frames);
     filled = std::min(filled + frames, int(size));

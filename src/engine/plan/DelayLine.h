@@ -39,6 +39,11 @@ private:
     void moveTo(unsigned room);
     Frame tap(unsigned at, int distance) const;
     int stretch(int done, int frames);
+    template <class Piece>
+    void eachPiece(unsigned first, int frames, Piece&& piece) const;
+    void store(const float* left, const float* right, int frames) const;
+    void load(unsigned first, float* left, float* right, int frames) const;
+    void fade(unsigned first, bool silent, float* left, float* right, int frames);
 
     const ZeroPages<Frame> ring = makeZeroPages<Frame>(capacity);
     unsigned size = 1; ///< of the ring that is in use, a power of two
