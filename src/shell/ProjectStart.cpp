@@ -40,10 +40,10 @@ void ProjectFlows::startWith(int kind, const CStr& path) {
 }
 
 void ProjectFlows::begin() {
-    const bool asked = mustBegin;
-    mustBegin = false;
     const auto wanted = std::exchange(wish, nullptr);
-    if (asked && recoverAny()) {
+    const bool recovers = mustBegin && recoverAny();
+    mustBegin = false; // until it was answered another project was coming
+    if (recovers) {
         if (wanted && !(wanted->path == qv->projectFile))
             requestProject(wanted->kind, wanted->path);
         return;

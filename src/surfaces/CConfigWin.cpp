@@ -14,13 +14,15 @@
 #include "gui/controls/CValue.h"
 #include "gui/dialogs/CFileWin.h"
 #include "surfaces/CCS.h"
+#include "surfaces/SurfacesRoom.h"
 #include "ui/Workspace.h"
 
 namespace {
 
 constexpr int winWide = 560, winHigh = 420, leastWide = 420, leastHigh = 280;
 constexpr int winStyle = winCaption | winSizable | winKeysToOwner | winCentre;
-constexpr int margin = 8, gap = 4, high = 20, barHeight = 36, footHigh = 28;
+constexpr int margin = 8, gap = 4, high = 20, barHeight = 36, footHigh = 52;
+constexpr int portWide = 64, mostPort = 65535;
 constexpr int fieldsWide = 240, labelWide = 80, outsWide = 160, highest = 127, mostParams = 9999;
 constexpr const char* surfaceExt = ".qcs";
 
@@ -58,10 +60,10 @@ void erase(std::vector<T>& list, int i) {
 
 } // namespace
 
-CConfigWin::CConfigWin(Workspace& space, CCS& edited)
+CConfigWin::CConfigWin(Workspace& space, SurfacesRoom& owner)
     : CWin(space.mainWindow()->app, space.mainWindow(), "Control surface", 0, 0, winWide, winHigh,
            winStyle),
-      workspace(space), surface(edited) {
+      workspace(space), room(owner), surface(owner.surface) {
     minWidth = leastWide;
     minHeight = leastHigh;
     addBar();
@@ -72,18 +74,53 @@ CConfigWin::CConfigWin(Workspace& space, CCS& edited)
     addFields();
     heard = new CLabel(this, "", 0, 0, 1, high);
     addControl(heard);
-    outs = new CDropdown(this, "feedback", 0, 0, outsWide, high);
-    outs->spokenName = "Feedback to";
-    outs->hint = "The MIDI output of the device: its lights and motors show the parameters";
-    outs->tabStop = true;
-    wire(outs->onChange, new _COnChange<CConfigWin>(this, &CConfigWin::outChanged));
-    outsLabel = new CLabel(this, "Feedback to", 0, 0, labelWide, high);
-    outsLabel->field = outs;
-    addControl(outsLabel);
-    addControl(outs);
+    addFoot();
     fillOuts();
     rebuild();
     CConfigWin::resized();
+}
+
+template <class T>
+CLabel* CConfigWin::footField(T* made, const char* text, const char* told,
+                              void (CConfigWin::*changed_)(CObject*)) {
+    made->spokenName = text;
+    made->hint = told;
+    made->tabStop = true;
+    wire(made->onChange, new _COnChange<CConfigWin>(this, changed_));
+    auto* label = new CLabel(this, text, 0, 0, labelWide, high);
+    label->field = made;
+    addControl(label);
+    addControl(made);
+    return label;
+}
+
+void CConfigWin::addFoot() {
+    outs = new CDropdown(this, "feedback", 0, 0, outsWide, high);
+    outsLabel =
+        footField(outs, "Feedback to",
+                  "The MIDI output of the device: its lights and motors show the parameters",
+                  &CConfigWin::outChanged);
+    oscPort = new CValue(this, "oscport", 0, 0, outsWide, high);
+    oscPort->max = mostPort;
+    oscPort->liveUpdate = false;
+    oscPort->resetValue = 0;
+    oscPort->showValue(iniReadInt("options", "oscport", 0));
+    oscPortLabel =
+        footField(oscPort, "OSC port", "Where Open Sound Control comes in by UDP; 0: nowhere",
+                  &CConfigWin::oscPortChanged);
+    oscTarget = new CEdit(this, "oscto", 0, 0, outsWide, high);
+    oscTarget->setText(iniReadString("options", "oscto", ""));
+    oscTargetLabel =
+        footField(oscTarget, "OSC to", "Where Open Sound Control goes, as 192.168.1.20:9000",
+                  &CConfigWin::oscTargetChanged);
+}
+
+void CConfigWin::oscPortChanged(CObject*) {
+    workspace.setStatus(room.setOscPort(oscPort->value));
+}
+
+void CConfigWin::oscTargetChanged(CObject*) {
+    workspace.setStatus(room.setOscTarget(oscTarget->text.trim()));
 }
 
 CButton* CConfigWin::addButton(const char* key, const char* text, const char* told, int wide,
@@ -156,6 +193,11 @@ void CConfigWin::resized() {
     outs->setBounds(w - margin - outsWide, foot, outsWide, high);
     outsLabel->setBounds(outs->left - labelWide, foot, labelWide, high);
     heard->setBounds(margin, foot, asMax(outsLabel->left - 2 * margin, 1), high);
+    const int last = foot + high + gap;
+    oscTarget->setBounds(outs->left, last, outsWide, high);
+    oscTargetLabel->setBounds(outsLabel->left, last, labelWide, high);
+    oscPortLabel->setBounds(margin, last, labelWide, high);
+    oscPort->setBounds(margin + labelWide, last, portWide, high);
     const int y = barHeight + high + margin;
     addTo->setBounds(left0, barHeight, addTo->width, high);
     del->setBounds(left0 + addTo->width + gap, barHeight, del->width, high);

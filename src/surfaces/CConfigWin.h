@@ -11,6 +11,7 @@ class CEdit;
 class CLabel;
 class CTree;
 class CTreeNode;
+class SurfacesRoom;
 class CValue;
 class Workspace;
 struct CControlMap;
@@ -23,7 +24,7 @@ struct CControlSectionPage;
 /// thing in it. Interface thread.
 class CConfigWin : public CWin {
 public:
-    CConfigWin(Workspace& workspace, CCS& surface);
+    CConfigWin(Workspace& workspace, SurfacesRoom& room);
 
     void idle();    ///< interface tick, while it shows
     void rebuild(); ///< the tree anew: the definition is another
@@ -73,7 +74,15 @@ private:
     void fillOuts();
     void outChanged(CObject* sender);
 
+    void addFoot();
+    template <class T>
+    CLabel* footField(T* made, const char* label, const char* told,
+                      void (CConfigWin::*changed)(CObject*));
+    void oscPortChanged(CObject* sender);
+    void oscTargetChanged(CObject* sender);
+
     Workspace& workspace;
+    SurfacesRoom& room;
     CCS& surface;
     CTree* tree = nullptr;
     CLabel *file = nullptr, *heard = nullptr;
@@ -81,7 +90,9 @@ private:
     CEdit *name = nullptr, *sysex = nullptr;
     CValue *cc = nullptr, *param = nullptr;
     CDropdown *mode = nullptr, *leads = nullptr, *outs = nullptr;
-    CLabel* outsLabel = nullptr;
+    CValue* oscPort = nullptr;
+    CEdit* oscTarget = nullptr;
+    CLabel *outsLabel = nullptr, *oscPortLabel = nullptr, *oscTargetLabel = nullptr;
     std::vector<CCtrl*> fields;  ///< all of these that show what is chosen
     std::vector<CLabel*> labels; ///< of each of them
     int nextLeft = 0;

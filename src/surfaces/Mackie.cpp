@@ -1,22 +1,19 @@
 #include "surfaces/Mackie.h"
 
 #include "base/Numbers.h"
-#include "engine/CGroupCh.h"
 #include "engine/COutputChannel.h"
 #include "engine/CQV.h"
-#include "engine/CompTypes.h"
 #include "engine/MidiBytes.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/SongValues.h"
-#include "sequencer/song/TrackRouting.h"
 #include "sequencer/song/TrackValues.h"
+#include "surfaces/SurfaceStrips.h"
 #include "ui/Song.h"
 
 #include <algorithm>
 #include <cmath>
-#include <set>
 
 namespace {
 
@@ -77,39 +74,16 @@ void Mackie::forgetShown() {
 
 // Strips.
 
-std::vector<Mackie::Strip> Mackie::listStrips() const {
-    std::vector<Strip> list;
-    std::set<const COutputChannel*> known;
-    const auto add = [&](COutputChannel* channel, CTrack* track, const CStr& name) {
-        if (channel && known.insert(channel).second)
-            list.push_back({channel, track, name.asChar()});
-    };
-    if (CSeq* seq = songOf(host); seq && seq->getProg()) {
-        for (auto* songTrack : seq->getProg()->tracks) {
-            CTrack* track = songTrack->track;
-            CComp* plays = track->kind == trackMIDI ? trackTarget(seq, track) : nullptr;
-            add(plays ? plays->output() : track->output(), track, track->id);
-        }
-    }
-    for (auto* comp : host->comps)
-        if (comp->type == compGroupCh) add(comp->output(), nullptr, comp->id);
-    for (auto* bus : host->sends) add(bus->output(), nullptr, bus->id);
-    return list;
-}
-
-Mackie::Strip Mackie::stripAt(int place) const {
-    if (place == master) {
-        CComp* out = host->getAudioOut();
-        return {out ? out->output() : nullptr, nullptr, "Main"};
-    }
-    const std::vector<Strip> list = listStrips();
+SurfaceStrip Mackie::stripAt(int place) const {
+    if (place == master) return mainStrip(host);
+    const std::vector<SurfaceStrip> list = surfaceStrips(host);
     const size_t at = size_t(first + place);
-    return at < list.size() ? list[at] : Strip();
+    return at < list.size() ? list[at] : SurfaceStrip();
 }
 
 /// The last bank is full, where there are as many strips.
 void Mackie::turnBank(int by) {
-    first = asMinMax(first + by, 0, asMax(int(listStrips().size()) - strips, 0));
+    first = asMinMax(first + by, 0, asMax(int(surfaceStrips(host).size()) - strips, 0));
 }
 
 // What comes in.
@@ -153,7 +127,7 @@ void Mackie::moveFader(int place, int value) {
     if (place >= faders) return;
     movedAt[size_t(place)] = asTimeInMS();
     faderAt[size_t(place)] = value;
-    const Strip strip = stripAt(place);
+    const SurfaceStrip strip = stripAt(place);
     if (!strip.channel) return;
     const float share = float(value) / float(mostFader);
     if (touched[size_t(place)] && host->values->dragging())
@@ -200,7 +174,7 @@ void Mackie::press(int note) {
 }
 
 void Mackie::pressStrip(int row, int place) {
-    const Strip strip = stripAt(place);
+    const SurfaceStrip strip = stripAt(place);
     if (!strip.channel) return;
     switch (row) {
     case noteArm:
@@ -211,21 +185,12 @@ void Mackie::pressStrip(int row, int place) {
     case noteMute:
         return strip.channel->toggleMute();
     case noteSelect:
-        return select(strip.track);
+        return selectTrackAlone(host, strip.track);
     case noteKnob:
         return host->values->set(panOf(strip.channel), 0.0);
     default:
         return;
     }
-}
-
-void Mackie::select(CTrack* track) const {
-    CSeq* seq = playableSongOf(host);
-    CSongTrack* songTrack = seq && track ? seq->getProg()->songTrackOf(track) : nullptr;
-    if (!songTrack) return;
-    seq->selection.unselectTracks();
-    seq->selection.selectTrack(songTrack, true);
-    seq->raiseSong(SeqNotice::tracks);
 }
 
 // What goes out.
@@ -262,7 +227,7 @@ void Mackie::showMeter(int place, const COutputChannel* channel) {
 }
 
 void Mackie::showStrip(int place) {
-    const Strip strip = stripAt(place);
+    const SurfaceStrip strip = stripAt(place);
     const COutputChannel* channel = strip.channel;
     const bool held = touched[size_t(place)] || asTimeInMS() - movedAt[size_t(place)] < restMs;
     const int fader = channel ? asRound(double(channel->vol) * mostFader) : 0;

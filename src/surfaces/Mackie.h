@@ -1,5 +1,7 @@
 #pragma once
 
+#include "surfaces/SurfaceStrips.h"
+
 #include <array>
 #include <functional>
 #include <string>
@@ -7,7 +9,6 @@
 
 class COutputChannel;
 class CQV;
-class CTrack;
 
 /// A control surface that speaks the Mackie protocol: eight strips with motor fader, turning knob,
 /// buttons, meter and two lines of text, a ninth fader for the main out, and the transport. Its
@@ -31,23 +32,16 @@ public:
     int bank() const { return first; }
 
 private:
-    struct Strip {
-        COutputChannel* channel = nullptr; ///< null: none at this place
-        CTrack* track = nullptr;           ///< that it belongs to; null for groups and sends
-        std::string name;
-    };
     static constexpr int faders = strips + 1, master = strips;
     static constexpr int lines = 2, cell = 7, lineLength = strips * cell;
 
-    std::vector<Strip> listStrips() const;
-    Strip stripAt(int place) const;
+    SurfaceStrip stripAt(int place) const;
     void turnBank(int by);
     void moveFader(int place, int value);
     void touch(int place, bool on);
     void turnKnob(int place, int steps);
     void press(int note);
     void pressStrip(int row, int place);
-    void select(CTrack* track) const;
     void showStrip(int place);
     void showText(int line, int place, const std::string& text);
     void showMeter(int place, const COutputChannel* channel);

@@ -1,10 +1,12 @@
 #include "surfaces/SurfacesRoom.h"
 
 #include "base/CIniFile.h"
+#include "base/Numbers.h"
 #include "base/Paths.h"
 #include "engine/CAAM.h"
 #include "engine/CQV.h"
 #include "engine/DeviceMidi.h"
+#include "gui/CApp.h"
 #include "surfaces/CConfigWin.h"
 #include "surfaces/CMIDIMapWin.h"
 #include "surfaces/Mackie.h"
@@ -15,12 +17,18 @@
 
 namespace {
 
-constexpr const char *section = "options", *surfaceKey = "surface";
+constexpr const char *section = "options", *surfaceKey = "surface", *oscPortKey = "oscport",
+                     *oscTargetKey = "oscto";
 
 } // namespace
 
 SurfacesRoom::SurfacesRoom(Workspace& space, EditorTable& editors, std::function<CComp*()> front)
-    : surface(space.host()), workspace(space) {
+    : surface(space.host()), workspace(space),
+      osc(space.host(), {front, [&space](const std::string& name) {
+                             const bool busy = space.pumping || space.mainWindow()->app->modalWin;
+                             CAction* action = space.commands().getAction(name.c_str());
+                             if (action && !busy && space.canRun(action)) space.runAction(action);
+                         }}) {
     CQV* host = space.host();
     editors.enter(*host, [host](Workspace& around, CComp&) {
         return std::make_unique<CMIDIMapWin>(around, *host);
@@ -34,6 +42,7 @@ SurfacesRoom::SurfacesRoom(Workspace& space, EditorTable& editors, std::function
     surface.stepTrack = [host](int by) { stepSelectedTrack(host, by); };
     surface.open(iniReadString(section, surfaceKey, ""));
     feedbackName = iniReadString(section, "surfaceout", "");
+    openOsc();
 }
 
 SurfacesRoom::~SurfacesRoom() = default;
@@ -47,7 +56,7 @@ bool SurfacesRoom::openFile(const CStr& path) {
 
 void SurfacesRoom::showConfig() {
     if (window && window->visible) return window->hide();
-    if (!window) window = std::make_unique<CConfigWin>(workspace, surface);
+    if (!window) window = std::make_unique<CConfigWin>(workspace, *this);
     window->rebuild();
     window->show(true);
 }
@@ -64,6 +73,7 @@ void SurfacesRoom::idle() {
     if (!feedbackName.empty()) findFeedback();
     surface.idle();
     serveControl();
+    serveOsc();
     if (window && window->visible) window->idle();
 }
 
@@ -84,6 +94,33 @@ void SurfacesRoom::serveControl() {
             });
     for (AamEvent event{}; midi.control.pop(event);) control->receive(event.data);
     control->idle();
+}
+
+// Open Sound Control.
+
+void SurfacesRoom::openOsc() {
+    oscPort.listen(iniReadInt(section, oscPortKey, 0));
+    oscPort.sendTo(iniReadString(section, oscTargetKey, ""));
+}
+
+CStr SurfacesRoom::setOscPort(int port) {
+    CIniFile(inifile).writeInteger(section, oscPortKey, port);
+    return oscPort.listen(port) ? CStr() : "Port " + asStr(port) + " is taken by another program";
+}
+
+CStr SurfacesRoom::setOscTarget(const CStr& address) {
+    CIniFile(inifile).writeString(section, oscTargetKey, address);
+    osc.forgetTold();
+    return oscPort.sendTo(address) ? CStr() : CStr("An address is written as 192.168.1.20:9000");
+}
+
+void SurfacesRoom::serveOsc() {
+    oscPort.serve([this](const std::string& path, const std::vector<double>& numbers) {
+        osc.receive(path, numbers);
+    });
+    if (oscPort.sends())
+        osc.idle(
+            [this](const std::string& path, const OscValue& value) { oscPort.send(path, value); });
 }
 
 /// What is in no file yet is kept beside the settings.

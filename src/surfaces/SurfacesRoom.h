@@ -1,6 +1,7 @@
 #pragma once
 
 #include "surfaces/CCS.h"
+#include "surfaces/OscPort.h"
 
 #include <functional>
 #include <memory>
@@ -29,13 +30,22 @@ public:
     void idle(); ///< interface tick
     void writeSettings();
 
+    /// The port that Open Sound Control comes to, 0 for none, and the address that it goes to; both
+    /// are kept. A line for the user when that could not be done, else empty.
+    CStr setOscPort(int port);
+    CStr setOscTarget(const CStr& address);
+
 private:
+    void openOsc();
+    void serveOsc();
     void showConfig();
     void findFeedback();
 
     Workspace& workspace;
     CStr feedbackName; ///< of the output to be found; empty when it has been, or there is none
     void serveControl();
+    Osc osc;
+    OscPort oscPort;
     std::unique_ptr<Mackie> control;    ///< while a port is chosen for it
     std::unique_ptr<CConfigWin> window; ///< null until it shows first
 };

@@ -240,8 +240,11 @@ TEST_F(ProjectFlowsTest, OffersWhatACrashLeft) {
     // Declined: the copy is set aside and not offered again.
     std::filesystem::copy_file(copy, at("kept"));
     keysInDialog("Sondrava", {"n"});
+    calledWith = {midi("call.mid").c_str()}; // which waits for the answer
     start("2");
     ASSERT_TRUE(pumpUntil([&] { return tracks() == 1; }));
+    EXPECT_TRUE(host->projectFile.empty());
+    calledWith.clear();
     EXPECT_FALSE(fileExists(copy.c_str()));
     EXPECT_EQ(content(copy + "~"), content(at("kept")));
     stop();
