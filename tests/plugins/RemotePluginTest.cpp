@@ -218,6 +218,26 @@ TEST(RemotePlugin, AnswersWhatEndsIt) {
     EXPECT_FALSE(rtViolations());
 }
 
+/// The part of a block that it works is its own wherever it runs, and its crashes are counted.
+TEST(RemotePlugin, TellsWhatItCosts) {
+    for (const bool isolated : {false, true}) {
+        RemoteFixture f;
+        f.isolates = isolated;
+        CVST *slow = f.addPlug("bad-oversleeps"), *idle = f.addPlug("synth");
+        slow->setParam(2, 1.0f); // a trip takes its time
+        idle->enable(0);
+        constexpr int blocks = 6;
+        for (int i = 0; i <= blocks; i++) f.block();
+        const double each = 20e-3 * 44100 / 256, taken = 256 / (0.5 * 44100);
+        EXPECT_GE(double(slow->workShare), 0.99 * each * (1 - std::pow(1 - taken, blocks)));
+        EXPECT_EQ(idle->workShare, 0.0f);
+        if (!isolated) continue;
+        f.killHelper(slow);
+        ASSERT_TRUE(f.until([&] { return slow->loaded()->crashes() == 1; }));
+        EXPECT_GE(pluginHealth(slow).pos(", 1 crash"), 0);
+    }
+}
+
 /// Ten hours of play, or a word of the user, and it runs in the program; a crash, or another file
 /// in its place, and they count from the beginning.
 TEST(RemotePlugin, IsTrustedInTime) {
