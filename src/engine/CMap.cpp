@@ -4,6 +4,7 @@
 #include "engine/CComp.h"
 #include "engine/ControlSource.h"
 #include "engine/MidiBytes.h"
+#include "engine/ObjectKinds.h"
 #include "engine/StoredValue.h"
 
 #include <cmath>
@@ -111,14 +112,11 @@ CMIDIQ* queueOfChannel(COutputChannel* ch) {
 } // namespace
 
 CMIDIQ* queueOfTarget(CObject* target) {
-    if (!target) return nullptr;
-    if (target->category == categoryComp) {
-        auto* c = static_cast<CComp*>(target);
+    if (CComp* c = asComp(target)) {
         if (c->listKind == listInsert && c->ownerChannel) return queueOfChannel(c->ownerChannel);
         return c->inPort();
     }
-    if (target->asType(categoryChannel, channelOutput))
-        return queueOfChannel(static_cast<COutputChannel*>(target));
-    if (target->asType(0, typeSend)) return queueOfChannel(static_cast<CSend*>(target)->channel);
+    if (COutputChannel* strip = asStrip(target)) return queueOfChannel(strip);
+    if (const CSend* send = asSend(target)) return queueOfChannel(send->channel);
     return nullptr;
 }

@@ -5,6 +5,7 @@
 #include "engine/CUndo.h"
 #include "engine/ForgetHooks.h"
 #include "engine/KeyInput.h"
+#include "engine/ObjectKinds.h"
 
 #include <cassert>
 
@@ -89,18 +90,16 @@ CMIDICable::CMIDICable() {
 }
 
 bool isMuted(const CObject* cable) {
-    return cable->type == cableMidi ? static_cast<const CMIDICable*>(cable)->muted != 0
-                                    : static_cast<const CAudioCable*>(cable)->muted != 0;
+    const CMIDICable* midi = asMidiCable(cable);
+    return (midi ? midi->muted : asAudioCable(cable)->muted) != 0;
 }
 
 void setCableMute(CObject* cable, ToStore<bool> muted) {
-    if (cable->type == cableMidi) {
-        static_cast<CMIDICable*>(cable)->muted = muted;
-        return;
+    if (CMIDICable* midi = asMidiCable(cable)) midi->muted = muted;
+    if (CAudioCable* audio = asAudioCable(cable)) {
+        audio->muted = muted;
+        audio->gate = PlanFade::still(muted);
     }
-    auto* audio = static_cast<CAudioCable*>(cable);
-    audio->muted = muted;
-    audio->gate = PlanFade::still(muted);
 }
 
 void muteAs(CObject* made, const CObject* other) {

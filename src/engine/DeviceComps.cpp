@@ -6,6 +6,7 @@
 #include "engine/CQV.h"
 #include "engine/ForgetHooks.h"
 #include "engine/MidiBytes.h"
+#include "engine/ObjectKinds.h"
 #include "engine/plan/PlanBuilder.h"
 
 #include <algorithm>
@@ -115,7 +116,8 @@ bool workedOut(const COutputChannel* ch) {
 bool goesWith(const ForgetSet& gone, const COutputChannel* ch) {
     if (gone.has(ch)) return true;
     return std::ranges::any_of(gone.all(), [ch](const CObject* o) {
-        return o->category == categoryComp && static_cast<const CComp*>(o)->outputs.contains(ch);
+        const CComp* comp = asComp(o);
+        return comp && comp->outputs.contains(ch);
     });
 }
 

@@ -7,6 +7,7 @@
 #include "engine/ControlSource.h"
 #include "engine/DeviceMidi.h"
 #include "engine/MidiBytes.h"
+#include "engine/ObjectKinds.h"
 
 #include <cassert>
 
@@ -110,12 +111,12 @@ bool CQV::midiMapped(CComp* c, CMIDIQ* queue, CMIDIBytes* e) {
 namespace {
 
 CComp* feedingSeq(CObject* target) {
-    if (target->category == categoryComp) return static_cast<CComp*>(target)->sourceSeq;
-    CComp* c = nullptr;
-    if (target->asType(categoryChannel, channelOutput))
-        c = static_cast<COutputChannel*>(target)->comp;
-    else if (target->asType(0, typeSend))
-        c = static_cast<CSend*>(target)->comp;
+    if (const CComp* whole = asComp(target)) return whole->sourceSeq;
+    const CComp* c = nullptr;
+    if (const COutputChannel* strip = asStrip(target))
+        c = strip->comp;
+    else if (const CSend* send = asSend(target))
+        c = send->comp;
     return c ? c->sourceSeq.load() : nullptr;
 }
 

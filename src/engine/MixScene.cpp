@@ -3,6 +3,7 @@
 #include "base/BlockView.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/ObjectKinds.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 
@@ -146,9 +147,8 @@ void CMixScene::keepTo(CQV* host) {
     const VisitStrips add = [&known](const SceneStrip& strip) { known.push_back(strip.channel); };
     for (const SceneStrip& strip : listStrips(host)) add(strip);
     host->eachHeld([&](CObject* object) {
-        if (object->category == categoryComp) visitOutputs(static_cast<CComp*>(object), {}, add);
-        if (object->asType(categoryChannel, channelOutput))
-            known.push_back(static_cast<COutputChannel*>(object));
+        if (CComp* comp = asComp(object)) visitOutputs(comp, {}, add);
+        if (const COutputChannel* strip = asStrip(object)) known.push_back(strip);
         for (const InnerStrips inner : innerStrips()) inner(host, object, add);
     });
     std::erase_if(strips, [&](const Strip& s) {

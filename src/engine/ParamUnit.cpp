@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CComp.h"
+#include "engine/ObjectKinds.h"
 
 #include <cctype>
 #include <cstdlib>
@@ -36,10 +37,8 @@ const ParamUnit switchUnit{
 const ParamUnit& unitOf(const CObject* target, int param) {
     const ParamUnit* unit = nullptr;
     // A component tells a parameter without being const, though it changes nothing.
-    if (target && target->category == categoryComp)
-        unit = static_cast<CComp*>(const_cast<CObject*>(target))->paramUnit(param);
-    if (target && target->asType(categoryChannel, channelOutput))
-        unit = COutputChannel::paramUnit(param);
+    if (CComp* comp = asComp(const_cast<CObject*>(target))) unit = comp->paramUnit(param);
+    if (asStrip(target)) unit = COutputChannel::paramUnit(param);
     return unit ? *unit : percentUnit;
 }
 

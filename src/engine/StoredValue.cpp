@@ -1,15 +1,16 @@
 #include "engine/StoredValue.h"
 
 #include "engine/CComp.h"
+#include "engine/ObjectKinds.h"
 
 namespace {
 
 /// Calls `visit` with the target as the class that it is; those without parameters are left out.
 template <class F>
 void asTarget(CObject* target, F&& visit) {
-    if (target->category == categoryComp) visit(static_cast<CComp*>(target));
-    if (target->asType(categoryChannel, channelOutput)) visit(static_cast<COutputChannel*>(target));
-    if (target->category == 0 && target->type == typeSend) visit(static_cast<CSend*>(target));
+    if (CComp* comp = asComp(target)) visit(comp);
+    if (COutputChannel* strip = asStrip(target)) visit(strip);
+    if (CSend* send = asSend(target)) visit(send);
 }
 
 CStr nameOf(CComp* c, int param) {

@@ -4,6 +4,7 @@
 #include "common/fx/CEQ.h"
 #include "engine/CMixer.h"
 #include "engine/CQV.h"
+#include "engine/ObjectKinds.h"
 
 #include <algorithm>
 #include <cmath>
@@ -85,7 +86,7 @@ const StoredValue::Kind share = {
     },
     [](int param) { return param; },
     [](CObject* o, int param, std::vector<StoredValue>& all) {
-        if (o->category == categoryComp) static_cast<CComp*>(o)->listParam(param, all);
+        if (CComp* comp = asComp(o)) comp->listParam(param, all);
     }};
 
 const StoredValue::Kind program = {
@@ -186,8 +187,7 @@ StoredValue muteOfCable(CObject* cable) {
 }
 
 StoredValue parameterOf(CObject* target, int param) {
-    if (target->asType(categoryChannel, channelOutput))
-        return stripParameter(static_cast<COutputChannel*>(target), param);
+    if (COutputChannel* strip = asStrip(target)) return stripParameter(strip, param);
     return {&share, target, param};
 }
 

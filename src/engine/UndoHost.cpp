@@ -5,6 +5,7 @@
 #include "engine/CQV.h"
 #include "engine/EditorHooks.h"
 #include "engine/ForgetHooks.h"
+#include "engine/ObjectKinds.h"
 #include "engine/SendOrder.h"
 #include "engine/ValueDoor.h"
 #include "engine/plan/GraphPlan.h"
@@ -13,10 +14,6 @@
 #include <cassert>
 
 namespace {
-
-CComp* asComp(CObject* object) {
-    return object && object->category == categoryComp ? static_cast<CComp*>(object) : nullptr;
-}
 
 /// Whether a transition takes the item's object into the graph, or out of it.
 bool enters(const CUndoItem* item, bool forward) {
@@ -29,8 +26,7 @@ bool leaves(const CUndoItem* item, bool forward) {
 
 /// What a MIDI cable fed must not go on sounding without it.
 void silenceFed(CObject* leaving) {
-    if (leaving->asType(categoryCable, cableMidi))
-        static_cast<CMIDICable*>(leaving)->toComp->allNotesOff = 1;
+    if (const CMIDICable* cable = asMidiCable(leaving)) cable->toComp->allNotesOff = 1;
 }
 
 template <class F>
@@ -151,13 +147,12 @@ CStr UndoHost::redoText() {
 
 CObject* UndoHost::objectToOwner(CObject* o, int& index) {
     index = -1;
-    if (o->asType(categoryChannel, channelOutput)) {
-        CComp* c = static_cast<COutputChannel*>(o)->comp;
-        index = c->outputs.indexed(o);
-        return c;
+    if (const COutputChannel* strip = asStrip(o)) {
+        index = strip->comp->outputs.indexed(o);
+        return strip->comp;
     }
-    if (o->category == 0 && o->type == typeSend) {
-        COutputChannel* ch = static_cast<CSend*>(o)->channel;
+    if (const CSend* send = asSend(o)) {
+        COutputChannel* ch = send->channel;
         index = int(std::find(ch->sendLevels, ch->sendLevels + maxSends, o) - ch->sendLevels);
         return ch;
     }
@@ -214,18 +209,15 @@ void UndoHost::settleComp(CUndoItem* item, bool forward) {
 void UndoHost::setHeldFrames(int frames) {
     eachHeld([frames](CObject* object) {
         if (CComp* c = asComp(object)) c->setFrames(frames);
-        if (object->asType(categoryChannel, channelInput))
-            static_cast<CInputChannel*>(object)->createBuffers(frames);
-        if (object->asType(categoryChannel, channelOutput))
-            static_cast<COutputChannel*>(object)->setFrames(frames);
+        if (CInputChannel* input = asInput(object)) input->createBuffers(frames);
+        if (COutputChannel* strip = asStrip(object)) strip->setFrames(frames);
     });
 }
 
 void UndoHost::setHeldRate(double rate) {
     eachHeld([rate](CObject* object) {
         if (CComp* c = asComp(object)) c->setRate(rate);
-        if (object->asType(categoryChannel, channelOutput))
-            static_cast<COutputChannel*>(object)->setRate(rate);
+        if (COutputChannel* strip = asStrip(object)) strip->setRate(rate);
     });
 }
 
@@ -277,8 +269,8 @@ void UndoHost::reserveSends(CUndo* u) {
         for (auto* other : u->items) {
             if (!other->held()) continue;
             if (CComp* c = asComp(other->object)) c->copySendData(&item->reorder);
-            if (other->object->asType(categoryChannel, channelOutput))
-                item->reorder.add(new CSendRecord(static_cast<COutputChannel*>(other->object)));
+            if (COutputChannel* strip = asStrip(other->object))
+                item->reorder.add(new CSendRecord(strip));
         }
     }
 }

@@ -81,8 +81,8 @@ CStr AskGraph::title(GraphQuestion question, const CObject* about) const {
 
 std::vector<int> AskGraph::portsOf(const CObject* about) const {
     if (about->category == categoryCable) return {model.cables[size_t(model.cableOf(about))].from};
-    if (about->category != categoryComp) return {model.portOf(static_cast<const CIO*>(about))};
-    const auto& box = model.boxes[size_t(model.boxOf(static_cast<const CComp*>(about)))];
+    if (about->category != categoryComp) return {model.portOf(about)};
+    const auto& box = model.boxes[size_t(model.boxOf(about))];
     std::vector<int> outs, ins;
     for (int i = box.firstPort; i < box.firstPort + box.portCount; i++)
         (isOutput(model.ports[size_t(i)].kind) ? outs : ins).push_back(i);

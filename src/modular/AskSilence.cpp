@@ -10,6 +10,7 @@
 #include "engine/DeviceComps.h"
 #include "engine/KeyInput.h"
 #include "engine/Mixing.h"
+#include "engine/ObjectKinds.h"
 #include "instruments/CSampleClip.h"
 #include "instruments/CSampler.h"
 #include "instruments/CSynthProg.h"
@@ -137,8 +138,7 @@ Causes AskSilence::ownCauses(int output) const {
     Causes found;
     if (!comp->enabled) found.push_back({comp, boxName(comp) + " is switched off."});
     if (comp->sleeping) found.push_back({comp, boxName(comp) + " sleeps."});
-    if (!isMidi(port.kind))
-        addCauses(found, stripCauses(comp, static_cast<COutputChannel*>(port.io)));
+    if (!isMidi(port.kind)) addCauses(found, stripCauses(comp, asStrip(port.io)));
     return found;
 }
 

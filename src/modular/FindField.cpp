@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CComp.h"
+#include "engine/ObjectKinds.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -77,9 +78,8 @@ void FindField::show() {
     } else if (!found.items.empty()) {
         CObject* item = found.items[at];
         view.setItem(item);
-        const bool box = item->category == categoryComp;
-        const CStr name = box ? boxName(static_cast<CComp*>(item))
-                              : fullPortName(graph, graph.portOf(static_cast<CIO*>(item)));
+        const CComp* box = asComp(item);
+        const CStr name = box ? boxName(box) : fullPortName(graph, graph.portOf(item));
         told = asStr(int(at) + 1) + " of " + asStr(int(found.items.size())) + ": " + name;
     }
     if (onTold) onTold();
@@ -104,7 +104,7 @@ bool FindField::accept() {
     }
     if (found.items.empty()) return true;
     CObject* item = found.items[at];
-    if (item->category == categoryComp) return view.goTo(static_cast<CComp*>(item)), true;
+    if (CComp* box = asComp(item)) return view.goTo(box), true;
     win->setKeyCtrl(&view);
     view.setItem(item);
     return true;

@@ -9,6 +9,7 @@
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
 #include "engine/KeyInput.h"
+#include "engine/ObjectKinds.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "modular/GraphModel.h"
@@ -53,8 +54,7 @@ void eachCabled(CQV* host, F&& visit) {
 CObject* newCable(CIO* from, CIO* to) {
     if (from->category == categoryPort)
         return createMIDICable(to->comp, static_cast<CMIDIQ*>(from), static_cast<CMIDIQ*>(to));
-    return createAudioCable(to->comp, static_cast<COutputChannel*>(from),
-                            static_cast<CInputChannel*>(to));
+    return createAudioCable(to->comp, asStrip(from), asInput(to));
 }
 
 CObject* cableBetween(CIO* from, CIO* to) {
@@ -62,8 +62,7 @@ CObject* cableBetween(CIO* from, CIO* to) {
         return key->source() == from ? static_cast<CObject*>(key->cables.getFirst()) : nullptr;
     if (from->category == categoryPort)
         return getMIDICable(to->comp, static_cast<CMIDIQ*>(from), static_cast<CMIDIQ*>(to));
-    return getAudioCable(to->comp, static_cast<COutputChannel*>(from),
-                         static_cast<CInputChannel*>(to));
+    return getAudioCable(to->comp, asStrip(from), asInput(to));
 }
 
 CList& cablesOf(CComp* comp, bool midi) {
@@ -77,10 +76,10 @@ struct Ends {
     bool midi;
     explicit Ends(const CObject* cable) : midi(cable->type == cableMidi) {
         if (midi) {
-            const auto* c = static_cast<const CMIDICable*>(cable);
+            const CMIDICable* c = asMidiCable(cable);
             from = c->fromPort, to = c->toPort;
         } else {
-            const auto* c = static_cast<const CAudioCable*>(cable);
+            const CAudioCable* c = asAudioCable(cable);
             from = c->fromChannel, to = c->toChannel;
         }
     }
@@ -179,7 +178,7 @@ void toggleCable(CIO* a, CIO* b) {
     CIO *from = isOutputPort(a) ? a : b, *to = isOutputPort(a) ? b : a;
     CQV* host = to->comp->host;
     if (keyOf(to)) {
-        auto* strip = static_cast<COutputChannel*>(from);
+        COutputChannel* strip = asStrip(from);
         const bool joined = areJoined(a, b);
         if (joined || mayKey(to->comp, strip)) setKey(to->comp, joined ? nullptr : strip);
         return;
@@ -203,11 +202,9 @@ void deleteCable(CQV* host, CObject* cable) {
 std::optional<StoredValue> muteOfItem(CObject* item) {
     if (!item) return std::nullopt;
     if (item->category == categoryCable) return muteOfCable(item);
-    if (item->asType(categoryChannel, channelOutput))
-        return muteOf(static_cast<COutputChannel*>(item));
-    if (item->category != categoryComp) return std::nullopt;
-    const auto* comp = static_cast<CComp*>(item);
-    if (comp->outputs.getCount() != 1) return std::nullopt;
+    if (COutputChannel* strip = asStrip(item)) return muteOf(strip);
+    const CComp* comp = asComp(item);
+    if (!comp || comp->outputs.getCount() != 1) return std::nullopt;
     return muteOf(comp->outputs.items(0));
 }
 
@@ -400,9 +397,7 @@ void duplicateComps(CQV* host, const std::vector<CComp*>& comps, CPoint by) {
         step->asAdd(copy, &host->comps);
     }
     for (const auto& [comp, copy] : copies)
-        copyKeys(comp, copy, [&twins](COutputChannel* strip) {
-            return static_cast<COutputChannel*>(twins.of(strip));
-        });
+        copyKeys(comp, copy, [&twins](COutputChannel* strip) { return asStrip(twins.of(strip)); });
     eachCabled(host, [&](CComp* comp) {
         for (const CList* list : listsOf(comp->midiCables, comp->audioCables))
             for (const auto* cable : each<CObject>(*list)) {

@@ -5,6 +5,7 @@
 #include "engine/CQV.h"
 #include "engine/CompTypes.h"
 #include "engine/DeviceComps.h"
+#include "engine/ObjectKinds.h"
 #include "gui/CApp.h"
 #include "gui/CWin.h"
 #include "gui/controls/CPopup.h"
@@ -56,12 +57,12 @@ void GraphMenus::show(CPoint at, CObject* item) {
     const GraphModel& graph = view.graph();
     if (!item)
         fillNew(popup, nullptr);
-    else if (item->category == categoryComp)
-        fillComp(popup, static_cast<CComp*>(item));
+    else if (CComp* box = asComp(item))
+        fillComp(popup, box);
     else if (item->category == categoryCable)
         fillCable(popup, graph.cableOf(item));
     else
-        fillPort(popup, graph.portOf(static_cast<CIO*>(item)));
+        fillPort(popup, graph.portOf(item));
     CPoint screen = app->menuPoint();
     if (app->menuCtrl)
         screen =

@@ -4,6 +4,7 @@
 #include "engine/CQV.h"
 #include "engine/Cables.h"
 #include "engine/KeyInput.h"
+#include "engine/ObjectKinds.h"
 
 #include <algorithm>
 #include <cmath>
@@ -25,8 +26,8 @@ int portsAcross(const CComp* comp) {
 
 bool isStereo(const CIO* io) {
     if (io->category != categoryChannel) return false;
-    return (io->type == channelOutput ? static_cast<const COutputChannel*>(io)->channels
-                                      : static_cast<const CInputChannel*>(io)->channels) > 1;
+    const COutputChannel* strip = asStrip(io);
+    return (strip ? strip->channels : asInput(io)->channels) > 1;
 }
 
 } // namespace
@@ -193,25 +194,15 @@ int GraphModel::cableAt(CPoint at, double reach) const {
     return nearest;
 }
 
-int GraphModel::boxOf(const CComp* comp) const {
-    const auto found = comp ? indexes.find(comp) : indexes.end();
-    return found == indexes.end() ? -1 : found->second;
-}
-
-int GraphModel::portOf(const CIO* io) const {
-    const auto found = io ? indexes.find(io) : indexes.end();
-    return found == indexes.end() ? -1 : found->second;
-}
-
-int GraphModel::cableOf(const CObject* cable) const {
-    const auto found = cable ? indexes.find(cable) : indexes.end();
+int GraphModel::indexOf(const CObject* thing) const {
+    const auto found = indexes.find(thing);
     return found == indexes.end() ? -1 : found->second;
 }
 
 /// Whether a cable that may lead to a key can do so.
 bool GraphModel::takesKey(const Port& a, const Port& b) {
     const Port &from = isOutput(a.kind) ? a : b, &to = isOutput(a.kind) ? b : a;
-    return to.kind != PortKind::key || mayKey(to.io->comp, static_cast<COutputChannel*>(from.io));
+    return to.kind != PortKind::key || mayKey(to.io->comp, asStrip(from.io));
 }
 
 int GraphModel::portNear(int port, CPoint at) const {

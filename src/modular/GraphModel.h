@@ -83,9 +83,10 @@ public:
     int cableAt(CPoint at, double reach) const; ///< the nearest within so many pixels
     /// Whether it shows a thing, which may be gone: it is only compared.
     bool has(const CObject* thing) const { return indexes.contains(thing); }
-    int boxOf(const CComp* comp) const;
-    int portOf(const CIO* io) const;
-    int cableOf(const CObject* cable) const;
+    /// The number of one, -1 for what it does not show.
+    int boxOf(const CObject* comp) const { return indexOf(comp); }
+    int portOf(const CObject* io) const { return indexOf(io); }
+    int cableOf(const CObject* cable) const { return indexOf(cable); }
     /// The port that a cable from `port` takes if it is let go at a point: the nearest that fits,
     /// of another component. -1 without any.
     int portNear(int port, CPoint at) const;
@@ -95,6 +96,7 @@ public:
     bool noteLoop(int cable, bool closes);
 
 private:
+    int indexOf(const CObject* thing) const;
     void addBox(CComp* comp);
     void addCables(CComp* comp, bool midi);
     void addCable(CObject* cable, bool midi, const CIO* from, const CIO* to);

@@ -4,6 +4,7 @@
 #include "engine/CComp.h"
 #include "engine/Cables.h"
 #include "engine/KeyInput.h"
+#include "engine/ObjectKinds.h"
 #include "modular/CompGlyphs.h"
 
 namespace {
@@ -70,8 +71,8 @@ CStr cableName(const GraphModel& model, int cable) {
 }
 
 CStr itemName(const GraphModel& model, const CObject* item) {
-    if (item->category == categoryComp) return boxName(static_cast<const CComp*>(item));
+    if (const CComp* box = asComp(item)) return boxName(box);
     if (item->category == categoryCable)
         return "the cable " + cableName(model, model.cableOf(item));
-    return fullPortName(model, model.portOf(static_cast<const CIO*>(item)));
+    return fullPortName(model, model.portOf(item));
 }

@@ -25,9 +25,9 @@ GraphPath::GraphPath(const GraphModel& model, const CObject* of)
         return;
     }
     const bool whole = of->category == categoryComp;
-    const int box = whole ? model.boxOf(static_cast<const CComp*>(of)) : -1;
+    const int box = whole ? model.boxOf(of) : -1;
     if (whole && box < 0) return;
-    const int port = whole ? -1 : model.portOf(static_cast<const CIO*>(of));
+    const int port = whole ? -1 : model.portOf(of);
     if (!whole && port < 0) return;
     const int first = whole ? model.boxes[size_t(box)].firstPort : port;
     const int count = whole ? model.boxes[size_t(box)].portCount : 1;

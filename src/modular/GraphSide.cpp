@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CComp.h"
+#include "engine/ObjectKinds.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
 #include "gui/CWin.h"
@@ -26,7 +27,7 @@ GraphSide::GraphSide(CWin* owner, ModularView& shown)
         addControl(ctrl);
     field->onTold = [this] { redraw(); };
     list->onGo = [this](CObject* blame) {
-        if (blame->category == categoryComp) return view.goTo(static_cast<CComp*>(blame));
+        if (CComp* box = asComp(blame)) return view.goTo(box);
         win->setKeyCtrl(&view);
         view.setItem(blame);
     };

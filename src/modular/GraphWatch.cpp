@@ -3,20 +3,17 @@
 #include "engine/CQV.h"
 #include "engine/Cables.h"
 #include "engine/DeviceComps.h"
+#include "engine/ObjectKinds.h"
 #include "modular/GraphModel.h"
 #include "ui/LevelText.h"
 
 #include <algorithm>
 
 COutputChannel* GraphWatch::soundOf(const CObject* item) {
-    if (!item) return nullptr;
-    if (item->asType(categoryCable, cableAudio))
-        return static_cast<const CAudioCable*>(item)->fromChannel;
-    if (item->asType(categoryChannel, channelOutput))
-        return static_cast<COutputChannel*>(const_cast<CObject*>(item));
-    if (item->category != categoryComp) return nullptr;
-    const auto* comp = static_cast<const CComp*>(item);
-    return comp->outputs.items(0);
+    if (const CAudioCable* cable = asAudioCable(item)) return cable->fromChannel;
+    if (const COutputChannel* strip = asStrip(item)) return const_cast<COutputChannel*>(strip);
+    const CComp* comp = asComp(item);
+    return comp ? comp->outputs.items(0) : nullptr;
 }
 
 void GraphWatch::listenTo(const CObject* item) {

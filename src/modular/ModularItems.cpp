@@ -2,6 +2,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
+#include "engine/ObjectKinds.h"
 #include "gui/CApp.h"
 #include "gui/CWin.h"
 #include "gui/Keys.h"
@@ -44,9 +45,9 @@ bool isArrow(int key) {
 int ModularView::partOf(const CObject* item) const {
     if (!item) return -1;
     const int boxes = int(model.boxes.size()), ports = int(model.ports.size());
-    if (item->category == categoryComp) return model.boxOf(static_cast<const CComp*>(item));
+    if (item->category == categoryComp) return model.boxOf(item);
     if (item->category != categoryCable) {
-        const int port = model.portOf(static_cast<const CIO*>(item));
+        const int port = model.portOf(item);
         return port < 0 ? -1 : boxes + port;
     }
     const int cable = model.cableOf(item);
@@ -132,7 +133,7 @@ bool ModularView::pressPart(int part) {
     CObject* item = itemOf(part);
     if (!item) return false;
     win->setKeyCtrl(this);
-    if (item->category == categoryComp) selectOnly(host(), static_cast<CComp*>(item));
+    if (CComp* box = asComp(item)) selectOnly(host(), box);
     setItem(item);
     redraw();
     return true;
@@ -227,8 +228,8 @@ bool ModularView::moveKey(int key, int mods) {
     if (mods & ~modShift) return false;
     CObject* next = neighbour(key);
     if (!next) return isArrow(key);
-    if (next->category == categoryComp) {
-        if (!(mods & modShift)) selectOnly(host(), static_cast<CComp*>(next));
+    if (CComp* box = asComp(next)) {
+        if (!(mods & modShift)) selectOnly(host(), box);
         next->setFlag(compSelected, true);
     }
     setItem(next);
@@ -261,7 +262,7 @@ CObject* ModularView::neighbour(int key) const {
 
 /// Left and Right along the ports of the box, Up and Down to a cable that ends there.
 CObject* ModularView::besidePort(int key) const {
-    const int port = model.portOf(static_cast<const CIO*>(shown.focus));
+    const int port = model.portOf(shown.focus);
     const auto& box = model.boxes[size_t(model.ports[size_t(port)].box)];
     if (key == goLeft || key == goRight) {
         const int next = port + (key == goRight ? 1 : -1);
@@ -308,7 +309,7 @@ bool ModularView::itemKey(int key, int mods) {
         setItem(model.ports[size_t(model.cables[size_t(model.cableOf(now))].to)].io);
     } else {
         linking = true;
-        showLink(model.portOf(static_cast<CIO*>(now)), -1);
+        showLink(model.portOf(now), -1);
         stepLink(1);
     }
     return true;

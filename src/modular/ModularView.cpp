@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
+#include "engine/ObjectKinds.h"
 #include "engine/plan/GraphProbe.h"
 #include "gui/CApp.h"
 #include "gui/CGraphic.h"
@@ -47,9 +48,9 @@ float levelOf(const GraphModel::Cable& cable) {
     if (isMuted(cable.cable)) return 0;
     float level;
     if (cable.midi) {
-        level = static_cast<const CMIDICable*>(cable.cable)->fromPort->hasData;
+        level = asMidiCable(cable.cable)->fromPort->hasData;
     } else {
-        const COutputChannel* ch = static_cast<const CAudioCable*>(cable.cable)->fromChannel;
+        const COutputChannel* ch = asAudioCable(cable.cable)->fromChannel;
         const float peak = std::max<float>(ch->peakL, ch->peakR);
         level = peak > 0 ? 1 + 20 * std::log10(peak) / -lowestDb : 0;
     }
@@ -211,9 +212,8 @@ bool ModularView::followMeters() {
 void ModularView::redrawItem(const CObject* item) {
     if (item->category == categoryCable)
         return contentChanged(painter().marksArea(model.cableOf(item)));
-    const int box = item->category == categoryComp
-                        ? model.boxOf(static_cast<const CComp*>(item))
-                        : model.ports[size_t(model.portOf(static_cast<const CIO*>(item)))].box;
+    const int box = item->category == categoryComp ? model.boxOf(item)
+                                                   : model.ports[size_t(model.portOf(item))].box;
     contentChanged(painter().boxArea(box));
 }
 
@@ -494,13 +494,12 @@ CObject* ModularView::itemAt(CPoint ofGraph) const {
 
 CStr ModularView::hintOf(const CObject* over) const {
     if (!over) return freeHint;
-    if (over->category == categoryComp) {
-        const auto* comp = static_cast<const CComp*>(over);
-        const CStr health = pluginHealth(comp);
-        return boxName(comp) + ": " + (health.empty() ? health : health + ". ") + boxHint;
+    if (const CComp* box = asComp(over)) {
+        const CStr health = pluginHealth(box);
+        return boxName(box) + ": " + (health.empty() ? health : health + ". ") + boxHint;
     }
     if (over->category == categoryCable) return cableName(model, model.cableOf(over)) + cableHint;
-    return fullPortName(model, model.portOf(static_cast<const CIO*>(over))) + portHint;
+    return fullPortName(model, model.portOf(over)) + portHint;
 }
 
 void ModularView::hover(CPoint at) {
@@ -508,7 +507,7 @@ void ModularView::hover(CPoint at) {
     if (over == hovered) return;
     hovered = over;
     const bool port = over && over->category != categoryComp && over->category != categoryCable;
-    shown.hotPort = port ? model.portOf(static_cast<CIO*>(over)) : -1;
+    shown.hotPort = port ? model.portOf(over) : -1;
     hint = hintOf(over);
     win->app->updateHint(this);
     lightPath(over);

@@ -7,6 +7,7 @@
 #include "engine/CQV.h"
 #include "engine/CSnap.h"
 #include "engine/ForgetHooks.h"
+#include "engine/ObjectKinds.h"
 #include "engine/UndoPlan.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CSampleClip.h"
@@ -35,14 +36,11 @@ enum SyncQuestion : int { syncPos = 1, syncLoop = 2, syncLoopStart = 3, syncLoop
 /// Whether an object of automation is, or belongs to, a component, channel or send that goes.
 bool liesIn(const CObject* part, const ForgetSet& gone) {
     if (gone.has(part)) return true;
-    if (part->asType(categoryChannel, channelOutput))
-        return gone.has(static_cast<const COutputChannel*>(part)->comp);
-    if (part->category == 0 && part->type == typeSend) {
-        auto* send = static_cast<const CSend*>(part);
-        return gone.has(send->channel) || gone.has(send->comp);
-    }
-    if (part->category != categoryComp) return false;
-    const COutputChannel* channel = static_cast<const CComp*>(part)->ownerChannel;
+    if (const COutputChannel* strip = asStrip(part)) return gone.has(strip->comp);
+    if (const CSend* send = asSend(part)) return gone.has(send->channel) || gone.has(send->comp);
+    const CComp* comp = asComp(part);
+    if (!comp) return false;
+    const COutputChannel* channel = comp->ownerChannel;
     return channel && (gone.has(channel) || gone.has(channel->comp));
 }
 

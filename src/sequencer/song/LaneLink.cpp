@@ -3,6 +3,7 @@
 #include "base/OpenBlock.h"
 #include "engine/CGroupCh.h"
 #include "engine/CQV.h"
+#include "engine/ObjectKinds.h"
 #include "sequencer/song/CSeq.h"
 
 namespace {
@@ -104,15 +105,13 @@ int readMode(CStream& stream) {
 
 LaneLink LaneLink::to(CQV* host, CObject* object) {
     if (!object) return {};
+    if (COutputChannel* strip = asStrip(object)) return toChannel(host, strip);
     int index = -1;
-    CObject* owner = host->objectToOwner(object, index);
-    if (object->asType(categoryChannel, channelOutput))
-        return toChannel(host, static_cast<COutputChannel*>(object));
-    if (object->category == 0 && object->type == typeSend)
-        return toChannelItem(host, linkSend, index, static_cast<COutputChannel*>(owner));
-    if (object->category != categoryComp) return {};
-    if (owner) return toChannelItem(host, linkInsert, index, static_cast<COutputChannel*>(owner));
-    return toComp(host, static_cast<CComp*>(object));
+    COutputChannel* owner = asStrip(host->objectToOwner(object, index));
+    if (asSend(object)) return toChannelItem(host, linkSend, index, owner);
+    CComp* comp = asComp(object);
+    if (!comp) return {};
+    return owner ? toChannelItem(host, linkInsert, index, owner) : toComp(host, comp);
 }
 
 CObject* LaneLink::resolve(CQV* host) const {

@@ -1,6 +1,7 @@
 #include "sequencer/song/ParamLanes.h"
 
 #include "engine/CQV.h"
+#include "engine/ObjectKinds.h"
 #include "engine/StoredValue.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/CSubTrack.h"
@@ -15,13 +16,13 @@ struct ParamPlace {
 
 ParamPlace placeOf(CObject* object) {
     ParamPlace place;
-    if (object->asType(categoryChannel, channelOutput)) {
-        place.channel = static_cast<COutputChannel*>(object);
-    } else if (object->asType(0, typeSend)) {
-        place.channel = static_cast<CSend*>(object)->channel;
-    } else if (object->category == categoryComp) {
-        place.comp = static_cast<CComp*>(object);
-        place.channel = place.comp->ownerChannel;
+    if (COutputChannel* strip = asStrip(object)) {
+        place.channel = strip;
+    } else if (const CSend* send = asSend(object)) {
+        place.channel = send->channel;
+    } else if (CComp* comp = asComp(object)) {
+        place.comp = comp;
+        place.channel = comp->ownerChannel;
     }
     if (place.channel) place.comp = place.channel->comp;
     return place;

@@ -4,6 +4,7 @@
 #include "engine/CFreezeItem.h"
 #include "engine/CQV.h"
 #include "engine/GraphHold.h"
+#include "engine/ObjectKinds.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "instruments/CSampleClip.h"
@@ -127,15 +128,11 @@ CObject* twinOf(CSeq* seq, CSeq* twin, CObject* object) {
         auto* other = twin->tracks.items(seq->tracks.indexed(owner));
         return other ? other->output() : nullptr;
     };
-    if (object->asType(categoryChannel, channelOutput)) {
-        auto* channel = static_cast<COutputChannel*>(object);
+    if (COutputChannel* channel = asStrip(object))
         return channel->comp == seq ? sameChannel(channel) : object;
-    }
     int index = -1;
-    CObject* owner = seq->host->objectToOwner(object, index);
-    if (!owner || !owner->asType(categoryChannel, channelOutput)) return object;
-    auto* channel = static_cast<COutputChannel*>(owner);
-    if (channel->comp != seq) return object;
+    COutputChannel* channel = asStrip(seq->host->objectToOwner(object, index));
+    if (!channel || channel->comp != seq) return object;
     COutputChannel* same = sameChannel(channel);
     if (!same || index < 0) return nullptr;
     if (object->category == 0) return index < maxSends ? same->sendLevels[index] : nullptr;

@@ -1,6 +1,8 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/ForgetHooks.h"
+
+#include "engine/ObjectKinds.h"
 #include "engine/plan/GraphPlan.h"
 #include "sequencer/edit/Pending.h"
 #include "sequencer/song/CSeq.h"
@@ -21,8 +23,8 @@ namespace {
 constexpr int pointGrid = 240; ///< ticks between points
 
 CStr paramName(CObject* object, int param) {
-    if (object->asType(categoryChannel, channelOutput)) return COutputChannel::paramName(param);
-    if (object->category == categoryComp) return static_cast<CComp*>(object)->paramName(param);
+    if (asStrip(object)) return COutputChannel::paramName(param);
+    if (CComp* comp = asComp(object)) return comp->paramName(param);
     return controllerAsText(laneAutomation, param);
 }
 
