@@ -67,7 +67,7 @@ int notesHeightOf(CSongTrack* songTrack) {
     int height = CTrack::leastRow;
     if (const CLayer* layer = songTrack->track->drumLayer()) {
         height = 0;
-        for (const auto* sound : each<CDrumSound>(layer->sounds)) height += sound->getHeight();
+        for (const auto* sound : drumSounds(*layer)) height += sound->getHeight();
     }
     return asMinMax(height, int(CTrack::leastRow), mostNotesHeight);
 }

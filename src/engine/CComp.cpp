@@ -90,7 +90,7 @@ void CComp::prepare(int frames) {
     for (auto* ch : outputs) clearStereo(ch->bufL, ch->bufR, frames);
     if (listKind != listInsert) findSourceSeq();
     for (auto* ch : outputs) adoptInserts(ch);
-    for (auto* port : each<CMIDIQ>(inPorts)) port->clear();
+    for (auto* port : inPorts) port->clear();
     for (auto* port : outPorts) {
         port->clear();
         port->freezeItems = nullptr;

@@ -72,7 +72,7 @@ void CDrumSound::addStrip(COutputChannel* to, int frames) const {
 
 int getDrumTop(const CLayer& layer, const CDrumSound* sound) {
     int top = 0;
-    for (const CDrumSound* s : each<CDrumSound>(layer.sounds)) {
+    for (const CDrumSound* s : drumSounds(layer)) {
         if (s == sound) break;
         top += s->getHeight();
     }

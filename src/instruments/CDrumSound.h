@@ -1,5 +1,6 @@
 #pragma once
 
+#include "instruments/CLayer.h"
 #include "instruments/CWavSound.h"
 
 class CComp;
@@ -46,5 +47,9 @@ public:
     void addStrip(COutputChannel* to, int frames) const;
 };
 
+/// The sounds of a layer of drums, for a range-based `for`.
+inline CListRange<CDrumSound> drumSounds(const CLayer& layer) {
+    return each<CDrumSound>(layer.sounds);
+}
 /// Pixels above the lane of a sound of this layer.
 int getDrumTop(const CLayer& layer, const CDrumSound* sound);

@@ -147,7 +147,7 @@ void DrumKit::addSlices(CREX2& loop) {
 void DrumKit::retarget(CLayer* target, CComp* strips) {
     layer = target;
     comp = strips;
-    for (CDrumSound* s : each<CDrumSound>(sounds)) {
+    for (CDrumSound* s : sounds) {
         s->layer = layer;
         s->output->comp = comp;
     }
@@ -155,7 +155,7 @@ void DrumKit::retarget(CLayer* target, CComp* strips) {
 
 int DrumKit::height() const {
     int pixels = 0;
-    for (const CDrumSound* s : each<CDrumSound>(sounds)) pixels += s->getHeight();
+    for (const CDrumSound* s : sounds) pixels += s->getHeight();
     return pixels;
 }
 
@@ -189,7 +189,7 @@ void DrumKit::keepSound(CSound* made) {
 
 void writeDrumKit(CStream* stream, const CStr& name, const CLayer& layer) {
     CList used;
-    for (const CDrumSound* s : each<CDrumSound>(layer.sounds))
+    for (const CDrumSound* s : drumSounds(layer))
         if (s->clipCount > 0) used.addUnique(s->clips[0]);
     for (auto* clip : each<CSampleClip>(used)) writeClip(stream, clip);
     stream->writeId("prog", 0);

@@ -73,7 +73,7 @@ private:
         }
     }
     void addDrums(CTrack* t, int row) {
-        for (auto* sound : each<CDrumSound>(t->drumLayer()->sounds))
+        for (auto* sound : drumSounds(*t->drumLayer()))
             strips.push_back({sound->output.get(), t, t, row, StripSection::tracks, false, sound});
     }
     /// Those of folders in the order of the song.

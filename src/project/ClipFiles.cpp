@@ -47,7 +47,7 @@ void writeSamples(CStream* stream, const ListOf<CSample>& samples) {
 
 void writeDrums(CStream* stream, const CLayer& layer) {
     ListOf<CSampleClip> clips;
-    for (const auto* sound : each<CDrumSound>(layer.sounds))
+    for (const auto* sound : drumSounds(layer))
         for (int i = 0; i < sound->clipCount; ++i) clips.addUnique(sound->clips[i]);
     for (const auto* clip : clips) writeClip(stream, clip);
     for (auto* sound : layer.sounds) writeSound(stream, sound, clips);

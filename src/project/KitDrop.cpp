@@ -34,11 +34,11 @@ struct Places {
     int count = 0;                  ///< of sounds, with those that are new
 };
 
-Places findPlaces(const CList& clipSounds, const CList& kitSounds) {
+Places findPlaces(const ListOf<CDrumSound>& clipSounds, const CLayer& layer) {
     Places places;
     std::unordered_map<std::string, int> kit;
-    for (auto* sound : each<CDrumSound>(kitSounds)) kit.emplace(contentOf(sound), places.count++);
-    for (auto* sound : each<CDrumSound>(clipSounds)) {
+    for (auto* sound : drumSounds(layer)) kit.emplace(contentOf(sound), places.count++);
+    for (auto* sound : clipSounds) {
         const auto found = kit.find(contentOf(sound));
         if (found == kit.end()) {
             places.ofSound.push_back(places.count++);
@@ -57,7 +57,7 @@ void dropSounds(DrumKit& kit, const std::vector<CDrumSound*>& sounds) {
         delete sound;
     }
     CList used;
-    for (const auto* sound : each<CDrumSound>(kit.sounds))
+    for (const auto* sound : kit.sounds)
         for (int i = 0; i < sound->clipCount; ++i) used.addUnique(sound->clips[i]);
     for (int i = kit.clips.getCount() - 1; i >= 0; --i) {
         auto* clip = kit.clips.items(i);
@@ -82,7 +82,7 @@ void renumber(CPart* part, const std::vector<int>& places) {
 bool takeDrums(ClipContent& clip, CSeq* seq, CTrack* track, CUndo* undo) {
     CLayer* layer = track->drumLayer();
     DrumKit& kit = clip.drums();
-    const Places places = findPlaces(kit.sounds, layer->sounds);
+    const Places places = findPlaces(kit.sounds, *layer);
     if (places.count > ClipContent::mostDrums) return false;
     dropSounds(kit, places.known);
     kit.retarget(layer, seq);

@@ -37,7 +37,7 @@ void addSounds(CSeq* seq, CTrack* track, const CStr& path, CUndo* undo) {
 /// Records that the sounds leave that were there before the step.
 void removeOld(CLayer* layer, CTrack* track, CUndo* undo) {
     int height = 0;
-    for (auto* sound : each<CDrumSound>(layer->sounds)) {
+    for (auto* sound : drumSounds(*layer)) {
         height += sound->getHeight();
         undo->asRemove(sound, &layer->sounds);
     }

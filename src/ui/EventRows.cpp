@@ -13,7 +13,7 @@ EventRows::EventRows(const CTrack* track, const CPart* part, int keyHeight)
     if (!ofKit) return;
     tops.push_back(0);
     if (const CLayer* layer = track->drumLayer())
-        for (const auto* sound : each<CDrumSound>(layer->sounds))
+        for (const auto* sound : drumSounds(*layer))
             tops.push_back(tops.back() + sound->getHeight());
 }
 

@@ -33,7 +33,7 @@ DrumPads::DrumPads(CWin* owner, CTrack& of) : CCtrl(owner, "pads", 0, 0, 1, 1), 
 
 std::vector<DrumPads::Pad> DrumPads::present() const {
     std::vector<Pad> all;
-    for (const auto* s : each<CDrumSound>(track.drumLayer()->sounds)) {
+    for (const auto* s : drumSounds(*track.drumLayer())) {
         const float peak = std::max(float(s->peakL), float(s->peakR));
         all.push_back({s, s->clips[0], s->getId(), s->mute != 0,
                        asMinMax(asRound(double(peak) * levelSteps), 0, levelSteps)});

@@ -19,7 +19,7 @@ void visitSound(CDrumSound* sound, const SceneStrip::Place& place, const VisitSt
 /// `first` is the place of the first sound.
 void visitTrack(const CTrack* track, SceneStrip::Place first, const VisitStrips& visit) {
     if (!track->drumLayer()) return;
-    for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds)) {
+    for (auto* sound : drumSounds(*track->drumLayer())) {
         visitSound(sound, first, visit);
         first.output++;
     }

@@ -146,8 +146,7 @@ private:
         kit.read(&stream, size);
         made->synthProg->id = source->synthProg->id;
         for (int i = 0; i < kit.sounds.getCount(); i++) // a kit file has no strips
-            static_cast<CDrumSound*>(kit.sounds.items(i))
-                ->output->copySettings(source->drumSound(i)->output.get());
+            kit.sounds.items(i)->output->copySettings(source->drumSound(i)->output.get());
         made->openHeight = int(source->openHeight) - kit.height(); // which grows by taking it
         seq->takeKit(kit, made, undo);
     }

@@ -78,7 +78,7 @@ void writeTempos(CSMF& file, CSeq* seq, const Range& range) {
     const auto& points = seq->getProg()->tempos;
     if (points.empty()) return file.writeTempoTrack(asInt(double(seq->host->tempo)));
     std::vector<Point<double>> tempos;
-    for (const auto* point : each<CTempoPart>(points)) {
+    for (const auto* point : points) {
         const CTempoPart* next = seq->getNextTempoChange(point->pos);
         if (point->ramp && next)
             addLine(tempos, seq, point->pos, next->pos);
@@ -98,7 +98,7 @@ void writeTimesigs(CSMF& file, CSeq* seq, const Range& range) {
         return file.writeTimesigTrack(num, den);
     }
     std::vector<Point<const CTimesigPart*>> signatures;
-    for (const auto* point : each<CTimesigPart>(points)) signatures.push_back({point->pos, point});
+    for (const auto* point : points) signatures.push_back({point->pos, point});
     file.writeStartOfTrack();
     eachPoint(signatures, range, [&](int delta, const CTimesigPart* point) {
         file.writeTimesig(delta, point->getNum(), point->getDen());

@@ -438,13 +438,13 @@ void AudioVoices::renderDrum(AudioVoice& v, int frames, int offset, int ahead) {
 
 void clearDrumStrips(CTrack* track, int frames) {
     if (track->kind != trackDrum) return;
-    for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds)) sound->clearStrip(frames);
+    for (auto* sound : drumSounds(*track->drumLayer())) sound->clearStrip(frames);
 }
 
 void finishDrumStrips(CTrack* track, int frames) {
     COutputChannel* out = track->output();
     if (track->kind != trackDrum || !out) return;
-    for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds)) {
+    for (auto* sound : drumSounds(*track->drumLayer())) {
         sound->output->processFX(nullptr, frames);
         meterPart(sound->output.get(), frames);
         sound->addStrip(out, frames);
@@ -522,6 +522,5 @@ bool AudioVoices::sounding() const {
 void feedDrums(CTrack* track, int bus, CInputChannel* to, int frames) {
     const COutputChannel* out = track->output();
     if (track->kind != trackDrum || !out) return;
-    for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds))
-        feedDrum(sound, out, bus, to, frames);
+    for (auto* sound : drumSounds(*track->drumLayer())) feedDrum(sound, out, bus, to, frames);
 }

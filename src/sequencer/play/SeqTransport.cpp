@@ -380,7 +380,7 @@ void startStrips(CTrack* track) {
     const auto start = [](CComp* insert) { insert->start(); };
     track->eachInsert(start);
     if (track->kind != trackDrum) return;
-    for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds))
+    for (auto* sound : drumSounds(*track->drumLayer()))
         for (auto* insert : sound->output->inserts) start(insert);
 }
 

@@ -34,8 +34,7 @@ void silenceTrack(CTrack* track) {
     for (auto* ch : track->outputs) silenceStrip(ch);
     if (!track->synthProg) return;
     silenceProgram(track->synthProg.get());
-    for (auto* sound : each<CDrumSound>(track->drumLayer()->sounds))
-        silenceStrip(sound->output.get());
+    for (auto* sound : drumSounds(*track->drumLayer())) silenceStrip(sound->output.get());
 }
 
 void silenceContent(CComp* c) {

@@ -32,8 +32,8 @@ constexpr int trackColors[] = {0xdd87a2, 0xe18885, 0xde8e69, 0xd29754, 0xbfa14c,
                                0x86b46d, 0x64b989, 0x43bba7, 0x35b9c2, 0x49b3d8, 0x69aae6,
                                0x8aa1ea, 0xa797e4, 0xbf8fd4, 0xd189bd};
 
-void fadeLights(const CList& ports) {
-    for (auto* port : each<CMIDIQ>(ports)) {
+void fadeLights(const ListOf<CMIDIQ>& ports) {
+    for (auto* port : ports) {
         const float light = port->hasData;
         if (light > 0.0f) port->hasData = fLimit(light - lightFall, 0.0f, 1.0f);
     }
@@ -101,7 +101,7 @@ void CTrack::idle() {
     fadeLights(outPorts);
     arp->idle();
     if (const CLayer* kit = kind == trackDrum ? drumLayer() : nullptr)
-        for (auto* sound : each<CDrumSound>(kit->sounds)) {
+        for (auto* sound : drumSounds(*kit)) {
             sound->output->idle();
             sound->output->peakFadeout();
         }

@@ -89,7 +89,7 @@ void CSeq::playSound(void* sound, float velocity) {
 void CSeq::eachDrum(const std::function<void(CDrumSound*)>& visit) {
     for (auto* track : tracks)
         if (const CLayer* layer = track->drumLayer())
-            for (auto* sound : each<CDrumSound>(layer->sounds)) visit(sound);
+            for (auto* sound : drumSounds(*layer)) visit(sound);
 }
 
 void CSeq::dropVoices() {

@@ -124,10 +124,10 @@ CSongTrack* CSeq::addTrack(int kind, CSeqProg* prog, CUndo* undo, int index) {
 CSongTrack* CSeq::linkTrack(NewTrack& made, CSeqProg* prog, CUndo* undo, int index) {
     const Linker link{undo};
     CTrack* track = made.track;
-    for (auto* io : each<CObject>(track->inPorts)) link(io, &inPorts);
-    for (auto* io : each<CObject>(track->outPorts)) link(io, &outPorts);
-    for (auto* io : each<CObject>(track->inputs)) link(io, &inputs);
-    for (auto* io : each<CObject>(track->outputs)) link(io, &outputs);
+    for (auto* io : track->inPorts) link(io, &inPorts);
+    for (auto* io : track->outPorts) link(io, &outPorts);
+    for (auto* io : track->inputs) link(io, &inputs);
+    for (auto* io : track->outputs) link(io, &outputs);
     link(track, &tracks, index);
 
     CSongTrack* result = nullptr;
@@ -234,10 +234,10 @@ void CSeq::removeTrack(CTrack* track, CUndo* undo) {
         undo->asRemove(songTrack, &songTrack->prog->tracks);
     });
     undo->asRemove(track, &tracks);
-    for (auto* io : each<CObject>(track->inPorts)) undo->asRemove(io, &inPorts);
-    for (auto* io : each<CObject>(track->outPorts)) undo->asRemove(io, &outPorts);
-    for (auto* io : each<CObject>(track->inputs)) undo->asRemove(io, &inputs);
-    for (auto* io : each<CObject>(track->outputs)) undo->asRemove(io, &outputs);
+    for (auto* io : track->inPorts) undo->asRemove(io, &inPorts);
+    for (auto* io : track->outPorts) undo->asRemove(io, &outPorts);
+    for (auto* io : track->inputs) undo->asRemove(io, &inputs);
+    for (auto* io : track->outputs) undo->asRemove(io, &outputs);
 }
 
 CStr CSeq::autoNameTrack(int kind, const CUndo* undo) {

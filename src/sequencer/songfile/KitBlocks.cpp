@@ -171,7 +171,7 @@ void writeKit(SongWriting& w, CTrack* track) {
     const CStr& name = track->synthProg->id;
     w.out->writeId("drumprogid", name.length() + intBytes);
     w.out->writeStr(name);
-    for (const auto* sound : each<CDrumSound>(track->drumLayer()->sounds)) writeDrum(w, *sound);
+    for (const auto* sound : drumSounds(*track->drumLayer())) writeDrum(w, *sound);
 }
 
 KitReader::KitReader(CSeq* song) : SamplerContent(song->host, nullptr), seq(song) {

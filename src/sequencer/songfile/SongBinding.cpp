@@ -54,7 +54,7 @@ void countClips(CSeq* seq) {
     for (auto* t : seq->tracks) {
         const CLayer* layer = t->drumLayer();
         if (!layer) continue;
-        for (auto* sound : each<CDrumSound>(layer->sounds))
+        for (auto* sound : drumSounds(*layer))
             for (int i = 0; i < sound->clipCount; i++) sound->clips[i]->useCount++;
     }
 }

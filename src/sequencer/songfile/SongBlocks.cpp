@@ -262,7 +262,7 @@ void SongWriting::orderClips() {
     for (auto* track : seq->tracks) {
         const CLayer* layer = track->drumLayer();
         if (!layer) continue;
-        for (auto* sound : each<CDrumSound>(layer->sounds))
+        for (auto* sound : drumSounds(*layer))
             used.insert(sound->clips, sound->clips + sound->clipCount);
     }
     for (auto* clip : seq->drumClips)

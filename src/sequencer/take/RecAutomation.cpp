@@ -1,7 +1,6 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/ForgetHooks.h"
-
 #include "engine/ObjectKinds.h"
 #include "engine/plan/GraphPlan.h"
 #include "sequencer/edit/Pending.h"
