@@ -294,10 +294,7 @@ bool ArrangeGrid::touch(int x, int y, int btn, const TouchStep& step) {
 }
 
 CPoint ArrangeGrid::panBy(CPoint pixels) {
-    const int64_t x = state.axis().scroll();
-    const int y = state.edit.scrollY;
-    state.scrollTo(x - pixels.x, y - pixels.y);
-    return asPoint(int(x - state.axis().scroll()), y - state.edit.scrollY);
+    return panView(state, pixels);
 }
 
 void ArrangeGrid::zoomAt(CPoint at, double factor, bool across) {

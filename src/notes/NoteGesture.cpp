@@ -72,8 +72,7 @@ void NoteHand::dragBegin(const DragPoint& point) {
 }
 
 void NoteHand::dragMove(const DragPoint& point) {
-    state.scrollTo(state.axis().scroll() - (point.at.x - last.x),
-                   state.edit.scrollY - (point.at.y - last.y));
+    panView(state, asPoint(point.at.x - last.x, point.at.y - last.y));
     last = point.at;
 }
 

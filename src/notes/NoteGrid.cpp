@@ -272,10 +272,7 @@ bool NoteGrid::touch(int x, int y, int btn, const TouchStep& step) {
 }
 
 CPoint NoteGrid::panBy(CPoint pixels) {
-    const int64_t x = state.axis().scroll();
-    const int y = state.edit.scrollY;
-    state.scrollTo(x - pixels.x, y - pixels.y);
-    return asPoint(int(x - state.axis().scroll()), y - state.edit.scrollY);
+    return panView(state, pixels);
 }
 
 void NoteGrid::zoomAt(CPoint at, double factor, bool across) {

@@ -33,3 +33,9 @@ CPoint scrollView(State& state, CPoint by) {
     state.scrollTo(x + by.x, y + by.y);
     return asPoint(int(state.axis().scroll() - x), state.edit.scrollY - y);
 }
+/// Moves what is shown with a hand that moves by so many pixels; by how many it did.
+template <class State>
+CPoint panView(State& state, CPoint by) {
+    const CPoint scrolled = scrollView(state, asPoint(-by.x, -by.y));
+    return asPoint(-scrolled.x, -scrolled.y);
+}

@@ -8,8 +8,7 @@ void HandGesture::dragBegin(const DragPoint& point) {
 }
 
 void HandGesture::dragMove(const DragPoint& point) {
-    state.scrollTo(state.axis().scroll() - (point.at.x - last.x),
-                   state.edit.scrollY - (point.at.y - last.y));
+    panView(state, asPoint(point.at.x - last.x, point.at.y - last.y));
     last = point.at;
 }
 
