@@ -86,5 +86,6 @@ private:
     std::atomic<AlsaMidi*> sequencer{nullptr};
     std::atomic<WavFeed*> feed{nullptr};
     std::atomic<WavCapture*> capture{nullptr};
-    std::atomic<int64_t> blocks{0}, lateBlocks{0}, wokenLate{0}, lostFrames{0}, worstNs{0}, heavyBlocks{0};
+    std::atomic<int64_t> blocks{0}, lateBlocks{0}, wokenLate{0}, lostFrames{0}, worstNs{0},
+        heavyBlocks{0};
 };

@@ -74,7 +74,8 @@ void Osc::transport(std::string_view what, double value) {
     if (what == "tempo") {
         host->values->nudge(seq ? tempoHereOf(seq) : tempoOf(host), value);
     } else if (what == "position") {
-        host->setPos(std::clamp(value, 0.0, double(maxTicks) / quarterTicks) * double(quarterTicks));
+        host->setPos(std::clamp(value, 0.0, double(maxTicks) / quarterTicks) *
+                     double(quarterTicks));
     } else if (what == "loop") {
         const double on = value != 0.0;
         host->values->set(seq ? loopOf(seq->getProg()) : loopOf(host), {on, seq ? on : 0.0});
