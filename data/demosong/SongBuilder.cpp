@@ -1,20 +1,18 @@
 #include "data/demosong/SongBuilder.h"
 
 #include "data/demosong/Score.h"
+#include "data/demosong/SongPoints.h"
 #include "data/presets/PartText.h"
 #include "engine/CQV.h"
 #include "engine/MidiBytes.h"
 #include "project/SongSounds.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/CSubTrack.h"
-#include "sequencer/song/Points.h"
 
 namespace {
 
 /// A little less than written, so that a repeated note is heard as one.
 constexpr int noteGapTicks = 20;
-/// Pixels that show the whole song, in the smallest window too.
-constexpr int wholeWidth = 640;
 
 /// Of a place in a part.
 int ticksAt(int bar, int step = 0) {
@@ -140,37 +138,18 @@ void SongBuilder::curve(CTrack* track, CSubTrack* lane, int fromBar, int toBar,
 }
 
 void SongBuilder::tempo(int bar, float bpm) {
-    auto* point = new CTempoPart;
-    point->pos = songTick(bar);
-    point->setTempo(bpm);
-    seq->getProg()->addTempo(point, nullptr);
+    addTempoPoint(seq, songTick(bar), bpm);
 }
 
 void SongBuilder::signature(int bar, int beats, int unit) {
-    auto* point = new CTimesigPart(beats, unit);
-    point->pos = songTick(bar);
-    seq->getProg()->addTimesig(point, nullptr);
+    addSignature(seq, songTick(bar), beats, unit);
 }
 
 void SongBuilder::marker(int fromBar, int toBar, const CStr& name) {
-    auto* made = new CMarkerPart;
-    made->id = name;
-    made->pos = songTick(fromBar);
-    made->length = songTick(toBar) - songTick(fromBar);
-    seq->getProg()->addMarker(made, nullptr);
+    addSongMarker(seq, songTick(fromBar), songTick(toBar), name);
 }
 
 CSeq* SongBuilder::finish(int endBar) {
-    GraphHold hold(host);
-    seq->orderParts(nullptr, nullptr, true);
-    CSeqProg* prog = seq->getProg();
-    prog->leftLocator = 0;
-    prog->rightLocator = songTick(endBar);
-    prog->loop = 0;
-    seq->options.setZoom(float(wholeWidth) * quarterTicks / float(songTick(endBar)));
-    host->loop = 0;
-    host->setTempo(demoBpm);
-    host->undoClear();
-    host->markSaved(host->saveMark());
+    finishSong(seq, songTick(endBar), demoBpm);
     return seq;
 }

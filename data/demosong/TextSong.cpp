@@ -1,19 +1,15 @@
 #include "data/demosong/TextSong.h"
 
-#include "audiofiles/CSample.h"
+#include "data/demosong/SongPoints.h"
 #include "data/presets/Kits.h"
 #include "data/presets/PartText.h"
 #include "engine/CQV.h"
 #include "project/SongSounds.h"
 #include "sequencer/song/CSeq.h"
-#include "sequencer/song/Points.h"
 
 #include <string_view>
 
 namespace {
-
-/// Pixels that show the whole song, in the smallest window too.
-constexpr int wholeWidth = 640;
 
 int ticksAt(int step) {
     return step * presets::stepTicks;
@@ -56,44 +52,19 @@ CPart* TextSong::beat(CTrack* track, int step, std::span<const presets::DrumRow>
                int(std::string_view(rows[0].steps).size()));
 }
 
-CPart* TextSong::sound(CTrack* track, int step, const presets::SoundLoop& loop) {
-    return add(track, presets::soundPart(presets::poolSample(host, loop), loop.bars).release(),
-               step, loop.bars * barTicks / presets::stepTicks);
-}
-
 void TextSong::tempo(int step, float bpm, bool ramp) {
-    auto* point = new CTempoPart;
-    point->pos = ticksAt(step);
-    point->setTempo(bpm);
-    point->ramp = static_cast<unsigned char>(ramp);
-    seq->getProg()->addTempo(point, nullptr);
+    addTempoPoint(seq, ticksAt(step), bpm, ramp);
 }
 
 void TextSong::signature(int step, int beats, int unit) {
-    auto* point = new CTimesigPart(beats, unit);
-    point->pos = ticksAt(step);
-    seq->getProg()->addTimesig(point, nullptr);
+    addSignature(seq, ticksAt(step), beats, unit);
 }
 
 void TextSong::marker(int from, int to, const CStr& name) {
-    auto* made = new CMarkerPart;
-    made->id = name;
-    made->pos = ticksAt(from);
-    made->length = ticksAt(to - from);
-    seq->getProg()->addMarker(made, nullptr);
+    addSongMarker(seq, ticksAt(from), ticksAt(to), name);
 }
 
 CSeq* TextSong::finish(int steps, float bpm) {
-    const GraphHold hold(host);
-    seq->orderParts(nullptr, nullptr, true);
-    CSeqProg* prog = seq->getProg();
-    prog->leftLocator = 0;
-    prog->rightLocator = ticksAt(steps);
-    prog->loop = 0;
-    seq->options.setZoom(float(wholeWidth) * quarterTicks / float(ticksAt(steps)));
-    host->loop = 0;
-    host->setTempo(bpm);
-    host->undoClear();
-    host->markSaved(host->saveMark());
+    finishSong(seq, ticksAt(steps), bpm);
     return seq;
 }

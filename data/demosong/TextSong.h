@@ -23,8 +23,6 @@ public:
     CPart* line(CTrack* track, int step, const char* text);
     /// A part of a drum track, as long as its rows.
     CPart* beat(CTrack* track, int step, std::span<const presets::DrumRow> rows);
-    /// A part of an audio track that plays a loop in the tempo of the song.
-    CPart* sound(CTrack* track, int step, const presets::SoundLoop& loop);
     void tempo(int step, float bpm, bool ramp);
     void signature(int step, int beats, int unit);
     void marker(int from, int to, const CStr& name);
