@@ -7,7 +7,6 @@
 #include "engine/GraphHold.h"
 #include "sequencer/song/CSeq.h"
 
-#include <initializer_list>
 #include <string_view>
 
 namespace {
@@ -21,68 +20,68 @@ const Row& named(const std::vector<Row>& rows, std::string_view name) {
     return rows.front();
 }
 
-/// Tracks out of the presets, each with a clip that repeats to the end.
-class Starter {
-public:
-    Starter(CSeq* seq, float bpm) : song(seq) {
-        song.tempo(0, bpm, false);
-        seq->host->setTempo(bpm);
-    }
-
-    void drums(const char* preset, const char* clip) {
-        CTrack* track = make(preset, trackDrum);
-        const presets::DrumClip& of = named(presets::drumClips(), clip);
-        const int length = int(std::string_view(of.rows.front().steps).size());
-        repeat(length, [&](int step) { song.beat(track, step, of.rows); });
-    }
-
-    void notes(const char* preset, const char* clip, int fromBar = 0) {
-        CTrack* track = make(preset, trackMIDI);
-        const char* line = named(presets::noteClips(), clip).line;
-        repeat(
-            presets::lengthOf(line), [&](int step) { song.line(track, step, line); }, fromBar);
-    }
-
-private:
-    CTrack* make(const char* preset, int kind) {
-        CTrack* track = song.track(kind, preset);
-        presets::fillTrack(track, named(presets::trackPresets(), preset));
-        return track;
-    }
-
-    template <class Put>
-    static void repeat(int length, Put&& put, int fromBar = 0) {
-        for (int step = fromBar * barSteps; step + length <= bars * barSteps; step += length)
-            put(step);
-    }
-
-    TextSong song;
+struct StarterTrack {
+    const char *preset, *clip;
+    int fromBar = 0;
+    bool drums = false;
 };
+
+struct StarterRow {
+    float bpm;
+    float level;            ///< of the master: what is played together leaves room above
+    StarterTrack tracks[4]; ///< fewer when one has no name
+};
+
+constexpr StarterRow starters[starterCount] = {
+    {122,
+     0.85f,
+     {{"Club drums", "Four on the floor", 0, true},
+      {"Sub bass", "Off-beat bass"},
+      {"Gated chords", "Minor chords", 8},
+      {"Stab", "House stabs", 4}}},
+    {112,
+     0.82f,
+     {{"Wooden room drums", "Straight rock", 0, true},
+      {"Slap bass", "Driving eighths"},
+      {"Stage piano", "Song chords", 4},
+      {"String section", "Slow strings", 8}}},
+    {96,
+     0.9f,
+     {{"Brush drums", "Brush swing", 0, true},
+      {"Upright bass", "Walking bass"},
+      {"Stage piano", "Night chords", 4}}},
+};
+
+/// Calls `put` with each step at which a clip of `length` steps begins, to the end.
+template <class Put>
+void repeat(int length, int fromBar, Put&& put) {
+    for (int step = fromBar * barSteps; step + length <= bars * barSteps; step += length) put(step);
+}
+
+/// A track out of the presets, with a clip that repeats to the end.
+void fill(TextSong& song, const StarterTrack& row) {
+    CTrack* track = song.track(row.drums ? trackDrum : trackMIDI, row.preset);
+    presets::fillTrack(track, named(presets::trackPresets(), row.preset));
+    if (row.drums) {
+        const presets::DrumClip& of = named(presets::drumClips(), row.clip);
+        const int length = int(std::string_view(of.rows.front().steps).size());
+        repeat(length, row.fromBar, [&](int step) { song.beat(track, step, of.rows); });
+    } else {
+        const char* line = named(presets::noteClips(), row.clip).line;
+        repeat(presets::lengthOf(line), row.fromBar,
+               [&](int step) { song.line(track, step, line); });
+    }
+}
 
 } // namespace
 
-void createBeatProject(CSeq* seq) {
+void createStarter(CSeq* seq, StarterSong which) {
     const GraphHold hold(seq->host);
-    Starter starter(seq, 122.0f);
-    starter.drums("Club drums", "Four on the floor");
-    starter.notes("Sub bass", "Off-beat bass");
-    starter.notes("Gated chords", "Minor chords", 8);
-    starter.notes("Stab", "House stabs", 4);
-}
-
-void createBandProject(CSeq* seq) {
-    const GraphHold hold(seq->host);
-    Starter starter(seq, 112.0f);
-    starter.drums("Wooden room drums", "Straight rock");
-    starter.notes("Slap bass", "Driving eighths");
-    starter.notes("Stage piano", "Song chords", 4);
-    starter.notes("String section", "Slow strings", 8);
-}
-
-void createLateNightProject(CSeq* seq) {
-    const GraphHold hold(seq->host);
-    Starter starter(seq, 96.0f);
-    starter.drums("Brush drums", "Brush swing");
-    starter.notes("Upright bass", "Walking bass");
-    starter.notes("Stage piano", "Night chords", 4);
+    const StarterRow& row = starters[which];
+    TextSong song(seq);
+    song.tempo(0, row.bpm, false);
+    seq->host->setTempo(row.bpm);
+    for (const StarterTrack& track : row.tracks)
+        if (track.preset) fill(song, track);
+    presets::setLevel(seq->host->getAudioOut()->output(), row.level, 0.0f);
 }

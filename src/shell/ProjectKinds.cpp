@@ -11,6 +11,11 @@
 
 namespace {
 
+template <StarterSong which>
+void starter(CSeq* seq) {
+    createStarter(seq, which);
+}
+
 struct Kind {
     const char *name, *detail;
     void (*create)(CSeq* seq); ///< null: no song
@@ -23,9 +28,9 @@ constexpr Kind kinds[offeredKinds] = {
     {"Multi-track recorder", "8 audio tracks, ready to record", createPortaStudioProject},
     {"Guitar Project", "Drums, and an amplifier to play through", createGuitaristProject},
     {"Modular setup", "Components without a song", nullptr},
-    {"Beat", "Club drums, a bass and chords that play", createBeatProject},
-    {"Band", "Drums, bass, piano and strings that play", createBandProject},
-    {"Late night", "Brushes, upright bass and piano that play", createLateNightProject},
+    {"Beat", "Club drums, a bass and chords that play", starter<starterBeat>},
+    {"Band", "Drums, bass, piano and strings that play", starter<starterBand>},
+    {"Late night", "Brushes, upright bass and piano that play", starter<starterLateNight>},
 };
 
 } // namespace
