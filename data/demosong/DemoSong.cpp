@@ -77,7 +77,7 @@ void DemoSong::drums() {
         PartBuilder kit(song.part(sounds.kit, from, to)), rest(song.part(sounds.drums, from, to));
         for (int bar = 0; bar < to - from; bar++)
             drumBar(kit, rest, bar, bar % phrase == phrase - 1 ? turn : lines);
-        if (crash) rest.note(0, 0, 4, keyCrash, 92);
+        if (crash) rest.note(0, 0, 4, keyCrash, 54);
     };
     section(barGroove, barGroove + phrase, drumHats, drumHats, false);
     section(barGroove + phrase, barVerse, drumVerse, drumVerseTurn, true);
@@ -92,7 +92,7 @@ void DemoSong::drums() {
     for (int bar = 0; bar < int(std::size(drumBuild)); bar++)
         drumBar(roll, end, bar, std::span(&drumBuild[bar], 1));
     for (int bar = 0; bar < phrase; bar++) drumBar(endKit, end, bar, drumHats);
-    end.note(0, 0, 4, keyCrash, 92);
+    end.note(0, 0, 4, keyCrash, 54);
 
     PartBuilder breath(song.part(sounds.kit, barTurn, barChorus2));
     PartBuilder breathRest(song.part(sounds.drums, barTurn, barChorus2));

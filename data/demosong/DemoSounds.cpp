@@ -88,7 +88,7 @@ DemoSounds::DemoSounds(SongBuilder& builder) : song(builder) {
     voiceLoop = loop("Chopped chords");
 
     players[0] = addSynthDrums(song.seq, drums);
-    setStrip(players[0], 0.84f, 0.0f);
+    setStrip(players[0], 0.66f, 0.0f);
     players[1] = instrument(bass, programBass, 1.0f, 0.0f);
     players[2] = instrument(pad, programPads, 1.0f, 0.0f);
     players[3] = instrument(pluck, programPluck, 1.0f, 0.0f);
@@ -123,16 +123,17 @@ void DemoSounds::mix() {
     air->active = 1;
 
     // The trim is a power of 4.
-    players[1]->output()->trim = 0.14f;
+    players[1]->output()->trim = 0.128f;
     players[3]->output()->trim = 0.25f;
-    presets::setLevel(kit->output(), 0.52f, 0.0f);
+    presets::setLevel(kit->output(), 0.4f, 0.0f);
     presets::setLevel(beat->output(), 0.55f, 0.0f);
     presets::setLevel(voices->output(), 0.85f, 0.0f);
     cutLows(beat->output(), 350.0f, -14.0f);
     cutLows(voices->output(), 250.0f, -8.0f);
     presets::addRack(players[6]->output(), "Crunch rhythm");
-    compress(song.host->getAudioOut()->output(), {-22.0f, 0.5f, 1.0f, 90.0f, 5.9f});
-    compress(song.host->getAudioOut()->output(), {-16.0f, 0.1f, 1.0f, 40.0f, 1.2f});
+    COutputChannel* master = song.host->getAudioOut()->output();
+    compress(master, {-16.0f, 0.5f, 1.0f, 350.0f, 3.2f});
+    compress(master, {-14.0f, 0.07f, 1.0f, 30.0f, 1.65f});
 }
 
 /// What drums and beat have in common.
@@ -141,7 +142,7 @@ void DemoSounds::group() {
         groupStrips(song.host, {kit->output(), players[0]->output(), beat->output()});
     drumGroup->setId("Drums");
     const GraphHold hold(song.host);
-    compress(drumGroup->output(), {-20.0f, 0.5f, 3.0f, 120.0f, 1.5f});
+    compress(drumGroup->output(), {-22.0f, 0.4f, 1.0f, 100.0f, 1.2f});
 }
 
 void DemoSounds::duckBehindDrums() {
