@@ -105,6 +105,10 @@ void MainMenu::fillNew(CPopup* popup) {
     for (int kind = 0; kind < offeredKinds; kind++)
         add(popup, projectKindName(kind), &MainMenu::kindClicked, kind);
     popup->addSeparator();
+    fillDemos(popup);
+}
+
+void MainMenu::fillDemos(CPopup* popup) {
     add(popup, "Demo song", &MainMenu::kindClicked, kindDemo);
     add(popup, "Second demo song: Waltz", &MainMenu::kindClicked, kindWaltz);
 }
@@ -169,6 +173,8 @@ void MainMenu::fillView(CPopup* popup) {
 }
 
 void MainMenu::fillHelp(CPopup* popup) {
+    fillDemos(popup);
+    popup->addSeparator();
     addAction(popup, "checkupdates");
     addAction(popup, "about");
 }

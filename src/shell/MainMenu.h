@@ -31,6 +31,7 @@ private:
     void menuClicked(CObject* sender);
     void fillFile(CPopup* popup);
     void fillNew(CPopup* popup);
+    void fillDemos(CPopup* popup);
     void fillRecent(CPopup* popup);
     void fillEdit(CPopup* popup);
     void fillView(CPopup* popup);
