@@ -115,7 +115,7 @@ void CPreviewPanel::fileShown() {
     tempo->setLit(preview->playsInTempo());
     tuned->setLit(preview->playsInKey());
     match->setLit(preview->isMatched());
-    wave->redraw();
+    wave->fileShown();
 }
 
 void CPreviewPanel::playClicked(CObject*) {

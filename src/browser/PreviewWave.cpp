@@ -44,6 +44,11 @@ CRect PreviewWave::lineAt(int x) const {
     return asRect(x, 1, x + 1, height - 1);
 }
 
+void PreviewWave::fileShown() {
+    tellRange();
+    redraw();
+}
+
 void PreviewWave::idle() {
     const int x = preview->isOn() ? xOf(preview->frame()) : -1;
     if (x == shownX) return;

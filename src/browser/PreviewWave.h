@@ -17,7 +17,8 @@ public:
 
     PreviewWave(CWin* win, CBrowserPreview* preview);
 
-    void idle(); ///< follows what is heard; interface tick
+    void idle();      ///< follows what is heard; interface tick
+    void fileShown(); ///< another file, or it plays or not
     void paint(CGraphic* g, CRect rect) override;
     void mouseDown(int x, int y, int btn) override;
     bool keyDown(int key, int mods) override;
