@@ -1,19 +1,21 @@
 #pragma once
 
+#include "base/Atomic.h"
+
 #include <algorithm>
 #include <cmath>
 
 /// How much of a cable, a send or an insert is heard while it comes or goes, or the user mutes it:
 /// a straight line of `ms`, counted from its end so that it is the same in any pieces. Whoever runs
-/// the step that hears it.
+/// the step that hears it moves it on; whoever plans anew looks meanwhile whether it is over.
 struct PlanFade {
     static constexpr int ms = 10;
 
-    float step = 0.0f;    ///< what each frame adds
-    int left = 0;         ///< frames of the line
-    bool leaving = false; ///< nothing is heard behind it
+    float step = 0.0f;           ///< what each frame adds
+    Shared<int> left{0};         ///< frames of the line
+    Shared<bool> leaving{false}; ///< nothing is heard behind it
 
-    static PlanFade still(bool away) { return {0.0f, 0, away}; }
+    static PlanFade still(bool away) { return {0.0f, Shared(0), Shared(away)}; }
 
     /// Turns to nothing, or to all of it, from where it is.
     void turn(bool away, int frames) {
