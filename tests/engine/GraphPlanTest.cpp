@@ -128,6 +128,26 @@ private:
     std::vector<Unit> units; ///< the last is the audio out
 };
 
+/// A component of many strips, as a sequencer is; each plays 1.
+class WideComp : public CComp {
+public:
+    WideComp(CQV* root, int strips) : CComp(root), count(strips) {}
+    void init() override {
+        for (int i = 0; i < count; ++i) outputs.add(new COutputChannel(this));
+    }
+    void process(int n) override {
+        const ProcessGuard guard(this);
+        if (!guard.enter) return;
+        for (auto* ch : outputs) {
+            std::fill_n(ch->bufL, n, 1.0f);
+            std::fill_n(ch->bufR, n, 1.0f);
+        }
+    }
+
+private:
+    int count;
+};
+
 /// Runs a block of the net that a test edits, whenever it waits for a step.
 Net* waiting = nullptr;
 
@@ -148,6 +168,21 @@ TEST(GraphPlan, SumsAsTheCablesLead) {
         }
         EXPECT_EQ(rtViolations(), 0);
         messageHooks().pumpIdle = nullptr;
+    }
+}
+
+/// However many strips of one component lead there, one after the other.
+TEST(GraphPlan, SumsAllStripsOfAComponent) {
+    for (const int strips : {1, 8, 9, 16, 31, 32, 100}) {
+        StripFixture t(frames);
+        auto* wide = t.add(new WideComp(t.host, strips));
+        {
+            const GraphHold hold(t.host);
+            for (auto* ch : wide->outputs) t.out->addAudioCable(ch, nullptr);
+        }
+        t.block(frames);
+        EXPECT_EQ(t.out->output()->bufL[0], float(strips));
+        EXPECT_EQ(t.out->output()->bufR[frames - 1], float(strips));
     }
 }
 

@@ -379,8 +379,8 @@ void PlanBuilder::flushSums(CComp* out) {
     for (const PlanArrival& sum : p.sums) p.reads.push_back(sum.from->fromChannel);
     const auto inputs = contents<const void>(out->inputs);
     PlanStep& step = add(out, PlanStep::sum, {inputs.begin(), inputs.end()});
-    step.sums = std::move(place(out).sums);
-    place(out).sums.clear();
+    step.sums.insert(step.sums.end(), p.sums.begin(), p.sums.end()); // it may go on with a step
+    p.sums.clear();
 }
 
 /// A component's works that follow each other are one step.
