@@ -4,22 +4,13 @@
 #include "base/CList.h"
 #include "base/CObject.h"
 #include "base/CStr.h"
+#include "engine/TakeOver.h"
 
 class CComp;
 class CMIDIQ;
 class COutputChannel;
 struct CMIDIBytes;
 struct ControlMove;
-
-/// What the values of a controller do with a parameter. Files have these numbers.
-enum MapMode : int {
-    mapJump = 0,     ///< it takes each value
-    mapPickup = 1,   ///< it stays until the controller has come to where it is
-    mapScale = 2,    ///< it moves by the share of the way that is left in that direction
-    mapRelative = 3, ///< 1 to 63 are steps up, 127 to 65 steps down
-    mapOffset = 4,   ///< 65 and more are steps up, 63 and less steps down
-    mapModes = 5
-};
 
 /// Leads one controller to one parameter. Fields in atomics are read by the graph while the map
 /// window changes them.
@@ -50,24 +41,21 @@ public:
     bool forget(const CObject* gone);
 
 private:
-    static constexpr float none = -1.0f;
-
-    float shareOf(float value) const; ///< of the parameter, that a value of the controller means
-    float follow(float value);        ///< the share that the parameter takes, or `none`
-    float pickedUp(float value, float now);
-    float scaled(float value, float now) const;
-    float stepped(float value, float now) const;
-
-    bool fresh = false; ///< it has just learned; graph holder
-    float left = none;  ///< the share that it was given last; graph holder
+    bool fresh = false;          ///< it has just learned; graph holder
+    float left = TakeOver::none; ///< the share that it was given last; graph holder
 };
 
 /// A list of maps, one of which is in force: the host's `curMap`.
 class CMapProg : public CObject {
 public:
+    /// Each message of a device is compared with all of them.
+    static constexpr int mostItems = 4096;
+
     int value = 1;
     CStr name = "program";
     ListOf<CMap> items; ///< owned
+
+    bool full() const { return items.getCount() >= mostItems; }
 
     CMapProg() = default;
     ~CMapProg() override;

@@ -88,7 +88,7 @@ StoredValue mapValue(CMap* map, MapField field) {
 
 void addEmptyMap(CQV* host) {
     CMapProg* program = currentMaps(host);
-    if (!program) return;
+    if (!program || program->full()) return;
     CUndo* step = host->undoStart("Add", host, rows);
     step->asAdd(new CMap, &program->items);
     host->undoEnd(step, true);

@@ -172,11 +172,13 @@ void CQV::paramMoved(CObject* target, int param, float value) {
         known->learning = true;
         return;
     }
+    CMap* empty = emptyMap(program);
+    if (program->full() && !empty) return;
     CUndo* step = undoStart("Add", this, {.comp = CompNotice::maps});
     auto* map = new CMap;
     map->target = target;
     map->learning = true;
-    if (CMap* empty = emptyMap(program)) {
+    if (empty) {
         map->takeRow(*empty);
         step->asRemove(empty, &program->items);
     }

@@ -139,7 +139,7 @@ void readMap(ItemView& item, CMapProg* prog, GraphIndex& index) {
     const int mode = item.readInt();
     if (mode > 0 && mode < mapModes) map->mode = mode;
     item.readInt();
-    if (item.tooShort || !hasLegalValues(*map)) return;
+    if (item.tooShort || !hasLegalValues(*map) || prog->full()) return;
     aim(*map, ref, index);
     if (map->target.load()) prog->items.add(map.release());
 }
