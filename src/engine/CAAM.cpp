@@ -270,3 +270,12 @@ bool CAAM::sendExclusive(int out, const std::vector<unsigned char>& bytes) {
     const AamMessage message{out, 0, int32_t(copy.size()), 0, copy.data()};
     return call(aamMessageSend, reinterpret_cast<intptr_t>(&message)) == 1;
 }
+
+bool CAAM::takeExclusive(int& in, std::vector<unsigned char>& bytes) {
+    bytes.resize(size_t(aamMostMessage));
+    AamMessage message{0, 0, aamMostMessage, 0, bytes.data()};
+    if (call(aamMessageTake, reinterpret_cast<intptr_t>(&message)) != 1) return false;
+    in = message.device;
+    bytes.resize(size_t(std::clamp(message.length, 0, aamMostMessage)));
+    return true;
+}

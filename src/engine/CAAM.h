@@ -96,6 +96,9 @@ public:
     /// Sends a system exclusive message, 0xF0 to 0xF7, to a MIDI output, -1 all. False where it
     /// goes nowhere, or too much waits.
     bool sendExclusive(int device, const std::vector<unsigned char>& bytes);
+    /// The oldest system exclusive message that came, and the MIDI input where it did; false
+    /// without one.
+    bool takeExclusive(int& device, std::vector<unsigned char>& bytes);
 
     /// Asks the desktop for real-time scheduling of a thread of this process, by its number in the
     /// system. May wait for the answer.

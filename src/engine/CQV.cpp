@@ -252,7 +252,10 @@ void CQV::idle() {
     for (CComp* c : comps) c->afteridle();
     for (CComp* c : each<CComp>(sends)) c->afteridle();
     if (spectrumOn) spectrum->transform(*dft);
-    if (aam) aam->idle();
+    if (aam) {
+        aam->idle();
+        deviceMidi->idle(*aam);
+    }
     tasks->exec(true);
     undoIdle();
     idling = false;

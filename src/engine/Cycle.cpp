@@ -164,21 +164,26 @@ int mostOfPart() {
     return countIn > 0 ? std::min(room, countIn) : room;
 }
 
-/// Hands in the clock of another machine where the part begins. Frames to its next message, at
-/// which a part ends: most of a block without one.
+/// Hands in the clock and the time code of others where the part begins. Frames to its next
+/// message, at which a part ends: most of a block without one.
 int followClock(const DeviceBlock& block) {
     MidiClockIn& clock = qv->deviceMidi->clockIn;
+    TimeCodeIn& code = qv->deviceMidi->codeIn;
     int next = block.whole;
-    if (clock.device == noClockDevice) return next;
+    if (clock.device == noClockDevice && code.device == noClockDevice)
+        return code.most(next - block.from);
     for (const AamEvent& e : block.in) {
         const int frame = std::clamp(e.frame, 0, block.whole - 1);
-        if (!clock.follows(e) || frame < block.from) continue;
-        if (frame == block.from)
+        const bool beats = clock.follows(e);
+        if ((!beats && !code.follows(e)) || frame < block.from) continue;
+        if (frame > block.from)
+            next = std::min(next, frame);
+        else if (beats)
             clock.take(e.data);
         else
-            next = std::min(next, frame);
+            code.take(e.data);
     }
-    return next - block.from;
+    return code.most(next - block.from);
 }
 
 double songPosition() {
@@ -186,11 +191,13 @@ double songPosition() {
     return song ? song->getPos() : double(qv->pos);
 }
 
-/// The clock for others, of the part that was worked out; `ticks` is where it began.
+/// The clock and the time code for others, of the part that was worked out; `ticks` is where it
+/// began.
 void sendClock(DeviceBlock& block, double ticks) {
     const MidiClockOut::Part part{qv->playing != 0, ticks, qv->ticksPerFrame(), block.from,
                                   block.frames};
     block.sent += qv->deviceMidi->clockOut.write(part, block.room.subspan(block.sent));
+    block.sent += qv->deviceMidi->codeOut.write(part, block.room.subspan(block.sent));
 }
 
 /// Works out the next part of a block; false when the graph went to an operation that leaves
@@ -207,6 +214,7 @@ bool runPart(DeviceBlock& block) {
     sendAll(block);
     sendClock(block, began);
     qv->deviceMidi->clockIn.advance(block.frames);
+    qv->deviceMidi->codeIn.advance(block.frames);
     block.from += block.frames;
     return true;
 }

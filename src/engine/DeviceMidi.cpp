@@ -1,5 +1,6 @@
 #include "engine/DeviceMidi.h"
 
+#include "engine/CAAM.h"
 #include "engine/MidiBytes.h"
 
 #include <algorithm>
@@ -66,6 +67,22 @@ int DeviceMidi::sendOutside(std::span<AamEvent> room) {
     size_t count = 0;
     while (count < room.size() && outside.pop(room[count])) count++;
     return int(count);
+}
+
+void DeviceMidi::idle(CAAM& bridge) {
+    TimeCode code;
+    if (codeOut.takePlace(code)) {
+        const FullFrame whole = fullFrame(code);
+        bridge.sendExclusive(codeOut.device, {whole.begin(), whole.end()});
+    }
+    int device = 0;
+    std::vector<unsigned char>& bytes = exclusive;
+    for (int i = 0; i < mostExclusive && bridge.takeExclusive(device, bytes); i++) {
+        if (readFullFrame(bytes, code))
+            codeIn.place(device, code);
+        else if (onExclusive)
+            onExclusive(device, bytes);
+    }
 }
 
 int DeviceMidi::endNotes(std::span<AamEvent> room) {

@@ -4,12 +4,16 @@
 #include "base/Ring.h"
 #include "engine/ControlSource.h"
 #include "engine/MidiClock.h"
+#include "engine/MidiTimeCode.h"
 
 #include "driver/libaam.h"
 
 #include <bitset>
+#include <functional>
 #include <span>
 #include <vector>
+
+class CAAM;
 
 /// What of MIDI outlives a block on its way between the driver and the graph: messages of blocks
 /// that did not run, and the notes that sound on instruments outside. The driver's callback, but
@@ -34,8 +38,19 @@ public:
     ControlReader controls; ///< of what comes to the maps; graph holder
     MidiClockOut clockOut;
     MidiClockIn clockIn;
+    TimeCodeOut codeOut;
+    TimeCodeIn codeIn;
 
-    explicit DeviceMidi(CQV* root) : clockIn(root), kept(aamMaxEvents) {}
+    /// Takes the system exclusive messages that come, but for time code. Interface thread.
+    std::function<void(int device, std::span<const unsigned char> bytes)> onExclusive;
+    static constexpr int mostExclusive = 256; ///< of one `idle`; the rest follows
+
+    explicit DeviceMidi(CQV* root)
+        : clockIn(root), codeOut(root), codeIn(root), kept(aamMaxEvents) {}
+
+    /// Hands on what has come of system exclusive messages, and tells where the song was placed.
+    /// Interface tick.
+    void idle(CAAM& bridge);
 
     /// Keeps the messages of a block that cannot run for the start of the next one that does. Those
     /// that there is no room for are lost.
@@ -66,7 +81,8 @@ private:
     void append(std::span<const AamEvent> in);
     void set(std::size_t at, bool on);
 
-    std::vector<AamEvent> kept; ///< room for `aamMaxEvents`
+    std::vector<unsigned char> exclusive; ///< a message that comes; interface thread
+    std::vector<AamEvent> kept;           ///< room for `aamMaxEvents`
     int numKept = 0;
     /// Of each channel of each device the keys, then the pedal.
     std::bitset<std::size_t(devices) * channels*(keys + 1)> down;

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 
 namespace {
 
@@ -18,7 +17,7 @@ enum System : int {
 };
 
 constexpr double beatTicks = 40.0, sixteenthTicks = 240.0;
-constexpr int beatsOfSixteenth = 6, beatsOfQuarter = 24, mostPosition = 16383;
+constexpr int beatsOfSixteenth = 6, mostPosition = 16383;
 constexpr double near = 1e-6; ///< ticks
 
 } // namespace
@@ -103,45 +102,29 @@ void MidiClockIn::tick() {
         armed = false;
         host->startSynced();
     }
-    if (period > 0.0) steer();
-    if (first) at = double(now);
+    if (pulse.period > 0.0) steer();
+    if (first) pulse.at = double(now);
 }
 
-/// A loop of second order smooths the moments of the beats: quick at first, and with a time of one
-/// second from then on. After a pause it begins anew.
+/// After a pause it begins anew.
 void MidiClockIn::follow() {
-    constexpr double quickHz = 2.0, steadyHz = 0.5 * std::numbers::inv_pi; // of a second
     constexpr double longest = 0.5; // seconds: slower than any song
-    const double rate = double(host->rate), past = double(now - lastTick);
-    const bool paused = lastTick < 0 || past > longest * rate;
-    lastTick = now;
-    if (paused) {
-        period = 0.0;
-        beats = 0;
-        at = double(now);
-        return;
-    }
-    beats++;
-    if (period == 0.0) {
-        period = past;
-        at = double(now);
-        return;
-    }
-    const double hz = std::max(quickHz / (1.0 + beats / double(beatsOfQuarter)), steadyHz);
-    const double turn = 2.0 * std::numbers::pi * hz * period / rate;
-    const double error = double(now) - (at + period);
-    at += period + std::min(std::numbers::sqrt2 * turn, 1.0) * error;
-    period = std::max(period + std::min(turn * turn, 0.5) * error, 1.0);
+    const double rate = double(host->rate);
+    const bool paused = pulse.came < 0 || double(now - pulse.came) > longest * rate;
+    if (paused)
+        pulse.begin(now, 0.0);
+    else
+        pulse.follow(now, rate);
 }
 
 /// The tempo of the beats, and as much more or less of it as brings the song to where they are
 /// within half a second.
 void MidiClockIn::steer() const {
     constexpr double catchUp = 0.5, most = 0.1; // seconds; share of the tempo
-    const double rate = double(host->rate), ticksPerSecond = beatTicks * rate / period;
+    const double rate = double(host->rate), ticksPerSecond = beatTicks * rate / pulse.period;
     double share = 0.0;
     if (running && host->playing) {
-        const double wanted = ticks + (double(now) - at) * beatTicks / period;
+        const double wanted = ticks + (double(now) - pulse.at) * beatTicks / pulse.period;
         const CComp* song = host->getMasterSeq();
         const double is = song ? const_cast<CComp*>(song)->getPos() : double(host->pos);
         // A loop turns here, and not there.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Atomic.h"
+#include "engine/PulseLoop.h"
 
 #include "driver/libaam.h"
 
@@ -14,10 +15,16 @@ class CQV;
 
 constexpr int noClockDevice = -2, anyClockDevice = -1;
 
+/// Whether a packed message is a piece of time code.
+constexpr bool isTimeCode(int data) {
+    return (data & 0xFF) == 0xF1;
+}
+
 /// Whether a packed message tells the time: of the clock, or of time code.
 constexpr bool isClockMessage(int data) {
     const int status = data & 0xFF;
-    return status == 0xF1 || status == 0xF2 || status == 0xF8 || (status >= 0xFA && status <= 0xFC);
+    return isTimeCode(data) || status == 0xF2 || status == 0xF8 ||
+           (status >= 0xFA && status <= 0xFC);
 }
 
 /// Tells instruments outside where the song is, each message at its frame.
@@ -59,7 +66,7 @@ public:
     MidiClockIn& operator=(const MidiClockIn&) = delete;
 
     bool follows(const AamEvent& event) const {
-        return device != noClockDevice && isClockMessage(event.data) &&
+        return device != noClockDevice && isClockMessage(event.data) && !isTimeCode(event.data) &&
                (device == anyClockDevice || device == event.device);
     }
     /// A message that stands where the coming part of a block begins.
@@ -73,12 +80,9 @@ private:
     void steer() const;
 
     CQV* host;
-    int64_t now = 0;       ///< frames, of the coming part
-    int64_t lastTick = -1; ///< when the latest beat came
-    bool armed = false;    ///< the next beat is the first of the song
+    int64_t now = 0;    ///< frames, of the coming part
+    bool armed = false; ///< the next beat is the first of the song
     bool running = false;
-    int beats = 0;       ///< since the start, or since they come
-    double at = 0.0;     ///< when the latest beat was, smoothed; frames
-    double period = 0.0; ///< frames from beat to beat, smoothed; 0 not known yet
-    double ticks = 0.0;  ///< of the song at the latest beat
+    PulseLoop pulse;    ///< of the beats
+    double ticks = 0.0; ///< of the song at the latest beat
 };

@@ -191,6 +191,19 @@ int portOf(CAAM* bridge, const PortKind& kind, const CStr& name) {
     return noClockDevice;
 }
 
+constexpr const char *codeTo = "code to", *codeFrom = "code from", *codeRateKey = "code rate",
+                     *codeHourKey = "code hour";
+
+void followChosen(CQV* host) {
+    const DeviceMidi& midi = *host->deviceMidi;
+    host->sync = midi.clockIn.device != noClockDevice || midi.codeIn.device != noClockDevice;
+}
+
+void setCodeHour(DeviceMidi& midi, int hour) {
+    constexpr int last = 23;
+    midi.codeIn.startHour = midi.codeOut.startHour = asMinMax(hour, 0, last);
+}
+
 void saveRole(CAAM* bridge, const PortKind& kind, const char* section, const char* key,
               int device) {
     const CStr name = device == anyClockDevice ? CStr(allPorts)
@@ -205,7 +218,12 @@ void chooseMidiRoles(CIniFile& ini, CQV* host) {
     DeviceMidi& midi = *host->deviceMidi;
     midi.clockOut.device = portOf(host->aam, midiOutputs, ini.readString(clockSection, "to", ""));
     midi.clockIn.device = portOf(host->aam, midiInputs, ini.readString(clockSection, "from", ""));
-    host->sync = midi.clockIn.device != noClockDevice;
+    midi.codeOut.device = portOf(host->aam, midiOutputs, ini.readString(clockSection, codeTo, ""));
+    midi.codeIn.device = portOf(host->aam, midiInputs, ini.readString(clockSection, codeFrom, ""));
+    midi.codeOut.rate = asMinMax(ini.readInteger(clockSection, codeRateKey, int(CodeRate::fps25)),
+                                 0, codeRates - 1);
+    setCodeHour(midi, ini.readInteger(clockSection, codeHourKey, 0));
+    followChosen(host);
     const auto control = [&](const PortKind& kind, const char* key) {
         return std::max(portOf(host->aam, kind, ini.readString(controlSection, key, "")), -1);
     };
@@ -228,8 +246,41 @@ void saveClockOut(CQV* host, int device) {
     saveRole(host->aam, midiOutputs, clockSection, "to", device);
 }
 
+void saveCodeOut(CQV* host, int device) {
+    host->deviceMidi->codeOut.device = device;
+    saveRole(host->aam, midiOutputs, clockSection, codeTo, device);
+}
+
+namespace {
+
+/// The song follows one machine at a time.
+void saveLeader(CQV* host, int clock, int code) {
+    const CIniBatch batch(inifile);
+    host->deviceMidi->clockIn.device = clock;
+    host->deviceMidi->codeIn.device = code;
+    followChosen(host);
+    saveRole(host->aam, midiInputs, clockSection, "from", clock);
+    saveRole(host->aam, midiInputs, clockSection, codeFrom, code);
+}
+
+} // namespace
+
 void saveClockIn(CQV* host, int device) {
-    host->deviceMidi->clockIn.device = device;
-    host->sync = device != noClockDevice;
-    saveRole(host->aam, midiInputs, clockSection, "from", device);
+    const int code = host->deviceMidi->codeIn.device;
+    saveLeader(host, device, device == noClockDevice ? code : noClockDevice);
+}
+
+void saveCodeIn(CQV* host, int device) {
+    const int clock = host->deviceMidi->clockIn.device;
+    saveLeader(host, device == noClockDevice ? clock : noClockDevice, device);
+}
+
+void saveCodeRate(CQV* host, int rate) {
+    host->deviceMidi->codeOut.rate = rate;
+    CIniFile(inifile).writeInteger(clockSection, codeRateKey, rate);
+}
+
+void saveCodeHour(CQV* host, int hour) {
+    setCodeHour(*host->deviceMidi, hour);
+    CIniFile(inifile).writeInteger(clockSection, codeHourKey, hour);
 }

@@ -34,8 +34,13 @@ void enableMidi(CIniFile& ini, CAAM* bridge);
 /// none.
 void chooseMidiRoles(CIniFile& ini, CQV* host);
 void saveClockOut(CQV* host, int device);
-/// The song follows the clock as long as there is a port.
+/// The song follows the clock as long as there is a port, and then no time code.
 void saveClockIn(CQV* host, int device);
+/// The same of time code (engine/MidiTimeCode.h).
+void saveCodeOut(CQV* host, int device);
+void saveCodeIn(CQV* host, int device);
+void saveCodeRate(CQV* host, int rate); ///< CodeRate, of what is sent
+void saveCodeHour(CQV* host, int hour); ///< 0 to 23, that the song begins at
 
 /// The ports of a control surface, -1 none (DeviceMidi::controlIn), in the same way.
 void saveControlIn(CQV* host, int device);

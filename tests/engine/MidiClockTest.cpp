@@ -138,3 +138,41 @@ TEST(DeviceMidi, KeepsTheControlSurfaceApart) {
     EXPECT_TRUE(!midi.control.pop(event) && midi.copied.pop(copied) && copied == 0x403D90);
     EXPECT_FALSE(midi.copied.pop(copied));
 }
+
+/// A day of time code, in all that it counts: each frame has a moment of its own, with the numbers
+/// that a drop leaves out, and is told by its pieces and by one message.
+TEST(TimeCode, CountsFrames) {
+    const auto text = [](const TimeCode& c) {
+        char room[32];
+        std::snprintf(room, sizeof room, "%02d:%02d:%02d:%02d", c.hours, c.minutes, c.seconds,
+                      c.frames);
+        return std::string(room);
+    };
+    struct Row {
+        CodeRate rate;
+        int64_t frame;
+        const char* text;
+    };
+    for (const Row& r : {Row{CodeRate::fps24, 24 * 3661 + 23, "01:01:01:23"},
+                         {CodeRate::fps25, 25 * 59, "00:00:59:00"},
+                         {CodeRate::drop30, 1799, "00:00:59:29"},
+                         {CodeRate::drop30, 1800, "00:01:00:02"},
+                         {CodeRate::drop30, 17981, "00:09:59:29"},
+                         {CodeRate::drop30, 17982, "00:10:00:00"},
+                         {CodeRate::drop30, 107892, "01:00:00:00"},
+                         {CodeRate::fps30, 30 * 86400 + 1, "00:00:00:01"}})
+        EXPECT_EQ(text(TimeCode::ofFrame(r.frame, r.rate)), r.text) << r.frame;
+    for (int rate = 0; rate < codeRates; rate++) {
+        for (int64_t frame = 0; frame < 86400 * 23; frame += 997) {
+            const TimeCode code = TimeCode::ofFrame(frame, CodeRate(rate));
+            ASSERT_EQ(code.frame(), frame) << rate;
+            std::array<int, 8> pieces{};
+            for (int i = 0; i < 8; i++) pieces[size_t(i)] = code.piece(i) & 15;
+            ASSERT_EQ(TimeCode::ofPieces(pieces), code);
+            TimeCode whole;
+            const FullFrame bytes = fullFrame(code);
+            ASSERT_TRUE(readFullFrame(bytes, whole) && whole == code);
+            ASSERT_FALSE(readFullFrame(std::span(bytes).first(9), whole));
+        }
+    }
+}

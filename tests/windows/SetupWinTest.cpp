@@ -324,6 +324,14 @@ TEST_F(SetupWinTest, PortsAreFoundByTheirNames) {
     EXPECT_EQ(setting("MIDI clock", "from") + setting("MIDI clock", "to"), "JACK MIDI in*");
     EXPECT_TRUE(qv->deviceMidi->clockIn.device == 0 && qv->sync == 1);
     EXPECT_EQ(qv->deviceMidi->clockOut.device, anyClockDevice);
+    choose("code-in", 2);
+    choose("code-rate", 3);
+    EXPECT_EQ(setting("MIDI clock", "from") + setting("MIDI clock", "code from"), "JACK MIDI in");
+    EXPECT_TRUE(qv->sync == 1 && qv->deviceMidi->clockIn.device == noClockDevice);
+    EXPECT_TRUE(qv->deviceMidi->codeIn.device == 0 && qv->deviceMidi->codeOut.rate == 3);
+    EXPECT_EQ(setting("MIDI clock", "code rate"), "3");
+    choose("clock-in", 1);
+    EXPECT_EQ(qv->deviceMidi->codeIn.device, noClockDevice) << "one machine leads";
     choose("clock-in", 0);
     EXPECT_EQ(qv->sync, 0);
     clickRow("midi-inputs", 0);

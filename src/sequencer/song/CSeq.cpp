@@ -15,6 +15,7 @@
 #include "sequencer/edit/PartClipboard.h"
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/play/AudioVoices.h"
+#include "sequencer/play/SongSeconds.h"
 #include "sequencer/song/CEditorComp.h"
 #include "sequencer/song/CSubTrack.h"
 #include "sequencer/song/OrderPlan.h"
@@ -340,6 +341,7 @@ void CSeq::writeSettings() {
 void enterSequencer() {
     enterCompType(compSeq, [](CQV* host) -> CComp* { return new CSeq(host); });
     enterForgetHook(forgetInSongs);
+    enterSongSeconds();
     enterForgetHook(forgetSamples);
     enterKitStrips();
 }

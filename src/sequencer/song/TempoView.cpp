@@ -2,6 +2,7 @@
 
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/DeviceMidi.h"
 #include "engine/SongClock.h"
 #include "engine/TransportRing.h"
 #include "engine/UndoPlan.h"
@@ -86,7 +87,8 @@ void TempoView::follow() {
     CSeqProg* prog = seq->getProg();
     if (!prog) return;
     CQV* host = seq->host;
-    const double rate = double(host->rate);
+    const double speed = host->renderMode ? 1.0 : host->deviceMidi->codeIn.speed();
+    const double rate = double(host->rate) / speed;
     double from = prog->pos;
     Turn turn = nextTurn(prog);
     // What is nearer to the turn than a frame goes on behind it.
@@ -96,8 +98,8 @@ void TempoView::follow() {
     }
     const auto [bpm, frames] =
         prog->tempoMap().stride(host->songTempo, from, SongClock::strideFrames, rate);
-    host->tempo = float(bpm);
-    const double tpf = double(host->tempo) * ticksPerSecondPerBpm / rate;
+    host->tempo = float(bpm * speed);
+    const double tpf = double(host->tempo) * ticksPerSecondPerBpm / double(host->rate);
     const double toTurn = turn.back > 0.0 ? (turn.at - from) / tpf : double(frames);
     const int whole = toTurn > 0.0 ? asInt(toTurn) : frames;
     host->clock->limit(std::min(frames, whole), from + frames * tpf);
