@@ -60,6 +60,13 @@ struct MemberOf<T (C::*)() const> {
     using Type = T;
 };
 
+/// An end of a range as an argument of a template: not every compiler takes a number with a
+/// fraction.
+struct SettingBound {
+    double value;
+    constexpr SettingBound(double number) : value(number) {}
+};
+
 template <class T>
 T settingNumber(double v) {
     if constexpr (std::is_floating_point_v<T>)
@@ -69,7 +76,7 @@ T settingNumber(double v) {
 }
 
 /// A field itself, kept within its range.
-template <auto field, double least, double most>
+template <auto field, SettingBound least, SettingBound most>
 constexpr StoredValue::Kind fieldKind(const char* name) {
     using Class = typename MemberOf<decltype(field)>::Class;
     using Type = typename MemberOf<decltype(field)>::Type;
@@ -80,7 +87,7 @@ constexpr StoredValue::Kind fieldKind(const char* name) {
             [](CObject* o, int, const StoredValue::Numbers& to) {
                 if (!std::isfinite(to[0])) return;
                 static_cast<Class*>(o)->*field =
-                    settingNumber<Type>(std::clamp(to[0], least, most));
+                    settingNumber<Type>(std::clamp(to[0], least.value, most.value));
             }};
 }
 
@@ -100,11 +107,12 @@ constexpr StoredValue::Kind accessKind(const char* name) {
 }
 
 /// A row of a table over a field.
-template <auto field, double least, double most>
+template <auto field, SettingBound least, SettingBound most>
 constexpr Setting fieldSetting(const char* group, const char* name, double usual,
                                const SettingUnit& unit = plainUnit,
                                Setting::Form form = Setting::number) {
-    return {group, fieldKind<field, least, most>(name), least, most, usual, &unit, form};
+    return {group, fieldKind<field, least, most>(name), least.value, most.value, usual, &unit,
+            form};
 }
 
 /// A switch.

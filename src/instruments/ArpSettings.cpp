@@ -16,7 +16,7 @@ const CArpProg* program(const CObject* arp, int index) {
     return static_cast<const CArpProg*>(static_cast<const CArp*>(arp)->progs.items(index));
 }
 
-template <auto field, double least, double most>
+template <auto field, SettingBound least, SettingBound most>
 constexpr Setting progSetting(const char* group, const char* name, double usual,
                               const SettingUnit& unit = plainUnit,
                               Setting::Form form = Setting::number) {
@@ -30,10 +30,10 @@ constexpr Setting progSetting(const char* group, const char* name, double usual,
              [](CObject* o, int i, const Numbers& to) {
                  CArpProg* prog = program(o, i);
                  if (!prog || !std::isfinite(to[0])) return;
-                 prog->*field = settingNumber<Type>(std::clamp(to[0], least, most));
+                 prog->*field = settingNumber<Type>(std::clamp(to[0], least.value, most.value));
              }},
-            least,
-            most,
+            least.value,
+            most.value,
             usual,
             &unit,
             form};
