@@ -11,7 +11,8 @@
 #include "gui/controls/CListbox.h"
 #include "gui/controls/CTabs.h"
 #include "gui/dialogs/CFileWin.h"
-#include "gui/dialogs/CTextWin.h"
+#include "online/Uploader.h"
+#include "render/CShareWin.h"
 #include "sequencer/render/CSoundCloudAddOn.h"
 #include "sequencer/render/RenderScope.h"
 #include "sequencer/song/CSeq.h"
@@ -269,18 +270,20 @@ void CRenderWin::accept() {
 }
 
 void CRenderWin::shareClicked(CObject*) {
-    const CStr name = extractFileName(render.filename);
-    CTextWin ask(this, "Share", render.songName.empty() ? name : render.songName, "Track name");
-    ask.mayBeEmpty = true;
     if (work || nothingToDo()) return;
+    if (!render.addOn->load()) {
+        showMsg(this, renderTitle, "Addon not loaded");
+        return;
+    }
+    CShareWin ask(workspace, this, render);
     ask.showModal();
     if (!ask.result) return;
     const CStr suggested = render.filename;
     const int tracks = render.multiTrack;
-    render.songName = ask.text;
     render.upload = true;
     process();
     render.upload = false;
+    uploaded = result;
     render.multiTrack = tracks;
     render.filename = suggested;
     if (result)
@@ -288,9 +291,7 @@ void CRenderWin::shareClicked(CObject*) {
 }
 
 CStr CRenderWin::getVerifier() {
-    CTextWin ask(this, "Connect", "", "Code of the service");
-    ask.showModal();
-    return ask.result ? ask.text : CStr();
+    return askServiceCode(this, render.addOn);
 }
 
 /// A take would end without having been asked about; it may also begin while the dialog is open.
@@ -352,11 +353,13 @@ bool CRenderWin::onRender(float done) {
 void exportProject(Workspace& workspace, CSeq* seq) {
     if (CRenderWin::refused(workspace.mainWindow(), seq->host)) return;
     CRender render(seq->host, seq);
+    const auto uploader = Uploader::ofUser();
     render.chooseUsual();
+    render.addOn = uploader.get();
     CRenderWin dialog(workspace, render, seq);
     dialog.showModal();
     render.writeSettings();
-    if (!dialog.result) return;
+    if (!dialog.result || dialog.shared()) return;
     setStatus(CStr("Exported ") + (render.multiTrack ? render.folder : render.filename));
     if (render.multiTrack) showFolder(render.folder);
 }

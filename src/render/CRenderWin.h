@@ -28,6 +28,7 @@ public:
 
     /// True, with a message, while a take is running, which an export would end.
     static bool refused(CWin* owner, CQV* host);
+    bool shared() const { return uploaded; } ///< the result is with a service, not a file
     void accept() override;
     void hide() override;
     void onStatus(const CStr& text) override;
@@ -70,7 +71,7 @@ private:
     CProgressBar* bar;
     CButton *shareButton = nullptr, *closeButton;
     std::unique_ptr<WorkScope> work; ///< while it exports
-    bool cancelled = false;
+    bool cancelled = false, uploaded = false;
 };
 
 /// Opens the dialog with what was chosen last, and keeps what was chosen now.

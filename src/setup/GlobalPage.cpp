@@ -32,6 +32,7 @@ constexpr struct {
     {"Always show modular tab", &Options::tabsAlways},
     {"Outline part color", &Options::outlineParts},
     {"Invert mouse wheel zoom", &Options::invertZoom},
+    {"Check for updates automatically", &Options::checkUpdates},
 };
 
 void write(const char* key, int value) {
@@ -65,8 +66,10 @@ void GlobalPage::startChanged(CObject*) {
 // Check boxes.
 
 void GlobalPage::addOptions() {
+    Options& options = setup->workspace.options();
     for (int i = 0; i < int(std::size(boxes)); i++) {
-        const Option& option = setup->workspace.options().*boxes[i].option;
+        const Option& option = options.*boxes[i].option;
+        if (&option == &options.checkUpdates && !options.hasUpdates) continue;
         auto* box =
             new CCheckbox(win, option.key, boxes[i].label, 0, 0, width - 2 * margin, fieldHeight);
         box->checked = option.on();

@@ -138,6 +138,7 @@ void CMainWin::onTimer() {
     if (startFiles) startFiles->serve();
     rooms->exchange.serve();
     rooms->playlist.serve();
+    mainCommands->serve();
 }
 
 void CMainWin::followNotices() {

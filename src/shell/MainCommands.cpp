@@ -79,6 +79,7 @@ void MainCommands::bindWindow() {
                                 {"ribbon", &options.ribbon}})
         commands.bind(
             name, [option] { option->toggle(); }, {}, [option] { return option->on(); });
+    options.hasUpdates = online.isThere();
     if (online.isThere())
         commands.bind(
             "checkupdates", [this] { online.run(); }, [this] { return window->pumping == 0; });

@@ -10,6 +10,7 @@ class MainCommands {
 public:
     /// Binds them; outlives the table's use.
     explicit MainCommands(CMainWin* window);
+    void serve() { online.serve(); } ///< in each tick
 
 private:
     void bindFlows();

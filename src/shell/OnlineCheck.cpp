@@ -7,17 +7,30 @@
 #include "online/OnlineJob.h"
 #include "shell/CMainWin.h"
 #include "ui/CProgressWin.h"
+#include "ui/Options.h"
 
+#include <chrono>
 #include <cmath>
 #include <utility>
 
 namespace {
 
 constexpr const char *title = "Check for updates", *addOnSection = "add-ons";
+constexpr const char *onlineSection = "online", *dayKey = "day";
 constexpr int pauseMs = 5;
+
+int today() {
+    using namespace std::chrono;
+    return int(floor<days>(system_clock::now()).time_since_epoch().count());
+}
 
 CStr text(const std::string& s) {
     return s.c_str();
+}
+
+CStr nameOf(const CatalogueEntry& entry) {
+    const CStr what = entry.name.empty() ? CStr("Sondrava") : "Add-on " + text(entry.name);
+    return what + " " + text(entry.version);
 }
 
 CStr sizeText(int64_t bytes) {
@@ -40,6 +53,8 @@ OnlineCheck::OnlineCheck(CMainWin* mainWin, OnlineSource from)
     : window(mainWin), source(std::move(from)) {
 }
 
+OnlineCheck::~OnlineCheck() = default;
+
 template <class F>
 OnlineResult OnlineCheck::inBackground(const char* caption, const CStr& status, F&& work) {
     CProgressWin progress(*window, caption);
@@ -50,10 +65,19 @@ OnlineResult OnlineCheck::inBackground(const char* caption, const CStr& status, 
     return job.result();
 }
 
-bool OnlineCheck::isNews(const CatalogueEntry& entry) const {
-    if (entry.name.empty()) return isNewer(entry.version, SONDRAVA_VERSION);
-    const CStr known = iniReadString(addOnSection, text(entry.name), "");
-    return known.empty() || isNewer(entry.version, known.asChar());
+/// The version that the user has; empty for an add-on that is not there.
+CStr OnlineCheck::presentVersion(const CatalogueEntry& entry) {
+    return entry.name.empty() ? CStr(SONDRAVA_VERSION)
+                              : iniReadString(addOnSection, text(entry.name), "");
+}
+
+bool OnlineCheck::isUpdate(const CatalogueEntry& entry) {
+    const CStr present = presentVersion(entry);
+    return !present.empty() && isNewer(entry.version, present.asChar());
+}
+
+bool OnlineCheck::isNews(const CatalogueEntry& entry) {
+    return presentVersion(entry).empty() || isUpdate(entry);
 }
 
 void OnlineCheck::tell(OnlineResult result) const {
@@ -71,8 +95,7 @@ void OnlineCheck::tell(OnlineResult result) const {
 /// False when nothing more is to be asked.
 bool OnlineCheck::offer(const CatalogueEntry& entry) {
     const bool program = entry.name.empty();
-    const CStr what =
-        (program ? CStr("Sondrava ") : "Add-on " + text(entry.name) + " ") + text(entry.version);
+    const CStr what = nameOf(entry);
     const int answer =
         showMsg(window, title, what + " is there. Download it (" + sizeText(entry.bytes) + ")?",
                 mbYes | mbNo | mbCancel);
@@ -95,6 +118,7 @@ bool OnlineCheck::offer(const CatalogueEntry& entry) {
 }
 
 void OnlineCheck::run() {
+    worker.reset();
     const CStr scratch = folderFor("updates");
     Catalogue list;
     const OnlineResult result =
@@ -111,4 +135,32 @@ void OnlineCheck::run() {
         if (!offer(entry)) return;
     }
     if (news == 0) showMsg(window, title, "You have the latest version.");
+}
+
+// By itself.
+
+void OnlineCheck::serve() {
+    if (!asked && window->options().checkUpdates.on()) ask();
+    if (!worker || !worker->finished()) return;
+    const bool good = worker->result() == OnlineResult::good;
+    worker.reset();
+    if (good) tellNews();
+}
+
+/// A day that could not be asked is over as well: nobody waits for the answer.
+void OnlineCheck::ask() {
+    asked = true;
+    const CStr scratch = folderFor("updates");
+    if (!isThere() || scratch.empty() || iniReadInt(onlineSection, dayKey, 0) == today()) return;
+    CIniFile(inifile).writeInteger(onlineSection, dayKey, today());
+    worker = std::make_unique<OnlineJob>([this, scratch](const OnlineWatch& watch) {
+        return getCatalogue(source, scratch.asChar(), coming, watch);
+    });
+    worker->start();
+}
+
+void OnlineCheck::tellNews() const {
+    const auto news = std::ranges::find_if(coming.entries, isUpdate);
+    if (news != coming.entries.end())
+        setStatus(nameOf(*news) + " is there: Help, Check for updates...");
 }

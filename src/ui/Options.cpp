@@ -24,5 +24,5 @@ Options::Options(CQV* host)
       tabsAlways(host, "modular-tab-always-show", 0), ribbon(host, "ribbon", 0),
       outlineParts(host, "part-outline", 1), invertZoom(host, "invert-mouse-wheel-zoom", 0),
       adaptiveGrid(host, "adaptive-grid", 0), relativeSnap(host, "relative-snap", 0),
-      altKey(host, "second-alt", int(SecondAlt::super)) {
+      altKey(host, "second-alt", int(SecondAlt::super)), checkUpdates(host, "check-updates", 0) {
 }

@@ -37,8 +37,10 @@ public:
     Option tabsAlways;   ///< tabs of the pages even where there is only one
     Option ribbon;
     Option outlineParts;
-    Option invertZoom;   ///< the wheel zooms in upwards
-    Option adaptiveGrid; ///< the grid of a view follows its zoom
-    Option relativeSnap; ///< drags go by steps of the grid, wherever they began
-    Option altKey;       ///< SecondAlt: what acts as Alt with the mouse
+    Option invertZoom;       ///< the wheel zooms in upwards
+    Option adaptiveGrid;     ///< the grid of a view follows its zoom
+    Option relativeSnap;     ///< drags go by steps of the grid, wherever they began
+    Option altKey;           ///< SecondAlt: what acts as Alt with the mouse
+    Option checkUpdates;     ///< ask for updates without being told to
+    bool hasUpdates = false; ///< there is somebody who can be asked for them
 };

@@ -2,95 +2,13 @@
 
 #include "base/TempFolder.h"
 #include "interchange/ZipFile.h"
+#include "support/LoopbackServer.h"
 
-#include <arpa/inet.h>
-#include <condition_variable>
 #include <minizip/zip.h>
-#include <mutex>
-#include <sodium.h>
-#include <sys/socket.h>
-#include <thread>
-#include <unistd.h>
 
 namespace fs = std::filesystem;
 
 namespace {
-
-/// A server on the loopback that answers as it is told, whatever that is.
-class Server {
-public:
-    struct Answer {
-        std::string head, body;
-        bool stalls = false; ///< it says no more, and does not hang up
-    };
-
-    Server() {
-        sockaddr_in at{};
-        at.sin_family = AF_INET;
-        at.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t length = sizeof at;
-        bind(listening, reinterpret_cast<sockaddr*>(&at), length);
-        listen(listening, 16);
-        getsockname(listening, reinterpret_cast<sockaddr*>(&at), &length);
-        address = "http://127.0.0.1:" + std::to_string(ntohs(at.sin_port)) + "/";
-        thread = std::thread([this] { serve(); });
-    }
-    ~Server() {
-        shutdown(listening, SHUT_RDWR);
-        thread.join();
-        for (const int left : open) close(left);
-        close(listening);
-    }
-    Server(const Server&) = delete;
-    Server& operator=(const Server&) = delete;
-
-    void set(const std::string& path, const Answer& answer) { answers["/" + path] = answer; }
-    void set(const std::string& path, const std::string& body) {
-        set(path, {"200 OK\r\nContent-Length: " + std::to_string(body.size()), body});
-    }
-    std::string address;
-    std::atomic<int> asked{0};
-
-private:
-    void serve() {
-        for (int peer; (peer = accept(listening, nullptr, nullptr)) >= 0;) {
-            std::string request;
-            for (char c; request.find("\r\n\r\n") == std::string::npos && read(peer, &c, 1) == 1;)
-                request += c;
-            const size_t from = request.find(' ') + 1;
-            const auto found = answers.find(request.substr(from, request.find(' ', from) - from));
-            const Answer answer = found == answers.end() ? Answer{"404 None", ""} : found->second;
-            const std::string all =
-                "HTTP/1.1 " + answer.head + "\r\nConnection: close\r\n\r\n" + answer.body;
-            send(peer, all.data(), all.size(), MSG_NOSIGNAL);
-            asked++;
-            if (answer.stalls)
-                open.push_back(peer);
-            else
-                close(peer);
-        }
-    }
-    const int listening = socket(AF_INET, SOCK_STREAM, 0);
-    std::map<std::string, Answer> answers;
-    std::vector<int> open;
-    std::thread thread;
-};
-
-struct Signer {
-    Signer() {
-        EXPECT_GE(sodium_init(), 0);
-        crypto_sign_keypair(key.data(), secret.data());
-    }
-    std::string sign(const std::string& text) const {
-        std::string signature(crypto_sign_BYTES, 0);
-        crypto_sign_detached(reinterpret_cast<unsigned char*>(signature.data()), nullptr,
-                             reinterpret_cast<const unsigned char*>(text.data()), text.size(),
-                             secret.data());
-        return signature;
-    }
-    OnlineKey key{};
-    std::array<unsigned char, crypto_sign_SECRETKEYBYTES> secret{};
-};
 
 using Files = std::vector<std::pair<std::string, std::string>>;
 
@@ -135,7 +53,7 @@ struct Place {
         return all;
     }
     const TempFolder folder;
-    mutable Server server;
+    mutable LoopbackServer server;
 };
 
 } // namespace
@@ -143,7 +61,7 @@ struct Place {
 /// Only the owner of the key can have made the list; one sign that is another makes it nobody's.
 TEST(Catalogue, IsItsOwners) {
     const Signer owner, other;
-    Server server;
+    LoopbackServer server;
     const TempFolder folder;
     const std::string sum(64, 'a');
     const std::string text = "sondrava-catalogue 1\nserial 7\nlater word\nprogram 2.1 100 " + sum +
@@ -179,7 +97,7 @@ TEST(Online, PutsAnEntryInPlaceWhole) {
     const Place place;
     const std::string zip = archive(place.folder, {{"a/b", "one"}, {"c", std::string(99999, 'x')}});
     place.server.set("moved", zip);
-    place.server.set("echo.zip", Server::Answer{"302 Found\r\nLocation: /moved", ""});
+    place.server.set("echo.zip", LoopbackServer::Answer{"302 Found\r\nLocation: /moved", ""});
     double most = 0.0;
     EXPECT_EQ(place.bring(place.entry(zip),
                           [&](double done) {
@@ -200,30 +118,31 @@ TEST(Online, LeavesWhatIsThereWhenItFails) {
     const std::string bomb = archive(place.folder, {{"a", std::string(20'000'000, 'a')}});
     const std::string many = archive(place.folder, {{"a", "1"}, {"b", "2"}, {"c", "3"}});
     const auto told = [](const std::string& body, size_t length) {
-        return Server::Answer{"200 OK\r\nContent-Length: " + std::to_string(length), body};
+        return LoopbackServer::Answer{"200 OK\r\nContent-Length: " + std::to_string(length), body};
     };
-    Server::Answer stalled = told(good.substr(0, 10), good.size());
+    LoopbackServer::Answer stalled = told(good.substr(0, 10), good.size());
     stalled.stalls = true;
     std::string other = good;
     other[other.size() / 2] ^= 1;
     const struct {
         const char* name;
         std::string given; ///< that the list tells
-        Server::Answer answer;
+        LoopbackServer::Answer answer;
         OnlineResult result;
     } cases[] = {
         {"cut short", good, told(good.substr(0, good.size() / 2), good.size()),
          OnlineResult::damaged},
         {"says less", good, told(good.substr(0, 20), 20), OnlineResult::damaged},
         {"says more", good, told(good + good, 2 * good.size()), OnlineResult::damaged},
-        {"sends more", good, Server::Answer{"200 OK", good + good}, OnlineResult::damaged},
+        {"sends more", good, LoopbackServer::Answer{"200 OK", good + good}, OnlineResult::damaged},
         {"other bytes", good, told(other, other.size()), OnlineResult::damaged},
         {"stalls", good, stalled, OnlineResult::stalled},
-        {"redirects for ever", good, Server::Answer{"302 Found\r\nLocation: /echo.zip", ""},
+        {"redirects for ever", good, LoopbackServer::Answer{"302 Found\r\nLocation: /echo.zip", ""},
          OnlineResult::unreachable},
-        {"leads to a file", good, Server::Answer{"302 Found\r\nLocation: file:///etc/passwd", ""},
+        {"leads to a file", good,
+         LoopbackServer::Answer{"302 Found\r\nLocation: file:///etc/passwd", ""},
          OnlineResult::unreachable},
-        {"none", good, Server::Answer{"404 None", ""}, OnlineResult::unreachable},
+        {"none", good, LoopbackServer::Answer{"404 None", ""}, OnlineResult::unreachable},
         {"leads out", evil, told(evil, evil.size()), OnlineResult::damaged},
         {"bomb", bomb, told(bomb, bomb.size()), OnlineResult::damaged},
         {"many", many, told(many, many.size()), OnlineResult::damaged},

@@ -319,7 +319,7 @@ TEST(RenderExport, SharesByTheAddOn) {
          Rows<const char*, const char*, const char*, std::string>{
              {"right", " ", "untitled", ""},
              {"right", "Bad", "Bad", "Render: Could not upload file"},
-             {"wrong", "Hymn", "", ""},
+             {"wrong", "Hymn", "", "Render: Could not upload file"},
              {nullptr, "Hymn", "", "Render: Addon not loaded"}}) {
         ExportFixture f;
         AddOn addOn;

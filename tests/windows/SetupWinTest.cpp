@@ -18,6 +18,7 @@
 #include "shell/Pages.h"
 #include "ui/DeviceSettings.h"
 #include "ui/IniFolders.h"
+#include "ui/Options.h"
 
 #include <algorithm>
 #include <cmath>
@@ -348,6 +349,10 @@ TEST_F(SetupWinTest, PortsAreFoundByTheirNames) {
 
 TEST_F(SetupWinTest, ChoicesAreWrittenAtOnce) {
     start();
+    openPage("Global");
+    EXPECT_EQ(find<CCtrl>("check-updates"), nullptr) << "where nobody can be asked";
+    setup->hide();
+    win->options().hasUpdates = true;
     const struct {
         const char *page, *id;
         int row; ///< of a list; -1 is a click on a box
@@ -358,6 +363,7 @@ TEST_F(SetupWinTest, ChoicesAreWrittenAtOnce) {
         {"Global", "startup", 3, "options", "startwith", "2"},
         {"Global", "savePosAndSize", -1, "options", "savePosAndSize", "1"},
         {"Global", "savePrompt", -1, "options", "savePrompt", "0"},
+        {"Global", "check-updates", -1, "options", "check-updates", "1"},
         {"Global", "rndTrackCol", -1, "options", "rndTrackCol", "1"},
         {"Global", "dft", -1, "options", "dft", "0"},
         {"Global", "modular-tab-always-show", -1, "options", "modular-tab-always-show", "1"},

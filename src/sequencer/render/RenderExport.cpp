@@ -66,7 +66,8 @@ private:
     RenderResult keepPart();
     bool encode(ExportFile& file);
     RenderResult share();
-    bool connect();
+    RenderResult notShared();
+    bool goOn(float done);
     RenderResult fail(RenderResult result, const CStr& text, const char* title = renderTitle);
 
     CRender& render;
@@ -197,28 +198,37 @@ RenderResult Export::keepAll() {
     return render.upload && result == RenderResult::good ? share() : result;
 }
 
-/// Until the service knows the user, or that gives up.
-bool Export::connect() {
-    for (;;) {
-        const auto state = render.addOn->connect();
-        if (state != CSoundCloudAddOn::Connection::needsCode)
-            return state == CSoundCloudAddOn::Connection::connected;
-        const CStr code = ui ? ui->getVerifier() : CStr();
-        if (code.empty()) return false;
-        render.addOn->setCode(code);
-    }
+/// Shows progress of the service, and takes no for an answer.
+bool Export::goOn(float done) {
+    render.cancelled = render.cancelled || (ui && !ui->onRender(done));
+    return !render.cancelled;
+}
+
+RenderResult Export::notShared() {
+    if (render.cancelled) return RenderResult::cancelled;
+    const CStr why = render.addOn->param("error");
+    return fail(RenderResult::notShared,
+                CStr("Could not upload file") + (why.empty() ? why : "\n" + why));
 }
 
 RenderResult Export::share() {
-    if (!render.addOn) return fail(RenderResult::notShared, "Addon not loaded");
-    if (ui) ui->onStatus("Authorizing...");
-    if (!connect()) return RenderResult::notShared;
-    const CStr name = CStr(render.songName).trim().empty() ? CStr("untitled") : render.songName;
-    if (ui) ui->onStatus("Uploading '" + name + "'...");
-    for (const auto& file : files)
-        if (!render.addOn->sendFile(file->name, name))
-            return fail(RenderResult::notShared, "Could not upload file");
-    return RenderResult::good;
+    using Connection = CSoundCloudAddOn::Connection;
+    CSoundCloudAddOn* addOn = render.addOn;
+    if (!addOn || !addOn->load()) return fail(RenderResult::notShared, "Addon not loaded");
+    addOn->goOn = [this](float done) { return goOn(done); };
+    const RenderResult result = [&] {
+        if (ui) ui->onStatus("Authorizing...");
+        const auto state = addOn->connectBy([this] { return ui ? ui->getVerifier() : CStr(); });
+        if (state == Connection::needsCode) return RenderResult::notShared;
+        if (state == Connection::refused) return notShared();
+        const CStr name = CStr(render.songName).trim().empty() ? "untitled" : render.songName;
+        if (ui) ui->onStatus("Uploading '" + name + "'...");
+        for (const auto& file : files)
+            if (!addOn->sendFile(file->name, name)) return notShared();
+        return RenderResult::good;
+    }();
+    addOn->goOn = nullptr;
+    return result;
 }
 
 RenderResult Export::run() {
