@@ -137,15 +137,28 @@ Unit dirtyAmp(double drive, double bass, double mid, double treble, double prese
 std::vector<RackPreset> vocals() {
     constexpr const char* use = "Vocals";
     return {
-        {use, "Lead vocal", {squeeze(-24, 3, 8, 120, 6), room(1, 0.16, 1600, 45)}},
-        {use, "Vocal plate", {squeeze(-22, 2, 15, 150, 4), room(1, 0.4, 2600, 15)}},
-        {use, "Doubled", {voices(0.8, 0.6, 28, 0.06, 0.35), squeeze(-20, 2, 10, 100, 2)}},
-        {use, "Slap echo", {squeeze(-24, 3, 5, 90, 5), slap(1, 0.45, 0.12, 115, 128)}},
+        {use,
+         "Lead vocal",
+         {filter(highPass, 0.2, 0), squeeze(-32, 5, 8, 120, 6), room(1, 0.13, 1400, 45)}},
+        {use,
+         "Doubled",
+         {filter(highPass, 0.27, 0), voices(0.8, 0.6, 28, 0.06, 0.35),
+          squeeze(-30, 4, 10, 100, 8)}},
+        {use,
+         "Slap echo",
+         {filter(highPass, 0.26, 0), squeeze(-24, 3, 5, 90, 5), slap(1, 0.9, 0.22, 115, 128)}},
         {use,
          "Telephone",
-         {filter(highPass, 0.21, 0.1), filter(lowPass, 0.68, 0.25), squeeze(-30, 8, 2, 60, 12)}},
-        {use, "Announcer", {gate(-46, -24, 1, 120, 180), squeeze(-32, 6, 2, 140, 12)}},
-        {use, "Far choir", {voices(0.4, 0.8, 36, 0.14, 0.5), room(0.4, 0.8, 5200, 60)}},
+         {filter(highPass, 0.22, 0.1), filter(highPass, 0.22, 0), filter(lowPass, 0.66, 0.25),
+          filter(lowPass, 0.66, 0), squeeze(-30, 8, 2, 60, -1)}},
+        {use,
+         "Announcer",
+         {filter(highPass, 0.2, 0.2), filter(lowPass, 0.74, 0.1), gate(-30, -40, 1, 120, 180),
+          squeeze(-32, 6, 2, 140, 12), slap(1, 0.35, 0.25, 240, 310)}},
+        {use,
+         "Far choir",
+         {voices(0.4, 0.8, 36, 0.14, 0.5), room(0.4, 0.8, 5200, 60), filter(highPass, 0.2, 0),
+          filter(lowPass, 0.44, 0)}},
         {use, "Robot", {voices(0.2, 0.9, 7, 0, 0, 0.88, 0), crush(9, 3)}},
         {use, "Dotted throw", {squeeze(-22, 3, 8, 120, 4), echo(1, 0.4, 0.45, 3, 4, 1, 1, 0.4)}},
         {use, "Old gramophone", {filter(bandPass, 0.46, 0.2), crush(7, 4), room(1, 0.1, 1000, 0)}},
@@ -155,33 +168,38 @@ std::vector<RackPreset> vocals() {
 std::vector<RackPreset> drums() {
     constexpr const char* use = "Drums";
     return {
-        {use, "Drum bus", {squeeze(-22, 3, 12, 110, 4)}},
-        {use, "Pump", {squeeze(-36, 12, 4, 320, 11)}},
-        {use, "Snap", {squeeze(-34, 6, 45, 60, 8)}},
+        {use, "Pump", {room(1, 0.35, 1000, 0), squeeze(-40, 12, 4, 320, 7)}},
         {use, "Tight gate", {gate(-30, -80, 0.2, 35, 40)}},
-        {use, "Small room", {room(1, 0.3, 1000, 5)}},
-        {use, "Arena", {squeeze(-26, 4, 6, 180, 6), room(1, 0.6, 4200, 30)}},
-        {use, "Cut-off room", {room(0.8, 0.9, 2600, 0), gate(-28, -80, 0.5, 130, 40)}},
+        {use, "Small room", {room(0.9, 0.9, 1300, 5)}},
+        {use,
+         "Arena",
+         {room(1, 0.6, 3700, 60), squeeze(-34, 6, 6, 180, 6), filter(lowPass, 0.81, 0),
+          filter(highPass, 0.1, 0)}},
+        {use, "Cut-off room", {room(0.8, 0.9, 2600, 0), gate(-20, -80, 0.5, 130, 40)}},
         {use, "Crushed", {crush(6, 6), squeeze(-26, 6, 2, 80, 8)}},
         {use, "Behind the door", {filter(lowPass, 0.24, 0.3), squeeze(-28, 4, 4, 120, 6)}},
         {use,
          "Dub",
-         {filter(highPass, 0.15, 0.2), echo(1, 0.6, 0.62, 3, 4, 3, 4, 0.8),
-          room(1, 0.3, 2800, 10)}},
-        {use, "Tin can", {voices(0.5, 0.8, 3, 0.02, 0.1, 0.82, 0), filter(highPass, 0.21, 0)}},
+         {filter(highPass, 0.26, 0.2), filter(lowPass, 0.6, 0.1),
+          echo(1, 0.6, 0.62, 3, 4, 3, 4, 0.8), room(1, 0.3, 2800, 10)}},
+        {use, "Tin can", {voices(0.5, 0.8, 3, 0.02, 0.1, 0.9, 0), filter(highPass, 0.27, 0)}},
     };
 }
 
 std::vector<RackPreset> bass() {
     constexpr const char* use = "Bass";
     return {
-        {use, "Even", {squeeze(-28, 4, 12, 160, 7)}},
-        {use, "Fingers", {squeeze(-24, 3, 30, 120, 4), cleanAmp(0.6, 0.55, 0.45, 0.5)}},
-        {use, "Grit", {crunchAmp(0.55, 0.7, 0.35, 0.5, 0.45), squeeze(-20, 3, 8, 120, 2)}},
-        {use, "Fuzz", {dirtyAmp(0.75, 0.75, 0.4, 0.4, 0.2, 0.4), gate(-48, -60, 1, 60, 120)}},
-        {use, "Wide", {voices(0.8, 0.5, 18, 0.12, 0.4, 0, 180)}},
+        {use, "Even", {filter(lowPass, 0.5, 0), squeeze(-28, 4, 12, 160, 7)}},
+        {use,
+         "Fingers",
+         {squeeze(-24, 3, 30, 120, 4), cleanAmp(0.6, 0.55, 0.45, 0.5), filter(lowPass, 0.4, 0)}},
+        {use, "Grit", {crunchAmp(0.9, 0.75, 0.3, 0.6, 0.4), filter(lowPass, 0.45, 0.1)}},
+        {use,
+         "Fuzz",
+         {dirtyAmp(0.9, 0.8, 0.3, 0.3, 0.1, 0.4), filter(lowPass, 0.34, 0.2),
+          gate(-48, -60, 1, 60, 120)}},
         {use, "Only the sub", {filter(lowPass, 0.125, 0.05), squeeze(-24, 4, 10, 140, 6)}},
-        {use, "Liquid", {notches(0.6, 0.7, 0.6, 120, 2400, 0.25), squeeze(-24, 3, 10, 120, 4)}},
+        {use, "Liquid", {notches(0.6, 0.7, 0.8, 100, 1600, 0.25, 90), squeeze(-24, 3, 10, 120, 4)}},
     };
 }
 
@@ -193,10 +211,14 @@ std::vector<RackPreset> guitars() {
          "Clean and wide",
          {squeeze(-26, 3, 8, 120, 5), cleanAmp(0.4, 0.4, 0.7, 0.5),
           voices(0.7, 0.6, 22, 0.15, 0.5, 0, 180), room(1, 0.2, 2200, 20)}},
-        {use, "Surf", {cleanAmp(0.35, 0.5, 0.85, 0.55), room(1, 0.7, 3200, 5)}},
+        {use,
+         "Surf",
+         {cleanAmp(0.35, 0.5, 0.85, 0.55), voices(0.8, 0.4, 33, 0, 0, 0.5, 0),
+          room(1, 0.55, 2800, 5), filter(highPass, 0.13, 0)}},
         {use,
          "Country slap",
-         {squeeze(-28, 5, 4, 100, 7), cleanAmp(0.4, 0.55, 0.75, 0.5), slap(1, 0.4, 0.1, 105, 105)}},
+         {squeeze(-28, 5, 4, 100, 7), cleanAmp(0.4, 0.55, 0.75, 0.5), slap(1, 0.8, 0.45, 125, 125),
+          filter(highPass, 0.16, 0)}},
         {use, "Blues", {crunchAmp(0.4, 0.55, 0.5, 0.35, 0.5), room(1, 0.18, 1500, 10)}},
         {use, "Crunch rhythm", {crunchAmp(0.65, 0.5, 0.6, 0.25, 0.5)}},
         {use, "Garage", {crunchAmp(0.95, 0.35, 0.75, 0.1, 0.3), room(1, 0.3, 1000, 0)}},
@@ -204,16 +226,19 @@ std::vector<RackPreset> guitars() {
          "Solo",
          {dirtyAmp(0.7, 0.45, 0.7, 0.55, 0.45, 0.32), echo(1, 0.35, 0.35, 1, 1, 3, 4),
           room(1, 0.2, 2400, 20)}},
-        {use, "Wall", {gate(-50, -80, 0.5, 60, 60), dirtyAmp(0.85, 0.7, 0.25, 0.6, 0.5, 0.45)}},
+        {use,
+         "Wall",
+         {gate(-50, -80, 0.5, 60, 60), dirtyAmp(0.85, 0.7, 0.25, 0.6, 0.5, 0.45),
+          voices(0.7, 0.7, 26, 0.05, 0.2, 0, 180)}},
         {use, "Chug", {gate(-40, -80, 0.2, 25, 25), dirtyAmp(1, 0.6, 0.45, 0.5, 0.35, 0.4)}},
         {use,
          "Haze",
          {dirtyAmp(0.6, 0.5, 0.5, 0.35, 0.2, 0.4), voices(0.5, 0.8, 30, 0.35, 0.4),
-          room(0.5, 0.9, 6500, 0)}},
+          room(0.5, 0.9, 9500, 0)}},
         {use,
          "Rotating",
          {crunchAmp(0.3, 0.5, 0.45, 0.4, 0.5), voices(0.4, 0.9, 5, 0.45, 6.2, 0, 180)}},
-        {use, "Wah at rest", {filter(bandPass, 0.36, 0.45), crunchAmp(0.6, 0.4, 0.6, 0.2, 0.5)}},
+        {use, "Wah at rest", {filter(bandPass, 0.36, 0.75), crunchAmp(0.6, 0.4, 0.6, 0.2, 0.5)}},
     };
 }
 
@@ -221,16 +246,22 @@ std::vector<RackPreset> keys() {
     constexpr const char* use = "Keys and synths";
     return {
         {use, "Sway", {voices(0.7, 0.6, 16, 0.12, 0.7, 0, 180)}},
-        {use, "Rotary", {voices(0.3, 0.9, 4, 0.5, 6.6, 0, 180), room(1, 0.15, 1200, 0)}},
-        {use, "Ensemble", {voices(0.4, 0.7, 24, 0.3, 0.6), voices(0.5, 0.6, 11, 0.2, 1.1, 0, 180)}},
-        {use, "Slow sky", {notches(0.6, 0.8, 0.5, 400, 9000, 0.06, 90), room(1, 0.5, 6000, 40)}},
+        {use,
+         "Ensemble",
+         {filter(highPass, 0.14, 0), voices(0.2, 0.8, 24, 0.3, 0.6),
+          voices(0.5, 0.6, 11, 0.2, 1.1, 0, 180)}},
+        {use, "Slow sky", {notches(0.6, 0.8, 0.5, 400, 9000, 0.06, 90), room(1, 0.5, 6500, 40)}},
         {use, "Jet", {notches(0.5, 0.9, 0.85, 200, 12000, 0.35)}},
-        {use, "Flanged", {voices(0.7, 0.7, 3, 0.6, 0.18, 0.72, 60)}},
-        {use, "Across", {echo(1, 0.5, 0.55, 1, 2, 1, 2, 1)}},
-        {use, "Dotted lead", {echo(1, 0.4, 0.4, 3, 4, 1, 1, 0.3), room(1, 0.2, 2400, 25)}},
-        {use, "Sixteenths", {echo(1, 0.45, 0.5, 3, 4, 1, 4)}},
+        {use, "Flanged", {voices(0.7, 0.7, 3, 0.6, 0.18, 0.8, 60)}},
+        {use,
+         "Across",
+         {echo(0.7, 0.7, 0.7, 1, 2, 1, 2, 1), voices(0.7, 0.5, 14, 0.1, 0.5, 0, 180)}},
+        {use, "Sixteenths", {filter(highPass, 0.34, 0.1), echo(1, 0.5, 0.6, 3, 4, 1, 4)}},
         {use, "Dust", {crush(8, 5), filter(lowPass, 0.7, 0.05), voices(0.8, 0.4, 40, 0.05, 0.9)}},
-        {use, "Cloud", {echo(0.6, 0.6, 0.7, 1, 3, 3, 8, 0.6), room(0.5, 0.9, 9000, 80)}},
+        {use,
+         "Cloud",
+         {filter(highPass, 0.2, 0), echo(0.6, 0.6, 0.7, 1, 3, 3, 8, 0.6),
+          room(0.5, 0.9, 9000, 80)}},
     };
 }
 
@@ -238,16 +269,14 @@ std::vector<RackPreset> keys() {
 std::vector<RackPreset> sends() {
     constexpr const char* use = "Sends";
     return {
-        {use, "Chamber", {room(0, 1, 1400, 12)}},
-        {use, "Hall", {room(0, 1, 2800, 35)}},
-        {use, "Cathedral", {room(0, 1, 8500, 70)}},
+        {use, "Chamber", {room(0, 1, 1400, 12), filter(highPass, 0.2, 0), filter(lowPass, 0.7, 0)}},
+        {use, "Hall", {room(0, 1, 2800, 35), filter(highPass, 0.15, 0)}},
+        {use, "Cathedral", {room(0, 1, 8500, 70), filter(lowPass, 0.44, 0)}},
         {use, "Dark hall", {room(0, 1, 3600, 30), filter(lowPass, 0.5, 0)}},
-        {use, "Bright plate", {room(0, 1, 2000, 5), filter(highPass, 0.27, 0)}},
+        {use, "Bright plate", {room(0, 1, 2000, 5), filter(highPass, 0.36, 0)}},
         {use, "Quarter echo", {echo(0, 1, 0.45, 1, 1, 1, 1)}},
         {use, "Dotted echo", {echo(0, 1, 0.5, 3, 4, 3, 4, 1)}},
-        {use, "Eighths left and right", {echo(0, 1, 0.55, 1, 2, 1, 1)}},
-        {use, "Slap", {slap(0, 1, 0.08, 92, 108)}},
-        {use, "Widener", {voices(0, 1, 22, 0.1, 0.4, 0, 180)}},
+        {use, "Eighths left and right", {echo(0, 1, 0.35, 1, 2, 1, 1), filter(highPass, 0.28, 0)}},
         {use, "Endless", {echo(0, 1, 0.82, 2, 3, 3, 4, 0.7), room(0, 1, 12000, 0)}},
     };
 }
@@ -256,9 +285,7 @@ std::vector<RackPreset> masters() {
     constexpr const char* use = "Master";
     return {
         {use, "Glue", {squeeze(-18, 2, 30, 180, 2)}},
-        {use, "Louder", {squeeze(-20, 4, 10, 120, 6), squeeze(-8, 12, 1, 60, 2)}},
-        {use, "Ceiling", {squeeze(-6, 20, 1, 80, 0)}},
-        {use, "Night listening", {squeeze(-44, 5, 5, 700, 11)}},
+        {use, "Night listening", {squeeze(-46, 6, 5, 700, 7)}},
         {use, "Small speaker", {filter(highPass, 0.17, 0), filter(lowPass, 0.85, 0)}},
     };
 }
@@ -276,7 +303,9 @@ std::vector<RackPreset> special() {
         {use,
          "Broken radio",
          {filter(bandPass, 0.45, 0.6), crush(4, 7), gate(-30, -60, 0.2, 15, 20)}},
-        {use, "Frozen", {room(0, 1, 40000, 0)}},
+        {use,
+         "Frozen",
+         {filter(highPass, 0.32, 0), room(0, 1, 40000, 0), voices(0.5, 0.6, 20, 0.2, 0.2, 0, 180)}},
         {use, "Alien", {notches(0.1, 1, 0.9, 150, 3000, 7), voices(0.4, 0.8, 9, 0.5, 5, 0.6)}},
         {use, "Stutter", {echo(0.8, 0.9, 0.75, 1, 8, 1, 8)}},
     };

@@ -29,8 +29,7 @@ Heard hear(CQV* host, const gm::Family& family, const gm::Program& program) {
     Heard heard;
     heard.figures.name = program.name;
     heard.figures.family = family.name;
-    heard.figures.low = shapeOf(playNote(host, make, {48, 100}, voices));
-    heard.figures.middle = shapeOf(middle);
+    heard.figures.shapes = {shapeOf(playNote(host, make, {48, 100}, voices)), shapeOf(middle)};
     heard.figures.chordPeak = peakOf(playNote(host, make, {chordKey, 100}, voices));
     heard.span = loudnessOf(loud) - loudnessOf(soft);
     heard.dc = dcOf(middle);

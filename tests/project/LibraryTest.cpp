@@ -10,6 +10,7 @@
 #include "project/BringIn.h"
 #include "project/PresetFiles.h"
 #include "project/TrackPreset.h"
+#include "tools/soundtable/MusicProbe.h"
 #include "tools/soundtable/PresetProbe.h"
 
 #include <fstream>
@@ -99,8 +100,19 @@ TEST(Library, DamagedTracksNeverHurt) {
     EXPECT_EQ(trackPresetKind(f.put("empty.qvp", "")), 0);
 }
 
-/// Nothing is missing of what chains call for, none is silent, far louder than what goes in, or
-/// without end, and no two are one.
+namespace {
+
+/// What two presets are to be apart at least, so that a list is worth its length.
+void expectApart(const std::vector<soundtable::Figures>& bank) {
+    for (const soundtable::Pair& pair : soundtable::pairsOf(bank))
+        EXPECT_FALSE(pair.tooNear())
+            << pair.first->name << ", " << pair.second->name << ": " << pair.apart << " dB";
+}
+
+} // namespace
+
+/// Nothing is missing of what chains call for, none is silent, clips, is far louder than what goes
+/// in, or like another.
 TEST(Library, EffectsAreWhatTheySay) {
     ClipFixture f;
     ASSERT_EQ(f.host->rate, soundtable::probeRate);
@@ -108,27 +120,38 @@ TEST(Library, EffectsAreWhatTheySay) {
     EXPECT_GE(all.size(), 60u);
     const double dry = soundtable::loudnessOf(soundtable::probeOf(false));
     std::vector<soundtable::Figures> bank;
-    std::vector<double> nearest;
     for (const presets::RackPreset& preset : all) {
         CEffect rack(f.host);
         EXPECT_EQ(presets::fillRack(&rack, preset), "") << preset.name;
         bank.push_back(soundtable::measureRack(f.host, preset));
+        bank.back().family = preset.use;
         EXPECT_LT(bank.back().chordLufs, dry + 12) << preset.name;
         EXPECT_GT(bank.back().chordLufs, dry - 24) << preset.name;
+        EXPECT_LT(bank.back().chordPeak, 0.5) << preset.name;
     }
-    soundtable::findNearest(bank);
-    for (const soundtable::Figures& figures : bank) {
-        EXPECT_GT(figures.nearest, 0.5) << figures.name << " is " << figures.neighbour;
-        nearest.push_back(figures.nearest);
-    }
-    std::ranges::sort(nearest);
-    EXPECT_GT(nearest[nearest.size() / 2], 4.0);
+    expectApart(bank);
+}
+
+/// Arpeggios by their notes in time, clips and tracks as they play.
+TEST(Library, WhatPlaysIsFarApart) {
+    ClipFixture f;
+    std::vector<soundtable::Figures> arpeggios, tracks, clips;
+    for (const auto& p : presets::arpPresets())
+        arpeggios.push_back(soundtable::measureArpeggio(f.host, p));
+    for (const auto& p : presets::trackPresets())
+        tracks.push_back(soundtable::measureTrack(f.host, p));
+    for (const auto& c : presets::drumClips()) clips.push_back(soundtable::measureClip(c));
+    for (const auto& c : presets::noteClips()) clips.push_back(soundtable::measureClip(f.host, c));
+    for (const auto& l : presets::soundLoops()) clips.push_back(soundtable::measureClip(l));
+    EXPECT_GE(arpeggios.size(), 24u);
+    for (const auto* bank : {&arpeggios, &tracks, &clips}) expectApart(*bank);
 }
 
 TEST(Library, KitsAreFarApartAndBeginAlike) {
     std::vector<soundtable::Figures> bank;
     for (const presets::Kit& kit : presets::kits()) {
         bank.push_back(soundtable::measureKit(kit));
+        bank.back().family = kit.name;
         ASSERT_GE(kit.voices.size(), 8u) << kit.name;
         EXPECT_TRUE(kit.voices[3].place.group &&
                     kit.voices[3].place.group == kit.voices[4].place.group)
@@ -138,7 +161,5 @@ TEST(Library, KitsAreFarApartAndBeginAlike) {
                 ASSERT_LE(std::fabs(v), 0.86f) << voice.name;
     }
     EXPECT_GE(bank.size(), 8u);
-    soundtable::findNearest(bank);
-    for (const soundtable::Figures& f : bank)
-        EXPECT_GT(f.nearest, 10) << f.name << " " << f.neighbour;
+    expectApart(bank);
 }

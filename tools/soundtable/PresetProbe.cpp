@@ -12,8 +12,10 @@ namespace soundtable {
 
 namespace {
 
-constexpr double wholeSeconds = 2.0;
-constexpr double strokeSeconds = heldSeconds / sliceCount;
+constexpr size_t window = 16384;
+constexpr double sliceSeconds = double(window) / probeRate;
+constexpr double wholeSeconds = sliceSeconds * sliceCount;
+constexpr double kitSeconds = 2.0, strokeSeconds = heldSeconds / sliceCount;
 
 size_t frames(double seconds) {
     return size_t(seconds * probeRate);
@@ -33,19 +35,22 @@ void mix(Sound& to, const std::vector<float>& from, double at, float left, float
     }
 }
 
-/// Saws of a chord that die away.
+/// Saws of a chord that is held, with an edge at its start.
 std::vector<float> chord(double seconds) {
     std::vector<float> out(frames(seconds));
-    for (const double hz : {130.8, 196.0, 311.1, 466.2})
+    constexpr double fade = 0.01;
+    for (const double hz : {65.4, 130.8, 196.0, 311.1, 466.2})
         for (size_t i = 0; i < out.size(); i++) {
             const double t = double(i) / probeRate, turn = t * hz;
-            out[i] += float(0.12 * std::exp(-t / 0.12) * (2.0 * (turn - std::floor(turn)) - 1.0));
+            const double level = 0.6 + 0.4 * std::exp(-t / 0.06);
+            out[i] += float(0.1 * level * std::clamp((seconds - t) / fade, 0.0, 1.0) *
+                            (2.0 * (turn - std::floor(turn)) - 1.0));
         }
     return out;
 }
 
 Sound strokesOf(const presets::Kit& kit, size_t first, size_t count) {
-    Sound s = silence(wholeSeconds);
+    Sound s = silence(kitSeconds);
     for (size_t i = 0; i < count && first + i < kit.voices.size(); i++) {
         const presets::DrumVoice& voice = kit.voices[first + i];
         const float level = voice.place.volume * voice.place.volume, pan = voice.place.pan;
@@ -55,31 +60,33 @@ Sound strokesOf(const presets::Kit& kit, size_t first, size_t count) {
     return s;
 }
 
-Figures figuresOf(const char* name, const Sound& first, const Sound& second) {
+Figures figuresOf(const char* name, const Sound& s) {
     Figures f;
     f.name = name;
-    f.chordLufs = loudnessOf(second);
-    f.chordPeak = peakOf(second);
-    f.width = widthOf(second);
-    f.low = shapeOf(first);
-    f.middle = shapeOf(second);
+    f.chordLufs = loudnessOf(s);
+    f.chordPeak = peakOf(s);
+    f.width = widthOf(s);
     return f;
 }
 
 } // namespace
 
 Sound probeOf(bool beat) {
-    constexpr float loud = 0.8f, soft = 0.06f;
+    constexpr float loud = 0.8f, soft = 0.05f;
+    constexpr int parts = 2, strokesOfSlice = 2;
     Sound s = silence(wholeSeconds);
-    if (beat) {
-        const presets::Kit& kit = presets::kits().front();
-        for (const size_t i : {0, 3, 1, 3})
-            mix(s, presets::synthesize(kit.voices[i]), double(i) * strokeSeconds, loud, loud);
-        return s;
+    const std::vector<float> held = chord(parts * sliceSeconds);
+    for (int part = 0; part < parts; part++) {
+        const float level = part ? soft : loud;
+        const double from = part * parts * sliceSeconds;
+        if (!beat) mix(s, held, from, level, level);
+        for (int i = 0; beat && i < parts * strokesOfSlice; i++) {
+            constexpr size_t strokes[] = {0, 3, 1, 3};
+            const auto& voice = presets::kits().front().voices[strokes[i]];
+            mix(s, presets::synthesize(voice), from + i * sliceSeconds / strokesOfSlice, level,
+                level);
+        }
     }
-    const std::vector<float> stroke = chord(2 * strokeSeconds);
-    mix(s, stroke, 0.0, loud, loud * 0.8f);
-    mix(s, stroke, 2 * strokeSeconds, soft, soft);
     return s;
 }
 
@@ -106,14 +113,21 @@ Sound playRack(CQV* host, const presets::RackPreset& preset, const Sound& in) {
 }
 
 Figures measureRack(CQV* host, const presets::RackPreset& preset) {
-    return figuresOf(preset.name, playRack(host, preset, probeOf(true)),
-                     playRack(host, preset, probeOf(false)));
+    const Sound held = playRack(host, preset, probeOf(false));
+    Figures f = figuresOf(preset.name, held);
+    f.onlyHeard = true;
+    for (const Sound& s : {playRack(host, preset, probeOf(true)), held})
+        for (const Shape& shape : shapesOfWidth(s, {0.0, wholeSeconds, window}))
+            f.shapes.push_back(shape);
+    return f;
 }
 
 Figures measureKit(const presets::Kit& kit) {
     constexpr size_t standard = 5;
-    return figuresOf(kit.name, strokesOf(kit, 0, standard),
-                     strokesOf(kit, standard, kit.voices.size()));
+    const Sound rest = strokesOf(kit, standard, kit.voices.size());
+    Figures f = figuresOf(kit.name, rest);
+    f.shapes = {shapeOf(strokesOf(kit, 0, standard)), shapeOf(rest)};
+    return f;
 }
 
 } // namespace soundtable

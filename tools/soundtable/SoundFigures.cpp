@@ -6,12 +6,14 @@
 #include <cmath>
 #include <complex>
 #include <numbers>
+#include <numeric>
 
 namespace soundtable {
 
 namespace {
 
 constexpr double nothing = 1e-20;
+constexpr float floorDb = -60.0f; ///< of shapes
 constexpr double steadyFrom = 0.15, steadySeconds = 0.95;
 
 double decibels(double power) {
@@ -59,38 +61,68 @@ void addSide(std::vector<double>& power, const std::vector<float>& side, size_t 
     for (size_t i = 0; i < power.size(); i++) power[i] += 0.5 * std::norm(x[i]);
 }
 
-} // namespace
+using Powers = std::array<double, bandCount * sliceCount>;
 
-/// Powers of the whole of a sound, slice by slice, into bands.
-Shape shapeOf(const Sound& s) {
+/// Powers of a sound, slice by slice, into bands.
+Powers powersOf(const Sound& s, const Slicing& slices) {
     constexpr double lowest = 40.0, highest = 18000.0;
-    constexpr size_t size = 8192;
-    constexpr float floorDb = -60.0f;
-    std::array<double, bandCount * sliceCount> power{};
-    double sum = nothing;
+    Powers powers{};
     for (int slice = 0; slice < sliceCount; slice++) {
-        const auto bins = powerSpectrum(s, frameAt(heldSeconds * slice / sliceCount), size);
+        const double from = slices.from + slices.seconds * slice / sliceCount;
+        const auto bins = powerSpectrum(s, frameAt(from), slices.window);
         for (size_t i = 1; i < bins.size(); i++) {
-            const double hz = double(i) * probeRate / size;
+            const double hz = double(i) * probeRate / double(slices.window);
             const double at = std::log(hz / lowest) / std::log(highest / lowest) * bandCount;
-            if (at < 0.0 || at >= bandCount) continue;
-            power[size_t(slice * bandCount) + size_t(at)] += bins[i];
-            sum += bins[i];
+            if (at >= 0.0 && at < bandCount)
+                powers[size_t(slice * bandCount) + size_t(at)] += bins[i];
         }
     }
+    return powers;
+}
+
+double sumOf(const Powers& powers) {
+    return std::accumulate(powers.begin(), powers.end(), nothing);
+}
+
+Shape asShape(const Powers& powers, double sum) {
     Shape shape;
     for (size_t i = 0; i < shape.size(); i++)
-        shape[i] = std::max(floorDb, float(decibels(power[i] * sliceCount / sum)));
+        shape[i] = std::max(floorDb, float(decibels(powers[i] * sliceCount / sum)));
     return shape;
+}
+
+} // namespace
+
+Shape shapeOf(const Sound& s, const Slicing& slices) {
+    const Powers powers = powersOf(s, slices);
+    return asShape(powers, sumOf(powers));
+}
+
+std::array<Shape, 2> shapesOfWidth(const Sound& s, const Slicing& slices) {
+    Sound mid = s, side = s;
+    for (size_t i = 0; i < s.left.size(); i++) {
+        mid.left[i] = mid.right[i] = 0.5f * (s.left[i] + s.right[i]);
+        side.left[i] = side.right[i] = 0.5f * (s.left[i] - s.right[i]);
+    }
+    const Powers same = powersOf(mid, slices), apart = powersOf(side, slices);
+    const double sum = sumOf(same) + sumOf(apart);
+    return {asShape(same, sum), asShape(apart, sum)};
 }
 
 namespace {
 
-double meanSquareApart(const Shape& a, const Shape& b) {
-    double sum = 0.0;
-    for (size_t i = 0; i < a.size(); i++) sum += double(a[i] - b[i]) * double(a[i] - b[i]);
-    return sum / double(a.size());
-}
+struct Apart {
+    double square = 0.0;
+    int count = 0;
+
+    void add(const Shape& a, const Shape& b, bool onlyHeard) {
+        for (size_t i = 0; i < a.size(); i++) {
+            if (onlyHeard && a[i] <= floorDb && b[i] <= floorDb) continue;
+            square += double(a[i] - b[i]) * double(a[i] - b[i]);
+            count++;
+        }
+    }
+};
 
 } // namespace
 
@@ -199,13 +231,14 @@ Figures measure(const std::string& name, const std::vector<Sound>& sounds) {
     f.velocitySpan = loudnessOf(sounds[probeLoud]) - loudnessOf(sounds[probeSoft]);
     f.velocityColour = colourOf(sounds[probeSoft], sounds[probeLoud]);
     f.width = widthOf(c4);
-    f.low = shapeOf(sounds[probeC3]);
-    f.middle = shapeOf(c4);
+    f.shapes = {shapeOf(sounds[probeC3]), shapeOf(c4)};
     return f;
 }
 
 double distanceOf(const Figures& a, const Figures& b) {
-    return std::sqrt(0.5 * (meanSquareApart(a.low, b.low) + meanSquareApart(a.middle, b.middle)));
+    Apart apart;
+    for (size_t i = 0; i < a.shapes.size(); i++) apart.add(a.shapes[i], b.shapes[i], a.onlyHeard);
+    return std::sqrt(apart.square / std::max(1, apart.count));
 }
 
 void findNearest(std::vector<Figures>& bank) {

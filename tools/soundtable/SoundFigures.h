@@ -56,7 +56,8 @@ struct Figures {
     double range = 0.0;                      ///< dB between loudest and softest octave
     double width = 0.0;                      ///< dB of the difference of both sides to their sum
     int voices = 0;                          ///< of one note; 0 unknown
-    Shape low{}, middle{};                   ///< of C3 and C4
+    std::vector<Shape> shapes;               ///< of C3 and C4; as many for all of a bank
+    bool onlyHeard = false;                  ///< where both are silent, distances don't count
     double nearest = 0.0;                    ///< dB to the nearest other program
     std::string neighbour;
 };
@@ -76,13 +77,20 @@ double shareAbove(const Sound& s, double hz, double from, double seconds);
 double widthOf(const Sound& s);
 double peakOf(const Sound& s);
 
-/// Of the first `heldSeconds` of a sound, as loud as any other.
-Shape shapeOf(const Sound& s);
+/// Where the slices of a shape lie, each heard for `window` frames (a power of 2) from its start.
+struct Slicing {
+    double from = 0.0, seconds = heldSeconds;
+    size_t window = 8192;
+};
+/// As loud as any other.
+Shape shapeOf(const Sound& s, const Slicing& slices = {});
+/// Of what both sides have in common, and of what they differ by, together as loud as any other.
+std::array<Shape, 2> shapesOfWidth(const Sound& s, const Slicing& slices);
 
 /// The figures of one program; the sounds are those of `probeNotes`.
 Figures measure(const std::string& name, const std::vector<Sound>& sounds);
 
-/// How far two programs are apart: dB, the root of the mean square over bands and slices.
+/// How far two programs are apart: dB, the root of the mean square over bands, slices and shapes.
 double distanceOf(const Figures& a, const Figures& b);
 /// Fills in the nearest of each.
 void findNearest(std::vector<Figures>& bank);

@@ -46,7 +46,7 @@ bool writePicture(const char* path, const std::vector<Figures>& bank) {
         const int y = gap + int(i) / columns * (high + textHeight + gap);
         out << "<rect x='" << x << "' y='" << y << "' width='" << wide << "' height='" << high
             << "' fill='#ffffff' stroke='#c3c8d0'/>\n";
-        drawShape(out, bank[i].middle, x, y);
+        drawShape(out, bank[i].shapes.back(), x, y);
         out << "<text x='" << x << "' y='" << y + high + 12 << "' fill='#1c1f23'>"
             << escaped(bank[i].name) << "</text>\n";
     }

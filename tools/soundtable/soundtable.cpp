@@ -4,10 +4,12 @@
 #include "data/generalmidi/GeneralMidi.h"
 #include "engine/CQV.h"
 #include "instruments/FactoryPrograms.h"
+#include "tools/soundtable/MusicProbe.h"
 #include "tools/soundtable/PresetProbe.h"
 #include "tools/soundtable/SoundPicture.h"
 #include "tools/soundtable/SoundProbe.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -15,16 +17,15 @@
 #include <memory>
 #include <string_view>
 
-// sondrava-sounds [--picture FILE.svg] factory|gm|racks|kits|FILE.wav...
-// sondrava-sounds --pairs factory|gm|racks|kits...
+// sondrava-sounds [--picture FILE.svg] factory|gm|racks|kits|arps|tracks|clips|FILE.wav...
+// sondrava-sounds --pairs factory|gm|racks|kits|arps|tracks|clips...
 // sondrava-sounds --songs FILE.wav...
 //
 // Prints a table of what programs sound like. `factory` is the bank of the synthesizer, `gm` the
-// General MIDI set, `racks` and `kits` the presets of effects and drums, of which fewer columns
-// count; a WAV file holds the row of notes of SoundFigures.h, played by anything, one every 2.5 s
-// from its start. `--pairs` prints what is too near to something else instead. Of songs it tells
-// how loud they are, whether they survive mono, and what they hold of the highest and of no
-// frequency.
+// General MIDI set, the others the presets of those kinds, of which fewer columns count; a WAV file
+// holds the row of notes of SoundFigures.h, played by anything, one every 2.5 s from its start.
+// `--pairs` prints what is too near to something else instead. Of songs it tells how loud they are,
+// whether they survive mono, and what they hold of the highest and of no frequency.
 
 namespace {
 
@@ -41,6 +42,9 @@ struct Measured {
     void addGeneralMidi();
     void addRacks();
     void addKits();
+    void addArpeggios();
+    void addTracks();
+    void addClips();
     bool addFile(const char* path); ///< false if it cannot be read
 };
 
@@ -49,8 +53,8 @@ void Measured::add(const char* name, const char* family, const MakeProgram& make
     int voices = 0;
     if (onlyPairs) {
         f.name = name;
-        f.low = shapeOf(playNote(host, make, probeNotes[probeC3], voices));
-        f.middle = shapeOf(playNote(host, make, probeNotes[probeC4], voices));
+        for (const int note : {probeC3, probeC4})
+            f.shapes.push_back(shapeOf(playNote(host, make, probeNotes[size_t(note)], voices)));
     } else {
         f = measure(name, playProbe(host, make, voices));
     }
@@ -84,6 +88,20 @@ void Measured::addRacks() {
 
 void Measured::addKits() {
     for (const presets::Kit& kit : presets::kits()) bank.push_back(measureKit(kit));
+}
+
+void Measured::addArpeggios() {
+    for (const auto& preset : presets::arpPresets()) bank.push_back(measureArpeggio(host, preset));
+}
+
+void Measured::addTracks() {
+    for (const auto& preset : presets::trackPresets()) bank.push_back(measureTrack(host, preset));
+}
+
+void Measured::addClips() {
+    for (const auto& clip : presets::drumClips()) bank.push_back(measureClip(clip));
+    for (const auto& clip : presets::noteClips()) bank.push_back(measureClip(host, clip));
+    for (const auto& loop : presets::soundLoops()) bank.push_back(measureClip(loop));
 }
 
 /// The notes of a file; empty if it cannot be read.
@@ -130,6 +148,21 @@ void printTable(const std::vector<Figures>& bank) {
             f.name.c_str(), f.chordLufs, f.chordPeak, f.worstDc, f.above2k, f.above5k,
             f.velocitySpan, f.velocityColour, f.range, f.width, f.nearest, f.neighbour.c_str(),
             f.voices);
+}
+
+struct Kind {
+    const char* word;
+    void (Measured::*add)();
+};
+
+const Kind* find(std::string_view word) {
+    static constexpr Kind kinds[] = {
+        {"factory", &Measured::addFactory}, {"gm", &Measured::addGeneralMidi},
+        {"racks", &Measured::addRacks},     {"kits", &Measured::addKits},
+        {"arps", &Measured::addArpeggios},  {"tracks", &Measured::addTracks},
+        {"clips", &Measured::addClips}};
+    const auto* found = std::ranges::find(kinds, word, &Kind::word);
+    return found == std::end(kinds) ? nullptr : found;
 }
 
 /// One line on a finished song.
@@ -191,14 +224,8 @@ int main(int argc, char** argv) {
             picture = argv[++i];
         } else if (word == "--pairs") {
             measured.onlyPairs = true;
-        } else if (word == "factory") {
-            measured.addFactory();
-        } else if (word == "gm") {
-            measured.addGeneralMidi();
-        } else if (word == "racks") {
-            measured.addRacks();
-        } else if (word == "kits") {
-            measured.addKits();
+        } else if (const auto* kind = find(word)) {
+            (measured.*kind->add)();
         } else if (!measured.addFile(argv[i])) {
             std::fprintf(stderr, "sondrava-sounds: %s: cannot be read\n", argv[i]);
             return 1;
