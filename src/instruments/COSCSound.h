@@ -29,7 +29,4 @@ public:
     void processVoices(CVoice** voices, int count, float* left, float* right, int frames) override;
     void startVoice(CVoice* voice) override;
     Stored<float>* target(int number) override;
-
-private:
-    void renderSeated(CVoice** voices, int count, float* left, float* right, int frames);
 };

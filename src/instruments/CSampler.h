@@ -125,7 +125,8 @@ private:
     void startVoice(CVoice* voice, CSound* sound, int data, unsigned char group);
     void cutVoices();
     int gather(int from, CVoice** found);
-    void renderSound(CSound* sound, CVoice** list, int count, int frames, int offset);
+    struct SoundSum;
+    void mixSound(const SoundSum& sum, int frames, int offset);
     int strideLeft = 0; ///< frames of the stride from the start of this block on
     void muteAll(CObject* object);
 };

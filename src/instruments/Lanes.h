@@ -59,31 +59,23 @@ struct alignas(64) StripLanes {
     void meter(CSound* s);
 };
 
-/// The strip in registers: a segment of frames of N lanes.
+/// The filters of N lanes in registers: a segment of frames.
 template <int N>
-struct StripRegisters {
+struct FilterRegisters {
     using Floats = typename Vectors<N>::Floats;
     using Ints = typename Vectors<N>::Ints;
-    using Floats4 = Vectors<4>::Floats;
 
-    Floats low, band, high, peakL, peakR, at;
-    Floats cut, cutStep, damp, gainL, gainLStep, gainR, gainRStep;
+    Floats low, band, high, at, cut, cutStep, damp;
     Ints tapLow, tapBand, tapHigh;
 
-    SONDRAVA_INLINE explicit StripRegisters(const StripLanes& s) {
+    SONDRAVA_INLINE explicit FilterRegisters(const StripLanes& s) {
         loadLanes(at, s.at);
         loadLanes(low, s.low);
         loadLanes(band, s.band);
         loadLanes(high, s.high);
-        loadLanes(peakL, s.peakL);
-        loadLanes(peakR, s.peakR);
         loadLanes(cut, s.cut);
         loadLanes(cutStep, s.cutStep);
         loadLanes(damp, s.damp);
-        loadLanes(gainL, s.gainL);
-        loadLanes(gainLStep, s.gainLStep);
-        loadLanes(gainR, s.gainR);
-        loadLanes(gainRStep, s.gainRStep);
         loadLanes(tapLow, s.tapLow);
         loadLanes(tapBand, s.tapBand);
         loadLanes(tapHigh, s.tapHigh);
@@ -94,18 +86,43 @@ struct StripRegisters {
         storeLanes(low, s.low);
         storeLanes(band, s.band);
         storeLanes(high, s.high);
-        storeLanes(peakL, s.peakL);
-        storeLanes(peakR, s.peakR);
-        storeLanes(at, s.at);
     }
 
-    /// The state-variable filter; leaves the tapped output in `x`.
+    /// The state-variable filter; leaves the tapped output in `x`. `at` is left to the caller.
     SONDRAVA_INLINE void filter(Floats& x) {
         const Floats f = cut + at * cutStep;
         low += f * band;
         high = x - low - damp * band;
         band += f * high;
         x = Floats((Ints(low) & tapLow) | (Ints(band) & tapBand) | (Ints(high) & tapHigh));
+    }
+};
+
+/// The strip in registers: a segment of frames of N lanes.
+template <int N>
+struct StripRegisters : FilterRegisters<N> {
+    using typename FilterRegisters<N>::Floats;
+    using typename FilterRegisters<N>::Ints;
+    using Floats4 = Vectors<4>::Floats;
+    using FilterRegisters<N>::at;
+
+    Floats peakL, peakR, gainL, gainLStep, gainR, gainRStep;
+
+    SONDRAVA_INLINE explicit StripRegisters(const StripLanes& s) : FilterRegisters<N>(s) {
+        loadLanes(peakL, s.peakL);
+        loadLanes(peakR, s.peakR);
+        loadLanes(gainL, s.gainL);
+        loadLanes(gainLStep, s.gainLStep);
+        loadLanes(gainR, s.gainR);
+        loadLanes(gainRStep, s.gainRStep);
+    }
+
+    /// Writes back what has changed.
+    SONDRAVA_INLINE void store(StripLanes& s) const {
+        FilterRegisters<N>::store(s);
+        storeLanes(at, s.at);
+        storeLanes(peakL, s.peakL);
+        storeLanes(peakR, s.peakR);
     }
 
     /// Applies the gains, raises the meters and adds the sums of all lanes to one output frame.
@@ -176,8 +193,8 @@ struct LaneVoice {
 /// Takes the lanes of a voice that has ended out of the sum.
 template <class Batch>
 void silence(Batch& batch, const LaneVoice& v) {
-    batch.s.strip.mute(v.lane);
-    if (v.stereo) batch.s.strip.mute(v.lane + 1);
+    for (int lane = v.lane; lane <= v.rightLane(); lane++)
+        batch.s.stripOf(lane).mute(lane % maxLanes);
 }
 
 /// Begins the slices that are due, of up to `reach` frames; the frames that all voices can then run
@@ -215,9 +232,9 @@ void endSlices(Batch& batch, int n) {
 
 /// Runs the voices of a batch through `frames` frames: each begins and ends its own slices, and all
 /// run together from one such place to the next. Slices may go on `ahead` frames behind the call.
-/// Batch has `voices`, `count`, `s.strip`, `bool beginSlice(LaneVoice&, int most)`, which sets
-/// `slice` to 1 to `most`, and `bool endSlice(LaneVoice&)`: both false when the voice has ended;
-/// and `void run(int from, int n)`.
+/// Batch has `voices`, `count`, `s.stripOf(lane)`, the eight lanes around one, `bool
+/// beginSlice(LaneVoice&, int most)`, which sets `slice` to 1 to `most`, and `bool
+/// endSlice(LaneVoice&)`: both false when the voice has ended; and `void run(int from, int n)`.
 template <class Batch>
 void runBatch(Batch& batch, int frames, int ahead) {
     for (int done = 0; done < frames;) {

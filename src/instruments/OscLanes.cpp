@@ -4,7 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <type_traits>
+#include <cstdint>
+#include <utility>
 
 namespace {
 
@@ -29,8 +30,10 @@ SONDRAVA_INLINE void sine(double& steps) {
 }
 
 SONDRAVA_INLINE void sine(Doubles& steps) {
-    const Ints4 at = __builtin_convertvector(steps, Ints4) & tableMask;
-    steps = Doubles{sinus[at[0]], sinus[at[1]], sinus[at[2]], sinus[at[3]]};
+    using Pairs = uint64_t __attribute__((vector_size(16)));
+    const Pairs at = Pairs(__builtin_convertvector(steps, Ints4) & tableMask);
+    steps = Doubles{sinus[uint32_t(at[0])], sinus[at[0] >> 32], sinus[uint32_t(at[1])],
+                    sinus[at[1] >> 32]};
 }
 
 /// 2 to the power of `x`, for -32 to 32, to 1e-7 of the result: the whole part goes into the
@@ -79,7 +82,7 @@ struct Operators {
     D carPhase, carIncr, carLast, modPhase, modIncr, modLast;
     D feed1, feed1Step, feed2, feed2Step, phaseMod, phaseModStep;
     D modBefore; ///< phase of the latest frame
-    double modRing, oscRing;
+    D modRing, oscRing;
 
     SONDRAVA_INLINE void load(const OscLanes& s, int lane) {
         loadLanes(carPhase, s.carPhase + lane);
@@ -94,8 +97,9 @@ struct Operators {
         loadLanes(feed2Step, s.feed2Step + lane);
         loadLanes(phaseMod, s.phaseMod + lane);
         loadLanes(phaseModStep, s.phaseModStep + lane);
-        modRing = s.modRing;
-        oscRing = s.oscRing;
+        loadLanes(modRing, s.modRing + lane);
+        loadLanes(oscRing, s.oscRing + lane);
+        modBefore = modPhase;
     }
 
     SONDRAVA_INLINE void store(OscLanes& s, int lane) const {
@@ -108,7 +112,7 @@ struct Operators {
         storeLanes(phaseMod, s.phaseMod + lane);
     }
 
-    SONDRAVA_INLINE static void shape(D& x, double ring) {
+    SONDRAVA_INLINE static void shape(D& x, const D& ring) {
         if constexpr (use.ringed)
             x *= (ring - 1.0) + ring * x;
         else
@@ -148,69 +152,54 @@ struct Operators {
     }
 };
 
-/// All operators of up to N lanes; the strip that follows is four or eight wide.
-template <int N, Use use>
-struct Bank {
-    static constexpr int stripLanes = std::max(N, 4);
-    static constexpr int perGroup = N < 4 ? 1 : 4;
-    static constexpr int groups = N / perGroup;
-    using D = std::conditional_t < N<4, double, Doubles>;
-    using Floats = typename Vectors<stripLanes>::Floats;
-
+/// Some lanes, of D each, in step.
+template <class D, int groups, Use use>
+SONDRAVA_INLINE void runOperators(OscLanes& s, float (*wave)[OscLanes::lanesInAll], int n) {
+    constexpr int width = sizeof(D) / sizeof(double);
     Operators<D, use> ops[groups];
-
-    SONDRAVA_INLINE explicit Bank(const OscLanes& s) {
-        for (int g = 0; g < groups; g++) ops[g].load(s, g * perGroup);
-    }
-    SONDRAVA_INLINE void store(OscLanes& s) {
+    for (int g = 0; g < groups; g++) ops[g].load(s, g * width);
+    for (int i = 0; i < n; i++)
         for (int g = 0; g < groups; g++) {
-            ops[g].finish();
-            ops[g].store(s, g * perGroup);
+            ops[g].next();
+            if constexpr (width == 1)
+                wave[i][g] = float(ops[g].carLast);
+            else
+                storeLanes(__builtin_convertvector(ops[g].carLast, Floats4), &wave[i][g * width]);
         }
+    for (int g = 0; g < groups; g++) {
+        ops[g].finish();
+        ops[g].store(s, g * width);
     }
-    SONDRAVA_INLINE void next(Floats& out) {
-        for (int g = 0; g < groups; g++) ops[g].next();
-        if constexpr (N == 8)
-            out = __builtin_shufflevector(__builtin_convertvector(ops[0].carLast, Floats4),
-                                          __builtin_convertvector(ops[1].carLast, Floats4), 0, 1, 2,
-                                          3, 4, 5, 6, 7);
-        else if constexpr (N == 4)
-            out = __builtin_convertvector(ops[0].carLast, Floats4);
-        else
-            out = Floats4{float(ops[0].carLast), float(ops[1].carLast), 0.0f, 0.0f};
+}
+
+using Wave = float (*)[OscLanes::lanesInAll];
+using Run = void (*)(OscLanes&, Wave, int);
+
+template <Use use>
+struct Runs {
+    static SONDRAVA_CLONES void run2(OscLanes& s, Wave wave, int n) {
+        runOperators<double, 2, use>(s, wave, n);
+    }
+    static SONDRAVA_CLONES void run4(OscLanes& s, Wave wave, int n) {
+        runOperators<Doubles, 1, use>(s, wave, n);
+    }
+    static SONDRAVA_CLONES void run8(OscLanes& s, Wave wave, int n) {
+        runOperators<Doubles, 2, use>(s, wave, n);
+    }
+    static SONDRAVA_CLONES void run12(OscLanes& s, Wave wave, int n) {
+        runOperators<Doubles, 3, use>(s, wave, n);
+    }
+    static SONDRAVA_CLONES void run16(OscLanes& s, Wave wave, int n) {
+        runOperators<Doubles, 4, use>(s, wave, n);
     }
 };
 
-template <int N>
-SONDRAVA_INLINE void swapNeighbours(const typename Vectors<N>::Floats& v,
-                                    typename Vectors<N>::Floats& out) {
-    if constexpr (N == 8)
-        out = __builtin_shufflevector(v, v, 1, 0, 3, 2, 5, 4, 7, 6);
-    else
-        out = __builtin_shufflevector(v, v, 1, 0, 3, 2);
-}
-
-template <int N, Use use>
-SONDRAVA_INLINE void runLanes(OscLanes& s, float* left, float* right, int n) {
-    using Bank = Bank<N, use>;
-    constexpr int width = Bank::stripLanes;
-    Bank bank(s);
-    StripRegisters<width> strip(s.strip);
-    typename Bank::Floats direct, cross;
-    loadLanes(direct, s.direct);
-    loadLanes(cross, s.cross);
-    const bool dist = s.dist;
-    for (int i = 0; i < n; i++) {
-        typename Bank::Floats c, neighbour;
-        bank.next(c);
-        swapNeighbours<width>(c, neighbour);
-        typename Bank::Floats y = direct * c + cross * neighbour;
-        strip.filter(y);
-        if (dist) softClip<width>(y);
-        strip.mix(y, left + i, right + i);
-    }
-    bank.store(s);
-    strip.store(s.strip);
+template <Use use>
+Run runOf(int lanes) {
+    if (lanes <= 2) return Runs<use>::run2;
+    if (lanes <= 4) return Runs<use>::run4;
+    if (lanes <= 8) return Runs<use>::run8;
+    return lanes <= 12 ? Runs<use>::run12 : Runs<use>::run16;
 }
 
 constexpr Use full{}, ringed{.ringed = true}, carrierFed{.modulatorFed = false},
@@ -218,39 +207,184 @@ constexpr Use full{}, ringed{.ringed = true}, carrierFed{.modulatorFed = false},
     alone{.modulatorFed = false, .modulates = false},
     bare{.carrierFed = false, .modulatorFed = false, .modulates = false};
 
-template <Use use>
-struct Runs {
-    static SONDRAVA_CLONES void run2(OscLanes& s, float* left, float* right, int n) {
-        runLanes<2, use>(s, left, right, n);
-    }
-    static SONDRAVA_CLONES void run4(OscLanes& s, float* left, float* right, int n) {
-        runLanes<4, use>(s, left, right, n);
-    }
-    static SONDRAVA_CLONES void run8(OscLanes& s, float* left, float* right, int n) {
-        runLanes<8, use>(s, left, right, n);
-    }
-};
-
-using Run = void (*)(OscLanes&, float*, float*, int);
-
-template <Use use>
-Run runOf(int lanes) {
-    if (lanes <= 2) return Runs<use>::run2;
-    return lanes <= 4 ? Runs<use>::run4 : Runs<use>::run8;
+bool isNothing(const double* values, int lanes) {
+    return std::all_of(values, values + lanes, [](double x) { return x == 0.0; });
 }
 
 bool isNothing(const double* values, const double* steps, int lanes) {
-    const auto zero = [](double x) { return x == 0.0; };
-    return std::all_of(values, values + lanes, zero) && std::all_of(steps, steps + lanes, zero);
+    return isNothing(values, lanes) && isNothing(steps, lanes);
 }
 
 Run runFor(const OscLanes& s, int lanes) {
-    if (s.modRing != 0.0 || s.oscRing != 0.0) return runOf<ringed>(lanes);
+    if (!isNothing(s.modRing, s.oscRing, lanes)) return runOf<ringed>(lanes);
     if (!isNothing(s.feed2, s.feed2Step, lanes)) return runOf<full>(lanes);
     const bool fed = !isNothing(s.feed1, s.feed1Step, lanes);
     if (isNothing(s.phaseMod, s.phaseModStep, lanes))
         return fed ? runOf<alone>(lanes) : runOf<bare>(lanes);
     return fed ? runOf<carrierFed>(lanes) : runOf<unfed>(lanes);
+}
+
+using Floats = Vectors<maxLanes>::Floats;
+using Ints = Vectors<maxLanes>::Ints;
+
+/// The filters of eight lanes, and what leads to and from them.
+struct FilterLanes : FilterRegisters<maxLanes> {
+    Floats direct, cross;
+    Ints dist;
+
+    SONDRAVA_INLINE FilterLanes(const OscLanes& s, int block)
+        : FilterRegisters<maxLanes>(s.strips[block]) {
+        loadLanes(direct, s.direct + block * maxLanes);
+        loadLanes(cross, s.cross + block * maxLanes);
+        loadLanes(dist, s.dist + block * maxLanes);
+    }
+
+    template <bool anyDist>
+    SONDRAVA_INLINE void next(float* frame) {
+        Floats c;
+        loadLanes(c, frame);
+        Floats y = direct * c + cross * __builtin_shufflevector(c, c, 1, 0, 3, 2, 5, 4, 7, 6);
+        filter(y);
+        at += 1.0f;
+        if constexpr (anyDist) {
+            Floats soft = y;
+            softClip<maxLanes>(soft);
+            y = dist ? soft : y;
+        }
+        storeLanes(y, frame);
+    }
+};
+
+template <int blocks, bool anyDist>
+SONDRAVA_INLINE void runFilters(OscLanes& s, Wave wave, int n) {
+    FilterLanes first(s, 0), last(s, blocks - 1);
+    for (int i = 0; i < n; i++) {
+        first.template next<anyDist>(wave[i]);
+        if constexpr (blocks > 1) last.template next<anyDist>(wave[i] + maxLanes);
+    }
+    if constexpr (blocks > 1) last.store(s.strips[1]);
+    first.store(s.strips[0]);
+}
+
+SONDRAVA_CLONES void filter8(OscLanes& s, Wave wave, int n) {
+    runFilters<1, false>(s, wave, n);
+}
+SONDRAVA_CLONES void filter16(OscLanes& s, Wave wave, int n) {
+    runFilters<2, false>(s, wave, n);
+}
+SONDRAVA_CLONES void clip8(OscLanes& s, Wave wave, int n) {
+    runFilters<1, true>(s, wave, n);
+}
+SONDRAVA_CLONES void clip16(OscLanes& s, Wave wave, int n) {
+    runFilters<2, true>(s, wave, n);
+}
+
+Run filterFor(const OscLanes& s, int lanes) {
+    const bool anyDist = std::any_of(s.dist, s.dist + lanes, [](int x) { return x != 0; });
+    if (lanes <= maxLanes) return anyDist ? clip8 : filter8;
+    return anyDist ? clip16 : filter16;
+}
+
+/// Four frames of four lanes, by lane.
+SONDRAVA_INLINE void turn4(Wave wave, int frame, int lane, OscLanes& s) {
+    Floats4 a, b, c, d;
+    loadLanes(a, &wave[frame][lane]);
+    loadLanes(b, &wave[frame + 1][lane]);
+    loadLanes(c, &wave[frame + 2][lane]);
+    loadLanes(d, &wave[frame + 3][lane]);
+    const Floats4 ab = __builtin_shufflevector(a, b, 0, 4, 1, 5);
+    const Floats4 cd = __builtin_shufflevector(c, d, 0, 4, 1, 5);
+    const Floats4 abHigh = __builtin_shufflevector(a, b, 2, 6, 3, 7);
+    const Floats4 cdHigh = __builtin_shufflevector(c, d, 2, 6, 3, 7);
+    storeLanes(__builtin_shufflevector(ab, cd, 0, 1, 4, 5), &s.sound[lane][frame]);
+    storeLanes(__builtin_shufflevector(ab, cd, 2, 3, 6, 7), &s.sound[lane + 1][frame]);
+    storeLanes(__builtin_shufflevector(abHigh, cdHigh, 0, 1, 4, 5), &s.sound[lane + 2][frame]);
+    storeLanes(__builtin_shufflevector(abHigh, cdHigh, 2, 3, 6, 7), &s.sound[lane + 3][frame]);
+}
+
+SONDRAVA_CLONES void turnWave(OscLanes& s, Wave wave, int lanes, int frames) {
+    for (int lane = 0; lane < lanes; lane += lanesPerGroup)
+        for (int frame = 0; frame < frames; frame += 4) turn4(wave, frame, lane, s);
+}
+
+/// One side of some lanes on the way to their sum, which has the order of a tree: first those four
+/// apart, then those two apart, then neighbours. Lanes that give nothing are left out.
+class SideSum {
+public:
+    SideSum(OscLanes& lanes, bool isRight, int frames)
+        : s(lanes), right(isRight), padded((frames + maxLanes - 1) / maxLanes * maxLanes) {}
+
+    SONDRAVA_INLINE void take(int place, int lane) {
+        StripLanes& strip = s.stripOf(lane);
+        const int i = lane % maxLanes;
+        const float gain = right ? strip.gainR[i] : strip.gainL[i];
+        const float step = right ? strip.gainRStep[i] : strip.gainLStep[i];
+        if (gain == 0.0f && step == 0.0f) return;
+        float* row = rows[place % 4];
+        Floats peak{};
+        Floats at = strip.at[i] + Floats{0, 1, 2, 3, 4, 5, 6, 7};
+        const bool more = used[place % 4];
+        for (int f = 0; f < padded; f += maxLanes, at += float(maxLanes)) {
+            Floats y;
+            loadLanes(y, s.sound[lane] + f);
+            y *= gain + at * step;
+            const Floats magnitude = Floats(Ints(y) & 0x7FFFFFFF);
+            peak = magnitude > peak ? magnitude : peak;
+            if (more) {
+                Floats before;
+                loadLanes(before, row + f);
+                y = before + y;
+            }
+            storeLanes(y, row + f);
+        }
+        used[place % 4] = true;
+        float& highest = right ? strip.peakR[i] : strip.peakL[i];
+        for (int k = 0; k < maxLanes; k++) highest = std::max(highest, peak[k]);
+    }
+
+    SONDRAVA_INLINE void addTo(float* out, int frames) {
+        join(0, 2);
+        join(1, 3);
+        join(0, 1);
+        if (!used[0]) return;
+        int f = 0;
+        for (; f + maxLanes <= frames; f += maxLanes) {
+            Floats sum, more;
+            loadLanes(sum, out + f);
+            loadLanes(more, rows[0] + f);
+            storeLanes(sum + more, out + f);
+        }
+        for (; f < frames; f++) out[f] += rows[0][f];
+    }
+
+private:
+    OscLanes& s;
+    bool right;
+    int padded;
+    bool used[4] = {};
+    float* rows[4] = {space[0], space[1], space[2], space[3]};
+    alignas(64) float space[4][OscLanes::room];
+
+    SONDRAVA_INLINE void join(int a, int b) {
+        if (!used[b]) return;
+        if (!used[a]) {
+            std::swap(rows[a], rows[b]);
+        } else {
+            for (int f = 0; f < padded; f += maxLanes) {
+                Floats sum, more;
+                loadLanes(sum, rows[a] + f);
+                loadLanes(more, rows[b] + f);
+                storeLanes(sum + more, rows[a] + f);
+            }
+        }
+        used[a] = true;
+    }
+};
+
+SONDRAVA_CLONES void mixSide(OscLanes& s, int first, int lanes, bool right, float* out, int n) {
+    SideSum sum(s, right, n);
+    for (int place = 0; place < lanes; place++) sum.take(place, first + place);
+    sum.addTo(out, n);
 }
 
 void setBackPhase(double& phase) {
@@ -259,12 +393,44 @@ void setBackPhase(double& phase) {
 
 } // namespace
 
+void OscLanes::leaveEmpty(int lane) {
+    for (double* values : {carPhase, carIncr, carLast, modPhase, modIncr, modLast, feed1, feed1Step,
+                           feed2, feed2Step, phaseMod, phaseModStep, modRing, oscRing})
+        values[lane] = 0.0;
+    direct[lane] = cross[lane] = 0.0f;
+    dist[lane] = 0;
+    stripOf(lane).leaveEmpty(lane % maxLanes);
+}
+
 void OscLanes::setBack(int lane) {
     setBackPhase(carPhase[lane]);
     setBackPhase(modPhase[lane]);
 }
 
-void OscLanes::run(int lanes, float* left, float* right, int n) {
-    const int wide = lanes <= 2 ? 2 : lanes <= 4 ? 4 : 8;
-    if (n > 0) runFor(*this, wide)(*this, left, right, n);
+void OscLanes::run(int lanes, int n) {
+    runFor(*this, lanes)(*this, wave, n);
+    filterFor(*this, lanes)(*this, wave, n);
+    const int padded = (n + maxLanes - 1) / maxLanes * maxLanes;
+    for (int i = n; i < padded; i++) std::fill(std::begin(wave[i]), std::end(wave[i]), 0.0f);
+    turnWave(*this, wave, lanes, padded);
+}
+
+void OscLanes::mix(int first, int lanes, float* left, float* right, int n) {
+    mixSide(*this, first, lanes, false, left, n);
+    mixSide(*this, first, lanes, true, right, n);
+}
+
+void OscLanes::pass(int lanes, int n) {
+    for (int i = 0; i < lanes; i++) stripOf(i).at[i % maxLanes] += float(n);
+}
+
+void OscLanes::meter(int first, int lanes, CSound* owner) {
+    float left = 0.0f, right = 0.0f;
+    for (int lane = first; lane < first + lanes; lane++) {
+        StripLanes& strip = stripOf(lane);
+        left = std::max(left, std::exchange(strip.peakL[lane % maxLanes], 0.0f));
+        right = std::max(right, std::exchange(strip.peakR[lane % maxLanes], 0.0f));
+    }
+    if (left > owner->peakL) owner->peakL = left;
+    if (right > owner->peakR) owner->peakR = right;
 }

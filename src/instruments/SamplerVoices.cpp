@@ -7,7 +7,9 @@
 #include "engine/SongClock.h"
 #include "engine/plan/GraphPlan.h"
 #include "engine/plan/GraphWorkers.h"
+#include "instruments/COSCSound.h"
 #include "instruments/CSampler.h"
+#include "instruments/OscGang.h"
 #include "instruments/Slices.h"
 
 #include <algorithm>
@@ -86,15 +88,46 @@ void CSampler::subProcess(int frames, int offset) {
     if (channel && channel->bufL) render(frames, offset);
 }
 
+/// What the voices of a sound add up to in a call.
+struct CSampler::SoundSum {
+    CSound* sound;
+    const CVoice* last; ///< of the voices
+    float* left;
+    float* right;
+};
+
+/// Operator sounds are worked out together, as many as there is room for: their voices share lanes.
 void CSampler::render(int frames, int offset) {
+    constexpr int most = std::min(GraphScratch::rows / 2, OscGang::mostSounds);
+    SoundSum sums[most];
+    int count = 0;
+    CVoice* list[voiceCount];
+    const int ahead = std::max(0, strideLeft - offset - frames);
+    OscGang gang(frames, ahead);
+    const auto mixAll = [&] {
+        gang.run();
+        for (int i = 0; i < count; i++) mixSound(sums[i], frames, offset);
+        count = 0;
+    };
     for (CVoice& v : voices)
         if (takesPart(v)) v.sound->voicesRendered = 0;
-    CVoice* list[voiceCount];
     for (int i = 0; i < voiceCount; i++) {
         CSound* sound = voices[i].sound;
         if (!takesPart(voices[i]) || sound->voicesRendered > 0) continue;
-        renderSound(sound, list, gather(i, list), frames, offset);
+        const int n = gather(i, list);
+        float* left = host->scratch().bank.data() + size_t(2 * count * host->frames);
+        float* right = left + host->frames;
+        std::fill_n(left, frames, 0.0f);
+        std::fill_n(right, frames, 0.0f);
+        sums[count++] = {sound, list[n - 1], left, right};
+        sound->ahead = ahead;
+        if (sound->type == typeOscSound)
+            gang.add(static_cast<COSCSound*>(sound), list, n, left, right);
+        else
+            sound->processVoices(list, n, left, right, frames);
+        if (count == most) mixAll();
     }
+    mixAll();
 }
 
 int CSampler::gather(int from, CVoice** found) {
@@ -106,16 +139,11 @@ int CSampler::gather(int from, CVoice** found) {
     return count;
 }
 
-void CSampler::renderSound(CSound* sound, CVoice** list, int count, int frames, int offset) {
-    float* left = host->scratch().left.data();
-    float* right = host->scratch().right.data();
-    std::fill_n(left, frames, 0.0f);
-    std::fill_n(right, frames, 0.0f);
-    sound->ahead = std::max(0, strideLeft - offset - frames);
-    sound->processVoices(list, count, left, right, frames);
+void CSampler::mixSound(const SoundSum& sum, int frames, int offset) {
+    const auto& [sound, last, left, right] = sum;
     for (int i = 0; i < targetCount; i++) sound->curShown[i] = sound->cur[i];
     for (int i = 0; i < lfoCount; i++) {
-        const CLFOStage& stage = list[count - 1]->lfoStages[i];
+        const CLFOStage& stage = last->lfoStages[i];
         sound->lfo[i]->shownPhase = float(stage.phase);
         sound->lfo[i]->shownValue = stage.value;
     }

@@ -228,3 +228,47 @@ TEST(CWavSound, VoicesSoundTheSameSideBySide) {
             expectLanesAgree(b, s, "clip");
         }
 }
+
+/// More sounds than are worked out at a time, on chords whose notes begin apart: a sampler gives
+/// the very sum of what it gives of each alone.
+TEST(CSampler, SoundsAreTheSameTogetherAndAlone) {
+    constexpr int block = 256, blocks = 40, sounds = 11;
+    const auto render = [&](int alone) {
+        SoundBench b(44100.0, block);
+        b.sampler.createChannels();
+        b.sampler.createBuffers(block);
+        for (int i = 0; i < sounds; i++) {
+            COSCSound* s = b.addOsc();
+            operatorCases[i % 4].set(*s);
+            if (i > 3) modulate(*s);
+            s->filter = i % 3;
+            s->mute = alone >= 0 && alone != i;
+        }
+        Stereo out;
+        for (int k = 0; k < blocks; k++) {
+            if (k % 9 == 0 && k < 20) b.event(asData(midiNoteOn, 50 + k, 60 + k));
+            if (k == 25) b.event(asData(midiNoteOff, 50, 0));
+            const GraphMark mark(b.host.host);
+            b.sampler.prepare(block);
+            for (int at = 0; at < block; at += block / 2) b.sampler.render(block / 2, at);
+            const COutputChannel* channel = b.sampler.output();
+            out.left.insert(out.left.end(), channel->bufL, channel->bufL + block);
+            out.right.insert(out.right.end(), channel->bufR, channel->bufR + block);
+        }
+        return out;
+    };
+    Stereo sum{std::vector<float>(block * blocks), std::vector<float>(block * blocks)};
+    for (int i = 0; i < sounds; i++) {
+        const Stereo one = render(i);
+        EXPECT_GT(rms(one.left, 0, one.left.size()), 0.001) << i;
+        for (size_t f = 0; f < sum.left.size(); f++) {
+            sum.left[f] += one.left[f];
+            sum.right[f] += one.right[f];
+        }
+    }
+    const Stereo all = render(-1);
+    for (size_t f = 0; f < sum.left.size(); f++) {
+        ASSERT_EQ(all.left[f], sum.left[f]) << f;
+        ASSERT_EQ(all.right[f], sum.right[f]) << f;
+    }
+}

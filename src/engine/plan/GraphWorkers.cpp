@@ -26,7 +26,7 @@ constexpr int sleepMs = 1;
 } // namespace
 
 GraphScratch::GraphScratch(int frames)
-    : left(size_t(frames)), right(size_t(frames)), arrival(nullptr),
+    : left(size_t(frames)), right(size_t(frames)), bank(size_t(frames) * rows), arrival(nullptr),
       source(std::make_unique_for_overwrite<unsigned char[]>(sampleScratchBytes)) {
     arrival.createBuffers(frames);
 }

@@ -13,7 +13,9 @@ class GraphPlan;
 /// Room that a thread works in at a block: what is in it is of no use any more to the step after.
 struct GraphScratch {
     explicit GraphScratch(int frames);
+    static constexpr int rows = 16;
     std::vector<float> left, right; ///< `frames` of the host
+    std::vector<float> bank;        ///< `rows` times as much: sums of some that are made at a time
     CInputChannel arrival;          ///< of what is added to an input
     /// For source frames while they are rendered, of `sampleScratchBytes`.
     std::unique_ptr<unsigned char[]> source;
