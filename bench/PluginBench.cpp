@@ -1,5 +1,6 @@
 #include "base/CIniFile.h"
 #include "base/Paths.h"
+#include "engine/CGroupCh.h"
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
 #include "engine/DeviceComps.h"
@@ -20,10 +21,11 @@ constexpr int frames = 256, rate = 44100;
 
 enum Place : int { inProgram, inHelper };
 
-/// A graph of so many plug-ins beside each other, each with a sine to work on.
+/// A graph of so many plug-ins beside each other, as components or as the inserts of as many
+/// groups.
 class Rig {
 public:
-    Rig(int count, int turns, Place place) {
+    Rig(int count, int turns, Place place, bool asInserts) {
         char room[] = "/tmp/plugin-bench-XXXXXX";
         folder = mkdtemp(room);
         inifile = (folder + "/settings.ini").c_str();
@@ -43,7 +45,7 @@ public:
         host->init();
         auto* out = static_cast<CAudioOut*>(host->getAudioOut());
         out->channelUsed[0] = out->channelUsed[1] = 1;
-        for (int i = 0; i < count; i++) add(file.c_str());
+        for (int i = 0; i < count; i++) add(file.c_str(), asInserts);
     }
     ~Rig() {
         host.reset();
@@ -58,11 +60,21 @@ public:
     }
 
 private:
-    void add(const CStr& file) {
+    void add(const CStr& file, bool asInsert) {
         CVST* made = newPlugin(host.get(), file).release();
         const GraphHold hold(host.get());
-        host->comps.add(made);
-        host->getAudioOut()->addAudioCable(made->output(), nullptr);
+        CComp* source = made;
+        if (asInsert) {
+            source = new CGroupCh(host.get());
+            source->init();
+            source->createBuffers(frames);
+            made->listKind = listInsert;
+            made->ownerChannel = source->output();
+            made->editorOpen = true; // it does not doze
+            source->output()->inserts.add(made);
+        }
+        host->comps.add(source);
+        host->getAudioOut()->addAudioCable(source->output(), nullptr);
     }
 
     std::string folder;
@@ -73,7 +85,7 @@ private:
 
 /// Time of a block by the wall, for plug-ins that do nothing (a bare trip) or work for about 10 us.
 void plugins(benchmark::State& state) {
-    Rig rig(int(state.range(0)), int(state.range(1)), Place(state.range(2)));
+    Rig rig(int(state.range(0)), int(state.range(1)), Place(state.range(2)), state.range(3) != 0);
     rig.block();
     for (auto _ : state) rig.block();
     state.counters["us each"] = benchmark::Counter(double(state.range(0)) * 1e-6,
@@ -82,8 +94,8 @@ void plugins(benchmark::State& state) {
 }
 
 BENCHMARK(plugins)
-    ->ArgNames({"count", "turns", "isolated"})
-    ->ArgsProduct({{1, 300}, {0, 12}, {inProgram, inHelper}})
+    ->ArgNames({"count", "turns", "isolated", "inserts"})
+    ->ArgsProduct({{1, 300}, {0, 12}, {inProgram, inHelper}, {0, 1}})
     ->UseRealTime()
     ->Unit(benchmark::kMicrosecond);
 

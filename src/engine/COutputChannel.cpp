@@ -11,7 +11,7 @@
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "engine/plan/GraphPlan.h"
-#include "engine/plan/GraphWorkers.h"
+#include "engine/plan/InsertRun.h"
 
 #include <algorithm>
 #include <cmath>
@@ -31,85 +31,6 @@ constexpr struct {
 
 void scale(float* buf, int frames, float factor) {
     for (int i = 0; i < frames; ++i) buf[i] *= factor;
-}
-
-/// Blends the dry signal into the wet one, in place.
-void blend(float* wet, const float* dry, int frames, float share) {
-    if (share >= 1.0f) return;
-    const float rest = 1.0f - share;
-    for (int i = 0; i < frames; ++i) wet[i] = wet[i] * share + dry[i] * rest;
-}
-
-/// Blends what went into an insert into what came out, from frame to frame by the wet share that
-/// holds there: `share` at first, then that of each event.
-void blendInsert(CComp* insert, const CInputChannel* in, float share, int frames) {
-    const COutputChannel* out = insert->output();
-    int done = 0;
-    const auto blendTo = [&](int end) {
-        blend(out->bufL + done, in->bufL + done, end - done, share);
-        blend(out->bufR + done, in->bufR + done, end - done, share);
-        done = end;
-    };
-    CMIDIQ* port = insert->inPort();
-    for (const CMIDIBytes* e = port ? port->first() : nullptr; e; e = e->next) {
-        if (e->kind != eventParam || e->owner != insert || e->param != paramWet) continue;
-        blendTo(CMIDIQ::frameOf(e, done, frames));
-        share = fLimit(e->value, 0.0f, 1.0f);
-    }
-    blendTo(frames);
-}
-
-void passEvents(const CMIDIBytes* events, CMIDIQ* port, const PlanInsert* late, int frames) {
-    EventLine* const line = late ? late->events.get() : nullptr;
-    for (const CMIDIBytes* e = events; e; e = e->next) {
-        if (line)
-            line->take(*e, late->wait);
-        else
-            port->push(e->time, e->data, e->kind, e->value, e->param, e->owner, e->extra);
-    }
-    if (line) line->serve(port, frames);
-}
-
-/// Lets an insert that comes or goes take its part of what it stands in the way of.
-void fadeInsert(COutputChannel* out, const CInputChannel* in, PlanFade& fade, int frames) {
-    for (int i = 0; i < frames; ++i) {
-        const float share = fade.at(i);
-        out->bufL[i] = in->bufL[i] + (out->bufL[i] - in->bufL[i]) * share;
-        out->bufR[i] = in->bufR[i] + (out->bufR[i] - in->bufR[i]) * share;
-    }
-    fade.advance(frames);
-}
-
-/// Brings a fade on by a block.
-void followFade(const PlanInsert& insert, COutputChannel* out, const CInputChannel* in,
-                int frames) {
-    const CQV* host = insert.comp->host;
-    PlanFade& fade = insert.fade->fade;
-    fade.follow(insert.leaving, fadeFrames(host));
-    if (fade.running()) fadeInsert(out, in, fade, frames);
-    insert.fade->overAt = fade.over() ? host->blocks : 0;
-}
-
-/// Whether an insert of a strip that changes works in this block. Where one has gone, it does not
-/// come elsewhere in the same block.
-bool isHeard(const PlanInsert& insert, unsigned block) {
-    if (insert.leaving) return !insert.ended && !insert.fade->isOver();
-    return !insert.after || (insert.after->isOver() && insert.after->overAt != block);
-}
-
-/// What goes past an insert that is late.
-CInputChannel* delayedDry(const PlanInsert& late, CInputChannel* in, int frames) {
-    DelayLine* const line = late.dry.get();
-    if (line && line->idle()) line->skip();
-    if (!line || line->idle()) return in;
-    CInputChannel& room = late.comp->host->scratch().arrival;
-    line->process(in->bufL, in->bufR, room.bufL, room.bufR, frames);
-    return &room;
-}
-
-void copyStereo(float* toL, float* toR, const COutputChannel* from, int frames) {
-    std::memcpy(toL, from->bufL, size_t(frames) * sizeof(float));
-    std::memcpy(toR, from->bufR, size_t(frames) * sizeof(float));
 }
 
 } // namespace
@@ -276,18 +197,9 @@ void COutputChannel::processFX(CMIDIBytes* events, int frames) {
         scale(bufR, frames, factor);
     }
     equalise(frames);
-    COutputChannel* src = this;
-    const GraphPlan* plan = comp ? &comp->host->plans->current() : nullptr;
-    if (auto* all = plan && plan->isPassing() ? plan->latency().changing(this) : nullptr) {
-        for (PlanInsert& insert : *all)
-            if (isHeard(insert, comp->host->blocks))
-                runInsert(insert.comp, &insert, src, events, frames);
-    } else {
-        for (auto* insert : inserts)
-            runInsert(insert, plan ? plan->latency().insertOf(insert) : nullptr, src, events,
-                      frames);
-    }
-    if (src != this) copyStereo(bufL, bufR, src, frames);
+    InsertRun run(this, events, frames);
+    AheadStrips* const begun = comp && comp->planned ? comp->planned->strips.get() : nullptr;
+    if (!begun || !begun->take(run)) run.finish();
 }
 
 void COutputChannel::equalise(int frames) {
@@ -307,23 +219,6 @@ void COutputChannel::equalise(int frames) {
         if (clock.ends(from + frames)) settleBands(bands, count);
     }
     if (StripMeters* to = measured()) to->takeEqualised(bufL, bufR, frames);
-}
-
-void COutputChannel::runInsert(CComp* insert, PlanInsert* late, COutputChannel*& src,
-                               CMIDIBytes* events, int frames) {
-    CInputChannel* in = insert->input();
-    COutputChannel* out = insert->output();
-    if (!in || !out) return;
-    insert->prepare(frames);
-    copyStereo(in->bufL, in->bufR, src, frames);
-    if (CMIDIQ* port = insert->inPort()) passEvents(events, port, late, frames);
-    CInputChannel* const dry = late ? delayedDry(*late, in, frames) : in;
-    const float share = fLimit(insert->wet, 0.0f, 1.0f);
-    insert->process(frames);
-    blendInsert(insert, dry, share, frames);
-    if (late && late->fade) followFade(*late, out, dry, frames);
-    src = out;
-    out->udpatePeaks(frames);
 }
 
 void COutputChannel::udpatePeaks(int frames) {

@@ -63,11 +63,18 @@ void PluginComp::take(std::unique_ptr<Plugin> made) {
     made->setRunning(enabled);
     values.start(*made);
     const PluginHold hold(claim);
-    plugin = std::move(made);
+    put(made);
     running = bool(enabled);
     curProg = 0;
     faults = 0;
     makeBuffers();
+}
+
+/// Under the claim; the former one goes out.
+void PluginComp::put(std::unique_ptr<Plugin>& made) {
+    plugin.swap(made);
+    elsewhere = plugin && plugin->isolated();
+    playsNotes = isInstrument();
 }
 
 void PluginComp::replace(std::unique_ptr<Plugin> made) {
@@ -75,7 +82,7 @@ void PluginComp::replace(std::unique_ptr<Plugin> made) {
     keepState();
     {
         const PluginHold hold(claim);
-        plugin.swap(made);
+        put(made);
     }
     faults = 0;
     pluginReturned();
@@ -83,8 +90,9 @@ void PluginComp::replace(std::unique_ptr<Plugin> made) {
 
 void PluginComp::clear() {
     closeEditor();
+    std::unique_ptr<Plugin> none;
     const PluginHold hold(claim);
-    plugin.reset();
+    put(none);
     running = false;
     pendingProg = -1;
 }

@@ -44,6 +44,7 @@ public:
     void setRate(double rate) override;
     void clear() override; ///< closes the plug-in
     void process(int frames) override;
+    bool worksElsewhere() const override { return elsewhere; }
     void beginAhead(int frames) override;
     /// On the interface thread the plug-in is told at once, else with the next `idle`.
     void enable(ToStore<int> on) override;
@@ -128,6 +129,7 @@ private:
     void displayChanged() override { displayAsked = true; }
 
     void wholeChanged();
+    void put(std::unique_ptr<Plugin>& made);
     void makeBuffers();
     void setRunning();
     void tellMoved(int index, float share);
@@ -138,6 +140,7 @@ private:
     void takePiece(int frames, int offset);
     double blockStart(int frames) const;
     void noteLoad(int frames);
+    bool isEffect() const { return listKind == listSends || listKind == listInsert; }
     bool wakesUp();
     void doze(int frames);
     void foldInputs(int frames) const;
@@ -153,7 +156,9 @@ private:
     PluginClaim claim;
     PluginValues values;
     PinBuffers pins;
-    Shared<bool> running{false};    ///< the plug-in has been told so
+    Shared<bool> elsewhere{false};  ///< it runs in a process of its own
+    Shared<bool> playsNotes{false}; ///< and without it nothing is passed on
+    Shared<bool> running{false};    ///< it has been told so
     Shared<bool> renewed{false};    ///< it comes back to the graph, and begins afresh
     Shared<bool> quiet{false};      ///< the host itself moves parameters
     Shared<bool> rendering{false};  ///< the thread that has the graph is inside the plug-in

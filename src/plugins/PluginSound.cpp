@@ -44,7 +44,7 @@ void PluginComp::process(int frames) {
         fxDone = true; // the file holds the strips
         return;
     }
-    const bool effect = listKind == listSends || listKind == listInsert;
+    const bool effect = isEffect();
     if (effect && !editorOpen && !wakesUp()) {
         passThrough(frames, 0);
     } else {
@@ -77,9 +77,10 @@ void PluginComp::takeIn(int frames) {
 
 /// Only whole blocks: where parameters cut one, its pieces follow each other.
 void PluginComp::beginAhead(int frames) {
-    if (processed || busy || !plugin || !plugin->isolated() || listKind != listComps) return;
+    if (processed || busy || !elsewhere) return;
     takeIn(frames);
     takenIn = true;
+    if (isEffect() && !editorOpen && !wakesUp()) return;
     bool whole = enabled && mine && running;
     eachOwnEvent(
         this, inPort(), frames, [](int, int) {}, [&whole](const CMIDIBytes*) { whole = false; });
@@ -132,7 +133,7 @@ void PluginComp::renderPieces(int frames) {
 void PluginComp::subProcess(int frames, int offset) {
     const bool runs = begun || (enabled && mine && plugin && running);
     if (runs && runPlugin(frames, offset)) return;
-    if (!enabled || !isInstrument()) passThrough(frames, offset);
+    if (!enabled || !playsNotes) passThrough(frames, offset);
 }
 
 void PluginComp::takePiece(int frames, int offset) {

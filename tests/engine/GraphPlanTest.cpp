@@ -1,5 +1,6 @@
 #include "StripFixture.h"
 
+#include "engine/plan/AheadWork.h"
 #include "engine/plan/GraphWorkers.h"
 #include "engine/plan/PlanFade.h"
 
@@ -249,10 +250,84 @@ TEST(GraphPlan, CablesFade) {
     }
 }
 
+namespace {
+
+/// The latest letters of any threads.
+class Log {
+public:
+    void add(char letter) { letters[count++ % 64] = letter; }
+    std::string take() { return {letters, letters + count.exchange(0) % 64}; }
+
+private:
+    std::atomic<char> letters[64] = {};
+    std::atomic<int> count{0};
+};
+
+/// A gain that somebody else works out as soon as it has begun, and that notes what is asked of it:
+/// its name in capitals when it begins.
+class AheadGain : public GainComp, public AheadWork {
+public:
+    AheadGain(CQV* root, char letter, Log& notes, float factor, float constant = 0.0f)
+        : GainComp(root, factor, constant), name(letter), log(notes) {}
+    bool worksElsewhere() const override { return true; }
+    void beginAhead(int n) override {
+        log.add(char(name - 'a' + 'A'));
+        GainComp::process(n);
+    }
+    void process(int) override { log.add(name); }
+
+private:
+    const char name;
+    Log& log;
+};
+
+} // namespace
+
+/// Inserts that work elsewhere begin together, as far as they do not wait for each other, and what
+/// comes of it is the same; alone or with helpers, in blocks that are measured and in others.
+TEST(GraphPlan, InsertsOfALevelBeginTogether) {
+    for (const int helpers : {0, 2}) {
+        StripFixture f(64);
+        f.host->workers->setCount(helpers);
+        f.host->workers->eager = helpers > 0;
+        Log log;
+        SignalComp *one = f.addSignal(), *two = f.addSignal();
+        auto* group = f.add(new CGroupCh(f.host));
+        f.connect(one, group);
+        f.connect(group);
+        const auto ahead = [&](CComp* at, char name, float factor) {
+            f.addInsert(at->output(), new AheadGain(f.host, name, log, factor));
+        };
+        ahead(one, 'a', 2.0f);
+        f.addInsert(one->output(), new GainComp(f.host, 3.0f));
+        ahead(one, 'b', 5.0f);
+        f.addInsert(two->output(), new GainComp(f.host, 7.0f));
+        ahead(two, 'c', 11.0f);
+        ahead(group, 'd', 13.0f);
+        f.block(64);
+        rtReset();
+        for (int block = 0; block < 20; ++block) {
+            log.take();
+            f.block(64);
+            const std::string order = log.take();
+            const auto at = [&](char name) { return order.find(name); };
+            EXPECT_EQ(order.size(), 8u) << order;
+            EXPECT_TRUE(std::max(at('A'), at('C')) < std::min(at('a'), at('c'))) << order;
+            EXPECT_TRUE(at('a') < at('B') && at('b') < at('D') && at('D') < at('d')) << order;
+            EXPECT_EQ(f.out->output()->bufL[63], 30.0f + 30.0f * 13.0f + 77.0f);
+        }
+        EXPECT_EQ(rtViolations(), 0);
+    }
+}
+
 /// Inserts that come, go and change places while the graph plays: in straight lines, back and
 /// forth, and a path beside them stays as it is, bit by bit.
-TEST(GraphPlan, InsertsFade) {
+class FadingInserts : public testing::TestWithParam<bool> {};
+INSTANTIATE_TEST_SUITE_P(GraphPlan, FadingInserts, testing::Bool());
+
+TEST_P(FadingInserts, Fade) {
     constexpr float own = 0.5f;
+    Log log;
     StripFixture f(64);
     SignalComp* source = f.addSignal();
     source->left = source->right = [](long) { return own; };
@@ -263,8 +338,11 @@ TEST(GraphPlan, InsertsFade) {
     f.connect(group);
     group->output()->setVol(0.0f, false);
     group->output()->vol = 0.0f;
-    auto* halves = f.made(new GainComp(f.host, 0.5f));
-    auto* doubles = f.made(new GainComp(f.host, 2.0f, 0.25f));
+    const auto gain = [&](char name, float factor, float constant) {
+        return f.made(GetParam() ? new AheadGain(f.host, name, log, factor, constant)
+                                 : new GainComp(f.host, factor, constant));
+    };
+    GainComp *const halves = gain('h', 0.5f, 0.0f), *const doubles = gain('d', 2.0f, 0.25f);
     std::vector<float> heard;
     const auto listen = [&](int blocks) {
         for (int i = 0; i < blocks; ++i) {

@@ -34,6 +34,14 @@ Heard playAll(const char* name, bool isolated, int workers = 0) {
     f.connect(player, beside);
     f.connect(beside, behind);
     if (!c->outputs.empty()) f.connect(c, behind);
+    for (CComp* at : {static_cast<CComp*>(beside), static_cast<CComp*>(player)})
+        for (const char* insert : {"gain", "late40", "pins1_1"}) {
+            CVST* made = f.plug(insert);
+            made->listKind = listInsert;
+            made->wet = 0.75f;
+            const GraphHold hold(f.host);
+            at->output()->inserts.add(made);
+        }
     player->left = [](long at) { return float(at % 100) / 100.0f; };
     player->right = [](long at) { return float(at % 37) / -37.0f; };
     for (int i = 0; i < 3; i++) {
@@ -62,7 +70,7 @@ Heard playAll(const char* name, bool isolated, int workers = 0) {
 } // namespace
 
 /// In a helper a plug-in is what it is in the program's own process, to the last bit, beside others
-/// and behind others, and whoever works out the block.
+/// and behind others, as an insert, and whoever works out the block.
 TEST(RemotePlugin, IsAsInProcess) {
     for (const char* name : {"gain", "gain-adds", "synth", "pins2_1", "pins3_4"}) {
         const Heard expected = playAll(name, false);

@@ -8,6 +8,7 @@
 #include "engine/Mixing.h"
 #include "engine/plan/AheadWork.h"
 #include "engine/plan/GraphWorkers.h"
+#include "engine/plan/InsertRun.h"
 #include "engine/plan/PlanBuilder.h"
 #include "engine/plan/PlanLoop.h"
 #include "engine/plan/Upstream.h"
@@ -29,6 +30,11 @@ int pieceStart(const CComp* c) {
     if (const COutputChannel* of = c->ownerChannel; of && of->comp) c = of->comp;
     return c->planned ? c->planned->offset : 0;
 }
+
+PlanNode::PlanNode(CComp* c) : comp(c) {
+}
+
+PlanNode::~PlanNode() = default;
 
 CMIDIBytes* PlanNode::stripEvents() const {
     if (events && events->strips) return events->dueAtStrips();
@@ -98,26 +104,38 @@ void GraphPlan::run(int frames) {
 void GraphPlan::runMeasured(int frames) {
     StopWatch watch;
     unsigned all = 0;
-    for (size_t i = 0; i < late; ++i) {
-        runStep(steps[i], frames);
-        const unsigned ns = watch.lap();
-        steps[i].times.note(ns);
-        all += ns;
+    int first = 0;
+    for (const int end : ends) {
+        beginLevel(first, frames);
+        all += watch.lap();
+        for (; first < end; ++first) {
+            PlanStep& step = steps[order[size_t(first)]];
+            runStep(step, frames);
+            const unsigned ns = watch.lap();
+            step.times.note(ns);
+            all += ns;
+        }
     }
     times.note(all);
 }
 
-/// What begins ahead comes last in its level, so that it has time.
+/// Where a step stands in its level: what has others work comes first, what waits for them last.
+int GraphPlan::waitOf(const PlanStep& step) const {
+    if (step.ahead || step.work & PlanStep::goOn) return 2;
+    if (step.work & PlanStep::begin) return 0;
+    return step.work & PlanStep::strip && step.node->strips ? 2 : 1;
+}
+
 void GraphPlan::findOrder() {
     order.resize(late);
     std::iota(order.begin(), order.end(), 0u);
     for (PlanStep& step : steps)
         if (step.work & PlanStep::render && !step.loop)
             step.ahead = dynamic_cast<AheadWork*>(step.node->comp);
-    anyAhead = std::ranges::any_of(steps, &PlanStep::ahead);
-    std::ranges::stable_sort(order, {}, [this](unsigned i) {
-        return std::pair(steps[i].level, steps[i].ahead != nullptr);
-    });
+    anyAhead = std::ranges::any_of(
+        steps, [](const PlanStep& step) { return step.ahead || step.node->strips; });
+    std::ranges::stable_sort(
+        order, {}, [this](unsigned i) { return std::pair(steps[i].level, waitOf(steps[i])); });
     for (size_t i = 0; i < late; ++i) {
         const bool last = i + 1 == late || steps[order[i + 1]].level != steps[order[i]].level;
         if (!last) continue;
@@ -199,14 +217,25 @@ void GraphPlan::runStep(PlanStep& step, int frames) const {
         c->process(frames);
     }
     if (step.work & PlanStep::sound) step.node->makeSound(frames, host->scratch());
-    const bool leftOut = host->renderMode != 0 && (host->renderMode != 1 || host->renderDry);
-    if (step.work & PlanStep::strip || (step.work & PlanStep::master && !leftOut)) {
-        step.node->takeKeys(true, frames, host->scratch());
-        c->fx(frames);
-        step.node->fillTaps(frames);
-        c->mix(frames);
-    }
+    runStrips(step, frames);
     c->planned = nullptr;
+}
+
+void GraphPlan::runStrips(const PlanStep& step, int frames) const {
+    PlanNode& node = *step.node;
+    const bool noMaster = host->renderMode != 0 && (host->renderMode != 1 || host->renderDry);
+    const bool last = step.work & PlanStep::strip || (step.work & PlanStep::master && !noMaster);
+    const bool begins = step.work & PlanStep::begin || (last && !node.strips);
+    if (begins) node.takeKeys(true, frames, host->scratch());
+    if (step.work & PlanStep::begin) node.strips->begin(node.comp, frames);
+    if (step.work & PlanStep::goOn) node.strips->goOn();
+    if (!last) return;
+    if (node.strips)
+        node.strips->finish();
+    else
+        node.comp->fx(frames);
+    node.fillTaps(frames);
+    node.comp->mix(frames);
 }
 
 std::span<PlanStep> GraphPlan::stepsWithin(PlanStep& step) {

@@ -14,6 +14,7 @@
 #include <span>
 #include <vector>
 
+class AheadStrips;
 class AheadWork;
 class CComp;
 class CMIDICable;
@@ -38,7 +39,10 @@ struct PartWords {
 /// A component in a plan. Made on the interface thread, then the graph holder's.
 class PlanNode {
 public:
-    explicit PlanNode(CComp* c) : comp(c) {}
+    explicit PlanNode(CComp* c);
+    ~PlanNode();
+    PlanNode(const PlanNode&) = delete;
+    PlanNode& operator=(const PlanNode&) = delete;
 
     /// A MIDI cable that arrives; one that closes a loop brings nothing.
     struct Midi {
@@ -53,6 +57,7 @@ public:
     std::vector<Midi> midi;
     std::vector<const CAudioCable*> cables; ///< that arrive, but for those that leave
     std::unique_ptr<SendTap> tap;           ///< null without buses
+    std::unique_ptr<AheadStrips> strips;    ///< null where no insert begins ahead
     std::unique_ptr<PlanEvents> events;     ///< null where nothing is late
     std::vector<PlanArrival> keys;          ///< of the component, and of the inserts of its strips
     std::vector<KeyTap> taps;
@@ -86,11 +91,13 @@ int pieceStart(const CComp* c);
 /// A piece of work of a block: what a component does, in this order.
 struct PlanStep {
     enum Work : unsigned {
-        sum = 1,    ///< adds cables to the inputs of an audio out
-        render = 2, ///< `CComp::process`
-        sound = 4,  ///< `CComp::sound`
-        strip = 8,  ///< `CComp::fx` and `CComp::mix`
-        master = 16 ///< the same of an audio out, unless a render leaves it out
+        sum = 1,     ///< adds cables to the inputs of an audio out
+        render = 2,  ///< `CComp::process`
+        sound = 4,   ///< `CComp::sound`
+        strip = 8,   ///< `CComp::fx`, or what is left of it, and `CComp::mix`
+        master = 16, ///< the same of an audio out, unless a render leaves it out
+        begin = 32,  ///< `CComp::fx`, up to inserts that begin ahead
+        goOn = 64    ///< up to the next of them
     };
     PlanNode* node;
     unsigned work;
@@ -157,9 +164,11 @@ private:
     friend class PlanBuilder;
     friend class PlanLoop;
     void findOrder();
+    int waitOf(const PlanStep& step) const;
     void runByLevels(int frames);
     void runMeasured(int frames);
     void runStep(PlanStep& step, int frames) const;
+    void runStrips(const PlanStep& step, int frames) const;
     bool takesInBus(const Upstream& upstream) const;
     /// Also of those in loops.
     template <class F>

@@ -1,6 +1,8 @@
 #include "engine/plan/PlanBuilder.h"
 
 #include "engine/CQV.h"
+#include "engine/plan/AheadWork.h"
+#include "engine/plan/InsertRun.h"
 #include "engine/plan/PlanLoop.h"
 
 #include <algorithm>
@@ -237,9 +239,32 @@ void PlanBuilder::strip(CComp* c) {
     makes(c);
     takeKeys(c);
     const auto channels = contents<const void>(c->outputs);
-    add(c, PlanStep::strip, {channels.begin(), channels.end()});
+    const std::vector<const void*> writes(channels.begin(), channels.end());
+    const int ahead = beginAhead(c);
+    for (int i = 0; i < ahead; ++i)
+        add(c, i == 0 ? PlanStep::begin : PlanStep::goOn, writes, i > 0);
+    add(c, PlanStep::strip, writes, ahead > 0);
     feedBuses(place(c).node, PlanArrival::strips);
     place(c).leftStrip = true;
+}
+
+/// The most inserts of a strip of `c` that begin ahead. What is a loop is done piece by piece.
+int PlanBuilder::beginAhead(CComp* c) {
+    if (ringOpen) return 0;
+    std::vector<AheadInsert> found;
+    size_t most = 0;
+    const auto strips = contents<COutputChannel>(c->outputs);
+    for (const auto* strip : strips) {
+        const PlanOrigin* origin = plan->lateness.originOf(strip);
+        const size_t before = found.size();
+        for (const PlanInsert& insert : origin ? origin->inserts : std::vector<PlanInsert>())
+            if (auto* work = dynamic_cast<AheadWork*>(insert.comp); work && work->worksElsewhere())
+                found.push_back({insert.comp, work});
+        most = std::max(most, found.size() - before);
+    }
+    if (most > 0)
+        place(c).node->strips = std::make_unique<AheadStrips>(std::move(found), strips.size());
+    return int(most);
 }
 
 /// A channel of a part is told by the component that has its parts.
@@ -383,8 +408,9 @@ void PlanBuilder::flushSums(CComp* out) {
     p.sums.clear();
 }
 
-/// A component's works that follow each other are one step.
-PlanStep& PlanBuilder::add(CComp* c, unsigned work, const std::vector<const void*>& writes) {
+/// A component's works that follow each other are one step, unless one has to be apart.
+PlanStep& PlanBuilder::add(CComp* c, unsigned work, const std::vector<const void*>& writes,
+                           bool apart) {
     Place& p = place(c);
     std::vector<const void*> touched = writes;
     touched.push_back(p.node);
@@ -397,7 +423,7 @@ PlanStep& PlanBuilder::add(CComp* c, unsigned work, const std::vector<const void
     }
     int level = 0;
     for (const void* what : p.reads) level = std::max(level, uses[what].written + 1);
-    const bool goesOn = !plan->steps.empty() && plan->steps.back().node == p.node &&
+    const bool goesOn = !apart && !plan->steps.empty() && plan->steps.back().node == p.node &&
                         !plan->steps.back().loop && plan->steps.back().level >= level &&
                         plan->late != plan->steps.size();
     if (goesOn) level = plan->steps.back().level;

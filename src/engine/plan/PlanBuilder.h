@@ -124,7 +124,9 @@ private:
     void giveLines(PlanInsert& insert);
     void giveLines(const PlanLatency::Meeting& meeting);
     std::shared_ptr<DelayLine> lineOf(const PlanArrival& arrival) const;
-    PlanStep& add(CComp* c, unsigned work, const std::vector<const void*>& writes);
+    PlanStep& add(CComp* c, unsigned work, const std::vector<const void*>& writes,
+                  bool apart = false);
+    int beginAhead(CComp* c);
 
     CQV* host;
     PlanLists lists;
