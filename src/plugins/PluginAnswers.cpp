@@ -1,6 +1,7 @@
 #include "base/Messages.h"
 #include "base/Numbers.h"
 #include "engine/CQV.h"
+#include "engine/LoopCalls.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "plugins/PluginComp.h"
@@ -77,10 +78,12 @@ std::optional<CPoint> PluginComp::takeAskedSize() {
 }
 
 void PluginComp::idleEditor() {
-    if (!isInterfaceThread())
+    if (!isInterfaceThread()) {
         editorIdleAsked = true;
-    else if (editorOpen)
+    } else if (editorOpen) {
         plugin->idleEditor();
+        loopCalls().idle();
+    }
 }
 
 // Of a plug-in that runs in another process.

@@ -5,6 +5,7 @@
 #include "engine/CFreezeItem.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
+#include "engine/LoopCalls.h"
 #include "engine/ParamUnit.h"
 #include "engine/Setting.h"
 #include "engine/StoredValue.h"
@@ -207,6 +208,7 @@ void PluginComp::idle() {
     serveRequests();
     followLatency();
     plugin->idle();
+    loopCalls().idle();
 }
 
 /// Many know it only after their first blocks.

@@ -1,54 +1,41 @@
 #include "plugins/PluginTimers.h"
 
+#include "base/Messages.h"
+#include "engine/LoopCalls.h"
+
 #include <algorithm>
-#include <poll.h>
+#include <memory>
+
+PluginTimers::~PluginTimers() {
+    for (const unsigned number : timers) loopCalls().remove(number);
+    for (const auto& [file, number] : files) loopCalls().remove(number);
+}
 
 unsigned PluginTimers::add(unsigned periodMs) {
-    constexpr unsigned least = 10, most = 60000;
-    const std::chrono::milliseconds period(std::clamp(periodMs, least, most));
-    timers.push_back({++last, period, Clock::now() + period});
-    return last;
+    if (!isInterfaceThread()) return 0;
+    const auto number = std::make_shared<unsigned>(0);
+    *number = loopCalls().addTimer(periodMs, [this, number] { due(*number); });
+    timers.push_back(*number);
+    return *number;
 }
 
 bool PluginTimers::remove(unsigned number) {
-    return std::erase_if(timers, [number](const Timer& t) { return t.number == number; }) > 0;
+    if (!isInterfaceThread() || std::erase(timers, number) == 0) return false;
+    return loopCalls().remove(number);
 }
 
 bool PluginTimers::watch(int file, unsigned uses) {
+    if (!isInterfaceThread()) return false;
     unwatch(file);
-    files.push_back({file, uses});
+    const auto call = [this, file](unsigned now) { ready(file, now); };
+    files.emplace_back(file, loopCalls().watch(file, uses, call));
     return true;
 }
 
 bool PluginTimers::unwatch(int file) {
-    return std::erase_if(files, [file](const Watched& w) { return w.file == file; }) > 0;
-}
-
-/// One that is late is not made up for.
-std::vector<unsigned> PluginTimers::due() {
-    std::vector<unsigned> found;
-    const auto now = Clock::now();
-    for (Timer& t : timers) {
-        if (now < t.next) continue;
-        t.next = now + t.period;
-        found.push_back(t.number);
-    }
-    return found;
-}
-
-std::vector<PluginTimers::Watched> PluginTimers::ready() const {
-    std::vector<pollfd> asked;
-    for (const Watched& w : files)
-        asked.push_back(
-            {w.file, short((w.uses & readable ? POLLIN : 0) | (w.uses & writable ? POLLOUT : 0)),
-             0});
-    std::vector<Watched> found;
-    if (asked.empty() || poll(asked.data(), asked.size(), 0) <= 0) return found;
-    for (const pollfd& p : asked) {
-        const unsigned uses = (p.revents & POLLIN ? readable : 0u) |
-                              (p.revents & POLLOUT ? writable : 0u) |
-                              (p.revents & (POLLERR | POLLHUP) ? broken : 0u);
-        if (uses) found.push_back({p.fd, uses});
-    }
-    return found;
+    const auto at = std::ranges::find(files, file, &std::pair<int, unsigned>::first);
+    if (!isInterfaceThread() || at == files.end()) return false;
+    loopCalls().remove(at->second);
+    files.erase(at);
+    return true;
 }

@@ -1,43 +1,30 @@
 #pragma once
 
-#include <chrono>
+#include <functional>
+#include <utility>
 #include <vector>
 
-/// The timers that a plug-in asks its host for, and the files that it waits for. Interface thread,
-/// which serves them as often as it can.
+/// The timers that one plug-in asks its host for, and the files that it waits for, among the calls
+/// of the program's loop; they end with this. On another thread than the interface's nothing is
+/// taken in.
 class PluginTimers {
 public:
-    enum FileUse : unsigned { readable = 1, writable = 2, broken = 4 };
+    using Due = std::function<void(unsigned number)>;
+    using Ready = std::function<void(int file, unsigned uses)>; ///< `LoopCalls::FileUse`
 
-    unsigned add(unsigned periodMs); ///< its number
+    PluginTimers(Due timer, Ready file) : due(std::move(timer)), ready(std::move(file)) {}
+    ~PluginTimers();
+    PluginTimers(const PluginTimers&) = delete;
+    PluginTimers& operator=(const PluginTimers&) = delete;
+
+    unsigned add(unsigned periodMs); ///< its number; 0 refused
     bool remove(unsigned number);    ///< false for one that is not there
     bool watch(int file, unsigned uses);
     bool unwatch(int file);
 
-    /// Calls `timer(number)` for those that are due and `file(number, uses)` for those that are
-    /// ready. These may add and remove.
-    template <class T, class F>
-    void serve(T&& timer, F&& file) {
-        for (const unsigned number : due()) timer(number);
-        for (const Watched& w : ready()) file(w.file, w.uses);
-    }
-
 private:
-    using Clock = std::chrono::steady_clock;
-    struct Timer {
-        unsigned number;
-        std::chrono::milliseconds period;
-        Clock::time_point next;
-    };
-    struct Watched {
-        int file;
-        unsigned uses;
-    };
-
-    std::vector<unsigned> due();
-    std::vector<Watched> ready() const;
-
-    std::vector<Timer> timers;
-    std::vector<Watched> files;
-    unsigned last = 0;
+    const Due due;
+    const Ready ready;
+    std::vector<unsigned> timers;
+    std::vector<std::pair<int, unsigned>> files; ///< and the number of the call
 };

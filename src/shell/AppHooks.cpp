@@ -8,6 +8,7 @@
 #include "shell/DialogPlaces.h"
 #include "shell/Pages.h"
 #include "surfaces/CMIDIMapWin.h"
+#include "ui/LoopTick.h"
 
 namespace {
 
@@ -29,8 +30,8 @@ void showStatus(const CStr& text) {
 } // namespace
 
 AppHooks::AppHooks(CApp* app, CMainWin* window)
-    : mainWin(window),
-      places(std::make_unique<DialogPlaces>(app, static_cast<CQV*>(window->comp))) {
+    : mainWin(window), places(std::make_unique<DialogPlaces>(app, static_cast<CQV*>(window->comp))),
+      timers(std::make_unique<LoopTick>(app, window)) {
     hookApp = app;
     hookWin = window;
     installMessageBox(app);

@@ -8,10 +8,11 @@ class CApp;
 class CCompEditor;
 class CMainWin;
 class DialogPlaces;
+class LoopTick;
 
 /// Fills in what the lower floors ask of the windows: message boxes, the status line, the places of
-/// file dialogs, the loop that goes on while an edit waits, the tick of the main window. One at a
-/// time; interface thread.
+/// file dialogs, the loop that goes on while an edit waits, timers, the tick of the main window.
+/// One at a time; interface thread.
 class AppHooks : public EditorHooks {
 public:
     AppHooks(CApp* app, CMainWin* window);
@@ -35,4 +36,5 @@ private:
 
     CMainWin* mainWin;
     std::unique_ptr<DialogPlaces> places;
+    std::unique_ptr<LoopTick> timers;
 };

@@ -2,7 +2,9 @@
 
 #include "base/Denormals.h"
 #include "base/Futex.h"
+#include "engine/LoopCalls.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <sched.h>
@@ -42,6 +44,15 @@ private:
     Shared<int>& word;
 };
 
+/// The same for what the interface asks: the timers that come now are its own.
+class AtCall : public AtWork {
+public:
+    AtCall(Shared<int>& mark, int number) : AtWork(mark, number) { loopCalls().mark = number; }
+    ~AtCall() { loopCalls().mark = 0; }
+    AtCall(const AtCall&) = delete;
+    AtCall& operator=(const AtCall&) = delete;
+};
+
 std::string bytesOf(const Plugin::Bytes& chunk) {
     return {chunk.begin(), chunk.end()};
 }
@@ -56,6 +67,9 @@ void PluginServer::run() {
     std::thread([this] { makeTrips(); }).detach();
     using Clock = std::chrono::steady_clock;
     using Ms = std::chrono::milliseconds;
+    LoopCalls& calls = loopCalls();
+    calls.onWanted = [] {}; // it is looked for in each turn
+    calls.onCall = [this](int number) { room->inCall = workingAt = number; };
     auto due = Clock::now();
     while (!socket.closed()) {
         while (const auto message = socket.receive()) serve(*message);
@@ -64,7 +78,11 @@ void PluginServer::run() {
             idle();
             due = Clock::now() + Ms(pauseMs());
         }
-        socket.wait(int(std::chrono::duration_cast<Ms>(due - Clock::now()).count()) + 1);
+        calls.serve();
+        int ms = int(std::chrono::duration_cast<Ms>(due - Clock::now()).count()) + 1;
+        std::vector<pollfd> files;
+        calls.await(files, ms);
+        socket.wait(std::max(ms, 0), std::move(files));
     }
 }
 
@@ -76,7 +94,7 @@ int PluginServer::pauseMs() const {
 
 void PluginServer::idle() {
     for (const auto& [number, served] : plugins) {
-        const AtWork mark(room->inCall, number);
+        const AtCall mark(room->inCall, number);
         served->idle();
     }
 }
@@ -85,7 +103,7 @@ void PluginServer::idle() {
 
 void PluginServer::serve(const HelperMessage& message) {
     const int number = message.head.plugin;
-    const AtWork mark(room->inCall, number);
+    const AtCall mark(room->inCall, number);
     if (message.head.what == HelperCall::load) return load(message);
     const auto at = plugins.find(number);
     if (message.head.what == HelperCall::unload) unload(number);

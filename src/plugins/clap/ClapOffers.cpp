@@ -46,7 +46,7 @@ const void* ClapOffers::extension(const Host*, const char* id) {
     static constexpr HostTimer timers = {
         [](const Host* h, uint32_t periodMs, Id* number) {
             *number = of(h).timers.add(periodMs);
-            return true;
+            return *number != 0;
         },
         [](const Host* h, Id number) { return of(h).timers.remove(number); }};
     static constexpr HostFiles files = {

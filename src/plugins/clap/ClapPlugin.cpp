@@ -318,17 +318,18 @@ void ClapPlugin::idle() {
     framesSeen = done;
     values.tellHost(host, [this](int index) { return param(index); });
     if (callbackAsked.exchange(false)) guarded([this] { plugin->onMainThread(plugin); });
-    serveTimers();
 }
 
-void ClapPlugin::serveTimers() {
-    timers.serve(
-        [this](unsigned number) {
-            if (timerExt) guarded([&] { timerExt->onTimer(plugin, number); });
-        },
-        [this](int file, unsigned uses) {
-            if (filesExt) guarded([&] { filesExt->onFile(plugin, file, uses); });
-        });
+PluginTimers::Due ClapPlugin::onTimer() {
+    return [this](unsigned number) {
+        if (timerExt) guarded([&] { timerExt->onTimer(plugin, number); });
+    };
+}
+
+PluginTimers::Ready ClapPlugin::onFile() {
+    return [this](int file, unsigned uses) {
+        if (filesExt) guarded([&] { filesExt->onFile(plugin, file, uses); });
+    };
 }
 
 // The editor.

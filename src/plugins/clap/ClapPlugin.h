@@ -48,7 +48,8 @@ private:
     void flush();
     void giveParams();
     void take(const clapabi::EventHeader* event);
-    void serveTimers();
+    PluginTimers::Due onTimer();
+    PluginTimers::Ready onFile();
     bool onAudio() const;
     void connect(std::vector<clapabi::AudioBuffer>& buffers, const std::vector<int>& ports,
                  float** pins);
@@ -63,7 +64,7 @@ private:
     const clapabi::PluginFiles* filesExt = nullptr;
     bool notesMidi = false, notesOut = false; ///< it hears messages, and sends some
     bool shown = false;
-    PluginTimers timers;
+    PluginTimers timers{onTimer(), onFile()};
     Shared<bool> callbackAsked{false}, restartAsked{false}, flushAsked{false}, paramsAsked{false};
     Shared<bool> valuesAsked{false};
     int64_t framesSeen = 0; ///< of `framesDone`, at the latest idle pass

@@ -135,6 +135,7 @@ bool Lv2Editor::start(const LV2UI_Descriptor* made, const std::string& folder,
     shownParams.assign(plugin.ports.params.size(), never);
     shownMeters.assign(plugin.ports.shown.size(), never);
     plugin.watched = true;
+    timers.add(unsigned(1000.0f / Lv2Instance::updatesPerSecond));
     return true;
 }
 
@@ -183,6 +184,7 @@ void Lv2Editor::showAll() {
                                room.data());
 }
 
+/// Lets it draw, and shows it what has changed.
 void Lv2Editor::idle() {
     guarded([this] { // after a throw it goes on with the next pass
         if (descriptor->port_event) showAll();

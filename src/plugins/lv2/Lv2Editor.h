@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Geometry.h"
+#include "plugins/PluginTimers.h"
 #include "plugins/lv2/Lv2Plugin.h"
 
 #include <lv2/data-access/data-access.h>
@@ -23,7 +24,6 @@ public:
     Lv2Editor& operator=(const Lv2Editor&) = delete;
 
     CPoint size() const { return asked; } ///< that it has asked for; 0 none
-    void idle();                          ///< lets it draw, and shows it what has changed
 
 private:
     explicit Lv2Editor(Lv2Plugin& of) : plugin(of) {}
@@ -32,6 +32,7 @@ private:
     void write(uint32_t port, uint32_t size, uint32_t protocol, const void* data);
     void touch(uint32_t port, bool grabbed);
     void showAll();
+    void idle();
     void showFloat(uint32_t port, float value, float& shown);
 
     Lv2Plugin& plugin;
@@ -47,4 +48,5 @@ private:
     std::vector<char> room = MessageRing::buffer();
     CPoint asked{};
     bool opening = true;
+    PluginTimers timers{[this](unsigned) { idle(); }, {}};
 };

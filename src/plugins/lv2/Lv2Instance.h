@@ -12,6 +12,8 @@
 /// offers it, and the memory of its ports. Interface thread, but where told.
 class Lv2Instance {
 public:
+    static constexpr float updatesPerSecond = 30.0f; ///< of its window
+
     /// Null, with `why`, where that fails.
     static std::unique_ptr<Lv2Instance> make(Lv2World& world, const LilvPlugin* plugin,
                                              const Lv2Ports& ports, double rate, int frames,
@@ -45,7 +47,7 @@ private:
     const double hz;
     const int32_t longest, shortest = 1;
     int32_t sequenceBytes = 0;
-    float rateAsked, updates = 30.0f, scale = 1.0f;
+    float rateAsked, updates = updatesPerSecond, scale = 1.0f;
     std::vector<LV2_Options_Option> told;
     LV2_Log_Log log{};
     LV2_URID errorKind = 0;

@@ -306,10 +306,6 @@ void Lv2Plugin::closeEditor() {
     editor.reset();
 }
 
-void Lv2Plugin::idleEditor() {
-    if (editor) editor->idle();
-}
-
 // Sound.
 
 void Lv2Plugin::addMidi(int frame, int data) {

@@ -49,7 +49,7 @@ public:
     bool hasEditor() const override { return drawn; }
     CPoint openEditor(unsigned long window) override;
     void closeEditor() override;
-    void idleEditor() override;
+    void idleEditor() override {} ///< it has a timer
     void idle() override {}
 
 private:

@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <utility>
@@ -123,9 +122,9 @@ std::optional<HelperMessage> MessageSocket::receive() {
     return message;
 }
 
-void MessageSocket::wait(int ms) {
+void MessageSocket::wait(int ms, std::vector<pollfd> others) {
     flush();
-    pollfd about{socket, short(out.empty() ? POLLIN : POLLIN | POLLOUT), 0};
-    poll(&about, 1, ms);
+    others.push_back({socket, short(out.empty() ? POLLIN : POLLIN | POLLOUT), 0});
+    poll(others.data(), others.size(), ms);
     flush();
 }

@@ -5,7 +5,9 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <poll.h>
 #include <string>
+#include <vector>
 
 /// The files that a helper finds open: its end of the socket, and the room that it shares.
 enum HelperFile : int { socketFile = 3, roomFile = 4, helperFilesEnd = 5 };
@@ -74,8 +76,8 @@ public:
 
     void send(HelperMessage message); ///< what does not go out at once waits
     std::optional<HelperMessage> receive();
-    /// Until there may be something, for `ms` at most.
-    void wait(int ms);
+    /// Until there may be something, or in one of other files, for `ms` at most.
+    void wait(int ms, std::vector<pollfd> others = {});
     bool closed() const { return ended; } ///< the other end is gone, or tells nonsense
 
 private:

@@ -1,5 +1,6 @@
 #include "plugins/vst3/Vst3Editor.h"
 
+#include "engine/LoopCalls.h"
 #include "plugins/ForeignCall.h"
 #include "plugins/Plugin.h"
 
@@ -39,10 +40,6 @@ CPoint Vst3Editor::size() const {
     return asPoint(told.right - told.left, told.bottom - told.top);
 }
 
-void Vst3Editor::idle() {
-    loop.serve();
-}
-
 Result Vst3Editor::Around::query(const uint8_t* wanted, void** found) {
     if (editor.loop.query(wanted, found) == ok && std::memcmp(wanted, RunLoop::iid.data(), 16) == 0)
         return ok;
@@ -58,7 +55,7 @@ Result Vst3Editor::Around::resize(View* view, Rect* to) {
 
 Result Vst3Editor::Loop::watch(EventHandler* handler, int file) {
     if (!handler) return badArgument;
-    timers.watch(file, PluginTimers::readable);
+    if (!timers.watch(file, LoopCalls::readable)) return no;
     watched.emplace_back(file, handler);
     return ok;
 }
@@ -72,7 +69,9 @@ Result Vst3Editor::Loop::unwatch(EventHandler* handler) {
 
 Result Vst3Editor::Loop::addTimer(TimerHandler* handler, uint64_t ms) {
     if (!handler) return badArgument;
-    timed.emplace_back(timers.add(unsigned(std::min<uint64_t>(ms, 60000))), handler);
+    const unsigned number = timers.add(unsigned(std::min<uint64_t>(ms, 60000)));
+    if (number == 0) return no;
+    timed.emplace_back(number, handler);
     return ok;
 }
 
@@ -83,18 +82,12 @@ Result Vst3Editor::Loop::removeTimer(TimerHandler* handler) {
     return std::erase_if(timed, isIts) > 0 ? ok : no;
 }
 
-/// A handler may take itself or others away.
-void Vst3Editor::Loop::serve() {
-    const auto handlerOf = [](auto& list, auto key) {
-        const auto at =
-            std::ranges::find_if(list, [key](const auto& one) { return one.first == key; });
-        return at == list.end() ? nullptr : at->second;
-    };
-    timers.serve(
-        [&](unsigned number) {
-            if (TimerHandler* handler = handlerOf(timed, number)) handler->due();
-        },
-        [&](int file, unsigned) {
-            if (EventHandler* handler = handlerOf(watched, file)) handler->ready(file);
-        });
+void Vst3Editor::Loop::due(unsigned number) {
+    const auto at = std::ranges::find(timed, number, &std::pair<unsigned, TimerHandler*>::first);
+    if (at != timed.end()) guarded([handler = at->second] { handler->due(); });
+}
+
+void Vst3Editor::Loop::ready(int file) {
+    const auto at = std::ranges::find(watched, file, &std::pair<int, EventHandler*>::first);
+    if (at != watched.end()) guarded([&, handler = at->second] { handler->ready(file); });
 }

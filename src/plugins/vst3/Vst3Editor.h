@@ -23,7 +23,6 @@ public:
     Vst3Editor& operator=(const Vst3Editor&) = delete;
 
     CPoint size() const;
-    void idle(); ///< serves its timers, and the files that it waits for
 
 private:
     /// The timers and files that the window asks for.
@@ -34,10 +33,12 @@ private:
         vst3::Result unwatch(vst3::EventHandler* handler) override;
         vst3::Result addTimer(vst3::TimerHandler* handler, uint64_t ms) override;
         vst3::Result removeTimer(vst3::TimerHandler* handler) override;
-        void serve();
 
     private:
-        PluginTimers timers;
+        PluginTimers timers{[this](unsigned number) { due(number); },
+                            [this](int file, unsigned) { ready(file); }};
+        void due(unsigned number);
+        void ready(int file);
         std::vector<std::pair<unsigned, vst3::TimerHandler*>> timed; ///< not owned, as the next
         std::vector<std::pair<int, vst3::EventHandler*>> watched;
     };

@@ -354,10 +354,7 @@ void Vst3Plugin::idle() {
     if (asked & restartValues) guarded([this] { readValues(); });
     if (asked & (restartTitles | restartValues)) host.displayChanged();
     values.tellHost(host, [this](int index) { return param(index); });
-    guarded([this] {
-        showController();
-        if (editor) editor->idle();
-    });
+    guarded([this] { showController(); });
 }
 
 // The editor.
