@@ -34,14 +34,14 @@ intptr_t ask(MadePlugin& p, HostOpcode opcode, int32_t index = 0, intptr_t value
 }
 
 void moveFrom(MadePlugin& p, int index, float to) {
-    p.now()[index] = to;
+    p.now(index) = to;
     ask(p, hostAutomate, index, 0, nullptr, to);
 }
 
 void setParameter(Effect* effect, int32_t index, float value) {
     MadePlugin& p = of(effect);
     if (bad("throws-set")) fail();
-    p.now()[index] = value;
+    p.now(index) = value;
     if (index == 1) { // its latency
         effect->initialDelay = int32_t(std::lround(value * 4096.0f));
         ask(p, hostIOChanged);
@@ -52,7 +52,7 @@ void setParameter(Effect* effect, int32_t index, float value) {
 float getParameter(Effect* effect, int32_t index) {
     MadePlugin& p = of(effect);
     if (bad("throws-get")) fail();
-    return bad("nan") ? NAN : p.now()[index];
+    return bad("nan") ? NAN : p.now(index).load();
 }
 
 void answerNote(MadePlugin& p, const MidiEvent& event) {
@@ -84,12 +84,12 @@ void gain(MadePlugin& p, float** in, float** out, int frames, bool adds) {
     const int pins = std::min(p.effect.numInputs, p.effect.numOutputs);
     for (int pin = 0; pin < pins; pin++)
         for (int i = 0; i < frames; i++)
-            out[pin][i] = (adds ? out[pin][i] : 0.0f) + in[pin][i] * p.now()[0] * 2.0f;
+            out[pin][i] = (adds ? out[pin][i] : 0.0f) + in[pin][i] * p.now(0) * 2.0f;
 }
 
 /// Those that end their process do so once their last parameter is raised.
 void badEnd(MadePlugin& p) {
-    if (p.now()[2] < 0.75f) return;
+    if (p.now(2) < 0.75f) return;
     if (bad("crashes-process")) crash();
     if (bad("aborts-process")) std::abort();
     while (bad("hangs-process")) sleep(1);
@@ -150,7 +150,7 @@ intptr_t tellText(MadePlugin& p, int32_t opcode, int32_t index, void* data) {
     if (bad("long-texts")) return write(data, std::string(1024, 'x')), 1;
     static const char* const names[] = {"Gain", "Delay", "Other"};
     char number[32];
-    std::snprintf(number, sizeof number, "%.2f", double(p.now()[index]));
+    std::snprintf(number, sizeof number, "%.2f", double(p.now(index).load()));
     switch (opcode) {
     case effGetParamName:
         return write(data, names[index]), 1;
@@ -174,7 +174,7 @@ intptr_t setChunk(MadePlugin& p, const void* data, intptr_t size) {
     if (size != sizeof p.values) return 0;
     std::memcpy(p.values, data, sizeof p.values);
     for (int i = 0; i < MadePlugin::params; i++) // as some do for all that they hold
-        ask(p, hostAutomate, i, 0, nullptr, p.now()[i]);
+        ask(p, hostAutomate, i, 0, nullptr, p.now(i));
     return 1;
 }
 
@@ -236,7 +236,7 @@ intptr_t dispatch(Effect* effect, int32_t opcode, int32_t index, intptr_t value,
     case effSetProgram:
         p.program = int(value);
         if (is(p, "gain-presets")) // it begins each anew
-            for (int i = 0; i < MadePlugin::params; i++) p.now()[i] = i == 0 ? 0.5f : 0.0f;
+            for (int i = 0; i < MadePlugin::params; i++) p.now(i) = i == 0 ? 0.5f : 0.0f;
         return 1;
     case effGetProgram:
         return p.program;

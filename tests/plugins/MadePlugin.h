@@ -3,6 +3,7 @@
 #include "plugins/MadeEditor.h"
 #include "plugins/vst2/Vst2Abi.h"
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -44,5 +45,6 @@ struct MadePlugin {
     float level = 0.0f;
     std::vector<float> line[2]; ///< what is on its way
 
-    float* now() { return values[program]; }
+    /// The host sets them while it plays.
+    std::atomic_ref<float> now(int index) { return std::atomic_ref(values[program][index]); }
 };

@@ -116,16 +116,22 @@ TEST_P(KilledFormat, ComesBackWithItsState) {
             for (CVST* c : {effect, synth}) f.killHelper(c);
         });
         if (i % 4 == 0) killer.join();
-        for (bool failed = false; !failed; failed = effect->failed() && synth->failed()) {
+        bool effectFailed = false, synthFailed = false;
+        const auto bothFailed = [&] {
             f.block();
             EXPECT_EQ(f.left.size(), 256u);
             for (const float v : {other->output()->bufL[0], other->output()->bufL[255]})
                 EXPECT_EQ(v, 1.0f);
-            ASSERT_TRUE(heard() == 0.5f || heard() == 0.25f) << "passed on, or played";
+            EXPECT_TRUE(heard() == 0.5f || heard() == 0.25f) << "passed on, or played";
             EXPECT_TRUE(f.bytesOf(effect) == state) << "as it was heard last";
             f.host->idle();
-        }
+            effectFailed = effectFailed || effect->failed(); // it may be back before the other goes
+            synthFailed = synthFailed || synth->failed();
+            return effectFailed && synthFailed;
+        };
+        const bool noticed = comes(bothFailed);
         if (killer.joinable()) killer.join();
+        ASSERT_TRUE(noticed) << effectFailed << synthFailed;
         for (CVST* c : {effect, synth})
             if (i > 0) c->loaded()->restart();
         ASSERT_TRUE(f.until([&] { return !effect->failed() && !synth->failed(); }));
@@ -134,6 +140,35 @@ TEST_P(KilledFormat, ComesBackWithItsState) {
         EXPECT_TRUE(f.bytesOf(effect) == state && f.bytesOf(synth) == synthState);
     }
     EXPECT_EQ(effect->faults, 0u);
+}
+
+/// A helper that ends at any point of coming back: it comes back when it is told to, with its
+/// state.
+TEST_P(KilledFormat, MayEndWhileItComesBack) {
+    RemoteFixture f;
+    CVST* c = f.insert(std::string("gain") + GetParam());
+    f.signal->left = f.signal->right = [](long) { return 0.5f; };
+    c->setParam(0, 0.25f);
+    const auto plays = [&] { return !c->failed() && c->output()->bufL[255] == 0.25f; };
+    ASSERT_TRUE(f.until(plays));
+    const std::string state = f.bytesOf(c);
+    for (int ms = 0; ms < 30; ms += 3) {
+        SCOPED_TRACE(ms);
+        const int former = f.remote(c)->helperProcess();
+        f.killHelper(c);
+        ASSERT_TRUE(f.until([&] {
+            c->loaded()->restart();
+            return f.remote(c)->helperProcess() != former;
+        }));
+        std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+        f.host->idle();
+        f.killHelper(c);
+        ASSERT_TRUE(f.until([&] {
+            c->loaded()->restart();
+            return plays() && f.remote(c)->helperProcess() != former;
+        }));
+        EXPECT_EQ(f.bytesOf(c), state);
+    }
 }
 
 /// One that ends its process, or does not come back, does so once more after it came back by

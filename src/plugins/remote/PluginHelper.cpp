@@ -4,6 +4,7 @@
 #include "engine/Cycle.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
@@ -66,6 +67,7 @@ PluginHelper::PluginHelper(int process, int socketEnd, std::unique_ptr<HelperSha
 PluginHelper::~PluginHelper() {
     end();
     watcher.join();
+    giveUp();
 }
 
 void PluginHelper::end() {
@@ -82,7 +84,7 @@ void PluginHelper::endHanging(bool inTrip) {
 void PluginHelper::watch() {
     int how = 0;
     siginfo_t about{};
-    waitid(P_PID, id_t(pid), &about, WEXITED | WNOWAIT);
+    while (waitid(P_PID, id_t(pid), &about, WEXITED | WNOWAIT) != 0 && errno == EINTR) continue;
     status = about.si_code == CLD_EXITED ? 0 : about.si_status;
     dead.storeRelease(true);
     waitpid(pid, &how, 0);
@@ -184,6 +186,10 @@ void PluginHelper::poll() {
         if (now > p.until && !gone() && !hung) endHanging(false);
     if (!gone() && !socket.closed()) return;
     end();
+    giveUp();
+}
+
+void PluginHelper::giveUp() {
     for (auto all = std::exchange(pending, {}); auto& [turn, p] : all)
         if (p.answer) p.answer(nullptr);
 }

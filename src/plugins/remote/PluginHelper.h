@@ -69,6 +69,7 @@ private:
     PluginHelper(int process, int socketEnd, std::unique_ptr<HelperShare> made);
     void watch();
     void take(const HelperMessage& message);
+    void giveUp(); ///< no call that is open gets an answer
     void followSchedule();
 
     const std::unique_ptr<HelperShare> shared;
