@@ -1,6 +1,8 @@
 #pragma once
 
+#include "engine/ControlSource.h"
 #include "engine/ParamRef.h"
+#include "surfaces/CPresetBuffer.h"
 #include "surfaces/SurfaceDef.h"
 
 #include <functional>
@@ -20,10 +22,15 @@ public:
     int feedback = -1;    ///< MIDI output that the values are sent back to; -1 none
     bool changed = false; ///< the definition is not as its file has it
     int lastEvent = 0;    ///< packed; 0 none yet
+    int taught = 0;       ///< counts what the device has changed of the definition
+    CPresetBuffer preset; ///< of the device
     /// What parameter `index` of what the user is at is; none without one.
     std::function<ParamRef(int index)> target;
     std::function<void(int by)> stepTrack; ///< the track before or behind becomes the selected one
-    std::function<void()> onChanged; ///< the definition, a page, the bank or a value is another
+    /// Sends a system exclusive message to the device; false where that goes nowhere.
+    std::function<bool(const MidiBytes& bytes)> sysexOut;
+    /// A control of the definition that takes the next source which moves; -1 none.
+    int learnGroup = -1, learnCtrl = -1;
 
     explicit CCS(CQV* host);
     ~CCS();
@@ -37,23 +44,41 @@ public:
     void idle(); ///< serves what has come; interface tick
     /// A message of a device, packed as in engine/MidiBytes.h.
     void handleMIDIIn(int message);
+    /// A system exclusive message of a device: a dump of its preset, or what a control sends.
+    void handleSysex(std::span<const unsigned char> bytes);
+    /// Asks the device for its preset, as the definition tells. False where that goes nowhere.
+    bool requestPreset();
+    bool dumpPreset(); ///< sends the preset, as it is now, to the device; as above
+    void setPresetByte(int index, int value);
     /// The last message in words, such as "CC 7 : 64".
     CStr getLastEventStr() const;
     /// The text of a page for the user: "Filter, 1 of 3"; empty without pages.
     CStr pageText(int section);
     void turnPage(int section, int by); ///< -1 all sections; stays within the pages
     void turnBank(int by);
+    int shift();  ///< of the parameters, by the bank
+    bool waits(); ///< a control of the current pages, to be picked up
 
 private:
     void listen();
+    struct Moves;
     void teach(int cc);
-    bool handleMIDIMap(CControlMap& map, int section, int message);
-    void serve(CControlMap& map, int section, CHWCtrl& ctrl, int index);
+    void learn(const Moves& moves);
+    void serveAll(const Moves& moves);
+    bool handleMIDIMap(CControlMap& map, int section, const Moves& moves);
+    void serve(CControlMap& map, int section, CHWCtrl& ctrl, int index, float value);
     void syncMidiValues();
-    void syncMap(const CControlMap& map, int shift);
-    void setObjectParam(const ParamRef& to, int value);
+    void syncMap(const CControlMap& map, int by);
+    bool sendValue(const CHWCtrl& ctrl, int value);
+    void setObjectParam(const ParamRef& to, const CControlMap& map, CHWCtrl& ctrl, float value);
+    void presetReceive();
+    void askRefresh();
+    bool sendSysex(const MidiBytes& bytes) const;
     int paramsOnPages();
-    void tell() const;
+    void forgetWaiting();
 
     CQV* qv;
+    ControlReader controls;
+    bool refreshing = false; ///< the preset is to be asked for, once all is quiet
+    int changedAt = 0;       ///< when it became another one, as `asTimeInMS`
 };

@@ -14,49 +14,24 @@
 #include "gui/controls/CValue.h"
 #include "gui/dialogs/CFileWin.h"
 #include "surfaces/CCS.h"
+#include "surfaces/CCSWin.h"
+#include "surfaces/SurfaceFields.h"
 #include "surfaces/SurfacesRoom.h"
 #include "ui/Workspace.h"
 
 namespace {
 
-constexpr int winWide = 560, winHigh = 420, leastWide = 420, leastHigh = 280;
+constexpr int winWide = 640, winHigh = 508, leastWide = 480, leastHigh = 508;
 constexpr int winStyle = winCaption | winSizable | winKeysToOwner | winCentre;
 constexpr int margin = 8, gap = 4, high = 20, barHeight = 36, footHigh = 52;
 constexpr int portWide = 64, mostPort = 65535;
-constexpr int fieldsWide = 240, labelWide = 80, outsWide = 160, highest = 127, mostParams = 9999;
+constexpr int fieldsWide = 272, labelWide = 80, outsWide = 160;
 constexpr const char* surfaceExt = ".qcs";
 
-/// What a node of the tree stands for.
-enum NodeOf : int { ofGroups, ofGroup, ofCtrl, ofSections, ofSection, ofPage, ofMap };
+using Place = SurfacePlace;
 
-constexpr const char* addTexts[] = {"Add group", "Add control", "Add control", "Add section",
-                                    "Add page",  "Add mapping", "Add mapping"};
-
-constexpr struct {
-    int mode;
-    const char* text;
-} modeNames[] = {{surfaceParam, "Parameter"},
-                 {surfaceBankDown, "Bank -"},
-                 {surfaceBankUp, "Bank +"},
-                 {surfaceTrackDown, "Prior track"},
-                 {surfaceTrackUp, "Next track"},
-                 {surfacePriorPage, "Prior page"},
-                 {surfaceNextPage, "Next page"},
-                 {surfacePageDown, "Page - of its section"},
-                 {surfacePageUp, "Page + of its section"},
-                 {surfaceStore, "Only shown"},
-                 {surfaceProgram, "Program change"},
-                 {surfaceText, "Text of the preset"}};
-
-template <class T>
-T* at(std::vector<T>& list, int i) {
-    return i >= 0 && i < int(list.size()) ? &list[size_t(i)] : nullptr;
-}
-
-template <class T>
-void erase(std::vector<T>& list, int i) {
-    if (at(list, i)) list.erase(list.begin() + i);
-}
+constexpr const char* addTexts[] = {"Add",         "Add group", "Add control", "Add control",
+                                    "Add section", "Add page",  "Add mapping", "Add mapping"};
 
 } // namespace
 
@@ -143,37 +118,16 @@ void CConfigWin::addBar() {
     addButton("none", "None", "No controller is served", shortWide, &CConfigWin::closeClicked);
     teach = addButton("teach", "Teach", "Knobs that you move become controls of the chosen group",
                       teachWide, &CConfigWin::teachClicked);
+    addButton("panel", "Panel", "Shows what the controls of the device do", openWide,
+              &CConfigWin::panelClicked);
     file = new CLabel(this, "", nextLeft + gap, margin, 1, high);
     addControl(file);
 }
 
-template <class T>
-T* CConfigWin::field(T* made, const char* spoken, void (CConfigWin::*changed_)(CObject*)) {
-    made->spokenName = spoken;
-    made->tabStop = true;
-    wire(made->onChange, new _COnChange<CConfigWin>(this, changed_));
-    auto* label = new CLabel(this, spoken, 0, 0, labelWide, high);
-    label->field = made;
-    addControl(label);
-    addControl(made);
-    labels.push_back(label);
-    fields.push_back(made);
-    return made;
-}
-
 void CConfigWin::addFields() {
-    name = field(new CEdit(this, "name", 0, 0, 1, high), "Name", &CConfigWin::nameChanged);
-    cc = field(new CValue(this, "cc", 0, 0, 1, high), "Controller", &CConfigWin::numberChanged);
-    cc->max = highest;
-    sysex = field(new CEdit(this, "sysex", 0, 0, 1, high), "Sysex", &CConfigWin::sysexChanged);
-    sysex->hint = "Bytes in hexadecimal, such as F0 43 10";
-    mode = field(new CDropdown(this, "mode", 0, 0, 1, high), "Does", &CConfigWin::modeChanged);
-    for (const auto& m : modeNames) mode->add(m.text);
-    leads = field(new CDropdown(this, "group", 0, 0, 1, high), "Group", &CConfigWin::groupChanged);
-    param =
-        field(new CValue(this, "param", 0, 0, 1, high), "Parameter", &CConfigWin::numberChanged);
-    param->max = mostParams;
-    param->hint = "Of the first control of the group; the others follow";
+    fields = new SurfaceFields(
+        this, surface, {[this] { changed(); }, [this](const CStr& t) { workspace.setStatus(t); }});
+    addControl(fields);
     constexpr int addWide = 112, deleteWide = 64;
     nextLeft = 0;
     addTo = addButton("add", "Add", "Adds to what is chosen", addWide, &CConfigWin::addClicked);
@@ -201,19 +155,14 @@ void CConfigWin::resized() {
     const int y = barHeight + high + margin;
     addTo->setBounds(left0, barHeight, addTo->width, high);
     del->setBounds(left0 + addTo->width + gap, barHeight, del->width, high);
-    int row = 0;
-    for (size_t i = 0; i < fields.size(); i++) {
-        if (!fields[i]->visible) continue;
-        const int top0 = y + row++ * (high + gap);
-        labels[i]->setBounds(left0, top0, labelWide, high);
-        fields[i]->setBounds(left0 + labelWide, top0, fieldsWide - labelWide, high);
-    }
+    fields->setBounds(left0, y, fieldsWide, asMax(h - footHigh - y, 1));
+    fields->resized();
     redraw();
 }
 
 // The tree.
 
-CTreeNode* CConfigWin::add(CTreeNode* to, const CStr& text, Chosen what) {
+CTreeNode* CConfigWin::add(CTreeNode* to, const CStr& text, Place what) {
     CTreeNode* node = to->add(text);
     node->kind = what.kind;
     node->path = asStr(what.a) + "/" + asStr(what.b) + "/" + asStr(what.c);
@@ -221,8 +170,8 @@ CTreeNode* CConfigWin::add(CTreeNode* to, const CStr& text, Chosen what) {
     return node;
 }
 
-CConfigWin::Chosen CConfigWin::chosen() const {
-    Chosen what;
+Place CConfigWin::chosen() const {
+    Place what;
     if (!tree->current) return what;
     what.kind = tree->current->kind;
     std::sscanf(tree->current->path.asChar(), "%d/%d/%d", &what.a, &what.b, &what.c);
@@ -231,42 +180,41 @@ CConfigWin::Chosen CConfigWin::chosen() const {
 
 CStr CConfigWin::nodeText(const CControlMap& shown) const {
     CStr text = shown.label.empty() ? CStr("Mapping") : shown.label;
-    if (const CHWCtrlGroup* of = at(surface.def.groups, shown.group)) text += ": " + of->name;
+    if (shown.group >= 0 && shown.group < int(surface.def.groups.size()))
+        text += ": " + surface.def.groups[size_t(shown.group)].name;
     return text;
 }
 
 void CConfigWin::rebuild() {
-    const Chosen before = chosen();
+    const Place before = chosen();
     SurfaceDef& def = surface.def;
     tree->root.clear();
     tree->current = nullptr;
-    CTreeNode* groups = add(&tree->root, "Groups of controls", {ofGroups});
+    add(&tree->root, "Device", {Place::ofDevice});
+    CTreeNode* groups = add(&tree->root, "Groups of controls", {Place::ofGroups});
     for (int a = 0; a < int(def.groups.size()); a++) {
-        CTreeNode* node = add(groups, def.groups[size_t(a)].name, {ofGroup, a});
+        CTreeNode* node = add(groups, def.groups[size_t(a)].name, {Place::ofGroup, a});
         int b = 0;
         for (const CHWCtrl& c : def.groups[size_t(a)].ctrls)
-            add(node, c.name + " (" + asStr(c.cc) + ")", {ofCtrl, a, b++});
+            add(node, c.name + " (" + controlSourceText(c.cc) + ")", {Place::ofCtrl, a, b++});
     }
-    CTreeNode* sections = add(&tree->root, "Sections", {ofSections});
+    CTreeNode* sections = add(&tree->root, "Sections", {Place::ofSections});
     for (int a = 0; a < int(def.sections.size()); a++) {
         CControlPages& in = def.sections[size_t(a)];
-        CTreeNode* node = add(sections, in.name, {ofSection, a});
+        CTreeNode* node = add(sections, in.name, {Place::ofSection, a});
         for (int b = 0; b < int(in.pages.size()); b++) {
-            CTreeNode* pages = add(node, in.pages[size_t(b)].name, {ofPage, a, b});
+            CTreeNode* pages = add(node, in.pages[size_t(b)].name, {Place::ofPage, a, b});
             int c = 0;
             for (const CControlMap& m : in.pages[size_t(b)].maps)
-                add(pages, nodeText(m), {ofMap, a, b, c++});
+                add(pages, nodeText(m), {Place::ofMap, a, b, c++});
         }
     }
-    leads->items.clear();
-    for (const CHWCtrlGroup& g : def.groups) leads->add(g.name);
     tree->update();
-    shownCtrls = 0;
-    for (const CHWCtrlGroup& g : def.groups) shownCtrls += g.ctrls.size();
+    shownTaught = surface.taught;
     choose(before);
 }
 
-void CConfigWin::choose(Chosen what) {
+void CConfigWin::choose(const Place& what) {
     const CStr path = asStr(what.a) + "/" + asStr(what.b) + "/" + asStr(what.c);
     CTreeNode* found = nullptr;
     const std::function<void(CTreeNode*)> look = [&](CTreeNode* below) {
@@ -280,72 +228,22 @@ void CConfigWin::choose(Chosen what) {
     showFields();
 }
 
-CHWCtrlGroup* CConfigWin::group() const {
-    const Chosen what = chosen();
-    return what.kind == ofGroup || what.kind == ofCtrl ? at(surface.def.groups, what.a) : nullptr;
-}
-
-CHWCtrl* CConfigWin::ctrl() const {
-    CHWCtrlGroup* in = group();
-    return in && chosen().kind == ofCtrl ? at(in->ctrls, chosen().b) : nullptr;
-}
-
-CControlPages* CConfigWin::section() const {
-    return chosen().kind >= ofSection ? at(surface.def.sections, chosen().a) : nullptr;
-}
-
-CControlSectionPage* CConfigWin::page() const {
-    CControlPages* in = section();
-    return in && chosen().kind >= ofPage ? at(in->pages, chosen().b) : nullptr;
-}
-
-CControlMap* CConfigWin::map() const {
-    CControlSectionPage* in = page();
-    return in && chosen().kind == ofMap ? at(in->maps, chosen().c) : nullptr;
-}
-
-CStr* CConfigWin::nameOf() const {
-    if (CHWCtrl* c = ctrl()) return &c->name;
-    if (CHWCtrlGroup* g = group()) return &g->name;
-    if (CControlMap* m = map()) return &m->label;
-    if (CControlSectionPage* p = page()) return &p->name;
-    CControlPages* s = section();
-    return s ? &s->name : nullptr;
-}
-
 // What is chosen.
 
 void CConfigWin::nodeChosen(CObject*) {
-    if (chosen().kind == ofGroup || chosen().kind == ofCtrl) surface.editGroup = chosen().a;
+    const Place what = chosen();
+    if (what.kind == Place::ofGroup || what.kind == Place::ofCtrl) surface.editGroup = what.a;
+    surface.learnGroup = surface.learnCtrl = -1;
     showFields();
 }
 
 void CConfigWin::showFields() {
-    const CHWCtrl* c = ctrl();
-    const CControlMap* m = map();
-    const CStr* text = nameOf();
-    for (const auto& [shown, ctrlOf] : {std::pair<bool, CCtrl*>{text != nullptr, name},
-                                        {c != nullptr, cc},
-                                        {c != nullptr, sysex},
-                                        {m != nullptr, mode},
-                                        {m != nullptr, leads},
-                                        {m && m->mode == surfaceParam, param}})
-        ctrlOf->visible = shown;
-    for (size_t i = 0; i < fields.size(); i++) labels[i]->visible = fields[i]->visible;
-    if (text) name->setText(*text);
-    if (c) {
-        cc->showValue(c->cc);
-        sysex->setText(c->sysexText.c_str());
-    }
-    if (m) {
-        for (int i = 0; i < int(std::size(modeNames)); i++)
-            if (modeNames[i].mode == m->mode) mode->setIndex(i);
-        leads->setIndex(m->group);
-        param->showValue(m->param);
-    }
-    addTo->setText(addTexts[chosen().kind]);
-    del->setEnabled(text != nullptr);
-    resized();
+    const Place what = chosen();
+    fields->show(what);
+    addTo->setText(addTexts[what.kind]);
+    addTo->setEnabled(what.kind != Place::ofDevice);
+    del->setEnabled(what.name(surface.def) != nullptr);
+    redraw();
 }
 
 void CConfigWin::changed() {
@@ -354,101 +252,19 @@ void CConfigWin::changed() {
     follow();
 }
 
-void CConfigWin::nameChanged(CObject*) {
-    if (CStr* text = nameOf()) *text = name->text;
-    changed();
-}
-
-void CConfigWin::numberChanged(CObject* sender) {
-    if (CHWCtrl* c = ctrl(); c && sender == cc) c->cc = cc->value;
-    if (CControlMap* m = map(); m && sender == param) m->param = param->value;
-    changed();
-}
-
-void CConfigWin::sysexChanged(CObject*) {
-    CHWCtrl* c = ctrl();
-    if (!c) return;
-    c->sysexText = sysex->text.asChar();
-    c->sysex.fromStr(sysex->text, false);
-    surface.changed = true;
-}
-
-void CConfigWin::modeChanged(CObject*) {
-    if (CControlMap* m = map()) m->mode = modeNames[asMax(mode->index, 0)].mode;
-    changed();
-}
-
-void CConfigWin::groupChanged(CObject*) {
-    if (CControlMap* m = map()) m->group = leads->index;
-    changed();
-}
-
 void CConfigWin::addClicked(CObject*) {
-    SurfaceDef& def = surface.def;
-    Chosen what = chosen();
-    const auto last = [](const auto& list) { return int(list.size()) - 1; };
-    switch (what.kind) {
-    case ofGroups:
-        def.groups.push_back({"Group " + asStr(int(def.groups.size()) + 1), {}});
-        surface.editGroup = last(def.groups);
-        what = {ofGroup, last(def.groups)};
-        break;
-    case ofGroup:
-    case ofCtrl:
-        group()->addCtrl("cc", 0);
-        what = {ofCtrl, what.a, last(group()->ctrls)};
-        break;
-    case ofSections: {
-        CControlPages made;
-        made.name = "Section " + asStr(int(def.sections.size()) + 1);
-        def.sections.push_back(std::move(made));
-        what = {ofSection, last(def.sections)};
-        break;
-    }
-    case ofSection:
-        section()->pages.push_back({"Page " + asStr(int(section()->pages.size()) + 1), {}});
-        what = {ofPage, what.a, last(section()->pages)};
-        break;
-    default: {
-        CControlMap made;
-        made.group = def.groups.empty() ? -1 : 0;
-        page()->maps.push_back(std::move(made));
-        what = {ofMap, what.a, what.b, last(page()->maps)};
-    }
-    }
+    const Place made = addToSurface(surface.def, chosen());
+    if (made.kind == Place::ofGroup || made.kind == Place::ofCtrl) surface.editGroup = made.a;
     surface.changed = true;
     rebuild();
-    choose(what);
+    choose(made);
+    follow();
 }
 
 void CConfigWin::deleteClicked(CObject*) {
-    const Chosen what = chosen();
-    SurfaceDef& def = surface.def;
-    switch (what.kind) {
-    case ofGroup:
-        erase(def.groups, what.a);
-        // Mappings tell their group by its place.
-        for (CControlPages& s : def.sections)
-            for (CControlSectionPage& p : s.pages)
-                for (CControlMap& m : p.maps)
-                    m.group = m.group == what.a ? -1 : m.group - (m.group > what.a);
-        surface.editGroup = asMin(surface.editGroup, int(def.groups.size()) - 1);
-        break;
-    case ofCtrl:
-        erase(group()->ctrls, what.b);
-        break;
-    case ofSection:
-        erase(def.sections, what.a);
-        break;
-    case ofPage:
-        erase(section()->pages, what.b);
-        break;
-    case ofMap:
-        erase(page()->maps, what.c);
-        break;
-    default:
-        return;
-    }
+    deleteFromSurface(surface.def, chosen());
+    surface.editGroup = asMin(surface.editGroup, int(surface.def.groups.size()) - 1);
+    surface.learnGroup = surface.learnCtrl = -1;
     changed();
 }
 
@@ -501,6 +317,14 @@ void CConfigWin::teachClicked(CObject*) {
     follow();
 }
 
+void CConfigWin::panelClicked(CObject*) {
+    if (!panel) panel = std::make_unique<CCSWin>(this, surface);
+    if (panel->visible)
+        panel->hide();
+    else
+        panel->open();
+}
+
 // Feedback.
 
 void CConfigWin::fillOuts() {
@@ -527,20 +351,30 @@ void CConfigWin::follow() {
         const CStr shows = surface.pageText(i);
         if (!shows.empty()) text += (text.empty() ? CStr() : CStr("    ")) + shows;
     }
+    if (surface.waits()) text += "    Waits to be picked up";
     if (surface.bank > 0) text += "    Bank " + asStr(surface.bank + 1);
     heard->setText(text);
 }
 
 void CConfigWin::idle() {
-    size_t ctrls = 0;
-    for (const CHWCtrlGroup& g : surface.def.groups) ctrls += g.ctrls.size();
-    if (ctrls != shownCtrls) rebuild();
-    if (surface.lastEvent == shownEvent) return;
+    const bool learned = surface.taught != shownTaught;
+    if (learned) rebuild();
+    if (surface.preset.defined() != shownPreset) {
+        shownPreset = surface.preset.defined();
+        fields->refresh();
+    }
+    const bool same = surface.lastEvent == shownEvent && surface.waits() == shownWaits;
+    if (panel && panel->visible) panel->idle();
+    if (same && !learned) return;
     shownEvent = surface.lastEvent;
+    shownWaits = surface.waits();
     follow();
 }
 
+CConfigWin::~CConfigWin() = default;
+
 void CConfigWin::hide() {
     surface.editing = false;
+    surface.learnGroup = surface.learnCtrl = -1;
     CWin::hide();
 }

@@ -1,30 +1,31 @@
 #pragma once
 
 #include "gui/CWin.h"
+#include "surfaces/SurfacePlace.h"
 
-#include <vector>
+#include <memory>
 
 class CButton;
 class CCS;
+class CCSWin;
 class CDropdown;
 class CEdit;
 class CLabel;
 class CTree;
 class CTreeNode;
+class SurfaceFields;
 class SurfacesRoom;
 class CValue;
 class Workspace;
-struct CControlMap;
-struct CHWCtrl;
-struct CHWCtrlGroup;
-struct CControlPages;
-struct CControlSectionPage;
 
 /// "Control surface": the definition of a controller as a tree, and what can be set of the chosen
 /// thing in it. Interface thread.
 class CConfigWin : public CWin {
 public:
     CConfigWin(Workspace& workspace, SurfacesRoom& room);
+    ~CConfigWin() override;
+    CConfigWin(const CConfigWin&) = delete;
+    CConfigWin& operator=(const CConfigWin&) = delete;
 
     void idle();    ///< interface tick, while it shows
     void rebuild(); ///< the tree anew: the definition is another
@@ -32,43 +33,25 @@ public:
     void resized() override;
 
 private:
-    /// A node of the tree by its places in the definition; -1 for what it is not in.
-    struct Chosen {
-        int kind = 0; ///< NodeOf
-        int a = -1, b = -1, c = -1;
-    };
-
     void addBar();
     void addFields();
     CButton* addButton(const char* key, const char* text, const char* told, int wide,
                        void (CConfigWin::*clicked)(CObject*));
-    template <class T>
-    T* field(T* made, const char* spoken, void (CConfigWin::*changed)(CObject*));
     void showFields();
     void follow(); ///< what is shown of the last message, the page and the file
-    CTreeNode* add(CTreeNode* to, const CStr& text, Chosen what);
-    Chosen chosen() const;
-    void choose(Chosen what);
-    CHWCtrlGroup* group() const;
-    CHWCtrl* ctrl() const;
-    CControlPages* section() const;
-    CControlSectionPage* page() const;
-    CControlMap* map() const;
-    CStr* nameOf() const; ///< of what is chosen; null without one
+    CTreeNode* add(CTreeNode* to, const CStr& text, SurfacePlace what);
+    SurfacePlace chosen() const;
+    void choose(const SurfacePlace& what);
     CStr nodeText(const CControlMap& shown) const;
 
     void openClicked(CObject* sender);
     void saveClicked(CObject* sender);
     void closeClicked(CObject* sender);
     void teachClicked(CObject* sender);
+    void panelClicked(CObject* sender);
     void addClicked(CObject* sender);
     void deleteClicked(CObject* sender);
     void nodeChosen(CObject* sender);
-    void nameChanged(CObject* sender);
-    void numberChanged(CObject* sender);
-    void sysexChanged(CObject* sender);
-    void modeChanged(CObject* sender);
-    void groupChanged(CObject* sender);
     void changed();
     bool mayDrop(); ///< asks about changes that are in no file
     void fillOuts();
@@ -87,16 +70,15 @@ private:
     CTree* tree = nullptr;
     CLabel *file = nullptr, *heard = nullptr;
     CButton *teach = nullptr, *addTo = nullptr, *del = nullptr, *save = nullptr;
-    CEdit *name = nullptr, *sysex = nullptr;
-    CValue *cc = nullptr, *param = nullptr;
-    CDropdown *mode = nullptr, *leads = nullptr, *outs = nullptr;
+    SurfaceFields* fields = nullptr;
+    CDropdown* outs = nullptr;
     CValue* oscPort = nullptr;
     CEdit* oscTarget = nullptr;
     CLabel *outsLabel = nullptr, *oscPortLabel = nullptr, *oscTargetLabel = nullptr;
-    std::vector<CCtrl*> fields;  ///< all of these that show what is chosen
-    std::vector<CLabel*> labels; ///< of each of them
     int nextLeft = 0;
     int shownEvent = -1;
-    size_t shownCtrls = 0;
-    CStr folder; ///< of the last dialog
+    int shownTaught = 0;
+    bool shownWaits = false, shownPreset = false;
+    std::unique_ptr<CCSWin> panel; ///< null until it shows first
+    CStr folder;                   ///< of the last dialog
 };

@@ -3,7 +3,6 @@
 #include "base/Numbers.h"
 #include "engine/CMap.h"
 #include "engine/CQV.h"
-#include "engine/ControlSource.h"
 #include "engine/MapEdits.h"
 #include "engine/StoredValue.h"
 #include "engine/ValueDoor.h"
@@ -12,24 +11,14 @@
 #include "gui/CWin.h"
 #include "gui/controls/CButton.h"
 #include "gui/controls/CDropdown.h"
-#include "gui/controls/CValue.h"
+#include "surfaces/CSourceValue.h"
+#include "surfaces/TakeOverNames.h"
 
 namespace {
 
 constexpr int margin = 8, gap = 4, fieldHeight = 20, numberWide = 52, modeWide = 108,
               learnWide = 52, delWide = 20;
 constexpr int ledSize = 8, ledTicks = 5, highest = 127;
-constexpr const char* modeNames[mapModes] = {"Jump", "Pickup", "Scale", "Relative", "Relative 64"};
-constexpr const char* modeHints =
-    "Jump: it takes each value. Pickup: it waits until the controller is where it is. Scale: it "
-    "comes nearer at each turn. Relative: for knobs without an end";
-
-/// Shows what a device sends in words.
-class CSourceValue : public CValue {
-public:
-    using CValue::CValue;
-    CStr getText() const override { return controlSourceText(value); }
-};
 
 /// What an object is called in front of its parameters.
 CStr ownerText(const CMap* map) {
@@ -66,15 +55,15 @@ CMapPanel::CMapPanel(CWin* owner, CQV* root, CMap* of, int t, int w,
       mode(new CDropdown(owner, "mode", 0, 0, modeWide, fieldHeight)),
       learn(new CButton(owner, "learn", "Learn", 0, 0, learnWide, fieldHeight)),
       del(new CButton(owner, "delete", "x", 0, 0, delWide, fieldHeight)) {
-    for (const char* name : modeNames) mode->add(name);
-    mode->hint = modeHints;
+    for (const char* name : takeOverNames) mode->add(name);
+    mode->hint = takeOverHint;
     mode->spokenName = "Mode";
     mode->tabStop = true;
     wire(mode->onChange, new _COnChange<CMapPanel>(this, &CMapPanel::modeChanged));
     addControl(mode);
+    controller->max = mostSource;
     learn->hint = "The next controller that moves leads here";
     del->hint = "Delete";
-    controller->max = mostSource;
     wire(learn->onChange, new _COnChange<CMapPanel>(this, &CMapPanel::learnClicked));
     wire(del->onChange, new _COnChange<CMapPanel>(this, &CMapPanel::deleteMapClicked));
     for (CButton* button : {learn, del}) {

@@ -1,9 +1,11 @@
 #include "surfaces/SurfaceDef.h"
 
 #include "base/CStream.h"
+#include "base/Paths.h"
 #include "base/SafeFile.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
 
 bool CHWCtrlGroup::hasCC(int cc) const {
@@ -12,6 +14,32 @@ bool CHWCtrlGroup::hasCC(int cc) const {
 
 CHWCtrl* CHWCtrlGroup::getCtrl(int i) {
     return i >= 0 && i < numCtrls() ? &ctrls[size_t(i)] : nullptr;
+}
+
+int CHWCtrl::valueByte() const {
+    return sysex.offset > 0 && sysex.offset < sysex.size() - 1 ? sysex.offset : -1;
+}
+
+SurfaceImage loadTexture(const CStr& path) {
+    constexpr int64_t mostBytes = 16 << 20;
+    constexpr std::array<unsigned char, 8> signature = {0x89, 'P',  'N',  'G',
+                                                        '\r', '\n', 0x1A, '\n'};
+    constexpr int sizeAt = 16; // in the first record of the file
+    CFileStream stream(path, 0);
+    if (!stream.isOpen() || stream.getSize() <= sizeAt + 8 || stream.getSize() > mostBytes)
+        return {};
+    SurfaceImage image;
+    image.png.resize(size_t(stream.getSize()));
+    const int read = stream.read(image.png.data(), int(image.png.size()));
+    if (read != int(image.png.size()) ||
+        !std::equal(signature.begin(), signature.end(), image.png.begin()))
+        return {};
+    image.name = extractFileName(path).asChar();
+    image.mode = 1;
+    stream.setPos(sizeAt);
+    image.width = stream.readIntSwap();
+    image.height = stream.readIntSwap();
+    return image;
 }
 
 CHWCtrl* CHWCtrlGroup::addCtrl(const CStr& ctrlName, int cc) {
@@ -72,7 +100,8 @@ private:
                                                           {"map-list-items", &Reader::items},
                                                           {"map-pos", &Reader::place},
                                                           {"map-sx-offset", &Reader::presetOffset},
-                                                          {"map-sx-datasize", &Reader::presetSize}};
+                                                          {"map-sx-datasize", &Reader::presetSize},
+                                                          {"map-takeover", &Reader::takeOver}};
         const auto known = steps.find(id);
         if (known != steps.end()) (this->*known->second)(end);
     }
@@ -199,6 +228,12 @@ private:
             map->sxDataSize = std::clamp(number(end), 0, CSysexData::mostBytes);
     }
 
+    void takeOver(int64_t end) {
+        const int mode = number(end);
+        CControlMap* map = mapNow();
+        if (map && mode >= 0 && mode < mapModes) map->takeOver = mode;
+    }
+
     SurfaceDef& def;
     CStream* stream;
     int parts = 0;
@@ -272,6 +307,7 @@ private:
         stream->writeInt(map.top);
         number("map-sx-offset", map.sxOffset);
         number("map-sx-datasize", map.sxDataSize);
+        if (map.takeOver != mapJump) number("map-takeover", map.takeOver);
     }
     void items(const CControlMap& map) {
         int bytes = headBytes;

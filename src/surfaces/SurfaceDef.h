@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/TakeOver.h"
 #include "surfaces/CSysexData.h"
 
 #include <memory>
@@ -34,16 +35,24 @@ struct SurfaceImage {
     int mode = 0, width = 0, height = 0;
     std::vector<unsigned char> png;
 };
+/// Reads a file ".png" as a picture; an empty one when it is none, or too large.
+SurfaceImage loadTexture(const CStr& path);
 
 /// One knob, fader or button of a device.
 struct CHWCtrl {
     CStr name;
-    int cc = 0;
-    CSysexData sysex;
+    int cc = 0;       ///< what it sends (engine/ControlSource.h), 0 to 127 of controllers
+    CSysexData sysex; ///< that it sends in place of `cc`; `offset` is that of the value
     std::string sysexText;
-    int mode = surfaceParam; ///< that of the map which served it last; not in files
-    int val = 0;             ///< that the device has, 0 to 127; not in files
+
+    // What it does at present; not in files.
+    int mode = surfaceParam; ///< of the map which served it last
+    int val = 0;             ///< that the device has, 0 to 127
     int touched = 0;         ///< when it was moved last, as `asTimeInMS`
+    TakeOver way;            ///< of the parameter; it waits to be picked up as that tells
+
+    /// The byte of `sysex` that is the value; -1 none.
+    int valueByte() const;
 };
 
 /// Knobs that belong together, such as a row of faders.
@@ -70,6 +79,8 @@ struct CControlMap {
     int left = 0, top = 0;
     int sxOffset = -1; ///< byte in the preset; -1 none
     int sxDataSize = 0;
+    int takeOver = mapJump; ///< MapMode, of a parameter
+    CStr text;              ///< of the preset, as it was read last; not in files
 };
 
 struct CControlSectionPage {

@@ -41,11 +41,20 @@ SurfacesRoom::SurfacesRoom(Workspace& space, EditorTable& editors, std::function
     surface.target = [host, front](int index) { return surfaceParamOf(host, front(), index); };
     surface.stepTrack = [host](int by) { stepSelectedTrack(host, by); };
     surface.open(iniReadString(section, surfaceKey, ""));
+    surface.sysexOut = [this, host](const MidiBytes& bytes) {
+        return surface.feedback >= 0 && host->aam &&
+               host->aam->sendExclusive(surface.feedback, bytes);
+    };
+    host->deviceMidi->onExclusive = [this](int, std::span<const unsigned char> bytes) {
+        surface.handleSysex(bytes);
+    };
     feedbackName = iniReadString(section, "surfaceout", "");
     openOsc();
 }
 
-SurfacesRoom::~SurfacesRoom() = default;
+SurfacesRoom::~SurfacesRoom() {
+    workspace.host()->deviceMidi->onExclusive = nullptr;
+}
 
 bool SurfacesRoom::openFile(const CStr& path) {
     if (!sameText(extractFileExt(path), ".qcs") || !surface.open(path)) return false;

@@ -30,8 +30,10 @@ public:
         int64_t frame;
         int data;
     };
-    std::atomic<int> toSend{0}; ///< messages
-    std::vector<Heard> heard;   ///< read while it is off
+    std::atomic<int> toSend{0};      ///< messages
+    std::atomic<bool> places{false}; ///< sends a whole moment, once: 00:00:03:05
+    std::atomic<int> placed{-1};     ///< frame that a whole moment told last, of hour 1
+    std::vector<Heard> heard;        ///< read while it is off
 
     Machine() : client(jack_client_open("machine", JackNoStartServer, nullptr)) {
         out = jack_port_register(client, "out", JACK_DEFAULT_MIDI_TYPE, JackPortIsOutput, 0);
@@ -62,8 +64,17 @@ private:
         for (uint32_t i = 0; jack_midi_event_get(&event, events, i) == 0; ++i)
             if (event.size == 2 && event.buffer[0] == timeCode)
                 heard.push_back({at + event.time, event.buffer[1]});
+        for (uint32_t i = 0; jack_midi_event_get(&event, events, i) == 0; ++i) {
+            TimeCode code;
+            if (readFullFrame({event.buffer, event.size}, code) && code.hours == 1)
+                placed = int(code.frame() - 3600 * int64_t(fps));
+        }
         events = jack_port_get_buffer(out, n);
         jack_midi_clear_buffer(events);
+        if (places.exchange(false)) {
+            const FullFrame whole = fullFrame({0, 0, 3, 5, CodeRate::fps25});
+            jack_midi_event_write(events, 0, whole.data(), whole.size());
+        }
         if (sent == 0) next = at;
         for (; sent < toSend && next < at + n; sent++) {
             const int moment = firstFrame + sent / 8 * 2, piece = sent % 8;
@@ -214,4 +225,25 @@ TEST_F(TimeCodeSync, TellsAnotherMachineWhereTheSongIs) {
         const int frame = int(i / 4);
         ASSERT_EQ(code, (TimeCode{1, frame / 1500, frame / 25 % 60, frame % 25, CodeRate::fps25}));
     }
+}
+
+/// While they stand, one places the other by whole moments.
+TEST_F(TimeCodeSync, PlacesAreTold) {
+    song.host.sync = 1;
+    song.host.deviceMidi->codeIn.device = 0;
+    song.host.deviceMidi->codeOut.device = 0;
+    song.host.deviceMidi->codeOut.startHour = 1;
+    open();
+    machine->places = true;
+    EXPECT_TRUE(comes([&] {
+        song.host.idle();
+        return std::fabs(secondsOf(song.seq->getPos()) - 3.2) < 0.5 / rate && machine->placed == 80;
+    }));
+    song.host.setPos(changeTick);
+    EXPECT_TRUE(comes([&] {
+        song.host.idle();
+        return machine->placed == 50;
+    }));
+    EXPECT_EQ(song.host.playing, 0);
+    bridge->audioClose();
 }
