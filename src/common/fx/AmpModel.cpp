@@ -1,6 +1,7 @@
 #include "common/fx/AmpModel.h"
 
 #include "base/Numbers.h"
+#include "common/Silence.h"
 #include "common/fx/amp/AmpKnobs.h"
 #include "common/fx/amp/Oversampler.h"
 
@@ -39,16 +40,21 @@ public:
     void setRate(double hz);
     void clear();
     void process(const float* const* in, float* const* out, int channels, int frames);
+    bool rests() const { return quiet && knobs.still(); }
 
 private:
+    void pass(float* const* out, int channels, int frames);
     void read(const float* const* in, int channels, int at, int count, Sides* x);
     void amplify(Sides* x, int count);
     void runTone(Sides* x, int count);
     void runPower(Sides* x, int count);
     void settle();
 
+    bool isQuiet() const;
+
     const AmpVoicing& voicing;
-    int inPiece = 0; ///< frames since the piece began
+    int inPiece = 0;    ///< frames since the piece began
+    bool quiet = false; ///< nothing was left of the past when the last one ended
     Highs input, shelf;
     Oversampler oversampler;
     GainStage stages[AmpVoicing::maxStages];
@@ -69,6 +75,7 @@ void Amp::setRate(double hz) {
 
 void Amp::clear() {
     inPiece = 0;
+    quiet = false;
     knobs.jump();
     input.low = shelf.low = Sides{};
     oversampler.clear();
@@ -78,6 +85,8 @@ void Amp::clear() {
 }
 
 void Amp::process(const float* const* in, float* const* out, int channels, int frames) {
+    if (rests() && isSilent(in[0], in[channels - 1], frames)) return pass(out, channels, frames);
+    quiet = false;
     for (int at = 0; at < frames;) {
         if (inPiece == 0) knobs.startPiece();
         const int count = std::min(piece - inPiece, frames - at);
@@ -97,6 +106,11 @@ void Amp::process(const float* const* in, float* const* out, int channels, int f
     }
 }
 
+void Amp::pass(float* const* out, int channels, int frames) {
+    for (int c = 0; c < channels; c++) std::fill_n(out[c], frames, 0.0f);
+    inPiece = (inPiece + frames) % piece;
+}
+
 /// At the end of a piece: what has died away goes.
 void Amp::settle() {
     cutTiny(input.low);
@@ -104,6 +118,13 @@ void Amp::settle() {
     for (int i = 0; i < voicing.stages; i++) stages[i].settle();
     tone.settle();
     cabinet.settle();
+    quiet = isQuiet();
+}
+
+bool Amp::isQuiet() const {
+    const auto dead = [](const GainStage& s) { return s.quiet(); };
+    return allZero(input.low, shelf.low) && tone.quiet() && cabinet.quiet() &&
+           std::all_of(stages, stages + voicing.stages, dead) && oversampler.quiet();
 }
 
 double tame(float x) {
@@ -163,6 +184,10 @@ void Overloud_destroy(void* amp) {
 
 void Overloud_process(void* amp, const float** in, float** out, int channels, int frames) {
     if (amp && (channels == 1 || channels == 2)) asAmp(amp)->process(in, out, channels, frames);
+}
+
+bool Overloud_rests(const void* amp) {
+    return amp && static_cast<const Amp*>(amp)->rests();
 }
 
 void Overloud_setfrequency(void* amp, float hz) {

@@ -32,5 +32,7 @@ void Overloud_setfrequency(void* amp, float hz);
 void Overloud_setparameter(void* amp, int index, float value);
 /// 0 for an index that the type lacks.
 float Overloud_getparameter(void* amp, int index);
+/// Whether nothing is left of the past and no parameter on its way: silence stays silence.
+bool Overloud_rests(const void* amp);
 /// Forgets the past; parameters stay and hold at once.
 void Overloud_reset(void* amp);

@@ -2,6 +2,7 @@
 
 #include "base/Clones.h"
 #include "base/Numbers.h"
+#include "common/Silence.h"
 #include "common/fx/EchoLine.h"
 #include "common/fx/Sweep.h"
 
@@ -78,6 +79,7 @@ void CChorus::takeRoom() {
 void CChorus::clear() {
     phasePos = 0.0;
     writeL = writeR = 0;
+    silentL = silentR = bufferFrames;
     for (EchoLine* line : {lineL.load(), lineR.load()})
         if (line) line->clear();
 }
@@ -98,7 +100,12 @@ struct CChorus::Block {
     double nominal, range; ///< frames
     float feedback, dry, wet;
     int most; ///< frames at a time that read only what was written before
+    int reach() const { return int(nominal + range) + 2; } ///< frames back that it reads
 };
+
+bool CChorus::rests() const {
+    return std::min(silentL, silentR) >= prepare().reach();
+}
 
 CChorus::Block CChorus::prepare() const {
     Block b{};
@@ -118,22 +125,30 @@ void CChorus::process(float* inL, float* inR, float* outL, float* outR, long fra
     EchoLine *left = lineL.loadAcquire(), *right = lineR.loadAcquire();
     if (!left || !right) return;
     const Block block = prepare();
+    const Side sideL{*left, writeL, silentL}, sideR{*right, writeR, silentR};
+    const bool silent = rests() && isSilent(inL, inR, frames);
     for (long done = 0; done < frames;) {
         // Places count from the start of the line, so a piece ends where it does.
         const int room = std::min(block.most, bufferFrames - std::max(writeL, writeR));
         const int count = int(std::min<long>(room, frames - done));
         double places[piece];
         phasePos = lfoPlaces(phasePos, block.sweep.step, count, places);
-        runSide(block, *left, writeL, places, 0.0, inL + done, outL + done, count);
-        runSide(block, *right, writeR, places, block.sweep.offset, inR + done, outR + done, count);
+        if (silent) {
+            passSide(sideL, outL + done, count);
+            passSide(sideR, outR + done, count);
+        } else {
+            runSide(block, sideL, places, 0.0, inL + done, outL + done, count);
+            runSide(block, sideR, places, block.sweep.offset, inR + done, outR + done, count);
+        }
         done += count;
         if (phasePos >= lfoFar) phasePos = std::fmod(phasePos, double(lfoTableSize));
     }
     if (settles) phasePos = std::fmod(phasePos, double(lfoTableSize));
 }
 
-void CChorus::runSide(const Block& b, EchoLine& line, int& write, const double* places,
-                      double offset, const float* in, float* out, int count) {
+void CChorus::runSide(const Block& b, const Side& side, const double* places, double offset,
+                      const float* in, float* out, int count) {
+    const auto& [line, write, silent] = side;
     int index[piece];
     float dryIn[piece], swing[piece], fraction[piece], y[piece], fed[piece];
     std::copy_n(in, count, dryIn);
@@ -145,4 +160,14 @@ void CChorus::runSide(const Block& b, EchoLine& line, int& write, const double* 
     std::copy_n(fed, count, line.data() + write);
     line.wroteTo(write + count);
     write = (write + count) & mask;
+    silent = isSilent(fed, count) ? std::min(silent + count, bufferFrames) : 0;
+}
+
+void CChorus::passSide(const Side& side, float* out, int count) {
+    const auto& [line, write, silent] = side;
+    std::fill_n(line.data() + write, count, 0.0f);
+    std::fill_n(out, count, 0.0f);
+    line.wroteTo(write + count);
+    write = (write + count) & mask;
+    silent = std::min(silent + count, bufferFrames);
 }

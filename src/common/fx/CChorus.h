@@ -32,6 +32,7 @@ public:
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
     void start() override;
+    bool rests() const override;
 
     void setFrequency(ToStore<float> hz) { store(frequency, hz, 0.0f, 100.0f); }
     void setDelay(ToStore<float> ms) { store(delay, ms, 1.0f, 300.0f); }
@@ -54,7 +55,16 @@ public:
 
 private:
     struct Block;
+    /// One of its lines and where it is written.
+    struct Side {
+        EchoLine& line;
+        int& write;
+        int& silent;
+    };
     Block prepare() const;
-    void runSide(const Block& block, EchoLine& line, int& write, const double* places,
-                 double offset, const float* in, float* out, int count);
+    void runSide(const Block& block, const Side& side, const double* places, double offset,
+                 const float* in, float* out, int count);
+    static void passSide(const Side& side, float* out, int count);
+
+    int silentL = bufferFrames, silentR = bufferFrames; ///< zeros that were written last, at least
 };

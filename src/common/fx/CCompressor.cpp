@@ -1,6 +1,7 @@
 #include "common/fx/CCompressor.h"
 
 #include "base/Numbers.h"
+#include "common/Silence.h"
 
 #include <algorithm>
 
@@ -37,6 +38,13 @@ void CCompressor::takeSettings() {
 
 void CCompressor::process(float* inL, float* inR, float* outL, float* outR, long frames) {
     takeSettings();
-    unit.process(inL, inR, key.leftOr(inL), key.rightOr(inR), outL, outR, frames);
+    const float *keyL = key.leftOr(inL), *keyR = key.rightOr(inR);
+    if (rests() && isSilent(inL, inR, frames) && isSilent(keyL, keyR, frames)) {
+        std::fill_n(outL, frames, 0.0f);
+        std::fill_n(outR, frames, 0.0f);
+    } else {
+        unit.process(inL, inR, keyL, keyR, outL, outR, frames);
+        if (settles) unit.settle();
+    }
     reduction = float(std::max(unit.envdB * (1.0 - unit.getRatio()), 0.0));
 }

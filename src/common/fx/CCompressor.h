@@ -23,6 +23,7 @@ public:
     void setRate(float hz) override;
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
+    bool rests() const override { return unit.quiet(); } ///< if the key is silent, too
 
     void setThreshold(ToStore<float> dB) { store(threshold, dB, -100.0f, 0.0f); }
     void setRatio(ToStore<float> inverse) { store(ratio, inverse, 0.05f, 1.0f); }

@@ -58,6 +58,9 @@ public:
     /// The song starts: what runs by itself begins as after `clear`, unless the effect sounds.
     /// Holder of the graph only.
     virtual void start();
+    /// Whether silence leaves it as it is, but for what runs by itself, and silence comes out: a
+    /// block of it costs next to nothing then. Holder of the graph only.
+    virtual bool rests() const { return false; }
     /// Frames by which the output is late.
     virtual int latency() const { return 0; }
 

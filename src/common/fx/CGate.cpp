@@ -1,6 +1,7 @@
 #include "common/fx/CGate.h"
 
 #include "base/Numbers.h"
+#include "common/Silence.h"
 
 #include <algorithm>
 #include <cmath>
@@ -30,6 +31,10 @@ void CGate::clear() {
     gain = 1.0f;
 }
 
+bool CGate::rests() const {
+    return now == 0.0 && openLeft == 0 && threshold > lowest;
+}
+
 void CGate::process(float* inL, float* inR, float* outL, float* outR, long frames) {
     const float level = gainOf(fLimit(threshold, lowest, 0.0f));
     const float floor = gainOf(fLimit(range, lowest, 0.0f));
@@ -37,6 +42,11 @@ void CGate::process(float* inL, float* inR, float* outL, float* outR, long frame
     const double fall = poleOf(fLimit(release, shortest, longestTime), rate);
     const long held = lround(double(fLimit(hold, 0.0f, longestTime)) * 0.001 * double(rate));
     const float *left = key.leftOr(inL), *right = key.rightOr(inR);
+    if (rests() && isSilent(inL, inR, frames) && isSilent(left, right, frames)) {
+        std::fill_n(outL, frames, 0.0f);
+        std::fill_n(outR, frames, 0.0f);
+        frames = 0;
+    }
     for (long i = 0; i < frames; ++i) {
         const bool over = std::max(std::fabs(left[i]), std::fabs(right[i])) >= level;
         if (over) openLeft = held + 1;

@@ -27,6 +27,7 @@ public:
 
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
+    bool rests() const override; ///< if the key is silent, too
 
     void setThreshold(ToStore<float> dB) { store(threshold, dB, lowest, 0.0f); }
     void setAttack(ToStore<float> ms) { store(attack, ms, shortest, longestAttack); }

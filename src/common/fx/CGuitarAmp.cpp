@@ -68,6 +68,10 @@ void CGuitarAmp::process(float* inL, float* inR, float* outL, float* outR, long 
     quiet = quiet && isQuiet(outL, frames) && isQuiet(outR, frames);
 }
 
+bool CGuitarAmp::rests() const {
+    return fadeLeft == 0 && playing >= 0 && playing == channel && Overloud_rests(amps[playing]);
+}
+
 void CGuitarAmp::start() {
     if (quiet) clear();
 }

@@ -23,6 +23,7 @@ public:
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
     void start() override;
+    bool rests() const override;
     int latency() const override { return ampLatency; }
 
     void setChannel(ToStore<int> value) { store(channel, value, 0, ampTypes - 1); }

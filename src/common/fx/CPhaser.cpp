@@ -2,6 +2,7 @@
 
 #include "base/Clones.h"
 #include "base/Numbers.h"
+#include "common/Silence.h"
 #include "common/fx/Sweep.h"
 
 #include <algorithm>
@@ -87,10 +88,12 @@ void CPhaser::clear() {
     std::fill_n(zR, maxStages, 0.0f);
 }
 
+bool CPhaser::rests() const {
+    return lastL == 0.0f && lastR == 0.0f && isSilent(zL, zR, maxStages);
+}
+
 void CPhaser::start() {
-    const auto quiet = [](float v) { return v == 0.0f; };
-    if (std::all_of(zL, zL + maxStages, quiet) && std::all_of(zR, zR + maxStages, quiet))
-        phasePos = 0.0;
+    if (isSilent(zL, zR, maxStages)) phasePos = 0.0;
 }
 
 /// The place in the wave goes back where what follows is the same in any blocks, too.
@@ -111,11 +114,14 @@ void CPhaser::process(float* inL, float* inR, float* outL, float* outR, long fra
     const float fed = feedback * feedbackScale, dryGain = dry, wetGain = wet;
     const Runner run = runners[asMinMax(stages, 1, maxStages) - 1];
 
+    const bool silent = rests() && isSilent(inL, inR, frames);
     double places[piece + 1];
     float aL[piece], aR[piece], left[piece], right[piece];
     for (long done = 0; done < frames; done += piece) {
         const int count = int(std::min<long>(piece, frames - done));
         places[count] = phasePos = lfoPlaces(phasePos, sweep.step, count, places);
+        if (phasePos >= lfoFar) phasePos = std::fmod(phasePos, double(lfoTableSize));
+        if (silent) continue;
         findCoefficients(wave, places, 0.0, low, high, count, aL);
         findCoefficients(wave, places + 1, sweep.offset, low, high, count, aR);
         std::copy_n(inL + done, count, left);
@@ -125,7 +131,10 @@ void CPhaser::process(float* inL, float* inR, float* outL, float* outR, long fra
             outL[done + i] = inL[done + i] * dryGain + wetGain * left[i];
             outR[done + i] = inR[done + i] * dryGain + wetGain * right[i];
         }
-        if (phasePos >= lfoFar) phasePos = std::fmod(phasePos, double(lfoTableSize));
+    }
+    if (silent) {
+        std::fill_n(outL, frames, 0.0f);
+        std::fill_n(outR, frames, 0.0f);
     }
     if (settles) settle();
 }

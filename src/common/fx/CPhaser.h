@@ -25,6 +25,7 @@ public:
     void process(float* inL, float* inR, float* outL, float* outR, long frames) override;
     void clear() override;
     void start() override;
+    bool rests() const override;
 
     void setFrequency(ToStore<float> hz) { store(frequency, hz, 0.0f, 100.0f); }
     void setPhase(ToStore<float> degrees) { store(phase, degrees, 0.0f, 180.0f); }

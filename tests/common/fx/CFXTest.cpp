@@ -5,6 +5,7 @@
 #include "common/fx/CDelay.h"
 #include "common/fx/CEQ.h"
 #include "common/fx/CFilterFX.h"
+#include "common/fx/CGate.h"
 #include "common/fx/CGuitarAmp.h"
 #include "common/fx/CPhaser.h"
 #include "common/fx/CReverb.h"
@@ -157,4 +158,32 @@ TEST(CFX, SettersClampAndIgnoreNaN) {
     EXPECT_EQ(reverb.getRevTime(), 1000);
     reverb.setRevTimeOld(4700);
     EXPECT_EQ(reverb.getRevTime(), 4000);
+}
+
+/// Once it rests, a sound meets it as if it had gone on working at the silence between, which a
+/// twin has to: a speck that nobody hears keeps it awake.
+TEST(CFX, RestsInSilenceUntilItSounds) {
+    constexpr int block = 333, most = 20 * 44100 / block;
+    for (const auto create :
+         {make<CChorus>, make<CPhaser>, make<CCompressor>, make<CGate>, make<CGuitarAmp>}) {
+        const auto rested = create(), awake = create();
+        const std::string name = rested->id.asChar();
+        for (CFX* fx : {rested.get(), awake.get()}) {
+            Stereo sound = fxSignal(3000);
+            runFx(*fx, sound, sound, block);
+            EXPECT_FALSE(fx->rests()) << name;
+        }
+        for (int i = 0; i < most && !(rested->rests() && i > most / 10); i++) {
+            Stereo silence(block), speck(block);
+            speck.left[block / 2] = speck.right[block / 2] = 1e-18f;
+            runFx(*rested, silence, silence, block);
+            runFx(*awake, speck, speck, block);
+        }
+        EXPECT_TRUE(rested->rests()) << name;
+        Stereo out = fxSignal(3000, 7), wanted = out;
+        runFx(*rested, out, out, block);
+        runFx(*awake, wanted, wanted, block);
+        expectNear(out, wanted, 1e-6, name);
+        EXPECT_FALSE(rested->rests()) << name;
+    }
 }

@@ -52,6 +52,13 @@ bool AmpKnobs::turn() {
     return moved;
 }
 
+bool AmpKnobs::still() const {
+    if (!started || moving) return false;
+    for (int k = 0; k < ampKnobs; k++)
+        if (double(targets[k]) != knobs[k]) return false;
+    return true;
+}
+
 AmpSettings AmpKnobs::work() const {
     const AmpVoicing& v = voicing;
     return {v.driveLow * std::pow(v.driveHigh / v.driveLow, knobs[knobDrive]),

@@ -27,6 +27,7 @@ public:
     void jump() { started = false; }
     /// Audio thread, at the start of a piece.
     void startPiece();
+    bool still() const; ///< nothing is on its way
 
     AmpSettings start, step; ///< before this piece, and what each of its frames adds
 

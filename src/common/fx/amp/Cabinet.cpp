@@ -50,6 +50,10 @@ void Cabinet::process(Sides* x, int frames) {
     }
 }
 
+bool Cabinet::quiet() const {
+    return std::all_of(rows, rows + sections, [](const Section& s) { return allZero(s.s1, s.s2); });
+}
+
 void Cabinet::settle() {
     for (Section& s : rows) cutTiny(s.s1, s.s2);
 }

@@ -25,6 +25,7 @@ public:
     /// In place.
     void process(Sides* x, int frames);
     void settle(); ///< what has died away becomes 0
+    bool quiet() const;
 
     struct Section {
         double b0, b1, b2, a1, a2;

@@ -58,6 +58,10 @@ void GainStage::process(Floats8* x, int groups) {
     amplify(run, x, groups);
 }
 
+bool GainStage::quiet() const {
+    return allZero(run.lastHigh, run.lastLow, run.input - run.bias);
+}
+
 void GainStage::settle() {
     cutTiny(run.lastHigh);
     cutTiny(run.lastLow);

@@ -47,7 +47,8 @@ public:
     void clear();
     /// In place, groups of four samples a side.
     void process(Floats8* x, int groups);
-    void settle(); ///< what has died away becomes 0
+    void settle();      ///< what has died away becomes 0
+    bool quiet() const; ///< silence leaves it as it is, and comes out
 
     struct Run {
         OnePole high, low; ///< the corners `highHz` and `lowHz`

@@ -31,6 +31,17 @@ using Floats8 = float __attribute__((vector_size(32)));
 /// Below this a state that rings out is cut to 0, far from where numbers become slow.
 constexpr double stateFloor = 1e-20;
 
+/// Whether all that the vectors hold is 0.
+template <class... Vector>
+inline bool allZero(const Vector&... states) {
+    const auto zero = [](const auto& v) {
+        for (int i = 0; i < int(sizeof v / sizeof v[0]); i++)
+            if (v[i] != 0) return false;
+        return true;
+    };
+    return (zero(states) && ...);
+}
+
 /// The states of one filter, side by side: none goes before the others have died away too.
 template <class... Vector>
 inline void cutTiny(Vector&... states) {

@@ -109,6 +109,12 @@ void Oversampler::clear() {
     for (Floats8& v : over) v = Floats8{};
 }
 
+bool Oversampler::quiet() const {
+    const auto zero = [](const Floats8& v) { return allZero(v); };
+    return std::all_of(base, base + span - 1, zero) &&
+           std::all_of(over, over + (span - 1) * groups, zero);
+}
+
 void Oversampler::up(const Sides* in, int frames, Floats8* out) {
     for (int i = 0; i < frames; i++) {
         const float l = float(in[i][0]), r = float(in[i][1]);

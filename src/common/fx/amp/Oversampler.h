@@ -19,6 +19,7 @@ public:
     void setFactor(int factor);
     void clear();
     int getGroups() const { return groups; }
+    bool quiet() const; ///< all that it remembers is silence
 
     /// `groups` outputs per frame, in order of time.
     void up(const Sides* in, int frames, Floats8* out);

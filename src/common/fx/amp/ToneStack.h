@@ -29,6 +29,7 @@ public:
     void process(Sides* x, int frames, const ToneStackCoeffs& start, const ToneStackCoeffs& step,
                  int first);
     void settle(); ///< what has died away becomes 0
+    bool quiet() const { return allZero(s1, s2, s3); }
 
 private:
     Sides s1 = {}, s2 = {}, s3 = {};

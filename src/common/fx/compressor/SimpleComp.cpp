@@ -133,6 +133,15 @@ void SimpleCompRms::initRuntime() {
     envSq = dcOffset;
 }
 
+void SimpleCompRms::settle() {
+    constexpr double nothing = 1e-6, silence = 1e-12; // dB, and a square of a sample
+    if (envdB < nothing && envSq < silence) initRuntime();
+}
+
+bool SimpleCompRms::quiet() const {
+    return envdB == dcOffset && envSq == dcOffset;
+}
+
 void SimpleCompRms::setWindow(double ms) {
     rms.setTc(ms);
 }

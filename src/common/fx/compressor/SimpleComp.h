@@ -84,6 +84,9 @@ public:
     void process(const float* inL, const float* inR, const float* keyL, const float* keyR,
                  float* outL, float* outR, long frames);
 
+    void settle();      ///< what has died away is as if it had never been
+    bool quiet() const; ///< a silent key leaves it as it is
+
     static constexpr double limitWindow = 0.001; ///< ms
 
 private:
