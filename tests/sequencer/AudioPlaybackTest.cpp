@@ -365,6 +365,18 @@ TEST(AudioPlayback, DrumsPlayChokeMuteAndStandAlone) {
     }
 }
 
+/// A hit ends the one before it in its choke group where it begins, and not where its block does.
+TEST(AudioPlayback, HitsChokeAtTheirFrame) {
+    const auto played = [](int block) {
+        DrumFixture f;
+        CPart* part = f.beat(0, 4);
+        for (const auto& [tick, sound] : {std::pair{301, 3}, {310, 4}, {760, 4}})
+            part->addEvent(tick, f.hit(sound));
+        return f.play(20 * 1024, block);
+    };
+    EXPECT_EQ(played(64), played(1024));
+}
+
 /// What a drum sends to a bus goes by the square of the send and by the track's fader.
 TEST(AudioPlayback, DrumsFeedTheBuses) {
     DrumFixture f;

@@ -115,16 +115,25 @@ CQV* AudioVoices::host() const {
     return songTrack->track->host;
 }
 
-/// A free slot; for a choke group the one that it holds, else the last free one.
+/// A free slot; for a choke group the last one, or that which it holds.
 AudioVoice* AudioVoices::findSlot(unsigned char group) {
     AudioVoice* found = nullptr;
     for (AudioVoice& v : voices) {
-        if (group && v.active && v.group == group) return &v;
         if (v.active || v.spent) continue;
         found = &v;
         if (!group) break;
     }
-    return found;
+    return found ? found : findHeld(group);
+}
+
+/// The voice that the next hit of a choke group is to end.
+AudioVoice* AudioVoices::findHeld(unsigned char group) {
+    const auto held = [group](const AudioVoice& v) {
+        return v.active && v.group == group && v.choked < 0;
+    };
+    AudioVoice* const end = voices + count;
+    AudioVoice* const found = group ? std::find_if(voices, end, held) : end;
+    return found != end ? found : nullptr;
 }
 
 void AudioVoices::beginStride() {
@@ -150,6 +159,7 @@ AudioVoice* AudioVoices::add(const VoiceStart& s) {
     if (!place(fresh, s)) return nullptr;
     AudioVoice* v = findSlot(s.group);
     if (!v) return nullptr;
+    if (AudioVoice* held = findHeld(s.group)) held->choked = std::max(s.delay, 0);
     release(*v);
     *v = fresh;
     begin(*v, s);
@@ -409,14 +419,16 @@ int AudioVoices::playTail(AudioVoice& v, int left, int at) {
 void AudioVoices::renderDrum(AudioVoice& v, int frames, int offset, int ahead) {
     const int wait = std::min(v.delay, frames);
     v.delay -= wait;
-    if (wait == frames) return;
+    const int end = v.choked < 0 ? frames : std::min(frames, v.choked);
+    if (v.choked >= 0 && (v.choked -= end) == 0 && end <= wait) return release(v);
+    if (wait >= end) return;
     CVoice& drum = drums[&v - voices];
     if (host()->clock->begins() && wait == 0) cutVoice(&drum);
-    v.sound->ahead = ahead;
+    v.sound->ahead = ahead + frames - end;
     const COutputChannel* strip = v.sound->output.get();
     float* toL = strip->bufL + offset + wait;
     float* toR = strip->bufR + offset + wait;
-    const int n = frames - wait;
+    const int n = end - wait;
     if (v.fadeOutLen == 0) {
         v.sound->process(toL, toR, &drum, n);
     } else {
@@ -433,7 +445,7 @@ void AudioVoices::renderDrum(AudioVoice& v, int frames, int offset, int ahead) {
         }
     }
     const bool stopped = v.fadeOutLen > 0 && v.fadeOutPos >= v.fadeOutLen;
-    if (stopped || drum.state == CVoice::free) release(v);
+    if (stopped || v.choked == 0 || drum.state == CVoice::free) release(v);
 }
 
 void clearDrumStrips(CTrack* track, int frames) {

@@ -79,6 +79,7 @@ struct AudioVoice {
     bool orphan = false; ///< during a rebuild: no event has claimed it yet
     float lastLeft = 0.0f, lastRight = 0.0f; ///< the frame that runs out
     unsigned char group = 0;
+    int choked = -1; ///< frames until another hit of its group ends it, from the coming block on
     CSample* sample = nullptr;
     CPart* part = nullptr;
     CAudioEvent* event = nullptr; ///< null once it was edited: what was read last stays
@@ -142,6 +143,7 @@ private:
 
     CQV* host() const;
     AudioVoice* findSlot(unsigned char group);
+    AudioVoice* findHeld(unsigned char group);
     bool place(AudioVoice& v, const VoiceStart& start) const;
     double sourceFramesInto(const VoiceStart& start, double pitch) const;
     void begin(AudioVoice& v, const VoiceStart& start);
