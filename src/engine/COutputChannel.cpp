@@ -1,6 +1,7 @@
 #include "engine/COutputChannel.h"
 
 #include "base/Numbers.h"
+#include "common/Silence.h"
 #include "common/fx/CEQ.h"
 #include "engine/CComp.h"
 #include "engine/CQV.h"
@@ -215,7 +216,8 @@ void COutputChannel::equalise(int frames) {
         if (band->runs) bands[count++] = band;
     }
     if (count > 0) {
-        runBands(bands, count, bufL, bufR, frames);
+        if (!bandsRest(bands, count) || !isSilent(bufL, bufR, frames))
+            runBands(bands, count, bufL, bufR, frames);
         if (clock.ends(from + frames)) settleBands(bands, count);
     }
     if (StripMeters* to = measured()) to->takeEqualised(bufL, bufR, frames);

@@ -119,6 +119,11 @@ struct Peaks {
     float left, right;
 };
 
+/// The strip of a component is silent in this block.
+bool stripSilent(const CComp* c, int end) {
+    return c->planned && c->planned->silence >= end;
+}
+
 void mixSegment(COutputChannel* ch, int frames, int offset, bool unscaled, Peaks& peaks) {
     float* left = ch->bufL + offset;
     float* right = ch->bufR + offset;
@@ -152,10 +157,11 @@ void followPower(COutputChannel* ch, int frames, int offset) {
 void mixStrip(CComp* c, COutputChannel* ch, int frames, int offset) {
     followControls(c, ch);
     const bool unscaled = c->host->renderMode == 1 && c->host->renderFreeze;
+    const bool silent = stripSilent(c, offset + frames);
     Peaks peaks{ch->peakL, ch->peakR};
     for (int done = 0; done < frames;) {
         const int n = segmentLength(ch, frames - done);
-        mixSegment(ch, n, offset + done, unscaled, peaks);
+        if (!silent) mixSegment(ch, n, offset + done, unscaled, peaks);
         ch->advanceRamps(n);
         done += n;
     }

@@ -15,16 +15,17 @@ struct SendPiece {
     const COutputChannel* ch;
     CInputChannel* to;
     int frames, offset;
+    bool silent; ///< nothing is added
 };
 
 void feedPiece(const SendPiece& p, float level) {
-    if (level == 0.0f) return;
+    if (level == 0.0f || p.silent) return;
     addScaled(p.to->bufL + p.offset, p.ch->bufL + p.offset, p.frames, level * level);
     addScaled(p.to->bufR + p.offset, p.ch->bufR + p.offset, p.frames, level * level);
 }
 
 void fadePiece(const SendPiece& p, float level, PlanFade& gate) {
-    for (int i = 0; i < p.frames; ++i) {
+    for (int i = 0; i < p.frames && !p.silent; ++i) {
         const float amount = level * level * gate.at(i);
         p.to->bufL[p.offset + i] += p.ch->bufL[p.offset + i] * amount;
         p.to->bufR[p.offset + i] += p.ch->bufR[p.offset + i] * amount;
@@ -73,14 +74,15 @@ void SendTap::feed(const PlanNode& from, int index, int bus, CInputChannel* to, 
     if (!ch || index >= int(heard.size())) return;
     const auto& open = heard[size_t(index)];
     CSend* const send = ch->sendLevels[bus];
-    const bool away = send->muted != 0;
-    if (!moved) return feedThrough(send, {ch, to, frames, 0}, send->level, away || !open[0]);
+    const bool away = send->muted != 0, silent = from.silence >= frames;
+    if (!moved)
+        return feedThrough(send, {ch, to, frames, 0, silent}, send->level, away || !open[0]);
     float level = levels[size_t(index) * size_t(buses) + size_t(bus)];
     size_t piece = 0;
     eachStripEvent(
         from.comp, from.stripEvents(), frames,
         [&](int n, int offset) {
-            feedThrough(send, {ch, to, n, offset}, level, away || !open[piece++]);
+            feedThrough(send, {ch, to, n, offset, silent}, level, away || !open[piece++]);
         },
         [&](const StripTarget& strip, const CMIDIBytes* e) {
             if (strip.send == send && e->param == 0) level = fLimit(e->value, 0.0f, 1.0f);

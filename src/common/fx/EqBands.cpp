@@ -196,6 +196,13 @@ void settleBands(EqBand* const* bands, int count) {
     for (int k = 0; k < count; k++) settle(*bands[k]);
 }
 
+bool bandsRest(const EqBand* const* bands, int count) {
+    return std::all_of(bands, bands + count, [](const EqBand* b) {
+        return b->x1L == 0.0 && b->x2L == 0.0 && b->y1L == 0.0 && b->y2L == 0.0 && b->x1R == 0.0 &&
+               b->x2R == 0.0 && b->y1R == 0.0 && b->y2R == 0.0;
+    });
+}
+
 void runBandsInPairs(EqBand* const* bands, int count, float* left, float* right, long frames) {
     PairBand row[maxEqBands];
     for (int k = 0; k < count; k++) row[k].load(*bands[k]);

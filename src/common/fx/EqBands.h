@@ -24,6 +24,8 @@ constexpr int maxEqBands = 4;
 void runBands(EqBand* const* bands, int count, float* left, float* right, long frames);
 /// Forgets outputs below 1e-10, and what is no number: from time to time.
 void settleBands(EqBand* const* bands, int count);
+/// Whether nothing is left of the past in any of them, so that silence stays silence.
+bool bandsRest(const EqBand* const* bands, int count);
 
 /// The form of it for machines without registers of four doubles, the same bits; for tests.
 void runBandsInPairs(EqBand* const* bands, int count, float* left, float* right, long frames);

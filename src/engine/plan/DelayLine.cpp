@@ -1,5 +1,7 @@
 #include "engine/plan/DelayLine.h"
 
+#include "common/Silence.h"
+
 #include <algorithm>
 #include <bit>
 
@@ -11,12 +13,12 @@ void DelayLine::setDelay(int frames, int fadeFrames) {
 
 void DelayLine::skip() {
     fresh = false;
-    filled = 0;
+    filled = zeros = 0;
 }
 
 void DelayLine::clear() {
     fresh = true;
-    filled = fadeLeft = 0;
+    filled = fadeLeft = zeros = 0;
     now = wanted;
 }
 
@@ -25,6 +27,7 @@ void DelayLine::makeRoom(unsigned frames) {
     if (room <= size) return;
     moveTo(room);
     filled = std::min(filled, int(size));
+    if (zeros < int(capacity)) zeros = std::min(zeros, int(size));
     size = room;
 }
 
@@ -98,10 +101,22 @@ void DelayLine::fade(unsigned first, bool silent, float* left, float* right, int
     if (fadeLeft == 0) now = to;
 }
 
-void DelayLine::process(const float* inL, const float* inR, float* outL, float* outR, int frames) {
+bool DelayLine::passSilence(int frames) {
+    makeRoom(unsigned(std::max({now, to, wanted}) + frames));
+    if (zeros < int(size) || fadeLeft > 0 || wanted != now) return false;
+    fresh = false;
+    next += unsigned(frames);
+    filled = std::min(filled + frames, int(size));
+    return true;
+}
+
+bool DelayLine::process(const float* inL, const float* inR, float* outL, float* outR, int frames) {
+    const bool silence = isSilent(inL, inR, frames);
+    if (silence && passSilence(frames)) return false;
     fresh = false;
     makeRoom(unsigned(std::max({now, to, wanted}) + frames));
     store(inL, inR, frames);
+    zeros = silence ? std::min(zeros + frames, int(capacity)) : 0;
     for (int done = 0, n = 0; done < frames; done += n) {
         n = stretch(done, frames);
         const bool silent = filled + done < now;
@@ -116,4 +131,5 @@ void DelayLine::process(const float* inL, const float* inR, float* outL, float* 
     }
     next += unsigned(frames);
     filled = std::min(filled + frames, int(size));
+    return true;
 }

@@ -22,7 +22,10 @@ public:
     bool idle() const { return now == 0 && wanted == 0 && fadeLeft == 0; }
     void skip();
     /// Delays a block, of 65536 frames at most. What comes out may take the place of what goes in.
-    void process(const float* inL, const float* inR, float* outL, float* outR, int frames);
+    /// False: silence went in and comes out, which is not written.
+    bool process(const float* inL, const float* inR, float* outL, float* outR, int frames);
+    /// The same of a block of silence, if silence comes out. Otherwise false, and nothing is done.
+    bool passSilence(int frames);
     /// What came out last.
     float latestLeft() const { return filled > now ? tap(next - 1, now).left : 0.0f; }
     float latestRight() const { return filled > now ? tap(next - 1, now).right : 0.0f; }
@@ -46,12 +49,13 @@ private:
     void fade(unsigned first, bool silent, float* left, float* right, int frames);
 
     const ZeroPages<Frame> ring = makeZeroPages<Frame>(capacity);
-    unsigned size = 1; ///< of the ring that is in use, a power of two
-    unsigned next = 0; ///< number of the frame that comes next
-    int filled = 0;    ///< frames behind it that are there, at most
-    int now = 0;       ///< the tap that is heard
-    int to = 0;        ///< that which it fades to
-    int wanted = 0;    ///< that which it is on the way to
+    unsigned size = 1;         ///< of the ring that is in use, a power of two
+    unsigned next = 0;         ///< number of the frame that comes next
+    int filled = 0;            ///< frames behind it that are there, at most
+    int zeros = int(capacity); ///< frames behind it that are 0, at least
+    int now = 0;               ///< the tap that is heard
+    int to = 0;                ///< that which it fades to
+    int wanted = 0;            ///< that which it is on the way to
     int fadeLeft = 0, fadeLength = 1;
     bool fresh;
 };

@@ -1,6 +1,7 @@
 #include "engine/plan/GraphPlan.h"
 
 #include "base/Numbers.h"
+#include "common/Silence.h"
 #include "engine/CClick.h"
 #include "engine/CQV.h"
 #include "engine/Cycle.h"
@@ -47,6 +48,13 @@ void PlanNode::takeKeys(bool ofInserts, int frames, GraphScratch& scratch) {
         if (!key.outside && (key.insert != nullptr) == ofInserts) key.bring(frames, scratch);
 }
 
+void PlanNode::findSilence(int frames) {
+    const auto silent = [&](const COutputChannel* ch) {
+        return isSilent(ch->bufL, ch->bufR, frames);
+    };
+    silence = std::ranges::all_of(comp->outputs, silent) ? frames : 0;
+}
+
 void PlanNode::fillTaps(int frames) {
     for (const auto& [strip, sound] : taps) {
         std::copy_n(strip->bufL, frames, sound->bufL);
@@ -89,7 +97,7 @@ void GraphPlan::beginFades(int frames) {
 }
 
 void GraphPlan::run(int frames) {
-    if (host->workers->helpWith(*this))
+    if (host->workers->helpWith(*this, frames))
         host->workers->run(*this, frames);
     else if (host->blocks % measuredBlocks == 0)
         runMeasured(frames);
@@ -210,6 +218,7 @@ void GraphPlan::runStep(PlanStep& step, int frames) const {
     if (step.node->ended) return;
     CComp* c = step.node->comp;
     c->planned = step.node;
+    step.node->silence = 0;
     if (step.work & PlanStep::sum)
         for (PlanArrival& sum : step.sums) sum.addTo(nullptr, frames, host->scratch());
     if (step.work & PlanStep::render) {
@@ -234,6 +243,7 @@ void GraphPlan::runStrips(const PlanStep& step, int frames) const {
         node.strips->finish();
     else
         node.comp->fx(frames);
+    if (step.work & PlanStep::strip) node.findSilence(frames);
     node.fillTaps(frames);
     node.comp->mix(frames);
 }

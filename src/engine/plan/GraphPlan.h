@@ -69,6 +69,8 @@ public:
     std::optional<PartWords> words; ///< of one that has them
     bool live = false;              ///< what it plays waits for nothing, as all that it is made of
     bool fromDevice = false;        ///< an in, or something that takes in what comes from one
+    /// Frames of its outputs that are known to be 0: of the block, behind its strips, or none.
+    int silence = 0;
     // In frames, once it has been worked out.
     int latency = 0;     ///< of what arrives
     int offset = 0;      ///< frames from the begin of the block to that of its piece, in a loop
@@ -80,6 +82,7 @@ public:
     CMIDIBytes* stripEvents() const;
     /// Brings the keys of the inserts, or those of the component itself, into the next work.
     void takeKeys(bool ofInserts, int frames, GraphScratch& scratch);
+    void findSilence(int frames);                      ///< of the strips
     void fillTaps(int frames);                         ///< behind the inserts
     void makeSound(int frames, GraphScratch& scratch); ///< of a part, on time with what it takes in
 };

@@ -123,8 +123,11 @@ void GraphWorkers::followPriority() {
     }
 }
 
-bool GraphWorkers::helpWith(const GraphPlan& p) const {
-    return !threads.empty() && p.widest() > 1 && (eager || p.work() > float(lightBlock));
+bool GraphWorkers::helpWith(const GraphPlan& p, int n) const {
+    constexpr float share = 0.02f; // of a device's block: far from late
+    if (threads.empty() || p.widest() < 2) return false;
+    const float light = insideCallback() ? share * 1e9f * float(n) / float(host->rate) : 0.0f;
+    return eager || p.work() > float(lightBlock) + light;
 }
 
 void GraphWorkers::run(GraphPlan& p, int n) {

@@ -27,7 +27,8 @@ struct GraphScratch {
 class GraphWorkers {
 public:
     static constexpr int most = 63;
-    /// Work that is not worth waking a thread for: nanoseconds of a block.
+    /// Work that is not worth waking a thread for: nanoseconds of a block, beside a share of the
+    /// time that it lasts where a device waits for it.
     static constexpr unsigned lightBlock = 80000;
 
     explicit GraphWorkers(CQV* root);
@@ -51,7 +52,7 @@ public:
 
     // Graph holder.
     /// Whether a plan is worth it.
-    bool helpWith(const GraphPlan& plan) const;
+    bool helpWith(const GraphPlan& plan, int frames) const;
     /// Works out the steps of a block of `plan`, together.
     void run(GraphPlan& plan, int frames);
     /// Of the calling thread.

@@ -122,8 +122,7 @@ CInputChannel* InsertRun::delayedDry() const {
     if (line && line->idle()) line->skip();
     if (!line || line->idle()) return in;
     CInputChannel& room = insert->host->scratch().arrival;
-    line->process(src->bufL, src->bufR, room.bufL, room.bufR, frames);
-    return &room;
+    return line->process(src->bufL, src->bufR, room.bufL, room.bufR, frames) ? &room : in;
 }
 
 void InsertRun::end() {

@@ -24,8 +24,10 @@ int ownLatency(CComp* c, bool possible) {
 
 void addLine(DelayLine& line, const float* left, const float* right, CInputChannel* to, int frames,
              PlanFade& fade, CInputChannel& room, bool metered) {
-    line.process(left, right, room.bufL, room.bufR, frames);
-    addStereo(to, room.bufL, room.bufR, frames, fade, metered);
+    if (line.process(left, right, room.bufL, room.bufR, frames))
+        addStereo(to, room.bufL, room.bufR, frames, fade, metered);
+    else
+        fade.advance(frames);
 }
 
 /// The fade of a cable, on its way to where it belongs.
@@ -106,6 +108,10 @@ void PlanArrival::addTo(CInputChannel* to, int frames, GraphScratch& scratch) {
     }
     const bool through = !line || line->idle();
     if (line && through) line->skip();
+    if (isSilent(frames) && (through || line->passSilence(frames))) {
+        if (!from) feed(&scratch.arrival, frames); // which lets its fade go on
+        return share.advance(frames);
+    }
     if (from) {
         const float* left = tap ? tap->bufL : from->fromChannel->bufL;
         const float* right = tap ? tap->bufR : from->fromChannel->bufR;
@@ -126,6 +132,13 @@ void PlanArrival::addTo(CInputChannel* to, int frames, GraphScratch& scratch) {
     if (direct) return;
     if (through) return addStereo(to, room.bufL, room.bufR, frames, share, false);
     addLine(*line, room.bufL, room.bufR, to, frames, share, room, false);
+}
+
+/// Whether it brings silence, as far as that is known.
+bool PlanArrival::isSilent(int frames) const {
+    if (carried || tap || (kind != cable && kind != strips)) return false;
+    const PlanNode* const node = from ? (origin ? origin->node : nullptr) : sender;
+    return node && kept < 0.0f && node->silence >= frames;
 }
 
 void PlanArrival::bring(int frames, GraphScratch& scratch) {

@@ -99,7 +99,8 @@ struct PlanArrival {
     bool hasGone() const; ///< nothing of it is heard any more
     /// What was heard of it at the end of a block.
     std::pair<float, float> lastFrame(int frames, GraphScratch& scratch) const;
-    void bring(int frames, GraphScratch& scratch);  ///< a key, to where it is heard
+    void bring(int frames, GraphScratch& scratch); ///< a key, to where it is heard
+    bool isSilent(int frames) const;
     void feed(CInputChannel* to, int frames) const; ///< what is sent to a bus
     void feedKept(CInputChannel* to, int frames) const;
     void settle() const; ///< leaves out the way of a mute to and from silence
