@@ -314,7 +314,7 @@ void CComp::fx(int frames) {
 void CComp::mergeAudio(int frames) {
     assert(heldByThread());
     if (!planned) return;
-    for (PlanArrival& arrival : planned->arrivals)
+    for (PlanArrival& arrival : std::span(planned->arrivals).subspan(size_t(planned->gathered)))
         if (!arrival.outside) arrival.addTo(input(), frames, host->scratch());
 }
 

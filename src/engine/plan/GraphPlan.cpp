@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cassert>
 #include <numeric>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -116,13 +117,8 @@ void GraphPlan::runMeasured(int frames) {
     for (const int end : ends) {
         beginLevel(first, frames);
         all += watch.lap();
-        for (; first < end; ++first) {
-            PlanStep& step = steps[order[size_t(first)]];
-            runStep(step, frames);
-            const unsigned ns = watch.lap();
-            step.times.note(ns);
-            all += ns;
-        }
+        for (; first < end; ++first) all += runTurn(unsigned(first), frames);
+        watch.lap();
     }
     times.note(all);
 }
@@ -142,24 +138,44 @@ void GraphPlan::findOrder() {
             step.ahead = dynamic_cast<AheadWork*>(step.node->comp);
     anyAhead = std::ranges::any_of(
         steps, [](const PlanStep& step) { return step.ahead || step.node->strips; });
-    std::ranges::stable_sort(
-        order, {}, [this](unsigned i) { return std::pair(steps[i].level, waitOf(steps[i])); });
-    for (size_t i = 0; i < late; ++i) {
-        const bool last = i + 1 == late || steps[order[i + 1]].level != steps[order[i]].level;
-        if (!last) continue;
-        mostOfLevel = std::max(mostOfLevel, int(i) + 1 - (ends.empty() ? 0 : ends.back()));
-        ends.push_back(int(i) + 1);
-    }
+    std::ranges::stable_sort(order, {}, [this](unsigned i) {
+        return std::tuple(steps[i].level, waitOf(steps[i]), leaderOf(i));
+    });
+    findTurns();
 }
 
-int GraphPlan::endOfLevelAfter(int step) const {
-    return *std::ranges::upper_bound(ends, step);
+/// Levels of one turn each are one turn together: nobody waits between them.
+void GraphPlan::findTurns() {
+    bool single = false; // the level before
+    for (size_t i = 0; i < late;) {
+        const int level = steps[order[i]].level;
+        const size_t first = begins.size();
+        bool ahead = false;
+        for (size_t leader = late; i < late && steps[order[i]].level == level; ++i) {
+            if (leader != leaderOf(order[i])) begins.push_back(unsigned(i));
+            leader = leaderOf(order[i]);
+            ahead = ahead || steps[order[i]].ahead;
+        }
+        const int width = int(begins.size() - first);
+        if (width == 1 && single && !ahead)
+            begins.pop_back();
+        else
+            ends.push_back(int(begins.size()));
+        single = width == 1 && !ahead;
+        mostOfLevel = std::max(mostOfLevel, width);
+    }
+    begins.push_back(unsigned(late));
+}
+
+int GraphPlan::endOfLevelAfter(int turn) const {
+    return *std::ranges::upper_bound(ends, turn);
 }
 
 void GraphPlan::beginLevel(int first, int frames) {
-    if (!anyAhead || first >= int(late)) return;
-    for (int i = first; i < endOfLevelAfter(first); ++i) {
-        const PlanStep& step = steps[order[size_t(i)]];
+    if (!anyAhead || first >= turns()) return;
+    const size_t end = begins[size_t(endOfLevelAfter(first))];
+    for (size_t i = begins[size_t(first)]; i < end; ++i) {
+        const PlanStep& step = steps[order[i]];
         if (!step.ahead || step.leftOut) continue;
         step.node->comp->planned = step.node;
         step.ahead->beginAhead(frames);
@@ -171,17 +187,23 @@ void GraphPlan::runByLevels(int frames) {
     int first = 0;
     for (const int end : ends) {
         beginLevel(first, frames);
-        for (; first < end; ++first) runStep(steps[order[size_t(first)]], frames);
+        for (size_t i = begins[size_t(first)]; i < begins[size_t(end)]; ++i)
+            runStep(steps[order[i]], frames);
+        first = end;
     }
 }
 
-unsigned GraphPlan::runOrdered(unsigned step, int frames) {
-    PlanStep& s = steps[order[step]];
+unsigned GraphPlan::runTurn(unsigned turn, int frames) {
+    unsigned all = 0;
     StopWatch watch;
-    runStep(s, frames);
-    const unsigned ns = watch.lap();
-    s.times.note(ns);
-    return ns;
+    for (size_t i = begins[turn]; i < begins[turn + 1]; ++i) {
+        PlanStep& step = steps[order[i]];
+        runStep(step, frames);
+        const unsigned ns = watch.lap();
+        step.times.note(ns);
+        all += ns;
+    }
+    return all;
 }
 
 void GraphPlan::runLate(int frames) {
@@ -221,6 +243,9 @@ void GraphPlan::runStep(PlanStep& step, int frames) const {
     step.node->silence = 0;
     if (step.work & PlanStep::sum)
         for (PlanArrival& sum : step.sums) sum.addTo(nullptr, frames, host->scratch());
+    if (step.work & PlanStep::gather)
+        for (int i = 0; i < step.node->gathered; ++i)
+            step.node->arrivals[size_t(i)].addTo(c->input(), frames, host->scratch());
     if (step.work & PlanStep::render) {
         step.node->takeKeys(false, frames, host->scratch());
         c->process(frames);
@@ -234,8 +259,8 @@ void GraphPlan::runStrips(const PlanStep& step, int frames) const {
     PlanNode& node = *step.node;
     const bool noMaster = host->renderMode != 0 && (host->renderMode != 1 || host->renderDry);
     const bool last = step.work & PlanStep::strip || (step.work & PlanStep::master && !noMaster);
-    const bool begins = step.work & PlanStep::begin || (last && !node.strips);
-    if (begins) node.takeKeys(true, frames, host->scratch());
+    const bool first = step.work & PlanStep::begin || (last && !node.strips);
+    if (first) node.takeKeys(true, frames, host->scratch());
     if (step.work & PlanStep::begin) node.strips->begin(node.comp, frames);
     if (step.work & PlanStep::goOn) node.strips->goOn();
     if (!last) return;

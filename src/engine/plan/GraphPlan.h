@@ -55,6 +55,7 @@ public:
     bool takesMidi = true;             ///< false too many cables back
     std::vector<PlanArrival> arrivals; ///< in the order in which they are summed
     std::vector<Midi> midi;
+    int gathered = 0; ///< so many of them in a step of their own, before its work
     std::vector<const CAudioCable*> cables; ///< that arrive, but for those that leave
     std::unique_ptr<SendTap> tap;           ///< null without buses
     std::unique_ptr<AheadStrips> strips;    ///< null where no insert begins ahead
@@ -100,7 +101,8 @@ struct PlanStep {
         strip = 8,   ///< `CComp::fx`, or what is left of it, and `CComp::mix`
         master = 16, ///< the same of an audio out, unless a render leaves it out
         begin = 32,  ///< `CComp::fx`, up to inserts that begin ahead
-        goOn = 64    ///< up to the next of them
+        goOn = 64,   ///< up to the next of them
+        gather = 128 ///< adds what is sent to a bus, as far as it is `PlanNode::gathered`
     };
     PlanNode* node;
     unsigned work;
@@ -110,6 +112,8 @@ struct PlanStep {
     std::shared_ptr<PlanLoop> loop{}; ///< all of its work, then
     AheadWork* ahead = nullptr;       ///< of `render`: begins before the steps of its level
     bool leftOut = false;             ///< see `GraphPlan::keepTo`
+    int goesWith =
+        -1; ///< number of a step of its level and component that it is done with, or none
 };
 
 /// How a block is worked out: a list of steps, each behind what it needs. Sums have the order of
@@ -154,20 +158,26 @@ public:
     size_t firstLate() const { return late; }  ///< step where `runLate` begins
     bool isPassing() const { return passing; } ///< it works out what is only there to leave
 
-    // By levels, for several threads. Steps are numbered in the order of their levels.
-    int widest() const { return mostOfLevel; } ///< steps of a level, at most
+    // By levels, for several threads, which take the steps in turns: those of a turn follow each
+    // other. Turns are numbered in the order of their levels.
+    int turns() const { return int(begins.size()) - 1; }
+    int widest() const { return mostOfLevel; } ///< turns of a level, at most
     float work() const { return times.mean; }  ///< nanoseconds of a block
     int endOfLevel(int level) const { return ends.empty() ? 0 : ends[size_t(level)]; }
-    int endOfLevelAfter(int step) const;            ///< the first end behind a step
-    unsigned runOrdered(unsigned step, int frames); ///< returns its nanoseconds
-    void beginLevel(int first, int frames);         ///< before the first step of a level is run
-    WorkTimes times;                                ///< of all steps
+    int endOfLevelAfter(int turn) const;         ///< the first end behind a turn
+    unsigned runTurn(unsigned turn, int frames); ///< returns its nanoseconds
+    void beginLevel(int first, int frames);      ///< before the first turn of a level is run
+    WorkTimes times;                             ///< of all steps
 
 private:
     friend class PlanBuilder;
     friend class PlanLoop;
     void findOrder();
     int waitOf(const PlanStep& step) const;
+    void findTurns();
+    size_t leaderOf(size_t step) const {
+        return steps[step].goesWith < 0 ? step : size_t(steps[step].goesWith);
+    }
     void runByLevels(int frames);
     void runMeasured(int frames);
     void runStep(PlanStep& step, int frames) const;
@@ -192,8 +202,9 @@ private:
     std::vector<PlanStep> steps;
     size_t late = 0;
     bool passing = false;
-    std::vector<unsigned> order; ///< of the steps before `late`, by level
-    std::vector<int> ends;       ///< of each level in `order`
+    std::vector<unsigned> order;  ///< of the steps before `late`, by level
+    std::vector<unsigned> begins; ///< of each turn in `order`, and the end of the last one
+    std::vector<int> ends;        ///< of each level, by turns
     int mostOfLevel = 0;
     bool anyAhead = false;
     std::vector<const CAudioCable*> coming; ///< that were not heard before

@@ -21,6 +21,10 @@ thread_local int ownPlace = 0; ///< of the thread among those that work at a blo
 
 /// Looks at a word before a thread goes to sleep on it: some 20 microseconds.
 constexpr int spins = 500;
+/// The same of a run that follows the last one at once, as in an export: twice as long as
+/// `closeNs`.
+constexpr int spinsForRun = 2500;
+constexpr unsigned closeNs = 50000;
 constexpr int sleepMs = 1;
 
 } // namespace
@@ -53,7 +57,7 @@ public:
             owner->work(place);
             inside.exchange(0);
             const int now = owner->wakeUps.loadAcquire();
-            if (now == seen && !terminated) futexWait(owner->wakeUps, now, -1);
+            if (now == seen && !terminated) owner->waitForRun(now);
             seen = now;
         }
     }
@@ -132,20 +136,22 @@ bool GraphWorkers::helpWith(const GraphPlan& p, int n) const {
 
 void GraphWorkers::run(GraphPlan& p, int n) {
     noteMaster();
+    closeBy = sinceRun.lap() < closeNs && count() <= usual();
     plan = &p;
     frames = n;
     inCallback = insideCallback();
     done = 0;
     gate = p.endOfLevel(0);
-    total = unsigned(p.firstLate());
+    total = unsigned(p.turns());
     p.beginLevel(0, n);
     turn.storeRelease(uint64_t(++runs) << 32);
     wakeUps.fetchAdd(1);
-    futexWake(wakeUps, std::min(count(), p.widest() - 1));
+    if (asleep.fetchAdd(0) > 0) futexWake(wakeUps, std::min(count(), p.widest() - 1));
     work(0);
     waitForRest();
     turn.storeRelease(uint64_t(runs) << 32 | nothing);
     noteTimes(p);
+    sinceRun.lap();
 }
 
 /// Takes steps until none is left to be taken.
@@ -173,7 +179,7 @@ void GraphWorkers::take(unsigned step, int place) {
     // The run is not over before this step is done.
     GraphPlan* const p = plan;
     const int open = gate.load(), all = int(total.load());
-    spent[place] += p->runOrdered(step, frames);
+    spent[place] += p->runTurn(step, frames);
     const int finished = done.fetchAdd(1) + 1;
     if (finished < open) return;
     if (finished < all) {
@@ -183,6 +189,17 @@ void GraphWorkers::take(unsigned step, int place) {
     if (waiting.fetchAdd(0) == 0) return;
     futexWake(gate, most);
     futexWake(done, 1);
+}
+
+/// Until another run begins than that of the word.
+void GraphWorkers::waitForRun(int former) {
+    for (int looked = 0; closeBy && looked < spinsForRun; ++looked) {
+        if (wakeUps.loadAcquire() != former) return;
+        spinPause();
+    }
+    asleep.fetchAdd(1);
+    futexWait(wakeUps, former, -1);
+    asleep.fetchAdd(-1);
 }
 
 void GraphWorkers::waitAtGate(int open) {

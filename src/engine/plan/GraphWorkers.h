@@ -68,6 +68,7 @@ private:
 
     void work(int place);
     void take(unsigned step, int place);
+    void waitForRun(int former);
     void waitAtGate(int gateNow);
     void waitForRest();
     void noteMaster();
@@ -78,17 +79,20 @@ private:
     std::vector<std::unique_ptr<Thread>> threads;
 
     // Of the block that is worked out. `turn` has the number of the run above that of the next
-    // step, or of `nothing`; all else is set before a run is opened.
+    // turn, or of `nothing`; all else is set before a run is opened.
     Shared<uint64_t> turn{nothing};
-    Shared<int> done{0}; ///< steps
-    Shared<int> gate{0}; ///< steps that may be begun: those before wait for none of them
+    Shared<int> done{0}; ///< turns
+    Shared<int> gate{0}; ///< turns that may be begun: those before wait for none of them
     Shared<unsigned> total{0};
     Shared<GraphPlan*> plan{nullptr};
     Shared<int> frames{0};
     Shared<bool> inCallback{false};
-    Shared<unsigned> spent[most + 1];             ///< nanoseconds of each thread
-    Shared<int> waiting{0};                       ///< threads asleep within the block
-    Shared<int> wakeUps{0};                       ///< threads sleep on it between blocks
-    uint32_t runs = 0;                            ///< graph holder
+    Shared<unsigned> spent[most + 1]; ///< nanoseconds of each thread
+    Shared<int> waiting{0};           ///< threads asleep within the block
+    Shared<int> wakeUps{0};           ///< threads sleep on it between blocks
+    Shared<int> asleep{0};            ///< those that do, or are about to
+    Shared<bool> closeBy{false};      ///< runs follow each other so fast that none of them should
+    StopWatch sinceRun;               ///< graph holder
+    uint32_t runs = 0;                ///< graph holder
     Shared<unsigned long> master{0}, followed{0}; ///< pthread_t of the holder in blocks
 };

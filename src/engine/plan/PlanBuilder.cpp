@@ -12,6 +12,8 @@ namespace {
 
 /// Cables that an out takes in at once, as long as what they bring is in the processor's cache.
 constexpr size_t sumsAtOnce = 8;
+/// Sends that are worth a step of their own.
+constexpr int fewestGathered = 8;
 
 } // namespace
 
@@ -143,9 +145,25 @@ void PlanBuilder::need(CComp* c) {
         return planRing(rings[ring->second]);
     place(c).busy = true;
     needKey(c, c);
+    gather(c);
     c->planRender(*this);
     place(c).busy = false;
     place(c).rendered = true;
+}
+
+/// What many strips send to a bus is added in a step of its own, which waits for no other bus.
+void PlanBuilder::gather(CComp* bus) {
+    if (bus->type != compGroupCh || kindOf(bus) != listSends || ringOpen) return;
+    PlanNode* node = place(bus).node;
+    const auto ofBus = [this](const PlanArrival& a) {
+        return !a.sender || kindOf(a.sender->comp) == listSends;
+    };
+    const auto first = std::ranges::find_if(node->arrivals, ofBus);
+    if (first - node->arrivals.begin() >= fewestGathered) {
+        node->gathered = int(first - node->arrivals.begin());
+        const auto inputs = contents<const void>(bus->inputs);
+        add(bus, PlanStep::gather, {inputs.begin(), inputs.end()});
+    }
 }
 
 void PlanBuilder::stripsOf(CComp* c) {
@@ -198,6 +216,9 @@ void PlanBuilder::listen(CComp* c, const CMIDIQ* port) {
 
 void PlanBuilder::render(CComp* c) {
     plan->lateness.meetingAt(place(c).node);
+    Place& p = place(c);
+    p.reads.insert(p.reads.end(), p.readsOfBuses.begin(), p.readsOfBuses.end());
+    p.readsOfBuses.clear();
     if (c->type == compAudioOut) flushSums(c);
     std::vector<const void*> writes;
     for (const CList* list : listsOf(c->outputs, c->outPorts, c->inPorts))
@@ -393,8 +414,9 @@ void PlanBuilder::feedBuses(PlanNode* from, PlanArrival::Kind kind) {
         }
         for (int ch = 0; ch < (kind == PlanArrival::strips ? channels : 1); ++ch)
             bus.node->arrivals.push_back(sendOf(from, kind, ch, k));
-        for (const CObject* ch : read(from->comp->outputs)) bus.reads.push_back(ch);
-        bus.reads.push_back(from);
+        auto& reads = kindOf(from->comp) == listSends ? bus.readsOfBuses : bus.reads;
+        for (const CObject* ch : read(from->comp->outputs)) reads.push_back(ch);
+        reads.push_back(from);
     }
 }
 
@@ -427,13 +449,31 @@ PlanStep& PlanBuilder::add(CComp* c, unsigned work, const std::vector<const void
                         !plan->steps.back().loop && plan->steps.back().level >= level &&
                         plan->late != plan->steps.size();
     if (goesOn) level = plan->steps.back().level;
-    if (!goesOn)
+    const bool follows = !goesOn && work == PlanStep::sum && p.sumStep >= 0 &&
+                         joins(plan->steps[size_t(p.sumStep)], level, touched);
+    if (follows) level = plan->steps[size_t(p.sumStep)].level;
+    if (!goesOn && !follows)
         for (const void* what : touched)
             level = std::max({level, uses[what].written + 1, uses[what].read + 1});
     for (const void* what : p.reads) uses[what].read = std::max(uses[what].read, level);
     for (const void* what : touched) uses[what].written = level;
     p.reads.clear();
     if (!goesOn) plan->steps.push_back({p.node, 0, {}, level});
-    plan->steps.back().work |= work;
-    return plan->steps.back();
+    PlanStep& step = plan->steps.back();
+    step.work |= work;
+    if (follows) {
+        const int before = plan->steps[size_t(p.sumStep)].goesWith;
+        step.goesWith = before < 0 ? p.sumStep : before;
+    }
+    p.sumStep = step.work == PlanStep::sum ? int(plan->steps.size()) - 1 : -1;
+    return step;
+}
+
+/// Whether a step that needs `level` can be done right behind one of its component, which has
+/// written the same.
+bool PlanBuilder::joins(const PlanStep& before, int level,
+                        const std::vector<const void*>& touched) {
+    return before.level >= level && std::ranges::all_of(touched, [&](const void* what) {
+               return uses[what].written <= before.level && uses[what].read < before.level;
+           });
 }

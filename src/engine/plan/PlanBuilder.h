@@ -55,8 +55,10 @@ private:
         bool leftStrip = false; ///< its strips are worked out, and not only on the way to be
         bool sourcesTaken = false, busesTaken = false; ///< of an audio out
         PlanOrigin* parts = nullptr;                   ///< of what its parts give before its strips
-        std::vector<PlanArrival> sums;  ///< of an audio out: to be added before it works
-        std::vector<const void*> reads; ///< of its next step
+        std::vector<PlanArrival> sums;         ///< of an audio out: to be added before it works
+        std::vector<const void*> reads;        ///< of its next step
+        std::vector<const void*> readsOfBuses; ///< of a bus: of the step behind `gather`
+        int sumStep = -1;                      ///< the latest of an audio out, or -1
     };
     /// The latest levels that wrote and read something.
     struct Use {
@@ -97,6 +99,8 @@ private:
     PlanArrival closingOf(CComp* c, const CAudioCable* cable);
     void finishOut(CComp* out);
     void flushSums(CComp* out);
+    void gather(CComp* bus);
+    bool joins(const PlanStep& before, int level, const std::vector<const void*>& touched);
     void feedBuses(PlanNode* from, PlanArrival::Kind kind);
     PlanArrival arrivalOf(CComp* c, const CAudioCable* cable);
     PlanArrival leavingOf(CComp* c, const CAudioCable* cable) const;
