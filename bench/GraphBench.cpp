@@ -12,9 +12,12 @@
 #include "sequencer/render/CRender.h"
 #include "sequencer/song/CSeq.h"
 
+#include <algorithm>
 #include <benchmark/benchmark.h>
+#include <chrono>
 #include <filesystem>
 #include <memory>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -141,20 +144,26 @@ void songEvents(benchmark::State& state) {
 }
 BENCHMARK(songEvents)->Arg(0)->Arg(1);
 
-/// A song of 64 tracks: a synthesizer with four notes each, a strip with four bands, and two sends
-/// to buses of which one has a reverb. With so many threads that help.
+/// How many tracks a song has, how many of them play so many notes each, and its block.
+struct SongSize {
+    int tracks = 64, playing = 64, notes = 4, frames = 256;
+};
+
+/// A song of tracks with a synthesizer, a strip with four bands, and two sends to buses of which
+/// one has a reverb. With so many threads that help.
 class BusySong : public Bench {
 public:
-    static constexpr int tracks = 64, notes = 4, buses = 2, ticksPerSecond = 1920;
+    static constexpr int buses = 2, ticksPerSecond = 1920;
 
     COutputChannel* lastStrip = nullptr; ///< of its synthesizers
     CSeq* seq = nullptr;
 
-    explicit BusySong(int helpers) : Bench(256) {
+    explicit BusySong(int helpers, SongSize songSize = {})
+        : Bench(songSize.frames), size(songSize) {
         host->workers->setCount(helpers);
         for (int k = 0; k < buses; k++) addBus(k == 0);
         seq = add(new CSeq(host.get()));
-        for (int i = 0; i < tracks; i++) addTrack(i);
+        for (int i = 0; i < size.tracks; i++) addTrack(i);
         seq->getProg()->leftLocator = 0;
         seq->getProg()->rightLocator = length;
         host->start();
@@ -162,6 +171,7 @@ public:
 
 private:
     static constexpr int length = 4 * 3840;
+    const SongSize size;
 
     void addBus(bool reverb) {
         auto* bus = new CGroupCh(host.get());
@@ -194,7 +204,7 @@ private:
         synth->addMIDICable(t->track->outPort(), nullptr);
         auto* part = new CMIDIPart;
         part->length = length;
-        for (int n = 0; n < notes; n++) {
+        for (int n = 0; i < size.playing && n < size.notes; n++) {
             CMIDIEvent* event = createMIDIEvent();
             event->data = asData(midiNoteOn, 40 + i % 12 + 7 * n, 100);
             event->length = length - 10;
@@ -210,11 +220,38 @@ void busySong(benchmark::State& state) {
     for (int i = 0; i < 200; i++) bench.block();
     for (auto _ : state) bench.block();
     state.counters["tracks in real time"] =
-        benchmark::Counter(double(state.iterations()) * BusySong::tracks * bench.frames / rate,
+        benchmark::Counter(double(state.iterations()) * SongSize().tracks * bench.frames / rate,
                            benchmark::Counter::kIsRate);
     state.counters["work us"] = double(bench.host->plans->current().work()) * 1e-3;
 }
 BENCHMARK(busySong)->Arg(0)->Arg(1)->UseRealTime();
+
+/// 200 tracks, of which 100 play a note, at the pace of a device with blocks of 128 frames.
+void pacedSong(benchmark::State& state) {
+    using Clock = std::chrono::steady_clock;
+    BusySong bench(int(state.range(0)), {200, 100, 1, 128});
+    const std::chrono::duration<double> block(double(bench.frames) / rate);
+    for (int i = 0; i < 200; i++) bench.block();
+    std::vector<double> shares;
+    const auto begin = Clock::now();
+    for (auto _ : state) {
+        std::this_thread::sleep_until(
+            begin + std::chrono::duration_cast<Clock::duration>(block * double(shares.size())));
+        const auto woken = Clock::now();
+        bench.block();
+        shares.push_back((Clock::now() - woken) / block);
+    }
+    std::ranges::sort(shares);
+    state.counters["median"] = shares[shares.size() / 2];
+    state.counters["99.9 %"] = shares[shares.size() * 999 / 1000];
+    state.counters["worst"] = shares.back();
+}
+BENCHMARK(pacedSong)
+    ->Arg(0)
+    ->Arg(1)
+    ->Iterations(5000)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 /// Eight seconds of it into a file: one track, or all.
 void writeFile(benchmark::State& state) {
