@@ -259,7 +259,7 @@ void writeFile(benchmark::State& state) {
     bench.host->stop();
     bench.block();
     COutputChannel* written = state.range(0) ? bench.out->output() : bench.lastStrip;
-    CList outputs;
+    ListOf<COutputChannel> outputs;
     outputs.add(written);
     const auto path = std::filesystem::temp_directory_path() / "graph_bench.wav";
     for (auto _ : state) {

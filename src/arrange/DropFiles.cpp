@@ -30,14 +30,14 @@ int pullAt(int at, int room) {
 
 } // namespace
 
-void DropFiles::begin(const CList& items) {
+void DropFiles::begin(const ListOf<CDropItem>& items) {
     const std::vector<CStr> paths = filesAmong(items);
     if (reader && reader->paths == paths) return;
     reader = std::make_unique<FactReader>(paths);
     known = -1;
 }
 
-void DropFiles::over(const CList& items, CPoint at, int btn) {
+void DropFiles::over(const ListOf<CDropItem>& items, CPoint at, int btn) {
     if (!state.seq()) return;
     begin(items);
     pointer = at;
@@ -55,7 +55,7 @@ void DropFiles::leave() {
     state.gridChanged();
 }
 
-DropPlan DropFiles::take(const CList& items, CPoint at, int btn) {
+DropPlan DropFiles::take(const ListOf<CDropItem>& items, CPoint at, int btn) {
     if (!state.seq()) return {};
     begin(items);
     pointer = at;

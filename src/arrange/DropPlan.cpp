@@ -108,9 +108,9 @@ private:
 
 } // namespace
 
-std::vector<CStr> filesAmong(const CList& items) {
+std::vector<CStr> filesAmong(const ListOf<CDropItem>& items) {
     std::vector<CStr> paths;
-    for (const auto* item : each<CDropItem>(items))
+    for (const auto* item : items)
         if (item->type == dropFile || item->type == dropSample) paths.push_back(item->path);
     return paths;
 }

@@ -2,7 +2,9 @@
 
 #include "project/FileFacts.h"
 
-class CList;
+class CDropItem;
+template <class T>
+class ListOf;
 class CSeq;
 
 /// Where files would come that are dropped at a place.
@@ -31,7 +33,7 @@ struct DropPlan {
 };
 
 /// The files among the items that are dragged.
-std::vector<CStr> filesAmong(const CList& items);
+std::vector<CStr> filesAmong(const ListOf<CDropItem>& items);
 
 /// `rows` are the tracks that show, in order; `facts` those of `paths`. Files that a song does not
 /// take are left out.

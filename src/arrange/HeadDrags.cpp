@@ -174,10 +174,10 @@ private:
     TrackTarget behind(const ArrangeRow& row) const {
         CTrack* over = row.songTrack->track;
         const auto& all = list.state.seq()->tracks;
-        auto* next = static_cast<CTrack*>(all.next(over));
+        auto* next = all.next(over);
         const bool first = over->kind == trackFolder && over->open();
         if (first || over->kind != trackFolder) return {next, first ? over : over->folder.load()};
-        while (next && isInside(next, over)) next = static_cast<CTrack*>(all.next(next));
+        while (next && isInside(next, over)) next = all.next(next);
         return {next, over->folder};
     }
 

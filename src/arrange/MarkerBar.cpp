@@ -44,7 +44,7 @@ MarkerBar::MarkerBar(CWin* owner, ArrangeState& shared)
            "double click on its flag renames it";
 }
 
-const CList& MarkerBar::points(CSeq* seq) const {
+ListView<CPart> MarkerBar::points(CSeq* seq) const {
     return seq->getProg()->markers;
 }
 
@@ -60,7 +60,7 @@ int MarkerBar::endX(const CPart* point, const Shift& shift) const {
 CRect MarkerBar::boxOf(const CPart* point, const Shift& shift) const {
     const int from = xOf(double(point->pos) + shift.ticks);
     int room = mostFlag;
-    for (const auto* other : each<CPart>(points(state.seq())))
+    for (const auto* other : points(state.seq()))
         if (other->pos > point->pos) room = asMin(room, xOf(other->pos.load()) - from - 1);
     const int text = textFace({})->textWidth(point->id) + edge + 2 * margin;
     return asRect(from, 1, from + asMax(leastFlag, asMin(text, room)), height - 1 - spanHeight);

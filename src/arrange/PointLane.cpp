@@ -52,7 +52,7 @@ bool PointLane::refresh() {
     NameField::dropLeft(field);
     std::vector<double> now;
     if (CSeq* seq = state.seq())
-        for (auto* point : each<CPart>(points(seq))) {
+        for (auto* point : points(seq)) {
             const auto values = look(point);
             now.insert(now.end(), values.begin(), values.end());
             now.push_back(point->pos);
@@ -68,8 +68,7 @@ void PointLane::paint(CGraphic* g, CRect rect) {
     const CPalette& palette = win->app->gui->palette;
     paintGround(g, asked);
     if (CSeq* seq = state.seq())
-        for (auto* point : each<CPart>(points(seq)))
-            paintPoint(g, point, shiftOf(point), point == current);
+        for (auto* point : points(seq)) paintPoint(g, point, shiftOf(point), point == current);
     g->fillLine(palette.frame, asRect(asked.left, height - 1, asked.right, height));
     if (hasKeyFocus()) g->frameRect(palette.accent, clientRect());
     CGroup::paint(g, rect);
@@ -82,7 +81,7 @@ CPart* PointLane::pointAt(int x, int y) const {
     CPart* found = nullptr;
     CSeq* seq = state.seq();
     if (!seq) return nullptr;
-    for (auto* point : each<CPart>(points(seq)))
+    for (auto* point : points(seq))
         if (boxOf(point, {}).contains(x, y) || onEnd(point, x)) found = point;
     return found;
 }
@@ -173,7 +172,7 @@ void PointLane::type(CPart* point) {
 bool PointLane::walk(int by) {
     CSeq* seq = state.seq();
     std::vector<CPart*> all;
-    for (auto* point : each<CPart>(points(seq))) all.push_back(point);
+    for (auto* point : points(seq)) all.push_back(point);
     if (all.empty()) return true;
     std::ranges::stable_sort(all, {}, [](const CPart* p) { return p->pos.load(); });
     const auto at = std::find(all.begin(), all.end(), current);
@@ -275,7 +274,7 @@ void PointLane::describe(Description& d, int part) const {
         return;
     }
     CSeq* seq = state.seq();
-    const auto* point = seq ? static_cast<CPart*>(points(seq).items(part)) : nullptr;
+    const auto* point = seq ? points(seq).items(part) : nullptr;
     if (!point) return;
     d.role = Role::item;
     d.name = (shownText(point, {}) + ", " + placeText(seq, point->pos)).asChar();
@@ -287,7 +286,7 @@ void PointLane::describe(Description& d, int part) const {
 
 bool PointLane::pressPart(int part) {
     CSeq* seq = state.seq();
-    auto* point = seq ? static_cast<CPart*>(points(seq).items(part)) : nullptr;
+    auto* point = seq ? points(seq).items(part) : nullptr;
     if (!point) return false;
     current = point;
     state.qv->setPos(point->pos.load());

@@ -41,7 +41,7 @@ protected:
         bool operator==(const Shift&) const = default;
     };
 
-    virtual const CList& points(CSeq* seq) const = 0;
+    virtual ListView<CPart> points(CSeq* seq) const = 0;
     /// Adds a point to the song, or gives the one that stands there. `y` is that of the pointer, -1
     /// none.
     virtual CPart* addPoint(CSeq* seq, int tick, int y) const = 0;

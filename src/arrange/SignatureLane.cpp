@@ -32,7 +32,7 @@ SignatureLane::SignatureLane(CWin* owner, ArrangeState& shared)
            "over it";
 }
 
-const CList& SignatureLane::points(CSeq* seq) const {
+ListView<CPart> SignatureLane::points(CSeq* seq) const {
     return seq->getProg()->timesigs;
 }
 

@@ -42,7 +42,7 @@ TempoLane::TempoLane(CWin* owner, ArrangeState& shared)
            "click on a point types its beats per minute";
 }
 
-const CList& TempoLane::points(CSeq* seq) const {
+ListView<CPart> TempoLane::points(CSeq* seq) const {
     return seq->getProg()->tempos;
 }
 

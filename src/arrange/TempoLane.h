@@ -12,7 +12,7 @@ public:
     void describe(Description& d, int part) const override;
 
 protected:
-    const CList& points(CSeq* seq) const override;
+    ListView<CPart> points(CSeq* seq) const override;
     CPart* addPoint(CSeq* seq, int tick, int y) const override;
     CRect boxOf(const CPart* point, const Shift& shift) const override;
     void paintGround(CGraphic* g, CRect asked) override;

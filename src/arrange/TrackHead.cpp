@@ -84,9 +84,7 @@ TrackHead::TrackHead(HeadList& owner, const ArrangeRow& row)
     addControl(fold);
     addControl(target);
     for (HeadSwitch* s : switches) addControl(s);
-    for (CCtrl* c :
-         {static_cast<CCtrl*>(volume), static_cast<CCtrl*>(pan), static_cast<CCtrl*>(meter)})
-        addControl(c);
+    for (CCtrl* c : std::initializer_list<CCtrl*>{volume, pan, meter}) addControl(c);
     bindSliders();
     show(row);
 }

@@ -157,11 +157,83 @@ private:
     static T* typed(void* p) { return static_cast<T*>(p); }
 };
 
-/// Lists of several classes, for a loop that knows what they have in common.
-template <class... L>
-auto listsOf(L&... lists) {
-    using Any = std::conditional_t<(std::is_const_v<L> || ...), const CList, CList>;
-    return std::array<Any*, sizeof...(L)>{&lists...};
+/// A list of `T`, or of a class derived from it, to be read as one of `T`. It refers to the list.
+template <class T>
+class ListView {
+public:
+    class Iterator {
+    public:
+        using value_type = T*;
+        using difference_type = std::ptrdiff_t;
+
+        Iterator() = default;
+        Iterator(CListItem* item, T* (*as)(void*)) : at(item), typed(as) {}
+        T* operator*() const { return typed(at->data.loadAcquire()); }
+        Iterator& operator++() {
+            at = at->next.loadAcquire();
+            return *this;
+        }
+        void operator++(int) { ++*this; }
+        bool operator==(std::default_sentinel_t) const { return !at; }
+
+    private:
+        CListItem* at = nullptr;
+        T* (*typed)(void*) = nullptr;
+    };
+
+    template <class D>
+    requires std::is_convertible_v<D*, T*> ListView(const ListOf<D>& l)
+        : list(&l), typed([](void* p) -> T* { return static_cast<D*>(p); }) {}
+
+    Iterator begin() const { return Iterator(list->head.loadAcquire(), typed); }
+    std::default_sentinel_t end() const { return {}; }
+    T* items(int i) const { ///< null outside the list
+        void* const object = list->items(i);
+        return object ? typed(object) : nullptr;
+    }
+    T* getFirst() const { return items(0); }
+    T* last() const { return items(getCount() - 1); }
+    int getCount() const { return list->getCount(); }
+    bool empty() const { return list->empty(); }
+    int indexed(const T* p) const {
+        for (int i = 0; T* const object : *this) {
+            if (object == p) return i;
+            i++;
+        }
+        return -1;
+    }
+    bool contains(const T* p) const { return indexed(p) >= 0; }
+
+private:
+    template <class To, class From>
+    friend ListView<To> listAs(const ListOf<From>& list);
+    ListView(const CList& l, T* (*as)(void*)) : list(&l), typed(as) {}
+
+    const CList* list;
+    T* (*typed)(void*);
+};
+
+/// A list all of whose contents are known to be of a class derived from its own.
+template <class To, class From>
+ListView<To> listAs(const ListOf<From>& list) {
+    return {list, [](void* p) { return static_cast<To*>(static_cast<From*>(p)); }};
+}
+
+/// Several lists, for a loop over them: of one class, or as what they are without one.
+template <class L, class... More>
+auto listsOf(L& first, More&... more) {
+    if constexpr ((std::is_same_v<L, More> && ...)) {
+        return std::array<L*, 1 + sizeof...(More)>{&first, &more...};
+    } else {
+        constexpr bool fixed = std::is_const_v<L> || (std::is_const_v<More> || ...);
+        using Any = std::conditional_t<fixed, const CList, CList>;
+        return std::array<Any*, 1 + sizeof...(More)>{&first, &more...};
+    }
+}
+/// The same for a loop that reads them as lists of what they have in common.
+template <class T, class... L>
+auto viewsOf(const L&... lists) {
+    return std::array<ListView<T>, sizeof...(L)>{ListView<T>(lists)...};
 }
 
 /// Empties a list whose contents the caller owns, and deletes them.

@@ -1,15 +1,15 @@
 #include "base/CSettings.h"
 
 CSettings::~CSettings() {
-    deleteAll<Item>(list);
+    deleteAll(list);
 }
 
 CSettings::Item* CSettings::getItem(int i) const {
-    return static_cast<Item*>(list.items(i));
+    return list.items(i);
 }
 
 CSettings::Item* CSettings::getItem(const CStr& key) const {
-    for (Item* item : each<Item>(list)) {
+    for (Item* item : list) {
         if (item->key == key) return item;
     }
     return nullptr;

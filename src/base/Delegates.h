@@ -33,52 +33,68 @@ class COnKey : public Delegate<bool, CObject*, int&, int> {};
 class COnGetText : public Delegate<void, CObject*, CStr&, int> {};
 class CEvent : public Delegate<void, void*> {};
 
-/// The form of a delegate that binds a member function of `T`.
-template <class Base, class T, class R, class... Args>
+/// The form of a delegate that binds a member function of `T`, whose first argument, the sender, is
+/// known to be an `S`.
+template <class Base, class T, class S, class R, class... Args>
 class BoundDelegate : public Base {
 public:
-    using Member = R (T::*)(Args...);
+    using Member = R (T::*)(S*, Args...);
 
     BoundDelegate(T* object, Member function) : target(object), member(function) {}
-    R operator()(Args... args) override { return (target->*member)(args...); }
+    R operator()(CObject* sender, Args... args) override {
+        return (target->*member)(static_cast<S*>(sender), args...);
+    }
 
 private:
     T* target;
     Member member;
 };
 
-template <class T>
-class _COnChange : public BoundDelegate<COnChange, T, void, CObject*> {
+template <class T, class S = CObject>
+class _COnChange : public BoundDelegate<COnChange, T, S, void> {
 public:
-    using BoundDelegate<COnChange, T, void, CObject*>::BoundDelegate;
+    _COnChange(T* object, void (T::*function)(S*))
+        : BoundDelegate<COnChange, T, S, void>(object, function) {}
+};
+template <class T, class S = CObject>
+class _COnPaint : public BoundDelegate<COnPaint, T, S, void, CGraphic*, CRect> {
+public:
+    _COnPaint(T* object, void (T::*function)(S*, CGraphic*, CRect))
+        : BoundDelegate<COnPaint, T, S, void, CGraphic*, CRect>(object, function) {}
+};
+template <class T, class S = CObject>
+class _COnMouse : public BoundDelegate<COnMouse, T, S, void, int, int, int> {
+public:
+    _COnMouse(T* object, void (T::*function)(S*, int, int, int))
+        : BoundDelegate<COnMouse, T, S, void, int, int, int>(object, function) {}
+};
+template <class T, class S = CObject>
+class _COnWheel : public BoundDelegate<COnWheel, T, S, bool, int, int, int, int, int> {
+public:
+    _COnWheel(T* object, bool (T::*function)(S*, int, int, int, int, int))
+        : BoundDelegate<COnWheel, T, S, bool, int, int, int, int, int>(object, function) {}
+};
+template <class T, class S = CObject>
+class _COnKey : public BoundDelegate<COnKey, T, S, bool, int&, int> {
+public:
+    _COnKey(T* object, bool (T::*function)(S*, int&, int))
+        : BoundDelegate<COnKey, T, S, bool, int&, int>(object, function) {}
+};
+template <class T, class S = CObject>
+class _COnGetText : public BoundDelegate<COnGetText, T, S, void, CStr&, int> {
+public:
+    _COnGetText(T* object, void (T::*function)(S*, CStr&, int))
+        : BoundDelegate<COnGetText, T, S, void, CStr&, int>(object, function) {}
 };
 template <class T>
-class _COnPaint : public BoundDelegate<COnPaint, T, void, CObject*, CGraphic*, CRect> {
+class _CEvent : public CEvent {
 public:
-    using BoundDelegate<COnPaint, T, void, CObject*, CGraphic*, CRect>::BoundDelegate;
-};
-template <class T>
-class _COnMouse : public BoundDelegate<COnMouse, T, void, CObject*, int, int, int> {
-public:
-    using BoundDelegate<COnMouse, T, void, CObject*, int, int, int>::BoundDelegate;
-};
-template <class T>
-class _COnWheel : public BoundDelegate<COnWheel, T, bool, CObject*, int, int, int, int, int> {
-public:
-    using BoundDelegate<COnWheel, T, bool, CObject*, int, int, int, int, int>::BoundDelegate;
-};
-template <class T>
-class _COnKey : public BoundDelegate<COnKey, T, bool, CObject*, int&, int> {
-public:
-    using BoundDelegate<COnKey, T, bool, CObject*, int&, int>::BoundDelegate;
-};
-template <class T>
-class _COnGetText : public BoundDelegate<COnGetText, T, void, CObject*, CStr&, int> {
-public:
-    using BoundDelegate<COnGetText, T, void, CObject*, CStr&, int>::BoundDelegate;
-};
-template <class T>
-class _CEvent : public BoundDelegate<CEvent, T, void, void*> {
-public:
-    using BoundDelegate<CEvent, T, void, void*>::BoundDelegate;
+    using Member = void (T::*)(void*);
+
+    _CEvent(T* object, Member function) : target(object), member(function) {}
+    void operator()(void* argument) override { (target->*member)(argument); }
+
+private:
+    T* target;
+    Member member;
 };

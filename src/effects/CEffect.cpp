@@ -69,7 +69,7 @@ void CEffect::eachEffect(F&& visit) {
     const auto eachOf = [&visit](CObject* prog) {
         for (auto* fx : static_cast<CEffectProg*>(prog)->effects) visit(fx);
     };
-    for (auto* prog : each<CEffectProg>(progs)) eachOf(prog);
+    for (auto* prog : programs()) eachOf(prog);
     host->eachHeld([&](CObject* object) {
         if (object->category == categoryEffectProg) eachOf(object);
         if (object->category == categoryEffect) visit(static_cast<CFX*>(object));
@@ -89,8 +89,12 @@ void CEffect::setRate(double rate) {
 
 // Sound.
 
+ListView<CEffectProg> CEffect::programs() const {
+    return listAs<CEffectProg>(progs);
+}
+
 CEffectProg* CEffect::getProg() {
-    return static_cast<CEffectProg*>(progs.items(curProg));
+    return programs().items(curProg);
 }
 
 int CEffect::getDelay() {
@@ -112,7 +116,7 @@ void CEffect::idle() {
 }
 
 void CEffect::start() {
-    for (auto* prog : each<CEffectProg>(progs))
+    for (auto* prog : programs())
         for (auto* fx : prog->effects) fx->start();
 }
 
@@ -168,7 +172,7 @@ std::optional<MacroStyle> CEffect::macroStyle(int macro) {
 }
 
 bool CEffect::followsKey() const {
-    const auto* prog = static_cast<const CEffectProg*>(progs.items(curProg));
+    const auto* prog = programs().items(curProg);
     if (prog)
         for (const auto* fx : prog->effects)
             if (fx->type == fxCompressor || fx->type == fxGate) return true;
@@ -282,19 +286,19 @@ void CEffect::perform(CUndoItem* item, int) {
 }
 
 CStr CEffect::getProgName(int index) {
-    auto* prog = static_cast<CEffectProg*>(progs.items(index));
+    const auto* prog = programs().items(index);
     return prog ? prog->id : CStr();
 }
 
 void CEffect::setProgName(int index, const CStr& name) {
-    if (auto* prog = static_cast<CEffectProg*>(progs.items(index))) prog->id = name;
+    if (auto* prog = programs().items(index)) prog->id = name;
 }
 
 // Files.
 
 void CEffect::write(CStream* stream) {
     writeIntBlock(stream, "progi", curProg);
-    for (auto* prog : each<CEffectProg>(progs)) saveProg(stream, prog);
+    for (auto* prog : programs()) saveProg(stream, prog);
     writeMacros(stream, *this);
     const auto style = [this](int i) { return looks.of(i); };
     if (!anyMacroStyle(style)) return;
@@ -334,11 +338,8 @@ void CEffect::openFromStream(CStream* stream) {
     if (count == 0) return;
     CUndo* step = host->undoStart("Open", this, {.comp = CompNotice::program});
     step->asInt(curProg.address()); // undone last
-    for (auto* prog : each<CEffectProg>(progs)) step->asRemove(prog, &progs);
-    while (auto* prog = static_cast<CEffectProg*>(content.progs.getFirst())) {
-        content.progs.del(0);
-        step->asAdd(prog, &progs);
-    }
+    for (auto* prog : programs()) step->asRemove(prog, &progs);
+    step->asAddAll(content.progs, &progs);
     step->asInt(curProg.address()); // redone last
     host->undoEnd(step, true);
     setProg(asMinMax(content.progIndex, 0, count - 1));

@@ -27,6 +27,8 @@ public:
 /// `progs` and `effects` of a program. Settings of an effect may change at any time.
 class CEffect : public CComp, public Keyed, public StyledMacros {
 public:
+    static constexpr int ownType = compEffect;
+
     explicit CEffect(CQV* root);
 
     void setFrames(int frames) override;
@@ -60,6 +62,7 @@ public:
     bool followsKey() const override; ///< in the current program
     std::optional<MacroStyle> macroStyle(int macro) override;
     void createIO();
+    ListView<CEffectProg> programs() const;
     CEffectProg* getProg(); ///< the current one, or null
     /// The next block begins as the switch stands, without a fade. Graph holder.
     void restart() { heard = -1.0f; }

@@ -7,6 +7,7 @@
 #include "engine/CGroupCh.h"
 #include "engine/CQV.h"
 #include "engine/CUndo.h"
+#include "engine/ObjectKinds.h"
 
 namespace {
 
@@ -142,8 +143,9 @@ bool moveInsert(COutputChannel* from, CComp* insert, COutputChannel* to, int ind
 }
 
 float gainReductionDb(CComp* insert) {
-    if (insert->type != compEffect || !insert->enabled) return 0.0f;
-    const CEffectProg* prog = static_cast<CEffect*>(insert)->getProg();
+    auto* rack = compAs<CEffect>(insert);
+    if (!rack || !rack->enabled) return 0.0f;
+    const CEffectProg* prog = rack->getProg();
     float sum = 0.0f;
     if (prog)
         for (const auto* fx : prog->effects)

@@ -273,7 +273,7 @@ void CComp::copyCables(CComp* src, CUndo* undo) {
         copyAudioTo(dest, src, undo);
         copyMIDITo(dest, src, undo);
     }
-    for (auto* bus : each<CComp>(host->sends)) copyMIDITo(bus, src, undo);
+    for (auto* bus : host->sends) copyMIDITo(bus, src, undo);
 }
 
 void CComp::copyAudioTo(CComp* dest, CComp* src, CUndo* undo) {

@@ -16,9 +16,9 @@ void CFreezeItem::setSample(CSample* s) {
 bool playsFrozen(const CComp* comp) {
     if (comp->host->renderMode) return false;
     for (auto* cable : comp->midiCables) {
-        const CList* items = cable->fromPort ? cable->fromPort->freezeItems : nullptr;
+        const auto* items = cable->fromPort ? cable->fromPort->freezeItems : nullptr;
         if (!items) continue;
-        for (auto* item : each<CFreezeItem>(*items))
+        for (auto* item : *items)
             if (item->comp == comp && item->sample) return true;
     }
     return false;

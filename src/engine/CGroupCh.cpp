@@ -11,7 +11,7 @@ namespace {
 constexpr int newGroupPos = 128;
 
 /// A step that adds `bus` to `list` and leads its output to the audio out.
-void addBus(CQV* host, CGroupCh* bus, CList* list, const CStr& title) {
+void addBus(CQV* host, CGroupCh* bus, ListOf<CComp>* list, const CStr& title) {
     CUndo* u = host->undoStart(title, host, {.graph = true});
     if (bus->outputs.empty()) bus->init();
     bus->createBuffers(host->frames);

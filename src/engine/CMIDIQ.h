@@ -2,7 +2,9 @@
 
 #include "engine/CIO.h"
 
-class CList;
+class CFreezeItem;
+template <class T>
+class ListOf;
 
 /// Kinds of event that travel through a queue.
 enum EventKind : unsigned char {
@@ -36,8 +38,8 @@ public:
     CMIDIQ& operator=(const CMIDIQ&) = delete;
 
     int count = 0;
-    CMIDIBytes* const events;     ///< owned; `capacity` of them, in zero pages until they are used
-    CList* freezeItems = nullptr; ///< of CFreezeItem: of the track behind an output port; not owned
+    CMIDIBytes* const events; ///< owned; `capacity` of them, in zero pages until they are used
+    ListOf<CFreezeItem>* freezeItems = nullptr; ///< of the track behind an output port; not owned
     /// Activity light of the port: 1 when something passed, 0.15 less at each idle pass.
     Shared<float> hasData{0.0f};
 

@@ -46,8 +46,12 @@ void CMixer::clear() {
     deleteAll(scenes);
 }
 
+ListView<CMixProg> CMixer::programs() const {
+    return listAs<CMixProg>(progs);
+}
+
 CMixProg* CMixer::getProg(int index) {
-    return static_cast<CMixProg*>(getProgram(index));
+    return programs().items(index == -1 ? int(curProg) : index);
 }
 
 CStr CMixer::getProgName(int index) {
@@ -155,7 +159,7 @@ void CMixer::readItem(BlockView& item, const CStr& name) {
         prog->id = item.readStr();
         progs.add(prog);
     } else if (name == "sh") {
-        if (auto* prog = static_cast<CMixProg*>(progs.last())) prog->sh = item.readInt();
+        if (auto* prog = programs().last()) prog->sh = item.readInt();
     } else if (name == "mxv") {
         mxv = item.readInt();
     } else if (name == "progi") {
@@ -166,7 +170,7 @@ void CMixer::readItem(BlockView& item, const CStr& name) {
 void CMixer::write(CStream* stream) {
     writeIntBlock(stream, "mxv", mxv);
     writeIntBlock(stream, "progi", curProg);
-    for (auto* prog : each<CMixProg>(progs)) {
+    for (auto* prog : programs()) {
         stream->writeId("prog", prog->id.length() + intBytes);
         stream->writeStr(prog->id);
         writeIntBlock(stream, "sh", prog->sh);

@@ -33,6 +33,7 @@ public:
     void read(CStream* stream, int end) override;
     void write(CStream* stream) override;
     /// -1 means the current one; null outside the list.
+    ListView<CMixProg> programs() const;
     CMixProg* getProg(int index);
     CStr getProgName(int index) override;
     /// Keeps the current program within the list.

@@ -131,7 +131,7 @@ void CQV::prepare(int n) {
         if (!first && c->type == compSeq) first = c;
     }
     masterSeq = first;
-    for (CComp* c : each<CComp>(sends)) {
+    for (CComp* c : sends) {
         c->listKind = listSends;
         c->prepare(n);
     }
@@ -146,7 +146,7 @@ void CQV::setFrames(int n) {
     spectrum->setFrames(n);
     CComp::setFrames(n);
     for (CComp* c : comps) c->setFrames(n);
-    for (CComp* c : each<CComp>(sends)) c->setFrames(n);
+    for (CComp* c : sends) c->setFrames(n);
     setHeldFrames(n);
     deleteAll(stretchers);
 }
@@ -163,7 +163,7 @@ void CQV::setRate(double hz) {
     setClockRate(hz);
     CComp::setRate(hz);
     for (CComp* c : comps) c->setRate(hz);
-    for (CComp* c : each<CComp>(sends)) c->setRate(hz);
+    for (CComp* c : sends) c->setRate(hz);
     setHeldRate(hz);
     deleteAll(stretchers);
 }
@@ -246,11 +246,11 @@ void CQV::idle() {
     idleProgramChange();
     idleMessages();
     for (CComp* c : comps) c->idle();
-    for (CComp* c : each<CComp>(sends)) c->idle();
+    for (CComp* c : sends) c->idle();
     editorHooks()->mainIdle();
     midiActivity = std::max(midiActivity - activityFall, 0.0f);
     for (CComp* c : comps) c->afteridle();
-    for (CComp* c : each<CComp>(sends)) c->afteridle();
+    for (CComp* c : sends) c->afteridle();
     if (spectrumOn) spectrum->transform(*dft);
     if (aam) {
         aam->idle();

@@ -13,7 +13,6 @@
 #include <memory>
 
 class CElastiqueRender;
-class CGroupCh;
 class CAAM;
 class CClick;
 class CDFT;
@@ -57,7 +56,7 @@ public:
     Shared<int> lastCC{0}, learned{0};
     CTasks* tasks;                           ///< owned
     const std::unique_ptr<ValueDoor> values; ///< what the user sets goes through it
-    ListOf<CGroupCh> sends;                  ///< owned
+    ListOf<CComp> sends;                     ///< owned
     CStr presetFolder, clipFolder, sampleFolder;
     CClick* click;                          ///< owned
     Shared<CPreviewBase*> preview{nullptr}; ///< owned

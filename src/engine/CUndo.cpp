@@ -17,8 +17,14 @@ void exchangeField(T* field, T& value) {
 
 } // namespace
 
+std::vector<CObject*> objectsIn(const CList& list) {
+    std::vector<CObject*> objects;
+    for (CObject* object : each<CObject>(list)) objects.push_back(object);
+    return objects;
+}
+
 CUndoItem::~CUndoItem() {
-    if (ownsObjects) deleteAll<CObject>(holding);
+    if (ownsObjects) deleteAll(holding);
     deleteAll<CObject>(reorder);
     delete replaced;
 }
@@ -147,13 +153,10 @@ void CUndo::asValue(const StoredValue& value, const StoredValue::Numbers& before
 }
 
 void CUndo::drop(const CObject* object) {
-    CList old;
-    while (auto* item = items.first()) {
-        items.del(0);
-        old.add(item);
-    }
+    ListOf<CUndoItem> old;
+    old.swap(items);
     lastItem = nullptr;
-    while (auto* item = static_cast<CUndoItem*>(old.first())) {
+    while (auto* item = old.first()) {
         old.del(0);
         if (item->object == object || (item->kept && item->kept->value.object == object)) {
             delete item;

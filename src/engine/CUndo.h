@@ -17,6 +17,9 @@ class CComp;
 class CUndo;
 class WordChanges;
 
+/// What a list holds that steps may change.
+std::vector<CObject*> objectsIn(const CList& list);
+
 /// What a step may exchange whole: content whose edit is built as a copy and then swapped in.
 class CUndoContent : public CObject {
 public:
@@ -64,7 +67,7 @@ public:
     CList parts;                 ///< free list for `CComp::perform`, contents not owned
     CList* addTo = nullptr;      ///< where the object goes, in the forward direction, or null
     CList* removeFrom = nullptr; ///< where it comes from, or null
-    CList holding;               ///< where it waits while it is in no list
+    ListOf<CObject> holding;     ///< where it waits while it is in no list
     bool linked = false;         ///< the first doing was the caller's
     bool sendsStored = false;    ///< `reorder` holds the levels of the other side
     bool editorShown = false;    ///< the editor of a component that left had been open
@@ -118,6 +121,14 @@ public:
                       int index = -1) {
         return asMove(entry<T>(object), static_cast<CList*>(from), static_cast<CList*>(to), index);
     }
+    /// What a list holds enters another, at its end; the step owns it until then.
+    template <class From, class To>
+    void asAddAll(ListOf<From>& from, ListOf<To>* to) {
+        while (From* object = from.getFirst()) {
+            from.del(0);
+            asAdd(object, to);
+        }
+    }
     /// For an object that the caller has linked into `to` already, by a graph task: acts on undo
     /// and redo. A null `from` means that it was in no list before.
     CUndoItem* add2(CObject* object, CList* to, CList* from, int index = -1);
@@ -143,7 +154,8 @@ public:
     void drop(const CObject* object);
 
 private:
-    /// Steps know contents of lists as CObject: what lies elsewhere in its class cannot be moved.
+    /// Steps know the contents of lists as CObject: what lies elsewhere in its class cannot be
+    /// moved.
     template <class T>
     static CObject* entry(T* object) {
         CObject* known = object;

@@ -15,7 +15,8 @@ bool touches(const CIO* from, const CIO* to, const CComp* c) {
     return (from && from->comp == c) || (to && to->comp == c);
 }
 
-void take(CObject* cable, CList* from, CList* into, CUndo* undo) {
+template <class Cable>
+void take(Cable* cable, ListOf<Cable>* from, CList* into, CUndo* undo) {
     if (into) into->add(cable);
     if (undo) undo->asRemove(cable, from);
 }
@@ -37,17 +38,10 @@ void listCablesInto(CList* midi, CList* audio, CComp* to, CComp* c, CUndo* undo)
     for (auto* cable : to->audioCables)
         if (cable->fromComp == c || touches(cable->fromChannel, cable->toChannel, c))
             take(cable, &to->audioCables, audio, undo);
-    eachKeyList(to, [&](CList& keys) {
-        for (auto* cable : each<CAudioCable>(keys))
+    eachKeyList(to, [&](ListOf<CAudioCable>& keys) {
+        for (auto* cable : keys)
             if (cable->fromComp == c) take(cable, &keys, audio, undo);
     });
-}
-
-void listOutputInto(CComp* to, CObject* io, CList* cables) {
-    for (auto* cable : to->midiCables)
-        if (cable->fromPort == io) cables->add(cable);
-    for (auto* cable : to->audioCables)
-        if (cable->fromChannel == io) cables->add(cable);
 }
 
 /// `visit` gets a component, its children and, below the host, the sends, each before its children.
@@ -56,7 +50,7 @@ void eachBelow(CComp* tree, F&& visit) {
     visit(tree);
     for (auto* child : tree->comps) eachBelow(child, visit);
     if (!tree->host || tree != tree->host) return;
-    for (auto* bus : each<CComp>(tree->host->sends)) eachBelow(bus, visit);
+    for (auto* bus : tree->host->sends) eachBelow(bus, visit);
 }
 
 bool endsAt(const CComp* from, const CComp* to, const CIO* fromIO, const CIO* toIO,
@@ -163,8 +157,22 @@ void listCables(CList* midi, CList* audio, CComp* tree, CComp* c, CUndo* undo) {
     eachBelow(tree, [&](CComp* to) { listCablesInto(midi, audio, to, c, undo); });
 }
 
-void listOutput(CComp* tree, CObject* io, CList* cables) {
-    eachBelow(tree, [&](CComp* to) { listOutputInto(to, io, cables); });
+std::vector<CAudioCable*> cablesFrom(CComp* tree, const COutputChannel* channel) {
+    std::vector<CAudioCable*> found;
+    eachBelow(tree, [&](CComp* to) {
+        for (auto* cable : to->audioCables)
+            if (channel && cable->fromChannel == channel) found.push_back(cable);
+    });
+    return found;
+}
+
+std::vector<CMIDICable*> cablesFrom(CComp* tree, const CMIDIQ* port) {
+    std::vector<CMIDICable*> found;
+    eachBelow(tree, [&](CComp* to) {
+        for (auto* cable : to->midiCables)
+            if (port && cable->fromPort == port) found.push_back(cable);
+    });
+    return found;
 }
 
 void dropCables(CComp* tree, const ForgetSet& gone) {

@@ -4,6 +4,8 @@
 #include "base/Stored.h"
 #include "engine/plan/PlanFade.h"
 
+#include <vector>
+
 class CComp;
 class CInputChannel;
 class CList;
@@ -69,9 +71,10 @@ bool fedBy(const CComp* to, const COutputChannel* from);
 /// Collects every cable below `tree` (for the host also in its sends) that touches a port or
 /// channel of `c`, and records each as removed when `undo` is given. Lists may be null.
 void listCables(CList* midi, CList* audio, CComp* tree, CComp* c, CUndo* undo);
-/// Collects every cable below `tree` (for the host also in its sends) that leaves a channel or
-/// port.
-void listOutput(CComp* tree, CObject* io, CList* cables);
+/// Every cable below `tree` (for the host also in its sends) that leaves a channel or a port, of
+/// which null has none.
+std::vector<CAudioCable*> cablesFrom(CComp* tree, const COutputChannel* channel);
+std::vector<CMIDICable*> cablesFrom(CComp* tree, const CMIDIQ* port);
 
 /// Frees every cable below `tree` with an end at what goes: a component, port or channel. Interface
 /// thread, with the graph.

@@ -9,6 +9,7 @@
 #include "engine/CQV.h"
 #include "engine/DeviceComps.h"
 #include "engine/DeviceMidi.h"
+#include "engine/ObjectKinds.h"
 #include "engine/SongClock.h"
 #include "engine/SpectrumTap.h"
 #include "engine/plan/GraphPlan.h"
@@ -140,8 +141,8 @@ void send(CMIDIOut* c, DeviceBlock& block) {
 
 void receiveAll(const DeviceBlock& block) {
     for (CComp* c : qv->comps) {
-        if (c->type == compMIDIIn) receive(static_cast<CMIDIIn*>(c), block);
-        if (c->type == compAudioIn) receive(static_cast<CAudioIn*>(c), block);
+        if (auto* midi = compAs<CMIDIIn>(c)) receive(midi, block);
+        if (auto* audio = compAs<CAudioIn>(c)) receive(audio, block);
     }
 }
 
@@ -152,8 +153,8 @@ void sendAll(DeviceBlock& block) {
     if (block.from == 0)
         block.sent += size_t(qv->deviceMidi->sendOutside(block.room.subspan(ended)));
     for (CComp* c : qv->comps) {
-        if (c->type == compAudioOut) send(static_cast<CAudioOut*>(c), block, g);
-        if (c->type == compMIDIOut) send(static_cast<CMIDIOut*>(c), block);
+        if (auto* audio = compAs<CAudioOut>(c)) send(audio, block, g);
+        if (auto* midi = compAs<CMIDIOut>(c)) send(midi, block);
     }
     qv->deviceMidi->follow(block.room.subspan(ended, block.sent - ended));
 }
@@ -295,8 +296,7 @@ void CQV::runBlock(int n) {
     if (playing) advance(n);
     if (spectrumOn) spectrum->leave(getAudioOut(), n);
     plans->current().runLate(n);
-    if (auto* out = static_cast<CAudioOut*>(getAudioOut()); out && renderMode == 0)
-        out->playListened(n);
+    if (auto* out = compAs<CAudioOut>(getAudioOut()); out && renderMode == 0) out->playListened(n);
     tasks->exec(false);
     if (renderPending) {
         renderPending = false;

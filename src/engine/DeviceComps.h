@@ -27,6 +27,8 @@ public:
 /// Inputs of the device; `libio` fills its output.
 class CAudioIn : public CDeviceAudio {
 public:
+    static constexpr int ownType = compAudioIn;
+
     explicit CAudioIn(CQV* root);
     void init() override;
     void process(int frames) override;
@@ -35,6 +37,8 @@ public:
 /// Outputs of the device, where the traversal begins.
 class CAudioOut : public CDeviceAudio {
 public:
+    static constexpr int ownType = compAudioOut;
+
     /// What is heard in place of what arrives, as it leaves a strip; null for none. Interface
     /// thread, which lets go of it before it leaves the graph; blocks read it.
     Shared<const COutputChannel*> listened{nullptr};
@@ -57,6 +61,8 @@ private:
 /// velocity sensitivity and auto-quantise.
 class CMIDIIn : public CComp {
 public:
+    static constexpr int ownType = compMIDIIn;
+
     static constexpr int maxPending = 1024;
     static constexpr int fullSens = 100;
 
@@ -100,6 +106,8 @@ private:
 /// A MIDI output of the device; `libio` takes what arrives.
 class CMIDIOut : public CComp {
 public:
+    static constexpr int ownType = compMIDIOut;
+
     explicit CMIDIOut(CQV* root);
 
     Shared<int> device{-1}; ///< index of the device's MIDI output, -1 all that are enabled

@@ -3,6 +3,7 @@
 #include "engine/CMap.h"
 #include "engine/CQV.h"
 #include "engine/DeviceComps.h"
+#include "engine/ObjectKinds.h"
 #include "engine/ValueDoor.h"
 #include "engine/plan/GraphPlan.h"
 
@@ -52,7 +53,7 @@ void forgetObjects(CQV* host, const ForgetSet& gone) {
         dropCables(host, gone);
         host->plans->forget(gone);
         for (auto* c : host->comps)
-            if (c->type == compAudioOut) static_cast<CAudioOut*>(c)->forget(gone);
+            if (auto* out = compAs<CAudioOut>(c)) out->forget(gone);
     }
     for (const CObject* object : gone.all()) host->values->forget(object);
     for (int i = 0; i < numHooks; ++i) hooks[i](host, gone);

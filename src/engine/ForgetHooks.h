@@ -28,9 +28,9 @@ private:
 
 /// Takes the objects of a set out of a list of T.
 template <class T>
-void removeGone(CList& list, const ForgetSet& gone) {
+void removeGone(ListOf<T>& list, const ForgetSet& gone) {
     std::vector<T*> found;
-    for (auto* object : each<T>(list))
+    for (auto* object : list)
         if (gone.has(object)) found.push_back(object);
     for (T* object : found) list.remove(object);
 }

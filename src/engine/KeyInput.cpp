@@ -20,7 +20,7 @@ bool standsInPlan(const CComp* comp) {
 }
 
 bool closesCircle(CComp* keyed, COutputChannel* from) {
-    const Upstream up(stripOwner(from), listContents);
+    const Upstream up(stripOwner(from), ListReader());
     CComp* const c = waitingFor(keyed);
     return keyed == c ? up.hasWork(c) : up.hasStrip(c);
 }
@@ -85,8 +85,8 @@ bool setKey(CComp* keyed, COutputChannel* from) {
 std::vector<COutputChannel*> keySources(CComp* keyed) {
     std::vector<COutputChannel*> all;
     CQV* host = keyed->host;
-    for (const CList* list : listsOf(host->comps, host->sends))
-        for (auto* c : each<CComp>(*list))
+    for (const auto* list : listsOf(host->comps, host->sends))
+        for (auto* c : *list)
             for (auto* strip : c->outputs)
                 if (mayKey(keyed, strip)) all.push_back(strip);
     return all;
@@ -111,8 +111,8 @@ void eachKeyed(CQV* host, const std::function<void(CComp*, CKeyInput&)>& visit) 
     const auto look = [&visit](CComp* c) {
         if (CKeyInput* key = keyInputOf(c)) visit(c, *key);
     };
-    for (const CList* list : listsOf(host->comps, host->sends))
-        for (auto* c : each<CComp>(*list)) {
+    for (const auto* list : listsOf(host->comps, host->sends))
+        for (auto* c : *list) {
             look(c);
             c->eachInsert(look);
         }

@@ -127,8 +127,8 @@ bool holds(const COutputChannel* ch, const CObject* target) {
 }
 
 /// Finds the top-level component in `list` that has the map's target as a channel, or within one.
-bool findPlace(CMap* map, const CList& list) {
-    for (CComp* c : each<CComp>(list)) {
+bool findPlace(CMap* map, const ListOf<CComp>& list) {
+    for (CComp* c : list) {
         for (COutputChannel* ch : c->outputs) {
             const bool within = holds(ch, map->target);
             if (!within && ch != map->target) continue;

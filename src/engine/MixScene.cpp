@@ -58,9 +58,9 @@ std::vector<SceneStrip> listStrips(CQV* host) {
     std::vector<SceneStrip> all;
     const VisitStrips add = [&all](const SceneStrip& strip) { all.push_back(strip); };
     for (const int list : {0, sendsList}) {
-        const CList& comps = list ? static_cast<const CList&>(host->sends) : host->comps;
+        const auto& comps = list ? host->sends : host->comps;
         int at = 0;
-        for (auto* c : each<CComp>(comps)) visitOutputs(c, {list, at++, -1}, add);
+        for (auto* c : comps) visitOutputs(c, {list, at++, -1}, add);
     }
     for (const InnerStrips inner : innerStrips()) inner(host, nullptr, add);
     return all;

@@ -24,6 +24,11 @@ ConstAs<T, O>* objectAs(O* object, int category, int type) {
     const bool is = object && object->category == category && object->type == type;
     return is ? static_cast<ConstAs<T, O>*>(object) : nullptr;
 }
+/// A component as one of class `T`.
+template <class T, class O>
+auto* compAs(O* object) {
+    return objectAs<T>(object, categoryComp, T::ownType);
+}
 template <class O>
 auto* asStrip(O* object) {
     return objectAs<COutputChannel>(object, categoryChannel, channelOutput);

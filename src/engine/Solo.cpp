@@ -7,8 +7,8 @@
 namespace {
 
 template <class F>
-void eachStrip(const CList& comps, F&& visit) {
-    for (CComp* c : each<CComp>(comps))
+void eachStrip(const ListOf<CComp>& comps, F&& visit) {
+    for (CComp* c : comps)
         for (COutputChannel* ch : c->outputs) visit(c, ch);
 }
 
@@ -52,14 +52,14 @@ private:
 void spreadSolo(CQV* host) {
     assert(host->heldByThread());
     int solo = 0;
-    for (const CList* list : listsOf(host->comps, host->sends))
+    for (const auto* list : listsOf(host->comps, host->sends))
         eachStrip(*list, [&solo](CComp*, const COutputChannel* ch) { solo |= ch->solo ? 1 : 0; });
-    for (const CList* list : listsOf(host->comps, host->sends))
+    for (const auto* list : listsOf(host->comps, host->sends))
         eachStrip(*list,
                   [solo](CComp*, COutputChannel* ch) { ch->anySolo = ch->soloSafe ? 0 : solo; });
     if (!solo) return;
     Spread spread(host);
-    for (const CList* list : listsOf(host->comps, host->sends))
+    for (const auto* list : listsOf(host->comps, host->sends))
         eachStrip(*list, [&spread](CComp* c, COutputChannel* ch) {
             if (ch->solo) spread.spareFeeds(c, ch);
         });

@@ -101,7 +101,7 @@ void Transport::startNow() {
     root->clock->restart();
     root->plans->current().latency().settleFades();
     for (CComp* c : root->comps) startComp(c);
-    for (CComp* bus : each<CComp>(root->sends)) startComp(bus);
+    for (CComp* bus : root->sends) startComp(bus);
     root->hostNotices.raise(HostNotice::transport);
     root->createTempoMap();
 }

@@ -222,17 +222,17 @@ void UndoHost::setHeldRate(double rate) {
 }
 
 void UndoHost::eachHeld(const std::function<void(CObject*)>& visit) {
-    for (const CList* steps : listsOf(undoList, openSteps, dying))
-        for (auto* u : each<CUndo>(*steps))
+    for (const auto* steps : listsOf(undoList, openSteps, dying))
+        for (auto* u : *steps)
             for (auto* item : u->items) {
-                for (auto* object : each<CObject>(item->holding)) visit(object);
+                for (auto* object : item->holding) visit(object);
                 if (item->replaced) visit(item->replaced);
             }
 }
 
 void UndoHost::forgetInSteps(const CObject* object) {
-    for (const CList* steps : listsOf(undoList, openSteps, dying))
-        for (auto* u : each<CUndo>(*steps)) u->drop(object);
+    for (const auto* steps : listsOf(undoList, openSteps, dying))
+        for (auto* u : *steps) u->drop(object);
     qv->values->forget(object);
 }
 
@@ -264,8 +264,8 @@ void UndoHost::send() {
 void UndoHost::reserveSends(CUndo* u) {
     for (auto* item : u->items) {
         if (!item->touches(&qv->sends) || !item->reorder.empty()) continue;
-        for (const CList* list : listsOf(qv->comps, qv->sends))
-            for (auto* c : each<CComp>(*list)) c->copySendData(&item->reorder);
+        for (const auto* list : listsOf(qv->comps, qv->sends))
+            for (auto* c : *list) c->copySendData(&item->reorder);
         for (auto* other : u->items) {
             if (!other->held()) continue;
             if (CComp* c = asComp(other->object)) c->copySendData(&item->reorder);

@@ -144,7 +144,7 @@ UndoPlan::Change& UndoPlan::change(CList* list) {
     known = changes.back().get();
     known->list = list;
     known->version = list->version();
-    for (auto* object : each<CObject>(*list)) known->contents.push_back(object);
+    known->contents = objectsIn(*list);
     return *known;
 }
 

@@ -73,13 +73,13 @@ public:
     std::function<bool()> inputHeld;
     KeyPlayer* keyPlayer = nullptr; ///< not owned; null while nobody plays on the keys
 
-    CPoint lastMousePos;       ///< on the screen, of the last press
-    long lastMouseTime = -1;   ///< of the last press that can begin a double click, -1 none
-    int lastModKey = 0;        ///< flags of the last mouse event
-    int lastMouseBtn = 0;      ///< 1 left, 2 right button of the last press, 0 after a release
-    int pressedButton = 0;     ///< number of the button that began the press; 0 without one
-    CWin* lastWin = nullptr;   ///< that is being told of its new focus
-    CList* dragList = nullptr; ///< of CDropItem, owned with its contents; null without a drag
+    CPoint lastMousePos;     ///< on the screen, of the last press
+    long lastMouseTime = -1; ///< of the last press that can begin a double click, -1 none
+    int lastModKey = 0;      ///< flags of the last mouse event
+    int lastMouseBtn = 0;    ///< 1 left, 2 right button of the last press, 0 after a release
+    int pressedButton = 0;   ///< number of the button that began the press; 0 without one
+    CWin* lastWin = nullptr; ///< that is being told of its new focus
+    ListOf<CDropItem>* dragList = nullptr; ///< owned, with its contents; null without a drag
     CCtrl *dragCtrl = nullptr, *dragOverCtrl = nullptr;
     CDrag drag{this};                  ///< of a control inside its window
     std::unique_ptr<TouchInput> touch; ///< null until `open`
@@ -115,8 +115,8 @@ public:
     /// empty now.
     void startDrag(CCtrl* ctrl);
     void endDrag(); ///< ends it, dropped or not
-    CList* getDraglist() const { return dragList; }
-    CList* getDropItems() const { return dragList; }
+    ListOf<CDropItem>* getDraglist() const { return dragList; }
+    ListOf<CDropItem>* getDropItems() const { return dragList; }
     bool hasDragObj(const CObject* object) const;           ///< dragged as the object of an item
     bool hasDragType(int dropType) const;                   ///< an item of that `CDropItem::type`
     bool dragHasObject(int objCategory, int objType) const; ///< an object of that class

@@ -21,7 +21,7 @@ bool CApp::keptByMethod(const XEvent& event) {
 
 CWin* CApp::keyWindow(CWin* win) const {
     if (CWin* owner = getMDIOwner(win)) return owner;
-    return win->hasStyle(winPages) && win->parent ? static_cast<CWin*>(win->parent) : win;
+    return win->hasStyle(winPages) && win->parent ? win->outer() : win;
 }
 
 /// Gives what a press writes to the text field with the focus, character by character; false when

@@ -57,7 +57,7 @@ CWin::~CWin() {
     deleteAll(controls);
     releaseChildren();
     if (CMDI* area = pageArea()) area->pageGone(this);
-    if (parent && hasStyle(winChild)) static_cast<CWin*>(parent)->children.remove(this);
+    if (parent && hasStyle(winChild)) outer()->children.remove(this);
     app->removeWindow(handle, this);
     app->forget(this);
     delete onShowMenu;
@@ -84,7 +84,7 @@ void CWin::forgetHover() {
 }
 
 void CWin::createHandle() {
-    auto* owner = static_cast<CWin*>(parent);
+    auto* owner = outer();
     if (owner && hasStyle(winChild)) owner->children.add(this);
     if (Display* display = liveDisplay()) {
         XConnection& x = xConnection();
@@ -124,7 +124,7 @@ void CWin::setHints() {
         XChangeProperty(display, handle, x.atoms.motifHints, x.atoms.motifHints, 32,
                         PropModeReplace, reinterpret_cast<const unsigned char*>(noDecorations), 5);
     }
-    if (parent) XSetTransientForHint(display, handle, static_cast<CWin*>(parent)->handle);
+    if (parent) XSetTransientForHint(display, handle, outer()->handle);
     if (!hasStyle(winChild | winPopup | winFloating)) XdndTarget::announce(handle);
     Atom closing = x.atoms.wmDelete;
     XSetWMProtocols(display, handle, &closing, 1);
@@ -252,7 +252,7 @@ CPoint CWin::getPos(bool onScreen) {
     Display* display = liveDisplay();
     if (!display) return asPoint(left, top);
     Window from = xConnection().root, child;
-    if (!onScreen && parent && hasStyle(winChild)) from = static_cast<CWin*>(parent)->handle;
+    if (!onScreen && parent && hasStyle(winChild)) from = outer()->handle;
     int x = toDevice(left), y = toDevice(top);
     XTranslateCoordinates(display, handle, from, 0, 0, &x, &y, &child);
     return toLogical(asPoint(x, y));

@@ -144,6 +144,7 @@ public:
     bool dropAt(int x, int y, int btn);
     bool isViewable() const;
 
+    CWin* outer() const;    ///< the `parent`, which is a window too; null without one
     bool isPage() const;    ///< lies in the area of pages of another window
     CMDI* pageArea() const; ///< that area; null for no page
     /// Whether the keys of the user come here: of a page, when it is in front and its owner has the

@@ -39,8 +39,7 @@ CPoint CApp::menuPoint() const {
 std::vector<CCtrl*> CWin::tabStops() {
     std::vector<CCtrl*> stops;
     const CCtrl* now = keyTarget();
-    for (CCtrl* part : {static_cast<CCtrl*>(menu), static_cast<CCtrl*>(toolbar),
-                        static_cast<CCtrl*>(clientGroup)})
+    for (CCtrl* part : std::initializer_list<CCtrl*>{menu, toolbar, clientGroup})
         if (part) collectStops(part, now, stops);
     if (!mdi || !mdi->visible || !mdi->current) return stops;
     const std::vector<CCtrl*> inner = mdi->current->tabStops();

@@ -168,7 +168,7 @@ void CWin::fillCaptionMenu(CPopup* popup) {
         entry->data = this;
     };
     if (hasStyle(winSizable)) add(hasStyle(winMaximized) ? "Restore" : "Maximize", tagSize);
-    auto* owner = static_cast<CWin*>(parent);
+    auto* owner = outer();
     CMDI* area = isPage() || !owner ? pageArea() : owner->mdi;
     if (hasStyle(winDockable) && area) area->addDockMenu(popup, this);
     popup->addSeparator();
@@ -300,7 +300,7 @@ bool CWin::dropAt(int x, int y, int btn) {
 
 bool CWin::keyDown(int key, int mods) {
     if (offerKey(key, mods) || ownKey(key, mods)) return true;
-    auto* owner = static_cast<CWin*>(parent);
+    auto* owner = outer();
     return hasStyle(winKeysToOwner) && owner && !owner->hasStyle(winPages) &&
            owner->keyDown(key, mods);
 }

@@ -35,17 +35,21 @@ void withdraw(Display* display, Window window) {
 
 } // namespace
 
+CWin* CWin::outer() const {
+    return static_cast<CWin*>(parent);
+}
+
 bool CWin::isPage() const {
-    return hasStyle(winChild) && parent && static_cast<CWin*>(parent)->hasStyle(winPages);
+    return hasStyle(winChild) && parent && outer()->hasStyle(winPages);
 }
 
 CMDI* CWin::pageArea() const {
-    return isPage() ? static_cast<CMDI*>(static_cast<CWin*>(parent)) : nullptr;
+    return isPage() ? static_cast<CMDI*>(outer()) : nullptr;
 }
 
 CWin* getMDIOwner(const CWin* win) {
     const CMDI* area = win->pageArea();
-    return area ? static_cast<CWin*>(area->parent) : nullptr;
+    return area ? area->outer() : nullptr;
 }
 
 bool CWin::takesKeys() {

@@ -46,7 +46,7 @@ void CWin::show(bool activate) {
 
 void CWin::centre() {
     style &= ~winCentre;
-    auto* owner = static_cast<CWin*>(parent);
+    auto* owner = outer();
     const CRect room = monitorOf(owner);
     CRect around = room;
     if (owner && owner->visible) {
@@ -213,7 +213,7 @@ bool CWin::takesPress(unsigned long target) const {
     const CWin* w = app->windowOf(target);
     if (!w) return true; // an editor of others inside one of our windows
     if (w->hasStyle(winPopup) || app->menus.contains(w)) return true;
-    while (w != this && w->hasStyle(winChild) && w->parent) w = static_cast<CWin*>(w->parent);
+    while (w != this && w->hasStyle(winChild) && w->parent) w = w->outer();
     return w == this;
 }
 

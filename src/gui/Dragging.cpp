@@ -33,13 +33,13 @@ CCtrl* dropTarget(CWin* win, CPoint pointer) {
 
 void CApp::startDrag(CCtrl* ctrl) {
     if (dragList) endDrag();
-    dragList = new CList;
+    dragList = new ListOf<CDropItem>;
     dragCtrl = ctrl;
 }
 
 void CApp::endDrag() {
     if (onEndDrag && dragList) (*onEndDrag)(this);
-    if (dragList) deleteAll<CDropItem>(*dragList);
+    if (dragList) deleteAll(*dragList);
     delete dragList;
     dragList = nullptr;
     dragCtrl = nullptr;
@@ -52,21 +52,21 @@ void CApp::hideDragWin() {
 
 bool CApp::hasDragObj(const CObject* object) const {
     if (!dragList) return false;
-    for (const CDropItem* item : each<CDropItem>(*dragList))
+    for (const CDropItem* item : *dragList)
         if (item->object == object) return true;
     return false;
 }
 
 bool CApp::hasDragType(int dropType) const {
     if (!dragList) return false;
-    for (const CDropItem* item : each<CDropItem>(*dragList))
+    for (const CDropItem* item : *dragList)
         if (item->type == dropType) return true;
     return false;
 }
 
 bool CApp::dragHasObject(int objCategory, int objType) const {
     if (!dragList) return false;
-    for (const CDropItem* item : each<CDropItem>(*dragList))
+    for (const CDropItem* item : *dragList)
         if (item->object && item->object->asType(objCategory, objType)) return true;
     return false;
 }
@@ -94,7 +94,7 @@ void CApp::moveDragWin() {
     if (!dragWin) dragWin = std::make_unique<CDragWin>(this, mainWin);
     dragWin->setPos(pointer.x + besidePointer, pointer.y + belowPointer);
     if (dragWin->visible) return;
-    dragWin->setText(static_cast<CObject*>(dragList->first())->id);
+    dragWin->setText(dragList->first()->id);
     dragWin->show(false);
 }
 

@@ -65,7 +65,7 @@ void CArp::write(CStream* stream) {
     writeIntBlock(stream, "ccgate", ccGate);
     writeIntBlock(stream, "ccswing", ccSwing);
     writeIntBlock(stream, "progi", curProg);
-    for (auto* prog : each<CArpProg>(progs)) writeProgram(stream, *prog);
+    for (auto* prog : programs()) writeProgram(stream, *prog);
 }
 
 ArpContent::ArpContent(const CArp& preset)

@@ -154,7 +154,7 @@ CArpVoice* CArp::keyReleased(int note) {
         return nullptr;
     }
     // Another program may have been current when the key was pressed.
-    for (auto* p : each<CArpProg>(progs)) p->removeKey(note);
+    for (auto* p : programs()) p->removeKey(note);
     CArpVoice* voice = activeVoice();
     if (!voice || prog->keyCount > 0) return voice;
     voice->active = false;
@@ -162,7 +162,7 @@ CArpVoice* CArp::keyReleased(int note) {
 }
 
 void CArp::releaseLatched() {
-    for (auto* p : each<CArpProg>(progs)) p->removeLatched();
+    for (auto* p : programs()) p->removeLatched();
     CArpProg* prog = getProg();
     if (!prog || prog->keyCount < 1) return deleteAllVoices();
     prog->buildPattern(activeVoice(), chance);
@@ -193,7 +193,7 @@ void CArp::deleteAllVoices() {
         v.active = false;
         v.prog = nullptr;
     }
-    for (auto* prog : each<CArpProg>(progs)) prog->removeAllKeys();
+    for (auto* prog : programs()) prog->removeAllKeys();
 }
 
 double CArp::getSync() {

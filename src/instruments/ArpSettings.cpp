@@ -10,10 +10,10 @@ namespace {
 using Numbers = StoredValue::Numbers;
 
 CArpProg* program(CObject* arp, int index) {
-    return static_cast<CArpProg*>(static_cast<CArp*>(arp)->progs.items(index));
+    return static_cast<CArp*>(arp)->programs().items(index);
 }
 const CArpProg* program(const CObject* arp, int index) {
-    return static_cast<const CArpProg*>(static_cast<const CArp*>(arp)->progs.items(index));
+    return static_cast<const CArp*>(arp)->programs().items(index);
 }
 
 template <auto field, SettingBound least, SettingBound most>

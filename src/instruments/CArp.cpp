@@ -61,9 +61,8 @@ void CArp::perform(CUndoItem* item, int) {
 CComp* CArp::copy() {
     auto* twin = new CArp(host);
     twin->copyData(this);
-    for (int i = 0; i < progs.getCount(); i++)
-        static_cast<CArpProg*>(twin->progs.items(i))
-            ->copySettings(*static_cast<CArpProg*>(progs.items(i)));
+    int i = 0;
+    for (const auto* prog : programs()) twin->programs().items(i++)->copySettings(*prog);
     twin->copyIO(this);
     return twin;
 }
@@ -77,8 +76,12 @@ void CArp::setProgName(int index, const CStr& name) {
     if (CProgram* prog = getProgram(index)) prog->id = name;
 }
 
+ListView<CArpProg> CArp::programs() const {
+    return listAs<CArpProg>(progs);
+}
+
 CArpProg* CArp::getProg() {
-    return static_cast<CArpProg*>(getProgram(-1));
+    return programs().items(curProg);
 }
 
 // Settings.
@@ -162,11 +165,8 @@ bool CArp::openFromStream(CStream* stream) {
     if (content.progs.empty()) return false;
     CUndo* step = host->undoStart("Open", this, {.comp = CompNotice::program});
     step->asInt(curProg.address()); // undone last
-    for (auto* prog : each<CArpProg>(progs)) step->asRemove(prog, &progs);
-    while (auto* prog = static_cast<CArpProg*>(content.progs.getFirst())) {
-        content.progs.del(0);
-        step->asAdd(prog, &progs);
-    }
+    for (auto* prog : programs()) step->asRemove(prog, &progs);
+    step->asAddAll(content.progs, &progs);
     step->asInt(curProg.address()); // redone last
     host->undoEnd(step, true);
     setProg(0);

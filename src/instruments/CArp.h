@@ -17,6 +17,8 @@
 /// the arpeggiator is switched off, cleared or played another program.
 class CArp : public CComp {
 public:
+    static constexpr int ownType = compArp;
+
     static constexpr int voiceCount = 32;
     /// Length of the two steps of a pair at full swing.
     static constexpr double swing[2] = {0.67, 1.33};
@@ -46,6 +48,7 @@ public:
     CStr getProgName(int index) override;
     void setProgName(int index, const CStr& name) override;
 
+    ListView<CArpProg> programs() const;
     CArpProg* getProg(); ///< the current one, or null
 
     // Settings of the current program, as its setters clamp them. Any thread but the audio thread.

@@ -48,8 +48,8 @@ public:
 };
 
 /// The sounds of a layer of drums, for a range-based `for`.
-inline CListRange<CDrumSound> drumSounds(const CLayer& layer) {
-    return each<CDrumSound>(layer.sounds);
+inline ListView<CDrumSound> drumSounds(const CLayer& layer) {
+    return listAs<CDrumSound>(layer.sounds);
 }
 /// Pixels above the lane of a sound of this layer.
 int getDrumTop(const CLayer& layer, const CDrumSound* sound);

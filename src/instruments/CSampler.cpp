@@ -10,6 +10,7 @@
 #include "engine/CUndo.h"
 #include "engine/ParamUnit.h"
 #include "instruments/COSCSound.h"
+#include "instruments/CSampleClip.h"
 #include "instruments/CWavSound.h"
 #include "instruments/FactoryPrograms.h"
 #include "instruments/SamplerContent.h"
@@ -32,14 +33,6 @@ void exchange(CList& a, CList& b) {
     for (int i = 0; i < count; i++) b.move(&a, a.getFirst(), -1);
 }
 
-/// Hands what a list holds to a step that adds it to another.
-void recordAll(CUndo* step, CList& from, CList& to) {
-    while (auto* object = static_cast<CObject*>(from.getFirst())) {
-        from.del(0);
-        step->asAdd(object, &to);
-    }
-}
-
 } // namespace
 
 CSampler::CSampler(CQV* root)
@@ -59,7 +52,7 @@ void CSampler::afteridle() {
 
 void CSampler::start() {
     unsigned number = unsigned(host->comps.indexed(this)) << 8;
-    for (auto* prog : each<CSynthProg>(progs)) prog->start(number++);
+    for (auto* prog : programs()) prog->start(number++);
 }
 
 void CSampler::prepare(int frames) {
@@ -68,17 +61,17 @@ void CSampler::prepare(int frames) {
 }
 
 void CSampler::setFrames(int frames) {
-    for (auto* prog : each<CSynthProg>(progs)) prog->setFrames(frames);
+    for (auto* prog : programs()) prog->setFrames(frames);
     CComp::setFrames(frames);
 }
 
 void CSampler::setRate(double rate) {
     CComp::setRate(rate);
-    for (auto* prog : each<CSynthProg>(progs)) prog->setRate(float(rate));
+    for (auto* prog : programs()) prog->setRate(float(rate));
 }
 
 CSynthProg* CSampler::getProg() {
-    return static_cast<CSynthProg*>(progs.items(curProg));
+    return programs().items(curProg);
 }
 
 CLayer* CSampler::getLayer() {
@@ -185,12 +178,12 @@ CComp* CSampler::copy() {
 }
 
 CStr CSampler::getProgName(int index) {
-    auto* prog = static_cast<CSynthProg*>(progs.items(index));
+    const auto* prog = programs().items(index);
     return prog ? prog->id : CStr();
 }
 
 void CSampler::setProgName(int index, const CStr& name) {
-    if (auto* prog = static_cast<CSynthProg*>(progs.items(index))) prog->id = name;
+    if (auto* prog = programs().items(index)) prog->id = name;
 }
 
 int CSampler::factoryProg(CUndo* undo, int index, CStr& name, bool build) {
@@ -258,20 +251,20 @@ void CSampler::write(CStream* stream) {
     for (auto* clip : clips) writeClip(stream, clip);
     writeIntBlock(stream, "mch", mch);
     writeIntBlock(stream, "progi", curProg);
-    for (auto* prog : each<CSynthProg>(progs)) saveProg(stream, prog, clips);
+    for (auto* prog : programs()) saveProg(stream, prog, clips);
     stream->writeId("options", optionBytes);
     stream->write(options, optionBytes);
 }
 
 void CSampler::writeToStream(CStream* stream, CSynthProg* prog) {
-    CList used;
+    ListOf<CSampleClip> used;
     prog->eachSound([&](CSound* s) {
         if (s->type != typeWavSound) return;
         auto* wav = static_cast<CWavSound*>(s);
         if (wav->clipCount > 0) used.addUnique(wav->clips[0]);
     });
     writeFiletype(stream);
-    for (auto* clip : each<CSampleClip>(used)) writeClip(stream, clip);
+    for (auto* clip : used) writeClip(stream, clip);
     saveProg(stream, prog, used);
 }
 
@@ -309,8 +302,8 @@ void CSampler::openFromStream(CStream* stream) {
     const int firstNew = progs.getCount();
     CUndo* step = host->undoStart("Open", this, {.comp = CompNotice::program});
     const bool any = !content.progs.empty();
-    recordAll(step, content.clips, clips);
-    recordAll(step, content.progs, progs);
+    step->asAddAll(content.clips, &clips);
+    step->asAddAll(content.progs, &progs);
     if (any) step->asInt(curProg.address());
     host->undoEnd(step, true);
     if (any) setProg(firstNew);

@@ -19,6 +19,8 @@ class SamplerContent;
 /// one sounds, and 64 voices that all of its sounds share.
 class CSampler : public CComp, public StyledMacros {
 public:
+    static constexpr int ownType = compSampler;
+
     static constexpr int voiceCount = 64;
     static constexpr int controllers = 128;
     static constexpr int optionBytes = 32;
@@ -72,6 +74,7 @@ public:
     /// See FactoryPrograms.h. Without `undo` the program is linked at once.
     int factoryProg(CUndo* undo, int index, CStr& name, bool build) override;
 
+    ListView<CSynthProg> programs() const { return listAs<CSynthProg>(progs); }
     CSynthProg* getProg(); ///< the current one, or null
     CLayer* getLayer();    ///< its current layer, or null
 

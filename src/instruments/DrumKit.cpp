@@ -188,10 +188,10 @@ void DrumKit::keepSound(CSound* made) {
 }
 
 void writeDrumKit(CStream* stream, const CStr& name, const CLayer& layer) {
-    CList used;
+    ListOf<CSampleClip> used;
     for (const CDrumSound* s : drumSounds(layer))
         if (s->clipCount > 0) used.addUnique(s->clips[0]);
-    for (auto* clip : each<CSampleClip>(used)) writeClip(stream, clip);
+    for (auto* clip : used) writeClip(stream, clip);
     stream->writeId("prog", 0);
     stream->writeId("progid", name.length() + int(sizeof(int)));
     stream->writeStr(name);

@@ -75,7 +75,7 @@ void takeFactoryProgram(CSampler* sampler, int index) {
 namespace {
 
 /// Of sounds that play files.
-void listClips(CSynthProg& prog, CList& clips) {
+void listClips(CSynthProg& prog, ListOf<CSampleClip>& clips) {
     prog.eachSound([&](CSound* s) {
         if (s->type != typeWavSound) return;
         const auto* wav = static_cast<const CWavSound*>(s);
@@ -85,11 +85,11 @@ void listClips(CSynthProg& prog, CList& clips) {
 
 /// The clips that nothing but a program that goes has played go with it.
 void removeClips(CSampler* sampler, CSynthProg* leaver, CUndo* undo) {
-    CList gone, stay;
+    ListOf<CSampleClip> gone, stay;
     listClips(*leaver, gone);
-    for (auto* prog : each<CSynthProg>(sampler->progs))
+    for (auto* prog : sampler->programs())
         if (prog != leaver) listClips(*prog, stay);
-    for (auto* clip : each<CSampleClip>(gone))
+    for (auto* clip : gone)
         if (!stay.contains(clip) && sampler->clips.contains(clip))
             undo->asRemove(clip, &sampler->clips);
 }
@@ -102,7 +102,7 @@ bool takeProgramFile(CSampler* sampler, const CStr& path) {
     CFileStream file(path, 0);
     SamplerContent content(sampler->host, sampler);
     if (file.isOpen()) content.read(&file, file.getSize());
-    auto* made = static_cast<CSynthProg*>(content.progs.getFirst());
+    auto* made = content.progs.getFirst();
     if (!made) return false;
     const int place = sampler->curProg;
     step(sampler, "Take program", [&](CUndo* undo) {

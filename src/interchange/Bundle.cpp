@@ -83,8 +83,8 @@ void listPlugins(CComp* comp, std::set<std::string>& lines) {
 
 std::string pluginLines(CQV* host) {
     std::set<std::string> lines;
-    for (const CList* list : listsOf(host->comps, host->sends))
-        for (auto* comp : each<CComp>(*list)) listPlugins(comp, lines);
+    for (const auto* list : listsOf(host->comps, host->sends))
+        for (auto* comp : *list) listPlugins(comp, lines);
     std::string text;
     for (const std::string& line : lines) text += line + "\n";
     return text;

@@ -86,7 +86,7 @@ void CEqWin::makeBand(int index) {
     band.form->spokenName = "Form, band " + number;
     band.form->hint = "Low shelf, peak, high shelf, low pass, high pass";
     for (const char* f : forms) band.form->add(f);
-    band.form->onChange = new _COnChange<CEqWin>(this, &CEqWin::formChosen);
+    band.form->onChange = new _COnChange(this, &CEqWin::formChosen);
     addControl(band.power);
     addControl(band.form);
     for (size_t i = 0; i < band.values.size(); i++) {
@@ -165,8 +165,8 @@ void CEqWin::powerClicked(CObject* sender) {
     refresh();
 }
 
-void CEqWin::formChosen(CObject* sender) {
-    const auto* form = static_cast<CDropdown*>(sender);
+void CEqWin::formChosen(CDropdown* sender) {
+    const auto* form = sender;
     if (form->index >= 0) qv->values->set(eqTypeOf(strip.channel, form->tag), form->index);
     refresh();
 }

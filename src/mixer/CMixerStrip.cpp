@@ -199,7 +199,7 @@ void CMixerStrip::refresh() {
     }
     const auto& buses = of.comp->host->sends;
     for (size_t i = 0; i < sends.size(); i++) {
-        const auto* bus = static_cast<const CComp*>(buses.items(int(i)));
+        const auto* bus = buses.items(int(i));
         const CStr label = bus ? bus->id : CStr();
         if (!(sends[i]->label == label)) {
             sends[i]->label = label;

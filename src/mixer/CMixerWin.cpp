@@ -190,17 +190,16 @@ void CMixerWin::programChanged() {
 // Menus.
 
 void CMixerWin::mergeMenu(CMenu* menuBar) {
-    menuBar->add("Mixer", new _COnChange<CMixerWin>(this, &CMixerWin::menuClicked), menuChannel);
-    menuBar->add("Sections", new _COnChange<CMixerWin>(this, &CMixerWin::sectionsClicked),
-                 menuOptions);
+    menuBar->add("Mixer", new _COnChange(this, &CMixerWin::menuClicked), menuChannel);
+    menuBar->add("Sections", new _COnChange(this, &CMixerWin::sectionsClicked), menuOptions);
 }
 
-void CMixerWin::menuClicked(CObject* sender) {
-    panel->menus.fillStrips(static_cast<CPopup*>(sender));
+void CMixerWin::menuClicked(CPopup* sender) {
+    panel->menus.fillStrips(sender);
 }
 
-void CMixerWin::sectionsClicked(CObject* sender) {
-    auto* popup = static_cast<CPopup*>(sender);
+void CMixerWin::sectionsClicked(CPopup* sender) {
+    auto* popup = sender;
     for (int i = 0; i < stripSections; i++) {
         CMenuItem* item =
             popup->add(titleOf(StripSection(i)),

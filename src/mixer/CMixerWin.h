@@ -44,8 +44,8 @@ private:
     void bindOwn();
     bool runOnStrips(const CStr& name);
     void stepProg(int by);
-    void menuClicked(CObject* sender);
-    void sectionsClicked(CObject* sender);
+    void menuClicked(CPopup* sender);
+    void sectionsClicked(CPopup* sender);
     void showSectionClicked(CObject* sender);
     void showRowsClicked(CObject* sender);
     void programChanged();

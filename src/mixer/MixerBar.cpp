@@ -107,7 +107,7 @@ MixerBar::MixerBar(CWin* owner, CMixerPanel& below)
                      &MixerBar::soloClicked);
     solo->litSkin = &clMixSoloPushed;
     for (CButton* b : {programs, scenes, filter})
-        b->onPaint = new _COnPaint<MixerBar>(this, &MixerBar::paintChoice);
+        b->onPaint = new _COnPaint(this, &MixerBar::paintChoice);
 }
 
 void MixerBar::enter(Group& group, CCtrl* made) {
@@ -164,8 +164,8 @@ void MixerBar::resized() {
 }
 
 /// With a mark that tells of a menu.
-void MixerBar::paintChoice(CObject* sender, CGraphic* g, CRect rect) {
-    const auto* button = static_cast<CButton*>(sender);
+void MixerBar::paintChoice(CButton* sender, CGraphic* g, CRect rect) {
+    const auto* button = sender;
     const int colour = button->lit ? button->faceColour() : win->app->gui->palette.text;
     constexpr int arrowRoom = 14, arrowReach = 3, margin = 6;
     const CRect box = asRect(margin, 0, rect.right - arrowRoom, rect.bottom);

@@ -7,6 +7,7 @@
 #include "effects/Inserts.h"
 #include "engine/CGroupCh.h"
 #include "engine/CQV.h"
+#include "engine/ObjectKinds.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
@@ -171,9 +172,9 @@ void CMixerPanel::stepInsert(CMixerStrip& strip, int index, int by) {
 
 bool CMixerPanel::takesInsertDrop() const {
     if (win->app->hasDragType(dropInsert)) return true;
-    const CList* items = win->app->dragList;
+    const auto* items = win->app->dragList;
     if (!items) return false;
-    for (const auto* item : each<CDropItem>(*items))
+    for (const auto* item : *items)
         if (item->type == dropFile && sameText(extractFileExt(item->path), presetExt)) return true;
     return false;
 }
@@ -189,9 +190,9 @@ void CMixerPanel::dropInserts(const MixerStrip& strip, int index, int btn) {
         if (win->app->onStrayDrop) (*win->app->onStrayDrop)(win->app);
         return;
     }
-    for (const auto* item : each<CDropItem>(*win->app->dragList)) {
+    for (const auto* item : *win->app->dragList) {
         if (item->type == dropInsert) {
-            auto* insert = static_cast<CComp*>(item->object);
+            auto* insert = asComp(item->object);
             const auto from = std::ranges::find_if(
                 all, [insert](const MixerStrip& s) { return s.channel->inserts.contains(insert); });
             if (from == all.end()) continue;

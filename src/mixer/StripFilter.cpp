@@ -28,7 +28,7 @@ bool reaches(CQV* host, const COutputChannel* ch, const Channels& goals,
     for (const auto* c : host->comps)
         if (c->type != compSeq && fedBy(c, ch) && through(c)) return true;
     int bus = 0;
-    for (const auto* c : each<CComp>(host->sends)) {
+    for (const auto* c : host->sends) {
         const CSend* send = ch->sendLevels[bus];
         if (send->level > 0.0f && !send->muted && through(c)) return true;
         if (++bus == maxSends) break;

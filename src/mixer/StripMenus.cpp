@@ -6,6 +6,7 @@
 #include "effects/Inserts.h"
 #include "engine/CQV.h"
 #include "engine/KeyInput.h"
+#include "engine/ObjectKinds.h"
 #include "engine/StripValues.h"
 #include "engine/ValueDoor.h"
 #include "gui/CApp.h"
@@ -236,8 +237,8 @@ void StripMenus::presetChosen(CObject*) {
 void StripMenus::takePreset(const CStr& path) {
     if (!stands()) return;
     CComp* present = insert();
-    if (present && present->type == compEffect)
-        static_cast<CEffect*>(present)->openProg(path);
+    if (auto* rack = compAs<CEffect>(present))
+        rack->openProg(path);
     else
         panel.addPreset(strip, path, index);
 }

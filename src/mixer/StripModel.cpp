@@ -29,7 +29,7 @@ public:
         for (auto* c : host->comps)
             if (!isEdge(c)) addAll(c, nullptr, -1, StripSection::tracks);
         addGroups();
-        for (auto* c : each<CComp>(host->sends)) addAll(c, nullptr, -1, StripSection::sends);
+        for (auto* c : host->sends) addAll(c, nullptr, -1, StripSection::sends);
         addType(compAudioOut, StripSection::outputs);
         return std::move(strips);
     }

@@ -94,7 +94,8 @@ void addCauses(Causes& to, const Causes& more) {
 /// A gate that follows another strip lets nothing through as long as that is silent.
 Causes AskSilence::gateCauses(CComp* insert, const CStr& of) const {
     CKeyInput* key = keyInputOf(insert);
-    const CEffectProg* prog = key ? static_cast<CEffect*>(insert)->getProg() : nullptr;
+    auto* rack = key ? compAs<CEffect>(insert) : nullptr;
+    const CEffectProg* prog = rack ? rack->getProg() : nullptr;
     auto* cable = key ? key->cables.getFirst() : nullptr;
     if (!prog || !cable || !insert->enabled) return {};
     constexpr float closed = 0.001f;
@@ -110,8 +111,8 @@ Causes AskSilence::gateCauses(CComp* insert, const CStr& of) const {
 }
 
 const CComp* AskSilence::soloed() const {
-    for (const CList* list : listsOf(qv->comps, qv->sends))
-        for (const auto* comp : each<CComp>(*list))
+    for (const auto* list : listsOf(qv->comps, qv->sends))
+        for (const auto* comp : *list)
             for (const auto* strip : comp->outputs)
                 if (strip->solo) return comp;
     return nullptr;
@@ -149,7 +150,8 @@ Causes AskSilence::masterCauses(int box) const {
     if (!comp->enabled) found.push_back({comp, boxName(comp) + " is switched off."});
     if (qv->listenVolume <= 0.0f)
         found.push_back({comp, "The volume of your speakers, below the meter, is at zero."});
-    const auto* device = static_cast<const CAudioOut*>(comp);
+    const auto* device = compAs<CAudioOut>(comp);
+    if (!device) return found;
     if (const COutputChannel* only = device->listened)
         found.push_back({only->comp, "You listen to " + boxName(only->comp) + " alone."});
     if (qv->aam && qv->aam->opened && device->chs == 0)
@@ -161,7 +163,7 @@ Causes AskSilence::masterCauses(int box) const {
 
 Causes AskSilence::samplerCauses(CSampler* sampler) {
     const CStr name = boxName(sampler);
-    auto* program = static_cast<CSynthProg*>(sampler->getProgram(-1));
+    auto* program = sampler->getProg();
     if (!program) return {{sampler, name + " has no program."}};
     int sounds = 0, muted = 0, missing = 0;
     program->eachSound([&](const CSound* sound) {
@@ -215,9 +217,10 @@ Causes AskSilence::ofCable(const GraphModel::Cable& cable) const {
     if (!cable.midi) return {};
     const auto &from = model.ports[size_t(cable.from)], &to = model.ports[size_t(cable.to)];
     CComp *source = model.boxes[size_t(from.box)].comp, *target = model.boxes[size_t(to.box)].comp;
-    if (target->type != compSampler || source->type != compSeq) return {};
-    const int heard = static_cast<const CSampler*>(target)->mch;
-    const auto* track = static_cast<const CTrack*>(source->getComp(from.io));
+    const auto* sampler = compAs<CSampler>(target);
+    if (!sampler || source->type != compSeq) return {};
+    const int heard = sampler->mch;
+    const auto* track = compAs<CTrack>(source->getComp(from.io));
     if (heard < 0 || !track || track->channel < 0 || track->channel == heard) return {};
     return {{target, boxName(target) + " hears channel " + asStr(heard + 1) + ", and " + track->id +
                          " plays on channel " + asStr(track->channel + 1) + "."}};
@@ -250,8 +253,7 @@ Causes AskSilence::sourceCauses(int output) {
     CComp* comp = model.boxes[size_t(port.box)].comp;
     switch (comp->type) {
     case compSeq:
-        if (auto* track = static_cast<CTrack*>(comp->getComp(port.io)))
-            return trackCauses(track, output);
+        if (auto* track = compAs<CTrack>(comp->getComp(port.io))) return trackCauses(track, output);
         return {};
     case compSampler: {
         Causes found = samplerCauses(static_cast<CSampler*>(comp));

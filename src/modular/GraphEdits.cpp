@@ -43,11 +43,11 @@ void recordPlace(CUndo* step, CComp* comp, CPoint at) {
 /// Calls `visit(comp)` for all that may own cables.
 template <class F>
 void eachCabled(CQV* host, F&& visit) {
-    for (const CList* list : listsOf(host->comps, host->sends))
-        for (auto* comp : each<CComp>(*list)) {
+    for (const auto* list : listsOf(host->comps, host->sends))
+        for (auto* comp : *list) {
             visit(comp);
-            if (comp->type != compSeq) continue;
-            for (auto* track : static_cast<CSeq*>(comp)->tracks) visit(track);
+            if (auto* seq = compAs<CSeq>(comp))
+                for (auto* track : seq->tracks) visit(track);
         }
 }
 
@@ -221,8 +221,8 @@ namespace {
 CStr freeCompName(CQV* host, const CStr& name, const CUndo* step) {
     const auto taken = [&](const CStr& wanted) {
         bool found = false;
-        eachWithPending<CComp>(step, &host->comps,
-                               [&](const CComp* c) { found = found || c->id == wanted; });
+        eachWithPending(step, &host->comps,
+                        [&](const CComp* c) { found = found || c->id == wanted; });
         return found;
     };
     if (!taken(name)) return name;
@@ -399,8 +399,8 @@ void duplicateComps(CQV* host, const std::vector<CComp*>& comps, CPoint by) {
     for (const auto& [comp, copy] : copies)
         copyKeys(comp, copy, [&twins](COutputChannel* strip) { return asStrip(twins.of(strip)); });
     eachCabled(host, [&](CComp* comp) {
-        for (const CList* list : listsOf(comp->midiCables, comp->audioCables))
-            for (const auto* cable : each<CObject>(*list)) {
+        for (const auto& list : viewsOf<CObject>(comp->midiCables, comp->audioCables))
+            for (const auto* cable : list) {
                 const Ends ends(cable);
                 CIO *from = twins.of(ends.from), *to = twins.of(ends.to);
                 if (from || to) addCable(step, from ? from : ends.from, to ? to : ends.to, cable);
@@ -435,7 +435,7 @@ struct Through {
 Through cablesThrough(CQV* host, const CComp* comp, bool midi) {
     Through found;
     eachCabled(host, [&](CComp* owner) {
-        for (auto* cable : each<CObject>(cablesOf(owner, midi))) {
+        for (auto* cable : objectsIn(cablesOf(owner, midi))) {
             const Ends ends(cable);
             if (ends.to->comp == comp) found.in.push_back(cable);
             if (ends.from->comp == comp) found.out.push_back(cable);

@@ -130,8 +130,8 @@ namespace {
 
 /// A number of a component that tells its device: all for -1.
 Shared<int>* deviceOf(CComp* comp) {
-    if (comp->type == compMIDIIn) return &static_cast<CMIDIIn*>(comp)->device;
-    if (comp->type == compMIDIOut) return &static_cast<CMIDIOut*>(comp)->device;
+    if (auto* in = compAs<CMIDIIn>(comp)) return &in->device;
+    if (auto* out = compAs<CMIDIOut>(comp)) return &out->device;
     return nullptr;
 }
 

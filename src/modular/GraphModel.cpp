@@ -54,8 +54,8 @@ void GraphModel::addBox(CComp* comp) {
     indexes[comp] = box;
     boxes.push_back({comp, asRect(comp->posX, comp->posY, comp->posX + size.x, comp->posY + size.y),
                      asPoint(comp->posX, comp->posY), int(ports.size()), 0});
-    const auto add = [&](const CList& list, PortKind kind) {
-        for (auto* io : each<CIO>(list)) {
+    const auto add = [&](ListView<CIO> list, PortKind kind) {
+        for (auto* io : list) {
             indexes[io] = int(ports.size());
             ports.push_back({io, box, kind, {}, isStereo(io)});
         }

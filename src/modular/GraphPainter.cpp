@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/CComp.h"
 #include "engine/Cables.h"
+#include "engine/ObjectKinds.h"
 #include "gui/CGraphic.h"
 #include "gui/Colours.h"
 #include "gui/Fonts.h"
@@ -51,8 +52,8 @@ TextLook detailLook(double zoom) {
 
 /// The tracks of a song, a program that has another name, else what it is.
 CStr detailOf(CComp* comp) {
-    if (comp->type == compSeq) {
-        const int tracks = static_cast<const CSeq*>(comp)->tracks.getCount();
+    if (const auto* seq = compAs<CSeq>(comp)) {
+        const int tracks = seq->tracks.getCount();
         return tracks == 1 ? CStr("1 track") : asStr(tracks) + " tracks";
     }
     CProgram* program = comp->numProgs() > 0 ? comp->getProgram(-1) : nullptr;

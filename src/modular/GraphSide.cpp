@@ -22,9 +22,7 @@ GraphSide::GraphSide(CWin* owner, ModularView& shown)
     : CGroup(owner, "graphside", 0, 0, int(sideWidth), 1), view(shown),
       field(new FindField(owner, shown)), map(new MiniMap(owner, shown)),
       list(new AnswerList(owner)) {
-    for (CCtrl* ctrl :
-         {static_cast<CCtrl*>(field), static_cast<CCtrl*>(map), static_cast<CCtrl*>(list)})
-        addControl(ctrl);
+    for (CCtrl* ctrl : std::initializer_list<CCtrl*>{field, map, list}) addControl(ctrl);
     field->onTold = [this] { redraw(); };
     list->onGo = [this](CObject* blame) {
         if (CComp* box = asComp(blame)) return view.goTo(box);

@@ -20,8 +20,7 @@ void GraphWatch::listenTo(const CObject* item) {
     const COutputChannel* wanted = soundOf(item);
     if (!heard && !wanted) return;
     heard = wanted ? item : nullptr;
-    if (auto* out = static_cast<CAudioOut*>(host->getAudioOut()))
-        out->listened.storeRelease(wanted);
+    if (auto* out = compAs<CAudioOut>(host->getAudioOut())) out->listened.storeRelease(wanted);
 }
 
 bool GraphWatch::isMetered(const CObject* item) const {

@@ -304,7 +304,7 @@ bool ModularView::itemKey(int key, int mods) {
     }
     if (key != keyReturn) return false;
     if (box) {
-        static_cast<CComp*>(now)->edit(true);
+        asComp(now)->edit(true);
     } else if (cable) {
         setItem(model.ports[size_t(model.cables[size_t(model.cableOf(now))].to)].io);
     } else {

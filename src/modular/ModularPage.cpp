@@ -72,9 +72,7 @@ ModularPage::ModularPage(CWin* owner, Workspace& space)
     empty->visible = false;
     empty->set("No song", "There is no song here. Begin one, or open a project.",
                {{"new", "New..."}, {"open", "Open..."}, {"openlast", "Open last"}});
-    for (CCtrl* ctrl :
-         {static_cast<CCtrl*>(empty), static_cast<CCtrl*>(view), static_cast<CCtrl*>(across),
-          static_cast<CCtrl*>(down), static_cast<CCtrl*>(side)})
+    for (CCtrl* ctrl : std::initializer_list<CCtrl*>{empty, view, across, down, side})
         addControl(ctrl);
     for (CScrollbar* bar : {across, down})
         wire(bar->onChange, new _COnChange<ModularPage>(this, &ModularPage::scrolled));
@@ -364,7 +362,7 @@ void ModularPage::addPlugin(const CStr& path) {
 void ModularPage::dropped(CObject*, int x, int y, int) {
     if (workspace.takesDrop()) return;
     std::vector<CStr> presets, plugins;
-    for (const auto* item : each<CDropItem>(*win->app->dragList)) {
+    for (const auto* item : *win->app->dragList) {
         if (item->type != dropFile) continue;
         if (presetType(item->path) != 0) presets.push_back(item->path);
         if (PluginFile::isOne(item->path)) plugins.push_back(item->path);

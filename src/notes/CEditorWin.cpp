@@ -110,15 +110,15 @@ bool CEditorWin::onAction(CAction* action) {
 
 void CEditorWin::mergeMenu(CMenu* bars) {
     bars->add("Part", new _COnChange<CEditorWin>(this, &CEditorWin::fillPart), menuPart);
-    bars->add("Options", new _COnChange<CEditorWin>(this, &CEditorWin::fillOptions), menuOptions);
+    bars->add("Options", new _COnChange(this, &CEditorWin::fillOptions), menuOptions);
 }
 
 void CEditorWin::fillPart(CObject* popup) {
     body->fillPart(static_cast<CPopup*>(popup));
 }
 
-void CEditorWin::fillOptions(CObject* sender) {
-    auto* popup = static_cast<CPopup*>(sender);
+void CEditorWin::fillOptions(CPopup* sender) {
+    auto* popup = sender;
     body->fillOptions(popup);
     addActionItems(popup, workspace,
                    {"snap", "snaprelative", "snapadaptive", "snapPrior", "snapNext"});

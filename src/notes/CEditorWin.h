@@ -7,6 +7,7 @@
 #include <vector>
 
 class CEditorComp;
+class CPopup;
 class EditorBar;
 class EditorBody;
 class Workspace;
@@ -30,7 +31,7 @@ private:
     void showPart(CPart* wanted);
     void layout();
     void fillPart(CObject* popup);
-    void fillOptions(CObject* sender);
+    void fillOptions(CPopup* sender);
 
     CEditorComp& editor;
     EditorBar* bar;

@@ -72,14 +72,14 @@ CButton* EditorBar::addSwitch(const char* action, const char* text, int wide) {
     made->skin = &clTrackControls;
     made->litSkin = &clTrackControlsPushed;
     made->userPtr = known;
-    made->onChange = new _COnChange<EditorBar>(this, &EditorBar::clicked);
+    made->onChange = new _COnChange(this, &EditorBar::clicked);
     addControl(made);
     switches.push_back(made);
     return made;
 }
 
-void EditorBar::clicked(CObject* sender) {
-    shown.workspace.runAction(static_cast<CAction*>(static_cast<CButton*>(sender)->userPtr));
+void EditorBar::clicked(CButton* sender) {
+    shown.workspace.runAction(static_cast<CAction*>(sender->userPtr));
     refresh();
 }
 

@@ -27,7 +27,7 @@ public:
 private:
     void place();
     CButton* addSwitch(const char* action, const char* text, int wide);
-    void clicked(CObject* sender);
+    void clicked(CButton* sender);
 
     const EditedPart& shown;
     std::vector<CButton*> switches; ///< `userPtr` is the action

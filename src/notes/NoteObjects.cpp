@@ -40,7 +40,7 @@ void NoteObjects::rebuild() {
         cell->hint = "Types over it for all that is selected; the wheel steps it";
         cell->skin = &clTrackControls;
         cell->litSkin = &clTrackControlsPushed;
-        cell->onChange = new _COnChange<NoteObjects>(this, &NoteObjects::clicked);
+        cell->onChange = new _COnChange(this, &NoteObjects::clicked);
         addControl(cell);
         cells.push_back(cell);
         x += columnWidth(column) + gap;
@@ -75,8 +75,8 @@ void NoteObjects::callOff() {
     if (field) field->callOff();
 }
 
-void NoteObjects::clicked(CObject* sender) {
-    auto* cell = static_cast<CButton*>(sender);
+void NoteObjects::clicked(CButton* sender) {
+    auto* cell = sender;
     if (cell->text.empty()) return;
     NameField::dropLeft(field);
     const auto column = EventColumn(cell->tag);

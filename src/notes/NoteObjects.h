@@ -27,7 +27,7 @@ public:
 
 private:
     void rebuild();
-    void clicked(CObject* sender);
+    void clicked(CButton* sender);
     void typed(EventColumn column, const CStr& text);
 
     NoteState& state;

@@ -361,8 +361,7 @@ void RollBody::layout() {
     down->setBounds(gridLeft + wide, gridTop, barWidth, high);
     lanes->setBeside(beside);
     lanes->setBounds(listed, gridTop + high, beside + wide, below);
-    for (CGroup* group : {static_cast<CGroup*>(objects), static_cast<CGroup*>(transform),
-                          static_cast<CGroup*>(list), static_cast<CGroup*>(lanes)})
+    for (CGroup* group : std::initializer_list<CGroup*>{objects, transform, list, lanes})
         group->resized();
     across->setBounds(gridLeft, height - barWidth, wide, barWidth);
     moveTo(edit.axis.scroll(), edit.scrollY);
@@ -481,7 +480,7 @@ PartSpot RollBody::dropPlace(int x, int y) const {
 void RollBody::gridDragOver(CObject*, int x, int y, int) {
     if (!part || !seq()) return;
     CStr told = "This part takes none of these files";
-    for (auto* item : each<CDropItem>(*win->app->dragList)) {
+    for (auto* item : *win->app->dragList) {
         const SongFile kind = item->type == dropFile ? songFileOf(item->path) : SongFile::none;
         if (!partTakes(part, kind)) continue;
         const PartSpot at = dropPlace(x, y);
@@ -499,7 +498,7 @@ void RollBody::gridDragOver(CObject*, int x, int y, int) {
 void RollBody::gridDrop(CObject*, int x, int y, int) {
     if (!part || !seq()) return;
     std::vector<CStr> paths;
-    for (auto* item : each<CDropItem>(*win->app->dragList))
+    for (auto* item : *win->app->dragList)
         if (item->type == dropFile) paths.push_back(item->path);
     const CStr unread = dropOnPart(dropPlace(x, y), paths);
     if (!unread.empty())

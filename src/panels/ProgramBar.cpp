@@ -42,8 +42,8 @@ ProgramBar::ProgramBar(CWin* owner, Workspace& space, CComp* of, Deeds offered)
         addControl(b);
     }
     for (CButton* b : {before, behind}) {
-        b->onChange = new _COnChange<ProgramBar>(this, &ProgramBar::stepClicked);
-        b->onPaint = new _COnPaint<ProgramBar>(this, &ProgramBar::paintArrow);
+        b->onChange = new _COnChange(this, &ProgramBar::stepClicked);
+        b->onPaint = new _COnPaint(this, &ProgramBar::paintArrow);
     }
     refresh();
 }
@@ -77,8 +77,8 @@ void ProgramBar::paint(CGraphic* g, CRect rect) {
     CGroup::paint(g, rect);
 }
 
-void ProgramBar::paintArrow(CObject* sender, CGraphic* g, CRect rect) {
-    const auto* b = static_cast<CButton*>(sender);
+void ProgramBar::paintArrow(CButton* sender, CGraphic* g, CRect rect) {
+    const auto* b = sender;
     drawArrow(g, b->faceColour(), rect, b == before ? dirLeft : dirRight, 4);
 }
 
@@ -88,8 +88,8 @@ void ProgramBar::choose(int index) {
     refresh();
 }
 
-void ProgramBar::stepClicked(CObject* sender) {
-    choose(comp->curProg + (static_cast<CCtrl*>(sender) == before ? -1 : 1));
+void ProgramBar::stepClicked(CCtrl* sender) {
+    choose(comp->curProg + (sender == before ? -1 : 1));
 }
 
 void ProgramBar::programChosen(CObject* sender) {

@@ -39,13 +39,13 @@ private:
     void addMenuEntry(CPopup* popup, const char* text, void (ProgramBar::*chosen)(CObject*));
     void nameClicked(CObject*);
     void programChosen(CObject* sender);
-    void stepClicked(CObject* sender);
+    void stepClicked(CCtrl* sender);
     void addClicked(CObject*);
     void renameClicked(CObject*);
     void removeClicked(CObject*);
     void openClicked(CObject*);
     void saveClicked(CObject*);
-    void paintArrow(CObject* sender, CGraphic* g, CRect rect);
+    void paintArrow(CButton* sender, CGraphic* g, CRect rect);
     void choose(int index);
 
     Workspace& workspace;

@@ -11,6 +11,8 @@
 /// where the file cannot be loaded, all that it had of it, byte for byte. Interface thread.
 class CVST : public PluginComp {
 public:
+    static constexpr int ownType = compVST;
+
     CStr fileName;  ///< which plug-in, as in `PluginFile`; empty at first
     CStr chunkPath; ///< of the bank that the user opened last
 

@@ -25,9 +25,9 @@ double power(const float* samples, int frames) {
 }
 
 template <class Channel>
-double powerOf(const CList& channels, int frames) {
+double powerOf(const ListOf<Channel>& channels, int frames) {
     double sum = 0.0;
-    for (auto* channel : each<Channel>(channels))
+    for (auto* channel : channels)
         sum += power(channel->bufL, frames) + power(channel->bufR, frames);
     return sum;
 }

@@ -10,6 +10,7 @@
 #include "engine/CUndo.h"
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
+#include "engine/ObjectKinds.h"
 #include "instruments/CArp.h"
 #include "instruments/CSampler.h"
 #include "instruments/SamplerFiles.h"
@@ -199,9 +200,9 @@ private:
     CSampler* sampler() const {
         if (!onKind(trackMIDI)) return nullptr;
         for (auto* comp : host->comps)
-            if (comp->type == compSampler &&
-                getMIDICable(comp, place.onto->track->outPort(), nullptr))
-                return static_cast<CSampler*>(comp);
+            if (auto* sampler = compAs<CSampler>(comp);
+                sampler && getMIDICable(comp, place.onto->track->outPort(), nullptr))
+                return sampler;
         return nullptr;
     }
 

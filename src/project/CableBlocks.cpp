@@ -46,7 +46,7 @@ void writeCables(CStream* stream, CComp* c, const GraphIndex& index) {
         writeCable(stream, "mc", cable->fromPort, cable->toPort, cable->muted, index);
     for (auto* child : c->comps) writeCables(stream, child, index);
     if (c != c->host) return;
-    for (auto* bus : each<CComp>(c->host->sends)) writeCables(stream, bus, index);
+    for (auto* bus : c->host->sends) writeCables(stream, bus, index);
 }
 
 bool CableReader::isNew(const CIO* from, const CIO* to) {

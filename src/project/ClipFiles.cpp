@@ -3,6 +3,7 @@
 #include "audiofiles/CSample.h"
 #include "base/OpenBlock.h"
 #include "engine/CQV.h"
+#include "engine/ObjectKinds.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CSampleClip.h"
 #include "instruments/CSampler.h"
@@ -73,12 +74,11 @@ void writePlugin(CStream* stream, CVST* plugin) {
 
 /// The instruments that a port feeds, each once.
 void writeInstruments(CStream* stream, CQV* host, CMIDIQ* port) {
-    CList cables, fed;
-    if (port) listOutput(host, port, &cables);
-    for (const auto* cable : each<CMIDICable>(cables)) fed.addUnique(cable->toComp);
-    for (auto* comp : each<CComp>(fed)) {
-        if (comp->type == compSampler) writeSampler(stream, static_cast<CSampler*>(comp));
-        if (comp->type == compVST) writePlugin(stream, static_cast<CVST*>(comp));
+    ListOf<CComp> fed;
+    for (const auto* cable : cablesFrom(host, port)) fed.addUnique(cable->toComp);
+    for (auto* comp : fed) {
+        if (auto* sampler = compAs<CSampler>(comp)) writeSampler(stream, sampler);
+        if (auto* plugin = compAs<CVST>(comp)) writePlugin(stream, plugin);
     }
 }
 

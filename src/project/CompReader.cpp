@@ -5,6 +5,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/CompBlocks.h"
+#include "engine/ObjectKinds.h"
 #include "engine/StripBlocks.h"
 #include "plugins/CVST.h"
 #include "project/ItemView.h"
@@ -127,7 +128,8 @@ void CompReader::fill(CComp* c, ItemView& item, const CompHead& head) {
     applyHead(c, head);
     c->read(&item, saturate(item.getSize()));
     item.tooShort = false; // what is missing in its own content is the component's affair
-    if (c->type == compVST && !static_cast<CVST*>(c)->opened()) notLoaded.push_back(c->id);
+    if (const auto* plugin = compAs<CVST>(c); plugin && !plugin->opened())
+        notLoaded.push_back(c->id);
 }
 
 void CompReader::readComp(ItemView& item, bool full) {

@@ -2,13 +2,14 @@
 
 #include "base/CStream.h"
 #include "engine/CQV.h"
+#include "engine/ObjectKinds.h"
 #include "sequencer/song/CSeq.h"
 
 namespace {
 
 template <class T>
-void append(std::vector<T*>& to, const CList& from) {
-    for (auto* io : each<T>(from)) to.push_back(io);
+void append(std::vector<T*>& to, const ListOf<T>& from) {
+    for (auto* io : from) to.push_back(io);
 }
 
 CompIO seqIO(CSeq* seq) {
@@ -26,7 +27,7 @@ CompIO seqIO(CSeq* seq) {
 } // namespace
 
 CompIO fileIO(CComp* c) {
-    if (c->type == compSeq) return seqIO(static_cast<CSeq*>(c));
+    if (auto* seq = compAs<CSeq>(c)) return seqIO(seq);
     CompIO io{c, {}, {}, {}, {}};
     append(io.inputs, c->inputs);
     append(io.outputs, c->outputs);
@@ -43,7 +44,7 @@ void writePlace(CStream* stream, const FilePlace& place) {
 
 GraphIndex::GraphIndex(CQV* root) : host(fileIO(root)) {
     for (auto* c : root->comps) comps.push_back(fileIO(c));
-    for (auto* c : each<CComp>(root->sends)) sends.push_back(fileIO(c));
+    for (auto* c : root->sends) sends.push_back(fileIO(c));
     enter(host, fileHost, 0);
     for (size_t i = 0; i < comps.size(); ++i) enter(comps[i], fileComps, int(i));
     for (size_t i = 0; i < sends.size(); ++i) enter(sends[i], fileSends, int(i));

@@ -6,6 +6,7 @@
 #include "base/Numbers.h"
 #include "engine/CFreezeItem.h"
 #include "engine/CQV.h"
+#include "engine/ObjectKinds.h"
 #include "project/Percent.h"
 #include "sequencer/song/CSeq.h"
 
@@ -40,8 +41,8 @@ std::vector<CSample*> filedSamples(CQV* host) {
     for (auto* sample : host->samples)
         if (sample->streamed && !sample->takePending) found.push_back(sample);
     for (auto* c : host->comps)
-        if (c->type == compSeq)
-            static_cast<CSeq*>(c)->eachSongTrack([&](CSongTrack* t) { addFrozen(t, found); });
+        if (auto* seq = compAs<CSeq>(c))
+            seq->eachSongTrack([&](CSongTrack* t) { addFrozen(t, found); });
     return found;
 }
 

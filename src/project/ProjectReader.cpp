@@ -9,6 +9,7 @@
 #include "engine/CMixer.h"
 #include "engine/CQV.h"
 #include "engine/Mixing.h"
+#include "engine/ObjectKinds.h"
 #include "engine/Solo.h"
 #include "plugins/CVST.h"
 #include "project/CableBlocks.h"
@@ -290,19 +291,19 @@ void Reading::recoveryCopy(ItemView& item) {
 
 void Reading::finish() {
     for (const CompIO& io : index.comps)
-        if (io.comp->type == compSeq) bindSeqChannels(static_cast<CSeq*>(io.comp), io);
+        if (auto* seq = compAs<CSeq>(io.comp)) bindSeqChannels(seq, io);
     fillDevices();
     fillPlugins();
     host->createBuffers(host->frames);
-    for (const CList* list : listsOf(host->comps, host->sends)) {
-        for (auto* c : each<CComp>(*list)) {
+    for (const auto* list : listsOf(host->comps, host->sends)) {
+        for (auto* c : *list) {
             c->createBuffers(host->frames);
             c->curOutput = std::clamp(c->curOutput, 0, std::max(c->outputs.getCount() - 1, 0));
         }
     }
     closeSilenced();
     for (const CompIO& io : index.comps)
-        if (io.comp->type == compSeq) static_cast<CSeq*>(io.comp)->afterRead();
+        if (auto* seq = compAs<CSeq>(io.comp)) seq->afterRead();
     if (host->maps.empty()) host->maps.add(new CMapProg);
     host->curMap = std::clamp(int(host->curMap), 0, host->maps.getCount() - 1);
     if (project.mixer->progs.empty()) project.mixer->init();
@@ -323,10 +324,10 @@ void Reading::fillDevices() {
 /// A plug-in may have got more channels since the project was saved.
 void Reading::fillPlugins() {
     const auto fill = [](CComp* c) {
-        if (c->type == compVST) static_cast<CVST*>(c)->fixChannels();
+        if (auto* plugin = compAs<CVST>(c)) plugin->fixChannels();
     };
-    for (const CList* list : listsOf(host->comps, host->sends)) {
-        for (auto* c : each<CComp>(*list)) {
+    for (const auto* list : listsOf(host->comps, host->sends)) {
+        for (auto* c : *list) {
             fill(c);
             c->eachInsert(fill);
         }
@@ -337,8 +338,8 @@ void Reading::fillPlugins() {
 /// ramp if the project were played at once.
 void Reading::closeSilenced() {
     spreadSolo(host);
-    for (const CList* list : listsOf(host->comps, host->sends))
-        for (auto* c : each<CComp>(*list))
+    for (const auto* list : listsOf(host->comps, host->sends))
+        for (auto* c : *list)
             for (auto* ch : c->outputs)
                 if (!stripOpen(c, ch)) ch->setVol(0.0f, false);
 }
@@ -412,8 +413,8 @@ void showProjectWindows(const Project& project) {
         if (c->editorStruct.visible) c->edit(true);
     };
     project.ui->showPages();
-    for (const CList* list : listsOf(host->comps, host->sends)) {
-        for (auto* c : each<CComp>(*list)) {
+    for (const auto* list : listsOf(host->comps, host->sends)) {
+        for (auto* c : *list) {
             open(c);
             c->eachInsert(open);
         }

@@ -110,7 +110,7 @@ void writeProject(const Project& project, CStream* stream) {
     writePages(stream, windows);
     writeComp(stream, listNone, host);
     for (auto* c : host->comps) writeComp(stream, listComps, c);
-    for (auto* bus : each<CComp>(host->sends)) writeComp(stream, listSends, bus);
+    for (auto* bus : host->sends) writeComp(stream, listSends, bus);
     writeMixer(stream, project.mixer);
     // The order of a sequencer's channels was settled as it was told that it is being saved.
     const GraphIndex index(host);

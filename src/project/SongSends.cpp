@@ -59,7 +59,7 @@ void link(CQV* host, CGroupCh* bus, CUndo* undo) {
 void SongSends::find(int& known, const char* name, int effect) {
     if (known >= 0) return;
     int count = 0;
-    eachWithPending<CGroupCh>(undo, &host->sends, [&](const CGroupCh* bus) {
+    eachWithPending(undo, &host->sends, [&](const CComp* bus) {
         if (bus->id == name && known < 0) known = count;
         count++;
     });

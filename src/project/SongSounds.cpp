@@ -52,16 +52,15 @@ bool hasNotes(CPart* part) {
 /// The song tracks there are and those that a step adds.
 std::vector<CSongTrack*> songTracks(CSeq* seq, CUndo* undo) {
     std::vector<CSongTrack*> all;
-    eachWithPending<CSongTrack>(undo, &seq->getProg()->tracks,
-                                [&](CSongTrack* songTrack) { all.push_back(songTrack); });
+    eachWithPending(undo, &seq->getProg()->tracks,
+                    [&](CSongTrack* songTrack) { all.push_back(songTrack); });
     return all;
 }
 
 bool bringsNotes(CSeq* seq, CUndo* undo) {
     bool notes = false;
     for (CSongTrack* songTrack : songTracks(seq, undo))
-        eachPending<CPart>(undo, &songTrack->parts,
-                           [&](CPart* part) { notes = notes || hasNotes(part); });
+        eachPending(undo, &songTrack->parts, [&](CPart* part) { notes = notes || hasNotes(part); });
     return notes;
 }
 
@@ -111,7 +110,7 @@ private:
         std::vector<CPart*> parts;
         bool notes = false;
         int program = -1;
-        eachPending<CPart>(undo, &songTrack->parts, [&](CPart* part) {
+        eachPending(undo, &songTrack->parts, [&](CPart* part) {
             if (part->type != partMIDI) return;
             parts.push_back(part);
             notes = notes || hasNotes(part);

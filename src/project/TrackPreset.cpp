@@ -6,6 +6,7 @@
 #include "effects/CEffect.h"
 #include "engine/CQV.h"
 #include "engine/CompTypes.h"
+#include "engine/ObjectKinds.h"
 #include "engine/StripBlocks.h"
 #include "instruments/CArp.h"
 #include "instruments/CSampler.h"
@@ -26,13 +27,12 @@ constexpr int mostInserts = 32;
 /// Null where it is played by none.
 CSampler* synthOf(CTrack* track) {
     CComp* target = track->kind == trackMIDI ? trackTarget(track->seq, track) : nullptr;
-    return target && target->type == compSampler ? static_cast<CSampler*>(target) : nullptr;
+    return compAs<CSampler>(target);
 }
 
 void writeInsert(CStream* stream, CComp* insert) {
-    if (insert->type != compEffect) return;
-    auto* rack = static_cast<CEffect*>(insert);
-    if (!rack->getProg()) return;
+    auto* rack = compAs<CEffect>(insert);
+    if (!rack || !rack->getProg()) return;
     const OpenBlock block(stream, "insert");
     stream->writeFloat(rack->wet);
     stream->writeInt(rack->enabled);

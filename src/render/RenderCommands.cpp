@@ -47,8 +47,8 @@ bool RenderCommands::frozen() const {
 
 /// What an offline render has played is not what the user has heard.
 void RenderCommands::clearMeters() {
-    for (const CList* list : listsOf(qv->comps, qv->sends))
-        for (auto* comp : each<CComp>(*list))
+    for (const auto* list : listsOf(qv->comps, qv->sends))
+        for (auto* comp : *list)
             for (auto* channel : comp->outputs)
                 for (Shared<float>* peak :
                      {&channel->peakL, &channel->peakR, &channel->holdL, &channel->holdR})

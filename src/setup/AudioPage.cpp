@@ -74,7 +74,7 @@ void AudioPage::addDevice() {
     auto* box = new CCheckbox(win, "advanced", "Advanced", 0, 0, listWidth, fieldHeight);
     box->hint = "Shows every list, and what the device was opened with";
     box->checked = all;
-    wire(box->onChange, new _COnChange<AudioPage>(this, &AudioPage::advancedClicked));
+    wire(box->onChange, new _COnChange(this, &AudioPage::advancedClicked));
     addField("", box);
 }
 
@@ -90,8 +90,8 @@ bool AudioPage::advanced() {
     return iniReadInt("options", "advanced-audio", 0) != 0;
 }
 
-void AudioPage::advancedClicked(CObject* sender) {
-    write("options", "advanced-audio", static_cast<CCheckbox*>(sender)->checked);
+void AudioPage::advancedClicked(CCheckbox* sender) {
+    write("options", "advanced-audio", sender->checked);
     qv->hostNotices.raise(
         HostNotice::devices); // the page is made anew when no handler of its own is running
 }

@@ -3,6 +3,7 @@
 #include "setup/SetupPage.h"
 
 class CAAM;
+class CCheckbox;
 class CDropdown;
 class CValue;
 class PortList;
@@ -15,7 +16,7 @@ public:
 private:
     void addRecDevices(int recDevices);
     static bool advanced(); ///< the page shows what hardly anybody needs
-    void advancedClicked(CObject* sender);
+    void advancedClicked(CCheckbox* sender);
     CStr streamFacts() const;
     void addDevice();
     CDropdown* addDeviceList(const char* label, const char* name);

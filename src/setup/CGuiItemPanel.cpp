@@ -110,7 +110,7 @@ void CGuiItemPanel::addChoice(const char* label, Choice choice, const Names& nam
     for (const char* name : names) field->add(name);
     field->setIndex(index);
     field->tag = int(choice);
-    field->onChange = new _COnChange<CGuiItemPanel>(this, &CGuiItemPanel::choiceChanged);
+    field->onChange = new _COnChange(this, &CGuiItemPanel::choiceChanged);
     addRow(label, field);
     y += rowStep;
 }
@@ -119,8 +119,8 @@ void CGuiItemPanel::addColour(const char* label, int CGuiLook::*field) {
     auto* button = new CColorButton(win, label, item->*field, labelWidth, y, fieldWidth, rowHeight);
     button->hint = "Choose a colour; the right button replaces it in the whole skin";
     button->tag = int(colourFields.size());
-    button->onChange = new _COnChange<CGuiItemPanel>(this, &CGuiItemPanel::colourChanged);
-    button->onReplace = new _COnChange<CGuiItemPanel>(this, &CGuiItemPanel::colourReplaced);
+    button->onChange = new _COnChange(this, &CGuiItemPanel::colourChanged);
+    button->onReplace = new _COnChange(this, &CGuiItemPanel::colourReplaced);
     colourFields.push_back(field);
     addRow(label, button);
     auto* all = new CButton(win, CStr(label) + " replace", "Replace...",
@@ -128,7 +128,7 @@ void CGuiItemPanel::addColour(const char* label, int CGuiLook::*field) {
     all->hint = "Replace this colour in the whole skin";
     all->spokenName = CStr("Replace ") + label;
     all->data = button;
-    all->onChange = new _COnChange<CGuiItemPanel>(this, &CGuiItemPanel::replaceClicked);
+    all->onChange = new _COnChange(this, &CGuiItemPanel::replaceClicked);
     addControl(all);
     y += rowStep;
 }
@@ -140,7 +140,7 @@ void CGuiItemPanel::addStrength() {
     field->resetValue = 0;
     field->showValue(asRound(double(item->fillEffect) * percent));
     field->hint = "Strength of the shine in percent; below 0 it lies on the lower half";
-    field->onChange = new _COnChange<CGuiItemPanel>(this, &CGuiItemPanel::strengthChanged);
+    field->onChange = new _COnChange(this, &CGuiItemPanel::strengthChanged);
     addRow("Strength", field);
     y += rowStep;
 }
@@ -149,7 +149,7 @@ void CGuiItemPanel::addImage() {
     const CStr name = item->image ? item->image->id : CStr("None");
     auto* button = new CButton(win, "Image", name, labelWidth, y, fieldWidth, rowHeight);
     button->hint = "Choose an image";
-    button->onChange = new _COnChange<CGuiItemPanel>(this, &CGuiItemPanel::imageClicked);
+    button->onChange = new _COnChange(this, &CGuiItemPanel::imageClicked);
     addRow("Image", button);
     y += rowStep;
 }
@@ -183,8 +183,8 @@ void CGuiItemPanel::setFill(int fill) {
         setGuiGlossy(*item, item->fillCol, item->fillEffect);
 }
 
-void CGuiItemPanel::choiceChanged(CObject* sender) {
-    const auto* field = static_cast<CDropdown*>(sender);
+void CGuiItemPanel::choiceChanged(CDropdown* sender) {
+    const auto* field = sender;
     const int chosen = asMax(field->index, 0);
     switch (Choice(field->tag)) {
     case Choice::shape:
@@ -211,34 +211,34 @@ void CGuiItemPanel::choiceChanged(CObject* sender) {
     mustUpdate();
 }
 
-void CGuiItemPanel::colourChanged(CObject* sender) {
-    const auto* button = static_cast<CColorButton*>(sender);
+void CGuiItemPanel::colourChanged(CColorButton* sender) {
+    const auto* button = sender;
     item->*colourFields[size_t(button->tag)] = button->colour;
     apply();
 }
 
-void CGuiItemPanel::colourReplaced(CObject* sender) {
-    const auto* button = static_cast<CColorButton*>(sender);
+void CGuiItemPanel::colourReplaced(CColorButton* sender) {
+    const auto* button = sender;
     gui->colorReplace(button->colour, button->replacement);
     gui->changed();
     win->app->redrawAll();
     mustUpdate();
 }
 
-void CGuiItemPanel::replaceClicked(CObject* sender) {
-    static_cast<CColorButton*>(static_cast<CCtrl*>(sender)->data)->replace();
+void CGuiItemPanel::replaceClicked(CCtrl* sender) {
+    static_cast<CColorButton*>(sender->data)->replace();
 }
 
-void CGuiItemPanel::strengthChanged(CObject* sender) {
-    setGuiGlossy(*item, item->fillCol, float(static_cast<CValue*>(sender)->value) / percent);
+void CGuiItemPanel::strengthChanged(CValue* sender) {
+    setGuiGlossy(*item, item->fillCol, float(sender->value) / percent);
     apply();
 }
 
-void CGuiItemPanel::imageClicked(CObject* sender) {
+void CGuiItemPanel::imageClicked(CButton* sender) {
     CImageListWin dialog(win, gui, item->image);
     dialog.showModal();
     if (!dialog.result) return;
     setGuiImage(*item, dialog.image);
-    static_cast<CButton*>(sender)->setText(dialog.image ? dialog.image->id : CStr("None"));
+    sender->setText(dialog.image ? dialog.image->id : CStr("None"));
     apply();
 }

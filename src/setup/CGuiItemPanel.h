@@ -4,7 +4,11 @@
 
 #include <vector>
 
+class CButton;
+class CColorButton;
+class CDropdown;
 class CGui;
+class CValue;
 struct CGuiItem2;
 struct CGuiLook;
 
@@ -34,12 +38,12 @@ private:
     void mustUpdate();
     void apply();
     void setFill(int fill);
-    void choiceChanged(CObject* sender);
-    void colourChanged(CObject* sender);
-    void colourReplaced(CObject* sender);
-    void replaceClicked(CObject* sender);
-    void strengthChanged(CObject* sender);
-    void imageClicked(CObject* sender);
+    void choiceChanged(CDropdown* sender);
+    void colourChanged(CColorButton* sender);
+    void colourReplaced(CColorButton* sender);
+    void replaceClicked(CCtrl* sender);
+    void strengthChanged(CValue* sender);
+    void imageClicked(CButton* sender);
 
     CGui* gui;
     CGuiItem2* item = nullptr;

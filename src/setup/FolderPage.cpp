@@ -24,8 +24,8 @@ FolderPage::FolderPage(CSetupWin* window, CRect place) : SetupPage(window, place
 
 void FolderPage::addFolderSection(int mode, const CStr& title) {
     addHeading(title);
-    CButton* add = newButton("Add", new _COnChange<FolderPage>(this, &FolderPage::addFolder));
-    CButton* del = newButton("Del", new _COnChange<FolderPage>(this, &FolderPage::delFolder));
+    CButton* add = newButton("Add", new _COnChange(this, &FolderPage::addFolder));
+    CButton* del = newButton("Del", new _COnChange(this, &FolderPage::delFolder));
     const int buttonLeft = width - margin - add->width;
     auto* list = new CListbox(win, modeToSection(mode), margin, nextTop, buttonLeft - gap - margin,
                               listHeight);
@@ -33,7 +33,7 @@ void FolderPage::addFolderSection(int mode, const CStr& title) {
     list->spokenName = title;
     list->setAlign(alignWidth, width - buttonLeft + gap, 0);
     list->data = del;
-    wire(list->onChange, new _COnChange<FolderPage>(this, &FolderPage::folderChosen));
+    wire(list->onChange, new _COnChange(this, &FolderPage::folderChosen));
     fill(list);
     addControl(list);
     int y = nextTop;
@@ -57,8 +57,8 @@ void FolderPage::fill(CListbox* list) {
     folderChosen(list);
 }
 
-void FolderPage::folderChosen(CObject* sender) {
-    const auto* list = static_cast<CListbox*>(sender);
+void FolderPage::folderChosen(CListbox* sender) {
+    const auto* list = sender;
     static_cast<CButton*>(list->data)->setEnabled(list->row(list->index) != nullptr);
 }
 
@@ -67,8 +67,8 @@ void FolderPage::tell(const CListbox* list) {
     qv->hostNotices.raise(HostNotice::folders);
 }
 
-void FolderPage::addFolder(CObject* sender) {
-    auto* list = static_cast<CListbox*>(static_cast<CButton*>(sender)->data);
+void FolderPage::addFolder(CButton* sender) {
+    auto* list = static_cast<CListbox*>(sender->data);
     const CListRow* chosen = list->row(list->index);
     CFolderWin dialog(setup, "Add folder", chosen ? chosen->id : CStr());
     dialog.showModal();
@@ -78,8 +78,8 @@ void FolderPage::addFolder(CObject* sender) {
     tell(list);
 }
 
-void FolderPage::delFolder(CObject* sender) {
-    auto* list = static_cast<CListbox*>(static_cast<CButton*>(sender)->data);
+void FolderPage::delFolder(CButton* sender) {
+    auto* list = static_cast<CListbox*>(sender->data);
     const int at = list->index;
     const CListRow* chosen = list->row(at);
     if (!chosen) return;

@@ -2,6 +2,7 @@
 
 #include "setup/SetupPage.h"
 
+class CButton;
 class CListbox;
 
 /// The folders that the browser shows, a list for each kind.
@@ -12,8 +13,8 @@ public:
 private:
     void addFolderSection(int mode, const CStr& title);
     void fill(CListbox* list);
-    void folderChosen(CObject* sender);
-    void addFolder(CObject* sender);
-    void delFolder(CObject* sender);
+    void folderChosen(CListbox* sender);
+    void addFolder(CButton* sender);
+    void delFolder(CButton* sender);
     void tell(const CListbox* list); ///< that its folders have changed
 };

@@ -74,7 +74,7 @@ void GlobalPage::addOptions() {
             new CCheckbox(win, option.key, boxes[i].label, 0, 0, width - 2 * margin, fieldHeight);
         box->checked = option.on();
         box->tag = i;
-        wire(box->onChange, new _COnChange<GlobalPage>(this, &GlobalPage::optionChecked));
+        wire(box->onChange, new _COnChange(this, &GlobalPage::optionChecked));
         addField("", box);
     }
 }
@@ -93,8 +93,8 @@ void GlobalPage::altKeyChanged(CObject*) {
     setup->workspace.options().altKey.set(altKey->index);
 }
 
-void GlobalPage::optionChecked(CObject* sender) {
-    const auto* box = static_cast<CCheckbox*>(sender);
+void GlobalPage::optionChecked(CCheckbox* sender) {
+    const auto* box = sender;
     (setup->workspace.options().*boxes[box->tag].option).set(box->checked);
 }
 
@@ -105,7 +105,7 @@ void GlobalPage::addText() {
     auto* smooth =
         new CCheckbox(win, "smooth-text", "Smooth text", 0, 0, width - 2 * margin, fieldHeight);
     smooth->checked = iniReadInt(section, "smooth-text", 1) != 0;
-    wire(smooth->onChange, new _COnChange<GlobalPage>(this, &GlobalPage::smoothChecked));
+    wire(smooth->onChange, new _COnChange(this, &GlobalPage::smoothChecked));
     addField("", smooth);
 
     font = addField("Font", new CEdit(win, "font", 0, 0, listWidth, fieldHeight));
@@ -133,8 +133,8 @@ void GlobalPage::addText() {
                             width - 2 * margin, fieldHeight));
 }
 
-void GlobalPage::smoothChecked(CObject* sender) {
-    write("smooth-text", static_cast<CCheckbox*>(sender)->checked);
+void GlobalPage::smoothChecked(CCheckbox* sender) {
+    write("smooth-text", sender->checked);
 }
 
 void GlobalPage::fontChanged(CObject*) {

@@ -2,6 +2,7 @@
 
 #include "setup/SetupPage.h"
 
+class CCheckbox;
 class CDropdown;
 class CEdit;
 
@@ -16,9 +17,9 @@ private:
     void addAltKey();
     void addText();
     void startChanged(CObject* sender);
-    void optionChecked(CObject* sender);
+    void optionChecked(CCheckbox* sender);
     void altKeyChanged(CObject* sender);
-    void smoothChecked(CObject* sender);
+    void smoothChecked(CCheckbox* sender);
     void fontChanged(CObject* sender);
     void sizeChanged(CObject* sender);
     void scaleChanged(CObject* sender);

@@ -89,9 +89,7 @@ PluginPage::PluginPage(CSetupWin* window, CRect place)
     addField("", look);
     for (CButton* b : {again, all, stop}) addBeside(b);
     for (CCtrl* low :
-         {static_cast<CCtrl*>(about), static_cast<CCtrl*>(formats), static_cast<CCtrl*>(trusted),
-          static_cast<CCtrl*>(look), static_cast<CCtrl*>(again), static_cast<CCtrl*>(all),
-          static_cast<CCtrl*>(stop)})
+         std::initializer_list<CCtrl*>{about, formats, trusted, look, again, all, stop})
         low->setAlign(alignBottom, 0, height - low->top - low->height);
     shelf.onChange = [this] { fill(); };
     fill();

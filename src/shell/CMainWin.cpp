@@ -79,8 +79,8 @@ CMainWin::CMainWin(CApp* application, CQV* host)
         qv->undoIdle();
         return qv->stepOnItsWay();
     };
-    wire(app->onKey, new _COnKey<CMainWin>(this, &CMainWin::handleKeyDown));
-    wire(app->onHint, new _COnChange<CMainWin>(this, &CMainWin::appHint));
+    wire(app->onKey, new _COnKey(this, &CMainWin::handleKeyDown));
+    wire(app->onHint, new _COnChange(this, &CMainWin::appHint));
     wire(app->onStrayDrop, new _COnChange<CMainWin>(this, &CMainWin::mainDrop));
 }
 
@@ -210,8 +210,8 @@ bool CMainWin::keyDown(int key, int mods) {
     return true;
 }
 
-bool CMainWin::handleKeyDown(CObject* sender, int& key, int mods) {
-    auto* from = static_cast<CWin*>(sender);
+bool CMainWin::handleKeyDown(CWin* sender, int& key, int mods) {
+    auto* from = sender;
     if (key == keyEscape && qv->values->dragging()) {
         qv->values->cancel();
         return true;
@@ -290,15 +290,15 @@ CStr CMainWin::shortcutOf(const CAction* action) const {
     return mine ? shortcutToStr(action->key, action->mods) : CStr();
 }
 
-void CMainWin::actionClicked(CObject* sender) {
-    onAction(static_cast<CAction*>(static_cast<CCtrl*>(sender)->userPtr));
+void CMainWin::actionClicked(CCtrl* sender) {
+    onAction(static_cast<CAction*>(sender->userPtr));
 }
 
 /// What belongs to no song is opened, wherever it is dropped, and nothing is taken beside a dialog;
 /// false for all else.
 bool CMainWin::takesDrop() {
     if (app->modalWin) return true;
-    for (auto* item : each<CDropItem>(*app->dragList)) {
+    for (auto* item : *app->dragList) {
         if (item->type == dropFile && opensFile(item->path)) return true;
     }
     return false;
@@ -328,9 +328,9 @@ void CMainWin::setStatus(const CStr& text, bool atOnce) {
     if (atOnce) app->drawNow(this, status);
 }
 
-void CMainWin::appHint(CObject* sender) {
+void CMainWin::appHint(CCtrl* sender) {
     if (!choices.hints.on()) return;
-    const auto* ctrl = static_cast<CCtrl*>(sender);
+    const auto* ctrl = sender;
     CStr text = ctrl ? ctrl->hint : CStr();
     if (ctrl && !text.empty() && ctrl->userPtr) {
         const auto* action = static_cast<const CAction*>(ctrl->userPtr);

@@ -68,12 +68,12 @@ public:
     bool onAction(CAction* action) override;
     bool playOrStop(); ///< what Space does
     /// For `CApp::onKey`: Space, Home and Escape in every window of the program.
-    bool handleKeyDown(CObject* sender, int& key, int mods);
+    bool handleKeyDown(CWin* sender, int& key, int mods);
 
     /// The shortcut as a text where pressing it here runs the action; else empty.
     CStr shortcutOf(const CAction* action) const override;
     /// For buttons and menu entries that carry a CAction in `userPtr`.
-    void actionClicked(CObject* sender);
+    void actionClicked(CCtrl* sender);
     CAction* getAction(const char* name) const { return actions->getAction(name); }
 
     CQV* host() const override { return qv; }
@@ -117,7 +117,7 @@ public:
     void moveTo(const CEditorStruct& place);
 
 private:
-    void appHint(CObject* sender);
+    void appHint(CCtrl* sender);
     void mainDrop(CObject* sender);
     void deviceClicked(CObject* sender);
     CCompEditor* asked() const;

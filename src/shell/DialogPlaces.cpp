@@ -19,15 +19,15 @@ void addFolder(CFileWin* dialog, const CStr& path) {
 } // namespace
 
 DialogPlaces::DialogPlaces(CApp* application, CQV* host) : app(application), qv(host) {
-    wire(app->onFileDialog, new _COnChange<DialogPlaces>(this, &DialogPlaces::dialogMade));
+    wire(app->onFileDialog, new _COnChange(this, &DialogPlaces::dialogMade));
 }
 
 DialogPlaces::~DialogPlaces() {
     wire(app->onFileDialog, nullptr);
 }
 
-void DialogPlaces::dialogMade(CObject* sender) {
-    auto* dialog = static_cast<CFileWin*>(sender);
+void DialogPlaces::dialogMade(CFileWin* sender) {
+    auto* dialog = sender;
     const struct {
         const char *key, *name;
     } kinds[] = {{"DESKTOP", "Desktop"}, {"DOCUMENTS", "Documents"}, {"MUSIC", "Music"}};

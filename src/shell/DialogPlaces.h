@@ -3,6 +3,7 @@
 #include "base/CObject.h"
 
 class CApp;
+class CFileWin;
 class CQV;
 
 /// Gives every file dialog the user's own places: desktop, documents and music, the folders of
@@ -15,7 +16,7 @@ public:
     DialogPlaces& operator=(const DialogPlaces&) = delete;
 
 private:
-    void dialogMade(CObject* sender);
+    void dialogMade(CFileWin* sender);
 
     CApp* app;
     CQV* qv;

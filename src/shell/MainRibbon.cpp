@@ -51,7 +51,7 @@ void MainRibbon::rebuild() {
     for (const auto* entry : bar->controls) {
         if (entry->id == front) frontTab = tab;
         tab++;
-        auto* builder = new _COnChange<MainRibbon>(this, &MainRibbon::fill);
+        auto* builder = new _COnChange(this, &MainRibbon::fill);
         ribbon->add(window, entry->id, entry->tag, builder);
     }
     CCompEditor* page = window->pages ? window->pages->current() : nullptr;
@@ -61,8 +61,8 @@ void MainRibbon::rebuild() {
 }
 
 /// Fills the menu of a tab as the bar would.
-void MainRibbon::fill(CObject* sender) {
-    const auto* popup = static_cast<CPopup*>(sender);
+void MainRibbon::fill(CPopup* sender) {
+    const auto* popup = sender;
     for (const auto* entry : bar->controls)
         if (entry->tag == popup->tag && entry->onChange) (*entry->onChange)(sender);
 }

@@ -4,6 +4,7 @@
 
 class CMainWin;
 class CMenu;
+class CPopup;
 class CRibbons;
 
 /// The ribbon of the main window, with a tab for each menu of the bar. The option "ribbon" tells
@@ -25,7 +26,7 @@ private:
     bool shown() const;
     void show(bool on);
     void make();
-    void fill(CObject* sender);
+    void fill(CPopup* sender);
 
     CMainWin* window;
     CMenu* bar;

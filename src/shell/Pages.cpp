@@ -78,8 +78,8 @@ Pages::~Pages() {
 
 void Pages::eachRecord(const std::function<void(CEditorStruct&)>& visit) const {
     const auto own = [&visit](CComp* c) { visit(c->editorStruct); };
-    for (const CList* list : listsOf(qv->comps, qv->sends))
-        for (auto* c : each<CComp>(*list)) {
+    for (const auto* list : listsOf(qv->comps, qv->sends))
+        for (auto* c : *list) {
             own(c);
             c->eachInsert(own);
         }
@@ -231,7 +231,7 @@ void Pages::addPage(CCompEditor* editor) {
 void Pages::open(CCompEditor* editor) {
     const CEditorStruct& record = *editor->dock;
     window->editors.addUnique(editor);
-    wire(editor->onHide, new _COnChange<Pages>(this, &Pages::editorHidden));
+    wire(editor->onHide, new _COnChange(this, &Pages::editorHidden));
     const bool docked = record.page > 0 && record.page < docker->docks.getCount();
     if (!docked) placeFloating(editor);
     const int waiting = wantedPage;
@@ -241,8 +241,8 @@ void Pages::open(CCompEditor* editor) {
     store(editor);
 }
 
-void Pages::editorHidden(CObject* sender) {
-    auto* editor = static_cast<CCompEditor*>(sender);
+void Pages::editorHidden(CCompEditor* sender) {
+    auto* editor = sender;
     store(editor);
     editor->dock->visible = 0;
     window->editors.remove(editor);

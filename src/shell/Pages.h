@@ -83,7 +83,7 @@ private:
     void placeInside(CCompEditor* editor);
     void placeFloating(CCompEditor* editor);
     void store(CCompEditor* editor);
-    void editorHidden(CObject* editor);
+    void editorHidden(CCompEditor* editor);
     void docksChanged(CObject* sender);
 
     CMainWin* window;

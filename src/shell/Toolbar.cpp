@@ -96,7 +96,7 @@ void Toolbar::addRecent(int& x) {
 void Toolbar::addButton(int& x, int wide, const char* name, Glyph glyph, const char* text) {
     auto* button = new CButton(window, name, "", x, buttonTop, wide, buttonHigh);
     addCommand(button, glyph, text, window->getAction(name));
-    button->onChange = new _COnChange<CMainWin>(window, &CMainWin::actionClicked);
+    button->onChange = new _COnChange(window, &CMainWin::actionClicked);
     x += wide + buttonGap;
 }
 

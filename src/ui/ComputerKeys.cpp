@@ -3,6 +3,7 @@
 #include "engine/CQV.h"
 #include "engine/DeviceComps.h"
 #include "engine/MidiBytes.h"
+#include "engine/ObjectKinds.h"
 #include "gui/CApp.h"
 #include "gui/CWin.h"
 #include "ui/PlaceText.h"
@@ -71,7 +72,7 @@ void ComputerKeys::tell() const {
 }
 
 void ComputerKeys::send(int key, bool pressed) const {
-    auto* in = static_cast<CMIDIIn*>(workspace.host()->getMIDIIn());
+    auto* in = compAs<CMIDIIn>(workspace.host()->getMIDIIn());
     if (in) in->addMidiEvent(asData(midiNoteOn, key, pressed ? velocity : 0));
 }
 

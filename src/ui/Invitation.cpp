@@ -27,7 +27,7 @@ void Invitation::set(const CStr& name, const CStr& text, const std::vector<Way>&
     for (const Way& way : ways) {
         auto* button = new CButton(win, way.action, way.text, 0, 0, wayWidth, wayHeight);
         button->tabStop = true;
-        wire(button->onChange, new _COnChange<Invitation>(this, &Invitation::clicked));
+        wire(button->onChange, new _COnChange(this, &Invitation::clicked));
         buttons.push_back(button);
         addControl(button);
     }
@@ -35,8 +35,8 @@ void Invitation::set(const CStr& name, const CStr& text, const std::vector<Way>&
     redraw();
 }
 
-void Invitation::clicked(CObject* sender) {
-    workspace.runAction(workspace.commands().getAction(static_cast<CButton*>(sender)->id));
+void Invitation::clicked(CButton* sender) {
+    workspace.runAction(workspace.commands().getAction(sender->id));
 }
 
 void Invitation::resized() {

@@ -25,7 +25,7 @@ public:
     void describe(Description& d, int part) const override;
 
 private:
-    void clicked(CObject* sender);
+    void clicked(CButton* sender);
 
     Workspace& workspace;
     CStr title, told;

@@ -5,6 +5,7 @@
 #include "engine/ControlSource.h"
 #include "engine/Macros.h"
 #include "engine/MapEdits.h"
+#include "engine/ObjectKinds.h"
 #include "engine/ValueDoor.h"
 #include "gui/controls/CPopup.h"
 #include "instruments/CSampler.h"
@@ -55,8 +56,8 @@ void addMacros(CPopup* popup, Workspace& workspace, const ParamOf& param, CComp*
 } // namespace
 
 void setMacro(CComp& comp, int macro, int param) {
-    if (comp.type == compSampler)
-        setProgramMacro(static_cast<CSampler*>(&comp), macro, param);
+    if (auto* sampler = compAs<CSampler>(&comp))
+        setProgramMacro(sampler, macro, param);
     else
         comp.host->values->set(macroOf(&comp, macro), param);
 }

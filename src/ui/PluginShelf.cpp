@@ -82,8 +82,8 @@ float PluginShelf::loadOf(const CStr& path) const {
         add(c);
         c->eachInsert(add);
     };
-    for (const CList* comps : listsOf(qv->comps, qv->sends))
-        for (auto* c : each<CComp>(*comps)) addAll(c);
+    for (const auto* comps : listsOf(qv->comps, qv->sends))
+        for (auto* c : *comps) addAll(c);
     if (const CSeq* song = songOf(qv))
         for (auto* track : song->tracks) addAll(track);
     return load;

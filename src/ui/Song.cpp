@@ -1,10 +1,11 @@
 #include "ui/Song.h"
 
 #include "engine/CQV.h"
+#include "engine/ObjectKinds.h"
 #include "sequencer/song/CSeq.h"
 
 CSeq* songOf(CQV* host) {
-    return static_cast<CSeq*>(host->firstOfType(compSeq));
+    return compAs<CSeq>(host->firstOfType(compSeq));
 }
 
 CSeq* playableSongOf(CQV* host) {

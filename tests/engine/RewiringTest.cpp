@@ -42,8 +42,8 @@ public:
     /// All that a step may change. With the graph.
     std::string dump() const {
         std::ostringstream text;
-        for (const CList* list : listsOf(host->comps, host->sends))
-            for (auto* c : each<CComp>(*list)) {
+        for (const auto* list : listsOf(host->comps, host->sends))
+            for (auto* c : *list) {
                 text << c->id.asChar() << c->enabled << c->sleeping << "\n";
                 for (auto* cable : c->audioCables)
                     text << "  audio " << cable->fromComp->id.asChar() << "\n";
@@ -69,9 +69,9 @@ private:
 
     int below(int n) { return n > 0 ? int(random() % unsigned(n)) : 0; }
     /// One of its own in a list, or the foreign bus; null for none.
-    CComp* anyOf(const CList* list) {
+    CComp* anyOf(const ListOf<CComp>* list) {
         std::vector<CComp*> found;
-        for (auto* c : each<CComp>(*list))
+        for (auto* c : *list)
             if (c == foreignBus || c->id.pos(ownName) == 0) found.push_back(c);
         return found.empty() ? nullptr : found[size_t(below(int(found.size())))];
     }
@@ -97,7 +97,7 @@ private:
         c->left = c->right = [](long) { return level; };
         return c;
     }
-    void editList(CUndo* u, CList* list) {
+    void editList(CUndo* u, ListOf<CComp>* list) {
         const bool inserts = list != &host->comps && list != &host->sends;
         const int count = list->getCount(), most = list == &host->comps ? mostComps : mostSends;
         CComp* c = anyOf(list);

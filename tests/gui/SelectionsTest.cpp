@@ -295,7 +295,7 @@ TEST_F(SelectionsTest, FilesAreDroppedByOtherPrograms) {
     Target stepper([&] { over++; }), dropper([&] {
         EXPECT_EQ(dropper.at, asPoint(30, 30));
         EXPECT_TRUE(app->hasDragType(dropFile));
-        for (const CDropItem* item : each<CDropItem>(*app->getDropItems()))
+        for (const CDropItem* item : *app->getDropItems())
             dropped += std::string(item->path.asChar()) + "|";
     });
     taker->onDrop = dropper.mouse();

@@ -52,7 +52,7 @@ struct RenderFixture : SongFixture {
         file.writeHeader();
         CRender made(&host, seq);
         made.rate = job.rate;
-        CList outputs;
+        ListOf<COutputChannel> outputs;
         outputs.add(single ? single : device.out->output());
         made.setTarget(single ? single : device.out->output(), &file);
         made.process(job.start, job.length, &outputs, !single, nullptr);

@@ -121,7 +121,7 @@ TEST(HitStyle, RendersAreEqual) {
         file.create(folder.file("a.wav"));
         file.writeHeader();
         CRender made(&f.host, f.seq);
-        CList outputs;
+        ListOf<COutputChannel> outputs;
         outputs.add(f.device.out->output());
         made.setTarget(f.device.out->output(), &file);
         made.process(0, barTicks, &outputs, true, nullptr);

@@ -658,11 +658,9 @@ TEST_F(ModularTest, PathsLeadFromSourceToOutput) {
     ASSERT_TRUE(load(kindDemo));
     const GraphModel graph(host.get());
     auto* bass = seq()->tracks.items(2);
-    CList cables;
-    listOutput(host.get(), bass->outPort(), &cables);
-    ASSERT_EQ(cables.getCount(), 1);
-    const auto* cable = static_cast<CMIDICable*>(cables.first());
-    const GraphPath path(graph, cable);
+    const auto cables = cablesFrom(host.get(), bass->outPort());
+    ASSERT_EQ(cables.size(), 1u);
+    const GraphPath path(graph, cables[0]);
     int samplers = 0, lit = 0;
     for (size_t i = 0; i < graph.boxes.size(); i++)
         samplers += path.boxes[i] && graph.boxes[i].comp->type == compSampler;

@@ -326,8 +326,8 @@ private:
         const auto add = [&](CComp* c) {
             if (c != seq() && win->hasEditor(c)) all.push_back(c);
         };
-        for (const CList* list : listsOf(host->comps, host->sends))
-            for (auto* c : each<CComp>(*list)) {
+        for (const auto* list : listsOf(host->comps, host->sends))
+            for (auto* c : *list) {
                 add(c);
                 c->eachInsert(add);
             }

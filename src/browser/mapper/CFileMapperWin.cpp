@@ -221,7 +221,7 @@ void CFileMapperWin::btnPaint(CObject* sender, CGraphic* g, CRect rect) {
 /// Projects are taken out of the list, what is left is for others.
 void CFileMapperWin::fileDrop(CObject*, int, int, int) {
     std::vector<CDropItem*> taken;
-    for (auto* item : each<CDropItem>(*app->dragList))
+    for (auto* item : *app->dragList)
         if (item->type == dropFile && sameText(extractFileExt(item->path), ".QV"))
             taken.push_back(item);
     for (CDropItem* item : taken) {

@@ -211,14 +211,13 @@ void GraphPlan::runLate(int frames) {
 }
 
 bool GraphPlan::takesInBus(const Upstream& upstream) const {
-    return std::ranges::any_of(each<CComp>(host->sends),
-                               [&](const CComp* bus) { return upstream.has(bus); });
+    return std::ranges::any_of(host->sends, [&](const CComp* bus) { return upstream.has(bus); });
 }
 
 void GraphPlan::keepTo(const std::vector<COutputChannel*>& channels) {
     std::vector<Upstream> kept;
     for (const COutputChannel* ch : channels) {
-        kept.emplace_back(stripOwner(ch), listContents);
+        kept.emplace_back(stripOwner(ch), ListReader());
         if (ch->comp->type != compAudioOut && !takesInBus(kept.back())) continue;
         kept.clear();
         break;

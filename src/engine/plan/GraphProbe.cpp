@@ -86,8 +86,8 @@ private:
 void GraphProbe::ask() {
     if (answer || qv->tasks->full()) return;
     size_t cables = spare, steps = spare;
-    for (const CList* list : listsOf(qv->comps, qv->sends))
-        for (const auto* comp : each<CComp>(*list)) {
+    for (const auto* list : listsOf(qv->comps, qv->sends))
+        for (const auto* comp : *list) {
             cables += size_t(comp->audioCables.getCount());
             // A song has a few steps for each track, and a track a port of its own.
             steps += 4 + 4 * size_t(comp->inPorts.getCount() + comp->outputs.getCount());

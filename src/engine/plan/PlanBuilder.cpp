@@ -72,8 +72,8 @@ ListKind PlanBuilder::kindOf(CComp* c) {
 }
 
 std::unique_ptr<GraphPlan> PlanBuilder::build() {
-    comps = contents<CComp>(host->comps);
-    buses = contents<CComp>(host->sends);
+    comps = contents(host->comps);
+    buses = contents(host->sends);
     place(host).busy = true;
     findRings();
     std::vector<CComp*> outs;
@@ -100,7 +100,7 @@ std::unique_ptr<GraphPlan> PlanBuilder::build() {
 void PlanBuilder::takeSources(CComp* out, ListKind kind) {
     bool& taken = kind == listSends ? place(out).busesTaken : place(out).sourcesTaken;
     if (std::exchange(taken, true)) return;
-    for (const auto* cable : contents<CAudioCable>(out->audioCables)) {
+    for (const auto* cable : contents(out->audioCables)) {
         CComp* from = cable->fromComp;
         if (from->type == compAudioOut || kindOf(from) != kind || sameRing(from, out)) continue;
         need(from);
@@ -115,7 +115,7 @@ void PlanBuilder::finishOut(CComp* out) {
     if (place(out).busy) return;
     if (!place(out).rendered && !ringOf.contains(out)) {
         place(out).busy = true;
-        for (const auto* cable : contents<CAudioCable>(out->audioCables)) {
+        for (const auto* cable : contents(out->audioCables)) {
             if (cable->fromComp->type != compAudioOut) continue;
             finishOut(cable->fromComp);
             if (!place(cable->fromComp).rendered) continue;
@@ -132,7 +132,7 @@ void PlanBuilder::planMaster(CComp* out) {
     if (place(out).stripped) return;
     place(out).stripped = true;
     needKeys(out);
-    const auto channels = contents<const void>(out->outputs);
+    const auto channels = contents(out->outputs);
     makes(out);
     takeKeys(out);
     add(out, PlanStep::master, {channels.begin(), channels.end()});
@@ -174,7 +174,7 @@ void PlanBuilder::stripsOf(CComp* c) {
 void PlanBuilder::needMidi(CComp* c) {
     PlanNode* node = place(c).node;
     node->takesMidi = ++depth <= maxPullDepth;
-    for (auto* cable : contents<CMIDICable>(c->midiCables)) {
+    for (auto* cable : contents(c->midiCables)) {
         if (!node->takesMidi || !cable->toPort) continue;
         const bool cut = !cable->fromComp || place(cable->fromComp).busy;
         if (!cut) {
@@ -191,7 +191,7 @@ void PlanBuilder::needMidi(CComp* c) {
 
 void PlanBuilder::needAudio(CComp* c) {
     if (++depth <= maxPullDepth) {
-        for (const auto* cable : contents<CAudioCable>(c->audioCables)) {
+        for (const auto* cable : contents(c->audioCables)) {
             CComp* from = cable->fromComp;
             if (!from) continue;
             if (place(from).busy) {
@@ -238,7 +238,7 @@ void PlanBuilder::sound(CComp* part, CComp* whole,
     makes(part);
     PlanNode* node = place(part).node;
     node->part = true;
-    const auto ports = contents<CMIDIQ>(part->inPorts);
+    const auto ports = contents(part->inPorts);
     for (const auto& [cable, cut, from] : place(whole).node->midi)
         if (from && std::ranges::find(ports, cable->toPort) != ports.end())
             node->players.push_back(from);
@@ -259,7 +259,7 @@ void PlanBuilder::strip(CComp* c) {
     needKeys(c);
     makes(c);
     takeKeys(c);
-    const auto channels = contents<const void>(c->outputs);
+    const auto channels = contents(c->outputs);
     const std::vector<const void*> writes(channels.begin(), channels.end());
     const int ahead = beginAhead(c);
     for (int i = 0; i < ahead; ++i)
@@ -292,10 +292,10 @@ int PlanBuilder::beginAhead(CComp* c) {
 void PlanBuilder::makes(CComp* c) {
     PlanNode* node = place(c).node;
     plan->lateness.meetingAt(node);
-    for (auto* ch : contents<COutputChannel>(c->outputs)) {
+    for (auto* ch : contents(c->outputs)) {
         if (plan->lateness.originOf(ch)) continue;
         PlanOrigin origin{ch->comp, ch, node, {}};
-        for (CComp* insert : contents<CComp>(ch->inserts)) origin.inserts.push_back({insert});
+        for (CComp* insert : contents(ch->inserts)) origin.inserts.push_back({insert});
         fadeInserts(origin);
         plan->lateness.addOrigin(std::move(origin), node);
     }
@@ -339,8 +339,7 @@ void PlanBuilder::linkLatency() {
         if (a.from)
             a.origin = lateness.originOf(a.from->fromChannel);
         else if (a.kind == PlanArrival::strips)
-            a.origin =
-                lateness.originOf(contents<COutputChannel>(sender->outputs)[size_t(a.channel)]);
+            a.origin = lateness.originOf(contents(sender->outputs)[size_t(a.channel)]);
         else
             a.origin = place(a.sender->comp).parts;
         lateness.meetingAt(a.at).arrivals.push_back(&a);
@@ -389,7 +388,7 @@ void PlanBuilder::giveLines(const PlanLatency::Meeting& m) {
     const PlanEvents* before = found == formerEvents.end() ? nullptr : found->second;
     const bool late = node.latency > 0 || node.comp->type == compMIDIOut;
     if (late && !node.part)
-        for (CMIDIQ* port : contents<CMIDIQ>(node.comp->inPorts))
+        for (CMIDIQ* port : contents(node.comp->inPorts))
             events->ports.push_back({port, std::make_shared<EventLine>()});
     const auto lateStrip = [&](const PlanOrigin* o) {
         return o->channel && o->latency > node.eventLatency();
@@ -424,7 +423,7 @@ void PlanBuilder::flushSums(CComp* out) {
     Place& p = place(out);
     if (p.sums.empty()) return;
     for (const PlanArrival& sum : p.sums) p.reads.push_back(sum.from->fromChannel);
-    const auto inputs = contents<const void>(out->inputs);
+    const auto inputs = contents(out->inputs);
     PlanStep& step = add(out, PlanStep::sum, {inputs.begin(), inputs.end()});
     step.sums.insert(step.sums.end(), p.sums.begin(), p.sums.end()); // it may go on with a step
     p.sums.clear();

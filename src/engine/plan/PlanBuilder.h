@@ -26,10 +26,8 @@ public:
 
     /// The contents of a list that the plan depends on.
     template <class T>
-    std::vector<T*> contents(const CList& list) {
-        std::vector<T*> objects;
-        for (CObject* object : read(list)) objects.push_back(static_cast<T*>(object));
-        return objects;
+    std::vector<T*> contents(const ListOf<T>& list) {
+        return reader()(list);
     }
     /// `c` is needed: it comes before what is added to the plan from now on.
     void need(CComp* c);
@@ -122,7 +120,7 @@ private:
     const Upstream& upstreamOf(CComp* strip); ///< walked once
     CInputChannel* tapOf(PlanNode& from, const COutputChannel* strip) const;
     ListReader reader() {
-        return [this](const CList& list) { return read(list); };
+        return ListReader([this](const CList& list) { return read(list); });
     }
     void linkLatency();
     void giveLines(PlanInsert& insert);

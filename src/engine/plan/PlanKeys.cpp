@@ -31,8 +31,8 @@ const Upstream& PlanBuilder::upstreamOf(CComp* strip) {
 /// Those of the inserts of `c`, or of its parts, are needed.
 void PlanBuilder::needKeys(CComp* c) {
     const size_t before = plan->steps.size();
-    for (const auto* strip : contents<COutputChannel>(c->outputs))
-        for (CComp* insert : contents<CComp>(strip->inserts)) needKey(stripOwner(strip), insert);
+    for (const auto* strip : contents(c->outputs))
+        for (CComp* insert : contents(strip->inserts)) needKey(stripOwner(strip), insert);
     if (plan->steps.size() != before) plan->lateness.putLast(place(c).node);
 }
 
@@ -40,7 +40,7 @@ void PlanBuilder::needKeys(CComp* c) {
 void PlanBuilder::needKey(CComp* c, CComp* keyed) {
     CKeyInput* key = keyInputOf(keyed);
     if (!key || onlyLeaving) return;
-    for (const auto* cable : contents<CAudioCable>(key->cables)) {
+    for (const auto* cable : contents(key->cables)) {
         CComp* const from = stripOwner(cable->fromChannel);
         CComp* const whole = wholeOf(from);
         if ((!holds(comps, whole) && !holds(buses, whole)) || place(from).leftStrip) continue;
@@ -67,7 +67,7 @@ void PlanBuilder::needStrip(CComp* c) {
 void PlanBuilder::needOthers(const CComp* c, const CComp* keyed) {
     for (CComp* other : comps) {
         if (other->type == compAudioOut || place(other).busy) continue;
-        for (const auto* channel : contents<COutputChannel>(other->outputs)) {
+        for (const auto* channel : contents(other->outputs)) {
             CComp* const owner = stripOwner(channel);
             if (!waitsFor(upstreamOf(owner), c, keyed)) needStrip(owner);
         }
@@ -75,7 +75,7 @@ void PlanBuilder::needOthers(const CComp* c, const CComp* keyed) {
 }
 
 void PlanBuilder::takeKeys(CComp* c) {
-    for (const auto* strip : contents<COutputChannel>(c->outputs))
+    for (const auto* strip : contents(c->outputs))
         if (const PlanOrigin* origin = plan->lateness.originOf(strip))
             for (const PlanInsert& insert : origin->inserts)
                 if (!insert.leaving) takeKey(c, insert.comp, &insert); // it may be freed soon
@@ -85,7 +85,7 @@ void PlanBuilder::takeKeys(CComp* c) {
 void PlanBuilder::takeKey(CComp* c, CComp* keyed, const PlanInsert* insert) {
     CKeyInput* key = keyInputOf(keyed);
     if (!key) return;
-    for (const auto* cable : contents<CAudioCable>(key->cables)) {
+    for (const auto* cable : contents(key->cables)) {
         CComp* const from = stripOwner(cable->fromChannel);
         PlanArrival arrival{PlanArrival::key, cable};
         arrival.at = place(c).node;

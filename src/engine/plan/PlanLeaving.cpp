@@ -41,7 +41,7 @@ std::vector<PlanArrival> PlanBuilder::leaving(CComp* c) {
     std::vector<PlanArrival> all;
     const auto before = former.find(c);
     if (before == former.end()) return all;
-    const auto has = contents<const CAudioCable>(c->audioCables);
+    const auto has = contents(c->audioCables);
     const auto goes = [&](const CAudioCable* cable) {
         return std::ranges::find(has, cable) == has.end();
     };
@@ -67,9 +67,9 @@ bool PlanBuilder::endsHere(CComp* c, std::unordered_set<const CComp*>& path) {
     if (place(c).rendered) return true;
     if (place(c).busy || !path.insert(c).second) return false;
     const OffGraph off(*this, c);
-    for (const auto* cable : contents<CAudioCable>(c->audioCables))
+    for (const auto* cable : contents(c->audioCables))
         if (!endsHere(cable->fromComp, path)) return false;
-    for (const auto* cable : contents<CMIDICable>(c->midiCables)) {
+    for (const auto* cable : contents(c->midiCables)) {
         CComp* from = cable->fromComp;
         if (from && !(staying.contains(from) ? place(from).rendered : endsHere(from, path)))
             return false;

@@ -40,16 +40,13 @@ PlanLists::PlanLists(const CQV* host, const UndoPlan& step, bool first) {
 
 std::vector<CObject*>& PlanLists::after(const CList& list) {
     const auto [known, fresh] = changed.try_emplace(&list);
-    if (fresh)
-        for (CObject* object : each<CObject>(list)) known->second.push_back(object);
+    if (fresh) known->second = objectsIn(list);
     return known->second;
 }
 
 std::vector<CObject*> PlanLists::of(const CList& list) const {
     if (const auto known = changed.find(&list); known != changed.end()) return known->second;
-    std::vector<CObject*> objects;
-    for (CObject* object : each<CObject>(list)) objects.push_back(object);
-    return objects;
+    return objectsIn(list);
 }
 
 PlanSource::PlanSource(const CList& from, const std::vector<CObject*>& objects)

@@ -142,19 +142,17 @@ void PlanBuilder::findRings() {
             sources[to].push_back(known->second);
     };
     for (size_t i = 0; i < all.size(); ++i) {
-        for (const auto* cable : contents<CAudioCable>(all[i]->audioCables))
-            lead(i, cable->fromComp);
-        for (const auto* cable : contents<CMIDICable>(all[i]->midiCables)) lead(i, cable->fromComp);
+        for (const auto* cable : contents(all[i]->audioCables)) lead(i, cable->fromComp);
+        for (const auto* cable : contents(all[i]->midiCables)) lead(i, cable->fromComp);
     }
     for (const std::vector<size_t>& circle : Circles(sources).found) {
         std::vector<CComp*>& ring = rings.emplace_back();
         for (const size_t i : circle) ring.push_back(all[i]);
         // Messages do not go round: a cable that would close such a loop brings nothing.
         const bool anySound = std::ranges::any_of(ring, [&](CComp* c) {
-            return std::ranges::any_of(
-                contents<CAudioCable>(c->audioCables), [&](const CAudioCable* cable) {
-                    return std::ranges::find(ring, cable->fromComp) != ring.end();
-                });
+            return std::ranges::any_of(contents(c->audioCables), [&](const CAudioCable* cable) {
+                return std::ranges::find(ring, cable->fromComp) != ring.end();
+            });
         });
         if (!anySound) {
             rings.pop_back();
@@ -177,9 +175,9 @@ void PlanBuilder::needOutside(const std::vector<CComp*>& members) {
             flushSums(c);
             continue;
         }
-        for (const auto* cable : contents<CMIDICable>(c->midiCables))
+        for (const auto* cable : contents(c->midiCables))
             if (cable->fromComp && !isMember(cable->fromComp)) need(cable->fromComp);
-        for (const auto* cable : contents<CAudioCable>(c->audioCables)) {
+        for (const auto* cable : contents(c->audioCables)) {
             CComp* from = cable->fromComp;
             if (!from || isMember(from)) continue;
             if (from->type == compAudioOut)
@@ -206,9 +204,9 @@ std::vector<CComp*> PlanBuilder::ringOrder(const std::vector<CComp*>& ring) {
             else
                 members[i].entry = true;
         };
-        for (const auto* cable : contents<CMIDICable>(ring[i]->midiCables))
+        for (const auto* cable : contents(ring[i]->midiCables))
             lead(cable->fromComp, &RingOrder::Member::messages);
-        for (const auto* cable : contents<CAudioCable>(ring[i]->audioCables))
+        for (const auto* cable : contents(ring[i]->audioCables))
             lead(cable->fromComp, &RingOrder::Member::sound);
     }
     return RingOrder(std::move(members)).order;
@@ -225,7 +223,7 @@ PlanArrival PlanBuilder::closingOf(CComp* c, const CAudioCable* cable) {
 
 /// What arrives at an out from within its ring, and its work.
 void PlanBuilder::planOut(CComp* out) {
-    for (const auto* cable : contents<CAudioCable>(out->audioCables)) {
+    for (const auto* cable : contents(out->audioCables)) {
         CComp* from = cable->fromComp;
         if (!sameRing(from, out)) continue;
         if (place(from).busy) {
@@ -279,12 +277,11 @@ void PlanBuilder::closeRing(const std::vector<CComp*>& members, size_t firstStep
 
     std::vector<const void*> own;
     for (CComp* c : members) {
-        loop->addMember(place(c).node, contents<COutputChannel>(c->outputs),
-                        contents<CInputChannel>(c->inputs));
-        for (CMIDIQ* port : contents<CMIDIQ>(c->inPorts)) loop->addOwnPort(port, false);
-        for (CMIDIQ* port : contents<CMIDIQ>(c->outPorts)) loop->addOwnPort(port, true);
-        for (const CList* list : listsOf(c->inPorts, c->outPorts))
-            for (const CMIDIQ* port : contents<CMIDIQ>(*list)) own.push_back(port);
+        loop->addMember(place(c).node, contents(c->outputs), contents(c->inputs));
+        for (CMIDIQ* port : contents(c->inPorts)) loop->addOwnPort(port, false);
+        for (CMIDIQ* port : contents(c->outPorts)) loop->addOwnPort(port, true);
+        for (const auto* list : listsOf(c->inPorts, c->outPorts))
+            for (const CMIDIQ* port : contents(*list)) own.push_back(port);
     }
     for (PlanStep& step : loop->steps)
         if (!loop->has(step.node)) loop->addMember(step.node, {}, {});

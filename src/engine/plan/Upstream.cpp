@@ -2,13 +2,11 @@
 
 #include "engine/CComp.h"
 #include "engine/KeyInput.h"
+#include "engine/plan/PlanLists.h"
 
 #include <utility>
 
-std::vector<CObject*> listContents(const CList& list) {
-    std::vector<CObject*> objects;
-    for (CObject* object : each<CObject>(list)) objects.push_back(object);
-    return objects;
+ListReader::ListReader() : contents([](const CList& list) { return PlanLists().of(list); }) {
 }
 
 CComp* stripOwner(const COutputChannel* strip) {
@@ -40,28 +38,25 @@ void Upstream::addWork(CComp* c) {
 
 void Upstream::followStrip(const CComp* c) {
     addWork(wholeOf(const_cast<CComp*>(c)));
-    for (CObject* strip : read(c->outputs))
-        for (CObject* insert : read(static_cast<COutputChannel*>(strip)->inserts))
-            followKey(static_cast<CComp*>(insert));
+    for (const auto* strip : read(c->outputs))
+        for (CComp* insert : read(strip->inserts)) followKey(insert);
 }
 
 void Upstream::followKey(CComp* keyed) {
     CKeyInput* key = keyInputOf(keyed);
     if (!key) return;
-    for (CObject* cable : read(key->cables))
-        addStrip(stripOwner(static_cast<CAudioCable*>(cable)->fromChannel));
+    for (const auto* cable : read(key->cables)) addStrip(stripOwner(cable->fromChannel));
 }
 
 void Upstream::followMidi(const CComp* c) {
-    for (CObject* cable : read(c->midiCables)) addWork(static_cast<CMIDICable*>(cable)->fromComp);
+    for (const auto* cable : read(c->midiCables)) addWork(cable->fromComp);
 }
 
 void Upstream::followWork(CComp* c) {
-    for (CObject* cable : read(c->audioCables))
-        if (const auto* from = static_cast<CAudioCable*>(cable)->fromChannel)
-            addStrip(stripOwner(from));
+    for (const auto* cable : read(c->audioCables))
+        if (cable->fromChannel) addStrip(stripOwner(cable->fromChannel));
     followMidi(c);
     followKey(c);
-    for (CObject* strip : read(c->outputs))
+    for (auto* strip : read(c->outputs))
         if (const CComp* part = c->getComp(strip)) followMidi(part);
 }

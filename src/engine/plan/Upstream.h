@@ -10,9 +10,23 @@ class CComp;
 class CObject;
 class COutputChannel;
 
-/// What a list holds now; a plan may ask for what it is going to hold.
-using ListReader = std::function<std::vector<CObject*>(const CList&)>;
-std::vector<CObject*> listContents(const CList& list);
+/// What lists hold: now, or as a plan that asks for what they are going to hold knows it.
+class ListReader {
+public:
+    using Contents = std::function<std::vector<CObject*>(const CList&)>;
+
+    ListReader(); ///< of what they hold now
+    explicit ListReader(Contents known) : contents(std::move(known)) {}
+    template <class T>
+    std::vector<T*> operator()(const ListOf<T>& list) const {
+        std::vector<T*> objects;
+        for (CObject* object : contents(list)) objects.push_back(static_cast<T*>(object));
+        return objects;
+    }
+
+private:
+    Contents contents;
+};
 
 /// The component whose step works out a strip: that which has it, or the part of that.
 CComp* stripOwner(const COutputChannel* strip);

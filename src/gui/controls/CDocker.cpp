@@ -76,7 +76,7 @@ void CDocker::keepInside(CWin* page) {
 void CDocker::detach(CWin* page, CRect place) {
     if (page->parent != this) return;
     removePlace(page);
-    page->moveOut(static_cast<CWin*>(parent), place);
+    page->moveOut(outer(), place);
     updateDocks();
 }
 
@@ -205,7 +205,7 @@ void CDocker::addDockMenu(CPopup* popup, CWin* page) {
     constexpr int newPage = -1, unDock = -2;
     CPopup* sub = popup->addSub("Dock");
     const auto add = [&](const CStr& text, int where) {
-        CMenuItem* item = sub->add(text, new _COnChange<CDocker>(this, &CDocker::dockClicked));
+        CMenuItem* item = sub->add(text, new _COnChange(this, &CDocker::dockClicked));
         item->tag = where;
         item->data = page;
     };
@@ -217,8 +217,8 @@ void CDocker::addDockMenu(CPopup* popup, CWin* page) {
     }
 }
 
-void CDocker::dockClicked(CObject* sender) {
-    const auto* item = static_cast<CCtrl*>(sender);
+void CDocker::dockClicked(CCtrl* sender) {
+    const auto* item = sender;
     dockWin(static_cast<CWin*>(item->data), item->tag);
 }
 

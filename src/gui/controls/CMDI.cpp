@@ -10,7 +10,7 @@ CMDI::CMDI(CApp* application, CWin* owner, const CStr& name, int l, int t, int w
 CMDI::~CMDI() {
     silent++;
     while (auto* page = pages.getFirst()) page->hide();
-    auto* owner = static_cast<CWin*>(parent);
+    auto* owner = outer();
     if (owner && owner->mdi == this) owner->mdi = nullptr;
 }
 
@@ -37,7 +37,7 @@ bool CMDI::keyUp(int key, int mods) {
 }
 
 void CMDI::setFocus(bool) {
-    if (parent) static_cast<CWin*>(parent)->setKeyCtrl(nullptr);
+    if (parent) outer()->setKeyCtrl(nullptr);
 }
 
 void CMDI::ownerFocus(bool on) {

@@ -243,7 +243,7 @@ void CPopup::leave() {
     app->killMenu(nullptr);
     const CPopup* root = this;
     while (root->opener) root = root->opener;
-    auto* owner = static_cast<CWin*>(root->parent);
+    auto* owner = root->outer();
     if (owner && owner->menu && owner->keyCtrl == owner->menu) owner->setKeyCtrl(nullptr);
 }
 

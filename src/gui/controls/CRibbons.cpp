@@ -46,7 +46,7 @@ void CRibbons::clearTabs() {
 
 void CRibbons::placeTabs() {
     int x = margin;
-    for (auto* item : each<CRibbonItem>(tabs->controls)) {
+    for (auto* item : listAs<CRibbonItem>(tabs->controls)) {
         const bool empty = !item->onChange && item->menu->items.empty();
         item->visible = !empty && (item->target == win || item->target == activeWin);
         item->setBounds(x, 0, item->neededWidth(), tabHeight);
@@ -65,7 +65,7 @@ void CRibbons::setActiveWin(CWin* active) {
 }
 
 CRibbonItem* CRibbons::getTab(int index) const {
-    return static_cast<CRibbonItem*>(tabs->controls.items(index < 0 ? tabIndex : index));
+    return listAs<CRibbonItem>(tabs->controls).items(index < 0 ? tabIndex : index);
 }
 
 void CRibbons::setTabIndex(int index) {
@@ -86,7 +86,7 @@ CRibbonItem* CRibbons::itemAtPos(int x, int y) {
 
 CRibbonItem* CRibbons::marked() const {
     if (!hasKeyFocus() || markedIndex < 0) return nullptr;
-    return static_cast<CRibbonItem*>(strip->controls.items(markedIndex));
+    return listAs<CRibbonItem>(strip->controls).items(markedIndex);
 }
 
 // The commands.
@@ -131,7 +131,7 @@ std::vector<CRibbonItem*> CRibbons::wantedItems() {
 bool CRibbons::shows(const std::vector<CRibbonItem*>& wanted) const {
     if (strip->controls.getCount() != int(wanted.size())) return false;
     size_t i = 0;
-    for (const auto* item : each<CRibbonItem>(strip->controls)) {
+    for (const auto* item : listAs<CRibbonItem>(strip->controls)) {
         const CRibbonItem* other = wanted[i++];
         if (item->text != other->text || item->kind != other->kind ||
             ctrlBounds(item) != ctrlBounds(other))
@@ -150,7 +150,7 @@ void CRibbons::layout() {
         return;
     }
     size_t i = 0;
-    for (auto* item : each<CRibbonItem>(strip->controls)) {
+    for (auto* item : listAs<CRibbonItem>(strip->controls)) {
         item->setState(wanted[i]->enabled, wanted[i]->checked);
         delete wanted[i++];
     }
@@ -206,7 +206,7 @@ void CRibbons::step(int by) {
     int at = markedIndex < 0 && by < 0 ? 0 : markedIndex;
     for (int k = 0; k < count; k++) {
         at = (at + by + count) % count;
-        if (static_cast<CRibbonItem*>(strip->controls.items(at))->selectable()) break;
+        if (listAs<CRibbonItem>(strip->controls).items(at)->selectable()) break;
     }
     markedIndex = at;
     strip->redraw();

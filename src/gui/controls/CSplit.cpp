@@ -87,7 +87,7 @@ CWin* CSizer::topWindow() const {
     CWin* outer = win;
     while (outer->hasStyle(winChild) && outer->parent) {
         if (outer->isPage() && !outer->hasStyle(winMaximized)) break;
-        outer = static_cast<CWin*>(outer->parent);
+        outer = outer->outer();
     }
     return outer;
 }

@@ -58,7 +58,7 @@ void CFileWin::makeTop() {
     auto* up = new CButton(this, "up", "Up", margin, margin, upWidth, fieldHeight);
     up->tabStop = true;
     up->hint = "Parent folder";
-    wire(up->onPaint, new _COnPaint<CFileWin>(this, &CFileWin::paintUp));
+    wire(up->onPaint, new _COnPaint(this, &CFileWin::paintUp));
     wire(up->onChange, new _COnChange<CFileWin>(this, &CFileWin::upClicked));
     addControl(up);
     const int left0 = margin + upWidth + gap;
@@ -301,6 +301,6 @@ void CFileWin::accept() {
         nameEdit->setText("");
 }
 
-void CFileWin::paintUp(CObject* sender, CGraphic* g, CRect rect) {
-    drawArrow(g, static_cast<CButton*>(sender)->faceColour(), rect, dirUp, arrowSize);
+void CFileWin::paintUp(CButton* sender, CGraphic* g, CRect rect) {
+    drawArrow(g, sender->faceColour(), rect, dirUp, arrowSize);
 }

@@ -5,6 +5,7 @@
 
 #include <functional>
 
+class CButton;
 class CFileList;
 class CLabel;
 class CListbox;
@@ -68,7 +69,7 @@ private:
     void rowChanged(CObject* sender);
     void rowOpened(CObject* sender);
     bool pathKey(CObject* sender, int& key, int mods);
-    void paintUp(CObject* sender, CGraphic* g, CRect rect);
+    void paintUp(CButton* sender, CGraphic* g, CRect rect);
 
     Form form;
     CStringList placePaths;

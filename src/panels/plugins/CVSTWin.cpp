@@ -168,7 +168,7 @@ void CVSTWin::layContent() {
 /// The plug-in has closed its editor when this returns.
 void CVSTWin::empty() {
     if (editor) editor->close();
-    for (CCtrl* shown : {static_cast<CCtrl*>(editor), static_cast<CCtrl*>(params)}) {
+    for (CCtrl* shown : std::initializer_list<CCtrl*>{editor, params}) {
         if (!shown) continue;
         clientGroup->controls.remove(shown);
         app->deleteLater(shown);
@@ -255,15 +255,15 @@ void CVSTWin::channelClicked(CObject*) {
     const Setting& heard = plugin.channelSetting();
     for (int i = -1; i < midiChannels; i++) {
         CMenuItem* item = popup->add(heard.text(&plugin, double(i)),
-                                     new _COnChange<CVSTWin>(this, &CVSTWin::channelChosen));
+                                     new _COnChange(this, &CVSTWin::channelChosen));
         item->tag = i;
         item->checked = i == plugin.mch;
     }
     popup->popupBelow(channel);
 }
 
-void CVSTWin::channelChosen(CObject* sender) {
-    const int to = static_cast<CMenuItem*>(static_cast<CCtrl*>(sender))->tag;
+void CVSTWin::channelChosen(CMenuItem* sender) {
+    const int to = sender->tag;
     plugin.host->values->set(plugin.channelSetting().of(&plugin), double(to));
     idle();
 }
@@ -298,7 +298,7 @@ void CVSTWin::moreClicked(CObject*) {
     auto* popup = new CPopup(app, this);
     popup->autoDelete = true;
     const auto add = [&](int place, const CStr& text, bool checked) {
-        CMenuItem* item = popup->add(text, new _COnChange<CVSTWin>(this, &CVSTWin::placeChosen));
+        CMenuItem* item = popup->add(text, new _COnChange(this, &CVSTWin::placeChosen));
         item->tag = place;
         item->checked = checked;
     };
@@ -356,8 +356,8 @@ void CVSTWin::refill() {
 }
 
 /// The user's word holds for the plug-in wherever it is loaded from now on.
-void CVSTWin::placeChosen(CObject* sender) {
-    const int place = static_cast<CMenuItem*>(static_cast<CCtrl*>(sender))->tag;
+void CVSTWin::placeChosen(CMenuItem* sender) {
+    const int place = sender->tag;
     if (place != loadAgain)
         workspace.pluginShelf().processes->trust.set(plugin.fileName, place == inProgram);
     empty();

@@ -5,6 +5,7 @@
 #include "ui/CCompEditor.h"
 
 class CButton;
+class CMenuItem;
 class CPopup;
 class CVST;
 class EditorFrame;
@@ -42,14 +43,14 @@ private:
     void saveFile(const CStr& path);
     void powerClicked(CObject*);
     void channelClicked(CObject*);
-    void channelChosen(CObject* sender);
+    void channelChosen(CMenuItem* sender);
     void listClicked(CObject*);
     void keysClicked(CObject*);
     void macrosClicked(CObject*);
     void locateClicked(CObject*);
     void restartClicked(CObject*);
     void moreClicked(CObject*);
-    void placeChosen(CObject* sender);
+    void placeChosen(CMenuItem* sender);
     void addFormats(CPopup* popup);
     void addFormat(CPopup* popup, const PluginList::Entry& other);
     std::vector<const PluginList::Entry*> otherFormats() const;

@@ -43,8 +43,7 @@ EffectBox::EffectBox(CWin* owner, Workspace& space, CEffect& whole, CFX* of,
                                 [host = rack.host] { return double(host->tempoNow); })),
       settings(new SettingPanel(owner, "settings", space)) {
     arrowsWalk = true;
-    for (CButton* b : {up, down, remove})
-        b->onPaint = new _COnPaint<EffectBox>(this, &EffectBox::paintSign);
+    for (CButton* b : {up, down, remove}) b->onPaint = new _COnPaint(this, &EffectBox::paintSign);
     presets->setText("Presets");
     presets->hint = "Other settings for this effect alone, or these as a preset";
     if (fx->type == fxCompressor || fx->type == fxGate) addKeyButton();
@@ -135,7 +134,7 @@ void EffectBox::powerClicked(CObject*) {
 }
 
 void EffectBox::placeClicked(CObject* sender) {
-    if (alive()) onMove(static_cast<CCtrl*>(sender) == up ? -1 : 1);
+    if (alive()) onMove(sender == up ? -1 : 1);
 }
 
 void EffectBox::removeClicked(CObject*) {
@@ -179,8 +178,8 @@ bool EffectBox::keyInside(int key, int mods) {
     return CGroup::keyInside(key, mods);
 }
 
-void EffectBox::paintSign(CObject* sender, CGraphic* g, CRect rect) {
-    const auto* b = static_cast<CButton*>(sender);
+void EffectBox::paintSign(CButton* sender, CGraphic* g, CRect rect) {
+    const auto* b = sender;
     if (b == remove)
         drawCloseButton(g, rect, b->faceColour());
     else

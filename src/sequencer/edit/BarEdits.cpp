@@ -22,8 +22,8 @@ public:
                 undo->asGrow(seq, c.tick, limitTicks(int64_t(c.tick) + span) - c.tick);
         });
         eachPart([this](CSongTrack* t, CPart* part) { insertInto(t, part); });
-        for (const CList* points : listsOf(prog->tempos, prog->timesigs))
-            for (auto* point : each<CPart>(*points))
+        for (const auto& points : viewsOf<CPart>(prog->tempos, prog->timesigs))
+            for (auto* point : points)
                 if (point->pos >= left) recordMove(undo, point, span);
         for (auto* marker : prog->markers) {
             if (marker->pos >= left)
@@ -96,14 +96,15 @@ private:
 
     /// The last point of the span goes on to hold, from the left locator, unless one stands where
     /// the span ends.
-    void removeFrom(CList& points) {
-        CPart* last = nullptr;
+    template <class T>
+    void removeFrom(ListOf<T>& points) {
+        const T* last = nullptr;
         bool followed = false;
-        for (auto* point : each<CPart>(points)) {
+        for (auto* point : points) {
             if (point->pos >= left && point->pos < right) last = point;
             followed |= point->pos == right;
         }
-        for (auto* point : each<CPart>(points)) {
+        for (auto* point : points) {
             if (point->pos >= right)
                 recordMove(undo, point, -span);
             else if (point == last && !followed && point->pos == left)

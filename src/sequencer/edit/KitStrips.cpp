@@ -3,6 +3,7 @@
 #include "engine/CQV.h"
 #include "engine/CompTypes.h"
 #include "engine/MixScene.h"
+#include "engine/ObjectKinds.h"
 #include "instruments/CDrumSound.h"
 #include "instruments/CLayer.h"
 #include "sequencer/edit/KitEdits.h"
@@ -35,8 +36,8 @@ void visitSong(const CSeq* song, int place, const VisitStrips& visit) {
 }
 
 void visitHeld(CObject* held, const VisitStrips& visit) {
-    if (held->asType(categoryComp, compSeq)) visitSong(static_cast<CSeq*>(held), -1, visit);
-    if (held->asType(categoryComp, compTrack)) visitTrack(static_cast<CTrack*>(held), {}, visit);
+    if (auto* seq = compAs<CSeq>(held)) visitSong(seq, -1, visit);
+    if (auto* track = compAs<CTrack>(held)) visitTrack(track, {}, visit);
     if (held->category != categorySampler) return;
     if (auto* sound = dynamic_cast<CDrumSound*>(held)) visitSound(sound, {}, visit);
 }
@@ -45,7 +46,7 @@ void visitKits(CQV* host, CObject* held, const VisitStrips& visit) {
     if (held) return visitHeld(held, visit);
     int place = 0;
     for (auto* comp : host->comps) {
-        if (comp->type == compSeq) visitSong(static_cast<CSeq*>(comp), place, visit);
+        if (auto* seq = compAs<CSeq>(comp)) visitSong(seq, place, visit);
         place++;
     }
 }

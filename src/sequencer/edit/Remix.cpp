@@ -19,7 +19,7 @@ namespace {
 CStr freeName(const CSeq* seq) {
     std::set<int> taken;
     const CStr stem = "Remix ";
-    for (const auto* prog : each<CSeqProg>(seq->progs)) {
+    for (const auto* prog : seq->programs()) {
         const int number = strAsInt(prog->id.sub(stem.length(), -1));
         if (prog->id == stem + asStr(number)) taken.insert(number);
     }

@@ -34,8 +34,8 @@ Shifts collect(CSeq* seq, Ripple ripple, bool selectedStay, const ShiftOf& shift
             if (!selectedStay || !part->selected()) offer(part, songTrack);
     }
     if (ripple == Ripple::all)
-        for (const CList* points : listsOf(prog->markers, prog->tempos, prog->timesigs))
-            for (auto* point : each<CPart>(*points)) offer(point, nullptr);
+        for (const auto& points : viewsOf<CPart>(prog->markers, prog->tempos, prog->timesigs))
+            for (auto* point : points) offer(point, nullptr);
     return shifts;
 }
 

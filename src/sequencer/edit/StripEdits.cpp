@@ -8,6 +8,7 @@
 #include "engine/CompTypes.h"
 #include "engine/EditorHooks.h"
 #include "engine/KeyInput.h"
+#include "engine/ObjectKinds.h"
 #include "sequencer/song/CEditorComp.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/TrackInstrument.h"
@@ -46,8 +47,9 @@ bool unfreeze(CQV* host, const std::vector<CComp*>& gone, CUndo* step) {
     };
     bool any = false;
     for (auto* comp : host->comps) {
-        if (comp->type != compSeq || has(gone, comp)) continue;
-        for (auto* prog : each<CSeqProg>(comp->progs))
+        auto* seq = compAs<CSeq>(comp);
+        if (!seq || has(gone, comp)) continue;
+        for (auto* prog : seq->programs())
             for (auto* track : prog->tracks) {
                 if (!uses(track)) continue;
                 for (auto* item : track->freezeItems) step->asRemove(item, &track->freezeItems);
@@ -69,11 +71,11 @@ void removeCables(CQV* host, const std::vector<CComp*>& gone, CUndo* step) {
         for (auto* cable : to->audioCables)
             if (ends(cable, cable->fromChannel)) step->asRemove(cable, &to->audioCables);
     };
-    for (const CList* list : listsOf(host->comps, host->sends))
-        for (auto* c : each<CComp>(*list)) {
+    for (const auto* list : listsOf(host->comps, host->sends))
+        for (auto* c : *list) {
             strip(c);
-            if (c->type != compSeq) continue;
-            for (auto* track : static_cast<CSeq*>(c)->tracks) strip(track);
+            if (auto* seq = compAs<CSeq>(c))
+                for (auto* track : seq->tracks) strip(track);
         }
     removeKeys(host, step, [&](const COutputChannel* key) { return has(gone, key->comp); });
 }
@@ -162,8 +164,7 @@ namespace {
 
 void closeWindows(CComp* comp) {
     editorHooks()->hideEditors(comp);
-    if (comp->type == compSeq)
-        editorHooks()->hideEditors(static_cast<CSeq*>(comp)->editorComp.get());
+    if (auto* seq = compAs<CSeq>(comp)) editorHooks()->hideEditors(seq->editorComp.get());
 }
 
 } // namespace

@@ -82,7 +82,7 @@ public:
         copyGroove();
         copyKit();
         copyLanes();
-        for (auto* prog : each<CSeqProg>(seq->progs)) copyParts(prog);
+        for (auto* prog : seq->programs()) copyParts(prog);
         return made;
     }
 
@@ -117,7 +117,7 @@ private:
         for (int i = 2;; i++) {
             const CStr name = stem + " " + asStr(i);
             bool taken = false;
-            eachWithPending<CTrack>(undo, &seq->tracks, [&](const CTrack* t) {
+            eachWithPending(undo, &seq->tracks, [&](const CTrack* t) {
                 taken = taken || (t != made && t->id == name);
             });
             if (!taken) return name;
@@ -181,7 +181,7 @@ private:
     void copyParts(CSeqProg* prog) {
         const CSongTrack* from = prog->songTrackOf(source);
         CSongTrack* to = nullptr;
-        eachPending<CSongTrack>(undo, &prog->tracks, [&](CSongTrack* s) {
+        eachPending(undo, &prog->tracks, [&](CSongTrack* s) {
             if (s->track == made) to = s;
         });
         if (!from || !to) return;

@@ -68,8 +68,7 @@ std::vector<ListMove> movesTo(std::vector<CObject*> now, const std::vector<CObje
 }
 
 void recordOrder(CUndo* undo, CList& list, const std::vector<CObject*>& wanted) {
-    std::vector<CObject*> now;
-    for (auto* object : each<CObject>(list)) now.push_back(object);
+    const std::vector<CObject*> now = objectsIn(list);
     const auto forth = movesTo(now, wanted, false), back = movesTo(now, wanted, true);
     for (const ListMove& m : forth.size() <= back.size() ? forth : back)
         undo->asMove(m.object, &list, &list, m.index);
@@ -104,7 +103,7 @@ void moveTracksTo(CSeq* seq, const Tracks& tracks, const TrackTarget& target) {
         seq->host->undoStart("Move track", seq, {.graph = true, .seq = SeqNotice::tracks});
     const std::vector<CObject*> objects(order.begin(), order.end());
     recordOrder(undo, seq->tracks, objects);
-    for (auto* prog : each<CSeqProg>(seq->progs)) {
+    for (auto* prog : seq->programs()) {
         std::vector<CObject*> songTracks;
         for (const CTrack* t : order) songTracks.push_back(prog->songTrackOf(t));
         recordOrder(undo, prog->tracks, songTracks);
@@ -142,7 +141,7 @@ CStr duplicateTracks(CSeq* seq, const Tracks& tracks) {
         for (const CTrack* t : tracks)
             if (s->track == twins[t]) seq->selectTrack(s, true);
     };
-    eachPending<CSongTrack>(undo, &seq->getProg()->tracks, select);
+    eachPending(undo, &seq->getProg()->tracks, select);
     seq->host->undoEnd(undo, true);
     return "";
 }

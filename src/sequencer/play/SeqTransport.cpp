@@ -400,7 +400,7 @@ void CSeq::start() {
 void CSeq::stop() {
     assert(heldByThread());
     if (playing) {
-        for (CSeqProg* prog : each<CSeqProg>(progs))
+        for (CSeqProg* prog : programs())
             if (prog->playing) prog->stopRequest = 1;
         playing = 0;
         playedTime.run++;
@@ -439,7 +439,7 @@ void CSeq::process(int frames) {
     mergeMIDI(frames);
     mergeAudio(frames);
     recorder.follow(frames);
-    for (CSeqProg* prog : each<CSeqProg>(progs)) prog->process(frames, 0);
+    for (CSeqProg* prog : programs()) prog->process(frames, 0);
     if (playing) songTicks += host->ticksPerFrame() * frames;
     playedTime.frames += frames;
     playedTime.ticks += host->framesToTicks(frames);

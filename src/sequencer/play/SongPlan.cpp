@@ -10,10 +10,10 @@ namespace {
 std::vector<const COutputChannel*> frozenChannels(PlanBuilder& plan, const CSeq* seq,
                                                   const CTrack* track) {
     std::vector<const COutputChannel*> channels;
-    for (const auto* prog : plan.contents<CSeqProg>(seq->progs))
-        for (const auto* songTrack : plan.contents<CSongTrack>(prog->tracks)) {
+    for (const auto* program : plan.contents(seq->progs))
+        for (const auto* songTrack : plan.contents(static_cast<const CSeqProg*>(program)->tracks)) {
             if (songTrack->track != track) continue;
-            for (const auto* item : plan.contents<CFreezeItem>(songTrack->freezeItems))
+            for (const auto* item : plan.contents(songTrack->freezeItems))
                 channels.push_back(item->channel);
         }
     return channels;
@@ -27,18 +27,18 @@ void CSeq::planRender(PlanBuilder& plan) {
     plan.needMidi(this);
     plan.needAudio(this);
     if (CComp* keys = host->getMIDIIn()) plan.need(keys);
-    for (auto* track : plan.contents<CTrack>(tracks))
-        for (const auto* cable : plan.contents<CMIDICable>(track->midiCables)) {
+    for (auto* track : plan.contents(tracks))
+        for (const auto* cable : plan.contents(track->midiCables)) {
             plan.need(cable->fromComp);
             plan.listen(this, cable->fromPort);
         }
     plan.render(this);
-    for (auto* track : plan.contents<CTrack>(tracks)) {
+    for (auto* track : plan.contents(tracks)) {
         plan.sound(track, this, frozenChannels(plan, this, track));
         plan.note(track, {&track->live, &track->takeLatency, &track->fromDevice});
     }
 }
 
 void CSeq::planStrip(PlanBuilder& plan) {
-    for (auto* track : plan.contents<CTrack>(tracks)) plan.strip(track);
+    for (auto* track : plan.contents(tracks)) plan.strip(track);
 }

@@ -87,9 +87,9 @@ private:
 /// The host works out only what some channels are made of, for a while.
 class OnlyFor {
 public:
-    OnlyFor(CQV* master, const CList& channels) : host(master) {
+    OnlyFor(CQV* master, const ListOf<COutputChannel>& channels) : host(master) {
         std::vector<COutputChannel*> kept;
-        for (COutputChannel* ch : each<COutputChannel>(channels)) kept.push_back(ch);
+        for (COutputChannel* ch : channels) kept.push_back(ch);
         host->plans->current().keepTo(kept);
     }
     ~OnlyFor() { host->plans->current().keepTo({}); }
@@ -303,8 +303,8 @@ void CRender::run(double startTick, double lengthTicks, const Job& job) {
     if (!cancelled) runRest(tailMs != 0 && songGoesOn, job);
 }
 
-void CRender::process(double startTick, double lengthTicks, CList* captured, bool mix,
-                      RenderProgress* follower) {
+void CRender::process(double startTick, double lengthTicks, ListOf<COutputChannel>* captured,
+                      bool mix, RenderProgress* follower) {
     if (captured->getCount() == 0 || targets.empty()) return;
     GraphHold hold(qv);
     cancelled = false;
@@ -315,7 +315,7 @@ void CRender::process(double startTick, double lengthTicks, CList* captured, boo
     {
         const RenderState state(qv, rate, startTick);
         const OnlyFor only(qv, *captured);
-        for (COutputChannel* ch : each<COutputChannel>(*captured)) ch->holdL = ch->holdR = 0.0f;
+        for (COutputChannel* ch : *captured) ch->holdL = ch->holdR = 0.0f;
         qv->start();
         run(startTick, lengthTicks, {captured, mix, follower});
     }

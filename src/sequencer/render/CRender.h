@@ -88,7 +88,7 @@ public:
     /// goes on behind the range stands, and what was played rings on. `follower` may be null.
     /// Interface thread; takes the graph for the whole time, stops the transport before, and puts
     /// rate, tempo and position back. Before and after it the graph is silent.
-    void process(double startTick, double lengthTicks, CList* captured, bool mix,
+    void process(double startTick, double lengthTicks, ListOf<COutputChannel>* captured, bool mix,
                  RenderProgress* follower);
 
 private:
@@ -101,7 +101,7 @@ private:
     };
     /// Who follows, what is captured, and how.
     struct Job {
-        CList* captured;
+        ListOf<COutputChannel>* captured;
         bool mix;
         RenderProgress* follower;
     };

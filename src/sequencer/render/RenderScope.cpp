@@ -71,7 +71,7 @@ std::vector<TrackOutput> trackOutputs(CSeq* seq) {
         for (const auto& [comp, channel] : channelsOf(track))
             numbering.add(channel, "track_", track->id);
     }
-    for (auto* bus : each<CComp>(seq->host->sends))
+    for (auto* bus : seq->host->sends)
         for (auto* channel : bus->outputs) numbering.add(channel, "fx_", bus->id);
     return std::move(numbering.outputs);
 }

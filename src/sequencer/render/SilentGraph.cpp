@@ -3,6 +3,7 @@
 #include "common/fx/CEQ.h"
 #include "effects/CEffect.h"
 #include "engine/CQV.h"
+#include "engine/ObjectKinds.h"
 #include "engine/plan/GraphPlan.h"
 #include "instruments/CArp.h"
 #include "instruments/CDrumSound.h"
@@ -38,28 +39,20 @@ void silenceTrack(CTrack* track) {
 }
 
 void silenceContent(CComp* c) {
-    switch (c->type) {
-    case compEffect:
-        static_cast<CEffect*>(c)->restart();
-        for (auto* prog : each<CEffectProg>(c->progs))
+    if (auto* rack = compAs<CEffect>(c)) {
+        rack->restart();
+        for (auto* prog : rack->programs())
             for (auto* fx : prog->effects) fx->clear();
-        break;
-    case compSampler:
-        static_cast<CSampler*>(c)->allNotesOff();
-        for (auto* prog : each<CSynthProg>(c->progs)) silenceProgram(prog);
-        break;
-    case compVST:
-        static_cast<CVST*>(c)->resetSound();
-        break;
-    case compArp:
-        static_cast<CArp*>(c)->deleteAllVoices();
-        break;
-    case compSeq:
-        static_cast<CSeq*>(c)->dropVoices();
-        for (auto* track : static_cast<CSeq*>(c)->tracks) silenceTrack(track);
-        break;
-    default:
-        break;
+    } else if (auto* sampler = compAs<CSampler>(c)) {
+        sampler->allNotesOff();
+        for (auto* prog : sampler->programs()) silenceProgram(prog);
+    } else if (auto* plugin = compAs<CVST>(c)) {
+        plugin->resetSound();
+    } else if (auto* arp = compAs<CArp>(c)) {
+        arp->deleteAllVoices();
+    } else if (auto* seq = compAs<CSeq>(c)) {
+        seq->dropVoices();
+        for (auto* track : seq->tracks) silenceTrack(track);
     }
 }
 
@@ -74,7 +67,7 @@ void silence(CComp* c) {
 
 void silenceGraph(CQV* host) {
     silence(host);
-    for (auto* bus : each<CComp>(host->sends)) silence(bus);
+    for (auto* bus : host->sends) silence(bus);
     host->plans->endFades();
     host->plans->current().latency().silence();
 }

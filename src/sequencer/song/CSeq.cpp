@@ -47,7 +47,7 @@ bool liesIn(const CObject* part, const ForgetSet& gone) {
 
 void forgetInSongs(CQV* host, const ForgetSet& gone) {
     for (auto* c : host->comps)
-        if (c->type == compSeq) static_cast<CSeq*>(c)->forget(gone);
+        if (auto* seq = compAs<CSeq>(c)) seq->forget(gone);
 }
 
 void dropVoicesOf(AudioVoices& voices, const ForgetSet& gone) {
@@ -110,7 +110,7 @@ void CSeq::doUpdate(int code) {
         const GraphHold hold(host);
         sortParts(parts, isBefore, this);
     };
-    for (auto* prog : each<CSeqProg>(progs)) {
+    for (auto* prog : programs()) {
         for (auto* songTrack : prog->tracks) order(songTrack->parts, partBefore);
         order(prog->timesigs, earlier);
         order(prog->tempos, earlier);
@@ -169,12 +169,12 @@ void CSeq::freezeMoved(CUndoItem* step, const CList* list, bool back) {
 }
 
 void CSeq::markerMoved(CObject* marker, const CList* list) {
-    for (auto* prog : each<CSeqProg>(progs))
+    for (auto* prog : programs())
         if (list == &prog->markers && !list->contains(marker)) prog->purgeMarker(marker);
 }
 
 void CSeq::songTrackMoved(CObject* object, const CList* list) {
-    for (auto* prog : each<CSeqProg>(progs))
+    for (auto* prog : programs())
         if (list == &prog->tracks)
             static_cast<CSongTrack*>(object)->requests.ask(requestSetup | requestFlush);
 }
@@ -211,9 +211,9 @@ void CSeq::forget(const ForgetSet& gone) {
             item->channel = nullptr;
         }
     });
-    for (auto* prog : each<CSeqProg>(progs)) purgeMarkers(prog, gone);
+    for (auto* prog : programs()) purgeMarkers(prog, gone);
     for (auto* track : tracks) {
-        removeGone<CSubTrack>(track->editLanes, gone);
+        removeGone(track->editLanes, gone);
         track->take.purge(gone);
         bool known = false;
         for (auto* lane : track->subTracks) {
@@ -310,7 +310,7 @@ void CSeq::getTempoMap(CMIDIQ* queue) {
 }
 
 CSeqProg* CSeq::getProg() {
-    return static_cast<CSeqProg*>(getProgram(-1));
+    return programs().items(curProg);
 }
 
 CSeqProg* CSeq::createProgram() {
@@ -328,8 +328,8 @@ int CSeq::gridTicks() const {
     return snap ? snap->getTicks() : CSnap().getTicks();
 }
 
-void CSeq::onGetSnap(CObject* sender) {
-    static_cast<CSnap*>(sender)->setBar(options.num(), options.den());
+void CSeq::onGetSnap(CSnap* sender) {
+    sender->setBar(options.num(), options.den());
 }
 
 void CSeq::writeSettings() {

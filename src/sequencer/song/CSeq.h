@@ -46,6 +46,8 @@ extern Shared<int> useMarkersMIDINoteTrigger;
 /// by single stores. Whatever has no step here acts at once and holds the graph for it.
 class CSeq : public CComp {
 public:
+    static constexpr int ownType = compSeq;
+
     ListOf<CTrack> tracks; ///< owned
     Shared<unsigned char> playing{0}, recording{0};
     Shared<double> songTicks{0.0}; ///< played since start
@@ -133,6 +135,7 @@ public:
     void forget(const ForgetSet& gone); ///< the same for many
 
     // Programs.
+    ListView<CSeqProg> programs() const { return listAs<CSeqProg>(progs); }
     CSeqProg* getProg();
     /// A new program with a song track for every track, owned by the caller.
     CSeqProg* createProgram();
@@ -237,7 +240,7 @@ public:
     int ticksToNextTempoChange(double tick) { return tempo.ticksToNext(tick); }
 
     /// Hands the song's time signature to the grid of a view. `sender` is a CSnap.
-    void onGetSnap(CObject* sender);
+    void onGetSnap(CSnap* sender);
     void writeSettings();
 
     // Files (SongBlocks.cpp, SongBinding.cpp). Interface thread.
@@ -290,6 +293,6 @@ void enterSequencer();
 
 template <class F>
 void CSeq::eachSongTrack(F&& visit) {
-    for (auto* prog : each<CSeqProg>(progs))
+    for (auto* prog : programs())
         for (auto* songTrack : prog->tracks) visit(songTrack);
 }

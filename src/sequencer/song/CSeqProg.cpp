@@ -15,17 +15,17 @@
 namespace {
 
 template <class T>
-T* covering(const CList& points, int tick) {
-    for (auto* point : each<T>(points))
+T* covering(const ListOf<T>& points, int tick) {
+    for (auto* point : points)
         if (point->pos <= tick && tick < int64_t(point->pos) + point->length) return point;
     return nullptr;
 }
 
 /// Links `point` in front of the entries that `follows` it; the list is in order.
-template <class F>
-void linkPoint(CQV* host, CList& points, CPart* point, CUndo* undo, F follows) {
+template <class T, class F>
+void linkPoint(CQV* host, ListOf<T>& points, T* point, CUndo* undo, F follows) {
     int index = 0;
-    eachWithPending<CPart>(undo, &points, [&](CPart* other) { index += !follows(other->pos); });
+    eachWithPending(undo, &points, [&](const T* other) { index += !follows(other->pos); });
     if (undo) {
         undo->asAdd(point, &points, index);
     } else {

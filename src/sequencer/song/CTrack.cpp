@@ -186,7 +186,7 @@ CSubTrack* CTrack::activeParam() {
 
 int CTrack::getFreeParam(const CUndo* undo) {
     std::bitset<maxSlots> used;
-    eachWithPending<CSubTrack>(undo, &subTracks, [&used](CSubTrack* lane) {
+    eachWithPending(undo, &subTracks, [&used](CSubTrack* lane) {
         if (lane->automation() && lane->slot >= 0 && lane->slot < maxSlots)
             used.set(size_t(lane->slot));
     });
@@ -197,18 +197,18 @@ int CTrack::getFreeParam(const CUndo* undo) {
 
 int CTrack::slotsInUse(const CUndo* undo) {
     int slots = 0;
-    eachWithPending<CSubTrack>(undo, &subTracks, [&slots](CSubTrack* lane) {
+    eachWithPending(undo, &subTracks, [&slots](CSubTrack* lane) {
         if (lane->automation()) slots = asMax(slots, lane->slot + 1);
     });
     return asMin(slots, maxSlots);
 }
 
 void CTrack::reserveSlots(int slots, const CUndo* undo) {
-    for (auto* prog : each<CSeqProg>(seq->progs))
-        eachWithPending<CSongTrack>(undo, &prog->tracks, [&](CSongTrack* songTrack) {
+    for (auto* prog : seq->programs())
+        eachWithPending(undo, &prog->tracks, [&](CSongTrack* songTrack) {
             if (songTrack->track != this) return;
-            eachWithPending<CPart>(undo, &songTrack->parts,
-                                   [slots](CPart* part) { part->reserveSlots(slots); });
+            eachWithPending(undo, &songTrack->parts,
+                            [slots](CPart* part) { part->reserveSlots(slots); });
         });
 }
 

@@ -42,6 +42,8 @@ constexpr int firstDrumKey = 36; ///< plays the first sound of a kit
 /// linked to its end. `midiCables` holds the sources of an audio or drum track alone, owned.
 class CTrack : public CComp {
 public:
+    static constexpr int ownType = compTrack;
+
     CTrakPreview preview;
     CSeq* seq;                       ///< the owner
     const int kind;                  ///< TrackKind; other numbers make a track without anything

@@ -37,8 +37,9 @@ void eachOutput(CComp* owner, F visit) {
     const auto visitAll = [&visit](CComp* from) {
         for (auto* channel : from->outputs) visit(channel);
     };
-    if (owner->type != compSeq) return visitAll(owner);
-    for (auto* track : static_cast<CSeq*>(owner)->tracks) visitAll(track);
+    auto* seq = compAs<CSeq>(owner);
+    if (!seq) return visitAll(owner);
+    for (auto* track : seq->tracks) visitAll(track);
 }
 
 int indexOf(CComp* owner, const COutputChannel* channel) {

@@ -4,6 +4,7 @@
 #include "sequencer/edit/PartEdits.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/ClipTimes.h"
+#include "sequencer/song/Points.h"
 
 #include <algorithm>
 #include <unordered_map>
@@ -40,9 +41,9 @@ public:
         return posA != posB ? posA < posB : ticks(a) > ticks(b);
     }
 
-    bool touchesAny(const CList& parts) const {
+    bool touchesAny(ListView<CPart> parts) const {
         if (moved.empty() && grown.empty() && other.empty()) return false;
-        for (auto* part : each<CPart>(parts))
+        for (auto* part : parts)
             if (moved.count(part) || grown.count(part) || other.count(part->content())) return true;
         return false;
     }
@@ -66,22 +67,18 @@ bool sameObjects(std::vector<CObject*> a, std::vector<CObject*> b) {
     return a == b;
 }
 
-template <class Before>
-void order(UndoPlan& plan, CUndo* step, CList& list, Before before) {
+template <class T, class Before>
+void order(UndoPlan& plan, CUndo* step, ListOf<T>& list, Before before) {
     std::vector<CObject*>& planned = plan.contents(&list);
     const auto isBefore = [&before](CObject* a, CObject* b) {
-        return before(static_cast<CPart*>(a), static_cast<CPart*>(b));
+        return before(static_cast<T*>(a), static_cast<T*>(b));
     };
     const auto former = step->formerOrders.find(&list);
     if (!plan.isForward() && former != step->formerOrders.end() &&
         sameObjects(planned, former->second))
         planned = former->second;
     if (std::ranges::is_sorted(planned, isBefore)) return;
-    if (plan.isForward()) {
-        std::vector<CObject*>& kept = step->formerOrders[&list];
-        kept.clear();
-        for (auto* object : each<CObject>(list)) kept.push_back(object);
-    }
+    if (plan.isForward()) step->formerOrders[&list] = objectsIn(list);
     std::ranges::stable_sort(planned, isBefore);
 }
 
@@ -91,14 +88,18 @@ void planOrder(CSeq* seq, UndoPlan& plan, CUndo* step) {
     const PlannedParts parts(seq, plan, step);
     const std::vector<CList*> planned = plan.lists();
     const std::unordered_set<const CList*> changed(planned.begin(), planned.end());
-    const auto concerns = [&](const CList& list) {
+    const auto concerns = [&](const auto& list) {
         return changed.count(&list) || parts.touchesAny(list);
     };
-    for (auto* prog : each<CSeqProg>(seq->progs))
-        for (CList* points : listsOf(prog->timesigs, prog->tempos))
-            if (concerns(*points))
-                order(plan, step, *points,
-                      [&parts](CPart* a, CPart* b) { return parts.pos(a) < parts.pos(b); });
+    const auto byPlace = [&](auto& points) {
+        if (!concerns(points)) return;
+        order(plan, step, points,
+              [&parts](CPart* a, CPart* b) { return parts.pos(a) < parts.pos(b); });
+    };
+    for (auto* prog : seq->programs()) {
+        byPlace(prog->timesigs);
+        byPlace(prog->tempos);
+    }
     seq->eachSongTrack([&](CSongTrack* songTrack) {
         if (concerns(songTrack->parts))
             order(plan, step, songTrack->parts,

@@ -26,13 +26,14 @@ public:
         else if (auto* prog = dynamic_cast<CSeqProg*>(object))
             visitAll(prog->tracks);
         else if (auto* seq = dynamic_cast<CSeq*>(object))
-            for (const CList* list : listsOf(seq->progs, seq->masterParts, seq->clipboard.parts))
-                visitAll(*list);
+            for (const auto& list :
+                 viewsOf<CObject>(seq->progs, seq->masterParts, seq->clipboard.parts))
+                visitAll(list);
     }
 
 private:
-    void visitAll(const CList& list) {
-        for (auto* object : each<CObject>(list)) visit(object);
+    void visitAll(ListView<CObject> list) {
+        for (auto* object : list) visit(object);
     }
 
     void visitPart(CPart* part) {

@@ -112,7 +112,7 @@ void CSeq::setRate(double rate) {
 }
 
 void CSeq::diskRead() {
-    for (auto* prog : each<CSeqProg>(progs)) {
+    for (auto* prog : programs()) {
         if (!prog->playing) continue;
         for (auto* songTrack : prog->tracks)
             for (const auto* item : songTrack->freezeItems)

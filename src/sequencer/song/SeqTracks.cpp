@@ -96,7 +96,7 @@ bool CSeq::hasTrackRoom(int kind, const CUndo* undo, int more) const {
     constexpr int most = 255; ///< of each kind of port and channel
     int noted = takesNotes(kind) ? more : 0, sounding = makesSound(kind) ? more : 0;
     const bool notes = noted, sounds = sounding;
-    eachWithPending<CTrack>(undo, &tracks, [&](const CTrack* track) {
+    eachWithPending(undo, &tracks, [&](const CTrack* track) {
         noted += takesNotes(track->kind) ? 1 : 0;
         sounding += makesSound(track->kind) ? 1 : 0;
     });
@@ -136,7 +136,7 @@ CSongTrack* CSeq::linkTrack(NewTrack& made, CSeqProg* prog, CUndo* undo, int ind
         link(songTrack, &to->tracks, index);
         if (to == prog) result = songTrack;
     };
-    for (auto* linked : each<CSeqProg>(progs)) bind(linked);
+    for (auto* linked : programs()) bind(linked);
     if (prog && !result) bind(prog);
 
     link(made.midiIn, &midiCables);
@@ -149,8 +149,8 @@ namespace {
 
 /// Records the removal of the cables of a list whose ends `touches`.
 template <class Cable, class F>
-void removeCables(CList& cables, CUndo* undo, F touches) {
-    for (auto* cable : each<Cable>(cables))
+void removeCables(ListOf<Cable>& cables, CUndo* undo, F touches) {
+    for (auto* cable : cables)
         if (touches(cable)) undo->asRemove(cable, &cables);
 }
 
@@ -166,8 +166,8 @@ namespace {
 
 /// What a port or channel is for the other track, null where it is not of the first.
 template <class T>
-T* twinOf(const T* end, const CList& of, const CList& twins) {
-    return of.contains(end) ? static_cast<T*>(twins.items(of.indexed(end))) : nullptr;
+T* twinOf(const T* end, const ListOf<T>& of, const ListOf<T>& twins) {
+    return of.contains(end) ? twins.items(of.indexed(end)) : nullptr;
 }
 
 /// Records for each cable of a component that begins or ends at a track one like it for another.
@@ -203,24 +203,24 @@ CTrack* CSeq::addTrackLike(const CTrack* source, const CComp* without, CUndo* un
         if (at != without) twinCables(at, source, made.track, undo);
     };
     eachComp(host, twin);
-    for (auto* bus : each<CComp>(host->sends)) twin(bus);
+    for (auto* bus : host->sends) twin(bus);
     return made.track;
 }
 
 void CSeq::removeTrack(CTrack* track, CUndo* undo) {
     if (track->armed) host->endTake();
     const auto strip = [&](CComp* to) {
-        removeCables<CMIDICable>(to->midiCables, undo, [&](CMIDICable* cable) {
+        removeCables(to->midiCables, undo, [&](CMIDICable* cable) {
             return track->outPorts.contains(cable->fromPort) ||
                    track->inPorts.contains(cable->toPort);
         });
-        removeCables<CAudioCable>(to->audioCables, undo, [&](CAudioCable* cable) {
+        removeCables(to->audioCables, undo, [&](CAudioCable* cable) {
             return track->outputs.contains(cable->fromChannel) ||
                    track->inputs.contains(cable->toChannel);
         });
     };
     eachComp(host, strip);
-    for (auto* bus : each<CComp>(host->sends)) strip(bus);
+    for (auto* bus : host->sends) strip(bus);
     removeKeys(host, undo, [track](COutputChannel* key) { return track->outputs.contains(key); });
     for (auto* other : tracks) {
         if (other != track) strip(other);
@@ -243,7 +243,7 @@ void CSeq::removeTrack(CTrack* track, CUndo* undo) {
 CStr CSeq::autoNameTrack(int kind, const CUndo* undo) {
     const CStr stem = trackWord(kind) + "-";
     std::set<int> taken;
-    eachWithPending<CTrack>(undo, &tracks, [&](const CTrack* track) {
+    eachWithPending(undo, &tracks, [&](const CTrack* track) {
         const int number = strAsInt(track->id.sub(stem.length(), -1));
         if (track->id == stem + asStr(number)) taken.insert(number);
     });

@@ -95,7 +95,7 @@ void SongSelection::summarize(CPartSummary& summary) {
 
 void SongSelection::purge() {
     unsigned lists = tracks.version() + seq->progs.version();
-    for (const auto* prog : each<CSeqProg>(seq->progs)) lists += prog->tracks.version();
+    for (const auto* prog : seq->programs()) lists += prog->tracks.version();
     if (lists == purgedLists) return;
     std::unordered_set<const CSongTrack*> linked;
     seq->eachSongTrack([&linked](CSongTrack* songTrack) { linked.insert(songTrack); });
@@ -107,5 +107,5 @@ void SongSelection::purge() {
 }
 
 void SongSelection::forget(const ForgetSet& gone) {
-    removeGone<CSongTrack>(tracks, gone);
+    removeGone(tracks, gone);
 }

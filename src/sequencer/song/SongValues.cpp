@@ -3,6 +3,7 @@
 #include "base/Numbers.h"
 #include "engine/CQV.h"
 #include "engine/CSnap.h"
+#include "engine/ObjectKinds.h"
 #include "sequencer/song/CSeq.h"
 #include "sequencer/song/Points.h"
 #include "sequencer/song/Scales.h"
@@ -28,7 +29,7 @@ const CSeqProg* program(const CObject* o) {
 
 /// Points and parts do not know the song that they are in.
 CSeq* songOfHost() {
-    return static_cast<CSeq*>(qv->firstOfType(compSeq));
+    return compAs<CSeq>(qv->firstOfType(compSeq));
 }
 
 unsigned char limitedByte(double v, int low, int high) {

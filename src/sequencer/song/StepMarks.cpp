@@ -27,7 +27,7 @@ void StepMarks::collect(CSeq* seq, const UndoPlan& plan, const CUndo* step) {
     const auto know = [&byList](CSongTrack* t) { byList[&t->parts].songTrack = t; };
     seq->eachSongTrack(know);
     for (const CUndoItem* item : plan.rest())
-        for (const auto* prog : each<CSeqProg>(seq->progs))
+        for (const auto* prog : seq->programs())
             if (item->touches(&prog->tracks)) know(static_cast<CSongTrack*>(item->object));
     const auto markOf = [&byList](const CList* list) {
         const auto found = byList.find(list);

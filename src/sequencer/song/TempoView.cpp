@@ -120,7 +120,7 @@ void TempoView::changed() {
 void TempoView::planRooms(UndoPlan& plan) {
     rooms.clear();
     const std::vector<CList*> lists = plan.lists();
-    for (auto* prog : each<CSeqProg>(seq->progs))
+    for (auto* prog : seq->programs())
         if (std::ranges::find(lists, &prog->tempos) != lists.end())
             rooms.emplace_back(prog, TempoMap::roomFor(plan.contents(&prog->tempos).size()));
 }

@@ -6,6 +6,7 @@
 #include "engine/Cables.h"
 #include "engine/CompTypes.h"
 #include "engine/GraphHold.h"
+#include "engine/ObjectKinds.h"
 #include "instruments/CSampler.h"
 #include "instruments/CSynthProg.h"
 #include "instruments/DrumKit.h"
@@ -26,7 +27,7 @@ constexpr int graphLeft = 32, graphTop = 32, acrossBoxes = 168, downBoxes = 104,
 
 void placeInstrument(CComp* instrument, const CComp* song, const CUndo* undo) {
     std::vector<CPoint> taken;
-    eachWithPending<CComp>(undo, &instrument->host->comps, [&](const CComp* c) {
+    eachWithPending(undo, &instrument->host->comps, [&](const CComp* c) {
         if (c != instrument) taken.push_back({c->posX, c->posY});
     });
     const auto isFree = [&](CPoint at) {
@@ -83,19 +84,14 @@ void addDrums(CSeq* seq, CTrack* track, CUndo* undo) {
 }
 
 bool feedsAnything(CTrack* track) {
-    CList cables;
-    listOutput(track->host, track->outPort(), &cables);
-    return !cables.empty();
+    return !cablesFrom(track->host, track->outPort()).empty();
 }
 
 std::map<int, CStr> drumKeys(CTrack* track) {
     std::map<int, CStr> names;
-    CList cables;
-    listOutput(track->host, track->outPort(), &cables);
-    for (const auto* cable : each<CMIDICable>(cables)) {
-        CComp* to = cable->toComp;
-        if (!to || to->category != categoryComp || to->type != compSampler) continue;
-        auto* program = static_cast<CSynthProg*>(to->progs.items(to->curProg));
+    for (const auto* cable : cablesFrom(track->host, track->outPort())) {
+        auto* to = compAs<CSampler>(cable->toComp);
+        auto* program = to ? to->getProg() : nullptr;
         if (!program) continue;
         bool drums = true;
         program->eachSound([&](CSound* sound) {

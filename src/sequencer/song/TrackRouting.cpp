@@ -40,8 +40,8 @@ struct Way {
 
 private:
     template <class Cable, class From>
-    static void remove(CUndo* undo, CList& cables, From* Cable::*from, const From* end) {
-        for (auto* cable : each<Cable>(cables))
+    static void remove(CUndo* undo, ListOf<Cable>& cables, From* Cable::*from, const From* end) {
+        for (auto* cable : cables)
             if (cable->*from == end) undo->asRemove(cable, &cables);
     }
 };

@@ -61,9 +61,9 @@ void countClips(CSeq* seq) {
 
 /// Deletes what `unused` picks from a list.
 template <class T, class F>
-void deleteUnused(CList& list, F unused) {
-    CList kept;
-    while (auto* object = static_cast<T*>(list.getFirst())) {
+void deleteUnused(ListOf<T>& list, F unused) {
+    ListOf<T> kept;
+    while (auto* object = list.getFirst()) {
         if (unused(object)) {
             list.del(0);
             delete object;
@@ -71,7 +71,7 @@ void deleteUnused(CList& list, F unused) {
             kept.move(&list, object, -1);
         }
     }
-    while (void* object = kept.getFirst()) list.move(&kept, object, -1);
+    while (auto* object = kept.getFirst()) list.move(&kept, object, -1);
 }
 
 /// The file that plays instead of a frozen track, from the project's audio folder; null without.
@@ -124,7 +124,7 @@ void bindSource(CSeq* seq, const SongLinks::Source& s) {
 /// What stands at the same place in a duplicate of a sequencer.
 CObject* twinOf(CSeq* seq, CSeq* twin, CObject* object) {
     const auto sameChannel = [&](COutputChannel* channel) {
-        auto* owner = static_cast<CTrack*>(seq->getComp(channel));
+        auto* owner = compAs<CTrack>(seq->getComp(channel));
         auto* other = twin->tracks.items(seq->tracks.indexed(owner));
         return other ? other->output() : nullptr;
     };
@@ -166,9 +166,9 @@ void CSeq::bindLinks() {
         for (const auto& f : read->frozen) bindFrozen(this, f);
     }
     countClips(this);
-    deleteUnused<CSampleClip>(drumClips, [](const CSampleClip* c) { return c->useCount == 0; });
+    deleteUnused(drumClips, [](const CSampleClip* c) { return c->useCount == 0; });
     updateGhostCount();
-    deleteUnused<CPart>(masterParts, [](const CPart* p) { return p->ghostCount == 0; });
+    deleteUnused(masterParts, [](const CPart* p) { return p->ghostCount == 0; });
     CSeqProg* current = getProg();
     if (!current) return;
     for (auto* t : current->tracks)

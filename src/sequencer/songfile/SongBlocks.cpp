@@ -48,9 +48,9 @@ const BlockNames& blockNames() {
 }
 
 template <class T>
-std::vector<T*> asVector(const CList& list) {
+std::vector<T*> asVector(const ListOf<T>& list) {
     std::vector<T*> all;
-    for (T* object : each<T>(list)) all.push_back(object);
+    for (T* object : list) all.push_back(object);
     return all;
 }
 
@@ -178,7 +178,7 @@ bool SongReading::reserveSlots(CPart* into, int slots) const {
 }
 
 void SongReading::finish() {
-    for (auto* program : each<CSeqProg>(seq->progs)) {
+    for (auto* program : seq->programs()) {
         prog = program;
         while (addSongTrack()) {
         }
@@ -215,7 +215,7 @@ void SongReading::bindGhosts() {
 void SongReading::makeRoom() {
     std::vector<int> slots;
     for (CTrack* t : tracks) slots.push_back(t->slotsInUse());
-    for (auto* program : each<CSeqProg>(seq->progs)) {
+    for (auto* program : seq->programs()) {
         size_t i = 0;
         for (auto* t : program->tracks) {
             t->index.reserve(t->parts.getCount());
@@ -292,6 +292,6 @@ void SongWriting::write() {
     for (auto* track : seq->tracks) writeTrack(*this, track);
     for (CPart* master : masters) writePart(*this, master, false);
     writeIntBlock(out, "progi", seq->curProg);
-    for (auto* prog : each<CSeqProg>(seq->progs)) writeProg(*this, prog);
+    for (auto* prog : seq->programs()) writeProg(*this, prog);
     writeEditor(*this);
 }

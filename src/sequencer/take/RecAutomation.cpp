@@ -108,7 +108,7 @@ void TrackTake::beginPass(int number, double from) {
 /// The lane of a parameter; a new one comes at once, and the step takes it away.
 CSubTrack* TrackTake::laneOf(const Param& p, CUndo* step) {
     CSubTrack* known = nullptr;
-    eachWithPending<CSubTrack>(step, &track->subTracks, [&](CSubTrack* lane) {
+    eachWithPending(step, &track->subTracks, [&](CSubTrack* lane) {
         if (!known && records(lane, p.object, p.param)) known = lane;
     });
     if (known) return known;
