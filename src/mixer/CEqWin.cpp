@@ -165,8 +165,7 @@ void CEqWin::powerClicked(CObject* sender) {
     refresh();
 }
 
-void CEqWin::formChosen(CDropdown* sender) {
-    const auto* form = sender;
+void CEqWin::formChosen(CDropdown* form) {
     if (form->index >= 0) qv->values->set(eqTypeOf(strip.channel, form->tag), form->index);
     refresh();
 }

@@ -37,7 +37,7 @@ private:
     void makeBand(int index);
     void curveChanged(CObject* sender);
     void powerClicked(CObject* sender);
-    void formChosen(CDropdown* sender);
+    void formChosen(CDropdown* form);
 
     CQV* qv;
     const std::function<void()> followStrips;

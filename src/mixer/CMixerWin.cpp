@@ -198,8 +198,7 @@ void CMixerWin::menuClicked(CPopup* sender) {
     panel->menus.fillStrips(sender);
 }
 
-void CMixerWin::sectionsClicked(CPopup* sender) {
-    auto* popup = sender;
+void CMixerWin::sectionsClicked(CPopup* popup) {
     for (int i = 0; i < stripSections; i++) {
         CMenuItem* item =
             popup->add(titleOf(StripSection(i)),

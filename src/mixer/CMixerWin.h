@@ -45,7 +45,7 @@ private:
     bool runOnStrips(const CStr& name);
     void stepProg(int by);
     void menuClicked(CPopup* sender);
-    void sectionsClicked(CPopup* sender);
+    void sectionsClicked(CPopup* popup);
     void showSectionClicked(CObject* sender);
     void showRowsClicked(CObject* sender);
     void programChanged();

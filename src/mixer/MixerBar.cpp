@@ -164,8 +164,7 @@ void MixerBar::resized() {
 }
 
 /// With a mark that tells of a menu.
-void MixerBar::paintChoice(CButton* sender, CGraphic* g, CRect rect) {
-    const auto* button = sender;
+void MixerBar::paintChoice(CButton* button, CGraphic* g, CRect rect) {
     const int colour = button->lit ? button->faceColour() : win->app->gui->palette.text;
     constexpr int arrowRoom = 14, arrowReach = 3, margin = 6;
     const CRect box = asRect(margin, 0, rect.right - arrowRoom, rect.bottom);

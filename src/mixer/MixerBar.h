@@ -34,7 +34,7 @@ private:
                        int width, Clicked clicked);
     static int widthOf(const Group& group);
 
-    void paintChoice(CButton* sender, CGraphic* g, CRect rect);
+    void paintChoice(CButton* button, CGraphic* g, CRect rect);
     void sectionClicked(CObject* sender);
     void rowsClicked(CObject* sender);
     void programsClicked(CObject* sender);

@@ -117,8 +117,7 @@ void CEditorWin::fillPart(CObject* popup) {
     body->fillPart(static_cast<CPopup*>(popup));
 }
 
-void CEditorWin::fillOptions(CPopup* sender) {
-    auto* popup = sender;
+void CEditorWin::fillOptions(CPopup* popup) {
     body->fillOptions(popup);
     addActionItems(popup, workspace,
                    {"snap", "snaprelative", "snapadaptive", "snapPrior", "snapNext"});

@@ -31,7 +31,7 @@ private:
     void showPart(CPart* wanted);
     void layout();
     void fillPart(CObject* popup);
-    void fillOptions(CPopup* sender);
+    void fillOptions(CPopup* popup);
 
     CEditorComp& editor;
     EditorBar* bar;

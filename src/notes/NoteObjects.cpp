@@ -75,8 +75,7 @@ void NoteObjects::callOff() {
     if (field) field->callOff();
 }
 
-void NoteObjects::clicked(CButton* sender) {
-    auto* cell = sender;
+void NoteObjects::clicked(CButton* cell) {
     if (cell->text.empty()) return;
     NameField::dropLeft(field);
     const auto column = EventColumn(cell->tag);

@@ -27,7 +27,7 @@ public:
 
 private:
     void rebuild();
-    void clicked(CButton* sender);
+    void clicked(CButton* cell);
     void typed(EventColumn column, const CStr& text);
 
     NoteState& state;

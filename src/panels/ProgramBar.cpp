@@ -77,8 +77,7 @@ void ProgramBar::paint(CGraphic* g, CRect rect) {
     CGroup::paint(g, rect);
 }
 
-void ProgramBar::paintArrow(CButton* sender, CGraphic* g, CRect rect) {
-    const auto* b = sender;
+void ProgramBar::paintArrow(CButton* b, CGraphic* g, CRect rect) {
     drawArrow(g, b->faceColour(), rect, b == before ? dirLeft : dirRight, 4);
 }
 

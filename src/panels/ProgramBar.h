@@ -45,7 +45,7 @@ private:
     void removeClicked(CObject*);
     void openClicked(CObject*);
     void saveClicked(CObject*);
-    void paintArrow(CButton* sender, CGraphic* g, CRect rect);
+    void paintArrow(CButton* b, CGraphic* g, CRect rect);
     void choose(int index);
 
     Workspace& workspace;

@@ -183,8 +183,7 @@ void CGuiItemPanel::setFill(int fill) {
         setGuiGlossy(*item, item->fillCol, item->fillEffect);
 }
 
-void CGuiItemPanel::choiceChanged(CDropdown* sender) {
-    const auto* field = sender;
+void CGuiItemPanel::choiceChanged(CDropdown* field) {
     const int chosen = asMax(field->index, 0);
     switch (Choice(field->tag)) {
     case Choice::shape:
@@ -211,14 +210,12 @@ void CGuiItemPanel::choiceChanged(CDropdown* sender) {
     mustUpdate();
 }
 
-void CGuiItemPanel::colourChanged(CColorButton* sender) {
-    const auto* button = sender;
+void CGuiItemPanel::colourChanged(CColorButton* button) {
     item->*colourFields[size_t(button->tag)] = button->colour;
     apply();
 }
 
-void CGuiItemPanel::colourReplaced(CColorButton* sender) {
-    const auto* button = sender;
+void CGuiItemPanel::colourReplaced(CColorButton* button) {
     gui->colorReplace(button->colour, button->replacement);
     gui->changed();
     win->app->redrawAll();

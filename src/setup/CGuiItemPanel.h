@@ -38,9 +38,9 @@ private:
     void mustUpdate();
     void apply();
     void setFill(int fill);
-    void choiceChanged(CDropdown* sender);
-    void colourChanged(CColorButton* sender);
-    void colourReplaced(CColorButton* sender);
+    void choiceChanged(CDropdown* field);
+    void colourChanged(CColorButton* button);
+    void colourReplaced(CColorButton* button);
     void replaceClicked(CCtrl* sender);
     void strengthChanged(CValue* sender);
     void imageClicked(CButton* sender);

@@ -57,8 +57,7 @@ void FolderPage::fill(CListbox* list) {
     folderChosen(list);
 }
 
-void FolderPage::folderChosen(CListbox* sender) {
-    const auto* list = sender;
+void FolderPage::folderChosen(CListbox* list) {
     static_cast<CButton*>(list->data)->setEnabled(list->row(list->index) != nullptr);
 }
 

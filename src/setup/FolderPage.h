@@ -13,7 +13,7 @@ public:
 private:
     void addFolderSection(int mode, const CStr& title);
     void fill(CListbox* list);
-    void folderChosen(CListbox* sender);
+    void folderChosen(CListbox* list);
     void addFolder(CButton* sender);
     void delFolder(CButton* sender);
     void tell(const CListbox* list); ///< that its folders have changed

@@ -93,8 +93,7 @@ void GlobalPage::altKeyChanged(CObject*) {
     setup->workspace.options().altKey.set(altKey->index);
 }
 
-void GlobalPage::optionChecked(CCheckbox* sender) {
-    const auto* box = sender;
+void GlobalPage::optionChecked(CCheckbox* box) {
     (setup->workspace.options().*boxes[box->tag].option).set(box->checked);
 }
 

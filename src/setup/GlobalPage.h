@@ -17,7 +17,7 @@ private:
     void addAltKey();
     void addText();
     void startChanged(CObject* sender);
-    void optionChecked(CCheckbox* sender);
+    void optionChecked(CCheckbox* box);
     void altKeyChanged(CObject* sender);
     void smoothChecked(CCheckbox* sender);
     void fontChanged(CObject* sender);

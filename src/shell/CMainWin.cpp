@@ -210,8 +210,7 @@ bool CMainWin::keyDown(int key, int mods) {
     return true;
 }
 
-bool CMainWin::handleKeyDown(CWin* sender, int& key, int mods) {
-    auto* from = sender;
+bool CMainWin::handleKeyDown(CWin* from, int& key, int mods) {
     if (key == keyEscape && qv->values->dragging()) {
         qv->values->cancel();
         return true;
@@ -328,9 +327,8 @@ void CMainWin::setStatus(const CStr& text, bool atOnce) {
     if (atOnce) app->drawNow(this, status);
 }
 
-void CMainWin::appHint(CCtrl* sender) {
+void CMainWin::appHint(CCtrl* ctrl) {
     if (!choices.hints.on()) return;
-    const auto* ctrl = sender;
     CStr text = ctrl ? ctrl->hint : CStr();
     if (ctrl && !text.empty() && ctrl->userPtr) {
         const auto* action = static_cast<const CAction*>(ctrl->userPtr);

@@ -68,7 +68,7 @@ public:
     bool onAction(CAction* action) override;
     bool playOrStop(); ///< what Space does
     /// For `CApp::onKey`: Space, Home and Escape in every window of the program.
-    bool handleKeyDown(CWin* sender, int& key, int mods);
+    bool handleKeyDown(CWin* from, int& key, int mods);
 
     /// The shortcut as a text where pressing it here runs the action; else empty.
     CStr shortcutOf(const CAction* action) const override;
@@ -117,7 +117,7 @@ public:
     void moveTo(const CEditorStruct& place);
 
 private:
-    void appHint(CCtrl* sender);
+    void appHint(CCtrl* ctrl);
     void mainDrop(CObject* sender);
     void deviceClicked(CObject* sender);
     CCompEditor* asked() const;

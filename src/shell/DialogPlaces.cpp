@@ -26,8 +26,7 @@ DialogPlaces::~DialogPlaces() {
     wire(app->onFileDialog, nullptr);
 }
 
-void DialogPlaces::dialogMade(CFileWin* sender) {
-    auto* dialog = sender;
+void DialogPlaces::dialogMade(CFileWin* dialog) {
     const struct {
         const char *key, *name;
     } kinds[] = {{"DESKTOP", "Desktop"}, {"DOCUMENTS", "Documents"}, {"MUSIC", "Music"}};

@@ -16,7 +16,7 @@ public:
     DialogPlaces& operator=(const DialogPlaces&) = delete;
 
 private:
-    void dialogMade(CFileWin* sender);
+    void dialogMade(CFileWin* dialog);
 
     CApp* app;
     CQV* qv;

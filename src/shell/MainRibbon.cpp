@@ -61,10 +61,9 @@ void MainRibbon::rebuild() {
 }
 
 /// Fills the menu of a tab as the bar would.
-void MainRibbon::fill(CPopup* sender) {
-    const auto* popup = sender;
+void MainRibbon::fill(CPopup* popup) {
     for (const auto* entry : bar->controls)
-        if (entry->tag == popup->tag && entry->onChange) (*entry->onChange)(sender);
+        if (entry->tag == popup->tag && entry->onChange) (*entry->onChange)(popup);
 }
 
 void MainRibbon::refresh() {

@@ -26,7 +26,7 @@ private:
     bool shown() const;
     void show(bool on);
     void make();
-    void fill(CPopup* sender);
+    void fill(CPopup* popup);
 
     CMainWin* window;
     CMenu* bar;

@@ -241,8 +241,7 @@ void Pages::open(CCompEditor* editor) {
     store(editor);
 }
 
-void Pages::editorHidden(CCompEditor* sender) {
-    auto* editor = sender;
+void Pages::editorHidden(CCompEditor* editor) {
     store(editor);
     editor->dock->visible = 0;
     window->editors.remove(editor);

@@ -29,7 +29,7 @@ public:
     /// One step, left to the next block to be carried out.
     void edit() {
         CUndo* u = host->undoStart("Edit", host, {.graph = true});
-        CList* const lists[] = {&host->comps, &host->sends, &anyStrip()->inserts};
+        ListOf<CComp>* const lists[] = {&host->comps, &host->sends, &anyStrip()->inserts};
         const int kind = below(6);
         if (kind < 3) editList(u, lists[kind]);
         if (kind == 3 || kind == 4) toggleCable(u, kind == 3);

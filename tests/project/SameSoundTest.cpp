@@ -102,7 +102,7 @@ struct SmallSong : Types, SongFixture {
         file.create(folder.file("a.wav"));
         file.writeHeader();
         CRender render(&host, seq);
-        CList outputs;
+        ListOf<COutputChannel> outputs;
         outputs.add(device.out->output());
         render.setTarget(device.out->output(), &file);
         render.process(0.0, songTicks, &outputs, true, nullptr);

@@ -217,8 +217,7 @@ void CDocker::addDockMenu(CPopup* popup, CWin* page) {
     }
 }
 
-void CDocker::dockClicked(CCtrl* sender) {
-    const auto* item = sender;
+void CDocker::dockClicked(CCtrl* item) {
     dockWin(static_cast<CWin*>(item->data), item->tag);
 }
 

@@ -80,7 +80,7 @@ private:
     CDock* firstTab() const;
     void removePlace(const CWin* page);
     void hidePlaced();
-    void dockClicked(CCtrl* sender);
+    void dockClicked(CCtrl* item);
 
     std::vector<Place> places; ///< of windows on pages, open or not, in the order of each page
     CDock* active;             ///< that `activeIndex` means, though it may have left the list

@@ -178,8 +178,7 @@ bool EffectBox::keyInside(int key, int mods) {
     return CGroup::keyInside(key, mods);
 }
 
-void EffectBox::paintSign(CButton* sender, CGraphic* g, CRect rect) {
-    const auto* b = sender;
+void EffectBox::paintSign(CButton* b, CGraphic* g, CRect rect) {
     if (b == remove)
         drawCloseButton(g, rect, b->faceColour());
     else

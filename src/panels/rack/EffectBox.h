@@ -47,7 +47,7 @@ private:
     void powerClicked(CObject*);
     void placeClicked(CObject* sender);
     void removeClicked(CObject*);
-    void paintSign(CButton* sender, CGraphic* g, CRect rect);
+    void paintSign(CButton* b, CGraphic* g, CRect rect);
 
     ValueDoor* door;
     std::function<bool()> alive;
