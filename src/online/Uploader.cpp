@@ -56,6 +56,7 @@ OnlineResult Uploader::await(std::function<OnlineResult(const OnlineWatch& watch
     OnlineJob job(std::move(work));
     for (job.start(); !job.finished(); asSleep(pauseMs))
         if (goOn && !goOn(job.done)) job.cancel();
+    if (goOn) goOn(job.done);
     return job.result();
 }
 

@@ -274,7 +274,7 @@ int PlanBuilder::beginAhead(CComp* c) {
     if (ringOpen) return 0;
     std::vector<AheadInsert> found;
     size_t most = 0;
-    const auto strips = contents<COutputChannel>(c->outputs);
+    const auto strips = contents(c->outputs);
     for (const auto* strip : strips) {
         const PlanOrigin* origin = plan->lateness.originOf(strip);
         const size_t before = found.size();
