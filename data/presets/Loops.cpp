@@ -101,6 +101,31 @@ struct Chord {
     double keys[4];
 };
 
+/// A tone and its partials 2, 3 and 5, frame by frame. The angle goes on by turning the point of
+/// the circle where it stands, and gives the partials by its powers, as a sine for each would cost
+/// most of what the songs take to be made.
+class Reed {
+public:
+    Reed(double hz, double seconds) {
+        const double step = 2.0 * pi * hz / rate, angle = 2.0 * pi * hz * seconds;
+        turnX = std::cos(step), turnY = std::sin(step);
+        x = std::cos(angle), y = std::sin(angle);
+    }
+    double next() {
+        const double square = y * y;
+        const double third = 3.0 - 4.0 * square;
+        const double fifth = (16.0 * square - 20.0) * square + 5.0;
+        const double sum = y * (1.0 + x + 0.33 * third + 0.2 * fifth); // the second is 2xy
+        const double turned = x * turnX - y * turnY;
+        y = x * turnY + y * turnX;
+        x = turned;
+        return sum;
+    }
+
+private:
+    double turnX, turnY, x, y;
+};
+
 /// Soft voices, two for each key, that come and go.
 void voices(const SoundLoop& loop, const std::vector<Chord>& chords, const char* gate, Side& left,
             Side& right) {
@@ -109,23 +134,28 @@ void voices(const SoundLoop& loop, const std::vector<Chord>& chords, const char*
     const double each = double(loop.frames()) / double(chords.size());
     const double step = double(loop.frames()) / (loop.bars * stepsOfBar);
     double level = 0.0;
+    const Chord* chord = nullptr;
+    std::vector<Reed> sides[2];
     for (size_t i = 0; i < left.size(); i++) {
-        const Chord& chord = chords[size_t(double(i) / each)];
         const double within = std::fmod(double(i), each) / rate;
+        if (const Chord* now = &chords[size_t(double(i) / each)]; now != chord) {
+            chord = now;
+            for (const int side : {0, 1}) {
+                sides[side].clear();
+                for (const double key : chord->keys) {
+                    const double hz = 440.0 * std::pow(2.0, (key - 69.0) / 12.0);
+                    sides[side].emplace_back(hz * (1.0 + (side ? apart : -apart)), within);
+                }
+            }
+        }
         const int velocity = hitVelocity(gate[size_t(double(i) / step) % stepsOfBar]);
         level += (double(velocity) / 127.0 - level) * 0.004;
         const double fade = rise(within, rest) * rise(each / rate - within, rest);
-        double sides[2] = {};
-        for (int side = 0; side < 2; side++)
-            for (const double key : chord.keys) {
-                const double hz = 440.0 * std::pow(2.0, (key - 69.0) / 12.0) *
-                                  (1.0 + apart * (side ? 1.0 : -1.0));
-                const double turns = 2.0 * pi * hz * within;
-                sides[side] += std::sin(turns) + 0.5 * std::sin(2.0 * turns) +
-                               0.33 * std::sin(3.0 * turns) + 0.2 * std::sin(5.0 * turns);
-            }
-        left[i] = float(0.09 * level * fade * sides[0]);
-        right[i] = float(0.09 * level * fade * sides[1]);
+        double sums[2] = {};
+        for (const int side : {0, 1})
+            for (Reed& reed : sides[side]) sums[side] += reed.next();
+        left[i] = float(0.09 * level * fade * sums[0]);
+        right[i] = float(0.09 * level * fade * sums[1]);
     }
 }
 
