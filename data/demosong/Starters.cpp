@@ -40,7 +40,7 @@ constexpr StarterRow starters[starterCount] = {
       {"Gated chords", "Minor chords", 8},
       {"Stab", "House stabs", 4}}},
     {112,
-     0.82f,
+     0.8f,
      {{"Wooden room drums", "Straight rock", 0, true},
       {"Slap bass", "Driving eighths"},
       {"Stage piano", "Song chords", 4},

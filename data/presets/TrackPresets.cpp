@@ -144,7 +144,7 @@ const std::vector<TrackPreset>& trackPresets() {
          0.85f,
          0,
          amber},
-        {"Club drums", trackDrum, "Club", {"Pump"}, "", {{lowShelf, 70, 2}}, 0.8f, 0, amber},
+        {"Club drums", trackDrum, "Club", {"Glue"}, "", {{lowShelf, 70, 2}}, 0.8f, 0, amber},
         {"Brush drums", trackDrum, "Brushes", {"Small room"}, "", {}, 0.95f, 0, amber},
         {"Dusty beat", trackDrum, "Worn tape", {"Behind the door"}, "", {}, 0.9f, 0, amber},
         {"Lead vocal",

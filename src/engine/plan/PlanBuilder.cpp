@@ -161,7 +161,7 @@ void PlanBuilder::gather(CComp* bus) {
     const auto first = std::ranges::find_if(node->arrivals, ofBus);
     if (first - node->arrivals.begin() >= fewestGathered) {
         node->gathered = int(first - node->arrivals.begin());
-        const auto inputs = contents<const void>(bus->inputs);
+        const auto inputs = contents(bus->inputs);
         add(bus, PlanStep::gather, {inputs.begin(), inputs.end()});
     }
 }
