@@ -3,6 +3,7 @@
 #include "plugins/clap/ClapAbi.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -50,7 +51,7 @@ void checkThread(const Made& m, bool audio) {
 }
 
 void setValue(Made& m, Id id, double value) {
-    if (id >= 10 && id <= 30) m.values[id / 10 - 1] = value;
+    if (id >= 10 && id <= 30) std::atomic_ref(m.values[id / 10 - 1]) = value;
     if (id == 20 && uint32_t(value) != m.latency) m.host->requestRestart(m.host);
 }
 
@@ -119,36 +120,36 @@ const PluginNotePorts notePorts = {
         return true;
     }};
 
-const PluginParams params = {[](const Plugin*) -> uint32_t { return 3; },
-                             [](const Plugin*, uint32_t index, ParamInfo* info) {
-                                 static const char* const names[] = {"gain", "latency", "trigger"};
-                                 *info = {};
-                                 info->id = (index + 1) * 10;
-                                 std::snprintf(info->name, sizeof info->name, "%s", names[index]);
-                                 if (bad("long-texts"))
-                                     std::memset(info->name, 'x', sizeof info->name);
-                                 info->high = index == 1 ? 4096.0 : index == 0 ? 2.0 : 1.0;
-                                 info->usual = index == 0 ? 1.0 : 0.0;
-                                 return true;
-                             },
-                             [](const Plugin* plugin, Id id, double* value) {
-                                 *value = bad("nan") ? double(NAN) : of(plugin).values[id / 10 - 1];
-                                 return true;
-                             },
-                             [](const Plugin*, Id, double value, char* text, uint32_t room) {
-                                 while (bad("hangs-text")) sleep(1);
-                                 if (bad("throws-text")) fail();
-                                 if (bad("long-texts"))
-                                     std::memset(text, 'x', 1024);
-                                 else
-                                     std::snprintf(text, room, "%.2f x", value);
-                                 return true;
-                             },
-                             nullptr,
-                             [](const Plugin* plugin, const InEvents* in, const OutEvents* out) {
-                                 takeEvents(of(plugin), in);
-                                 tellClick(of(plugin), out);
-                             }};
+const PluginParams params = {
+    [](const Plugin*) -> uint32_t { return 3; },
+    [](const Plugin*, uint32_t index, ParamInfo* info) {
+        static const char* const names[] = {"gain", "latency", "trigger"};
+        *info = {};
+        info->id = (index + 1) * 10;
+        std::snprintf(info->name, sizeof info->name, "%s", names[index]);
+        if (bad("long-texts")) std::memset(info->name, 'x', sizeof info->name);
+        info->high = index == 1 ? 4096.0 : index == 0 ? 2.0 : 1.0;
+        info->usual = index == 0 ? 1.0 : 0.0;
+        return true;
+    },
+    [](const Plugin* plugin, Id id, double* value) {
+        *value = bad("nan") ? double(NAN) : std::atomic_ref(of(plugin).values[id / 10 - 1]).load();
+        return true;
+    },
+    [](const Plugin*, Id, double value, char* text, uint32_t room) {
+        while (bad("hangs-text")) sleep(1);
+        if (bad("throws-text")) fail();
+        if (bad("long-texts"))
+            std::memset(text, 'x', 1024);
+        else
+            std::snprintf(text, room, "%.2f x", value);
+        return true;
+    },
+    nullptr,
+    [](const Plugin* plugin, const InEvents* in, const OutEvents* out) {
+        takeEvents(of(plugin), in);
+        tellClick(of(plugin), out);
+    }};
 
 const PluginState state = {
     [](const Plugin* plugin, const OutStream* to) {

@@ -111,9 +111,10 @@ TEST_P(KilledFormat, ComesBackWithItsState) {
     const std::string state = f.bytesOf(effect), synthState = f.bytesOf(synth);
     for (int i = 0; i < kills; i++) {
         SCOPED_TRACE(i);
-        std::thread killer([&, wait = std::chrono::milliseconds(i % 4 * 7)] {
+        const int helpers[] = {f.remote(effect)->helperProcess(), f.remote(synth)->helperProcess()};
+        std::thread killer([=, wait = std::chrono::milliseconds(i % 4 * 7)] {
             std::this_thread::sleep_for(wait);
-            for (CVST* c : {effect, synth}) f.killHelper(c);
+            for (const int process : helpers) kill(process, SIGKILL);
         });
         if (i % 4 == 0) killer.join();
         bool effectFailed = false, synthFailed = false;
