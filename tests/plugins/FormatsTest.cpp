@@ -1,4 +1,6 @@
 #include "engine/MidiBytes.h"
+#include "engine/StoredValue.h"
+#include "engine/ValueDoor.h"
 #include "plugins/RemoteFixture.h"
 #include "plugins/scan/PluginScan.h"
 
@@ -162,6 +164,45 @@ TEST(Lv2, WorksBesideBlocks) {
         f.connect(twin);
         f.block();
         EXPECT_EQ(twin->output()->bufL[255], 0.001f) << "with what it has stored";
+    }
+}
+
+/// A property with a number is a parameter behind the ports: as the plug-in tells it, as it is set,
+/// and as the project keeps it, at another rate as well.
+TEST(Lv2, SetsPropertiesByMessages) {
+    for (const bool isolated : {false, true}) {
+        RemoteFixture f;
+        SCOPED_TRACE(isolated);
+        f.isolates = isolated;
+        CVST* c = f.insert("patched.lv2");
+        const auto plays = [&](float wanted) {
+            return f.until([&] { return c->output()->bufL[255] == wanted; });
+        };
+        ASSERT_EQ(c->numParams(), 4) << "and no file";
+        EXPECT_EQ(c->paramName(3), "Depth");
+        f.signal->left = f.signal->right = [](long) { return 0.0f; };
+        ASSERT_TRUE(plays(0.25f));
+        std::vector<StoredValue> stored; // what a step of the history begins with
+        c->listParam(3, stored);
+        ASSERT_TRUE(f.until([&] { return stored[0].get()[0] == 0.125; })) << "as it has told";
+        EXPECT_EQ(c->param(3), 0.125f);
+        const std::string begun = f.bytesOf(c);
+        f.host->values->setParam(c, 3, 0.5f);
+        f.host->values->end();
+        ASSERT_TRUE(plays(1.0f));
+        EXPECT_EQ(c->paramText(3), "1.00");
+        f.undo();
+        ASSERT_TRUE(plays(0.25f));
+        EXPECT_EQ(f.bytesOf(c), begun);
+        f.redo();
+        const std::string state = f.bytesOf(c);
+        f.host->setRate(48000.0f);
+        ASSERT_TRUE(plays(1.0f));
+        f.read(c, begun);
+        ASSERT_TRUE(plays(0.25f));
+        f.read(c, state);
+        ASSERT_TRUE(plays(1.0f));
+        EXPECT_EQ(c->faults, 0u);
     }
 }
 

@@ -51,6 +51,15 @@ inline std::string madeBundleText(const std::string& name) {
     lv2:port [ lv2:symbol "gain" ; pset:value 0.5 ] .
 )";
     text.insert(0, "@prefix rdf: <http://www.w3.org/1999/02/22-rdf-syntax-ns#> .\n");
+    if (name.starts_with("patched")) {
+        text.insert(0, "@prefix patch: <http://lv2plug.in/ns/ext/patch#> .\n");
+        text += R"(<urn:made:NAME> patch:writable <urn:made:depth>, <urn:made:file> .
+<urn:made:depth> a lv2:Parameter ; rdfs:label "Depth" ; rdfs:range atom:Float ;
+    lv2:default 0.0 ; lv2:minimum 0.0 ; lv2:maximum 2.0 .
+<urn:made:file> a lv2:Parameter ; rdfs:label "File" ; rdfs:range atom:Path .
+)";
+        text.replace(text.find("atom:supports midi"), 13, "atom:supports patch:Message,");
+    }
     const std::string mark = "NAME",
                       shown = name == "bad-long-texts" ? std::string(1024, 'x') : "gain";
     for (size_t at; (at = text.find("\"GAIN\"")) != std::string::npos;)

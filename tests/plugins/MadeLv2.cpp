@@ -6,9 +6,11 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <lv2/atom/forge.h>
 #include <lv2/atom/util.h>
 #include <lv2/core/lv2.h>
 #include <lv2/midi/midi.h>
+#include <lv2/patch/patch.h>
 #include <lv2/state/state.h>
 #include <lv2/ui/ui.h>
 #include <lv2/urid/urid.h>
@@ -20,7 +22,8 @@
 // audio in, 2, 3 audio out, 4 "gain", 5 "latency" (what it is to tell), 6 "trigger" (at 1 it does
 // what it is bad at), 7 latency out, 8 MIDI in, 9 MIDI out. It plays its input times the gain, plus
 // the velocity of the note that is held, plus what its worker has counted in thousandths; its own
-// state is that count.
+// state is that count. In a file that begins with "patched" it plays a depth besides, which is a
+// property, begins with 0.25, and is told where somebody asks.
 
 namespace {
 
@@ -29,7 +32,9 @@ struct Made {
     LV2_URID midi = 0, number = 0, countKey = 0;
     const LV2_Worker_Schedule* later = nullptr;
     int count = 0;
-    float level = 0.0f;
+    float level = 0.0f, depth = 0.0f;
+    LV2_Atom_Forge forge{};
+    LV2_URID set = 0, get = 0, property = 0, value = 0, depthKey = 0;
 
     float control(int port) const { return *static_cast<float*>(ports[port]); }
     bool triggered() const { return control(6) >= 0.5f; }
@@ -51,12 +56,47 @@ LV2_Handle instantiate(const LV2_Descriptor*, double, const char*,
     made->midi = map->map(map->handle, LV2_MIDI__MidiEvent);
     made->number = map->map(map->handle, LV2_ATOM__Int);
     made->countKey = map->map(map->handle, "urn:made:count");
+    lv2_atom_forge_init(&made->forge, const_cast<LV2_URID_Map*>(map));
+    made->set = map->map(map->handle, LV2_PATCH__Set);
+    made->get = map->map(map->handle, LV2_PATCH__Get);
+    made->property = map->map(map->handle, LV2_PATCH__property);
+    made->value = map->map(map->handle, LV2_PATCH__value);
+    made->depthKey = map->map(map->handle, "urn:made:depth");
+    if (ownName().starts_with("patched")) made->depth = 0.25f;
     made->later = featureOf<LV2_Worker_Schedule>(features, LV2_WORKER__schedule);
     return made;
 }
 
 void connect(LV2_Handle of, uint32_t port, void* data) {
     static_cast<Made*>(of)->ports[port] = data;
+}
+
+void tellDepth(Made& m, LV2_Atom_Sequence* out, uint32_t room) {
+    struct {
+        LV2_Atom_Event event;
+        uint64_t body[16];
+    } answer{};
+    lv2_atom_forge_set_buffer(&m.forge, reinterpret_cast<uint8_t*>(&answer.event.body),
+                              sizeof answer - offsetof(LV2_Atom_Event, body));
+    LV2_Atom_Forge_Frame object;
+    lv2_atom_forge_object(&m.forge, &object, 0, m.set);
+    lv2_atom_forge_key(&m.forge, m.property);
+    lv2_atom_forge_urid(&m.forge, m.depthKey);
+    lv2_atom_forge_key(&m.forge, m.value);
+    lv2_atom_forge_float(&m.forge, m.depth);
+    lv2_atom_forge_pop(&m.forge, &object);
+    lv2_atom_sequence_append_event(out, room, &answer.event);
+}
+
+void takePatch(Made& m, const LV2_Atom* atom, LV2_Atom_Sequence* out, uint32_t room) {
+    const auto* object = reinterpret_cast<const LV2_Atom_Object*>(atom);
+    if (atom->type != m.forge.Object) return;
+    if (object->body.otype == m.get) tellDepth(m, out, room);
+    const LV2_Atom *key = nullptr, *value = nullptr;
+    lv2_atom_object_get(object, m.property, &key, m.value, &value, 0);
+    if (object->body.otype == m.set && key && value && value->type == m.forge.Float &&
+        reinterpret_cast<const LV2_Atom_URID*>(key)->body == m.depthKey)
+        m.depth = reinterpret_cast<const LV2_Atom_Float*>(value)->body;
 }
 
 /// A note asks the worker to count, and is answered an octave up.
@@ -67,6 +107,7 @@ void takeNotes(Made& m) {
     out->atom = {sizeof(LV2_Atom_Sequence_Body), in->atom.type};
     out->body = {};
     LV2_ATOM_SEQUENCE_FOREACH(in, event) {
+        takePatch(m, &event->body, out, room);
         if (event->body.type != m.midi) continue;
         const auto* bytes = reinterpret_cast<const unsigned char*>(event + 1);
         const bool on = (bytes[0] & 0xf0) == 0x90 && bytes[2] > 0;
@@ -89,7 +130,7 @@ void run(LV2_Handle of, uint32_t frames) {
         const auto* in = static_cast<const float*>(m.ports[side]);
         auto* out = static_cast<float*>(m.ports[2 + side]);
         for (uint32_t i = 0; i < frames; i++)
-            out[i] = in[i] * m.control(4) + m.level + float(m.count) * 0.001f;
+            out[i] = in[i] * m.control(4) + m.level + m.depth + float(m.count) * 0.001f;
         spoil(out, frames);
     }
     *static_cast<float*>(m.ports[7]) = bad("nan") ? NAN : m.control(5);

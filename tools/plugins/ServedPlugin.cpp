@@ -82,7 +82,9 @@ void ServedPlugin::waitForTrip() {
 void ServedPlugin::idle() {
     takeWanted();
     plugin->idle();
+    const bool shows = displayAsked.exchange(false);
     tellFacts();
+    if (shows) tell(PluginRoom::Event::display); // with the values that it is about
     if (plugin->inputs() != inputs || plugin->outputs() != outputs) {
         const std::scoped_lock lock(inside);
         makePins();
@@ -214,5 +216,5 @@ void ServedPlugin::channelsChanged() {
 }
 
 void ServedPlugin::displayChanged() {
-    tell(PluginRoom::Event::display);
+    displayAsked = true;
 }

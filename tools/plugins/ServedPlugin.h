@@ -87,4 +87,5 @@ private:
     PluginTime time; ///< of the latest trip
     bool editorOpen = false;
     Shared<bool> obeying{false};
+    Shared<bool> displayAsked{false}; ///< told with the next `idle`
 };

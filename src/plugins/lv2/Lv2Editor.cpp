@@ -68,6 +68,10 @@ std::string Lv2Editor::uiOf(const Lv2World& world, const LilvPlugin* plugin) {
     return "";
 }
 
+Lv2Editor::Lv2Editor(Lv2Plugin& of) : plugin(of), properties(of.world->urids) {
+    properties.begin(of.ports, of.world->urids);
+}
+
 std::unique_ptr<Lv2Editor> Lv2Editor::open(Lv2Plugin& plugin, unsigned long window) {
     const std::string uri = uiOf(*plugin.world, plugin.plugin);
     const LilvUiList uis(lilv_plugin_get_uis(plugin.plugin));
@@ -148,6 +152,8 @@ Lv2Editor::~Lv2Editor() {
 
 void Lv2Editor::write(uint32_t port, uint32_t size, uint32_t protocol, const void* data) {
     if (protocol == plugin.eventTransfer && size >= sizeof(LV2_Atom)) {
+        const auto* atom = static_cast<const LV2_Atom*>(data);
+        if (atom->size > size - sizeof *atom || writeProperty(atom)) return;
         plugin.toPlugin.push(port, data, size);
         return;
     }
@@ -159,6 +165,18 @@ void Lv2Editor::write(uint32_t port, uint32_t size, uint32_t protocol, const voi
     plugin.wanted[size_t(index)] = value;
     if (!shownParams.empty()) shownParams[size_t(index)] = value;
     plugin.host.parameterMoved(index, plugin.param(index));
+}
+
+/// A parameter goes to the plug-in with the next block, as all that are wanted; false for other
+/// messages.
+bool Lv2Editor::writeProperty(const LV2_Atom* atom) {
+    bool taken = false;
+    properties.take(atom, [&](int index, float, float value) {
+        taken = true;
+        plugin.wanted[size_t(index)] = value;
+        plugin.host.parameterMoved(index, plugin.param(index));
+    });
+    return taken;
 }
 
 void Lv2Editor::touch(uint32_t port, bool grabbed) {
@@ -175,7 +193,8 @@ void Lv2Editor::showFloat(uint32_t port, float value, float& shown) {
 
 void Lv2Editor::showAll() {
     for (size_t i = 0; i < shownParams.size(); i++)
-        showFloat(plugin.ports.params[i].port, plugin.wanted[i], shownParams[i]);
+        if (const uint32_t port = plugin.ports.params[i].port; port != Lv2Ports::Param::noPort)
+            showFloat(port, plugin.wanted[i], shownParams[i]);
     for (size_t i = 0; i < shownMeters.size(); i++)
         showFloat(plugin.ports.shown[i], plugin.meters[i], shownMeters[i]);
     uint32_t port = 0;

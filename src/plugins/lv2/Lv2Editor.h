@@ -26,10 +26,11 @@ public:
     CPoint size() const { return asked; } ///< that it has asked for; 0 none
 
 private:
-    explicit Lv2Editor(Lv2Plugin& of) : plugin(of) {}
+    explicit Lv2Editor(Lv2Plugin& of);
 
     bool start(const LV2UI_Descriptor* made, const std::string& folder, unsigned long window);
     void write(uint32_t port, uint32_t size, uint32_t protocol, const void* data);
+    bool writeProperty(const LV2_Atom* atom);
     void touch(uint32_t port, bool grabbed);
     void showAll();
     void idle();
@@ -41,6 +42,7 @@ private:
     LV2UI_Widget widget = nullptr;
     const LV2UI_Idle_Interface* idling = nullptr;
     LV2UI_Resize resizing{};
+    PropertyAtoms properties; ///< for what the window says
     LV2UI_Touch touching{};
     LV2UI_Port_Map naming{};
     LV2_Extension_Data_Feature extensions{};

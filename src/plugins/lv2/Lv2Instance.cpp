@@ -78,7 +78,8 @@ Lv2Instance::Lv2Instance(Lv2World& world, const Lv2Ports& ports, double rate, in
         }
     for (size_t i = 0; i < ports.carriers.size(); i++)
         idleSignals.emplace_back(size_t(frames), 0.0f);
-    for (const Lv2Ports::Param& p : ports.params) controls[p.port] = p.usual;
+    for (const Lv2Ports::Param& p : ports.params)
+        if (p.port != Lv2Ports::Param::noPort) controls[p.port] = p.usual;
     fillFeatures(world);
 }
 
@@ -120,7 +121,8 @@ void Lv2Instance::fillFeatures(Lv2World& world) {
 void Lv2Instance::connect(const Lv2Ports& ports) {
     for (uint32_t i = 0; i < ports.count; i++) lilv_instance_connect_port(get(), i, nullptr);
     for (const Lv2Ports::Param& p : ports.params)
-        lilv_instance_connect_port(get(), p.port, &controls[p.port]);
+        if (p.port != Lv2Ports::Param::noPort)
+            lilv_instance_connect_port(get(), p.port, &controls[p.port]);
     for (const uint32_t port : ports.shown)
         lilv_instance_connect_port(get(), port, &controls[port]);
     for (size_t i = 0; i < ports.carriers.size(); i++)

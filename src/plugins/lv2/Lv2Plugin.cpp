@@ -92,7 +92,8 @@ Lv2Plugin::Lv2Plugin(std::shared_ptr<Lv2World> of, const LilvPlugin* p, PluginHo
       id(hashOf(lilv_node_as_uri(lilv_plugin_get_uri(p)))),
       drawn(!Lv2Editor::uiOf(*world, p).empty()),
       midiEvent(world->urids.number(LV2_MIDI__MidiEvent)),
-      eventTransfer(world->urids.number(LV2_ATOM__eventTransfer)), position(world->urids) {
+      eventTransfer(world->urids.number(LV2_ATOM__eventTransfer)), position(world->urids),
+      properties(world->urids) {
     notes.reserve(mostNotes);
     const LilvNodeList related(
         lilv_plugin_get_related(plugin, world->node(LV2_PRESETS__Preset).get()));
@@ -110,6 +111,7 @@ bool Lv2Plugin::make(double rate, int frames, CStr& why) {
     if (!instance) return false;
     keepsOwn = lilv_instance_get_extension_data(instance->get(), LV2_STATE__interface) != nullptr;
     setUsual();
+    properties.begin(ports, world->urids);
     return true;
 }
 
@@ -312,6 +314,19 @@ void Lv2Plugin::addMidi(int frame, int data) {
     if (notes.size() < mostNotes) notes.push_back({frame, data});
 }
 
+void Lv2Plugin::fillProperties() {
+    for (EventBuffer& events : instance->eventsIn()) {
+        if (int(events.port.port) != ports.propertyPort) continue;
+        properties.give(
+            wanted, [&](const LV2_Atom* atom) { events.add(0, atom->type, atom + 1, atom->size); });
+    }
+}
+
+/// The plug-in has told of it; what is wanted meanwhile stays so.
+void Lv2Plugin::takeProperty(int index, float before, float now) {
+    if (before != now && wanted[size_t(index)].compareExchange(before, now)) host.displayChanged();
+}
+
 void Lv2Plugin::fillEvents(int frames) {
     auto& buffers = instance->eventsIn();
     for (EventBuffer& events : buffers) {
@@ -327,6 +342,7 @@ void Lv2Plugin::fillEvents(int frames) {
         for (EventBuffer& events : buffers)
             if (events.port.port == port) events.add(0, atom->type, atom + 1, atom->size);
     }
+    fillProperties();
     for (const Note& note : notes) {
         unsigned char bytes[3];
         for (size_t i = 0; i < 3; i++) bytes[i] = static_cast<unsigned char>(note.data >> 8 * i);
@@ -347,6 +363,9 @@ void Lv2Plugin::takeEvents() {
                 for (uint32_t i = 0; i < atom->size; i++) data |= bytes[i] << 8 * i;
                 host.sendMidi(frame, data);
             }
+            properties.take(atom, [this](int index, float before, float now) {
+                takeProperty(index, before, now);
+            });
             if (watched) toEditor.push(events.port.port, atom, uint32_t(sizeof *atom) + atom->size);
         });
 }
@@ -354,7 +373,9 @@ void Lv2Plugin::takeEvents() {
 bool Lv2Plugin::process(float** in, float** out, int frames) {
     if (!instance) return false;
     const ForeignCall foreign;
-    for (size_t i = 0; i < wanted.size(); i++) instance->control(ports.params[i].port) = wanted[i];
+    for (size_t i = 0; i < wanted.size(); i++)
+        if (const uint32_t port = ports.params[i].port; port != Lv2Ports::Param::noPort)
+            instance->control(port) = wanted[i];
     fillEvents(frames);
     const bool offline = host.level() == PluginLevel::offline;
     if (!contained([&] { instance->run(ports, in, out, frames, offline); })) return false;

@@ -5,6 +5,7 @@
 #include "plugins/PluginFile.h"
 #include "plugins/lv2/Lv2Instance.h"
 #include "plugins/lv2/PositionAtom.h"
+#include "plugins/lv2/PropertyAtoms.h"
 
 #include <functional>
 #include <memory>
@@ -68,6 +69,8 @@ private:
     void remake(double rate, int frames);
     Lilv<LilvState> ownState();
     void give(const LilvState* state);
+    void takeProperty(int index, float before, float now);
+    void fillProperties();
     void fillEvents(int frames);
     void takeEvents();
 
@@ -95,6 +98,7 @@ private:
     std::vector<Note> notes;
     LV2_URID midiEvent, eventTransfer;
     PositionAtom position;
+    PropertyAtoms properties;
 };
 
 /// Tells of the plug-ins in a bundle without starting any; their libraries have to load. False,

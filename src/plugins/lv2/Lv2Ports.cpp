@@ -8,6 +8,7 @@
 #include <lv2/atom/atom.h>
 #include <lv2/core/lv2.h>
 #include <lv2/midi/midi.h>
+#include <lv2/patch/patch.h>
 #include <lv2/port-groups/port-groups.h>
 #include <lv2/port-props/port-props.h>
 #include <lv2/resize-port/resize-port.h>
@@ -90,6 +91,30 @@ std::string unitSign(const PortFacts& facts) {
     return symbols.empty() ? "" : symbols.front();
 }
 
+/// A property with a number as its value; its type is empty for others, as for files.
+Lv2Ports::Param propertyOf(const Lv2World& world, const LilvNode* property) {
+    const auto told = [&](const char* predicate) {
+        return Lilv<LilvNode>(
+            lilv_world_get(world.get(), property, world.node(predicate).get(), nullptr));
+    };
+    const auto is = [kind = told(LILV_NS_RDFS "range")](const char* type) {
+        return kind && std::string(lilv_node_as_string(kind.get())) == type;
+    };
+    Lv2Ports::Param p;
+    p.symbol = lilv_node_as_uri(property);
+    for (const char* type :
+         {LV2_ATOM__Bool, LV2_ATOM__Int, LV2_ATOM__Long, LV2_ATOM__Float, LV2_ATOM__Double})
+        if (is(type)) p.type = type;
+    const auto name = told(LILV_NS_RDFS "label");
+    p.name = name ? lilv_node_as_string(name.get()) : p.symbol;
+    p.isSwitch = is(LV2_ATOM__Bool);
+    p.range.whole = p.isSwitch || is(LV2_ATOM__Int) || is(LV2_ATOM__Long);
+    p.range.low = double(floatOf(told(LV2_CORE__minimum).get(), 0.0f));
+    p.range.high = double(floatOf(told(LV2_CORE__maximum).get(), 1.0f));
+    p.usual = floatOf(told(LV2_CORE__default).get(), float(p.range.low));
+    return p;
+}
+
 std::vector<std::pair<float, std::string>> namedValues(const PortFacts& facts) {
     const LilvPointList points(lilv_port_get_scale_points(facts.plugin, facts.port));
     std::vector<std::pair<float, std::string>> named;
@@ -147,9 +172,24 @@ bool Lv2Ports::read(const Lv2World& world, const LilvPlugin* plugin, double rate
         why = "It has a port of a kind that is not known.";
         return false;
     }
+    readProperties(world, plugin);
     pairUp(audioIn, groupsOf(world, plugin, audioIn));
     pairUp(audioOut, groupsOf(world, plugin, audioOut));
     return true;
+}
+
+/// They stand behind the ports in the list of parameters.
+void Lv2Ports::readProperties(const Lv2World& world, const LilvPlugin* plugin) {
+    for (const Events& e : eventsIn)
+        if (e.patches && (propertyPort < 0 || e.control)) propertyPort = int(e.port);
+    if (propertyPort < 0) return;
+    const LilvNodeList all(lilv_plugin_get_value(plugin, world.node(LV2_PATCH__writable).get()));
+    LILV_FOREACH(nodes, i, all.get()) {
+        const LilvNode* property = lilv_nodes_get(all.get(), i);
+        if (!lilv_node_is_uri(property)) continue;
+        Param p = propertyOf(world, property);
+        if (!p.type.empty()) params.push_back(std::move(p));
+    }
 }
 
 bool Lv2Ports::readPort(const Lv2World& world, const LilvPlugin* plugin, const LilvPort* port,
@@ -209,13 +249,14 @@ void Lv2Ports::readEvents(const Lv2World& world, const LilvPlugin* plugin, const
     e.bytes = uint32_t(std::clamp(bytes, float(usualBytes), float(mostBytes)));
     e.midi = facts.supports(LV2_MIDI__MidiEvent);
     e.position = facts.supports(LV2_TIME__Position);
+    e.patches = facts.supports(LV2_PATCH__Message);
     e.control = facts.isDesignated(LV2_CORE__control);
     (facts.is(LV2_CORE__InputPort) ? eventsIn : eventsOut).push_back(e);
 }
 
 int Lv2Ports::paramOf(uint32_t port) const {
     const auto at = std::ranges::find(params, port, &Param::port);
-    return at == params.end() ? -1 : int(at - params.begin());
+    return at == params.end() || port == Param::noPort ? -1 : int(at - params.begin());
 }
 
 int Lv2Ports::paramOf(const std::string& symbol) const {

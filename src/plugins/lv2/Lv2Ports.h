@@ -10,8 +10,12 @@
 /// The ports of an LV2 plug-in as its bundle tells them.
 struct Lv2Ports {
     struct Param {
-        uint32_t port = 0;
-        std::string symbol, name, unit;
+        static constexpr uint32_t noPort = ~0u;
+
+        uint32_t port = noPort;
+        std::string symbol; ///< of a port; else the URI of a property, which messages set
+        std::string type;   ///< of the value of a property: a URI
+        std::string name, unit;
         ParamRange range;
         float usual = 0.0f;
         bool isSwitch = false;
@@ -27,7 +31,7 @@ struct Lv2Ports {
     struct Events {
         uint32_t port = 0;
         uint32_t bytes = 0; ///< room that it needs at least
-        bool midi = false, position = false;
+        bool midi = false, position = false, patches = false;
         bool control = false; ///< what the plug-in's window says goes there
     };
 
@@ -38,6 +42,7 @@ struct Lv2Ports {
     std::vector<uint32_t> carriers; ///< control voltage, which nothing is cabled to
     std::vector<Events> eventsIn, eventsOut;
     int latencyPort = -1;
+    int propertyPort = -1; ///< takes in the messages for properties
 
     /// False, with `why`, for a plug-in that could not work here.
     bool read(const Lv2World& world, const LilvPlugin* plugin, double rate, CStr& why);
@@ -48,6 +53,7 @@ struct Lv2Ports {
     bool sendsMidi() const;
 
 private:
+    void readProperties(const Lv2World& world, const LilvPlugin* plugin);
     bool readPort(const Lv2World& world, const LilvPlugin* plugin, const LilvPort* port,
                   double rate);
     void readControl(const Lv2World& world, const LilvPlugin* plugin, const LilvPort* port,
