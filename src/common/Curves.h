@@ -15,10 +15,14 @@ inline float curveSteepness(float curve) {
     return 1.0f + 63.0f * curve * curve;
 }
 
-/// An envelope stage: a positive `curve` starts fast, a negative one slowly.
-inline float envelopePoint(float from, float to, float t, float curve) {
+/// The `a` of an envelope stage: a positive `curve` starts fast, a negative one slowly.
+inline float envelopeBend(float curve) {
     const float k = curveSteepness(curve);
-    return curvePoint(from, to, t, curve >= 0.0f ? 1.0f / k : k);
+    return curve >= 0.0f ? 1.0f / k : k;
+}
+
+inline float envelopePoint(float from, float to, float t, float curve) {
+    return curvePoint(from, to, t, envelopeBend(curve));
 }
 
 /// An automation ramp: a positive `curve` starts slowly, a negative one fast. `shape` 1 holds

@@ -1,6 +1,7 @@
 #include "instruments/Modulators.h"
 
 #include "base/Numbers.h"
+#include "common/Curves.h"
 #include "common/WaveTables.h"
 
 #include <algorithm>
@@ -32,6 +33,14 @@ void CEnvStage::go(int newStage, float a, float b, int frames) {
     from = a;
     to = b;
     remaining = total = frames;
+}
+
+float CEnvStage::bend() {
+    if (curve != bentFor) {
+        bentFor = curve;
+        bent = envelopeBend(curve);
+    }
+    return bent;
 }
 
 void CEnvStage::hold(int newStage, float a, float b) {

@@ -57,9 +57,12 @@ struct CEnvStage {
     float value = 0.0f; ///< at the end of the last slice
     float curve = 0.0f;
     int remaining = 0, total = 0; ///< frames
+    float bent = 1.0f;            ///< how `curvePoint` bends the way, worked out for `bentFor`
+    float bentFor = 0.0f;         ///< a curve
 
     /// Starts a stretch of `frames` from `a` to `b`.
     void go(int newStage, float a, float b, int frames);
+    float bend(); ///< of the present curve
     /// Stands still from now on.
     void hold(int newStage, float a, float b);
 };

@@ -215,11 +215,7 @@ bool OscGang::beginSlice(LaneVoice& lv, int most) {
     }
     lv.slice = n;
     for (int lane = lv.lane; lane <= lv.rightLane(); lane++) s.setBack(lane);
-    setStrip(lv, stripRamps(v, plan, n));
-    HeldSlice& held = v->held;
-    held.feed1 = level(v->feed1Sq, targetFeed1, lv, n);
-    held.feed2 = level(v->feed2Sq, targetFeed2, lv, n);
-    held.phaseMod = level(v->phaseModSq, targetPhaseMod, lv, n);
+    setRamps(lv, n);
     setLevels(lv);
     setPitches(lv);
     v->first = false;
@@ -255,9 +251,30 @@ void OscGang::setStrip(const LaneVoice& lv, const StripRamps& ramps) {
     }
 }
 
-Ramp OscGang::level(float& value, int target, const LaneVoice& lv, int n) const {
-    const float x = fLimit(lv.voice->sound->cur[target], -mostOperatorLevel, mostOperatorLevel);
-    return rampTo(value, x * x, planOf(lv), lv.voice->first, n);
+void OscGang::setRamps(const LaneVoice& lv, int n) {
+    CVoice* v = lv.voice;
+    const OscPlan& plan = planOf(lv);
+    const StripTargets to = stripTargets(*v, plan);
+    const auto level = [cur = v->sound->cur](int target) {
+        const float x = fLimit(cur[target], -mostOperatorLevel, mostOperatorLevel);
+        return x * x;
+    };
+    float values[] = {v->gainL, v->gainR, v->cut2, v->feed1Sq, v->feed2Sq, v->phaseModSq};
+    Ramp ramps[6];
+    rampsTo(
+        values,
+        {to.gainL, to.gainR, to.cut, level(targetFeed1), level(targetFeed2), level(targetPhaseMod)},
+        ramps, plan, v->first, n);
+    v->gainL = values[0];
+    v->gainR = values[1];
+    v->cut2 = values[2];
+    v->feed1Sq = values[3];
+    v->feed2Sq = values[4];
+    v->phaseModSq = values[5];
+    setStrip(lv, {ramps[0], ramps[1], ramps[2], to.damp});
+    v->held.feed1 = ramps[3];
+    v->held.feed2 = ramps[4];
+    v->held.phaseMod = ramps[5];
 }
 
 void OscGang::setLevels(const LaneVoice& lv) {

@@ -75,7 +75,7 @@ private:
     void storeOperators(int lane, COscState& car, COscState& mod) const;
     const OscPlan& planOf(const LaneVoice& lv) const { return *groupOf[&lv - voices]->plan; }
     void setStrip(const LaneVoice& lv, const StripRamps& ramps);
-    Ramp level(float& value, int target, const LaneVoice& lv, int n) const;
+    void setRamps(const LaneVoice& lv, int n);
     void setLevels(const LaneVoice& lv);
     void setPitches(const LaneVoice& lv);
     void resume(LaneVoice& lv);

@@ -30,7 +30,7 @@ int tableIndex(double phase) {
 void follow(CEnvStage& s, int n) {
     if (s.active && s.total > 0)
         s.value =
-            envelopePoint(s.from, s.to, float(s.total - s.remaining + n) / float(s.total), s.curve);
+            curvePoint(s.from, s.to, float(s.total - s.remaining + n) / float(s.total), s.bend());
 }
 
 void flush(float& v) {
@@ -179,24 +179,24 @@ float SlicePlan::coefficient(float cutoff) const {
     return std::min(f * cutScale + std::max(0.0f, 1.0f - cutScale) * f4 * f4, 1.0f);
 }
 
-Ramp rampTo(float& value, float target, const SlicePlan& plan, bool jump, int n) {
-    if (jump) value = target;
-    if (value == target) return {value, 0.0f};
-    const float step = fLimit((target - value) / float(n), -plan.limit, plan.limit);
-    const Ramp ramp{value, step};
-    value += step * float(n);
-    return ramp;
+StripTargets stripTargets(const CVoice& v, const SlicePlan& plan) {
+    const float* cur = v.sound->cur;
+    const float pan = fLimit(cur[targetPan], -1.0f, 1.0f);
+    const float level = fLimit(cur[targetVolume] * cur[targetVolume], 0.0f, mostGain);
+    return {level * (pan >= 0.0f ? 1.0f - pan : pan * -0.5f + 1.0f),
+            level * (pan >= 0.0f ? pan * 0.5f + 1.0f : pan + 1.0f),
+            plan.coefficient(cur[targetCutoff]), 1.0f - cur[targetQ]};
 }
 
 StripRamps stripRamps(CVoice* v, const SlicePlan& plan, int n) {
-    const float* cur = v->sound->cur;
-    const float pan = fLimit(cur[targetPan], -1.0f, 1.0f);
-    const float level = fLimit(cur[targetVolume] * cur[targetVolume], 0.0f, mostGain);
-    const float left = level * (pan >= 0.0f ? 1.0f - pan : pan * -0.5f + 1.0f);
-    const float right = level * (pan >= 0.0f ? pan * 0.5f + 1.0f : pan + 1.0f);
-    const float cut = plan.coefficient(cur[targetCutoff]);
-    return {rampTo(v->gainL, left, plan, v->first, n), rampTo(v->gainR, right, plan, v->first, n),
-            rampTo(v->cut2, cut, plan, v->first, n), 1.0f - cur[targetQ]};
+    const StripTargets to = stripTargets(*v, plan);
+    float values[] = {v->gainL, v->gainR, v->cut2};
+    Ramp ramps[3];
+    rampsTo(values, {to.gainL, to.gainR, to.cut}, ramps, plan, v->first, n);
+    v->gainL = values[0];
+    v->gainR = values[1];
+    v->cut2 = values[2];
+    return {ramps[0], ramps[1], ramps[2], to.damp};
 }
 
 double pitchRatio(double semitones) {

@@ -54,12 +54,35 @@ private:
     void modulateLfo(CVoice* v, int i, int n) const;
 };
 
+/// Where gains and filter of a voice are to be, by `cur` of its sound.
+struct StripTargets {
+    float gainL, gainR, cut, damp;
+};
+StripTargets stripTargets(const CVoice& v, const SlicePlan& plan);
+
 /// The ramps of a slice of `n` frames, 1 or more, by `cur` of the voice's sound. The voice's own
 /// values are at the end of the slice then.
 StripRamps stripRamps(CVoice* v, const SlicePlan& plan, int n);
 
-/// Takes `value` of a voice to `target` within the slice, not faster than the plan allows.
-Ramp rampTo(float& value, float target, const SlicePlan& plan, bool jump, int n);
+/// Takes values to their targets within a slice of `n` frames, not faster than the plan allows, or
+/// at once with `jump`. `values` are those at its end then; the ramps begin with those before.
+template <int count>
+void rampsTo(float (&values)[count], const float (&targets)[count], Ramp (&ramps)[count],
+             const SlicePlan& plan, bool jump, int n) {
+    const float frames = float(n);
+    float steps[count];
+    for (int i = 0; i < count; i++) {
+        const float from = jump ? targets[i] : values[i];
+        const float step = (targets[i] - from) / frames;
+        const float most = step < plan.limit ? step : plan.limit;
+        values[i] = from;
+        steps[i] = most > -plan.limit ? most : -plan.limit;
+    }
+    for (int i = 0; i < count; i++) {
+        ramps[i] = {values[i], steps[i]};
+        values[i] += steps[i] * frames;
+    }
+}
 
 /// `exp(semitones / 12 * ln 2)`, for sums within +-240 semitones; what lies outside is clamped.
 double pitchRatio(double semitones);
