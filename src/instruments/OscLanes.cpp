@@ -181,7 +181,10 @@ struct Runs {
         runOperators<double, 2, use>(s, wave, n);
     }
     static SONDRAVA_CLONES void run4(OscLanes& s, Wave wave, int n) {
-        runOperators<Doubles, 1, use>(s, wave, n);
+        if constexpr (use.carrierFed && !use.modulatorFed) // least to do, so one by one is sooner
+            runOperators<double, 4, use>(s, wave, n);
+        else
+            runOperators<Doubles, 1, use>(s, wave, n);
     }
     static SONDRAVA_CLONES void run8(OscLanes& s, Wave wave, int n) {
         runOperators<Doubles, 2, use>(s, wave, n);
