@@ -13,6 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     });
     playBlocks(host, 1);
     osc.idle([](const std::string&, const OscValue&) {});
+    host->stop(); // while it records no step is taken back
     takeAllBack(host);
     return 0;
 }
