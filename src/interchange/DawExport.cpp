@@ -11,12 +11,15 @@
 #include "instruments/CArp.h"
 #include "instruments/CSampler.h"
 #include "interchange/DawClock.h"
+#include "interchange/DawDevices.h"
 #include "interchange/DawFiles.h"
+#include "interchange/DawTables.h"
 #include "interchange/DawUnits.h"
 #include "interchange/DawXml.h"
 #include "interchange/ScratchFolder.h"
 #include "interchange/ZipFile.h"
 #include "plugins/CVST.h"
+#include "plugins/StateFiles.h"
 #include "project/PresetFiles.h"
 #include "sequencer/edit/StripEdits.h"
 #include "sequencer/song/CSeq.h"
@@ -58,6 +61,9 @@ private:
     bool addState(DawTrack& t, const DawDevice& device, const char* ext,
                   const std::function<bool(const CStr&)>& save);
     void addStrip(DawTrack& t, COutputChannel* strip);
+    static void addBands(DawTrack& t, const COutputChannel* strip);
+    void addPlugin(DawTrack& t, CVST* plugin, const char* role);
+    void addFile(DawTrack& t, const DawDevice& device, const std::string& name);
     void addSends();
     void addParts(DawTrack& t, CSongTrack* songTrack);
     void addEvents(DawClip& clip, CTrack* track, CPart* part, int shift);
@@ -133,34 +139,52 @@ void Exporter::addStrip(DawTrack& t, COutputChannel* strip) {
     t.volume = toGain(strip->vol);
     t.pan = (double(strip->pan) + 1.0) / 2.0;
     t.mute = strip->mute;
-    for (const CEQ* band : strip->eq)
-        if (band && band->active && band->gain != 0.0f) lose("The equaliser of " + strip->comp->id);
+    addBands(t, strip);
     if (strip->trim != 0.0f) lose("The trim of " + strip->comp->id);
+}
+
+void Exporter::addBands(DawTrack& t, const COutputChannel* strip) {
+    if (std::ranges::none_of(strip->eq, [](const CEQ* band) { return band->active != 0; })) return;
+    for (const CEQ* band : strip->eq)
+        t.bands.push_back({dawBandTypes[asMinMax(band->getFilterType(), 0, eqNotch)],
+                           double(band->getFrequency()), double(band->getGain()),
+                           double(band->getQ()), band->active != 0});
 }
 
 bool Exporter::addState(DawTrack& t, const DawDevice& device, const char* ext,
                         const std::function<bool(const CStr&)>& save) {
     const std::string name = std::to_string(files.size()) + ext, path = scratch.file(name);
     if (!save(path.c_str())) return good = false;
-    files.push_back({"devices/" + name, path, true});
+    addFile(t, device, name);
+    return true;
+}
+
+/// A device with a state that has been written.
+void Exporter::addFile(DawTrack& t, const DawDevice& device, const std::string& name) {
+    files.push_back({"devices/" + name, scratch.file(name), true});
     t.devices.push_back(device);
     t.devices.back().state = files.back().entry;
-    return true;
+}
+
+void Exporter::addPlugin(DawTrack& t, CVST* plugin, const char* role) {
+    const PluginFormat format = PluginFile(plugin->fileName).format();
+    const char* element = pluginElementOf(format);
+    if (!element || !plugin->opened() || plugin->failed()) return lose("Plug-in " + plugin->id);
+    const DawDevice device{element, text(plugin->loaded()->product()), dawIdOf(plugin), role, "",
+                           true};
+    const std::string name = std::to_string(files.size()) + stateExtension(format);
+    if (!plugin->saveState(scratch.file(name).c_str())) {
+        lose("What is set in " + plugin->id);
+        t.devices.push_back(device);
+        return;
+    }
+    addFile(t, device, name);
 }
 
 bool Exporter::addDevices(DawTrack& t, CComp* instrument, COutputChannel* strip) {
     const auto add = [&](CComp* comp, const char* role, const char* id, const char* ext,
                          const std::function<bool(const CStr&)>& save) {
-        return addState(t, {"BuiltinDevice", text(comp->id), id, role, ""}, ext, save);
-    };
-    // Others know the state of this format alone by what this program writes of it.
-    const auto addPlugin = [&](CVST* plugin, const char* role) {
-        if (!plugin->opened() || plugin->failed() ||
-            !sameText(extractFileExt(plugin->fileName), ".so"))
-            return lose("Plug-in " + plugin->id);
-        addState(
-            t, {"Vst2Plugin", text(plugin->id), text(extractFileName(plugin->fileName)), role, ""},
-            ".fxb", [&](const CStr& path) { return plugin->saveBank(path); });
+        return addState(t, {"BuiltinDevice", text(comp->id), id, role, "", true}, ext, save);
     };
     if (instrument && instrument->type == compSampler) {
         auto* sampler = static_cast<CSampler*>(instrument);
@@ -170,21 +194,22 @@ bool Exporter::addDevices(DawTrack& t, CComp* instrument, COutputChannel* strip)
             add(sampler, "instrument", dawSampler, ".qvs",
                 [&](const CStr& path) { return saveProgram(sampler, path); });
     } else if (instrument && instrument->type == compVST) {
-        addPlugin(static_cast<CVST*>(instrument), "instrument");
+        addPlugin(t, static_cast<CVST*>(instrument), "instrument");
     } else if (instrument) {
         lose("What is set in " + instrument->id);
     }
     if (!strip) return good;
     for (auto* insert : strip->inserts) {
-        if (!insert->enabled || insert->wet != 1.0f)
-            lose("How much of " + insert->id + " is heard, and whether it is on");
+        if (insert->wet != 1.0f) lose("How much of " + insert->id + " is heard");
+        const size_t before = t.devices.size();
         if (insert->type == compEffect && static_cast<CEffect*>(insert)->getProg())
             add(insert, "audioFX", dawRack, ".qve",
                 [&](const CStr& path) { return saveProgram(static_cast<CEffect*>(insert), path); });
         else if (insert->type == compVST)
-            addPlugin(static_cast<CVST*>(insert), "audioFX");
+            addPlugin(t, static_cast<CVST*>(insert), "audioFX");
         else
             lose("What is set in " + insert->id);
+        if (t.devices.size() > before) t.devices.back().on = insert->enabled != 0;
     }
     return good;
 }
@@ -213,7 +238,7 @@ void Exporter::addTracks() {
         if (!t.isFolder) addStrip(t, strip);
         if (!t.isFolder) addDevices(t, instrument, strip);
         if (track->kind == trackDrum)
-            addState(t, {"BuiltinDevice", "Kit", dawKit, "instrument", ""}, ".qvs",
+            addState(t, {"BuiltinDevice", "Kit", dawKit, "instrument", "", true}, ".qvs",
                      [&](const CStr& path) { return saveKit(track, path); });
         t.mute = t.mute || songTrack->muted();
         t.solo = songTrack->soloed();

@@ -7,6 +7,7 @@
 #include <vector>
 
 class CSeq;
+class PluginList;
 
 // Songs to and from DAWproject 1.0 archives (.dawproject). Interface thread.
 
@@ -23,16 +24,17 @@ enum class DawResult {
 /// Told what is worked on and what part of all is done, 0 to 1; false cancels.
 using DawWatch = std::function<bool(const CStr& what, float done)>;
 
-/// Writes the current program of a song: tracks, clips, notes, automation of strips, tempos,
-/// signatures, markers, the audio that clips play, and the instruments and racks of tracks as
-/// files. A former file stays until the new one is whole. `lost` takes a line for each thing that
-/// such a file cannot hold.
+/// Writes the current program of a song: tracks, groups, clips, notes, automation of strips,
+/// tempos, signatures, markers, equalisers, the audio that clips play, and instruments, racks and
+/// plug-ins as files. A former file stays until the new one is whole. `lost` takes a line for each
+/// thing that such a file cannot hold.
 DawResult exportDawProject(CSeq* seq, const CStr& path, std::vector<CStr>& lost,
                            const DawWatch& watch = {});
 
 /// Brings what an archive holds into the current program as one step of the history: new tracks
 /// behind the others. Tempos, signatures and markers come only into a song without content. `lost`
 /// takes a line for each thing that the song cannot hold, or that this does not read. Nothing has
-/// changed where the result is another than `good`.
+/// changed where the result is another than `good`. Plug-ins are those of `plugins`, which may be
+/// null.
 DawResult importDawProject(CSeq* seq, const CStr& path, std::vector<CStr>& lost,
-                           const DawWatch& watch = {});
+                           const DawWatch& watch = {}, const PluginList* plugins = nullptr);

@@ -1,11 +1,9 @@
-#include "base/CStream.h"
 #include "base/Paths.h"
-#include "effects/CEffect.h"
 #include "engine/CGroupCh.h"
 #include "engine/CQV.h"
 #include "engine/Cables.h"
-#include "instruments/CSampler.h"
 #include "interchange/DawClock.h"
+#include "interchange/DawDevices.h"
 #include "interchange/DawFiles.h"
 #include "interchange/DawParts.h"
 #include "interchange/DawUnits.h"
@@ -29,7 +27,6 @@ enum StripParam : int { paramVolume = 0, paramPan = 1, paramMute = 2 };
 
 constexpr int64_t mostXmlBytes = int64_t(64) << 20;
 constexpr int64_t mostAudioBytes = int64_t(4) << 30;
-constexpr int64_t mostDeviceBytes = int64_t(256) << 20;
 
 CStr text(const std::string& s) {
     return s.c_str();
@@ -38,9 +35,10 @@ CStr text(const std::string& s) {
 /// Brings one song in.
 class Importer {
 public:
-    Importer(CSeq* s, const ZipReader& archive, DawSong& from, std::vector<CStr>& leftOut)
+    Importer(CSeq* s, const ZipReader& archive, DawSong& from, const PluginList* known,
+             std::vector<CStr>& leftOut)
         : seq(s), host(s->host), prog(s->getProg()), zip(archive), song(from), lost(leftOut),
-          begins(!hasContent(prog)) {
+          begins(!hasContent(prog)), devices(host, zip, scratch, known, lost) {
         for (const std::string& line : song.lost) lost.push_back(text(line));
     }
 
@@ -51,7 +49,6 @@ private:
     /// What came of a track of the file.
     struct Made {
         CSongTrack* songTrack;
-        COutputChannel* strip; ///< null without one
         bool audio;
     };
 
@@ -60,11 +57,13 @@ private:
     std::vector<int> kindsOf(const DawTrack& t) const;
     void addTimes();
     void addTrack(size_t index, DawParts& parts);
+    CGroupCh* newGroup(size_t index);
+    bool leadsInCircle(const DawTrack& t) const;
+    void addGroups();
+    void leadToGroup(const DawTrack& t, const COutputChannel* strip);
     void addBuses();
     CComp* addInstrument(const DawTrack& t, CTrack* track);
-    void setStrip(const DawTrack& t, COutputChannel* strip);
-    void addInserts(const DawTrack& t, COutputChannel* strip);
-    std::string stateOf(const DawDevice& device);
+    void setStrip(size_t index, COutputChannel* strip);
     CObject* targetOf(const DawPoints& row, int& param, bool& squared) const;
     CSubTrack* laneOf(CTrack* track, const DawPoints& row, bool& squared);
     std::vector<CPart*> partsOf(CSongTrack* songTrack) const;
@@ -85,8 +84,10 @@ private:
     BeatClock clock; ///< of the song that it comes into
     DawSamples samples;
     std::map<size_t, std::vector<Made>> made;
-    std::map<std::string, int> buses; ///< place among the sends, by channel id
-    int states = 0;                   ///< files of devices that were taken out of the archive
+    DawDevices devices;
+    std::map<size_t, COutputChannel*> strips; ///< of all tracks, groups and buses
+    std::map<std::string, CGroupCh*> groups;  ///< by channel id
+    std::map<std::string, int> buses;         ///< place among the sends, by channel id
 };
 
 // Files.
@@ -200,75 +201,28 @@ void Importer::addTimes() {
 
 // Tracks and strips.
 
-/// The file of a device's state, empty without one.
-std::string Importer::stateOf(const DawDevice& device) {
-    if (device.state.empty() || !isPlainEntry(device.state)) return "";
-    const std::string path = scratch.file("device" + std::to_string(states++) +
-                                          extractFileExt(text(device.state)).asChar());
-    if (zip.extract(device.state, mostDeviceBytes, path)) return path;
-    lose("What is set in " + text(device.name) + ": it is not in the file, or damaged");
-    return "";
-}
-
+/// What the file tells, or a synthesizer in its place; null where it tells none.
 CComp* Importer::addInstrument(const DawTrack& t, CTrack* track) {
-    const auto found = std::ranges::find(t.devices, "instrument", &DawDevice::role);
-    if (found == t.devices.end()) return nullptr;
-    const std::string state = found->id == dawSampler ? stateOf(*found) : "";
-    if (!state.empty()) {
-        auto sampler = std::make_unique<CSampler>(host);
-        sampler->createChannels();
-        sampler->createBuffers(host->frames);
-        sampler->setRate(double(host->rate));
-        sampler->setId(text(found->name));
-        CFileStream stream(state.c_str(), 0);
-        sampler->read(&stream, int(stream.getSize()));
-        if (sampler->getProg()) {
-            CComp* instrument = sampler.release();
-            linkInstrument(instrument, track, step);
-            return instrument;
-        }
-    }
-    lose("Instrument " + text(found->name) + " of " + text(t.name) +
-         ": a synthesizer plays in its place");
-    return addTrackInstrument(seq, track, step);
-}
-
-void Importer::addInserts(const DawTrack& t, COutputChannel* strip) {
-    for (const DawDevice& d : t.devices) {
-        if (d.role == "instrument" || d.id == dawKit) continue;
-        const std::string state = d.id == dawRack ? stateOf(d) : "";
-        auto rack = std::make_unique<CEffect>(host);
-        rack->createIO();
-        rack->createBuffers(host->frames);
-        if (!state.empty()) {
-            CFileStream stream(state.c_str(), 0);
-            rack->read(&stream, int(stream.getSize()));
-        }
-        if (state.empty() || !rack->getProg()) {
-            lose("Effect " + text(d.name) + " of " + text(t.name));
-            continue;
-        }
-        rack->setRate(double(host->rate));
-        rack->id = rack->getProg()->id;
-        rack->listKind = listInsert;
-        rack->ownerChannel = strip;
-        strip->inserts.add(rack.release());
-    }
+    const bool told =
+        std::ranges::find(t.devices, "instrument", &DawDevice::role) != t.devices.end();
+    std::unique_ptr<CComp> played = told ? devices.instrumentOf(t) : nullptr;
+    if (!played) return told ? addTrackInstrument(seq, track, step) : nullptr;
+    CComp* instrument = played.release();
+    linkInstrument(instrument, track, step);
+    return instrument;
 }
 
 /// Of a strip that is not linked yet.
-void Importer::setStrip(const DawTrack& t, COutputChannel* strip) {
-    if (!strip) {
-        for (const DawDevice& d : t.devices)
-            if (d.role != "instrument") lose("Effect " + text(d.name) + " of " + text(t.name));
-        return;
-    }
+void Importer::setStrip(size_t index, COutputChannel* strip) {
+    const DawTrack& t = song.tracks[index];
+    devices.fillStrip(t, strip);
+    if (!strip) return;
+    strips[index] = strip;
     if (t.volume > 1.0) lose("Levels above 0 dB");
     strip->vol = toFader(t.volume);
     strip->setVol(strip->vol, false);
     strip->pan = float(t.pan * 2.0 - 1.0);
     strip->setPan(strip->pan, false);
-    addInserts(t, strip);
 }
 
 /// That of all notes, 0 without any, -1 for several.
@@ -296,36 +250,94 @@ void Importer::addTrack(size_t index, DawParts& parts) {
         songTrack->setSoloed(t.solo);
         CComp* instrument = kind == trackMIDI ? addInstrument(t, track) : nullptr;
         COutputChannel* strip = instrument ? instrument->output() : track->output();
-        if (kind != trackFolder) setStrip(t, strip);
+        if (kind != trackFolder) setStrip(index, strip);
+        leadToGroup(t, strip);
         if (kind == trackMIDI) track->channel = channelOf(t);
         if (kind == trackDrum)
             for (const DawDevice& d : t.devices)
-                if (const std::string kit = d.id == dawKit ? stateOf(d) : ""; !kit.empty())
+                if (const std::string kit = d.id == dawKit ? devices.stateOf(d) : ""; !kit.empty())
                     seq->openDrumBank(track, kit.c_str(), step);
-        made[index].push_back({songTrack, strip, kind == trackAudio});
+        made[index].push_back({songTrack, kind == trackAudio});
         for (const DawClip& clip : t.clips)
             if (CPart* part = kind == trackFolder ? nullptr : parts.make(clip, track))
                 songTrack->addPart(part, step);
     }
 }
 
+/// A group or send bus with the strip of a track of the file.
+CGroupCh* Importer::newGroup(size_t index) {
+    auto* group = new CGroupCh(host);
+    group->init();
+    group->id = text(song.tracks[index].name);
+    group->createBuffers(host->frames);
+    setStrip(index, group->output());
+    group->output()->mute = song.tracks[index].mute;
+    return group;
+}
+
+/// Whether a group leads, by the way that the file tells, to itself.
+bool Importer::leadsInCircle(const DawTrack& t) const {
+    std::string at = t.destination;
+    for (size_t i = 0; i <= song.tracks.size(); i++) {
+        const auto next = std::ranges::find_if(song.tracks, [&](const DawTrack& other) {
+            return !at.empty() && other.role == "submix" && other.channelId == at;
+        });
+        if (next == song.tracks.end()) return false;
+        at = next->destination;
+    }
+    return true;
+}
+
+/// All of them before they are led to each other.
+void Importer::addGroups() {
+    const auto isGroup = [](const DawTrack& t) { return t.role == "submix"; };
+    for (size_t i = 0; i < song.tracks.size(); i++) {
+        if (!isGroup(song.tracks[i])) continue;
+        CGroupCh* group = newGroup(i);
+        placeInstrument(group, seq, step);
+        step->asAdd(group, &host->comps);
+        groups.try_emplace(song.tracks[i].channelId, group);
+    }
+    CComp* out = host->getAudioOut();
+    for (const DawTrack& t : song.tracks) {
+        const auto group = isGroup(t) ? groups.find(t.channelId) : groups.end();
+        if (group == groups.end()) continue;
+        const auto next = groups.find(t.destination);
+        CComp* to = next == groups.end() || leadsInCircle(t) ? out : next->second;
+        COutputChannel* from = group->second->output();
+        if (CAudioCable* cable = to ? createAudioCable(to, from, nullptr) : nullptr)
+            step->asAdd(cable, &to->audioCables);
+    }
+}
+
+/// The cable that has come with a strip leads to its group in place of the out.
+void Importer::leadToGroup(const DawTrack& t, const COutputChannel* strip) {
+    const auto group = groups.find(t.destination);
+    CComp* out = host->getAudioOut();
+    if (!strip || !out || group == groups.end()) return;
+    for (auto* item : step->items) {
+        if (!item->object || item->addTo != &out->audioCables) continue;
+        auto* cable = static_cast<CAudioCable*>(item->object);
+        if (cable->fromChannel != strip) continue;
+        cable->toComp = group->second;
+        cable->toChannel = group->second->input();
+        item->addTo = &group->second->audioCables;
+    }
+}
+
 /// Send buses, behind those there are.
 void Importer::addBuses() {
     int place = host->sends.getCount();
-    for (const DawTrack& t : song.tracks) {
-        if (t.role == "submix") lose("Group " + text(t.name) + ": its strips lead to the main out");
-        if (t.role == "master" && (t.volume != 1.0 || !t.devices.empty()))
+    for (size_t i = 0; i < song.tracks.size(); i++) {
+        const DawTrack& t = song.tracks[i];
+        if (t.role == "master" && (t.volume != 1.0 || !t.devices.empty() || !t.bands.empty()))
             lose("Level and effects of the main out");
         if (t.role != "effect") continue;
         if (place >= maxSends) {
             lose("Send buses beyond the 32nd");
             continue;
         }
-        auto* bus = new CGroupCh(host);
-        bus->init();
-        bus->id = text(t.name);
-        bus->createBuffers(host->frames);
-        setStrip(t, bus->output());
+        CGroupCh* bus = newGroup(i);
         step->asAdd(bus, &host->sends);
         CComp* out = host->getAudioOut();
         if (CAudioCable* cable = out ? createAudioCable(out, bus->output(), nullptr) : nullptr)
@@ -337,21 +349,18 @@ void Importer::addBuses() {
 /// Only now that the step has been carried out: a bus that comes shifts those of strips that come
 /// with it.
 void Importer::settleSends() const {
-    for (const auto& [index, all] : made)
-        for (const Made& m : all)
-            for (const DawSend& s : song.tracks[index].sends)
-                if (const auto bus = buses.find(s.destination); m.strip && bus != buses.end())
-                    m.strip->sendLevels[bus->second]->level = toFader(s.level);
+    for (const auto& [index, strip] : strips)
+        for (const DawSend& s : song.tracks[index].sends)
+            if (const auto bus = buses.find(s.destination); bus != buses.end())
+                strip->sendLevels[bus->second]->level = toFader(s.level);
 }
 
 // Automation.
 
 /// What a row moves, and whether that counts squared; null for what is not here.
 CObject* Importer::targetOf(const DawPoints& row, int& param, bool& squared) const {
-    for (const auto& [index, all] : made) {
+    for (const auto& [index, strip] : strips) {
         const DawTrack& t = song.tracks[index];
-        COutputChannel* strip = all.front().strip;
-        if (!strip) continue;
         param = row.parameter == t.volumeId ? paramVolume
                 : row.parameter == t.panId  ? paramPan
                 : row.parameter == t.muteId ? paramMute
@@ -483,6 +492,7 @@ void Importer::link() {
                             .seq = SeqNotice::tracks | SeqNotice::parts});
     addTimes();
     seq->unselectParts();
+    addGroups();
     DawParts parts(begins ? clockOf(song) : clockOf(seq), samples, lost);
     for (size_t i = 0; i < song.tracks.size(); i++) addTrack(i, parts);
     addBuses();
@@ -498,7 +508,7 @@ void Importer::link() {
 } // namespace
 
 DawResult importDawProject(CSeq* seq, const CStr& path, std::vector<CStr>& lost,
-                           const DawWatch& watch) {
+                           const DawWatch& watch, const PluginList* plugins) {
     if (!seq->getProg()) return DawResult::noRoom;
     const ZipReader zip(path.asChar());
     std::string xml;
@@ -508,7 +518,7 @@ DawResult importDawProject(CSeq* seq, const CStr& path, std::vector<CStr>& lost,
         return DawResult::unreadable;
     xml.clear();
     xml.shrink_to_fit();
-    Importer importer(seq, zip, song, lost);
+    Importer importer(seq, zip, song, plugins, lost);
     const DawResult result = importer.prepare(watch);
     if (result == DawResult::good) importer.link();
     return result;

@@ -81,6 +81,13 @@ struct DawSend {
 struct DawDevice {
     std::string element; ///< kind of device by the name of its element
     std::string name, id, role, state;
+    bool on = true;
+};
+
+struct DawBand {
+    std::string type;
+    double hz = 1000.0, gainDb = 0.0, q = 1.0;
+    bool on = true;
 };
 
 struct DawTrack {
@@ -94,6 +101,7 @@ struct DawTrack {
     bool mute = false, solo = false;
     std::vector<DawSend> sends;
     std::vector<DawDevice> devices;
+    std::vector<DawBand> bands; ///< of the equaliser in front of the effects
     std::vector<DawClip> clips;
     std::vector<DawPoints> points;
 };

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "interchange/DawSong.h"
+#include "plugins/PluginFile.h"
 
 #include <algorithm>
 #include <iterator>
+#include <optional>
 #include <string>
 
 // Words of exchange files for what a song has, shared by reader and writer.
@@ -30,4 +32,30 @@ inline const DawExpression* expressionOf(DawTarget target) {
 inline const DawExpression* expressionOf(const std::string& word) {
     const auto* found = std::ranges::find(dawExpressions, word, &DawExpression::word);
     return found == std::end(dawExpressions) ? nullptr : found;
+}
+
+/// Forms of bands by their `EqType`.
+constexpr const char* dawBandTypes[] = {"lowShelf", "bell",     "highShelf", "lowPass",
+                                        "highPass", "bandPass", "notch"};
+inline int bandTypeOf(const std::string& word) { ///< -1 for another word
+    const auto* found = std::ranges::find(dawBandTypes, word);
+    return found == std::end(dawBandTypes) ? -1 : int(found - dawBandTypes);
+}
+
+// Elements of plug-ins; there is none for LV2.
+constexpr struct {
+    PluginFormat format;
+    const char* element;
+} dawPlugins[] = {{PluginFormat::vst2, "Vst2Plugin"},
+                  {PluginFormat::vst3, "Vst3Plugin"},
+                  {PluginFormat::clap, "ClapPlugin"}};
+inline std::optional<PluginFormat> pluginFormatOf(const std::string& element) {
+    for (const auto& p : dawPlugins)
+        if (element == p.element) return p.format;
+    return {};
+}
+inline const char* pluginElementOf(PluginFormat format) { ///< null without one
+    for (const auto& p : dawPlugins)
+        if (format == p.format) return p.element;
+    return nullptr;
 }

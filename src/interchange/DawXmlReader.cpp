@@ -75,6 +75,7 @@ private:
     void readTracks(Node parent, int folder, int depth);
     void readChannel(Node channel, DawTrack& t);
     void readDevices(Node devices, DawTrack& t);
+    static void readBands(Node equaliser, bool on, DawTrack& t);
     void readLanes(Node node, Frame frame, int track, int depth);
     void readClip(Node node, const Frame& frame, std::vector<DawClip>& into, int depth);
     void readContent(Node node, const Content& content, DawClip& clip, int depth);
@@ -133,12 +134,31 @@ double Reader::gainOf(Node parameter) const {
     return unit == "decibel" ? std::pow(10.0, value / 20.0) : std::max(value, 0.0);
 }
 
+/// The first equaliser is that of the strip, whatever stands before it.
 void Reader::readDevices(Node devices, DawTrack& t) {
     for (const Node d : devices.children()) {
         if (d.type() != pugi::node_element) continue;
+        const auto enabled = d.child("Enabled").attribute("value");
+        const bool on = !enabled || enabled.as_bool();
+        if (is(d, "Equalizer") && t.bands.empty() && d.child("Band")) {
+            readBands(d, on, t);
+            continue;
+        }
         t.devices.push_back({d.name(), word(d, "deviceName"), word(d, "deviceID"),
-                             word(d, "deviceRole"), word(d.child("State"), "path")});
+                             word(d, "deviceRole"), word(d.child("State"), "path"), on});
         if (t.devices.back().name.empty()) t.devices.back().name = word(d, "name");
+    }
+}
+
+void Reader::readBands(Node equaliser, bool on, DawTrack& t) {
+    constexpr size_t mostBands = 64;
+    for (const Node b : equaliser.children("Band")) {
+        if (t.bands.size() == mostBands) return;
+        const auto enabled = b.child("Enabled").attribute("value");
+        t.bands.push_back({word(b, "type"), number(b.child("Freq"), "value", 1000.0, 1.0, 1e6),
+                           number(b.child("Gain"), "value", 0.0, -1000.0, 1000.0),
+                           number(b.child("Q"), "value", 1.0, 0.0, 1000.0),
+                           on && (!enabled || enabled.as_bool())});
     }
 }
 

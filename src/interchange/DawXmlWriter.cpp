@@ -42,6 +42,9 @@ private:
     void writeTransport(Node root);
     void writeTrack(Node parent, size_t index);
     void writeChannel(Node track, const DawTrack& t);
+    void writeDevices(Node devices, const DawTrack& t);
+    Node writeDevice(Node devices, const DawDevice& d);
+    void writeBand(Node equaliser, const DawBand& b);
     void writeArrangement(Node root);
     void writeClip(Node clips, const DawClip& clip, double base);
     void writeContent(Node node, const DawClip& clip, double at);
@@ -98,6 +101,54 @@ void Writer::writeTrack(Node parent, size_t index) {
         if (song.tracks[i].parent == int(index)) writeTrack(track, i);
 }
 
+Node Writer::writeDevice(Node devices, const DawDevice& d) {
+    Node device = devices.append_child(d.element.c_str());
+    put(device, "deviceID", d.id);
+    put(device, "deviceName", d.name);
+    put(device, "deviceRole", d.role);
+    device.append_attribute("loaded") = true;
+    put(device, "id", newId());
+    putName(device, d.name);
+    device.append_child("Parameters");
+    Node enabled = device.append_child("Enabled");
+    enabled.append_attribute("value") = d.on;
+    put(enabled, "id", newId());
+    if (!d.state.empty()) put(device.append_child("State"), "path", d.state);
+    return device;
+}
+
+void Writer::writeBand(Node equaliser, const DawBand& b) {
+    Node band = equaliser.append_child("Band");
+    put(band, "type", b.type);
+    const auto real = [&](const char* name, const char* unit, double value) {
+        Node node = band.append_child(name);
+        put(node, "unit", unit);
+        put(node, "value", value);
+        put(node, "id", newId());
+    };
+    real("Freq", "hertz", b.hz);
+    real("Gain", "decibel", b.gainDb);
+    real("Q", "linear", b.q);
+    Node enabled = band.append_child("Enabled");
+    enabled.append_attribute("value") = b.on;
+    put(enabled, "id", newId());
+}
+
+/// The equaliser stands behind the instrument.
+void Writer::writeDevices(Node devices, const DawTrack& t) {
+    const auto write = [&](bool instrument) {
+        for (const DawDevice& d : t.devices)
+            if ((d.role == "instrument") == instrument) writeDevice(devices, d);
+    };
+    write(true);
+    if (!t.bands.empty()) {
+        const Node equaliser =
+            writeDevice(devices, {"Equalizer", "Equaliser", "equaliser", "audioFX", "", true});
+        for (const DawBand& b : t.bands) writeBand(equaliser, b);
+    }
+    write(false);
+}
+
 void Writer::writeChannel(Node track, const DawTrack& t) {
     Node channel = track.append_child("Channel");
     channel.append_attribute("audioChannels") = 2;
@@ -105,20 +156,7 @@ void Writer::writeChannel(Node track, const DawTrack& t) {
     put(channel, "role", t.role);
     channel.append_attribute("solo") = t.solo;
     put(channel, "id", t.channelId);
-    if (!t.devices.empty()) {
-        Node devices = channel.append_child("Devices");
-        for (const DawDevice& d : t.devices) {
-            Node device = devices.append_child(d.element.c_str());
-            put(device, "deviceID", d.id);
-            put(device, "deviceName", d.name);
-            put(device, "deviceRole", d.role);
-            device.append_attribute("loaded") = true;
-            put(device, "id", newId());
-            putName(device, d.name);
-            device.append_child("Parameters");
-            if (!d.state.empty()) put(device.append_child("State"), "path", d.state);
-        }
-    }
+    if (!t.devices.empty() || !t.bands.empty()) writeDevices(channel.append_child("Devices"), t);
     const auto real = [](Node node, double value, const std::string& unit, const std::string& id,
                          const char* name) {
         put(node, "max", 1.0);

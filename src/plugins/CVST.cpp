@@ -12,6 +12,7 @@
 #include "plugins/PluginFile.h"
 #include "plugins/PluginHooks.h"
 #include "plugins/PluginPlaces.h"
+#include "plugins/StateFiles.h"
 
 #include <algorithm>
 #include <utility>
@@ -388,6 +389,38 @@ bool CVST::saveProgram(const CStr& path) {
 
 void CVST::saveFXPToStream(CStream* stream) {
     if (Plugin* p = loaded()) writeProgram(stream, *p);
+}
+
+bool CVST::saveState(const CStr& path) {
+    const PluginFile what(fileName);
+    if (!opened()) return false;
+    CMemoryStream stream;
+    const Plugin::Bytes chunk = presentBank(*loaded(), bank);
+    if (what.format() == PluginFormat::vst2) {
+        writeBank(&stream, *loaded(), bank, chunk, WordOrder::file);
+    } else {
+        const Plugin::Bytes preset = presetOf(what.format(), what.inside, chunk);
+        if (preset.empty()) return false;
+        stream.write(preset.data(), int(preset.size()));
+    }
+    return stream.saveToFile(path);
+}
+
+bool CVST::takeState(const CStr& path) {
+    const PluginFile what(fileName);
+    bool good = false;
+    if (!opened()) return false;
+    changeWhole([&](Plugin& p) {
+        if (what.format() == PluginFormat::vst2) {
+            CFileStream stream(path, 0);
+            int size = 0;
+            good = stream.isOpen() &&
+                   readBank(&stream, p, bank, WordOrder::file, size) == BankResult::good;
+        } else if (const auto chunk = chunkOf(what.format(), what.inside, path)) {
+            good = p.setChunk(*chunk, true);
+        }
+    });
+    return good;
 }
 
 bool isFailedPlugin(const CComp* comp) {

@@ -55,6 +55,11 @@ public:
     bool saveProgram(const CStr& path);
     void saveFXPToStream(CStream* stream); ///< nothing without a plug-in
 
+    // The state as a file of its format (see StateFiles.h), without messages. False where there is
+    // none, or it is another plug-in's.
+    bool saveState(const CStr& path);
+    bool takeState(const CStr& path); ///< no step: for one that is linked nowhere yet
+
 protected:
     void readPrograms(Plugin& made) override { bank.takeAll(made); }
     void leavesProgram(Plugin& left) override { bank.takeCurrent(left); }

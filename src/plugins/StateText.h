@@ -5,6 +5,9 @@
 #include <utility>
 #include <vector>
 
+// What tells apart the states of the formats.
+constexpr const char *clapStateFormat = "CLAP", *vst3StateFormat = "VST 3";
+
 /// The state of a plug-in whose format has none as one piece: its program, the values of parameters
 /// by their names, and what it stores itself, whatever that is.
 struct StateText {

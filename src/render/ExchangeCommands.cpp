@@ -9,6 +9,7 @@
 #include "ui/CListWin.h"
 #include "ui/CProgressWin.h"
 #include "ui/Commands.h"
+#include "ui/PluginShelf.h"
 #include "ui/Song.h"
 #include "ui/Workspace.h"
 
@@ -83,7 +84,8 @@ void ExchangeCommands::importFile(const CStr& path) {
     DawResult result = DawResult::good;
     {
         CProgressWin progress(workspace, importTitle);
-        result = importDawProject(seq(), path, lost, watchBy(progress));
+        result =
+            importDawProject(seq(), path, lost, watchBy(progress), &workspace.pluginShelf().list);
     }
     if (result == DawResult::unreadable)
         showMsg(workspace.mainWindow(), "Error", CStr("No DAWproject, or damaged: ") + path);

@@ -1,15 +1,23 @@
 #include "interchange/DawFiles.h"
 #include "audiofiles/CSample.h"
+#include "base/CIniFile.h"
 #include "base/CStream.h"
+#include "common/fx/CEQ.h"
 #include "engine/CGroupCh.h"
 #include "engine/Cables.h"
+#include "engine/GraphHold.h"
 #include "engine/MidiBytes.h"
 #include "instruments/CSampler.h"
 #include "interchange/ZipFile.h"
+#include "plugins/CVST.h"
+#include "plugins/MadeFile.h"
+#include "plugins/scan/PluginScan.h"
 #include "project/ProjectFixture.h"
 #include "project/SongSounds.h"
+#include "sequencer/edit/StripEdits.h"
 #include "sequencer/song/CSubTrack.h"
 #include "sequencer/song/Points.h"
+#include "support/Told.h"
 
 #include <cstdio>
 
@@ -81,6 +89,14 @@ void SongFixture::fillNotes() {
     CSampler* synth = addSynthesizer(seq, notes->track, 3);
     setStrip(synth, 0.5f, -0.5f);
     synth->output()->sendLevels[0]->level = 0.25f;
+    synth->output()->setEqPower(2, true);
+    synth->output()->setEqFrequency(2, 250.0f);
+    synth->output()->setEqGain(2, -6.0f);
+    synth->output()->setEqType(0, eqLowPass);
+    CComp* band = groupStrips(host, {synth->output()});
+    band->id = "Band";
+    band->output()->vol = 0.5f;
+    band->output()->pan = 1.0f;
     CPart* first = new CMIDIPart;
     first->id = "One";
     first->addEvent(0, message(asData(midiNoteOn, 60, 100), 480));
@@ -195,10 +211,13 @@ TEST(DawFiles, HoldTheSongAsAnotherReaderSees) {
                                       song.folder.file("a.dawproject").asChar());
     const char* expected[] = {
         "tempo 90.0000 signature 4/4", // of the points at the start
-        "track0 notes Lead & co regular volume 0.2500 pan 0.2500 mute false send 0.0625",
-        "track1 audio Voice regular volume 1.0000 pan 0.5000 mute true",
-        "track2 notes Kit regular volume 1.0000 pan 0.5000 mute false",
-        "track3 audio Hall effect volume 1.0000 pan 0.5000 mute false",
+        "track0 notes Lead & co regular volume 0.2500 pan 0.2500 mute false to Band send 0.0625 "
+        "band lowPass 10000 0.0 off band bell 2000 0.0 off band bell 250 -6.0 on "
+        "band lowShelf 100 0.0 off",
+        "track1 audio Voice regular volume 1.0000 pan 0.5000 mute true to Audio Out",
+        "track2 notes Kit regular volume 1.0000 pan 0.5000 mute false to Audio Out",
+        "track3 audio Band submix volume 0.2500 pan 1.0000 mute false to Audio Out",
+        "track4 audio Hall effect volume 1.0000 pan 0.5000 mute false to Audio Out",
         "track0 clip 0.0000 4.0000 0.0000",
         "track0> note 0.0000 0.5000 2 60 100",
         "track0> note 1.0000 1.0010 2 64 1",
@@ -259,6 +278,69 @@ TEST(DawFiles, ComeBackAsTheSameSong) {
     back.device.undo();
     EXPECT_EQ(back.seq->tracks.getCount() + back.prog->tempos.getCount(), 0);
     EXPECT_EQ(back.host->sends.getCount(), 0);
+    EXPECT_EQ(back.host->firstOfType(compGroupCh), nullptr);
+}
+
+/// Plug-ins go out with their state as other programs keep it, and come back with it; one that this
+/// machine has not, or that has no element, is told.
+TEST(DawFiles, CarryPlugInsWithTheirState) {
+    const TempFolder folder;
+    const char* const names[] = {"gain.vst3", "gain.clap", "gain", "gain.lv2"};
+    const CStr former = std::exchange(inifile, folder.file("settings.ini"));
+    CIniFile(inifile).writeString("VSTFolders", "0", folder.path);
+    PluginList list(folder.file("list.txt"));
+    PluginScan scan(list, builtFile("bin/sondrava-plugins").c_str());
+    std::vector<CStr> files;
+    for (const char* name : names) files.push_back(madeFile(folder.path.asChar(), name).c_str());
+    scan.add(list.compare(files));
+    ASSERT_TRUE(comes([&] { return scan.poll(), !scan.busy(); }));
+    ASSERT_EQ(list.usable().size(), std::size(names));
+    const CStr path = folder.file("a.dawproject");
+    std::vector<CStr> lost;
+    {
+        SongFixture song;
+        COutputChannel* strip = song.track(trackAudio, "Voice")->track->output();
+        float value = 0.25f;
+        for (const PluginList::Entry* entry : list.usable()) {
+            auto plugin = newPlugin(song.host, entry->path);
+            ASSERT_NE(plugin, nullptr) << entry->path.asChar();
+            plugin->setParam(0, value);
+            plugin->enabled = entry->format() != PluginFormat::clap;
+            const GraphHold hold(song.host);
+            strip->inserts.add(plugin.release());
+            value += 0.125f;
+        }
+        song.host->settle();
+        for (int i = 0; i < 8; i++) { // these formats take values with a block
+            song.host->idle();
+            song.device.run();
+        }
+        ASSERT_EQ(exportDawProject(song.seq, path, lost), DawResult::good);
+        EXPECT_EQ(linesOf(lost), std::vector<std::string>{"Plug-in gain"}) << "that of LV2";
+    }
+    const std::string told = outputOf(std::string("/usr/bin/python3 " READER " ") + path.asChar());
+    for (const char* line : {"Vst3Plugin gain .vstpreset VST3", "ClapPlugin gain .clap-preset clap",
+                             "Vst2Plugin gain .fxb CcnK"})
+        EXPECT_NE(told.find(line), std::string::npos) << line << "\nis not in\n" << told;
+    SongFixture back;
+    lost.clear();
+    ASSERT_EQ(importDawProject(back.seq, path, lost, {}, &list), DawResult::good);
+    EXPECT_EQ(linesOf(lost), std::vector<std::string>{});
+    back.host->settle();
+    auto& inserts = back.seq->tracks.first()->output()->inserts;
+    ASSERT_EQ(inserts.getCount(), 3);
+    float value = 0.25f;
+    size_t at = 0;
+    for (auto* insert : inserts) {
+        while (list.usable()[at]->format() == PluginFormat::lv2) at++, value += 0.125f;
+        EXPECT_EQ(static_cast<CVST*>(insert)->fileName, list.usable()[at++]->path);
+        EXPECT_FLOAT_EQ(insert->param(0), value);
+        EXPECT_EQ(insert->enabled != 0, list.usable()[at - 1]->format() != PluginFormat::clap);
+        value += 0.125f;
+    }
+    ASSERT_EQ(importDawProject(back.seq, path, lost), DawResult::good);
+    EXPECT_EQ(linesOf(lost), (std::vector<std::string>{"Effect gain of Voice"})) << "unknown here";
+    inifile = former;
 }
 
 /// Files that are none, miss what they name, or nest without end change nothing, or tell it.

@@ -57,7 +57,9 @@ transport = root.find("Transport")
 lines.append("tempo %s signature %s/%s" % (number(transport.find("Tempo").get("value")),
                                            transport.find("TimeSignature").get("numerator"),
                                            transport.find("TimeSignature").get("denominator")))
-for track in root.find("Structure").iter("Track"):
+tracks = list(root.find("Structure").iter("Track"))
+names = {t.find("Channel").get("id"): t.get("name") for t in tracks if t.find("Channel") is not None}
+for track in tracks:
     channel = track.find("Channel")
     line = "%s %s %s" % (track.get("id"), track.get("contentType"), track.get("name"))
     if channel is not None:
@@ -65,10 +67,26 @@ for track in root.find("Structure").iter("Track"):
                                                   number(channel.find("Volume").get("value")),
                                                   number(channel.find("Pan").get("value")),
                                                   channel.find("Mute").get("value"))
+        if channel.get("destination"):
+            line += " to %s" % names[channel.get("destination")]
         for send in channel.iter("Send"):
             line += " send %s" % number(send.find("Volume").get("value"))
-        for state in channel.iter("State"):
-            assert archive.getinfo(state.get("path")).file_size > 0
+        for band in channel.iter("Band"):
+            assert [e.tag for e in band] == ["Freq", "Gain", "Q", "Enabled"]
+            units = [e.get("unit") for e in band][:3]
+            assert units == ["hertz", "decibel", "linear"]
+            line += " band %s %d %.1f %s" % (
+                band.get("type"), round(float(band.find("Freq").get("value"))),
+                float(band.find("Gain").get("value")),
+                "on" if band.find("Enabled").get("value") == "true" else "off")
+        for device in channel.find("Devices") or []:
+            state = device.find("State")
+            content = b"" if state is None else archive.read(state.get("path"))
+            assert state is None or content
+            if device.tag.endswith("Plugin"):
+                ending = state.get("path")[state.get("path").rindex("."):]
+                lines.append("%s %s %s %s" % (device.tag, device.get("deviceName"), ending,
+                                              content[:4].decode()))
     lines.append(line)
 arrangement = root.find("Arrangement")
 for lane in arrangement.find("Lanes"):

@@ -16,7 +16,7 @@ using namespace clapabi;
 namespace {
 
 constexpr size_t longestText = 255;
-constexpr const char* stateFormat = "CLAP";
+constexpr const char* stateFormat = clapStateFormat;
 
 /// The plug-in that the calling thread renders.
 thread_local const ClapPlugin* renderedHere = nullptr;

@@ -16,7 +16,7 @@ using namespace vst3;
 
 namespace {
 
-constexpr const char *stateFormat = "VST 3", *presetKey = "preset";
+constexpr const char *stateFormat = vst3StateFormat, *presetKey = "preset";
 
 /// Of 16-bit units; what is not plain is a question mark.
 CStr textOf(const Text& text) {

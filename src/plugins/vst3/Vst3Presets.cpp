@@ -96,3 +96,30 @@ std::optional<Vst3PresetState> readVst3Preset(const CStr& path, const CStr& key)
     }
     return state;
 }
+
+std::string writeVst3Preset(const CStr& key, const Vst3PresetState& state) {
+    constexpr int32_t version = 1;
+    constexpr int64_t headBytes = 2 * tagLetters + keyLetters + int64_t(sizeof(int64_t));
+    std::string text, list;
+    const auto put = [](std::string& to, auto number) {
+        to.append(reinterpret_cast<const char*>(&number), sizeof number);
+    };
+    int32_t count = 0;
+    const auto piece = [&](const char* tag, const std::vector<char>& bytes) {
+        list += tag;
+        put(list, headBytes + int64_t(text.size()));
+        put(list, int64_t(bytes.size()));
+        text.append(bytes.begin(), bytes.end());
+        count++;
+    };
+    piece("Comp", state.played);
+    if (!state.known.empty()) piece("Cont", state.known);
+    std::string name = key.asChar(), head = "VST3";
+    name.resize(keyLetters, ' ');
+    put(head, version);
+    head += name;
+    put(head, headBytes + int64_t(text.size()));
+    std::string tail = "List";
+    put(tail, count);
+    return head + text + tail + list;
+}

@@ -3,6 +3,7 @@
 #include "base/CStr.h"
 
 #include <optional>
+#include <string>
 #include <vector>
 
 /// What a preset file (.vstpreset) of a VST 3 plug-in holds.
@@ -15,3 +16,5 @@ struct Vst3PresetState {
 std::vector<CStr> vst3Presets(const CStr& maker, const CStr& name);
 /// Nothing for a file that is none, or is of another plug-in than that of the key.
 std::optional<Vst3PresetState> readVst3Preset(const CStr& path, const CStr& key);
+/// The content of such a file.
+std::string writeVst3Preset(const CStr& key, const Vst3PresetState& state);
