@@ -34,7 +34,8 @@ std::vector<Family> allFamilies() {
     for (const auto& some : {keys(), strings(), winds(), synths(), percussion()})
         all.insert(all.end(), some.begin(), some.end());
     for (Family& family : all)
-        for (Program& program : family.programs) program.patches = followed(program.patches);
+        for (Program& program : family.programs)
+            program.patches = evened(program.name, followed(program.patches));
     return all;
 }
 

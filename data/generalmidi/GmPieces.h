@@ -2,6 +2,7 @@
 
 #include "instruments/FactoryShapes.h"
 
+#include <string_view>
 #include <vector>
 
 // What the programs of the General MIDI set are put together from. Each program has one to four
@@ -71,6 +72,8 @@ Patch muffled(Patch p, float cutoff, float q = 0.1f);
 /// The sounds with filters that follow the keyboard, by parts of it: a cutoff is meant for the
 /// octaves around C4, and moves by half an octave with each octave below and above.
 Patches followed(const Patches& patches);
+/// The sounds of a program, by parts of the keyboard, so that no octave of it jumps out.
+Patches evened(std::string_view program, const Patches& patches);
 Patch driven(Patch p);                                                 ///< distorted
 Patch doubled(Patch p, float wet, float delay, float depth, float hz); ///< chorus
 Patch longer(Patch p, float sustain);              ///< level that a stroke keeps

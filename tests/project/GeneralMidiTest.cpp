@@ -11,10 +11,12 @@ using namespace soundtable;
 
 namespace {
 
+constexpr double shortSeconds = 1.3; ///< enough for the slowest attack
+
 /// A program played by one key, softly and hard, and a chord.
 struct Heard {
     Figures figures;
-    double span = 0.0, dc = 0.0;
+    double span = 0.0, dc = 0.0, range = 0.0;
 };
 
 Heard hear(CQV* host, const gm::Family& family, const gm::Program& program) {
@@ -33,13 +35,18 @@ Heard hear(CQV* host, const gm::Family& family, const gm::Program& program) {
     heard.figures.chordPeak = peakOf(playNote(host, make, {chordKey, 100}, voices));
     heard.span = loudnessOf(loud) - loudnessOf(soft);
     heard.dc = dcOf(middle);
+    std::vector<double> octaves;
+    for (const int key : {36, 48, 60, 72, 84, 96})
+        octaves.push_back(loudnessOf(playNote(host, make, {key, 100}, voices, shortSeconds)));
+    const auto [softest, loudest] = std::ranges::minmax(octaves);
+    heard.range = loudest - softest;
     return heard;
 }
 
 } // namespace
 
-/// All sound at once, none has an offset that counts or clips with a chord, velocity is heard, and
-/// no two are the same.
+/// All sound at once, none has an offset that counts or clips with a chord, velocity is heard, no
+/// octave jumps out, and no two are the same.
 TEST(GeneralMidi, KeepsTheFiguresOfItsTable) {
     TestHost host(256);
     std::vector<Figures> bank;
@@ -55,6 +62,7 @@ TEST(GeneralMidi, KeepsTheFiguresOfItsTable) {
             EXPECT_LT(heard.dc, noises ? -20 : -35);
             EXPECT_GT(heard.span, 15);
             EXPECT_LT(heard.span, 25);
+            EXPECT_LT(heard.range, 6.5);
             EXPECT_LT(heard.figures.chordPeak, bass ? 3 : 0);
             bank.push_back(heard.figures);
         }

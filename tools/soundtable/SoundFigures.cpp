@@ -214,14 +214,12 @@ double shareAbove(const Sound& s, double hz, double from, double seconds) {
 Figures measure(const std::string& name, const std::vector<Sound>& sounds) {
     Figures f;
     f.name = name;
-    double softest = 100.0, loudest = -200.0;
     f.worstDc = -200.0;
-    for (size_t i = 0; i < size_t(probeOctaves); i++) {
-        const double lufs = loudnessOf(sounds[i]);
-        softest = std::min(softest, lufs);
-        loudest = std::max(loudest, lufs);
+    for (size_t i = 0; i < f.octaves.size(); i++) {
+        f.octaves[i] = loudnessOf(sounds[i]);
         f.worstDc = std::max(f.worstDc, dcOf(sounds[i]));
     }
+    const auto [softest, loudest] = std::ranges::minmax(f.octaves);
     f.range = loudest - softest;
     const Sound& c4 = sounds[probeC4];
     f.chordLufs = loudnessOf(sounds[probeChord]);

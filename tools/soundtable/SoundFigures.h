@@ -53,12 +53,13 @@ struct Figures {
     double above2k = 0.0, above5k = 0.0;     ///< dB of the signal, C4
     double velocitySpan = 0.0;               ///< dB from velocity 20 to 127
     double velocityColour = 0.0;             ///< dB that the share above 1 or 3 kHz grows by then
-    double range = 0.0;                      ///< dB between loudest and softest octave
-    double width = 0.0;                      ///< dB of the difference of both sides to their sum
-    int voices = 0;                          ///< of one note; 0 unknown
-    std::vector<Shape> shapes;               ///< of C3 and C4; as many for all of a bank
-    bool onlyHeard = false;                  ///< where both are silent, distances don't count
-    double nearest = 0.0;                    ///< dB to the nearest other program
+    std::array<double, probeOctaves> octaves{}; ///< LUFS of each C, from C2 on
+    double range = 0.0;                         ///< dB between loudest and softest octave
+    double width = 0.0;                         ///< dB of the difference of both sides to their sum
+    int voices = 0;                             ///< of one note; 0 unknown
+    std::vector<Shape> shapes;                  ///< of C3 and C4; as many for all of a bank
+    bool onlyHeard = false;                     ///< where both are silent, distances don't count
+    double nearest = 0.0;                       ///< dB to the nearest other program
     std::string neighbour;
 };
 

@@ -42,13 +42,14 @@ struct Player {
 
 } // namespace
 
-Sound playNote(CQV* host, const MakeProgram& make, const ProbeNote& note, int& voices) {
+Sound playNote(CQV* host, const MakeProgram& make, const ProbeNote& note, int& voices,
+               double seconds) {
     const GraphHold hold(host);
     Player player(host, make);
     const int block = host->frames;
-    const auto blocksOf = [&](double seconds) { return int(seconds * probeRate / block); };
+    const auto blocksOf = [&](double time) { return int(time * probeRate / block); };
     Sound sound;
-    const int release = blocksOf(heldSeconds), blocks = blocksOf(noteSeconds);
+    const int release = blocksOf(heldSeconds), blocks = blocksOf(seconds);
     for (int i = 0; i < blocks; i++) {
         player.sampler.prepare(block);
         if (i == 0) player.send(midiNoteOn, note);

@@ -15,8 +15,10 @@ using MakeProgram = std::function<CSynthProg*(CQV* host, CSampler* sampler)>;
 
 // The host has the rate of the probe; interface thread.
 
-/// Plays a note in a sampler of its own. `voices` becomes the number that it takes.
-Sound playNote(CQV* host, const MakeProgram& make, const ProbeNote& note, int& voices);
+/// Plays a note in a sampler of its own, `seconds` of it. `voices` becomes the number that it
+/// takes.
+Sound playNote(CQV* host, const MakeProgram& make, const ProbeNote& note, int& voices,
+               double seconds = noteSeconds);
 
 /// Plays the row of notes; `voices` is that of C4.
 std::vector<Sound> playProbe(CQV* host, const MakeProgram& make, int& voices);

@@ -19,13 +19,15 @@
 
 // sondrava-sounds [--picture FILE.svg] factory|gm|racks|kits|arps|tracks|clips|FILE.wav...
 // sondrava-sounds --pairs factory|gm|racks|kits|arps|tracks|clips...
+// sondrava-sounds --keys factory|gm
 // sondrava-sounds --songs FILE.wav...
 //
 // Prints a table of what programs sound like. `factory` is the bank of the synthesizer, `gm` the
 // General MIDI set, the others the presets of those kinds, of which fewer columns count; a WAV file
 // holds the row of notes of SoundFigures.h, played by anything, one every 2.5 s from its start.
-// `--pairs` prints what is too near to something else instead. Of songs it tells how loud they are,
-// whether they survive mono, and what they hold of the highest and of no frequency.
+// `--pairs` prints what is too near to something else instead, `--keys` by how much each C from C2
+// to C7 is louder than C4, and the range. Of songs it tells how loud they are, whether they survive
+// mono, and what they hold of the highest and of no frequency.
 
 namespace {
 
@@ -150,6 +152,14 @@ void printTable(const std::vector<Figures>& bank) {
             f.voices);
 }
 
+void printKeys(const std::vector<Figures>& bank) {
+    for (const Figures& f : bank) {
+        std::printf("%-20s", f.name.c_str());
+        for (const double lufs : f.octaves) std::printf("%7.1f", lufs - f.octaves[probeC4]);
+        std::printf("%7.1f\n", f.range);
+    }
+}
+
 struct Kind {
     const char* word;
     void (Measured::*add)();
@@ -214,6 +224,7 @@ int main(int argc, char** argv) {
     host->setRate(probeRate);
     Measured measured{host.get()};
     const char* picture = nullptr;
+    bool keys = false;
     const bool songs = argc > 1 && std::strcmp(argv[1], "--songs") == 0;
     for (int i = 2; songs && i < argc; i++)
         if (!printSong(argv[i])) return 1;
@@ -224,6 +235,8 @@ int main(int argc, char** argv) {
             picture = argv[++i];
         } else if (word == "--pairs") {
             measured.onlyPairs = true;
+        } else if (word == "--keys") {
+            keys = true;
         } else if (const auto* kind = find(word)) {
             (measured.*kind->add)();
         } else if (!measured.addFile(argv[i])) {
@@ -233,6 +246,10 @@ int main(int argc, char** argv) {
     }
     if (measured.onlyPairs) {
         printPairs(measured.bank);
+        return 0;
+    }
+    if (keys) {
+        printKeys(measured.bank);
         return 0;
     }
     findNearest(measured.bank);
