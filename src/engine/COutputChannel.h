@@ -6,7 +6,6 @@
 
 struct CMIDIBytes;
 struct ParamUnit;
-struct PlanInsert;
 class CComp;
 class CEQ;
 class CQV;
@@ -124,8 +123,6 @@ private:
     Shared<int> eqChanged{0};               ///< in a block: the time is still to be taken
 
     void equalise(int frames);
-    void runInsert(CComp* insert, PlanInsert* late, COutputChannel*& src, CMIDIBytes* events,
-                   int frames);
     void copyInserts(COutputChannel* src);
     void copySend(const COutputChannel* src, int index);
 };

@@ -253,6 +253,7 @@ const Plugin* create(const Factory*, const Host* host, const char* id) {
                  },
                  [](const Plugin* p, double, uint32_t, uint32_t) {
                      checkThread(of(p), false);
+                     if (bad("renews-slowly")) usleep(100'000);
                      of(p).latency = uint32_t(of(p).values[1]);
                      return true;
                  },

@@ -262,6 +262,29 @@ TEST(RemotePlugin, AnswersWhatEndsIt) {
     EXPECT_FALSE(rtViolations());
 }
 
+/// While it is made anew it plays nothing, which is no fault of its own, and a note that ends then
+/// ends afterwards.
+TEST(RemotePlugin, IsMadeAnewWhileItPlays) {
+    RemoteFixture f;
+    CVST* c = f.addPlug("bad-renews-slowly.clap");
+    auto* player = f.add(new SignalComp(f.host));
+    f.connectMIDI(player, c);
+    player->messages = {{10.0, asData(midiNoteOn, 60, 127)}};
+    f.block();
+    player->messages.clear();
+    const auto last = [&] { return c->output()->bufL[255]; };
+    ASSERT_TRUE(f.until([&] { return last() >= 1.0f; }));
+    c->setParam(1, 0.5f);
+    ASSERT_TRUE(f.until([&] { return c->loaded()->missedBlock(); }));
+    player->messages = {{10.0, asData(midiNoteOff, 60, 0)}};
+    f.block();
+    EXPECT_TRUE(c->loaded()->missedBlock());
+    player->messages.clear();
+    ASSERT_TRUE(f.until([&] { return c->getDelay() == 2048 && !c->loaded()->missedBlock(); }));
+    EXPECT_LT(last(), 0.5f);
+    EXPECT_EQ(c->faults, 0u);
+}
+
 /// The part of a block that it works is its own wherever it runs, and its crashes are counted.
 TEST(RemotePlugin, TellsWhatItCosts) {
     for (const bool isolated : {false, true}) {

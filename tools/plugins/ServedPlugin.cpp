@@ -110,13 +110,13 @@ int ServedPlugin::makeTrip() {
     PluginRoom& r = *room;
     const int trip = r.asked.loadAcquire();
     const std::unique_lock lock(inside, std::try_to_lock);
-    r.good = 0;
+    r.outcome = PluginRoom::Outcome::busy;
     if (!lock) return trip;
     onTripOf = this;
     if (const std::unique_lock told(timeGuard, std::try_to_lock); told) time = r.time;
     r.sentCount = 0;
     takeWanted();
-    r.good = render();
+    r.outcome = render() ? PluginRoom::Outcome::whole : PluginRoom::Outcome::failed;
     r.latency = plugin->latency();
     onTripOf = nullptr;
     return trip;

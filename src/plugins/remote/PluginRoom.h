@@ -46,8 +46,14 @@ struct PluginRoom {
     PluginLevel level = PluginLevel::other;
     PluginTime time;
     Midi midi[mostMidi] = {};
-    int good = 0, sentCount = 0; ///< what it takes home
-    int64_t workNs = 0;          ///< that the plug-in took
+    enum class Outcome : int {
+        failed,
+        whole,
+        busy, ///< the plug-in was being changed, and heard nothing of it
+    };
+    Outcome outcome = Outcome::failed; ///< what it takes home
+    int sentCount = 0;
+    int64_t workNs = 0; ///< that the plug-in took
     Midi sent[mostMidi] = {};
 
     // What the plug-in has told since, the latest `mostEvents` of all.

@@ -314,7 +314,7 @@ void RemotePlugin::begin(float** in, int frames) {
 bool RemotePlugin::process(float** in, float** out, int frames) {
     if (!begun) begin(in, frames);
     begun = false;
-    away = !wentOut || !await();
+    away = !wentOut || !await() || turnedAway();
     constexpr int64_t mostNs = 10'000'000'000;
     worked = away ? 0 : std::clamp<int64_t>(here().workNs, 0, mostNs);
     return !away && receive(out);
@@ -376,9 +376,18 @@ bool RemotePlugin::await() {
     return true;
 }
 
+/// The ends of the notes that it has not heard come with the next trip.
+bool RemotePlugin::turnedAway() {
+    PluginRoom& r = here();
+    if (r.outcome != PluginRoom::Outcome::busy) return false;
+    notes.assign(r.midi, r.midi + std::clamp(r.midiCount, 0, int(PluginRoom::mostMidi)));
+    keepNoteEnds();
+    return true;
+}
+
 bool RemotePlugin::receive(float** out) {
     PluginRoom& r = here();
-    if (!r.good) return false;
+    if (r.outcome != PluginRoom::Outcome::whole) return false;
     const float* sound = soundOf(r);
     const size_t stride = PluginRoom::stride(sentFrames);
     for (int i = 0; i < sentOut; i++)

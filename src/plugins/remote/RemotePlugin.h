@@ -97,6 +97,7 @@ private:
     bool answered() const;
     bool send(float** in, int frames);
     bool await();
+    bool turnedAway();
     bool receive(float** out);
     void keepNoteEnds();
 
