@@ -45,9 +45,8 @@ float evenLevel(CQV* host, const Family& family, const Program& program) {
     const auto make = [&](CQV* root, CSampler* owner) {
         return factory::buildProgram(root, owner, rowOf(family, program, 0.7f));
     };
-    int voices = 0;
     const soundtable::ProbeNote note = {low ? 36 : soundtable::chordKey, 100};
-    const double lufs = loudnessOf(soundtable::playNote(host, make, note, voices));
+    const double lufs = loudnessOf(soundtable::playNote(host, make, note));
     const double wanted = 0.7 * std::pow(10.0, ((low ? lowNoteLufs : chordLufs) - lufs) / 40.0);
     const int key = low ? note.key : 60;
     float loudest = 0.0f;

@@ -5,8 +5,8 @@ namespace gm {
 namespace {
 
 Patches plucked(float feed, float depth, float decay, float buzz, float pick) {
-    return {struck("String", 0.9f, spread(rich(feed, 0.5f), 0.04f, 0.5f), decay, 120),
-            struck("Buzz", buzz, spread(edge(depth), 0.05f, 0.7f), decay * 0.6f, 100),
+    return {placed(struck("String", 0.9f, rich(feed, 0.5f), decay, 120), -0.18f),
+            placed(struck("Buzz", buzz, edge(depth), decay * 0.6f, 100), 0.25f),
             breath("Pick", pick, 0.7f, 0.3f, 25)};
 }
 
@@ -22,14 +22,14 @@ Patches banjo() {
 // The plectrum strikes the skin together with the string, which rattles on the neck.
 Patches shamisen() {
     return {muffled(struck("String", 0.9f, edgePair(0.9f), 800, 120), 0.5f, 0.4f),
-            swelling(struck("Rattle", 0.6f, spread(edge(1.0f), 0.05f, 0.7f), 1100, 100, 19), 90),
-            breath("Plectrum", 0.6f, 0.46f, 0.3f, 55)};
+            swelling(placed(struck("Rattle", 0.6f, edge(1.0f), 1100, 100, 19), 0.2f), 90),
+            breath("Plectrum", 0.55f, 0.46f, 0.3f, 55)};
 }
 
 // Silk on a long box: the pitch falls into its place.
 Patches koto() {
-    return {falling(struck("String", 0.9f, spread(hollow(0.4f), 0.04f, 0.5f), 1900, 300), 0.6f, 90),
-            struck("Octave", 0.4f, spread(fm(0.4f), 0.08f, 0.8f), 2600, 300, 12),
+    return {falling(placed(struck("String", 0.9f, hollow(0.4f), 1900, 300), -0.18f), 0.6f, 90),
+            placed(struck("Octave", 0.4f, fm(0.4f), 2600, 300, 12), 0.3f),
             breath("Pick", 0.5f, 0.6f, 0.5f, 30)};
 }
 
@@ -37,8 +37,8 @@ Patches koto() {
 Patches sitar() {
     Patches p = plucked(0.92f, 0.95f, 2200, 0.6f, 0.3f);
     p[1] = swelling(p[1], 160);
-    p.push_back(through(held("Others", 0.3f, spread(edge(0.9f), 0.1f, 1.0f), 420, 700, 12),
-                        filterHigh, 0.5f, 0.3f));
+    p.push_back(placed(
+        through(held("Others", 0.3f, edge(0.9f), 420, 700, 12), filterHigh, 0.5f, 0.3f), 0.8f));
     return p;
 }
 
@@ -75,12 +75,12 @@ Family ethnic() {
              {"Koto", "japan harp", koto()},
              {"Kalimba",
               "africa thumb piano",
-              {struck("Tongue", 0.9f, spread(fm(0.2f, 12), 0.04f), 900, 250),
-               struck("Buzz", 0.5f, fm(0.6f, 28.7f, 0.6f), 130, 60, 12)}},
+              {placed(struck("Tongue", 0.9f, fm(0.2f, 12), 900, 250), -0.2f),
+               placed(struck("Buzz", 0.5f, fm(0.6f, 28.7f, 0.6f), 130, 60, 12), 0.3f)}},
              {"Bagpipe",
               "scotland drone",
-              {held("Chanter", 0.8f, spread(edge(0.92f), 0.05f, 0.7f), 25, 60),
-               held("Drone", 0.9f, spread(hollow(0.8f), 0.1f), 60, 80, -12)}},
+              {placed(held("Chanter", 0.8f, edge(0.92f), 25, 60), 0.4f),
+               placed(held("Drone", 0.9f, hollow(0.8f), 60, 80, -12), -0.4f)}},
              {"Fiddle",
               "folk violin",
               {swaying(held("String", 0.9f, spread(brightSaw(), 0.06f, 0.6f), 15, 60), 0.16f, 5.8f,
@@ -104,12 +104,12 @@ Family percussive() {
               {struck("Bell", 0.9f, spread(fm(0.5f, 29.6f), 0.06f), 900, 600, 12)}},
              {"Agogo",
               "latin metal",
-              {struck("Bell", 0.9f, spread(fm(0.6f, 6.6f, 0.4f), 0.04f), 300, 160),
-               struck("Ring", 0.6f, spread(fm(0.5f, 19.1f), 0.08f), 420, 200, 12)}},
+              {placed(struck("Bell", 0.9f, fm(0.6f, 6.6f, 0.4f), 300, 160), -0.18f),
+               placed(struck("Ring", 0.6f, fm(0.5f, 19.1f), 420, 200, 12), 0.18f)}},
              {"Steel drums",
               "caribbean metal",
-              {struck("Pan", 0.9f, spread(fm(0.42f, 12), 0.08f), 800, 260),
-               struck("Ring", 0.5f, spread(fm(0.5f, 19.02f), 0.1f), 420, 200, 12)}},
+              {placed(struck("Pan", 0.9f, fm(0.42f, 12), 800, 260), -0.2f),
+               placed(struck("Ring", 0.5f, fm(0.5f, 19.02f), 420, 200, 12), 0.3f)}},
              {"Woodblock",
               "wood dry",
               {falling(struck("Block", 0.9f, fm(0.36f, 9.1f), 80, 50), 4, 12),

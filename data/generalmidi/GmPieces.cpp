@@ -84,6 +84,11 @@ Patch zone(Patch p, int lowKey, int hiKey) {
     return p;
 }
 
+Patch placed(Patch p, float pan) {
+    p.pan = pan;
+    return p;
+}
+
 Patch swaying(Patch p, float semitones, float hz, int delayMs) {
     p.lfos[0] = vibrato(semitones, hz, delayMs);
     return p;

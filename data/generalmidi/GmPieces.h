@@ -63,6 +63,9 @@ Patch breath(const char* name, float volume, float cutoff, float q, float decay,
 
 // Each gives the sound back with something changed.
 Patch zone(Patch p, int lowKey, int hiKey);
+/// From -1, left, to 1. Two sounds on either side of the middle are as wide as one of two detuned
+/// halves, at half its cost.
+Patch placed(Patch p, float pan);
 Patch swaying(Patch p, float semitones, float hz, int delayMs); ///< vibrato
 Patch trembling(Patch p, float amount, float hz);
 Patch swelling(Patch p, float ms); ///< its colour rises from half in so long

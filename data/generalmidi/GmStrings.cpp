@@ -6,8 +6,8 @@ namespace {
 
 // A string that a finger or a pick leaves: bright at once, round soon after.
 Patches guitar(const Osc& osc, float decay, float pick, float pickCutoff) {
-    return {zone(struck("String", 0.9f, spread(osc, 0.05f, 0.5f), decay * 1.5f, 110), 0, 54),
-            zone(struck("String", 0.9f, spread(osc, 0.05f, 0.5f), decay, 100), 55, 127),
+    return {zone(struck("String", 0.9f, osc, decay * 1.5f, 110), 0, 54),
+            zone(struck("String", 0.9f, osc, decay, 100), 55, 127),
             breath("Pick", pick, pickCutoff, 0.3f, 30)};
 }
 
@@ -37,11 +37,12 @@ Patches synthBass(const Osc& osc, float cutoff, float q, float fall) {
 Patches bow(float attack, float top, float boxCutoff, float box, float hair, float hairCutoff,
             float vibratoDepth) {
     const auto sung = [&](const Patch& p) { return swaying(p, vibratoDepth, 5.6f, 260); };
-    return {sung(muffled(swelling(held("String", 0.8f, edgePair(0.9f), attack, 150), attack), top)),
-            sung(through(held("Box", box, plainSaw(0.03f, 0.8f), attack, 140), filterBand,
-                         boxCutoff, 0.5f)),
-            sung(held("Ground", 0.45f, fm(0.2f), attack, 150)),
-            breath("Bow", hair, hairCutoff, 0.3f, 200, 0.5f, attack * 0.4f)};
+    return {
+        sung(muffled(swelling(held("String", 0.8f, edgePair(0.9f), attack, 150), attack), top)),
+        sung(placed(through(held("Box", box, plainSaw(), attack, 140), filterBand, boxCutoff, 0.5f),
+                    0.25f)),
+        sung(placed(held("Ground", 0.45f, fm(0.2f), attack, 150), -0.25f)),
+        breath("Bow", hair, hairCutoff, 0.3f, 200, 0.5f, attack * 0.4f)};
 }
 
 // Many bows.
@@ -64,8 +65,7 @@ Patches voices(float first, float second, float attack) {
     };
     return {part("Throat", 0.8f, first), part("Mouth", 0.7f, second),
             // Notes beyond the bands keep their strength.
-            doubled(held("Chest", 0.5f, spread(fm(0.36f), 0.3f, 1.0f), attack, 320), 0.5f, 20, 0.2f,
-                    0.6f),
+            doubled(held("Chest", 0.5f, fm(0.36f), attack, 320), 0.5f, 20, 0.2f, 0.6f),
             breath("Air", 0.14f, 0.8f, 0.1f, 400, 0.6f, attack)};
 }
 
@@ -76,10 +76,11 @@ Family guitars() {
          {"Steel guitar", "acoustic folk western",
           [] {
               Patches p = guitar(rich(0.92f, 0.5f), 2000, 0.6f, 0.8f);
-              p.push_back(struck("Shine", 0.4f, spread(hollow(0.9f), 0.12f), 1100, 110, 12));
+              p.push_back(placed(struck("Shine", 0.45f, hollow(0.92f), 1100, 110, 12), 0.3f));
               p.push_back(breath("Box", 0.6f, 0.22f, 0.6f, 90));
-              p.push_back(struck("Ground", 0.5f, fm(0.4f), 3000, 110));
-              p.push_back(struck("Octaves", 0.3f, spread(hollow(0.6f), 0.2f, 1.0f), 2400, 110, 24));
+              p.push_back(placed(struck("Ground", 0.5f, fm(0.4f), 2400, 110), 0.16f));
+              p.push_back(placed(struck("Octaves", 0.3f, hollow(0.6f), 1600, 110, 24), 0.4f));
+              for (int i = 0; i < 2; i++) p[size_t(i)].pan = -0.3f;
               for (int i = 0; i < 2; i++) p[size_t(i)].cutoff = 0.36f;
               return p;
           }()},
@@ -91,7 +92,7 @@ Family guitars() {
               for (int i = 0; i < 2; i++) p[size_t(i)].cutoff = 0.3f;
               p.push_back(longer(struck("Ground", 0.3f, fm(0.2f), 4000, 110), 0.2f));
               p.push_back(
-                  longer(struck("Chime", 0.5f, spread(fm(0.3f, 12), 0.1f), 3000, 110, 12), 0.5f));
+                  longer(placed(struck("Chime", 0.5f, fm(0.3f, 12), 3000, 110, 12), 0.4f), 0.5f));
               return p;
           }()},
          {"Muted guitar",
@@ -101,9 +102,8 @@ Family guitars() {
            breath("Pick", 0.5f, 0.8f, 0.2f, 20)}},
          {"Overdriven guitar",
           "electric rock crunch",
-          {driven(
-               longer(struck("String", 0.9f, spread(hollow(0.72f), 0.05f, 0.5f), 5000, 100), 0.5f)),
-           longer(struck("Body", 0.5f, rich(0.9f, 0.45f), 4000, 100), 0.4f),
+          {driven(longer(placed(struck("String", 0.9f, hollow(0.72f), 5000, 100), -0.3f), 0.5f)),
+           longer(placed(struck("Body", 0.5f, rich(0.9f, 0.45f), 4000, 100), 0.5f), 0.4f),
            breath("Pick", 0.4f, 0.6f, 0.3f, 30)}},
          {"Distortion guitar",
           "electric metal lead",
@@ -114,8 +114,8 @@ Family guitars() {
                filterBand, 0.36f, 0.6f))}},
          {"Guitar harmonics",
           "electric flageolet",
-          {struck("Harmonic", 0.9f, spread(fm(0.3f, 12), 0.05f), 2600, 200, 12),
-           struck("Pick", 0.4f, hollow(0.7f), 120, 60, 12)}}}};
+          {placed(struck("Harmonic", 0.9f, fm(0.3f, 12), 2600, 200, 12), -0.1f),
+           placed(struck("Pick", 0.4f, hollow(0.7f), 120, 60, 12), 0.2f)}}}};
 }
 
 Family basses() {
@@ -125,7 +125,8 @@ Family basses() {
           [] {
               Patches p = bassString(0.6f, 0.5f, 800);
               p.push_back(breath("Finger", 0.8f, 0.24f, 0.6f, 110));
-              p.push_back(struck("Box", 0.5f, spread(fm(0.3f), 0.1f), 1700, 120));
+              p[0].pan = -0.14f;
+              p.push_back(placed(struck("Box", 0.5f, fm(0.3f), 1300, 120), 0.2f));
               return p;
           }()},
          {"Finger bass",
@@ -135,8 +136,9 @@ Family basses() {
            breath("Finger", 0.4f, 0.4f, 0.6f, 50)}},
          {"Picked bass",
           "electric bright",
-          {longer(struck("String", 0.9f, spread(edge(0.8f), 0.03f, 0.6f), 2400, 80), 0.12f),
-           struck("Ground", 0.5f, fm(0.3f), 2600, 80), breath("Pick", 0.6f, 0.75f, 0.3f, 30)}},
+          {longer(placed(struck("String", 0.9f, edge(0.8f), 2400, 80), -0.12f), 0.12f),
+           placed(struck("Ground", 0.5f, fm(0.3f), 2600, 80), 0.12f),
+           breath("Pick", 0.6f, 0.75f, 0.3f, 30)}},
          {"Fretless bass",
           "electric singing",
           {swaying(longer(struck("String", 0.9f, fm(0.66f), 3400, 110), 0.35f), 0.12f, 4.8f, 350),
@@ -164,28 +166,28 @@ Family basses() {
 Family bowed() {
     Patches tremolo = section(40, 200, 0.95f, 0.5f);
     for (Patch& p : tremolo) p = trembling(p, 0.6f, 11.0f);
-    return {"Strings",
-            {{"Violin", "solo bowed", bow(90, 1.0f, 0.66f, 0.8f, 0.36f, 0.9f, 0.24f)},
-             {"Viola", "solo bowed dark", bow(190, 0.42f, 0.37f, 1.0f, 0.9f, 0.48f, 0.22f)},
-             {"Cello", "solo bowed low", bow(50, 0.4f, 0.2f, 1.0f, 0.7f, 0.44f, 0.2f)},
-             {"Contrabass", "solo bowed deep", bow(200, 0.36f, 0.17f, 0.6f, 0.3f, 0.36f, 0.12f)},
-             {"Tremolo strings", "ensemble shaking", tremolo},
-             {"Pizzicato strings",
-              "ensemble plucked",
-              {doubled(muffled(struck("Strings", 0.9f, edgePair(0.7f), 480, 160), 0.7f), 0.5f, 18,
-                       0.2f, 0.7f),
-               struck("Wood", 0.7f, spread(fm(0.4f), 0.1f), 200, 90, -12),
-               breath("Finger", 0.4f, 0.4f, 0.5f, 40)}},
-             {"Harp",
-              "orchestra plucked",
-              {struck("String", 0.9f, spread(rich(0.3f, 0.3f), 0.1f), 900, 700),
-               struck("Octave", 0.4f, spread(fm(0.16f), 0.2f, 1.0f), 2600, 900, 12),
-               struck("Finger", 0.4f, fm(0.6f, 12), 130, 60, 24)}},
-             {"Timpani",
-              "orchestra drum",
-              {falling(struck("Skin", 0.95f, fm(0.3f, 7.0f), 1300, 600), 1.5f, 60),
-               struck("Overtone", 0.5f, fm(0.3f, 5.2f), 600, 400, 7),
-               breath("Stick", 0.7f, 0.35f, 0.3f, 60)}}}};
+    return {
+        "Strings",
+        {{"Violin", "solo bowed", bow(90, 1.0f, 0.66f, 0.8f, 0.36f, 0.9f, 0.24f)},
+         {"Viola", "solo bowed dark", bow(190, 0.42f, 0.37f, 1.0f, 0.9f, 0.48f, 0.22f)},
+         {"Cello", "solo bowed low", bow(50, 0.4f, 0.2f, 1.0f, 0.7f, 0.44f, 0.2f)},
+         {"Contrabass", "solo bowed deep", bow(200, 0.36f, 0.17f, 0.6f, 0.3f, 0.36f, 0.12f)},
+         {"Tremolo strings", "ensemble shaking", tremolo},
+         {"Pizzicato strings",
+          "ensemble plucked",
+          {doubled(muffled(struck("Strings", 0.9f, edgePair(0.7f), 480, 160), 0.7f), 0.5f, 18, 0.2f,
+                   0.7f),
+           struck("Wood", 0.7f, fm(0.4f), 200, 90, -12), breath("Finger", 0.4f, 0.4f, 0.5f, 40)}},
+         {"Harp",
+          "orchestra plucked",
+          {placed(struck("String", 0.9f, rich(0.3f, 0.3f), 900, 600), -0.25f),
+           placed(struck("Octave", 0.4f, fm(0.16f), 1900, 800, 12), 0.5f),
+           struck("Finger", 0.4f, fm(0.6f, 12), 130, 60, 24)}},
+         {"Timpani",
+          "orchestra drum",
+          {falling(struck("Skin", 0.95f, fm(0.3f, 7.0f), 1300, 600), 1.5f, 60),
+           struck("Overtone", 0.5f, fm(0.3f, 5.2f), 600, 400, 7),
+           breath("Stick", 0.7f, 0.35f, 0.3f, 60)}}}};
 }
 
 Family ensembles() {
@@ -213,8 +215,8 @@ Family ensembles() {
              {"Orchestra hit",
               "stab tutti",
               {struck("Tutti", 0.9f, spread(brightSaw(), 0.4f, 1.0f), 700, 250),
-               struck("Low", 0.8f, spread(rich(0.9f, 0.4f), 0.3f), 800, 250, -12),
-               struck("High", 0.6f, spread(edge(0.9f), 0.4f, 1.0f), 500, 250, 12),
+               struck("Low", 0.8f, rich(0.9f, 0.4f), 800, 250, -12),
+               placed(struck("High", 0.6f, edge(0.9f), 500, 250, 12), 0.4f),
                breath("Blow", 0.8f, 0.5f, 0.1f, 120)}}}};
 }
 

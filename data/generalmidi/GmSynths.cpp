@@ -10,8 +10,9 @@ Patches lead(const Osc& osc, float second, float secondCoarse) {
                     5.6f, 350)};
 }
 
-Patch slow(const char* name, float volume, const Osc& osc, float attack, float coarse = 0.0f) {
-    Patch p = doubled(held(name, volume, osc, attack, 900, coarse), 0.45f, 22, 0.2f, 0.4f);
+Patch slow(const char* name, float volume, const Osc& osc, float attack, float coarse = 0.0f,
+           float release = 900) {
+    Patch p = doubled(held(name, volume, osc, attack, release, coarse), 0.45f, 22, 0.2f, 0.4f);
     p.reverb = 0.4f;
     return p;
 }
@@ -20,13 +21,13 @@ Patches vowelPad(float band, float attack) {
     return {swaying(through(slow("Voices", 1.0f, spread(rich(0.92f, 0.4f), 0.4f, 1.0f), attack),
                             filterBand, band, 0.6f),
                     0.1f, 4.8f, 300),
-            slow("Air", 0.5f, spread(fm(0.4f, 12), 0.3f, 1.0f), attack * 1.5f, 12),
-            slow("Chest", 0.5f, spread(fm(0.36f), 0.3f, 1.0f), attack)};
+            placed(slow("Air", 0.5f, fm(0.4f, 12), attack * 1.5f, 12), 0.5f),
+            placed(slow("Chest", 0.5f, fm(0.36f), attack), -0.5f)};
 }
 
 // A bell in front, a pad behind.
 Patches bellPad(float ratio, float depth, float decay, float padDepth, float padCoarse) {
-    Patches p = {struck("Bell", 0.7f, spread(fm(depth, ratio), 0.1f), decay, 900, 12),
+    Patches p = {placed(struck("Bell", 0.7f, fm(depth, ratio), decay, 900, 12), 0.3f),
                  slow("Pad", 0.7f, spread(fm(padDepth, 12, 0.4f), 0.36f, 1.0f), 320, padCoarse)};
     p[0].reverb = 0.4f;
     return p;
@@ -44,14 +45,14 @@ Family leads() {
              {"Saw lead", "bright analog",
               [] {
                   Patches p = lead(brightSaw(), 0.6f, 0.04f);
-                  p.push_back(held("Edge", 0.4f, spread(edge(0.95f), 0.12f, 1.0f), 2, 90, 12));
+                  p.push_back(placed(held("Edge", 0.4f, edge(0.95f), 2, 90, 12), -0.3f));
                   return p;
               }()},
              {"Calliope",
               "steam organ whistle",
-              {held("Pipe", 0.9f, spread(fm(0.26f), 0.1f), 8, 90),
-               held("Octave", 0.6f, spread(fm(0.2f), 0.16f), 30, 90, 12),
-               held("Twelfth", 0.6f, spread(fm(0.2f), 0.2f), 35, 90, 19),
+              {placed(held("Pipe", 0.9f, fm(0.26f), 8, 90), -0.3f),
+               placed(held("Octave", 0.6f, fm(0.2f), 30, 90, 12), 0.5f),
+               placed(held("Twelfth", 0.6f, fm(0.2f), 35, 90, 19), 0.5f),
                breath("Steam", 0.7f, 0.6f, 0.4f, 300, 0.5f, 10)}},
              {"Chiff lead",
               "breath short attack",
@@ -60,19 +61,22 @@ Family leads() {
              {"Charang",
               "guitar distorted lead",
               {driven(held("Drive", 0.9f, spread(hollow(0.9f), 0.06f, 0.6f), 2, 120)),
-               held("Saw", 0.5f, spread(brightSaw(), 0.1f, 0.8f), 2, 120, 12)}},
+               placed(held("Saw", 0.5f, brightSaw(), 2, 120, 12), 0.5f)}},
              {"Voice lead",
               "vocal solo",
-              {swaying(through(held("Throat", 1.0f, spread(rich(0.9f, 0.5f), 0.06f), 50, 140),
-                               filterBand, 0.44f, 0.85f),
+              {swaying(placed(through(held("Throat", 1.0f, rich(0.9f, 0.5f), 50, 140), filterBand,
+                                      0.44f, 0.85f),
+                              -0.5f),
                        0.16f, 5.2f, 200),
-               swaying(through(held("Nose", 0.4f, edge(0.6f), 50, 140), filterBand, 0.58f, 0.85f),
+               swaying(placed(through(held("Nose", 0.4f, edge(0.6f), 50, 140), filterBand, 0.58f,
+                                      0.85f),
+                              0.5f),
                        0.16f, 5.2f, 200),
                held("Tone", 0.5f, fm(0.1f), 30, 140)}},
              {"Fifths lead",
               "parallel power",
-              {held("Saw", 0.8f, spread(brightSaw(), 0.1f, 0.7f), 2, 110),
-               held("Fifth", 0.7f, spread(brightSaw(), 0.1f, 0.7f), 2, 110, 7)}},
+              {placed(held("Saw", 0.8f, brightSaw(), 2, 110), -0.5f),
+               placed(held("Fifth", 0.7f, brightSaw(), 2, 110, 7), 0.5f)}},
              {"Bass and lead",
               "fat octave",
               {single(held("Lead", 0.8f, spread(edge(0.8f), 0.08f, 0.6f), 2, 90), 30),
@@ -89,19 +93,19 @@ Family padsFamily() {
              {"Polysynth pad",
               "analog bright",
               {[] {
-                   Patch p = muffled(slow("Pulse", 0.9f, pulsePair(0.3f, 0.5f, 0.95f, 0.4f), 160),
-                                     0.9f, 0.45f);
+                   Patch p =
+                       muffled(slow("Pulse", 0.9f, pulsePair(0.3f, 0.5f, 0.95f, 0.4f), 160, 0, 500),
+                               0.9f, 0.45f);
                    p.filterEnv = {
                        .decay = 900, .sustain = 0.5f, .release = hold, .decayCurve = 0.2f};
                    return p;
                }(),
-               slow("Octave", 0.4f, spread(edge(0.5f), 0.42f, 1.0f), 60, 24),
-               slow("Ground", 0.4f, fm(0.2f), 200)}},
+               placed(slow("Octave", 0.4f, edge(0.5f), 60, 24, 400), -0.4f)}},
              {"Choir pad", "voices space", vowelPad(0.36f, 260)},
              {"Bowed pad",
               "glass rubbed",
               {slow("Glass", 0.9f, spread(fm(0.42f, 19), 0.2f, 1.0f), 700),
-               slow("Rim", 0.3f, spread(fm(0.5f, 36), 0.3f, 1.0f), 1000)}},
+               slow("Rim", 0.3f, fm(0.5f, 36), 1000)}},
              {"Metallic pad",
               "metal shimmer",
               {slow("Metal", 0.7f, spread(fm(0.66f, 21.35f, 0.3f), 0.2f, 1.0f), 160),
@@ -120,9 +124,9 @@ Family padsFamily() {
 }
 
 Family effects() {
-    Patch drop = struck("Drop", 0.7f, spread(fm(0.4f, 24), 0.1f), 700, 500, 12);
+    Patch drop = placed(struck("Drop", 0.7f, fm(0.4f, 24), 700, 500, 12), 0.2f);
     drop.delay = 0.5f;
-    Patch echo = struck("Echo", 0.8f, spread(hollow(0.7f), 0.1f), 600, 300);
+    Patch echo = placed(struck("Echo", 0.8f, hollow(0.7f), 600, 300), -0.3f);
     echo.delay = 0.7f;
     return {"Synth effects",
             {{"Rain",
@@ -131,34 +135,34 @@ Family effects() {
              {"Soundtrack",
               "film fifth wide",
               {slow("Saws", 0.8f, spread(rich(0.85f, 0.4f), 0.42f, 1.0f), 380),
-               slow("Fifth", 0.6f, spread(rich(0.8f, 0.4f), 0.4f, 1.0f), 600, 7)}},
+               placed(slow("Fifth", 0.6f, rich(0.8f, 0.4f), 600, 7), 0.4f)}},
              {"Crystal",
               "bell ice",
-              {struck("Crystal", 0.8f, spread(fm(0.62f, 33), 0.1f), 2200, 900, 12),
-               struck("Ice", 0.4f, spread(fm(0.5f, 21.4f), 0.2f), 900, 700, 24)}},
+              {placed(struck("Crystal", 0.8f, fm(0.62f, 33), 2200, 900, 12), -0.6f),
+               placed(struck("Ice", 0.4f, fm(0.5f, 21.4f), 900, 700, 24), 0.9f)}},
              {"Atmosphere",
               "guitar pad nylon",
-              {struck("String", 0.8f, spread(rich(0.8f, 0.5f), 0.1f), 1400, 700),
-               struck("Nail", 0.4f, spread(hollow(0.8f), 0.2f, 1.0f), 500, 400, 12),
+              {placed(struck("String", 0.8f, rich(0.8f, 0.5f), 1400, 700), -0.3f),
+               placed(struck("Nail", 0.4f, hollow(0.8f), 500, 400, 12), 0.5f),
                slow("Air", 0.7f, spread(rich(0.7f, 0.3f), 0.42f, 1.0f), 600, 12)}},
              {"Brightness",
               "shine digital",
-              {struck("Glass", 0.7f, spread(fm(0.7f, 24, 0.5f), 0.14f), 2600, 800),
+              {placed(struck("Glass", 0.7f, fm(0.7f, 24, 0.5f), 2600, 800), -0.3f),
                through(slow("Shine", 0.7f, spread(edge(0.8f), 0.3f, 1.0f), 300, 12), filterHigh,
                        0.5f, 0.2f),
-               slow("Ground", 0.3f, spread(fm(0.3f), 0.3f, 1.0f), 240)}},
+               slow("Ground", 0.3f, fm(0.3f), 240)}},
              {"Goblins",
               "dark moving",
               {wandering(slow("Cave", 1.0f, spread(fm(0.7f, 6.2f, 0.5f), 0.5f, 1.0f), 600), 0.7f,
                          0.6f, 0.6f),
                slow("Ground", 0.7f, fm(0.4f), 500)}},
-             {"Echoes", "delay drops", {echo, slow("Tail", 0.3f, fm(0.4f, 12), 300)}},
+             {"Echoes", "delay drops", {echo, placed(slow("Tail", 0.3f, fm(0.4f, 12), 300), 0.5f)}},
              {"Sci-fi",
               "space star theme",
               {wandering(slow("Saws", 1.0f, pulsePair(0.36f, 0.5f, 0.95f, 0.45f), 120), 0.66f, 0.8f,
                          3.4f),
-               struck("Star", 0.8f, spread(fm(0.6f, 21.35f), 0.1f), 1700, 900, 24),
-               slow("Space", 0.3f, spread(fm(0.5f, 31, 0.5f), 0.5f, 1.0f), 900, 12)}}}};
+               placed(struck("Star", 0.8f, fm(0.6f, 21.35f), 1700, 900, 24), 0.3f),
+               slow("Space", 0.3f, fm(0.5f, 31, 0.5f), 900, 12)}}}};
 }
 
 } // namespace

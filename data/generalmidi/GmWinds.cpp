@@ -6,14 +6,15 @@ namespace {
 
 // Lips: the louder, the more partials, one after the other. The wider the tube, the fewer of them.
 Patches brass(float depth, float attack, float top, float bell, float ground, float sway) {
-    return {swaying(muffled(swelling(held("Brass", 0.9f, edgePair(depth, 0.4f), attack, 90),
-                                     attack * 1.6f),
-                            top, 0.2f),
-                    sway, 5.2f, 550),
-            through(held("Bell", 0.6f, spread(rich(0.9f, 0.4f), 0.03f), attack, 90), filterBand,
-                    bell, 0.5f),
-            held("Ground", ground, fm(0.24f), attack, 90),
-            breath("Breath", 0.26f, 0.55f, 0.3f, 80, 0.1f, 8)};
+    return {
+        swaying(
+            muffled(swelling(held("Brass", 0.9f, edgePair(depth, 0.4f), attack, 90), attack * 1.6f),
+                    top, 0.2f),
+            sway, 5.2f, 550),
+        placed(through(held("Bell", 0.6f, rich(0.9f, 0.4f), attack, 90), filterBand, bell, 0.5f),
+               0.35f),
+        placed(held("Ground", ground, fm(0.24f), attack, 90), -0.25f),
+        breath("Breath", 0.26f, 0.55f, 0.3f, 240, 0.0f, 8)};
 }
 
 Patches brassSection() {
@@ -23,7 +24,7 @@ Patches brassSection() {
     };
     return {doubled(blown("Trumpets", 0.9f, 0.95f, 0), 0.35f, 15, 0.15f, 0.5f),
             blown("Trombones", 0.5f, 0.9f, -12),
-            struck("Lips", 0.6f, spread(edge(1.0f), 0.3f, 0.9f), 220, 100, 12),
+            placed(struck("Lips", 0.6f, edge(1.0f), 220, 100, 12), 0.3f),
             breath("Breath", 0.4f, 0.6f, 0.2f, 120, 0.2f, 10)};
 }
 
@@ -39,8 +40,8 @@ Patches filterBrass(float attack, float cutoff, float q, float fall) {
                       .release = hold,
                       .initial = 0.3f,
                       .decayCurve = 0.2f};
-    return {saws, held("Low", 0.4f, spread(fm(0.4f), 0.3f, 1.0f), attack, 120, -12),
-            held("Ground", 0.3f, fm(0.2f), attack, 120)};
+    return {saws, placed(held("Low", 0.4f, fm(0.4f), attack, 120, -12), -0.5f),
+            placed(held("Ground", 0.3f, fm(0.2f), attack, 120), 0.5f)};
 }
 
 struct Sax {
@@ -56,25 +57,28 @@ Patches sax(const Sax& s) {
     return {sung(muffled(
                 swelling(held("Reed", 0.85f, edgePair(s.depth), s.attack, 90), s.attack * 1.3f),
                 s.top, 0.15f)),
-            sung(through(held("Body", s.bodyVolume, edge(0.8f), s.attack, 90), filterBand, s.body,
-                         0.6f)),
-            sung(held("Ground", 0.5f, fm(0.3f), s.attack, 90)),
+            sung(placed(through(held("Body", s.bodyVolume, edge(0.8f), s.attack, 90), filterBand,
+                                s.body, 0.6f),
+                        0.2f)),
+            sung(placed(held("Ground", 0.5f, fm(0.3f), s.attack, 90), -0.25f)),
             breath("Breath", s.air, s.airCutoff, 0.3f, 150, 0.4f, 12)};
 }
 
 // A narrow cone with two reeds: little ground, much above, and a vowel.
 Patches doubleReed(float depth, float highPass, float attack, float vowel) {
-    return {swaying(through(held("Reeds", 0.9f, spread(edge(depth), 0.03f, 0.5f), attack, 80),
-                            filterHigh, highPass, 0.4f),
-                    0.14f, 5.3f, 300),
-            through(held("Vowel", 0.7f, edge(0.7f), attack, 80), filterBand, vowel, 0.8f),
-            held("Ground", 0.55f, fm(0.36f), attack, 80)};
+    return {
+        swaying(placed(through(held("Reeds", 0.9f, edge(depth), attack, 80), filterHigh, highPass,
+                               0.4f),
+                       -0.16f),
+                0.14f, 5.3f, 300),
+        placed(through(held("Vowel", 0.7f, edge(0.7f), attack, 80), filterBand, vowel, 0.8f), 0.2f),
+        held("Ground", 0.55f, fm(0.36f), attack, 80)};
 }
 
 // A tube that air blows over: nearly a sine, the air, and the tongue.
 Patches tube(float pm, float air, float airCutoff, float attack, float tongue) {
-    return {swaying(held("Tube", 0.9f, spread(fm(pm), 0.02f, 0.5f), attack, 110), 0.1f, 5.0f, 350),
-            breath("Air", air, airCutoff, 0.6f, 240, 0.4f, attack * 0.4f),
+    return {swaying(placed(held("Tube", 0.9f, fm(pm), attack, 110), -0.12f), 0.1f, 5.0f, 350),
+            placed(breath("Air", air, airCutoff, 0.6f, 240, 0.4f, attack * 0.4f), 0.2f),
             struck("Tongue", tongue, fm(0.4f, 7.3f, 0.5f), 90, 50, 12)};
 }
 
@@ -99,10 +103,10 @@ Family brasses() {
          {"Tuba", "solo deep", brass(0.5f, 130, 0.26f, 0.16f, 0.7f, 0.06f)},
          {"Muted trumpet",
           "solo nasal jazz",
-          {swaying(through(held("Mute", 1.0f, spread(edge(0.95f), 0.03f, 0.5f), 28, 80), filterHigh,
-                           0.46f, 0.3f),
+          {swaying(placed(through(held("Mute", 1.0f, edge(0.95f), 28, 80), filterHigh, 0.46f, 0.3f),
+                          -0.25f),
                    0.16f, 5.2f, 500),
-           through(held("Cup", 0.6f, spread(edge(0.9f), 0.03f), 28, 80), filterBand, 0.56f, 0.7f),
+           placed(through(held("Cup", 0.6f, edge(0.9f), 28, 80), filterBand, 0.56f, 0.7f), 0.3f),
            held("Ground", 0.3f, fm(0.16f), 28, 80)}},
          {"French horn", "solo soft far",
           [] {
@@ -135,8 +139,9 @@ Family reedsFamily() {
              {"Baritone sax", "solo deep",
               [] {
                   Patches p = sax({0.95f, 0.5f, 0.22f, 0.7f, 50, 0.3f, 0.4f});
-                  p.push_back(through(held("Rasp", 0.5f, spread(edge(1.0f), 0.2f), 50, 90, -12),
-                                      filterHigh, 0.6f, 0.2f));
+                  p.push_back(placed(
+                      through(held("Rasp", 0.5f, edge(1.0f), 50, 90, -12), filterHigh, 0.6f, 0.2f),
+                      0.3f));
                   return p;
               }()},
              {"Oboe", "solo nasal",
@@ -148,7 +153,7 @@ Family reedsFamily() {
              {"English horn", "solo dark pastoral",
               [] {
                   Patches p = doubleReed(0.7f, 0.24f, 90, 0.34f);
-                  p[0].osc = spread(hollow(0.4f), 0.03f, 0.5f);
+                  p[0].osc = hollow(0.4f);
                   p.push_back(breath("Breath", 0.5f, 0.8f, 0.4f, 200, 0.5f, 20));
                   return p;
               }()},
@@ -162,9 +167,9 @@ Family reedsFamily() {
               }()},
              {"Clarinet",
               "solo hollow",
-              {swaying(held("Reed", 0.9f, spread(fm(0.42f, 12, 0.6f), 0.02f, 0.5f), 40, 90), 0.05f,
-                       5.0f, 500),
-               breath("Breath", 0.2f, 0.55f, 0.4f, 130, 0.2f, 15)}}}};
+              {swaying(placed(held("Reed", 0.9f, fm(0.42f, 12, 0.6f), 40, 90), -0.18f), 0.05f, 5.0f,
+                       500),
+               placed(breath("Breath", 0.2f, 0.55f, 0.4f, 130, 0.2f, 15), 0.3f)}}}};
 }
 
 Family pipesFamily() {

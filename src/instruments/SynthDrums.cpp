@@ -36,6 +36,7 @@ struct Drum {
     int pmMul;
     float feed1;
     float reverb;
+    bool wide = false; ///< noise that is another on each side
 };
 
 const Drum drums[] = {
@@ -54,20 +55,20 @@ const Drum drums[] = {
     // Cymbals: a field of partials without harmony, and the wash around it.
     {"Crash metal", 49, 49, 0, 71, 0, 0, 0.5f, -0.3f, 0, 1500, filterHigh, 0.55f, 0, 0.9f, 8.37f, 7,
      0.5f, 0.2f},
-    {"Crash", 49, 49, 0, 79, 0, 0, 0.75f, -0.3f, 2, 2200, filterBand, 0.86f, 0.1f, noiseMod,
-     noiseRatio, noiseDepth, 0, 0.25f},
+    {"Crash", 49,         49,    0,    79,       0,          0,          0.75f, -0.3f, 2,
+     2200,    filterBand, 0.86f, 0.1f, noiseMod, noiseRatio, noiseDepth, 0,     0.25f, true},
     {"China metal", 52, 52, 0, 66, 0, 0, 0.6f, -0.35f, 0, 900, filterHigh, 0.5f, 0, 0.95f, 6.3f, 9,
      0.6f, 0.2f},
-    {"China", 52, 52, 0, 73, 0, 0, 0.7f, -0.35f, 2, 1500, filterBand, 0.7f, 0.2f, noiseMod,
-     noiseRatio, noiseDepth, 0, 0.25f},
+    {"China", 52,         52,   0,    73,       0,          0,          0.7f, -0.35f, 2,
+     1500,    filterBand, 0.7f, 0.2f, noiseMod, noiseRatio, noiseDepth, 0,    0.25f,  true},
     {"Splash metal", 55, 55, 0, 76, 0, 0, 0.5f, -0.2f, 0, 600, filterHigh, 0.6f, 0, 0.9f, 9.1f, 7,
      0.5f, 0.2f},
-    {"Splash", 55, 55, 0, 82, 0, 0, 0.7f, -0.2f, 1, 900, filterBand, 0.9f, 0.1f, noiseMod,
-     noiseRatio, noiseDepth, 0, 0.2f},
+    {"Splash", 55,         55,   0,    82,       0,          0,          0.7f, -0.2f, 1,
+     900,      filterBand, 0.9f, 0.1f, noiseMod, noiseRatio, noiseDepth, 0,    0.2f,  true},
     {"Crash 2 metal", 57, 57, 0, 69, 0, 0, 0.5f, 0.3f, 0, 1400, filterHigh, 0.55f, 0, 0.9f, 7.9f, 8,
      0.5f, 0.2f},
-    {"Crash 2", 57, 57, 0, 76, 0, 0, 0.75f, 0.3f, 2, 2000, filterBand, 0.82f, 0.1f, noiseMod,
-     noiseRatio, noiseDepth, 0, 0.25f},
+    {"Crash 2", 57,         57,    0,    76,       0,          0,          0.75f, 0.3f,  2,
+     2000,      filterBand, 0.82f, 0.1f, noiseMod, noiseRatio, noiseDepth, 0,     0.25f, true},
     {"Ride", 51, 51, 0, 83, 0, 0, 0.55f, 0.35f, 0, 1100, filterHigh, 0.62f, 0, 0.75f, 8.37f, 4,
      0.3f, 0.1f},
     {"Ride wash", 51, 51, 0, 80, 0, 0, 0.4f, 0.35f, 1, 700, filterBand, 0.86f, 0.1f, noiseMod,
@@ -154,9 +155,11 @@ COSCSound* makeDrum(CLayer* layer, CQV* host, const Drum& d) {
     setAmp(*s->envelope[0], d);
     if (d.sweep > 0.0f) setSweep(*s->envelope[2], d);
     s->vel->setSlot(0, targetVolume, velocityDepth);
-    if (d.pmMul == noiseDepth) {
+    if (d.wide) {
         s->width = 1.0f;
         s->detune = 0.4f;
+    }
+    if (d.pmMul == noiseDepth) {
         s->vel->setSlot(1, targetCutoff, noiseBrightness);
     } else {
         s->vel->setSlot(1, targetPhaseMod, brightness);

@@ -229,6 +229,8 @@ Figures measure(const std::string& name, const std::vector<Sound>& sounds) {
     f.velocitySpan = loudnessOf(sounds[probeLoud]) - loudnessOf(sounds[probeSoft]);
     f.velocityColour = colourOf(sounds[probeSoft], sounds[probeLoud]);
     f.width = widthOf(c4);
+    f.voices = c4.voices;
+    f.lanes = c4.lanes;
     f.shapes = {shapeOf(sounds[probeC3]), shapeOf(c4)};
     return f;
 }

@@ -39,6 +39,8 @@ constexpr double heldSeconds = 1.2; ///< how long a key is held
 /// Stereo sound of one note.
 struct Sound {
     std::vector<float> left, right;
+    int voices = 0;     ///< that it takes; 0 unknown
+    double lanes = 0.0; ///< that it takes as long as the key is held, its end counted in; 0 unknown
 };
 
 /// 32 bands of a third octave and less in 8 slices of time, dB of the whole sound.
@@ -56,7 +58,8 @@ struct Figures {
     std::array<double, probeOctaves> octaves{}; ///< LUFS of each C, from C2 on
     double range = 0.0;                         ///< dB between loudest and softest octave
     double width = 0.0;                         ///< dB of the difference of both sides to their sum
-    int voices = 0;                             ///< of one note; 0 unknown
+    int voices = 0;                             ///< of C4
+    double lanes = 0.0;                         ///< of C4: what it costs
     std::vector<Shape> shapes;                  ///< of C3 and C4; as many for all of a bank
     bool onlyHeard = false;                     ///< where both are silent, distances don't count
     double nearest = 0.0;                       ///< dB to the nearest other program

@@ -36,14 +36,21 @@ struct Player {
                                  [](const CVoice& v) { return v.state == CVoice::sounding; }));
     }
 
+    /// In which voices are worked out: one or two for each that is heard.
+    int lanes() const {
+        const auto seats = [&](Seat seat) {
+            return std::ranges::count(sampler.voices, seat, &CVoice::seat);
+        };
+        return int(seats(Seat::mono) + 2 * seats(Seat::stereo));
+    }
+
     CQV* host;
     CSampler sampler;
 };
 
 } // namespace
 
-Sound playNote(CQV* host, const MakeProgram& make, const ProbeNote& note, int& voices,
-               double seconds) {
+Sound playNote(CQV* host, const MakeProgram& make, const ProbeNote& note, double seconds) {
     const GraphHold hold(host);
     Player player(host, make);
     const int block = host->frames;
@@ -55,7 +62,8 @@ Sound playNote(CQV* host, const MakeProgram& make, const ProbeNote& note, int& v
         if (i == 0) player.send(midiNoteOn, note);
         if (i == release) player.send(midiNoteOff, note);
         player.sampler.process(block);
-        if (i == 0) voices = player.sounding();
+        if (i == 0) sound.voices = player.sounding();
+        sound.lanes += double(player.lanes()) / release;
         const COutputChannel* out = player.sampler.output();
         sound.left.insert(sound.left.end(), out->bufL, out->bufL + block);
         sound.right.insert(sound.right.end(), out->bufR, out->bufR + block);
@@ -63,13 +71,9 @@ Sound playNote(CQV* host, const MakeProgram& make, const ProbeNote& note, int& v
     return sound;
 }
 
-std::vector<Sound> playProbe(CQV* host, const MakeProgram& make, int& voices) {
+std::vector<Sound> playProbe(CQV* host, const MakeProgram& make) {
     std::vector<Sound> sounds;
-    for (size_t i = 0; i < probeNotes.size(); i++) {
-        int used = 0;
-        sounds.push_back(playNote(host, make, probeNotes[i], used));
-        if (int(i) == probeC4) voices = used;
-    }
+    for (const ProbeNote& note : probeNotes) sounds.push_back(playNote(host, make, note));
     return sounds;
 }
 

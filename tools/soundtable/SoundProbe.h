@@ -15,12 +15,11 @@ using MakeProgram = std::function<CSynthProg*(CQV* host, CSampler* sampler)>;
 
 // The host has the rate of the probe; interface thread.
 
-/// Plays a note in a sampler of its own, `seconds` of it. `voices` becomes the number that it
-/// takes.
-Sound playNote(CQV* host, const MakeProgram& make, const ProbeNote& note, int& voices,
+/// Plays a note in a sampler of its own, `seconds` of it.
+Sound playNote(CQV* host, const MakeProgram& make, const ProbeNote& note,
                double seconds = noteSeconds);
 
-/// Plays the row of notes; `voices` is that of C4.
-std::vector<Sound> playProbe(CQV* host, const MakeProgram& make, int& voices);
+/// Plays the row of notes.
+std::vector<Sound> playProbe(CQV* host, const MakeProgram& make);
 
 } // namespace soundtable

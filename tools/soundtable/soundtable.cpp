@@ -52,15 +52,13 @@ struct Measured {
 
 void Measured::add(const char* name, const char* family, const MakeProgram& make) {
     Figures f;
-    int voices = 0;
     if (onlyPairs) {
         f.name = name;
         for (const int note : {probeC3, probeC4})
-            f.shapes.push_back(shapeOf(playNote(host, make, probeNotes[size_t(note)], voices)));
+            f.shapes.push_back(shapeOf(playNote(host, make, probeNotes[size_t(note)])));
     } else {
-        f = measure(name, playProbe(host, make, voices));
+        f = measure(name, playProbe(host, make));
     }
-    f.voices = voices;
     f.family = family;
     bank.push_back(f);
 }
@@ -141,15 +139,16 @@ void printPairs(const std::vector<Figures>& bank) {
 void printTable(const std::vector<Figures>& bank) {
     std::printf(
         "| Program | chord LUFS | peak dB | DC dB | > 2 kHz | > 5 kHz | velocity dB | colour "
-        "dB | range dB | width dB | nearest dB | neighbour | voices |\n");
-    std::printf("|---|---|---|---|---|---|---|---|---|---|---|---|---|\n");
+        "dB | range dB | width dB | nearest dB | neighbour | voices | "
+        "lanes |\n");
+    std::printf("|---|---|---|---|---|---|---|---|---|---|---|---|---|---|\n");
     for (const Figures& f : bank)
         std::printf(
             "| %s | %.1f | %.1f | %.0f | %.0f | %.0f | %.1f | %.1f | %.1f | %.0f | %.1f | %s | "
-            "%d |\n",
+            "%d | %.1f |\n",
             f.name.c_str(), f.chordLufs, f.chordPeak, f.worstDc, f.above2k, f.above5k,
             f.velocitySpan, f.velocityColour, f.range, f.width, f.nearest, f.neighbour.c_str(),
-            f.voices);
+            f.voices, f.lanes);
 }
 
 void printKeys(const std::vector<Figures>& bank) {
