@@ -200,6 +200,7 @@ Family ensembles() {
                   for (Patch& s : p) s = doubled(s, 0.6f, 12, 0.35f, 0.9f);
                   p[0] = through(p[0], filterHigh, 0.7f, 0.3f);
                   p[1].coarse = 12;
+                  p[1].osc.detune = 0;
                   p.push_back(held("Ground", 0.4f, spread(fm(0.3f), 0.3f, 1.0f), 160, 420));
                   return p;
               }()},
